@@ -1,0 +1,64 @@
+# How every target of this project is compiled.
+
+set(KAPUTIL_WARNINGS -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion)
+if(KAPUTIL_WERROR)
+    list(APPEND KAPUTIL_WARNINGS -Werror)
+endif()
+
+# A finding ends the program, so that a test cannot pass over it.
+set(KAPUTIL_SANITIZER_FLAGS -fsanitize=address,undefined -fno-sanitize-recover=all)
+
+set(KAPUTIL_PCH_HEADERS
+    <algorithm>
+    <array>
+    <cstdint>
+    <functional>
+    <map>
+    <memory>
+    <optional>
+    <sstream>
+    <string>
+    <string_view>
+    <unordered_map>
+    <utility>
+    <variant>
+    <vector>)
+
+# kaputil_compile_rules(target): C++20, the project's warnings, the sanitizers when they are on.
+function(kaputil_compile_rules target)
+    target_compile_features(${target} PRIVATE cxx_std_20)
+    set_target_properties(${target} PROPERTIES CXX_EXTENSIONS OFF)
+    if(MSVC)
+        target_compile_options(${target} PRIVATE /W4 /utf-8 $<$<BOOL:${KAPUTIL_WERROR}>:/WX>)
+        return()
+    endif()
+    target_compile_options(${target} PRIVATE ${KAPUTIL_WARNINGS})
+    if(KAPUTIL_SANITIZE)
+        target_compile_options(${target} PRIVATE -O1 -fno-omit-frame-pointer ${KAPUTIL_SANITIZER_FLAGS})
+        target_compile_definitions(${target} PRIVATE _GLIBCXX_ASSERTIONS)
+        target_link_options(${target} PRIVATE ${KAPUTIL_SANITIZER_FLAGS})
+        if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+            # The instrumented code makes this warning see paths that do not exist.
+            target_compile_options(${target} PRIVATE -Wno-maybe-uninitialized)
+        endif()
+    endif()
+endfunction()
+
+# kaputil_headers(name [header...]): the everyday standard headers, and those named, read once for the targets that
+# then call kaputil_precompile(target name). Off in the release preset, where every file therefore shows that it includes
+# what it uses, and for a shared library, whose code and programs are compiled in different ways.
+function(kaputil_headers name)
+    if(KAPUTIL_PCH AND NOT BUILD_SHARED_LIBS)
+        set(empty "${CMAKE_CURRENT_BINARY_DIR}/${name}.cpp")
+        file(CONFIGURE OUTPUT "${empty}" CONTENT "")
+        add_library(${name} OBJECT "${empty}")
+        kaputil_compile_rules(${name})
+        target_precompile_headers(${name} PRIVATE ${KAPUTIL_PCH_HEADERS} ${ARGN})
+    endif()
+endfunction()
+
+function(kaputil_precompile target headers)
+    if(TARGET ${headers})
+        target_precompile_headers(${target} REUSE_FROM ${headers})
+    endif()
+endfunction()

@@ -1,0 +1,12 @@
+# Every examples/<name>.cpp is a program of its own, built like a client's and run as a test: it must end with 0.
+file(GLOB exampleSources CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/examples/*.cpp")
+foreach(source IN LISTS exampleSources)
+    cmake_path(GET source STEM name)
+    add_executable(example_${name} ${source})
+    set_target_properties(example_${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/examples")
+    target_link_libraries(example_${name} PRIVATE kaputil::kaputil)
+    kaputil_compile_rules(example_${name})
+    if(KAPUTIL_BUILD_TESTS)
+        add_test(NAME examples/${name} COMMAND example_${name})
+    endif()
+endforeach()

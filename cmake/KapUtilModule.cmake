@@ -1,0 +1,38 @@
+# kaputil_module(name [FLAT] [FOLDERS folder...] [USES module...] [LINKS library...])
+#
+# Makes the archive kaputil_<name> of the sources in src/<name>, with everything below it unless FLAT is given, and of
+# those in the FOLDERS named. The archive carries the modules it USES and the libraries it LINKS, so a test of the
+# module links the archive alone and is built even while another module is being rewritten. A folder without sources is
+# still a module: it carries what it uses.
+function(kaputil_module name)
+    cmake_parse_arguments(PARSE_ARGV 1 module "FLAT" "" "FOLDERS;USES;LINKS")
+    set(root "${PROJECT_SOURCE_DIR}/src")
+    if(module_FLAT)
+        file(GLOB sources CONFIGURE_DEPENDS "${root}/${name}/*.cpp")
+    else()
+        file(GLOB_RECURSE sources CONFIGURE_DEPENDS "${root}/${name}/*.cpp")
+    endif()
+    foreach(folder IN LISTS module_FOLDERS)
+        file(GLOB_RECURSE more CONFIGURE_DEPENDS "${root}/${folder}/*.cpp")
+        list(APPEND sources ${more})
+    endforeach()
+
+    set(archive kaputil_${name})
+    set(scope PUBLIC)
+    if(NOT sources)
+        add_library(${archive} INTERFACE)
+        set(scope INTERFACE)
+    else()
+        add_library(${archive} STATIC ${sources})
+        kaputil_compile_rules(${archive})
+        kaputil_precompile(${archive} kaputil_headers)
+        if(BUILD_SHARED_LIBS)
+            set_target_properties(${archive} PROPERTIES POSITION_INDEPENDENT_CODE ON)
+        endif()
+        set_property(GLOBAL APPEND PROPERTY KAPUTIL_MODULE_ARCHIVES ${archive})
+    endif()
+    target_include_directories(${archive} ${scope} "${PROJECT_SOURCE_DIR}/include" "${root}")
+    list(TRANSFORM module_USES PREPEND kaputil_)
+    target_link_libraries(${archive} ${scope} ${module_USES} ${module_LINKS})
+    set_property(GLOBAL APPEND PROPERTY KAPUTIL_MODULES ${name})
+endfunction()

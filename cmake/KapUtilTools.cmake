@@ -1,0 +1,13 @@
+# The command line, `kaputil`, from src/tools. Without sources there is no such target.
+file(GLOB_RECURSE toolSources CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/src/tools/*.cpp")
+if(toolSources)
+    find_package(CLI11 REQUIRED)
+    find_package(nlohmann_json REQUIRED)
+    add_executable(kaputil-cli ${toolSources})
+    set_target_properties(kaputil-cli PROPERTIES OUTPUT_NAME kaputil)
+    target_include_directories(kaputil-cli PRIVATE "${PROJECT_SOURCE_DIR}/src")
+    target_link_libraries(kaputil-cli PRIVATE kaputil CLI11::CLI11 nlohmann_json::nlohmann_json)
+    kaputil_compile_rules(kaputil-cli)
+    kaputil_precompile(kaputil-cli kaputil_headers)
+    install(TARGETS kaputil-cli RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
+endif()

@@ -1,0 +1,76 @@
+#!/usr/bin/env python3
+"""Checks the texts of the project: long files, references that lead nowhere for a reader, examples in the guides.
+
+With --update it first copies the examples into the guides.
+"""
+
+import re
+import sys
+
+import sources
+
+LONGEST = 500
+LENGTH_REASON = re.compile(r"^\s*//\s*length:\s*\S")
+
+# A reader of the code has the code: it must not send him to documents that do not travel with it.
+OUTSIDE = re.compile(r"\bParts? \d+\.\d+|\bspec\.md\b|\.\./shared\b|\bDESIGN\.md\b|\bissue #?\d+\b")
+
+# In a guide, a line <!-- example: path --> stands before the block that repeats that file.
+EXAMPLE = re.compile(r"^(<!-- example: (\S+) -->\s*```\w*\n)(.*?)(?=^```)", re.DOTALL | re.MULTILINE)
+EXAMPLE_MARK = re.compile(r"^<!-- example: \S+ -->", re.MULTILINE)
+
+
+def check_length(path, lines):
+    if len(lines) <= LONGEST or any(LENGTH_REASON.match(line) for line in lines):
+        return []
+    return [f"{path}:{LONGEST + 1}: {len(lines)} lines; split the file, or say why not in a line `// length: reason`"]
+
+
+def check_references(path, lines):
+    return [f"{path}:{number}: refers to a document outside the project: {match.group(0)}"
+            for number, line in enumerate(lines, start=1) for match in OUTSIDE.finditer(line)]
+
+
+def check_examples(path, text):
+    faults = []
+    blocks = EXAMPLE.findall(text)
+    if len(blocks) != len(EXAMPLE_MARK.findall(text)):
+        faults.append(f"{path}:1: an example mark has no block after it")
+    for _, name, block in blocks:
+        if not (sources.ROOT / name).is_file():
+            faults.append(f"{path}:1: the example {name} does not exist")
+        elif sources.read(name) != block:
+            faults.append(f"{path}:1: the block differs from {name} (check_texts.py --update copies it)")
+    return faults
+
+
+def update_examples():
+    for path in sources.project_files("*.md"):
+        old = sources.read(path)
+        new = EXAMPLE.sub(lambda match: match.group(1) + sources.read(match.group(2)), old)
+        if new != old:
+            (sources.ROOT / path).write_text(new, encoding="utf-8")
+
+
+def main():
+    if "--update" in sys.argv[1:]:
+        update_examples()
+    faults = []
+    for path in sources.project_files():
+        try:
+            text = sources.read(path)
+        except UnicodeDecodeError:
+            continue  # Not a text: tests may keep damaged or binary files.
+        lines = text.splitlines()
+        faults += check_references(path, lines)
+        if path.suffix in (".hpp", ".cpp"):
+            faults += check_length(path, lines)
+        if path.suffix == ".md":
+            faults += check_examples(path, text)
+    for fault in faults:
+        print(fault, file=sys.stderr)
+    return 1 if faults else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
