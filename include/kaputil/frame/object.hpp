@@ -1,0 +1,74 @@
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <optional>
+#include <string_view>
+
+#include <kaputil/frame/ref.hpp>
+#include <kaputil/frame/string.hpp>
+
+namespace kap {
+
+class Variant;
+struct Arguments;
+
+// How a member is called. The values are automation's and may be combined: a script that cannot
+// tell a method from a property asks for `Method | Get`.
+enum class InvokeKind : std::uint8_t {
+    Method = 1,
+    Get = 2,
+    MethodOrGet = 3,
+    Let = 4,
+    Set = 8,
+    LetOrSet = 12,
+};
+
+// The identifier of the default member of every class.
+inline constexpr std::int32_t kDefaultMember = 0;
+
+// Anything that can be held in a Variant and called by name: the library's classes, the data-access
+// objects, and whatever a client hands in (a form, a mail client).
+//
+// Objects are counted by reference and live on the thread that made them; hold them in a
+// `Ref<T>`.
+class Object {
+public:
+    Object(const Object&) = delete;
+    Object& operator=(const Object&) = delete;
+
+    void retain() const noexcept { references_.fetch_add(1, std::memory_order_relaxed); }
+    void release() const noexcept {
+        if (references_.fetch_sub(1, std::memory_order_acq_rel) == 1) {
+            delete this;
+        }
+    }
+
+    // The class's name as clients know it ("CProprieta").
+    [[nodiscard]] virtual String className() const = 0;
+
+    // The dispatch identifier of a member, its name compared ignoring case; nullopt if there is no
+    // such member.
+    [[nodiscard]] virtual std::optional<std::int32_t> memberId(std::u16string_view name) const = 0;
+
+    // Calls a member by identifier. By-reference arguments are written back into `arguments`.
+    // Raises 438 for an unknown member, 449 and 450 for missing and surplus arguments, 13 for one
+    // that does not convert, and whatever the member raises.
+    virtual Variant invoke(std::int32_t member, InvokeKind kind, const Arguments& arguments) = 0;
+
+    // Calls a member by name, ignoring case; raises 438 if there is none.
+    Variant invoke(std::u16string_view member, InvokeKind kind, const Arguments& arguments);
+
+    // The value of the default member; raises 13 (type mismatch) when the class has none: such an
+    // object has no value to convert.
+    Variant defaultValue();
+
+protected:
+    Object() = default;
+    virtual ~Object() = default;
+
+private:
+    mutable std::atomic<std::uint32_t> references_{0};
+};
+
+}  // namespace kap

@@ -1,0 +1,170 @@
+#include <kaputil/frame/class_description.hpp>
+
+#include <array>
+#include <utility>
+
+#include <kaputil/frame/error.hpp>
+
+#include "frame/unicode.hpp"
+
+namespace kap {
+namespace {
+
+// Where the identifiers of each kind of member start.
+constexpr std::int32_t kFirstField = 0x40030000;
+constexpr std::int32_t kFirstMethod = 0x60030000;
+constexpr std::int32_t kFirstProperty = 0x68030000;
+
+// The most parameters that a member may have; a call keeps its slots on the stack.
+constexpr std::size_t kMaxSlots = 16;
+using Slots = std::array<Variant*, kMaxSlots>;
+
+std::size_t positionOf(const MemberDescription& member, std::u16string_view parameter) {
+    for (std::size_t i = 0; i < member.parameters.size(); ++i) {
+        if (unicode::sameName(member.parameters[i].name, parameter)) {
+            return i;
+        }
+    }
+    throw AutomationError(errors::kNamedArgumentNotFound);
+}
+
+void placeNamed(const MemberDescription& member, const Arguments& arguments, Slots& slots) {
+    for (const Arguments::Named& named : arguments.named) {
+        Variant*& slot = slots[positionOf(member, named.name)];
+        if (slot != nullptr) {
+            throw AutomationError(errors::kWrongNumberOfArguments);
+        }
+        slot = named.value;
+    }
+}
+
+void requireGiven(const MemberDescription& member, const Slots& slots) {
+    for (std::size_t i = 0; i < member.parameters.size(); ++i) {
+        if (slots[i] == nullptr && !member.parameters[i].defaultValue) {
+            throw AutomationError(errors::kArgumentNotOptional);
+        }
+    }
+}
+
+// Lays the arguments out by parameter. With `takesValue` the last positional argument is the value
+// of a property assignment and goes behind the parameters.
+std::size_t layOut(const MemberDescription& member, const Arguments& arguments, bool takesValue,
+                   Slots& slots) {
+    auto positional = arguments.positional;
+    const std::size_t parameters = member.parameters.size();
+    if (takesValue) {
+        if (positional.empty()) {
+            throw AutomationError(errors::kArgumentNotOptional);
+        }
+        slots[parameters] = &positional.back();
+        positional = positional.first(positional.size() - 1);
+    }
+    if (positional.size() > parameters) {
+        throw AutomationError(errors::kWrongNumberOfArguments);
+    }
+    for (std::size_t i = 0; i < positional.size(); ++i) {
+        slots[i] = positional[i].isMissing() ? nullptr : &positional[i];
+    }
+    placeNamed(member, arguments, slots);
+    requireGiven(member, slots);
+    return parameters + (takesValue ? 1 : 0);
+}
+
+bool wants(InvokeKind kind, InvokeKind bit) {
+    return (static_cast<unsigned>(kind) & static_cast<unsigned>(bit)) != 0;
+}
+
+struct ChosenCall {
+    MemberCall call = nullptr;
+    bool takesValue = false;
+};
+
+ChosenCall choose(const MemberDescription& member, InvokeKind kind) {
+    if (wants(kind, InvokeKind::Method) && member.method != nullptr) {
+        return {member.method, false};
+    }
+    if (wants(kind, InvokeKind::Get) && member.get != nullptr) {
+        return {member.get, false};
+    }
+    if (wants(kind, InvokeKind::Let) && member.let != nullptr) {
+        return {member.let, true};
+    }
+    if (wants(kind, InvokeKind::Set) && member.set != nullptr) {
+        return {member.set, true};
+    }
+    return {};
+}
+
+// `obj.Items(3)` where Items takes no argument: the argument is for the default member of what
+// Items returns.
+bool passesArgumentsOn(const MemberDescription& member, const Arguments& arguments) {
+    return member.parameters.empty() && !arguments.positional.empty() && arguments.named.empty() &&
+           member.result != VarType::Empty;
+}
+
+Variant invokeDefaultOf(const Variant& value, InvokeKind kind, const Arguments& arguments) {
+    if (!value.isObject()) {
+        throw AutomationError(errors::kWrongNumberOfArguments);
+    }
+    const Ref<Object>& object = value.as<Ref<Object>>();
+    if (!object) {
+        throw AutomationError(errors::kObjectNotSet);
+    }
+    return object->invoke(kDefaultMember, kind, arguments);
+}
+
+}  // namespace
+
+const MemberDescription* ClassDescription::find(std::u16string_view memberName) const {
+    const auto found = byName_.find(unicode::upper(memberName));
+    return found == byName_.end() ? nullptr : &members[found->second];
+}
+
+const MemberDescription* ClassDescription::find(std::int32_t dispatchId) const {
+    const auto found = byId_.find(dispatchId);
+    return found == byId_.end() ? nullptr : &members[found->second];
+}
+
+void ClassDescription::complete(std::u16string_view defaultMember) {
+    std::int32_t field = kFirstField;
+    std::int32_t method = kFirstMethod;
+    std::int32_t property = kFirstProperty;
+    for (std::size_t i = 0; i < members.size(); ++i) {
+        MemberDescription& member = members[i];
+        std::int32_t& next = member.kind == MemberKind::Method     ? method
+                             : member.kind == MemberKind::Property ? property
+                                                                   : field;
+        const std::int32_t ordinary = next++;
+        member.dispatchId = member.name.view() == defaultMember ? kDefaultMember : ordinary;
+        byName_.emplace(unicode::upper(member.name), i);
+        byId_.emplace(member.dispatchId, i);
+    }
+}
+
+String DescribedObject::className() const {
+    return description().name;
+}
+
+std::optional<std::int32_t> DescribedObject::memberId(std::u16string_view name) const {
+    const MemberDescription* member = description().find(name);
+    return member == nullptr ? std::nullopt : std::optional(member->dispatchId);
+}
+
+Variant DescribedObject::invoke(std::int32_t id, InvokeKind kind, const Arguments& arguments) {
+    const MemberDescription* member = description().find(id);
+    if (member == nullptr) {
+        throw AutomationError(errors::kMemberNotFound);
+    }
+    const ChosenCall chosen = choose(*member, kind);
+    if (chosen.call == nullptr) {
+        throw AutomationError(errors::kMemberNotFound);
+    }
+    Slots slots{};
+    if (!chosen.takesValue && passesArgumentsOn(*member, arguments)) {
+        return invokeDefaultOf(chosen.call(*this, *member, {}), kind, arguments);
+    }
+    const std::size_t count = layOut(*member, arguments, chosen.takesValue, slots);
+    return chosen.call(*this, *member, std::span<Variant* const>(slots.data(), count));
+}
+
+}  // namespace kap
