@@ -83,6 +83,8 @@ const CaseTable& upperTable() {
         for (std::size_t unit = 0; unit < made.size(); ++unit) {
             made[unit] = mapUnit(static_cast<char16_t>(unit), &utf8proc_toupper);
         }
+        // The sharp s has no simple capital; the Unicode library gives the rare U+1E9E.
+        made[0x00DF] = u'\u00DF';
         return made;
     }();
     return table;

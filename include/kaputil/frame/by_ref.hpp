@@ -18,7 +18,8 @@ public:
     ByRef(T& variable) noexcept : target_(&variable) {}
     template <class U>
     requires(std::convertible_to<U, T> && !std::same_as<std::remove_cvref_t<U>, ByRef> &&
-             !std::same_as<U, T&>) ByRef(U&& value)
+             !std::same_as<U, T&>)
+        ByRef(U&& value)  // NOLINT(bugprone-forwarding-reference-overload): ByRef is excluded
         : own_(static_cast<T>(std::forward<U>(value))), target_(&own_) {}
     ByRef(const ByRef& other)
         : own_(other.own_), target_(other.target_ == &other.own_ ? &own_ : other.target_) {}

@@ -108,9 +108,14 @@ public:
     [[nodiscard]] bool isArray() const noexcept { return holds<std::shared_ptr<const Array>>(); }
 
     // The value when it has exactly this type (bool, std::int16_t, String, Ref<Object>, Array,
-    // ...); raises 13 (type mismatch) otherwise. No conversion takes place.
+    // ...); raises 13 (type mismatch) otherwise. No conversion takes place. Of a temporary it is a
+    // copy, which outlives it.
     template <class T>
-    [[nodiscard]] const T& as() const {
+    [[nodiscard]] T as() const&& {
+        return as<T>();
+    }
+    template <class T>
+    [[nodiscard]] const T& as() const& {
         constexpr bool kShared = std::is_same_v<T, String> || std::is_same_v<T, Array>;
         using Held = std::conditional_t<kShared, std::shared_ptr<const T>, T>;
         const Held* held = std::get_if<Held>(&value_);

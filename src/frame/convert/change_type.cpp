@@ -19,14 +19,24 @@ namespace {
     throw AutomationError(number);
 }
 
+// Deeper than any chain of default members that is not endless.
+constexpr int kMaxDefaultDepth = 64;
+
 // An object stands for the value of its default member, through any number of objects.
 template <class Conversion>
 auto throughDefault(const Variant& value, Conversion conversion) {
-    const Ref<Object>& object = value.as<Ref<Object>>();
-    if (!object) {
-        raise(errors::kObjectNotSet);
+    Variant held = value;
+    for (int depth = 0; held.isObject(); ++depth) {
+        const Ref<Object> object = held.as<Ref<Object>>();
+        if (!object) {
+            raise(errors::kObjectNotSet);
+        }
+        if (depth == kMaxDefaultDepth) {
+            raise(errors::kOutOfStack);
+        }
+        held = object->defaultValue();
     }
-    return conversion(object->defaultValue());
+    return conversion(held);
 }
 
 NumberText numberIn(const Variant& value) {

@@ -1,0 +1,81 @@
+#pragma once
+
+#include <atomic>
+#include <filesystem>
+#include <string>
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <kaputil/ado/connection.hpp>
+#include <kaputil/ado/recordset.hpp>
+
+namespace kap::test {
+
+// A connection string for a database in memory that nobody else of this process names.
+inline std::string memoryDatabase() {
+    static std::atomic<int> count{0};
+    return "Provider=KapLocal;Data Source=:memory:test" + std::to_string(++count);
+}
+
+inline Ref<ado::Connection> open(const std::string& connectionString) {
+    auto connection = make<ado::Connection>();
+    connection->Open(connectionString);
+    return connection;
+}
+
+inline Ref<ado::Connection> openMemory() {
+    return open(memoryDatabase());
+}
+
+// A live recordset that can be written through, opened as the record members open theirs.
+inline Ref<ado::Recordset> openLive(
+    const Ref<ado::Connection>& connection, const String& query,
+    ado::CursorLocationEnum location = ado::CursorLocationEnum::adUseClient) {
+    auto recordset = make<ado::Recordset>();
+    recordset->setCursorLocation(location);
+    recordset->Open(query, Variant(connection), ado::CursorTypeEnum::adOpenKeyset,
+                    ado::LockTypeEnum::adLockOptimistic);
+    return recordset;
+}
+
+inline Variant fieldOf(const Ref<ado::Recordset>& recordset, const Variant& index) {
+    return recordset->Fields()->Item(index)->Value();
+}
+
+// The first column of the first row of a query.
+inline Variant valueOf(const Ref<ado::Connection>& connection, const String& query) {
+    return fieldOf(connection->Execute(query), 0);
+}
+
+// A folder of its own, removed with everything in it at the end.
+class TemporaryFolder {
+public:
+    TemporaryFolder() {
+        std::string pattern =
+            (std::filesystem::temp_directory_path() / "kaputil-test-XXXXXX").string();
+        if (mkdtemp(pattern.data()) == nullptr) {
+            throw std::filesystem::filesystem_error(
+                "mkdtemp", std::error_code(errno, std::generic_category()));
+        }
+        path_ = pattern;
+    }
+    ~TemporaryFolder() {
+        std::error_code ignored;
+        std::filesystem::remove_all(path_, ignored);
+    }
+    TemporaryFolder(const TemporaryFolder&) = delete;
+    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
+
+    [[nodiscard]] std::string file(const std::string& name) const {
+        return (path_ / name).string();
+    }
+    [[nodiscard]] std::string database(const std::string& name = "azienda.db") const {
+        return "Provider=KapLocal;Data Source=" + file(name);
+    }
+
+private:
+    std::filesystem::path path_;
+};
+
+}  // namespace kap::test
