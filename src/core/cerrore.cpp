@@ -1,0 +1,122 @@
+#include <kaputil/core/cerrore.hpp>
+
+#include <limits>
+#include <utility>
+
+#include <kaputil/frame/array.hpp>
+#include <kaputil/frame/convert.hpp>
+#include <kaputil/frame/error.hpp>
+
+#include "frame/class_builder.hpp"
+
+namespace kap {
+namespace {
+
+constexpr const char16_t* kNumber = u"ERR_NUMERO";
+
+// How many messages `Init` counts at most; programs rely on numbering going on from here.
+constexpr std::int16_t kMaxRestored = 20;
+
+String messageName(std::int32_t number) {
+    return u"ERR_MSG" + convert::toString(number);
+}
+
+}  // namespace
+
+CErrore::CErrore() {
+    Clear();
+}
+
+const ClassDescription& CErrore::classDescription() {
+    static const ClassDescription kDescription =
+        ClassBuilder<CErrore>(u"CErrore", u"feb2ec34-3b6a-45b8-90c5-87f442d1898e",
+                              u"fb6ea86a-741a-4273-9191-c3873d6b8657")
+            .summary(u"An error number with its messages and attributes.")
+            .property<&CErrore::Numero, &CErrore::setNumero>(u"Numero",
+                                                             u"The error number, as text.")
+            .method<&CErrore::AddMessaggio>(
+                u"AddMessaggio", {Parameter(u"Messaggio").byReference()}, u"Appends a message.")
+            .method<&CErrore::Clear>(u"Clear", {}, u"Back to number 0 and no messages.")
+            .method<&CErrore::MsgToArray>(u"MsgToArray", {},
+                                          u"The messages in an array that counts from 1.")
+            .method<&CErrore::MsgToString>(u"MsgToString", {},
+                                           u"The messages, each followed by CR LF.")
+            .method<&CErrore::ToString>(u"ToString", {}, u"The whole property string.")
+            .method<&CErrore::Init>(u"Init", {Parameter(u"Stringa").byReference()},
+                                    u"Becomes what a property string says.")
+            .method<&CErrore::LeggiAttributo>(u"LeggiAttributo",
+                                              {Parameter(u"NomeAttributo").byReference()},
+                                              u"The value of any property.")
+            .method<&CErrore::ScriviAttributo>(
+                u"ScriviAttributo",
+                {Parameter(u"NomeAttributo").byReference(), Parameter(u"Valore").byReference()},
+                u"Sets any property.")
+            .build();
+    return kDescription;
+}
+
+Variant CErrore::Numero() const {
+    return properties_->Leggi(kNumber);
+}
+
+void CErrore::setNumero(const Variant& value) {
+    properties_->Scrivi(kNumber, value);
+}
+
+void CErrore::AddMessaggio(const Variant& messaggio) {
+    if (messageCount_ == std::numeric_limits<std::int16_t>::max()) {
+        throw AutomationError(errors::kOverflow);
+    }
+    ++messageCount_;
+    properties_->Scrivi(messageName(messageCount_), messaggio);
+}
+
+void CErrore::Clear() {
+    properties_ = make<CProprieta>();
+    properties_->Scrivi(kNumber, u"0");
+    properties_->Scrivi(messageName(1), u"");
+    messageCount_ = 0;
+}
+
+Variant CErrore::MsgToArray() const {
+    Array messages = Array::withBounds(1, messageCount_);
+    for (std::int32_t number = 1; number <= messageCount_; ++number) {
+        messages.put(number, properties_->Leggi(messageName(number)));
+    }
+    return messages;
+}
+
+Variant CErrore::MsgToString() const {
+    String text;
+    for (std::int32_t number = 1; number <= messageCount_; ++number) {
+        text += convert::toString(properties_->Leggi(messageName(number)));
+        text += u"\r\n";
+    }
+    return text;
+}
+
+Variant CErrore::ToString() const {
+    return properties_->Leggi();
+}
+
+void CErrore::Init(const String& stringa) {
+    properties_->Scrivi(u"", stringa);
+    messageCount_ = 0;
+    for (std::int16_t number = 1; number <= kMaxRestored; ++number) {
+        const Variant message = properties_->Leggi(messageName(number));
+        if (message.isNull() || message.as<String>().empty()) {
+            break;
+        }
+        messageCount_ = number;
+    }
+}
+
+Variant CErrore::LeggiAttributo(const String& nomeAttributo) const {
+    return properties_->Leggi(nomeAttributo);
+}
+
+void CErrore::ScriviAttributo(const String& nomeAttributo, const String& valore) {
+    properties_->Scrivi(nomeAttributo, valore);
+}
+
+}  // namespace kap
