@@ -1,0 +1,18 @@
+#pragma once
+
+#include <string_view>
+#include <vector>
+
+#include "tsql/token.hpp"
+
+namespace kap::tsql {
+
+/// Cuts a script into tokens; the last one is always TokenKind::End.
+///
+/// `sql` is UTF-8; line numbers start at `firstLine`. Blanks and comments (`--` to the end of the
+/// line, nested
+/// `/* */`) are dropped. Throws ServerError: 105 for an unclosed quotation mark, 113 for an
+/// unclosed comment, 103 for a name over 128 characters, 102 for a character that starts nothing.
+[[nodiscard]] std::vector<Token> tokenize(std::string_view sql, int firstLine = 1);
+
+}  // namespace kap::tsql

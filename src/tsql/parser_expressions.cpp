@@ -1,0 +1,287 @@
+#include <algorithm>
+#include <utility>
+
+#include "tsql/parser_state.hpp"
+#include "tsql/server_error.hpp"
+#include "tsql/text.hpp"
+
+namespace kap::tsql {
+
+ExpressionPtr Parser::make(Expression::Node node, int line, int below) {
+    // A chain like a+b+c+... nests without any bracket, so the tree is measured and not only the
+    // rules.
+    if (below >= kMaxNesting) throw nestedTooDeeply(line);
+    deepest_ = std::max(deepest_, below + 1);
+    return std::make_unique<Expression>(Expression{std::move(node), line, below + 1});
+}
+
+int Parser::deepest(const std::vector<ExpressionPtr>& expressions) {
+    int depth = 0;
+    for (const ExpressionPtr& expression : expressions)
+        depth = std::max(depth, expression->depth);
+    return depth;
+}
+
+ExpressionPtr Parser::value() {
+    return sum(Place::Value);
+}
+
+ExpressionPtr Parser::condition() {
+    ExpressionPtr result = disjunction(Place::Condition);
+    if (!result->isPredicate()) {
+        throw ServerError(4145,
+                          "An expression of non-boolean type specified in a context where a "
+                          "condition is expected, near '" +
+                              peek().text + "'.",
+                          peek().line, 15);
+    }
+    return result;
+}
+
+ExpressionPtr Parser::disjunction(Place place) {
+    const Level level(*this);
+    return logical(LogicalOperator::Or, place);
+}
+
+// A chain of one operator becomes one flat node: conditions of many hundred terms are written by
+// programs.
+ExpressionPtr Parser::logical(LogicalOperator op, Place place) {
+    const bool isOr = op == LogicalOperator::Or;
+    const auto operand = [&] {
+        return isOr ? logical(LogicalOperator::And, place) : negation(place);
+    };
+    const int line = peek().line;
+    ExpressionPtr first = operand();
+    if (!first->isPredicate() || !atKeyword(isOr ? "OR" : "AND")) return first;
+    LogicalExpression chain{op, {}};
+    chain.operands.push_back(std::move(first));
+    while (acceptKeyword(isOr ? "OR" : "AND")) {
+        ExpressionPtr following = operand();
+        if (!following->isPredicate()) unexpected();
+        chain.operands.push_back(std::move(following));
+    }
+    const int below = deepest(chain.operands);
+    return make(std::move(chain), line, below);
+}
+
+ExpressionPtr Parser::negation(Place place) {
+    const Level level(*this);
+    if (!atKeyword("NOT")) return predicate(place);
+    const int line = next().line;
+    ExpressionPtr operand = negation(place);
+    if (!operand->isPredicate()) unexpected();
+    const int below = operand->depth;
+    return make(UnaryExpression{UnaryOperator::Not, std::move(operand)}, line, below);
+}
+
+ExpressionPtr Parser::sum(Place place) {
+    static constexpr std::pair<std::string_view, BinaryOperator> kOperators[] = {
+        {"+", BinaryOperator::Add},    {"-", BinaryOperator::Subtract},
+        {"&", BinaryOperator::BitAnd}, {"|", BinaryOperator::BitOr},
+        {"^", BinaryOperator::BitXor},
+    };
+    ExpressionPtr left = product(place);
+    while (!left->isPredicate()) {
+        const auto* found =
+            std::find_if(std::begin(kOperators), std::end(kOperators),
+                         [&](const auto& entry) { return atOperator(entry.first); });
+        if (found == std::end(kOperators)) break;
+        const int line = next().line;
+        ExpressionPtr right = product(Place::Value);
+        const int below = std::max(left->depth, right->depth);
+        left =
+            make(BinaryExpression{found->second, std::move(left), std::move(right)}, line, below);
+    }
+    return left;
+}
+
+ExpressionPtr Parser::product(Place place) {
+    static constexpr std::pair<std::string_view, BinaryOperator> kOperators[] = {
+        {"*", BinaryOperator::Multiply},
+        {"/", BinaryOperator::Divide},
+        {"%", BinaryOperator::Modulo},
+    };
+    ExpressionPtr left = signedValue(place);
+    while (!left->isPredicate()) {
+        const auto* found =
+            std::find_if(std::begin(kOperators), std::end(kOperators),
+                         [&](const auto& entry) { return atOperator(entry.first); });
+        if (found == std::end(kOperators)) break;
+        const int line = next().line;
+        ExpressionPtr right = signedValue(Place::Value);
+        const int below = std::max(left->depth, right->depth);
+        left =
+            make(BinaryExpression{found->second, std::move(left), std::move(right)}, line, below);
+    }
+    return left;
+}
+
+ExpressionPtr Parser::signedValue(Place place) {
+    static constexpr std::pair<std::string_view, UnaryOperator> kOperators[] = {
+        {"+", UnaryOperator::Plus},
+        {"-", UnaryOperator::Minus},
+        {"~", UnaryOperator::BitNot},
+    };
+    const Level level(*this);
+    for (const auto& [symbol, op] : kOperators) {
+        if (!atOperator(symbol)) continue;
+        const int line = next().line;
+        ExpressionPtr operand = signedValue(Place::Value);
+        const int below = operand->depth;
+        return make(UnaryExpression{op, std::move(operand)}, line, below);
+    }
+    ExpressionPtr result = primary(place);
+    refuseKeyword("COLLATE", "COLLATE");
+    return result;
+}
+
+ExpressionPtr Parser::primary(Place place) {
+    const Token& token = peek();
+    switch (token.kind) {
+        case TokenKind::Integer:
+            return literal(LiteralKind::Integer);
+        case TokenKind::Decimal:
+            return literal(LiteralKind::Decimal);
+        case TokenKind::Float:
+            return literal(LiteralKind::Float);
+        case TokenKind::Money:
+            return literal(LiteralKind::Money);
+        case TokenKind::Text:
+            return literal(LiteralKind::Text);
+        case TokenKind::NationalText:
+            return literal(LiteralKind::NationalText);
+        case TokenKind::Binary:
+            return literal(LiteralKind::Binary);
+        case TokenKind::Variable: {
+            const Token& variable = next();
+            return make(VariableReference{variable.text}, variable.line);
+        }
+        case TokenKind::QuotedName:
+            return nameOrCall();
+        case TokenKind::Word:
+            return wordExpression();
+        case TokenKind::Operator:
+            if (token.text == "(") return bracketed(place);
+            unexpected();
+        case TokenKind::End:
+            break;
+    }
+    unexpected();
+}
+
+ExpressionPtr Parser::literal(LiteralKind kind) {
+    const Token& token = next();
+    return make(Literal{kind, token.text}, token.line);
+}
+
+ExpressionPtr Parser::bracketed(Place place) {
+    const int line = peek().line;
+    if (atQuery()) {
+        QueryPtr inner = bracketedQuery();
+        const int below = inner->depth;
+        return make(ScalarSubquery{std::move(inner)}, line, below);
+    }
+    expectOperator("(");
+    ExpressionPtr inner = place == Place::Condition ? disjunction(place) : value();
+    expectOperator(")");
+    return inner;
+}
+
+ExpressionPtr Parser::wordExpression() {
+    if (acceptKeyword("NULL")) return make(Literal{LiteralKind::Null, ""}, peek().line);
+    if (atKeyword("CASE")) return caseExpression();
+    if (atKeyword("CAST") && atOperator("(", 1)) return castCall();
+    if (atKeyword("CONVERT")) return convertCall();
+    // Reserved words that are functions: they name nothing else.
+    for (const char* function : {"LEFT", "RIGHT", "COALESCE", "NULLIF"}) {
+        if (!atKeyword(function)) continue;
+        const Token& token = next();
+        return call(ObjectName{{token.text}, token.line});
+    }
+    if (atKeyword("CURRENT_TIMESTAMP")) {
+        const int line = next().line;
+        return make(FunctionCall{ObjectName{{"GETDATE"}, line}, {}}, line);
+    }
+    return nameOrCall();
+}
+
+ExpressionPtr Parser::nameOrCall() {
+    ObjectName name = objectName();
+    if (atOperator("(")) return call(std::move(name));
+    const int line = name.line;
+    return make(ColumnReference{std::move(name)}, line);
+}
+
+ExpressionPtr Parser::call(ObjectName name) {
+    const int line = name.line;
+    FunctionCall result{std::move(name), {}};
+    expectOperator("(");
+    if (acceptOperator("*")) {
+        result.star = true;
+    } else if (!atOperator(")")) {
+        result.distinct = acceptKeyword("DISTINCT");
+        if (!result.distinct) acceptKeyword("ALL");
+        result.arguments = valueList();
+    }
+    expectOperator(")");
+    refuseKeyword("OVER", "OVER");
+    const int below = deepest(result.arguments);
+    return make(std::move(result), line, below);
+}
+
+std::vector<ExpressionPtr> Parser::valueList() {
+    std::vector<ExpressionPtr> values;
+    do {
+        values.push_back(value());
+    } while (acceptOperator(","));
+    return values;
+}
+
+ExpressionPtr Parser::caseExpression() {
+    const int line = next().line;
+    CaseExpression result;
+    int below = 0;
+    const auto measured = [&below](ExpressionPtr part) {
+        below = std::max(below, part->depth);
+        return part;
+    };
+    if (!atKeyword("WHEN")) result.subject = measured(value());
+    while (acceptKeyword("WHEN")) {
+        CaseBranch branch;
+        branch.when = measured(result.subject ? value() : condition());
+        expectKeyword("THEN");
+        branch.then = measured(value());
+        result.branches.push_back(std::move(branch));
+    }
+    if (result.branches.empty()) unexpected();
+    if (acceptKeyword("ELSE")) result.otherwise = measured(value());
+    expectKeyword("END");
+    return make(std::move(result), line, below);
+}
+
+ExpressionPtr Parser::castCall() {
+    const int line = next().line;
+    CastExpression result;
+    expectOperator("(");
+    result.value = value();
+    expectKeyword("AS");
+    result.type = type("", 0);
+    expectOperator(")");
+    const int below = result.value->depth;
+    return make(std::move(result), line, below);
+}
+
+ExpressionPtr Parser::convertCall() {
+    const int line = next().line;
+    CastExpression result;
+    expectOperator("(");
+    result.type = type("", 0);
+    expectOperator(",");
+    result.value = value();
+    if (acceptOperator(",")) result.style = value();
+    expectOperator(")");
+    const int below = std::max(result.value->depth, result.style ? result.style->depth : 0);
+    return make(std::move(result), line, below);
+}
+
+}  // namespace kap::tsql

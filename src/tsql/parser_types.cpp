@@ -1,0 +1,206 @@
+#include <array>
+#include <charconv>
+
+#include "tsql/parser_state.hpp"
+#include "tsql/server_error.hpp"
+#include "tsql/text.hpp"
+
+namespace kap::tsql {
+
+namespace {
+
+constexpr int kMaxBytes = 8000;
+constexpr int kMaxNationalCharacters = 4000;
+constexpr int kMaxPrecision = 38;
+constexpr int kMaxFloatPrecision = 53;
+constexpr int kRealPrecision = 24;
+constexpr int kDefaultPrecision = 18;
+// Outside a table definition (CAST, CONVERT) a text without length has room for thirty characters.
+constexpr int kDefaultCastLength = 30;
+
+struct TypeWord {
+    const char* word;
+    TypeSpec spec;
+};
+
+// The words that name a type; lengths and precisions are those without brackets.
+constexpr std::array kWords = std::to_array<TypeWord>({
+    {"bit", {SqlType::Bit}},
+    {"tinyint", {SqlType::TinyInt}},
+    {"smallint", {SqlType::SmallInt}},
+    {"int", {SqlType::Int}},
+    {"integer", {SqlType::Int}},
+    {"bigint", {SqlType::BigInt}},
+    {"decimal", {SqlType::Decimal, 0, kDefaultPrecision, 0}},
+    {"dec", {SqlType::Decimal, 0, kDefaultPrecision, 0}},
+    {"numeric", {SqlType::Numeric, 0, kDefaultPrecision, 0}},
+    {"money", {SqlType::Money}},
+    {"smallmoney", {SqlType::SmallMoney}},
+    {"float", {SqlType::Float}},
+    {"real", {SqlType::Real}},
+    {"date", {SqlType::Date}},
+    {"datetime", {SqlType::DateTime}},
+    {"smalldatetime", {SqlType::SmallDateTime}},
+    {"char", {SqlType::Char, 1}},
+    {"character", {SqlType::Char, 1}},
+    {"varchar", {SqlType::VarChar, 1}},
+    {"nchar", {SqlType::NChar, 1}},
+    {"nvarchar", {SqlType::NVarChar, 1}},
+    {"text", {SqlType::Text, kMaxLength}},
+    {"ntext", {SqlType::NText, kMaxLength}},
+    {"binary", {SqlType::Binary, 1}},
+    {"varbinary", {SqlType::VarBinary, 1}},
+    {"image", {SqlType::Image, kMaxLength}},
+    {"timestamp", {SqlType::Timestamp, 8}},
+    {"rowversion", {SqlType::Timestamp, 8}},
+    {"uniqueidentifier", {SqlType::UniqueIdentifier, 16}},
+});
+
+constexpr std::array kRefusedWords{"datetime2",   "datetimeoffset", "time",      "xml",
+                                   "sql_variant", "hierarchyid",    "geography", "geometry",
+                                   "cursor",      "table"};
+
+bool hasLength(SqlType type) {
+    switch (type) {
+        case SqlType::Char:
+        case SqlType::VarChar:
+        case SqlType::NChar:
+        case SqlType::NVarChar:
+        case SqlType::Binary:
+        case SqlType::VarBinary:
+            return true;
+        default:
+            return false;
+    }
+}
+
+bool varies(SqlType type) {
+    return type == SqlType::VarChar || type == SqlType::NVarChar || type == SqlType::VarBinary;
+}
+
+std::string place(const std::string& owner, int ordinal) {
+    return owner.empty() ? "CAST or CONVERT"
+                         : "Column, parameter, or variable #" + integerText(ordinal);
+}
+
+}  // namespace
+
+TypeSpec Parser::wholeType() {
+    const TypeSpec result = type("", 0);
+    if (!atEnd()) unexpected();
+    return result;
+}
+
+TypeSpec Parser::type(const std::string& owner, int ordinal) {
+    const Token token = peek();
+    ObjectName typeName;
+    if (atKeyword("DOUBLE") && atKeyword("PRECISION", 1)) {
+        next();
+        next();
+        return {SqlType::Float};
+    }
+    if (atKeyword("NATIONAL")) refuse("NATIONAL");
+    // "timestamp" and most type words are not reserved, so a type reads like any name.
+    typeName = objectName();
+    for (const TypeWord& word : kWords) {
+        if (equalsIgnoringCase(word.word, typeName.last()))
+            return sizedType(word.spec, owner, ordinal);
+    }
+    for (const char* refused : kRefusedWords) {
+        if (equalsIgnoringCase(refused, typeName.last())) throw unsupported(refused, token.line);
+    }
+    if (owner.empty()) {
+        throw ServerError(243, "Type " + typeName.text() + " is not a defined system type.",
+                          token.line);
+    }
+    throw ServerError(2715,
+                      place(owner, ordinal) + ": Cannot find data type " + typeName.text() + ".",
+                      token.line);
+}
+
+TypeSpec Parser::sizedType(TypeSpec spec, const std::string& owner, int ordinal) {
+    if (hasLength(spec.type) && owner.empty()) spec.length = kDefaultCastLength;
+    if (!atOperator("(")) return spec;
+    const int line = next().line;
+    if (hasLength(spec.type)) {
+        lengthSize(spec, owner);
+    } else if (isDecimal(spec.type)) {
+        decimalSize(spec, owner, ordinal);
+    } else if (spec.type == SqlType::Float) {
+        const int precision = sizeNumber();
+        if (precision > kMaxFloatPrecision) {
+            throw ServerError(2750,
+                              place(owner, ordinal) + ": Specified column precision " +
+                                  integerText(precision) +
+                                  " is greater than the maximum precision of 53.",
+                              line);
+        }
+        if (precision <= kRealPrecision) spec.type = SqlType::Real;
+    } else {
+        throw ServerError(2716,
+                          place(owner, ordinal) + ": Cannot specify a column width on data type " +
+                              typeName(spec.type) + ".",
+                          line);
+    }
+    expectOperator(")");
+    return spec;
+}
+
+void Parser::lengthSize(TypeSpec& spec, const std::string& owner) {
+    if (varies(spec.type) && acceptKeyword("MAX")) {
+        spec.length = kMaxLength;
+        return;
+    }
+    const int line = peek().line;
+    spec.length = sizeNumber();
+    const std::string subject =
+        "The size (" + integerText(spec.length) + ") given to the " +
+        (owner.empty() ? std::string("type '") + typeName(spec.type) : "column '" + owner) +
+        "' exceeds the maximum allowed";
+    if (spec.length > kMaxBytes) {
+        throw ServerError(131, subject + " for any data type (8000).", line, 15);
+    }
+    if (isNational(spec.type) && spec.length > kMaxNationalCharacters) {
+        throw ServerError(2717, subject + " (4000).", line);
+    }
+}
+
+void Parser::decimalSize(TypeSpec& spec, const std::string& owner, int ordinal) {
+    const int line = peek().line;
+    spec.precision = sizeNumber();
+    if (spec.precision > kMaxPrecision) {
+        throw ServerError(2750,
+                          place(owner, ordinal) + ": Specified column precision " +
+                              integerText(spec.precision) +
+                              " is greater than the maximum precision of 38.",
+                          line);
+    }
+    if (!acceptOperator(",")) return;
+    if (peek().kind == TokenKind::Integer && asciiLower(peek().text) == "0") {
+        next();
+        return;
+    }
+    spec.scale = sizeNumber();
+    if (spec.scale > spec.precision) {
+        throw ServerError(183,
+                          "The scale (" + integerText(spec.scale) + ") for column '" + owner +
+                              "' must be within the range 0 to " + integerText(spec.precision) +
+                              ".",
+                          line, 15);
+    }
+}
+
+int Parser::sizeNumber() {
+    if (peek().kind != TokenKind::Integer) unexpected();
+    const Token& token = next();
+    int size = 0;
+    const auto [end, error] =
+        std::from_chars(token.text.data(), token.text.data() + token.text.size(), size);
+    if (error != std::errc() || size == 0) {
+        throw ServerError(1001, "Length or precision specification " + token.text + " is invalid.",
+                          token.line, 15);
+    }
+    return size;
+}
+
+}  // namespace kap::tsql

@@ -1,0 +1,187 @@
+#include <gtest/gtest.h>
+
+#include "tree_text.hpp"
+#include "tsql/parser.hpp"
+#include "tsql/server_error.hpp"
+
+namespace kap::tsql {
+namespace {
+
+using testing::parsed;
+
+TEST(ParserQueries, ReadsASelectWithEveryClause) {
+    EXPECT_EQ(parsed("SELECT DISTINCT TOP 5 a, b AS x FROM t WHERE a > 1 GROUP BY a, b HAVING "
+                     "COUNT(*) > 1 ORDER BY a DESC, 2 ASC"),
+              "(order (select distinct (top 5) a (as b x) (from t) (where (> a 1)) (group a b) "
+              "(having (> (COUNT *) 1))) (desc a) 2)");
+}
+
+TEST(ParserQueries, ReadsEveryWayToNameAColumn) {
+    EXPECT_EQ(parsed("SELECT a AS x, b y, z = c, 'w' = d, e AS 'v', f 'u', [g h] = i"),
+              "(select (as a x) (as b y) (as c z) (as d w) (as e v) (as f u) (as i g h))");
+}
+
+TEST(ParserQueries, ReadsStarsAnywhereInTheList) {
+    EXPECT_EQ(parsed("SELECT '0' as Ordina ,* FROM t"), "(select (as '0' Ordina) * (from t))");
+    EXPECT_EQ(parsed("SELECT t.*, dbo.u.* FROM t, u"), "(select t.* dbo.u.* (from t u))");
+}
+
+TEST(ParserQueries, ReadsTopInEveryForm) {
+    EXPECT_EQ(parsed("SELECT TOP 1 * FROM t"), "(select (top 1) * (from t))");
+    EXPECT_EQ(parsed("SELECT TOP (1 + 2) a FROM t"), "(select (top (+ 1 2)) a (from t))");
+    EXPECT_EQ(parsed("SELECT TOP 12.5 PERCENT a FROM t"), "(select (top% 12.5) a (from t))");
+}
+
+TEST(ParserQueries, ReadsEveryJoin) {
+    EXPECT_EQ(parsed("SELECT 1 FROM a JOIN b ON 1=1 INNER JOIN c ON 2=2 LEFT JOIN d ON 3=3 RIGHT "
+                     "OUTER JOIN e ON 4=4 FULL JOIN f ON 5=5 CROSS JOIN g, h"),
+              "(select 1 (from (cross (full (right (left (join (join a b (= 1 1)) c (= 2 2)) d "
+              "(= 3 3)) e (= 4 4)) f (= 5 5)) g) h))");
+}
+
+TEST(ParserQueries, NestsJoinsByTheirConditions) {
+    EXPECT_EQ(parsed("SELECT 1 FROM a JOIN b JOIN c ON 1=1 ON 2=2"),
+              "(select 1 (from (join a (join b c (= 1 1)) (= 2 2))))");
+    EXPECT_EQ(parsed("SELECT 1 FROM a LEFT JOIN (b JOIN c ON 1=1) ON 2=2"),
+              "(select 1 (from (left a (join b c (= 1 1)) (= 2 2))))");
+}
+
+TEST(ParserQueries, ReadsAliasesAndHints) {
+    EXPECT_EQ(parsed("SELECT 1 FROM dbo.t AS x WITH (NOLOCK), u y, v (NOLOCK), w WITH (UPDLOCK, "
+                     "HOLDLOCK)"),
+              "(select 1 (from (as dbo.t x) (as u y) v w))");
+}
+
+TEST(ParserQueries, ReadsDerivedTables) {
+    EXPECT_EQ(parsed("SELECT 1 FROM (SELECT a FROM t) AS d, (SELECT 1, 2) e (x, y)"),
+              "(select 1 (from (as (select a (from t)) d) (as (select 1 2) e (columns x y))))");
+}
+
+TEST(ParserQueries, TellsAQueryInDoubleBracketsFromAJoin) {
+    EXPECT_EQ(parsed("SELECT 1 FROM ((SELECT 1 AS a) UNION SELECT 2) AS d"),
+              "(select 1 (from (as (union (query (select (as 1 a))) (select 2)) d)))");
+    EXPECT_EQ(parsed("SELECT 1 FROM ((SELECT 1 AS a) AS d JOIN t ON 1=1)"),
+              "(select 1 (from (join (as (select (as 1 a)) d) t (= 1 1))))");
+}
+
+TEST(ParserQueries, ReadsUnionsFromTheLeft) {
+    EXPECT_EQ(parsed("SELECT 1 UNION SELECT 2 UNION ALL SELECT 3 ORDER BY 1"),
+              "(order (unionall (union (select 1) (select 2)) (select 3)) 1)");
+}
+
+TEST(ParserQueries, ReadsAUnionInBracketsWithAnOrderOutside) {
+    EXPECT_EQ(parsed(" (  SELECT '0' as Ordina ,* FROM  t  WHERE G='D' UNION  SELECT '1' as Ordina "
+                     ",* FROM  t  )  ORDER BY Ordina "),
+              "(order (query (union (select (as '0' Ordina) * (from t) (where (= G 'D'))) (select "
+              "(as '1' Ordina) * (from t)))) Ordina)");
+}
+
+TEST(ParserData, ReadsInserts) {
+    EXPECT_EQ(parsed("INSERT INTO t (a, [b]) VALUES (1, DEFAULT), (NULL, 'x')"),
+              "(insert t (columns a b) (row 1 DEFAULT) (row NULL 'x'))");
+    EXPECT_EQ(parsed("INSERT t VALUES (1)"), "(insert t (row 1))");
+    EXPECT_EQ(parsed("INSERT t DEFAULT VALUES"), "(insert t defaults)");
+    EXPECT_EQ(parsed("INSERT INTO t (a) SELECT b FROM u"),
+              "(insert t (columns a) (select b (from u)))");
+    EXPECT_EQ(parsed("INSERT t (SELECT 1)"), "(insert t (query (select 1)))");
+}
+
+TEST(ParserData, ReadsUpdates) {
+    EXPECT_EQ(parsed("UPDATE t SET a = 1, t.b = DEFAULT WHERE c = 2"),
+              "(update t (set a 1) (set t.b DEFAULT) (where (= c 2)))");
+    EXPECT_EQ(parsed("UPDATE x SET a = u.b FROM t x JOIN u ON x.i = u.i"),
+              "(update x (set a u.b) (from (join (as t x) u (= x.i u.i))))");
+    EXPECT_EQ(parsed("UPDATE TOP (2) t SET a = 1"), "(update (top 2) t (set a 1))");
+}
+
+TEST(ParserData, ReadsDeletes) {
+    EXPECT_EQ(parsed("DELETE FROM t WHERE a = 1"), "(delete t (where (= a 1)))");
+    EXPECT_EQ(parsed("DELETE t"), "(delete t)");
+    EXPECT_EQ(parsed("DELETE t FROM t INNER JOIN u ON t.a = u.a"),
+              "(delete t (from (join t u (= t.a u.a))))");
+}
+
+TEST(ParserScripts, ReadsStatementsWithAndWithoutSemicolons) {
+    EXPECT_EQ(parsed(";SELECT 1 SELECT 2;; UPDATE t SET a = 1 DELETE t"),
+              "(select 1)\n(select 2)\n(update t (set a 1))\n(delete t)");
+}
+
+TEST(ParserScripts, ReadsTransactions) {
+    EXPECT_EQ(parsed("BEGIN TRAN BEGIN TRANSACTION x COMMIT COMMIT TRAN x ROLLBACK WORK ROLLBACK"),
+              "(begin)\n(begin x)\n(commit)\n(commit x)\n(rollback)\n(rollback)");
+}
+
+TEST(ParserScripts, KnowsTheLineOfEachStatement) {
+    const Script script = parseScript("SELECT 1\n\nSELECT\n 2", 5);
+    EXPECT_EQ(script[0].line, 5);
+    EXPECT_EQ(script[1].line, 7);
+}
+
+TEST(ParserScripts, ReadsAnEmptyScript) {
+    EXPECT_TRUE(parseScript("").empty());
+    EXPECT_TRUE(parseScript(" -- nothing\n ; ").empty());
+}
+
+struct Refusal {
+    const char* sql;
+    int number;
+    int line;
+    const char* message;
+};
+
+class RefusedStatement : public ::testing::TestWithParam<Refusal> {};
+
+TEST_P(RefusedStatement, NamesWhatIsWrongAndWhere) {
+    try {
+        (void)parseScript(GetParam().sql);
+        FAIL() << "no error for " << GetParam().sql;
+    } catch (const ServerError& error) {
+        EXPECT_EQ(error.number(), GetParam().number) << GetParam().sql;
+        EXPECT_EQ(error.line(), GetParam().line) << GetParam().sql;
+        EXPECT_EQ(error.message(), GetParam().message) << GetParam().sql;
+    }
+}
+
+#define REFUSED(construct)                                                                 \
+    "Keyword or statement option '" construct "' is not supported in this version of the " \
+                                              "database."
+
+INSTANTIATE_TEST_SUITE_P(
+    Parser, RefusedStatement,
+    ::testing::Values(
+        Refusal{"SELEC 1", 102, 1, "Incorrect syntax near 'SELEC'."},
+        Refusal{"SELECT *\nFROM", 102, 2, "Incorrect syntax near 'FROM'."},
+        Refusal{"SELECT * FROM t\nWHERE", 102, 2, "Incorrect syntax near 'WHERE'."},
+        Refusal{"SELECT * FROM t ORDER a", 102, 1, "Incorrect syntax near 'a'."},
+        Refusal{"SELECT * FROM t,", 102, 1, "Incorrect syntax near ','."},
+        Refusal{"SELECT * FROM t JOIN u", 102, 1, "Incorrect syntax near 'u'."},
+        Refusal{"SELECT * FROM (SELECT 1)", 102, 1, "Incorrect syntax near ')'."},
+        Refusal{"SELECT TOP FROM t", 156, 1, "Incorrect syntax near the keyword 'FROM'."},
+        Refusal{"SELECT 1 AS []", 1038, 1,
+                "An object or column name is missing or empty. For SELECT INTO statements, verify "
+                "each column has a name. For other statements, look for empty alias names. Aliases "
+                "defined as \"\" or [] are not allowed. Change the alias to a valid name."},
+        Refusal{"INSERT INTO t", 102, 1, "Incorrect syntax near 't'."},
+        Refusal{"INSERT INTO t VALUES 1", 102, 1, "Incorrect syntax near '1'."},
+        Refusal{"UPDATE t\nSET WHERE a = 1", 156, 2, "Incorrect syntax near the keyword 'WHERE'."},
+        Refusal{"DELETE WHERE a = 1", 156, 1, "Incorrect syntax near the keyword 'WHERE'."},
+        Refusal{"BEGIN", 40517, 1, REFUSED("BEGIN")},
+        Refusal{"SELECT 1\nDECLARE @x int", 40517, 2, REFUSED("DECLARE")},
+        Refusal{"EXEC sp_who", 40517, 1, REFUSED("EXEC")},
+        Refusal{"ALTER TABLE t ADD a int", 40517, 1, REFUSED("ALTER")},
+        Refusal{"CREATE INDEX i ON t (a)", 40517, 1, REFUSED("CREATE INDEX")},
+        Refusal{"DROP VIEW v", 40517, 1, REFUSED("DROP VIEW")},
+        Refusal{"SELECT a INTO #t FROM u", 40517, 1, REFUSED("SELECT INTO")},
+        Refusal{"SELECT 1 INTERSECT SELECT 2", 40517, 1, REFUSED("INTERSECT")},
+        Refusal{"SELECT a FROM t FOR XML AUTO", 40517, 1, REFUSED("FOR XML")},
+        Refusal{"SELECT a FROM t OPTION (FAST 1)", 40517, 1, REFUSED("OPTION")},
+        Refusal{"SELECT a FROM t GROUP BY a WITH ROLLUP", 40517, 1, REFUSED("WITH ROLLUP")},
+        Refusal{"SELECT TOP 1 WITH TIES a FROM t ORDER BY a", 40517, 1, REFUSED("WITH TIES")},
+        Refusal{"SELECT SUM(a) OVER (PARTITION BY b) FROM t", 40517, 1, REFUSED("OVER")},
+        Refusal{"SELECT 1 FROM t CROSS APPLY f(1)", 40517, 1, REFUSED("APPLY")},
+        Refusal{"SELECT 1 FROM f(1)", 40517, 1, REFUSED("table function f")},
+        Refusal{"SELECT @x = 1", 40517, 1, REFUSED("SELECT @variable =")},
+        Refusal{"SELECT 1 FROM t WITH (INDEX(1))", 40517, 1, REFUSED("table hint INDEX")}));
+
+}  // namespace
+}  // namespace kap::tsql
