@@ -1,0 +1,59 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include <kaputil/frame/class_description.hpp>
+
+namespace kap::ado {
+
+// One error or message that the database reported.
+class Error final : public DescribedObject {
+public:
+    struct Details {
+        std::int32_t number = 0;       // the data-access code that clients compare
+        std::int32_t nativeError = 0;  // the database's own number
+        String description;
+        String source;
+        String sqlState;
+        std::int32_t line = 0;  // of the script that failed, from 1; 0 when it is not known
+    };
+
+    explicit Error(Details details) : details_(std::move(details)) {}
+    static const ClassDescription& classDescription();
+    [[nodiscard]] const ClassDescription& description() const override {
+        return classDescription();
+    }
+
+    [[nodiscard]] std::int32_t Number() const { return details_.number; }
+    [[nodiscard]] std::int32_t NativeError() const { return details_.nativeError; }
+    [[nodiscard]] String Description() const { return details_.description; }
+    [[nodiscard]] String Source() const { return details_.source; }
+    [[nodiscard]] String SQLState() const { return details_.sqlState; }
+    [[nodiscard]] std::int32_t line() const { return details_.line; }
+
+private:
+    Details details_;
+};
+
+// The errors of the last failed operation of a connection, in the database's order.
+class Errors final : public DescribedObject {
+public:
+    static const ClassDescription& classDescription();
+    [[nodiscard]] const ClassDescription& description() const override {
+        return classDescription();
+    }
+
+    [[nodiscard]] std::int32_t Count() const;
+    // The error at a position from 0; raises 3265 (item not found) outside the collection.
+    [[nodiscard]] Ref<Error> Item(std::int32_t index) const;
+    void Clear() { errors_.clear(); }
+
+    // Replaces the contents; called by the connection.
+    void assign(std::vector<Ref<Error>> errors) { errors_ = std::move(errors); }
+
+private:
+    std::vector<Ref<Error>> errors_;
+};
+
+}  // namespace kap::ado

@@ -1,0 +1,60 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace kap::ado {
+
+// One column of a materialised result, kept apart from the others: eight bytes and a state byte a
+// row, and for text and binary the bytes in one arena. Nothing is converted until it is read.
+class ColumnStore {
+public:
+    enum class Cell : std::uint8_t {
+        Value,
+        Null,
+        // A Null that reads as the type's neutral value. What the database holds, and what an
+        // optimistic update must find there, is still Null.
+        ReplacedNull,
+    };
+
+    [[nodiscard]] std::size_t size() const noexcept { return words_.size(); }
+    void reserve(std::size_t rows);
+
+    void appendNull();
+    void appendInteger(std::int64_t value);
+    void appendReal(double value);
+    // Text as UTF-8, or binary.
+    void appendBytes(std::string_view bytes);
+
+    [[nodiscard]] Cell cell(std::size_t row) const noexcept { return cells_[row]; }
+    [[nodiscard]] std::int64_t integer(std::size_t row) const noexcept;
+    [[nodiscard]] double real(std::size_t row) const noexcept;
+    [[nodiscard]] std::string_view bytes(std::size_t row) const noexcept;
+
+    void setNull(std::size_t row);
+    void setInteger(std::size_t row, std::int64_t value);
+    void setReal(std::size_t row, double value);
+    void setBytes(std::size_t row, std::string_view bytes);
+
+    // Makes every Null of the column read as the neutral value.
+    void replaceNulls();
+
+    // Gives back what growing left over.
+    void shrink();
+    [[nodiscard]] std::size_t memory() const noexcept;
+
+private:
+    [[nodiscard]] std::uint64_t store(std::string_view bytes);
+
+    std::vector<std::uint64_t> words_;
+    std::vector<Cell> cells_;
+    // Every entry: its length, seven bits a byte with the high bit set on all but the last, then
+    // the bytes. `words_` holds where it starts.
+    std::vector<char> arena_;
+};
+
+}  // namespace kap::ado

@@ -1,0 +1,128 @@
+#include "ado/connection_string.hpp"
+
+#include <algorithm>
+#include <cstddef>
+
+#include "ado/failures.hpp"
+#include "tsql/text.hpp"
+
+namespace kap::ado {
+namespace {
+
+bool isBlank(char letter) {
+    return letter == ' ' || letter == '\t' || letter == '\r' || letter == '\n';
+}
+
+std::string_view trimmed(std::string_view text) {
+    while (!text.empty() && isBlank(text.front())) {
+        text.remove_prefix(1);
+    }
+    while (!text.empty() && isBlank(text.back())) {
+        text.remove_suffix(1);
+    }
+    return text;
+}
+
+class Reader {
+public:
+    explicit Reader(std::string_view text) : text_(text) {}
+
+    // Moves to the next pair; false at the end. Empty places between two ';' are passed over.
+    bool nextPair() {
+        while (position_ < text_.size() && (text_[position_] == ';' || isBlank(text_[position_]))) {
+            ++position_;
+        }
+        return position_ < text_.size();
+    }
+
+    std::string key() {
+        const std::size_t start = position_;
+        while (position_ < text_.size() && text_[position_] != '=' && text_[position_] != ';') {
+            ++position_;
+        }
+        const std::string_view name = trimmed(text_.substr(start, position_ - start));
+        if (position_ == text_.size() || text_[position_] == ';') {
+            refuse(start, "'" + std::string(name) + "' has no '=' after it");
+        }
+        if (name.empty()) {
+            refuse(start, "there is no name before '='");
+        }
+        ++position_;
+        return std::string(name);
+    }
+
+    std::string value() {
+        while (position_ < text_.size() && isBlank(text_[position_])) {
+            ++position_;
+        }
+        if (position_ < text_.size() && (text_[position_] == '"' || text_[position_] == '\'')) {
+            return quotedValue();
+        }
+        const std::size_t end = std::min(text_.find(';', position_), text_.size());
+        const std::string_view plain = trimmed(text_.substr(position_, end - position_));
+        position_ = end;
+        return std::string(plain);
+    }
+
+private:
+    std::string quotedValue() {
+        const std::size_t start = position_;
+        const char quote = text_[position_++];
+        std::string value;
+        while (true) {
+            if (position_ == text_.size()) {
+                refuse(start, "a quoted value is not closed");
+            }
+            const char letter = text_[position_++];
+            if (letter != quote) {
+                value.push_back(letter);
+            } else if (position_ < text_.size() && text_[position_] == quote) {
+                value.push_back(quote);
+                ++position_;
+            } else {
+                break;
+            }
+        }
+        while (position_ < text_.size() && isBlank(text_[position_])) {
+            ++position_;
+        }
+        if (position_ < text_.size() && text_[position_] != ';') {
+            refuse(position_, "after a quoted value only ';' may stand");
+        }
+        return value;
+    }
+
+    // The text itself is not shown: it may hold a password.
+    [[noreturn]] void refuse(std::size_t position, const std::string& reason) const {
+        fail::invalidArgument("The connection string cannot be read at character " +
+                              tsql::integerText(static_cast<std::int64_t>(position + 1)) + ": " +
+                              reason + ". Write it as Key=Value;Key=Value.");
+    }
+
+    std::string_view text_;
+    std::size_t position_ = 0;
+};
+
+}  // namespace
+
+ConnectionString ConnectionString::parse(std::string_view text) {
+    ConnectionString made;
+    Reader reader(text);
+    while (reader.nextPair()) {
+        std::string key = reader.key();
+        made.pairs_.push_back({std::move(key), reader.value()});
+    }
+    return made;
+}
+
+std::optional<std::string> ConnectionString::find(std::string_view key) const {
+    const auto found = std::find_if(pairs_.rbegin(), pairs_.rend(), [key](const Pair& pair) {
+        return tsql::equalsIgnoringCase(pair.key, key);
+    });
+    if (found == pairs_.rend()) {
+        return std::nullopt;
+    }
+    return found->value;
+}
+
+}  // namespace kap::ado

@@ -1,0 +1,71 @@
+#include "ado/driver.hpp"
+
+#include <utility>
+
+#include "frame/unicode.hpp"
+
+namespace kap::ado {
+namespace {
+
+// A message may quote bytes of a damaged file; they must not hide it.
+String displayText(const std::string& utf8) {
+    if (auto text = unicode::utf16(utf8)) {
+        return std::move(*text);
+    }
+    std::string plain = utf8;
+    for (char& letter : plain) {
+        if (static_cast<unsigned char>(letter) >= 0x80) {
+            letter = '?';
+        }
+    }
+    return plain;
+}
+
+}  // namespace
+
+Storage storageOf(DataTypeEnum type) noexcept {
+    switch (type) {
+        case DataTypeEnum::adBoolean:
+        case DataTypeEnum::adTinyInt:
+        case DataTypeEnum::adUnsignedTinyInt:
+        case DataTypeEnum::adSmallInt:
+        case DataTypeEnum::adUnsignedSmallInt:
+        case DataTypeEnum::adInteger:
+        case DataTypeEnum::adUnsignedInt:
+        case DataTypeEnum::adBigInt:
+        case DataTypeEnum::adError:
+        case DataTypeEnum::adCurrency:
+        case DataTypeEnum::adDecimal:
+        case DataTypeEnum::adNumeric:
+            return Storage::Integer;
+        case DataTypeEnum::adSingle:
+        case DataTypeEnum::adDouble:
+        case DataTypeEnum::adDate:
+        case DataTypeEnum::adDBDate:
+        case DataTypeEnum::adDBTime:
+        case DataTypeEnum::adDBTimeStamp:
+            return Storage::Real;
+        case DataTypeEnum::adBinary:
+        case DataTypeEnum::adVarBinary:
+        case DataTypeEnum::adLongVarBinary:
+            return Storage::Binary;
+        case DataTypeEnum::adEmpty:
+        case DataTypeEnum::adVariant:
+        case DataTypeEnum::adGUID:
+        case DataTypeEnum::adBSTR:
+        case DataTypeEnum::adChar:
+        case DataTypeEnum::adWChar:
+        case DataTypeEnum::adVarChar:
+        case DataTypeEnum::adVarWChar:
+        case DataTypeEnum::adLongVarChar:
+        case DataTypeEnum::adLongVarWChar:
+            break;
+    }
+    return Storage::Text;
+}
+
+DriverError::DriverError(std::vector<ServerMessage> messages, String source)
+    : AutomationError(messages.at(0).number, displayText(messages.at(0).text), std::move(source)),
+      messages_(std::move(messages)) {}
+
+}  // namespace kap::ado

@@ -1,0 +1,158 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+#include <kaputil/ado/enumerations.hpp>
+#include <kaputil/frame/error.hpp>
+#include <kaputil/frame/string.hpp>
+
+#include "ado/column_store.hpp"
+#include "ado/connection_string.hpp"
+
+// What stands between the data-access objects and a database. A driver knows its database; it knows
+// nothing of recordsets, Variants or clients. Texts are UTF-8.
+namespace kap::ado {
+
+// How the cells of a column are kept in its store; it follows from the data type.
+enum class Storage : std::uint8_t {
+    Integer,  // whole numbers, Boolean (0 or 1), Currency (times 10^4), decimals (times 10^scale)
+    Real,     // Single, Double, and dates as linear days from 30 December 1899
+    Text,     // UTF-8
+    Binary,
+};
+[[nodiscard]] Storage storageOf(DataTypeEnum type) noexcept;
+
+// Everything that a result tells about one of its columns.
+struct ColumnInfo {
+    std::string name;
+    DataTypeEnum type = DataTypeEnum::adEmpty;
+    std::int32_t definedSize = 0;
+    std::uint8_t precision = 255;
+    std::uint8_t numericScale = 255;  // decimals: also the scale of the stored whole number
+    bool nullable = true;
+    bool fixedLength = false;
+    bool isLong = false;  // text, ntext, image
+    // The base column behind it; empty for an expression.
+    std::string baseTable;
+    std::string baseColumn;
+    bool key = false;  // part of the base table's primary key, and the result has all parts
+    bool identity = false;
+    bool rowVersion = false;
+
+    [[nodiscard]] bool writable() const noexcept {
+        return !baseColumn.empty() && !identity && !rowVersion;
+    }
+};
+
+// What one statement of a script answered: rows, or a count of rows written, or neither.
+struct Result {
+    std::vector<ColumnInfo> columns;  // empty: no rows
+    std::vector<ColumnStore> rows;    // one store a column
+    std::optional<std::int64_t> rowsAffected;
+};
+
+// An error or message of the database itself.
+struct ServerMessage {
+    std::int32_t nativeNumber = 0;  // the server's own
+    std::int32_t number = 0;        // the data-access code that clients compare
+    std::string state;              // SQLSTATE
+    std::string text;
+    std::int32_t line = 0;
+};
+
+// Thrown by a driver: every error of the failed call, in the database's order. The first one is
+// what the client sees raised.
+class DriverError : public AutomationError {
+public:
+    explicit DriverError(std::vector<ServerMessage> messages, String source = {});
+    [[nodiscard]] const std::vector<ServerMessage>& messages() const noexcept { return messages_; }
+
+private:
+    std::vector<ServerMessage> messages_;
+};
+
+// A value in storage form (see Storage), on its way to the database.
+using CellValue = std::variant<std::monostate, std::int64_t, double, std::string>;
+
+struct ColumnValue {
+    std::string column;  // base column
+    DataTypeEnum type = DataTypeEnum::adEmpty;
+    std::uint8_t numericScale = 255;
+    CellValue value;  // monostate is Null
+};
+
+// One row to insert, update, delete, or only to read again.
+struct RowChange {
+    enum class Kind : std::uint8_t { Insert, Update, Delete, Read };
+    Kind kind = Kind::Update;
+    std::string table;
+    std::vector<ColumnValue> values;    // what is written (insert, update)
+    std::vector<ColumnValue> criteria;  // what the row must hold, exactly (all but insert)
+    std::vector<std::string> readBack;  // columns to read from the row as it stands afterwards
+};
+
+struct ChangeOutcome {
+    std::int64_t rowsTouched = 0;
+    std::vector<CellValue> readBack;  // of the touched row, when there was exactly one
+};
+
+// One open database connection.
+class Session {
+public:
+    Session() = default;
+    Session(const Session&) = delete;
+    Session& operator=(const Session&) = delete;
+    virtual ~Session() = default;
+
+    // Runs a script in the dialect and appends what each of its statements answered to `results`. A
+    // failing statement ends the script with DriverError; the statements before it stand (unless a
+    // transaction is rolled back later), and so do their answers.
+    virtual void execute(std::string_view script, std::vector<Result>& results) = 0;
+    [[nodiscard]] std::vector<Result> execute(std::string_view script) {
+        std::vector<Result> results;
+        execute(script, results);
+        return results;
+    }
+
+    // Writes one row, with its own transaction when none is open. More than one row touched is an
+    // error of the change's criteria: nothing is written.
+    virtual ChangeOutcome apply(const RowChange& change) = 0;
+
+    virtual void begin() = 0;
+    virtual void commit() = 0;
+    // Ends every level; with an open transaction it does not fail.
+    virtual void rollback() = 0;
+    [[nodiscard]] virtual int transactionDepth() const = 0;
+};
+
+// Opens a database; raises when the keys are not the driver's or the database cannot be opened.
+class Driver {
+public:
+    virtual ~Driver() = default;
+    [[nodiscard]] virtual std::unique_ptr<Session> open(const ConnectionString& keys) const = 0;
+};
+
+// The driver that a connection string asks for; raises kProviderNotFound when there is none.
+[[nodiscard]] const Driver& driverFor(const ConnectionString& keys);
+
+// Offers a driver under a provider's name for as long as the object lives, on every thread; the
+// embedded database's name cannot be taken. Raises 457 for a name that is taken.
+class DriverRegistration {
+public:
+    DriverRegistration(std::string provider, const Driver& driver);
+    ~DriverRegistration();
+    DriverRegistration(const DriverRegistration&) = delete;
+    DriverRegistration& operator=(const DriverRegistration&) = delete;
+
+private:
+    std::string provider_;
+};
+
+}  // namespace kap::ado

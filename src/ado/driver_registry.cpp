@@ -1,0 +1,84 @@
+#include <map>
+#include <mutex>
+#include <string>
+#include <utility>
+
+#include <kaputil/ado/error_numbers.hpp>
+
+#include "ado/driver.hpp"
+#include "ado/embedded/embedded_driver.hpp"
+#include "frame/unicode.hpp"
+
+namespace kap::ado {
+namespace {
+
+// The drivers by upper-cased provider name. Connections are opened on every thread.
+class Registry {
+public:
+    static Registry& get() {
+        static Registry registry;
+        return registry;
+    }
+
+    const Driver* find(const std::string& provider) {
+        const std::lock_guard lock(guard_);
+        const auto found = drivers_.find(key(provider));
+        return found == drivers_.end() ? nullptr : found->second;
+    }
+
+    void add(const std::string& provider, const Driver& driver) {
+        const std::lock_guard lock(guard_);
+        if (!drivers_.emplace(key(provider), &driver).second) {
+            throw AutomationError(kap::errors::kDuplicateKey);
+        }
+    }
+
+    void remove(const std::string& provider) {
+        const std::lock_guard lock(guard_);
+        drivers_.erase(key(provider));
+    }
+
+private:
+    Registry() { drivers_.emplace(key(std::string(embedded::kProviderName)), &embedded_); }
+
+    static std::u16string key(const std::string& provider) {
+        return unicode::upper(String(provider).view());
+    }
+
+    std::mutex guard_;
+    embedded::EmbeddedDriver embedded_;
+    std::map<std::u16string, const Driver*> drivers_;
+};
+
+[[noreturn]] void providerNotFound(const std::string& description) {
+    throw AutomationError(errors::kProviderNotFound, description, u"ADODB");
+}
+
+}  // namespace
+
+const Driver& driverFor(const ConnectionString& keys) {
+    const auto provider = keys.find("Provider");
+    if (!provider) {
+        providerNotFound(
+            "The connection string names no provider. Begin it with "
+            "Provider=KapLocal;Data Source=<file>.");
+    }
+    const Driver* driver = Registry::get().find(*provider);
+    if (driver == nullptr) {
+        providerNotFound("Provider '" + *provider +
+                         "' cannot be found. The provider of this library is KapLocal (a "
+                         "database in one file).");
+    }
+    return *driver;
+}
+
+DriverRegistration::DriverRegistration(std::string provider, const Driver& driver)
+    : provider_(std::move(provider)) {
+    Registry::get().add(provider_, driver);
+}
+
+DriverRegistration::~DriverRegistration() {
+    Registry::get().remove(provider_);
+}
+
+}  // namespace kap::ado

@@ -1,0 +1,20 @@
+#include "ado/embedded/catalogue.hpp"
+
+#include <algorithm>
+
+#include "ado/embedded/functions/text_units.hpp"
+#include "tsql/text.hpp"
+
+namespace kap::ado::embedded {
+
+const Column* Table::find(std::string_view column) const {
+    const auto found = std::ranges::find_if(
+        columns, [column](const Column& each) { return sameName(each.name, column); });
+    return found == columns.end() ? nullptr : &*found;
+}
+
+bool sameName(std::string_view left, std::string_view right) {
+    return tsql::equalsIgnoringCase(left, right) || foldedUnits(left) == foldedUnits(right);
+}
+
+}  // namespace kap::ado::embedded

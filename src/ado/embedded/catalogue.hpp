@@ -1,0 +1,61 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "tsql/type_spec.hpp"
+
+namespace kap::ado::embedded {
+
+/// The start and the step of an identity column.
+struct Identity {
+    std::int64_t seed = 1;
+    std::int64_t increment = 1;
+
+    friend bool operator==(const Identity&, const Identity&) = default;
+};
+
+/// A column of a stored table.
+struct Column {
+    std::string name;
+    tsql::TypeSpec type;
+    bool nullable = true;
+    std::optional<Identity> identity;
+    /// The place in the primary key from 1; 0 when not part of it.
+    int keyOrdinal = 0;
+    /// The default as a SQLite expression in storage form, as the schema holds it.
+    std::optional<std::string> defaultSql;
+
+    [[nodiscard]] bool isRowVersion() const { return type.type == tsql::SqlType::Timestamp; }
+};
+
+/// A stored table.
+struct Table {
+    std::string name;
+    bool temporary = false;  ///< lives in SQLite's "temp" schema; its name starts with #
+    std::vector<Column> columns;
+
+    /// The column of that name (case ignored), or null.
+    [[nodiscard]] const Column* find(std::string_view column) const;
+};
+
+/// The tables that a statement can name. The translator asks; whoever keeps the schema answers.
+class Catalogue {
+public:
+    Catalogue() = default;
+    Catalogue(const Catalogue&) = delete;
+    Catalogue& operator=(const Catalogue&) = delete;
+    virtual ~Catalogue() = default;
+
+    /// The table of that name (case ignored, without owner), or null. The answer stays valid until
+    /// the schema changes.
+    [[nodiscard]] virtual const Table* find(std::string_view name) const = 0;
+};
+
+/// Whether two names of the database are the same: letter case is ignored in every language.
+[[nodiscard]] bool sameName(std::string_view left, std::string_view right);
+
+}  // namespace kap::ado::embedded

@@ -1,0 +1,41 @@
+#pragma once
+
+#include "ado/embedded/functions/error_slot.hpp"
+#include "ado/embedded/lock_wait.hpp"
+#include "ado/embedded/options.hpp"
+#include "ado/embedded/server_errors.hpp"
+#include "ado/embedded/sqlite.hpp"
+
+namespace kap::ado::embedded {
+
+// A database file opened and made ready: write-ahead journal, waiting for locks, the collation and
+// the functions of the dialect.
+class Connection {
+public:
+    // Raises DriverError saying which file and why when it cannot be opened. A file that was there
+    // before is left as it was.
+    explicit Connection(const Options& options);
+
+    [[nodiscard]] Database& database() noexcept { return database_; }
+    [[nodiscard]] sqlite3* handle() const noexcept { return database_.handle(); }
+    [[nodiscard]] ErrorSlot& errorSlot() noexcept { return errorSlot_; }
+    [[nodiscard]] const DatabasePlace& place() const noexcept { return place_; }
+
+    // What the server would say of a failed statement: what a function of the dialect has left
+    // behind, or SQLite's failure in the server's words.
+    [[nodiscard]] tsql::ServerError explain(const SqliteError& error, WriteContext context);
+
+private:
+    [[nodiscard]] std::string violatedKey(const SqliteError& error, const std::string& table);
+    void prepare(const Options& options);
+    void requireWritable() const;
+    void useWriteAheadJournal(const Options& options);
+
+    DatabasePlace place_;
+    // The connection uses these two until it is closed, so they are made before it.
+    ErrorSlot errorSlot_;
+    LockWait lockWait_;
+    Database database_;
+};
+
+}  // namespace kap::ado::embedded

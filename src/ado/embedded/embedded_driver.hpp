@@ -1,0 +1,15 @@
+#pragma once
+
+#include "ado/driver.hpp"
+
+namespace kap::ado::embedded {
+
+inline constexpr const char* kProviderName = "KapLocal";
+
+// The driver of databases that live in one file (see Options for what a connection string says).
+class EmbeddedDriver : public Driver {
+public:
+    [[nodiscard]] std::unique_ptr<Session> open(const ConnectionString& keys) const override;
+};
+
+}  // namespace kap::ado::embedded

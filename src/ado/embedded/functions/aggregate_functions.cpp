@@ -1,0 +1,150 @@
+#include <new>
+#include <stdexcept>
+
+#include "ado/embedded/functions/convert_families.hpp"
+#include "ado/embedded/functions/exact.hpp"
+#include "ado/embedded/functions/function_support.hpp"
+
+namespace kap::ado::embedded {
+
+namespace {
+
+// The sums that the server makes: each has the type of its result, for the check at the end.
+struct SumKind {
+    const char* name;
+    tsql::TypeSpec type;
+};
+
+constexpr int kWidestPrecision = 38;
+
+constexpr SumKind kSums[] = {
+    {"kap_sum_int", {tsql::SqlType::Int}},
+    {"kap_sum_bigint", {tsql::SqlType::BigInt}},
+    {"kap_sum_money", {tsql::SqlType::Money}},
+    {"kap_sum_numeric", {tsql::SqlType::Numeric, 0, kWidestPrecision, 0}},
+    {"kap_sum_float", {tsql::SqlType::Float}},
+};
+
+struct SumEntry {
+    SumKind kind;
+    ErrorSlot* slot;
+};
+
+// Lies in memory that SQLite zeroes at the start of a group and aligns to eight bytes: too little
+// for a Wide.
+struct SumState {
+    std::int64_t high;
+    std::uint64_t low;
+    double approximate;
+    std::int64_t count;
+
+    [[nodiscard]] Wide exact() const { return (Wide{high} << 64) | low; }
+    void addExact(std::int64_t value) {
+        const Wide sum = exact() + value;
+        high = static_cast<std::int64_t>(sum >> 64);
+        low = static_cast<std::uint64_t>(sum);
+    }
+};
+
+const SumEntry& entryOf(sqlite3_context* context) {
+    return *static_cast<const SumEntry*>(sqlite3_user_data(context));
+}
+
+void step(sqlite3_context* context, int /*count*/, sqlite3_value** values) {
+    if (sqlite3_value_type(values[0]) == SQLITE_NULL) return;
+    auto* state = static_cast<SumState*>(sqlite3_aggregate_context(context, sizeof(SumState)));
+    if (state == nullptr) {
+        sqlite3_result_error_nomem(context);
+        return;
+    }
+    ++state->count;
+    if (tsql::isApproximate(entryOf(context).kind.type.type)) {
+        state->approximate += sqlite3_value_double(values[0]);
+    } else {
+        state->addExact(sqlite3_value_int64(values[0]));
+    }
+}
+
+Value total(const SumState& state, const tsql::TypeSpec& type) {
+    if (tsql::isApproximate(type.type)) return fitApproximate(state.approximate, type);
+    return fitWide(state.exact(), storedScale(type), type, Rounding::Truncate, "expression");
+}
+
+void finish(sqlite3_context* context) {
+    const auto* state = static_cast<const SumState*>(sqlite3_aggregate_context(context, 0));
+    if (state == nullptr || state->count == 0) {
+        sqlite3_result_null(context);
+        return;
+    }
+    const SumEntry& entry = entryOf(context);
+    try {
+        setResult(context, total(*state, entry.kind.type));
+    } catch (const tsql::ServerError& error) {
+        setError(context, *entry.slot, error);
+    }
+}
+
+// kap_single(value): the value of the only row of a subquery that stands for one value.
+struct SingleState {
+    sqlite3_value* value;
+};
+
+void stepSingle(sqlite3_context* context, int /*count*/, sqlite3_value** values) {
+    auto* state =
+        static_cast<SingleState*>(sqlite3_aggregate_context(context, sizeof(SingleState)));
+    if (state == nullptr) {
+        sqlite3_result_error_nomem(context);
+        return;
+    }
+    if (state->value != nullptr) {
+        setError(
+            context, *static_cast<ErrorSlot*>(sqlite3_user_data(context)),
+            tsql::ServerError(
+                512,
+                "Subquery returned more than 1 value. This is not permitted when the subquery "
+                "follows =, !=, <, <= , >, >= or when the subquery is used as an expression."));
+        return;
+    }
+    state->value = sqlite3_value_dup(values[0]);
+    if (state->value == nullptr) sqlite3_result_error_nomem(context);
+}
+
+// SQLite calls this also when a step has failed, so the copy is always freed.
+void finishSingle(sqlite3_context* context) {
+    auto* state = static_cast<SingleState*>(sqlite3_aggregate_context(context, 0));
+    if (state == nullptr || state->value == nullptr) {
+        sqlite3_result_null(context);
+        return;
+    }
+    sqlite3_result_value(context, state->value);
+    sqlite3_value_free(state->value);
+    state->value = nullptr;
+}
+
+void checkRegistered(int result, const char* name) {
+    if (result != SQLITE_OK) {
+        throw std::runtime_error(std::string("cannot register the SQL function ") + name);
+    }
+}
+
+void destroyEntry(void* entry) {
+    delete static_cast<SumEntry*>(entry);
+}
+
+}  // namespace
+
+void registerAggregateFunctions(Registrar& registrar) {
+    constexpr int kFlags = SQLITE_UTF8 | SQLITE_DETERMINISTIC | SQLITE_INNOCUOUS;
+    for (const SumKind& kind : kSums) {
+        checkRegistered(sqlite3_create_function_v2(registrar.connection(), kind.name, 1, kFlags,
+                                                   new SumEntry{kind, &registrar.slot()}, nullptr,
+                                                   step, finish, destroyEntry),
+                        kind.name);
+    }
+    checkRegistered(
+        sqlite3_create_function_v2(registrar.connection(), "kap_single", 1, kFlags,
+                                   &registrar.slot(), nullptr, stepSingle, finishSingle, nullptr),
+        "kap_single");
+}
+
+}  // namespace kap::ado::embedded

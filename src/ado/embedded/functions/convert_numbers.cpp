@@ -1,0 +1,178 @@
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <limits>
+
+#include "ado/embedded/functions/convert_families.hpp"
+#include "ado/embedded/functions/text_units.hpp"
+#include "tsql/server_error.hpp"
+#include "tsql/text.hpp"
+
+namespace kap::ado::embedded {
+
+using tsql::SqlType;
+using tsql::TypeSpec;
+
+namespace {
+
+// What 64 bits hold of a decimal: precisions above are accepted, values beyond are not.
+constexpr int kFullPrecision = 18;
+
+const std::string kExpression = "expression";
+
+struct Range {
+    std::int64_t low;
+    std::int64_t high;
+};
+
+Range rangeOf(const TypeSpec& type) {
+    constexpr std::int64_t kLow = std::numeric_limits<std::int64_t>::min();
+    constexpr std::int64_t kHigh = std::numeric_limits<std::int64_t>::max();
+    switch (type.type) {
+        case SqlType::TinyInt:
+            return {0, 255};
+        case SqlType::SmallInt:
+            return {-32768, 32767};
+        case SqlType::Int:
+            return {std::numeric_limits<std::int32_t>::min(),
+                    std::numeric_limits<std::int32_t>::max()};
+        case SqlType::SmallMoney:
+            return {std::numeric_limits<std::int32_t>::min(),
+                    std::numeric_limits<std::int32_t>::max()};
+        case SqlType::Decimal:
+        case SqlType::Numeric: {
+            if (type.precision > kFullPrecision) return {-kHigh, kHigh};
+            const auto limit = static_cast<std::int64_t>(powerOfTen(type.precision)) - 1;
+            return {-limit, limit};
+        }
+        default:
+            return {kLow, kHigh};
+    }
+}
+
+bool isSmallInteger(SqlType type) {
+    return type == SqlType::TinyInt || type == SqlType::SmallInt;
+}
+
+std::string textTypeName(const TypeSpec& from) {
+    return tsql::isNational(from.type) ? "nvarchar" : "varchar";
+}
+
+[[noreturn]] void notANumber(const std::string& text, const TypeSpec& from, const TypeSpec& to) {
+    if (tsql::isMoney(to.type)) {
+        throw tsql::ServerError(
+            235, "Cannot convert a char value to money. The char value has incorrect syntax.");
+    }
+    if (tsql::isInteger(to.type) && to.type != SqlType::BigInt) {
+        throw tsql::ServerError(245, "Conversion failed when converting the " + textTypeName(from) +
+                                         " value '" + text + "' to data type " +
+                                         tsql::typeName(to.type) + ".");
+    }
+    throw tsql::ServerError(
+        8114, "Error converting data type " + textTypeName(from) + " to " + messageName(to) + ".");
+}
+
+[[noreturn]] void textOverflow(const std::string& text, const TypeSpec& from, const TypeSpec& to) {
+    const std::string subject =
+        "The conversion of the " + textTypeName(from) + " value '" + text + "' overflowed an ";
+    if (to.type == SqlType::Int) throw tsql::ServerError(248, subject + "int column.");
+    if (isSmallInteger(to.type)) {
+        throw tsql::ServerError(244, subject + (to.type == SqlType::TinyInt ? "INT1" : "INT2") +
+                                         " column. Use a larger integer column.");
+    }
+    overflow(
+        to.type == SqlType::BigInt || tsql::isMoney(to.type) ? "expression" : textTypeName(from),
+        messageName(to));
+}
+
+// Amounts may carry a currency sign and commas between thousands.
+std::string plainAmount(std::string_view text) {
+    std::string result;
+    for (const char c : text) {
+        if (c != ',' && c != '$') result += c;
+    }
+    return result;
+}
+
+std::int64_t bitFromText(const std::string& text, std::string_view word, const TypeSpec& from,
+                         const TypeSpec& to) {
+    if (tsql::equalsIgnoringCase(word, "true")) return 1;
+    if (tsql::equalsIgnoringCase(word, "false")) return 0;
+    const auto number = parseScaled(word);
+    if (!number || number->scale > 0) notANumber(text, from, to);
+    return number->value != 0 ? 1 : 0;
+}
+
+}  // namespace
+
+void overflow(const std::string& from, const std::string& to) {
+    throw tsql::ServerError(
+        8115, "Arithmetic overflow error converting " + from + " to data type " + to + ".");
+}
+
+std::string messageName(const TypeSpec& type) {
+    return tsql::isDecimal(type.type) ? "numeric" : tsql::typeName(type.type);
+}
+
+std::int64_t fitWide(Wide value, int scale, const TypeSpec& to, Rounding rounding,
+                     const std::string& from) {
+    if (to.type == SqlType::Bit) return value != 0 ? 1 : 0;
+    const auto scaled = rescale(value, scale, storedScale(to), rounding);
+    const auto narrowed = scaled ? narrow(*scaled) : std::nullopt;
+    const Range range = rangeOf(to);
+    if (narrowed && *narrowed >= range.low && *narrowed <= range.high) return *narrowed;
+    if (narrowed && isSmallInteger(to.type) && from != kExpression) {
+        throw tsql::ServerError(220, std::string("Arithmetic overflow error for data type ") +
+                                         tsql::typeName(to.type) +
+                                         ", value = " + tsql::integerText(*narrowed) + ".");
+    }
+    // Whole numbers and amounts are checked after the expression was computed, so the source is not
+    // named.
+    overflow(tsql::isDecimal(to.type) ? from : kExpression, messageName(to));
+}
+
+double fitApproximate(double value, const TypeSpec& to) {
+    if (!std::isfinite(value)) overflow("expression", tsql::typeName(to.type));
+    if (to.type != SqlType::Real) return value;
+    if (std::abs(value) > static_cast<double>(std::numeric_limits<float>::max())) {
+        overflow("expression", "real");
+    }
+    return static_cast<double>(static_cast<float>(value));
+}
+
+std::int64_t exactFromText(const std::string& text, const TypeSpec& from, const TypeSpec& to) {
+    const std::string_view trimmed = withoutBlanks(text);
+    if (to.type == SqlType::Bit) return bitFromText(text, trimmed, from, to);
+    // An empty text is zero, but no decimal.
+    if (trimmed.empty() && !tsql::isDecimal(to.type)) return 0;
+    const auto number =
+        parseScaled(tsql::isMoney(to.type) ? plainAmount(trimmed) : std::string(trimmed));
+    if (!number || (tsql::isInteger(to.type) && trimmed.find('.') != std::string_view::npos)) {
+        notANumber(text, from, to);
+    }
+    const auto scaled = rescale(number->value, number->scale, storedScale(to), Rounding::HalfAway);
+    const auto narrowed = scaled ? narrow(*scaled) : std::nullopt;
+    const Range range = rangeOf(to);
+    if (!narrowed || *narrowed < range.low || *narrowed > range.high) textOverflow(text, from, to);
+    return *narrowed;
+}
+
+double approximateFromText(const std::string& text, const TypeSpec& from, const TypeSpec& to) {
+    std::string_view trimmed = withoutBlanks(text);
+    if (trimmed.empty()) return 0;
+    if (trimmed.front() == '+') trimmed.remove_prefix(1);
+    // Only digits: the parser of the standard library knows "inf" and "nan", the server does not.
+    const bool digitsOnly = trimmed.find_first_not_of("0123456789.eE+-") == std::string_view::npos;
+    double value = 0;
+    const auto [end, error] =
+        std::from_chars(trimmed.data(), trimmed.data() + trimmed.size(), value);
+    if (!digitsOnly || error == std::errc::invalid_argument ||
+        end != trimmed.data() + trimmed.size()) {
+        notANumber(text, from, to);
+    }
+    if (error == std::errc::result_out_of_range) overflow("expression", tsql::typeName(to.type));
+    return fitApproximate(value, to);
+}
+
+}  // namespace kap::ado::embedded

@@ -1,0 +1,91 @@
+#include <algorithm>
+#include <array>
+
+#include "ado/embedded/functions/convert_families.hpp"
+#include "ado/embedded/functions/date_part.hpp"
+#include "ado/embedded/functions/dates.hpp"
+#include "ado/embedded/functions/exact.hpp"
+#include "ado/embedded/functions/function_support.hpp"
+#include "tsql/server_error.hpp"
+#include "tsql/text.hpp"
+
+namespace kap::ado::embedded {
+
+namespace {
+
+// kap_now(): one instant for the whole statement, since SQLite computes it once.
+Value now(const Arguments& /*arguments*/) {
+    return localInstant();
+}
+
+Value datePart(const Arguments& arguments) {
+    return std::int64_t{partOf(static_cast<DatePart>(arguments.integer(0)), arguments.real(1))};
+}
+
+Value dateName(const Arguments& arguments) {
+    const auto part = static_cast<DatePart>(arguments.integer(0));
+    const int value = partOf(part, arguments.real(1));
+    if (part == DatePart::Month) return std::string(monthName(value));
+    if (part == DatePart::WeekDay) return std::string(dayName(value - 1));
+    return tsql::integerText(value);
+}
+
+// kap_dateadd(part, count, date, type)
+Value dateAdd(const Arguments& arguments) {
+    const tsql::TypeSpec type = arguments.type(3);
+    const auto moved = movedBy(static_cast<DatePart>(arguments.integer(0)), arguments.integer(1),
+                               arguments.real(2));
+    const double result = moved ? roundedTo(*moved, type.type) : 0;
+    if (!moved || !inRange(result, type.type)) {
+        throw tsql::ServerError(517, std::string("Adding a value to a '") +
+                                         tsql::typeName(type.type) +
+                                         "' column caused an overflow.");
+    }
+    return result;
+}
+
+// kap_datediff(part, from, to)
+Value dateDiff(const Arguments& arguments) {
+    const std::int64_t count = boundariesBetween(static_cast<DatePart>(arguments.integer(0)),
+                                                 arguments.real(1), arguments.real(2));
+    if (count < -2147483648LL || count > 2147483647LL) {
+        throw tsql::ServerError(
+            535,
+            "The datediff function resulted in an overflow. The number of dateparts separating two "
+            "date/time instances is too large. Try to use datediff with a less precise datepart.");
+    }
+    return count;
+}
+
+Value instantResult(std::int64_t ticks, const tsql::TypeSpec& type) {
+    const double result = roundedTo(fromTicks(ticks), type.type);
+    if (!inRange(result, type.type)) overflow("expression", tsql::typeName(type.type));
+    return result;
+}
+
+// kap_date_sum(left, right, type): the days since 1 January 1900 of both, added.
+Value dateSum(const Arguments& arguments) {
+    return instantResult(
+        ticksOf(arguments.real(0)) + ticksOf(arguments.real(1)) - kServerEpochDay * kTicksPerDay,
+        arguments.type(2));
+}
+
+Value dateDifference(const Arguments& arguments) {
+    return instantResult(
+        ticksOf(arguments.real(0)) - ticksOf(arguments.real(1)) + kServerEpochDay * kTicksPerDay,
+        arguments.type(2));
+}
+
+}  // namespace
+
+void registerDateFunctions(Registrar& registrar) {
+    registrar.scalar("kap_now", 0, now);
+    registrar.scalar("kap_datepart", 2, datePart);
+    registrar.scalar("kap_datename", 2, dateName);
+    registrar.scalar("kap_dateadd", 4, dateAdd);
+    registrar.scalar("kap_datediff", 3, dateDiff);
+    registrar.scalar("kap_date_sum", 3, dateSum);
+    registrar.scalar("kap_date_difference", 3, dateDifference);
+}
+
+}  // namespace kap::ado::embedded

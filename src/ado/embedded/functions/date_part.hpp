@@ -1,0 +1,38 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string_view>
+
+namespace kap::ado::embedded {
+
+/// The parts that DATEPART, DATENAME, DATEADD and DATEDIFF name.
+enum class DatePart {
+    Year,
+    Quarter,
+    Month,
+    DayOfYear,
+    Day,
+    Week,
+    WeekDay,
+    Hour,
+    Minute,
+    Second,
+    Millisecond
+};
+
+/// A part by one of its names ("year", "yy", "yyyy"...), case ignored; nullopt for anything else.
+[[nodiscard]] std::optional<DatePart> datePartNamed(std::string_view name);
+
+/// The value of a part: weeks are counted from 1 January and start on Sunday, Sunday is day 1 of
+/// the week.
+[[nodiscard]] int partOf(DatePart part, double stored);
+
+/// The instant so many parts later; the day of the month is kept or becomes the last. nullopt
+/// beyond year 9999.
+[[nodiscard]] std::optional<double> movedBy(DatePart part, std::int64_t count, double stored);
+
+/// How many boundaries of the part lie between two instants: 31 December to 1 January is one year.
+[[nodiscard]] std::int64_t boundariesBetween(DatePart part, double from, double to);
+
+}  // namespace kap::ado::embedded

@@ -1,0 +1,254 @@
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <random>
+
+#include "ado/embedded/functions/exact.hpp"
+#include "ado/embedded/functions/function_support.hpp"
+#include "ado/embedded/functions/text_units.hpp"
+#include "frame/unicode.hpp"
+#include "tsql/server_error.hpp"
+
+namespace kap::ado::embedded {
+
+namespace {
+
+// What a variable text holds at most; longer results are cut as the server cuts them.
+constexpr std::int64_t kMaxTextUnits = 8000;
+
+[[noreturn]] void invalidLength(const char* function) {
+    throw tsql::ServerError(
+        537, std::string("Invalid length parameter passed to the ") + function + " function.");
+}
+
+std::size_t size(std::int64_t count) {
+    return static_cast<std::size_t>(std::max<std::int64_t>(count, 0));
+}
+
+// kap_len(text): blanks at the end do not count.
+Value length(const Arguments& arguments) {
+    return static_cast<std::int64_t>(unitLength(withoutTrailingBlanks(arguments.text(0))));
+}
+
+// kap_text_bytes(text, width): bytes as the server stores them, one or two a unit.
+Value textBytes(const Arguments& arguments) {
+    return static_cast<std::int64_t>(unitLength(arguments.text(0))) * arguments.integer(1);
+}
+
+Value upper(const Arguments& arguments) {
+    return fromUnits(unicode::upper(toUnits(arguments.text(0))));
+}
+
+Value lower(const Arguments& arguments) {
+    return fromUnits(unicode::lower(toUnits(arguments.text(0))));
+}
+
+Value trimLeft(const Arguments& arguments) {
+    return std::string(withoutLeadingBlanks(arguments.text(0)));
+}
+
+Value trimRight(const Arguments& arguments) {
+    return std::string(withoutTrailingBlanks(arguments.text(0)));
+}
+
+// The part of [start, start + count) that lies within the text, positions from 1; a start below 1
+// uses up the count.
+std::pair<std::size_t, std::size_t> window(std::int64_t start, std::int64_t count) {
+    const Wide end = Wide{start} + count;
+    const std::int64_t first = std::max<std::int64_t>(start, 1);
+    const Wide inside = end - first;
+    const Wide limited = std::clamp<Wide>(inside, 0, std::int64_t{1} << 40);
+    return {static_cast<std::size_t>(first - 1), static_cast<std::size_t>(limited)};
+}
+
+// kap_substring(text, start, count)
+Value substring(const Arguments& arguments) {
+    if (arguments.integer(2) < 0) invalidLength("substring");
+    const auto [first, count] = window(arguments.integer(1), arguments.integer(2));
+    return std::string(unitSlice(arguments.text(0), first, count));
+}
+
+// kap_subbytes(bytes, start, count)
+Value subbytes(const Arguments& arguments) {
+    if (arguments.integer(2) < 0) invalidLength("substring");
+    const auto [first, count] = window(arguments.integer(1), arguments.integer(2));
+    const Blob blob = arguments.blob(0);
+    return Blob{blob.bytes.substr(std::min(first, blob.bytes.size()), count)};
+}
+
+Value left(const Arguments& arguments) {
+    if (arguments.integer(1) < 0) invalidLength("left");
+    return std::string(unitSlice(arguments.text(0), 0, size(arguments.integer(1))));
+}
+
+Value right(const Arguments& arguments) {
+    if (arguments.integer(1) < 0) invalidLength("right");
+    const std::string_view text = arguments.text(0);
+    const std::size_t units = unitLength(text);
+    const std::size_t wanted = std::min(size(arguments.integer(1)), units);
+    return std::string(text.substr(unitOffset(text, units - wanted)));
+}
+
+// kap_replace(text, what, by): what is found ignoring case.
+Value replace(const Arguments& arguments) {
+    const std::u16string text = toUnits(arguments.text(0));
+    const std::u16string folded = foldedUnits(arguments.text(0));
+    const std::u16string what = foldedUnits(arguments.text(1));
+    const std::u16string by = toUnits(arguments.text(2));
+    if (what.empty() || folded.size() != text.size()) return std::string(arguments.text(0));
+    std::u16string result;
+    std::size_t from = 0;
+    for (std::size_t at = folded.find(what); at != std::u16string::npos;
+         at = folded.find(what, from)) {
+        result.append(text, from, at - from).append(by);
+        from = at + what.size();
+    }
+    return fromUnits(result.append(text, from));
+}
+
+// kap_charindex(what, text, start)
+Value charIndex(const Arguments& arguments) {
+    const std::u16string what = foldedUnits(arguments.text(0));
+    const std::u16string text = foldedUnits(arguments.text(1));
+    const std::int64_t start = std::max<std::int64_t>(arguments.integer(2), 1);
+    if (what.empty()) return std::int64_t{0};
+    const std::size_t found = text.find(what, static_cast<std::size_t>(start - 1));
+    return found == std::u16string::npos ? std::int64_t{0} : static_cast<std::int64_t>(found) + 1;
+}
+
+// kap_stuff(text, start, count, by): NULL for a start outside the text, as the server answers.
+Value stuff(const Arguments& arguments) {
+    const std::string_view text = arguments.text(0);
+    const std::int64_t start = arguments.integer(1);
+    const std::int64_t count = arguments.integer(2);
+    if (start < 1 || count < 0 || start > static_cast<std::int64_t>(unitLength(text))) return {};
+    const std::size_t from = unitOffset(text, static_cast<std::size_t>(start - 1));
+    const std::string_view rest = text.substr(from);
+    return std::string(text.substr(0, from)) +
+           std::string(arguments.isNull(3) ? "" : arguments.text(3)) +
+           std::string(rest.substr(unitOffset(rest, size(count))));
+}
+
+Value stuffFunction(const Arguments& arguments) {
+    if (arguments.isNull(0) || arguments.isNull(1) || arguments.isNull(2)) return {};
+    return stuff(arguments);
+}
+
+Value reverse(const Arguments& arguments) {
+    std::u16string units = toUnits(arguments.text(0));
+    std::reverse(units.begin(), units.end());
+    // Pairs have to stand the right way round again.
+    for (std::size_t i = 0; i + 1 < units.size(); ++i) {
+        const bool lowFirst =
+            (units[i] & 0xFC00U) == 0xDC00U && (units[i + 1] & 0xFC00U) == 0xD800U;
+        if (lowFirst) std::swap(units[i], units[i + 1]);
+    }
+    return fromUnits(units);
+}
+
+// kap_replicate(text, times)
+Value replicate(const Arguments& arguments) {
+    const std::int64_t times = arguments.integer(1);
+    if (times < 0) return {};
+    const std::string_view text = arguments.text(0);
+    const auto units = static_cast<std::int64_t>(unitLength(text));
+    if (units == 0) return std::string();
+    std::string result;
+    const std::int64_t needed = std::min(times, kMaxTextUnits / units + 1);
+    for (std::int64_t i = 0; i < needed; ++i)
+        result += text;
+    return std::string(unitSlice(result, 0, static_cast<std::size_t>(kMaxTextUnits)));
+}
+
+Value space(const Arguments& arguments) {
+    const std::int64_t count = arguments.integer(0);
+    if (count < 0) return {};
+    return std::string(size(std::min(count, kMaxTextUnits)), ' ');
+}
+
+// kap_str(number, width, decimals): right-aligned, stars when the whole part does not fit.
+Value str(const Arguments& arguments) {
+    constexpr std::int64_t kMostDecimals = 16;
+    const std::int64_t width = arguments.integer(1);
+    const std::int64_t decimals = std::clamp<std::int64_t>(arguments.integer(2), 0, kMostDecimals);
+    if (width < 1 || width > kMaxTextUnits) return {};
+    std::array<char, 400> buffer{};
+    const auto print = [&](std::int64_t places) {
+        const auto end =
+            std::to_chars(buffer.data(), buffer.data() + buffer.size(), arguments.real(0),
+                          std::chars_format::fixed, static_cast<int>(places));
+        return std::string(buffer.data(), end.ptr);
+    };
+    std::string text = print(decimals);
+    if (text.size() > size(width) && decimals > 0) {
+        // Decimals give way to the whole part.
+        const std::size_t whole = text.find('.');
+        const std::size_t room = size(width) > whole + 1 ? size(width) - whole - 1 : 0;
+        text = print(static_cast<std::int64_t>(room));
+    }
+    if (text.size() > size(width)) return std::string(size(width), '*');
+    return std::string(size(width) - text.size(), ' ') + text;
+}
+
+// kap_char(code): a character of the Western code page's first 256.
+Value charFunction(const Arguments& arguments) {
+    const std::int64_t code = arguments.integer(0);
+    if (code < 0 || code > 0xFF) return {};
+    return fromUnits(std::u16string(1, static_cast<char16_t>(code)));
+}
+
+Value ncharFunction(const Arguments& arguments) {
+    const std::int64_t code = arguments.integer(0);
+    if (code < 0 || code > 0xFFFF) return {};
+    return fromUnits(std::u16string(1, static_cast<char16_t>(code)));
+}
+
+// kap_unit(text): the code of the first character, NULL for an empty text.
+Value firstUnit(const Arguments& arguments) {
+    const std::u16string units = toUnits(arguments.text(0));
+    if (units.empty()) return {};
+    return static_cast<std::int64_t>(units.front());
+}
+
+Value newIdentifier(const Arguments& /*arguments*/) {
+    static constexpr std::string_view kDigits = "0123456789ABCDEF";
+    thread_local std::random_device source;
+    std::string result;
+    for (std::size_t i = 0; i < 32; ++i) {
+        if (i == 8 || i == 12 || i == 16 || i == 20) result += '-';
+        std::uint32_t digit = source() & 0xFU;
+        // The two fixed places say that the identifier is a random one.
+        if (i == 12) digit = 4;
+        if (i == 16) digit = (digit & 0x3U) | 0x8U;
+        result += kDigits[digit];
+    }
+    return result;
+}
+
+}  // namespace
+
+void registerTextFunctions(Registrar& registrar) {
+    registrar.scalar("kap_len", 1, length);
+    registrar.scalar("kap_text_bytes", 2, textBytes);
+    registrar.scalar("kap_upper", 1, upper);
+    registrar.scalar("kap_lower", 1, lower);
+    registrar.scalar("kap_ltrim", 1, trimLeft);
+    registrar.scalar("kap_rtrim", 1, trimRight);
+    registrar.scalar("kap_substring", 3, substring);
+    registrar.scalar("kap_subbytes", 3, subbytes);
+    registrar.scalar("kap_left", 2, left);
+    registrar.scalar("kap_right", 2, right);
+    registrar.scalar("kap_replace", 3, replace);
+    registrar.scalar("kap_charindex", 3, charIndex);
+    registrar.scalar("kap_stuff", 4, stuffFunction, OnNull::Call);
+    registrar.scalar("kap_reverse", 1, reverse);
+    registrar.scalar("kap_replicate", 2, replicate);
+    registrar.scalar("kap_space", 1, space);
+    registrar.scalar("kap_str", 3, str);
+    registrar.scalar("kap_char", 1, charFunction);
+    registrar.scalar("kap_nchar", 1, ncharFunction);
+    registrar.scalar("kap_unit", 1, firstUnit);
+    registrar.scalar("kap_newid", 0, newIdentifier, OnNull::Call, Stability::PerCall);
+}
+
+}  // namespace kap::ado::embedded

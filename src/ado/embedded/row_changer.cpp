@@ -1,0 +1,230 @@
+#include "ado/embedded/row_changer.hpp"
+
+#include <cstddef>
+#include <utility>
+
+#include "ado/embedded/column_info.hpp"
+#include "ado/embedded/functions/value.hpp"
+#include "ado/embedded/stored_value.hpp"
+#include "tsql/text.hpp"
+
+namespace kap::ado::embedded {
+namespace {
+
+constexpr std::size_t kKeptStatements = 200;
+
+using tsql::ServerError;
+
+const Column& columnOf(const Table& table, const std::string& name) {
+    const Column* column = table.find(name);
+    if (column == nullptr) {
+        throw ServerError(207, "Invalid column name '" + name + "'.");
+    }
+    return *column;
+}
+
+// What the database sets itself cannot be assigned.
+void requireAssignable(const RowChange& change, const Table& table, const Column& column) {
+    const bool insert = change.kind == RowChange::Kind::Insert;
+    if (column.isRowVersion()) {
+        throw insert ? ServerError(273,
+                                   "Cannot insert an explicit value into a timestamp column. Use "
+                                   "INSERT with a column list to exclude the timestamp column, or "
+                                   "insert a DEFAULT into the timestamp column.")
+                     : ServerError(272, "Cannot update a timestamp column.");
+    }
+    if (column.identity) {
+        throw insert
+            ? ServerError(544, "Cannot insert explicit value for identity column in table '" +
+                                   table.name + "' when IDENTITY_INSERT is set to OFF.")
+            : ServerError(8102, "Cannot update identity column '" + column.name + "'.");
+    }
+}
+
+std::string parameter(std::size_t number) {
+    return "?" + tsql::integerText(static_cast<std::int64_t>(number));
+}
+
+std::string target(const Table& table) {
+    return std::string(table.temporary ? "temp." : "main.") + sqlName(table.name);
+}
+
+std::string columnList(const std::vector<std::string>& names, const Table& table) {
+    std::string list;
+    for (const std::string& name : names) {
+        list += (list.empty() ? "" : ", ") + sqlName(columnOf(table, name).name);
+    }
+    return list.empty() ? "1" : list;
+}
+
+const char* verbOf(RowChange::Kind kind) {
+    switch (kind) {
+        case RowChange::Kind::Insert:
+            return "INSERT";
+        case RowChange::Kind::Update:
+            return "UPDATE";
+        default:
+            return "";
+    }
+}
+
+}  // namespace
+
+RowChanger::RowChanger(Connection& connection, SchemaCatalogue& catalogue,
+                       Transactions& transactions)
+    : connection_(connection),
+      catalogue_(catalogue),
+      transactions_(transactions),
+      kept_(kKeptStatements) {}
+
+ChangeOutcome RowChanger::apply(const RowChange& change) {
+    connection_.errorSlot().error.reset();
+    try {
+        return change.kind == RowChange::Kind::Read ? read(change) : write(change);
+    } catch (const SqliteError& error) {
+        throw connection_.explain(error, {verbOf(change.kind), change.table, {}});
+    }
+}
+
+ChangeOutcome RowChanger::write(const RowChange& change) {
+    Transactions::WriteScope scope(transactions_);
+    Command command = commandFor(change, tableOf(change));
+    ChangeOutcome outcome = run(change, command);
+    scope.keep();
+    return outcome;
+}
+
+ChangeOutcome RowChanger::read(const RowChange& change) {
+    const Transactions::ReadScope scope(transactions_);
+    Command command = commandFor(change, tableOf(change));
+    return run(change, command);
+}
+
+const Table& RowChanger::tableOf(const RowChange& change) const {
+    const Table* table = catalogue_.find(change.table);
+    if (table == nullptr) {
+        throw ServerError(208, "Invalid object name '" + change.table + "'.");
+    }
+    return *table;
+}
+
+ChangeOutcome RowChanger::run(const RowChange& change, Command& command) {
+    PreparedStatement& statement = prepared(command.sql);
+    const ResetGuard guard(statement);
+    for (std::size_t i = 0; i < command.values.size(); ++i) {
+        statement.bind(static_cast<int>(i + 1), command.values[i], command.storages[i]);
+    }
+    ChangeOutcome outcome;
+    while (statement.step()) {
+        if (++outcome.rowsTouched > 1) {
+            throw tooManyRows();
+        }
+        for (std::size_t i = 0; i < change.readBack.size(); ++i) {
+            outcome.readBack.push_back(statement.cell(static_cast<int>(i)));
+        }
+    }
+    return outcome;
+}
+
+PreparedStatement& RowChanger::prepared(const std::string& sql) {
+    if (PreparedStatement* found = kept_.find(sql)) {
+        return *found;
+    }
+    return kept_.insert(sql, {connection_.handle(), sql, StatementLife::Kept});
+}
+
+// Every command answers a row for each row that it touches.
+RowChanger::Command RowChanger::commandFor(const RowChange& change, const Table& table) {
+    const std::string columns = columnList(change.readBack, table);
+    Command command;
+    switch (change.kind) {
+        case RowChange::Kind::Insert:
+            command = insertion(change, table);
+            command.sql += " RETURNING " + columns;
+            return command;
+        case RowChange::Kind::Update:
+            command = update(change, table);
+            addCriteria(change, table, command);
+            command.sql += " RETURNING " + columns;
+            return command;
+        case RowChange::Kind::Delete:
+            command.sql = "DELETE FROM " + target(table);
+            addCriteria(change, table, command);
+            command.sql += " RETURNING " + columns;
+            return command;
+        case RowChange::Kind::Read:
+            break;
+    }
+    command.sql = "SELECT " + columns + " FROM " + target(table);
+    addCriteria(change, table, command);
+    command.sql += " LIMIT 2";
+    return command;
+}
+
+RowChanger::Command RowChanger::insertion(const RowChange& change, const Table& table) {
+    Command command;
+    std::string names;
+    std::string values;
+    const auto add = [&](const Column& column, const std::string& value) {
+        names += (names.empty() ? "" : ", ") + sqlName(column.name);
+        values += (values.empty() ? "" : ", ") + value;
+    };
+    for (const ColumnValue& value : change.values) {
+        const Column& column = columnOf(table, value.column);
+        requireAssignable(change, table, column);
+        command.values.push_back(storedValue(value, column));
+        command.storages.push_back(storageOf(typeInfo(column.type).type));
+        add(column, parameter(command.values.size()));
+    }
+    for (const Column& column : table.columns) {
+        if (column.identity) {
+            add(column, "kap_identity(" + sqlText(table.name) + ")");
+        } else if (column.isRowVersion()) {
+            add(column, "kap_rowversion()");
+        }
+    }
+    command.sql = "INSERT INTO " + target(table);
+    command.sql += names.empty() ? " DEFAULT VALUES" : " (" + names + ") VALUES (" + values + ")";
+    return command;
+}
+
+RowChanger::Command RowChanger::update(const RowChange& change, const Table& table) {
+    Command command;
+    std::string assignments;
+    const auto add = [&](const Column& column, const std::string& value) {
+        assignments += (assignments.empty() ? "" : ", ") + sqlName(column.name) + " = " + value;
+    };
+    for (const ColumnValue& value : change.values) {
+        const Column& column = columnOf(table, value.column);
+        requireAssignable(change, table, column);
+        command.values.push_back(storedValue(value, column));
+        command.storages.push_back(storageOf(typeInfo(column.type).type));
+        add(column, parameter(command.values.size()));
+    }
+    for (const Column& column : table.columns) {
+        if (column.isRowVersion()) {
+            add(column, "kap_rowversion()");
+        }
+    }
+    command.sql = "UPDATE " + target(table) + " SET " + assignments;
+    return command;
+}
+
+// A text is first compared as its column does, which an index can serve, and then exactly.
+void RowChanger::addCriteria(const RowChange& change, const Table& table, Command& command) {
+    const char* joint = " WHERE ";
+    for (const ColumnValue& value : change.criteria) {
+        const Column& column = columnOf(table, value.column);
+        command.values.push_back(value.value);
+        command.storages.push_back(storageOf(value.type));
+        const std::string name = sqlName(column.name);
+        const std::string number = parameter(command.values.size());
+        command.sql += joint + name + " IS " + number;
+        if (storageOf(value.type) == Storage::Text) {
+            command.sql += " AND " + name + " COLLATE BINARY IS " + number;
+        }
+        joint = " AND ";
+    }
+}
+
+}  // namespace kap::ado::embedded

@@ -1,0 +1,54 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "ado/driver.hpp"
+#include "ado/embedded/catalogue.hpp"
+#include "ado/embedded/connection.hpp"
+#include "ado/embedded/lru_cache.hpp"
+#include "ado/embedded/schema_catalogue.hpp"
+#include "ado/embedded/transactions.hpp"
+
+namespace kap::ado::embedded {
+
+// Inserts, updates, deletes or reads single rows for recordsets, by SQL with parameters.
+//
+// Values go through the same conversions and checks as in the dialect's INSERT and UPDATE; row
+// versions and identities are given out. Criteria are compared exactly: letter case and trailing
+// blanks count, and Null equals Null.
+class RowChanger {
+public:
+    RowChanger(Connection& connection, SchemaCatalogue& catalogue, Transactions& transactions);
+
+    // Raises ServerError for what the database refuses and DriverError when the criteria fit more
+    // than one row; nothing is written then.
+    [[nodiscard]] ChangeOutcome apply(const RowChange& change);
+
+private:
+    // The SQL of a change and the values of its parameters, in order.
+    struct Command {
+        std::string sql;
+        std::vector<CellValue> values;
+        std::vector<Storage> storages;
+    };
+
+    [[nodiscard]] const Table& tableOf(const RowChange& change) const;
+    [[nodiscard]] ChangeOutcome write(const RowChange& change);
+    [[nodiscard]] ChangeOutcome read(const RowChange& change);
+    [[nodiscard]] ChangeOutcome run(const RowChange& change, Command& command);
+    [[nodiscard]] PreparedStatement& prepared(const std::string& sql);
+
+    [[nodiscard]] static Command commandFor(const RowChange& change, const Table& table);
+    [[nodiscard]] static Command insertion(const RowChange& change, const Table& table);
+    [[nodiscard]] static Command update(const RowChange& change, const Table& table);
+    static void addCriteria(const RowChange& change, const Table& table, Command& command);
+
+    Connection& connection_;
+    SchemaCatalogue& catalogue_;
+    Transactions& transactions_;
+    LruCache<PreparedStatement> kept_;
+};
+
+}  // namespace kap::ado::embedded

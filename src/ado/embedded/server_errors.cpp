@@ -1,0 +1,253 @@
+#include "ado/embedded/server_errors.hpp"
+
+#include <algorithm>
+#include <array>
+#include <string_view>
+#include <system_error>
+
+#include <kaputil/ado/error_numbers.hpp>
+
+#include "tsql/text.hpp"
+
+namespace kap::ado::embedded {
+namespace {
+
+using tsql::ServerError;
+
+// The server's own numbers that this file makes.
+constexpr int kNullRefused = 515;
+constexpr int kConstraint = 547;
+constexpr int kInputOutput = 823;
+constexpr int kDamaged = 824;
+constexpr int kDiskFull = 1101;
+constexpr int kLockTimeout = 1222;
+constexpr int kUniqueKey = 2627;
+constexpr int kReadOnly = 3906;
+constexpr int kCannotOpen = 4060;
+constexpr int kOutOfMemory = 701;
+constexpr int kTooComplex = 8623;
+
+struct Mapping {
+    int native;
+    std::int32_t number;
+    const char* state;
+};
+
+// Everything else is an error in the command's text.
+constexpr auto kMappings = std::to_array<Mapping>({
+    {207, errors::kCommandText, "42S22"},
+    {208, errors::kUnknownObject, "42S02"},
+    {220, errors::kTruncated, "22003"},
+    {232, errors::kTruncated, "22003"},
+    {241, errors::kDataTypeMismatch, "22007"},
+    {242, errors::kDataTypeMismatch, "22007"},
+    {245, errors::kDataTypeMismatch, "22018"},
+    {248, errors::kDataTypeMismatch, "22018"},
+    {kNullRefused, errors::kIntegrity, "23000"},
+    {kConstraint, errors::kIntegrity, "23000"},
+    {kOutOfMemory, errors::kUnspecified, "HY001"},
+    {kInputOutput, errors::kUnspecified, "HY000"},
+    {kDamaged, errors::kUnspecified, "HY000"},
+    {kDiskFull, errors::kUnspecified, "HY000"},
+    {kLockTimeout, errors::kTimeout, "HYT00"},
+    {2601, errors::kIntegrity, "23000"},
+    {kUniqueKey, errors::kIntegrity, "23000"},
+    {2714, errors::kCommandText, "42S01"},
+    {3701, errors::kUnknownObject, "42S02"},
+    {kReadOnly, errors::kUnspecified, "25006"},
+    {8114, errors::kDataTypeMismatch, "22018"},
+    {8115, errors::kTruncated, "22003"},
+    {8134, errors::kCommandText, "22012"},
+    {8152, errors::kTruncated, "22001"},
+    {8169, errors::kDataTypeMismatch, "22018"},
+    {50000, errors::kCommandText, "42000"},
+});
+
+Mapping mappingOf(int native) {
+    const auto found = std::ranges::find(kMappings, native, &Mapping::native);
+    return found == kMappings.end() ? Mapping{native, errors::kCommandText, "42000"} : *found;
+}
+
+// "…constraint failed: T.C, T.D": what stands after the colon.
+std::string_view failedColumns(std::string_view message) {
+    const std::size_t colon = message.find(": ");
+    return colon == std::string_view::npos ? std::string_view{} : message.substr(colon + 2);
+}
+
+// SQLite writes table.column; a name may hold points, so the table that is known is cut off.
+std::string_view withoutTable(std::string_view column, std::string_view table) {
+    if (column.size() > table.size() && column.starts_with(table) && column[table.size()] == '.') {
+        return column.substr(table.size() + 1);
+    }
+    return column;
+}
+
+std::string tableOf(std::string_view columns, const WriteContext& context) {
+    if (!context.table.empty()) {
+        return context.table;
+    }
+    return std::string(columns.substr(0, columns.find('.')));
+}
+
+ServerError nullRefused(const SqliteError& error, const WriteContext& context) {
+    const std::string_view failed = failedColumns(error.what());
+    const std::string table = tableOf(failed, context);
+    return {kNullRefused,
+            "Cannot insert the value NULL into column '" +
+                std::string(withoutTable(failed, table)) + "', table '" + table +
+                "'; column does not allow nulls. " +
+                (context.verb.empty() ? "INSERT" : context.verb) + " fails.",
+            0, 16, 2};
+}
+
+ServerError duplicateKey(const SqliteError& error, const WriteContext& context) {
+    const std::string table = tableOf(failedColumns(error.what()), context);
+    const bool primary = error.code() != SQLITE_CONSTRAINT_UNIQUE;
+    const std::string name =
+        context.keyName.empty() ? (primary ? "PK_" : "UQ_") + table : context.keyName;
+    return {kUniqueKey,
+            std::string("Violation of ") + (primary ? "PRIMARY" : "UNIQUE") + " KEY constraint '" +
+                name + "'. Cannot insert duplicate key in object 'dbo." + table + "'.",
+            0, 14, 1};
+}
+
+ServerError constraintError(const SqliteError& error, const WriteContext& context) {
+    switch (error.code()) {
+        case SQLITE_CONSTRAINT_NOTNULL:
+            return nullRefused(error, context);
+        case SQLITE_CONSTRAINT_PRIMARYKEY:
+        case SQLITE_CONSTRAINT_ROWID:
+        case SQLITE_CONSTRAINT_UNIQUE:
+            return duplicateKey(error, context);
+        default:
+            return {kConstraint,
+                    "The statement conflicted with a constraint of the database: " +
+                        std::string(error.what()) + ".",
+                    0, 16, 0};
+    }
+}
+
+std::string secondsText(std::chrono::seconds seconds) {
+    return tsql::integerText(seconds.count()) + (seconds.count() == 1 ? " second" : " seconds");
+}
+
+std::string systemReason(const SqliteError& error) {
+    return error.systemError() == 0 ? std::string(error.what())
+                                    : std::generic_category().message(error.systemError());
+}
+
+std::string lockSentence(const DatabasePlace& place) {
+    return "Lock request time out period exceeded: the database '" + place.name +
+           "' was still locked by another connection after " + secondsText(place.lockTimeout) + ".";
+}
+
+ServerMessage openMessage(std::int32_t number, int native, std::string state, std::string text) {
+    return {native, number, std::move(state), std::move(text), 0};
+}
+
+DriverError raised(ServerMessage message) {
+    return DriverError({std::move(message)}, kErrorSource);
+}
+
+std::string openReason(const SqliteError& error) {
+    switch (error.primaryCode()) {
+        case SQLITE_NOTADB:
+            return "the file is not a database";
+        case SQLITE_CORRUPT:
+            return "the file is damaged (" + std::string(error.what()) + ")";
+        case SQLITE_FULL:
+            return "the disk is full";
+        case SQLITE_READONLY:
+        case SQLITE_PERM:
+        case SQLITE_AUTH:
+            return "the file or its directory cannot be written; for reading only, say Mode=Read";
+        default:
+            return systemReason(error);
+    }
+}
+
+}  // namespace
+
+DriverError driverError(const ServerError& error) {
+    const Mapping mapping = mappingOf(error.number());
+    return raised({error.number(), mapping.number, mapping.state, error.message(), error.line()});
+}
+
+ServerError serverError(const SqliteError& error, const DatabasePlace& place,
+                        const WriteContext& context) {
+    const std::string database = "the database '" + place.name + "'";
+    switch (error.primaryCode()) {
+        case SQLITE_CONSTRAINT:
+            return constraintError(error, context);
+        case SQLITE_BUSY:
+        case SQLITE_LOCKED:
+            return {kLockTimeout, lockSentence(place), 0, 16, 45};
+        case SQLITE_FULL:
+            return {kDiskFull,
+                    "Could not write to " + database +
+                        " because the disk is full. What the statement had written was undone.",
+                    0, 17, 1};
+        case SQLITE_CORRUPT:
+        case SQLITE_NOTADB:
+            return {kDamaged,
+                    "The file of " + database + " is damaged (" + error.what() +
+                        "). Restore it from a copy.",
+                    0, 24, 1};
+        case SQLITE_READONLY:
+            return {kReadOnly,
+                    "Failed to update " + database + " because the database is read-only.", 0, 16,
+                    1};
+        case SQLITE_IOERR:
+        case SQLITE_CANTOPEN:
+        case SQLITE_PERM:
+            return {kInputOutput,
+                    "The operating system returned an error while reading or writing the file of " +
+                        database + ": " + systemReason(error) + ".",
+                    0, 24, 1};
+        case SQLITE_NOMEM:
+            return {kOutOfMemory, "There is insufficient system memory to run this query.", 0, 17,
+                    1};
+        case SQLITE_TOOBIG:
+            return {8152, "String or binary data would be truncated.", 0, 16, 1};
+        case SQLITE_MISMATCH:
+            return {245, "Conversion failed when converting a value to the type of its column.", 0,
+                    16, 1};
+        default:
+            return {kTooComplex,
+                    "The database could not run the statement: " + std::string(error.what()) + ".",
+                    0, 16, 1};
+    }
+}
+
+std::vector<std::string> violatedColumns(const SqliteError& error, std::string_view table) {
+    constexpr std::string_view kBetween = ", ";
+    std::vector<std::string> columns;
+    std::string_view rest = failedColumns(error.what());
+    while (!rest.empty()) {
+        const std::size_t end = std::min(rest.find(kBetween), rest.size());
+        columns.emplace_back(withoutTable(rest.substr(0, end), table));
+        rest.remove_prefix(std::min(end + kBetween.size(), rest.size()));
+    }
+    return columns;
+}
+
+DriverError openError(const DatabasePlace& place, const std::string& reason) {
+    return raised(openMessage(errors::kLogin, kCannotOpen, "08001",
+                              "Cannot open the database '" + place.name + "': " + reason + "."));
+}
+
+DriverError openError(const SqliteError& error, const DatabasePlace& place) {
+    if (error.primaryCode() == SQLITE_BUSY || error.primaryCode() == SQLITE_LOCKED) {
+        return raised(openMessage(errors::kTimeout, kLockTimeout, "HYT00", lockSentence(place)));
+    }
+    return openError(place, openReason(error));
+}
+
+DriverError tooManyRows() {
+    return raised({0, errors::kUnspecified, "21000",
+                   "Key column information is insufficient or incorrect. Too many rows were "
+                   "affected by update.",
+                   0});
+}
+
+}  // namespace kap::ado::embedded

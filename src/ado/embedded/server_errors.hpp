@@ -1,0 +1,50 @@
+#pragma once
+
+#include <chrono>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "ado/driver.hpp"
+#include "ado/embedded/sqlite.hpp"
+#include "tsql/server_error.hpp"
+
+// The one place where the errors of SQLite and of the dialect become what clients see: the server's
+// number and words, the data-access code that clients compare, and the SQLSTATE.
+namespace kap::ado::embedded {
+
+// The source of the driver's errors.
+inline constexpr const char16_t* kErrorSource = u"KapLocal";
+
+// The database that an error speaks of.
+struct DatabasePlace {
+    std::string name;  // the file as people see it, or ":memory:..."
+    std::chrono::seconds lockTimeout{0};
+};
+
+// What was being done when SQLite refused; constraint errors name it.
+struct WriteContext {
+    std::string verb;     // "INSERT" or "UPDATE"; empty when nothing was written
+    std::string table;    // the table written
+    std::string keyName;  // of the key that was violated; empty: as the table's keys are named
+};
+
+// An error with the server's number, as clients see it.
+[[nodiscard]] DriverError driverError(const tsql::ServerError& error);
+
+// A failure of SQLite in the server's words: constraints, full disk, locks, damage.
+[[nodiscard]] tsql::ServerError serverError(const SqliteError& error, const DatabasePlace& place,
+                                            const WriteContext& context = {});
+
+// The columns that SQLite names in the message of a violated constraint.
+[[nodiscard]] std::vector<std::string> violatedColumns(const SqliteError& error,
+                                                       std::string_view table);
+
+// A database that could not be opened: why, as a part of a sentence ("it is a directory").
+[[nodiscard]] DriverError openError(const DatabasePlace& place, const std::string& reason);
+[[nodiscard]] DriverError openError(const SqliteError& error, const DatabasePlace& place);
+
+// A change of one row whose criteria fit several.
+[[nodiscard]] DriverError tooManyRows();
+
+}  // namespace kap::ado::embedded

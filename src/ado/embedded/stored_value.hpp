@@ -1,0 +1,13 @@
+#pragma once
+
+#include "ado/driver.hpp"
+#include "ado/embedded/catalogue.hpp"
+
+namespace kap::ado::embedded {
+
+// A client's value as the column keeps it: converted, rounded, padded and checked by the rules of
+// the dialect's assignments. Raises ServerError: 8152 for what is too long, 220 and 8115 for what
+// is too large, 242 for dates that the column cannot hold, and the conversions' own.
+[[nodiscard]] CellValue storedValue(const ColumnValue& value, const Column& column);
+
+}  // namespace kap::ado::embedded

@@ -1,0 +1,171 @@
+#include "ado/embedded/transactions.hpp"
+
+#include "tsql/server_error.hpp"
+
+namespace kap::ado::embedded {
+namespace {
+
+[[noreturn]] void noTransaction(int number, const char* verb) {
+    throw tsql::ServerError(number, std::string("The ") + verb +
+                                        " TRANSACTION request has no corresponding BEGIN "
+                                        "TRANSACTION.");
+}
+
+}  // namespace
+
+Transactions::Transactions(Database& database, Counters& counters, SchemaCatalogue& catalogue)
+    : database_(database),
+      counters_(counters),
+      catalogue_(catalogue),
+      beginImmediate_(database.handle(), "BEGIN IMMEDIATE", StatementLife::Kept),
+      commit_(database.handle(), "COMMIT", StatementLife::Kept),
+      beginDeferred_(database.handle(), "BEGIN", StatementLife::Kept) {}
+
+Transactions::~Transactions() {
+    if (database_.inTransaction()) {
+        discard();
+    }
+}
+
+void Transactions::open() {
+    beginImmediate_.run();
+    try {
+        catalogue_.refresh();
+    } catch (const SqliteError&) {
+        discard();
+        throw;
+    }
+    startGeneration_ = catalogue_.generation();
+}
+
+void Transactions::close() {
+    try {
+        counters_.flush();
+        commit_.run();
+    } catch (const SqliteError&) {
+        discard();
+        throw;
+    }
+    counters_.transactionEnded();
+}
+
+// After some failures (a full disk) SQLite has ended the transaction itself, and has nothing more
+// to roll back.
+void Transactions::discard() noexcept {
+    sqlite3_exec(database_.handle(), "ROLLBACK", nullptr, nullptr, nullptr);
+    depth_ = 0;
+    counters_.transactionEnded();
+    if (catalogue_.generation() != startGeneration_) {
+        catalogue_.invalidate();
+    }
+}
+
+void Transactions::begin() {
+    if (depth_ == 0) {
+        open();
+        // What a rollback goes back to without giving up the lock.
+        database_.run("SAVEPOINT kap_transaction");
+    }
+    ++depth_;
+}
+
+void Transactions::commit() {
+    if (depth_ == 0) {
+        noTransaction(3902, "COMMIT");
+    }
+    if (depth_ > 1) {
+        --depth_;
+        return;
+    }
+    close();
+    depth_ = 0;
+}
+
+void Transactions::rollback() {
+    if (depth_ == 0) {
+        noTransaction(3903, "ROLLBACK");
+    }
+    if (counters_.pending()) {
+        rollBackKeepingCounters();
+    }
+    discard();
+}
+
+// A client may hold row versions that this transaction has given out. Were they given out again to
+// somebody else's change, that change would look to the client like its own. So the counters alone
+// are kept, while the lock is still held.
+void Transactions::rollBackKeepingCounters() {
+    try {
+        database_.run("ROLLBACK TO kap_transaction");
+        counters_.flushAfterRollback();
+        commit_.run();
+    } catch (const SqliteError&) {
+        discard();
+        throw;
+    }
+}
+
+void Transactions::undoStatement() noexcept {
+    if (!database_.inTransaction()) {
+        discard();
+        return;
+    }
+    sqlite3_exec(database_.handle(), "ROLLBACK TO kap_statement; RELEASE kap_statement", nullptr,
+                 nullptr, nullptr);
+    if (catalogue_.generation() != startGeneration_) {
+        catalogue_.invalidate();
+    }
+}
+
+Transactions::WriteScope::WriteScope(Transactions& transactions)
+    : transactions_(transactions), own_(transactions.depth_ == 0) {
+    if (own_) {
+        transactions_.open();
+    } else {
+        transactions_.database_.run("SAVEPOINT kap_statement");
+    }
+}
+
+Transactions::WriteScope::~WriteScope() {
+    if (ended_) {
+        return;
+    }
+    if (own_) {
+        transactions_.discard();
+    } else {
+        transactions_.undoStatement();
+    }
+}
+
+void Transactions::WriteScope::keep() {
+    if (own_) {
+        ended_ = true;  // a commit that fails has been rolled back
+        transactions_.close();
+    } else {
+        transactions_.database_.run("RELEASE kap_statement");
+        ended_ = true;
+    }
+}
+
+Transactions::ReadScope::ReadScope(Transactions& transactions)
+    : transactions_(transactions), own_(transactions.depth_ == 0) {
+    if (!own_) {
+        return;
+    }
+    transactions_.beginDeferred_.run();
+    try {
+        transactions_.catalogue_.refresh();
+    } catch (const SqliteError&) {
+        transactions_.discard();
+        throw;
+    }
+}
+
+Transactions::ReadScope::~ReadScope() {
+    if (own_) {
+        // Nothing was written: there is nothing to keep.
+        sqlite3_exec(transactions_.database_.handle(), "ROLLBACK", nullptr, nullptr, nullptr);
+    }
+}
+
+}  // namespace kap::ado::embedded

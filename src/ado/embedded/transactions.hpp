@@ -1,0 +1,76 @@
+#pragma once
+
+#include <cstdint>
+
+#include "ado/embedded/counters.hpp"
+#include "ado/embedded/schema_catalogue.hpp"
+#include "ado/embedded/sqlite.hpp"
+
+namespace kap::ado::embedded {
+
+// The transactions of a connection, as the dialect counts them: BEGIN TRAN may be nested, an inner
+// COMMIT only counts down, and ROLLBACK ends them all.
+//
+// Every writing transaction takes the file's write lock at its start, so that it cannot fail later
+// because another one was faster.
+class Transactions {
+public:
+    Transactions(Database& database, Counters& counters, SchemaCatalogue& catalogue);
+    Transactions(const Transactions&) = delete;
+    Transactions& operator=(const Transactions&) = delete;
+    // A transaction that is still open is rolled back.
+    ~Transactions();
+
+    [[nodiscard]] int depth() const noexcept { return depth_; }
+    void begin();
+    // Raise ServerError 3902 and 3903 when there is none.
+    void commit();
+    void rollback();
+
+    // Keeps all of what is written in its scope or nothing, in a transaction of its own or within
+    // the one that is open: keep() at the end, else it is undone.
+    class WriteScope {
+    public:
+        explicit WriteScope(Transactions& transactions);
+        WriteScope(const WriteScope&) = delete;
+        WriteScope& operator=(const WriteScope&) = delete;
+        ~WriteScope();
+        void keep();
+
+    private:
+        Transactions& transactions_;
+        bool own_;
+        bool ended_ = false;
+    };
+
+    // In its scope everything is read from one state of the database, the schema included.
+    class ReadScope {
+    public:
+        explicit ReadScope(Transactions& transactions);
+        ReadScope(const ReadScope&) = delete;
+        ReadScope& operator=(const ReadScope&) = delete;
+        ~ReadScope();
+
+    private:
+        Transactions& transactions_;
+        bool own_;
+    };
+
+private:
+    void open();
+    void close();
+    void discard() noexcept;
+    void undoStatement() noexcept;
+    void rollBackKeepingCounters();
+
+    Database& database_;
+    Counters& counters_;
+    SchemaCatalogue& catalogue_;
+    PreparedStatement beginImmediate_;
+    PreparedStatement commit_;
+    PreparedStatement beginDeferred_;
+    int depth_ = 0;
+    std::uint64_t startGeneration_ = 0;
+};
+
+}  // namespace kap::ado::embedded

@@ -1,0 +1,195 @@
+#include <algorithm>
+
+#include "ado/embedded/translate/binder.hpp"
+#include "ado/embedded/translate/function_table.hpp"
+#include "ado/embedded/translate/type_rules.hpp"
+#include "tsql/server_error.hpp"
+#include "tsql/text.hpp"
+
+namespace kap::ado::embedded {
+
+using tsql::FunctionCall;
+using tsql::ServerError;
+using tsql::SqlType;
+using tsql::TypeSpec;
+
+namespace {
+
+void checkArgumentCount(const ScalarFunction& function, const FunctionCall& call, int line) {
+    const int count = static_cast<int>(call.arguments.size());
+    if (!call.star && count >= function.fewest && (function.most < 0 || count <= function.most))
+        return;
+    const std::string name(function.name);
+    if (function.fewest == function.most) {
+        throw ServerError(174,
+                          "The " + name + " function requires " +
+                              tsql::integerText(function.fewest) + " argument(s).",
+                          line, 15);
+    }
+    if (function.most < 0)
+        throw ServerError(102, "Incorrect syntax near '" + call.name.last() + "'.", line, 15);
+    throw ServerError(189,
+                      "The " + name + " function requires " + tsql::integerText(function.fewest) +
+                          " to " + tsql::integerText(function.most) + " arguments.",
+                      line, 15);
+}
+
+[[noreturn]] void aggregateRefused(AggregateUse use, int line) {
+    switch (use) {
+        case AggregateUse::RefusedInOn:
+            throw ServerError(
+                1015,
+                "An aggregate cannot appear in an ON clause unless it is in a subquery contained "
+                "in a HAVING clause or select list, and the column being aggregated is an outer "
+                "reference.",
+                line, 15);
+        case AggregateUse::RefusedInGroupBy:
+            throw ServerError(
+                144,
+                "Cannot use an aggregate or a subquery in an expression used for the group by "
+                "list of a GROUP BY clause.",
+                line, 15);
+        case AggregateUse::RefusedInSet:
+            throw ServerError(157,
+                              "An aggregate may not appear in the set list of an UPDATE statement.",
+                              line, 15);
+        case AggregateUse::RefusedInWhere:
+            throw ServerError(
+                147,
+                "An aggregate may not appear in the WHERE clause unless it is in a subquery "
+                "contained in a HAVING clause or a select list, and the column being aggregated "
+                "is an outer reference.",
+                line, 15);
+        default:
+            throw ServerError(10710, "An aggregate may not appear in this context.", line, 15);
+    }
+}
+
+std::string aggregateCall(const char* function, const std::string& argument, bool distinct) {
+    return std::string(function) + "(" + (distinct ? "DISTINCT " : "") + argument + ")";
+}
+
+TypeSpec sumType(const TypeSpec& type) {
+    constexpr int kWidest = 38;
+    if (tsql::isDecimal(type.type)) return {SqlType::Numeric, 0, kWidest, type.scale};
+    if (tsql::isMoney(type.type)) return {SqlType::Money};
+    if (tsql::isApproximate(type.type)) return {SqlType::Float};
+    return type.type == SqlType::BigInt ? TypeSpec{SqlType::BigInt} : TypeSpec{SqlType::Int};
+}
+
+const char* sumFunction(const TypeSpec& type) {
+    switch (type.type) {
+        case SqlType::Numeric:
+            return "kap_sum_numeric";
+        case SqlType::Money:
+            return "kap_sum_money";
+        case SqlType::Float:
+            return "kap_sum_float";
+        case SqlType::BigInt:
+            return "kap_sum_bigint";
+        default:
+            return "kap_sum_int";
+    }
+}
+
+}  // namespace
+
+Typed Binder::node(const FunctionCall& node, int line, Scope& scope) {
+    if (isAggregateName(node.name)) return aggregate(node, line, scope);
+    if (node.name.parts.size() > 1) {
+        const std::string owner = node.name.parts.front();
+        throw ServerError(4121,
+                          "Cannot find either column \"" + owner +
+                              "\" or the user-defined function or aggregate \"" + node.name.text() +
+                              "\", or the name is ambiguous.",
+                          line);
+    }
+    const ScalarFunction* function = findFunction(node.name.last());
+    if (function == nullptr) {
+        throw ServerError(195,
+                          "'" + node.name.last() + "' is not a recognized built-in function name.",
+                          line, 15);
+    }
+    checkArgumentCount(*function, node, line);
+    ScalarCall call{*this, node, {}, line};
+    for (std::size_t i = function->firstIsWord ? 1 : 0; i < node.arguments.size(); ++i) {
+        call.arguments.push_back(value(*node.arguments[i], scope));
+    }
+    return function->bind(call);
+}
+
+bool isAggregateName(const tsql::ObjectName& name) {
+    static constexpr const char* kNames[] = {"COUNT", "COUNT_BIG", "SUM", "AVG", "MIN", "MAX"};
+    return name.parts.size() == 1 &&
+           std::any_of(std::begin(kNames), std::end(kNames), [&](const char* known) {
+               return tsql::equalsIgnoringCase(known, name.last());
+           });
+}
+
+Typed Binder::aggregate(const FunctionCall& call, int line, Scope& scope) {
+    const std::string name = tsql::asciiLower(call.name.last());
+    if (scope.insideAggregate) {
+        throw ServerError(130,
+                          "Cannot perform an aggregate function on an expression containing an "
+                          "aggregate or a subquery.",
+                          line, 15);
+    }
+    if (scope.aggregates != AggregateUse::Allowed) aggregateRefused(scope.aggregates, line);
+    const bool counts = name == "count" || name == "count_big";
+    const TypeSpec countType = name == "count" ? TypeSpec{SqlType::Int} : TypeSpec{SqlType::BigInt};
+    if (call.star && counts) return Typed::expression("count(*)", countType, false);
+    if (call.star || call.arguments.size() != 1) {
+        throw ServerError(174, "The " + name + " function requires 1 argument(s).", line, 15);
+    }
+    const Replaced inside(scope.insideAggregate, true);
+    const Typed argument = value(*call.arguments.front(), scope);
+    if (counts)
+        return Typed::expression(aggregateCall("count", collated(argument), call.distinct),
+                                 countType, false);
+    if (argument.nullLiteral) {
+        throw ServerError(8117, "Operand data type NULL is invalid for " + name + " operator.",
+                          line);
+    }
+    if (name == "sum") return total(argument, call.distinct, "sum", line);
+    if (name == "avg") return average(argument, call.distinct, line);
+    const SqlType type = argument.type.type;
+    if (type == SqlType::Bit || type == SqlType::Text || type == SqlType::NText ||
+        type == SqlType::Image) {
+        throw ServerError(8117,
+                          std::string("Operand data type ") + tsql::typeName(type) +
+                              " is invalid for " + name + " operator.",
+                          line);
+    }
+    return Typed::expression(aggregateCall(name.c_str(), collated(argument), call.distinct),
+                             argument.type, true);
+}
+
+Typed Binder::total(const Typed& argument, bool distinct, const char* function, int line) const {
+    if (!tsql::isNumber(argument.type.type) || argument.type.type == SqlType::Bit) {
+        throw ServerError(8117,
+                          std::string("Operand data type ") + tsql::typeName(argument.type.type) +
+                              " is invalid for " + function + " operator.",
+                          line);
+    }
+    const TypeSpec type = sumType(argument.type);
+    return Typed::expression(aggregateCall(sumFunction(type), argument.sql, distinct), type, true);
+}
+
+// The sum divided by the count: whole numbers give a whole number, decimals at least six decimals.
+Typed Binder::average(const Typed& argument, bool distinct, int line) const {
+    const Typed sum = total(argument, distinct, "avg", line);
+    const std::string count = aggregateCall("count", argument.sql, distinct);
+    if (tsql::isApproximate(sum.type.type)) {
+        return Typed::expression(
+            callText("kap_float_divide", sum.sql, count, typeArgument(sum.type)), sum.type, true);
+    }
+    TypeSpec type = sum.type;
+    constexpr int kLeastScale = 6;
+    if (tsql::isDecimal(type.type)) type.scale = std::max(type.scale, kLeastScale);
+    const int shift = storedScale(type) - storedScale(sum.type);
+    return Typed::expression(
+        callText("kap_divide", sum.sql, count, tsql::integerText(shift), typeArgument(type)), type,
+        true);
+}
+
+}  // namespace kap::ado::embedded

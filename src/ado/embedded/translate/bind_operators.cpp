@@ -1,0 +1,289 @@
+#include <algorithm>
+
+#include "ado/embedded/functions/exact.hpp"
+#include "ado/embedded/translate/binder.hpp"
+#include "ado/embedded/translate/type_rules.hpp"
+#include "tsql/server_error.hpp"
+#include "tsql/text.hpp"
+
+namespace kap::ado::embedded {
+
+using tsql::BinaryOperator;
+using tsql::ServerError;
+using tsql::SqlType;
+using tsql::TypeSpec;
+
+namespace {
+
+const char* operatorName(BinaryOperator op) {
+    switch (op) {
+        case BinaryOperator::Add:
+            return "add";
+        case BinaryOperator::Subtract:
+            return "subtract";
+        case BinaryOperator::Multiply:
+            return "multiply";
+        case BinaryOperator::Divide:
+            return "divide";
+        case BinaryOperator::Modulo:
+            return "modulo";
+        case BinaryOperator::BitAnd:
+            return "'&'";
+        case BinaryOperator::BitOr:
+            return "'|'";
+        case BinaryOperator::BitXor:
+            return "'^'";
+    }
+    return "";
+}
+
+bool isBitwise(BinaryOperator op) {
+    return op >= BinaryOperator::BitAnd;
+}
+
+[[noreturn]] void incompatible(BinaryOperator op, const TypeSpec& left, const TypeSpec& right,
+                               int line) {
+    throw ServerError(402,
+                      std::string("The data types ") + tsql::typeName(left.type) + " and " +
+                          tsql::typeName(right.type) + " are incompatible in the " +
+                          operatorName(op) + " operator.",
+                      line);
+}
+
+[[noreturn]] void invalidOperand(const std::string& operation, const TypeSpec& type, int line) {
+    throw ServerError(8117,
+                      std::string("Operand data type ") + tsql::typeName(type.type) +
+                          " is invalid for " + operation + " operator.",
+                      line);
+}
+
+// An operand with so many digits behind the point.
+std::string scaledSql(const Typed& value, int scale) {
+    const int own = storedScale(value.type);
+    if (own >= scale) return value.sql;
+    const auto power = powerOfTen(scale - own);
+    if (value.constant && !isNull(*value.constant)) {
+        const auto product = multiply(std::get<std::int64_t>(*value.constant), power);
+        if (const auto result = product ? narrow(*product) : std::nullopt)
+            return sqlLiteral(*result);
+    }
+    return callText("kap_scale", value.sql, tsql::integerText(scale - own));
+}
+
+// A whole-number literal among decimals has as many digits as are written.
+TypeSpec decimalOperand(const Typed& value) {
+    if (!value.constant || !tsql::isInteger(value.type.type)) return value.type;
+    int digits = 1;
+    for (auto rest = std::get<std::int64_t>(*value.constant) / 10; rest != 0; rest /= 10)
+        ++digits;
+    return {SqlType::Numeric, 0, digits, 0};
+}
+
+bool nullable(const Typed& left, const Typed& right) {
+    return left.nullable || right.nullable;
+}
+
+const char* exactFunction(BinaryOperator op) {
+    switch (op) {
+        case BinaryOperator::Add:
+            return "kap_add";
+        case BinaryOperator::Subtract:
+            return "kap_subtract";
+        default:
+            return "kap_modulo";
+    }
+}
+
+}  // namespace
+
+Typed Binder::negated(const Typed& operand, int line) const {
+    if (operand.nullLiteral) return operand;
+    TypeSpec type = operand.type;
+    if (operand.constant && tsql::isExact(type.type)) {
+        return Typed::literal(-std::get<std::int64_t>(*operand.constant), type);
+    }
+    if (operand.constant && tsql::isApproximate(type.type)) {
+        return Typed::literal(-std::get<double>(*operand.constant), type);
+    }
+    if (tsql::isApproximate(type.type))
+        return Typed::expression("(-" + operand.sql + ")", type, operand.nullable);
+    if (!tsql::isExact(type.type) || type.type == SqlType::Bit) invalidOperand("minus", type, line);
+    if (type.type == SqlType::TinyInt) type = {SqlType::SmallInt};
+    return Typed::expression(callText("kap_negate", operand.sql, typeArgument(type)), type,
+                             operand.nullable);
+}
+
+Typed Binder::bitwiseNot(const Typed& operand, int line) const {
+    const TypeSpec& type = operand.type;
+    if (!tsql::isInteger(type.type)) invalidOperand("'~'", type, line);
+    std::string sql = "(~" + operand.sql + ")";
+    if (type.type == SqlType::TinyInt) sql = "(~" + operand.sql + " & 255)";
+    if (type.type == SqlType::Bit) sql = "(1 - " + operand.sql + ")";
+    return Typed::expression(sql, type, operand.nullable);
+}
+
+Typed Binder::arithmetic(BinaryOperator op, Typed left, Typed right, int line) const {
+    if (left.nullLiteral) left = Typed::expression("NULL", right.type, true);
+    if (right.nullLiteral) right = Typed::expression("NULL", left.type, true);
+    for (const Typed* operand : {&left, &right}) {
+        const SqlType type = operand->type.type;
+        const bool large =
+            type == SqlType::Text || type == SqlType::NText || type == SqlType::Image;
+        if (large || type == SqlType::UniqueIdentifier)
+            invalidOperand(operatorName(op), operand->type, line);
+    }
+    const bool texts = tsql::isText(left.type.type) || tsql::isText(right.type.type);
+    const bool others = tsql::isNumber(left.type.type) || tsql::isNumber(right.type.type) ||
+                        tsql::isDate(left.type.type) || tsql::isDate(right.type.type);
+    const bool binaries = tsql::isBinary(left.type.type) || tsql::isBinary(right.type.type);
+    if (!others) {
+        if (op == BinaryOperator::Add) return joined(left, right, line);
+        if (texts && !binaries) invalidOperand(operatorName(op), left.type, line);
+        incompatible(op, left.type, right.type, line);
+    }
+    if (texts || binaries) {
+        // The number or date wins: the other side is converted to it.
+        const TypeSpec target = commonType(left.type, right.type);
+        left = convertTo(left, target, line);
+        right = convertTo(right, target, line);
+    }
+    if (tsql::isDate(left.type.type) || tsql::isDate(right.type.type))
+        return dateArithmetic(op, left, right, line);
+    if (tsql::isApproximate(left.type.type) || tsql::isApproximate(right.type.type)) {
+        return floatArithmetic(op, left, right, line);
+    }
+    return exactArithmetic(op, left, right, line);
+}
+
+Typed Binder::joined(const Typed& left, const Typed& right, int line) const {
+    const bool binary = tsql::isBinary(left.type.type);
+    if (binary != tsql::isBinary(right.type.type))
+        incompatible(BinaryOperator::Add, left.type, right.type, line);
+    const TypeSpec type = joinedType(left.type, right.type);
+    const std::string sql = "(" + left.sql + " || " + right.sql + ")";
+    if (binary) return Typed::expression("CAST(" + sql + " AS BLOB)", type, nullable(left, right));
+    // What goes beyond the longest text is cut, as the server does without a word.
+    const bool mayBeLonger =
+        type.length != tsql::kMaxLength && left.type.length + right.type.length > type.length;
+    const Typed whole =
+        Typed::expression(sql, {type.type, tsql::kMaxLength}, nullable(left, right));
+    return mayBeLonger ? castTo(whole, type, 0, line)
+                       : Typed::expression(sql, type, whole.nullable);
+}
+
+Typed Binder::exactArithmetic(BinaryOperator op, const Typed& left, const Typed& right,
+                              int line) const {
+    const bool whole = tsql::isInteger(left.type.type) && tsql::isInteger(right.type.type);
+    const bool bits = left.type.type == SqlType::Bit && right.type.type == SqlType::Bit;
+    if ((bits || !whole) && isBitwise(op) && !(bits && whole))
+        incompatible(op, left.type, right.type, line);
+    if (bits && !isBitwise(op)) incompatible(op, left.type, right.type, line);
+    if (tsql::isDecimal(left.type.type) || tsql::isDecimal(right.type.type)) {
+        return decimalArithmetic(op, left, right);
+    }
+    const bool leftWins = precedenceOf(left.type.type) >= precedenceOf(right.type.type);
+    const TypeSpec type = leftWins ? left.type : right.type;
+    return wholeArithmetic(op, left, right, type, line);
+}
+
+// Integers and money: the result has the type of one operand, so both are brought to its scale.
+Typed Binder::wholeArithmetic(BinaryOperator op, const Typed& left, const Typed& right,
+                              const TypeSpec& type, int /*line*/) const {
+    const int scale = storedScale(type);
+    const std::string packed = typeArgument(type);
+    const auto result = [&](std::string sql) {
+        return Typed::expression(std::move(sql), type, nullable(left, right));
+    };
+    switch (op) {
+        case BinaryOperator::BitAnd:
+            return result("(" + left.sql + " & " + right.sql + ")");
+        case BinaryOperator::BitOr:
+            return result("(" + left.sql + " | " + right.sql + ")");
+        case BinaryOperator::BitXor:
+            return result(callText("kap_xor", left.sql, right.sql));
+        case BinaryOperator::Multiply: {
+            const int productScale = storedScale(left.type) + storedScale(right.type);
+            return result(callText("kap_multiply", left.sql, right.sql,
+                                   tsql::integerText(productScale), packed));
+        }
+        case BinaryOperator::Divide: {
+            const int shift = scale - storedScale(left.type) + storedScale(right.type);
+            return result(
+                callText("kap_divide", left.sql, right.sql, tsql::integerText(shift), packed));
+        }
+        default:
+            return result(callText(exactFunction(op), scaledSql(left, scale),
+                                   scaledSql(right, scale), packed));
+    }
+}
+
+Typed Binder::decimalArithmetic(BinaryOperator op, const Typed& left, const Typed& right) const {
+    const TypeSpec type = decimalResult(op, decimalOperand(left), decimalOperand(right));
+    const std::string packed = typeArgument(type);
+    const int leftScale = storedScale(left.type);
+    const int rightScale = storedScale(right.type);
+    std::string sql;
+    if (op == BinaryOperator::Multiply) {
+        sql = callText("kap_multiply", left.sql, right.sql,
+                       tsql::integerText(leftScale + rightScale), packed);
+    } else if (op == BinaryOperator::Divide) {
+        sql = callText("kap_divide", left.sql, right.sql,
+                       tsql::integerText(type.scale - leftScale + rightScale), packed);
+    } else {
+        const int scale = std::max(leftScale, rightScale);
+        sql = callText(exactFunction(op), scaledSql(left, scale), scaledSql(right, scale), packed);
+    }
+    return Typed::expression(sql, type, nullable(left, right));
+}
+
+Typed Binder::floatArithmetic(BinaryOperator op, const Typed& left, const Typed& right,
+                              int line) const {
+    const char* function = nullptr;
+    switch (op) {
+        case BinaryOperator::Add:
+            function = "kap_float_add";
+            break;
+        case BinaryOperator::Subtract:
+            function = "kap_float_subtract";
+            break;
+        case BinaryOperator::Multiply:
+            function = "kap_float_multiply";
+            break;
+        case BinaryOperator::Divide:
+            function = "kap_float_divide";
+            break;
+        default:
+            incompatible(op, left.type, right.type, line);
+    }
+    const TypeSpec type = commonType(left.type, right.type);
+    const Typed first = convertTo(left, type, line);
+    const Typed second = convertTo(right, type, line);
+    return Typed::expression(callText(function, first.sql, second.sql, typeArgument(type)), type,
+                             nullable(left, right));
+}
+
+Typed Binder::dateArithmetic(BinaryOperator op, const Typed& left, const Typed& right,
+                             int line) const {
+    const bool sums = op == BinaryOperator::Add || op == BinaryOperator::Subtract;
+    for (const Typed* operand : {&left, &right}) {
+        const Typed& other = operand == &left ? right : left;
+        if (operand->type.type != SqlType::Date) continue;
+        if (tsql::isDate(other.type.type)) invalidOperand(operatorName(op), operand->type, line);
+        throw ServerError(206,
+                          std::string("Operand type clash: date is incompatible with ") +
+                              tsql::typeName(other.type.type),
+                          line);
+    }
+    if (!sums) {
+        const Typed& date = tsql::isDate(left.type.type) ? left : right;
+        invalidOperand(operatorName(op), date.type, line);
+    }
+    const TypeSpec type = commonType(left.type, right.type);
+    const Typed first = convertTo(left, type, line);
+    const Typed second = convertTo(right, type, line);
+    const char* function = op == BinaryOperator::Add ? "kap_date_sum" : "kap_date_difference";
+    return Typed::expression(callText(function, first.sql, second.sql, typeArgument(type)), type,
+                             nullable(left, right));
+}
+
+}  // namespace kap::ado::embedded

@@ -1,0 +1,190 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "ado/embedded/catalogue.hpp"
+#include "ado/embedded/functions/convert.hpp"
+#include "ado/embedded/translate/scope.hpp"
+#include "ado/embedded/translate/typed.hpp"
+#include "tsql/syntax.hpp"
+
+namespace kap::ado::embedded {
+
+/// One column of a bound query.
+struct OutputColumn {
+    std::string name;  ///< empty for an expression without alias
+    Typed value;
+};
+
+/// A query as SQLite text, with its columns.
+struct BoundQuery {
+    std::string sql;
+    std::vector<OutputColumn> columns;
+};
+
+/// Where a query stands.
+enum class QueryPlace {
+    Whole,       ///< the statement itself: columns are read by position
+    InsertRows,  ///< the rows of an INSERT: columns are named c1, c2..., and their order counts
+    Nested,      ///< within another query: columns are named c1, c2..., and ORDER BY needs TOP
+};
+
+/// FROM as SQLite text, with what it brings into scope.
+struct BoundSource {
+    std::string sql;
+    std::vector<Source> sources;
+    bool isJoin = false;
+};
+
+/// Gives names their columns, expressions their types, and writes both as SQLite text.
+///
+/// One class, one room (source file) for each part of the language: bind_expressions.cpp,
+/// bind_operators.cpp, bind_comparisons.cpp, bind_conditions.cpp, bind_functions.cpp and its
+/// tables, bind_queries.cpp, bind_selects.cpp, bind_order.cpp, bind_sources.cpp. All throw
+/// tsql::ServerError with a line.
+class Binder {
+public:
+    explicit Binder(const Catalogue& catalogue) : catalogue_(catalogue) {}
+
+    [[nodiscard]] const Catalogue& catalogue() const { return catalogue_; }
+
+    // Expressions and conditions.
+    [[nodiscard]] Typed value(const tsql::Expression& expression, Scope& scope);
+    [[nodiscard]] std::string condition(const tsql::Expression& expression, Scope& scope);
+
+    /// Brings a value to a type as the server does by itself. Errors 206 and 257 when it does not,
+    /// and those of convert() for a literal.
+    [[nodiscard]] Typed convertTo(const Typed& value, const tsql::TypeSpec& type, int line) const;
+    /// CAST and CONVERT. Error 529.
+    [[nodiscard]] Typed castTo(const Typed& value, const tsql::TypeSpec& type, int style,
+                               int line) const;
+    /// A value on its way into a column of that type.
+    [[nodiscard]] std::string stored(const Typed& value, const tsql::TypeSpec& type,
+                                     int line) const;
+
+    // Operators, on bound operands.
+    [[nodiscard]] Typed negated(const Typed& operand, int line) const;
+    [[nodiscard]] Typed bitwiseNot(const Typed& operand, int line) const;
+    [[nodiscard]] Typed arithmetic(tsql::BinaryOperator op, Typed left, Typed right,
+                                   int line) const;
+    [[nodiscard]] std::string compared(tsql::ComparisonOperator op, const Typed& left,
+                                       const Typed& right, int line) const;
+    /// Values brought to one type in which SQLite's own comparison is the server's.
+    [[nodiscard]] std::vector<Typed> comparable(std::vector<Typed> values, const char* operation,
+                                                int line) const;
+
+    // Queries.
+    [[nodiscard]] BoundQuery query(const tsql::Query& query, Scope* outer, QueryPlace place);
+    [[nodiscard]] BoundSource from(const std::vector<tsql::TableSourcePtr>& sources, Scope& scope);
+    [[nodiscard]] std::string limitText(const tsql::TopClause& top, Scope& scope);
+
+    /// A stored table as a source of columns under a name.
+    [[nodiscard]] static Source tableSource(const Table& table, const std::string& name);
+
+private:
+    struct BoundSelect;
+
+    // bind_expressions.cpp
+    [[nodiscard]] Typed literal(const tsql::Literal& literal, int line) const;
+    [[nodiscard]] Typed node(const tsql::Literal& node, int line, Scope& scope);
+    [[nodiscard]] Typed node(const tsql::ColumnReference& node, int line, Scope& scope);
+    [[nodiscard]] Typed node(const tsql::VariableReference& node, int line, Scope& scope);
+    [[nodiscard]] Typed node(const tsql::UnaryExpression& node, int line, Scope& scope);
+    [[nodiscard]] Typed node(const tsql::BinaryExpression& node, int line, Scope& scope);
+    [[nodiscard]] Typed node(const tsql::CaseExpression& node, int line, Scope& scope);
+    [[nodiscard]] Typed node(const tsql::CastExpression& node, int line, Scope& scope);
+    [[nodiscard]] Typed node(const tsql::FunctionCall& node, int line, Scope& scope);
+    [[nodiscard]] Typed node(const tsql::ScalarSubquery& node, int line, Scope& scope);
+    template <typename Predicate>
+    [[nodiscard]] Typed node(const Predicate& node, int line, Scope& scope);
+    [[nodiscard]] std::optional<Typed> groupedValue(const tsql::Expression& expression,
+                                                    Scope& scope);
+    [[nodiscard]] std::string caseSubject(const tsql::CaseExpression& node,
+                                          std::vector<std::string>& whens, int line, Scope& scope);
+
+    // bind_operators.cpp
+    [[nodiscard]] Typed exactArithmetic(tsql::BinaryOperator op, const Typed& left,
+                                        const Typed& right, int line) const;
+    [[nodiscard]] Typed wholeArithmetic(tsql::BinaryOperator op, const Typed& left,
+                                        const Typed& right, const tsql::TypeSpec& type,
+                                        int line) const;
+    [[nodiscard]] Typed decimalArithmetic(tsql::BinaryOperator op, const Typed& left,
+                                          const Typed& right) const;
+    [[nodiscard]] Typed floatArithmetic(tsql::BinaryOperator op, const Typed& left,
+                                        const Typed& right, int line) const;
+    [[nodiscard]] Typed dateArithmetic(tsql::BinaryOperator op, const Typed& left,
+                                       const Typed& right, int line) const;
+    [[nodiscard]] Typed joined(const Typed& left, const Typed& right, int line) const;
+
+    // bind_conditions.cpp
+    [[nodiscard]] std::string test(const tsql::UnaryExpression& node, int line, Scope& scope);
+    [[nodiscard]] std::string test(const tsql::Comparison& node, int line, Scope& scope);
+    [[nodiscard]] std::string test(const tsql::LogicalExpression& node, int line, Scope& scope);
+    [[nodiscard]] std::string test(const tsql::BetweenPredicate& node, int line, Scope& scope);
+    [[nodiscard]] std::string test(const tsql::InPredicate& node, int line, Scope& scope);
+    [[nodiscard]] std::string test(const tsql::LikePredicate& node, int line, Scope& scope);
+    [[nodiscard]] std::string test(const tsql::NullPredicate& node, int line, Scope& scope);
+    [[nodiscard]] std::string test(const tsql::ExistsPredicate& node, int line, Scope& scope);
+    template <typename Value>
+    [[nodiscard]] std::string test(const Value& node, int line, Scope& scope);
+    [[nodiscard]] std::string inQuery(const tsql::InPredicate& node, int line, Scope& scope);
+
+    // bind_functions.cpp
+    [[nodiscard]] Typed aggregate(const tsql::FunctionCall& call, int line, Scope& scope);
+    [[nodiscard]] Typed total(const Typed& argument, bool distinct, const char* function,
+                              int line) const;
+    [[nodiscard]] Typed average(const Typed& argument, bool distinct, int line) const;
+
+    // bind_queries.cpp
+    [[nodiscard]] BoundSelect term(const tsql::QueryTerm& term,
+                                   const std::vector<tsql::OrderItem>& orderBy, Scope* outer);
+    [[nodiscard]] BoundQuery unionQuery(const tsql::Query& query,
+                                        const std::vector<tsql::OrderItem>& orderBy, Scope* outer);
+    [[nodiscard]] static std::string selectText(const BoundSelect& select);
+    static void checkOwnNames(const std::vector<OutputColumn>& columns, const std::string& alias,
+                              int line);
+
+    // bind_selects.cpp
+    [[nodiscard]] BoundSelect select(const tsql::Select& select,
+                                     const std::vector<tsql::OrderItem>& orderBy, Scope* outer,
+                                     int line);
+    void selectItems(const tsql::Select& select, BoundSelect& bound, int line);
+    void grouping(const tsql::Select& select, BoundSelect& bound);
+
+    // bind_order.cpp
+    [[nodiscard]] std::string orderText(const std::vector<tsql::OrderItem>& items,
+                                        BoundSelect& bound);
+    [[nodiscard]] static std::string unionOrderText(const std::vector<tsql::OrderItem>& items,
+                                                    const std::vector<OutputColumn>& columns);
+
+    // bind_sources.cpp
+    [[nodiscard]] BoundSource source(const tsql::TableSource& source, Scope& scope);
+    [[nodiscard]] BoundSource namedTable(const tsql::NamedTable& table) const;
+    [[nodiscard]] BoundSource derivedTable(const tsql::DerivedTable& table, int line, Scope& scope);
+    [[nodiscard]] BoundSource join(const tsql::Join& join, int line, Scope& scope);
+
+    const Catalogue& catalogue_;
+};
+
+/// A SELECT before its items are put into text: what follows may still convert or order them.
+struct Binder::BoundSelect {
+    std::unique_ptr<Scope> scope;
+    bool distinct = false;
+    std::vector<OutputColumn> items;
+    std::string tail;   ///< FROM to HAVING, each part after a blank
+    std::string limit;  ///< what LIMIT takes; empty without TOP
+    std::string order;  ///< ORDER BY, after a blank
+    const tsql::TopClause* percentTop = nullptr;
+    bool grouped = false;
+};
+
+/// True when an aggregate function stands in the expression, outside subqueries.
+[[nodiscard]] bool containsAggregate(const tsql::Expression& expression);
+
+/// True for COUNT, SUM, AVG, MIN, MAX and COUNT_BIG.
+[[nodiscard]] bool isAggregateName(const tsql::ObjectName& name);
+
+}  // namespace kap::ado::embedded

@@ -1,0 +1,103 @@
+#include <array>
+
+#include "ado/embedded/functions/date_part.hpp"
+#include "ado/embedded/translate/function_table.hpp"
+#include "tsql/server_error.hpp"
+#include "tsql/text.hpp"
+
+namespace kap::ado::embedded {
+
+using tsql::SqlType;
+using tsql::TypeSpec;
+
+namespace {
+
+std::string partCode(DatePart part) {
+    return tsql::integerText(static_cast<int>(part));
+}
+
+std::string namedPart(const ScalarCall& call) {
+    const std::string_view word = call.word(0);
+    const auto part = datePartNamed(word);
+    if (!part) {
+        throw tsql::ServerError(
+            155, "'" + std::string(word) + "' is not a recognized " + call.name() + " option.",
+            call.line, 15);
+    }
+    return partCode(*part);
+}
+
+Typed partOfDate(ScalarCall& call, DatePart part) {
+    const Typed date = call.instant(0);
+    return Typed::expression(callText("kap_datepart", partCode(part), date.sql), {SqlType::Int},
+                             date.nullable);
+}
+
+Typed year(ScalarCall& call) {
+    return partOfDate(call, DatePart::Year);
+}
+Typed month(ScalarCall& call) {
+    return partOfDate(call, DatePart::Month);
+}
+Typed day(ScalarCall& call) {
+    return partOfDate(call, DatePart::Day);
+}
+
+// The arguments that are bound start behind the word.
+Typed datePart(ScalarCall& call) {
+    const Typed date = call.instant(0);
+    return Typed::expression(callText("kap_datepart", namedPart(call), date.sql), {SqlType::Int},
+                             date.nullable);
+}
+
+Typed dateName(ScalarCall& call) {
+    const Typed date = call.instant(0);
+    constexpr int kNameLength = 30;
+    return Typed::expression(callText("kap_datename", namedPart(call), date.sql),
+                             {SqlType::NVarChar, kNameLength}, date.nullable);
+}
+
+Typed dateAdd(ScalarCall& call) {
+    const Typed date = call.instant(1);
+    const Typed count = call.binder.castTo(call[0], {SqlType::BigInt}, 0, call.line);
+    return Typed::expression(
+        callText("kap_dateadd", namedPart(call), count.sql, date.sql, typeArgument(date.type)),
+        date.type, call.anyNullable());
+}
+
+Typed dateDiff(ScalarCall& call) {
+    return Typed::expression(
+        callText("kap_datediff", namedPart(call), call.instant(0).sql, call.instant(1).sql),
+        {SqlType::Int}, call.anyNullable());
+}
+
+Typed now(ScalarCall& /*call*/) {
+    return Typed::expression("kap_now()", {SqlType::DateTime}, false);
+}
+
+Typed isDate(ScalarCall& call) {
+    if (tsql::isDate(call[0].type.type)) {
+        return Typed::expression("(" + call[0].sql + " IS NOT NULL)", {SqlType::Int}, false);
+    }
+    return Typed::expression(callText("kap_isdate", call.text(0)), {SqlType::Int}, false);
+}
+
+constexpr std::array kFunctions = std::to_array<ScalarFunction>({
+    {"getdate", 0, 0, now},
+    {"year", 1, 1, year},
+    {"month", 1, 1, month},
+    {"day", 1, 1, day},
+    {"datepart", 2, 2, datePart, true},
+    {"datename", 2, 2, dateName, true},
+    {"dateadd", 3, 3, dateAdd, true},
+    {"datediff", 3, 3, dateDiff, true},
+    {"isdate", 1, 1, isDate},
+});
+
+}  // namespace
+
+std::span<const ScalarFunction> dateFunctions() {
+    return kFunctions;
+}
+
+}  // namespace kap::ado::embedded

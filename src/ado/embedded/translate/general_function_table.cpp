@@ -1,0 +1,74 @@
+#include <algorithm>
+#include <array>
+
+#include "ado/embedded/translate/function_table.hpp"
+#include "ado/embedded/translate/type_rules.hpp"
+#include "tsql/server_error.hpp"
+
+namespace kap::ado::embedded {
+
+using tsql::SqlType;
+using tsql::TypeSpec;
+
+namespace {
+
+// ISNULL has the type of its first argument; the second is brought to it.
+Typed isNull(ScalarCall& call) {
+    const TypeSpec type = call[0].nullLiteral ? call[1].type : call[0].type;
+    const Typed first = call.binder.convertTo(call[0], type, call.line);
+    const Typed second = call.binder.convertTo(call[1], type, call.line);
+    return Typed::expression(callText("ifnull", first.sql, second.sql), type,
+                             first.nullable && second.nullable);
+}
+
+Typed coalesce(ScalarCall& call) {
+    const auto type = commonType(call.arguments);
+    if (!type) {
+        throw tsql::ServerError(4127,
+                                "At least one of the arguments to COALESCE must be an expression "
+                                "that is not the NULL constant.",
+                                call.line);
+    }
+    std::string sql;
+    bool nullable = true;
+    for (const Typed& argument : call.arguments) {
+        const Typed converted = call.binder.convertTo(argument, *type, call.line);
+        sql += (sql.empty() ? "" : ", ") + converted.sql;
+        nullable = nullable && converted.nullable;
+    }
+    return Typed::expression("coalesce(" + sql + ")", *type, nullable);
+}
+
+Typed nullIf(ScalarCall& call) {
+    if (call[0].nullLiteral) {
+        throw tsql::ServerError(
+            4151,
+            "The type of the first argument to NULLIF cannot be the NULL constant because the "
+            "type of the first argument has to be known.",
+            call.line);
+    }
+    const std::string equal =
+        call.binder.compared(tsql::ComparisonOperator::Equal, call[0], call[1], call.line);
+    return Typed::expression("(CASE WHEN " + equal + " THEN NULL ELSE " + call[0].sql + " END)",
+                             call[0].type, true);
+}
+
+Typed newIdentifier(ScalarCall& /*call*/) {
+    constexpr int kBytes = 16;
+    return Typed::expression("kap_newid()", {SqlType::UniqueIdentifier, kBytes}, false);
+}
+
+constexpr std::array kFunctions = std::to_array<ScalarFunction>({
+    {"isnull", 2, 2, isNull},
+    {"coalesce", 2, -1, coalesce},
+    {"nullif", 2, 2, nullIf},
+    {"newid", 0, 0, newIdentifier},
+});
+
+}  // namespace
+
+std::span<const ScalarFunction> generalFunctions() {
+    return kFunctions;
+}
+
+}  // namespace kap::ado::embedded

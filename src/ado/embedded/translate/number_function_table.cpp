@@ -1,0 +1,140 @@
+#include <array>
+
+#include "ado/embedded/translate/function_table.hpp"
+#include "ado/embedded/translate/type_rules.hpp"
+#include "tsql/server_error.hpp"
+#include "tsql/text.hpp"
+
+namespace kap::ado::embedded {
+
+using tsql::SqlType;
+using tsql::TypeSpec;
+
+namespace {
+
+// Functions keep decimals, money, int and bigint; smaller whole numbers become int, real becomes
+// float.
+TypeSpec widened(const TypeSpec& type) {
+    switch (type.type) {
+        case SqlType::Bit:
+        case SqlType::Real:
+            return {SqlType::Float};
+        case SqlType::TinyInt:
+        case SqlType::SmallInt:
+            return {SqlType::Int};
+        case SqlType::SmallMoney:
+            return {SqlType::Money};
+        default:
+            return type;
+    }
+}
+
+Typed argument(ScalarCall& call) {
+    const Typed number = call.number(0);
+    return call.binder.convertTo(number, widened(number.type), call.line);
+}
+
+Typed result(const Typed& source, std::string sql, TypeSpec type) {
+    return Typed::expression(std::move(sql), type, source.nullable);
+}
+
+Typed absolute(ScalarCall& call) {
+    const Typed value = argument(call);
+    if (tsql::isApproximate(value.type.type))
+        return result(value, callText("kap_float_abs", value.sql), value.type);
+    return result(value, callText("kap_abs", value.sql, typeArgument(value.type)), value.type);
+}
+
+Typed sign(ScalarCall& call) {
+    const Typed value = argument(call);
+    if (tsql::isApproximate(value.type.type))
+        return result(value, callText("kap_float_sign", value.sql), value.type);
+    return result(value, callText("kap_sign", value.sql, typeArgument(value.type)), value.type);
+}
+
+Typed rounded(ScalarCall& call) {
+    const Typed value = argument(call);
+    const std::string truncate = call.arguments.size() > 2 ? call.integer(2) : "0";
+    const bool nullable = call.anyNullable();
+    const std::string sql =
+        tsql::isApproximate(value.type.type)
+            ? callText("kap_float_round", value.sql, call.integer(1), truncate)
+            : callText("kap_round", value.sql, call.integer(1), truncate, typeArgument(value.type));
+    return Typed::expression(sql, value.type, nullable);
+}
+
+// A whole number in the type of the argument; decimals lose their fraction, money keeps its own.
+Typed towards(ScalarCall& call, const char* exactFunction, const char* floatFunction) {
+    const Typed value = argument(call);
+    if (tsql::isApproximate(value.type.type))
+        return result(value, callText(floatFunction, value.sql), value.type);
+    const int scale = storedScale(value.type);
+    if (scale == 0) return value;
+    const std::string whole = callText(exactFunction, value.sql, tsql::integerText(scale));
+    if (tsql::isMoney(value.type.type)) {
+        return result(value, callText("kap_scale", whole, tsql::integerText(scale)), value.type);
+    }
+    return result(value, whole, {SqlType::Numeric, 0, value.type.precision, 0});
+}
+
+Typed ceiling(ScalarCall& call) {
+    return towards(call, "kap_ceiling", "kap_float_ceiling");
+}
+Typed floorFunction(ScalarCall& call) {
+    return towards(call, "kap_floor", "kap_float_floor");
+}
+
+// The result has the type of the base: POWER(2, 0.5) is 1.
+Typed power(ScalarCall& call) {
+    const Typed base = argument(call);
+    Typed value = Typed::expression(callText("kap_power", call.real(0), call.real(1)),
+                                    {SqlType::Float}, call.anyNullable());
+    return call.binder.castTo(value, base.type, 0, call.line);
+}
+
+template <const char* const& kFunction>
+Typed ofFloat(ScalarCall& call) {
+    return Typed::expression(callText(kFunction, call.real(0)), {SqlType::Float},
+                             call.anyNullable());
+}
+
+constexpr const char* kSquareRoot = "kap_sqrt";
+constexpr const char* kSquare = "kap_square";
+constexpr const char* kExponential = "kap_exp";
+constexpr const char* kLogarithm = "kap_log";
+constexpr const char* kLogarithm10 = "kap_log10";
+
+Typed pi(ScalarCall& /*call*/) {
+    return Typed::literal(3.141592653589793, {SqlType::Float});
+}
+
+Typed isNumeric(ScalarCall& call) {
+    if (tsql::isNumber(call[0].type.type)) {
+        return Typed::expression("(" + call[0].sql + " IS NOT NULL)", {SqlType::Int}, false);
+    }
+    return Typed::expression(callText("kap_isnumeric", call.text(0)), {SqlType::Int}, false);
+}
+
+constexpr std::array kFunctions = std::to_array<ScalarFunction>({
+    {"abs", 1, 1, absolute},
+    {"sign", 1, 1, sign},
+    {"round", 2, 3, rounded},
+    {"ceiling", 1, 1, ceiling},
+    {"floor", 1, 1, floorFunction},
+    {"power", 2, 2, power},
+    {"sqrt", 1, 1, ofFloat<kSquareRoot>},
+    {"square", 1, 1, ofFloat<kSquare>},
+    {"exp", 1, 1, ofFloat<kExponential>},
+    {"log", 1, 1, ofFloat<kLogarithm>},
+    {"log10", 1, 1, ofFloat<kLogarithm10>},
+    {"pi", 0, 0, pi},
+    {"isnumeric", 1, 1, isNumeric},
+});
+
+}  // namespace
+
+std::span<const ScalarFunction> numberFunctions() {
+    return kFunctions;
+}
+
+}  // namespace kap::ado::embedded

@@ -1,0 +1,127 @@
+#include "ado/embedded/translate/scope.hpp"
+
+#include <algorithm>
+
+#include "tsql/server_error.hpp"
+
+namespace kap::ado::embedded {
+
+using tsql::ObjectName;
+using tsql::ServerError;
+
+namespace {
+
+// "dbo.t" and "t" are the same source; another owner is another table.
+bool meansSource(const ObjectName& name, std::size_t parts, const Source& source) {
+    if (parts >= 2 && (source.table == nullptr || !sameName(name.parts[parts - 2], "dbo") ||
+                       !sameName(source.table->name, source.name))) {
+        return false;
+    }
+    return sameName(name.parts[parts - 1], source.name);
+}
+
+const SourceColumn* findIn(const Source& source, const std::string& name) {
+    const auto found =
+        std::find_if(source.columns.begin(), source.columns.end(),
+                     [&](const SourceColumn& column) { return sameName(column.name, name); });
+    return found == source.columns.end() ? nullptr : &*found;
+}
+
+ServerError invalidColumn(const ObjectName& name) {
+    return {207, "Invalid column name '" + name.last() + "'.", name.line};
+}
+
+const SourceColumn* findUnqualified(const ObjectName& name, const Scope& scope) {
+    const SourceColumn* found = nullptr;
+    for (const Source& source : scope.sources) {
+        const SourceColumn* candidate = findIn(source, name.last());
+        if (candidate == nullptr) continue;
+        if (found != nullptr) {
+            throw ServerError(209, "Ambiguous column name '" + name.last() + "'.", name.line);
+        }
+        found = candidate;
+    }
+    return found;
+}
+
+const SourceColumn* findQualified(const ObjectName& name, const Scope& scope) {
+    for (const Source& source : scope.sources) {
+        if (!meansSource(name, name.parts.size() - 1, source)) continue;
+        const SourceColumn* found = findIn(source, name.last());
+        if (found == nullptr) throw invalidColumn(name);
+        return found;
+    }
+    return nullptr;
+}
+
+void checkGrouped(const Typed& value, const ObjectName& name, const Scope& scope) {
+    if (!scope.grouped || scope.insideAggregate) return;
+    const bool grouped =
+        std::find(scope.groups.begin(), scope.groups.end(), value.sql) != scope.groups.end();
+    if (grouped) return;
+    const std::string shown = value.table != nullptr && name.parts.size() == 1
+                                  ? value.table->name + "." + value.column->name
+                                  : name.text();
+    const std::string clause = scope.groupedClause;
+    const int number = clause == "select list" ? 8120 : clause == "HAVING clause" ? 8121 : 8127;
+    throw ServerError(number,
+                      "Column '" + shown + "' is invalid in the " + clause +
+                          " because it is not contained in either an aggregate function or the "
+                          "GROUP BY clause.",
+                      name.line);
+}
+
+}  // namespace
+
+const SourceColumn& resolveColumn(const ObjectName& name, const Scope& scope) {
+    if (scope.columnsRefused) {
+        throw ServerError(
+            128,
+            "The name \"" + name.text() +
+                "\" is not permitted in this context. Valid expressions are constants, "
+                "constant expressions, and (in some contexts) variables. Column names "
+                "are not permitted.",
+            name.line, 15);
+    }
+    const bool qualified = name.parts.size() > 1;
+    for (const Scope* level = &scope; level != nullptr; level = level->outer) {
+        const SourceColumn* found =
+            qualified ? findQualified(name, *level) : findUnqualified(name, *level);
+        if (found == nullptr) continue;
+        checkGrouped(found->value, name, *level);
+        return *found;
+    }
+    if (!qualified) throw invalidColumn(name);
+    throw ServerError(4104, "The multi-part identifier \"" + name.text() + "\" could not be bound.",
+                      name.line);
+}
+
+const Source& resolveQualifier(const ObjectName& name, const Scope& scope) {
+    for (const Source& source : scope.sources) {
+        if (meansSource(name, name.parts.size(), source)) return source;
+    }
+    throw ServerError(107,
+                      "The column prefix '" + name.text() +
+                          "' does not match with a table name or alias name used in the query.",
+                      name.line, 15);
+}
+
+const Table* findTable(const ObjectName& name, const Catalogue& catalogue) {
+    const bool foreignOwner =
+        name.parts.size() > 2 || (name.parts.size() == 2 && !sameName(name.parts.front(), "dbo"));
+    return foreignOwner ? nullptr : catalogue.find(name.last());
+}
+
+const Table& requireTable(const ObjectName& name, const Catalogue& catalogue) {
+    const Table* table = findTable(name, catalogue);
+    if (table == nullptr) {
+        throw ServerError(208, "Invalid object name '" + name.text() + "'.", name.line);
+    }
+    return *table;
+}
+
+std::string tableSql(const std::string& name, bool temporary) {
+    return (temporary ? "temp." : "main.") + sqlName(name);
+}
+
+}  // namespace kap::ado::embedded

@@ -1,0 +1,85 @@
+#pragma once
+
+#include <string>
+#include <type_traits>
+#include <vector>
+
+#include "ado/embedded/translate/typed.hpp"
+#include "tsql/syntax.hpp"
+
+namespace kap::ado::embedded {
+
+/// A column that names can mean: of a stored table, or of a query in FROM.
+struct SourceColumn {
+    std::string name;
+    Typed value;
+};
+
+/// A table or query of FROM under the name by which columns are qualified.
+struct Source {
+    std::string name;
+    const Table* table = nullptr;  ///< null for a query
+    std::vector<SourceColumn> columns;
+};
+
+/// Whether an aggregate function may stand at a place; where not, the error says why.
+enum class AggregateUse {
+    Allowed,
+    Refused,
+    RefusedInWhere,
+    RefusedInOn,
+    RefusedInGroupBy,
+    RefusedInSet
+};
+
+/// What names mean within one SELECT, and around it.
+struct Scope {
+    Scope* outer = nullptr;
+    std::vector<Source> sources;
+    AggregateUse aggregates = AggregateUse::Refused;
+    bool insideAggregate = false;
+    /// Set while what comes after grouping is bound: only `groups` and aggregates have a value
+    /// then.
+    bool grouped = false;
+    std::vector<std::string> groups;  ///< the SQL of the GROUP BY expressions
+    const char* groupedClause = "select list";
+    /// Where column names may not stand at all (defaults of columns, rows of VALUES): error 128.
+    bool columnsRefused = false;
+    /// Where subqueries may not stand (defaults of columns): error 1046.
+    bool subqueriesRefused = false;
+};
+
+/// Gives a variable another value for as long as it lives.
+template <typename Value>
+class Replaced {
+public:
+    Replaced(Value& variable, std::type_identity_t<Value> value)
+        : variable_(variable), before_(variable) {
+        variable = value;
+    }
+    ~Replaced() { variable_ = before_; }
+    Replaced(const Replaced&) = delete;
+    Replaced& operator=(const Replaced&) = delete;
+
+private:
+    Value& variable_;
+    Value before_;
+};
+
+/// The column a name means, as its source spells it. Errors: 207, 209, 4104, 128, and 8120 for a
+/// column that grouping leaves undefined.
+[[nodiscard]] const SourceColumn& resolveColumn(const tsql::ObjectName& name, const Scope& scope);
+
+/// The source that "x" in "x.*" means. Error 107 when there is none.
+[[nodiscard]] const Source& resolveQualifier(const tsql::ObjectName& name, const Scope& scope);
+
+/// The table a name means: one part, or the owner dbo before it. Error 208 when there is none.
+[[nodiscard]] const Table& requireTable(const tsql::ObjectName& name, const Catalogue& catalogue);
+
+/// The table, or null.
+[[nodiscard]] const Table* findTable(const tsql::ObjectName& name, const Catalogue& catalogue);
+
+/// The table as SQLite is to read or write it: main."t" or temp."#t".
+[[nodiscard]] std::string tableSql(const std::string& name, bool temporary);
+
+}  // namespace kap::ado::embedded

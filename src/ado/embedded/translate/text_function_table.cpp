@@ -1,0 +1,230 @@
+#include <algorithm>
+#include <array>
+
+#include "ado/embedded/translate/function_table.hpp"
+#include "ado/embedded/translate/type_rules.hpp"
+#include "tsql/server_error.hpp"
+#include "tsql/text.hpp"
+
+namespace kap::ado::embedded {
+
+using tsql::SqlType;
+using tsql::TypeSpec;
+
+namespace {
+
+constexpr int kMaxBytes = 8000;
+
+Typed result(ScalarCall& call, std::string sql, TypeSpec type) {
+    return Typed::expression(std::move(sql), type, call.anyNullable());
+}
+
+TypeSpec ofLength(TypeSpec type, int length) {
+    type.length = length;
+    return type;
+}
+
+int longest(const TypeSpec& type) {
+    return tsql::isNational(type.type) ? kMaxBytes / 2 : kMaxBytes;
+}
+
+// The value of a whole-number literal, or `otherwise`.
+int constantOr(const Typed& argument, int otherwise) {
+    if (!argument.constant || !std::holds_alternative<std::int64_t>(*argument.constant))
+        return otherwise;
+    return static_cast<int>(
+        std::clamp<std::int64_t>(std::get<std::int64_t>(*argument.constant), 0, kMaxBytes));
+}
+
+// Functions of one text that give a text of the same length.
+template <const char* const& kFunction>
+Typed sameText(ScalarCall& call) {
+    return result(call, callText(kFunction, call.text(0)), call.textType(0));
+}
+
+constexpr const char* kUpper = "kap_upper";
+constexpr const char* kLower = "kap_lower";
+constexpr const char* kTrimLeft = "kap_ltrim";
+constexpr const char* kTrimRight = "kap_rtrim";
+constexpr const char* kReverse = "kap_reverse";
+
+Typed trim(ScalarCall& call) {
+    return result(call, callText("kap_ltrim", callText("kap_rtrim", call.text(0))),
+                  call.textType(0));
+}
+
+Typed length(ScalarCall& call) {
+    return result(call, callText("kap_len", call.text(0)), {SqlType::Int});
+}
+
+// The bytes that the server stores for the value.
+Typed dataLength(ScalarCall& call) {
+    const Typed& argument = call[0];
+    const SqlType type = argument.type.type;
+    if (tsql::isText(type)) {
+        return result(call,
+                      callText("kap_text_bytes", argument.sql, tsql::isNational(type) ? "2" : "1"),
+                      {SqlType::Int});
+    }
+    if (tsql::isBinary(type)) return result(call, callText("length", argument.sql), {SqlType::Int});
+    int width = 8;
+    switch (type) {
+        case SqlType::Bit:
+        case SqlType::TinyInt:
+            width = 1;
+            break;
+        case SqlType::SmallInt:
+            width = 2;
+            break;
+        case SqlType::Int:
+        case SqlType::Real:
+        case SqlType::SmallMoney:
+        case SqlType::SmallDateTime:
+            width = 4;
+            break;
+        case SqlType::Date:
+            width = 3;
+            break;
+        case SqlType::UniqueIdentifier:
+            width = 16;
+            break;
+        case SqlType::Decimal:
+        case SqlType::Numeric: {
+            const int precision = argument.type.precision;
+            width = precision <= 9 ? 5 : precision <= 19 ? 9 : precision <= 28 ? 13 : 17;
+            break;
+        }
+        default:
+            break;
+    }
+    return result(
+        call,
+        "(CASE WHEN " + argument.sql + " IS NOT NULL THEN " + tsql::integerText(width) + " END)",
+        {SqlType::Int});
+}
+
+Typed substring(ScalarCall& call) {
+    if (tsql::isBinary(call[0].type.type)) {
+        return result(call, callText("kap_subbytes", call[0].sql, call.integer(1), call.integer(2)),
+                      {SqlType::VarBinary, call[0].type.length});
+    }
+    const TypeSpec type = call.textType(0);
+    const int bound = type.length == tsql::kMaxLength ? longest(type) : type.length;
+    const int count = std::max(1, std::min(constantOr(call[2], bound), bound));
+    return result(call, callText("kap_substring", call.text(0), call.integer(1), call.integer(2)),
+                  ofLength(type, count));
+}
+
+Typed side(ScalarCall& call, const char* function) {
+    const TypeSpec type = call.textType(0);
+    const int bound = type.length == tsql::kMaxLength ? longest(type) : type.length;
+    const int count = std::max(1, std::min(constantOr(call[1], bound), bound));
+    return result(call, callText(function, call.text(0), call.integer(1)), ofLength(type, count));
+}
+
+Typed left(ScalarCall& call) {
+    return side(call, "kap_left");
+}
+Typed right(ScalarCall& call) {
+    return side(call, "kap_right");
+}
+
+Typed replace(ScalarCall& call) {
+    const TypeSpec type = call.textType(0);
+    return result(call, callText("kap_replace", call.text(0), call.text(1), call.text(2)),
+                  ofLength(type, longest(type)));
+}
+
+Typed stuff(ScalarCall& call) {
+    const TypeSpec type = joinedType(call.textType(0), call.textType(3));
+    Typed value = result(
+        call, callText("kap_stuff", call.text(0), call.integer(1), call.integer(2), call.text(3)),
+        type);
+    value.nullable = true;
+    return value;
+}
+
+Typed charIndex(ScalarCall& call) {
+    const std::string start = call.arguments.size() > 2 ? call.integer(2) : "1";
+    return result(call, callText("kap_charindex", call.text(0), call.text(1), start),
+                  {SqlType::Int});
+}
+
+Typed patternIndex(ScalarCall& call) {
+    return result(call, callText("kap_patindex", call.text(0), call.text(1)), {SqlType::Int});
+}
+
+Typed replicate(ScalarCall& call) {
+    const TypeSpec type = call.textType(0);
+    Typed value = result(call, callText("kap_replicate", call.text(0), call.integer(1)),
+                         ofLength(type, longest(type)));
+    value.nullable = true;
+    return value;
+}
+
+Typed space(ScalarCall& call) {
+    const int count = std::max(1, constantOr(call[0], kMaxBytes));
+    Typed value = result(call, callText("kap_space", call.integer(0)), {SqlType::VarChar, count});
+    value.nullable = true;
+    return value;
+}
+
+// STR(number, length = 10, decimals = 0): right-aligned; stars when it does not fit.
+Typed str(ScalarCall& call) {
+    const std::string width = call.arguments.size() > 1 ? call.integer(1) : "10";
+    const std::string decimals = call.arguments.size() > 2 ? call.integer(2) : "0";
+    const int length = call.arguments.size() > 1 ? std::max(1, constantOr(call[1], kMaxBytes)) : 10;
+    return result(call, callText("kap_str", call.real(0), width, decimals),
+                  {SqlType::VarChar, length});
+}
+
+Typed character(ScalarCall& call) {
+    Typed value = result(call, callText("kap_char", call.integer(0)), {SqlType::Char, 1});
+    value.nullable = true;
+    return value;
+}
+
+Typed nationalCharacter(ScalarCall& call) {
+    Typed value = result(call, callText("kap_nchar", call.integer(0)), {SqlType::NChar, 1});
+    value.nullable = true;
+    return value;
+}
+
+Typed firstUnit(ScalarCall& call) {
+    Typed value = result(call, callText("kap_unit", call.text(0)), {SqlType::Int});
+    value.nullable = true;
+    return value;
+}
+
+constexpr std::array kFunctions = std::to_array<ScalarFunction>({
+    {"upper", 1, 1, sameText<kUpper>},
+    {"lower", 1, 1, sameText<kLower>},
+    {"ltrim", 1, 1, sameText<kTrimLeft>},
+    {"rtrim", 1, 1, sameText<kTrimRight>},
+    {"reverse", 1, 1, sameText<kReverse>},
+    {"trim", 1, 1, trim},
+    {"len", 1, 1, length},
+    {"datalength", 1, 1, dataLength},
+    {"substring", 3, 3, substring},
+    {"left", 2, 2, left},
+    {"right", 2, 2, right},
+    {"replace", 3, 3, replace},
+    {"stuff", 4, 4, stuff},
+    {"charindex", 2, 3, charIndex},
+    {"patindex", 2, 2, patternIndex},
+    {"replicate", 2, 2, replicate},
+    {"space", 1, 1, space},
+    {"str", 1, 3, str},
+    {"char", 1, 1, character},
+    {"nchar", 1, 1, nationalCharacter},
+    {"ascii", 1, 1, firstUnit},
+    {"unicode", 1, 1, firstUnit},
+});
+
+}  // namespace
+
+std::span<const ScalarFunction> textFunctions() {
+    return kFunctions;
+}
+
+}  // namespace kap::ado::embedded

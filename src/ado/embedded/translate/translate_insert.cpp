@@ -1,0 +1,221 @@
+#include <algorithm>
+
+#include "ado/embedded/translate/statements.hpp"
+#include "tsql/server_error.hpp"
+
+namespace kap::ado::embedded {
+
+using tsql::InsertStatement;
+using tsql::ServerError;
+
+namespace {
+
+// Columns that take values from the statement, in its order.
+std::vector<const Column*> namedColumns(const InsertStatement& statement, const Table& table,
+                                        int line) {
+    std::vector<const Column*> columns;
+    for (const std::string& name : statement.columns) {
+        const Column* column = table.find(name);
+        if (column == nullptr) throw ServerError(207, "Invalid column name '" + name + "'.", line);
+        if (std::find(columns.begin(), columns.end(), column) != columns.end()) {
+            throw ServerError(
+                264,
+                "The column name '" + name +
+                    "' is specified more than once in the SET clause or column list of an INSERT. "
+                    "A "
+                    "column cannot be assigned more than one value in the same clause. Modify the "
+                    "clause to make sure that a column is updated only once. If this statement "
+                    "updates or inserts columns into a view, column aliasing can conceal the "
+                    "duplication in your code.",
+                line);
+        }
+        columns.push_back(column);
+    }
+    return columns;
+}
+
+// Without a list the values are for all columns but the identity.
+std::vector<const Column*> allColumns(const Table& table) {
+    std::vector<const Column*> columns;
+    for (const Column& column : table.columns) {
+        if (!column.identity) columns.push_back(&column);
+    }
+    return columns;
+}
+
+void checkAssignable(const std::vector<const Column*>& columns, const Table& table, int line) {
+    for (const Column* column : columns) {
+        if (!column->identity) continue;
+        throw ServerError(544,
+                          "Cannot insert explicit value for identity column in table '" +
+                              table.name + "' when IDENTITY_INSERT is set to OFF.",
+                          line);
+    }
+}
+
+[[noreturn]] void explicitRowVersion(int line) {
+    throw ServerError(
+        273,
+        "Cannot insert an explicit value into a timestamp column. Use INSERT with a column list to "
+        "exclude the timestamp column, or insert a DEFAULT into the timestamp column.",
+        line);
+}
+
+void checkCount(std::size_t given, std::size_t wanted, bool listed, int line) {
+    if (given == wanted) return;
+    if (!listed) {
+        throw ServerError(
+            213, "Column name or number of supplied values does not match table definition.", line);
+    }
+    if (given < wanted) {
+        throw ServerError(
+            109,
+            "There are more columns in the INSERT statement than values specified in the VALUES "
+            "clause. The number of values in the VALUES clause must match the number of columns "
+            "specified in the INSERT statement.",
+            line, 15);
+    }
+    throw ServerError(
+        110,
+        "There are fewer columns in the INSERT statement than values specified in the VALUES "
+        "clause. The number of values in the VALUES clause must match the number of columns "
+        "specified in the INSERT statement.",
+        line, 15);
+}
+
+void checkSelectCount(std::size_t given, std::size_t wanted, bool listed, int line) {
+    if (given == wanted) return;
+    if (!listed) checkCount(given, wanted, listed, line);
+    const bool fewer = given < wanted;
+    throw ServerError(
+        fewer ? 120 : 121,
+        std::string("The select list for the INSERT statement contains ") +
+            (fewer ? "fewer" : "more") +
+            " items than the insert list. The number of SELECT values must match the number of "
+            "INSERT columns.",
+        line, 15);
+}
+
+// The parts of the statement that its rows share.
+class InsertWriter {
+public:
+    InsertWriter(const InsertStatement& statement, int line, const Catalogue& catalogue)
+        : statement_(statement),
+          line_(line),
+          binder_(catalogue),
+          table_(requireTable(statement.table, catalogue)) {}
+
+    Translation write() {
+        const bool listed = !statement_.columns.empty();
+        columns_ = listed ? namedColumns(statement_, table_, line_) : allColumns(table_);
+        checkAssignable(columns_, table_, line_);
+        const std::string source = statement_.query ? queryText(listed) : rowsText(listed);
+        Translation result;
+        result.kind = StatementKind::Insert;
+        result.writes = true;
+        result.table = table_.name;
+        result.sql.push_back("INSERT INTO " + tableSql(table_.name, table_.temporary) +
+                             columnList() + source);
+        return result;
+    }
+
+private:
+    // What the table fills by itself, after the columns given.
+    [[nodiscard]] std::vector<std::pair<const Column*, std::string>> generated() const {
+        std::vector<std::pair<const Column*, std::string>> result;
+        for (const Column& column : table_.columns) {
+            if (column.identity) result.emplace_back(&column, identityCall(table_));
+            if (column.isRowVersion()) result.emplace_back(&column, rowVersionCall());
+        }
+        return result;
+    }
+
+    [[nodiscard]] std::string columnList() const {
+        std::string list;
+        for (const Column* column : columns_) {
+            if (!column->isRowVersion()) list += (list.empty() ? "" : ", ") + sqlName(column->name);
+        }
+        for (const auto& [column, call] : generated())
+            list += (list.empty() ? "" : ", ") + sqlName(column->name);
+        return list.empty() ? "" : " (" + list + ")";
+    }
+
+    [[nodiscard]] std::string generatedValues() const {
+        std::string list;
+        for (const auto& [column, call] : generated())
+            list += ", " + call;
+        return list;
+    }
+
+    std::string rowsText(bool listed) {
+        if (statement_.defaultValues) {
+            columns_.clear();
+            const std::string values = generatedValues();
+            return values.empty() ? " DEFAULT VALUES" : " VALUES (" + values.substr(2) + ")";
+        }
+        std::string text;
+        for (const auto& row : statement_.rows) {
+            if (row.size() != statement_.rows.front().size()) {
+                throw ServerError(
+                    10709,
+                    "The number of columns for each row in a table value constructor must be the "
+                    "same.",
+                    line_);
+            }
+            checkCount(row.size(), columns_.size(), listed, line_);
+            text += (text.empty() ? " VALUES " : ", ") + rowText(row);
+        }
+        return text;
+    }
+
+    std::string rowText(const std::vector<tsql::ValueOrDefault>& row) {
+        Scope scope;
+        scope.columnsRefused = true;
+        std::string list;
+        for (std::size_t i = 0; i < row.size(); ++i) {
+            const Column& column = *columns_[i];
+            if (column.isRowVersion()) {
+                if (row[i].value) explicitRowVersion(line_);
+                continue;
+            }
+            list += (list.empty() ? "" : ", ") + valueText(row[i], column, scope);
+        }
+        list += generatedValues();
+        return "(" + (list.compare(0, 2, ", ") == 0 ? list.substr(2) : list) + ")";
+    }
+
+    std::string valueText(const tsql::ValueOrDefault& value, const Column& column, Scope& scope) {
+        if (!value.value) return column.defaultSql ? "(" + *column.defaultSql + ")" : "NULL";
+        return binder_.stored(binder_.value(*value.value, scope), column.type, value.value->line);
+    }
+
+    std::string queryText(bool listed) {
+        const BoundQuery rows = binder_.query(*statement_.query, nullptr, QueryPlace::InsertRows);
+        checkSelectCount(rows.columns.size(), columns_.size(), listed, line_);
+        std::string list;
+        for (std::size_t i = 0; i < columns_.size(); ++i) {
+            if (columns_[i]->isRowVersion()) explicitRowVersion(line_);
+            Typed value = rows.columns[i].value;
+            value.sql = numberedName(i);
+            value.constant.reset();
+            list += (list.empty() ? "" : ", ") + binder_.stored(value, columns_[i]->type, line_);
+        }
+        list += generatedValues();
+        return " SELECT " + list + " FROM (" + rows.sql + ")";
+    }
+
+    const InsertStatement& statement_;
+    int line_;
+    Binder binder_;
+    const Table& table_;
+    std::vector<const Column*> columns_;
+};
+
+}  // namespace
+
+Translation translateInsert(const InsertStatement& statement, int line,
+                            const Catalogue& catalogue) {
+    return InsertWriter(statement, line, catalogue).write();
+}
+
+}  // namespace kap::ado::embedded

@@ -1,0 +1,44 @@
+#include <kaputil/ado/error.hpp>
+
+#include "ado/failures.hpp"
+#include "frame/class_builder.hpp"
+
+namespace kap::ado {
+
+const ClassDescription& Error::classDescription() {
+    static const ClassDescription description =
+        ClassBuilder<Error>(u"Error", u"", u"")
+            .summary(u"One error or message that the database reported.")
+            .property<&Error::Description>(u"Description", u"The sentence for people.")
+            .property<&Error::NativeError>(u"NativeError", u"The database's own number.")
+            .property<&Error::Number>(u"Number", u"The data-access code that clients compare.")
+            .property<&Error::Source>(u"Source", u"The component that reported it.")
+            .property<&Error::SQLState>(u"SQLState", u"The five-character state.")
+            .build(u"Description");
+    return description;
+}
+
+const ClassDescription& Errors::classDescription() {
+    static const ClassDescription description =
+        ClassBuilder<Errors>(u"Errors", u"", u"")
+            .summary(u"The errors of a connection's last failed operation.")
+            .instancing(Instancing::NotCreatable)
+            .property<&Errors::Count>(u"Count", u"How many there are.")
+            .property<&Errors::Item>(u"Item", u"The error at a position from 0.", {u"Index"})
+            .method<&Errors::Clear>(u"Clear", {}, u"Forgets them all.")
+            .build(u"Item");
+    return description;
+}
+
+std::int32_t Errors::Count() const {
+    return static_cast<std::int32_t>(errors_.size());
+}
+
+Ref<Error> Errors::Item(std::int32_t index) const {
+    if (index < 0 || static_cast<std::size_t>(index) >= errors_.size()) {
+        fail::itemNotFound();
+    }
+    return errors_[static_cast<std::size_t>(index)];
+}
+
+}  // namespace kap::ado

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <string_view>
+
+#include <kaputil/frame/string.hpp>
+
+// The errors that the data-access objects raise of their own, with the texts that clients know.
+namespace kap::ado::fail {
+
+[[noreturn]] void invalidArgument();
+[[noreturn]] void invalidArgument(String description);
+[[noreturn]] void noCurrentRecord();
+[[noreturn]] void deletedRow();
+[[noreturn]] void illegalOperation();
+[[noreturn]] void itemNotFound();
+[[noreturn]] void objectClosed();
+[[noreturn]] void objectOpen();
+[[noreturn]] void invalidConnection();
+[[noreturn]] void notUpdatable();
+[[noreturn]] void wrongType(const String& field);
+[[noreturn]] void doesNotFit(const String& field);
+[[noreturn]] void concurrency();
+[[noreturn]] void rowGone();
+[[noreturn]] void notOneTable();
+
+}  // namespace kap::ado::fail

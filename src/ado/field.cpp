@@ -1,0 +1,100 @@
+#include <kaputil/ado/field.hpp>
+
+#include <utility>
+
+#include <kaputil/frame/convert.hpp>
+#include <kaputil/frame/error.hpp>
+
+#include "ado/cell_value.hpp"
+#include "ado/failures.hpp"
+#include "ado/row_cursor.hpp"
+#include "frame/class_builder.hpp"
+
+namespace kap::ado {
+
+Field::Field(std::shared_ptr<RowCursor> cursor, std::size_t ordinal)
+    : cursor_(std::move(cursor)), ordinal_(ordinal) {}
+
+const ClassDescription& Field::classDescription() {
+    static const ClassDescription description =
+        ClassBuilder<Field>(u"Field", u"", u"")
+            .summary(u"One column of a recordset, and its value in the current record.")
+            .property<&Field::ActualSize>(u"ActualSize",
+                                          u"Characters or bytes of the current value.")
+            .property<&Field::Attributes>(u"Attributes", u"Bits of FieldAttributeEnum.")
+            .property<&Field::DefinedSize>(u"DefinedSize",
+                                           u"Characters or bytes that the column can hold.")
+            .property<&Field::Name>(u"Name", u"The column's name.")
+            .property<&Field::NumericScale>(u"NumericScale",
+                                            u"Digits after the decimal point, or 255.")
+            .property<&Field::OriginalValue>(u"OriginalValue",
+                                             u"What the database held when it was read.")
+            .property<&Field::Precision>(u"Precision", u"Digits that the type can hold, or 255.")
+            .property<&Field::Type>(u"Type", u"The data type, of DataTypeEnum.")
+            .property<&Field::Value, &Field::setValue>(u"Value",
+                                                       u"The value in the current record.")
+            .build(u"Value");
+    return description;
+}
+
+Variant Field::Value() const {
+    return cursor_->value(ordinal_);
+}
+
+void Field::setValue(const Variant& value) {
+    cursor_->assign(ordinal_, value);
+}
+
+Variant Field::OriginalValue() const {
+    return cursor_->originalValue(ordinal_);
+}
+
+String Field::Name() const {
+    return cursor_->columns()[ordinal_].name;
+}
+
+DataTypeEnum Field::Type() const {
+    return cursor_->columns()[ordinal_].type;
+}
+
+std::int32_t Field::DefinedSize() const {
+    return cursor_->columns()[ordinal_].definedSize;
+}
+
+std::int32_t Field::ActualSize() const {
+    const Variant value = Value();
+    if (value.isNull()) {
+        return 0;
+    }
+    switch (storageOf(Type())) {
+        case Storage::Text:
+            return static_cast<std::int32_t>(value.as<String>().size());
+        case Storage::Binary:
+            return static_cast<std::int32_t>(value.as<Array>().size());
+        case Storage::Integer:
+        case Storage::Real:
+            break;
+    }
+    return DefinedSize();
+}
+
+std::uint8_t Field::Precision() const {
+    return cursor_->columns()[ordinal_].precision;
+}
+
+std::uint8_t Field::NumericScale() const {
+    return cursor_->columns()[ordinal_].numericScale;
+}
+
+std::int32_t Field::Attributes() const {
+    return cursor_->attributes(ordinal_);
+}
+
+std::string_view Field::utf8Value() const {
+    if (storageOf(Type()) != Storage::Text) {
+        throw AutomationError(kap::errors::kTypeMismatch);
+    }
+    return cursor_->bytes(ordinal_);
+}
+
+}  // namespace kap::ado

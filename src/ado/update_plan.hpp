@@ -1,0 +1,43 @@
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "ado/driver.hpp"
+
+namespace kap::ado {
+
+// The values assigned to a record, one entry a column; unset: not assigned.
+using PendingValues = std::vector<std::optional<CellValue>>;
+
+// Plans how a record of a result is written back to the tables behind it.
+//
+// A row is located by the table's key when the result holds it whole, else by all of the table's
+// columns in the result; an update must also find the changed columns as they were fetched and,
+// with `checkVersion`, the row version.
+class UpdatePlanner {
+public:
+    UpdatePlanner(const Result& result, std::size_t row, bool checkVersion)
+        : result_(result), row_(row), checkVersion_(checkVersion) {}
+
+    // One change for each table that has assigned columns.
+    [[nodiscard]] std::vector<RowChange> updates(const PendingValues& values) const;
+    // The tables whose columns are assigned must be one, or none when the result has one table.
+    [[nodiscard]] RowChange insertion(const PendingValues& values) const;
+    [[nodiscard]] RowChange deletion() const;
+    // One for each table of the result.
+    [[nodiscard]] std::vector<RowChange> reads() const;
+
+private:
+    [[nodiscard]] RowChange located(RowChange::Kind kind, const std::string& table) const;
+    [[nodiscard]] ColumnValue fetched(std::size_t column) const;
+    [[nodiscard]] std::vector<std::string> tables() const;
+
+    const Result& result_;
+    std::size_t row_;
+    bool checkVersion_;
+};
+
+}  // namespace kap::ado

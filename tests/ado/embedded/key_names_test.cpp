@@ -1,0 +1,33 @@
+#include "ado/embedded/key_names.hpp"
+
+#include <gtest/gtest.h>
+
+namespace kap::ado::embedded {
+namespace {
+
+constexpr const char* kTable =
+    "CREATE TABLE main.\"t\" (\"a\" \"int\" NOT NULL, \"b, c\" \"int\", \"d\" \"int\", "
+    "CONSTRAINT \"PK of t\" PRIMARY KEY (\"a\", \"d\"), CONSTRAINT \"UQ_t_1\" UNIQUE (\"b, c\"))";
+
+TEST(KeyNames, FindsTheKeyOverTheseColumns) {
+    EXPECT_EQ(keyName(kTable, {"a", "d"}), "PK of t");
+    EXPECT_EQ(keyName(kTable, {"b, c"}), "UQ_t_1");
+}
+
+TEST(KeyNames, ColumnsOfNoKeyHaveNone) {
+    EXPECT_EQ(keyName(kTable, {"a"}), "");
+    EXPECT_EQ(keyName(kTable, {"d", "a"}), "");
+}
+
+TEST(KeyNames, AKeyWithoutANameHasNone) {
+    EXPECT_EQ(keyName("CREATE TABLE t (a PRIMARY KEY, UNIQUE (b))", {"b"}), "");
+}
+
+TEST(KeyNames, WordsThatTheDialectDoesNotKnowHaveNone) {
+    EXPECT_EQ(keyName("CREATE TABLE t (a DEFAULT `x', CONSTRAINT k UNIQUE (a))", {"a"}), "");
+    EXPECT_EQ(keyName("CREATE TABLE t (a, CONSTRAINT k UNIQUE (a", {"b"}), "");
+    EXPECT_EQ(keyName("", {"a"}), "");
+}
+
+}  // namespace
+}  // namespace kap::ado::embedded
