@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <string>
 #include <string_view>
 #include <type_traits>
 #include <variant>
@@ -85,6 +86,7 @@ public:
     Variant(std::u16string_view text) : Variant(String(text)) {}
     Variant(const char16_t* text) : Variant(String(text)) {}
     Variant(std::string_view utf8) : Variant(String(utf8)) {}
+    Variant(const std::string& utf8) : Variant(String(utf8)) {}
     Variant(const char* utf8) : Variant(String(utf8)) {}
     Variant(Array array);  // defined with Array, in <kaputil/frame/array.hpp>
     Variant(Ref<Object> object) noexcept : value_(std::move(object)) {}

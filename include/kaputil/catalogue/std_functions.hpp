@@ -1,0 +1,58 @@
+#pragma once
+
+#include <cstdint>
+
+#include <kaputil/ado/recordset.hpp>
+#include <kaputil/core/cerrore.hpp>
+#include <kaputil/core/cproprieta.hpp>
+#include <kaputil/frame/by_ref.hpp>
+#include <kaputil/frame/class_description.hpp>
+
+namespace kap {
+
+// The general functions of the library, as members of one object that keeps their outcome.
+//
+// Each member is described where its work is done: recordsets in <kaputil/db/recordsets.hpp>,
+// records in <kaputil/db/records.hpp>, values in <kaputil/util/values.hpp>.
+//
+//     auto f = kap::make<kap::StdFunctions>();
+//     kap::Variant record;
+//     f->DB_Read(connection, u"SELECT * FROM Clienti WHERE Codice = 12", record);
+class StdFunctions final : public DescribedObject {
+public:
+    static const ClassDescription& classDescription();
+    [[nodiscard]] const ClassDescription& description() const override {
+        return classDescription();
+    }
+
+    // What went wrong in the last record member that reports here; made on first use.
+    [[nodiscard]] Ref<CErrore> Errore();
+    void setErrore(const Ref<CErrore>& value) { errore_ = value; }
+
+    Ref<ado::Recordset> OpenRecordset(const String& sqlString, ByRef<Variant> connessione,
+                                      ByRef<std::int16_t> cursorType = -1,
+                                      ByRef<std::int16_t> lockType = -1,
+                                      ByRef<std::int16_t> options = -1,
+                                      ByRef<bool> deleteNull = true,
+                                      ByRef<bool> closeConnection = true,
+                                      ByRef<std::int16_t> cursorLocation = -1);
+    bool DB_Read(ByRef<Variant> connessione, const String& sSQL, ByRef<Variant> stringaProprieta);
+    bool DB_Update(ByRef<Variant> connessione, const String& sSQL, const Variant& stringaProprieta);
+    bool DB_Delete(ByRef<Variant> connessione, const String& sSQL, ByRef<Variant> stringaProprieta);
+    Variant kapLeggiRecord(ByRef<Variant> connessione, const String& sStringaSQL,
+                           const String& sNomeCampi = u"°°°");
+    void ControllaConnessione(ByRef<Variant> connessione);
+    bool kapEmpty(const Variant& vValore);
+    Variant kapVal(const Variant& vValore, const String& sDataType = u"Double");
+    String kapApice(const Variant& sStringa);
+    Variant Riga_Prog(ByRef<Variant> connessione, ByRef<String> sSQL,
+                      ByRef<std::int16_t> nPasso = 1, ByRef<std::int16_t> nInizio = 1);
+    String TSToHex(const Variant& sBinRep);
+    Variant DtoSQL(const Variant& Valore);
+    bool kapGoTo(ByRef<Ref<ado::Recordset>> rst, const Variant& posizione);
+
+private:
+    Ref<CErrore> errore_;
+};
+
+}  // namespace kap

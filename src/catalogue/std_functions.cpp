@@ -1,0 +1,140 @@
+#include <kaputil/catalogue/std_functions.hpp>
+
+#include <kaputil/db/records.hpp>
+#include <kaputil/db/recordsets.hpp>
+#include <kaputil/util/values.hpp>
+
+#include "frame/class_builder.hpp"
+
+namespace kap {
+
+const ClassDescription& StdFunctions::classDescription() {
+    constexpr std::int16_t kChoose = -1;
+    static const ClassDescription description =
+        ClassBuilder<StdFunctions>(u"StdFunctions", u"ebe940f4-1cec-417c-9ee1-7425c4fae5fc",
+                                   u"fca6683b-acb8-41e7-8f8f-351624e536e7")
+            .summary(u"The general functions of the library.")
+            .instancing(Instancing::Global)
+            .property<&StdFunctions::Errore, &StdFunctions::setErrore>(
+                u"Errore", u"What went wrong in the last record member.")
+            .method<&StdFunctions::OpenRecordset>(
+                u"OpenRecordset",
+                {Parameter(u"SQLString").byReference(), u"Connessione",
+                 Parameter(u"CursorType").otherwise(kChoose),
+                 Parameter(u"LockType").otherwise(kChoose),
+                 Parameter(u"Options").otherwise(kChoose), Parameter(u"DeleteNull").otherwise(true),
+                 Parameter(u"CloseConnection").otherwise(true),
+                 Parameter(u"CursorLocation").otherwise(kChoose)},
+                u"Opens a query with the house's defaults and fetches every row.")
+            .method<&StdFunctions::DB_Read>(
+                u"DB_Read", {u"Connessione", Parameter(u"sSQL").byReference(), u"StringaProprieta"},
+                u"Reads the first record of a query into a property string.")
+            .method<&StdFunctions::DB_Update>(
+                u"DB_Update",
+                {u"Connessione", Parameter(u"sSQL").byReference(), u"StringaProprieta"},
+                u"Writes a property string into the first record of a query, or as a new one.")
+            .method<&StdFunctions::DB_Delete>(
+                u"DB_Delete",
+                {u"Connessione", Parameter(u"sSQL").byReference(), u"StringaProprieta"},
+                u"Deletes the first record of a query.")
+            .method<&StdFunctions::kapLeggiRecord>(
+                u"kapLeggiRecord",
+                {u"Connessione", Parameter(u"sStringaSQL").byReference(),
+                 Parameter(u"sNomeCampi").otherwise(u"°°°").byReference()},
+                u"Reads chosen fields of the first record of a query.")
+            .method<&StdFunctions::ControllaConnessione>(
+                u"ControllaConnessione", {u"Connessione"},
+                u"Opens a connection string in the caller's variable.")
+            .method<&StdFunctions::kapEmpty>(u"kapEmpty", {u"vValore"},
+                                             u"Whether a value is blank.")
+            .method<&StdFunctions::kapVal>(
+                u"kapVal", {u"vValore", Parameter(u"sDataType").otherwise(u"Double").byReference()},
+                u"A value as a number of a named type, 0 when it is none.")
+            .method<&StdFunctions::kapApice>(u"kapApice", {u"sStringa"},
+                                             u"A text made safe between single quotes in SQL.")
+            .method<&StdFunctions::Riga_Prog>(
+                u"Riga_Prog",
+                {u"Connessione", u"sSQL", Parameter(u"nPasso").otherwise(std::int16_t{1}),
+                 Parameter(u"nInizio").otherwise(std::int16_t{1})},
+                u"The next line number of a document.")
+            .method<&StdFunctions::TSToHex>(u"TSToHex", {Parameter(u"sBinRep").byReference()},
+                                            u"A row version as the text of its number.")
+            .method<&StdFunctions::DtoSQL>(u"DtoSQL", {u"Valore"},
+                                           u"A day-first date as year-month-day.")
+            .method<&StdFunctions::kapGoTo>(u"kapGoTo", {u"rst", u"Posizione"},
+                                            u"Moves to FIRST, LAST or a row number.")
+            .build();
+    return description;
+}
+
+Ref<CErrore> StdFunctions::Errore() {
+    if (!errore_) {
+        errore_ = make<CErrore>();
+    }
+    return errore_;
+}
+
+Ref<ado::Recordset> StdFunctions::OpenRecordset(const String& sqlString, ByRef<Variant> connessione,
+                                                ByRef<std::int16_t> cursorType,
+                                                ByRef<std::int16_t> lockType,
+                                                ByRef<std::int16_t> options, ByRef<bool> deleteNull,
+                                                ByRef<bool> closeConnection,
+                                                ByRef<std::int16_t> cursorLocation) {
+    return db::OpenRecordset(sqlString, connessione, cursorType, lockType, options, deleteNull,
+                             closeConnection, cursorLocation);
+}
+
+bool StdFunctions::DB_Read(ByRef<Variant> connessione, const String& sSQL,
+                           ByRef<Variant> stringaProprieta) {
+    return db::DB_Read(connessione, sSQL, stringaProprieta);
+}
+
+bool StdFunctions::DB_Update(ByRef<Variant> connessione, const String& sSQL,
+                             const Variant& stringaProprieta) {
+    return db::DB_Update(connessione, sSQL, stringaProprieta, *Errore());
+}
+
+bool StdFunctions::DB_Delete(ByRef<Variant> connessione, const String& sSQL,
+                             ByRef<Variant> stringaProprieta) {
+    return db::DB_Delete(connessione, sSQL, stringaProprieta, *Errore());
+}
+
+Variant StdFunctions::kapLeggiRecord(ByRef<Variant> connessione, const String& sStringaSQL,
+                                     const String& sNomeCampi) {
+    return Variant(db::kapLeggiRecord(connessione, sStringaSQL, sNomeCampi));
+}
+
+void StdFunctions::ControllaConnessione(ByRef<Variant> connessione) {
+    db::ControllaConnessione(connessione);
+}
+
+bool StdFunctions::kapEmpty(const Variant& vValore) {
+    return util::kapEmpty(vValore);
+}
+
+Variant StdFunctions::kapVal(const Variant& vValore, const String& sDataType) {
+    return util::kapVal(vValore, sDataType);
+}
+
+String StdFunctions::kapApice(const Variant& sStringa) {
+    return util::kapApice(sStringa);
+}
+
+Variant StdFunctions::Riga_Prog(ByRef<Variant> connessione, ByRef<String> sSQL,
+                                ByRef<std::int16_t> nPasso, ByRef<std::int16_t> nInizio) {
+    return db::Riga_Prog(connessione, sSQL, nPasso, nInizio);
+}
+
+String StdFunctions::TSToHex(const Variant& sBinRep) {
+    return util::TSToHex(sBinRep);
+}
+
+Variant StdFunctions::DtoSQL(const Variant& Valore) {
+    return util::DtoSQL(Valore);
+}
+
+bool StdFunctions::kapGoTo(ByRef<Ref<ado::Recordset>> rst, const Variant& posizione) {
+    return db::kapGoTo(rst, posizione);
+}
+
+}  // namespace kap

@@ -1,0 +1,211 @@
+#include <kaputil/db/recordsets.hpp>
+
+#include <chrono>
+#include <cmath>
+
+#include <kaputil/ado/error_numbers.hpp>
+#include <kaputil/frame/convert.hpp>
+#include <kaputil/frame/error.hpp>
+#include <kaputil/platform/pause.hpp>
+
+#include "frame/unicode.hpp"
+
+namespace kap::db {
+namespace {
+
+using ado::DataTypeEnum;
+using ado::FieldAttributeEnum;
+using ado::Recordset;
+
+constexpr int kMaxFailures = 11;
+constexpr std::chrono::milliseconds kPauseAfterFailedFetch{2000};
+
+// The substitutes for options that the caller leaves to the library.
+constexpr std::int16_t kChoose = -1;
+constexpr auto kDefaultCursorType = static_cast<std::int16_t>(ado::CursorTypeEnum::adOpenStatic);
+constexpr auto kDefaultLockType = static_cast<std::int16_t>(ado::LockTypeEnum::adLockOptimistic);
+constexpr auto kDefaultOptions = static_cast<std::int16_t>(ado::CommandTypeEnum::adCmdText);
+constexpr auto kDefaultLocation = static_cast<std::int16_t>(ado::CursorLocationEnum::adUseClient);
+
+void substitute(std::int16_t& option, std::int16_t chosen) {
+    if (option == kChoose) {
+        option = chosen;
+    }
+}
+
+// Moving to the last row makes a client cursor fetch every row.
+void fetchAll(Recordset& recordset) {
+    if (recordset.Eof()) {
+        return;
+    }
+    try {
+        recordset.MoveLast();
+    } catch (const AutomationError&) {
+        platform::pause(kPauseAfterFailedFetch);
+        throw;
+    }
+    recordset.MoveFirst();
+}
+
+bool healsByRetrying(const AutomationError& error) {
+    return error.number() != ado::errors::kUnknownObject &&
+           error.number() != ado::errors::kCommandText;
+}
+
+void closeIfOpen(Recordset& recordset) {
+    if (recordset.State() == ado::ObjectStateEnum::adStateOpen) {
+        recordset.Close();
+    }
+}
+
+// Calls `open` until it works; gives up quietly after the last failure.
+template <class Open>
+void retrying(Recordset& recordset, Open open) {
+    for (int failures = 0; failures < kMaxFailures; ++failures) {
+        try {
+            open();
+            return;
+        } catch (const AutomationError& error) {
+            if (!healsByRetrying(error)) {
+                // Callers see the number and the description; the source is left out.
+                throw AutomationError(error.number(), error.description());
+            }
+            closeIfOpen(recordset);
+        }
+    }
+}
+
+// The types whose Nulls are replaced. Deliberately no others: long integers, Booleans, big
+// integers, fixed-length and long wide texts, time stamps and binary values stay Null.
+bool hasNeutralValue(DataTypeEnum type) {
+    switch (type) {
+        case DataTypeEnum::adSmallInt:
+        case DataTypeEnum::adSingle:
+        case DataTypeEnum::adDouble:
+        case DataTypeEnum::adCurrency:
+        case DataTypeEnum::adDate:
+        case DataTypeEnum::adDecimal:
+        case DataTypeEnum::adUnsignedTinyInt:
+        case DataTypeEnum::adChar:
+        case DataTypeEnum::adNumeric:
+        case DataTypeEnum::adDBDate:
+        case DataTypeEnum::adVarChar:
+        case DataTypeEnum::adLongVarChar:
+        case DataTypeEnum::adVarWChar:
+            return true;
+        default:
+            return false;
+    }
+}
+
+bool mayBeAssigned(const ado::Field& field) {
+    constexpr auto kAssignable =
+        static_cast<std::int32_t>(FieldAttributeEnum::adFldUpdatable) |
+        static_cast<std::int32_t>(FieldAttributeEnum::adFldUnknownUpdatable);
+    return (field.Attributes() & kAssignable) != 0;
+}
+
+void replaceNulls(Recordset& recordset) {
+    if (recordset.Eof()) {
+        return;
+    }
+    const auto fields = recordset.Fields();
+    for (std::int32_t i = 0; i < fields->Count(); ++i) {
+        const auto field = fields->Item(i);
+        if (hasNeutralValue(field->Type()) && mayBeAssigned(*field)) {
+            recordset.replaceNulls(static_cast<std::size_t>(i));
+        }
+    }
+    recordset.MoveFirst();
+}
+
+bool isEmpty(const Recordset& recordset) {
+    return recordset.Bof() && recordset.Eof();
+}
+
+// Line numbers go through their text form and back through a reading that knows only the period:
+// where the decimal separator is a comma a fraction is lost. Deliberate; line numbers are whole.
+double throughText(const Variant& value) {
+    return convert::leadingNumber(convert::toString(value));
+}
+
+}  // namespace
+
+Ref<Recordset> OpenRecordset(const String& sqlString, ByRef<Variant> connessione,
+                             ByRef<std::int16_t> cursorType, ByRef<std::int16_t> lockType,
+                             ByRef<std::int16_t> options, ByRef<bool> deleteNull,
+                             ByRef<bool> closeConnection, ByRef<std::int16_t> cursorLocation) {
+    substitute(*cursorType, kDefaultCursorType);
+    substitute(*lockType, kDefaultLockType);
+    substitute(*options, kDefaultOptions);
+    substitute(*cursorLocation, kDefaultLocation);
+    auto recordset = make<Recordset>();
+    recordset->setCursorLocation(static_cast<ado::CursorLocationEnum>(*cursorLocation));
+    retrying(*recordset, [&] {
+        recordset->Open(sqlString, *connessione, static_cast<ado::CursorTypeEnum>(*cursorType),
+                        static_cast<ado::LockTypeEnum>(*lockType), *options);
+        fetchAll(*recordset);
+    });
+    if (*closeConnection) {
+        recordset->setActiveConnection(Variant(Ref<Object>()));
+    }
+    if (*deleteNull) {
+        replaceNulls(*recordset);
+    }
+    return recordset;
+}
+
+void ControllaConnessione(ByRef<Variant> connessione) {
+    if (connessione->isObject() &&
+        dynamic_cast<ado::Connection*>(connessione->as<Ref<Object>>().get()) != nullptr) {
+        return;
+    }
+    auto connection = make<ado::Connection>();
+    connection->Open(convert::toString(*connessione), u"", u"", -1);
+    *connessione = Variant(connection);
+}
+
+bool kapGoTo(ByRef<Ref<Recordset>> rst, const Variant& posizione) {
+    if (!*rst) {
+        throw AutomationError(errors::kObjectNotSet);
+    }
+    Recordset& recordset = **rst;
+    const std::u16string keyword = unicode::upper(convert::toString(posizione).view());
+    if (keyword == u"FIRST") {
+        if (!isEmpty(recordset)) {
+            recordset.MoveFirst();
+        }
+    } else if (keyword == u"LAST") {
+        if (!isEmpty(recordset)) {
+            recordset.MoveLast();
+        }
+    } else if (const std::int32_t row = convert::toLong(posizione); row == 1) {
+        if (!isEmpty(recordset)) {
+            recordset.MoveFirst();
+        }
+    } else {
+        recordset.MoveFirst();
+        recordset.Move(row - 1);
+    }
+    return false;  // deliberate: never anything else
+}
+
+Variant Riga_Prog(ByRef<Variant> connessione, ByRef<String> sSQL, ByRef<std::int16_t> nPasso,
+                  ByRef<std::int16_t> nInizio) {
+    if (*nInizio == 0) {
+        *nInizio = 1;
+    }
+    if (*nPasso == 0) {
+        *nPasso = 1;
+    }
+    const auto recordset = OpenRecordset(*sSQL, connessione, -1, -1, -1, /*deleteNull=*/false);
+    const Variant highest = recordset->Fields()->Item(0)->Value();
+    if (highest.isNull()) {
+        return *nInizio;
+    }
+    const double last = throughText(highest);
+    const std::int32_t remainder = convert::toLong(last) % *nPasso;
+    return last + *nPasso - remainder;
+}
+
+}  // namespace kap::db
