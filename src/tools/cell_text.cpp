@@ -1,0 +1,191 @@
+#include "tools/cell_text.hpp"
+
+#include <array>
+#include <charconv>
+#include <chrono>
+#include <cmath>
+#include <cstdint>
+#include <cstdio>
+
+#include <kaputil/frame/array.hpp>
+#include <kaputil/frame/convert.hpp>
+
+namespace kap::tools {
+namespace {
+
+using ado::DataTypeEnum;
+
+template <class Number>
+std::string numberText(Number value) {
+    std::array<char, 64> buffer{};
+    const auto end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value);
+    return {buffer.data(), end.ptr};
+}
+
+// An exact number with at least this many decimals.
+std::string withDecimals(std::string text, std::size_t decimals) {
+    if (decimals == 0) {
+        return text;
+    }
+    std::size_t point = text.find('.');
+    if (point == std::string::npos) {
+        point = text.size();
+        text.push_back('.');
+    }
+    const std::size_t present = text.size() - point - 1;
+    return text + std::string(decimals > present ? decimals - present : 0, '0');
+}
+
+std::string decimalText(const Decimal& value, const ado::Field& field) {
+    const std::uint8_t scale = field.NumericScale();
+    const bool scaled = field.Type() == DataTypeEnum::adNumeric && scale <= Decimal::kMaxScale;
+    return withDecimals(value.plainText(), scaled ? scale : 0);
+}
+
+// The fraction of an automation date counts away from its day's midnight, also before 1900.
+std::string dateText(Date date, bool withTime) {
+    constexpr double kMillisecondsPerDay = 86'400'000;
+    constexpr std::int64_t kMilliseconds = 1000;
+    constexpr std::chrono::sys_days kOrigin = std::chrono::year{1899} / 12 / 30;
+    double day = std::trunc(date.days);
+    auto milliseconds =
+        static_cast<std::int64_t>(std::round(std::fabs(date.days - day) * kMillisecondsPerDay));
+    if (milliseconds == static_cast<std::int64_t>(kMillisecondsPerDay)) {
+        milliseconds = 0;
+        day += 1;
+    }
+    const std::chrono::year_month_day civil(kOrigin + std::chrono::days(static_cast<int>(day)));
+    const std::chrono::hh_mm_ss time{std::chrono::milliseconds(milliseconds)};
+
+    std::array<char, 64> buffer{};
+    int used = std::snprintf(buffer.data(), buffer.size(), "%04d-%02u-%02u",
+                             static_cast<int>(civil.year()), static_cast<unsigned>(civil.month()),
+                             static_cast<unsigned>(civil.day()));
+    std::string text(buffer.data(), static_cast<std::size_t>(used));
+    if (!withTime) {
+        return text;
+    }
+    used = std::snprintf(
+        buffer.data(), buffer.size(), " %02d:%02d:%02d", static_cast<int>(time.hours().count()),
+        static_cast<int>(time.minutes().count()), static_cast<int>(time.seconds().count()));
+    text.append(buffer.data(), static_cast<std::size_t>(used));
+    if (milliseconds % kMilliseconds != 0) {
+        used = std::snprintf(buffer.data(), buffer.size(), ".%03d",
+                             static_cast<int>(milliseconds % kMilliseconds));
+        text.append(buffer.data(), static_cast<std::size_t>(used));
+    }
+    return text;
+}
+
+std::string bytesText(const std::vector<std::uint8_t>& bytes) {
+    constexpr const char* kDigits = "0123456789ABCDEF";
+    std::string text = "0x";
+    for (const std::uint8_t byte : bytes) {
+        text.push_back(kDigits[byte >> 4U]);
+        text.push_back(kDigits[byte & 0x0FU]);
+    }
+    return text;
+}
+
+}  // namespace
+
+std::string typeNameOf(const ado::Field& field) {
+    switch (field.Type()) {
+        case DataTypeEnum::adInteger:
+            return "int";
+        case DataTypeEnum::adSmallInt:
+            return "smallint";
+        case DataTypeEnum::adUnsignedTinyInt:
+            return "tinyint";
+        case DataTypeEnum::adBigInt:
+            return "bigint";
+        case DataTypeEnum::adBoolean:
+            return "bit";
+        case DataTypeEnum::adSingle:
+            return "real";
+        case DataTypeEnum::adDouble:
+            return "float";
+        case DataTypeEnum::adCurrency:
+            return "money";
+        case DataTypeEnum::adDecimal:
+        case DataTypeEnum::adNumeric:
+            return "decimal";
+        case DataTypeEnum::adDBDate:
+            return "date";
+        case DataTypeEnum::adDBTimeStamp:
+            return "datetime";
+        case DataTypeEnum::adChar:
+            return "char";
+        case DataTypeEnum::adVarChar:
+            return "varchar";
+        case DataTypeEnum::adWChar:
+            return "nchar";
+        case DataTypeEnum::adVarWChar:
+            return "nvarchar";
+        case DataTypeEnum::adLongVarChar:
+            return "text";
+        case DataTypeEnum::adLongVarWChar:
+            return "ntext";
+        case DataTypeEnum::adBinary: {
+            const auto rowVersion =
+                static_cast<std::int32_t>(ado::FieldAttributeEnum::adFldRowVersion);
+            return (field.Attributes() & rowVersion) != 0 ? "timestamp" : "binary";
+        }
+        case DataTypeEnum::adVarBinary:
+            return "varbinary";
+        case DataTypeEnum::adLongVarBinary:
+            return "image";
+        case DataTypeEnum::adGUID:
+            return "uniqueidentifier";
+        default:
+            return "type " + numberText(static_cast<std::int32_t>(field.Type()));
+    }
+}
+
+bool isNumber(const ado::Field& field) {
+    switch (field.Type()) {
+        case DataTypeEnum::adInteger:
+        case DataTypeEnum::adSmallInt:
+        case DataTypeEnum::adUnsignedTinyInt:
+        case DataTypeEnum::adBigInt:
+        case DataTypeEnum::adBoolean:
+        case DataTypeEnum::adSingle:
+        case DataTypeEnum::adDouble:
+        case DataTypeEnum::adCurrency:
+        case DataTypeEnum::adDecimal:
+        case DataTypeEnum::adNumeric:
+            return true;
+        default:
+            return false;
+    }
+}
+
+std::optional<std::string> cellText(const ado::Field& field) {
+    constexpr int kCurrencyScale = 4;
+    const Variant value = field.Value();
+    switch (value.type()) {
+        case VarType::Null:
+            return std::nullopt;
+        case VarType::Boolean:
+            return value.as<bool>() ? "1" : "0";
+        case VarType::Single:
+            return numberText(value.as<float>());
+        case VarType::Double:
+            return numberText(value.as<double>());
+        case VarType::Currency:
+            return withDecimals(Decimal(value.as<Currency>().scaled, kCurrencyScale).plainText(),
+                                kCurrencyScale);
+        case VarType::Decimal:
+            return decimalText(value.as<Decimal>(), field);
+        case VarType::Date:
+            return dateText(value.as<Date>(), field.Type() != DataTypeEnum::adDBDate);
+        case VarType::Array:
+            return bytesText(value.as<Array>().bytes());
+        case VarType::String:
+            return value.as<String>().utf8();
+        default:
+            return numberText(convert::toLong(value));  // Byte, Integer, Long
+    }
+}
+
+}  // namespace kap::tools

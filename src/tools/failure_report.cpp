@@ -1,0 +1,50 @@
+#include "tools/failure_report.hpp"
+
+#include <ostream>
+
+#include <nlohmann/json.hpp>
+
+#include "tools/shown_text.hpp"
+
+namespace kap::tools {
+namespace {
+
+// Half of a surrogate pair cannot be told in UTF-8; what() shows it as U+FFFD.
+std::string sentence(const Failure& failure) {
+    return AutomationError(failure.number, failure.description).what();
+}
+
+}  // namespace
+
+std::vector<Failure> failuresOf(const ado::Connection& connection, const AutomationError& raised,
+                                std::int32_t firstLine) {
+    std::vector<Failure> failures;
+    const auto reported = connection.Errors();
+    for (std::int32_t i = 0; i < reported->Count(); ++i) {
+        const auto error = reported->Item(i);
+        const std::int32_t line = error->line() > 0 ? error->line() + firstLine - 1 : 0;
+        failures.push_back({error->Number(), error->NativeError(), line, error->Description()});
+    }
+    if (failures.empty()) {
+        failures.push_back({raised.number(), 0, 0, raised.description()});
+    }
+    return failures;
+}
+
+void printFailure(std::ostream& out, const Failure& failure, bool json) {
+    if (json) {
+        const nlohmann::ordered_json error = {{"number", failure.number},
+                                              {"native", failure.native},
+                                              {"line", failure.line},
+                                              {"description", sentence(failure)}};
+        out << nlohmann::ordered_json{{"error", error}}.dump() << '\n';
+        return;
+    }
+    out << "error " << (failure.native != 0 ? failure.native : failure.number);
+    if (failure.line > 0) {
+        out << ", line " << failure.line;
+    }
+    out << ": " << shownText(sentence(failure)) << '\n';
+}
+
+}  // namespace kap::tools

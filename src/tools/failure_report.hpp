@@ -1,0 +1,30 @@
+#pragma once
+
+#include <cstdint>
+#include <iosfwd>
+#include <vector>
+
+#include <kaputil/ado/connection.hpp>
+#include <kaputil/frame/error.hpp>
+
+namespace kap::tools {
+
+// One error as it is told to people and programs.
+struct Failure {
+    std::int32_t number = 0;  // the code that clients compare
+    std::int32_t native = 0;  // the database's own number, 0 when it comes from elsewhere
+    std::int32_t line = 0;    // of the script, from 1; 0 when the error has no place in it
+    String description;
+};
+
+// What the connection reported about `raised`, or `raised` itself when it reported nothing. Lines
+// count from `firstLine`, the line on which the text that was run begins.
+[[nodiscard]] std::vector<Failure> failuresOf(const ado::Connection& connection,
+                                              const AutomationError& raised,
+                                              std::int32_t firstLine = 1);
+
+// "error 208, line 3: Invalid object name 'X'.", or with `json` one object a line:
+// {"error":{"number":-2147217865,"native":208,"line":3,"description":"..."}}
+void printFailure(std::ostream& out, const Failure& failure, bool json);
+
+}  // namespace kap::tools

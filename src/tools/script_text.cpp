@@ -1,0 +1,73 @@
+#include "tools/script_text.hpp"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string_view>
+
+#include <kaputil/frame/error.hpp>
+#include <kaputil/frame/string.hpp>
+
+namespace kap::tools {
+namespace {
+
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+
+bool isUtf8(std::string_view bytes) {
+    try {
+        const String text(bytes);
+        return true;
+    } catch (const AutomationError& error) {
+        if (error.number() != errors::kInvalidArgument) {
+            throw;
+        }
+        return false;
+    }
+}
+
+// Bytes of one line never continue a character of the one before, so lines can be judged alone.
+std::ptrdiff_t firstBadLine(std::string_view bytes) {
+    std::ptrdiff_t line = 1;
+    for (std::size_t start = 0; start < bytes.size(); ++line) {
+        const std::size_t end = std::min(bytes.find('\n', start), bytes.size());
+        if (!isUtf8(bytes.substr(start, end - start))) {
+            break;
+        }
+        start = end + 1;
+    }
+    return line;
+}
+
+}  // namespace
+
+std::string readScript(std::istream& in, const std::string& name) {
+    std::string bytes{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+    if (in.bad()) {
+        throw ScriptError("cannot read " + name + ": " + std::strerror(errno));
+    }
+    if (bytes.starts_with(kByteOrderMark)) {
+        bytes.erase(0, kByteOrderMark.size());
+    }
+    if (!isUtf8(bytes)) {
+        throw ScriptError(name + ", line " + std::to_string(firstBadLine(bytes)) +
+                          ": not UTF-8; save the script as UTF-8 and run it again");
+    }
+    return bytes;
+}
+
+std::string readScript(const std::string& path) {
+    if (std::filesystem::is_directory(path)) {
+        throw ScriptError("cannot read " + path + ": it is a directory");
+    }
+    errno = 0;
+    std::ifstream in(path, std::ios::binary);
+    if (!in) {
+        throw ScriptError("cannot read " + path + ": " + std::strerror(errno));
+    }
+    return readScript(in, path);
+}
+
+}  // namespace kap::tools

@@ -1,0 +1,123 @@
+#include "tools/sql_command.hpp"
+
+#include <unistd.h>
+
+#include <iostream>
+#include <vector>
+
+#include <kaputil/ado/connection.hpp>
+#include <kaputil/ado/error_numbers.hpp>
+#include <kaputil/ado/recordset.hpp>
+
+#include "tools/exit_codes.hpp"
+#include "tools/failure_report.hpp"
+#include "tools/json_rows.hpp"
+#include "tools/script_text.hpp"
+#include "tools/table_printer.hpp"
+#include "tools/terminal.hpp"
+#include "tsql/script_split.hpp"
+#include "tsql/server_error.hpp"
+
+namespace kap::tools {
+namespace {
+
+std::string scriptOf(const SqlCommand& options) {
+    if (options.command) {
+        return *options.command;
+    }
+    if (options.file) {
+        return readScript(*options.file);
+    }
+    if (isatty(STDIN_FILENO) == 1) {
+        std::cerr << "Type the script; Ctrl-D on an empty line runs it.\n";
+    }
+    return readScript(std::cin, "standard input");
+}
+
+// Statements that neither read nor write rows (CREATE TABLE, SET) have nothing to tell.
+void printAnswer(ado::Recordset& answer, bool json, const Terminal& terminal, bool& printedBefore) {
+    const bool rows = answer.State() == ado::ObjectStateEnum::adStateOpen;
+    const auto written = answer.rowsAffected();
+    if (!rows && !written) {
+        return;
+    }
+    if (json) {
+        printJson(std::cout, answer);
+        return;
+    }
+    if (printedBefore) {
+        std::cout << '\n';
+    }
+    printedBefore = true;
+    if (rows) {
+        printTable(std::cout, answer, terminal);
+    } else {
+        std::cout << '(' << *written << (*written == 1 ? " row affected)\n" : " rows affected)\n");
+    }
+}
+
+void report(const std::vector<Failure>& failures, bool json) {
+    std::cout.flush();  // what came before the error stands before it
+    for (const Failure& failure : failures) {
+        printFailure(std::cerr, failure, json);
+    }
+}
+
+// Runs a batch and prints its answers; those of the statements before a failing one too.
+bool runBatch(ado::Connection& connection, const tsql::Batch& batch, bool json,
+              const Terminal& terminal, bool& printedBefore) {
+    std::vector<Ref<ado::Recordset>> answers;
+    std::vector<Failure> failures;
+    connection.Errors()->Clear();
+    try {
+        connection.executeAll(batch.text, answers);
+    } catch (const AutomationError& error) {
+        failures = failuresOf(connection, error, batch.firstLine);
+    }
+    for (const auto& answer : answers) {
+        printAnswer(*answer, json, terminal, printedBefore);
+    }
+    report(failures, json);
+    return failures.empty();
+}
+
+int runBatches(ado::Connection& connection, const std::vector<tsql::Batch>& batches, bool json) {
+    const Terminal terminal = Terminal::ofStandardOutput();
+    bool printedBefore = false;
+    for (const tsql::Batch& batch : batches) {
+        for (int i = 0; i < batch.count; ++i) {
+            if (!runBatch(connection, batch, json, terminal, printedBefore)) {
+                return kFailed;
+            }
+        }
+    }
+    return kSuccess;
+}
+
+}  // namespace
+
+int SqlCommand::run() const {
+    std::vector<tsql::Batch> batches;
+    try {
+        const std::string script = scriptOf(*this);
+        batches = tsql::splitScript(script);
+    } catch (const ScriptError& error) {
+        std::cerr << "kaputil: " << error.what() << '\n';
+        return kWrongUsage;
+    } catch (const tsql::ServerError& error) {
+        report({{ado::errors::kCommandText, error.number(), error.line(), error.message()}}, json);
+        return kFailed;
+    }
+
+    const auto database = make<ado::Connection>();
+    database->setCursorLocation(ado::CursorLocationEnum::adUseClient);
+    try {
+        database->Open(connection);
+    } catch (const AutomationError& error) {
+        report(failuresOf(*database, error), json);
+        return kNoDatabase;
+    }
+    return runBatches(*database, batches, json);
+}
+
+}  // namespace kap::tools

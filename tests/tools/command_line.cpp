@@ -1,0 +1,140 @@
+#include "tools/command_line.hpp"
+
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+#include <map>
+#include <string_view>
+#include <system_error>
+#include <utility>
+
+extern char** environ;
+
+namespace kap::tests {
+namespace {
+
+std::string contentOf(const std::string& file) {
+    std::ifstream in(file, std::ios::binary);
+    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+}
+
+std::string nameOf(const std::string& variable) {
+    return variable.substr(0, variable.find('='));
+}
+
+// The environment of this process, changed by `variables`.
+std::vector<std::string> environmentWith(const std::vector<std::string>& variables) {
+    std::map<std::string, std::string> byName;
+    for (char** entry = environ; *entry != nullptr; ++entry) {
+        byName[nameOf(*entry)] = *entry;
+    }
+    byName["KAPUTIL_LOCALE"] = "KAPUTIL_LOCALE=it-IT";
+    byName["KAPUTIL"] = std::string("KAPUTIL=") + KAPUTIL_CLI;
+    for (const std::string& variable : variables) {
+        byName[nameOf(variable)] = variable;
+    }
+    std::vector<std::string> all;
+    for (const auto& [name, variable] : byName) {
+        all.push_back(variable);
+    }
+    return all;
+}
+
+std::vector<char*> pointersTo(std::vector<std::string>& texts) {
+    std::vector<char*> pointers;
+    pointers.reserve(texts.size() + 1);
+    for (std::string& text : texts) {
+        pointers.push_back(text.data());
+    }
+    pointers.push_back(nullptr);
+    return pointers;
+}
+
+void require(int error, const char* what) {
+    if (error != 0) {
+        throw std::system_error(error, std::generic_category(), what);
+    }
+}
+
+}  // namespace
+
+Folder::Folder() {
+    std::string name = (std::filesystem::temp_directory_path() / "kaputil-test-XXXXXX").string();
+    if (mkdtemp(name.data()) == nullptr) {
+        throw std::system_error(errno, std::generic_category(), name);
+    }
+    path_ = name;
+}
+
+Folder::~Folder() {
+    std::error_code ignored;
+    std::filesystem::remove_all(path_, ignored);
+}
+
+std::string Folder::file(const std::string& name, const std::string& content) const {
+    const std::string path = *this / name;
+    std::ofstream(path, std::ios::binary) << content;
+    return path;
+}
+
+std::string connectionTo(const std::string& file) {
+    return "Provider=KapLocal;Data Source=" + file;
+}
+
+namespace {
+
+Outcome run(std::vector<std::string> command, const std::string& input,
+            const std::vector<std::string>& variables) {
+    const Folder folder;
+    const std::string in = folder.file("in", input);
+    const std::string out = folder / "out";
+    const std::string err = folder / "err";
+
+    posix_spawn_file_actions_t actions;
+    require(posix_spawn_file_actions_init(&actions), "posix_spawn_file_actions_init");
+    const int create = O_WRONLY | O_CREAT | O_TRUNC;
+    posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, in.c_str(), O_RDONLY, 0);
+    posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, out.c_str(), create, 0600);
+    posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, err.c_str(), create, 0600);
+
+    const std::string program = command.front();
+    auto environment = environmentWith(variables);
+    pid_t process = 0;
+    const int error = posix_spawn(&process, program.c_str(), &actions, nullptr,
+                                  pointersTo(command).data(), pointersTo(environment).data());
+    posix_spawn_file_actions_destroy(&actions);
+    require(error, program.c_str());
+
+    int status = 0;
+    while (waitpid(process, &status, 0) < 0) {
+        if (errno != EINTR) {
+            throw std::system_error(errno, std::generic_category(), "waitpid");
+        }
+    }
+    Outcome result;
+    result.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
+    result.out = contentOf(out);
+    result.err = contentOf(err);
+    return result;
+}
+
+}  // namespace
+
+Outcome kaputil(const std::vector<std::string>& arguments, const std::string& input,
+                const std::vector<std::string>& variables) {
+    std::vector<std::string> command = {KAPUTIL_CLI};
+    command.insert(command.end(), arguments.begin(), arguments.end());
+    return run(std::move(command), input, variables);
+}
+
+Outcome shell(const std::string& line) {
+    return run({"/bin/sh", "-c", line}, {}, {});
+}
+
+}  // namespace kap::tests
