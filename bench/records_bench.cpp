@@ -195,6 +195,7 @@ Ref<kap::ado::Recordset> openAll() {
 Checksum recordsetChecksum() {
     const auto rows = openAll();
     std::vector<Ref<kap::ado::Field>> fields;
+    fields.reserve(kColumns);
     for (std::int32_t i = 0; i < kColumns; ++i) {
         fields.push_back(rows->Fields()->Item(i));
     }

@@ -4,6 +4,7 @@
 #include <utility>
 #include <vector>
 
+#include <kaputil/ado/error_numbers.hpp>
 #include <kaputil/ado/recordset.hpp>
 #include <kaputil/frame/error.hpp>
 
@@ -11,6 +12,8 @@
 #include "ado/failures.hpp"
 #include "ado/row_cursor.hpp"
 #include "frame/class_builder.hpp"
+#include "tsql/script_split.hpp"
+#include "tsql/server_error.hpp"
 
 namespace kap::ado {
 namespace {
@@ -139,6 +142,21 @@ void Connection::executeAll(const String& script, std::vector<Ref<Recordset>>& a
         throw;
     }
     handOver();
+}
+
+std::vector<ScriptBatch> Connection::batchesOf(const String& script) {
+    std::vector<ScriptBatch> batches;
+    reporting([&] {
+        try {
+            for (tsql::Batch& batch : tsql::splitScript(script.utf8())) {
+                batches.push_back({std::move(batch.text), batch.firstLine, batch.count});
+            }
+        } catch (const tsql::ServerError& error) {
+            throw DriverError(
+                {{error.number(), errors::kCommandText, "42000", error.message(), error.line()}});
+        }
+    });
+    return batches;
 }
 
 // A statement's answer: its rows, or a closed recordset that tells how many rows it wrote.

@@ -93,10 +93,14 @@ const CaseTable& upperTable() {
 }  // namespace
 
 std::optional<std::u16string> utf16(std::string_view utf8) {
-    std::u16string out;
-    out.reserve(utf8.size());
     const auto* bytes = reinterpret_cast<const utf8proc_uint8_t*>(utf8.data());
-    for (std::size_t i = 0; i < utf8.size();) {
+    // Most texts are plain ASCII, one unit a byte; the rest begins at the first byte that is not.
+    std::size_t i = 0;
+    while (i < utf8.size() && bytes[i] < 0x80) {
+        ++i;
+    }
+    std::u16string out(bytes, bytes + i);
+    while (i < utf8.size()) {
         if (bytes[i] < 0x80) {
             out.push_back(bytes[i++]);
             continue;

@@ -6,7 +6,6 @@
 #include <vector>
 
 #include <kaputil/ado/connection.hpp>
-#include <kaputil/ado/error_numbers.hpp>
 #include <kaputil/ado/recordset.hpp>
 
 #include "tools/exit_codes.hpp"
@@ -15,8 +14,6 @@
 #include "tools/script_text.hpp"
 #include "tools/table_printer.hpp"
 #include "tools/terminal.hpp"
-#include "tsql/script_split.hpp"
-#include "tsql/server_error.hpp"
 
 namespace kap::tools {
 namespace {
@@ -64,7 +61,7 @@ void report(const std::vector<Failure>& failures, bool json) {
 }
 
 // Runs a batch and prints its answers; those of the statements before a failing one too.
-bool runBatch(ado::Connection& connection, const tsql::Batch& batch, bool json,
+bool runBatch(ado::Connection& connection, const ado::ScriptBatch& batch, bool json,
               const Terminal& terminal, bool& printedBefore) {
     std::vector<Ref<ado::Recordset>> answers;
     std::vector<Failure> failures;
@@ -81,32 +78,38 @@ bool runBatch(ado::Connection& connection, const tsql::Batch& batch, bool json,
     return failures.empty();
 }
 
-int runBatches(ado::Connection& connection, const std::vector<tsql::Batch>& batches, bool json) {
+bool runBatches(ado::Connection& connection, const std::vector<ado::ScriptBatch>& batches,
+                bool json) {
     const Terminal terminal = Terminal::ofStandardOutput();
     bool printedBefore = false;
-    for (const tsql::Batch& batch : batches) {
+    for (const ado::ScriptBatch& batch : batches) {
         for (int i = 0; i < batch.count; ++i) {
             if (!runBatch(connection, batch, json, terminal, printedBefore)) {
-                return kFailed;
+                return false;
             }
         }
     }
-    return kSuccess;
+    return true;
+}
+
+int runScript(ado::Connection& connection, const std::string& script, bool json) {
+    try {
+        return runBatches(connection, connection.batchesOf(script), json) ? kSuccess : kFailed;
+    } catch (const AutomationError& error) {
+        report(failuresOf(connection, error), json);
+        return kFailed;
+    }
 }
 
 }  // namespace
 
 int SqlCommand::run() const {
-    std::vector<tsql::Batch> batches;
+    std::string script;
     try {
-        const std::string script = scriptOf(*this);
-        batches = tsql::splitScript(script);
+        script = scriptOf(*this);
     } catch (const ScriptError& error) {
         std::cerr << "kaputil: " << error.what() << '\n';
         return kWrongUsage;
-    } catch (const tsql::ServerError& error) {
-        report({{ado::errors::kCommandText, error.number(), error.line(), error.message()}}, json);
-        return kFailed;
     }
 
     const auto database = make<ado::Connection>();
@@ -117,7 +120,7 @@ int SqlCommand::run() const {
         report(failuresOf(*database, error), json);
         return kNoDatabase;
     }
-    return runBatches(*database, batches, json);
+    return runScript(*database, script, json);
 }
 
 }  // namespace kap::tools

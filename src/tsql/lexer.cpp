@@ -38,7 +38,7 @@ bool continuesName(char c) {
 }
 
 class Lexer {
-  public:
+public:
     Lexer(std::string_view sql, int firstLine) : sql_(sql), line_(firstLine) {}
 
     std::vector<Token> run() {
@@ -49,7 +49,7 @@ class Lexer {
         return std::move(tokens_);
     }
 
-  private:
+private:
     [[nodiscard]] char at(std::size_t offset) const {
         return position_ + offset < sql_.size() ? sql_[position_ + offset] : '\0';
     }

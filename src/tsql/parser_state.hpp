@@ -16,25 +16,25 @@ namespace kap::tsql {
 /// parser_sources.cpp, parser_data.cpp, parser_definitions.cpp, parser_types.cpp,
 /// parser_scripts.cpp.
 class Parser {
-  public:
+public:
     explicit Parser(std::vector<Token> tokens) : tokens_(std::move(tokens)) {}
 
     Script script();
     TypeSpec wholeType();
 
-  private:
+private:
     // Where an expression stands decides whether brackets in it may hold a condition.
     enum class Place { Value, Condition };
 
     // Counts the nesting of rules while it lives.
     class Level {
-      public:
+    public:
         explicit Level(Parser& parser);
         ~Level() { --parser_.nesting_; }
         Level(const Level&) = delete;
         Level& operator=(const Level&) = delete;
 
-      private:
+    private:
         Parser& parser_;
     };
 

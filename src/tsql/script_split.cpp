@@ -36,7 +36,7 @@ std::optional<int> goCount(std::string_view line, int lineNumber) {
 
 // Follows quotes and comments from line to line, to know whether a line starts in the open.
 class QuoteTracker {
-  public:
+public:
     [[nodiscard]] bool inTheOpen() const { return close_ == '\0' && commentDepth_ == 0; }
 
     void read(std::string_view line) {
@@ -63,7 +63,7 @@ class QuoteTracker {
         }
     }
 
-  private:
+private:
     char close_ = '\0';
     int commentDepth_ = 0;
 };

@@ -10,7 +10,7 @@ namespace kap::tsql {
 /// The message is UTF-8. `what()` is the message. `line` counts from 1 within the text that was
 /// sent, 0 when the error has no place in a text.
 class ServerError : public std::runtime_error {
-  public:
+public:
     ServerError(int number, std::string message, int line = 0, int severity = 16, int state = 1);
 
     [[nodiscard]] int number() const noexcept { return number_; }
@@ -24,7 +24,7 @@ class ServerError : public std::runtime_error {
         return {number_, message(), line_ == 0 ? line : line_, severity_, state_};
     }
 
-  private:
+private:
     int number_;
     int severity_;
     int state_;

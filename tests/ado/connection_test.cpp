@@ -113,7 +113,7 @@ TEST(Connection, RaisesTheServersWordsForAnErrorInTheText) {
         FAIL() << "a text that is no statement was accepted";
     } catch (const AutomationError& error) {
         EXPECT_EQ(error.number(), errors::kCommandText);
-        EXPECT_EQ(error.description(), String(u"Incorrect syntax near 'Clienti'."));
+        EXPECT_EQ(error.description(), String(u"Incorrect syntax near 'FRM'."));
     }
 }
 

@@ -142,9 +142,10 @@ TEST_P(RefusedStatement, NamesWhatIsWrongAndWhere) {
     }
 }
 
-#define REFUSED(construct)                                                                 \
-    "Keyword or statement option '" construct "' is not supported in this version of the " \
-                                              "database."
+#define REFUSED(construct)                       \
+    "Keyword or statement option '" construct    \
+    "' is not supported in this version of the " \
+    "database."
 
 INSTANTIATE_TEST_SUITE_P(
     Parser, RefusedStatement,

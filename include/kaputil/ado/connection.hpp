@@ -17,6 +17,13 @@ class Recordset;
 class Session;
 struct Result;
 
+// One batch of a script file: what is sent at once.
+struct ScriptBatch {
+    String text;
+    std::int32_t firstLine = 1;  // the line of the file on which the text begins
+    std::int32_t count = 1;      // how many times it is run
+};
+
 // An open session with a database.
 //
 //     auto connection = kap::make<kap::ado::Connection>();
@@ -62,6 +69,10 @@ public:
     // that tells how many rows it wrote. When a statement fails, the answers of those before it are
     // there. C++ only.
     void executeAll(const String& script, std::vector<Ref<Recordset>>& answers);
+
+    // Cuts the text of a script file at its GO lines, each of which may name a count ("GO 5").
+    // Raises -2147217900 for a count that is not a whole number. C++ only.
+    [[nodiscard]] std::vector<ScriptBatch> batchesOf(const String& script);
 
     // Transactions; the result of BeginTrans is the new nesting level.
     std::int32_t BeginTrans();

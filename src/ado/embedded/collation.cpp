@@ -163,7 +163,7 @@ std::weak_ordering compareBy(std::string_view left, std::string_view right, Next
 
 std::weak_ordering compareUnicode(std::string_view left, std::string_view right) noexcept {
     const std::weak_ordering byLetters = compareBy(left, right, nextBase);
-    return byLetters != 0 ? byLetters : compareBy(left, right, nextMark);
+    return std::is_neq(byLetters) ? byLetters : compareBy(left, right, nextMark);
 }
 
 int compareForSqlite(void* /*context*/, int leftSize, const void* left, int rightSize,
@@ -171,7 +171,7 @@ int compareForSqlite(void* /*context*/, int leftSize, const void* left, int righ
     const auto order =
         compareTexts({static_cast<const char*>(left), static_cast<std::size_t>(leftSize)},
                      {static_cast<const char*>(right), static_cast<std::size_t>(rightSize)});
-    return order < 0 ? -1 : (order > 0 ? 1 : 0);
+    return std::is_lt(order) ? -1 : (std::is_gt(order) ? 1 : 0);
 }
 
 }  // namespace

@@ -172,6 +172,9 @@ bool ScriptRunner::fill(Prepared& statement, Result& result, SchemaCheck check) 
         reader.read(rows, result.rows);
         more = rows.step();
     }
+    for (ColumnStore& column : result.rows) {
+        column.shrink();
+    }
     return true;
 }
 

@@ -210,12 +210,44 @@ TEST(TranslateExpression, AcceptsLongChainsAndLists) {
     EXPECT_EQ(database.run("SELECT 5 WHERE 1 IN (" + list + ", 1)"), "5");
 }
 
-TEST(TranslateExpression, AcceptsNestingUpToTheParsersLimit) {
+TEST(TranslateExpression, AcceptsLongSumsOfEveryKind) {
     testing::TranslatedDatabase database;
-    std::string sum = "1";
-    for (int i = 0; i < 150; ++i)
-        sum += " + 1";
-    EXPECT_EQ(database.run("SELECT " + sum), "151");
+    const auto repeated = [](std::string first, const std::string& more) {
+        for (int i = 0; i < 150; ++i)
+            first += more;
+        return "SELECT " + first;
+    };
+    EXPECT_EQ(database.run(repeated("1", " + 1")), "151");
+    EXPECT_EQ(database.run(repeated("1", " - 1")), "-149");
+    EXPECT_EQ(database.run(repeated("1.5", " + 0.25")), "39.00");
+    EXPECT_EQ(database.run(repeated("$1", " + $0.01")), "2.5000");
+    EXPECT_EQ(database.run(repeated("1e0", " + 0.5e0")), "76");
+    EXPECT_EQ(database.run("SELECT len(" + repeated("'a'", " + 'bc'").substr(7) + ")"), "301");
+    EXPECT_EQ(database.run(
+                  "SELECT len(" +
+                  repeated("replace('a', 'a', 'b')", " + replace('a', 'a', 'b')").substr(7) + ")"),
+              "151");
+}
+
+TEST(TranslateExpression, ChecksEveryStepOfASum) {
+    testing::TranslatedDatabase database;
+    EXPECT_EQ(database.error("SELECT 2147483647 + 1 - 1"),
+              "8115: Arithmetic overflow error converting expression to data type int.");
+    EXPECT_EQ(database.error("SELECT 2147483647 + 1 + cast(1 as bigint)"),
+              "8115: Arithmetic overflow error converting expression to data type int.");
+    EXPECT_EQ(
+        database.run("SELECT 1 - 2 - (3 - 4), 1 + 1.5 + 0.25, 7 - 0.5 - 1, $1 + 1 + 0.5 - $2"),
+        "0|2.75|5.5|0.5000");
+    EXPECT_EQ(database.columns("SELECT cast(1 as decimal(18,10)) + cast(1 as decimal(18,10)) a"),
+              "a numeric(19,10) notnull");
+    EXPECT_EQ(database.run("SELECT cast(1.5 as decimal(18,10)) + cast(1 as decimal(18,10))"),
+              "2.5000000000");
+}
+
+TEST(TranslateExpression, CutsJoinedTextsAtTheLongest) {
+    testing::TranslatedDatabase database;
+    EXPECT_EQ(database.run("SELECT len(replicate('a', 5000) + replicate('b', 5000) + 'c')"),
+              "8000");
 }
 
 }  // namespace

@@ -73,8 +73,8 @@ public:
 
     double parse() {
         if (!startsWithTime()) parseDay();
-        if (at(0) != nullptr && at(0)->kind == Piece::Kind::Word && at(0)->text == "T") ++position_;
-        if (at(0) != nullptr) parseTime();
+        const bool marked = takeWord("T");
+        if (marked || at(0) != nullptr) parseTime();
         if (at(0) != nullptr) notADate(target_);
         const auto instant = instantOf(parts_);
         if (!instant || !inRange(*instant, target_)) outOfRange(target_);
@@ -214,6 +214,13 @@ private:
             notADate(target_);
         }
         parseHalfOfDay();
+    }
+
+    bool takeWord(std::string_view word) {
+        if (at(0) == nullptr || at(0)->kind != Piece::Kind::Word || at(0)->text != word)
+            return false;
+        ++position_;
+        return true;
     }
 
     bool takeSign(char sign) {

@@ -3,6 +3,7 @@
 #include <new>
 #include <stdexcept>
 
+#include "ado/embedded/functions/optimizations.hpp"
 #include "ado/embedded/functions/registration.hpp"
 
 namespace kap::ado::embedded {
@@ -103,6 +104,7 @@ void setError(sqlite3_context* context, ErrorSlot& slot, const tsql::ServerError
 }
 
 void registerFunctions(sqlite3* connection, ErrorSlot& slot) {
+    disableUnsafeOptimizations(connection);
     Registrar registrar(connection, slot);
     registerConversionFunctions(registrar);
     registerNumberFunctions(registrar);

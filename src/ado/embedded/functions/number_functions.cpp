@@ -34,6 +34,35 @@ Value subtract(const Arguments& arguments) {
     return exactResult(Wide{arguments.integer(0)} - arguments.integer(1), arguments.type(2));
 }
 
+bool isMinus(std::string_view signs, int index) {
+    return signs[static_cast<std::size_t>(index)] == '-';
+}
+
+// kap_accumulate(type, signs, first, second...): a sum of any length; each sign says how its
+// operand counts. Every step is checked, as if it stood alone.
+Value accumulate(const Arguments& arguments) {
+    const tsql::TypeSpec type = arguments.type(0);
+    const std::string_view signs = arguments.text(1);
+    std::int64_t total = 0;
+    for (int i = 2; i < arguments.count(); ++i) {
+        const Wide operand = arguments.integer(i);
+        const Wide next = isMinus(signs, i - 2) ? total - operand : total + operand;
+        total = fitWide(next, storedScale(type), type, Rounding::Truncate, "expression");
+    }
+    return total;
+}
+
+Value floatAccumulate(const Arguments& arguments) {
+    const tsql::TypeSpec type = arguments.type(0);
+    const std::string_view signs = arguments.text(1);
+    double total = 0;
+    for (int i = 2; i < arguments.count(); ++i) {
+        const double operand = arguments.real(i);
+        total = fitApproximate(isMinus(signs, i - 2) ? total - operand : total + operand, type);
+    }
+    return total;
+}
+
 // kap_multiply(left, right, scale, type): `scale` is that of the plain product.
 Value multiplyFunction(const Arguments& arguments) {
     const tsql::TypeSpec type = arguments.type(3);
@@ -93,6 +122,8 @@ Value bitXor(const Arguments& arguments) {
 void registerNumberFunctions(Registrar& registrar) {
     registrar.scalar("kap_add", 3, add);
     registrar.scalar("kap_subtract", 3, subtract);
+    registrar.scalar("kap_accumulate", -1, accumulate);
+    registrar.scalar("kap_float_accumulate", -1, floatAccumulate);
     registrar.scalar("kap_multiply", 4, multiplyFunction);
     registrar.scalar("kap_divide", 4, divideFunction);
     registrar.scalar("kap_modulo", 3, modulo);

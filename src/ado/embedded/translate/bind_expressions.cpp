@@ -266,11 +266,7 @@ Typed Binder::convertTo(const Typed& value, const TypeSpec& type, int line) cons
     if (value.type == type) return value;
     checkImplicit(value, type, line);
     if (value.constant) return folded(value, type, Overlength::Cut, 0, line);
-    if (!needsConversion(value.type, type)) {
-        Typed result = value;
-        result.type = type;
-        return result;
-    }
+    if (!needsConversion(value.type, type)) return value.as(type);
     return Typed::expression(
         callText("kap_convert", value.sql, typeArgument(value.type), typeArgument(type), "0"), type,
         value.nullable);

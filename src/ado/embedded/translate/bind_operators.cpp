@@ -57,19 +57,6 @@ bool isBitwise(BinaryOperator op) {
                       line);
 }
 
-// An operand with so many digits behind the point.
-std::string scaledSql(const Typed& value, int scale) {
-    const int own = storedScale(value.type);
-    if (own >= scale) return value.sql;
-    const auto power = powerOfTen(scale - own);
-    if (value.constant && !isNull(*value.constant)) {
-        const auto product = multiply(std::get<std::int64_t>(*value.constant), power);
-        if (const auto result = product ? narrow(*product) : std::nullopt)
-            return sqlLiteral(*result);
-    }
-    return callText("kap_scale", value.sql, tsql::integerText(scale - own));
-}
-
 // A whole-number literal among decimals has as many digits as are written.
 TypeSpec decimalOperand(const Typed& value) {
     if (!value.constant || !tsql::isInteger(value.type.type)) return value.type;
@@ -83,15 +70,58 @@ bool nullable(const Typed& left, const Typed& right) {
     return left.nullable || right.nullable;
 }
 
-const char* exactFunction(BinaryOperator op) {
-    switch (op) {
-        case BinaryOperator::Add:
-            return "kap_add";
-        case BinaryOperator::Subtract:
-            return "kap_subtract";
-        default:
-            return "kap_modulo";
+bool isSum(BinaryOperator op) {
+    return op == BinaryOperator::Add || op == BinaryOperator::Subtract;
+}
+
+SumTerm sumTerm(const Typed& value, bool minus) {
+    SumTerm term{minus, value.sql, storedScale(value.type), std::nullopt};
+    if (value.constant && tsql::isExact(value.type.type)) {
+        term.constant = std::get<std::int64_t>(*value.constant);
     }
+    return term;
+}
+
+// The name of a sum: "kap_add", "kap_float_subtract", "kap_accumulate"...
+std::string sumFunction(const std::vector<SumTerm>& terms, const TypeSpec& type) {
+    const std::string family = tsql::isApproximate(type.type) ? "kap_float_" : "kap_";
+    if (terms.size() > 2) return family + "accumulate";
+    return family + (terms[1].minus ? "subtract" : "add");
+}
+
+std::string sumText(const std::vector<SumTerm>& terms, const TypeSpec& type, int scale) {
+    const std::string function = sumFunction(terms, type);
+    if (terms.size() == 2) {
+        return callText(function.c_str(), terms[0].at(scale), terms[1].at(scale),
+                        typeArgument(type));
+    }
+    std::string signs;
+    std::string operands;
+    for (const SumTerm& term : terms) {
+        signs += term.minus ? '-' : '+';
+        operands += ", " + term.at(scale);
+    }
+    return function + "(" + typeArgument(type) + ", " + sqlText(signs) + operands + ")";
+}
+
+// A sum of many terms is one flat call: SQLite's parser has room for some thirty calls within each
+// other only. A function takes at most 127 arguments, so a longer sum goes on in a new call.
+Typed sum(BinaryOperator op, const Typed& left, const Typed& right, const TypeSpec& type,
+          int scale) {
+    constexpr std::size_t kMostTerms = 100;
+    Typed result = Typed::expression("", type, nullable(left, right));
+    const bool continues = !left.terms.empty() && left.terms.size() < kMostTerms &&
+                           (left.type == type || tsql::isDecimal(left.type.type));
+    result.terms = continues ? left.terms : std::vector<SumTerm>{sumTerm(left, false)};
+    result.terms.push_back(sumTerm(right, op == BinaryOperator::Subtract));
+    result.sql = sumText(result.terms, type, scale);
+    return result;
+}
+
+Typed modulo(const Typed& left, const Typed& right, const TypeSpec& type, int scale) {
+    return Typed::expression(callText("kap_modulo", sumTerm(left, false).at(scale),
+                                      sumTerm(right, false).at(scale), typeArgument(type)),
+                             type, nullable(left, right));
 }
 
 }  // namespace
@@ -99,16 +129,20 @@ const char* exactFunction(BinaryOperator op) {
 Typed Binder::negated(const Typed& operand, int line) const {
     if (operand.nullLiteral) return operand;
     TypeSpec type = operand.type;
-    if (operand.constant && tsql::isExact(type.type)) {
-        return Typed::literal(-std::get<std::int64_t>(*operand.constant), type);
-    }
-    if (operand.constant && tsql::isApproximate(type.type)) {
-        return Typed::literal(-std::get<double>(*operand.constant), type);
-    }
-    if (tsql::isApproximate(type.type))
+    if (tsql::isApproximate(type.type)) {
+        if (operand.constant) return Typed::literal(-std::get<double>(*operand.constant), type);
         return Typed::expression("(-" + operand.sql + ")", type, operand.nullable);
+    }
     if (!tsql::isExact(type.type) || type.type == SqlType::Bit) invalidOperand("minus", type, line);
     if (type.type == SqlType::TinyInt) type = {SqlType::SmallInt};
+    if (operand.constant) {
+        const std::int64_t value = -std::get<std::int64_t>(*operand.constant);
+        try {
+            return Typed::literal(fitExact(value, storedScale(type), type, "expression"), type);
+        } catch (const ServerError& error) {
+            throw error.at(line);
+        }
+    }
     return Typed::expression(callText("kap_negate", operand.sql, typeArgument(type)), type,
                              operand.nullable);
 }
@@ -160,15 +194,24 @@ Typed Binder::joined(const Typed& left, const Typed& right, int line) const {
     if (binary != tsql::isBinary(right.type.type))
         incompatible(BinaryOperator::Add, left.type, right.type, line);
     const TypeSpec type = joinedType(left.type, right.type);
-    const std::string sql = "(" + left.sql + " || " + right.sql + ")";
-    if (binary) return Typed::expression("CAST(" + sql + " AS BLOB)", type, nullable(left, right));
-    // What goes beyond the longest text is cut, as the server does without a word.
+    Typed result = Typed::expression("", type, nullable(left, right));
+    result.joint = (left.joint.empty() ? left.sql : left.joint) + " || " + right.sql;
+    result.sql = "(" + result.joint + ")";
+    if (binary) {
+        result.sql = "CAST(" + result.sql + " AS BLOB)";
+        return result;
+    }
+    // What goes beyond the longest text is cut, as the server does without a word. In a chain it is
+    // enough to cut once.
     const bool mayBeLonger =
         type.length != tsql::kMaxLength && left.type.length + right.type.length > type.length;
-    const Typed whole =
-        Typed::expression(sql, {type.type, tsql::kMaxLength}, nullable(left, right));
-    return mayBeLonger ? castTo(whole, type, 0, line)
-                       : Typed::expression(sql, type, whole.nullable);
+    if (mayBeLonger || left.cut) {
+        const Typed whole =
+            Typed::expression(result.sql, {type.type, tsql::kMaxLength}, result.nullable);
+        result.sql = castTo(whole, type, 0, line).sql;
+        result.cut = true;
+    }
+    return result;
 }
 
 Typed Binder::exactArithmetic(BinaryOperator op, const Typed& left, const Typed& right,
@@ -183,13 +226,14 @@ Typed Binder::exactArithmetic(BinaryOperator op, const Typed& left, const Typed&
     }
     const bool leftWins = precedenceOf(left.type.type) >= precedenceOf(right.type.type);
     const TypeSpec type = leftWins ? left.type : right.type;
-    return wholeArithmetic(op, left, right, type, line);
+    return wholeArithmetic(op, left, right, type);
 }
 
 // Integers and money: the result has the type of one operand, so both are brought to its scale.
 Typed Binder::wholeArithmetic(BinaryOperator op, const Typed& left, const Typed& right,
-                              const TypeSpec& type, int /*line*/) const {
+                              const TypeSpec& type) const {
     const int scale = storedScale(type);
+    if (isSum(op)) return sum(op, left, right, type, scale);
     const std::string packed = typeArgument(type);
     const auto result = [&](std::string sql) {
         return Typed::expression(std::move(sql), type, nullable(left, right));
@@ -212,54 +256,37 @@ Typed Binder::wholeArithmetic(BinaryOperator op, const Typed& left, const Typed&
                 callText("kap_divide", left.sql, right.sql, tsql::integerText(shift), packed));
         }
         default:
-            return result(callText(exactFunction(op), scaledSql(left, scale),
-                                   scaledSql(right, scale), packed));
+            return modulo(left, right, type, scale);
     }
 }
 
 Typed Binder::decimalArithmetic(BinaryOperator op, const Typed& left, const Typed& right) const {
     const TypeSpec type = decimalResult(op, decimalOperand(left), decimalOperand(right));
+    if (isSum(op)) return sum(op, left, right, type, type.scale);
+    if (op == BinaryOperator::Modulo) return modulo(left, right, type, type.scale);
     const std::string packed = typeArgument(type);
     const int leftScale = storedScale(left.type);
     const int rightScale = storedScale(right.type);
-    std::string sql;
-    if (op == BinaryOperator::Multiply) {
-        sql = callText("kap_multiply", left.sql, right.sql,
-                       tsql::integerText(leftScale + rightScale), packed);
-    } else if (op == BinaryOperator::Divide) {
-        sql = callText("kap_divide", left.sql, right.sql,
-                       tsql::integerText(type.scale - leftScale + rightScale), packed);
-    } else {
-        const int scale = std::max(leftScale, rightScale);
-        sql = callText(exactFunction(op), scaledSql(left, scale), scaledSql(right, scale), packed);
-    }
-    return Typed::expression(sql, type, nullable(left, right));
+    const bool product = op == BinaryOperator::Multiply;
+    const int shift = product ? leftScale + rightScale : type.scale - leftScale + rightScale;
+    return Typed::expression(callText(product ? "kap_multiply" : "kap_divide", left.sql, right.sql,
+                                      tsql::integerText(shift), packed),
+                             type, nullable(left, right));
 }
 
 Typed Binder::floatArithmetic(BinaryOperator op, const Typed& left, const Typed& right,
                               int line) const {
-    const char* function = nullptr;
-    switch (op) {
-        case BinaryOperator::Add:
-            function = "kap_float_add";
-            break;
-        case BinaryOperator::Subtract:
-            function = "kap_float_subtract";
-            break;
-        case BinaryOperator::Multiply:
-            function = "kap_float_multiply";
-            break;
-        case BinaryOperator::Divide:
-            function = "kap_float_divide";
-            break;
-        default:
-            incompatible(op, left.type, right.type, line);
+    const bool product = op == BinaryOperator::Multiply;
+    if (!isSum(op) && !product && op != BinaryOperator::Divide) {
+        incompatible(op, left.type, right.type, line);
     }
     const TypeSpec type = commonType(left.type, right.type);
     const Typed first = convertTo(left, type, line);
     const Typed second = convertTo(right, type, line);
-    return Typed::expression(callText(function, first.sql, second.sql, typeArgument(type)), type,
-                             nullable(left, right));
+    if (isSum(op)) return sum(op, first, second, type, 0);
+    return Typed::expression(callText(product ? "kap_float_multiply" : "kap_float_divide",
+                                      first.sql, second.sql, typeArgument(type)),
+                             type, nullable(left, right));
 }
 
 Typed Binder::dateArithmetic(BinaryOperator op, const Typed& left, const Typed& right,

@@ -109,8 +109,7 @@ private:
     [[nodiscard]] Typed exactArithmetic(tsql::BinaryOperator op, const Typed& left,
                                         const Typed& right, int line) const;
     [[nodiscard]] Typed wholeArithmetic(tsql::BinaryOperator op, const Typed& left,
-                                        const Typed& right, const tsql::TypeSpec& type,
-                                        int line) const;
+                                        const Typed& right, const tsql::TypeSpec& type) const;
     [[nodiscard]] Typed decimalArithmetic(tsql::BinaryOperator op, const Typed& left,
                                           const Typed& right) const;
     [[nodiscard]] Typed floatArithmetic(tsql::BinaryOperator op, const Typed& left,

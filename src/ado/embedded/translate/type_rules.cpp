@@ -39,11 +39,16 @@ TypeSpec commonSized(const TypeSpec& left, const TypeSpec& right) {
     return result;
 }
 
+// What only brings decimals together loses none of their digits, whatever their number.
+TypeSpec sumDecimal(int precision, int scale) {
+    return {SqlType::Numeric, 0, std::min(precision, kMaxPrecision), scale};
+}
+
 TypeSpec commonDecimal(const TypeSpec& left, const TypeSpec& right) {
     const TypeSpec a = asDecimal(left);
     const TypeSpec b = asDecimal(right);
     const int scale = std::max(a.scale, b.scale);
-    return boundedDecimal(std::max(a.precision - a.scale, b.precision - b.scale) + scale, scale);
+    return sumDecimal(std::max(a.precision - a.scale, b.precision - b.scale) + scale, scale);
 }
 
 }  // namespace
@@ -152,10 +157,10 @@ TypeSpec decimalResult(BinaryOperator op, const TypeSpec& left, const TypeSpec& 
             return boundedDecimal(a.precision - a.scale + b.scale + scale, scale);
         }
         case BinaryOperator::Modulo:
-            return boundedDecimal(
-                std::min(a.precision - a.scale, b.precision - b.scale) + widerScale, widerScale);
+            return sumDecimal(std::min(a.precision - a.scale, b.precision - b.scale) + widerScale,
+                              widerScale);
         default:
-            return boundedDecimal(
+            return sumDecimal(
                 std::max(a.precision - a.scale, b.precision - b.scale) + widerScale + 1,
                 widerScale);
     }

@@ -1,8 +1,26 @@
 #include "ado/embedded/translate/typed.hpp"
 
+#include "ado/embedded/functions/exact.hpp"
 #include "tsql/text.hpp"
 
 namespace kap::ado::embedded {
+
+std::string SumTerm::at(int wantedScale) const {
+    if (scale >= wantedScale) return sql;
+    if (constant) {
+        const auto scaled = rescale(*constant, scale, wantedScale, Rounding::HalfAway);
+        if (const auto result = scaled ? narrow(*scaled) : std::nullopt) return sqlLiteral(*result);
+    }
+    return callText("kap_scale", sql, tsql::integerText(wantedScale - scale));
+}
+
+Typed Typed::as(const tsql::TypeSpec& other) const {
+    Typed result = *this;
+    result.type = other;
+    result.terms.clear();
+    result.joint.clear();
+    return result;
+}
 
 Typed Typed::literal(const Value& value, tsql::TypeSpec type) {
     Typed result = expression(sqlLiteral(value), type, isNull(value));

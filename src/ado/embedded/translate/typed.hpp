@@ -1,8 +1,10 @@
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "ado/embedded/catalogue.hpp"
 #include "ado/embedded/functions/value.hpp"
@@ -10,18 +12,38 @@
 
 namespace kap::ado::embedded {
 
+/// One operand of a sum of exact numbers.
+struct SumTerm {
+    bool minus = false;
+    std::string sql;
+    int scale = 0;
+    std::optional<std::int64_t> constant;
+
+    /// The operand with so many digits behind the point, at least its own.
+    [[nodiscard]] std::string at(int wantedScale) const;
+};
+
 /// An expression that has been bound: its SQLite text, which yields storage form, and its static
 /// type.
 struct Typed {
     std::string sql;
     tsql::TypeSpec type;
     bool nullable = true;
-    bool nullLiteral = false;  ///< the word NULL: it takes the type of what it meets
-    std::optional<Value>
-        constant;  ///< of a literal, so that it is converted now and not for each row
-    const Table* table = nullptr;  ///< of a plain column of a stored table
+    /// The word NULL: it takes the type of what it meets.
+    bool nullLiteral = false;
+    /// Of a literal, so that it is converted now and not for each row.
+    std::optional<Value> constant;
+    /// Of a plain column of a stored table.
+    const Table* table = nullptr;
     const Column* column = nullptr;
-    bool plainColumn = false;  ///< a column as it is: SQLite knows its collation
+    /// A column as it is: SQLite knows its collation.
+    bool plainColumn = false;
+    /// The operands of a sum, for a longer one to take over.
+    std::vector<SumTerm> terms;
+    /// Texts joined, without brackets ("a || b"), for the same reason.
+    std::string joint;
+    /// Texts joined and cut to the longest text.
+    bool cut = false;
 
     [[nodiscard]] static Typed expression(std::string sql, tsql::TypeSpec type, bool nullable) {
         Typed result;
@@ -30,6 +52,8 @@ struct Typed {
         result.nullable = nullable;
         return result;
     }
+    /// The same value under another type of the same storage form.
+    [[nodiscard]] Typed as(const tsql::TypeSpec& other) const;
     [[nodiscard]] static Typed literal(const Value& value, tsql::TypeSpec type);
     [[nodiscard]] static Typed null();
 };
