@@ -148,8 +148,8 @@ std::vector<ScriptBatch> Connection::batchesOf(const String& script) {
     std::vector<ScriptBatch> batches;
     reporting([&] {
         try {
-            for (tsql::Batch& batch : tsql::splitScript(script.utf8())) {
-                batches.push_back({std::move(batch.text), batch.firstLine, batch.count});
+            for (const tsql::Batch& batch : tsql::splitScript(script.utf8())) {
+                batches.push_back({batch.text, batch.firstLine, batch.count});
             }
         } catch (const tsql::ServerError& error) {
             throw DriverError(

@@ -76,7 +76,7 @@ void Recordset::Open(const Variant& source, const Variant& activeConnection,
 }
 
 String Recordset::commandText(std::int32_t options) const {
-    const String text = convert::toString(source_);
+    String text = convert::toString(source_);
     switch (options) {
         case static_cast<std::int32_t>(CommandTypeEnum::adCmdUnspecified):
         case static_cast<std::int32_t>(CommandTypeEnum::adCmdText):

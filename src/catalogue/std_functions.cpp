@@ -129,8 +129,8 @@ String StdFunctions::TSToHex(const Variant& sBinRep) {
     return util::TSToHex(sBinRep);
 }
 
-Variant StdFunctions::DtoSQL(const Variant& Valore) {
-    return util::DtoSQL(Valore);
+Variant StdFunctions::DtoSQL(const Variant& valore) {
+    return util::DtoSQL(valore);
 }
 
 bool StdFunctions::kapGoTo(ByRef<Ref<ado::Recordset>> rst, const Variant& posizione) {

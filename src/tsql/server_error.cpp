@@ -8,8 +8,8 @@ constexpr int kSyntaxSeverity = 15;
 
 }  // namespace
 
-ServerError::ServerError(int number, std::string message, int line, int severity, int state)
-    : std::runtime_error(std::move(message)),
+ServerError::ServerError(int number, const std::string& message, int line, int severity, int state)
+    : std::runtime_error(message),
       number_(number),
       severity_(severity),
       state_(state),

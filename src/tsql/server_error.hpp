@@ -11,7 +11,8 @@ namespace kap::tsql {
 /// sent, 0 when the error has no place in a text.
 class ServerError : public std::runtime_error {
 public:
-    ServerError(int number, std::string message, int line = 0, int severity = 16, int state = 1);
+    ServerError(int number, const std::string& message, int line = 0, int severity = 16,
+                int state = 1);
 
     [[nodiscard]] int number() const noexcept { return number_; }
     [[nodiscard]] int severity() const noexcept { return severity_; }

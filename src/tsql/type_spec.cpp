@@ -28,7 +28,7 @@ const char* typeName(SqlType type) {
 }
 
 std::string typeText(const TypeSpec& spec) {
-    const std::string name = typeName(spec.type);
+    std::string name = typeName(spec.type);
     switch (spec.type) {
         case SqlType::Decimal:
         case SqlType::Numeric:

@@ -48,7 +48,7 @@ public:
     Variant Riga_Prog(ByRef<Variant> connessione, ByRef<String> sSQL,
                       ByRef<std::int16_t> nPasso = 1, ByRef<std::int16_t> nInizio = 1);
     String TSToHex(const Variant& sBinRep);
-    Variant DtoSQL(const Variant& Valore);
+    Variant DtoSQL(const Variant& valore);
     bool kapGoTo(ByRef<Ref<ado::Recordset>> rst, const Variant& posizione);
 
 private:

@@ -62,16 +62,16 @@ tsql::TypeSpec columnType(const std::string& declared, bool ours) {
 }
 
 // The columns of PRAGMA table_xinfo.
-enum XInfo { kOrdinal, kName, kType, kNotNull, kDefault, kKey, kHidden };
+enum XInfo { Ordinal, Name, Type, NotNull, Default, Key, Hidden };
 
 Column readColumn(const PreparedStatement& row, const std::optional<Counters::Record>& record) {
     Column column;
-    column.name = row.text(kName);
-    column.type = columnType(row.text(kType), record.has_value());
-    column.keyOrdinal = static_cast<int>(row.integer(kKey));
-    column.nullable = row.integer(kNotNull) == 0 && (column.keyOrdinal == 0 || !record);
-    if (!row.isNull(kDefault)) {
-        column.defaultSql = row.text(kDefault);
+    column.name = row.text(XInfo::Name);
+    column.type = columnType(row.text(XInfo::Type), record.has_value());
+    column.keyOrdinal = static_cast<int>(row.integer(XInfo::Key));
+    column.nullable = row.integer(XInfo::NotNull) == 0 && (column.keyOrdinal == 0 || !record);
+    if (!row.isNull(XInfo::Default)) {
+        column.defaultSql = row.text(XInfo::Default);
     }
     if (record && record->identityColumn == column.name) {
         column.identity = record->identity;
@@ -151,7 +151,7 @@ std::unique_ptr<Table> SchemaCatalogue::read(const Entry& entry) const {
                                                    (entry.temporary ? "temp" : "main") +
                                                    ".table_xinfo(" + sqlName(entry.name) + ")");
     while (rows.step()) {
-        if (rows.integer(kHidden) == 0) {
+        if (rows.integer(XInfo::Hidden) == 0) {
             table->columns.push_back(readColumn(rows, record));
         }
     }

@@ -156,8 +156,7 @@ TEST(EmbeddedConnection, ReadModeReadsAndRefusesToWrite) {
 // read and write everything, so it is opened as somebody else, in a process of its own.
 std::string refusalWithRights(const TemporaryFolder& folder, fs::perms rights) {
     (void)openSession(folder.file("a.db"));
-    fs::permissions(fs::path(folder.file("a.db")).parent_path(),
-                    fs::perms::owner_all | fs::perms::others_all);
+    fs::permissions(fs::path(folder.file("a.db")).parent_path(), fs::perms::all);
     fs::permissions(folder.file("a.db"), rights);
     std::array<int, 2> ends{};
     if (pipe(ends.data()) != 0) {

@@ -11,7 +11,6 @@ namespace kap::ado::embedded {
 using tsql::ComparisonOperator;
 using tsql::ServerError;
 using tsql::SqlType;
-using tsql::TypeSpec;
 
 namespace {
 

@@ -7,7 +7,6 @@
 namespace kap::ado::embedded {
 
 using tsql::ServerError;
-using tsql::SqlType;
 
 namespace {
 

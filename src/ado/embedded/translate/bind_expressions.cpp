@@ -169,7 +169,7 @@ Typed Binder::node(const tsql::VariableReference& node, int line, Scope& /*scope
 }
 
 Typed Binder::node(const tsql::UnaryExpression& node, int line, Scope& scope) {
-    const Typed operand = value(*node.operand, scope);
+    Typed operand = value(*node.operand, scope);
     switch (node.op) {
         case tsql::UnaryOperator::Minus:
             return negated(operand, line);

@@ -95,6 +95,7 @@ BoundQuery Binder::unionQuery(const tsql::Query& query, const std::vector<tsql::
     std::vector<OutputColumn> columns;
     for (std::size_t i = 0; i < terms.front().items.size(); ++i) {
         std::vector<Typed> values;
+        values.reserve(terms.size());
         for (const BoundSelect& each : terms)
             values.push_back(each.items[i].value);
         const tsql::TypeSpec type = commonType(values).value_or(tsql::TypeSpec{tsql::SqlType::Int});

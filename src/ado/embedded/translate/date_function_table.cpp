@@ -8,7 +8,6 @@
 namespace kap::ado::embedded {
 
 using tsql::SqlType;
-using tsql::TypeSpec;
 
 namespace {
 

@@ -65,7 +65,7 @@ Typed rounded(ScalarCall& call) {
 
 // A whole number in the type of the argument; decimals lose their fraction, money keeps its own.
 Typed towards(ScalarCall& call, const char* exactFunction, const char* floatFunction) {
-    const Typed value = argument(call);
+    Typed value = argument(call);
     if (tsql::isApproximate(value.type.type))
         return result(value, callText(floatFunction, value.sql), value.type);
     const int scale = storedScale(value.type);
