@@ -19,15 +19,18 @@ public:
     explicit Decimal(std::int64_t value) noexcept : Decimal(value, 0) {}
     // `unscaled` / 10^`scale`; the scale is 0 to 28.
     Decimal(std::int64_t unscaled, int scale) noexcept;
+    // From its parts, as `magnitude()`, `scale()` and `negative()` give them.
+    constexpr Decimal(std::array<std::uint32_t, 3> magnitude, int scale, bool negative) noexcept
+        : magnitude_(magnitude), scale_(static_cast<std::uint8_t>(scale)), negative_(negative) {}
     static Decimal fromUnsigned(std::uint64_t value) noexcept;
 
     // From plain ASCII text: optional '-', digits, at most one '.'. Digits that do not fit in 96
     // bits are rounded off half to even; nullopt when the whole part does not fit or when the text
     // is not of that form.
     static std::optional<Decimal> parse(std::string_view plain);
-    // The decimal nearest to `value` with the 15 significant digits that a double carries; nullopt
-    // when it is out of range or not finite.
-    static std::optional<Decimal> fromDouble(double value);
+    // The decimal nearest to `value` with as many significant digits as its type surely carries: 15
+    // of a double, 7 of a float. nullopt when it is out of range or not finite.
+    static std::optional<Decimal> fromDouble(double value, int digits = 15);
 
     // Plain ASCII text with '.' as decimal point, without trailing zeros after it.
     [[nodiscard]] std::string plainText() const;

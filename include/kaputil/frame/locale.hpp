@@ -17,14 +17,19 @@ struct Locale {
     char16_t dateSeparator;
     char16_t timeSeparator;
     DateOrder dateOrder;
-    std::u16string_view shortDate;  // "dd/MM/yyyy": parts doubled when printed with two digits
-    bool twentyFourHours;
+    std::u16string_view shortDate;   // "dd/MM/yyyy": parts doubled when printed with two digits
+    std::u16string_view longDate;    // "dddd d MMMM yyyy"
     std::u16string_view timeFormat;  // "HH:mm:ss"
     std::u16string_view morning;     // "AM", empty where it is not used
     std::u16string_view afternoon;
     std::u16string_view currencySign;
+    std::u16string_view currencyFormat;  // positive and negative amounts, as a format
     std::u16string_view trueText;
     std::u16string_view falseText;
+    std::u16string_view yesText;
+    std::u16string_view noText;
+    std::u16string_view onText;
+    std::u16string_view offText;
     std::array<std::u16string_view, 12> months;
     std::array<std::u16string_view, 12> monthAbbreviations;
     std::array<std::u16string_view, 7> weekdays;  // from Sunday

@@ -39,6 +39,10 @@ CivilDate civilDate(int serial) {
             static_cast<int>(static_cast<unsigned>(date.day()))};
 }
 
+int weekdayOf(CivilDate date) {
+    return static_cast<int>(std::chrono::weekday(sys_days(toChrono(date))).c_encoding());
+}
+
 Date makeDate(CivilDate date, TimeOfDay time) {
     const int seconds = (time.hour * 60 + time.minute) * 60 + time.second;
     return fromLinearDays(serialDay(date) + static_cast<double>(seconds) / kSecondsPerDay);

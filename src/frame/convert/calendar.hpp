@@ -34,6 +34,7 @@ inline constexpr int kLastYear = 9999;
 [[nodiscard]] bool isValid(CivilDate date);
 [[nodiscard]] int serialDay(CivilDate date);
 [[nodiscard]] CivilDate civilDate(int serialDay);
+[[nodiscard]] int weekdayOf(CivilDate date);  // 0 is Sunday
 
 // The date and time as one automation date, the fraction counted away from the day's midnight also
 // before 30 December 1899.

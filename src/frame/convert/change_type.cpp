@@ -8,6 +8,7 @@
 #include <kaputil/frame/error.hpp>
 #include <kaputil/frame/locale.hpp>
 
+#include "frame/convert/characters.hpp"
 #include "frame/convert/date_text.hpp"
 #include "frame/convert/number_text.hpp"
 #include "frame/unicode.hpp"
@@ -47,12 +48,22 @@ NumberText numberIn(const Variant& value) {
     return std::move(*number);
 }
 
-bool isTruthText(std::u16string_view text, std::u16string_view local, std::u16string_view english) {
-    return unicode::sameName(text, local) || unicode::sameName(text, english);
+// The locale's words and the English ones in any case, and those that a text file holds.
+std::optional<bool> readBoolean(std::u16string_view text, const Locale& locale) {
+    const std::u16string_view word = upToNull(text);
+    if (unicode::sameName(word, locale.trueText) || unicode::sameName(word, u"True") ||
+        word == u"#TRUE#") {
+        return true;
+    }
+    if (unicode::sameName(word, locale.falseText) || unicode::sameName(word, u"False") ||
+        word == u"#FALSE#") {
+        return false;
+    }
+    return std::nullopt;
 }
 
-double doubleInText(const Variant& value) {
-    const auto real = toDouble(numberIn(value));
+double requireDouble(const NumberText& number) {
+    const auto real = toDouble(number);
     if (!real) {
         raise(errors::kOverflow);
     }
@@ -83,7 +94,7 @@ double realValue(const Variant& value) {
         case VarType::Date:
             return value.as<Date>().days;
         case VarType::String:
-            return doubleInText(value);
+            return requireDouble(numberIn(value));
         case VarType::Object:
             return throughDefault(value, &realValue);
         case VarType::Null:
@@ -114,6 +125,17 @@ Whole toWhole(double value) {
 }
 
 template <class Whole>
+Whole wholeInText(const NumberText& number) {
+    // A bit pattern fills the width that it is converted to: "&HFFFF" is the Integer -1.
+    using Bits = std::make_unsigned_t<Whole>;
+    if (number.pattern != NumberText::Pattern::None &&
+        number.bits <= std::numeric_limits<Bits>::max()) {
+        return static_cast<Whole>(static_cast<Bits>(number.bits));
+    }
+    return toWhole<Whole>(requireDouble(number));
+}
+
+template <class Whole>
 Whole toWhole(const Variant& value) {
     if (value.type() == VarType::Decimal || value.type() == VarType::Currency) {
         const auto exact = toDecimal(value).scaledTo(0);
@@ -123,20 +145,30 @@ Whole toWhole(const Variant& value) {
         }
         return static_cast<Whole>(*exact);
     }
-    if (value.isString()) {
-        const NumberText number = numberIn(value);
-        const auto real = toDouble(number);
-        if (!real) {
-            raise(errors::kOverflow);
-        }
-        // "&HFFFF" names a bit pattern: it fills the width it is converted to.
-        using Bits = std::make_unsigned_t<Whole>;
-        if (number.hexadecimal && *real <= static_cast<double>(std::numeric_limits<Bits>::max())) {
-            return static_cast<Whole>(static_cast<Bits>(*real));
-        }
-        return toWhole<Whole>(*real);
+    return value.isString() ? wholeInText<Whole>(numberIn(value))
+                            : toWhole<Whole>(realValue(value));
+}
+
+// The exact value times 10,000, rounded half to even. The product in floating point is rounded
+// itself; what it lost is known exactly and decides where it seems to lie halfway.
+Currency currencyOfReal(double value) {
+    constexpr double kScale = 10000;
+    constexpr double kLimit = 9223372036854775808.0;  // 2^63
+    const double product = value * kScale;
+    if (!(product >= -kLimit && product < kLimit)) {
+        raise(errors::kOverflow);
     }
-    return toWhole<Whole>(realValue(value));
+    const double lost = std::fma(value, kScale, -product);
+    const double below = std::floor(product);
+    const bool halfway = product - below == 0.5 && lost != 0;
+    const double step = halfway ? (lost > 0 ? 1 : 0) : roundToEven((product - below) + lost);
+    const auto whole = static_cast<std::int64_t>(below);
+    const auto more = static_cast<std::int64_t>(step);
+    using Limits = std::numeric_limits<std::int64_t>;
+    if (more > 0 ? whole > Limits::max() - more : whole < Limits::min() - more) {
+        raise(errors::kOverflow);
+    }
+    return {whole + more};
 }
 
 std::optional<Decimal> decimalOf(const Variant& value) {
@@ -150,6 +182,7 @@ std::optional<Decimal> decimalOf(const Variant& value) {
         case VarType::Object:
             return throughDefault(value, &decimalOf);
         case VarType::Single:
+            return Decimal::fromDouble(realValue(value), 7);
         case VarType::Double:
         case VarType::Date:
             return Decimal::fromDouble(realValue(value));
@@ -201,13 +234,8 @@ String toString(const Variant& value) {
 
 bool toBoolean(const Variant& value) {
     if (value.isString()) {
-        const Locale& locale = currentLocale();
-        const std::u16string_view text = value.as<String>();
-        if (isTruthText(text, locale.trueText, u"True")) {
-            return true;
-        }
-        if (isTruthText(text, locale.falseText, u"False")) {
-            return false;
+        if (const auto truth = readBoolean(value.as<String>(), currentLocale())) {
+            return *truth;
         }
     }
     if (value.isObject()) {
@@ -217,6 +245,9 @@ bool toBoolean(const Variant& value) {
 }
 
 std::uint8_t toByte(const Variant& value) {
+    if (value.type() == VarType::Boolean) {
+        return value.as<bool>() ? 255 : 0;  // True has every bit set
+    }
     return toWhole<std::uint8_t>(value);
 }
 
@@ -233,10 +264,11 @@ float toSingle(const Variant& value) {
         return value.as<float>();
     }
     const double real = realValue(value);
-    if (std::fabs(real) > static_cast<double>(std::numeric_limits<float>::max())) {
+    const auto narrow = static_cast<float>(real);
+    if (std::isinf(narrow) && !std::isinf(real)) {
         raise(errors::kOverflow);
     }
-    return static_cast<float>(real);
+    return narrow;
 }
 
 double toDouble(const Variant& value) {
@@ -244,8 +276,17 @@ double toDouble(const Variant& value) {
 }
 
 Currency toCurrency(const Variant& value) {
-    if (value.type() == VarType::Currency) {
-        return value.as<Currency>();
+    switch (value.type()) {
+        case VarType::Currency:
+            return value.as<Currency>();
+        case VarType::Single:
+        case VarType::Double:
+        case VarType::Date:
+            return currencyOfReal(realValue(value));
+        case VarType::Object:
+            return throughDefault(value, &toCurrency);
+        default:
+            break;
     }
     const auto scaled = toDecimal(value).scaledTo(4);
     if (!scaled) {
@@ -270,9 +311,11 @@ Date toDate(const Variant& value) {
         return throughDefault(value, &toDate);
     }
     if (value.isString()) {
-        if (const auto date = readDate(value.as<String>(), currentLocale())) {
-            return *date;
+        const auto date = readDate(value.as<String>(), currentLocale());
+        if (!date) {
+            raise(errors::kTypeMismatch);
         }
+        return *date;
     }
     const Date date{realValue(value)};
     if (!printDate(date, currentLocale())) {

@@ -6,6 +6,8 @@
 #include <string_view>
 #include <system_error>
 
+#include "frame/convert/decimal_digits.hpp"
+
 namespace kap {
 namespace {
 
@@ -47,11 +49,11 @@ bool increment(Magnitude& magnitude) {
     return false;
 }
 
-// The digits of a plain text, taken apart.
+// A plain text, taken apart: its digits without zeros in front, times a power of ten.
 struct PlainDigits {
     bool negative = false;
-    std::string digits;  // without the point and without leading zeros
-    int whole = 0;       // how many of them stand before the point; negative after "0.00"
+    std::string digits;
+    int exponent = 0;
 };
 
 std::optional<PlainDigits> takeApart(std::string_view text) {
@@ -67,14 +69,9 @@ std::optional<PlainDigits> takeApart(std::string_view text) {
             seenPoint = true;
         } else if (unit >= '0' && unit <= '9') {
             seenDigit = true;
-            const bool leadingZero = parts.digits.empty() && unit == '0';
-            if (!leadingZero) {
+            parts.exponent -= seenPoint ? 1 : 0;
+            if (!parts.digits.empty() || unit != '0') {
                 parts.digits.push_back(unit);
-            }
-            if (!seenPoint) {
-                parts.whole += leadingZero ? 0 : 1;
-            } else if (leadingZero) {
-                --parts.whole;
             }
         } else {
             return std::nullopt;
@@ -110,80 +107,66 @@ Decimal Decimal::fromUnsigned(std::uint64_t value) noexcept {
     return made;
 }
 
+std::optional<Decimal> convert::decimalOfDigits(std::string_view digits, int exponent,
+                                                bool negative) {
+    Magnitude magnitude{};
+    int scale = -exponent - static_cast<int>(digits.size());
+    std::size_t taken = 0;
+    while (taken < digits.size() && scale < Decimal::kMaxScale &&
+           appendDigit(magnitude, static_cast<std::uint32_t>(digits[taken] - '0'))) {
+        ++taken;
+        ++scale;
+    }
+    for (; scale < 0; ++scale) {
+        if (taken < digits.size() || !appendDigit(magnitude, 0)) {
+            return std::nullopt;  // digits of the whole part are left over
+        }
+    }
+    if (scale > Decimal::kMaxScale) {
+        return Decimal{};  // smaller than the smallest step
+    }
+    if (roundsUp(digits.substr(taken), (magnitude[0] & 1U) != 0) && !increment(magnitude)) {
+        if (scale == 0) {
+            return std::nullopt;
+        }
+        // 2^96 itself, one digit shorter: 7922816251426433759354395033.6 rounds up to ...034.
+        magnitude = {0x9999999AU, 0x99999999U, 0x19999999U};
+        --scale;
+    }
+    if (magnitude == Magnitude{}) {
+        return Decimal{};
+    }
+    const bool cut = taken < digits.size();
+    for (Magnitude shorter = magnitude; cut && scale > 0 && dropDigit(shorter) == 0; --scale) {
+        magnitude = shorter;  // rounding left zeros at the end
+    }
+    return Decimal(magnitude, scale, negative);
+}
+
 std::optional<Decimal> Decimal::parse(std::string_view plain) {
     const auto parts = takeApart(plain);
     if (!parts) {
         return std::nullopt;
     }
-    Decimal made;
-    made.negative_ = parts->negative;
-    const auto total = static_cast<int>(parts->digits.size());
-    int taken = 0;
-    while (taken < total && taken - parts->whole < kMaxScale &&
-           appendDigit(
-               made.magnitude_,
-               static_cast<std::uint32_t>(parts->digits[static_cast<std::size_t>(taken)] - '0'))) {
-        ++taken;
-    }
-    int scale = taken - parts->whole;
-    if (scale < 0) {
-        return std::nullopt;  // digits of the whole part are left over
-    }
-    if (scale > kMaxScale) {
-        return Decimal{};  // smaller than the smallest step
-    }
-    const bool odd = (made.magnitude_[0] & 1U) != 0;
-    const auto rest = std::string_view(parts->digits).substr(static_cast<std::size_t>(taken));
-    if (roundsUp(rest, odd) && !increment(made.magnitude_)) {
-        if (scale == 0) {
-            return std::nullopt;
-        }
-        // 2^96 itself, one digit shorter: 7922816251426433759354395033.6 rounds up to ...034.
-        made.magnitude_ = {0x9999999AU, 0x99999999U, 0x19999999U};
-        --scale;
-    }
-    made.scale_ = static_cast<std::uint8_t>(scale);
-    if (made.isZero()) {
-        return Decimal{};
-    }
-    return made;
+    return convert::decimalOfDigits(parts->digits, parts->exponent, parts->negative);
 }
 
-std::optional<Decimal> Decimal::fromDouble(double value) {
+std::optional<Decimal> Decimal::fromDouble(double value, int digits) {
     if (!std::isfinite(value)) {
         return std::nullopt;
     }
-    // A double below 10^29 has at most 29 digits before the point and 15 that count: the fixed form
-    // of the value rounded to 15 digits always fits the buffer.
-    std::array<char, 64> rounded{};
-    const auto scientific = std::to_chars(rounded.data(), rounded.data() + rounded.size(), value,
-                                          std::chars_format::scientific, 14);
-    double nearest = 0;
-    std::from_chars(rounded.data(), scientific.ptr, nearest);
-    if (std::fabs(nearest) >= 1e29) {
-        return std::nullopt;
-    }
-    const std::string_view text(rounded.data(),
-                                static_cast<std::size_t>(scientific.ptr - rounded.data()));
-    const std::size_t mark = text.find('e');
+    std::array<char, 32> text{};
+    const auto end = std::to_chars(text.data(), text.data() + text.size(), std::fabs(value),
+                                   std::chars_format::scientific, digits - 1);
+    const std::string_view scientific(text.data(), static_cast<std::size_t>(end.ptr - text.data()));
+    const std::size_t mark = scientific.find('e');
     int exponent = 0;
-    const char* first = text.data() + mark + (text[mark + 1] == '+' ? 2 : 1);
-    std::from_chars(first, scientific.ptr, exponent);
-    std::string plain(text.substr(0, mark));
-    const bool negative = plain.front() == '-';
-    std::string digits = plain.substr(negative ? 1 : 0);
-    digits.erase(1, 1);  // the point
-    std::string shifted;
-    if (exponent < 0) {
-        shifted = "0." + std::string(static_cast<std::size_t>(-exponent - 1), '0') + digits;
-    } else {
-        const auto whole = static_cast<std::size_t>(exponent) + 1;
-        if (digits.size() < whole) {
-            digits.append(whole - digits.size(), '0');
-        }
-        shifted = digits.substr(0, whole) + "." + digits.substr(whole);
-    }
-    return parse((negative ? "-" : "") + shifted);
+    std::from_chars(&scientific[mark] + (scientific[mark + 1] == '+' ? 2 : 1), end.ptr, exponent);
+    std::string plain(scientific.substr(0, mark));
+    plain.erase(1, 1);  // the point
+    plain.erase(plain.find_last_not_of('0') + 1);
+    return convert::decimalOfDigits(plain, exponent + 1 - static_cast<int>(plain.size()),
+                                    value < 0);
 }
 
 std::string Decimal::plainText() const {

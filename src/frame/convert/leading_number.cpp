@@ -3,15 +3,12 @@
 
 #include <kaputil/frame/convert.hpp>
 
+#include "frame/convert/characters.hpp"
 #include "frame/convert/number_text.hpp"
 #include "frame/locale_tables.hpp"
 
 namespace kap::convert {
 namespace {
-
-bool isDigit(char16_t unit) {
-    return unit >= u'0' && unit <= u'9';
-}
 
 bool isSkipped(char16_t unit) {
     return unit == u' ' || unit == u'\t' || unit == u'\n' || unit == u'\r';

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <array>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -10,20 +12,39 @@
 // Numbers as people write them, under a locale.
 namespace kap::convert {
 
-// A number read from a text: plain ASCII of the form [-]digits[.digits], and a power of ten.
+// A number read from a text: its digits as a whole number, times a power of ten.
 struct NumberText {
-    std::string plain;
+    // More digits than any type holds; when others follow, the last one only says so.
+    static constexpr std::size_t kMaxDigits = 40;
+    std::array<char, kMaxDigits> digits{};  // ASCII, without zeros in front or at the end
+    std::size_t count = 0;                  // 0: the number is zero
     int exponent = 0;
-    bool hexadecimal = false;  // "&H" or "&O": `plain` is the value in decimal
+    bool negative = false;
+
+    // "&H" and "&O" name a bit pattern instead: the low 32 bits, or up to 64 when more digits are
+    // written than 32 bits have.
+    enum class Pattern : unsigned char { None, Bits32, Bits64 };
+    Pattern pattern = Pattern::None;
+    std::uint64_t bits = 0;
+
+    [[nodiscard]] std::string_view text() const noexcept { return {digits.data(), count}; }
 };
 
-// Reads a whole text as a number: blanks around, a sign before or after, the locale's decimal and
-// group separators and currency sign, parentheses for negative amounts, an exponent (E or D), and
-// "&H"/"&O" whole numbers. nullopt when the text is anything else.
+// Reads a whole text as a number: blanks around, signs and the currency sign before or after, the
+// locale's decimal separator, its group separator anywhere among the digits, parentheses for
+// negative amounts, an exponent (E), and "&H"/"&O" whole numbers. nullopt when the text is anything
+// else.
 [[nodiscard]] std::optional<NumberText> readNumber(std::u16string_view text, const Locale& locale);
 
+// The nearest double, zero when it is too small; nullopt when it is too large.
 [[nodiscard]] std::optional<double> toDouble(const NumberText& number);
 [[nodiscard]] std::optional<Decimal> toDecimal(const NumberText& number);
+
+// The digits of a value: as many as its type surely carries, 15 of a double and 7 of a float. What
+// is not finite has none.
+[[nodiscard]] NumberText digitsOf(double value);
+[[nodiscard]] NumberText digitsOf(float value);
+[[nodiscard]] NumberText digitsOf(const Decimal& value);
 
 // Prints as the runtime does: 15 significant digits for a double, 7 for a single, scientific form
 // outside the range where fixed form shows them, and the locale's decimal separator.
