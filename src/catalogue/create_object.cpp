@@ -1,12 +1,11 @@
 #include <kaputil/catalogue/create_object.hpp>
 
-#include <array>
+#include <mutex>
+#include <string>
+#include <unordered_map>
+#include <utility>
 
-#include <kaputil/ado/connection.hpp>
-#include <kaputil/ado/recordset.hpp>
-#include <kaputil/catalogue/std_functions.hpp>
-#include <kaputil/core/cerrore.hpp>
-#include <kaputil/core/cproprieta.hpp>
+#include <kaputil/catalogue/catalogue.hpp>
 #include <kaputil/frame/error.hpp>
 
 #include "frame/unicode.hpp"
@@ -14,23 +13,46 @@
 namespace kap {
 namespace {
 
-constexpr std::u16string_view kLibrary = u"KapUtil.";
-constexpr std::u16string_view kDataAccess = u"ADODB.";
-
-std::span<const ClassDescription* const> dataAccessClasses() {
-    static const std::array classes = {&ado::Connection::classDescription(),
-                                       &ado::Recordset::classDescription()};
-    return classes;
-}
-
-const ClassDescription* findClass(std::span<const ClassDescription* const> classes,
-                                  std::u16string_view prefix, std::u16string_view name) {
-    if (name.size() <= prefix.size() || !unicode::sameName(name.substr(0, prefix.size()), prefix)) {
-        return nullptr;
+// The clients' factories, shared by all threads.
+class Factories {
+public:
+    static Factories& instance() {
+        static Factories factories;
+        return factories;
     }
-    for (const ClassDescription* description : classes) {
-        if (unicode::sameName(description->name, name.substr(prefix.size()))) {
-            return description;
+
+    void put(std::u16string_view name, ObjectFactory factory) {
+        const std::lock_guard lock(guard_);
+        factories_.insert_or_assign(std::u16string(name), std::move(factory));
+    }
+
+    void remove(std::u16string_view name) {
+        const std::lock_guard lock(guard_);
+        factories_.erase(std::u16string(name));
+    }
+
+    // A copy: it is called without the lock, for a factory may itself create or register objects.
+    [[nodiscard]] ObjectFactory find(std::u16string_view name) const {
+        const std::lock_guard lock(guard_);
+        const auto found = factories_.find(std::u16string(name));
+        return found == factories_.end() ? ObjectFactory() : found->second;
+    }
+
+private:
+    mutable std::mutex guard_;
+    std::unordered_map<std::u16string, ObjectFactory, unicode::NameHash, unicode::NameEqual>
+        factories_;
+};
+
+const ClassDescription* findClass(std::u16string_view programmaticName) {
+    for (const PublishedClass& published : publishedClasses()) {
+        if (unicode::sameName(library().name + u"." + published.name, programmaticName)) {
+            return published.description;
+        }
+    }
+    for (const PlatformClass& platform : platformClasses()) {
+        if (unicode::sameName(platform.programmaticName, programmaticName)) {
+            return platform.description;
         }
     }
     return nullptr;
@@ -38,18 +60,11 @@ const ClassDescription* findClass(std::span<const ClassDescription* const> class
 
 }  // namespace
 
-std::span<const ClassDescription* const> publishedClasses() {
-    static const std::array classes = {&CErrore::classDescription(),
-                                       &CProprieta::classDescription(),
-                                       &StdFunctions::classDescription()};
-    return classes;
-}
-
 Ref<Object> createObject(std::u16string_view programmaticName) {
-    const ClassDescription* found = findClass(publishedClasses(), kLibrary, programmaticName);
-    if (found == nullptr) {
-        found = findClass(dataAccessClasses(), kDataAccess, programmaticName);
+    if (const ObjectFactory factory = Factories::instance().find(programmaticName)) {
+        return factory();
     }
+    const ClassDescription* found = findClass(programmaticName);
     if (found == nullptr || found->create == nullptr ||
         found->instancing == Instancing::NotCreatable) {
         throw AutomationError(
@@ -57,6 +72,18 @@ Ref<Object> createObject(std::u16string_view programmaticName) {
             String(u"ActiveX component can't create object '") + programmaticName + u"'");
     }
     return found->create();
+}
+
+void registerFactory(std::u16string_view programmaticName, ObjectFactory factory) {
+    if (programmaticName.empty() || !factory) {
+        throw AutomationError(errors::kInvalidArgument,
+                              u"A factory needs a programmatic name and a function.");
+    }
+    Factories::instance().put(programmaticName, std::move(factory));
+}
+
+void unregisterFactory(std::u16string_view programmaticName) {
+    Factories::instance().remove(programmaticName);
 }
 
 }  // namespace kap

@@ -2,6 +2,8 @@
 
 #include <kaputil/db/records.hpp>
 #include <kaputil/db/recordsets.hpp>
+#include <kaputil/util/amounts.hpp>
+#include <kaputil/util/dates.hpp>
 #include <kaputil/util/values.hpp>
 
 #include "frame/class_builder.hpp"
@@ -10,6 +12,7 @@ namespace kap {
 
 const ClassDescription& StdFunctions::classDescription() {
     constexpr std::int16_t kChoose = -1;
+    constexpr std::int16_t kNone = 0;
     static const ClassDescription description =
         ClassBuilder<StdFunctions>(u"StdFunctions", u"ebe940f4-1cec-417c-9ee1-7425c4fae5fc",
                                    u"fca6683b-acb8-41e7-8f8f-351624e536e7")
@@ -17,6 +20,8 @@ const ClassDescription& StdFunctions::classDescription() {
             .instancing(Instancing::Global)
             .property<&StdFunctions::Errore, &StdFunctions::setErrore>(
                 u"Errore", u"What went wrong in the last record member.")
+            .reserved(u"kapSendKeys")
+            .reserved(u"AspettaDueSecondi")
             .method<&StdFunctions::OpenRecordset>(
                 u"OpenRecordset",
                 {Parameter(u"SQLString").byReference(), u"Connessione",
@@ -26,6 +31,7 @@ const ClassDescription& StdFunctions::classDescription() {
                  Parameter(u"CloseConnection").otherwise(true),
                  Parameter(u"CursorLocation").otherwise(kChoose)},
                 u"Opens a query with the house's defaults and fetches every row.")
+            .raises(u"The database's errors, without a source, after the library's attempts.")
             .method<&StdFunctions::DB_Read>(
                 u"DB_Read", {u"Connessione", Parameter(u"sSQL").byReference(), u"StringaProprieta"},
                 u"Reads the first record of a query into a property string.")
@@ -42,16 +48,35 @@ const ClassDescription& StdFunctions::classDescription() {
                 {u"Connessione", Parameter(u"sStringaSQL").byReference(),
                  Parameter(u"sNomeCampi").otherwise(u"°°°").byReference()},
                 u"Reads chosen fields of the first record of a query.")
+            .reserved(u"TrovaTop")
+            .reserved(u"PosizionaForm")
+            .reserved(u"KapCFG")
+            .reserved(u"Progressivi_OLD")
+            .reserved(u"WLog")
+            .reserved(u"EsportaTXT")
             .method<&StdFunctions::ControllaConnessione>(
                 u"ControllaConnessione", {u"Connessione"},
                 u"Opens a connection string in the caller's variable.")
+            .reserved(u"kapNomeUtente")
+            .reserved(u"AttributiFile")
             .method<&StdFunctions::kapEmpty>(u"kapEmpty", {u"vValore"},
                                              u"Whether a value is blank.")
+            .raises(u"13 for a value without a text.")
             .method<&StdFunctions::kapVal>(
                 u"kapVal", {u"vValore", Parameter(u"sDataType").otherwise(u"Double").byReference()},
                 u"A value as a number of a named type, 0 when it is none.")
+            .raises(u"6 when a number is too large for Single.")
+            .method<&StdFunctions::ConvertiData>(
+                u"ConvertiData", {u"sData", Parameter(u"sLingua").otherwise(u"ING")},
+                u"A date as day, month's name and year, followed by a blank.")
+            .raises(u"13 for a text that is no date.")
+            .method<&StdFunctions::NomeMese>(
+                u"NomeMese", {u"nMese", Parameter(u"sLingua").otherwise(u"ING")},
+                u"The name of a month in Italian (ITA), French (FRA) or English.")
             .method<&StdFunctions::kapApice>(u"kapApice", {u"sStringa"},
                                              u"A text made safe between single quotes in SQL.")
+            .raises(u"13 for a value without a text.")
+            .reserved(u"kapInviaEMail")
             .method<&StdFunctions::Riga_Prog>(
                 u"Riga_Prog",
                 {u"Connessione", u"sSQL", Parameter(u"nPasso").otherwise(std::int16_t{1}),
@@ -59,6 +84,31 @@ const ClassDescription& StdFunctions::classDescription() {
                 u"The next line number of a document.")
             .method<&StdFunctions::TSToHex>(u"TSToHex", {Parameter(u"sBinRep").byReference()},
                                             u"A row version as the text of its number.")
+            .raises(u"5 when there are fewer than 8 bytes.")
+            .method<&StdFunctions::CalcVal>(
+                u"CalcVal",
+                {u"Connessione", Parameter(u"sValuta").byReference(),
+                 Parameter(u"nPrezzo").byReference(), Parameter(u"nQta").byReference(),
+                 Parameter(u"nSc1").otherwise(kNone), Parameter(u"nSc2").otherwise(kNone),
+                 Parameter(u"nsc3").otherwise(kNone), Parameter(u"nScTestata").otherwise(kNone)},
+                u"Quantity times price less discounts, with the currency's decimals; Empty for a "
+                u"currency that is not known.")
+            .raises(
+                u"The database's errors; 13 for a discount that is no number, 94 for Null, 6 when "
+                u"the value is too large.")
+            .reserved(u"Ripeti")
+            .method<&StdFunctions::KapRound>(
+                u"KapRound",
+                {u"Numero", Parameter(u"Decimali").otherwise(kNone).byReference(),
+                 Parameter(u"Arrotonda").otherwise(u"A").byReference()},
+                u"A number rounded to nearest (A), up (S) or down (I); -1 for any other letter.")
+            .raises(u"6 when the number is too large, 13 for what is no number, 94 for Null.")
+            .reserved(u"Progressivi")
+            .reserved(u"RicercaNumeriDocPre")
+            .method<&StdFunctions::kapControllaData>(
+                u"kapControllaData", {u"Valore", Parameter(u"sFormat").otherwise(u"dd/mm/yyyy")},
+                u"A typed date written by a format, empty when it is none or before 1753.")
+            .raises(u"13 for a value without a text.")
             .method<&StdFunctions::DtoSQL>(u"DtoSQL", {u"Valore"},
                                            u"A day-first date as year-month-day.")
             .method<&StdFunctions::kapGoTo>(u"kapGoTo", {u"rst", u"Posizione"},
@@ -127,6 +177,29 @@ Variant StdFunctions::Riga_Prog(ByRef<Variant> connessione, ByRef<String> sSQL,
 
 String StdFunctions::TSToHex(const Variant& sBinRep) {
     return util::TSToHex(sBinRep);
+}
+
+Variant StdFunctions::ConvertiData(const String& sData, const String& sLingua) {
+    return util::ConvertiData(sData, sLingua);
+}
+
+String StdFunctions::NomeMese(std::int16_t nMese, const String& sLingua) {
+    return util::NomeMese(nMese, sLingua);
+}
+
+Variant StdFunctions::CalcVal(ByRef<Variant> connessione, const String& sValuta, double nPrezzo,
+                              double nQta, ByRef<Variant> nSc1, ByRef<Variant> nSc2,
+                              ByRef<Variant> nsc3, ByRef<Variant> nScTestata) {
+    return util::CalcVal(connessione, sValuta, nPrezzo, nQta, nSc1, nSc2, nsc3, nScTestata);
+}
+
+Variant StdFunctions::KapRound(const Variant& numero, std::int16_t decimali,
+                               const String& arrotonda) {
+    return util::KapRound(numero, decimali, arrotonda);
+}
+
+String StdFunctions::kapControllaData(const Variant& valore, ByRef<String> sFormat) {
+    return util::kapControllaData(valore, sFormat);
 }
 
 Variant StdFunctions::DtoSQL(const Variant& valore) {

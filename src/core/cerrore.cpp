@@ -36,11 +36,14 @@ const ClassDescription& CErrore::classDescription() {
                                                              u"The error number, as text.")
             .method<&CErrore::AddMessaggio>(
                 u"AddMessaggio", {Parameter(u"Messaggio").byReference()}, u"Appends a message.")
+            .raises(u"6 beyond 32767 messages.")
             .method<&CErrore::Clear>(u"Clear", {}, u"Back to number 0 and no messages.")
             .method<&CErrore::MsgToArray>(u"MsgToArray", {},
                                           u"The messages in an array that counts from 1.")
+            .raises(u"9 when there is no message.")
             .method<&CErrore::MsgToString>(u"MsgToString", {},
                                            u"The messages, each followed by CR LF.")
+            .raises(u"94 when a message is absent.")
             .method<&CErrore::ToString>(u"ToString", {}, u"The whole property string.")
             .method<&CErrore::Init>(u"Init", {Parameter(u"Stringa").byReference()},
                                     u"Becomes what a property string says.")

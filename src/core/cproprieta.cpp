@@ -42,15 +42,22 @@ const ClassDescription& CProprieta::classDescription() {
                                           u"Removes a property.")
             .method<&CProprieta::Leggi>(
                 u"Leggi", {Parameter(u"sNomeProprieta").otherwise(kWholeText).byReference()},
-                u"The value of a property by name or position; the whole text for \"DEFAULT\".")
+                u"The value of a property by name or position, Null when there is none; the whole "
+                u"text for \"DEFAULT\".")
+            .raises(
+                u"5 when the property is opened and not closed; 94 for a Null position; 6 for one "
+                u"beyond 32767.")
             .method<&CProprieta::Scrivi>(
                 u"Scrivi",
                 {Parameter(u"sNomeProprieta").byReference(), Parameter(u"sValore").byReference()},
                 u"Sets a property; with an empty name the whole text.")
+            .raises(
+                u"5 when the property is opened and not closed; 94 for Null with an empty name.")
             .method<&CProprieta::Count>(u"Count", {}, u"The number of closing tags.")
-            .method<&CProprieta::NomeProprieta>(u"NomeProprieta",
-                                                {Parameter(u"PosizioneCampo").byReference()},
-                                                u"The name of the property at a position.")
+            .raises(u"6 beyond 32767.")
+            .method<&CProprieta::NomeProprieta>(
+                u"NomeProprieta", {Parameter(u"PosizioneCampo").byReference()},
+                u"The name of the property at a position, empty when there is none.")
             .build();
     return kDescription;
 }

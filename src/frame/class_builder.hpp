@@ -280,6 +280,19 @@ public:
         return std::move(*this);
     }
 
+    // What the member before raises and when.
+    ClassBuilder&& raises(const char16_t* text) && {
+        made_.members.back().errors = text;
+        return std::move(*this);
+    }
+
+    // Keeps the place of a method that is still to come: clients bound by identifier must find the
+    // members behind it where they are.
+    ClassBuilder&& reserved(const char16_t* name) && {
+        made_.reserve(name);
+        return std::move(*this);
+    }
+
     [[nodiscard]] ClassDescription build(const char16_t* defaultMember = u"") && {
         made_.complete(defaultMember);
         return std::move(made_);
@@ -290,9 +303,7 @@ private:
     MemberDescription& add(const char16_t* name, MemberKind kind,
                            const std::vector<Parameter>& parameters, const char16_t* text) {
         using Shape = dispatch::Signature<decltype(Function)>;
-        MemberDescription& member = made_.members.emplace_back();
-        member.name = name;
-        member.kind = kind;
+        MemberDescription& member = made_.add(name, kind);
         member.summary = text;
         member.result = dispatch::resultType<typename Shape::Result>();
         describeParameters<typename Shape::Parameters>(member, parameters,

@@ -125,17 +125,32 @@ const MemberDescription* ClassDescription::find(std::int32_t dispatchId) const {
     return found == byId_.end() ? nullptr : &members[found->second];
 }
 
+MemberDescription& ClassDescription::add(std::u16string_view memberName, MemberKind kind) {
+    MemberDescription& member = members.emplace_back();
+    member.name = memberName;
+    member.kind = kind;
+    member.dispatchId = nextId(kind);
+    return member;
+}
+
+void ClassDescription::reserve(std::u16string_view memberName) {
+    reserved.emplace_back(memberName);
+    static_cast<void>(nextId(MemberKind::Method));
+}
+
+std::int32_t ClassDescription::nextId(MemberKind kind) {
+    const std::int32_t first = kind == MemberKind::Method     ? kFirstMethod
+                               : kind == MemberKind::Property ? kFirstProperty
+                                                              : kFirstField;
+    return first + used_[static_cast<std::size_t>(kind)]++;
+}
+
 void ClassDescription::complete(std::u16string_view defaultMember) {
-    std::int32_t field = kFirstField;
-    std::int32_t method = kFirstMethod;
-    std::int32_t property = kFirstProperty;
     for (std::size_t i = 0; i < members.size(); ++i) {
         MemberDescription& member = members[i];
-        std::int32_t& next = member.kind == MemberKind::Method     ? method
-                             : member.kind == MemberKind::Property ? property
-                                                                   : field;
-        const std::int32_t ordinary = next++;
-        member.dispatchId = member.name.view() == defaultMember ? kDefaultMember : ordinary;
+        if (member.name.view() == defaultMember) {
+            member.dispatchId = kDefaultMember;
+        }
         byName_.emplace(unicode::upper(member.name), i);
         byId_.emplace(member.dispatchId, i);
     }

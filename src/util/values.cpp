@@ -9,37 +9,18 @@
 #include <kaputil/frame/convert.hpp>
 #include <kaputil/frame/error.hpp>
 
-#include "frame/clock.hpp"
-#include "frame/convert/calendar.hpp"
 #include "frame/unicode.hpp"
+#include "util/two_digit_year.hpp"
 
 namespace kap::util {
 namespace {
 
 constexpr std::size_t kRowVersionBytes = 8;
 
-// The last two-digit year of the 2000s. Compared as text, so that "7 " counts as a year too.
-constexpr std::u16string_view kLastYearOf2000s = u"70";
-
 // The characters from a position on, at most `count`; empty beyond the end.
 std::u16string_view piece(std::u16string_view text, std::size_t from,
                           std::size_t count = std::u16string_view::npos) {
     return from < text.size() ? text.substr(from, count) : std::u16string_view{};
-}
-
-String currentYear() {
-    const auto now = convert::takeApart(localNow());
-    return convert::toString(static_cast<std::int32_t>(now.value().date.year));
-}
-
-String fullYear(std::u16string_view year) {
-    if (year.empty()) {
-        return currentYear();
-    }
-    if (year.size() != 2) {
-        return year;
-    }
-    return (year <= kLastYearOf2000s ? u"20" : u"19") + String(year);
 }
 
 // The number that the low bytes of the first units spell, most significant first.

@@ -1,14 +1,12 @@
 #pragma once
 
 #include <atomic>
-#include <filesystem>
 #include <string>
-
-#include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <kaputil/ado/connection.hpp>
 #include <kaputil/ado/recordset.hpp>
+
+#include "support/temporary_folder.hpp"
 
 namespace kap::test {
 
@@ -47,35 +45,5 @@ inline Variant fieldOf(const Ref<ado::Recordset>& recordset, const Variant& inde
 inline Variant valueOf(const Ref<ado::Connection>& connection, const String& query) {
     return fieldOf(connection->Execute(query), 0);
 }
-
-// A folder of its own, removed with everything in it at the end.
-class TemporaryFolder {
-public:
-    TemporaryFolder() {
-        std::string pattern =
-            (std::filesystem::temp_directory_path() / "kaputil-test-XXXXXX").string();
-        if (mkdtemp(pattern.data()) == nullptr) {
-            throw std::filesystem::filesystem_error(
-                "mkdtemp", std::error_code(errno, std::generic_category()));
-        }
-        path_ = pattern;
-    }
-    ~TemporaryFolder() {
-        std::error_code ignored;
-        std::filesystem::remove_all(path_, ignored);
-    }
-    TemporaryFolder(const TemporaryFolder&) = delete;
-    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-
-    [[nodiscard]] std::string file(const std::string& name) const {
-        return (path_ / name).string();
-    }
-    [[nodiscard]] std::string database(const std::string& name = "azienda.db") const {
-        return "Provider=KapLocal;Data Source=" + file(name);
-    }
-
-private:
-    std::filesystem::path path_;
-};
 
 }  // namespace kap::test

@@ -13,7 +13,8 @@ namespace kap {
 // The general functions of the library, as members of one object that keeps their outcome.
 //
 // Each member is described where its work is done: recordsets in <kaputil/db/recordsets.hpp>,
-// records in <kaputil/db/records.hpp>, values in <kaputil/util/values.hpp>.
+// records in <kaputil/db/records.hpp>, values in <kaputil/util/values.hpp>, dates in
+// <kaputil/util/dates.hpp>, amounts in <kaputil/util/amounts.hpp>.
 //
 //     auto f = kap::make<kap::StdFunctions>();
 //     kap::Variant record;
@@ -45,9 +46,19 @@ public:
     bool kapEmpty(const Variant& vValore);
     Variant kapVal(const Variant& vValore, const String& sDataType = u"Double");
     String kapApice(const Variant& sStringa);
+    Variant ConvertiData(const String& sData, const String& sLingua = u"ING");
+    String NomeMese(std::int16_t nMese, const String& sLingua = u"ING");
     Variant Riga_Prog(ByRef<Variant> connessione, ByRef<String> sSQL,
                       ByRef<std::int16_t> nPasso = 1, ByRef<std::int16_t> nInizio = 1);
     String TSToHex(const Variant& sBinRep);
+    Variant CalcVal(ByRef<Variant> connessione, const String& sValuta, double nPrezzo, double nQta,
+                    ByRef<Variant> nSc1 = Variant(std::int16_t{0}),
+                    ByRef<Variant> nSc2 = Variant(std::int16_t{0}),
+                    ByRef<Variant> nsc3 = Variant(std::int16_t{0}),
+                    ByRef<Variant> nScTestata = Variant(std::int16_t{0}));
+    Variant KapRound(const Variant& numero, std::int16_t decimali = 0,
+                     const String& arrotonda = u"A");
+    String kapControllaData(const Variant& valore, ByRef<String> sFormat = u"dd/mm/yyyy");
     Variant DtoSQL(const Variant& valore);
     bool kapGoTo(ByRef<Ref<ado::Recordset>> rst, const Variant& posizione);
 

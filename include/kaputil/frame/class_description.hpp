@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <optional>
 #include <span>
@@ -48,6 +49,7 @@ struct MemberDescription {
     std::vector<ParameterDescription> parameters;
     VarType result = VarType::Empty;  // Empty: a method without result
     String summary;
+    String errors;  // what it raises and when, beyond what converting the arguments raises
     MemberCall method = nullptr;
     MemberCall get = nullptr;
     MemberCall let = nullptr;
@@ -64,16 +66,24 @@ public:
     Instancing instancing = Instancing::Creatable;
     String summary;
     std::vector<MemberDescription> members;  // in interface order
+    std::vector<String> reserved;            // members to come, whose identifiers are kept for them
     Ref<Object> (*create)() = nullptr;
 
     // The member with this name, compared ignoring case, or with this identifier; null if none.
     [[nodiscard]] const MemberDescription* find(std::u16string_view memberName) const;
     [[nodiscard]] const MemberDescription* find(std::int32_t dispatchId) const;
 
-    // Numbers the members in interface order and makes the look-ups; called once, by the builder.
+    // Called by the builder, in interface order: adds a member, which gets the next identifier of
+    // its kind, or keeps the next identifier of a method for one to come.
+    MemberDescription& add(std::u16string_view memberName, MemberKind kind);
+    void reserve(std::u16string_view memberName);
+    // Called last: gives the default member its identifier and makes the look-ups.
     void complete(std::u16string_view defaultMember);
 
 private:
+    std::int32_t nextId(MemberKind kind);
+
+    std::array<std::int32_t, 3> used_{};  // identifiers given, by kind
     std::unordered_map<std::u16string, std::size_t> byName_;  // upper-cased
     std::unordered_map<std::int32_t, std::size_t> byId_;
 };

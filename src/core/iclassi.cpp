@@ -1,0 +1,57 @@
+#include <kaputil/core/iclassi.hpp>
+
+#include "frame/class_builder.hpp"
+
+namespace kap {
+
+const ClassDescription& IClassi::classDescription() {
+    static const ClassDescription kDescription =
+        ClassBuilder<IClassi>(u"IClassi", u"736ffbea-1819-44c2-b5a7-6ec1539a1fec",
+                              u"961feff4-57e1-4aba-9225-10c1227daf97")
+            .summary(u"The contract of business classes; its own members do nothing.")
+            .property<&IClassi::Errore>(u"Errore", u"What went wrong in the last call.")
+            .property<&IClassi::Proprieta, &IClassi::setProprieta>(
+                u"Proprieta", u"The object's data as a property string.")
+            .method<&IClassi::Read>(u"Read", {u"Connessione"}, u"Reads the object.")
+            .method<&IClassi::Update>(u"Update", {u"Connessione"}, u"Saves the object.")
+            .method<&IClassi::Delete>(u"Delete", {u"Connessione"}, u"Deletes the object.")
+            .method<&IClassi::PgUpDown>(u"PgUpDown", {u"sTasto", u"Connessione"},
+                                        u"Moves to the neighbour that a navigation key asks for.")
+            .method<&IClassi::XCP>(u"XCP", {u"CampoAttivo", u"Parametri", u"Connessione"},
+                                   u"Checks or completes a field of the form.")
+            .build();
+    return kDescription;
+}
+
+Ref<CErrore> IClassi::Errore() {
+    return {};
+}
+
+Variant IClassi::Proprieta() {
+    return {};
+}
+
+void IClassi::setProprieta(const Variant& /*value*/) {}
+
+Variant IClassi::Read(ByRef<Variant> /*connessione*/) {
+    return {};
+}
+
+Variant IClassi::Update(ByRef<Variant> /*connessione*/) {
+    return {};
+}
+
+Variant IClassi::Delete(ByRef<Variant> /*connessione*/) {
+    return {};
+}
+
+Variant IClassi::PgUpDown(ByRef<String> /*sTasto*/, ByRef<Variant> /*connessione*/) {
+    return {};
+}
+
+Variant IClassi::XCP(const String& /*campoAttivo*/, const String& /*parametri*/,
+                     ByRef<Variant> /*connessione*/) {
+    return {};
+}
+
+}  // namespace kap

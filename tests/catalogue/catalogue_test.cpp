@@ -1,0 +1,314 @@
+#include <kaputil/catalogue/catalogue.hpp>
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cstdio>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <kaputil/catalogue/create_object.hpp>
+#include <kaputil/catalogue/std_functions.hpp>
+#include <kaputil/core/cconstant.hpp>
+#include <kaputil/core/iclassi.hpp>
+#include <kaputil/frame/convert.hpp>
+#include <kaputil/frame/error.hpp>
+#include <kaputil/frame/locale.hpp>
+
+#include "support/late_bound.hpp"
+#include "support/shown.hpp"
+
+namespace kap {
+namespace {
+
+using test::call;
+using test::raisedBy;
+
+std::string instancingName(Instancing instancing) {
+    switch (instancing) {
+        case Instancing::Creatable:
+            return "creatable";
+        case Instancing::Global:
+            return "global";
+        case Instancing::NotCreatable:
+            break;
+    }
+    return "not creatable";
+}
+
+// "Name classId interfaceId instancing defaultMember".
+std::string line(const PublishedClass& published) {
+    return (published.name + u" " + published.classId + u" " + published.interfaceName + u" " +
+            published.interfaceId)
+               .utf8() +
+           " " + instancingName(published.instancing) + " " + published.defaultMember.utf8();
+}
+
+TEST(Catalogue, PublishesEveryClassWithItsIdentitiesInTheirOrder) {
+    const std::vector<std::string> expected = {
+        "IClassi 736ffbea-1819-44c2-b5a7-6ec1539a1fec _IClassi "
+        "961feff4-57e1-4aba-9225-10c1227daf97 creatable ",
+        "CSystem 71c6409f-464e-4b9b-9829-a930eabaef1c _CSystem "
+        "a2c17a63-37ab-4d29-9e05-faee796d2a41 creatable ",
+        "CRegistro 1312d785-c222-48a5-808f-95b7d63f149b _CRegistro "
+        "9f2fdde1-9264-4fd3-ad53-59409a82c19e creatable ",
+        "CFileINI 6d508732-1be6-4a1b-b796-8fe52569b49e _CFileINI "
+        "3f65d614-9991-4046-97ea-fd7a2eac2c21 creatable ",
+        "CErrore feb2ec34-3b6a-45b8-90c5-87f442d1898e _CErrore "
+        "fb6ea86a-741a-4273-9191-c3873d6b8657 creatable ",
+        "CProprieta 80368bd9-a134-4db3-b976-3eff993d4529 _CProprieta "
+        "47799a54-02c1-4447-9acc-eb0cc14f0d34 creatable ",
+        "CFG_Campi e20b2bad-f777-4633-ab8e-5e9b00307ad2 _CFG_Campi "
+        "d83a0c09-6a68-435b-9557-f8485cc61f84 creatable Item",
+        "CFG_Moduli c3381f15-199b-4b0b-8249-307c7495cbfd _CFG_Moduli "
+        "1f519c02-76a0-438d-86e9-075d9d3384aa creatable Item",
+        "CFG_Modulo 9c372610-0bee-45bf-b14d-921dea05c6f2 _CFG_Modulo "
+        "bf7b3016-c968-4b36-afc2-9407aa5cf7ca creatable Campi",
+        "CFG_Procedura da5fdcb9-22b5-40a9-868e-c536c872ce49 _CFG_Procedura "
+        "f9899346-9239-442d-bec8-9975c40c39f4 creatable Moduli",
+        "CFG_Procedure 1078f8da-19d3-4206-8eab-6a543fa334b1 _CFG_Procedure "
+        "496399e7-9b32-488b-be65-dca3df5610dd creatable Item",
+        "CConstant 9136269b-1192-4caf-ab2a-0b55b4cfdba3 _CConstant "
+        "b1ca7f4e-f8d9-4c85-bee2-07900c2efd48 not creatable ",
+        "CFG_Campo a4169f44-3a5d-48b9-b45d-da6731b9f27a _CFG_Campo "
+        "9cf3faee-d251-4c33-8601-1139e8470dce creatable ",
+        "CFG_Applicazioni a1493e40-ee46-4833-8ef1-58e3b80d0cef _CFG_Applicazioni "
+        "cee9d7b3-31a7-492b-8740-f94992332c8a creatable Item",
+        "CFG_Applicazione 0a766aae-60de-4642-bc23-1824483c3a3a _CFG_Applicazione "
+        "e698acc0-57a2-4c8a-916b-907e57f58f76 creatable Procedure",
+        "CFG_Stampa 751365ef-c473-43b7-8dc1-8e404c5fb3a2 _CFG_Stampa "
+        "1286c8fd-6205-4973-a472-388401bca382 creatable ",
+        "CEMail 6ad333e0-4535-4a1f-9d0c-6075308b5714 _CEMail "
+        "dfb00056-0c60-4a29-a43a-4f09fee6c732 creatable ",
+        "CSQL 4ac5a4f4-d431-4aa4-8211-93d6a4754c2f _CSQL "
+        "913252bc-c034-4f8e-8135-2bef7b1c2cf5 creatable ",
+        "StdFunctions ebe940f4-1cec-417c-9ee1-7425c4fae5fc _StdFunctions "
+        "fca6683b-acb8-41e7-8f8f-351624e536e7 global ",
+    };
+    std::vector<std::string> published;
+    for (const PublishedClass& one : publishedClasses()) {
+        published.push_back(line(one));
+        EXPECT_FALSE(one.summary.empty()) << one.name.utf8();
+    }
+    EXPECT_EQ(published, expected);
+}
+
+TEST(Catalogue, TellsWhatTheLibraryIs) {
+    EXPECT_EQ(library().name, u"KapUtil");
+    EXPECT_EQ(library().description, u"KAP Utility 2.6");
+    EXPECT_EQ(library().typeLibraryId, u"749c4a7f-4612-49ed-994a-2e3285c059ca");
+    EXPECT_EQ(library().typeLibraryVersion, u"1.0");
+    EXPECT_EQ(library().moduleName, u"KapUtil26");
+    EXPECT_EQ(library().fileVersion, u"2.6.0.5");
+    EXPECT_EQ(library().fileVersionText, u"2.06.0005");
+}
+
+TEST(Catalogue, PublishesTheSharedNumbers) {
+    std::string values;
+    for (const EnumerationDescription& enumeration : publishedEnumerations()) {
+        values += enumeration.name.utf8() + ":";
+        for (const auto& value : enumeration.values) {
+            values += " " + value.name.utf8() + "=" + std::to_string(value.value);
+        }
+    }
+    EXPECT_EQ(values,
+              "CostantiNumeriche: kaOK=0 kaerror=1 kaCodiceFiscale=2 kaPartitaIva=3 kaHBordo=60 "
+              "kaHBarra=270");
+    EXPECT_EQ(kaHBarra, 270);
+}
+
+// Every member of a class with its identifier, kind, parameters and defaults.
+std::string signatureOf(const MemberDescription& member) {
+    std::array<char, 16> id{};
+    std::snprintf(id.data(), id.size(), "%08x ", static_cast<unsigned>(member.dispatchId));
+    std::string text = id.data() + member.name.utf8();
+    if (member.kind == MemberKind::Property) {
+        text += member.let != nullptr || member.set != nullptr ? " [get, put]" : " [get]";
+    }
+    for (const ParameterDescription& parameter : member.parameters) {
+        text += std::string(parameter.byReference ? " ref " : " val ") + parameter.name.utf8() +
+                ":" + std::string(typeName(parameter.type));
+        if (parameter.defaultValue) {
+            const LocaleScope plain("en-US");
+            text += "=" + convert::toString(*parameter.defaultValue).utf8();
+        }
+    }
+    return text +
+           (member.result == VarType::Empty ? "" : " -> " + std::string(typeName(member.result)));
+}
+
+std::vector<std::string> signaturesOf(const ClassDescription& description) {
+    std::vector<std::string> signatures;
+    for (const MemberDescription& member : description.members) {
+        signatures.push_back(signatureOf(member));
+    }
+    return signatures;
+}
+
+TEST(Catalogue, KeepsTheMembersOfTheGlobalClassInTheirPlaces) {
+    const std::vector<std::string> expected = {
+        "68030000 Errore [get, put] -> Object",
+        "60030002 OpenRecordset ref SQLString:String ref Connessione:Variant "
+        "ref CursorType:Integer=-1 ref LockType:Integer=-1 ref Options:Integer=-1 "
+        "ref DeleteNull:Boolean=True ref CloseConnection:Boolean=True "
+        "ref CursorLocation:Integer=-1 -> Object",
+        "60030003 DB_Read ref Connessione:Variant ref sSQL:String ref StringaProprieta:Variant "
+        "-> Boolean",
+        "60030004 DB_Update ref Connessione:Variant ref sSQL:String val StringaProprieta:Variant "
+        "-> Boolean",
+        "60030005 DB_Delete ref Connessione:Variant ref sSQL:String ref StringaProprieta:Variant "
+        "-> Boolean",
+        "60030006 kapLeggiRecord ref Connessione:Variant ref sStringaSQL:String "
+        "ref sNomeCampi:String=°°° -> Variant",
+        "6003000d ControllaConnessione ref Connessione:Variant",
+        "60030010 kapEmpty val vValore:Variant -> Boolean",
+        "60030011 kapVal val vValore:Variant ref sDataType:String=Double -> Variant",
+        "60030012 ConvertiData val sData:String val sLingua:String=ING -> Variant",
+        "60030013 NomeMese val nMese:Integer val sLingua:String=ING -> String",
+        "60030014 kapApice val sStringa:Variant -> String",
+        "60030016 Riga_Prog ref Connessione:Variant ref sSQL:String ref nPasso:Integer=1 "
+        "ref nInizio:Integer=1 -> Variant",
+        "60030017 TSToHex ref sBinRep:Variant -> String",
+        "60030018 CalcVal ref Connessione:Variant ref sValuta:String ref nPrezzo:Double "
+        "ref nQta:Double ref nSc1:Variant=0 ref nSc2:Variant=0 ref nsc3:Variant=0 "
+        "ref nScTestata:Variant=0 -> Variant",
+        "6003001a KapRound val Numero:Variant ref Decimali:Integer=0 ref Arrotonda:String=A "
+        "-> Variant",
+        "6003001d kapControllaData val Valore:Variant ref sFormat:String=dd/mm/yyyy -> String",
+        "6003001e DtoSQL val Valore:Variant -> Variant",
+        "6003001f kapGoTo ref rst:Object val Posizione:Variant -> Boolean",
+    };
+    EXPECT_EQ(signaturesOf(StdFunctions::classDescription()), expected);
+}
+
+TEST(Catalogue, ReservesThePlacesOfTheGlobalMembersToCome) {
+    const std::vector<String> expected = {
+        u"kapSendKeys",   u"AspettaDueSecondi",  u"TrovaTop",      u"PosizionaForm",
+        u"KapCFG",        u"Progressivi_OLD",    u"WLog",          u"EsportaTXT",
+        u"kapNomeUtente", u"AttributiFile",      u"kapInviaEMail", u"Ripeti",
+        u"Progressivi",   u"RicercaNumeriDocPre"};
+    EXPECT_EQ(StdFunctions::classDescription().reserved, expected);
+    EXPECT_EQ(raisedBy([] {
+                  return predeclared()->invoke(std::int32_t{0x60030000}, InvokeKind::Method, {});
+              }),
+              errors::kMemberNotFound);
+}
+
+TEST(Catalogue, KeepsTheMembersOfTheOtherClassesInTheirPlaces) {
+    const std::vector<std::string> properties = {
+        "60030000 Elimina ref sNomeProprieta:String",
+        "60030001 Leggi ref sNomeProprieta:Variant=DEFAULT -> Variant",
+        "60030002 Scrivi ref sNomeProprieta:String ref sValore:Variant",
+        "60030003 Count -> Integer", "60030004 NomeProprieta ref PosizioneCampo:Integer -> String"};
+    const std::vector<std::string> error = {
+        "68030000 Numero [get, put] -> Variant",
+        "60030000 AddMessaggio ref Messaggio:Variant",
+        "60030001 Clear",
+        "60030002 MsgToArray -> Variant",
+        "60030003 MsgToString -> Variant",
+        "60030004 ToString -> Variant",
+        "60030005 Init ref Stringa:String",
+        "60030006 LeggiAttributo ref NomeAttributo:String -> Variant",
+        "60030007 ScriviAttributo ref NomeAttributo:String ref Valore:String"};
+    const std::vector<std::string> contract = {
+        "68030000 Errore [get] -> Object",
+        "68030001 Proprieta [get, put] -> Variant",
+        "60030000 Read ref Connessione:Variant -> Variant",
+        "60030001 Update ref Connessione:Variant -> Variant",
+        "60030002 Delete ref Connessione:Variant -> Variant",
+        "60030003 PgUpDown ref sTasto:String ref Connessione:Variant -> Variant",
+        "60030004 XCP val CampoAttivo:String val Parametri:String ref Connessione:Variant "
+        "-> Variant"};
+    EXPECT_EQ(signaturesOf(CProprieta::classDescription()), properties);
+    EXPECT_EQ(signaturesOf(CErrore::classDescription()), error);
+    EXPECT_EQ(signaturesOf(IClassi::classDescription()), contract);
+    EXPECT_TRUE(CConstant::classDescription().members.empty());
+}
+
+TEST(Predeclared, AnswersLikeAnInstanceThatIsCreated) {
+    const auto created = createObject(u"KapUtil.StdFunctions");
+    EXPECT_EQ(test::shown(call(*predeclared(), u"KapRound", {2.675, 2})),
+              test::shown(call(*created, u"KapRound", {2.675, 2})));
+    EXPECT_EQ(predeclared(), predeclared());
+}
+
+TEST(Predeclared, IsAnotherOneInEveryThread) {
+    const Object* other = nullptr;
+    std::thread([&] { other = predeclared().get(); }).join();
+    EXPECT_NE(other, predeclared().get());
+}
+
+TEST(IClassiContract, DoesNothingByItself) {
+    const auto object = createObject(u"KapUtil.IClassi");
+    EXPECT_FALSE(call(*object, u"Errore").as<Ref<Object>>());
+    test::invoke(*object, u"Proprieta", InvokeKind::Let, {u"<A>1</A>"});
+    EXPECT_TRUE(call(*object, u"Proprieta").isEmpty());
+    for (const char16_t* member : {u"Read", u"Update", u"Delete"}) {
+        EXPECT_TRUE(call(*object, member, {u"connessione"}).isEmpty()) << String(member).utf8();
+    }
+    EXPECT_TRUE(call(*object, u"PgUpDown", {u"{PGDN}", Variant()}).isEmpty());
+    EXPECT_TRUE(call(*object, u"XCP", {u"Codice", u"", Variant()}).isEmpty());
+}
+
+// A program's own business class.
+class Customer final : public IClassi {
+public:
+    Variant Proprieta() override { return name_; }
+    void setProprieta(const Variant& value) override { name_ = value; }
+    Variant PgUpDown(ByRef<String> sTasto, ByRef<Variant> /*connessione*/) override {
+        *sTasto = u"FATTO";
+        return true;
+    }
+
+private:
+    Variant name_ = u"Rossi";
+};
+
+TEST(IClassiContract, IsImplementedByOverridingItsMembers) {
+    const Ref<Object> customer = make<Customer>();
+    test::invoke(*customer, u"proprieta", InvokeKind::Let, {u"Bianchi"});
+    EXPECT_EQ(test::shown(call(*customer, u"Proprieta")), "String Bianchi");
+    std::vector<Variant> arguments = {u"{PGDN}", Variant()};
+    EXPECT_TRUE(
+        customer->invoke(u"PgUpDown", InvokeKind::Method, Arguments{arguments, {}}).as<bool>());
+    EXPECT_EQ(test::shown(arguments[0]), "String FATTO");
+    EXPECT_TRUE(call(*customer, u"Read", {Variant()}).isEmpty());
+}
+
+TEST(CreateObject, RefusesClassesThatClientsCannotMake) {
+    EXPECT_EQ(raisedBy([] { return createObject(u"KapUtil.CConstant"); }),
+              errors::kCannotCreateObject);
+    EXPECT_EQ(raisedBy([] { return createObject(u"KapUtil.CEMail"); }),
+              errors::kCannotCreateObject);
+}
+
+TEST(CreateObject, PrefersTheClientsFactory) {
+    const auto mail = make<Customer>();
+    registerFactory(u"Outlook.Application", [mail] { return Ref<Object>(mail); });
+    registerFactory(u"kaputil.CERRORE", [mail] { return Ref<Object>(mail); });
+    EXPECT_EQ(createObject(u"OUTLOOK.application"), Ref<Object>(mail));
+    EXPECT_EQ(createObject(u"KapUtil.CErrore"), Ref<Object>(mail));
+    unregisterFactory(u"KAPUTIL.CErrore");
+    unregisterFactory(u"outlook.application");
+    unregisterFactory(u"outlook.application");
+    EXPECT_EQ(createObject(u"KapUtil.CErrore")->className(), u"CErrore");
+    EXPECT_EQ(raisedBy([] { return createObject(u"Outlook.Application"); }),
+              errors::kCannotCreateObject);
+}
+
+TEST(CreateObject, RefusesFactoriesWithoutNameOrFunction) {
+    EXPECT_EQ(raisedBy([] {
+                  registerFactory(u"", [] { return Ref<Object>(); });
+                  return 0;
+              }),
+              errors::kInvalidArgument);
+    EXPECT_EQ(raisedBy([] {
+                  registerFactory(u"A.B", {});
+                  return 0;
+              }),
+              errors::kInvalidArgument);
+}
+
+}  // namespace
+}  // namespace kap
