@@ -10,4 +10,7 @@ if(toolSources)
     kaputil_compile_rules(kaputil-cli)
     kaputil_precompile(kaputil-cli kaputil_headers)
     install(TARGETS kaputil-cli RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
+    # Named after the command: that is how the shell finds it when it is first needed.
+    install(FILES "${PROJECT_SOURCE_DIR}/completions/kaputil.bash" RENAME kaputil
+            DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions")
 endif()

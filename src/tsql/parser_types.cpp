@@ -1,5 +1,6 @@
 #include <array>
-#include <charconv>
+
+#include <kaputil/frame/plain_text.hpp>
 
 #include "tsql/parser_state.hpp"
 #include "tsql/server_error.hpp"
@@ -193,14 +194,12 @@ void Parser::decimalSize(TypeSpec& spec, const std::string& owner, int ordinal) 
 int Parser::sizeNumber() {
     if (peek().kind != TokenKind::Integer) unexpected();
     const Token& token = next();
-    int size = 0;
-    const auto [end, error] =
-        std::from_chars(token.text.data(), token.text.data() + token.text.size(), size);
-    if (error != std::errc() || size == 0) {
+    const auto size = plain::readInt(token.text);
+    if (!size || *size == 0) {
         throw ServerError(1001, "Length or precision specification " + token.text + " is invalid.",
                           token.line, 15);
     }
-    return size;
+    return *size;
 }
 
 }  // namespace kap::tsql

@@ -1,8 +1,9 @@
 #include "tsql/script_split.hpp"
 
 #include <algorithm>
-#include <charconv>
 #include <optional>
+
+#include <kaputil/frame/plain_text.hpp>
 
 #include "tsql/server_error.hpp"
 #include "tsql/text.hpp"
@@ -26,9 +27,8 @@ std::optional<int> goCount(std::string_view line, int lineNumber) {
     if (line.size() == 2) return 1;
     if (kBlanks.find(line[2]) == std::string_view::npos) return std::nullopt;
     const std::string_view number = trimmed(line.substr(2));
-    int count = 0;
-    const auto [end, error] = std::from_chars(number.data(), number.data() + number.size(), count);
-    if (error != std::errc() || end != number.data() + number.size() || count < 0) {
+    const auto count = plain::readInt(number);
+    if (!count || *count < 0) {
         throw syntaxError(std::string(number), lineNumber);
     }
     return count;

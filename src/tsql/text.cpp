@@ -1,8 +1,8 @@
 #include "tsql/text.hpp"
 
 #include <algorithm>
-#include <array>
-#include <charconv>
+
+#include <kaputil/frame/plain_text.hpp>
 
 namespace kap::tsql {
 
@@ -31,9 +31,7 @@ std::string asciiLower(std::string_view text) {
 }
 
 std::string integerText(std::int64_t value) {
-    std::array<char, 24> buffer{};
-    const auto result = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value);
-    return {buffer.data(), result.ptr};
+    return plain::text(value);
 }
 
 bool equalsIgnoringCase(std::string_view left, std::string_view right) {

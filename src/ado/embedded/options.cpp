@@ -1,9 +1,9 @@
 #include "ado/embedded/options.hpp"
 
-#include <charconv>
 #include <string_view>
 
 #include <kaputil/ado/error_numbers.hpp>
+#include <kaputil/frame/plain_text.hpp>
 
 #include "tsql/text.hpp"
 
@@ -26,13 +26,11 @@ bool is(const std::string& left, std::string_view right) {
 }
 
 std::chrono::seconds timeoutOf(const ConnectionString::Pair& pair) {
-    int seconds = -1;
-    const char* end = pair.value.data() + pair.value.size();
-    const auto read = std::from_chars(pair.value.data(), end, seconds);
-    if (read.ec != std::errc{} || read.ptr != end || seconds < 0 || seconds > kLongestTimeout) {
+    const auto seconds = plain::readInt(pair.value);
+    if (!seconds || *seconds < 0 || *seconds > kLongestTimeout) {
         refuseValue(pair, "a whole number of seconds from 0 to 86400");
     }
-    return std::chrono::seconds(seconds);
+    return std::chrono::seconds(*seconds);
 }
 
 Synchronous synchronousOf(const ConnectionString::Pair& pair) {

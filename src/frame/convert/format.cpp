@@ -51,8 +51,10 @@ std::u16string plainText(const Variant& value) {
 // The number that a value is or reads as; nullopt for other texts.
 std::optional<NumberText> numberOf(const Variant& value) {
     switch (value.type()) {
-        case VarType::String:
-            return readNumber(value.as<String>(), currentLocale());
+        case VarType::String: {
+            const auto read = readNumber(value.as<String>(), currentLocale());
+            return read && toDouble(*read) ? read : std::nullopt;
+        }
         case VarType::Single:
             return digitsOf(value.as<float>());
         case VarType::Double:
@@ -71,9 +73,8 @@ std::optional<Date> dateOf(const Variant& value) {
     if (const auto date = readDate(text, currentLocale())) {
         return date;
     }
-    const auto number = readNumber(text, currentLocale());
-    const auto days = number ? toDouble(*number) : std::nullopt;
-    return days ? std::optional(Date{*days}) : std::nullopt;
+    const auto number = numberOf(value);
+    return number ? std::optional(Date{*toDouble(*number)}) : std::nullopt;
 }
 
 bool isZero(const NumberText& number) {
@@ -124,7 +125,8 @@ std::u16string writeText(const Sections& sections, const Variant& value) {
 }
 
 std::u16string writeSections(const Sections& sections, const Variant& value, WeekRule weeks) {
-    if ((value.isNull() || value.isEmpty()) && hasSection(sections, 3)) {
+    const bool numeric = sections[0].kind == FormatKind::Number;
+    if (numeric && (value.isNull() || value.isEmpty()) && hasSection(sections, 3)) {
         return formatNumber(sections[3], NumberText{}, currentLocale());
     }
     if (value.isNull()) {

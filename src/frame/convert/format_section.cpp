@@ -57,6 +57,9 @@ public:
         while (!rest_.empty()) {
             readStep();
         }
+        for (FormatSection& section : sections_) {
+            section.kind = kind_;
+        }
         return std::move(sections_);
     }
 
@@ -64,7 +67,7 @@ private:
     void readStep() {
         switch (rest_.front()) {
             case u';':
-                sections_.push_back({sections_.front().kind, {}});
+                sections_.emplace_back();
                 return rest_.remove_prefix(1);
             case u'\\':
                 rest_.remove_prefix(1);
@@ -80,23 +83,22 @@ private:
     }
 
     void readCharacter() {
-        FormatSection& section = sections_.back();
         const FormatKind kind = kindOf(rest_);
-        if (section.kind == FormatKind::Literal) {
-            section.kind = kind;
+        if (kind_ == FormatKind::Literal) {
+            kind_ = kind;
         }
-        const bool exponent = section.kind == FormatKind::Number && isExponent();
-        if (section.kind == FormatKind::Date && kind == FormatKind::Date) {
-            const std::u16string_view part = datePart(rest_);
-            section.steps.push_back({std::u16string(part), false});
-            rest_.remove_prefix(part.size());
-        } else if (exponent) {
-            section.steps.push_back({std::u16string(take(2)), false});
-        } else if (kind != FormatKind::Literal && kind == section.kind) {
-            section.steps.push_back({std::u16string(take(1)), false});
-        } else {
-            addLiteral(take(1));
+        if (kind_ == FormatKind::Number && isExponent()) {
+            return addStep(take(2));
         }
+        if (kind == FormatKind::Literal || kind != kind_) {
+            return addLiteral(take(1));
+        }
+        if (kind != FormatKind::Date) {
+            return addStep(take(1));
+        }
+        const std::u16string_view part = datePart(rest_);
+        addStep(part);  // in its own letters, whatever the case of the format
+        rest_.remove_prefix(part.size());
     }
 
     [[nodiscard]] bool isExponent() const {
@@ -110,6 +112,10 @@ private:
         return taken;
     }
 
+    void addStep(std::u16string_view text) {
+        sections_.back().steps.push_back({std::u16string(text), false});
+    }
+
     void addLiteral(std::u16string_view text) {
         if (!text.empty()) {
             sections_.back().steps.push_back({std::u16string(text), true});
@@ -118,6 +124,7 @@ private:
 
     std::u16string_view rest_;
     std::vector<FormatSection> sections_;
+    FormatKind kind_ = FormatKind::Literal;  // of the whole format, once it is known
 };
 
 }  // namespace

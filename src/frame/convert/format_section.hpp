@@ -16,7 +16,7 @@ struct FormatStep {
 // What a format writes: the first character that means something tells.
 enum class FormatKind : unsigned char { Literal, Date, Number, Text };
 
-// The part of a format between two semicolons; the first one decides the kind of all.
+// The part of a format between two semicolons. All parts are of one kind.
 struct FormatSection {
     FormatKind kind = FormatKind::Literal;
     std::vector<FormatStep> steps;

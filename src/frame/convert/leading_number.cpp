@@ -81,23 +81,18 @@ private:
     bool exponentDigit_ = false;
 };
 
-// The longest "&H..." or "&O..." at the start; a four-digit hexadecimal pattern is a 16-bit one.
+// The longest "&H..." or "&O..." at the start; up to 16 bits are a pattern of that width.
 double prefixedNumber(std::u16string_view text, std::u16string_view digits) {
     const std::size_t end = std::min(text.find_first_not_of(digits, 2), text.size());
-    const std::u16string_view number = text.substr(0, end);
-    if (number.size() == 2) {
+    const auto read = readNumber(text.substr(0, end), knownLocales().front());
+    if (!read) {
         return 0;
     }
-    const Variant pattern{number};
-    const auto read = readNumber(number, knownLocales().front());
-    const auto value = read ? toDouble(*read) : std::nullopt;
-    if (!value) {
-        return 0;
+    constexpr std::uint64_t kSixteenBits = 0xFFFF;
+    if (read->pattern != NumberText::Pattern::None && read->bits <= kSixteenBits) {
+        return static_cast<std::int16_t>(static_cast<std::uint16_t>(read->bits));
     }
-    if (*value <= 0xFFFF) {
-        return toInteger(pattern);
-    }
-    return *value <= 0xFFFFFFFFU ? static_cast<double>(toLong(pattern)) : *value;
+    return toDouble(*read).value_or(0);
 }
 
 }  // namespace

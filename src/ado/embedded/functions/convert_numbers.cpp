@@ -1,8 +1,8 @@
 #include <algorithm>
-#include <array>
-#include <charconv>
 #include <cmath>
 #include <limits>
+
+#include <kaputil/frame/plain_text.hpp>
 
 #include "ado/embedded/functions/convert_families.hpp"
 #include "ado/embedded/functions/text_units.hpp"
@@ -162,17 +162,10 @@ double approximateFromText(const std::string& text, const TypeSpec& from, const 
     std::string_view trimmed = withoutBlanks(text);
     if (trimmed.empty()) return 0;
     if (trimmed.front() == '+') trimmed.remove_prefix(1);
-    // Only digits: the parser of the standard library knows "inf" and "nan", the server does not.
-    const bool digitsOnly = trimmed.find_first_not_of("0123456789.eE+-") == std::string_view::npos;
-    double value = 0;
-    const auto [end, error] =
-        std::from_chars(trimmed.data(), trimmed.data() + trimmed.size(), value);
-    if (!digitsOnly || error == std::errc::invalid_argument ||
-        end != trimmed.data() + trimmed.size()) {
-        notANumber(text, from, to);
-    }
-    if (error == std::errc::result_out_of_range) overflow("expression", tsql::typeName(to.type));
-    return fitApproximate(value, to);
+    const auto number = plain::readReal(trimmed);
+    if (!number) notANumber(text, from, to);
+    if (!number->inRange) overflow("expression", tsql::typeName(to.type));
+    return fitApproximate(number->value, to);
 }
 
 }  // namespace kap::ado::embedded

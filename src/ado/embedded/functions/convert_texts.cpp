@@ -1,6 +1,6 @@
 #include <algorithm>
-#include <array>
-#include <charconv>
+
+#include <kaputil/frame/plain_text.hpp>
 
 #include "ado/embedded/functions/convert_families.hpp"
 #include "ado/embedded/functions/text_units.hpp"
@@ -46,10 +46,7 @@ std::string withThreeExponentDigits(std::string text) {
 }
 
 std::string scientific(double value, int decimals) {
-    std::array<char, 48> buffer{};
-    const auto result = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value,
-                                      std::chars_format::scientific, decimals);
-    return withThreeExponentDigits({buffer.data(), result.ptr});
+    return withThreeExponentDigits(plain::scientific(value, decimals));
 }
 
 bool fits(const TypeSpec& type, std::size_t units) {
@@ -85,10 +82,7 @@ std::string textFromApproximate(double value, const TypeSpec& from, int style) {
     if (style == 1) return scientific(value, 7);
     if (style == 2 || style == 3) return scientific(value, from.type == SqlType::Real ? 8 : 15);
     constexpr int kSignificantDigits = 6;
-    std::array<char, 48> buffer{};
-    const auto result = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value,
-                                      std::chars_format::general, kSignificantDigits);
-    return withThreeExponentDigits({buffer.data(), result.ptr});
+    return withThreeExponentDigits(plain::general(value, kSignificantDigits));
 }
 
 std::string fitText(std::string text, const TypeSpec& from, const TypeSpec& to,

@@ -1,6 +1,6 @@
-#include <array>
-#include <charconv>
 #include <vector>
+
+#include <kaputil/frame/plain_text.hpp>
 
 #include "ado/embedded/functions/dates.hpp"
 #include "ado/embedded/functions/text_units.hpp"
@@ -103,11 +103,9 @@ private:
 
     int takeNumber() {
         if (!numberAt(0)) notADate(target_);
-        const std::string& text = pieces_[position_++].text;
-        int value = 0;
-        const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-        if (error != std::errc()) notADate(target_);
-        return value;
+        const auto value = plain::readInt(pieces_[position_++].text);
+        if (!value) notADate(target_);
+        return *value;
     }
 
     // A year of two digits belongs to the century that the server puts it in.
@@ -165,9 +163,7 @@ private:
     void parseUnseparated(const std::string& digits) {
         const std::size_t yearDigits = digits.size() - 4;
         const auto number = [&](std::size_t start, std::size_t size) {
-            int value = 0;
-            std::from_chars(digits.data() + start, digits.data() + start + size, value);
-            return value;
+            return plain::readInt(std::string_view(digits).substr(start, size)).value_or(0);
         };
         parts_.year = number(0, yearDigits);
         if (yearDigits == 2) parts_.year += parts_.year <= kTwoDigitYearCutoff ? 2000 : 1900;

@@ -1,8 +1,8 @@
 #include "ado/embedded/functions/exact.hpp"
 
-#include <array>
-#include <charconv>
 #include <limits>
+
+#include <kaputil/frame/plain_text.hpp>
 
 #include "tsql/text.hpp"
 
@@ -96,10 +96,7 @@ std::string scaledText(std::int64_t value, int scale) {
 
 double scaledToDouble(std::int64_t value, int scale) {
     // Reading the decimal text rounds once; dividing two doubles could round twice.
-    const std::string text = scaledText(value, scale);
-    double result = 0;
-    std::from_chars(text.data(), text.data() + text.size(), result);
-    return result;
+    return plain::readReal(scaledText(value, scale))->value;
 }
 
 }  // namespace kap::ado::embedded

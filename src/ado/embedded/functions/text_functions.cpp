@@ -1,7 +1,7 @@
 #include <algorithm>
-#include <array>
-#include <charconv>
 #include <random>
+
+#include <kaputil/frame/plain_text.hpp>
 
 #include "ado/embedded/functions/exact.hpp"
 #include "ado/embedded/functions/function_support.hpp"
@@ -172,19 +172,13 @@ Value str(const Arguments& arguments) {
     const std::int64_t width = arguments.integer(1);
     const std::int64_t decimals = std::clamp<std::int64_t>(arguments.integer(2), 0, kMostDecimals);
     if (width < 1 || width > kMaxTextUnits) return {};
-    std::array<char, 400> buffer{};
-    const auto print = [&](std::int64_t places) {
-        const auto end =
-            std::to_chars(buffer.data(), buffer.data() + buffer.size(), arguments.real(0),
-                          std::chars_format::fixed, static_cast<int>(places));
-        return std::string(buffer.data(), end.ptr);
-    };
-    std::string text = print(decimals);
+    const double number = arguments.real(0);
+    std::string text = plain::fixed(number, static_cast<int>(decimals));
     if (text.size() > size(width) && decimals > 0) {
         // Decimals give way to the whole part.
         const std::size_t whole = text.find('.');
         const std::size_t room = size(width) > whole + 1 ? size(width) - whole - 1 : 0;
-        text = print(static_cast<std::int64_t>(room));
+        text = plain::fixed(number, static_cast<int>(room));
     }
     if (text.size() > size(width)) return std::string(size(width), '*');
     return std::string(size(width) - text.size(), ' ') + text;

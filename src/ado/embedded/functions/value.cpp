@@ -1,8 +1,8 @@
 #include "ado/embedded/functions/value.hpp"
 
-#include <array>
-#include <charconv>
 #include <limits>
+
+#include <kaputil/frame/plain_text.hpp>
 
 #include "tsql/text.hpp"
 
@@ -38,9 +38,7 @@ std::string hexadecimal(std::string_view bytes) {
 }
 
 std::string realLiteral(double value) {
-    std::array<char, 32> buffer{};
-    const auto result = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value);
-    std::string text(buffer.data(), result.ptr);
+    std::string text = plain::shortest(value);
     // Without a point or an exponent SQLite would read a whole number.
     if (text.find_first_of(".e") == std::string::npos) text += ".0";
     return text;

@@ -1,5 +1,6 @@
 #include <algorithm>
-#include <charconv>
+
+#include <kaputil/frame/plain_text.hpp>
 
 #include "ado/embedded/functions/exact.hpp"
 #include "ado/embedded/functions/text_units.hpp"
@@ -48,15 +49,14 @@ Typed floatLiteral(std::string text, int line) {
     // An exponent without digits is zero.
     const char last = text.back();
     if (last == 'e' || last == 'E' || last == '+' || last == '-') text += '0';
-    double value = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    if (error != std::errc()) {
+    const auto number = plain::readReal(text);
+    if (!number || !number->inRange) {
         throw ServerError(168,
                           "The floating point value '" + text +
                               "' is out of the range of computer representation (8 bytes).",
                           line, 15);
     }
-    return Typed::literal(value, {SqlType::Float});
+    return Typed::literal(number->value, {SqlType::Float});
 }
 
 Typed textLiteral(const std::string& text, bool national) {
