@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <span>
+#include <string>
 #include <string_view>
 
 // What is fuzzed: each target takes any text, lone surrogates included, and checks what must hold

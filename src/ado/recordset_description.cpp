@@ -16,6 +16,7 @@ const ClassDescription& Recordset::classDescription() {
                                                     u"The current record's position from 1.")
             .property<&Recordset::ActiveConnection, &Recordset::setActiveConnection>(
                 u"ActiveConnection", u"The connection; unset: the recordset is disconnected.")
+            .alsoSet()
             .property<&Recordset::Bof>(u"BOF", u"Whether the position is before the first record.")
             .property<&Recordset::CursorLocation, &Recordset::setCursorLocation>(
                 u"CursorLocation", u"2 server, 3 client.")
@@ -28,6 +29,7 @@ const ClassDescription& Recordset::classDescription() {
                 u"LockType", u"1 read only, 2 pessimistic, 3 optimistic.")
             .property<&Recordset::RecordCount>(u"RecordCount", u"How many records there are.")
             .property<&Recordset::Source, &Recordset::setSource>(u"Source", u"The query.")
+            .alsoSet()
             .property<&Recordset::State>(u"State", u"0 closed, 1 open.")
             .method<&Recordset::AddNew>(u"AddNew", {missing(u"FieldList"), missing(u"Values")},
                                         u"Begins a new record.")

@@ -86,6 +86,8 @@ Variant toVariant(T&& value) {
     }
 }
 
+// The argument in its slot, or the parameter's default. The value of an assignment has no
+// parameter and is always there.
 inline const Variant& given(const MemberDescription& member, std::size_t index,
                             const Variant* slot) {
     return slot != nullptr ? *slot : *member.parameters[index].defaultValue;
@@ -101,13 +103,28 @@ public:
     static constexpr bool kByReference = false;
 
     Argument(const MemberDescription& member, std::size_t index, Variant* slot)
-        : value_(index < member.parameters.size() ? Carrier<Value>::from(given(member, index, slot))
-                                                  : Carrier<Value>::from(*slot)) {}
+        : value_(Carrier<Value>::from(given(member, index, slot))) {}
     const Value& pass() { return value_; }
     void writeBack() {}
 
 private:
     Value value_;
+};
+
+// A Variant is passed as it stands: it needs no conversion and so no copy.
+template <>
+class Argument<const Variant&> {
+public:
+    static constexpr VarType kType = VarType::Variant;
+    static constexpr bool kByReference = false;
+
+    Argument(const MemberDescription& member, std::size_t index, const Variant* slot)
+        : value_(given(member, index, slot)) {}
+    const Variant& pass() { return value_; }
+    void writeBack() {}
+
+private:
+    const Variant& value_;
 };
 
 template <class T>
@@ -175,6 +192,10 @@ Variant callWith(Object& object, [[maybe_unused]] const MemberDescription& membe
         (self.*Function)(std::get<Index>(arguments).pass()...);
         (std::get<Index>(arguments).writeBack(), ...);
         return {};
+    } else if constexpr (std::is_same_v<typename Shape::Result, Variant>) {
+        Variant result = (self.*Function)(std::get<Index>(arguments).pass()...);
+        (std::get<Index>(arguments).writeBack(), ...);
+        return result;
     } else {
         Variant result = toVariant((self.*Function)(std::get<Index>(arguments).pass()...));
         (std::get<Index>(arguments).writeBack(), ...);
@@ -274,9 +295,16 @@ public:
         if (member.result != VarType::Object) {
             member.let = &dispatch::call<Class, Put>;
         }
-        if (member.result == VarType::Object || member.result == VarType::Variant) {
+        if (member.result == VarType::Object) {
             member.set = &dispatch::call<Class, Put>;
         }
+        return std::move(*this);
+    }
+
+    // The Variant property before takes objects as references, too (Set beside Let).
+    ClassBuilder&& alsoSet() && {
+        MemberDescription& member = made_.members.back();
+        member.set = member.let;
         return std::move(*this);
     }
 

@@ -1,6 +1,8 @@
 #include <kaputil/frame/class_description.hpp>
 
+#include <algorithm>
 #include <array>
+#include <bit>
 #include <utility>
 
 #include <kaputil/frame/error.hpp>
@@ -14,6 +16,12 @@ namespace {
 constexpr std::int32_t kFirstField = 0x40030000;
 constexpr std::int32_t kFirstMethod = 0x60030000;
 constexpr std::int32_t kFirstProperty = 0x68030000;
+
+constexpr std::int32_t firstId(MemberKind kind) {
+    return kind == MemberKind::Method     ? kFirstMethod
+           : kind == MemberKind::Property ? kFirstProperty
+                                          : kFirstField;
+}
 
 // The most parameters that a member may have; a call keeps its slots on the stack.
 constexpr std::size_t kMaxSlots = 16;
@@ -52,6 +60,7 @@ std::size_t layOut(const MemberDescription& member, const Arguments& arguments, 
                    Slots& slots) {
     auto positional = arguments.positional;
     const std::size_t parameters = member.parameters.size();
+    std::fill_n(slots.begin(), parameters + 1, nullptr);
     if (takesValue) {
         if (positional.empty()) {
             throw AutomationError(errors::kArgumentNotOptional);
@@ -70,6 +79,20 @@ std::size_t layOut(const MemberDescription& member, const Arguments& arguments, 
     return parameters + (takesValue ? 1 : 0);
 }
 
+// Lays out what most calls give: one positional argument for each parameter. False when it is
+// anything else.
+bool givesEachInOrder(std::size_t parameters, const Arguments& arguments, Slots& slots) {
+    if (arguments.positional.size() != parameters || !arguments.named.empty()) {
+        return false;
+    }
+    bool missing = false;
+    for (std::size_t i = 0; i < parameters; ++i) {
+        slots[i] = &arguments.positional[i];
+        missing = missing || arguments.positional[i].isMissing();
+    }
+    return !missing;
+}
+
 bool wants(InvokeKind kind, InvokeKind bit) {
     return (static_cast<unsigned>(kind) & static_cast<unsigned>(bit)) != 0;
 }
@@ -79,7 +102,7 @@ struct ChosenCall {
     bool takesValue = false;
 };
 
-ChosenCall choose(const MemberDescription& member, InvokeKind kind) {
+ChosenCall choose(const MemberDescription& member, InvokeKind kind) noexcept {
     if (wants(kind, InvokeKind::Method) && member.method != nullptr) {
         return {member.method, false};
     }
@@ -116,43 +139,72 @@ Variant invokeDefaultOf(const Variant& value, InvokeKind kind, const Arguments& 
 }  // namespace
 
 const MemberDescription* ClassDescription::find(std::u16string_view memberName) const {
-    const auto found = byName_.find(unicode::upper(memberName));
-    return found == byName_.end() ? nullptr : &members[found->second];
+    const std::size_t mask = names_.size() - 1;
+    for (std::size_t slot = unicode::NameHash()(memberName) & mask; names_[slot] != kNone;
+         slot = (slot + 1) & mask) {
+        const MemberDescription& member = members[static_cast<std::size_t>(names_[slot])];
+        if (unicode::sameName(member.name, memberName)) {
+            return &member;
+        }
+    }
+    return nullptr;
 }
 
 const MemberDescription* ClassDescription::find(std::int32_t dispatchId) const {
-    const auto found = byId_.find(dispatchId);
-    return found == byId_.end() ? nullptr : &members[found->second];
+    Position position = dispatchId == kDefaultMember ? default_ : kNone;
+    for (const MemberKind kind : {MemberKind::Method, MemberKind::Property, MemberKind::Field}) {
+        const auto& numbered = byKind_[static_cast<std::size_t>(kind)];
+        const auto number = static_cast<std::size_t>(dispatchId - firstId(kind));
+        if (dispatchId >= firstId(kind) && number < numbered.size()) {
+            position = numbered[number];
+        }
+    }
+    return position == kNone ? nullptr : &members[static_cast<std::size_t>(position)];
 }
 
 MemberDescription& ClassDescription::add(std::u16string_view memberName, MemberKind kind) {
+    const auto position = static_cast<Position>(members.size());
     MemberDescription& member = members.emplace_back();
     member.name = memberName;
     member.kind = kind;
-    member.dispatchId = nextId(kind);
+    member.dispatchId = nextId(kind, position);
     return member;
 }
 
 void ClassDescription::reserve(std::u16string_view memberName) {
     reserved.emplace_back(memberName);
-    static_cast<void>(nextId(MemberKind::Method));
+    static_cast<void>(nextId(MemberKind::Method, kNone));
 }
 
-std::int32_t ClassDescription::nextId(MemberKind kind) {
-    const std::int32_t first = kind == MemberKind::Method     ? kFirstMethod
-                               : kind == MemberKind::Property ? kFirstProperty
-                                                              : kFirstField;
-    return first + used_[static_cast<std::size_t>(kind)]++;
+std::int32_t ClassDescription::nextId(MemberKind kind, Position position) {
+    auto& numbered = byKind_[static_cast<std::size_t>(kind)];
+    numbered.push_back(position);
+    return firstId(kind) + static_cast<std::int32_t>(numbered.size()) - 1;
+}
+
+void ClassDescription::addName(Position position) {
+    const String& memberName = members[static_cast<std::size_t>(position)].name;
+    const std::size_t mask = names_.size() - 1;
+    std::size_t slot = unicode::NameHash()(memberName) & mask;
+    while (names_[slot] != kNone) {
+        slot = (slot + 1) & mask;
+    }
+    names_[slot] = position;
 }
 
 void ClassDescription::complete(std::u16string_view defaultMember) {
+    names_.assign(std::bit_ceil(2 * members.size() + 1), kNone);
     for (std::size_t i = 0; i < members.size(); ++i) {
         MemberDescription& member = members[i];
+        const auto position = static_cast<Position>(i);
+        addName(position);
         if (member.name.view() == defaultMember) {
+            // It answers to the identifier 0 and to no other.
+            byKind_[static_cast<std::size_t>(member.kind)]
+                   [static_cast<std::size_t>(member.dispatchId - firstId(member.kind))] = kNone;
             member.dispatchId = kDefaultMember;
+            default_ = position;
         }
-        byName_.emplace(unicode::upper(member.name), i);
-        byId_.emplace(member.dispatchId, i);
     }
 }
 
@@ -166,15 +218,25 @@ std::optional<std::int32_t> DescribedObject::memberId(std::u16string_view name) 
 }
 
 Variant DescribedObject::invoke(std::int32_t id, InvokeKind kind, const Arguments& arguments) {
-    const MemberDescription* member = description().find(id);
-    if (member == nullptr) {
-        throw AutomationError(errors::kMemberNotFound);
-    }
-    const ChosenCall chosen = choose(*member, kind);
+    return invoke(description().find(id), kind, arguments);
+}
+
+Variant DescribedObject::invoke(std::u16string_view name, InvokeKind kind,
+                                const Arguments& arguments) {
+    return invoke(description().find(name), kind, arguments);
+}
+
+Variant DescribedObject::invoke(const MemberDescription* member, InvokeKind kind,
+                                const Arguments& arguments) {
+    const ChosenCall chosen = member == nullptr ? ChosenCall{} : choose(*member, kind);
     if (chosen.call == nullptr) {
         throw AutomationError(errors::kMemberNotFound);
     }
-    Slots slots{};
+    Slots slots;  // NOLINT(*-member-init): as many as there are parameters are written
+    const std::size_t parameters = member->parameters.size();
+    if (!chosen.takesValue && givesEachInOrder(parameters, arguments, slots)) {
+        return chosen.call(*this, *member, std::span<Variant* const>(slots.data(), parameters));
+    }
     if (!chosen.takesValue && passesArgumentsOn(*member, arguments)) {
         return invokeDefaultOf(chosen.call(*this, *member, {}), kind, arguments);
     }

@@ -131,10 +131,7 @@ std::string displayUtf8(std::u16string_view text) {
     return out;
 }
 
-char16_t upper(char16_t unit) noexcept {
-    if (unit < 0x80) {
-        return unit >= u'a' && unit <= u'z' ? static_cast<char16_t>(unit - 32) : unit;
-    }
+char16_t upperBeyondAscii(char16_t unit) noexcept {
     return upperTable()[unit];
 }
 
@@ -164,6 +161,9 @@ std::u16string lower(std::u16string_view text) {
 bool sameName(std::u16string_view left, std::u16string_view right) noexcept {
     if (left.size() != right.size()) {
         return false;
+    }
+    if (left == right) {
+        return true;  // nearly always, where they are the same at all
     }
     for (std::size_t i = 0; i < left.size(); ++i) {
         if (left[i] != right[i] && upper(left[i]) != upper(right[i])) {

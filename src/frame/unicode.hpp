@@ -17,7 +17,13 @@ namespace kap::unicode {
 [[nodiscard]] std::string displayUtf8(std::u16string_view text);
 
 // One code unit in upper or lower case by the simple (one to one) mapping.
-[[nodiscard]] char16_t upper(char16_t unit) noexcept;
+[[nodiscard]] char16_t upperBeyondAscii(char16_t unit) noexcept;
+[[nodiscard]] inline char16_t upper(char16_t unit) noexcept {
+    if (unit < 0x80) {
+        return unit >= u'a' && unit <= u'z' ? static_cast<char16_t>(unit - 32) : unit;
+    }
+    return upperBeyondAscii(unit);
+}
 [[nodiscard]] char16_t lower(char16_t unit) noexcept;
 [[nodiscard]] std::u16string upper(std::u16string_view text);
 [[nodiscard]] std::u16string lower(std::u16string_view text);

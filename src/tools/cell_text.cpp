@@ -1,26 +1,15 @@
 #include "tools/cell_text.hpp"
 
-#include <array>
-#include <charconv>
-#include <chrono>
-#include <cmath>
 #include <cstdint>
-#include <cstdio>
 
 #include <kaputil/frame/array.hpp>
 #include <kaputil/frame/convert.hpp>
+#include <kaputil/frame/plain_text.hpp>
 
 namespace kap::tools {
 namespace {
 
 using ado::DataTypeEnum;
-
-template <class Number>
-std::string numberText(Number value) {
-    std::array<char, 64> buffer{};
-    const auto end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value);
-    return {buffer.data(), end.ptr};
-}
 
 // An exact number with at least this many decimals.
 std::string withDecimals(std::string text, std::size_t decimals) {
@@ -40,41 +29,6 @@ std::string decimalText(const Decimal& value, const ado::Field& field) {
     const std::uint8_t scale = field.NumericScale();
     const bool scaled = field.Type() == DataTypeEnum::adNumeric && scale <= Decimal::kMaxScale;
     return withDecimals(value.plainText(), scaled ? scale : 0);
-}
-
-// The fraction of an automation date counts away from its day's midnight, also before 1900.
-std::string dateText(Date date, bool withTime) {
-    constexpr double kMillisecondsPerDay = 86'400'000;
-    constexpr std::int64_t kMilliseconds = 1000;
-    constexpr std::chrono::sys_days kOrigin = std::chrono::year{1899} / 12 / 30;
-    double day = std::trunc(date.days);
-    auto milliseconds =
-        static_cast<std::int64_t>(std::round(std::fabs(date.days - day) * kMillisecondsPerDay));
-    if (milliseconds == static_cast<std::int64_t>(kMillisecondsPerDay)) {
-        milliseconds = 0;
-        day += 1;
-    }
-    const std::chrono::year_month_day civil(kOrigin + std::chrono::days(static_cast<int>(day)));
-    const std::chrono::hh_mm_ss time{std::chrono::milliseconds(milliseconds)};
-
-    std::array<char, 64> buffer{};
-    int used = std::snprintf(buffer.data(), buffer.size(), "%04d-%02u-%02u",
-                             static_cast<int>(civil.year()), static_cast<unsigned>(civil.month()),
-                             static_cast<unsigned>(civil.day()));
-    std::string text(buffer.data(), static_cast<std::size_t>(used));
-    if (!withTime) {
-        return text;
-    }
-    used = std::snprintf(
-        buffer.data(), buffer.size(), " %02d:%02d:%02d", static_cast<int>(time.hours().count()),
-        static_cast<int>(time.minutes().count()), static_cast<int>(time.seconds().count()));
-    text.append(buffer.data(), static_cast<std::size_t>(used));
-    if (milliseconds % kMilliseconds != 0) {
-        used = std::snprintf(buffer.data(), buffer.size(), ".%03d",
-                             static_cast<int>(milliseconds % kMilliseconds));
-        text.append(buffer.data(), static_cast<std::size_t>(used));
-    }
-    return text;
 }
 
 std::string bytesText(const std::vector<std::uint8_t>& bytes) {
@@ -138,7 +92,7 @@ std::string typeNameOf(const ado::Field& field) {
         case DataTypeEnum::adGUID:
             return "uniqueidentifier";
         default:
-            return "type " + numberText(static_cast<std::int32_t>(field.Type()));
+            return "type " + plain::text(static_cast<std::int32_t>(field.Type()));
     }
 }
 
@@ -169,22 +123,23 @@ std::optional<std::string> cellText(const ado::Field& field) {
         case VarType::Boolean:
             return value.as<bool>() ? "1" : "0";
         case VarType::Single:
-            return numberText(value.as<float>());
+            return plain::shortest(value.as<float>());
         case VarType::Double:
-            return numberText(value.as<double>());
+            return plain::shortest(value.as<double>());
         case VarType::Currency:
             return withDecimals(Decimal(value.as<Currency>().scaled, kCurrencyScale).plainText(),
                                 kCurrencyScale);
         case VarType::Decimal:
             return decimalText(value.as<Decimal>(), field);
         case VarType::Date:
-            return dateText(value.as<Date>(), field.Type() != DataTypeEnum::adDBDate);
+            return field.Type() == DataTypeEnum::adDBDate ? plain::isoDate(value.as<Date>())
+                                                          : plain::isoDateTime(value.as<Date>());
         case VarType::Array:
             return bytesText(value.as<Array>().bytes());
         case VarType::String:
             return value.as<String>().utf8();
         default:
-            return numberText(convert::toLong(value));  // Byte, Integer, Long
+            return plain::text(convert::toLong(value));  // Byte, Integer, Long
     }
 }
 

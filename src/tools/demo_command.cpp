@@ -6,6 +6,7 @@
 
 #include <kaputil/ado/connection.hpp>
 #include <kaputil/frame/error.hpp>
+#include <kaputil/frame/plain_text.hpp>
 
 #include "tools/demo_report.hpp"
 #include "tools/demo_story.hpp"
@@ -115,7 +116,7 @@ int DemoCommand::run() const {
         tellStory(report, connectionString);
     } catch (const AutomationError& error) {
         return fail(
-            "the demo ended with error " + std::to_string(error.number()) + ": " + error.what(),
+            "the demo ended with error " + plain::text(error.number()) + ": " + error.what(),
             kFailed);
     } catch (const StoryError& error) {
         return fail(error.what(), kFailed);

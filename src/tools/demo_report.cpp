@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <ostream>
 
+#include <kaputil/frame/plain_text.hpp>
+
 #include "tools/shown_text.hpp"
 
 namespace kap::tools {
@@ -11,7 +13,7 @@ namespace {
 using Json = nlohmann::ordered_json;
 
 constexpr std::size_t kUserColumns = 7;
-constexpr std::size_t kMemberColumns = 16;
+constexpr std::size_t kMemberColumns = 18;
 constexpr std::size_t kResultColumns = 8;
 constexpr const char* kIndent = "   ";
 
@@ -33,9 +35,16 @@ std::string visible(const std::string& text) {
         return "(empty)";
     }
     if (text.find_first_not_of(' ') == std::string::npos) {
-        return "(" + std::to_string(text.size()) + " blanks)";
+        return "(" + plain::text(text.size()) + " blanks)";
     }
     return shownText(text);
+}
+
+std::string shownResult(const Json& result) {
+    if (result.is_number_float()) {
+        return plain::shortest(result.get<double>());  // 3704 rather than 3704.0
+    }
+    return result.is_null() ? std::string() : result.dump();
 }
 
 }  // namespace
@@ -46,7 +55,7 @@ void DemoReport::company(const std::string& database, bool created, std::uint64_
     std::string listed;
     for (const TableSize& size : sizes) {
         counts[size.table] = size.rows;
-        listed += (listed.empty() ? "" : ", ") + std::to_string(size.rows) + " " + size.what;
+        listed += (listed.empty() ? "" : ", ") + plain::text(size.rows) + " " + size.what;
     }
     collected_["database"] = database;
     collected_["created"] = created;
@@ -67,7 +76,7 @@ void DemoReport::chapter(const std::string& title, const std::string& story,
         return;
     }
     out_ << '\n'
-         << terminal_.styled(Style::Bold, std::to_string(chapters_) + "  " + title) << '\n'
+         << terminal_.styled(Style::Bold, plain::text(chapters_) + "  " + title) << '\n'
          << kIndent << story << '\n';
     if (!query.empty()) {
         out_ << kIndent << terminal_.styled(Style::Dim, query) << '\n';
@@ -99,8 +108,9 @@ std::string DemoReport::printedResult(const Step& step) const {
         return terminal_.styled(done ? Style::Green : Style::Yellow,
                                 padded(done ? "True" : "False", kResultColumns));
     }
-    const std::string text = step.result.is_null() ? std::string() : step.result.dump();
-    return terminal_.styled(Style::Green, padded(text, kResultColumns));
+    const std::string text = shownResult(step.result);
+    const std::size_t columns = std::max(kResultColumns, columnsOf(text) + 2);
+    return terminal_.styled(Style::Green, padded(shownText(text), columns));
 }
 
 std::string DemoReport::printedValues(const NamedTexts& values) const {
@@ -140,11 +150,11 @@ void DemoReport::finish(const std::string& hint) {
     }
     out_ << '\n';
     if (allExpected()) {
-        out_ << terminal_.styled(Style::Green, std::to_string(steps_) + " steps, each as expected.")
+        out_ << terminal_.styled(Style::Green, plain::text(steps_) + " steps, each as expected.")
              << '\n';
     } else {
-        out_ << terminal_.styled(Style::Red, std::to_string(unexpected_) + " of " +
-                                                 std::to_string(steps_) + " steps not as expected.")
+        out_ << terminal_.styled(Style::Red, plain::text(unexpected_) + " of " +
+                                                 plain::text(steps_) + " steps not as expected.")
              << '\n';
     }
     if (!hint.empty()) {

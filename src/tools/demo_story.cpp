@@ -1,13 +1,14 @@
 #include "tools/demo_story.hpp"
 
 #include <chrono>
-#include <cstdlib>
 #include <utility>
 
 #include <kaputil/frame/decimal.hpp>
+#include <kaputil/frame/plain_text.hpp>
 #include <kaputil/frame/variant.hpp>
 
 #include "tools/demo_user.hpp"
+#include "tools/demo_values.hpp"
 
 namespace kap::tools {
 namespace {
@@ -19,8 +20,8 @@ constexpr const char* kDeletedByOthers =
 
 // Documents are the header's rows; lines belong to them by the same three columns.
 std::string keyIs(const char* type, int number) {
-    return "Anno = " + std::to_string(kCurrentYear) + " AND Tipo = '" + type +
-           "' AND Numero = " + std::to_string(number);
+    return "Anno = " + plain::text(kCurrentYear) + " AND Tipo = '" + type +
+           "' AND Numero = " + plain::text(number);
 }
 
 std::string documentQuery(const char* type, int number) {
@@ -49,20 +50,20 @@ public:
         const int added = numberOf("PRV", "MAX") + 1;
         addDocument(added);
         smallHelpers(invoice, added);
+        tellOfValues(report_, anna_);
     }
 
 private:
     // The lowest or highest number of the current year's documents of a type.
     int numberOf(const char* type, const char* aggregate) {
-        const Step found =
-            anna_.look(std::string("SELECT ") + aggregate +
-                           "(Numero) AS Numero FROM mag_TDocumenti WHERE Anno = " +
-                           std::to_string(kCurrentYear) + " AND Tipo = '" + type + "'",
-                       "Numero");
-        const int number = std::atoi(found.values.front().second.c_str());
+        const Step found = anna_.look(std::string("SELECT ") + aggregate +
+                                          "(Numero) AS Numero FROM mag_TDocumenti WHERE Anno = " +
+                                          plain::text(kCurrentYear) + " AND Tipo = '" + type + "'",
+                                      "Numero");
+        const int number = plain::readInt(found.values.front().second).value_or(0);
         if (number == 0) {
             throw StoryError("the sample company has no document of type " + std::string(type) +
-                             " of " + std::to_string(kCurrentYear) +
+                             " of " + plain::text(kCurrentYear) +
                              " left; start again with a new file");
         }
         return number;

@@ -2,7 +2,11 @@
 
 #include <utility>
 
+#include <kaputil/frame/class_description.hpp>
 #include <kaputil/frame/convert.hpp>
+#include <kaputil/frame/plain_text.hpp>
+
+#include "tools/value_text.hpp"
 
 namespace kap::tools {
 namespace {
@@ -96,12 +100,43 @@ Step DemoUser::look(const std::string& query, const std::string& fields) {
 
 Step DemoUser::nextLine(const std::string& query, std::int16_t stepWidth) {
     Step step = stepOf("Riga_Prog", query);
-    step.arguments.emplace_back("nPasso", std::to_string(stepWidth));
-    step.arguments.emplace_back("nInizio", std::to_string(stepWidth));
+    step.arguments.emplace_back("nPasso", plain::text(stepWidth));
+    step.arguments.emplace_back("nInizio", plain::text(stepWidth));
     String sql = query;
     const Variant line = functions_->Riga_Prog(connection_, sql, stepWidth, stepWidth);
     step.result = convert::toLong(line);
     return step;
+}
+
+Step DemoUser::callWith(const char* member, std::vector<std::pair<const char*, Variant>>& arguments,
+                        Variant* connection) {
+    Step step;
+    step.user = name_;
+    step.member = member;
+    std::vector<Arguments::Named> named;
+    for (auto& [name, value] : arguments) {
+        step.arguments.emplace_back(name, textOf(value));
+        named.push_back({name, &value});
+    }
+    if (connection != nullptr) {
+        named.push_back({u"Connessione", connection});
+    }
+    Arguments all;
+    all.named = named;
+    step.result = jsonValue(functions_->invoke(String(member).view(), InvokeKind::Method, all));
+    for (const auto& [name, value] : arguments) {
+        step.values.emplace_back(name, textOf(value));
+    }
+    return step;
+}
+
+Step DemoUser::call(const char* member, std::vector<std::pair<const char*, Variant>> arguments) {
+    return callWith(member, arguments, nullptr);
+}
+
+Step DemoUser::callConnected(const char* member,
+                             std::vector<std::pair<const char*, Variant>> arguments) {
+    return callWith(member, arguments, &connection_);
 }
 
 }  // namespace kap::tools

@@ -2,6 +2,8 @@
 
 #include <initializer_list>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include <kaputil/ado/connection.hpp>
 #include <kaputil/catalogue/std_functions.hpp>
@@ -27,11 +29,21 @@ public:
     [[nodiscard]] Step remove(const std::string& query);
     [[nodiscard]] Step look(const std::string& query, const std::string& fields);
     [[nodiscard]] Step nextLine(const std::string& query, std::int16_t stepWidth);
+    // Calls one of the general functions by its name, as a program does that has only the names;
+    // `arguments` are named ones and stand in the step as the call left them.
+    [[nodiscard]] Step call(const char* member,
+                            std::vector<std::pair<const char*, Variant>> arguments);
+    // The same for a function that works on the user's connection.
+    [[nodiscard]] Step callConnected(const char* member,
+                                     std::vector<std::pair<const char*, Variant>> arguments);
 
     // A value of the record in the form, empty when it is not there.
     [[nodiscard]] std::string value(const char* name) const;
 
 private:
+    // With `connection` given, as the argument of that name too.
+    Step callWith(const char* member, std::vector<std::pair<const char*, Variant>>& arguments,
+                  Variant* connection);
     [[nodiscard]] NamedTexts valuesOf(const CProprieta& properties,
                                       std::initializer_list<const char*> names) const;
     [[nodiscard]] Step stepOf(const char* member, const std::string& query) const;

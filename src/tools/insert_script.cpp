@@ -1,8 +1,8 @@
 #include "tools/insert_script.hpp"
 
-#include <array>
-#include <cstdio>
 #include <utility>
+
+#include <kaputil/frame/plain_text.hpp>
 
 namespace kap::tools {
 namespace {
@@ -20,12 +20,12 @@ void SqlRow::add(std::string_view literal) {
 }
 
 SqlRow& SqlRow::number(std::int64_t value) {
-    add(std::to_string(value));
+    add(plain::text(value));
     return *this;
 }
 
 SqlRow& SqlRow::amount(std::int64_t value, std::size_t decimals) {
-    std::string digits = std::to_string(value < 0 ? -value : value);
+    std::string digits = plain::text(value < 0 ? -value : value);
     if (digits.size() <= decimals) {
         digits.insert(0, decimals + 1 - digits.size(), '0');
     }
@@ -47,10 +47,7 @@ SqlRow& SqlRow::text(std::string_view value) {
 
 SqlRow& SqlRow::date(int year, int month, int day) {
     // Without dashes: the one form that every date setting of a server reads alike.
-    std::array<char, 32> buffer{};
-    const int used =
-        std::snprintf(buffer.data(), buffer.size(), "'%04d%02d%02d'", year, month, day);
-    add({buffer.data(), static_cast<std::size_t>(used)});
+    add("'" + plain::padded(year, 4) + plain::padded(month, 2) + plain::padded(day, 2) + "'");
     return *this;
 }
 

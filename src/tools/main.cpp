@@ -1,12 +1,20 @@
 // The command line of the library: reads the arguments and runs the command they name.
 #include <CLI/CLI.hpp>
 
-#include <cstdint>
+#include <algorithm>
 #include <iostream>
+#include <iterator>
+#include <string>
+#include <vector>
 
+#include "tools/call_command.hpp"
+#include "tools/classes_command.hpp"
+#include "tools/command_words.hpp"
 #include "tools/demo_command.hpp"
 #include "tools/exit_codes.hpp"
+#include "tools/shown_text.hpp"
 #include "tools/sql_command.hpp"
+#include "tools/usage_error.hpp"
 
 namespace {
 
@@ -26,6 +34,54 @@ CLI::App* addDemo(CLI::App& app, DemoCommand& demo) {
         ->type_name("N")
         ->capture_default_str();
     command->add_flag("--json", demo.json, "Print one JSON object with every step.");
+    return command;
+}
+
+CLI::App* addClasses(CLI::App& app, ClassesCommand& classes) {
+    CLI::App* command = app.add_subcommand("classes", "Show the classes and their members.");
+    command->footer(
+        "Without a name all classes are listed. Names are compared ignoring case; the classes\n"
+        "of the platform are called by their whole name, for example ADODB.Connection.");
+    command->add_option("name", classes.name, "A class, CLASS.MEMBER, or an enumeration.")
+        ->type_name("");
+    CLI::Option* json = command->add_flag("--json", classes.json, "Print one JSON object.");
+    command
+        ->add_flag("--names", classes.names,
+                   "Print names only, one a line: of the classes, of a class's members, of a "
+                   "member's parameters.")
+        ->excludes(json);
+    return command;
+}
+
+// Its words are told apart before the other arguments are read; those named here are for the help.
+CLI::App* addCall(CLI::App& app, CallCommand& call, std::string& forHelp) {
+    CLI::App* command = app.add_subcommand("call", "Call members and show what they give.");
+    command->footer(
+        "MEMBER is one of the general functions (KapRound) or CLASS.MEMBER, of which an object\n"
+        "is made (CProprieta.Leggi); calls behind a + go to the same object:\n"
+        "\n"
+        "  kaputil call KapRound 2.675 2\n"
+        "  kaputil call CProprieta.Scrivi Codice 12 + Leggi codice\n"
+        "\n"
+        "Arguments:\n"
+        "  12  -2.5  1E6       numbers as in program text: Integer, Long or Double\n"
+        "  true false null empty missing\n"
+        "  '#2003-12-25#'  '#2003-12-25 10:30:00#'\n"
+        "  type:text           the text converted in the user's language: double:2,5 string:12\n"
+        "                      integer: long: single: currency: decimal: date: boolean: byte:\n"
+        "  NAME:=value         a named argument, behind those by position\n"
+        "  anything else       a text; also digits behind a leading zero\n"
+        "Words behind -- are never options.\n"
+        "\n"
+        "Each result is printed with its type, then the by-reference arguments that have a\n"
+        "new value. Message boxes go to the system log unless --message-log names a file.\n"
+        "Exit codes: 0 done, 1 a member raised an error, 2 wrong usage.");
+    command->add_option("MEMBER ARG... + MEMBER ARG...", forHelp, "What to call.")->type_name("");
+    command->add_option("--locale", call.locale, "The language of conversions: it-IT, en-US, ...")
+        ->type_name("NAME");
+    command->add_option("--message-log", call.messageLog, "The file message boxes are added to.")
+        ->type_name("FILE");
+    command->add_flag("--json", call.json, "Print one JSON object a line for each result.");
     return command;
 }
 
@@ -50,33 +106,81 @@ CLI::App* addSql(CLI::App& app, SqlCommand& sql) {
     return command;
 }
 
-int runCommand(const CLI::App& demoCommand, const DemoCommand& demo, const SqlCommand& sql) {
-    const int code = demoCommand.parsed() ? demo.run() : sql.run();
-    // A full disk or a closed pipe shows only here.
-    if (!std::cout.flush()) {
-        std::cerr << "kaputil: cannot write to standard output\n";
-        return kFailed;
+// The commands and what was typed for each.
+class CommandLine {
+public:
+    CommandLine() {
+        app_.set_version_flag("--version", kVersion);
+        app_.require_subcommand(0, 1);  // none is told below, after words that are no command
+        demoCommand_ = addDemo(app_, demo_);
+        classesCommand_ = addClasses(app_, classes_);
+        callCommand_ = addCall(app_, call_, wordsForHelp_);
+        addSql(app_, sql_);
     }
-    return code;
-}
+
+    int run(std::vector<std::string> arguments) {
+        try {
+            parse(std::move(arguments));
+        } catch (const CLI::ParseError& error) {
+            return app_.exit(error) == 0 ? kSuccess : kWrongUsage;
+        }
+        if (app_.get_subcommands().empty()) {
+            return app_.exit(CLI::RequiredError::Subcommand(1)) == 0 ? kSuccess : kWrongUsage;
+        }
+        return runParsed();
+    }
+
+private:
+    void parse(std::vector<std::string> arguments) {
+        if (!arguments.empty() && arguments.front() == callCommand_->get_name()) {
+            std::vector<std::string> behind(arguments.begin() + 1, arguments.end());
+            call_.words = takeWords(*callCommand_, behind);
+            arguments.resize(1);
+            std::ranges::move(behind, std::back_inserter(arguments));
+        }
+        std::ranges::reverse(arguments);
+        app_.parse(std::move(arguments));
+    }
+
+    int runParsed() const {
+        int code = kWrongUsage;
+        try {
+            code = runCommand();
+        } catch (const UsageError& error) {
+            std::cout.flush();
+            std::cerr << "kaputil: " << shownText(error.what()) << '\n';
+        }
+        // A full disk or a closed pipe shows only here.
+        if (!std::cout.flush()) {
+            std::cerr << "kaputil: cannot write to standard output\n";
+            return kFailed;
+        }
+        return code;
+    }
+
+    int runCommand() const {
+        if (demoCommand_->parsed()) {
+            return demo_.run();
+        }
+        if (classesCommand_->parsed()) {
+            return classes_.run();
+        }
+        return callCommand_->parsed() ? call_.run() : sql_.run();
+    }
+
+    CLI::App app_{"The command line of KAP Utility.", "kaputil"};
+    DemoCommand demo_;
+    ClassesCommand classes_;
+    CallCommand call_;
+    SqlCommand sql_;
+    std::string wordsForHelp_;
+    const CLI::App* demoCommand_ = nullptr;
+    const CLI::App* classesCommand_ = nullptr;
+    const CLI::App* callCommand_ = nullptr;
+};
 
 }  // namespace
 
 int main(int argc, char** argv) {
-    CLI::App app("The command line of KAP Utility.", "kaputil");
-    app.set_version_flag("--version", kVersion);
-    app.require_subcommand(0, 1);  // none is told below, after words that are no command
-    DemoCommand demo;
-    SqlCommand sql;
-    const CLI::App* demoCommand = addDemo(app, demo);
-    addSql(app, sql);
-    try {
-        app.parse(argc, argv);
-    } catch (const CLI::ParseError& error) {
-        return app.exit(error) == 0 ? kSuccess : kWrongUsage;
-    }
-    if (app.get_subcommands().empty()) {
-        return app.exit(CLI::RequiredError::Subcommand(1)) == 0 ? kSuccess : kWrongUsage;
-    }
-    return runCommand(*demoCommand, demo, sql);
+    return CommandLine().run({argv + 1, argv + argc});
 }

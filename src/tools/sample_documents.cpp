@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <string_view>
 
+#include <kaputil/frame/plain_text.hpp>
+
 #include "tools/insert_script.hpp"
 #include "tools/sample_company.hpp"
 #include "tools/sample_words.hpp"
@@ -177,7 +179,7 @@ private:
         }
         row.null();
         if (entry != 0) {
-            row.text(std::to_string(entry));
+            row.text(plain::text(entry));
         } else {
             row.null();
         }

@@ -1,5 +1,7 @@
 #include "tools/sample_people.hpp"
 
+#include <kaputil/frame/plain_text.hpp>
+
 #include "tools/insert_script.hpp"
 #include "tools/sample_words.hpp"
 
@@ -7,7 +9,7 @@ namespace kap::tools {
 namespace {
 
 std::string digits(std::int64_t number, std::size_t width) {
-    std::string text = std::to_string(number);
+    std::string text = plain::text(number);
     if (text.size() < width) {
         text.insert(0, width - text.size(), '0');
     }
@@ -52,7 +54,7 @@ SqlRow customer(int code, RandomSource& random) {
     SqlRow row;
     row.number(code).text(customerName(random));
     const std::string street(random.oneOf(kStreets));
-    row.text(street + ", " + std::to_string(random.between(1, 180)));
+    row.text(street + ", " + plain::text(random.between(1, 180)));
     row.text(town.postalCode).text(town.name).text(town.province);
     row.text(vatNumber(random.between(1, 9'999'999), town.taxOffice));
     row.amount(random.oneOf(std::to_array(kDiscounts)), 2);

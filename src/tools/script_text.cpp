@@ -9,6 +9,7 @@
 #include <string_view>
 
 #include <kaputil/frame/error.hpp>
+#include <kaputil/frame/plain_text.hpp>
 #include <kaputil/frame/string.hpp>
 
 namespace kap::tools {
@@ -52,7 +53,7 @@ std::string readScript(std::istream& in, const std::string& name) {
         bytes.erase(0, kByteOrderMark.size());
     }
     if (!isUtf8(bytes)) {
-        throw ScriptError(name + ", line " + std::to_string(firstBadLine(bytes)) +
+        throw ScriptError(name + ", line " + plain::text(firstBadLine(bytes)) +
                           ": not UTF-8; save the script as UTF-8 and run it again");
     }
     return bytes;

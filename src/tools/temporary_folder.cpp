@@ -4,13 +4,15 @@
 #include <string>
 #include <system_error>
 
+#include <kaputil/frame/plain_text.hpp>
+
 namespace kap::tools {
 
 TemporaryFolder::TemporaryFolder() {
     const std::filesystem::path parent = std::filesystem::temp_directory_path();
     std::random_device random;
     do {
-        path_ = parent / ("kaputil-" + std::to_string(random()));
+        path_ = parent / ("kaputil-" + plain::text(random()));
     } while (!std::filesystem::create_directory(path_));  // false: somebody has that name
     std::filesystem::permissions(path_, std::filesystem::perms::owner_all);
 }

@@ -124,7 +124,8 @@ std::string signatureOf(const MemberDescription& member) {
     std::snprintf(id.data(), id.size(), "%08x ", static_cast<unsigned>(member.dispatchId));
     std::string text = id.data() + member.name.utf8();
     if (member.kind == MemberKind::Property) {
-        text += member.let != nullptr || member.set != nullptr ? " [get, put]" : " [get]";
+        text += " [get" + std::string(member.let != nullptr ? ", let" : "") +
+                (member.set != nullptr ? ", set]" : "]");
     }
     for (const ParameterDescription& parameter : member.parameters) {
         text += std::string(parameter.byReference ? " ref " : " val ") + parameter.name.utf8() +
@@ -148,7 +149,7 @@ std::vector<std::string> signaturesOf(const ClassDescription& description) {
 
 TEST(Catalogue, KeepsTheMembersOfTheGlobalClassInTheirPlaces) {
     const std::vector<std::string> expected = {
-        "68030000 Errore [get, put] -> Object",
+        "68030000 Errore [get, set] -> Object",
         "60030002 OpenRecordset ref SQLString:String ref Connessione:Variant "
         "ref CursorType:Integer=-1 ref LockType:Integer=-1 ref Options:Integer=-1 "
         "ref DeleteNull:Boolean=True ref CloseConnection:Boolean=True "
@@ -202,7 +203,7 @@ TEST(Catalogue, KeepsTheMembersOfTheOtherClassesInTheirPlaces) {
         "60030002 Scrivi ref sNomeProprieta:String ref sValore:Variant",
         "60030003 Count -> Integer", "60030004 NomeProprieta ref PosizioneCampo:Integer -> String"};
     const std::vector<std::string> error = {
-        "68030000 Numero [get, put] -> Variant",
+        "68030000 Numero [get, let] -> Variant",
         "60030000 AddMessaggio ref Messaggio:Variant",
         "60030001 Clear",
         "60030002 MsgToArray -> Variant",
@@ -213,7 +214,7 @@ TEST(Catalogue, KeepsTheMembersOfTheOtherClassesInTheirPlaces) {
         "60030007 ScriviAttributo ref NomeAttributo:String ref Valore:String"};
     const std::vector<std::string> contract = {
         "68030000 Errore [get] -> Object",
-        "68030001 Proprieta [get, put] -> Variant",
+        "68030001 Proprieta [get, let] -> Variant",
         "60030000 Read ref Connessione:Variant -> Variant",
         "60030001 Update ref Connessione:Variant -> Variant",
         "60030002 Delete ref Connessione:Variant -> Variant",

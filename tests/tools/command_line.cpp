@@ -1,7 +1,9 @@
 #include "tools/command_line.hpp"
 
 #include <fcntl.h>
+#include <pty.h>
 #include <spawn.h>
+#include <sys/ioctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -62,6 +64,32 @@ void require(int error, const char* what) {
     }
 }
 
+int exitCodeOf(pid_t process) {
+    int status = 0;
+    while (waitpid(process, &status, 0) < 0) {
+        if (errno != EINTR) {
+            throw std::system_error(errno, std::generic_category(), "waitpid");
+        }
+    }
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
+}
+
+// All that comes out of a terminal until its last user has gone; the line ends it made are undone.
+std::string readTerminal(int terminal) {
+    std::string all;
+    char buffer[4096];
+    for (;;) {
+        const ssize_t count = read(terminal, buffer, sizeof buffer);
+        if (count <= 0) {
+            break;
+        }
+        all.append(buffer, static_cast<std::size_t>(count));
+    }
+    close(terminal);
+    std::erase(all, '\r');
+    return all;
+}
+
 }  // namespace
 
 Folder::Folder() {
@@ -111,14 +139,8 @@ Outcome run(std::vector<std::string> command, const std::string& input,
     posix_spawn_file_actions_destroy(&actions);
     require(error, program.c_str());
 
-    int status = 0;
-    while (waitpid(process, &status, 0) < 0) {
-        if (errno != EINTR) {
-            throw std::system_error(errno, std::generic_category(), "waitpid");
-        }
-    }
     Outcome result;
-    result.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
+    result.exitCode = exitCodeOf(process);
     result.out = contentOf(out);
     result.err = contentOf(err);
     return result;
@@ -131,6 +153,30 @@ Outcome kaputil(const std::vector<std::string>& arguments, const std::string& in
     std::vector<std::string> command = {KAPUTIL_CLI};
     command.insert(command.end(), arguments.begin(), arguments.end());
     return run(std::move(command), input, variables);
+}
+
+Outcome kaputilOnTerminal(unsigned short columns, const std::vector<std::string>& arguments) {
+    std::vector<std::string> command = {KAPUTIL_CLI};
+    command.insert(command.end(), arguments.begin(), arguments.end());
+    auto environment = environmentWith({"NO_COLOR="});
+    const auto words = pointersTo(command);
+    const auto variables = pointersTo(environment);
+    winsize size{};
+    size.ws_row = 40;
+    size.ws_col = columns;
+    int terminal = -1;
+    const pid_t process = forkpty(&terminal, nullptr, nullptr, &size);
+    if (process == 0) {
+        execve(words.front(), words.data(), variables.data());
+        _exit(127);
+    }
+    if (process < 0) {
+        throw std::system_error(errno, std::generic_category(), "forkpty");
+    }
+    Outcome result;
+    result.out = readTerminal(terminal);
+    result.exitCode = exitCodeOf(process);
+    return result;
 }
 
 Outcome shell(const std::string& line) {

@@ -18,6 +18,9 @@ struct Outcome {
 Outcome kaputil(const std::vector<std::string>& arguments, const std::string& input = {},
                 const std::vector<std::string>& variables = {});
 
+// Runs `kaputil` on a terminal of so many columns. What it prints is all in `out`.
+Outcome kaputilOnTerminal(unsigned short columns, const std::vector<std::string>& arguments);
+
 // Runs a line of shell, in which $KAPUTIL is the command line.
 Outcome shell(const std::string& line);
 

@@ -47,6 +47,21 @@ TEST(DemoCommand, ShowsTheEditingOfADocumentWithBothRefusals) {
     EXPECT_TRUE(contains(run.out, "steps, each as expected.")) << run.out;
 }
 
+TEST(DemoCommand, ShowsAmountsDatesAndThePriceOfALine) {
+    const json report = json::parse(kaputil({"demo", "--json"}).out);
+    EXPECT_EQ(stepWith(report, "KapRound", 2.68)["arguments"]["Numero"], "2,675");
+    EXPECT_EQ(stepWith(report, "NomeMese", "Août")["user"], "Anna");
+    EXPECT_EQ(stepWith(report, "CalcVal", 25.65)["arguments"]["nScTestata"], "5");
+    const json capped = stepWith(report, "CalcVal", 1.0);
+    EXPECT_EQ(capped["arguments"]["nSc1"], "150");
+    EXPECT_EQ(capped["values"]["nSc1"], "99,99");
+}
+
+TEST(DemoCommand, ReadsTheTextOfAMessageBoxInTheLog) {
+    const json report = json::parse(kaputil({"demo", "--json"}).out);
+    EXPECT_EQ(stepWith(report, "CalcVal", nullptr)["message"], "Valuta XYZ non trovata!");
+}
+
 TEST(DemoCommand, UsesNoColoursInAFile) {
     EXPECT_FALSE(contains(kaputil({"demo"}).out, "\x1b"));
 }

@@ -31,6 +31,8 @@ TEST(CommandLine, ListsItsCommandsInTheHelp) {
     const Outcome run = kaputil({"--help"});
     EXPECT_EQ(run.exitCode, 0);
     EXPECT_TRUE(contains(run.out, "demo")) << run.out;
+    EXPECT_TRUE(contains(run.out, "classes")) << run.out;
+    EXPECT_TRUE(contains(run.out, "call")) << run.out;
     EXPECT_TRUE(contains(run.out, "sql")) << run.out;
 }
 

@@ -5,7 +5,6 @@
 #include <optional>
 #include <span>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
 #include <kaputil/frame/object.hpp>
@@ -81,11 +80,16 @@ public:
     void complete(std::u16string_view defaultMember);
 
 private:
-    std::int32_t nextId(MemberKind kind);
+    // Positions in `members`, so that a look-up is a step or two and allocates nothing.
+    using Position = std::int16_t;
+    static constexpr Position kNone = -1;
 
-    std::array<std::int32_t, 3> used_{};  // identifiers given, by kind
-    std::unordered_map<std::u16string, std::size_t> byName_;  // upper-cased
-    std::unordered_map<std::int32_t, std::size_t> byId_;
+    std::int32_t nextId(MemberKind kind, Position position);
+    void addName(Position position);
+
+    std::array<std::vector<Position>, 3> byKind_;  // by kind and number in it
+    Position default_ = kNone;
+    std::vector<Position> names_;  // hashed by name; a power of two, at most half full
 };
 
 // An object whose members are described by a table.
@@ -93,10 +97,14 @@ class DescribedObject : public Object {
 public:
     [[nodiscard]] virtual const ClassDescription& description() const = 0;
 
-    using Object::invoke;
     [[nodiscard]] String className() const override;
     [[nodiscard]] std::optional<std::int32_t> memberId(std::u16string_view name) const override;
     Variant invoke(std::int32_t member, InvokeKind kind, const Arguments& arguments) override;
+    Variant invoke(std::u16string_view member, InvokeKind kind,
+                   const Arguments& arguments) override;
+
+private:
+    Variant invoke(const MemberDescription* member, InvokeKind kind, const Arguments& arguments);
 };
 
 }  // namespace kap

@@ -57,7 +57,7 @@ public:
     virtual Variant invoke(std::int32_t member, InvokeKind kind, const Arguments& arguments) = 0;
 
     // Calls a member by name, ignoring case; raises 438 if there is none.
-    Variant invoke(std::u16string_view member, InvokeKind kind, const Arguments& arguments);
+    virtual Variant invoke(std::u16string_view member, InvokeKind kind, const Arguments& arguments);
 
     // The value of the default member; raises 13 (type mismatch) when the class has none: such an
     // object has no value to convert.

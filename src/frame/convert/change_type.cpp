@@ -70,6 +70,13 @@ double requireDouble(const NumberText& number) {
     return *real;
 }
 
+double doubleInText(const Variant& value) {
+    if (const auto plain = readPlainDouble(value.as<String>(), currentLocale())) {
+        return *plain;
+    }
+    return requireDouble(numberIn(value));
+}
+
 // What is left when the exact types have been dealt with: every number as a double.
 double realValue(const Variant& value) {
     switch (value.type()) {
@@ -94,7 +101,7 @@ double realValue(const Variant& value) {
         case VarType::Date:
             return value.as<Date>().days;
         case VarType::String:
-            return requireDouble(numberIn(value));
+            return doubleInText(value);
         case VarType::Object:
             return throughDefault(value, &realValue);
         case VarType::Null:

@@ -1,18 +1,21 @@
+#include <algorithm>
+#include <array>
 #include <cmath>
 
 #include "frame/convert/calendar.hpp"
 #include "frame/convert/date_text.hpp"
-#include "frame/convert/number_text.hpp"
 
 namespace kap::convert {
 namespace {
 
 void appendPadded(std::u16string& out, int value, std::size_t width) {
-    const std::u16string digits = printWhole(value);
-    if (digits.size() < width) {
-        out.append(width - digits.size(), u'0');
-    }
-    out += digits;
+    std::array<char16_t, 8> digits{};  // years have four, all else fewer
+    auto first = digits.end();
+    do {
+        *--first = static_cast<char16_t>(u'0' + value % 10);
+        value /= 10;
+    } while (value > 0 || static_cast<std::size_t>(digits.end() - first) < width);
+    out.append(first, digits.end());
 }
 
 void appendDay(std::u16string& out, std::size_t width, CivilDate date, const Locale& locale) {

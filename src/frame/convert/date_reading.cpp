@@ -2,7 +2,6 @@
 #include <array>
 #include <cstddef>
 #include <span>
-#include <vector>
 
 #include "frame/clock.hpp"
 #include "frame/convert/calendar.hpp"
@@ -27,8 +26,11 @@ struct Part {
 
 // What a text was taken apart into.
 struct Pieces {
-    std::vector<Part> date;
+    std::array<Part, 3> parts;
+    std::size_t count = 0;
     std::optional<TimeOfDay> time;
+
+    [[nodiscard]] std::span<const Part> date() const { return std::span(parts).first(count); }
 };
 
 enum class HalfOfDay { None, Morning, Afternoon };
@@ -135,15 +137,18 @@ private:
         if (pieces_.time) {
             return false;  // a second time
         }
-        partsBeforeTime_ = pieces_.date.size();
+        partsBeforeTime_ = pieces_.count;
         pieces_.time = timeOf(std::span(numbers).first(count), half);
         return pieces_.time.has_value();
     }
 
     // A time stands before or behind the date, not within.
     bool addPart(Part part) {
-        pieces_.date.push_back(part);
-        return pieces_.date.size() <= 3 && !(pieces_.time && partsBeforeTime_ > 0);
+        if (pieces_.count == pieces_.parts.size() || (pieces_.time && partsBeforeTime_ > 0)) {
+            return false;
+        }
+        pieces_.parts[pieces_.count++] = part;
+        return true;
     }
 
     int takeNumber() {
@@ -226,7 +231,7 @@ int fullYear(int value) {
 using Order = std::u16string_view;
 
 std::optional<CivilDate> arrange(std::span<const Part> parts, Order order) {
-    CivilDate date{currentYear(), 1, 1};
+    CivilDate date{parts.size() == 2 ? currentYear() : 0, 1, 1};
     for (std::size_t i = 0; i < parts.size(); ++i) {
         const bool isMonth = order[i] == u'M';
         if (parts[i].month && !isMonth) {
@@ -272,10 +277,10 @@ std::optional<CivilDate> dateOf(std::span<const Part> parts, const Locale& local
 
 std::optional<Date> readDate(std::u16string_view text, const Locale& locale) {
     const auto pieces = DateTextReader(upToNull(text), locale).read();
-    if (!pieces || pieces->date.size() == 1 || (pieces->date.empty() && !pieces->time)) {
+    if (!pieces || pieces->count == 1 || (pieces->count == 0 && !pieces->time)) {
         return std::nullopt;
     }
-    const auto date = pieces->date.empty() ? CivilDate{} : dateOf(pieces->date, locale);
+    const auto date = pieces->count == 0 ? CivilDate{} : dateOf(pieces->date(), locale);
     return date ? std::optional(makeDate(*date, pieces->time.value_or(TimeOfDay{}))) : std::nullopt;
 }
 

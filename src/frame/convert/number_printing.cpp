@@ -46,17 +46,50 @@ Digits takeApart(const char* first, const char* last) {
     return digits;
 }
 
+// Cuts digits off behind `precision` places, halves away from zero. False, and nothing done, when
+// exactly a half follows: what the digits stand for may lie on either side of it.
+bool roundTo(Digits& digits, int precision) {
+    if (digits.count <= precision) {
+        return true;
+    }
+    const auto cut = digits.text.begin() + precision;
+    const bool half = *cut == '5' && digits.count == precision + 1;
+    if (half) {
+        return false;
+    }
+    const bool up = *cut >= '5';
+    digits.count = precision;
+    while (up) {
+        char& last = digits.text[static_cast<std::size_t>(digits.count - 1)];
+        if (last != '9') {
+            ++last;
+            break;
+        }
+        if (digits.count == 1) {
+            last = '1';
+            ++digits.exponent;
+            break;
+        }
+        --digits.count;
+    }
+    while (digits.count > 1 && digits.text[static_cast<std::size_t>(digits.count - 1)] == '0') {
+        --digits.count;
+    }
+    return true;
+}
+
 // The value rounded to `precision` digits. The shortest text that reads back as the value is made
-// several times faster than the exactly rounded one; when it is short enough, the two are the same,
-// except among the denormal numbers.
+// several times faster than the exactly rounded one. Its digits round to the same ones unless they
+// end in a half, for no number as short as the half lies nearer to the value; denormal numbers,
+// which carry fewer digits, go the long way.
 template <class T>
 Digits roundedDigits(T value, int precision) {
     std::array<char, 40> text{};
     char* const last = text.data() + text.size();
     if (value >= std::numeric_limits<T>::min()) {
         const auto end = std::to_chars(text.data(), last, value, std::chars_format::scientific);
-        const Digits shortest = takeApart(text.data(), end.ptr);
-        if (shortest.count <= precision) {
+        Digits shortest = takeApart(text.data(), end.ptr);
+        if (roundTo(shortest, precision)) {
             return shortest;
         }
     }

@@ -162,6 +162,11 @@ private:
     Marks behind_;
 };
 
+// The powers of ten that a double holds exactly.
+constexpr std::array<double, 23> kPowersOfTen = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                                 1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15,
+                                                 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
+
 // The value of a hexadecimal digit, 16 for any other character.
 unsigned digitValue(char16_t unit) {
     if (isDigit(unit)) {
@@ -205,6 +210,33 @@ std::optional<NumberText> readNumber(std::u16string_view text, const Locale& loc
         return readPattern(trimmed.substr(2), 3);
     }
     return NumberReader(trimmed, locale).read();
+}
+
+std::optional<double> readPlainDouble(std::u16string_view text, const Locale& locale) {
+    constexpr std::size_t kMostDigits = 15;  // every such whole number is a double
+    const bool negative = !text.empty() && text.front() == u'-';
+    text.remove_prefix(negative ? 1 : 0);
+    if (text.empty() || text.size() > kMostDigits + 1 || !isDigit(text.front())) {
+        return std::nullopt;
+    }
+    std::int64_t digits = 0;
+    std::size_t point = text.size();
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (isDigit(text[i])) {
+            digits = digits * 10 + (text[i] - u'0');
+        } else if (text[i] == locale.decimalSeparator && point == text.size()) {
+            point = i;
+        } else {
+            return std::nullopt;
+        }
+    }
+    const std::size_t decimals = point == text.size() ? 0 : text.size() - point - 1;
+    if (point == text.size() && text.size() > kMostDigits) {
+        return std::nullopt;
+    }
+    // Both are exact, so the quotient is the nearest double.
+    const double value = static_cast<double>(digits) / kPowersOfTen[decimals];
+    return negative ? -value : value;
 }
 
 std::optional<double> toDouble(const NumberText& number) {

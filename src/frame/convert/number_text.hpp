@@ -36,6 +36,10 @@ struct NumberText {
 // else.
 [[nodiscard]] std::optional<NumberText> readNumber(std::u16string_view text, const Locale& locale);
 
+// The short way for most texts, the same number as by `readNumber`: an optional '-', digits and one
+// decimal separator among them, at most fifteen digits. nullopt when the text is anything else.
+[[nodiscard]] std::optional<double> readPlainDouble(std::u16string_view text, const Locale& locale);
+
 // The nearest double, zero when it is too small; nullopt when it is too large.
 [[nodiscard]] std::optional<double> toDouble(const NumberText& number);
 [[nodiscard]] std::optional<Decimal> toDecimal(const NumberText& number);

@@ -1,0 +1,140 @@
+# shellcheck shell=bash
+# Completion of the kaputil command line for bash.
+#
+# Everything offered is asked of the program itself: commands and options of its help, names of
+# classes, members and parameters of its catalogue. So nothing here repeats what it can do.
+
+# The names on stdin that begin like the word being completed, ignoring case, each between a prefix and a suffix.
+_kaputil_offer() {
+    local prefix=$1 typed=$2 suffix=$3 name
+    while read -r name; do
+        if [[ ${name,,} == "${typed,,}"* ]]; then
+            COMPREPLY+=("$prefix$name$suffix")
+        fi
+    done
+}
+
+# Names of the catalogue: of the classes, or below the class or member given.
+_kaputil_names() {
+    "$_kaputil_program" classes "$@" --names 2>/dev/null
+}
+
+_kaputil_commands() {
+    "$_kaputil_program" --help 2>/dev/null | sed -n '/^Subcommands:/,$ s/^  \([a-z][a-z]*\) .*/\1/p'
+}
+
+_kaputil_options() {
+    "$_kaputil_program" "$@" --help 2>/dev/null | sed -n '/^Options:/,/^$/ s/.*\(--[a-z][a-z-]*\).*/\1/p' | sort -u
+}
+
+# The next character is typed right behind what was completed.
+_kaputil_no_blank() {
+    compopt -o nospace 2>/dev/null || true
+}
+
+# Members behind "CLASS.", or general functions and classes.
+_kaputil_members() {
+    local typed=$1
+    if [[ $typed == *.* ]]; then
+        _kaputil_offer "${typed%.*}." "${typed##*.}" '' < <(_kaputil_names "${typed%.*}")
+    else
+        _kaputil_offer '' "$typed" '' < <(_kaputil_names StdFunctions)
+    fi
+    if [[ ${#COMPREPLY[@]} -eq 0 || $typed != *.* ]]; then
+        local functions=${#COMPREPLY[@]}
+        _kaputil_offer '' "$typed" '.' < <(_kaputil_names)
+        if [[ $functions -eq 0 ]]; then
+            _kaputil_no_blank
+        fi
+    fi
+}
+
+# Words of "call" before the one being completed: sets `class` and `member` of the call it belongs to, which are empty
+# while the call's own name is still to come.
+_kaputil_read_call() {
+    local i word
+    class='' member=''
+    for ((i = 2; i < COMP_CWORD; ++i)); do
+        word=${COMP_WORDS[i]}
+        case $word in
+        --locale | --message-log)
+            [[ ${COMP_WORDS[i + 1]:-} != '=' ]] || ((++i))
+            ((++i))
+            ;;
+        -*) ;;
+        +) member='' ;;
+        *)
+            if [[ -z $member ]]; then
+                [[ $word != *.* ]] || class=${word%.*}
+                member=${word##*.}
+            fi
+            ;;
+        esac
+    done
+}
+
+_kaputil_call() {
+    local typed=$1 class member
+    _kaputil_read_call
+    if [[ -n $member ]]; then
+        _kaputil_offer '' "$typed" ':=' < <(_kaputil_names "${class:-StdFunctions}.$member")
+        _kaputil_no_blank
+    elif [[ -n $class ]]; then
+        _kaputil_offer '' "$typed" '' < <(_kaputil_names "$class")
+    else
+        _kaputil_members "$typed"
+    fi
+}
+
+_kaputil_classes() {
+    local typed=$1
+    _kaputil_offer '' "$typed" '' < <(_kaputil_names)
+    if [[ $typed == *.* ]]; then
+        _kaputil_offer "${typed%.*}." "${typed##*.}" '' < <(_kaputil_names "${typed%.*}")
+    fi
+}
+
+# What may follow an option that takes a value.
+_kaputil_value() {
+    local option=$1 typed=$2
+    case $option in
+    --locale) _kaputil_offer '' "$typed" '' < <(printf '%s\n' it-IT en-US en-GB) ;;
+    --database | --file | --message-log)
+        mapfile -t COMPREPLY < <(compgen -f -- "$typed")
+        compopt -o filenames 2>/dev/null || true
+        ;;
+    esac
+}
+
+_kaputil() {
+    local _kaputil_program=${1/#\~/$HOME}
+    local typed=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD - 1]}
+    COMPREPLY=()
+    # The line editor cuts words at ':' and '='.
+    if [[ $typed == = ]]; then
+        typed=''
+    elif [[ $before == = ]]; then
+        before=${COMP_WORDS[COMP_CWORD - 2]}
+    fi
+
+    case $before in
+    := | :) return ;;
+    --locale | --database | --file | --message-log | --connection | --command | --seed)
+        _kaputil_value "$before" "$typed"
+        return
+        ;;
+    esac
+    if [[ $typed == -* ]]; then
+        local command=()
+        [[ $COMP_CWORD -eq 1 ]] || command=("${COMP_WORDS[1]}")
+        _kaputil_offer '' "$typed" '' < <(_kaputil_options "${command[@]}")
+    elif [[ $COMP_CWORD -eq 1 ]]; then
+        _kaputil_offer '' "$typed" '' < <(_kaputil_commands)
+    elif [[ ${COMP_WORDS[1]} == call && $typed != :* ]]; then
+        _kaputil_call "$typed"
+    elif [[ ${COMP_WORDS[1]} == classes ]]; then
+        _kaputil_classes "$typed"
+    fi
+}
+
+complete -F _kaputil kaputil

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <nlohmann/json.hpp>
+
+#include "tools/class_lookup.hpp"
+
+// The catalogue for programs.
+namespace kap::tools {
+
+// {"library":{...},"classes":[...],"enumerations":[...],"platform":[...]}; classes without their
+// members, whose number is null while they are not written.
+[[nodiscard]] nlohmann::ordered_json catalogueJson();
+
+// A class with "members", and the names "reserved" for those to come; a member with "class"; an
+// enumeration with "values".
+[[nodiscard]] nlohmann::ordered_json classJson(const ShownClass& shown);
+[[nodiscard]] nlohmann::ordered_json memberJson(const ShownClass& shown,
+                                                const MemberDescription& member);
+[[nodiscard]] nlohmann::ordered_json enumerationJson(const EnumerationDescription& enumeration);
+
+}  // namespace kap::tools

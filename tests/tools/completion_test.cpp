@@ -1,0 +1,114 @@
+#include <gtest/gtest.h>
+
+#include <nlohmann/json.hpp>
+
+#include "tools/command_line.hpp"
+
+namespace kap::tests {
+namespace {
+
+// What the shell offers for the last of these words, blanks between; each word is one as the line
+// editor cuts them, at ':' and '=' too.
+std::string offered(const std::vector<std::string>& words) {
+    std::string script = "source '" KAPUTIL_SOURCE_DIR "/completions/kaputil.bash'\nCOMP_WORDS=(";
+    for (const std::string& word : words) {
+        script += "'" + word + "' ";
+    }
+    script += ")\nCOMP_CWORD=$((${#COMP_WORDS[@]} - 1))\n_kaputil \"$KAPUTIL\"\n";
+    script += "printf '%s' \"${COMPREPLY[*]}\"\n";
+    const Folder folder;
+    const Outcome run = shell("bash " + folder.file("complete.bash", script));
+    EXPECT_EQ(run.exitCode, 0);
+    EXPECT_EQ(run.err, "");
+    return run.out;
+}
+
+bool offers(const std::string& all, const std::string& one) {
+    return (" " + all + " ").find(" " + one + " ") != std::string::npos;
+}
+
+TEST(Completion, OffersTheCommands) {
+    EXPECT_EQ(offered({"kaputil", ""}), "demo classes call sql");
+    EXPECT_EQ(offered({"kaputil", "c"}), "classes call");
+}
+
+TEST(Completion, OffersTheOptionsOfACommand) {
+    EXPECT_EQ(offered({"kaputil", "-"}), "--help --version");
+    EXPECT_EQ(offered({"kaputil", "call", "--"}), "--help --json --locale --message-log");
+    EXPECT_EQ(offered({"kaputil", "classes", "--"}), "--help --json --names");
+    EXPECT_EQ(offered({"kaputil", "sql", "--c"}), "--command --connection");
+    EXPECT_EQ(offered({"kaputil", "demo", "--d"}), "--database");
+}
+
+TEST(Completion, OffersClasses) {
+    EXPECT_EQ(offered({"kaputil", "classes", "CP"}), "CProprieta");
+    EXPECT_EQ(offered({"kaputil", "classes", "ADODB."}), "ADODB.Connection ADODB.Recordset");
+}
+
+TEST(Completion, OffersTheMembersOfAClass) {
+    EXPECT_EQ(offered({"kaputil", "classes", "CProprieta."}),
+              "CProprieta.Elimina CProprieta.Leggi CProprieta.Scrivi CProprieta.Count "
+              "CProprieta.NomeProprieta");
+    EXPECT_EQ(offered({"kaputil", "call", "CProprieta.S"}), "CProprieta.Scrivi");
+    EXPECT_EQ(offered({"kaputil", "call", "ADODB.Connection.O"}), "ADODB.Connection.Open");
+}
+
+TEST(Completion, OffersGeneralFunctionsAndClassesToCall) {
+    const std::string all = offered({"kaputil", "call", ""});
+    EXPECT_TRUE(offers(all, "kapVal")) << all;
+    EXPECT_TRUE(offers(all, "CProprieta.")) << all;
+    EXPECT_FALSE(offers(all, "CostantiNumeriche.")) << all;
+}
+
+TEST(Completion, IgnoresCase) {
+    EXPECT_EQ(offered({"kaputil", "call", "KAPV"}), "kapVal");
+    EXPECT_EQ(offered({"kaputil", "call", "cproprieta.sc"}), "cproprieta.Scrivi");
+}
+
+TEST(Completion, OffersNamedArgumentsBehindAMember) {
+    EXPECT_EQ(offered({"kaputil", "call", "kapVal", ""}), "vValore:= sDataType:=");
+    EXPECT_EQ(offered({"kaputil", "call", "kapVal", "2,5", "s"}), "sDataType:=");
+    EXPECT_EQ(offered({"kaputil", "call", "CProprieta.Scrivi", "sv"}), "sValore:=");
+    EXPECT_EQ(offered({"kaputil", "call", "kapVal", "vValore", ":=", "3", "s"}), "sDataType:=");
+}
+
+TEST(Completion, OffersNothingForAValue) {
+    EXPECT_EQ(offered({"kaputil", "call", "kapVal", "vValore", ":=", ""}), "");
+    EXPECT_EQ(offered({"kaputil", "call", "kapVal", "vValore", ":="}), "");
+    EXPECT_EQ(offered({"kaputil", "sql", "--command", "c"}), "");
+}
+
+TEST(Completion, OffersMembersOfTheSameObjectBehindAPlus) {
+    EXPECT_EQ(offered({"kaputil", "call", "CProprieta.Scrivi", "Codice", "12", "+", "L"}), "Leggi");
+    EXPECT_EQ(offered({"kaputil", "call", "CProprieta.Scrivi", "C", "1", "+", "Leggi", ""}),
+              "sNomeProprieta:=");
+    EXPECT_TRUE(offers(offered({"kaputil", "call", "kapVal", "3", "+", "k"}), "kapVal"));
+}
+
+TEST(Completion, PassesOverOptionsAndTheirValues) {
+    EXPECT_EQ(offered({"kaputil", "call", "--locale", "it-IT", "--json", "kapVal", "v"}),
+              "vValore:=");
+    EXPECT_EQ(offered({"kaputil", "call", "--locale", "=", "it-IT", "kapVal", "v"}), "vValore:=");
+}
+
+TEST(Completion, OffersLanguages) {
+    EXPECT_EQ(offered({"kaputil", "call", "--locale", "en"}), "en-US en-GB");
+    EXPECT_EQ(offered({"kaputil", "call", "--locale", "="}), "it-IT en-US en-GB");
+}
+
+TEST(Completion, OffersFiles) {
+    const Folder folder;
+    const std::string file = folder.file("azienda.db", "");
+    EXPECT_EQ(offered({"kaputil", "demo", "--database", folder / "az"}), file);
+    EXPECT_EQ(offered({"kaputil", "sql", "--file", "=", folder / "az"}), file);
+}
+
+TEST(Completion, SurvivesAProgramThatIsNotThere) {
+    const Outcome run = shell("bash -c 'source \"" KAPUTIL_SOURCE_DIR
+                              "/completions/kaputil.bash\"; COMP_WORDS=(kaputil c); COMP_CWORD=1; "
+                              "_kaputil /nowhere/kaputil; echo \"[${COMPREPLY[*]}]\"'");
+    EXPECT_EQ(run.out, "[]\n");
+}
+
+}  // namespace
+}  // namespace kap::tests
