@@ -37,7 +37,8 @@ for _ in {1..100}; do
     [[ ! -s $work/display ]] || break
     sleep 0.1
 done
-export DISPLAY=:$(<"$work/display")
+DISPLAY=:$(<"$work/display")
+export DISPLAY
 
 probe() {
     local language=$1
