@@ -17,7 +17,6 @@
 namespace {
 
 using kap::Date;
-using kap::String;
 using kap::Variant;
 namespace convert = kap::convert;
 

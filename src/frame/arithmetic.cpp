@@ -300,7 +300,7 @@ Variant power(const Variant& base, const Variant& exponent) {
 }
 
 Variant negate(const Variant& value) {
-    const Variant plain = convert::plainValue(value);
+    Variant plain = convert::plainValue(value);
     switch (plain.type()) {
         case VarType::Null:
             return plain;
@@ -325,7 +325,7 @@ Variant negate(const Variant& value) {
 }
 
 Variant concatenate(const Variant& left, const Variant& right) {
-    const Variant first = convert::plainValue(left);
+    Variant first = convert::plainValue(left);
     const Variant second = convert::plainValue(right);
     if (first.isNull() && second.isNull()) {
         return first;

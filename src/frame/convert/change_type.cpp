@@ -41,11 +41,11 @@ auto throughDefault(const Variant& value, Conversion conversion) {
 }
 
 NumberText numberIn(const Variant& value) {
-    auto number = readNumber(value.as<String>(), currentLocale());
+    const auto number = readNumber(value.as<String>(), currentLocale());
     if (!number) {
         raise(errors::kTypeMismatch);
     }
-    return std::move(*number);
+    return *number;
 }
 
 // The locale's words and the English ones in any case, and those that a text file holds.

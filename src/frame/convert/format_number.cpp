@@ -94,7 +94,7 @@ PlainNumber rounded(std::string digits, int exponent, int decimals, int least) {
         digits.insert(0, static_cast<std::size_t>(-point), '0');
         point = 0;
     }
-    const auto kept = static_cast<std::size_t>(point + decimals);
+    const std::size_t kept = static_cast<std::size_t>(point) + static_cast<std::size_t>(decimals);
     bool up = digits.size() > kept && digits[kept] >= '5';
     digits.resize(kept, '0');
     for (std::size_t i = kept; up && i-- > 0;) {
