@@ -28,8 +28,9 @@ MAY_INCLUDE = {
     "tools": {"catalogue"},
 }
 
-# The command line is a client like any other: it may use every public header, but no module's insides.
-CLIENTS = {"tools"}
+# The command line and the Python package are clients like any other: they may use every public header, but no module's
+# insides.
+CLIENTS = {"python", "tools"}
 
 # Folders that may include what their host, database or language offers.
 SPECIAL = re.compile(r"^src/(platform/[^/]+/|ado/[^/]+/|com/|python/|tools/)")

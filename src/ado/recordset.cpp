@@ -13,7 +13,7 @@ namespace kap::ado {
 namespace {
 
 // Names and values come as one of each, or as two arrays of the same length.
-std::vector<Variant> elements(const Variant& value) {
+std::vector<Variant> elementsOf(const Variant& value) {
     if (!value.isArray()) {
         return {value};
     }
@@ -274,8 +274,8 @@ void Recordset::Update(const Variant& fields, const Variant& values) {
 }
 
 void Recordset::assignAll(const Variant& names, const Variant& values) {
-    const std::vector<Variant> columns = elements(names);
-    const std::vector<Variant> given = elements(values);
+    const std::vector<Variant> columns = elementsOf(names);
+    const std::vector<Variant> given = elementsOf(values);
     if (columns.size() != given.size()) {
         fail::invalidArgument();
     }

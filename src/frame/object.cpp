@@ -13,6 +13,10 @@ Variant Object::invoke(std::u16string_view member, InvokeKind kind, const Argume
     return invoke(*id, kind, arguments);
 }
 
+std::vector<Variant> Object::elements() {
+    throw AutomationError(errors::kMemberNotFound);
+}
+
 Variant Object::defaultValue() {
     try {
         return invoke(kDefaultMember, InvokeKind::MethodOrGet, Arguments{});

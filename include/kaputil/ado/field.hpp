@@ -66,6 +66,9 @@ public:
     // A field by position from 0 or by name (a text, compared ignoring case); raises 3265 when
     // there is none.
     [[nodiscard]] Ref<Field> Item(const Variant& index) const;
+    [[nodiscard]] std::vector<Variant> elements() override {
+        return {fields_.begin(), fields_.end()};
+    }
 
 private:
     std::shared_ptr<RowCursor> cursor_;

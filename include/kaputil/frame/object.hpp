@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <optional>
 #include <string_view>
+#include <vector>
 
 #include <kaputil/frame/ref.hpp>
 #include <kaputil/frame/string.hpp>
@@ -58,6 +59,9 @@ public:
 
     // Calls a member by name, ignoring case; raises 438 if there is none.
     virtual Variant invoke(std::u16string_view member, InvokeKind kind, const Arguments& arguments);
+
+    // What enumerating a collection gives, in its order. Raises 438 for what is no collection.
+    [[nodiscard]] virtual std::vector<Variant> elements();
 
     // The value of the default member; raises 13 (type mismatch) when the class has none: such an
     // object has no value to convert.
