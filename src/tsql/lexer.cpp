@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "tsql/server_error.hpp"
+#include "tsql/text.hpp"
 
 namespace kap::tsql {
 
@@ -39,13 +40,20 @@ bool continuesName(char c) {
 
 class Lexer {
 public:
-    Lexer(std::string_view sql, int firstLine) : sql_(sql), line_(firstLine) {}
+    Lexer(std::string_view sql, int firstLine, bool quotedNames)
+        : sql_(sql), line_(firstLine), quotedNames_(quotedNames) {}
 
     std::vector<Token> run() {
-        while (skipBlanks(), position_ < sql_.size())
+        while (skipBlanks(), position_ < sql_.size()) {
+            const std::size_t start = position_;
             readToken();
+            tokens_.back().start = start;
+            tokens_.back().end = position_;
+            noteQuotedNames();
+        }
         const std::string last = tokens_.empty() ? std::string() : tokens_.back().text;
-        tokens_.push_back({TokenKind::End, last, tokens_.empty() ? line_ : tokens_.back().line});
+        tokens_.push_back({TokenKind::End, last, tokens_.empty() ? line_ : tokens_.back().line,
+                           sql_.size(), sql_.size()});
         return std::move(tokens_);
     }
 
@@ -111,7 +119,10 @@ private:
         } else if (c == '[') {
             readQuoted(TokenKind::QuotedName, ']');
         } else if (c == '"') {
-            readQuoted(TokenKind::QuotedName, '"');
+            readQuoted(quotedNames_ ? TokenKind::QuotedName : TokenKind::Text, '"');
+        } else if (c == '?') {
+            ++position_;
+            tokens_.push_back({TokenKind::Parameter, integerText(++parameters_), line_});
         } else if (startsName(c)) {
             readName();
         } else if (isDigit(c) || (c == '.' && isDigit(at(1)))) {
@@ -206,8 +217,9 @@ private:
     }
 
     void readOperator() {
-        static constexpr std::array<std::string_view, 6> kPairs{"<>", "!=", "!<", "!>", "<=", ">="};
-        static constexpr std::string_view kSingles = "+-*/%&|^~=<>(),.;";
+        static constexpr std::array<std::string_view, 14> kPairs{
+            "<>", "!=", "!<", "!>", "<=", ">=", "+=", "-=", "*=", "/=", "%=", "&=", "|=", "^="};
+        static constexpr std::string_view kSingles = "+-*/%&|^~=<>(),.:;";
         for (const std::string_view pair : kPairs) {
             if (!looksAt(pair)) continue;
             tokens_.push_back({TokenKind::Operator, std::string(pair), line_});
@@ -221,6 +233,15 @@ private:
         push(TokenKind::Operator, start);
     }
 
+    // The setting is the script's own: it holds from where it stands.
+    void noteQuotedNames() {
+        if (tokens_.size() < 3) return;
+        const auto* last = &tokens_.back();
+        if (last->kind != TokenKind::Word || last[-1].kind != TokenKind::Word) return;
+        if (!equalsIgnoringCase(last[-1].text, "QUOTED_IDENTIFIER")) return;
+        quotedNames_ = !equalsIgnoringCase(last->text, "OFF");
+    }
+
     void push(TokenKind kind, std::size_t start) {
         tokens_.push_back({kind, std::string(sql_.substr(start, position_ - start)), line_});
     }
@@ -228,13 +249,15 @@ private:
     std::string_view sql_;
     std::size_t position_ = 0;
     int line_;
+    bool quotedNames_;
+    int parameters_ = 0;
     std::vector<Token> tokens_;
 };
 
 }  // namespace
 
-std::vector<Token> tokenize(std::string_view sql, int firstLine) {
-    return Lexer(sql, firstLine).run();
+std::vector<Token> tokenize(std::string_view sql, int firstLine, bool quotedNames) {
+    return Lexer(sql, firstLine, quotedNames).run();
 }
 
 }  // namespace kap::tsql

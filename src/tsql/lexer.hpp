@@ -13,6 +13,10 @@ namespace kap::tsql {
 /// line, nested
 /// `/* */`) are dropped. Throws ServerError: 105 for an unclosed quotation mark, 113 for an
 /// unclosed comment, 103 for a name over 128 characters, 102 for a character that starts nothing.
-[[nodiscard]] std::vector<Token> tokenize(std::string_view sql, int firstLine = 1);
+///
+/// `quotedNames` says what stands between double quotes at the start of the script: a name, or
+/// (with false) a text; SET QUOTED_IDENTIFIER within the script decides for what follows it.
+[[nodiscard]] std::vector<Token> tokenize(std::string_view sql, int firstLine = 1,
+                                          bool quotedNames = true);
 
 }  // namespace kap::tsql

@@ -1,5 +1,7 @@
 #include "tsql/parser.hpp"
 
+#include <algorithm>
+
 #include "tsql/keywords.hpp"
 #include "tsql/lexer.hpp"
 #include "tsql/parser_state.hpp"
@@ -8,12 +10,28 @@
 
 namespace kap::tsql {
 
-Script parseScript(std::string_view sql, int firstLine) {
-    return Parser(tokenize(sql, firstLine)).script();
+Script parseScript(std::string_view sql, const ParseOptions& options) {
+    return Parser(sql, tokenize(sql, options.firstLine, options.quotedNames), options).script();
 }
 
 TypeSpec parseType(std::string_view text) {
-    return Parser(tokenize(text)).wholeType();
+    const ParseOptions options;
+    return Parser(text, tokenize(text), options).wholeType();
+}
+
+std::vector<ParameterDefinition> parseParameters(std::string_view text,
+                                                 const ParseOptions& options) {
+    return Parser(text, tokenize(text), options).wholeParameters();
+}
+
+ObjectName parseObjectName(std::string_view text) {
+    const ParseOptions options;
+    return Parser(text, tokenize(text), options).wholeName();
+}
+
+std::vector<std::string> parseNames(std::string_view text) {
+    const ParseOptions options;
+    return Parser(text, tokenize(text), options).wholeNames();
 }
 
 Parser::Level::Level(Parser& parser) : parser_(parser) {
@@ -116,6 +134,66 @@ ObjectName Parser::objectName() {
         }
     }
     return result;
+}
+
+// A table's name, or a table variable's.
+ObjectName Parser::tableName() {
+    if (peek().kind != TokenKind::Variable) return objectName();
+    // Whether there is such a table is found out with the tables.
+    const Token& token = next();
+    return {{token.text}, token.line};
+}
+
+std::string Parser::variable() {
+    if (peek().kind != TokenKind::Variable) unexpected();
+    checkDeclared(peek());
+    return next().text;
+}
+
+std::string Parser::newVariable() {
+    if (peek().kind != TokenKind::Variable) unexpected();
+    declared_.push_back(peek().text);
+    return next().text;
+}
+
+std::string Parser::sourceText(std::size_t from) const {
+    const std::size_t start = tokens_[from].start;
+    const std::size_t end = position_ > from ? tokens_[position_ - 1].end : start;
+    return std::string(source_.substr(start, end - start));
+}
+
+std::vector<ParameterDefinition> Parser::wholeParameters() {
+    std::vector<ParameterDefinition> result = parameterDefinitions();
+    if (!atEnd()) unexpected();
+    return result;
+}
+
+// A variable that is used must have been declared before, by the script or by who sends it.
+void Parser::checkDeclared(const Token& variable) const {
+    if (options_.variables == nullptr || variable.text.compare(0, 2, "@@") == 0) return;
+    const auto same = [&](const std::string& name) {
+        return equalsIgnoringCase(name, variable.text);
+    };
+    const bool known = std::any_of(declared_.begin(), declared_.end(), same) ||
+                       std::any_of(options_.variables->begin(), options_.variables->end(), same);
+    if (known) return;
+    throw ServerError(137, "Must declare the scalar variable \"" + variable.text + "\".",
+                      variable.line, 15);
+}
+
+ObjectName Parser::wholeName() {
+    ObjectName result = objectName();
+    if (!atEnd()) unexpected();
+    return result;
+}
+
+std::vector<std::string> Parser::wholeNames() {
+    std::vector<std::string> names;
+    do {
+        names.push_back(name());
+    } while (acceptOperator(","));
+    if (!atEnd()) unexpected();
+    return names;
 }
 
 std::vector<std::string> Parser::nameList() {

@@ -15,73 +15,143 @@ ValueOrDefault Parser::valueOrDefault() {
     return {value()};
 }
 
-Statement::Node Parser::insertStatement() {
-    InsertStatement result;
-    refuseKeyword("TOP", "INSERT TOP");
-    acceptKeyword("INTO");
-    result.table = objectName();
+// OUTPUT inserted.a, deleted.b [INTO table (columns)].
+std::optional<OutputClause> Parser::outputClause() {
+    if (!acceptKeyword("OUTPUT")) return std::nullopt;
+    OutputClause result;
+    do {
+        result.items.push_back(selectItem());
+    } while (acceptOperator(","));
+    if (!acceptKeyword("INTO")) return result;
+    result.into = tableName();
     if (atOperator("(") && !atQuery()) result.columns = nameList();
-    refuseKeyword("OUTPUT", "OUTPUT");
+    return result;
+}
+
+// WITH names queries for the statement that follows.
+Statement::Node Parser::withStatement() {
+    const std::size_t start = position_;
+    std::vector<CommonTable> tables = commonTables();
+    if (acceptKeyword("INSERT")) {
+        InsertStatement insert = insertStatement();
+        insert.commonTables = std::move(tables);
+        return insert;
+    }
+    if (acceptKeyword("UPDATE")) {
+        UpdateStatement update = updateStatement();
+        update.commonTables = std::move(tables);
+        return update;
+    }
+    if (acceptKeyword("DELETE")) {
+        DeleteStatement erase = deleteStatement();
+        erase.commonTables = std::move(tables);
+        return erase;
+    }
+    refuseKeyword("MERGE", "MERGE");
+    if (!atKeyword("SELECT") && !atQuery()) unexpected();
+    position_ = start;
+    return SelectStatement{query()};
+}
+
+InsertStatement Parser::insertStatement() {
+    InsertStatement result;
+    result.top = optionalTop();
+    acceptKeyword("INTO");
+    result.table = tableName();
+    tableHints();
+    if (atOperator("(") && !atQuery()) result.columns = nameList();
+    result.output = outputClause();
     if (acceptKeyword("DEFAULT")) {
         expectKeyword("VALUES");
         result.defaultValues = true;
     } else if (acceptKeyword("VALUES")) {
-        do {
-            std::vector<ValueOrDefault> row;
-            expectOperator("(");
-            do {
-                row.push_back(valueOrDefault());
-            } while (acceptOperator(","));
-            expectOperator(")");
-            result.rows.push_back(std::move(row));
-        } while (acceptOperator(","));
-    } else if (atKeyword("SELECT") || atQuery()) {
+        insertRows(result);
+    } else if (atKeyword("SELECT") || atKeyword("WITH") || atQuery()) {
         result.query = query();
+    } else if (acceptKeyword("EXEC") || acceptKeyword("EXECUTE")) {
+        result.execute = std::make_unique<ExecuteStatement>(executeStatement());
     } else {
-        if (atKeyword("EXEC") || atKeyword("EXECUTE")) refuse("INSERT EXECUTE");
         unexpected();
     }
     return result;
 }
 
-Statement::Node Parser::updateStatement() {
-    UpdateStatement result;
-    refuseKeyword("STATISTICS", "UPDATE STATISTICS");
-    result.top = optionalTop();
-    result.table = objectName();
-    tableHints();
-    expectKeyword("SET");
+void Parser::insertRows(InsertStatement& insert) {
     do {
-        if (peek().kind == TokenKind::Variable) refuse("SET @variable = in UPDATE");
-        Assignment assignment{objectName(), {}};
-        expectOperator("=");
-        assignment.value = valueOrDefault();
-        result.assignments.push_back(std::move(assignment));
+        std::vector<ValueOrDefault> row;
+        expectOperator("(");
+        do {
+            row.push_back(valueOrDefault());
+        } while (acceptOperator(","));
+        expectOperator(")");
+        insert.rows.push_back(std::move(row));
     } while (acceptOperator(","));
-    refuseKeyword("OUTPUT", "OUTPUT");
-    if (atKeyword("FROM")) result.from = fromClause();
-    if (acceptKeyword("WHERE")) {
-        refuseKeyword("CURRENT", "WHERE CURRENT OF");
-        result.where = condition();
+}
+
+Assignment Parser::assignment() {
+    Assignment result;
+    if (peek().kind == TokenKind::Variable) {
+        result.variable = variable();
+        const bool column = atOperator("=") && peek(1).kind != TokenKind::Variable &&
+                            (atOperator("=", 2) || (atOperator(".", 2) && atOperator("=", 4)));
+        if (!column) {
+            const std::string& name = result.variable;
+            result.value = {assignedValue([&] { return VariableReference{name}; })};
+            return result;
+        }
+        next();
     }
-    refuseKeyword("OPTION", "OPTION");
+    result.column = objectName();
+    if (atOperator("=") && atKeyword("DEFAULT", 1)) {
+        next();
+        next();
+        return result;
+    }
+    result.value = {assignedValue([&] { return ColumnReference{result.column}; })};
     return result;
 }
 
-Statement::Node Parser::deleteStatement() {
+UpdateStatement Parser::updateStatement() {
+    UpdateStatement result;
+    result.top = optionalTop();
+    result.table = tableName();
+    tableHints();
+    expectKeyword("SET");
+    do {
+        result.assignments.push_back(assignment());
+    } while (acceptOperator(","));
+    result.output = outputClause();
+    if (atKeyword("FROM")) result.from = fromClause();
+    if (acceptKeyword("WHERE")) {
+        result.cursor = currentOf();
+        if (result.cursor.empty()) result.where = condition();
+    }
+    if (acceptKeyword("OPTION")) queryHints();
+    return result;
+}
+
+DeleteStatement Parser::deleteStatement() {
     DeleteStatement result;
     result.top = optionalTop();
     acceptKeyword("FROM");
-    result.table = objectName();
+    result.table = tableName();
     tableHints();
-    refuseKeyword("OUTPUT", "OUTPUT");
+    result.output = outputClause();
     if (atKeyword("FROM")) result.from = fromClause();
     if (acceptKeyword("WHERE")) {
-        refuseKeyword("CURRENT", "WHERE CURRENT OF");
-        result.where = condition();
+        result.cursor = currentOf();
+        if (result.cursor.empty()) result.where = condition();
     }
-    refuseKeyword("OPTION", "OPTION");
+    if (acceptKeyword("OPTION")) queryHints();
     return result;
+}
+
+// WHERE CURRENT OF names the cursor whose row is meant.
+std::string Parser::currentOf() {
+    if (!acceptKeyword("CURRENT")) return {};
+    expectKeyword("OF");
+    acceptKeyword("GLOBAL");
+    return name();
 }
 
 }  // namespace kap::tsql

@@ -1,154 +1,132 @@
-#include <array>
 #include <utility>
 
 #include "tsql/parser_state.hpp"
 #include "tsql/server_error.hpp"
 
+// CREATE, ALTER and DROP of everything: what they begin, and the shorter ones whole.
 namespace kap::tsql {
 
 Statement::Node Parser::createStatement() {
-    if (!acceptKeyword("TABLE")) {
-        if (atEnd()) unexpected();
-        refuse("CREATE " + peek().text);
+    if (acceptKeyword("TABLE")) return createTable();
+    if (atKeyword("OR") && atKeyword("ALTER", 1)) {
+        next();
+        next();
+        if (!atModule()) unexpected();
+        return module(Making::CreateOrAlter);
     }
-    CreateTableStatement result;
-    result.table = objectName();
-    expectOperator("(");
-    do {
-        // A comma may stand after the last element.
-        if (atOperator(")") && !result.columns.empty()) break;
-        tableElement(result);
-    } while (acceptOperator(","));
-    expectOperator(")");
-    fileGroup();
-    return result;
+    if (atModule()) return module(Making::Create);
+    if (acceptKeyword("DATABASE")) return databaseStatement(DatabaseAction::Create);
+    if (acceptKeyword("TYPE")) return createType();
+    const bool index = atKeyword("UNIQUE") || atKeyword("CLUSTERED") || atKeyword("NONCLUSTERED") ||
+                       atKeyword("INDEX");
+    if (index) return createIndex();
+    if (atKeyword("SCHEMA")) return noEffect("CREATE SCHEMA");
+    for (const char* word : {"STATISTICS", "LOGIN", "USER", "ROLE"}) {
+        if (atKeyword(word)) return noEffect(std::string("CREATE ") + word);
+    }
+    if (atEnd()) unexpected();
+    refuse("CREATE " + peek().text);
 }
 
-// ON [PRIMARY]: there is one place to store rows, so its name has no effect.
-void Parser::fileGroup() {
-    while (acceptKeyword("ON") || acceptKeyword("TEXTIMAGE_ON"))
-        name();
-}
-
-void Parser::tableElement(CreateTableStatement& table) {
-    for (const char* word : {"CONSTRAINT", "PRIMARY", "UNIQUE", "FOREIGN", "CHECK", "INDEX"}) {
-        if (!atKeyword(word)) continue;
-        tableConstraint(table);
-        return;
+Statement::Node Parser::alterStatement() {
+    if (acceptKeyword("TABLE")) return alterTable();
+    if (atModule()) return module(Making::Alter);
+    if (acceptKeyword("DATABASE")) return databaseStatement(DatabaseAction::Alter);
+    for (const char* word : {"AUTHORIZATION", "LOGIN", "USER", "ROLE"}) {
+        if (atKeyword(word)) return noEffect(std::string("ALTER ") + word);
     }
-    columnDefinition(table);
-}
-
-void Parser::tableConstraint(CreateTableStatement& table) {
-    std::string constraintName;
-    if (acceptKeyword("CONSTRAINT")) constraintName = name();
-    refuseKeyword("FOREIGN", "FOREIGN KEY");
-    refuseKeyword("CHECK", "CHECK");
-    refuseKeyword("INDEX", "INDEX");
-    KeyConstraint key = keyConstraint(std::move(constraintName));
-    expectOperator("(");
-    do {
-        key.columns.push_back(name());
-        if (!acceptKeyword("DESC")) acceptKeyword("ASC");
-    } while (acceptOperator(","));
-    expectOperator(")");
-    refuseKeyword("WITH", "index option");
-    fileGroup();
-    table.keys.push_back(std::move(key));
-}
-
-KeyConstraint Parser::keyConstraint(std::string name) {
-    KeyConstraint key;
-    key.name = std::move(name);
-    key.line = peek().line;
-    if (acceptKeyword("PRIMARY")) {
-        expectKeyword("KEY");
-        key.primary = true;
-    } else {
-        expectKeyword("UNIQUE");
-    }
-    // How rows lie on disk is not the schema's choice here.
-    if (!acceptKeyword("CLUSTERED")) acceptKeyword("NONCLUSTERED");
-    return key;
-}
-
-void Parser::columnDefinition(CreateTableStatement& table) {
-    ColumnDefinition column;
-    column.line = peek().line;
-    const int ordinal = static_cast<int>(table.columns.size()) + 1;
-    const bool alone = atKeyword("TIMESTAMP") && (atOperator(",", 1) || atOperator(")", 1) ||
-                                                  atKeyword("NOT", 1) || atKeyword("NULL", 1));
-    if (alone) {
-        // A lone "timestamp" is a column of that type and name.
-        column.name = next().text;
-        column.type = {SqlType::Timestamp, 8, 0, 0};
-    } else {
-        column.name = name();
-        refuseKeyword("AS", "computed column");
-        column.type = type(column.name, ordinal);
-    }
-    while (columnOption(column, table)) {
-    }
-    table.columns.push_back(std::move(column));
-}
-
-bool Parser::columnOption(ColumnDefinition& column, CreateTableStatement& table) {
-    for (const char* word : {"COLLATE", "REFERENCES", "FOREIGN", "CHECK", "ROWGUIDCOL", "SPARSE"}) {
-        refuseKeyword(word, word);
-    }
-    std::string constraintName;
-    if (acceptKeyword("CONSTRAINT")) {
-        constraintName = name();
-        for (const char* word : {"REFERENCES", "FOREIGN", "CHECK"})
-            refuseKeyword(word, word);
-        if (!atKeyword("DEFAULT") && !atKeyword("PRIMARY") && !atKeyword("UNIQUE") &&
-            !atKeyword("NULL") && !atKeyword("NOT")) {
-            unexpected();
-        }
-    }
-    if (acceptKeyword("NULL")) {
-        column.nullable = true;
-    } else if (acceptKeyword("NOT")) {
-        refuseKeyword("FOR", "NOT FOR REPLICATION");
-        expectKeyword("NULL");
-        column.nullable = false;
-    } else if (acceptKeyword("DEFAULT")) {
-        column.defaultValue = DefaultOption{std::move(constraintName), value()};
-    } else if (acceptKeyword("IDENTITY")) {
-        column.identity = identityOption();
-    } else if (atKeyword("PRIMARY") || atKeyword("UNIQUE")) {
-        KeyConstraint key = keyConstraint(std::move(constraintName));
-        key.columns.push_back(column.name);
-        table.keys.push_back(std::move(key));
-    } else {
-        return false;
-    }
-    return true;
-}
-
-IdentityOption Parser::identityOption() {
-    IdentityOption result;
-    if (!acceptOperator("(")) return result;
-    result.seed = signedValue(Place::Value);
-    expectOperator(",");
-    result.increment = signedValue(Place::Value);
-    expectOperator(")");
-    return result;
+    if (atEnd()) unexpected();
+    refuse("ALTER " + peek().text);
 }
 
 Statement::Node Parser::dropStatement() {
-    if (!acceptKeyword("TABLE")) {
-        if (atEnd()) unexpected();
-        refuse("DROP " + peek().text);
+    static constexpr std::pair<const char*, ObjectKind> kKinds[] = {
+        {"TABLE", ObjectKind::Table},         {"VIEW", ObjectKind::View},
+        {"PROCEDURE", ObjectKind::Procedure}, {"PROC", ObjectKind::Procedure},
+        {"FUNCTION", ObjectKind::Function},   {"TRIGGER", ObjectKind::Trigger},
+        {"INDEX", ObjectKind::Index},         {"TYPE", ObjectKind::Type}};
+    if (acceptKeyword("DATABASE")) {
+        if (acceptKeyword("IF")) expectKeyword("EXISTS");
+        return databaseStatement(DatabaseAction::Drop);
     }
-    DropTableStatement result;
-    if (acceptKeyword("IF")) {
-        expectKeyword("EXISTS");
-        result.ifExists = true;
+    for (const auto& [word, kind] : kKinds) {
+        if (!acceptKeyword(word)) continue;
+        DropStatement result;
+        result.kind = kind;
+        if (acceptKeyword("IF")) {
+            expectKeyword("EXISTS");
+            result.ifExists = true;
+        }
+        if (kind == ObjectKind::Index) return dropIndex(result.ifExists);
+        do {
+            result.names.push_back(objectName());
+        } while (acceptOperator(","));
+        return result;
     }
+    for (const char* word : {"STATISTICS", "LOGIN", "USER", "ROLE", "SCHEMA"}) {
+        if (atKeyword(word)) return noEffect(std::string("DROP ") + word);
+    }
+    if (atEnd()) unexpected();
+    refuse("DROP " + peek().text);
+}
+
+// DROP INDEX table.index, and the newer DROP INDEX index ON table.
+Statement::Node Parser::dropIndex(bool ifExists) {
+    DropStatement result;
+    result.kind = ObjectKind::Index;
+    result.ifExists = ifExists;
     do {
-        result.tables.push_back(objectName());
+        ObjectName index = objectName();
+        if (acceptKeyword("ON")) {
+            ObjectName table = objectName();
+            table.parts.push_back(index.last());
+            index = std::move(table);
+        } else if (index.parts.size() < 2) {
+            throw ServerError(159,
+                              "Must specify the table name and index name for the DROP INDEX "
+                              "statement.",
+                              index.line, 15);
+        }
+        result.names.push_back(std::move(index));
     } while (acceptOperator(","));
+    return result;
+}
+
+Statement::Node Parser::createIndex() {
+    CreateIndexStatement result;
+    result.unique = acceptKeyword("UNIQUE");
+    if (!acceptKeyword("CLUSTERED")) acceptKeyword("NONCLUSTERED");
+    expectKeyword("INDEX");
+    result.name = name();
+    expectKeyword("ON");
+    result.table = objectName();
+    expectOperator("(");
+    do {
+        IndexColumn column{name()};
+        column.descending = acceptKeyword("DESC");
+        if (!column.descending) acceptKeyword("ASC");
+        result.columns.push_back(std::move(column));
+    } while (acceptOperator(","));
+    expectOperator(")");
+    // Columns that the index only carries along change no result.
+    if (acceptKeyword("INCLUDE")) nameList();
+    if (acceptKeyword("WHERE")) result.where = condition();
+    indexOptions();
+    return result;
+}
+
+Statement::Node Parser::createType() {
+    CreateTypeStatement result;
+    result.name = objectName();
+    if (atKeyword("AS")) refuse("CREATE TYPE AS TABLE");
+    expectKeyword("FROM");
+    result.type = type(result.name.last(), 0);
+    if (acceptKeyword("NULL")) {
+        result.nullable = true;
+    } else if (acceptKeyword("NOT")) {
+        expectKeyword("NULL");
+        result.nullable = false;
+    }
     return result;
 }
 

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <array>
 #include <utility>
 
 #include "tsql/parser_state.hpp"
@@ -131,7 +132,7 @@ ExpressionPtr Parser::signedValue(Place place) {
         return make(UnaryExpression{op, std::move(operand)}, line, below);
     }
     ExpressionPtr result = primary(place);
-    refuseKeyword("COLLATE", "COLLATE");
+    if (atKeyword("COLLATE")) collation();
     return result;
 }
 
@@ -153,8 +154,14 @@ ExpressionPtr Parser::primary(Place place) {
         case TokenKind::Binary:
             return literal(LiteralKind::Binary);
         case TokenKind::Variable: {
+            checkDeclared(peek());
             const Token& variable = next();
             return make(VariableReference{variable.text}, variable.line);
+        }
+        case TokenKind::Parameter: {
+            const Token& mark = next();
+            checkDeclared({TokenKind::Variable, "?" + mark.text, mark.line});
+            return make(VariableReference{"?" + mark.text}, mark.line);
         }
         case TokenKind::QuotedName:
             return nameOrCall();
@@ -193,14 +200,21 @@ ExpressionPtr Parser::wordExpression() {
     if (atKeyword("CAST") && atOperator("(", 1)) return castCall();
     if (atKeyword("CONVERT")) return convertCall();
     // Reserved words that are functions: they name nothing else.
-    for (const char* function : {"LEFT", "RIGHT", "COALESCE", "NULLIF"}) {
+    for (const char* function : {"LEFT", "RIGHT", "COALESCE", "NULLIF", "UPDATE"}) {
         if (!atKeyword(function)) continue;
         const Token& token = next();
         return call(ObjectName{{token.text}, token.line});
     }
-    if (atKeyword("CURRENT_TIMESTAMP")) {
+    static constexpr std::pair<const char*, const char*> kWithoutBrackets[] = {
+        {"CURRENT_TIMESTAMP", "GETDATE"},
+        {"CURRENT_USER", "USER_NAME"},
+        {"SESSION_USER", "USER_NAME"},
+        {"USER", "USER_NAME"},
+        {"SYSTEM_USER", "SUSER_SNAME"}};
+    for (const auto& [word, function] : kWithoutBrackets) {
+        if (!atKeyword(word)) continue;
         const int line = next().line;
-        return make(FunctionCall{ObjectName{{"GETDATE"}, line}, {}}, line);
+        return make(FunctionCall{ObjectName{{function}, line}, {}}, line);
     }
     return nameOrCall();
 }
@@ -224,9 +238,50 @@ ExpressionPtr Parser::call(ObjectName name) {
         result.arguments = valueList();
     }
     expectOperator(")");
-    refuseKeyword("OVER", "OVER");
+    if (acceptKeyword("OVER")) result.over = window();
     const int below = deepest(result.arguments);
     return make(std::move(result), line, below);
+}
+
+Window Parser::window() {
+    Window result;
+    expectOperator("(");
+    if (acceptKeyword("PARTITION")) {
+        expectKeyword("BY");
+        result.partitionBy = valueList();
+    }
+    if (acceptKeyword("ORDER")) {
+        expectKeyword("BY");
+        result.orderBy = orderItems();
+    }
+    if (atKeyword("ROWS") || atKeyword("RANGE")) result.frame = windowFrame();
+    expectOperator(")");
+    return result;
+}
+
+// ROWS BETWEEN 2 PRECEDING AND CURRENT ROW: words and whole numbers only.
+std::string Parser::windowFrame() {
+    static constexpr std::array kWords{"ROWS",      "RANGE",     "BETWEEN", "AND", "UNBOUNDED",
+                                       "PRECEDING", "FOLLOWING", "CURRENT", "ROW"};
+    std::string text;
+    while (!atOperator(")")) {
+        const bool known = peek().kind == TokenKind::Integer ||
+                           std::any_of(kWords.begin(), kWords.end(),
+                                       [this](const char* word) { return atKeyword(word); });
+        if (!known) unexpected();
+        text += (text.empty() ? "" : " ") + asciiUpper(next().text);
+    }
+    return text;
+}
+
+// Texts compare as the database's collation says: letter case ignored, accents not. Another one
+// that says the same changes nothing.
+void Parser::collation() {
+    next();
+    const std::string name = asciiUpper(peek().text);
+    const bool same = name == "DATABASE_DEFAULT" || name.find("_CI_AS") != std::string::npos;
+    if (!same) refuse("COLLATE " + peek().text);
+    next();
 }
 
 std::vector<ExpressionPtr> Parser::valueList() {

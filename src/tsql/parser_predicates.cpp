@@ -16,6 +16,14 @@ ExpressionPtr Parser::predicate(Place place) {
         {"!<", ComparisonOperator::GreaterOrEqual},
     };
     if (place == Place::Condition && atKeyword("EXISTS")) return existsPredicate();
+    // IF UPDATE(column), in a trigger, is a condition of its own.
+    if (place == Place::Condition && atKeyword("UPDATE")) {
+        const int line = peek().line;
+        ExpressionPtr call = wordExpression();
+        ExpressionPtr one = make(Literal{LiteralKind::Integer, "1"}, line);
+        return make(Comparison{ComparisonOperator::Equal, std::move(call), std::move(one)}, line,
+                    1);
+    }
     ExpressionPtr left = sum(place);
     if (place == Place::Value || left->isPredicate()) return left;
     for (const auto& [symbol, op] : kComparisons) {
@@ -27,11 +35,21 @@ ExpressionPtr Parser::predicate(Place place) {
 
 ExpressionPtr Parser::comparison(ExpressionPtr left, ComparisonOperator op) {
     const int line = next().line;
-    for (const char* quantifier : {"ANY", "SOME", "ALL"})
-        refuseKeyword(quantifier, quantifier);
+    if (atKeyword("ANY") || atKeyword("SOME") || atKeyword("ALL")) {
+        return quantified(std::move(left), op, line);
+    }
     ExpressionPtr right = value();
     const int below = std::max(left->depth, right->depth);
     return make(Comparison{op, std::move(left), std::move(right)}, line, below);
+}
+
+ExpressionPtr Parser::quantified(ExpressionPtr left, ComparisonOperator op, int line) {
+    QuantifiedComparison result{op, std::move(left), nullptr, atKeyword("ALL")};
+    next();
+    if (!atQuery()) unexpected();
+    result.query = bracketedQuery();
+    const int below = std::max(result.value->depth, result.query->depth);
+    return make(std::move(result), line, below);
 }
 
 ExpressionPtr Parser::negatablePredicate(ExpressionPtr left) {

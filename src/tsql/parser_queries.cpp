@@ -26,23 +26,57 @@ QueryPtr Parser::query() {
     const int outerDeepest = std::exchange(deepest_, 0);
     auto result = std::make_unique<Query>();
     result->line = peek().line;
-    result->terms.push_back(queryTerm());
-    while (atKeyword("UNION") || atKeyword("EXCEPT") || atKeyword("INTERSECT")) {
-        if (!acceptKeyword("UNION")) refuse(peek().text);
-        const SetOperator joinedBy =
-            acceptKeyword("ALL") ? SetOperator::UnionAll : SetOperator::Union;
-        result->terms.push_back(queryTerm());
+    result->commonTables = commonTables();
+    result->terms.push_back(intersection());
+    while (atKeyword("UNION") || atKeyword("EXCEPT")) {
+        SetOperator joinedBy = SetOperator::Except;
+        if (acceptKeyword("UNION")) {
+            joinedBy = acceptKeyword("ALL") ? SetOperator::UnionAll : SetOperator::Union;
+        } else {
+            next();
+        }
+        result->terms.push_back(intersection());
         result->terms.back().joinedBy = joinedBy;
     }
     if (acceptKeyword("ORDER")) {
         expectKeyword("BY");
         result->orderBy = orderItems();
     }
-    refuseQueryEnding();
+    queryEnding(*result);
     if (deepest_ >= kMaxNesting) throw nestedTooDeeply(result->line);
     result->depth = deepest_ + 1;
     deepest_ = std::max(outerDeepest, result->depth);
     return result;
+}
+
+// WITH a AS (query), b AS (query).
+std::vector<CommonTable> Parser::commonTables() {
+    std::vector<CommonTable> result;
+    if (!acceptKeyword("WITH")) return result;
+    do {
+        CommonTable& table = result.emplace_back();
+        table.name = name();
+        if (atOperator("(")) table.columns = nameList();
+        expectKeyword("AS");
+        table.query = bracketedQuery();
+    } while (acceptOperator(","));
+    return result;
+}
+
+// INTERSECT binds tighter than UNION and EXCEPT: terms joined by it are one term.
+QueryTerm Parser::intersection() {
+    QueryTerm first = queryTerm();
+    if (!atKeyword("INTERSECT")) return first;
+    const int line = first.line;
+    auto joined = std::make_unique<Query>();
+    joined->line = line;
+    joined->terms.push_back(std::move(first));
+    while (acceptKeyword("INTERSECT")) {
+        joined->terms.push_back(queryTerm());
+        joined->terms.back().joinedBy = SetOperator::Intersect;
+    }
+    joined->depth = deepest_ + 1;
+    return {std::move(joined), SetOperator::Union, line};
 }
 
 QueryTerm Parser::queryTerm() {
@@ -51,11 +85,39 @@ QueryTerm Parser::queryTerm() {
     return {select(), SetOperator::Union, line};
 }
 
-void Parser::refuseQueryEnding() const {
-    refuseKeyword("OPTION", "OPTION");
+void Parser::queryEnding(Query& query) {
+    rowLimits(query);
     refuseKeyword("COMPUTE", "COMPUTE");
-    if (atKeyword("FOR")) refuse("FOR " + peek(1).text);
-    refuseKeyword("OFFSET", "OFFSET");
+    // DECLARE c CURSOR FOR query FOR UPDATE is the cursor's own.
+    if (atKeyword("FOR") && !atKeyword("UPDATE", 1) && !atKeyword("READ", 1)) {
+        refuse("FOR " + peek(1).text);
+    }
+    if (acceptKeyword("OPTION")) queryHints();
+}
+
+void Parser::rowLimits(Query& query) {
+    if (!acceptKeyword("OFFSET")) return;
+    if (query.orderBy.empty()) throw syntaxError("OFFSET", peek().line);
+    query.offset = value();
+    if (!acceptKeyword("ROWS")) expectKeyword("ROW");
+    if (!acceptKeyword("FETCH")) return;
+    if (!acceptKeyword("NEXT")) expectKeyword("FIRST");
+    query.fetch = value();
+    if (!acceptKeyword("ROWS")) expectKeyword("ROW");
+    expectKeyword("ONLY");
+}
+
+// How the server is to go about a query is its own business here, too.
+void Parser::queryHints() {
+    expectOperator("(");
+    do {
+        if (peek().kind != TokenKind::Word) unexpected();
+        while (!atOperator(",") && !atOperator(")")) {
+            if (atEnd()) unexpected();
+            next();
+        }
+    } while (acceptOperator(","));
+    expectOperator(")");
 }
 
 Select Parser::select() {
@@ -67,7 +129,7 @@ Select Parser::select() {
     do {
         result.items.push_back(selectItem());
     } while (acceptOperator(","));
-    refuseKeyword("INTO", "SELECT INTO");
+    if (acceptKeyword("INTO")) result.into = objectName();
     selectTail(result);
     return result;
 }
@@ -96,18 +158,29 @@ TopClause Parser::topClause() {
         result.count = literal(LiteralKind::Decimal);
     } else if (peek().kind == TokenKind::Float) {
         result.count = literal(LiteralKind::Float);
+    } else if (peek().kind == TokenKind::Variable || peek().kind == TokenKind::Parameter) {
+        result.count = primary(Place::Value);
     } else {
         unexpected();
     }
     result.percent = acceptKeyword("PERCENT");
-    if (atKeyword("WITH") && atKeyword("TIES", 1)) refuse("WITH TIES");
+    if (atKeyword("WITH") && atKeyword("TIES", 1)) {
+        next();
+        next();
+        result.withTies = true;
+    }
     return result;
 }
 
 SelectItem Parser::selectItem() {
     const int line = peek().line;
     if (acceptOperator("*")) return {StarItem{}, line};
-    if (peek().kind == TokenKind::Variable && atOperator("=", 1)) refuse("SELECT @variable =");
+    if (peek().kind == TokenKind::Variable && peek(1).kind == TokenKind::Operator &&
+        peek(1).text.back() == '=' && peek(1).text != "<=" && peek(1).text != ">=" &&
+        peek(1).text != "!=") {
+        const std::string name = variable();
+        return {AssignmentItem{name, assignedValue([&] { return VariableReference{name}; })}, line};
+    }
     // "alias = expression" and "'alias' = expression".
     const bool namesItself = atName() || peek().kind == TokenKind::Text;
     if (namesItself && atOperator("=", 1)) {

@@ -12,54 +12,143 @@ Script Parser::script() {
     Script result;
     while (acceptOperator(";")) {
     }
+    // The first statement of a batch may be a procedure's name alone.
+    if (atName() && !atOperator(":", 1)) {
+        const int line = peek().line;
+        result.push_back({procedureCall(), line});
+    }
     while (!atEnd()) {
-        result.push_back(statement());
         while (acceptOperator(";")) {
         }
+        if (!atEnd()) result.push_back(statement());
     }
     return result;
 }
 
 Statement Parser::statement() {
+    const Level level(*this);
     const int line = peek().line;
     deepest_ = 0;
-    if (atKeyword("SELECT") || atQuery()) return {SelectStatement{query()}, line};
-    if (acceptKeyword("INSERT")) return {insertStatement(), line};
-    if (acceptKeyword("UPDATE")) return {updateStatement(), line};
-    if (acceptKeyword("DELETE")) return {deleteStatement(), line};
-    if (acceptKeyword("CREATE")) return {createStatement(), line};
-    if (acceptKeyword("DROP")) return {dropStatement(), line};
-    const bool begins = atKeyword("BEGIN") && (atKeyword("TRAN", 1) || atKeyword("TRANSACTION", 1));
-    if (begins) return {transactionStatement(TransactionAction::Begin), line};
-    if (atKeyword("COMMIT")) return {transactionStatement(TransactionAction::Commit), line};
-    if (atKeyword("ROLLBACK")) return {transactionStatement(TransactionAction::Rollback), line};
+    for (const auto& room :
+         {&Parser::dataStatement, &Parser::flowStatement, &Parser::databaseWideStatement}) {
+        if (auto node = (this->*room)()) return {std::move(*node), line};
+    }
     unknownStatement();
 }
 
+std::optional<Statement::Node> Parser::dataStatement() {
+    if (atKeyword("SELECT") || atQuery()) return SelectStatement{query()};
+    if (atKeyword("WITH")) return withStatement();
+    if (acceptKeyword("INSERT")) return insertStatement();
+    if (atKeyword("UPDATE") && atKeyword("STATISTICS", 1)) return noEffect("UPDATE STATISTICS");
+    if (acceptKeyword("UPDATE")) return updateStatement();
+    if (acceptKeyword("DELETE")) return deleteStatement();
+    if (acceptKeyword("TRUNCATE")) {
+        expectKeyword("TABLE");
+        return TruncateStatement{objectName()};
+    }
+    if (acceptKeyword("EXEC") || acceptKeyword("EXECUTE")) return executeStatement();
+    return std::nullopt;
+}
+
+std::optional<Statement::Node> Parser::flowStatement() {
+    if (acceptKeyword("DECLARE")) return declareStatement();
+    if (acceptKeyword("SET")) return setStatement();
+    if (acceptKeyword("IF")) return ifStatement();
+    if (acceptKeyword("WHILE")) return whileStatement();
+    if (atKeyword("BEGIN")) return beginStatement();
+    if (atKeyword("COMMIT")) return transactionStatement(TransactionAction::Commit);
+    if (atKeyword("ROLLBACK")) return transactionStatement(TransactionAction::Rollback);
+    if (atKeyword("SAVE")) return transactionStatement(TransactionAction::Save);
+    if (acceptKeyword("RETURN")) return returnStatement();
+    if (acceptKeyword("PRINT")) return PrintStatement{value()};
+    if (acceptKeyword("RAISERROR")) return raiserrorStatement();
+    if (atKeyword("THROW")) return throwStatement();
+    if (acceptKeyword("WAITFOR")) return waitStatement();
+    if (acceptKeyword("GOTO")) return GotoStatement{name()};
+    if (acceptKeyword("OPEN")) return openCursor(CursorAction::Open);
+    if (acceptKeyword("CLOSE")) return openCursor(CursorAction::Close);
+    if (acceptKeyword("DEALLOCATE")) return openCursor(CursorAction::Deallocate);
+    if (acceptKeyword("FETCH")) return fetchStatement();
+    if (atName() && atOperator(":", 1)) {
+        LabelStatement label{name()};
+        next();
+        return label;
+    }
+    for (const char* word : {"BREAK", "CONTINUE"}) {
+        if (!atKeyword(word)) continue;
+        const int line = next().line;
+        const bool breaks = *word == 'B';
+        if (loops_ == 0) {
+            throw ServerError(breaks ? 135 : 136,
+                              std::string("Cannot use a ") + word +
+                                  " statement outside the scope of a WHILE statement.",
+                              line, 15);
+        }
+        if (breaks) return BreakStatement{};
+        return ContinueStatement{};
+    }
+    return std::nullopt;
+}
+
+std::optional<Statement::Node> Parser::databaseWideStatement() {
+    if (acceptKeyword("CREATE")) return createStatement();
+    if (acceptKeyword("ALTER")) return alterStatement();
+    if (acceptKeyword("DROP")) return dropStatement();
+    if (acceptKeyword("USE")) return DatabaseStatement{DatabaseAction::Use, name()};
+    if (atKeyword("DBCC") && atKeyword("CHECKIDENT", 1)) refuse("DBCC CHECKIDENT");
+    for (const char* word : {"GRANT", "DENY", "REVOKE", "CHECKPOINT", "DBCC"}) {
+        if (atKeyword(word)) return noEffect(word);
+    }
+    return std::nullopt;
+}
+
 Statement::Node Parser::transactionStatement(TransactionAction action) {
-    TransactionStatement result{action, ""};
+    TransactionStatement result{action, "", ""};
     next();
     const bool named = acceptKeyword("TRAN") || acceptKeyword("TRANSACTION");
     if (!named) {
+        if (action == TransactionAction::Save) unexpected();
         acceptKeyword("WORK");
         return result;
     }
-    if (peek().kind == TokenKind::Variable) refuse("transaction name in a variable");
-    if (atName()) result.name = name();
+    if (peek().kind == TokenKind::Variable) {
+        result.variable = next().text;
+    } else if (atName() && !atOperator(":", 1)) {
+        result.name = name();
+    } else if (action == TransactionAction::Save) {
+        unexpected();
+    }
+    if (action == TransactionAction::Begin && acceptKeyword("WITH")) {
+        expectKeyword("MARK");
+        if (peek().kind == TokenKind::Text || peek().kind == TokenKind::NationalText) next();
+    }
     return result;
 }
 
 void Parser::unknownStatement() {
-    static constexpr std::array kKnown{
-        "ALTER",    "BACKUP",    "BEGIN",       "BREAK",    "BULK",     "CHECKPOINT", "CLOSE",
-        "CONTINUE", "DBCC",      "DEALLOCATE",  "DECLARE",  "DENY",     "EXEC",       "EXECUTE",
-        "FETCH",    "GOTO",      "GRANT",       "IF",       "KILL",     "MERGE",      "OPEN",
-        "PRINT",    "RAISERROR", "RECONFIGURE", "RESTORE",  "RETURN",   "REVERT",     "REVOKE",
-        "SAVE",     "SET",       "SETUSER",     "SHUTDOWN", "TRUNCATE", "USE",        "WAITFOR",
-        "WHILE",    "WITH"};
+    static constexpr std::array kKnown{"BACKUP",      "BULK",     "KILL",      "MERGE",
+                                       "RECONFIGURE", "RESTORE",  "REVERT",    "SETUSER",
+                                       "SHUTDOWN",    "READTEXT", "WRITETEXT", "UPDATETEXT"};
     for (const char* word : kKnown)
         refuseKeyword(word, word);
     unexpected();
+}
+
+// Statements end where a word begins another one: the dialect needs no separator.
+bool Parser::atStatement() const {
+    static constexpr std::array kFirstWords{
+        "SELECT",  "INSERT",     "UPDATE", "DELETE",     "TRUNCATE", "EXEC",   "EXECUTE",
+        "DECLARE", "SET",        "IF",     "WHILE",      "BEGIN",    "COMMIT", "ROLLBACK",
+        "SAVE",    "RETURN",     "PRINT",  "RAISERROR",  "WAITFOR",  "GOTO",   "OPEN",
+        "CLOSE",   "DEALLOCATE", "FETCH",  "CREATE",     "ALTER",    "DROP",   "USE",
+        "GRANT",   "DENY",       "REVOKE", "CHECKPOINT", "DBCC",     "BREAK",  "CONTINUE",
+        "END",     "ELSE",       "WITH"};
+    if (atEnd() || atOperator(";")) return true;
+    for (const char* word : kFirstWords) {
+        if (atKeyword(word)) return true;
+    }
+    return atName() && atOperator(":", 1);
 }
 
 }  // namespace kap::tsql

@@ -68,7 +68,6 @@ TableSourcePtr Parser::sourcePrimary() {
     for (const char* function : {"OPENQUERY", "OPENROWSET", "OPENDATASOURCE", "OPENXML"}) {
         refuseKeyword(function, function);
     }
-    if (peek().kind == TokenKind::Variable) refuse("table variable " + peek().text);
     return namedSource();
 }
 
@@ -93,8 +92,15 @@ TableSourcePtr Parser::bracketedSource() {
     const Level level(*this);
     const int line = peek().line;
     if (!queryFillsBrackets()) {
+        if (atKeyword("VALUES", 1)) {
+            DerivedTable rows;
+            rows.query = valuesQuery();
+            acceptKeyword("AS");
+            rows.alias = name();
+            rows.columnAliases = nameList();
+            return std::make_unique<TableSource>(TableSource{std::move(rows), line, 2});
+        }
         expectOperator("(");
-        if (atKeyword("VALUES")) refuse("VALUES as a table");
         TableSourcePtr inner = joinedSource();
         expectOperator(")");
         return inner;
@@ -109,9 +115,29 @@ TableSourcePtr Parser::bracketedSource() {
     return std::make_unique<TableSource>(TableSource{std::move(derived), line, below + 1});
 }
 
+// (VALUES (1, 'a'), (2, 'b')) is a query of one SELECT a row.
+QueryPtr Parser::valuesQuery() {
+    auto result = std::make_unique<Query>();
+    result->line = next().line;
+    expectKeyword("VALUES");
+    do {
+        const int line = peek().line;
+        Select row;
+        expectOperator("(");
+        do {
+            row.items.push_back({ExpressionItem{value(), ""}, line});
+        } while (acceptOperator(","));
+        expectOperator(")");
+        result->terms.push_back({std::move(row), SetOperator::UnionAll, line});
+    } while (acceptOperator(","));
+    expectOperator(")");
+    result->depth = deepest_ + 1;
+    return result;
+}
+
 TableSourcePtr Parser::namedSource() {
     const int line = peek().line;
-    NamedTable table{objectName(), ""};
+    NamedTable table{tableName(), ""};
     if (atOperator("(") && !atKeyword("NOLOCK", 1)) refuse("table function " + table.name.text());
     tableHints();
     table.alias = optionalTableAlias();

@@ -6,21 +6,26 @@
 #include <vector>
 
 #include "tsql/parser.hpp"
-#include "tsql/syntax.hpp"
+#include "tsql/statements.hpp"
 #include "tsql/token.hpp"
 
 namespace kap::tsql {
 
 /// The recursive-descent parser. One class, one room (source file) for each part of the language:
 /// parser.cpp the tokens, parser_expressions.cpp, parser_predicates.cpp, parser_queries.cpp,
-/// parser_sources.cpp, parser_data.cpp, parser_definitions.cpp, parser_types.cpp,
+/// parser_sources.cpp, parser_data.cpp, parser_tables.cpp, parser_definitions.cpp,
+/// parser_modules.cpp, parser_types.cpp, parser_flow.cpp, parser_settings.cpp, parser_calls.cpp,
 /// parser_scripts.cpp.
 class Parser {
 public:
-    explicit Parser(std::vector<Token> tokens) : tokens_(std::move(tokens)) {}
+    Parser(std::string_view source, std::vector<Token> tokens, const ParseOptions& options)
+        : source_(source), options_(options), tokens_(std::move(tokens)) {}
 
     Script script();
     TypeSpec wholeType();
+    ObjectName wholeName();
+    std::vector<std::string> wholeNames();
+    std::vector<ParameterDefinition> wholeParameters();
 
 private:
     // Where an expression stands decides whether brackets in it may hold a condition.
@@ -54,6 +59,12 @@ private:
     [[nodiscard]] bool atName(std::size_t ahead = 0) const;
     std::string name();
     ObjectName objectName();
+    ObjectName tableName();
+    std::string variable();
+    std::string newVariable();
+    void checkDeclared(const Token& variable) const;
+    // What was written from that token on, up to the last one read.
+    [[nodiscard]] std::string sourceText(std::size_t from) const;
     std::vector<std::string> nameList();
 
     // Expressions.
@@ -74,6 +85,9 @@ private:
     ExpressionPtr wordExpression();
     ExpressionPtr nameOrCall();
     ExpressionPtr call(ObjectName name);
+    Window window();
+    std::string windowFrame();
+    void collation();
     ExpressionPtr caseExpression();
     ExpressionPtr castCall();
     ExpressionPtr convertCall();
@@ -81,6 +95,7 @@ private:
 
     // Predicates.
     ExpressionPtr comparison(ExpressionPtr left, ComparisonOperator op);
+    ExpressionPtr quantified(ExpressionPtr left, ComparisonOperator op, int line);
     ExpressionPtr negatablePredicate(ExpressionPtr left);
     ExpressionPtr betweenPredicate(ExpressionPtr left, bool negated);
     ExpressionPtr inPredicate(ExpressionPtr left, bool negated);
@@ -93,40 +108,87 @@ private:
     QueryPtr query();
     QueryPtr bracketedQuery();
     QueryTerm queryTerm();
+    QueryTerm intersection();
+    std::vector<CommonTable> commonTables();
+    void queryEnding(Query& query);
+    void rowLimits(Query& query);
+    void queryHints();
     Select select();
     TopClause topClause();
     SelectItem selectItem();
     std::string optionalItemAlias();
     void selectTail(Select& select);
-    void refuseQueryEnding() const;
     std::vector<OrderItem> orderItems();
     std::vector<TableSourcePtr> fromClause();
     TableSourcePtr joinedSource();
     TableSourcePtr sourcePrimary();
     [[nodiscard]] bool queryFillsBrackets() const;
     TableSourcePtr bracketedSource();
+    QueryPtr valuesQuery();
     TableSourcePtr namedSource();
     bool joinKind(JoinKind& kind);
     std::string optionalTableAlias();
     void tableHints();
 
     // Data statements.
-    Statement::Node insertStatement();
+    InsertStatement insertStatement();
+    void insertRows(InsertStatement& insert);
     ValueOrDefault valueOrDefault();
-    Statement::Node updateStatement();
-    Statement::Node deleteStatement();
+    UpdateStatement updateStatement();
+    Assignment assignment();
+    DeleteStatement deleteStatement();
+    std::string currentOf();
     std::optional<TopClause> optionalTop();
+    std::optional<OutputClause> outputClause();
+    Statement::Node withStatement();
+    // "= value", and "+= value" as target + value.
+    ExpressionPtr assignedValue(const std::function<Expression::Node()>& target);
 
-    // Definition statements.
-    Statement::Node createStatement();
-    Statement::Node dropStatement();
+    // Tables.
+    Statement::Node createTable();
+    void tableBody(TableElements& table);
     void fileGroup();
-    void tableElement(CreateTableStatement& table);
-    void tableConstraint(CreateTableStatement& table);
-    void columnDefinition(CreateTableStatement& table);
-    bool columnOption(ColumnDefinition& column, CreateTableStatement& table);
+    void tableElement(TableElements& table);
+    bool atTableConstraint() const;
+    void tableConstraint(TableElements& table);
+    void columnDefinition(TableElements& table);
+    void computedColumn(ColumnDefinition& column);
+    bool columnOption(ColumnDefinition& column, TableElements& table);
     IdentityOption identityOption();
     KeyConstraint keyConstraint(std::string name);
+    void keyColumns(KeyConstraint& key);
+    ForeignKey foreignKey(std::string name);
+    ReferenceAction referenceAction();
+    CheckConstraint checkConstraint(std::string name);
+    DefaultOption defaultOption(std::string name);
+    void indexOptions();
+    Statement::Node alterTable();
+    void alterAdd(AlterTableStatement& alter);
+    void alterDrop(AlterTableStatement& alter);
+    bool alterSwitch(AlterTableStatement& alter);
+
+    // Other definitions.
+    Statement::Node createStatement();
+    Statement::Node alterStatement();
+    Statement::Node dropStatement();
+    Statement::Node dropIndex(bool ifExists);
+    Statement::Node createIndex();
+    Statement::Node createType();
+    Statement::Node databaseStatement(DatabaseAction action);
+
+    // Views, procedures, functions, triggers.
+    enum class Making { Create, Alter, CreateOrAlter };
+    bool atModule(std::size_t ahead = 0) const;
+    Statement::Node module(Making making);
+    Statement::Node createView(Making making);
+    CreateModuleStatement moduleOf(ModuleKind kind, Making making);
+    Statement::Node createProcedure(Making making);
+    Statement::Node createFunction(Making making);
+    Statement::Node createTrigger(Making making);
+    std::vector<ParameterDefinition> parameterDefinitions();
+    void moduleOptions();
+    void requireFirst(const char* what) const;
+    std::shared_ptr<Script> restOfBatch();
 
     // Types. `owner` is the column's name, or empty outside CREATE TABLE; `ordinal` its place
     // from 1.
@@ -136,15 +198,52 @@ private:
     void lengthSize(TypeSpec& spec, const std::string& owner);
     int sizeNumber();
 
+    // Control of flow.
+    Statement::Node declareStatement();
+    Statement::Node declareCursor(std::string name);
+    Statement::Node ifStatement();
+    Statement::Node whileStatement();
+    Statement::Node beginStatement();
+    Statement::Node tryStatement();
+    Script statementsUntilEnd();
+    StatementPtr subStatement();
+    Statement::Node returnStatement();
+    Statement::Node raiserrorStatement();
+    Statement::Node throwStatement();
+    Statement::Node waitStatement();
+    Statement::Node openCursor(CursorAction action);
+    Statement::Node fetchStatement();
+
+    // Settings, and what has no meaning on one file.
+    Statement::Node setStatement();
+    Statement::Node setOption();
+    Statement::Node noEffect(std::string what);
+    void skipStatement();
+
+    // Calls of procedures.
+    ExecuteStatement executeStatement();
+    ExecuteStatement procedureCall();
+    Argument argument();
+    ExpressionPtr argumentValue();
+
     // Scripts.
+    [[nodiscard]] bool atStatement() const;
     Statement statement();
+    std::optional<Statement::Node> dataStatement();
+    std::optional<Statement::Node> flowStatement();
+    std::optional<Statement::Node> databaseWideStatement();
     Statement::Node transactionStatement(TransactionAction action);
     [[noreturn]] void unknownStatement();
 
+    std::string_view source_;
+    const ParseOptions& options_;
     std::vector<Token> tokens_;
     std::size_t position_ = 0;
-    int nesting_ = 0;  // of the rules being read
+    std::vector<std::string> declared_;  // variables, so far
+    int nesting_ = 0;                    // of the rules being read
     int deepest_ = 0;  // depth of the deepest expression or source made in the present query
+    int loops_ = 0;    // WHILE around the present statement
+    bool aliasNullable_ = true;  // of the alias type that was read last
 };
 
 }  // namespace kap::tsql

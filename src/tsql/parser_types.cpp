@@ -100,12 +100,25 @@ TypeSpec Parser::type(const std::string& owner, int ordinal) {
         next();
         return {SqlType::Float};
     }
+    aliasNullable_ = true;
     if (atKeyword("NATIONAL")) refuse("NATIONAL");
+    const bool varying = (atKeyword("CHAR") || atKeyword("CHARACTER")) && atKeyword("VARYING", 1);
+    if (varying) {
+        next();
+        next();
+        return sizedType({SqlType::VarChar, 1}, owner, ordinal);
+    }
     // "timestamp" and most type words are not reserved, so a type reads like any name.
     typeName = objectName();
     for (const TypeWord& word : kWords) {
         if (equalsIgnoringCase(word.word, typeName.last()))
             return sizedType(word.spec, owner, ordinal);
+    }
+    if (options_.aliasType) {
+        if (const auto alias = options_.aliasType(typeName.last())) {
+            aliasNullable_ = alias->nullable;
+            return alias->type;
+        }
     }
     for (const char* refused : kRefusedWords) {
         if (equalsIgnoringCase(refused, typeName.last())) throw unsupported(refused, token.line);

@@ -24,8 +24,8 @@ bool Expression::isPredicate() const {
     if (const auto* unary = std::get_if<UnaryExpression>(&node)) {
         return unary->op == UnaryOperator::Not;
     }
-    return holdsAny<Comparison, LogicalExpression, BetweenPredicate, InPredicate, LikePredicate,
-                    NullPredicate, ExistsPredicate>(node);
+    return holdsAny<Comparison, LogicalExpression, BetweenPredicate, QuantifiedComparison,
+                    InPredicate, LikePredicate, NullPredicate, ExistsPredicate>(node);
 }
 
 }  // namespace kap::tsql

@@ -47,7 +47,7 @@ struct ColumnReference {
     ObjectName name;
 };
 
-/// @name or @@name.
+/// @name or @@name; "?1", "?2"... for the marks of a request's parameters.
 struct VariableReference {
     std::string name;
 };
@@ -88,6 +88,14 @@ struct BetweenPredicate {
     ExpressionPtr low;
     ExpressionPtr high;
     bool negated = false;
+};
+
+/// value > ANY (query), value > ALL (query).
+struct QuantifiedComparison {
+    ComparisonOperator op;
+    ExpressionPtr value;
+    QueryPtr query;
+    bool all = false;
 };
 
 struct InPredicate {
@@ -131,11 +139,24 @@ struct CastExpression {
     ExpressionPtr style;  ///< null when not given
 };
 
+struct OrderItem {
+    ExpressionPtr value;
+    bool descending = false;
+};
+
+/// OVER (PARTITION BY ... ORDER BY ... ROWS BETWEEN ...).
+struct Window {
+    std::vector<ExpressionPtr> partitionBy;
+    std::vector<OrderItem> orderBy;
+    std::string frame;  ///< the words of ROWS or RANGE; empty when not given
+};
+
 struct FunctionCall {
     ObjectName name;
     std::vector<ExpressionPtr> arguments;
     bool distinct = false;  ///< COUNT(DISTINCT x)
     bool star = false;      ///< COUNT(*)
+    std::optional<Window> over = std::nullopt;
 };
 
 struct ScalarSubquery {
@@ -143,10 +164,11 @@ struct ScalarSubquery {
 };
 
 struct Expression {
-    using Node = std::variant<Literal, ColumnReference, VariableReference, UnaryExpression,
-                              BinaryExpression, Comparison, LogicalExpression, BetweenPredicate,
-                              InPredicate, LikePredicate, NullPredicate, ExistsPredicate,
-                              CaseExpression, CastExpression, FunctionCall, ScalarSubquery>;
+    using Node =
+        std::variant<Literal, ColumnReference, VariableReference, UnaryExpression, BinaryExpression,
+                     Comparison, LogicalExpression, BetweenPredicate, QuantifiedComparison,
+                     InPredicate, LikePredicate, NullPredicate, ExistsPredicate, CaseExpression,
+                     CastExpression, FunctionCall, ScalarSubquery>;
     Node node;
     int line = 1;
     int depth = 1;  ///< levels of operators below, kept within the parser's limit
@@ -160,6 +182,7 @@ struct Expression {
 
 enum class JoinKind { Inner, Left, Right, Full, Cross };
 
+/// A table, a view, or a table variable (its name starts with @).
 struct NamedTable {
     ObjectName name;
     std::string alias;  ///< empty when not given
@@ -194,32 +217,35 @@ struct ExpressionItem {
     std::string alias;  ///< empty when not given
 };
 
+/// SELECT @variable = value.
+struct AssignmentItem {
+    std::string variable;
+    ExpressionPtr value;
+};
+
 struct SelectItem {
-    std::variant<StarItem, ExpressionItem> node;
+    std::variant<StarItem, ExpressionItem, AssignmentItem> node;
     int line = 1;
 };
 
 struct TopClause {
     ExpressionPtr count;
     bool percent = false;
+    bool withTies = false;
 };
 
 struct Select {
     bool distinct = false;
     std::optional<TopClause> top;
     std::vector<SelectItem> items;
+    std::optional<ObjectName> into;    ///< the table to make
     std::vector<TableSourcePtr> from;  ///< the comma-separated sources
     ExpressionPtr where;
     std::vector<ExpressionPtr> groupBy;
     ExpressionPtr having;
 };
 
-struct OrderItem {
-    ExpressionPtr value;
-    bool descending = false;
-};
-
-enum class SetOperator { Union, UnionAll };
+enum class SetOperator { Union, UnionAll, Except, Intersect };
 
 /// One arm of a query: a SELECT, or a query in brackets.
 struct QueryTerm {
@@ -229,108 +255,23 @@ struct QueryTerm {
     int line = 1;
 };
 
-/// Terms joined from left to right, then ordered.
-struct Query {
-    std::vector<QueryTerm> terms;
-    std::vector<OrderItem> orderBy;
-    int line = 1;
-    int depth = 1;
-};
-
-// --- Data statements
-// -----------------------------------------------------------------------------------------------
-
-struct SelectStatement {
+/// WITH name (columns) AS (query).
+struct CommonTable {
+    std::string name;
+    std::vector<std::string> columns;  ///< empty: as the query names them
     QueryPtr query;
 };
 
-/// A value of an INSERT row or an assignment; a null `value` is the keyword DEFAULT.
-struct ValueOrDefault {
-    ExpressionPtr value;
-};
-
-struct InsertStatement {
-    ObjectName table;
-    std::vector<std::string> columns;               ///< empty when not given
-    std::vector<std::vector<ValueOrDefault>> rows;  ///< of VALUES
-    QueryPtr query;                                 ///< of INSERT ... SELECT
-    bool defaultValues = false;
-};
-
-struct Assignment {
-    ObjectName column;
-    ValueOrDefault value;
-};
-
-struct UpdateStatement {
-    ObjectName table;  ///< a table, or an alias of FROM
-    std::optional<TopClause> top;
-    std::vector<Assignment> assignments;
-    std::vector<TableSourcePtr> from;
-    ExpressionPtr where;
-};
-
-struct DeleteStatement {
-    ObjectName table;  ///< a table, or an alias of FROM
-    std::optional<TopClause> top;
-    std::vector<TableSourcePtr> from;
-    ExpressionPtr where;
-};
-
-// --- Definition statements
-// -----------------------------------------------------------------------------------------
-
-struct IdentityOption {
-    ExpressionPtr seed;  ///< null when not given
-    ExpressionPtr increment;
-};
-
-struct DefaultOption {
-    std::string constraintName;  ///< empty when not given
-    ExpressionPtr value;
-};
-
-struct KeyConstraint {
-    std::string name;  ///< empty when not given
-    bool primary = false;
-    std::vector<std::string> columns;
+/// Terms joined from left to right, then ordered. INTERSECT, which binds tighter, has been put into
+/// a term of its own by the parser.
+struct Query {
+    std::vector<CommonTable> commonTables;
+    std::vector<QueryTerm> terms;
+    std::vector<OrderItem> orderBy;
+    ExpressionPtr offset;  ///< of OFFSET n ROWS; null when not given
+    ExpressionPtr fetch;   ///< of FETCH NEXT n ROWS ONLY; null when not given
     int line = 1;
+    int depth = 1;
 };
-
-struct ColumnDefinition {
-    std::string name;
-    TypeSpec type;
-    std::optional<bool> nullable;  ///< absent when neither NULL nor NOT NULL is said
-    std::optional<IdentityOption> identity;
-    std::optional<DefaultOption> defaultValue;
-    int line = 1;
-};
-
-struct CreateTableStatement {
-    ObjectName table;
-    std::vector<ColumnDefinition> columns;
-    std::vector<KeyConstraint> keys;  ///< of columns and of the table alike
-};
-
-struct DropTableStatement {
-    std::vector<ObjectName> tables;
-    bool ifExists = false;
-};
-
-enum class TransactionAction { Begin, Commit, Rollback };
-
-struct TransactionStatement {
-    TransactionAction action;
-    std::string name;  ///< empty when not given
-};
-
-struct Statement {
-    using Node = std::variant<SelectStatement, InsertStatement, UpdateStatement, DeleteStatement,
-                              CreateTableStatement, DropTableStatement, TransactionStatement>;
-    Node node;
-    int line = 1;
-};
-
-using Script = std::vector<Statement>;
 
 }  // namespace kap::tsql

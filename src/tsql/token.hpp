@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 
 namespace kap::tsql {
@@ -15,15 +16,19 @@ enum class TokenKind {
     Text,          ///< 'text', already without its quotes
     NationalText,  ///< N'text'
     Binary,        ///< 0xHEX, text is the hexadecimal digits
-    Operator,      ///< one of + - * / % & | ^ ~ = < > <= >= <> != !< !> ( ) , . ;
+    Parameter,     ///< ?, text is its number among the marks from 1
+    Operator,      ///< one of + - * / % & | ^ ~ = < > <= >= <> != !< !> += -= *= /= %= &= |= ^=
+                   ///< ( ) , . : ;
     End,           ///< after the last token; its text is the last token's, for messages
 };
 
-/// One word of a script, with the line it starts on.
+/// One word of a script, with the line it starts on and the bytes of the script it takes.
 struct Token {
     TokenKind kind = TokenKind::End;
     std::string text;
     int line = 1;
+    std::size_t start = 0;
+    std::size_t end = 0;
 };
 
 }  // namespace kap::tsql

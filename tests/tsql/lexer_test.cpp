@@ -9,7 +9,7 @@ namespace {
 
 // The tokens of a text, each as kind letter and text, separated by blanks.
 std::string tokens(const std::string& sql) {
-    static constexpr std::string_view kLetters = "wqvidfmtnbo";
+    static constexpr std::string_view kLetters = "wqvidfmtnbpo";
     std::string result;
     for (const Token& token : tokenize(sql)) {
         if (token.kind == TokenKind::End) break;
@@ -37,6 +37,25 @@ TEST(Lexer, ReadsWordsNumbersAndOperators) {
 
 TEST(Lexer, ReadsBracketedNamesWithDoubledBrackets) {
     EXPECT_EQ(tokens("[a]]b] [order by]"), "q:a]b q:order by");
+}
+
+TEST(Lexer, NumbersTheMarksOfParameters) {
+    EXPECT_EQ(tokens("a = ? OR b = ?"), "w:a o:= p:1 w:OR w:b o:= p:2");
+}
+
+TEST(Lexer, ReadsCompoundAssignments) {
+    EXPECT_EQ(tokens("@a+=1 @b^=2"), "v:@a o:+= i:1 v:@b o:^= i:2");
+}
+
+TEST(Lexer, FollowsWhatTheScriptSaysOfDoubleQuotes) {
+    EXPECT_EQ(tokens("\"a\" SET QUOTED_IDENTIFIER OFF \"a\" SET quoted_identifier on \"a\""),
+              "q:a w:SET w:QUOTED_IDENTIFIER w:OFF t:a w:SET w:quoted_identifier w:on q:a");
+}
+
+TEST(Lexer, KnowsWhereATokenStands) {
+    const std::vector<Token> found = tokenize("SELECT 'a''b'");
+    EXPECT_EQ(found[1].start, 7U);
+    EXPECT_EQ(found[1].end, 13U);
 }
 
 TEST(Lexer, ReadsDoubleQuotedNamesWithDoubledQuotes) {
@@ -119,7 +138,7 @@ TEST(Lexer, RefusesAnUnclosedComment) {
 }
 
 TEST(Lexer, RefusesACharacterThatStartsNothing) {
-    expectError("SELECT ?", 102, 1, "Incorrect syntax near '?'.");
+    expectError("SELECT `", 102, 1, "Incorrect syntax near '`'.");
 }
 
 TEST(Lexer, AcceptsANameOf128CharactersAndRefusesALongerOne) {

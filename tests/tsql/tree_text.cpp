@@ -82,7 +82,7 @@ std::string fromText(const std::vector<TableSourcePtr>& sources) {
 
 std::string topText(const std::optional<TopClause>& top) {
     if (!top) return "";
-    return node(top->percent ? "top%" : "top", {treeText(*top->count)});
+    return node(top->withTies ? "ties" : top->percent ? "top%" : "top", {treeText(*top->count)});
 }
 
 std::string whereText(const ExpressionPtr& where) {
@@ -94,12 +94,15 @@ std::string selectText(const Select& select) {
     for (const SelectItem& item : select.items) {
         if (const auto* star = std::get_if<StarItem>(&item.node)) {
             parts.push_back(star->qualifier.parts.empty() ? "*" : star->qualifier.text() + ".*");
+        } else if (const auto* assigned = std::get_if<AssignmentItem>(&item.node)) {
+            parts.push_back(node("assign", {assigned->variable, treeText(*assigned->value)}));
         } else {
             const auto& value = std::get<ExpressionItem>(item.node);
             const std::string text = treeText(*value.value);
             parts.push_back(value.alias.empty() ? text : node("as", {text, value.alias}));
         }
     }
+    if (select.into) parts.push_back(node("into", {select.into->text()}));
     parts.push_back(fromText(select.from));
     parts.push_back(whereText(select.where));
     parts.push_back(list("group", select.groupBy));
@@ -127,7 +130,8 @@ std::string statementText(const InsertStatement& insert) {
 std::string statementText(const UpdateStatement& update) {
     std::vector<std::string> parts{topText(update.top), update.table.text()};
     for (const auto& assignment : update.assignments) {
-        parts.push_back(node("set", {assignment.column.text(), valueText(assignment.value)}));
+        parts.push_back(node(
+            "set", {assignment.variable, assignment.column.text(), valueText(assignment.value)}));
     }
     parts.push_back(fromText(update.from));
     parts.push_back(whereText(update.where));
@@ -162,16 +166,180 @@ std::string statementText(const CreateTableStatement& create) {
     return node("create", parts);
 }
 
-std::string statementText(const DropTableStatement& drop) {
-    std::vector<std::string> parts{drop.ifExists ? "ifexists" : ""};
-    for (const auto& table : drop.tables)
-        parts.push_back(table.text());
+std::string statementText(const DropStatement& drop) {
+    static const char* const kKinds[] = {"",        "view",  "procedure", "function",
+                                         "trigger", "index", "type"};
+    std::vector<std::string> parts{kKinds[static_cast<int>(drop.kind)],
+                                   drop.ifExists ? "ifexists" : ""};
+    for (const auto& name : drop.names)
+        parts.push_back(name.text());
     return node("drop", parts);
 }
 
 std::string statementText(const TransactionStatement& transaction) {
-    static const char* const kActions[] = {"begin", "commit", "rollback"};
-    return node(kActions[static_cast<int>(transaction.action)], {transaction.name});
+    static const char* const kActions[] = {"begin", "commit", "rollback", "save"};
+    return node(kActions[static_cast<int>(transaction.action)],
+                {transaction.name, transaction.variable});
+}
+
+std::string scriptText(const Script& script) {
+    std::string result;
+    for (const Statement& statement : script)
+        result += (result.empty() ? "" : " ") + treeText(statement);
+    return result;
+}
+
+std::string statementText(const DeclareStatement& declare) {
+    std::vector<std::string> parts;
+    for (const auto& variable : declare.variables)
+        parts.push_back(node(variable.name, {typeText(variable.type), optional(variable.initial)}));
+    for (const auto& table : declare.tables)
+        parts.push_back(statementText(table));
+    return node("declare", parts);
+}
+
+std::string statementText(const AssignStatement& assign) {
+    return node("assign", {assign.variable, treeText(*assign.value)});
+}
+
+std::string statementText(const SetOptionStatement& set) {
+    std::vector<std::string> parts = set.options;
+    parts.push_back(set.table.text());
+    parts.push_back(set.number ? treeText(*set.number) : set.value);
+    return node("option", parts);
+}
+
+std::string statementText(const IfStatement& branch) {
+    return node("if", {treeText(*branch.condition), treeText(*branch.then),
+                       branch.otherwise ? treeText(*branch.otherwise) : ""});
+}
+
+std::string statementText(const WhileStatement& loop) {
+    return node("while", {treeText(*loop.condition), treeText(*loop.body)});
+}
+
+std::string statementText(const BlockStatement& block) {
+    return node("block", {scriptText(block.statements)});
+}
+
+std::string statementText(const TryStatement& block) {
+    return node("try", {scriptText(block.body), node("catch", {scriptText(block.handler)})});
+}
+
+std::string statementText(const BreakStatement& /*node*/) {
+    return "(break)";
+}
+
+std::string statementText(const ContinueStatement& /*node*/) {
+    return "(continue)";
+}
+
+std::string statementText(const GotoStatement& jump) {
+    return node("goto", {jump.label});
+}
+
+std::string statementText(const LabelStatement& label) {
+    return node("label", {label.label});
+}
+
+std::string statementText(const ReturnStatement& end) {
+    return node("return", {optional(end.value)});
+}
+
+std::string statementText(const PrintStatement& print) {
+    return node("print", {treeText(*print.value)});
+}
+
+std::string statementText(const RaiserrorStatement& raise) {
+    return node("raiserror", {treeText(*raise.message), optional(raise.severity),
+                              optional(raise.state), list("with", raise.arguments)});
+}
+
+std::string statementText(const ThrowStatement& raise) {
+    return node("throw", {optional(raise.number), optional(raise.message), optional(raise.state)});
+}
+
+std::string statementText(const WaitStatement& wait) {
+    return node(wait.until ? "waituntil" : "wait", {treeText(*wait.time)});
+}
+
+std::string statementText(const ExecuteStatement& call) {
+    std::vector<std::string> parts{call.resultVariable, call.procedure.text(),
+                                   call.procedureVariable, optional(call.text)};
+    for (const Argument& argument : call.arguments) {
+        parts.push_back(
+            node(argument.output ? "out" : "in",
+                 {argument.name, argument.value ? treeText(*argument.value) : "DEFAULT"}));
+    }
+    return node("exec", parts);
+}
+
+std::string statementText(const TruncateStatement& truncate) {
+    return node("truncate", {truncate.table.text()});
+}
+
+std::string statementText(const AlterTableStatement& alter) {
+    static const char* const kActions[] = {
+        "add", "column", "dropcolumns", "dropconstraints", "constraints", "triggers"};
+    std::vector<std::string> parts{alter.table.text(), kActions[static_cast<int>(alter.action)]};
+    parts.insert(parts.end(), alter.names.begin(), alter.names.end());
+    for (const auto& column : alter.added.columns)
+        parts.push_back(node(column.name, {typeText(column.type)}));
+    return node("alter", parts);
+}
+
+std::string statementText(const CreateIndexStatement& index) {
+    std::vector<std::string> parts{index.unique ? "unique" : "", index.name, index.table.text()};
+    for (const auto& column : index.columns)
+        parts.push_back(column.descending ? node("desc", {column.name}) : column.name);
+    return node("index", parts);
+}
+
+std::string statementText(const CreateViewStatement& view) {
+    return node("view", {view.name.text(), names("columns", view.columns), treeText(*view.query)});
+}
+
+std::string statementText(const CreateModuleStatement& module) {
+    static const char* const kKinds[] = {"procedure", "function", "trigger"};
+    std::vector<std::string> parts{module.name.text(), module.table.text()};
+    for (const auto& parameter : module.parameters) {
+        parts.push_back(
+            node(parameter.name, {typeText(parameter.type), optional(parameter.defaultValue),
+                                  parameter.output ? "output" : ""}));
+    }
+    parts.push_back(scriptText(*module.body));
+    return node(kKinds[static_cast<int>(module.kind)], parts);
+}
+
+std::string statementText(const CreateTypeStatement& type) {
+    return node("type", {type.name.text(), typeText(type.type)});
+}
+
+std::string statementText(const DeclareCursorStatement& cursor) {
+    return node("cursor", {cursor.name, cursor.scroll ? "scroll" : "", treeText(*cursor.query)});
+}
+
+std::string statementText(const CursorStatement& cursor) {
+    static const char* const kActions[] = {"open", "close", "deallocate"};
+    return node(kActions[static_cast<int>(cursor.action)], {cursor.name});
+}
+
+std::string statementText(const FetchStatement& fetch) {
+    static const char* const kDirections[] = {"next", "prior",    "first",
+                                              "last", "absolute", "relative"};
+    std::vector<std::string> parts{kDirections[static_cast<int>(fetch.direction)],
+                                   optional(fetch.distance), fetch.cursor};
+    parts.insert(parts.end(), fetch.into.begin(), fetch.into.end());
+    return node("fetch", parts);
+}
+
+std::string statementText(const DatabaseStatement& database) {
+    static const char* const kActions[] = {"use", "createdb", "alterdb", "dropdb"};
+    return node(kActions[static_cast<int>(database.action)], {database.name});
+}
+
+std::string statementText(const NoEffectStatement& nothing) {
+    return node("noeffect", {nothing.what});
 }
 
 std::string statementText(const SelectStatement& select) {
@@ -180,6 +348,25 @@ std::string statementText(const SelectStatement& select) {
 
 std::string negatable(bool negated, const std::string& text) {
     return negated ? node("not", {text}) : text;
+}
+
+}  // namespace
+
+namespace {
+
+std::string windowText(const Window& window) {
+    std::vector<std::string> parts{list("partition", window.partitionBy)};
+    for (const OrderItem& item : window.orderBy) {
+        const std::string text = treeText(*item.value);
+        parts.push_back(item.descending ? node("desc", {text}) : text);
+    }
+    parts.push_back(window.frame);
+    return node("over", parts);
+}
+
+const char* operatorText(SetOperator op) {
+    static const char* const kOperators[] = {"union", "unionall", "except", "intersect"};
+    return kOperators[static_cast<int>(op)];
 }
 
 }  // namespace
@@ -211,6 +398,11 @@ std::string treeText(const Expression& expression) {
                 return negatable(e.negated, node("between", {treeText(*e.value), treeText(*e.low),
                                                              treeText(*e.high)}));
             },
+            [](const QuantifiedComparison& e) {
+                return node(
+                    kComparison[static_cast<int>(e.op)],
+                    {treeText(*e.value), node(e.all ? "all" : "any", {treeText(*e.query)})});
+            },
             [](const InPredicate& e) {
                 return negatable(e.negated,
                                  node("in", {treeText(*e.value),
@@ -239,6 +431,7 @@ std::string treeText(const Expression& expression) {
                 std::vector<std::string> parts{e.star ? "*" : "", e.distinct ? "distinct" : ""};
                 for (const auto& argument : e.arguments)
                     parts.push_back(treeText(*argument));
+                if (e.over) parts.push_back(windowText(*e.over));
                 return node(e.name.text(), parts);
             },
             [](const ScalarSubquery& e) { return treeText(*e.query); },
@@ -255,10 +448,15 @@ std::string treeText(const Query& query) {
         if (result.empty()) {
             result = text;
         } else {
-            result =
-                node(term.joinedBy == SetOperator::Union ? "union" : "unionall", {result, text});
+            result = node(operatorText(term.joinedBy), {result, text});
         }
     }
+    for (auto table = query.commonTables.rbegin(); table != query.commonTables.rend(); ++table) {
+        result = node("with", {table->name, names("columns", table->columns),
+                               treeText(*table->query), result});
+    }
+    if (query.offset) result = node("offset", {result, treeText(*query.offset)});
+    if (query.fetch) result = node("fetchrows", {result, treeText(*query.fetch)});
     if (query.orderBy.empty()) return result;
     std::vector<std::string> order{result};
     for (const OrderItem& item : query.orderBy) {

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "tsql/syntax.hpp"
+#include "tsql/statements.hpp"
 
 namespace kap::tsql::testing {
 

@@ -1,11 +1,14 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "ado/embedded/functions/value.hpp"
+#include "tsql/statements.hpp"
 #include "tsql/type_spec.hpp"
 
 namespace kap::ado::embedded {
@@ -28,6 +31,9 @@ struct Column {
     int keyOrdinal = 0;
     /// The default as a SQLite expression in storage form, as the schema holds it.
     std::optional<std::string> defaultSql;
+    std::string defaultName;  ///< of its constraint; empty when it was not named
+    /// Computed from other columns of the row (`defaultSql` says how): it cannot be written.
+    bool computed = false;
 
     [[nodiscard]] bool isRowVersion() const { return type.type == tsql::SqlType::Timestamp; }
 };
@@ -37,9 +43,39 @@ struct Table {
     std::string name;
     bool temporary = false;  ///< lives in SQLite's "temp" schema; its name starts with #
     std::vector<Column> columns;
+    /// The events (TriggerEvent) for which the table has triggers.
+    std::uint8_t triggerEvents = 0;
 
     /// The column of that name (case ignored), or null.
     [[nodiscard]] const Column* find(std::string_view column) const;
+};
+
+/// A stored query that is read like a table.
+struct View {
+    std::string name;
+    std::vector<std::string> columns;  ///< empty: as the query names them
+    std::shared_ptr<const tsql::Query> query;
+};
+
+/// A stored scalar function.
+struct Function {
+    struct Parameter {
+        tsql::TypeSpec type;
+        bool hasDefault = false;
+    };
+    std::string name;
+    std::vector<Parameter> parameters;
+    tsql::TypeSpec returns;
+};
+
+/// The rows of a view that describes the database itself.
+struct SystemRows {
+    struct ColumnType {
+        std::string name;
+        tsql::TypeSpec type;
+    };
+    std::vector<ColumnType> columns;
+    std::vector<std::vector<Value>> rows;
 };
 
 /// The tables that a statement can name. The translator asks; whoever keeps the schema answers.
@@ -53,6 +89,16 @@ public:
     /// The table of that name (case ignored, without owner), or null. The answer stays valid until
     /// the schema changes.
     [[nodiscard]] virtual const Table* find(std::string_view name) const = 0;
+    /// The same for views and functions.
+    [[nodiscard]] virtual const View* findView(std::string_view /*name*/) const { return nullptr; }
+    [[nodiscard]] virtual const Function* findFunction(std::string_view /*name*/) const {
+        return nullptr;
+    }
+    /// The rows of sysobjects, INFORMATION_SCHEMA.TABLES...; absent when there is no such view.
+    [[nodiscard]] virtual std::optional<SystemRows> systemRows(
+        const tsql::ObjectName& /*name*/) const {
+        return std::nullopt;
+    }
 };
 
 /// Whether two names of the database are the same: letter case is ignored in every language.

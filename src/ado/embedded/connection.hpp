@@ -21,6 +21,12 @@ public:
     [[nodiscard]] ErrorSlot& errorSlot() noexcept { return errorSlot_; }
     [[nodiscard]] const DatabasePlace& place() const noexcept { return place_; }
 
+    // How long a locked file is waited for, in milliseconds; negative: as the connection was
+    // opened.
+    void setLockTimeout(std::int64_t milliseconds) {
+        lockWait_.setLimit(std::chrono::milliseconds(milliseconds));
+    }
+
     // What the server would say of a failed statement: what a function of the dialect has left
     // behind, or SQLite's failure in the server's words.
     [[nodiscard]] tsql::ServerError explain(const SqliteError& error, WriteContext context);

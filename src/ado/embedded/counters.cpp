@@ -16,7 +16,7 @@ const std::string kRowVersions;
 constexpr std::int64_t kRowVersionStart = 2000;
 
 bool isTemporary(std::string_view owner) {
-    return owner.starts_with('#');
+    return owner.starts_with('#') || owner.starts_with('@');
 }
 
 std::string counters(bool temporary) {
@@ -72,6 +72,17 @@ void identityFunction(sqlite3_context* context, int /*count*/, sqlite3_value** a
     });
 }
 
+void givenIdentityFunction(sqlite3_context* context, int /*count*/, sqlite3_value** arguments) {
+    answer(context, [context, arguments] {
+        const auto* name = reinterpret_cast<const char*>(sqlite3_value_text(arguments[0]));
+        if (sqlite3_value_type(arguments[1]) == SQLITE_INTEGER) {
+            self(context).noteIdentity(name == nullptr ? "" : name,
+                                       sqlite3_value_int64(arguments[1]));
+        }
+        sqlite3_result_value(context, arguments[1]);
+    });
+}
+
 }  // namespace
 
 Counters::Counters(Database& database, ErrorSlot& errorSlot)
@@ -85,6 +96,7 @@ Counters::Counters(Database& database, ErrorSlot& errorSlot)
     };
     provide("kap_rowversion", 0, &rowVersionFunction);
     provide("kap_identity", 1, &identityFunction);
+    provide("kap_identity_given", 2, &givenIdentityFunction);
 }
 
 bool Counters::exists(bool temporary) const {
@@ -151,12 +163,82 @@ void Counters::remove(const DroppedTable& table) {
     forget.run();
 }
 
+void Counters::rename(const Table& table, const std::string& newName) {
+    if (!exists(table.temporary)) {
+        return;
+    }
+    // What it has given out in this transaction goes to the file under the old name first.
+    flush();
+    counters_.erase(table.name);
+    PreparedStatement rename(database_.handle(), "UPDATE " + counters(table.temporary) +
+                                                     " SET owner = ?2 WHERE owner = ?1");
+    rename.bind(1, std::string_view(table.name));
+    rename.bind(2, std::string_view(newName));
+    rename.run();
+}
+
+void Counters::renameIdentity(const Table& table, const std::string& column) {
+    if (!exists(table.temporary)) {
+        return;
+    }
+    PreparedStatement rename(database_.handle(), "UPDATE " + counters(table.temporary) +
+                                                     " SET identity_column = ?2 WHERE owner = ?1");
+    rename.bind(1, std::string_view(table.name));
+    rename.bind(2, std::string_view(column));
+    rename.run();
+}
+
 std::int64_t Counters::nextRowVersion() {
     return next(kRowVersions);
 }
 
 std::int64_t Counters::nextIdentity(const std::string& table) {
-    return next(table);
+    const std::int64_t value = next(table);
+    lastIdentity_ = value;
+    return value;
+}
+
+Counters::Counter& Counters::current(const std::string& owner) {
+    Counter& counter = counters_[owner];
+    if (!counter.current) {
+        load(owner, counter);
+    }
+    return counter;
+}
+
+void Counters::noteIdentity(const std::string& table, std::int64_t value) {
+    lastIdentity_ = value;
+    Counter& counter = current(table);
+    const bool farther = counter.increment > 0 ? value > counter.last : value < counter.last;
+    if (!counter.started || farther) {
+        counter.last = value;
+        counter.started = true;
+        counter.pending = true;
+    }
+}
+
+void Counters::restart(const Table& table) {
+    counters_.erase(table.name);
+    if (!exists(table.temporary)) {
+        return;
+    }
+    PreparedStatement forget(database_.handle(), "UPDATE " + counters(table.temporary) +
+                                                     " SET last = NULL WHERE owner = ?1");
+    forget.bind(1, std::string_view(table.name));
+    forget.run();
+}
+
+std::int64_t Counters::currentIdentity(const std::string& table) {
+    const Counter& counter = current(table);
+    return counter.started ? counter.last : counter.first;
+}
+
+std::int64_t Counters::currentRowVersion() {
+    if (!exists(false)) {
+        return kRowVersionStart;
+    }
+    const Counter& counter = current(kRowVersions);
+    return counter.started ? counter.last : kRowVersionStart;
 }
 
 Counters::Kept& Counters::kept(bool temporary) {
@@ -196,10 +278,7 @@ void Counters::load(const std::string& owner, Counter& counter) {
 }
 
 std::int64_t Counters::next(const std::string& owner) {
-    Counter& counter = counters_[owner];
-    if (!counter.current) {
-        load(owner, counter);
-    }
+    Counter& counter = current(owner);
     std::int64_t value = counter.first;
     const bool overflows =
         counter.started && __builtin_add_overflow(counter.last, counter.increment, &value);

@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "ado/embedded/catalogue.hpp"
 #include "ado/embedded/functions/error_slot.hpp"
@@ -45,11 +46,28 @@ public:
     // Keep step with CREATE TABLE and DROP TABLE, within their transaction.
     void add(const TableDefinition& definition);
     void remove(const DroppedTable& table);
+    void rename(const Table& table, const std::string& newName);
+    // Another name for the identity column; empty when it is dropped.
+    void renameIdentity(const Table& table, const std::string& column);
 
     // The next number of a counter. Raise SqliteError when the file cannot be read and ServerError
     // 8115 when the numbers are used up.
     [[nodiscard]] std::int64_t nextRowVersion();
     [[nodiscard]] std::int64_t nextIdentity(const std::string& table);
+
+    // A value that a statement itself gives an identity column: the next one goes on from the
+    // farthest.
+    void noteIdentity(const std::string& table, std::int64_t value);
+    // The next number of the table is its first one again.
+    void restart(const Table& table);
+    // The last number that a table has given out, or its first one when it has given none.
+    [[nodiscard]] std::int64_t currentIdentity(const std::string& table);
+    // The identity that was given out last since this was asked before.
+    [[nodiscard]] std::optional<std::int64_t> takeLastIdentity() {
+        return std::exchange(lastIdentity_, std::nullopt);
+    }
+    // The last row version that was given out.
+    [[nodiscard]] std::int64_t currentRowVersion();
 
     // Whether the current transaction has given out numbers that are not yet in the file.
     [[nodiscard]] bool pending() const noexcept;
@@ -86,12 +104,14 @@ private:
 
     [[nodiscard]] bool exists(bool temporary) const;
     [[nodiscard]] Kept& kept(bool temporary);
+    [[nodiscard]] Counter& current(const std::string& owner);
     void load(const std::string& owner, Counter& counter);
     [[nodiscard]] std::int64_t next(const std::string& owner);
 
     Database& database_;
     ErrorSlot& errorSlot_;
     std::array<Kept, 2> kept_;
+    std::optional<std::int64_t> lastIdentity_;
     std::map<std::string, Counter, std::less<>> counters_;  // by owner: a table, or "" for versions
 };
 

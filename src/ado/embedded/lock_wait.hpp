@@ -13,18 +13,22 @@ namespace kap::ado::embedded {
 // waits for seconds while the others take turns. Short random sleeps keep the turns fair.
 class LockWait {
 public:
-    explicit LockWait(std::chrono::seconds limit) : limit_(limit) {}
+    explicit LockWait(std::chrono::seconds limit) : first_(limit), limit_(limit) {}
     LockWait(const LockWait&) = delete;
     LockWait& operator=(const LockWait&) = delete;
 
     // From now on the connection waits this way. It must be closed before this object goes.
     void install(sqlite3* database);
 
+    // Waits no longer than this from now on; a negative time is the first limit again.
+    void setLimit(std::chrono::milliseconds limit) { limit_ = limit.count() < 0 ? first_ : limit; }
+
 private:
     static int called(void* self, int attempt);
     [[nodiscard]] bool sleep(int attempt);
 
-    std::chrono::seconds limit_;
+    std::chrono::milliseconds first_;
+    std::chrono::milliseconds limit_;
     std::chrono::steady_clock::time_point start_;
     std::minstd_rand random_{std::random_device{}()};
 };

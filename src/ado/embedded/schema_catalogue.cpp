@@ -14,6 +14,10 @@
 namespace kap::ado::embedded {
 namespace {
 
+constexpr std::size_t kKeptModules = 500;
+// What XInfo::Hidden says of the columns of virtual tables that are not shown.
+constexpr std::int64_t kHiddenColumn = 1;
+
 std::string folded(std::string_view name) {
     return fromUnits(foldedUnits(name));
 }
@@ -70,6 +74,7 @@ Column readColumn(const PreparedStatement& row, const std::optional<Counters::Re
     column.type = columnType(row.text(XInfo::Type), record.has_value());
     column.keyOrdinal = static_cast<int>(row.integer(XInfo::Key));
     column.nullable = row.integer(XInfo::NotNull) == 0 && (column.keyOrdinal == 0 || !record);
+    column.computed = row.integer(XInfo::Hidden) != 0;
     if (!row.isNull(XInfo::Default)) {
         column.defaultSql = row.text(XInfo::Default);
     }
@@ -84,7 +89,9 @@ Column readColumn(const PreparedStatement& row, const std::optional<Counters::Re
 SchemaCatalogue::SchemaCatalogue(Database& database, Counters& counters)
     : database_(database),
       counters_(counters),
-      version_(database.handle(), "PRAGMA main.schema_version", StatementLife::Kept) {}
+      version_(database.handle(), "PRAGMA main.schema_version", StatementLife::Kept),
+      stored_(database),
+      modules_(kKeptModules) {}
 
 const Table* SchemaCatalogue::find(std::string_view name) const {
     if (!namesRead_) {
@@ -122,6 +129,9 @@ void SchemaCatalogue::invalidate() {
     ++generation_;
     tables_.clear();
     namesRead_ = false;
+    objects_.reset();
+    views_.clear();
+    functions_.clear();
     counters_.schemaChanged();
 }
 
@@ -135,7 +145,9 @@ void SchemaCatalogue::readNames(const char* sql, bool temporary) const {
     PreparedStatement names(database_.handle(), sql);
     while (names.step()) {
         std::string name = names.text(0);
-        if (name != kCountersTable && !name.starts_with("sqlite_")) {
+        const bool own = name == kCountersTable || name == kObjectsTable ||
+                         name.starts_with("kap inserted ") || name.starts_with("kap deleted ");
+        if (!own && !name.starts_with("sqlite_")) {
             std::string key = folded(name);
             tables_.insert_or_assign(std::move(key), Entry{std::move(name), temporary, nullptr});
         }
@@ -151,11 +163,138 @@ std::unique_ptr<Table> SchemaCatalogue::read(const Entry& entry) const {
                                                    (entry.temporary ? "temp" : "main") +
                                                    ".table_xinfo(" + sqlName(entry.name) + ")");
     while (rows.step()) {
-        if (rows.integer(XInfo::Hidden) == 0) {
+        if (rows.integer(XInfo::Hidden) != kHiddenColumn) {
             table->columns.push_back(readColumn(rows, record));
         }
     }
+    addLaterKey(*table);
+    if (!entry.temporary) {
+        for (const auto& trigger : triggersOf(table->name)) {
+            table->triggerEvents |= trigger->definition.events;
+        }
+    }
     return table;
+}
+
+// A primary key that was added to a table later is an index of its own.
+void SchemaCatalogue::addLaterKey(Table& table) const {
+    for (const StoredObject& object : objects()) {
+        if (object.kind != StoredKind::PrimaryKey || !sameName(object.parent, table.name)) {
+            continue;
+        }
+        int ordinal = 0;
+        for (const std::string& name : tsql::parseNames(object.text)) {
+            for (Column& column : table.columns) {
+                if (sameName(column.name, name)) {
+                    column.keyOrdinal = ++ordinal;
+                }
+            }
+        }
+    }
+}
+
+std::vector<const Table*> SchemaCatalogue::tables() const {
+    if (!namesRead_) {
+        readNames();
+    }
+    std::vector<const Table*> result;
+    for (auto& [key, entry] : tables_) {
+        if (entry.temporary) {
+            continue;
+        }
+        result.push_back(find(entry.name));
+    }
+    std::ranges::sort(result, {}, &Table::name);
+    return result;
+}
+
+const std::vector<StoredObject>& SchemaCatalogue::objects() const {
+    if (!objects_) {
+        objects_ = stored_.all();
+    }
+    return *objects_;
+}
+
+const StoredObject* SchemaCatalogue::findObject(StoredKind kind, std::string_view name) const {
+    const auto found = std::ranges::find_if(objects(), [&](const StoredObject& object) {
+        return object.kind == kind && sameName(object.name, name);
+    });
+    return found == objects().end() ? nullptr : &*found;
+}
+
+const View* SchemaCatalogue::findView(std::string_view name) const {
+    const StoredObject* object = findObject(StoredKind::View, name);
+    if (object == nullptr) {
+        return nullptr;
+    }
+    const auto [found, made] = views_.try_emplace(folded(name));
+    if (made) {
+        tsql::Script script = tsql::parseScript(object->text, parseOptions(object->quotedNames));
+        auto& statement = std::get<tsql::CreateViewStatement>(script.at(0).node);
+        found->second = {object->name, std::move(statement.columns), std::move(statement.query)};
+    }
+    return &found->second;
+}
+
+const Function* SchemaCatalogue::findFunction(std::string_view name) const {
+    const auto module = findModule(StoredKind::Function, name);
+    if (module == nullptr) {
+        return nullptr;
+    }
+    const auto [found, made] = functions_.try_emplace(folded(name));
+    if (made) {
+        Function& function = found->second;
+        function.name = module->object.name;
+        function.returns = module->definition.returns;
+        for (const tsql::ParameterDefinition& parameter : module->definition.parameters) {
+            function.parameters.push_back({parameter.type, parameter.defaultValue != nullptr});
+        }
+    }
+    return &found->second;
+}
+
+std::shared_ptr<const Module> SchemaCatalogue::findModule(StoredKind kind,
+                                                          std::string_view name) const {
+    const StoredObject* object = findObject(kind, name);
+    return object == nullptr ? nullptr : parsed(*object);
+}
+
+std::vector<std::shared_ptr<const Module>> SchemaCatalogue::triggersOf(
+    std::string_view table) const {
+    std::vector<std::shared_ptr<const Module>> result;
+    for (const StoredObject& object : objects()) {
+        if (object.kind == StoredKind::Trigger && object.enabled &&
+            sameName(object.parent, table)) {
+            result.push_back(parsed(object));
+        }
+    }
+    return result;
+}
+
+std::shared_ptr<const Module> SchemaCatalogue::parsed(const StoredObject& object) const {
+    if (const auto* found = modules_.find(object.text)) {
+        return *found;
+    }
+    tsql::Script script = tsql::parseScript(object.text, parseOptions(object.quotedNames));
+    auto module = std::make_shared<const Module>(
+        Module{object, std::get<tsql::CreateModuleStatement>(std::move(script.at(0).node))});
+    return modules_.insert(object.text, std::move(module));
+}
+
+std::optional<tsql::AliasType> SchemaCatalogue::aliasType(std::string_view name) const {
+    const StoredObject* object = findObject(StoredKind::Type, name);
+    if (object == nullptr) {
+        return std::nullopt;
+    }
+    // The text is the type's own, and what it says of nulls stands in place of a parent.
+    return tsql::AliasType{tsql::parseType(object->text), object->parent != kNotNull};
+}
+
+tsql::ParseOptions SchemaCatalogue::parseOptions(bool quotedNames) const {
+    tsql::ParseOptions options;
+    options.quotedNames = quotedNames;
+    options.aliasType = [this](std::string_view name) { return aliasType(name); };
+    return options;
 }
 
 }  // namespace kap::ado::embedded

@@ -1,14 +1,21 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <utility>
+#include <vector>
 
 #include "ado/embedded/catalogue.hpp"
 #include "ado/embedded/counters.hpp"
+#include "ado/embedded/lru_cache.hpp"
 #include "ado/embedded/sqlite.hpp"
+#include "ado/embedded/stored_objects.hpp"
+#include "tsql/parser.hpp"
 
 namespace kap::ado::embedded {
 
@@ -17,11 +24,70 @@ namespace kap::ado::embedded {
 //
 // Tables made by other programs can be used too: their columns get the type that SQLite's affinity
 // of the declared type stands for (bigint, float, nvarchar(max) or varbinary(max)).
+// A procedure, function or trigger with what its text says.
+struct Module {
+    StoredObject object;
+    tsql::CreateModuleStatement definition;
+};
+
+// A constraint or key of a table.
+struct ConstraintInfo {
+    std::string name;
+    const char* type;  // as sysobjects says: "PK", "UQ", "F ", "C ", "D "
+    std::string table;
+    std::vector<std::string> columns;
+    std::string definition;  // of a check or default, in SQLite's words
+    std::string parent;      // of a foreign key
+    std::vector<std::string> parentColumns;
+    std::string onDelete;
+    std::string onUpdate;
+    bool enabled = true;
+};
+
+struct IndexInfo {
+    std::string name;
+    std::string table;
+    bool unique = false;
+    std::vector<std::string> columns;
+};
+
 class SchemaCatalogue : public Catalogue {
 public:
     SchemaCatalogue(Database& database, Counters& counters);
 
     [[nodiscard]] const Table* find(std::string_view name) const override;
+    [[nodiscard]] const View* findView(std::string_view name) const override;
+    [[nodiscard]] const Function* findFunction(std::string_view name) const override;
+    [[nodiscard]] std::optional<SystemRows> systemRows(const tsql::ObjectName& name) const override;
+
+    // The tables of the file, by name.
+    [[nodiscard]] std::vector<const Table*> tables() const;
+    // What was stored beside the tables, in the order in which it was made.
+    [[nodiscard]] const std::vector<StoredObject>& objects() const;
+    // A procedure, function or trigger, read; null when there is none of that name.
+    [[nodiscard]] std::shared_ptr<const Module> findModule(StoredKind kind,
+                                                           std::string_view name) const;
+    // The triggers of a table that are switched on, in the order in which they were made.
+    [[nodiscard]] std::vector<std::shared_ptr<const Module>> triggersOf(
+        std::string_view table) const;
+    // The type that a name given by CREATE TYPE stands for.
+    [[nodiscard]] std::optional<tsql::AliasType> aliasType(std::string_view name) const;
+    // How scripts are to be read here.
+    [[nodiscard]] tsql::ParseOptions parseOptions(bool quotedNames) const;
+
+    // The constraints and keys of the file's tables, switched on or off.
+    [[nodiscard]] std::vector<ConstraintInfo> constraints() const;
+    // The indexes that were made by CREATE INDEX.
+    [[nodiscard]] std::vector<IndexInfo> indexes() const;
+
+    // Where those things are kept; whoever changes them calls invalidate() then.
+    [[nodiscard]] StoredObjects& stored() noexcept { return stored_; }
+    // What statements are made of has changed, though not the schema.
+    void settingsChanged() noexcept { ++generation_; }
+
+    // The name that the database goes by: its file's, or the one that USE has given it.
+    [[nodiscard]] const std::string& databaseName() const noexcept { return databaseName_; }
+    void setDatabaseName(std::string name) { databaseName_ = std::move(name); }
 
     // Compares with the file's schema and forgets everything when it has changed. What find() then
     // answers holds as long as the transaction that this is called in.
@@ -41,6 +107,9 @@ private:
     void readNames() const;
     void readNames(const char* sql, bool temporary) const;
     [[nodiscard]] std::unique_ptr<Table> read(const Entry& entry) const;
+    void addLaterKey(Table& table) const;
+    [[nodiscard]] std::shared_ptr<const Module> parsed(const StoredObject& object) const;
+    [[nodiscard]] const StoredObject* findObject(StoredKind kind, std::string_view name) const;
 
     Database& database_;
     Counters& counters_;
@@ -50,6 +119,13 @@ private:
     // By the name with its case folded; empty until a table is asked for.
     mutable std::unordered_map<std::string, Entry> tables_;
     mutable bool namesRead_ = false;
+    StoredObjects stored_;
+    mutable std::optional<std::vector<StoredObject>> objects_;
+    mutable std::map<std::string, View> views_;          // by the folded name
+    mutable std::map<std::string, Function> functions_;  // by the folded name
+    // By the text, so that they outlive a change of something else.
+    mutable LruCache<std::shared_ptr<const Module>> modules_;
+    std::string databaseName_;
 };
 
 }  // namespace kap::ado::embedded

@@ -142,7 +142,7 @@ std::string lockSentence(const DatabasePlace& place) {
 }
 
 ServerMessage openMessage(std::int32_t number, int native, std::string state, std::string text) {
-    return {native, number, std::move(state), std::move(text), 0};
+    return {native, number, std::move(state), std::move(text)};
 }
 
 DriverError raised(ServerMessage message) {
@@ -168,9 +168,59 @@ std::string openReason(const SqliteError& error) {
 
 }  // namespace
 
-DriverError driverError(const ServerError& error) {
+ServerMessage serverMessage(const ServerError& error) {
+    if (error.severity() <= ServerMessage::kInformation) {
+        return {error.number(), 0, "01000", error.message(), error.line(), error.severity()};
+    }
     const Mapping mapping = mappingOf(error.number());
-    return raised({error.number(), mapping.number, mapping.state, error.message(), error.line()});
+    return {error.number(),  mapping.number, mapping.state,
+            error.message(), error.line(),   error.severity()};
+}
+
+DriverError driverError(const ServerError& error) {
+    return raised(serverMessage(error));
+}
+
+ServerMessage timeoutMessage() {
+    return {0, errors::kTimeout, "HYT00", "Query timeout expired", 0};
+}
+
+ErrorReach reachOf(int serverNumber) {
+    switch (serverNumber) {
+        // The statement could not be made sense of when its turn came.
+        case 102:
+        case 156:
+        case 207:
+        case 208:
+        case 209:
+        case 1087:
+        case 4104:
+        case 4121:
+        case 40517:
+            return ErrorReach::Scope;
+        // What a value cannot be turned into.
+        case 241:
+        case 242:
+        case 244:
+        case 245:
+        case 248:
+        case 8114:
+        case 8169:
+        // The trigger has ended the transaction itself.
+        case 3609:
+        // What the file is written on has failed.
+        case kInputOutput:
+        case kDamaged:
+        case kDiskFull:
+        case kOutOfMemory:
+            return ErrorReach::Transaction;
+        // Calls within calls without end.
+        case 217:
+        case kLockTimeout:
+            return ErrorReach::Batch;
+        default:
+            return ErrorReach::Statement;
+    }
 }
 
 ServerError serverError(const SqliteError& error, const DatabasePlace& place,

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -29,8 +30,21 @@ struct WriteContext {
     std::string keyName;  // of the key that was violated; empty: as the table's keys are named
 };
 
-// An error with the server's number, as clients see it.
+// An error or message with the server's number, as clients see it.
+[[nodiscard]] ServerMessage serverMessage(const tsql::ServerError& error);
 [[nodiscard]] DriverError driverError(const tsql::ServerError& error);
+
+// The time that a request was given has passed.
+[[nodiscard]] ServerMessage timeoutMessage();
+
+// How far an error goes beyond the statement that it ends.
+enum class ErrorReach : std::uint8_t {
+    Statement,    // the script goes on behind it
+    Scope,        // ends the batch, procedure or trigger; its caller goes on
+    Batch,        // ends everything that was sent
+    Transaction,  // and undoes the open transaction
+};
+[[nodiscard]] ErrorReach reachOf(int serverNumber);
 
 // A failure of SQLite in the server's words: constraints, full disk, locks, damage.
 [[nodiscard]] tsql::ServerError serverError(const SqliteError& error, const DatabasePlace& place,

@@ -1,14 +1,27 @@
 #include "ado/embedded/session.hpp"
 
+#include <filesystem>
+
 namespace kap::ado::embedded {
+namespace {
+
+// Scripts know the database by its file's name.
+std::string databaseNameOf(const Options& options) {
+    return options.inMemory() ? "memory" : std::filesystem::path(options.source).stem().string();
+}
+
+}  // namespace
 
 EmbeddedSession::EmbeddedSession(const Options& options)
     : connection_(options),
       counters_(connection_.database(), connection_.errorSlot()),
       catalogue_(connection_.database(), counters_),
       transactions_(connection_.database(), counters_, catalogue_),
-      scripts_(connection_, catalogue_, counters_, transactions_),
-      changer_(connection_, catalogue_, transactions_) {}
+      scripts_(connection_, catalogue_, counters_, transactions_, state_),
+      functions_(connection_, catalogue_, counters_, transactions_, state_, scripts_),
+      changer_(connection_, catalogue_, transactions_) {
+    catalogue_.setDatabaseName(databaseNameOf(options));
+}
 
 // Every error leaves a session as a DriverError.
 template <class Work>
@@ -23,7 +36,7 @@ auto EmbeddedSession::reported(Work work) {
 }
 
 void EmbeddedSession::execute(Request& request, Reply& reply) {
-    reported([&] { scripts_.run(request.text, reply.results); });
+    reported([&] { scripts_.run(request, reply); });
 }
 
 ChangeOutcome EmbeddedSession::apply(const RowChange& change) {

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <string_view>
 #include <vector>
 
 #include "ado/driver.hpp"
@@ -8,7 +7,9 @@
 #include "ado/embedded/counters.hpp"
 #include "ado/embedded/row_changer.hpp"
 #include "ado/embedded/schema_catalogue.hpp"
-#include "ado/embedded/script_runner.hpp"
+#include "ado/embedded/script/script_runner.hpp"
+#include "ado/embedded/script/session_functions.hpp"
+#include "ado/embedded/script/session_state.hpp"
 #include "ado/embedded/transactions.hpp"
 
 namespace kap::ado::embedded {
@@ -34,7 +35,9 @@ private:
     Counters counters_;
     SchemaCatalogue catalogue_;
     Transactions transactions_;
+    SessionState state_;
     ScriptRunner scripts_;
+    SessionFunctions functions_;
     RowChanger changer_;
 };
 

@@ -34,6 +34,37 @@ struct CellMaker {
 
 }  // namespace
 
+Value cellValue(const ColumnStore& store, std::size_t row, Storage storage) {
+    if (store.cell(row) == ColumnStore::Cell::Null) {
+        return std::monostate{};
+    }
+    switch (storage) {
+        case Storage::Integer:
+            return store.integer(row);
+        case Storage::Real:
+            return store.real(row);
+        case Storage::Text:
+            return std::string(store.bytes(row));
+        case Storage::Binary:
+            break;
+    }
+    return Blob{std::string(store.bytes(row))};
+}
+
+void appendValue(ColumnStore& store, const Value& value) {
+    if (const auto* integer = std::get_if<std::int64_t>(&value)) {
+        store.appendInteger(*integer);
+    } else if (const auto* real = std::get_if<double>(&value)) {
+        store.appendReal(*real);
+    } else if (const auto* text = std::get_if<std::string>(&value)) {
+        store.appendBytes(*text);
+    } else if (const auto* blob = std::get_if<Blob>(&value)) {
+        store.appendBytes(blob->bytes);
+    } else {
+        store.appendNull();
+    }
+}
+
 CellValue storedValue(const ColumnValue& value, const Column& column) {
     return std::visit(CellMaker{}, convert(toValue(value), typeOf(value.type, value.numericScale),
                                            column.type, Overlength::Refuse));

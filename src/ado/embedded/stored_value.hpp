@@ -10,4 +10,8 @@ namespace kap::ado::embedded {
 // is too large, 242 for dates that the column cannot hold, and the conversions' own.
 [[nodiscard]] CellValue storedValue(const ColumnValue& value, const Column& column);
 
+// A cell of a result as a value, and the other way round.
+[[nodiscard]] Value cellValue(const ColumnStore& store, std::size_t row, Storage storage);
+void appendValue(ColumnStore& store, const Value& value);
+
 }  // namespace kap::ado::embedded

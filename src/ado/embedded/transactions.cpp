@@ -1,5 +1,8 @@
 #include "ado/embedded/transactions.hpp"
 
+#include <algorithm>
+
+#include "ado/embedded/functions/value.hpp"
 #include "tsql/server_error.hpp"
 
 namespace kap::ado::embedded {
@@ -9,6 +12,11 @@ namespace {
     throw tsql::ServerError(number, std::string("The ") + verb +
                                         " TRANSACTION request has no corresponding BEGIN "
                                         "TRANSACTION.");
+}
+
+// Names compare without case, as SQLite's own do, and may hold anything.
+std::string savePointName(const std::string& name) {
+    return sqlName("kap save " + name);
 }
 
 }  // namespace
@@ -54,6 +62,7 @@ void Transactions::close() {
 void Transactions::discard() noexcept {
     sqlite3_exec(database_.handle(), "ROLLBACK", nullptr, nullptr, nullptr);
     depth_ = 0;
+    savePoints_.clear();
     counters_.transactionEnded();
     if (catalogue_.generation() != startGeneration_) {
         catalogue_.invalidate();
@@ -79,13 +88,15 @@ void Transactions::commit() {
     }
     close();
     depth_ = 0;
+    savePoints_.clear();
 }
 
 void Transactions::rollback() {
     if (depth_ == 0) {
         noTransaction(3903, "ROLLBACK");
     }
-    if (counters_.pending()) {
+    // What a trigger rolls back has answered nothing yet, so nobody holds its numbers.
+    if (counters_.pending() && !implicit_) {
         rollBackKeepingCounters();
     }
     discard();
@@ -105,6 +116,31 @@ void Transactions::rollBackKeepingCounters() {
     }
 }
 
+bool Transactions::hasSavePoint(const std::string& name) const {
+    return std::ranges::any_of(savePoints_,
+                               [&](const std::string& each) { return sameName(each, name); });
+}
+
+void Transactions::save(const std::string& name) {
+    if (depth_ == 0) {
+        throw tsql::ServerError(628,
+                                "Cannot issue SAVE TRANSACTION when there is no active "
+                                "transaction.");
+    }
+    database_.run(("SAVEPOINT " + savePointName(name)).c_str());
+    savePoints_.push_back(name);
+}
+
+void Transactions::rollbackTo(const std::string& name) {
+    database_.run(("ROLLBACK TO " + savePointName(name)).c_str());
+    while (!sameName(savePoints_.back(), name)) {
+        savePoints_.pop_back();
+    }
+    if (catalogue_.generation() != startGeneration_) {
+        catalogue_.invalidate();
+    }
+}
+
 void Transactions::undoStatement() noexcept {
     if (!database_.inTransaction()) {
         discard();
@@ -118,7 +154,7 @@ void Transactions::undoStatement() noexcept {
 }
 
 Transactions::WriteScope::WriteScope(Transactions& transactions)
-    : transactions_(transactions), own_(transactions.depth_ == 0) {
+    : transactions_(transactions), own_(!transactions.database_.inTransaction()) {
     if (own_) {
         transactions_.open();
     } else {
@@ -147,8 +183,23 @@ void Transactions::WriteScope::keep() {
     }
 }
 
-Transactions::ReadScope::ReadScope(Transactions& transactions)
+Transactions::ImplicitScope::ImplicitScope(Transactions& transactions)
     : transactions_(transactions), own_(transactions.depth_ == 0) {
+    if (own_) {
+        transactions_.depth_ = 1;
+        transactions_.implicit_ = true;
+    }
+}
+
+Transactions::ImplicitScope::~ImplicitScope() {
+    if (own_) {
+        transactions_.depth_ = 0;
+        transactions_.implicit_ = false;
+    }
+}
+
+Transactions::ReadScope::ReadScope(Transactions& transactions)
+    : transactions_(transactions), own_(!transactions.database_.inTransaction()) {
     if (!own_) {
         return;
     }

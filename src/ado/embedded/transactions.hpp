@@ -1,6 +1,8 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
+#include <vector>
 
 #include "ado/embedded/counters.hpp"
 #include "ado/embedded/schema_catalogue.hpp"
@@ -26,6 +28,11 @@ public:
     // Raise ServerError 3902 and 3903 when there is none.
     void commit();
     void rollback();
+
+    // SAVE TRANSACTION: a place within the open transaction to go back to. Error 628 without one.
+    void save(const std::string& name);
+    [[nodiscard]] bool hasSavePoint(const std::string& name) const;
+    void rollbackTo(const std::string& name);
 
     // Keeps all of what is written in its scope or nothing, in a transaction of its own or within
     // the one that is open: keep() at the end, else it is undone.
@@ -56,6 +63,19 @@ public:
         bool own_;
     };
 
+    // While the triggers of a statement run there is a transaction in which they see themselves.
+    class ImplicitScope {
+    public:
+        explicit ImplicitScope(Transactions& transactions);
+        ImplicitScope(const ImplicitScope&) = delete;
+        ImplicitScope& operator=(const ImplicitScope&) = delete;
+        ~ImplicitScope();
+
+    private:
+        Transactions& transactions_;
+        bool own_;
+    };
+
 private:
     void open();
     void close();
@@ -70,6 +90,8 @@ private:
     PreparedStatement commit_;
     PreparedStatement beginDeferred_;
     int depth_ = 0;
+    bool implicit_ = false;  // `depth_` is that of an ImplicitScope
+    std::vector<std::string> savePoints_;
     std::uint64_t startGeneration_ = 0;
 };
 

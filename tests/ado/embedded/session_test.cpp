@@ -25,18 +25,17 @@ void runForeign(const std::string& file, const char* sql) {
     sqlite3_close(database);
 }
 
-TEST(EmbeddedSession, AnswersOneResultForEachStatement) {
+TEST(EmbeddedSession, AnswersOneResultForEachStatementThatReadsOrWritesRows) {
     const auto session = openSession(":memory:results");
     const std::vector<Result> results = session->execute(
         "CREATE TABLE t (a int); INSERT INTO t VALUES (1), (2); SELECT a FROM t; "
         "UPDATE t SET a = 3 WHERE a = 1; DELETE FROM t");
-    ASSERT_EQ(results.size(), 5U);
-    EXPECT_FALSE(results[0].rowsAffected.has_value());
-    EXPECT_EQ(results[1].rowsAffected, 2);
-    EXPECT_EQ(test::shown(results[2]), "1; 2");
-    EXPECT_FALSE(results[2].rowsAffected.has_value());
-    EXPECT_EQ(results[3].rowsAffected, 1);
-    EXPECT_EQ(results[4].rowsAffected, 2);
+    ASSERT_EQ(results.size(), 4U);
+    EXPECT_EQ(results[0].rowsAffected, 2);
+    EXPECT_EQ(test::shown(results[1]), "1; 2");
+    EXPECT_FALSE(results[1].rowsAffected.has_value());
+    EXPECT_EQ(results[2].rowsAffected, 1);
+    EXPECT_EQ(results[3].rowsAffected, 2);
 }
 
 TEST(EmbeddedSession, AnEmptyScriptAnswersNothing) {
@@ -170,7 +169,7 @@ TEST(EmbeddedSession, ATableCanBeMadeUsedAndDroppedInOneScriptAgainAndAgain) {
     const auto session = openSession(":memory:again");
     for (int i = 0; i < 3; ++i) {
         EXPECT_EQ(test::shown(session->execute("CREATE TABLE t (a int); INSERT INTO t VALUES (4); "
-                                               "SELECT a FROM t; DROP TABLE t")[2]),
+                                               "SELECT a FROM t; DROP TABLE t")[1]),
                   "4");
     }
 }

@@ -95,7 +95,7 @@ TEST(Transactions, AFailedStatementLeavesTheTransactionOpenAndWhatWasBeforeIt) {
     EXPECT_EQ(rowsOf(*session, "SELECT a FROM t"), "1");
 }
 
-TEST(Transactions, StatementsBeforeAFailedOneStand) {
+TEST(Transactions, StatementsAroundAFailedOneStand) {
     const auto session = openSession(":memory:script");
     (void)session->execute("CREATE TABLE t (a int PRIMARY KEY)");
     EXPECT_EQ(errorOf(*session,
@@ -103,7 +103,7 @@ TEST(Transactions, StatementsBeforeAFailedOneStand) {
                       "INSERT INTO t VALUES (2)")
                   .nativeNumber,
               2627);
-    EXPECT_EQ(rowsOf(*session, "SELECT a FROM t"), "1");
+    EXPECT_EQ(rowsOf(*session, "SELECT a FROM t"), "1; 2");
 }
 
 TEST(Transactions, ClosingRollsAnOpenTransactionBack) {

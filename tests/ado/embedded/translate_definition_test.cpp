@@ -60,7 +60,7 @@ TEST(TranslateDefinition, DescribesTheTable) {
         "CREATE TABLE dbo.Righe (Id int IDENTITY(5,-2) NOT NULL, Doc varchar(8), Riga smallint, "
         "Nota varchar(9) NULL "
         "DEFAULT 'x', CONSTRAINT PK_R PRIMARY KEY NONCLUSTERED (Doc, Riga), UNIQUE (Nota))");
-    EXPECT_EQ(created.kind, StatementKind::CreateTable);
+    EXPECT_EQ(created.kind, StatementKind::Define);
     EXPECT_TRUE(created.writes);
     const TableDefinition& definition = *created.created;
     EXPECT_EQ(definition.table.name, "Righe");

@@ -180,10 +180,7 @@ INSTANTIATE_TEST_SUITE_P(
             "116: Only one expression can be specified in the select list when the subquery is not "
             "introduced with EXISTS."},
         Refusal{"@x", "137: Must declare the scalar variable \"@x\"."},
-        Refusal{"@@rowcount",
-                "40517: Keyword or statement option '@@rowcount' is not supported in this version "
-                "of the "
-                "database."},
+        Refusal{"@@nothing", "137: Must declare the scalar variable \"@@nothing\"."},
         Refusal{"convert(varchar(9), getdate(), 999)",
                 "281: 999 is not a valid style number when converting from datetime to a character "
                 "string."}));

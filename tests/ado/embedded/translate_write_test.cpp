@@ -204,10 +204,8 @@ TEST_F(TranslateWrite, RefusesAColumnGivenTwice) {
 }
 
 TEST_F(TranslateWrite, SaysWhatKindOfStatementItIs) {
-    EXPECT_EQ(database_.translation("BEGIN TRAN").kind, StatementKind::BeginTransaction);
-    EXPECT_EQ(database_.translation("COMMIT").kind, StatementKind::CommitTransaction);
-    EXPECT_EQ(database_.translation("ROLLBACK TRANSACTION").kind,
-              StatementKind::RollbackTransaction);
+    EXPECT_EQ(database_.translation("SELECT 1").kind, StatementKind::Select);
+    EXPECT_EQ(database_.translation("DELETE T").kind, StatementKind::Delete);
     const Translation update = database_.translation("\nUPDATE t SET Nome = 'a'");
     EXPECT_EQ(update.kind, StatementKind::Update);
     EXPECT_TRUE(update.writes);

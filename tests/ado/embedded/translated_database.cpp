@@ -87,13 +87,13 @@ TranslatedDatabase::~TranslatedDatabase() {
 }
 
 Translation TranslatedDatabase::translation(const std::string& statement) {
-    return translate(tsql::parseScript(statement).at(0), *tables_);
+    return translate(tsql::parseScript(statement).at(0), Names(*tables_));
 }
 
 std::string TranslatedDatabase::run(const std::string& script) {
     std::string result;
     for (const tsql::Statement& statement : tsql::parseScript(script)) {
-        const Translation translated = translate(statement, *tables_);
+        const Translation translated = translate(statement, Names(*tables_));
         const std::string rows = execute(translated);
         tables_->apply(translated);
         if (translated.kind == StatementKind::Select) result = rows;

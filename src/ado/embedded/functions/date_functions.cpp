@@ -3,6 +3,7 @@
 
 #include "ado/embedded/functions/convert_families.hpp"
 #include "ado/embedded/functions/date_part.hpp"
+#include "ado/embedded/functions/date_settings.hpp"
 #include "ado/embedded/functions/dates.hpp"
 #include "ado/embedded/functions/exact.hpp"
 #include "ado/embedded/functions/function_support.hpp"
@@ -26,7 +27,10 @@ Value dateName(const Arguments& arguments) {
     const auto part = static_cast<DatePart>(arguments.integer(0));
     const int value = partOf(part, arguments.real(1));
     if (part == DatePart::Month) return std::string(monthName(value));
-    if (part == DatePart::WeekDay) return std::string(dayName(value - 1));
+    constexpr int kDaysPerWeek = 7;
+    if (part == DatePart::WeekDay) {
+        return std::string(dayName((value - 1 + dateSettings().firstDay) % kDaysPerWeek));
+    }
     return tsql::integerText(value);
 }
 

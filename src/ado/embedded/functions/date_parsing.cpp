@@ -2,6 +2,7 @@
 
 #include <kaputil/frame/plain_text.hpp>
 
+#include "ado/embedded/functions/date_settings.hpp"
 #include "ado/embedded/functions/dates.hpp"
 #include "ado/embedded/functions/text_units.hpp"
 #include "tsql/server_error.hpp"
@@ -69,7 +70,7 @@ std::vector<Piece> piecesOf(std::string_view text) {
 class DateParser {
 public:
     DateParser(std::string_view text, tsql::SqlType target, int style)
-        : pieces_(piecesOf(text)), target_(target), dayFirst_(putsDayFirst(style)) {}
+        : pieces_(piecesOf(text)), target_(target), order_(orderOf(style)) {}
 
     double parse() {
         if (!startsWithTime()) parseDay();
@@ -82,9 +83,12 @@ public:
     }
 
 private:
-    static bool putsDayFirst(int style) {
+    // A style says the order by itself; without one it is the session's.
+    static DateOrder orderOf(int style) {
+        if (style == kDefaultDateStyle) return dateSettings().order;
         const int base = style % 100;
-        return base == 3 || base == 4 || base == 5 || base == 6 || base == 13;
+        const bool dayFirst = base == 3 || base == 4 || base == 5 || base == 6 || base == 13;
+        return dayFirst ? DateOrder::DayFirst : DateOrder::MonthFirst;
     }
 
     [[nodiscard]] const Piece* at(std::size_t ahead) const {
@@ -134,6 +138,19 @@ private:
         } else if (first.size() == 4) {
             parts_.year = takeYear();
             takeSeparator();
+            const int one = takeNumber();
+            takeSeparator();
+            const int two = takeNumber();
+            // Where the day comes first it comes first behind the year, too, as on the server: but
+            // not in the international form, nor for the type date.
+            const bool dayBefore = order_ == DateOrder::DayFirst &&
+                                   target_ != tsql::SqlType::Date &&
+                                   !(at(0) != nullptr && at(0)->text == "T");
+            parts_.month = dayBefore ? two : one;
+            parts_.day = dayBefore ? one : two;
+        } else if (order_ == DateOrder::YearFirst) {
+            parts_.year = takeYear();
+            takeSeparator();
             parts_.month = takeNumber();
             takeSeparator();
             parts_.day = takeNumber();
@@ -142,8 +159,9 @@ private:
             takeSeparator();
             const int two = takeNumber();
             takeSeparator();
-            parts_.month = dayFirst_ ? two : one;
-            parts_.day = dayFirst_ ? one : two;
+            const bool dayFirst = order_ == DateOrder::DayFirst;
+            parts_.month = dayFirst ? two : one;
+            parts_.day = dayFirst ? one : two;
             parts_.year = takeYear();
         }
     }
@@ -249,7 +267,7 @@ private:
     std::vector<Piece> pieces_;
     std::size_t position_ = 0;
     tsql::SqlType target_;
-    bool dayFirst_;
+    DateOrder order_;
     DateParts parts_;
 };
 

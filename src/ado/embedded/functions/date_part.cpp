@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "ado/embedded/functions/date_settings.hpp"
 #include "ado/embedded/functions/dates.hpp"
 #include "frame/convert/calendar.hpp"
 #include "tsql/text.hpp"
@@ -26,6 +27,11 @@ int floorDivide(int value, int divisor) {
 // 0 is Sunday.
 int dayOfWeek(int day) {
     return ((day - kSunday) % kDaysPerWeek + kDaysPerWeek) % kDaysPerWeek;
+}
+
+// The place of a day in the week, from 0, by the session's first day.
+int placeInWeek(int day) {
+    return (dayOfWeek(day) - dateSettings().firstDay + 2 * kDaysPerWeek) % kDaysPerWeek;
 }
 
 std::optional<double> movedByMonths(std::int64_t months, double stored) {
@@ -113,9 +119,9 @@ int partOf(DatePart part, double stored) {
         case DatePart::Day:
             return parts.day;
         case DatePart::Week:
-            return (day - newYear + dayOfWeek(newYear)) / kDaysPerWeek + 1;
+            return (day - newYear + placeInWeek(newYear)) / kDaysPerWeek + 1;
         case DatePart::WeekDay:
-            return dayOfWeek(day) + 1;
+            return placeInWeek(day) + 1;
         case DatePart::Hour:
             return parts.hour;
         case DatePart::Minute:

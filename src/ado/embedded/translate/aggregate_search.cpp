@@ -33,6 +33,7 @@ struct Search {
     bool operator()(const tsql::BetweenPredicate& e) const {
         return contains(e.value) || contains(e.low) || contains(e.high);
     }
+    bool operator()(const tsql::QuantifiedComparison& e) const { return contains(e.value); }
     bool operator()(const tsql::InPredicate& e) const {
         return contains(e.value) || contains(e.list);
     }
@@ -51,7 +52,7 @@ struct Search {
         return contains(e.value) || contains(e.style);
     }
     bool operator()(const tsql::FunctionCall& e) const {
-        return isAggregateName(e.name) || contains(e.arguments);
+        return (isAggregateName(e.name) && !e.over) || contains(e.arguments);
     }
 };
 

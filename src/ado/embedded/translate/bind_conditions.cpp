@@ -66,6 +66,27 @@ std::string Binder::test(const tsql::BetweenPredicate& node, int line, Scope& sc
            " AND " + collated(values[2]) + ")";
 }
 
+// "> ANY" asks whether some row satisfies, "> ALL" whether none fails to.
+std::string Binder::test(const tsql::QuantifiedComparison& node, int line, Scope& scope) {
+    const Typed left = value(*node.value, scope);
+    const BoundQuery bound = query(*node.query, &scope, QueryPlace::Nested);
+    if (bound.columns.size() != 1) {
+        throw ServerError(
+            116,
+            "Only one expression can be specified in the select list when the subquery is "
+            "not introduced with EXISTS.",
+            line);
+    }
+    Typed column = bound.columns[0].value;
+    column.sql = "\"c1\"";
+    column.constant.reset();
+    column.plainColumn = false;
+    const std::string holds = compared(node.op, left, column, line);
+    const std::string rows = "(SELECT 1 FROM (" + bound.sql + ") WHERE ";
+    return node.all ? "NOT EXISTS " + rows + holds + " IS NOT TRUE)"
+                    : "EXISTS " + rows + holds + ")";
+}
+
 std::string Binder::test(const tsql::InPredicate& node, int line, Scope& scope) {
     if (node.query) return inQuery(node, line, scope);
     std::vector<Typed> values{value(*node.value, scope)};

@@ -5,6 +5,7 @@
 #include "ado/embedded/functions/exact.hpp"
 #include "ado/embedded/functions/text_units.hpp"
 #include "ado/embedded/translate/binder.hpp"
+#include "ado/embedded/translate/system_values.hpp"
 #include "ado/embedded/translate/type_rules.hpp"
 #include "tsql/server_error.hpp"
 #include "tsql/text.hpp"
@@ -164,8 +165,20 @@ Typed Binder::node(const tsql::ColumnReference& node, int /*line*/, Scope& scope
 }
 
 Typed Binder::node(const tsql::VariableReference& node, int line, Scope& /*scope*/) {
-    if (node.name.compare(0, 2, "@@") == 0) throw tsql::unsupported(node.name, line);
-    throw ServerError(137, "Must declare the scalar variable \"" + node.name + "\".", line, 15);
+    if (node.name.compare(0, 2, "@@") == 0) return systemVariable(node.name, line);
+    const Variable* variable = names_.variable(node.name);
+    if (variable == nullptr) {
+        throw ServerError(137, "Must declare the scalar variable \"" + node.name + "\".", line, 15);
+    }
+    const std::string number = tsql::integerText(variable->slot + (variablesPerRow_ ? 0 : 1));
+    if (variablesPerRow_) {
+        return Typed::expression(callText("kap_variable", number), variable->type, true);
+    }
+    if (std::find(usedVariables_.begin(), usedVariables_.end(), variable->slot) ==
+        usedVariables_.end()) {
+        usedVariables_.push_back(variable->slot);
+    }
+    return Typed::expression("?" + number, variable->type, true);
 }
 
 Typed Binder::node(const tsql::UnaryExpression& node, int line, Scope& scope) {

@@ -95,15 +95,10 @@ const char* sumFunction(const TypeSpec& type) {
 }  // namespace
 
 Typed Binder::node(const FunctionCall& node, int line, Scope& scope) {
+    if (node.over) return windowed(node, line, scope);
     if (isAggregateName(node.name)) return aggregate(node, line, scope);
-    if (node.name.parts.size() > 1) {
-        const std::string owner = node.name.parts.front();
-        throw ServerError(4121,
-                          "Cannot find either column \"" + owner +
-                              "\" or the user-defined function or aggregate \"" + node.name.text() +
-                              "\", or the name is ambiguous.",
-                          line);
-    }
+    if (node.name.parts.size() > 1) return storedFunction(node, line, scope);
+    if (auto system = systemFunction(node, line, scope)) return std::move(*system);
     const ScalarFunction* function = findFunction(node.name.last());
     if (function == nullptr) {
         throw ServerError(195,
@@ -116,6 +111,35 @@ Typed Binder::node(const FunctionCall& node, int line, Scope& scope) {
         call.arguments.push_back(value(*node.arguments[i], scope));
     }
     return function->bind(call);
+}
+
+// dbo.f(a, b): the values are brought to the types of its parameters, and the session runs it.
+Typed Binder::storedFunction(const FunctionCall& call, int line, Scope& scope) {
+    const Function* function =
+        isOwn(call.name) ? catalogue().findFunction(call.name.last()) : nullptr;
+    if (function == nullptr) {
+        throw ServerError(4121,
+                          "Cannot find either column \"" + call.name.parts.front() +
+                              "\" or the user-defined function or aggregate \"" + call.name.text() +
+                              "\", or the name is ambiguous.",
+                          line);
+    }
+    if (call.arguments.size() != function->parameters.size()) {
+        const bool few = call.arguments.size() < function->parameters.size();
+        throw ServerError(few ? 313 : 8144,
+                          few ? "An insufficient number of arguments were supplied for the "
+                                "procedure or function " +
+                                    call.name.text() + "."
+                              : "Procedure or function " + call.name.text() +
+                                    " has too many arguments specified.",
+                          line);
+    }
+    std::string arguments = sqlText(function->name);
+    for (std::size_t i = 0; i < call.arguments.size(); ++i) {
+        const Typed argument = value(*call.arguments[i], scope);
+        arguments += ", " + convertTo(argument, function->parameters[i].type, line).sql;
+    }
+    return Typed::expression(callText("kap_call", arguments), function->returns, true);
 }
 
 bool isAggregateName(const tsql::ObjectName& name) {

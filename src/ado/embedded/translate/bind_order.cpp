@@ -84,7 +84,9 @@ std::string Binder::orderText(const std::vector<OrderItem>& items, BoundSelect& 
         if (!index) index = namedItem(item, bound.items);
         if (index) {
             checkSortable(bound.items[*index].value, line);
-            terms.push_back(byPosition(*index, bound.items[*index].value));
+            // A rank is computed before the items have their places.
+            terms.push_back(bound.ties ? collated(bound.items[*index].value)
+                                       : byPosition(*index, bound.items[*index].value));
             continue;
         }
         const Typed value = this->value(*item.value, *bound.scope);
@@ -107,6 +109,7 @@ std::string Binder::orderText(const std::vector<OrderItem>& items, BoundSelect& 
         }
         terms.push_back(collated(value));
     }
+    bound.orderTerms = terms;
     return orderList(terms, items);
 }
 

@@ -38,9 +38,17 @@ BoundQuery Binder::query(const tsql::Query& query, Scope* outer, QueryPlace plac
             "Subqueries are not allowed in this context. Only scalar expressions are allowed.",
             query.line, 15);
     }
+    const std::string with = commonTables(query.commonTables, outer);
+    BoundQuery bound = body(query, outer, place);
+    bound.sql = with + bound.sql + rowLimits(query, outer);
+    return bound;
+}
+
+BoundQuery Binder::body(const tsql::Query& query, Scope* outer, QueryPlace place) {
     const std::vector<tsql::OrderItem>& orderBy = query.orderBy;
     const tsql::Query& body = withoutBrackets(query);
-    if (place == QueryPlace::Nested && !orderBy.empty() && !hasTop(body)) {
+    const bool ordered = place == QueryPlace::Nested && !orderBy.empty() && !query.offset;
+    if (ordered && !hasTop(body)) {
         throw ServerError(1033,
                           "The ORDER BY clause is invalid in views, inline functions, derived "
                           "tables, subqueries, "
@@ -50,8 +58,44 @@ BoundQuery Binder::query(const tsql::Query& query, Scope* outer, QueryPlace plac
     if (body.terms.size() > 1) return unionQuery(body, orderBy, outer);
     BoundSelect bound = term(body.terms.front(), orderBy, outer);
     bound.order = orderText(orderBy, bound);
-    std::string sql = selectText(bound);
+    std::string sql = bound.ties ? withTies(bound) : selectText(bound);
     return {std::move(sql), std::move(bound.items)};
+}
+
+// TOP n WITH TIES takes the rows whose rank is at most n.
+std::string Binder::withTies(const BoundSelect& select) {
+    if (select.orderTerms.empty()) {
+        throw ServerError(1062,
+                          "The TOP N WITH TIES clause is not allowed without a corresponding ORDER "
+                          "BY clause.",
+                          0, 15);
+    }
+    if (select.distinct || select.percentTop != nullptr) {
+        throw tsql::unsupported("WITH TIES with DISTINCT or PERCENT", 0);
+    }
+    std::string columns;
+    std::string items;
+    for (std::size_t i = 0; i < select.items.size(); ++i) {
+        columns += (i == 0 ? "" : ", ") + numberedName(i);
+        items += collated(select.items[i].value) + " AS " + numberedName(i) + ", ";
+    }
+    return "SELECT " + columns + " FROM (SELECT " + items + "rank() OVER (" +
+           select.order.substr(1) + ") AS \"rank\"" + select.tail +
+           ") WHERE \"rank\" <= " + select.limit + " ORDER BY \"rank\"";
+}
+
+// OFFSET n ROWS FETCH NEXT m ROWS ONLY.
+std::string Binder::rowLimits(const tsql::Query& query, Scope* outer) {
+    if (!query.offset) return {};
+    Scope constants;
+    constants.outer = outer;
+    const auto count = [&](const tsql::Expression& expression) {
+        const Typed bound = value(expression, constants);
+        return convertTo(bound, {tsql::SqlType::BigInt}, expression.line).sql;
+    };
+    const std::string offset = callText("kap_top", count(*query.offset));
+    const std::string limit = query.fetch ? callText("kap_top", count(*query.fetch)) : "-1";
+    return " LIMIT " + limit + " OFFSET " + offset;
 }
 
 Binder::BoundSelect Binder::term(const tsql::QueryTerm& term,
@@ -78,47 +122,6 @@ Binder::BoundSelect Binder::term(const tsql::QueryTerm& term,
     }
     bound.tail = " FROM (" + inner.sql + ")";
     return bound;
-}
-
-BoundQuery Binder::unionQuery(const tsql::Query& query, const std::vector<tsql::OrderItem>& orderBy,
-                              Scope* outer) {
-    std::vector<BoundSelect> terms;
-    for (const tsql::QueryTerm& each : query.terms) {
-        terms.push_back(term(each, {}, outer));
-        if (terms.back().items.size() == terms.front().items.size()) continue;
-        throw ServerError(
-            205,
-            "All queries combined using a UNION, INTERSECT or EXCEPT operator must have an equal "
-            "number of expressions in their target lists.",
-            query.line);
-    }
-    std::vector<OutputColumn> columns;
-    for (std::size_t i = 0; i < terms.front().items.size(); ++i) {
-        std::vector<Typed> values;
-        values.reserve(terms.size());
-        for (const BoundSelect& each : terms)
-            values.push_back(each.items[i].value);
-        const tsql::TypeSpec type = commonType(values).value_or(tsql::TypeSpec{tsql::SqlType::Int});
-        bool nullable = false;
-        for (BoundSelect& each : terms) {
-            Typed& value = each.items[i].value;
-            value = convertTo(value, type, query.line);
-            nullable = nullable || value.nullable;
-        }
-        columns.push_back(
-            {terms.front().items[i].name, Typed::expression(numberedName(i), type, nullable)});
-    }
-    std::string sql;
-    for (std::size_t i = 0; i < terms.size(); ++i) {
-        if (i > 0)
-            sql +=
-                query.terms[i].joinedBy == tsql::SetOperator::UnionAll ? " UNION ALL " : " UNION ";
-        const std::string text = selectText(terms[i]);
-        // SQLite allows LIMIT only behind the whole.
-        sql += terms[i].limit.empty() ? text : "SELECT * FROM (" + text + ")";
-    }
-    sql += unionOrderText(orderBy, columns);
-    return {std::move(sql), std::move(columns)};
 }
 
 std::string Binder::selectText(const BoundSelect& select) {

@@ -13,6 +13,9 @@ namespace {
 
 bool hasAggregateItem(const tsql::Select& select) {
     return std::any_of(select.items.begin(), select.items.end(), [](const tsql::SelectItem& item) {
+        if (const auto* assignment = std::get_if<tsql::AssignmentItem>(&item.node)) {
+            return containsAggregate(*assignment->value);
+        }
         const auto* expression = std::get_if<tsql::ExpressionItem>(&item.node);
         return expression != nullptr && containsAggregate(*expression->value);
     });
@@ -75,6 +78,7 @@ Binder::BoundSelect Binder::select(const tsql::Select& select,
     }
     if (select.top) {
         bound.percentTop = select.top->percent ? &*select.top : nullptr;
+        bound.ties = select.top->withTies;
         if (!select.top->percent) bound.limit = limitText(*select.top, *bound.scope);
     }
     return bound;
@@ -123,13 +127,37 @@ void Binder::selectItems(const tsql::Select& select, BoundSelect& bound, int lin
             }
             continue;
         }
-        const auto& expression = std::get<tsql::ExpressionItem>(item.node);
-        bound.items.push_back(
-            {itemName(expression, *bound.scope), value(*expression.value, *bound.scope)});
+        addItem(item, *bound.scope, bound.items);
     }
     if (!bound.distinct) return;
     for (const OutputColumn& item : bound.items)
         refuseLargeType(item.value, line);
+}
+
+void Binder::addItem(const tsql::SelectItem& item, Scope& scope, std::vector<OutputColumn>& items) {
+    if (const auto* assignment = std::get_if<tsql::AssignmentItem>(&item.node)) {
+        items.push_back({"", value(*assignment->value, scope)});
+        return;
+    }
+    const auto& expression = std::get<tsql::ExpressionItem>(item.node);
+    items.push_back({itemName(expression, scope), value(*expression.value, scope)});
+}
+
+std::vector<OutputColumn> Binder::itemValues(const std::vector<tsql::SelectItem>& items,
+                                             Scope& scope) {
+    std::vector<OutputColumn> result;
+    for (const tsql::SelectItem& item : items) {
+        const auto* star = std::get_if<tsql::StarItem>(&item.node);
+        if (star == nullptr) {
+            addItem(item, scope, result);
+        } else if (star->qualifier.parts.empty()) {
+            for (const Source& source : scope.sources)
+                addColumns(source, result);
+        } else {
+            addColumns(resolveQualifier(star->qualifier, scope), result);
+        }
+    }
+    return result;
 }
 
 std::string Binder::limitText(const tsql::TopClause& top, Scope& scope) {

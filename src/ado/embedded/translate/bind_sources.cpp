@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <iterator>
+#include <utility>
 
 #include "ado/embedded/translate/binder.hpp"
 #include "tsql/server_error.hpp"
@@ -63,6 +64,21 @@ void checkNames(const std::vector<Source>& sources, int line) {
     }
 }
 
+// The names that stand behind the alias of a query, or in the definition of a view.
+void nameColumns(std::vector<OutputColumn>& columns, const std::vector<std::string>& names,
+                 const std::string& source, int line) {
+    if (names.empty()) return;
+    if (names.size() != columns.size()) {
+        const bool more = names.size() < columns.size();
+        throw ServerError(more ? 8158 : 8159,
+                          "'" + source + "' has " + (more ? "more" : "fewer") +
+                              " columns than were specified in the column list.",
+                          line);
+    }
+    for (std::size_t i = 0; i < columns.size(); ++i)
+        columns[i].name = names[i];
+}
+
 void append(std::vector<Source>& all, std::vector<Source> more) {
     std::move(more.begin(), more.end(), std::back_inserter(all));
 }
@@ -103,37 +119,113 @@ BoundSource Binder::source(const tsql::TableSource& source, Scope& scope) {
     return join(std::get<tsql::Join>(source.node), source.line, scope);
 }
 
-BoundSource Binder::namedTable(const tsql::NamedTable& named) const {
-    const Table& table = requireTable(named.name, catalogue_);
-    const std::string& name = named.alias.empty() ? table.name : named.alias;
+Source Binder::ownColumns(const Table& table) {
+    Source source = tableSource(table, table.name);
+    for (std::size_t i = 0; i < source.columns.size(); ++i)
+        source.columns[i].value.sql = sqlName(table.columns[i].name);
+    return source;
+}
+
+BoundSource Binder::namedTable(const tsql::NamedTable& named) {
+    if (const CommonName* common = findCommon(named.name)) {
+        return commonSource(*common, named.alias.empty() ? named.name.last() : named.alias);
+    }
+    if (findTable(named.name, names_) == nullptr) {
+        if (auto view = viewSource(named)) return std::move(*view);
+        if (auto system = systemSource(named)) return std::move(*system);
+    }
+    const Table& table = requireTable(named.name, names_);
+    const bool local = table.name != named.name.last() && names_.localTable(named.name.last());
+    const std::string& own = local ? named.name.last() : table.name;
+    const std::string& name = named.alias.empty() ? own : named.alias;
     return {tableSql(table.name, table.temporary) + " AS " + sqlName(name),
             {tableSource(table, name)},
             false};
 }
 
 BoundSource Binder::derivedTable(const tsql::DerivedTable& derived, int line, Scope& scope) {
-    BoundQuery bound = query(*derived.query, scope.outer, QueryPlace::Nested);
-    if (!derived.columnAliases.empty()) {
-        if (derived.columnAliases.size() != bound.columns.size()) {
-            const bool more = derived.columnAliases.size() < bound.columns.size();
-            throw ServerError(more ? 8158 : 8159,
-                              "'" + derived.alias + "' has " + (more ? "more" : "fewer") +
-                                  " columns than were specified in the column list.",
-                              line);
-        }
-        for (std::size_t i = 0; i < bound.columns.size(); ++i)
-            bound.columns[i].name = derived.columnAliases[i];
-    }
-    checkOwnNames(bound.columns, derived.alias, line);
-    Source result{derived.alias, nullptr, {}};
+    return querySource(query(*derived.query, scope.outer, QueryPlace::Nested),
+                       derived.columnAliases, derived.alias, line);
+}
+
+// A query that is read from as from a table.
+BoundSource Binder::querySource(BoundQuery bound, const std::vector<std::string>& columnNames,
+                                const std::string& name, int line) {
+    nameColumns(bound.columns, columnNames, name, line);
+    checkOwnNames(bound.columns, name, line);
+    Source result{name, nullptr, {}};
     for (std::size_t i = 0; i < bound.columns.size(); ++i) {
         Typed value = std::move(bound.columns[i].value);
-        value.sql = sqlName(derived.alias) + "." + numberedName(i);
+        value.sql = sqlName(name) + "." + numberedName(i);
         value.constant.reset();
         value.nullLiteral = false;
+        value.terms.clear();
+        value.joint.clear();
         result.columns.push_back({std::move(bound.columns[i].name), std::move(value)});
     }
-    return {"(" + bound.sql + ") AS " + sqlName(derived.alias), {std::move(result)}, false};
+    return {"(" + bound.sql + ") AS " + sqlName(name), {std::move(result)}, false};
+}
+
+BoundSource Binder::commonSource(const CommonName& common, const std::string& name) const {
+    Source result{name, nullptr, {}};
+    for (std::size_t i = 0; i < common.columns.size(); ++i) {
+        Typed value = common.columns[i].value;
+        value.sql = sqlName(name) + "." + numberedName(i);
+        result.columns.push_back({common.columns[i].name, std::move(value)});
+    }
+    return {sqlName(common.name) + " AS " + sqlName(name), {std::move(result)}, false};
+}
+
+// A view is read as the query that it stands for.
+std::optional<BoundSource> Binder::viewSource(const tsql::NamedTable& named) {
+    const View* view = isOwn(named.name) ? catalogue().findView(named.name.last()) : nullptr;
+    if (view == nullptr) return std::nullopt;
+    if (std::find(openViews_.begin(), openViews_.end(), view) != openViews_.end()) {
+        throw ServerError(4413,
+                          "Could not use view or function '" + view->name +
+                              "' because of binding errors: it reads itself.",
+                          named.name.line);
+    }
+    openViews_.push_back(view);
+    const std::vector<CommonName> outerNames = std::exchange(commonNames_, {});
+    BoundQuery bound = query(*view->query, nullptr, QueryPlace::Nested);
+    commonNames_ = outerNames;
+    openViews_.pop_back();
+    return querySource(std::move(bound), view->columns,
+                       named.alias.empty() ? view->name : named.alias, named.name.line);
+}
+
+// What the database tells of itself stands in the statement as rows of constants.
+std::optional<BoundSource> Binder::systemSource(const tsql::NamedTable& named) const {
+    const auto system = catalogue().systemRows(named.name);
+    if (!system) return std::nullopt;
+    noteSchema();
+    BoundQuery bound;
+    for (std::size_t i = 0; i < system->columns.size(); ++i) {
+        const auto& [name, type] = system->columns[i];
+        bound.columns.push_back({name, Typed::expression(numberedName(i), type, true)});
+    }
+    std::string items;
+    for (std::size_t i = 0; i < system->columns.size(); ++i) {
+        const std::string own = "column" + tsql::integerText(static_cast<std::int64_t>(i) + 1);
+        items += (i == 0 ? "" : ", ") + own + " AS " + numberedName(i);
+    }
+    std::string rows;
+    for (const auto& row : system->rows) {
+        rows += rows.empty() ? "VALUES (" : ", (";
+        for (std::size_t i = 0; i < row.size(); ++i)
+            rows += (i == 0 ? "" : ", ") + sqlLiteral(row[i]);
+        rows += ")";
+    }
+    if (rows.empty()) {
+        for (std::size_t i = 0; i < system->columns.size(); ++i)
+            rows += (i == 0 ? "SELECT NULL AS column" : ", NULL AS column") +
+                    tsql::integerText(static_cast<std::int64_t>(i) + 1);
+        rows += " WHERE 0";
+    }
+    bound.sql = "SELECT " + items + " FROM (" + rows + ")";
+    return querySource(std::move(bound), {}, named.alias.empty() ? named.name.last() : named.alias,
+                       named.name.line);
 }
 
 BoundSource Binder::join(const tsql::Join& join, int line, Scope& scope) {

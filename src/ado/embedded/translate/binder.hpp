@@ -7,9 +7,10 @@
 
 #include "ado/embedded/catalogue.hpp"
 #include "ado/embedded/functions/convert.hpp"
+#include "ado/embedded/translate/names.hpp"
 #include "ado/embedded/translate/scope.hpp"
 #include "ado/embedded/translate/typed.hpp"
-#include "tsql/syntax.hpp"
+#include "tsql/statements.hpp"
 
 namespace kap::ado::embedded {
 
@@ -43,13 +44,22 @@ struct BoundSource {
 ///
 /// One class, one room (source file) for each part of the language: bind_expressions.cpp,
 /// bind_operators.cpp, bind_comparisons.cpp, bind_conditions.cpp, bind_functions.cpp and its
-/// tables, bind_queries.cpp, bind_selects.cpp, bind_order.cpp, bind_sources.cpp. All throw
+/// tables, bind_windows.cpp, bind_system_values.cpp, bind_queries.cpp, bind_unions.cpp,
+/// bind_selects.cpp, bind_order.cpp, bind_sources.cpp, bind_common_tables.cpp. All throw
 /// tsql::ServerError with a line.
 class Binder {
 public:
-    explicit Binder(const Catalogue& catalogue) : catalogue_(catalogue) {}
+    explicit Binder(const Names& names) : names_(names) {}
 
-    [[nodiscard]] const Catalogue& catalogue() const { return catalogue_; }
+    [[nodiscard]] const Names& names() const { return names_; }
+    [[nodiscard]] const Catalogue& catalogue() const { return names_.catalogue(); }
+    /// The slots of the variables that stand in what was bound.
+    [[nodiscard]] const std::vector<int>& usedVariables() const { return usedVariables_; }
+    /// Whether what was bound tells of the schema, which another connection may change.
+    [[nodiscard]] bool readsSchema() const { return readsSchema_; }
+    void noteSchema() const { readsSchema_ = true; }
+    /// From now on variables are asked for their value again for each row.
+    void readVariablesPerRow() { variablesPerRow_ = true; }
 
     // Expressions and conditions.
     [[nodiscard]] Typed value(const tsql::Expression& expression, Scope& scope);
@@ -80,9 +90,18 @@ public:
     [[nodiscard]] BoundQuery query(const tsql::Query& query, Scope* outer, QueryPlace place);
     [[nodiscard]] BoundSource from(const std::vector<tsql::TableSourcePtr>& sources, Scope& scope);
     [[nodiscard]] std::string limitText(const tsql::TopClause& top, Scope& scope);
+    /// "WITH a AS (...) " for what follows, which may name these tables as long as the binder
+    /// lives; empty when there are none.
+    [[nodiscard]] std::string commonTables(const std::vector<tsql::CommonTable>& tables,
+                                           Scope* outer);
+    /// The values of a select list over sources that stand in `scope`.
+    [[nodiscard]] std::vector<OutputColumn> itemValues(const std::vector<tsql::SelectItem>& items,
+                                                       Scope& scope);
 
     /// A stored table as a source of columns under a name.
     [[nodiscard]] static Source tableSource(const Table& table, const std::string& name);
+    /// The same for a place where columns stand without their table: its own definition.
+    [[nodiscard]] static Source ownColumns(const Table& table);
 
 private:
     struct BoundSelect;
@@ -123,6 +142,7 @@ private:
     [[nodiscard]] std::string test(const tsql::Comparison& node, int line, Scope& scope);
     [[nodiscard]] std::string test(const tsql::LogicalExpression& node, int line, Scope& scope);
     [[nodiscard]] std::string test(const tsql::BetweenPredicate& node, int line, Scope& scope);
+    [[nodiscard]] std::string test(const tsql::QuantifiedComparison& node, int line, Scope& scope);
     [[nodiscard]] std::string test(const tsql::InPredicate& node, int line, Scope& scope);
     [[nodiscard]] std::string test(const tsql::LikePredicate& node, int line, Scope& scope);
     [[nodiscard]] std::string test(const tsql::NullPredicate& node, int line, Scope& scope);
@@ -137,11 +157,38 @@ private:
                               int line) const;
     [[nodiscard]] Typed average(const Typed& argument, bool distinct, int line) const;
 
+    [[nodiscard]] Typed storedFunction(const tsql::FunctionCall& call, int line, Scope& scope);
+
+    // bind_windows.cpp
+    [[nodiscard]] Typed windowed(const tsql::FunctionCall& call, int line, Scope& scope);
+    [[nodiscard]] Typed windowAggregate(const tsql::FunctionCall& call, const std::string& over,
+                                        int line, Scope& scope);
+    [[nodiscard]] std::string overText(const tsql::Window& window, int line, Scope& scope);
+
+    // bind_system_values.cpp
+    [[nodiscard]] std::optional<Typed> systemFunction(const tsql::FunctionCall& call, int line,
+                                                      Scope& scope);
+
+    // bind_common_tables.cpp
+    struct CommonName {
+        std::string name;
+        std::vector<OutputColumn> columns;
+    };
+    [[nodiscard]] std::string commonTable(const tsql::CommonTable& table, Scope* outer);
+    [[nodiscard]] const CommonName* findCommon(const tsql::ObjectName& name) const;
+
     // bind_queries.cpp
+    [[nodiscard]] BoundQuery body(const tsql::Query& query, Scope* outer, QueryPlace place);
+    [[nodiscard]] std::string rowLimits(const tsql::Query& query, Scope* outer);
+    [[nodiscard]] static std::string withTies(const BoundSelect& select);
+
+    // bind_unions.cpp
     [[nodiscard]] BoundSelect term(const tsql::QueryTerm& term,
                                    const std::vector<tsql::OrderItem>& orderBy, Scope* outer);
     [[nodiscard]] BoundQuery unionQuery(const tsql::Query& query,
                                         const std::vector<tsql::OrderItem>& orderBy, Scope* outer);
+    [[nodiscard]] static std::string unionText(std::vector<BoundSelect>& terms,
+                                               const tsql::Query& query);
     [[nodiscard]] static std::string selectText(const BoundSelect& select);
     static void checkOwnNames(const std::vector<OutputColumn>& columns, const std::string& alias,
                               int line);
@@ -151,6 +198,7 @@ private:
                                      const std::vector<tsql::OrderItem>& orderBy, Scope* outer,
                                      int line);
     void selectItems(const tsql::Select& select, BoundSelect& bound, int line);
+    void addItem(const tsql::SelectItem& item, Scope& scope, std::vector<OutputColumn>& items);
     void grouping(const tsql::Select& select, BoundSelect& bound);
 
     // bind_order.cpp
@@ -161,11 +209,22 @@ private:
 
     // bind_sources.cpp
     [[nodiscard]] BoundSource source(const tsql::TableSource& source, Scope& scope);
-    [[nodiscard]] BoundSource namedTable(const tsql::NamedTable& table) const;
+    [[nodiscard]] BoundSource namedTable(const tsql::NamedTable& table);
+    [[nodiscard]] BoundSource commonSource(const CommonName& common, const std::string& name) const;
+    [[nodiscard]] std::optional<BoundSource> viewSource(const tsql::NamedTable& table);
+    [[nodiscard]] std::optional<BoundSource> systemSource(const tsql::NamedTable& table) const;
+    [[nodiscard]] static BoundSource querySource(BoundQuery bound,
+                                                 const std::vector<std::string>& columnNames,
+                                                 const std::string& name, int line);
     [[nodiscard]] BoundSource derivedTable(const tsql::DerivedTable& table, int line, Scope& scope);
     [[nodiscard]] BoundSource join(const tsql::Join& join, int line, Scope& scope);
 
-    const Catalogue& catalogue_;
+    const Names& names_;
+    std::vector<CommonName> commonNames_;
+    std::vector<const View*> openViews_;  // being read, to refuse one that reads itself
+    std::vector<int> usedVariables_;
+    mutable bool readsSchema_ = false;
+    bool variablesPerRow_ = false;
 };
 
 /// A SELECT before its items are put into text: what follows may still convert or order them.
@@ -177,6 +236,8 @@ struct Binder::BoundSelect {
     std::string limit;  ///< what LIMIT takes; empty without TOP
     std::string order;  ///< ORDER BY, after a blank
     const tsql::TopClause* percentTop = nullptr;
+    bool ties = false;                    ///< TOP n WITH TIES
+    std::vector<std::string> orderTerms;  ///< what `order` holds, term by term
     bool grouped = false;
 };
 

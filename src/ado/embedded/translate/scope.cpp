@@ -106,18 +106,29 @@ const Source& resolveQualifier(const ObjectName& name, const Scope& scope) {
                       name.line, 15);
 }
 
-const Table* findTable(const ObjectName& name, const Catalogue& catalogue) {
-    const bool foreignOwner =
-        name.parts.size() > 2 || (name.parts.size() == 2 && !sameName(name.parts.front(), "dbo"));
-    return foreignOwner ? nullptr : catalogue.find(name.last());
+// "tempdb..#t" and "azienda.dbo.t" name objects here, too: there is one database, and temporary
+// tables are the connection's wherever they are said to be.
+bool isOwn(const ObjectName& name) {
+    if (name.parts.size() < 2) return true;
+    const std::string& owner = name.parts[name.parts.size() - 2];
+    return sameName(owner, "dbo") || sameName(owner, "tempdb");
 }
 
-const Table& requireTable(const ObjectName& name, const Catalogue& catalogue) {
-    const Table* table = findTable(name, catalogue);
-    if (table == nullptr) {
-        throw ServerError(208, "Invalid object name '" + name.text() + "'.", name.line);
+const Table* findTable(const ObjectName& name, const Names& names) {
+    if (name.parts.size() == 1) {
+        if (const Table* local = names.localTable(name.last())) return local;
     }
-    return *table;
+    return isOwn(name) ? names.catalogue().find(name.last()) : nullptr;
+}
+
+const Table& requireTable(const ObjectName& name, const Names& names) {
+    const Table* table = findTable(name, names);
+    if (table != nullptr) return *table;
+    if (name.last().front() == '@') {
+        throw ServerError(1087, "Must declare the table variable \"" + name.last() + "\".",
+                          name.line, 15);
+    }
+    throw ServerError(208, "Invalid object name '" + name.text() + "'.", name.line);
 }
 
 std::string tableSql(const std::string& name, bool temporary) {

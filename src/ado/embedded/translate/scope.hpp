@@ -4,6 +4,7 @@
 #include <type_traits>
 #include <vector>
 
+#include "ado/embedded/translate/names.hpp"
 #include "ado/embedded/translate/typed.hpp"
 #include "tsql/syntax.hpp"
 
@@ -73,11 +74,16 @@ private:
 /// The source that "x" in "x.*" means. Error 107 when there is none.
 [[nodiscard]] const Source& resolveQualifier(const tsql::ObjectName& name, const Scope& scope);
 
-/// The table a name means: one part, or the owner dbo before it. Error 208 when there is none.
-[[nodiscard]] const Table& requireTable(const tsql::ObjectName& name, const Catalogue& catalogue);
+/// The table a name means: one part, or the owner dbo before it. Errors 208, and 1087 for a table
+/// variable, when there is none.
+[[nodiscard]] const Table& requireTable(const tsql::ObjectName& name, const Names& names);
 
 /// The table, or null.
-[[nodiscard]] const Table* findTable(const tsql::ObjectName& name, const Catalogue& catalogue);
+[[nodiscard]] const Table* findTable(const tsql::ObjectName& name, const Names& names);
+
+/// Whether a name can mean an object of this database: no owner, dbo, or this database's own name
+/// before it.
+[[nodiscard]] bool isOwn(const tsql::ObjectName& name);
 
 /// The table as SQLite is to read or write it: main."t" or temp."#t".
 [[nodiscard]] std::string tableSql(const std::string& name, bool temporary);

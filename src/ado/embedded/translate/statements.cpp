@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "tsql/server_error.hpp"
+#include "tsql/text.hpp"
 
 namespace kap::ado::embedded {
 
@@ -37,6 +38,10 @@ std::string identityCall(const Table& table) {
     return callText("kap_identity", sqlText(table.name));
 }
 
+std::string givenIdentity(const Table& table, const std::string& value) {
+    return callText("kap_identity_given", sqlText(table.name), value);
+}
+
 std::string rowNumberName(const Table& table) {
     for (const char* name : {"rowid", "_rowid_", "oid"}) {
         if (table.find(name) == nullptr) return name;
@@ -61,7 +66,7 @@ TargetRows bindTarget(Binder& binder, const tsql::ObjectName& target,
                               target.line);
         }
     } else {
-        const Table& table = requireTable(target, binder.catalogue());
+        const Table& table = requireTable(target, binder.names());
         rows.table = &table;
         rows.name = table.name;
         const std::string own =
@@ -78,6 +83,8 @@ TargetRows bindTarget(Binder& binder, const tsql::ObjectName& target,
     if (top) {
         if (top->percent) throw tsql::unsupported("TOP PERCENT in UPDATE or DELETE", target.line);
         rows.limit = " LIMIT " + binder.limitText(*top, scope);
+    } else if (const std::int64_t most = binder.names().settings().rowLimit; most > 0) {
+        rows.limit = " LIMIT " + tsql::integerText(most);
     }
     return rows;
 }

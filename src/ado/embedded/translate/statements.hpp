@@ -10,21 +10,34 @@
 namespace kap::ado::embedded {
 
 [[nodiscard]] Translation translateSelect(const tsql::SelectStatement& statement,
-                                          const Catalogue& catalogue);
+                                          const Names& names);
 [[nodiscard]] Translation translateInsert(const tsql::InsertStatement& statement, int line,
-                                          const Catalogue& catalogue);
+                                          const Names& names);
 [[nodiscard]] Translation translateUpdate(const tsql::UpdateStatement& statement,
-                                          const Catalogue& catalogue);
+                                          const Names& names);
 [[nodiscard]] Translation translateDelete(const tsql::DeleteStatement& statement,
-                                          const Catalogue& catalogue);
+                                          const Names& names);
+[[nodiscard]] Translation translateTruncate(const tsql::TruncateStatement& statement,
+                                            const Names& names);
 [[nodiscard]] Translation translateCreate(const tsql::CreateTableStatement& statement, int line,
-                                          const Catalogue& catalogue);
-[[nodiscard]] Translation translateDrop(const tsql::DropTableStatement& statement, int line,
-                                        const Catalogue& catalogue);
+                                          const Names& names);
+[[nodiscard]] Translation translateIndex(const tsql::CreateIndexStatement& statement, int line,
+                                         const Names& names);
+[[nodiscard]] Translation translateDrop(const tsql::DropStatement& statement, int line,
+                                        const Names& names);
+
+/// SELECT ... INTO: makes the table that the columns describe and fills it.
+[[nodiscard]] Translation translateSelectInto(const tsql::Query& query,
+                                              const tsql::ObjectName& table, const Names& names);
+
+/// A column of a result, as its query made it.
+[[nodiscard]] ResultColumn resultColumn(const OutputColumn& output);
 
 /// Calls that give a row its next values; the session provides the functions.
 [[nodiscard]] std::string rowVersionCall();
 [[nodiscard]] std::string identityCall(const Table& table);
+/// A value for an identity column that the statement itself gives.
+[[nodiscard]] std::string givenIdentity(const Table& table, const std::string& value);
 
 /// A name by which SQLite knows the row's number and that no column of the table hides.
 [[nodiscard]] std::string rowNumberName(const Table& table);

@@ -1,4 +1,6 @@
+#include "ado/embedded/translate/capture.hpp"
 #include "ado/embedded/translate/statements.hpp"
+#include "tsql/server_error.hpp"
 
 namespace kap::ado::embedded {
 
@@ -19,25 +21,51 @@ std::string plainDelete(const tsql::DeleteStatement& statement, const Table& tab
 
 }  // namespace
 
-Translation translateDelete(const tsql::DeleteStatement& statement, const Catalogue& catalogue) {
-    Binder binder(catalogue);
+Translation translateDelete(const tsql::DeleteStatement& statement, const Names& names) {
+    Binder binder(names);
     Translation result;
     result.kind = StatementKind::Delete;
     result.writes = true;
-    if (statement.from.empty() && !statement.top) {
-        const Table& table = requireTable(statement.table, catalogue);
-        result.table = table.name;
-        result.sql.push_back(plainDelete(statement, table, binder));
-        return result;
+    const std::string with = binder.commonTables(statement.commonTables, nullptr);
+    const Table* table = nullptr;
+    if (statement.from.empty() && !statement.top && names.settings().rowLimit == 0) {
+        table = &requireTable(statement.table, names);
+        result.sql.push_back(with + plainDelete(statement, *table, binder));
+    } else {
+        Scope scope;
+        const TargetRows rows = bindTarget(binder, statement.table, statement.from, statement.where,
+                                           statement.top, scope);
+        table = rows.table;
+        const std::string rowNumber = rowNumberName(*table);
+        result.sql.push_back(with + "DELETE FROM " + tableSql(table->name, table->temporary) +
+                             " WHERE " + rowNumber + " IN (SELECT " + sqlName(rows.name) + "." +
+                             rowNumber + rows.tail + rows.limit + ")");
     }
-    Scope scope;
-    const TargetRows rows =
-        bindTarget(binder, statement.table, statement.from, statement.where, statement.top, scope);
-    const std::string rowNumber = rowNumberName(*rows.table);
-    result.table = rows.table->name;
-    result.sql.push_back("DELETE FROM " + tableSql(rows.table->name, rows.table->temporary) +
-                         " WHERE " + rowNumber + " IN (SELECT " + sqlName(rows.name) + "." +
-                         rowNumber + rows.tail + rows.limit + ")");
+    result.table = table->name;
+    result.temporary = table->temporary;
+    result.capture = captureFor(*table, tsql::kOnDelete, statement.output, binder);
+    result.variables = binder.usedVariables();
+    result.readsSchema = binder.readsSchema();
+    return result;
+}
+
+// All rows go, without triggers, and the identity begins anew.
+Translation translateTruncate(const tsql::TruncateStatement& statement, const Names& names) {
+    const Table* table = findTable(statement.table, names);
+    if (table == nullptr) {
+        throw tsql::ServerError(4701,
+                                "Cannot find the object \"" + statement.table.text() +
+                                    "\" because it does not exist or you do not have permissions.",
+                                statement.table.line);
+    }
+    Translation result;
+    result.kind = StatementKind::Define;
+    result.writes = true;
+    result.table = table->name;
+    result.temporary = table->temporary;
+    result.sql.push_back("DELETE FROM " + tableSql(table->name, table->temporary));
+    result.sql.push_back("UPDATE " + std::string(table->temporary ? "temp" : "main") +
+                         ".kap_counters SET last = NULL WHERE owner = " + sqlText(table->name));
     return result;
 }
 

@@ -1,7 +1,9 @@
 #include <algorithm>
 
+#include "ado/embedded/translate/capture.hpp"
 #include "ado/embedded/translate/statements.hpp"
 #include "tsql/server_error.hpp"
+#include "tsql/text.hpp"
 
 namespace kap::ado::embedded {
 
@@ -34,18 +36,26 @@ std::vector<const Column*> namedColumns(const InsertStatement& statement, const 
     return columns;
 }
 
-// Without a list the values are for all columns but the identity.
+// Without a list the values are for all columns but the identity and the computed ones.
 std::vector<const Column*> allColumns(const Table& table) {
     std::vector<const Column*> columns;
     for (const Column& column : table.columns) {
-        if (!column.identity) columns.push_back(&column);
+        if (!column.identity && !column.computed) columns.push_back(&column);
     }
     return columns;
 }
 
-void checkAssignable(const std::vector<const Column*>& columns, const Table& table, int line) {
+void checkAssignable(const std::vector<const Column*>& columns, const Table& table,
+                     bool identityGiven, int line) {
     for (const Column* column : columns) {
-        if (!column->identity) continue;
+        if (column->computed) {
+            throw ServerError(271,
+                              "The column \"" + column->name +
+                                  "\" cannot be modified because it is either a computed column or "
+                                  "is the result of a UNION operator.",
+                              line);
+        }
+        if (!column->identity || identityGiven) continue;
         throw ServerError(544,
                           "Cannot insert explicit value for identity column in table '" +
                               table.name + "' when IDENTITY_INSERT is set to OFF.",
@@ -99,32 +109,60 @@ void checkSelectCount(std::size_t given, std::size_t wanted, bool listed, int li
 // The parts of the statement that its rows share.
 class InsertWriter {
 public:
-    InsertWriter(const InsertStatement& statement, int line, const Catalogue& catalogue)
+    InsertWriter(const InsertStatement& statement, int line, const Names& names)
         : statement_(statement),
           line_(line),
-          binder_(catalogue),
-          table_(requireTable(statement.table, catalogue)) {}
+          binder_(names),
+          table_(requireTable(statement.table, names)) {}
 
     Translation write() {
         const bool listed = !statement_.columns.empty();
         columns_ = listed ? namedColumns(statement_, table_, line_) : allColumns(table_);
-        checkAssignable(columns_, table_, line_);
+        const bool mayGive = sameName(binder_.names().settings().identityInsert, table_.name);
+        if (mayGive) requireIdentity(listed);
+        checkAssignable(columns_, table_, mayGive, line_);
+        givesIdentity_ = mayGive;
+        const std::string with = binder_.commonTables(statement_.commonTables, nullptr);
         const std::string source = statement_.query ? queryText(listed) : rowsText(listed);
         Translation result;
         result.kind = StatementKind::Insert;
         result.writes = true;
         result.table = table_.name;
-        result.sql.push_back("INSERT INTO " + tableSql(table_.name, table_.temporary) +
+        result.temporary = table_.temporary;
+        result.sql.push_back(with + "INSERT INTO " + tableSql(table_.name, table_.temporary) +
                              columnList() + source);
+        result.capture = captureFor(table_, tsql::kOnInsert, statement_.output, binder_);
+        result.variables = binder_.usedVariables();
+        result.readsSchema = binder_.readsSchema();
         return result;
     }
 
 private:
+    // While IDENTITY_INSERT is on for a table, its identity column must be given, by name.
+    void requireIdentity(bool listed) const {
+        const bool given =
+            listed && std::any_of(columns_.begin(), columns_.end(),
+                                  [](const Column* c) { return c->identity.has_value(); });
+        if (given) return;
+        throw ServerError(
+            listed ? 545 : 8101,
+            listed
+                ? "Explicit value must be specified for identity column in table '" + table_.name +
+                      "' either when IDENTITY_INSERT is set to ON or when a "
+                      "replication user is inserting into a NOT FOR REPLICATION "
+                      "identity column."
+                : "An explicit value for the identity column in table '" + table_.name +
+                      "' can only be specified when a column list is used and "
+                      "IDENTITY_INSERT is ON.",
+            line_);
+    }
+
     // What the table fills by itself, after the columns given.
     [[nodiscard]] std::vector<std::pair<const Column*, std::string>> generated() const {
         std::vector<std::pair<const Column*, std::string>> result;
         for (const Column& column : table_.columns) {
-            if (column.identity) result.emplace_back(&column, identityCall(table_));
+            if (column.identity && !givesIdentity_)
+                result.emplace_back(&column, identityCall(table_));
             if (column.isRowVersion()) result.emplace_back(&column, rowVersionCall());
         }
         return result;
@@ -186,7 +224,20 @@ private:
 
     std::string valueText(const tsql::ValueOrDefault& value, const Column& column, Scope& scope) {
         if (!value.value) return column.defaultSql ? "(" + *column.defaultSql + ")" : "NULL";
-        return binder_.stored(binder_.value(*value.value, scope), column.type, value.value->line);
+        return stored(binder_.value(*value.value, scope), column, value.value->line);
+    }
+
+    [[nodiscard]] std::string stored(const Typed& value, const Column& column, int line) const {
+        std::string sql = binder_.stored(value, column.type, line);
+        return column.identity ? givenIdentity(table_, sql) : sql;
+    }
+
+    std::string limit() {
+        const std::int64_t rowLimit = binder_.names().settings().rowLimit;
+        if (!statement_.top) return rowLimit > 0 ? " LIMIT " + tsql::integerText(rowLimit) : "";
+        if (statement_.top->percent) throw tsql::unsupported("INSERT TOP PERCENT", line_);
+        Scope scope;
+        return " LIMIT " + binder_.limitText(*statement_.top, scope);
     }
 
     std::string queryText(bool listed) {
@@ -198,10 +249,10 @@ private:
             Typed value = rows.columns[i].value;
             value.sql = numberedName(i);
             value.constant.reset();
-            list += (list.empty() ? "" : ", ") + binder_.stored(value, columns_[i]->type, line_);
+            list += (list.empty() ? "" : ", ") + stored(value, *columns_[i], line_);
         }
         list += generatedValues();
-        return " SELECT " + list + " FROM (" + rows.sql + ")";
+        return " SELECT " + list + " FROM (" + rows.sql + ")" + limit();
     }
 
     const InsertStatement& statement_;
@@ -209,13 +260,13 @@ private:
     Binder binder_;
     const Table& table_;
     std::vector<const Column*> columns_;
+    bool givesIdentity_ = false;
 };
 
 }  // namespace
 
-Translation translateInsert(const InsertStatement& statement, int line,
-                            const Catalogue& catalogue) {
-    return InsertWriter(statement, line, catalogue).write();
+Translation translateInsert(const InsertStatement& statement, int line, const Names& names) {
+    return InsertWriter(statement, line, names).write();
 }
 
 }  // namespace kap::ado::embedded

@@ -1,7 +1,9 @@
 #include <algorithm>
 
+#include "ado/embedded/translate/capture.hpp"
 #include "ado/embedded/translate/statements.hpp"
 #include "tsql/server_error.hpp"
+#include "tsql/text.hpp"
 
 namespace kap::ado::embedded {
 
@@ -18,8 +20,56 @@ struct BoundAssignment {
 
 void checkUpdatable(const Column& column, int line) {
     if (column.isRowVersion()) throw ServerError(272, "Cannot update a timestamp column.", line);
+    if (column.computed) {
+        throw ServerError(271,
+                          "The column \"" + column.name +
+                              "\" cannot be modified because it is either a computed column or is "
+                              "the result of a UNION operator.",
+                          line);
+    }
     if (column.identity) {
         throw ServerError(8102, "Cannot update identity column '" + column.name + "'.", line);
+    }
+}
+
+// "@x = value" leaves the value of each row in a variable, and gives it on.
+std::string assignedTo(const std::string& name, const Typed& value, int line, Binder& binder) {
+    const Variable* variable = binder.names().variable(name);
+    if (variable == nullptr) {
+        throw ServerError(137, "Must declare the scalar variable \"" + name + "\".", line, 15);
+    }
+    return callText("kap_assign", tsql::integerText(variable->slot),
+                    binder.convertTo(value, variable->type, line).sql);
+}
+
+// The type that a value has once it has passed through a variable.
+Typed throughVariable(const std::string& name, const Typed& value, int line, Binder& binder) {
+    if (name.empty()) return value;
+    const std::string sql = assignedTo(name, value, line, binder);
+    return Typed::expression(sql, binder.names().variable(name)->type, true);
+}
+
+// Variables that are assigned without a column go along with the first column that is written.
+void addVariables(const UpdateStatement& statement, const Table& table, Binder& binder,
+                  Scope& scope, std::vector<BoundAssignment>& result) {
+    for (const Assignment& assignment : statement.assignments) {
+        if (!assignment.column.parts.empty()) continue;
+        const int line = assignment.value.value->line;
+        const Typed value = binder.value(*assignment.value.value, scope);
+        const std::string sql = assignedTo(assignment.variable, value, line, binder);
+        if (result.empty()) {
+            const auto writable =
+                std::find_if(table.columns.begin(), table.columns.end(), [](const Column& column) {
+                    return !column.computed && !column.identity && !column.isRowVersion();
+                });
+            if (writable == table.columns.end()) {
+                throw tsql::unsupported("SET @variable in UPDATE of this table", line);
+            }
+            const Source& source = scope.sources.front();
+            const auto own = static_cast<std::size_t>(writable - table.columns.begin());
+            result.push_back({&*writable, source.columns[own].value.sql});
+        }
+        result.front().value = callText("kap_first", result.front().value, sql);
     }
 }
 
@@ -28,6 +78,7 @@ std::vector<BoundAssignment> bindAssignments(const UpdateStatement& statement, c
     const Replaced place(scope.aggregates, AggregateUse::RefusedInSet);
     std::vector<BoundAssignment> result;
     for (const Assignment& assignment : statement.assignments) {
+        if (assignment.column.parts.empty()) continue;
         const std::string& name = assignment.column.last();
         const int line = assignment.column.line;
         const Column* column = table.find(name);
@@ -50,12 +101,15 @@ std::vector<BoundAssignment> bindAssignments(const UpdateStatement& statement, c
         }
         std::string value = "NULL";
         if (assignment.value.value) {
-            value = binder.stored(binder.value(*assignment.value.value, scope), column->type, line);
+            const Typed bound = binder.value(*assignment.value.value, scope);
+            value = binder.stored(throughVariable(assignment.variable, bound, line, binder),
+                                  column->type, line);
         } else if (column->defaultSql) {
             value = "(" + *column->defaultSql + ")";
         }
         result.push_back({column, std::move(value)});
     }
+    addVariables(statement, table, binder, scope, result);
     return result;
 }
 
@@ -104,22 +158,32 @@ std::string updateFrom(const UpdateStatement& statement, const TargetRows& rows,
 
 }  // namespace
 
-Translation translateUpdate(const UpdateStatement& statement, const Catalogue& catalogue) {
-    Binder binder(catalogue);
+Translation translateUpdate(const UpdateStatement& statement, const Names& names) {
+    Binder binder(names);
+    const bool accumulates =
+        std::any_of(statement.assignments.begin(), statement.assignments.end(),
+                    [](const Assignment& each) { return !each.variable.empty(); });
+    if (accumulates) binder.readVariablesPerRow();
     Translation result;
     result.kind = StatementKind::Update;
     result.writes = true;
-    if (statement.from.empty() && !statement.top) {
-        const Table& table = requireTable(statement.table, catalogue);
-        result.table = table.name;
-        result.sql.push_back(plainUpdate(statement, table, binder));
-        return result;
+    const std::string with = binder.commonTables(statement.commonTables, nullptr);
+    const Table* table = nullptr;
+    if (statement.from.empty() && !statement.top && names.settings().rowLimit == 0) {
+        table = &requireTable(statement.table, names);
+        result.sql.push_back(with + plainUpdate(statement, *table, binder));
+    } else {
+        Scope scope;
+        const TargetRows rows = bindTarget(binder, statement.table, statement.from, statement.where,
+                                           statement.top, scope);
+        table = rows.table;
+        result.sql.push_back(with + updateFrom(statement, rows, binder, scope));
     }
-    Scope scope;
-    const TargetRows rows =
-        bindTarget(binder, statement.table, statement.from, statement.where, statement.top, scope);
-    result.table = rows.table->name;
-    result.sql.push_back(updateFrom(statement, rows, binder, scope));
+    result.table = table->name;
+    result.temporary = table->temporary;
+    result.capture = captureFor(*table, tsql::kOnUpdate, statement.output, binder);
+    result.variables = binder.usedVariables();
+    result.readsSchema = binder.readsSchema();
     return result;
 }
 

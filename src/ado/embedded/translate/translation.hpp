@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -11,14 +12,11 @@ namespace kap::ado::embedded {
 
 enum class StatementKind {
     Select,
+    Assign,  ///< the values of its rows go into variables
     Insert,
     Update,
     Delete,
-    CreateTable,
-    DropTable,
-    BeginTransaction,
-    CommitTransaction,
-    RollbackTransaction,
+    Define,  ///< changes the schema
 };
 
 /// What a result says about one of its columns.
@@ -40,6 +38,15 @@ struct TableKey {
     std::vector<std::string> columns;
 };
 
+/// What a write does beside writing: its rows are caught for triggers and for OUTPUT.
+struct Capture {
+    bool forTriggers = false;
+    std::uint8_t event = 0;             ///< a TriggerEvent
+    std::string outputSql;              ///< reads the rows of OUTPUT; empty: none
+    bool outputInto = false;            ///< `outputSql` writes them into a table
+    std::vector<ResultColumn> columns;  ///< of OUTPUT without INTO
+};
+
 /// A table being created: what SQLite's schema cannot tell (identities, names of keys) and what it
 /// can.
 struct TableDefinition {
@@ -53,6 +60,13 @@ struct DroppedTable {
     bool temporary = false;
 };
 
+/// An index to drop.
+struct DroppedIndex {
+    std::string name;   ///< in the file
+    std::string shown;  ///< as the statement names it
+    bool temporary = false;
+};
+
 /// One statement of the dialect, ready for SQLite.
 ///
 /// `sql` is run in order, in one transaction; all but the last return no rows. It calls the
@@ -63,10 +77,18 @@ struct Translation {
     std::vector<std::string> sql;
     std::vector<ResultColumn> columns;  ///< of a Select
     bool writes = false;
-    std::string table;                       ///< the table written, in the catalogue's spelling
-    std::optional<TableDefinition> created;  ///< of a CreateTable
-    std::vector<DroppedTable> dropped;       ///< of a DropTable
-    int line = 1;                            ///< of the statement, within the script
+    std::string table;       ///< the table written, in the catalogue's spelling
+    bool temporary = false;  ///< the table written lives in SQLite's "temp" schema
+    std::optional<TableDefinition> created;
+    std::vector<DroppedTable> dropped;
+    std::vector<DroppedIndex> dropsIndexes;
+    bool fills = false;          ///< `created` is filled by the last of `sql`
+    bool optional = false;       ///< IF EXISTS: what is dropped may be missing
+    std::vector<int> variables;  ///< the slots of the variables that `sql` is bound to as ?slot+1
+    std::vector<int> assigned;   ///< of an Assign: the slot that each column goes to
+    std::optional<Capture> capture;
+    bool readsSchema = false;  ///< the text holds what the schema was when it was made
+    int line = 1;              ///< of the statement, within the script
 };
 
 }  // namespace kap::ado::embedded

@@ -8,43 +8,50 @@ namespace kap::ado::embedded {
 namespace {
 
 struct Dispatch {
-    const Catalogue& catalogue;
+    const Names& names;
     int line;
 
     Translation operator()(const tsql::SelectStatement& statement) const {
-        return translateSelect(statement, catalogue);
+        return translateSelect(statement, names);
     }
     Translation operator()(const tsql::InsertStatement& statement) const {
-        return translateInsert(statement, line, catalogue);
+        return translateInsert(statement, line, names);
     }
     Translation operator()(const tsql::UpdateStatement& statement) const {
-        return translateUpdate(statement, catalogue);
+        return translateUpdate(statement, names);
     }
     Translation operator()(const tsql::DeleteStatement& statement) const {
-        return translateDelete(statement, catalogue);
+        return translateDelete(statement, names);
+    }
+    Translation operator()(const tsql::TruncateStatement& statement) const {
+        return translateTruncate(statement, names);
     }
     Translation operator()(const tsql::CreateTableStatement& statement) const {
-        return translateCreate(statement, line, catalogue);
+        return translateCreate(statement, line, names);
     }
-    Translation operator()(const tsql::DropTableStatement& statement) const {
-        return translateDrop(statement, line, catalogue);
+    Translation operator()(const tsql::CreateIndexStatement& statement) const {
+        return translateIndex(statement, line, names);
     }
-    Translation operator()(const tsql::TransactionStatement& statement) const {
-        Translation result;
-        switch (statement.action) {
-            case tsql::TransactionAction::Begin:
-                result.kind = StatementKind::BeginTransaction;
-                break;
-            case tsql::TransactionAction::Commit:
-                result.kind = StatementKind::CommitTransaction;
-                break;
-            case tsql::TransactionAction::Rollback:
-                result.kind = StatementKind::RollbackTransaction;
-                break;
-        }
-        return result;
+    Translation operator()(const tsql::DropStatement& statement) const {
+        return translateDrop(statement, line, names);
+    }
+    template <typename Other>
+    Translation operator()(const Other& /*statement*/) const {
+        throw tsql::unsupported("this statement here", line);
     }
 };
+
+Translation ofValue(const Typed& value, const Binder& binder) {
+    Translation result;
+    result.kind = StatementKind::Assign;
+    result.sql.push_back("SELECT " + value.sql);
+    result.columns.push_back(resultColumn({"", value}));
+    result.variables = binder.usedVariables();
+    result.readsSchema = binder.readsSchema();
+    return result;
+}
+
+}  // namespace
 
 ResultColumn resultColumn(const OutputColumn& output) {
     ResultColumn result;
@@ -58,15 +65,33 @@ ResultColumn resultColumn(const OutputColumn& output) {
     result.key = column.keyOrdinal > 0;
     result.identity = column.identity.has_value();
     result.rowVersion = column.isRowVersion();
+    if (column.computed) {
+        // It can be read and not be written, as an expression.
+        result.baseTable.clear();
+        result.baseColumn.clear();
+    }
     return result;
 }
 
-}  // namespace
+bool isTranslated(const tsql::Statement& statement) {
+    if (const auto* drop = std::get_if<tsql::DropStatement>(&statement.node)) {
+        return drop->kind == tsql::ObjectKind::Table || drop->kind == tsql::ObjectKind::Index;
+    }
+    if (const auto* insert = std::get_if<tsql::InsertStatement>(&statement.node)) {
+        return insert->execute == nullptr;
+    }
+    return std::holds_alternative<tsql::SelectStatement>(statement.node) ||
+           std::holds_alternative<tsql::UpdateStatement>(statement.node) ||
+           std::holds_alternative<tsql::DeleteStatement>(statement.node) ||
+           std::holds_alternative<tsql::TruncateStatement>(statement.node) ||
+           std::holds_alternative<tsql::CreateTableStatement>(statement.node) ||
+           std::holds_alternative<tsql::CreateIndexStatement>(statement.node);
+}
 
-Translation translate(const tsql::Statement& statement, const Catalogue& catalogue) {
+Translation translate(const tsql::Statement& statement, const Names& names) {
     Translation result;
     try {
-        result = std::visit(Dispatch{catalogue, statement.line}, statement.node);
+        result = std::visit(Dispatch{names, statement.line}, statement.node);
     } catch (const tsql::ServerError& error) {
         throw error.at(statement.line);
     }
@@ -74,36 +99,25 @@ Translation translate(const tsql::Statement& statement, const Catalogue& catalog
     return result;
 }
 
-Translation translateSelect(const tsql::SelectStatement& statement, const Catalogue& catalogue) {
-    Binder binder(catalogue);
-    BoundQuery query = binder.query(*statement.query, nullptr, QueryPlace::Whole);
-    Translation result;
-    result.kind = StatementKind::Select;
-    result.sql.push_back(std::move(query.sql));
-    for (const OutputColumn& column : query.columns)
-        result.columns.push_back(resultColumn(column));
-    return result;
+Translation translateValue(const tsql::Expression& expression, const tsql::TypeSpec& type,
+                           const Names& names) {
+    Binder binder(names);
+    Scope scope;
+    const Typed value = binder.convertTo(binder.value(expression, scope), type, expression.line);
+    return ofValue(value, binder);
 }
 
-Translation translateDrop(const tsql::DropTableStatement& statement, int line,
-                          const Catalogue& catalogue) {
-    Translation result;
-    result.kind = StatementKind::DropTable;
-    result.writes = true;
-    for (const tsql::ObjectName& name : statement.tables) {
-        const Table* table = findTable(name, catalogue);
-        if (table != nullptr) {
-            result.sql.push_back("DROP TABLE " + tableSql(table->name, table->temporary));
-            result.dropped.push_back({table->name, table->temporary});
-        } else if (!statement.ifExists) {
-            throw tsql::ServerError(
-                3701,
-                "Cannot drop the table '" + name.text() +
-                    "', because it does not exist or you do not have permission.",
-                line, 11, 5);
-        }
-    }
-    return result;
+Translation translateValue(const tsql::Expression& expression, const Names& names) {
+    Binder binder(names);
+    Scope scope;
+    return ofValue(binder.value(expression, scope), binder);
+}
+
+Translation translateCondition(const tsql::Expression& condition, const Names& names) {
+    Binder binder(names);
+    Scope scope;
+    const std::string sql = "(" + binder.condition(condition, scope) + ") IS TRUE";
+    return ofValue(Typed::expression(sql, {tsql::SqlType::Int}, false), binder);
 }
 
 }  // namespace kap::ado::embedded

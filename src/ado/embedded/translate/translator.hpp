@@ -1,17 +1,28 @@
 #pragma once
 
-#include "ado/embedded/catalogue.hpp"
+#include "ado/embedded/translate/names.hpp"
 #include "ado/embedded/translate/translation.hpp"
-#include "tsql/syntax.hpp"
+#include "tsql/statements.hpp"
 
 namespace kap::ado::embedded {
 
-/// Binds a statement to the tables it names, gives every expression its type by the server's rules,
-/// and writes it as SQLite SQL.
+/// Whether translate() makes SQL of a statement. The others are the script's own affair.
+[[nodiscard]] bool isTranslated(const tsql::Statement& statement);
+
+/// Turns one statement of the dialect into SQLite's.
 ///
-/// Throws tsql::ServerError with the statement's line for what the server would refuse before
-/// running it (unknown tables and columns, type clashes, wrong counts of values, texts that are no
-/// number or date), and 40517 for what this database does not do.
-[[nodiscard]] Translation translate(const tsql::Statement& statement, const Catalogue& catalogue);
+/// `names` tells the tables and the variables. Throws tsql::ServerError with the server's number
+/// and text and the statement's line: 208 for an unknown table, 207 for an unknown column, 245 and
+/// 8115 for constants that do not fit...
+[[nodiscard]] Translation translate(const tsql::Statement& statement, const Names& names);
+
+/// The value of an expression, brought to a type: an Assign of one column.
+[[nodiscard]] Translation translateValue(const tsql::Expression& expression,
+                                         const tsql::TypeSpec& type, const Names& names);
+/// The value of an expression as it is.
+[[nodiscard]] Translation translateValue(const tsql::Expression& expression, const Names& names);
+
+/// Whether a condition holds: an Assign of one column, 1 or 0.
+[[nodiscard]] Translation translateCondition(const tsql::Expression& condition, const Names& names);
 
 }  // namespace kap::ado::embedded

@@ -1,0 +1,153 @@
+#include <algorithm>
+#include <utility>
+
+#include "ado/embedded/functions/value.hpp"
+#include "ado/embedded/schema_catalogue.hpp"
+#include "ado/embedded/table_text.hpp"
+#include "tsql/lexer.hpp"
+#include "tsql/parser.hpp"
+#include "tsql/server_error.hpp"
+#include "tsql/text.hpp"
+
+// The constraints, keys and indexes of the file, as the texts of its tables tell them.
+namespace kap::ado::embedded {
+namespace {
+
+using tsql::Token;
+using tsql::TokenKind;
+
+bool isWord(const Token& token, std::string_view word) {
+    return token.kind == TokenKind::Word && tsql::equalsIgnoringCase(token.text, word);
+}
+
+// The names between the next brackets after a token.
+std::vector<std::string> bracketed(const std::vector<Token>& tokens, std::size_t from) {
+    std::vector<std::string> names;
+    while (from < tokens.size() && tokens[from].text != "(")
+        ++from;
+    for (++from; from < tokens.size() && tokens[from].text != ")"; ++from) {
+        if (tokens[from].kind == TokenKind::QuotedName || tokens[from].kind == TokenKind::Word) {
+            names.push_back(tokens[from].text);
+        }
+    }
+    return names;
+}
+
+// "ON DELETE SET NULL": the words of the action.
+std::string actionOf(const std::vector<Token>& tokens, std::string_view event) {
+    for (std::size_t i = 0; i + 3 < tokens.size(); ++i) {
+        if (!isWord(tokens[i], "ON") || !isWord(tokens[i + 1], event)) continue;
+        std::string action = tokens[i + 2].text;
+        if (isWord(tokens[i + 2], "NO") || isWord(tokens[i + 2], "SET")) {
+            action += " " + tokens[i + 3].text;
+        }
+        return action;
+    }
+    return "NO ACTION";
+}
+
+ConstraintInfo ofText(const std::string& table, const std::string& name, const std::string& text) {
+    ConstraintInfo info;
+    info.name = name;
+    info.table = table;
+    const std::vector<Token> tokens = tsql::tokenize(text);
+    for (std::size_t i = 2; i < tokens.size(); ++i) {
+        if (isWord(tokens[i], "PRIMARY") || isWord(tokens[i], "UNIQUE")) {
+            info.type = isWord(tokens[i], "PRIMARY") ? "PK" : "UQ";
+            info.columns = bracketed(tokens, i);
+            return info;
+        }
+        if (isWord(tokens[i], "FOREIGN")) {
+            info.type = "F ";
+            info.columns = bracketed(tokens, i);
+            for (std::size_t at = i; at + 1 < tokens.size(); ++at) {
+                if (!isWord(tokens[at], "REFERENCES")) continue;
+                info.parent = tokens[at + 1].text;
+                info.parentColumns = bracketed(tokens, at + 1);
+                break;
+            }
+            info.onDelete = actionOf(tokens, "DELETE");
+            info.onUpdate = actionOf(tokens, "UPDATE");
+            return info;
+        }
+        if (isWord(tokens[i], "CHECK")) {
+            info.type = "C ";
+            info.definition = text.substr(tokens[i].end + 1);
+            return info;
+        }
+    }
+    info.type = "C ";
+    return info;
+}
+
+}  // namespace
+
+std::vector<ConstraintInfo> SchemaCatalogue::constraints() const {
+    std::vector<ConstraintInfo> result;
+    for (const Table* table : tables()) {
+        PreparedStatement look(database_.handle(),
+                               "SELECT sql FROM main.sqlite_schema WHERE type = 'table' AND name = "
+                               "?1");
+        look.bind(1, std::string_view(table->name));
+        if (!look.step()) continue;  // a view of another program
+        const TableText text(look.text(0));
+        for (const TableText::Element& element : text.elements()) {
+            if (element.constraint) {
+                result.push_back(ofText(table->name, element.name, element.text));
+                continue;
+            }
+            const Column* column = table->find(element.name);
+            if (column == nullptr || column->computed || !column->defaultSql) continue;
+            ConstraintInfo info;
+            info.name = defaultNameOf(element.text);
+            if (info.name.empty()) info.name = "DF_" + table->name + "_" + element.name;
+            info.type = "D ";
+            info.table = table->name;
+            info.columns = {element.name};
+            info.definition = "(" + *column->defaultSql + ")";
+            result.push_back(std::move(info));
+        }
+    }
+    for (const StoredObject& object : objects()) {
+        ConstraintInfo info;
+        info.name = object.name;
+        info.table = object.parent;
+        if (object.kind == StoredKind::PrimaryKey || object.kind == StoredKind::UniqueKey) {
+            info.type = object.kind == StoredKind::PrimaryKey ? "PK" : "UQ";
+            info.columns = tsql::parseNames(object.text);
+        } else if (object.kind == StoredKind::DisabledConstraint) {
+            info = ofText(object.parent, object.name, object.text);
+            info.enabled = false;
+        } else {
+            continue;
+        }
+        result.push_back(std::move(info));
+    }
+    return result;
+}
+
+std::vector<IndexInfo> SchemaCatalogue::indexes() const {
+    std::vector<IndexInfo> result;
+    PreparedStatement rows(database_.handle(),
+                           "SELECT l.name, m.name, l.\"unique\" FROM main.sqlite_schema AS m, "
+                           "pragma_index_list(m.name, 'main') AS l WHERE m.type = 'table' AND "
+                           "l.origin = 'c' ORDER BY m.name, l.name");
+    while (rows.step()) {
+        const std::string stored = rows.text(0);
+        IndexInfo info;
+        info.table = rows.text(1);
+        info.unique = rows.integer(2) != 0;
+        const bool own = stored.starts_with(info.table + ".");
+        info.name = own ? stored.substr(info.table.size() + 1) : stored;
+        if (own && info.name.ends_with(" (nulls)")) continue;
+        PreparedStatement columns(database_.handle(),
+                                  "SELECT name FROM pragma_index_info(?1, 'main') ORDER BY seqno");
+        columns.bind(1, std::string_view(stored));
+        while (columns.step())
+            info.columns.push_back(columns.text(0));
+        result.push_back(std::move(info));
+    }
+    return result;
+}
+
+}  // namespace kap::ado::embedded

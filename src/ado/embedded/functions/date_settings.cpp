@@ -1,0 +1,23 @@
+#include "ado/embedded/functions/date_settings.hpp"
+
+namespace kap::ado::embedded {
+namespace {
+
+constexpr DateSettings kDefault;
+thread_local const DateSettings* current = &kDefault;
+
+}  // namespace
+
+const DateSettings& dateSettings() noexcept {
+    return *current;
+}
+
+DateSettingsScope::DateSettingsScope(const DateSettings& settings) noexcept : before_(current) {
+    current = &settings;
+}
+
+DateSettingsScope::~DateSettingsScope() {
+    current = before_;
+}
+
+}  // namespace kap::ado::embedded

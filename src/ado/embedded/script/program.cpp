@@ -1,0 +1,139 @@
+#include "ado/embedded/script/program.hpp"
+
+#include <atomic>
+#include <utility>
+
+#include "tsql/server_error.hpp"
+#include "tsql/text.hpp"
+
+namespace kap::ado::embedded {
+namespace {
+
+std::uint64_t nextSerial() {
+    static std::atomic<std::uint64_t> last{0};
+    return ++last;
+}
+
+}  // namespace
+
+Program::Program(std::shared_ptr<const tsql::Script> script, const Catalogue& catalogue,
+                 const std::vector<tsql::DeclaredVariable>& parameters)
+    : script_(std::move(script)), names_(catalogue), serial_(nextSerial()) {
+    for (const tsql::DeclaredVariable& parameter : parameters) {
+        names_.declare(parameter.name, parameter.type, parameter.line);
+    }
+    for (const tsql::Statement& statement : *script_) {
+        add(statement);
+    }
+    resolveGotos();
+}
+
+std::size_t Program::emit(Operation operation, int line) {
+    Instruction& instruction = code_.emplace_back();
+    instruction.operation = operation;
+    instruction.line = line;
+    return code_.size() - 1;
+}
+
+void Program::add(const tsql::Statement& statement) {
+    std::visit([&](const auto& node) { addNode(statement, node); }, statement.node);
+}
+
+template <typename Node>
+void Program::addNode(const tsql::Statement& statement, const Node& /*node*/) {
+    code_[emit(Operation::Statement, statement.line)].statement = &statement;
+}
+
+// Variables are there from the start of the program, whatever way leads to their declaration; what
+// the declaration does when it is reached is to give them their values.
+void Program::addNode(const tsql::Statement& statement, const tsql::DeclareStatement& node) {
+    for (const tsql::DeclaredVariable& variable : node.variables) {
+        names_.declare(variable.name, variable.type, variable.line);
+    }
+    code_[emit(Operation::Statement, statement.line)].statement = &statement;
+}
+
+void Program::addNode(const tsql::Statement& statement, const tsql::IfStatement& node) {
+    const std::size_t test = emit(Operation::Test, statement.line);
+    code_[test].condition = node.condition.get();
+    add(*node.then);
+    if (node.otherwise == nullptr) {
+        code_[test].target = code_.size();
+        return;
+    }
+    const std::size_t jump = emit(Operation::Jump, statement.line);
+    code_[test].target = code_.size();
+    add(*node.otherwise);
+    code_[jump].target = code_.size();
+}
+
+void Program::addNode(const tsql::Statement& statement, const tsql::WhileStatement& node) {
+    const std::size_t test = emit(Operation::Test, statement.line);
+    code_[test].condition = node.condition.get();
+    loops_.push_back({test, {}});
+    add(*node.body);
+    code_[emit(Operation::Jump, statement.line)].target = test;
+    code_[test].target = code_.size();
+    for (const std::size_t jump : loops_.back().breaks) {
+        code_[jump].target = code_.size();
+    }
+    loops_.pop_back();
+}
+
+void Program::addNode(const tsql::Statement& /*statement*/, const tsql::BlockStatement& node) {
+    for (const tsql::Statement& each : node.statements) {
+        add(each);
+    }
+}
+
+void Program::addNode(const tsql::Statement& statement, const tsql::TryStatement& node) {
+    const std::size_t enter = emit(Operation::EnterTry, statement.line);
+    for (const tsql::Statement& each : node.body) {
+        add(each);
+    }
+    const std::size_t leave = emit(Operation::LeaveTry, statement.line);
+    code_[enter].target = code_.size();
+    for (const tsql::Statement& each : node.handler) {
+        add(each);
+    }
+    emit(Operation::LeaveHandler, statement.line);
+    code_[leave].target = code_.size();
+}
+
+void Program::addNode(const tsql::Statement& statement, const tsql::BreakStatement& /*node*/) {
+    loops_.back().breaks.push_back(emit(Operation::Jump, statement.line));
+}
+
+void Program::addNode(const tsql::Statement& statement, const tsql::ContinueStatement& /*node*/) {
+    code_[emit(Operation::Jump, statement.line)].target = loops_.back().start;
+}
+
+void Program::addNode(const tsql::Statement& statement, const tsql::GotoStatement& node) {
+    gotos_.push_back({emit(Operation::Jump, statement.line), node.label, statement.line});
+}
+
+void Program::addNode(const tsql::Statement& statement, const tsql::LabelStatement& node) {
+    const auto [found, added] = labels_.emplace(tsql::asciiLower(node.label), code_.size());
+    if (!added) {
+        throw tsql::ServerError(132,
+                                "The label '" + node.label +
+                                    "' has already been declared. Label names must be unique "
+                                    "within a query batch or stored procedure.",
+                                statement.line, 15);
+    }
+}
+
+void Program::resolveGotos() {
+    for (const Goto& each : gotos_) {
+        const auto found = labels_.find(tsql::asciiLower(each.label));
+        if (found == labels_.end()) {
+            throw tsql::ServerError(133,
+                                    "A GOTO statement references the label '" + each.label +
+                                        "' but the label has not been declared.",
+                                    each.line, 15);
+        }
+        code_[each.at].target = found->second;
+    }
+}
+
+}  // namespace kap::ado::embedded

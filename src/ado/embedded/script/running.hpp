@@ -1,0 +1,43 @@
+#pragma once
+
+#include <string>
+
+#include "ado/embedded/script/script_runner.hpp"
+
+namespace kap::ado::embedded {
+
+class ScriptRunner::Running {
+public:
+    Running(ScriptRunner& runner, Frame& frame) : runner_(runner), frame_(frame) {
+        frame_.program.running = true;
+        runner_.state_.frames.push_back(&frame_);
+    }
+    Running(const Running&) = delete;
+    Running& operator=(const Running&) = delete;
+    ~Running() {
+        runner_.state_.openTries -= static_cast<int>(frame_.handlers.size());
+        for (const std::string& table : frame_.localTables) {
+            dropTable(table);
+        }
+        if (!frame_.keepsTables) {
+            for (const std::string& table : frame_.ownTables) {
+                dropTable(table);
+            }
+        }
+        runner_.state_.frames.pop_back();
+        frame_.program.running = false;
+    }
+
+private:
+    // The transaction in which it was made may have taken the table with it.
+    void dropTable(const std::string& table) noexcept {
+        const std::string sql = "DROP TABLE IF EXISTS temp." + sqlName(table);
+        sqlite3_exec(runner_.connection_.handle(), sql.c_str(), nullptr, nullptr, nullptr);
+        runner_.catalogue_.invalidate();
+    }
+
+    ScriptRunner& runner_;
+    Frame& frame_;
+};
+
+}  // namespace kap::ado::embedded

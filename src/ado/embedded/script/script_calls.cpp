@@ -1,0 +1,217 @@
+#include "ado/embedded/column_info.hpp"
+#include "ado/embedded/functions/convert.hpp"
+#include "ado/embedded/script/running.hpp"
+#include "ado/embedded/script/script_runner.hpp"
+#include "ado/embedded/stored_value.hpp"
+#include "ado/embedded/translate/scope.hpp"
+#include "ado/embedded/translate/translator.hpp"
+#include "tsql/text.hpp"
+
+// Calls: stored procedures and texts that are run as scripts.
+namespace kap::ado::embedded {
+
+using tsql::ServerError;
+using tsql::SqlType;
+using tsql::TypeSpec;
+
+namespace {
+
+constexpr TypeSpec kText{SqlType::NVarChar, tsql::kMaxLength};
+
+ServerError noProcedure(const std::string& name, int line) {
+    return {2812, "Could not find stored procedure '" + name + "'.", line, 16, 62};
+}
+
+}  // namespace
+
+void ScriptRunner::execute(Frame& frame, Instruction& instruction,
+                           const tsql::ExecuteStatement& node, std::vector<Result>& results) {
+    if (node.text != nullptr) {
+        executeText(textOf(frame, instruction, 0, *node.text), results);
+        return;
+    }
+    if (executeSystem(frame, instruction, node, results)) {
+        return;
+    }
+    std::string name = node.procedure.parts.empty() ? "" : node.procedure.last();
+    if (!node.procedureVariable.empty()) {
+        const Variable* variable = frame.program.names().variable(node.procedureVariable);
+        const Value text = variable == nullptr
+                               ? Value()
+                               : convert(frame.values[static_cast<std::size_t>(variable->slot)],
+                                         variable->type, kText, Overlength::Cut);
+        name = isNull(text) ? "" : std::get<std::string>(text);
+        if (name.starts_with("dbo.")) name = name.substr(4);
+        // Another procedure's parameters may have other types.
+        instruction.parts.clear();
+    }
+    const std::shared_ptr<const Module> module = [&] {
+        const Transactions::ReadScope scope(transactions_);
+        return catalogue_.findModule(StoredKind::Procedure, name);
+    }();
+    const bool own = node.procedure.parts.empty() || isOwn(node.procedure);
+    if (module == nullptr || !own) {
+        throw noProcedure(node.procedure.parts.empty() ? name : node.procedure.text(),
+                          instruction.line);
+    }
+    executeModule(frame, instruction, node, module, results);
+}
+
+// What ends a scope ends no more than the call.
+void ScriptRunner::runCalled(Frame& called, std::vector<Result>& results) {
+    try {
+        runFrame(called, results);
+    } catch (const ScopeEnded&) {
+        // What ended it is among the messages, and the caller goes on.
+    }
+}
+
+void ScriptRunner::executeText(const std::string& text, std::vector<Result>& results) {
+    std::shared_ptr<Program> program = programOf(text, {});
+    Frame called(*program);
+    runCalled(called, results);
+}
+
+void ScriptRunner::executeModule(Frame& frame, Instruction& instruction,
+                                 const tsql::ExecuteStatement& node,
+                                 const std::shared_ptr<const Module>& module,
+                                 std::vector<Result>& results) {
+    const std::shared_ptr<Program> program = programOf(module);
+    Frame called(*program);
+    bindArguments(frame, instruction, node, *module, called);
+    const Restored noCount(state_.noCount);
+    const Restored abortOnError(state_.abortOnError);
+    const Restored rowLimit(state_.writes.rowLimit);
+    runCalled(called, results);
+    const std::int32_t error = state_.error;
+    const std::int64_t rowCount = state_.rowCount;
+    const auto& parameters = module->definition.parameters;
+    for (std::size_t i = 0; i < node.arguments.size(); ++i) {
+        const tsql::Argument& argument = node.arguments[i];
+        if (!argument.output || argument.value == nullptr) continue;
+        const auto* variable = std::get_if<tsql::VariableReference>(&argument.value->node);
+        std::size_t place = i;
+        for (std::size_t j = 0; !argument.name.empty() && j < parameters.size(); ++j) {
+            if (sameName(parameters[j].name, argument.name)) place = j;
+        }
+        setVariable(frame, variable->name, called.values[place], parameters[place].type,
+                    instruction.line);
+    }
+    if (!node.resultVariable.empty()) {
+        const Value result = called.returned.value_or(Value(std::int64_t{0}));
+        setVariable(frame, node.resultVariable, result, {SqlType::Int}, instruction.line);
+    }
+    state_.error = error;
+    state_.rowCount = rowCount;
+}
+
+// Arguments by name or by place; what is left out has the parameter's default.
+void ScriptRunner::bindArguments(Frame& frame, Instruction& instruction,
+                                 const tsql::ExecuteStatement& node, const Module& module,
+                                 Frame& called) {
+    const auto& parameters = module.definition.parameters;
+    const std::string& procedure = module.object.name;
+    std::vector<bool> given(parameters.size());
+    if (node.arguments.size() > parameters.size()) {
+        throw ServerError(
+            8144, "Procedure or function " + procedure + " has too many arguments specified.",
+            instruction.line, 16, 2);
+    }
+    for (std::size_t i = 0; i < node.arguments.size(); ++i) {
+        const tsql::Argument& argument = node.arguments[i];
+        std::size_t place = i;
+        if (!argument.name.empty()) {
+            for (place = 0; place < parameters.size(); ++place) {
+                if (sameName(parameters[place].name, argument.name)) break;
+            }
+            if (place == parameters.size()) {
+                throw ServerError(
+                    8145, argument.name + " is not a parameter for procedure " + procedure + ".",
+                    instruction.line);
+            }
+        }
+        if (argument.value == nullptr) continue;  // DEFAULT
+        const bool variable = std::holds_alternative<tsql::VariableReference>(argument.value->node);
+        if (argument.output && (!parameters[place].output || !variable)) {
+            throw parameters[place].output
+                ? ServerError(179,
+                              "Cannot use the OUTPUT option when passing a constant to a stored "
+                              "procedure.",
+                              instruction.line, 15)
+                : ServerError(8162,
+                              "The formal parameter \"" + parameters[place].name +
+                                  "\" was not declared as an OUTPUT parameter, but the actual "
+                                  "parameter passed in requested output.",
+                              instruction.line);
+        }
+        called.values[place] =
+            evaluate(frame, instruction, i, *argument.value, parameters[place].type);
+        given[place] = true;
+    }
+    for (std::size_t i = 0; i < parameters.size(); ++i) {
+        if (given[i]) continue;
+        const tsql::ParameterDefinition& parameter = parameters[i];
+        if (parameter.defaultValue == nullptr) {
+            throw ServerError(201,
+                              "Procedure or function '" + procedure + "' expects parameter '" +
+                                  parameter.name + "', which was not supplied.",
+                              instruction.line, 16, 4);
+        }
+        called.values[i] = evaluate(frame, instruction, node.arguments.size() + i,
+                                    *parameter.defaultValue, parameter.type);
+    }
+}
+
+// INSERT ... EXEC: every result of the call goes into the table.
+void ScriptRunner::insertExecuted(Frame& frame, Instruction& instruction,
+                                  const tsql::InsertStatement& node, std::vector<Result>& results) {
+    std::vector<Result> rows;
+    execute(frame, instruction, *node.execute, rows);
+    std::int64_t count = 0;
+    Transactions::WriteScope scope(transactions_);
+    for (const Result& result : rows) {
+        if (!result.columns.empty()) count += insertRows(frame, node, result);
+    }
+    scope.keep();
+    state_.rowCount = count;
+    if (!state_.noCount) results.emplace_back().rowsAffected = count;
+}
+
+// Each row is inserted as a row of VALUES.
+std::int64_t ScriptRunner::insertRows(const Frame& frame, const tsql::InsertStatement& node,
+                                      const Result& result) {
+    std::vector<tsql::DeclaredVariable> parameters;
+    tsql::InsertStatement insert;
+    insert.table = node.table;
+    insert.columns = node.columns;
+    insert.rows.emplace_back();
+    for (const ColumnInfo& column : result.columns) {
+        tsql::DeclaredVariable& parameter = parameters.emplace_back();
+        parameter.name = "?" + tsql::integerText(static_cast<std::int64_t>(parameters.size()));
+        parameter.type = typeOf(column.type, column.numericScale);
+        insert.rows.back().push_back({std::make_unique<tsql::Expression>(
+            tsql::Expression{tsql::VariableReference{parameter.name}, node.table.line, 1})});
+    }
+    auto script = std::make_shared<tsql::Script>();
+    script->push_back({std::move(insert), node.table.line});
+    Program program(script, catalogue_, parameters);
+    program.names().follow(state_.writes);
+    for (const LocalTable& table : frame.program.names().localTables()) {
+        program.names().addLocalTable(table);
+    }
+    Frame inner(program);
+    inner.keepsTables = true;
+    const Running running(*this, inner);
+    Prepared prepared;
+    std::vector<Result> ignored;
+    const std::size_t count = result.rows.front().size();
+    for (std::size_t row = 0; row < count; ++row) {
+        for (std::size_t i = 0; i < result.columns.size(); ++i) {
+            inner.values[i] = cellValue(result.rows[i], row, storageOf(result.columns[i].type));
+        }
+        statements_.run(prepared, script->front(), ignored);
+    }
+    return static_cast<std::int64_t>(count);
+}
+
+}  // namespace kap::ado::embedded

@@ -1,0 +1,151 @@
+#include "ado/embedded/column_info.hpp"
+#include "ado/embedded/functions/convert.hpp"
+#include "ado/embedded/script/running.hpp"
+#include "ado/embedded/script/script_runner.hpp"
+#include "ado/embedded/stored_value.hpp"
+#include "tsql/text.hpp"
+
+// Cursors. Each has the rows that its query had when it was opened.
+namespace kap::ado::embedded {
+
+using tsql::ServerError;
+using tsql::SqlType;
+
+namespace {
+
+constexpr std::int32_t kFetched = 0;
+constexpr std::int32_t kNoMoreRows = -1;
+
+}  // namespace
+
+void ScriptRunner::declareCursor(Frame& frame, const tsql::DeclareCursorStatement& node, int line) {
+    const std::string key = tsql::asciiLower(node.name);
+    if (cursors_.contains(key)) {
+        throw ServerError(16915, "A cursor with the name '" + node.name + "' already exists.",
+                          line);
+    }
+    Cursor cursor;
+    cursor.name = node.name;
+    cursor.scroll = node.scroll;
+    cursor.query = node.query;
+    // The variables have the values of now whenever it is opened.
+    std::vector<tsql::DeclaredVariable> variables;
+    for (const Variable& variable : frame.program.names().variables()) {
+        tsql::DeclaredVariable& declared = variables.emplace_back();
+        declared.name = variable.name;
+        declared.type = variable.type;
+    }
+    cursor.program =
+        std::make_shared<Program>(std::make_shared<const tsql::Script>(), catalogue_, variables);
+    for (const LocalTable& table : frame.program.names().localTables()) {
+        cursor.program->names().addLocalTable(table);
+    }
+    cursor.values = frame.values;
+    cursors_.emplace(key, std::move(cursor));
+}
+
+Cursor& ScriptRunner::requireCursor(const std::string& name, int line) {
+    const auto found = cursors_.find(tsql::asciiLower(name));
+    if (found == cursors_.end()) {
+        throw ServerError(16916, "A cursor with the name '" + name + "' does not exist.", line);
+    }
+    return found->second;
+}
+
+void ScriptRunner::useCursor(Frame& /*frame*/, const tsql::CursorStatement& node, int line) {
+    Cursor& cursor = requireCursor(node.name, line);
+    switch (node.action) {
+        case tsql::CursorAction::Deallocate:
+            cursors_.erase(tsql::asciiLower(node.name));
+            return;
+        case tsql::CursorAction::Close:
+            if (!cursor.open) throw ServerError(16917, "Cursor is not open.", line);
+            cursor.open = false;
+            cursor.rows = {};
+            return;
+        case tsql::CursorAction::Open:
+            break;
+    }
+    if (cursor.open) throw ServerError(16905, "The cursor is already open.", line);
+    Frame inner(*cursor.program);
+    inner.values = cursor.values;
+    inner.keepsTables = true;
+    const Running running(*this, inner);
+    const Restored rowLimit(state_.writes.rowLimit);
+    Prepared prepared;
+    std::vector<Result> results;
+    statements_.run(prepared, *cursor.query, results);
+    cursor.rows = std::move(results.front());
+    cursor.types.clear();
+    for (const ResultColumn& column : prepared.translation.columns) {
+        cursor.types.push_back(column.type);
+    }
+    cursor.position = -1;
+    cursor.open = true;
+}
+
+std::int64_t ScriptRunner::fetchTarget(Frame& frame, Instruction& instruction,
+                                       const tsql::FetchStatement& node, const Cursor& cursor) {
+    using Direction = tsql::FetchStatement::Direction;
+    if (node.direction != Direction::Next && !cursor.scroll) {
+        throw ServerError(16911,
+                          "fetch: The fetch type " +
+                              std::string(node.direction == Direction::Prior ? "prior" : "first") +
+                              " cannot be used with forward only cursors.",
+                          instruction.line);
+    }
+    std::int64_t distance = 0;
+    if (node.distance) {
+        const Value value = evaluate(frame, instruction, 0, *node.distance, {SqlType::BigInt});
+        if (const auto* whole = std::get_if<std::int64_t>(&value)) distance = *whole;
+    }
+    switch (node.direction) {
+        case Direction::Next:
+            return cursor.position + 1;
+        case Direction::Prior:
+            return cursor.position - 1;
+        case Direction::First:
+            return 0;
+        case Direction::Last:
+            return cursor.count() - 1;
+        case Direction::Absolute:
+            return distance >= 0 ? distance - 1 : cursor.count() + distance;
+        case Direction::Relative:
+            break;
+    }
+    return cursor.position + distance;
+}
+
+void ScriptRunner::fetch(Frame& frame, Instruction& instruction, const tsql::FetchStatement& node,
+                         std::vector<Result>& results) {
+    Cursor& cursor = requireCursor(node.cursor, instruction.line);
+    if (!cursor.open) throw ServerError(16917, "Cursor is not open.", instruction.line);
+    const std::int64_t target = fetchTarget(frame, instruction, node, cursor);
+    const bool there = target >= 0 && target < cursor.count();
+    cursor.position = std::max<std::int64_t>(-1, std::min(target, cursor.count()));
+    state_.fetchStatus = there ? kFetched : kNoMoreRows;
+    if (!node.into.empty() && node.into.size() != cursor.types.size()) {
+        throw ServerError(
+            16924,
+            "Cursorfetch: The number of variables declared in the INTO list must match "
+            "that of selected columns.",
+            instruction.line);
+    }
+    const auto row = static_cast<std::size_t>(target);
+    for (std::size_t i = 0; there && i < node.into.size(); ++i) {
+        const Storage storage = storageOf(cursor.rows.columns[i].type);
+        setVariable(frame, node.into[i], cellValue(cursor.rows.rows[i], row, storage),
+                    cursor.types[i], instruction.line);
+    }
+    if (!node.into.empty()) return;
+    Result result;
+    result.columns = cursor.rows.columns;
+    for (const ColumnStore& column : cursor.rows.rows) {
+        ColumnStore& cell = result.rows.emplace_back();
+        const Storage storage = storageOf(result.columns[result.rows.size() - 1].type);
+        if (there) appendValue(cell, cellValue(column, row, storage));
+    }
+    results.push_back(std::move(result));
+}
+
+}  // namespace kap::ado::embedded

@@ -1,0 +1,112 @@
+#include <algorithm>
+
+#include "ado/embedded/script/script_runner.hpp"
+
+// What an error ends: a statement, a procedure, the batch, the transaction; and which CATCH block
+// takes it up.
+namespace kap::ado::embedded {
+namespace {
+
+constexpr int kLeastCaught = 11;
+constexpr int kMostCaught = 19;
+
+const char* verbOf(StatementKind kind) {
+    switch (kind) {
+        case StatementKind::Insert:
+            return "INSERT";
+        case StatementKind::Update:
+            return "UPDATE";
+        case StatementKind::Delete:
+            return "DELETE";
+        default:
+            return "";
+    }
+}
+
+}  // namespace
+
+RaisedError ScriptRunner::raisedBy(const tsql::ServerError& error, int line) const {
+    return {error.at(line), state_.frames.empty() ? "" : state_.frame().procedure(),
+            state_.frames.size()};
+}
+
+RaisedError ScriptRunner::raisedBy(const SqliteError& error, const Instruction& instruction) {
+    if (error.primaryCode() == SQLITE_INTERRUPT) {
+        throw BatchEnded();  // the time limit, which whoever set it reports
+    }
+    WriteContext context;
+    if (!instruction.parts.empty()) {
+        const Translation& made = instruction.parts.front().translation;
+        context = {verbOf(made.kind), made.table, {}};
+    }
+    return raisedBy(connection_.explain(error, std::move(context)), instruction.line);
+}
+
+ErrorReach ScriptRunner::reachIn(const Frame& frame, const RaisedError& raised) const {
+    if (raised.thrown) {
+        return state_.abortOnError ? ErrorReach::Transaction : ErrorReach::Batch;
+    }
+    if (raised.reported) {
+        return ErrorReach::Statement;
+    }
+    // A trigger and what it was fired by happen together or not at all.
+    if (frame.trigger || state_.abortOnError) {
+        return ErrorReach::Transaction;
+    }
+    return reachOf(raised.error.number());
+}
+
+// Gives the place to go on at, or ends more than the statement.
+std::size_t ScriptRunner::handle(Frame& frame, const RaisedError& raised, std::size_t at) {
+    const ErrorReach reach = reachIn(frame, raised);
+    const int severity = raised.error.severity();
+    const bool caught = severity >= kLeastCaught && severity <= kMostCaught;
+    // What made no sense in this scope is not for its own handlers, but for those of a caller.
+    const bool ofThisScope = reach == ErrorReach::Scope && raised.level == state_.frames.size();
+    const bool own = !frame.handlers.empty() && !ofThisScope;
+    if (caught && own) {
+        state_.error = raised.error.number();
+        state_.doomed =
+            state_.doomed || (reach == ErrorReach::Transaction && transactions_.depth() > 0);
+        frame.handled.push_back(raised);
+        const std::size_t handler = frame.handlers.back();
+        frame.handlers.pop_back();
+        --state_.openTries;
+        return handler;
+    }
+    if (caught && state_.openTries > static_cast<int>(frame.handlers.size())) {
+        throw raised;  // for a handler of a caller
+    }
+    report(raised);
+    switch (reach) {
+        case ErrorReach::Statement:
+            return at + 1;
+        case ErrorReach::Scope:
+            throw ScopeEnded();
+        case ErrorReach::Transaction:
+            rollBackAll();
+            throw BatchEnded();
+        case ErrorReach::Batch:
+            break;
+    }
+    throw BatchEnded();
+}
+
+void ScriptRunner::report(const RaisedError& raised) {
+    report(raised.error);
+    state_.error = raised.error.number();
+    state_.rowCount = 0;
+}
+
+void ScriptRunner::report(const tsql::ServerError& message) {
+    messages_->push_back(serverMessage(message));
+}
+
+void ScriptRunner::rollBackAll() {
+    state_.doomed = false;
+    if (transactions_.depth() > 0) {
+        transactions_.rollback();
+    }
+}
+
+}  // namespace kap::ado::embedded

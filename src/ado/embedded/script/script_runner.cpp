@@ -1,0 +1,334 @@
+#include "ado/embedded/script/script_runner.hpp"
+
+#include <algorithm>
+#include <chrono>
+#include <cstddef>
+#include <utility>
+
+#include "ado/embedded/column_info.hpp"
+#include "ado/embedded/script/running.hpp"
+#include "ado/embedded/script/time_limit.hpp"
+#include "ado/embedded/translate/translator.hpp"
+#include "tsql/parser.hpp"
+#include "tsql/text.hpp"
+
+namespace kap::ado::embedded {
+namespace {
+
+constexpr std::size_t kKeptScripts = 200;
+// Longer scripts are run once, as a rule: a day's import, a company's tables.
+constexpr std::size_t kLongestKept = 16384;
+constexpr std::size_t kDeepestCalls = 32;
+
+// What a client's value of a request's parameter is, in the storage form of its type.
+Value parameterValue(const RequestParameter& parameter) {
+    if (const auto* integer = std::get_if<std::int64_t>(&parameter.value)) {
+        return *integer;
+    }
+    if (const auto* real = std::get_if<double>(&parameter.value)) {
+        return *real;
+    }
+    if (const auto* bytes = std::get_if<std::string>(&parameter.value)) {
+        if (storageOf(parameter.type) == Storage::Binary) {
+            return Blob{*bytes};
+        }
+        return *bytes;
+    }
+    return std::monostate{};
+}
+
+CellValue cellOf(const Value& value) {
+    if (const auto* integer = std::get_if<std::int64_t>(&value)) {
+        return *integer;
+    }
+    if (const auto* real = std::get_if<double>(&value)) {
+        return *real;
+    }
+    if (const auto* text = std::get_if<std::string>(&value)) {
+        return *text;
+    }
+    if (const auto* blob = std::get_if<Blob>(&value)) {
+        return blob->bytes;
+    }
+    return std::monostate{};
+}
+
+std::vector<tsql::DeclaredVariable> parametersOf(const Request& request) {
+    std::vector<tsql::DeclaredVariable> result;
+    for (const RequestParameter& parameter : request.parameters) {
+        tsql::DeclaredVariable& variable = result.emplace_back();
+        variable.name = "?" + tsql::integerText(static_cast<std::int64_t>(result.size()));
+        variable.type = typeOf(parameter.type, parameter.numericScale);
+    }
+    return result;
+}
+
+bool definesTables(const Instruction& instruction) {
+    if (instruction.statement == nullptr) return false;
+    const tsql::Statement::Node& node = instruction.statement->node;
+    if (const auto* query = std::get_if<tsql::SelectStatement>(&node)) {
+        const auto* first = std::get_if<tsql::Select>(&query->query->terms.front().node);
+        return first != nullptr && first->into;
+    }
+    return std::holds_alternative<tsql::CreateTableStatement>(node) ||
+           std::holds_alternative<tsql::AlterTableStatement>(node) ||
+           std::holds_alternative<tsql::DropStatement>(node) ||
+           std::holds_alternative<tsql::CreateTypeStatement>(node);
+}
+
+// Errors that belong to the run: a table that may be made by a procedure that is called before, and
+// constants that cannot be computed.
+bool showsLater(int serverNumber) {
+    static constexpr int kLater[] = {208, 220, 232, 295, 517, 1087, 8115, 8134, 8152};
+    return std::ranges::find(kLater, serverNumber) != std::end(kLater) ||
+           reachOf(serverNumber) == ErrorReach::Transaction;
+}
+
+bool comesBack(const RequestParameter& parameter) {
+    return parameter.direction == ParameterDirectionEnum::adParamOutput ||
+           parameter.direction == ParameterDirectionEnum::adParamInputOutput;
+}
+
+}  // namespace
+
+ScriptRunner::ScriptRunner(Connection& connection, SchemaCatalogue& catalogue, Counters& counters,
+                           Transactions& transactions, SessionState& state)
+    : connection_(connection),
+      catalogue_(catalogue),
+      counters_(counters),
+      transactions_(transactions),
+      state_(state),
+      statements_(connection, catalogue, counters, transactions, state, *this),
+      kept_(kKeptScripts) {}
+
+// --- Requests
+
+void ScriptRunner::run(Request& request, Reply& reply) {
+    std::vector<ServerMessage> messages;
+    const Restored before(messages_);
+    messages_ = &messages;
+    const TimeLimit limit(connection_.handle(), request.timeout);
+    const DateSettingsScope dates(state_.dates);
+    try {
+        runRequest(request, reply.results);
+    } catch (const BatchEnded&) {
+    } catch (const ScopeEnded&) {
+    } catch (const RaisedError& raised) {
+        report(raised);
+    }
+    if (limit.passed()) {
+        messages.push_back(timeoutMessage());
+    }
+    finishRequest(messages);
+    raiseIfFailed(messages);
+    reply.messages = std::move(messages);
+}
+
+void ScriptRunner::runRequest(Request& request, std::vector<Result>& results) {
+    std::shared_ptr<Program> program;
+    try {
+        if (request.procedure) {
+            runProcedure(request, results);
+            return;
+        }
+        program = programOf(request.text, parametersOf(request));
+    } catch (const tsql::ServerError& error) {
+        report(error);
+        return;
+    }
+    Frame frame(*program);
+    frame.keepsTables = true;
+    for (std::size_t i = 0; i < request.parameters.size(); ++i) {
+        frame.values[i] = parameterValue(request.parameters[i]);
+    }
+    runFrame(frame, results);
+    for (std::size_t i = 0; i < request.parameters.size(); ++i) {
+        if (comesBack(request.parameters[i])) {
+            request.parameters[i].value = cellOf(frame.values[i]);
+        }
+    }
+}
+
+// A procedure by its name is a script of one call, whose arguments are the request's parameters.
+void ScriptRunner::runProcedure(Request& request, std::vector<Result>& results) {
+    const bool returns =
+        !request.parameters.empty() &&
+        request.parameters.front().direction == ParameterDirectionEnum::adParamReturnValue;
+    std::string text = std::string("EXEC ") + (returns ? "? = " : "") + request.text;
+    for (std::size_t i = returns ? 1 : 0; i < request.parameters.size(); ++i) {
+        const RequestParameter& parameter = request.parameters[i];
+        text += i == (returns ? 1U : 0U) ? " " : ", ";
+        if (!parameter.name.empty()) {
+            text += (parameter.name.front() == '@' ? "" : "@") + parameter.name + " = ";
+        }
+        text += "?";
+        if (comesBack(parameter)) {
+            text += " OUTPUT";
+        }
+    }
+    Request script{std::move(text), false, request.parameters, request.timeout};
+    if (returns) {
+        script.parameters.front().direction = ParameterDirectionEnum::adParamOutput;
+    }
+    runRequest(script, results);
+    for (std::size_t i = 0; i < request.parameters.size(); ++i) {
+        request.parameters[i].value = script.parameters[i].value;
+    }
+}
+
+void ScriptRunner::finishRequest(std::vector<ServerMessage>& messages) {
+    if (!state_.doomed) {
+        return;
+    }
+    rollBackAll();
+    messages.push_back(serverMessage({3998,
+                                      "Uncommittable transaction is detected at the end of the "
+                                      "batch. The transaction is rolled back."}));
+}
+
+void ScriptRunner::raiseIfFailed(const std::vector<ServerMessage>& messages) {
+    for (const ServerMessage& message : messages) {
+        if (message.isError()) {
+            throw DriverError(messages, kErrorSource);
+        }
+    }
+}
+
+// --- Programs
+
+std::shared_ptr<Program> ScriptRunner::programOf(
+    std::string_view script, const std::vector<tsql::DeclaredVariable>& parameters) {
+    std::string key;
+    for (const tsql::DeclaredVariable& parameter : parameters) {
+        key += parameter.name + " " + tsql::typeText(parameter.type) + ",";
+    }
+    if (!state_.quotedNames) {
+        key += "\"";
+    }
+    if (!key.empty()) {
+        key = std::string(script) + '\0' + key;
+    }
+    const std::string_view keyText = key.empty() ? script : std::string_view(key);
+    if (const auto* found = kept_.find(keyText); found != nullptr && !(*found)->running) {
+        return *found;
+    }
+    tsql::ParseOptions options = catalogue_.parseOptions(state_.quotedNames);
+    std::vector<std::string> declared;
+    for (const tsql::DeclaredVariable& parameter : parameters) {
+        declared.push_back(parameter.name);
+    }
+    options.variables = &declared;
+    auto syntax = std::make_shared<const tsql::Script>(tsql::parseScript(script, options));
+    auto program = std::make_shared<Program>(std::move(syntax), catalogue_, parameters);
+    program->names().follow(state_.writes);
+    if (script.size() <= kLongestKept && kept_.find(keyText) == nullptr) {
+        kept_.insert(keyText, program);
+    }
+    return program;
+}
+
+std::shared_ptr<Program> ScriptRunner::programOf(const std::shared_ptr<const Module>& module) {
+    const tsql::CreateModuleStatement& definition = module->definition;
+    std::shared_ptr<Program>& kept = modulePrograms_[module->object.text];
+    if (kept != nullptr && !kept->running && kept->module == module) {
+        return kept;
+    }
+    std::vector<tsql::DeclaredVariable> parameters;
+    for (const tsql::ParameterDefinition& parameter : definition.parameters) {
+        tsql::DeclaredVariable& variable = parameters.emplace_back();
+        variable.name = parameter.name;
+        variable.type = parameter.type;
+    }
+    auto program = std::make_shared<Program>(definition.body, catalogue_, parameters);
+    program->module = module;
+    program->names().follow(state_.writes);
+    if (kept == nullptr || !kept->running) {
+        kept = program;
+    }
+    return program;
+}
+
+// --- The flow
+
+void ScriptRunner::runFrame(Frame& frame, std::vector<Result>& results) {
+    if (state_.frames.size() >= kDeepestCalls) {
+        throw raisedBy(tsql::ServerError(217,
+                                         "Maximum stored procedure, function, trigger, or view "
+                                         "nesting level exceeded (limit 32)."),
+                       0);
+    }
+    const Running running(*this, frame);
+    try {
+        checkAhead(frame.program);
+    } catch (const tsql::ServerError& error) {
+        report(raisedBy(error, 0));
+        throw ScopeEnded();
+    }
+    std::size_t at = 0;
+    while (at < frame.program.code().size()) {
+        at = step(frame, at, results);
+    }
+}
+
+// What is wrong with a statement on tables that are there shows before anything is run. A script
+// that makes or changes tables is taken as it comes.
+void ScriptRunner::checkAhead(Program& program) {
+    std::vector<Instruction>& code = program.code();
+    const bool checked = program.checkedAt == catalogue_.generation();
+    if (checked || code.size() < 2 || std::ranges::any_of(code, definesTables)) {
+        return;
+    }
+    const Transactions::ReadScope scope(transactions_);
+    for (Instruction& instruction : code) {
+        const tsql::Statement* statement = instruction.statement;
+        const bool data = statement != nullptr && isTranslated(*statement) &&
+                          (std::holds_alternative<tsql::SelectStatement>(statement->node) ||
+                           std::holds_alternative<tsql::InsertStatement>(statement->node) ||
+                           std::holds_alternative<tsql::UpdateStatement>(statement->node) ||
+                           std::holds_alternative<tsql::DeleteStatement>(statement->node));
+        if (!data || !instruction.parts.empty()) continue;
+        try {
+            Prepared prepared;
+            statements_.translate(prepared, *statement, program.names());
+            instruction.parts.push_back(std::move(prepared));
+        } catch (const tsql::ServerError& error) {
+            if (!showsLater(error.number())) throw error.at(instruction.line);
+        }
+    }
+    program.checkedAt = catalogue_.generation();
+}
+
+std::size_t ScriptRunner::step(Frame& frame, std::size_t at, std::vector<Result>& results) {
+    Instruction& instruction = frame.program.code()[at];
+    try {
+        switch (instruction.operation) {
+            case Operation::Statement:
+                return runStatement(frame, instruction, at, results);
+            case Operation::Test:
+                return test(frame, instruction) ? at + 1 : instruction.target;
+            case Operation::Jump:
+                TimeLimit::check(connection_.handle());
+                return instruction.target;
+            case Operation::EnterTry:
+                frame.handlers.push_back(instruction.target);
+                ++state_.openTries;
+                return at + 1;
+            case Operation::LeaveTry:
+                frame.handlers.pop_back();
+                --state_.openTries;
+                return instruction.target;
+            case Operation::LeaveHandler:
+                frame.handled.pop_back();
+                return at + 1;
+        }
+    } catch (const SqliteError& error) {
+        return handle(frame, raisedBy(error, instruction), at);
+    } catch (const tsql::ServerError& error) {
+        return handle(frame, raisedBy(error, instruction.line), at);
+    } catch (const RaisedError& raised) {
+        return handle(frame, raised, at);
+    }
+    return at + 1;
+}
+
+}  // namespace kap::ado::embedded

@@ -1,0 +1,178 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "ado/driver.hpp"
+#include "ado/embedded/connection.hpp"
+#include "ado/embedded/lru_cache.hpp"
+#include "ado/embedded/schema_catalogue.hpp"
+#include "ado/embedded/script/cursors.hpp"
+#include "ado/embedded/script/program.hpp"
+#include "ado/embedded/script/session_state.hpp"
+#include "ado/embedded/script/statement_runner.hpp"
+#include "ado/embedded/server_errors.hpp"
+#include "ado/embedded/transactions.hpp"
+#include "tsql/statements.hpp"
+
+namespace kap::ado::embedded {
+
+// Runs scripts of the dialect: reads them, lays them out as programs, follows their flow, and keeps
+// what it has made by the script's text, so that running a script again costs little more than
+// running prepared SQL.
+//
+// One class, one room (source file) for each part: script_runner.cpp requests and the flow,
+// script_errors.cpp what errors do, script_statements.cpp the statements that have no SQL,
+// script_calls.cpp procedures and dynamic SQL, system_procedures.cpp the server's own,
+// script_modules.cpp functions and triggers, script_definitions.cpp what is stored by its text,
+// script_cursors.cpp cursors.
+class ScriptRunner final : public TriggerHost {
+public:
+    ScriptRunner(Connection& connection, SchemaCatalogue& catalogue, Counters& counters,
+                 Transactions& transactions, SessionState& state);
+
+    // Raises DriverError with every message when one of them is an error.
+    void run(Request& request, Reply& reply);
+
+    // Calls a stored function with values of its parameters' types.
+    [[nodiscard]] Value call(std::string_view function, std::vector<Value> arguments);
+    void fire(const Table& table, const FiringTrigger& trigger,
+              std::vector<Result>& results) override;
+    // Writes rows to a table with its triggers, for a change that is no statement of a script.
+    [[nodiscard]] StatementRunner& statements() noexcept { return statements_; }
+    // Runs `work`, which may fire triggers, as a request of its own: their messages are raised.
+    template <typename Work>
+    void guarded(const Work& work) {
+        std::vector<ServerMessage> messages;
+        const Restored before(messages_);
+        messages_ = &messages;
+        try {
+            work();
+        } catch (const RaisedError& raised) {
+            report(raised);
+        } catch (const BatchEnded&) {
+        }
+        raiseIfFailed(messages);
+    }
+
+    [[nodiscard]] const Cursors& cursors() const noexcept { return cursors_; }
+
+private:
+    // Ends everything that was sent; what happened is among the messages.
+    struct BatchEnded {};
+    // Ends the batch, procedure or trigger that is running.
+    struct ScopeEnded {};
+
+    // Counts a program as running for as long as it lives, and ends what is the call's own.
+    class Running;
+
+    // script_runner.cpp
+    void runRequest(Request& request, std::vector<Result>& results);
+    void runProcedure(Request& request, std::vector<Result>& results);
+    [[nodiscard]] std::shared_ptr<Program> programOf(
+        std::string_view script, const std::vector<tsql::DeclaredVariable>& parameters);
+    [[nodiscard]] std::shared_ptr<Program> programOf(const std::shared_ptr<const Module>& module);
+    void runFrame(Frame& frame, std::vector<Result>& results);
+    void checkAhead(Program& program);
+    [[nodiscard]] std::size_t step(Frame& frame, std::size_t at, std::vector<Result>& results);
+    [[nodiscard]] std::size_t runStatement(Frame& frame, Instruction& instruction, std::size_t at,
+                                           std::vector<Result>& results);
+    void finishRequest(std::vector<ServerMessage>& messages);
+    static void raiseIfFailed(const std::vector<ServerMessage>& messages);
+
+    // script_errors.cpp
+    [[nodiscard]] RaisedError raisedBy(const tsql::ServerError& error, int line) const;
+    [[nodiscard]] RaisedError raisedBy(const SqliteError& error, const Instruction& instruction);
+    [[nodiscard]] std::size_t handle(Frame& frame, const RaisedError& raised, std::size_t at);
+    [[nodiscard]] ErrorReach reachIn(const Frame& frame, const RaisedError& raised) const;
+    void report(const RaisedError& raised);
+    void report(const tsql::ServerError& message);
+    void rollBackAll();
+
+    // script_statements.cpp: each gives the place to go on at.
+    [[nodiscard]] Value evaluate(Frame& frame, Instruction& instruction, std::size_t part,
+                                 const tsql::Expression& expression, const tsql::TypeSpec& type);
+    [[nodiscard]] Value evaluateAny(Frame& frame, Instruction& instruction, std::size_t part,
+                                    const tsql::Expression& expression, tsql::TypeSpec& type);
+    [[nodiscard]] std::string textOf(Frame& frame, Instruction& instruction, std::size_t part,
+                                     const tsql::Expression& expression);
+    [[nodiscard]] bool test(Frame& frame, Instruction& instruction);
+    void declareVariables(Frame& frame, Instruction& instruction,
+                          const tsql::DeclareStatement& node);
+    void declareTable(Frame& frame, const tsql::CreateTableStatement& table);
+    void assign(Frame& frame, Instruction& instruction, const tsql::AssignStatement& node);
+    void setOption(Frame& frame, Instruction& instruction, const tsql::SetOptionStatement& node);
+    void setSwitch(const std::string& option, bool on, int line);
+    void print(Frame& frame, Instruction& instruction, const tsql::PrintStatement& node);
+    void raiseError(Frame& frame, Instruction& instruction, const tsql::RaiserrorStatement& node);
+    void throwError(Frame& frame, Instruction& instruction, const tsql::ThrowStatement& node);
+    void wait(Frame& frame, Instruction& instruction, const tsql::WaitStatement& node);
+    void transaction(Frame& frame, const tsql::TransactionStatement& node);
+    void rollBack(const std::string& name);
+    void database(const tsql::DatabaseStatement& node, int line);
+    void note(const std::string& text);
+
+    // script_calls.cpp
+    void execute(Frame& frame, Instruction& instruction, const tsql::ExecuteStatement& node,
+                 std::vector<Result>& results);
+    void insertExecuted(Frame& frame, Instruction& instruction, const tsql::InsertStatement& node,
+                        std::vector<Result>& results);
+    [[nodiscard]] std::int64_t insertRows(const Frame& frame, const tsql::InsertStatement& node,
+                                          const Result& result);
+    void executeText(const std::string& text, std::vector<Result>& results);
+    void executeModule(Frame& frame, Instruction& instruction, const tsql::ExecuteStatement& node,
+                       const std::shared_ptr<const Module>& module, std::vector<Result>& results);
+    void bindArguments(Frame& frame, Instruction& instruction, const tsql::ExecuteStatement& node,
+                       const Module& module, Frame& called);
+    void runCalled(Frame& called, std::vector<Result>& results);
+    void setVariable(Frame& frame, const std::string& name, const Value& value,
+                     const tsql::TypeSpec& type, int line);
+
+    // system_procedures.cpp
+    [[nodiscard]] bool executeSystem(Frame& frame, Instruction& instruction,
+                                     const tsql::ExecuteStatement& node,
+                                     std::vector<Result>& results);
+    void executeSql(Frame& frame, Instruction& instruction, const tsql::ExecuteStatement& node,
+                    std::vector<Result>& results);
+    [[nodiscard]] std::vector<std::string> textArguments(Frame& frame, Instruction& instruction,
+                                                         const tsql::ExecuteStatement& node);
+    void addType(const std::vector<std::string>& arguments, int line);
+    void dropType(const std::vector<std::string>& arguments, int line);
+    void renameObject(const std::vector<std::string>& arguments, int line);
+    void helpText(const std::vector<std::string>& arguments, int line,
+                  std::vector<Result>& results);
+
+    // script_definitions.cpp
+    void createView(const tsql::CreateViewStatement& node, int line);
+    void createModule(const tsql::CreateModuleStatement& node, int line);
+    void createType(const tsql::CreateTypeStatement& node, int line);
+    void store(StoredObject object, bool replace, bool mustExist, int line);
+    void dropStored(const tsql::DropStatement& node, int line);
+    void alterTable(Frame& frame, const tsql::AlterTableStatement& node, int line);
+
+    // script_cursors.cpp
+    void declareCursor(Frame& frame, const tsql::DeclareCursorStatement& node, int line);
+    void useCursor(Frame& frame, const tsql::CursorStatement& node, int line);
+    void fetch(Frame& frame, Instruction& instruction, const tsql::FetchStatement& node,
+               std::vector<Result>& results);
+    [[nodiscard]] Cursor& requireCursor(const std::string& name, int line);
+    [[nodiscard]] std::int64_t fetchTarget(Frame& frame, Instruction& instruction,
+                                           const tsql::FetchStatement& node, const Cursor& cursor);
+
+    Connection& connection_;
+    SchemaCatalogue& catalogue_;
+    Counters& counters_;
+    Transactions& transactions_;
+    SessionState& state_;
+    StatementRunner statements_;
+    Cursors cursors_;
+    std::vector<ServerMessage>* messages_ = nullptr;  // of the request that is running
+    LruCache<std::shared_ptr<Program>> kept_;
+    std::map<std::string, std::shared_ptr<Program>> modulePrograms_;
+};
+
+}  // namespace kap::ado::embedded

@@ -1,0 +1,287 @@
+#include "ado/embedded/script/session_functions.hpp"
+
+#include <algorithm>
+#include <new>
+#include <utility>
+
+#include <sqlite3.h>
+
+#include "ado/embedded/functions/function_support.hpp"
+#include "ado/embedded/object_ids.hpp"
+#include "ado/embedded/server_identity.hpp"
+#include "tsql/server_error.hpp"
+#include "tsql/text.hpp"
+
+namespace kap::ado::embedded {
+namespace {
+
+constexpr std::size_t kFunctions = 6;
+
+Value valueOf(sqlite3_value* value) {
+    switch (sqlite3_value_type(value)) {
+        case SQLITE_INTEGER:
+            return std::int64_t{sqlite3_value_int64(value)};
+        case SQLITE_FLOAT:
+            return sqlite3_value_double(value);
+        case SQLITE_TEXT: {
+            const auto* text = reinterpret_cast<const char*>(sqlite3_value_text(value));
+            return std::string(text, static_cast<std::size_t>(sqlite3_value_bytes(value)));
+        }
+        case SQLITE_BLOB: {
+            const auto* bytes = static_cast<const char*>(sqlite3_value_blob(value));
+            const auto size = static_cast<std::size_t>(sqlite3_value_bytes(value));
+            return Blob{bytes == nullptr ? std::string() : std::string(bytes, size)};
+        }
+        default:
+            return std::monostate{};
+    }
+}
+
+std::string textAt(const std::vector<Value>& arguments, std::size_t index) {
+    const auto* text =
+        index < arguments.size() ? std::get_if<std::string>(&arguments[index]) : nullptr;
+    return text == nullptr ? std::string() : *text;
+}
+
+std::int64_t wholeAt(const std::vector<Value>& arguments, std::size_t index) {
+    const auto* whole =
+        index < arguments.size() ? std::get_if<std::int64_t>(&arguments[index]) : nullptr;
+    return whole == nullptr ? 0 : *whole;
+}
+
+Value orNull(const std::optional<std::int64_t>& number) {
+    return number ? Value(*number) : Value();
+}
+
+Value versionBytes(std::int64_t version) {
+    constexpr std::size_t kBytes = 8;
+    std::string bytes(kBytes, '\0');
+    auto rest = static_cast<std::uint64_t>(version);
+    for (auto at = bytes.rbegin(); at != bytes.rend(); ++at) {
+        *at = static_cast<char>(rest & 0xFFU);
+        rest >>= 8;
+    }
+    return Blob{std::move(bytes)};
+}
+
+}  // namespace
+
+SessionFunctions::SessionFunctions(Connection& connection, SchemaCatalogue& catalogue,
+                                   Counters& counters, Transactions& transactions,
+                                   SessionState& state, ScriptRunner& scripts)
+    : connection_(connection),
+      catalogue_(catalogue),
+      counters_(counters),
+      transactions_(transactions),
+      state_(state),
+      scripts_(scripts) {
+    entries_.reserve(kFunctions);  // SQLite keeps the addresses
+    provide("kap_system", -1, &SessionFunctions::system);
+    provide("kap_variable", 1, &SessionFunctions::variable);
+    provide("kap_assign", 2, &SessionFunctions::assign);
+    provide("kap_first", 2, &SessionFunctions::first);
+    provide("kap_call", -1, &SessionFunctions::call);
+    provide("kap_capturing", 1, &SessionFunctions::capturing);
+}
+
+void SessionFunctions::provide(const char* name, int count, Member member) {
+    Entry& entry = entries_.emplace_back(Entry{this, member});
+    if (sqlite3_create_function_v2(connection_.handle(), name, count, SQLITE_UTF8, &entry,
+                                   &SessionFunctions::called, nullptr, nullptr,
+                                   nullptr) != SQLITE_OK) {
+        throw lastError(connection_.handle());
+    }
+}
+
+// SQLite carries no exception: the failure goes on through the slot.
+void SessionFunctions::called(sqlite3_context* context, int count, sqlite3_value** values) {
+    const Entry& entry = *static_cast<const Entry*>(sqlite3_user_data(context));
+    SessionFunctions& self = *entry.self;
+    try {
+        Arguments arguments;
+        arguments.reserve(static_cast<std::size_t>(count));
+        for (int i = 0; i < count; ++i) {
+            arguments.push_back(valueOf(values[i]));
+        }
+        setResult(context, (self.*entry.member)(arguments));
+    } catch (const tsql::ServerError& error) {
+        setError(context, self.connection_.errorSlot(), error);
+    } catch (const SqliteError& error) {
+        sqlite3_result_error(context, error.what(), -1);
+        sqlite3_result_error_code(context, error.code());
+    } catch (const std::bad_alloc&) {
+        sqlite3_result_error_nomem(context);
+    }
+}
+
+Value SessionFunctions::variable(const Arguments& arguments) {
+    return state_.frame().values.at(static_cast<std::size_t>(wholeAt(arguments, 0)));
+}
+
+Value SessionFunctions::assign(const Arguments& arguments) {
+    state_.frame().values.at(static_cast<std::size_t>(wholeAt(arguments, 0))) = arguments[1];
+    return arguments[1];
+}
+
+Value SessionFunctions::first(const Arguments& arguments) {
+    return arguments[0];
+}
+
+Value SessionFunctions::call(const Arguments& arguments) {
+    return scripts_.call(textAt(arguments, 0), {arguments.begin() + 1, arguments.end()});
+}
+
+Value SessionFunctions::capturing(const Arguments& arguments) {
+    return std::int64_t{state_.capturing == textAt(arguments, 0) ? 1 : 0};
+}
+
+Value SessionFunctions::system(const Arguments& arguments) {
+    const auto value = static_cast<SystemValue>(wholeAt(arguments, 0));
+    if (value >= SystemValue::ErrorNumber && value <= SystemValue::ErrorProcedure) {
+        return ofError(value);
+    }
+    if (value >= SystemValue::ObjectId && value <= SystemValue::ColumnProperty) {
+        return ofSchema(value, arguments);
+    }
+    if (value == SystemValue::ColumnUpdated) {
+        return columnUpdated(textAt(arguments, 1));
+    }
+    if (value == SystemValue::CursorStatus) {
+        return cursorStatus(textAt(arguments, 2));
+    }
+    return ofStatement(value, arguments);
+}
+
+Value SessionFunctions::ofStatement(SystemValue value, const Arguments& arguments) {
+    switch (value) {
+        case SystemValue::Error:
+            return std::int64_t{state_.error};
+        case SystemValue::RowCount:
+            return state_.rowCount;
+        case SystemValue::TransactionCount:
+            return std::int64_t{transactions_.depth()};
+        case SystemValue::Identity:
+            return orNull(state_.identity);
+        case SystemValue::ScopeIdentity:
+            return orNull(state_.frame().scopeIdentity);
+        case SystemValue::IdentityOfTable: {
+            const Table* table = catalogue_.find(plainObjectName(textAt(arguments, 1)));
+            const bool has =
+                table != nullptr && std::ranges::any_of(table->columns, [](const Column& column) {
+                    return column.identity.has_value();
+                });
+            return has ? Value(counters_.currentIdentity(table->name)) : Value();
+        }
+        case SystemValue::LastRowVersion:
+            return versionBytes(counters_.currentRowVersion());
+        case SystemValue::FetchStatus:
+            return std::int64_t{state_.fetchStatus};
+        case SystemValue::NestLevel:
+            return static_cast<std::int64_t>(state_.frames.size()) - 1;
+        case SystemValue::ProcedureId: {
+            const std::string name = state_.frame().procedure();
+            return name.empty() ? Value(std::int64_t{0}) : Value(objectId(name));
+        }
+        case SystemValue::DateFirst:
+            return std::int64_t{state_.dates.firstDay};
+        case SystemValue::LockTimeout:
+            return std::int64_t{state_.lockTimeout};
+        case SystemValue::TransactionState:
+            if (state_.doomed) return std::int64_t{-1};
+            return std::int64_t{transactions_.depth() > 0 ? 1 : 0};
+        case SystemValue::Options:
+            return std::int64_t{state_.noCount ? 512 : 0} + (state_.abortOnError ? 16384 : 0);
+        default:
+            return ofServer(value, arguments);
+    }
+}
+
+// Of the error that the innermost CATCH block handles; null outside of one.
+Value SessionFunctions::ofError(SystemValue value) const {
+    const RaisedError* raised = nullptr;
+    for (auto frame = state_.frames.rbegin(); frame != state_.frames.rend() && raised == nullptr;
+         ++frame) {
+        if (!(*frame)->handled.empty()) raised = &(*frame)->handled.back();
+    }
+    if (raised == nullptr) return std::monostate{};
+    switch (value) {
+        case SystemValue::ErrorNumber:
+            return std::int64_t{raised->error.number()};
+        case SystemValue::ErrorMessage:
+            return raised->error.message();
+        case SystemValue::ErrorSeverity:
+            return std::int64_t{raised->error.severity()};
+        case SystemValue::ErrorState:
+            return std::int64_t{raised->error.state()};
+        case SystemValue::ErrorLine:
+            return std::int64_t{raised->error.line()};
+        default:
+            return raised->procedure.empty() ? Value() : Value(raised->procedure);
+    }
+}
+
+Value SessionFunctions::ofServer(SystemValue value, const Arguments& arguments) const {
+    switch (value) {
+        case SystemValue::Version:
+            return versionText();
+        case SystemValue::ServerName:
+        case SystemValue::HostName:
+            return hostName();
+        case SystemValue::ServiceName:
+            return std::string("KapLocal");
+        case SystemValue::ProcessId:
+            return sessionNumber();
+        case SystemValue::DatabaseName:
+            return catalogue_.databaseName();
+        case SystemValue::UserName:
+            return std::string("dbo");
+        case SystemValue::LoginName:
+            return loginName();
+        case SystemValue::ApplicationName:
+            return std::string("KapUtil");
+        case SystemValue::ServerProperty:
+            return serverProperty(textAt(arguments, 1));
+        default:
+            return std::monostate{};
+    }
+}
+
+Value SessionFunctions::ofSchema(SystemValue value, const Arguments& arguments) const {
+    switch (value) {
+        case SystemValue::ObjectId:
+            return idOfObject(catalogue_, textAt(arguments, 1), textAt(arguments, 2));
+        case SystemValue::ObjectName:
+            return nameOfObject(catalogue_, wholeAt(arguments, 1));
+        case SystemValue::ObjectProperty:
+            return objectProperty(catalogue_, wholeAt(arguments, 1), textAt(arguments, 2));
+        case SystemValue::ColumnLength:
+            return columnLength(catalogue_, textAt(arguments, 1), textAt(arguments, 2));
+        case SystemValue::ColumnName:
+            return columnName(catalogue_, wholeAt(arguments, 1), wholeAt(arguments, 2));
+        default:
+            return columnProperty(catalogue_, wholeAt(arguments, 1), textAt(arguments, 2),
+                                  textAt(arguments, 3));
+    }
+}
+
+// UPDATE(column) in a trigger: whether the statement assigns the column. An INSERT assigns all.
+Value SessionFunctions::columnUpdated(const std::string& column) const {
+    const std::optional<FiringTrigger>& trigger = state_.frame().trigger;
+    if (!trigger) {
+        throw tsql::ServerError(421, "UPDATE(column) can only be used within a trigger.");
+    }
+    if (trigger->event == tsql::kOnInsert) return std::int64_t{1};
+    const bool assigned = std::ranges::any_of(
+        trigger->columns, [&](const std::string& name) { return sameName(name, column); });
+    return std::int64_t{assigned ? 1 : 0};
+}
+
+// 1 open with rows, 0 open without, -1 closed, -3 not there.
+Value SessionFunctions::cursorStatus(const std::string& name) const {
+    const auto found = scripts_.cursors().find(tsql::asciiLower(name));
+    if (found == scripts_.cursors().end()) return std::int64_t{-3};
+    if (!found->second.open) return std::int64_t{-1};
+    return std::int64_t{found->second.count() > 0 ? 1 : 0};
+}
+
+}  // namespace kap::ado::embedded

@@ -1,0 +1,61 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "ado/embedded/connection.hpp"
+#include "ado/embedded/script/script_runner.hpp"
+#include "ado/embedded/translate/system_values.hpp"
+
+struct sqlite3_context;
+struct sqlite3_value;
+
+namespace kap::ado::embedded {
+
+// The SQL functions by which translated statements ask their session: kap_system for what it tells
+// of itself, kap_variable and kap_assign for variables that change from row to row, kap_call for
+// stored functions, kap_capturing for the triggers that catch written rows.
+class SessionFunctions {
+public:
+    SessionFunctions(Connection& connection, SchemaCatalogue& catalogue, Counters& counters,
+                     Transactions& transactions, SessionState& state, ScriptRunner& scripts);
+    SessionFunctions(const SessionFunctions&) = delete;
+    SessionFunctions& operator=(const SessionFunctions&) = delete;
+
+private:
+    using Arguments = std::vector<Value>;
+    using Member = Value (SessionFunctions::*)(const Arguments&);
+
+    struct Entry {
+        SessionFunctions* self;
+        Member member;
+    };
+
+    void provide(const char* name, int count, Member member);
+    static void called(sqlite3_context* context, int count, sqlite3_value** values);
+
+    [[nodiscard]] Value system(const Arguments& arguments);
+    [[nodiscard]] Value variable(const Arguments& arguments);
+    [[nodiscard]] Value assign(const Arguments& arguments);
+    [[nodiscard]] Value first(const Arguments& arguments);
+    [[nodiscard]] Value call(const Arguments& arguments);
+    [[nodiscard]] Value capturing(const Arguments& arguments);
+
+    // What kap_system answers, by groups.
+    [[nodiscard]] Value ofStatement(SystemValue value, const Arguments& arguments);
+    [[nodiscard]] Value ofError(SystemValue value) const;
+    [[nodiscard]] Value ofServer(SystemValue value, const Arguments& arguments) const;
+    [[nodiscard]] Value ofSchema(SystemValue value, const Arguments& arguments) const;
+    [[nodiscard]] Value columnUpdated(const std::string& column) const;
+    [[nodiscard]] Value cursorStatus(const std::string& name) const;
+
+    Connection& connection_;
+    SchemaCatalogue& catalogue_;
+    Counters& counters_;
+    Transactions& transactions_;
+    SessionState& state_;
+    ScriptRunner& scripts_;
+    std::vector<Entry> entries_;
+};
+
+}  // namespace kap::ado::embedded

@@ -1,0 +1,77 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "ado/embedded/functions/date_settings.hpp"
+#include "ado/embedded/script/program.hpp"
+#include "tsql/server_error.hpp"
+
+namespace kap::ado::embedded {
+
+// An error with the place that it was raised in.
+struct RaisedError {
+    tsql::ServerError error;
+    std::string procedure;  // empty: the batch
+    std::size_t level = 0;  // the number of frames that were running
+    bool thrown = false;    // by THROW, which ends the batch
+    bool reported = false;  // by RAISERROR, which ends nothing
+};
+
+// A trigger that is running.
+struct FiringTrigger {
+    std::string table;
+    std::uint8_t event = 0;
+    std::vector<std::string> columns;  // that an UPDATE assigns
+};
+
+// A program that is running: the values of its variables, and what is the call's own.
+struct Frame {
+    explicit Frame(Program& ran) : program(ran), values(ran.names().variables().size()) {}
+
+    [[nodiscard]] std::string procedure() const {
+        return program.module == nullptr ? std::string() : program.module->object.name;
+    }
+
+    Program& program;
+    std::vector<Value> values;  // by slot
+    std::optional<std::int64_t> scopeIdentity;
+    std::vector<std::size_t> handlers;     // where the open TRY blocks go on
+    std::vector<RaisedError> handled;      // by the CATCH blocks that are running
+    std::vector<std::string> ownTables;    // temporary tables that end with it
+    std::vector<std::string> localTables;  // the temporary tables of its table variables
+    std::optional<FiringTrigger> trigger;
+    std::optional<Value> returned;
+    bool keepsTables = false;  // the batch of a client: its temporary tables are the connection's
+};
+
+// What a connection remembers from one statement to the next.
+struct SessionState {
+    std::int32_t error = 0;
+    std::int64_t rowCount = 0;
+    std::optional<std::int64_t> identity;
+    std::int32_t fetchStatus = 0;
+    // A transaction in which an error was caught that allows no more than rolling back.
+    bool doomed = false;
+
+    // Settings.
+    bool noCount = false;
+    bool abortOnError = false;
+    bool quotedNames = true;
+    DateSettings dates;
+    std::int32_t lockTimeout = -1;
+    WriteSettings writes;
+
+    // What is running, the innermost last.
+    std::vector<Frame*> frames;
+    int openTries = 0;                // in all frames
+    std::vector<std::string> firing;  // the tables whose triggers are running
+    std::string capturing;            // the table whose written rows are being caught
+    std::string transactionName;      // of the outermost BEGIN TRANSACTION
+
+    [[nodiscard]] Frame& frame() const { return *frames.back(); }
+};
+
+}  // namespace kap::ado::embedded

@@ -1,0 +1,508 @@
+#include "ado/embedded/script/statement_runner.hpp"
+
+#include <algorithm>
+#include <cstddef>
+
+#include "ado/embedded/column_info.hpp"
+#include "ado/embedded/row_reader.hpp"
+#include "ado/embedded/translate/capture.hpp"
+#include "ado/embedded/translate/translator.hpp"
+
+namespace kap::ado::embedded {
+
+Value valueOf(const PreparedStatement& row, int column, const tsql::TypeSpec& type) {
+    CellValue cell = row.cell(column);
+    if (auto* bytes = std::get_if<std::string>(&cell)) {
+        if (tsql::isBinary(type.type)) {
+            return Blob{std::move(*bytes)};
+        }
+        return std::move(*bytes);
+    }
+    if (const auto* integer = std::get_if<std::int64_t>(&cell)) {
+        const bool real = tsql::isApproximate(type.type) || tsql::isDate(type.type);
+        return real ? Value(static_cast<double>(*integer)) : Value(*integer);
+    }
+    if (const auto* real = std::get_if<double>(&cell)) {
+        return *real;
+    }
+    return std::monostate{};
+}
+
+void bindValue(PreparedStatement& statement, int index, const Value& value) {
+    if (const auto* blob = std::get_if<Blob>(&value)) {
+        if (sqlite3_bind_blob64(statement.handle(), index,
+                                blob->bytes.empty() ? "" : blob->bytes.data(), blob->bytes.size(),
+                                SQLITE_TRANSIENT) != SQLITE_OK) {
+            throw lastError(sqlite3_db_handle(statement.handle()));
+        }
+    } else if (const auto* text = std::get_if<std::string>(&value)) {
+        if (sqlite3_bind_text64(statement.handle(), index, text->empty() ? "" : text->data(),
+                                text->size(), SQLITE_TRANSIENT, SQLITE_UTF8) != SQLITE_OK) {
+            throw lastError(sqlite3_db_handle(statement.handle()));
+        }
+    } else if (const auto* integer = std::get_if<std::int64_t>(&value)) {
+        statement.bind(index, *integer);
+    } else if (const auto* real = std::get_if<double>(&value)) {
+        statement.bind(index, CellValue(*real), Storage::Real);
+    } else {
+        statement.bind(index, CellValue(), Storage::Integer);
+    }
+}
+
+StatementRunner::StatementRunner(Connection& connection, SchemaCatalogue& catalogue,
+                                 Counters& counters, Transactions& transactions,
+                                 SessionState& state, TriggerHost& triggers)
+    : connection_(connection),
+      catalogue_(catalogue),
+      counters_(counters),
+      transactions_(transactions),
+      state_(state),
+      triggers_(triggers) {}
+
+void StatementRunner::run(Prepared& prepared, const tsql::Statement& statement,
+                          std::vector<Result>& results) {
+    connection_.errorSlot().error.reset();
+    const auto* query = std::get_if<tsql::SelectStatement>(&statement.node);
+    const auto* first =
+        query == nullptr ? nullptr : std::get_if<tsql::Select>(&query->query->terms.front().node);
+    const bool defines = std::holds_alternative<tsql::TruncateStatement>(statement.node) ||
+                         std::holds_alternative<tsql::CreateTableStatement>(statement.node) ||
+                         std::holds_alternative<tsql::CreateIndexStatement>(statement.node) ||
+                         std::holds_alternative<tsql::DropStatement>(statement.node) ||
+                         (first != nullptr && first->into);
+    if (defines) {
+        define(prepared, statement, results);
+    } else if (query != nullptr) {
+        select(prepared, statement, results);
+    } else {
+        write(prepared, statement, results);
+    }
+}
+
+// --- Preparing
+
+bool StatementRunner::isCurrent(const Prepared& prepared) const {
+    return prepared.ready && prepared.generation == catalogue_.generation();
+}
+
+void StatementRunner::use(Prepared& prepared, Translation translation) {
+    prepared.ready = false;
+    prepared.statements.clear();
+    prepared.translation = std::move(translation);
+    prepared.columns = columnInfos(prepared.translation.columns, catalogue_);
+    prepared.generation = catalogue_.generation();
+    prepared.ready = true;
+}
+
+void StatementRunner::translate(Prepared& prepared, const tsql::Statement& statement,
+                                const Names& names) {
+    use(prepared, embedded::translate(statement, names));
+}
+
+void StatementRunner::ensureCurrent(Prepared& prepared, const tsql::Statement& statement) {
+    if (!isCurrent(prepared)) {
+        translate(prepared, statement, state_.frame().program.names());
+    }
+    prepareAll(prepared);
+}
+
+void StatementRunner::prepareAll(Prepared& prepared) {
+    if (!prepared.statements.empty()) {
+        return;
+    }
+    for (const std::string& sql : prepared.translation.sql) {
+        prepared.statements.emplace_back(connection_.handle(), sql, StatementLife::Kept);
+    }
+}
+
+void StatementRunner::bind(const Prepared& prepared, PreparedStatement& statement) const {
+    if (prepared.translation.variables.empty()) {
+        return;
+    }
+    const int count = sqlite3_bind_parameter_count(statement.handle());
+    for (const int slot : prepared.translation.variables) {
+        if (slot < count) {
+            bindValue(statement, slot + 1, state_.frame().values[static_cast<std::size_t>(slot)]);
+        }
+    }
+}
+
+void StatementRunner::requireHealthy() const {
+    if (state_.doomed) {
+        throw tsql::ServerError(
+            3930,
+            "The current transaction cannot be committed and cannot support "
+            "operations that write to the log file. Roll back the transaction.");
+    }
+}
+
+// --- Reading
+
+Value StatementRunner::firstValue(Prepared& prepared) {
+    connection_.errorSlot().error.reset();
+    prepareAll(prepared);
+    PreparedStatement& statement = prepared.statements.back();
+    bind(prepared, statement);
+    const ResetGuard guard(statement);
+    if (!statement.step()) {
+        return std::monostate{};
+    }
+    return valueOf(statement, 0, prepared.translation.columns.front().type);
+}
+
+void StatementRunner::select(Prepared& prepared, const tsql::Statement& statement,
+                             std::vector<Result>& results) {
+    Result result;
+    const bool tries = isCurrent(prepared) && !prepared.translation.readsSchema;
+    if (!tries || !trySelect(prepared, result)) {
+        const Transactions::ReadScope scope(transactions_);
+        ensureCurrent(prepared, statement);
+        if (prepared.translation.kind == StatementKind::Assign) {
+            (void)assign(prepared, SchemaCheck::NotNeeded);
+        } else {
+            (void)fill(prepared, result, SchemaCheck::NotNeeded);
+        }
+    }
+    if (prepared.translation.kind != StatementKind::Assign) {
+        results.push_back(std::move(result));
+    }
+}
+
+// Without looking at the schema first: that it has changed shows when the statement is run, because
+// SQLite then has to prepare it anew or cannot. False when it has to be translated again.
+bool StatementRunner::trySelect(Prepared& prepared, Result& result) {
+    try {
+        prepareAll(prepared);
+        const bool done = prepared.translation.kind == StatementKind::Assign
+                              ? assign(prepared, SchemaCheck::Needed)
+                              : fill(prepared, result, SchemaCheck::Needed);
+        if (done) {
+            return true;
+        }
+    } catch (const SqliteError& error) {
+        if (error.primaryCode() != SQLITE_ERROR || connection_.errorSlot().error) {
+            throw;
+        }
+    }
+    prepared.ready = false;
+    result = {};
+    return false;
+}
+
+bool StatementRunner::fill(Prepared& prepared, Result& result, SchemaCheck check) {
+    PreparedStatement& rows = prepared.statements.back();
+    bind(prepared, rows);
+    const ResetGuard guard(rows);
+    bool more = rows.step();
+    if (rows.preparedAnew() && check == SchemaCheck::Needed) {
+        return false;
+    }
+    const RowReader reader(prepared.columns);
+    result.columns = prepared.columns;
+    result.rows.resize(prepared.columns.size());
+    const std::int64_t most = state_.writes.rowLimit;
+    std::int64_t count = 0;
+    while (more) {
+        reader.read(rows, result.rows);
+        ++count;
+        more = (most == 0 || count < most) && rows.step();
+    }
+    for (ColumnStore& column : result.rows) {
+        column.shrink();
+    }
+    state_.rowCount = count;
+    return true;
+}
+
+// Each row leaves its values in the variables, so the last one's stay.
+bool StatementRunner::assign(Prepared& prepared, SchemaCheck check) {
+    PreparedStatement& rows = prepared.statements.back();
+    bind(prepared, rows);
+    const ResetGuard guard(rows);
+    bool more = rows.step();
+    if (rows.preparedAnew() && check == SchemaCheck::Needed) {
+        return false;
+    }
+    const Translation& made = prepared.translation;
+    const std::int64_t most = state_.writes.rowLimit;
+    std::int64_t count = 0;
+    while (more) {
+        for (std::size_t i = 0; i < made.assigned.size(); ++i) {
+            state_.frame().values[static_cast<std::size_t>(made.assigned[i])] =
+                valueOf(rows, static_cast<int>(i), made.columns[i].type);
+        }
+        ++count;
+        more = (most == 0 || count < most) && rows.step();
+    }
+    state_.rowCount = count;
+    return true;
+}
+
+// --- Writing
+
+void StatementRunner::write(Prepared& prepared, const tsql::Statement& statement,
+                            std::vector<Result>& results) {
+    requireHealthy();
+    Transactions::WriteScope scope(transactions_);
+    ensureCurrent(prepared, statement);
+    if (prepared.translation.capture) {
+        writeCaught(prepared, statement, results);
+    } else {
+        runAll(prepared);
+        state_.rowCount = connection_.database().changes();
+        noteIdentity(prepared.translation.kind);
+        addCount(results);
+    }
+    scope.keep();
+}
+
+void StatementRunner::runAll(Prepared& prepared) {
+    for (PreparedStatement& each : prepared.statements) {
+        bind(prepared, each);
+        each.run();
+    }
+}
+
+void StatementRunner::noteIdentity(StatementKind kind) {
+    const auto identity = counters_.takeLastIdentity();
+    if (kind != StatementKind::Insert) {
+        return;
+    }
+    state_.identity = identity;
+    state_.frame().scopeIdentity = identity;
+}
+
+void StatementRunner::addCount(std::vector<Result>& results) {
+    if (state_.noCount) {
+        return;
+    }
+    results.emplace_back().rowsAffected = state_.rowCount;
+}
+
+namespace {
+
+std::vector<std::string> assignedColumns(const tsql::Statement& statement) {
+    std::vector<std::string> names;
+    if (const auto* update = std::get_if<tsql::UpdateStatement>(&statement.node)) {
+        for (const tsql::Assignment& each : update->assignments) {
+            if (!each.column.parts.empty()) {
+                names.push_back(each.column.last());
+            }
+        }
+    }
+    return names;
+}
+
+}  // namespace
+
+void StatementRunner::writeCaught(Prepared& prepared, const tsql::Statement& statement,
+                                  std::vector<Result>& results) {
+    const Translation& made = prepared.translation;
+    const Capture capture = *made.capture;
+    const Table table = tableOf(made);
+    const bool firing = capture.forTriggers && fires(table, capture.event);
+    if (!firing && capture.outputSql.empty()) {
+        runAll(prepared);
+        state_.rowCount = connection_.database().changes();
+        noteIdentity(made.kind);
+        addCount(results);
+        return;
+    }
+    if (!firing && !state_.firing.empty() &&
+        std::ranges::find(state_.firing, table.name) != state_.firing.end()) {
+        throw tsql::unsupported("OUTPUT of a table within its own trigger", statement.line);
+    }
+    ensureCapture(table);
+    catching(table, [&] { runAll(prepared); });
+    const std::int64_t count = connection_.database().changes();
+    noteIdentity(made.kind);
+    if (!capture.outputSql.empty()) {
+        output(capture, results);
+    }
+    if (firing) {
+        fire(table, {table.name, capture.event, assignedColumns(statement)}, results);
+    }
+    forget(table);
+    state_.rowCount = count;
+    if (capture.outputSql.empty() || capture.outputInto) {
+        addCount(results);
+    }
+}
+
+void StatementRunner::output(const Capture& capture, std::vector<Result>& results) {
+    PreparedStatement rows(connection_.handle(), capture.outputSql);
+    if (capture.outputInto) {
+        rows.run();
+        return;
+    }
+    Result result;
+    result.columns = columnInfos(capture.columns, catalogue_);
+    result.rows.resize(result.columns.size());
+    const RowReader reader(result.columns);
+    while (rows.step()) {
+        reader.read(rows, result.rows);
+    }
+    results.push_back(std::move(result));
+}
+
+const Table& StatementRunner::tableOf(const Translation& translation) const {
+    const Names& names = state_.frame().program.names();
+    for (const LocalTable& local : names.localTables()) {
+        if (local.table.name == translation.table) {
+            return local.table;
+        }
+    }
+    return *catalogue_.find(translation.table);
+}
+
+// --- Triggers
+
+bool StatementRunner::fires(const Table& table, std::uint8_t event) const {
+    return (table.triggerEvents & event) != 0 &&
+           std::ranges::find(state_.firing, table.name) == state_.firing.end();
+}
+
+// Temporary schema goes with a rolled-back transaction, so that it is still there is asked each
+// time.
+void StatementRunner::ensureCapture(const Table& table) {
+    std::string columns;
+    for (const Column& column : table.columns) {
+        columns += sqlName(column.name) + tsql::typeText(column.type) + ",";
+    }
+    if (captured_[table.name] == columns) {
+        PreparedStatement look(connection_.handle(),
+                               "SELECT 1 FROM temp.sqlite_schema WHERE name = ?1");
+        const std::string name = capturedRows(table, RowState::Deleted).name;
+        look.bind(1, std::string_view(name));
+        if (look.step()) {
+            return;
+        }
+    }
+    for (const std::string& sql : makeCapture(table)) {
+        PreparedStatement(connection_.handle(), sql).run();
+    }
+    captured_[table.name] = columns;
+}
+
+void StatementRunner::forget(const Table& table) {
+    for (const RowState state : {RowState::Inserted, RowState::Deleted}) {
+        PreparedStatement(connection_.handle(),
+                          "DELETE FROM temp." + sqlName(capturedRows(table, state).name))
+            .run();
+    }
+}
+
+void StatementRunner::fire(const Table& table, const FiringTrigger& trigger,
+                           std::vector<Result>& results) {
+    const Transactions::ImplicitScope transaction(transactions_);
+    triggers_.fire(table, trigger, results);
+    if (transactions_.depth() == 0) {
+        throw tsql::ServerError(
+            3609, "The transaction ended in the trigger. The batch has been aborted.");
+    }
+}
+
+// --- Definition
+
+void StatementRunner::define(Prepared& prepared, const tsql::Statement& statement,
+                             std::vector<Result>& results) {
+    requireHealthy();
+    Transactions::WriteScope scope(transactions_);
+    translate(prepared, statement, state_.frame().program.names());
+    Translation& made = prepared.translation;
+    checkReferences(made, statement);
+    checkIndexes(made);
+    for (const DroppedTable& table : made.dropped) {
+        counters_.remove(table);
+        if (!table.temporary) {
+            catalogue_.stored().removeOf(table.name);
+        }
+    }
+    // Each is prepared only when the one before it has changed the schema.
+    const std::size_t filling = made.fills ? 1 : 0;
+    for (std::size_t i = 0; i + filling < made.sql.size(); ++i) {
+        PreparedStatement(connection_.handle(), made.sql[i]).run();
+    }
+    if (std::holds_alternative<tsql::TruncateStatement>(statement.node)) {
+        counters_.restart(tableOf(made));
+    }
+    if (made.created) {
+        counters_.add(*made.created);
+    }
+    state_.rowCount = 0;
+    if (made.fills) {
+        PreparedStatement rows(connection_.handle(), made.sql.back());
+        bind(prepared, rows);
+        rows.run();
+        state_.rowCount = connection_.database().changes();
+        addCount(results);
+    }
+    noteTables(made);
+    prepared.ready = false;
+    catalogue_.invalidate();
+    scope.keep();
+}
+
+// SQLite would delete a referenced table's rows first, and with them, by their actions, the rows
+// that refer to them.
+void StatementRunner::checkReferences(const Translation& translation,
+                                      const tsql::Statement& statement) const {
+    const bool truncates = std::holds_alternative<tsql::TruncateStatement>(statement.node);
+    std::vector<std::string> tables;
+    for (const DroppedTable& table : translation.dropped) {
+        if (!table.temporary) tables.push_back(table.name);
+    }
+    if (truncates && !translation.temporary) tables.push_back(translation.table);
+    for (const std::string& table : tables) {
+        PreparedStatement look(
+            connection_.handle(),
+            "SELECT m.name FROM main.sqlite_schema AS m, pragma_foreign_key_list(m.name, 'main') "
+            "AS f WHERE m.type = 'table' AND f.\"table\" = ?1 COLLATE NOCASE AND m.name <> ?1 "
+            "COLLATE NOCASE");
+        look.bind(1, std::string_view(table));
+        bool referenced = false;
+        while (look.step()) {
+            const std::string child = look.text(0);
+            referenced = referenced || std::ranges::none_of(tables, [&](const std::string& other) {
+                             return sameName(other, child);
+                         });
+        }
+        if (!referenced) continue;
+        throw truncates ? tsql::ServerError(4712, "Cannot truncate table '" + table +
+                                                      "' because it is being referenced by a "
+                                                      "FOREIGN KEY constraint.")
+                        : tsql::ServerError(3726, "Could not drop object '" + table +
+                                                      "' because it is referenced by a FOREIGN "
+                                                      "KEY constraint.");
+    }
+}
+
+void StatementRunner::checkIndexes(const Translation& translation) const {
+    if (translation.optional) return;
+    for (const DroppedIndex& index : translation.dropsIndexes) {
+        PreparedStatement look(connection_.handle(),
+                               std::string("SELECT 1 FROM ") + (index.temporary ? "temp" : "main") +
+                                   ".sqlite_schema WHERE type = 'index' AND name = ?1 COLLATE "
+                                   "NOCASE");
+        look.bind(1, std::string_view(index.name));
+        if (look.step()) continue;
+        throw tsql::ServerError(3701,
+                                "Cannot drop the index '" + index.shown +
+                                    "', because it does not exist or you do not have permission.",
+                                0, 11, 6);
+    }
+}
+
+// Temporary tables end with the procedure that made them, if it has not dropped them before.
+void StatementRunner::noteTables(const Translation& translation) {
+    for (const DroppedTable& table : translation.dropped) {
+        for (Frame* frame : state_.frames) {
+            std::erase(frame->ownTables, table.name);
+        }
+    }
+    if (translation.created && translation.created->table.temporary) {
+        state_.frame().ownTables.push_back(translation.created->table.name);
+    }
+}
+
+}  // namespace kap::ado::embedded

@@ -1,0 +1,135 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "ado/driver.hpp"
+#include "ado/embedded/connection.hpp"
+#include "ado/embedded/schema_catalogue.hpp"
+#include "ado/embedded/script/session_state.hpp"
+#include "ado/embedded/transactions.hpp"
+
+namespace kap::ado::embedded {
+
+// Gives a variable its value back at the end of a scope.
+template <typename Value>
+class Restored {
+public:
+    explicit Restored(Value& variable) : variable_(variable), before_(variable) {}
+    ~Restored() { variable_ = std::move(before_); }
+    Restored(const Restored&) = delete;
+    Restored& operator=(const Restored&) = delete;
+
+private:
+    Value& variable_;
+    Value before_;
+};
+
+// Who runs the triggers of a table.
+class TriggerHost {
+public:
+    TriggerHost() = default;
+    TriggerHost(const TriggerHost&) = delete;
+    TriggerHost& operator=(const TriggerHost&) = delete;
+    virtual ~TriggerHost() = default;
+    // The rows are in the tables that catch them; what answers the triggers give goes to `results`.
+    virtual void fire(const Table& table, const FiringTrigger& trigger,
+                      std::vector<Result>& results) = 0;
+};
+
+// Runs single statements that have SQL of their own: translates and prepares them when that is
+// needed, binds the variables, and keeps what SQLite does within the statement's transaction.
+//
+// Raises ServerError and SqliteError.
+class StatementRunner {
+public:
+    StatementRunner(Connection& connection, SchemaCatalogue& catalogue, Counters& counters,
+                    Transactions& transactions, SessionState& state, TriggerHost& triggers);
+
+    // Runs a statement and appends what it answers.
+    void run(Prepared& prepared, const tsql::Statement& statement, std::vector<Result>& results);
+    // The value of an expression, of the type that its translation says.
+    template <typename Make>
+    [[nodiscard]] Value value(Prepared& prepared, const Make& make) {
+        if (!isCurrent(prepared) || prepared.translation.readsSchema) {
+            const Transactions::ReadScope scope(transactions_);
+            if (!isCurrent(prepared)) {
+                use(prepared, make());
+            }
+            return firstValue(prepared);
+        }
+        return firstValue(prepared);
+    }
+    // Translates a statement ahead of its run, so that what is wrong with it shows early.
+    void translate(Prepared& prepared, const tsql::Statement& statement, const Names& names);
+
+    // Catches the rows that `work` writes to a table, for its triggers, which are then fired.
+    // Within a writing transaction.
+    template <typename Work>
+    void withTriggers(const Table& table, const FiringTrigger& trigger, const Work& work) {
+        ensureCapture(table);
+        catching(table, work);
+        std::vector<Result> ignored;
+        fire(table, trigger, ignored);
+        forget(table);
+    }
+    [[nodiscard]] bool fires(const Table& table, std::uint8_t event) const;
+
+private:
+    [[nodiscard]] bool isCurrent(const Prepared& prepared) const;
+    void use(Prepared& prepared, Translation translation);
+    void ensureCurrent(Prepared& prepared, const tsql::Statement& statement);
+    void prepareAll(Prepared& prepared);
+    void bind(const Prepared& prepared, PreparedStatement& statement) const;
+    [[nodiscard]] Value firstValue(Prepared& prepared);
+    void requireHealthy() const;
+
+    void select(Prepared& prepared, const tsql::Statement& statement, std::vector<Result>& results);
+    [[nodiscard]] bool trySelect(Prepared& prepared, Result& result);
+    enum class SchemaCheck : std::uint8_t { Needed, NotNeeded };
+    // False when the schema turns out to have changed; no row has been taken then.
+    [[nodiscard]] bool fill(Prepared& prepared, Result& result, SchemaCheck check);
+    [[nodiscard]] bool assign(Prepared& prepared, SchemaCheck check);
+    void write(Prepared& prepared, const tsql::Statement& statement, std::vector<Result>& results);
+    void writeCaught(Prepared& prepared, const tsql::Statement& statement,
+                     std::vector<Result>& results);
+    void runAll(Prepared& prepared);
+    void output(const Capture& capture, std::vector<Result>& results);
+    void noteIdentity(StatementKind kind);
+    void addCount(std::vector<Result>& results);
+
+    template <typename Work>
+    void catching(const Table& table, const Work& work) {
+        const Restored before(state_.capturing);
+        state_.capturing = table.name;
+        work();
+    }
+    void ensureCapture(const Table& table);
+    void forget(const Table& table);
+    void fire(const Table& table, const FiringTrigger& trigger, std::vector<Result>& results);
+    [[nodiscard]] const Table& tableOf(const Translation& translation) const;
+
+    void define(Prepared& prepared, const tsql::Statement& statement, std::vector<Result>& results);
+    void checkReferences(const Translation& translation, const tsql::Statement& statement) const;
+    void checkIndexes(const Translation& translation) const;
+    void noteTables(const Translation& translation);
+
+    Connection& connection_;
+    SchemaCatalogue& catalogue_;
+    Counters& counters_;
+    Transactions& transactions_;
+    SessionState& state_;
+    TriggerHost& triggers_;
+    std::map<std::string, std::string> captured_;  // by table: the columns that are caught
+};
+
+// A value of a row, in the storage form of a type.
+[[nodiscard]] Value valueOf(const PreparedStatement& row, int column, const tsql::TypeSpec& type);
+
+// Binds a value; texts and bytes must live until the statement is reset.
+void bindValue(PreparedStatement& statement, int index, const Value& value);
+
+}  // namespace kap::ado::embedded

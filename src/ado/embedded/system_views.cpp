@@ -1,0 +1,531 @@
+#include <algorithm>
+#include <array>
+#include <utility>
+
+#include "ado/embedded/object_ids.hpp"
+#include "ado/embedded/schema_catalogue.hpp"
+#include "tsql/text.hpp"
+
+// The views by which the database describes itself: the server's older and newer system tables, and
+// the standard's INFORMATION_SCHEMA, as far as scripts and tools ask for them.
+namespace kap::ado::embedded {
+namespace {
+
+using tsql::SqlType;
+using tsql::TypeSpec;
+
+constexpr TypeSpec kInt{SqlType::Int};
+constexpr TypeSpec kSmallInt{SqlType::SmallInt};
+constexpr TypeSpec kTinyInt{SqlType::TinyInt};
+constexpr TypeSpec kBit{SqlType::Bit};
+constexpr TypeSpec kName{SqlType::NVarChar, 128};
+constexpr TypeSpec kShort{SqlType::VarChar, 60};
+constexpr TypeSpec kText{SqlType::NVarChar, 4000};
+constexpr TypeSpec kTwo{SqlType::Char, 2};
+
+Value number(std::int64_t value) {
+    return value;
+}
+
+Value flag(bool value) {
+    return std::int64_t{value ? 1 : 0};
+}
+
+Value text(std::string value) {
+    return value;
+}
+
+// --- Objects
+
+struct ObjectRow {
+    std::string name;
+    std::string type;
+    std::string parent;
+};
+
+std::vector<ObjectRow> objectRows(const SchemaCatalogue& catalogue) {
+    std::vector<ObjectRow> rows;
+    for (const Table* table : catalogue.tables())
+        rows.push_back({table->name, "U ", ""});
+    for (const StoredObject& object : catalogue.objects()) {
+        if (object.kind <= StoredKind::Trigger) {
+            rows.push_back({object.name, objectType(object.kind), object.parent});
+        }
+    }
+    for (const ConstraintInfo& constraint : catalogue.constraints()) {
+        rows.push_back({constraint.name, constraint.type, constraint.table});
+    }
+    return rows;
+}
+
+// What the older servers kept about the kind in the lowest bits: 3 a user's table, 2 a view, 4 a
+// procedure, 8 a trigger.
+std::int64_t sysstat(const std::string& type) {
+    if (type == "U ") return 3;
+    if (type == "V ") return 2;
+    if (type == "P ") return 4;
+    if (type == "TR") return 8;
+    return 0;
+}
+
+const char* typeDescription(const std::string& type) {
+    static constexpr std::pair<std::string_view, const char*> kDescriptions[] = {
+        {"U ", "USER_TABLE"},           {"V ", "VIEW"},
+        {"P ", "SQL_STORED_PROCEDURE"}, {"FN", "SQL_SCALAR_FUNCTION"},
+        {"TR", "SQL_TRIGGER"},          {"PK", "PRIMARY_KEY_CONSTRAINT"},
+        {"UQ", "UNIQUE_CONSTRAINT"},    {"F ", "FOREIGN_KEY_CONSTRAINT"},
+        {"C ", "CHECK_CONSTRAINT"},     {"D ", "DEFAULT_CONSTRAINT"}};
+    for (const auto& [known, description] : kDescriptions) {
+        if (known == type) return description;
+    }
+    return "";
+}
+
+Value parentId(const ObjectRow& row) {
+    return number(row.parent.empty() ? 0 : objectId(row.parent));
+}
+
+SystemRows sysobjects(const SchemaCatalogue& catalogue) {
+    SystemRows view{{{"name", kName},
+                     {"id", kInt},
+                     {"xtype", kTwo},
+                     {"type", kTwo},
+                     {"uid", kSmallInt},
+                     {"parent_obj", kInt},
+                     {"sysstat", kSmallInt},
+                     {"category", kInt}},
+                    {}};
+    for (const ObjectRow& row : objectRows(catalogue)) {
+        const std::string older = row.type == "PK" || row.type == "UQ" ? "K " : row.type;
+        view.rows.push_back({text(row.name), number(objectId(row.name)), text(row.type),
+                             text(older), number(1), parentId(row), number(sysstat(row.type)),
+                             number(0)});
+    }
+    return view;
+}
+
+SystemRows sysObjects(const SchemaCatalogue& catalogue, std::string_view types) {
+    SystemRows view{{{"name", kName},
+                     {"object_id", kInt},
+                     {"schema_id", kInt},
+                     {"parent_object_id", kInt},
+                     {"type", kTwo},
+                     {"type_desc", kShort},
+                     {"is_ms_shipped", kBit}},
+                    {}};
+    for (const ObjectRow& row : objectRows(catalogue)) {
+        if (!types.empty() && types.find(row.type) == std::string_view::npos) continue;
+        view.rows.push_back({text(row.name), number(objectId(row.name)), number(1), parentId(row),
+                             text(row.type), text(typeDescription(row.type)), flag(false)});
+    }
+    return view;
+}
+
+SystemRows sysForeignKeys(const SchemaCatalogue& catalogue) {
+    SystemRows view{{{"name", kName},
+                     {"object_id", kInt},
+                     {"parent_object_id", kInt},
+                     {"referenced_object_id", kInt},
+                     {"delete_referential_action_desc", kShort},
+                     {"update_referential_action_desc", kShort},
+                     {"is_disabled", kBit}},
+                    {}};
+    for (const ConstraintInfo& key : catalogue.constraints()) {
+        if (std::string_view(key.type) != "F ") continue;
+        view.rows.push_back({text(key.name), number(objectId(key.name)),
+                             number(objectId(key.table)), number(objectId(key.parent)),
+                             text(key.onDelete), text(key.onUpdate), flag(!key.enabled)});
+    }
+    return view;
+}
+
+SystemRows sysTriggers(const SchemaCatalogue& catalogue) {
+    SystemRows view{
+        {{"name", kName}, {"object_id", kInt}, {"parent_id", kInt}, {"is_disabled", kBit}}, {}};
+    for (const StoredObject& object : catalogue.objects()) {
+        if (object.kind != StoredKind::Trigger) continue;
+        view.rows.push_back({text(object.name), number(objectId(object.name)),
+                             number(objectId(object.parent)), flag(!object.enabled)});
+    }
+    return view;
+}
+
+SystemRows syscomments(const SchemaCatalogue& catalogue, bool modern) {
+    SystemRows view{{{modern ? "object_id" : "id", kInt}, {modern ? "definition" : "text", kText}},
+                    {}};
+    for (const StoredObject& object : catalogue.objects()) {
+        if (object.kind > StoredKind::Trigger) continue;
+        view.rows.push_back({number(objectId(object.name)), text(object.text)});
+    }
+    return view;
+}
+
+// --- Columns and types
+
+struct TypeRow {
+    SqlType type;
+    std::int64_t id;  // system_type_id and xtype
+    std::int64_t length;
+};
+
+constexpr auto kTypes = std::to_array<TypeRow>({
+    {SqlType::Image, 34, 16},
+    {SqlType::Text, 35, 16},
+    {SqlType::UniqueIdentifier, 36, 16},
+    {SqlType::Date, 40, 3},
+    {SqlType::TinyInt, 48, 1},
+    {SqlType::SmallInt, 52, 2},
+    {SqlType::Int, 56, 4},
+    {SqlType::SmallDateTime, 58, 4},
+    {SqlType::Real, 59, 4},
+    {SqlType::Money, 60, 8},
+    {SqlType::DateTime, 61, 8},
+    {SqlType::Float, 62, 8},
+    {SqlType::NText, 99, 16},
+    {SqlType::Bit, 104, 1},
+    {SqlType::Decimal, 106, 17},
+    {SqlType::Numeric, 108, 17},
+    {SqlType::SmallMoney, 122, 4},
+    {SqlType::BigInt, 127, 8},
+    {SqlType::VarBinary, 165, 8000},
+    {SqlType::VarChar, 167, 8000},
+    {SqlType::Binary, 173, 8000},
+    {SqlType::Char, 175, 8000},
+    {SqlType::Timestamp, 189, 8},
+    {SqlType::NVarChar, 231, 8000},
+    {SqlType::NChar, 239, 8000},
+});
+
+std::int64_t typeId(SqlType type) {
+    const auto* const found = std::ranges::find(kTypes, type, &TypeRow::type);
+    return found == kTypes.end() ? 0 : found->id;
+}
+
+std::int64_t precisionOf(const TypeSpec& type) {
+    static constexpr std::pair<SqlType, std::int64_t> kPrecisions[] = {
+        {SqlType::Bit, 1},         {SqlType::TinyInt, 3},        {SqlType::SmallInt, 5},
+        {SqlType::Int, 10},        {SqlType::BigInt, 19},        {SqlType::Money, 19},
+        {SqlType::SmallMoney, 10}, {SqlType::Float, 53},         {SqlType::Real, 24},
+        {SqlType::DateTime, 23},   {SqlType::SmallDateTime, 16}, {SqlType::Date, 10}};
+    if (tsql::isDecimal(type.type)) return type.precision;
+    for (const auto& [known, precision] : kPrecisions) {
+        if (known == type.type) return precision;
+    }
+    return 0;
+}
+
+std::int64_t scaleOf(const TypeSpec& type) {
+    constexpr std::int64_t kMoneyScale = 4;
+    constexpr std::int64_t kDateTimeScale = 3;
+    if (tsql::isMoney(type.type)) return kMoneyScale;
+    return type.type == SqlType::DateTime ? kDateTimeScale : type.scale;
+}
+
+SystemRows columnRows(const SchemaCatalogue& catalogue, bool modern) {
+    SystemRows view;
+    if (modern) {
+        view.columns = {
+            {"object_id", kInt},          {"name", kName},        {"column_id", kInt},
+            {"system_type_id", kTinyInt}, {"user_type_id", kInt}, {"max_length", kSmallInt},
+            {"precision", kTinyInt},      {"scale", kTinyInt},    {"is_nullable", kBit},
+            {"is_identity", kBit},        {"is_computed", kBit}};
+    } else {
+        view.columns = {{"id", kInt},           {"name", kName},          {"colid", kSmallInt},
+                        {"xtype", kTinyInt},    {"xusertype", kSmallInt}, {"length", kSmallInt},
+                        {"prec", kSmallInt},    {"scale", kInt},          {"isnullable", kInt},
+                        {"colstat", kSmallInt}, {"iscomputed", kInt}};
+    }
+    for (const Table* table : catalogue.tables()) {
+        std::int64_t ordinal = 0;
+        for (const Column& column : table->columns) {
+            view.rows.push_back({number(objectId(table->name)), text(column.name),
+                                 number(++ordinal), number(typeId(column.type.type)),
+                                 number(typeId(column.type.type)), number(bytesOf(column.type)),
+                                 number(precisionOf(column.type)), number(scaleOf(column.type)),
+                                 flag(column.nullable), flag(column.identity.has_value()),
+                                 flag(column.computed)});
+        }
+    }
+    return view;
+}
+
+SystemRows typeRows(const SchemaCatalogue& catalogue, bool modern) {
+    SystemRows view;
+    view.columns = modern ? std::vector<SystemRows::ColumnType>{{"name", kName},
+                                                                {"system_type_id", kTinyInt},
+                                                                {"user_type_id", kInt},
+                                                                {"max_length", kSmallInt},
+                                                                {"is_user_defined", kBit}}
+                          : std::vector<SystemRows::ColumnType>{{"name", kName},
+                                                                {"xtype", kTinyInt},
+                                                                {"xusertype", kSmallInt},
+                                                                {"length", kSmallInt},
+                                                                {"status", kTinyInt}};
+    for (const TypeRow& row : kTypes) {
+        view.rows.push_back({text(tsql::typeName(row.type)), number(row.id), number(row.id),
+                             number(row.length), number(0)});
+    }
+    for (const StoredObject& object : catalogue.objects()) {
+        if (object.kind != StoredKind::Type) continue;
+        const TypeSpec type = tsql::parseType(object.text);
+        constexpr std::int64_t kFirstUserType = 256;
+        view.rows.push_back({text(object.name), number(typeId(type.type)),
+                             number(kFirstUserType + object.id), number(bytesOf(type)), number(1)});
+    }
+    return view;
+}
+
+SystemRows indexRows(const SchemaCatalogue& catalogue, bool modern) {
+    SystemRows view;
+    view.columns = modern
+                       ? std::vector<SystemRows::ColumnType>{{"object_id", kInt},
+                                                             {"name", kName},
+                                                             {"index_id", kInt},
+                                                             {"is_unique", kBit},
+                                                             {"is_primary_key", kBit},
+                                                             {"is_unique_constraint", kBit}}
+                       : std::vector<SystemRows::ColumnType>{
+                             {"id", kInt}, {"name", kName}, {"indid", kSmallInt}, {"status", kInt}};
+    std::string table;
+    std::int64_t ordinal = 0;
+    const auto add = [&](const std::string& owner, const std::string& name, bool unique,
+                         std::string_view key) {
+        ordinal = owner == table ? ordinal + 1 : 1;
+        table = owner;
+        constexpr std::int64_t kUnique = 2;
+        constexpr std::int64_t kPrimary = 2048;
+        std::vector<Value> row{number(objectId(owner)), text(name), number(ordinal)};
+        if (modern) {
+            row.insert(row.end(), {flag(unique), flag(key == "PK"), flag(key == "UQ")});
+        } else {
+            row.push_back(number((unique ? kUnique : 0) + (key == "PK" ? kPrimary : 0)));
+        }
+        view.rows.push_back(std::move(row));
+    };
+    const std::vector<IndexInfo> indexes = catalogue.indexes();
+    const std::vector<ConstraintInfo> constraints = catalogue.constraints();
+    for (const Table* each : catalogue.tables()) {
+        for (const ConstraintInfo& key : constraints) {
+            const std::string_view type = key.type;
+            if ((type == "PK" || type == "UQ") && sameName(key.table, each->name)) {
+                add(each->name, key.name, true, type);
+            }
+        }
+        for (const IndexInfo& index : indexes) {
+            const bool keyed = std::ranges::any_of(constraints, [&](const ConstraintInfo& key) {
+                return sameName(key.table, index.table) && sameName(key.name, index.name);
+            });
+            if (sameName(index.table, each->name) && !keyed) {
+                add(each->name, index.name, index.unique, "");
+            }
+        }
+    }
+    return view;
+}
+
+// --- The database itself
+
+SystemRows databases(const SchemaCatalogue& catalogue, bool modern) {
+    SystemRows view{{{"name", kName}, {modern ? "database_id" : "dbid", kInt}}, {}};
+    constexpr std::array kOwn{"master", "tempdb", "model", "msdb"};
+    std::int64_t id = 0;
+    for (const char* name : kOwn)
+        view.rows.push_back({text(name), number(++id)});
+    // A new file has no database that a script could find and drop.
+    const bool listed =
+        !catalogue.tables().empty() && std::ranges::none_of(kOwn, [&](const char* own) {
+            return sameName(own, catalogue.databaseName());
+        });
+    if (listed) view.rows.push_back({text(catalogue.databaseName()), number(++id)});
+    return view;
+}
+
+SystemRows owners(bool modern) {
+    SystemRows view{{{"name", kName}, {modern ? "schema_id" : "uid", kInt}}, {}};
+    view.rows.push_back({text("dbo"), number(1)});
+    view.rows.push_back({text(modern ? "guest" : "public"), number(modern ? 2 : 0)});
+    return view;
+}
+
+// --- INFORMATION_SCHEMA
+
+SystemRows standardTables(const SchemaCatalogue& catalogue) {
+    SystemRows view{{{"TABLE_CATALOG", kName},
+                     {"TABLE_SCHEMA", kName},
+                     {"TABLE_NAME", kName},
+                     {"TABLE_TYPE", {SqlType::VarChar, 10}}},
+                    {}};
+    const auto add = [&](const std::string& name, const char* type) {
+        view.rows.push_back({text(catalogue.databaseName()), text("dbo"), text(name), text(type)});
+    };
+    for (const Table* table : catalogue.tables())
+        add(table->name, "BASE TABLE");
+    for (const StoredObject& object : catalogue.objects()) {
+        if (object.kind == StoredKind::View) add(object.name, "VIEW");
+    }
+    return view;
+}
+
+Value lengthOf(const TypeSpec& type) {
+    constexpr std::int64_t kLargest = 2147483647;
+    if (!tsql::isText(type.type) && !tsql::isBinary(type.type)) return std::monostate{};
+    const bool old =
+        type.type == SqlType::Text || type.type == SqlType::NText || type.type == SqlType::Image;
+    return number(old ? kLargest / (type.type == SqlType::NText ? 2 : 1) : type.length);
+}
+
+SystemRows standardColumns(const SchemaCatalogue& catalogue) {
+    SystemRows view{{{"TABLE_CATALOG", kName},
+                     {"TABLE_SCHEMA", kName},
+                     {"TABLE_NAME", kName},
+                     {"COLUMN_NAME", kName},
+                     {"ORDINAL_POSITION", kInt},
+                     {"COLUMN_DEFAULT", kText},
+                     {"IS_NULLABLE", {SqlType::VarChar, 3}},
+                     {"DATA_TYPE", kName},
+                     {"CHARACTER_MAXIMUM_LENGTH", kInt},
+                     {"NUMERIC_PRECISION", kTinyInt},
+                     {"NUMERIC_SCALE", kInt},
+                     {"DATETIME_PRECISION", kSmallInt}},
+                    {}};
+    for (const Table* table : catalogue.tables()) {
+        std::int64_t ordinal = 0;
+        for (const Column& column : table->columns) {
+            const TypeSpec& type = column.type;
+            const bool counts = tsql::isNumber(type.type) && type.type != SqlType::Bit;
+            const bool dated = tsql::isDate(type.type);
+            const bool given = column.defaultSql && !column.computed;
+            view.rows.push_back(
+                {text(catalogue.databaseName()), text("dbo"), text(table->name), text(column.name),
+                 number(++ordinal), given ? text("(" + *column.defaultSql + ")") : Value(),
+                 text(column.nullable ? "YES" : "NO"), text(tsql::typeName(type.type)),
+                 lengthOf(type), counts ? number(precisionOf(type)) : Value(),
+                 counts && !tsql::isApproximate(type.type) ? number(scaleOf(type)) : Value(),
+                 dated ? number(scaleOf(type)) : Value()});
+        }
+    }
+    return view;
+}
+
+const char* standardType(std::string_view type) {
+    if (type == "PK") return "PRIMARY KEY";
+    if (type == "UQ") return "UNIQUE";
+    return type == "F " ? "FOREIGN KEY" : "CHECK";
+}
+
+SystemRows standardConstraints(const SchemaCatalogue& catalogue) {
+    SystemRows view{{{"CONSTRAINT_CATALOG", kName},
+                     {"CONSTRAINT_SCHEMA", kName},
+                     {"CONSTRAINT_NAME", kName},
+                     {"TABLE_NAME", kName},
+                     {"CONSTRAINT_TYPE", {SqlType::VarChar, 11}}},
+                    {}};
+    for (const ConstraintInfo& each : catalogue.constraints()) {
+        if (std::string_view(each.type) == "D ") continue;
+        view.rows.push_back({text(catalogue.databaseName()), text("dbo"), text(each.name),
+                             text(each.table), text(standardType(each.type))});
+    }
+    return view;
+}
+
+SystemRows standardKeyColumns(const SchemaCatalogue& catalogue) {
+    SystemRows view{{{"CONSTRAINT_NAME", kName},
+                     {"TABLE_SCHEMA", kName},
+                     {"TABLE_NAME", kName},
+                     {"COLUMN_NAME", kName},
+                     {"ORDINAL_POSITION", kInt}},
+                    {}};
+    for (const ConstraintInfo& each : catalogue.constraints()) {
+        const std::string_view type = each.type;
+        if (type == "D " || type == "C ") continue;
+        std::int64_t ordinal = 0;
+        for (const std::string& column : each.columns) {
+            view.rows.push_back(
+                {text(each.name), text("dbo"), text(each.table), text(column), number(++ordinal)});
+        }
+    }
+    return view;
+}
+
+SystemRows standardViews(const SchemaCatalogue& catalogue) {
+    SystemRows view{{{"TABLE_CATALOG", kName},
+                     {"TABLE_SCHEMA", kName},
+                     {"TABLE_NAME", kName},
+                     {"VIEW_DEFINITION", kText}},
+                    {}};
+    for (const StoredObject& object : catalogue.objects()) {
+        if (object.kind != StoredKind::View) continue;
+        view.rows.push_back(
+            {text(catalogue.databaseName()), text("dbo"), text(object.name), text(object.text)});
+    }
+    return view;
+}
+
+SystemRows standardRoutines(const SchemaCatalogue& catalogue) {
+    SystemRows view{{{"ROUTINE_SCHEMA", kName},
+                     {"ROUTINE_NAME", kName},
+                     {"ROUTINE_TYPE", kShort},
+                     {"ROUTINE_DEFINITION", kText}},
+                    {}};
+    for (const StoredObject& object : catalogue.objects()) {
+        if (object.kind != StoredKind::Procedure && object.kind != StoredKind::Function) continue;
+        view.rows.push_back({text("dbo"), text(object.name),
+                             text(object.kind == StoredKind::Procedure ? "PROCEDURE" : "FUNCTION"),
+                             text(object.text)});
+    }
+    return view;
+}
+
+struct SystemView {
+    std::string_view owner;  // in lower case; empty: the older ones, of dbo or nobody
+    std::string_view name;
+    SystemRows (*rows)(const SchemaCatalogue& catalogue);
+};
+
+constexpr auto kViews = std::to_array<SystemView>({
+    {"", "sysobjects", sysobjects},
+    {"", "syscolumns", [](const SchemaCatalogue& c) { return columnRows(c, false); }},
+    {"", "sysindexes", [](const SchemaCatalogue& c) { return indexRows(c, false); }},
+    {"", "systypes", [](const SchemaCatalogue& c) { return typeRows(c, false); }},
+    {"", "syscomments", [](const SchemaCatalogue& c) { return syscomments(c, false); }},
+    {"", "sysdatabases", [](const SchemaCatalogue& c) { return databases(c, false); }},
+    {"", "sysusers", [](const SchemaCatalogue&) { return owners(false); }},
+    {"sys", "objects", [](const SchemaCatalogue& c) { return sysObjects(c, ""); }},
+    {"sys", "tables", [](const SchemaCatalogue& c) { return sysObjects(c, "U "); }},
+    {"sys", "views", [](const SchemaCatalogue& c) { return sysObjects(c, "V "); }},
+    {"sys", "procedures", [](const SchemaCatalogue& c) { return sysObjects(c, "P "); }},
+    {"sys", "key_constraints", [](const SchemaCatalogue& c) { return sysObjects(c, "PK UQ"); }},
+    {"sys", "check_constraints", [](const SchemaCatalogue& c) { return sysObjects(c, "C "); }},
+    {"sys", "default_constraints", [](const SchemaCatalogue& c) { return sysObjects(c, "D "); }},
+    {"sys", "foreign_keys", sysForeignKeys},
+    {"sys", "triggers", sysTriggers},
+    {"sys", "columns", [](const SchemaCatalogue& c) { return columnRows(c, true); }},
+    {"sys", "indexes", [](const SchemaCatalogue& c) { return indexRows(c, true); }},
+    {"sys", "types", [](const SchemaCatalogue& c) { return typeRows(c, true); }},
+    {"sys", "sql_modules", [](const SchemaCatalogue& c) { return syscomments(c, true); }},
+    {"sys", "databases", [](const SchemaCatalogue& c) { return databases(c, true); }},
+    {"sys", "schemas", [](const SchemaCatalogue&) { return owners(true); }},
+    {"information_schema", "tables", standardTables},
+    {"information_schema", "columns", standardColumns},
+    {"information_schema", "views", standardViews},
+    {"information_schema", "routines", standardRoutines},
+    {"information_schema", "table_constraints", standardConstraints},
+    {"information_schema", "key_column_usage", standardKeyColumns},
+});
+
+}  // namespace
+
+// "master.dbo.sysdatabases" and "master..sysdatabases" are the same views: there is one database.
+std::optional<SystemRows> SchemaCatalogue::systemRows(const tsql::ObjectName& name) const {
+    const std::string last = tsql::asciiLower(name.last());
+    std::string owner =
+        name.parts.size() > 1 ? tsql::asciiLower(name.parts[name.parts.size() - 2]) : "";
+    if (owner == "dbo" || owner == "master" || sameName(owner, databaseName_)) owner.clear();
+    for (const SystemView& view : kViews) {
+        const bool older = owner == "sys" && view.owner.empty();
+        if (view.name == last && (view.owner == owner || older)) return view.rows(*this);
+    }
+    return std::nullopt;
+}
+
+}  // namespace kap::ado::embedded

@@ -1,0 +1,154 @@
+#include <algorithm>
+#include <array>
+
+#include "ado/embedded/translate/binder.hpp"
+#include "ado/embedded/translate/system_values.hpp"
+#include "tsql/server_error.hpp"
+#include "tsql/text.hpp"
+
+namespace kap::ado::embedded {
+
+using tsql::ServerError;
+using tsql::SqlType;
+using tsql::TypeSpec;
+
+namespace {
+
+constexpr int kWidestPrecision = 38;
+constexpr int kNameLength = 128;
+constexpr int kMessageLength = 4000;
+constexpr int kVersionLength = 300;
+constexpr int kRowVersionBytes = 8;
+
+constexpr TypeSpec kIdentityType{SqlType::Numeric, 0, kWidestPrecision, 0};
+constexpr TypeSpec kNameType{SqlType::NVarChar, kNameLength};
+constexpr TypeSpec kInt{SqlType::Int};
+
+struct SystemVariable {
+    std::string_view name;
+    SystemValue value;
+    TypeSpec type;
+};
+
+constexpr std::array kVariables = std::to_array<SystemVariable>({
+    {"@@error", SystemValue::Error, kInt},
+    {"@@rowcount", SystemValue::RowCount, kInt},
+    {"@@trancount", SystemValue::TransactionCount, kInt},
+    {"@@identity", SystemValue::Identity, kIdentityType},
+    {"@@version", SystemValue::Version, {SqlType::NVarChar, kVersionLength}},
+    {"@@servername", SystemValue::ServerName, kNameType},
+    {"@@servicename", SystemValue::ServiceName, kNameType},
+    {"@@spid", SystemValue::ProcessId, {SqlType::SmallInt}},
+    {"@@dbts", SystemValue::LastRowVersion, {SqlType::VarBinary, kRowVersionBytes}},
+    {"@@fetch_status", SystemValue::FetchStatus, kInt},
+    {"@@nestlevel", SystemValue::NestLevel, kInt},
+    {"@@procid", SystemValue::ProcedureId, kInt},
+    {"@@datefirst", SystemValue::DateFirst, {SqlType::TinyInt}},
+    {"@@lock_timeout", SystemValue::LockTimeout, kInt},
+    {"@@options", SystemValue::Options, kInt},
+});
+
+// How an argument goes to the session.
+enum class Takes { Nothing, Text, Number, TwoTexts, NumberText, NumberNumber };
+
+struct SystemFunction {
+    std::string_view name;
+    int fewest;
+    int most;
+    Takes takes;
+    SystemValue value;
+    TypeSpec type;
+    bool ofSchema = false;
+};
+
+constexpr TypeSpec kMessageType{SqlType::NVarChar, kMessageLength};
+
+constexpr std::array kFunctions = std::to_array<SystemFunction>({
+    {"scope_identity", 0, 0, Takes::Nothing, SystemValue::ScopeIdentity, kIdentityType},
+    {"ident_current", 1, 1, Takes::Text, SystemValue::IdentityOfTable, kIdentityType},
+    {"error_number", 0, 0, Takes::Nothing, SystemValue::ErrorNumber, kInt},
+    {"error_message", 0, 0, Takes::Nothing, SystemValue::ErrorMessage, kMessageType},
+    {"error_severity", 0, 0, Takes::Nothing, SystemValue::ErrorSeverity, kInt},
+    {"error_state", 0, 0, Takes::Nothing, SystemValue::ErrorState, kInt},
+    {"error_line", 0, 0, Takes::Nothing, SystemValue::ErrorLine, kInt},
+    {"error_procedure", 0, 0, Takes::Nothing, SystemValue::ErrorProcedure, kNameType},
+    {"xact_state", 0, 0, Takes::Nothing, SystemValue::TransactionState, {SqlType::SmallInt}},
+    {"db_name", 0, 1, Takes::Number, SystemValue::DatabaseName, kNameType},
+    {"user_name", 0, 1, Takes::Number, SystemValue::UserName, kNameType},
+    {"schema_name", 0, 1, Takes::Number, SystemValue::UserName, kNameType},
+    {"suser_name", 0, 1, Takes::Number, SystemValue::LoginName, kNameType},
+    {"suser_sname", 0, 1, Takes::Number, SystemValue::LoginName, kNameType},
+    {"original_login", 0, 0, Takes::Nothing, SystemValue::LoginName, kNameType},
+    {"host_name", 0, 0, Takes::Nothing, SystemValue::HostName, kNameType},
+    {"app_name", 0, 0, Takes::Nothing, SystemValue::ApplicationName, kNameType},
+    {"object_id", 1, 2, Takes::TwoTexts, SystemValue::ObjectId, kInt, true},
+    {"object_name", 1, 1, Takes::Number, SystemValue::ObjectName, kNameType, true},
+    {"objectproperty", 2, 2, Takes::NumberText, SystemValue::ObjectProperty, kInt, true},
+    {"col_length", 2, 2, Takes::TwoTexts, SystemValue::ColumnLength, {SqlType::SmallInt}, true},
+    {"col_name", 2, 2, Takes::NumberNumber, SystemValue::ColumnName, kNameType, true},
+    {"columnproperty", 3, 3, Takes::NumberText, SystemValue::ColumnProperty, kInt, true},
+    {"serverproperty", 1, 1, Takes::Text, SystemValue::ServerProperty, kNameType},
+    {"cursor_status", 2, 2, Takes::TwoTexts, SystemValue::CursorStatus, {SqlType::SmallInt}},
+});
+
+bool takesNumber(Takes takes, std::size_t index) {
+    switch (takes) {
+        case Takes::Number:
+        case Takes::NumberNumber:
+            return true;
+        case Takes::NumberText:
+            return index == 0;
+        default:
+            return false;
+    }
+}
+
+std::string kindText(SystemValue value) {
+    return tsql::integerText(static_cast<int>(value));
+}
+
+}  // namespace
+
+Typed systemVariable(std::string_view name, int line) {
+    const std::string lower = tsql::asciiLower(name);
+    const auto* const found =
+        std::find_if(kVariables.begin(), kVariables.end(),
+                     [&](const SystemVariable& each) { return each.name == lower; });
+    if (found == kVariables.end()) {
+        throw ServerError(137, "Must declare the scalar variable \"" + std::string(name) + "\".",
+                          line, 15);
+    }
+    return Typed::expression(callText("kap_system", kindText(found->value)), found->type, true);
+}
+
+std::optional<Typed> Binder::systemFunction(const tsql::FunctionCall& call, int line,
+                                            Scope& scope) {
+    const std::string lower = tsql::asciiLower(call.name.last());
+    if (lower == "update" && call.arguments.size() == 1) {
+        const auto* column = std::get_if<tsql::ColumnReference>(&call.arguments[0]->node);
+        if (column == nullptr) throw tsql::syntaxError("UPDATE", line);
+        return Typed::expression(callText("kap_system", kindText(SystemValue::ColumnUpdated),
+                                          sqlText(column->name.last())),
+                                 kInt, false);
+    }
+    const auto* const found =
+        std::find_if(kFunctions.begin(), kFunctions.end(),
+                     [&](const SystemFunction& each) { return each.name == lower; });
+    if (found == kFunctions.end()) return std::nullopt;
+    const int count = static_cast<int>(call.arguments.size());
+    if (count < found->fewest || count > found->most) {
+        throw ServerError(174,
+                          "The " + lower + " function requires " +
+                              tsql::integerText(found->fewest) + " argument(s).",
+                          line, 15);
+    }
+    if (found->ofSchema) noteSchema();
+    std::string arguments = kindText(found->value);
+    for (std::size_t i = 0; i < call.arguments.size(); ++i) {
+        const TypeSpec type = takesNumber(found->takes, i) ? kInt : kMessageType;
+        arguments += ", " + convertTo(value(*call.arguments[i], scope), type, line).sql;
+    }
+    return Typed::expression(callText("kap_system", arguments), found->type, true);
+}
+
+}  // namespace kap::ado::embedded

@@ -1,0 +1,71 @@
+#include "ado/embedded/translate/binder.hpp"
+#include "ado/embedded/translate/type_rules.hpp"
+#include "tsql/server_error.hpp"
+
+namespace kap::ado::embedded {
+
+using tsql::ServerError;
+using tsql::SetOperator;
+
+namespace {
+
+const char* operatorText(SetOperator op) {
+    switch (op) {
+        case SetOperator::Union:
+            return " UNION ";
+        case SetOperator::UnionAll:
+            return " UNION ALL ";
+        case SetOperator::Except:
+            return " EXCEPT ";
+        case SetOperator::Intersect:
+            return " INTERSECT ";
+    }
+    return "";
+}
+
+}  // namespace
+
+BoundQuery Binder::unionQuery(const tsql::Query& query, const std::vector<tsql::OrderItem>& orderBy,
+                              Scope* outer) {
+    std::vector<BoundSelect> terms;
+    for (const tsql::QueryTerm& each : query.terms) {
+        terms.push_back(term(each, {}, outer));
+        if (terms.back().items.size() == terms.front().items.size()) continue;
+        throw ServerError(
+            205,
+            "All queries combined using a UNION, INTERSECT or EXCEPT operator must have an equal "
+            "number of expressions in their target lists.",
+            query.line);
+    }
+    std::vector<OutputColumn> columns;
+    for (std::size_t i = 0; i < terms.front().items.size(); ++i) {
+        std::vector<Typed> values;
+        values.reserve(terms.size());
+        for (const BoundSelect& each : terms)
+            values.push_back(each.items[i].value);
+        const tsql::TypeSpec type = commonType(values).value_or(tsql::TypeSpec{tsql::SqlType::Int});
+        bool nullable = false;
+        for (BoundSelect& each : terms) {
+            Typed& value = each.items[i].value;
+            value = convertTo(value, type, query.line);
+            nullable = nullable || value.nullable;
+        }
+        columns.push_back(
+            {terms.front().items[i].name, Typed::expression(numberedName(i), type, nullable)});
+    }
+    std::string sql = unionText(terms, query) + unionOrderText(orderBy, columns);
+    return {std::move(sql), std::move(columns)};
+}
+
+std::string Binder::unionText(std::vector<BoundSelect>& terms, const tsql::Query& query) {
+    std::string sql;
+    for (std::size_t i = 0; i < terms.size(); ++i) {
+        if (i > 0) sql += operatorText(query.terms[i].joinedBy);
+        const std::string text = selectText(terms[i]);
+        // SQLite allows LIMIT only behind the whole.
+        sql += terms[i].limit.empty() ? text : "SELECT * FROM (" + text + ")";
+    }
+    return sql;
+}
+
+}  // namespace kap::ado::embedded

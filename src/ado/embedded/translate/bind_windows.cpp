@@ -1,0 +1,134 @@
+#include <algorithm>
+#include <array>
+
+#include "ado/embedded/translate/binder.hpp"
+#include "ado/embedded/translate/type_rules.hpp"
+#include "tsql/server_error.hpp"
+#include "tsql/text.hpp"
+
+// Functions with OVER.
+namespace kap::ado::embedded {
+
+using tsql::FunctionCall;
+using tsql::ServerError;
+using tsql::SqlType;
+using tsql::TypeSpec;
+
+namespace {
+
+// Functions that number the rows of a window.
+constexpr std::array kRankings{"row_number", "rank", "dense_rank"};
+
+bool isOneOf(std::string_view name, std::initializer_list<std::string_view> names) {
+    return std::find(names.begin(), names.end(), name) != names.end();
+}
+
+void requireOrder(const FunctionCall& call, const std::string& name, int line) {
+    if (!call.over->orderBy.empty()) return;
+    throw ServerError(4112, "The function '" + name + "' must have an OVER clause with ORDER BY.",
+                      line, 15);
+}
+
+}  // namespace
+
+std::string Binder::overText(const tsql::Window& window, int line, Scope& scope) {
+    std::string text;
+    for (const auto& expression : window.partitionBy) {
+        text += (text.empty() ? "PARTITION BY " : ", ") + collated(value(*expression, scope));
+    }
+    std::string order;
+    for (const tsql::OrderItem& item : window.orderBy) {
+        const Typed bound = value(*item.value, scope);
+        // ORDER BY (SELECT NULL) says that any order will do.
+        order += (order.empty() ? "ORDER BY " : ", ") + collated(bound);
+        if (item.descending) order += " DESC";
+    }
+    if (!order.empty()) text += (text.empty() ? "" : " ") + order;
+    if (!window.frame.empty()) {
+        if (window.orderBy.empty()) {
+            throw ServerError(
+                10756, "Window frame with ROWS or RANGE must have an ORDER BY clause.", line, 15);
+        }
+        text += " " + window.frame;
+    }
+    return " OVER (" + text + ")";
+}
+
+Typed Binder::windowed(const FunctionCall& call, int line, Scope& scope) {
+    const std::string name = tsql::asciiLower(call.name.last());
+    if (scope.aggregates != AggregateUse::Allowed) {
+        throw ServerError(4108,
+                          "Windowed functions can only appear in the SELECT or ORDER BY clauses.",
+                          line, 15);
+    }
+    const std::string over = overText(*call.over, line, scope);
+    if (isAggregateName(call.name)) return windowAggregate(call, over, line, scope);
+    std::vector<Typed> arguments;
+    for (const auto& argument : call.arguments)
+        arguments.push_back(value(*argument, scope));
+    if (std::find(kRankings.begin(), kRankings.end(), name) != kRankings.end()) {
+        requireOrder(call, name, line);
+        return Typed::expression(name + "()" + over, {SqlType::BigInt}, false);
+    }
+    if (name == "ntile" && arguments.size() == 1) {
+        requireOrder(call, name, line);
+        const Typed groups = convertTo(arguments[0], {SqlType::BigInt}, line);
+        return Typed::expression("ntile(" + groups.sql + ")" + over, {SqlType::BigInt}, false);
+    }
+    if (isOneOf(name, {"first_value", "last_value"}) && arguments.size() == 1) {
+        return Typed::expression(name + "(" + arguments[0].sql + ")" + over, arguments[0].type,
+                                 true);
+    }
+    const bool offset =
+        isOneOf(name, {"lag", "lead"}) && !arguments.empty() && arguments.size() <= 3;
+    if (!offset) {
+        throw ServerError(195, "'" + call.name.last() + "' is not a recognized function name.",
+                          line, 15);
+    }
+    requireOrder(call, name, line);
+    std::string list = arguments[0].sql;
+    if (arguments.size() > 1) list += ", " + convertTo(arguments[1], {SqlType::BigInt}, line).sql;
+    if (arguments.size() > 2) list += ", " + convertTo(arguments[2], arguments[0].type, line).sql;
+    return Typed::expression(name + "(" + list + ")" + over, arguments[0].type, true);
+}
+
+// SQLite adds up within a window by itself; what the sum must fit in is checked behind it.
+Typed Binder::windowAggregate(const FunctionCall& call, const std::string& over, int line,
+                              Scope& scope) {
+    FunctionCall plain{call.name, {}, call.distinct, call.star};
+    if (call.distinct) {
+        throw ServerError(10759, "Use of DISTINCT is not allowed with the OVER clause.", line, 15);
+    }
+    const std::string name = tsql::asciiLower(call.name.last());
+    if (call.star) return Typed::expression("count(*)" + over, {SqlType::Int}, false);
+    if (call.arguments.size() != 1) {
+        throw ServerError(174, "The " + name + " function requires 1 argument(s).", line, 15);
+    }
+    const Typed argument = value(*call.arguments.front(), scope);
+    if (name == "count") {
+        return Typed::expression("count(" + argument.sql + ")" + over, {SqlType::Int}, false);
+    }
+    if (name == "count_big") {
+        return Typed::expression("count(" + argument.sql + ")" + over, {SqlType::BigInt}, false);
+    }
+    if (name == "min" || name == "max") {
+        return Typed::expression(name + "(" + collated(argument) + ")" + over, argument.type, true);
+    }
+    const Typed sum = total(argument, false, name.c_str(), line);
+    const std::string added = "sum(" + argument.sql + ")" + over;
+    if (name == "sum") return Typed::expression(added, sum.type, true);
+    const std::string count = "count(" + argument.sql + ")" + over;
+    if (tsql::isApproximate(sum.type.type)) {
+        return Typed::expression(callText("kap_float_divide", added, count, typeArgument(sum.type)),
+                                 sum.type, true);
+    }
+    TypeSpec type = sum.type;
+    constexpr int kLeastScale = 6;
+    if (tsql::isDecimal(type.type)) type.scale = std::max(type.scale, kLeastScale);
+    const int shift = storedScale(type) - storedScale(sum.type);
+    return Typed::expression(
+        callText("kap_divide", added, count, tsql::integerText(shift), typeArgument(type)), type,
+        true);
+}
+
+}  // namespace kap::ado::embedded

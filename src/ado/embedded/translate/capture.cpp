@@ -1,0 +1,162 @@
+#include "ado/embedded/translate/capture.hpp"
+
+#include "ado/embedded/translate/statements.hpp"
+#include "tsql/server_error.hpp"
+
+namespace kap::ado::embedded {
+
+namespace {
+
+// Numbers the caught rows, the same before and after an update.
+constexpr const char* kRowColumn = "\"kap row\"";
+
+std::string tableText(const Table& table, RowState state) {
+    return "temp." + sqlName(capturedRows(table, state).name);
+}
+
+std::string columnsOf(const Table& table, const std::string& row) {
+    std::string list;
+    for (const Column& column : table.columns)
+        list += ", " + row + "." + sqlName(column.name);
+    return list;
+}
+
+std::string triggerName(const Table& table, const char* event) {
+    return std::string("kap ") + event + " " + table.name;
+}
+
+std::string trigger(const Table& table, const char* event, const std::string& body) {
+    return "CREATE TEMP TRIGGER " + sqlName(triggerName(table, event)) + " AFTER " + event +
+           " ON " + tableSql(table.name, table.temporary) + " WHEN kap_capturing(" +
+           sqlText(table.name) + ") BEGIN " + body + " END";
+}
+
+std::string caught(const Table& table, RowState state) {
+    const std::string row = state == RowState::Inserted ? "NEW" : "OLD";
+    // Within a trigger a table has no schema before its name; temporary ones are found first.
+    return "INSERT INTO " + sqlName(capturedRows(table, state).name) + " VALUES (NULL" +
+           columnsOf(table, row) + ");";
+}
+
+// Rows of OUTPUT INTO are brought to the columns of their table.
+std::string insertOutput(const tsql::OutputClause& output, const std::vector<OutputColumn>& items,
+                         const std::string& rows, Binder& binder) {
+    const Table& target = requireTable(*output.into, binder.names());
+    std::vector<const Column*> columns;
+    for (const std::string& name : output.columns) {
+        const Column* column = target.find(name);
+        if (column == nullptr) {
+            throw tsql::ServerError(207, "Invalid column name '" + name + "'.", output.into->line);
+        }
+        columns.push_back(column);
+    }
+    if (output.columns.empty()) {
+        for (const Column& column : target.columns) {
+            if (!column.identity && !column.computed) columns.push_back(&column);
+        }
+    }
+    if (columns.size() != items.size()) {
+        throw tsql::ServerError(
+            213, "Column name or number of supplied values does not match table definition.",
+            output.into->line);
+    }
+    std::string names;
+    std::string values;
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+        Typed value = items[i].value;
+        value.sql = numberedName(i);
+        value.constant.reset();
+        names += (i == 0 ? "" : ", ") + sqlName(columns[i]->name);
+        values += (i == 0 ? "" : ", ") + binder.stored(value, columns[i]->type, output.into->line);
+    }
+    for (const Column& column : target.columns) {
+        if (!column.identity) continue;
+        names += ", " + sqlName(column.name);
+        values += ", " + identityCall(target);
+    }
+    return "INSERT INTO " + tableSql(target.name, target.temporary) + " (" + names + ") SELECT " +
+           values + " FROM (" + rows + ")";
+}
+
+}  // namespace
+
+Table capturedRows(const Table& table, RowState state) {
+    Table result = table;
+    result.name = (state == RowState::Inserted ? "kap inserted " : "kap deleted ") + table.name;
+    result.temporary = true;
+    result.triggerEvents = 0;
+    for (Column& column : result.columns) {
+        column.identity.reset();
+        column.computed = false;
+        column.keyOrdinal = 0;
+    }
+    return result;
+}
+
+std::vector<std::string> makeCapture(const Table& table) {
+    std::vector<std::string> sql = removeCapture(table);
+    for (const RowState state : {RowState::Inserted, RowState::Deleted}) {
+        std::string columns;
+        for (const Column& column : table.columns) {
+            columns += ", " + sqlName(column.name);
+            if (tsql::isText(column.type.type)) columns += " COLLATE KAP_CI";
+        }
+        sql.push_back("CREATE TABLE " + tableText(table, state) + " (" + kRowColumn +
+                      " INTEGER PRIMARY KEY" + columns + ")");
+    }
+    sql.push_back(trigger(table, "INSERT", caught(table, RowState::Inserted)));
+    sql.push_back(trigger(table, "UPDATE",
+                          caught(table, RowState::Deleted) + caught(table, RowState::Inserted)));
+    sql.push_back(trigger(table, "DELETE", caught(table, RowState::Deleted)));
+    return sql;
+}
+
+std::vector<std::string> removeCapture(const Table& table) {
+    std::vector<std::string> sql;
+    for (const char* event : {"INSERT", "UPDATE", "DELETE"})
+        sql.push_back("DROP TRIGGER IF EXISTS temp." + sqlName(triggerName(table, event)));
+    for (const RowState state : {RowState::Inserted, RowState::Deleted})
+        sql.push_back("DROP TABLE IF EXISTS " + tableText(table, state));
+    return sql;
+}
+
+std::optional<Capture> captureFor(const Table& table, tsql::TriggerEvent event,
+                                  const std::optional<tsql::OutputClause>& output, Binder& binder) {
+    const bool triggers = (table.triggerEvents & event) != 0;
+    if (!triggers && !output) return std::nullopt;
+    Capture capture;
+    capture.forTriggers = triggers;
+    capture.event = event;
+    if (!output) return capture;
+    const Table inserted = capturedRows(table, RowState::Inserted);
+    const Table deleted = capturedRows(table, RowState::Deleted);
+    Scope scope;
+    std::string from;
+    if (event != tsql::kOnDelete) {
+        scope.sources.push_back(Binder::tableSource(inserted, "inserted"));
+        from = tableText(table, RowState::Inserted) + " AS \"inserted\"";
+    }
+    if (event != tsql::kOnInsert) {
+        scope.sources.push_back(Binder::tableSource(deleted, "deleted"));
+        from += (from.empty() ? "" : " JOIN ") + tableText(table, RowState::Deleted) +
+                " AS \"deleted\"";
+        if (event == tsql::kOnUpdate) from += std::string(" USING (") + kRowColumn + ")";
+    }
+    const std::vector<OutputColumn> items = binder.itemValues(output->items, scope);
+    std::string list;
+    for (std::size_t i = 0; i < items.size(); ++i)
+        list += (i == 0 ? "" : ", ") + items[i].value.sql + " AS " + numberedName(i);
+    const std::string rows = "SELECT " + list + " FROM " + from + " ORDER BY " + kRowColumn;
+    capture.outputInto = output->into.has_value();
+    capture.outputSql = capture.outputInto ? insertOutput(*output, items, rows, binder) : rows;
+    for (const OutputColumn& item : items) {
+        ResultColumn column;
+        column.name = item.name;
+        column.type = item.value.type;
+        column.nullable = item.value.nullable;
+        capture.columns.push_back(std::move(column));
+    }
+    return capture;
+}
+
+}  // namespace kap::ado::embedded

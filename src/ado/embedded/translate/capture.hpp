@@ -1,0 +1,31 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "ado/embedded/translate/binder.hpp"
+#include "ado/embedded/translate/translation.hpp"
+#include "tsql/statements.hpp"
+
+/// Catching the rows that a statement writes, for triggers and for OUTPUT.
+///
+/// SQLite's own triggers, kept in the connection's temporary schema, copy the rows before and after
+/// the change into two tables beside the written one. They work only while the session says so.
+namespace kap::ado::embedded {
+
+enum class RowState { Inserted, Deleted };
+
+/// The table that holds the caught rows of a table, with its columns.
+[[nodiscard]] Table capturedRows(const Table& table, RowState state);
+
+/// The statements that make those tables and triggers, and those that remove them.
+[[nodiscard]] std::vector<std::string> makeCapture(const Table& table);
+[[nodiscard]] std::vector<std::string> removeCapture(const Table& table);
+
+/// What a write of that event has to catch: for the table's triggers, for an OUTPUT clause, or
+/// nothing.
+[[nodiscard]] std::optional<Capture> captureFor(const Table& table, tsql::TriggerEvent event,
+                                                const std::optional<tsql::OutputClause>& output,
+                                                Binder& binder);
+
+}  // namespace kap::ado::embedded

@@ -1,0 +1,56 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "ado/embedded/translate/typed.hpp"
+
+/// What a session tells of itself: @@error, SCOPE_IDENTITY(), OBJECT_ID('t')... Each becomes a call
+/// of kap_system(kind, arguments...), which the session answers.
+namespace kap::ado::embedded {
+
+enum class SystemValue {
+    Error,
+    RowCount,
+    TransactionCount,
+    Identity,
+    ScopeIdentity,
+    IdentityOfTable,
+    Version,
+    ServerName,
+    ServiceName,
+    ProcessId,
+    LastRowVersion,
+    FetchStatus,
+    NestLevel,
+    ProcedureId,
+    DateFirst,
+    LockTimeout,
+    ErrorNumber,
+    ErrorMessage,
+    ErrorSeverity,
+    ErrorState,
+    ErrorLine,
+    ErrorProcedure,
+    TransactionState,
+    DatabaseName,
+    UserName,
+    LoginName,
+    HostName,
+    ApplicationName,
+    ObjectId,
+    ObjectName,
+    ObjectProperty,
+    ColumnLength,
+    ColumnName,
+    ColumnProperty,
+    ServerProperty,
+    ColumnUpdated,
+    CursorStatus,
+    Options,
+};
+
+/// @@name. Error 137 for one that does not exist.
+[[nodiscard]] Typed systemVariable(std::string_view name, int line);
+
+}  // namespace kap::ado::embedded

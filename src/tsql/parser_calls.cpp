@@ -1,0 +1,81 @@
+#include <utility>
+
+#include "tsql/keywords.hpp"
+#include "tsql/parser_state.hpp"
+#include "tsql/server_error.hpp"
+
+// Calls of stored procedures.
+namespace kap::tsql {
+
+ExecuteStatement Parser::executeStatement() {
+    ExecuteStatement result;
+    if (acceptOperator("(")) {
+        result.text = value();
+        expectOperator(")");
+        refuseKeyword("AS", "EXECUTE AS");
+        refuseKeyword("AT", "EXECUTE AT");
+        return result;
+    }
+    refuseKeyword("AS", "EXECUTE AS");
+    if (peek().kind != TokenKind::Variable) return procedureCall();
+    const std::string name = variable();
+    if (acceptOperator("=")) {
+        if (peek().kind == TokenKind::Variable) {
+            result.procedureVariable = variable();
+        } else {
+            result = procedureCall();
+            result.resultVariable = name;
+            return result;
+        }
+        result.resultVariable = name;
+    } else {
+        result.procedureVariable = name;
+    }
+    if (!atStatement()) {
+        do {
+            result.arguments.push_back(argument());
+        } while (acceptOperator(","));
+    }
+    return result;
+}
+
+ExecuteStatement Parser::procedureCall() {
+    ExecuteStatement result;
+    result.procedure = objectName();
+    if (atOperator(";") && peek(1).kind == TokenKind::Integer) refuse("numbered procedures");
+    if (atStatement()) return result;
+    do {
+        result.arguments.push_back(argument());
+    } while (acceptOperator(","));
+    if (acceptKeyword("WITH")) expectKeyword("RECOMPILE");
+    return result;
+}
+
+Argument Parser::argument() {
+    Argument result;
+    if (peek().kind == TokenKind::Variable && atOperator("=", 1)) {
+        result.name = next().text;
+        next();
+    }
+    if (!acceptKeyword("DEFAULT")) result.value = argumentValue();
+    result.output = acceptKeyword("OUTPUT") || acceptKeyword("OUT");
+    return result;
+}
+
+// A constant or a variable, and nothing computed; a bare word is a text.
+ExpressionPtr Parser::argumentValue() {
+    const Token& token = peek();
+    const bool word = token.kind == TokenKind::QuotedName ||
+                      (token.kind == TokenKind::Word && !atKeyword("NULL"));
+    if (word) {
+        if (token.kind == TokenKind::Word && isReserved(token.text) && !atKeyword("ON") &&
+            !atKeyword("OFF")) {
+            unexpected();
+        }
+        next();
+        return make(Literal{LiteralKind::NationalText, token.text}, token.line);
+    }
+    return signedValue(Place::Value);
+}
+
+}  // namespace kap::tsql

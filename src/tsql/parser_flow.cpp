@@ -1,0 +1,227 @@
+#include <utility>
+
+#include "tsql/parser_state.hpp"
+#include "tsql/server_error.hpp"
+#include "tsql/text.hpp"
+
+// Variables, blocks, branches and loops, and what ends or reports within them.
+namespace kap::tsql {
+
+Statement::Node Parser::declareStatement() {
+    if (atName() &&
+        (atKeyword("CURSOR", 1) || atKeyword("INSENSITIVE", 1) || atKeyword("SCROLL", 1))) {
+        return declareCursor(name());
+    }
+    DeclareStatement result;
+    do {
+        const int line = peek().line;
+        const std::string name = newVariable();
+        if (name.compare(0, 2, "@@") == 0) throw syntaxError(name, line);
+        acceptKeyword("AS");
+        if (acceptKeyword("TABLE")) {
+            CreateTableStatement& table = result.tables.emplace_back();
+            table.table = {{name}, line};
+            tableBody(table);
+            continue;
+        }
+        refuseKeyword("CURSOR", "cursor variable");
+        DeclaredVariable& declared = result.variables.emplace_back();
+        declared.name = name;
+        declared.line = line;
+        declared.type = type(name, static_cast<int>(result.variables.size()));
+        if (acceptOperator("=")) declared.initial = value();
+    } while (acceptOperator(","));
+    return result;
+}
+
+Statement::Node Parser::declareCursor(std::string name) {
+    DeclareCursorStatement result;
+    result.name = std::move(name);
+    acceptKeyword("INSENSITIVE");
+    result.scroll = acceptKeyword("SCROLL");
+    expectKeyword("CURSOR");
+    while (!atKeyword("FOR")) {
+        if (atKeyword("SCROLL") || atKeyword("STATIC") || atKeyword("KEYSET") ||
+            atKeyword("DYNAMIC")) {
+            result.scroll = true;
+        } else if (!atKeyword("LOCAL") && !atKeyword("GLOBAL") && !atKeyword("FORWARD_ONLY") &&
+                   !atKeyword("FAST_FORWARD") && !atKeyword("READ_ONLY") &&
+                   !atKeyword("OPTIMISTIC") && !atKeyword("SCROLL_LOCKS") &&
+                   !atKeyword("TYPE_WARNING")) {
+            unexpected();
+        }
+        next();
+    }
+    next();
+    const int line = peek().line;
+    result.query = std::make_shared<Statement>(Statement{SelectStatement{query()}, line});
+    if (acceptKeyword("FOR")) {
+        if (acceptKeyword("READ")) {
+            expectKeyword("ONLY");
+        } else {
+            expectKeyword("UPDATE");
+            if (acceptKeyword("OF")) {
+                do {
+                    this->name();
+                } while (acceptOperator(","));
+            }
+        }
+    }
+    return result;
+}
+
+StatementPtr Parser::subStatement() {
+    while (acceptOperator(";")) {
+    }
+    if (atEnd()) unexpected();
+    return std::make_unique<Statement>(statement());
+}
+
+Statement::Node Parser::ifStatement() {
+    IfStatement result;
+    result.condition = condition();
+    result.then = subStatement();
+    std::size_t ahead = 0;
+    while (atOperator(";", ahead))
+        ++ahead;
+    if (!atKeyword("ELSE", ahead)) return result;
+    for (std::size_t i = 0; i <= ahead; ++i)
+        next();
+    result.otherwise = subStatement();
+    return result;
+}
+
+Statement::Node Parser::whileStatement() {
+    WhileStatement result;
+    result.condition = condition();
+    ++loops_;
+    result.body = subStatement();
+    --loops_;
+    return result;
+}
+
+Statement::Node Parser::beginStatement() {
+    if (atKeyword("TRAN", 1) || atKeyword("TRANSACTION", 1)) {
+        return transactionStatement(TransactionAction::Begin);
+    }
+    if (atKeyword("DISTRIBUTED", 1)) refuse("BEGIN DISTRIBUTED TRANSACTION");
+    next();
+    if (atKeyword("TRY")) return tryStatement();
+    BlockStatement block{statementsUntilEnd()};
+    if (block.statements.empty()) unexpected();
+    expectKeyword("END");
+    return block;
+}
+
+Script Parser::statementsUntilEnd() {
+    Script result;
+    while (true) {
+        while (acceptOperator(";")) {
+        }
+        if (atKeyword("END")) return result;
+        if (atEnd()) unexpected();
+        result.push_back(statement());
+    }
+}
+
+Statement::Node Parser::tryStatement() {
+    TryStatement result;
+    next();
+    result.body = statementsUntilEnd();
+    next();
+    expectKeyword("TRY");
+    acceptOperator(";");
+    expectKeyword("BEGIN");
+    expectKeyword("CATCH");
+    result.handler = statementsUntilEnd();
+    next();
+    expectKeyword("CATCH");
+    return result;
+}
+
+Statement::Node Parser::returnStatement() {
+    ReturnStatement result;
+    if (!atStatement()) result.value = value();
+    return result;
+}
+
+// RAISERROR (message, severity, state, arguments) WITH options; the older form has a number and a
+// text without brackets.
+Statement::Node Parser::raiserrorStatement() {
+    RaiserrorStatement result;
+    if (!acceptOperator("(")) {
+        if (peek().kind != TokenKind::Integer) unexpected();
+        result.message = value();
+        if (!atStatement()) result.arguments.push_back(value());
+        return result;
+    }
+    result.message = value();
+    if (acceptOperator(",")) result.severity = value();
+    if (acceptOperator(",")) result.state = value();
+    while (acceptOperator(","))
+        result.arguments.push_back(value());
+    expectOperator(")");
+    if (!result.state) unexpected();
+    if (!acceptKeyword("WITH")) return result;
+    do {
+        if (acceptKeyword("SETERROR")) {
+            result.setError = true;
+        } else if (!acceptKeyword("NOWAIT")) {
+            expectKeyword("LOG");
+        }
+    } while (acceptOperator(","));
+    return result;
+}
+
+Statement::Node Parser::throwStatement() {
+    next();
+    ThrowStatement result;
+    if (atStatement()) return result;
+    result.number = value();
+    expectOperator(",");
+    result.message = value();
+    expectOperator(",");
+    result.state = value();
+    return result;
+}
+
+Statement::Node Parser::waitStatement() {
+    WaitStatement result;
+    result.until = acceptKeyword("TIME");
+    if (!result.until) expectKeyword("DELAY");
+    result.time = value();
+    return result;
+}
+
+Statement::Node Parser::openCursor(CursorAction action) {
+    acceptKeyword("GLOBAL");
+    return CursorStatement{action, name()};
+}
+
+Statement::Node Parser::fetchStatement() {
+    using Direction = FetchStatement::Direction;
+    static constexpr std::pair<const char*, Direction> kDirections[] = {
+        {"NEXT", Direction::Next},         {"PRIOR", Direction::Prior},
+        {"FIRST", Direction::First},       {"LAST", Direction::Last},
+        {"ABSOLUTE", Direction::Absolute}, {"RELATIVE", Direction::Relative}};
+    FetchStatement result;
+    for (const auto& [word, direction] : kDirections) {
+        if (!atKeyword(word) || atKeyword("INTO", 1)) continue;
+        next();
+        result.direction = direction;
+        if (direction == Direction::Absolute || direction == Direction::Relative) {
+            result.distance = value();
+        }
+        break;
+    }
+    acceptKeyword("FROM");
+    acceptKeyword("GLOBAL");
+    result.cursor = name();
+    if (!acceptKeyword("INTO")) return result;
+    do {
+        result.into.push_back(variable());
+    } while (acceptOperator(","));
+    return result;
+}
+
+}  // namespace kap::tsql

@@ -1,0 +1,177 @@
+#include <utility>
+
+#include "tsql/parser_state.hpp"
+#include "tsql/server_error.hpp"
+#include "tsql/text.hpp"
+
+// Views, procedures, functions and triggers: their text is kept as it was written, and read again
+// when they are used.
+namespace kap::tsql {
+
+bool Parser::atModule(std::size_t ahead) const {
+    for (const char* word : {"VIEW", "PROC", "PROCEDURE", "FUNCTION", "TRIGGER"}) {
+        if (atKeyword(word, ahead)) return true;
+    }
+    return false;
+}
+
+Statement::Node Parser::module(Making making) {
+    if (atKeyword("VIEW")) return createView(making);
+    if (atKeyword("FUNCTION")) return createFunction(making);
+    if (atKeyword("TRIGGER")) return createTrigger(making);
+    return createProcedure(making);
+}
+
+// What such a definition ends with is the end of the batch, so it must be its beginning too.
+void Parser::requireFirst(const char* what) const {
+    std::size_t first = 0;
+    while (tokens_[first].text == ";" && tokens_[first].kind == TokenKind::Operator)
+        ++first;
+    const Token& token = tokens_[first];
+    const bool begins =
+        equalsIgnoringCase(token.text, "CREATE") || equalsIgnoringCase(token.text, "ALTER");
+    constexpr std::size_t kLongestHead = 3;  // CREATE OR ALTER
+    if (begins && position_ <= first + kLongestHead) return;
+    throw ServerError(
+        111,
+        std::string("'CREATE/ALTER ") + what + "' must be the first statement in a query batch.",
+        peek().line, 15);
+}
+
+Statement::Node Parser::createView(Making making) {
+    requireFirst("VIEW");
+    next();
+    CreateViewStatement result;
+    result.replace = making != Making::Create;
+    result.mustExist = making == Making::Alter;
+    result.name = objectName();
+    if (atOperator("(")) result.columns = nameList();
+    moduleOptions();
+    expectKeyword("AS");
+    result.query = query();
+    if (acceptKeyword("WITH")) {
+        expectKeyword("CHECK");
+        refuse("WITH CHECK OPTION");
+    }
+    acceptOperator(";");
+    if (!atEnd()) unexpected();
+    result.text = source_;
+    return result;
+}
+
+void Parser::moduleOptions() {
+    if (!acceptKeyword("WITH")) return;
+    do {
+        if (acceptKeyword("EXECUTE")) {
+            expectKeyword("AS");
+            next();
+        } else if (!acceptKeyword("ENCRYPTION") && !acceptKeyword("SCHEMABINDING") &&
+                   !acceptKeyword("RECOMPILE") && !acceptKeyword("VIEW_METADATA")) {
+            unexpected();
+        }
+    } while (acceptOperator(","));
+}
+
+CreateModuleStatement Parser::moduleOf(ModuleKind kind, Making making) {
+    next();
+    CreateModuleStatement result;
+    result.kind = kind;
+    result.replace = making != Making::Create;
+    result.mustExist = making == Making::Alter;
+    result.name = objectName();
+    result.text = source_;
+    return result;
+}
+
+std::vector<ParameterDefinition> Parser::parameterDefinitions() {
+    std::vector<ParameterDefinition> result;
+    while (peek().kind == TokenKind::Variable) {
+        ParameterDefinition& parameter = result.emplace_back();
+        parameter.name = newVariable();
+        acceptKeyword("AS");
+        parameter.type = type(parameter.name, static_cast<int>(result.size()));
+        acceptKeyword("NULL");
+        if (acceptOperator("=")) parameter.defaultValue = argumentValue();
+        parameter.output = acceptKeyword("OUTPUT") || acceptKeyword("OUT");
+        acceptKeyword("READONLY");
+        if (!acceptOperator(",")) break;
+        if (peek().kind != TokenKind::Variable) unexpected();
+    }
+    return result;
+}
+
+std::shared_ptr<Script> Parser::restOfBatch() {
+    auto body = std::make_shared<Script>();
+    while (true) {
+        while (acceptOperator(";")) {
+        }
+        if (atEnd()) break;
+        body->push_back(statement());
+    }
+    return body;
+}
+
+Statement::Node Parser::createProcedure(Making making) {
+    requireFirst("PROCEDURE");
+    CreateModuleStatement result = moduleOf(ModuleKind::Procedure, making);
+    const bool bracket = acceptOperator("(");
+    result.parameters = parameterDefinitions();
+    if (bracket) expectOperator(")");
+    moduleOptions();
+    if (acceptKeyword("FOR")) expectKeyword("REPLICATION");
+    expectKeyword("AS");
+    result.body = restOfBatch();
+    return result;
+}
+
+Statement::Node Parser::createFunction(Making making) {
+    requireFirst("FUNCTION");
+    CreateModuleStatement result = moduleOf(ModuleKind::Function, making);
+    expectOperator("(");
+    result.parameters = parameterDefinitions();
+    expectOperator(")");
+    expectKeyword("RETURNS");
+    if (atKeyword("TABLE") || peek().kind == TokenKind::Variable) {
+        refuse("function that returns a table");
+    }
+    result.returns = type(result.name.last(), 0);
+    moduleOptions();
+    acceptKeyword("AS");
+    if (!atKeyword("BEGIN")) unexpected();
+    result.body = std::make_shared<Script>();
+    result.body->push_back(statement());
+    acceptOperator(";");
+    if (!atEnd()) unexpected();
+    return result;
+}
+
+Statement::Node Parser::createTrigger(Making making) {
+    requireFirst("TRIGGER");
+    CreateModuleStatement result = moduleOf(ModuleKind::Trigger, making);
+    expectKeyword("ON");
+    if (atKeyword("DATABASE") || atKeyword("ALL")) refuse("trigger on the database");
+    result.table = objectName();
+    moduleOptions();
+    if (atKeyword("INSTEAD")) refuse("INSTEAD OF trigger");
+    if (!acceptKeyword("AFTER")) expectKeyword("FOR");
+    do {
+        if (acceptKeyword("INSERT")) {
+            result.events |= kOnInsert;
+        } else if (acceptKeyword("UPDATE")) {
+            result.events |= kOnUpdate;
+        } else {
+            expectKeyword("DELETE");
+            result.events |= kOnDelete;
+        }
+    } while (acceptOperator(","));
+    if (acceptKeyword("WITH")) expectKeyword("APPEND");
+    if (acceptKeyword("NOT")) {
+        expectKeyword("FOR");
+        expectKeyword("REPLICATION");
+    }
+    expectKeyword("AS");
+    result.body = restOfBatch();
+    return result;
+}
+
+}  // namespace kap::tsql

@@ -1,0 +1,107 @@
+#include <algorithm>
+#include <array>
+#include <utility>
+
+#include "tsql/parser_state.hpp"
+#include "tsql/server_error.hpp"
+#include "tsql/text.hpp"
+
+// SET, and the statements that administer a server.
+namespace kap::tsql {
+
+Statement::Node Parser::setStatement() {
+    if (peek().kind != TokenKind::Variable) return setOption();
+    const std::string name = variable();
+    if (atOperator("=") && atKeyword("CURSOR", 1)) refuse("cursor variable");
+    AssignStatement result{name, nullptr};
+    result.value = assignedValue([&] { return VariableReference{name}; });
+    return result;
+}
+
+// "x += y" is x = x + y.
+ExpressionPtr Parser::assignedValue(const std::function<Expression::Node()>& target) {
+    static constexpr std::pair<std::string_view, BinaryOperator> kCompound[] = {
+        {"+=", BinaryOperator::Add},      {"-=", BinaryOperator::Subtract},
+        {"*=", BinaryOperator::Multiply}, {"/=", BinaryOperator::Divide},
+        {"%=", BinaryOperator::Modulo},   {"&=", BinaryOperator::BitAnd},
+        {"|=", BinaryOperator::BitOr},    {"^=", BinaryOperator::BitXor}};
+    for (const auto& [symbol, op] : kCompound) {
+        if (!atOperator(symbol)) continue;
+        const int line = next().line;
+        ExpressionPtr left = make(target(), line);
+        ExpressionPtr right = value();
+        const int below = right->depth;
+        return make(BinaryExpression{op, std::move(left), std::move(right)}, line, below);
+    }
+    expectOperator("=");
+    return value();
+}
+
+// SET option value; several options may share an ON or OFF.
+Statement::Node Parser::setOption() {
+    SetOptionStatement result;
+    if (acceptKeyword("IDENTITY_INSERT")) {
+        result.options.emplace_back("IDENTITY_INSERT");
+        result.table = objectName();
+        result.value = asciiUpper(next().text);
+        return result;
+    }
+    if (acceptKeyword("TRANSACTION")) {
+        expectKeyword("ISOLATION");
+        expectKeyword("LEVEL");
+        skipStatement();
+        return NoEffectStatement{"SET TRANSACTION ISOLATION LEVEL"};
+    }
+    if (acceptKeyword("STATISTICS")) {
+        skipStatement();
+        return NoEffectStatement{"SET STATISTICS"};
+    }
+    do {
+        if (peek().kind != TokenKind::Word) unexpected();
+        result.options.push_back(asciiUpper(next().text));
+    } while (acceptOperator(","));
+    const bool number =
+        result.options.front() == "ROWCOUNT" || result.options.front() == "LOCK_TIMEOUT" ||
+        result.options.front() == "DATEFIRST" || result.options.front() == "TEXTSIZE";
+    if (number) {
+        result.number = value();
+    } else if (atEnd()) {
+        unexpected();
+    } else {
+        result.value = asciiUpper(next().text);
+    }
+    return result;
+}
+
+Statement::Node Parser::noEffect(std::string what) {
+    skipStatement();
+    return NoEffectStatement{std::move(what)};
+}
+
+// Everything up to the next statement. GRANT SELECT, INSERT ON t holds words that begin statements.
+void Parser::skipStatement() {
+    static constexpr std::array kBefore{"GRANT", "DENY", "REVOKE", "WITH", ",", "("};
+    next();
+    while (!atEnd() && !atOperator(";")) {
+        const std::string& before = tokens_[position_ - 1].text;
+        const bool goesOn =
+            atKeyword("WITH") || std::any_of(kBefore.begin(), kBefore.end(), [&](const char* word) {
+                return equalsIgnoringCase(before, word);
+            });
+        if (atStatement() && !goesOn) return;
+        next();
+    }
+}
+
+Statement::Node Parser::databaseStatement(DatabaseAction action) {
+    DatabaseStatement result{action, ""};
+    do {
+        result.name = name();
+    } while (acceptOperator(","));
+    const bool alters = action == DatabaseAction::Alter;
+    while (!atStatement() || atKeyword("WITH") || (alters && atKeyword("SET")))
+        next();
+    return result;
+}
+
+}  // namespace kap::tsql

@@ -1,0 +1,340 @@
+#include <array>
+#include <utility>
+
+#include "tsql/parser_state.hpp"
+#include "tsql/server_error.hpp"
+
+// CREATE TABLE and ALTER TABLE: columns and constraints.
+namespace kap::tsql {
+
+Statement::Node Parser::createTable() {
+    CreateTableStatement result;
+    result.table = objectName();
+    tableBody(result);
+    fileGroup();
+    return result;
+}
+
+void Parser::tableBody(TableElements& table) {
+    expectOperator("(");
+    do {
+        // A comma may stand after the last element.
+        if (atOperator(")") && !table.columns.empty()) break;
+        tableElement(table);
+    } while (acceptOperator(",") || atTableConstraint());
+    expectOperator(")");
+}
+
+// ON [PRIMARY]: there is one place to store rows, so its name has no effect.
+void Parser::fileGroup() {
+    while (acceptKeyword("ON") || acceptKeyword("TEXTIMAGE_ON")) {
+        if (!acceptKeyword("PRIMARY")) name();
+    }
+}
+
+bool Parser::atTableConstraint() const {
+    for (const char* word : {"CONSTRAINT", "PRIMARY", "UNIQUE", "FOREIGN", "CHECK", "INDEX"}) {
+        if (atKeyword(word)) return true;
+    }
+    return false;
+}
+
+void Parser::tableElement(TableElements& table) {
+    if (atTableConstraint() || atKeyword("DEFAULT")) {
+        tableConstraint(table);
+    } else {
+        columnDefinition(table);
+    }
+}
+
+void Parser::tableConstraint(TableElements& table) {
+    std::string constraintName;
+    if (acceptKeyword("CONSTRAINT")) constraintName = name();
+    refuseKeyword("INDEX", "INDEX within CREATE TABLE");
+    if (atKeyword("CHECK")) {
+        table.checks.push_back(checkConstraint(std::move(constraintName)));
+    } else if (acceptKeyword("FOREIGN")) {
+        expectKeyword("KEY");
+        std::vector<std::string> columns = nameList();
+        ForeignKey key = foreignKey(std::move(constraintName));
+        key.columns = std::move(columns);
+        table.foreignKeys.push_back(std::move(key));
+    } else if (acceptKeyword("DEFAULT")) {
+        DefaultOption option = defaultOption(std::move(constraintName));
+        expectKeyword("FOR");
+        table.defaults.emplace_back(name(), std::move(option));
+    } else {
+        KeyConstraint key = keyConstraint(std::move(constraintName));
+        keyColumns(key);
+        indexOptions();
+        table.keys.push_back(std::move(key));
+    }
+}
+
+void Parser::keyColumns(KeyConstraint& key) {
+    expectOperator("(");
+    do {
+        key.columns.push_back(name());
+        if (!acceptKeyword("DESC")) acceptKeyword("ASC");
+    } while (acceptOperator(","));
+    expectOperator(")");
+}
+
+// WITH FILLFACTOR = 90, WITH (PAD_INDEX = OFF): how rows lie on disk is not the schema's choice
+// here.
+void Parser::indexOptions() {
+    if (acceptKeyword("WITH")) {
+        if (acceptOperator("(")) {
+            while (!acceptOperator(")")) {
+                if (atEnd()) unexpected();
+                if (atKeyword("IGNORE_DUP_KEY") && atKeyword("ON", 2)) refuse("IGNORE_DUP_KEY");
+                next();
+            }
+        } else {
+            do {
+                refuseKeyword("IGNORE_DUP_KEY", "IGNORE_DUP_KEY");
+                next();
+                if (acceptOperator("=")) next();
+            } while (acceptOperator(","));
+        }
+    }
+    fileGroup();
+}
+
+KeyConstraint Parser::keyConstraint(std::string name) {
+    KeyConstraint key;
+    key.name = std::move(name);
+    key.line = peek().line;
+    if (acceptKeyword("PRIMARY")) {
+        expectKeyword("KEY");
+        key.primary = true;
+    } else {
+        expectKeyword("UNIQUE");
+    }
+    if (!acceptKeyword("CLUSTERED")) acceptKeyword("NONCLUSTERED");
+    return key;
+}
+
+// REFERENCES parent (columns) ON DELETE CASCADE; the key's own columns are the caller's.
+ForeignKey Parser::foreignKey(std::string name) {
+    ForeignKey key;
+    key.name = std::move(name);
+    key.line = peek().line;
+    expectKeyword("REFERENCES");
+    key.parent = objectName();
+    if (atOperator("(")) key.parentColumns = nameList();
+    while (atKeyword("ON") && (atKeyword("DELETE", 1) || atKeyword("UPDATE", 1))) {
+        next();
+        const bool deletes = acceptKeyword("DELETE");
+        if (!deletes) next();
+        (deletes ? key.onDelete : key.onUpdate) = referenceAction();
+    }
+    if (acceptKeyword("NOT")) {
+        expectKeyword("FOR");
+        expectKeyword("REPLICATION");
+    }
+    return key;
+}
+
+ReferenceAction Parser::referenceAction() {
+    if (acceptKeyword("CASCADE")) return ReferenceAction::Cascade;
+    if (acceptKeyword("SET")) {
+        if (acceptKeyword("NULL")) return ReferenceAction::SetNull;
+        expectKeyword("DEFAULT");
+        return ReferenceAction::SetDefault;
+    }
+    expectKeyword("NO");
+    expectKeyword("ACTION");
+    return ReferenceAction::None;
+}
+
+CheckConstraint Parser::checkConstraint(std::string name) {
+    CheckConstraint check;
+    check.name = std::move(name);
+    check.line = next().line;
+    if (acceptKeyword("NOT")) {
+        expectKeyword("FOR");
+        expectKeyword("REPLICATION");
+    }
+    const std::size_t start = position_;
+    expectOperator("(");
+    check.condition = condition();
+    expectOperator(")");
+    check.text = sourceText(start);
+    return check;
+}
+
+DefaultOption Parser::defaultOption(std::string name) {
+    DefaultOption option;
+    option.constraintName = std::move(name);
+    const std::size_t start = position_;
+    option.value = value();
+    option.text = sourceText(start);
+    return option;
+}
+
+void Parser::columnDefinition(TableElements& table) {
+    ColumnDefinition column;
+    column.line = peek().line;
+    const int ordinal = static_cast<int>(table.columns.size()) + 1;
+    const bool alone = atKeyword("TIMESTAMP") && (atOperator(",", 1) || atOperator(")", 1) ||
+                                                  atKeyword("NOT", 1) || atKeyword("NULL", 1));
+    if (alone) {
+        // A lone "timestamp" is a column of that type and name.
+        column.name = next().text;
+        column.type = {SqlType::Timestamp, 8, 0, 0};
+    } else {
+        column.name = name();
+        if (acceptKeyword("AS")) {
+            computedColumn(column);
+        } else {
+            column.type = type(column.name, ordinal);
+            if (!aliasNullable_) column.nullable = false;
+        }
+    }
+    while (columnOption(column, table)) {
+    }
+    table.columns.push_back(std::move(column));
+}
+
+void Parser::computedColumn(ColumnDefinition& column) {
+    const std::size_t start = position_;
+    column.computed = value();
+    column.computedText = sourceText(start);
+    acceptKeyword("PERSISTED");
+}
+
+bool Parser::columnOption(ColumnDefinition& column, TableElements& table) {
+    if (atKeyword("COLLATE")) {
+        collation();
+        return true;
+    }
+    refuseKeyword("SPARSE", "SPARSE");
+    // Which column replication knows rows by has no meaning here.
+    if (acceptKeyword("ROWGUIDCOL")) return true;
+    const bool named = atKeyword("CONSTRAINT");
+    std::string constraintName;
+    if (named) {
+        next();
+        constraintName = name();
+    }
+    if (acceptKeyword("NULL")) {
+        column.nullable = true;
+    } else if (acceptKeyword("NOT")) {
+        if (acceptKeyword("FOR")) {
+            expectKeyword("REPLICATION");
+            return true;
+        }
+        expectKeyword("NULL");
+        column.nullable = false;
+    } else if (acceptKeyword("DEFAULT")) {
+        column.defaultValue = defaultOption(std::move(constraintName));
+    } else if (acceptKeyword("IDENTITY")) {
+        column.identity = identityOption();
+    } else if (atKeyword("PRIMARY") || atKeyword("UNIQUE")) {
+        KeyConstraint key = keyConstraint(std::move(constraintName));
+        if (atOperator("(")) {
+            keyColumns(key);
+        } else {
+            key.columns.push_back(column.name);
+        }
+        indexOptions();
+        table.keys.push_back(std::move(key));
+    } else if (atKeyword("CHECK")) {
+        CheckConstraint check = checkConstraint(std::move(constraintName));
+        check.column = column.name;
+        table.checks.push_back(std::move(check));
+    } else if (atKeyword("REFERENCES") || (atKeyword("FOREIGN") && atKeyword("KEY", 1))) {
+        if (acceptKeyword("FOREIGN")) expectKeyword("KEY");
+        std::vector<std::string> columns{column.name};
+        if (atOperator("(")) columns = nameList();
+        ForeignKey key = foreignKey(std::move(constraintName));
+        key.columns = std::move(columns);
+        table.foreignKeys.push_back(std::move(key));
+    } else {
+        if (named) unexpected();
+        return false;
+    }
+    return true;
+}
+
+IdentityOption Parser::identityOption() {
+    IdentityOption result;
+    if (!acceptOperator("(")) return result;
+    result.seed = signedValue(Place::Value);
+    expectOperator(",");
+    result.increment = signedValue(Place::Value);
+    expectOperator(")");
+    return result;
+}
+
+Statement::Node Parser::alterTable() {
+    AlterTableStatement result;
+    result.table = objectName();
+    // WITH NOCHECK leaves what is there unchecked; here it must hold, as what is added later must.
+    if (acceptKeyword("WITH")) {
+        if (!acceptKeyword("CHECK")) expectKeyword("NOCHECK");
+    }
+    if (alterSwitch(result)) return result;
+    if (acceptKeyword("ADD")) {
+        alterAdd(result);
+    } else if (acceptKeyword("DROP")) {
+        alterDrop(result);
+    } else if (acceptKeyword("ALTER")) {
+        expectKeyword("COLUMN");
+        result.action = AlterTableStatement::Action::AlterColumn;
+        result.column.line = peek().line;
+        result.column.name = name();
+        result.column.type = type(result.column.name, 1);
+        if (atKeyword("COLLATE")) collation();
+        if (acceptKeyword("NULL")) {
+            result.column.nullable = true;
+        } else if (acceptKeyword("NOT")) {
+            expectKeyword("NULL");
+            result.column.nullable = false;
+        }
+    } else {
+        unexpected();
+    }
+    return result;
+}
+
+// NOCHECK CONSTRAINT ALL, ENABLE TRIGGER name.
+bool Parser::alterSwitch(AlterTableStatement& alter) {
+    using Action = AlterTableStatement::Action;
+    const bool constraints = atKeyword("CHECK") || atKeyword("NOCHECK");
+    const bool triggers = atKeyword("ENABLE") || atKeyword("DISABLE");
+    if (!constraints && !triggers) return false;
+    alter.action = constraints ? Action::Constraints : Action::Triggers;
+    alter.enable = atKeyword("CHECK") || atKeyword("ENABLE");
+    next();
+    expectKeyword(constraints ? "CONSTRAINT" : "TRIGGER");
+    if (acceptKeyword("ALL")) return true;
+    do {
+        alter.names.push_back(name());
+    } while (acceptOperator(","));
+    return true;
+}
+
+void Parser::alterAdd(AlterTableStatement& alter) {
+    alter.action = AlterTableStatement::Action::Add;
+    acceptKeyword("COLUMN");
+    do {
+        tableElement(alter.added);
+    } while (acceptOperator(","));
+}
+
+void Parser::alterDrop(AlterTableStatement& alter) {
+    using Action = AlterTableStatement::Action;
+    alter.action = acceptKeyword("COLUMN") ? Action::DropColumns : Action::DropConstraints;
+    if (alter.action == Action::DropConstraints) acceptKeyword("CONSTRAINT");
+    if (acceptKeyword("IF")) {
+        expectKeyword("EXISTS");
+        alter.ifExists = true;
+    }
+    do {
+        alter.names.push_back(name());
+    } while (acceptOperator(","));
+}
+
+}  // namespace kap::tsql

@@ -1,0 +1,384 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <variant>
+#include <vector>
+
+#include "tsql/syntax.hpp"
+
+/// The statements of the dialect, as the parser reads them.
+namespace kap::tsql {
+
+struct Statement;
+using StatementPtr = std::unique_ptr<Statement>;
+using Script = std::vector<Statement>;
+
+// --- Data
+
+struct SelectStatement {
+    QueryPtr query;
+};
+
+/// A value of an INSERT row or an assignment; a null `value` is the keyword DEFAULT.
+struct ValueOrDefault {
+    ExpressionPtr value;
+};
+
+/// OUTPUT items [INTO table (columns)].
+struct OutputClause {
+    std::vector<SelectItem> items;
+    std::optional<ObjectName> into;
+    std::vector<std::string> columns;
+};
+
+/// A value for a parameter of a procedure.
+struct Argument {
+    std::string name;     ///< "@name"; empty: by position
+    ExpressionPtr value;  ///< null: DEFAULT
+    bool output = false;
+};
+
+/// EXEC procedure arguments; EXEC ('text'); EXEC sp_executesql.
+struct ExecuteStatement {
+    std::string resultVariable;     ///< of EXEC @r = p; empty when not given
+    ObjectName procedure;           ///< without parts when `text` is given
+    std::string procedureVariable;  ///< of EXEC @name; empty when not given
+    ExpressionPtr text;             ///< of EXEC (text)
+    std::vector<Argument> arguments;
+};
+
+struct InsertStatement {
+    std::vector<CommonTable> commonTables;
+    std::optional<TopClause> top;
+    ObjectName table;
+    std::vector<std::string> columns;  ///< empty when not given
+    std::optional<OutputClause> output;
+    std::vector<std::vector<ValueOrDefault>> rows;  ///< of VALUES
+    QueryPtr query;                                 ///< of INSERT ... SELECT
+    std::unique_ptr<ExecuteStatement> execute;      ///< of INSERT ... EXEC
+    bool defaultValues = false;
+};
+
+/// column = value, @variable = value, @variable = column = value.
+struct Assignment {
+    ObjectName column;     ///< without parts when only a variable is assigned
+    std::string variable;  ///< empty when only a column is assigned
+    ValueOrDefault value;
+};
+
+struct UpdateStatement {
+    std::vector<CommonTable> commonTables;
+    ObjectName table;  ///< a table, or an alias of FROM
+    std::optional<TopClause> top;
+    std::vector<Assignment> assignments;
+    std::optional<OutputClause> output;
+    std::vector<TableSourcePtr> from;
+    ExpressionPtr where;
+    std::string cursor;  ///< of WHERE CURRENT OF; empty when not given
+};
+
+struct DeleteStatement {
+    std::vector<CommonTable> commonTables;
+    ObjectName table;  ///< a table, or an alias of FROM
+    std::optional<TopClause> top;
+    std::optional<OutputClause> output;
+    std::vector<TableSourcePtr> from;
+    ExpressionPtr where;
+    std::string cursor;
+};
+
+struct TruncateStatement {
+    ObjectName table;
+};
+
+// --- Tables
+
+struct IdentityOption {
+    ExpressionPtr seed;  ///< null when not given
+    ExpressionPtr increment;
+};
+
+struct DefaultOption {
+    std::string constraintName;  ///< empty when not given
+    ExpressionPtr value;
+    std::string text;  ///< as written
+};
+
+struct KeyConstraint {
+    std::string name;  ///< empty when not given
+    bool primary = false;
+    std::vector<std::string> columns;
+    int line = 1;
+};
+
+enum class ReferenceAction { None, Cascade, SetNull, SetDefault };
+
+struct ForeignKey {
+    std::string name;  ///< empty when not given
+    std::vector<std::string> columns;
+    ObjectName parent;
+    std::vector<std::string> parentColumns;  ///< empty: the parent's primary key
+    ReferenceAction onDelete = ReferenceAction::None;
+    ReferenceAction onUpdate = ReferenceAction::None;
+    int line = 1;
+};
+
+struct CheckConstraint {
+    std::string name;  ///< empty when not given
+    ExpressionPtr condition;
+    std::string column;  ///< the column it stands behind; empty for one of the table
+    std::string text;    ///< as written
+    int line = 1;
+};
+
+struct ColumnDefinition {
+    std::string name;
+    TypeSpec type;
+    std::optional<bool> nullable;  ///< absent when neither NULL nor NOT NULL is said
+    std::optional<IdentityOption> identity;
+    std::optional<DefaultOption> defaultValue;
+    ExpressionPtr computed;    ///< of name AS expression
+    std::string computedText;  ///< as written
+    int line = 1;
+};
+
+/// What stands between the brackets of CREATE TABLE, or behind ADD.
+struct TableElements {
+    std::vector<ColumnDefinition> columns;
+    std::vector<KeyConstraint> keys;  ///< of columns and of the table alike
+    std::vector<ForeignKey> foreignKeys;
+    std::vector<CheckConstraint> checks;
+    /// ADD [CONSTRAINT name] DEFAULT value FOR column: definitions without a type.
+    std::vector<std::pair<std::string, DefaultOption>> defaults;
+};
+
+struct CreateTableStatement : TableElements {
+    ObjectName table;
+};
+
+struct AlterTableStatement {
+    enum class Action { Add, AlterColumn, DropColumns, DropConstraints, Constraints, Triggers };
+    Action action = Action::Add;
+    ObjectName table;
+    TableElements added;             ///< of Add
+    ColumnDefinition column;         ///< of AlterColumn
+    std::vector<std::string> names;  ///< of the columns, constraints or triggers; empty: ALL
+    bool enable = true;              ///< of Constraints and Triggers
+    bool ifExists = false;
+};
+
+struct IndexColumn {
+    std::string name;
+    bool descending = false;
+};
+
+struct CreateIndexStatement {
+    std::string name;
+    ObjectName table;
+    bool unique = false;
+    std::vector<IndexColumn> columns;
+    ExpressionPtr where;
+};
+
+// --- Views, procedures, functions, triggers: their text is kept as it was written
+
+struct CreateViewStatement {
+    ObjectName name;
+    std::vector<std::string> columns;
+    QueryPtr query;
+    std::string text;
+    bool replace = false;  ///< ALTER, or CREATE OR ALTER
+    bool mustExist = false;
+};
+
+struct ParameterDefinition {
+    std::string name;  ///< with its @
+    TypeSpec type;
+    ExpressionPtr defaultValue;  ///< null when not given
+    bool output = false;
+};
+
+enum class ModuleKind { Procedure, Function, Trigger };
+
+enum TriggerEvent : std::uint8_t { kOnInsert = 1, kOnUpdate = 2, kOnDelete = 4 };
+
+/// A stored procedure, a scalar function or a trigger.
+struct CreateModuleStatement {
+    ModuleKind kind = ModuleKind::Procedure;
+    ObjectName name;
+    std::vector<ParameterDefinition> parameters;
+    TypeSpec returns;         ///< of a function
+    ObjectName table;         ///< of a trigger
+    std::uint8_t events = 0;  ///< of a trigger
+    std::shared_ptr<Script> body;
+    std::string text;
+    bool replace = false;
+    bool mustExist = false;
+};
+
+enum class ObjectKind { Table, View, Procedure, Function, Trigger, Index, Type };
+
+struct DropStatement {
+    ObjectKind kind = ObjectKind::Table;
+    std::vector<ObjectName> names;  ///< an index: table.index
+    bool ifExists = false;
+};
+
+/// CREATE TYPE name FROM type.
+struct CreateTypeStatement {
+    ObjectName name;
+    TypeSpec type;
+    std::optional<bool> nullable;
+};
+
+// --- Variables and control of flow
+
+struct DeclaredVariable {
+    std::string name;
+    TypeSpec type;
+    ExpressionPtr initial;  ///< null when not given
+    int line = 1;
+};
+
+struct DeclareStatement {
+    std::vector<DeclaredVariable> variables;
+    std::vector<CreateTableStatement> tables;  ///< their names start with @
+};
+
+/// SET @variable = value.
+struct AssignStatement {
+    std::string variable;
+    ExpressionPtr value;
+};
+
+/// SET option ON.
+struct SetOptionStatement {
+    std::vector<std::string> options;  ///< in upper case
+    std::string value;                 ///< a word in upper case, or a number or a text
+    ExpressionPtr number;              ///< of SET ROWCOUNT @n
+    ObjectName table;                  ///< of IDENTITY_INSERT
+};
+
+struct IfStatement {
+    ExpressionPtr condition;
+    StatementPtr then;
+    StatementPtr otherwise;  ///< null when not given
+};
+
+struct WhileStatement {
+    ExpressionPtr condition;
+    StatementPtr body;
+};
+
+struct BlockStatement {
+    Script statements;
+};
+
+struct TryStatement {
+    Script body;
+    Script handler;
+};
+
+struct BreakStatement {};
+struct ContinueStatement {};
+
+struct GotoStatement {
+    std::string label;
+};
+
+struct LabelStatement {
+    std::string label;
+};
+
+struct ReturnStatement {
+    ExpressionPtr value;  ///< null when not given
+};
+
+struct PrintStatement {
+    ExpressionPtr value;
+};
+
+struct RaiserrorStatement {
+    ExpressionPtr message;  ///< a text or a number
+    ExpressionPtr severity;
+    ExpressionPtr state;
+    std::vector<ExpressionPtr> arguments;
+    bool setError = false;
+};
+
+struct ThrowStatement {
+    ExpressionPtr number;  ///< null: the error that is being handled
+    ExpressionPtr message;
+    ExpressionPtr state;
+};
+
+struct WaitStatement {
+    ExpressionPtr time;
+    bool until = false;  ///< WAITFOR TIME
+};
+
+enum class TransactionAction { Begin, Commit, Rollback, Save };
+
+struct TransactionStatement {
+    TransactionAction action;
+    std::string name;      ///< empty when not given
+    std::string variable;  ///< that holds the name; empty when not given
+};
+
+// --- Cursors
+
+struct DeclareCursorStatement {
+    std::string name;
+    bool scroll = false;
+    std::shared_ptr<Statement> query;  ///< a SelectStatement
+};
+
+enum class CursorAction { Open, Close, Deallocate };
+
+struct CursorStatement {
+    CursorAction action;
+    std::string name;
+};
+
+struct FetchStatement {
+    enum class Direction { Next, Prior, First, Last, Absolute, Relative };
+    Direction direction = Direction::Next;
+    ExpressionPtr distance;  ///< of ABSOLUTE and RELATIVE
+    std::string cursor;
+    std::vector<std::string> into;
+};
+
+// --- The database
+
+enum class DatabaseAction { Use, Create, Alter, Drop };
+
+/// USE, CREATE DATABASE...: there is one database in a file.
+struct DatabaseStatement {
+    DatabaseAction action;
+    std::string name;
+};
+
+/// A statement without meaning on one file: it is taken, and says so.
+struct NoEffectStatement {
+    std::string what;
+};
+
+struct Statement {
+    using Node =
+        std::variant<SelectStatement, InsertStatement, UpdateStatement, DeleteStatement,
+                     TruncateStatement, CreateTableStatement, AlterTableStatement,
+                     CreateIndexStatement, CreateViewStatement, CreateModuleStatement,
+                     DropStatement, CreateTypeStatement, DeclareStatement, AssignStatement,
+                     SetOptionStatement, IfStatement, WhileStatement, BlockStatement, TryStatement,
+                     BreakStatement, ContinueStatement, GotoStatement, LabelStatement,
+                     ReturnStatement, PrintStatement, RaiserrorStatement, ThrowStatement,
+                     WaitStatement, TransactionStatement, ExecuteStatement, DeclareCursorStatement,
+                     CursorStatement, FetchStatement, DatabaseStatement, NoEffectStatement>;
+    Node node;
+    int line = 1;
+};
+
+}  // namespace kap::tsql
