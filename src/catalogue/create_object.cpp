@@ -44,10 +44,22 @@ private:
         factories_;
 };
 
+// The class's name in a programmatic name of the library's; empty in any other.
+std::u16string_view nameInLibrary(std::u16string_view programmaticName) {
+    const std::size_t point = programmaticName.find(u'.');
+    if (point == std::u16string_view::npos ||
+        !unicode::sameName(library().name, programmaticName.substr(0, point))) {
+        return {};
+    }
+    return programmaticName.substr(point + 1);
+}
+
 const ClassDescription* findClass(std::u16string_view programmaticName) {
-    for (const PublishedClass& published : publishedClasses()) {
-        if (unicode::sameName(library().name + u"." + published.name, programmaticName)) {
-            return published.description;
+    if (const std::u16string_view name = nameInLibrary(programmaticName); !name.empty()) {
+        for (const PublishedClass& published : publishedClasses()) {
+            if (unicode::sameName(published.name, name)) {
+                return published.description;
+            }
         }
     }
     for (const PlatformClass& platform : platformClasses()) {

@@ -209,6 +209,17 @@ Variant call(Object& object, const MemberDescription& member, std::span<Variant*
         object, member, slots, std::make_index_sequence<Signature<decltype(Function)>::kCount>());
 }
 
+// The class that a parameter's or a result's C++ type names; null when it names none.
+template <class T>
+inline constexpr ClassReference kClassOf = nullptr;
+template <class T>
+requires requires {
+    T::classDescription();
+}
+inline constexpr ClassReference kClassOf<Ref<T>> = &T::classDescription;
+template <class T>
+inline constexpr ClassReference kClassOf<ByRef<T>> = kClassOf<T>;
+
 template <class T>
 constexpr VarType resultType() {
     if constexpr (std::is_void_v<T>) {
@@ -236,8 +247,9 @@ public:
         return std::move(*this);
     }
 
-    [[nodiscard]] ParameterDescription describe(VarType type, bool byReference) const {
-        return {name_, type, byReference || byReference_, default_};
+    [[nodiscard]] ParameterDescription describe(VarType type, bool byReference,
+                                                ClassReference objectClass) const {
+        return {name_, type, byReference || byReference_, default_, objectClass};
     }
 
 private:
@@ -334,6 +346,7 @@ private:
         MemberDescription& member = made_.add(name, kind);
         member.summary = text;
         member.result = dispatch::resultType<typename Shape::Result>();
+        member.resultClass = dispatch::kClassOf<std::remove_cvref_t<typename Shape::Result>>;
         describeParameters<typename Shape::Parameters>(member, parameters,
                                                        std::make_index_sequence<Shape::kCount>());
         return member;
@@ -350,7 +363,8 @@ private:
         }
         (member.parameters.push_back(parameters[Index].describe(
              dispatch::Argument<std::tuple_element_t<Index, Types>>::kType,
-             dispatch::Argument<std::tuple_element_t<Index, Types>>::kByReference)),
+             dispatch::Argument<std::tuple_element_t<Index, Types>>::kByReference,
+             dispatch::kClassOf<std::remove_cvref_t<std::tuple_element_t<Index, Types>>>)),
          ...);
     }
 

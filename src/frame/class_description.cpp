@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <bit>
+#include <stdexcept>
 #include <utility>
 
 #include <kaputil/frame/error.hpp>
@@ -23,8 +24,9 @@ constexpr std::int32_t firstId(MemberKind kind) {
                                           : kFirstField;
 }
 
-// The most parameters that a member may have; a call keeps its slots on the stack.
+// A call keeps its slots on the stack: one for each parameter, and one for the value assigned.
 constexpr std::size_t kMaxSlots = 16;
+constexpr std::size_t kMaxParameters = kMaxSlots - 1;
 using Slots = std::array<Variant*, kMaxSlots>;
 
 std::size_t positionOf(const MemberDescription& member, std::u16string_view parameter) {
@@ -93,26 +95,22 @@ bool givesEachInOrder(std::size_t parameters, const Arguments& arguments, Slots&
     return !missing;
 }
 
-bool wants(InvokeKind kind, InvokeKind bit) {
-    return (static_cast<unsigned>(kind) & static_cast<unsigned>(bit)) != 0;
-}
-
 struct ChosenCall {
     MemberCall call = nullptr;
     bool takesValue = false;
 };
 
 ChosenCall choose(const MemberDescription& member, InvokeKind kind) noexcept {
-    if (wants(kind, InvokeKind::Method) && member.method != nullptr) {
+    if (mayBe(kind, InvokeKind::Method) && member.method != nullptr) {
         return {member.method, false};
     }
-    if (wants(kind, InvokeKind::Get) && member.get != nullptr) {
+    if (mayBe(kind, InvokeKind::Get) && member.get != nullptr) {
         return {member.get, false};
     }
-    if (wants(kind, InvokeKind::Let) && member.let != nullptr) {
+    if (mayBe(kind, InvokeKind::Let) && member.let != nullptr) {
         return {member.let, true};
     }
-    if (wants(kind, InvokeKind::Set) && member.set != nullptr) {
+    if (mayBe(kind, InvokeKind::Set) && member.set != nullptr) {
         return {member.set, true};
     }
     return {};
@@ -197,6 +195,10 @@ void ClassDescription::complete(std::u16string_view defaultMember) {
     for (std::size_t i = 0; i < members.size(); ++i) {
         MemberDescription& member = members[i];
         const auto position = static_cast<Position>(i);
+        if (member.parameters.size() > kMaxParameters) {
+            throw std::logic_error(name.utf8() + "." + member.name.utf8() +
+                                   " has more parameters than a call can carry");
+        }
         addName(position);
         if (member.name.view() == defaultMember) {
             // It answers to the identifier 0 and to no other.
@@ -206,6 +208,11 @@ void ClassDescription::complete(std::u16string_view defaultMember) {
             default_ = position;
         }
     }
+}
+
+const ClassDescription* descriptionOf(const Object& object) {
+    const auto* described = dynamic_cast<const DescribedObject*>(&object);
+    return described == nullptr ? nullptr : &described->description();
 }
 
 String DescribedObject::className() const {

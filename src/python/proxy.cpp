@@ -33,11 +33,6 @@ private:
     std::thread::id owner_ = std::this_thread::get_id();
 };
 
-const ClassDescription* descriptionOf(const Object& object) {
-    const auto* described = dynamic_cast<const DescribedObject*>(&object);
-    return described == nullptr ? nullptr : &described->description();
-}
-
 bool isAttribute(const MemberDescription& member) {
     return member.kind != MemberKind::Method && member.parameters.empty();
 }

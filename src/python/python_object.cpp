@@ -1,5 +1,7 @@
 #include "python/python_object.hpp"
 
+#include <algorithm>
+
 #include <kaputil/frame/class_description.hpp>
 
 #include "python/values.hpp"
@@ -11,10 +13,6 @@ namespace {
 constexpr std::int32_t kException = -2147352567;
 
 constexpr const char* kDefaultMemberName = "_default_member_";
-
-bool wants(InvokeKind kind, InvokeKind bit) {
-    return (static_cast<unsigned>(kind) & static_cast<unsigned>(bit)) != 0;
-}
 
 bool isAutomationError(const py::error_already_set& error) {
     return error.matches(packageTypes().automationError);
@@ -105,14 +103,14 @@ Variant PythonObject::invoke(std::int32_t member, InvokeKind kind, const Argumen
     const py::gil_scoped_acquire lock;
     const std::string name = nameOf(member);
     try {
-        if (wants(kind, InvokeKind::LetOrSet)) {
+        if (mayBe(kind, InvokeKind::LetOrSet)) {
             py::setattr(object_, name.c_str(), toPython(arguments.positional.back()));
             return {};
         }
         const py::object attribute = object_.attr(name.c_str());
         const bool callable = PyCallable_Check(attribute.ptr()) != 0;
         const bool given = !arguments.positional.empty() || !arguments.named.empty();
-        if (!given && (!callable || !wants(kind, InvokeKind::Method))) {
+        if (!given && (!callable || !mayBe(kind, InvokeKind::Method))) {
             return toVariant(attribute);
         }
         return toVariant(

@@ -29,12 +29,6 @@ std::string joined(const std::vector<std::string>& path, std::size_t parts) {
     return name;
 }
 
-// The table of an object's members, null when it is none of the library's.
-const ClassDescription* descriptionOf(const Object& object) {
-    const auto* described = dynamic_cast<const DescribedObject*>(&object);
-    return described == nullptr ? nullptr : &described->description();
-}
-
 std::vector<std::string> namesOf(const ClassDescription& description) {
     std::vector<std::string> names;
     for (const MemberDescription& member : description.members) {

@@ -15,6 +15,9 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
+// What a Double surely carries.
+constexpr int kDoubleDigits = 15;
+
 // The day, the time, or both: what the date has of them.
 std::string dateText(Date date) {
     constexpr std::size_t kTimeAt = 11;
@@ -127,7 +130,7 @@ std::string literalText(const Variant& value) {
         case VarType::Array:
             return elementsText(value.as<Array>(), indexes);
         case VarType::Double:
-            return convert::plainNumber(value.as<double>()).utf8();
+            return plain::general(value.as<double>(), kDoubleDigits);
         case VarType::Single:
             return plain::shortest(value.as<float>());
         default:

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
+
 namespace kap::convert {
 namespace {
 
@@ -48,6 +50,20 @@ TEST(Calendar, PutsDatesBeforeTheOriginOnAnUnbrokenLine) {
     EXPECT_EQ(fromLinearDays(-0.75).days, -1.25);
     EXPECT_EQ(linearDays({1.25}), 1.25);
     EXPECT_EQ(fromLinearDays(-2).days, -2);
+}
+
+TEST(Calendar, SplitsADateIntoItsDayAndTheUnitsSinceMidnight) {
+    const auto morning = split({-1.25}, 24);
+    ASSERT_TRUE(morning);
+    EXPECT_EQ(morning->serialDay, -1);
+    EXPECT_EQ(morning->units, 6);
+    const auto behindTheLast = split({2958465.999}, 24);
+    ASSERT_TRUE(behindTheLast);
+    EXPECT_EQ(behindTheLast->serialDay, 2958466);
+    EXPECT_EQ(behindTheLast->units, 0);
+    EXPECT_FALSE(split({2958466.0}, 24));
+    EXPECT_FALSE(split({-657435.0}, 24));
+    EXPECT_FALSE(split({std::numeric_limits<double>::quiet_NaN()}, 24));
 }
 
 TEST(Calendar, RoundsTheTimeToTheSecond) {

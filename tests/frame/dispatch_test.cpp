@@ -1,6 +1,9 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <optional>
+#include <stdexcept>
+#include <utility>
 #include <vector>
 
 #include <kaputil/frame/by_ref.hpp>
@@ -36,6 +39,17 @@ public:
     [[nodiscard]] std::int32_t item(std::int32_t index) const { return index * 10; }
 };
 
+// A client's own object, which no table describes.
+class Undescribed final : public Object {
+public:
+    [[nodiscard]] String className() const override { return u"Undescribed"; }
+    [[nodiscard]] std::optional<std::int32_t> memberId(std::u16string_view) const override {
+        return std::nullopt;
+    }
+    using Object::invoke;
+    Variant invoke(std::int32_t, InvokeKind, const Arguments&) override { return {}; }
+};
+
 // One member of each shape that a class may have.
 class Sample final : public DescribedObject {
 public:
@@ -51,6 +65,7 @@ public:
                 .method<&Sample::optionalOut>(u"OptionalOut",
                                               {Parameter(u"Target").otherwise(std::int16_t{-1})},
                                               u"Fills a variable when there is one.")
+                .method<&Sample::swap>(u"Swap", {u"Shelf", u"Other"}, u"Exchanges shelves.")
                 .property<&Sample::value, &Sample::setValue>(u"Value", u"The value.")
                 .property<&Sample::shelf, &Sample::setShelf>(u"Shelf", u"The shelf.")
                 .property<&Sample::colour, &Sample::setColour>(u"Colour", u"The colour.")
@@ -75,6 +90,7 @@ public:
         *target = 7;
         return given;
     }
+    void swap(ByRef<Ref<Shelf>> shelf, const Ref<Object>& /*other*/) { std::swap(shelf_, *shelf); }
     [[nodiscard]] Variant value() const { return value_; }
     void setValue(const Variant& value) { value_ = value; }
     [[nodiscard]] Ref<Shelf> shelf() const { return shelf_; }
@@ -235,6 +251,38 @@ TEST(Dispatch, DescribesParametersFromTheSignature) {
     EXPECT_EQ(shown(*advance->parameters[1].defaultValue), "Long 1");
     EXPECT_EQ(advance->result, VarType::Boolean);
     EXPECT_EQ(Sample::classDescription().find(u"Fill")->result, VarType::Empty);
+}
+
+TEST(Dispatch, DescribesTheClassesOfObjects) {
+    const MemberDescription* shelf = Sample::classDescription().find(u"Shelf");
+    ASSERT_NE(shelf->resultClass, nullptr);
+    EXPECT_EQ(&shelf->resultClass(), &Shelf::classDescription());
+    EXPECT_EQ(Sample::classDescription().find(u"Join")->resultClass, nullptr);
+    const MemberDescription* swap = Sample::classDescription().find(u"Swap");
+    ASSERT_EQ(swap->parameters.size(), 2U);
+    ASSERT_NE(swap->parameters[0].objectClass, nullptr);
+    EXPECT_EQ(&swap->parameters[0].objectClass(), &Shelf::classDescription());
+    EXPECT_EQ(swap->parameters[1].objectClass, nullptr);
+}
+
+TEST(Dispatch, TellsWhetherAnObjectIsDescribed) {
+    const auto sample = make<Sample>();
+    EXPECT_EQ(descriptionOf(*sample), &Sample::classDescription());
+    EXPECT_EQ(descriptionOf(*make<Undescribed>()), nullptr);
+}
+
+TEST(Dispatch, TellsWhatACallMayBe) {
+    EXPECT_TRUE(mayBe(InvokeKind::MethodOrGet, InvokeKind::Get));
+    EXPECT_FALSE(mayBe(InvokeKind::Method, InvokeKind::Get));
+    EXPECT_TRUE(mayBe(InvokeKind::Set, InvokeKind::LetOrSet));
+}
+
+TEST(Dispatch, RefusesAMemberWithMoreParametersThanACallCanCarry) {
+    ClassDescription description;
+    description.add(u"Most", MemberKind::Method).parameters.resize(15);
+    EXPECT_NO_THROW(description.complete(u""));
+    description.add(u"TooMany", MemberKind::Method).parameters.resize(16);
+    EXPECT_THROW(description.complete(u""), std::logic_error);
 }
 
 TEST(ByRef, TakesAVariableOrAValue) {

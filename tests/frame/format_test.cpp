@@ -142,6 +142,16 @@ TEST_F(Format, RoundsHalvesAwayFromZero) {
     EXPECT_EQ(format(9.995, u"0.00E+0"), u"1,00E+1");
 }
 
+TEST_F(Format, RoundsOnceWhereTheExponentMovesByIt) {
+    EXPECT_EQ(format(9.9949, u"0.00E+0"), u"9,99E+0");
+    EXPECT_EQ(format(9.9951, u"0.00E+0"), u"1,00E+1");
+    EXPECT_EQ(format(99.95, u"00.0E+0"), u"10,0E+1");
+    EXPECT_EQ(format(99.9499, u"00.0E+0"), u"99,9E+0");
+    EXPECT_EQ(format(0.09996, u"0.##E+0"), u"1,E-1");
+    EXPECT_EQ(format(9.4999, u"0E+0"), u"9E+0");
+    EXPECT_EQ(format(9.5, u"0E+0"), u"1E+1");
+}
+
 TEST_F(Format, HasSectionsForNegativeNumbersZeroAndNull) {
     const char16_t* pattern = u"0.0;(0.0);\"zero\";\"nulla\"";
     EXPECT_EQ(format(1.5, pattern), u"1,5");

@@ -8,6 +8,7 @@
 
 #include <kaputil/frame/array.hpp>
 #include <kaputil/frame/locale.hpp>
+#include <kaputil/frame/plain_text.hpp>
 
 #include "support/shown.hpp"
 
@@ -30,7 +31,7 @@ struct TextCase {
 std::string readAsDouble(const char* text) {
     const Variant value(text);
     EXPECT_EQ(isNumeric(value), raisedBy([&] { return toDouble(value); }) == 0) << text;
-    return isNumeric(value) ? plainNumber(toDouble(value)).utf8() : "";
+    return isNumeric(value) ? plain::general(toDouble(value), 15) : "";
 }
 
 TEST_F(NumberConversion, ReadsNumbersAsItaliansWriteThem) {
@@ -278,12 +279,6 @@ TEST(LeadingNumber, ReadsWhatStandsInFrontWhateverTheLocale) {
     for (const auto& [text, expected] : cases) {
         EXPECT_EQ(leadingNumber(text), expected) << String(text).utf8();
     }
-}
-
-TEST(PlainNumber, ShowsAPointWhateverTheLocale) {
-    const LocaleScope italian("it-IT");
-    EXPECT_EQ(plainNumber(1234.5), u"1234.5");
-    EXPECT_EQ(plainNumber(-0.25), u"-0.25");
 }
 
 }  // namespace

@@ -1,7 +1,9 @@
 #include <kaputil/platform/message_box.hpp>
 
 #include <gtest/gtest.h>
+#include <syslog.h>
 
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <regex>
@@ -42,9 +44,26 @@ TEST_F(MessageBox, KeepsTheTextAsItStands) {
     EXPECT_TRUE(content.ends_with("\twarning\tT\tprima riga\r\nseconda riga \n")) << content;
 }
 
-TEST_F(MessageBox, RaisesNothingWhenTheFileCannotBeWritten) {
+TEST_F(MessageBox, GoesToTheSystemLogWhenTheFileCannotBeWritten) {
+    openlog("vendite", LOG_PERROR, LOG_USER);  // what is logged shows on standard error, too
     setMessageLog(folder_.file("manca/messaggi.log"));
-    EXPECT_NO_THROW(showMessage(u"T", MessageSeverity::Error, u"testo"));
+    testing::internal::CaptureStderr();
+    showMessage(u"T", MessageSeverity::Error, u"testo");
+    const std::string logged = testing::internal::GetCapturedStderr();
+    openlog(nullptr, 0, LOG_USER);
+    closelog();
+    EXPECT_EQ(logged, "vendite: T: testo\n");
+    EXPECT_FALSE(std::filesystem::exists(folder_.file("manca")));
+}
+
+TEST_F(MessageBox, GoesToTheFileAgainOnceItCanBeWritten) {
+    setMessageLog(folder_.file("manca/messaggi.log"));
+    showMessage(u"T", MessageSeverity::Error, u"prima");
+    std::filesystem::create_directory(folder_.file("manca"));
+    showMessage(u"T", MessageSeverity::Error, u"dopo");
+    const std::string content = contentOf(folder_.file("manca/messaggi.log"));
+    EXPECT_TRUE(content.ends_with("\terror\tT\tdopo\n")) << content;
+    EXPECT_EQ(content.find("prima"), std::string::npos);
 }
 
 TEST_F(MessageBox, ReplacesHalfSurrogatesThatNoFileCanHold) {

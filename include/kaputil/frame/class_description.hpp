@@ -28,12 +28,18 @@ enum class Instancing : std::uint8_t { Creatable, Global, NotCreatable };
 // What a member is backed by; it decides the range of its dispatch identifier.
 enum class MemberKind : std::uint8_t { Method, Property, Field };
 
+class ClassDescription;
+
+// The class of an object that a member takes or gives. A function, since classes name each other.
+using ClassReference = const ClassDescription& (*)();
+
 struct ParameterDescription {
     String name;
     VarType type = VarType::Variant;
     bool byReference = false;
     // Present when the parameter is optional; `Variant::missing()` when it has no default value.
     std::optional<Variant> defaultValue;
+    ClassReference objectClass = nullptr;  // of an Object; null when any object may be given
 };
 
 // Carries one call to the C++ function; `slots` has one entry a parameter (for Let and Set one
@@ -46,7 +52,8 @@ struct MemberDescription {
     MemberKind kind = MemberKind::Method;
     std::int32_t dispatchId = 0;
     std::vector<ParameterDescription> parameters;
-    VarType result = VarType::Empty;  // Empty: a method without result
+    VarType result = VarType::Empty;       // Empty: a method without result
+    ClassReference resultClass = nullptr;  // of an Object; null when it may be any object
     String summary;
     String errors;  // what it raises and when, beyond what converting the arguments raises
     MemberCall method = nullptr;
@@ -76,7 +83,8 @@ public:
     // its kind, or keeps the next identifier of a method for one to come.
     MemberDescription& add(std::u16string_view memberName, MemberKind kind);
     void reserve(std::u16string_view memberName);
-    // Called last: gives the default member its identifier and makes the look-ups.
+    // Called last: gives the default member its identifier and makes the look-ups. Raises
+    // std::logic_error for a member with more than 15 parameters.
     void complete(std::u16string_view defaultMember);
 
 private:
@@ -106,5 +114,8 @@ public:
 private:
     Variant invoke(const MemberDescription* member, InvokeKind kind, const Arguments& arguments);
 };
+
+// The table of an object's members; null for an object that has none (a client's own).
+[[nodiscard]] const ClassDescription* descriptionOf(const Object& object);
 
 }  // namespace kap

@@ -44,8 +44,4 @@ namespace kap::convert {
 // octal.
 [[nodiscard]] double leadingNumber(std::u16string_view text);
 
-// The value as the runtime prints a number where the locale must not show: '.' as decimal point,
-// 15 significant digits.
-[[nodiscard]] String plainNumber(double value);
-
 }  // namespace kap::convert

@@ -25,6 +25,11 @@ enum class InvokeKind : std::uint8_t {
     LetOrSet = 12,
 };
 
+// Whether a call of kind `kind` may be one of the kinds `sought`.
+[[nodiscard]] constexpr bool mayBe(InvokeKind kind, InvokeKind sought) noexcept {
+    return (static_cast<unsigned>(kind) & static_cast<unsigned>(sought)) != 0;
+}
+
 // The identifier of the default member of every class.
 inline constexpr std::int32_t kDefaultMember = 0;
 

@@ -10,8 +10,6 @@ using std::chrono::sys_days;
 
 constexpr sys_days kOrigin = std::chrono::year{1899} / 12 / 30;
 constexpr int kSecondsPerDay = 86400;
-constexpr int kFirstSerial = -657434;  // 1 January 100
-constexpr int kLastSerial = 2958465;   // 31 December 9999
 
 std::chrono::year_month_day toChrono(CivilDate date) {
     return std::chrono::year{date.year} / static_cast<int>(date.month) / static_cast<int>(date.day);
@@ -48,22 +46,30 @@ Date makeDate(CivilDate date, TimeOfDay time) {
     return fromLinearDays(serialDay(date) + static_cast<double>(seconds) / kSecondsPerDay);
 }
 
-std::optional<CivilTime> takeApart(Date date) {
+bool isInRange(Date date) {
     const double linear = linearDays(date);
-    if (!(linear >= kFirstSerial && linear < kLastSerial + 1.0)) {
+    return linear >= kFirstSerial && linear < kLastSerial + 1.0;
+}
+
+std::optional<DayAndTime> split(Date date, int unitsPerDay) {
+    if (!isInRange(date)) {
         return std::nullopt;
     }
+    const double linear = linearDays(date);
     const double whole = std::floor(linear);
-    int day = static_cast<int>(whole);
-    int seconds = static_cast<int>(std::lround((linear - whole) * kSecondsPerDay));
-    if (seconds == kSecondsPerDay) {
-        seconds = 0;
-        ++day;
-    }
-    if (day > kLastSerial) {
+    const int day = static_cast<int>(whole);
+    const int units = static_cast<int>(std::lround((linear - whole) * unitsPerDay));
+    return units == unitsPerDay ? DayAndTime{day + 1, 0} : DayAndTime{day, units};
+}
+
+std::optional<CivilTime> takeApart(Date date) {
+    const auto parts = split(date, kSecondsPerDay);
+    if (!parts || parts->serialDay > kLastSerial) {
         return std::nullopt;
     }
-    return CivilTime{civilDate(day), {seconds / 3600, seconds / 60 % 60, seconds % 60}};
+    const int seconds = parts->units;
+    return CivilTime{civilDate(parts->serialDay),
+                     {seconds / 3600, seconds / 60 % 60, seconds % 60}};
 }
 
 double linearDays(Date date) {

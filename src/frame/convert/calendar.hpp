@@ -29,6 +29,8 @@ struct CivilTime {
 // The range of automation dates: 1 January 100 to 31 December 9999.
 inline constexpr int kFirstYear = 100;
 inline constexpr int kLastYear = 9999;
+inline constexpr int kFirstSerial = -657434;
+inline constexpr int kLastSerial = 2958465;
 
 [[nodiscard]] int daysInMonth(int year, int month);
 [[nodiscard]] bool isValid(CivilDate date);
@@ -40,7 +42,20 @@ inline constexpr int kLastYear = 9999;
 // before 30 December 1899.
 [[nodiscard]] Date makeDate(CivilDate date, TimeOfDay time);
 
-// The parts of a date, the time rounded to the second; nullopt when it is out of range.
+// Whether the calendar has such a day, whatever its time.
+[[nodiscard]] bool isInRange(Date date);
+
+// A date's day, and its time as so many of the equal units that make up a day.
+struct DayAndTime {
+    int serialDay = 0;
+    int units = 0;
+};
+
+// The time is rounded to the nearest unit, which may be the midnight of the next day: then even one
+// behind the last day of the calendar. nullopt when the date is out of range.
+[[nodiscard]] std::optional<DayAndTime> split(Date date, int unitsPerDay);
+
+// The parts of a date, the time rounded to the second; nullopt when that is out of range.
 [[nodiscard]] std::optional<CivilTime> takeApart(Date date);
 
 // The same instant on an unbroken line of days and back: before 30 December 1899 the automation

@@ -8,6 +8,7 @@
 #include <kaputil/frame/error.hpp>
 #include <kaputil/frame/locale.hpp>
 
+#include "frame/convert/calendar.hpp"
 #include "frame/convert/characters.hpp"
 #include "frame/convert/date_text.hpp"
 #include "frame/convert/number_text.hpp"
@@ -325,7 +326,7 @@ Date toDate(const Variant& value) {
         return *date;
     }
     const Date date{realValue(value)};
-    if (!printDate(date, currentLocale())) {
+    if (!takeApart(date)) {
         raise(errors::kOverflow);
     }
     return date;
@@ -396,10 +397,6 @@ bool isDate(const Variant& value) {
         return value.as<Ref<Object>>() && throughDefault(value, &isDate);
     }
     return value.type() == VarType::Date;
-}
-
-String plainNumber(double value) {
-    return printDouble(value, u'.');
 }
 
 }  // namespace kap::convert

@@ -4,9 +4,9 @@
 #include <cmath>
 #include <limits>
 #include <string_view>
-#include <system_error>
 
 #include "frame/convert/decimal_digits.hpp"
+#include "frame/convert/number_text.hpp"
 
 namespace kap {
 namespace {
@@ -155,18 +155,7 @@ std::optional<Decimal> Decimal::fromDouble(double value, int digits) {
     if (!std::isfinite(value)) {
         return std::nullopt;
     }
-    std::array<char, 32> text{};
-    const auto end = std::to_chars(text.data(), text.data() + text.size(), std::fabs(value),
-                                   std::chars_format::scientific, digits - 1);
-    const std::string_view scientific(text.data(), static_cast<std::size_t>(end.ptr - text.data()));
-    const std::size_t mark = scientific.find('e');
-    int exponent = 0;
-    std::from_chars(&scientific[mark] + (scientific[mark + 1] == '+' ? 2 : 1), end.ptr, exponent);
-    std::string plain(scientific.substr(0, mark));
-    plain.erase(1, 1);  // the point
-    plain.erase(plain.find_last_not_of('0') + 1);
-    return convert::decimalOfDigits(plain, exponent + 1 - static_cast<int>(plain.size()),
-                                    value < 0);
+    return convert::toDecimal(convert::digitsOf(value, digits));
 }
 
 std::string Decimal::plainText() const {

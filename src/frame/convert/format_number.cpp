@@ -120,10 +120,8 @@ public:
 
     std::u16string write(const FormatSection& section, std::string digits, int exponent) {
         exponent += shape_.moves;
-        if (shape_.scientific) {
-            scale(digits, exponent);
-        }
-        number_ = rounded(std::move(digits), exponent, shape_.decimals, shape_.leastDecimals);
+        number_ = shape_.scientific && !digits.empty() ? scaled(digits, exponent)
+                                                       : roundedAt(std::move(digits), exponent);
         const auto least = static_cast<std::size_t>(shape_.leastWhole);
         if (number_.whole.size() < least) {
             number_.whole.insert(0, least - number_.whole.size(), '0');
@@ -135,18 +133,22 @@ public:
     }
 
 private:
-    // Moves the point so that the places before it are filled, and keeps the exponent.
-    void scale(const std::string& digits, int& exponent) {
-        if (digits.empty()) {
-            return;
-        }
+    [[nodiscard]] PlainNumber roundedAt(std::string digits, int exponent) const {
+        return rounded(std::move(digits), exponent, shape_.decimals, shape_.leastDecimals);
+    }
+
+    // Moves the point so that the places before it are filled, and keeps the exponent. Where
+    // rounding carries into one place more, the same digits are rounded again one place further on:
+    // never what a rounding left.
+    PlainNumber scaled(const std::string& digits, int exponent) {
         const int wanted = std::max(shape_.whole, 1);
-        const int moved = static_cast<int>(digits.size()) + exponent - wanted;
-        const PlainNumber tried =
-            rounded(digits, exponent - moved, shape_.decimals, shape_.leastDecimals);
-        const int carried = static_cast<int>(tried.whole.size()) > wanted ? 1 : 0;
-        exponent_ = moved + carried;
-        exponent -= exponent_;
+        exponent_ = static_cast<int>(digits.size()) + exponent - wanted;
+        PlainNumber number = roundedAt(digits, exponent - exponent_);
+        if (static_cast<int>(number.whole.size()) > wanted) {
+            ++exponent_;
+            number = roundedAt(digits, exponent - exponent_);
+        }
+        return number;
     }
 
     void writeStep(const FormatStep& step) {

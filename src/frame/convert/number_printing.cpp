@@ -184,6 +184,10 @@ NumberText digitsOf(double value) {
     return significantDigits(value, kDoubleDigits);
 }
 
+NumberText digitsOf(double value, int digits) {
+    return significantDigits(value, digits);
+}
+
 NumberText digitsOf(float value) {
     return significantDigits(value, kSingleDigits);
 }

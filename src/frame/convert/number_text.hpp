@@ -44,9 +44,10 @@ struct NumberText {
 [[nodiscard]] std::optional<double> toDouble(const NumberText& number);
 [[nodiscard]] std::optional<Decimal> toDecimal(const NumberText& number);
 
-// The digits of a value: as many as its type surely carries, 15 of a double and 7 of a float. What
-// is not finite has none.
+// The digits of a value: as many as its type surely carries, 15 of a double and 7 of a float, or
+// as many as are asked for, up to 17. What is not finite has none.
 [[nodiscard]] NumberText digitsOf(double value);
+[[nodiscard]] NumberText digitsOf(double value, int digits);
 [[nodiscard]] NumberText digitsOf(float value);
 [[nodiscard]] NumberText digitsOf(const Decimal& value);
 

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
-#include <cmath>
 #include <system_error>
 
 #include <kaputil/frame/error.hpp>
@@ -41,20 +40,15 @@ struct Instant {
 };
 
 Instant instantOf(Date date) {
-    constexpr double kMillisecondsPerDay = 86'400'000;
-    const double linear = convert::linearDays(date);
-    if (!(linear >= convert::serialDay({convert::kFirstYear, 1, 1}) &&
-          linear < convert::serialDay({convert::kLastYear, 12, 31}) + 1.0)) {
+    constexpr int kMillisecondsPerDay = 86'400'000;
+    const auto parts = convert::split(date, kMillisecondsPerDay);
+    if (!parts) {
         throw AutomationError(errors::kOverflow);
     }
-    double day = std::floor(linear);
-    double milliseconds = std::round((linear - day) * kMillisecondsPerDay);
-    if (milliseconds == kMillisecondsPerDay) {
-        const bool lastDay = day == convert::serialDay({convert::kLastYear, 12, 31});
-        milliseconds = lastDay ? kMillisecondsPerDay - 1 : 0;
-        day += lastDay ? 0 : 1;
+    if (parts->serialDay > convert::kLastSerial) {  // there is no midnight to round to
+        return {convert::civilDate(convert::kLastSerial), kMillisecondsPerDay - 1};
     }
-    return {convert::civilDate(static_cast<int>(day)), static_cast<int>(milliseconds)};
+    return {convert::civilDate(parts->serialDay), parts->units};
 }
 
 std::string dateText(convert::CivilDate date) {
