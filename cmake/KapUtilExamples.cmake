@@ -1,4 +1,5 @@
-# Every examples/<name>.cpp is a program of its own, built like a client's and run as a test: it must end with 0.
+# Every examples/<name>.cpp is a program of its own, built like a client's, and every examples/<name>.py a script. Each is
+# run as a test: it must end with 0.
 file(GLOB exampleSources CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/examples/*.cpp")
 foreach(source IN LISTS exampleSources)
     cmake_path(GET source STEM name)
@@ -10,3 +11,12 @@ foreach(source IN LISTS exampleSources)
         add_test(NAME examples/${name} COMMAND example_${name})
     endif()
 endforeach()
+
+if(TARGET kaputil-python AND KAPUTIL_BUILD_TESTS)
+    file(GLOB exampleScripts CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/examples/*.py")
+    foreach(script IN LISTS exampleScripts)
+        cmake_path(GET script FILENAME name)
+        add_test(NAME examples/${name} COMMAND "${Python_EXECUTABLE}" "${script}")
+        set_tests_properties(examples/${name} PROPERTIES ENVIRONMENT "${KAPUTIL_PYTHON_ENVIRONMENT}")
+    endforeach()
+endif()

@@ -7,20 +7,51 @@ set(PYBIND11_FINDPYTHON ON)
 find_package(Python REQUIRED COMPONENTS Interpreter Development.Module)
 find_package(pybind11 REQUIRED)
 
-file(GLOB pythonSources CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/src/python/*.cpp")
+set(pythonSourceFolder "${PROJECT_SOURCE_DIR}/src/python")
 set(pythonPackage "${PROJECT_BINARY_DIR}/python/kaputil")
-pybind11_add_module(kaputil-python MODULE NO_EXTRAS ${pythonSources})
-set_target_properties(kaputil-python PROPERTIES OUTPUT_NAME _native LIBRARY_OUTPUT_DIRECTORY "${pythonPackage}")
-target_include_directories(kaputil-python PRIVATE "${PROJECT_SOURCE_DIR}/src")
-target_link_libraries(kaputil-python PRIVATE kaputil)
-kaputil_compile_rules(kaputil-python)
+
+file(GLOB pythonSources CONFIGURE_DEPENDS "${pythonSourceFolder}/*.cpp")
+pybind11_add_module(kaputil-python-extension MODULE NO_EXTRAS ${pythonSources})
+set_target_properties(kaputil-python-extension PROPERTIES OUTPUT_NAME _native LIBRARY_OUTPUT_DIRECTORY
+                                                                              "${pythonPackage}")
+target_include_directories(kaputil-python-extension PRIVATE "${PROJECT_SOURCE_DIR}/src")
+target_link_libraries(kaputil-python-extension PRIVATE kaputil)
+kaputil_compile_rules(kaputil-python-extension)
 
 # The package's own Python code beside the extension.
-file(GLOB pythonFiles CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/src/python/package/kaputil/*.py")
+file(GLOB pythonFiles CONFIGURE_DEPENDS "${pythonSourceFolder}/package/kaputil/*.py*"
+     "${pythonSourceFolder}/package/kaputil/py.typed")
 foreach(file IN LISTS pythonFiles)
     cmake_path(GET file FILENAME name)
     configure_file("${file}" "${pythonPackage}/${name}" COPYONLY)
 endforeach()
 
-install(TARGETS kaputil-python LIBRARY DESTINATION "${Python_SITEARCH}/kaputil")
-install(FILES ${pythonFiles} DESTINATION "${Python_SITEARCH}/kaputil")
+# What the interpreter needs around it to run the package from the build. It has no C++ library and no sanitizers of its
+# own: where the package has them, the sanitizers' runtime must be loaded first, and with it the C++ library, whose throw
+# it looks for when it starts. The interpreter frees nothing at its end, so leaks are not counted.
+set(KAPUTIL_PYTHON_ENVIRONMENT "PYTHONPATH=${PROJECT_BINARY_DIR}/python")
+if(KAPUTIL_SANITIZE)
+    foreach(runtime IN ITEMS asan stdc++)
+        execute_process(COMMAND "${CMAKE_CXX_COMPILER}" -print-file-name=lib${runtime}.so OUTPUT_VARIABLE path
+                        OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
+        list(APPEND pythonRuntimes "${path}")
+    endforeach()
+    list(JOIN pythonRuntimes ":" pythonRuntimes)
+    list(APPEND KAPUTIL_PYTHON_ENVIRONMENT "ASAN_OPTIONS=detect_leaks=0" "LD_PRELOAD=${pythonRuntimes}")
+endif()
+
+# Stub files for editors and type checkers, written from the catalogue by the package itself.
+set(pythonStubs "${pythonPackage}/__init__.pyi" "${pythonPackage}/classes.pyi")
+add_custom_command(
+    OUTPUT ${pythonStubs}
+    COMMAND "${CMAKE_COMMAND}" -E env ${KAPUTIL_PYTHON_ENVIRONMENT} "${Python_EXECUTABLE}"
+            "${pythonSourceFolder}/make_stubs.py" "${pythonPackage}"
+    DEPENDS kaputil-python-extension "${pythonSourceFolder}/make_stubs.py" ${pythonFiles}
+    COMMENT "Writing the stubs of the Python package"
+    VERBATIM)
+add_custom_target(kaputil-python ALL DEPENDS ${pythonStubs})
+
+# Where the interpreter looks for packages, whatever the prefix of the installation.
+set(KAPUTIL_PYTHON_DIR "${Python_SITEARCH}" CACHE PATH "The folder that the Python package is installed into")
+install(TARGETS kaputil-python-extension LIBRARY DESTINATION "${KAPUTIL_PYTHON_DIR}/kaputil" COMPONENT python)
+install(FILES ${pythonFiles} ${pythonStubs} DESTINATION "${KAPUTIL_PYTHON_DIR}/kaputil" COMPONENT python)

@@ -3,49 +3,101 @@
 #include <algorithm>
 
 #include <kaputil/frame/class_description.hpp>
+#include <kaputil/frame/error.hpp>
 
+#include "python/package.hpp"
+#include "python/proxy.hpp"
+#include "python/python_error.hpp"
 #include "python/values.hpp"
 
 namespace kap::python {
 namespace {
 
-// What an exception that is no automation error counts as: "exception occurred".
-constexpr std::int32_t kException = -2147352567;
-
 constexpr const char* kDefaultMemberName = "_default_member_";
 
-bool isAutomationError(const py::error_already_set& error) {
-    return error.matches(packageTypes().automationError);
+py::handle classOf(const py::handle& object) {
+    return py::type::handle_of(object);
 }
 
-std::int32_t numberOf(const py::error_already_set& error) {
-    return isAutomationError(error) ? error.value().attr("number").cast<std::int32_t>()
-                                    : kException;
+// Whether reading it gives the object itself although it can be called.
+bool isObject(const py::handle& attribute) {
+    return objectBehind(attribute).has_value() ||
+           py::hasattr(classOf(attribute), kDefaultMemberName);
 }
 
-String descriptionOf(const py::error_already_set& error) {
-    return toText(isAutomationError(error) ? py::str(error.value().attr("description"))
-                                           : py::str(error.value()));
-}
-
-String sourceOf(const py::error_already_set& error) {
-    return isAutomationError(error) ? toText(py::str(error.value().attr("source"))) : String();
-}
-
-py::tuple pythonArguments(std::span<Variant> positional) {
-    py::tuple given(positional.size());
-    for (std::size_t i = 0; i < positional.size(); ++i) {
-        given[i] = toPython(positional[i]);
+bool isCalled(const py::object& attribute, InvokeKind kind, bool hasArguments) {
+    if (PyCallable_Check(attribute.ptr()) == 0) {
+        return false;
     }
-    return given;
+    return hasArguments || (mayBe(kind, InvokeKind::Method) &&
+                            (!mayBe(kind, InvokeKind::Get) || !isObject(attribute)));
 }
 
-py::dict pythonNamed(std::span<const Arguments::Named> named) {
-    py::dict given;
-    for (const Arguments::Named& one : named) {
-        given[toPython(one.name)] = toPython(*one.value);
+// The library's arguments as Python's, for the length of a call.
+class GivenArguments {
+public:
+    GivenArguments(const py::object& function, const Arguments& arguments) : arguments_(arguments) {
+        const py::tuple byReference = package().references(function);
+        const py::set positions = byReference[0];
+        const py::set names = byReference[1];
+        for (std::size_t i = 0; i < arguments.positional.size(); ++i) {
+            positional_.append(argument(arguments.positional[i], positions.contains(py::int_(i))));
+        }
+        for (const Arguments::Named& one : arguments.named) {
+            const py::str name = toPython(one.name);
+            named_[name] = argument(*one.value, names.contains(name));
+        }
     }
-    return given;
+
+    [[nodiscard]] py::object passTo(const py::object& function) const {
+        return function(*py::tuple(positional_), **named_);
+    }
+
+    void writeBack() const {
+        for (std::size_t i = 0; i < arguments_.positional.size(); ++i) {
+            writeBack(positional_[i], arguments_.positional[i]);
+        }
+        for (const Arguments::Named& one : arguments_.named) {
+            writeBack(named_[toPython(one.name)], *one.value);
+        }
+    }
+
+private:
+    static py::object argument(const Variant& value, bool byReference) {
+        return byReference ? package().ref(toPython(value)) : toPython(value);
+    }
+
+    static void writeBack(const py::object& given, Variant& value) {
+        if (py::isinstance(given, package().ref)) {
+            value = toVariant(given);
+        }
+    }
+
+    const Arguments& arguments_;
+    py::list positional_;
+    py::dict named_;
+};
+
+// `form.Items(3)` where Items is no method: the argument is for the default member of what it
+// holds.
+Variant readFrom(const Variant& value, InvokeKind kind, const Arguments& arguments) {
+    if (!value.isObject()) {
+        throw AutomationError(errors::kWrongNumberOfArguments);
+    }
+    if (!value.as<Ref<Object>>()) {
+        throw AutomationError(errors::kObjectNotSet);
+    }
+    return value.as<Ref<Object>>()->invoke(kDefaultMember, kind, arguments);
+}
+
+const Variant& assignedValue(const Arguments& arguments) {
+    if (arguments.positional.empty()) {
+        throw AutomationError(errors::kArgumentNotOptional);
+    }
+    if (arguments.positional.size() > 1 || !arguments.named.empty()) {
+        throw AutomationError(errors::kWrongNumberOfArguments);
+    }
+    return arguments.positional.front();
 }
 
 }  // namespace
@@ -53,45 +105,46 @@ py::dict pythonNamed(std::span<const Arguments::Named> named) {
 PythonObject::PythonObject(py::object object) : object_(std::move(object)) {}
 
 PythonObject::~PythonObject() {
+    if (Py_IsInitialized() == 0) {
+        // The interpreter has ended and taken everything with it.
+        object_.release();
+        for (py::str& name : names_) {
+            name.release();
+        }
+        return;
+    }
     const py::gil_scoped_acquire lock;
     object_ = py::object();
+    names_.clear();
 }
 
 String PythonObject::className() const {
-    const py::gil_scoped_acquire lock;
-    return toText(py::str(py::type::handle_of(object_).attr("__name__")));
-}
-
-std::optional<std::string> PythonObject::attributeNamed(const std::string& name) const {
-    if (py::hasattr(object_, name.c_str())) {
-        return name;
-    }
-    const py::object wanted = py::str(name).attr("casefold")();
-    for (const py::handle known : py::module_::import("builtins").attr("dir")(object_)) {
-        if (known.attr("casefold")().equal(wanted)) {
-            return known.cast<std::string>();
-        }
-    }
-    return std::nullopt;
+    return inPython([&] { return toText(classOf(object_).attr("__name__")); });
 }
 
 std::optional<std::int32_t> PythonObject::memberId(std::u16string_view name) const {
-    const py::gil_scoped_acquire lock;
-    auto attribute = attributeNamed(String(name).utf8());
-    if (!attribute) {
-        return std::nullopt;
-    }
-    const auto known = std::find(names_.begin(), names_.end(), *attribute);
-    const auto position = static_cast<std::int32_t>(known - names_.begin());
-    if (known == names_.end()) {
-        names_.push_back(std::move(*attribute));
-    }
-    return position + 1;
+    return inPython([&]() -> std::optional<std::int32_t> {
+        const py::object found = package().findAttribute(object_, toPython(String(name)));
+        if (found.is_none()) {
+            return std::nullopt;
+        }
+        const auto known = std::find_if(names_.begin(), names_.end(),
+                                        [&](const py::str& one) { return one.equal(found); });
+        const auto position = static_cast<std::int32_t>(known - names_.begin());
+        if (known == names_.end()) {
+            names_.push_back(py::str(found));
+        }
+        return position + 1;
+    });
 }
 
-std::string PythonObject::nameOf(std::int32_t member) const {
-    if (member == kDefaultMember && py::hasattr(object_, kDefaultMemberName)) {
-        return object_.attr(kDefaultMemberName).cast<std::string>();
+py::str PythonObject::attributeFor(std::int32_t member) const {
+    if (member == kDefaultMember && py::hasattr(classOf(object_), kDefaultMemberName)) {
+        const py::object found =
+            package().findAttribute(object_, py::str(classOf(object_).attr(kDefaultMemberName)));
+        if (!found.is_none()) {
+            return found;
+        }
     }
     if (member < 1 || static_cast<std::size_t>(member) > names_.size()) {
         throw AutomationError(errors::kMemberNotFound);
@@ -99,49 +152,49 @@ std::string PythonObject::nameOf(std::int32_t member) const {
     return names_[static_cast<std::size_t>(member) - 1];
 }
 
-Variant PythonObject::invoke(std::int32_t member, InvokeKind kind, const Arguments& arguments) {
-    const py::gil_scoped_acquire lock;
-    const std::string name = nameOf(member);
+Variant PythonObject::read(const py::str& name, InvokeKind kind, const Arguments& arguments) const {
+    const py::object attribute = object_.attr(name);
+    const bool hasArguments = !arguments.positional.empty() || !arguments.named.empty();
+    if (!isCalled(attribute, kind, hasArguments)) {
+        const Variant value = toVariant(attribute);
+        return hasArguments ? readFrom(value, kind, arguments) : value;
+    }
+    if (!hasArguments) {
+        return toVariant(attribute());
+    }
+    const GivenArguments given(attribute, arguments);
     try {
-        if (mayBe(kind, InvokeKind::LetOrSet)) {
-            py::setattr(object_, name.c_str(), toPython(arguments.positional.back()));
-            return {};
-        }
-        const py::object attribute = object_.attr(name.c_str());
-        const bool callable = PyCallable_Check(attribute.ptr()) != 0;
-        const bool given = !arguments.positional.empty() || !arguments.named.empty();
-        if (!given && (!callable || !mayBe(kind, InvokeKind::Method))) {
-            return toVariant(attribute);
-        }
-        return toVariant(
-            attribute(*pythonArguments(arguments.positional), **pythonNamed(arguments.named)));
-    } catch (py::error_already_set& error) {
-        throw PythonError(error);
+        const Variant result = toVariant(given.passTo(attribute));
+        given.writeBack();
+        return result;
+    } catch (const py::error_already_set&) {
+        given.writeBack();  // a reference keeps what it was given before the failure
+        throw;
     }
 }
 
+Variant PythonObject::invoke(std::int32_t member, InvokeKind kind, const Arguments& arguments) {
+    return inPython([&]() -> Variant {
+        const py::str attribute = attributeFor(member);
+        if (mayBe(kind, InvokeKind::LetOrSet)) {
+            py::setattr(object_, attribute, toPython(assignedValue(arguments)));
+            return {};
+        }
+        return read(attribute, kind, arguments);
+    });
+}
+
 std::vector<Variant> PythonObject::elements() {
-    const py::gil_scoped_acquire lock;
-    try {
+    return inPython([&] {
+        if (!py::hasattr(classOf(object_), "__iter__")) {
+            throw AutomationError(errors::kMemberNotFound);
+        }
         std::vector<Variant> values;
         for (const py::handle value : object_) {
             values.push_back(toVariant(value));
         }
         return values;
-    } catch (py::error_already_set& error) {
-        throw PythonError(error);
-    }
-}
-
-PythonError::PythonError(py::error_already_set& error)
-    : AutomationError(numberOf(error), descriptionOf(error), sourceOf(error)),
-      original_(new py::error_already_set(error), [](py::error_already_set* held) {
-          const py::gil_scoped_acquire lock;
-          delete held;
-      }) {}
-
-void PythonError::restore() const {
-    py::error_already_set(*original_).restore();
+    });
 }
 
 }  // namespace kap::python

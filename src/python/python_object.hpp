@@ -2,11 +2,9 @@
 
 #include <pybind11/pybind11.h>
 
-#include <memory>
 #include <string>
 #include <vector>
 
-#include <kaputil/frame/error.hpp>
 #include <kaputil/frame/object.hpp>
 #include <kaputil/frame/variant.hpp>
 
@@ -17,8 +15,12 @@ namespace py = pybind11;
 // Any Python object where automation expects one: a form, a text box, a mail client.
 //
 // Its attributes and methods are its members, names matched exactly first and then ignoring case;
-// `_default_member_` in its class names the default one. It may be dropped from code that does not
-// hold the interpreter lock.
+// `_default_member_` in its class names the default one. An attribute that can be called is called,
+// unless only its value is asked for or it is an object itself: one of the library's, or one whose
+// class names a default member. A parameter annotated as `kaputil.Ref` takes the argument by
+// reference, and what the method leaves in it is written back.
+//
+// It may be called and dropped by code that does not hold the interpreter's lock.
 class PythonObject final : public Object {
 public:
     explicit PythonObject(py::object object);
@@ -33,22 +35,12 @@ public:
     [[nodiscard]] std::vector<Variant> elements() override;
 
 private:
-    [[nodiscard]] std::optional<std::string> attributeNamed(const std::string& name) const;
-    [[nodiscard]] std::string nameOf(std::int32_t member) const;
+    [[nodiscard]] py::str attributeFor(std::int32_t member) const;
+    [[nodiscard]] Variant read(const py::str& attribute, InvokeKind kind,
+                               const Arguments& arguments) const;
 
     py::object object_;
-    mutable std::vector<std::string> names_;  // of the members asked for, by identifier from 1
-};
-
-// An exception that a Python object raised while the library called it. To the library it is an
-// automation error; where it reaches Python again, it is the original one with its traceback.
-class PythonError final : public AutomationError {
-public:
-    explicit PythonError(py::error_already_set& error);
-    void restore() const;
-
-private:
-    std::shared_ptr<py::error_already_set> original_;
+    mutable std::vector<py::str> names_;  // of the members asked for, by identifier from 1
 };
 
 }  // namespace kap::python

@@ -2,38 +2,26 @@
 
 #include <pybind11/pybind11.h>
 
+#include <string>
+
 #include <kaputil/frame/variant.hpp>
+
+#include "python/texts.hpp"
 
 // Values across the border between Python and automation.
 namespace kap::python {
 
 namespace py = pybind11;
 
-// What the package's own Python code defines and the border needs: the exceptions, the two marks
-// and the holder of by-reference arguments.
-struct PackageTypes {
-    py::object automationError;  // AutomationError(number, description, source)
-    py::object memberNotFound;   // its subclass that is an AttributeError, too
-    py::object empty;
-    py::object nothing;
-    py::object ref;
-};
-void setPackageTypes(PackageTypes types);
-[[nodiscard]] const PackageTypes& packageTypes();
-
-// A value with its exact automation type.
-struct ExactValue {
-    Variant value;
-};
-
 // None is Null, a bool a Boolean, an int an Integer or a Long when it fits and else a Decimal, a
 // float a Double, a Decimal one, a datetime or date a Date, a str a String, bytes a byte array, a
-// list or tuple an array from 0; anything else is an object. Raises TypeError or OverflowError.
+// list or tuple an array from 0 (lists in it are arrays of their own); `...` is an argument that
+// was not given, and anything else is an object. Raises TypeError, ValueError or 6.
 [[nodiscard]] Variant toVariant(const py::handle& value);
-[[nodiscard]] py::object toPython(const Variant& value);
 
-[[nodiscard]] String toText(const py::handle& text);
-[[nodiscard]] py::str toPython(const String& text);
+// The way back. An array is a list whatever its bounds, lists within lists when it has several
+// dimensions, the first index outermost.
+[[nodiscard]] py::object toPython(const Variant& value);
 
 // The type with an English name ("Integer", "Currency", ...). Raises 5 for any other.
 [[nodiscard]] VarType typeNamed(const std::string& name);

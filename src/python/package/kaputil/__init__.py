@@ -5,87 +5,92 @@
     p.Scrivi("Codice", 12)
     p.Leggi("codice")            # '12'
     kaputil.KapRound(2.675, 2)   # a member of the predeclared StdFunctions instance
+
+The members of the predeclared instance are the package's own, in any case. kaputil.classes holds the classes, which
+help() and dir() show with their members.
 """
 
-import atexit
+import atexit as _atexit
+import enum as _enum
+import sys as _sys
+import types as _types
 
-from . import _native
+from . import _errors, _members, _native, _objects, classes
+from ._descriptions import global_class as _global_class
+from ._errors import AutomationError, MemberNotFound
+from ._functions import (
+    Dispatch,
+    change_type,
+    format,
+    invoke,
+    is_date,
+    is_numeric,
+    locale,
+    message_log,
+    register,
+    set_locale,
+    unregister,
+)
+from ._holders import Ref, Variant
+from ._marks import Empty, Nothing
+from ._objects import Object
 
+for _public in (
+    *(AutomationError, MemberNotFound, Ref, Variant, Object),
+    *(Dispatch, change_type, format, invoke, is_date, is_numeric, locale, message_log, register, set_locale, unregister),
+):
+    _public.__module__ = __name__  # where programs find it
 
-class AutomationError(Exception):
-    """What a member raises: a number that programs compare, a source, and a description for people."""
+_native.set_package(
+    automation_error=AutomationError,
+    member_not_found=MemberNotFound,
+    empty=Empty,
+    nothing=Nothing,
+    ref=Ref,
+    variant=Variant,
+    object=Object,
+    make_class=_objects.make_class,
+    error_parts=_errors.parts,
+    find_attribute=_members.find_attribute,
+    references=_members.references,
+)
+# Before the interpreter ends: the library outlives it and must not call it then.
+_atexit.register(_native.unregister_all)
 
-    def __init__(self, number=0, description="", source=""):
-        super().__init__(number, description, source)
-        self.number = number
-        self.description = description
-        self.source = source
+# The members of the predeclared object: functions of the package, and properties that are read from it each time.
+_global_members = {member.name.casefold(): member for member in _global_class().members}
+for _member in _global_members.values():
+    if not _member.attribute:
+        globals()[_member.name] = _objects.global_function(_member)
 
-    def __str__(self):
-        return f"{self.number}: {self.description}"
-
-
-class MemberNotFound(AutomationError, AttributeError):
-    """An object has no member of the name asked for (438)."""
-
-
-class _Empty:
-    """The value of a Variant that nobody assigned; false."""
-
-    def __bool__(self):
-        return False
-
-    def __repr__(self):
-        return "kaputil.Empty"
-
-
-class _Nothing:
-    """The unset object reference; false."""
-
-    def __bool__(self):
-        return False
-
-    def __repr__(self):
-        return "kaputil.Nothing"
-
-
-class Ref:
-    """Holds an argument passed by reference; .value is what the member left in it."""
-
-    def __init__(self, value=None):
-        self.value = value
-
-    def __repr__(self):
-        return f"kaputil.Ref({self.value!r})"
-
-
-Empty = _Empty()
-Nothing = _Nothing()
-
-_native.set_package_types(AutomationError, MemberNotFound, Empty, Nothing, Ref)
-atexit.register(_native.unregister_all)
-
-Dispatch = _native.Dispatch
-Object = _native.Object
-Variant = _native.Variant
-change_type = _native.change_type
-format = _native.format
-invoke = _native.invoke
-is_date = _native.is_date
-is_numeric = _native.is_numeric
-locale = _native.locale
-message_log = _native.message_log
-register = _native.register
-set_locale = _native.set_locale
-unregister = _native.unregister
+for _name, _values in _native.enumerations():
+    globals()[_name] = _enum.IntEnum(_name, _values, module=__name__)
+    globals().update(globals()[_name].__members__)
 
 
-def __getattr__(name):
-    """The members of the predeclared StdFunctions instance, in any case."""
-    if name.startswith("__"):
-        raise AttributeError(name)
-    return _native.global_member(name)
+class _Package(_types.ModuleType):
+    """This package: a name that it has not is a member of the predeclared object in another case, or a property."""
+
+    def __getattr__(self, name):
+        if name.startswith("__"):
+            raise AttributeError(f"module {self.__name__!r} has no attribute {name!r}")
+        member = _global_members.get(name.casefold())
+        if member is None:
+            return getattr(_native.predeclared(), name)  # which raises that there is none
+        if member.attribute:
+            return _native.get(_native.predeclared(), member.name)
+        return globals()[member.name]
+
+    def __setattr__(self, name, value):
+        member = _global_members.get(name.casefold())
+        if member is not None and member.attribute:
+            setattr(_native.predeclared(), member.name, value)
+        else:
+            super().__setattr__(name, value)
+
+    def __dir__(self):
+        own = [name for name in globals() if not name.startswith("_")]
+        return sorted({*own, *(member.name for member in _global_members.values())})
 
 
-def __dir__():
-    return sorted([name for name in globals() if not name.startswith("_")] + _native.global_names())
+_sys.modules[__name__].__class__ = _Package

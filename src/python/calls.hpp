@@ -1,0 +1,26 @@
+#pragma once
+
+#include <pybind11/pybind11.h>
+
+#include <kaputil/frame/object.hpp>
+#include <kaputil/frame/variant.hpp>
+
+// Calls from Python into the library. Each lets Python's other threads go on while it works.
+namespace kap::python {
+
+namespace py = pybind11;
+
+// Calls a member by name with Python's arguments. What a member leaves in an argument passed by
+// reference is the `value` of its Ref afterwards, also when the member raised. None is an unset
+// object where the member takes one, and `...` an argument that is not given.
+[[nodiscard]] Variant callMember(Object& object, const String& name, InvokeKind kind,
+                                 const py::tuple& positional, const py::dict& named);
+
+// The same for the default member.
+[[nodiscard]] Variant callDefault(Object& object, const py::tuple& positional,
+                                  const py::dict& named);
+
+// Assigns to a property: an object as a reference where the property takes one.
+void assignMember(Object& object, const String& name, const py::handle& value);
+
+}  // namespace kap::python

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <pybind11/pybind11.h>
+
+#include <string>
+
+#include <kaputil/frame/variant.hpp>
+
+#include "python/owner_thread.hpp"
+
+namespace kap::python {
+
+namespace py = pybind11;
+
+// A value with its exact automation type, as Python's `Variant` keeps it.
+class ExactValue {
+public:
+    explicit ExactValue(Variant value) : value_(std::move(value)) {}
+    // Python's value, converted to the named type under the current locale where it has another.
+    ExactValue(const std::string& type, const py::object& value);
+
+    // Raises RuntimeError where an object is asked for on another thread than its own.
+    [[nodiscard]] const Variant& value() const;
+
+private:
+    Variant value_;
+    OwnerThread owner_;
+};
+
+// Binds its class into the module.
+void bindExactValue(py::module_& module);
+
+}  // namespace kap::python

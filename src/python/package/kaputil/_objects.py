@@ -1,0 +1,80 @@
+"""Library objects: their common class, and the classes made from the catalogue's descriptions."""
+
+from typing import Any, Callable, Dict, Iterator, List, Mapping
+
+from . import _native
+from ._descriptions import Class, Member
+
+
+class Object(_native.Object):
+    """An object of the library: its members are its attributes, in any case.
+
+    Properties are read and assigned; every other member is called, with positional or named arguments. An object belongs
+    to the thread that made it.
+    """
+
+    __slots__ = ()
+
+    def __init__(self) -> None:
+        raise TypeError("objects of the library are made with kaputil.Dispatch")
+
+    def __call__(self, *arguments: Any, **named: Any) -> Any:
+        """Calls the default member."""
+        return _native.call_default(self, arguments, named)
+
+    def __iter__(self) -> Iterator[Any]:
+        """The elements of a collection; raises 438 for what is none."""
+        return iter(_native.elements(self))
+
+    def __dir__(self) -> List[str]:
+        return [name for name in super().__dir__() if not name.startswith("_")]
+
+
+def make_class(description: Mapping[str, Any]) -> type:
+    """The class of the objects that a description of the catalogue stands for."""
+    described = Class.described(description)
+    body: Dict[str, Any] = {
+        "__doc__": described.summary,
+        "__module__": "kaputil.classes",
+        "__slots__": (),  # the layout of its base: an object gets its class when it has been made
+    }
+    for member in described.members:
+        body[member.name] = _attribute(member) if member.attribute else _method(member)
+    return type(described.name, (Object,), body)
+
+
+def global_function(member: Member) -> Callable[..., Any]:
+    """A function that calls a member of the calling thread's predeclared object."""
+
+    def function(*arguments: Any, **named: Any) -> Any:
+        result = _native.call(_native.predeclared(), member.name, arguments, named)
+        return result if member.gives_value else None
+
+    return _documented(function, member, "kaputil")
+
+
+def _attribute(member: Member) -> property:
+    def read(self: Object) -> Any:
+        return _native.get(self, member.name)
+
+    def assign(self: Object, value: Any) -> None:
+        setattr(self, member.name, value)
+
+    getter = _documented(read, member, "kaputil.classes", "self")
+    return property(getter, assign if member.assignable else None, doc=member.documentation)
+
+
+def _method(member: Member) -> Callable[..., Any]:
+    def method(self: Object, /, *arguments: Any, **named: Any) -> Any:
+        result = _native.call(self, member.name, arguments, named)
+        return result if member.gives_value else None
+
+    return _documented(method, member, "kaputil.classes", "self")
+
+
+def _documented(function: Callable[..., Any], member: Member, module: str, *leading: str) -> Callable[..., Any]:
+    function.__name__ = function.__qualname__ = member.name
+    function.__module__ = module
+    function.__doc__ = member.documentation
+    function.__signature__ = member.signature(*leading)  # type: ignore[attr-defined]
+    return function
