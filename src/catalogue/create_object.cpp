@@ -21,14 +21,21 @@ public:
         return factories;
     }
 
+    // Factories are dropped without the lock, too: what ends with them is the client's own, and may
+    // wait for a thread that waits here.
     void put(std::u16string_view name, ObjectFactory factory) {
         const std::lock_guard lock(guard_);
-        factories_.insert_or_assign(std::u16string(name), std::move(factory));
+        factories_[std::u16string(name)].swap(factory);
     }
 
     void remove(std::u16string_view name) {
+        ObjectFactory dropped;
         const std::lock_guard lock(guard_);
-        factories_.erase(std::u16string(name));
+        const auto found = factories_.find(std::u16string(name));
+        if (found != factories_.end()) {
+            dropped = std::move(found->second);
+            factories_.erase(found);
+        }
     }
 
     // A copy: it is called without the lock, for a factory may itself create or register objects.
