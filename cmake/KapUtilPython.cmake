@@ -1,14 +1,24 @@
 # The Python package `kaputil`, in <build>/python, for the interpreter that `python3` names.
+set(pythonSourceFolder "${PROJECT_SOURCE_DIR}/src/python")
+set(pythonPackage "${PROJECT_BINARY_DIR}/python/kaputil")
+
 find_program(python3Program python3 REQUIRED)
 execute_process(COMMAND "${python3Program}" -c "import sys; print(sys.executable)" OUTPUT_VARIABLE python3Path
                 OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
+if(DEFINED KAPUTIL_PYTHON_FOUND AND NOT KAPUTIL_PYTHON_FOUND STREQUAL python3Path)
+    # What is remembered and built is of another interpreter.
+    file(REMOVE_RECURSE "${pythonPackage}")
+    get_cmake_property(remembered CACHE_VARIABLES)
+    list(FILTER remembered INCLUDE REGEX "^_?Python_")
+    foreach(variable IN LISTS remembered)
+        unset(${variable} CACHE)
+    endforeach()
+endif()
+set(KAPUTIL_PYTHON_FOUND "${python3Path}" CACHE INTERNAL "The interpreter of the last configuration")
 set(Python_EXECUTABLE "${python3Path}")
 set(PYBIND11_FINDPYTHON ON)
-find_package(Python REQUIRED COMPONENTS Interpreter Development.Module)
+find_package(Python 3.8 REQUIRED COMPONENTS Interpreter Development.Module)
 find_package(pybind11 REQUIRED)
-
-set(pythonSourceFolder "${PROJECT_SOURCE_DIR}/src/python")
-set(pythonPackage "${PROJECT_BINARY_DIR}/python/kaputil")
 
 file(GLOB pythonSources CONFIGURE_DEPENDS "${pythonSourceFolder}/*.cpp")
 pybind11_add_module(kaputil-python-extension MODULE NO_EXTRAS ${pythonSources})
@@ -51,7 +61,11 @@ add_custom_command(
     VERBATIM)
 add_custom_target(kaputil-python ALL DEPENDS ${pythonStubs})
 
-# Where the interpreter looks for packages, whatever the prefix of the installation.
-set(KAPUTIL_PYTHON_DIR "${Python_SITEARCH}" CACHE PATH "The folder that the Python package is installed into")
-install(TARGETS kaputil-python-extension LIBRARY DESTINATION "${KAPUTIL_PYTHON_DIR}/kaputil" COMPONENT python)
-install(FILES ${pythonFiles} ${pythonStubs} DESTINATION "${KAPUTIL_PYTHON_DIR}/kaputil" COMPONENT python)
+# Installed where the interpreter looks for packages, whatever the prefix of the installation.
+set(KAPUTIL_PYTHON_DIR "" CACHE PATH "The folder to install the Python package into; empty: where python3 looks")
+set(pythonInstallFolder "${Python_SITEARCH}")
+if(KAPUTIL_PYTHON_DIR)
+    set(pythonInstallFolder "${KAPUTIL_PYTHON_DIR}")
+endif()
+install(TARGETS kaputil-python-extension LIBRARY DESTINATION "${pythonInstallFolder}/kaputil" COMPONENT python)
+install(FILES ${pythonFiles} ${pythonStubs} DESTINATION "${pythonInstallFolder}/kaputil" COMPONENT python)

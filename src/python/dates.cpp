@@ -61,7 +61,7 @@ Date toDate(const py::handle& value) {
     }
     double fraction = 0;
     if (PyDateTime_Check(date) != 0) {
-        if (PyDateTime_DATE_GET_TZINFO(date) != Py_None) {
+        if (!value.attr("tzinfo").is_none()) {
             throw py::value_error(
                 "an automation date has no time zone: pass a local datetime, "
                 "without tzinfo");
