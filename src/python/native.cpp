@@ -50,7 +50,7 @@ ExactValue invokeExact(const py::object& target, const py::str& member, const py
     if (!value.isObject()) {
         throw py::type_error("a member belongs to an object");
     }
-    const Ref<Object> object = value.as<Ref<Object>>();
+    const Ref<Object>& object = value.as<Ref<Object>>();
     if (!object) {
         throw AutomationError(errors::kObjectNotSet);
     }

@@ -140,7 +140,7 @@ std::optional<std::int32_t> PythonObject::memberId(std::u16string_view name) con
 
 py::str PythonObject::attributeFor(std::int32_t member) const {
     if (member == kDefaultMember && py::hasattr(classOf(object_), kDefaultMemberName)) {
-        const py::object found =
+        py::object found =
             package().findAttribute(object_, py::str(classOf(object_).attr(kDefaultMemberName)));
         if (!found.is_none()) {
             return found;
@@ -164,7 +164,7 @@ Variant PythonObject::read(const py::str& name, InvokeKind kind, const Arguments
     }
     const GivenArguments given(attribute, arguments);
     try {
-        const Variant result = toVariant(given.passTo(attribute));
+        Variant result = toVariant(given.passTo(attribute));
         given.writeBack();
         return result;
     } catch (const py::error_already_set&) {
