@@ -72,8 +72,10 @@ py::object attributeOf(const py::object& self, const py::str& name) {
     raiseNoMember(*object, wanted);
 }
 
-void assignAttribute(const Proxy& self, const py::str& name, const py::object& value) {
-    const Ref<Object>& object = self.object();
+// To any object, Python's own among them, as the library assigns.
+void assignTo(const py::object& target, const py::str& name, const py::object& value) {
+    const Variant held = toVariant(target);
+    const Ref<Object>& object = held.as<Ref<Object>>();
     const String member = toText(name);
     if (!object->memberId(member)) {
         raiseNoMember(*object, member);
@@ -117,7 +119,7 @@ void bindProxies(py::module_& module) {
     // are laid out otherwise, and a proxy could not become one of theirs.
     py::class_<Proxy>(module, "Object", py::dynamic_attr())
         .def("__getattribute__", &attributeOf)
-        .def("__setattr__", &assignAttribute)
+        .def("__setattr__", &assignTo)
         .def("__repr__",
              [](const Proxy& self) {
                  return "<kaputil " + self.identity()->className().utf8() + ">";
@@ -142,6 +144,7 @@ void bindProxies(py::module_& module) {
         return toPython(
             callMember(*self.object(), toText(name), InvokeKind::Get, py::tuple(), py::dict()));
     });
+    module.def("assign", &assignTo);
     module.def("elements", &elementsOf);
 }
 

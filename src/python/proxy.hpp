@@ -21,7 +21,7 @@ namespace py = pybind11;
 [[nodiscard]] std::optional<Ref<Object>> objectBehind(const py::handle& value);
 
 // Binds their class `Object` into the module, and the functions that the package's classes are made
-// of: call, call_default, get and elements.
+// of: call, call_default, get, assign and elements.
 void bindProxies(py::module_& module);
 
 }  // namespace kap::python

@@ -45,6 +45,11 @@ class Members(ItalianTest):
         error.numero = 5
         self.assertEqual(error.Numero, "5")
 
+    def test_properties_are_assigned_through_their_class_too(self):
+        error = kaputil.Dispatch("KapUtil.CErrore")
+        type(error).Numero.__set__(error, 5)
+        self.assertEqual(error.Numero, "5")
+
     def test_what_cannot_be_assigned_raises_that_there_is_no_such_member(self):
         rows = kaputil.OpenRecordset("SELECT 1 AS A", connection())
         self.assertRaisesNumber(438, setattr, rows, "EOF", True)

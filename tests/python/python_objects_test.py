@@ -106,6 +106,32 @@ class Members(ItalianTest):
         self.assertEqual(self.form.Saved, [(..., 2)])
 
 
+class Assignment(ItalianTest):
+    def setUp(self):
+        super().setUp()
+        self.form = Form()
+
+    def test_attributes_are_assigned_by_the_same_rule_of_names(self):
+        _native.assign(self.form, "Caption", "Acquisti")
+        _native.assign(self.form, "NOTA", 5)
+        self.assertEqual((self.form.Caption, self.form.caption, self.form.Nota), ("Acquisti", "minuscolo", 5))
+        self.assertNotIn("NOTA", vars(self.form))
+
+    def test_objects_are_assigned_as_they_are(self):
+        bag = kaputil.Dispatch("KapUtil.CProprieta")
+        _native.assign(self.form, "Errore", bag)
+        _native.assign(self.form, "Box", kaputil.Nothing)
+        self.assertEqual(self.form.Errore, bag)
+        self.assertIs(self.form.Box, kaputil.Nothing)
+
+    def test_no_attribute_is_made_by_assigning_to_it(self):
+        self.assertRaisesNumber(438, _native.assign, self.form, "Manca", 1)
+
+    def test_what_refuses_an_assignment_raises_its_own_error(self):
+        with self.assertRaises(AttributeError):
+            _native.assign(self.form, "Height", 1)
+
+
 class DefaultMembers(ItalianTest):
     def test_an_object_stands_for_its_default_member(self):
         self.assertTrue(kaputil.kapEmpty(TextBox("  ")))

@@ -54,7 +54,8 @@ class Stubs(unittest.TestCase):
             self.assertIn(member, stub)
 
     def test_the_package_and_its_stubs_type_check(self):
-        self.assertEqual(checked("-p", "kaputil"), (0, "Success: no issues found in 10 source files\n"))
+        status, output = checked("-p", "kaputil")
+        self.assertEqual(status, 0, output)
 
     def test_the_examples_type_check(self):
         scripts = sorted(map(str, EXAMPLES.glob("*.py")))

@@ -58,7 +58,7 @@ def _attribute(member: Member) -> property:
         return _native.get(self, member.name)
 
     def assign(self: Object, value: Any) -> None:
-        setattr(self, member.name, value)
+        _native.assign(self, member.name, value)
 
     getter = _documented(read, member, "kaputil.classes", "self")
     return property(getter, assign if member.assignable else None, doc=member.documentation)
