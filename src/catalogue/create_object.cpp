@@ -21,21 +21,14 @@ public:
         return factories;
     }
 
-    // Factories are dropped without the lock, too: what ends with them is the client's own, and may
-    // wait for a thread that waits here.
     void put(std::u16string_view name, ObjectFactory factory) {
         const std::lock_guard lock(guard_);
-        factories_[std::u16string(name)].swap(factory);
+        factories_.insert_or_assign(std::u16string(name), std::move(factory));
     }
 
     void remove(std::u16string_view name) {
-        ObjectFactory dropped;
         const std::lock_guard lock(guard_);
-        const auto found = factories_.find(std::u16string(name));
-        if (found != factories_.end()) {
-            dropped = std::move(found->second);
-            factories_.erase(found);
-        }
+        factories_.erase(std::u16string(name));
     }
 
     // A copy: it is called without the lock, for a factory may itself create or register objects.
@@ -51,22 +44,13 @@ private:
         factories_;
 };
 
-// The class's name in a programmatic name of the library's; empty in any other.
-std::u16string_view nameInLibrary(std::u16string_view programmaticName) {
-    const std::size_t point = programmaticName.find(u'.');
-    if (point == std::u16string_view::npos ||
-        !unicode::sameName(library().name, programmaticName.substr(0, point))) {
-        return {};
-    }
-    return programmaticName.substr(point + 1);
-}
-
 const ClassDescription* findClass(std::u16string_view programmaticName) {
-    if (const std::u16string_view name = nameInLibrary(programmaticName); !name.empty()) {
-        for (const PublishedClass& published : publishedClasses()) {
-            if (unicode::sameName(published.name, name)) {
-                return published.description;
-            }
+    const std::size_t point = programmaticName.find(u'.');
+    const bool ofLibrary = point != std::u16string_view::npos &&
+                           unicode::sameName(library().name, programmaticName.substr(0, point));
+    for (const PublishedClass& published : publishedClasses()) {
+        if (ofLibrary && unicode::sameName(published.name, programmaticName.substr(point + 1))) {
+            return published.description;
         }
     }
     for (const PlatformClass& platform : platformClasses()) {
