@@ -6,6 +6,8 @@
 #include "ado/embedded/column_info.hpp"
 #include "ado/embedded/functions/value.hpp"
 #include "ado/embedded/stored_value.hpp"
+#include "ado/embedded/translate/statements.hpp"
+#include "ado/embedded/violations.hpp"
 #include "tsql/text.hpp"
 
 namespace kap::ado::embedded {
@@ -32,6 +34,11 @@ void requireAssignable(const RowChange& change, const Table& table, const Column
                                    "INSERT with a column list to exclude the timestamp column, or "
                                    "insert a DEFAULT into the timestamp column.")
                      : ServerError(272, "Cannot update a timestamp column.");
+    }
+    if (column.computed) {
+        throw ServerError(271, "The column \"" + column.name +
+                                   "\" cannot be modified because it is either a computed column "
+                                   "or is the result of a UNION operator.");
     }
     if (column.identity) {
         throw insert
@@ -63,18 +70,32 @@ const char* verbOf(RowChange::Kind kind) {
             return "INSERT";
         case RowChange::Kind::Update:
             return "UPDATE";
+        case RowChange::Kind::Delete:
+            return "DELETE";
         default:
             return "";
+    }
+}
+
+tsql::TriggerEvent eventOf(RowChange::Kind kind) {
+    switch (kind) {
+        case RowChange::Kind::Insert:
+            return tsql::kOnInsert;
+        case RowChange::Kind::Update:
+            return tsql::kOnUpdate;
+        default:
+            return tsql::kOnDelete;
     }
 }
 
 }  // namespace
 
 RowChanger::RowChanger(Connection& connection, SchemaCatalogue& catalogue,
-                       Transactions& transactions)
+                       Transactions& transactions, ScriptRunner& scripts)
     : connection_(connection),
       catalogue_(catalogue),
       transactions_(transactions),
+      scripts_(scripts),
       kept_(kKeptStatements) {}
 
 ChangeOutcome RowChanger::apply(const RowChange& change) {
@@ -82,21 +103,81 @@ ChangeOutcome RowChanger::apply(const RowChange& change) {
     try {
         return change.kind == RowChange::Kind::Read ? read(change) : write(change);
     } catch (const SqliteError& error) {
-        throw connection_.explain(error, {verbOf(change.kind), change.table, {}});
+        throw explained(connection_, catalogue_, error, {verbOf(change.kind), change.table, {}});
     }
 }
 
 ChangeOutcome RowChanger::write(const RowChange& change) {
     Transactions::WriteScope scope(transactions_);
-    Command command = commandFor(change, tableOf(change));
-    ChangeOutcome outcome = run(change, command);
+    const Table& table = tableOf(change);
+    if (scripts_.statements().fires(table, eventOf(change.kind))) {
+        std::vector<ServerMessage> messages;
+        ChangeOutcome outcome;
+        const bool whole =
+            scripts_.collect(messages, [&] { outcome = writeWithTriggers(change, Table(table)); });
+        if (whole) {
+            scope.keep();
+        }
+        ScriptRunner::raiseIfFailed(messages);
+        return outcome;
+    }
+    Command command = commandFor(change, table, columnList(change.readBack, table));
+    ChangeOutcome outcome = runNamingKeys(change, command);
     scope.keep();
     return outcome;
 }
 
+// The row is known by its number afterwards, whatever the triggers have made of it.
+ChangeOutcome RowChanger::writeWithTriggers(const RowChange& change, const Table& table) {
+    RowChange numbered = change;
+    numbered.readBack = {""};
+    Command command = commandFor(change, table, rowNumberName(table));
+    ChangeOutcome outcome;
+    std::vector<std::string> columns;
+    for (const ColumnValue& value : change.values) {
+        columns.push_back(value.column);
+    }
+    scripts_.statements().withTriggers(table,
+                                       {table.name, eventOf(change.kind), std::move(columns)},
+                                       [&] { outcome = runNamingKeys(numbered, command); });
+    readAgain(change, table, outcome);
+    return outcome;
+}
+
+void RowChanger::readAgain(const RowChange& change, const Table& table, ChangeOutcome& outcome) {
+    if (outcome.readBack.empty()) {
+        return;
+    }
+    const auto row = std::get<std::int64_t>(outcome.readBack.front());
+    outcome.readBack.assign(change.readBack.size(), CellValue());
+    PreparedStatement look(connection_.handle(), "SELECT " + columnList(change.readBack, table) +
+                                                     " FROM " + target(table) + " WHERE " +
+                                                     rowNumberName(table) + " = ?1");
+    look.bind(1, row);
+    if (!look.step()) {
+        return;
+    }
+    for (std::size_t i = 0; i < change.readBack.size(); ++i) {
+        outcome.readBack[i] = look.cell(static_cast<int>(i));
+    }
+}
+
+ChangeOutcome RowChanger::runNamingKeys(const RowChange& change, Command& command) {
+    try {
+        return run(change, command);
+    } catch (const SqliteError& error) {
+        if (error.code() != SQLITE_CONSTRAINT_FOREIGNKEY) {
+            throw;
+        }
+        throw ForeignKeySearch(connection_, catalogue_)
+            .find({verbOf(change.kind), change.table, {}}, [&] { (void)run(change, command); });
+    }
+}
+
 ChangeOutcome RowChanger::read(const RowChange& change) {
     const Transactions::ReadScope scope(transactions_);
-    Command command = commandFor(change, tableOf(change));
+    const Table& table = tableOf(change);
+    Command command = commandFor(change, table, columnList(change.readBack, table));
     return run(change, command);
 }
 
@@ -134,8 +215,8 @@ PreparedStatement& RowChanger::prepared(const std::string& sql) {
 }
 
 // Every command answers a row for each row that it touches.
-RowChanger::Command RowChanger::commandFor(const RowChange& change, const Table& table) {
-    const std::string columns = columnList(change.readBack, table);
+RowChanger::Command RowChanger::commandFor(const RowChange& change, const Table& table,
+                                           const std::string& columns) {
     Command command;
     switch (change.kind) {
         case RowChange::Kind::Insert:

@@ -9,6 +9,7 @@
 #include "ado/embedded/connection.hpp"
 #include "ado/embedded/lru_cache.hpp"
 #include "ado/embedded/schema_catalogue.hpp"
+#include "ado/embedded/script/script_runner.hpp"
 #include "ado/embedded/transactions.hpp"
 
 namespace kap::ado::embedded {
@@ -20,10 +21,12 @@ namespace kap::ado::embedded {
 // blanks count, and Null equals Null.
 class RowChanger {
 public:
-    RowChanger(Connection& connection, SchemaCatalogue& catalogue, Transactions& transactions);
+    RowChanger(Connection& connection, SchemaCatalogue& catalogue, Transactions& transactions,
+               ScriptRunner& scripts);
 
     // Raises ServerError for what the database refuses and DriverError when the criteria fit more
-    // than one row; nothing is written then.
+    // than one row; nothing is written then. What the table's triggers report is raised, too;
+    // unless they have rolled it back, the row is written then.
     [[nodiscard]] ChangeOutcome apply(const RowChange& change);
 
 private:
@@ -38,9 +41,13 @@ private:
     [[nodiscard]] ChangeOutcome write(const RowChange& change);
     [[nodiscard]] ChangeOutcome read(const RowChange& change);
     [[nodiscard]] ChangeOutcome run(const RowChange& change, Command& command);
+    [[nodiscard]] ChangeOutcome runNamingKeys(const RowChange& change, Command& command);
+    [[nodiscard]] ChangeOutcome writeWithTriggers(const RowChange& change, const Table& table);
+    void readAgain(const RowChange& change, const Table& table, ChangeOutcome& outcome);
     [[nodiscard]] PreparedStatement& prepared(const std::string& sql);
 
-    [[nodiscard]] static Command commandFor(const RowChange& change, const Table& table);
+    [[nodiscard]] static Command commandFor(const RowChange& change, const Table& table,
+                                            const std::string& columns);
     [[nodiscard]] static Command insertion(const RowChange& change, const Table& table);
     [[nodiscard]] static Command update(const RowChange& change, const Table& table);
     static void addCriteria(const RowChange& change, const Table& table, Command& command);
@@ -48,6 +55,7 @@ private:
     Connection& connection_;
     SchemaCatalogue& catalogue_;
     Transactions& transactions_;
+    ScriptRunner& scripts_;
     LruCache<PreparedStatement> kept_;
 };
 

@@ -19,7 +19,7 @@ EmbeddedSession::EmbeddedSession(const Options& options)
       transactions_(connection_.database(), counters_, catalogue_),
       scripts_(connection_, catalogue_, counters_, transactions_, state_),
       functions_(connection_, catalogue_, counters_, transactions_, state_, scripts_),
-      changer_(connection_, catalogue_, transactions_) {
+      changer_(connection_, catalogue_, transactions_, scripts_) {
     catalogue_.setDatabaseName(databaseNameOf(options));
 }
 
@@ -40,7 +40,13 @@ void EmbeddedSession::execute(Request& request, Reply& reply) {
 }
 
 ChangeOutcome EmbeddedSession::apply(const RowChange& change) {
-    return reported([&] { return changer_.apply(change); });
+    return reported([&] {
+        ChangeOutcome outcome = changer_.apply(change);
+        if (change.kind == RowChange::Kind::Insert) {
+            state_.identity = counters_.takeLastIdentity();
+        }
+        return outcome;
+    });
 }
 
 void EmbeddedSession::begin() {

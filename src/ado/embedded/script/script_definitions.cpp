@@ -3,6 +3,7 @@
 #include "ado/embedded/script/script_runner.hpp"
 #include "ado/embedded/table_changer.hpp"
 #include "ado/embedded/translate/binder.hpp"
+#include "ado/embedded/violations.hpp"
 #include "tsql/text.hpp"
 
 // What is stored by its text: views, procedures, functions, triggers, types; and ALTER TABLE.
@@ -185,7 +186,7 @@ void ScriptRunner::alterTable(Frame& frame, const tsql::AlterTableStatement& nod
     try {
         changer.alter(node, frame.program.names(), line);
     } catch (const SqliteError& error) {
-        throw connection_.explain(error, {"ALTER TABLE", node.table.last(), {}});
+        throw explained(connection_, catalogue_, error, {"ALTER TABLE", node.table.last(), {}});
     }
     catalogue_.invalidate();
     scope.keep();

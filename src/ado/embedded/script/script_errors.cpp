@@ -1,6 +1,7 @@
 #include <algorithm>
 
 #include "ado/embedded/script/script_runner.hpp"
+#include "ado/embedded/violations.hpp"
 
 // What an error ends: a statement, a procedure, the batch, the transaction; and which CATCH block
 // takes it up.
@@ -9,19 +10,6 @@ namespace {
 
 constexpr int kLeastCaught = 11;
 constexpr int kMostCaught = 19;
-
-const char* verbOf(StatementKind kind) {
-    switch (kind) {
-        case StatementKind::Insert:
-            return "INSERT";
-        case StatementKind::Update:
-            return "UPDATE";
-        case StatementKind::Delete:
-            return "DELETE";
-        default:
-            return "";
-    }
-}
 
 }  // namespace
 
@@ -39,7 +27,7 @@ RaisedError ScriptRunner::raisedBy(const SqliteError& error, const Instruction& 
         const Translation& made = instruction.parts.front().translation;
         context = {verbOf(made.kind), made.table, {}};
     }
-    return raisedBy(connection_.explain(error, std::move(context)), instruction.line);
+    return raisedBy(explained(connection_, catalogue_, error, context), instruction.line);
 }
 
 ErrorReach ScriptRunner::reachIn(const Frame& frame, const RaisedError& raised) const {

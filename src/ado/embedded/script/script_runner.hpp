@@ -44,20 +44,26 @@ public:
               std::vector<Result>& results) override;
     // Writes rows to a table with its triggers, for a change that is no statement of a script.
     [[nodiscard]] StatementRunner& statements() noexcept { return statements_; }
-    // Runs `work`, which may fire triggers, as a request of its own: their messages are raised.
+    // Runs `work`, which may fire triggers, as a request of its own, and collects what is reported.
+    // False when it ended before its end.
     template <typename Work>
-    void guarded(const Work& work) {
-        std::vector<ServerMessage> messages;
+    [[nodiscard]] bool collect(std::vector<ServerMessage>& messages, const Work& work) {
         const Restored before(messages_);
         messages_ = &messages;
         try {
             work();
+            return true;
         } catch (const RaisedError& raised) {
             report(raised);
+        } catch (const tsql::ServerError& error) {
+            report(error);
         } catch (const BatchEnded&) {
+        } catch (const ScopeEnded&) {
         }
-        raiseIfFailed(messages);
+        return false;
     }
+    // Raises DriverError with all messages when one of them is an error.
+    static void raiseIfFailed(const std::vector<ServerMessage>& messages);
 
     [[nodiscard]] const Cursors& cursors() const noexcept { return cursors_; }
 
@@ -82,7 +88,6 @@ private:
     [[nodiscard]] std::size_t runStatement(Frame& frame, Instruction& instruction, std::size_t at,
                                            std::vector<Result>& results);
     void finishRequest(std::vector<ServerMessage>& messages);
-    static void raiseIfFailed(const std::vector<ServerMessage>& messages);
 
     // script_errors.cpp
     [[nodiscard]] RaisedError raisedBy(const tsql::ServerError& error, int line) const;

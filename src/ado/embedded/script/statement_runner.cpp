@@ -7,6 +7,7 @@
 #include "ado/embedded/row_reader.hpp"
 #include "ado/embedded/translate/capture.hpp"
 #include "ado/embedded/translate/translator.hpp"
+#include "ado/embedded/violations.hpp"
 
 namespace kap::ado::embedded {
 
@@ -257,9 +258,19 @@ void StatementRunner::write(Prepared& prepared, const tsql::Statement& statement
 }
 
 void StatementRunner::runAll(Prepared& prepared) {
-    for (PreparedStatement& each : prepared.statements) {
-        bind(prepared, each);
-        each.run();
+    const auto run = [&] {
+        for (PreparedStatement& each : prepared.statements) {
+            bind(prepared, each);
+            each.run();
+        }
+    };
+    try {
+        run();
+    } catch (const SqliteError& error) {
+        if (error.code() != SQLITE_CONSTRAINT_FOREIGNKEY) throw;
+        const Translation& made = prepared.translation;
+        throw ForeignKeySearch(connection_, catalogue_)
+            .find({verbOf(made.kind), made.table, {}}, run);
     }
 }
 

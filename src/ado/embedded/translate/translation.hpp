@@ -19,6 +19,20 @@ enum class StatementKind {
     Define,  ///< changes the schema
 };
 
+/// INSERT, UPDATE or DELETE; empty for what writes no rows.
+[[nodiscard]] inline const char* verbOf(StatementKind kind) {
+    switch (kind) {
+        case StatementKind::Insert:
+            return "INSERT";
+        case StatementKind::Update:
+            return "UPDATE";
+        case StatementKind::Delete:
+            return "DELETE";
+        default:
+            return "";
+    }
+}
+
 /// What a result says about one of its columns.
 struct ResultColumn {
     std::string name;  ///< empty for an expression without alias

@@ -1,0 +1,49 @@
+#pragma once
+
+#include "ado/embedded/connection.hpp"
+#include "ado/embedded/schema_catalogue.hpp"
+#include "ado/embedded/server_errors.hpp"
+#include "tsql/server_error.hpp"
+
+namespace kap::ado::embedded {
+
+// A failed statement in the server's words. Of a constraint SQLite tells little; which one it was,
+// and where it lies, the catalogue knows.
+[[nodiscard]] tsql::ServerError explained(Connection& connection, const SchemaCatalogue& catalogue,
+                                          const SqliteError& error, const WriteContext& context);
+
+// Which foreign key a statement has violated. To be called within the transaction in which SQLite
+// refused the statement, with `again` running it once more: its rows are written, looked at, and
+// undone.
+class ForeignKeySearch {
+public:
+    ForeignKeySearch(Connection& connection, const SchemaCatalogue& catalogue)
+        : connection_(connection), catalogue_(catalogue) {}
+
+    template <typename Again>
+    [[nodiscard]] tsql::ServerError find(const WriteContext& context, const Again& again) {
+        begin();
+        try {
+            again();
+        } catch (const SqliteError&) {
+            end();
+            return unnamed(context);
+        }
+        const tsql::ServerError found = search(context);
+        end();
+        return found;
+    }
+
+private:
+    void begin();
+    void end();
+    [[nodiscard]] tsql::ServerError search(const WriteContext& context) const;
+    [[nodiscard]] tsql::ServerError violated(const WriteContext& context,
+                                             const ConstraintInfo& key) const;
+    [[nodiscard]] static tsql::ServerError unnamed(const WriteContext& context);
+
+    Connection& connection_;
+    const SchemaCatalogue& catalogue_;
+};
+
+}  // namespace kap::ado::embedded
