@@ -21,10 +21,18 @@ Variant integerVariant(const ColumnInfo& column, std::int64_t value) {
             return value != 0;
         case DataTypeEnum::adUnsignedTinyInt:
             return static_cast<std::uint8_t>(value);
+        case DataTypeEnum::adTinyInt:
         case DataTypeEnum::adSmallInt:
             return static_cast<std::int16_t>(value);
+        case DataTypeEnum::adUnsignedSmallInt:
         case DataTypeEnum::adInteger:
+        case DataTypeEnum::adError:
             return static_cast<std::int32_t>(value);
+        case DataTypeEnum::adUnsignedInt:
+            if (value <= std::numeric_limits<std::int32_t>::max()) {
+                return static_cast<std::int32_t>(value);
+            }
+            return Decimal(value);
         case DataTypeEnum::adCurrency:
             return Currency{value};
         case DataTypeEnum::adNumeric:

@@ -76,6 +76,13 @@ void ColumnStore::replaceNulls() {
     }
 }
 
+void ColumnStore::truncate(std::size_t rows) {
+    if (rows < size()) {
+        words_.resize(rows);
+        cells_.resize(rows);
+    }
+}
+
 void ColumnStore::shrink() {
     words_.shrink_to_fit();
     cells_.shrink_to_fit();

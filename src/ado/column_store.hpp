@@ -43,6 +43,9 @@ public:
     // Makes every Null of the column read as the neutral value.
     void replaceNulls();
 
+    // Forgets the rows from `rows` on.
+    void truncate(std::size_t rows);
+
     // Gives back what growing left over.
     void shrink();
     [[nodiscard]] std::size_t memory() const noexcept;

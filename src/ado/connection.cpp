@@ -1,34 +1,25 @@
 #include <kaputil/ado/connection.hpp>
 
 #include <algorithm>
+#include <chrono>
 #include <utility>
 #include <vector>
 
 #include <kaputil/ado/error_numbers.hpp>
 #include <kaputil/ado/recordset.hpp>
+#include <kaputil/frame/convert.hpp>
 #include <kaputil/frame/error.hpp>
 
+#include "ado/answers.hpp"
 #include "ado/driver.hpp"
 #include "ado/failures.hpp"
+#include "ado/request_builder.hpp"
 #include "ado/row_cursor.hpp"
-#include "frame/class_builder.hpp"
 #include "tsql/script_split.hpp"
 #include "tsql/server_error.hpp"
 
 namespace kap::ado {
 namespace {
-
-Variant countOf(const std::vector<Result>& results) {
-    std::int64_t rows = 0;
-    bool counted = false;
-    for (const Result& result : results) {
-        if (result.rowsAffected && result.columns.empty()) {
-            rows += *result.rowsAffected;
-            counted = true;
-        }
-    }
-    return counted ? static_cast<std::int32_t>(rows) : -1;
-}
 
 String withLogin(const String& keys, const String& userId, const String& password) {
     String all = keys;
@@ -47,61 +38,51 @@ Connection::Connection() : errors_(make<ado::Errors>()) {}
 
 Connection::~Connection() = default;
 
-const ClassDescription& Connection::classDescription() {
-    static const ClassDescription description =
-        ClassBuilder<Connection>(u"Connection", u"", u"")
-            .summary(u"An open session with a database.")
-            .property<&Connection::ConnectionString, &Connection::setConnectionString>(
-                u"ConnectionString", u"The keys that say which database to open.")
-            .property<&Connection::CursorLocation, &Connection::setCursorLocation>(
-                u"CursorLocation", u"Where the cursors of Execute's recordsets live.")
-            .property<&Connection::Errors>(u"Errors", u"The errors of the last failed operation.")
-            .property<&Connection::State>(u"State", u"0 closed, 1 open.")
-            .method<&Connection::BeginTrans>(u"BeginTrans", {},
-                                             u"Begins a transaction; gives the nesting level.")
-            .method<&Connection::Close>(u"Close", {}, u"Closes the database.")
-            .method<&Connection::CommitTrans>(u"CommitTrans", {}, u"Commits the transaction.")
-            .method<&Connection::Execute>(
-                u"Execute",
-                {u"CommandText", Parameter(u"RecordsAffected").otherwise(Variant::missing()),
-                 Parameter(u"Options").otherwise(-1)},
-                u"Runs a script.")
-            .method<&Connection::Open>(
-                u"Open",
-                {Parameter(u"ConnectionString").otherwise(u""), Parameter(u"UserID").otherwise(u""),
-                 Parameter(u"Password").otherwise(u""), Parameter(u"Options").otherwise(-1)},
-                u"Opens the database.")
-            .method<&Connection::RollbackTrans>(u"RollbackTrans", {}, u"Undoes the transaction.")
-            .build(u"ConnectionString");
-    return description;
-}
-
-void Connection::setConnectionString(const String& value) {
+void Connection::requireClosed() const {
     if (session_ != nullptr) {
         fail::objectOpen();
     }
+}
+
+void Connection::requireOpen() const {
+    if (session_ == nullptr) {
+        fail::objectClosed();
+    }
+}
+
+void Connection::setConnectionString(const String& value) {
+    requireClosed();
     connectionString_ = value;
 }
 
 void Connection::Open(const String& connectionString, const String& userId, const String& password,
                       std::int32_t /*options: no asynchronous opening*/) {
-    if (session_ != nullptr) {
-        fail::objectOpen();
-    }
+    requireClosed();
     if (!connectionString.empty()) {
         connectionString_ = connectionString;
     }
     reporting([&] {
         const auto keys =
-            ado::ConnectionString::parse(withLogin(connectionString_, userId, password).utf8());
+            ado::ConnectionString::parse(withLogin(completeString(), userId, password).utf8());
         session_ = driverFor(keys).open(keys);
     });
 }
 
-void Connection::Close() {
-    if (session_ == nullptr) {
-        fail::objectClosed();
+// The connection string with what the properties say and it does not.
+String Connection::completeString() const {
+    const auto keys = ado::ConnectionString::parse(connectionString_.utf8());
+    String all = connectionString_;
+    if (!provider_.empty() && !keys.find("Provider")) {
+        all += u";Provider=" + provider_.units();
     }
+    if (mode_ == ConnectModeEnum::adModeRead && !keys.find("Mode")) {
+        all += u";Mode=Read";
+    }
+    return all;
+}
+
+void Connection::Close() {
+    requireOpen();
     session_.reset();
 }
 
@@ -109,26 +90,27 @@ ObjectStateEnum Connection::State() const {
     return session_ == nullptr ? ObjectStateEnum::adStateClosed : ObjectStateEnum::adStateOpen;
 }
 
+void Connection::run(Request& request, Reply& reply) {
+    reporting([&] { session()->execute(request, reply); });
+    if (!reply.messages.empty()) {
+        report(reply.messages, {});
+    }
+}
+
 Ref<Recordset> Connection::Execute(const String& commandText, ByRef<Variant> recordsAffected,
                                    std::int32_t options) {
-    if (session_ == nullptr) {
-        fail::objectClosed();
-    }
-    std::vector<Result> results;
-    reporting([&] { results = session_->execute(commandText.utf8()); });
-    recordsAffected.get() = countOf(results);
-    const bool noRecords =
-        options >= 0 &&
-        (options & static_cast<std::int32_t>(ExecuteOptionEnum::adExecuteNoRecords)) != 0;
-    const auto rows =
-        std::ranges::find_if(results, [](const Result& result) { return !result.columns.empty(); });
-    return noRecords || rows == results.end() ? make<Recordset>() : answer(std::move(*rows));
+    requireOpen();
+    Request request = requestFor(commandText, options);
+    request.timeout = std::chrono::seconds(commandTimeout_);
+    Reply reply;
+    run(request, reply);
+    *recordsAffected = rowsWritten(reply.results);
+    return wantsNoRecords(options) ? make<Recordset>()
+                                   : recordsetOf(std::move(reply.results), Ref<Connection>(this));
 }
 
 void Connection::executeAll(const String& script, std::vector<Ref<Recordset>>& answers) {
-    if (session_ == nullptr) {
-        fail::objectClosed();
-    }
+    requireOpen();
     Request request;
     request.text = script.utf8();
     Reply reply;
@@ -138,7 +120,7 @@ void Connection::executeAll(const String& script, std::vector<Ref<Recordset>>& a
         }
     };
     try {
-        reporting([&] { session_->execute(request, reply); });
+        run(request, reply);
     } catch (const AutomationError&) {
         handOver();
         throw;
@@ -166,12 +148,20 @@ Ref<Recordset> Connection::answer(Result result) {
     auto recordset = make<Recordset>();
     recordset->rowsAffected_ = result.rowsAffected;
     if (!result.columns.empty()) {
-        recordset->adopt(
-            std::make_shared<RowCursor>(std::move(result),
-                                        RowCursor::Options{cursorLocation_, /*readOnly=*/true}),
-            Ref<Connection>(this));
+        recordset->cursorLocation_ = cursorLocation_;
+        recordset->cursorType_ = CursorTypeEnum::adOpenStatic;
+        recordset->adopt(std::move(result), Ref<Connection>(this));
     }
     return recordset;
+}
+
+Ref<Recordset> Connection::OpenSchema(SchemaEnum queryType, const Variant& restrictions,
+                                      const Variant& /*schemaId: of providers' own rowsets*/) {
+    requireOpen();
+    const SchemaRestrictions wanted = restrictionsOf(queryType, restrictions);
+    Result result;
+    reporting([&] { result = session_->schema(queryType, wanted); });
+    return answer(std::move(result));
 }
 
 std::int32_t Connection::BeginTrans() {
@@ -191,13 +181,6 @@ void Connection::RollbackTrans() {
     reporting([&] { session()->rollback(); });
 }
 
-void Connection::setCursorLocation(CursorLocationEnum value) {
-    if (value != CursorLocationEnum::adUseServer && value != CursorLocationEnum::adUseClient) {
-        fail::invalidArgument();
-    }
-    cursorLocation_ = value;
-}
-
 std::shared_ptr<Session> Connection::session() const {
     if (session_ == nullptr) {
         fail::invalidConnection();
@@ -209,19 +192,48 @@ void Connection::reporting(const std::function<void()>& work) {
     try {
         work();
     } catch (const DriverError& error) {
-        report(error);
+        report(error.messages(), error.source());
         throw;
     }
 }
 
-void Connection::report(const DriverError& error) {
+void Connection::report(const std::vector<ServerMessage>& messages, const String& source) {
     std::vector<Ref<Error>> reported;
-    for (const ServerMessage& message : error.messages()) {
-        reported.push_back(
-            make<Error>(Error::Details{message.number, message.nativeNumber, message.text,
-                                       error.source(), message.state, message.line}));
+    for (const ServerMessage& message : messages) {
+        reported.push_back(make<Error>(
+            Error::Details{message.isError() ? message.number : 0, message.nativeNumber,
+                           displayText(message.text), source, message.state, message.line}));
     }
     errors_->assign(std::move(reported));
+}
+
+void Connection::raiseAll(const std::vector<DriverError>& failures) {
+    std::vector<ServerMessage> messages;
+    for (const DriverError& failure : failures) {
+        messages.insert(messages.end(), failure.messages().begin(), failure.messages().end());
+    }
+    report(messages, failures.front().source());
+    throw failures.front();
+}
+
+Ref<Connection> connectionOf(const Variant& value) {
+    if (value.isNull() || value.isEmpty()) {
+        return {};
+    }
+    if (!value.isObject()) {
+        auto opened = make<Connection>();
+        opened->Open(convert::toString(value));
+        return opened;
+    }
+    const Ref<Object>& object = value.as<Ref<Object>>();
+    auto* connection = dynamic_cast<Connection*>(object.get());
+    if (object && connection == nullptr) {
+        fail::invalidArgument();
+    }
+    if (connection != nullptr && connection->State() == ObjectStateEnum::adStateClosed) {
+        fail::invalidConnection();
+    }
+    return Ref<Connection>(connection);
 }
 
 }  // namespace kap::ado

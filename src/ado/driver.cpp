@@ -8,7 +8,14 @@
 namespace kap::ado {
 namespace {
 
-// A message may quote bytes of a damaged file; they must not hide it.
+// What a failed call is known by: its first error, or its first message when none is one.
+const ServerMessage& raisedOf(const std::vector<ServerMessage>& messages) {
+    const auto error = std::ranges::find_if(messages, &ServerMessage::isError);
+    return error == messages.end() ? messages.at(0) : *error;
+}
+
+}  // namespace
+
 String displayText(const std::string& utf8) {
     if (auto text = unicode::utf16(utf8)) {
         return std::move(*text);
@@ -21,14 +28,6 @@ String displayText(const std::string& utf8) {
     }
     return plain;
 }
-
-// What a failed call is known by: its first error, or its first message when none is one.
-const ServerMessage& raisedOf(const std::vector<ServerMessage>& messages) {
-    const auto error = std::ranges::find_if(messages, &ServerMessage::isError);
-    return error == messages.end() ? messages.at(0) : *error;
-}
-
-}  // namespace
 
 Storage storageOf(DataTypeEnum type) noexcept {
     switch (type) {

@@ -53,11 +53,27 @@ struct ColumnInfo {
     }
 };
 
+// The rows of a result that the database still has to send.
+class RowSource {
+public:
+    RowSource() = default;
+    RowSource(const RowSource&) = delete;
+    RowSource& operator=(const RowSource&) = delete;
+    virtual ~RowSource() = default;
+
+    // Appends all that is left to the stores. Raises DriverError when the connection fails
+    // meanwhile; what came till then may have been appended, to every store alike.
+    virtual void fetch(std::vector<ColumnStore>& rows) = 0;
+};
+
 // What one statement of a script answered: rows, or a count of rows written, or neither.
 struct Result {
     std::vector<ColumnInfo> columns;  // empty: no rows
     std::vector<ColumnStore> rows;    // one store a column
     std::optional<std::int64_t> rowsAffected;
+    // Of a driver that answers before every row is there; unset: the rows are all. A result with
+    // any row at all has its first one in the stores.
+    std::shared_ptr<RowSource> rest;
 };
 
 // An error or message of the database itself.
@@ -72,6 +88,10 @@ struct ServerMessage {
     static constexpr std::int32_t kInformation = 10;
     [[nodiscard]] bool isError() const noexcept { return severity > kInformation; }
 };
+
+// A message's text as clients are shown it: it may quote bytes of a damaged file, which must not
+// hide it.
+[[nodiscard]] String displayText(const std::string& utf8);
 
 // Thrown by a driver: every message of the failed call, in the database's order. The first error
 // among them is what the client sees raised.
@@ -134,6 +154,10 @@ struct ChangeOutcome {
     std::vector<CellValue> readBack;  // of the touched row, when there was exactly one
 };
 
+// Which rows of a schema rowset are wanted: a value for each of the rowset's restriction columns,
+// in their standard order; unset: any.
+using SchemaRestrictions = std::vector<std::optional<std::string>>;
+
 // One open database connection.
 class Session {
 public:
@@ -159,6 +183,9 @@ public:
     // Writes one row, with its own transaction when none is open. More than one row touched is an
     // error of the change's criteria: nothing is written.
     virtual ChangeOutcome apply(const RowChange& change) = 0;
+
+    // Describes what is in the database, in the columns that schemaResult() gives.
+    [[nodiscard]] virtual Result schema(SchemaEnum kind, const SchemaRestrictions& wanted) = 0;
 
     virtual void begin() = 0;
     virtual void commit() = 0;

@@ -21,7 +21,7 @@ const ClassDescription& Error::classDescription() {
 const ClassDescription& Errors::classDescription() {
     static const ClassDescription description =
         ClassBuilder<Errors>(u"Errors", u"", u"")
-            .summary(u"The errors of a connection's last failed operation.")
+            .summary(u"The errors and messages of a connection's last operation that had any.")
             .instancing(Instancing::NotCreatable)
             .property<&Errors::Count>(u"Count", u"How many there are.")
             .property<&Errors::Item>(u"Item", u"The error at a position from 0.", {u"Index"})

@@ -5,6 +5,8 @@
 #include <kaputil/ado/error_numbers.hpp>
 #include <kaputil/frame/error.hpp>
 
+#include "ado/driver.hpp"
+
 namespace kap::ado::fail {
 namespace {
 
@@ -12,6 +14,11 @@ constexpr const char16_t* kSource = u"ADODB";
 
 [[noreturn]] void raise(std::int32_t number, String description) {
     throw AutomationError(number, std::move(description), kSource);
+}
+
+// What concerns the database is kept with the connection's errors like the database's own.
+[[noreturn]] void raiseForDatabase(std::int32_t number, const char* description) {
+    throw DriverError({{0, number, "HY000", description, 0}}, kSource);
 }
 
 }  // namespace
@@ -67,6 +74,24 @@ void notUpdatable() {
           u"or of the selected locktype.");
 }
 
+void notAvailable(String description) {
+    raise(errors::kFeatureNotAvailable, std::move(description));
+}
+
+void badBookmark() {
+    raise(errors::kBadBookmark, u"The bookmark is invalid.");
+}
+
+void cannotFetchBackward() {
+    raise(errors::kCannotFetchBackward, u"Rowset does not support fetching backward.");
+}
+
+void incompleteParameter() {
+    raise(errors::kIncompleteParameter,
+          u"Parameter object is improperly defined. Inconsistent or incomplete information was "
+          u"provided.");
+}
+
 void wrongType(const String& field) {
     raise(errors::kWrongValueType,
           u"Application uses a value of the wrong type for the current operation (field '" + field +
@@ -80,21 +105,21 @@ void doesNotFit(const String& field) {
 }
 
 void concurrency() {
-    raise(errors::kConcurrency,
-          u"Row cannot be located for updating. Some values may have been changed since it was "
-          u"last read.");
+    raiseForDatabase(errors::kConcurrency,
+                     "Row cannot be located for updating. Some values may have been changed since "
+                     "it was last read.");
 }
 
 void rowGone() {
-    raise(errors::kRowNotFound,
-          u"Key value for this row was changed or deleted at the data store. The local row is now "
-          u"deleted.");
+    raiseForDatabase(errors::kRowNotFound,
+                     "Key value for this row was changed or deleted at the data store. The local "
+                     "row is now deleted.");
 }
 
 void notOneTable() {
-    raise(errors::kUnspecified,
-          u"Insufficient base table information for updating or refreshing: the changed fields do "
-          u"not belong to a table.");
+    raiseForDatabase(errors::kUnspecified,
+                     "Insufficient base table information for updating or refreshing: the changed "
+                     "fields do not belong to a table.");
 }
 
 }  // namespace kap::ado::fail

@@ -17,6 +17,10 @@ namespace kap::ado::fail {
 [[noreturn]] void objectOpen();
 [[noreturn]] void invalidConnection();
 [[noreturn]] void notUpdatable();
+[[noreturn]] void notAvailable(String description);
+[[noreturn]] void badBookmark();
+[[noreturn]] void cannotFetchBackward();
+[[noreturn]] void incompleteParameter();
 [[noreturn]] void wrongType(const String& field);
 [[noreturn]] void doesNotFit(const String& field);
 [[noreturn]] void concurrency();

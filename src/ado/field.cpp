@@ -31,6 +31,8 @@ const ClassDescription& Field::classDescription() {
                                              u"What the database held when it was read.")
             .property<&Field::Precision>(u"Precision", u"Digits that the type can hold, or 255.")
             .property<&Field::Type>(u"Type", u"The data type, of DataTypeEnum.")
+            .property<&Field::UnderlyingValue>(
+                u"UnderlyingValue", u"What the database held when it was last compared with it.")
             .property<&Field::Value, &Field::setValue>(u"Value",
                                                        u"The value in the current record.")
             .build(u"Value");
@@ -47,6 +49,10 @@ void Field::setValue(const Variant& value) {
 
 Variant Field::OriginalValue() const {
     return cursor_->originalValue(ordinal_);
+}
+
+Variant Field::UnderlyingValue() const {
+    return cursor_->underlyingValue(ordinal_);
 }
 
 String Field::Name() const {

@@ -1,41 +1,22 @@
 #include <kaputil/ado/recordset.hpp>
 
+#include <algorithm>
+#include <chrono>
 #include <utility>
 
-#include <kaputil/frame/array.hpp>
+#include <kaputil/ado/command.hpp>
 #include <kaputil/frame/convert.hpp>
 
 #include "ado/driver.hpp"
 #include "ado/failures.hpp"
+#include "ado/request_builder.hpp"
 #include "ado/row_cursor.hpp"
 
 namespace kap::ado {
-namespace {
 
-// Names and values come as one of each, or as two arrays of the same length.
-std::vector<Variant> elementsOf(const Variant& value) {
-    if (!value.isArray()) {
-        return {value};
-    }
-    std::vector<Variant> all;
-    const Array& array = value.as<Array>();
-    for (std::int32_t i = array.lowerBound(); i <= array.upperBound(); ++i) {
-        all.push_back(array.at(i));
-    }
-    return all;
+Recordset::Recordset() {
+    forget();
 }
-
-std::string bracketed(const String& table) {
-    std::string name;
-    for (const char unit : table.utf8()) {
-        name += unit == ']' ? "]]" : std::string(1, unit);
-    }
-    return name;
-}
-
-}  // namespace
-
-Recordset::Recordset() = default;
 
 Recordset::~Recordset() = default;
 
@@ -56,6 +37,15 @@ void Recordset::requireClosed() const {
     }
 }
 
+// Closed, and ready for columns to be appended.
+void Recordset::forget() {
+    cursor_.reset();
+    draft_ = std::make_shared<RowCursor>(RowTable::madeByHand(), RowCursor::Options{});
+    fields_ = make<ado::Fields>(draft_, /*open=*/false);
+    filter_ = u"";
+    sort_ = {};
+}
+
 void Recordset::Open(const Variant& source, const Variant& activeConnection,
                      CursorTypeEnum cursorType, LockTypeEnum lockType, std::int32_t options) {
     requireClosed();
@@ -63,6 +53,9 @@ void Recordset::Open(const Variant& source, const Variant& activeConnection,
         setSource(source);
     }
     if (!activeConnection.isMissing()) {
+        if (command_) {
+            fail::invalidArgument();
+        }
         setActiveConnection(activeConnection);
     }
     if (cursorType != CursorTypeEnum::adOpenUnspecified) {
@@ -72,66 +65,130 @@ void Recordset::Open(const Variant& source, const Variant& activeConnection,
         setLockType(lockType);
     }
     options_ = options;
-    run(commandText(options));
-}
-
-String Recordset::commandText(std::int32_t options) const {
-    String text = convert::toString(source_);
-    switch (options) {
-        case static_cast<std::int32_t>(CommandTypeEnum::adCmdUnspecified):
-        case static_cast<std::int32_t>(CommandTypeEnum::adCmdText):
-        case static_cast<std::int32_t>(CommandTypeEnum::adCmdUnknown):
-            return text;
-        case static_cast<std::int32_t>(CommandTypeEnum::adCmdTable):
-        case static_cast<std::int32_t>(CommandTypeEnum::adCmdTableDirect):
-            return "SELECT * FROM [" + bracketed(text) + "]";
-        default:
-            fail::invalidArgument();
+    if (!draft_->columns().empty()) {
+        openMadeByHand();
+    } else {
+        run(options);
     }
 }
 
-void Recordset::run(const String& text) {
+// There is no database that could hold such records: they can always be changed.
+void Recordset::openMadeByHand() {
+    cursorLocation_ = CursorLocationEnum::adUseClient;
+    if (lockType_ == LockTypeEnum::adLockReadOnly) {
+        lockType_ = LockTypeEnum::adLockOptimistic;
+    }
+    draft_->setBatch(lockType_ == LockTypeEnum::adLockBatchOptimistic);
+    cursorType_ = CursorTypeEnum::adOpenStatic;
+    fields_->opened();
+    cursor_ = draft_;
+}
+
+void Recordset::run(std::int32_t options) {
+    if (command_) {
+        takeAnswers(command_->run(options));
+        return;
+    }
     if (!connection_) {
         fail::invalidConnection();
     }
-    if (lockType_ == LockTypeEnum::adLockBatchOptimistic) {
-        fail::invalidArgument(u"Batch updating (adLockBatchOptimistic) is not available.");
-    }
-    std::vector<Result> results;
-    connection_->reporting([&] { results = connection_->session()->execute(text.utf8()); });
-    for (Result& result : results) {
-        if (!result.columns.empty()) {
-            const bool readOnly = lockType_ == LockTypeEnum::adLockReadOnly;
-            adopt(std::make_shared<RowCursor>(std::move(result),
-                                              RowCursor::Options{cursorLocation_, readOnly}),
-                  connection_);
-            return;
-        }
-    }
+    Request request = requestFor(convert::toString(source_), options);
+    request.timeout = std::chrono::seconds(connection_->CommandTimeout());
+    Reply reply;
+    connection_->run(request, reply);
+    takeAnswers(std::move(reply.results));
 }
 
-void Recordset::adopt(std::shared_ptr<RowCursor> cursor, Ref<Connection> connection) {
-    cursor_ = std::move(cursor);
+// Shows the first rows; what statements before them wrote is passed over.
+void Recordset::takeAnswers(std::vector<Result> results) {
+    const auto rows =
+        std::ranges::find_if(results, [](const Result& result) { return !result.columns.empty(); });
+    following_.clear();
+    if (rows == results.end()) {
+        return;
+    }
+    std::move(rows + 1, results.end(), std::back_inserter(following_));
+    adopt(std::move(*rows), connection_);
+}
+
+void Recordset::adopt(Result result, Ref<Connection> connection) {
     connection_ = std::move(connection);
-    fields_ = make<ado::Fields>(cursor_);
     if (cursorLocation_ == CursorLocationEnum::adUseClient) {
         cursorType_ = CursorTypeEnum::adOpenStatic;  // a client cursor is nothing else
+    } else if (cursorType_ == CursorTypeEnum::adOpenDynamic) {
+        cursorType_ = CursorTypeEnum::adOpenKeyset;
     }
+    auto table = std::make_shared<RowTable>(std::move(result));
+    table->limit(static_cast<std::size_t>(maxRecords_));
+    RowCursor::Options options;
+    options.location = cursorLocation_;
+    options.readOnly = lockType_ == LockTypeEnum::adLockReadOnly;
+    options.batch = lockType_ == LockTypeEnum::adLockBatchOptimistic;
+    options.forwardOnly = cursorType_ == CursorTypeEnum::adOpenForwardOnly;
+    show(std::make_shared<RowCursor>(std::move(table), options));
+}
+
+void Recordset::show(std::shared_ptr<RowCursor> cursor) {
+    cursor_ = std::move(cursor);
+    fields_ = make<ado::Fields>(cursor_);
+    filter_ = u"";
+    sort_ = {};
 }
 
 void Recordset::Close() {
     if (opened().editMode() != EditModeEnum::adEditNone) {
         fail::illegalOperation();
     }
-    cursor_.reset();
-    fields_ = {};
+    following_.clear();
+    forget();
 }
 
 void Recordset::Requery(std::int32_t options) {
     if (opened().editMode() != EditModeEnum::adEditNone) {
         fail::illegalOperation();
     }
-    run(commandText(options == -1 ? options_ : options));
+    run(options == -1 ? options_ : options);
+}
+
+Ref<Recordset> Recordset::NextRecordset(ByRef<Variant> recordsAffected) {
+    const auto next = std::ranges::find_if(following_, [](const Result& result) {
+        return !result.columns.empty() || result.rowsAffected;
+    });
+    if (next == following_.end()) {
+        following_.clear();
+        return {};
+    }
+    auto recordset = make<Recordset>();
+    recordset->cursorType_ = cursorType_;
+    recordset->lockType_ = lockType_;
+    recordset->cursorLocation_ = cursorLocation_;
+    recordset->rowsAffected_ = next->rowsAffected;
+    const std::int64_t written = next->rowsAffected.value_or(-1);
+    *recordsAffected = next->columns.empty() ? static_cast<std::int32_t>(written) : -1;
+    std::move(next + 1, following_.end(), std::back_inserter(recordset->following_));
+    if (!next->columns.empty()) {
+        recordset->adopt(std::move(*next), connection_);
+    }
+    following_.clear();
+    return recordset;
+}
+
+Ref<Recordset> Recordset::Clone(LockTypeEnum lockType) {
+    savePending();
+    requireScrolling();
+    if (lockType != LockTypeEnum::adLockUnspecified && lockType != LockTypeEnum::adLockReadOnly) {
+        fail::invalidArgument();
+    }
+    auto clone = make<Recordset>();
+    clone->connection_ = connection_;
+    clone->source_ = source_;
+    clone->cursorType_ = cursorType_;
+    clone->cursorLocation_ = cursorLocation_;
+    clone->lockType_ = lockType == LockTypeEnum::adLockUnspecified ? lockType_ : lockType;
+    RowCursor::Options options = cursor_->options();
+    options.readOnly = clone->lockType_ == LockTypeEnum::adLockReadOnly;
+    clone->show(std::make_shared<RowCursor>(cursor_->sharedTable(), options));
+    return clone;
 }
 
 ObjectStateEnum Recordset::State() const {
@@ -143,29 +200,31 @@ Variant Recordset::ActiveConnection() const {
 }
 
 void Recordset::setActiveConnection(const Variant& value) {
-    if (value.isObject()) {
-        const Ref<Object>& object = value.as<Ref<Object>>();
-        auto* connection = dynamic_cast<Connection*>(object.get());
-        if (object && connection == nullptr) {
-            fail::invalidArgument();
-        }
-        if (connection != nullptr && connection->State() == ObjectStateEnum::adStateClosed) {
-            fail::invalidConnection();
-        }
-        connection_ = Ref<Connection>(connection);
-        return;
+    Ref<Connection> connection = connectionOf(value);
+    if (cursor_ != nullptr) {
+        cursor_->table().fetchAll();  // nobody else can, once it is disconnected
     }
-    if (value.isNull() || value.isEmpty()) {
-        connection_ = {};
-        return;
-    }
-    auto opened = make<Connection>();
-    opened->Open(convert::toString(value));
-    connection_ = std::move(opened);
+    connection_ = std::move(connection);
+}
+
+Variant Recordset::ActiveCommand() const {
+    return Variant(command_);
+}
+
+Variant Recordset::Source() const {
+    return command_ ? Variant(command_->CommandText()) : source_;
 }
 
 void Recordset::setSource(const Variant& value) {
     requireClosed();
+    command_ = {};
+    if (value.isObject()) {
+        if (auto* command = dynamic_cast<Command*>(value.as<Ref<Object>>().get())) {
+            command_ = Ref<Command>(command);
+            connection_ = command_->connection();
+            return;
+        }
+    }
     source_ = value;
 }
 
@@ -193,157 +252,54 @@ void Recordset::setCursorLocation(CursorLocationEnum value) {
     cursorLocation_ = value;
 }
 
-bool Recordset::Bof() const {
-    return opened().bof();
-}
-
-bool Recordset::Eof() const {
-    return opened().eof();
-}
-
-std::int32_t Recordset::RecordCount() const {
-    return static_cast<std::int32_t>(opened().recordCount());
-}
-
-std::int32_t Recordset::AbsolutePosition() const {
-    return opened().absolutePosition();
-}
-
-EditModeEnum Recordset::EditMode() const {
-    return opened().editMode();
-}
-
-void Recordset::MoveFirst() {
-    savePending();
-    cursor_->moveFirst();
-}
-
-void Recordset::MoveLast() {
-    savePending();
-    cursor_->moveLast();
-}
-
-void Recordset::MoveNext() {
-    savePending();
-    cursor_->move(1);
-}
-
-void Recordset::MovePrevious() {
-    savePending();
-    cursor_->move(-1);
-}
-
-void Recordset::Move(std::int32_t numRecords, const Variant& start) {
-    savePending();
-    if (!start.isMissing()) {
-        switch (static_cast<BookmarkEnum>(convert::toLong(start))) {
-            case BookmarkEnum::adBookmarkCurrent:
-                break;
-            case BookmarkEnum::adBookmarkFirst:
-                cursor_->moveFirst();
-                break;
-            case BookmarkEnum::adBookmarkLast:
-                cursor_->moveLast();
-                break;
-            default:
-                fail::invalidArgument();
-        }
-    }
-    cursor_->move(numRecords);
-}
-
-Ref<ado::Fields> Recordset::Fields() const {
-    return fields_ ? fields_ : make<ado::Fields>(nullptr);
-}
-
-void Recordset::AddNew(const Variant& fieldList, const Variant& values) {
-    savePending();
-    cursor_->beginNew();
-    if (!fieldList.isMissing()) {
-        assignAll(fieldList, values);
-        save();
-    }
-}
-
-void Recordset::Update(const Variant& fields, const Variant& values) {
-    requireOpen();
-    if (!fields.isMissing()) {
-        assignAll(fields, values);
-    }
-    save();
-}
-
-void Recordset::assignAll(const Variant& names, const Variant& values) {
-    const std::vector<Variant> columns = elementsOf(names);
-    const std::vector<Variant> given = elementsOf(values);
-    if (columns.size() != given.size()) {
+void Recordset::setMaxRecords(std::int32_t value) {
+    requireClosed();
+    if (value < 0) {
         fail::invalidArgument();
     }
-    for (std::size_t i = 0; i < columns.size(); ++i) {
-        fields_->Item(columns[i])->setValue(given[i]);
-    }
+    maxRecords_ = value;
 }
 
-// Leaving a record saves what was changed in it.
-void Recordset::savePending() {
-    if (opened().editMode() != EditModeEnum::adEditNone) {
-        save();
-    }
-}
-
-void Recordset::save() {
-    if (!connection_) {
-        cursor_->save(nullptr);
-        return;
-    }
-    connection_->reporting([&] { cursor_->save(connection_->session().get()); });
-}
-
-void Recordset::CancelUpdate() {
-    opened().cancel();
-}
-
-void Recordset::Delete(AffectEnum affectRecords) {
-    requireOpen();
-    if (affectRecords != AffectEnum::adAffectCurrent) {
+void Recordset::setCacheSize(std::int32_t value) {
+    if (value < 1) {
         fail::invalidArgument();
     }
-    if (!connection_) {
-        cursor_->remove(nullptr);
-        return;
-    }
-    connection_->reporting([&] { cursor_->remove(connection_->session().get()); });
+    cacheSize_ = value;
 }
 
-void Recordset::Resync(AffectEnum affectRecords, ResyncEnum resyncValues) {
-    requireOpen();
-    if (resyncValues != ResyncEnum::adResyncAllValues) {
+void Recordset::setMarshalOptions(MarshalOptionsEnum value) {
+    if (value != MarshalOptionsEnum::adMarshalAll &&
+        value != MarshalOptionsEnum::adMarshalModifiedOnly) {
         fail::invalidArgument();
     }
-    if (!connection_) {
-        fail::invalidConnection();
-    }
-    connection_->reporting([&] {
-        const auto session = connection_->session();
-        if (affectRecords == AffectEnum::adAffectCurrent) {
-            cursor_->reload(*session);
-        } else if (affectRecords == AffectEnum::adAffectAll) {
-            cursor_->reloadAll(*session);
-        } else {
-            fail::invalidArgument();
-        }
-    });
+    marshalOptions_ = value;
 }
 
-void Recordset::replaceNulls(std::size_t field) {
-    if (field >= opened().columns().size()) {
-        fail::itemNotFound();
+bool Recordset::Supports(CursorOptionEnum option) const {
+    const RowCursor::Options& options = opened().options();
+    switch (option) {
+        case CursorOptionEnum::adFind:
+            return true;
+        case CursorOptionEnum::adHoldRecords:
+        case CursorOptionEnum::adMovePrevious:
+        case CursorOptionEnum::adBookmark:
+        case CursorOptionEnum::adApproxPosition:
+            return !options.forwardOnly;
+        case CursorOptionEnum::adAddNew:
+        case CursorOptionEnum::adDelete:
+        case CursorOptionEnum::adUpdate:
+            return !options.readOnly;
+        case CursorOptionEnum::adUpdateBatch:
+            return options.batch;
+        case CursorOptionEnum::adResync:
+            return static_cast<bool>(connection_);
+        default:  // notifications, indexes and seeking
+            return false;
     }
-    cursor_->replaceNulls(field);
 }
 
 std::size_t Recordset::rowMemory() const {
-    return opened().memory();
+    return opened().table().memory();
 }
 
 }  // namespace kap::ado

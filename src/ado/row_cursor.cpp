@@ -1,388 +1,230 @@
 #include "ado/row_cursor.hpp"
 
 #include <algorithm>
+#include <limits>
 #include <utility>
 
-#include "ado/cell_value.hpp"
+#include "ado/cell_order.hpp"
 #include "ado/failures.hpp"
 
 namespace kap::ado {
 namespace {
 
-std::int32_t bit(FieldAttributeEnum attribute) {
-    return static_cast<std::int32_t>(attribute);
+std::int32_t positionCode(PositionEnum position) {
+    return static_cast<std::int32_t>(position);
 }
 
-// Several tables change together or not at all; inside a client's transaction that is the client's
-// to decide.
-class ChangeGroup {
-public:
-    ChangeGroup(Session& session, std::size_t changes)
-        : session_(changes > 1 && session.transactionDepth() == 0 ? &session : nullptr) {
-        if (session_ != nullptr) {
-            session_->begin();
-        }
-    }
-    ~ChangeGroup() {
-        if (session_ != nullptr) {
-            session_->rollback();
-        }
-    }
-    ChangeGroup(const ChangeGroup&) = delete;
-    ChangeGroup& operator=(const ChangeGroup&) = delete;
-
-    void commit() {
-        if (Session* session = std::exchange(session_, nullptr)) {
-            session->commit();
-        }
-    }
-
-private:
-    Session* session_;
+struct SortKey {
+    std::size_t column;
+    bool descending;
 };
 
-ChangeOutcome applyOne(Session& session, const RowChange& change) {
-    ChangeOutcome outcome = session.apply(change);
-    if (outcome.rowsTouched == 0) {
-        fail::concurrency();
+std::vector<SortKey> sortKeys(const RowTable& table, const std::vector<SortName>& names) {
+    std::vector<SortKey> keys;
+    for (const SortName& name : names) {
+        const auto column = table.find(String(name.column).view());
+        if (!column) {
+            fail::itemNotFound();
+        }
+        keys.push_back({*column, name.descending});
     }
-    return outcome;
+    return keys;
 }
 
 }  // namespace
 
-RowCursor::RowCursor(Result result, Options options)
-    : result_(std::move(result)), options_(options) {
-    if (total() > 0) {
-        position_ = 0;
+RowCursor::RowCursor(std::shared_ptr<RowTable> table, Options options)
+    : table_(std::move(table)), view_(table_), options_(options) {
+    if (table_->size() > table_->deletedCount()) {
+        moveFirst();
     }
 }
 
-std::optional<std::size_t> RowCursor::find(std::u16string_view name) const {
-    if (byName_.empty()) {
-        for (std::size_t i = 0; i < columns().size(); ++i) {
-            byName_.emplace(String(columns()[i].name).units(), i);
-        }
-    }
-    const auto found = byName_.find(name);
-    return found == byName_.end() ? std::nullopt : std::optional(found->second);
-}
-
-std::int32_t RowCursor::attributes(std::size_t column) const {
-    const ColumnInfo& info = columns()[column];
-    const bool setByDatabase = info.identity || info.rowVersion;
-    std::int32_t bits = 0;
-    if (options_.location == CursorLocationEnum::adUseClient) {
-        bits |= setByDatabase ? 0 : bit(FieldAttributeEnum::adFldUnknownUpdatable);
-    } else if (info.writable() && !options_.readOnly) {
-        bits |= bit(FieldAttributeEnum::adFldUpdatable);
-    }
-    bits |= info.fixedLength ? bit(FieldAttributeEnum::adFldFixed) : 0;
-    if (info.nullable) {
-        bits |= bit(FieldAttributeEnum::adFldIsNullable) | bit(FieldAttributeEnum::adFldMayBeNull);
-    }
-    if (info.isLong) {
-        bits |= bit(FieldAttributeEnum::adFldLong) | bit(FieldAttributeEnum::adFldMayDefer);
-    }
-    bits |= info.rowVersion ? bit(FieldAttributeEnum::adFldRowVersion) : 0;
-    bits |= info.key ? bit(FieldAttributeEnum::adFldKeyColumn) : 0;
-    return bits;
-}
-
-std::size_t RowCursor::total() const noexcept {
-    return result_.rows.empty() ? 0 : result_.rows.front().size();
-}
-
-bool RowCursor::isDeleted(std::size_t row) const noexcept {
-    return row < deleted_.size() && deleted_[row];
-}
-
-std::size_t RowCursor::recordCount() const noexcept {
-    return total() - deletedCount_ + (editMode_ == EditModeEnum::adEditAdd ? 1 : 0);
-}
-
-// A deleted record stays current until the next movement, so it is neither end.
 bool RowCursor::bof() const noexcept {
     if (editMode_ == EditModeEnum::adEditAdd) {
         return false;
     }
-    const bool atEnd = position_ == static_cast<std::int64_t>(total());
-    return position_ < 0 || (atEnd && recordCount() == 0);
+    return position_ < 0 || (position_ >= end() && view_.count() == 0);
 }
 
+// A deleted record stays current until the next movement, so it is neither end.
 bool RowCursor::eof() const noexcept {
     if (editMode_ == EditModeEnum::adEditAdd) {
         return false;
     }
-    const bool atEnd = position_ == static_cast<std::int64_t>(total());
-    return atEnd || (position_ < 0 && recordCount() == 0);
+    return position_ >= end() || (position_ < 0 && view_.count() == 0);
+}
+
+std::size_t RowCursor::count() {
+    table_->fetchAll();
+    view_.takeNewRows();
+    return view_.count() + (editMode_ == EditModeEnum::adEditAdd ? 1 : 0);
 }
 
 std::int32_t RowCursor::absolutePosition() const noexcept {
+    if (options_.forwardOnly) {
+        return positionCode(PositionEnum::adPosUnknown);
+    }
     if (editMode_ == EditModeEnum::adEditAdd) {
-        return static_cast<std::int32_t>(recordCount());
+        return static_cast<std::int32_t>(view_.count() + 1);
     }
     if (bof()) {
-        return static_cast<std::int32_t>(recordCount() == 0 ? PositionEnum::adPosUnknown
-                                                            : PositionEnum::adPosBOF);
+        return positionCode(view_.count() == 0 ? PositionEnum::adPosUnknown
+                                               : PositionEnum::adPosBOF);
     }
     if (eof()) {
-        return static_cast<std::int32_t>(PositionEnum::adPosEOF);
+        return positionCode(PositionEnum::adPosEOF);
     }
-    const auto row = static_cast<std::size_t>(position_);
-    if (isDeleted(row)) {
-        return static_cast<std::int32_t>(PositionEnum::adPosUnknown);
+    const auto place = static_cast<std::size_t>(position_);
+    if (!view_.shows(place)) {
+        return positionCode(PositionEnum::adPosUnknown);
     }
-    const auto seen = std::min(row, deleted_.size());
-    const auto hidden =
-        std::count(deleted_.begin(), deleted_.begin() + static_cast<std::ptrdiff_t>(seen), true);
-    return static_cast<std::int32_t>(position_ - hidden + 1);
-}
-
-void RowCursor::place(std::int64_t position) {
-    position_ = position;
+    return static_cast<std::int32_t>(view_.countBefore(place) + 1);
 }
 
 void RowCursor::moveFirst() {
-    if (recordCount() == 0) {
+    view_.takeNewRows();
+    if (view_.count() == 0) {
         fail::noCurrentRecord();
     }
-    place(-1);
+    position_ = -1;
     move(1);
 }
 
 void RowCursor::moveLast() {
-    if (recordCount() == 0) {
+    table_->fetchAll();
+    view_.takeNewRows();
+    if (view_.count() == 0) {
         fail::noCurrentRecord();
     }
-    place(static_cast<std::int64_t>(total()));
-    move(-1);
+    position_ = end();
+    for (bool shown = false; !shown; shown = view_.shows(static_cast<std::size_t>(position_))) {
+        --position_;
+    }
+}
+
+void RowCursor::requireBackward() const {
+    if (options_.forwardOnly) {
+        fail::cannotFetchBackward();
+    }
 }
 
 void RowCursor::move(std::int64_t records) {
-    const auto end = static_cast<std::int64_t>(total());
-    const bool nowhereToGo = (records > 0 && position_ == end) || (records < 0 && position_ < 0);
+    if (records < 0) {
+        requireBackward();
+    } else if (!table_->complete() && records >= end() - position_) {
+        table_->fetchAll();
+    }
+    view_.takeNewRows();
+    const bool nowhereToGo = (records > 0 && position_ >= end()) || (records < 0 && position_ < 0);
     if (nowhereToGo || (bof() && eof())) {
         fail::noCurrentRecord();
     }
-    std::int64_t target = position_;
-    if (deletedCount_ == 0) {
-        target = std::clamp(records > end - target ? end : target + records, std::int64_t{-1}, end);
-    } else {
-        const std::int64_t step = records < 0 ? -1 : 1;
-        for (std::int64_t left = records;
-             left != 0 && target + step >= -1 && target + step <= end;) {
-            target += step;
-            const bool inside = target >= 0 && target < end;
-            left -= inside && isDeleted(static_cast<std::size_t>(target)) ? 0 : step;
-        }
+    if (!view_.hasGaps()) {
+        const bool beyond = records > end() - position_;
+        position_ = beyond ? end() : std::max<std::int64_t>(position_ + records, -1);
+        return;
     }
-    place(target);
+    const std::int64_t step = records < 0 ? -1 : 1;
+    std::int64_t target = position_;
+    for (std::int64_t left = records; left != 0 && target + step >= -1 && target + step <= end();) {
+        target += step;
+        const bool inside = target >= 0 && target < end();
+        left -= inside && !view_.shows(static_cast<std::size_t>(target)) ? 0 : step;
+    }
+    position_ = target;
+}
+
+void RowCursor::moveToPosition(std::size_t position) {
+    requireBackward();
+    moveFirst();
+    if (position > 1) {
+        move(static_cast<std::int64_t>(position) - 1);
+    }
+}
+
+std::size_t RowCursor::rowsLeft() {
+    table_->fetchAll();
+    view_.takeNewRows();
+    const auto place = static_cast<std::size_t>(std::clamp<std::int64_t>(position_, 0, end()));
+    return view_.count() - view_.countBefore(place);
+}
+
+std::size_t RowCursor::currentPlaceRow() const {
+    if (position_ < 0 || position_ >= end()) {
+        fail::noCurrentRecord();
+    }
+    return view_.row(static_cast<std::size_t>(position_));
 }
 
 std::size_t RowCursor::currentRow() const {
-    if (bof() || eof()) {
-        fail::noCurrentRecord();
-    }
-    const auto row = static_cast<std::size_t>(position_);
-    if (isDeleted(row)) {
+    const std::size_t row = currentPlaceRow();
+    if (table_->isDeleted(row)) {
         fail::deletedRow();
     }
     return row;
 }
 
-Variant RowCursor::value(std::size_t column) const {
-    if (!pending_.empty() && pending_[column]) {
-        return toVariant(columns()[column], *pending_[column]);
+void RowCursor::goTo(std::size_t row) {
+    table_->fetchAll();
+    view_.takeNewRows();
+    const auto place = view_.placeOf(row);
+    if (!place) {
+        fail::badBookmark();
     }
-    if (editMode_ == EditModeEnum::adEditAdd) {
-        return Variant::null();
-    }
-    return toVariant(columns()[column], result_.rows[column], currentRow());
+    position_ = static_cast<std::int64_t>(*place);
 }
 
-Variant RowCursor::originalValue(std::size_t column) const {
-    if (editMode_ == EditModeEnum::adEditAdd) {
-        return Variant::null();
-    }
-    const ColumnInfo& info = columns()[column];
-    return toVariant(info, databaseValue(info, result_.rows[column], currentRow()));
-}
-
-std::string_view RowCursor::bytes(std::size_t column) const {
-    if (!pending_.empty() && pending_[column]) {
-        return std::get<std::string>(*pending_[column]);
-    }
-    const std::size_t row = currentRow();
-    const ColumnStore& store = result_.rows[column];
-    return store.cell(row) == ColumnStore::Cell::Value ? store.bytes(row) : std::string_view();
-}
-
-void RowCursor::requireUpdatable() const {
-    if (options_.readOnly) {
-        fail::notUpdatable();
-    }
-}
-
-void RowCursor::assign(std::size_t column, const Variant& given) {
-    requireUpdatable();
-    const ColumnInfo& info = columns()[column];
-    const bool adding = editMode_ == EditModeEnum::adEditAdd;
-    const std::size_t row = adding ? 0 : currentRow();
-    CellValue cell = toCell(info, given);
-    if (!info.writable()) {
-        // The database sets this column. Saying what it holds already changes nothing: a record
-        // read whole may be assigned back whole.
-        const CellValue held =
-            adding ? CellValue{} : databaseValue(info, result_.rows[column], row);
-        if (cell != held) {
-            fail::doesNotFit(info.name);
-        }
-        return;
-    }
-    if (pending_.empty()) {
-        pending_.resize(columns().size());
-    }
-    pending_[column] = std::move(cell);
-    if (!adding) {
-        editMode_ = EditModeEnum::adEditInProgress;
-    }
-}
-
-void RowCursor::beginNew() {
-    requireUpdatable();
-    editMode_ = EditModeEnum::adEditAdd;
-    pending_.assign(columns().size(), std::nullopt);
-}
-
-void RowCursor::cancel() {
-    finishEdit();
-}
-
-void RowCursor::finishEdit() {
-    editMode_ = EditModeEnum::adEditNone;
-    pending_.clear();
-}
-
-UpdatePlanner RowCursor::planner(std::size_t row) const {
-    return {result_, row, options_.location == CursorLocationEnum::adUseServer};
-}
-
-void RowCursor::save(Session* session) {
-    if (editMode_ == EditModeEnum::adEditAdd) {
-        saveNew(session);
-    } else if (editMode_ == EditModeEnum::adEditInProgress) {
-        saveChanges(session);
-    }
-}
-
-void RowCursor::takeReadBack(const RowChange& change, const ChangeOutcome& outcome,
-                             PendingValues& values) {
-    for (std::size_t i = 0; i < change.readBack.size() && i < outcome.readBack.size(); ++i) {
-        for (std::size_t column = 0; column < columns().size(); ++column) {
-            const ColumnInfo& info = columns()[column];
-            if (info.baseTable == change.table && info.baseColumn == change.readBack[i]) {
-                values[column] = outcome.readBack[i];
-            }
+std::vector<std::size_t> RowCursor::rowsShown() {
+    table_->fetchAll();
+    view_.takeNewRows();
+    std::vector<std::size_t> rows;
+    for (std::size_t place = 0; place < view_.size(); ++place) {
+        if (view_.shows(place)) {
+            rows.push_back(view_.row(place));
         }
     }
+    return rows;
 }
 
-void RowCursor::saveChanges(Session* session) {
-    const std::size_t row = currentRow();
-    PendingValues values = pending_;
-    if (session != nullptr) {
-        const std::vector<RowChange> plan = planner(row).updates(pending_);
-        ChangeGroup group(*session, plan.size());
-        for (const RowChange& change : plan) {
-            takeReadBack(change, applyOne(*session, change), values);
-        }
-        group.commit();
+void RowCursor::search(const RowTest& test, std::int64_t skip, SearchDirectionEnum direction) {
+    table_->fetchAll();
+    if (skip != 0) {
+        move(skip * static_cast<std::int64_t>(direction));
     }
-    for (std::size_t column = 0; column < values.size(); ++column) {
-        if (values[column]) {
-            put(result_.rows[column], row, *values[column]);
+    const std::int64_t step = direction == SearchDirectionEnum::adSearchBackward ? -1 : 1;
+    std::int64_t place = std::clamp<std::int64_t>(position_, step < 0 ? -1 : 0, end());
+    for (; place >= 0 && place < end(); place += step) {
+        const auto at = static_cast<std::size_t>(place);
+        if (view_.shows(at) && test(view_.row(at))) {
+            break;
         }
     }
-    finishEdit();
+    position_ = place;
 }
 
-void RowCursor::saveNew(Session* session) {
-    PendingValues values = pending_;
-    if (session != nullptr) {
-        const RowChange change = planner(0).insertion(pending_);
-        takeReadBack(change, applyOne(*session, change), values);
+void RowCursor::arrange(RowFilter filter, std::vector<SortName> sort) {
+    table_->fetchAll();
+    std::function<void(std::vector<std::size_t>&)> sorted;
+    if (!sort.empty()) {
+        sorted = [this, keys = sortKeys(*table_, sort)](std::vector<std::size_t>& rows) {
+            std::ranges::stable_sort(rows, [&](std::size_t left, std::size_t right) {
+                for (const SortKey& key : keys) {
+                    const auto order =
+                        compareCells(columns()[key.column], table_->store(key.column), left, right);
+                    if (order != 0) {
+                        return key.descending ? order > 0 : order < 0;
+                    }
+                }
+                return false;
+            });
+        };
     }
-    for (std::size_t column = 0; column < values.size(); ++column) {
-        append(result_.rows[column], values[column].value_or(CellValue{}));
+    view_.arrange(std::move(filter), sorted);
+    position_ = view_.count() == 0 ? -1 : 0;
+    if (position_ == 0 && !view_.shows(0)) {
+        move(1);
     }
-    finishEdit();
-    place(static_cast<std::int64_t>(total()) - 1);
-}
-
-void RowCursor::remove(Session* session) {
-    requireUpdatable();
-    if (editMode_ == EditModeEnum::adEditAdd) {
-        fail::illegalOperation();
-    }
-    const std::size_t row = currentRow();
-    finishEdit();
-    if (session != nullptr) {
-        applyOne(*session, planner(row).deletion());
-    }
-    markDeleted(row);
-}
-
-void RowCursor::markDeleted(std::size_t row) {
-    deleted_.resize(total());
-    deleted_[row] = true;
-    ++deletedCount_;
-}
-
-void RowCursor::reload(Session& session) {
-    if (editMode_ == EditModeEnum::adEditAdd) {
-        fail::illegalOperation();
-    }
-    const std::size_t row = currentRow();
-    finishEdit();
-    reloadRow(session, row);
-}
-
-void RowCursor::reloadAll(Session& session) {
-    if (editMode_ == EditModeEnum::adEditAdd) {
-        fail::illegalOperation();
-    }
-    finishEdit();
-    for (std::size_t row = 0; row < total(); ++row) {
-        if (!isDeleted(row)) {
-            reloadRow(session, row);
-        }
-    }
-}
-
-void RowCursor::reloadRow(Session& session, std::size_t row) {
-    PendingValues values(columns().size());
-    for (const RowChange& change : planner(row).reads()) {
-        const ChangeOutcome outcome = session.apply(change);
-        if (outcome.rowsTouched == 0) {
-            markDeleted(row);
-            fail::rowGone();
-        }
-        takeReadBack(change, outcome, values);
-    }
-    for (std::size_t column = 0; column < values.size(); ++column) {
-        if (values[column]) {
-            put(result_.rows[column], row, *values[column]);
-        }
-    }
-}
-
-std::size_t RowCursor::memory() const noexcept {
-    std::size_t bytes = 0;
-    for (const ColumnStore& store : result_.rows) {
-        bytes += store.memory();
-    }
-    return bytes;
 }
 
 }  // namespace kap::ado

@@ -2,92 +2,124 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <optional>
-#include <string>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
 #include <kaputil/ado/enumerations.hpp>
 #include <kaputil/frame/variant.hpp>
 
-#include "ado/driver.hpp"
-#include "ado/update_plan.hpp"
-#include "frame/unicode.hpp"
+#include "ado/criteria.hpp"
+#include "ado/row_table.hpp"
+#include "ado/row_view.hpp"
+#include "ado/row_writer.hpp"
 
 namespace kap::ado {
 
-// The rows of an open recordset: the fetched columns, the current position, and the record that is
-// being edited. Fields and recordset share it.
+// One reader's way through a table of rows: the rows that it sees and their order, the current
+// position, and the record that is being edited. Fields and recordset share it; each clone has one
+// of its own on the same table.
 //
-// What was fetched and what is pending are kept apart until the database has taken the change: the
-// fetched values are what an optimistic update must find.
+// What is being edited is kept apart from the table until the record is saved.
 class RowCursor {
 public:
     struct Options {
         CursorLocationEnum location = CursorLocationEnum::adUseClient;
         bool readOnly = false;
+        bool batch = false;        // saved records wait in the table for a batch update
+        bool forwardOnly = false;  // does not go back, and does not count
     };
 
-    RowCursor(Result result, Options options);
+    RowCursor(std::shared_ptr<RowTable> table, Options options);
 
+    [[nodiscard]] RowTable& table() noexcept { return *table_; }
+    [[nodiscard]] const std::shared_ptr<RowTable>& sharedTable() const noexcept { return table_; }
+    [[nodiscard]] const Options& options() const noexcept { return options_; }
     [[nodiscard]] const std::vector<ColumnInfo>& columns() const noexcept {
-        return result_.columns;
+        return table_->columns();
     }
-    // The first column with this name, compared ignoring case.
-    [[nodiscard]] std::optional<std::size_t> find(std::u16string_view name) const;
+    [[nodiscard]] std::optional<std::size_t> find(std::u16string_view name) const {
+        return table_->find(name);
+    }
     // Bits of FieldAttributeEnum.
     [[nodiscard]] std::int32_t attributes(std::size_t column) const;
 
     [[nodiscard]] bool bof() const noexcept;
     [[nodiscard]] bool eof() const noexcept;
-    [[nodiscard]] std::size_t recordCount() const noexcept;
+    // The rows seen; a cursor that only goes forward counts them too.
+    [[nodiscard]] std::size_t count();
+    // From 1, or a value of PositionEnum.
     [[nodiscard]] std::int32_t absolutePosition() const noexcept;
     void moveFirst();
     void moveLast();
     // `records` forward or, when negative, back from the current one; ends at EOF or BOF.
     void move(std::int64_t records);
+    // To the row at a position from 1; behind the last one to EOF.
+    void moveToPosition(std::size_t position);
+
+    // The rows shown from the current one on.
+    [[nodiscard]] std::size_t rowsLeft();
+
+    // The current row; raises 3021 without one, -2147217885 when it has been deleted.
+    [[nodiscard]] std::size_t currentRow() const;
+    // The same, also when it has been deleted.
+    [[nodiscard]] std::size_t currentPlaceRow() const;
+    // To a row of the table; raises -2147217906 when the cursor does not show it.
+    void goTo(std::size_t row);
+    // The rows seen, in order.
+    [[nodiscard]] std::vector<std::size_t> rowsShown();
+    // The place of a row in the cursor's order; nullopt when it is not shown.
+    [[nodiscard]] std::optional<std::size_t> placeOf(std::size_t row) const {
+        return view_.placeOf(row);
+    }
+    // From the current record on, passing over `skip` records, to the first that passes the test;
+    // to EOF or BOF when none does.
+    void search(const RowTest& test, std::int64_t skip, SearchDirectionEnum direction);
+    // Shows other rows or another order and stands on the first of them.
+    void arrange(RowFilter filter, std::vector<SortName> sort);
+    [[nodiscard]] bool isFiltered() const noexcept { return view_.isFiltered(); }
 
     [[nodiscard]] Variant value(std::size_t column) const;
     [[nodiscard]] Variant originalValue(std::size_t column) const;
+    [[nodiscard]] Variant underlyingValue(std::size_t column) const;
     [[nodiscard]] std::string_view bytes(std::size_t column) const;
     void assign(std::size_t column, const Variant& value);
-    void replaceNulls(std::size_t column) { result_.rows[column].replaceNulls(); }
+    void replaceNulls(std::size_t column);
 
     [[nodiscard]] EditModeEnum editMode() const noexcept { return editMode_; }
+    // Bits of RecordStatusEnum.
+    [[nodiscard]] std::int32_t status() const;
     void beginNew();
     void cancel();
 
-    // These write through `session`, or only into the rows when there is none.
+    // These write through `session`, or only into the table when there is none.
     void save(Session* session);
     void remove(Session* session);
-    // Read the current record, or every one, again.
-    void reload(Session& session);
-    void reloadAll(Session& session);
+    void removeRow(Session* session, std::size_t row);
+    void requireUpdatable() const;
 
-    [[nodiscard]] std::size_t memory() const noexcept;
+    void setBatch(bool batch) noexcept { options_.batch = batch; }
+    // Ends an edit without saving it; raises 3219 for a new record.
+    void dropEdit();
+    [[nodiscard]] RowWriter writer(Session& session) const {
+        return {*table_, session, options_.location == CursorLocationEnum::adUseServer};
+    }
 
 private:
-    [[nodiscard]] std::size_t total() const noexcept;
-    [[nodiscard]] bool isDeleted(std::size_t row) const noexcept;
-    [[nodiscard]] std::size_t currentRow() const;
-    [[nodiscard]] UpdatePlanner planner(std::size_t row) const;
-    void requireUpdatable() const;
-    void place(std::int64_t position);
-    void markDeleted(std::size_t row);
+    [[nodiscard]] std::int64_t end() const noexcept {
+        return static_cast<std::int64_t>(view_.size());
+    }
     void finishEdit();
+    void requireBackward() const;
     void saveChanges(Session* session);
     void saveNew(Session* session);
-    void reloadRow(Session& session, std::size_t row);
-    void takeReadBack(const RowChange& change, const ChangeOutcome& outcome, PendingValues& values);
 
-    Result result_;
+    std::shared_ptr<RowTable> table_;
+    RowView view_;
     Options options_;
-    mutable std::unordered_map<std::u16string, std::size_t, unicode::NameHash, unicode::NameEqual>
-        byName_;                  // made on the first look-up
-    std::int64_t position_ = -1;  // -1: before the first row; total(): after the last
-    std::vector<bool> deleted_;   // empty until a row is deleted
-    std::size_t deletedCount_ = 0;
+    std::int64_t position_ =
+        -1;  // a place of the view; -1: before the first; end(): after the last
     EditModeEnum editMode_ = EditModeEnum::adEditNone;
     PendingValues pending_;  // one entry a column while editing; unset: not assigned
 };

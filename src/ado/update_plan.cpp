@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <utility>
 
-#include "ado/cell_value.hpp"
 #include "ado/failures.hpp"
+#include "ado/row_table.hpp"
 
 namespace kap::ado {
 namespace {
@@ -19,7 +19,17 @@ bool belongsTo(const ColumnInfo& column, const std::string& table) {
     return !column.baseColumn.empty() && column.baseTable == table;
 }
 
+// A row of a recordset made by hand belongs to no table.
+void requireTables(const std::vector<std::string>& names) {
+    if (std::ranges::find(names, std::string()) != names.end()) {
+        fail::notOneTable();
+    }
+}
+
 }  // namespace
+
+UpdatePlanner::UpdatePlanner(const RowTable& rows, std::size_t row, bool checkVersion)
+    : rows_(rows), result_(rows.result()), row_(row), checkVersion_(checkVersion) {}
 
 std::vector<RowChange> UpdatePlanner::updates(const PendingValues& values) const {
     std::vector<std::string> changed;
@@ -28,6 +38,7 @@ std::vector<RowChange> UpdatePlanner::updates(const PendingValues& values) const
             addOnce(changed, result_.columns[i].baseTable);
         }
     }
+    requireTables(changed);
     std::vector<RowChange> plan;
     for (const std::string& table : changed) {
         RowChange change = located(RowChange::Kind::Update, table);
@@ -57,6 +68,7 @@ RowChange UpdatePlanner::insertion(const PendingValues& values) const {
             addOnce(assigned, result_.columns[i].baseTable);
         }
     }
+    requireTables(assigned);
     const std::vector<std::string> targets = assigned.empty() ? tables() : assigned;
     if (targets.size() != 1) {
         fail::notOneTable();
@@ -120,8 +132,7 @@ RowChange UpdatePlanner::located(RowChange::Kind kind, const std::string& table)
 
 ColumnValue UpdatePlanner::fetched(std::size_t column) const {
     const ColumnInfo& info = result_.columns[column];
-    return {info.baseColumn, info.type, info.numericScale,
-            databaseValue(info, result_.rows[column], row_)};
+    return {info.baseColumn, info.type, info.numericScale, rows_.underlying(row_, column)};
 }
 
 std::vector<std::string> UpdatePlanner::tables() const {
@@ -131,6 +142,7 @@ std::vector<std::string> UpdatePlanner::tables() const {
             addOnce(names, column.baseTable);
         }
     }
+    requireTables(names);
     return names;
 }
 

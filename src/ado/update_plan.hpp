@@ -9,6 +9,8 @@
 
 namespace kap::ado {
 
+class RowTable;
+
 // The values assigned to a record, one entry a column; unset: not assigned.
 using PendingValues = std::vector<std::optional<CellValue>>;
 
@@ -19,8 +21,7 @@ using PendingValues = std::vector<std::optional<CellValue>>;
 // with `checkVersion`, the row version.
 class UpdatePlanner {
 public:
-    UpdatePlanner(const Result& result, std::size_t row, bool checkVersion)
-        : result_(result), row_(row), checkVersion_(checkVersion) {}
+    UpdatePlanner(const RowTable& rows, std::size_t row, bool checkVersion);
 
     // One change for each table that has assigned columns.
     [[nodiscard]] std::vector<RowChange> updates(const PendingValues& values) const;
@@ -35,6 +36,7 @@ private:
     [[nodiscard]] ColumnValue fetched(std::size_t column) const;
     [[nodiscard]] std::vector<std::string> tables() const;
 
+    const RowTable& rows_;
     const Result& result_;
     std::size_t row_;
     bool checkVersion_;

@@ -1,6 +1,8 @@
 #include <kaputil/catalogue/catalogue.hpp>
 
+#include <kaputil/ado/command.hpp>
 #include <kaputil/ado/connection.hpp>
+#include <kaputil/ado/parameter.hpp>
 #include <kaputil/ado/recordset.hpp>
 #include <kaputil/catalogue/std_functions.hpp>
 #include <kaputil/core/cconstant.hpp>
@@ -103,7 +105,9 @@ std::span<const EnumerationDescription> publishedEnumerations() {
 
 std::span<const PlatformClass> platformClasses() {
     static const std::vector<PlatformClass> classes = {
+        {u"ADODB.Command", &ado::Command::classDescription()},
         {u"ADODB.Connection", &ado::Connection::classDescription()},
+        {u"ADODB.Parameter", &ado::Parameter::classDescription()},
         {u"ADODB.Recordset", &ado::Recordset::classDescription()}};
     return classes;
 }

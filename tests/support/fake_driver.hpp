@@ -8,27 +8,41 @@
 #include <vector>
 
 #include "ado/driver.hpp"
+#include "ado/schema_rows.hpp"
 
 namespace kap::test {
 
-// A database of the tests' own: it remembers what it was asked and answers what it was told.
+// A database of the tests' own: it remembers what it was asked, answers what it was told, and fails
+// when it was told to.
 struct FakeDatabase {
     struct Answer {
         std::optional<ado::ServerMessage> failure;
         std::vector<ado::Result> results;
+        std::vector<ado::ServerMessage> messages;
+        std::vector<ado::CellValue> comingBack;  // of the parameters that do, in their order
     };
 
     std::vector<std::string> scripts;
+    std::vector<ado::Request> requests;
     std::vector<ado::RowChange> changes;
-    std::deque<Answer> answers;  // one a call of execute; the last one stays
+    std::deque<Answer> answers;                     // one a call of execute; the last one stays
+    std::deque<ado::ServerMessage> refusedChanges;  // what the next changes fail with
+    std::deque<int> rowsTouched;  // by the changes after these; 1 when none is told
+    std::vector<std::pair<ado::SchemaEnum, ado::SchemaRestrictions>> schemasAsked;
     int opened = 0;
+    int refusedOpenings = 0;  // how many times opening is going to fail
 
-    void fail(std::int32_t number, std::string text, int times = 1) {
+    static ado::ServerMessage message(std::int32_t number, std::string text) {
+        return {0, number, "HY000", std::move(text), 1};
+    }
+    void fail(std::int32_t number, const std::string& text, int times = 1) {
         for (int i = 0; i < times; ++i) {
-            answers.push_back({ado::ServerMessage{0, number, "HY000", text, 1}, {}});
+            answers.push_back({message(number, text), {}, {}, {}});
         }
     }
-    void answer(std::vector<ado::Result> results) { answers.push_back({{}, std::move(results)}); }
+    void answer(std::vector<ado::Result> results) {
+        answers.push_back({{}, std::move(results), {}, {}});
+    }
 };
 
 // One row with one Long column.
@@ -43,6 +57,32 @@ inline ado::Result oneNumber(std::int64_t value) {
     return result;
 }
 
+// Rows that come later, or never: fetching them fails so many times first.
+class FakeRest final : public ado::RowSource {
+public:
+    FakeRest(int rows, int failures) : rows_(rows), failures_(failures) {}
+    void fetch(std::vector<ado::ColumnStore>& rows) override {
+        if (failures_ > 0) {
+            --failures_;
+            throw ado::DriverError({FakeDatabase::message(-2147467259, "Connection broken.")});
+        }
+        for (int i = 0; i < rows_; ++i) {
+            rows.front().appendInteger(i + 2);
+        }
+    }
+
+private:
+    int rows_;
+    int failures_;
+};
+
+// The numbers from 1 to `count`, of which only the first comes at once.
+inline ado::Result numbersInPieces(int count, int failures) {
+    ado::Result result = oneNumber(1);
+    result.rest = std::make_shared<FakeRest>(count - 1, failures);
+    return result;
+}
+
 class FakeSession final : public ado::Session {
 public:
     explicit FakeSession(FakeDatabase& database) : database_(database) {}
@@ -50,18 +90,39 @@ public:
     using Session::execute;
     void execute(ado::Request& request, ado::Reply& reply) override {
         database_.scripts.emplace_back(request.text);
+        database_.requests.push_back(request);
         FakeDatabase::Answer answer = database_.answers.front();
         if (database_.answers.size() > 1) {
             database_.answers.pop_front();
         }
-        if (answer.failure) {
-            throw ado::DriverError({*answer.failure}, u"FakeSource");
-        }
         reply.results = std::move(answer.results);
+        reply.messages = answer.messages;
+        if (answer.failure) {
+            answer.messages.push_back(*answer.failure);
+            throw ado::DriverError(answer.messages, u"FakeSource");
+        }
+        takeBack(request, answer.comingBack);
     }
     ado::ChangeOutcome apply(const ado::RowChange& change) override {
         database_.changes.push_back(change);
-        return {1, {}};
+        if (!database_.refusedChanges.empty()) {
+            const ado::ServerMessage refusal = database_.refusedChanges.front();
+            database_.refusedChanges.pop_front();
+            throw ado::DriverError({refusal}, u"FakeSource");
+        }
+        if (database_.rowsTouched.empty()) {
+            return {1, {}};
+        }
+        const int touched = database_.rowsTouched.front();
+        database_.rowsTouched.pop_front();
+        return {touched, {}};
+    }
+    [[nodiscard]] ado::Result schema(ado::SchemaEnum kind,
+                                     const ado::SchemaRestrictions& wanted) override {
+        database_.schemasAsked.emplace_back(kind, wanted);
+        ado::SchemaRows rows(kind, wanted);
+        rows.add({{"TABLE_NAME", "Clienti"}, {"COLUMN_NAME", "Codice"}});
+        return rows.take();
     }
     void begin() override { ++depth_; }
     void commit() override { --depth_; }
@@ -69,6 +130,16 @@ public:
     [[nodiscard]] int transactionDepth() const override { return depth_; }
 
 private:
+    static void takeBack(ado::Request& request, const std::vector<ado::CellValue>& values) {
+        std::size_t next = 0;
+        for (ado::RequestParameter& parameter : request.parameters) {
+            if (parameter.direction != ado::ParameterDirectionEnum::adParamInput &&
+                next < values.size()) {
+                parameter.value = values[next++];
+            }
+        }
+    }
+
     FakeDatabase& database_;
     int depth_ = 0;
 };
@@ -81,6 +152,10 @@ public:
     [[nodiscard]] std::unique_ptr<ado::Session> open(
         const ado::ConnectionString& /*keys*/) const override {
         ++database.opened;
+        if (database.refusedOpenings > 0) {
+            --database.refusedOpenings;
+            throw ado::DriverError({FakeDatabase::message(-2147467259, "No answer.")});
+        }
         return std::make_unique<FakeSession>(database);
     }
 

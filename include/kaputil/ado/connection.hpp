@@ -15,7 +15,10 @@ namespace kap::ado {
 class DriverError;
 class Recordset;
 class Session;
+struct Reply;
+struct Request;
 struct Result;
+struct ServerMessage;
 
 // One batch of a script file: what is sent at once.
 struct ScriptBatch {
@@ -59,8 +62,12 @@ public:
     void Close();
     [[nodiscard]] ObjectStateEnum State() const;
 
-    // Runs a script. The result is the first statement's rows, or a closed recordset when it has
-    // none; `recordsAffected` receives the number of rows that the statements wrote, as a Long.
+    // Runs a script, or what `options` say (adCmdTable, adCmdStoredProc; adExecuteNoRecords throws
+    // the rows away). The result are the first rows, forward only and read only, or a closed
+    // recordset when there are none; what follows is for its NextRecordset. `recordsAffected`
+    // receives the number of rows that the statements wrote, as a Long. When the script fails, the
+    // first error is raised and Errors has every message; what a successful script printed is
+    // there, too.
     Ref<Recordset> Execute(const String& commandText,
                            ByRef<Variant> recordsAffected = Variant::missing(),
                            std::int32_t options = -1);
@@ -81,6 +88,50 @@ public:
 
     [[nodiscard]] Ref<ado::Errors> Errors() const { return errors_; }
 
+    // Describes what is in the database: its tables (adSchemaTables), their columns, primary keys
+    // and indexes, or the types that columns can have (adSchemaProviderTypes). `restrictions` is an
+    // array of values that the rowset's restriction columns must have, Empty for any:
+    //
+    //     adSchemaTables       catalog, schema, table, type (TABLE or VIEW)
+    //     adSchemaColumns      catalog, schema, table, column
+    //     adSchemaPrimaryKeys  catalog, schema, table
+    //     adSchemaIndexes      catalog, schema, index, type, table
+    //     adSchemaProviderTypes  data type, best match
+    //
+    // Raises 3704 when it is not open, 3251 for a description that the database does not have, 3001
+    // for more restrictions than that.
+    [[nodiscard]] Ref<Recordset> OpenSchema(SchemaEnum queryType,
+                                            const Variant& restrictions = Variant::missing(),
+                                            const Variant& schemaId = Variant::missing());
+
+    // Seconds that a script may run, 30 by default, and that opening may take, 15; 0: no limit.
+    // Running longer ends in the timeout error (-2147217871). Opening a file takes no time that
+    // could be limited: the latter is for database servers.
+    [[nodiscard]] std::int32_t CommandTimeout() const { return commandTimeout_; }
+    void setCommandTimeout(std::int32_t seconds);
+    [[nodiscard]] std::int32_t ConnectionTimeout() const { return connectionTimeout_; }
+    void setConnectionTimeout(std::int32_t seconds);
+    // The provider's name: that of the connection string, or the one to use when that has none.
+    // Raises 3705 when assigned while open.
+    [[nodiscard]] String Provider() const;
+    void setProvider(const String& value);
+    // What the connection is for: adModeRead opens the database for reading only, where the
+    // connection string says nothing. Raises 3705 when assigned while open.
+    [[nodiscard]] ConnectModeEnum Mode() const { return mode_; }
+    void setMode(ConnectModeEnum value);
+    // The database that the connection string names (Initial Catalog or Database); assigning
+    // changes to another database of the same server (USE).
+    [[nodiscard]] String DefaultDatabase() const;
+    void setDefaultDatabase(const String& value);
+    // How far transactions are kept apart: kept for who asks. Those of the embedded database see
+    // nothing of each other before they are committed, which is what every level asks for at most.
+    [[nodiscard]] IsolationLevelEnum IsolationLevel() const { return isolationLevel_; }
+    void setIsolationLevel(IsolationLevelEnum value);
+    // The version of the data-access objects whose behaviour clients find here.
+    [[nodiscard]] String Version() const { return u"2.8"; }
+    // Every call ends before the next can be made, so that there is never anything to cancel.
+    void Cancel() {}
+
     // Where the cursors of recordsets that Execute makes live: adUseServer by default.
     [[nodiscard]] CursorLocationEnum CursorLocation() const { return cursorLocation_; }
     void setCursorLocation(CursorLocationEnum value);
@@ -90,15 +141,33 @@ public:
     [[nodiscard]] std::shared_ptr<Session> session() const;
     // Runs `work`; the errors of a driver go into Errors before they are raised.
     void reporting(const std::function<void()>& work);
+    // Runs a request; what it printed goes into Errors.
+    void run(Request& request, Reply& reply);
+    // Puts all of these failures into Errors and raises the first.
+    [[noreturn]] void raiseAll(const std::vector<DriverError>& failures);
 
 private:
-    void report(const DriverError& error);
+    void report(const std::vector<ServerMessage>& messages, const String& source);
     [[nodiscard]] Ref<Recordset> answer(Result result);
+    [[nodiscard]] String completeString() const;
+    void requireClosed() const;
+    void requireOpen() const;
 
     String connectionString_;
     std::shared_ptr<Session> session_;
     Ref<ado::Errors> errors_;
     CursorLocationEnum cursorLocation_ = CursorLocationEnum::adUseServer;
+    std::int32_t commandTimeout_ = 30;
+    std::int32_t connectionTimeout_ = 15;
+    String provider_;
+    String database_;
+    ConnectModeEnum mode_ = ConnectModeEnum::adModeUnknown;
+    IsolationLevelEnum isolationLevel_ = IsolationLevelEnum::adXactReadCommitted;
 };
+
+// The connection that a client names: an object, or a connection string, which is opened; unset for
+// Null, Empty and an unset object. Raises 3001 for another object, 3709 for a connection that is
+// not open.
+[[nodiscard]] Ref<Connection> connectionOf(const Variant& value);
 
 }  // namespace kap::ado

@@ -77,6 +77,7 @@ enum class AffectEnum : std::int32_t {
     adAffectCurrent = 1,
     adAffectGroup = 2,
     adAffectAll = 3,
+    adAffectAllChapters = 4,
 };
 
 enum class ResyncEnum : std::int32_t {
@@ -90,8 +91,87 @@ enum class RecordStatusEnum : std::int32_t {
     adRecModified = 2,
     adRecDeleted = 4,
     adRecUnmodified = 8,
+    adRecInvalid = 16,
     adRecConcurrencyViolation = 2048,
+    adRecIntegrityViolation = 4096,
+    adRecSchemaViolation = 131072,
     adRecDBDeleted = 262144,
+};
+
+enum class FilterGroupEnum : std::int32_t {
+    adFilterNone = 0,
+    adFilterPendingRecords = 1,
+    adFilterAffectedRecords = 2,
+    adFilterFetchedRecords = 3,
+    adFilterConflictingRecords = 5,
+};
+
+enum class SearchDirectionEnum : std::int32_t {
+    adSearchBackward = -1,
+    adSearchForward = 1,
+};
+
+enum class CompareEnum : std::int32_t {
+    adCompareLessThan = 0,
+    adCompareEqual = 1,
+    adCompareGreaterThan = 2,
+    adCompareNotEqual = 3,
+    adCompareNotComparable = 4,
+};
+
+enum class StringFormatEnum : std::int32_t {
+    adClipString = 2,
+};
+
+enum class MarshalOptionsEnum : std::int32_t {
+    adMarshalAll = 0,
+    adMarshalModifiedOnly = 1,
+};
+
+// What a recordset can do, for Recordset.Supports.
+enum class CursorOptionEnum : std::int32_t {
+    adHoldRecords = 0x100,
+    adMovePrevious = 0x200,
+    adBookmark = 0x2000,
+    adApproxPosition = 0x4000,
+    adUpdateBatch = 0x10000,
+    adResync = 0x20000,
+    adNotify = 0x40000,
+    adFind = 0x80000,
+    adSeek = 0x400000,
+    adIndex = 0x800000,
+    adAddNew = 0x1000400,
+    adDelete = 0x1000800,
+    adUpdate = 0x1008000,
+};
+
+// Descriptions of what is in a database, for Connection.OpenSchema.
+enum class SchemaEnum : std::int32_t {
+    adSchemaColumns = 4,
+    adSchemaIndexes = 12,
+    adSchemaTables = 20,
+    adSchemaProviderTypes = 22,
+    adSchemaPrimaryKeys = 28,
+};
+
+enum class ConnectModeEnum : std::int32_t {
+    adModeUnknown = 0,
+    adModeRead = 1,
+    adModeWrite = 2,
+    adModeReadWrite = 3,
+    adModeShareDenyRead = 4,
+    adModeShareDenyWrite = 8,
+    adModeShareExclusive = 12,
+    adModeShareDenyNone = 16,
+};
+
+enum class IsolationLevelEnum : std::int32_t {
+    adXactUnspecified = -1,
+    adXactChaos = 16,
+    adXactReadUncommitted = 256,
+    adXactReadCommitted = 4096,
+    adXactRepeatableRead = 65536,
+    adXactSerializable = 1048576,
 };
 
 enum class DataTypeEnum : std::int32_t {

@@ -7,7 +7,8 @@
 
 namespace kap::ado {
 
-// One error or message that the database reported.
+// One error or message that the database reported. Of a message that is no error, such as what a
+// script prints, Number is 0.
 class Error final : public DescribedObject {
 public:
     struct Details {
@@ -36,7 +37,8 @@ private:
     Details details_;
 };
 
-// The errors of the last failed operation of a connection, in the database's order.
+// The errors and messages of the last operation of a connection that had any, in the database's
+// order. What reports nothing leaves them as they are; Clear forgets them.
 class Errors final : public DescribedObject {
 public:
     static const ClassDescription& classDescription();
@@ -47,6 +49,9 @@ public:
     [[nodiscard]] std::int32_t Count() const;
     // The error at a position from 0; raises 3265 (item not found) outside the collection.
     [[nodiscard]] Ref<Error> Item(std::int32_t index) const;
+    [[nodiscard]] std::vector<Variant> elements() override {
+        return {errors_.begin(), errors_.end()};
+    }
     void Clear() { errors_.clear(); }
 
     // Replaces the contents; called by the connection.

@@ -32,6 +32,9 @@ public:
     void setValue(const Variant& value);
     // What the database held when the record was read or last written.
     [[nodiscard]] Variant OriginalValue() const;
+    // What it held when the record was last compared with it (Recordset.Resync with
+    // adResyncUnderlyingValues); else the original value.
+    [[nodiscard]] Variant UnderlyingValue() const;
 
     [[nodiscard]] String Name() const;
     [[nodiscard]] DataTypeEnum Type() const;
@@ -54,9 +57,16 @@ private:
 };
 
 // The columns of a recordset, in the order of the query.
+//
+// A recordset that is made by hand gets its columns here before it is opened:
+//
+//     auto recordset = kap::make<kap::ado::Recordset>();
+//     recordset->Fields()->Append(u"Codice", DataTypeEnum::adVarChar, 20);
+//     recordset->Open();
+//     recordset->AddNew(u"Codice", u"A12");
 class Fields final : public DescribedObject {
 public:
-    explicit Fields(std::shared_ptr<RowCursor> cursor);
+    explicit Fields(std::shared_ptr<RowCursor> cursor, bool open = true);
     static const ClassDescription& classDescription();
     [[nodiscard]] const ClassDescription& description() const override {
         return classDescription();
@@ -70,9 +80,25 @@ public:
         return {fields_.begin(), fields_.end()};
     }
 
+    // Adds a column: its data type, for texts and binaries the characters or bytes that it holds,
+    // and bits of FieldAttributeEnum, of which adFldFixed and adFldLong count. Raises 3219 once the
+    // recordset is open, 3001 for a name that is taken or empty, a type that a column cannot have,
+    // and a text or binary without size.
+    void Append(const String& name, DataTypeEnum type, std::int32_t definedSize = 0,
+                FieldAttributeEnum attributes = FieldAttributeEnum::adFldUnspecified);
+    // Takes a column away again; raises 3219 once the recordset is open, 3265 when there is none.
+    void Delete(const Variant& index);
+
 private:
+    [[nodiscard]] std::size_t positionOf(const Variant& index) const;
+    void requireUnopened() const;
+
+    friend class Recordset;
+    void opened() { open_ = true; }
+
     std::shared_ptr<RowCursor> cursor_;
     std::vector<Ref<Field>> fields_;
+    bool open_;
 };
 
 }  // namespace kap::ado

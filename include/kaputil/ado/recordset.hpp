@@ -4,26 +4,37 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <vector>
 
 #include <kaputil/ado/connection.hpp>
 #include <kaputil/ado/enumerations.hpp>
 #include <kaputil/ado/field.hpp>
+#include <kaputil/frame/by_ref.hpp>
 #include <kaputil/frame/class_description.hpp>
 
 namespace kap::ado {
 
+class Command;
 class RowCursor;
 
 // The rows of a query, one of them current, that can be read, changed and written back.
 //
-// The rows are fetched whole when the recordset is opened. Changes of fields are pending until
-// Update writes them (moving to another record does so too); the database row is located by its
-// key and by what it held when it was read, and if another user changed it meanwhile Update raises
-// -2147217864 and writes nothing. With a server cursor on a table that has a row-version column the
-// version must be the same too.
+// The rows are fetched when the recordset is opened. Changes of fields are pending until Update
+// writes them (moving to another record does so too); the database row is located by its key and by
+// what it held when it was read, and if another user changed it meanwhile Update raises -2147217864
+// and writes nothing. With a server cursor on a table that has a row-version column the version
+// must be the same too.
 //
-// Setting ActiveConnection to an unset object disconnects the recordset: it keeps its rows, and
-// changes stay in it.
+// With adLockBatchOptimistic, Update keeps the change in the recordset until UpdateBatch writes all
+// that wait. Setting ActiveConnection to an unset object disconnects the recordset: it keeps its
+// rows, and changes stay in it; a batch recordset can be connected again and written then.
+//
+// A recordset with a server cursor that only goes forward (the default, and what Execute gives)
+// does not go back, does not count its records (RecordCount is -1) and has no bookmarks; MoveFirst
+// starts again. Every other kind does all that. A client cursor is always static; a dynamic one
+// becomes a keyset.
+//
+// A recordset can also be made by hand: see Fields.
 class Recordset final : public DescribedObject {
 public:
     Recordset();
@@ -33,24 +44,43 @@ public:
         return classDescription();
     }
 
-    // Opens `source` (a query in the dialect, or a table's name with adCmdTable in `options`) on a
-    // connection object or a connection string. What is left out is taken from the properties.
+    // --- Opening
+
+    // Opens `source` (a query in the dialect; a table's or procedure's name with adCmdTable or
+    // adCmdStoredProc in `options`; or a Command) on a connection object or a connection string.
+    // What is left out is taken from the properties. A script's first rows are shown; what follows
+    // is for NextRecordset. A recordset without source to which fields were appended opens empty.
     // Raises 3705 when it is open already, 3709 without an open connection, 3001 for an option that
-    // does not exist, and the database's errors.
+    // does not exist and for a connection beside a Command, which has its own, and the database's
+    // errors.
     void Open(const Variant& source = Variant::missing(),
               const Variant& activeConnection = Variant::missing(),
               CursorTypeEnum cursorType = CursorTypeEnum::adOpenUnspecified,
               LockTypeEnum lockType = LockTypeEnum::adLockUnspecified, std::int32_t options = -1);
-    // Raises 3704 when it is closed, 3219 while a record is being edited.
+    // Raises 3704 when it is closed, 3219 while a record is being edited. Changes that wait for
+    // UpdateBatch are lost.
     void Close();
-    // Runs the same query again.
+    // Runs the same query again; filter and order are forgotten. Raises 3219 while a record is
+    // being edited.
     void Requery(std::int32_t options = -1);
+    // The next answer of the script: its rows, or a closed recordset for a statement that wrote
+    // rows, which `recordsAffected` then tells (a Long); unset when there is none left.
+    Ref<Recordset> NextRecordset(ByRef<Variant> recordsAffected = Variant::missing());
+    // Another recordset on the same records, with a position, filter and order of its own, on the
+    // first record; their bookmarks are the same, and what one changes the other sees. With
+    // adLockReadOnly it cannot change them. Raises 3251 for a cursor that only goes forward.
+    [[nodiscard]] Ref<Recordset> Clone(LockTypeEnum lockType = LockTypeEnum::adLockUnspecified);
+    // Every call ends before the next can be made, so that there is never anything to cancel.
+    void Cancel() {}
     [[nodiscard]] ObjectStateEnum State() const;
 
     // The connection object, or an unset one.
     [[nodiscard]] Variant ActiveConnection() const;
     void setActiveConnection(const Variant& value);
-    [[nodiscard]] Variant Source() const { return source_; }
+    // The Command that was opened, or an unset object.
+    [[nodiscard]] Variant ActiveCommand() const;
+    // The text of the query.
+    [[nodiscard]] Variant Source() const;
     void setSource(const Variant& value);
     [[nodiscard]] CursorTypeEnum CursorType() const { return cursorType_; }
     void setCursorType(CursorTypeEnum value);
@@ -58,24 +88,95 @@ public:
     void setLockType(LockTypeEnum value);
     [[nodiscard]] CursorLocationEnum CursorLocation() const { return cursorLocation_; }
     void setCursorLocation(CursorLocationEnum value);
+    // The most records to fetch; 0, the default, is no limit. Raises 3705 when assigned while open.
+    [[nodiscard]] std::int32_t MaxRecords() const { return maxRecords_; }
+    void setMaxRecords(std::int32_t value);
+    // How many records a client keeps at hand and which ones are sent back. Every record is at hand
+    // and only changes are ever written, so these are kept for who asks, and change nothing.
+    [[nodiscard]] std::int32_t CacheSize() const { return cacheSize_; }
+    void setCacheSize(std::int32_t value);
+    [[nodiscard]] MarshalOptionsEnum MarshalOptions() const { return marshalOptions_; }
+    void setMarshalOptions(MarshalOptionsEnum value);
+    // Whether the recordset can do something.
+    [[nodiscard]] bool Supports(CursorOptionEnum option) const;
+
+    // --- Position
 
     [[nodiscard]] bool Bof() const;  // late-bound BOF
     [[nodiscard]] bool Eof() const;  // late-bound EOF
+    // The records that the filter shows; -1 for a cursor that only goes forward.
     [[nodiscard]] std::int32_t RecordCount() const;
-    // The current record's position from 1, or a value of PositionEnum.
+    // The current record's position from 1, or a value of PositionEnum. Assigning moves there and
+    // raises 3001 outside the records.
     [[nodiscard]] std::int32_t AbsolutePosition() const;
-    [[nodiscard]] EditModeEnum EditMode() const;
+    void setAbsolutePosition(std::int32_t value);
+    // The same in pages of PageSize records (10 by default). Assigning moves to the first record of
+    // the page.
+    [[nodiscard]] std::int32_t AbsolutePage() const;
+    void setAbsolutePage(std::int32_t value);
+    [[nodiscard]] std::int32_t PageSize() const { return pageSize_; }
+    void setPageSize(std::int32_t value);
+    [[nodiscard]] std::int32_t PageCount() const;
+    // A value that stands for the current record, in this recordset and its clones. Assigning moves
+    // there and raises -2147217906 when the record is not shown.
+    [[nodiscard]] Variant Bookmark() const;
+    void setBookmark(const Variant& value);
+    // How the records of two bookmarks stand to each other.
+    [[nodiscard]] CompareEnum CompareBookmarks(const Variant& bookmark1,
+                                               const Variant& bookmark2) const;
 
     // Movements save a pending change first. They raise 3021 when they need a record and there is
-    // none.
+    // none, -2147217884 when a cursor that only goes forward would have to go back.
     void MoveFirst();
     void MoveLast();
     void MoveNext();
     void MovePrevious();
+    // By a number of records, from the current one, from the first or last (a Long of
+    // BookmarkEnum), or from a bookmark.
     void Move(std::int32_t numRecords, const Variant& start = Variant::missing());
 
-    [[nodiscard]] Ref<ado::Fields> Fields() const;
+    // Moves to the next record that meets `criteria`, one comparison `name op value` with op one of
+    // = <> < > <= >= LIKE; to EOF (searching backward, to BOF) when there is none. The search
+    // begins at the current record or at `start`, after passing over `skipRecords`. Raises 3021
+    // without a current record, 3001 for criteria that cannot be read, 3265 for an unknown column.
+    void Find(const String& criteria, std::int32_t skipRecords = 0,
+              SearchDirectionEnum searchDirection = SearchDirectionEnum::adSearchForward,
+              const Variant& start = Variant::missing());
+    // Which records are shown: comparisons joined by AND and OR, with parentheses; an array of
+    // bookmarks; a value of FilterGroupEnum; empty text or 0 for all. Assigning moves to the first
+    // of them. A record that a change takes out of the filter stays current until the next
+    // movement.
+    //
+    // In criteria a text stands in single quotes, a quote in it doubled; a date between # as
+    // year-month-day or month/day/year; Null is only equal (=) or not (<>). Texts are compared
+    // without regard to case; in LIKE, `*` and `%` stand for any characters.
+    [[nodiscard]] Variant Filter() const { return filter_; }
+    void setFilter(const Variant& value);
+    // The order of the records: column names with commas between, each followed by ASC or DESC if
+    // wanted; empty text for the query's own. Assigning moves to the first record. Null comes first
+    // in ascending order. A record that is changed keeps its place until Sort is assigned again.
+    [[nodiscard]] String Sort() const { return sort_; }
+    void setSort(const String& value);
 
+    // --- Reading
+
+    [[nodiscard]] Ref<ado::Fields> Fields() const { return fields_; }
+    // The values of records from the current one (or `start`) on, as an array with the fields in
+    // the first dimension and the records in the second, both from 0; moves behind them. `rows` -1
+    // is all; `fields` names or numbers one field, or several in an array. Raises 3021 at EOF.
+    [[nodiscard]] Variant GetRows(std::int32_t rows = -1, const Variant& start = Variant::missing(),
+                                  const Variant& fields = Variant::missing());
+    // The same as a text, the values as the user writes them.
+    [[nodiscard]] String GetString(StringFormatEnum stringFormat = StringFormatEnum::adClipString,
+                                   std::int32_t numRows = -1, const String& columnDelimiter = u"\t",
+                                   const String& rowDelimiter = u"\r",
+                                   const String& nullExpr = u"");
+
+    // --- Writing
+
+    [[nodiscard]] EditModeEnum EditMode() const;
+    // Bits of RecordStatusEnum: whether the record waits for UpdateBatch, and why that failed.
+    [[nodiscard]] std::int32_t Status() const;
     // Begins a new record; with names and values (texts, or arrays of the same length) writes it at
     // once.
     void AddNew(const Variant& fieldList = Variant::missing(),
@@ -84,10 +185,20 @@ public:
     void Update(const Variant& fields = Variant::missing(),
                 const Variant& values = Variant::missing());
     void CancelUpdate();
-    // Deletes the current record from the database. It stays current, unreadable, until the next
-    // movement.
+    // Deletes the current record (the default), those that the filter shows (adAffectGroup), or all
+    // that are shown. A deleted record stays current, unreadable, until the next movement.
     void Delete(AffectEnum affectRecords = AffectEnum::adAffectCurrent);
-    // Reads the current record again (adAffectCurrent) or every record (the default).
+    // Writes the changes that wait: of the current record, of those that the filter shows
+    // (adAffectGroup), or all. Every one is tried; what fails keeps waiting with its Status, each
+    // failure is in the connection's Errors, and the first one is raised. Raises 3251 unless
+    // LockType is adLockBatchOptimistic, 3709 when disconnected.
+    void UpdateBatch(AffectEnum affectRecords = AffectEnum::adAffectAll);
+    // Forgets the changes that wait.
+    void CancelBatch(AffectEnum affectRecords = AffectEnum::adAffectAll);
+    // Reads the current record again (adAffectCurrent), those that the filter shows, or all (the
+    // default). adResyncAllValues forgets their changes; adResyncUnderlyingValues keeps them and
+    // only takes note of what the database holds, which the next update then expects to find.
+    // Raises -2147217885 for a record that is gone from the database.
     void Resync(AffectEnum affectRecords = AffectEnum::adAffectAll,
                 ResyncEnum resyncValues = ResyncEnum::adResyncAllValues);
 
@@ -103,25 +214,48 @@ public:
 
 private:
     friend class Connection;
-    void adopt(std::shared_ptr<RowCursor> cursor, Ref<Connection> connection);
+    friend class Command;
+    friend Ref<Recordset> recordsetOf(std::vector<Result> results,
+                                      const Ref<Connection>& connection);
+    void adopt(Result result, Ref<Connection> connection);
+    void show(std::shared_ptr<RowCursor> cursor);
+    void takeAnswers(std::vector<Result> results);
+    void forget();
     [[nodiscard]] RowCursor& opened() const;
     void requireOpen() const;
     void requireClosed() const;
-    [[nodiscard]] String commandText(std::int32_t options) const;
-    void run(const String& text);
+    void requireScrolling() const;
+    void requireBatch() const;
+    void openMadeByHand();
+    void run(std::int32_t options);
     void assignAll(const Variant& names, const Variant& values);
     void savePending();
     void save();
+    void moveTo(const Variant& start);
+    void rearrange();
+    [[nodiscard]] std::size_t rowOfBookmark(const Variant& bookmark) const;
+    [[nodiscard]] std::vector<std::size_t> affectedRows(AffectEnum which) const;
+    [[nodiscard]] std::vector<std::size_t> fieldsWanted(const Variant& fields) const;
+    [[nodiscard]] std::size_t rowsWanted(std::int32_t rows) const;
 
     std::shared_ptr<RowCursor> cursor_;  // unset: closed
+    std::shared_ptr<RowCursor> draft_;   // of the columns appended while closed
     Ref<Connection> connection_;
+    Ref<Command> command_;
     Ref<ado::Fields> fields_;
     Variant source_ = u"";
     CursorTypeEnum cursorType_ = CursorTypeEnum::adOpenForwardOnly;
     LockTypeEnum lockType_ = LockTypeEnum::adLockReadOnly;
     CursorLocationEnum cursorLocation_ = CursorLocationEnum::adUseServer;
+    MarshalOptionsEnum marshalOptions_ = MarshalOptionsEnum::adMarshalAll;
     std::int32_t options_ = -1;
+    std::int32_t maxRecords_ = 0;
+    std::int32_t cacheSize_ = 1;
+    std::int32_t pageSize_ = 10;
+    Variant filter_ = u"";
+    String sort_;
     std::optional<std::int64_t> rowsAffected_;
+    std::vector<Result> following_;  // the script's other answers
 };
 
 }  // namespace kap::ado

@@ -2,6 +2,8 @@
 
 #include <filesystem>
 
+#include "ado/embedded/schema_rowsets.hpp"
+
 namespace kap::ado::embedded {
 namespace {
 
@@ -46,6 +48,13 @@ ChangeOutcome EmbeddedSession::apply(const RowChange& change) {
             state_.identity = counters_.takeLastIdentity();
         }
         return outcome;
+    });
+}
+
+Result EmbeddedSession::schema(SchemaEnum kind, const SchemaRestrictions& wanted) {
+    return reported([&] {
+        const Transactions::ReadScope scope(transactions_);
+        return schemaRowset(connection_.database(), catalogue_, kind, wanted);
     });
 }
 

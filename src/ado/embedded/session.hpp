@@ -22,6 +22,7 @@ public:
     using Session::execute;
     void execute(Request& request, Reply& reply) override;
     ChangeOutcome apply(const RowChange& change) override;
+    [[nodiscard]] Result schema(SchemaEnum kind, const SchemaRestrictions& wanted) override;
     void begin() override;
     void commit() override;
     void rollback() override;

@@ -1,0 +1,92 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include <kaputil/ado/connection.hpp>
+#include <kaputil/ado/enumerations.hpp>
+#include <kaputil/ado/parameter.hpp>
+#include <kaputil/frame/by_ref.hpp>
+#include <kaputil/frame/class_description.hpp>
+
+namespace kap::ado {
+
+struct Reply;
+struct Request;
+
+// A text to run again and again, with parameters and a time limit of its own.
+//
+//     auto command = kap::make<kap::ado::Command>();
+//     command->setActiveConnection(connection);
+//     command->setCommandText(u"UPDATE Clienti SET Fido = ? WHERE Codice = ?");
+//     command->Execute({}, Array::ofVariants({kap::Currency{1'000'0000}, 12}));
+class Command final : public DescribedObject {
+public:
+    Command();
+    ~Command() override;
+    static const ClassDescription& classDescription();
+    [[nodiscard]] const ClassDescription& description() const override {
+        return classDescription();
+    }
+
+    // The connection object, or an unset one. Assigning a connection string opens a connection of
+    // its own; raises 3709 for a connection that is not open, 3001 for anything else.
+    [[nodiscard]] Variant ActiveConnection() const;
+    void setActiveConnection(const Variant& value);
+    [[nodiscard]] String CommandText() const { return text_; }
+    void setCommandText(const String& value) { text_ = value; }
+    // adCmdText, adCmdTable, adCmdStoredProc; adCmdUnknown, the default, is run as a text.
+    [[nodiscard]] CommandTypeEnum CommandType() const { return type_; }
+    void setCommandType(CommandTypeEnum value);
+    // Seconds, 30 by default; 0: no limit. Running longer ends in the timeout error (-2147217871).
+    [[nodiscard]] std::int32_t CommandTimeout() const { return timeout_; }
+    void setCommandTimeout(std::int32_t seconds);
+    // Whether the text is worth preparing. Every text is, so this is kept for who asks.
+    [[nodiscard]] bool Prepared() const { return prepared_; }
+    void setPrepared(bool value) { prepared_ = value; }
+    [[nodiscard]] String Name() const { return name_; }
+    void setName(const String& value) { name_ = value; }
+    // Whether a procedure's parameters are known by their names and not by their places.
+    [[nodiscard]] bool NamedParameters() const { return namedParameters_; }
+    void setNamedParameters(bool value) { namedParameters_ = value; }
+    // Always closed: every call ends before the next can be made.
+    [[nodiscard]] ObjectStateEnum State() const { return ObjectStateEnum::adStateClosed; }
+    void Cancel() {}
+
+    [[nodiscard]] Ref<ado::Parameters> Parameters() const { return parameters_; }
+    // A parameter that does not belong to a command yet. Raises 3001 for a type, direction or size
+    // that does not exist, and what Parameter.Value raises.
+    [[nodiscard]] Ref<Parameter> CreateParameter(
+        const String& name = u"", DataTypeEnum type = DataTypeEnum::adEmpty,
+        ParameterDirectionEnum direction = ParameterDirectionEnum::adParamInput,
+        std::int32_t size = 0, const Variant& value = Variant::missing()) const;
+
+    // Runs the command. The result is the first rows, forward only and read only, or a closed
+    // recordset; `recordsAffected` receives the number of rows that the statements wrote, as a
+    // Long. `parameters` is a value or an array of values for the input parameters in their order;
+    // what is Empty or left out keeps the parameter's own value. A command without parameters takes
+    // their types from the values. Parameters that come back have their new values afterwards.
+    Ref<Recordset> Execute(ByRef<Variant> recordsAffected = Variant::missing(),
+                           const Variant& parameters = Variant::missing(),
+                           std::int32_t options = -1);
+
+    // For a recordset that opens the command: runs it as it stands. C++ only.
+    [[nodiscard]] std::vector<Result> run(std::int32_t options);
+    [[nodiscard]] const Ref<Connection>& connection() const { return connection_; }
+
+private:
+    [[nodiscard]] Request request(const Variant& given, std::int32_t options) const;
+    void send(Request& request, Reply& reply);
+    void takeBack(const Request& request);
+
+    Ref<Connection> connection_;
+    Ref<ado::Parameters> parameters_;
+    String text_;
+    String name_;
+    CommandTypeEnum type_ = CommandTypeEnum::adCmdUnknown;
+    std::int32_t timeout_ = 30;
+    bool prepared_ = false;
+    bool namedParameters_ = false;
+};
+
+}  // namespace kap::ado

@@ -1,0 +1,54 @@
+#include "ado/answers.hpp"
+
+#include <utility>
+
+#include <kaputil/frame/array.hpp>
+#include <kaputil/frame/convert.hpp>
+
+#include "ado/failures.hpp"
+#include "ado/schema_rows.hpp"
+
+namespace kap::ado {
+
+Variant rowsWritten(const std::vector<Result>& results) {
+    std::int64_t rows = 0;
+    bool counted = false;
+    for (const Result& result : results) {
+        if (result.rowsAffected && result.columns.empty()) {
+            rows += *result.rowsAffected;
+            counted = true;
+        }
+    }
+    return counted ? static_cast<std::int32_t>(rows) : -1;
+}
+
+Ref<Recordset> recordsetOf(std::vector<Result> results, const Ref<Connection>& connection) {
+    auto recordset = make<Recordset>();
+    recordset->connection_ = connection;
+    recordset->cursorLocation_ = connection->CursorLocation();
+    recordset->takeAnswers(std::move(results));
+    return recordset;
+}
+
+SchemaRestrictions restrictionsOf(SchemaEnum kind, const Variant& given) {
+    SchemaRestrictions wanted(restrictionColumns(kind).size());
+    if (given.isMissing() || given.isEmpty()) {
+        return wanted;
+    }
+    if (!given.isArray()) {
+        fail::invalidArgument();
+    }
+    const Array& values = given.as<Array>();
+    if (values.size() > wanted.size()) {
+        fail::invalidArgument();
+    }
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        const Variant value = values.at(values.lowerBound() + static_cast<std::int32_t>(i));
+        if (!value.isEmpty() && !value.isNull() && !value.isMissing()) {
+            wanted[i] = convert::toString(value).utf8();
+        }
+    }
+    return wanted;
+}
+
+}  // namespace kap::ado

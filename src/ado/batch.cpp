@@ -1,0 +1,141 @@
+#include "ado/batch.hpp"
+
+#include <kaputil/ado/error_numbers.hpp>
+
+#include "ado/cell_value.hpp"
+
+namespace kap::ado {
+namespace {
+
+std::int32_t failureBits(const DriverError& error) {
+    switch (error.number()) {
+        case errors::kConcurrency:
+        case errors::kRowNotFound:
+            return static_cast<std::int32_t>(RecordStatusEnum::adRecConcurrencyViolation);
+        case errors::kIntegrity:
+            return static_cast<std::int32_t>(RecordStatusEnum::adRecIntegrityViolation);
+        case errors::kUnknownObject:
+            return static_cast<std::int32_t>(RecordStatusEnum::adRecSchemaViolation);
+        default:
+            return static_cast<std::int32_t>(RecordStatusEnum::adRecInvalid);
+    }
+}
+
+// The values that a waiting row shows in the columns that were changed; of a new row all.
+PendingValues changesOf(const RowTable& table, std::size_t row, const PendingRow& waiting) {
+    PendingValues changes(table.columns().size());
+    for (std::size_t column = 0; column < changes.size(); ++column) {
+        const ColumnInfo& info = table.columns()[column];
+        const CellValue shown = databaseValue(info, table.store(column), row);
+        const bool isNew = waiting.kind == PendingRow::Kind::New;
+        // What was not given in a new row is left to the database's defaults.
+        const bool given =
+            isNew ? info.writable() && shown != CellValue{} : waiting.original[column].has_value();
+        if (given) {
+            changes[column] = shown;
+        }
+    }
+    return changes;
+}
+
+void writeRow(RowTable& table, const RowWriter& writer, std::size_t row,
+              const PendingRow& waiting) {
+    switch (waiting.kind) {
+        case PendingRow::Kind::Modified:
+            table.put(row, writer.update(row, changesOf(table, row, waiting)));
+            break;
+        case PendingRow::Kind::New:
+            table.put(row, writer.insert(changesOf(table, row, waiting)));
+            break;
+        case PendingRow::Kind::Deleted:
+            writer.remove(row);
+            break;
+    }
+}
+
+// Rows that are gone from the database are deleted here too.
+void readRow(RowTable& table, const RowWriter& writer, std::size_t row, ResyncEnum values) {
+    PendingValues found;
+    try {
+        found = writer.read(row);
+    } catch (const DriverError& error) {
+        const bool gone = error.number() == errors::kRowNotFound;
+        if (gone && values == ResyncEnum::adResyncAllValues) {
+            table.pending().erase(row);
+            table.setDeleted(row, true);
+        }
+        throw;
+    }
+    if (values == ResyncEnum::adResyncAllValues) {
+        table.pending().erase(row);
+        table.forgetUnderlying(row);
+        table.setDeleted(row, false);
+        table.put(row, found);
+    } else {
+        table.setUnderlying(row, std::move(found));
+    }
+}
+
+}  // namespace
+
+std::vector<DriverError> updateBatch(RowCursor& cursor, Session& session,
+                                     const std::vector<std::size_t>& rows) {
+    RowTable& table = cursor.table();
+    const RowWriter writer = cursor.writer(session);
+    std::vector<DriverError> failures;
+    table.affected().clear();
+    for (const std::size_t row : rows) {
+        const auto waiting = table.pending().find(row);
+        if (waiting == table.pending().end()) {
+            continue;
+        }
+        table.affected().push_back(row);
+        try {
+            writeRow(table, writer, row, waiting->second);
+            table.pending().erase(waiting);
+            table.forgetUnderlying(row);
+        } catch (const DriverError& error) {
+            waiting->second.failure = failureBits(error);
+            failures.push_back(error);
+        }
+    }
+    return failures;
+}
+
+void cancelBatch(RowCursor& cursor, const std::vector<std::size_t>& rows) {
+    RowTable& table = cursor.table();
+    table.affected().clear();
+    for (const std::size_t row : rows) {
+        const auto waiting = table.pending().find(row);
+        if (waiting == table.pending().end()) {
+            continue;
+        }
+        table.affected().push_back(row);
+        table.put(row, waiting->second.original);
+        table.setDeleted(row, waiting->second.kind == PendingRow::Kind::New);
+        table.pending().erase(waiting);
+    }
+}
+
+std::vector<DriverError> resync(RowCursor& cursor, Session& session,
+                                const std::vector<std::size_t>& rows, ResyncEnum values) {
+    RowTable& table = cursor.table();
+    const RowWriter writer = cursor.writer(session);
+    std::vector<DriverError> failures;
+    table.affected().clear();
+    for (const std::size_t row : rows) {
+        const PendingRow* waiting = table.pending(row);
+        if (waiting != nullptr && waiting->kind == PendingRow::Kind::New) {
+            continue;  // the database does not know it
+        }
+        table.affected().push_back(row);
+        try {
+            readRow(table, writer, row, values);
+        } catch (const DriverError& error) {
+            failures.push_back(error);
+        }
+    }
+    return failures;
+}
+
+}  // namespace kap::ado

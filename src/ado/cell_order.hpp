@@ -1,0 +1,19 @@
+#pragma once
+
+#include <compare>
+#include <cstddef>
+#include <string_view>
+
+#include "ado/driver.hpp"
+
+namespace kap::ado {
+
+// The order of texts for Sort, Find and Filter: that of the embedded database, so that what a
+// client sorts stands as if the query had sorted it. Case and trailing blanks do not count.
+[[nodiscard]] std::weak_ordering compareTexts(std::string_view left, std::string_view right);
+
+// The order of two cells of a column; Null comes first. A replaced Null counts as what it reads.
+[[nodiscard]] std::weak_ordering compareCells(const ColumnInfo& column, const ColumnStore& store,
+                                              std::size_t left, std::size_t right);
+
+}  // namespace kap::ado

@@ -1,0 +1,198 @@
+#include <kaputil/ado/command.hpp>
+
+#include <chrono>
+#include <utility>
+
+#include <kaputil/ado/recordset.hpp>
+#include <kaputil/frame/array.hpp>
+#include <kaputil/frame/convert.hpp>
+
+#include "ado/answers.hpp"
+#include "ado/driver.hpp"
+#include "ado/failures.hpp"
+#include "ado/parameter_cell.hpp"
+#include "ado/request_builder.hpp"
+#include "frame/class_builder.hpp"
+
+namespace kap::ado {
+namespace {
+
+bool goesIn(ParameterDirectionEnum direction) {
+    return direction != ParameterDirectionEnum::adParamOutput &&
+           direction != ParameterDirectionEnum::adParamReturnValue;
+}
+
+bool comesBack(ParameterDirectionEnum direction) {
+    return direction == ParameterDirectionEnum::adParamOutput ||
+           direction == ParameterDirectionEnum::adParamInputOutput ||
+           direction == ParameterDirectionEnum::adParamReturnValue;
+}
+
+// The values given with a call: one, or an array of them.
+std::vector<Variant> valuesGiven(const Variant& given) {
+    if (given.isMissing() || given.isEmpty()) {
+        return {};
+    }
+    if (!given.isArray() || given.as<Array>().elementType() == VarType::Byte) {
+        return {given};
+    }
+    std::vector<Variant> values;
+    const Array& array = given.as<Array>();
+    for (std::int32_t i = array.lowerBound(); i <= array.upperBound(); ++i) {
+        values.push_back(array.at(i));
+    }
+    return values;
+}
+
+}  // namespace
+
+Command::Command() : parameters_(make<ado::Parameters>()) {}
+
+Command::~Command() = default;
+
+const ClassDescription& Command::classDescription() {
+    const auto missing = [](const char16_t* name) {
+        return kap::Parameter(name).otherwise(Variant::missing());
+    };
+    static const ClassDescription description =
+        ClassBuilder<Command>(u"Command", u"", u"")
+            .summary(u"A text to run again and again, with parameters and a time limit.")
+            .property<&Command::ActiveConnection, &Command::setActiveConnection>(
+                u"ActiveConnection", u"The connection.")
+            .alsoSet()
+            .property<&Command::CommandText, &Command::setCommandText>(
+                u"CommandText", u"A script, a table's or a procedure's name.")
+            .property<&Command::CommandTimeout, &Command::setCommandTimeout>(
+                u"CommandTimeout", u"Seconds that it may run; 0: no limit.")
+            .property<&Command::CommandType, &Command::setCommandType>(
+                u"CommandType", u"1 text, 2 table, 4 stored procedure, 8 unknown.")
+            .property<&Command::Name, &Command::setName>(u"Name", u"The name.")
+            .property<&Command::NamedParameters, &Command::setNamedParameters>(
+                u"NamedParameters", u"Whether a procedure's parameters go by name.")
+            .property<&Command::Parameters>(u"Parameters", u"The parameters.")
+            .property<&Command::Prepared, &Command::setPrepared>(
+                u"Prepared", u"Whether the text is worth preparing.")
+            .property<&Command::State>(u"State", u"0: no call is running.")
+            .method<&Command::Cancel>(u"Cancel", {}, u"Ends what is running.")
+            .method<&Command::CreateParameter>(
+                u"CreateParameter",
+                {kap::Parameter(u"Name").otherwise(u""), kap::Parameter(u"Type").otherwise(0),
+                 kap::Parameter(u"Direction").otherwise(1), kap::Parameter(u"Size").otherwise(0),
+                 missing(u"Value")},
+                u"Makes a parameter.")
+            .method<&Command::Execute>(u"Execute",
+                                       {missing(u"RecordsAffected"), missing(u"Parameters"),
+                                        kap::Parameter(u"Options").otherwise(-1)},
+                                       u"Runs the command.")
+            .build(u"CommandText");
+    return description;
+}
+
+Variant Command::ActiveConnection() const {
+    return Variant(connection_);
+}
+
+void Command::setActiveConnection(const Variant& value) {
+    connection_ = connectionOf(value);
+}
+
+void Command::setCommandType(CommandTypeEnum value) {
+    switch (value) {
+        case CommandTypeEnum::adCmdUnspecified:
+        case CommandTypeEnum::adCmdText:
+        case CommandTypeEnum::adCmdTable:
+        case CommandTypeEnum::adCmdStoredProc:
+        case CommandTypeEnum::adCmdUnknown:
+        case CommandTypeEnum::adCmdTableDirect:
+            type_ = value;
+            return;
+    }
+    fail::invalidArgument();
+}
+
+void Command::setCommandTimeout(std::int32_t seconds) {
+    timeout_ = checkedSeconds(seconds);
+}
+
+Ref<Parameter> Command::CreateParameter(const String& name, DataTypeEnum type,
+                                        ParameterDirectionEnum direction, std::int32_t size,
+                                        const Variant& value) const {
+    auto parameter = make<Parameter>();
+    parameter->setName(name);
+    if (type != DataTypeEnum::adEmpty) {
+        parameter->setType(type);
+    }
+    parameter->setDirection(direction);
+    parameter->setSize(size);
+    if (!value.isMissing()) {
+        parameter->setValue(value);
+    }
+    return parameter;
+}
+
+Ref<Recordset> Command::Execute(ByRef<Variant> recordsAffected, const Variant& parameters,
+                                std::int32_t options) {
+    Request request = this->request(parameters, options);
+    Reply reply;
+    send(request, reply);
+    *recordsAffected = rowsWritten(reply.results);
+    return wantsNoRecords(options) ? make<Recordset>()
+                                   : recordsetOf(std::move(reply.results), connection_);
+}
+
+std::vector<Result> Command::run(std::int32_t options) {
+    Request request = this->request(Variant::missing(), options);
+    Reply reply;
+    send(request, reply);
+    return std::move(reply.results);
+}
+
+void Command::send(Request& request, Reply& reply) {
+    if (!connection_) {
+        fail::invalidConnection();
+    }
+    connection_->run(request, reply);
+    takeBack(request);
+}
+
+Request Command::request(const Variant& given, std::int32_t options) const {
+    constexpr std::int32_t kAnyKind = 0xF | 0x200;  // bits of CommandTypeEnum
+    const bool saysKind = options >= 0 && (options & kAnyKind) != 0;
+    Request made = requestFor(text_, saysKind ? options : static_cast<std::int32_t>(type_));
+    made.timeout = std::chrono::seconds(timeout_);
+    const std::vector<Variant> values = valuesGiven(given);
+    if (parameters_->Count() == 0) {
+        for (const Variant& value : values) {
+            made.parameters.push_back(toRequest(value));
+        }
+        return made;
+    }
+    std::size_t next = 0;
+    for (std::int32_t i = 0; i < parameters_->Count(); ++i) {
+        const Ref<Parameter> parameter = parameters_->Item(i);
+        if (goesIn(parameter->Direction()) && next < values.size()) {
+            const Variant& value = values[next++];
+            if (!value.isEmpty() && !value.isMissing()) {
+                parameter->setValue(value);
+            }
+        }
+        made.parameters.push_back(toRequest(*parameter, namedParameters_));
+    }
+    if (next < values.size()) {
+        fail::invalidArgument();
+    }
+    return made;
+}
+
+// Parameters that the database has written get their new values.
+void Command::takeBack(const Request& request) {
+    const auto count = static_cast<std::size_t>(parameters_->Count());
+    for (std::size_t i = 0; i < count && i < request.parameters.size(); ++i) {
+        const Ref<Parameter> parameter = parameters_->Item(static_cast<std::int32_t>(i));
+        if (comesBack(parameter->Direction())) {
+            parameter->value_ = fromRequest(request.parameters[i]);
+        }
+    }
+}
+
+}  // namespace kap::ado

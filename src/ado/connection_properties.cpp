@@ -1,0 +1,140 @@
+// What a connection can be asked and told, and its description.
+#include <kaputil/ado/connection.hpp>
+#include <kaputil/ado/recordset.hpp>
+
+#include "ado/connection_string.hpp"
+#include "ado/driver.hpp"
+#include "ado/failures.hpp"
+#include "ado/request_builder.hpp"
+#include "frame/class_builder.hpp"
+
+namespace kap::ado {
+namespace {
+
+String keyOf(const String& connectionString, std::initializer_list<const char*> names) {
+    const auto keys = ado::ConnectionString::parse(connectionString.utf8());
+    for (const char* name : names) {
+        if (const auto value = keys.find(name)) {
+            return *value;
+        }
+    }
+    return {};
+}
+
+std::u16string inBrackets(const String& name) {
+    std::u16string quoted = u"[";
+    for (const char16_t unit : name.view()) {
+        quoted.append(unit == u']' ? 2 : 1, unit);
+    }
+    return quoted + u"]";
+}
+
+}  // namespace
+
+const ClassDescription& Connection::classDescription() {
+    using kap::Parameter;
+    static const ClassDescription description =
+        ClassBuilder<Connection>(u"Connection", u"", u"")
+            .summary(u"An open session with a database.")
+            .property<&Connection::CommandTimeout, &Connection::setCommandTimeout>(
+                u"CommandTimeout", u"Seconds that a script may run; 0: no limit.")
+            .property<&Connection::ConnectionString, &Connection::setConnectionString>(
+                u"ConnectionString", u"The keys that say which database to open.")
+            .property<&Connection::ConnectionTimeout, &Connection::setConnectionTimeout>(
+                u"ConnectionTimeout", u"Seconds that opening may take; 0: no limit.")
+            .property<&Connection::CursorLocation, &Connection::setCursorLocation>(
+                u"CursorLocation", u"Where the cursors of Execute's recordsets live.")
+            .property<&Connection::DefaultDatabase, &Connection::setDefaultDatabase>(
+                u"DefaultDatabase", u"The server's database in use.")
+            .property<&Connection::Errors>(u"Errors", u"The errors of the last failed operation.")
+            .property<&Connection::IsolationLevel, &Connection::setIsolationLevel>(
+                u"IsolationLevel", u"How far transactions are kept apart.")
+            .property<&Connection::Mode, &Connection::setMode>(u"Mode", u"1 read, 2 write, 3 both.")
+            .property<&Connection::Provider, &Connection::setProvider>(u"Provider",
+                                                                       u"The provider's name.")
+            .property<&Connection::State>(u"State", u"0 closed, 1 open.")
+            .property<&Connection::Version>(u"Version", u"The version of the data-access objects.")
+            .method<&Connection::BeginTrans>(u"BeginTrans", {},
+                                             u"Begins a transaction; gives the nesting level.")
+            .method<&Connection::Cancel>(u"Cancel", {}, u"Ends what is running.")
+            .method<&Connection::Close>(u"Close", {}, u"Closes the database.")
+            .method<&Connection::CommitTrans>(u"CommitTrans", {}, u"Commits the transaction.")
+            .method<&Connection::Execute>(
+                u"Execute",
+                {u"CommandText", Parameter(u"RecordsAffected").otherwise(Variant::missing()),
+                 Parameter(u"Options").otherwise(-1)},
+                u"Runs a script.")
+            .method<&Connection::Open>(
+                u"Open",
+                {Parameter(u"ConnectionString").otherwise(u""), Parameter(u"UserID").otherwise(u""),
+                 Parameter(u"Password").otherwise(u""), Parameter(u"Options").otherwise(-1)},
+                u"Opens the database.")
+            .method<&Connection::OpenSchema>(
+                u"OpenSchema",
+                {u"Schema", Parameter(u"Restrictions").otherwise(Variant::missing()),
+                 Parameter(u"SchemaID").otherwise(Variant::missing())},
+                u"Describes tables, columns, keys, indexes or types.")
+            .method<&Connection::RollbackTrans>(u"RollbackTrans", {}, u"Undoes the transaction.")
+            .build(u"ConnectionString");
+    return description;
+}
+
+void Connection::setCursorLocation(CursorLocationEnum value) {
+    if (value != CursorLocationEnum::adUseServer && value != CursorLocationEnum::adUseClient) {
+        fail::invalidArgument();
+    }
+    cursorLocation_ = value;
+}
+
+void Connection::setCommandTimeout(std::int32_t seconds) {
+    commandTimeout_ = checkedSeconds(seconds);
+}
+
+void Connection::setConnectionTimeout(std::int32_t seconds) {
+    requireClosed();
+    connectionTimeout_ = checkedSeconds(seconds);
+}
+
+String Connection::Provider() const {
+    const String named = keyOf(connectionString_, {"Provider"});
+    return named.empty() ? provider_ : named;
+}
+
+void Connection::setProvider(const String& value) {
+    requireClosed();
+    provider_ = value;
+}
+
+void Connection::setMode(ConnectModeEnum value) {
+    requireClosed();
+    if (value < ConnectModeEnum::adModeUnknown || value > ConnectModeEnum::adModeShareDenyNone) {
+        fail::invalidArgument();
+    }
+    mode_ = value;
+}
+
+String Connection::DefaultDatabase() const {
+    return database_.empty() ? keyOf(connectionString_, {"Initial Catalog", "Database"})
+                             : database_;
+}
+
+void Connection::setDefaultDatabase(const String& value) {
+    static_cast<void>(Execute(String(u"USE ") + inBrackets(value)));
+    database_ = value;
+}
+
+void Connection::setIsolationLevel(IsolationLevelEnum value) {
+    switch (value) {
+        case IsolationLevelEnum::adXactUnspecified:
+        case IsolationLevelEnum::adXactChaos:
+        case IsolationLevelEnum::adXactReadUncommitted:
+        case IsolationLevelEnum::adXactReadCommitted:
+        case IsolationLevelEnum::adXactRepeatableRead:
+        case IsolationLevelEnum::adXactSerializable:
+            isolationLevel_ = value;
+            return;
+    }
+    fail::invalidArgument();
+}
+
+}  // namespace kap::ado

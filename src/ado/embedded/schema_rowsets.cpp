@@ -1,0 +1,340 @@
+#include "ado/embedded/schema_rowsets.hpp"
+
+#include <algorithm>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "ado/embedded/column_info.hpp"
+#include "ado/embedded/functions/value.hpp"
+#include "ado/embedded/key_names.hpp"
+#include "ado/schema_rows.hpp"
+
+namespace kap::ado::embedded {
+namespace {
+
+constexpr const char* kOwner = "dbo";
+
+struct StoredTable {
+    std::string name;
+    bool view = false;
+    std::string sql;  // that made it
+};
+
+std::vector<StoredTable> tablesOf(Database& database) {
+    std::vector<StoredTable> tables;
+    PreparedStatement rows(database.handle(),
+                           "SELECT name, type, sql FROM main.sqlite_schema "
+                           "WHERE type IN ('table', 'view') ORDER BY name COLLATE NOCASE");
+    while (rows.step()) {
+        StoredTable table{rows.text(0), rows.text(1) == "view", rows.text(2)};
+        if (table.name != kCountersTable && !table.name.starts_with("sqlite_")) {
+            tables.push_back(std::move(table));
+        }
+    }
+    return tables;
+}
+
+CellValue whole(std::int64_t value) {
+    return value;
+}
+
+CellValue boolean(bool value) {
+    return whole(value ? 1 : 0);
+}
+
+CellValue textOrNull(const std::string& text) {
+    return text.empty() ? CellValue{} : CellValue{text};
+}
+
+// Schema rowsets do not tell texts of varying length from fixed ones.
+DataTypeEnum generalType(DataTypeEnum type) {
+    switch (type) {
+        case DataTypeEnum::adVarChar:
+        case DataTypeEnum::adLongVarChar:
+            return DataTypeEnum::adChar;
+        case DataTypeEnum::adVarWChar:
+        case DataTypeEnum::adLongVarWChar:
+            return DataTypeEnum::adWChar;
+        case DataTypeEnum::adVarBinary:
+        case DataTypeEnum::adLongVarBinary:
+            return DataTypeEnum::adBinary;
+        default:
+            return type;
+    }
+}
+
+std::int64_t flagsOf(const ColumnInfo& info, const Column& column) {
+    const auto bit = [](bool set, FieldAttributeEnum flag) {
+        return set ? static_cast<std::int64_t>(flag) : 0;
+    };
+    const bool setByDatabase = column.identity || column.isRowVersion();
+    return bit(!setByDatabase, FieldAttributeEnum::adFldUnknownUpdatable) |
+           bit(info.fixedLength, FieldAttributeEnum::adFldFixed) |
+           bit(column.nullable, FieldAttributeEnum::adFldIsNullable) |
+           bit(column.nullable, FieldAttributeEnum::adFldMayBeNull) |
+           bit(info.isLong, FieldAttributeEnum::adFldLong) |
+           bit(column.isRowVersion(), FieldAttributeEnum::adFldRowVersion);
+}
+
+void addSizes(std::vector<SchemaRows::Cell>& cells, const tsql::TypeSpec& type,
+              const ColumnInfo& info) {
+    if (tsql::isText(type.type) || tsql::isBinary(type.type)) {
+        const std::int64_t size = info.definedSize;
+        const bool doubled = tsql::isNational(type.type);
+        cells.emplace_back("CHARACTER_MAXIMUM_LENGTH", whole(size));
+        cells.emplace_back("CHARACTER_OCTET_LENGTH", whole(doubled ? size * 2 : size));
+    }
+    if (tsql::isNumber(type.type) && info.precision != 255) {
+        cells.emplace_back("NUMERIC_PRECISION", whole(info.precision));
+    }
+    if (tsql::isDecimal(type.type)) {
+        cells.emplace_back("NUMERIC_SCALE", whole(info.numericScale));
+    }
+    if (tsql::isDate(type.type) && info.numericScale != 255) {
+        cells.emplace_back("DATETIME_PRECISION", whole(info.numericScale));
+    }
+}
+
+void addTables(SchemaRows& rows, Database& database) {
+    for (const StoredTable& table : tablesOf(database)) {
+        rows.add({{"TABLE_SCHEMA", kOwner},
+                  {"TABLE_NAME", table.name},
+                  {"TABLE_TYPE", table.view ? "VIEW" : "TABLE"}});
+    }
+}
+
+void addColumns(SchemaRows& rows, Database& database, const SchemaCatalogue& catalogue) {
+    for (const StoredTable& stored : tablesOf(database)) {
+        const Table* table = catalogue.find(stored.name);
+        std::int64_t ordinal = 0;
+        for (const Column& column : table->columns) {
+            const ColumnInfo info = typeInfo(column.type);
+            std::vector<SchemaRows::Cell> cells = {
+                {"TABLE_SCHEMA", kOwner},
+                {"TABLE_NAME", stored.name},
+                {"COLUMN_NAME", column.name},
+                {"ORDINAL_POSITION", whole(++ordinal)},
+                {"COLUMN_HASDEFAULT", boolean(column.defaultSql.has_value())},
+                {"COLUMN_DEFAULT", textOrNull(column.defaultSql.value_or(""))},
+                {"COLUMN_FLAGS", whole(flagsOf(info, column))},
+                {"IS_NULLABLE", boolean(column.nullable)},
+                {"DATA_TYPE", whole(static_cast<std::int64_t>(generalType(info.type)))}};
+            addSizes(cells, column.type, info);
+            rows.add(cells);
+        }
+    }
+}
+
+std::vector<const Column*> keyOf(const Table& table) {
+    std::vector<const Column*> key;
+    for (const Column& column : table.columns) {
+        if (column.keyOrdinal > 0) {
+            key.push_back(&column);
+        }
+    }
+    std::ranges::sort(key, {}, [](const Column* column) { return column->keyOrdinal; });
+    return key;
+}
+
+void addPrimaryKeys(SchemaRows& rows, Database& database, const SchemaCatalogue& catalogue) {
+    for (const StoredTable& stored : tablesOf(database)) {
+        const std::vector<const Column*> key = keyOf(*catalogue.find(stored.name));
+        std::vector<std::string> names;
+        for (const Column* column : key) {
+            names.push_back(column->name);
+        }
+        const std::string keyNamed = keyName(stored.sql, names);
+        for (std::size_t i = 0; i < names.size(); ++i) {
+            rows.add({{"TABLE_SCHEMA", kOwner},
+                      {"TABLE_NAME", stored.name},
+                      {"COLUMN_NAME", names[i]},
+                      {"ORDINAL", whole(static_cast<std::int64_t>(i) + 1)},
+                      {"PK_NAME", textOrNull(keyNamed)}});
+        }
+    }
+}
+
+struct StoredIndex {
+    std::string name;
+    bool unique = false;
+    bool primaryKey = false;
+    std::vector<std::pair<std::string, bool>> columns;  // name, descending
+};
+
+void readColumns(Database& database, StoredIndex& index) {
+    enum XInfo { Sequence, Ordinal, Name, Descending, Collation, Key };
+    PreparedStatement rows(database.handle(),
+                           "PRAGMA main.index_xinfo(" + sqlName(index.name) + ")");
+    while (rows.step()) {
+        if (rows.integer(XInfo::Key) != 0) {
+            index.columns.emplace_back(rows.text(XInfo::Name),
+                                       rows.integer(XInfo::Descending) != 0);
+        }
+    }
+}
+
+std::vector<StoredIndex> indexesOf(Database& database, const std::string& table) {
+    enum List { Sequence, Name, Unique, Origin };
+    std::vector<StoredIndex> indexes;
+    PreparedStatement rows(database.handle(), "PRAGMA main.index_list(" + sqlName(table) + ")");
+    while (rows.step()) {
+        StoredIndex index;
+        index.name = rows.text(List::Name);
+        index.unique = rows.integer(List::Unique) != 0;
+        index.primaryKey = rows.text(List::Origin) == "pk";
+        indexes.push_back(std::move(index));
+    }
+    for (StoredIndex& index : indexes) {
+        readColumns(database, index);
+    }
+    return indexes;
+}
+
+// An index that SQLite makes for a key goes by the key's name.
+std::string publishedName(const StoredIndex& index, const StoredTable& table) {
+    std::vector<std::string> columns;
+    for (const auto& [name, descending] : index.columns) {
+        columns.push_back(name);
+    }
+    const std::string key = index.unique ? keyName(table.sql, columns) : std::string();
+    return index.name.starts_with("sqlite_") && !key.empty() ? key : index.name;
+}
+
+void addIndexes(SchemaRows& rows, Database& database) {
+    constexpr std::int64_t kTree = 1;
+    constexpr std::int64_t kAscending = 1;
+    constexpr std::int64_t kDescending = 2;
+    for (const StoredTable& table : tablesOf(database)) {
+        for (const StoredIndex& index : indexesOf(database, table.name)) {
+            const std::string name = publishedName(index, table);
+            std::int64_t ordinal = 0;
+            for (const auto& [column, descending] : index.columns) {
+                rows.add({{"TABLE_SCHEMA", kOwner},
+                          {"TABLE_NAME", table.name},
+                          {"INDEX_SCHEMA", kOwner},
+                          {"INDEX_NAME", name},
+                          {"PRIMARY_KEY", boolean(index.primaryKey)},
+                          {"UNIQUE", boolean(index.unique)},
+                          {"CLUSTERED", boolean(false)},
+                          {"TYPE", whole(kTree)},
+                          {"AUTO_UPDATE", boolean(true)},
+                          {"ORDINAL_POSITION", whole(++ordinal)},
+                          {"COLUMN_NAME", column},
+                          {"COLLATION", whole(descending ? kDescending : kAscending)},
+                          {"INTEGRATED", boolean(false)}});
+            }
+        }
+    }
+}
+
+CellValue literalSign(tsql::SqlType type, bool opening) {
+    if (tsql::isBinary(type)) {
+        return opening ? CellValue{"0x"} : CellValue{};
+    }
+    const bool quoted =
+        tsql::isText(type) || tsql::isDate(type) || type == tsql::SqlType::UniqueIdentifier;
+    if (!quoted) {
+        return {};
+    }
+    return opening && tsql::isNational(type) ? "N'" : "'";
+}
+
+CellValue createParameters(const tsql::TypeSpec& type, const ColumnInfo& info) {
+    if (tsql::isDecimal(type.type)) {
+        return "precision,scale";
+    }
+    const bool sized = tsql::isText(type.type) || tsql::isBinary(type.type);
+    const bool counts = sized && !info.isLong && type.type != tsql::SqlType::Timestamp;
+    return counts ? CellValue{"max length"} : CellValue{};
+}
+
+// The widest that each type can be.
+tsql::TypeSpec widest(tsql::SqlType type) {
+    constexpr int kBytes = 8000;
+    constexpr int kWideCharacters = 4000;
+    constexpr int kDigits = 18;
+    if (tsql::isDecimal(type)) {
+        return {type, 0, kDigits, 0};
+    }
+    switch (type) {
+        case tsql::SqlType::Char:
+        case tsql::SqlType::VarChar:
+        case tsql::SqlType::Binary:
+        case tsql::SqlType::VarBinary:
+            return {type, kBytes};
+        case tsql::SqlType::NChar:
+        case tsql::SqlType::NVarChar:
+            return {type, kWideCharacters};
+        default:
+            return {type};
+    }
+}
+
+void addType(SchemaRows& rows, const tsql::TypeSpec& type, bool bestMatch) {
+    constexpr std::int64_t kAllExceptLike = 3;
+    constexpr std::int64_t kSearchable = 4;
+    const ColumnInfo info = typeInfo(type);
+    const bool number = tsql::isNumber(type.type);
+    const bool digits = number && info.precision != 255;
+    const CellValue maximumScale = tsql::isDecimal(type.type) ? whole(info.precision) : CellValue{};
+    const CellValue minimumScale = tsql::isDecimal(type.type) ? whole(0) : CellValue{};
+    rows.add({{"TYPE_NAME", tsql::typeName(type.type)},
+              {"DATA_TYPE", whole(static_cast<std::int64_t>(generalType(info.type)))},
+              {"COLUMN_SIZE", whole(digits ? info.precision : info.definedSize)},
+              {"LITERAL_PREFIX", literalSign(type.type, true)},
+              {"LITERAL_SUFFIX", literalSign(type.type, false)},
+              {"CREATE_PARAMS", createParameters(type, info)},
+              {"IS_NULLABLE", boolean(type.type != tsql::SqlType::Timestamp)},
+              {"CASE_SENSITIVE", boolean(false)},
+              {"SEARCHABLE", whole(tsql::isText(type.type) ? kSearchable : kAllExceptLike)},
+              {"UNSIGNED_ATTRIBUTE",
+               number ? boolean(type.type == tsql::SqlType::TinyInt) : CellValue{}},
+              {"FIXED_PREC_SCALE", boolean(tsql::isMoney(type.type))},
+              {"AUTO_UNIQUE_VALUE", boolean(false)},
+              {"LOCAL_TYPE_NAME", tsql::typeName(type.type)},
+              {"MINIMUM_SCALE", minimumScale},
+              {"MAXIMUM_SCALE", maximumScale},
+              {"IS_LONG", boolean(info.isLong)},
+              {"BEST_MATCH", boolean(bestMatch)},
+              {"IS_FIXEDLENGTH", boolean(info.fixedLength)}});
+}
+
+void addTypes(SchemaRows& rows) {
+    std::vector<tsql::TypeSpec> types;
+    for (int i = 0; i <= static_cast<int>(tsql::SqlType::UniqueIdentifier); ++i) {
+        types.push_back(widest(static_cast<tsql::SqlType>(i)));
+    }
+    const auto code = [](const tsql::TypeSpec& type) { return generalType(typeInfo(type).type); };
+    std::ranges::stable_sort(types, {}, code);
+    for (std::size_t i = 0; i < types.size(); ++i) {
+        addType(rows, types[i], i == 0 || code(types[i]) != code(types[i - 1]));
+    }
+}
+
+}  // namespace
+
+Result schemaRowset(Database& database, const SchemaCatalogue& catalogue, SchemaEnum kind,
+                    const SchemaRestrictions& wanted) {
+    SchemaRows rows(kind, wanted);
+    switch (kind) {
+        case SchemaEnum::adSchemaTables:
+            addTables(rows, database);
+            break;
+        case SchemaEnum::adSchemaColumns:
+            addColumns(rows, database, catalogue);
+            break;
+        case SchemaEnum::adSchemaPrimaryKeys:
+            addPrimaryKeys(rows, database, catalogue);
+            break;
+        case SchemaEnum::adSchemaIndexes:
+            addIndexes(rows, database);
+            break;
+        case SchemaEnum::adSchemaProviderTypes:
+            addTypes(rows);
+            break;
+    }
+    return rows.take();
+}
+
+}  // namespace kap::ado::embedded

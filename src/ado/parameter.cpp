@@ -1,0 +1,117 @@
+#include <kaputil/ado/parameter.hpp>
+
+#include <limits>
+
+#include <kaputil/frame/convert.hpp>
+
+#include "ado/failures.hpp"
+#include "ado/parameter_cell.hpp"
+#include "ado/value_type.hpp"
+#include "frame/class_builder.hpp"
+#include "frame/unicode.hpp"
+
+namespace kap::ado {
+
+const ClassDescription& Parameter::classDescription() {
+    static const ClassDescription description =
+        ClassBuilder<Parameter>(u"Parameter", u"", u"")
+            .summary(u"A typed value that goes with a command or comes back from it.")
+            .property<&Parameter::Direction, &Parameter::setDirection>(
+                u"Direction", u"1 input, 2 output, 3 both, 4 return value.")
+            .property<&Parameter::Name, &Parameter::setName>(u"Name", u"The name.")
+            .property<&Parameter::NumericScale, &Parameter::setNumericScale>(
+                u"NumericScale", u"Digits after the decimal point.")
+            .property<&Parameter::Precision, &Parameter::setPrecision>(
+                u"Precision", u"Digits in all; 0: as the value has.")
+            .property<&Parameter::Size, &Parameter::setSize>(
+                u"Size", u"Characters or bytes; 0: as the value has.")
+            .property<&Parameter::Type, &Parameter::setType>(u"Type", u"The type, of DataTypeEnum.")
+            .property<&Parameter::Value, &Parameter::setValue>(u"Value", u"The value.")
+            .build(u"Value");
+    return description;
+}
+
+void Parameter::setType(DataTypeEnum value) {
+    if (!isColumnType(value)) {
+        fail::invalidArgument();
+    }
+    type_ = value;
+}
+
+void Parameter::setSize(std::int32_t value) {
+    if (value < 0) {
+        fail::invalidArgument();
+    }
+    size_ = value;
+}
+
+void Parameter::setDirection(ParameterDirectionEnum value) {
+    if (value < ParameterDirectionEnum::adParamUnknown ||
+        value > ParameterDirectionEnum::adParamReturnValue) {
+        fail::invalidArgument();
+    }
+    direction_ = value;
+}
+
+void Parameter::setValue(const Variant& value) {
+    value_ = type_ == DataTypeEnum::adEmpty ? convert::plainValue(value)
+                                            : convertedParameter(*this, value);
+}
+
+const ClassDescription& Parameters::classDescription() {
+    static const ClassDescription description =
+        ClassBuilder<Parameters>(u"Parameters", u"", u"")
+            .summary(u"The parameters of a command, in their order.")
+            .instancing(Instancing::NotCreatable)
+            .property<&Parameters::Count>(u"Count", u"How many there are.")
+            .property<&Parameters::Item>(u"Item", u"A parameter by position from 0 or by name.",
+                                         {u"Index"})
+            .method<&Parameters::Append>(u"Append", {u"Object"}, u"Adds a parameter.")
+            .method<&Parameters::Delete>(u"Delete", {u"Index"}, u"Takes a parameter away.")
+            .method<&Parameters::Refresh>(u"Refresh", {}, u"Asks the database for them.")
+            .build(u"Item");
+    return description;
+}
+
+std::int32_t Parameters::Count() const {
+    return static_cast<std::int32_t>(parameters_.size());
+}
+
+std::size_t Parameters::positionOf(const Variant& index) const {
+    const Variant plain = convert::plainValue(index);
+    if (plain.isString()) {
+        for (std::size_t i = 0; i < parameters_.size(); ++i) {
+            if (unicode::sameName(parameters_[i]->Name(), plain.as<String>())) {
+                return i;
+            }
+        }
+        fail::itemNotFound();
+    }
+    const std::int32_t position = convert::toLong(plain);
+    if (position < 0 || static_cast<std::size_t>(position) >= parameters_.size()) {
+        fail::itemNotFound();
+    }
+    return static_cast<std::size_t>(position);
+}
+
+Ref<Parameter> Parameters::Item(const Variant& index) const {
+    return parameters_[positionOf(index)];
+}
+
+void Parameters::Append(const Ref<Parameter>& parameter) {
+    if (!parameter || parameter->Type() == DataTypeEnum::adEmpty) {
+        fail::incompleteParameter();
+    }
+    parameters_.push_back(parameter);
+}
+
+void Parameters::Delete(const Variant& index) {
+    parameters_.erase(parameters_.begin() + static_cast<std::ptrdiff_t>(positionOf(index)));
+}
+
+void Parameters::Refresh() {
+    fail::notAvailable(
+        u"The parameters of a command are not derived from the database: append them one by one.");
+}
+
+}  // namespace kap::ado

@@ -1,0 +1,117 @@
+// The values of many records at once.
+#include <algorithm>
+#include <utility>
+
+#include <kaputil/ado/recordset.hpp>
+#include <kaputil/frame/array.hpp>
+#include <kaputil/frame/convert.hpp>
+
+#include "ado/failures.hpp"
+#include "ado/row_cursor.hpp"
+
+namespace kap::ado {
+namespace {
+
+constexpr std::int32_t kAllRows = -1;
+
+std::size_t fieldWanted(const RowCursor& cursor, const Variant& field) {
+    if (field.isString()) {
+        const auto found = cursor.find(field.as<String>());
+        if (!found) {
+            fail::itemNotFound();
+        }
+        return *found;
+    }
+    const std::int32_t position = convert::toLong(field);
+    if (position < 0 || static_cast<std::size_t>(position) >= cursor.columns().size()) {
+        fail::itemNotFound();
+    }
+    return static_cast<std::size_t>(position);
+}
+
+String textOf(const Variant& value) {
+    if (!value.isArray()) {
+        return convert::toString(value);
+    }
+    std::u16string digits;
+    for (const std::uint8_t byte : value.as<Array>().bytes()) {
+        constexpr std::u16string_view kDigits = u"0123456789ABCDEF";
+        digits += kDigits[byte >> 4];
+        digits += kDigits[byte & 0xFU];
+    }
+    return digits;
+}
+
+}  // namespace
+
+std::vector<std::size_t> Recordset::fieldsWanted(const Variant& fields) const {
+    std::vector<std::size_t> wanted;
+    if (fields.isMissing()) {
+        for (std::size_t i = 0; i < cursor_->columns().size(); ++i) {
+            wanted.push_back(i);
+        }
+    } else if (fields.isArray()) {
+        const Array& names = fields.as<Array>();
+        for (std::int32_t i = names.lowerBound(); i <= names.upperBound(); ++i) {
+            wanted.push_back(fieldWanted(*cursor_, names.at(i)));
+        }
+    } else {
+        wanted.push_back(fieldWanted(*cursor_, fields));
+    }
+    return wanted;
+}
+
+// The records from the current one to the end, or as many of them as asked for.
+std::size_t Recordset::rowsWanted(std::int32_t rows) const {
+    if (rows < kAllRows) {
+        fail::invalidArgument();
+    }
+    const std::size_t left = cursor_->rowsLeft();
+    return rows == kAllRows ? left : std::min(left, static_cast<std::size_t>(rows));
+}
+
+Variant Recordset::GetRows(std::int32_t rows, const Variant& start, const Variant& fields) {
+    savePending();
+    moveTo(start);
+    const std::vector<std::size_t> wanted = fieldsWanted(fields);
+    if (cursor_->eof()) {
+        fail::noCurrentRecord();
+    }
+    const std::size_t count = rowsWanted(rows);
+    Array values({{0, wanted.size()}, {0, count}}, VarType::Variant);
+    for (std::size_t row = 0; row < count; ++row) {
+        for (std::size_t i = 0; i < wanted.size(); ++i) {
+            const std::int32_t at[] = {static_cast<std::int32_t>(i),
+                                       static_cast<std::int32_t>(row)};
+            values.put(at, cursor_->value(wanted[i]));
+        }
+        cursor_->move(1);
+    }
+    return values;
+}
+
+String Recordset::GetString(StringFormatEnum stringFormat, std::int32_t numRows,
+                            const String& columnDelimiter, const String& rowDelimiter,
+                            const String& nullExpr) {
+    savePending();
+    if (stringFormat != StringFormatEnum::adClipString) {
+        fail::invalidArgument();
+    }
+    if (cursor_->eof()) {
+        fail::noCurrentRecord();
+    }
+    const std::size_t count = rowsWanted(numRows);
+    String text;
+    for (std::size_t row = 0; row < count; ++row) {
+        for (std::size_t i = 0; i < cursor_->columns().size(); ++i) {
+            const Variant value = cursor_->value(i);
+            text += i == 0 ? std::u16string_view() : columnDelimiter.view();
+            text += value.isNull() ? nullExpr.view() : textOf(value).view();
+        }
+        text += rowDelimiter.view();
+        cursor_->move(1);
+    }
+    return text;
+}
+
+}  // namespace kap::ado

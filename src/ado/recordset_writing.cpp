@@ -1,0 +1,190 @@
+// Changing records and writing them to the database.
+#include <utility>
+
+#include <kaputil/ado/recordset.hpp>
+#include <kaputil/frame/array.hpp>
+
+#include "ado/batch.hpp"
+#include "ado/failures.hpp"
+#include "ado/row_cursor.hpp"
+
+namespace kap::ado {
+namespace {
+
+// Names and values come as one of each, or as two arrays of the same length.
+std::vector<Variant> elementsOf(const Variant& value) {
+    if (!value.isArray()) {
+        return {value};
+    }
+    std::vector<Variant> all;
+    const Array& array = value.as<Array>();
+    for (std::int32_t i = array.lowerBound(); i <= array.upperBound(); ++i) {
+        all.push_back(array.at(i));
+    }
+    return all;
+}
+
+}  // namespace
+
+EditModeEnum Recordset::EditMode() const {
+    const EditModeEnum mode = opened().editMode();
+    const bool onRecord = mode == EditModeEnum::adEditNone && !cursor_->bof() && !cursor_->eof();
+    return onRecord && cursor_->table().isDeleted(cursor_->currentPlaceRow())
+               ? EditModeEnum::adEditDelete
+               : mode;
+}
+
+std::int32_t Recordset::Status() const {
+    return opened().status();
+}
+
+void Recordset::AddNew(const Variant& fieldList, const Variant& values) {
+    savePending();
+    cursor_->beginNew();
+    if (!fieldList.isMissing()) {
+        assignAll(fieldList, values);
+        save();
+    }
+}
+
+void Recordset::Update(const Variant& fields, const Variant& values) {
+    requireOpen();
+    if (!fields.isMissing()) {
+        assignAll(fields, values);
+    }
+    save();
+}
+
+void Recordset::assignAll(const Variant& names, const Variant& values) {
+    const std::vector<Variant> columns = elementsOf(names);
+    const std::vector<Variant> given = elementsOf(values);
+    if (columns.size() != given.size()) {
+        fail::invalidArgument();
+    }
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+        fields_->Item(columns[i])->setValue(given[i]);
+    }
+}
+
+// Leaving a record saves what was changed in it.
+void Recordset::savePending() {
+    if (opened().editMode() != EditModeEnum::adEditNone) {
+        save();
+    }
+}
+
+void Recordset::save() {
+    if (!connection_ || cursor_->options().batch) {
+        cursor_->save(nullptr);
+        return;
+    }
+    connection_->reporting([&] { cursor_->save(connection_->session().get()); });
+}
+
+void Recordset::CancelUpdate() {
+    opened().cancel();
+}
+
+// The rows that a member is to work on. All are those that criteria show, or every one.
+std::vector<std::size_t> Recordset::affectedRows(AffectEnum which) const {
+    switch (which) {
+        case AffectEnum::adAffectCurrent:
+            return {cursor_->currentPlaceRow()};
+        case AffectEnum::adAffectGroup:
+            if (!cursor_->isFiltered()) {
+                fail::invalidArgument();
+            }
+            return cursor_->rowsShown();
+        case AffectEnum::adAffectAll:
+            if (filter_.isString() && cursor_->isFiltered()) {
+                return cursor_->rowsShown();
+            }
+            break;
+        case AffectEnum::adAffectAllChapters:
+            break;
+        default:
+            fail::invalidArgument();
+    }
+    return cursor_->table().rowsKept();
+}
+
+void Recordset::Delete(AffectEnum affectRecords) {
+    requireOpen();
+    const bool direct = connection_ && !cursor_->options().batch;
+    const auto session = direct ? connection_->session() : nullptr;
+    const auto work = [&] {
+        if (affectRecords == AffectEnum::adAffectCurrent) {
+            cursor_->remove(session.get());
+            return;
+        }
+        cursor_->requireUpdatable();
+        cursor_->dropEdit();
+        for (const std::size_t row : affectedRows(affectRecords)) {
+            if (!cursor_->table().isDeleted(row)) {
+                cursor_->removeRow(session.get(), row);
+            }
+        }
+    };
+    if (direct) {
+        connection_->reporting(work);
+    } else {
+        work();
+    }
+}
+
+void Recordset::requireBatch() const {
+    if (!opened().options().batch) {
+        fail::notAvailable(
+            u"Current Recordset does not support batch updating: its LockType is not "
+            u"adLockBatchOptimistic.");
+    }
+}
+
+void Recordset::UpdateBatch(AffectEnum affectRecords) {
+    requireBatch();
+    savePending();
+    if (!connection_) {
+        fail::invalidConnection();
+    }
+    const auto failures =
+        updateBatch(*cursor_, *connection_->session(), affectedRows(affectRecords));
+    if (!failures.empty()) {
+        connection_->raiseAll(failures);
+    }
+}
+
+void Recordset::CancelBatch(AffectEnum affectRecords) {
+    requireBatch();
+    cursor_->cancel();
+    cancelBatch(*cursor_, affectedRows(affectRecords));
+}
+
+void Recordset::Resync(AffectEnum affectRecords, ResyncEnum resyncValues) {
+    requireOpen();
+    if (resyncValues != ResyncEnum::adResyncAllValues &&
+        resyncValues != ResyncEnum::adResyncUnderlyingValues) {
+        fail::invalidArgument();
+    }
+    if (!connection_) {
+        fail::invalidConnection();
+    }
+    if (resyncValues == ResyncEnum::adResyncAllValues) {
+        cursor_->dropEdit();
+    }
+    const std::vector<std::size_t> rows = affectRecords == AffectEnum::adAffectCurrent
+                                              ? std::vector<std::size_t>{cursor_->currentRow()}
+                                              : affectedRows(affectRecords);
+    const auto failures = resync(*cursor_, *connection_->session(), rows, resyncValues);
+    if (!failures.empty()) {
+        connection_->raiseAll(failures);
+    }
+}
+
+void Recordset::replaceNulls(std::size_t field) {
+    if (field >= opened().columns().size()) {
+        fail::itemNotFound();
+    }
+    cursor_->replaceNulls(field);
+}
+
+}  // namespace kap::ado

@@ -1,0 +1,144 @@
+#include "ado/row_table.hpp"
+
+#include <algorithm>
+#include <utility>
+
+#include "ado/cell_value.hpp"
+
+namespace kap::ado {
+
+std::shared_ptr<RowTable> RowTable::madeByHand() {
+    auto table = std::make_shared<RowTable>(Result{});
+    table->madeByHand_ = true;
+    return table;
+}
+
+std::optional<std::size_t> RowTable::find(std::u16string_view name) const {
+    if (byName_.empty()) {
+        for (std::size_t i = 0; i < columns().size(); ++i) {
+            byName_.emplace(String(columns()[i].name).units(), i);
+        }
+    }
+    const auto found = byName_.find(name);
+    return found == byName_.end() ? std::nullopt : std::optional(found->second);
+}
+
+void RowTable::fetchAll() {
+    if (complete()) {
+        return;
+    }
+    ++generation_;
+    result_.rest->fetch(result_.rows);
+    result_.rest.reset();
+    limit(limit_);
+}
+
+std::vector<std::size_t> RowTable::rowsKept() {
+    fetchAll();
+    std::vector<std::size_t> rows;
+    for (std::size_t row = 0; row < size(); ++row) {
+        if (!isDeleted(row) || pending(row) != nullptr) {
+            rows.push_back(row);
+        }
+    }
+    return rows;
+}
+
+void RowTable::limit(std::size_t rows) {
+    limit_ = rows;
+    if (rows == 0 || size() < rows) {
+        return;
+    }
+    result_.rest.reset();
+    for (ColumnStore& column : result_.rows) {
+        column.truncate(rows);
+    }
+}
+
+void RowTable::setDeleted(std::size_t row, bool deleted) {
+    if (isDeleted(row) == deleted) {
+        return;
+    }
+    deleted_.resize(size());
+    deleted_[row] = deleted;
+    deletedCount_ = deleted ? deletedCount_ + 1 : deletedCount_ - 1;
+    ++generation_;
+}
+
+void RowTable::put(std::size_t row, const PendingValues& values) {
+    for (std::size_t column = 0; column < values.size(); ++column) {
+        if (values[column]) {
+            ado::put(result_.rows[column], row, *values[column]);
+        }
+    }
+}
+
+void RowTable::append(const PendingValues& values) {
+    for (std::size_t column = 0; column < columns().size(); ++column) {
+        ado::append(result_.rows[column], values[column].value_or(CellValue{}));
+    }
+    ++generation_;
+}
+
+CellValue RowTable::original(std::size_t row, std::size_t column) const {
+    const PendingRow* waiting = pending(row);
+    if (waiting != nullptr && waiting->original[column]) {
+        return *waiting->original[column];
+    }
+    return databaseValue(columns()[column], result_.rows[column], row);
+}
+
+CellValue RowTable::underlying(std::size_t row, std::size_t column) const {
+    const auto found = underlying_.find(row);
+    if (found != underlying_.end() && found->second[column]) {
+        return *found->second[column];
+    }
+    return original(row, column);
+}
+
+void RowTable::setUnderlying(std::size_t row, PendingValues values) {
+    underlying_.insert_or_assign(row, std::move(values));
+}
+
+const PendingRow* RowTable::pending(std::size_t row) const noexcept {
+    const auto found = pending_.find(row);
+    return found == pending_.end() ? nullptr : &found->second;
+}
+
+std::int32_t RowTable::status(std::size_t row) const {
+    if (const PendingRow* waiting = pending(row)) {
+        constexpr RecordStatusEnum kByKind[] = {RecordStatusEnum::adRecModified,
+                                                RecordStatusEnum::adRecNew,
+                                                RecordStatusEnum::adRecDeleted};
+        return static_cast<std::int32_t>(kByKind[static_cast<std::size_t>(waiting->kind)]) |
+               waiting->failure;
+    }
+    if (isDeleted(row)) {
+        return static_cast<std::int32_t>(RecordStatusEnum::adRecDBDeleted);
+    }
+    const bool written = std::ranges::find(affected_, row) != affected_.end();
+    return static_cast<std::int32_t>(written ? RecordStatusEnum::adRecOK
+                                             : RecordStatusEnum::adRecUnmodified);
+}
+
+void RowTable::addColumn(ColumnInfo column) {
+    result_.columns.push_back(std::move(column));
+    result_.rows.emplace_back();
+    byName_.clear();
+}
+
+void RowTable::removeColumn(std::size_t column) {
+    result_.columns.erase(result_.columns.begin() + static_cast<std::ptrdiff_t>(column));
+    result_.rows.pop_back();
+    byName_.clear();
+}
+
+std::size_t RowTable::memory() const noexcept {
+    std::size_t bytes = 0;
+    for (const ColumnStore& store : result_.rows) {
+        bytes += store.memory();
+    }
+    return bytes;
+}
+
+}  // namespace kap::ado

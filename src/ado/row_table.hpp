@@ -1,0 +1,107 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "ado/driver.hpp"
+#include "ado/update_plan.hpp"
+#include "frame/unicode.hpp"
+
+namespace kap::ado {
+
+// What a batch update still has to write of one row.
+struct PendingRow {
+    enum class Kind : std::uint8_t { Modified, New, Deleted };
+    Kind kind = Kind::Modified;
+    // What the database held in the columns changed since; unset: not changed.
+    PendingValues original;
+    std::int32_t failure = 0;  // bits of RecordStatusEnum: why the last batch could not write it
+};
+
+// The fetched rows of a recordset, by column, with what became of them since. A recordset and its
+// clones share one table: what one changes all see.
+class RowTable {
+public:
+    explicit RowTable(Result result) : result_(std::move(result)) {}
+    // A table without database behind it, to which columns are added.
+    [[nodiscard]] static std::shared_ptr<RowTable> madeByHand();
+
+    [[nodiscard]] const std::vector<ColumnInfo>& columns() const noexcept {
+        return result_.columns;
+    }
+    [[nodiscard]] const Result& result() const noexcept { return result_; }
+    [[nodiscard]] ColumnStore& store(std::size_t column) { return result_.rows[column]; }
+    [[nodiscard]] const ColumnStore& store(std::size_t column) const {
+        return result_.rows[column];
+    }
+    // The first column with this name, compared ignoring case.
+    [[nodiscard]] std::optional<std::size_t> find(std::u16string_view name) const;
+
+    // The rows that are here, deleted ones included.
+    [[nodiscard]] std::size_t size() const noexcept {
+        return result_.rows.empty() ? 0 : result_.rows.front().size();
+    }
+    [[nodiscard]] bool complete() const noexcept { return result_.rest == nullptr; }
+    // Fetches the rows that the database has not sent yet.
+    void fetchAll();
+    // The rows that are not deleted, or deleted only here.
+    [[nodiscard]] std::vector<std::size_t> rowsKept();
+    // Keeps no more rows than this; 0: all.
+    void limit(std::size_t rows);
+
+    [[nodiscard]] bool isDeleted(std::size_t row) const noexcept {
+        return row < deleted_.size() && deleted_[row];
+    }
+    [[nodiscard]] std::size_t deletedCount() const noexcept { return deletedCount_; }
+    void setDeleted(std::size_t row, bool deleted);
+    // Another number each time that a row was deleted, brought back or added.
+    [[nodiscard]] std::uint64_t generation() const noexcept { return generation_; }
+
+    // Put the values that are set into a row; a new one has Null in the other columns.
+    void put(std::size_t row, const PendingValues& values);
+    void append(const PendingValues& values);
+
+    // The cell as the database holds it: what an update must find there.
+    [[nodiscard]] CellValue original(std::size_t row, std::size_t column) const;
+    // The same, or what the last comparison with the database found (Resync).
+    [[nodiscard]] CellValue underlying(std::size_t row, std::size_t column) const;
+    void setUnderlying(std::size_t row, PendingValues values);
+    void forgetUnderlying(std::size_t row) { underlying_.erase(row); }
+
+    // Rows that wait for a batch update, by row.
+    [[nodiscard]] std::map<std::size_t, PendingRow>& pending() noexcept { return pending_; }
+    [[nodiscard]] const PendingRow* pending(std::size_t row) const noexcept;
+    // The rows that the last update, deletion, or re-reading touched.
+    [[nodiscard]] std::vector<std::size_t>& affected() noexcept { return affected_; }
+    // Bits of RecordStatusEnum.
+    [[nodiscard]] std::int32_t status(std::size_t row) const;
+
+    // Of a table made by hand: whether there is none behind it, and its columns.
+    [[nodiscard]] bool isMadeByHand() const noexcept { return madeByHand_; }
+    void addColumn(ColumnInfo column);
+    void removeColumn(std::size_t column);
+
+    [[nodiscard]] std::size_t memory() const noexcept;
+
+private:
+    Result result_;
+    bool madeByHand_ = false;
+    std::size_t limit_ = 0;
+    mutable std::unordered_map<std::u16string, std::size_t, unicode::NameHash, unicode::NameEqual>
+        byName_;                 // made on the first look-up
+    std::vector<bool> deleted_;  // empty until a row is deleted
+    std::size_t deletedCount_ = 0;
+    std::uint64_t generation_ = 0;
+    std::map<std::size_t, PendingRow> pending_;
+    std::map<std::size_t, PendingValues> underlying_;
+    std::vector<std::size_t> affected_;
+};
+
+}  // namespace kap::ado

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <cstddef>
+
+#include "ado/row_table.hpp"
+
+namespace kap::ado {
+
+// Writes rows of a table to the database and reads them again. The table itself is left as it is:
+// what the database then holds is answered, for whoever asked to take it in.
+//
+// Each raises kConcurrency when the row is not there as it was last seen, and the database's
+// errors.
+class RowWriter {
+public:
+    // With `checkVersion` the row version must be the same, too.
+    RowWriter(const RowTable& table, Session& session, bool checkVersion)
+        : table_(table), session_(session), checkVersion_(checkVersion) {}
+
+    // Writes changed columns of a row; all tables of a join or none. The answer are the changes and
+    // what the database set itself.
+    [[nodiscard]] PendingValues update(std::size_t row, const PendingValues& changes) const;
+    [[nodiscard]] PendingValues insert(const PendingValues& values) const;
+    void remove(std::size_t row) const;
+    // The row as it stands; raises kRowNotFound when it is gone.
+    [[nodiscard]] PendingValues read(std::size_t row) const;
+
+private:
+    [[nodiscard]] UpdatePlanner planner(std::size_t row) const;
+    void takeReadBack(const RowChange& change, const ChangeOutcome& outcome,
+                      PendingValues& values) const;
+
+    const RowTable& table_;
+    Session& session_;
+    bool checkVersion_;
+};
+
+}  // namespace kap::ado
