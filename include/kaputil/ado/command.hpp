@@ -19,7 +19,7 @@ struct Request;
 //     auto command = kap::make<kap::ado::Command>();
 //     command->setActiveConnection(connection);
 //     command->setCommandText(u"UPDATE Clienti SET Fido = ? WHERE Codice = ?");
-//     command->Execute({}, Array::ofVariants({kap::Currency{1'000'0000}, 12}));
+//     command->Execute(Variant(), Array::ofVariants({kap::Currency{1'000'0000}, 12}));
 class Command final : public DescribedObject {
 public:
     Command();
