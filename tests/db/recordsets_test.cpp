@@ -188,6 +188,58 @@ TEST_F(FailingOpenTest, AFailureThatHealsAndThenTurnsPermanentIsRaised) {
     EXPECT_EQ(driver_.database.scripts.size(), 4U);
 }
 
+// These wait for about two seconds, once each.
+TEST_F(FailingOpenTest, AFetchThatFailsIsOpenedAgain) {
+    driver_.database.answer({test::numbersInPieces(3, 1)});
+    driver_.database.answer({test::numbersInPieces(3, 0)});
+    const auto rows = OpenRecordset(u"SELECT N", connection_);
+    EXPECT_EQ(driver_.database.scripts.size(), 2U);
+    EXPECT_EQ(rows->RecordCount(), 3);
+    EXPECT_EQ(rows->AbsolutePosition(), 1);
+}
+
+TEST_F(FailingOpenTest, AFailedFetchCountsLikeAFailedOpening) {
+    driver_.database.fail(ado::errors::kTimeout, "locked", 10);
+    driver_.database.answer({test::numbersInPieces(3, 1)});
+    driver_.database.answer({test::numbersInPieces(3, 0)});
+    const auto rows = OpenRecordset(u"SELECT N", connection_, -1, -1, -1, false, false);
+    EXPECT_EQ(rows->State(), ado::ObjectStateEnum::adStateClosed);
+    EXPECT_EQ(driver_.database.scripts.size(), 11U);
+}
+
+TEST_F(FailingOpenTest, AFetchThatWillNeverWorkIsNotRetried) {
+    driver_.database.answer({test::numbersInPieces(3, 1, ado::errors::kUnknownObject)});
+    EXPECT_EQ(raisedBy([&] { return OpenRecordset(u"SELECT N", connection_); }), -2147217865);
+    EXPECT_EQ(driver_.database.scripts.size(), 1U);
+}
+
+TEST_F(FailingOpenTest, AConnectionStringThatCannotBeOpenedIsRetriedToo) {
+    driver_.database.answer({test::oneNumber(7)});
+    const int before = driver_.database.opened;
+    driver_.database.refusedOpenings = 3;
+    Variant connection(u"Provider=Fake");
+    const auto rows = OpenRecordset(u"SELECT N", connection);
+    EXPECT_EQ(shown(fieldOf(rows, 0)), "Long 7");
+    EXPECT_EQ(driver_.database.opened, before + 4);
+    EXPECT_TRUE(connection.isString());
+}
+
+TEST_F(FailingOpenTest, AnEmptyAnswerIsNotFetched) {
+    ado::Result none = test::oneNumber(1);
+    none.rows.front() = {};
+    driver_.database.answer({none});
+    const auto rows = OpenRecordset(u"SELECT N", connection_);
+    EXPECT_TRUE(rows->Eof());
+    EXPECT_EQ(driver_.database.scripts.size(), 1U);
+}
+
+TEST_F(FailingOpenTest, AScriptWithoutRowsLeavesAClosedRecordsetAfterElevenAttempts) {
+    driver_.database.answer({});
+    const auto rows = OpenRecordset(u"SET NOCOUNT ON", connection_, -1, -1, -1, false, false);
+    EXPECT_EQ(rows->State(), ado::ObjectStateEnum::adStateClosed);
+    EXPECT_EQ(driver_.database.scripts.size(), 11U);
+}
+
 TEST_F(FailingOpenTest, ControllaConnessioneCalledTwiceWithTheSameVariableOpensOnlyOneConnection) {
     Variant connection(u"Provider=Fake");
     const int before = driver_.database.opened;

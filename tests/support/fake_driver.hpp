@@ -60,11 +60,12 @@ inline ado::Result oneNumber(std::int64_t value) {
 // Rows that come later, or never: fetching them fails so many times first.
 class FakeRest final : public ado::RowSource {
 public:
-    FakeRest(int rows, int failures) : rows_(rows), failures_(failures) {}
+    FakeRest(int rows, int failures, std::int32_t number)
+        : rows_(rows), failures_(failures), number_(number) {}
     void fetch(std::vector<ado::ColumnStore>& rows) override {
         if (failures_ > 0) {
             --failures_;
-            throw ado::DriverError({FakeDatabase::message(-2147467259, "Connection broken.")});
+            throw ado::DriverError({FakeDatabase::message(number_, "Connection broken.")});
         }
         for (int i = 0; i < rows_; ++i) {
             rows.front().appendInteger(i + 2);
@@ -74,12 +75,13 @@ public:
 private:
     int rows_;
     int failures_;
+    std::int32_t number_;
 };
 
 // The numbers from 1 to `count`, of which only the first comes at once.
-inline ado::Result numbersInPieces(int count, int failures) {
+inline ado::Result numbersInPieces(int count, int failures, std::int32_t number = -2147467259) {
     ado::Result result = oneNumber(1);
-    result.rest = std::make_shared<FakeRest>(count - 1, failures);
+    result.rest = std::make_shared<FakeRest>(count - 1, failures, number);
     return result;
 }
 
