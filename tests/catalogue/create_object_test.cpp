@@ -20,6 +20,8 @@ TEST(CreateObject, MakesObjectsByNameInAnyLetterCase) {
     EXPECT_EQ(createObject(u"KAPUTIL.cerrore")->className(), String(u"CErrore"));
     EXPECT_EQ(createObject(u"KapUtil.StdFunctions")->className(), String(u"StdFunctions"));
     EXPECT_EQ(createObject(u"ADODB.Connection")->className(), String(u"Connection"));
+    EXPECT_EQ(createObject(u"ADODB.Command")->className(), String(u"Command"));
+    EXPECT_EQ(createObject(u"ADODB.Parameter")->className(), String(u"Parameter"));
     EXPECT_EQ(createObject(u"adodb.recordset")->className(), String(u"Recordset"));
 }
 

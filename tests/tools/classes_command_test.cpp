@@ -108,9 +108,11 @@ TEST(ClassesCommand, TellsTheIdentityOfTheLibraryToPrograms) {
 
 TEST(ClassesCommand, ListsWhatElseCanBeMadeByName) {
     const json platform = classesJson({})["platform"];
-    ASSERT_EQ(platform.size(), 2U);
-    EXPECT_EQ(platform[0]["programmaticName"], "ADODB.Connection");
-    EXPECT_EQ(platform[1]["programmaticName"], "ADODB.Recordset");
+    ASSERT_EQ(platform.size(), 4U);
+    EXPECT_EQ(platform[0]["programmaticName"], "ADODB.Command");
+    EXPECT_EQ(platform[1]["programmaticName"], "ADODB.Connection");
+    EXPECT_EQ(platform[2]["programmaticName"], "ADODB.Parameter");
+    EXPECT_EQ(platform[3]["programmaticName"], "ADODB.Recordset");
 }
 
 TEST(ClassesCommand, ShowsAClassAsAnObjectBrowserDoes) {

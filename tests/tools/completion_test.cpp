@@ -42,7 +42,8 @@ TEST(Completion, OffersTheOptionsOfACommand) {
 
 TEST(Completion, OffersClasses) {
     EXPECT_EQ(offered({"kaputil", "classes", "CP"}), "CProprieta");
-    EXPECT_EQ(offered({"kaputil", "classes", "ADODB."}), "ADODB.Connection ADODB.Recordset");
+    EXPECT_EQ(offered({"kaputil", "classes", "ADODB."}),
+              "ADODB.Command ADODB.Connection ADODB.Parameter ADODB.Recordset");
 }
 
 TEST(Completion, OffersTheMembersOfAClass) {
@@ -50,7 +51,8 @@ TEST(Completion, OffersTheMembersOfAClass) {
               "CProprieta.Elimina CProprieta.Leggi CProprieta.Scrivi CProprieta.Count "
               "CProprieta.NomeProprieta");
     EXPECT_EQ(offered({"kaputil", "call", "CProprieta.S"}), "CProprieta.Scrivi");
-    EXPECT_EQ(offered({"kaputil", "call", "ADODB.Connection.O"}), "ADODB.Connection.Open");
+    EXPECT_EQ(offered({"kaputil", "call", "ADODB.Connection.O"}),
+              "ADODB.Connection.Open ADODB.Connection.OpenSchema");
 }
 
 TEST(Completion, OffersGeneralFunctionsAndClassesToCall) {
