@@ -11,6 +11,8 @@
 #include <optional>
 #include <string>
 
+#include <kaputil/ado/error_numbers.hpp>
+#include <kaputil/ado/recordset.hpp>
 #include <kaputil/core/cproprieta.hpp>
 #include <kaputil/frame/arithmetic.hpp>
 #include <kaputil/frame/convert.hpp>
@@ -202,14 +204,55 @@ void operands(std::u16string_view text) {
     }
 }
 
-constexpr std::array<Target, 8> kTargets = {{{"numbers", &numbers},
+Ref<ado::Recordset> someRecords() {
+    auto records = make<ado::Recordset>();
+    records->Fields()->Append(u"A", ado::DataTypeEnum::adVarWChar, 20);
+    records->Fields()->Append(u"N", ado::DataTypeEnum::adInteger);
+    records->Fields()->Append(u"D", ado::DataTypeEnum::adDate);
+    records->Open();
+    for (const char16_t* name : {u"abc", u"ABD", u"è"}) {
+        records->AddNew(u"A", name);
+        records->Update(u"N", static_cast<std::int32_t>(records->RecordCount()));
+    }
+    records->AddNew(u"D", Date{37980.5});
+    return records;
+}
+
+// Criteria and orders are taken or refused, whole; a refused one leaves every record shown.
+void criteria(std::u16string_view text) {
+    static const Ref<ado::Recordset> records = someRecords();
+    const std::initializer_list<std::int32_t> refusals = {
+        errors::kInvalidArgument,  // half of a surrogate pair
+        ado::errors::kInvalidArgument, ado::errors::kItemNotFound};
+    const LocaleScope locale("it-IT");
+    const auto tried = [&](auto action) {
+        return attempt(
+                   [&] {
+                       action();
+                       return true;
+                   },
+                   refusals, text)
+            .has_value();
+    };
+    const bool filtered = tried([&] { records->setFilter(Variant(text)); });
+    check(filtered || records->RecordCount() == 4, "a refused filter that hides records", text);
+    records->setFilter(u"");
+    const bool found = tried([&] { records->Find(text); });
+    check(!found || records->Eof() || records->AbsolutePosition() >= 1, "a lost position", text);
+    tried([&] { records->setSort(text); });
+    check(records->RecordCount() == 4, "an order that loses records", text);
+    records->setSort(u"");
+}
+
+constexpr std::array<Target, 9> kTargets = {{{"numbers", &numbers},
                                              {"types", &allTypes},
                                              {"dates", &dates},
                                              {"leading", &leadingNumbers},
                                              {"formats", &formats},
                                              {"typed", &typedDates},
                                              {"properties", &propertyStrings},
-                                             {"operands", &operands}}};
+                                             {"operands", &operands},
+                                             {"criteria", &criteria}}};
 
 }  // namespace
 

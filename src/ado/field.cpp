@@ -25,11 +25,12 @@ const ClassDescription& Field::classDescription() {
             .property<&Field::DefinedSize>(u"DefinedSize",
                                            u"Characters or bytes that the column can hold.")
             .property<&Field::Name>(u"Name", u"The column's name.")
-            .property<&Field::NumericScale>(u"NumericScale",
-                                            u"Digits after the decimal point, or 255.")
+            .property<&Field::NumericScale, &Field::setNumericScale>(
+                u"NumericScale", u"Digits after the decimal point, or 255.")
             .property<&Field::OriginalValue>(u"OriginalValue",
                                              u"What the database held when it was read.")
-            .property<&Field::Precision>(u"Precision", u"Digits that the type can hold, or 255.")
+            .property<&Field::Precision, &Field::setPrecision>(
+                u"Precision", u"Digits that the type can hold, or 255.")
             .property<&Field::Type>(u"Type", u"The data type, of DataTypeEnum.")
             .property<&Field::UnderlyingValue>(
                 u"UnderlyingValue", u"What the database held when it was last compared with it.")
@@ -90,6 +91,26 @@ std::uint8_t Field::Precision() const {
 
 std::uint8_t Field::NumericScale() const {
     return cursor_->columns()[ordinal_].numericScale;
+}
+
+// The cursor of a recordset made by hand whose decimals may still become others.
+RowCursor& Field::unfilled(std::uint8_t digits) const {
+    constexpr std::uint8_t kWidestDecimal = 18;
+    if (!cursor_->table().isMadeByHand() || cursor_->table().size() > 0) {
+        fail::illegalOperation();
+    }
+    if (digits > kWidestDecimal) {
+        fail::invalidArgument();
+    }
+    return *cursor_;
+}
+
+void Field::setPrecision(std::uint8_t value) {
+    unfilled(value).table().column(ordinal_).precision = value;
+}
+
+void Field::setNumericScale(std::uint8_t value) {
+    unfilled(value).table().column(ordinal_).numericScale = value;
 }
 
 std::int32_t Field::Attributes() const {

@@ -173,7 +173,7 @@ void RowCursor::saveChanges(Session* session) {
     }
     table_->put(row, values);
     finishEdit();
-    view_.rowChanged(row);
+    view_.rowChanged(static_cast<std::size_t>(position_));
 }
 
 void RowCursor::saveNew(Session* session) {

@@ -86,6 +86,7 @@ public:
     // Of a table made by hand: whether there is none behind it, and its columns.
     [[nodiscard]] bool isMadeByHand() const noexcept { return madeByHand_; }
     void addColumn(ColumnInfo column);
+    [[nodiscard]] ColumnInfo& column(std::size_t ordinal) { return result_.columns[ordinal]; }
     void removeColumn(std::size_t column);
 
     [[nodiscard]] std::size_t memory() const noexcept;

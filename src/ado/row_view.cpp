@@ -31,18 +31,12 @@ void RowView::arrange(RowFilter filter,
     }
 }
 
-void RowView::rowChanged(std::size_t row) {
-    takeNewRows();
+void RowView::rowChanged(std::size_t place) {
     if (!filter_.accepts) {
         return;
     }
-    const auto found = std::ranges::find(order_, row);
-    if (found == order_.end()) {
-        return;
-    }
-    const auto place = static_cast<std::size_t>(found - order_.begin());
     hidden_.resize(order_.size());
-    const bool hide = !accepts(row);
+    const bool hide = !accepts(row(place));
     if (hidden_[place] != hide) {
         hidden_[place] = hide;
         hiddenCount_ = hide ? hiddenCount_ + 1 : hiddenCount_ - 1;

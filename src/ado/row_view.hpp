@@ -26,8 +26,9 @@ public:
 
     // Takes on a filter and an order. `sorted` orders rows given to it; empty: as fetched.
     void arrange(RowFilter filter, const std::function<void(std::vector<std::size_t>&)>& sorted);
-    // Judges a row again that has been changed, and finds a place for rows added since.
-    void rowChanged(std::size_t row);
+    // Judges the row at a place again, which has been changed.
+    void rowChanged(std::size_t place);
+    // Finds a place for rows added to the table since.
     void takeNewRows();
 
     // The places, passed-over ones included.

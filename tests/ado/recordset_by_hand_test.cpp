@@ -119,6 +119,19 @@ TEST_F(ByHandTest, RefusesFieldsThatCannotBe) {
     EXPECT_EQ(fields->Item(u"Nota")->DefinedSize(), 2147483647);
 }
 
+TEST_F(ByHandTest, DecimalsGetTheirDigitsBeforeTheFirstRecord) {
+    rows_->Fields()->Append(u"Sconto", DataTypeEnum::adNumeric);
+    const auto field = rows_->Fields()->Item(u"Sconto");
+    field->setPrecision(5);
+    field->setNumericScale(2);
+    EXPECT_EQ(errorOf([&] { field->setPrecision(19); }), errors::kInvalidArgument);
+    rows_->Open();
+    rows_->AddNew(u"Sconto", u"10,255");
+    EXPECT_EQ(shown(field->Value()), "Decimal 10,26");
+    EXPECT_EQ(errorOf([&] { field->setNumericScale(3); }), errors::kIllegalOperation);
+    EXPECT_EQ(errorOf([&] { field->setValue(1000); }), errors::kMultipleStep);
+}
+
 TEST_F(ByHandTest, SortsFiltersAndClones) {
     rows_->Open();
     add(u"b", u"1");
