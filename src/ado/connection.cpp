@@ -199,6 +199,7 @@ void Connection::reporting(const std::function<void()>& work) {
 
 void Connection::report(const std::vector<ServerMessage>& messages, const String& source) {
     std::vector<Ref<Error>> reported;
+    reported.reserve(messages.size());
     for (const ServerMessage& message : messages) {
         reported.push_back(make<Error>(
             Error::Details{message.isError() ? message.number : 0, message.nativeNumber,

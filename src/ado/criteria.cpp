@@ -41,17 +41,17 @@ bool isDate(DataTypeEnum type) {
 bool holds(Node::Operator comparison, std::partial_ordering order) {
     switch (comparison) {
         case Node::Operator::Equal:
-            return order == 0;
+            return std::is_eq(order);
         case Node::Operator::NotEqual:
-            return order != 0;
+            return std::is_neq(order);
         case Node::Operator::Less:
-            return order < 0;
+            return std::is_lt(order);
         case Node::Operator::LessOrEqual:
-            return order <= 0;
+            return std::is_lteq(order);
         case Node::Operator::Greater:
-            return order > 0;
+            return std::is_gt(order);
         case Node::Operator::GreaterOrEqual:
-            return order >= 0;
+            return std::is_gteq(order);
         case Node::Operator::Like:
             break;
     }

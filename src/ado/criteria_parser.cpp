@@ -74,7 +74,7 @@ public:
                 return found;
             }
         }
-        fail(std::string(1, closing).c_str());
+        fail(std::string(1, closing));
     }
 
     [[nodiscard]] std::string_view rest() const { return text_.substr(position_); }

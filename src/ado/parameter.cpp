@@ -1,7 +1,5 @@
 #include <kaputil/ado/parameter.hpp>
 
-#include <limits>
-
 #include <kaputil/frame/convert.hpp>
 
 #include "ado/failures.hpp"

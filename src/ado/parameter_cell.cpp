@@ -64,7 +64,7 @@ ColumnInfo columnOfValue(const Variant& value) {
 }  // namespace
 
 Variant convertedParameter(const Parameter& parameter, const Variant& value) {
-    const Variant plain = convert::plainValue(value);
+    Variant plain = convert::plainValue(value);
     if (plain.isNull() || plain.isEmpty() || plain.isMissing()) {
         return plain;
     }

@@ -10,6 +10,7 @@ namespace kap::ado {
 namespace {
 
 using kap::Parameter;
+using Builder = ClassBuilder<Recordset>;
 
 Parameter missing(const char16_t* name) {
     return Parameter(name).otherwise(Variant::missing());
@@ -19,113 +20,102 @@ Parameter affecting(std::int32_t which) {
     return Parameter(u"AffectRecords").otherwise(which);
 }
 
-template <class Builder>
 Builder&& properties(Builder&& builder) {
     return std::move(builder)
-        .template property<&Recordset::AbsolutePage, &Recordset::setAbsolutePage>(
+        .property<&Recordset::AbsolutePage, &Recordset::setAbsolutePage>(
             u"AbsolutePage", u"The current record's page from 1.")
-        .template property<&Recordset::AbsolutePosition, &Recordset::setAbsolutePosition>(
+        .property<&Recordset::AbsolutePosition, &Recordset::setAbsolutePosition>(
             u"AbsolutePosition", u"The current record's position from 1.")
-        .template property<&Recordset::ActiveCommand>(u"ActiveCommand",
-                                                      u"The command that was opened.")
-        .template property<&Recordset::ActiveConnection, &Recordset::setActiveConnection>(
+        .property<&Recordset::ActiveCommand>(u"ActiveCommand", u"The command that was opened.")
+        .property<&Recordset::ActiveConnection, &Recordset::setActiveConnection>(
             u"ActiveConnection", u"The connection; unset: the recordset is disconnected.")
         .alsoSet()
-        .template property<&Recordset::Bof>(u"BOF",
-                                            u"Whether the position is before the first record.")
-        .template property<&Recordset::Bookmark, &Recordset::setBookmark>(
+        .property<&Recordset::Bof>(u"BOF", u"Whether the position is before the first record.")
+        .property<&Recordset::Bookmark, &Recordset::setBookmark>(
             u"Bookmark", u"A value that stands for the current record.")
-        .template property<&Recordset::CacheSize, &Recordset::setCacheSize>(
-            u"CacheSize", u"Records kept at hand.")
-        .template property<&Recordset::CursorLocation, &Recordset::setCursorLocation>(
-            u"CursorLocation", u"2 server, 3 client.")
-        .template property<&Recordset::CursorType, &Recordset::setCursorType>(
+        .property<&Recordset::CacheSize, &Recordset::setCacheSize>(u"CacheSize",
+                                                                   u"Records kept at hand.")
+        .property<&Recordset::CursorLocation, &Recordset::setCursorLocation>(u"CursorLocation",
+                                                                             u"2 server, 3 client.")
+        .property<&Recordset::CursorType, &Recordset::setCursorType>(
             u"CursorType", u"0 forward only, 1 keyset, 2 dynamic, 3 static.")
-        .template property<&Recordset::EditMode>(u"EditMode",
-                                                 u"0 none, 1 changed, 2 new, 4 deleted.")
-        .template property<&Recordset::Eof>(u"EOF",
-                                            u"Whether the position is after the last record.")
-        .template property<&Recordset::Fields>(u"Fields", u"The columns.")
-        .template property<&Recordset::Filter, &Recordset::setFilter>(
+        .property<&Recordset::EditMode>(u"EditMode", u"0 none, 1 changed, 2 new, 4 deleted.")
+        .property<&Recordset::Eof>(u"EOF", u"Whether the position is after the last record.")
+        .property<&Recordset::Fields>(u"Fields", u"The columns.")
+        .property<&Recordset::Filter, &Recordset::setFilter>(
             u"Filter", u"Which records are shown: criteria, bookmarks, or a group.")
-        .template property<&Recordset::LockType, &Recordset::setLockType>(
+        .property<&Recordset::LockType, &Recordset::setLockType>(
             u"LockType", u"1 read only, 2 pessimistic, 3 optimistic, 4 batch optimistic.")
-        .template property<&Recordset::MarshalOptions, &Recordset::setMarshalOptions>(
+        .property<&Recordset::MarshalOptions, &Recordset::setMarshalOptions>(
             u"MarshalOptions", u"0 all records go back, 1 the changed ones.")
-        .template property<&Recordset::MaxRecords, &Recordset::setMaxRecords>(
+        .property<&Recordset::MaxRecords, &Recordset::setMaxRecords>(
             u"MaxRecords", u"The most records to fetch; 0: no limit.")
-        .template property<&Recordset::PageCount>(u"PageCount", u"How many pages there are.")
-        .template property<&Recordset::PageSize, &Recordset::setPageSize>(u"PageSize",
-                                                                          u"Records of a page.")
-        .template property<&Recordset::RecordCount>(
+        .property<&Recordset::PageCount>(u"PageCount", u"How many pages there are.")
+        .property<&Recordset::PageSize, &Recordset::setPageSize>(u"PageSize", u"Records of a page.")
+        .property<&Recordset::RecordCount>(
             u"RecordCount", u"How many records there are; -1 when they are not counted.")
-        .template property<&Recordset::Sort, &Recordset::setSort>(
+        .property<&Recordset::Sort, &Recordset::setSort>(
             u"Sort", u"The order: column names, each with ASC or DESC.")
-        .template property<&Recordset::Source, &Recordset::setSource>(u"Source", u"The query.")
+        .property<&Recordset::Source, &Recordset::setSource>(u"Source", u"The query.")
         .alsoSet()
-        .template property<&Recordset::State>(u"State", u"0 closed, 1 open.")
-        .template property<&Recordset::Status>(
+        .property<&Recordset::State>(u"State", u"0 closed, 1 open.")
+        .property<&Recordset::Status>(
             u"Status", u"Whether the record waits for UpdateBatch, and why that failed.");
 }
 
-template <class Builder>
 Builder&& methods(Builder&& builder) {
     return std::move(builder)
-        .template method<&Recordset::AddNew>(u"AddNew", {missing(u"FieldList"), missing(u"Values")},
-                                             u"Begins a new record.")
-        .template method<&Recordset::Cancel>(u"Cancel", {}, u"Ends what is running.")
-        .template method<&Recordset::CancelBatch>(u"CancelBatch", {affecting(3)},
-                                                  u"Forgets the changes that wait.")
-        .template method<&Recordset::CancelUpdate>(u"CancelUpdate", {},
-                                                   u"Forgets the pending changes.")
-        .template method<&Recordset::Clone>(u"Clone", {Parameter(u"LockType").otherwise(-1)},
-                                            u"Another recordset on the same records.")
-        .template method<&Recordset::Close>(u"Close", {}, u"Closes the recordset.")
-        .template method<&Recordset::CompareBookmarks>(u"CompareBookmarks",
-                                                       {u"Bookmark1", u"Bookmark2"},
-                                                       u"How two records stand to each other.")
-        .template method<&Recordset::Delete>(u"Delete", {affecting(1)},
-                                             u"Deletes the current record, or several.")
-        .template method<&Recordset::Find>(
-            u"Find",
-            {u"Criteria", Parameter(u"SkipRecords").otherwise(0),
-             Parameter(u"SearchDirection").otherwise(1), missing(u"Start")},
-            u"Moves to the next record that meets a comparison.")
-        .template method<&Recordset::GetRows>(
+        .method<&Recordset::AddNew>(u"AddNew", {missing(u"FieldList"), missing(u"Values")},
+                                    u"Begins a new record.")
+        .method<&Recordset::Cancel>(u"Cancel", {}, u"Ends what is running.")
+        .method<&Recordset::CancelBatch>(u"CancelBatch", {affecting(3)},
+                                         u"Forgets the changes that wait.")
+        .method<&Recordset::CancelUpdate>(u"CancelUpdate", {}, u"Forgets the pending changes.")
+        .method<&Recordset::Clone>(u"Clone", {Parameter(u"LockType").otherwise(-1)},
+                                   u"Another recordset on the same records.")
+        .method<&Recordset::Close>(u"Close", {}, u"Closes the recordset.")
+        .method<&Recordset::CompareBookmarks>(u"CompareBookmarks", {u"Bookmark1", u"Bookmark2"},
+                                              u"How two records stand to each other.")
+        .method<&Recordset::Delete>(u"Delete", {affecting(1)},
+                                    u"Deletes the current record, or several.")
+        .method<&Recordset::Find>(u"Find",
+                                  {u"Criteria", Parameter(u"SkipRecords").otherwise(0),
+                                   Parameter(u"SearchDirection").otherwise(1), missing(u"Start")},
+                                  u"Moves to the next record that meets a comparison.")
+        .method<&Recordset::GetRows>(
             u"GetRows", {Parameter(u"Rows").otherwise(-1), missing(u"Start"), missing(u"Fields")},
             u"The values of many records as an array.")
-        .template method<&Recordset::GetString>(
+        .method<&Recordset::GetString>(
             u"GetString",
             {Parameter(u"StringFormat").otherwise(2), Parameter(u"NumRows").otherwise(-1),
              Parameter(u"ColumnDelimiter").otherwise(u"\t"),
              Parameter(u"RowDelimiter").otherwise(u"\r"), Parameter(u"NullExpr").otherwise(u"")},
             u"The values of many records as a text.")
-        .template method<&Recordset::Move>(u"Move", {u"NumRecords", missing(u"Start")},
-                                           u"Moves by a number of records.")
-        .template method<&Recordset::MoveFirst>(u"MoveFirst", {}, u"Moves to the first record.")
-        .template method<&Recordset::MoveLast>(u"MoveLast", {}, u"Moves to the last record.")
-        .template method<&Recordset::MoveNext>(u"MoveNext", {}, u"Moves to the next record.")
-        .template method<&Recordset::MovePrevious>(u"MovePrevious", {},
-                                                   u"Moves to the previous record.")
-        .template method<&Recordset::NextRecordset>(u"NextRecordset", {missing(u"RecordsAffected")},
-                                                    u"The script's next answer.")
-        .template method<&Recordset::Open>(
+        .method<&Recordset::Move>(u"Move", {u"NumRecords", missing(u"Start")},
+                                  u"Moves by a number of records.")
+        .method<&Recordset::MoveFirst>(u"MoveFirst", {}, u"Moves to the first record.")
+        .method<&Recordset::MoveLast>(u"MoveLast", {}, u"Moves to the last record.")
+        .method<&Recordset::MoveNext>(u"MoveNext", {}, u"Moves to the next record.")
+        .method<&Recordset::MovePrevious>(u"MovePrevious", {}, u"Moves to the previous record.")
+        .method<&Recordset::NextRecordset>(u"NextRecordset", {missing(u"RecordsAffected")},
+                                           u"The script's next answer.")
+        .method<&Recordset::Open>(
             u"Open",
             {missing(u"Source"), missing(u"ActiveConnection"),
              Parameter(u"CursorType").otherwise(-1), Parameter(u"LockType").otherwise(-1),
              Parameter(u"Options").otherwise(-1)},
             u"Opens the query.")
-        .template method<&Recordset::Requery>(u"Requery", {Parameter(u"Options").otherwise(-1)},
-                                              u"Runs the query again.")
-        .template method<&Recordset::Resync>(
-            u"Resync", {affecting(3), Parameter(u"ResyncValues").otherwise(2)},
-            u"Reads records again from the database.")
-        .template method<&Recordset::Supports>(u"Supports", {u"CursorOptions"},
-                                               u"Whether the recordset can do something.")
-        .template method<&Recordset::Update>(u"Update", {missing(u"Fields"), missing(u"Values")},
-                                             u"Writes the pending record.")
-        .template method<&Recordset::UpdateBatch>(u"UpdateBatch", {affecting(3)},
-                                                  u"Writes the changes that wait.");
+        .method<&Recordset::Requery>(u"Requery", {Parameter(u"Options").otherwise(-1)},
+                                     u"Runs the query again.")
+        .method<&Recordset::Resync>(u"Resync",
+                                    {affecting(3), Parameter(u"ResyncValues").otherwise(2)},
+                                    u"Reads records again from the database.")
+        .method<&Recordset::Supports>(u"Supports", {u"CursorOptions"},
+                                      u"Whether the recordset can do something.")
+        .method<&Recordset::Update>(u"Update", {missing(u"Fields"), missing(u"Values")},
+                                    u"Writes the pending record.")
+        .method<&Recordset::UpdateBatch>(u"UpdateBatch", {affecting(3)},
+                                         u"Writes the changes that wait.");
 }
 
 }  // namespace
@@ -133,7 +123,7 @@ Builder&& methods(Builder&& builder) {
 const ClassDescription& Recordset::classDescription() {
     static const ClassDescription description =
         methods(properties(
-                    ClassBuilder<Recordset>(u"Recordset", u"", u"")
+                    Builder(u"Recordset", u"", u"")
                         .summary(u"The rows of a query, one of them current, to read, change and "
                                  u"write back.")))
             .build(u"Fields");

@@ -1,5 +1,4 @@
 // Which records a recordset shows, in which order, and the search for one.
-#include <algorithm>
 #include <unordered_set>
 #include <utility>
 
@@ -116,7 +115,7 @@ void Recordset::rearrange() {
     if (!unicode::trim(sort_.view()).empty()) {
         sort = parseSort(sort_.utf8());
     }
-    cursor_->arrange(std::move(filter), std::move(sort));
+    cursor_->arrange(std::move(filter), sort);
 }
 
 }  // namespace kap::ado

@@ -1,7 +1,7 @@
 #include "ado/row_cursor.hpp"
 
 #include <algorithm>
-#include <limits>
+#include <compare>
 #include <utility>
 
 #include "ado/cell_order.hpp"
@@ -203,7 +203,7 @@ void RowCursor::search(const RowTest& test, std::int64_t skip, SearchDirectionEn
     position_ = place;
 }
 
-void RowCursor::arrange(RowFilter filter, std::vector<SortName> sort) {
+void RowCursor::arrange(RowFilter filter, const std::vector<SortName>& sort) {
     table_->fetchAll();
     std::function<void(std::vector<std::size_t>&)> sorted;
     if (!sort.empty()) {
@@ -212,8 +212,8 @@ void RowCursor::arrange(RowFilter filter, std::vector<SortName> sort) {
                 for (const SortKey& key : keys) {
                     const auto order =
                         compareCells(columns()[key.column], table_->store(key.column), left, right);
-                    if (order != 0) {
-                        return key.descending ? order > 0 : order < 0;
+                    if (std::is_neq(order)) {
+                        return key.descending ? std::is_gt(order) : std::is_lt(order);
                     }
                 }
                 return false;

@@ -77,7 +77,7 @@ public:
     // to EOF or BOF when none does.
     void search(const RowTest& test, std::int64_t skip, SearchDirectionEnum direction);
     // Shows other rows or another order and stands on the first of them.
-    void arrange(RowFilter filter, std::vector<SortName> sort);
+    void arrange(RowFilter filter, const std::vector<SortName>& sort);
     [[nodiscard]] bool isFiltered() const noexcept { return view_.isFiltered(); }
 
     [[nodiscard]] Variant value(std::size_t column) const;

@@ -141,6 +141,7 @@ void addPrimaryKeys(SchemaRows& rows, Database& database, const SchemaCatalogue&
     for (const StoredTable& stored : tablesOf(database)) {
         const std::vector<const Column*> key = keyOf(*catalogue.find(stored.name));
         std::vector<std::string> names;
+        names.reserve(key.size());
         for (const Column* column : key) {
             names.push_back(column->name);
         }
@@ -194,6 +195,7 @@ std::vector<StoredIndex> indexesOf(Database& database, const std::string& table)
 // An index that SQLite makes for a key goes by the key's name.
 std::string publishedName(const StoredIndex& index, const StoredTable& table) {
     std::vector<std::string> columns;
+    columns.reserve(index.columns.size());
     for (const auto& [name, descending] : index.columns) {
         columns.push_back(name);
     }
