@@ -106,14 +106,10 @@ void cancelBatch(RowCursor& cursor, const std::vector<std::size_t>& rows) {
     RowTable& table = cursor.table();
     table.affected().clear();
     for (const std::size_t row : rows) {
-        const auto waiting = table.pending().find(row);
-        if (waiting == table.pending().end()) {
-            continue;
+        if (table.pending(row) != nullptr) {
+            table.affected().push_back(row);
+            table.revert(row);
         }
-        table.affected().push_back(row);
-        table.put(row, waiting->second.original);
-        table.setDeleted(row, waiting->second.kind == PendingRow::Kind::New);
-        table.pending().erase(waiting);
     }
 }
 

@@ -76,6 +76,10 @@ void ColumnStore::replaceNulls() {
     }
 }
 
+void ColumnStore::setReplacedNull(std::size_t row) {
+    cells_[row] = Cell::ReplacedNull;
+}
+
 void ColumnStore::truncate(std::size_t rows) {
     if (rows < size()) {
         words_.resize(rows);

@@ -40,8 +40,9 @@ public:
     void setReal(std::size_t row, double value);
     void setBytes(std::size_t row, std::string_view bytes);
 
-    // Makes every Null of the column read as the neutral value.
+    // Makes every Null of the column, or that of one row, read as the neutral value.
     void replaceNulls();
+    void setReplacedNull(std::size_t row);
 
     // Forgets the rows from `rows` on.
     void truncate(std::size_t rows);

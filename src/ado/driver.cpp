@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "ado/failures.hpp"
 #include "frame/unicode.hpp"
 
 namespace kap::ado {
@@ -68,6 +69,12 @@ Storage storageOf(DataTypeEnum type) noexcept {
             break;
     }
     return Storage::Text;
+}
+
+Result Session::schema(SchemaEnum /*kind*/, const SchemaRestrictions& /*wanted*/) {
+    fail::notAvailable(
+        u"Object or provider is not capable of performing requested operation: it does not "
+        u"describe what it holds.");
 }
 
 DriverError::DriverError(std::vector<ServerMessage> messages, String source)

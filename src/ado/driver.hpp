@@ -184,8 +184,9 @@ public:
     // error of the change's criteria: nothing is written.
     virtual ChangeOutcome apply(const RowChange& change) = 0;
 
-    // Describes what is in the database, in the columns that schemaResult() gives.
-    [[nodiscard]] virtual Result schema(SchemaEnum kind, const SchemaRestrictions& wanted) = 0;
+    // Describes what is in the database, gathered with SchemaRows. Raises kFeatureNotAvailable
+    // unless the driver has something to tell.
+    [[nodiscard]] virtual Result schema(SchemaEnum kind, const SchemaRestrictions& wanted);
 
     virtual void begin() = 0;
     virtual void commit() = 0;

@@ -109,8 +109,7 @@ void RowCursor::assign(std::size_t column, const Variant& given) {
 }
 
 void RowCursor::replaceNulls(std::size_t column) {
-    table_->fetchAll();
-    table_->store(column).replaceNulls();
+    table_->replaceNulls(column);
 }
 
 std::int32_t RowCursor::status() const {

@@ -80,6 +80,26 @@ void RowTable::append(const PendingValues& values) {
     ++generation_;
 }
 
+void RowTable::replaceNulls(std::size_t column) {
+    fetchAll();
+    result_.rows[column].replaceNulls();
+    nullsReplaced_.resize(columns().size());
+    nullsReplaced_[column] = true;
+}
+
+void RowTable::revert(std::size_t row) {
+    const auto waiting = pending_.find(row);
+    const PendingValues& original = waiting->second.original;
+    put(row, original);
+    for (std::size_t column = 0; column < nullsReplaced_.size(); ++column) {
+        if (nullsReplaced_[column] && original[column] == CellValue{}) {
+            result_.rows[column].setReplacedNull(row);
+        }
+    }
+    setDeleted(row, waiting->second.kind == PendingRow::Kind::New);
+    pending_.erase(waiting);
+}
+
 CellValue RowTable::original(std::size_t row, std::size_t column) const {
     const PendingRow* waiting = pending(row);
     if (waiting != nullptr && waiting->original[column]) {

@@ -68,6 +68,11 @@ public:
     void put(std::size_t row, const PendingValues& values);
     void append(const PendingValues& values);
 
+    // Makes the Nulls of a column read as the neutral value, in every row.
+    void replaceNulls(std::size_t column);
+    // Gives a row that waits for a batch update what it held before.
+    void revert(std::size_t row);
+
     // The cell as the database holds it: what an update must find there.
     [[nodiscard]] CellValue original(std::size_t row, std::size_t column) const;
     // The same, or what the last comparison with the database found (Resync).
@@ -94,6 +99,7 @@ public:
 private:
     Result result_;
     bool madeByHand_ = false;
+    std::vector<bool> nullsReplaced_;  // by column; empty until it is done
     std::size_t limit_ = 0;
     mutable std::unordered_map<std::u16string, std::size_t, unicode::NameHash, unicode::NameEqual>
         byName_;                 // made on the first look-up

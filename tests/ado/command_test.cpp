@@ -255,6 +255,23 @@ TEST_F(CommandTest, WorksByLateBoundCalls) {
     EXPECT_EQ(parameters.as<Ref<Object>>()->elements().size(), 1U);
 }
 
+TEST(EmbeddedCommand, RunsTextsAndTables) {
+    const auto connection = test::openMemory();
+    const auto command = make<Command>();
+    command->setActiveConnection(Variant(connection));
+    command->setCommandText(u"CREATE TABLE T (A int); INSERT INTO T VALUES (1), (2)");
+    Variant written;
+    EXPECT_EQ(command->Execute(written)->State(), ObjectStateEnum::adStateClosed);
+    EXPECT_EQ(shown(written), "Long 2");
+    command->setCommandText(u"T");
+    command->setCommandType(CommandTypeEnum::adCmdTable);
+    EXPECT_EQ(shown(fieldOf(command->Execute(), 0)), "Long 1");
+    command->setCommandText(u"SELECT * FROM Manca");
+    command->setCommandType(CommandTypeEnum::adCmdText);
+    EXPECT_EQ(raisedBy([&] { return command->Execute(); }), errors::kUnknownObject);
+    EXPECT_EQ(connection->Errors()->Item(0)->NativeError(), 208);
+}
+
 TEST(Parameter, ConvertsItsValueToItsType) {
     const LocaleScope locale("it-IT");
     const auto parameter = make<Parameter>();

@@ -251,6 +251,10 @@ TEST_F(BatchTest, AReplacedNullIsWrittenOnlyWhenItIsAssigned) {
     rows_->UpdateBatch();
     EXPECT_EQ(stored(u"SELECT Fido FROM Clienti WHERE Codice = 2"), "Null");
     EXPECT_EQ(shown(fieldOf(rows_, u"Fido")), "Currency 0");
+    rows_->Update(u"Fido", Currency{50000});
+    rows_->CancelBatch();
+    EXPECT_EQ(shown(fieldOf(rows_, u"Fido")), "Currency 0");
+    EXPECT_EQ(shown(rows_->Fields()->Item(u"Fido")->OriginalValue()), "Null");
 }
 
 TEST_F(BatchTest, ACloneSeesWhatWaitsAndMayWriteIt) {
