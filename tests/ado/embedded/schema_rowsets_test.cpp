@@ -12,12 +12,12 @@ namespace kap::ado::embedded {
 namespace {
 
 using kap::test::fieldOf;
-using kap::test::openMemory;
 using kap::test::shown;
 
 class SchemaRowsetsTest : public ::testing::Test {
 protected:
-    SchemaRowsetsTest() : connection_(openMemory()) {
+    SchemaRowsetsTest()
+        : database_(kap::test::memoryDatabase()), connection_(kap::test::open(database_)) {
         connection_->Execute(
             u"CREATE TABLE Righe (Anno int NOT NULL, Numero int NOT NULL, Testo nvarchar(40) "
             u"DEFAULT 'x', Prezzo money, Sconto decimal(5,2), Nota text, AggID timestamp, "
@@ -46,6 +46,7 @@ protected:
     }
 
     LocaleScope locale_{"en-US"};
+    std::string database_;
     Ref<kap::ado::Connection> connection_;
 };
 
@@ -125,6 +126,13 @@ TEST_F(SchemaRowsetsTest, TellsTheTypesThatColumnsCanHave) {
     EXPECT_EQ(shown(fieldOf(rows, u"LITERAL_PREFIX")), "Null");
     EXPECT_EQ(shown(fieldOf(rows, u"UNSIGNED_ATTRIBUTE")), "Boolean False");
     EXPECT_EQ(column(schema(SchemaEnum::adSchemaProviderTypes, {3}), u"TYPE_NAME"), "int ");
+}
+
+TEST_F(SchemaRowsetsTest, SeesWhatAnotherConnectionMade) {
+    EXPECT_EQ(column(schema(SchemaEnum::adSchemaTables), u"TABLE_NAME"), "Clienti Righe ");
+    const auto other = kap::test::open(database_);
+    other->Execute(u"CREATE TABLE Altra (A int, B bit); DROP TABLE Righe");
+    EXPECT_EQ(column(schema(SchemaEnum::adSchemaColumns), u"COLUMN_NAME"), "A B Codice Nome ");
 }
 
 TEST_F(SchemaRowsetsTest, SeesATableThatWasMadeMeanwhile) {
