@@ -249,6 +249,7 @@ void readLookedUp(benchmark::State& state, const std::vector<Variant>& fields) {
 
 void readByNumber(benchmark::State& state) {
     std::vector<Variant> numbers;
+    numbers.reserve(kColumns);
     for (std::int32_t i = 0; i < kColumns; ++i) {
         numbers.emplace_back(i);
     }
