@@ -36,6 +36,10 @@ const ClassDescription& Field::classDescription() {
                 u"UnderlyingValue", u"What the database held when it was last compared with it.")
             .property<&Field::Value, &Field::setValue>(u"Value",
                                                        u"The value in the current record.")
+            .method<&Field::AppendChunk>(u"AppendChunk", {u"Data"},
+                                         u"Adds a piece to a long text or binary.")
+            .method<&Field::GetChunk>(u"GetChunk", {u"Length"},
+                                      u"The next piece of a long text or binary.")
             .build(u"Value");
     return description;
 }
@@ -46,6 +50,8 @@ Variant Field::Value() const {
 
 void Field::setValue(const Variant& value) {
     cursor_->assign(ordinal_, value);
+    appending_ = false;
+    chunkRecord_.reset();
 }
 
 Variant Field::OriginalValue() const {

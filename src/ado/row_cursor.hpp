@@ -65,6 +65,10 @@ public:
     [[nodiscard]] std::size_t currentRow() const;
     // The same, also when it has been deleted.
     [[nodiscard]] std::size_t currentPlaceRow() const;
+    // The current row, or the one that a new record is going to be.
+    [[nodiscard]] std::size_t recordNumber() const {
+        return editMode_ == EditModeEnum::adEditAdd ? table_->size() : currentRow();
+    }
     // To a row of the table; raises -2147217906 when the cursor does not show it.
     void goTo(std::size_t row);
     // The rows seen, in order.
@@ -85,6 +89,10 @@ public:
     [[nodiscard]] Variant underlyingValue(std::size_t column) const;
     [[nodiscard]] std::string_view bytes(std::size_t column) const;
     void assign(std::size_t column, const Variant& value);
+    // Whether the column has been assigned since the record was last saved.
+    [[nodiscard]] bool isPending(std::size_t column) const noexcept {
+        return !pending_.empty() && pending_[column].has_value();
+    }
     void replaceNulls(std::size_t column);
 
     [[nodiscard]] EditModeEnum editMode() const noexcept { return editMode_; }

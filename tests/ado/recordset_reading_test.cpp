@@ -44,6 +44,49 @@ TEST_F(RecordsetTest, GivesSomeFieldsOfSomeRecordsAsAnArray) {
               errors::kInvalidArgument);
 }
 
+TEST_F(RecordsetTest, WritesAndReadsLongValuesInPieces) {
+    connection_->Execute(
+        u"CREATE TABLE Foto (Id int PRIMARY KEY, Immagine image, Nota text);"
+        u"INSERT INTO Foto VALUES (1, 0x0102, 'vecchia'), (2, NULL, NULL)");
+    const auto rows = test::openLive(connection_, u"SELECT * FROM Foto ORDER BY Id");
+    const auto image = rows->Fields()->Item(u"Immagine");
+    const auto note = rows->Fields()->Item(u"Nota");
+    image->AppendChunk(Array::ofBytes({9, 8, 7}));
+    image->AppendChunk(Array::ofBytes({6}));
+    note->AppendChunk(u"città ");
+    note->AppendChunk(u"vecchia");
+    rows->Update();
+    image->AppendChunk(Array::ofBytes({5, 4, 3}));  // a new edit begins anew
+    rows->Update();
+    EXPECT_EQ(valueOf(connection_, u"SELECT Immagine FROM Foto WHERE Id = 1").as<Array>().bytes(),
+              (std::vector<std::uint8_t>{5, 4, 3}));
+    EXPECT_EQ(shown(note->GetChunk(5)), "String città");
+    EXPECT_EQ(shown(note->GetChunk(100)), "String  vecchia");
+    EXPECT_EQ(shown(note->GetChunk(1)), "Null");
+    EXPECT_EQ(image->GetChunk(2).as<Array>().bytes(), (std::vector<std::uint8_t>{5, 4}));
+    rows->MoveNext();
+    EXPECT_EQ(shown(image->GetChunk(2)), "Null");
+    rows->MoveFirst();
+    EXPECT_EQ(image->GetChunk(9).as<Array>().bytes(), (std::vector<std::uint8_t>{5, 4, 3}));
+    EXPECT_EQ(raisedBy([&] { return image->GetChunk(-1); }), errors::kInvalidArgument);
+    EXPECT_EQ(raisedBy([&] { return rows->Fields()->Item(0)->GetChunk(1); }),
+              errors::kIllegalOperation);
+}
+
+TEST_F(RecordsetTest, AnAssignedValueIsReplacedByTheFirstPiece) {
+    connection_->Execute(u"CREATE TABLE Note (Id int PRIMARY KEY, Testo ntext)");
+    const auto rows = test::openLive(connection_, u"SELECT * FROM Note");
+    rows->AddNew(u"Id", 1);
+    const auto text = rows->Fields()->Item(u"Testo");
+    text->setValue(u"intero");
+    text->AppendChunk(u"a");
+    text->AppendChunk(u"b");
+    EXPECT_EQ(shown(text->GetChunk(9)), "String ab");
+    text->setValue(u"nuovo");
+    EXPECT_EQ(shown(text->GetChunk(9)), "String nuovo");
+    rows->CancelUpdate();
+}
+
 TEST_F(RecordsetTest, GivesItsRecordsAsAText) {
     const auto rows =
         connection_->Execute(u"SELECT Codice, Nome, Fido, Dal FROM Clienti ORDER BY Codice");

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string_view>
 #include <vector>
 
@@ -36,6 +37,13 @@ public:
     // adResyncUnderlyingValues); else the original value.
     [[nodiscard]] Variant UnderlyingValue() const;
 
+    // A long text or binary in pieces. AppendChunk puts the first piece in the place of the value
+    // and adds the following ones, until the record is saved or the field assigned. GetChunk gives
+    // the next `size` characters or bytes of the current record's value, fewer at its end, and then
+    // Null. Both raise 3219 for a field that is not long.
+    void AppendChunk(const Variant& data);
+    [[nodiscard]] Variant GetChunk(std::int32_t size);
+
     [[nodiscard]] String Name() const;
     [[nodiscard]] DataTypeEnum Type() const;
     // Characters or bytes that the column can hold; the width of the type for the others.
@@ -58,8 +66,13 @@ public:
 private:
     [[nodiscard]] RowCursor& unfilled(std::uint8_t digits) const;
 
+    void requireLong() const;
+
     std::shared_ptr<RowCursor> cursor_;
     std::size_t ordinal_;
+    bool appending_ = false;                  // the pending value is one of pieces
+    std::optional<std::size_t> chunkRecord_;  // the record of which pieces are being read
+    std::size_t chunkStart_ = 0;
 };
 
 // The columns of a recordset, in the order of the query.
