@@ -302,14 +302,14 @@ public:
     template <auto Get, auto Put>
     ClassBuilder&& property(const char16_t* name, const char16_t* text,
                             std::vector<Parameter> parameters = {}) && {
-        MemberDescription& member = add<Get>(name, MemberKind::Property, parameters, text);
-        member.get = &dispatch::call<Class, Get>;
-        if (member.result != VarType::Object) {
-            member.let = &dispatch::call<Class, Put>;
-        }
-        if (member.result == VarType::Object) {
-            member.set = &dispatch::call<Class, Put>;
-        }
+        addAssignable<Get, Put>(name, MemberKind::Property, parameters, text);
+        return std::move(*this);
+    }
+
+    // The same for a public field of the class, which only has an identifier of another range.
+    template <auto Get, auto Put>
+    ClassBuilder&& field(const char16_t* name, const char16_t* text) && {
+        addAssignable<Get, Put>(name, MemberKind::Field, {}, text);
         return std::move(*this);
     }
 
@@ -339,6 +339,18 @@ public:
     }
 
 private:
+    template <auto Get, auto Put>
+    void addAssignable(const char16_t* name, MemberKind kind,
+                       const std::vector<Parameter>& parameters, const char16_t* text) {
+        MemberDescription& member = add<Get>(name, kind, parameters, text);
+        member.get = &dispatch::call<Class, Get>;
+        if (member.result == VarType::Object) {
+            member.set = &dispatch::call<Class, Put>;
+        } else {
+            member.let = &dispatch::call<Class, Put>;
+        }
+    }
+
     template <auto Function>
     MemberDescription& add(const char16_t* name, MemberKind kind,
                            const std::vector<Parameter>& parameters, const char16_t* text) {

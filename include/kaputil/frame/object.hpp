@@ -43,10 +43,14 @@ public:
     Object(const Object&) = delete;
     Object& operator=(const Object&) = delete;
 
-    void retain() const noexcept { references_.fetch_add(1, std::memory_order_relaxed); }
+    void retain() const noexcept {
+        if (references_.fetch_add(1, std::memory_order_relaxed) == 0) {
+            onFirstReference();
+        }
+    }
     void release() const noexcept {
         if (references_.fetch_sub(1, std::memory_order_acq_rel) == 1) {
-            delete this;
+            onLastReferenceGone();
         }
     }
 
@@ -76,7 +80,15 @@ protected:
     Object() = default;
     virtual ~Object() = default;
 
+    [[nodiscard]] bool isReferenced() const noexcept {
+        return references_.load(std::memory_order_relaxed) != 0;
+    }
+
 private:
+    // An object ends with its last reference, unless its class knows others that need it.
+    virtual void onFirstReference() const noexcept {}
+    virtual void onLastReferenceGone() const noexcept { delete this; }
+
     mutable std::atomic<std::uint32_t> references_{0};
 };
 
