@@ -5,6 +5,12 @@
 #include <kaputil/ado/parameter.hpp>
 #include <kaputil/ado/recordset.hpp>
 #include <kaputil/catalogue/std_functions.hpp>
+#include <kaputil/config/cfg_applicazione.hpp>
+#include <kaputil/config/cfg_applicazioni.hpp>
+#include <kaputil/config/cfg_campo.hpp>
+#include <kaputil/config/cfg_modulo.hpp>
+#include <kaputil/config/cfg_procedura.hpp>
+#include <kaputil/config/cfg_stampa.hpp>
 #include <kaputil/core/cconstant.hpp>
 #include <kaputil/core/cerrore.hpp>
 #include <kaputil/core/cproprieta.hpp>
@@ -41,31 +47,16 @@ std::vector<PublishedClass> makeClasses() {
                   u"3f65d614-9991-4046-97ea-fd7a2eac2c21", u"Values of profile files."),
         written(CErrore::classDescription()),
         written(CProprieta::classDescription()),
-        announced(u"CFG_Campi", u"e20b2bad-f777-4633-ab8e-5e9b00307ad2",
-                  u"d83a0c09-6a68-435b-9557-f8485cc61f84", u"The fields of a configuration module.",
-                  u"Item"),
-        announced(u"CFG_Moduli", u"c3381f15-199b-4b0b-8249-307c7495cbfd",
-                  u"1f519c02-76a0-438d-86e9-075d9d3384aa",
-                  u"The modules of a configuration procedure.", u"Item"),
-        announced(u"CFG_Modulo", u"9c372610-0bee-45bf-b14d-921dea05c6f2",
-                  u"bf7b3016-c968-4b36-afc2-9407aa5cf7ca", u"A configuration module.", u"Campi"),
-        announced(u"CFG_Procedura", u"da5fdcb9-22b5-40a9-868e-c536c872ce49",
-                  u"f9899346-9239-442d-bec8-9975c40c39f4", u"A configuration procedure.",
-                  u"Moduli"),
-        announced(u"CFG_Procedure", u"1078f8da-19d3-4206-8eab-6a543fa334b1",
-                  u"496399e7-9b32-488b-be65-dca3df5610dd",
-                  u"The procedures of a configured application.", u"Item"),
+        written(CFG_Campi::classDescription()),
+        written(CFG_Moduli::classDescription()),
+        written(CFG_Modulo::classDescription()),
+        written(CFG_Procedura::classDescription()),
+        written(CFG_Procedure::classDescription()),
         written(CConstant::classDescription()),
-        announced(u"CFG_Campo", u"a4169f44-3a5d-48b9-b45d-da6731b9f27a",
-                  u"9cf3faee-d251-4c33-8601-1139e8470dce", u"A configuration field."),
-        announced(u"CFG_Applicazioni", u"a1493e40-ee46-4833-8ef1-58e3b80d0cef",
-                  u"cee9d7b3-31a7-492b-8740-f94992332c8a", u"The applications of a configuration.",
-                  u"Item"),
-        announced(u"CFG_Applicazione", u"0a766aae-60de-4642-bc23-1824483c3a3a",
-                  u"e698acc0-57a2-4c8a-916b-907e57f58f76", u"A configured application.",
-                  u"Procedure"),
-        announced(u"CFG_Stampa", u"751365ef-c473-43b7-8dc1-8e404c5fb3a2",
-                  u"1286c8fd-6205-4973-a472-388401bca382", u"The configuration of a print."),
+        written(CFG_Campo::classDescription()),
+        written(CFG_Applicazioni::classDescription()),
+        written(CFG_Applicazione::classDescription()),
+        written(CFG_Stampa::classDescription()),
         announced(u"CEMail", u"6ad333e0-4535-4a1f-9d0c-6075308b5714",
                   u"dfb00056-0c60-4a29-a43a-4f09fee6c732", u"Contacts of the mail client."),
         announced(u"CSQL", u"4ac5a4f4-d431-4aa4-8211-93d6a4754c2f",

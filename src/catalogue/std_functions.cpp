@@ -1,5 +1,6 @@
 #include <kaputil/catalogue/std_functions.hpp>
 
+#include <kaputil/config/direct_lookup.hpp>
 #include <kaputil/db/records.hpp>
 #include <kaputil/db/recordsets.hpp>
 #include <kaputil/util/amounts.hpp>
@@ -50,7 +51,14 @@ const ClassDescription& StdFunctions::classDescription() {
                 u"Reads chosen fields of the first record of a query.")
             .reserved(u"TrovaTop")
             .reserved(u"PosizionaForm")
-            .reserved(u"KapCFG")
+            .method<&StdFunctions::KapCFG>(
+                u"KapCFG",
+                {u"Connessione", Parameter(u"sPrefissoProgramma").byReference(),
+                 Parameter(u"sProcedura").byReference(),
+                 Parameter(u"sApplicazione").otherwise(u"°°°").byReference(),
+                 Parameter(u"sCampo").otherwise(u"°°°").byReference()},
+                u"The flag that a program's configuration table gives for a procedure.")
+            .raises(u"The database's errors.")
             .reserved(u"Progressivi_OLD")
             .reserved(u"WLog")
             .reserved(u"EsportaTXT")
@@ -152,6 +160,13 @@ bool StdFunctions::DB_Delete(ByRef<Variant> connessione, const String& sSQL,
 Variant StdFunctions::kapLeggiRecord(ByRef<Variant> connessione, const String& sStringaSQL,
                                      const String& sNomeCampi) {
     return Variant(db::kapLeggiRecord(connessione, sStringaSQL, sNomeCampi));
+}
+
+Variant StdFunctions::KapCFG(ByRef<Variant> connessione, const String& sPrefissoProgramma,
+                             const String& sProcedura, const String& sApplicazione,
+                             const String& sCampo) {
+    return Variant(
+        config::KapCFG(connessione, sPrefissoProgramma, sProcedura, sApplicazione, sCampo));
 }
 
 void StdFunctions::ControllaConnessione(ByRef<Variant> connessione) {

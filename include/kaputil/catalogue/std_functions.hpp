@@ -13,8 +13,9 @@ namespace kap {
 // The general functions of the library, as members of one object that keeps their outcome.
 //
 // Each member is described where its work is done: recordsets in <kaputil/db/recordsets.hpp>,
-// records in <kaputil/db/records.hpp>, values in <kaputil/util/values.hpp>, dates in
-// <kaputil/util/dates.hpp>, amounts in <kaputil/util/amounts.hpp>.
+// records in <kaputil/db/records.hpp>, configuration in <kaputil/config/direct_lookup.hpp>, values
+// in <kaputil/util/values.hpp>, dates in <kaputil/util/dates.hpp>, amounts in
+// <kaputil/util/amounts.hpp>.
 //
 //     auto f = kap::make<kap::StdFunctions>();
 //     kap::Variant record;
@@ -42,6 +43,9 @@ public:
     bool DB_Delete(ByRef<Variant> connessione, const String& sSQL, ByRef<Variant> stringaProprieta);
     Variant kapLeggiRecord(ByRef<Variant> connessione, const String& sStringaSQL,
                            const String& sNomeCampi = u"°°°");
+    Variant KapCFG(ByRef<Variant> connessione, const String& sPrefissoProgramma,
+                   const String& sProcedura, const String& sApplicazione = u"°°°",
+                   const String& sCampo = u"°°°");
     void ControllaConnessione(ByRef<Variant> connessione);
     bool kapEmpty(const Variant& vValore);
     Variant kapVal(const Variant& vValore, const String& sDataType = u"Double");

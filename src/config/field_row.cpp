@@ -1,0 +1,82 @@
+#include "config/field_row.hpp"
+
+#include <kaputil/ado/connection.hpp>
+#include <kaputil/ado/recordset.hpp>
+#include <kaputil/frame/convert.hpp>
+#include <kaputil/frame/error.hpp>
+
+#include "ado/failures.hpp"
+#include "config/node_access.hpp"
+
+namespace kap::config {
+namespace {
+
+// From a field through four collections and three elements.
+constexpr int kStepsToRoot = 7;
+
+std::vector<String> split(const String& path) {
+    std::vector<String> parts;
+    std::u16string_view rest = path;
+    for (std::size_t end = rest.find(u'\\'); end != std::u16string_view::npos;
+         end = rest.find(u'\\')) {
+        parts.emplace_back(rest.substr(0, end));
+        rest.remove_prefix(end + 1);
+    }
+    parts.emplace_back(rest);
+    return parts;
+}
+
+Ref<Object> rootOf(Object& field) {
+    Ref<Object> node(&field);
+    for (int step = 0; step < kStepsToRoot; ++step) {
+        node = objectOf(required(node), u"Parent");
+    }
+    return node;
+}
+
+ado::Connection& opened(const Variant& connection) {
+    if (!connection.isObject()) {
+        throw AutomationError(errors::kObjectRequired);
+    }
+    const Ref<Object>& object = connection.as<Ref<Object>>();
+    auto* opened = dynamic_cast<ado::Connection*>(object.get());
+    if (object && opened == nullptr) {
+        throw AutomationError(errors::kTypeMismatch);
+    }
+    if (opened == nullptr || opened->State() == ado::ObjectStateEnum::adStateClosed) {
+        ado::fail::invalidConnection();
+    }
+    return *opened;
+}
+
+}  // namespace
+
+FieldRow::FieldRow(const String& path, Object& field) : parts_(split(path)) {
+    const Ref<Object> root = rootOf(field);
+    connection_ = propertyOf(required(root), u"ActiveConnection");
+    table_ = convert::toString(propertyOf(*root, u"NomeTabella"));
+}
+
+const String& FieldRow::part(std::size_t index) const {
+    if (index >= parts_.size()) {
+        throw AutomationError(errors::kSubscriptOutOfRange);
+    }
+    return parts_[index];
+}
+
+// The names stand in the text as they are, quotes and all.
+String FieldRow::condition() const {
+    return u" WHERE Gruppo='" + part(0) + u"' and Applicazione='" + part(1) + u"' and Procedura='" +
+           part(2) + u"' and Modulo='" + part(3) + u"' and Campo='" + part(4) + u"'";
+}
+
+String FieldRow::selectStatement() const {
+    return u" SELECT * FROM " + table_ + u" " + condition();
+}
+
+void FieldRow::remove() const {
+    const String statement = u" DELETE " + table_ + u" " + condition();
+    opened(connection_).Execute(statement);
+}
+
+}  // namespace kap::config
