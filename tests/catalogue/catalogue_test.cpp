@@ -10,6 +10,11 @@
 
 #include <kaputil/catalogue/create_object.hpp>
 #include <kaputil/catalogue/std_functions.hpp>
+#include <kaputil/config/cfg_applicazione.hpp>
+#include <kaputil/config/cfg_campo.hpp>
+#include <kaputil/config/cfg_modulo.hpp>
+#include <kaputil/config/cfg_procedura.hpp>
+#include <kaputil/config/cfg_stampa.hpp>
 #include <kaputil/core/cconstant.hpp>
 #include <kaputil/core/iclassi.hpp>
 #include <kaputil/frame/convert.hpp>
@@ -123,7 +128,7 @@ std::string signatureOf(const MemberDescription& member) {
     std::array<char, 16> id{};
     std::snprintf(id.data(), id.size(), "%08x ", static_cast<unsigned>(member.dispatchId));
     std::string text = id.data() + member.name.utf8();
-    if (member.kind == MemberKind::Property) {
+    if (member.kind != MemberKind::Method) {
         text += " [get" + std::string(member.let != nullptr ? ", let" : "") +
                 (member.set != nullptr ? ", set]" : "]");
     }
@@ -162,6 +167,8 @@ TEST(Catalogue, KeepsTheMembersOfTheGlobalClassInTheirPlaces) {
         "-> Boolean",
         "60030006 kapLeggiRecord ref Connessione:Variant ref sStringaSQL:String "
         "ref sNomeCampi:String=°°° -> Variant",
+        "60030009 KapCFG ref Connessione:Variant ref sPrefissoProgramma:String "
+        "ref sProcedura:String ref sApplicazione:String=°°° ref sCampo:String=°°° -> Variant",
         "6003000d ControllaConnessione ref Connessione:Variant",
         "60030010 kapEmpty val vValore:Variant -> Boolean",
         "60030011 kapVal val vValore:Variant ref sDataType:String=Double -> Variant",
@@ -184,11 +191,19 @@ TEST(Catalogue, KeepsTheMembersOfTheGlobalClassInTheirPlaces) {
 }
 
 TEST(Catalogue, ReservesThePlacesOfTheGlobalMembersToCome) {
-    const std::vector<String> expected = {
-        u"kapSendKeys",   u"AspettaDueSecondi",  u"TrovaTop",      u"PosizionaForm",
-        u"KapCFG",        u"Progressivi_OLD",    u"WLog",          u"EsportaTXT",
-        u"kapNomeUtente", u"AttributiFile",      u"kapInviaEMail", u"Ripeti",
-        u"Progressivi",   u"RicercaNumeriDocPre"};
+    const std::vector<String> expected = {u"kapSendKeys",
+                                          u"AspettaDueSecondi",
+                                          u"TrovaTop",
+                                          u"PosizionaForm",
+                                          u"Progressivi_OLD",
+                                          u"WLog",
+                                          u"EsportaTXT",
+                                          u"kapNomeUtente",
+                                          u"AttributiFile",
+                                          u"kapInviaEMail",
+                                          u"Ripeti",
+                                          u"Progressivi",
+                                          u"RicercaNumeriDocPre"};
     EXPECT_EQ(StdFunctions::classDescription().reserved, expected);
     EXPECT_EQ(raisedBy([] {
                   return predeclared()->invoke(std::int32_t{0x60030000}, InvokeKind::Method, {});
@@ -227,11 +242,81 @@ TEST(Catalogue, KeepsTheMembersOfTheOtherClassesInTheirPlaces) {
     EXPECT_TRUE(CConstant::classDescription().members.empty());
 }
 
+TEST(Catalogue, KeepsTheMembersOfTheConfigurationInTheirPlaces) {
+    const std::vector<std::string> root = {"40030000 Gruppo [get, let] -> String",
+                                           "68030000 NomeTabella [get, let] -> String",
+                                           "68030001 ActiveConnection [get, set] -> Object",
+                                           "68030002 Path [get] -> String",
+                                           "60030000 Add val Item:Variant -> Object",
+                                           "60030001 Delete val Nome:String",
+                                           "00000000 Item [get] val Nome:String -> Object",
+                                           "68030004 Collezione [get] -> Object",
+                                           "68030005 Count [get] -> Integer",
+                                           "60030002 CaricaCfgPersonalizzati"};
+    const std::vector<std::string> inner = {
+        "68030000 Parent [get, set] -> Object", "60030000 Add val Nome:String -> Object",
+        "60030001 Delete val Nome:String",      "00000000 Item [get] val Nome:String -> Object",
+        "68030002 Collezione [get] -> Object",  "68030003 Count [get] -> Integer"};
+    const std::vector<std::string> application = {
+        "40030000 Nome [get, let] -> String", "00000000 Procedure [get, set] -> Object",
+        "68030000 Parent [get, set] -> Object", "68030001 Path [get] -> String"};
+    const std::vector<std::string> procedure = {
+        "40030000 Nome [get, let] -> String", "00000000 Moduli [get, set] -> Object",
+        "68030000 NomeMenu [get, let] -> String", "68030001 Parent [get, set] -> Object",
+        "68030002 Path [get] -> String"};
+    const std::vector<std::string> module = {
+        "40030000 Nome [get, let] -> String", "00000000 Campi [get, set] -> Object",
+        "68030000 Parent [get, set] -> Object", "68030001 Path [get] -> String"};
+    EXPECT_EQ(signaturesOf(CFG_Applicazioni::classDescription()), root);
+    EXPECT_EQ(signaturesOf(CFG_Procedure::classDescription()), inner);
+    EXPECT_EQ(signaturesOf(CFG_Moduli::classDescription()), inner);
+    EXPECT_EQ(signaturesOf(CFG_Campi::classDescription()), inner);
+    EXPECT_EQ(signaturesOf(CFG_Applicazione::classDescription()), application);
+    EXPECT_EQ(signaturesOf(CFG_Procedura::classDescription()), procedure);
+    EXPECT_EQ(signaturesOf(CFG_Modulo::classDescription()), module);
+}
+
+TEST(Catalogue, KeepsTheMembersOfConfigurationFieldsAndPrintsInTheirPlaces) {
+    const std::vector<std::string> field = {"68030000 Parent [get, set] -> Object",
+                                            "68030001 Obbligatorio [get, let] -> Boolean",
+                                            "68030002 Nome [get, let] -> String",
+                                            "68030003 Gruppo [get, let] -> String",
+                                            "68030004 ValoreDefault [get, let] -> String",
+                                            "68030005 Valore [get, let] -> String",
+                                            "68030006 FlagDefault [get, let] -> String",
+                                            "68030007 Flag [get, let] -> String",
+                                            "68030008 Note [get, let] -> String",
+                                            "68030009 ValoriConsentiti [get, let] -> String",
+                                            "6803000a FlagConsentiti [get, let] -> String",
+                                            "6803000b Personalizzato [get] -> Boolean",
+                                            "60030000 Update",
+                                            "60030001 ResetDefault val ResetTabella:Boolean",
+                                            "6803000c Path [get] -> String"};
+    const std::vector<std::string> print = {
+        "60030000 InitDefault val vNewValue:Object",   "60030001 Init val vNewValue:Object",
+        "68030000 CFGCampo [get, set] -> Object",      "68030001 Nome [get] -> String",
+        "68030002 AddRunTime [get] -> Boolean",        "68030003 Titolo [get, let] -> String",
+        "68030004 Flag [get, let] -> String",          "68030005 EMail [get, let] -> String",
+        "68030006 EsportaReport [get, let] -> String", "68030007 InElenco [get, let] -> Boolean",
+        "68030008 Sigla [get, let] -> String",         "68030009 CodiceBreve [get, let] -> String",
+        "6803000a ClasseEsterna [get, let] -> String", "6803000b Stampante [get, let] -> String",
+        "6803000c Layout [get, let] -> String",        "6803000d Vidsta [get, let] -> String",
+        "6803000e Copie [get, let] -> String",         "6803000f OrigineCarta [get, let] -> String",
+        "68030010 Note [get, let] -> String"};
+    EXPECT_EQ(signaturesOf(CFG_Campo::classDescription()), field);
+    EXPECT_EQ(signaturesOf(CFG_Stampa::classDescription()), print);
+}
+
 TEST(Predeclared, AnswersLikeAnInstanceThatIsCreated) {
     const auto created = createObject(u"KapUtil.StdFunctions");
     EXPECT_EQ(test::shown(call(*predeclared(), u"KapRound", {2.675, 2})),
               test::shown(call(*created, u"KapRound", {2.675, 2})));
     EXPECT_EQ(predeclared(), predeclared());
+}
+
+TEST(Predeclared, LooksUpAConfigurationByName) {
+    const auto answer = call(*predeclared(), u"KapCFG", {Variant(), u"ABC", u""});
+    EXPECT_EQ(test::shown(call(*answer.as<Ref<Object>>(), u"Leggi")), "String <FLAG>0</FLAG>");
 }
 
 TEST(Predeclared, IsAnotherOneInEveryThread) {

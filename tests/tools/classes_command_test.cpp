@@ -82,12 +82,11 @@ TEST(ClassesCommand, ShowsEachClassOfTheTableOnALine) {
 
 TEST(ClassesCommand, SaysOfAClassToComeThatItsMembersAreNotThereYet) {
     const std::string table = kaputil({"classes"}).out;
-    EXPECT_TRUE(rowOf(table, "CFG_Campi").starts_with("CFG_Campi creatable Item not yet "))
-        << table;
-    const Outcome run = kaputil({"classes", "CFG_Campi"});
+    EXPECT_TRUE(rowOf(table, "CEMail").starts_with("CEMail creatable - not yet ")) << table;
+    const Outcome run = kaputil({"classes", "CEMail"});
     EXPECT_EQ(run.exitCode, 0);
     EXPECT_TRUE(contains(run.out, "Its members are not there yet.")) << run.out;
-    EXPECT_EQ(classesJson({"CFG_Campi"})["members"], nullptr);
+    EXPECT_EQ(classesJson({"CEMail"})["members"], nullptr);
 }
 
 TEST(ClassesCommand, TellsTheIdentityOfTheLibrary) {
@@ -222,9 +221,9 @@ TEST(ClassesCommand, SuggestsNothingForANameLikeNoOther) {
 }
 
 TEST(ClassesCommand, SaysOfAMemberOfAClassToComeThatItIsNotThereYet) {
-    const Outcome run = kaputil({"classes", "CFG_Campi.Item"});
+    const Outcome run = kaputil({"classes", "CEMail.Errore"});
     EXPECT_EQ(run.exitCode, 2);
-    EXPECT_EQ(run.err, "kaputil: the members of CFG_Campi are not there yet\n");
+    EXPECT_EQ(run.err, "kaputil: the members of CEMail are not there yet\n");
 }
 
 TEST(ClassesCommand, NamesTheMembersToCome) {
