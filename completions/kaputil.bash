@@ -19,8 +19,9 @@ _kaputil_names() {
     "$_kaputil_program" classes "$@" --names 2>/dev/null
 }
 
+# The commands, or those of the command given.
 _kaputil_commands() {
-    "$_kaputil_program" --help 2>/dev/null | sed -n '/^Subcommands:/,$ s/^  \([a-z][a-z]*\) .*/\1/p'
+    "$_kaputil_program" "$@" --help 2>/dev/null | sed -n '/^Subcommands:/,$ s/^  \([a-z][a-z]*\) .*/\1/p'
 }
 
 _kaputil_options() {
@@ -99,7 +100,7 @@ _kaputil_value() {
     local option=$1 typed=$2
     case $option in
     --locale) _kaputil_offer '' "$typed" '' < <(printf '%s\n' it-IT en-US en-GB) ;;
-    --database | --file | --message-log)
+    --database | --declaration | --file | --message-log)
         mapfile -t COMPREPLY < <(compgen -f -- "$typed")
         compopt -o filenames 2>/dev/null || true
         ;;
@@ -119,7 +120,7 @@ _kaputil() {
 
     case $before in
     := | :) return ;;
-    --locale | --database | --file | --message-log | --connection | --command | --seed)
+    --locale | --database | --declaration | --file | --message-log | --connection | --command | --seed | --group | --path | --table)
         _kaputil_value "$before" "$typed"
         return
         ;;
@@ -127,9 +128,12 @@ _kaputil() {
     if [[ $typed == -* ]]; then
         local command=()
         [[ $COMP_CWORD -eq 1 ]] || command=("${COMP_WORDS[1]}")
+        [[ $COMP_CWORD -eq 2 || ${COMP_WORDS[1]} != config ]] || command+=("${COMP_WORDS[2]}")
         _kaputil_offer '' "$typed" '' < <(_kaputil_options "${command[@]}")
     elif [[ $COMP_CWORD -eq 1 ]]; then
         _kaputil_offer '' "$typed" '' < <(_kaputil_commands)
+    elif [[ ${COMP_WORDS[1]} == config && $COMP_CWORD -eq 2 ]]; then
+        _kaputil_offer '' "$typed" '' < <(_kaputil_commands config)
     elif [[ ${COMP_WORDS[1]} == call && $typed != :* ]]; then
         _kaputil_call "$typed"
     elif [[ ${COMP_WORDS[1]} == classes ]]; then

@@ -85,7 +85,7 @@ void Collection::Add(const Variant& item, const Variant& key, const Variant& bef
     Elements made(1);
     if (!key.isMissing()) {
         made.front().key = key.as<String>();
-        if (keys_->contains(made.front().key->view())) {
+        if (contains(*made.front().key)) {
             throw AutomationError(errors::kDuplicateKey);
         }
     }
@@ -121,6 +121,10 @@ std::vector<Variant> Collection::elements() {
         all.push_back(element.item.get());
     }
     return all;
+}
+
+bool Collection::contains(std::u16string_view key) const {
+    return keys_->contains(key);
 }
 
 LinkedObject* Collection::findLinked(std::u16string_view key) const {

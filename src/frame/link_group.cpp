@@ -10,10 +10,10 @@ namespace {
 
 // A member can be left behind when a link is cut, or when it joined by a link that leads away from
 // it, and its last reference goes. References to members come and go all the time, so that alone
-// weighs little; and a sweep looks at every member, so it waits until it is paid for.
+// weighs little; and a sweep looks at every member and link, so it waits until it is paid for.
 constexpr std::size_t kDropped = 1;
 constexpr std::size_t kCutOrUnited = 8;
-constexpr std::size_t kBearable = 4;  // for each member
+constexpr std::size_t kBearable = 4;  // for each member or link
 
 }  // namespace
 
@@ -70,14 +70,14 @@ void LinkGroup::linkIsCut() {
 
 void LinkGroup::suspect(std::size_t weight) {
     suspicion_ += weight;
-    if (suspicion_ > kBearable * members_.size()) {
+    if (suspicion_ > kBearable * std::max(members_.size(), sweepCost_)) {
         sweep();
     }
 }
 
 void LinkGroup::sweep() {
     suspicion_ = 0;
-    markReached();
+    sweepCost_ = markReached();
     const auto unreached = std::stable_partition(
         members_.begin(), members_.end(), [](const LinkedObject* one) { return one->reached_; });
     const std::vector<LinkedObject*> ended(unreached, members_.end());
@@ -88,18 +88,21 @@ void LinkGroup::sweep() {
     end(ended);
 }
 
-void LinkGroup::markReached() const {
+std::size_t LinkGroup::markReached() const {
+    std::size_t visits = 0;
     std::vector<LinkedObject*> toVisit;
     std::ranges::copy_if(members_, std::back_inserter(toVisit),
                          [](const LinkedObject* one) { return one->isReferenced(); });
     while (!toVisit.empty()) {
         LinkedObject* const object = toVisit.back();
         toVisit.pop_back();
+        ++visits;
         if (object != nullptr && !object->reached_) {
             object->reached_ = true;
             object->collectLinks(toVisit);
         }
     }
+    return visits;
 }
 
 // Nobody refers to them, so nothing calls them any more: what they hold besides may end with them

@@ -34,13 +34,14 @@ private:
     void absorb(LinkGroup& other);
     void suspect(std::size_t weight);
     void sweep();
-    void markReached() const;
+    [[nodiscard]] std::size_t markReached() const;
     static void end(const std::vector<LinkedObject*>& objects);
 
     std::vector<LinkedObject*> members_;
     std::size_t referenced_ = 0;  // members that somebody outside refers to
     // What happened since the last sweep that may have left members behind, by weight.
     std::size_t suspicion_ = 0;
+    std::size_t sweepCost_ = 0;  // members and links that the last sweep looked at
 };
 
 }  // namespace kap

@@ -10,6 +10,7 @@
 #include "tools/call_command.hpp"
 #include "tools/classes_command.hpp"
 #include "tools/command_words.hpp"
+#include "tools/config_options.hpp"
 #include "tools/demo_command.hpp"
 #include "tools/exit_codes.hpp"
 #include "tools/shown_text.hpp"
@@ -116,6 +117,7 @@ public:
         classesCommand_ = addClasses(app_, classes_);
         callCommand_ = addCall(app_, call_, wordsForHelp_);
         addSql(app_, sql_);
+        config_.addTo(app_);
     }
 
     int run(std::vector<std::string> arguments) {
@@ -165,6 +167,9 @@ private:
         if (classesCommand_->parsed()) {
             return classes_.run();
         }
+        if (config_.parsed()) {
+            return config_.run();
+        }
         return callCommand_->parsed() ? call_.run() : sql_.run();
     }
 
@@ -173,6 +178,7 @@ private:
     ClassesCommand classes_;
     CallCommand call_;
     SqlCommand sql_;
+    ConfigOptions config_;
     std::string wordsForHelp_;
     const CLI::App* demoCommand_ = nullptr;
     const CLI::App* classesCommand_ = nullptr;

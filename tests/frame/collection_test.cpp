@@ -37,6 +37,8 @@ Ref<Collection> towns() {
 TEST(Collection, FindsElementsByKeyIgnoringCase) {
     EXPECT_EQ(shown(towns()->Item(u"mi")), "String Milano");
     EXPECT_EQ(shown(towns()->Item(u"TO")), "String Torino");
+    EXPECT_TRUE(towns()->contains(u"To"));
+    EXPECT_FALSE(towns()->contains(u"RM"));
 }
 
 TEST(Collection, FindsElementsByPositionFromOne) {

@@ -28,8 +28,8 @@ bool offers(const std::string& all, const std::string& one) {
 }
 
 TEST(Completion, OffersTheCommands) {
-    EXPECT_EQ(offered({"kaputil", ""}), "demo classes call sql");
-    EXPECT_EQ(offered({"kaputil", "c"}), "classes call");
+    EXPECT_EQ(offered({"kaputil", ""}), "demo classes call sql config");
+    EXPECT_EQ(offered({"kaputil", "c"}), "classes call config");
 }
 
 TEST(Completion, OffersTheOptionsOfACommand) {
@@ -38,6 +38,16 @@ TEST(Completion, OffersTheOptionsOfACommand) {
     EXPECT_EQ(offered({"kaputil", "classes", "--"}), "--help --json --names");
     EXPECT_EQ(offered({"kaputil", "sql", "--c"}), "--command --connection");
     EXPECT_EQ(offered({"kaputil", "demo", "--d"}), "--database");
+}
+
+TEST(Completion, OffersTheCommandsAndOptionsOfTheConfiguration) {
+    EXPECT_EQ(offered({"kaputil", "config", ""}), "show diff export import");
+    EXPECT_EQ(offered({"kaputil", "config", "e"}), "export");
+    EXPECT_EQ(offered({"kaputil", "config", "--"}), "--help");
+    EXPECT_EQ(offered({"kaputil", "config", "import", "--"}),
+              "--connection --declaration --file --group --help --json --replace --table");
+    EXPECT_EQ(offered({"kaputil", "config", "diff", "A", "B", "--p"}), "--path");
+    EXPECT_EQ(offered({"kaputil", "config", "show", "--group", ""}), "");
 }
 
 TEST(Completion, OffersClasses) {

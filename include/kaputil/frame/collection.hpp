@@ -49,6 +49,9 @@ public:
 
     [[nodiscard]] std::vector<Variant> elements() override;
 
+    // Whether an element has this key. C++ only.
+    [[nodiscard]] bool contains(std::u16string_view key) const;
+
     // The element with this key when it is a linked object, else null. C++ only.
     [[nodiscard]] LinkedObject* findLinked(std::u16string_view key) const;
 
