@@ -7,6 +7,7 @@
 #include <kaputil/frame/plain_text.hpp>
 #include <kaputil/frame/variant.hpp>
 
+#include "tools/demo_configuration.hpp"
 #include "tools/demo_user.hpp"
 #include "tools/demo_values.hpp"
 
@@ -40,7 +41,10 @@ Date dayOf(std::chrono::year_month_day date) {
 class Story {
 public:
     Story(DemoReport& report, const String& connectionString)
-        : report_(report), anna_("Anna", connectionString), bruno_("Bruno", connectionString) {}
+        : report_(report),
+          connectionString_(connectionString),
+          anna_("Anna", connectionString),
+          bruno_("Bruno", connectionString) {}
 
     void tell() {
         const int invoice = numberOf("FAI", "MAX");
@@ -51,6 +55,7 @@ public:
         addDocument(added);
         smallHelpers(invoice, added);
         tellOfValues(report_, anna_);
+        tellOfConfiguration(report_, connectionString_);
     }
 
 private:
@@ -173,6 +178,7 @@ private:
     }
 
     DemoReport& report_;
+    String connectionString_;
     DemoUser anna_;
     DemoUser bruno_;
 };

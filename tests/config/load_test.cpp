@@ -201,6 +201,16 @@ TEST_F(Load, MakesThemAnewEveryTime) {
     EXPECT_EQ(sampleFields(root_)->Count(), 4);
 }
 
+// A reset field has lost the mark that says that it is not the program's.
+TEST_F(Load, KeepsAFieldMadeAtRunTimeThatWasReset) {
+    addRow(connection_, "UFFICIO", "Uno", "<ADD_RUNTIME>1</ADD_RUNTIME>");
+    root_->CaricaCfgPersonalizzati();
+    sampleFields(root_)->Item(u"Uno")->ResetDefault(true);
+    EXPECT_EQ(rowsOf(connection_), "");
+    root_->CaricaCfgPersonalizzati();
+    EXPECT_EQ(field(u"Uno"), "/0 ");
+}
+
 TEST_F(Load, RemovesAFieldWhoseValueWasMarkedMeanwhile) {
     sampleFields(root_)->Item(u"Stampante")->setValore(u"<ADD_RUNTIME></ADD_RUNTIME>");
     root_->CaricaCfgPersonalizzati();

@@ -62,6 +62,20 @@ TEST(DemoCommand, ReadsTheTextOfAMessageBoxInTheLog) {
     EXPECT_EQ(stepWith(report, "CalcVal", nullptr)["message"], "Valuta XYZ non trovata!");
 }
 
+TEST(DemoCommand, ShowsAPrintLayoutThatIsAddedAndLoadedAgain) {
+    const json report = json::parse(kaputil({"demo", "--json"}).out);
+    const json found = stepWith(report, "CFG_Stampa", true);
+    EXPECT_EQ(found["values"], json::parse(R"({"Titolo":"Consegna urgente","Copie":"2"})"));
+    const json reset = stepWith(report, "ResetDefault", false);
+    EXPECT_EQ(reset["user"], "Anna");
+}
+
+TEST(DemoCommand, LeavesTheConfigurationAsItWas) {
+    const Folder folder;
+    ASSERT_EQ(kaputil({"demo", "--database", folder / "a.db"}).exitCode, 0);
+    EXPECT_EQ(rowsOf(folder / "a.db", "SELECT COUNT(*) FROM KAP_CFG"), json::parse("[[11]]"));
+}
+
 TEST(DemoCommand, UsesNoColoursInAFile) {
     EXPECT_FALSE(contains(kaputil({"demo"}).out, "\x1b"));
 }
