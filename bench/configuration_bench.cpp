@@ -9,6 +9,7 @@
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 #include <kaputil/ado/connection.hpp>
 #include <kaputil/ado/recordset.hpp>
@@ -59,6 +60,20 @@ std::string moduleRows(int application, int procedure, int module) {
     return script;
 }
 
+// Declares an application as a program does.
+void declare(kap::CFG_Applicazioni& root, int application) {
+    const auto procedures = root.Add(name("Applicazione", application))->Procedure();
+    for (int procedure = 0; procedure < kProcedures; ++procedure) {
+        const auto modules = procedures->Add(name("Procedura", procedure))->Moduli();
+        for (int module = 0; module < kModules; ++module) {
+            const auto fields = modules->Add(name("Modulo", module))->Campi();
+            for (int field = 0; field < kFields; ++field) {
+                fields->Add(name("Campo", field))->setValoreDefault(u"nessun valore");
+            }
+        }
+    }
+}
+
 class ConfigurationDatabase {
 public:
     static ConfigurationDatabase& get() {
@@ -85,7 +100,8 @@ private:
         root_->setActiveConnection(connection_);
         connection_->BeginTrans();
         for (int application = 0; application < kApplications; ++application) {
-            declare(application);
+            addRows(application);
+            declare(*root_, application);
         }
         connection_->CommitTrans();
         openBare(file);
@@ -97,16 +113,10 @@ private:
         std::filesystem::remove_all(folder_, ignored);
     }
 
-    void declare(int application) {
-        const auto procedures = root_->Add(name("Applicazione", application))->Procedure();
+    void addRows(int application) {
         for (int procedure = 0; procedure < kProcedures; ++procedure) {
-            const auto modules = procedures->Add(name("Procedura", procedure))->Moduli();
             for (int module = 0; module < kModules; ++module) {
                 connection_->Execute(moduleRows(application, procedure, module));
-                const auto fields = modules->Add(name("Modulo", module))->Campi();
-                for (int field = 0; field < kFields; ++field) {
-                    fields->Add(name("Campo", field))->setValoreDefault(u"nessun valore");
-                }
             }
         }
     }
@@ -192,7 +202,51 @@ void readBareRows(benchmark::State& state) {
     state.SetItemsProcessed(state.iterations() * kRows);
 }
 
+// The same load of a program that knows one application of four.
+void loadOneApplication(benchmark::State& state) {
+    const auto root = kap::make<kap::CFG_Applicazioni>();
+    root->setGruppo(u"UFFICIO");
+    root->setActiveConnection(ConfigurationDatabase::get().root()->ActiveConnection());
+    declare(*root, kApplications - 1);
+    for (auto _ : state) {
+        root->CaricaCfgPersonalizzati();
+    }
+    if (lastFieldsGroup(*root, kFields - 1) != "DEFAULT") {
+        state.SkipWithError("the fields are not loaded");
+    }
+    state.SetItemsProcessed(state.iterations() * kRows / kApplications);
+}
+
+// Looks up a hundred fields, in other letters, of a module that has so many.
+template <int Fields>
+void lookUpFields(benchmark::State& state) {
+    constexpr int kLookUps = 100;
+    const auto fields = kap::make<kap::CFG_Campi>();
+    std::vector<String> names;
+    for (int i = 0; i < Fields; ++i) {
+        fields->Add(name("Campo", i));
+        if (i % (Fields / kLookUps) == 0) {
+            names.emplace_back("CAMPO NUMERO " + kap::plain::text(i));
+        }
+    }
+    std::size_t found = 0;
+    for (auto _ : state) {
+        found = 0;
+        for (const String& wanted : names) {
+            found += fields->Item(wanted)->Personalizzato() ? 0 : 1;
+        }
+    }
+    if (found != kLookUps) {
+        state.SkipWithError("fields are missing");
+    }
+    state.SetItemsProcessed(state.iterations() * kLookUps);
+}
+
 KAP_BENCH_PAIR("configuration: load 200,000 fields of 2,000 modules, 220,000 rows",
                loadConfiguration, readBareRows, 2.0);
+KAP_BENCH_PAIR("configuration: a row of 200,000 fields beside one of 50,000", loadConfiguration,
+               loadOneApplication, 1.3);
+KAP_BENCH_PAIR("configuration: look up a field of 30,000 beside one of 300", lookUpFields<30'000>,
+               lookUpFields<300>, 2.0);
 
 }  // namespace

@@ -1,13 +1,13 @@
 // `kaputil config show`.
 
 #include <iostream>
-#include <map>
 #include <utility>
 
 #include <nlohmann/json.hpp>
 
 #include "tools/config_command.hpp"
 #include "tools/exit_codes.hpp"
+#include "tools/names.hpp"
 #include "tools/shown_text.hpp"
 #include "tools/terminal.hpp"
 
@@ -106,7 +106,7 @@ private:
     // What the value in force overrules: ", over 15 of DEFAULT and 10 of the program".
     [[nodiscard]] std::string overruled(const Setting& setting) const {
         std::vector<std::string> texts;
-        if (setting.groups[0] && setting.everybody) {
+        if (setting.groups[0] && setting.everybody && !sameName(group_, kEverybody)) {
             texts.push_back(valueText(setting.everybody->value) + " of " + kEverybody);
         }
         if (setting.declared && setting.declared->value &&
@@ -132,8 +132,7 @@ private:
 
     void printSetting(const Setting& setting) {
         const auto inForce = setting.inForce(0, group_);
-        const auto properties =
-            inForce ? propertiesIn(inForce->value) : decltype(propertiesIn(""))();
+        const Properties properties = inForce ? propertiesIn(inForce->value) : Properties();
         out_ << "      " << padded(shownText(setting.path.field), nameColumns_) << "  ";
         if (!inForce) {
             out_ << terminal_.styled(Style::Dim, "(no value)");
@@ -151,8 +150,7 @@ private:
         printBelow(setting, properties);
     }
 
-    void printBelow(const Setting& setting,
-                    const std::vector<std::pair<std::string, std::string>>& properties) {
+    void printBelow(const Setting& setting, const Properties& properties) {
         std::size_t columns = 0;
         for (const auto& [name, text] : properties) {
             columns = std::max(columns, columnsOf(shownText(name)));

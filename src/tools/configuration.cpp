@@ -5,23 +5,15 @@
 #include <utility>
 
 #include <kaputil/ado/recordset.hpp>
-#include <kaputil/config/cfg_applicazione.hpp>
-#include <kaputil/config/cfg_modulo.hpp>
-#include <kaputil/config/cfg_procedura.hpp>
 #include <kaputil/core/cproprieta.hpp>
 #include <kaputil/frame/collection.hpp>
 #include <kaputil/frame/convert.hpp>
 #include <kaputil/frame/error.hpp>
-#include <kaputil/frame/plain_text.hpp>
 #include <kaputil/util/values.hpp>
-
-#include "tools/script_text.hpp"
-#include "tools/usage_error.hpp"
 
 namespace kap::tools {
 namespace {
 
-constexpr const char* kNoDefault = "<nessuno>";
 constexpr const char16_t* kRunTimeMark = u"ADD_RUNTIME";
 
 String quoted(const std::string& text) {
@@ -74,7 +66,7 @@ private:
 };
 
 // Brings together what belongs to one application, procedure and module, each where its first
-// setting stands.
+// setting stands and in its letters.
 void groupByModule(std::vector<Setting>& settings) {
     const auto ranks = make<Collection>();
     const auto rank = [&](const std::string& name) {
@@ -94,6 +86,21 @@ void groupByModule(std::vector<Setting>& settings) {
         static_cast<void>(place(setting));
     }
     std::ranges::stable_sort(settings, {}, place);
+    for (std::size_t i = 1; i < settings.size(); ++i) {
+        const auto before = place(settings[i - 1]);
+        const auto here = place(settings[i]);
+        const SettingPath& above = settings[i - 1].path;
+        SettingPath& path = settings[i].path;
+        if (std::get<0>(before) == std::get<0>(here)) {
+            path.application = above.application;
+        }
+        if (std::get<1>(before) == std::get<1>(here)) {
+            path.procedure = above.procedure;
+        }
+        if (before == here) {
+            path.module = above.module;
+        }
+    }
 }
 
 Ref<ado::Recordset> openRows(ado::Connection& connection, const ConfigurationSource& source,
@@ -210,17 +217,6 @@ std::optional<SettingInForce> Setting::inForce(std::size_t group, const std::str
     return std::nullopt;
 }
 
-std::vector<FileSetting> readDeclaration(const ConfigurationSource& source) {
-    if (!source.declaration) {
-        return {};
-    }
-    try {
-        return readSettings(readScript(*source.declaration), *source.declaration);
-    } catch (const ScriptError& error) {
-        throw UsageError(error.what());
-    }
-}
-
 Configuration readConfiguration(ado::Connection& connection, const ConfigurationSource& source,
                                 const std::vector<std::string>& groups) {
     Configuration configuration;
@@ -245,81 +241,11 @@ Configuration readConfiguration(ado::Connection& connection, const Configuration
     return configuration;
 }
 
-Ref<CFG_Modulo> findModule(const CFG_Applicazioni& root, const SettingPath& path) {
-    if (!root.Collezione()->contains(String(path.application))) {
-        return {};
-    }
-    const auto procedures = root.Item(path.application)->Procedure();
-    if (!procedures->Collezione()->contains(String(path.procedure))) {
-        return {};
-    }
-    const auto modules = procedures->Item(path.procedure)->Moduli();
-    return modules->Collezione()->contains(String(path.module)) ? modules->Item(path.module)
-                                                                : Ref<CFG_Modulo>();
-}
-
-Ref<CFG_Campo> findField(const CFG_Applicazioni& root, const SettingPath& path) {
-    const Ref<CFG_Modulo> module = findModule(root, path);
-    if (!module || !module->Campi()->Collezione()->contains(String(path.field))) {
-        return {};
-    }
-    return module->Campi()->Item(path.field);
-}
-
-Ref<CFG_Campo> fieldIn(CFG_Applicazioni& root, const SettingPath& path) {
-    const auto itemIn = [](auto& collection, const std::string& name) {
-        return collection.Collezione()->contains(String(name)) ? collection.Item(name)
-                                                               : collection.Add(String(name));
-    };
-    const auto application = itemIn(root, path.application);
-    const auto procedure = itemIn(*application->Procedure(), path.procedure);
-    const auto module = itemIn(*procedure->Moduli(), path.module);
-    return itemIn(*module->Campi(), path.field);
-}
-
-void declare(CFG_Applicazioni& root, const FileSetting& setting) {
-    if (findField(root, setting.path)) {
-        throw UsageError("line " + plain::text(setting.line) + ": " + setting.path.text() +
-                         " is there a second time");
-    }
-    const auto field = fieldIn(root, setting.path);
-    field->setValoreDefault(setting.value.value_or(kNoDefault));
-    if (setting.flag) {
-        field->setFlagDefault(*setting.flag);
-    }
-    if (setting.allowedValues) {
-        field->setValoriConsentiti(*setting.allowedValues);
-    }
-    if (setting.allowedFlags) {
-        field->setFlagConsentiti(*setting.allowedFlags);
-    }
-    field->setNote(setting.note);
-    field->setObbligatorio(setting.mandatory);
-}
-
-std::string refusalOf(CFG_Campo& field, const std::optional<std::string>& value,
-                      const std::optional<std::string>& flag) {
-    try {
-        if (value) {
-            field.setValore(*value);
-        }
-        if (flag) {
-            field.setFlag(*flag);
-        }
-    } catch (const AutomationError& error) {
-        if (error.number() != errors::kObjectError) {
-            throw;
-        }
-        return error.description().utf8();
-    }
-    return {};
-}
-
-std::vector<std::pair<std::string, std::string>> propertiesIn(const std::string& value) {
+Properties propertiesIn(const std::string& value) {
     const auto read = make<CProprieta>();
     read->Scrivi(u"", String(value));
     const auto again = make<CProprieta>();
-    std::vector<std::pair<std::string, std::string>> properties;
+    Properties properties;
     try {
         for (std::int16_t i = 1; i <= read->Count(); ++i) {
             const String name = read->NomeProprieta(i);

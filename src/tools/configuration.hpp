@@ -2,13 +2,12 @@
 
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <kaputil/ado/connection.hpp>
-#include <kaputil/config/cfg_applicazioni.hpp>
-#include <kaputil/config/cfg_campo.hpp>
-#include <kaputil/config/cfg_modulo.hpp>
 
+#include "tools/declared_tree.hpp"
 #include "tools/settings_file.hpp"
 
 // A configuration as the command line sees it: for each field what the program declares and what
@@ -17,14 +16,6 @@ namespace kap::tools {
 
 // The group of the rows for everybody.
 inline constexpr const char* kEverybody = "DEFAULT";
-
-// Where a configuration is.
-struct ConfigurationSource {
-    std::string connection;                  // the connection string
-    std::string table = "KAP_CFG";           //
-    std::optional<std::string> declaration;  // the file in which the program declares its fields
-    std::string path;                        // only what is below it; empty: everything
-};
 
 // A row of the table. nullopt is Null.
 struct SettingRow {
@@ -65,25 +56,9 @@ struct Configuration {
                                               const ConfigurationSource& source,
                                               const std::vector<std::string>& groups);
 
-// The settings of a declaration file; none without one.
-[[nodiscard]] std::vector<FileSetting> readDeclaration(const ConfigurationSource& source);
-
-// The field with a path in a tree, made with all above it where it is missing.
-[[nodiscard]] Ref<CFG_Campo> fieldIn(CFG_Applicazioni& root, const SettingPath& path);
-// The module or the field with a path, unset where it is missing.
-[[nodiscard]] Ref<CFG_Modulo> findModule(const CFG_Applicazioni& root, const SettingPath& path);
-[[nodiscard]] Ref<CFG_Campo> findField(const CFG_Applicazioni& root, const SettingPath& path);
-
-// Declares a field in a tree. Throws UsageError when it is there already.
-void declare(CFG_Applicazioni& root, const FileSetting& setting);
-
-// The refusal of a value and a flag by a field, which takes them otherwise; empty when it does.
-[[nodiscard]] std::string refusalOf(CFG_Campo& field, const std::optional<std::string>& value,
-                                    const std::optional<std::string>& flag);
-
 // Properties of a value that is a property string: names and texts in their order. Empty for any
 // other value.
-[[nodiscard]] std::vector<std::pair<std::string, std::string>> propertiesIn(
-    const std::string& value);
+using Properties = std::vector<std::pair<std::string, std::string>>;
+[[nodiscard]] Properties propertiesIn(const std::string& value);
 
 }  // namespace kap::tools

@@ -128,6 +128,32 @@ TEST_F(ConfigCommand, ShowsOnlyWhatIsBelowAPath) {
     EXPECT_EQ(config({"show", "--group", "UFFICIO", "--path", "Vend"}).out, "No settings.\n");
 }
 
+TEST_F(ConfigCommand, ShowsTheSettingsOfEverybody) {
+    EXPECT_EQ(config({"show", "--group", "DEFAULT"}).out,
+              "Vendite\n"
+              "  Ordini\n"
+              "    Stampa\n"
+              "      Copie  1  flag 0, from DEFAULT\n"
+              "    Testata\n"
+              "      Sconto  15  flag 1, from DEFAULT\n");
+}
+
+TEST_F(ConfigCommand, TakesNamesForTheSameInAnyLetters) {
+    sql("INSERT INTO KAP_CFG VALUES ('ufficio', 'VENDITE', 'ordini', 'TESTATA', 'Nuovo', 'n', "
+        "'0'), ('Ufficio', 'vendite', 'Ordini', 'Stampa', 'COPIE', '4', '0')");
+    EXPECT_EQ(config({"show", "--group", "UFFICIO"}).out,
+              "Vendite\n"
+              "  Ordini\n"
+              "    Stampa\n"
+              "      Bozza  flag 0, from UFFICIO, added at run time\n"
+              "        COPIE        2\n"
+              "        ADD_RUNTIME  1\n"
+              "      Copie  4  flag 0, from UFFICIO, over 1 of DEFAULT\n"
+              "    TESTATA\n"
+              "      Nuovo   n  flag 0, from UFFICIO\n"
+              "      Sconto  25  flag 1, from UFFICIO, over 15 of DEFAULT\n");
+}
+
 TEST_F(ConfigCommand, ShowsTheTreeInJson) {
     const Outcome run =
         config({"show", "--group", "UFFICIO", "--json", "--declaration", declaration()});

@@ -34,6 +34,7 @@ TEST(CommandLine, ListsItsCommandsInTheHelp) {
     EXPECT_TRUE(contains(run.out, "classes")) << run.out;
     EXPECT_TRUE(contains(run.out, "call")) << run.out;
     EXPECT_TRUE(contains(run.out, "sql")) << run.out;
+    EXPECT_TRUE(contains(run.out, "config")) << run.out;
 }
 
 TEST(WrongInput, NoCommand) {

@@ -26,8 +26,8 @@ protected:
     LinkedObject() = default;
     ~LinkedObject() override = default;
 
-    // Appends every object that this one has a link to; a place for a link that is
-    // unset, or holds something else, counts as null.
+    // Appends every object that this one has a link to; a link that is unset, or holds something
+    // else, counts as null.
     virtual void collectLinks(std::vector<LinkedObject*>& links) const = 0;
 
 private:
