@@ -43,7 +43,7 @@ const ClassDescription& CFG_Applicazioni::classDescription() {
 Ref<CFG_Applicazione> CFG_Applicazioni::Add(const Variant& item) {
     if (item.isObject()) {
         if (auto* given = dynamic_cast<CFG_Applicazione*>(item.as<Ref<Object>>().get())) {
-            const Ref<CFG_Applicazione> adopted(given);
+            Ref<CFG_Applicazione> adopted(given);
             // First, deliberately: an application whose name is there already has this parent, too.
             adopted->setParent(Ref<CFG_Applicazioni>(this));
             append(*adopted, adopted->Nome());

@@ -100,7 +100,7 @@ private:
     // The field of a setting. Without a declaration any will do, and with one those that are made
     // at run time, in a module that is declared.
     [[nodiscard]] Ref<CFG_Campo> place(const FileSetting& setting) {
-        if (const Ref<CFG_Campo> declared = findField(*root_, setting.path)) {
+        if (Ref<CFG_Campo> declared = findField(*root_, setting.path)) {
             return declared;
         }
         if (options_.source.declaration) {
@@ -108,7 +108,7 @@ private:
             return module && isAddedAtRunTime(setting) ? module->Campi()->Add(setting.path.field)
                                                        : Ref<CFG_Campo>();
         }
-        const auto made = fieldIn(*root_, setting.path);
+        Ref<CFG_Campo> made = fieldIn(*root_, setting.path);
         made->setFlagConsentiti(u"");
         return made;
     }

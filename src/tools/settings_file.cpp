@@ -86,7 +86,7 @@ private:
         }
         const std::size_t end =
             ends.empty() ? rest.size() : std::min(rest.find_first_of(ends), rest.size());
-        const std::string text(trimmed(rest.substr(0, end)));
+        std::string text(trimmed(rest.substr(0, end)));
         rest.remove_prefix(end);
         return text;
     }
