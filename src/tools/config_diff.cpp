@@ -1,5 +1,6 @@
 // `kaputil config diff`.
 
+#include <algorithm>
 #include <iostream>
 
 #include <nlohmann/json.hpp>
@@ -66,15 +67,42 @@ void printJson(const ConfigDiff& options, const std::vector<Difference>& differe
               << '\n';
 }
 
+std::string plainText(const std::string& value) {
+    return value.empty() ? "(empty)" : shownText(value);
+}
+
+// The text of a property; empty when there is none of this name.
+std::string valueOf(const Properties& properties, const std::string& name) {
+    const auto found = std::ranges::find(properties, name, &Properties::value_type::first);
+    return found == properties.end() ? std::string() : found->second;
+}
+
+// A value, of which only the properties matter that the other one does not have the same.
+std::string valueText(const SettingInForce& side, const std::optional<SettingInForce>& other) {
+    const Properties properties = propertiesIn(side.value);
+    const Properties others = other ? propertiesIn(other->value) : Properties();
+    if (properties.empty() || others.empty()) {
+        return plainText(side.value);
+    }
+    std::string text;
+    for (const auto& [name, value] : properties) {
+        if (valueOf(others, name) != value) {
+            text += (text.empty() ? "" : ", ") + shownText(name) + " " + plainText(value);
+        }
+    }
+    return text.empty() ? plainText(side.value) : text;
+}
+
 void printSide(const std::string& group, std::size_t columns,
-               const std::optional<SettingInForce>& side, const Terminal& terminal) {
+               const std::optional<SettingInForce>& side,
+               const std::optional<SettingInForce>& other, const Terminal& terminal) {
     std::cout << "  " << padded(shownText(group), columns) << "  ";
     if (!side) {
         std::cout << terminal.styled(Style::Dim, "(no value)") << '\n';
         return;
     }
     const std::string from = side->from.empty() ? "the program" : shownText(side->from);
-    std::cout << (side->value.empty() ? "(empty)" : shownText(side->value)) << "  "
+    std::cout << valueText(*side, other) << "  "
               << terminal.styled(Style::Dim, "flag " + shownText(side->flag) +
                                                  (side->from == group ? "" : ", from " + from))
               << '\n';
@@ -86,8 +114,8 @@ void print(const ConfigDiff& options, const std::vector<Difference>& differences
         std::max(columnsOf(shownText(options.first)), columnsOf(shownText(options.second)));
     for (const Difference& one : differences) {
         std::cout << terminal.styled(Style::Bold, shownText(one.path.text())) << '\n';
-        printSide(options.first, columns, one.first, terminal);
-        printSide(options.second, columns, one.second, terminal);
+        printSide(options.first, columns, one.first, one.second, terminal);
+        printSide(options.second, columns, one.second, one.first, terminal);
     }
     if (differences.empty()) {
         std::cout << "No differences.\n";

@@ -134,6 +134,9 @@ TEST(ConfigurationCollections, FindElementsIgnoringCase) {
     const auto root = sampleRoot();
     EXPECT_EQ(root->Item(u"VENDITE")->Nome(), u"Vendite");
     EXPECT_EQ(root->Item(u"vendite")->Procedure()->Item(u"ORDINI")->Nome(), u"Ordini");
+    const auto accented = root->Add(u"Qualità");
+    EXPECT_EQ(root->Item(u"QUALITÀ"), accented);
+    EXPECT_EQ(raisedBy([&] { return root->Item(u"Qualita"); }), errors::kObjectError);
 }
 
 TEST(ConfigurationCollections, RefuseANameThatIsThereInAnyCase) {

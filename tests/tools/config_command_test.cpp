@@ -188,6 +188,16 @@ TEST_F(ConfigCommand, ShowsWhereTwoGroupsDiffer) {
     EXPECT_EQ(config({"diff", "UFFICIO", "UFFICIO"}).out, "No differences.\n");
 }
 
+TEST_F(ConfigCommand, ShowsOfPrintsOnlyTheAttributesThatDiffer) {
+    sql("INSERT INTO KAP_CFG VALUES "
+        "('A', 'V', 'O', 'S', 'P', '<TITOLO>x</TITOLO><COPIE>2</COPIE><SIGLA></SIGLA>', '0'), "
+        "('B', 'V', 'O', 'S', 'P', '<TITOLO>x</TITOLO><COPIE>3</COPIE><SIGLA>b</SIGLA>', '0')");
+    EXPECT_EQ(config({"diff", "A", "B", "--path", "V"}).out,
+              "V\\O\\S\\P\n"
+              "  A  COPIE 2, SIGLA (empty)  flag 0\n"
+              "  B  COPIE 3, SIGLA b  flag 0\n");
+}
+
 TEST_F(ConfigCommand, ShowsDifferencesInJson) {
     const json shown = json::parse(
         config({"diff", "UFFICIO", "BANCO", "--json", "--declaration", declaration()}).out);
