@@ -16,8 +16,7 @@ std::string sentence(const Failure& failure) {
 
 }  // namespace
 
-std::vector<Failure> failuresOf(const ado::Connection& connection, const AutomationError& raised,
-                                std::int32_t firstLine) {
+std::vector<Failure> messagesOf(const ado::Connection& connection, std::int32_t firstLine) {
     std::vector<Failure> failures;
     const auto reported = connection.Errors();
     for (std::int32_t i = 0; i < reported->Count(); ++i) {
@@ -25,6 +24,12 @@ std::vector<Failure> failuresOf(const ado::Connection& connection, const Automat
         const std::int32_t line = error->line() > 0 ? error->line() + firstLine - 1 : 0;
         failures.push_back({error->Number(), error->NativeError(), line, error->Description()});
     }
+    return failures;
+}
+
+std::vector<Failure> failuresOf(const ado::Connection& connection, const AutomationError& raised,
+                                std::int32_t firstLine) {
+    std::vector<Failure> failures = messagesOf(connection, firstLine);
     if (failures.empty()) {
         failures.push_back({raised.number(), 0, 0, raised.description()});
     }
@@ -32,6 +37,14 @@ std::vector<Failure> failuresOf(const ado::Connection& connection, const Automat
 }
 
 void printFailure(std::ostream& out, const Failure& failure, bool json) {
+    if (failure.isMessage()) {
+        if (json) {
+            out << nlohmann::ordered_json{{"message", sentence(failure)}}.dump() << '\n';
+        } else {
+            out << shownText(sentence(failure)) << '\n';
+        }
+        return;
+    }
     if (json) {
         const nlohmann::ordered_json error = {{"number", failure.number},
                                               {"native", failure.native},

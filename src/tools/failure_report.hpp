@@ -15,16 +15,24 @@ struct Failure {
     std::int32_t native = 0;  // the database's own number, 0 when it comes from elsewhere
     std::int32_t line = 0;    // of the script, from 1; 0 when the error has no place in it
     String description;
+
+    // What a script prints, and notes of the database: nothing has failed.
+    [[nodiscard]] bool isMessage() const { return number == 0; }
 };
 
-// What the connection reported about `raised`, or `raised` itself when it reported nothing. Lines
-// count from `firstLine`, the line on which the text that was run begins.
+// What the connection reported, in its order. Lines count from `firstLine`, the line on which the
+// text that was run begins.
+[[nodiscard]] std::vector<Failure> messagesOf(const ado::Connection& connection,
+                                              std::int32_t firstLine = 1);
+
+// The same about `raised`, or `raised` itself when the connection reported nothing.
 [[nodiscard]] std::vector<Failure> failuresOf(const ado::Connection& connection,
                                               const AutomationError& raised,
                                               std::int32_t firstLine = 1);
 
 // "error 208, line 3: Invalid object name 'X'.", or with `json` one object a line:
 // {"error":{"number":-2147217865,"native":208,"line":3,"description":"..."}}
+// A message is its text alone, or {"message":"..."}.
 void printFailure(std::ostream& out, const Failure& failure, bool json);
 
 }  // namespace kap::tools

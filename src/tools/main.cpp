@@ -90,7 +90,8 @@ CLI::App* addSql(CLI::App& app, SqlCommand& sql) {
     CLI::App* command = app.add_subcommand("sql", "Run a script in the dialect on a database.");
     command->footer(
         "Without --file and --command the script is read from standard input. The script is\n"
-        "UTF-8; lines that hold only GO cut it into batches. It ends at the first error.\n"
+        "UTF-8, or UTF-16 with a byte-order mark; lines that hold only GO cut it into batches. It\n"
+        "ends at the first batch with an error. What it prints goes to standard error.\n"
         "Exit codes: 0 done, 1 an error in the script, 2 wrong usage, 3 no database.");
     command
         ->add_option("--connection", sql.connection,
@@ -104,6 +105,14 @@ CLI::App* addSql(CLI::App& app, SqlCommand& sql) {
         ->type_name("TEXT")
         ->excludes(file);
     command->add_flag("--json", sql.json, "Print one JSON object a line for each result.");
+    command->add_flag("--keep-going", sql.keepGoing, "Go on behind a batch with an error.");
+    command->add_flag("--plan", sql.plan,
+                      "Print how each statement would be gone about instead of running it.");
+    command
+        ->add_option("--backup", sql.backup,
+                     "Copy the database to a new file first; it may be in use meanwhile.")
+        ->type_name("F");
+    command->add_flag("--check", sql.check, "Check the database first.");
     return command;
 }
 

@@ -7,6 +7,7 @@
 #include <fstream>
 #include <iterator>
 #include <string_view>
+#include <utility>
 
 #include <kaputil/frame/error.hpp>
 #include <kaputil/frame/plain_text.hpp>
@@ -42,12 +43,37 @@ std::ptrdiff_t firstBadLine(std::string_view bytes) {
     return line;
 }
 
+// What the server's own tools write: two bytes a unit, the first of which is a mark of their order.
+bool isUtf16(std::string_view bytes) {
+    return bytes.starts_with("\xFF\xFE") || bytes.starts_with("\xFE\xFF");
+}
+
+std::string fromUtf16(std::string_view bytes, const std::string& name) {
+    if (bytes.size() % 2 != 0) {
+        throw ScriptError(name + ": not UTF-16; the last character is cut off");
+    }
+    const std::size_t high = bytes.front() == '\xFF' ? 1 : 0;
+    std::u16string units;
+    for (std::size_t i = 2; i < bytes.size(); i += 2) {
+        const auto byte = [&](std::size_t at) { return static_cast<unsigned char>(bytes[i + at]); };
+        units += static_cast<char16_t>(byte(high) << 8U | byte(1 - high));
+    }
+    try {
+        return String(std::move(units)).utf8();
+    } catch (const AutomationError&) {
+        throw ScriptError(name + ": not UTF-16; it holds half a character");
+    }
+}
+
 }  // namespace
 
 std::string readScript(std::istream& in, const std::string& name) {
     std::string bytes{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
     if (in.bad()) {
         throw ScriptError("cannot read " + name + ": " + std::strerror(errno));
+    }
+    if (isUtf16(bytes)) {
+        return fromUtf16(bytes, name);
     }
     if (bytes.starts_with(kByteOrderMark)) {
         bytes.erase(0, kByteOrderMark.size());

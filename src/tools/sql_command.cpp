@@ -74,31 +74,57 @@ bool runBatch(ado::Connection& connection, const ado::ScriptBatch& batch, bool j
     for (const auto& answer : answers) {
         printAnswer(*answer, json, terminal, printedBefore);
     }
-    report(failures, json);
+    // What a script prints goes beside its results, so that these can be processed.
+    report(failures.empty() ? messagesOf(connection, batch.firstLine) : failures, json);
     return failures.empty();
 }
 
 bool runBatches(ado::Connection& connection, const std::vector<ado::ScriptBatch>& batches,
-                bool json) {
+                const SqlCommand& options) {
     const Terminal terminal = Terminal::ofStandardOutput();
     bool printedBefore = false;
+    bool whole = true;
     for (const ado::ScriptBatch& batch : batches) {
         for (int i = 0; i < batch.count; ++i) {
-            if (!runBatch(connection, batch, json, terminal, printedBefore)) {
+            whole = runBatch(connection, batch, options.json, terminal, printedBefore) && whole;
+            if (!whole && !options.keepGoing) {
                 return false;
             }
         }
     }
-    return true;
+    return whole;
 }
 
-int runScript(ado::Connection& connection, const std::string& script, bool json) {
+int runScript(ado::Connection& connection, const std::string& script, const SqlCommand& options) {
     try {
-        return runBatches(connection, connection.batchesOf(script), json) ? kSuccess : kFailed;
+        return runBatches(connection, connection.batchesOf(script), options) ? kSuccess : kFailed;
     } catch (const AutomationError& error) {
-        report(failuresOf(connection, error), json);
+        report(failuresOf(connection, error), options.json);
         return kFailed;
     }
+}
+
+std::string quoted(const std::string& text) {
+    std::string result = "N'";
+    for (const char letter : text) {
+        result += letter == '\'' ? "''" : std::string(1, letter);
+    }
+    return result + "'";
+}
+
+// What the options ask for before the script, in the dialect.
+std::string preparation(const SqlCommand& options) {
+    std::string script;
+    if (options.check) {
+        script += "DBCC CHECKDB\nGO\n";
+    }
+    if (options.backup) {
+        script += "BACKUP DATABASE this TO DISK = " + quoted(*options.backup) + "\nGO\n";
+    }
+    if (options.plan) {
+        script += "SET SHOWPLAN_TEXT ON\nGO\n";
+    }
+    return script;
 }
 
 }  // namespace
@@ -106,7 +132,8 @@ int runScript(ado::Connection& connection, const std::string& script, bool json)
 int SqlCommand::run() const {
     std::string script;
     try {
-        script = scriptOf(*this);
+        const bool alone = (check || backup) && !command && !file;
+        script = alone ? std::string() : scriptOf(*this);
     } catch (const ScriptError& error) {
         std::cerr << "kaputil: " << error.what() << '\n';
         return kWrongUsage;
@@ -120,7 +147,8 @@ int SqlCommand::run() const {
         report(failuresOf(*database, error), json);
         return kNoDatabase;
     }
-    return runScript(*database, script, json);
+    const int prepared = runScript(*database, preparation(*this), *this);
+    return prepared == kSuccess ? runScript(*database, script, *this) : prepared;
 }
 
 }  // namespace kap::tools

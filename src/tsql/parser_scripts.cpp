@@ -96,7 +96,12 @@ std::optional<Statement::Node> Parser::databaseWideStatement() {
     if (acceptKeyword("ALTER")) return alterStatement();
     if (acceptKeyword("DROP")) return dropStatement();
     if (acceptKeyword("USE")) return DatabaseStatement{DatabaseAction::Use, name()};
+    if (atKeyword("BACKUP") && atKeyword("DATABASE", 1)) return backupStatement();
     if (atKeyword("DBCC") && atKeyword("CHECKIDENT", 1)) refuse("DBCC CHECKIDENT");
+    if (atKeyword("DBCC") && atKeyword("CHECKDB", 1)) {
+        skipStatement();
+        return CheckStatement{};
+    }
     for (const char* word : {"GRANT", "DENY", "REVOKE", "CHECKPOINT", "DBCC"}) {
         if (atKeyword(word)) return noEffect(word);
     }

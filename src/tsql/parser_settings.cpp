@@ -73,6 +73,24 @@ Statement::Node Parser::setOption() {
     return result;
 }
 
+Statement::Node Parser::backupStatement() {
+    BackupStatement result;
+    next();
+    next();
+    name();
+    expectKeyword("TO");
+    expectKeyword("DISK");
+    expectOperator("=");
+    result.file = value();
+    if (!acceptKeyword("WITH")) return result;
+    do {
+        result.replace = result.replace || atKeyword("INIT") || atKeyword("FORMAT");
+        next();
+        if (acceptOperator("=")) value();
+    } while (acceptOperator(","));
+    return result;
+}
+
 Statement::Node Parser::noEffect(std::string what) {
     skipStatement();
     return NoEffectStatement{std::move(what)};

@@ -217,6 +217,7 @@ private:
     // Settings, and what has no meaning on one file.
     Statement::Node setStatement();
     Statement::Node setOption();
+    Statement::Node backupStatement();
     Statement::Node noEffect(std::string what);
     void skipStatement();
 

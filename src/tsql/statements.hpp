@@ -361,22 +361,30 @@ struct DatabaseStatement {
     std::string name;
 };
 
+/// BACKUP DATABASE name TO DISK = 'file'.
+struct BackupStatement {
+    ExpressionPtr file;
+    bool replace = false;  ///< WITH INIT or FORMAT
+};
+
+/// DBCC CHECKDB.
+struct CheckStatement {};
+
 /// A statement without meaning on one file: it is taken, and says so.
 struct NoEffectStatement {
     std::string what;
 };
 
 struct Statement {
-    using Node =
-        std::variant<SelectStatement, InsertStatement, UpdateStatement, DeleteStatement,
-                     TruncateStatement, CreateTableStatement, AlterTableStatement,
-                     CreateIndexStatement, CreateViewStatement, CreateModuleStatement,
-                     DropStatement, CreateTypeStatement, DeclareStatement, AssignStatement,
-                     SetOptionStatement, IfStatement, WhileStatement, BlockStatement, TryStatement,
-                     BreakStatement, ContinueStatement, GotoStatement, LabelStatement,
-                     ReturnStatement, PrintStatement, RaiserrorStatement, ThrowStatement,
-                     WaitStatement, TransactionStatement, ExecuteStatement, DeclareCursorStatement,
-                     CursorStatement, FetchStatement, DatabaseStatement, NoEffectStatement>;
+    using Node = std::variant<
+        SelectStatement, InsertStatement, UpdateStatement, DeleteStatement, TruncateStatement,
+        CreateTableStatement, AlterTableStatement, CreateIndexStatement, CreateViewStatement,
+        CreateModuleStatement, DropStatement, CreateTypeStatement, DeclareStatement,
+        AssignStatement, SetOptionStatement, IfStatement, WhileStatement, BlockStatement,
+        TryStatement, BreakStatement, ContinueStatement, GotoStatement, LabelStatement,
+        ReturnStatement, PrintStatement, RaiserrorStatement, ThrowStatement, WaitStatement,
+        TransactionStatement, ExecuteStatement, DeclareCursorStatement, CursorStatement,
+        FetchStatement, DatabaseStatement, BackupStatement, CheckStatement, NoEffectStatement>;
     Node node;
     int line = 1;
 };

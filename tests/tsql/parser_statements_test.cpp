@@ -166,7 +166,7 @@ INSTANTIATE_TEST_SUITE_P(
         Refusal{"INSERT INTO t VALUES 1", 102, 1, "Incorrect syntax near '1'."},
         Refusal{"UPDATE t\nSET WHERE a = 1", 156, 2, "Incorrect syntax near the keyword 'WHERE'."},
         Refusal{"DELETE WHERE a = 1", 156, 1, "Incorrect syntax near the keyword 'WHERE'."},
-        Refusal{"SELECT 1\nBACKUP DATABASE a TO DISK = 'x'", 40517, 2, REFUSED("BACKUP")},
+        Refusal{"SELECT 1\nBACKUP LOG a TO DISK = 'x'", 40517, 2, REFUSED("BACKUP")},
         Refusal{"MERGE t USING u ON t.a = u.a", 40517, 1, REFUSED("MERGE")},
         Refusal{"EXEC AS USER = 'x'", 40517, 1, REFUSED("EXECUTE AS")},
         Refusal{"CREATE SEQUENCE s", 40517, 1, REFUSED("CREATE SEQUENCE")},

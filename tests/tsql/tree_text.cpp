@@ -338,6 +338,14 @@ std::string statementText(const DatabaseStatement& database) {
     return node(kActions[static_cast<int>(database.action)], {database.name});
 }
 
+std::string statementText(const BackupStatement& backup) {
+    return node("backup", {treeText(*backup.file), backup.replace ? "replace" : ""});
+}
+
+std::string statementText(const CheckStatement& /*node*/) {
+    return "(check)";
+}
+
 std::string statementText(const NoEffectStatement& nothing) {
     return node("noeffect", {nothing.what});
 }

@@ -122,7 +122,8 @@ void TableChanger::alter(const tsql::AlterTableStatement& statement, const Names
 void TableChanger::add(const Table& table, const tsql::TableElements& added, const Names& names,
                        int line) {
     TableBuilder builder(names, table);
-    for (const TableText::Element& element : textOf(table).elements()) {
+    const TableText before = textOf(table);
+    for (const TableText::Element& element : before.elements()) {
         if (element.constraint) builder.reserveName(element.name);
     }
     builder.add(added);

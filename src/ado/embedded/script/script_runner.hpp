@@ -29,7 +29,7 @@ namespace kap::ado::embedded {
 // script_errors.cpp what errors do, script_statements.cpp the statements that have no SQL,
 // script_calls.cpp procedures and dynamic SQL, system_procedures.cpp the server's own,
 // script_modules.cpp functions and triggers, script_definitions.cpp what is stored by its text,
-// script_cursors.cpp cursors.
+// script_cursors.cpp cursors, script_administration.cpp plans, copies and checks.
 class ScriptRunner final : public TriggerHost {
 public:
     ScriptRunner(Connection& connection, SchemaCatalogue& catalogue, Counters& counters,
@@ -158,6 +158,11 @@ private:
     void store(StoredObject object, bool replace, bool mustExist, int line);
     void dropStored(const tsql::DropStatement& node, int line);
     void alterTable(Frame& frame, const tsql::AlterTableStatement& node, int line);
+
+    // script_administration.cpp
+    void explain(Frame& frame, Instruction& instruction, std::vector<Result>& results);
+    void backup(const std::string& file, bool replace, int line);
+    void checkDatabase();
 
     // script_cursors.cpp
     void declareCursor(Frame& frame, const tsql::DeclareCursorStatement& node, int line);

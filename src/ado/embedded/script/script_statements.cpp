@@ -72,6 +72,10 @@ std::size_t ScriptRunner::runStatement(Frame& frame, Instruction& instruction, s
     const tsql::Statement& statement = *instruction.statement;
     const int line = statement.line;
     const std::size_t end = frame.program.code().size();
+    if (isTranslated(statement) && state_.showPlan) {
+        explain(frame, instruction, results);
+        return at + 1;
+    }
     if (isTranslated(statement)) {
         statements_.run(part(instruction, 0), statement, results);
         state_.error = 0;
@@ -132,6 +136,10 @@ std::size_t ScriptRunner::runStatement(Frame& frame, Instruction& instruction, s
         rowCount = state_.fetchStatus == 0 ? 1 : 0;
     } else if (const auto* named = std::get_if<tsql::DatabaseStatement>(&statement.node)) {
         database(*named, line);
+    } else if (const auto* copied = std::get_if<tsql::BackupStatement>(&statement.node)) {
+        backup(textOf(frame, instruction, 0, *copied->file), copied->replace, line);
+    } else if (std::holds_alternative<tsql::CheckStatement>(statement.node)) {
+        checkDatabase();
     } else if (const auto* nothing = std::get_if<tsql::NoEffectStatement>(&statement.node)) {
         note(nothing->what + " has no effect on a database of one file.");
     }
@@ -318,14 +326,14 @@ void ScriptRunner::setSwitch(const std::string& option, bool on, int line) {
                                           "CURSOR_CLOSE_ON_COMMIT",
                                           "ANSI_NULL_DFLT_OFF",
                                           "FORCEPLAN",
-                                          "SHOWPLAN_TEXT",
-                                          "SHOWPLAN_ALL",
                                           "REMOTE_PROC_TRANSACTIONS",
                                           "ARITHIGNORE"};
     if (option == "NOCOUNT") {
         state_.noCount = on;
     } else if (option == "XACT_ABORT") {
         state_.abortOnError = on;
+    } else if (option == "SHOWPLAN_TEXT" || option == "SHOWPLAN_ALL") {
+        state_.showPlan = on;
     } else if (option == "QUOTED_IDENTIFIER") {
         state_.quotedNames = on;
     } else if (std::ranges::find(kAlwaysOn, option) != kAlwaysOn.end()) {

@@ -60,6 +60,7 @@ struct SessionState {
     bool noCount = false;
     bool abortOnError = false;
     bool quotedNames = true;
+    bool showPlan = false;  // statements are explained and not run
     DateSettings dates;
     std::int32_t lockTimeout = -1;
     WriteSettings writes;

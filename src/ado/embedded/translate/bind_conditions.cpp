@@ -66,7 +66,8 @@ std::string Binder::test(const tsql::BetweenPredicate& node, int line, Scope& sc
            " AND " + collated(values[2]) + ")";
 }
 
-// "> ANY" asks whether some row satisfies, "> ALL" whether none fails to.
+// Whether some row satisfies ("> ANY"), or all do ("> ALL"); unknown when only rows that cannot be
+// compared stand in the way.
 std::string Binder::test(const tsql::QuantifiedComparison& node, int line, Scope& scope) {
     const Typed left = value(*node.value, scope);
     const BoundQuery bound = query(*node.query, &scope, QueryPlace::Nested);
@@ -81,10 +82,12 @@ std::string Binder::test(const tsql::QuantifiedComparison& node, int line, Scope
     column.sql = "\"c1\"";
     column.constant.reset();
     column.plainColumn = false;
-    const std::string holds = compared(node.op, left, column, line);
-    const std::string rows = "(SELECT 1 FROM (" + bound.sql + ") WHERE ";
-    return node.all ? "NOT EXISTS " + rows + holds + " IS NOT TRUE)"
-                    : "EXISTS " + rows + holds + ")";
+    const std::string rows = "SELECT " + compared(node.op, left, column, line) +
+                             " AS \"holds\" FROM (" + bound.sql + ")";
+    const std::string decided =
+        node.all ? "min(\"holds\") = 0 THEN 0" : "max(\"holds\") = 1 THEN 1";
+    return "(SELECT CASE WHEN " + decided + " WHEN count(\"holds\") < count(*) THEN NULL ELSE " +
+           (node.all ? "1" : "0") + " END FROM (" + rows + "))";
 }
 
 std::string Binder::test(const tsql::InPredicate& node, int line, Scope& scope) {

@@ -68,6 +68,13 @@ std::string byPosition(std::size_t index, const Typed& value) {
 std::string orderList(const std::vector<std::string>& terms, const std::vector<OrderItem>& items) {
     std::string result;
     for (std::size_t i = 0; i < terms.size(); ++i) {
+        const auto own = terms.begin() + static_cast<std::ptrdiff_t>(i);
+        if (std::find(terms.begin(), own, terms[i]) != own) {
+            throw ServerError(169,
+                              "A column has been specified more than once in the order by list. "
+                              "Columns in the order by list must be unique.",
+                              items[i].value->line, 15);
+        }
         result += (i == 0 ? " ORDER BY " : ", ") + terms[i] + (items[i].descending ? " DESC" : "");
     }
     return result;

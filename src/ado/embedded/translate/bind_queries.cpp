@@ -55,6 +55,11 @@ BoundQuery Binder::body(const tsql::Query& query, Scope* outer, QueryPlace place
                           "and common table expressions, unless TOP or FOR XML is also specified.",
                           query.line, 15);
     }
+    if (query.offset && hasTop(body)) {
+        throw ServerError(10741,
+                          "A TOP can not be used in the same query or sub-query as a OFFSET.",
+                          query.line, 15);
+    }
     if (body.terms.size() > 1) return unionQuery(body, orderBy, outer);
     BoundSelect bound = term(body.terms.front(), orderBy, outer);
     bound.order = orderText(orderBy, bound);
