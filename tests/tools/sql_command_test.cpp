@@ -47,6 +47,76 @@ TEST(SqlCommand, PrintsRowsAsATableWithNumbersAtTheRight) {
               "(2 rows)\n");
 }
 
+TEST(SqlCommand, PrintsWhatTheScriptPrintsBesideTheResults) {
+    const Outcome run = sqlInMemory("PRINT 'ciao' SELECT 1 AS a RAISERROR ('nota', 10, 1)");
+    EXPECT_EQ(run.exitCode, 0);
+    EXPECT_EQ(run.out, "a\n-\n1\n(1 row)\n");
+    EXPECT_EQ(run.err, "ciao\nnota\n");
+}
+
+TEST(SqlCommand, PrintsMessagesAsJson) {
+    const Outcome run = sqlInMemory("PRINT 'ciao'", {"--json"});
+    EXPECT_EQ(run.err, "{\"message\":\"ciao\"}\n");
+}
+
+TEST(SqlCommand, TellsEveryErrorOfABatch) {
+    const Outcome run = sqlInMemory("SELECT 1/0\nRAISERROR ('ancora', 16, 1)");
+    EXPECT_EQ(run.exitCode, 1);
+    EXPECT_EQ(run.err,
+              "error 8134, line 1: Divide by zero error encountered.\n"
+              "error 50000, line 2: ancora\n");
+}
+
+TEST(SqlCommand, GoesOnBehindAFailedBatchWhenToldSo) {
+    const std::string script = "SELECT 1/0\nGO\nSELECT 2 AS b";
+    EXPECT_EQ(sqlInMemory(script).out.find('b'), std::string::npos);
+    const Outcome run = sqlInMemory(script, {"--keep-going"});
+    EXPECT_EQ(run.exitCode, 1);
+    EXPECT_NE(run.out.find("b\n-\n2\n"), std::string::npos) << run.out;
+}
+
+TEST(SqlCommand, ExplainsAPlanAndWritesNothing) {
+    const Folder folder;
+    const std::string file = folder / "a.db";
+    sqlOn(file, kPrices);
+    const Outcome run = sqlOn(file, "DELETE FROM Prezzi WHERE Codice = 7", {"--plan"});
+    EXPECT_EQ(run.exitCode, 0) << run.err;
+    EXPECT_NE(run.out.find("SEARCH Prezzi USING INDEX"), std::string::npos) << run.out;
+    EXPECT_NE(sqlOn(file, "SELECT count(*) AS n FROM Prezzi").out.find("2\n"), std::string::npos);
+}
+
+TEST(SqlCommand, CopiesADatabaseThatIsInUse) {
+    const Folder folder;
+    const std::string file = folder / "a.db";
+    const std::string copy = folder / "copy.db";
+    sqlOn(file, kPrices);
+    const Outcome run = kaputil({"sql", "--connection", connectionTo(file), "--backup", copy});
+    EXPECT_EQ(run.exitCode, 0) << run.err;
+    EXPECT_NE(sqlOn(copy, "SELECT count(*) AS n FROM Prezzi").out.find("2\n"), std::string::npos);
+    const Outcome again = kaputil({"sql", "--connection", connectionTo(file), "--backup", copy});
+    EXPECT_EQ(again.exitCode, 1);
+    EXPECT_NE(again.err.find("the file is there already"), std::string::npos) << again.err;
+}
+
+TEST(SqlCommand, ChecksADatabase) {
+    const Folder folder;
+    const std::string file = folder / "a.db";
+    sqlOn(file, kPrices);
+    const Outcome run = kaputil({"sql", "--connection", connectionTo(file), "--check"});
+    EXPECT_EQ(run.exitCode, 0);
+    EXPECT_EQ(run.err,
+              "CHECKDB found 0 allocation errors and 0 consistency errors in database 'a'.\n");
+}
+
+TEST(SqlCommand, ReadsScriptsInUtf16) {
+    const Folder folder;
+    const std::string text("\xFF\xFES\0E\0L\0E\0C\0T\0 \0'\0\xF2\0'\0 \0A\0S\0 \0x\0", 32);
+    const std::string script = folder.file("script.sql", text);
+    const Outcome run =
+        kaputil({"sql", "--connection", connectionTo(":memory:"), "--file", script});
+    EXPECT_EQ(run.out, "x\n-\n\xC3\xB2\n(1 row)\n") << run.err;
+}
+
 TEST(SqlCommand, SaysOneRowOfOneRow) {
     const Outcome run = sqlInMemory(
         std::string(kPrices) + " DELETE FROM Prezzi WHERE Codice = 7 SELECT Codice FROM Prezzi");

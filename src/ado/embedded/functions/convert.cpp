@@ -1,6 +1,9 @@
 #include "ado/embedded/functions/convert.hpp"
 
 #include <cmath>
+#include <utility>
+
+#include <kaputil/frame/plain_text.hpp>
 
 #include "ado/embedded/functions/convert_families.hpp"
 #include "ado/embedded/functions/dates.hpp"
@@ -46,6 +49,21 @@ Value fromExact(std::int64_t value, const TypeSpec& from, const TypeSpec& to, Ov
     notConvertible(from, to);
 }
 
+// A float too large for a whole number is named with six decimals.
+void checkWholeRange(double value, double whole, const TypeSpec& to) {
+    static constexpr std::pair<SqlType, double> kLimits[] = {
+        {SqlType::TinyInt, 255.0}, {SqlType::SmallInt, 32767.0}, {SqlType::Int, 2147483647.0}};
+    for (const auto& [type, high] : kLimits) {
+        if (type != to.type) continue;
+        const double low = type == SqlType::TinyInt ? 0.0 : -high - 1.0;
+        if (whole >= low && whole <= high) return;
+        constexpr int kDecimals = 6;
+        throw tsql::ServerError(232, std::string("Arithmetic overflow error for type ") +
+                                         tsql::typeName(to.type) +
+                                         ", value = " + plain::fixed(value, kDecimals) + ".");
+    }
+}
+
 Value fromApproximate(double value, const TypeSpec& from, const TypeSpec& to, Overlength overlength,
                       int style) {
     if (tsql::isExact(to.type)) {
@@ -54,6 +72,7 @@ Value fromApproximate(double value, const TypeSpec& from, const TypeSpec& to, Ov
         // Whole numbers drop the fraction, all others are rounded.
         const double scaled = value * static_cast<double>(powerOfTen(scale));
         const double whole = tsql::isInteger(to.type) ? std::trunc(scaled) : std::round(scaled);
+        if (tsql::isInteger(to.type)) checkWholeRange(value, whole, to);
         constexpr double kLimit = 9223372036854775808.0;
         if (!(whole >= -kLimit && whole < kLimit)) {
             overflow(tsql::isInteger(to.type) ? "expression" : "float", messageName(to));

@@ -91,9 +91,18 @@ public:
     [[nodiscard]] BoundSource from(const std::vector<tsql::TableSourcePtr>& sources, Scope& scope);
     [[nodiscard]] std::string limitText(const tsql::TopClause& top, Scope& scope);
     /// "WITH a AS (...) " for what follows, which may name these tables as long as the binder
-    /// lives; empty when there are none.
+    /// lives; empty when there are none. The one that is the target of UPDATE or DELETE brings the
+    /// numbers of the rows of the table behind it.
     [[nodiscard]] std::string commonTables(const std::vector<tsql::CommonTable>& tables,
-                                           Scope* outer);
+                                           Scope* outer, const tsql::ObjectName* target = nullptr);
+    /// The table behind that common table, and the column that holds the numbers of its rows.
+    struct CommonTarget {
+        const Table* table = nullptr;
+        std::string rowNumber;
+    };
+    [[nodiscard]] const CommonTarget& commonTarget() const { return commonTarget_; }
+    /// The common table as a source, when it is the target.
+    [[nodiscard]] std::optional<BoundSource> targetSource(const tsql::ObjectName& target) const;
     /// The values of a select list over sources that stand in `scope`.
     [[nodiscard]] std::vector<OutputColumn> itemValues(const std::vector<tsql::SelectItem>& items,
                                                        Scope& scope);
@@ -175,6 +184,7 @@ private:
         std::vector<OutputColumn> columns;
     };
     [[nodiscard]] std::string commonTable(const tsql::CommonTable& table, Scope* outer);
+    [[nodiscard]] std::string targetTable(const tsql::CommonTable& table, Scope* outer);
     [[nodiscard]] const CommonName* findCommon(const tsql::ObjectName& name) const;
 
     // bind_queries.cpp
@@ -221,6 +231,7 @@ private:
 
     const Names& names_;
     std::vector<CommonName> commonNames_;
+    CommonTarget commonTarget_;
     std::vector<const View*> openViews_;  // being read, to refuse one that reads itself
     std::vector<int> usedVariables_;
     mutable bool readsSchema_ = false;

@@ -58,17 +58,23 @@ TargetRows bindTarget(Binder& binder, const tsql::ObjectName& target,
     const Source* found = findTarget(target, bound.sources);
     if (found != nullptr) {
         rows.table = found->table;
-        rows.name = found->name;
         if (rows.table == nullptr) {
             throw ServerError(4406,
                               "Update or delete of view or function '" + target.text() +
                                   "' failed because it is a derived table.",
                               target.line);
         }
+        rows.rowNumber = sqlName(found->name) + "." + rowNumberName(*rows.table);
+    } else if (auto common = binder.targetSource(target)) {
+        rows.table = binder.commonTarget().table;
+        rows.rowNumber = sqlName(target.last()) + "." + binder.commonTarget().rowNumber;
+        bound.sql =
+            bound.sql.empty() ? common->sql : common->sql + " CROSS JOIN (" + bound.sql + ")";
+        bound.sources.insert(bound.sources.begin(), std::move(common->sources.front()));
     } else {
         const Table& table = requireTable(target, binder.names());
         rows.table = &table;
-        rows.name = table.name;
+        rows.rowNumber = sqlName(table.name) + "." + rowNumberName(table);
         const std::string own =
             tableSql(table.name, table.temporary) + " AS " + sqlName(table.name);
         bound.sql = bound.sql.empty() ? own : own + " CROSS JOIN (" + bound.sql + ")";

@@ -45,13 +45,14 @@ namespace kap::ado::embedded {
 /// The rows that UPDATE or DELETE with FROM or TOP works on.
 struct TargetRows {
     const Table* table = nullptr;
-    std::string name;   ///< the target's name in FROM
-    std::string tail;   ///< " FROM ... WHERE ..."
-    std::string limit;  ///< " LIMIT n" or empty
+    std::string rowNumber;  ///< the number of the target's row, as FROM brings it
+    std::string tail;       ///< " FROM ... WHERE ..."
+    std::string limit;      ///< " LIMIT n" or empty
 };
 
-/// Binds FROM and WHERE of such a statement into `scope`. The target is a table, or an alias of
-/// FROM; it is added to FROM when it does not stand there. Error 208 when there is no such table.
+/// Binds FROM and WHERE of such a statement into `scope`. The target is a table, an alias of FROM,
+/// or a common table over one table; it is added to FROM when it does not stand there. Error 208
+/// when there is no such table.
 [[nodiscard]] TargetRows bindTarget(Binder& binder, const tsql::ObjectName& target,
                                     const std::vector<tsql::TableSourcePtr>& from,
                                     const tsql::ExpressionPtr& where,

@@ -26,9 +26,11 @@ Translation translateDelete(const tsql::DeleteStatement& statement, const Names&
     Translation result;
     result.kind = StatementKind::Delete;
     result.writes = true;
-    const std::string with = binder.commonTables(statement.commonTables, nullptr);
+    const std::string with = binder.commonTables(statement.commonTables, nullptr, &statement.table);
     const Table* table = nullptr;
-    if (statement.from.empty() && !statement.top && names.settings().rowLimit == 0) {
+    const bool whole = statement.from.empty() && !statement.top && names.settings().rowLimit == 0 &&
+                       binder.commonTarget().table == nullptr;
+    if (whole) {
         table = &requireTable(statement.table, names);
         result.sql.push_back(with + plainDelete(statement, *table, binder));
     } else {
@@ -38,8 +40,8 @@ Translation translateDelete(const tsql::DeleteStatement& statement, const Names&
         table = rows.table;
         const std::string rowNumber = rowNumberName(*table);
         result.sql.push_back(with + "DELETE FROM " + tableSql(table->name, table->temporary) +
-                             " WHERE " + rowNumber + " IN (SELECT " + sqlName(rows.name) + "." +
-                             rowNumber + rows.tail + rows.limit + ")");
+                             " WHERE " + rowNumber + " IN (SELECT " + rows.rowNumber + rows.tail +
+                             rows.limit + ")");
     }
     result.table = table->name;
     result.temporary = table->temporary;

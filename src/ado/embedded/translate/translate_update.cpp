@@ -143,7 +143,7 @@ std::string updateFrom(const UpdateStatement& statement, const TargetRows& rows,
                        Scope& scope) {
     const Table& table = *rows.table;
     const std::string rowNumber = rowNumberName(table);
-    std::string values = sqlName(rows.name) + "." + rowNumber + " AS \"target row\"";
+    std::string values = rows.rowNumber + " AS \"target row\"";
     std::string list;
     const auto assignments = bindAssignments(statement, table, binder, scope);
     for (std::size_t i = 0; i < assignments.size(); ++i) {
@@ -167,9 +167,11 @@ Translation translateUpdate(const UpdateStatement& statement, const Names& names
     Translation result;
     result.kind = StatementKind::Update;
     result.writes = true;
-    const std::string with = binder.commonTables(statement.commonTables, nullptr);
+    const std::string with = binder.commonTables(statement.commonTables, nullptr, &statement.table);
     const Table* table = nullptr;
-    if (statement.from.empty() && !statement.top && names.settings().rowLimit == 0) {
+    const bool whole = statement.from.empty() && !statement.top && names.settings().rowLimit == 0 &&
+                       binder.commonTarget().table == nullptr;
+    if (whole) {
         table = &requireTable(statement.table, names);
         result.sql.push_back(with + plainUpdate(statement, *table, binder));
     } else {
