@@ -2,6 +2,7 @@
 
 #include <kaputil/db/records.hpp>
 #include <kaputil/db/recordsets.hpp>
+#include <kaputil/host/services.hpp>
 #include <kaputil/util/amounts.hpp>
 #include <kaputil/util/dates.hpp>
 #include <kaputil/util/values.hpp>
@@ -20,8 +21,11 @@ const ClassDescription& StdFunctions::classDescription() {
             .instancing(Instancing::Global)
             .property<&StdFunctions::Errore, &StdFunctions::setErrore>(
                 u"Errore", u"What went wrong in the last record member.")
-            .reserved(u"kapSendKeys")
-            .reserved(u"AspettaDueSecondi")
+            .method<&StdFunctions::kapSendKeys>(u"kapSendKeys",
+                                                {Parameter(u"KeyString").byReference()},
+                                                u"Presses keys for the active window.")
+            .method<&StdFunctions::AspettaDueSecondi>(u"AspettaDueSecondi", {},
+                                                      u"Waits between one and two seconds.")
             .method<&StdFunctions::OpenRecordset>(
                 u"OpenRecordset",
                 {Parameter(u"SQLString").byReference(), u"Connessione",
@@ -48,17 +52,36 @@ const ClassDescription& StdFunctions::classDescription() {
                 {u"Connessione", Parameter(u"sStringaSQL").byReference(),
                  Parameter(u"sNomeCampi").otherwise(u"°°°").byReference()},
                 u"Reads chosen fields of the first record of a query.")
-            .reserved(u"TrovaTop")
-            .reserved(u"PosizionaForm")
+            .method<&StdFunctions::TrovaTop>(
+                u"TrovaTop",
+                {Parameter(u"frmPadre").byReference(), Parameter(u"nTop").byReference()},
+                u"Where a form stands below the bars of its parent.")
+            .raises(u"6 beyond 32767; the form's own errors.")
+            .method<&StdFunctions::PosizionaForm>(
+                u"PosizionaForm",
+                {Parameter(u"frmFiglio").byReference(), Parameter(u"frmPadre").byReference(),
+                 Parameter(u"nTop").byReference()},
+                u"Places a form inside its parent.")
+            .raises(u"6 when the form's Top is beyond 32767; the forms' own errors.")
             .reserved(u"KapCFG")
             .reserved(u"Progressivi_OLD")
-            .reserved(u"WLog")
+            .method<&StdFunctions::WLog>(
+                u"WLog",
+                {Parameter(u"sLog_File").byReference(), Parameter(u"sLog_Messaggio").byReference()},
+                u"Appends a line to a log file, which is made when it is missing.")
+            .raises(u"The file-system object's errors: 76 for a folder that is not there, 70.")
             .reserved(u"EsportaTXT")
             .method<&StdFunctions::ControllaConnessione>(
                 u"ControllaConnessione", {u"Connessione"},
                 u"Opens a connection string in the caller's variable.")
-            .reserved(u"kapNomeUtente")
-            .reserved(u"AttributiFile")
+            .method<&StdFunctions::kapNomeUtente>(u"kapNomeUtente", {},
+                                                  u"The name of the user who is logged on.")
+            .method<&StdFunctions::AttributiFile>(
+                u"AttributiFile",
+                {Parameter(u"sNomeFile").byReference(),
+                 Parameter(u"sAttributo").otherwise(u"MOD").byReference()},
+                u"When a file was last changed (MOD); Empty for any other attribute.")
+            .raises(u"53 when the file is not there.")
             .method<&StdFunctions::kapEmpty>(u"kapEmpty", {u"vValore"},
                                              u"Whether a value is blank.")
             .raises(u"13 for a value without a text.")
@@ -96,7 +119,10 @@ const ClassDescription& StdFunctions::classDescription() {
             .raises(
                 u"The database's errors; 13 for a discount that is no number, 94 for Null, 6 when "
                 u"the value is too large.")
-            .reserved(u"Ripeti")
+            .method<&StdFunctions::Ripeti>(
+                u"Ripeti",
+                {Parameter(u"txtDA_Campo").byReference(), Parameter(u"txtA_Campo").byReference()},
+                u"Where a field holds a dot, puts the value of another field in its place.")
             .method<&StdFunctions::KapRound>(
                 u"KapRound",
                 {u"Numero", Parameter(u"Decimali").otherwise(kNone).byReference(),
@@ -208,6 +234,40 @@ Variant StdFunctions::DtoSQL(const Variant& valore) {
 
 bool StdFunctions::kapGoTo(ByRef<Ref<ado::Recordset>> rst, const Variant& posizione) {
     return db::kapGoTo(rst, posizione);
+}
+
+void StdFunctions::kapSendKeys(const String& keyString) {
+    host::kapSendKeys(keyString);
+}
+
+Variant StdFunctions::AspettaDueSecondi() {
+    host::AspettaDueSecondi();
+    return {};
+}
+
+std::int16_t StdFunctions::TrovaTop(const Variant& frmPadre, std::int16_t nTop) {
+    return host::TrovaTop(frmPadre, nTop);
+}
+
+void StdFunctions::PosizionaForm(const Variant& frmFiglio, const Variant& frmPadre,
+                                 std::int16_t nTop) {
+    host::PosizionaForm(frmFiglio, frmPadre, nTop);
+}
+
+void StdFunctions::WLog(const Variant& sLog_File, const Variant& sLog_Messaggio) {
+    host::WLog(sLog_File, sLog_Messaggio);
+}
+
+String StdFunctions::kapNomeUtente() {
+    return host::kapNomeUtente();
+}
+
+Variant StdFunctions::AttributiFile(const String& sNomeFile, const String& sAttributo) {
+    return host::AttributiFile(sNomeFile, sAttributo);
+}
+
+void StdFunctions::Ripeti(const Variant& txtDA_Campo, const Variant& txtA_Campo) {
+    host::Ripeti(txtDA_Campo, txtA_Campo);
 }
 
 }  // namespace kap

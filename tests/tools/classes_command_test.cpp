@@ -108,9 +108,13 @@ TEST(ClassesCommand, TellsTheIdentityOfTheLibraryToPrograms) {
 
 TEST(ClassesCommand, ListsWhatElseCanBeMadeByName) {
     const json platform = classesJson({})["platform"];
-    ASSERT_EQ(platform.size(), 2U);
-    EXPECT_EQ(platform[0]["programmaticName"], "ADODB.Connection");
-    EXPECT_EQ(platform[1]["programmaticName"], "ADODB.Recordset");
+    std::vector<std::string> names;
+    for (const json& shown : platform) {
+        names.push_back(shown["programmaticName"]);
+    }
+    const std::vector<std::string> expected = {"ADODB.Connection", "ADODB.Recordset",
+                                               "Scripting.FileSystemObject"};
+    EXPECT_EQ(names, expected);
 }
 
 TEST(ClassesCommand, ShowsAClassAsAnObjectBrowserDoes) {
@@ -227,12 +231,14 @@ TEST(ClassesCommand, SaysOfAMemberOfAClassToComeThatItIsNotThereYet) {
 
 TEST(ClassesCommand, NamesTheMembersToCome) {
     const Outcome run = kaputil({"classes", "StdFunctions"});
-    const std::size_t title = run.out.find("\nMembers that are not there yet\n  kapSendKeys, ");
-    EXPECT_NE(title, std::string::npos) << run.out;
-    EXPECT_EQ(classesJson({"StdFunctions"})["reserved"][0], "kapSendKeys");
-    const Outcome member = kaputil({"classes", "StdFunctions.kapSendKeys"});
+    const std::size_t title = run.out.find("\nMembers that are not there yet\n  ");
+    ASSERT_NE(title, std::string::npos) << run.out;
+    EXPECT_NE(run.out.find("Progressivi_OLD", title), std::string::npos) << run.out;
+    const json reserved = classesJson({"StdFunctions"})["reserved"];
+    EXPECT_NE(std::ranges::find(reserved, json("Progressivi_OLD")), reserved.end());
+    const Outcome member = kaputil({"classes", "StdFunctions.Progressivi_OLD"});
     EXPECT_EQ(member.exitCode, 2);
-    EXPECT_EQ(member.err, "kaputil: kapSendKeys is not there yet\n");
+    EXPECT_EQ(member.err, "kaputil: Progressivi_OLD is not there yet\n");
 }
 
 TEST(ClassesCommand, StandsOutOnATerminalOnly) {

@@ -14,7 +14,8 @@ namespace kap {
 //
 // Each member is described where its work is done: recordsets in <kaputil/db/recordsets.hpp>,
 // records in <kaputil/db/records.hpp>, values in <kaputil/util/values.hpp>, dates in
-// <kaputil/util/dates.hpp>, amounts in <kaputil/util/amounts.hpp>.
+// <kaputil/util/dates.hpp>, amounts in <kaputil/util/amounts.hpp>, logs, keys and forms in
+// <kaputil/host/services.hpp>.
 //
 //     auto f = kap::make<kap::StdFunctions>();
 //     kap::Variant record;
@@ -61,6 +62,14 @@ public:
     String kapControllaData(const Variant& valore, ByRef<String> sFormat = u"dd/mm/yyyy");
     Variant DtoSQL(const Variant& valore);
     bool kapGoTo(ByRef<Ref<ado::Recordset>> rst, const Variant& posizione);
+    void kapSendKeys(const String& keyString);
+    Variant AspettaDueSecondi();
+    std::int16_t TrovaTop(const Variant& frmPadre, std::int16_t nTop);
+    void PosizionaForm(const Variant& frmFiglio, const Variant& frmPadre, std::int16_t nTop);
+    void WLog(const Variant& sLog_File, const Variant& sLog_Messaggio);
+    String kapNomeUtente();
+    Variant AttributiFile(const String& sNomeFile, const String& sAttributo = u"MOD");
+    void Ripeti(const Variant& txtDA_Campo, const Variant& txtA_Campo);
 
 private:
     Ref<CErrore> errore_;
