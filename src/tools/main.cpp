@@ -12,6 +12,7 @@
 #include "tools/command_words.hpp"
 #include "tools/demo_command.hpp"
 #include "tools/exit_codes.hpp"
+#include "tools/registry_options.hpp"
 #include "tools/shown_text.hpp"
 #include "tools/sql_command.hpp"
 #include "tools/usage_error.hpp"
@@ -116,6 +117,7 @@ public:
         classesCommand_ = addClasses(app_, classes_);
         callCommand_ = addCall(app_, call_, wordsForHelp_);
         addSql(app_, sql_);
+        registryCommand_ = addRegistry(app_, registry_);
     }
 
     int run(std::vector<std::string> arguments) {
@@ -165,6 +167,9 @@ private:
         if (classesCommand_->parsed()) {
             return classes_.run();
         }
+        if (registryCommand_->parsed()) {
+            return registry_.run();
+        }
         return callCommand_->parsed() ? call_.run() : sql_.run();
     }
 
@@ -173,10 +178,12 @@ private:
     ClassesCommand classes_;
     CallCommand call_;
     SqlCommand sql_;
+    RegistryCommand registry_;
     std::string wordsForHelp_;
     const CLI::App* demoCommand_ = nullptr;
     const CLI::App* classesCommand_ = nullptr;
     const CLI::App* callCommand_ = nullptr;
+    const CLI::App* registryCommand_ = nullptr;
 };
 
 }  // namespace

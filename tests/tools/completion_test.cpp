@@ -28,7 +28,7 @@ bool offers(const std::string& all, const std::string& one) {
 }
 
 TEST(Completion, OffersTheCommands) {
-    EXPECT_EQ(offered({"kaputil", ""}), "demo classes call sql");
+    EXPECT_EQ(offered({"kaputil", ""}), "demo classes call sql registry");
     EXPECT_EQ(offered({"kaputil", "c"}), "classes call");
 }
 
@@ -94,6 +94,16 @@ TEST(Completion, PassesOverOptionsAndTheirValues) {
 TEST(Completion, OffersLanguages) {
     EXPECT_EQ(offered({"kaputil", "call", "--locale", "en"}), "en-US en-GB");
     EXPECT_EQ(offered({"kaputil", "call", "--locale", "="}), "it-IT en-US en-GB");
+}
+
+TEST(Completion, OffersWhatCanBeDoneWithTheRegistry) {
+    EXPECT_EQ(offered({"kaputil", "registry", ""}), "list get set create delete import export");
+    EXPECT_EQ(offered({"kaputil", "registry", "set", "--"}), "--help --type");
+    EXPECT_EQ(offered({"kaputil", "registry", "-"}), "--help");
+    EXPECT_EQ(offered({"kaputil", "registry", "set", "--type", "REG_D"}), "REG_DWORD");
+    const Folder folder;
+    const std::string file = folder.file("vertex.reg", "");
+    EXPECT_EQ(offered({"kaputil", "registry", "import", folder / "ver"}), file);
 }
 
 TEST(Completion, OffersFiles) {
