@@ -7,6 +7,7 @@
 #include <kaputil/core/cerrore.hpp>
 #include <kaputil/core/cproprieta.hpp>
 #include <kaputil/core/iclassi.hpp>
+#include <kaputil/host/cemail.hpp>
 #include <kaputil/host/cfile_ini.hpp>
 #include <kaputil/host/cregistro.hpp>
 #include <kaputil/host/csystem.hpp>
@@ -64,8 +65,7 @@ std::vector<PublishedClass> makeClasses() {
                   u"Procedure"),
         announced(u"CFG_Stampa", u"751365ef-c473-43b7-8dc1-8e404c5fb3a2",
                   u"1286c8fd-6205-4973-a472-388401bca382", u"The configuration of a print."),
-        announced(u"CEMail", u"6ad333e0-4535-4a1f-9d0c-6075308b5714",
-                  u"dfb00056-0c60-4a29-a43a-4f09fee6c732", u"Contacts of the mail client."),
+        written(CEMail::classDescription()),
         announced(u"CSQL", u"4ac5a4f4-d431-4aa4-8211-93d6a4754c2f",
                   u"913252bc-c034-4f8e-8135-2bef7b1c2cf5",
                   u"Builds and runs transactional scripts."),

@@ -2,6 +2,7 @@
 
 #include <kaputil/db/records.hpp>
 #include <kaputil/db/recordsets.hpp>
+#include <kaputil/host/cemail.hpp>
 #include <kaputil/host/services.hpp>
 #include <kaputil/util/amounts.hpp>
 #include <kaputil/util/dates.hpp>
@@ -99,7 +100,14 @@ const ClassDescription& StdFunctions::classDescription() {
             .method<&StdFunctions::kapApice>(u"kapApice", {u"sStringa"},
                                              u"A text made safe between single quotes in SQL.")
             .raises(u"13 for a value without a text.")
-            .reserved(u"kapInviaEMail")
+            .method<&StdFunctions::kapInviaEMail>(
+                u"kapInviaEMail",
+                {Parameter(u"sDestinatario").byReference(), Parameter(u"sOggetto").byReference(),
+                 Parameter(u"sBody").otherwise(u"").byReference(),
+                 Parameter(u"sBodyHtml").otherwise(u"").byReference(),
+                 Parameter(u"sFileAllegato").otherwise(u"").byReference()},
+                u"Makes a message and shows it for the user to send.")
+            .raises(u"The mail client's errors.")
             .method<&StdFunctions::Riga_Prog>(
                 u"Riga_Prog",
                 {u"Connessione", u"sSQL", Parameter(u"nPasso").otherwise(std::int16_t{1}),
@@ -268,6 +276,12 @@ Variant StdFunctions::AttributiFile(const String& sNomeFile, const String& sAttr
 
 void StdFunctions::Ripeti(const Variant& txtDA_Campo, const Variant& txtA_Campo) {
     host::Ripeti(txtDA_Campo, txtA_Campo);
+}
+
+void StdFunctions::kapInviaEMail(const String& sDestinatario, const String& sOggetto,
+                                 const String& sBody, const String& sBodyHtml,
+                                 const String& sFileAllegato) {
+    host::kapInviaEMail(sDestinatario, sOggetto, sBody, sBodyHtml, sFileAllegato);
 }
 
 }  // namespace kap

@@ -11,6 +11,7 @@
 
 #include "frame/unicode.hpp"
 #include "platform/files/file_system_object.hpp"
+#include "platform/mail/application.hpp"
 
 namespace kap {
 namespace {
@@ -68,7 +69,8 @@ namespace platform {
 
 std::span<const PlatformClass> hostClasses() {
     static const std::vector<PlatformClass> classes = {
-        {u"Scripting.FileSystemObject", &files::FileSystemObject::classDescription()}};
+        {u"Scripting.FileSystemObject", &files::FileSystemObject::classDescription()},
+        {u"Outlook.Application", &mail::Application::classDescription()}};
     return classes;
 }
 

@@ -113,7 +113,7 @@ TEST(ClassesCommand, ListsWhatElseCanBeMadeByName) {
         names.push_back(shown["programmaticName"]);
     }
     const std::vector<std::string> expected = {"ADODB.Connection", "ADODB.Recordset",
-                                               "Scripting.FileSystemObject"};
+                                               "Scripting.FileSystemObject", "Outlook.Application"};
     EXPECT_EQ(names, expected);
 }
 

@@ -15,7 +15,7 @@ namespace kap {
 // Each member is described where its work is done: recordsets in <kaputil/db/recordsets.hpp>,
 // records in <kaputil/db/records.hpp>, values in <kaputil/util/values.hpp>, dates in
 // <kaputil/util/dates.hpp>, amounts in <kaputil/util/amounts.hpp>, logs, keys and forms in
-// <kaputil/host/services.hpp>.
+// <kaputil/host/services.hpp>, messages in <kaputil/host/cemail.hpp>.
 //
 //     auto f = kap::make<kap::StdFunctions>();
 //     kap::Variant record;
@@ -69,6 +69,9 @@ public:
     void WLog(const Variant& sLog_File, const Variant& sLog_Messaggio);
     String kapNomeUtente();
     Variant AttributiFile(const String& sNomeFile, const String& sAttributo = u"MOD");
+    void kapInviaEMail(const String& sDestinatario, const String& sOggetto,
+                       const String& sBody = {}, const String& sBodyHtml = {},
+                       const String& sFileAllegato = {});
     void Ripeti(const Variant& txtDA_Campo, const Variant& txtA_Campo);
 
 private:
