@@ -129,14 +129,16 @@ void Connection::executeAll(const String& script, std::vector<Ref<Recordset>>& a
     if (session_ == nullptr) {
         fail::objectClosed();
     }
-    std::vector<Result> results;
+    Request request;
+    request.text = script.utf8();
+    Reply reply;
     const auto handOver = [&] {
-        for (Result& result : results) {
+        for (Result& result : reply.results) {
             answers.push_back(answer(std::move(result)));
         }
     };
     try {
-        reporting([&] { session_->execute(script.utf8(), results); });
+        reporting([&] { session_->execute(request, reply); });
     } catch (const AutomationError&) {
         handOver();
         throw;

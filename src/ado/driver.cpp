@@ -1,5 +1,6 @@
 #include "ado/driver.hpp"
 
+#include <algorithm>
 #include <utility>
 
 #include "frame/unicode.hpp"
@@ -19,6 +20,12 @@ String displayText(const std::string& utf8) {
         }
     }
     return plain;
+}
+
+// What a failed call is known by: its first error, or its first message when none is one.
+const ServerMessage& raisedOf(const std::vector<ServerMessage>& messages) {
+    const auto error = std::ranges::find_if(messages, &ServerMessage::isError);
+    return error == messages.end() ? messages.at(0) : *error;
 }
 
 }  // namespace
@@ -65,7 +72,8 @@ Storage storageOf(DataTypeEnum type) noexcept {
 }
 
 DriverError::DriverError(std::vector<ServerMessage> messages, String source)
-    : AutomationError(messages.at(0).number, displayText(messages.at(0).text), std::move(source)),
+    : AutomationError(raisedOf(messages).number, displayText(raisedOf(messages).text),
+                      std::move(source)),
       messages_(std::move(messages)) {}
 
 }  // namespace kap::ado

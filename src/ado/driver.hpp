@@ -1,11 +1,13 @@
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <variant>
 #include <vector>
 
@@ -65,10 +67,14 @@ struct ServerMessage {
     std::string state;              // SQLSTATE
     std::string text;
     std::int32_t line = 0;
+    std::int32_t severity = 16;  // up to kInformation nothing has failed
+
+    static constexpr std::int32_t kInformation = 10;
+    [[nodiscard]] bool isError() const noexcept { return severity > kInformation; }
 };
 
-// Thrown by a driver: every error of the failed call, in the database's order. The first one is
-// what the client sees raised.
+// Thrown by a driver: every message of the failed call, in the database's order. The first error
+// among them is what the client sees raised.
 class DriverError : public AutomationError {
 public:
     explicit DriverError(std::vector<ServerMessage> messages, String source = {});
@@ -86,6 +92,31 @@ struct ColumnValue {
     DataTypeEnum type = DataTypeEnum::adEmpty;
     std::uint8_t numericScale = 255;
     CellValue value;  // monostate is Null
+};
+
+// A typed value that goes with a request, comes back from it, or both.
+struct RequestParameter {
+    std::string name;  // "@name"; empty: known by its place
+    DataTypeEnum type = DataTypeEnum::adVarWChar;
+    std::int32_t size = 0;  // characters of text, bytes of binary; 0: as long as the value
+    std::uint8_t precision = 0;
+    std::uint8_t numericScale = 0;
+    ParameterDirectionEnum direction = ParameterDirectionEnum::adParamInput;
+    CellValue value;  // monostate is Null; replaced when the direction says so
+};
+
+// What is sent to the database at once.
+struct Request {
+    std::string text;        // a script in the dialect, or a procedure's name
+    bool procedure = false;  // the text is a name, and the parameters are the procedure's
+    std::vector<RequestParameter> parameters;  // of the marks "?" in the script, in their order
+    std::chrono::seconds timeout{0};           // 0: no limit
+};
+
+// What came back.
+struct Reply {
+    std::vector<Result> results;
+    std::vector<ServerMessage> messages;  // what the script printed, and its warnings
 };
 
 // One row to insert, update, delete, or only to read again.
@@ -111,14 +142,18 @@ public:
     Session& operator=(const Session&) = delete;
     virtual ~Session() = default;
 
-    // Runs a script in the dialect and appends what each of its statements answered to `results`. A
-    // failing statement ends the script with DriverError; the statements before it stand (unless a
-    // transaction is rolled back later), and so do their answers.
-    virtual void execute(std::string_view script, std::vector<Result>& results) = 0;
+    // Runs a request and appends what each of its statements answered to `reply`. Whether an error
+    // ends a statement, the script or the transaction is the database's affair; when any was
+    // reported, DriverError with all messages is raised at the end. What was answered till then
+    // stands in the reply. Parameters that come back are written into the request.
+    virtual void execute(Request& request, Reply& reply) = 0;
+    // The same for a script without parameters.
     [[nodiscard]] std::vector<Result> execute(std::string_view script) {
-        std::vector<Result> results;
-        execute(script, results);
-        return results;
+        Request request;
+        request.text = script;
+        Reply reply;
+        execute(request, reply);
+        return std::move(reply.results);
     }
 
     // Writes one row, with its own transaction when none is open. More than one row touched is an

@@ -47,8 +47,9 @@ class FakeSession final : public ado::Session {
 public:
     explicit FakeSession(FakeDatabase& database) : database_(database) {}
 
-    void execute(std::string_view script, std::vector<ado::Result>& results) override {
-        database_.scripts.emplace_back(script);
+    using Session::execute;
+    void execute(ado::Request& request, ado::Reply& reply) override {
+        database_.scripts.emplace_back(request.text);
         FakeDatabase::Answer answer = database_.answers.front();
         if (database_.answers.size() > 1) {
             database_.answers.pop_front();
@@ -56,7 +57,7 @@ public:
         if (answer.failure) {
             throw ado::DriverError({*answer.failure}, u"FakeSource");
         }
-        results = std::move(answer.results);
+        reply.results = std::move(answer.results);
     }
     ado::ChangeOutcome apply(const ado::RowChange& change) override {
         database_.changes.push_back(change);

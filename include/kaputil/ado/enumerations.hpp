@@ -36,6 +36,14 @@ enum class CommandTypeEnum : std::int32_t {
     adCmdTableDirect = 512,
 };
 
+enum class ParameterDirectionEnum : std::int32_t {
+    adParamUnknown = 0,
+    adParamInput = 1,
+    adParamOutput = 2,
+    adParamInputOutput = 3,
+    adParamReturnValue = 4,
+};
+
 enum class ExecuteOptionEnum : std::int32_t {
     adOptionUnspecified = -1,
     adExecuteNoRecords = 128,

@@ -22,8 +22,8 @@ auto EmbeddedSession::reported(Work work) {
     }
 }
 
-void EmbeddedSession::execute(std::string_view script, std::vector<Result>& results) {
-    reported([&] { scripts_.run(script, results); });
+void EmbeddedSession::execute(Request& request, Reply& reply) {
+    reported([&] { scripts_.run(request.text, reply.results); });
 }
 
 ChangeOutcome EmbeddedSession::apply(const RowChange& change) {

@@ -19,7 +19,7 @@ public:
     explicit EmbeddedSession(const Options& options);
 
     using Session::execute;
-    void execute(std::string_view script, std::vector<Result>& results) override;
+    void execute(Request& request, Reply& reply) override;
     ChangeOutcome apply(const RowChange& change) override;
     void begin() override;
     void commit() override;
