@@ -111,6 +111,10 @@ _kaputil_value() {
     case $option in
     --locale) _kaputil_offer '' "$typed" '' < <(printf '%s\n' it-IT en-US en-GB) ;;
     --type) _kaputil_offer '' "$typed" '' < <(printf '%s\n' REG_SZ REG_EXPAND_SZ REG_DWORD REG_BINARY) ;;
+    --folder)
+        mapfile -t COMPREPLY < <(compgen -d -- "$typed")
+        compopt -o filenames 2>/dev/null || true
+        ;;
     --database | --file | --message-log)
         mapfile -t COMPREPLY < <(compgen -f -- "$typed")
         compopt -o filenames 2>/dev/null || true
@@ -131,7 +135,7 @@ _kaputil() {
 
     case $before in
     := | :) return ;;
-    --locale | --database | --file | --message-log | --connection | --command | --seed | --type)
+    --locale | --database | --file | --folder | --message-log | --connection | --command | --query | --name | --seed | --type)
         _kaputil_value "$before" "$typed"
         return
         ;;

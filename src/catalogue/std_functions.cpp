@@ -4,6 +4,7 @@
 #include <kaputil/db/recordsets.hpp>
 #include <kaputil/host/cemail.hpp>
 #include <kaputil/host/services.hpp>
+#include <kaputil/host/text_export.hpp>
 #include <kaputil/util/amounts.hpp>
 #include <kaputil/util/dates.hpp>
 #include <kaputil/util/values.hpp>
@@ -71,7 +72,14 @@ const ClassDescription& StdFunctions::classDescription() {
                 {Parameter(u"sLog_File").byReference(), Parameter(u"sLog_Messaggio").byReference()},
                 u"Appends a line to a log file, which is made when it is missing.")
             .raises(u"The file-system object's errors: 76 for a folder that is not there, 70.")
-            .reserved(u"EsportaTXT")
+            .method<&StdFunctions::EsportaTXT>(
+                u"EsportaTXT",
+                {u"stringaSql", u"Connessione", u"sNomeTxt", u"sPathTxt",
+                 Parameter(u"lRicreoSchemaIni").otherwise(true)},
+                u"Writes the rows of a query into a text file, as a schema file describes it.")
+            .raises(
+                u"The errors of the database and of the file-system object; -2147217833 for a "
+                u"value that does not fit into its column.")
             .method<&StdFunctions::ControllaConnessione>(
                 u"ControllaConnessione", {u"Connessione"},
                 u"Opens a connection string in the caller's variable.")
@@ -282,6 +290,12 @@ void StdFunctions::kapInviaEMail(const String& sDestinatario, const String& sOgg
                                  const String& sBody, const String& sBodyHtml,
                                  const String& sFileAllegato) {
     host::kapInviaEMail(sDestinatario, sOggetto, sBody, sBodyHtml, sFileAllegato);
+}
+
+bool StdFunctions::EsportaTXT(ByRef<String> stringaSql, ByRef<Variant> connessione,
+                              ByRef<String> sNomeTxt, ByRef<String> sPathTxt,
+                              ByRef<bool> lRicreoSchemaIni) {
+    return host::EsportaTXT(stringaSql, connessione, sNomeTxt, sPathTxt, lRicreoSchemaIni);
 }
 
 }  // namespace kap

@@ -171,6 +171,8 @@ TEST(Catalogue, KeepsTheMembersOfTheGlobalClassInTheirPlaces) {
         "60030007 TrovaTop ref frmPadre:Variant ref nTop:Integer -> Integer",
         "60030008 PosizionaForm ref frmFiglio:Variant ref frmPadre:Variant ref nTop:Integer",
         "6003000b WLog ref sLog_File:Variant ref sLog_Messaggio:Variant",
+        "6003000c EsportaTXT ref stringaSql:String ref Connessione:Variant ref sNomeTxt:String "
+        "ref sPathTxt:String ref lRicreoSchemaIni:Boolean=True -> Boolean",
         "6003000d ControllaConnessione ref Connessione:Variant",
         "6003000e kapNomeUtente -> String",
         "6003000f AttributiFile ref sNomeFile:String ref sAttributo:String=MOD -> Variant",
@@ -198,8 +200,8 @@ TEST(Catalogue, KeepsTheMembersOfTheGlobalClassInTheirPlaces) {
 }
 
 TEST(Catalogue, ReservesThePlacesOfTheGlobalMembersToCome) {
-    const std::vector<String> expected = {u"KapCFG",      u"Progressivi_OLD",
-                                          u"EsportaTXT",
+    const std::vector<String> expected = {u"KapCFG", u"Progressivi_OLD",
+
                                           u"Progressivi", u"RicercaNumeriDocPre"};
     EXPECT_EQ(StdFunctions::classDescription().reserved, expected);
     EXPECT_EQ(raisedBy([] {

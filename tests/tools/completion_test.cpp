@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 #include <nlohmann/json.hpp>
 
 #include "tools/command_line.hpp"
@@ -28,7 +30,7 @@ bool offers(const std::string& all, const std::string& one) {
 }
 
 TEST(Completion, OffersTheCommands) {
-    EXPECT_EQ(offered({"kaputil", ""}), "demo classes call sql registry");
+    EXPECT_EQ(offered({"kaputil", ""}), "demo classes call sql registry export");
     EXPECT_EQ(offered({"kaputil", "c"}), "classes call");
 }
 
@@ -104,6 +106,14 @@ TEST(Completion, OffersWhatCanBeDoneWithTheRegistry) {
     const Folder folder;
     const std::string file = folder.file("vertex.reg", "");
     EXPECT_EQ(offered({"kaputil", "registry", "import", folder / "ver"}), file);
+}
+
+TEST(Completion, OffersFolders) {
+    const Folder folder;
+    static_cast<void>(folder.file("scambio.txt", ""));
+    std::filesystem::create_directory(folder / "scambio");
+    EXPECT_EQ(offered({"kaputil", "export", "--folder", folder / "sca"}), folder / "scambio");
+    EXPECT_EQ(offered({"kaputil", "export", "--k"}), "--keep-schema");
 }
 
 TEST(Completion, OffersFiles) {
