@@ -7,6 +7,7 @@
 #include <kaputil/frame/plain_text.hpp>
 #include <kaputil/frame/variant.hpp>
 
+#include "tools/demo_host.hpp"
 #include "tools/demo_user.hpp"
 #include "tools/demo_values.hpp"
 
@@ -181,6 +182,7 @@ private:
 
 void tellStory(DemoReport& report, const String& connectionString) {
     Story(report, connectionString).tell();
+    tellOfTheHost(report, "Anna", connectionString);
 }
 
 }  // namespace kap::tools
