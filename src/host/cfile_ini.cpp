@@ -56,8 +56,7 @@ const ClassDescription& CFileINI::classDescription() {
 
 String CFileINI::ReadIni(const String& applicationName, const String& keyName,
                          const String& fileINI) {
-    const String value =
-        platform::readProfile(applicationName, keyName, u" ", kBufferSize, fileINI);
+    String value = platform::readProfile(applicationName, keyName, u" ", kBufferSize, fileINI);
     // Deliberately an error: the length is kept in a byte, and clients trap it.
     if (value.size() > std::numeric_limits<std::uint8_t>::max()) {
         throw AutomationError(errors::kOverflow);

@@ -48,7 +48,7 @@ std::optional<fs::path> namedAlike(const fs::path& folder, const fs::path& name)
 }  // namespace
 
 fs::path locate(std::u16string_view path) {
-    const fs::path exact = withOneSeparator(path);
+    fs::path exact = withOneSeparator(path);
     if (isThere(exact)) {
         return exact;
     }

@@ -48,7 +48,7 @@ std::string encodedWith(CodePage page, std::u16string_view text) {
 LineWriter::LineWriter(Schema schema) : schema_(std::move(schema)) {}
 
 // A number's text with the schema's decimal symbol in place of the user's.
-String LineWriter::numberText(String text) const {
+String LineWriter::numberText(const String& text) const {
     std::u16string changed;
     for (const char16_t unit : text.view()) {
         if (unit == currentLocale().decimalSeparator) {

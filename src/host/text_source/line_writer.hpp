@@ -31,7 +31,7 @@ public:
 private:
     [[nodiscard]] String formatted(ColumnKind kind, const String& value) const;
     [[nodiscard]] String dateText(const String& value) const;
-    [[nodiscard]] String numberText(String text) const;
+    [[nodiscard]] String numberText(const String& text) const;
     void appendFixed(std::u16string& line, const Column& column, const String& text) const;
     void appendDelimited(std::u16string& line, const Column& column, const String& text) const;
     [[nodiscard]] std::string encoded(std::u16string_view text) const;

@@ -23,7 +23,8 @@ bool sameWord(std::string_view left, std::string_view right) {
 }
 
 bool containsWord(std::string_view text, std::string_view word) {
-    return !std::ranges::search(text, word, {}, upperLetter, upperLetter).empty();
+    const auto same = [](char left, char right) { return upperLetter(left) == upperLetter(right); };
+    return std::search(text.begin(), text.end(), word.begin(), word.end(), same) != text.end();
 }
 
 // A line taken apart: "item1.TEL;TYPE=home:0541 123456".

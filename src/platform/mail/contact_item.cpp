@@ -32,7 +32,7 @@ constexpr std::array<std::pair<std::u16string_view, ContactField>, 9> kNames = {
 String displayName(const Card& card) {
     const String first = card.get(ContactField::FirstName);
     const String last = card.get(ContactField::LastName);
-    const String both = first + (first.empty() || last.empty() ? u"" : u" ") + last.view();
+    String both = first + (first.empty() || last.empty() ? u"" : u" ") + last.view();
     if (!both.empty()) {
         return both;
     }

@@ -17,7 +17,7 @@ fs::path variable(const char* name) {
 }
 
 fs::path home() {
-    const fs::path chosen = variable("HOME");
+    fs::path chosen = variable("HOME");
     if (!chosen.empty()) {
         return chosen;
     }

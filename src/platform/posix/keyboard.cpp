@@ -7,7 +7,6 @@
 
 #include <memory>
 #include <optional>
-#include <ranges>
 #include <vector>
 
 #include <kaputil/platform/message_box.hpp>
@@ -115,8 +114,8 @@ void press(const WindowSystem& system, Display* display, const std::vector<KeyCo
     for (const KeyCode code : codes) {
         system.fakeKeyEvent(display, code, True, CurrentTime);
     }
-    for (const KeyCode code : codes | std::views::reverse) {
-        system.fakeKeyEvent(display, code, False, CurrentTime);
+    for (auto code = codes.rbegin(); code != codes.rend(); ++code) {
+        system.fakeKeyEvent(display, *code, False, CurrentTime);
     }
     system.sync(display, False);
 }

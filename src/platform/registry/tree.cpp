@@ -45,6 +45,7 @@ std::optional<String> rootName(std::int32_t handle) {
 
 std::vector<std::u16string_view> roots() {
     std::vector<std::u16string_view> names;
+    names.reserve(kRoots.size());
     for (const Root& root : kRoots) {
         names.push_back(root.name);
     }
