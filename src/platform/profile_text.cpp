@@ -177,7 +177,10 @@ std::optional<std::string> ProfileText::bytes() const {
     for (const std::u16string& line : lines_) {
         text += line;
     }
-    return encodeText(encoding_, text);
+    auto bytes = encodeText(encoding_, text);
+    // Bytes of one encoding may look like another one's.
+    const bool readsTheSame = bytes && decodeText(encodingOf(*bytes), *bytes) == text;
+    return readsTheSame ? std::move(bytes) : std::nullopt;
 }
 
 }  // namespace kap::platform

@@ -24,7 +24,8 @@ public:
     [[nodiscard]] bool put(std::u16string_view section, std::u16string_view key,
                            std::u16string_view value);
 
-    // The file; nullopt when its encoding lacks a character that was put.
+    // The file; nullopt when its encoding lacks a character that was put, or when the file would be
+    // taken for one in another encoding.
     [[nodiscard]] std::optional<std::string> bytes() const;
 
 private:

@@ -164,6 +164,14 @@ TEST_F(ProfileFile, RefusesWhatItCannotHold) {
     EXPECT_EQ(contentOf(path_), "[A]\ncitt\xE0=1\n");
 }
 
+TEST_F(ProfileFile, RefusesAValueThatWouldMakeItLookLikeAnotherEncoding) {
+    put("[A]\nx=\xE8\n");
+    EXPECT_FALSE(write(u"A", u"x", u"Ã¨"));  // in code page 1252 these are the bytes of one letter
+    EXPECT_EQ(read(u"A", u"x"), "\xC3\xA8");
+    EXPECT_TRUE(write(u"A", u"x", u"e"));
+    EXPECT_EQ(contentOf(path_), "[A]\nx=e\n");
+}
+
 TEST_F(ProfileFile, TellsWhenItCannotBeWritten) {
     EXPECT_FALSE(writeProfile(u"A", u"x", u"1", String(folder_.file("manca/prova.ini"))));
     EXPECT_FALSE(writeProfile(u"A", u"x", u"1", u""));

@@ -33,6 +33,7 @@ struct Line {
     std::string_view name;
     std::string_view parameters;
     std::string_view value;
+    bool isProperty = false;  // there is a colon: other lines are left alone
 };
 
 Line takeApart(std::string_view line) {
@@ -45,6 +46,7 @@ Line takeApart(std::string_view line) {
     Line parts;
     parts.head = line.substr(0, colon);
     parts.value = line.substr(std::min(colon + 1, line.size()));
+    parts.isProperty = colon < line.size();
     const std::size_t semicolon = std::min(parts.head.find(';'), parts.head.size());
     parts.name = parts.head.substr(0, semicolon);
     parts.parameters = parts.head.substr(semicolon);
@@ -93,8 +95,9 @@ std::vector<std::string> componentsOf(std::string_view value) {
             continue;
         }
         components.back().push_back(value[i]);
-        if (value[i] == '\\' && i + 1 < value.size()) {
-            components.back().push_back(value[++i]);
+        if (value[i] == '\\') {
+            // One at the very end, which stands before nothing, is meant as itself.
+            components.back().push_back(i + 1 < value.size() ? value[++i] : '\\');
         }
     }
     return components;
@@ -198,7 +201,7 @@ std::size_t Card::end() const {
 std::optional<std::size_t> Card::find(const Place& place) const {
     for (std::size_t i = 0; i < end(); ++i) {
         const Line line = takeApart(lines_[i]);
-        if (sameWord(line.name, place.property) &&
+        if (line.isProperty && sameWord(line.name, place.property) &&
             (place.type.empty() || containsWord(line.parameters, place.type))) {
             return i;
         }
