@@ -142,7 +142,7 @@ std::vector<std::string> unfoldedLines(std::string_view text) {
         }
         if (!lines.empty() && (line.starts_with(' ') || line.starts_with('\t'))) {
             lines.back() += line.substr(1);
-        } else {
+        } else if (!line.empty()) {  // empty ones mean nothing
             lines.emplace_back(line);
         }
     }
