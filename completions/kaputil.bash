@@ -19,7 +19,7 @@ _kaputil_names() {
     "$_kaputil_program" classes "$@" --names 2>/dev/null
 }
 
-# The commands, or those of the command given.
+# The commands, or the actions of the command given.
 _kaputil_commands() {
     "$_kaputil_program" "$@" --help 2>/dev/null | sed -n '/^Subcommands:/,$ s/^  \([a-z][a-z]*\) .*/\1/p'
 }
@@ -95,12 +95,27 @@ _kaputil_classes() {
     fi
 }
 
+# The action, then the file to import.
+_kaputil_registry() {
+    local typed=$1
+    if [[ $COMP_CWORD -eq 2 ]]; then
+        _kaputil_offer '' "$typed" '' < <(_kaputil_commands registry)
+    elif [[ ${COMP_WORDS[2]} == import ]]; then
+        _kaputil_value --file "$typed"
+    fi
+}
+
 # What may follow an option that takes a value.
 _kaputil_value() {
     local option=$1 typed=$2
     case $option in
     --locale) _kaputil_offer '' "$typed" '' < <(printf '%s\n' it-IT en-US en-GB) ;;
-    --database | --declaration | --file | --message-log)
+    --type) _kaputil_offer '' "$typed" '' < <(printf '%s\n' REG_SZ REG_EXPAND_SZ REG_DWORD REG_BINARY) ;;
+    --folder)
+        mapfile -t COMPREPLY < <(compgen -d -- "$typed")
+        compopt -o filenames 2>/dev/null || true
+        ;;
+    --database | --declaration | --file | --message-log | --backup)
         mapfile -t COMPREPLY < <(compgen -f -- "$typed")
         compopt -o filenames 2>/dev/null || true
         ;;
@@ -120,7 +135,7 @@ _kaputil() {
 
     case $before in
     := | :) return ;;
-    --locale | --database | --declaration | --file | --message-log | --connection | --command | --seed | --group | --path | --table)
+    --locale | --database | --declaration | --file | --folder | --message-log | --connection | --command | --query | --name | --seed | --type | --group | --path | --table | --backup)
         _kaputil_value "$before" "$typed"
         return
         ;;
@@ -128,7 +143,9 @@ _kaputil() {
     if [[ $typed == -* ]]; then
         local command=()
         [[ $COMP_CWORD -eq 1 ]] || command=("${COMP_WORDS[1]}")
-        [[ $COMP_CWORD -eq 2 || ${COMP_WORDS[1]} != config ]] || command+=("${COMP_WORDS[2]}")
+        case ${COMP_WORDS[1]} in
+            config | registry) [[ $COMP_CWORD -eq 2 ]] || command+=("${COMP_WORDS[2]}") ;;
+        esac
         _kaputil_offer '' "$typed" '' < <(_kaputil_options "${command[@]}")
     elif [[ $COMP_CWORD -eq 1 ]]; then
         _kaputil_offer '' "$typed" '' < <(_kaputil_commands)
@@ -138,6 +155,8 @@ _kaputil() {
         _kaputil_call "$typed"
     elif [[ ${COMP_WORDS[1]} == classes ]]; then
         _kaputil_classes "$typed"
+    elif [[ ${COMP_WORDS[1]} == registry ]]; then
+        _kaputil_registry "$typed"
     fi
 }
 

@@ -58,6 +58,9 @@ public:
         if (position_ < text_.size() && (text_[position_] == '"' || text_[position_] == '\'')) {
             return quotedValue();
         }
+        if (position_ < text_.size() && text_[position_] == '{') {
+            return bracedValue();
+        }
         const std::size_t end = std::min(text_.find(';', position_), text_.size());
         const std::string_view plain = trimmed(text_.substr(position_, end - position_));
         position_ = end;
@@ -65,6 +68,18 @@ public:
     }
 
 private:
+    // The name of a driver may hold ';'.
+    std::string bracedValue() {
+        const std::size_t start = position_;
+        const std::size_t close = text_.find('}', start);
+        if (close == std::string_view::npos) {
+            refuse(start, "a brace is not closed");
+        }
+        position_ = close + 1;
+        endOfValue("a value in braces");
+        return std::string(text_.substr(start + 1, close - start - 1));
+    }
+
     std::string quotedValue() {
         const std::size_t start = position_;
         const char quote = text_[position_++];
@@ -83,13 +98,17 @@ private:
                 break;
             }
         }
+        endOfValue("a quoted value");
+        return value;
+    }
+
+    void endOfValue(const std::string& value) {
         while (position_ < text_.size() && isBlank(text_[position_])) {
             ++position_;
         }
         if (position_ < text_.size() && text_[position_] != ';') {
-            refuse(position_, "after a quoted value only ';' may stand");
+            refuse(position_, "after " + value + " only ';' may stand");
         }
-        return value;
     }
 
     // The text itself is not shown: it may hold a password.

@@ -8,7 +8,7 @@
 namespace kap::ado {
 
 // A connection string taken apart: `key=value` pairs with ';' between, in UTF-8. Keys ignore case
-// and blanks around; a value may stand in single or double quotes, doubled inside.
+// and blanks around; a value may stand in single or double quotes, doubled inside, or in braces.
 class ConnectionString {
 public:
     struct Pair {

@@ -57,7 +57,10 @@ private:
 }  // namespace
 
 const Driver& driverFor(const ConnectionString& keys) {
-    const auto provider = keys.find("Provider");
+    auto provider = keys.find("Provider");
+    if (!provider) {
+        provider = keys.find("Driver");  // some are known by that name only
+    }
     if (!provider) {
         providerNotFound(
             "The connection string names no provider. Begin it with "

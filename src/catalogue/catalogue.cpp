@@ -15,6 +15,10 @@
 #include <kaputil/core/cerrore.hpp>
 #include <kaputil/core/cproprieta.hpp>
 #include <kaputil/core/iclassi.hpp>
+#include <kaputil/host/cemail.hpp>
+#include <kaputil/host/cfile_ini.hpp>
+#include <kaputil/host/cregistro.hpp>
+#include <kaputil/host/csystem.hpp>
 
 namespace kap {
 namespace {
@@ -39,12 +43,9 @@ PublishedClass announced(const char16_t* name, const char16_t* classId, const ch
 std::vector<PublishedClass> makeClasses() {
     return {
         written(IClassi::classDescription()),
-        announced(u"CSystem", u"71c6409f-464e-4b9b-9829-a930eabaef1c",
-                  u"a2c17a63-37ab-4d29-9e05-faee796d2a41", u"The host's system folder."),
-        announced(u"CRegistro", u"1312d785-c222-48a5-808f-95b7d63f149b",
-                  u"9f2fdde1-9264-4fd3-ad53-59409a82c19e", u"Values of the registry."),
-        announced(u"CFileINI", u"6d508732-1be6-4a1b-b796-8fe52569b49e",
-                  u"3f65d614-9991-4046-97ea-fd7a2eac2c21", u"Values of profile files."),
+        written(CSystem::classDescription()),
+        written(CRegistro::classDescription()),
+        written(CFileINI::classDescription()),
         written(CErrore::classDescription()),
         written(CProprieta::classDescription()),
         written(CFG_Campi::classDescription()),
@@ -57,8 +58,7 @@ std::vector<PublishedClass> makeClasses() {
         written(CFG_Applicazioni::classDescription()),
         written(CFG_Applicazione::classDescription()),
         written(CFG_Stampa::classDescription()),
-        announced(u"CEMail", u"6ad333e0-4535-4a1f-9d0c-6075308b5714",
-                  u"dfb00056-0c60-4a29-a43a-4f09fee6c732", u"Contacts of the mail client."),
+        written(CEMail::classDescription()),
         announced(u"CSQL", u"4ac5a4f4-d431-4aa4-8211-93d6a4754c2f",
                   u"913252bc-c034-4f8e-8135-2bef7b1c2cf5",
                   u"Builds and runs transactional scripts."),
@@ -95,11 +95,16 @@ std::span<const EnumerationDescription> publishedEnumerations() {
 }
 
 std::span<const PlatformClass> platformClasses() {
-    static const std::vector<PlatformClass> classes = {
-        {u"ADODB.Command", &ado::Command::classDescription()},
-        {u"ADODB.Connection", &ado::Connection::classDescription()},
-        {u"ADODB.Parameter", &ado::Parameter::classDescription()},
-        {u"ADODB.Recordset", &ado::Recordset::classDescription()}};
+    static const std::vector<PlatformClass> classes = [] {
+        std::vector<PlatformClass> all = {
+            {u"ADODB.Command", &ado::Command::classDescription()},
+            {u"ADODB.Connection", &ado::Connection::classDescription()},
+            {u"ADODB.Parameter", &ado::Parameter::classDescription()},
+            {u"ADODB.Recordset", &ado::Recordset::classDescription()}};
+        const auto host = platform::hostClasses();
+        all.insert(all.end(), host.begin(), host.end());
+        return all;
+    }();
     return classes;
 }
 

@@ -3,6 +3,9 @@
 #include <kaputil/config/direct_lookup.hpp>
 #include <kaputil/db/records.hpp>
 #include <kaputil/db/recordsets.hpp>
+#include <kaputil/host/cemail.hpp>
+#include <kaputil/host/services.hpp>
+#include <kaputil/host/text_export.hpp>
 #include <kaputil/util/amounts.hpp>
 #include <kaputil/util/dates.hpp>
 #include <kaputil/util/values.hpp>
@@ -21,8 +24,11 @@ const ClassDescription& StdFunctions::classDescription() {
             .instancing(Instancing::Global)
             .property<&StdFunctions::Errore, &StdFunctions::setErrore>(
                 u"Errore", u"What went wrong in the last record member.")
-            .reserved(u"kapSendKeys")
-            .reserved(u"AspettaDueSecondi")
+            .method<&StdFunctions::kapSendKeys>(u"kapSendKeys",
+                                                {Parameter(u"KeyString").byReference()},
+                                                u"Presses keys for the active window.")
+            .method<&StdFunctions::AspettaDueSecondi>(u"AspettaDueSecondi", {},
+                                                      u"Waits between one and two seconds.")
             .method<&StdFunctions::OpenRecordset>(
                 u"OpenRecordset",
                 {Parameter(u"SQLString").byReference(), u"Connessione",
@@ -49,8 +55,17 @@ const ClassDescription& StdFunctions::classDescription() {
                 {u"Connessione", Parameter(u"sStringaSQL").byReference(),
                  Parameter(u"sNomeCampi").otherwise(u"°°°").byReference()},
                 u"Reads chosen fields of the first record of a query.")
-            .reserved(u"TrovaTop")
-            .reserved(u"PosizionaForm")
+            .method<&StdFunctions::TrovaTop>(
+                u"TrovaTop",
+                {Parameter(u"frmPadre").byReference(), Parameter(u"nTop").byReference()},
+                u"Where a form stands below the bars of its parent.")
+            .raises(u"6 beyond 32767; the form's own errors.")
+            .method<&StdFunctions::PosizionaForm>(
+                u"PosizionaForm",
+                {Parameter(u"frmFiglio").byReference(), Parameter(u"frmPadre").byReference(),
+                 Parameter(u"nTop").byReference()},
+                u"Places a form inside its parent.")
+            .raises(u"6 when the form's Top is beyond 32767; the forms' own errors.")
             .method<&StdFunctions::KapCFG>(
                 u"KapCFG",
                 {u"Connessione", Parameter(u"sPrefissoProgramma").byReference(),
@@ -60,13 +75,30 @@ const ClassDescription& StdFunctions::classDescription() {
                 u"The flag that a program's configuration table gives for a procedure.")
             .raises(u"The database's errors.")
             .reserved(u"Progressivi_OLD")
-            .reserved(u"WLog")
-            .reserved(u"EsportaTXT")
+            .method<&StdFunctions::WLog>(
+                u"WLog",
+                {Parameter(u"sLog_File").byReference(), Parameter(u"sLog_Messaggio").byReference()},
+                u"Appends a line to a log file, which is made when it is missing.")
+            .raises(u"The file-system object's errors: 76 for a folder that is not there, 70.")
+            .method<&StdFunctions::EsportaTXT>(
+                u"EsportaTXT",
+                {u"stringaSql", u"Connessione", u"sNomeTxt", u"sPathTxt",
+                 Parameter(u"lRicreoSchemaIni").otherwise(true)},
+                u"Writes the rows of a query into a text file, as a schema file describes it.")
+            .raises(
+                u"The errors of the database and of the file-system object; -2147217833 for a "
+                u"value that does not fit into its column.")
             .method<&StdFunctions::ControllaConnessione>(
                 u"ControllaConnessione", {u"Connessione"},
                 u"Opens a connection string in the caller's variable.")
-            .reserved(u"kapNomeUtente")
-            .reserved(u"AttributiFile")
+            .method<&StdFunctions::kapNomeUtente>(u"kapNomeUtente", {},
+                                                  u"The name of the user who is logged on.")
+            .method<&StdFunctions::AttributiFile>(
+                u"AttributiFile",
+                {Parameter(u"sNomeFile").byReference(),
+                 Parameter(u"sAttributo").otherwise(u"MOD").byReference()},
+                u"When a file was last changed (MOD); Empty for any other attribute.")
+            .raises(u"53 when the file is not there.")
             .method<&StdFunctions::kapEmpty>(u"kapEmpty", {u"vValore"},
                                              u"Whether a value is blank.")
             .raises(u"13 for a value without a text.")
@@ -84,7 +116,14 @@ const ClassDescription& StdFunctions::classDescription() {
             .method<&StdFunctions::kapApice>(u"kapApice", {u"sStringa"},
                                              u"A text made safe between single quotes in SQL.")
             .raises(u"13 for a value without a text.")
-            .reserved(u"kapInviaEMail")
+            .method<&StdFunctions::kapInviaEMail>(
+                u"kapInviaEMail",
+                {Parameter(u"sDestinatario").byReference(), Parameter(u"sOggetto").byReference(),
+                 Parameter(u"sBody").otherwise(u"").byReference(),
+                 Parameter(u"sBodyHtml").otherwise(u"").byReference(),
+                 Parameter(u"sFileAllegato").otherwise(u"").byReference()},
+                u"Makes a message and shows it for the user to send.")
+            .raises(u"The mail client's errors.")
             .method<&StdFunctions::Riga_Prog>(
                 u"Riga_Prog",
                 {u"Connessione", u"sSQL", Parameter(u"nPasso").otherwise(std::int16_t{1}),
@@ -104,7 +143,10 @@ const ClassDescription& StdFunctions::classDescription() {
             .raises(
                 u"The database's errors; 13 for a discount that is no number, 94 for Null, 6 when "
                 u"the value is too large.")
-            .reserved(u"Ripeti")
+            .method<&StdFunctions::Ripeti>(
+                u"Ripeti",
+                {Parameter(u"txtDA_Campo").byReference(), Parameter(u"txtA_Campo").byReference()},
+                u"Where a field holds a dot, puts the value of another field in its place.")
             .method<&StdFunctions::KapRound>(
                 u"KapRound",
                 {u"Numero", Parameter(u"Decimali").otherwise(kNone).byReference(),
@@ -223,6 +265,52 @@ Variant StdFunctions::DtoSQL(const Variant& valore) {
 
 bool StdFunctions::kapGoTo(ByRef<Ref<ado::Recordset>> rst, const Variant& posizione) {
     return db::kapGoTo(rst, posizione);
+}
+
+void StdFunctions::kapSendKeys(const String& keyString) {
+    host::kapSendKeys(keyString);
+}
+
+Variant StdFunctions::AspettaDueSecondi() {
+    host::AspettaDueSecondi();
+    return {};
+}
+
+std::int16_t StdFunctions::TrovaTop(const Variant& frmPadre, std::int16_t nTop) {
+    return host::TrovaTop(frmPadre, nTop);
+}
+
+void StdFunctions::PosizionaForm(const Variant& frmFiglio, const Variant& frmPadre,
+                                 std::int16_t nTop) {
+    host::PosizionaForm(frmFiglio, frmPadre, nTop);
+}
+
+void StdFunctions::WLog(const Variant& sLog_File, const Variant& sLog_Messaggio) {
+    host::WLog(sLog_File, sLog_Messaggio);
+}
+
+String StdFunctions::kapNomeUtente() {
+    return host::kapNomeUtente();
+}
+
+Variant StdFunctions::AttributiFile(const String& sNomeFile, const String& sAttributo) {
+    return host::AttributiFile(sNomeFile, sAttributo);
+}
+
+void StdFunctions::Ripeti(const Variant& txtDA_Campo, const Variant& txtA_Campo) {
+    host::Ripeti(txtDA_Campo, txtA_Campo);
+}
+
+void StdFunctions::kapInviaEMail(const String& sDestinatario, const String& sOggetto,
+                                 const String& sBody, const String& sBodyHtml,
+                                 const String& sFileAllegato) {
+    host::kapInviaEMail(sDestinatario, sOggetto, sBody, sBodyHtml, sFileAllegato);
+}
+
+bool StdFunctions::EsportaTXT(ByRef<String> stringaSql, ByRef<Variant> connessione,
+                              ByRef<String> sNomeTxt, ByRef<String> sPathTxt,
+                              ByRef<bool> lRicreoSchemaIni) {
+    return host::EsportaTXT(stringaSql, connessione, sNomeTxt, sPathTxt, lRicreoSchemaIni);
 }
 
 }  // namespace kap

@@ -1,12 +1,11 @@
 #include <kaputil/db/recordsets.hpp>
 
-#include <chrono>
 #include <cmath>
 
 #include <kaputil/ado/error_numbers.hpp>
 #include <kaputil/frame/convert.hpp>
 #include <kaputil/frame/error.hpp>
-#include <kaputil/platform/pause.hpp>
+#include <kaputil/platform/two_second_wait.hpp>
 
 #include "frame/unicode.hpp"
 
@@ -18,7 +17,6 @@ using ado::FieldAttributeEnum;
 using ado::Recordset;
 
 constexpr int kMaxFailures = 11;
-constexpr std::chrono::milliseconds kPauseAfterFailedFetch{2000};
 
 // The substitutes for options that the caller leaves to the library.
 constexpr std::int16_t kChoose = -1;
@@ -41,7 +39,7 @@ void fetchAll(Recordset& recordset) {
     try {
         recordset.MoveLast();
     } catch (const AutomationError&) {
-        platform::pause(kPauseAfterFailedFetch);
+        platform::waitTwoSeconds();
         throw;
     }
     recordset.MoveFirst();

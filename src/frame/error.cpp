@@ -21,6 +21,24 @@ const char16_t* runtimeText(std::int32_t number) {
             return u"Type mismatch";
         case errors::kOutOfStack:
             return u"Out of stack space";
+        case errors::kBadFileName:
+            return u"Bad file name or number";
+        case errors::kFileNotFound:
+            return u"File not found";
+        case errors::kBadFileMode:
+            return u"Bad file mode";
+        case errors::kDeviceError:
+            return u"Device I/O error";
+        case errors::kFileAlreadyExists:
+            return u"File already exists";
+        case errors::kDiskFull:
+            return u"Disk full";
+        case errors::kInputPastEnd:
+            return u"Input past end of file";
+        case errors::kPermissionDenied:
+            return u"Permission denied";
+        case errors::kPathNotFound:
+            return u"Path not found";
         case errors::kObjectNotSet:
             return u"Object variable or With block variable not set";
         case errors::kInvalidUseOfNull:

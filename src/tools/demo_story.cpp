@@ -8,6 +8,7 @@
 #include <kaputil/frame/variant.hpp>
 
 #include "tools/demo_configuration.hpp"
+#include "tools/demo_host.hpp"
 #include "tools/demo_user.hpp"
 #include "tools/demo_values.hpp"
 
@@ -187,6 +188,7 @@ private:
 
 void tellStory(DemoReport& report, const String& connectionString) {
     Story(report, connectionString).tell();
+    tellOfTheHost(report, "Anna", connectionString);
 }
 
 }  // namespace kap::tools

@@ -13,6 +13,8 @@
 #include "tools/config_options.hpp"
 #include "tools/demo_command.hpp"
 #include "tools/exit_codes.hpp"
+#include "tools/export_command.hpp"
+#include "tools/registry_options.hpp"
 #include "tools/shown_text.hpp"
 #include "tools/sql_command.hpp"
 #include "tools/usage_error.hpp"
@@ -116,6 +118,32 @@ CLI::App* addSql(CLI::App& app, SqlCommand& sql) {
     return command;
 }
 
+CLI::App* addExport(CLI::App& app, ExportCommand& exporting) {
+    CLI::App* command = app.add_subcommand("export", "Write the rows of a query to a text file.");
+    command->footer(
+        "The file gets lines of fixed length, described in its section of Schema.ini beside it,\n"
+        "which is written anew; with --keep-schema the section is used as it stands.\n"
+        "Exit codes: 0 done, 1 an error, 2 wrong usage, 3 no database.");
+    command->add_option("--connection", exporting.connection, "The connection string.")
+        ->type_name("STRING")
+        ->required();
+    command->add_option("--query", exporting.query, "The query whose rows are written.")
+        ->type_name("TEXT")
+        ->required();
+    command->add_option("--folder", exporting.folder, "The folder of the file.")
+        ->type_name("FOLDER")
+        ->capture_default_str();
+    command->add_option("--name", exporting.name, "The name of the file, as in EXPORT.TXT.")
+        ->type_name("NAME")
+        ->required();
+    command->add_flag("--keep-schema", exporting.keepSchema, "Use the Schema.ini that is there.");
+    command
+        ->add_option("--message-log", exporting.messageLog, "The file message boxes are added to.")
+        ->type_name("FILE");
+    command->add_flag("--json", exporting.json, "Print one JSON object.");
+    return command;
+}
+
 // The commands and what was typed for each.
 class CommandLine {
 public:
@@ -127,6 +155,8 @@ public:
         callCommand_ = addCall(app_, call_, wordsForHelp_);
         addSql(app_, sql_);
         config_.addTo(app_);
+        registryCommand_ = addRegistry(app_, registry_);
+        exportCommand_ = addExport(app_, export_);
     }
 
     int run(std::vector<std::string> arguments) {
@@ -179,6 +209,12 @@ private:
         if (config_.parsed()) {
             return config_.run();
         }
+        if (registryCommand_->parsed()) {
+            return registry_.run();
+        }
+        if (exportCommand_->parsed()) {
+            return export_.run();
+        }
         return callCommand_->parsed() ? call_.run() : sql_.run();
     }
 
@@ -188,10 +224,14 @@ private:
     CallCommand call_;
     SqlCommand sql_;
     ConfigOptions config_;
+    RegistryCommand registry_;
+    ExportCommand export_;
     std::string wordsForHelp_;
     const CLI::App* demoCommand_ = nullptr;
     const CLI::App* classesCommand_ = nullptr;
     const CLI::App* callCommand_ = nullptr;
+    const CLI::App* registryCommand_ = nullptr;
+    const CLI::App* exportCommand_ = nullptr;
 };
 
 }  // namespace

@@ -72,6 +72,21 @@ TEST(ConnectionString, AnEqualsSignMayStandInAValue) {
     EXPECT_EQ(valueOf("Data Source=a=b.db", "Data Source"), "a=b.db");
 }
 
+TEST(ConnectionString, ASemicolonMayStandInBraces) {
+    const std::string text = "Driver={Text (*.txt; *.csv)} ;Dbq=/srv";
+    EXPECT_EQ(valueOf(text, "Driver"), "Text (*.txt; *.csv)");
+    EXPECT_EQ(valueOf(text, "Dbq"), "/srv");
+}
+
+TEST(ConnectionString, RefusesBracesThatAreNotClosed) {
+    EXPECT_EQ(refusalOf("Driver={Text"),
+              "The connection string cannot be read at character 8: a brace is not closed. "
+              "Write it as Key=Value;Key=Value.");
+    EXPECT_EQ(refusalOf("Driver={Text}x"),
+              "The connection string cannot be read at character 14: after a value in braces only "
+              "';' may stand. Write it as Key=Value;Key=Value.");
+}
+
 TEST(ConnectionString, AMissingKeyIsNotFound) {
     EXPECT_FALSE(ConnectionString::parse("Mode=Read").find("Provider").has_value());
 }

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 #include <nlohmann/json.hpp>
 
 #include "tools/command_line.hpp"
@@ -28,7 +30,7 @@ bool offers(const std::string& all, const std::string& one) {
 }
 
 TEST(Completion, OffersTheCommands) {
-    EXPECT_EQ(offered({"kaputil", ""}), "demo classes call sql config");
+    EXPECT_EQ(offered({"kaputil", ""}), "demo classes call sql config registry export");
     EXPECT_EQ(offered({"kaputil", "c"}), "classes call config");
 }
 
@@ -106,6 +108,24 @@ TEST(Completion, PassesOverOptionsAndTheirValues) {
 TEST(Completion, OffersLanguages) {
     EXPECT_EQ(offered({"kaputil", "call", "--locale", "en"}), "en-US en-GB");
     EXPECT_EQ(offered({"kaputil", "call", "--locale", "="}), "it-IT en-US en-GB");
+}
+
+TEST(Completion, OffersWhatCanBeDoneWithTheRegistry) {
+    EXPECT_EQ(offered({"kaputil", "registry", ""}), "list get set create delete import export");
+    EXPECT_EQ(offered({"kaputil", "registry", "set", "--"}), "--help --type");
+    EXPECT_EQ(offered({"kaputil", "registry", "-"}), "--help");
+    EXPECT_EQ(offered({"kaputil", "registry", "set", "--type", "REG_D"}), "REG_DWORD");
+    const Folder folder;
+    const std::string file = folder.file("vertex.reg", "");
+    EXPECT_EQ(offered({"kaputil", "registry", "import", folder / "ver"}), file);
+}
+
+TEST(Completion, OffersFolders) {
+    const Folder folder;
+    static_cast<void>(folder.file("scambio.txt", ""));
+    std::filesystem::create_directory(folder / "scambio");
+    EXPECT_EQ(offered({"kaputil", "export", "--folder", folder / "sca"}), folder / "scambio");
+    EXPECT_EQ(offered({"kaputil", "export", "--k"}), "--keep-schema");
 }
 
 TEST(Completion, OffersFiles) {

@@ -76,6 +76,18 @@ TEST(DemoCommand, LeavesTheConfigurationAsItWas) {
     EXPECT_EQ(rowsOf(folder / "a.db", "SELECT COUNT(*) FROM KAP_CFG"), json::parse("[[11]]"));
 }
 
+TEST(DemoCommand, ExportsLogsAndKeepsAContactWithoutTouchingTheUsers) {
+    const Folder home;
+    const Outcome run = kaputil({"demo", "--json"}, "", {"KAPUTIL_HOME=" + home.path()});
+    const json report = json::parse(run.out);
+    EXPECT_EQ(stepWith(report, "EsportaTXT", true)["values"]["SCHEMA.INI"],
+              "col1=Codice Char Width 3");
+    EXPECT_EQ(stepWith(report, "WLog", nullptr)["values"]["vertex.log"], "Valute esportate");
+    EXPECT_EQ(stepWith(report, "Update", true)["values"]["VisualizzaCome"],
+              "1001 - Ferramenta Rossi");
+    EXPECT_TRUE(std::filesystem::is_empty(home.path()));
+}
+
 TEST(DemoCommand, UsesNoColoursInAFile) {
     EXPECT_FALSE(contains(kaputil({"demo"}).out, "\x1b"));
 }

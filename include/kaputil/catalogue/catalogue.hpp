@@ -5,6 +5,7 @@
 #include <vector>
 
 #include <kaputil/frame/class_description.hpp>
+#include <kaputil/platform/creatable_objects.hpp>
 
 // What the library publishes: its classes with their identities, its enumerations, and what its
 // type library says of itself. Everything that lists classes reads it here.
@@ -50,11 +51,8 @@ struct EnumerationDescription {
 };
 [[nodiscard]] std::span<const EnumerationDescription> publishedEnumerations();
 
-// The classes of the platform that can be created by name beside the library's own.
-struct PlatformClass {
-    String programmaticName;  // "ADODB.Recordset"
-    const ClassDescription* description = nullptr;
-};
+// The classes of the platform that can be created by name beside the library's own: those of data
+// access and those of the host.
 [[nodiscard]] std::span<const PlatformClass> platformClasses();
 
 // The instance behind the global members, which are called without naming an object. Each thread

@@ -15,7 +15,8 @@ namespace kap {
 // Each member is described where its work is done: recordsets in <kaputil/db/recordsets.hpp>,
 // records in <kaputil/db/records.hpp>, configuration in <kaputil/config/direct_lookup.hpp>, values
 // in <kaputil/util/values.hpp>, dates in <kaputil/util/dates.hpp>, amounts in
-// <kaputil/util/amounts.hpp>.
+// <kaputil/util/amounts.hpp>, logs, keys and forms in <kaputil/host/services.hpp>, messages in
+// <kaputil/host/cemail.hpp>, text files in <kaputil/host/text_export.hpp>.
 //
 //     auto f = kap::make<kap::StdFunctions>();
 //     kap::Variant record;
@@ -65,6 +66,19 @@ public:
     String kapControllaData(const Variant& valore, ByRef<String> sFormat = u"dd/mm/yyyy");
     Variant DtoSQL(const Variant& valore);
     bool kapGoTo(ByRef<Ref<ado::Recordset>> rst, const Variant& posizione);
+    void kapSendKeys(const String& keyString);
+    Variant AspettaDueSecondi();
+    std::int16_t TrovaTop(const Variant& frmPadre, std::int16_t nTop);
+    void PosizionaForm(const Variant& frmFiglio, const Variant& frmPadre, std::int16_t nTop);
+    void WLog(const Variant& sLog_File, const Variant& sLog_Messaggio);
+    bool EsportaTXT(ByRef<String> stringaSql, ByRef<Variant> connessione, ByRef<String> sNomeTxt,
+                    ByRef<String> sPathTxt, ByRef<bool> lRicreoSchemaIni = true);
+    String kapNomeUtente();
+    Variant AttributiFile(const String& sNomeFile, const String& sAttributo = u"MOD");
+    void kapInviaEMail(const String& sDestinatario, const String& sOggetto,
+                       const String& sBody = {}, const String& sBodyHtml = {},
+                       const String& sFileAllegato = {});
+    void Ripeti(const Variant& txtDA_Campo, const Variant& txtA_Campo);
 
 private:
     Ref<CErrore> errore_;

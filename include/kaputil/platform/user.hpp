@@ -1,0 +1,12 @@
+#pragma once
+
+#include <optional>
+
+#include <kaputil/frame/string.hpp>
+
+namespace kap::platform {
+
+// The name under which the user logged on; nullopt when the host does not know one.
+[[nodiscard]] std::optional<String> userName();
+
+}  // namespace kap::platform

@@ -1,0 +1,80 @@
+#include <kaputil/host/cfile_ini.hpp>
+
+#include <limits>
+
+#include <kaputil/frame/convert.hpp>
+#include <kaputil/frame/error.hpp>
+#include <kaputil/host/services.hpp>
+#include <kaputil/platform/creatable_objects.hpp>
+#include <kaputil/platform/folders.hpp>
+#include <kaputil/platform/profile_file.hpp>
+
+#include "frame/class_builder.hpp"
+#include "frame/late_bound.hpp"
+#include "frame/unicode.hpp"
+#include "platform/paths.hpp"
+
+namespace kap {
+namespace {
+
+constexpr std::size_t kBufferSize = 512;
+
+bool folderHas(const String& folder, const String& name) {
+    const Variant files = platform::createObject(u"Scripting.FileSystemObject");
+    const Variant listed = late::get(late::call(files, u"GetFolder", {folder}), u"Files");
+    const std::u16string wanted = unicode::upper(name);
+    bool found = false;
+    for (const Variant& file : late::objectOf(listed).elements()) {
+        const String candidate = convert::toString(late::get(file, u"Name"));
+        found = found || unicode::upper(candidate) == wanted;
+    }
+    return found;
+}
+
+}  // namespace
+
+const ClassDescription& CFileINI::classDescription() {
+    static const ClassDescription description =
+        ClassBuilder<CFileINI>(u"CFileINI", u"6d508732-1be6-4a1b-b796-8fe52569b49e",
+                               u"3f65d614-9991-4046-97ea-fd7a2eac2c21")
+            .summary(u"Values of profile files.")
+            .method<&CFileINI::ReadIni>(u"ReadIni", {u"ApplicationName", u"KeyName", u"FileINI"},
+                                        u"The value of a key, empty when there is none.")
+            .raises(u"6 for a value longer than 255 characters.")
+            .method<&CFileINI::WriteIni>(u"WriteIni",
+                                         {u"ApplicationName", u"KeyName", u"Value", u"FileINI"},
+                                         u"Writes a key; not 0 when it was written.")
+            .method<&CFileINI::NomeFileINI>(
+                u"NomeFileINI",
+                {Parameter(u"sPath").otherwise(u""),
+                 Parameter(u"sNomeApplicazione").otherwise(u"Vertex")},
+                u"The user's INI file when the folder has one, else the application's.")
+            .raises(u"76 when the folder is not there.")
+            .build();
+    return description;
+}
+
+String CFileINI::ReadIni(const String& applicationName, const String& keyName,
+                         const String& fileINI) {
+    String value = platform::readProfile(applicationName, keyName, u" ", kBufferSize, fileINI);
+    // Deliberately an error: the length is kept in a byte, and clients trap it.
+    if (value.size() > std::numeric_limits<std::uint8_t>::max()) {
+        throw AutomationError(errors::kOverflow);
+    }
+    return value;
+}
+
+std::int16_t CFileINI::WriteIni(const String& applicationName, const String& keyName,
+                                const String& value, const String& fileINI) {
+    return platform::writeProfile(applicationName, keyName, value, fileINI) ? 1 : 0;
+}
+
+Variant CFileINI::NomeFileINI(ByRef<String> sPath, ByRef<String> sNomeApplicazione) {
+    if (sPath->empty()) {
+        *sPath = platform::pathText(platform::applicationFolder());
+    }
+    const String candidate = host::kapNomeUtente() + u".ini";
+    return folderHas(*sPath, candidate) ? candidate : *sNomeApplicazione + u".ini";
+}
+
+}  // namespace kap

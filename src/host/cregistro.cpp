@@ -1,0 +1,172 @@
+#include <kaputil/host/cregistro.hpp>
+
+#include <array>
+#include <optional>
+#include <utility>
+
+#include <kaputil/frame/convert.hpp>
+#include <kaputil/frame/error.hpp>
+#include <kaputil/platform/message_box.hpp>
+#include <kaputil/platform/registry.hpp>
+
+#include "frame/class_builder.hpp"
+
+namespace kap {
+namespace {
+
+namespace registry = platform::registry;
+
+constexpr std::array<std::pair<std::u16string_view, std::uint32_t>, 4> kRoots = {{
+    {u"HKEY_CLASSES_ROOT", 0x80000000},
+    {u"HKEY_CURRENT_USER", 0x80000001},
+    {u"HKEY_LOCAL_MACHINE", 0x80000002},
+    {u"HKEY_USERS", 0x80000003},
+}};
+
+constexpr std::array<std::pair<std::u16string_view, std::uint32_t>, 2> kTypes = {{
+    {u"REG_SZ", registry::kText},
+    {u"REG_DWORD", registry::kNumber},
+}};
+
+// The number of a name, as decimal text; any other text as it is.
+template <std::size_t Size>
+String translated(const std::array<std::pair<std::u16string_view, std::uint32_t>, Size>& names,
+                  const String& text) {
+    for (const auto& [name, number] : names) {
+        if (name == text.view()) {
+            return convert::toString(static_cast<std::int32_t>(number));
+        }
+    }
+    return text;
+}
+
+// The whole path of a key; nullopt when the handle is no root's.
+std::optional<String> pathFrom(const String& rootHandle, const String& key) {
+    auto root = registry::rootName(convert::toLong(rootHandle));
+    if (root && !key.empty()) {
+        *root += u"\\" + key;
+    }
+    return root;
+}
+
+// Clients are not told what the registry answers; the user of a damaged one finds it in the log.
+template <class Action>
+void quietly(Action action) {
+    try {
+        action();
+    } catch (const AutomationError& error) {
+        platform::showMessage(u"CRegistro", platform::MessageSeverity::Warning,
+                              error.description());
+    }
+}
+
+Variant valueOf(const registry::Value& value) {
+    if (value.type == registry::kText && !value.data.empty()) {
+        return registry::textOf(value);
+    }
+    if (value.type == registry::kNumber) {
+        // Deliberately 0 for every number: the clients' installations were made with it.
+        return std::int32_t{0};
+    }
+    return {};
+}
+
+// The value as it is stored; nullopt for a type that is not written.
+std::optional<registry::Value> stored(std::int32_t type, const String& text) {
+    switch (static_cast<std::uint32_t>(type)) {
+        case registry::kText:
+            return registry::textValue(text);
+        case registry::kNumber:
+            return registry::numberValue(convert::toLong(text));
+        default:
+            return std::nullopt;
+    }
+}
+
+}  // namespace
+
+const ClassDescription& CRegistro::classDescription() {
+    static const ClassDescription description =
+        ClassBuilder<CRegistro>(u"CRegistro", u"1312d785-c222-48a5-808f-95b7d63f149b",
+                                u"9f2fdde1-9264-4fd3-ad53-59409a82c19e")
+            .summary(u"Values of the registry.")
+            .property<&CRegistro::IClassi_Errore>(u"IClassi_Errore", u"Always the unset object.")
+            .property<&CRegistro::NomeValore, &CRegistro::setNomeValore>(
+                u"NomeValore", u"The path of the key where a call names none.")
+            .property<&CRegistro::Chiave, &CRegistro::setChiave>(
+                u"Chiave", u"The name of the value where Leggi is given none.")
+            .method<&CRegistro::Leggi>(
+                u"Leggi",
+                {u"sWhere", Parameter(u"sNomeValore").otherwise(u""),
+                 Parameter(u"sChiave").otherwise(u"")},
+                u"A value: a text, 0 for a number, Empty when there is none.")
+            .raises(u"91 for an empty root; 13 for one that is no name and no number.")
+            .method<&CRegistro::Scrivi>(
+                u"Scrivi",
+                {u"sWhere", u"sValoreDaImpostare", u"sTipo",
+                 Parameter(u"sNomeValore").otherwise(u""), Parameter(u"sChiave").otherwise(u"")},
+                u"Sets a value of a key that is there; \"Done\" in any case.")
+            .raises(
+                u"91 for an empty root or value; 13 and 6 for a root, a type or a number that is "
+                u"none.")
+            .build();
+    return description;
+}
+
+void CRegistro::setNomeValore(const Variant& value) {
+    nomeValore_ = convert::toString(value);
+}
+
+void CRegistro::setChiave(const Variant& value) {
+    chiave_ = convert::toString(value);
+}
+
+void CRegistro::failWithoutErrorObject() const {
+    throw AutomationError(errors::kObjectNotSet);
+}
+
+void CRegistro::chooseRoot(const String& where) {
+    if (where.empty()) {
+        failWithoutErrorObject();
+    }
+    root_ = translated(kRoots, where);
+}
+
+const String& CRegistro::keyPath(const String& given) const {
+    return given.empty() ? nomeValore_ : given;
+}
+
+Variant CRegistro::Leggi(const String& sWhere, ByRef<String> sNomeValore, ByRef<String> sChiave) {
+    chooseRoot(sWhere);
+    if (sNomeValore->empty()) {
+        *sNomeValore = chiave_;
+    }
+    const auto path = pathFrom(root_, keyPath(*sChiave));
+    Variant result;
+    if (path) {
+        quietly([&] {
+            if (const auto value = registry::value(*path, *sNomeValore)) {
+                result = valueOf(*value);
+            }
+        });
+    }
+    return result;
+}
+
+Variant CRegistro::Scrivi(const String& sWhere, ByRef<String> sValoreDaImpostare,
+                          ByRef<String> sTipo, ByRef<String> sNomeValore, ByRef<String> sChiave) {
+    *sTipo = translated(kTypes, *sTipo);
+    const std::int32_t type = convert::toLong(*sTipo);
+    chooseRoot(sWhere);
+    if (sValoreDaImpostare->empty()) {
+        failWithoutErrorObject();
+    }
+    const auto path = pathFrom(root_, keyPath(*sChiave));
+    const auto value = stored(type, *sValoreDaImpostare);
+    if (path && value) {
+        quietly([&] { static_cast<void>(registry::setValue(*path, *sNomeValore, *value)); });
+    }
+    return u"Done";
+}
+
+}  // namespace kap

@@ -1,0 +1,32 @@
+#include <kaputil/host/csystem.hpp>
+
+#include <kaputil/platform/folders.hpp>
+
+#include "frame/class_builder.hpp"
+#include "frame/unicode.hpp"
+#include "platform/paths.hpp"
+
+namespace kap {
+
+const ClassDescription& CSystem::classDescription() {
+    static const ClassDescription description =
+        ClassBuilder<CSystem>(u"CSystem", u"71c6409f-464e-4b9b-9829-a930eabaef1c",
+                              u"a2c17a63-37ab-4d29-9e05-faee796d2a41")
+            .summary(u"The host's system folder.")
+            .method<&CSystem::WindowsDirectory>(u"WindowsDirectory", {},
+                                                u"The Windows directory, with a \\ at the end.")
+            .build();
+    return description;
+}
+
+String CSystem::WindowsDirectory() {
+    // What the buffer of 255 characters, one of them for the end, takes.
+    constexpr std::size_t kLongest = 254;
+    const String folder = platform::pathText(platform::settingsFolder());
+    if (folder.size() > kLongest) {
+        return u"\\";
+    }
+    return String(unicode::trim(folder)) + u"\\";
+}
+
+}  // namespace kap

@@ -1,0 +1,191 @@
+#include "host/text_source/line_writer.hpp"
+
+#include <utility>
+
+#include <kaputil/ado/error_numbers.hpp>
+#include <kaputil/frame/convert.hpp>
+#include <kaputil/frame/format.hpp>
+#include <kaputil/frame/locale.hpp>
+#include <kaputil/frame/plain_text.hpp>
+
+#include "frame/code_page.hpp"
+#include "frame/unicode.hpp"
+#include "host/text_source/failure.hpp"
+#include "platform/text_encoding.hpp"
+
+namespace kap::host::text_source {
+namespace {
+
+constexpr std::u16string_view kLineEnd = u"\r\n";
+
+// A format of so many decimals.
+std::u16string fixedPattern(std::size_t digits) {
+    return digits == 0 ? u"0" : u"0." + std::u16string(digits, u'0');
+}
+
+bool standsRight(ColumnKind kind) {
+    return kind == ColumnKind::Whole || kind == ColumnKind::Real || kind == ColumnKind::Currency;
+}
+
+[[noreturn]] void refuse(std::int64_t row, const Column& column, const String& reason) {
+    failWith(ado::errors::kTruncated,
+             u"Riga " + String(plain::text(row)) + u", colonna " + column.name + u": " + reason);
+}
+
+std::string encodedWith(CodePage page, std::u16string_view text) {
+    if (auto whole = encode(page, text)) {
+        return std::move(*whole);
+    }
+    std::string bytes;
+    for (const char16_t unit : text) {
+        bytes += encode(page, std::u16string_view(&unit, 1)).value_or("?");
+    }
+    return bytes;
+}
+
+}  // namespace
+
+LineWriter::LineWriter(Schema schema) : schema_(std::move(schema)) {}
+
+// A number's text with the schema's decimal symbol in place of the user's.
+String LineWriter::numberText(const String& text) const {
+    std::u16string changed;
+    for (const char16_t unit : text.view()) {
+        if (unit == currentLocale().decimalSeparator) {
+            changed += schema_.decimalSymbol.view();
+        } else {
+            changed.push_back(unit);
+        }
+    }
+    return changed;
+}
+
+// Without a format a date that is a whole day stands alone; the hour has no zero in front.
+String LineWriter::dateText(const String& value) const {
+    const Date date = convert::toDate(value);
+    if (!schema_.dateTimeFormat.empty()) {
+        return convert::format(date, schema_.dateTimeFormat);
+    }
+    const bool wholeDay = date.days == static_cast<double>(static_cast<std::int64_t>(date.days));
+    return convert::format(date, wholeDay ? u"ddddd" : u"ddddd h:nn:ss");
+}
+
+String LineWriter::formatted(ColumnKind kind, const String& value) const {
+    switch (kind) {
+        case ColumnKind::Real:
+            if (convert::isNumeric(value)) {
+                const double number = convert::toDouble(value);
+                return numberText(schema_.numberDigits
+                                      ? convert::format(number, fixedPattern(*schema_.numberDigits))
+                                      : convert::toString(number));
+            }
+            break;
+        case ColumnKind::Currency:
+            if (convert::isNumeric(value)) {
+                const Currency amount = convert::toCurrency(value);
+                return schema_.currencySymbol +
+                       numberText(convert::format(amount, fixedPattern(schema_.currencyDigits)));
+            }
+            break;
+        case ColumnKind::Date:
+            if (convert::isDate(value)) {
+                return dateText(value);
+            }
+            break;
+        case ColumnKind::Boolean:
+            if (unicode::sameName(value, currentLocale().trueText)) {
+                return u"1";
+            }
+            if (unicode::sameName(value, currentLocale().falseText)) {
+                return u"0";
+            }
+            break;
+        case ColumnKind::Text:
+        case ColumnKind::Whole:
+            break;
+    }
+    return value;
+}
+
+void LineWriter::appendFixed(std::u16string& line, const Column& column, const String& text) const {
+    const std::size_t room = column.width.value_or(0) - text.size();
+    const std::u16string blanks(room, u' ');
+    line += standsRight(column.kind) ? blanks + text.units() : text.units() + blanks;
+}
+
+void LineWriter::appendDelimited(std::u16string& line, const Column& column,
+                                 const String& text) const {
+    if (column.kind != ColumnKind::Text || text.empty()) {
+        line += text.view();
+        return;
+    }
+    line.push_back(u'"');
+    for (const char16_t unit : text.view()) {
+        line.append(unit == u'"' ? 2 : 1, unit);
+    }
+    line.push_back(u'"');
+}
+
+std::string LineWriter::encoded(std::u16string_view text) const {
+    switch (schema_.encoding) {
+        case Encoding::Oem:
+            return encodedWith(CodePage::Dos850, text);
+        case Encoding::Ansi:
+            return encodedWith(CodePage::Windows1252, text);
+        case Encoding::Unicode:
+            return platform::utf16Bytes(text);
+        case Encoding::Utf8:
+            break;
+    }
+    return unicode::displayUtf8(text);
+}
+
+std::string LineWriter::beginning() const {
+    std::u16string text;
+    if (schema_.encoding == Encoding::Unicode) {
+        text.push_back(u'\uFEFF');
+    }
+    if (!schema_.header) {
+        return encoded(text);
+    }
+    for (std::size_t i = 0; i < schema_.columns.size(); ++i) {
+        const Column& column = schema_.columns[i];
+        if (schema_.layout == Layout::FixedLength) {
+            // A name that is longer than its column is cut: only values must be whole.
+            appendFixed(text, column,
+                        String(column.name.view().substr(0, column.width.value_or(0))));
+        } else {
+            text += i > 0 ? schema_.delimiter.view() : u"";
+            appendDelimited(text, {column.name, ColumnKind::Text, {}}, column.name);
+        }
+    }
+    text += kLineEnd;
+    return encoded(text);
+}
+
+std::string LineWriter::line(const std::vector<std::optional<String>>& values,
+                             std::int64_t row) const {
+    std::u16string text;
+    for (std::size_t i = 0; i < schema_.columns.size(); ++i) {
+        const Column& column = schema_.columns[i];
+        const String value = values[i] ? formatted(column.kind, *values[i]) : String();
+        if (schema_.layout == Layout::Delimited) {
+            text += i > 0 ? schema_.delimiter.view() : u"";
+            appendDelimited(text, column, value);
+            continue;
+        }
+        if (value.size() > column.width.value_or(0)) {
+            refuse(row, column,
+                   u"\"" + value + u"\" non sta in " +
+                       String(plain::text(column.width.value_or(0))) + u" caratteri.");
+        }
+        if (value.view().find_first_of(u"\r\n") != std::u16string_view::npos) {
+            refuse(row, column, u"il testo va a capo.");
+        }
+        appendFixed(text, column, value);
+    }
+    text += kLineEnd;
+    return encoded(text);
+}
+
+}  // namespace kap::host::text_source

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "host/text_source/schema.hpp"
+
+namespace kap::host::text_source {
+
+// Writes rows as lines of a text file, as its schema says. Values come as texts under the user's
+// locale; one that is no number or date stands as it is. Lines end in CR LF; characters that the
+// file's encoding lacks become question marks.
+class LineWriter {
+public:
+    explicit LineWriter(Schema schema);
+
+    [[nodiscard]] const Schema& schema() const noexcept { return schema_; }
+
+    // What an empty file begins with: the mark of its encoding, the names of the columns.
+    [[nodiscard]] std::string beginning() const;
+
+    // One row, its values in the order of the columns; one that is not there is blank. Raises the
+    // driver's error (-2147217833) for a value that does not fit into its column, or would break a
+    // line of fixed length; the text names `row`, counted from 1, and the column.
+    [[nodiscard]] std::string line(const std::vector<std::optional<String>>& values,
+                                   std::int64_t row) const;
+
+private:
+    [[nodiscard]] String formatted(ColumnKind kind, const String& value) const;
+    [[nodiscard]] String dateText(const String& value) const;
+    [[nodiscard]] String numberText(const String& text) const;
+    void appendFixed(std::u16string& line, const Column& column, const String& text) const;
+    void appendDelimited(std::u16string& line, const Column& column, const String& text) const;
+    [[nodiscard]] std::string encoded(std::u16string_view text) const;
+
+    Schema schema_;
+};
+
+}  // namespace kap::host::text_source

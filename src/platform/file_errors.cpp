@@ -1,0 +1,47 @@
+#include "platform/file_errors.hpp"
+
+#include <kaputil/frame/error.hpp>
+
+namespace kap::platform {
+namespace {
+
+std::int32_t numberOf(std::error_code error) {
+    if (error == std::errc::no_such_file_or_directory) {
+        return errors::kFileNotFound;
+    }
+    if (error == std::errc::not_a_directory) {
+        return errors::kPathNotFound;
+    }
+    if (error == std::errc::file_exists || error == std::errc::directory_not_empty) {
+        return errors::kFileAlreadyExists;
+    }
+    if (error == std::errc::no_space_on_device) {
+        return errors::kDiskFull;
+    }
+    if (error == std::errc::permission_denied || error == std::errc::operation_not_permitted ||
+        error == std::errc::read_only_file_system || error == std::errc::is_a_directory) {
+        return errors::kPermissionDenied;
+    }
+    if (error == std::errc::filename_too_long) {
+        return errors::kBadFileName;
+    }
+    return errors::kDeviceError;
+}
+
+}  // namespace
+
+void throwFileError(std::error_code error) {
+    throw AutomationError(numberOf(error));
+}
+
+void throwFileError(std::error_code error, const std::filesystem::path& file) {
+    std::error_code ignored;
+    const std::filesystem::path folder = file.parent_path();
+    if (error == std::errc::no_such_file_or_directory && !folder.empty() &&
+        !std::filesystem::is_directory(folder, ignored)) {
+        throw AutomationError(errors::kPathNotFound);
+    }
+    throwFileError(error);
+}
+
+}  // namespace kap::platform

@@ -1,0 +1,148 @@
+#include "platform/files/folder.hpp"
+
+#include <algorithm>
+#include <system_error>
+#include <utility>
+
+#include <kaputil/frame/error.hpp>
+
+#include "frame/class_builder.hpp"
+#include "frame/unicode.hpp"
+#include "platform/file_errors.hpp"
+#include "platform/paths.hpp"
+
+namespace kap::platform::files {
+namespace {
+
+namespace fs = std::filesystem;
+
+void checkFolder(const fs::path& folder) {
+    std::error_code ignored;
+    if (!fs::is_directory(folder, ignored)) {
+        throw AutomationError(errors::kPathNotFound);
+    }
+}
+
+}  // namespace
+
+FolderEntries::FolderEntries(fs::path folder, Kind kind)
+    : folder_(std::move(folder)), kind_(kind) {}
+
+const ClassDescription& FolderEntries::classDescription() {
+    static const ClassDescription description =
+        ClassBuilder<FolderEntries>(u"FolderEntries", u"", u"")
+            .summary(u"The files of a folder, or the folders in it.")
+            .property<&FolderEntries::Item>(u"Item", u"The one with a name.", {u"Key"})
+            .property<&FolderEntries::Count>(u"Count", u"How many there are.")
+            .build(u"Item");
+    return description;
+}
+
+std::vector<fs::path> FolderEntries::paths() const {
+    checkFolder(folder_);
+    std::vector<fs::path> found;
+    std::error_code error;
+    for (fs::directory_iterator entry(folder_, error), end; !error && entry != end;
+         entry.increment(error)) {
+        std::error_code ignored;  // of a link that leads nowhere: it is neither
+        const bool wanted =
+            kind_ == Kind::Folders ? entry->is_directory(ignored) : entry->is_regular_file(ignored);
+        if (wanted) {
+            found.push_back(entry->path());
+        }
+    }
+    checkFile(error);
+    std::ranges::sort(found);
+    return found;
+}
+
+Ref<Object> FolderEntries::object(const fs::path& path) const {
+    if (kind_ == Kind::Folders) {
+        return make<Folder>(path);
+    }
+    return make<File>(path);
+}
+
+std::int32_t FolderEntries::Count() {
+    return static_cast<std::int32_t>(paths().size());
+}
+
+Ref<Object> FolderEntries::Item(const String& key) {
+    for (const fs::path& path : paths()) {
+        if (unicode::sameName(pathText(path.filename()), key)) {
+            return object(path);
+        }
+    }
+    throw AutomationError(kind_ == Kind::Folders ? errors::kPathNotFound : errors::kFileNotFound);
+}
+
+std::vector<Variant> FolderEntries::elements() {
+    std::vector<Variant> all;
+    for (const fs::path& path : paths()) {
+        all.emplace_back(object(path));
+    }
+    return all;
+}
+
+Folder::Folder(fs::path path) : path_(std::move(path)) {}
+
+const ClassDescription& Folder::classDescription() {
+    static const ClassDescription description =
+        ClassBuilder<Folder>(u"Folder", u"", u"")
+            .summary(u"A folder.")
+            .property<&Folder::Path>(u"Path", u"Where it is.")
+            .property<&Folder::Name>(u"Name", u"Its name without the folder it is in.")
+            .property<&Folder::ParentFolder>(u"ParentFolder", u"The folder it is in.")
+            .property<&Folder::IsRootFolder>(u"IsRootFolder", u"Whether it is in no other.")
+            .property<&Folder::DateLastModified>(u"DateLastModified", u"When it was last changed.")
+            .property<&Folder::Files>(u"Files", u"Its files.")
+            .property<&Folder::SubFolders>(u"SubFolders", u"The folders in it.")
+            .method<&Folder::Delete>(u"Delete", {Parameter(u"Force").otherwise(false)},
+                                     u"Removes it with everything in it.")
+            .build(u"Path");
+    return description;
+}
+
+String Folder::Path() {
+    return pathText(path_);
+}
+
+String Folder::Name() {
+    return pathText(path_.filename());
+}
+
+Date Folder::DateLastModified() {
+    checkFolder(path_);
+    return lastModified(path_);
+}
+
+Ref<Folder> Folder::ParentFolder() {
+    return IsRootFolder() ? Ref<Folder>() : make<Folder>(path_.parent_path());
+}
+
+bool Folder::IsRootFolder() {
+    return path_ == path_.root_path();
+}
+
+Ref<FolderEntries> Folder::Files() {
+    checkFolder(path_);
+    return make<FolderEntries>(path_, FolderEntries::Kind::Files);
+}
+
+Ref<FolderEntries> Folder::SubFolders() {
+    checkFolder(path_);
+    return make<FolderEntries>(path_, FolderEntries::Kind::Folders);
+}
+
+void Folder::Delete(bool /*force*/) {
+    removeFolder(path_);
+}
+
+void removeFolder(const fs::path& folder) {
+    checkFolder(folder);
+    std::error_code error;
+    fs::remove_all(folder, error);
+    checkFile(error);
+}
+
+}  // namespace kap::platform::files

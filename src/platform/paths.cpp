@@ -1,0 +1,72 @@
+#include "platform/paths.hpp"
+
+#include <algorithm>
+#include <optional>
+#include <string>
+#include <system_error>
+
+#include <kaputil/frame/error.hpp>
+
+#include "frame/code_page.hpp"
+#include "frame/unicode.hpp"
+
+namespace kap::platform {
+namespace {
+
+namespace fs = std::filesystem;
+
+fs::path withOneSeparator(std::u16string_view path) {
+    const auto utf8 = unicode::utf8(path);
+    if (!utf8 || utf8->find('\0') != std::string::npos) {
+        throw AutomationError(errors::kBadFileName);
+    }
+    std::u8string text(utf8->begin(), utf8->end());
+    std::ranges::replace(text, u8'\\', u8'/');
+    return text;
+}
+
+bool isThere(const fs::path& path) {
+    std::error_code ignored;  // what cannot be looked at is not found
+    return fs::exists(fs::symlink_status(path, ignored));
+}
+
+// The first name in the folder's alphabetical order, so that the answer is always the same.
+std::optional<fs::path> namedAlike(const fs::path& folder, const fs::path& name) {
+    const String wanted = pathText(name);
+    std::optional<fs::path> found;
+    std::error_code error;
+    for (fs::directory_iterator entry(folder.empty() ? fs::path(".") : folder, error), end;
+         !error && entry != end; entry.increment(error)) {
+        const fs::path candidate = entry->path().filename();
+        if (unicode::sameName(pathText(candidate), wanted) && (!found || candidate < *found)) {
+            found = candidate;
+        }
+    }
+    return found;
+}
+
+}  // namespace
+
+fs::path locate(std::u16string_view path) {
+    fs::path exact = withOneSeparator(path);
+    if (isThere(exact)) {
+        return exact;
+    }
+    fs::path found = exact.root_path();
+    for (const fs::path& name : exact.relative_path()) {
+        const bool known = name.empty() || isThere(found / name);
+        found /= known ? name : namedAlike(found, name).value_or(name);
+    }
+    return found;
+}
+
+String pathText(const fs::path& path) {
+    const std::u8string text = path.u8string();
+    const std::string bytes(text.begin(), text.end());
+    if (auto utf16 = unicode::utf16(bytes)) {
+        return std::move(*utf16);
+    }
+    return decode(CodePage::Windows1252, bytes);
+}
+
+}  // namespace kap::platform

@@ -1,0 +1,147 @@
+#include "platform/whole_file.hpp"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <array>
+#include <atomic>
+
+#include <kaputil/frame/plain_text.hpp>
+
+#include "platform/file_errors.hpp"
+#include "platform/posix/descriptor.hpp"
+
+namespace kap::platform {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr mode_t kSharedMode = 0664;  // less what the user's mask takes away
+constexpr mode_t kPrivateMode = 0600;
+
+void writeAll(int descriptor, std::string_view content) {
+    while (!content.empty()) {
+        const ssize_t written = write(descriptor, content.data(), content.size());
+        if (written < 0 && errno != EINTR) {
+            throwFileError(lastError());
+        }
+        if (written > 0) {
+            content.remove_prefix(static_cast<std::size_t>(written));
+        }
+    }
+}
+
+void synchronise(int descriptor) {
+    if (fsync(descriptor) != 0) {
+        throwFileError(lastError());
+    }
+}
+
+void synchroniseFolder(const fs::path& folder) {
+    const Descriptor opened(
+        open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));  // NOLINT(*-vararg)
+    if (!opened) {
+        throwFileError(lastError());
+    }
+    synchronise(opened.get());
+}
+
+// A new file beside the one to be replaced, removed again unless it takes its place.
+class Replacement {
+public:
+    Replacement(const fs::path& file, mode_t mode) : path_(nameBeside(file)) {
+        opened_ = Descriptor(open(path_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC,
+                                  mode));  // NOLINT(*-vararg)
+        if (!opened_) {
+            throwFileError(lastError());
+        }
+    }
+    Replacement(const Replacement&) = delete;
+    Replacement& operator=(const Replacement&) = delete;
+    ~Replacement() {
+        if (!path_.empty()) {
+            unlink(path_.c_str());
+        }
+    }
+
+    [[nodiscard]] int descriptor() const noexcept { return opened_.get(); }
+
+    void takePlaceOf(const fs::path& file) {
+        if (rename(path_.c_str(), file.c_str()) != 0) {
+            throwFileError(lastError());
+        }
+        path_.clear();
+    }
+
+private:
+    static fs::path nameBeside(const fs::path& file) {
+        static std::atomic<int> number{0};
+        return file.parent_path() / ("." + file.filename().string() + "." + plain::text(getpid()) +
+                                     "-" + plain::text(++number) + ".tmp");
+    }
+
+    fs::path path_;
+    Descriptor opened_;
+};
+
+}  // namespace
+
+fs::path realFile(const fs::path& file) {
+    std::error_code error;
+    fs::path real = fs::canonical(file, error);
+    return error ? fs::absolute(file) : real;
+}
+
+std::optional<std::string> readFile(const fs::path& file) {
+    const Descriptor opened(open(file.c_str(), O_RDONLY | O_CLOEXEC));  // NOLINT(*-vararg)
+    if (!opened) {
+        if (errno == ENOENT) {
+            return std::nullopt;
+        }
+        throwFileError(lastError());
+    }
+    std::string content;
+    std::array<char, 1 << 16> buffer{};
+    for (;;) {
+        const ssize_t got = read(opened.get(), buffer.data(), buffer.size());
+        if (got == 0) {
+            return content;
+        }
+        if (got < 0 && errno != EINTR) {
+            throwFileError(lastError());
+        }
+        if (got > 0) {
+            content.append(buffer.data(), static_cast<std::size_t>(got));
+        }
+    }
+}
+
+void replaceFile(const fs::path& file, std::string_view content, FileAccess access) {
+    const fs::path real = realFile(file);
+    Replacement replacement(real, access == FileAccess::Private ? kPrivateMode : kSharedMode);
+    struct stat before {};
+    if (stat(real.c_str(), &before) == 0 &&
+        fchmod(replacement.descriptor(), before.st_mode & 07777U) != 0) {
+        throwFileError(lastError());
+    }
+    writeAll(replacement.descriptor(), content);
+    synchronise(replacement.descriptor());
+    replacement.takePlaceOf(real);
+    synchroniseFolder(real.parent_path());
+}
+
+void makePrivateFolder(const fs::path& folder) {
+    constexpr mode_t kMode = 0700;
+    std::error_code ignored;
+    if (folder.empty() || fs::is_directory(folder, ignored)) {
+        return;
+    }
+    if (folder.parent_path() != folder) {
+        makePrivateFolder(folder.parent_path());
+    }
+    if (mkdir(folder.c_str(), kMode) != 0 && errno != EEXIST) {
+        throwFileError(lastError());
+    }
+}
+
+}  // namespace kap::platform

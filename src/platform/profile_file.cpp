@@ -1,0 +1,86 @@
+#include <kaputil/platform/profile_file.hpp>
+
+#include <filesystem>
+#include <optional>
+#include <string>
+
+#include <kaputil/frame/error.hpp>
+#include <kaputil/platform/folders.hpp>
+
+#include "frame/unicode.hpp"
+#include "platform/folder_lock.hpp"
+#include "platform/paths.hpp"
+#include "platform/profile_text.hpp"
+#include "platform/whole_file.hpp"
+
+namespace kap::platform {
+namespace {
+
+namespace fs = std::filesystem;
+
+bool hasFolder(std::u16string_view file) {
+    return file.find_first_of(u"\\/:") != std::u16string_view::npos;
+}
+
+fs::path profilePath(std::u16string_view file) {
+    if (hasFolder(file)) {
+        return locate(file);
+    }
+    return locate(pathText(settingsFolder() / "").units() + std::u16string(file));
+}
+
+std::optional<std::u16string> read(std::u16string_view section, std::u16string_view key,
+                                   std::u16string_view file) {
+    if (file.empty()) {
+        return std::nullopt;
+    }
+    try {
+        return ProfileText(readFile(profilePath(file)).value_or("")).value(section, key);
+    } catch (const AutomationError&) {
+        return std::nullopt;  // a file that cannot be read has no keys
+    }
+}
+
+bool write(std::u16string_view section, std::u16string_view key, std::u16string_view value,
+           std::u16string_view file) {
+    if (file.empty()) {
+        return false;
+    }
+    if (!hasFolder(file)) {
+        makePrivateFolder(settingsFolder());
+    }
+    const fs::path path = realFile(profilePath(file));
+    const FolderLock lock(path.parent_path());
+    ProfileText text(readFile(path).value_or(""));
+    if (!text.put(section, key, value)) {
+        return false;
+    }
+    const auto bytes = text.bytes();
+    if (!bytes) {
+        return false;
+    }
+    replaceFile(path, *bytes, FileAccess::Shared);
+    return true;
+}
+
+}  // namespace
+
+String readProfile(std::u16string_view section, std::u16string_view key,
+                   std::u16string_view otherwise, std::size_t capacity, std::u16string_view file) {
+    auto text = read(section, key, file).value_or(std::u16string(unicode::trimRight(otherwise)));
+    if (text.size() >= capacity) {
+        text.resize(capacity == 0 ? 0 : capacity - 1);
+    }
+    return text;
+}
+
+bool writeProfile(std::u16string_view section, std::u16string_view key, std::u16string_view value,
+                  std::u16string_view file) {
+    try {
+        return write(section, key, value, file);
+    } catch (const AutomationError&) {
+        return false;  // callers are told by the result alone
+    }
+}
+
+}  // namespace kap::platform

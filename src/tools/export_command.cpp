@@ -1,0 +1,82 @@
+#include "tools/export_command.hpp"
+
+#include <iostream>
+
+#include <nlohmann/json.hpp>
+
+#include <kaputil/ado/connection.hpp>
+#include <kaputil/frame/error.hpp>
+#include <kaputil/host/text_export.hpp>
+#include <kaputil/platform/message_box.hpp>
+
+#include "tools/exit_codes.hpp"
+#include "tools/failure_report.hpp"
+#include "tools/progress_bar.hpp"
+#include "tools/shown_text.hpp"
+#include "tools/terminal.hpp"
+#include "tools/usage_error.hpp"
+
+namespace kap::tools {
+namespace {
+
+void report(const std::vector<Failure>& failures, bool json) {
+    for (const Failure& failure : failures) {
+        printFailure(std::cerr, failure, json);
+    }
+}
+
+void printOutcome(const ExportCommand& command, std::int64_t rows) {
+    if (command.json) {
+        const nlohmann::ordered_json outcome = {
+            {"folder", command.folder}, {"file", command.name}, {"rows", rows}};
+        std::cout << outcome.dump() << '\n';
+        return;
+    }
+    std::cout << rows << (rows == 1 ? " row written to " : " rows written to ")
+              << shownText(command.name) << '\n';
+}
+
+// The number of rows; -1 when a message says why there is no file.
+std::int64_t write(const ExportCommand& command, const Variant& connection) {
+    std::int64_t rows = 0;
+    ProgressBar bar(std::cout, Terminal::ofStandardOutput(), "rows");
+    const bool done = host::EsportaTXT(
+        String(command.query), Variant(connection), String(command.name), String(command.folder),
+        !command.keepSchema, [&](std::int64_t written, std::int64_t all) {
+            rows = written;
+            bar.show(written, all);
+        });
+    return done ? rows : -1;
+}
+
+}  // namespace
+
+int ExportCommand::run() const {
+    if (name.empty() || name.find_first_of("/\\") != std::string::npos) {
+        throw UsageError("the file's name has no folder; that is what --folder is for");
+    }
+    if (!messageLog.empty()) {
+        platform::setMessageLog(messageLog);
+    }
+    const auto database = make<ado::Connection>();
+    try {
+        database->Open(connection);
+    } catch (const AutomationError& error) {
+        report(failuresOf(*database, error), json);
+        return kNoDatabase;
+    }
+    try {
+        const std::int64_t rows = write(*this, Variant(database));
+        if (rows < 0) {
+            std::cerr << "kaputil: nothing was written; the message log says why\n";
+            return kFailed;
+        }
+        printOutcome(*this, rows);
+    } catch (const AutomationError& error) {
+        report(failuresOf(*database, error), json);
+        return kFailed;
+    }
+    return kSuccess;
+}
+
+}  // namespace kap::tools

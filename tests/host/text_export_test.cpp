@@ -1,0 +1,211 @@
+#include <kaputil/host/text_export.hpp>
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include <kaputil/ado/error_numbers.hpp>
+#include <kaputil/frame/error.hpp>
+#include <kaputil/frame/locale.hpp>
+#include <kaputil/platform/message_box.hpp>
+
+#include "host/text_source/text_driver.hpp"
+#include "support/database.hpp"
+#include "support/shown.hpp"
+#include "support/text_files.hpp"
+
+namespace kap::host {
+namespace {
+
+using test::contentOf;
+using test::raisedBy;
+
+class TextExport : public testing::Test {
+protected:
+    TextExport() {
+        platform::setMessageLog(messages_.file("messaggi.log"));
+        std::filesystem::create_directory(folder_.file("scambio"));
+    }
+    ~TextExport() override { platform::setMessageLog(std::nullopt); }
+
+    bool exportQuery(const char* query, bool newSchema = true) {
+        return EsportaTXT(String(query), connection_, u"EXPORT.TXT", path_, newSchema);
+    }
+    [[nodiscard]] std::string content() const {
+        return contentOf(folder_.file("scambio/EXPORT.TXT"));
+    }
+    [[nodiscard]] std::string schema() const {
+        return contentOf(folder_.file("scambio/SCHEMA.INI"));
+    }
+    void putSchema(const std::string& lines) const {
+        test::putFile(folder_.file("scambio/Schema.ini"), "[EXPORT.TXT]\r\n" + lines);
+    }
+    [[nodiscard]] std::string logged() const {
+        const std::string log = contentOf(messages_.file("messaggi.log"));
+        return log.substr(std::min(log.find('\t'), log.size()));
+    }
+
+    LocaleScope locale_{"it-IT"};
+    test::TemporaryFolder folder_;
+    test::TemporaryFolder messages_;
+    Variant connection_{test::openMemory()};
+    String path_ = folder_.file("scambio");
+};
+
+constexpr const char* kFixedKeys =
+    "[EXPORT.TXT]\r\nColNameHeader=False\r\nFormat=FixedLength\r\nMaxScanRows=25\r\n"
+    "CharacterSet=OEM\r\nCurrencyDigits=3\r\n";
+
+TEST_F(TextExport, DescribesEveryTypeAndWritesTheRows) {
+    EXPECT_TRUE(exportQuery(
+        "SELECT CAST('Rossi' AS varchar(10)) AS NOME, CAST('x' AS char(3)) AS SIGLA, "
+        "CAST(12 AS smallint) AS RIGA, CAST(1234 AS int) AS CODICE, CAST(2.5 AS real) AS PESO, "
+        "CAST(1.25 AS float) AS MISURA, CAST(9.5 AS money) AS PREZZO, CAST(7 AS tinyint) AS N, "
+        "CAST('2003-12-25' AS datetime) AS GIORNO"));
+    EXPECT_EQ(schema(), std::string(kFixedKeys) +
+                            "col1=NOME Char Width 10\r\ncol2=SIGLA Char Width 3\r\n"
+                            "col3=RIGA Short Width 2\r\ncol4=CODICE Integer Width 4\r\n"
+                            "col5=PESO Single Width 4\r\ncol6=MISURA Float Width 8\r\n"
+                            "col7=PREZZO Currency Width 8\r\ncol8=N Byte Width 1\r\n"
+                            "col9=GIORNO Date Width 18\r\n");
+    EXPECT_EQ(content(), "Rossi     x  121234 2,5    1,25   9,500725/12/2003        \r\n");
+}
+
+TEST_F(TextExport, PutsTheSizeOfALongTextBehindItsType) {
+    EXPECT_TRUE(exportQuery("SELECT CAST('x' AS varchar(300)) AS NOTE"));
+    EXPECT_TRUE(schema().ends_with("col1=NOTE LongChar300 Width 300\r\n")) << schema();
+    EXPECT_EQ(content(), "x" + std::string(299, ' ') + "\r\n");
+    EXPECT_TRUE(exportQuery("SELECT CAST('x' AS varchar(255)) AS NOTE"));
+    EXPECT_TRUE(schema().ends_with("col1=NOTE Char Width 255\r\n")) << schema();
+}
+
+TEST_F(TextExport, GivesTheFolderItsBackslash) {
+    EXPECT_TRUE(exportQuery("SELECT 1 AS A"));
+    EXPECT_EQ(path_, String(folder_.file("scambio") + "\\"));
+    EXPECT_TRUE(exportQuery("SELECT 1 AS A"));
+    EXPECT_EQ(path_, String(folder_.file("scambio") + "\\"));
+}
+
+TEST_F(TextExport, BeginsWithAnEmptyFile) {
+    EXPECT_TRUE(exportQuery("SELECT 1 AS A UNION ALL SELECT 2"));
+    EXPECT_TRUE(exportQuery("SELECT 3 AS A"));
+    EXPECT_EQ(content(), "   3\r\n");
+    EXPECT_TRUE(exportQuery("SELECT 3 AS A WHERE 1 = 0"));
+    EXPECT_EQ(content(), "");
+}
+
+TEST_F(TextExport, LeavesTheColumnsOfAnEarlierExportInTheSchema) {
+    EXPECT_TRUE(exportQuery("SELECT 1 AS A, 2 AS B"));
+    EXPECT_TRUE(exportQuery("SELECT 3 AS C"));
+    EXPECT_EQ(schema(),
+              std::string(kFixedKeys) + "col1=C Integer Width 4\r\ncol2=B Integer Width 4\r\n");
+    EXPECT_EQ(content(), "   3    \r\n");
+}
+
+TEST_F(TextExport, WritesTheEuroSignAloneAsEur) {
+    EXPECT_TRUE(
+        exportQuery("SELECT CAST('€' AS varchar(5)) AS A, CAST('€' AS varchar(2)) AS B, "
+                    "CAST('€' AS varchar(1)) AS C, CAST('€€' AS varchar(2)) AS D"));
+    EXPECT_EQ(content(), "EUR  EUE??\r\n");
+}
+
+TEST_F(TextExport, WritesNullLikeTheEuroSign) {
+    // Nulls of texts were replaced by the opening; whole numbers and dates keep theirs.
+    EXPECT_TRUE(
+        exportQuery("SELECT CAST(NULL AS int) AS A, CAST(NULL AS datetime) AS B, "
+                    "CAST(NULL AS varchar(3)) AS C"));
+    EXPECT_EQ(content(), " EUREUR                  \r\n");
+}
+
+TEST_F(TextExport, UsesASchemaThatIsThereAsItStands) {
+    const std::string lines =
+        "Format=Delimited(;)\r\nCharacterSet=UTF-8\r\nCol1=vuota Char\r\nCol2=nome Char\r\n";
+    putSchema(lines);
+    EXPECT_TRUE(exportQuery("SELECT 'però' AS NOME, 12 AS ALTRO", false));
+    EXPECT_EQ(contentOf(folder_.file("scambio/Schema.ini")), "[EXPORT.TXT]\r\n" + lines);
+    EXPECT_EQ(content(), "\"vuota\";\"nome\"\r\n;\"per\xC3\xB2\"\r\n");
+}
+
+TEST_F(TextExport, TellsThatTheSchemaIsMissing) {
+    EXPECT_FALSE(exportQuery("SELECT 1 AS A", false));
+    EXPECT_EQ(logged(), "\twarning\tEsportazione File di Testo\tImpossibile Trovare il File " +
+                            folder_.file("scambio") + "\\Schema.ini\n");
+    EXPECT_EQ(content(), "");
+}
+
+TEST_F(TextExport, TellsATypeThatItCannotDescribe) {
+    EXPECT_FALSE(
+        exportQuery("SELECT 1 AS A, CAST(1 AS bit) AS ATTIVO, CAST('x' AS varchar(3)) AS C"));
+    EXPECT_EQ(logged(), "\terror\ttest_host\tTipo non Previsto 11 Nel campo ATTIVO\n");
+    EXPECT_EQ(schema(), std::string(kFixedKeys) +
+                            "col1=A Integer Width 4\r\ncol2=ATTIVO Integer Width 2\r\n");
+    EXPECT_EQ(content(), "");
+}
+
+TEST_F(TextExport, NamesTheRowAndTheColumnOfAValueThatDoesNotFit) {
+    EXPECT_EQ(raisedBy([&] { return exportQuery("SELECT 1 AS CODICE UNION ALL SELECT 12345"); }),
+              ado::errors::kTruncated);
+    EXPECT_EQ(content(), "   1\r\n");
+    try {
+        exportQuery("SELECT 1 AS CODICE UNION ALL SELECT 12345");
+        FAIL();
+    } catch (const AutomationError& error) {
+        EXPECT_EQ(error.description().utf8(),
+                  "Riga 2, colonna CODICE: \"12345\" non sta in 4 caratteri.");
+    }
+}
+
+TEST_F(TextExport, PassesOnTheErrorsOfFilesAndQueries) {
+    path_ = folder_.file("manca");
+    EXPECT_EQ(raisedBy([&] { return exportQuery("SELECT 1 AS A"); }), errors::kPathNotFound);
+    path_ = folder_.file("scambio");
+    EXPECT_EQ(raisedBy([&] { return exportQuery("SELECT * FROM Inesistente"); }),
+              ado::errors::kUnknownObject);
+}
+
+TEST_F(TextExport, TellsItsProgress) {
+    std::string told;
+    EXPECT_TRUE(EsportaTXT(u"SELECT 1 AS A UNION ALL SELECT 2", connection_, u"EXPORT.TXT", path_,
+                           true, [&](std::int64_t done, std::int64_t all) {
+                               told += std::to_string(done) + "/" + std::to_string(all) + " ";
+                           }));
+    EXPECT_EQ(told, "1/2 2/2 ");
+}
+
+class TextSource : public TextExport {
+protected:
+    [[nodiscard]] Ref<ado::Connection> open() const {
+        text_source::TextDriver::offer();
+        return test::open("Driver={Microsoft Text Driver (*.txt; *.csv)};Dbq=" +
+                          folder_.file("scambio"));
+    }
+};
+
+TEST_F(TextSource, TakesRowsAndNothingElse) {
+    putSchema("Format=FixedLength\r\nColNameHeader=False\r\nCol1=A Char Width 3\r\n");
+    test::putFile(folder_.file("scambio/EXPORT.TXT"), "");
+    const auto rows = test::openLive(open(), u"select * from [export.txt] where 1=0");
+    rows->AddNew(u"A", u"x");
+    rows->Update();
+    EXPECT_EQ(content(), "x  \r\n");
+    EXPECT_EQ(raisedBy([&] {
+                  rows->Delete();
+                  return 0;
+              }),
+              ado::errors::kFeatureNotAvailable);
+    EXPECT_EQ(raisedBy([&] { return open()->Execute(u"SELECT * FROM EXPORT.TXT"); }),
+              ado::errors::kCommandText);
+    EXPECT_EQ(raisedBy([&] { return open()->BeginTrans(); }), ado::errors::kFeatureNotAvailable);
+}
+
+TEST_F(TextSource, IsAFolderThatIsThere) {
+    text_source::TextDriver::offer();
+    EXPECT_EQ(raisedBy([&] {
+                  return test::open("Driver={Microsoft Text Driver (*.txt; *.csv)};Dbq=" +
+                                    folder_.file("manca"));
+              }),
+              ado::errors::kLogin);
+}
+
+}  // namespace
+}  // namespace kap::host

@@ -1,0 +1,61 @@
+#include "platform/paths.hpp"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include <kaputil/frame/error.hpp>
+
+#include "support/shown.hpp"
+#include "support/temporary_folder.hpp"
+#include "support/text_files.hpp"
+
+namespace kap::platform {
+namespace {
+
+namespace fs = std::filesystem;
+
+class Paths : public testing::Test {
+protected:
+    Paths() {
+        fs::create_directories(folder_.file("Archivio/Clienti"));
+        test::putFile(folder_.file("Archivio/Clienti/Rossi.txt"), "x");
+    }
+    [[nodiscard]] std::string located(const std::string& below) const {
+        return locate(String(folder_.file(below))).string();
+    }
+    test::TemporaryFolder folder_;
+};
+
+TEST_F(Paths, AreSeparatedByBothSlashes) {
+    EXPECT_EQ(located("Archivio\\Clienti/Rossi.txt"), folder_.file("Archivio/Clienti/Rossi.txt"));
+}
+
+TEST_F(Paths, IgnoreTheCaseOfNamesThatAreNotThereExactly) {
+    EXPECT_EQ(located("ARCHIVIO\\clienti\\ROSSI.TXT"), folder_.file("Archivio/Clienti/Rossi.txt"));
+}
+
+TEST_F(Paths, PreferTheExactName) {
+    test::putFile(folder_.file("Archivio/Clienti/ROSSI.TXT"), "y");
+    EXPECT_EQ(located("Archivio/Clienti/ROSSI.TXT"), folder_.file("Archivio/Clienti/ROSSI.TXT"));
+}
+
+TEST_F(Paths, KeepTheNameOfWhatIsNotThere) {
+    EXPECT_EQ(located("archivio/Nuovo.txt"), folder_.file("Archivio/Nuovo.txt"));
+    EXPECT_EQ(located("manca/Nuovo.txt"), folder_.file("manca/Nuovo.txt"));
+}
+
+TEST_F(Paths, RaiseForWhatNoFileCanBeNamed) {
+    EXPECT_EQ(test::raisedBy([] { return locate(std::u16string_view(u"a\0b", 3)); }),
+              errors::kBadFileName);
+    EXPECT_EQ(test::raisedBy([] { return locate(std::u16string(1, u'\xD800')); }),
+              errors::kBadFileName);
+}
+
+TEST(PathText, ReadsBytesThatAreNoUtf8AsCodePage1252) {
+    EXPECT_EQ(pathText("citt\xC3\xA0"), u"città");
+    EXPECT_EQ(pathText("citt\xE0"), u"città");
+}
+
+}  // namespace
+}  // namespace kap::platform

@@ -1,0 +1,92 @@
+#include "platform/whole_file.hpp"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <filesystem>
+
+#include <kaputil/frame/error.hpp>
+
+#include "support/shown.hpp"
+#include "support/temporary_folder.hpp"
+#include "support/text_files.hpp"
+
+namespace kap::platform {
+namespace {
+
+namespace fs = std::filesystem;
+using test::contentOf;
+
+mode_t modeOf(const std::string& path) {
+    struct stat status {};
+    EXPECT_EQ(stat(path.c_str(), &status), 0);
+    return status.st_mode & 07777U;
+}
+
+class WholeFile : public testing::Test {
+protected:
+    test::TemporaryFolder folder_;
+    std::string file_ = folder_.file("dati");
+};
+
+TEST_F(WholeFile, IsReplacedInOneStep) {
+    test::putFile(file_, "prima");
+    replaceFile(file_, std::string("do\0po", 5), FileAccess::Shared);
+    EXPECT_EQ(readFile(file_), std::string("do\0po", 5));
+    EXPECT_EQ(std::distance(fs::directory_iterator(fs::path(file_).parent_path()), {}), 1);
+}
+
+TEST_F(WholeFile, IsMadeForTheUserAloneOrForThoseTheMaskAllows) {
+    const mode_t before = umask(022);
+    replaceFile(file_, "x", FileAccess::Private);
+    EXPECT_EQ(modeOf(file_), 0600U);
+    replaceFile(folder_.file("altri"), "x", FileAccess::Shared);
+    EXPECT_EQ(modeOf(folder_.file("altri")), 0644U);
+    umask(0);
+    replaceFile(folder_.file("tutti"), "x", FileAccess::Shared);
+    EXPECT_EQ(modeOf(folder_.file("tutti")), 0664U);
+    umask(before);
+}
+
+TEST_F(WholeFile, KeepsItsPermissions) {
+    test::putFile(file_, "x");
+    fs::permissions(file_, fs::perms::owner_read | fs::perms::group_read);
+    replaceFile(file_, "y", FileAccess::Shared);
+    EXPECT_EQ(modeOf(file_), 0440U);
+}
+
+TEST_F(WholeFile, StaysBehindItsLink) {
+    test::putFile(file_, "x");
+    fs::create_symlink(file_, folder_.file("legame"));
+    replaceFile(folder_.file("legame"), "y", FileAccess::Shared);
+    EXPECT_TRUE(fs::is_symlink(folder_.file("legame")));
+    EXPECT_EQ(contentOf(file_), "y");
+}
+
+TEST_F(WholeFile, IsNothingWhereThereIsNone) {
+    EXPECT_EQ(readFile(file_), std::nullopt);
+}
+
+TEST_F(WholeFile, RaisesTheErrorsOfFiles) {
+    EXPECT_EQ(test::raisedBy([&] {
+                  replaceFile(folder_.file("manca/dati"), "x", FileAccess::Shared);
+                  return 0;
+              }),
+              errors::kFileNotFound);
+    fs::create_directory(file_);
+    EXPECT_EQ(test::raisedBy([&] { return readFile(file_); }), errors::kPermissionDenied);
+}
+
+TEST_F(WholeFile, LeavesNothingBehindWhenItFails) {
+    fs::create_directory(file_);
+    test::putFile(folder_.file("dati/occupato"), "x");
+    EXPECT_NE(test::raisedBy([&] {
+                  replaceFile(file_, "x", FileAccess::Shared);
+                  return 0;
+              }),
+              0);
+    EXPECT_EQ(std::distance(fs::directory_iterator(fs::path(file_).parent_path()), {}), 1);
+}
+
+}  // namespace
+}  // namespace kap::platform
