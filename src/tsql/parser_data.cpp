@@ -123,8 +123,8 @@ UpdateStatement Parser::updateStatement() {
     result.output = outputClause();
     if (atKeyword("FROM")) result.from = fromClause();
     if (acceptKeyword("WHERE")) {
-        result.cursor = currentOf();
-        if (result.cursor.empty()) result.where = condition();
+        refuseKeyword("CURRENT", "WHERE CURRENT OF");
+        result.where = condition();
     }
     if (acceptKeyword("OPTION")) queryHints();
     return result;
@@ -139,19 +139,11 @@ DeleteStatement Parser::deleteStatement() {
     result.output = outputClause();
     if (atKeyword("FROM")) result.from = fromClause();
     if (acceptKeyword("WHERE")) {
-        result.cursor = currentOf();
-        if (result.cursor.empty()) result.where = condition();
+        refuseKeyword("CURRENT", "WHERE CURRENT OF");
+        result.where = condition();
     }
     if (acceptKeyword("OPTION")) queryHints();
     return result;
-}
-
-// WHERE CURRENT OF names the cursor whose row is meant.
-std::string Parser::currentOf() {
-    if (!acceptKeyword("CURRENT")) return {};
-    expectKeyword("OF");
-    acceptKeyword("GLOBAL");
-    return name();
 }
 
 }  // namespace kap::tsql

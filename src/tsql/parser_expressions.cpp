@@ -199,6 +199,10 @@ ExpressionPtr Parser::wordExpression() {
     if (atKeyword("CASE")) return caseExpression();
     if (atKeyword("CAST") && atOperator("(", 1)) return castCall();
     if (atKeyword("CONVERT")) return convertCall();
+    if (atKeyword("TRY_CAST") && atOperator("(", 1)) return tried(castCall());
+    if (atKeyword("TRY_CONVERT") && atOperator("(", 1)) return tried(convertCall());
+    if (atKeyword("IIF") && atOperator("(", 1)) return iifCall();
+    if (atKeyword("CHOOSE") && atOperator("(", 1)) return chooseCall();
     // Reserved words that are functions: they name nothing else.
     for (const char* function : {"LEFT", "RIGHT", "COALESCE", "NULLIF", "UPDATE"}) {
         if (!atKeyword(function)) continue;
@@ -311,6 +315,48 @@ ExpressionPtr Parser::caseExpression() {
     if (result.branches.empty()) unexpected();
     if (acceptKeyword("ELSE")) result.otherwise = measured(value());
     expectKeyword("END");
+    return make(std::move(result), line, below);
+}
+
+ExpressionPtr Parser::tried(ExpressionPtr cast) {
+    std::get<CastExpression>(cast->node).tries = true;
+    return cast;
+}
+
+// IIF(condition, a, b) is CASE WHEN condition THEN a ELSE b END.
+ExpressionPtr Parser::iifCall() {
+    const int line = next().line;
+    CaseExpression result;
+    expectOperator("(");
+    CaseBranch branch;
+    branch.when = condition();
+    expectOperator(",");
+    branch.then = value();
+    expectOperator(",");
+    result.otherwise = value();
+    expectOperator(")");
+    const int below = std::max({branch.when->depth, branch.then->depth, result.otherwise->depth});
+    result.branches.push_back(std::move(branch));
+    return make(std::move(result), line, below);
+}
+
+// CHOOSE(n, a, b...) is CASE n WHEN 1 THEN a WHEN 2 THEN b... END.
+ExpressionPtr Parser::chooseCall() {
+    const int line = next().line;
+    CaseExpression result;
+    expectOperator("(");
+    result.subject = value();
+    int below = result.subject->depth;
+    while (acceptOperator(",")) {
+        const auto place = static_cast<std::int64_t>(result.branches.size()) + 1;
+        CaseBranch branch;
+        branch.when = make(Literal{LiteralKind::Integer, integerText(place)}, line);
+        branch.then = value();
+        below = std::max(below, branch.then->depth);
+        result.branches.push_back(std::move(branch));
+    }
+    if (result.branches.empty()) unexpected();
+    expectOperator(")");
     return make(std::move(result), line, below);
 }
 

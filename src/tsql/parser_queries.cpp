@@ -1,6 +1,8 @@
 #include <algorithm>
 #include <utility>
 
+#include <kaputil/frame/plain_text.hpp>
+
 #include "tsql/parser_state.hpp"
 #include "tsql/server_error.hpp"
 
@@ -92,7 +94,7 @@ void Parser::queryEnding(Query& query) {
     if (atKeyword("FOR") && !atKeyword("UPDATE", 1) && !atKeyword("READ", 1)) {
         refuse("FOR " + peek(1).text);
     }
-    if (acceptKeyword("OPTION")) queryHints();
+    if (acceptKeyword("OPTION")) query.maxRecursion = queryHints();
 }
 
 void Parser::rowLimits(Query& query) {
@@ -107,17 +109,23 @@ void Parser::rowLimits(Query& query) {
     expectKeyword("ONLY");
 }
 
-// How the server is to go about a query is its own business here, too.
-void Parser::queryHints() {
+// How the server is to go about a query is its own business here, too; how deep it may recurse is
+// not.
+int Parser::queryHints() {
+    int maxRecursion = Query().maxRecursion;
     expectOperator("(");
     do {
         if (peek().kind != TokenKind::Word) unexpected();
+        if (atKeyword("MAXRECURSION")) {
+            maxRecursion = plain::readInt(peek(1).text).value_or(maxRecursion);
+        }
         while (!atOperator(",") && !atOperator(")")) {
             if (atEnd()) unexpected();
             next();
         }
     } while (acceptOperator(","));
     expectOperator(")");
+    return maxRecursion;
 }
 
 Select Parser::select() {

@@ -90,6 +90,9 @@ private:
     void collation();
     ExpressionPtr caseExpression();
     ExpressionPtr castCall();
+    static ExpressionPtr tried(ExpressionPtr cast);
+    ExpressionPtr iifCall();
+    ExpressionPtr chooseCall();
     ExpressionPtr convertCall();
     std::vector<ExpressionPtr> valueList();
 
@@ -112,7 +115,7 @@ private:
     std::vector<CommonTable> commonTables();
     void queryEnding(Query& query);
     void rowLimits(Query& query);
-    void queryHints();
+    int queryHints();
     Select select();
     TopClause topClause();
     SelectItem selectItem();
@@ -137,7 +140,6 @@ private:
     UpdateStatement updateStatement();
     Assignment assignment();
     DeleteStatement deleteStatement();
-    std::string currentOf();
     std::optional<TopClause> optionalTop();
     std::optional<OutputClause> outputClause();
     Statement::Node withStatement();

@@ -273,7 +273,8 @@ Statement::Node Parser::alterTable() {
     result.table = objectName();
     // WITH NOCHECK leaves what is there unchecked; here it must hold, as what is added later must.
     if (acceptKeyword("WITH")) {
-        if (!acceptKeyword("CHECK")) expectKeyword("NOCHECK");
+        result.withCheck = acceptKeyword("CHECK");
+        if (!result.withCheck) expectKeyword("NOCHECK");
     }
     if (alterSwitch(result)) return result;
     if (acceptKeyword("ADD")) {

@@ -77,7 +77,6 @@ struct UpdateStatement {
     std::optional<OutputClause> output;
     std::vector<TableSourcePtr> from;
     ExpressionPtr where;
-    std::string cursor;  ///< of WHERE CURRENT OF; empty when not given
 };
 
 struct DeleteStatement {
@@ -87,7 +86,6 @@ struct DeleteStatement {
     std::optional<OutputClause> output;
     std::vector<TableSourcePtr> from;
     ExpressionPtr where;
-    std::string cursor;
 };
 
 struct TruncateStatement {
@@ -167,6 +165,8 @@ struct AlterTableStatement {
     ColumnDefinition column;         ///< of AlterColumn
     std::vector<std::string> names;  ///< of the columns, constraints or triggers; empty: ALL
     bool enable = true;              ///< of Constraints and Triggers
+    bool withCheck = false;          ///< the rows that are there must hold to a constraint that is
+                                     ///< switched on again
     bool ifExists = false;
 };
 

@@ -137,6 +137,7 @@ struct CastExpression {
     ExpressionPtr value;
     TypeSpec type;
     ExpressionPtr style;  ///< null when not given
+    bool tries = false;   ///< TRY_CAST and TRY_CONVERT: null instead of an error
 };
 
 struct OrderItem {
@@ -268,8 +269,9 @@ struct Query {
     std::vector<CommonTable> commonTables;
     std::vector<QueryTerm> terms;
     std::vector<OrderItem> orderBy;
-    ExpressionPtr offset;  ///< of OFFSET n ROWS; null when not given
-    ExpressionPtr fetch;   ///< of FETCH NEXT n ROWS ONLY; null when not given
+    ExpressionPtr offset;    ///< of OFFSET n ROWS; null when not given
+    ExpressionPtr fetch;     ///< of FETCH NEXT n ROWS ONLY; null when not given
+    int maxRecursion = 100;  ///< of OPTION (MAXRECURSION n); 0 is no limit
     int line = 1;
     int depth = 1;
 };

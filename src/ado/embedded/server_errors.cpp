@@ -187,13 +187,15 @@ ServerMessage timeoutMessage() {
 
 ErrorReach reachOf(int serverNumber) {
     switch (serverNumber) {
-        // The statement could not be made sense of when its turn came.
+        // The statement could not be made sense of when its turn came, or what follows would find
+        // another table than the one that it was to make.
         case 102:
         case 156:
         case 207:
         case 208:
         case 209:
         case 1087:
+        case 2714:
         case 4104:
         case 4121:
         case 40517:

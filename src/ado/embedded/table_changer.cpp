@@ -316,15 +316,19 @@ void TableChanger::dropColumns(const Table& table, const tsql::AlterTableStateme
                                   "' does not exist in table '" + table.name + "'.",
                               line);
         }
+        const auto dependent = [&] {
+            return ServerError(4922,
+                               "ALTER TABLE DROP COLUMN " + column->name +
+                                   " failed because one or more objects access this column.",
+                               line, 16, 9);
+        };
+        if (column->defaultSql && !column->computed) throw dependent();
         try {
             run("ALTER TABLE " + tableSql(table.name, table.temporary) + " DROP COLUMN " +
                 sqlName(column->name));
         } catch (const SqliteError& error) {
             if (error.primaryCode() != SQLITE_ERROR) throw;
-            throw ServerError(4922,
-                              "ALTER TABLE DROP COLUMN " + column->name +
-                                  " failed because one or more objects access this column.",
-                              line, 16, 9);
+            throw dependent();
         }
         if (column->identity) counters_.renameIdentity(table, "");
     }
@@ -440,8 +444,9 @@ void TableChanger::switchConstraints(const Table& table, const tsql::AlterTableS
         }
         if (added.empty()) return;
         setText(table, text);
-        for (const TableText::Element& element : added)
-            checkRows(table, element, line);
+        for (const TableText::Element& element : added) {
+            if (statement.withCheck) checkRows(table, element, line);
+        }
         return;
     }
     std::vector<TableText::Element> removed;

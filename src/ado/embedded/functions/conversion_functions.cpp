@@ -6,6 +6,7 @@
 #include "ado/embedded/functions/function_support.hpp"
 #include "ado/embedded/functions/text_units.hpp"
 #include "tsql/server_error.hpp"
+#include "tsql/text.hpp"
 
 namespace kap::ado::embedded {
 
@@ -16,6 +17,15 @@ Value convertFunction(const Arguments& arguments) {
     const tsql::TypeSpec from = arguments.type(1);
     return convert(arguments.value(0, from), from, arguments.type(2), Overlength::Cut,
                    arguments.small(3));
+}
+
+// kap_try_convert(value, from, to, style): null for what cannot be converted.
+Value tryConvertFunction(const Arguments& arguments) {
+    try {
+        return convertFunction(arguments);
+    } catch (const tsql::ServerError&) {
+        return {};
+    }
 }
 
 // kap_store(value, from, to): a value on its way into a column.
@@ -55,6 +65,18 @@ Value topFunction(const Arguments& arguments) {
         throw tsql::ServerError(127, "A TOP N or FETCH rowcount value may not be negative.");
     }
     return arguments.integer(0);
+}
+
+// kap_deeper(level, most): the next level of a recursion, within its limit (0: none).
+Value deeperFunction(const Arguments& arguments) {
+    const std::int64_t level = arguments.integer(0) + 1;
+    const std::int64_t most = arguments.integer(1);
+    if (most > 0 && level > most) {
+        throw tsql::ServerError(530, "The statement terminated. The maximum recursion " +
+                                         tsql::integerText(most) +
+                                         " has been exhausted before statement completion.");
+    }
+    return level;
 }
 
 // kap_top_percent(rows, percent): so many of all rows, rounded up.
@@ -100,9 +122,11 @@ Value isDateFunction(const Arguments& arguments) {
 
 void registerConversionFunctions(Registrar& registrar) {
     registrar.scalar("kap_convert", 4, convertFunction);
+    registrar.scalar("kap_try_convert", 4, tryConvertFunction);
     registrar.scalar("kap_store", 3, storeFunction);
     registrar.scalar("kap_scale", 2, scaleFunction);
     registrar.scalar("kap_widen", 2, widenFunction);
+    registrar.scalar("kap_deeper", 2, deeperFunction);
     registrar.scalar("kap_top", 1, topFunction, OnNull::Call);
     registrar.scalar("kap_top_percent", 2, topPercentFunction, OnNull::Call);
     registrar.scalar("kap_isnumeric", 1, isNumericFunction, OnNull::Call);

@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <array>
+#include <chrono>
 
 #include "ado/embedded/functions/convert_families.hpp"
 #include "ado/embedded/functions/date_part.hpp"
@@ -17,6 +18,37 @@ namespace {
 // kap_now(): one instant for the whole statement, since SQLite computes it once.
 Value now(const Arguments& /*arguments*/) {
     return localInstant();
+}
+
+Value universalNow(const Arguments& /*arguments*/) {
+    using Days = std::chrono::duration<double, std::ratio<86400>>;
+    constexpr double kUnixEpochDay = 25569;
+    const auto since = std::chrono::system_clock::now().time_since_epoch();
+    return roundedTo(kUnixEpochDay + Days(since).count(), tsql::SqlType::DateTime);
+}
+
+// kap_eomonth(date, months)
+Value endOfMonth(const Arguments& arguments) {
+    const auto next = movedBy(DatePart::Month, arguments.integer(1) + 1, arguments.real(0));
+    if (!next) {
+        throw tsql::ServerError(517, "Adding a value to a 'date' column caused an overflow.");
+    }
+    DateParts parts = partsOf(*next);
+    parts = {parts.year, parts.month, 1, 0, 0, 0, 0};
+    return *instantOf(parts) - 1;
+}
+
+// kap_datefromparts(year, month, day)
+Value dateFromParts(const Arguments& arguments) {
+    const DateParts parts{arguments.small(0), arguments.small(1), arguments.small(2), 0, 0, 0, 0};
+    const auto instant = instantOf(parts);
+    if (!instant || !inRange(*instant, tsql::SqlType::Date)) {
+        throw tsql::ServerError(
+            289,
+            "Cannot construct data type date, some of the arguments have values which are not "
+            "valid.");
+    }
+    return *instant;
 }
 
 Value datePart(const Arguments& arguments) {
@@ -84,6 +116,9 @@ Value dateDifference(const Arguments& arguments) {
 
 void registerDateFunctions(Registrar& registrar) {
     registrar.scalar("kap_now", 0, now);
+    registrar.scalar("kap_utcnow", 0, universalNow);
+    registrar.scalar("kap_eomonth", 2, endOfMonth);
+    registrar.scalar("kap_datefromparts", 3, dateFromParts);
     registrar.scalar("kap_datepart", 2, datePart);
     registrar.scalar("kap_datename", 2, dateName);
     registrar.scalar("kap_dateadd", 4, dateAdd);

@@ -81,8 +81,34 @@ Value left(const Arguments& arguments) {
     return std::string(unitSlice(arguments.text(0), 0, size(arguments.integer(1))));
 }
 
+// kap_quotename(name, mark): the mark doubled within, and around it.
+Value quoteName(const Arguments& arguments) {
+    static constexpr std::pair<char, char> kMarks[] = {{'[', ']'}, {']', ']'}, {'(', ')'},
+                                                       {')', ')'}, {'<', '>'}, {'>', '>'},
+                                                       {'{', '}'}, {'}', '}'}};
+    const std::string_view given = arguments.text(1);
+    const char mark = given.empty() ? '[' : given.front();
+    char open = mark;
+    char close = mark;
+    for (const auto& [known, end] : kMarks) {
+        if (known != mark) continue;
+        close = end;
+        open = end == ']' ? '[' : end == ')' ? '(' : end == '>' ? '<' : '{';
+    }
+    const bool quote = mark == '\'' || mark == '"' || open != close;
+    constexpr std::size_t kLongest = 128;
+    if (!quote || unitLength(arguments.text(0)) > kLongest) return {};
+    std::string text(1, open);
+    for (const char letter : arguments.text(0)) {
+        text += letter == close ? std::string(2, close) : std::string(1, letter);
+    }
+    return text + close;
+}
+
 Value right(const Arguments& arguments) {
-    if (arguments.integer(1) < 0) invalidLength("right");
+    if (arguments.integer(1) < 0) {
+        throw tsql::ServerError(536, "Invalid length parameter passed to the right function.");
+    }
     const std::string_view text = arguments.text(0);
     const std::size_t units = unitLength(text);
     const std::size_t wanted = std::min(size(arguments.integer(1)), units);
@@ -232,6 +258,7 @@ void registerTextFunctions(Registrar& registrar) {
     registrar.scalar("kap_subbytes", 3, subbytes);
     registrar.scalar("kap_left", 2, left);
     registrar.scalar("kap_right", 2, right);
+    registrar.scalar("kap_quotename", 2, quoteName);
     registrar.scalar("kap_replace", 3, replace);
     registrar.scalar("kap_charindex", 3, charIndex);
     registrar.scalar("kap_stuff", 4, stuffFunction, OnNull::Call);

@@ -79,7 +79,8 @@ bool definesTables(const Instruction& instruction) {
 // Errors that belong to the run: a table that may be made by a procedure that is called before, and
 // constants that cannot be computed.
 bool showsLater(int serverNumber) {
-    static constexpr int kLater[] = {208, 220, 232, 295, 517, 1087, 8115, 8134, 8152};
+    static constexpr int kLater[] = {208, 220,  232,  295,  517,  544,
+                                     545, 1087, 8101, 8115, 8134, 8152};
     return std::ranges::find(kLater, serverNumber) != std::end(kLater) ||
            reachOf(serverNumber) == ErrorReach::Transaction;
 }

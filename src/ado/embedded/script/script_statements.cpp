@@ -206,6 +206,8 @@ void ScriptRunner::declareTable(Frame& frame, const tsql::CreateTableStatement& 
     const std::string& name = node.table.last();
     const std::string stored =
         name + "/" + tsql::integerText(static_cast<std::int64_t>(frame.program.serial()));
+    // Passing its declaration again, in a loop, does nothing.
+    if (std::ranges::find(frame.localTables, stored) != frame.localTables.end()) return;
     TableBuilder builder(names, stored);
     builder.add(node);
     const Translation made = builder.translation();

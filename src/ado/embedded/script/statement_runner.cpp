@@ -330,6 +330,7 @@ void StatementRunner::writeCaught(Prepared& prepared, const tsql::Statement& sta
     if (!capture.outputSql.empty()) {
         output(capture, results);
     }
+    state_.rowCount = count;
     if (firing) {
         fire(table, {table.name, capture.event, assignedColumns(statement)}, results);
     }
@@ -446,12 +447,31 @@ void StatementRunner::define(Prepared& prepared, const tsql::Statement& statemen
         bind(prepared, rows);
         rows.run();
         state_.rowCount = connection_.database().changes();
+        continueIdentity(made.created->table);
         addCount(results);
     }
     noteTables(made);
     prepared.ready = false;
     catalogue_.invalidate();
     scope.keep();
+}
+
+// A table that was filled with the identities of another one goes on from the farthest.
+void StatementRunner::continueIdentity(const Table& table) {
+    for (const Column& column : table.columns) {
+        if (!column.identity) continue;
+        PreparedStatement look(connection_.handle(),
+                               std::string("SELECT ") +
+                                   (column.identity->increment > 0 ? "max(" : "min(") +
+                                   sqlName(column.name) + ") FROM " +
+                                   (table.temporary ? "temp." : "main.") + sqlName(table.name));
+        if (look.step() && !look.isNull(0)) {
+            const std::int64_t farthest = look.integer(0);
+            look.reset();
+            counters_.noteIdentity(table.name, farthest);
+            (void)counters_.takeLastIdentity();
+        }
+    }
 }
 
 // SQLite would delete a referenced table's rows first, and with them, by their actions, the rows

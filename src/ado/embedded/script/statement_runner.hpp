@@ -116,6 +116,7 @@ private:
     void checkReferences(const Translation& translation, const tsql::Statement& statement) const;
     void checkIndexes(const Translation& translation) const;
     void noteTables(const Translation& translation);
+    void continueIdentity(const Table& table);
 
     Connection& connection_;
     SchemaCatalogue& catalogue_;

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <utility>
 
 #include "ado/embedded/translate/binder.hpp"
 #include "ado/embedded/translate/statements.hpp"
@@ -30,39 +31,79 @@ std::string Binder::commonTables(const std::vector<tsql::CommonTable>& tables, S
     return sql.empty() ? sql : sql + " ";
 }
 
+std::vector<OutputColumn> Binder::commonColumns(const tsql::CommonTable& table,
+                                                std::vector<OutputColumn> columns) {
+    if (!table.columns.empty() && table.columns.size() != columns.size()) {
+        const bool more = table.columns.size() < columns.size();
+        throw ServerError(more ? 8158 : 8159,
+                          "'" + table.name + "' has " + (more ? "more" : "fewer") +
+                              " columns than were specified in the column list.",
+                          table.query->line);
+    }
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+        if (!table.columns.empty()) columns[i].name = table.columns[i];
+        Typed& value = columns[i].value;
+        value = Typed::expression(numberedName(i), value.type, true);
+    }
+    checkOwnNames(columns, table.name, table.query->line);
+    return columns;
+}
+
+namespace {
+
+std::string definition(const std::string& name, std::size_t columns, const std::string& sql) {
+    std::string list;
+    for (std::size_t i = 0; i < columns; ++i)
+        list += (i == 0 ? "" : ", ") + numberedName(i);
+    return sqlName(name) + " (" + list + ") AS (" + sql + ")";
+}
+
+}  // namespace
+
 // A table that reads itself has the columns of its first term, so that is bound first, alone.
 std::string Binder::commonTable(const tsql::CommonTable& table, Scope* outer) {
     const std::size_t mark = commonNames_.size();
-    const auto named = [&](std::vector<OutputColumn> columns) {
-        if (!table.columns.empty() && table.columns.size() != columns.size()) {
-            const bool more = table.columns.size() < columns.size();
-            throw ServerError(more ? 8158 : 8159,
-                              "'" + table.name + "' has " + (more ? "more" : "fewer") +
-                                  " columns than were specified in the column list.",
-                              table.query->line);
-        }
-        for (std::size_t i = 0; i < columns.size(); ++i) {
-            if (!table.columns.empty()) columns[i].name = table.columns[i];
-            Typed& value = columns[i].value;
-            value = Typed::expression(numberedName(i), value.type, true);
-        }
-        checkOwnNames(columns, table.name, table.query->line);
-        return columns;
-    };
-    if (table.query->terms.size() > 1) {
-        const auto* first = std::get_if<tsql::Select>(&table.query->terms.front().node);
-        if (first != nullptr) {
-            BoundSelect anchor = term(table.query->terms.front(), {}, outer);
-            commonNames_.push_back({table.name, named(std::move(anchor.items))});
-        }
+    const bool several = table.query->terms.size() > 1 &&
+                         std::holds_alternative<tsql::Select>(table.query->terms.front().node);
+    if (several) {
+        BoundSelect anchor = term(table.query->terms.front(), {}, outer);
+        commonNames_.push_back(
+            {table.name, commonColumns(table, std::move(anchor.items)), std::string()});
     }
     BoundQuery bound = query(*table.query, outer, QueryPlace::Nested);
+    if (several && !commonNames_[mark].readAs.empty()) {
+        CommonName own = std::move(commonNames_[mark]);
+        commonNames_.resize(mark);
+        return recursiveTable(table, std::move(own), outer);
+    }
     commonNames_.resize(mark);
-    std::string list;
-    for (std::size_t i = 0; i < bound.columns.size(); ++i)
-        list += (i == 0 ? "" : ", ") + numberedName(i);
-    commonNames_.push_back({table.name, named(std::move(bound.columns))});
-    return sqlName(table.name) + " (" + list + ") AS (" + bound.sql + ")";
+    const std::size_t count = bound.columns.size();
+    commonNames_.push_back({table.name, commonColumns(table, std::move(bound.columns)), ""});
+    return definition(table.name, count, bound.sql);
+}
+
+// Each row of a table that reads itself carries its level in one more column, so that a recursion
+// without end is found out.
+std::string Binder::recursiveTable(const tsql::CommonTable& table, CommonName own, Scope* outer) {
+    const std::size_t mark = commonNames_.size();
+    commonNames_.push_back(std::move(own));
+    const std::string level = numberedName(commonNames_[mark].columns.size());
+    std::vector<BoundSelect> terms;
+    for (const tsql::QueryTerm& each : table.query->terms) {
+        commonNames_[mark].readAs.clear();
+        terms.push_back(term(each, {}, outer));
+        const std::string& readAs = commonNames_[mark].readAs;
+        const std::string sql = readAs.empty()
+                                    ? "0"
+                                    : callText("kap_deeper", sqlName(readAs) + "." + level,
+                                               tsql::integerText(maxRecursion_));
+        terms.back().items.push_back({"", Typed::expression(sql, {tsql::SqlType::BigInt}, false)});
+    }
+    std::vector<OutputColumn> columns = unify(terms, table.query->line, *this);
+    const std::size_t count = columns.size();
+    columns.pop_back();
+    commonNames_[mark] = {table.name, commonColumns(table, std::move(columns)), ""};
+    return definition(table.name, count, unionText(terms, *table.query));
 }
 
 // UPDATE and DELETE of a common table write the one table that it reads.
@@ -88,16 +129,13 @@ std::string Binder::targetTable(const tsql::CommonTable& table, Scope* outer) {
     const std::string& source = named->alias.empty() ? base->name : named->alias;
     bound.items.push_back({"", Typed::expression(sqlName(source) + "." + rowNumberName(*base),
                                                  {tsql::SqlType::BigInt}, false)});
-    std::string list;
-    for (std::size_t i = 0; i < bound.items.size(); ++i)
-        list += (i == 0 ? "" : ", ") + numberedName(i);
     for (std::size_t i = 0; i < columns.size(); ++i) {
         if (i < table.columns.size()) columns[i].name = table.columns[i];
         columns[i].value = Typed::expression(numberedName(i), columns[i].value.type, true);
     }
     commonTarget_ = {base, numberedName(columns.size())};
-    commonNames_.push_back({table.name, std::move(columns)});
-    return sqlName(table.name) + " (" + list + ") AS (" + selectText(bound) + ")";
+    commonNames_.push_back({table.name, std::move(columns), ""});
+    return definition(table.name, bound.items.size(), selectText(bound));
 }
 
 std::optional<BoundSource> Binder::targetSource(const tsql::ObjectName& target) const {
@@ -112,6 +150,10 @@ const Binder::CommonName* Binder::findCommon(const tsql::ObjectName& name) const
         std::find_if(commonNames_.rbegin(), commonNames_.rend(),
                      [&](const CommonName& common) { return sameName(common.name, name.last()); });
     return found == commonNames_.rend() ? nullptr : &*found;
+}
+
+Binder::CommonName* Binder::findCommon(const tsql::ObjectName& name) {
+    return const_cast<CommonName*>(std::as_const(*this).findCommon(name));
 }
 
 }  // namespace kap::ado::embedded

@@ -207,7 +207,9 @@ Typed Binder::node(const Predicate& /*node*/, int line, Scope& /*scope*/) {
 }
 
 Typed Binder::node(const tsql::CastExpression& node, int line, Scope& scope) {
-    const Typed operand = value(*node.value, scope);
+    Typed operand = value(*node.value, scope);
+    // Tried when the statement runs, also for a constant.
+    if (node.tries) operand.constant.reset();
     int style = 0;
     if (node.style) {
         const Typed bound = convertTo(value(*node.style, scope), {SqlType::Int}, line);
@@ -216,7 +218,13 @@ Typed Binder::node(const tsql::CastExpression& node, int line, Scope& scope) {
         if (bound.nullLiteral) return castTo(Typed::null(), node.type, 0, line);
         style = static_cast<int>(std::get<std::int64_t>(*bound.constant));
     }
-    return castTo(operand, node.type, style, line);
+    Typed result = castTo(operand, node.type, style, line);
+    constexpr std::string_view kConvert = "kap_convert(";
+    if (node.tries && result.sql.starts_with(kConvert)) {
+        result.sql.replace(0, kConvert.size(), "kap_try_convert(");
+        result.nullable = true;
+    }
+    return result;
 }
 
 Typed Binder::node(const tsql::ScalarSubquery& node, int line, Scope& scope) {

@@ -38,6 +38,7 @@ BoundQuery Binder::query(const tsql::Query& query, Scope* outer, QueryPlace plac
             "Subqueries are not allowed in this context. Only scalar expressions are allowed.",
             query.line, 15);
     }
+    if (!query.commonTables.empty()) limitRecursion(query.maxRecursion);
     const std::string with = commonTables(query.commonTables, outer);
     BoundQuery bound = body(query, outer, place);
     bound.sql = with + bound.sql + rowLimits(query, outer);

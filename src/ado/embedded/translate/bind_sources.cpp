@@ -127,8 +127,9 @@ Source Binder::ownColumns(const Table& table) {
 }
 
 BoundSource Binder::namedTable(const tsql::NamedTable& named) {
-    if (const CommonName* common = findCommon(named.name)) {
-        return commonSource(*common, named.alias.empty() ? named.name.last() : named.alias);
+    if (CommonName* common = findCommon(named.name)) {
+        common->readAs = named.alias.empty() ? named.name.last() : named.alias;
+        return commonSource(*common, common->readAs);
     }
     if (findTable(named.name, names_) == nullptr) {
         if (auto view = viewSource(named)) return std::move(*view);

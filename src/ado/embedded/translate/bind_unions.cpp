@@ -28,14 +28,23 @@ const char* operatorText(SetOperator op) {
 BoundQuery Binder::unionQuery(const tsql::Query& query, const std::vector<tsql::OrderItem>& orderBy,
                               Scope* outer) {
     std::vector<BoundSelect> terms;
-    for (const tsql::QueryTerm& each : query.terms) {
+    for (const tsql::QueryTerm& each : query.terms)
         terms.push_back(term(each, {}, outer));
-        if (terms.back().items.size() == terms.front().items.size()) continue;
+    std::vector<OutputColumn> columns = unify(terms, query.line, *this);
+    std::string sql = unionText(terms, query) + unionOrderText(orderBy, columns);
+    return {std::move(sql), std::move(columns)};
+}
+
+// Brings the columns of all terms to common types; they have the names of the first term's.
+std::vector<OutputColumn> Binder::unify(std::vector<BoundSelect>& terms, int line,
+                                        const Binder& binder) {
+    for (const BoundSelect& each : terms) {
+        if (each.items.size() == terms.front().items.size()) continue;
         throw ServerError(
             205,
             "All queries combined using a UNION, INTERSECT or EXCEPT operator must have an equal "
             "number of expressions in their target lists.",
-            query.line);
+            line);
     }
     std::vector<OutputColumn> columns;
     for (std::size_t i = 0; i < terms.front().items.size(); ++i) {
@@ -47,14 +56,13 @@ BoundQuery Binder::unionQuery(const tsql::Query& query, const std::vector<tsql::
         bool nullable = false;
         for (BoundSelect& each : terms) {
             Typed& value = each.items[i].value;
-            value = convertTo(value, type, query.line);
+            value = binder.convertTo(value, type, line);
             nullable = nullable || value.nullable;
         }
         columns.push_back(
             {terms.front().items[i].name, Typed::expression(numberedName(i), type, nullable)});
     }
-    std::string sql = unionText(terms, query) + unionOrderText(orderBy, columns);
-    return {std::move(sql), std::move(columns)};
+    return columns;
 }
 
 std::string Binder::unionText(std::vector<BoundSelect>& terms, const tsql::Query& query) {

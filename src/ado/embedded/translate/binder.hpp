@@ -95,6 +95,8 @@ public:
     /// numbers of the rows of the table behind it.
     [[nodiscard]] std::string commonTables(const std::vector<tsql::CommonTable>& tables,
                                            Scope* outer, const tsql::ObjectName* target = nullptr);
+    /// How often a common table may read itself; 0: no limit.
+    void limitRecursion(int levels) { maxRecursion_ = levels; }
     /// The table behind that common table, and the column that holds the numbers of its rows.
     struct CommonTarget {
         const Table* table = nullptr;
@@ -182,10 +184,18 @@ private:
     struct CommonName {
         std::string name;
         std::vector<OutputColumn> columns;
+        /// Of a table that reads itself, while it is being bound: the name under which the term at
+        /// hand reads it.
+        std::string readAs;
     };
     [[nodiscard]] std::string commonTable(const tsql::CommonTable& table, Scope* outer);
+    [[nodiscard]] std::string recursiveTable(const tsql::CommonTable& table, CommonName own,
+                                             Scope* outer);
+    [[nodiscard]] std::vector<OutputColumn> commonColumns(const tsql::CommonTable& table,
+                                                          std::vector<OutputColumn> columns);
     [[nodiscard]] std::string targetTable(const tsql::CommonTable& table, Scope* outer);
     [[nodiscard]] const CommonName* findCommon(const tsql::ObjectName& name) const;
+    [[nodiscard]] CommonName* findCommon(const tsql::ObjectName& name);
 
     // bind_queries.cpp
     [[nodiscard]] BoundQuery body(const tsql::Query& query, Scope* outer, QueryPlace place);
@@ -197,6 +207,8 @@ private:
                                    const std::vector<tsql::OrderItem>& orderBy, Scope* outer);
     [[nodiscard]] BoundQuery unionQuery(const tsql::Query& query,
                                         const std::vector<tsql::OrderItem>& orderBy, Scope* outer);
+    [[nodiscard]] static std::vector<OutputColumn> unify(std::vector<BoundSelect>& terms, int line,
+                                                         const Binder& binder);
     [[nodiscard]] static std::string unionText(std::vector<BoundSelect>& terms,
                                                const tsql::Query& query);
     [[nodiscard]] static std::string selectText(const BoundSelect& select);
@@ -232,6 +244,7 @@ private:
     const Names& names_;
     std::vector<CommonName> commonNames_;
     CommonTarget commonTarget_;
+    int maxRecursion_ = 100;
     std::vector<const View*> openViews_;  // being read, to refuse one that reads itself
     std::vector<int> usedVariables_;
     mutable bool readsSchema_ = false;

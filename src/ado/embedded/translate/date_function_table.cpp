@@ -74,6 +74,23 @@ Typed now(ScalarCall& /*call*/) {
     return Typed::expression("kap_now()", {SqlType::DateTime}, false);
 }
 
+Typed universalNow(ScalarCall& /*call*/) {
+    return Typed::expression("kap_utcnow()", {SqlType::DateTime}, false);
+}
+
+// EOMONTH(date [, months]): the last day of the month so many months on.
+Typed endOfMonth(ScalarCall& call) {
+    const std::string months = call.arguments.size() > 1 ? call.integer(1) : "0";
+    return Typed::expression(callText("kap_eomonth", call.instant(0).sql, months), {SqlType::Date},
+                             call.anyNullable());
+}
+
+Typed dateFromParts(ScalarCall& call) {
+    return Typed::expression(
+        callText("kap_datefromparts", call.integer(0), call.integer(1), call.integer(2)),
+        {SqlType::Date}, call.anyNullable());
+}
+
 Typed isDate(ScalarCall& call) {
     if (tsql::isDate(call[0].type.type)) {
         return Typed::expression("(" + call[0].sql + " IS NOT NULL)", {SqlType::Int}, false);
@@ -83,6 +100,9 @@ Typed isDate(ScalarCall& call) {
 
 constexpr std::array kFunctions = std::to_array<ScalarFunction>({
     {"getdate", 0, 0, now},
+    {"getutcdate", 0, 0, universalNow},
+    {"eomonth", 1, 2, endOfMonth},
+    {"datefromparts", 3, 3, dateFromParts},
     {"year", 1, 1, year},
     {"month", 1, 1, month},
     {"day", 1, 1, day},

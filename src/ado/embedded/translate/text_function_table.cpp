@@ -196,6 +196,30 @@ Typed firstUnit(ScalarCall& call) {
     return value;
 }
 
+// CONCAT(a, b...): everything as text, and null as no text.
+Typed concatenated(ScalarCall& call) {
+    std::string sql;
+    TypeSpec type{SqlType::VarChar, 0};
+    for (std::size_t i = 0; i < call.arguments.size(); ++i) {
+        const TypeSpec own = call.textType(i);
+        sql += (sql.empty() ? "ifnull(" : " || ifnull(") + call.text(i) + ", '')";
+        if (tsql::isNational(own.type)) type.type = SqlType::NVarChar;
+        const bool fits = own.length > 0 && type.length >= 0;
+        type.length = fits ? type.length + own.length : tsql::kMaxLength;
+    }
+    if (type.length > longest(type)) type.length = longest(type);
+    return Typed::expression("(" + sql + ")", type, false);
+}
+
+Typed quoteName(ScalarCall& call) {
+    constexpr int kQuoted = 258;
+    const std::string mark = call.arguments.size() > 1 ? call.text(1) : "'['";
+    Typed value =
+        result(call, callText("kap_quotename", call.text(0), mark), {SqlType::NVarChar, kQuoted});
+    value.nullable = true;
+    return value;
+}
+
 constexpr std::array kFunctions = std::to_array<ScalarFunction>({
     {"upper", 1, 1, sameText<kUpper>},
     {"lower", 1, 1, sameText<kLower>},
@@ -219,6 +243,8 @@ constexpr std::array kFunctions = std::to_array<ScalarFunction>({
     {"nchar", 1, 1, nationalCharacter},
     {"ascii", 1, 1, firstUnit},
     {"unicode", 1, 1, firstUnit},
+    {"concat", 2, -1, concatenated},
+    {"quotename", 1, 2, quoteName},
 });
 
 }  // namespace
