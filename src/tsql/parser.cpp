@@ -150,6 +150,13 @@ std::string Parser::variable() {
     return next().text;
 }
 
+std::string Parser::parameterMark() {
+    const std::string name = "?" + peek().text;
+    checkDeclared({TokenKind::Variable, name, peek().line});
+    next();
+    return name;
+}
+
 std::string Parser::newVariable() {
     if (peek().kind != TokenKind::Variable) unexpected();
     declared_.push_back(peek().text);

@@ -17,6 +17,13 @@ ExecuteStatement Parser::executeStatement() {
         return result;
     }
     refuseKeyword("AS", "EXECUTE AS");
+    if (peek().kind == TokenKind::Parameter) {
+        std::string mark = parameterMark();
+        expectOperator("=");
+        result = procedureCall();
+        result.resultVariable = std::move(mark);
+        return result;
+    }
     if (peek().kind != TokenKind::Variable) return procedureCall();
     const std::string name = variable();
     if (acceptOperator("=")) {

@@ -159,9 +159,8 @@ ExpressionPtr Parser::primary(Place place) {
             return make(VariableReference{variable.text}, variable.line);
         }
         case TokenKind::Parameter: {
-            const Token& mark = next();
-            checkDeclared({TokenKind::Variable, "?" + mark.text, mark.line});
-            return make(VariableReference{"?" + mark.text}, mark.line);
+            const int line = peek().line;
+            return make(VariableReference{parameterMark()}, line);
         }
         case TokenKind::QuotedName:
             return nameOrCall();

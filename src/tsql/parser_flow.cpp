@@ -120,7 +120,7 @@ Script Parser::statementsUntilEnd() {
         }
         if (atKeyword("END")) return result;
         if (atEnd()) unexpected();
-        result.push_back(statement());
+        result.push_back(statementOfSeveral());
     }
 }
 

@@ -20,7 +20,20 @@ Script Parser::script() {
     while (!atEnd()) {
         while (acceptOperator(";")) {
         }
-        if (!atEnd()) result.push_back(statement());
+        if (!atEnd()) result.push_back(statementOfSeveral());
+    }
+    return result;
+}
+
+// WITH begins a statement only behind a semicolon, as it may also belong to the one before.
+Statement Parser::statementOfSeveral() {
+    Statement result = statement();
+    if (atKeyword("WITH")) {
+        throw ServerError(319,
+                          "Incorrect syntax near the keyword 'with'. If this statement is a common "
+                          "table expression, an xmlnamespaces clause or a change tracking context "
+                          "clause, the previous statement must be terminated with a semicolon.",
+                          peek().line, 15);
     }
     return result;
 }

@@ -61,6 +61,7 @@ private:
     ObjectName objectName();
     ObjectName tableName();
     std::string variable();
+    std::string parameterMark();  // the name of the variable that holds its value
     std::string newVariable();
     void checkDeclared(const Token& variable) const;
     // What was written from that token on, up to the last one read.
@@ -232,6 +233,7 @@ private:
     // Scripts.
     [[nodiscard]] bool atStatement() const;
     Statement statement();
+    Statement statementOfSeveral();
     std::optional<Statement::Node> dataStatement();
     std::optional<Statement::Node> flowStatement();
     std::optional<Statement::Node> databaseWideStatement();

@@ -203,16 +203,20 @@ struct ParameterDefinition {
 
 enum class ModuleKind { Procedure, Function, Trigger };
 
-enum TriggerEvent : std::uint8_t { kOnInsert = 1, kOnUpdate = 2, kOnDelete = 4 };
+/// What a trigger is fired by, as bits.
+using TriggerEvents = std::uint8_t;
+inline constexpr TriggerEvents kOnInsert = 1;
+inline constexpr TriggerEvents kOnUpdate = 2;
+inline constexpr TriggerEvents kOnDelete = 4;
 
 /// A stored procedure, a scalar function or a trigger.
 struct CreateModuleStatement {
     ModuleKind kind = ModuleKind::Procedure;
     ObjectName name;
     std::vector<ParameterDefinition> parameters;
-    TypeSpec returns;         ///< of a function
-    ObjectName table;         ///< of a trigger
-    std::uint8_t events = 0;  ///< of a trigger
+    TypeSpec returns;          ///< of a function
+    ObjectName table;          ///< of a trigger
+    TriggerEvents events = 0;  ///< of a trigger
     std::shared_ptr<Script> body;
     std::string text;
     bool replace = false;

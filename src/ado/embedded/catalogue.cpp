@@ -2,7 +2,9 @@
 
 #include <algorithm>
 
+#include "ado/embedded/counters.hpp"
 #include "ado/embedded/functions/text_units.hpp"
+#include "ado/embedded/stored_objects.hpp"
 #include "tsql/text.hpp"
 
 namespace kap::ado::embedded {
@@ -15,6 +17,12 @@ const Column* Table::find(std::string_view column) const {
 
 bool sameName(std::string_view left, std::string_view right) {
     return tsql::equalsIgnoringCase(left, right) || foldedUnits(left) == foldedUnits(right);
+}
+
+bool isKeptByTheFile(std::string_view name) {
+    return tsql::equalsIgnoringCase(name, kCountersTable) ||
+           tsql::equalsIgnoringCase(name, kObjectsTable) ||
+           tsql::asciiLower(name).starts_with("sqlite_");
 }
 
 }  // namespace kap::ado::embedded

@@ -43,7 +43,7 @@ struct Table {
     std::string name;
     bool temporary = false;  ///< lives in SQLite's "temp" schema; its name starts with #
     std::vector<Column> columns;
-    /// The events (TriggerEvent) for which the table has triggers.
+    /// The events (TriggerEvents) for which the table has triggers.
     std::uint8_t triggerEvents = 0;
 
     /// The column of that name (case ignored), or null.
@@ -103,5 +103,8 @@ public:
 
 /// Whether two names of the database are the same: letter case is ignored in every language.
 [[nodiscard]] bool sameName(std::string_view left, std::string_view right);
+
+/// Whether the name belongs to a table that the file needs for itself; no object can have it.
+[[nodiscard]] bool isKeptByTheFile(std::string_view name);
 
 }  // namespace kap::ado::embedded

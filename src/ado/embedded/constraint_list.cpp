@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 #include "ado/embedded/functions/value.hpp"
@@ -141,11 +142,38 @@ std::vector<IndexInfo> SchemaCatalogue::indexes() const {
         info.name = own ? stored.substr(info.table.size() + 1) : stored;
         if (own && info.name.ends_with(" (nulls)")) continue;
         PreparedStatement columns(database_.handle(),
-                                  "SELECT name FROM pragma_index_info(?1, 'main') ORDER BY seqno");
+                                  "SELECT name, \"desc\" FROM pragma_index_xinfo(?1, 'main') "
+                                  "WHERE \"key\" ORDER BY seqno");
         columns.bind(1, std::string_view(stored));
-        while (columns.step())
+        while (columns.step()) {
             info.columns.push_back(columns.text(0));
+            info.descending.push_back(columns.integer(1) != 0);
+        }
         result.push_back(std::move(info));
+    }
+    return result;
+}
+
+std::vector<IndexInfo> SchemaCatalogue::keysAndIndexes() const {
+    const std::vector<ConstraintInfo> keys = constraints();
+    const std::vector<IndexInfo> made = indexes();
+    std::vector<IndexInfo> result;
+    for (const Table* table : tables()) {
+        const auto servesKey = [&](const IndexInfo& index) {
+            return std::ranges::any_of(keys, [&](const ConstraintInfo& key) {
+                return sameName(key.table, index.table) && sameName(key.name, index.name);
+            });
+        };
+        for (const ConstraintInfo& key : keys) {
+            const std::string_view type = key.type;
+            if ((type == "PK" || type == "UQ") && sameName(key.table, table->name)) {
+                result.push_back({key.name, table->name, true, type, key.columns,
+                                  std::vector<bool>(key.columns.size())});
+            }
+        }
+        std::ranges::copy_if(made, std::back_inserter(result), [&](const IndexInfo& index) {
+            return sameName(index.table, table->name) && !servesKey(index);
+        });
     }
     return result;
 }

@@ -77,7 +77,7 @@ const char* verbOf(RowChange::Kind kind) {
     }
 }
 
-tsql::TriggerEvent eventOf(RowChange::Kind kind) {
+tsql::TriggerEvents eventOf(RowChange::Kind kind) {
     switch (kind) {
         case RowChange::Kind::Insert:
             return tsql::kOnInsert;

@@ -145,9 +145,8 @@ void SchemaCatalogue::readNames(const char* sql, bool temporary) const {
     PreparedStatement names(database_.handle(), sql);
     while (names.step()) {
         std::string name = names.text(0);
-        const bool own = name == kCountersTable || name == kObjectsTable ||
-                         name.starts_with("kap inserted ") || name.starts_with("kap deleted ");
-        if (!own && !name.starts_with("sqlite_")) {
+        const bool captured = name.starts_with("kap inserted ") || name.starts_with("kap deleted ");
+        if (!captured && !isKeptByTheFile(name)) {
             std::string key = folded(name);
             tables_.insert_or_assign(std::move(key), Entry{std::move(name), temporary, nullptr});
         }

@@ -48,7 +48,9 @@ struct IndexInfo {
     std::string name;
     std::string table;
     bool unique = false;
+    std::string_view key;  // "PK" or "UQ" when it serves a key
     std::vector<std::string> columns;
+    std::vector<bool> descending;  // of each column
 };
 
 class SchemaCatalogue : public Catalogue {
@@ -79,6 +81,8 @@ public:
     [[nodiscard]] std::vector<ConstraintInfo> constraints() const;
     // The indexes that were made by CREATE INDEX.
     [[nodiscard]] std::vector<IndexInfo> indexes() const;
+    // Those and the ones that serve keys, table by table.
+    [[nodiscard]] std::vector<IndexInfo> keysAndIndexes() const;
 
     // Where those things are kept; whoever changes them calls invalidate() then.
     [[nodiscard]] StoredObjects& stored() noexcept { return stored_; }

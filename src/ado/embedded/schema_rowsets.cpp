@@ -7,33 +7,13 @@
 
 #include "ado/embedded/column_info.hpp"
 #include "ado/embedded/functions/value.hpp"
-#include "ado/embedded/key_names.hpp"
 #include "ado/schema_rows.hpp"
+#include "tsql/text.hpp"
 
 namespace kap::ado::embedded {
 namespace {
 
 constexpr const char* kOwner = "dbo";
-
-struct StoredTable {
-    std::string name;
-    bool view = false;
-    std::string sql;  // that made it
-};
-
-std::vector<StoredTable> tablesOf(Database& database) {
-    std::vector<StoredTable> tables;
-    PreparedStatement rows(database.handle(),
-                           "SELECT name, type, sql FROM main.sqlite_schema "
-                           "WHERE type IN ('table', 'view') ORDER BY name COLLATE NOCASE");
-    while (rows.step()) {
-        StoredTable table{rows.text(0), rows.text(1) == "view", rows.text(2)};
-        if (table.name != kCountersTable && !table.name.starts_with("sqlite_")) {
-            tables.push_back(std::move(table));
-        }
-    }
-    return tables;
-}
 
 CellValue whole(std::int64_t value) {
     return value;
@@ -96,23 +76,28 @@ void addSizes(std::vector<SchemaRows::Cell>& cells, const tsql::TypeSpec& type,
     }
 }
 
-void addTables(SchemaRows& rows, Database& database) {
-    for (const StoredTable& table : tablesOf(database)) {
-        rows.add({{"TABLE_SCHEMA", kOwner},
-                  {"TABLE_NAME", table.name},
-                  {"TABLE_TYPE", table.view ? "VIEW" : "TABLE"}});
+void addTables(SchemaRows& rows, const SchemaCatalogue& catalogue) {
+    std::vector<std::pair<std::string, const char*>> found;
+    for (const Table* table : catalogue.tables()) {
+        found.emplace_back(table->name, "TABLE");
+    }
+    for (const StoredObject& object : catalogue.objects()) {
+        if (object.kind == StoredKind::View) found.emplace_back(object.name, "VIEW");
+    }
+    std::ranges::sort(found, {}, [](const auto& each) { return tsql::asciiLower(each.first); });
+    for (const auto& [name, type] : found) {
+        rows.add({{"TABLE_SCHEMA", kOwner}, {"TABLE_NAME", name}, {"TABLE_TYPE", type}});
     }
 }
 
-void addColumns(SchemaRows& rows, Database& database, const SchemaCatalogue& catalogue) {
-    for (const StoredTable& stored : tablesOf(database)) {
-        const Table* table = catalogue.find(stored.name);
+void addColumns(SchemaRows& rows, const SchemaCatalogue& catalogue) {
+    for (const Table* table : catalogue.tables()) {
         std::int64_t ordinal = 0;
         for (const Column& column : table->columns) {
             const ColumnInfo info = typeInfo(column.type);
             std::vector<SchemaRows::Cell> cells = {
                 {"TABLE_SCHEMA", kOwner},
-                {"TABLE_NAME", stored.name},
+                {"TABLE_NAME", table->name},
                 {"COLUMN_NAME", column.name},
                 {"ORDINAL_POSITION", whole(++ordinal)},
                 {"COLUMN_HASDEFAULT", boolean(column.defaultSql.has_value())},
@@ -137,95 +122,50 @@ std::vector<const Column*> keyOf(const Table& table) {
     return key;
 }
 
-void addPrimaryKeys(SchemaRows& rows, Database& database, const SchemaCatalogue& catalogue) {
-    for (const StoredTable& stored : tablesOf(database)) {
-        const std::vector<const Column*> key = keyOf(*catalogue.find(stored.name));
-        std::vector<std::string> names;
-        names.reserve(key.size());
-        for (const Column* column : key) {
-            names.push_back(column->name);
+// Files of other programs have keys without a name.
+std::string primaryKeyName(const std::vector<ConstraintInfo>& constraints, const Table& table) {
+    for (const ConstraintInfo& each : constraints) {
+        if (std::string_view(each.type) == "PK" && sameName(each.table, table.name)) {
+            return each.name;
         }
-        const std::string keyNamed = keyName(stored.sql, names);
-        for (std::size_t i = 0; i < names.size(); ++i) {
+    }
+    return {};
+}
+
+void addPrimaryKeys(SchemaRows& rows, const SchemaCatalogue& catalogue) {
+    const std::vector<ConstraintInfo> constraints = catalogue.constraints();
+    for (const Table* table : catalogue.tables()) {
+        const std::string name = primaryKeyName(constraints, *table);
+        std::int64_t ordinal = 0;
+        for (const Column* column : keyOf(*table)) {
             rows.add({{"TABLE_SCHEMA", kOwner},
-                      {"TABLE_NAME", stored.name},
-                      {"COLUMN_NAME", names[i]},
-                      {"ORDINAL", whole(static_cast<std::int64_t>(i) + 1)},
-                      {"PK_NAME", textOrNull(keyNamed)}});
+                      {"TABLE_NAME", table->name},
+                      {"COLUMN_NAME", column->name},
+                      {"ORDINAL", whole(++ordinal)},
+                      {"PK_NAME", textOrNull(name)}});
         }
     }
 }
 
-struct StoredIndex {
-    std::string name;
-    bool unique = false;
-    bool primaryKey = false;
-    std::vector<std::pair<std::string, bool>> columns;  // name, descending
-};
-
-void readColumns(Database& database, StoredIndex& index) {
-    enum XInfo { Sequence, Ordinal, Name, Descending, Collation, Key };
-    PreparedStatement rows(database.handle(),
-                           "PRAGMA main.index_xinfo(" + sqlName(index.name) + ")");
-    while (rows.step()) {
-        if (rows.integer(XInfo::Key) != 0) {
-            index.columns.emplace_back(rows.text(XInfo::Name),
-                                       rows.integer(XInfo::Descending) != 0);
-        }
-    }
-}
-
-std::vector<StoredIndex> indexesOf(Database& database, const std::string& table) {
-    enum List { Sequence, Name, Unique, Origin };
-    std::vector<StoredIndex> indexes;
-    PreparedStatement rows(database.handle(), "PRAGMA main.index_list(" + sqlName(table) + ")");
-    while (rows.step()) {
-        StoredIndex index;
-        index.name = rows.text(List::Name);
-        index.unique = rows.integer(List::Unique) != 0;
-        index.primaryKey = rows.text(List::Origin) == "pk";
-        indexes.push_back(std::move(index));
-    }
-    for (StoredIndex& index : indexes) {
-        readColumns(database, index);
-    }
-    return indexes;
-}
-
-// An index that SQLite makes for a key goes by the key's name.
-std::string publishedName(const StoredIndex& index, const StoredTable& table) {
-    std::vector<std::string> columns;
-    columns.reserve(index.columns.size());
-    for (const auto& [name, descending] : index.columns) {
-        columns.push_back(name);
-    }
-    const std::string key = index.unique ? keyName(table.sql, columns) : std::string();
-    return index.name.starts_with("sqlite_") && !key.empty() ? key : index.name;
-}
-
-void addIndexes(SchemaRows& rows, Database& database) {
+void addIndexes(SchemaRows& rows, const SchemaCatalogue& catalogue) {
     constexpr std::int64_t kTree = 1;
     constexpr std::int64_t kAscending = 1;
     constexpr std::int64_t kDescending = 2;
-    for (const StoredTable& table : tablesOf(database)) {
-        for (const StoredIndex& index : indexesOf(database, table.name)) {
-            const std::string name = publishedName(index, table);
-            std::int64_t ordinal = 0;
-            for (const auto& [column, descending] : index.columns) {
-                rows.add({{"TABLE_SCHEMA", kOwner},
-                          {"TABLE_NAME", table.name},
-                          {"INDEX_SCHEMA", kOwner},
-                          {"INDEX_NAME", name},
-                          {"PRIMARY_KEY", boolean(index.primaryKey)},
-                          {"UNIQUE", boolean(index.unique)},
-                          {"CLUSTERED", boolean(false)},
-                          {"TYPE", whole(kTree)},
-                          {"AUTO_UPDATE", boolean(true)},
-                          {"ORDINAL_POSITION", whole(++ordinal)},
-                          {"COLUMN_NAME", column},
-                          {"COLLATION", whole(descending ? kDescending : kAscending)},
-                          {"INTEGRATED", boolean(false)}});
-            }
+    for (const IndexInfo& index : catalogue.keysAndIndexes()) {
+        for (std::size_t i = 0; i < index.columns.size(); ++i) {
+            rows.add({{"TABLE_SCHEMA", kOwner},
+                      {"TABLE_NAME", index.table},
+                      {"INDEX_SCHEMA", kOwner},
+                      {"INDEX_NAME", index.name},
+                      {"PRIMARY_KEY", boolean(index.key == "PK")},
+                      {"UNIQUE", boolean(index.unique)},
+                      {"CLUSTERED", boolean(false)},
+                      {"TYPE", whole(kTree)},
+                      {"AUTO_UPDATE", boolean(true)},
+                      {"ORDINAL_POSITION", whole(static_cast<std::int64_t>(i) + 1)},
+                      {"COLUMN_NAME", index.columns[i]},
+                      {"COLLATION", whole(index.descending[i] ? kDescending : kAscending)},
+                      {"INTEGRATED", boolean(false)}});
         }
     }
 }
@@ -316,21 +256,21 @@ void addTypes(SchemaRows& rows) {
 
 }  // namespace
 
-Result schemaRowset(Database& database, const SchemaCatalogue& catalogue, SchemaEnum kind,
+Result schemaRowset(const SchemaCatalogue& catalogue, SchemaEnum kind,
                     const SchemaRestrictions& wanted) {
     SchemaRows rows(kind, wanted);
     switch (kind) {
         case SchemaEnum::adSchemaTables:
-            addTables(rows, database);
+            addTables(rows, catalogue);
             break;
         case SchemaEnum::adSchemaColumns:
-            addColumns(rows, database, catalogue);
+            addColumns(rows, catalogue);
             break;
         case SchemaEnum::adSchemaPrimaryKeys:
-            addPrimaryKeys(rows, database, catalogue);
+            addPrimaryKeys(rows, catalogue);
             break;
         case SchemaEnum::adSchemaIndexes:
-            addIndexes(rows, database);
+            addIndexes(rows, catalogue);
             break;
         case SchemaEnum::adSchemaProviderTypes:
             addTypes(rows);

@@ -2,13 +2,12 @@
 
 #include "ado/driver.hpp"
 #include "ado/embedded/schema_catalogue.hpp"
-#include "ado/embedded/sqlite.hpp"
 
 namespace kap::ado::embedded {
 
 // What is in an open file, as a schema rowset: tables, columns, primary keys, indexes, types. A
 // file is a catalogue without name; every table's owner is dbo. Temporary tables are not told.
-[[nodiscard]] Result schemaRowset(Database& database, const SchemaCatalogue& catalogue,
-                                  SchemaEnum kind, const SchemaRestrictions& wanted);
+[[nodiscard]] Result schemaRowset(const SchemaCatalogue& catalogue, SchemaEnum kind,
+                                  const SchemaRestrictions& wanted);
 
 }  // namespace kap::ado::embedded

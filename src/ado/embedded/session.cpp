@@ -54,7 +54,7 @@ ChangeOutcome EmbeddedSession::apply(const RowChange& change) {
 Result EmbeddedSession::schema(SchemaEnum kind, const SchemaRestrictions& wanted) {
     return reported([&] {
         const Transactions::ReadScope scope(transactions_);
-        return schemaRowset(connection_.database(), catalogue_, kind, wanted);
+        return schemaRowset(catalogue_, kind, wanted);
     });
 }
 

@@ -65,6 +65,11 @@ void appendValue(ColumnStore& store, const Value& value) {
     }
 }
 
+std::int64_t wholeOr(const Value& value, std::int64_t otherwise) {
+    const auto* whole = std::get_if<std::int64_t>(&value);
+    return whole == nullptr ? otherwise : *whole;
+}
+
 CellValue storedValue(const ColumnValue& value, const Column& column) {
     return std::visit(CellMaker{}, convert(toValue(value), typeOf(value.type, value.numericScale),
                                            column.type, Overlength::Refuse));

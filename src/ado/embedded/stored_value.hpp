@@ -14,4 +14,7 @@ namespace kap::ado::embedded {
 [[nodiscard]] Value cellValue(const ColumnStore& store, std::size_t row, Storage storage);
 void appendValue(ColumnStore& store, const Value& value);
 
+// A whole number, or `otherwise` for null and for anything else.
+[[nodiscard]] std::int64_t wholeOr(const Value& value, std::int64_t otherwise);
+
 }  // namespace kap::ado::embedded

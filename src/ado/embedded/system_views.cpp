@@ -1,3 +1,4 @@
+// length: a table of views, each a few lines; taken apart they would share more than they hold
 #include <algorithm>
 #include <array>
 #include <utility>
@@ -286,39 +287,21 @@ SystemRows indexRows(const SchemaCatalogue& catalogue, bool modern) {
                                                              {"is_unique_constraint", kBit}}
                        : std::vector<SystemRows::ColumnType>{
                              {"id", kInt}, {"name", kName}, {"indid", kSmallInt}, {"status", kInt}};
+    constexpr std::int64_t kUnique = 2;
+    constexpr std::int64_t kPrimary = 2048;
     std::string table;
     std::int64_t ordinal = 0;
-    const auto add = [&](const std::string& owner, const std::string& name, bool unique,
-                         std::string_view key) {
-        ordinal = owner == table ? ordinal + 1 : 1;
-        table = owner;
-        constexpr std::int64_t kUnique = 2;
-        constexpr std::int64_t kPrimary = 2048;
-        std::vector<Value> row{number(objectId(owner)), text(name), number(ordinal)};
+    for (const IndexInfo& index : catalogue.keysAndIndexes()) {
+        ordinal = index.table == table ? ordinal + 1 : 1;
+        table = index.table;
+        const bool primary = index.key == "PK";
+        std::vector<Value> row{number(objectId(table)), text(index.name), number(ordinal)};
         if (modern) {
-            row.insert(row.end(), {flag(unique), flag(key == "PK"), flag(key == "UQ")});
+            row.insert(row.end(), {flag(index.unique), flag(primary), flag(index.key == "UQ")});
         } else {
-            row.push_back(number((unique ? kUnique : 0) + (key == "PK" ? kPrimary : 0)));
+            row.push_back(number((index.unique ? kUnique : 0) + (primary ? kPrimary : 0)));
         }
         view.rows.push_back(std::move(row));
-    };
-    const std::vector<IndexInfo> indexes = catalogue.indexes();
-    const std::vector<ConstraintInfo> constraints = catalogue.constraints();
-    for (const Table* each : catalogue.tables()) {
-        for (const ConstraintInfo& key : constraints) {
-            const std::string_view type = key.type;
-            if ((type == "PK" || type == "UQ") && sameName(key.table, each->name)) {
-                add(each->name, key.name, true, type);
-            }
-        }
-        for (const IndexInfo& index : indexes) {
-            const bool keyed = std::ranges::any_of(constraints, [&](const ConstraintInfo& key) {
-                return sameName(key.table, index.table) && sameName(key.name, index.name);
-            });
-            if (sameName(index.table, each->name) && !keyed) {
-                add(each->name, index.name, index.unique, "");
-            }
-        }
     }
     return view;
 }

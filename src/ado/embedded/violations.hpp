@@ -29,7 +29,7 @@ public:
             end();
             return unnamed(context);
         }
-        const tsql::ServerError found = search(context);
+        tsql::ServerError found = search(context);
         end();
         return found;
     }

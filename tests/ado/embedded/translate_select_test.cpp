@@ -168,7 +168,7 @@ TEST_F(TranslateSelect, RefusesWhatGroupingLeavesUndefined) {
               "contained in either an "
               "aggregate function or the GROUP BY clause.");
     EXPECT_EQ(error("SELECT Cliente FROM Righe GROUP BY Cliente ORDER BY Qta"),
-              "8127: Column 'Righe.Qta' is invalid in the ORDER BY clause because it is not "
+              "8127: Column \"Righe.Qta\" is invalid in the ORDER BY clause because it is not "
               "contained in either an "
               "aggregate function or the GROUP BY clause.");
     EXPECT_EQ(error("SELECT 1 FROM Righe WHERE count(*) > 1").substr(0, 4), "147:");

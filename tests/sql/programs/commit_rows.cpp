@@ -9,6 +9,7 @@
 #include <string>
 
 #include <kaputil/ado/connection.hpp>
+#include <kaputil/ado/recordset.hpp>
 
 int main(int count, char** arguments) {
     if (count != 3) {

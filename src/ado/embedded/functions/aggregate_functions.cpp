@@ -1,3 +1,5 @@
+#include <algorithm>
+#include <cmath>
 #include <new>
 #include <stdexcept>
 
@@ -121,6 +123,70 @@ void finishSingle(sqlite3_context* context) {
     state->value = nullptr;
 }
 
+// The deviation and the variance by Welford's method, which large numbers of close values do not
+// rob of their digits.
+struct SpreadState {
+    std::int64_t count;
+    double mean;
+    double squares;  // the sum of the squared distances from the mean
+};
+
+struct SpreadKind {
+    const char* name;
+    bool sample;  // of a sample: divided by one less
+    bool deviation;
+};
+
+constexpr SpreadKind kSpreads[] = {{"kap_stdev", true, true},
+                                   {"kap_stdevp", false, true},
+                                   {"kap_var", true, false},
+                                   {"kap_varp", false, false}};
+
+SpreadState* spreadState(sqlite3_context* context) {
+    auto* state =
+        static_cast<SpreadState*>(sqlite3_aggregate_context(context, sizeof(SpreadState)));
+    if (state == nullptr) sqlite3_result_error_nomem(context);
+    return state;
+}
+
+void stepSpread(sqlite3_context* context, int /*count*/, sqlite3_value** values) {
+    if (sqlite3_value_type(values[0]) == SQLITE_NULL) return;
+    SpreadState* state = spreadState(context);
+    if (state == nullptr) return;
+    const double value = sqlite3_value_double(values[0]);
+    const double distance = value - state->mean;
+    state->mean += distance / static_cast<double>(++state->count);
+    state->squares += distance * (value - state->mean);
+}
+
+// A value leaves the window.
+void leaveSpread(sqlite3_context* context, int /*count*/, sqlite3_value** values) {
+    if (sqlite3_value_type(values[0]) == SQLITE_NULL) return;
+    SpreadState* state = spreadState(context);
+    if (state == nullptr) return;
+    if (--state->count == 0) {
+        *state = {};
+        return;
+    }
+    const double value = sqlite3_value_double(values[0]);
+    const double distance = value - state->mean;
+    state->mean -= distance / static_cast<double>(state->count);
+    state->squares = std::max(0.0, state->squares - distance * (value - state->mean));
+}
+
+void tellSpread(sqlite3_context* context) {
+    const SpreadState* state = spreadState(context);
+    if (state == nullptr) return;
+    const auto& kind = *static_cast<const SpreadKind*>(sqlite3_user_data(context));
+    const std::int64_t divisor = state->count - (kind.sample ? 1 : 0);
+    if (divisor <= 0) {
+        sqlite3_result_null(context);
+        return;
+    }
+    const double variance = state->squares / static_cast<double>(divisor);
+    sqlite3_result_double(context, kind.deviation ? std::sqrt(variance) : variance);
+}
+
 void checkRegistered(int result, const char* name) {
     if (result != SQLITE_OK) {
         throw std::runtime_error(std::string("cannot register the SQL function ") + name);
@@ -139,6 +205,13 @@ void registerAggregateFunctions(Registrar& registrar) {
         checkRegistered(sqlite3_create_function_v2(registrar.connection(), kind.name, 1, kFlags,
                                                    new SumEntry{kind, &registrar.slot()}, nullptr,
                                                    step, finish, destroyEntry),
+                        kind.name);
+    }
+    for (const SpreadKind& kind : kSpreads) {
+        auto* entry = const_cast<SpreadKind*>(&kind);  // SQLite hands it back as it is
+        checkRegistered(sqlite3_create_window_function(registrar.connection(), kind.name, 1, kFlags,
+                                                       entry, stepSpread, tellSpread, tellSpread,
+                                                       leaveSpread, nullptr),
                         kind.name);
     }
     checkRegistered(

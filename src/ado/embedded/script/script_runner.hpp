@@ -27,6 +27,7 @@ namespace kap::ado::embedded {
 //
 // One class, one room (source file) for each part: script_runner.cpp requests and the flow,
 // script_errors.cpp what errors do, script_statements.cpp the statements that have no SQL,
+// script_settings.cpp SET,
 // script_calls.cpp procedures and dynamic SQL, system_procedures.cpp the server's own,
 // script_modules.cpp functions and triggers, script_definitions.cpp what is stored by its text,
 // script_cursors.cpp cursors, script_administration.cpp plans, copies and checks.
@@ -110,6 +111,7 @@ private:
                           const tsql::DeclareStatement& node);
     void declareTable(Frame& frame, const tsql::CreateTableStatement& table);
     void assign(Frame& frame, Instruction& instruction, const tsql::AssignStatement& node);
+    // script_settings.cpp
     void setOption(Frame& frame, Instruction& instruction, const tsql::SetOptionStatement& node);
     void setSwitch(const std::string& option, bool on, int line);
     void print(Frame& frame, Instruction& instruction, const tsql::PrintStatement& node);

@@ -4,16 +4,16 @@
 #include <cmath>
 
 #include "ado/embedded/functions/convert.hpp"
-#include "ado/embedded/functions/date_settings.hpp"
 #include "ado/embedded/functions/dates.hpp"
 #include "ado/embedded/script/message_text.hpp"
 #include "ado/embedded/script/script_runner.hpp"
 #include "ado/embedded/script/time_limit.hpp"
+#include "ado/embedded/stored_value.hpp"
 #include "ado/embedded/translate/table_builder.hpp"
 #include "ado/embedded/translate/translator.hpp"
 #include "tsql/text.hpp"
 
-// The statements that have no SQL of their own: variables, settings, messages, transactions.
+// The statements that have no SQL of their own: variables, messages, transactions.
 namespace kap::ado::embedded {
 
 using tsql::ServerError;
@@ -50,19 +50,6 @@ std::int64_t timeOfDay(const std::string& text, int line) {
     }
     if (std::floor(instant) != kServerEpochDay) throw wrong;
     return millisecondsOf(instant);
-}
-
-DateOrder dateOrderOf(const std::string& word, int line) {
-    if (word == "MDY" || word == "MYD") return DateOrder::MonthFirst;
-    if (word == "DMY" || word == "DYM") return DateOrder::DayFirst;
-    if (word == "YMD" || word == "YDM") return DateOrder::YearFirst;
-    throw ServerError(
-        2741, "SET DATEFORMAT date order '" + tsql::asciiLower(word) + "' is invalid.", line);
-}
-
-std::int64_t wholeOr(const Value& value, std::int64_t otherwise) {
-    const auto* whole = std::get_if<std::int64_t>(&value);
-    return whole == nullptr ? otherwise : *whole;
 }
 
 }  // namespace
@@ -244,107 +231,6 @@ void ScriptRunner::setVariable(Frame& frame, const std::string& name, const Valu
     }
     frame.values[static_cast<std::size_t>(variable->slot)] =
         convert(value, type, variable->type, Overlength::Cut);
-}
-
-// --- Settings
-
-void ScriptRunner::setOption(Frame& frame, Instruction& instruction,
-                             const tsql::SetOptionStatement& node) {
-    const std::string& option = node.options.front();
-    if (option == "IDENTITY_INSERT") {
-        const bool on = node.value == "ON";
-        if (!on && node.value != "OFF") throw tsql::syntaxError(node.value, instruction.line);
-        const Table* table = catalogue_.find(node.table.last());
-        if (table == nullptr) {
-            throw ServerError(1088,
-                              "Cannot find the object \"" + node.table.text() +
-                                  "\" because it does not exist or you do not have permissions.",
-                              instruction.line);
-        }
-        std::string& current = state_.writes.identityInsert;
-        if (on && !current.empty() && !sameName(current, table->name)) {
-            throw ServerError(8107,
-                              "IDENTITY_INSERT is already ON for table '" + current +
-                                  "'. Cannot perform SET operation for table '" +
-                                  node.table.text() + "'.",
-                              instruction.line);
-        }
-        if (on || sameName(current, table->name)) current = on ? table->name : "";
-        catalogue_.settingsChanged();
-        return;
-    }
-    if (node.number) {
-        const std::int64_t number =
-            wholeOr(evaluate(frame, instruction, 0, *node.number, {SqlType::BigInt}), 0);
-        if (option == "ROWCOUNT") {
-            state_.writes.rowLimit = std::max<std::int64_t>(number, 0);
-            catalogue_.settingsChanged();
-        } else if (option == "LOCK_TIMEOUT") {
-            connection_.setLockTimeout(number);
-            state_.lockTimeout = static_cast<std::int32_t>(number);
-        } else if (option == "DATEFIRST") {
-            constexpr std::int64_t kDaysPerWeek = 7;
-            if (number < 1 || number > kDaysPerWeek) {
-                throw ServerError(2744, "SET DATEFIRST takes a number from 1 to 7.",
-                                  instruction.line);
-            }
-            state_.dates.firstDay = static_cast<int>(number);
-        }
-        return;
-    }
-    if (option == "DATEFORMAT") {
-        state_.dates.order = dateOrderOf(node.value, instruction.line);
-        catalogue_.settingsChanged();
-        return;
-    }
-    if (option == "LANGUAGE") {
-        const bool italian = node.value == "ITALIAN" || node.value == "ITALIANO";
-        const bool english = node.value == "US_ENGLISH" || node.value == "ENGLISH";
-        if (!italian && !english) throw tsql::unsupported("SET LANGUAGE " + node.value, 0);
-        constexpr int kMonday = 1;
-        constexpr int kSunday = 7;
-        state_.dates = {italian ? DateOrder::DayFirst : DateOrder::MonthFirst,
-                        italian ? kMonday : kSunday};
-        catalogue_.settingsChanged();
-        return;
-    }
-    const bool on = node.value == "ON";
-    if (!on && node.value != "OFF") throw tsql::syntaxError(node.value, instruction.line);
-    for (const std::string& each : node.options) {
-        setSwitch(each, on, instruction.line);
-    }
-}
-
-void ScriptRunner::setSwitch(const std::string& option, bool on, int line) {
-    // What the database always does, so that turning it on says nothing new; turning it off would
-    // change results.
-    static constexpr std::array kAlwaysOn{
-        "ANSI_NULLS",    "ANSI_PADDING",      "ANSI_WARNINGS",          "ARITHABORT",
-        "ANSI_DEFAULTS", "ANSI_NULL_DFLT_ON", "CONCAT_NULL_YIELDS_NULL"};
-    static constexpr std::array kNoMatter{"NOEXEC",
-                                          "PARSEONLY",
-                                          "FMTONLY",
-                                          "NUMERIC_ROUNDABORT",
-                                          "CURSOR_CLOSE_ON_COMMIT",
-                                          "ANSI_NULL_DFLT_OFF",
-                                          "FORCEPLAN",
-                                          "REMOTE_PROC_TRANSACTIONS",
-                                          "ARITHIGNORE"};
-    if (option == "NOCOUNT") {
-        state_.noCount = on;
-    } else if (option == "XACT_ABORT") {
-        state_.abortOnError = on;
-    } else if (option == "SHOWPLAN_TEXT" || option == "SHOWPLAN_ALL") {
-        state_.showPlan = on;
-    } else if (option == "QUOTED_IDENTIFIER") {
-        state_.quotedNames = on;
-    } else if (std::ranges::find(kAlwaysOn, option) != kAlwaysOn.end()) {
-        if (!on) note("SET " + option + " OFF has no effect: the setting stays ON.");
-    } else if (std::ranges::find(kNoMatter, option) != kNoMatter.end() && !on) {
-        return;
-    } else {
-        throw tsql::unsupported("SET " + option + (on ? " ON" : " OFF"), line);
-    }
 }
 
 // --- Messages

@@ -43,7 +43,7 @@ public:
 // Runs single statements that have SQL of their own: translates and prepares them when that is
 // needed, binds the variables, and keeps what SQLite does within the statement's transaction.
 //
-// Raises ServerError and SqliteError.
+// Raises ServerError and SqliteError. What changes the schema is in statement_definitions.cpp.
 class StatementRunner {
 public:
     StatementRunner(Connection& connection, SchemaCatalogue& catalogue, Counters& counters,

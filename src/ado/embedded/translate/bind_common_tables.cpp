@@ -58,6 +58,24 @@ std::string definition(const std::string& name, std::size_t columns, const std::
     return sqlName(name) + " (" + list + ") AS (" + sql + ")";
 }
 
+// A recursion must not change the types that it began with; texts would be cut unseen.
+void checkRecursiveTypes(const tsql::CommonTable& table, const std::vector<OutputColumn>& anchor,
+                         const std::vector<OutputColumn>& recursive) {
+    const std::size_t count = std::min(anchor.size(), recursive.size());
+    for (std::size_t i = 0; i < count; ++i) {
+        const Typed& next = recursive[i].value;
+        const tsql::TypeSpec& from = anchor[i].value.type;
+        const bool sameText = !tsql::isText(from.type) || from.length == next.type.length;
+        if (next.nullLiteral || (from.type == next.type.type && sameText)) continue;
+        const std::string& name = i < table.columns.size() ? table.columns[i] : anchor[i].name;
+        throw ServerError(240,
+                          "Types don't match between the anchor and the recursive part in column "
+                          "\"" +
+                              name + "\" of recursive query \"" + table.name + "\".",
+                          table.query->line);
+    }
+}
+
 }  // namespace
 
 // A table that reads itself has the columns of its first term, so that is bound first, alone.
@@ -97,6 +115,7 @@ std::string Binder::recursiveTable(const tsql::CommonTable& table, CommonName ow
                                     ? "0"
                                     : callText("kap_deeper", sqlName(readAs) + "." + level,
                                                tsql::integerText(maxRecursion_));
+        if (!readAs.empty()) checkRecursiveTypes(table, terms.front().items, terms.back().items);
         terms.back().items.push_back({"", Typed::expression(sql, {tsql::SqlType::BigInt}, false)});
     }
     std::vector<OutputColumn> columns = unify(terms, table.query->line, *this);

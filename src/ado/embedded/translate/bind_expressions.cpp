@@ -228,6 +228,7 @@ Typed Binder::node(const tsql::CastExpression& node, int line, Scope& scope) {
 }
 
 Typed Binder::node(const tsql::ScalarSubquery& node, int line, Scope& scope) {
+    if (scope.insideAggregate) throw aggregateOfAggregate(line);
     const BoundQuery bound = query(*node.query, &scope, QueryPlace::Nested);
     if (bound.columns.size() != 1) {
         throw ServerError(

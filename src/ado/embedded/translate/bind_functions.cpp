@@ -94,6 +94,10 @@ const char* sumFunction(const TypeSpec& type) {
 
 }  // namespace
 
+bool isStatisticsName(std::string_view name) {
+    return name == "stdev" || name == "stdevp" || name == "var" || name == "varp";
+}
+
 Typed Binder::node(const FunctionCall& node, int line, Scope& scope) {
     if (node.over) return windowed(node, line, scope);
     if (isAggregateName(node.name)) return aggregate(node, line, scope);
@@ -101,6 +105,7 @@ Typed Binder::node(const FunctionCall& node, int line, Scope& scope) {
     if (auto system = systemFunction(node, line, scope)) return std::move(*system);
     const ScalarFunction* function = findFunction(node.name.last());
     if (function == nullptr) {
+        refuseWithoutWindow(node, line);
         throw ServerError(195,
                           "'" + node.name.last() + "' is not a recognized built-in function name.",
                           line, 15);
@@ -145,19 +150,22 @@ Typed Binder::storedFunction(const FunctionCall& call, int line, Scope& scope) {
 bool isAggregateName(const tsql::ObjectName& name) {
     static constexpr const char* kNames[] = {"COUNT", "COUNT_BIG", "SUM", "AVG", "MIN", "MAX"};
     return name.parts.size() == 1 &&
-           std::any_of(std::begin(kNames), std::end(kNames), [&](const char* known) {
-               return tsql::equalsIgnoringCase(known, name.last());
-           });
+           (isStatisticsName(tsql::asciiLower(name.last())) ||
+            std::any_of(std::begin(kNames), std::end(kNames), [&](const char* known) {
+                return tsql::equalsIgnoringCase(known, name.last());
+            }));
+}
+
+ServerError aggregateOfAggregate(int line) {
+    return {130,
+            "Cannot perform an aggregate function on an expression containing an aggregate or a "
+            "subquery.",
+            line, 15};
 }
 
 Typed Binder::aggregate(const FunctionCall& call, int line, Scope& scope) {
     const std::string name = tsql::asciiLower(call.name.last());
-    if (scope.insideAggregate) {
-        throw ServerError(130,
-                          "Cannot perform an aggregate function on an expression containing an "
-                          "aggregate or a subquery.",
-                          line, 15);
-    }
+    if (scope.insideAggregate) throw aggregateOfAggregate(line);
     if (scope.aggregates != AggregateUse::Allowed) aggregateRefused(scope.aggregates, line);
     const bool counts = name == "count" || name == "count_big";
     const TypeSpec countType = name == "count" ? TypeSpec{SqlType::Int} : TypeSpec{SqlType::BigInt};
@@ -176,6 +184,7 @@ Typed Binder::aggregate(const FunctionCall& call, int line, Scope& scope) {
     }
     if (name == "sum") return total(argument, call.distinct, "sum", line);
     if (name == "avg") return average(argument, call.distinct, line);
+    if (isStatisticsName(name)) return statistics(name, argument, call.distinct, line);
     const SqlType type = argument.type.type;
     if (type == SqlType::Bit || type == SqlType::Text || type == SqlType::NText ||
         type == SqlType::Image) {
@@ -197,6 +206,15 @@ Typed Binder::total(const Typed& argument, bool distinct, const char* function, 
     }
     const TypeSpec type = sumType(argument.type);
     return Typed::expression(aggregateCall(sumFunction(type), argument.sql, distinct), type, true);
+}
+
+// The deviation or the variance, of a sample or of the whole population: a float.
+Typed Binder::statistics(const std::string& name, const Typed& argument, bool distinct,
+                         int line) const {
+    (void)total(argument, distinct, name.c_str(), line);  // refuses what is no number
+    const Typed number = convertTo(argument, {SqlType::Float}, line);
+    return Typed::expression(aggregateCall(("kap_" + name).c_str(), number.sql, distinct),
+                             {SqlType::Float}, true);
 }
 
 // The sum divided by the count: whole numbers give a whole number, decimals at least six decimals.

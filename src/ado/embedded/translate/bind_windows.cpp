@@ -31,6 +31,14 @@ void requireOrder(const FunctionCall& call, const std::string& name, int line) {
 
 }  // namespace
 
+void refuseWithoutWindow(const FunctionCall& call, int line) {
+    const std::string name = tsql::asciiLower(call.name.last());
+    const bool windowed = std::ranges::find(kRankings, name) != kRankings.end() ||
+                          isOneOf(name, {"ntile", "first_value", "last_value", "lag", "lead"});
+    if (!windowed) return;
+    throw ServerError(10753, "The function '" + name + "' must have an OVER clause.", line, 15);
+}
+
 std::string Binder::overText(const tsql::Window& window, int line, Scope& scope) {
     std::string text;
     for (const auto& expression : window.partitionBy) {
@@ -113,6 +121,11 @@ Typed Binder::windowAggregate(const FunctionCall& call, const std::string& over,
     }
     if (name == "min" || name == "max") {
         return Typed::expression(name + "(" + collated(argument) + ")" + over, argument.type, true);
+    }
+    if (isStatisticsName(name)) {
+        Typed result = statistics(name, argument, false, line);
+        result.sql += over;
+        return result;
     }
     const Typed sum = total(argument, false, name.c_str(), line);
     const std::string added = "sum(" + argument.sql + ")" + over;

@@ -10,6 +10,7 @@
 #include "ado/embedded/translate/names.hpp"
 #include "ado/embedded/translate/scope.hpp"
 #include "ado/embedded/translate/typed.hpp"
+#include "tsql/server_error.hpp"
 #include "tsql/statements.hpp"
 
 namespace kap::ado::embedded {
@@ -167,6 +168,8 @@ private:
     [[nodiscard]] Typed total(const Typed& argument, bool distinct, const char* function,
                               int line) const;
     [[nodiscard]] Typed average(const Typed& argument, bool distinct, int line) const;
+    [[nodiscard]] Typed statistics(const std::string& name, const Typed& argument, bool distinct,
+                                   int line) const;
 
     [[nodiscard]] Typed storedFunction(const tsql::FunctionCall& call, int line, Scope& scope);
 
@@ -270,5 +273,10 @@ struct Binder::BoundSelect {
 
 /// True for COUNT, SUM, AVG, MIN, MAX and COUNT_BIG.
 [[nodiscard]] bool isAggregateName(const tsql::ObjectName& name);
+// STDEV, STDEVP, VAR and VARP, in small letters.
+[[nodiscard]] bool isStatisticsName(std::string_view name);
+[[nodiscard]] tsql::ServerError aggregateOfAggregate(int line);
+// A function that numbers or compares the rows of a window has no meaning without OVER.
+void refuseWithoutWindow(const tsql::FunctionCall& call, int line);
 
 }  // namespace kap::ado::embedded

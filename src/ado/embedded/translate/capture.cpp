@@ -120,7 +120,7 @@ std::vector<std::string> removeCapture(const Table& table) {
     return sql;
 }
 
-std::optional<Capture> captureFor(const Table& table, tsql::TriggerEvent event,
+std::optional<Capture> captureFor(const Table& table, tsql::TriggerEvents event,
                                   const std::optional<tsql::OutputClause>& output, Binder& binder) {
     const bool triggers = (table.triggerEvents & event) != 0;
     if (!triggers && !output) return std::nullopt;

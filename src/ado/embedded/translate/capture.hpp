@@ -24,7 +24,7 @@ enum class RowState { Inserted, Deleted };
 
 /// What a write of that event has to catch: for the table's triggers, for an OUTPUT clause, or
 /// nothing.
-[[nodiscard]] std::optional<Capture> captureFor(const Table& table, tsql::TriggerEvent event,
+[[nodiscard]] std::optional<Capture> captureFor(const Table& table, tsql::TriggerEvents event,
                                                 const std::optional<tsql::OutputClause>& output,
                                                 Binder& binder);
 

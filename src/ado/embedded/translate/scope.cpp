@@ -64,8 +64,9 @@ void checkGrouped(const Typed& value, const ObjectName& name, const Scope& scope
                                   : name.text();
     const std::string clause = scope.groupedClause;
     const int number = clause == "select list" ? 8120 : clause == "HAVING clause" ? 8121 : 8127;
+    const std::string mark = number == 8127 ? "\"" : "'";
     throw ServerError(number,
-                      "Column '" + shown + "' is invalid in the " + clause +
+                      "Column " + mark + shown + mark + " is invalid in the " + clause +
                           " because it is not contained in either an aggregate function or the "
                           "GROUP BY clause.",
                       name.line);

@@ -92,11 +92,8 @@ TableBuilder::TableBuilder(const Names& names, const tsql::ObjectName& name, int
     own().temporary = name.last().front() == '#';
     if (name.last().compare(0, 2, "##") == 0)
         throw tsql::unsupported("global temporary table", line);
-    // Names that the file keeps for itself.
-    const std::string lower = tsql::asciiLower(name.last());
-    const bool reserved = lower.compare(0, 7, "sqlite_") == 0 || lower.compare(0, 4, "kap_") == 0;
     const Catalogue& catalogue = binder_.catalogue();
-    if (reserved || catalogue.find(name.last()) != nullptr ||
+    if (isKeptByTheFile(name.last()) || catalogue.find(name.last()) != nullptr ||
         catalogue.findView(name.last()) != nullptr) {
         throw ServerError(2714,
                           "There is already an object named '" + name.last() + "' in the database.",

@@ -55,7 +55,7 @@ struct TableKey {
 /// What a write does beside writing: its rows are caught for triggers and for OUTPUT.
 struct Capture {
     bool forTriggers = false;
-    std::uint8_t event = 0;             ///< a TriggerEvent
+    std::uint8_t event = 0;             ///< a TriggerEvents
     std::string outputSql;              ///< reads the rows of OUTPUT; empty: none
     bool outputInto = false;            ///< `outputSql` writes them into a table
     std::vector<ResultColumn> columns;  ///< of OUTPUT without INTO
