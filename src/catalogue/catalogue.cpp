@@ -15,6 +15,7 @@
 #include <kaputil/core/cerrore.hpp>
 #include <kaputil/core/cproprieta.hpp>
 #include <kaputil/core/iclassi.hpp>
+#include <kaputil/sqlscript/csql.hpp>
 
 namespace kap {
 namespace {
@@ -59,9 +60,7 @@ std::vector<PublishedClass> makeClasses() {
         written(CFG_Stampa::classDescription()),
         announced(u"CEMail", u"6ad333e0-4535-4a1f-9d0c-6075308b5714",
                   u"dfb00056-0c60-4a29-a43a-4f09fee6c732", u"Contacts of the mail client."),
-        announced(u"CSQL", u"4ac5a4f4-d431-4aa4-8211-93d6a4754c2f",
-                  u"913252bc-c034-4f8e-8135-2bef7b1c2cf5",
-                  u"Builds and runs transactional scripts."),
+        written(CSQL::classDescription()),
         written(StdFunctions::classDescription()),
     };
 }

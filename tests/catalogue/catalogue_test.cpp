@@ -20,6 +20,7 @@
 #include <kaputil/frame/convert.hpp>
 #include <kaputil/frame/error.hpp>
 #include <kaputil/frame/locale.hpp>
+#include <kaputil/sqlscript/csql.hpp>
 
 #include "support/late_bound.hpp"
 #include "support/shown.hpp"
@@ -305,6 +306,21 @@ TEST(Catalogue, KeepsTheMembersOfConfigurationFieldsAndPrintsInTheirPlaces) {
         "68030010 Note [get, let] -> String"};
     EXPECT_EQ(signaturesOf(CFG_Campo::classDescription()), field);
     EXPECT_EQ(signaturesOf(CFG_Stampa::classDescription()), print);
+}
+
+TEST(Catalogue, KeepsTheMembersOfScriptsInTheirPlaces) {
+    const std::vector<std::string> script = {
+        "40030000 Parametri [get, set] -> Object",
+        "40030001 SQLString [get, let] -> String",
+        "40030002 Errore [get, set] -> Object",
+        "68030000 ConnectionString [get, let] -> String",
+        "68030001 ActiveConnection [get, set] -> Object",
+        "68030002 SQL_Execute [get] -> String",
+        "60030000 Execute -> Boolean",
+        "60030001 Command val CommandText:String val MessaggioErrore:String= -> String",
+        "60030002 AddTmp -> String",
+        "60030003 Clear"};
+    EXPECT_EQ(signaturesOf(CSQL::classDescription()), script);
 }
 
 TEST(Predeclared, AnswersLikeAnInstanceThatIsCreated) {
