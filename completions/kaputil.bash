@@ -95,15 +95,17 @@ _kaputil_classes() {
     fi
 }
 
+_kaputil_files() {
+    mapfile -t COMPREPLY < <(compgen -f -- "$1")
+    compopt -o filenames 2>/dev/null || true
+}
+
 # What may follow an option that takes a value.
 _kaputil_value() {
     local option=$1 typed=$2
     case $option in
     --locale) _kaputil_offer '' "$typed" '' < <(printf '%s\n' it-IT en-US en-GB) ;;
-    --database | --declaration | --file | --message-log)
-        mapfile -t COMPREPLY < <(compgen -f -- "$typed")
-        compopt -o filenames 2>/dev/null || true
-        ;;
+    --database | --declaration | --file | --message-log) _kaputil_files "$typed" ;;
     esac
 }
 
@@ -134,6 +136,8 @@ _kaputil() {
         _kaputil_offer '' "$typed" '' < <(_kaputil_commands)
     elif [[ ${COMP_WORDS[1]} == config && $COMP_CWORD -eq 2 ]]; then
         _kaputil_offer '' "$typed" '' < <(_kaputil_commands config)
+    elif [[ ${COMP_WORDS[1]} == batch ]]; then
+        _kaputil_files "$typed"
     elif [[ ${COMP_WORDS[1]} == call && $typed != :* ]]; then
         _kaputil_call "$typed"
     elif [[ ${COMP_WORDS[1]} == classes ]]; then

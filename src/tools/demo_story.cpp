@@ -8,6 +8,7 @@
 #include <kaputil/frame/variant.hpp>
 
 #include "tools/demo_configuration.hpp"
+#include "tools/demo_script.hpp"
 #include "tools/demo_user.hpp"
 #include "tools/demo_values.hpp"
 
@@ -54,6 +55,7 @@ public:
         const int added = numberOf("PRV", "MAX") + 1;
         addDocument(added);
         smallHelpers(invoice, added);
+        tellOfScripts(report_, connectionString_, keyIs("PRV", added), added);
         tellOfValues(report_, anna_);
         tellOfConfiguration(report_, connectionString_);
     }

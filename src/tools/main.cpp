@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "tools/batch_command.hpp"
 #include "tools/call_command.hpp"
 #include "tools/classes_command.hpp"
 #include "tools/command_words.hpp"
@@ -116,6 +117,31 @@ CLI::App* addSql(CLI::App& app, SqlCommand& sql) {
     return command;
 }
 
+CLI::App* addBatch(CLI::App& app, BatchCommand& batch) {
+    CLI::App* command =
+        app.add_subcommand("batch", "Run statements as one script: all happen or none.");
+    command->footer(
+        "FILE is a script as for \"kaputil sql\"; lines that hold only GO stand between the\n"
+        "statements. A statement may begin with a line that holds its error message:\n"
+        "\n"
+        "  -- message: Addebito fallito\n"
+        "  UPDATE Conti SET Saldo = Saldo - 50 WHERE Codice = 1\n"
+        "  GO\n"
+        "  UPDATE Conti SET Saldo = Saldo + 50 WHERE Codice = 2\n"
+        "\n"
+        "When a statement fails, the server's error, the message and the statement go to\n"
+        "standard error, and nothing is changed.\n"
+        "Exit codes: 0 done, 1 a statement failed, 2 wrong usage, 3 no database.");
+    command->add_option("FILE", batch.file, "The file of statements.")->type_name("")->required();
+    command
+        ->add_option("--connection", batch.connection,
+                     "For example \"Provider=KapLocal;Data Source=azienda.db\".")
+        ->type_name("STRING");
+    command->add_flag("--dry-run", batch.dryRun, "Print the script instead of running it.");
+    command->add_flag("--json", batch.json, "Print one JSON object a line.");
+    return command;
+}
+
 // The commands and what was typed for each.
 class CommandLine {
 public:
@@ -126,6 +152,7 @@ public:
         classesCommand_ = addClasses(app_, classes_);
         callCommand_ = addCall(app_, call_, wordsForHelp_);
         addSql(app_, sql_);
+        batchCommand_ = addBatch(app_, batch_);
         config_.addTo(app_);
     }
 
@@ -176,6 +203,9 @@ private:
         if (classesCommand_->parsed()) {
             return classes_.run();
         }
+        if (batchCommand_->parsed()) {
+            return batch_.run();
+        }
         if (config_.parsed()) {
             return config_.run();
         }
@@ -187,11 +217,13 @@ private:
     ClassesCommand classes_;
     CallCommand call_;
     SqlCommand sql_;
+    BatchCommand batch_;
     ConfigOptions config_;
     std::string wordsForHelp_;
     const CLI::App* demoCommand_ = nullptr;
     const CLI::App* classesCommand_ = nullptr;
     const CLI::App* callCommand_ = nullptr;
+    const CLI::App* batchCommand_ = nullptr;
 };
 
 }  // namespace
