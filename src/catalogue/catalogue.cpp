@@ -19,6 +19,7 @@
 #include <kaputil/host/cfile_ini.hpp>
 #include <kaputil/host/cregistro.hpp>
 #include <kaputil/host/csystem.hpp>
+#include <kaputil/sqlscript/csql.hpp>
 
 namespace kap {
 namespace {
@@ -59,9 +60,7 @@ std::vector<PublishedClass> makeClasses() {
         written(CFG_Applicazione::classDescription()),
         written(CFG_Stampa::classDescription()),
         written(CEMail::classDescription()),
-        announced(u"CSQL", u"4ac5a4f4-d431-4aa4-8211-93d6a4754c2f",
-                  u"913252bc-c034-4f8e-8135-2bef7b1c2cf5",
-                  u"Builds and runs transactional scripts."),
+        written(CSQL::classDescription()),
         written(StdFunctions::classDescription()),
     };
 }

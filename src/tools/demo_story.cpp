@@ -9,6 +9,7 @@
 
 #include "tools/demo_configuration.hpp"
 #include "tools/demo_host.hpp"
+#include "tools/demo_script.hpp"
 #include "tools/demo_user.hpp"
 #include "tools/demo_values.hpp"
 
@@ -55,6 +56,7 @@ public:
         const int added = numberOf("PRV", "MAX") + 1;
         addDocument(added);
         smallHelpers(invoice, added);
+        tellOfScripts(report_, connectionString_, keyIs("PRV", added), added);
         tellOfValues(report_, anna_);
         tellOfConfiguration(report_, connectionString_);
     }

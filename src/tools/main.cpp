@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "tools/batch_command.hpp"
 #include "tools/call_command.hpp"
 #include "tools/classes_command.hpp"
 #include "tools/command_words.hpp"
@@ -144,6 +145,31 @@ CLI::App* addExport(CLI::App& app, ExportCommand& exporting) {
     return command;
 }
 
+CLI::App* addBatch(CLI::App& app, BatchCommand& batch) {
+    CLI::App* command =
+        app.add_subcommand("batch", "Run statements as one script: all happen or none.");
+    command->footer(
+        "FILE is a script as for \"kaputil sql\"; lines that hold only GO stand between the\n"
+        "statements. A statement may begin with a line that holds its error message:\n"
+        "\n"
+        "  -- message: Addebito fallito\n"
+        "  UPDATE Conti SET Saldo = Saldo - 50 WHERE Codice = 1\n"
+        "  GO\n"
+        "  UPDATE Conti SET Saldo = Saldo + 50 WHERE Codice = 2\n"
+        "\n"
+        "When a statement fails, the server's error, the message and the statement go to\n"
+        "standard error, and nothing is changed.\n"
+        "Exit codes: 0 done, 1 a statement failed, 2 wrong usage, 3 no database.");
+    command->add_option("FILE", batch.file, "The file of statements.")->type_name("")->required();
+    command
+        ->add_option("--connection", batch.connection,
+                     "For example \"Provider=KapLocal;Data Source=azienda.db\".")
+        ->type_name("STRING");
+    command->add_flag("--dry-run", batch.dryRun, "Print the script instead of running it.");
+    command->add_flag("--json", batch.json, "Print one JSON object a line.");
+    return command;
+}
+
 // The commands and what was typed for each.
 class CommandLine {
 public:
@@ -154,6 +180,7 @@ public:
         classesCommand_ = addClasses(app_, classes_);
         callCommand_ = addCall(app_, call_, wordsForHelp_);
         addSql(app_, sql_);
+        batchCommand_ = addBatch(app_, batch_);
         config_.addTo(app_);
         registryCommand_ = addRegistry(app_, registry_);
         exportCommand_ = addExport(app_, export_);
@@ -206,6 +233,9 @@ private:
         if (classesCommand_->parsed()) {
             return classes_.run();
         }
+        if (batchCommand_->parsed()) {
+            return batch_.run();
+        }
         if (config_.parsed()) {
             return config_.run();
         }
@@ -223,6 +253,7 @@ private:
     ClassesCommand classes_;
     CallCommand call_;
     SqlCommand sql_;
+    BatchCommand batch_;
     ConfigOptions config_;
     RegistryCommand registry_;
     ExportCommand export_;
@@ -232,6 +263,7 @@ private:
     const CLI::App* callCommand_ = nullptr;
     const CLI::App* registryCommand_ = nullptr;
     const CLI::App* exportCommand_ = nullptr;
+    const CLI::App* batchCommand_ = nullptr;
 };
 
 }  // namespace

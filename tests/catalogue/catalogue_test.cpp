@@ -24,6 +24,7 @@
 #include <kaputil/host/cfile_ini.hpp>
 #include <kaputil/host/cregistro.hpp>
 #include <kaputil/host/csystem.hpp>
+#include <kaputil/sqlscript/csql.hpp>
 
 #include "support/late_bound.hpp"
 #include "support/shown.hpp"
@@ -346,6 +347,21 @@ TEST(Catalogue, KeepsTheMembersOfTheHostClassesInTheirPlaces) {
     EXPECT_EQ(signaturesOf(CFileINI::classDescription()), profile);
     EXPECT_EQ(signaturesOf(CEMail::classDescription()), mail);
     EXPECT_EQ(signaturesOf(CSystem::classDescription()), system);
+}
+
+TEST(Catalogue, KeepsTheMembersOfScriptsInTheirPlaces) {
+    const std::vector<std::string> script = {
+        "40030000 Parametri [get, set] -> Object",
+        "40030001 SQLString [get, let] -> String",
+        "40030002 Errore [get, set] -> Object",
+        "68030000 ConnectionString [get, let] -> String",
+        "68030001 ActiveConnection [get, set] -> Object",
+        "68030002 SQL_Execute [get] -> String",
+        "60030000 Execute -> Boolean",
+        "60030001 Command val CommandText:String val MessaggioErrore:String= -> String",
+        "60030002 AddTmp -> String",
+        "60030003 Clear"};
+    EXPECT_EQ(signaturesOf(CSQL::classDescription()), script);
 }
 
 TEST(Predeclared, AnswersLikeAnInstanceThatIsCreated) {

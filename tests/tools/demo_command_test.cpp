@@ -70,6 +70,18 @@ TEST(DemoCommand, ShowsAPrintLayoutThatIsAddedAndLoadedAgain) {
     EXPECT_EQ(reset["user"], "Anna");
 }
 
+TEST(DemoCommand, ShowsAScriptThatMovesLinesAndOneThatIsUndone) {
+    const json report = json::parse(kaputil({"demo", "--json"}).out);
+    const json moved = stepWith(report, "Execute", true);
+    EXPECT_EQ(moved["values"], json::parse(R"({"Righe":"2","Importo":"242,3"})"));
+    const json refused = stepWith(report, "Execute", false);
+    EXPECT_EQ(refused["user"], "Bruno");
+    EXPECT_EQ(refused["values"], moved["values"]);
+    EXPECT_TRUE(
+        refused["message"].get<std::string>().ends_with(" / La riga 20 è già nel documento"))
+        << refused;
+}
+
 TEST(DemoCommand, LeavesTheConfigurationAsItWas) {
     const Folder folder;
     ASSERT_EQ(kaputil({"demo", "--database", folder / "a.db"}).exitCode, 0);
