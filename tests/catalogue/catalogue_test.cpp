@@ -169,6 +169,10 @@ TEST(Catalogue, KeepsTheMembersOfTheGlobalClassInTheirPlaces) {
         "ref sNomeCampi:String=°°° -> Variant",
         "60030009 KapCFG ref Connessione:Variant ref sPrefissoProgramma:String "
         "ref sProcedura:String ref sApplicazione:String=°°° ref sCampo:String=°°° -> Variant",
+        "6003000a Progressivi_OLD ref sTipoDoc:String ref cDefinitivoProvvisorio:String "
+        "ref CLeggoScrivo:String ref nAnno:Integer ref nNumero:Double ref Connessione:Variant "
+        "ref sTipoProgressivo:String=°°° ref sAliasTabDoc:String=vtx_TabDoc "
+        "val GestionePrenotati:Integer=0 -> Variant",
         "6003000d ControllaConnessione ref Connessione:Variant",
         "60030010 kapEmpty val vValore:Variant -> Boolean",
         "60030011 kapVal val vValore:Variant ref sDataType:String=Double -> Variant",
@@ -183,6 +187,12 @@ TEST(Catalogue, KeepsTheMembersOfTheGlobalClassInTheirPlaces) {
         "ref nScTestata:Variant=0 -> Variant",
         "6003001a KapRound val Numero:Variant ref Decimali:Integer=0 ref Arrotonda:String=A "
         "-> Variant",
+        "6003001b Progressivi ref sTipoDoc:String ref cDefinitivoProvvisorio:String "
+        "ref CLeggoScrivo:String ref nAnno:Integer ref nNumero:Double ref Connessione:Variant "
+        "ref sTipoProgressivo:String=°°° ref sAliasTabDoc:String=vtx_TabDoc "
+        "val GestionePrenotati:Integer=0 -> Variant",
+        "6003001c RicercaNumeriDocPre ref Connessione:Variant val Progressivo:String "
+        "val Anno:String val DaNumero:Double val ANumero:Double val Ricerca:String=T -> Variant",
         "6003001d kapControllaData val Valore:Variant ref sFormat:String=dd/mm/yyyy -> String",
         "6003001e DtoSQL val Valore:Variant -> Variant",
         "6003001f kapGoTo ref rst:Object val Posizione:Variant -> Boolean",
@@ -191,19 +201,9 @@ TEST(Catalogue, KeepsTheMembersOfTheGlobalClassInTheirPlaces) {
 }
 
 TEST(Catalogue, ReservesThePlacesOfTheGlobalMembersToCome) {
-    const std::vector<String> expected = {u"kapSendKeys",
-                                          u"AspettaDueSecondi",
-                                          u"TrovaTop",
-                                          u"PosizionaForm",
-                                          u"Progressivi_OLD",
-                                          u"WLog",
-                                          u"EsportaTXT",
-                                          u"kapNomeUtente",
-                                          u"AttributiFile",
-                                          u"kapInviaEMail",
-                                          u"Ripeti",
-                                          u"Progressivi",
-                                          u"RicercaNumeriDocPre"};
+    const std::vector<String> expected = {
+        u"kapSendKeys", u"AspettaDueSecondi", u"TrovaTop",      u"PosizionaForm", u"WLog",
+        u"EsportaTXT",  u"kapNomeUtente",     u"AttributiFile", u"kapInviaEMail", u"Ripeti"};
     EXPECT_EQ(StdFunctions::classDescription().reserved, expected);
     EXPECT_EQ(raisedBy([] {
                   return predeclared()->invoke(std::int32_t{0x60030000}, InvokeKind::Method, {});
