@@ -120,7 +120,7 @@ _kaputil() {
 
     case $before in
     := | :) return ;;
-    --locale | --database | --declaration | --file | --message-log | --connection | --command | --seed | --group | --path | --table)
+    --locale | --database | --declaration | --file | --message-log | --connection | --command | --seed | --group | --path | --table | --counter | --year)
         _kaputil_value "$before" "$typed"
         return
         ;;

@@ -13,6 +13,7 @@
 #include "tools/config_options.hpp"
 #include "tools/demo_command.hpp"
 #include "tools/exit_codes.hpp"
+#include "tools/numbers_command.hpp"
 #include "tools/shown_text.hpp"
 #include "tools/sql_command.hpp"
 #include "tools/usage_error.hpp"
@@ -116,6 +117,25 @@ CLI::App* addSql(CLI::App& app, SqlCommand& sql) {
     return command;
 }
 
+CLI::App* addNumbers(CLI::App& app, NumbersCommand& numbers) {
+    CLI::App* command = app.add_subcommand(
+        "numbers", "Show the counters of documents, and what is amiss with them.");
+    command->footer(
+        "For each counter and year: the last definitive and provisional number given out, the\n"
+        "numbers reserved ahead, those that documents carry beyond the counter, and the gaps in\n"
+        "the sequence with the documents around them. Nothing is changed.\n"
+        "Exit codes: 0 done, 1 a table cannot be read, 2 wrong usage, 3 no database.");
+    command
+        ->add_option("--connection", numbers.connection,
+                     "For example \"Provider=KapLocal;Data Source=azienda.db\".")
+        ->type_name("STRING")
+        ->required();
+    command->add_option("--counter", numbers.counter, "Only this counter.")->type_name("CODE");
+    command->add_option("--year", numbers.year, "Only this year.")->type_name("YEAR");
+    command->add_flag("--json", numbers.json, "Print one JSON object.");
+    return command;
+}
+
 // The commands and what was typed for each.
 class CommandLine {
 public:
@@ -127,6 +147,7 @@ public:
         callCommand_ = addCall(app_, call_, wordsForHelp_);
         addSql(app_, sql_);
         config_.addTo(app_);
+        numbersCommand_ = addNumbers(app_, numbers_);
     }
 
     int run(std::vector<std::string> arguments) {
@@ -179,6 +200,9 @@ private:
         if (config_.parsed()) {
             return config_.run();
         }
+        if (numbersCommand_->parsed()) {
+            return numbers_.run();
+        }
         return callCommand_->parsed() ? call_.run() : sql_.run();
     }
 
@@ -188,10 +212,12 @@ private:
     CallCommand call_;
     SqlCommand sql_;
     ConfigOptions config_;
+    NumbersCommand numbers_;
     std::string wordsForHelp_;
     const CLI::App* demoCommand_ = nullptr;
     const CLI::App* classesCommand_ = nullptr;
     const CLI::App* callCommand_ = nullptr;
+    const CLI::App* numbersCommand_ = nullptr;
 };
 
 }  // namespace

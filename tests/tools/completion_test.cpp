@@ -28,7 +28,7 @@ bool offers(const std::string& all, const std::string& one) {
 }
 
 TEST(Completion, OffersTheCommands) {
-    EXPECT_EQ(offered({"kaputil", ""}), "demo classes call sql config");
+    EXPECT_EQ(offered({"kaputil", ""}), "demo classes call sql config numbers");
     EXPECT_EQ(offered({"kaputil", "c"}), "classes call config");
 }
 
@@ -48,6 +48,11 @@ TEST(Completion, OffersTheCommandsAndOptionsOfTheConfiguration) {
               "--connection --declaration --file --group --help --json --replace --table");
     EXPECT_EQ(offered({"kaputil", "config", "diff", "A", "B", "--p"}), "--path");
     EXPECT_EQ(offered({"kaputil", "config", "show", "--group", ""}), "");
+}
+
+TEST(Completion, OffersTheOptionsOfNumbers) {
+    EXPECT_EQ(offered({"kaputil", "numbers", "--"}), "--connection --counter --help --json --year");
+    EXPECT_EQ(offered({"kaputil", "numbers", "--counter", ""}), "");
 }
 
 TEST(Completion, OffersClasses) {
