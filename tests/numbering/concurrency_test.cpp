@@ -174,7 +174,8 @@ TEST_F(Concurrency, HandsNoNumberOutTwiceWhenProgramsAreKilled) {
     }
     int kills = 0;
     while (Clock::now() < end) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(20 + random() % 200));
+        std::this_thread::sleep_for(
+            std::chrono::milliseconds(static_cast<int>(20 + random() % 200)));
         Taker& taker = takers[random() % takers.size()];
         EXPECT_TRUE(taker.kill()) << "it ended by itself";
         ++kills;

@@ -239,9 +239,11 @@ TEST(DocumentNumbers, SendTheirStatementsAsTheyAre) {
     database.answer({"Codice"}, {});
     Variant connection(database.connection());
     Ref<CErrore> errore;
-    Progressivi(u"F'I", u"D", u"L", 2025, 0, connection, u"°°°", u"tipi", 0, errore);
-    Progressivi(u"", u"D", u"L", -5, 0, connection, u"B'L", u"tipi", 0, errore);
-    Progressivi_OLD(u"", u"D", u"L", 2025, 0, connection, u"BOL", u"tipi", errore);
+    static_cast<void>(
+        Progressivi(u"F'I", u"D", u"L", 2025, 0, connection, u"°°°", u"tipi", 0, errore));
+    static_cast<void>(Progressivi(u"", u"D", u"L", -5, 0, connection, u"B'L", u"tipi", 0, errore));
+    static_cast<void>(
+        Progressivi_OLD(u"", u"D", u"L", 2025, 0, connection, u"BOL", u"tipi", errore));
     EXPECT_EQ(database.statements(),
               (std::vector<std::string>{
                   "SELECT * FROM tipi WHERE CODICE ='F'I'",
@@ -257,7 +259,8 @@ TEST(DocumentNumbers, LookForReservationsAndCarriersWithTheseStatements) {
     database.answer({"Tipo", "Numero"}, {});
     Variant connection(database.connection());
     Ref<CErrore> errore;
-    Progressivi(u"", u"D", u"L", 2025, 120000000, connection, u"FAT", u"tipi", 1, errore);
+    static_cast<void>(
+        Progressivi(u"", u"D", u"L", 2025, 120000000, connection, u"FAT", u"tipi", 1, errore));
     ASSERT_EQ(database.statements().size(), 3U);
     EXPECT_EQ(database.statements()[1],
               "SELECT TOP 1 * FROM vtx_TabProPrenotati WHERE Codice = 'FAT' AND Anno = '2025' AND "

@@ -10,6 +10,7 @@
 
 #include <exception>
 #include <iostream>
+#include <stdexcept>
 #include <string>
 
 #include <kaputil/ado/connection.hpp>
