@@ -15,6 +15,7 @@
 #include "tools/demo_command.hpp"
 #include "tools/exit_codes.hpp"
 #include "tools/export_command.hpp"
+#include "tools/numbers_command.hpp"
 #include "tools/registry_options.hpp"
 #include "tools/shown_text.hpp"
 #include "tools/sql_command.hpp"
@@ -170,6 +171,25 @@ CLI::App* addBatch(CLI::App& app, BatchCommand& batch) {
     return command;
 }
 
+CLI::App* addNumbers(CLI::App& app, NumbersCommand& numbers) {
+    CLI::App* command = app.add_subcommand(
+        "numbers", "Show the counters of documents, and what is amiss with them.");
+    command->footer(
+        "For each counter and year: the last definitive and provisional number given out, the\n"
+        "numbers reserved ahead, those that documents carry beyond the counter, and the gaps in\n"
+        "the sequence with the documents around them. Nothing is changed.\n"
+        "Exit codes: 0 done, 1 a table cannot be read, 2 wrong usage, 3 no database.");
+    command
+        ->add_option("--connection", numbers.connection,
+                     "For example \"Provider=KapLocal;Data Source=azienda.db\".")
+        ->type_name("STRING")
+        ->required();
+    command->add_option("--counter", numbers.counter, "Only this counter.")->type_name("CODE");
+    command->add_option("--year", numbers.year, "Only this year.")->type_name("YEAR");
+    command->add_flag("--json", numbers.json, "Print one JSON object.");
+    return command;
+}
+
 // The commands and what was typed for each.
 class CommandLine {
 public:
@@ -184,6 +204,7 @@ public:
         config_.addTo(app_);
         registryCommand_ = addRegistry(app_, registry_);
         exportCommand_ = addExport(app_, export_);
+        numbersCommand_ = addNumbers(app_, numbers_);
     }
 
     int run(std::vector<std::string> arguments) {
@@ -245,6 +266,9 @@ private:
         if (exportCommand_->parsed()) {
             return export_.run();
         }
+        if (numbersCommand_->parsed()) {
+            return numbers_.run();
+        }
         return callCommand_->parsed() ? call_.run() : sql_.run();
     }
 
@@ -257,6 +281,7 @@ private:
     ConfigOptions config_;
     RegistryCommand registry_;
     ExportCommand export_;
+    NumbersCommand numbers_;
     std::string wordsForHelp_;
     const CLI::App* demoCommand_ = nullptr;
     const CLI::App* classesCommand_ = nullptr;
@@ -264,6 +289,7 @@ private:
     const CLI::App* registryCommand_ = nullptr;
     const CLI::App* exportCommand_ = nullptr;
     const CLI::App* batchCommand_ = nullptr;
+    const CLI::App* numbersCommand_ = nullptr;
 };
 
 }  // namespace

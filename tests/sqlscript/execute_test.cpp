@@ -99,7 +99,8 @@ TEST(ScriptRun, TellsOfAFailureThatTheServerSaysNothingOf) {
     EXPECT_FALSE(sql->Execute());
     sql->setSQLString(std::u16string(1, char16_t{0xD800}));  // half a character cannot be sent
     EXPECT_FALSE(sql->Execute());
-    EXPECT_EQ(messagesOf(sql), "String Invalid procedure call or argument\r\n");
+    EXPECT_EQ(messagesOf(sql),
+              "String The text holds half of a surrogate pair, which UTF-8 cannot carry.\r\n");
 }
 
 TEST(ScriptRun, RaisesTheErrorOfAConnectionThatIsNotOpen) {

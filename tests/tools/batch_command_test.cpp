@@ -13,7 +13,8 @@ using nlohmann::json;
 class BatchCommand : public testing::Test {
 protected:
     BatchCommand() {
-        sql("CREATE TABLE Conti (Codice int PRIMARY KEY, Saldo int NOT NULL) "
+        (void)sql(
+            "CREATE TABLE Conti (Codice int PRIMARY KEY, Saldo int NOT NULL) "
             "INSERT INTO Conti VALUES (1, 100), (2, 50)");
     }
 
@@ -116,10 +117,10 @@ TEST_F(BatchCommand, TellsOfTheStatementThatFailedAndChangesNothing) {
 TEST_F(BatchCommand, TellsProgramsOfTheStatementThatFailed) {
     const std::string err = batch(kRefused, {"--json"}).err;
     const std::string last = err.substr(err.rfind('\n', err.size() - 2) + 1);
-    EXPECT_EQ(json::parse(last), json::parse(R"({"statement":{"line":6,
-        "message":"L'inserimento è fallito","text":"INSERT INTO Conti\nVALUES (2, 7)"
-}
-})"));
+    const json statement = {{"line", 6},
+                            {"message", "L'inserimento è fallito"},
+                            {"text", "INSERT INTO Conti\nVALUES (2, 7)"}};
+    EXPECT_EQ(json::parse(last), json({{"statement", statement}}));
 }
 
 TEST_F(BatchCommand, TellsProgramsHowManyStatementsRan) {

@@ -30,7 +30,8 @@ bool offers(const std::string& all, const std::string& one) {
 }
 
 TEST(Completion, OffersTheCommands) {
-    EXPECT_EQ(offered({"kaputil", ""}), "demo classes call sql batch config registry export");
+    EXPECT_EQ(offered({"kaputil", ""}),
+              "demo classes call sql batch config registry export numbers");
     EXPECT_EQ(offered({"kaputil", "c"}), "classes call config");
 }
 
@@ -51,6 +52,11 @@ TEST(Completion, OffersTheCommandsAndOptionsOfTheConfiguration) {
               "--connection --declaration --file --group --help --json --replace --table");
     EXPECT_EQ(offered({"kaputil", "config", "diff", "A", "B", "--p"}), "--path");
     EXPECT_EQ(offered({"kaputil", "config", "show", "--group", ""}), "");
+}
+
+TEST(Completion, OffersTheOptionsOfNumbers) {
+    EXPECT_EQ(offered({"kaputil", "numbers", "--"}), "--connection --counter --help --json --year");
+    EXPECT_EQ(offered({"kaputil", "numbers", "--counter", ""}), "");
 }
 
 TEST(Completion, OffersClasses) {

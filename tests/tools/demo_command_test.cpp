@@ -57,6 +57,22 @@ TEST(DemoCommand, ShowsAmountsDatesAndThePriceOfALine) {
     EXPECT_EQ(capped["values"]["nSc1"], "99,99");
 }
 
+TEST(DemoCommand, HandsTheNumberThatBothSawOutOnce) {
+    const json report = json::parse(kaputil({"demo", "--json"}).out);
+    std::vector<std::string> calls;
+    std::vector<int> numbers;
+    for (const json& step : report["steps"]) {
+        if (step["member"] == "Progressivi") {
+            calls.push_back(step["user"].get<std::string>() + " " +
+                            step["arguments"]["CLeggoScrivo"].get<std::string>());
+            numbers.push_back(step["result"]);
+        }
+    }
+    EXPECT_EQ(calls, (std::vector<std::string>{"Anna L", "Bruno L", "Anna S", "Bruno L"}));
+    const int first = numbers.at(0);
+    EXPECT_EQ(numbers, (std::vector<int>{first, first, first, first + 1}));
+}
+
 TEST(DemoCommand, ReadsTheTextOfAMessageBoxInTheLog) {
     const json report = json::parse(kaputil({"demo", "--json"}).out);
     EXPECT_EQ(stepWith(report, "CalcVal", nullptr)["message"], "Valuta XYZ non trovata!");

@@ -9,6 +9,8 @@
 #include <iostream>
 #include <string>
 
+#include <kaputil/ado/connection.hpp>
+#include <kaputil/ado/recordset.hpp>
 #include <kaputil/frame/convert.hpp>
 #include <kaputil/sqlscript/csql.hpp>
 
