@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "ado/embedded/translate/statements.hpp"
+#include "ado/embedded/violations.hpp"
 #include "tsql/server_error.hpp"
 #include "tsql/text.hpp"
 
@@ -97,7 +98,7 @@ void TableChanger::alter(const tsql::AlterTableStatement& statement, const Names
     const Table table = found != nullptr ? *found : requireTable(statement.table.text(), line);
     switch (statement.action) {
         case Action::Add:
-            add(table, statement.added, names, line);
+            add(table, statement, names, line);
             return;
         case Action::AlterColumn:
             alterColumn(table, statement.column, names, line);
@@ -119,8 +120,32 @@ void TableChanger::alter(const tsql::AlterTableStatement& statement, const Names
 
 // --- Adding
 
-void TableChanger::add(const Table& table, const tsql::TableElements& added, const Names& names,
-                       int line) {
+// The name of a constraint is given once in the file.
+void TableChanger::checkNames(const tsql::TableElements& added, int line) const {
+    std::vector<std::string> names;
+    const auto note = [&](const auto& list) {
+        for (const auto& each : list)
+            names.push_back(each.name);
+    };
+    note(added.keys);
+    note(added.foreignKeys);
+    note(added.checks);
+    for (const auto& [column, option] : added.defaults)
+        names.push_back(option.constraintName);
+    for (const ConstraintInfo& known : catalogue_.constraints()) {
+        const auto taken = std::ranges::find_if(
+            names, [&](const std::string& name) { return sameName(name, known.name); });
+        if (taken == names.end()) continue;
+        throw ServerError(2714,
+                          "There is already an object named '" + *taken + "' in the database.",
+                          line, 16, 5);
+    }
+}
+
+void TableChanger::add(const Table& table, const tsql::AlterTableStatement& statement,
+                       const Names& names, int line) {
+    const tsql::TableElements& added = statement.added;
+    checkNames(added, line);
     TableBuilder builder(names, table);
     const TableText before = textOf(table);
     for (const TableText::Element& element : before.elements()) {
@@ -128,15 +153,30 @@ void TableChanger::add(const Table& table, const tsql::TableElements& added, con
     }
     builder.add(added);
     for (const Column& column : builder.table().columns) {
-        if (table.find(column.name) == nullptr) addColumn(table, column, builder, line);
+        if (table.find(column.name) == nullptr) addColumn(table, column, added, builder, line);
     }
-    addKeys(table, builder);
-    addDefaults(table, builder, added);
-    addConstraints(table, builder, line);
+    addKeys(table, builder, line);
+    addDefaults(table, builder, added, line);
+    for (const TableText::Element& element : addConstraints(table, builder)) {
+        if (!statement.withoutCheck) checkRows(table, element, line);
+    }
 }
 
+namespace {
+
+bool fillsRows(const Column& column, const tsql::TableElements& added) {
+    if (!column.nullable) return true;
+    return std::ranges::any_of(added.columns, [&](const tsql::ColumnDefinition& each) {
+        return sameName(each.name, column.name) && each.defaultValue &&
+               each.defaultValue->withValues;
+    });
+}
+
+}  // namespace
+
 // The column comes in without conditions, gets its values, and then its whole text.
-void TableChanger::addColumn(const Table& table, const Column& column, const TableBuilder& builder,
+void TableChanger::addColumn(const Table& table, const Column& column,
+                             const tsql::TableElements& added, const TableBuilder& builder,
                              int line) {
     const std::string target = tableSql(table.name, table.temporary);
     const std::string full = builder.columnSql(column);
@@ -154,10 +194,10 @@ void TableChanger::addColumn(const Table& table, const Column& column, const Tab
     }
     std::string value;
     if (column.identity) {
-        value = identityCall(table);
+        value = identityCall(table.name);
     } else if (column.isRowVersion()) {
         value = rowVersionCall();
-    } else if (!column.nullable && column.defaultSql) {
+    } else if (column.defaultSql && fillsRows(column, added)) {
         value = *column.defaultSql;
     } else if (!column.nullable && hasRows("SELECT 1 FROM " + target)) {
         throw ServerError(4901,
@@ -176,14 +216,19 @@ void TableChanger::addColumn(const Table& table, const Column& column, const Tab
     setText(table, text);
 }
 
-void TableChanger::addKeys(const Table& table, const TableBuilder& builder) {
+void TableChanger::addKeys(const Table& table, const TableBuilder& builder, int line) {
     for (const TableKey& key : builder.keys()) {
-        run("CREATE UNIQUE INDEX " + std::string(table.temporary ? "temp." : "main.") +
-            sqlName(indexName(table, key.name)) + " ON " + sqlName(table.name) + " (" +
-            nameList(key.columns) + ")");
         const std::string nulls =
             key.primary ? "" : nullsIndex(builder.table(), key.name, key.columns);
-        if (!nulls.empty()) run(nulls);
+        try {
+            run("CREATE UNIQUE INDEX " + std::string(table.temporary ? "temp." : "main.") +
+                sqlName(indexName(table, key.name)) + " ON " + sqlName(table.name) + " (" +
+                nameList(key.columns) + ")");
+            if (!nulls.empty()) run(nulls);
+        } catch (const SqliteError& error) {
+            if (error.code() != SQLITE_CONSTRAINT_UNIQUE) throw;
+            throw duplicateRows(table.name, key.name).at(line);
+        }
         if (table.temporary) continue;
         catalogue_.stored().put({0, key.primary ? StoredKind::PrimaryKey : StoredKind::UniqueKey,
                                  key.name, table.name, nameList(key.columns)});
@@ -191,26 +236,30 @@ void TableChanger::addKeys(const Table& table, const TableBuilder& builder) {
 }
 
 void TableChanger::addDefaults(const Table& table, const TableBuilder& builder,
-                               const tsql::TableElements& added) {
+                               const tsql::TableElements& added, int line) {
     if (added.defaults.empty()) return;
     TableText text = textOf(table);
     for (const auto& [name, option] : added.defaults) {
+        const Column* before = table.find(name);
+        if (before != nullptr && before->defaultSql) {
+            throw ServerError(1781, "Column already has a DEFAULT bound to it.", line);
+        }
         text.column(name)->text = builder.columnSql(*builder.table().find(name));
     }
     setText(table, text);
 }
 
-void TableChanger::addConstraints(const Table& table, const TableBuilder& builder, int line) {
-    if (builder.constraints().empty()) return;
-    TableText text = textOf(table);
+std::vector<TableText::Element> TableChanger::addConstraints(const Table& table,
+                                                             const TableBuilder& builder) {
     std::vector<TableText::Element> added;
+    if (builder.constraints().empty()) return added;
+    TableText text = textOf(table);
     for (const std::string& constraint : builder.constraints()) {
         added.push_back(constraintElement(constraint));
         text.add(added.back());
     }
     setText(table, text);
-    for (const TableText::Element& element : added)
-        checkRows(table, element, line);
+    return added;
 }
 
 // The rows that are there must hold to a new constraint.
