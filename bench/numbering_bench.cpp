@@ -10,6 +10,7 @@
 #include <string>
 
 #include <kaputil/ado/connection.hpp>
+#include <kaputil/ado/recordset.hpp>
 #include <kaputil/frame/convert.hpp>
 #include <kaputil/numbering/document_numbers.hpp>
 

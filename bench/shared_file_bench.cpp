@@ -68,7 +68,7 @@ public:
     [[nodiscard]] std::int64_t number(const char16_t* query) const {
         const auto rows = kap::make<kap::ado::Recordset>();
         rows->Open(query, Variant(open()));
-        return kap::convert::toInt32(rows->field(0)->Value());
+        return kap::convert::toLong(rows->Fields()->Item(0)->Value());
     }
 
 private:
@@ -130,12 +130,12 @@ public:
             rows->Open("SELECT * FROM Righe WHERE Id = " + std::to_string(row_),
                        Variant(connection_), kap::ado::CursorTypeEnum::adOpenStatic,
                        kap::ado::LockTypeEnum::adLockOptimistic);
-            const auto field = rows->field(u"Quantita");
-            field->setValue(kap::convert::toInt32(field->Value()) + 1);
+            const auto field = rows->Fields()->Item(u"Quantita");
+            field->setValue(kap::convert::toLong(field->Value()) + 1);
             try {
                 rows->Update();
                 return;
-            } catch (const kap::Error& error) {
+            } catch (const kap::AutomationError& error) {
                 if (error.number() != kap::ado::errors::kConcurrency) throw;
                 rows->CancelUpdate();
             }

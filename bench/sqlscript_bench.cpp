@@ -20,7 +20,6 @@
 namespace {
 
 using kap::Ref;
-using kap::String;
 
 constexpr int kStatements = 1'000;
 constexpr int kRows = 1'000'000;

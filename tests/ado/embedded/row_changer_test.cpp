@@ -73,9 +73,8 @@ TEST_F(RowChangerTest, ATableOfOneColumnTakesDefaultsToo) {
 }
 
 TEST_F(RowChangerTest, ReadsAWholeNumberOfAFloatBackAsAFloat) {
-    const ChangeOutcome outcome = session_->apply(change(RowChange::Kind::Update,
-                                                         {integer("mark", 42)}, {integer("id", 2)},
-                                                         {"mark"}));
+    const ChangeOutcome outcome = session_->apply(
+        change(RowChange::Kind::Update, {integer("mark", 42)}, {integer("id", 2)}, {"mark"}));
     EXPECT_EQ(outcome.readBack.at(0), CellValue(42.0));
 }
 
