@@ -151,7 +151,7 @@ std::string Parser::variable() {
 }
 
 std::string Parser::parameterMark() {
-    const std::string name = "?" + peek().text;
+    std::string name = "?" + peek().text;
     checkDeclared({TokenKind::Variable, name, peek().line});
     next();
     return name;

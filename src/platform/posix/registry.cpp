@@ -89,7 +89,7 @@ std::vector<String> keysBelow(std::u16string_view key) {
     const Tree tree = load();
     for (const Tree::Key& candidate : tree.keys()) {
         if (unicode::sameName(parentOf(candidate.path), path)) {
-            names.emplace_back(candidate.path.substr(path.size() + 1));
+            names.emplace_back(std::u16string_view(candidate.path).substr(path.size() + 1));
         }
     }
     return names;

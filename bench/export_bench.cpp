@@ -1,0 +1,150 @@
+// Export of a query to a text file with lines of fixed length, beside the sqlite3 shell writing the
+// same rows as comma-separated values to a file.
+
+#include <unistd.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <stdexcept>
+#include <string>
+
+#include <kaputil/ado/connection.hpp>
+#include <kaputil/ado/recordset.hpp>
+#include <kaputil/frame/convert.hpp>
+#include <kaputil/host/text_export.hpp>
+
+#include "bench/job.hpp"
+
+namespace {
+
+using kap::Ref;
+using kap::String;
+using kap::Variant;
+using kap::bench::Values;
+
+constexpr int kRows = 1'000'000;
+constexpr const char* kQuery =
+    "SELECT Id, Codice, Descrizione, Quantita, Prezzo, Sconto, Data, Magazzino, Peso, Nota FROM "
+    "Righe";
+constexpr std::size_t kLineEnd = 2;
+
+// A table of a million rows, and the folder that it is exported to.
+class Sample {
+public:
+    static Sample& get() {
+        static Sample sample;
+        return sample;
+    }
+
+    [[nodiscard]] const std::string& folder() const { return folder_; }
+    [[nodiscard]] std::string database() const { return folder_ + "/bench.db"; }
+    [[nodiscard]] Ref<kap::ado::Connection> open() const {
+        auto connection = kap::make<kap::ado::Connection>();
+        connection->Open("Provider=KapLocal;Data Source=" + database());
+        return connection;
+    }
+
+    ~Sample() {
+        std::error_code ignored;
+        std::filesystem::remove_all(folder_, ignored);
+    }
+    Sample(const Sample&) = delete;
+    Sample& operator=(const Sample&) = delete;
+
+private:
+    Sample() {
+        std::string pattern =
+            (std::filesystem::temp_directory_path() / "kaputil-bench-XXXXXX").string();
+        if (mkdtemp(pattern.data()) == nullptr)
+            throw std::runtime_error("no folder for the export");
+        folder_ = pattern;
+        open()->Execute(
+            u"CREATE TABLE Righe (Id int PRIMARY KEY, Codice varchar(12), Descrizione varchar(40), "
+            u"Quantita float, Prezzo money, Sconto real, Data datetime, Magazzino smallint, "
+            u"Peso float, Nota varchar(20));"
+            u"WITH c (n) AS (SELECT 1 UNION ALL SELECT n + 1 FROM c WHERE n < 1000) "
+            u"INSERT INTO Righe SELECT (a.n - 1) * 1000 + b.n, 'ART' + convert(varchar(8), b.n), "
+            u"'Descrizione dell''articolo ' + convert(varchar(8), a.n), b.n / 4.0, a.n * 1.25, "
+            u"b.n % 50, dateadd(day, a.n, '20200101'), b.n % 9, a.n / 8.0, 'nota ' + "
+            u"convert(varchar(8), b.n % 100) FROM c AS a CROSS JOIN c AS b OPTION (MAXRECURSION "
+            u"0)");
+    }
+
+    std::string folder_;
+};
+
+double secondsOf(const std::function<void()>& work) {
+    const auto start = std::chrono::steady_clock::now();
+    work();
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+void exportRows() {
+    String query(kQuery);
+    Variant connection(Sample::get().open());
+    String name = u"EXPORT.TXT";
+    String folder(Sample::get().folder() + "/");
+    bool describes = true;
+    if (!kap::host::EsportaTXT(query, connection, name, folder, describes)) {
+        throw std::runtime_error("the export failed");
+    }
+}
+
+void checkExport() {
+    const std::string file = Sample::get().folder() + "/EXPORT.TXT";
+    std::ifstream lines(file, std::ios::binary);
+    std::string first;
+    std::getline(lines, first);
+    const auto size = static_cast<std::uintmax_t>(first.size() + 1);
+    if (first.size() < kLineEnd || std::filesystem::file_size(file) != size * kRows) {
+        throw std::runtime_error("the exported lines are not as many as the rows");
+    }
+}
+
+void runShell() {
+    const std::string command = "sqlite3 -csv '" + Sample::get().database() + "' '" + kQuery +
+                                "' > '" + Sample::get().folder() + "/shell.csv'";
+    if (std::system(command.c_str()) != 0) throw std::runtime_error("the sqlite3 shell failed");
+}
+
+Values rowsPerSecond() {
+    const double ours = secondsOf(exportRows);
+    checkExport();
+    const double shell = secondsOf(runShell);
+    return {kRows / ours, kRows / shell};
+}
+
+// The largest that this process has been, in bytes.
+double peakMemory() {
+    std::ifstream status("/proc/self/status");
+    std::string word;
+    double kilobytes = 0;
+    while (status >> word) {
+        if (word == "VmHWM:") status >> kilobytes;
+    }
+    constexpr double kKilo = 1024;
+    return kilobytes * kKilo;
+}
+
+// What an export adds to the rows that it reads, which are all held by the recordset of the query.
+Values memoryBesideRows() {
+    double rows = 0;
+    {
+        const auto connection = Sample::get().open();
+        const auto source = kap::make<kap::ado::Recordset>();
+        source->setCursorLocation(kap::ado::CursorLocationEnum::adUseClient);
+        source->Open(kQuery, Variant(connection));
+        rows = peakMemory();
+    }
+    exportRows();
+    return {peakMemory(), rows};
+}
+
+KAP_BENCH_VALUES("export: 1,000,000 rows of 10 columns", "rows per second", rowsPerSecond,
+                 kap::bench::atLeast(2.0));
+KAP_BENCH_VALUES("export: memory beside that of the query's rows", "bytes", memoryBesideRows,
+                 kap::bench::atMost(1.1));
+
+}  // namespace
