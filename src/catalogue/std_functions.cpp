@@ -182,8 +182,10 @@ const ClassDescription& StdFunctions::classDescription() {
             .raises(u"The database's errors; 94 for a Null counter.")
             .method<&StdFunctions::RicercaNumeriDocPre>(
                 u"RicercaNumeriDocPre",
-                {u"Connessione", u"Progressivo", u"Anno", u"DaNumero", u"ANumero",
-                 Parameter(u"Ricerca").otherwise(u"T")},
+                {u"Connessione", Parameter(u"Progressivo").byReference(),
+                 Parameter(u"Anno").byReference(), Parameter(u"DaNumero").byReference(),
+                 Parameter(u"ANumero").byReference(),
+                 Parameter(u"Ricerca").otherwise(u"T").byReference()},
                 u"Who carries the numbers of a range of a counter, as a property string.")
             .raises(u"The database's errors; 6 for more than 32,767 rows.")
             .method<&StdFunctions::kapControllaData>(
@@ -192,7 +194,8 @@ const ClassDescription& StdFunctions::classDescription() {
             .raises(u"13 for a value without a text.")
             .method<&StdFunctions::DtoSQL>(u"DtoSQL", {u"Valore"},
                                            u"A day-first date as year-month-day.")
-            .method<&StdFunctions::kapGoTo>(u"kapGoTo", {u"rst", u"Posizione"},
+            .method<&StdFunctions::kapGoTo>(u"kapGoTo",
+                                            {u"rst", Parameter(u"Posizione").byReference()},
                                             u"Moves to FIRST, LAST or a row number.")
             .build();
     return description;

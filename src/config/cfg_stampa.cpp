@@ -14,9 +14,11 @@ const ClassDescription& CFG_Stampa::classDescription() {
         ClassBuilder<CFG_Stampa>(u"CFG_Stampa", u"751365ef-c473-43b7-8dc1-8e404c5fb3a2",
                                  u"1286c8fd-6205-4973-a472-388401bca382")
             .summary(u"The configuration of a print, kept in a configuration field.")
-            .method<&CFG_Stampa::InitDefault>(u"InitDefault", {u"vNewValue"},
+            .method<&CFG_Stampa::InitDefault>(u"InitDefault",
+                                              {Parameter(u"vNewValue").byReference()},
                                               u"Attaches a field in default mode.")
-            .method<&CFG_Stampa::Init>(u"Init", {u"vNewValue"}, u"Attaches a field.")
+            .method<&CFG_Stampa::Init>(u"Init", {Parameter(u"vNewValue").byReference()},
+                                       u"Attaches a field.")
             .property<&CFG_Stampa::CFGCampo, &CFG_Stampa::setCFGCampo>(u"CFGCampo",
                                                                        u"The attached field.")
             .raises(u"438 when it is assigned.")

@@ -1,5 +1,6 @@
 #include "config/field_row.hpp"
 
+#include <kaputil/ado/command.hpp>
 #include <kaputil/ado/connection.hpp>
 #include <kaputil/ado/recordset.hpp>
 #include <kaputil/frame/convert.hpp>
@@ -34,19 +35,18 @@ Ref<Object> rootOf(Object& field) {
     return node;
 }
 
-ado::Connection& opened(const Variant& connection) {
+void requireOpen(const Variant& connection) {
     if (!connection.isObject()) {
         throw AutomationError(errors::kObjectRequired);
     }
     const Ref<Object>& object = connection.as<Ref<Object>>();
-    auto* opened = dynamic_cast<ado::Connection*>(object.get());
+    const auto* opened = dynamic_cast<const ado::Connection*>(object.get());
     if (object && opened == nullptr) {
         throw AutomationError(errors::kTypeMismatch);
     }
     if (opened == nullptr || opened->State() == ado::ObjectStateEnum::adStateClosed) {
         ado::fail::invalidConnection();
     }
-    return *opened;
 }
 
 }  // namespace
@@ -75,8 +75,12 @@ String FieldRow::selectStatement() const {
 }
 
 void FieldRow::remove() const {
-    const String statement = u" DELETE " + table_ + u" " + condition();
-    opened(connection_).Execute(statement);
+    requireOpen(connection_);
+    const auto command = make<ado::Command>();
+    command->setActiveConnection(connection_);
+    command->setCommandType(ado::CommandTypeEnum::adCmdText);
+    command->setCommandText(u" DELETE " + table_ + u" " + condition());
+    static_cast<void>(command->Execute());
 }
 
 }  // namespace kap::config

@@ -86,8 +86,8 @@ public:
 
     void loadCurrentRow() const {
         const String value = text(u"Valore");
-        const bool added = isAddedAtRunTime(value);
         CFG_Campi& fields = required(module()->Campi());
+        const bool added = isAddedAtRunTime(value);
         const String name = text(u"Campo");
         const Ref<CFG_Campo> field = added ? fields.Add(name) : fields.Item(name);
         field->setValore(value);

@@ -49,12 +49,16 @@ std::optional<String> pathFrom(const String& rootHandle, const String& key) {
     return root;
 }
 
-// Clients are not told what the registry answers; the user of a damaged one finds it in the log.
+// Clients are not told what the registry answers: a path that no key can have is one of no key. The
+// user of a damaged store finds it in the log.
 template <class Action>
 void quietly(Action action) {
     try {
         action();
     } catch (const AutomationError& error) {
+        if (error.number() == errors::kBadFileName) {
+            return;
+        }
         platform::showMessage(u"CRegistro", platform::MessageSeverity::Warning,
                               error.description());
     }

@@ -15,15 +15,11 @@ namespace {
 using sqlscript::held;
 
 // Gives the messages of a failed run to the error object: the server's error, and behind it what
-// the script raised for the statement. A failure that the server said nothing of tells itself.
-void addMessages(CErrore& error, const ado::Connection& connection,
-                 const AutomationError& failure) {
+// the script raised for the statement.
+void addMessages(CErrore& error, const ado::Connection& connection) {
     const auto reported = connection.Errors();
     for (std::int32_t i = 0; i < reported->Count(); ++i) {
         error.AddMessaggio(reported->Item(i)->Description());
-    }
-    if (reported->Count() == 0) {
-        error.AddMessaggio(failure.description());
     }
 }
 
@@ -117,12 +113,11 @@ bool CSQL::Execute() {
     command->setCommandType(ado::CommandTypeEnum::adCmdText);
     command->setCommandText(SQL_Execute());
     command->setCommandTimeout(0);
-    connection->Errors()->Clear();  // what comes into it now is of this run
     try {
         static_cast<void>(command->Execute(Variant::missing(), Variant::missing(), -1));
-    } catch (const AutomationError& failure) {
+    } catch (const AutomationError&) {
         error_->setNumero(1);
-        addMessages(*error_, *connection, failure);
+        addMessages(*error_, *connection);
         rollBackWhatIsOpen(*command);
     }
     return !failed();

@@ -106,11 +106,13 @@ Ref<CProprieta> CSQL::columnMap() {
         if (unicode::upper(column) == kRowVersion) {
             continue;
         }
+        // Looked for in any case: a name that cannot be searched is an error of the client's.
+        const bool inSource = findColumn(*source, column);
         // An expression of the client's wins, and fills columns that the source lacks.
         const String parameter = nameIn(*destination, kTableName) + u"." + column;
         if (!isBlank(parameters, parameter)) {
             map->Scrivi(column, parameters.Leggi(parameter));
-        } else if (findColumn(*source, column)) {
+        } else if (inSource) {
             map->Scrivi(column, from + u".[" + nameIn(*source, kColumnName) + u"]");
         }
     }

@@ -208,11 +208,11 @@ TEST(Catalogue, KeepsTheMembersOfTheGlobalClassInTheirPlaces) {
         "ref CLeggoScrivo:String ref nAnno:Integer ref nNumero:Double ref Connessione:Variant "
         "ref sTipoProgressivo:String=°°° ref sAliasTabDoc:String=vtx_TabDoc "
         "val GestionePrenotati:Integer=0 -> Variant",
-        "6003001c RicercaNumeriDocPre ref Connessione:Variant val Progressivo:String "
-        "val Anno:String val DaNumero:Double val ANumero:Double val Ricerca:String=T -> Variant",
+        "6003001c RicercaNumeriDocPre ref Connessione:Variant ref Progressivo:String "
+        "ref Anno:String ref DaNumero:Double ref ANumero:Double ref Ricerca:String=T -> Variant",
         "6003001d kapControllaData val Valore:Variant ref sFormat:String=dd/mm/yyyy -> String",
         "6003001e DtoSQL val Valore:Variant -> Variant",
-        "6003001f kapGoTo ref rst:Object val Posizione:Variant -> Boolean",
+        "6003001f kapGoTo ref rst:Object ref Posizione:Variant -> Boolean",
     };
     EXPECT_EQ(signaturesOf(StdFunctions::classDescription()), expected);
 }
@@ -299,7 +299,7 @@ TEST(Catalogue, KeepsTheMembersOfConfigurationFieldsAndPrintsInTheirPlaces) {
                                             "60030001 ResetDefault val ResetTabella:Boolean",
                                             "6803000c Path [get] -> String"};
     const std::vector<std::string> print = {
-        "60030000 InitDefault val vNewValue:Object",   "60030001 Init val vNewValue:Object",
+        "60030000 InitDefault ref vNewValue:Object",   "60030001 Init ref vNewValue:Object",
         "68030000 CFGCampo [get, set] -> Object",      "68030001 Nome [get] -> String",
         "68030002 AddRunTime [get] -> Boolean",        "68030003 Titolo [get, let] -> String",
         "68030004 Flag [get, let] -> String",          "68030005 EMail [get, let] -> String",

@@ -33,6 +33,29 @@ TEST(CreateObject, RefusesNamesThatStandForNothing) {
     }
 }
 
+// Numbers as a script host takes them: the last argument means nothing to the older member.
+TEST(LateBoundNumbers, AreTakenByBothMembersAndTheirFailuresAreTold) {
+    const auto connection = createObject(u"ADODB.Connection");
+    call(*connection, u"Open", {Variant(test::memoryDatabase().c_str())});
+    call(*connection, u"Execute",
+         {u"CREATE TABLE vtx_TabDoc (Codice varchar(3), TipoProg varchar(5));"
+          u"CREATE TABLE vtx_TabPro (Codice varchar(5), Anno smallint, n_Def int, n_Prov int, "
+          u"GestProvv int, PRIMARY KEY (Codice, Anno));"
+          u"INSERT INTO vtx_TabPro VALUES ('FAT', 2025, 41, 7, 0)"});
+    const auto functions = createObject(u"KapUtil.StdFunctions");
+    const auto take = [&](const char16_t* member, const char16_t* counter, std::int16_t handling) {
+        return shown(call(*functions, member,
+                          {u"FAI", u"D", u"S", std::int16_t{2025}, 0.0, Variant(connection),
+                           counter, u"vtx_TabDoc", handling}));
+    };
+    EXPECT_EQ(take(u"Progressivi_OLD", u"FAT", 4), "Long 42");
+    EXPECT_EQ(take(u"Progressivi", u"FAT", 4), "Long 43");
+    EXPECT_EQ(take(u"Progressivi", u"FAT", 0), "Long 43");
+    EXPECT_EQ(take(u"Progressivi_OLD", u"MANCA", 0), "Integer -9");
+    const Ref<Object> errore = functions->invoke(u"Errore", InvokeKind::Get, {}).as<Ref<Object>>();
+    EXPECT_EQ(shown(errore->invoke(u"Numero", InvokeKind::Get, {})), "String 1");
+}
+
 // The whole edit of a record as a script host would do it: nothing but names and Variants.
 TEST(LateBoundRecord, IsReadEditedSavedAndRefused) {
     const auto connection = createObject(u"ADODB.Connection");

@@ -134,6 +134,20 @@ TEST(FieldInTheTable, KeepsWhatOtherColumnsHold) {
     EXPECT_EQ(rowsOf(connection), "UFFICIO Vendite Ordini Stampa Copie=2/0\n");
 }
 
+TEST(FieldInTheTable, ChangesOnlyTheFirstOfSeveralRows) {
+    const auto connection = openConfiguration();
+    addRow(connection, "UFFICIO", "Copie", "1");
+    addRow(connection, "UFFICIO", "Copie", "2");
+    const auto root = sampleRoot();
+    root->setActiveConnection(connection);
+    const auto field = sampleFields(root)->Add(u"Copie");
+    field->setValore(u"3");
+    field->Update();
+    EXPECT_EQ(rowsOf(connection),
+              "UFFICIO Vendite Ordini Stampa Copie=2/0\n"
+              "UFFICIO Vendite Ordini Stampa Copie=3/0\n");
+}
+
 TEST(FieldInTheTable, DeletesOnlyTheRowOfItsGroup) {
     const auto connection = openConfiguration();
     addRow(connection, "DEFAULT", "Copie", "1");

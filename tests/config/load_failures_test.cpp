@@ -153,6 +153,13 @@ TEST_F(FailedLoad, OnAMarkThatIsNeverClosed) {
     expectPartlyLoadedAndNextWorking();
 }
 
+TEST_F(FailedLoad, OnAModuleThatIsNotDeclaredBeforeTheValueIsLookedAt) {
+    connection_->Execute(
+        u"INSERT INTO KAP_CFG (Gruppo, Applicazione, Procedura, Modulo, Campo, Valore, Flag) "
+        u"VALUES ('UFFICIO', 'Vendite', 'Ordini', 'ZZ', 'Copie', '<ADD_RUNTIME>', '0')");
+    EXPECT_EQ(load(), "-2147221503 CFG   UFFICIO\\Vendite\\Ordini\\ZZ  non  trovato");
+}
+
 TEST_F(FailedLoad, WithoutAnyApplication) {
     root_->Delete(u"Vendite");
     EXPECT_EQ(loadError(), ado::errors::kCommandText);

@@ -1,5 +1,7 @@
 #include <kaputil/host/cregistro.hpp>
 
+#include <filesystem>
+
 #include <gtest/gtest.h>
 
 #include <kaputil/frame/error.hpp>
@@ -119,6 +121,19 @@ TEST_F(CRegistroTest, WritesTheUnnamedValueEvenWhenChiaveIsSet) {
     EXPECT_EQ(stored(u""), "x");
     EXPECT_EQ(stored(u"Nome"), "nothing");
     EXPECT_EQ(name, u"");
+    registro_->setNomeValore(kPath);
+    registro_->Scrivi(kUser, u"y", u"REG_SZ");
+    EXPECT_EQ(stored(u""), "y");
+    EXPECT_EQ(stored(u"Nome"), "nothing");
+}
+
+TEST_F(CRegistroTest, TakesAPathThatNoKeyCanHaveForOneThatIsNotThere) {
+    platform::setMessageLog(folder_.file("messaggi.log"));
+    for (const char16_t* path : {u"\\Software", u"Software\\\\Vertex", u"Software\\"}) {
+        EXPECT_EQ(shown(registro_->Leggi(kUser, u"Nome", path)), "Empty");
+        EXPECT_EQ(shown(registro_->Scrivi(kUser, u"x", u"REG_SZ", u"Nome", path)), "String Done");
+    }
+    EXPECT_FALSE(std::filesystem::exists(folder_.file("messaggi.log")));
 }
 
 TEST_F(CRegistroTest, WritesUnderTheKeyOfNomeValoreWhenNoneIsGiven) {

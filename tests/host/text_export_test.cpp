@@ -102,6 +102,26 @@ TEST_F(TextExport, LeavesTheColumnsOfAnEarlierExportInTheSchema) {
     EXPECT_EQ(content(), "   3    \r\n");
 }
 
+TEST_F(TextExport, WritesAFieldIntoEveryColumnOfItsName) {
+    EXPECT_TRUE(exportQuery("SELECT 1 AS A, 2 AS B"));
+    EXPECT_TRUE(exportQuery("SELECT 3 AS B"));
+    EXPECT_EQ(content(), "   3   3\r\n");
+    EXPECT_TRUE(exportQuery("SELECT 1 AS A, 2 AS A"));
+    EXPECT_EQ(content(), "   2   2\r\n");
+}
+
+TEST_F(TextExport, DescribesAFieldByItsNameTypeAndSize) {
+    EXPECT_TRUE(exportQuery("SELECT CAST('x' AS varchar(50)) AS NOME"));
+    EXPECT_EQ(schema(), std::string(kFixedKeys) + "col1=NOME Char Width 50\r\n");
+}
+
+TEST_F(TextExport, WritesATimeThatIsTooLongForItsColumnToTheMinute) {
+    EXPECT_TRUE(
+        exportQuery("SELECT CAST('2003-12-25 9:11:12' AS datetime) AS A, "
+                    "CAST('2003-12-25 10:11:12' AS datetime) AS B"));
+    EXPECT_EQ(content(), "25/12/2003 9:11:1225/12/2003 10:11  \r\n");
+}
+
 TEST_F(TextExport, WritesTheEuroSignAloneAsEur) {
     EXPECT_TRUE(
         exportQuery("SELECT CAST('€' AS varchar(5)) AS A, CAST('€' AS varchar(2)) AS B, "

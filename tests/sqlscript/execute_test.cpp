@@ -91,16 +91,14 @@ TEST(ScriptRun, TellsOfALostConnectionAndCanBeUsedAgain) {
     EXPECT_EQ(database.statements()[2], database.statements()[0]);
 }
 
-TEST(ScriptRun, TellsOfAFailureThatTheServerSaysNothingOf) {
+TEST(ScriptRun, TellsWhatTheConnectionHoldsOfItsFailures) {
     RecordingDatabase database;
-    database.fail(-2147467259, "di prima");
     database.answerNothing();
     const auto sql = scriptOn(database.connection());
-    EXPECT_FALSE(sql->Execute());
     sql->setSQLString(std::u16string(1, char16_t{0xD800}));  // half a character cannot be sent
     EXPECT_FALSE(sql->Execute());
-    EXPECT_EQ(messagesOf(sql),
-              "String The text holds half of a surrogate pair, which UTF-8 cannot carry.\r\n");
+    EXPECT_EQ(shown(sql->Errore()->Numero()), "Integer 1");
+    EXPECT_EQ(messagesOf(sql), "");
 }
 
 TEST(ScriptRun, RaisesTheErrorOfAConnectionThatIsNotOpen) {

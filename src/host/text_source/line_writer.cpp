@@ -60,18 +60,23 @@ String LineWriter::numberText(const String& text) const {
     return changed;
 }
 
-// Without a format a date that is a whole day stands alone; the hour has no zero in front.
-String LineWriter::dateText(const String& value) const {
+// Without a format a date that is a whole day stands alone, and the hour has no zero in front. A
+// column as wide as the schema of a query makes it has no room for seconds from ten o'clock on.
+String LineWriter::dateText(const String& value, std::optional<std::size_t> width) const {
     const Date date = convert::toDate(value);
     if (!schema_.dateTimeFormat.empty()) {
         return convert::format(date, schema_.dateTimeFormat);
     }
     const bool wholeDay = date.days == static_cast<double>(static_cast<std::int64_t>(date.days));
-    return convert::format(date, wholeDay ? u"ddddd" : u"ddddd h:nn:ss");
+    String text = convert::format(date, wholeDay ? u"ddddd" : u"ddddd h:nn:ss");
+    if (!wholeDay && width && text.size() > *width) {
+        text = convert::format(date, u"ddddd h:nn");
+    }
+    return text;
 }
 
-String LineWriter::formatted(ColumnKind kind, const String& value) const {
-    switch (kind) {
+String LineWriter::formatted(const Column& column, const String& value) const {
+    switch (column.kind) {
         case ColumnKind::Real:
             if (convert::isNumeric(value)) {
                 const double number = convert::toDouble(value);
@@ -89,7 +94,7 @@ String LineWriter::formatted(ColumnKind kind, const String& value) const {
             break;
         case ColumnKind::Date:
             if (convert::isDate(value)) {
-                return dateText(value);
+                return dateText(value, column.width);
             }
             break;
         case ColumnKind::Boolean:
@@ -168,7 +173,7 @@ std::string LineWriter::line(const std::vector<std::optional<String>>& values,
     std::u16string text;
     for (std::size_t i = 0; i < schema_.columns.size(); ++i) {
         const Column& column = schema_.columns[i];
-        const String value = values[i] ? formatted(column.kind, *values[i]) : String();
+        const String value = values[i] ? formatted(column, *values[i]) : String();
         if (schema_.layout == Layout::Delimited) {
             text += i > 0 ? schema_.delimiter.view() : u"";
             appendDelimited(text, column, value);

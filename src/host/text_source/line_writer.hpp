@@ -29,8 +29,8 @@ public:
                                    std::int64_t row) const;
 
 private:
-    [[nodiscard]] String formatted(ColumnKind kind, const String& value) const;
-    [[nodiscard]] String dateText(const String& value) const;
+    [[nodiscard]] String formatted(const Column& column, const String& value) const;
+    [[nodiscard]] String dateText(const String& value, std::optional<std::size_t> width) const;
     [[nodiscard]] String numberText(const String& text) const;
     void appendFixed(std::u16string& line, const Column& column, const String& text) const;
     void appendDelimited(std::u16string& line, const Column& column, const String& text) const;

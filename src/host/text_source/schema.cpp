@@ -192,7 +192,7 @@ private:
 }  // namespace
 
 Schema readSchema(const std::filesystem::path& folder, const String& file) {
-    const auto path = platform::locate(platform::pathText(folder / "").units() + u"Schema.ini");
+    const auto path = platform::locate(platform::pathText(folder / "").units() + u"SCHEMA.INI");
     return Reader(platform::ProfileText(platform::readFile(path).value_or("")), file).read();
 }
 

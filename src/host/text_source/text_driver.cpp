@@ -41,12 +41,17 @@ public:
         ++rows_;
     }
 
-    // The position of a column; the number of columns when there is none of this name.
-    [[nodiscard]] std::size_t find(const std::string& column) const {
+    // The position of the first column of this name that is not taken; the number of columns when
+    // there is none. Columns may have the same name, and their values come in their order.
+    [[nodiscard]] std::size_t find(const std::string& column,
+                                   const std::vector<bool>& taken) const {
         const String name(column);
-        const auto found = std::ranges::find_if(
-            schema().columns, [&](const Column& one) { return unicode::sameName(one.name, name); });
-        return static_cast<std::size_t>(found - schema().columns.begin());
+        std::size_t position = 0;
+        while (position < taken.size() &&
+               (taken[position] || !unicode::sameName(schema().columns[position].name, name))) {
+            ++position;
+        }
+        return position;
     }
 
 private:
@@ -108,9 +113,12 @@ public:
         }
         Table& target = table(String(change.table));
         std::vector<std::optional<String>> values(target.schema().columns.size());
+        std::vector<bool> taken(values.size());
         for (const ado::ColumnValue& one : change.values) {
+            const std::size_t position = target.find(one.column, taken);
+            taken.at(position) = true;
             if (const auto* text = std::get_if<std::string>(&one.value)) {
-                values.at(target.find(one.column)) = String(*text);
+                values[position] = String(*text);
             }
         }
         target.add(values);
