@@ -79,8 +79,9 @@ TEST_F(ByReference, EveryMemberTakesAValue) {
     for (const wchar_t* name : {L"AByte", L"AnInteger", L"ALong", L"ASingle", L"ADouble",
                                 L"ACurrency", L"ADate", L"AText", L"ABoolean", L"AVariant"}) {
         call(probe_, name, 5);
-        call(probe_, name, L"5");
     }
+    call(probe_, L"ALong", L"5");
+    call(probe_, L"ADate", L"25/12/2003");
     call(probe_, L"AnObject", probe_);
 }
 

@@ -5,6 +5,8 @@ namespace {
 
 class Errors : public testing::Test {
 protected:
+    void TearDown() override { EXPECT_TRUE(module_.isIdle()) << "objects are left"; }
+
     Apartment apartment_;
     Module module_;
 };

@@ -85,11 +85,6 @@ TEST_F(Unregistered, TheModuleIsRegisteredForTheUserAlone) {
     EXPECT_EQ(S_OK, install_(TRUE, L"user"));
     EXPECT_EQ(std::vector<String>(), leftUnder(kMachine));
     expectEverythingUnder(kUser);
-    CLSID identity{};
-    EXPECT_EQ(S_OK, CLSIDFromProgID(L"KapUtil.CProprieta", &identity));
-    Pointer<IDispatch> made;
-    EXPECT_EQ(S_OK, CoCreateInstance(identity, nullptr, CLSCTX_INPROC_SERVER, IID_IDispatch,
-                                     made.outVoid()));
     EXPECT_EQ(S_OK, install_(FALSE, L"user"));
     EXPECT_EQ(std::vector<String>(), leftUnder(kUser));
 }

@@ -80,6 +80,10 @@ Ref<Object> objectBehind(IDispatch* dispatch) {
     return make<ComObject>(InterfacePointer<IDispatch>(dispatch));
 }
 
+ComObject::ComObject(InterfacePointer<IDispatch> dispatch) : dispatch_(std::move(dispatch)) {
+    dispatch_->QueryInterface(__uuidof(IDispatchEx), extended_.outVoid());
+}
+
 String ComObject::className() const {
     InterfacePointer<ITypeInfo> information;
     BSTR name = nullptr;
@@ -92,12 +96,21 @@ String ComObject::className() const {
     return found;
 }
 
+HRESULT ComObject::findMember(const String& name, DISPID& id) const {
+    if (extended_) {
+        BSTR text = toBstr(name);
+        const HRESULT result = extended_->GetDispID(text, fdexNameCaseInsensitive, &id);
+        SysFreeString(text);
+        return result;
+    }
+    auto* units = const_cast<LPOLESTR>(wide(name));  // the interface only reads it
+    return dispatch_->GetIDsOfNames(IID_NULL, &units, 1, LOCALE_USER_DEFAULT, &id);
+}
+
 std::optional<std::int32_t> ComObject::memberId(std::u16string_view name) const {
     const String text(name);
-    auto* units = const_cast<LPOLESTR>(wide(text));  // the interface only reads it
     DISPID id = DISPID_UNKNOWN;
-    const HRESULT result = dispatch_->GetIDsOfNames(IID_NULL, &units, 1, LOCALE_USER_DEFAULT, &id);
-    if (FAILED(result)) {
+    if (FAILED(findMember(text, id))) {
         return std::nullopt;
     }
     names_.insert_or_assign(id, text);
@@ -126,6 +139,17 @@ std::vector<DISPID> ComObject::parameterIds(std::int32_t member, const Arguments
     return ids;
 }
 
+HRESULT ComObject::call(DISPID member, WORD flags, DISPPARAMS& parameters, VARIANT* result,
+                        EXCEPINFO& information) const {
+    if (extended_) {
+        return extended_->InvokeEx(member, LOCALE_USER_DEFAULT, flags, &parameters, result,
+                                   &information, nullptr);
+    }
+    UINT wrong = 0;
+    return dispatch_->Invoke(member, IID_NULL, LOCALE_USER_DEFAULT, flags, &parameters, result,
+                             &information, &wrong);
+}
+
 Variant ComObject::invoke(std::int32_t member, InvokeKind kind, const Arguments& arguments) {
     const bool assigns = mayBe(kind, InvokeKind::LetOrSet);
     std::vector<DISPID> ids = parameterIds(member, arguments);
@@ -136,10 +160,8 @@ Variant ComObject::invoke(std::int32_t member, InvokeKind kind, const Arguments&
     DISPPARAMS parameters{given.passed(), ids.data(), given.count(), static_cast<UINT>(ids.size())};
     SystemValue result;
     EXCEPINFO information{};
-    UINT wrong = 0;
     const HRESULT code =
-        dispatch_->Invoke(member, IID_NULL, LOCALE_USER_DEFAULT, flagsOf(kind), &parameters,
-                          assigns ? nullptr : &result.get(), &information, &wrong);
+        call(member, flagsOf(kind), parameters, assigns ? nullptr : &result.get(), information);
     if (FAILED(code)) {
         raise(code, information);
     }
@@ -151,9 +173,8 @@ std::vector<Variant> ComObject::elements() {
     DISPPARAMS none{};
     SystemValue result;
     EXCEPINFO information{};
-    const HRESULT code = dispatch_->Invoke(DISPID_NEWENUM, IID_NULL, LOCALE_USER_DEFAULT,
-                                           DISPATCH_METHOD | DISPATCH_PROPERTYGET, &none,
-                                           &result.get(), &information, nullptr);
+    const HRESULT code = call(DISPID_NEWENUM, DISPATCH_METHOD | DISPATCH_PROPERTYGET, none,
+                              &result.get(), information);
     if (FAILED(code)) {
         raise(code, information);
     }

@@ -2,6 +2,7 @@
 
 #include <windows.h>
 
+#include <dispex.h>
 #include <oleauto.h>
 
 #include <optional>
@@ -21,7 +22,7 @@ namespace kap::platform::automation {
 // Methods get their arguments by reference, so that what they assign reaches the library.
 class ComObject final : public Object {
 public:
-    explicit ComObject(InterfacePointer<IDispatch> dispatch) : dispatch_(std::move(dispatch)) {}
+    explicit ComObject(InterfacePointer<IDispatch> dispatch);
 
     [[nodiscard]] const InterfacePointer<IDispatch>& dispatch() const noexcept { return dispatch_; }
 
@@ -32,10 +33,15 @@ public:
     [[nodiscard]] std::vector<Variant> elements() override;
 
 private:
+    [[nodiscard]] HRESULT findMember(const String& name, DISPID& id) const;
+    HRESULT call(DISPID member, WORD flags, DISPPARAMS& parameters, VARIANT* result,
+                 EXCEPINFO& information) const;
     [[nodiscard]] std::vector<DISPID> parameterIds(std::int32_t member,
                                                    const Arguments& arguments) const;
 
     InterfacePointer<IDispatch> dispatch_;
+    InterfacePointer<IDispatchEx>
+        extended_;  // of objects that scripts make; they want to be called by it
     mutable std::unordered_map<std::int32_t, String> names_;  // of the members asked for
 };
 

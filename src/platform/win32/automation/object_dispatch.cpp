@@ -328,8 +328,10 @@ HRESULT View::call(DISPID member, WORD flags, const DISPPARAMS& parameters, VARI
     }
     const bool assigns = (flags & kAssigning) != 0;
     CallArguments arguments(parameters, described, assigns);
+    // Some languages call properties with arguments as if they were methods.
+    const int called = (flags & DISPATCH_METHOD) != 0 ? flags | DISPATCH_PROPERTYGET : flags;
     auto kind =
-        static_cast<InvokeKind>(flags & (DISPATCH_METHOD | DISPATCH_PROPERTYGET | kAssigning));
+        static_cast<InvokeKind>(called & (DISPATCH_METHOD | DISPATCH_PROPERTYGET | kAssigning));
     const Arguments given = arguments.arguments();
     // Languages without a statement for references assign objects as they assign values.
     if (assigns && !given.positional.empty() && given.positional.back().isObject() &&
