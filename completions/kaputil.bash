@@ -105,6 +105,11 @@ _kaputil_registry() {
     fi
 }
 
+_kaputil_files() {
+    mapfile -t COMPREPLY < <(compgen -f -- "$1")
+    compopt -o filenames 2>/dev/null || true
+}
+
 # What may follow an option that takes a value.
 _kaputil_value() {
     local option=$1 typed=$2
@@ -115,10 +120,7 @@ _kaputil_value() {
         mapfile -t COMPREPLY < <(compgen -d -- "$typed")
         compopt -o filenames 2>/dev/null || true
         ;;
-    --database | --declaration | --file | --message-log | --backup)
-        mapfile -t COMPREPLY < <(compgen -f -- "$typed")
-        compopt -o filenames 2>/dev/null || true
-        ;;
+    --database | --declaration | --file | --message-log | --backup) _kaputil_files "$typed" ;;
     esac
 }
 
@@ -135,7 +137,7 @@ _kaputil() {
 
     case $before in
     := | :) return ;;
-    --locale | --database | --declaration | --file | --folder | --message-log | --connection | --command | --query | --name | --seed | --type | --group | --path | --table | --backup)
+    --locale | --database | --declaration | --file | --folder | --message-log | --connection | --command | --query | --name | --seed | --type | --group | --path | --table | --backup | --counter | --year)
         _kaputil_value "$before" "$typed"
         return
         ;;
@@ -151,6 +153,8 @@ _kaputil() {
         _kaputil_offer '' "$typed" '' < <(_kaputil_commands)
     elif [[ ${COMP_WORDS[1]} == config && $COMP_CWORD -eq 2 ]]; then
         _kaputil_offer '' "$typed" '' < <(_kaputil_commands config)
+    elif [[ ${COMP_WORDS[1]} == batch ]]; then
+        _kaputil_files "$typed"
     elif [[ ${COMP_WORDS[1]} == call && $typed != :* ]]; then
         _kaputil_call "$typed"
     elif [[ ${COMP_WORDS[1]} == classes ]]; then

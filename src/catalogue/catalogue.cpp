@@ -19,12 +19,12 @@
 #include <kaputil/host/cfile_ini.hpp>
 #include <kaputil/host/cregistro.hpp>
 #include <kaputil/host/csystem.hpp>
+#include <kaputil/sqlscript/csql.hpp>
 
 namespace kap {
 namespace {
 
-// A class whose module describes it.
-PublishedClass written(const ClassDescription& description) {
+PublishedClass published(const ClassDescription& description) {
     const MemberDescription* member = description.find(kDefaultMember);
     return {description.name,        description.classId,
             u"_" + description.name, description.interfaceId,
@@ -32,37 +32,27 @@ PublishedClass written(const ClassDescription& description) {
             description.summary,     &description};
 }
 
-// A class whose module is still to come; only its place and its identities are fixed.
-PublishedClass announced(const char16_t* name, const char16_t* classId, const char16_t* interfaceId,
-                         const char16_t* summary, const char16_t* defaultMember = u"") {
-    return {
-        name,    classId, u"_" + String(name), interfaceId, Instancing::Creatable, defaultMember,
-        summary, nullptr};
-}
-
 std::vector<PublishedClass> makeClasses() {
     return {
-        written(IClassi::classDescription()),
-        written(CSystem::classDescription()),
-        written(CRegistro::classDescription()),
-        written(CFileINI::classDescription()),
-        written(CErrore::classDescription()),
-        written(CProprieta::classDescription()),
-        written(CFG_Campi::classDescription()),
-        written(CFG_Moduli::classDescription()),
-        written(CFG_Modulo::classDescription()),
-        written(CFG_Procedura::classDescription()),
-        written(CFG_Procedure::classDescription()),
-        written(CConstant::classDescription()),
-        written(CFG_Campo::classDescription()),
-        written(CFG_Applicazioni::classDescription()),
-        written(CFG_Applicazione::classDescription()),
-        written(CFG_Stampa::classDescription()),
-        written(CEMail::classDescription()),
-        announced(u"CSQL", u"4ac5a4f4-d431-4aa4-8211-93d6a4754c2f",
-                  u"913252bc-c034-4f8e-8135-2bef7b1c2cf5",
-                  u"Builds and runs transactional scripts."),
-        written(StdFunctions::classDescription()),
+        published(IClassi::classDescription()),
+        published(CSystem::classDescription()),
+        published(CRegistro::classDescription()),
+        published(CFileINI::classDescription()),
+        published(CErrore::classDescription()),
+        published(CProprieta::classDescription()),
+        published(CFG_Campi::classDescription()),
+        published(CFG_Moduli::classDescription()),
+        published(CFG_Modulo::classDescription()),
+        published(CFG_Procedura::classDescription()),
+        published(CFG_Procedure::classDescription()),
+        published(CConstant::classDescription()),
+        published(CFG_Campo::classDescription()),
+        published(CFG_Applicazioni::classDescription()),
+        published(CFG_Applicazione::classDescription()),
+        published(CFG_Stampa::classDescription()),
+        published(CEMail::classDescription()),
+        published(CSQL::classDescription()),
+        published(StdFunctions::classDescription()),
     };
 }
 

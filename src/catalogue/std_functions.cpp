@@ -6,6 +6,8 @@
 #include <kaputil/host/cemail.hpp>
 #include <kaputil/host/services.hpp>
 #include <kaputil/host/text_export.hpp>
+#include <kaputil/numbering/document_numbers.hpp>
+#include <kaputil/numbering/used_numbers.hpp>
 #include <kaputil/util/amounts.hpp>
 #include <kaputil/util/dates.hpp>
 #include <kaputil/util/values.hpp>
@@ -13,6 +15,24 @@
 #include "frame/class_builder.hpp"
 
 namespace kap {
+
+namespace {
+
+// Both members of numbering take the same.
+std::vector<Parameter> numberParameters() {
+    constexpr std::int16_t kNoHandling = 0;
+    return {Parameter(u"sTipoDoc").byReference(),
+            Parameter(u"cDefinitivoProvvisorio").byReference(),
+            Parameter(u"CLeggoScrivo").byReference(),
+            Parameter(u"nAnno").byReference(),
+            Parameter(u"nNumero").byReference(),
+            u"Connessione",
+            Parameter(u"sTipoProgressivo").otherwise(u"°°°").byReference(),
+            Parameter(u"sAliasTabDoc").otherwise(u"vtx_TabDoc").byReference(),
+            Parameter(u"GestionePrenotati").otherwise(kNoHandling)};
+}
+
+}  // namespace
 
 const ClassDescription& StdFunctions::classDescription() {
     constexpr std::int16_t kChoose = -1;
@@ -74,7 +94,10 @@ const ClassDescription& StdFunctions::classDescription() {
                  Parameter(u"sCampo").otherwise(u"°°°").byReference()},
                 u"The flag that a program's configuration table gives for a procedure.")
             .raises(u"The database's errors.")
-            .reserved(u"Progressivi_OLD")
+            .method<&StdFunctions::Progressivi_OLD>(
+                u"Progressivi_OLD", numberParameters(),
+                u"The next number of a counter, without regard to reservations and numbers in use.")
+            .raises(u"The database's errors; 94 for a Null counter.")
             .method<&StdFunctions::WLog>(
                 u"WLog",
                 {Parameter(u"sLog_File").byReference(), Parameter(u"sLog_Messaggio").byReference()},
@@ -153,8 +176,16 @@ const ClassDescription& StdFunctions::classDescription() {
                  Parameter(u"Arrotonda").otherwise(u"A").byReference()},
                 u"A number rounded to nearest (A), up (S) or down (I); -1 for any other letter.")
             .raises(u"6 when the number is too large, 13 for what is no number, 94 for Null.")
-            .reserved(u"Progressivi")
-            .reserved(u"RicercaNumeriDocPre")
+            .method<&StdFunctions::Progressivi>(
+                u"Progressivi", numberParameters(),
+                u"The next number of a counter, looked at or taken.")
+            .raises(u"The database's errors; 94 for a Null counter.")
+            .method<&StdFunctions::RicercaNumeriDocPre>(
+                u"RicercaNumeriDocPre",
+                {u"Connessione", u"Progressivo", u"Anno", u"DaNumero", u"ANumero",
+                 Parameter(u"Ricerca").otherwise(u"T")},
+                u"Who carries the numbers of a range of a counter, as a property string.")
+            .raises(u"The database's errors; 6 for more than 32,767 rows.")
             .method<&StdFunctions::kapControllaData>(
                 u"kapControllaData", {u"Valore", Parameter(u"sFormat").otherwise(u"dd/mm/yyyy")},
                 u"A typed date written by a format, empty when it is none or before 1753.")
@@ -234,6 +265,32 @@ Variant StdFunctions::Riga_Prog(ByRef<Variant> connessione, ByRef<String> sSQL,
 
 String StdFunctions::TSToHex(const Variant& sBinRep) {
     return util::TSToHex(sBinRep);
+}
+
+Variant StdFunctions::Progressivi(const String& sTipoDoc, const String& cDefinitivoProvvisorio,
+                                  const String& cLeggoScrivo, std::int16_t nAnno, double nNumero,
+                                  ByRef<Variant> connessione, const String& sTipoProgressivo,
+                                  const String& sAliasTabDoc, std::int16_t gestionePrenotati) {
+    return numbering::Progressivi(sTipoDoc, cDefinitivoProvvisorio, cLeggoScrivo, nAnno, nNumero,
+                                  connessione, sTipoProgressivo, sAliasTabDoc, gestionePrenotati,
+                                  errore_);
+}
+
+Variant StdFunctions::Progressivi_OLD(const String& sTipoDoc, const String& cDefinitivoProvvisorio,
+                                      const String& cLeggoScrivo, std::int16_t nAnno,
+                                      double nNumero, ByRef<Variant> connessione,
+                                      const String& sTipoProgressivo, const String& sAliasTabDoc,
+                                      std::int16_t /*gestionePrenotati*/) {
+    return numbering::Progressivi_OLD(sTipoDoc, cDefinitivoProvvisorio, cLeggoScrivo, nAnno,
+                                      nNumero, connessione, sTipoProgressivo, sAliasTabDoc,
+                                      errore_);
+}
+
+Variant StdFunctions::RicercaNumeriDocPre(ByRef<Variant> connessione, const String& progressivo,
+                                          const String& anno, double daNumero, double aNumero,
+                                          const String& ricerca) {
+    return numbering::RicercaNumeriDocPre(connessione, progressivo, anno, daNumero, aNumero,
+                                          ricerca);
 }
 
 Variant StdFunctions::ConvertiData(const String& sData, const String& sLingua) {

@@ -326,13 +326,6 @@ public:
         return std::move(*this);
     }
 
-    // Keeps the place of a method that is still to come: clients bound by identifier must find the
-    // members behind it where they are.
-    ClassBuilder&& reserved(const char16_t* name) && {
-        made_.reserve(name);
-        return std::move(*this);
-    }
-
     [[nodiscard]] ClassDescription build(const char16_t* defaultMember = u"") && {
         made_.complete(defaultMember);
         return std::move(made_);

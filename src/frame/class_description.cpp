@@ -169,11 +169,6 @@ MemberDescription& ClassDescription::add(std::u16string_view memberName, MemberK
     return member;
 }
 
-void ClassDescription::reserve(std::u16string_view memberName) {
-    reserved.emplace_back(memberName);
-    static_cast<void>(nextId(MemberKind::Method, kNone));
-}
-
 std::int32_t ClassDescription::nextId(MemberKind kind, Position position) {
     auto& numbered = byKind_[static_cast<std::size_t>(kind)];
     numbered.push_back(position);

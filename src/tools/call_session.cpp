@@ -54,9 +54,6 @@ const MemberDescription* requireMember(const Object& object, const std::string& 
         return nullptr;
     }
     const MemberDescription* member = description->find(String(name));
-    if (member == nullptr && isReserved(*description, name)) {
-        throw UsageError(name + " is not there yet");
-    }
     if (member == nullptr) {
         throw UsageError(description->name.utf8() + " has no member " + name +
                          memberSuggestion(*description, name));
@@ -164,9 +161,6 @@ std::vector<std::string> CallSession::begin(const std::vector<std::string>& path
         if (parts == path.size()) {
             throw UsageError(shown->name + " is a class; name a member of it, as in " +
                              shown->name + ".MEMBER");
-        }
-        if (shown->members == nullptr) {
-            throw UsageError("the members of " + shown->name + " are not there yet");
         }
         object_ = createObject(String(shown->programmaticName));
         return {path.begin() + static_cast<std::ptrdiff_t>(parts), path.end()};

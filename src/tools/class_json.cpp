@@ -36,7 +36,7 @@ Json headOf(const ShownClass& shown) {
 
 Json listed(const ShownClass& shown) {
     Json json = headOf(shown);
-    json["members"] = shown.members == nullptr ? Json() : Json(shown.members->members.size());
+    json["members"] = shown.members->members.size();
     return json;
 }
 
@@ -92,17 +92,9 @@ Json catalogueJson() {
 
 Json classJson(const ShownClass& shown) {
     Json json = headOf(shown);
-    if (shown.members == nullptr) {
-        json["members"] = nullptr;
-        return json;
-    }
     json["members"] = Json::array();
     for (const MemberDescription& member : shown.members->members) {
         json["members"].push_back(describe(member));
-    }
-    json["reserved"] = Json::array();
-    for (const String& name : shown.members->reserved) {
-        json["reserved"].push_back(name.utf8());
     }
     return json;
 }

@@ -7,12 +7,11 @@
 // The catalogue for programs.
 namespace kap::tools {
 
-// {"library":{...},"classes":[...],"enumerations":[...],"platform":[...]}; classes without their
-// members, whose number is null while they are not written.
+// {"library":{...},"classes":[...],"enumerations":[...],"platform":[...]}; classes with
+// the number of their members.
 [[nodiscard]] nlohmann::ordered_json catalogueJson();
 
-// A class with "members", and the names "reserved" for those to come; a member with "class"; an
-// enumeration with "values".
+// A class with "members"; a member with "class"; an enumeration with "values".
 [[nodiscard]] nlohmann::ordered_json classJson(const ShownClass& shown);
 [[nodiscard]] nlohmann::ordered_json memberJson(const ShownClass& shown,
                                                 const MemberDescription& member);

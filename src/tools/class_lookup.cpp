@@ -87,13 +87,7 @@ const EnumerationDescription* findEnumeration(std::string_view name) {
 }
 
 const MemberDescription* findMember(const ShownClass& shown, std::string_view name) {
-    return shown.members == nullptr ? nullptr : shown.members->find(String(name));
-}
-
-bool isReserved(const ClassDescription& description, std::string_view name) {
-    return std::ranges::any_of(description.reserved, [&](const String& reserved) {
-        return sameName(reserved.utf8(), name);
-    });
+    return shown.members->find(String(name));
 }
 
 std::vector<std::string> classNames() {
@@ -117,10 +111,8 @@ std::vector<std::string> enumerationNames() {
 
 std::vector<std::string> memberNames(const ShownClass& shown) {
     std::vector<std::string> names;
-    if (shown.members != nullptr) {
-        for (const MemberDescription& member : shown.members->members) {
-            names.push_back(member.name.utf8());
-        }
+    for (const MemberDescription& member : shown.members->members) {
+        names.push_back(member.name.utf8());
     }
     return names;
 }

@@ -35,9 +35,6 @@ struct ShownClass {
 // A member of a class, or null. Case does not matter.
 [[nodiscard]] const MemberDescription* findMember(const ShownClass& shown, std::string_view name);
 
-// Whether the name is kept for a member that is still to come.
-[[nodiscard]] bool isReserved(const ClassDescription& description, std::string_view name);
-
 // The names of all classes, library and platform; of the enumerations; of a class's members.
 [[nodiscard]] std::vector<std::string> classNames();
 [[nodiscard]] std::vector<std::string> enumerationNames();

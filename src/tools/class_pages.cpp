@@ -72,7 +72,7 @@ private:
 };
 
 std::string memberCount(const ShownClass& shown) {
-    return shown.members == nullptr ? "not yet" : plain::text(shown.members->members.size());
+    return plain::text(shown.members->members.size());
 }
 
 void printLibrary(std::ostream& out, const Terminal& terminal) {
@@ -163,20 +163,6 @@ void printMemberBody(std::ostream& out, const MemberDescription& member, const T
         << '\n';
 }
 
-// What is still to be written of a class: the names are known, nothing else.
-void printReserved(std::ostream& out, const ClassDescription& description,
-                   const Terminal& terminal) {
-    std::string names;
-    for (const String& name : description.reserved) {
-        names += (names.empty() ? "" : ", ") + name.utf8();
-    }
-    if (!names.empty()) {
-        out << '\n'
-            << terminal.styled(Style::Bold, "Members that are not there yet") << '\n'
-            << wrapped(names, kIndent, terminal.width());
-    }
-}
-
 }  // namespace
 
 void printCatalogue(std::ostream& out, const Terminal& terminal) {
@@ -203,10 +189,6 @@ void printClass(std::ostream& out, const ShownClass& shown, const Terminal& term
     out << '\n';
     printFacts(out, shown, terminal);
     out << '\n';
-    if (shown.members == nullptr) {
-        out << "Its members are not there yet.\n";
-        return;
-    }
     if (shown.members->members.empty()) {
         out << "It has no members.\n";
         return;
@@ -216,7 +198,6 @@ void printClass(std::ostream& out, const ShownClass& shown, const Terminal& term
         out << '\n';
         printMemberBody(out, member, terminal);
     }
-    printReserved(out, *shown.members, terminal);
 }
 
 void printMember(std::ostream& out, const ShownClass& shown, const MemberDescription& member,

@@ -33,12 +33,6 @@ std::vector<std::string> allNames() {
 }
 
 [[noreturn]] void refuseMember(const ShownClass& shown, const std::string& member) {
-    if (shown.members == nullptr) {
-        throw UsageError("the members of " + shown.name + " are not there yet");
-    }
-    if (isReserved(*shown.members, member)) {
-        throw UsageError(member + " is not there yet");
-    }
     throw UsageError(shown.name + " has no member " + member +
                      suggestion(member, memberNames(shown)));
 }

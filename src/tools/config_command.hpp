@@ -1,6 +1,5 @@
 #pragma once
 
-#include <functional>
 #include <optional>
 #include <string>
 
@@ -50,10 +49,5 @@ struct ConfigImport {
 
     [[nodiscard]] int run() const;
 };
-
-// Opens the database of a source and works on it. Errors go to standard error; the exit code is
-// that of the work, or tells which of both failed.
-[[nodiscard]] int withDatabase(const ConfigurationSource& source, bool json,
-                               const std::function<int(ado::Connection&)>& work);
 
 }  // namespace kap::tools

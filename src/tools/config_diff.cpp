@@ -9,6 +9,7 @@
 #include "tools/exit_codes.hpp"
 #include "tools/shown_text.hpp"
 #include "tools/terminal.hpp"
+#include "tools/with_database.hpp"
 
 namespace kap::tools {
 namespace {
@@ -125,7 +126,7 @@ void print(const ConfigDiff& options, const std::vector<Difference>& differences
 }  // namespace
 
 int ConfigDiff::run() const {
-    return withDatabase(source, json, [this](ado::Connection& database) {
+    return withDatabase(source.connection, json, [this](ado::Connection& database) {
         const auto differences =
             differencesIn(readConfiguration(database, source, {first, second}));
         if (json) {

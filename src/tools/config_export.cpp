@@ -11,6 +11,7 @@
 #include "tools/exit_codes.hpp"
 #include "tools/shown_text.hpp"
 #include "tools/usage_error.hpp"
+#include "tools/with_database.hpp"
 
 namespace kap::tools {
 namespace {
@@ -73,7 +74,7 @@ int writeFile(const ConfigExport& options, const std::vector<FileSetting>& rows)
 }  // namespace
 
 int ConfigExport::run() const {
-    return withDatabase(source, json, [this](ado::Connection& database) {
+    return withDatabase(source.connection, json, [this](ado::Connection& database) {
         const auto rows = rowsOfGroup(readConfiguration(database, source, {group}));
         if (file) {
             return writeFile(*this, rows);

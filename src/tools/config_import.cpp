@@ -16,6 +16,7 @@
 #include "tools/script_text.hpp"
 #include "tools/shown_text.hpp"
 #include "tools/usage_error.hpp"
+#include "tools/with_database.hpp"
 
 namespace kap::tools {
 namespace {
@@ -198,7 +199,7 @@ int ConfigImport::run() const {
         throw UsageError("a group without a name, or with ' or \\ in it, cannot be stored");
     }
     const std::vector<FileSetting> settings = readFile(file);
-    return withDatabase(source, json, [&](ado::Connection& database) {
+    return withDatabase(source.connection, json, [&](ado::Connection& database) {
         const auto root = make<CFG_Applicazioni>();
         root->setGruppo(group);
         root->setNomeTabella(source.table);

@@ -10,6 +10,7 @@
 #include "tools/names.hpp"
 #include "tools/shown_text.hpp"
 #include "tools/terminal.hpp"
+#include "tools/with_database.hpp"
 
 namespace kap::tools {
 namespace {
@@ -192,7 +193,7 @@ void printJson(const ConfigShow& options, const Configuration& configuration) {
 }  // namespace
 
 int ConfigShow::run() const {
-    return withDatabase(source, json, [this](ado::Connection& database) {
+    return withDatabase(source.connection, json, [this](ado::Connection& database) {
         const Configuration configuration = readConfiguration(database, source, {group});
         if (json) {
             printJson(*this, configuration);

@@ -9,6 +9,7 @@
 
 #include "tools/demo_configuration.hpp"
 #include "tools/demo_host.hpp"
+#include "tools/demo_script.hpp"
 #include "tools/demo_user.hpp"
 #include "tools/demo_values.hpp"
 
@@ -52,9 +53,11 @@ public:
         openTheSameInvoice(invoice);
         firstToSaveWins(invoice);
         deletedMeanwhile(numberOf("PRV", "MIN"));
-        const int added = numberOf("PRV", "MAX") + 1;
+        const int added = takeNumber();
         addDocument(added);
+        nextNumberIsBehind(added);
         smallHelpers(invoice, added);
+        tellOfScripts(report_, connectionString_, keyIs("PRV", added), added);
         tellOfValues(report_, anna_);
         tellOfConfiguration(report_, connectionString_);
     }
@@ -126,6 +129,39 @@ private:
         expect(anna_.remove(query), true, "");
         expect(bruno_.change({{"Note", "Valido 30 giorni"}}), true);
         expect(bruno_.save(query), false, kDeletedByOthers);
+    }
+
+    // The number of the next quotation, looked at or, in mode S, taken.
+    static Step askForNumber(DemoUser& user, const char* mode) {
+        return user.callConnected("Progressivi", {{"sTipoDoc", "PRV"},
+                                                  {"cDefinitivoProvvisorio", "D"},
+                                                  {"CLeggoScrivo", mode},
+                                                  {"nAnno", std::int16_t{kCurrentYear}},
+                                                  {"nNumero", 0.0},
+                                                  {"GestionePrenotati", std::int16_t{1}}});
+    }
+
+    int takeNumber() {
+        report_.chapter("A number for one only",
+                        "Both look at the number of the next quotation (L) and see the same; Anna "
+                        "takes it (S).",
+                        "");
+        Step seen = askForNumber(anna_, "L");
+        const nlohmann::ordered_json next = seen.result;
+        expect(std::move(seen), next.is_number());
+        Step alsoSeen = askForNumber(bruno_, "L");
+        const bool same = alsoSeen.result == next;
+        expect(std::move(alsoSeen), same);
+        Step taken = askForNumber(anna_, "S");
+        const bool hers = taken.result == next;
+        expect(std::move(taken), hers);
+        return next.get<int>();
+    }
+
+    void nextNumberIsBehind(int taken) {
+        Step seen = askForNumber(bruno_, "L");
+        const bool behind = seen.result > taken;
+        expect(std::move(seen), behind);
     }
 
     void addDocument(int number) {

@@ -12,6 +12,7 @@
 #include <string>
 #include <vector>
 
+#include "tools/batch_command.hpp"
 #include "tools/call_command.hpp"
 #include "tools/classes_command.hpp"
 #include "tools/command_words.hpp"
@@ -19,6 +20,7 @@
 #include "tools/demo_command.hpp"
 #include "tools/exit_codes.hpp"
 #include "tools/export_command.hpp"
+#include "tools/numbers_command.hpp"
 #include "tools/registry_options.hpp"
 #include "tools/shown_text.hpp"
 #include "tools/sql_command.hpp"
@@ -149,6 +151,50 @@ CLI::App* addExport(CLI::App& app, ExportCommand& exporting) {
     return command;
 }
 
+CLI::App* addBatch(CLI::App& app, BatchCommand& batch) {
+    CLI::App* command =
+        app.add_subcommand("batch", "Run statements as one script: all happen or none.");
+    command->footer(
+        "FILE is a script as for \"kaputil sql\"; lines that hold only GO stand between the\n"
+        "statements. A statement may begin with a line that holds its error message:\n"
+        "\n"
+        "  -- message: Addebito fallito\n"
+        "  UPDATE Conti SET Saldo = Saldo - 50 WHERE Codice = 1\n"
+        "  GO\n"
+        "  UPDATE Conti SET Saldo = Saldo + 50 WHERE Codice = 2\n"
+        "\n"
+        "When a statement fails, the server's error, the message and the statement go to\n"
+        "standard error, and nothing is changed.\n"
+        "Exit codes: 0 done, 1 a statement failed, 2 wrong usage, 3 no database.");
+    command->add_option("FILE", batch.file, "The file of statements.")->type_name("")->required();
+    command
+        ->add_option("--connection", batch.connection,
+                     "For example \"Provider=KapLocal;Data Source=azienda.db\".")
+        ->type_name("STRING");
+    command->add_flag("--dry-run", batch.dryRun, "Print the script instead of running it.");
+    command->add_flag("--json", batch.json, "Print one JSON object a line.");
+    return command;
+}
+
+CLI::App* addNumbers(CLI::App& app, NumbersCommand& numbers) {
+    CLI::App* command = app.add_subcommand(
+        "numbers", "Show the counters of documents, and what is amiss with them.");
+    command->footer(
+        "For each counter and year: the last definitive and provisional number given out, the\n"
+        "numbers reserved ahead, those that documents carry beyond the counter, and the gaps in\n"
+        "the sequence with the documents around them. Nothing is changed.\n"
+        "Exit codes: 0 done, 1 a table cannot be read, 2 wrong usage, 3 no database.");
+    command
+        ->add_option("--connection", numbers.connection,
+                     "For example \"Provider=KapLocal;Data Source=azienda.db\".")
+        ->type_name("STRING")
+        ->required();
+    command->add_option("--counter", numbers.counter, "Only this counter.")->type_name("CODE");
+    command->add_option("--year", numbers.year, "Only this year.")->type_name("YEAR");
+    command->add_flag("--json", numbers.json, "Print one JSON object.");
+    return command;
+}
+
 // The commands and what was typed for each.
 class CommandLine {
 public:
@@ -159,9 +205,11 @@ public:
         classesCommand_ = addClasses(app_, classes_);
         callCommand_ = addCall(app_, call_, wordsForHelp_);
         addSql(app_, sql_);
+        batchCommand_ = addBatch(app_, batch_);
         config_.addTo(app_);
         registryCommand_ = addRegistry(app_, registry_);
         exportCommand_ = addExport(app_, export_);
+        numbersCommand_ = addNumbers(app_, numbers_);
     }
 
     int run(std::vector<std::string> arguments) {
@@ -211,6 +259,9 @@ private:
         if (classesCommand_->parsed()) {
             return classes_.run();
         }
+        if (batchCommand_->parsed()) {
+            return batch_.run();
+        }
         if (config_.parsed()) {
             return config_.run();
         }
@@ -220,6 +271,9 @@ private:
         if (exportCommand_->parsed()) {
             return export_.run();
         }
+        if (numbersCommand_->parsed()) {
+            return numbers_.run();
+        }
         return callCommand_->parsed() ? call_.run() : sql_.run();
     }
 
@@ -228,15 +282,19 @@ private:
     ClassesCommand classes_;
     CallCommand call_;
     SqlCommand sql_;
+    BatchCommand batch_;
     ConfigOptions config_;
     RegistryCommand registry_;
     ExportCommand export_;
+    NumbersCommand numbers_;
     std::string wordsForHelp_;
     const CLI::App* demoCommand_ = nullptr;
     const CLI::App* classesCommand_ = nullptr;
     const CLI::App* callCommand_ = nullptr;
     const CLI::App* registryCommand_ = nullptr;
     const CLI::App* exportCommand_ = nullptr;
+    const CLI::App* batchCommand_ = nullptr;
+    const CLI::App* numbersCommand_ = nullptr;
 };
 
 }  // namespace

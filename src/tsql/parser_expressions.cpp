@@ -200,6 +200,7 @@ ExpressionPtr Parser::wordExpression() {
     if (atKeyword("CONVERT")) return convertCall();
     if (atKeyword("TRY_CAST") && atOperator("(", 1)) return tried(castCall());
     if (atKeyword("TRY_CONVERT") && atOperator("(", 1)) return tried(convertCall());
+    if (atKeyword("IDENTITY") && atOperator("(", 1)) return identityCall();
     if (atKeyword("IIF") && atOperator("(", 1)) return iifCall();
     if (atKeyword("CHOOSE") && atOperator("(", 1)) return chooseCall();
     // Reserved words that are functions: they name nothing else.
@@ -356,6 +357,26 @@ ExpressionPtr Parser::chooseCall() {
     }
     if (result.branches.empty()) unexpected();
     expectOperator(")");
+    return make(std::move(result), line, below);
+}
+
+// IDENTITY(type, seed, increment) in SELECT ... INTO: the type stands as a NULL of it.
+ExpressionPtr Parser::identityCall() {
+    const int line = peek().line;
+    FunctionCall result{ObjectName{{next().text}, line}, {}};
+    expectOperator("(");
+    CastExpression typed;
+    typed.value = make(Literal{LiteralKind::Null, ""}, line);
+    typed.type = type("", 0);
+    const int depth = typed.value->depth;
+    result.arguments.push_back(make(std::move(typed), line, depth));
+    if (acceptOperator(",")) {
+        result.arguments.push_back(signedValue(Place::Value));
+        expectOperator(",");
+        result.arguments.push_back(signedValue(Place::Value));
+    }
+    expectOperator(")");
+    const int below = deepest(result.arguments);
     return make(std::move(result), line, below);
 }
 

@@ -108,6 +108,8 @@ std::optional<Statement::Node> Parser::databaseWideStatement() {
     if (acceptKeyword("CREATE")) return createStatement();
     if (acceptKeyword("ALTER")) return alterStatement();
     if (acceptKeyword("DROP")) return dropStatement();
+    const bool switches = atKeyword("ENABLE") || atKeyword("DISABLE");
+    if (switches && atKeyword("TRIGGER", 1)) return triggerSwitch();
     if (acceptKeyword("USE")) return DatabaseStatement{DatabaseAction::Use, name()};
     if (atKeyword("BACKUP") && atKeyword("DATABASE", 1)) return backupStatement();
     if (atKeyword("DBCC") && atKeyword("CHECKIDENT", 1)) refuse("DBCC CHECKIDENT");

@@ -52,9 +52,10 @@ Statement::Node Parser::setOption() {
         skipStatement();
         return NoEffectStatement{"SET TRANSACTION ISOLATION LEVEL"};
     }
-    if (acceptKeyword("STATISTICS")) {
+    for (const char* option : {"STATISTICS", "DEADLOCK_PRIORITY"}) {
+        if (!acceptKeyword(option)) continue;
         skipStatement();
-        return NoEffectStatement{"SET STATISTICS"};
+        return NoEffectStatement{std::string("SET ") + option};
     }
     do {
         if (peek().kind != TokenKind::Word) unexpected();

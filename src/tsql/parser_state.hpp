@@ -90,6 +90,7 @@ private:
     std::string windowFrame();
     void collation();
     ExpressionPtr caseExpression();
+    ExpressionPtr identityCall();
     ExpressionPtr castCall();
     static ExpressionPtr tried(ExpressionPtr cast);
     ExpressionPtr iifCall();
@@ -168,6 +169,7 @@ private:
     Statement::Node alterTable();
     void alterAdd(AlterTableStatement& alter);
     void alterDrop(AlterTableStatement& alter);
+    Statement::Node triggerSwitch();
     bool alterSwitch(AlterTableStatement& alter);
 
     // Other definitions.

@@ -170,6 +170,11 @@ DefaultOption Parser::defaultOption(std::string name) {
     const std::size_t start = position_;
     option.value = value();
     option.text = sourceText(start);
+    if (atKeyword("WITH") && atKeyword("VALUES", 1)) {
+        next();
+        next();
+        option.withValues = true;
+    }
     return option;
 }
 
@@ -271,10 +276,10 @@ IdentityOption Parser::identityOption() {
 Statement::Node Parser::alterTable() {
     AlterTableStatement result;
     result.table = objectName();
-    // WITH NOCHECK leaves what is there unchecked; here it must hold, as what is added later must.
     if (acceptKeyword("WITH")) {
         result.withCheck = acceptKeyword("CHECK");
-        if (!result.withCheck) expectKeyword("NOCHECK");
+        result.withoutCheck = !result.withCheck;
+        if (result.withoutCheck) expectKeyword("NOCHECK");
     }
     if (alterSwitch(result)) return result;
     if (acceptKeyword("ADD")) {
@@ -315,6 +320,23 @@ bool Parser::alterSwitch(AlterTableStatement& alter) {
         alter.names.push_back(name());
     } while (acceptOperator(","));
     return true;
+}
+
+// DISABLE TRIGGER name ON table says what ALTER TABLE can say, too.
+Statement::Node Parser::triggerSwitch() {
+    AlterTableStatement result;
+    result.action = AlterTableStatement::Action::Triggers;
+    result.enable = atKeyword("ENABLE");
+    next();
+    next();
+    if (!acceptKeyword("ALL")) {
+        do {
+            result.names.push_back(objectName().last());
+        } while (acceptOperator(","));
+    }
+    expectKeyword("ON");
+    result.table = objectName();
+    return result;
 }
 
 void Parser::alterAdd(AlterTableStatement& alter) {

@@ -102,7 +102,8 @@ struct IdentityOption {
 struct DefaultOption {
     std::string constraintName;  ///< empty when not given
     ExpressionPtr value;
-    std::string text;  ///< as written
+    std::string text;         ///< as written
+    bool withValues = false;  ///< rows that are there get it, too, when the column is added
 };
 
 struct KeyConstraint {
@@ -167,6 +168,7 @@ struct AlterTableStatement {
     bool enable = true;              ///< of Constraints and Triggers
     bool withCheck = false;          ///< the rows that are there must hold to a constraint that is
                                      ///< switched on again
+    bool withoutCheck = false;       ///< ... need not hold to one that is added
     bool ifExists = false;
 };
 

@@ -24,6 +24,7 @@
 #include <kaputil/host/cfile_ini.hpp>
 #include <kaputil/host/cregistro.hpp>
 #include <kaputil/host/csystem.hpp>
+#include <kaputil/sqlscript/csql.hpp>
 
 #include "support/late_bound.hpp"
 #include "support/shown.hpp"
@@ -177,6 +178,10 @@ TEST(Catalogue, KeepsTheMembersOfTheGlobalClassInTheirPlaces) {
         "60030008 PosizionaForm ref frmFiglio:Variant ref frmPadre:Variant ref nTop:Integer",
         "60030009 KapCFG ref Connessione:Variant ref sPrefissoProgramma:String "
         "ref sProcedura:String ref sApplicazione:String=°°° ref sCampo:String=°°° -> Variant",
+        "6003000a Progressivi_OLD ref sTipoDoc:String ref cDefinitivoProvvisorio:String "
+        "ref CLeggoScrivo:String ref nAnno:Integer ref nNumero:Double ref Connessione:Variant "
+        "ref sTipoProgressivo:String=°°° ref sAliasTabDoc:String=vtx_TabDoc "
+        "val GestionePrenotati:Integer=0 -> Variant",
         "6003000b WLog ref sLog_File:Variant ref sLog_Messaggio:Variant",
         "6003000c EsportaTXT ref stringaSql:String ref Connessione:Variant ref sNomeTxt:String "
         "ref sPathTxt:String ref lRicreoSchemaIni:Boolean=True -> Boolean",
@@ -199,21 +204,17 @@ TEST(Catalogue, KeepsTheMembersOfTheGlobalClassInTheirPlaces) {
         "60030019 Ripeti ref txtDA_Campo:Variant ref txtA_Campo:Variant",
         "6003001a KapRound val Numero:Variant ref Decimali:Integer=0 ref Arrotonda:String=A "
         "-> Variant",
+        "6003001b Progressivi ref sTipoDoc:String ref cDefinitivoProvvisorio:String "
+        "ref CLeggoScrivo:String ref nAnno:Integer ref nNumero:Double ref Connessione:Variant "
+        "ref sTipoProgressivo:String=°°° ref sAliasTabDoc:String=vtx_TabDoc "
+        "val GestionePrenotati:Integer=0 -> Variant",
+        "6003001c RicercaNumeriDocPre ref Connessione:Variant val Progressivo:String "
+        "val Anno:String val DaNumero:Double val ANumero:Double val Ricerca:String=T -> Variant",
         "6003001d kapControllaData val Valore:Variant ref sFormat:String=dd/mm/yyyy -> String",
         "6003001e DtoSQL val Valore:Variant -> Variant",
         "6003001f kapGoTo ref rst:Object val Posizione:Variant -> Boolean",
     };
     EXPECT_EQ(signaturesOf(StdFunctions::classDescription()), expected);
-}
-
-TEST(Catalogue, ReservesThePlacesOfTheGlobalMembersToCome) {
-    const std::vector<String> expected = {u"Progressivi_OLD", u"Progressivi",
-                                          u"RicercaNumeriDocPre"};
-    EXPECT_EQ(StdFunctions::classDescription().reserved, expected);
-    EXPECT_EQ(raisedBy([] {
-                  return predeclared()->invoke(std::int32_t{0x6003000a}, InvokeKind::Method, {});
-              }),
-              errors::kMemberNotFound);
 }
 
 TEST(Catalogue, KeepsTheMembersOfTheOtherClassesInTheirPlaces) {
@@ -348,6 +349,21 @@ TEST(Catalogue, KeepsTheMembersOfTheHostClassesInTheirPlaces) {
     EXPECT_EQ(signaturesOf(CSystem::classDescription()), system);
 }
 
+TEST(Catalogue, KeepsTheMembersOfScriptsInTheirPlaces) {
+    const std::vector<std::string> script = {
+        "40030000 Parametri [get, set] -> Object",
+        "40030001 SQLString [get, let] -> String",
+        "40030002 Errore [get, set] -> Object",
+        "68030000 ConnectionString [get, let] -> String",
+        "68030001 ActiveConnection [get, set] -> Object",
+        "68030002 SQL_Execute [get] -> String",
+        "60030000 Execute -> Boolean",
+        "60030001 Command val CommandText:String val MessaggioErrore:String= -> String",
+        "60030002 AddTmp -> String",
+        "60030003 Clear"};
+    EXPECT_EQ(signaturesOf(CSQL::classDescription()), script);
+}
+
 TEST(Predeclared, AnswersLikeAnInstanceThatIsCreated) {
     const auto created = createObject(u"KapUtil.StdFunctions");
     EXPECT_EQ(test::shown(call(*predeclared(), u"KapRound", {2.675, 2})),
@@ -406,7 +422,6 @@ TEST(IClassiContract, IsImplementedByOverridingItsMembers) {
 TEST(CreateObject, RefusesClassesThatClientsCannotMake) {
     EXPECT_EQ(raisedBy([] { return createObject(u"KapUtil.CConstant"); }),
               errors::kCannotCreateObject);
-    EXPECT_EQ(raisedBy([] { return createObject(u"KapUtil.CSQL"); }), errors::kCannotCreateObject);
 }
 
 TEST(CreateObject, PrefersTheClientsFactory) {

@@ -187,6 +187,24 @@ class RegisteredClient(unittest.TestCase):
         message = contact.IClassi_Errore.MsgToString()
         self.assertTrue(message.endswith("la Classe.\r\noggetto non trovato\r\n"), message)
 
+    def test_an_exception_of_the_client_is_told_like_any_error(self):
+        def fail(_):
+            raise ValueError("nessun profilo")
+
+        self.client.GetNamespace = fail
+        contact = person()
+        self.assertIs(contact.Update(), False)
+        message = contact.IClassi_Errore.MsgToString()
+        self.assertTrue(message.endswith("la Classe.\r\nnessun profilo\r\n"), message)
+
+    def test_a_message_that_the_client_refuses_raises_its_exception(self):
+        def fail(_):
+            raise ValueError("nessun profilo")
+
+        self.client.CreateItem = fail
+        with self.assertRaisesRegex(ValueError, "nessun profilo"):
+            kaputil.kapInviaEMail("mario@rossi.it", "Prova", "Testo", "", "")
+
     def test_counting_goes_on_behind_a_step_that_fails(self):
         contact = person()
         self.assertIs(contact.Count("Manca/Clienti"), kaputil.Empty)

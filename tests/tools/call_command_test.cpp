@@ -282,8 +282,6 @@ INSTANTIATE_TEST_SUITE_P(
         WrongWords{{"CProprieta"},
                    "CProprieta is a class; name a member of it, as in CProprieta.MEMBER"},
         WrongWords{{"CProprieta.Legi"}, "CProprieta has no member Legi; did you mean Leggi?"},
-        WrongWords{{"CSQL.AddString"}, "the members of CSQL are not there yet"},
-        WrongWords{{"Progressivi_OLD", "x"}, "Progressivi_OLD is not there yet"},
         WrongWords{{"Errore.Numero.X"}, "Numero gives no object to call a member of"},
         WrongWords{{"kapVal", "integer:x"}, "\"x\" is no Integer: Type mismatch"},
         WrongWords{{"kapVal", "byte:256"}, "\"256\" is no Byte: Overflow"},

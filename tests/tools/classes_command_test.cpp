@@ -80,15 +80,6 @@ TEST(ClassesCommand, ShowsEachClassOfTheTableOnALine) {
     EXPECT_TRUE(rowOf(table, "StdFunctions").starts_with("StdFunctions global - ")) << table;
 }
 
-TEST(ClassesCommand, SaysOfAClassToComeThatItsMembersAreNotThereYet) {
-    const std::string table = kaputil({"classes"}).out;
-    EXPECT_TRUE(rowOf(table, "CSQL").starts_with("CSQL creatable - not yet ")) << table;
-    const Outcome run = kaputil({"classes", "CSQL"});
-    EXPECT_EQ(run.exitCode, 0);
-    EXPECT_TRUE(contains(run.out, "Its members are not there yet.")) << run.out;
-    EXPECT_EQ(classesJson({"CSQL"})["members"], nullptr);
-}
-
 TEST(ClassesCommand, TellsTheIdentityOfTheLibrary) {
     const Outcome run = kaputil({"classes"});
     EXPECT_TRUE(
@@ -221,24 +212,6 @@ TEST(ClassesCommand, SuggestsNothingForANameLikeNoOther) {
     const Outcome run = kaputil({"classes", "Zwxkqj"});
     EXPECT_EQ(run.exitCode, 2);
     EXPECT_EQ(run.err, "kaputil: there is no class Zwxkqj\n");
-}
-
-TEST(ClassesCommand, SaysOfAMemberOfAClassToComeThatItIsNotThereYet) {
-    const Outcome run = kaputil({"classes", "CSQL.Errore"});
-    EXPECT_EQ(run.exitCode, 2);
-    EXPECT_EQ(run.err, "kaputil: the members of CSQL are not there yet\n");
-}
-
-TEST(ClassesCommand, NamesTheMembersToCome) {
-    const Outcome run = kaputil({"classes", "StdFunctions"});
-    const std::size_t title = run.out.find("\nMembers that are not there yet\n  ");
-    ASSERT_NE(title, std::string::npos) << run.out;
-    EXPECT_NE(run.out.find("Progressivi_OLD", title), std::string::npos) << run.out;
-    const json reserved = classesJson({"StdFunctions"})["reserved"];
-    EXPECT_NE(std::ranges::find(reserved, json("Progressivi_OLD")), reserved.end());
-    const Outcome member = kaputil({"classes", "StdFunctions.Progressivi_OLD"});
-    EXPECT_EQ(member.exitCode, 2);
-    EXPECT_EQ(member.err, "kaputil: Progressivi_OLD is not there yet\n");
 }
 
 TEST(ClassesCommand, StandsOutOnATerminalOnly) {

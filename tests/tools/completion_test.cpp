@@ -30,7 +30,8 @@ bool offers(const std::string& all, const std::string& one) {
 }
 
 TEST(Completion, OffersTheCommands) {
-    EXPECT_EQ(offered({"kaputil", ""}), "demo classes call sql config registry export");
+    EXPECT_EQ(offered({"kaputil", ""}),
+              "demo classes call sql batch config registry export numbers");
     EXPECT_EQ(offered({"kaputil", "c"}), "classes call config");
 }
 
@@ -40,6 +41,7 @@ TEST(Completion, OffersTheOptionsOfACommand) {
     EXPECT_EQ(offered({"kaputil", "classes", "--"}), "--help --json --names");
     EXPECT_EQ(offered({"kaputil", "sql", "--c"}), "--check --command --connection");
     EXPECT_EQ(offered({"kaputil", "demo", "--d"}), "--database");
+    EXPECT_EQ(offered({"kaputil", "batch", "--"}), "--connection --dry-run --help --json");
 }
 
 TEST(Completion, OffersTheCommandsAndOptionsOfTheConfiguration) {
@@ -50,6 +52,11 @@ TEST(Completion, OffersTheCommandsAndOptionsOfTheConfiguration) {
               "--connection --declaration --file --group --help --json --replace --table");
     EXPECT_EQ(offered({"kaputil", "config", "diff", "A", "B", "--p"}), "--path");
     EXPECT_EQ(offered({"kaputil", "config", "show", "--group", ""}), "");
+}
+
+TEST(Completion, OffersTheOptionsOfNumbers) {
+    EXPECT_EQ(offered({"kaputil", "numbers", "--"}), "--connection --counter --help --json --year");
+    EXPECT_EQ(offered({"kaputil", "numbers", "--counter", ""}), "");
 }
 
 TEST(Completion, OffersClasses) {
@@ -133,6 +140,7 @@ TEST(Completion, OffersFiles) {
     const std::string file = folder.file("azienda.db", "");
     EXPECT_EQ(offered({"kaputil", "demo", "--database", folder / "az"}), file);
     EXPECT_EQ(offered({"kaputil", "sql", "--file", "=", folder / "az"}), file);
+    EXPECT_EQ(offered({"kaputil", "batch", folder / "az"}), file);
 }
 
 TEST(Completion, SurvivesAProgramThatIsNotThere) {

@@ -57,6 +57,22 @@ TEST(DemoCommand, ShowsAmountsDatesAndThePriceOfALine) {
     EXPECT_EQ(capped["values"]["nSc1"], "99,99");
 }
 
+TEST(DemoCommand, HandsTheNumberThatBothSawOutOnce) {
+    const json report = json::parse(kaputil({"demo", "--json"}).out);
+    std::vector<std::string> calls;
+    std::vector<int> numbers;
+    for (const json& step : report["steps"]) {
+        if (step["member"] == "Progressivi") {
+            calls.push_back(step["user"].get<std::string>() + " " +
+                            step["arguments"]["CLeggoScrivo"].get<std::string>());
+            numbers.push_back(step["result"]);
+        }
+    }
+    EXPECT_EQ(calls, (std::vector<std::string>{"Anna L", "Bruno L", "Anna S", "Bruno L"}));
+    const int first = numbers.at(0);
+    EXPECT_EQ(numbers, (std::vector<int>{first, first, first, first + 1}));
+}
+
 TEST(DemoCommand, ReadsTheTextOfAMessageBoxInTheLog) {
     const json report = json::parse(kaputil({"demo", "--json"}).out);
     EXPECT_EQ(stepWith(report, "CalcVal", nullptr)["message"], "Valuta XYZ non trovata!");
@@ -68,6 +84,18 @@ TEST(DemoCommand, ShowsAPrintLayoutThatIsAddedAndLoadedAgain) {
     EXPECT_EQ(found["values"], json::parse(R"({"Titolo":"Consegna urgente","Copie":"2"})"));
     const json reset = stepWith(report, "ResetDefault", false);
     EXPECT_EQ(reset["user"], "Anna");
+}
+
+TEST(DemoCommand, ShowsAScriptThatMovesLinesAndOneThatIsUndone) {
+    const json report = json::parse(kaputil({"demo", "--json"}).out);
+    const json moved = stepWith(report, "Execute", true);
+    EXPECT_EQ(moved["values"], json::parse(R"({"Righe":"2","Importo":"242,3"})"));
+    const json refused = stepWith(report, "Execute", false);
+    EXPECT_EQ(refused["user"], "Bruno");
+    EXPECT_EQ(refused["values"], moved["values"]);
+    EXPECT_TRUE(
+        refused["message"].get<std::string>().ends_with(" / La riga 20 è già nel documento"))
+        << refused;
 }
 
 TEST(DemoCommand, LeavesTheConfigurationAsItWas) {

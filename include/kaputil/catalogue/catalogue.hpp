@@ -34,7 +34,7 @@ struct PublishedClass {
     Instancing instancing = Instancing::Creatable;
     String defaultMember;  // empty: none
     String summary;
-    const ClassDescription* description = nullptr;  // null: its members are still to come
+    const ClassDescription* description = nullptr;
 };
 // Every class, in the order of the type library.
 [[nodiscard]] std::span<const PublishedClass> publishedClasses();

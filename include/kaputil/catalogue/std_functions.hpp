@@ -13,10 +13,12 @@ namespace kap {
 // The general functions of the library, as members of one object that keeps their outcome.
 //
 // Each member is described where its work is done: recordsets in <kaputil/db/recordsets.hpp>,
-// records in <kaputil/db/records.hpp>, configuration in <kaputil/config/direct_lookup.hpp>, values
-// in <kaputil/util/values.hpp>, dates in <kaputil/util/dates.hpp>, amounts in
-// <kaputil/util/amounts.hpp>, logs, keys and forms in <kaputil/host/services.hpp>, messages in
-// <kaputil/host/cemail.hpp>, text files in <kaputil/host/text_export.hpp>.
+// records in <kaputil/db/records.hpp>, configuration in <kaputil/config/direct_lookup.hpp>,
+// document numbers in <kaputil/numbering/document_numbers.hpp> and
+// <kaputil/numbering/used_numbers.hpp>, values in <kaputil/util/values.hpp>, dates in
+// <kaputil/util/dates.hpp>, amounts in <kaputil/util/amounts.hpp>, logs, keys and forms in
+// <kaputil/host/services.hpp>, messages in <kaputil/host/cemail.hpp>, text files in
+// <kaputil/host/text_export.hpp>.
 //
 //     auto f = kap::make<kap::StdFunctions>();
 //     kap::Variant record;
@@ -28,7 +30,8 @@ public:
         return classDescription();
     }
 
-    // What went wrong in the last record member that reports here; made on first use.
+    // What went wrong in the last member that reports here, of records and of numbers; made on
+    // first use. Taking a number replaces it by another object.
     [[nodiscard]] Ref<CErrore> Errore();
     void setErrore(const Ref<CErrore>& value) { errore_ = value; }
 
@@ -47,6 +50,11 @@ public:
     Variant KapCFG(ByRef<Variant> connessione, const String& sPrefissoProgramma,
                    const String& sProcedura, const String& sApplicazione = u"°°°",
                    const String& sCampo = u"°°°");
+    Variant Progressivi_OLD(const String& sTipoDoc, const String& cDefinitivoProvvisorio,
+                            const String& cLeggoScrivo, std::int16_t nAnno, double nNumero,
+                            ByRef<Variant> connessione, const String& sTipoProgressivo = u"°°°",
+                            const String& sAliasTabDoc = u"vtx_TabDoc",
+                            std::int16_t gestionePrenotati = 0);
     void ControllaConnessione(ByRef<Variant> connessione);
     bool kapEmpty(const Variant& vValore);
     Variant kapVal(const Variant& vValore, const String& sDataType = u"Double");
@@ -63,6 +71,14 @@ public:
                     ByRef<Variant> nScTestata = Variant(std::int16_t{0}));
     Variant KapRound(const Variant& numero, std::int16_t decimali = 0,
                      const String& arrotonda = u"A");
+    Variant Progressivi(const String& sTipoDoc, const String& cDefinitivoProvvisorio,
+                        const String& cLeggoScrivo, std::int16_t nAnno, double nNumero,
+                        ByRef<Variant> connessione, const String& sTipoProgressivo = u"°°°",
+                        const String& sAliasTabDoc = u"vtx_TabDoc",
+                        std::int16_t gestionePrenotati = 0);
+    Variant RicercaNumeriDocPre(ByRef<Variant> connessione, const String& progressivo,
+                                const String& anno, double daNumero, double aNumero,
+                                const String& ricerca = u"T");
     String kapControllaData(const Variant& valore, ByRef<String> sFormat = u"dd/mm/yyyy");
     Variant DtoSQL(const Variant& valore);
     bool kapGoTo(ByRef<Ref<ado::Recordset>> rst, const Variant& posizione);

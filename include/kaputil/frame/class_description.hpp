@@ -72,7 +72,6 @@ public:
     Instancing instancing = Instancing::Creatable;
     String summary;
     std::vector<MemberDescription> members;  // in interface order
-    std::vector<String> reserved;            // members to come, whose identifiers are kept for them
     Ref<Object> (*create)() = nullptr;
 
     // The member with this name, compared ignoring case, or with this identifier; null if none.
@@ -80,9 +79,8 @@ public:
     [[nodiscard]] const MemberDescription* find(std::int32_t dispatchId) const;
 
     // Called by the builder, in interface order: adds a member, which gets the next identifier of
-    // its kind, or keeps the next identifier of a method for one to come.
+    // its kind.
     MemberDescription& add(std::u16string_view memberName, MemberKind kind);
-    void reserve(std::u16string_view memberName);
     // Called last: gives the default member its identifier and makes the look-ups. Raises
     // std::logic_error for a member with more than 15 parameters.
     void complete(std::u16string_view defaultMember);

@@ -59,7 +59,11 @@ std::string target(const Table& table) {
 std::string columnList(const std::vector<std::string>& names, const Table& table) {
     std::string list;
     for (const std::string& name : names) {
-        list += (list.empty() ? "" : ", ") + sqlName(columnOf(table, name).name);
+        const Column& column = columnOf(table, name);
+        const std::string sql = sqlName(column.name);
+        // RETURNING gives a value as it was bound, before the column has made it a float.
+        const bool real = tsql::isApproximate(column.type.type) || tsql::isDate(column.type.type);
+        list += (list.empty() ? "" : ", ") + (real ? "CAST(" + sql + " AS REAL)" : sql);
     }
     return list.empty() ? "1" : list;
 }

@@ -11,35 +11,6 @@ namespace kap::ado::embedded {
 using tsql::ServerError;
 using Action = tsql::AlterTableStatement::Action;
 
-namespace {
-
-bool isForeignKey(const TableText::Element& element) {
-    return element.text.find("FOREIGN KEY") != std::string::npos;
-}
-
-bool isCheck(const TableText::Element& element) {
-    const std::size_t word = element.text.find(" CHECK (");
-    return element.constraint && word != std::string::npos;
-}
-
-bool isKey(const TableText::Element& element) {
-    return element.constraint && !isForeignKey(element) && !isCheck(element);
-}
-
-std::string nameList(const std::vector<std::string>& names) {
-    std::string list;
-    for (const std::string& name : names)
-        list += (list.empty() ? "" : ", ") + sqlName(name);
-    return list;
-}
-
-TableText::Element constraintElement(const std::string& text) {
-    const TableText whole("CREATE TABLE t (" + text + ")");
-    return whole.elements().front();
-}
-
-}  // namespace
-
 const Table& TableChanger::requireTable(const std::string& name, int line) const {
     const Table* table = catalogue_.find(name);
     if (table != nullptr) return *table;
@@ -97,7 +68,7 @@ void TableChanger::alter(const tsql::AlterTableStatement& statement, const Names
     const Table table = found != nullptr ? *found : requireTable(statement.table.text(), line);
     switch (statement.action) {
         case Action::Add:
-            add(table, statement.added, names, line);
+            add(table, statement, names, line);
             return;
         case Action::AlterColumn:
             alterColumn(table, statement.column, names, line);
@@ -115,121 +86,6 @@ void TableChanger::alter(const tsql::AlterTableStatement& statement, const Names
             switchTriggers(table, statement, line);
             return;
     }
-}
-
-// --- Adding
-
-void TableChanger::add(const Table& table, const tsql::TableElements& added, const Names& names,
-                       int line) {
-    TableBuilder builder(names, table);
-    const TableText before = textOf(table);
-    for (const TableText::Element& element : before.elements()) {
-        if (element.constraint) builder.reserveName(element.name);
-    }
-    builder.add(added);
-    for (const Column& column : builder.table().columns) {
-        if (table.find(column.name) == nullptr) addColumn(table, column, builder, line);
-    }
-    addKeys(table, builder);
-    addDefaults(table, builder, added);
-    addConstraints(table, builder, line);
-}
-
-// The column comes in without conditions, gets its values, and then its whole text.
-void TableChanger::addColumn(const Table& table, const Column& column, const TableBuilder& builder,
-                             int line) {
-    const std::string target = tableSql(table.name, table.temporary);
-    const std::string full = builder.columnSql(column);
-    if (column.computed) {
-        run("ALTER TABLE " + target + " ADD COLUMN " + full);
-        return;
-    }
-    Column plain = column;
-    plain.nullable = true;
-    plain.defaultSql.reset();
-    run("ALTER TABLE " + target + " ADD COLUMN " + builder.columnSql(plain));
-    if (column.identity) {
-        TableDefinition definition{builder.table(), {}};
-        counters_.add(definition);
-    }
-    std::string value;
-    if (column.identity) {
-        value = identityCall(table);
-    } else if (column.isRowVersion()) {
-        value = rowVersionCall();
-    } else if (!column.nullable && column.defaultSql) {
-        value = *column.defaultSql;
-    } else if (!column.nullable && hasRows("SELECT 1 FROM " + target)) {
-        throw ServerError(4901,
-                          "ALTER TABLE only allows columns to be added that can contain nulls, or "
-                          "have a DEFAULT definition specified, or the column being added is an "
-                          "identity or timestamp column, or alternatively if none of the previous "
-                          "conditions are satisfied the table must be empty to allow addition of "
-                          "this column. Column '" +
-                              column.name + "' cannot be added to non-empty table '" + table.name +
-                              "' because it does not satisfy these conditions.",
-                          line);
-    }
-    if (!value.empty()) run("UPDATE " + target + " SET " + sqlName(column.name) + " = " + value);
-    TableText text = textOf(table);
-    text.column(column.name)->text = full;
-    setText(table, text);
-}
-
-void TableChanger::addKeys(const Table& table, const TableBuilder& builder) {
-    for (const TableKey& key : builder.keys()) {
-        run("CREATE UNIQUE INDEX " + std::string(table.temporary ? "temp." : "main.") +
-            sqlName(indexName(table, key.name)) + " ON " + sqlName(table.name) + " (" +
-            nameList(key.columns) + ")");
-        const std::string nulls =
-            key.primary ? "" : nullsIndex(builder.table(), key.name, key.columns);
-        if (!nulls.empty()) run(nulls);
-        if (table.temporary) continue;
-        catalogue_.stored().put({0, key.primary ? StoredKind::PrimaryKey : StoredKind::UniqueKey,
-                                 key.name, table.name, nameList(key.columns)});
-    }
-}
-
-void TableChanger::addDefaults(const Table& table, const TableBuilder& builder,
-                               const tsql::TableElements& added) {
-    if (added.defaults.empty()) return;
-    TableText text = textOf(table);
-    for (const auto& [name, option] : added.defaults) {
-        text.column(name)->text = builder.columnSql(*builder.table().find(name));
-    }
-    setText(table, text);
-}
-
-void TableChanger::addConstraints(const Table& table, const TableBuilder& builder, int line) {
-    if (builder.constraints().empty()) return;
-    TableText text = textOf(table);
-    std::vector<TableText::Element> added;
-    for (const std::string& constraint : builder.constraints()) {
-        added.push_back(constraintElement(constraint));
-        text.add(added.back());
-    }
-    setText(table, text);
-    for (const TableText::Element& element : added)
-        checkRows(table, element, line);
-}
-
-// The rows that are there must hold to a new constraint.
-void TableChanger::checkRows(const Table& table, const TableText::Element& constraint, int line) {
-    bool violated = false;
-    if (isForeignKey(constraint)) {
-        violated = hasRows("PRAGMA foreign_key_check(" + sqlName(table.name) + ")");
-    } else {
-        const std::size_t condition = constraint.text.find(" CHECK (") + 7;
-        violated = hasRows("SELECT 1 FROM " + tableSql(table.name, table.temporary) +
-                           " WHERE NOT " + constraint.text.substr(condition));
-    }
-    if (!violated) return;
-    throw ServerError(547,
-                      std::string("The ALTER TABLE statement conflicted with the ") +
-                          (isForeignKey(constraint) ? "FOREIGN KEY" : "CHECK") + " constraint \"" +
-                          constraint.name + "\". The conflict occurred in database \"" +
-                          catalogue_.databaseName() + "\", table \"dbo." + table.name + "\".",
-                      line, 16, 0);
 }
 
 // --- Changing
@@ -339,7 +195,7 @@ void TableChanger::dropConstraints(const Table& table, const tsql::AlterTableSta
     for (const std::string& name : statement.names) {
         TableText text = textOf(table);
         if (TableText::Element* element = text.constraint(name)) {
-            if (isKey(*element)) {
+            if (element->isKey()) {
                 dropFirstKey(table, text, *element);
                 continue;
             }
@@ -451,7 +307,7 @@ void TableChanger::switchConstraints(const Table& table, const tsql::AlterTableS
     }
     std::vector<TableText::Element> removed;
     for (const TableText::Element& element : text.elements()) {
-        if (element.constraint && !isKey(element) && meant(element.name))
+        if (element.constraint && !element.isKey() && meant(element.name))
             removed.push_back(element);
     }
     if (removed.empty()) {

@@ -37,12 +37,16 @@ private:
     // Puts another text in the place of a table's.
     void setText(const Table& table, const TableText& text);
 
-    void add(const Table& table, const tsql::TableElements& added, const Names& names, int line);
-    void addColumn(const Table& table, const Column& column, const TableBuilder& builder, int line);
-    void addKeys(const Table& table, const TableBuilder& builder);
-    void addConstraints(const Table& table, const TableBuilder& builder, int line);
+    void add(const Table& table, const tsql::AlterTableStatement& statement, const Names& names,
+             int line);
+    void checkNames(const tsql::TableElements& added, int line) const;
+    void addColumn(const Table& table, const Column& column, const tsql::TableElements& added,
+                   const TableBuilder& builder, int line);
+    void addKeys(const Table& table, const TableBuilder& builder, int line);
+    [[nodiscard]] std::vector<TableText::Element> addConstraints(const Table& table,
+                                                                 const TableBuilder& builder);
     void addDefaults(const Table& table, const TableBuilder& builder,
-                     const tsql::TableElements& added);
+                     const tsql::TableElements& added, int line);
     void checkRows(const Table& table, const TableText::Element& constraint, int line);
     void alterColumn(const Table& table, const tsql::ColumnDefinition& definition,
                      const Names& names, int line);

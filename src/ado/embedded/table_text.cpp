@@ -101,6 +101,23 @@ std::string TableText::sql() const {
     return result + tail_;
 }
 
+bool TableText::Element::isForeignKey() const {
+    return constraint && text.find("FOREIGN KEY") != std::string::npos;
+}
+
+bool TableText::Element::isCheck() const {
+    return constraint && text.find(" CHECK (") != std::string::npos;
+}
+
+bool TableText::Element::isKey() const {
+    return constraint && !isForeignKey() && !isCheck();
+}
+
+TableText::Element constraintElement(const std::string& text) {
+    const TableText whole("CREATE TABLE t (" + text + ")");
+    return whole.elements().front();
+}
+
 std::string withoutDefault(const std::string& column) {
     const std::vector<Token> tokens = tokensOf(column);
     const auto [first, last] = defaultPlace(tokens);

@@ -13,6 +13,10 @@ public:
         std::string name;  // of the column or constraint; empty for a constraint without a name
         bool constraint = false;
         std::string text;  // with its name
+
+        [[nodiscard]] bool isForeignKey() const;
+        [[nodiscard]] bool isCheck() const;
+        [[nodiscard]] bool isKey() const;
     };
 
     explicit TableText(std::string_view sql);
@@ -35,6 +39,9 @@ private:
 // The name and the column of "CONSTRAINT name DEFAULT (...)" within a column's text are cut out of
 // it: what is left, or the same text when there is no such default.
 [[nodiscard]] std::string withoutDefault(const std::string& column);
+
+// "CONSTRAINT name CHECK (...)" as an element of a table's text.
+[[nodiscard]] TableText::Element constraintElement(const std::string& text);
 
 // The name of a column's default constraint; empty when it has none with a name.
 [[nodiscard]] std::string defaultNameOf(const std::string& column);

@@ -112,6 +112,13 @@ ServerError explained(Connection& connection, const SchemaCatalogue& catalogue,
     }
 }
 
+ServerError duplicateRows(const std::string& table, const std::string& index) {
+    return {1505,
+            "The CREATE UNIQUE INDEX statement terminated because a duplicate key was found for "
+            "the object name 'dbo." +
+                table + "' and the index name '" + index + "'."};
+}
+
 void ForeignKeySearch::begin() {
     connection_.database().run("SAVEPOINT kap_search");
     connection_.database().run("PRAGMA defer_foreign_keys = ON");

@@ -12,6 +12,9 @@ namespace kap::ado::embedded {
 [[nodiscard]] tsql::ServerError explained(Connection& connection, const SchemaCatalogue& catalogue,
                                           const SqliteError& error, const WriteContext& context);
 
+// A unique index or key cannot be made because of rows that are there.
+[[nodiscard]] tsql::ServerError duplicateRows(const std::string& table, const std::string& index);
+
 // Which foreign key a statement has violated. To be called within the transaction in which SQLite
 // refused the statement, with `again` running it once more: its rows are written, looked at, and
 // undone.

@@ -72,6 +72,12 @@ TEST_F(RowChangerTest, ATableOfOneColumnTakesDefaultsToo) {
     EXPECT_EQ(test::shown(session_->apply(insertion).readBack.at(0), Storage::Integer), "4");
 }
 
+TEST_F(RowChangerTest, ReadsAWholeNumberOfAFloatBackAsAFloat) {
+    const ChangeOutcome outcome = session_->apply(
+        change(RowChange::Kind::Update, {integer("mark", 42)}, {integer("id", 2)}, {"mark"}));
+    EXPECT_EQ(outcome.readBack.at(0), CellValue(42.0));
+}
+
 TEST_F(RowChangerTest, UpdatesTheRowThatTheCriteriaDescribe) {
     const ChangeOutcome outcome =
         session_->apply(change(RowChange::Kind::Update, {text("name", "dos")},

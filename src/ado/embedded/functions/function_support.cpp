@@ -94,6 +94,16 @@ void Registrar::scalar(const char* name, int argumentCount, FunctionBody body, O
     }
 }
 
+void Registrar::raw(const char* name, int argumentCount,
+                    void (*body)(sqlite3_context*, int, sqlite3_value**)) {
+    constexpr int kFlags = SQLITE_UTF8 | SQLITE_INNOCUOUS | SQLITE_DETERMINISTIC;
+    const int result = sqlite3_create_function_v2(connection_, name, argumentCount, kFlags, nullptr,
+                                                  body, nullptr, nullptr, nullptr);
+    if (result != SQLITE_OK) {
+        throw std::runtime_error(std::string("cannot register the SQL function ") + name);
+    }
+}
+
 void setResult(sqlite3_context* context, const Value& value) {
     std::visit(ResultWriter{context}, value);
 }
@@ -113,6 +123,7 @@ void registerFunctions(sqlite3* connection, ErrorSlot& slot) {
     registerPatternFunctions(registrar);
     registerDateFunctions(registrar);
     registerAggregateFunctions(registrar);
+    registerPackedValues(registrar);
 }
 
 }  // namespace kap::ado::embedded

@@ -60,6 +60,10 @@ public:
     void scalar(const char* name, int argumentCount, FunctionBody body,
                 OnNull onNull = OnNull::GiveNull, Stability stability = Stability::Same);
 
+    /// A function of SQLite's own values, whatever their types; it cannot fail.
+    void raw(const char* name, int argumentCount,
+             void (*body)(sqlite3_context*, int, sqlite3_value**));
+
     [[nodiscard]] sqlite3* connection() const { return connection_; }
     [[nodiscard]] ErrorSlot& slot() const { return slot_; }
 
@@ -81,5 +85,6 @@ void registerTextFunctions(Registrar& registrar);
 void registerPatternFunctions(Registrar& registrar);
 void registerDateFunctions(Registrar& registrar);
 void registerAggregateFunctions(Registrar& registrar);
+void registerPackedValues(Registrar& registrar);
 
 }  // namespace kap::ado::embedded

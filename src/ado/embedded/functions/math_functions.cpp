@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <cmath>
+#include <random>
 
 #include "ado/embedded/functions/convert_families.hpp"
 #include "ado/embedded/functions/exact.hpp"
@@ -114,6 +115,31 @@ Value logarithm10(const Arguments& arguments) {
     return floatResult(std::log10(arguments.real(0)));
 }
 
+// A function of one float, as the C++ library has it.
+template <double (*kFunction)(double)>
+Value ofOne(const Arguments& arguments) {
+    return floatResult(kFunction(arguments.real(0)));
+}
+
+double cotangent(double angle) {
+    return 1 / std::tan(angle);
+}
+
+Value angleOf(const Arguments& arguments) {
+    return floatResult(std::atan2(arguments.real(0), arguments.real(1)));
+}
+
+// kap_random(seed): the same number for the same seed.
+Value seededRandom(const Arguments& arguments) {
+    std::minstd_rand generator(static_cast<std::uint32_t>(arguments.integer(0)));
+    return std::uniform_real_distribution<double>(0, 1)(generator);
+}
+
+Value randomNumber(const Arguments& /*arguments*/) {
+    thread_local std::minstd_rand generator(std::random_device{}());
+    return std::uniform_real_distribution<double>(0, 1)(generator);
+}
+
 }  // namespace
 
 void registerMathFunctions(Registrar& registrar) {
@@ -133,6 +159,16 @@ void registerMathFunctions(Registrar& registrar) {
     registrar.scalar("kap_exp", 1, exponential);
     registrar.scalar("kap_log", 1, logarithm);
     registrar.scalar("kap_log10", 1, logarithm10);
+    registrar.scalar("kap_sin", 1, ofOne<std::sin>);
+    registrar.scalar("kap_cos", 1, ofOne<std::cos>);
+    registrar.scalar("kap_tan", 1, ofOne<std::tan>);
+    registrar.scalar("kap_cot", 1, ofOne<cotangent>);
+    registrar.scalar("kap_asin", 1, ofOne<std::asin>);
+    registrar.scalar("kap_acos", 1, ofOne<std::acos>);
+    registrar.scalar("kap_atan", 1, ofOne<std::atan>);
+    registrar.scalar("kap_atn2", 2, angleOf);
+    registrar.scalar("kap_random", 1, seededRandom);
+    registrar.scalar("kap_random", 0, randomNumber, OnNull::Call, Stability::PerCall);
 }
 
 }  // namespace kap::ado::embedded

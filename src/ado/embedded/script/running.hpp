@@ -16,8 +16,8 @@ public:
     Running& operator=(const Running&) = delete;
     ~Running() {
         runner_.state_.openTries -= static_cast<int>(frame_.handlers.size());
-        for (const std::string& table : frame_.localTables) {
-            dropTable(table);
+        for (const VariableTable& table : frame_.localTables) {
+            dropTable(table.name);
         }
         if (!frame_.keepsTables) {
             for (const std::string& table : frame_.ownTables) {

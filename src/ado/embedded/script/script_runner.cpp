@@ -215,6 +215,7 @@ std::shared_ptr<Program> ScriptRunner::programOf(
     }
     tsql::ParseOptions options = catalogue_.parseOptions(state_.quotedNames);
     std::vector<std::string> declared;
+    declared.reserve(parameters.size());
     for (const tsql::DeclaredVariable& parameter : parameters) {
         declared.push_back(parameter.name);
     }

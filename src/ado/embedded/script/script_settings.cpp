@@ -37,6 +37,15 @@ void ScriptRunner::setOption(Frame& frame, Instruction& instruction,
                                   "\" because it does not exist or you do not have permissions.",
                               instruction.line);
         }
+        if (on && std::ranges::none_of(table->columns, [](const Column& column) {
+                return column.identity.has_value();
+            })) {
+            throw ServerError(8106,
+                              "Table '" + node.table.text() +
+                                  "' does not have the identity property. Cannot perform SET "
+                                  "operation.",
+                              instruction.line);
+        }
         std::string& current = state_.writes.identityInsert;
         if (on && !current.empty() && !sameName(current, table->name)) {
             throw ServerError(8107,
@@ -101,6 +110,7 @@ void ScriptRunner::setSwitch(const std::string& option, bool on, int line) {
                                           "PARSEONLY",
                                           "FMTONLY",
                                           "NUMERIC_ROUNDABORT",
+                                          "IMPLICIT_TRANSACTIONS",
                                           "CURSOR_CLOSE_ON_COMMIT",
                                           "ANSI_NULL_DFLT_OFF",
                                           "FORCEPLAN",

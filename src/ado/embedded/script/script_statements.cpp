@@ -5,6 +5,7 @@
 
 #include "ado/embedded/functions/convert.hpp"
 #include "ado/embedded/functions/dates.hpp"
+#include "ado/embedded/script/kept_tables.hpp"
 #include "ado/embedded/script/message_text.hpp"
 #include "ado/embedded/script/script_runner.hpp"
 #include "ado/embedded/script/time_limit.hpp"
@@ -194,7 +195,9 @@ void ScriptRunner::declareTable(Frame& frame, const tsql::CreateTableStatement& 
     const std::string stored =
         name + "/" + tsql::integerText(static_cast<std::int64_t>(frame.program.serial()));
     // Passing its declaration again, in a loop, does nothing.
-    if (std::ranges::find(frame.localTables, stored) != frame.localTables.end()) return;
+    const bool passed = std::ranges::any_of(
+        frame.localTables, [&](const VariableTable& each) { return each.name == stored; });
+    if (passed) return;
     TableBuilder builder(names, stored);
     builder.add(node);
     const Translation made = builder.translation();
@@ -209,7 +212,7 @@ void ScriptRunner::declareTable(Frame& frame, const tsql::CreateTableStatement& 
         names.addLocalTable({name, made.created->table});
     }
     // A table variable is its script's own, also in the batch of a client.
-    frame.localTables.push_back(stored);
+    frame.localTables.push_back({stored, made.sql, *made.created});
 }
 
 void ScriptRunner::assign(Frame& frame, Instruction& instruction,
@@ -383,13 +386,16 @@ void ScriptRunner::rollBack(const std::string& name) {
     const bool whole =
         name.empty() || (transactions_.depth() > 0 && sameName(name, state_.transactionName) &&
                          !transactions_.hasSavePoint(name));
+    KeptTables kept(connection_.database(), counters_, state_.frames);
     if (whole) {
         transactions_.rollback();
         state_.doomed = false;
+        kept.putBack();
         return;
     }
     if (transactions_.depth() > 0 && transactions_.hasSavePoint(name)) {
         transactions_.rollbackTo(name);
+        kept.putBack();
         return;
     }
     throw ServerError(

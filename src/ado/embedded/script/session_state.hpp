@@ -27,6 +27,13 @@ struct FiringTrigger {
     std::vector<std::string> columns;  // that an UPDATE assigns
 };
 
+// The temporary table that holds the rows of a table variable.
+struct VariableTable {
+    std::string name;
+    std::vector<std::string> sql;  // that makes it
+    TableDefinition definition;
+};
+
 // A program that is running: the values of its variables, and what is the call's own.
 struct Frame {
     explicit Frame(Program& ran) : program(ran), values(ran.names().variables().size()) {}
@@ -38,10 +45,10 @@ struct Frame {
     Program& program;
     std::vector<Value> values;  // by slot
     std::optional<std::int64_t> scopeIdentity;
-    std::vector<std::size_t> handlers;     // where the open TRY blocks go on
-    std::vector<RaisedError> handled;      // by the CATCH blocks that are running
-    std::vector<std::string> ownTables;    // temporary tables that end with it
-    std::vector<std::string> localTables;  // the temporary tables of its table variables
+    std::vector<std::size_t> handlers;   // where the open TRY blocks go on
+    std::vector<RaisedError> handled;    // by the CATCH blocks that are running
+    std::vector<std::string> ownTables;  // temporary tables that end with it
+    std::vector<VariableTable> localTables;
     std::optional<FiringTrigger> trigger;
     std::optional<Value> returned;
     bool keepsTables = false;  // the batch of a client: its temporary tables are the connection's

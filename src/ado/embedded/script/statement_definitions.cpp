@@ -2,6 +2,7 @@
 
 #include "ado/embedded/script/statement_runner.hpp"
 #include "ado/embedded/translate/translator.hpp"
+#include "ado/embedded/violations.hpp"
 
 // The statements that change the schema: making, filling, dropping and emptying tables.
 namespace kap::ado::embedded {
@@ -20,11 +21,7 @@ void StatementRunner::define(Prepared& prepared, const tsql::Statement& statemen
             catalogue_.stored().removeOf(table.name);
         }
     }
-    // Each is prepared only when the one before it has changed the schema.
-    const std::size_t filling = made.fills ? 1 : 0;
-    for (std::size_t i = 0; i + filling < made.sql.size(); ++i) {
-        PreparedStatement(connection_.handle(), made.sql[i]).run();
-    }
+    runDefinition(made, statement);
     if (std::holds_alternative<tsql::TruncateStatement>(statement.node)) {
         counters_.restart(tableOf(made));
     }
@@ -44,6 +41,32 @@ void StatementRunner::define(Prepared& prepared, const tsql::Statement& statemen
     prepared.ready = false;
     catalogue_.invalidate();
     scope.keep();
+}
+
+// Each text is prepared only when the one before it has changed the schema.
+void StatementRunner::runDefinition(const Translation& made, const tsql::Statement& statement) {
+    const auto* index = std::get_if<tsql::CreateIndexStatement>(&statement.node);
+    if (index != nullptr) checkNewIndex(made, index->name);
+    const std::size_t filling = made.fills ? 1 : 0;
+    try {
+        for (std::size_t i = 0; i + filling < made.sql.size(); ++i) {
+            PreparedStatement(connection_.handle(), made.sql[i]).run();
+        }
+    } catch (const SqliteError& error) {
+        if (index == nullptr || error.code() != SQLITE_CONSTRAINT_UNIQUE) throw;
+        throw duplicateRows(made.table, index->name);
+    }
+}
+
+void StatementRunner::checkNewIndex(const Translation& made, const std::string& name) const {
+    if (made.temporary) return;
+    for (const IndexInfo& known : catalogue_.keysAndIndexes()) {
+        if (!sameName(known.table, made.table) || !sameName(known.name, name)) continue;
+        throw tsql::ServerError(1913,
+                                "The operation failed because an index or statistics with name '" +
+                                    name + "' already exists on table '" + made.table + "'.",
+                                0, 16, 1);
+    }
 }
 
 // A table that was filled with the identities of another one goes on from the farthest.

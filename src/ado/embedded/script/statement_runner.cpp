@@ -249,7 +249,7 @@ void StatementRunner::write(Prepared& prepared, const tsql::Statement& statement
     if (prepared.translation.capture) {
         writeCaught(prepared, statement, results);
     } else {
-        runAll(prepared);
+        runAll(prepared, statement);
         state_.rowCount = connection_.database().changes();
         noteIdentity(prepared.translation.kind);
         addCount(results);
@@ -257,20 +257,51 @@ void StatementRunner::write(Prepared& prepared, const tsql::Statement& statement
     scope.keep();
 }
 
-void StatementRunner::runAll(Prepared& prepared) {
+namespace {
+
+// Whether an UPDATE ended at a key that it may not yet have looked at; what it has left in
+// variables cannot be taken back.
+bool canGoInSteps(const SqliteError& error, const tsql::Statement& statement, const Table& table) {
+    const auto* update = std::get_if<tsql::UpdateStatement>(&statement.node);
+    const bool key =
+        error.code() == SQLITE_CONSTRAINT_UNIQUE || error.code() == SQLITE_CONSTRAINT_PRIMARYKEY;
+    return key && update != nullptr &&
+           std::ranges::all_of(
+               update->assignments,
+               [](const tsql::Assignment& each) { return each.variable.empty(); }) &&
+           std::ranges::none_of(table.columns, &Column::computed);
+}
+
+}  // namespace
+
+void StatementRunner::runAll(Prepared& prepared, const tsql::Statement& statement) {
+    bool inSteps = false;
     const auto run = [&] {
+        if (inSteps) {
+            updateInSteps(statement);
+            return;
+        }
         for (PreparedStatement& each : prepared.statements) {
             bind(prepared, each);
             each.run();
         }
     };
+    const auto explained = [&] {
+        try {
+            run();
+        } catch (const SqliteError& error) {
+            if (error.code() != SQLITE_CONSTRAINT_FOREIGNKEY) throw;
+            const Translation& made = prepared.translation;
+            throw ForeignKeySearch(connection_, catalogue_)
+                .find({verbOf(made.kind), made.table, {}}, run);
+        }
+    };
     try {
-        run();
+        explained();
     } catch (const SqliteError& error) {
-        if (error.code() != SQLITE_CONSTRAINT_FOREIGNKEY) throw;
-        const Translation& made = prepared.translation;
-        throw ForeignKeySearch(connection_, catalogue_)
-            .find({verbOf(made.kind), made.table, {}}, run);
+        if (!canGoInSteps(error, statement, tableOf(prepared.translation))) throw;
+        inSteps = true;
+        explained();
     }
 }
 
@@ -313,7 +344,7 @@ void StatementRunner::writeCaught(Prepared& prepared, const tsql::Statement& sta
     const Table table = tableOf(made);
     const bool firing = capture.forTriggers && fires(table, capture.event);
     if (!firing && capture.outputSql.empty()) {
-        runAll(prepared);
+        runAll(prepared, statement);
         state_.rowCount = connection_.database().changes();
         noteIdentity(made.kind);
         addCount(results);
@@ -324,7 +355,7 @@ void StatementRunner::writeCaught(Prepared& prepared, const tsql::Statement& sta
         throw tsql::unsupported("OUTPUT of a table within its own trigger", statement.line);
     }
     ensureCapture(table);
-    catching(table, [&] { runAll(prepared); });
+    catching(table, [&] { runAll(prepared, statement); });
     const std::int64_t count = connection_.database().changes();
     noteIdentity(made.kind);
     if (!capture.outputSql.empty()) {

@@ -96,7 +96,8 @@ private:
     void write(Prepared& prepared, const tsql::Statement& statement, std::vector<Result>& results);
     void writeCaught(Prepared& prepared, const tsql::Statement& statement,
                      std::vector<Result>& results);
-    void runAll(Prepared& prepared);
+    void runAll(Prepared& prepared, const tsql::Statement& statement);
+    void updateInSteps(const tsql::Statement& statement);
     void output(const Capture& capture, std::vector<Result>& results);
     void noteIdentity(StatementKind kind);
     void addCount(std::vector<Result>& results);
@@ -113,6 +114,8 @@ private:
     [[nodiscard]] const Table& tableOf(const Translation& translation) const;
 
     void define(Prepared& prepared, const tsql::Statement& statement, std::vector<Result>& results);
+    void runDefinition(const Translation& made, const tsql::Statement& statement);
+    void checkNewIndex(const Translation& made, const std::string& name) const;
     void checkReferences(const Translation& translation, const tsql::Statement& statement) const;
     void checkIndexes(const Translation& translation) const;
     void noteTables(const Translation& translation);

@@ -14,11 +14,8 @@ namespace kap::ado::embedded {
 
 using tsql::ServerError;
 using tsql::SqlType;
-using tsql::TypeSpec;
 
 namespace {
-
-constexpr TypeSpec kText{SqlType::NVarChar, tsql::kMaxLength};
 
 // What administers a server and has no meaning on one file.
 constexpr std::array kNoEffect{"sp_dboption",

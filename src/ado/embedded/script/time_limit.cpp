@@ -14,15 +14,15 @@ constexpr std::chrono::milliseconds kLongestNap{20};
 
 }  // namespace
 
-thread_local TimeLimit* TimeLimit::current_ = nullptr;
+thread_local TimeLimit* TimeLimit::current = nullptr;
 
 TimeLimit::TimeLimit(sqlite3* connection, std::chrono::seconds limit)
     : connection_(connection),
       end_(std::chrono::steady_clock::now() + limit),
       limited_(limit.count() > 0),
-      outer_(current_) {
+      outer_(current) {
     if (limited_) {
-        current_ = this;
+        current = this;
         sqlite3_progress_handler(connection_, kStepsBetweenLooks, &TimeLimit::called, this);
     }
 }
@@ -30,7 +30,7 @@ TimeLimit::TimeLimit(sqlite3* connection, std::chrono::seconds limit)
 TimeLimit::~TimeLimit() {
     if (limited_) {
         sqlite3_progress_handler(connection_, 0, nullptr, nullptr);
-        current_ = outer_;
+        current = outer_;
     }
 }
 
@@ -44,7 +44,7 @@ int TimeLimit::called(void* self) {
 }
 
 void TimeLimit::check(sqlite3* connection) {
-    if (current_ != nullptr && current_->connection_ == connection && current_->look()) {
+    if (current != nullptr && current->connection_ == connection && current->look()) {
         throw SqliteError(SQLITE_INTERRUPT, "interrupted", 0);
     }
 }

@@ -32,7 +32,7 @@ private:
     bool limited_;
     bool passed_ = false;
     TimeLimit* outer_;
-    static thread_local TimeLimit* current_;
+    static thread_local TimeLimit* current;
 };
 
 }  // namespace kap::ado::embedded

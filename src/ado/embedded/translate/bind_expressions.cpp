@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <limits>
 
 #include <kaputil/frame/plain_text.hpp>
 
@@ -42,8 +43,18 @@ Typed exactLiteral(const std::string& text, bool whole, int line) {
     int digits = 1;
     for (std::int64_t rest = *value / 10; rest != 0; rest /= 10)
         ++digits;
+    // The largest numbers of bigint have one digit more than a decimal can have here.
+    constexpr int kMostDecimalDigits = 18;
+    if (whole && digits > kMostDecimalDigits) return Typed::literal(*value, {SqlType::BigInt});
     return Typed::literal(*value,
                           {SqlType::Numeric, 0, std::max(digits, number->scale), number->scale});
+}
+
+// -9223372036854775808: its digits alone are one more than bigint holds.
+bool isLowestBigInt(const tsql::UnaryExpression& node) {
+    const auto* literal = std::get_if<tsql::Literal>(&node.operand->node);
+    return node.op == tsql::UnaryOperator::Minus && literal != nullptr &&
+           literal->kind == LiteralKind::Integer && literal->text == "9223372036854775808";
 }
 
 Typed floatLiteral(std::string text, int line) {
@@ -182,6 +193,9 @@ Typed Binder::node(const tsql::VariableReference& node, int line, Scope& /*scope
 }
 
 Typed Binder::node(const tsql::UnaryExpression& node, int line, Scope& scope) {
+    if (isLowestBigInt(node)) {
+        return Typed::literal(std::numeric_limits<std::int64_t>::min(), {SqlType::BigInt});
+    }
     Typed operand = value(*node.operand, scope);
     switch (node.op) {
         case tsql::UnaryOperator::Minus:

@@ -139,6 +139,7 @@ Typed Binder::storedFunction(const FunctionCall& call, int line, Scope& scope) {
                                     " has too many arguments specified.",
                           line);
     }
+    readsOtherRows_ = true;
     std::string arguments = sqlText(function->name);
     for (std::size_t i = 0; i < call.arguments.size(); ++i) {
         const Typed argument = value(*call.arguments[i], scope);

@@ -38,6 +38,7 @@ BoundQuery Binder::query(const tsql::Query& query, Scope* outer, QueryPlace plac
             "Subqueries are not allowed in this context. Only scalar expressions are allowed.",
             query.line, 15);
     }
+    readsOtherRows_ = readsOtherRows_ || outer != nullptr;
     if (!query.commonTables.empty()) limitRecursion(query.maxRecursion);
     const std::string with = commonTables(query.commonTables, outer);
     BoundQuery bound = body(query, outer, place);
@@ -66,6 +67,45 @@ BoundQuery Binder::body(const tsql::Query& query, Scope* outer, QueryPlace place
     bound.order = orderText(orderBy, bound);
     std::string sql = bound.ties ? withTies(bound) : selectText(bound);
     return {std::move(sql), std::move(bound.items)};
+}
+
+// The rows are put in order first, with every column that a value could name, and the values are
+// computed outside, where SQLite asks for them row by row: it would compute them before it sorts.
+BoundQuery Binder::valuesInOrder(const tsql::Query& query) {
+    const auto* select = std::get_if<tsql::Select>(&withoutBrackets(query).terms.front().node);
+    const bool byPosition = std::ranges::any_of(query.orderBy, [](const tsql::OrderItem& item) {
+        return std::holds_alternative<tsql::Literal>(item.value->node);
+    });
+    const std::string with = commonTables(query.commonTables, nullptr);
+    BoundSelect rows = term(withoutBrackets(query).terms.front(), query.orderBy, nullptr);
+    const bool plain = select != nullptr && withoutBrackets(query).terms.size() == 1 &&
+                       !rows.grouped && !rows.distinct && !rows.ties && !byPosition &&
+                       !rows.scope->sources.empty();
+    if (!plain) {
+        throw tsql::unsupported("SELECT @variable = @variable + ... of groups with ORDER BY",
+                                query.line);
+    }
+    rows.order = orderText(query.orderBy, rows);
+    rows.items.clear();
+    Scope outside;
+    outside.sources = rows.scope->sources;
+    for (Source& source : outside.sources) {
+        for (SourceColumn& column : source.columns) {
+            const std::string name = numberedName(rows.items.size());
+            rows.items.push_back({"", column.value});
+            column.value = Typed::expression(name, column.value.type, true);
+        }
+    }
+    BoundQuery result;
+    result.columns = itemValues(select->items, outside);
+    std::string list;
+    for (std::size_t i = 0; i < result.columns.size(); ++i) {
+        list += (i == 0 ? "" : ", ") + result.columns[i].value.sql + " AS " + numberedName(i);
+    }
+    // A part with OFFSET is never merged into the whole, so it stays sorted first.
+    result.sql = with + "SELECT " + list + " FROM (" + selectText(rows) +
+                 (rows.limit.empty() ? " LIMIT -1" : "") + " OFFSET 0)";
+    return result;
 }
 
 // TOP n WITH TIES takes the rows whose rank is at most n.

@@ -59,6 +59,8 @@ public:
     /// Whether what was bound tells of the schema, which another connection may change.
     [[nodiscard]] bool readsSchema() const { return readsSchema_; }
     void noteSchema() const { readsSchema_ = true; }
+    /// Whether a subquery or a stored function was bound, which may read the table being written.
+    [[nodiscard]] bool readsOtherRows() const { return readsOtherRows_; }
     /// From now on variables are asked for their value again for each row.
     void readVariablesPerRow() { variablesPerRow_ = true; }
 
@@ -89,6 +91,8 @@ public:
 
     // Queries.
     [[nodiscard]] BoundQuery query(const tsql::Query& query, Scope* outer, QueryPlace place);
+    /// A query whose values are computed row by row in the order of its rows.
+    [[nodiscard]] BoundQuery valuesInOrder(const tsql::Query& query);
     [[nodiscard]] BoundSource from(const std::vector<tsql::TableSourcePtr>& sources, Scope& scope);
     [[nodiscard]] std::string limitText(const tsql::TopClause& top, Scope& scope);
     /// "WITH a AS (...) " for what follows, which may name these tables as long as the binder
@@ -252,6 +256,7 @@ private:
     std::vector<int> usedVariables_;
     mutable bool readsSchema_ = false;
     bool variablesPerRow_ = false;
+    bool readsOtherRows_ = false;
 };
 
 /// A SELECT before its items are put into text: what follows may still convert or order them.

@@ -72,7 +72,7 @@ std::string insertOutput(const tsql::OutputClause& output, const std::vector<Out
     for (const Column& column : target.columns) {
         if (!column.identity) continue;
         names += ", " + sqlName(column.name);
-        values += ", " + identityCall(target);
+        values += ", " + identityCall(target.name);
     }
     return "INSERT INTO " + tableSql(target.name, target.temporary) + " (" + names + ") SELECT " +
            values + " FROM (" + rows + ")";

@@ -58,11 +58,26 @@ Typed newIdentifier(ScalarCall& /*call*/) {
     return Typed::expression("kap_newid()", {SqlType::UniqueIdentifier, kBytes}, false);
 }
 
+// IDENTITY(type, seed, increment) numbers the rows that SELECT ... INTO writes; what writes them
+// knows how, here it is nothing yet.
+Typed newIdentity(ScalarCall& call) {
+    Typed value = Typed::expression("NULL", call[0].type, false);
+    constexpr Identity kFirst;
+    const auto number = [&](std::size_t index, std::int64_t otherwise) {
+        const bool given = index < call.arguments.size() && call[index].constant &&
+                           std::holds_alternative<std::int64_t>(*call[index].constant);
+        return given ? std::get<std::int64_t>(*call[index].constant) : otherwise;
+    };
+    value.newIdentity = {number(1, kFirst.seed), number(2, kFirst.increment)};
+    return value;
+}
+
 constexpr std::array kFunctions = std::to_array<ScalarFunction>({
     {"isnull", 2, 2, isNull},
     {"coalesce", 2, -1, coalesce},
     {"nullif", 2, 2, nullIf},
     {"newid", 0, 0, newIdentifier},
+    {"identity", 1, 3, newIdentity},
 });
 
 }  // namespace

@@ -103,9 +103,42 @@ constexpr const char* kSquare = "kap_square";
 constexpr const char* kExponential = "kap_exp";
 constexpr const char* kLogarithm = "kap_log";
 constexpr const char* kLogarithm10 = "kap_log10";
+constexpr const char* kSine = "kap_sin";
+constexpr const char* kCosine = "kap_cos";
+constexpr const char* kTangent = "kap_tan";
+constexpr const char* kCotangent = "kap_cot";
+constexpr const char* kArcSine = "kap_asin";
+constexpr const char* kArcCosine = "kap_acos";
+constexpr const char* kArcTangent = "kap_atan";
 
 Typed pi(ScalarCall& /*call*/) {
     return Typed::literal(3.141592653589793, {SqlType::Float});
+}
+
+Typed angleOf(ScalarCall& call) {
+    return Typed::expression(callText("kap_atn2", call.real(0), call.real(1)), {SqlType::Float},
+                             call.anyNullable());
+}
+
+// DEGREES and RADIANS keep the kind of number that they are given.
+Typed converted(ScalarCall& call, const char* factor) {
+    const Typed value = argument(call);
+    const Typed result = Typed::expression(
+        callText("kap_float_multiply", call.real(0), factor, typeArgument({SqlType::Float})),
+        {SqlType::Float}, call.anyNullable());
+    return call.binder.castTo(result, value.type, 0, call.line);
+}
+
+Typed degrees(ScalarCall& call) {
+    return converted(call, "57.295779513082323");
+}
+Typed radians(ScalarCall& call) {
+    return converted(call, "0.017453292519943295");
+}
+
+Typed random(ScalarCall& call) {
+    const std::string seed = call.arguments.empty() ? "" : call.integer(0);
+    return Typed::expression("kap_random(" + seed + ")", {SqlType::Float}, !seed.empty());
 }
 
 Typed isNumeric(ScalarCall& call) {
@@ -127,6 +160,17 @@ constexpr std::array kFunctions = std::to_array<ScalarFunction>({
     {"exp", 1, 1, ofFloat<kExponential>},
     {"log", 1, 1, ofFloat<kLogarithm>},
     {"log10", 1, 1, ofFloat<kLogarithm10>},
+    {"sin", 1, 1, ofFloat<kSine>},
+    {"cos", 1, 1, ofFloat<kCosine>},
+    {"tan", 1, 1, ofFloat<kTangent>},
+    {"cot", 1, 1, ofFloat<kCotangent>},
+    {"asin", 1, 1, ofFloat<kArcSine>},
+    {"acos", 1, 1, ofFloat<kArcCosine>},
+    {"atan", 1, 1, ofFloat<kArcTangent>},
+    {"atn2", 2, 2, angleOf},
+    {"degrees", 1, 1, degrees},
+    {"radians", 1, 1, radians},
+    {"rand", 0, 1, random},
     {"pi", 0, 0, pi},
     {"isnumeric", 1, 1, isNumeric},
 });

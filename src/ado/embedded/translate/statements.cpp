@@ -34,8 +34,8 @@ std::string rowVersionCall() {
     return "kap_rowversion()";
 }
 
-std::string identityCall(const Table& table) {
-    return callText("kap_identity", sqlText(table.name));
+std::string identityCall(const std::string& table) {
+    return callText("kap_identity", sqlText(table));
 }
 
 std::string givenIdentity(const Table& table, const std::string& value) {

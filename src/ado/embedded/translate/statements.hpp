@@ -35,7 +35,7 @@ namespace kap::ado::embedded {
 
 /// Calls that give a row its next values; the session provides the functions.
 [[nodiscard]] std::string rowVersionCall();
-[[nodiscard]] std::string identityCall(const Table& table);
+[[nodiscard]] std::string identityCall(const std::string& table);
 /// A value for an identity column that the statement itself gives.
 [[nodiscard]] std::string givenIdentity(const Table& table, const std::string& value);
 

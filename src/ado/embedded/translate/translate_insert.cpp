@@ -162,7 +162,7 @@ private:
         std::vector<std::pair<const Column*, std::string>> result;
         for (const Column& column : table_.columns) {
             if (column.identity && !givesIdentity_)
-                result.emplace_back(&column, identityCall(table_));
+                result.emplace_back(&column, identityCall(table_.name));
             if (column.isRowVersion()) result.emplace_back(&column, rowVersionCall());
         }
         return result;

@@ -55,11 +55,9 @@ Translation assignment(const tsql::Query& query, const std::vector<int>& slots,
     const bool accumulates = readsWhatItAssigns(binder, slots);
     Binder perRow(names);
     if (accumulates) {
-        if (!query.orderBy.empty()) {
-            throw tsql::unsupported("SELECT @variable = @variable + ... with ORDER BY", query.line);
-        }
         perRow.readVariablesPerRow();
-        bound = perRow.query(query, nullptr, QueryPlace::InsertRows);
+        bound = query.orderBy.empty() ? perRow.query(query, nullptr, QueryPlace::InsertRows)
+                                      : perRow.valuesInOrder(query);
     }
     Translation result;
     result.kind = StatementKind::Assign;
@@ -91,6 +89,13 @@ Translation translateSelect(const tsql::SelectStatement& statement, const Names&
     }
     Binder binder(names);
     BoundQuery bound = binder.query(query, nullptr, QueryPlace::Whole);
+    for (const OutputColumn& column : bound.columns) {
+        if (!column.value.newIdentity) continue;
+        throw ServerError(177,
+                          "The IDENTITY function can only be used when the SELECT statement has an "
+                          "INTO clause.",
+                          query.line);
+    }
     Translation result;
     result.kind = StatementKind::Select;
     result.sql.push_back(std::move(bound.sql));
@@ -125,10 +130,14 @@ Translation translateSelectInto(const tsql::Query& query, const tsql::ObjectName
         column.nullable = output.value.nullable;
         const bool plain = output.value.column != nullptr && output.value.plainColumn;
         if (plain && output.value.column->identity) column.identity = output.value.column->identity;
+        const bool numbered = output.value.newIdentity.has_value();
+        if (numbered) column.identity = output.value.newIdentity;
         const bool version = column.isRowVersion();
         builder.add(std::move(column), query.line);
         columns += (i == 0 ? "" : ", ") + sqlName(output.name);
-        values += (i == 0 ? "" : ", ") + (version ? rowVersionCall() : numberedName(i));
+        values += (i == 0 ? "" : ", ") + (version    ? rowVersionCall()
+                                          : numbered ? identityCall(name.last())
+                                                     : numberedName(i));
     }
     Translation result = builder.translation();
     const Table& table = result.created->table;

@@ -138,14 +138,13 @@ std::string plainUpdate(const UpdateStatement& statement, const Table& table, Bi
 }
 
 // The rows and their new values are found first, by the number of the row: so any FROM is possible,
-// also one in which the target stands under another name or beside itself.
-std::string updateFrom(const UpdateStatement& statement, const TargetRows& rows, Binder& binder,
-                       Scope& scope) {
+// also one in which the target stands under another name or beside itself, and no value sees what
+// the statement has written already.
+std::string updateFrom(const TargetRows& rows, const std::vector<BoundAssignment>& assignments) {
     const Table& table = *rows.table;
     const std::string rowNumber = rowNumberName(table);
     std::string values = rows.rowNumber + " AS \"target row\"";
     std::string list;
-    const auto assignments = bindAssignments(statement, table, binder, scope);
     for (std::size_t i = 0; i < assignments.size(); ++i) {
         values += ", " + assignments[i].value + " AS " + numberedName(i);
         list += (list.empty() ? "" : ", ") + sqlName(assignments[i].column->name) +
@@ -156,7 +155,53 @@ std::string updateFrom(const UpdateStatement& statement, const TargetRows& rows,
            ") AS \"found rows\" WHERE \"target\"." + rowNumber + " = \"found rows\".\"target row\"";
 }
 
+// UPDATE of the whole table or of the rows that WHERE names, in SQLite's own words; nothing when
+// the values have to be found first.
+std::optional<std::string> plainly(const UpdateStatement& statement, const Names& names,
+                                   const Table& table, Binder& binder) {
+    const bool whole = statement.from.empty() && !statement.top && names.settings().rowLimit == 0 &&
+                       binder.commonTarget().table == nullptr;
+    if (!whole) return std::nullopt;
+    std::string sql = plainUpdate(statement, table, binder);
+    if (binder.readsOtherRows()) return std::nullopt;
+    return sql;
+}
+
+// "a" = kap_unpack("a"), ...
+std::string unpacked(const std::vector<BoundAssignment>& assignments) {
+    std::string list;
+    for (const BoundAssignment& each : assignments) {
+        const std::string name = sqlName(each.column->name);
+        list += (list.empty() ? "" : ", ") + name + " = " + callText("kap_unpack", name);
+    }
+    return list;
+}
+
 }  // namespace
+
+Translation translateUpdateInSteps(const UpdateStatement& statement, const Names& names) {
+    Binder binder(names);
+    const std::string with = binder.commonTables(statement.commonTables, nullptr, &statement.table);
+    Scope scope;
+    const TargetRows rows =
+        bindTarget(binder, statement.table, statement.from, statement.where, statement.top, scope);
+    const Table& table = *rows.table;
+    std::vector<BoundAssignment> assignments = bindAssignments(statement, table, binder, scope);
+    for (BoundAssignment& each : assignments)
+        each.value = callText("kap_pack", rows.rowNumber, each.value);
+    const std::string values = unpacked(assignments);
+    const std::string caught = sqlName(capturedRows(table, RowState::Inserted).name);
+    Translation result;
+    result.kind = StatementKind::Update;
+    result.writes = true;
+    result.table = table.name;
+    result.temporary = table.temporary;
+    result.sql = {with + updateFrom(rows, assignments), "UPDATE temp." + caught + " SET " + values,
+                  "UPDATE " + tableSql(table.name, table.temporary) + " SET " + values + " WHERE " +
+                      callText("kap_packed", sqlName(assignments.front().column->name))};
+    result.variables = binder.usedVariables();
+    return result;
+}
 
 Translation translateUpdate(const UpdateStatement& statement, const Names& names) {
     Binder binder(names);
@@ -168,18 +213,18 @@ Translation translateUpdate(const UpdateStatement& statement, const Names& names
     result.kind = StatementKind::Update;
     result.writes = true;
     const std::string with = binder.commonTables(statement.commonTables, nullptr, &statement.table);
-    const Table* table = nullptr;
-    const bool whole = statement.from.empty() && !statement.top && names.settings().rowLimit == 0 &&
-                       binder.commonTarget().table == nullptr;
-    if (whole) {
-        table = &requireTable(statement.table, names);
-        result.sql.push_back(with + plainUpdate(statement, *table, binder));
+    const Table* table = findTable(statement.table, names);
+    std::optional<std::string> plain;
+    if (table != nullptr) plain = plainly(statement, names, *table, binder);
+    if (plain) {
+        result.sql.push_back(with + *plain);
     } else {
         Scope scope;
         const TargetRows rows = bindTarget(binder, statement.table, statement.from, statement.where,
                                            statement.top, scope);
         table = rows.table;
-        result.sql.push_back(with + updateFrom(statement, rows, binder, scope));
+        result.sql.push_back(with +
+                             updateFrom(rows, bindAssignments(statement, *table, binder, scope)));
     }
     result.table = table->name;
     result.temporary = table->temporary;

@@ -16,6 +16,12 @@ namespace kap::ado::embedded {
 /// 8115 for constants that do not fit...
 [[nodiscard]] Translation translate(const tsql::Statement& statement, const Names& names);
 
+/// An UPDATE that looks at keys only when all rows have their new values: the first text packs the
+/// new values into the rows (kap_pack), the second unpacks them in the rows that a capture holds,
+/// the last in the table.
+[[nodiscard]] Translation translateUpdateInSteps(const tsql::UpdateStatement& statement,
+                                                 const Names& names);
+
 /// The value of an expression, brought to a type: an Assign of one column.
 [[nodiscard]] Translation translateValue(const tsql::Expression& expression,
                                          const tsql::TypeSpec& type, const Names& names);

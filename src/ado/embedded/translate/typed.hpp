@@ -44,6 +44,8 @@ struct Typed {
     std::string joint;
     /// Texts joined and cut to the longest text.
     bool cut = false;
+    /// IDENTITY(...) of SELECT ... INTO, whose numbers are given when the rows are written.
+    std::optional<Identity> newIdentity;
 
     [[nodiscard]] static Typed expression(std::string sql, tsql::TypeSpec type, bool nullable) {
         Typed result;

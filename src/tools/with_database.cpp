@@ -1,4 +1,4 @@
-#include "tools/config_command.hpp"
+#include "tools/with_database.hpp"
 
 #include <iostream>
 
@@ -20,12 +20,12 @@ int fail(const ado::Connection& connection, const AutomationError& error, bool j
 
 }  // namespace
 
-int withDatabase(const ConfigurationSource& source, bool json,
+int withDatabase(const std::string& connectionString, bool json,
                  const std::function<int(ado::Connection&)>& work) {
     const auto connection = make<ado::Connection>();
     connection->setCursorLocation(ado::CursorLocationEnum::adUseClient);
     try {
-        connection->Open(source.connection);
+        connection->Open(connectionString);
     } catch (const AutomationError& error) {
         return fail(*connection, error, json, kNoDatabase);
     }

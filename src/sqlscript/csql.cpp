@@ -1,0 +1,155 @@
+#include <kaputil/sqlscript/csql.hpp>
+
+#include <kaputil/ado/command.hpp>
+#include <kaputil/ado/recordset.hpp>
+#include <kaputil/frame/convert.hpp>
+#include <kaputil/frame/error.hpp>
+
+#include "frame/class_builder.hpp"
+#include "sqlscript/held.hpp"
+#include "sqlscript/script_lines.hpp"
+
+namespace kap {
+namespace {
+
+using sqlscript::held;
+
+// Gives the messages of a failed run to the error object: the server's error, and behind it what
+// the script raised for the statement. A failure that the server said nothing of tells itself.
+void addMessages(CErrore& error, const ado::Connection& connection,
+                 const AutomationError& failure) {
+    const auto reported = connection.Errors();
+    for (std::int32_t i = 0; i < reported->Count(); ++i) {
+        error.AddMessaggio(reported->Item(i)->Description());
+    }
+    if (reported->Count() == 0) {
+        error.AddMessaggio(failure.description());
+    }
+}
+
+// Ends the transaction that stays open when the server gives up a script before its own end.
+void rollBackWhatIsOpen(ado::Command& command) {
+    command.setCommandText(u"if (@@TRANCOUNT>0) ROLLBACK TRANSACTION");
+    try {
+        static_cast<void>(command.Execute());
+    } catch (const AutomationError&) {
+        // Deliberate: what clients are to read is why the script failed. A connection that cannot
+        // run this is lost, and its transaction with it.
+    }
+}
+
+}  // namespace
+
+CSQL::CSQL() : parameters_(make<CProprieta>()), error_(make<CErrore>()) {}
+
+CSQL::~CSQL() {
+    if (closesConnection_ && connection_->State() == ado::ObjectStateEnum::adStateOpen) {
+        connection_->Close();
+    }
+}
+
+const ClassDescription& CSQL::classDescription() {
+    static const ClassDescription description =
+        ClassBuilder<CSQL>(u"CSQL", u"4ac5a4f4-d431-4aa4-8211-93d6a4754c2f",
+                           u"913252bc-c034-4f8e-8135-2bef7b1c2cf5")
+            .summary(u"Statements that are sent at once and all happen or none.")
+            .field<&CSQL::Parametri, &CSQL::setParametri>(u"Parametri",
+                                                          u"The parameters of AddTmp.")
+            .field<&CSQL::SQLString, &CSQL::setSQLString>(u"SQLString",
+                                                          u"The statements collected so far.")
+            .field<&CSQL::Errore, &CSQL::setErrore>(u"Errore", u"The outcome of the last call.")
+            .property<&CSQL::ConnectionString, &CSQL::setConnectionString>(
+                u"ConnectionString",
+                u"The connection string; assigning opens the connection on it.")
+            .property<&CSQL::ActiveConnection, &CSQL::setActiveConnection>(u"ActiveConnection",
+                                                                           u"The connection.")
+            .raises(u"13 when what is assigned is no connection.")
+            .property<&CSQL::SQL_Execute>(u"SQL_Execute", u"The script as it is sent.")
+            .method<&CSQL::Execute>(u"Execute", {}, u"Sends the script; True when all happened.")
+            .raises(u"3709 when the connection is not open.")
+            .method<&CSQL::Command>(u"Command",
+                                    {u"CommandText", Parameter(u"MessaggioErrore").otherwise(u"")},
+                                    u"Appends a statement and the message that its failure raises.")
+            .method<&CSQL::AddTmp>(u"AddTmp", {},
+                                   u"Appends the copying of rows from table to table.")
+            .method<&CSQL::Clear>(u"Clear", {}, u"Forgets statements, parameters and messages.")
+            .build();
+    return description;
+}
+
+String CSQL::ConnectionString() {
+    return ActiveConnection()->ConnectionString();
+}
+
+void CSQL::setConnectionString(const String& value) {
+    const auto connection = ActiveConnection();
+    // Deliberate: a connection that the client gave is reopened, too, and belongs to this object
+    // from now on.
+    if (connection->State() == ado::ObjectStateEnum::adStateOpen) {
+        connection->Close();
+    }
+    connection->setConnectionString(value);
+    connection->Open(u"", u"", u"", -1);
+    closesConnection_ = true;
+}
+
+Ref<ado::Connection> CSQL::ActiveConnection() {
+    if (!connection_) {
+        connection_ = make<ado::Connection>();
+    }
+    return connection_;
+}
+
+void CSQL::setActiveConnection(const Ref<ado::Connection>& value) {
+    connection_ = value;
+    closesConnection_ = false;
+}
+
+String CSQL::SQL_Execute() const {
+    return sqlscript::callOf(script_);
+}
+
+bool CSQL::Execute() {
+    held(error_).Clear();
+    const auto connection = ActiveConnection();
+    const auto command = make<ado::Command>();
+    command->setActiveConnection(Variant(connection));
+    command->setCommandType(ado::CommandTypeEnum::adCmdText);
+    command->setCommandText(SQL_Execute());
+    command->setCommandTimeout(0);
+    connection->Errors()->Clear();  // what comes into it now is of this run
+    try {
+        static_cast<void>(command->Execute(Variant::missing(), Variant::missing(), -1));
+    } catch (const AutomationError& failure) {
+        error_->setNumero(1);
+        addMessages(*error_, *connection, failure);
+        rollBackWhatIsOpen(*command);
+    }
+    return !failed();
+}
+
+bool CSQL::failed() const {
+    return convert::leadingNumber(convert::toString(error_->Numero())) > 0;
+}
+
+String CSQL::Command(const String& commandText, const String& messaggioErrore) {
+    constexpr std::u16string_view kDefaultMessage = u"KAP: Errore Esecuzione Command";
+    held(error_).Clear();
+    std::u16string block;
+    // Quotes in the message are deliberately not doubled: callers write it as it stands in SQL.
+    sqlscript::appendLine(
+        block, {u"SET @ERRORE_DESC='",
+                messaggioErrore.empty() ? kDefaultMessage : messaggioErrore.view(), u"'"});
+    sqlscript::appendLine(block, {commandText});
+    sqlscript::appendCheck(block);
+    script_ += block;
+    return block;
+}
+
+void CSQL::Clear() {
+    script_ = {};
+    held(error_).Clear();
+    held(parameters_).Scrivi(u"", u"");
+}
+
+}  // namespace kap

@@ -1,0 +1,153 @@
+#include <kaputil/ado/recordset.hpp>
+#include <kaputil/frame/array.hpp>
+#include <kaputil/frame/convert.hpp>
+#include <kaputil/frame/error.hpp>
+#include <kaputil/sqlscript/csql.hpp>
+
+#include "frame/unicode.hpp"
+#include "sqlscript/held.hpp"
+#include "sqlscript/transfer_text.hpp"
+
+namespace kap {
+namespace {
+
+using sqlscript::held;
+using sqlscript::isBlank;
+using sqlscript::textOf;
+
+constexpr const char16_t* kTableName = u"TABLE_NAME";
+constexpr const char16_t* kColumnName = u"COLUMN_NAME";
+
+// A row version is the database's own to write.
+constexpr std::u16string_view kRowVersion = u"AGGID";
+
+String nameIn(const ado::Recordset& rows, const char16_t* field) {
+    return convert::toString(rows.Fields()->Item(field)->Value());
+}
+
+bool isEmpty(const ado::Recordset& rows) {
+    return rows.Bof() && rows.Eof();
+}
+
+// Moves to the row of a column, and tells whether there is one.
+bool findColumn(ado::Recordset& columns, const String& name) {
+    if (isEmpty(columns)) {
+        return false;
+    }
+    columns.MoveFirst();
+    columns.Find(u"COLUMN_NAME='" + name + u"'");
+    return !columns.Eof();
+}
+
+void writeWhenBlank(CProprieta& parameters, const char16_t* name, const char16_t* value) {
+    if (isBlank(parameters, name)) {
+        parameters.Scrivi(name, value);
+    }
+}
+
+// The columns of a table that every connection sees.
+Ref<ado::Recordset> permanentColumns(const String& connectionString, const String& table) {
+    const auto connection = make<ado::Connection>();
+    connection->setCursorLocation(ado::CursorLocationEnum::adUseClient);
+    connection->Open(connectionString, u"", u"", -1);
+    auto columns = connection->OpenSchema(ado::SchemaEnum::adSchemaColumns,
+                                          Array::ofVariants({Variant(), Variant(), table}));
+    columns->setActiveConnection(Variant(Ref<Object>()));
+    connection->Close();
+    return columns;
+}
+
+Ref<ado::Recordset> emptyColumnList() {
+    constexpr std::int32_t kLongestName = 100;
+    auto columns = make<ado::Recordset>();
+    for (const char16_t* name : {kTableName, kColumnName}) {
+        columns->Fields()->Append(name, ado::DataTypeEnum::adVarChar, kLongestName);
+    }
+    columns->Open();
+    return columns;
+}
+
+// The columns of a table that only the connection which made it sees.
+Ref<ado::Recordset> temporaryColumns(const Ref<ado::Connection>& connection, const String& table) {
+    const auto query = make<ado::Recordset>();
+    query->Open(u"SELECT TOP 1 * FROM " + table, Variant(connection));
+    auto columns = emptyColumnList();
+    const auto fields = query->Fields();
+    for (std::int32_t i = 0; i < fields->Count(); ++i) {
+        columns->AddNew();
+        columns->Fields()->Item(kTableName)->setValue(table);
+        columns->Fields()->Item(kColumnName)->setValue(fields->Item(i)->Name());
+        columns->Update();
+    }
+    query->Close();
+    return columns;
+}
+
+}  // namespace
+
+Ref<ado::Recordset> CSQL::ColonneTabella(const Ref<ado::Connection>& connessione,
+                                         const String& sTabella) {
+    return sTabella.view().starts_with(u'#')
+               ? temporaryColumns(connessione, sTabella)
+               : permanentColumns(connessione->ConnectionString(), sTabella);
+}
+
+Ref<CProprieta> CSQL::columnMap() {
+    const CProprieta& parameters = held(parameters_);
+    const String from = textOf(parameters, u"FROM");
+    const auto source = ColonneTabella(ActiveConnection(), from);
+    const auto destination = ColonneTabella(ActiveConnection(), textOf(parameters, u"TO"));
+    auto map = make<CProprieta>();
+    if (!isEmpty(*destination)) {
+        destination->MoveFirst();
+    }
+    for (; !destination->Eof(); destination->MoveNext()) {
+        const String column = nameIn(*destination, kColumnName);
+        if (unicode::upper(column) == kRowVersion) {
+            continue;
+        }
+        // An expression of the client's wins, and fills columns that the source lacks.
+        const String parameter = nameIn(*destination, kTableName) + u"." + column;
+        if (!isBlank(parameters, parameter)) {
+            map->Scrivi(column, parameters.Leggi(parameter));
+        } else if (findColumn(*source, column)) {
+            map->Scrivi(column, from + u".[" + nameIn(*source, kColumnName) + u"]");
+        }
+    }
+    return map;
+}
+
+void CSQL::refuse(const char16_t* message) const {
+    error_->setNumero(1);
+    error_->AddMessaggio(message);
+}
+
+String CSQL::AddTmp() {
+    held(error_).Clear();
+    CProprieta& parameters = held(parameters_);
+    if (isBlank(parameters, u"FROM")) {
+        refuse(u"Parametro FROM obbligatorio (tabella di origine)");
+    }
+    if (isBlank(parameters, u"TO")) {
+        refuse(u"Parametro TO obbligatorio (tabella di destinazione)");
+    }
+    // Deliberate: clients read the defaults that were used in their own parameters.
+    writeWhenBlank(parameters, u"WHERE", u"1=1");
+    writeWhenBlank(parameters, u"DELETE_FROM", u"NO");
+    if (failed()) {
+        return {};
+    }
+    const auto columns = columnMap();
+    if (columns->Count() == 0) {
+        refuse(u"Nessun campo da collegare tra tabella FROM e tabella TO");
+        return {};
+    }
+    std::u16string text = sqlscript::insertText(parameters, *columns);
+    if (textOf(parameters, u"DELETE_FROM") == String(u"SI")) {
+        text += sqlscript::deleteText(parameters);
+    }
+    script_ += text;
+    return text;
+}
+
+}  // namespace kap

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <kaputil/frame/error.hpp>
+#include <kaputil/frame/ref.hpp>
+
+namespace kap::sqlscript {
+
+// The object of a field that clients may also set to nothing; raises 91 when they did.
+template <class T>
+[[nodiscard]] T& held(const Ref<T>& field) {
+    if (!field) {
+        throw AutomationError(errors::kObjectNotSet);
+    }
+    return *field;
+}
+
+}  // namespace kap::sqlscript

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <kaputil/ado/recordset.hpp>
+#include <kaputil/sqlscript/csql.hpp>
+
+#include "support/database.hpp"
+
+namespace kap::test {
+
+// A script on a database of its own, in which `tables` were made, with these parameters.
+inline Ref<CSQL> transfer(const std::string& tables,
+                          const std::vector<std::pair<const char*, const char*>>& parameters) {
+    const auto sql = make<CSQL>();
+    sql->setConnectionString(memoryDatabase());
+    sql->ActiveConnection()->Execute(tables);
+    for (const auto& [name, value] : parameters) {
+        sql->Parametri()->Scrivi(name, value);
+    }
+    return sql;
+}
+
+}  // namespace kap::test
