@@ -1,13 +1,18 @@
 # The command line, `kaputil`, from src/tools. Without sources there is no such target.
 file(GLOB_RECURSE toolSources CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/src/tools/*.cpp")
 if(toolSources)
-    find_package(CLI11 REQUIRED)
-    find_package(nlohmann_json REQUIRED)
+    if(NOT WIN32) # where their headers were found before
+        find_package(CLI11 REQUIRED)
+        find_package(nlohmann_json REQUIRED)
+    endif()
     add_executable(kaputil-cli ${toolSources})
     set_target_properties(kaputil-cli PROPERTIES OUTPUT_NAME kaputil)
     target_include_directories(kaputil-cli PRIVATE "${PROJECT_SOURCE_DIR}/src")
     target_link_libraries(kaputil-cli PRIVATE kaputil CLI11::CLI11 nlohmann_json::nlohmann_json)
     kaputil_compile_rules(kaputil-cli)
+    if(WIN32)
+        target_link_options(kaputil-cli PRIVATE -municode)
+    endif()
     kaputil_precompile(kaputil-cli kaputil_headers)
     install(TARGETS kaputil-cli RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
     # Named after the command: that is how the shell finds it when it is first needed.

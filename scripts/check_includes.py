@@ -23,7 +23,7 @@ MAY_INCLUDE = {
     "numbering": {"core", "util", "db", "ado"},
     "host": {"core", "db", "ado", "platform"},
     "catalogue": {"platform", "tsql", "ado", "core", "util", "db", "config", "sqlscript", "numbering", "host"},
-    "com": {"catalogue"},
+    "com": {"catalogue", "ado", "platform"},
     "python": {"catalogue"},
     "tools": {"catalogue"},
 }

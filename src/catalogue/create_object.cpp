@@ -32,8 +32,10 @@ Ref<Object> createObject(std::u16string_view programmaticName) {
         return factory();
     }
     const ClassDescription* found = findClass(programmaticName);
-    if (found == nullptr || found->create == nullptr ||
-        found->instancing == Instancing::NotCreatable) {
+    if (found == nullptr) {
+        return platform::createObject(programmaticName);
+    }
+    if (found->create == nullptr || found->instancing == Instancing::NotCreatable) {
         throw AutomationError(
             errors::kCannotCreateObject,
             String(u"ActiveX component can't create object '") + programmaticName + u"'");

@@ -1,17 +1,13 @@
 #include <kaputil/platform/creatable_objects.hpp>
 
-#include <algorithm>
 #include <mutex>
 #include <string>
 #include <unordered_map>
 #include <utility>
-#include <vector>
 
 #include <kaputil/frame/error.hpp>
 
 #include "frame/unicode.hpp"
-#include "platform/files/file_system_object.hpp"
-#include "platform/mail/application.hpp"
 
 namespace kap {
 namespace {
@@ -67,26 +63,16 @@ ObjectFactory registeredFactory(std::u16string_view programmaticName) {
 
 namespace platform {
 
-std::span<const PlatformClass> hostClasses() {
-    static const std::vector<PlatformClass> classes = {
-        {u"Scripting.FileSystemObject", &files::FileSystemObject::classDescription()},
-        {u"Outlook.Application", &mail::Application::classDescription()}};
-    return classes;
-}
-
 Ref<Object> createObject(std::u16string_view programmaticName) {
     if (const ObjectFactory factory = registeredFactory(programmaticName)) {
         return factory();
     }
-    const auto found = std::ranges::find_if(hostClasses(), [&](const PlatformClass& known) {
-        return unicode::sameName(known.programmaticName, programmaticName);
-    });
-    if (found == hostClasses().end()) {
-        throw AutomationError(
-            errors::kCannotCreateObject,
-            String(u"ActiveX component can't create object '") + programmaticName + u"'");
+    if (Ref<Object> made = createHostObject(programmaticName)) {
+        return made;
     }
-    return found->description->create();
+    throw AutomationError(
+        errors::kCannotCreateObject,
+        String(u"ActiveX component can't create object '") + programmaticName + u"'");
 }
 
 }  // namespace platform

@@ -6,8 +6,10 @@
 #include <optional>
 #include <string>
 
+#include <kaputil/catalogue/create_object.hpp>
 #include <kaputil/catalogue/std_functions.hpp>
 #include <kaputil/frame/convert.hpp>
+#include <kaputil/frame/error.hpp>
 #include <kaputil/host/cemail.hpp>
 
 #include "tools/temporary_folder.hpp"
@@ -22,20 +24,27 @@ public:
         if (const char* before = std::getenv(kVariable)) {
             before_ = before;
         }
-        setenv(kVariable, folder.c_str(), 1);
+        set(folder.string());
     }
-    ~UserFolder() {
-        if (before_) {
-            setenv(kVariable, before_->c_str(), 1);
-        } else {
-            unsetenv(kVariable);
-        }
-    }
+    ~UserFolder() { set(before_); }
     UserFolder(const UserFolder&) = delete;
     UserFolder& operator=(const UserFolder&) = delete;
 
 private:
     static constexpr const char* kVariable = "KAPUTIL_HOME";
+
+    static void set(const std::optional<std::string>& value) {
+#ifdef _WIN32
+        _putenv_s(kVariable, value ? value->c_str() : "");
+#else
+        if (value) {
+            setenv(kVariable, value->c_str(), 1);
+        } else {
+            unsetenv(kVariable);
+        }
+#endif
+    }
+
     std::optional<std::string> before_;
 };
 
@@ -60,7 +69,9 @@ public:
                         "");
         exportCurrencies();
         writeLog();
-        keepContact();
+        if (hasMailClient()) {
+            keepContact();
+        }
     }
 
 private:
@@ -70,6 +81,15 @@ private:
         step.member = member;
         step.arguments = std::move(arguments);
         return step;
+    }
+
+    // Where there is one in the system, the library uses it and brings none of its own.
+    static bool hasMailClient() {
+        try {
+            return createObject(u"Outlook.Application") != nullptr;
+        } catch (const AutomationError&) {
+            return false;
+        }
     }
 
     void exportCurrencies() {

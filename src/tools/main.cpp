@@ -1,7 +1,12 @@
 // The command line of the library: reads the arguments and runs the command they name.
 #include <CLI/CLI.hpp>
 
+#ifdef _WIN32
+#include <windows.h>
+#endif
+
 #include <algorithm>
+#include <filesystem>
 #include <iostream>
 #include <iterator>
 #include <string>
@@ -294,6 +299,19 @@ private:
 
 }  // namespace
 
+#ifdef _WIN32
+// The system gives arguments in its own code page; the whole of them it tells when it is asked.
+int wmain(int argc, wchar_t** argv) {
+    std::vector<std::string> arguments;
+    for (int i = 1; i < argc; ++i) {
+        const std::u8string argument = std::filesystem::path(argv[i]).u8string();
+        arguments.emplace_back(argument.begin(), argument.end());
+    }
+    SetConsoleOutputCP(CP_UTF8);
+    return CommandLine().run(std::move(arguments));
+}
+#else
 int main(int argc, char** argv) {
     return CommandLine().run({argv + 1, argv + argc});
 }
+#endif

@@ -1,7 +1,12 @@
 #include "tools/terminal.hpp"
 
+#ifdef _WIN32
+#include <io.h>
+#include <windows.h>
+#else
 #include <sys/ioctl.h>
 #include <unistd.h>
+#endif
 
 #include <cstdlib>
 
@@ -10,6 +15,23 @@ namespace {
 
 constexpr std::size_t kUsualWidth = 80;
 
+#ifdef _WIN32
+bool isScreen() {
+    return _isatty(1) != 0;
+}
+
+std::size_t screenWidth() {
+    CONSOLE_SCREEN_BUFFER_INFO screen{};
+    if (GetConsoleScreenBufferInfo(GetStdHandle(STD_OUTPUT_HANDLE), &screen) == FALSE) {
+        return kUsualWidth;
+    }
+    return static_cast<std::size_t>(screen.srWindow.Right - screen.srWindow.Left + 1);
+}
+#else
+bool isScreen() {
+    return isatty(STDOUT_FILENO) == 1;
+}
+
 std::size_t screenWidth() {
     winsize size{};
     if (ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) != 0 || size.ws_col == 0) {
@@ -17,6 +39,7 @@ std::size_t screenWidth() {
     }
     return size.ws_col;
 }
+#endif
 
 std::string_view codeOf(Style style) {
     switch (style) {
@@ -42,7 +65,7 @@ std::string_view codeOf(Style style) {
 
 Terminal Terminal::ofStandardOutput() {
     Terminal terminal;
-    if (isatty(STDOUT_FILENO) == 1) {
+    if (isScreen()) {
         const char* noColour = std::getenv("NO_COLOR");
         terminal.coloured_ = noColour == nullptr || *noColour == '\0';
         terminal.width_ = screenWidth();

@@ -34,8 +34,13 @@ struct PlatformClass {
 
 namespace platform {
 
-// The classes that every host offers: the file-system object and the mail client.
+// The classes that stand in for those that the host lacks: the file-system object and the mail
+// client. Empty where the host has them.
 [[nodiscard]] std::span<const PlatformClass> hostClasses();
+
+// A new object of the host by its programmatic name: of the classes above, or of any that is
+// registered there. Null when there is none of that name; raises what its making raises.
+[[nodiscard]] Ref<Object> createHostObject(std::u16string_view programmaticName);
 
 // A new object by its programmatic name: of the client's factory, or else of the host's class.
 // Raises 429 for any other name.

@@ -20,6 +20,12 @@ std::string versionText() {
     return std::string("KapLocal - ") + kProductVersion + " on SQLite " + sqlite3_libversion();
 }
 
+#ifdef _WIN32
+std::string hostName() {
+    const char* name = std::getenv("COMPUTERNAME");
+    return name == nullptr ? std::string() : name;
+}
+#else
 std::string hostName() {
     std::array<char, 256> name{};
     if (gethostname(name.data(), name.size() - 1) != 0) {
@@ -27,9 +33,10 @@ std::string hostName() {
     }
     return name.data();
 }
+#endif
 
 std::string loginName() {
-    for (const char* variable : {"LOGNAME", "USER"}) {
+    for (const char* variable : {"LOGNAME", "USER", "USERNAME"}) {
         if (const char* name = std::getenv(variable); name != nullptr && *name != '\0') {
             return name;
         }

@@ -170,13 +170,4 @@ std::string exportText(std::u16string_view key) {
     return String(textOf(tree, path)).utf8();
 }
 
-std::string exportForEditors(std::u16string_view key) {
-    const String text = exportText(key);
-    std::u16string lines;
-    for (const char16_t unit : text.view()) {
-        lines += unit == u'\n' ? u"\r\n" : std::u16string(1, unit);
-    }
-    return *encodeText(TextEncoding::Utf16Marked, lines);
-}
-
 }  // namespace kap::platform::registry

@@ -1,0 +1,75 @@
+# The COM module, KapUtil26.dll. What it is made of beside its code (the type library's source, resources, manifests) is
+# written from the catalogue by a program of the building host, so a cross build takes it from that host's own build.
+if(WIN32)
+    set(serverFolder com/server)
+endif()
+kaputil_module(com FLAT FOLDERS ${serverFolder} USES catalogue ado)
+
+set(comTexts KapUtil26.idl KapUtil26.rc KapUtil26.amd64.manifest KapUtil26.x86.manifest)
+
+if(NOT WIN32)
+    add_executable(kaputil-describe EXCLUDE_FROM_ALL "${PROJECT_SOURCE_DIR}/src/com/describe/main.cpp")
+    target_link_libraries(kaputil-describe PRIVATE kaputil_com)
+    kaputil_compile_rules(kaputil-describe)
+    kaputil_precompile(kaputil-describe kaputil_headers)
+    add_custom_target(
+        kaputil-com-texts
+        COMMAND kaputil-describe "${PROJECT_BINARY_DIR}/com"
+        COMMENT "Describing the classes for the COM module"
+        VERBATIM)
+    return()
+endif()
+
+set(KAPUTIL_COM_TEXTS "${PROJECT_SOURCE_DIR}/build/dev/com"
+    CACHE PATH "The folder with what the building host has written of the classes")
+list(TRANSFORM comTexts PREPEND "${KAPUTIL_COM_TEXTS}/")
+list(GET comTexts 0 interfaceText)
+list(GET comTexts 1 resourceText)
+
+enable_language(RC)
+if(CMAKE_SIZEOF_VOID_P EQUAL 8)
+    set(interfaceCompiler x86_64-w64-mingw32-widl --win64)
+    list(GET comTexts 2 manifest)
+else()
+    set(interfaceCompiler i686-w64-mingw32-widl --win32)
+    list(GET comTexts 3 manifest)
+endif()
+set(comFolder "${PROJECT_BINARY_DIR}/com")
+file(MAKE_DIRECTORY "${comFolder}")
+add_custom_command(
+    OUTPUT "${comFolder}/KapUtil26.tlb"
+    COMMAND ${interfaceCompiler} -t -o "${comFolder}/KapUtil26.tlb" "${interfaceText}"
+    DEPENDS "${interfaceText}"
+    COMMENT "Compiling the type library"
+    VERBATIM)
+add_custom_command(
+    OUTPUT "${comFolder}/KapUtil26.rc" "${comFolder}/KapUtil26.manifest"
+    COMMAND "${CMAKE_COMMAND}" -E copy "${resourceText}" "${comFolder}/KapUtil26.rc"
+    COMMAND "${CMAKE_COMMAND}" -E copy "${manifest}" "${comFolder}/KapUtil26.manifest"
+    DEPENDS "${resourceText}" "${manifest}"
+    VERBATIM)
+set_source_files_properties("${comFolder}/KapUtil26.rc" PROPERTIES OBJECT_DEPENDS "${comFolder}/KapUtil26.tlb")
+
+add_library(kaputil-com SHARED "${PROJECT_SOURCE_DIR}/src/com/server/exports.def" "${comFolder}/KapUtil26.rc"
+                               "${comFolder}/KapUtil26.manifest" "${comFolder}/KapUtil26.tlb")
+set_target_properties(kaputil-com PROPERTIES OUTPUT_NAME KapUtil26 PREFIX "" LINKER_LANGUAGE CXX
+                                             RUNTIME_OUTPUT_DIRECTORY "${comFolder}")
+target_include_directories(kaputil-com PRIVATE "${comFolder}")
+target_link_libraries(kaputil-com PRIVATE kaputil_com)
+target_link_options(kaputil-com PRIVATE -s -Wl,--no-insert-timestamp)
+
+# The tests of the module: a client that knows the system's interfaces only, with the catalogue to compare with. They are
+# run by ./run test-com.
+option(KAPUTIL_BUILD_COM_TESTS "Build the client that tests the COM module" OFF)
+if(KAPUTIL_BUILD_COM_TESTS)
+    find_path(googleTestFolder googletest/CMakeLists.txt REQUIRED NO_CMAKE_FIND_ROOT_PATH PATHS /usr/src/googletest)
+    set(BUILD_GMOCK OFF CACHE INTERNAL "")
+    set(INSTALL_GTEST OFF CACHE INTERNAL "")
+    add_subdirectory("${googleTestFolder}" "${PROJECT_BINARY_DIR}/googletest" EXCLUDE_FROM_ALL)
+    file(GLOB clientSources CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/tests/com/windows/*.cpp")
+    add_executable(kaputil-com-client ${clientSources})
+    set_target_properties(kaputil-com-client PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${comFolder}")
+    target_link_libraries(kaputil-com-client PRIVATE kaputil_com GTest::gtest_main version)
+    kaputil_compile_rules(kaputil-com-client)
+    add_dependencies(kaputil-com-client kaputil-com)
+endif()

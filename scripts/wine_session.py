@@ -1,0 +1,56 @@
+"""A Windows session of one's own: a fresh prefix of Wine and a screen that nobody sees, both gone at the end."""
+
+import os
+import pathlib
+import shutil
+import subprocess
+
+ROOT = pathlib.Path(__file__).resolve().parent.parent
+WINE = pathlib.Path("/usr/lib/wine/wine64")
+SERVER = pathlib.Path("/usr/lib/wine/wineserver")
+
+
+def windows_path(path):
+    """A file of this host as programs of the session name it."""
+    return "Z:" + str(pathlib.Path(path).resolve()).replace("/", "\\")
+
+
+class WineSession:
+    def __init__(self, prefix, language="C.UTF-8"):
+        self.prefix = pathlib.Path(prefix)
+        self.environment = dict(
+            os.environ,
+            WINEPREFIX=str(self.prefix),
+            WINEARCH="win64",
+            WINEDEBUG="-all",
+            # Components that would be downloaded and are not needed.
+            WINEDLLOVERRIDES="mscoree,mshtml=",
+            LC_ALL=language,
+        )
+        # Clients' languages are those of their calls.
+        self.environment.pop("KAPUTIL_LOCALE", None)
+
+    def __enter__(self):
+        shutil.rmtree(self.prefix, ignore_errors=True)
+        self.prefix.parent.mkdir(parents=True, exist_ok=True)
+        reading, writing = os.pipe()
+        self.screen = subprocess.Popen(
+            ["Xvfb", "-displayfd", str(writing), "-screen", "0", "1024x768x24"],
+            pass_fds=[writing], stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        os.close(writing)
+        with os.fdopen(reading) as number:
+            self.environment["DISPLAY"] = ":" + number.readline().strip()
+        self.run("wineboot", "-i", timeout=300)
+        return self
+
+    def __exit__(self, *_):
+        subprocess.run([SERVER, "-k"], env=self.environment, check=False)
+        self.screen.terminate()
+        self.screen.wait()
+
+    def run(self, *command, folder=None, timeout=120, **variables):
+        """Runs a program of the session; its exit code and everything that it printed."""
+        done = subprocess.run(
+            [WINE, *map(str, command)], cwd=folder, env=dict(self.environment, **variables),
+            stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, timeout=timeout, check=False)
+        return done.returncode, done.stdout.decode("utf-8", "replace").replace("\r\n", "\n")

@@ -1,0 +1,48 @@
+// Writes what the COM module is made of beside its code, from the catalogue, into a folder: the
+// interface description, the resources and the manifests. A file that would stay the same is left
+// alone, so that nothing is built again for it.
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <sstream>
+#include <string>
+
+#include "com/interface_text.hpp"
+#include "com/module_texts.hpp"
+
+namespace {
+
+void keep(const std::filesystem::path& file, const std::string& content) {
+    std::ifstream before(file, std::ios::binary);
+    std::ostringstream held;
+    held << before.rdbuf();
+    if (before && held.str() == content) {
+        return;
+    }
+    std::ofstream out(file, std::ios::binary);
+    out << content;
+    if (!out.flush()) {
+        throw std::runtime_error("cannot write " + file.string());
+    }
+}
+
+}  // namespace
+
+int main(int count, char** arguments) {
+    if (count != 2) {
+        std::cerr << "usage: kaputil-describe FOLDER\n";
+        return 2;
+    }
+    try {
+        const std::filesystem::path folder = arguments[1];
+        std::filesystem::create_directories(folder);
+        keep(folder / "KapUtil26.idl", kap::com::interfaceText());
+        keep(folder / "KapUtil26.rc", kap::com::resourceText());
+        keep(folder / "KapUtil26.amd64.manifest", kap::com::manifestText("amd64"));
+        keep(folder / "KapUtil26.x86.manifest", kap::com::manifestText("x86"));
+    } catch (const std::exception& error) {
+        std::cerr << "kaputil-describe: " << error.what() << '\n';
+        return 1;
+    }
+    return 0;
+}

@@ -1,0 +1,93 @@
+#include "com/module_texts.hpp"
+
+#include <algorithm>
+
+#include <kaputil/catalogue/catalogue.hpp>
+
+#include "com/served_classes.hpp"
+
+namespace kap::com {
+namespace {
+
+std::string withCommas(std::string version) {
+    std::ranges::replace(version, '.', ',');
+    return version;
+}
+
+std::string valueLine(const char* name, const String& value) {
+    return "            VALUE \"" + std::string(name) + "\", \"" + value.utf8() + "\"\n";
+}
+
+std::string escaped(const String& text) {
+    std::string made;
+    for (const char byte : text.utf8()) {
+        switch (byte) {
+            case '&':
+                made += "&amp;";
+                break;
+            case '<':
+                made += "&lt;";
+                break;
+            case '"':
+                made += "&quot;";
+                break;
+            default:
+                made += byte;
+        }
+    }
+    return made;
+}
+
+std::string braced(const String& identity) {
+    return "{" + identity.utf8() + "}";
+}
+
+}  // namespace
+
+std::string resourceText() {
+    const LibraryDescription& self = library();
+    const std::string module = self.moduleName.utf8();
+    const std::string version = withCommas(self.fileVersion.utf8());
+    return "1 TYPELIB \"" + module + ".tlb\"\n\n1 VERSIONINFO\n    FILEVERSION " + version +
+           "\n    PRODUCTVERSION " + version +
+           "\n    FILEOS 0x40004\n    FILETYPE 2\n{\n    BLOCK \"StringFileInfo\" {\n        BLOCK "
+           "\"041004B0\" {\n" +
+           valueLine("FileDescription", self.description) +
+           valueLine("FileVersion", self.fileVersionText) +
+           valueLine("InternalName", self.moduleName) +
+           valueLine("OriginalFilename", self.moduleName + u".dll") +
+           valueLine("ProductName", self.name) + valueLine("ProductVersion", self.fileVersionText) +
+           "        }\n    }\n    BLOCK \"VarFileInfo\" {\n        VALUE \"Translation\", 0x410, "
+           "1200\n"
+           "    }\n}\n";
+}
+
+std::string manifestText(std::string_view architecture) {
+    const LibraryDescription& self = library();
+    const std::string module = self.moduleName.utf8();
+    const std::string typeLibrary = braced(self.typeLibraryId);
+    std::string text =
+        "<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"yes\"?>\n"
+        "<assembly xmlns=\"urn:schemas-microsoft-com:asm.v1\" manifestVersion=\"1.0\">\n"
+        "  <assemblyIdentity type=\"win32\" name=\"" +
+        module + "\" version=\"" + self.fileVersion.utf8() + "\" processorArchitecture=\"" +
+        std::string(architecture) + "\"/>\n  <file name=\"" + module +
+        ".dll\">\n    <typelib tlbid=\"" + typeLibrary + "\" version=\"" +
+        self.typeLibraryVersion.utf8() + "\" helpdir=\"\"/>\n";
+    for (const ServedClass& one : servedClasses()) {
+        text += "    <comClass clsid=\"" + braced(one.classId) + "\" threadingModel=\"Apartment\"" +
+                (one.published ? " tlbid=\"" + typeLibrary + "\"" : std::string()) + " progid=\"" +
+                one.programmaticName.utf8() + "\" description=\"" + escaped(one.summary) + "\"/>\n";
+    }
+    text += "  </file>\n";
+    for (const PublishedClass& one : publishedClasses()) {
+        // Calls between threads go the way of every dispatch interface.
+        text += "  <comInterfaceExternalProxyStub name=\"" + one.interfaceName.utf8() +
+                "\" iid=\"" + braced(one.interfaceId) +
+                "\" proxyStubClsid32=\"{00020420-0000-0000-C000-000000000046}\" tlbid=\"" +
+                typeLibrary + "\"/>\n";
+    }
+    return text + "</assembly>\n";
+}
+
+}  // namespace kap::com

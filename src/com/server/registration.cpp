@@ -1,0 +1,160 @@
+#include "com/server/registration.hpp"
+
+#include <string>
+
+#include <kaputil/catalogue/catalogue.hpp>
+#include <kaputil/frame/error.hpp>
+#include <kaputil/platform/registry.hpp>
+
+#include "com/served_classes.hpp"
+#include "com/server/module.hpp"
+#include "frame/unicode.hpp"
+#include "platform/win32/automation/call_errors.hpp"
+#include "platform/win32/wide.hpp"
+
+namespace kap::com {
+namespace {
+
+namespace registry = platform::registry;
+
+#ifdef _WIN64
+constexpr const char16_t* kPlatform = u"win64";
+#else
+constexpr const char16_t* kPlatform = u"win32";
+#endif
+
+// Calls between threads go the way of every dispatch interface.
+constexpr const char16_t* kDispatchProxy = u"{00020420-0000-0000-C000-000000000046}";
+
+std::u16string braced(const String& identity) {
+    return u"{" + identity.units() + u"}";
+}
+
+// The keys of one registration.
+class Entries {
+public:
+    explicit Entries(Registration registration)
+        : root_(registration == Registration::Machine ? u"HKEY_LOCAL_MACHINE\\Software\\Classes\\"
+                                                      : u"HKEY_CURRENT_USER\\Software\\Classes\\") {
+    }
+
+    void add() const {
+        for (const ServedClass& one : servedClasses()) {
+            addClass(one);
+        }
+        addTypeLibrary();
+        for (const PublishedClass& one : publishedClasses()) {
+            addInterface(one);
+        }
+    }
+
+    void remove() const {
+        for (const ServedClass& one : servedClasses()) {
+            registry::deleteKey(root_ + u"CLSID\\" + braced(one.classId));
+            if (!isRegisteredElsewhere(one)) {
+                registry::deleteKey(root_ + one.programmaticName.units());
+            }
+        }
+        const std::u16string identity = root_ + u"TypeLib\\" + braced(library().typeLibraryId);
+        const std::u16string version = identity + u"\\" + library().typeLibraryVersion.units();
+        registry::deleteKey(version + u"\\0\\" + kPlatform);
+        if (registry::keysBelow(version + u"\\0").empty()) {
+            registry::deleteKey(identity);
+        }
+        for (const PublishedClass& one : publishedClasses()) {
+            registry::deleteKey(root_ + u"Interface\\" + braced(one.interfaceId));
+        }
+    }
+
+private:
+    // The names are shared by both bitnesses, and stay as long as one of them is there.
+    [[nodiscard]] bool isRegisteredElsewhere(const ServedClass& one) const {
+        const std::u16string other = sizeof(void*) == 8 ? u"Wow6432Node\\CLSID\\" : u"CLSID\\";
+        return sizeof(void*) == 8 && registry::hasKey(root_ + other + braced(one.classId));
+    }
+
+    void set(const std::u16string& key, const char16_t* name, std::u16string_view value) const {
+        registry::createKey(root_ + key);
+        if (!registry::setValue(root_ + key, name, registry::textValue(value))) {
+            throw AutomationError(errors::kPermissionDenied);
+        }
+    }
+
+    void addClass(const ServedClass& one) const {
+        const std::u16string name = one.programmaticName.units();
+        const std::u16string identity = braced(one.classId);
+        const std::u16string key = u"CLSID\\" + identity;
+        set(name, u"", one.summary);
+        set(name + u"\\CLSID", u"", identity);
+        set(key, u"", one.summary);
+        set(key + u"\\InprocServer32", u"", modulePath());
+        set(key + u"\\InprocServer32", u"ThreadingModel", u"Apartment");
+        set(key + u"\\ProgID", u"", name);
+        set(key + u"\\Programmable", u"", u"");
+        if (one.published) {
+            set(key + u"\\TypeLib", u"", braced(library().typeLibraryId));
+            set(key + u"\\VERSION", u"", library().typeLibraryVersion);
+        }
+    }
+
+    void addTypeLibrary() const {
+        const std::u16string path = modulePath();
+        const std::u16string key = u"TypeLib\\" + braced(library().typeLibraryId) + u"\\" +
+                                   library().typeLibraryVersion.units();
+        set(key, u"", library().description);
+        set(key + u"\\FLAGS", u"", u"0");
+        set(key + u"\\0\\" + kPlatform, u"", path);
+        set(key + u"\\HELPDIR", u"", path.substr(0, path.rfind(u'\\')));
+    }
+
+    void addInterface(const PublishedClass& one) const {
+        const std::u16string key = u"Interface\\" + braced(one.interfaceId);
+        set(key, u"", one.interfaceName);
+        set(key + u"\\ProxyStubClsid32", u"", kDispatchProxy);
+        set(key + u"\\TypeLib", u"", braced(library().typeLibraryId));
+        set(key + u"\\TypeLib", u"Version", library().typeLibraryVersion);
+    }
+
+    std::u16string root_;
+};
+
+// What the registration tool shows for a failure.
+HRESULT codeFor(const AutomationError& error) {
+    return error.number() == errors::kPermissionDenied
+               ? E_ACCESSDENIED
+               : platform::automation::codeOf(error.number());
+}
+
+}  // namespace
+
+HRESULT registerModule(Registration registration) {
+    try {
+        Entries(registration).add();
+        return S_OK;
+    } catch (const AutomationError& error) {
+        unregisterModule(registration);
+        return codeFor(error);
+    }
+}
+
+HRESULT unregisterModule(Registration registration) {
+    try {
+        Entries(registration).remove();
+        return S_OK;
+    } catch (const AutomationError& error) {
+        return codeFor(error);
+    }
+}
+
+Registration allowedRegistration() {
+    HKEY key = nullptr;
+    const LSTATUS status = RegOpenKeyExW(HKEY_LOCAL_MACHINE, L"Software\\Classes", 0,
+                                         KEY_CREATE_SUB_KEY | KEY_SET_VALUE, &key);
+    if (status != ERROR_SUCCESS) {
+        return Registration::User;
+    }
+    RegCloseKey(key);
+    return Registration::Machine;
+}
+
+}  // namespace kap::com

@@ -1,0 +1,105 @@
+#!/usr/bin/env python3
+"""Tests the COM module in a fresh Windows session: the client that knows only the system's interfaces, every script in
+its script host, registration by the system's own tool, and the examples.
+
+usage: run.py BUILD-FOLDER [FILTER]
+"""
+
+import pathlib
+import subprocess
+import sys
+import tempfile
+
+ROOT = pathlib.Path(__file__).resolve().parent.parent.parent
+sys.path.insert(0, str(ROOT / "scripts"))
+
+from wine_session import WineSession, windows_path  # noqa: E402
+
+SCRIPTS = ROOT / "tests" / "com" / "scripts"
+EXAMPLES = ROOT / "examples" / "windows"
+ENTRY_POINTS = {"DllCanUnloadNow", "DllGetClassObject", "DllInstall", "DllRegisterServer", "DllUnregisterServer"}
+
+
+class Report:
+    def __init__(self):
+        self.passed = 0
+        self.failed = []
+
+    def add(self, name, good, output):
+        if good:
+            self.passed += 1
+            return
+        self.failed.append(name)
+        print(f"FAILED {name}\n{output.rstrip()}\n", flush=True)
+
+
+def check_exports(report, module, tool):
+    """The module exports the entry points, and needs nothing beside itself but the system."""
+    text = subprocess.run([tool, "-p", module], capture_output=True, text=True, check=True).stdout
+    listed = text.split("[Ordinal/Name Pointer] Table")[1].split("\n\n")[0]
+    names = {line.split()[-1].split("@")[0] for line in listed.splitlines()[1:] if line.strip()}
+    report.add(f"exports of {module.parent.parent.name}", names == ENTRY_POINTS, f"{sorted(names)}")
+    foreign = [line for line in text.splitlines() if "DLL Name:" in line and "lib" in line.lower()]
+    report.add(f"imports of {module.parent.parent.name}", not foreign, "\n".join(foreign))
+
+
+def run_client(report, session, folder, tests):
+    code, output = session.run(
+        "kaputil-com-client.exe", "--gtest_brief=1", f"--gtest_filter={tests}", folder=folder, timeout=600,
+        KAPUTIL_DLL=windows_path(folder / "KapUtil26.dll"), KAPUTIL_SCRIPTS=windows_path(SCRIPTS))
+    report.add(f"client {tests}", code == 0 and "[  PASSED  ]" in output, output)
+    return output
+
+
+def run_test_script(report, session, script, folder):
+    """The script host tells of no failure by its exit code: a line at the end says that the script came there."""
+    copy = folder / script.name
+    end = 'WScript.Echo("at the end")'
+    copy.write_text(script.read_text("utf-8") + "\n" + end + "\n", "utf-8")
+    _, output = session.run("cscript", "//nologo", copy.name, folder=folder)
+    report.add(f"cscript {script.name}", output == "at the end\n", output)
+
+
+def run_example(report, session, example):
+    _, output = session.run("cscript", "//nologo", example.name, folder=example.parent)
+    report.add(f"example {example.name}", output == example.with_suffix(".txt").read_text("utf-8"), output)
+
+
+def main(folder, wanted=None):
+    report = Report()
+    build = ROOT / folder
+    module = build / "com" / "KapUtil26.dll"
+    check_exports(report, module, "x86_64-w64-mingw32-objdump")
+    other = ROOT / "build" / "windows32" / "com" / "KapUtil26.dll"
+    if other.is_file():
+        check_exports(report, other, "i686-w64-mingw32-objdump")
+
+    with WineSession(ROOT / "build" / "wine-com") as session:
+        if wanted:
+            session.run("regsvr32", "/s", "KapUtil26.dll", folder=module.parent)
+            print(run_client(report, session, module.parent, wanted))
+        else:
+            # First what needs a system that does not know the module.
+            run_client(report, session, module.parent, "Unregistered*")
+            code, output = session.run("regsvr32", "/s", "KapUtil26.dll", folder=module.parent)
+            report.add("regsvr32", code == 0, output)
+            run_client(report, session, module.parent, "-Unregistered*")
+            with tempfile.TemporaryDirectory() as copies:
+                for script in sorted([*SCRIPTS.rglob("*.vbs"), *SCRIPTS.rglob("*.js")]):
+                    run_test_script(report, session, script, pathlib.Path(copies))
+            for example in sorted(EXAMPLES.glob("*.vbs")):
+                run_example(report, session, example)
+            code, output = session.run("regsvr32", "/s", "/u", "KapUtil26.dll", folder=module.parent)
+            report.add("regsvr32 /u", code == 0, output)
+            code, output = session.run("reg", "query", "HKLM\\Software\\Classes\\KapUtil.CProprieta")
+            report.add("nothing is left", code != 0, output)
+
+    print(f"{report.passed} passed, {len(report.failed)} failed" + "".join(f"\n  {name}" for name in report.failed))
+    return 1 if report.failed else 0
+
+
+if __name__ == "__main__":
+    if len(sys.argv) not in (2, 3):
+        print(__doc__, file=sys.stderr)
+        sys.exit(2)
+    sys.exit(main(*sys.argv[1:]))

@@ -1,0 +1,131 @@
+#include <kaputil/catalogue/catalogue.hpp>
+#include <kaputil/platform/registry.hpp>
+
+#include "com/served_classes.hpp"
+#include "dispatch_client.hpp"
+
+namespace kap::test {
+namespace {
+
+namespace registry = platform::registry;
+
+const std::u16string kMachine = u"HKEY_LOCAL_MACHINE\\Software\\Classes\\";
+const std::u16string kUser = u"HKEY_CURRENT_USER\\Software\\Classes\\";
+
+std::u16string braced(const String& identity) {
+    return u"{" + identity.units() + u"}";
+}
+
+String valueAt(const std::u16string& key, std::u16string_view name = {}) {
+    const auto value = registry::value(key, name);
+    return value ? registry::textOf(*value) : String(u"(none)");
+}
+
+// Whether anything of the library is left under a root.
+std::vector<String> leftUnder(const std::u16string& root) {
+    std::vector<String> left;
+    const auto look = [&](const std::u16string& key) {
+        if (registry::hasKey(root + key)) {
+            left.emplace_back(key);
+        }
+    };
+    for (const com::ServedClass& one : com::servedClasses()) {
+        look(one.programmaticName.units());
+        look(u"CLSID\\" + braced(one.classId));
+    }
+    for (const PublishedClass& one : publishedClasses()) {
+        look(u"Interface\\" + braced(one.interfaceId));
+    }
+    look(u"TypeLib\\" + braced(library().typeLibraryId));
+    return left;
+}
+
+void expectEverythingUnder(const std::u16string& root) {
+    for (const com::ServedClass& one : com::servedClasses()) {
+        const std::u16string key = root + u"CLSID\\" + braced(one.classId);
+        EXPECT_EQ(one.programmaticName, valueAt(key + u"\\ProgID"));
+        EXPECT_EQ(u"Apartment", valueAt(key + u"\\InprocServer32", u"ThreadingModel").view());
+        EXPECT_EQ(braced(one.classId),
+                  valueAt(root + one.programmaticName.units() + u"\\CLSID").view());
+    }
+    for (const PublishedClass& one : publishedClasses()) {
+        EXPECT_EQ(one.interfaceName, valueAt(root + u"Interface\\" + braced(one.interfaceId)));
+    }
+    const std::u16string types = root + u"TypeLib\\" + braced(library().typeLibraryId) + u"\\1.0";
+    EXPECT_EQ(library().description, valueAt(types));
+    EXPECT_NE(u"(none)", valueAt(types + u"\\0\\win64").view());
+}
+
+class Unregistered : public testing::Test {
+protected:
+    Unregistered() {
+        module_.get("DllRegisterServer", registerServer_);
+        module_.get("DllUnregisterServer", unregisterServer_);
+        module_.get("DllInstall", install_);
+    }
+
+    Apartment apartment_;
+    Module module_;
+    HRESULT(WINAPI* registerServer_)() = nullptr;
+    HRESULT(WINAPI* unregisterServer_)() = nullptr;
+    HRESULT(WINAPI* install_)(BOOL, PCWSTR) = nullptr;
+};
+
+TEST_F(Unregistered, TheModuleEntersAndRemovesEverything) {
+    ASSERT_EQ(std::vector<String>(), leftUnder(kMachine));
+    EXPECT_EQ(S_OK, registerServer_());
+    EXPECT_EQ(S_OK, registerServer_()) << "again";
+    expectEverythingUnder(kMachine);
+    EXPECT_EQ(S_OK, unregisterServer_());
+    EXPECT_EQ(std::vector<String>(), leftUnder(kMachine));
+    EXPECT_EQ(S_OK, unregisterServer_()) << "of what is not there";
+}
+
+TEST_F(Unregistered, TheModuleIsRegisteredForTheUserAlone) {
+    EXPECT_EQ(S_OK, install_(TRUE, L"user"));
+    EXPECT_EQ(std::vector<String>(), leftUnder(kMachine));
+    expectEverythingUnder(kUser);
+    EXPECT_EQ(S_OK, install_(FALSE, L"user"));
+    EXPECT_EQ(std::vector<String>(), leftUnder(kUser));
+}
+
+TEST_F(Unregistered, AnotherBitnessKeepsItsTypeLibrary) {
+    const std::u16string other =
+        kMachine + u"TypeLib\\" + braced(library().typeLibraryId) + u"\\1.0\\0\\win32";
+    EXPECT_EQ(S_OK, registerServer_());
+    registry::createKey(other);
+    EXPECT_EQ(S_OK, unregisterServer_());
+    EXPECT_TRUE(registry::hasKey(other));
+    registry::deleteKey(kMachine + u"TypeLib\\" + braced(library().typeLibraryId));
+}
+
+TEST_F(Unregistered, AManifestServesProgramsWithoutRegistration) {
+    const std::wstring path = Module::path();
+    const std::wstring folder = path.substr(0, path.find_last_of(L"\\/"));
+    const std::wstring manifest = folder + L"\\KapUtil26.manifest";
+    ACTCTXW context{};
+    context.cbSize = sizeof context;
+    context.dwFlags = ACTCTX_FLAG_ASSEMBLY_DIRECTORY_VALID;
+    context.lpSource = manifest.c_str();
+    context.lpAssemblyDirectory = folder.c_str();
+    void* made = CreateActCtxW(&context);
+    ASSERT_NE(INVALID_HANDLE_VALUE, made) << GetLastError();
+    ULONG_PTR cookie = 0;
+    ASSERT_TRUE(ActivateActCtx(made, &cookie));
+    CLSID identity{};
+    EXPECT_EQ(S_OK, CLSIDFromProgID(L"KapUtil.CProprieta", &identity));
+    {
+        Pointer<IDispatch> bag;
+        EXPECT_EQ(S_OK, CoCreateInstance(identity, nullptr, CLSCTX_INPROC_SERVER, IID_IDispatch,
+                                         bag.outVoid()));
+        if (bag) {
+            call(bag, L"Scrivi", L"A", 1);
+            EXPECT_EQ(L"1", call(bag, L"Leggi", L"A").text());
+        }
+    }
+    DeactivateActCtx(0, cookie);
+    ReleaseActCtx(made);
+}
+
+}  // namespace
+}  // namespace kap::test
