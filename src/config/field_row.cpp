@@ -34,19 +34,18 @@ Ref<Object> rootOf(Object& field) {
     return node;
 }
 
-ado::Connection& opened(const Variant& connection) {
+Ref<ado::Connection> opened(const Variant& connection) {
     if (!connection.isObject()) {
         throw AutomationError(errors::kObjectRequired);
     }
-    const Ref<Object>& object = connection.as<Ref<Object>>();
-    auto* opened = dynamic_cast<ado::Connection*>(object.get());
-    if (object && opened == nullptr) {
+    if (connection.as<Ref<Object>>() && !ado::isConnection(connection)) {
         throw AutomationError(errors::kTypeMismatch);
     }
-    if (opened == nullptr || opened->State() == ado::ObjectStateEnum::adStateClosed) {
+    auto found = ado::connectionOf(connection);
+    if (!found) {
         ado::fail::invalidConnection();
     }
-    return *opened;
+    return found;
 }
 
 }  // namespace
@@ -76,7 +75,7 @@ String FieldRow::selectStatement() const {
 
 void FieldRow::remove() const {
     const String statement = u" DELETE " + table_ + u" " + condition();
-    opened(connection_).Execute(statement);
+    opened(connection_)->Execute(statement);
 }
 
 }  // namespace kap::config
