@@ -9,6 +9,7 @@ rules or the tool change: what it was clean with is kept in BUILD_FOLDER/tidy.
 
 import concurrent.futures
 import hashlib
+import json
 import os
 import pathlib
 import subprocess
@@ -51,8 +52,14 @@ def main():
     version = subprocess.run(["clang-tidy", "--version"], capture_output=True, check=True).stdout
     rules = version + sources.read(".clang-tidy").encode()
 
+    # What only another host compiles cannot be read on this one.
+    commands = json.loads((build_folder / "compile_commands.json").read_text("utf-8"))
+    compiled = {pathlib.Path(command["file"]) for command in commands}
+
     waiting = {}
     for path in sources.project_files(*patterns):
+        if sources.ROOT / path not in compiled:
+            continue
         mark = fingerprint(path, rules)
         if not (stamps / mark).exists():
             waiting[path] = mark

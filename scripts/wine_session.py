@@ -4,6 +4,7 @@ import os
 import pathlib
 import shutil
 import subprocess
+import tempfile
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 WINE = pathlib.Path("/usr/lib/wine/wine64")
@@ -49,8 +50,13 @@ class WineSession:
         self.screen.wait()
 
     def run(self, *command, folder=None, timeout=120, **variables):
-        """Runs a program of the session; its exit code and everything that it printed."""
-        done = subprocess.run(
-            [WINE, *map(str, command)], cwd=folder, env=dict(self.environment, **variables),
-            stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, timeout=timeout, check=False)
-        return done.returncode, done.stdout.decode("utf-8", "replace").replace("\r\n", "\n")
+        """Runs a program of the session; its exit code and everything that it printed.
+
+        What it prints goes to a file: a pipe would also be held open by services that it is the first to need.
+        """
+        with tempfile.TemporaryFile() as printed:
+            done = subprocess.run(
+                [WINE, *map(str, command)], cwd=folder, env=dict(self.environment, **variables),
+                stdin=subprocess.DEVNULL, stdout=printed, stderr=subprocess.STDOUT, timeout=timeout, check=False)
+            printed.seek(0)
+            return done.returncode, printed.read().decode("utf-8", "replace").replace("\r\n", "\n")

@@ -13,6 +13,7 @@
 #include "ado/answers.hpp"
 #include "ado/driver.hpp"
 #include "ado/failures.hpp"
+#include "ado/late_bound/late_bound_session.hpp"
 #include "ado/request_builder.hpp"
 #include "ado/row_cursor.hpp"
 #include "tsql/script_split.hpp"
@@ -217,6 +218,27 @@ void Connection::raiseAll(const std::vector<DriverError>& failures) {
     throw failures.front();
 }
 
+Ref<Connection> Connection::through(const Ref<Object>& foreign) {
+    auto connection = make<Connection>();
+    connection->session_ = std::make_shared<late_bound::LateBoundSession>(foreign);
+    connection->foreign_ = foreign;
+    connection->connectionString_ = late_bound::connectionStringOf(foreign);
+    return connection;
+}
+
+Variant Connection::clientsObject() {
+    return foreign_ ? Variant(foreign_) : Variant(Ref<Connection>(this));
+}
+
+bool isConnection(const Variant& value) {
+    if (!value.isObject() || !value.as<Ref<Object>>()) {
+        return false;
+    }
+    const Ref<Object>& object = value.as<Ref<Object>>();
+    return dynamic_cast<const Connection*>(object.get()) != nullptr ||
+           late_bound::isConnection(*object);
+}
+
 Ref<Connection> connectionOf(const Variant& value) {
     if (value.isNull() || value.isEmpty()) {
         return {};
@@ -227,14 +249,21 @@ Ref<Connection> connectionOf(const Variant& value) {
         return opened;
     }
     const Ref<Object>& object = value.as<Ref<Object>>();
-    auto* connection = dynamic_cast<Connection*>(object.get());
-    if (object && connection == nullptr) {
+    if (!object) {
+        return {};
+    }
+    if (!isConnection(value)) {
         fail::invalidArgument();
     }
-    if (connection != nullptr && connection->State() == ObjectStateEnum::adStateClosed) {
+    auto* own = dynamic_cast<Connection*>(object.get());
+    Ref<Connection> connection =
+        own == nullptr ? Connection::through(object) : Ref<Connection>(own);
+    const bool open = own == nullptr ? late_bound::isOpen(object)
+                                     : own->State() != ObjectStateEnum::adStateClosed;
+    if (!open) {
         fail::invalidConnection();
     }
-    return Ref<Connection>(connection);
+    return connection;
 }
 
 }  // namespace kap::ado

@@ -218,4 +218,8 @@ private:
     std::string provider_;
 };
 
+// The driver for every connection string that no other one answers for; null takes it away again.
+// For a host with data-access objects of its own.
+void setDriverForOthers(const Driver* driver);
+
 }  // namespace kap::ado

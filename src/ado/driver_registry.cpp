@@ -1,3 +1,4 @@
+#include <atomic>
 #include <map>
 #include <mutex>
 #include <string>
@@ -50,16 +51,26 @@ private:
     std::map<std::u16string, const Driver*> drivers_;
 };
 
+std::atomic<const Driver*> driverForOthers{nullptr};
+
 [[noreturn]] void providerNotFound(const std::string& description) {
     throw AutomationError(errors::kProviderNotFound, description, u"ADODB");
 }
 
 }  // namespace
 
+void setDriverForOthers(const Driver* driver) {
+    driverForOthers = driver;
+}
+
 const Driver& driverFor(const ConnectionString& keys) {
+    const Driver* others = driverForOthers;
     auto provider = keys.find("Provider");
     if (!provider) {
         provider = keys.find("Driver");  // some are known by that name only
+    }
+    if (!provider && others != nullptr) {
+        return *others;
     }
     if (!provider) {
         providerNotFound(
@@ -67,6 +78,9 @@ const Driver& driverFor(const ConnectionString& keys) {
             "Provider=KapLocal;Data Source=<file>.");
     }
     const Driver* driver = Registry::get().find(*provider);
+    if (driver == nullptr && others != nullptr) {
+        return *others;
+    }
     if (driver == nullptr) {
         providerNotFound("Provider '" + *provider +
                          "' cannot be found. The provider of this library is KapLocal (a "

@@ -196,7 +196,7 @@ ObjectStateEnum Recordset::State() const {
 }
 
 Variant Recordset::ActiveConnection() const {
-    return Variant(connection_);
+    return connection_ ? connection_->clientsObject() : Variant(Ref<Object>());
 }
 
 void Recordset::setActiveConnection(const Variant& value) {

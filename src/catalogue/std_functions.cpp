@@ -323,7 +323,7 @@ Variant StdFunctions::DtoSQL(const Variant& valore) {
     return util::DtoSQL(valore);
 }
 
-bool StdFunctions::kapGoTo(ByRef<Ref<ado::Recordset>> rst, const Variant& posizione) {
+bool StdFunctions::kapGoTo(ByRef<Ref<Object>> rst, const Variant& posizione) {
     return db::kapGoTo(rst, posizione);
 }
 

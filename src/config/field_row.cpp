@@ -35,18 +35,18 @@ Ref<Object> rootOf(Object& field) {
     return node;
 }
 
-void requireOpen(const Variant& connection) {
+Ref<ado::Connection> opened(const Variant& connection) {
     if (!connection.isObject()) {
         throw AutomationError(errors::kObjectRequired);
     }
-    const Ref<Object>& object = connection.as<Ref<Object>>();
-    const auto* opened = dynamic_cast<const ado::Connection*>(object.get());
-    if (object && opened == nullptr) {
+    if (connection.as<Ref<Object>>() && !ado::isConnection(connection)) {
         throw AutomationError(errors::kTypeMismatch);
     }
-    if (opened == nullptr || opened->State() == ado::ObjectStateEnum::adStateClosed) {
+    auto found = ado::connectionOf(connection);
+    if (!found) {
         ado::fail::invalidConnection();
     }
+    return found;
 }
 
 }  // namespace
@@ -75,9 +75,8 @@ String FieldRow::selectStatement() const {
 }
 
 void FieldRow::remove() const {
-    requireOpen(connection_);
     const auto command = make<ado::Command>();
-    command->setActiveConnection(connection_);
+    command->setActiveConnection(Variant(opened(connection_)));
     command->setCommandType(ado::CommandTypeEnum::adCmdText);
     command->setCommandText(u" DELETE " + table_ + u" " + condition());
     static_cast<void>(command->Execute());

@@ -7,6 +7,7 @@
 #include <kaputil/frame/error.hpp>
 #include <kaputil/platform/two_second_wait.hpp>
 
+#include "frame/late_bound.hpp"
 #include "frame/unicode.hpp"
 
 namespace kap::db {
@@ -117,8 +118,10 @@ void replaceNulls(Recordset& recordset) {
     recordset.MoveFirst();
 }
 
-bool isEmpty(const Recordset& recordset) {
-    return recordset.Bof() && recordset.Eof();
+// Of any maker's recordset.
+bool isEmpty(const Variant& recordset) {
+    return convert::toBoolean(late::get(recordset, u"BOF")) &&
+           convert::toBoolean(late::get(recordset, u"EOF"));
 }
 
 // Line numbers go through their text form and back through a reading that knows only the period:
@@ -154,8 +157,7 @@ Ref<Recordset> OpenRecordset(const String& sqlString, ByRef<Variant> connessione
 }
 
 void ControllaConnessione(ByRef<Variant> connessione) {
-    if (connessione->isObject() &&
-        dynamic_cast<ado::Connection*>(connessione->as<Ref<Object>>().get()) != nullptr) {
+    if (ado::isConnection(*connessione)) {
         return;
     }
     auto connection = make<ado::Connection>();
@@ -163,27 +165,24 @@ void ControllaConnessione(ByRef<Variant> connessione) {
     *connessione = Variant(connection);
 }
 
-bool kapGoTo(ByRef<Ref<Recordset>> rst, const Variant& posizione) {
-    if (!*rst) {
-        throw AutomationError(errors::kObjectNotSet);
-    }
-    Recordset& recordset = **rst;
+bool kapGoTo(ByRef<Ref<Object>> rst, const Variant& posizione) {
+    const Variant recordset = *rst;
+    const auto moveUnlessEmpty = [&](std::u16string_view movement) {
+        if (!isEmpty(recordset)) {
+            late::call(recordset, movement);
+        }
+    };
+    static_cast<void>(late::objectOf(recordset));
     const std::u16string keyword = unicode::upper(convert::toString(posizione).view());
     if (keyword == u"FIRST") {
-        if (!isEmpty(recordset)) {
-            recordset.MoveFirst();
-        }
+        moveUnlessEmpty(u"MoveFirst");
     } else if (keyword == u"LAST") {
-        if (!isEmpty(recordset)) {
-            recordset.MoveLast();
-        }
+        moveUnlessEmpty(u"MoveLast");
     } else if (const std::int32_t row = convert::toLong(posizione); row == 1) {
-        if (!isEmpty(recordset)) {
-            recordset.MoveFirst();
-        }
+        moveUnlessEmpty(u"MoveFirst");
     } else {
-        recordset.MoveFirst();
-        recordset.Move(row - 1);
+        late::call(recordset, u"MoveFirst");
+        late::call(recordset, u"Move", {row - 1});
     }
     return false;  // deliberate: never anything else
 }

@@ -5,6 +5,7 @@
 #include <kaputil/frame/convert.hpp>
 #include <kaputil/frame/error.hpp>
 
+#include "ado/connection_carrier.hpp"
 #include "frame/class_builder.hpp"
 #include "sqlscript/held.hpp"
 #include "sqlscript/script_lines.hpp"

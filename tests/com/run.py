@@ -60,8 +60,11 @@ def run_test_script(report, session, script, folder):
     report.add(f"cscript {script.name}", output == "at the end\n", output)
 
 
-def run_example(report, session, example):
-    _, output = session.run("cscript", "//nologo", example.name, folder=example.parent)
+def run_example(report, session, example, build):
+    if example.suffix == ".vbs":
+        _, output = session.run("cscript", "//nologo", example.name, folder=example.parent)
+    else:
+        _, output = session.run(example.stem + ".exe", folder=build / "com" / "examples")
     report.add(f"example {example.name}", output == example.with_suffix(".txt").read_text("utf-8"), output)
 
 
@@ -87,8 +90,8 @@ def main(folder, wanted=None):
             with tempfile.TemporaryDirectory() as copies:
                 for script in sorted([*SCRIPTS.rglob("*.vbs"), *SCRIPTS.rglob("*.js")]):
                     run_test_script(report, session, script, pathlib.Path(copies))
-            for example in sorted(EXAMPLES.glob("*.vbs")):
-                run_example(report, session, example)
+            for example in sorted([*EXAMPLES.glob("*.vbs"), *EXAMPLES.glob("*.cpp")]):
+                run_example(report, session, example, build)
             code, output = session.run("regsvr32", "/s", "/u", "KapUtil26.dll", folder=module.parent)
             report.add("regsvr32 /u", code == 0, output)
             code, output = session.run("reg", "query", "HKLM\\Software\\Classes\\KapUtil.CProprieta")

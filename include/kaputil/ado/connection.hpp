@@ -50,6 +50,11 @@ public:
         return classDescription();
     }
 
+    // A connection that works through another maker's, which stays its client's. C++ only.
+    [[nodiscard]] static Ref<Connection> through(const Ref<Object>& foreign);
+    // The object that the client knows: another maker's, or this connection itself.
+    [[nodiscard]] Variant clientsObject();
+
     // The string given to Open, or to be used by it. Raises 3705 when assigned while open.
     [[nodiscard]] String ConnectionString() const { return connectionString_; }
     void setConnectionString(const String& value);
@@ -155,6 +160,7 @@ private:
 
     String connectionString_;
     std::shared_ptr<Session> session_;
+    Ref<Object> foreign_;  // another maker's connection behind the session
     Ref<ado::Errors> errors_;
     CursorLocationEnum cursorLocation_ = CursorLocationEnum::adUseServer;
     std::int32_t commandTimeout_ = 30;
@@ -165,9 +171,13 @@ private:
     IsolationLevelEnum isolationLevel_ = IsolationLevelEnum::adXactReadCommitted;
 };
 
-// The connection that a client names: an object, or a connection string, which is opened; unset for
-// Null, Empty and an unset object. Raises 3001 for another object, 3709 for a connection that is
-// not open.
+// Whether a value is a connection: one of the library's, or of another maker whose object has the
+// members of one.
+[[nodiscard]] bool isConnection(const Variant& value);
+
+// The connection that a client names: an object, also of another maker, or a connection string,
+// which is opened; unset for Null, Empty and an unset object. Raises 3001 for another object, 3709
+// for a connection that is not open.
 [[nodiscard]] Ref<Connection> connectionOf(const Variant& value);
 
 }  // namespace kap::ado

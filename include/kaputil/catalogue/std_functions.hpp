@@ -81,7 +81,7 @@ public:
                                 const String& ricerca = u"T");
     String kapControllaData(const Variant& valore, ByRef<String> sFormat = u"dd/mm/yyyy");
     Variant DtoSQL(const Variant& valore);
-    bool kapGoTo(ByRef<Ref<ado::Recordset>> rst, const Variant& posizione);
+    bool kapGoTo(ByRef<Ref<Object>> rst, const Variant& posizione);
     void kapSendKeys(const String& keyString);
     Variant AspettaDueSecondi();
     std::int16_t TrovaTop(const Variant& frmPadre, std::int16_t nTop);

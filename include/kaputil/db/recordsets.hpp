@@ -34,9 +34,9 @@ namespace kap::db {
 // is opened and replaced by the connection. Raises what the opening raises.
 void ControllaConnessione(ByRef<Variant> connessione);
 
-// Moves to "FIRST" or "LAST" (any case), or to a row number counted from 1. The result is always
-// False; a movement that is not possible raises 3021.
-bool kapGoTo(ByRef<Ref<ado::Recordset>> rst, const Variant& posizione);
+// Moves a recordset, also one of another maker, to "FIRST" or "LAST" (any case), or to a row number
+// counted from 1. The result is always False; a movement that is not possible raises 3021.
+bool kapGoTo(ByRef<Ref<Object>> rst, const Variant& posizione);
 
 // The next line number after the one that `sSQL` finds in its first column: the next multiple of
 // `nPasso` above it, a Double; `nInizio`, an Integer, when there is no line yet (Null). A step or a

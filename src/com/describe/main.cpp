@@ -4,7 +4,8 @@
 #include <filesystem>
 #include <fstream>
 #include <iostream>
-#include <sstream>
+#include <iterator>
+#include <stdexcept>
 #include <string>
 
 #include "com/interface_text.hpp"
@@ -14,9 +15,8 @@ namespace {
 
 void keep(const std::filesystem::path& file, const std::string& content) {
     std::ifstream before(file, std::ios::binary);
-    std::ostringstream held;
-    held << before.rdbuf();
-    if (before && held.str() == content) {
+    const std::string held(std::istreambuf_iterator<char>(before), {});
+    if (before && held == content) {
         return;
     }
     std::ofstream out(file, std::ios::binary);

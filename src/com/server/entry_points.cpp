@@ -9,6 +9,7 @@
 #include "com/server/class_factory.hpp"
 #include "com/server/module.hpp"
 #include "com/server/registration.hpp"
+#include "com/server/system_connections.hpp"
 #include "com/server/type_library.hpp"
 #include "platform/win32/automation/object_dispatch.hpp"
 
@@ -20,6 +21,7 @@ BOOL WINAPI DllMain(HINSTANCE module, DWORD reason, void* /*reserved*/) {
     if (reason == DLL_PROCESS_ATTACH) {
         setModule(module);
         offerTypeInformation();
+        offerSystemConnections();
     }
     return TRUE;
 }

@@ -1,0 +1,41 @@
+#include "ado/late_bound/late_bound_driver.hpp"
+
+#include <kaputil/ado/error_numbers.hpp>
+#include <kaputil/frame/variant.hpp>
+
+#include "ado/late_bound/late_bound_session.hpp"
+#include "frame/late_bound.hpp"
+
+namespace kap::ado::late_bound {
+namespace {
+
+// The string again, each value in quotes, which every provider reads.
+String textOf(const ConnectionString& keys) {
+    std::string text;
+    for (const ConnectionString::Pair& pair : keys.pairs()) {
+        std::string value;
+        for (const char byte : pair.value) {
+            value += byte;
+            if (byte == '"') {
+                value += byte;
+            }
+        }
+        text += (text.empty() ? "" : ";") + pair.key + "=\"" + value + "\"";
+    }
+    return text;
+}
+
+}  // namespace
+
+std::unique_ptr<Session> LateBoundDriver::open(const ConnectionString& keys) const {
+    const Ref<Object> connection = make_();
+    if (!connection) {
+        throw AutomationError(errors::kProviderNotFound,
+                              u"The data-access objects of the system are not installed.",
+                              u"ADODB");
+    }
+    late::call(Variant(connection), u"Open", {textOf(keys)});
+    return std::make_unique<LateBoundSession>(connection);
+}
+
+}  // namespace kap::ado::late_bound

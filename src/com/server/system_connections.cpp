@@ -1,0 +1,15 @@
+#include "com/server/system_connections.hpp"
+
+#include <kaputil/platform/creatable_objects.hpp>
+
+#include "ado/late_bound/late_bound_driver.hpp"
+
+namespace kap::com {
+
+void offerSystemConnections() {
+    static const ado::late_bound::LateBoundDriver driver(
+        [] { return platform::createHostObject(u"ADODB.Connection"); });
+    ado::setDriverForOthers(&driver);
+}
+
+}  // namespace kap::com

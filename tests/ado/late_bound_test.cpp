@@ -1,0 +1,235 @@
+// Another maker's connection: objects that the library does not know, in front of its own.
+#include <gtest/gtest.h>
+
+#include <kaputil/ado/connection.hpp>
+#include <kaputil/ado/error_numbers.hpp>
+#include <kaputil/ado/recordset.hpp>
+#include <kaputil/frame/array.hpp>
+#include <kaputil/frame/error.hpp>
+
+#include "ado/late_bound/late_bound_driver.hpp"
+#include "ado/late_bound/query_table.hpp"
+#include "ado/late_bound/statement_text.hpp"
+#include "support/late_bound.hpp"
+
+namespace kap::ado {
+namespace {
+
+// Shows an object of the library as one that has nothing but members.
+class Stranger final : public Object {
+public:
+    explicit Stranger(Ref<Object> inner) : inner_(std::move(inner)) {}
+
+    [[nodiscard]] String className() const override { return u"Stranger"; }
+    [[nodiscard]] std::optional<std::int32_t> memberId(std::u16string_view name) const override {
+        return inner_->memberId(name);
+    }
+    using Object::invoke;
+    Variant invoke(std::int32_t member, InvokeKind kind, const Arguments& arguments) override {
+        Variant result = inner_->invoke(member, kind, arguments);
+        if (result.isObject() && result.as<Ref<Object>>()) {
+            return make<Stranger>(result.as<Ref<Object>>());
+        }
+        return result;
+    }
+
+private:
+    Ref<Object> inner_;
+};
+
+class LateBound : public testing::Test {
+protected:
+    LateBound() {
+        inner_->Open(u"Provider=KapLocal;Data Source=:memory:");
+        inner_->Execute(
+            u"CREATE TABLE Clienti (Codice int IDENTITY PRIMARY KEY, Nome varchar(40), Fido money, "
+            u"Nato datetime, Peso float, Attivo bit, Foto varbinary(10), AggID timestamp)"
+            u"INSERT INTO Clienti (Nome, Fido, Nato, Peso, Attivo, Foto) "
+            u"VALUES ('L''Aquila', 12.5, '2003-12-25 18:05:00', 1.25, 1, 0x01FF)"
+            u"INSERT INTO Clienti (Nome) VALUES ('Bari')");
+    }
+
+    [[nodiscard]] Ref<Recordset> open(const String& query) const {
+        auto rows = make<Recordset>();
+        rows->setCursorLocation(CursorLocationEnum::adUseClient);
+        rows->Open(query, foreign_, CursorTypeEnum::adOpenStatic, LockTypeEnum::adLockOptimistic);
+        return rows;
+    }
+
+    [[nodiscard]] Variant one(const String& query) const {
+        return inner_->Execute(query)->Fields()->Item(0)->Value();
+    }
+
+    Ref<Connection> inner_ = make<Connection>();
+    Variant foreign_ = Ref<Object>(make<Stranger>(inner_));
+};
+
+TEST_F(LateBound, IsRecognisedByItsMembers) {
+    EXPECT_TRUE(isConnection(foreign_));
+    EXPECT_FALSE(isConnection(Ref<Object>(make<Stranger>(make<Recordset>()))));
+    EXPECT_FALSE(isConnection(Ref<Object>()));
+    EXPECT_FALSE(isConnection(u"Provider=KapLocal"));
+}
+
+TEST_F(LateBound, ValuesOfEveryTypeAreRead) {
+    const auto rows = open(u"SELECT * FROM Clienti ORDER BY Codice");
+    ASSERT_EQ(2, rows->RecordCount());
+    const auto value = [&](const char16_t* name) { return rows->Fields()->Item(name)->Value(); };
+    EXPECT_EQ(1, value(u"Codice").as<std::int32_t>());
+    EXPECT_EQ(u"L'Aquila", value(u"Nome").as<String>().view());
+    EXPECT_EQ(125000, value(u"Fido").as<Currency>().scaled);
+    EXPECT_EQ(1.25, value(u"Peso").as<double>());
+    EXPECT_TRUE(value(u"Attivo").as<bool>());
+    EXPECT_EQ((std::vector<std::uint8_t>{1, 255}), value(u"Foto").as<Array>().bytes());
+    rows->MoveNext();
+    EXPECT_TRUE(value(u"Fido").isNull());
+}
+
+TEST_F(LateBound, ARowIsUpdatedByItsKeyAndReadAgain) {
+    const auto rows = open(u"SELECT * FROM Clienti WHERE Codice = 1");
+    const Variant before = rows->Fields()->Item(u"AggID")->Value();
+    rows->Fields()->Item(u"Nome")->setValue(u"Citt\u00e0 d'arte");
+    rows->Fields()->Item(u"Fido")->setValue(Variant::null());
+    rows->Update();
+    EXPECT_EQ(u"Citt\u00e0 d'arte",
+              one(u"SELECT Nome FROM Clienti WHERE Codice = 1").as<String>().view());
+    EXPECT_TRUE(one(u"SELECT Fido FROM Clienti WHERE Codice = 1").isNull());
+    EXPECT_NE(before.as<Array>().bytes(),
+              rows->Fields()->Item(u"AggID")->Value().as<Array>().bytes());
+}
+
+TEST_F(LateBound, ARowThatSomebodyElseChangedIsRefused) {
+    const auto rows = open(u"SELECT * FROM Clienti WHERE Codice = 1");
+    inner_->Execute(u"UPDATE Clienti SET Nome = 'Altro' WHERE Codice = 1");
+    rows->Fields()->Item(u"Nome")->setValue(u"Mio");
+    try {
+        rows->Update();
+        FAIL();
+    } catch (const AutomationError& error) {
+        EXPECT_EQ(errors::kConcurrency, error.number());
+    }
+    EXPECT_EQ(u"Altro", one(u"SELECT Nome FROM Clienti WHERE Codice = 1").as<String>().view());
+}
+
+TEST_F(LateBound, RowsAreInsertedAndDeleted) {
+    const auto rows = open(u"SELECT Nome, Peso, Nato FROM Clienti");
+    rows->AddNew();
+    rows->Fields()->Item(u"Nome")->setValue(u"Rossi");
+    rows->Fields()->Item(u"Nato")->setValue(Date{2.5});
+    rows->Update();
+    EXPECT_EQ(2.5, one(u"SELECT Nato FROM Clienti WHERE Nome = 'Rossi'").as<Date>().days);
+
+    const auto last = open(u"SELECT * FROM Clienti WHERE Nome = 'Rossi'");
+    last->Delete();
+    EXPECT_EQ(0, one(u"SELECT COUNT(*) FROM Clienti WHERE Nome = 'Rossi'").as<std::int32_t>());
+}
+
+TEST_F(LateBound, ColumnsWithOtherNamesAreWrittenUnderTheirOwn) {
+    const auto rows = open(u"SELECT Codice, Nome AS Ragione, Peso * 2 AS Doppio FROM Clienti");
+    rows->Fields()->Item(u"Ragione")->setValue(u"Verdi");
+    rows->Update();
+    EXPECT_EQ(u"Verdi", one(u"SELECT Nome FROM Clienti WHERE Codice = 1").as<String>().view());
+}
+
+TEST_F(LateBound, ErrorsKeepNumberAndText) {
+    try {
+        static_cast<void>(open(u"SELECT * FROM Nessuna"));
+        FAIL();
+    } catch (const AutomationError& error) {
+        EXPECT_EQ(errors::kUnknownObject, error.number());
+        EXPECT_EQ(u"Invalid object name 'Nessuna'.", error.description().view());
+    }
+}
+
+TEST_F(LateBound, AClosedOneIsRefused) {
+    inner_->Close();
+    try {
+        static_cast<void>(connectionOf(foreign_));
+        FAIL();
+    } catch (const AutomationError& error) {
+        EXPECT_EQ(errors::kInvalidConnection, error.number());
+    }
+}
+
+TEST_F(LateBound, ARecordsetGivesBackTheClientsOwnObject) {
+    const auto rows = open(u"SELECT * FROM Clienti");
+    EXPECT_EQ(foreign_.as<Ref<Object>>(), rows->ActiveConnection().as<Ref<Object>>());
+}
+
+TEST_F(LateBound, TransactionsAreTheClientsOwn) {
+    const auto connection = connectionOf(foreign_);
+    connection->BeginTrans();
+    connection->Execute(u"UPDATE Clienti SET Nome = 'Provvisorio'");
+    connection->RollbackTrans();
+    EXPECT_EQ(u"L'Aquila", one(u"SELECT Nome FROM Clienti WHERE Codice = 1").as<String>().view());
+}
+
+TEST_F(LateBound, SeveralAnswersComeOneAfterTheOther) {
+    const auto connection = connectionOf(foreign_);
+    std::vector<Ref<Recordset>> answers;
+    connection->executeAll(u"SELECT 1 AS A SELECT 2 AS B, 3 AS C", answers);
+    ASSERT_EQ(2U, answers.size());
+    EXPECT_EQ(2, answers[1]->Fields()->Count());
+}
+
+// Keeps the string it is opened with.
+class OpenedBy final : public Object {
+public:
+    explicit OpenedBy(String& text) : text_(text) {}
+    [[nodiscard]] String className() const override { return u"OpenedBy"; }
+    [[nodiscard]] std::optional<std::int32_t> memberId(
+        std::u16string_view /*name*/) const override {
+        return 1;
+    }
+    using Object::invoke;
+    Variant invoke(std::int32_t /*member*/, InvokeKind /*kind*/,
+                   const Arguments& arguments) override {
+        text_ = arguments.positional[0].as<String>();
+        return {};
+    }
+
+private:
+    String& text_;
+};
+
+TEST(LateBoundDriver, OpensStringsThatNoOtherDriverAnswersFor) {
+    String text;
+    const late_bound::LateBoundDriver driver([&] { return Ref<Object>(make<OpenedBy>(text)); });
+    setDriverForOthers(&driver);
+    const auto connection = make<Connection>();
+    connection->Open(u"Provider=SQLOLEDB;Data Source=srv\\a;Password='x\"y'");
+    setDriverForOthers(nullptr);
+    EXPECT_EQ(u"Provider=\"SQLOLEDB\";Data Source=\"srv\\a\";Password=\"x\"\"y\"", text.view());
+}
+
+TEST(QueryTable, IsTheOneThatAQueryReads) {
+    const auto found =
+        late_bound::tableOfQuery("SELECT TOP 1 Codice, Nome AS N, 1 + 1 FROM dbo.[Clienti] c");
+    ASSERT_TRUE(found);
+    EXPECT_EQ("Clienti", found->last);
+    EXPECT_EQ((std::vector<std::string>{"Codice", "Nome", ""}), *found->columns);
+    EXPECT_FALSE(late_bound::tableOfQuery("SELECT * FROM Clienti")->columns);
+}
+
+TEST(QueryTable, IsNoneWhereRowsAreNoTables) {
+    for (const char* query :
+         {"SELECT * FROM A JOIN B ON A.x = B.x", "SELECT COUNT(*) FROM A GROUP BY x",
+          "SELECT DISTINCT x FROM A", "SELECT 1", "SELECT * FROM A UNION SELECT * FROM B",
+          "UPDATE A SET x = 1", "this is no query"}) {
+        EXPECT_FALSE(late_bound::tableOfQuery(query)) << query;
+    }
+}
+
+TEST(StatementText, LeavesOutWhatCannotBeCompared) {
+    RowChange change;
+    change.table = "Note";
+    change.values = {{"Testo", DataTypeEnum::adLongVarChar, 255, std::string("nuovo")}};
+    change.criteria = {{"Testo", DataTypeEnum::adLongVarChar, 255, std::string("vecchio")},
+                       {"Codice", DataTypeEnum::adInteger, 255, std::int64_t{7}},
+                       {"Fine]", DataTypeEnum::adVarChar, 255, CellValue()}};
+    EXPECT_EQ("UPDATE Note SET [Testo] = N'nuovo' WHERE [Codice] = 7 AND [Fine]]] IS NULL",
+              late_bound::writingText(change));
+}
+
+}  // namespace
+}  // namespace kap::ado
