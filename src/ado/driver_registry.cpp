@@ -7,6 +7,7 @@
 
 #include "ado/driver.hpp"
 #include "ado/embedded/embedded_driver.hpp"
+#include "ado/odbc/odbc_driver.hpp"
 #include "frame/unicode.hpp"
 
 namespace kap::ado {
@@ -25,6 +26,8 @@ public:
         const auto found = drivers_.find(key(provider));
         return found == drivers_.end() ? nullptr : found->second;
     }
+
+    [[nodiscard]] const Driver& servers() const noexcept { return servers_; }
 
     void add(const std::string& provider, const Driver& driver) {
         const std::lock_guard lock(guard_);
@@ -47,6 +50,7 @@ private:
 
     std::mutex guard_;
     embedded::EmbeddedDriver embedded_;
+    odbc::OdbcDriver servers_;
     std::map<std::u16string, const Driver*> drivers_;
 };
 
@@ -62,17 +66,23 @@ const Driver& driverFor(const ConnectionString& keys) {
         provider = keys.find("Driver");  // some are known by that name only
     }
     if (!provider) {
+        if (odbc::asksForServer(keys)) {
+            return Registry::get().servers();
+        }
         providerNotFound(
             "The connection string names no provider. Begin it with "
-            "Provider=KapLocal;Data Source=<file>.");
+            "Provider=KapLocal;Data Source=<file>, or for a database server with "
+            "Provider=SQLOLEDB;Data Source=<server>, Driver={<ODBC driver>} or DSN=<name>.");
     }
-    const Driver* driver = Registry::get().find(*provider);
-    if (driver == nullptr) {
-        providerNotFound("Provider '" + *provider +
-                         "' cannot be found. The provider of this library is KapLocal (a "
-                         "database in one file).");
+    if (const Driver* driver = Registry::get().find(*provider)) {
+        return *driver;
     }
-    return *driver;
+    if (odbc::asksForServer(keys)) {
+        return Registry::get().servers();
+    }
+    providerNotFound("Provider '" + *provider +
+                     "' cannot be found. There are KapLocal (a database in one file) and the "
+                     "providers of database servers: SQLOLEDB, MSOLEDBSQL, SQLNCLI, MSDASQL.");
 }
 
 DriverRegistration::DriverRegistration(std::string provider, const Driver& driver)
