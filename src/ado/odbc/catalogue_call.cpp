@@ -11,7 +11,8 @@ CatalogueName::CatalogueName(const std::optional<std::string>& name, bool patter
     if (!name) {
         return;
     }
-    for (const char16_t unit : String(*name).view()) {
+    const String units(*name);
+    for (const char16_t unit : units.view()) {
         if (pattern && (unit == u'_' || unit == u'%' || unit == u'\\')) {
             text_ += u'\\';
         }

@@ -19,6 +19,9 @@ using tsql::equalsIgnoringCase;
 
 constexpr int kLongestTimeout = 86400;
 constexpr const char* kFreeTds = "FreeTDS";
+// Left to find the version out by itself, that driver never gives up a server that is silent.
+constexpr const char* kVersionKey = "TDS_Version";
+constexpr const char* kVersion = "7.4";
 constexpr const char* kAnyProvider = "MSDASQL";
 
 enum class Use : std::uint8_t { Server, Translate, Timeout, Drop, Extended };
@@ -145,6 +148,9 @@ class Builder {
 public:
     explicit Builder(std::string driver) : freeTds_(equalsIgnoringCase(driver, kFreeTds)) {
         put("Driver", "{" + driver + "}");
+        if (freeTds_) {
+            put(kVersionKey, kVersion);
+        }
     }
 
     void add(const ConnectionString::Pair& pair) {
@@ -249,6 +255,9 @@ std::string passedOn(const ConnectionString& keys) {
             key = "PWD";
         }
         const bool driver = equalsIgnoringCase(key, "Driver");
+        if (driver && equalsIgnoringCase(pair.value, kFreeTds) && !keys.find(kVersionKey)) {
+            text += std::string(kVersionKey) + "=" + kVersion + ";";
+        }
         text += key + "=" + (driver ? "{" + pair.value + "}" : odbcValue(pair.value)) + ";";
     }
     return text;

@@ -27,20 +27,29 @@ TEST(ConnectText, PassesTheKeysOfOdbcOnAsTheyAre) {
               "DSN=Azienda;UID=sa;PWD=x;");
 }
 
+TEST(ConnectText, NamesTheVersionThatTheDriverWouldGuess) {
+    EXPECT_EQ(textOf("Driver=FreeTDS;Server=s"), "TDS_Version=7.4;Driver={FreeTDS};Server=s;");
+    EXPECT_EQ(textOf("Driver=FreeTDS;TDS_Version=7.1"), "Driver={FreeTDS};TDS_Version=7.1;");
+    EXPECT_EQ(textOf("Provider=SQLOLEDB;Server=s;TDS_Version=7.1"),
+              "Driver={FreeTDS};TDS_Version=7.1;Server=s;");
+}
+
 TEST(ConnectText, PutsValuesWithSignsInBraces) {
     EXPECT_EQ(textOf("DSN=A;PWD='a;b}c'"), "DSN=A;PWD={a;b}}c};");
 }
 
 TEST(ConnectText, TranslatesTheServersProviders) {
-    EXPECT_EQ(textOf("Provider=SQLOLEDB.1;Data Source=srv;Initial Catalog=azienda;User ID=sa;"
-                     "Password=p;Persist Security Info=True;Application Name=Gestione"),
-              "Driver={FreeTDS};Server=srv;Database=azienda;UID=sa;PWD=p;APP=Gestione;");
-    EXPECT_EQ(textOf("Provider=SQLNCLI11;Server=srv;Database=azienda;Integrated Security=SSPI"),
-              "Driver={FreeTDS};Server=srv;Database=azienda;Trusted_Connection=Yes;");
+    EXPECT_EQ(
+        textOf("Provider=SQLOLEDB.1;Data Source=srv;Initial Catalog=azienda;User ID=sa;"
+               "Password=p;Persist Security Info=True;Application Name=Gestione"),
+        "Driver={FreeTDS};TDS_Version=7.4;Server=srv;Database=azienda;UID=sa;PWD=p;APP=Gestione;");
+    EXPECT_EQ(
+        textOf("Provider=SQLNCLI11;Server=srv;Database=azienda;Integrated Security=SSPI"),
+        "Driver={FreeTDS};TDS_Version=7.4;Server=srv;Database=azienda;Trusted_Connection=Yes;");
     EXPECT_EQ(textOf("Provider=MSOLEDBSQL;Data Source=tcp:srv,1444;UID=sa"),
-              "Driver={FreeTDS};Port=1444;Server=srv;UID=sa;");
+              "Driver={FreeTDS};TDS_Version=7.4;Port=1444;Server=srv;UID=sa;");
     EXPECT_EQ(textOf("Provider=SQLOLEDB;Data Source=(local)"),
-              "Driver={FreeTDS};Server=localhost;");
+              "Driver={FreeTDS};TDS_Version=7.4;Server=localhost;");
 }
 
 TEST(ConnectText, PrefersTheMakersNewestDriver) {
