@@ -41,8 +41,9 @@ TEST_F(ServerReading, ReadsEveryTypeExactly) {
     EXPECT_EQ(value("SELECT 1.5::real"), "Single 1,5");
     EXPECT_EQ(value("SELECT 0.1::double precision"), "Double 0,1");
     EXPECT_EQ(value("SELECT 1234.56::money"), "Currency 1234,56");
-    EXPECT_EQ(value("SELECT true"), "Boolean True");
-    EXPECT_EQ(value("SELECT false"), "Boolean False");
+    EXPECT_EQ(value("SELECT (-0.5)::numeric::money"), "Currency -0,5");
+    EXPECT_EQ(value("SELECT true"), "Boolean Vero");
+    EXPECT_EQ(value("SELECT false"), "Boolean Falso");
     EXPECT_EQ(value("SELECT DATE '2004-02-29'"), "Date 29/02/2004");
     EXPECT_EQ(value("SELECT TIMESTAMP '2003-12-31 18:30:15'"), "Date 31/12/2003 18:30:15");
     EXPECT_EQ(value("SELECT TIME '18:30:15'"), "Date 18:30:15");
@@ -124,7 +125,9 @@ TEST_F(ServerReading, DescribesItsColumns) {
 
 TEST_F(ServerReading, KnowsKeysAndWhatCannotBeWritten) {
     run("CREATE TABLE t (a int PRIMARY KEY, b int GENERATED ALWAYS AS IDENTITY, c int)");
-    const auto attributes = [&](const std::string& text) { return field(text)->Attributes(); };
+    const auto attributes = [&](const std::string& text) {
+        return live(text, CursorLocationEnum::adUseServer)->Fields()->Item(0)->Attributes();
+    };
     constexpr auto kUpdatable =
         static_cast<std::int32_t>(FieldAttributeEnum::adFldUnknownUpdatable) |
         static_cast<std::int32_t>(FieldAttributeEnum::adFldUpdatable);
@@ -213,7 +216,7 @@ TEST_F(ServerReading, PassesParametersOfEveryType) {
     EXPECT_EQ(shown(fieldOf(rows, 1)), "String Perché");
     EXPECT_EQ(shown(fieldOf(rows, 2)), "Decimal 12,25");
     EXPECT_EQ(shown(fieldOf(rows, 3)), "Date 31/12/2003 12:00:00");
-    EXPECT_EQ(shown(fieldOf(rows, 4)), "Boolean True");
+    EXPECT_EQ(shown(fieldOf(rows, 4)), "Boolean Vero");
     EXPECT_EQ(shown(fieldOf(rows, 5)), "Null");
 }
 

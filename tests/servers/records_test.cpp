@@ -80,7 +80,7 @@ TEST_F(ServerRecords, TheFirstToSaveWins) {
     EXPECT_TRUE(update("A1", anna));
     bruno->Scrivi(u"Descr", u"Bruno");
     EXPECT_FALSE(update("A1", bruno));
-    EXPECT_EQ(shown(Variant(error_->Numero())), "Integer 1");
+    EXPECT_EQ(shown(Variant(error_->Numero())), "String 1");
     EXPECT_EQ(message(), String(kUpdatedByOthers));
     EXPECT_EQ(stored("descr", "A1"), "String Anna");
 }
@@ -135,7 +135,9 @@ TEST_F(ServerRecords, AnUnknownTableIsRaisedWithoutTryingAgain) {
 TEST_F(ServerRecords, TakeFewRoundTrips) {
     test::Relay relay(server_->port());
     session_ = Variant(test::open(server_->connection(database_->name(), relay.port())));
-    (void)read("A1");  // the first reading of a table asks for its key, too
+    for (int i = 0; i < 2; ++i) {
+        (void)read("A1");  // the first reading of a table asks for its key, too
+    }
     (void)relay.roundTrips();
     auto record = read("A1");
     EXPECT_EQ(relay.roundTrips(), 1);

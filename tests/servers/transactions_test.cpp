@@ -3,6 +3,7 @@
 
 #include <kaputil/ado/error_numbers.hpp>
 #include <kaputil/frame/array.hpp>
+#include <kaputil/frame/locale.hpp>
 
 #include "server.hpp"
 #include "support/shown.hpp"
@@ -23,6 +24,7 @@ protected:
                 "NULL DEFAULT 0)");
         }
     }
+    LocaleScope locale_{"it-IT"};
     [[nodiscard]] std::string rows() const { return value("SELECT count(*) FROM t"); }
 };
 
@@ -107,7 +109,7 @@ TEST_F(ServerSchema, ListsColumnsInTheTablesOrder) {
     found->MoveFirst();
     EXPECT_EQ(column(found, u"DATA_TYPE"), "Long 3|Long 130|Long 131|");
     found->MoveFirst();
-    EXPECT_EQ(column(found, u"IS_NULLABLE"), "Boolean False|Boolean True|Boolean False|");
+    EXPECT_EQ(column(found, u"IS_NULLABLE"), "Boolean Falso|Boolean Vero|Boolean Falso|");
     found->MoveFirst();
     EXPECT_EQ(column(found, u"CHARACTER_MAXIMUM_LENGTH"), "Null|Long 10|Null|");
     found->MoveFirst();
@@ -134,8 +136,8 @@ TEST_F(ServerSchema, ListsTablesKeysAndIndexes) {
                                 {Variant(), Variant(), Variant(u"i_b"), Variant(), Variant(u"t")});
     EXPECT_EQ(column(indexes, u"COLUMN_NAME"), "String b|String c|");
     indexes->MoveFirst();
-    EXPECT_EQ(shown(fieldOf(indexes, u"UNIQUE")), "Boolean True");
-    EXPECT_EQ(shown(fieldOf(indexes, u"PRIMARY_KEY")), "Boolean False");
+    EXPECT_EQ(shown(fieldOf(indexes, u"UNIQUE")), "Boolean Vero");
+    EXPECT_EQ(shown(fieldOf(indexes, u"PRIMARY_KEY")), "Boolean Falso");
 }
 
 TEST_F(ServerSchema, ListsTheServersTypes) {

@@ -80,7 +80,7 @@ TEST_F(ServerWriting, ChangesColumnsOfEveryTypeTwice) {
     }
     EXPECT_EQ(stored("fido", 2), "Decimal 2,25");
     EXPECT_EQ(stored("dal", 3), "Date 16/01/2004 12:00:00");
-    EXPECT_EQ(stored("attivo", 1), "Boolean False");
+    EXPECT_EQ(stored("attivo", 1), "Boolean Falso");
     EXPECT_EQ(stored("note", 3), "String nota 2");
     EXPECT_EQ(stored("peso", 1), "Single 2,1");
     EXPECT_EQ(stored("sigla", 2), "String s2  ");

@@ -82,7 +82,7 @@ Abilities Abilities::of(SQLHDBC connection) {
     } else if (holds(made.product, "postgresql")) {
         made.returning = true;
         made.castsParameters = true;
-        made.inventsSizes = true;
+        made.inventedSize = 255;
     }
     return made;
 }

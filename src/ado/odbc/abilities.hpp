@@ -29,8 +29,8 @@ struct Abilities {
     std::string identity;
     // Parameters must be of exactly the type that they are compared with or stored as.
     bool castsParameters = false;
-    // Texts without a limit are announced with a made-up one.
-    bool inventsSizes = false;
+    // What texts without a limit are announced with; 0: they are told apart.
+    SQLULEN inventedSize = 0;
 
     [[nodiscard]] static Abilities of(SQLHDBC connection);
 

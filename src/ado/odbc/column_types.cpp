@@ -55,13 +55,12 @@ DataTypeEnum numberType(const AnnouncedType& type) {
     }
 }
 
-bool isLimited(const AnnouncedType& type, bool inventsSizes) {
-    const bool invented = inventsSizes && type.bytes <= static_cast<SQLLEN>(type.size);
-    return type.size > 0 && type.size <= kLongestLimited && !invented;
+bool isLimited(const AnnouncedType& type, SQLULEN inventedSize) {
+    return type.size > 0 && type.size <= kLongestLimited && type.size != inventedSize;
 }
 
-DataTypeEnum textType(const AnnouncedType& type, bool inventsSizes) {
-    const bool limited = isLimited(type, inventsSizes);
+DataTypeEnum textType(const AnnouncedType& type, SQLULEN inventedSize) {
+    const bool limited = isLimited(type, inventedSize);
     switch (type.code) {
         case SQL_CHAR:
             return adChar;
@@ -78,7 +77,7 @@ DataTypeEnum textType(const AnnouncedType& type, bool inventsSizes) {
     }
 }
 
-DataTypeEnum typeOf(const AnnouncedType& type, bool inventsSizes) {
+DataTypeEnum typeOf(const AnnouncedType& type, SQLULEN inventedSize) {
     const std::string name = tsql::asciiLower(type.name);
     if (name == "money" || name == "smallmoney") {
         return adCurrency;
@@ -110,7 +109,7 @@ DataTypeEnum typeOf(const AnnouncedType& type, bool inventsSizes) {
         case SQL_BINARY:
             return adBinary;
         case SQL_VARBINARY:
-            return isLimited(type, inventsSizes) ? adVarBinary : adLongVarBinary;
+            return isLimited(type, inventedSize) ? adVarBinary : adLongVarBinary;
         case SQL_LONGVARBINARY:
             return adLongVarBinary;
         case kTimeWithZone:
@@ -118,7 +117,7 @@ DataTypeEnum typeOf(const AnnouncedType& type, bool inventsSizes) {
         case kXml:
             return adLongVarWChar;
         default:
-            return textType(type, inventsSizes);
+            return textType(type, inventedSize);
     }
 }
 
@@ -153,8 +152,8 @@ bool isRowVersion(const AnnouncedType& type, DataTypeEnum code) {
 
 }  // namespace
 
-void describeType(const AnnouncedType& type, bool inventsSizes, ColumnInfo& info) {
-    info.type = typeOf(type, inventsSizes);
+void describeType(const AnnouncedType& type, SQLULEN inventedSize, ColumnInfo& info) {
+    info.type = typeOf(type, inventedSize);
     info.rowVersion = isRowVersion(type, info.type);
     if (info.rowVersion) {
         info.type = adBinary;

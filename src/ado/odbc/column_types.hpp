@@ -19,7 +19,7 @@ struct AnnouncedType {
 };
 
 // Fills in the type, sizes and row version of a column.
-// `inventsSizes`: a size in bytes that is no more than the one in characters is made up.
-void describeType(const AnnouncedType& type, bool inventsSizes, ColumnInfo& info);
+// `inventedSize`: what texts without a limit are announced with; 0: they are told apart.
+void describeType(const AnnouncedType& type, SQLULEN inventedSize, ColumnInfo& info);
 
 }  // namespace kap::ado::odbc

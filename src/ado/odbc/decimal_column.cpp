@@ -29,6 +29,23 @@ int scaleNeeded(const ColumnStore& store, int scale) {
     return needed;
 }
 
+// Some drivers give money as people see it ("-$1,234.50"): the last separator is the point when no
+// more than two digits stand behind it.
+std::string plainMoney(std::string_view text) {
+    constexpr std::size_t kDecimals = 2;
+    const std::size_t last = text.find_last_of(".,");
+    const bool point = last != std::string_view::npos && text.size() - last - 1 <= kDecimals;
+    std::string plain = text.find_first_of("-(") != std::string_view::npos ? "-" : "";
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (text[i] >= '0' && text[i] <= '9') {
+            plain += text[i];
+        } else if (point && i == last) {
+            plain += '.';
+        }
+    }
+    return plain;
+}
+
 bool fitsScale(const ColumnStore& store, int from, int to) {
     for (std::size_t row = 0; row < store.size(); ++row) {
         if (store.cell(row) != ColumnStore::Cell::Null && to > from &&
@@ -59,12 +76,15 @@ bool hasOpenScale(const ColumnInfo& column) {
 }
 
 void appendDecimal(std::string_view text, ColumnInfo& column, ColumnStore& store) {
-    const auto number = decimalOf(text);
+    const bool currency = column.type == DataTypeEnum::adCurrency;
+    auto number = decimalOf(text);
+    if (!number && currency) {
+        number = decimalOf(plainMoney(text));
+    }
     if (!number) {
         refuseValue(column, "'" + std::string(text) +
                                 "' has more digits than are kept exactly; round it in the query");
     }
-    const bool currency = column.type == DataTypeEnum::adCurrency;
     const int scale = currency ? kCurrencyScale : column.numericScale;
     if (const auto digits = scaled(*number, scale)) {
         store.appendInteger(*digits);

@@ -111,7 +111,7 @@ ColumnInfo ResultColumns::describeOne(SQLHSTMT statement, SQLUSMALLINT number) {
     info.nullable = nullable != SQL_NO_NULLS;
     type.name = textAttribute(statement, number, SQL_DESC_TYPE_NAME);
     type.bytes = numberAttribute(statement, number, SQL_DESC_OCTET_LENGTH);
-    describeType(type, link_.abilities().inventsSizes, info);
+    describeType(type, link_.abilities().inventedSize, info);
     const std::string table = textAttribute(statement, number, SQL_DESC_BASE_TABLE_NAME);
     const std::string column = textAttribute(statement, number, SQL_DESC_BASE_COLUMN_NAME);
     if (!table.empty() && !column.empty()) {
@@ -199,7 +199,7 @@ void ResultColumns::takeFromCatalogue(std::vector<ColumnInfo>& columns,
             column.identity = column.identity || fact->identity;
             column.key = whole && std::ranges::find(facts->key, fact->name) != facts->key.end();
             ColumnInfo stored;
-            describeType(fact->type, link_.abilities().inventsSizes, stored);
+            describeType(fact->type, link_.abilities().inventedSize, stored);
             if (stored.rowVersion) {
                 column.type = stored.type;
                 column.rowVersion = true;

@@ -26,7 +26,9 @@ bool ResultReader::failed() const {
 void ResultReader::readAll(SQLRETURN code, Handle& statement, const QueryAnalysis& query,
                            std::vector<Result>& results) {
     note(code, statement);
-    if (SQL_SUCCEEDED(code) || code == SQL_NO_DATA) {
+    if (code == SQL_NO_DATA) {
+        results.emplace_back().rowsAffected = 0;  // a write that found no row, with some drivers
+    } else if (SQL_SUCCEEDED(code)) {
         take(statement, query, results);
     }
     while (statement.get() != kNoHandle && advance(statement) == Next::Result) {

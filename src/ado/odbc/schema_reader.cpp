@@ -214,7 +214,7 @@ private:
         const std::string defaultValue = found.text(13);
         const std::int64_t ordinal = found.number(17).value_or(0);
         ColumnInfo info;
-        describeType(type, link_.abilities().inventsSizes, info);
+        describeType(type, link_.abilities().inventedSize, info);
         cells.emplace_back("ORDINAL_POSITION", whole(ordinal));
         cells.emplace_back("COLUMN_HASDEFAULT", boolean(!defaultValue.empty()));
         cells.emplace_back("COLUMN_DEFAULT", textOrNull(defaultValue));
@@ -302,7 +302,7 @@ private:
         const std::int64_t money = found.number(11).value_or(0);
         const std::int64_t automatic = found.number(12).value_or(0);
         ColumnInfo info;
-        describeType(type, false, info);
+        describeType(type, 0, info);
         return {{"TYPE_NAME", textOrNull(type.name)},
                 {"DATA_TYPE", whole(static_cast<std::int64_t>(generalType(info.type)))},
                 {"COLUMN_SIZE", whole(static_cast<std::int64_t>(type.size))},
