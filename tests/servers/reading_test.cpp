@@ -50,7 +50,7 @@ TEST_F(ServerReading, ReadsEveryTypeExactly) {
     EXPECT_EQ(value("SELECT 'Ferramenta'::varchar(20)"), "String Ferramenta");
     EXPECT_EQ(value("SELECT 'ab'::char(4)"), "String ab  ");
     EXPECT_EQ(value("SELECT '6f9619ff-8b86-d011-b42d-00c04fc964ff'::uuid"),
-              "String {6f9619ff-8b86-d011-b42d-00c04fc964ff}");
+              "String {6F9619FF-8B86-D011-B42D-00C04FC964FF}");
     EXPECT_EQ(value("SELECT NULL::int"), "Null");
 }
 

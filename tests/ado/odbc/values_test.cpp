@@ -107,7 +107,7 @@ TEST(OdbcDates, KeepMicrosecondsThereAndBack) {
         stamp.hour = static_cast<SQLUSMALLINT>(random() % 24);
         stamp.minute = static_cast<SQLUSMALLINT>(random() % 60);
         stamp.second = static_cast<SQLUSMALLINT>(random() % 60);
-        stamp.fraction = random() % 1000000 * 1000;
+        stamp.fraction = static_cast<SQLUINTEGER>(random() % 1000000 * 1000);
         const auto days = daysOf(stamp);
         ASSERT_TRUE(days);
         const SQL_TIMESTAMP_STRUCT back = stampOf(*days, 6);
