@@ -43,8 +43,9 @@ bool has(const ado::Field& field, ado::FieldAttributeEnum bit) {
 }
 
 std::vector<CopiedColumn> columnsOf(const ado::Recordset& rows) {
-    std::vector<CopiedColumn> columns;
     const auto fields = rows.Fields();
+    std::vector<CopiedColumn> columns;
+    columns.reserve(static_cast<std::size_t>(fields->Count()));
     for (std::int32_t i = 0; i < fields->Count(); ++i) {
         const auto field = fields->Item(i);
         CopiedColumn column;
@@ -210,8 +211,10 @@ void TableCopy::create(const Table& table) {
     }
     std::vector<std::string> parts;
     for (const CopiedColumn& column : table.columns) {
+        const bool inKey = std::ranges::find(table.key, column.name) != table.key.end();
         parts.push_back(toDialect_.quoted(toDialect_.nameFor(column.name)) + " " +
-                        toDialect_.typeFor(column) + (column.nullable ? " NULL" : " NOT NULL"));
+                        toDialect_.typeFor(column) +
+                        (column.nullable && !inKey ? " NULL" : " NOT NULL"));
     }
     std::vector<std::string> key;
     for (const std::string& part : table.key) {

@@ -30,7 +30,7 @@ bool offers(const std::string& all, const std::string& one) {
 }
 
 TEST(Completion, OffersTheCommands) {
-    EXPECT_EQ(offered({"kaputil", ""}), "demo classes call sql config registry export");
+    EXPECT_EQ(offered({"kaputil", ""}), "demo classes call sql config registry export copy");
     EXPECT_EQ(offered({"kaputil", "c"}), "classes call config");
 }
 

@@ -146,7 +146,7 @@ std::string serverDriver(const std::string& provider, const std::vector<std::str
 // Builds the text pair by pair; the last value given for a key holds.
 class Builder {
 public:
-    explicit Builder(std::string driver) : freeTds_(equalsIgnoringCase(driver, kFreeTds)) {
+    explicit Builder(const std::string& driver) : freeTds_(equalsIgnoringCase(driver, kFreeTds)) {
         put("Driver", "{" + driver + "}");
         if (freeTds_) {
             put(kVersionKey, kVersion);

@@ -52,8 +52,7 @@ void PendingRows::readAhead() {
 }
 
 void PendingRows::drop() {
-    reader_.reset();
-    statement_ = Handle();
+    release();
     failure_ = driverError(errors::kObjectClosed, "08003",
                            "The connection was closed before all rows had been fetched.");
 }
@@ -66,8 +65,14 @@ void PendingRows::readAll(std::vector<ColumnStore>& rows) {
         failure_ = error;
         throw;
     }
+    release();
+}
+
+// The connection ends when nobody needs it any more.
+void PendingRows::release() {
     reader_.reset();
     statement_ = Handle();
+    link_.reset();
 }
 
 }  // namespace kap::ado::odbc

@@ -28,6 +28,7 @@ public:
 
 private:
     void readAll(std::vector<ColumnStore>& rows);
+    void release();
 
     std::shared_ptr<Link> link_;
     Handle statement_;

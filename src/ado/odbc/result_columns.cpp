@@ -61,7 +61,7 @@ std::string ResultColumns::baseName(const TableName& table) {
         tables_.insert_or_assign(table.name, table);
         return table.name;
     }
-    const std::string qualified = table.schema + "." + table.name;
+    std::string qualified = table.schema + "." + table.name;
     tables_.insert_or_assign(qualified, table);
     return qualified;
 }

@@ -15,6 +15,7 @@ namespace {
 
 std::vector<const ColumnValue*> pointersTo(const std::vector<ColumnValue>& values) {
     std::vector<const ColumnValue*> pointers;
+    pointers.reserve(values.size());
     for (const ColumnValue& value : values) {
         pointers.push_back(&value);
     }

@@ -4,6 +4,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "ado/odbc/column_types.hpp"
@@ -16,7 +17,10 @@ struct TableName {
     std::string catalog;
     std::string schema;
     std::string name;
-    friend auto operator<=>(const TableName&, const TableName&) = default;
+    friend bool operator<(const TableName& left, const TableName& right) {
+        return std::tie(left.catalog, left.schema, left.name) <
+               std::tie(right.catalog, right.schema, right.name);
+    }
 };
 
 // What the catalogue tells of one table.
