@@ -78,6 +78,7 @@ std::vector<std::string> keyOf(ado::Connection& connection, const std::string& t
     }
     std::ranges::sort(parts);
     std::vector<std::string> names;
+    names.reserve(parts.size());
     for (auto& [ordinal, name] : parts) {
         names.push_back(std::move(name));
     }
