@@ -137,7 +137,7 @@ _kaputil() {
 
     case $before in
     := | :) return ;;
-    --locale | --database | --declaration | --file | --folder | --message-log | --connection | --command | --query | --name | --seed | --type | --group | --path | --table | --backup | --counter | --year)
+    --locale | --database | --declaration | --file | --folder | --message-log | --connection | --from | --to | --command | --query | --name | --seed | --type | --group | --path | --table | --backup | --counter | --year)
         _kaputil_value "$before" "$typed"
         return
         ;;

@@ -65,7 +65,7 @@ void Connection::Open(const String& connectionString, const String& userId, cons
     reporting([&] {
         const auto keys =
             ado::ConnectionString::parse(withLogin(completeString(), userId, password).utf8());
-        session_ = driverFor(keys).open(keys);
+        session_ = driverFor(keys).open(keys, std::chrono::seconds(connectionTimeout_));
     });
 }
 
@@ -92,6 +92,10 @@ ObjectStateEnum Connection::State() const {
 }
 
 void Connection::run(Request& request, Reply& reply) {
+    if (request.table) {
+        request.text = "SELECT * FROM " + session()->quotedName(request.text);
+        request.table = false;
+    }
     reporting([&] { session()->execute(request, reply); });
     if (!reply.messages.empty()) {
         report(reply.messages, {});

@@ -77,6 +77,14 @@ Result Session::schema(SchemaEnum /*kind*/, const SchemaRestrictions& /*wanted*/
         u"describe what it holds.");
 }
 
+std::string Session::quotedName(std::string_view name) const {
+    std::string quoted = "[";
+    for (const char letter : name) {
+        quoted += letter == ']' ? "]]" : std::string(1, letter);
+    }
+    return quoted + "]";
+}
+
 DriverError::DriverError(std::vector<ServerMessage> messages, String source)
     : AutomationError(raisedOf(messages).number, displayText(raisedOf(messages).text),
                       std::move(source)),

@@ -127,10 +127,11 @@ struct RequestParameter {
 
 // What is sent to the database at once.
 struct Request {
-    std::string text;        // a script in the dialect, or a procedure's name
-    bool procedure = false;  // the text is a name, and the parameters are the procedure's
+    std::string text;        // a script in the dialect, or a name
+    bool procedure = false;  // the text is a procedure's name, and the parameters are its own
     std::vector<RequestParameter> parameters;  // of the marks "?" in the script, in their order
     std::chrono::seconds timeout{0};           // 0: no limit
+    bool table = false;  // the text is a table's name, for the connection to make a query of
 };
 
 // What came back.
@@ -147,6 +148,7 @@ struct RowChange {
     std::vector<ColumnValue> values;    // what is written (insert, update)
     std::vector<ColumnValue> criteria;  // what the row must hold, exactly (all but insert)
     std::vector<std::string> readBack;  // columns to read from the row as it stands afterwards
+    std::vector<std::uint8_t> readBackScales;  // of decimals: the scale that each is wanted in
 };
 
 struct ChangeOutcome {
@@ -188,6 +190,9 @@ public:
     // unless the driver has something to tell.
     [[nodiscard]] virtual Result schema(SchemaEnum kind, const SchemaRestrictions& wanted);
 
+    // A table's name as it must stand in a script, whatever it holds.
+    [[nodiscard]] virtual std::string quotedName(std::string_view name) const;
+
     virtual void begin() = 0;
     virtual void commit() = 0;
     // Ends every level; with an open transaction it does not fail.
@@ -199,7 +204,10 @@ public:
 class Driver {
 public:
     virtual ~Driver() = default;
-    [[nodiscard]] virtual std::unique_ptr<Session> open(const ConnectionString& keys) const = 0;
+    // `timeout` limits how long a server may take, unless the keys say otherwise; 0: no limit.
+    [[nodiscard]] virtual std::unique_ptr<Session> open(
+        const ConnectionString& keys,
+        std::chrono::seconds timeout = std::chrono::seconds(0)) const = 0;
 };
 
 // The driver that a connection string asks for; raises kProviderNotFound when there is none.

@@ -8,6 +8,7 @@
 
 #include "ado/driver.hpp"
 #include "ado/embedded/embedded_driver.hpp"
+#include "ado/server_driver.hpp"
 #include "frame/unicode.hpp"
 
 namespace kap::ado {
@@ -64,29 +65,30 @@ void setDriverForOthers(const Driver* driver) {
 }
 
 const Driver& driverFor(const ConnectionString& keys) {
-    const Driver* others = driverForOthers;
     auto provider = keys.find("Provider");
     if (!provider) {
         provider = keys.find("Driver");  // some are known by that name only
     }
-    if (!provider && others != nullptr) {
+    if (provider) {
+        if (const Driver* driver = Registry::get().find(*provider)) {
+            return *driver;
+        }
+    }
+    if (const Driver* servers = serverDriver(keys)) {
+        return *servers;
+    }
+    if (const Driver* others = driverForOthers) {
         return *others;
     }
     if (!provider) {
         providerNotFound(
             "The connection string names no provider. Begin it with "
-            "Provider=KapLocal;Data Source=<file>.");
+            "Provider=KapLocal;Data Source=<file>, or for a database server with "
+            "Provider=SQLOLEDB;Data Source=<server>, Driver={<ODBC driver>} or DSN=<name>.");
     }
-    const Driver* driver = Registry::get().find(*provider);
-    if (driver == nullptr && others != nullptr) {
-        return *others;
-    }
-    if (driver == nullptr) {
-        providerNotFound("Provider '" + *provider +
-                         "' cannot be found. The provider of this library is KapLocal (a "
-                         "database in one file).");
-    }
-    return *driver;
+    providerNotFound("Provider '" + *provider +
+                     "' cannot be found. There are KapLocal (a database in one file) and the "
+                     "providers of database servers: SQLOLEDB, MSOLEDBSQL, SQLNCLI, MSDASQL.");
 }
 
 DriverRegistration::DriverRegistration(std::string provider, const Driver& driver)

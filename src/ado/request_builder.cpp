@@ -11,14 +11,6 @@ namespace {
 // always ends when its work has ended, so that the former changes nothing.
 constexpr std::int32_t kHow = 0x10 | 0x20 | 0x40 | 0x80 | 0x400;
 
-std::string inBrackets(const std::string& name) {
-    std::string quoted = "[";
-    for (const char letter : name) {
-        quoted += letter == ']' ? "]]" : std::string(1, letter);
-    }
-    return quoted + "]";
-}
-
 }  // namespace
 
 Request requestFor(const String& text, std::int32_t options) {
@@ -32,7 +24,7 @@ Request requestFor(const String& text, std::int32_t options) {
             break;
         case CommandTypeEnum::adCmdTable:
         case CommandTypeEnum::adCmdTableDirect:
-            request.text = "SELECT * FROM " + inBrackets(request.text);
+            request.table = true;
             break;
         case CommandTypeEnum::adCmdStoredProc:
             request.procedure = true;

@@ -19,6 +19,11 @@ bool belongsTo(const ColumnInfo& column, const std::string& table) {
     return !column.baseColumn.empty() && column.baseTable == table;
 }
 
+void readBack(RowChange& change, const ColumnInfo& column) {
+    change.readBack.push_back(column.baseColumn);
+    change.readBackScales.push_back(column.numericScale);
+}
+
 // A row of a recordset made by hand belongs to no table.
 void requireTables(const std::vector<std::string>& names) {
     if (std::ranges::find(names, std::string()) != names.end()) {
@@ -53,7 +58,7 @@ std::vector<RowChange> UpdatePlanner::updates(const PendingValues& values) const
                 change.criteria.push_back(fetched(i));
             }
             if (values[i] || column.rowVersion) {
-                change.readBack.push_back(column.baseColumn);
+                readBack(change, column);
             }
         }
         plan.push_back(std::move(change));
@@ -85,7 +90,7 @@ RowChange UpdatePlanner::insertion(const PendingValues& values) const {
             change.values.push_back(
                 {column.baseColumn, column.type, column.numericScale, *values[i]});
         }
-        change.readBack.push_back(column.baseColumn);
+        readBack(change, column);
     }
     return change;
 }
@@ -104,7 +109,7 @@ std::vector<RowChange> UpdatePlanner::reads() const {
         RowChange change = located(RowChange::Kind::Read, table);
         for (const ColumnInfo& column : result_.columns) {
             if (belongsTo(column, table)) {
-                change.readBack.push_back(column.baseColumn);
+                readBack(change, column);
             }
         }
         plan.push_back(std::move(change));

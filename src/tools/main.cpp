@@ -17,6 +17,7 @@
 #include "tools/classes_command.hpp"
 #include "tools/command_words.hpp"
 #include "tools/config_options.hpp"
+#include "tools/copy_command.hpp"
 #include "tools/demo_command.hpp"
 #include "tools/exit_codes.hpp"
 #include "tools/export_command.hpp"
@@ -195,6 +196,26 @@ CLI::App* addNumbers(CLI::App& app, NumbersCommand& numbers) {
     return command;
 }
 
+CLI::App* addCopy(CLI::App& app, CopyCommand& copy) {
+    CLI::App* command = app.add_subcommand("copy", "Copy the tables of a database to another one.");
+    command->footer(
+        "Tables are made with their columns, primary keys and identities; each is compared with\n"
+        "its source at the end, by the number of rows and a checksum. A copy that was interrupted\n"
+        "goes on where it stopped when it is started again.\n"
+        "Exit codes: 0 all tables are equal, 1 an error or a difference, 2 wrong usage,\n"
+        "3 no database.");
+    command->add_option("--from", copy.from, "The connection string of the source.")
+        ->type_name("STRING")
+        ->required();
+    command->add_option("--to", copy.to, "The connection string of the target.")
+        ->type_name("STRING")
+        ->required();
+    command->add_option("--table", copy.tables, "Only this table; several may be given.")
+        ->type_name("NAME");
+    command->add_flag("--json", copy.json, "Print one JSON object a line for each table.");
+    return command;
+}
+
 // The commands and what was typed for each.
 class CommandLine {
 public:
@@ -210,6 +231,7 @@ public:
         registryCommand_ = addRegistry(app_, registry_);
         exportCommand_ = addExport(app_, export_);
         numbersCommand_ = addNumbers(app_, numbers_);
+        copyCommand_ = addCopy(app_, copy_);
     }
 
     int run(std::vector<std::string> arguments) {
@@ -274,6 +296,9 @@ private:
         if (numbersCommand_->parsed()) {
             return numbers_.run();
         }
+        if (copyCommand_->parsed()) {
+            return copy_.run();
+        }
         return callCommand_->parsed() ? call_.run() : sql_.run();
     }
 
@@ -287,6 +312,7 @@ private:
     RegistryCommand registry_;
     ExportCommand export_;
     NumbersCommand numbers_;
+    CopyCommand copy_;
     std::string wordsForHelp_;
     const CLI::App* demoCommand_ = nullptr;
     const CLI::App* classesCommand_ = nullptr;
@@ -295,6 +321,7 @@ private:
     const CLI::App* exportCommand_ = nullptr;
     const CLI::App* batchCommand_ = nullptr;
     const CLI::App* numbersCommand_ = nullptr;
+    const CLI::App* copyCommand_ = nullptr;
 };
 
 }  // namespace

@@ -6,12 +6,17 @@
 #include <kaputil/ado/connection.hpp>
 #include <kaputil/ado/recordset.hpp>
 
+#include "support/other_server.hpp"
 #include "support/temporary_folder.hpp"
 
 namespace kap::test {
 
-// A connection string for a database in memory that nobody else of this process names.
+// A connection string for a new database that nobody else of this process names: in memory, or on
+// the server that the tests were told to use.
 inline std::string memoryDatabase() {
+    if (OtherServer* server = OtherServer::given()) {
+        return server->makeDatabase();
+    }
     static std::atomic<int> count{0};
     return "Provider=KapLocal;Data Source=:memory:test" + std::to_string(++count);
 }

@@ -5,7 +5,8 @@
 
 namespace kap::ado::embedded {
 
-std::unique_ptr<Session> EmbeddedDriver::open(const ConnectionString& keys) const {
+std::unique_ptr<Session> EmbeddedDriver::open(const ConnectionString& keys,
+                                              std::chrono::seconds /*timeout: no server*/) const {
     return std::make_unique<EmbeddedSession>(Options::parse(keys));
 }
 

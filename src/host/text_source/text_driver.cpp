@@ -168,7 +168,8 @@ void TextDriver::offer() {
     static const ado::DriverRegistration registration(kName, driver);
 }
 
-std::unique_ptr<ado::Session> TextDriver::open(const ado::ConnectionString& keys) const {
+std::unique_ptr<ado::Session> TextDriver::open(const ado::ConnectionString& keys,
+                                               std::chrono::seconds /*timeout: no server*/) const {
     const String folder(keys.find("Dbq").value_or(""));
     fs::path path = platform::locate(folder);
     std::error_code ignored;

@@ -17,8 +17,8 @@ public:
     static void offer();
 
     // Raises the data-access error of a database that cannot be opened when `Dbq` names no folder.
-    [[nodiscard]] std::unique_ptr<ado::Session> open(
-        const ado::ConnectionString& keys) const override;
+    [[nodiscard]] std::unique_ptr<ado::Session> open(const ado::ConnectionString& keys,
+                                                     std::chrono::seconds timeout) const override;
 };
 
 }  // namespace kap::host::text_source

@@ -26,7 +26,7 @@ ColumnValue null(const char* column) {
 
 RowChange change(RowChange::Kind kind, std::vector<ColumnValue> values,
                  std::vector<ColumnValue> criteria = {}, std::vector<std::string> readBack = {}) {
-    return {kind, "t", std::move(values), std::move(criteria), std::move(readBack)};
+    return {kind, "t", std::move(values), std::move(criteria), std::move(readBack), {}};
 }
 
 class RowChangerTest : public ::testing::Test {

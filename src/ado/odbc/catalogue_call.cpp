@@ -1,0 +1,63 @@
+#include "ado/odbc/catalogue_call.hpp"
+
+#include <array>
+
+#include "frame/unicode.hpp"
+
+namespace kap::ado::odbc {
+
+CatalogueName::CatalogueName(const std::optional<std::string>& name, bool pattern)
+    : given_(name.has_value()) {
+    if (!name) {
+        return;
+    }
+    const String units(*name);
+    for (const char16_t unit : units.view()) {
+        if (pattern && (unit == u'_' || unit == u'%' || unit == u'\\')) {
+            text_ += u'\\';
+        }
+        text_ += unit;
+    }
+}
+
+bool CatalogueRows::next() {
+    const SQLRETURN code = SQLFetch(statement_.get());
+    if (code == SQL_NO_DATA) {
+        return false;
+    }
+    link_.check(code, statement_);
+    return true;
+}
+
+std::string CatalogueRows::text(SQLUSMALLINT column) {
+    constexpr std::size_t kPiece = 512;
+    std::u16string all;
+    std::array<char16_t, kPiece> piece{};
+    for (;;) {
+        SQLLEN length = 0;
+        const SQLRETURN code = SQLGetData(statement_.get(), column, SQL_C_WCHAR, piece.data(),
+                                          static_cast<SQLLEN>(sizeof(piece)), &length);
+        if (code == SQL_NO_DATA) {
+            break;
+        }
+        link_.check(code, statement_);
+        if (length == SQL_NULL_DATA) {
+            break;
+        }
+        all += piece.data();
+        if (code == SQL_SUCCESS) {
+            break;
+        }
+    }
+    return unicode::displayUtf8(all);
+}
+
+std::optional<std::int64_t> CatalogueRows::number(SQLUSMALLINT column) {
+    SQLBIGINT value = 0;
+    SQLLEN length = 0;
+    link_.check(SQLGetData(statement_.get(), column, SQL_C_SBIGINT, &value, 0, &length),
+                statement_);
+    return length == SQL_NULL_DATA ? std::nullopt : std::optional<std::int64_t>(value);
+}
+
+}  // namespace kap::ado::odbc

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "ado/odbc/link.hpp"
+
+namespace kap::ado::odbc {
+
+// A name given to a catalogue function: a null pointer when it is not restricted.
+class CatalogueName {
+public:
+    CatalogueName() = default;
+    // Names are compared exactly; with `pattern`, signs that a pattern has are escaped.
+    CatalogueName(const std::optional<std::string>& name, bool pattern = false);
+
+    [[nodiscard]] SQLWCHAR* text() { return given_ ? wide(text_) : nullptr; }
+    [[nodiscard]] SQLSMALLINT length() const {
+        return given_ ? static_cast<SQLSMALLINT>(text_.size()) : SQLSMALLINT{0};
+    }
+
+private:
+    bool given_ = false;
+    std::u16string text_;
+};
+
+// The rows that a catalogue function answers, one after the other; columns from 1.
+class CatalogueRows {
+public:
+    CatalogueRows(Link& link, Handle statement) : link_(link), statement_(std::move(statement)) {}
+
+    [[nodiscard]] bool next();
+    [[nodiscard]] std::string text(SQLUSMALLINT column);
+    [[nodiscard]] std::optional<std::int64_t> number(SQLUSMALLINT column);
+
+private:
+    Link& link_;
+    Handle statement_;
+};
+
+}  // namespace kap::ado::odbc

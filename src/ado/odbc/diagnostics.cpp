@@ -1,0 +1,147 @@
+#include "ado/odbc/diagnostics.hpp"
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+#include <kaputil/ado/error_numbers.hpp>
+
+#include "frame/unicode.hpp"
+
+namespace kap::ado::odbc {
+namespace {
+
+struct Mapping {
+    std::string_view state;  // or its first letters
+    std::int32_t number;
+};
+
+// The first that fits.
+constexpr auto kMappings = std::to_array<Mapping>({
+    {"42S02", errors::kUnknownObject},
+    {"42P01", errors::kUnknownObject},
+    {"3F000", errors::kUnknownObject},
+    {"23", errors::kIntegrity},
+    {"44000", errors::kIntegrity},
+    {"40001", errors::kConcurrency},
+    {"40P01", errors::kConcurrency},
+    {"HYT", errors::kTimeout},
+    {"S1T00", errors::kTimeout},
+    {"57014", errors::kTimeout},
+    {"28", errors::kLogin},
+    {"08", errors::kUnspecified},
+    {"57P", errors::kUnspecified},
+    {"01002", errors::kUnspecified},
+    {"22001", errors::kTruncated},
+    {"22003", errors::kTruncated},
+    {"22008", errors::kTruncated},
+    {"22007", errors::kDataTypeMismatch},
+    {"22018", errors::kDataTypeMismatch},
+    {"22P02", errors::kDataTypeMismatch},
+    {"HYC00", errors::kFeatureNotAvailable},
+    {"IM001", errors::kFeatureNotAvailable},
+    {"HY", errors::kUnspecified},
+    {"IM", errors::kUnspecified},
+    {"", errors::kCommandText},
+});
+
+// The line of a script, which drivers for Transact-SQL servers tell.
+constexpr SQLSMALLINT kLineField = -1154;
+
+std::int32_t lineOf(SQLSMALLINT kind, SQLHANDLE handle, SQLSMALLINT record) {
+    SQLINTEGER line = 0;
+    const SQLRETURN code = SQLGetDiagField(kind, handle, record, kLineField, &line, 0, nullptr);
+    return SQL_SUCCEEDED(code) ? line : 0;
+}
+
+std::string utf8Of(const std::u16string& text) {
+    return unicode::displayUtf8(text);
+}
+
+// One report of a handle; false behind the last.
+bool readRecord(SQLSMALLINT kind, SQLHANDLE handle, SQLSMALLINT record, ServerMessage& message) {
+    std::array<char16_t, 6> state{};
+    std::u16string text(512, u'\0');
+    SQLINTEGER native = 0;
+    SQLSMALLINT length = 0;
+    for (;;) {
+        const SQLRETURN code =
+            SQLGetDiagRecW(kind, handle, record, wide(state.data()), &native, wide(text.data()),
+                           static_cast<SQLSMALLINT>(text.size()), &length);
+        if (!SQL_SUCCEEDED(code)) {
+            return false;
+        }
+        if (static_cast<std::size_t>(length) < text.size()) {
+            break;
+        }
+        text.resize(static_cast<std::size_t>(length) + 1);
+    }
+    text.resize(static_cast<std::size_t>(length));
+    message.nativeNumber = native;
+    message.state = utf8Of(std::u16string(state.data(), 5));
+    message.text = withoutOrigin(utf8Of(text));
+    return true;
+}
+
+}  // namespace
+
+std::int32_t numberOf(std::string_view state) {
+    return std::ranges::find_if(
+               kMappings, [&](const Mapping& mapping) { return state.starts_with(mapping.state); })
+        ->number;
+}
+
+bool saysConnectionLost(std::string_view state) {
+    return state.starts_with("08") || state.starts_with("57P") || state == "01002";
+}
+
+std::string withoutOrigin(std::string text) {
+    std::size_t start = 0;
+    while (start < text.size() && text[start] == '[') {
+        const std::size_t close = text.find(']', start);
+        if (close == std::string::npos) {
+            break;
+        }
+        start = close + 1;
+    }
+    text.erase(0, std::min(text.find_first_not_of(' ', start), text.size()));
+    return text;
+}
+
+std::vector<ServerMessage> diagnosticsOf(SQLSMALLINT kind, SQLHANDLE handle, bool failed) {
+    std::vector<ServerMessage> messages;
+    for (SQLSMALLINT record = 1;; ++record) {
+        ServerMessage message;
+        if (!readRecord(kind, handle, record, message)) {
+            break;
+        }
+        // A failed call may report warnings, too: they are of class 01, or of no class.
+        const bool warning = message.state.starts_with("01") || message.state.starts_with("00");
+        message.number = failed ? numberOf(message.state) : 0;
+        if (!failed || (warning && !saysConnectionLost(message.state))) {
+            message.severity = 0;
+        }
+        message.line = kind == SQL_HANDLE_STMT ? lineOf(kind, handle, record) : 0;
+        messages.push_back(std::move(message));
+    }
+    if (failed && std::ranges::none_of(messages, &ServerMessage::isError)) {
+        // Some drivers call their only report a warning, or fail without a word.
+        if (messages.empty()) {
+            messages.push_back({0, errors::kUnspecified, "HY000",
+                                "The database's driver failed and does not say why."});
+        }
+        messages.front().number = errors::kUnspecified;
+        messages.front().severity = ServerMessage().severity;
+    }
+    return messages;
+}
+
+DriverError driverError(std::int32_t number, std::string state, std::string text) {
+    ServerMessage message;
+    message.number = number;
+    message.state = std::move(state);
+    message.text = std::move(text);
+    return DriverError({std::move(message)}, kErrorSource);
+}
+
+}  // namespace kap::ado::odbc

@@ -1,0 +1,110 @@
+#include "ado/odbc/result_reader.hpp"
+
+#include <algorithm>
+#include <iterator>
+#include <utility>
+
+#include "ado/odbc/decimal_column.hpp"
+#include "ado/odbc/diagnostics.hpp"
+
+namespace kap::ado::odbc {
+namespace {
+
+// The statement has no result to go on from: how drivers say that a failure was the end.
+bool isEndOfResults(const std::vector<ServerMessage>& messages) {
+    return std::ranges::any_of(messages, [](const ServerMessage& message) {
+        return message.state == "HY010" || message.state == "24000";
+    });
+}
+
+}  // namespace
+
+bool ResultReader::failed() const {
+    return std::ranges::any_of(messages_, &ServerMessage::isError);
+}
+
+void ResultReader::readAll(SQLRETURN code, Handle& statement, const QueryAnalysis& query,
+                           std::vector<Result>& results) {
+    note(code, statement);
+    if (code == SQL_NO_DATA) {
+        results.emplace_back().rowsAffected = 0;  // a write that found no row, with some drivers
+    } else if (SQL_SUCCEEDED(code)) {
+        take(statement, query, results);
+    }
+    while (statement.get() != kNoHandle && advance(statement) == Next::Result) {
+        take(statement, query, results);
+    }
+}
+
+void ResultReader::note(SQLRETURN code, const Handle& statement) {
+    if (code == SQL_SUCCESS || code == SQL_NO_DATA) {
+        return;
+    }
+    std::vector<ServerMessage> told = code == SQL_SUCCESS_WITH_INFO
+                                          ? diagnosticsOf(SQL_HANDLE_STMT, statement.get(), false)
+                                          : link_->failure(statement);
+    std::ranges::move(told, std::back_inserter(messages_));
+}
+
+ResultReader::Next ResultReader::advance(const Handle& statement) {
+    for (;;) {
+        const SQLRETURN code = SQLMoreResults(statement.get());
+        if (code == SQL_NO_DATA) {
+            return Next::End;
+        }
+        if (SQL_SUCCEEDED(code)) {
+            note(code, statement);
+            return Next::Result;
+        }
+        std::vector<ServerMessage> told = link_->failure(statement);
+        if (isEndOfResults(told)) {
+            return Next::End;
+        }
+        std::ranges::move(told, std::back_inserter(messages_));
+        if (link_->isLost()) {
+            return Next::End;
+        }
+    }
+}
+
+void ResultReader::take(Handle& statement, const QueryAnalysis& query,
+                        std::vector<Result>& results) {
+    SQLSMALLINT count = 0;
+    link_->check(SQLNumResultCols(statement.get(), &count), statement);
+    if (count == 0) {
+        SQLLEN rows = -1;
+        if (SQL_SUCCEEDED(SQLRowCount(statement.get(), &rows)) && rows >= 0) {
+            results.emplace_back().rowsAffected = rows;
+        }
+        return;
+    }
+    Result& result = results.emplace_back();
+    result.columns = columns_.describe(statement, static_cast<std::size_t>(count), query, timeout_);
+    result.rows.resize(result.columns.size());
+    try {
+        takeRows(statement, result);
+    } catch (const DriverError& error) {
+        std::ranges::copy(error.messages(), std::back_inserter(messages_));
+    }
+}
+
+void ResultReader::takeRows(Handle& statement, Result& result) {
+    const bool streams = mayStream_ && std::ranges::none_of(result.columns, hasOpenScale);
+    if (streams) {
+        auto rows = std::make_shared<PendingRows>(link_, std::move(statement), result.columns);
+        (void)rows->readBlock(result.columns, result.rows);
+        if (!rows->atEnd()) {
+            link_->reading(rows);
+            result.rest = std::move(rows);
+        }
+        return;
+    }
+    BlockReader reader(*link_, statement, result.columns);
+    while (reader.readBlock(result.columns, result.rows)) {
+    }
+    for (ColumnStore& store : result.rows) {
+        store.shrink();
+    }
+}
+
+}  // namespace kap::ado::odbc

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <chrono>
+#include <memory>
+
+#include "ado/driver.hpp"
+#include "ado/odbc/link.hpp"
+#include "ado/odbc/result_columns.hpp"
+#include "ado/odbc/row_changer.hpp"
+
+namespace kap::ado::odbc {
+
+// A connection to a database server.
+class OdbcSession : public Session {
+public:
+    explicit OdbcSession(const ConnectText& text);
+    ~OdbcSession() override;
+
+    using Session::execute;
+    void execute(Request& request, Reply& reply) override;
+    ChangeOutcome apply(const RowChange& change) override;
+    [[nodiscard]] Result schema(SchemaEnum kind, const SchemaRestrictions& wanted) override;
+    [[nodiscard]] std::string quotedName(std::string_view name) const override;
+    void begin() override;
+    void commit() override;
+    void rollback() override;
+    [[nodiscard]] int transactionDepth() const override { return depth_; }
+
+private:
+    void endTransaction(bool commit);
+
+    std::shared_ptr<Link> link_;
+    TableCatalogue catalogue_;
+    BaseTables tables_;
+    RowChanger changer_;
+    int depth_ = 0;
+    // Of the last request: what belongs to a recordset has no limit of its own.
+    std::chrono::seconds timeout_{0};
+};
+
+}  // namespace kap::ado::odbc

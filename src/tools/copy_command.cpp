@@ -1,0 +1,100 @@
+#include "tools/copy_command.hpp"
+
+#include <algorithm>
+#include <iostream>
+#include <stdexcept>
+
+#include <nlohmann/json.hpp>
+
+#include <kaputil/ado/connection.hpp>
+#include <kaputil/frame/error.hpp>
+
+#include "tools/exit_codes.hpp"
+#include "tools/failure_report.hpp"
+#include "tools/progress_bar.hpp"
+#include "tools/shown_text.hpp"
+#include "tools/table_copy.hpp"
+#include "tools/terminal.hpp"
+
+namespace kap::tools {
+namespace {
+
+void report(const ado::Connection& connection, const AutomationError& error, bool json) {
+    std::cout.flush();
+    for (const Failure& failure : failuresOf(connection, error)) {
+        printFailure(std::cerr, failure, json);
+    }
+}
+
+bool open(ado::Connection& connection, const std::string& text, bool json) {
+    try {
+        connection.Open(text);
+        return true;
+    } catch (const AutomationError& error) {
+        report(connection, error, json);
+        return false;
+    }
+}
+
+void print(const CopyCommand& command, const std::string& table, const CopyOutcome& outcome) {
+    if (command.json) {
+        const nlohmann::ordered_json line = {{"table", table},
+                                             {"rows", outcome.rows},
+                                             {"checksum", outcome.target.text()},
+                                             {"equal", outcome.isWhole()}};
+        std::cout << line.dump() << '\n';
+        return;
+    }
+    std::cout << shownText(table) << "  " << outcome.rows
+              << (outcome.rows == 1 ? " row  " : " rows  ") << outcome.target.text();
+    if (!outcome.isWhole()) {
+        std::cout << "  DIFFERENT: the source has " << outcome.source.rows << " rows, "
+                  << outcome.source.text();
+    }
+    std::cout << '\n';
+}
+
+bool copyAll(const CopyCommand& command, ado::Connection& from, ado::Connection& to) {
+    const std::vector<std::string> tables =
+        command.tables.empty() ? tablesOf(from) : command.tables;
+    TableCopy copy(from, to);
+    bool whole = true;
+    for (const std::string& table : tables) {
+        CopyOutcome outcome;
+        {
+            ProgressBar bar(std::cout, Terminal::ofStandardOutput(), "rows");
+            outcome =
+                copy.run(table, [&](std::int64_t done, std::int64_t all) { bar.show(done, all); });
+        }
+        print(command, table, outcome);
+        whole = whole && outcome.isWhole();
+    }
+    if (whole) {
+        copy.finish();
+    }
+    return whole;
+}
+
+}  // namespace
+
+int CopyCommand::run() const {
+    const auto source = make<ado::Connection>();
+    const auto target = make<ado::Connection>();
+    if (!open(*source, from, json) || !open(*target, to, json)) {
+        return kNoDatabase;
+    }
+    for (const auto& connection : {source, target}) {
+        connection->setCommandTimeout(0);
+    }
+    try {
+        return copyAll(*this, *source, *target) ? kSuccess : kFailed;
+    } catch (const AutomationError& error) {
+        // Of the two connections the one that has failed knows more.
+        report(target->Errors()->Count() > 0 ? *target : *source, error, json);
+    } catch (const std::runtime_error& error) {
+        std::cerr << "kaputil: " << shownText(error.what()) << '\n';
+    }
+    return kFailed;
+}
+
+}  // namespace kap::tools

@@ -1,0 +1,278 @@
+#include "tools/copy_dialect.hpp"
+
+#include <algorithm>
+#include <cctype>
+
+#include <kaputil/ado/recordset.hpp>
+#include <kaputil/frame/convert.hpp>
+#include <kaputil/frame/plain_text.hpp>
+
+namespace kap::tools {
+namespace {
+
+using enum ado::DataTypeEnum;
+
+constexpr std::int32_t kLongestBytes = 8000;
+constexpr std::int32_t kLongestWide = 4000;
+constexpr int kWidestDecimal = 18;
+constexpr int kMoneyDigits = 19;
+constexpr int kMoneyScale = 4;
+
+std::string enclosed(std::string_view text, char open, char close) {
+    std::string made(1, open);
+    for (const char letter : text) {
+        made.append(letter == close ? 2 : 1, letter);
+    }
+    return made + close;
+}
+
+std::string lowered(std::string_view text) {
+    std::string made(text);
+    std::ranges::transform(made, made.begin(), [](char letter) {
+        return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter + 32) : letter;
+    });
+    return made;
+}
+
+std::string inBrackets(int first, int second = -1) {
+    return "(" + plain::text(first) + (second < 0 ? "" : "," + plain::text(second)) + ")";
+}
+
+bool isNumeric(ado::DataTypeEnum type) {
+    switch (type) {
+        case adSmallInt:
+        case adInteger:
+        case adBigInt:
+        case adUnsignedTinyInt:
+        case adSingle:
+        case adDouble:
+        case adCurrency:
+        case adNumeric:
+        case adDecimal:
+            return true;
+        default:
+            return false;
+    }
+}
+
+bool isBinary(ado::DataTypeEnum type) {
+    return type == adBinary || type == adVarBinary || type == adLongVarBinary;
+}
+
+// The form of a time that servers read alike, whatever their settings.
+std::string dateText(const CopiedColumn& column, std::string text) {
+    if (column.type == adDBTimeStamp && text.size() > 10) {
+        text[10] = 'T';
+    }
+    return text;
+}
+
+std::string withoutBraces(const std::string& text) {
+    return text.starts_with('{') && text.size() > 2 ? text.substr(1, text.size() - 2) : text;
+}
+
+class TransactDialect final : public CopyDialect {
+public:
+    [[nodiscard]] std::string quoted(std::string_view name) const override {
+        return enclosed(name, '[', ']');
+    }
+    [[nodiscard]] std::string nameFor(std::string_view name) const override {
+        return std::string(name);
+    }
+    [[nodiscard]] std::string typeFor(const CopiedColumn& column) const override {
+        if (column.rowVersion) {
+            return "timestamp";
+        }
+        const std::string type = plainType(column);
+        return column.identity ? type + " IDENTITY(1,1)" : type;
+    }
+    [[nodiscard]] std::string literal(const CopiedColumn& column,
+                                      const std::string& text) const override {
+        if (isNumeric(column.type) || isBinary(column.type) || column.type == adBoolean) {
+            return text;
+        }
+        return "N" + enclosed(dateText(column, withoutBraces(text)), '\'', '\'');
+    }
+    [[nodiscard]] std::string afterCreation(const std::string& /*table*/,
+                                            const std::string& /*rowVersion*/) const override {
+        return {};
+    }
+    [[nodiscard]] std::string beforeRows(const std::string& table) const override {
+        return "SET IDENTITY_INSERT " + quoted(table) + " ON;";
+    }
+    [[nodiscard]] std::string afterRows(const std::string& table) const override {
+        return ";SET IDENTITY_INSERT " + quoted(table) + " OFF";
+    }
+    [[nodiscard]] std::string afterLastRow(const std::string& /*table*/,
+                                           const std::string& /*identity*/) const override {
+        return {};
+    }
+
+private:
+    static std::string plainType(const CopiedColumn& column) {
+        const bool money = column.precision == kMoneyDigits && column.scale == kMoneyScale;
+        switch (column.type) {
+            case adBoolean:
+                return "bit";
+            case adUnsignedTinyInt:
+                return "tinyint";
+            case adSmallInt:
+                return "smallint";
+            case adInteger:
+                return "int";
+            case adBigInt:
+                return "bigint";
+            case adSingle:
+                return "real";
+            case adDouble:
+                return "float";
+            case adCurrency:
+                return "money";
+            case adNumeric:
+            case adDecimal:
+                return money
+                           ? "money"
+                           : "decimal" + inBrackets(std::min<int>(column.precision, kWidestDecimal),
+                                                    std::min<int>(column.scale, kWidestDecimal));
+            case adDBDate:
+                return "date";
+            case adDBTimeStamp:
+                return column.scale == 0 ? "smalldatetime" : "datetime";
+            case adGUID:
+                return "uniqueidentifier";
+            default:
+                return textType(column);
+        }
+    }
+    static std::string textType(const CopiedColumn& column) {
+        const bool wide =
+            column.type == adWChar || column.type == adVarWChar || column.type == adLongVarWChar;
+        const bool longer = column.isLong || column.size > (wide ? kLongestWide : kLongestBytes);
+        if (isBinary(column.type)) {
+            return longer ? "image" : "varbinary" + inBrackets(column.size);
+        }
+        if (longer) {
+            return wide ? "ntext" : "text";
+        }
+        const bool fixed = column.type == adChar || column.type == adWChar;
+        return std::string(wide ? "n" : "") + (fixed ? "char" : "varchar") +
+               inBrackets(column.size);
+    }
+};
+
+class PostgresDialect final : public CopyDialect {
+public:
+    [[nodiscard]] std::string quoted(std::string_view name) const override {
+        return enclosed(name, '"', '"');
+    }
+    // Names without quotes are read in lower case.
+    [[nodiscard]] std::string nameFor(std::string_view name) const override {
+        return lowered(name);
+    }
+    [[nodiscard]] std::string typeFor(const CopiedColumn& column) const override {
+        if (column.rowVersion) {
+            return "rowversion";
+        }
+        const std::string type = plainType(column);
+        return column.identity ? type + " GENERATED BY DEFAULT AS IDENTITY" : type;
+    }
+    [[nodiscard]] std::string literal(const CopiedColumn& column,
+                                      const std::string& text) const override {
+        if (isNumeric(column.type)) {
+            return text;
+        }
+        if (isBinary(column.type)) {
+            return "'\\x" + text.substr(2) + "'";
+        }
+        return enclosed(dateText(column, withoutBraces(text)), '\'', '\'');
+    }
+    // A trigger keeps the row version; the type's name tells that it does.
+    [[nodiscard]] std::string afterCreation(const std::string& table,
+                                            const std::string& rowVersion) const override {
+        if (rowVersion.empty()) {
+            return {};
+        }
+        const std::string function = quoted("kap_version_" + table);
+        return "CREATE OR REPLACE FUNCTION " + function +
+               "() RETURNS trigger LANGUAGE plpgsql AS $body$ BEGIN NEW." + quoted(rowVersion) +
+               " := int8send(nextval('kap_row_versions')); RETURN NEW; END $body$;"
+               "CREATE TRIGGER kap_version BEFORE INSERT OR UPDATE ON " +
+               quoted(table) + " FOR EACH ROW EXECUTE FUNCTION " + function + "()";
+    }
+    [[nodiscard]] std::string beforeRows(const std::string& /*table*/) const override { return {}; }
+    [[nodiscard]] std::string afterRows(const std::string& /*table*/) const override { return {}; }
+    [[nodiscard]] std::string afterLastRow(const std::string& table,
+                                           const std::string& identity) const override {
+        return "SELECT setval(pg_get_serial_sequence(" + enclosed(quoted(table), '\'', '\'') +
+               ", " + enclosed(identity, '\'', '\'') + "), coalesce(max(" + quoted(identity) +
+               "), 0) + 1, false) FROM " + quoted(table);
+    }
+
+private:
+    static std::string plainType(const CopiedColumn& column) {
+        switch (column.type) {
+            case adBoolean:
+                return "boolean";
+            case adUnsignedTinyInt:
+            case adSmallInt:
+                return "smallint";
+            case adInteger:
+                return "integer";
+            case adBigInt:
+                return "bigint";
+            case adSingle:
+                return "real";
+            case adDouble:
+                return "double precision";
+            case adCurrency:
+                return "numeric" + inBrackets(kMoneyDigits, kMoneyScale);
+            case adNumeric:
+            case adDecimal:
+                return "numeric" + inBrackets(column.precision, column.scale);
+            case adDBDate:
+                return "date";
+            case adDBTime:
+                return "time";
+            case adDBTimeStamp:
+                return "timestamp" + inBrackets(std::min<int>(column.scale, 6));
+            case adGUID:
+                return "uuid";
+            default:
+                return textType(column);
+        }
+    }
+    static std::string textType(const CopiedColumn& column) {
+        if (isBinary(column.type)) {
+            return "bytea";
+        }
+        if (column.isLong) {
+            return "text";
+        }
+        const bool fixed = column.type == adChar || column.type == adWChar;
+        return (fixed ? "char" : "varchar") + inBrackets(column.size);
+    }
+};
+
+bool hasType(ado::Connection& connection, const char* name) {
+    const auto types = connection.OpenSchema(ado::SchemaEnum::adSchemaProviderTypes);
+    for (; !types->Eof(); types->MoveNext()) {
+        const Variant own = types->Fields()->Item(u"TYPE_NAME")->Value();
+        if (!own.isNull() && lowered(convert::toString(own).utf8()) == name) {
+            return true;
+        }
+    }
+    return false;
+}
+
+}  // namespace
+
+const CopyDialect& CopyDialect::of(ado::Connection& connection) {
+    static const TransactDialect transact;
+    static const PostgresDialect postgres;
+    if (hasType(connection, "int4")) {
+        return postgres;
+    }
+    return transact;
+}
+
+}  // namespace kap::tools

@@ -1,0 +1,329 @@
+#include "tools/table_copy.hpp"
+
+#include <algorithm>
+#include <stdexcept>
+#include <utility>
+
+#include <kaputil/ado/recordset.hpp>
+#include <kaputil/frame/array.hpp>
+#include <kaputil/frame/convert.hpp>
+#include <kaputil/frame/error.hpp>
+#include <kaputil/frame/plain_text.hpp>
+
+#include "tools/cell_text.hpp"
+
+namespace kap::tools {
+namespace {
+
+constexpr const char* kNotes = "KAP_COPY";
+constexpr int kRowsAStatement = 100;
+constexpr int kRowsATransaction = 2000;
+
+bool sameName(const std::string& left, const std::string& right) {
+    const auto lower = [](char letter) {
+        return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter + 32) : letter;
+    };
+    return std::ranges::equal(left, right, {}, lower, lower);
+}
+
+Ref<ado::Recordset> opened(ado::Connection& connection, const std::string& query) {
+    auto rows = make<ado::Recordset>();
+    rows->setCursorLocation(ado::CursorLocationEnum::adUseClient);
+    rows->Open(Variant(query), Variant(Ref<ado::Connection>(&connection)));
+    return rows;
+}
+
+std::string textOf(const Ref<ado::Recordset>& rows, const char16_t* column) {
+    const Variant value = rows->Fields()->Item(column)->Value();
+    return value.isNull() ? std::string() : convert::toString(value).utf8();
+}
+
+bool has(const ado::Field& field, ado::FieldAttributeEnum bit) {
+    return (field.Attributes() & static_cast<std::int32_t>(bit)) != 0;
+}
+
+std::vector<CopiedColumn> columnsOf(const ado::Recordset& rows) {
+    const auto fields = rows.Fields();
+    std::vector<CopiedColumn> columns;
+    columns.reserve(static_cast<std::size_t>(fields->Count()));
+    for (std::int32_t i = 0; i < fields->Count(); ++i) {
+        const auto field = fields->Item(i);
+        CopiedColumn column;
+        column.name = field->Name().utf8();
+        column.type = field->Type();
+        column.size = field->DefinedSize();
+        column.precision = field->Precision();
+        column.scale = field->NumericScale();
+        column.nullable = has(*field, ado::FieldAttributeEnum::adFldIsNullable);
+        column.isLong = has(*field, ado::FieldAttributeEnum::adFldLong);
+        column.rowVersion = has(*field, ado::FieldAttributeEnum::adFldRowVersion);
+        // What the database sets itself and is no row version.
+        column.identity =
+            !column.rowVersion && !has(*field, ado::FieldAttributeEnum::adFldUnknownUpdatable);
+        columns.push_back(std::move(column));
+    }
+    return columns;
+}
+
+std::vector<std::string> keyOf(ado::Connection& connection, const std::string& table) {
+    const auto keys =
+        connection.OpenSchema(ado::SchemaEnum::adSchemaPrimaryKeys,
+                              Variant(Array::ofVariants({Variant(), Variant(), Variant(table)})));
+    std::vector<std::pair<std::int64_t, std::string>> parts;
+    for (; !keys->Eof(); keys->MoveNext()) {
+        if (sameName(textOf(keys, u"TABLE_NAME"), table)) {
+            parts.emplace_back(convert::toLong(keys->Fields()->Item(u"ORDINAL")->Value()),
+                               textOf(keys, u"COLUMN_NAME"));
+        }
+    }
+    std::ranges::sort(parts);
+    std::vector<std::string> names;
+    names.reserve(parts.size());
+    for (auto& [ordinal, name] : parts) {
+        names.push_back(std::move(name));
+    }
+    return names;
+}
+
+std::string joined(const std::vector<std::string>& parts) {
+    std::string all;
+    for (const std::string& part : parts) {
+        all += (all.empty() ? "" : ", ") + part;
+    }
+    return all;
+}
+
+}  // namespace
+
+struct TableCopy::Table {
+    std::string source;  // the names as they stand in each database
+    std::string target;
+    std::vector<CopiedColumn> columns;
+    std::vector<std::string> key;
+
+    [[nodiscard]] const CopiedColumn* identity() const {
+        const auto found = std::ranges::find_if(columns, &CopiedColumn::identity);
+        return found == columns.end() ? nullptr : &*found;
+    }
+    [[nodiscard]] std::string rowVersion() const {
+        const auto found = std::ranges::find_if(columns, &CopiedColumn::rowVersion);
+        return found == columns.end() ? std::string() : found->name;
+    }
+};
+
+std::vector<std::string> tablesOf(ado::Connection& connection) {
+    const auto found = connection.OpenSchema(
+        ado::SchemaEnum::adSchemaTables,
+        Variant(Array::ofVariants({Variant(), Variant(), Variant(), Variant(u"TABLE")})));
+    std::vector<std::string> tables;
+    for (; !found->Eof(); found->MoveNext()) {
+        std::string name = textOf(found, u"TABLE_NAME");
+        if (!sameName(name, kNotes)) {
+            tables.push_back(std::move(name));
+        }
+    }
+    return tables;
+}
+
+TableCopy::TableCopy(ado::Connection& from, ado::Connection& to)
+    : from_(from), to_(to), fromDialect_(CopyDialect::of(from)), toDialect_(CopyDialect::of(to)) {
+    prepareNotes();
+}
+
+std::string TableCopy::targetName(const std::string& table) const {
+    return toDialect_.nameFor(table);
+}
+
+void TableCopy::prepareNotes() {
+    const auto tables = to_.OpenSchema(
+        ado::SchemaEnum::adSchemaTables,
+        Variant(Array::ofVariants({Variant(), Variant(), Variant(toDialect_.nameFor(kNotes))})));
+    if (!tables->Eof()) {
+        return;
+    }
+    to_.Execute(std::string("CREATE TABLE ") + kNotes +
+                " (Tabella varchar(128) NOT NULL PRIMARY KEY, Righe int NOT NULL)");
+    // What row versions are kept with, where the database has none of its own.
+    CopiedColumn version;
+    version.rowVersion = true;
+    if (toDialect_.typeFor(version) == "rowversion") {
+        to_.Execute(
+            "CREATE SEQUENCE IF NOT EXISTS kap_row_versions;"
+            "DO $$ BEGIN CREATE DOMAIN rowversion AS bytea; EXCEPTION WHEN duplicate_object THEN "
+            "NULL; END $$");
+    }
+}
+
+void TableCopy::finish() {
+    to_.Execute(std::string("DROP TABLE ") + kNotes);
+}
+
+CopyOutcome TableCopy::run(const std::string& name,
+                           const std::function<void(std::int64_t, std::int64_t)>& progress) {
+    const Table table = describe(name);
+    std::int64_t done = rowsNoted(table.target);
+    if (done < 0) {
+        create(table);
+        done = 0;
+    } else if (table.key.empty()) {
+        to_.Execute("DELETE FROM " + toDialect_.quoted(table.target));
+        done = 0;
+    }
+    writeRows(table, done, progress);
+    CopyOutcome outcome;
+    outcome.source = digest(from_, fromDialect_.quoted(table.source));
+    outcome.target = digest(to_, toDialect_.quoted(table.target));
+    outcome.rows = outcome.target.rows;
+    return outcome;
+}
+
+TableCopy::Table TableCopy::describe(const std::string& name) {
+    Table table;
+    table.source = name;
+    table.target = targetName(name);
+    table.columns =
+        columnsOf(*opened(from_, "SELECT * FROM " + fromDialect_.quoted(name) + " WHERE 1 = 0"));
+    table.key = keyOf(from_, name);
+    return table;
+}
+
+// The rows of a table that have arrived; -1 when the copy of it has not begun.
+std::int64_t TableCopy::rowsNoted(const std::string& target) {
+    CopiedColumn text;
+    text.type = ado::DataTypeEnum::adVarChar;
+    const auto notes = opened(to_, std::string("SELECT Righe FROM ") + kNotes +
+                                       " WHERE Tabella = " + toDialect_.literal(text, target));
+    return notes->Eof() ? -1 : convert::toLong(notes->Fields()->Item(0)->Value());
+}
+
+void TableCopy::create(const Table& table) {
+    const std::string quoted = toDialect_.quoted(table.target);
+    const std::vector<std::string> there = tablesOf(to_);
+    const bool exists = std::ranges::any_of(
+        there, [&](const std::string& other) { return sameName(other, table.target); });
+    CopiedColumn text;
+    text.type = ado::DataTypeEnum::adVarChar;
+    const std::string note = std::string("INSERT INTO ") + kNotes + " VALUES (" +
+                             toDialect_.literal(text, table.target) + ", 0)";
+    if (exists) {
+        requireEmpty(table);
+        to_.Execute(note);
+        return;
+    }
+    std::vector<std::string> parts;
+    for (const CopiedColumn& column : table.columns) {
+        const bool inKey = std::ranges::find(table.key, column.name) != table.key.end();
+        parts.push_back(toDialect_.quoted(toDialect_.nameFor(column.name)) + " " +
+                        toDialect_.typeFor(column) +
+                        (column.nullable && !inKey ? " NULL" : " NOT NULL"));
+    }
+    std::vector<std::string> key;
+    for (const std::string& part : table.key) {
+        key.push_back(toDialect_.quoted(toDialect_.nameFor(part)));
+    }
+    if (!key.empty()) {
+        parts.push_back("PRIMARY KEY (" + joined(key) + ")");
+    }
+    to_.BeginTrans();
+    try {
+        to_.Execute("CREATE TABLE " + quoted + " (" + joined(parts) + ")");
+        const std::string more =
+            toDialect_.afterCreation(table.target, toDialect_.nameFor(table.rowVersion()));
+        if (!more.empty()) {
+            to_.Execute(more);
+        }
+        to_.Execute(note);
+        to_.CommitTrans();
+    } catch (const AutomationError&) {
+        to_.RollbackTrans();
+        throw;
+    }
+}
+
+void TableCopy::requireEmpty(const Table& table) {
+    const auto count = opened(to_, "SELECT COUNT(*) FROM " + toDialect_.quoted(table.target));
+    if (convert::toLong(count->Fields()->Item(0)->Value()) != 0) {
+        throw std::runtime_error("the target has a table " + table.target +
+                                 " with rows in it; empty or drop it first");
+    }
+}
+
+// Rows are written in transactions of many, each with its note.
+void TableCopy::writeRows(const Table& table, std::int64_t done,
+                          const std::function<void(std::int64_t, std::int64_t)>& progress) {
+    std::vector<std::string> order;
+    for (const std::string& part : table.key) {
+        order.push_back(fromDialect_.quoted(part));
+    }
+    const auto rows = opened(from_, "SELECT * FROM " + fromDialect_.quoted(table.source) +
+                                        (order.empty() ? "" : " ORDER BY " + joined(order)));
+    const std::int64_t all = rows->RecordCount();
+    if (done > 0 && done <= all) {
+        rows->Move(static_cast<std::int32_t>(done));
+    }
+    std::vector<std::string> names;
+    for (const CopiedColumn& column : table.columns) {
+        if (!column.rowVersion) {
+            names.push_back(toDialect_.quoted(toDialect_.nameFor(column.name)));
+        }
+    }
+    const bool identity = table.identity() != nullptr;
+    const std::string insert = (identity ? toDialect_.beforeRows(table.target) : "") +
+                               "INSERT INTO " + toDialect_.quoted(table.target) + " (" +
+                               joined(names) + ") VALUES ";
+    const std::string behind = identity ? toDialect_.afterRows(table.target) : "";
+    CopiedColumn text;
+    text.type = ado::DataTypeEnum::adVarChar;
+    const auto fields = rows->Fields();
+    const auto literals = [&] {
+        std::vector<std::string> values;
+        for (std::size_t i = 0; i < table.columns.size(); ++i) {
+            if (table.columns[i].rowVersion) {
+                continue;
+            }
+            const auto value = cellText(*fields->Item(static_cast<std::int32_t>(i)));
+            values.push_back(value ? toDialect_.literal(table.columns[i], *value) : "NULL");
+        }
+        return "(" + joined(values) + ")";
+    };
+    while (!rows->Eof()) {
+        to_.BeginTrans();
+        try {
+            for (int written = 0; written < kRowsATransaction && !rows->Eof();) {
+                std::string values;
+                for (int i = 0; i < kRowsAStatement && !rows->Eof(); ++i, ++written, ++done) {
+                    values += (values.empty() ? "" : ",\n") + literals();
+                    rows->MoveNext();
+                }
+                to_.Execute(insert + values + behind);
+            }
+            to_.Execute(std::string("UPDATE ") + kNotes + " SET Righe = " + plain::text(done) +
+                        " WHERE Tabella = " + toDialect_.literal(text, table.target));
+            to_.CommitTrans();
+        } catch (const AutomationError&) {
+            to_.RollbackTrans();
+            throw;
+        }
+        progress(done, all);
+    }
+    if (identity) {
+        const std::string last =
+            toDialect_.afterLastRow(table.target, toDialect_.nameFor(table.identity()->name));
+        if (!last.empty()) {
+            to_.Execute(last);
+        }
+    }
+}
+
+TableDigest TableCopy::digest(ado::Connection& connection, const std::string& quotedName) {
+    const auto rows = opened(connection, "SELECT * FROM " + quotedName);
+    const std::vector<CopiedColumn> columns = columnsOf(*rows);
+    const auto fields = rows->Fields();
+    TableDigest made;
+    for (; !rows->Eof(); rows->MoveNext()) {
+        made.add(columns, *fields);
+    }
+    return made;
+}
+
+}  // namespace kap::tools

@@ -1,0 +1,130 @@
+// A database that moves to a server, and back.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cctype>
+
+#include <kaputil/ado/error_numbers.hpp>
+
+#include "server.hpp"
+#include "support/shown.hpp"
+#include "support/temporary_folder.hpp"
+#include "tools/command_line.hpp"
+
+namespace kap::ado {
+namespace {
+
+using tests::kaputil;
+using tests::Outcome;
+
+class ServerCopy : public test::ServerTest {
+protected:
+    [[nodiscard]] static Outcome copy(const std::string& from, const std::string& to,
+                                      std::vector<std::string> more = {}) {
+        std::vector<std::string> words = {"copy", "--from", from, "--to", to};
+        words.insert(words.end(), more.begin(), more.end());
+        return kaputil(words);
+    }
+    // The lines that tell the tables' checksums, in lower case and in order.
+    static std::string sortedLines(std::string text) {
+        std::vector<std::string> lines;
+        for (std::size_t end = 0; (end = text.find('\n')) != std::string::npos;) {
+            std::string line = text.substr(0, end);
+            for (char& letter : line) {
+                letter = static_cast<char>(std::tolower(static_cast<unsigned char>(letter)));
+            }
+            lines.push_back(line);
+            text.erase(0, end + 1);
+        }
+        std::sort(lines.begin(), lines.end());
+        std::string all;
+        for (const std::string& line : lines) {
+            all += line + "\n";
+        }
+        return all;
+    }
+
+    test::TemporaryFolder folder_;
+};
+
+TEST_F(ServerCopy, TheSampleCompanyMovesThereAndBack) {
+    ASSERT_EQ(kaputil({"demo", "--database", folder_.file("azienda.db")}).exitCode, 0);
+    const Outcome there = copy(folder_.database(), database_->connection());
+    EXPECT_EQ(there.exitCode, 0) << there.out << there.err;
+    EXPECT_NE(there.out.find("Clienti  "), std::string::npos) << there.out;
+    EXPECT_EQ(there.out.find("DIFFERENT"), std::string::npos) << there.out;
+    const Outcome back = copy(database_->connection(), folder_.database("ritorno.db"));
+    EXPECT_EQ(back.exitCode, 0) << back.out << back.err;
+    EXPECT_EQ(sortedLines(there.out), sortedLines(back.out));
+    EXPECT_EQ(copy(folder_.database(), database_->connection()).exitCode, 1);
+}
+
+TEST_F(ServerCopy, TakesEveryTypeWithIdentitiesAndKeys) {
+    const auto source = test::open(folder_.database());
+    source->Execute(
+        u"CREATE TABLE Tutto (Id int IDENTITY(1,1) PRIMARY KEY, A varchar(20), B char(5), C money, "
+        u"D decimal(9,3), E datetime, F bit, G float, H real, I text, J varbinary(20), K date, "
+        u"L smallint, M bigint, N uniqueidentifier, AggID timestamp);"
+        u"INSERT INTO Tutto (A, B, C, D, E, F, G, H, I, J, K, L, M, N) VALUES "
+        u"('L''è {?} \\x', 'ab', 1234.5678, -0.125, '2003-12-31 18:30:15.250', 1, 0.1, 0.1, "
+        u"'lungo', 0x00FF10, '2004-02-29', -3, 9007199254740993, "
+        u"'6F9619FF-8B86-D011-B42D-00C04FC964FF');"
+        u"INSERT INTO Tutto (A) VALUES (NULL)");
+    const Outcome there = copy(folder_.database(), database_->connection());
+    EXPECT_EQ(there.exitCode, 0) << there.out << there.err;
+    const Outcome back = copy(database_->connection(), folder_.database("ritorno.db"));
+    EXPECT_EQ(back.exitCode, 0) << back.out << back.err;
+    EXPECT_EQ(sortedLines(there.out), sortedLines(back.out));
+    run("INSERT INTO tutto (a) VALUES ('nuovo')");
+    EXPECT_EQ(value("SELECT max(id) FROM tutto"), "Long 3");
+}
+
+TEST_F(ServerCopy, GoesOnWhereItWasInterrupted) {
+    const auto source = test::open(folder_.database());
+    source->Execute(
+        u"CREATE TABLE Grande (Id int PRIMARY KEY, Testo varchar(40));"
+        u"DECLARE @i int; SET @i = 0; WHILE @i < 5000 BEGIN SET @i = @i + 1; "
+        u"INSERT INTO Grande VALUES (@i, 'riga ' + CONVERT(varchar(10), @i)) END");
+    // As an interrupted copy has left it.
+    run("CREATE TABLE kap_copy (tabella varchar(128) NOT NULL PRIMARY KEY, righe int NOT NULL);"
+        "CREATE TABLE grande (id integer NOT NULL PRIMARY KEY, testo varchar(40));"
+        "INSERT INTO grande SELECT i, 'riga ' || i FROM generate_series(1, 2000) i;"
+        "INSERT INTO kap_copy VALUES ('grande', 2000)");
+    const Outcome again = copy(folder_.database(), database_->connection());
+    EXPECT_EQ(again.exitCode, 0) << again.out << again.err;
+    EXPECT_EQ(value("SELECT count(*) FROM grande"), "Decimal 5000");
+    EXPECT_EQ(test::raisedBy([&] { return query("SELECT * FROM kap_copy"); }),
+              errors::kUnknownObject);
+}
+
+TEST_F(ServerCopy, TellsADifference) {
+    test::open(folder_.database())
+        ->Execute(u"CREATE TABLE T (Id int PRIMARY KEY); INSERT INTO T VALUES (1)");
+    run("CREATE TABLE kap_copy (tabella varchar(128) NOT NULL PRIMARY KEY, righe int NOT NULL);"
+        "CREATE TABLE t (id integer NOT NULL PRIMARY KEY); INSERT INTO t VALUES (7);"
+        "INSERT INTO kap_copy VALUES ('t', 1)");
+    const Outcome different = copy(folder_.database(), database_->connection());
+    EXPECT_EQ(different.exitCode, 1);
+    EXPECT_NE(different.out.find("DIFFERENT: the source has 1 rows"), std::string::npos)
+        << different.out;
+}
+
+TEST_F(ServerCopy, TakesOnlyTheTablesThatAreNamed) {
+    test::open(folder_.database())->Execute(u"CREATE TABLE A (x int); CREATE TABLE B (y int)");
+    const Outcome one =
+        copy(folder_.database(), database_->connection(), {"--table", "A", "--json"});
+    EXPECT_EQ(one.exitCode, 0) << one.err;
+    EXPECT_EQ(one.out,
+              "{\"table\":\"A\",\"rows\":0,\"checksum\":\"0000000000000000\",\"equal\":true}\n");
+}
+
+TEST_F(ServerCopy, SaysWhatIsWrong) {
+    EXPECT_EQ(copy(folder_.database(), "Driver={Gibts nicht}").exitCode, 3);
+    EXPECT_EQ(kaputil({"copy", "--from", folder_.database()}).exitCode, 2);
+    const Outcome unknown = copy(folder_.database(), database_->connection(), {"--table", "Nix"});
+    EXPECT_EQ(unknown.exitCode, 1);
+    EXPECT_NE(unknown.err.find("Nix"), std::string::npos) << unknown.err;
+}
+
+}  // namespace
+}  // namespace kap::ado

@@ -1,0 +1,177 @@
+// What goes wrong on a database server, and what clients are told.
+#include <gtest/gtest.h>
+
+#include <chrono>
+
+#include <kaputil/ado/error_numbers.hpp>
+#include <kaputil/db/recordsets.hpp>
+
+#include "relay.hpp"
+#include "server.hpp"
+#include "support/shown.hpp"
+
+namespace kap::ado {
+namespace {
+
+using test::fieldOf;
+using test::raisedBy;
+using test::shown;
+
+template <class Work>
+AutomationError errorOf(Work work) {
+    try {
+        work();
+    } catch (const AutomationError& error) {
+        return error;
+    }
+    return AutomationError(0);
+}
+
+class ServerFailures : public test::ServerTest {
+protected:
+    // The data-access code, the SQLSTATE and how many errors there are.
+    [[nodiscard]] std::string refusalOf(const std::string& script) const {
+        const std::int32_t number = errorOf([&] { run(script); }).number();
+        const auto errors = connection_->Errors();
+        if (errors->Count() == 0 || errors->Item(0)->Number() != number) {
+            return "not reported";
+        }
+        return std::to_string(number) + " " + errors->Item(0)->SQLState().utf8() + " " +
+               std::to_string(errors->Count());
+    }
+    static AutomationError openError(const std::string& connection) {
+        return errorOf([&] { test::open(connection); });
+    }
+};
+
+TEST_F(ServerFailures, EachKindHasItsNumber) {
+    run("CREATE TABLE t (a int PRIMARY KEY, b varchar(3) NOT NULL, c int REFERENCES t)");
+    EXPECT_EQ(refusalOf("SELECT * FROM nix"), "-2147217865 42P01 1");
+    EXPECT_EQ(refusalOf("SELECT nix FROM t"), "-2147217900 42703 1");
+    EXPECT_EQ(refusalOf("SELEC 1"), "-2147217900 42601 1");
+    EXPECT_EQ(refusalOf("INSERT INTO t VALUES (1, NULL, NULL)"), "-2147217873 23502 1");
+    run("INSERT INTO t VALUES (1, 'x', NULL)");
+    EXPECT_EQ(refusalOf("INSERT INTO t VALUES (1, 'y', NULL)"), "-2147217873 23505 1");
+    EXPECT_EQ(refusalOf("INSERT INTO t VALUES (2, 'y', 9)"), "-2147217873 23503 1");
+    EXPECT_EQ(refusalOf("INSERT INTO t VALUES (2, 'toolong', NULL)"), "-2147217833 22001 1");
+    EXPECT_EQ(refusalOf("SELECT 'x'::int"), "-2147217913 22P02 1");
+    EXPECT_EQ(refusalOf("SELECT 99999999999::int"), "-2147217833 22003 1");
+    EXPECT_EQ(refusalOf("SELECT 1/0"), "-2147217900 22012 1");
+}
+
+TEST_F(ServerFailures, AFailureLeavesTheConnectionUsable) {
+    EXPECT_NE(errorOf([&] { run("SELECT * FROM nix"); }).number(), 0);
+    EXPECT_EQ(value("SELECT 1"), "Long 1");
+    connection_->BeginTrans();
+    run("CREATE TABLE t (a int)");
+    EXPECT_NE(errorOf([&] { run("SELECT 1/0"); }).number(), 0);
+    run("INSERT INTO t VALUES (1)");
+    connection_->CommitTrans();
+    EXPECT_EQ(value("SELECT a FROM t"), "Long 1");
+}
+
+TEST_F(ServerFailures, AWrongPasswordIsRefusedAndNeverShown) {
+    std::string text = database_->connection();
+    const std::string password = "PWD=\"geheim;{x}\"";
+    text.replace(text.find(password), password.size(), "PWD=falsches-wort");
+    const AutomationError error = openError(text);
+    EXPECT_EQ(error.number(), errors::kLogin);
+    EXPECT_NE(error.description().utf8().find("kap"), std::string::npos);
+    EXPECT_EQ(error.description().utf8().find("falsches-wort"), std::string::npos);
+}
+
+TEST_F(ServerFailures, AnUnknownHostOrDatabaseIsToldAtOnce) {
+    EXPECT_EQ(openError("Driver={PostgreSQL Unicode};Server=gibts.invalid;UID=x;PWD=y").number(),
+              errors::kLogin);
+    EXPECT_EQ(openError(server_->connection("gibtsnicht")).number(), errors::kLogin);
+    EXPECT_EQ(openError("DSN=GibtsNicht").number(), errors::kLogin);
+    EXPECT_EQ(openError("Driver={Gibts nicht};Server=x").number(), errors::kLogin);
+}
+
+TEST_F(ServerFailures, AServerThatNeverAnswersIsGivenUpInTime) {
+    const test::Relay silent(0);
+    const auto begun = std::chrono::steady_clock::now();
+    const AutomationError error =
+        openError(server_->connection("postgres", silent.port()) + ";Connect Timeout=2");
+    EXPECT_TRUE(error.number() == errors::kLogin || error.number() == errors::kTimeout)
+        << error.number();
+    EXPECT_LT(std::chrono::steady_clock::now() - begun, std::chrono::seconds(20));
+}
+
+TEST_F(ServerFailures, ATransactServerThatNeverAnswersIsGivenUpInTime) {
+    const test::Relay silent(0);
+    const auto begun = std::chrono::steady_clock::now();
+    const AutomationError error =
+        openError("Provider=SQLOLEDB;Data Source=127.0.0.1," + std::to_string(silent.port()) +
+                  ";Initial Catalog=x;User ID=sa;Password=p;Connect Timeout=2");
+    EXPECT_TRUE(error.number() == errors::kLogin || error.number() == errors::kTimeout)
+        << error.number();
+    EXPECT_LT(std::chrono::steady_clock::now() - begun, std::chrono::seconds(20));
+}
+
+TEST_F(ServerFailures, ACommandThatTakesTooLongIsStopped) {
+    connection_->setCommandTimeout(1);
+    EXPECT_EQ(errorOf([&] { run("SELECT pg_sleep(30)"); }).number(), errors::kTimeout);
+    EXPECT_EQ(value("SELECT 1"), "Long 1");
+    connection_->setCommandTimeout(0);
+    EXPECT_EQ(value("SELECT 2 FROM pg_sleep(1.2)"), "Long 2");
+}
+
+TEST_F(ServerFailures, ALostConnectionIsToldAtOnceAndEachTime) {
+    test::Relay relay(server_->port());
+    const auto connection = test::open(server_->connection(database_->name(), relay.port()));
+    connection->BeginTrans();
+    relay.cut();
+    EXPECT_EQ(errorOf([&] { connection->Execute(u"SELECT pg_sleep(0.1)"); }).number(),
+              errors::kUnspecified);
+    const AutomationError again = errorOf([&] { connection->Execute(u"SELECT 1"); });
+    EXPECT_EQ(again.number(), errors::kUnspecified);
+    EXPECT_EQ(again.description(),
+              String(u"The connection to the database server has been lost. Close it and open it "
+                     u"again."));
+    connection->RollbackTrans();
+    connection->Close();
+    connection->Open();
+    EXPECT_EQ(shown(test::valueOf(connection, u"SELECT 1")), "Long 1");
+}
+
+TEST_F(ServerFailures, AServerRestartedInMidFetchFailsTheMovement) {
+    const auto server = test::Server::own();
+    const auto connection =
+        test::open(server->connection("postgres") + ";UseDeclareFetch=1;Fetch=100");
+    const auto rows = make<Recordset>();
+    rows->setCursorLocation(CursorLocationEnum::adUseClient);
+    rows->Open(u"SELECT generate_series(1, 100000) AS a, repeat('x', 200) AS b",
+               Variant(connection));
+    EXPECT_EQ(shown(fieldOf(rows, 0)), "Long 1");
+    server->restart();
+    EXPECT_EQ(errorOf([&] { rows->MoveLast(); }).number(), errors::kUnspecified);
+    EXPECT_EQ(shown(fieldOf(rows, 0)), "Long 1");
+    rows->Close();
+    connection->Close();
+    connection->Open();
+    EXPECT_EQ(shown(test::valueOf(connection, u"SELECT 5")), "Long 5");
+}
+
+TEST_F(ServerFailures, RowsLeftBehindByAClosedConnectionAreToldAsLost) {
+    const auto connection = database_->open();
+    const auto rows = make<Recordset>();
+    rows->setCursorLocation(CursorLocationEnum::adUseClient);
+    rows->Open(u"SELECT generate_series(1, 100000) AS a", Variant(connection));
+    connection->Close();
+    EXPECT_EQ(errorOf([&] { rows->MoveLast(); }).number(), errors::kObjectClosed);
+}
+
+TEST_F(ServerFailures, ALockThatIsNotFreedEndsWithTheTimeout) {
+    run("CREATE TABLE t (a int); INSERT INTO t VALUES (1)");
+    const auto other = database_->open();
+    other->BeginTrans();
+    other->Execute(u"UPDATE t SET a = 2");
+    connection_->setCommandTimeout(1);
+    EXPECT_EQ(errorOf([&] { run("UPDATE t SET a = 3"); }).number(), errors::kTimeout);
+    other->RollbackTrans();
+    EXPECT_EQ(value("SELECT a FROM t"), "Long 1");
+}
+
+}  // namespace
+}  // namespace kap::ado

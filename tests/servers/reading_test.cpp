@@ -1,0 +1,224 @@
+// What queries on a database server read, and how their columns are described.
+#include <gtest/gtest.h>
+
+#include <kaputil/ado/command.hpp>
+#include <kaputil/ado/error_numbers.hpp>
+#include <kaputil/frame/array.hpp>
+#include <kaputil/frame/locale.hpp>
+
+#include "server.hpp"
+#include "support/shown.hpp"
+
+namespace kap::ado {
+namespace {
+
+using test::fieldOf;
+using test::raisedBy;
+using test::shown;
+
+class ServerReading : public test::ServerTest {
+protected:
+    [[nodiscard]] Ref<Field> field(const std::string& text) const {
+        return query(text)->Fields()->Item(0);
+    }
+    // Type, defined size, precision and scale of a query's first column.
+    [[nodiscard]] std::string described(const std::string& text) const {
+        const auto first = field(text);
+        return std::to_string(static_cast<int>(first->Type())) + " " +
+               std::to_string(first->DefinedSize()) + " " + std::to_string(first->Precision()) +
+               " " + std::to_string(first->NumericScale());
+    }
+
+    LocaleScope locale_{"it-IT"};
+};
+
+TEST_F(ServerReading, ReadsEveryTypeExactly) {
+    EXPECT_EQ(value("SELECT 12::smallint"), "Integer 12");
+    EXPECT_EQ(value("SELECT 123456789"), "Long 123456789");
+    EXPECT_EQ(value("SELECT 9007199254740993::bigint"), "Decimal 9007199254740993");
+    EXPECT_EQ(value("SELECT 1234567890123.45::numeric(18,2)"), "Decimal 1234567890123,45");
+    EXPECT_EQ(value("SELECT -0.05::numeric(5,2)"), "Decimal -0,05");
+    EXPECT_EQ(value("SELECT 1.5::real"), "Single 1,5");
+    EXPECT_EQ(value("SELECT 0.1::double precision"), "Double 0,1");
+    EXPECT_EQ(value("SELECT 1234.56::money"), "Currency 1234,56");
+    EXPECT_EQ(value("SELECT (-0.5)::numeric::money"), "Currency -0,5");
+    EXPECT_EQ(value("SELECT true"), "Boolean Vero");
+    EXPECT_EQ(value("SELECT false"), "Boolean Falso");
+    EXPECT_EQ(value("SELECT DATE '2004-02-29'"), "Date 29/02/2004");
+    EXPECT_EQ(value("SELECT TIMESTAMP '2003-12-31 18:30:15'"), "Date 31/12/2003 18:30:15");
+    EXPECT_EQ(value("SELECT TIME '18:30:15'"), "Date 18:30:15");
+    EXPECT_EQ(value("SELECT 'Ferramenta'::varchar(20)"), "String Ferramenta");
+    EXPECT_EQ(value("SELECT 'ab'::char(4)"), "String ab  ");
+    EXPECT_EQ(value("SELECT '6f9619ff-8b86-d011-b42d-00c04fc964ff'::uuid"),
+              "String {6F9619FF-8B86-D011-B42D-00C04FC964FF}");
+    EXPECT_EQ(value("SELECT NULL::int"), "Null");
+}
+
+TEST_F(ServerReading, ReadsTextsOfEveryLanguage) {
+    EXPECT_EQ(value("SELECT 'Perché costa 5 € — 東京 \xF0\x9F\x94\xA9'::varchar(60)"),
+              "String Perché costa 5 € — 東京 \xF0\x9F\x94\xA9");
+}
+
+TEST_F(ServerReading, ReadsDatesWithFractionsOfASecond) {
+    const auto rows = query("SELECT TIMESTAMP '2003-12-31 18:30:15.250'");
+    const double days = fieldOf(rows, 0).as<Date>().days;
+    EXPECT_NEAR(days, 37986 + (18 * 3600 + 30 * 60 + 15.25) / 86400, 1e-9);
+}
+
+TEST_F(ServerReading, ReadsBinaryValuesAndLongTextsInPieces) {
+    const auto rows = query(
+        "SELECT '\\x00ff10'::bytea, repeat('perché ', 60000), "
+        "decode(repeat('0102', 100000), 'hex'), 7 UNION ALL SELECT NULL, 'corto', '\\x05', 8");
+    EXPECT_EQ(fieldOf(rows, 0).as<Array>().bytes(), (std::vector<std::uint8_t>{0, 255, 16}));
+    const Variant text = fieldOf(rows, 1);
+    EXPECT_EQ(text.as<String>().size(), 420000U);
+    EXPECT_EQ(text.as<String>().view().substr(419993), u"perché ");
+    const auto bytes = fieldOf(rows, 2).as<Array>().bytes();
+    ASSERT_EQ(bytes.size(), 200000U);
+    EXPECT_EQ(bytes[199999], 2);
+    EXPECT_EQ(shown(fieldOf(rows, 3)), "Long 7");
+    rows->MoveNext();
+    EXPECT_EQ(shown(fieldOf(rows, 0)), "Null");
+    EXPECT_EQ(shown(fieldOf(rows, 1)), "String corto");
+    EXPECT_EQ(fieldOf(rows, 2).as<Array>().bytes(), (std::vector<std::uint8_t>{5}));
+}
+
+TEST_F(ServerReading, DoesNotBelieveAnAnnouncedSize) {
+    run("CREATE TABLE t (a varchar, b int)");
+    run("INSERT INTO t VALUES (repeat('x', 5000), 1), ('', 2), (repeat('y', 255), 3)");
+    const auto rows = query("SELECT * FROM t ORDER BY b");
+    EXPECT_EQ(fieldOf(rows, 0).as<String>().size(), 5000U);
+    rows->MoveNext();
+    EXPECT_EQ(shown(fieldOf(rows, 0)), "String ");
+    rows->MoveNext();
+    EXPECT_EQ(fieldOf(rows, 0).as<String>().size(), 255U);
+    EXPECT_EQ(rows->Fields()->Item(0)->Type(), DataTypeEnum::adLongVarWChar);
+}
+
+TEST_F(ServerReading, KeepsDecimalsWhoseDigitsAreNotAnnounced) {
+    const auto rows = query(
+        "SELECT 1.5::numeric AS n UNION ALL SELECT 0.123456789 "
+        "UNION ALL SELECT NULL UNION ALL SELECT -300");
+    EXPECT_EQ(shown(fieldOf(rows, 0)), "Decimal 1,5");
+    rows->MoveNext();
+    EXPECT_EQ(shown(fieldOf(rows, 0)), "Decimal 0,123456789");
+    rows->MoveLast();
+    EXPECT_EQ(shown(fieldOf(rows, 0)), "Decimal -300");
+    EXPECT_EQ(raisedBy([&] { return query("SELECT 1234567890123456789012.5::numeric"); }),
+              errors::kMultipleStep);
+}
+
+TEST_F(ServerReading, DescribesItsColumns) {
+    run("CREATE TABLE t (a int PRIMARY KEY, b varchar(20), c numeric(10,2), d timestamp, e bytea,"
+        " f char(5), g text, h bool, i money, j real)");
+    EXPECT_EQ(described("SELECT a FROM t"), "3 4 10 255");
+    EXPECT_EQ(described("SELECT b FROM t"), "202 20 255 255");
+    EXPECT_EQ(described("SELECT c FROM t"), "131 19 10 2");
+    EXPECT_EQ(described("SELECT e FROM t"), "205 2147483647 255 255");
+    EXPECT_EQ(described("SELECT f FROM t"), "130 5 255 255");
+    EXPECT_EQ(described("SELECT g FROM t"), "203 1073741823 255 255");
+    EXPECT_EQ(described("SELECT h FROM t"), "11 2 255 255");
+    EXPECT_EQ(described("SELECT i FROM t"), "6 8 19 255");
+    EXPECT_EQ(described("SELECT j FROM t"), "4 4 7 255");
+    EXPECT_EQ(field("SELECT d FROM t")->Type(), DataTypeEnum::adDBTimeStamp);
+}
+
+TEST_F(ServerReading, KnowsKeysAndWhatCannotBeWritten) {
+    run("CREATE TABLE t (a int PRIMARY KEY, b int GENERATED ALWAYS AS IDENTITY, c int)");
+    const auto attributes = [&](const std::string& text) {
+        return live(text, CursorLocationEnum::adUseServer)->Fields()->Item(0)->Attributes();
+    };
+    constexpr auto kUpdatable =
+        static_cast<std::int32_t>(FieldAttributeEnum::adFldUnknownUpdatable) |
+        static_cast<std::int32_t>(FieldAttributeEnum::adFldUpdatable);
+    EXPECT_NE(attributes("SELECT c FROM t") & kUpdatable, 0);
+    EXPECT_EQ(attributes("SELECT b FROM t") & kUpdatable, 0);
+    EXPECT_EQ(attributes("SELECT c + 1 FROM t") & kUpdatable, 0);
+    EXPECT_EQ(attributes("SELECT DISTINCT c FROM t") & kUpdatable, 0);
+    EXPECT_EQ(attributes("SELECT c FROM t GROUP BY c") & kUpdatable, 0);
+}
+
+TEST_F(ServerReading, TakesEveryResultOfAScript) {
+    run("CREATE TABLE t (a int)");
+    Variant written;
+    auto rows = connection_->Execute(
+        u"INSERT INTO t VALUES (1), (2); SELECT a FROM t ORDER BY a; DELETE FROM t WHERE a = 2;"
+        u"SELECT count(*) FROM t",
+        written);
+    EXPECT_EQ(shown(written), "Long 3");
+    EXPECT_EQ(shown(fieldOf(rows, 0)), "Long 1");
+    rows = rows->NextRecordset();
+    rows = rows->NextRecordset();
+    EXPECT_EQ(shown(fieldOf(rows, 0)), "Decimal 1");
+}
+
+TEST_F(ServerReading, AStatementThatTouchesNoRowIsNoError) {
+    run("CREATE TABLE t (a int)");
+    Variant written;
+    connection_->Execute(u"UPDATE t SET a = 1 WHERE a = 99", written);
+    EXPECT_EQ(shown(written), "Long 0");
+}
+
+TEST_F(ServerReading, ReadsOneResultWhileAnotherIsOpen) {
+    run("CREATE TABLE t AS SELECT generate_series(1, 20000) AS a");
+    const auto first = query("SELECT a FROM t ORDER BY a");
+    const auto second = query("SELECT max(a) FROM t");
+    EXPECT_EQ(shown(fieldOf(second, 0)), "Long 20000");
+    EXPECT_EQ(first->RecordCount(), 20000);
+    first->MoveLast();
+    EXPECT_EQ(shown(fieldOf(first, 0)), "Long 20000");
+}
+
+TEST_F(ServerReading, FetchesFromTheServersCursorWhereTheDriverIsToldTo) {
+    const auto connection = database_->open(";UseDeclareFetch=1;Fetch=100");
+    auto rows = make<Recordset>();
+    rows->setCursorLocation(CursorLocationEnum::adUseClient);
+    rows->Open(u"SELECT generate_series(1, 20000) AS a", Variant(connection));
+    EXPECT_EQ(rows->RecordCount(), 20000);
+}
+
+TEST_F(ServerReading, InformationsAreKeptApartFromErrors) {
+    connection_->Execute(u"DO $$ BEGIN RAISE NOTICE 'ciao %', 1; END $$");
+    ASSERT_EQ(connection_->Errors()->Count(), 1);
+    EXPECT_EQ(connection_->Errors()->Item(0)->Number(), 0);
+    EXPECT_EQ(connection_->Errors()->Item(0)->Description(), String(u"NOTICE: ciao 1"));
+}
+
+TEST_F(ServerReading, OpensATableByItsName) {
+    run("CREATE TABLE clienti (codice int); INSERT INTO clienti VALUES (12)");
+    auto rows = make<Recordset>();
+    rows->Open(u"Clienti", Variant(connection_), CursorTypeEnum::adOpenStatic,
+               LockTypeEnum::adLockReadOnly,
+               static_cast<std::int32_t>(CommandTypeEnum::adCmdTable));
+    EXPECT_EQ(shown(fieldOf(rows, u"Codice")), "Long 12");
+}
+
+TEST_F(ServerReading, PassesParametersOfEveryType) {
+    auto command = make<Command>();
+    command->setActiveConnection(Variant(connection_));
+    command->setCommandText(
+        u"SELECT ?::int + 1, ?::varchar, ?::numeric, ?::timestamp, ?::boolean, ?::int");
+    const auto add = [&](DataTypeEnum type, const Variant& value) {
+        const auto parameter =
+            command->CreateParameter(u"", type, ParameterDirectionEnum::adParamInput, 50, value);
+        parameter->setPrecision(18);
+        parameter->setNumericScale(2);
+        command->Parameters()->Append(parameter);
+    };
+    add(DataTypeEnum::adInteger, 41);
+    add(DataTypeEnum::adVarWChar, u"Perché");
+    add(DataTypeEnum::adNumeric, 12.25);
+    add(DataTypeEnum::adDBTimeStamp, Date{37986.5});
+    add(DataTypeEnum::adBoolean, true);
+    add(DataTypeEnum::adInteger, Variant::null());
+    const auto rows = command->Execute();
+    EXPECT_EQ(shown(fieldOf(rows, 0)), "Long 42");
+    EXPECT_EQ(shown(fieldOf(rows, 1)), "String Perché");
+    EXPECT_EQ(shown(fieldOf(rows, 2)), "Decimal 12,25");
+    EXPECT_EQ(shown(fieldOf(rows, 3)), "Date 31/12/2003 12:00:00");
+    EXPECT_EQ(shown(fieldOf(rows, 4)), "Boolean Vero");
+    EXPECT_EQ(shown(fieldOf(rows, 5)), "Null");
+}
+
+}  // namespace
+}  // namespace kap::ado
