@@ -27,13 +27,16 @@ String textOf(const ConnectionString& keys) {
 
 }  // namespace
 
-std::unique_ptr<Session> LateBoundDriver::open(const ConnectionString& keys) const {
+std::unique_ptr<Session> LateBoundDriver::open(const ConnectionString& keys,
+                                               std::chrono::seconds timeout) const {
     const Ref<Object> connection = make_();
     if (!connection) {
         throw AutomationError(errors::kProviderNotFound,
                               u"The data-access objects of the system are not installed.",
                               u"ADODB");
     }
+    late::let(Variant(connection), u"ConnectionTimeout",
+              static_cast<std::int32_t>(timeout.count()));
     late::call(Variant(connection), u"Open", {textOf(keys)});
     return std::make_unique<LateBoundSession>(connection);
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <functional>
 
 #include <kaputil/frame/object.hpp>
@@ -15,7 +16,8 @@ public:
     explicit LateBoundDriver(std::function<Ref<Object>()> make) : make_(std::move(make)) {}
 
     // Raises 3706 when there is no connection object, and what opening it raises.
-    [[nodiscard]] std::unique_ptr<Session> open(const ConnectionString& keys) const override;
+    [[nodiscard]] std::unique_ptr<Session> open(const ConnectionString& keys,
+                                                std::chrono::seconds timeout) const override;
 
 private:
     std::function<Ref<Object>()> make_;
