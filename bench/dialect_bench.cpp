@@ -97,7 +97,7 @@ private:
 
 // One text of many statements, each with values of its own, in one transaction.
 std::string insertScript(const char* fraction) {
-    std::string script = "BEGIN TRANSACTION\n";
+    std::string script = "BEGIN TRANSACTION;\n";
     for (int i = 0; i < kInserts; ++i) {
         const std::string n = std::to_string(i);
         script +=

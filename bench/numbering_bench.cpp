@@ -14,6 +14,7 @@
 #include <kaputil/frame/convert.hpp>
 #include <kaputil/numbering/document_numbers.hpp>
 
+#include "ado/embedded/collation.hpp"
 #include "bench/job.hpp"
 
 namespace {
@@ -71,6 +72,7 @@ private:
             throw std::runtime_error("the sample company cannot be opened bare");
         }
         bare_.reset(handle);
+        kap::ado::embedded::registerCollation(bare_.get());  // the columns name it
         run("PRAGMA synchronous = FULL");
     }
     ~Company() {

@@ -335,8 +335,8 @@ KAP_BENCH_PAIR("recordset: open and read every value, 1,000,000 x 10", readRecor
                2.0);
 KAP_BENCH_PAIR("recordset: every value by the field's number, 1,000,000 x 10", readByNumber,
                readBareRows, 1.3);
-KAP_BENCH_PAIR("recordset: every value by the field's name, 1,000,000 x 10", readByName, readBareRows,
-               1.6);
+KAP_BENCH_PAIR("recordset: every value by the field's name, 1,000,000 x 10", readByName,
+               readBareRows, 1.6);
 KAP_BENCH_VALUES("recordset: memory of a row of 10 columns", "bytes", recordsetMemory, 1.2);
 KAP_BENCH_PAIR("DB_Read: one record of 100 columns", readRecord, readBareRecord, 10.0);
 

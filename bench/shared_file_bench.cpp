@@ -17,6 +17,7 @@
 #include <kaputil/frame/error.hpp>
 #include <kaputil/numbering/document_numbers.hpp>
 
+#include "ado/embedded/collation.hpp"
 #include "bench/job.hpp"
 #include "bench/processes.hpp"
 
@@ -89,6 +90,7 @@ public:
         database_.reset(handle);
         if (result != SQLITE_OK) throw std::runtime_error("the file cannot be opened bare");
         sqlite3_busy_timeout(handle, kBusyMillis);
+        kap::ado::embedded::registerCollation(handle);  // the columns name it
         run("PRAGMA synchronous = FULL");
     }
     void run(const char* sql) {

@@ -8,6 +8,7 @@
 #include "ado/embedded/script/kept_tables.hpp"
 #include "ado/embedded/script/message_text.hpp"
 #include "ado/embedded/script/script_runner.hpp"
+#include "ado/embedded/script/simple_conditions.hpp"
 #include "ado/embedded/script/time_limit.hpp"
 #include "ado/embedded/stored_value.hpp"
 #include "ado/embedded/translate/table_builder.hpp"
@@ -164,6 +165,13 @@ std::string ScriptRunner::textOf(Frame& frame, Instruction& instruction, std::si
 }
 
 bool ScriptRunner::test(Frame& frame, Instruction& instruction) {
+    const SystemNumbers numbers{state_.error, state_.rowCount, transactions_.depth(),
+                                state_.fetchStatus};
+    if (const auto known = simpleCondition(*instruction.condition, frame, numbers)) {
+        state_.error = 0;
+        state_.rowCount = 0;
+        return *known;
+    }
     const Value value = statements_.value(part(instruction, 0), [&] {
         return translateCondition(*instruction.condition, frame.program.names());
     });

@@ -140,6 +140,9 @@ void StatementRunner::requireHealthy() const {
 // --- Reading
 
 Value StatementRunner::firstValue(Prepared& prepared) {
+    if (prepared.translation.constant) {
+        return *prepared.translation.constant;
+    }
     connection_.errorSlot().error.reset();
     prepareAll(prepared);
     PreparedStatement& statement = prepared.statements.back();

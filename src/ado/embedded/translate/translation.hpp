@@ -101,6 +101,7 @@ struct Translation {
     std::vector<int> variables;  ///< the slots of the variables that `sql` is bound to as ?slot+1
     std::vector<int> assigned;   ///< of an Assign: the slot that each column goes to
     std::optional<Capture> capture;
+    std::optional<Value> constant;  ///< of an Assign of one column: its value, known already
     bool readsSchema = false;  ///< the text holds what the schema was when it was made
     int line = 1;              ///< of the statement, within the script
 };

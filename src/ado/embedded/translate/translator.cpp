@@ -45,6 +45,7 @@ Translation ofValue(const Typed& value, const Binder& binder) {
     Translation result;
     result.kind = StatementKind::Assign;
     result.sql.push_back("SELECT " + value.sql);
+    result.constant = value.constant;
     result.columns.push_back(resultColumn({"", value}));
     result.variables = binder.usedVariables();
     result.readsSchema = binder.readsSchema();

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+
+#include "ado/embedded/script/session_state.hpp"
+#include "tsql/statements.hpp"
+
+namespace kap::ado::embedded {
+
+// The whole numbers that scripts ask for between their statements.
+struct SystemNumbers {
+    std::int64_t error = 0;
+    std::int64_t rowCount = 0;
+    std::int64_t transactions = 0;
+    std::int64_t fetchStatus = 0;
+};
+
+// Whether "@@error <> 0", "@i < 10" and their like hold: what most scripts test, after each
+// statement or in each turn of a loop, is not worth a query. Nothing for any other condition.
+[[nodiscard]] std::optional<bool> simpleCondition(const tsql::Expression& condition,
+                                                  const Frame& frame, const SystemNumbers& numbers);
+
+}  // namespace kap::ado::embedded
