@@ -102,8 +102,8 @@ struct Translation {
     std::vector<int> assigned;   ///< of an Assign: the slot that each column goes to
     std::optional<Capture> capture;
     std::optional<Value> constant;  ///< of an Assign of one column: its value, known already
-    bool readsSchema = false;  ///< the text holds what the schema was when it was made
-    int line = 1;              ///< of the statement, within the script
+    bool readsSchema = false;       ///< the text holds what the schema was when it was made
+    int line = 1;                   ///< of the statement, within the script
 };
 
 }  // namespace kap::ado::embedded
