@@ -20,7 +20,6 @@
 namespace {
 
 using kap::Ref;
-using kap::String;
 using kap::Variant;
 
 constexpr int kUsed = 1000;

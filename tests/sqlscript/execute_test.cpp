@@ -97,8 +97,8 @@ TEST(ScriptRun, TellsWhatTheConnectionHoldsOfItsFailures) {
     const auto sql = scriptOn(database.connection());
     sql->setSQLString(std::u16string(1, char16_t{0xD800}));  // half a character cannot be sent
     EXPECT_FALSE(sql->Execute());
-    EXPECT_EQ(shown(sql->Errore()->Numero()), "Integer 1");
-    EXPECT_EQ(messagesOf(sql), "");
+    EXPECT_EQ(shown(sql->Errore()->Numero()), "String 1");
+    EXPECT_EQ(messagesOf(sql), "String ");
 }
 
 TEST(ScriptRun, RaisesTheErrorOfAConnectionThatIsNotOpen) {

@@ -23,9 +23,11 @@ using ExportProgress = std::function<void(std::int64_t done, std::int64_t all)>;
 // length in code page 850; otherwise it is used as it stands. What such a section can say is told
 // in the text source's schema: formats, character sets, digits, date formats.
 //
-// Texts and dates stand at the left of their columns, numbers at the right. A value that is the
-// euro sign alone, and Null, are written as "EUR" cut to the column's width. Fields without a
-// column of their name are left out; columns without a field stay blank.
+// A time that is too long for its column, as one from ten o'clock on is in a schema of the query's
+// fields, is written to the minute. Texts and dates stand at the left of their columns, numbers at
+// the right. A value that is the euro sign alone, and Null, are written as "EUR" cut to the
+// column's width. Fields without a column of their name are left out; columns without a field stay
+// blank.
 //
 // False, with a message box, for a field of a type that cannot be described, and for a Schema.ini
 // that is to be used and is not there. Everything else raises: the errors of the file-system object

@@ -2,37 +2,17 @@
 #include <iterator>
 #include <utility>
 
+#include "ado/embedded/definition_tokens.hpp"
 #include "ado/embedded/functions/value.hpp"
 #include "ado/embedded/schema_catalogue.hpp"
 #include "ado/embedded/table_text.hpp"
-#include "tsql/lexer.hpp"
 #include "tsql/parser.hpp"
-#include "tsql/server_error.hpp"
-#include "tsql/text.hpp"
 
 // The constraints, keys and indexes of the file, as the texts of its tables tell them.
 namespace kap::ado::embedded {
 namespace {
 
 using tsql::Token;
-using tsql::TokenKind;
-
-bool isWord(const Token& token, std::string_view word) {
-    return token.kind == TokenKind::Word && tsql::equalsIgnoringCase(token.text, word);
-}
-
-// The names between the next brackets after a token.
-std::vector<std::string> bracketed(const std::vector<Token>& tokens, std::size_t from) {
-    std::vector<std::string> names;
-    while (from < tokens.size() && tokens[from].text != "(")
-        ++from;
-    for (++from; from < tokens.size() && tokens[from].text != ")"; ++from) {
-        if (tokens[from].kind == TokenKind::QuotedName || tokens[from].kind == TokenKind::Word) {
-            names.push_back(tokens[from].text);
-        }
-    }
-    return names;
-}
 
 // "ON DELETE SET NULL": the words of the action.
 std::string actionOf(const std::vector<Token>& tokens, std::string_view event) {
@@ -51,20 +31,20 @@ ConstraintInfo ofText(const std::string& table, const std::string& name, const s
     ConstraintInfo info;
     info.name = name;
     info.table = table;
-    const std::vector<Token> tokens = tsql::tokenize(text);
+    const std::vector<Token> tokens = tokensOf(text);
     for (std::size_t i = 2; i < tokens.size(); ++i) {
         if (isWord(tokens[i], "PRIMARY") || isWord(tokens[i], "UNIQUE")) {
             info.type = isWord(tokens[i], "PRIMARY") ? "PK" : "UQ";
-            info.columns = bracketed(tokens, i);
+            info.columns = bracketedNames(tokens, i);
             return info;
         }
         if (isWord(tokens[i], "FOREIGN")) {
             info.type = "F ";
-            info.columns = bracketed(tokens, i);
+            info.columns = bracketedNames(tokens, i);
             for (std::size_t at = i; at + 1 < tokens.size(); ++at) {
                 if (!isWord(tokens[at], "REFERENCES")) continue;
                 info.parent = tokens[at + 1].text;
-                info.parentColumns = bracketed(tokens, at + 1);
+                info.parentColumns = bracketedNames(tokens, at + 1);
                 break;
             }
             info.onDelete = actionOf(tokens, "DELETE");

@@ -10,17 +10,6 @@ namespace kap::ado::embedded {
 
 using tsql::ServerError;
 
-namespace {
-
-std::string nameList(const std::vector<std::string>& names) {
-    std::string list;
-    for (const std::string& name : names)
-        list += (list.empty() ? "" : ", ") + sqlName(name);
-    return list;
-}
-
-}  // namespace
-
 // The name of a constraint is given once in the file.
 void TableChanger::checkNames(const tsql::TableElements& added, int line) const {
     std::vector<std::string> names;

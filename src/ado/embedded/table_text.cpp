@@ -4,31 +4,12 @@
 #include <utility>
 
 #include "ado/embedded/catalogue.hpp"
-#include "tsql/lexer.hpp"
-#include "tsql/server_error.hpp"
-#include "tsql/text.hpp"
+#include "ado/embedded/definition_tokens.hpp"
 
 namespace kap::ado::embedded {
 namespace {
 
 using tsql::Token;
-using tsql::TokenKind;
-
-std::vector<Token> tokensOf(std::string_view sql) {
-    try {
-        return tsql::tokenize(sql);
-    } catch (const tsql::ServerError&) {
-        return {};  // a table of another program, in words that only SQLite knows
-    }
-}
-
-bool isSign(const Token& token, std::string_view sign) {
-    return token.kind == TokenKind::Operator && token.text == sign;
-}
-
-bool isWord(const Token& token, std::string_view word) {
-    return token.kind == TokenKind::Word && tsql::equalsIgnoringCase(token.text, word);
-}
 
 // Where a default stands among a column's tokens: from CONSTRAINT or DEFAULT to its last bracket.
 std::pair<std::size_t, std::size_t> defaultPlace(const std::vector<Token>& tokens) {

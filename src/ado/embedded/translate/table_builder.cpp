@@ -35,13 +35,6 @@ bool isPrimary(const std::string& name, const tsql::TableElements& elements) {
         });
 }
 
-std::string nameList(const std::vector<std::string>& names) {
-    std::string list;
-    for (const std::string& name : names)
-        list += (list.empty() ? "" : ", ") + sqlName(name);
-    return list;
-}
-
 const char* actionText(tsql::ReferenceAction action) {
     switch (action) {
         case tsql::ReferenceAction::None:
@@ -57,6 +50,13 @@ const char* actionText(tsql::ReferenceAction action) {
 }
 
 }  // namespace
+
+std::string nameList(const std::vector<std::string>& names) {
+    std::string list;
+    for (const std::string& name : names)
+        list += (list.empty() ? "" : ", ") + sqlName(name);
+    return list;
+}
 
 std::string indexName(const Table& table, const std::string& name) {
     return table.name + "." + name;

@@ -61,6 +61,9 @@ private:
     std::vector<std::string> takenNames_;
 };
 
+/// Names as SQLite's list of them.
+[[nodiscard]] std::string nameList(const std::vector<std::string>& names);
+
 /// The name that an index has in the file: on the server a name belongs to its table.
 [[nodiscard]] std::string indexName(const Table& table, const std::string& name);
 
