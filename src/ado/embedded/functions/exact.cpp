@@ -17,6 +17,22 @@ Wide magnitude(Wide value) {
     return value < 0 ? -value : value;
 }
 
+#ifdef __SIZEOF_INT128__
+bool addOverflows(Wide left, Wide right, Wide& result) {
+    return __builtin_add_overflow(left, right, &result);
+}
+bool multiplyOverflows(Wide left, Wide right, Wide& result) {
+    return __builtin_mul_overflow(left, right, &result);
+}
+#else
+bool addOverflows(Wide left, Wide right, Wide& result) {
+    return Wide::addOverflows(left, right, result);
+}
+bool multiplyOverflows(Wide left, Wide right, Wide& result) {
+    return Wide::multiplyOverflows(left, right, result);
+}
+#endif
+
 bool isDigit(char c) {
     return c >= '0' && c <= '9';
 }
@@ -50,7 +66,7 @@ std::optional<Wide> rescale(Wide value, int from, int to, Rounding rounding) {
 
 std::optional<Wide> multiply(Wide left, Wide right) {
     Wide result = 0;
-    if (__builtin_mul_overflow(left, right, &result)) return std::nullopt;
+    if (multiplyOverflows(left, right, result)) return std::nullopt;
     return result;
 }
 
@@ -73,8 +89,7 @@ std::optional<ScaledNumber> parseScaled(std::string_view text) {
         if (!isDigit(c)) return std::nullopt;
         digits = true;
         const auto shifted = multiply(result.value, 10);
-        if (!shifted || __builtin_add_overflow(*shifted, c - '0', &result.value))
-            return std::nullopt;
+        if (!shifted || addOverflows(*shifted, c - '0', result.value)) return std::nullopt;
         if (point) ++result.scale;
     }
     if (!digits) return std::nullopt;

@@ -5,10 +5,16 @@
 #include <string>
 #include <string_view>
 
+#include "ado/embedded/functions/wide_integer.hpp"
+
 /// Arithmetic on whole numbers that stand for decimals, with intermediate results of 128 bits.
 namespace kap::ado::embedded {
 
+#ifdef __SIZEOF_INT128__
 __extension__ using Wide = __int128;
+#else
+using Wide = WideInteger;
+#endif
 
 /// Powers above are not representable in a Wide.
 inline constexpr int kMaxPower = 38;
