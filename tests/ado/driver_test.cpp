@@ -23,14 +23,16 @@ TEST(Driver, TheProviderNameIgnoresCase) {
 
 TEST(Driver, AnUnknownProviderIsNamedTogetherWithWhatExists) {
     EXPECT_EQ(refusalOf("Provider=Jet.4.0;Data Source=a.mdb"),
-              "Provider 'Jet.4.0' cannot be found. The provider of this library is KapLocal (a "
-              "database in one file).");
+              "Provider 'Jet.4.0' cannot be found. There are KapLocal (a database in one "
+              "file) and the providers of database servers: SQLOLEDB, MSOLEDBSQL, SQLNCLI, "
+              "MSDASQL.");
 }
 
 TEST(Driver, AConnectionStringWithoutProviderSaysHowToBegin) {
     EXPECT_EQ(refusalOf("Data Source=a.db"),
               "The connection string names no provider. Begin it with Provider=KapLocal;Data "
-              "Source=<file>.");
+              "Source=<file>, or for a database server with Provider=SQLOLEDB;Data "
+              "Source=<server>, Driver={<ODBC driver>} or DSN=<name>.");
 }
 
 TEST(Driver, TheFirstMessageIsWhatIsRaised) {

@@ -169,6 +169,22 @@ TEST_F(ServerReading, ReadsOneResultWhileAnotherIsOpen) {
     EXPECT_EQ(shown(fieldOf(first, 0)), "Long 20000");
 }
 
+TEST_F(ServerReading, ReadsTheFirstResultToItsEndWhereOnlyOneCanBeOpen) {
+    run("CREATE TABLE t AS SELECT generate_series(1, 20000) AS a; ALTER TABLE t ADD PRIMARY KEY "
+        "(a)");
+    connection_->Close();
+    connection_ = database_->open(";MARS Connection=False");
+    const auto first = live("SELECT a FROM t ORDER BY a");
+    EXPECT_NE(first->Fields()->Item(0)->Attributes() &
+                  static_cast<std::int32_t>(FieldAttributeEnum::adFldKeyColumn),
+              0);
+    EXPECT_EQ(value("SELECT max(a) FROM t"), "Long 20000");
+    first->Update(u"a", 0);
+    EXPECT_EQ(first->RecordCount(), 20000);
+    first->MoveLast();
+    EXPECT_EQ(shown(fieldOf(first, 0)), "Long 20000");
+}
+
 TEST_F(ServerReading, FetchesFromTheServersCursorWhereTheDriverIsToldTo) {
     const auto connection = database_->open(";UseDeclareFetch=1;Fetch=100");
     auto rows = make<Recordset>();

@@ -7,8 +7,14 @@
 namespace kap::ado::odbc {
 namespace {
 
+// Most results are small: the first block is, too.
+constexpr std::size_t kFirstBlockBytes = 16 * 1024;
 constexpr std::size_t kBlockBytes = 512 * 1024;
 constexpr std::size_t kMostRows = 4096;
+
+std::size_t rowsIn(std::size_t bytes, std::size_t rowBytes) {
+    return std::clamp<std::size_t>(bytes / std::max<std::size_t>(rowBytes, 1), 2, kMostRows);
+}
 
 SQLUSMALLINT numberOfColumn(std::size_t column) {
     return static_cast<SQLUSMALLINT>(column + 1);
@@ -28,12 +34,9 @@ BlockReader::BlockReader(Link& link, const Handle& statement,
     const auto endless = std::ranges::find_if(columns, &ColumnInfo::isLong);
     bound_ =
         pieces ? columns.size() : static_cast<std::size_t>(std::distance(columns.begin(), endless));
-    blockRows_ = bound_ < columns.size()
-                     ? 1
-                     : std::clamp<std::size_t>(kBlockBytes / std::max<std::size_t>(rowBytes, 1), 1,
-                                               kMostRows);
-    states_.resize(blockRows_);
-    bindAll(columns);
+    const bool rowByRow = bound_ < columns.size();
+    fullRows_ = rowByRow ? 1 : rowsIn(kBlockBytes, rowBytes);
+    bind(rowByRow ? 1 : rowsIn(kFirstBlockBytes, rowBytes));
 }
 
 // The statement outlives the buffers that it knows.
@@ -43,14 +46,16 @@ BlockReader::~BlockReader() {
     SQLSetStmtAttrW(statement_.get(), SQL_ATTR_ROW_STATUS_PTR, nullptr, 0);
 }
 
-void BlockReader::bindAll(const std::vector<ColumnInfo>& columns) {
+void BlockReader::bind(std::size_t rows) {
     SQLHSTMT statement = statement_.get();
-    link_.check(SQLSetStmtAttrW(statement, SQL_ATTR_ROW_ARRAY_SIZE, asPointer(blockRows_), 0),
+    blockRows_ = rows;
+    states_.resize(rows);
+    link_.check(SQLSetStmtAttrW(statement, SQL_ATTR_ROW_ARRAY_SIZE, asPointer(rows), 0),
                 statement_);
     link_.check(SQLSetStmtAttrW(statement, SQL_ATTR_ROWS_FETCHED_PTR, &fetched_, 0), statement_);
     link_.check(SQLSetStmtAttrW(statement, SQL_ATTR_ROW_STATUS_PTR, states_.data(), 0), statement_);
-    for (std::size_t i = 0; i < columns.size(); ++i) {
-        cells_[i].allocate(blockRows_);
+    for (std::size_t i = 0; i < cells_.size(); ++i) {
+        cells_[i].allocate(rows);
         if (i < bound_) {
             link_.check(cells_[i].bind(statement, numberOfColumn(i)), statement_);
         }
@@ -60,6 +65,9 @@ void BlockReader::bindAll(const std::vector<ColumnInfo>& columns) {
 bool BlockReader::readBlock(std::vector<ColumnInfo>& columns, std::vector<ColumnStore>& rows) {
     if (atEnd_) {
         return false;
+    }
+    if (fetched_ == blockRows_ && blockRows_ < fullRows_) {
+        bind(fullRows_);
     }
     fetched_ = 0;
     const SQLRETURN code = SQLFetch(statement_.get());

@@ -29,7 +29,7 @@ public:
     [[nodiscard]] bool atEnd() const noexcept { return atEnd_; }
 
 private:
-    void bindAll(const std::vector<ColumnInfo>& columns);
+    void bind(std::size_t rows);
     void checkRows();
     void takeColumn(std::size_t column, ColumnInfo& info, ColumnStore& store);
     void takePieces(std::size_t row, std::size_t column, ColumnInfo& info, ColumnStore& store);
@@ -38,7 +38,8 @@ private:
     const Handle& statement_;
     std::vector<CellBuffer> cells_;
     std::size_t bound_ = 0;  // the columns in the block; those behind are read in pieces
-    std::size_t blockRows_ = 1;
+    std::size_t blockRows_ = 0;
+    std::size_t fullRows_ = 0;  // of every block but the first
     std::vector<SQLUSMALLINT> states_;
     SQLULEN fetched_ = 0;
     bool atEnd_ = false;

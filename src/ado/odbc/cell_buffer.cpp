@@ -91,17 +91,17 @@ void CellBuffer::allocate(std::size_t rows) {
     // Cells of every form stand where their type wants them.
     constexpr std::size_t kAlignment = 8;
     cellBytes_ = (cellBytes_ + kAlignment - 1) / kAlignment * kAlignment;
-    cells_.resize(rows * cellBytes_);
+    cells_ = std::make_unique_for_overwrite<char[]>(rows * cellBytes_);
     lengths_.resize(rows);
 }
 
 SQLRETURN CellBuffer::bind(SQLHSTMT statement, SQLUSMALLINT number) {
-    return SQLBindCol(statement, number, form_, cells_.data(), static_cast<SQLLEN>(cellBytes_),
+    return SQLBindCol(statement, number, form_, cells_.get(), static_cast<SQLLEN>(cellBytes_),
                       lengths_.data());
 }
 
 SQLRETURN CellBuffer::get(SQLHSTMT statement, SQLUSMALLINT number) {
-    return SQLGetData(statement, number, form_, cells_.data(), static_cast<SQLLEN>(cellBytes_),
+    return SQLGetData(statement, number, form_, cells_.get(), static_cast<SQLLEN>(cellBytes_),
                       lengths_.data());
 }
 

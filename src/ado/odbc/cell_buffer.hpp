@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -46,7 +47,7 @@ public:
 private:
     template <class Value>
     [[nodiscard]] const Value& valueAt(std::size_t row) const {
-        return *reinterpret_cast<const Value*>(cells_.data() + row * cellBytes_);
+        return *reinterpret_cast<const Value*>(cells_.get() + row * cellBytes_);
     }
     [[nodiscard]] std::size_t lengthAt(std::size_t row) const {
         return static_cast<std::size_t>(lengths_[row]);
@@ -59,7 +60,7 @@ private:
     std::size_t cellBytes_ = 0;
     std::size_t terminator_ = 0;  // bytes of a cell's place that stay behind its text
     bool open_ = false;
-    std::vector<char> cells_;
+    std::unique_ptr<char[]> cells_;
     std::vector<SQLLEN> lengths_;
     std::string utf8_;  // made anew for each text, kept for its memory
 };

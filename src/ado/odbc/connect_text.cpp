@@ -24,7 +24,7 @@ constexpr const char* kVersionKey = "TDS_Version";
 constexpr const char* kVersion = "7.4";
 constexpr const char* kAnyProvider = "MSDASQL";
 
-enum class Use : std::uint8_t { Server, Translate, Timeout, Drop, Extended };
+enum class Use : std::uint8_t { Server, Translate, Timeout, Results, Drop, Extended };
 
 struct KeyUse {
     std::string_view key;
@@ -55,6 +55,8 @@ constexpr auto kKeys = std::to_array<KeyUse>({
     {"Connect Timeout", Use::Timeout},
     {"Connection Timeout", Use::Timeout},
     {"Timeout", Use::Timeout},
+    {"MARS Connection", Use::Results},
+    {"MultipleActiveResultSets", Use::Results},
     {"Extended Properties", Use::Extended},
     {"Persist Security Info", Use::Drop},
     {"Auto Translate", Use::Drop},
@@ -173,6 +175,9 @@ public:
             case Use::Translate:
                 put(std::string(use->odbc), odbcValue(pair.value));
                 break;
+            case Use::Results:
+                put("MARS_Connection", isTrue(pair.value) ? "Yes" : "No");
+                break;
             case Use::Extended:
                 for (const auto& inner : ConnectionString::parse(pair.value).pairs()) {
                     add(inner);
@@ -238,7 +243,8 @@ bool isOfOdbc(const ConnectionString& keys) {
 
 bool isDroppedFromOdbc(const ConnectionString::Pair& pair) {
     const KeyUse* use = useOf(pair.key);
-    return use != nullptr && (use->use == Use::Drop || use->use == Use::Timeout);
+    return use != nullptr &&
+           (use->use == Use::Drop || use->use == Use::Timeout || use->use == Use::Results);
 }
 
 // The keys as they were given; those of the data-access objects are not the driver's.
@@ -320,6 +326,9 @@ ConnectText connectTextOf(const ConnectionString& keys, const std::vector<std::s
         const KeyUse* use = useOf(pair.key);
         if (use != nullptr && use->use == Use::Timeout) {
             made.timeout = timeoutOf(pair);
+        }
+        if (use != nullptr && use->use == Use::Results) {
+            made.oneResult = !isTrue(pair.value);
         }
     }
     return made;

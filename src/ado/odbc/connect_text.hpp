@@ -14,6 +14,7 @@ struct ConnectText {
     std::string text;                 // UTF-8
     std::chrono::seconds timeout{0};  // 0: no limit
     std::string password;             // to keep it out of messages; empty: none
+    bool oneResult = false;           // no more than one result is to be open at a time
 };
 
 // Whether a provider's name is one of those that stand for database servers.

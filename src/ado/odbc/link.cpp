@@ -52,6 +52,7 @@ Link::Link(const ConnectText& text) : connection_(SQL_HANDLE_DBC, environment())
     }
     connected_ = true;
     abilities_ = Abilities::of(connection_.get());
+    abilities_.concurrent = abilities_.concurrent && !text.oneResult;
 }
 
 Link::~Link() {

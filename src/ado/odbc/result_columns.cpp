@@ -165,8 +165,12 @@ void ResultColumns::takeFromQuery(const QueryAnalysis& query, std::vector<Column
 }
 
 const TableFacts* ResultColumns::factsOf(const TableName& table, std::chrono::seconds timeout) {
-    return link_.abilities().concurrent ? &catalogue_.facts(table, timeout)
-                                        : catalogue_.known(table);
+    if (link_.abilities().concurrent) {
+        return &catalogue_.facts(table, timeout);
+    }
+    // The query may have left out what the driver tells.
+    const TableFacts* known = catalogue_.known(table);
+    return known != nullptr ? known : catalogue_.known({{}, {}, table.name});
 }
 
 void ResultColumns::takeFromCatalogue(std::vector<ColumnInfo>& columns,

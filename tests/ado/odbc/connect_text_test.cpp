@@ -87,6 +87,15 @@ TEST(ConnectText, TakesTheTimeoutFromTheKeysOrTheProperty) {
     EXPECT_THROW(made("DSN=A;Connect Timeout=-1"), AutomationError);
 }
 
+TEST(ConnectText, SaysWhetherResultsMayBeOpenAtATime) {
+    EXPECT_EQ(textOf("Provider=SQLNCLI;Server=s;MARS Connection=True"),
+              "Driver={FreeTDS};TDS_Version=7.4;Server=s;MARS_Connection=Yes;");
+    EXPECT_FALSE(made("Provider=SQLNCLI;Server=s;MARS Connection=True").oneResult);
+    EXPECT_TRUE(made("DSN=A;MultipleActiveResultSets=False").oneResult);
+    EXPECT_EQ(textOf("DSN=A;MultipleActiveResultSets=False"), "DSN=A;");
+    EXPECT_FALSE(made("DSN=A").oneResult);
+}
+
 TEST(ConnectText, KnowsThePasswordToHideIt) {
     EXPECT_EQ(made("DSN=A;PWD=geheim").password, "geheim");
     EXPECT_EQ(made("Provider=SQLOLEDB;Data Source=s;Password=geheim").password, "geheim");
