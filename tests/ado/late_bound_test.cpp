@@ -172,34 +172,44 @@ TEST_F(LateBound, SeveralAnswersComeOneAfterTheOther) {
     EXPECT_EQ(2, answers[1]->Fields()->Count());
 }
 
-// Keeps the string it is opened with.
+// Keeps the string it is opened with, and how long opening may take.
 class OpenedBy final : public Object {
 public:
-    explicit OpenedBy(String& text) : text_(text) {}
+    OpenedBy(String& text, std::int32_t& timeout) : text_(text), timeout_(timeout) {}
     [[nodiscard]] String className() const override { return u"OpenedBy"; }
-    [[nodiscard]] std::optional<std::int32_t> memberId(
-        std::u16string_view /*name*/) const override {
-        return 1;
+    [[nodiscard]] std::optional<std::int32_t> memberId(std::u16string_view name) const override {
+        return name == u"Open" ? kOpen : kTimeout;
     }
     using Object::invoke;
-    Variant invoke(std::int32_t /*member*/, InvokeKind /*kind*/,
-                   const Arguments& arguments) override {
-        text_ = arguments.positional[0].as<String>();
+    Variant invoke(std::int32_t member, InvokeKind /*kind*/, const Arguments& arguments) override {
+        if (member == kOpen) {
+            text_ = arguments.positional[0].as<String>();
+        } else {
+            timeout_ = arguments.positional[0].as<std::int32_t>();
+        }
         return {};
     }
 
 private:
+    static constexpr std::int32_t kOpen = 1;
+    static constexpr std::int32_t kTimeout = 2;
+
     String& text_;
+    std::int32_t& timeout_;
 };
 
 TEST(LateBoundDriver, OpensStringsThatNoOtherDriverAnswersFor) {
     String text;
-    const late_bound::LateBoundDriver driver([&] { return Ref<Object>(make<OpenedBy>(text)); });
+    std::int32_t timeout = 0;
+    const late_bound::LateBoundDriver driver(
+        [&] { return Ref<Object>(make<OpenedBy>(text, timeout)); });
     setDriverForOthers(&driver);
     const auto connection = make<Connection>();
-    connection->Open(u"Provider=SQLOLEDB;Data Source=srv\\a;Password='x\"y'");
+    connection->setConnectionTimeout(7);
+    connection->Open(u"Provider=Altro;Data Source=srv\\a;Password='x\"y'");
     setDriverForOthers(nullptr);
-    EXPECT_EQ(u"Provider=\"SQLOLEDB\";Data Source=\"srv\\a\";Password=\"x\"\"y\"", text.view());
+    EXPECT_EQ(u"Provider=\"Altro\";Data Source=\"srv\\a\";Password=\"x\"\"y\"", text.view());
+    EXPECT_EQ(7, timeout);
 }
 
 TEST(QueryTable, IsTheOneThatAQueryReads) {

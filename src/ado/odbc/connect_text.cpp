@@ -178,11 +178,13 @@ public:
             case Use::Results:
                 put("MARS_Connection", isTrue(pair.value) ? "Yes" : "No");
                 break;
-            case Use::Extended:
-                for (const auto& inner : ConnectionString::parse(pair.value).pairs()) {
+            case Use::Extended: {
+                const ConnectionString extended = ConnectionString::parse(pair.value);
+                for (const auto& inner : extended.pairs()) {
                     add(inner);
                 }
                 break;
+            }
             case Use::Timeout:
             case Use::Drop:
                 break;
