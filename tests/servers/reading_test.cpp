@@ -54,6 +54,24 @@ TEST_F(ServerReading, ReadsEveryTypeExactly) {
     EXPECT_EQ(value("SELECT NULL::int"), "Null");
 }
 
+TEST_F(ServerReading, ReadsManyRowsOfEveryWidth) {
+    const auto rows = query(
+        "SELECT n, n % 2 = 0 AS pari, DATE '2004-01-01' + n AS giorno, TIME '10:00:00' + n * "
+        "INTERVAL '1 minute' AS ora, n::smallint AS breve, (n / 4.0)::real AS peso, "
+        "md5(n::text)::uuid AS chiave FROM generate_series(0, 299) AS n ORDER BY n");
+    for (int n = 0; n < 300; ++n, rows->MoveNext()) {
+        ASSERT_FALSE(rows->Eof());
+        EXPECT_EQ(fieldOf(rows, u"n").as<std::int32_t>(), n);
+        EXPECT_EQ(fieldOf(rows, u"pari").as<bool>(), n % 2 == 0) << n;
+        EXPECT_EQ(fieldOf(rows, u"giorno").as<Date>().days, 37987 + n);
+        EXPECT_NEAR(fieldOf(rows, u"ora").as<Date>().days * 1440, 600 + n, 1e-6);
+        EXPECT_EQ(fieldOf(rows, u"breve").as<std::int16_t>(), n);
+        EXPECT_EQ(fieldOf(rows, u"peso").as<float>(), static_cast<float>(n) / 4);
+        EXPECT_EQ(fieldOf(rows, u"chiave").as<String>().size(), 38U);
+    }
+    EXPECT_TRUE(rows->Eof());
+}
+
 TEST_F(ServerReading, ReadsTextsOfEveryLanguage) {
     EXPECT_EQ(value("SELECT 'Perché costa 5 € — 東京 \xF0\x9F\x94\xA9'::varchar(60)"),
               "String Perché costa 5 € — 東京 \xF0\x9F\x94\xA9");

@@ -88,9 +88,12 @@ CellBuffer::CellBuffer(const ColumnInfo& column) {
 }
 
 void CellBuffer::allocate(std::size_t rows) {
-    // Cells of every form stand where their type wants them.
+    // Texts stand where their characters want them; cells of one size stand one behind the other,
+    // because drivers do not look at the length of the buffer then.
     constexpr std::size_t kAlignment = 8;
-    cellBytes_ = (cellBytes_ + kAlignment - 1) / kAlignment * kAlignment;
+    if (open_) {
+        cellBytes_ = (cellBytes_ + kAlignment - 1) / kAlignment * kAlignment;
+    }
     cells_ = std::make_unique_for_overwrite<char[]>(rows * cellBytes_);
     lengths_.resize(rows);
 }
