@@ -1,5 +1,6 @@
 #include "ado/embedded/lock_wait.hpp"
 
+#include <algorithm>
 #include <thread>
 
 #include "ado/embedded/sqlite.hpp"
@@ -7,8 +8,19 @@
 namespace kap::ado::embedded {
 namespace {
 
-constexpr int kShortestMilliseconds = 1;
-constexpr int kLongestMilliseconds = 15;
+using std::chrono::microseconds;
+
+constexpr microseconds kLongestSleep{15'000};
+constexpr microseconds kShortestSleep{500};
+// After so long a wait the sleeps begin to shorten.
+constexpr microseconds kPatience{20'000};
+
+microseconds longestSleep(microseconds waited) {
+    if (waited <= kPatience) {
+        return kLongestSleep;
+    }
+    return std::max(kShortestSleep, kLongestSleep * kPatience.count() / waited.count());
+}
 
 }  // namespace
 
@@ -30,8 +42,10 @@ bool LockWait::sleep(int attempt) {
     if (now - start_ >= limit_) {
         return false;
     }
-    std::uniform_int_distribution<int> milliseconds(kShortestMilliseconds, kLongestMilliseconds);
-    std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds(random_)));
+    const auto longest =
+        longestSleep(std::chrono::duration_cast<std::chrono::microseconds>(now - start_));
+    std::uniform_int_distribution<microseconds::rep> sleep(kShortestSleep.count(), longest.count());
+    std::this_thread::sleep_for(microseconds(sleep(random_)));
     return true;
 }
 

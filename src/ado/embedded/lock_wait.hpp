@@ -10,7 +10,8 @@ namespace kap::ado::embedded {
 // Waits for a locked file in short sleeps of random length, up to a limit.
 //
 // SQLite's own handler backs off to long sleeps, and with several busy processes one of them then
-// waits for seconds while the others take turns. Short random sleeps keep the turns fair.
+// waits for seconds while the others take turns. Short random sleeps keep the turns fair, and who
+// has waited longer looks more often.
 class LockWait {
 public:
     explicit LockWait(std::chrono::seconds limit) : first_(limit), limit_(limit) {}
