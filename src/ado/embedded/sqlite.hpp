@@ -68,6 +68,8 @@ public:
     // The cell as it lies in the row, without conversion.
     [[nodiscard]] CellValue cell(int column) const;
 
+    // Whether somebody is in the middle of its rows.
+    [[nodiscard]] bool isRunning() const noexcept { return sqlite3_stmt_busy(handle()) != 0; }
     // Whether SQLite has had to prepare the text anew since the last call, because the schema or
     // the connection's functions changed.
     [[nodiscard]] bool preparedAnew() noexcept {

@@ -27,7 +27,9 @@ Transactions::Transactions(Database& database, Counters& counters, SchemaCatalog
       catalogue_(catalogue),
       beginImmediate_(database.handle(), "BEGIN IMMEDIATE", StatementLife::Kept),
       commit_(database.handle(), "COMMIT", StatementLife::Kept),
-      beginDeferred_(database.handle(), "BEGIN", StatementLife::Kept) {}
+      beginDeferred_(database.handle(), "BEGIN", StatementLife::Kept),
+      protect_(database.handle(), "SAVEPOINT kap_statement", StatementLife::Kept),
+      release_(database.handle(), "RELEASE kap_statement", StatementLife::Kept) {}
 
 Transactions::~Transactions() {
     if (database_.inTransaction()) {
@@ -158,7 +160,7 @@ Transactions::WriteScope::WriteScope(Transactions& transactions)
     if (own_) {
         transactions_.open();
     } else {
-        transactions_.database_.run("SAVEPOINT kap_statement");
+        transactions_.protect_.run();
     }
 }
 
@@ -178,7 +180,7 @@ void Transactions::WriteScope::keep() {
         ended_ = true;  // a commit that fails has been rolled back
         transactions_.close();
     } else {
-        transactions_.database_.run("RELEASE kap_statement");
+        transactions_.release_.run();
         ended_ = true;
     }
 }

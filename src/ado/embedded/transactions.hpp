@@ -89,6 +89,8 @@ private:
     PreparedStatement beginImmediate_;
     PreparedStatement commit_;
     PreparedStatement beginDeferred_;
+    PreparedStatement protect_;
+    PreparedStatement release_;
     int depth_ = 0;
     bool implicit_ = false;  // `depth_` is that of an ImplicitScope
     std::vector<std::string> savePoints_;

@@ -23,7 +23,7 @@ struct Prepared {
     std::uint64_t generation = 0;  // of the catalogue
     Translation translation;
     std::vector<ColumnInfo> columns;
-    std::vector<PreparedStatement> statements;
+    std::vector<std::shared_ptr<PreparedStatement>> statements;  // of the connection's pool
 };
 
 enum class Operation : std::uint8_t {

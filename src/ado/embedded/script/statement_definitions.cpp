@@ -31,7 +31,7 @@ void StatementRunner::define(Prepared& prepared, const tsql::Statement& statemen
     state_.rowCount = 0;
     if (made.fills) {
         PreparedStatement rows(connection_.handle(), made.sql.back());
-        bind(prepared, rows);
+        bind(made, rows);
         rows.run();
         state_.rowCount = connection_.database().changes();
         continueIdentity(made.created->table);

@@ -58,7 +58,8 @@ StatementRunner::StatementRunner(Connection& connection, SchemaCatalogue& catalo
       counters_(counters),
       transactions_(transactions),
       state_(state),
-      triggers_(triggers) {}
+      triggers_(triggers),
+      pool_(connection.handle()) {}
 
 void StatementRunner::run(Prepared& prepared, const tsql::Statement& statement,
                           std::vector<Result>& results) {
@@ -97,7 +98,7 @@ void StatementRunner::use(Prepared& prepared, Translation translation) {
 
 void StatementRunner::translate(Prepared& prepared, const tsql::Statement& statement,
                                 const Names& names) {
-    use(prepared, embedded::translate(statement, names));
+    use(prepared, embedded::translate(statement, names, Constants::Bound));
 }
 
 void StatementRunner::ensureCurrent(Prepared& prepared, const tsql::Statement& statement) {
@@ -108,23 +109,33 @@ void StatementRunner::ensureCurrent(Prepared& prepared, const tsql::Statement& s
 }
 
 void StatementRunner::prepareAll(Prepared& prepared) {
-    if (!prepared.statements.empty()) {
-        return;
-    }
-    for (const std::string& sql : prepared.translation.sql) {
-        prepared.statements.emplace_back(connection_.handle(), sql, StatementLife::Kept);
+    const std::vector<std::string>& sql = prepared.translation.sql;
+    prepared.statements.resize(sql.size());
+    for (std::size_t i = 0; i < sql.size(); ++i) {
+        auto& statement = prepared.statements[i];
+        if (statement == nullptr || statement->isRunning()) {
+            statement = pool_.get(sql[i]);
+        }
     }
 }
 
-void StatementRunner::bind(const Prepared& prepared, PreparedStatement& statement) const {
-    if (prepared.translation.variables.empty()) {
+// One text of several may hold fewer of the values than all together.
+void StatementRunner::bind(const Translation& made, PreparedStatement& statement) const {
+    const int count = sqlite3_bind_parameter_count(statement.handle());
+    if (count == 0) {
         return;
     }
-    const int count = sqlite3_bind_parameter_count(statement.handle());
-    for (const int slot : prepared.translation.variables) {
+    for (const int slot : made.variables) {
         if (slot < count) {
             bindValue(statement, slot + 1, state_.frame().values[static_cast<std::size_t>(slot)]);
         }
+    }
+    int slot = made.firstConstant;
+    for (const Value& constant : made.constants) {
+        if (slot >= count) {
+            return;
+        }
+        bindValue(statement, ++slot, constant);
     }
 }
 
@@ -145,8 +156,8 @@ Value StatementRunner::firstValue(Prepared& prepared) {
     }
     connection_.errorSlot().error.reset();
     prepareAll(prepared);
-    PreparedStatement& statement = prepared.statements.back();
-    bind(prepared, statement);
+    PreparedStatement& statement = *prepared.statements.back();
+    bind(prepared.translation, statement);
     const ResetGuard guard(statement);
     if (!statement.step()) {
         return std::monostate{};
@@ -194,8 +205,8 @@ bool StatementRunner::trySelect(Prepared& prepared, Result& result) {
 }
 
 bool StatementRunner::fill(Prepared& prepared, Result& result, SchemaCheck check) {
-    PreparedStatement& rows = prepared.statements.back();
-    bind(prepared, rows);
+    PreparedStatement& rows = *prepared.statements.back();
+    bind(prepared.translation, rows);
     const ResetGuard guard(rows);
     bool more = rows.step();
     if (rows.preparedAnew() && check == SchemaCheck::Needed) {
@@ -220,8 +231,8 @@ bool StatementRunner::fill(Prepared& prepared, Result& result, SchemaCheck check
 
 // Each row leaves its values in the variables, so the last one's stay.
 bool StatementRunner::assign(Prepared& prepared, SchemaCheck check) {
-    PreparedStatement& rows = prepared.statements.back();
-    bind(prepared, rows);
+    PreparedStatement& rows = *prepared.statements.back();
+    bind(prepared.translation, rows);
     const ResetGuard guard(rows);
     bool more = rows.step();
     if (rows.preparedAnew() && check == SchemaCheck::Needed) {
@@ -284,9 +295,9 @@ void StatementRunner::runAll(Prepared& prepared, const tsql::Statement& statemen
             updateInSteps(statement);
             return;
         }
-        for (PreparedStatement& each : prepared.statements) {
-            bind(prepared, each);
-            each.run();
+        for (const auto& each : prepared.statements) {
+            bind(prepared.translation, *each);
+            each->run();
         }
     };
     const auto explained = [&] {
@@ -362,7 +373,7 @@ void StatementRunner::writeCaught(Prepared& prepared, const tsql::Statement& sta
     const std::int64_t count = connection_.database().changes();
     noteIdentity(made.kind);
     if (!capture.outputSql.empty()) {
-        output(capture, results);
+        output(made, results);
     }
     state_.rowCount = count;
     if (firing) {
@@ -375,8 +386,10 @@ void StatementRunner::writeCaught(Prepared& prepared, const tsql::Statement& sta
     }
 }
 
-void StatementRunner::output(const Capture& capture, std::vector<Result>& results) {
+void StatementRunner::output(const Translation& made, std::vector<Result>& results) {
+    const Capture& capture = *made.capture;
     PreparedStatement rows(connection_.handle(), capture.outputSql);
+    bind(made, rows);
     if (capture.outputInto) {
         rows.run();
         return;

@@ -10,6 +10,7 @@
 #include "ado/embedded/connection.hpp"
 #include "ado/embedded/schema_catalogue.hpp"
 #include "ado/embedded/script/session_state.hpp"
+#include "ado/embedded/statement_pool.hpp"
 #include "ado/embedded/transactions.hpp"
 
 namespace kap::ado::embedded {
@@ -83,7 +84,7 @@ private:
     void use(Prepared& prepared, Translation translation);
     void ensureCurrent(Prepared& prepared, const tsql::Statement& statement);
     void prepareAll(Prepared& prepared);
-    void bind(const Prepared& prepared, PreparedStatement& statement) const;
+    void bind(const Translation& made, PreparedStatement& statement) const;
     [[nodiscard]] Value firstValue(Prepared& prepared);
     void requireHealthy() const;
 
@@ -98,7 +99,7 @@ private:
                      std::vector<Result>& results);
     void runAll(Prepared& prepared, const tsql::Statement& statement);
     void updateInSteps(const tsql::Statement& statement);
-    void output(const Capture& capture, std::vector<Result>& results);
+    void output(const Translation& made, std::vector<Result>& results);
     void noteIdentity(StatementKind kind);
     void addCount(std::vector<Result>& results);
 
@@ -127,6 +128,7 @@ private:
     Transactions& transactions_;
     SessionState& state_;
     TriggerHost& triggers_;
+    StatementPool pool_;
     std::map<std::string, std::string> captured_;  // by table: the columns that are caught
 };
 

@@ -46,7 +46,7 @@ void StatementRunner::updateInSteps(const tsql::Statement& statement) {
                                       state_.frame().program.names()));
     DeferredRules rules(connection_.database());
     PreparedStatement first(connection_.handle(), steps.translation.sql.front());
-    bind(steps, first);
+    bind(steps.translation, first);
     first.run();
     const Restored caught(state_.capturing);
     if (!state_.capturing.empty()) {

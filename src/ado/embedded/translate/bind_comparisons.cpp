@@ -63,18 +63,22 @@ int neededScale(const Typed& value) {
     return scale;
 }
 
-std::string atScale(const Typed& value, int scale) {
+Typed atScale(const Typed& value, int scale) {
     const int own = storedScale(value.type);
-    if (own == scale) return value.sql;
+    if (own == scale) return value;
     if (value.constant) {
         const std::int64_t constant = std::get<std::int64_t>(*value.constant);
         const auto scaled = rescale(constant, own, scale, Rounding::HalfAway);
-        if (const auto result = scaled ? narrow(*scaled) : std::nullopt) return sqlLiteral(*result);
+        if (const auto result = scaled ? narrow(*scaled) : std::nullopt) {
+            return Typed::literal(*result, value.type);
+        }
         // Beyond every stored number; a double says so, and SQLite compares the two exactly.
-        return sqlLiteral(static_cast<double>(constant) *
-                          static_cast<double>(powerOfTen(scale - own)));
+        return Typed::literal(
+            static_cast<double>(constant) * static_cast<double>(powerOfTen(scale - own)),
+            value.type);
     }
-    return callText("kap_widen", value.sql, tsql::integerText(scale - own));
+    return Typed::expression(callText("kap_widen", value.sql, tsql::integerText(scale - own)),
+                             value.type, value.nullable);
 }
 
 // Stored whole numbers compare natively once they stand for the same fractions.
@@ -82,11 +86,8 @@ void alignScales(std::vector<Typed>& values) {
     int scale = 0;
     for (const Typed& value : values)
         scale = std::max(scale, neededScale(value));
-    for (Typed& value : values) {
-        const bool same = storedScale(value.type) == scale;
-        const std::string sql = atScale(value, scale);
-        if (!same) value = Typed::expression(sql, value.type, value.nullable);
-    }
+    for (Typed& value : values)
+        value = atScale(value, scale);
 }
 
 }  // namespace
@@ -123,8 +124,10 @@ std::string Binder::compared(ComparisonOperator op, const Typed& left, const Typ
     const std::vector<Typed> sides = comparable({left, right}, text.name, line);
     // SQLite takes the collation of either column; when neither side is one it has to be told.
     const bool told = sides[0].plainColumn || sides[1].plainColumn;
-    return "(" + (told ? sides[0].sql : collated(sides[0])) + " " + text.sql + " " + sides[1].sql +
-           ")";
+    const bool constants = sides[0].constant && sides[1].constant;
+    const std::string first = constants ? sides[0].sql : operand(sides[0]);
+    const std::string second = constants ? sides[1].sql : operand(sides[1]);
+    return "(" + (told ? first : collated(sides[0], first)) + " " + text.sql + " " + second + ")";
 }
 
 }  // namespace kap::ado::embedded

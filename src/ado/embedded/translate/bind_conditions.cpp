@@ -62,8 +62,11 @@ std::string Binder::test(const tsql::BetweenPredicate& node, int line, Scope& sc
     const std::vector<Typed> values =
         comparable({value(*node.value, scope), value(*node.low, scope), value(*node.high, scope)},
                    "between", line);
-    return "(" + collated(values[0]) + notIf(node.negated) + " BETWEEN " + collated(values[1]) +
-           " AND " + collated(values[2]) + ")";
+    const auto limit = [&](const Typed& value) {
+        return collated(value, values[0].constant ? value.sql : operand(value));
+    };
+    return "(" + collated(values[0]) + notIf(node.negated) + " BETWEEN " + limit(values[1]) +
+           " AND " + limit(values[2]) + ")";
 }
 
 // Whether some row satisfies ("> ANY"), or all do ("> ALL"); unknown when only rows that cannot be
@@ -128,11 +131,11 @@ std::string Binder::inQuery(const tsql::InPredicate& node, int line, Scope& scop
 std::string Binder::test(const tsql::LikePredicate& node, int line, Scope& scope) {
     const auto text = [&](const tsql::Expression& expression) {
         const Typed bound = value(expression, scope);
-        if (tsql::isText(bound.type.type)) return bound.sql;
-        return castTo(bound, textTypeOf(bound.type), 0, line).sql;
+        if (tsql::isText(bound.type.type)) return bound;
+        return castTo(bound, textTypeOf(bound.type), 0, line);
     };
-    std::string call = "kap_like(" + text(*node.value) + ", " + text(*node.pattern);
-    if (node.escape) call += ", " + text(*node.escape);
+    std::string call = "kap_like(" + text(*node.value).sql + ", " + operand(text(*node.pattern));
+    if (node.escape) call += ", " + text(*node.escape).sql;
     call += ")";
     return node.negated ? "(NOT " + call + ")" : call;
 }

@@ -330,7 +330,7 @@ Typed Binder::castTo(const Typed& value, const TypeSpec& type, int style, int li
 std::string Binder::stored(const Typed& value, const TypeSpec& type, int line) const {
     if (value.nullLiteral) return "NULL";
     checkImplicit(value, type, line);
-    if (value.constant) return folded(value, type, Overlength::Refuse, 0, line).sql;
+    if (value.constant) return storedConstant(folded(value, type, Overlength::Refuse, 0, line));
     if (!needsConversion(value.type, type)) return value.sql;
     return callText("kap_store", value.sql, typeArgument(value.type), typeArgument(type));
 }

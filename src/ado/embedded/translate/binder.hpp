@@ -9,6 +9,7 @@
 #include "ado/embedded/functions/convert.hpp"
 #include "ado/embedded/translate/names.hpp"
 #include "ado/embedded/translate/scope.hpp"
+#include "ado/embedded/translate/translation.hpp"
 #include "ado/embedded/translate/typed.hpp"
 #include "tsql/server_error.hpp"
 #include "tsql/statements.hpp"
@@ -43,21 +44,23 @@ struct BoundSource {
 
 /// Gives names their columns, expressions their types, and writes both as SQLite text.
 ///
-/// One class, one room (source file) for each part of the language: bind_expressions.cpp,
-/// bind_operators.cpp, bind_comparisons.cpp, bind_conditions.cpp, bind_functions.cpp and its
-/// tables, bind_windows.cpp, bind_system_values.cpp, bind_queries.cpp, bind_unions.cpp,
-/// bind_selects.cpp, bind_order.cpp, bind_sources.cpp, bind_common_tables.cpp. All throw
-/// tsql::ServerError with a line.
+/// One class, one room (source file) for each part of the language: bind_constants.cpp,
+/// bind_expressions.cpp, bind_operators.cpp, bind_comparisons.cpp, bind_conditions.cpp,
+/// bind_functions.cpp and its tables, bind_windows.cpp, bind_system_values.cpp, bind_queries.cpp,
+/// bind_unions.cpp, bind_selects.cpp, bind_order.cpp, bind_sources.cpp, bind_common_tables.cpp. All
+/// throw tsql::ServerError with a line.
 class Binder {
 public:
-    explicit Binder(const Names& names) : names_(names) {}
+    explicit Binder(const Names& names, Constants constants = Constants::InText)
+        : names_(names), constantsStand_(constants) {}
 
     [[nodiscard]] const Names& names() const { return names_; }
     [[nodiscard]] const Catalogue& catalogue() const { return names_.catalogue(); }
     /// The slots of the variables that stand in what was bound.
     [[nodiscard]] const std::vector<int>& usedVariables() const { return usedVariables_; }
-    /// Whether what was bound tells of the schema, which another connection may change.
-    [[nodiscard]] bool readsSchema() const { return readsSchema_; }
+    /// Tells a statement what it is to be run with: variables, constants, and whether it holds what
+    /// the schema says, which another connection may change.
+    void finish(Translation& translation) const;
     void noteSchema() const { readsSchema_ = true; }
     /// Whether a subquery or a stored function was bound, which may read the table being written.
     [[nodiscard]] bool readsOtherRows() const { return readsOtherRows_; }
@@ -121,6 +124,12 @@ public:
 
 private:
     struct BoundSelect;
+
+    // bind_constants.cpp
+    [[nodiscard]] std::string operand(const Typed& value) const;
+    [[nodiscard]] std::string storedConstant(const Typed& value) const;
+    [[nodiscard]] bool bindsToo(const Typed& value) const;
+    [[nodiscard]] std::string parameter(std::size_t constant) const;
 
     // bind_expressions.cpp
     [[nodiscard]] Typed literal(const tsql::Literal& literal, int line) const;
@@ -254,6 +263,8 @@ private:
     int maxRecursion_ = 100;
     std::vector<const View*> openViews_;  // being read, to refuse one that reads itself
     std::vector<int> usedVariables_;
+    Constants constantsStand_;
+    mutable std::vector<Value> constants_;
     mutable bool readsSchema_ = false;
     bool variablesPerRow_ = false;
     bool readsOtherRows_ = false;

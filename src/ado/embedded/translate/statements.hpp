@@ -10,13 +10,13 @@
 namespace kap::ado::embedded {
 
 [[nodiscard]] Translation translateSelect(const tsql::SelectStatement& statement,
-                                          const Names& names);
+                                          const Names& names, Constants constants);
 [[nodiscard]] Translation translateInsert(const tsql::InsertStatement& statement, int line,
-                                          const Names& names);
+                                          const Names& names, Constants constants);
 [[nodiscard]] Translation translateUpdate(const tsql::UpdateStatement& statement,
-                                          const Names& names);
+                                          const Names& names, Constants constants);
 [[nodiscard]] Translation translateDelete(const tsql::DeleteStatement& statement,
-                                          const Names& names);
+                                          const Names& names, Constants constants);
 [[nodiscard]] Translation translateTruncate(const tsql::TruncateStatement& statement,
                                             const Names& names);
 [[nodiscard]] Translation translateCreate(const tsql::CreateTableStatement& statement, int line,

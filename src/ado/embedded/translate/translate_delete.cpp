@@ -21,8 +21,9 @@ std::string plainDelete(const tsql::DeleteStatement& statement, const Table& tab
 
 }  // namespace
 
-Translation translateDelete(const tsql::DeleteStatement& statement, const Names& names) {
-    Binder binder(names);
+Translation translateDelete(const tsql::DeleteStatement& statement, const Names& names,
+                            Constants constants) {
+    Binder binder(names, constants);
     Translation result;
     result.kind = StatementKind::Delete;
     result.writes = true;
@@ -46,8 +47,7 @@ Translation translateDelete(const tsql::DeleteStatement& statement, const Names&
     result.table = table->name;
     result.temporary = table->temporary;
     result.capture = captureFor(*table, tsql::kOnDelete, statement.output, binder);
-    result.variables = binder.usedVariables();
-    result.readsSchema = binder.readsSchema();
+    binder.finish(result);
     return result;
 }
 

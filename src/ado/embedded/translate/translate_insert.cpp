@@ -109,10 +109,11 @@ void checkSelectCount(std::size_t given, std::size_t wanted, bool listed, int li
 // The parts of the statement that its rows share.
 class InsertWriter {
 public:
-    InsertWriter(const InsertStatement& statement, int line, const Names& names)
+    InsertWriter(const InsertStatement& statement, int line, const Names& names,
+                 Constants constants)
         : statement_(statement),
           line_(line),
-          binder_(names),
+          binder_(names, constants),
           table_(requireTable(statement.table, names)) {}
 
     Translation write() {
@@ -132,8 +133,7 @@ public:
         result.sql.push_back(with + "INSERT INTO " + tableSql(table_.name, table_.temporary) +
                              columnList() + source);
         result.capture = captureFor(table_, tsql::kOnInsert, statement_.output, binder_);
-        result.variables = binder_.usedVariables();
-        result.readsSchema = binder_.readsSchema();
+        binder_.finish(result);
         return result;
     }
 
@@ -265,8 +265,9 @@ private:
 
 }  // namespace
 
-Translation translateInsert(const InsertStatement& statement, int line, const Names& names) {
-    return InsertWriter(statement, line, names).write();
+Translation translateInsert(const InsertStatement& statement, int line, const Names& names,
+                            Constants constants) {
+    return InsertWriter(statement, line, names, constants).write();
 }
 
 }  // namespace kap::ado::embedded

@@ -73,21 +73,21 @@ Translation assignment(const tsql::Query& query, const std::vector<int>& slots,
     }
     result.sql.push_back("SELECT " + items + " FROM (" + bound.sql + ")");
     result.assigned = slots;
-    result.variables = accumulates ? std::vector<int>() : binder.usedVariables();
-    result.readsSchema = binder.readsSchema();
+    (accumulates ? perRow : binder).finish(result);
     return result;
 }
 
 }  // namespace
 
-Translation translateSelect(const tsql::SelectStatement& statement, const Names& names) {
+Translation translateSelect(const tsql::SelectStatement& statement, const Names& names,
+                            Constants constants) {
     const tsql::Query& query = *statement.query;
     if (const tsql::Select* select = onlySelect(query)) {
         if (select->into) return translateSelectInto(query, *select->into, names);
         const std::vector<int> slots = assignedSlots(*select, names, query.line);
         if (!slots.empty()) return assignment(query, slots, names);
     }
-    Binder binder(names);
+    Binder binder(names, constants);
     BoundQuery bound = binder.query(query, nullptr, QueryPlace::Whole);
     for (const OutputColumn& column : bound.columns) {
         if (!column.value.newIdentity) continue;
@@ -101,8 +101,7 @@ Translation translateSelect(const tsql::SelectStatement& statement, const Names&
     result.sql.push_back(std::move(bound.sql));
     for (const OutputColumn& column : bound.columns)
         result.columns.push_back(resultColumn(column));
-    result.variables = binder.usedVariables();
-    result.readsSchema = binder.readsSchema();
+    binder.finish(result);
     return result;
 }
 
@@ -144,7 +143,7 @@ Translation translateSelectInto(const tsql::Query& query, const tsql::ObjectName
     result.fills = true;
     result.sql.push_back("INSERT INTO " + tableSql(table.name, table.temporary) + " (" + columns +
                          ") SELECT " + values + " FROM (" + rows.sql + ")");
-    result.variables = binder.usedVariables();
+    binder.finish(result);
     return result;
 }
 

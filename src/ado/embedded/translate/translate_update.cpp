@@ -199,12 +199,13 @@ Translation translateUpdateInSteps(const UpdateStatement& statement, const Names
     result.sql = {with + updateFrom(rows, assignments), "UPDATE temp." + caught + " SET " + values,
                   "UPDATE " + tableSql(table.name, table.temporary) + " SET " + values + " WHERE " +
                       callText("kap_packed", sqlName(assignments.front().column->name))};
-    result.variables = binder.usedVariables();
+    binder.finish(result);
     return result;
 }
 
-Translation translateUpdate(const UpdateStatement& statement, const Names& names) {
-    Binder binder(names);
+Translation translateUpdate(const UpdateStatement& statement, const Names& names,
+                            Constants constants) {
+    Binder binder(names, constants);
     const bool accumulates =
         std::any_of(statement.assignments.begin(), statement.assignments.end(),
                     [](const Assignment& each) { return !each.variable.empty(); });
@@ -229,8 +230,7 @@ Translation translateUpdate(const UpdateStatement& statement, const Names& names
     result.table = table->name;
     result.temporary = table->temporary;
     result.capture = captureFor(*table, tsql::kOnUpdate, statement.output, binder);
-    result.variables = binder.usedVariables();
-    result.readsSchema = binder.readsSchema();
+    binder.finish(result);
     return result;
 }
 

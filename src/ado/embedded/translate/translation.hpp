@@ -33,6 +33,13 @@ enum class StatementKind {
     }
 }
 
+/// Where the constants of a statement stand.
+enum class Constants : std::uint8_t {
+    InText,  ///< in its text, which is complete
+    Bound,   ///< those that rows are found by and filled with are bound to it, so that statements
+             ///< that differ in nothing else share one text
+};
+
 /// What a result says about one of its columns.
 struct ResultColumn {
     std::string name;  ///< empty for an expression without alias
@@ -96,10 +103,12 @@ struct Translation {
     std::optional<TableDefinition> created;
     std::vector<DroppedTable> dropped;
     std::vector<DroppedIndex> dropsIndexes;
-    bool fills = false;          ///< `created` is filled by the last of `sql`
-    bool optional = false;       ///< IF EXISTS: what is dropped may be missing
-    std::vector<int> variables;  ///< the slots of the variables that `sql` is bound to as ?slot+1
-    std::vector<int> assigned;   ///< of an Assign: the slot that each column goes to
+    bool fills = false;            ///< `created` is filled by the last of `sql`
+    bool optional = false;         ///< IF EXISTS: what is dropped may be missing
+    std::vector<int> variables;    ///< the slots of the variables that `sql` is bound to as ?slot+1
+    std::vector<Value> constants;  ///< bound to `sql` behind all variables
+    int firstConstant = 0;         ///< the slot of the first of them
+    std::vector<int> assigned;     ///< of an Assign: the slot that each column goes to
     std::optional<Capture> capture;
     std::optional<Value> constant;  ///< of an Assign of one column: its value, known already
     bool readsSchema = false;       ///< the text holds what the schema was when it was made

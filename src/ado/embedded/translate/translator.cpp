@@ -10,18 +10,19 @@ namespace {
 struct Dispatch {
     const Names& names;
     int line;
+    Constants constants;
 
     Translation operator()(const tsql::SelectStatement& statement) const {
-        return translateSelect(statement, names);
+        return translateSelect(statement, names, constants);
     }
     Translation operator()(const tsql::InsertStatement& statement) const {
-        return translateInsert(statement, line, names);
+        return translateInsert(statement, line, names, constants);
     }
     Translation operator()(const tsql::UpdateStatement& statement) const {
-        return translateUpdate(statement, names);
+        return translateUpdate(statement, names, constants);
     }
     Translation operator()(const tsql::DeleteStatement& statement) const {
-        return translateDelete(statement, names);
+        return translateDelete(statement, names, constants);
     }
     Translation operator()(const tsql::TruncateStatement& statement) const {
         return translateTruncate(statement, names);
@@ -47,8 +48,7 @@ Translation ofValue(const Typed& value, const Binder& binder) {
     result.sql.push_back("SELECT " + value.sql);
     result.constant = value.constant;
     result.columns.push_back(resultColumn({"", value}));
-    result.variables = binder.usedVariables();
-    result.readsSchema = binder.readsSchema();
+    binder.finish(result);
     return result;
 }
 
@@ -89,10 +89,10 @@ bool isTranslated(const tsql::Statement& statement) {
            std::holds_alternative<tsql::CreateIndexStatement>(statement.node);
 }
 
-Translation translate(const tsql::Statement& statement, const Names& names) {
+Translation translate(const tsql::Statement& statement, const Names& names, Constants constants) {
     Translation result;
     try {
-        result = std::visit(Dispatch{names, statement.line}, statement.node);
+        result = std::visit(Dispatch{names, statement.line, constants}, statement.node);
     } catch (const tsql::ServerError& error) {
         throw error.at(statement.line);
     }

@@ -14,7 +14,8 @@ namespace kap::ado::embedded {
 /// `names` tells the tables and the variables. Throws tsql::ServerError with the server's number
 /// and text and the statement's line: 208 for an unknown table, 207 for an unknown column, 245 and
 /// 8115 for constants that do not fit...
-[[nodiscard]] Translation translate(const tsql::Statement& statement, const Names& names);
+[[nodiscard]] Translation translate(const tsql::Statement& statement, const Names& names,
+                                    Constants constants = Constants::InText);
 
 /// An UPDATE that looks at keys only when all rows have their new values: the first text packs the
 /// new values into the rows (kap_pack), the second unpacks them in the rows that a capture holds,

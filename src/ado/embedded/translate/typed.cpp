@@ -34,9 +34,13 @@ Typed Typed::null() {
     return result;
 }
 
-std::string collated(const Typed& expression) {
+std::string collated(const Typed& expression, const std::string& text) {
     const bool applies = tsql::isText(expression.type.type) && !expression.plainColumn;
-    return applies ? expression.sql + " COLLATE KAP_CI" : expression.sql;
+    return applies ? text + " COLLATE KAP_CI" : text;
+}
+
+std::string collated(const Typed& expression) {
+    return collated(expression, expression.sql);
 }
 
 std::string numberedName(std::size_t index) {

@@ -63,6 +63,8 @@ struct Typed {
 /// The text of an expression with the collation of texts, where SQLite would not apply it by
 /// itself.
 [[nodiscard]] std::string collated(const Typed& expression);
+/// The same for an expression whose value stands in another text: a constant that is bound.
+[[nodiscard]] std::string collated(const Typed& expression, const std::string& text);
 
 /// The quoted name of a query's column by its place from 0: "c1", "c2"...
 [[nodiscard]] std::string numberedName(std::size_t index);
