@@ -126,7 +126,7 @@ UpdateStatement Parser::updateStatement() {
         refuseKeyword("CURRENT", "WHERE CURRENT OF");
         result.where = condition();
     }
-    if (acceptKeyword("OPTION")) queryHints();
+    if (acceptKeyword("OPTION")) result.maxRecursion = queryHints();
     return result;
 }
 
@@ -142,7 +142,7 @@ DeleteStatement Parser::deleteStatement() {
         refuseKeyword("CURRENT", "WHERE CURRENT OF");
         result.where = condition();
     }
-    if (acceptKeyword("OPTION")) queryHints();
+    if (acceptKeyword("OPTION")) result.maxRecursion = queryHints();
     return result;
 }
 

@@ -112,7 +112,7 @@ void Parser::rowLimits(Query& query) {
 // How the server is to go about a query is its own business here, too; how deep it may recurse is
 // not.
 int Parser::queryHints() {
-    int maxRecursion = Query().maxRecursion;
+    int maxRecursion = kMaxRecursion;
     expectOperator("(");
     do {
         if (peek().kind != TokenKind::Word) unexpected();

@@ -77,6 +77,7 @@ struct UpdateStatement {
     std::optional<OutputClause> output;
     std::vector<TableSourcePtr> from;
     ExpressionPtr where;
+    int maxRecursion = kMaxRecursion;  ///< of OPTION (MAXRECURSION n); 0 is no limit
 };
 
 struct DeleteStatement {
@@ -86,6 +87,7 @@ struct DeleteStatement {
     std::optional<OutputClause> output;
     std::vector<TableSourcePtr> from;
     ExpressionPtr where;
+    int maxRecursion = kMaxRecursion;  ///< of OPTION (MAXRECURSION n); 0 is no limit
 };
 
 struct TruncateStatement {

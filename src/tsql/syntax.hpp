@@ -263,15 +263,18 @@ struct CommonTable {
     QueryPtr query;
 };
 
+/// How often a common table may read itself when the statement does not say so.
+inline constexpr int kMaxRecursion = 100;
+
 /// Terms joined from left to right, then ordered. INTERSECT, which binds tighter, has been put into
 /// a term of its own by the parser.
 struct Query {
     std::vector<CommonTable> commonTables;
     std::vector<QueryTerm> terms;
     std::vector<OrderItem> orderBy;
-    ExpressionPtr offset;    ///< of OFFSET n ROWS; null when not given
-    ExpressionPtr fetch;     ///< of FETCH NEXT n ROWS ONLY; null when not given
-    int maxRecursion = 100;  ///< of OPTION (MAXRECURSION n); 0 is no limit
+    ExpressionPtr offset;              ///< of OFFSET n ROWS; null when not given
+    ExpressionPtr fetch;               ///< of FETCH NEXT n ROWS ONLY; null when not given
+    int maxRecursion = kMaxRecursion;  ///< of OPTION (MAXRECURSION n); 0 is no limit
     int line = 1;
     int depth = 1;
 };

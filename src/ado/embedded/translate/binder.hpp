@@ -260,7 +260,7 @@ private:
     const Names& names_;
     std::vector<CommonName> commonNames_;
     CommonTarget commonTarget_;
-    int maxRecursion_ = 100;
+    int maxRecursion_ = tsql::kMaxRecursion;
     std::vector<const View*> openViews_;  // being read, to refuse one that reads itself
     std::vector<int> usedVariables_;
     Constants constantsStand_;

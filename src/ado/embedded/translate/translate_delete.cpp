@@ -27,6 +27,7 @@ Translation translateDelete(const tsql::DeleteStatement& statement, const Names&
     Translation result;
     result.kind = StatementKind::Delete;
     result.writes = true;
+    binder.limitRecursion(statement.maxRecursion);
     const std::string with = binder.commonTables(statement.commonTables, nullptr, &statement.table);
     const Table* table = nullptr;
     const bool whole = statement.from.empty() && !statement.top && names.settings().rowLimit == 0 &&

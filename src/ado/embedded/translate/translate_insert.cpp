@@ -123,6 +123,7 @@ public:
         if (mayGive) requireIdentity(listed);
         checkAssignable(columns_, table_, mayGive, line_);
         givesIdentity_ = mayGive;
+        if (statement_.query) binder_.limitRecursion(statement_.query->maxRecursion);
         const std::string with = binder_.commonTables(statement_.commonTables, nullptr);
         const std::string source = statement_.query ? queryText(listed) : rowsText(listed);
         Translation result;

@@ -181,6 +181,7 @@ std::string unpacked(const std::vector<BoundAssignment>& assignments) {
 
 Translation translateUpdateInSteps(const UpdateStatement& statement, const Names& names) {
     Binder binder(names);
+    binder.limitRecursion(statement.maxRecursion);
     const std::string with = binder.commonTables(statement.commonTables, nullptr, &statement.table);
     Scope scope;
     const TargetRows rows =
@@ -213,6 +214,7 @@ Translation translateUpdate(const UpdateStatement& statement, const Names& names
     Translation result;
     result.kind = StatementKind::Update;
     result.writes = true;
+    binder.limitRecursion(statement.maxRecursion);
     const std::string with = binder.commonTables(statement.commonTables, nullptr, &statement.table);
     const Table* table = findTable(statement.table, names);
     std::optional<std::string> plain;
