@@ -32,8 +32,15 @@ std::int32_t linesIn(std::u16string_view text) {
     return static_cast<std::int32_t>(std::ranges::count(text, u'\n'));
 }
 
+// A statement that fills the screen would push its own error out of sight.
 void printIndented(std::string_view text) {
-    while (!text.empty()) {
+    constexpr int kMostLines = 20;
+    for (int shown = 0; !text.empty(); ++shown) {
+        if (shown == kMostLines) {
+            const auto left = std::count(text.begin(), text.end(), '\n') + (text.back() != '\n');
+            std::cerr << "    ... (" << left << " more lines)\n";
+            return;
+        }
         const std::string_view line = text.substr(0, text.find('\n'));
         std::cerr << "    " << shownText(line) << '\n';
         text.remove_prefix(std::min(line.size() + 1, text.size()));

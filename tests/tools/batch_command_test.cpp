@@ -114,6 +114,17 @@ TEST_F(BatchCommand, TellsOfTheStatementThatFailedAndChangesNothing) {
     EXPECT_EQ(balances(), "[[1,100],[2,50]]");
 }
 
+TEST_F(BatchCommand, ShowsTheBeginningOfALongStatementThatFailed) {
+    std::string statement = "INSERT INTO Conti VALUES (2, 7)\n";
+    for (int line = 2; line <= 50; ++line) {
+        statement += "-- riga " + std::to_string(line) + "\n";
+    }
+    const std::string err = batch(statement).err;
+    EXPECT_TRUE(err.find("    -- riga 20\n    ... (30 more lines)\nNothing was changed.\n") !=
+                std::string::npos)
+        << err;
+}
+
 TEST_F(BatchCommand, TellsProgramsOfTheStatementThatFailed) {
     const std::string err = batch(kRefused, {"--json"}).err;
     const std::string last = err.substr(err.rfind('\n', err.size() - 2) + 1);
