@@ -144,10 +144,6 @@ void Transactions::rollbackTo(const std::string& name) {
 }
 
 void Transactions::undoStatement() noexcept {
-    if (!database_.inTransaction()) {
-        discard();
-        return;
-    }
     sqlite3_exec(database_.handle(), "ROLLBACK TO kap_statement; RELEASE kap_statement", nullptr,
                  nullptr, nullptr);
     if (catalogue_.generation() != startGeneration_) {
@@ -155,12 +151,19 @@ void Transactions::undoStatement() noexcept {
     }
 }
 
-Transactions::WriteScope::WriteScope(Transactions& transactions)
+Transactions::WriteScope::WriteScope(Transactions& transactions, Writes writes)
     : transactions_(transactions), own_(!transactions.database_.inTransaction()) {
     if (own_) {
         transactions_.open();
-    } else {
+    } else if (writes == Writes::Several) {
+        expectSeveral();
+    }
+}
+
+void Transactions::WriteScope::expectSeveral() {
+    if (!own_ && !protected_) {
         transactions_.protect_.run();
+        protected_ = true;
     }
 }
 
@@ -168,9 +171,9 @@ Transactions::WriteScope::~WriteScope() {
     if (ended_) {
         return;
     }
-    if (own_) {
+    if (own_ || !transactions_.database_.inTransaction()) {
         transactions_.discard();
-    } else {
+    } else if (protected_) {
         transactions_.undoStatement();
     }
 }
@@ -180,7 +183,9 @@ void Transactions::WriteScope::keep() {
         ended_ = true;  // a commit that fails has been rolled back
         transactions_.close();
     } else {
-        transactions_.release_.run();
+        if (protected_) {
+            transactions_.release_.run();
+        }
         ended_ = true;
     }
 }

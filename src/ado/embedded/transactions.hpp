@@ -34,19 +34,26 @@ public:
     [[nodiscard]] bool hasSavePoint(const std::string& name) const;
     void rollbackTo(const std::string& name);
 
+    // Whether what is written within an open transaction is undone by a savepoint, or is one row,
+    // of which SQLite writes all or nothing by itself.
+    enum class Writes : std::uint8_t { Several, OneRow };
+
     // Keeps all of what is written in its scope or nothing, in a transaction of its own or within
     // the one that is open: keep() at the end, else it is undone.
     class WriteScope {
     public:
-        explicit WriteScope(Transactions& transactions);
+        explicit WriteScope(Transactions& transactions, Writes writes = Writes::Several);
         WriteScope(const WriteScope&) = delete;
         WriteScope& operator=(const WriteScope&) = delete;
         ~WriteScope();
+        // It is more than one row after all. To be called before anything is written.
+        void expectSeveral();
         void keep();
 
     private:
         Transactions& transactions_;
         bool own_;
+        bool protected_ = false;
         bool ended_ = false;
     };
 

@@ -255,12 +255,24 @@ bool StatementRunner::assign(Prepared& prepared, SchemaCheck check) {
 
 // --- Writing
 
+namespace {
+
+bool isOneRow(const tsql::Statement& statement) {
+    const auto* insert = std::get_if<tsql::InsertStatement>(&statement.node);
+    return insert != nullptr && insert->query == nullptr && insert->rows.size() <= 1;
+}
+
+}  // namespace
+
 void StatementRunner::write(Prepared& prepared, const tsql::Statement& statement,
                             std::vector<Result>& results) {
     requireHealthy();
-    Transactions::WriteScope scope(transactions_);
+    const bool oneRow = isOneRow(statement);
+    Transactions::WriteScope scope(
+        transactions_, oneRow ? Transactions::Writes::OneRow : Transactions::Writes::Several);
     ensureCurrent(prepared, statement);
     if (prepared.translation.capture) {
+        scope.expectSeveral();
         writeCaught(prepared, statement, results);
     } else {
         runAll(prepared, statement);
