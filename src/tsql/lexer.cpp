@@ -44,6 +44,8 @@ public:
         : sql_(sql), line_(firstLine), quotedNames_(quotedNames) {}
 
     std::vector<Token> run() {
+        constexpr std::size_t kUsualLength = 6;  // of a token and the blank behind it
+        tokens_.reserve(sql_.size() / kUsualLength + 2);
         while (skipBlanks(), position_ < sql_.size()) {
             const std::size_t start = position_;
             readToken();
@@ -140,19 +142,19 @@ private:
         const int startLine = line_;
         const std::size_t start = ++position_;
         std::string text;
-        for (; position_ < sql_.size(); ++position_) {
-            const char c = at(0);
-            if (c == close) {
-                if (at(1) != close) {
-                    ++position_;
-                    if (kind == TokenKind::QuotedName) checkNameLength(text, startLine);
-                    tokens_.push_back({kind, std::move(text), startLine});
-                    return;
-                }
+        for (std::size_t mark = 0; (mark = sql_.find(close, position_)) != std::string_view::npos;
+             position_ = mark + 2) {
+            const std::string_view part = sql_.substr(position_, mark - position_);
+            line_ += static_cast<int>(std::count(part.begin(), part.end(), '\n'));
+            text += part;
+            position_ = mark;
+            if (at(1) != close) {
                 ++position_;
+                if (kind == TokenKind::QuotedName) checkNameLength(text, startLine);
+                tokens_.push_back({kind, std::move(text), startLine});
+                return;
             }
-            if (c == '\n') ++line_;
-            text += c;
+            text += close;
         }
         throw ServerError(105,
                           "Unclosed quotation mark after the character string '" +

@@ -39,26 +39,6 @@ Parser::Level::Level(Parser& parser) : parser_(parser) {
     ++parser_.nesting_;
 }
 
-const Token& Parser::peek(std::size_t ahead) const {
-    return tokens_[std::min(position_ + ahead, tokens_.size() - 1)];
-}
-
-const Token& Parser::next() {
-    const Token& token = peek();
-    if (position_ + 1 < tokens_.size()) ++position_;
-    return token;
-}
-
-bool Parser::atKeyword(std::string_view word, std::size_t ahead) const {
-    const Token& token = peek(ahead);
-    return token.kind == TokenKind::Word && equalsIgnoringCase(token.text, word);
-}
-
-bool Parser::atOperator(std::string_view symbol, std::size_t ahead) const {
-    const Token& token = peek(ahead);
-    return token.kind == TokenKind::Operator && token.text == symbol;
-}
-
 bool Parser::acceptKeyword(std::string_view word) {
     if (!atKeyword(word)) return false;
     next();

@@ -9,7 +9,9 @@
 namespace kap::tsql {
 
 Script Parser::script() {
+    constexpr std::size_t kUsualTokens = 12;  // of a statement
     Script result;
+    result.reserve(tokens_.size() / kUsualTokens + 1);
     while (acceptOperator(";")) {
     }
     // The first statement of a batch may be a procedure's name alone.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -7,6 +8,7 @@
 
 #include "tsql/parser.hpp"
 #include "tsql/statements.hpp"
+#include "tsql/text.hpp"
 #include "tsql/token.hpp"
 
 namespace kap::tsql {
@@ -43,12 +45,25 @@ private:
         Parser& parser_;
     };
 
-    // Tokens.
-    [[nodiscard]] const Token& peek(std::size_t ahead = 0) const;
-    const Token& next();
+    // Tokens. Every rule asks these of every token, so they stand here for the compiler to join.
+    [[nodiscard]] const Token& peek(std::size_t ahead = 0) const {
+        return tokens_[std::min(position_ + ahead, tokens_.size() - 1)];
+    }
+    const Token& next() {
+        const Token& token = tokens_[position_];
+        if (position_ + 1 < tokens_.size()) ++position_;
+        return token;
+    }
     [[nodiscard]] bool atEnd() const { return peek().kind == TokenKind::End; }
-    [[nodiscard]] bool atKeyword(std::string_view word, std::size_t ahead = 0) const;
-    [[nodiscard]] bool atOperator(std::string_view symbol, std::size_t ahead = 0) const;
+    [[nodiscard]] bool atKeyword(std::string_view word, std::size_t ahead = 0) const {
+        const Token& token = peek(ahead);
+        return token.kind == TokenKind::Word && token.text.size() == word.size() &&
+               equalsIgnoringCase(token.text, word);
+    }
+    [[nodiscard]] bool atOperator(std::string_view symbol, std::size_t ahead = 0) const {
+        const Token& token = peek(ahead);
+        return token.kind == TokenKind::Operator && token.text == symbol;
+    }
     bool acceptKeyword(std::string_view word);
     bool acceptOperator(std::string_view symbol);
     void expectKeyword(std::string_view word);

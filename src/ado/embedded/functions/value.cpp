@@ -18,12 +18,17 @@ constexpr std::int64_t kWord = 0xFFFFFFFF;
 constexpr int kMoneyScale = 4;
 
 std::string quoted(std::string_view text, char quote) {
-    std::string result(1, quote);
-    for (const char c : text) {
-        if (c == quote) result += quote;
-        result += c;
+    std::string result;
+    result.reserve(text.size() + 2);
+    result += quote;
+    for (std::size_t mark = 0; (mark = text.find(quote)) != std::string_view::npos;
+         text.remove_prefix(mark + 1)) {
+        result += text.substr(0, mark + 1);
+        result += quote;
     }
-    return result + quote;
+    result += text;
+    result += quote;
+    return result;
 }
 
 std::string hexadecimal(std::string_view bytes) {

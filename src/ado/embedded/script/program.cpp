@@ -22,6 +22,7 @@ Program::Program(std::shared_ptr<const tsql::Script> script, const Catalogue& ca
     for (const tsql::DeclaredVariable& parameter : parameters) {
         names_.declare(parameter.name, parameter.type, parameter.line);
     }
+    code_.reserve(script_->size());
     for (const tsql::Statement& statement : *script_) {
         add(statement);
     }

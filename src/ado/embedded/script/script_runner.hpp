@@ -14,6 +14,7 @@
 #include "ado/embedded/script/cursors.hpp"
 #include "ado/embedded/script/program.hpp"
 #include "ado/embedded/script/session_state.hpp"
+#include "ado/embedded/script/simple_values.hpp"
 #include "ado/embedded/script/statement_runner.hpp"
 #include "ado/embedded/server_errors.hpp"
 #include "ado/embedded/transactions.hpp"
@@ -100,6 +101,7 @@ private:
     void rollBackAll();
 
     // script_statements.cpp: each gives the place to go on at.
+    [[nodiscard]] SystemNumbers systemNumbers() const;
     [[nodiscard]] Value evaluate(Frame& frame, Instruction& instruction, std::size_t part,
                                  const tsql::Expression& expression, const tsql::TypeSpec& type);
     [[nodiscard]] Value evaluateAny(Frame& frame, Instruction& instruction, std::size_t part,

@@ -8,7 +8,7 @@
 #include "ado/embedded/script/kept_tables.hpp"
 #include "ado/embedded/script/message_text.hpp"
 #include "ado/embedded/script/script_runner.hpp"
-#include "ado/embedded/script/simple_conditions.hpp"
+#include "ado/embedded/script/simple_values.hpp"
 #include "ado/embedded/script/time_limit.hpp"
 #include "ado/embedded/stored_value.hpp"
 #include "ado/embedded/translate/table_builder.hpp"
@@ -139,8 +139,15 @@ std::size_t ScriptRunner::runStatement(Frame& frame, Instruction& instruction, s
 
 // --- Values
 
+SystemNumbers ScriptRunner::systemNumbers() const {
+    return {state_.error, state_.rowCount, transactions_.depth(), state_.fetchStatus};
+}
+
 Value ScriptRunner::evaluate(Frame& frame, Instruction& instruction, std::size_t index,
                              const tsql::Expression& expression, const TypeSpec& type) {
+    if (auto known = simpleValue(expression, type, frame, systemNumbers())) {
+        return std::move(*known);
+    }
     return statements_.value(part(instruction, index), [&] {
         return translateValue(expression, type, frame.program.names());
     });
@@ -165,9 +172,7 @@ std::string ScriptRunner::textOf(Frame& frame, Instruction& instruction, std::si
 }
 
 bool ScriptRunner::test(Frame& frame, Instruction& instruction) {
-    const SystemNumbers numbers{state_.error, state_.rowCount, transactions_.depth(),
-                                state_.fetchStatus};
-    if (const auto known = simpleCondition(*instruction.condition, frame, numbers)) {
+    if (const auto known = simpleCondition(*instruction.condition, frame, systemNumbers())) {
         state_.error = 0;
         state_.rowCount = 0;
         return *known;

@@ -1,7 +1,10 @@
-#include "ado/embedded/script/simple_conditions.hpp"
+#include "ado/embedded/script/simple_values.hpp"
+
+#include <limits>
 
 #include <kaputil/frame/plain_text.hpp>
 
+#include "ado/embedded/functions/text_units.hpp"
 #include "tsql/text.hpp"
 
 namespace kap::ado::embedded {
@@ -45,6 +48,18 @@ Number numberOf(const tsql::Expression& expression, const Frame& frame,
                                             : variableNumber(variable->name, frame);
 }
 
+bool hasRoom(const tsql::TypeSpec& type, const std::string& text) {
+    const bool varies = type.type == tsql::SqlType::VarChar || type.type == tsql::SqlType::NVarChar;
+    return varies && (type.length == tsql::kMaxLength ||
+                      unitLength(text) <= static_cast<std::size_t>(type.length));
+}
+
+bool hasRoom(const tsql::TypeSpec& type, std::int64_t number) {
+    return type.type == tsql::SqlType::BigInt ||
+           (type.type == tsql::SqlType::Int && number >= std::numeric_limits<std::int32_t>::min() &&
+            number <= std::numeric_limits<std::int32_t>::max());
+}
+
 bool holds(tsql::ComparisonOperator op, std::int64_t left, std::int64_t right) {
     using enum tsql::ComparisonOperator;
     switch (op) {
@@ -65,6 +80,17 @@ bool holds(tsql::ComparisonOperator op, std::int64_t left, std::int64_t right) {
 }
 
 }  // namespace
+
+std::optional<Value> simpleValue(const tsql::Expression& expression, const tsql::TypeSpec& type,
+                                 const Frame& frame, const SystemNumbers& numbers) {
+    const auto* literal = std::get_if<tsql::Literal>(&expression.node);
+    if (literal != nullptr && literal->kind == tsql::LiteralKind::Text) {
+        return hasRoom(type, literal->text) ? std::optional<Value>(literal->text) : std::nullopt;
+    }
+    const Number number = numberOf(expression, frame, numbers);
+    if (!number.known || !hasRoom(type, number.value.value_or(0))) return std::nullopt;
+    return number.value ? Value(*number.value) : Value();
+}
 
 std::optional<bool> simpleCondition(const tsql::Expression& condition, const Frame& frame,
                                     const SystemNumbers& numbers) {

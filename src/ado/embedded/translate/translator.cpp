@@ -45,8 +45,8 @@ struct Dispatch {
 Translation ofValue(const Typed& value, const Binder& binder) {
     Translation result;
     result.kind = StatementKind::Assign;
-    result.sql.push_back("SELECT " + value.sql);
     result.constant = value.constant;
+    if (!result.constant) result.sql.push_back("SELECT " + value.sql);
     result.columns.push_back(resultColumn({"", value}));
     binder.finish(result);
     return result;
