@@ -29,6 +29,14 @@ constexpr const char* kQuery =
     "SELECT Id, Codice, Descrizione, Quantita, Prezzo, Sconto, Data, Magazzino, Peso, Nota FROM "
     "Righe";
 constexpr std::size_t kLineEnd = 2;
+// Made by hand: numbers in the text are longer than in the database, by whose sizes a schema is
+// made otherwise.
+constexpr const char* kSchema =
+    "[EXPORT.TXT]\r\nColNameHeader=False\r\nFormat=FixedLength\r\nCharacterSet=OEM\r\n"
+    "CurrencyDigits=3\r\ncol1=Id Integer Width 8\r\ncol2=Codice Char Width 12\r\n"
+    "col3=Descrizione Char Width 40\r\ncol4=Quantita Float Width 12\r\n"
+    "col5=Prezzo Currency Width 12\r\ncol6=Sconto Single Width 8\r\ncol7=Data Date Width 20\r\n"
+    "col8=Magazzino Short Width 4\r\ncol9=Peso Float Width 12\r\ncol10=Nota Char Width 20\r\n";
 
 // A table of a million rows, and the folder that it is exported to.
 class Sample {
@@ -60,6 +68,7 @@ private:
         if (mkdtemp(pattern.data()) == nullptr)
             throw std::runtime_error("no folder for the export");
         folder_ = pattern;
+        std::ofstream(folder_ + "/SCHEMA.INI", std::ios::binary) << kSchema;
         open()->Execute(
             u"CREATE TABLE Righe (Id int PRIMARY KEY, Codice varchar(12), Descrizione varchar(40), "
             u"Quantita float, Prezzo money, Sconto real, Data datetime, Magazzino smallint, "
@@ -86,7 +95,7 @@ void exportRows() {
     Variant connection(Sample::get().open());
     String name = u"EXPORT.TXT";
     String folder(Sample::get().folder() + "/");
-    bool describes = true;
+    bool describes = false;
     if (!kap::host::EsportaTXT(query, connection, name, folder, describes)) {
         throw std::runtime_error("the export failed");
     }
@@ -116,6 +125,11 @@ Values rowsPerSecond() {
     return {kRows / ours, kRows / shell};
 }
 
+// From now on the largest size of this process is counted anew.
+void forgetPeak() {
+    std::ofstream("/proc/self/clear_refs") << "5";
+}
+
 // The largest that this process has been, in bytes.
 double peakMemory() {
     std::ifstream status("/proc/self/status");
@@ -134,10 +148,12 @@ Values memoryBesideRows() {
     {
         const auto connection = Sample::get().open();
         const auto source = kap::make<kap::ado::Recordset>();
+        forgetPeak();
         source->setCursorLocation(kap::ado::CursorLocationEnum::adUseClient);
         source->Open(kQuery, Variant(connection));
         rows = peakMemory();
     }
+    forgetPeak();
     exportRows();
     return {peakMemory(), rows};
 }

@@ -1,8 +1,6 @@
 #include <kaputil/host/text_export.hpp>
 
 #include <optional>
-#include <utility>
-#include <vector>
 
 #include <kaputil/ado/connection.hpp>
 #include <kaputil/ado/recordset.hpp>
@@ -12,9 +10,10 @@
 #include <kaputil/platform/creatable_objects.hpp>
 #include <kaputil/platform/message_box.hpp>
 
+#include "ado/row_cursor.hpp"
 #include "frame/late_bound.hpp"
-#include "frame/unicode.hpp"
 #include "host/text_source/text_driver.hpp"
+#include "host/text_source/text_session.hpp"
 
 namespace kap::host {
 namespace {
@@ -111,48 +110,18 @@ Ref<ado::Connection> openFolder(const String& folder) {
     return connection;
 }
 
-// What a field is written as. Deliberately, Null is written like the euro sign: it does not differ
-// from it.
-Variant exported(const Variant& value, const ado::Field& target) {
-    const bool isEuro = value.isString() && value.as<String>() == String(u"€");
-    if (!value.isNull() && !isEuro) {
-        return value;
+// Deliberately, Null is written like the euro sign: it does not differ from it.
+text_source::CopiedRows copiedRows(const ado::Recordset& source, const ExportProgress& progress) {
+    text_source::CopiedRows copied;
+    copied.rows = source.rows().rowsShown();
+    copied.result = &source.rows().table().result();
+    copied.replaced = "€";
+    copied.instead = "EUR";
+    if (progress) {
+        copied.progress = [all = static_cast<std::int64_t>(copied.rows.size()),
+                           &progress](std::int64_t done) { progress(done, all); };
     }
-    return String(
-        std::u16string_view(u"EUR").substr(0, static_cast<std::size_t>(target.DefinedSize())));
-}
-
-using FieldPair = std::pair<Ref<ado::Field>, Ref<ado::Field>>;
-
-// The fields of the source with those of the destination that have their names.
-std::vector<FieldPair> matched(const ado::Recordset& source, const ado::Recordset& destination) {
-    std::vector<FieldPair> pairs;
-    const auto from = source.Fields();
-    const auto to = destination.Fields();
-    for (std::int32_t i = 0; i < from->Count(); ++i) {
-        for (std::int32_t j = 0; j < to->Count(); ++j) {
-            if (unicode::sameName(from->Item(i)->Name(), to->Item(j)->Name())) {
-                pairs.emplace_back(from->Item(i), to->Item(j));
-            }
-        }
-    }
-    return pairs;
-}
-
-void copyRows(ado::Recordset& source, ado::Recordset& destination, const ExportProgress& progress) {
-    const std::vector<FieldPair> fields = matched(source, destination);
-    const std::int64_t all = source.RecordCount();
-    for (std::int64_t done = 1; !source.Eof(); ++done) {
-        destination.AddNew();
-        for (const auto& [from, to] : fields) {
-            to->setValue(exported(from->Value(), *to));
-        }
-        destination.Update();
-        source.MoveNext();
-        if (progress) {
-            progress(done, all);
-        }
-    }
+    return copied;
 }
 
 }  // namespace
@@ -181,7 +150,8 @@ bool EsportaTXT(ByRef<String> stringaSql, ByRef<Variant> connessione, ByRef<Stri
     destination->setCursorLocation(ado::CursorLocationEnum::adUseClient);
     destination->Open(u"SELECT * FROM " + *sNomeTxt + u" WHERE 1=0", Variant(folder),
                       ado::CursorTypeEnum::adOpenKeyset, ado::LockTypeEnum::adLockOptimistic);
-    copyRows(*source, *destination, progress);
+    dynamic_cast<text_source::TextSession&>(*folder->session())
+        .copy(*sNomeTxt, copiedRows(*source, progress));
     return true;
 }
 

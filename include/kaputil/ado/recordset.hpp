@@ -212,6 +212,10 @@ public:
     // The bytes that the rows take in memory.
     [[nodiscard]] std::size_t rowMemory() const;
 
+    // For the library's own readers of many rows: the rows and the way through them. Raises 3704
+    // when the recordset is closed.
+    [[nodiscard]] RowCursor& rows() const { return opened(); }
+
 private:
     friend class Connection;
     friend class Command;

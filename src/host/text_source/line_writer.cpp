@@ -16,15 +16,9 @@
 namespace kap::host::text_source {
 namespace {
 
-constexpr std::u16string_view kLineEnd = u"\r\n";
-
 // A format of so many decimals.
 std::u16string fixedPattern(std::size_t digits) {
     return digits == 0 ? u"0" : u"0." + std::u16string(digits, u'0');
-}
-
-bool standsRight(ColumnKind kind) {
-    return kind == ColumnKind::Whole || kind == ColumnKind::Real || kind == ColumnKind::Currency;
 }
 
 [[noreturn]] void refuse(std::int64_t row, const Column& column, const String& reason) {
@@ -45,7 +39,12 @@ std::string encodedWith(CodePage page, std::u16string_view text) {
 
 }  // namespace
 
-LineWriter::LineWriter(Schema schema) : schema_(std::move(schema)) {}
+LineWriter::LineWriter(Schema schema) : schema_(std::move(schema)), lineEnd_(encoded(u"\r\n")) {}
+
+bool LineWriter::standsRight(const Column& column) noexcept {
+    return column.kind == ColumnKind::Whole || column.kind == ColumnKind::Real ||
+           column.kind == ColumnKind::Currency;
+}
 
 // A number's text with the schema's decimal symbol in place of the user's.
 String LineWriter::numberText(const String& text) const {
@@ -115,7 +114,7 @@ String LineWriter::formatted(const Column& column, const String& value) const {
 void LineWriter::appendFixed(std::u16string& line, const Column& column, const String& text) const {
     const std::size_t room = column.width.value_or(0) - text.size();
     const std::u16string blanks(room, u' ');
-    line += standsRight(column.kind) ? blanks + text.units() : text.units() + blanks;
+    line += standsRight(column) ? blanks + text.units() : text.units() + blanks;
 }
 
 void LineWriter::appendDelimited(std::u16string& line, const Column& column,
@@ -164,33 +163,40 @@ std::string LineWriter::beginning() const {
             appendDelimited(text, {column.name, ColumnKind::Text, {}}, column.name);
         }
     }
-    text += kLineEnd;
-    return encoded(text);
+    return encoded(text) + lineEnd_;
+}
+
+std::u16string LineWriter::cell(std::size_t position, const std::optional<String>& given,
+                                std::int64_t row) const {
+    const Column& column = schema_.columns[position];
+    const String value = given ? formatted(column, *given) : String();
+    std::u16string text;
+    if (schema_.layout == Layout::Delimited) {
+        appendDelimited(text, column, value);
+        return text;
+    }
+    if (value.size() > column.width.value_or(0)) {
+        refuse(row, column,
+               u"\"" + value + u"\" non sta in " + String(plain::text(column.width.value_or(0))) +
+                   u" caratteri.");
+    }
+    if (value.view().find_first_of(u"\r\n") != std::u16string_view::npos) {
+        refuse(row, column, u"il testo va a capo.");
+    }
+    appendFixed(text, column, value);
+    return text;
 }
 
 std::string LineWriter::line(const std::vector<std::optional<String>>& values,
                              std::int64_t row) const {
     std::u16string text;
     for (std::size_t i = 0; i < schema_.columns.size(); ++i) {
-        const Column& column = schema_.columns[i];
-        const String value = values[i] ? formatted(column, *values[i]) : String();
-        if (schema_.layout == Layout::Delimited) {
-            text += i > 0 ? schema_.delimiter.view() : u"";
-            appendDelimited(text, column, value);
-            continue;
+        if (schema_.layout == Layout::Delimited && i > 0) {
+            text += schema_.delimiter.view();
         }
-        if (value.size() > column.width.value_or(0)) {
-            refuse(row, column,
-                   u"\"" + value + u"\" non sta in " +
-                       String(plain::text(column.width.value_or(0))) + u" caratteri.");
-        }
-        if (value.view().find_first_of(u"\r\n") != std::u16string_view::npos) {
-            refuse(row, column, u"il testo va a capo.");
-        }
-        appendFixed(text, column, value);
+        text += cell(i, values[i], row);
     }
-    text += kLineEnd;
-    return encoded(text);
+    return encoded(text) + lineEnd_;
 }
 
 }  // namespace kap::host::text_source

@@ -28,15 +28,23 @@ public:
     [[nodiscard]] std::string line(const std::vector<std::optional<String>>& values,
                                    std::int64_t row) const;
 
-private:
+    // What lines are made of: a value as it stands in its column, the text of a value before it is
+    // placed there, the end of a line, and the bytes of any of them.
+    [[nodiscard]] std::u16string cell(std::size_t position, const std::optional<String>& given,
+                                      std::int64_t row) const;
     [[nodiscard]] String formatted(const Column& column, const String& value) const;
+    [[nodiscard]] std::string encoded(std::u16string_view text) const;
+    [[nodiscard]] const std::string& lineEnd() const noexcept { return lineEnd_; }
+    [[nodiscard]] static bool standsRight(const Column& column) noexcept;
+
+private:
     [[nodiscard]] String dateText(const String& value, std::optional<std::size_t> width) const;
     [[nodiscard]] String numberText(const String& text) const;
     void appendFixed(std::u16string& line, const Column& column, const String& text) const;
     void appendDelimited(std::u16string& line, const Column& column, const String& text) const;
-    [[nodiscard]] std::string encoded(std::u16string_view text) const;
 
     Schema schema_;
+    std::string lineEnd_;
 };
 
 }  // namespace kap::host::text_source

@@ -1,0 +1,237 @@
+#include "host/text_source/row_lines.hpp"
+
+#include <algorithm>
+#include <optional>
+#include <utility>
+
+#include <kaputil/frame/convert.hpp>
+#include <kaputil/frame/locale.hpp>
+#include <kaputil/frame/plain_text.hpp>
+
+#include "ado/cell_value.hpp"
+
+namespace kap::host::text_source {
+namespace {
+
+using ado::DataTypeEnum;
+
+constexpr std::size_t kMoneyDigits = 4;
+
+bool isPlain(std::string_view text) {
+    return std::ranges::all_of(text, [](char c) { return c >= ' ' && c <= '~'; });
+}
+
+bool isWhole(DataTypeEnum type) {
+    return type == DataTypeEnum::adInteger || type == DataTypeEnum::adSmallInt ||
+           type == DataTypeEnum::adUnsignedTinyInt;
+}
+
+bool isText(DataTypeEnum type) {
+    return ado::storageOf(type) == ado::Storage::Text && type != DataTypeEnum::adGUID;
+}
+
+}  // namespace
+
+ado::ColumnInfo columnInfo(const Column& column) {
+    constexpr std::int32_t kLongest = 255;
+    ado::ColumnInfo info;
+    info.name = column.name.utf8();
+    info.type = DataTypeEnum::adVarChar;
+    info.definedSize = column.width ? static_cast<std::int32_t>(*column.width) : kLongest;
+    info.isLong = true;  // whether a value fits is seen when it is written as the file has it
+    return info;
+}
+
+RowLines::RowLines(const LineWriter& writer, std::vector<SourceColumn> sources,
+                   std::string_view replaced, std::string_view instead)
+    : writer_(writer),
+      replaced_(replaced),
+      delimiter_(writer.encoded(writer.schema().delimiter)),
+      decimalSymbol_(writer.schema().decimalSymbol.utf8()) {
+    targets_.reserve(sources.size());
+    for (std::size_t i = 0; i < sources.size(); ++i) {
+        const Column& column = writer.schema().columns[i];
+        Target& target = targets_.emplace_back();
+        target.source = sources[i];
+        target.column = &column;
+        target.info = columnInfo(column);
+        target.way = wayOf(sources[i], column);
+        target.width = column.width.value_or(0);
+        target.right = writer.standsRight(column);
+        target.instead = instead.substr(0, column.width.value_or(instead.size()));
+    }
+}
+
+RowLines::Way RowLines::wayOf(const SourceColumn& source, const Column& column) const {
+    if (source.info == nullptr) return Way::Blank;
+    const Schema& schema = writer_.schema();
+    const DataTypeEnum type = source.info->type;
+    const bool direct = schema.encoding != Encoding::Unicode && isPlain(decimalSymbol_);
+    if (!direct) return Way::ByText;
+    const bool asItIs = column.kind == ColumnKind::Text || column.kind == ColumnKind::Whole;
+    if (isText(type) && asItIs) return Way::Plain;
+    const bool number = column.kind == ColumnKind::Real && !schema.numberDigits;
+    if (isWhole(type) && (asItIs || number)) return Way::Whole;
+    const bool real = type == DataTypeEnum::adDouble || type == DataTypeEnum::adSingle;
+    if (real && number) return Way::Real;
+    const bool amount = type == DataTypeEnum::adCurrency && column.kind == ColumnKind::Currency;
+    if (amount && schema.currencySymbol.empty() && schema.currencyDigits <= kMoneyDigits) {
+        return Way::Amount;
+    }
+    const bool date = type == DataTypeEnum::adDBTimeStamp && column.kind == ColumnKind::Date;
+    return date ? Way::Day : Way::ByText;
+}
+
+void RowLines::append(std::string& lines, std::size_t row, std::int64_t number) {
+    const std::size_t begun = lines.size();
+    try {
+        bool first = true;
+        for (Target& target : targets_) {
+            const bool separated = writer_.schema().layout == Layout::Delimited;
+            if (separated && !std::exchange(first, false)) lines += delimiter_;
+            appendCell(lines, target, row, number);
+        }
+        lines += writer_.lineEnd();
+    } catch (...) {
+        lines.resize(begun);
+        throw;
+    }
+}
+
+void RowLines::appendCell(std::string& lines, Target& target, std::size_t row,
+                          std::int64_t number) {
+    cell_.clear();
+    if (writeDirectly(target, row)) {
+        place(lines, target);
+        return;
+    }
+    const auto column = static_cast<std::size_t>(&target - targets_.data());
+    lines += writer_.encoded(writer_.cell(column, textOf(target, row), number));
+}
+
+bool RowLines::writeDirectly(Target& target, std::size_t row) {
+    if (target.way == Way::Blank || target.way == Way::ByText ||
+        target.source.values->cell(row) != ado::ColumnStore::Cell::Value) {
+        return false;
+    }
+    const ado::ColumnStore& values = *target.source.values;
+    switch (target.way) {
+        case Way::Plain:
+            return writeText(values.bytes(row), target);
+        case Way::Whole:
+            cell_ = plain::text(values.integer(row));
+            break;
+        case Way::Real:
+            if (!writeReal(target, row)) return false;
+            break;
+        case Way::Amount:
+            if (!writeAmount(values.integer(row))) return false;
+            break;
+        case Way::Day:
+            if (!writeDay(target, values.real(row))) return false;
+            break;
+        case Way::Blank:
+        case Way::ByText:
+            return false;
+    }
+    return writer_.schema().layout == Layout::Delimited || cell_.size() <= target.width;
+}
+
+bool RowLines::writeText(std::string_view text, const Target& target) {
+    const bool fits = writer_.schema().layout == Layout::Delimited || text.size() <= target.width;
+    if (!fits || !isPlain(text) || text == replaced_) return false;
+    cell_ = text;
+    return true;
+}
+
+// An amount is stored with four digits behind the point. One that is cut to fewer is rounded as
+// texts are.
+bool RowLines::writeAmount(std::int64_t scaled) {
+    const std::size_t digits = writer_.schema().currencyDigits;
+    constexpr std::int64_t kPowers[] = {1, 10, 100, 1000, 10000};
+    const std::int64_t cut = kPowers[kMoneyDigits - digits];
+    if (scaled % cut != 0) return false;
+    const std::int64_t unit = kPowers[digits];
+    const std::int64_t units = scaled / cut;
+    if (units < 0) cell_ += '-';
+    const std::uint64_t size =
+        units < 0 ? 0 - static_cast<std::uint64_t>(units) : static_cast<std::uint64_t>(units);
+    cell_ += plain::text(size / static_cast<std::uint64_t>(unit));
+    if (digits == 0) return true;
+    const std::string fraction = plain::text(size % static_cast<std::uint64_t>(unit));
+    cell_ += decimalSymbol_;
+    cell_.append(digits - fraction.size(), '0');
+    cell_ += fraction;
+    return true;
+}
+
+bool RowLines::writeReal(const Target& target, std::size_t row) {
+    const String text =
+        convert::toString(ado::toVariant(*target.source.info, *target.source.values, row));
+    for (const char16_t unit : text.view()) {
+        if (unit == currentLocale().decimalSeparator) {
+            cell_ += decimalSymbol_;
+        } else if (unit < u' ' || unit > u'~') {
+            return false;
+        } else {
+            cell_ += static_cast<char>(unit);
+        }
+    }
+    return true;
+}
+
+// Days come again and again: each is written once by way of its text.
+bool RowLines::writeDay(Target& target, double days) {
+    constexpr double kFarthest = 3'000'000;
+    constexpr std::size_t kMostKept = 5'000;
+    if (!(days > -kFarthest && days < kFarthest)) return false;
+    const auto day = static_cast<std::int64_t>(days);
+    if (static_cast<double>(day) != days) return false;
+    auto known = target.days.find(day);
+    if (known == target.days.end()) {
+        if (target.days.size() == kMostKept) target.days.clear();
+        const String text =
+            writer_.formatted(*target.column, convert::toString(Variant(Date{days})));
+        std::string written = text.utf8();
+        if (!isPlain(written)) return false;
+        known = target.days.emplace(day, std::move(written)).first;
+    }
+    cell_ = known->second;
+    return true;
+}
+
+void RowLines::place(std::string& lines, const Target& target) const {
+    if (writer_.schema().layout == Layout::Delimited) {
+        placeDelimited(lines, target);
+        return;
+    }
+    const std::size_t room = target.width - cell_.size();
+    if (target.right) lines.append(room, ' ');
+    lines += cell_;
+    if (!target.right) lines.append(room, ' ');
+}
+
+void RowLines::placeDelimited(std::string& lines, const Target& target) const {
+    if (target.column->kind != ColumnKind::Text || cell_.empty()) {
+        lines += cell_;
+        return;
+    }
+    lines += '"';
+    for (const char letter : cell_) {
+        lines.append(letter == '"' ? 2 : 1, letter);
+    }
+    lines += '"';
+}
+
+std::optional<String> RowLines::textOf(const Target& target, std::size_t row) const {
+    if (target.way == Way::Blank) return std::nullopt;
+    const Variant value = ado::toVariant(*target.source.info, *target.source.values, row);
+    const bool replaces =
+        value.isNull() || (value.isString() && value.as<String>().utf8() == replaced_);
+    if (replaces) return String(target.instead);
+    const ado::CellValue text = ado::toCell(target.info, value);
+    const auto* bytes = std::get_if<std::string>(&text);
+    return bytes == nullptr ? std::nullopt : std::optional<String>(*bytes);
+}
+
+}  // namespace kap::host::text_source
