@@ -43,7 +43,7 @@ public:
     friend constexpr std::strong_ordering operator<=>(WideInteger left, WideInteger right) {
         const auto high =
             static_cast<std::int64_t>(left.high_) <=> static_cast<std::int64_t>(right.high_);
-        return high != 0 ? high : left.low_ <=> right.low_;
+        return std::is_neq(high) ? high : left.low_ <=> right.low_;
     }
 
     friend constexpr WideInteger operator+(WideInteger left, WideInteger right) {

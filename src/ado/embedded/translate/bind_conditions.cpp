@@ -130,7 +130,7 @@ std::string Binder::inQuery(const tsql::InPredicate& node, int line, Scope& scop
 
 std::string Binder::test(const tsql::LikePredicate& node, int line, Scope& scope) {
     const auto text = [&](const tsql::Expression& expression) {
-        const Typed bound = value(expression, scope);
+        Typed bound = value(expression, scope);
         if (tsql::isText(bound.type.type)) return bound;
         return castTo(bound, textTypeOf(bound.type), 0, line);
     };
