@@ -4,8 +4,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
-#include <filesystem>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -21,6 +19,7 @@
 #include <kaputil/frame/plain_text.hpp>
 
 #include "ado/embedded/collation.hpp"
+#include "bench/folder.hpp"
 #include "bench/job.hpp"
 
 namespace {
@@ -86,10 +85,7 @@ public:
 
 private:
     ConfigurationDatabase() {
-        std::string pattern =
-            (std::filesystem::temp_directory_path() / "kaputil-bench-XXXXXX").string();
-        folder_ = mkdtemp(pattern.data());
-        const std::string file = folder_ + "/bench.db";
+        const std::string file = folder_.file("bench.db");
         connection_->Open("Provider=KapLocal;Data Source=" + file);
         connection_->Execute(
             u"CREATE TABLE KAP_CFG (Gruppo varchar(30) NOT NULL, Applicazione varchar(30) NOT "
@@ -109,8 +105,6 @@ private:
     ~ConfigurationDatabase() {
         bare_.reset();
         connection_->Close();
-        std::error_code ignored;
-        std::filesystem::remove_all(folder_, ignored);
     }
 
     void addRows(int application) {
@@ -134,7 +128,7 @@ private:
         void operator()(sqlite3* handle) const { sqlite3_close(handle); }
     };
 
-    std::string folder_;
+    kap::bench::Folder folder_;
     Ref<kap::ado::Connection> connection_ = kap::make<kap::ado::Connection>();
     Ref<kap::CFG_Applicazioni> root_ = kap::make<kap::CFG_Applicazioni>();
     std::unique_ptr<sqlite3, Close> bare_;

@@ -2,11 +2,7 @@
 // files with the same settings.
 
 #include <sqlite3.h>
-#include <unistd.h>
-
 #include <cstdint>
-#include <cstdlib>
-#include <filesystem>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -15,6 +11,7 @@
 #include <kaputil/ado/connection.hpp>
 #include <kaputil/ado/recordset.hpp>
 
+#include "bench/folder.hpp"
 #include "bench/job.hpp"
 
 namespace {
@@ -24,26 +21,6 @@ using kap::Ref;
 constexpr int kInserts = 1000;
 constexpr int kQueries = 1000;
 constexpr int kRows = 100;
-
-// A folder that goes with the program.
-class Folder {
-public:
-    Folder() {
-        std::string pattern =
-            (std::filesystem::temp_directory_path() / "kaputil-bench-XXXXXX").string();
-        path_ = mkdtemp(pattern.data());
-    }
-    ~Folder() {
-        std::error_code ignored;
-        std::filesystem::remove_all(path_, ignored);
-    }
-    Folder(const Folder&) = delete;
-    Folder& operator=(const Folder&) = delete;
-    [[nodiscard]] std::string file(const char* name) const { return path_ + "/" + name; }
-
-private:
-    std::string path_;
-};
 
 // The same table in two files, one for each arm, both in write-ahead mode with full
 // synchronisation.
@@ -90,7 +67,7 @@ private:
         void operator()(sqlite3* handle) const { sqlite3_close(handle); }
     };
 
-    Folder folder_;
+    kap::bench::Folder folder_;
     Ref<kap::ado::Connection> ours_ = kap::make<kap::ado::Connection>();
     std::unique_ptr<sqlite3, Close> bare_;
 };

@@ -1,8 +1,6 @@
 // Export of a query to a text file with lines of fixed length, beside the sqlite3 shell writing the
 // same rows as comma-separated values to a file.
 
-#include <unistd.h>
-
 #include <chrono>
 #include <cstdlib>
 #include <filesystem>
@@ -15,6 +13,7 @@
 #include <kaputil/frame/convert.hpp>
 #include <kaputil/host/text_export.hpp>
 
+#include "bench/folder.hpp"
 #include "bench/job.hpp"
 
 namespace {
@@ -46,29 +45,21 @@ public:
         return sample;
     }
 
-    [[nodiscard]] const std::string& folder() const { return folder_; }
-    [[nodiscard]] std::string database() const { return folder_ + "/bench.db"; }
+    [[nodiscard]] const std::string& folder() const { return folder_.path(); }
+    [[nodiscard]] std::string database() const { return folder_.file("bench.db"); }
     [[nodiscard]] Ref<kap::ado::Connection> open() const {
         auto connection = kap::make<kap::ado::Connection>();
         connection->Open("Provider=KapLocal;Data Source=" + database());
         return connection;
     }
 
-    ~Sample() {
-        std::error_code ignored;
-        std::filesystem::remove_all(folder_, ignored);
-    }
+    ~Sample() = default;
     Sample(const Sample&) = delete;
     Sample& operator=(const Sample&) = delete;
 
 private:
     Sample() {
-        std::string pattern =
-            (std::filesystem::temp_directory_path() / "kaputil-bench-XXXXXX").string();
-        if (mkdtemp(pattern.data()) == nullptr)
-            throw std::runtime_error("no folder for the export");
-        folder_ = pattern;
-        std::ofstream(folder_ + "/SCHEMA.INI", std::ios::binary) << kSchema;
+        std::ofstream(folder_.file("SCHEMA.INI"), std::ios::binary) << kSchema;
         open()->Execute(
             u"CREATE TABLE Righe (Id int PRIMARY KEY, Codice varchar(12), Descrizione varchar(40), "
             u"Quantita float, Prezzo money, Sconto real, Data datetime, Magazzino smallint, "
@@ -81,7 +72,7 @@ private:
             u"0)");
     }
 
-    std::string folder_;
+    kap::bench::Folder folder_;
 };
 
 double secondsOf(const std::function<void()>& work) {

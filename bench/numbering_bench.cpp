@@ -2,9 +2,6 @@
 // next.
 
 #include <sqlite3.h>
-#include <unistd.h>
-
-#include <filesystem>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -15,6 +12,7 @@
 #include <kaputil/numbering/document_numbers.hpp>
 
 #include "ado/embedded/collation.hpp"
+#include "bench/folder.hpp"
 #include "bench/job.hpp"
 
 namespace {
@@ -37,13 +35,7 @@ public:
 
 private:
     Company() {
-        std::string pattern =
-            (std::filesystem::temp_directory_path() / "kaputil-bench-XXXXXX").string();
-        if (mkdtemp(pattern.data()) == nullptr) {
-            throw std::runtime_error("no folder for the sample company");
-        }
-        folder_ = pattern;
-        const std::string file = folder_ + "/bench.db";
+        const std::string file = folder_.file("bench.db");
         const auto connection = kap::make<kap::ado::Connection>();
         connection->Open("Provider=KapLocal;Data Source=" + file);
         connection->Execute(
@@ -77,8 +69,6 @@ private:
     ~Company() {
         bare_.reset();
         connection_ = Variant();
-        std::error_code ignored;
-        std::filesystem::remove_all(folder_, ignored);
     }
     void run(const char* sql) const {
         if (sqlite3_exec(bare_.get(), sql, nullptr, nullptr, nullptr) != SQLITE_OK) {
@@ -90,7 +80,7 @@ private:
         void operator()(sqlite3* handle) const { sqlite3_close(handle); }
     };
 
-    std::string folder_;
+    kap::bench::Folder folder_;
     Variant connection_;
     std::unique_ptr<sqlite3, Close> bare_;
 };

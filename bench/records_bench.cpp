@@ -1,12 +1,8 @@
 // Recordsets and records beside bare SQLite: the same file, the same rows, every value copied out.
 
 #include <sqlite3.h>
-#include <unistd.h>
-
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
-#include <filesystem>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -18,6 +14,7 @@
 #include <kaputil/db/recordsets.hpp>
 #include <kaputil/frame/array.hpp>
 
+#include "bench/folder.hpp"
 #include "bench/job.hpp"
 
 namespace {
@@ -71,10 +68,7 @@ public:
 
 private:
     SampleDatabase() {
-        std::string pattern =
-            (std::filesystem::temp_directory_path() / "kaputil-bench-XXXXXX").string();
-        folder_ = mkdtemp(pattern.data());
-        const std::string file = folder_ + "/bench.db";
+        const std::string file = folder_.file("bench.db");
         connection_->Open("Provider=KapLocal;Data Source=" + file);
         connection_->Execute(
             u"CREATE TABLE Righe (Id int PRIMARY KEY, Articolo varchar(40), Prezzo money, "
@@ -95,15 +89,13 @@ private:
     ~SampleDatabase() {
         bare_.reset();
         connection_->Close();
-        std::error_code ignored;
-        std::filesystem::remove_all(folder_, ignored);
     }
 
     struct Close {
         void operator()(sqlite3* handle) const { sqlite3_close(handle); }
     };
 
-    std::string folder_;
+    kap::bench::Folder folder_;
     Ref<kap::ado::Connection> connection_ = kap::make<kap::ado::Connection>();
     std::unique_ptr<sqlite3, Close> bare_;
 };

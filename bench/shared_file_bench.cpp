@@ -2,10 +2,6 @@
 // disk before the next, in write-ahead mode.
 
 #include <sqlite3.h>
-#include <unistd.h>
-
-#include <cstdlib>
-#include <filesystem>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -18,6 +14,7 @@
 #include <kaputil/numbering/document_numbers.hpp>
 
 #include "ado/embedded/collation.hpp"
+#include "bench/folder.hpp"
 #include "bench/job.hpp"
 #include "bench/processes.hpp"
 
@@ -36,10 +33,6 @@ constexpr int kBusyMillis = 30'000;
 class SharedFile {
 public:
     SharedFile() {
-        std::string pattern =
-            (std::filesystem::temp_directory_path() / "kaputil-bench-XXXXXX").string();
-        if (mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("no folder for the file");
-        folder_ = pattern;
         const auto connection = open();
         connection->Execute(
             u"CREATE TABLE Righe (Id int PRIMARY KEY, Quantita int, Versione timestamp);"
@@ -51,14 +44,11 @@ public:
             u"INSERT INTO Righe (Id, Quantita) VALUES (@i, 0) SET @i = @i + 1 END");
         connection->Close();
     }
-    ~SharedFile() {
-        std::error_code ignored;
-        std::filesystem::remove_all(folder_, ignored);
-    }
+    ~SharedFile() = default;
     SharedFile(const SharedFile&) = delete;
     SharedFile& operator=(const SharedFile&) = delete;
 
-    [[nodiscard]] std::string path() const { return folder_ + "/shared.db"; }
+    [[nodiscard]] std::string path() const { return folder_.file("shared.db"); }
 
     [[nodiscard]] Ref<kap::ado::Connection> open() const {
         auto connection = kap::make<kap::ado::Connection>();
@@ -73,7 +63,7 @@ public:
     }
 
 private:
-    std::string folder_;
+    kap::bench::Folder folder_;
 };
 
 struct Close {

@@ -3,8 +3,6 @@
 
 #include <sqlite3.h>
 
-#include <cstdlib>
-#include <filesystem>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -15,6 +13,7 @@
 #include <kaputil/sqlscript/csql.hpp>
 
 #include "ado/embedded/collation.hpp"
+#include "bench/folder.hpp"
 #include "bench/job.hpp"
 
 namespace {
@@ -46,10 +45,7 @@ public:
 
 private:
     ScriptDatabase() {
-        std::string pattern =
-            (std::filesystem::temp_directory_path() / "kaputil-bench-XXXXXX").string();
-        folder_ = mkdtemp(pattern.data());
-        const std::string file = folder_ + "/bench.db";
+        const std::string file = folder_.file("bench.db");
         connection_->Open("Provider=KapLocal;Synchronous=Off;Data Source=" + file);
         connection_->Execute(
             u"CREATE TABLE Conti (Codice int PRIMARY KEY, Saldo int NOT NULL) "
@@ -67,8 +63,6 @@ private:
     ~ScriptDatabase() {
         bare_.reset();
         connection_->Close();
-        std::error_code ignored;
-        std::filesystem::remove_all(folder_, ignored);
     }
 
     void openBare(const std::string& file) {
@@ -85,7 +79,7 @@ private:
         void operator()(sqlite3* handle) const { sqlite3_close(handle); }
     };
 
-    std::string folder_;
+    kap::bench::Folder folder_;
     Ref<kap::ado::Connection> connection_ = kap::make<kap::ado::Connection>();
     std::unique_ptr<sqlite3, Close> bare_;
 };
