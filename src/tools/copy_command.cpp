@@ -80,6 +80,8 @@ bool copyAll(const CopyCommand& command, ado::Connection& from, ado::Connection&
 int CopyCommand::run() const {
     const auto source = make<ado::Connection>();
     const auto target = make<ado::Connection>();
+    // A wrong name of the source makes no file then.
+    source->setMode(ado::ConnectModeEnum::adModeRead);
     if (!open(*source, from, json) || !open(*target, to, json)) {
         return kNoDatabase;
     }

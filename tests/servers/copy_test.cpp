@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <filesystem>
 
 #include <kaputil/ado/error_numbers.hpp>
 
@@ -119,11 +120,14 @@ TEST_F(ServerCopy, TakesOnlyTheTablesThatAreNamed) {
 }
 
 TEST_F(ServerCopy, SaysWhatIsWrong) {
+    test::open(folder_.database())->Close();
     EXPECT_EQ(copy(folder_.database(), "Driver={Gibts nicht}").exitCode, 3);
     EXPECT_EQ(kaputil({"copy", "--from", folder_.database()}).exitCode, 2);
     const Outcome unknown = copy(folder_.database(), database_->connection(), {"--table", "Nix"});
     EXPECT_EQ(unknown.exitCode, 1);
     EXPECT_NE(unknown.err.find("Nix"), std::string::npos) << unknown.err;
+    EXPECT_EQ(copy(folder_.database("manca.db"), database_->connection()).exitCode, 3);
+    EXPECT_FALSE(std::filesystem::exists(folder_.file("manca.db")));
 }
 
 }  // namespace
