@@ -204,13 +204,21 @@ class Taker {
 public:
     Taker(const SharedFile& file, int /*process*/) : connection_(file.open()) {}
 
+    // A call that finds the counter taken by another one too often is refused, and made again.
     void take() {
-        const Variant number = kap::numbering::Progressivi(u"", u"D", u"S", 2025, 0, connection_,
-                                                           u"A", u"vtx_TabDoc", 0, errore_);
-        require(kap::convert::toDouble(number) > 0, "no number was given out");
+        constexpr int kMostRefusals = 100;
+        for (int refusals = 0; !given(); ++refusals) {
+            require(refusals < kMostRefusals, "no number was given out");
+        }
     }
 
 private:
+    [[nodiscard]] bool given() {
+        const Variant number = kap::numbering::Progressivi(u"", u"D", u"S", 2025, 0, connection_,
+                                                           u"A", u"vtx_TabDoc", 0, errore_);
+        return kap::convert::toDouble(number) > 0;
+    }
+
     Variant connection_;
     Ref<kap::CErrore> errore_;
 };
