@@ -2,7 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include <limits>
+#include <cmath>
+#include <iterator>
 #include <random>
 #include <string>
 #include <vector>
@@ -73,6 +74,25 @@ protected:
         return info;
     }
 
+    // Fractions of few digits, which most numbers are, and of many; small, large and very large.
+    double anyReal(bool single) {
+        const auto pick = [&](std::int64_t low, std::int64_t high) {
+            return std::uniform_int_distribution<std::int64_t>(low, high)(random_);
+        };
+        static constexpr double kParts[] = {1, 4, 10, 64, 100, 1000, 1e4, 1e5, 3};
+        const double part = kParts[pick(0, std::size(kParts) - 1)];
+        const std::int64_t limit = pick(0, 1) == 0 ? 20'000 : 9'007'199'254'740'993;
+        double value = static_cast<double>(pick(-limit, limit)) / part;
+        if (pick(0, 9) == 0) {
+            value *= 1e290;
+        }
+        if (!single) {
+            return pick(0, 3) == 0 ? std::nextafter(value, 0) : value;
+        }
+        const auto narrow = static_cast<float>(std::fmod(value, 1e9));
+        return static_cast<double>(pick(0, 3) == 0 ? std::nextafter(narrow, 0.0F) : narrow);
+    }
+
     void addValue(ado::ColumnStore& values, DataTypeEnum type) {
         static const std::vector<std::string> kTexts = {"Rossi",
                                                         "",
@@ -115,12 +135,8 @@ protected:
                     const double part =
                         pick(0, 1) == 0 ? 0 : static_cast<double>(pick(0, 86399)) / 86400;
                     values.appendReal(static_cast<double>(pick(-1000, 60000)) + part);
-                } else if (type == DataTypeEnum::adSingle) {
-                    values.appendReal(static_cast<float>(pick(-100000, 100000)) / 64.0F);
                 } else {
-                    const double scale = pick(0, 3) == 0 ? 1e300 : 1e5;
-                    values.appendReal(
-                        std::uniform_real_distribution<double>(-scale, scale)(random_));
+                    values.appendReal(anyReal(type == DataTypeEnum::adSingle));
                 }
                 return;
             default:
@@ -135,7 +151,7 @@ protected:
             for (const DataTypeEnum type : kTypes) {
                 const ado::ColumnInfo info = infoOf(type);
                 ado::ColumnStore values;
-                for (std::size_t row = 0; row < 60; ++row) {
+                for (std::size_t row = 0; row < 120; ++row) {
                     addValue(values, type);
                     EXPECT_EQ(written(lines, info, values, row), expected(lines, info, values, row))
                         << settings << " " << kind << " type " << static_cast<int>(type);

@@ -1,6 +1,8 @@
 #include "host/text_source/row_lines.hpp"
 
 #include <algorithm>
+#include <cmath>
+#include <cstdlib>
 #include <optional>
 #include <utility>
 
@@ -165,13 +167,45 @@ bool RowLines::writeAmount(std::int64_t scaled) {
     return true;
 }
 
+// Most numbers have a few decimals. A number that is the nearest to such a decimal of no more
+// digits than its type keeps has that decimal as its text.
+bool RowLines::writeShort(double value, bool single) {
+    constexpr double kUnit = 10'000;
+    constexpr double kMostOfDouble = 1e15;
+    constexpr double kMostOfSingle = 1e7;
+    const double scaled = std::nearbyint(value * kUnit);
+    const bool fits = scaled != 0 && std::abs(scaled) < (single ? kMostOfSingle : kMostOfDouble);
+    if (!fits) return false;
+    const double nearest = scaled / kUnit;
+    if (single ? static_cast<float>(nearest) != static_cast<float>(value) : nearest != value) {
+        return false;
+    }
+    const auto units = static_cast<std::int64_t>(std::abs(scaled));
+    if (scaled < 0) cell_ += '-';
+    cell_ += plain::text(units / static_cast<std::int64_t>(kUnit));
+    std::int64_t fraction = units % static_cast<std::int64_t>(kUnit);
+    if (fraction == 0) return true;
+    std::size_t digits = kMoneyDigits;
+    for (; fraction % 10 == 0; fraction /= 10)
+        --digits;
+    const std::string shown = plain::text(fraction);
+    cell_ += decimalSymbol_;
+    cell_.append(digits - shown.size(), '0');
+    cell_ += shown;
+    return true;
+}
+
 bool RowLines::writeReal(const Target& target, std::size_t row) {
+    const bool single = target.source.info->type == DataTypeEnum::adSingle;
+    if (writeShort(target.source.values->real(row), single)) return true;
     const String text =
         convert::toString(ado::toVariant(*target.source.info, *target.source.values, row));
     for (const char16_t unit : text.view()) {
+        // A Single with an exponent has none when it is read again with the room of a Double.
+        const bool grows = single && unit == u'E';
         if (unit == currentLocale().decimalSeparator) {
             cell_ += decimalSymbol_;
-        } else if (unit < u' ' || unit > u'~') {
+        } else if (grows || unit < u' ' || unit > u'~') {
             return false;
         } else {
             cell_ += static_cast<char>(unit);

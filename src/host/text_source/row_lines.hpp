@@ -58,6 +58,7 @@ private:
     [[nodiscard]] bool writeDirectly(Target& target, std::size_t row);
     [[nodiscard]] bool writeText(std::string_view text, const Target& target);
     [[nodiscard]] bool writeAmount(std::int64_t scaled);
+    [[nodiscard]] bool writeShort(double value, bool single);
     [[nodiscard]] bool writeReal(const Target& target, std::size_t row);
     [[nodiscard]] bool writeDay(Target& target, double days);
     void place(std::string& lines, const Target& target) const;
