@@ -19,8 +19,8 @@
 #include <kaputil/frame/plain_text.hpp>
 
 #include "ado/embedded/collation.hpp"
-#include "bench/folder.hpp"
 #include "bench/job.hpp"
+#include "tests/support/temporary_folder.hpp"
 
 namespace {
 
@@ -128,7 +128,7 @@ private:
         void operator()(sqlite3* handle) const { sqlite3_close(handle); }
     };
 
-    kap::bench::Folder folder_;
+    kap::test::TemporaryFolder folder_;
     Ref<kap::ado::Connection> connection_ = kap::make<kap::ado::Connection>();
     Ref<kap::CFG_Applicazioni> root_ = kap::make<kap::CFG_Applicazioni>();
     std::unique_ptr<sqlite3, Close> bare_;

@@ -11,8 +11,8 @@
 #include <kaputil/ado/connection.hpp>
 #include <kaputil/ado/recordset.hpp>
 
-#include "bench/folder.hpp"
 #include "bench/job.hpp"
+#include "tests/support/temporary_folder.hpp"
 
 namespace {
 
@@ -67,7 +67,7 @@ private:
         void operator()(sqlite3* handle) const { sqlite3_close(handle); }
     };
 
-    kap::bench::Folder folder_;
+    kap::test::TemporaryFolder folder_;
     Ref<kap::ado::Connection> ours_ = kap::make<kap::ado::Connection>();
     std::unique_ptr<sqlite3, Close> bare_;
 };

@@ -13,8 +13,8 @@
 #include <kaputil/frame/convert.hpp>
 #include <kaputil/host/text_export.hpp>
 
-#include "bench/folder.hpp"
 #include "bench/job.hpp"
+#include "tests/support/temporary_folder.hpp"
 
 namespace {
 
@@ -45,7 +45,7 @@ public:
         return sample;
     }
 
-    [[nodiscard]] const std::string& folder() const { return folder_.path(); }
+    [[nodiscard]] std::string file(const std::string& name) const { return folder_.file(name); }
     [[nodiscard]] std::string database() const { return folder_.file("bench.db"); }
     [[nodiscard]] Ref<kap::ado::Connection> open() const {
         auto connection = kap::make<kap::ado::Connection>();
@@ -72,7 +72,7 @@ private:
             u"0)");
     }
 
-    kap::bench::Folder folder_;
+    kap::test::TemporaryFolder folder_;
 };
 
 double secondsOf(const std::function<void()>& work) {
@@ -85,7 +85,7 @@ void exportRows() {
     String query(kQuery);
     Variant connection(Sample::get().open());
     String name = u"EXPORT.TXT";
-    String folder(Sample::get().folder() + "/");
+    String folder(Sample::get().file(""));
     bool describes = false;
     if (!kap::host::EsportaTXT(query, connection, name, folder, describes)) {
         throw std::runtime_error("the export failed");
@@ -93,7 +93,7 @@ void exportRows() {
 }
 
 void checkExport() {
-    const std::string file = Sample::get().folder() + "/EXPORT.TXT";
+    const std::string file = Sample::get().file("EXPORT.TXT");
     std::ifstream lines(file, std::ios::binary);
     std::string first;
     std::getline(lines, first);
@@ -105,7 +105,7 @@ void checkExport() {
 
 void runShell() {
     const std::string command = "sqlite3 -csv '" + Sample::get().database() + "' '" + kQuery +
-                                "' > '" + Sample::get().folder() + "/shell.csv'";
+                                "' > '" + Sample::get().file("shell.csv") + "'";
     if (std::system(command.c_str()) != 0) throw std::runtime_error("the sqlite3 shell failed");
 }
 

@@ -12,8 +12,8 @@
 #include <kaputil/numbering/document_numbers.hpp>
 
 #include "ado/embedded/collation.hpp"
-#include "bench/folder.hpp"
 #include "bench/job.hpp"
+#include "tests/support/temporary_folder.hpp"
 
 namespace {
 
@@ -80,7 +80,7 @@ private:
         void operator()(sqlite3* handle) const { sqlite3_close(handle); }
     };
 
-    kap::bench::Folder folder_;
+    kap::test::TemporaryFolder folder_;
     Variant connection_;
     std::unique_ptr<sqlite3, Close> bare_;
 };

@@ -14,8 +14,8 @@
 #include <kaputil/db/recordsets.hpp>
 #include <kaputil/frame/array.hpp>
 
-#include "bench/folder.hpp"
 #include "bench/job.hpp"
+#include "tests/support/temporary_folder.hpp"
 
 namespace {
 
@@ -95,7 +95,7 @@ private:
         void operator()(sqlite3* handle) const { sqlite3_close(handle); }
     };
 
-    kap::bench::Folder folder_;
+    kap::test::TemporaryFolder folder_;
     Ref<kap::ado::Connection> connection_ = kap::make<kap::ado::Connection>();
     std::unique_ptr<sqlite3, Close> bare_;
 };

@@ -14,9 +14,9 @@
 #include <kaputil/numbering/document_numbers.hpp>
 
 #include "ado/embedded/collation.hpp"
-#include "bench/folder.hpp"
 #include "bench/job.hpp"
 #include "bench/processes.hpp"
+#include "tests/support/temporary_folder.hpp"
 
 namespace {
 
@@ -63,7 +63,7 @@ public:
     }
 
 private:
-    kap::bench::Folder folder_;
+    kap::test::TemporaryFolder folder_;
 };
 
 struct Close {

@@ -13,8 +13,8 @@
 #include <kaputil/sqlscript/csql.hpp>
 
 #include "ado/embedded/collation.hpp"
-#include "bench/folder.hpp"
 #include "bench/job.hpp"
+#include "tests/support/temporary_folder.hpp"
 
 namespace {
 
@@ -79,7 +79,7 @@ private:
         void operator()(sqlite3* handle) const { sqlite3_close(handle); }
     };
 
-    kap::bench::Folder folder_;
+    kap::test::TemporaryFolder folder_;
     Ref<kap::ado::Connection> connection_ = kap::make<kap::ado::Connection>();
     std::unique_ptr<sqlite3, Close> bare_;
 };

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <stdexcept>
 
 #include <kaputil/ado/error_numbers.hpp>
 #include <kaputil/frame/error.hpp>
@@ -181,6 +182,18 @@ TEST_F(TextExport, PassesOnTheErrorsOfFilesAndQueries) {
     path_ = folder_.file("scambio");
     EXPECT_EQ(raisedBy([&] { return exportQuery("SELECT * FROM Inesistente"); }),
               ado::errors::kUnknownObject);
+}
+
+TEST_F(TextExport, LeavesTheRowsThatWereToldInTheFileWhenTheProgressIsBrokenOff) {
+    const auto breakOff = [](std::int64_t done, std::int64_t /*all*/) {
+        if (done == 2) {
+            throw std::runtime_error("enough");
+        }
+    };
+    EXPECT_THROW(EsportaTXT(u"SELECT 1 AS A UNION ALL SELECT 2 UNION ALL SELECT 3", connection_,
+                            u"EXPORT.TXT", path_, true, breakOff),
+                 std::runtime_error);
+    EXPECT_EQ(content(), "   1\r\n   2\r\n");
 }
 
 TEST_F(TextExport, TellsItsProgress) {

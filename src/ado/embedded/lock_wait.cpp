@@ -42,10 +42,10 @@ bool LockWait::sleep(int attempt) {
     if (now - start_ >= limit_) {
         return false;
     }
-    const auto longest =
-        longestSleep(std::chrono::duration_cast<std::chrono::microseconds>(now - start_));
-    std::uniform_int_distribution<microseconds::rep> sleep(kShortestSleep.count(), longest.count());
-    std::this_thread::sleep_for(microseconds(sleep(random_)));
+    const auto longest = longestSleep(std::chrono::duration_cast<microseconds>(now - start_));
+    std::uniform_int_distribution<microseconds::rep> length(kShortestSleep.count(),
+                                                            longest.count());
+    std::this_thread::sleep_for(microseconds(length(random_)));
     return true;
 }
 

@@ -17,7 +17,9 @@ namespace {
 
 using ado::DataTypeEnum;
 
-constexpr std::size_t kMoneyDigits = 4;
+// Behind the point: as many as an amount has.
+constexpr std::size_t kFewDigits = 4;
+constexpr std::int64_t kPowers[] = {1, 10, 100, 1000, 10000};
 
 bool isPlain(std::string_view text) {
     return std::ranges::all_of(text, [](char c) { return c >= ' ' && c <= '~'; });
@@ -58,8 +60,6 @@ RowLines::RowLines(const LineWriter& writer, std::vector<SourceColumn> sources,
         target.column = &column;
         target.info = columnInfo(column);
         target.way = wayOf(sources[i], column);
-        target.width = column.width.value_or(0);
-        target.right = writer.standsRight(column);
         target.instead = instead.substr(0, column.width.value_or(instead.size()));
     }
 }
@@ -77,7 +77,7 @@ RowLines::Way RowLines::wayOf(const SourceColumn& source, const Column& column) 
     const bool real = type == DataTypeEnum::adDouble || type == DataTypeEnum::adSingle;
     if (real && number) return Way::Real;
     const bool amount = type == DataTypeEnum::adCurrency && column.kind == ColumnKind::Currency;
-    if (amount && schema.currencySymbol.empty() && schema.currencyDigits <= kMoneyDigits) {
+    if (amount && schema.currencySymbol.empty() && schema.currencyDigits <= kFewDigits) {
         return Way::Amount;
     }
     const bool date = type == DataTypeEnum::adDBTimeStamp && column.kind == ColumnKind::Date;
@@ -136,12 +136,16 @@ bool RowLines::writeDirectly(Target& target, std::size_t row) {
         case Way::ByText:
             return false;
     }
-    return writer_.schema().layout == Layout::Delimited || cell_.size() <= target.width;
+    return fits(cell_.size(), target);
+}
+
+bool RowLines::fits(std::size_t length, const Target& target) const {
+    return writer_.schema().layout == Layout::Delimited ||
+           length <= target.column->width.value_or(0);
 }
 
 bool RowLines::writeText(std::string_view text, const Target& target) {
-    const bool fits = writer_.schema().layout == Layout::Delimited || text.size() <= target.width;
-    if (!fits || !isPlain(text) || text == replaced_) return false;
+    if (!fits(text.size(), target) || !isPlain(text) || text == replaced_) return false;
     cell_ = text;
     return true;
 }
@@ -150,49 +154,41 @@ bool RowLines::writeText(std::string_view text, const Target& target) {
 // texts are.
 bool RowLines::writeAmount(std::int64_t scaled) {
     const std::size_t digits = writer_.schema().currencyDigits;
-    constexpr std::int64_t kPowers[] = {1, 10, 100, 1000, 10000};
-    const std::int64_t cut = kPowers[kMoneyDigits - digits];
+    const std::int64_t cut = kPowers[kFewDigits - digits];
     if (scaled % cut != 0) return false;
-    const std::int64_t unit = kPowers[digits];
-    const std::int64_t units = scaled / cut;
-    if (units < 0) cell_ += '-';
-    const std::uint64_t size =
-        units < 0 ? 0 - static_cast<std::uint64_t>(units) : static_cast<std::uint64_t>(units);
-    cell_ += plain::text(size / static_cast<std::uint64_t>(unit));
-    if (digits == 0) return true;
-    const std::string fraction = plain::text(size % static_cast<std::uint64_t>(unit));
-    cell_ += decimalSymbol_;
-    cell_.append(digits - fraction.size(), '0');
-    cell_ += fraction;
+    writeDecimal(scaled / cut, digits);
     return true;
 }
 
 // Most numbers have a few decimals. A number that is the nearest to such a decimal of no more
 // digits than its type keeps has that decimal as its text.
 bool RowLines::writeShort(double value, bool single) {
-    constexpr double kUnit = 10'000;
+    constexpr auto kUnit = static_cast<double>(kPowers[kFewDigits]);
     constexpr double kMostOfDouble = 1e15;
     constexpr double kMostOfSingle = 1e7;
     const double scaled = std::nearbyint(value * kUnit);
-    const bool fits = scaled != 0 && std::abs(scaled) < (single ? kMostOfSingle : kMostOfDouble);
-    if (!fits) return false;
+    if (scaled == 0 || !(std::abs(scaled) < (single ? kMostOfSingle : kMostOfDouble))) return false;
     const double nearest = scaled / kUnit;
     if (single ? static_cast<float>(nearest) != static_cast<float>(value) : nearest != value) {
         return false;
     }
-    const auto units = static_cast<std::int64_t>(std::abs(scaled));
-    if (scaled < 0) cell_ += '-';
-    cell_ += plain::text(units / static_cast<std::int64_t>(kUnit));
-    std::int64_t fraction = units % static_cast<std::int64_t>(kUnit);
-    if (fraction == 0) return true;
-    std::size_t digits = kMoneyDigits;
-    for (; fraction % 10 == 0; fraction /= 10)
+    auto units = static_cast<std::int64_t>(scaled);
+    std::size_t digits = kFewDigits;
+    for (; digits > 0 && units % 10 == 0; units /= 10)
         --digits;
-    const std::string shown = plain::text(fraction);
-    cell_ += decimalSymbol_;
-    cell_.append(digits - shown.size(), '0');
-    cell_ += shown;
+    writeDecimal(units, digits);
     return true;
+}
+
+// A number of so many digits behind the point, at most kFewDigits.
+void RowLines::writeDecimal(std::int64_t units, std::size_t digits) {
+    if (units < 0) cell_ += '-';
+    cell_ += plain::text(std::abs(units / kPowers[digits]));
+    if (digits == 0) return;
+    const std::string fraction = plain::text(std::abs(units % kPowers[digits]));
+    cell_ += decimalSymbol_;
+    cell_.append(digits - fraction.size(), '0');
+    cell_ += fraction;
 }
 
 bool RowLines::writeReal(const Target& target, std::size_t row) {
@@ -239,10 +235,11 @@ void RowLines::place(std::string& lines, const Target& target) const {
         placeDelimited(lines, target);
         return;
     }
-    const std::size_t room = target.width - cell_.size();
-    if (target.right) lines.append(room, ' ');
+    const std::size_t room = target.column->width.value_or(0) - cell_.size();
+    const bool right = LineWriter::standsRight(*target.column);
+    if (right) lines.append(room, ' ');
     lines += cell_;
-    if (!target.right) lines.append(room, ' ');
+    if (!right) lines.append(room, ' ');
 }
 
 void RowLines::placeDelimited(std::string& lines, const Target& target) const {
@@ -259,11 +256,14 @@ void RowLines::placeDelimited(std::string& lines, const Target& target) const {
 
 std::optional<String> RowLines::textOf(const Target& target, std::size_t row) const {
     if (target.way == Way::Blank) return std::nullopt;
-    const Variant value = ado::toVariant(*target.source.info, *target.source.values, row);
-    const bool replaces =
-        value.isNull() || (value.isString() && value.as<String>().utf8() == replaced_);
+    const ado::ColumnStore& values = *target.source.values;
+    const ado::ColumnStore::Cell cell = values.cell(row);
+    const bool replaces = cell == ado::ColumnStore::Cell::Null ||
+                          (cell == ado::ColumnStore::Cell::Value &&
+                           isText(target.source.info->type) && values.bytes(row) == replaced_);
     if (replaces) return String(target.instead);
-    const ado::CellValue text = ado::toCell(target.info, value);
+    const ado::CellValue text =
+        ado::toCell(target.info, ado::toVariant(*target.source.info, values, row));
     const auto* bytes = std::get_if<std::string>(&text);
     return bytes == nullptr ? std::nullopt : std::optional<String>(*bytes);
 }

@@ -29,7 +29,8 @@ struct SourceColumn {
 class RowLines {
 public:
     // `sources` has an entry for each column of the schema. `instead` is written for Null and for
-    // the text that is `replaced`, cut to the column's width. What is given must outlive this.
+    // the text that is `replaced`, cut to the column's width. The writer and the result must
+    // outlive this.
     RowLines(const LineWriter& writer, std::vector<SourceColumn> sources, std::string_view replaced,
              std::string_view instead);
 
@@ -46,8 +47,6 @@ private:
         const Column* column = nullptr;
         ado::ColumnInfo info;  // of the column, as the file is described
         Way way = Way::ByText;
-        std::size_t width = 0;
-        bool right = false;
         std::string instead;
         std::unordered_map<std::int64_t, std::string> days;  // written before
     };
@@ -59,8 +58,10 @@ private:
     [[nodiscard]] bool writeText(std::string_view text, const Target& target);
     [[nodiscard]] bool writeAmount(std::int64_t scaled);
     [[nodiscard]] bool writeShort(double value, bool single);
+    void writeDecimal(std::int64_t units, std::size_t digits);
     [[nodiscard]] bool writeReal(const Target& target, std::size_t row);
     [[nodiscard]] bool writeDay(Target& target, double days);
+    [[nodiscard]] bool fits(std::size_t length, const Target& target) const;
     void place(std::string& lines, const Target& target) const;
     void placeDelimited(std::string& lines, const Target& target) const;
     [[nodiscard]] std::optional<String> textOf(const Target& target, std::size_t row) const;

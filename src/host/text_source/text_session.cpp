@@ -33,28 +33,27 @@ public:
         ++rows_;
     }
 
-    // What was complete before a row fails is in the file.
+    // What was complete before a row fails, or whoever is told of its progress, is in the file.
     void copy(const CopiedRows& copied) {
         constexpr std::size_t kPiece = 64 * 1024;
         RowLines source(writer_, sourcesOf(*copied.result), copied.replaced, copied.instead);
         std::string lines;
         lines.reserve(kPiece + kPiece / 2);
-        const auto write = [&] { file_.write(std::exchange(lines, std::string())); };
         for (const std::size_t row : copied.rows) {
             try {
                 source.append(lines, row, rows_ + 1);
-            } catch (const AutomationError&) {
-                write();
+                ++rows_;
+                if (copied.progress) copied.progress(rows_);
+            } catch (...) {
+                file_.write(lines);
                 throw;
             }
-            ++rows_;
-            if (copied.progress) copied.progress(rows_);
             if (lines.size() >= kPiece) {
                 file_.write(lines);
                 lines.clear();
             }
         }
-        write();
+        file_.write(lines);
     }
 
     // The position of the first column of this name that is not taken; the number of columns when

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <utility>
+
 #include "translated_database.hpp"
 
 namespace kap::ado::embedded {
@@ -29,6 +31,25 @@ TEST_F(TranslateWrite, InsertsSeveralRowsWithDefaultAsAValue) {
     run("INSERT T (Codice, Nome, Qta) VALUES ('a', DEFAULT, 2), ('b', NULL, DEFAULT)");
     EXPECT_EQ(run("SELECT Id, Codice, Nome, Qta, Ver FROM T ORDER BY Id"),
               "1|a   |n/d|2.00|0x0000000000000001\n2|b   |NULL|1.50|0x0000000000000002");
+}
+
+TEST_F(TranslateWrite, BindsConstantsSoThatStatementsShareATextOrWritesThemIntoIt) {
+    for (const auto& [one, other] : {
+             std::pair("INSERT INTO T (Codice, Qta) VALUES ('a', 1)",
+                       "INSERT INTO T (Codice, Qta) VALUES ('b', -2.5)"),
+             std::pair("UPDATE T SET Nome = 'x' WHERE Id = 1 AND Qta > 0.5",
+                       "UPDATE T SET Nome = 'y z' WHERE Id = 22 AND Qta > 7.25"),
+             std::pair("DELETE T WHERE Data BETWEEN '20240101' AND '20240131' AND Nome LIKE 'x%'",
+                       "DELETE T WHERE Data BETWEEN '20250201' AND '20250228' AND Nome LIKE '%y'"),
+         }) {
+        const Translation first = database_.translation(one, Constants::Bound);
+        const Translation second = database_.translation(other, Constants::Bound);
+        EXPECT_EQ(first.sql, second.sql);
+        EXPECT_NE(first.constants, second.constants);
+        const Translation inText = database_.translation(one);
+        EXPECT_NE(inText.sql, first.sql);
+        EXPECT_TRUE(inText.constants.empty());
+    }
 }
 
 TEST_F(TranslateWrite, InsertsWithoutAColumnList) {

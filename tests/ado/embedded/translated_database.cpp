@@ -86,8 +86,8 @@ TranslatedDatabase::~TranslatedDatabase() {
     sqlite3_close(connection_);
 }
 
-Translation TranslatedDatabase::translation(const std::string& statement) {
-    return translate(tsql::parseScript(statement).at(0), Names(*tables_));
+Translation TranslatedDatabase::translation(const std::string& statement, Constants constants) {
+    return translate(tsql::parseScript(statement).at(0), Names(*tables_), constants);
 }
 
 std::string TranslatedDatabase::run(const std::string& script) {

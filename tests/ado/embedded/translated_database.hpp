@@ -31,7 +31,7 @@ public:
     std::string columns(const std::string& query);
 
     /// The translation of one statement.
-    Translation translation(const std::string& statement);
+    Translation translation(const std::string& statement, Constants constants = Constants::InText);
 
 private:
     class Tables;
