@@ -9,34 +9,6 @@ void ColumnStore::reserve(std::size_t rows) {
     cells_.reserve(rows);
 }
 
-void ColumnStore::appendNull() {
-    words_.push_back(0);
-    cells_.push_back(Cell::Null);
-}
-
-void ColumnStore::appendInteger(std::int64_t value) {
-    words_.push_back(static_cast<std::uint64_t>(value));
-    cells_.push_back(Cell::Value);
-}
-
-void ColumnStore::appendReal(double value) {
-    words_.push_back(std::bit_cast<std::uint64_t>(value));
-    cells_.push_back(Cell::Value);
-}
-
-void ColumnStore::appendBytes(std::string_view bytes) {
-    words_.push_back(store(bytes));
-    cells_.push_back(Cell::Value);
-}
-
-std::int64_t ColumnStore::integer(std::size_t row) const noexcept {
-    return static_cast<std::int64_t>(words_[row]);
-}
-
-double ColumnStore::real(std::size_t row) const noexcept {
-    return std::bit_cast<double>(words_[row]);
-}
-
 std::string_view ColumnStore::bytes(std::size_t row) const noexcept {
     const char* at = arena_.data() + words_[row];
     std::size_t length = 0;

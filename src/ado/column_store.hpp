@@ -1,5 +1,6 @@
 #pragma once
 
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -24,15 +25,21 @@ public:
     [[nodiscard]] std::size_t size() const noexcept { return words_.size(); }
     void reserve(std::size_t rows);
 
-    void appendNull();
-    void appendInteger(std::int64_t value);
-    void appendReal(double value);
+    void appendNull() { append(0, Cell::Null); }
+    void appendInteger(std::int64_t value) {
+        append(static_cast<std::uint64_t>(value), Cell::Value);
+    }
+    void appendReal(double value) { append(std::bit_cast<std::uint64_t>(value), Cell::Value); }
     // Text as UTF-8, or binary.
-    void appendBytes(std::string_view bytes);
+    void appendBytes(std::string_view bytes) { append(store(bytes), Cell::Value); }
 
     [[nodiscard]] Cell cell(std::size_t row) const noexcept { return cells_[row]; }
-    [[nodiscard]] std::int64_t integer(std::size_t row) const noexcept;
-    [[nodiscard]] double real(std::size_t row) const noexcept;
+    [[nodiscard]] std::int64_t integer(std::size_t row) const noexcept {
+        return static_cast<std::int64_t>(words_[row]);
+    }
+    [[nodiscard]] double real(std::size_t row) const noexcept {
+        return std::bit_cast<double>(words_[row]);
+    }
     [[nodiscard]] std::string_view bytes(std::size_t row) const noexcept;
 
     void setNull(std::size_t row);
@@ -52,6 +59,10 @@ public:
     [[nodiscard]] std::size_t memory() const noexcept;
 
 private:
+    void append(std::uint64_t word, Cell cell) {
+        words_.push_back(word);
+        cells_.push_back(cell);
+    }
     [[nodiscard]] std::uint64_t store(std::string_view bytes);
 
     std::vector<std::uint64_t> words_;

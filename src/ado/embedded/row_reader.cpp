@@ -8,17 +8,17 @@
 namespace kap::ado::embedded {
 namespace {
 
-std::string_view textCell(sqlite3_stmt* row, int column) {
-    const auto* data = reinterpret_cast<const char*>(sqlite3_column_text(row, column));
-    return {data, static_cast<std::size_t>(sqlite3_column_bytes(row, column))};
+std::string_view textOf(sqlite3_value* value) {
+    const auto* data = reinterpret_cast<const char*>(sqlite3_value_text(value));
+    return {data, static_cast<std::size_t>(sqlite3_value_bytes(value))};
 }
 
-std::string_view binaryCell(sqlite3_stmt* row, int column) {
+std::string_view bytesOf(sqlite3_value* value) {
     // SQLite answers a null pointer for no bytes.
-    const auto* data = static_cast<const char*>(sqlite3_column_blob(row, column));
-    return data == nullptr ? std::string_view()
-                           : std::string_view(
-                                 data, static_cast<std::size_t>(sqlite3_column_bytes(row, column)));
+    const auto* data = static_cast<const char*>(sqlite3_value_blob(value));
+    return data == nullptr
+               ? std::string_view()
+               : std::string_view(data, static_cast<std::size_t>(sqlite3_value_bytes(value)));
 }
 
 }  // namespace
@@ -33,9 +33,11 @@ RowReader::RowReader(const std::vector<ColumnInfo>& columns) : columns_(columns)
 void RowReader::read(const PreparedStatement& statement, std::vector<ColumnStore>& stores) const {
     sqlite3_stmt* row = statement.handle();
     for (std::size_t i = 0; i < storages_.size(); ++i) {
-        const int column = static_cast<int>(i);
         ColumnStore& store = stores[i];
-        const int type = sqlite3_column_type(row, column);
+        // The value itself, not its parts one by one: connections are used by one thread at a
+        // time, so that nothing needs its lock taken for each of them.
+        sqlite3_value* value = sqlite3_column_value(row, static_cast<int>(i));
+        const int type = sqlite3_value_type(value);
         if (type == SQLITE_NULL) {
             store.appendNull();
             continue;
@@ -43,22 +45,18 @@ void RowReader::read(const PreparedStatement& statement, std::vector<ColumnStore
         const bool isNumber = type == SQLITE_INTEGER || type == SQLITE_FLOAT;
         switch (storages_[i]) {
             case Storage::Integer:
-                if (type != SQLITE_INTEGER) {
-                    refuse(i);
-                }
-                store.appendInteger(sqlite3_column_int64(row, column));
+                if (type != SQLITE_INTEGER) refuse(i);
+                store.appendInteger(sqlite3_value_int64(value));
                 break;
             case Storage::Real:
-                if (!isNumber) {
-                    refuse(i);
-                }
-                store.appendReal(sqlite3_column_double(row, column));
+                if (!isNumber) refuse(i);
+                store.appendReal(sqlite3_value_double(value));
                 break;
             case Storage::Text:
-                store.appendBytes(textCell(row, column));
+                store.appendBytes(textOf(value));
                 break;
             case Storage::Binary:
-                store.appendBytes(binaryCell(row, column));
+                store.appendBytes(bytesOf(value));
                 break;
         }
     }

@@ -11,6 +11,7 @@
 #include <kaputil/frame/plain_text.hpp>
 
 #include "ado/cell_value.hpp"
+#include "frame/convert/scaled_text.hpp"
 
 namespace kap::host::text_source {
 namespace {
@@ -21,8 +22,18 @@ using ado::DataTypeEnum;
 constexpr std::size_t kFewDigits = 4;
 constexpr std::int64_t kPowers[] = {1, 10, 100, 1000, 10000};
 
+bool isPlain(char c) {
+    return c >= ' ' && c <= '~';
+}
+
 bool isPlain(std::string_view text) {
-    return std::ranges::all_of(text, [](char c) { return c >= ' ' && c <= '~'; });
+    return std::ranges::all_of(text, [](char c) { return isPlain(c); });
+}
+
+// The character before the decimals; one that is not plain when there is more than one.
+char pointOf(const Schema& schema) {
+    const std::u16string_view symbol = schema.decimalSymbol.view();
+    return symbol.size() == 1 && symbol.front() <= u'~' ? static_cast<char>(symbol.front()) : '\0';
 }
 
 bool isWhole(DataTypeEnum type) {
@@ -51,7 +62,7 @@ RowLines::RowLines(const LineWriter& writer, std::vector<SourceColumn> sources,
     : writer_(writer),
       replaced_(replaced),
       delimiter_(writer.encoded(writer.schema().delimiter)),
-      decimalSymbol_(writer.schema().decimalSymbol.utf8()) {
+      point_(pointOf(writer.schema())) {
     targets_.reserve(sources.size());
     for (std::size_t i = 0; i < sources.size(); ++i) {
         const Column& column = writer.schema().columns[i];
@@ -60,6 +71,7 @@ RowLines::RowLines(const LineWriter& writer, std::vector<SourceColumn> sources,
         target.column = &column;
         target.info = columnInfo(column);
         target.way = wayOf(sources[i], column);
+        target.standsRight = LineWriter::standsRight(column);
         target.instead = instead.substr(0, column.width.value_or(instead.size()));
     }
 }
@@ -68,8 +80,7 @@ RowLines::Way RowLines::wayOf(const SourceColumn& source, const Column& column) 
     if (source.info == nullptr) return Way::Blank;
     const Schema& schema = writer_.schema();
     const DataTypeEnum type = source.info->type;
-    const bool direct = schema.encoding != Encoding::Unicode && isPlain(decimalSymbol_);
-    if (!direct) return Way::ByText;
+    if (schema.encoding == Encoding::Unicode || !isPlain(point_)) return Way::ByText;
     const bool asItIs = column.kind == ColumnKind::Text || column.kind == ColumnKind::Whole;
     if (isText(type) && asItIs) return Way::Plain;
     const bool number = column.kind == ColumnKind::Real && !schema.numberDigits;
@@ -86,12 +97,14 @@ RowLines::Way RowLines::wayOf(const SourceColumn& source, const Column& column) 
 
 void RowLines::append(std::string& lines, std::size_t row, std::int64_t number) {
     const std::size_t begun = lines.size();
+    const bool separated = writer_.schema().layout == Layout::Delimited;
     try {
         bool first = true;
         for (Target& target : targets_) {
-            const bool separated = writer_.schema().layout == Layout::Delimited;
             if (separated && !std::exchange(first, false)) lines += delimiter_;
-            appendCell(lines, target, row, number);
+            if (appendDirectly(lines, target, row)) continue;
+            const auto column = static_cast<std::size_t>(&target - targets_.data());
+            lines += writer_.encoded(writer_.cell(column, textOf(target, row), number));
         }
         lines += writer_.lineEnd();
     } catch (...) {
@@ -100,18 +113,7 @@ void RowLines::append(std::string& lines, std::size_t row, std::int64_t number) 
     }
 }
 
-void RowLines::appendCell(std::string& lines, Target& target, std::size_t row,
-                          std::int64_t number) {
-    cell_.clear();
-    if (writeDirectly(target, row)) {
-        place(lines, target);
-        return;
-    }
-    const auto column = static_cast<std::size_t>(&target - targets_.data());
-    lines += writer_.encoded(writer_.cell(column, textOf(target, row), number));
-}
-
-bool RowLines::writeDirectly(Target& target, std::size_t row) {
+bool RowLines::appendDirectly(std::string& lines, Target& target, std::size_t row) {
     if (target.way == Way::Blank || target.way == Way::ByText ||
         target.source.values->cell(row) != ado::ColumnStore::Cell::Value) {
         return false;
@@ -119,53 +121,42 @@ bool RowLines::writeDirectly(Target& target, std::size_t row) {
     const ado::ColumnStore& values = *target.source.values;
     switch (target.way) {
         case Way::Plain:
-            return writeText(values.bytes(row), target);
+            return appendText(lines, target, values.bytes(row));
         case Way::Whole:
-            cell_ = plain::text(values.integer(row));
-            break;
+            return place(lines, target, plain::ScaledText(values.integer(row)).view());
         case Way::Real:
-            if (!writeReal(target, row)) return false;
-            break;
+            return appendShort(lines, target, values.real(row)) || appendReal(lines, target, row);
         case Way::Amount:
-            if (!writeAmount(values.integer(row))) return false;
-            break;
+            return appendAmount(lines, target, values.integer(row));
         case Way::Day:
-            if (!writeDay(target, values.real(row))) return false;
-            break;
+            return appendDay(lines, target, values.real(row));
         case Way::Blank:
         case Way::ByText:
             return false;
     }
-    return fits(cell_.size(), target);
+    return false;
 }
 
-bool RowLines::fits(std::size_t length, const Target& target) const {
-    return writer_.schema().layout == Layout::Delimited ||
-           length <= target.column->width.value_or(0);
-}
-
-bool RowLines::writeText(std::string_view text, const Target& target) {
-    if (!fits(text.size(), target) || !isPlain(text) || text == replaced_) return false;
-    cell_ = text;
-    return true;
+bool RowLines::appendText(std::string& lines, const Target& target, std::string_view text) const {
+    return isPlain(text) && text != replaced_ && place(lines, target, text);
 }
 
 // An amount is stored with four digits behind the point. One that is cut to fewer is rounded as
 // texts are.
-bool RowLines::writeAmount(std::int64_t scaled) {
+bool RowLines::appendAmount(std::string& lines, const Target& target, std::int64_t scaled) const {
     const std::size_t digits = writer_.schema().currencyDigits;
     const std::int64_t cut = kPowers[kFewDigits - digits];
     if (scaled % cut != 0) return false;
-    writeDecimal(scaled / cut, digits);
-    return true;
+    return place(lines, target, plain::ScaledText(scaled / cut, digits, point_).view());
 }
 
 // Most numbers have a few decimals. A number that is the nearest to such a decimal of no more
 // digits than its type keeps has that decimal as its text.
-bool RowLines::writeShort(double value, bool single) {
+bool RowLines::appendShort(std::string& lines, const Target& target, double value) const {
     constexpr auto kUnit = static_cast<double>(kPowers[kFewDigits]);
     constexpr double kMostOfDouble = 1e15;
     constexpr double kMostOfSingle = 1e7;
+    const bool single = target.source.info->type == DataTypeEnum::adSingle;
     const double scaled = std::nearbyint(value * kUnit);
     if (scaled == 0 || !(std::abs(scaled) < (single ? kMostOfSingle : kMostOfDouble))) return false;
     const double nearest = scaled / kUnit;
@@ -176,42 +167,30 @@ bool RowLines::writeShort(double value, bool single) {
     std::size_t digits = kFewDigits;
     for (; digits > 0 && units % 10 == 0; units /= 10)
         --digits;
-    writeDecimal(units, digits);
-    return true;
+    return place(lines, target, plain::ScaledText(units, digits, point_).view());
 }
 
-// A number of so many digits behind the point, at most kFewDigits.
-void RowLines::writeDecimal(std::int64_t units, std::size_t digits) {
-    if (units < 0) cell_ += '-';
-    cell_ += plain::text(std::abs(units / kPowers[digits]));
-    if (digits == 0) return;
-    const std::string fraction = plain::text(std::abs(units % kPowers[digits]));
-    cell_ += decimalSymbol_;
-    cell_.append(digits - fraction.size(), '0');
-    cell_ += fraction;
-}
-
-bool RowLines::writeReal(const Target& target, std::size_t row) {
+bool RowLines::appendReal(std::string& lines, const Target& target, std::size_t row) const {
     const bool single = target.source.info->type == DataTypeEnum::adSingle;
-    if (writeShort(target.source.values->real(row), single)) return true;
     const String text =
         convert::toString(ado::toVariant(*target.source.info, *target.source.values, row));
+    std::string written;
     for (const char16_t unit : text.view()) {
         // A Single with an exponent has none when it is read again with the room of a Double.
         const bool grows = single && unit == u'E';
         if (unit == currentLocale().decimalSeparator) {
-            cell_ += decimalSymbol_;
+            written += point_;
         } else if (grows || unit < u' ' || unit > u'~') {
             return false;
         } else {
-            cell_ += static_cast<char>(unit);
+            written += static_cast<char>(unit);
         }
     }
-    return true;
+    return place(lines, target, written);
 }
 
 // Days come again and again: each is written once by way of its text.
-bool RowLines::writeDay(Target& target, double days) {
+bool RowLines::appendDay(std::string& lines, Target& target, double days) const {
     constexpr double kFarthest = 3'000'000;
     constexpr std::size_t kMostKept = 5'000;
     if (!(days > -kFarthest && days < kFarthest)) return false;
@@ -226,29 +205,29 @@ bool RowLines::writeDay(Target& target, double days) {
         if (!isPlain(written)) return false;
         known = target.days.emplace(day, std::move(written)).first;
     }
-    cell_ = known->second;
+    return place(lines, target, known->second);
+}
+
+bool RowLines::place(std::string& lines, const Target& target, std::string_view cell) const {
+    if (writer_.schema().layout == Layout::Delimited) {
+        placeDelimited(lines, target, cell);
+        return true;
+    }
+    const std::size_t width = target.column->width.value_or(0);
+    if (cell.size() > width) return false;
+    const std::size_t begin = lines.size() + (target.standsRight ? width - cell.size() : 0);
+    lines.append(width, ' ');
+    std::ranges::copy(cell, lines.begin() + static_cast<std::ptrdiff_t>(begin));
     return true;
 }
 
-void RowLines::place(std::string& lines, const Target& target) const {
-    if (writer_.schema().layout == Layout::Delimited) {
-        placeDelimited(lines, target);
-        return;
-    }
-    const std::size_t room = target.column->width.value_or(0) - cell_.size();
-    const bool right = LineWriter::standsRight(*target.column);
-    if (right) lines.append(room, ' ');
-    lines += cell_;
-    if (!right) lines.append(room, ' ');
-}
-
-void RowLines::placeDelimited(std::string& lines, const Target& target) const {
-    if (target.column->kind != ColumnKind::Text || cell_.empty()) {
-        lines += cell_;
+void RowLines::placeDelimited(std::string& lines, const Target& target, std::string_view cell) {
+    if (target.column->kind != ColumnKind::Text || cell.empty()) {
+        lines += cell;
         return;
     }
     lines += '"';
-    for (const char letter : cell_) {
+    for (const char letter : cell) {
         lines.append(letter == '"' ? 2 : 1, letter);
     }
     lines += '"';

@@ -47,31 +47,31 @@ private:
         const Column* column = nullptr;
         ado::ColumnInfo info;  // of the column, as the file is described
         Way way = Way::ByText;
+        bool standsRight = false;
         std::string instead;
         std::unordered_map<std::int64_t, std::string> days;  // written before
     };
 
     [[nodiscard]] Way wayOf(const SourceColumn& source, const Column& column) const;
-    void appendCell(std::string& lines, Target& target, std::size_t row, std::int64_t number);
-    // False when the value has to go by way of its text.
-    [[nodiscard]] bool writeDirectly(Target& target, std::size_t row);
-    [[nodiscard]] bool writeText(std::string_view text, const Target& target);
-    [[nodiscard]] bool writeAmount(std::int64_t scaled);
-    [[nodiscard]] bool writeShort(double value, bool single);
-    void writeDecimal(std::int64_t units, std::size_t digits);
-    [[nodiscard]] bool writeReal(const Target& target, std::size_t row);
-    [[nodiscard]] bool writeDay(Target& target, double days);
-    [[nodiscard]] bool fits(std::size_t length, const Target& target) const;
-    void place(std::string& lines, const Target& target) const;
-    void placeDelimited(std::string& lines, const Target& target) const;
+    // Each of these is false, and has written nothing, when the value has to go by way of its text.
+    [[nodiscard]] bool appendDirectly(std::string& lines, Target& target, std::size_t row);
+    [[nodiscard]] bool appendText(std::string& lines, const Target& target,
+                                  std::string_view text) const;
+    [[nodiscard]] bool appendAmount(std::string& lines, const Target& target,
+                                    std::int64_t scaled) const;
+    [[nodiscard]] bool appendShort(std::string& lines, const Target& target, double value) const;
+    [[nodiscard]] bool appendReal(std::string& lines, const Target& target, std::size_t row) const;
+    [[nodiscard]] bool appendDay(std::string& lines, Target& target, double days) const;
+    // False when the cell is wider than its column.
+    [[nodiscard]] bool place(std::string& lines, const Target& target, std::string_view cell) const;
+    static void placeDelimited(std::string& lines, const Target& target, std::string_view cell);
     [[nodiscard]] std::optional<String> textOf(const Target& target, std::size_t row) const;
 
     const LineWriter& writer_;
     std::vector<Target> targets_;
     std::string replaced_;
     std::string delimiter_;
-    std::string decimalSymbol_;
-    std::string cell_;  // the value being written
+    char point_;  // before the decimals
 };
 
 }  // namespace kap::host::text_source

@@ -4,6 +4,7 @@
 
 #include <kaputil/frame/plain_text.hpp>
 
+#include "frame/convert/scaled_text.hpp"
 #include "tsql/text.hpp"
 
 namespace kap::ado::embedded {
@@ -98,15 +99,7 @@ std::optional<ScaledNumber> parseScaled(std::string_view text) {
 }
 
 std::string scaledText(std::int64_t value, int scale) {
-    std::string digits = tsql::integerText(value);
-    const bool negative = digits.front() == '-';
-    if (negative) digits.erase(0, 1);
-    const auto places = static_cast<std::size_t>(scale);
-    if (scale > 0) {
-        if (digits.size() <= places) digits.insert(0, places + 1 - digits.size(), '0');
-        digits.insert(digits.size() - places, ".");
-    }
-    return negative ? "-" + digits : digits;
+    return std::string(plain::ScaledText(value, static_cast<std::size_t>(scale)).view());
 }
 
 double scaledToDouble(std::int64_t value, int scale) {
