@@ -63,6 +63,7 @@ Variant CErrore::Numero() const {
 }
 
 void CErrore::setNumero(const Variant& value) {
+    clear_ = false;
     properties_->Scrivi(kNumber, value);
 }
 
@@ -70,15 +71,19 @@ void CErrore::AddMessaggio(const Variant& messaggio) {
     if (messageCount_ == std::numeric_limits<std::int16_t>::max()) {
         throw AutomationError(errors::kOverflow);
     }
+    clear_ = false;
     ++messageCount_;
     properties_->Scrivi(messageName(messageCount_), messaggio);
 }
 
+// Whoever reports here clears before each call, and mostly what is clear already.
 void CErrore::Clear() {
+    if (clear_) return;
     properties_ = make<CProprieta>();
     properties_->Scrivi(kNumber, u"0");
     properties_->Scrivi(messageName(1), u"");
     messageCount_ = 0;
+    clear_ = true;
 }
 
 Variant CErrore::MsgToArray() const {
@@ -103,6 +108,7 @@ Variant CErrore::ToString() const {
 }
 
 void CErrore::Init(const String& stringa) {
+    clear_ = false;
     properties_->Scrivi(u"", stringa);
     messageCount_ = 0;
     for (std::int16_t number = 1; number <= kMaxRestored; ++number) {
@@ -119,6 +125,7 @@ Variant CErrore::LeggiAttributo(const String& nomeAttributo) const {
 }
 
 void CErrore::ScriviAttributo(const String& nomeAttributo, const String& valore) {
+    clear_ = false;
     properties_->Scrivi(nomeAttributo, valore);
 }
 

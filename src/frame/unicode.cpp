@@ -1,5 +1,6 @@
 #include "frame/unicode.hpp"
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 
@@ -48,8 +49,14 @@ void appendUtf8(std::string& out, char32_t point) {
 
 // Writes `text` as UTF-8; `replace` decides about half surrogate pairs: U+FFFD or giving up.
 bool encode(std::u16string_view text, bool replace, std::string& out) {
+    // Most texts are plain ASCII, one byte a unit; the rest begins at the first that is not.
+    const auto plainEnd = std::ranges::find_if(text, [](char16_t unit) { return unit >= 0x80; });
+    const auto plain = static_cast<std::size_t>(plainEnd - text.begin());
     out.reserve(text.size());
-    for (std::size_t i = 0; i < text.size(); ++i) {
+    out.resize(plain);
+    std::transform(text.begin(), plainEnd, out.begin(),
+                   [](char16_t unit) { return static_cast<char>(unit); });
+    for (std::size_t i = plain; i < text.size(); ++i) {
         const char16_t unit = text[i];
         if (unit < 0x80) {
             out.push_back(static_cast<char>(unit));

@@ -192,16 +192,34 @@ constexpr std::array kReserved = std::to_array<std::string_view>({"ADD",
                                                                   "WITH",
                                                                   "WRITETEXT"});
 
-constexpr std::size_t kLongestReserved = 17;
-
 static_assert(std::is_sorted(kReserved.begin(), kReserved.end()));
+
+constexpr std::size_t kLetters = 26;
+
+// Where the words that begin with each letter start; behind the last letter, the end.
+constexpr std::array<std::size_t, kLetters + 1> kFirstOf = [] {
+    std::array<std::size_t, kLetters + 1> first{};
+    for (std::size_t letter = 0; letter <= kLetters; ++letter) {
+        while (first[letter] < kReserved.size() &&
+               static_cast<std::size_t>(kReserved[first[letter]].front() - 'A') < letter)
+            ++first[letter];
+    }
+    return first;
+}();
 
 }  // namespace
 
+// Asked of nearly every word of a script.
 bool isReserved(std::string_view word) {
-    if (word.size() > kLongestReserved) return false;
-    const std::string upper = asciiUpper(word);
-    return std::binary_search(kReserved.begin(), kReserved.end(), std::string_view(upper));
+    if (word.empty()) return false;
+    const auto letter = static_cast<std::size_t>((word.front() & ~0x20) - 'A');
+    if (letter >= kLetters) return false;
+    for (std::size_t i = kFirstOf[letter]; i < kFirstOf[letter + 1]; ++i) {
+        if (kReserved[i].size() == word.size() && equalsIgnoringCase(kReserved[i], word)) {
+            return true;
+        }
+    }
+    return false;
 }
 
 }  // namespace kap::tsql

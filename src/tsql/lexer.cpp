@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
 #include <utility>
 
 #include "tsql/server_error.hpp"
@@ -13,29 +14,54 @@ namespace {
 
 constexpr std::size_t kMaxNameLength = 128;
 
-bool isDigit(char c) {
-    return c >= '0' && c <= '9';
+// What a character can be. Every one outside ASCII counts as a letter: names in any language need
+// no quotes.
+enum Class : std::uint8_t { kBlank = 1, kDigit = 2, kHexDigit = 4, kStartsName = 8, kInName = 16 };
+
+constexpr std::array<std::uint8_t, 256> kClasses = [] {
+    std::array<std::uint8_t, 256> classes{};
+    const auto add = [&classes](int first, int last, int what) {
+        for (int c = first; c <= last; ++c)
+            classes.at(static_cast<std::size_t>(c)) |= static_cast<std::uint8_t>(what);
+    };
+    add(' ', ' ', kBlank);
+    add('\t', '\r', kBlank);
+    add('0', '9', kDigit | kHexDigit | kInName);
+    add('a', 'f', kHexDigit);
+    add('A', 'F', kHexDigit);
+    add('a', 'z', kStartsName | kInName);
+    add('A', 'Z', kStartsName | kInName);
+    for (const char c : {'_', '#', '@'})
+        add(c, c, kStartsName | kInName);
+    add('$', '$', kInName);
+    add(0x80, 0xFF, kStartsName | kInName);
+    return classes;
+}();
+
+bool is(char c, int classes) {
+    return (kClasses[static_cast<unsigned char>(c)] & classes) != 0;
 }
 
-bool isHexDigit(char c) {
-    return isDigit(c) || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F');
+bool isDigit(char c) {
+    return is(c, kDigit);
 }
 
 bool isAscii(char c) {
     return static_cast<unsigned char>(c) < 0x80;
 }
 
-// Every character outside ASCII counts as a letter: names in any language need no quotes.
-bool isLetter(char c) {
-    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_' || !isAscii(c);
-}
-
-bool startsName(char c) {
-    return isLetter(c) || c == '#' || c == '@';
-}
-
-bool continuesName(char c) {
-    return startsName(c) || isDigit(c) || c == '$';
+bool isPair(char first, char second) {
+    constexpr std::string_view kBeforeEquals = "<>!+-*/%&|^";
+    switch (second) {
+        case '=':
+            return kBeforeEquals.find(first) != std::string_view::npos;
+        case '>':
+            return first == '<' || first == '!';
+        case '<':
+            return first == '!';
+        default:
+            return false;
+    }
 }
 
 class Lexer {
@@ -44,7 +70,7 @@ public:
         : sql_(sql), line_(firstLine), quotedNames_(quotedNames) {}
 
     std::vector<Token> run() {
-        constexpr std::size_t kUsualLength = 6;  // of a token and the blank behind it
+        constexpr std::size_t kUsualLength = 5;  // of a token and the blank behind it
         tokens_.reserve(sql_.size() / kUsualLength + 2);
         while (skipBlanks(), position_ < sql_.size()) {
             const std::size_t start = position_;
@@ -70,12 +96,15 @@ private:
 
     void skipBlanks() {
         while (position_ < sql_.size()) {
-            if (looksAt("--")) {
+            const char c = at(0);
+            if (is(c, kBlank)) {
+                if (c == '\n') ++line_;
+                ++position_;
+            } else if (c == '-' && at(1) == '-') {
                 position_ = std::min(sql_.find('\n', position_), sql_.size());
-            } else if (looksAt("/*")) {
+            } else if (c == '/' && at(1) == '*') {
                 skipComment();
-            } else if (const std::size_t width = blankWidth(); width > 0) {
-                if (at(0) == '\n') ++line_;
+            } else if (const std::size_t width = wideBlank(); width > 0) {
                 position_ += width;
             } else {
                 return;
@@ -84,9 +113,8 @@ private:
     }
 
     // Texts pasted from documents carry no-break spaces and byte-order marks: both are blanks.
-    [[nodiscard]] std::size_t blankWidth() const {
-        const char c = at(0);
-        if (c == ' ' || (c >= '\t' && c <= '\r')) return 1;
+    [[nodiscard]] std::size_t wideBlank() const {
+        if (isAscii(at(0))) return 0;
         if (looksAt("\xC2\xA0")) return 2;
         if (looksAt("\xEF\xBB\xBF")) return 3;
         return 0;
@@ -124,8 +152,8 @@ private:
             readQuoted(quotedNames_ ? TokenKind::QuotedName : TokenKind::Text, '"');
         } else if (c == '?') {
             ++position_;
-            tokens_.push_back({TokenKind::Parameter, integerText(++parameters_), line_});
-        } else if (startsName(c)) {
+            add(TokenKind::Parameter, integerText(++parameters_), line_);
+        } else if (is(c, kStartsName)) {
             readName();
         } else if (isDigit(c) || (c == '.' && isDigit(at(1)))) {
             readNumber(TokenKind::Integer);
@@ -151,7 +179,7 @@ private:
             if (at(1) != close) {
                 ++position_;
                 if (kind == TokenKind::QuotedName) checkNameLength(text, startLine);
-                tokens_.push_back({kind, std::move(text), startLine});
+                add(kind, std::move(text), startLine);
                 return;
             }
             text += close;
@@ -164,22 +192,22 @@ private:
 
     void readName() {
         const std::size_t start = position_;
-        while (position_ < sql_.size() && continuesName(at(0)) && blankWidth() == 0)
+        while (is(at(0), kInName) && wideBlank() == 0)
             ++position_;
-        std::string text(sql_.substr(start, position_ - start));
-        checkNameLength(text, line_);
-        const TokenKind kind = text.front() == '@' ? TokenKind::Variable : TokenKind::Word;
-        tokens_.push_back({kind, std::move(text), line_});
+        const std::string_view name = sql_.substr(start, position_ - start);
+        checkNameLength(name, line_);
+        push(name.front() == '@' ? TokenKind::Variable : TokenKind::Word, start);
     }
 
-    static void checkNameLength(const std::string& name, int line) {
+    static void checkNameLength(std::string_view name, int line) {
+        if (name.size() <= kMaxNameLength) return;
         const auto characters =
             static_cast<std::size_t>(std::count_if(name.begin(), name.end(), [](char c) {
                 return (static_cast<unsigned char>(c) & 0xC0U) != 0x80U;
             }));
         if (characters > kMaxNameLength) {
             throw ServerError(103,
-                              "The identifier that starts with '" + name +
+                              "The identifier that starts with '" + std::string(name) +
                                   "' is too long. Maximum length is 128.",
                               line, 15);
         }
@@ -190,7 +218,7 @@ private:
         if (kind == TokenKind::Integer && at(0) == '0' && (at(1) == 'x' || at(1) == 'X')) {
             position_ += 2;
             const std::size_t digits = position_;
-            while (isHexDigit(at(0)))
+            while (is(at(0), kHexDigit))
                 ++position_;
             push(TokenKind::Binary, digits);
             return;
@@ -211,7 +239,7 @@ private:
         if (at(0) != 'e' && at(0) != 'E') return false;
         const std::size_t sign = at(1) == '+' || at(1) == '-' ? 1 : 0;
         // "1e" and "1e+" are numbers too: an absent exponent is zero.
-        if (sign == 0 && !isDigit(at(1)) && continuesName(at(1))) return false;
+        if (sign == 0 && !isDigit(at(1)) && is(at(1), kInName)) return false;
         position_ += 1 + sign;
         while (isDigit(at(0)))
             ++position_;
@@ -219,19 +247,13 @@ private:
     }
 
     void readOperator() {
-        static constexpr std::array<std::string_view, 14> kPairs{
-            "<>", "!=", "!<", "!>", "<=", ">=", "+=", "-=", "*=", "/=", "%=", "&=", "|=", "^="};
         static constexpr std::string_view kSingles = "+-*/%&|^~=<>(),.:;";
-        for (const std::string_view pair : kPairs) {
-            if (!looksAt(pair)) continue;
-            tokens_.push_back({TokenKind::Operator, std::string(pair), line_});
-            position_ += 2;
-            return;
-        }
-        if (kSingles.find(at(0)) == std::string_view::npos || at(0) == '\0') {
+        const bool pair = isPair(at(0), at(1));
+        if (!pair && (at(0) == '\0' || kSingles.find(at(0)) == std::string_view::npos)) {
             throw syntaxError(std::string(1, at(0)), line_);
         }
-        const std::size_t start = position_++;
+        const std::size_t start = position_;
+        position_ += pair ? 2 : 1;
         push(TokenKind::Operator, start);
     }
 
@@ -245,7 +267,14 @@ private:
     }
 
     void push(TokenKind kind, std::size_t start) {
-        tokens_.push_back({kind, std::string(sql_.substr(start, position_ - start)), line_});
+        add(kind, std::string(sql_.substr(start, position_ - start)), line_);
+    }
+
+    void add(TokenKind kind, std::string text, int line) {
+        Token& token = tokens_.emplace_back();
+        token.kind = kind;
+        token.text = std::move(text);
+        token.line = line;
     }
 
     std::string_view sql_;

@@ -39,18 +39,6 @@ Parser::Level::Level(Parser& parser) : parser_(parser) {
     ++parser_.nesting_;
 }
 
-bool Parser::acceptKeyword(std::string_view word) {
-    if (!atKeyword(word)) return false;
-    next();
-    return true;
-}
-
-bool Parser::acceptOperator(std::string_view symbol) {
-    if (!atOperator(symbol)) return false;
-    next();
-    return true;
-}
-
 void Parser::expectKeyword(std::string_view word) {
     if (!acceptKeyword(word)) unexpected();
 }

@@ -57,15 +57,26 @@ private:
     [[nodiscard]] bool atEnd() const { return peek().kind == TokenKind::End; }
     [[nodiscard]] bool atKeyword(std::string_view word, std::size_t ahead = 0) const {
         const Token& token = peek(ahead);
+        // Most words differ in their length or their first letter.
         return token.kind == TokenKind::Word && token.text.size() == word.size() &&
+               ((token.text.front() ^ word.front()) & ~0x20) == 0 &&
                equalsIgnoringCase(token.text, word);
     }
     [[nodiscard]] bool atOperator(std::string_view symbol, std::size_t ahead = 0) const {
         const Token& token = peek(ahead);
-        return token.kind == TokenKind::Operator && token.text == symbol;
+        return token.kind == TokenKind::Operator && token.text.size() == symbol.size() &&
+               token.text.front() == symbol.front() && token.text.back() == symbol.back();
     }
-    bool acceptKeyword(std::string_view word);
-    bool acceptOperator(std::string_view symbol);
+    bool acceptKeyword(std::string_view word) {
+        const bool found = atKeyword(word);
+        if (found) next();
+        return found;
+    }
+    bool acceptOperator(std::string_view symbol) {
+        const bool found = atOperator(symbol);
+        if (found) next();
+        return found;
+    }
     void expectKeyword(std::string_view word);
     void expectOperator(std::string_view symbol);
     [[noreturn]] void unexpected() const;

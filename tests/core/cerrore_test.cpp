@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <string>
 
 #include <kaputil/frame/array.hpp>
@@ -87,6 +88,23 @@ TEST(CErrore, StoresTheTextOfANumber) {
     EXPECT_EQ(shown(error->Numero()), "String 12");
     error->setNumero(Variant::null());
     EXPECT_EQ(shown(error->Numero()), "String ");
+}
+
+TEST(CErrore, IsFreshAgainWhicheverWayItWasWritten) {
+    const std::function<void(CErrore&)> writes[] = {
+        [](CErrore& error) { error.setNumero(7); },
+        [](CErrore& error) { error.AddMessaggio(u"uno"); },
+        [](CErrore& error) { error.Init(u"<ERR_NUMERO>3</ERR_NUMERO>"); },
+        [](CErrore& error) { error.ScriviAttributo(u"Altro", u"x"); },
+    };
+    const auto error = make<CErrore>();
+    for (const auto& write : writes) {
+        error->Clear();
+        write(*error);
+        error->Clear();
+        EXPECT_EQ(shown(error->ToString()), kFresh);
+        EXPECT_EQ(shown(error->MsgToString()), "String ");
+    }
 }
 
 TEST(CErrore, ReturnsToItsFreshStateWhenCleared) {

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <filesystem>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -64,6 +65,11 @@ struct ScriptFile {
     /// Throws std::runtime_error, with the line, for a file that is not of this form.
     [[nodiscard]] std::vector<ScriptBlock> blocks() const;
 };
+
+/// In the message of a test that has failed.
+inline std::ostream& operator<<(std::ostream& out, const ScriptFile& file) {
+    return out << file.name;
+}
 
 /// Every *.test file below a folder, in order of their names.
 [[nodiscard]] std::vector<ScriptFile> scriptFiles(const std::filesystem::path& folder);

@@ -65,6 +65,7 @@ public:
 private:
     Ref<CProprieta> properties_;
     std::int16_t messageCount_ = 0;
+    bool clear_ = false;  // nothing has been written since it was cleared
 };
 
 }  // namespace kap

@@ -15,8 +15,12 @@ const Column* Table::find(std::string_view column) const {
     return found == columns.end() ? nullptr : &*found;
 }
 
+// Letters beyond A-Z are looked at only where there are any.
 bool sameName(std::string_view left, std::string_view right) {
-    return tsql::equalsIgnoringCase(left, right) || foldedUnits(left) == foldedUnits(right);
+    if (tsql::equalsIgnoringCase(left, right)) return true;
+    const auto isAscii = [](char c) { return static_cast<unsigned char>(c) < 0x80; };
+    const bool plain = std::ranges::all_of(left, isAscii) && std::ranges::all_of(right, isAscii);
+    return !plain && foldedUnits(left) == foldedUnits(right);
 }
 
 bool isKeptByTheFile(std::string_view name) {

@@ -164,6 +164,11 @@ Value ScriptRunner::evaluateAny(Frame& frame, Instruction& instruction, std::siz
 
 std::string ScriptRunner::textOf(Frame& frame, Instruction& instruction, std::size_t index,
                                  const tsql::Expression& expression) {
+    const auto* literal = std::get_if<tsql::Literal>(&expression.node);
+    if (literal != nullptr && (literal->kind == tsql::LiteralKind::Text ||
+                               literal->kind == tsql::LiteralKind::NationalText)) {
+        return literal->text;
+    }
     TypeSpec type;
     const Value value = evaluateAny(frame, instruction, index, expression, type);
     const Value text = convert(value, type, kText, Overlength::Cut);
