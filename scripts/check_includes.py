@@ -14,7 +14,7 @@ MAY_INCLUDE = {
     "frame": set(),
     "platform": set(),
     "tsql": set(),
-    "ado": {"tsql"},
+    "ado": {"tsql", "platform"},
     "core": set(),
     "util": {"ado", "platform"},
     "db": {"core", "util", "ado", "platform"},

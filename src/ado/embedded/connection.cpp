@@ -2,6 +2,7 @@
 
 #include <array>
 #include <filesystem>
+#include <optional>
 #include <string_view>
 #include <system_error>
 #include <thread>
@@ -63,6 +64,11 @@ std::string fileName(const std::string& source) {
     return {path.begin(), path.end()};
 }
 
+std::optional<fs::path> writtenFile(const Options& options) {
+    const bool writes = !options.inMemory() && !options.readOnly;
+    return writes ? std::optional(fs::absolute(pathOf(options.source))) : std::nullopt;
+}
+
 Database open(const Options& options) {
     if (options.inMemory()) {
         return {memoryName(options.source),
@@ -87,7 +93,9 @@ const char* synchronousCommand(Synchronous synchronous) {
 }  // namespace
 
 Connection::Connection(const Options& options)
-    : place_(options.place()), lockWait_(options.lockTimeout), database_(open(options)) {
+    : place_(options.place()),
+      lockWait_(writtenFile(options), options.lockTimeout),
+      database_(open(options)) {
     lockWait_.install(handle());
     try {
         prepare(options);

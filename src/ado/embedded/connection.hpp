@@ -19,6 +19,7 @@ public:
     [[nodiscard]] Database& database() noexcept { return database_; }
     [[nodiscard]] sqlite3* handle() const noexcept { return database_.handle(); }
     [[nodiscard]] ErrorSlot& errorSlot() noexcept { return errorSlot_; }
+    [[nodiscard]] LockWait& lockWait() noexcept { return lockWait_; }
     [[nodiscard]] const DatabasePlace& place() const noexcept { return place_; }
 
     // How long a locked file is waited for, in milliseconds; negative: as the connection was

@@ -8,19 +8,19 @@
 namespace kap::ado::embedded {
 namespace {
 
-using std::chrono::microseconds;
+using std::chrono::steady_clock;
 
-constexpr microseconds kLongestSleep{15'000};
-constexpr microseconds kShortestSleep{500};
-// After so long a wait the sleeps begin to shorten.
-constexpr microseconds kPatience{20'000};
+// Most transactions take less time than falling asleep and waking up, so that the first in line,
+// the only one to do so, looks again at once. When it takes longer, a transaction is open at
+// somebody's leisure.
+constexpr std::chrono::milliseconds kAwake{1};
+constexpr std::chrono::microseconds kShortestSleep{100};
+constexpr std::chrono::milliseconds kLongestSleep{5};
+constexpr int kPartOfWait = 20;
 
-microseconds longestSleep(microseconds waited) {
-    if (waited <= kPatience) {
-        return kLongestSleep;
-    }
-    return std::max(kShortestSleep, kLongestSleep * kPatience.count() / waited.count());
-}
+// How often somebody may take the lock without standing in line, before those who wait get theirs.
+// With none at all, whoever has waited would find that what he read before has changed, each time.
+constexpr int kMostRushes = 8;
 
 }  // namespace
 
@@ -31,22 +31,48 @@ void LockWait::install(sqlite3* database) {
 }
 
 int LockWait::called(void* self, int attempt) {
-    return static_cast<LockWait*>(self)->sleep(attempt) ? 1 : 0;
+    return static_cast<LockWait*>(self)->wait(attempt) ? 1 : 0;
 }
 
-bool LockWait::sleep(int attempt) {
-    const auto now = std::chrono::steady_clock::now();
+bool LockWait::wait(int attempt) {
     if (attempt == 0) {
-        start_ = now;
+        if (!inLine_) start_ = steady_clock::now();
+        return standInLine();
     }
+    const auto now = steady_clock::now();
     if (now - start_ >= limit_) {
         return false;
     }
-    const auto longest = longestSleep(std::chrono::duration_cast<microseconds>(now - start_));
-    std::uniform_int_distribution<microseconds::rep> length(kShortestSleep.count(),
-                                                            longest.count());
-    std::this_thread::sleep_for(microseconds(length(random_)));
+    const auto waited = now - firstSince_;
+    if (inLine_ && waited < kAwake) {
+        std::this_thread::yield();
+    } else {
+        std::this_thread::sleep_for(std::clamp<steady_clock::duration>(
+            waited / kPartOfWait, kShortestSleep, kLongestSleep));
+    }
     return true;
+}
+
+// Returns as the first in line; false when the time passes before.
+bool LockWait::standInLine() {
+    rushes_ = 0;
+    const auto passed = steady_clock::now() - start_;
+    const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(limit_ - passed);
+    const bool first = !inLine_ || !queue_ || queue_->enter(left);
+    firstSince_ = steady_clock::now();
+    return first && left.count() > 0;
+}
+
+LockWait::Turn::Turn(LockWait& wait) : wait_(wait) {
+    wait_.inLine_ = true;
+    wait_.start_ = steady_clock::now();
+    // When the time passes in the line, the attempt that follows is the last.
+    if (++wait_.rushes_ > kMostRushes) static_cast<void>(wait_.standInLine());
+}
+
+LockWait::Turn::~Turn() {
+    wait_.inLine_ = false;
+    if (wait_.queue_) wait_.queue_->leave();
 }
 
 }  // namespace kap::ado::embedded

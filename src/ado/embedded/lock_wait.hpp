@@ -1,20 +1,27 @@
 #pragma once
 
 #include <chrono>
-#include <random>
+#include <filesystem>
+#include <optional>
 
 #include <sqlite3.h>
 
+#include "platform/turn_queue.hpp"
+
 namespace kap::ado::embedded {
 
-// Waits for a locked file in short sleeps of random length, up to a limit.
+// Waits for a locked file, up to a limit. Those who wait to write it stand in line, and only the
+// first looks whether it is free.
 //
-// SQLite's own handler backs off to long sleeps, and with several busy processes one of them then
-// waits for seconds while the others take turns. Short random sleeps keep the turns fair, and who
-// has waited longer looks more often.
+// Left to themselves, processes that write all the time take the lock again before anybody who
+// sleeps sees it free, and one of them may wait for seconds.
 class LockWait {
 public:
-    explicit LockWait(std::chrono::seconds limit) : first_(limit), limit_(limit) {}
+    // Without a file, which nobody else can have locked, there is no line.
+    LockWait(const std::optional<std::filesystem::path>& file, std::chrono::seconds limit)
+        : first_(limit), limit_(limit) {
+        if (file) queue_.emplace(*file);
+    }
     LockWait(const LockWait&) = delete;
     LockWait& operator=(const LockWait&) = delete;
 
@@ -24,14 +31,31 @@ public:
     // Waits no longer than this from now on; a negative time is the first limit again.
     void setLimit(std::chrono::milliseconds limit) { limit_ = limit.count() < 0 ? first_ : limit; }
 
+    // While the write lock is being taken. Whoever finds the file locked gets in line, and so does
+    // now and then who never does; the place is given up with this object.
+    class Turn {
+    public:
+        explicit Turn(LockWait& wait);
+        Turn(const Turn&) = delete;
+        Turn& operator=(const Turn&) = delete;
+        ~Turn();
+
+    private:
+        LockWait& wait_;
+    };
+
 private:
     static int called(void* self, int attempt);
-    [[nodiscard]] bool sleep(int attempt);
+    [[nodiscard]] bool wait(int attempt);
+    [[nodiscard]] bool standInLine();
 
     std::chrono::milliseconds first_;
     std::chrono::milliseconds limit_;
-    std::chrono::steady_clock::time_point start_;
-    std::minstd_rand random_{std::random_device{}()};
+    std::chrono::steady_clock::time_point start_;       // of the wait
+    std::chrono::steady_clock::time_point firstSince_;  // nobody else stands in front
+    std::optional<platform::TurnQueue> queue_;
+    bool inLine_ = false;
+    int rushes_ = 0;  // times the lock was taken, or tried, past the line
 };
 
 }  // namespace kap::ado::embedded

@@ -18,7 +18,7 @@ EmbeddedSession::EmbeddedSession(const Options& options)
     : connection_(options),
       counters_(connection_.database(), connection_.errorSlot()),
       catalogue_(connection_.database(), counters_),
-      transactions_(connection_.database(), counters_, catalogue_),
+      transactions_(connection_, counters_, catalogue_),
       scripts_(connection_, catalogue_, counters_, transactions_, state_),
       functions_(connection_, catalogue_, counters_, transactions_, state_, scripts_),
       changer_(connection_, catalogue_, transactions_, scripts_) {

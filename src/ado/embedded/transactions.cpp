@@ -21,15 +21,16 @@ std::string savePointName(const std::string& name) {
 
 }  // namespace
 
-Transactions::Transactions(Database& database, Counters& counters, SchemaCatalogue& catalogue)
-    : database_(database),
+Transactions::Transactions(Connection& connection, Counters& counters, SchemaCatalogue& catalogue)
+    : database_(connection.database()),
+      lockWait_(connection.lockWait()),
       counters_(counters),
       catalogue_(catalogue),
-      beginImmediate_(database.handle(), "BEGIN IMMEDIATE", StatementLife::Kept),
-      commit_(database.handle(), "COMMIT", StatementLife::Kept),
-      beginDeferred_(database.handle(), "BEGIN", StatementLife::Kept),
-      protect_(database.handle(), "SAVEPOINT kap_statement", StatementLife::Kept),
-      release_(database.handle(), "RELEASE kap_statement", StatementLife::Kept) {}
+      beginImmediate_(connection.handle(), "BEGIN IMMEDIATE", StatementLife::Kept),
+      commit_(connection.handle(), "COMMIT", StatementLife::Kept),
+      beginDeferred_(connection.handle(), "BEGIN", StatementLife::Kept),
+      protect_(connection.handle(), "SAVEPOINT kap_statement", StatementLife::Kept),
+      release_(connection.handle(), "RELEASE kap_statement", StatementLife::Kept) {}
 
 Transactions::~Transactions() {
     if (database_.inTransaction()) {
@@ -38,7 +39,10 @@ Transactions::~Transactions() {
 }
 
 void Transactions::open() {
-    beginImmediate_.run();
+    {
+        const LockWait::Turn turn(lockWait_);
+        beginImmediate_.run();
+    }
     try {
         catalogue_.refresh();
     } catch (const SqliteError&) {

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "ado/embedded/connection.hpp"
 #include "ado/embedded/counters.hpp"
 #include "ado/embedded/schema_catalogue.hpp"
 #include "ado/embedded/sqlite.hpp"
@@ -17,7 +18,7 @@ namespace kap::ado::embedded {
 // because another one was faster.
 class Transactions {
 public:
-    Transactions(Database& database, Counters& counters, SchemaCatalogue& catalogue);
+    Transactions(Connection& connection, Counters& counters, SchemaCatalogue& catalogue);
     Transactions(const Transactions&) = delete;
     Transactions& operator=(const Transactions&) = delete;
     // A transaction that is still open is rolled back.
@@ -91,6 +92,7 @@ private:
     void rollBackKeepingCounters();
 
     Database& database_;
+    LockWait& lockWait_;
     Counters& counters_;
     SchemaCatalogue& catalogue_;
     PreparedStatement beginImmediate_;

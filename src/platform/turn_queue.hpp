@@ -1,0 +1,33 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <filesystem>
+
+namespace kap::platform {
+
+// The order in which threads and processes that want the same file get at it: who came first is
+// first.
+//
+// It guards nothing. Who has the turn is the only one that goes on trying, instead of all at once,
+// and on a machine that offers no such service everybody has it. Files may share a queue.
+class TurnQueue {
+public:
+    explicit TurnQueue(const std::filesystem::path& file);
+    TurnQueue(const TurnQueue&) = delete;
+    TurnQueue& operator=(const TurnQueue&) = delete;
+    ~TurnQueue() { leave(); }
+
+    // Waits until it is this one's turn; false when that takes longer than the limit.
+    [[nodiscard]] bool enter(std::chrono::milliseconds limit);
+    // Ends the turn, in the thread that has entered; does nothing without one. A process that dies
+    // ends its turn, too.
+    void leave() noexcept;
+
+private:
+    std::filesystem::path file_;
+    std::intptr_t place_ = 0;  // of the host: the queue, once it has been asked for
+    bool inside_ = false;
+};
+
+}  // namespace kap::platform

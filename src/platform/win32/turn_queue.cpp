@@ -1,0 +1,53 @@
+#include "platform/turn_queue.hpp"
+
+#include <algorithm>
+
+#include <kaputil/frame/plain_text.hpp>
+
+#include "frame/unicode.hpp"
+#include "platform/paths.hpp"
+#include "platform/win32/wide.hpp"
+
+namespace kap::platform {
+namespace {
+
+// A mutex with a name made of the file's. The system serves those who wait in the order in which
+// they came, and removes it with the last process that uses it.
+HANDLE queueOf(const std::filesystem::path& file) {
+    std::error_code error;
+    const std::u16string path =
+        unicode::upper(pathText(std::filesystem::weakly_canonical(file, error)).view());
+    const auto hash = static_cast<std::int64_t>(unicode::NameHash()(path) & 0x7FFFFFFF);
+    const std::u16string name = u"Local\\kaputil turn " + String(plain::text(hash)).units();
+    return CreateMutexW(nullptr, FALSE, wide(name));
+}
+
+DWORD milliseconds(std::chrono::milliseconds limit) {
+    constexpr std::chrono::milliseconds kLongest{INFINITE - 1};
+    return static_cast<DWORD>(
+        std::clamp(limit, std::chrono::milliseconds::zero(), kLongest).count());
+}
+
+}  // namespace
+
+TurnQueue::TurnQueue(const std::filesystem::path& file) : file_(file) {}
+
+bool TurnQueue::enter(std::chrono::milliseconds limit) {
+    if (inside_) return true;
+    Handle queue(queueOf(file_));
+    if (!queue) return true;
+    const DWORD result = WaitForSingleObject(queue.get(), milliseconds(limit));
+    // Also when the one before ended without leaving.
+    inside_ = result == WAIT_OBJECT_0 || result == WAIT_ABANDONED;
+    if (inside_) place_ = reinterpret_cast<std::intptr_t>(queue.release());
+    return inside_ || result != WAIT_TIMEOUT;
+}
+
+void TurnQueue::leave() noexcept {
+    if (!inside_) return;
+    inside_ = false;
+    const Handle queue(reinterpret_cast<HANDLE>(place_));
+    ReleaseMutex(queue.get());
+}
+
+}  // namespace kap::platform

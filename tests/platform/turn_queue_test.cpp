@@ -1,0 +1,95 @@
+#include "platform/turn_queue.hpp"
+
+#include <gtest/gtest.h>
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <csignal>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "support/temporary_folder.hpp"
+
+namespace kap::platform {
+namespace {
+
+using std::chrono::milliseconds;
+constexpr milliseconds kLong{60'000};
+
+class TurnQueueTest : public testing::Test {
+protected:
+    TurnQueueTest() { EXPECT_TRUE(first_.enter(kLong)); }
+
+    [[nodiscard]] std::string file() const { return folder_.file("azienda.db"); }
+
+    test::TemporaryFolder folder_;
+    TurnQueue first_{file()};
+};
+
+TEST_F(TurnQueueTest, LetsTheNextInWhenTheFirstLeaves) {
+    TurnQueue second(file());
+    EXPECT_FALSE(second.enter(milliseconds(5)));
+    first_.leave();
+    EXPECT_TRUE(second.enter(kLong));
+    EXPECT_FALSE(first_.enter(milliseconds(5)));
+}
+
+TEST_F(TurnQueueTest, IsEnteredOnceHoweverOftenItIsAskedFor) {
+    EXPECT_TRUE(first_.enter(milliseconds(5)));
+    first_.leave();
+    first_.leave();
+    TurnQueue second(file());
+    EXPECT_TRUE(second.enter(kLong));
+}
+
+TEST_F(TurnQueueTest, IsLeftByAnObjectThatGoes) {
+    {
+        first_.leave();
+        TurnQueue passing(file());
+        EXPECT_TRUE(passing.enter(kLong));
+    }
+    EXPECT_TRUE(first_.enter(kLong));
+}
+
+TEST_F(TurnQueueTest, IsLeftByAProcessThatDies) {
+    first_.leave();
+    const pid_t child = fork();
+    if (child == 0) {
+        TurnQueue doomed(file());
+        const bool entered = doomed.enter(kLong);
+        if (entered) kill(getpid(), SIGKILL);
+        _exit(1);
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    EXPECT_TRUE(WIFSIGNALED(status));
+    EXPECT_TRUE(first_.enter(kLong));
+}
+
+TEST_F(TurnQueueTest, ServesEveryThreadOnceAtATime) {
+    first_.leave();
+    std::atomic<int> inside = 0;
+    std::atomic<int> most = 0;
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i) {
+        threads.emplace_back([&] {
+            for (int turn = 0; turn < 50; ++turn) {
+                TurnQueue queue(file());
+                EXPECT_TRUE(queue.enter(kLong));
+                most = std::max(most.load(), ++inside);
+                --inside;
+            }
+        });
+    }
+    for (std::thread& thread : threads)
+        thread.join();
+    EXPECT_EQ(most, 1);
+}
+
+}  // namespace
+}  // namespace kap::platform
