@@ -5,6 +5,8 @@
 #     postgres_server.sh stop FOLDER      stops it and removes its data
 #     postgres_server.sh kill FOLDER      ends it as a power cut would
 #     postgres_server.sh restart FOLDER   starts it again, on the same port
+#     postgres_server.sh freeze FOLDER    lets it stand still: it takes connections and answers nothing
+#     postgres_server.sh thaw FOLDER      lets it go on
 #
 # Exit code 77: the packages are missing, which is told in one line.
 set -euo pipefail
@@ -17,7 +19,7 @@ missing() {
 }
 
 [[ $# -eq 2 ]] || {
-    say "usage: postgres_server.sh start|stop|kill|restart FOLDER"
+    say "usage: postgres_server.sh start|stop|kill|restart|freeze|thaw FOLDER"
     exit 2
 }
 job=$1
@@ -45,8 +47,17 @@ start_server() {
         start </dev/null >/dev/null 2>&1
 }
 
+# Sends a signal to the server and to the processes that it has for its clients.
+signal_server() {
+    local first
+    first=$(head -n 1 "$data/postmaster.pid")
+    # The list ends with a blank, not with a line.
+    kill -s "$1" "$first" $(cat "/proc/$first/task/$first/children")
+}
+
 stop_server() {
     [[ -f $data/postmaster.pid ]] || return 0
+    signal_server CONT 2>/dev/null || true
     as_server "$programs/pg_ctl" -D "$data" -s -w -m immediate stop >/dev/null 2>&1 || true
 }
 
@@ -96,6 +107,8 @@ restart)
     stop_server
     start_server "$(port_of)"
     ;;
+freeze) signal_server STOP ;;
+thaw) signal_server CONT ;;
 *)
     say "postgres_server: there is no job \"$job\""
     exit 2

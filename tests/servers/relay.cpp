@@ -118,7 +118,8 @@ bool Relay::passOn(Line& line, bool fromClient) {
     }
     line.clientSpoke = fromClient;
     const int to = fromClient ? line.server : line.client;
-    if (to < 0) {
+    const int silentAfter = silentAfter_;
+    if (to < 0 || (silentAfter >= 0 && roundTrips_ >= silentAfter)) {
         return true;  // nobody answers
     }
     for (ssize_t sent = 0; sent < count;) {

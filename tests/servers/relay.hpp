@@ -20,6 +20,8 @@ public:
     // How often the client has sent something and then waited for the server, from the last call
     // on.
     [[nodiscard]] int roundTrips() { return roundTrips_.exchange(0); }
+    // From so many round trips on nothing passes any more, in either direction.
+    void fallSilentAfter(int roundTrips) { silentAfter_ = roundTrips; }
     // Ends every connection.
     void cut() { cut_ = true; }
 
@@ -38,6 +40,7 @@ private:
     int port_ = 0;
     std::vector<Line> lines_;
     std::atomic<int> roundTrips_{0};
+    std::atomic<int> silentAfter_{-1};
     std::atomic<bool> cut_{false};
     std::atomic<bool> ends_{false};
     std::thread thread_;

@@ -33,6 +33,9 @@ public:
     [[nodiscard]] int port() const;
     void kill() const { run("kill"); }
     void restart() const { run("restart"); }
+    // Lets every process of the server stand still, and go on.
+    void freeze() const { run("freeze"); }
+    void thaw() const { run("thaw"); }
 
 private:
     Server(std::string folder, bool stops) : folder_(std::move(folder)), stops_(stops) {}

@@ -76,6 +76,7 @@ bool BlockReader::readBlock(std::vector<ColumnInfo>& columns, std::vector<Column
         return false;
     }
     link_.check(code, statement_);
+    link_.progress();
     checkRows();
     atEnd_ = blockRows_ > 1 && fetched_ < blockRows_;
     const std::size_t before = rows.front().size();

@@ -239,6 +239,21 @@ std::string passwordOf(const ConnectionString& keys) {
     return {};
 }
 
+// "Port=5432", or behind the server's name: "host,1433".
+int portOf(const ConnectionString& keys) {
+    if (const auto port = keys.find("Port")) {
+        return plain::readInt(*port).value_or(0);
+    }
+    for (const char* name : {"Data Source", "Server", "Address", "Addr", "Network Address"}) {
+        const std::string server = keys.find(name).value_or("");
+        const std::size_t comma = server.find(',');
+        if (comma != std::string::npos) {
+            return plain::readInt(server.substr(comma + 1)).value_or(0);
+        }
+    }
+    return 0;
+}
+
 bool isOfOdbc(const ConnectionString& keys) {
     return keys.find("Driver") || keys.find("DSN") || keys.find("FILEDSN");
 }
@@ -324,6 +339,7 @@ ConnectText connectTextOf(const ConnectionString& keys, const std::vector<std::s
     made.timeout = timeout;
     made.text = textOf(keys, installed);
     made.password = passwordOf(keys);
+    made.port = portOf(keys);
     for (const ConnectionString::Pair& pair : keys.pairs()) {
         const KeyUse* use = useOf(pair.key);
         if (use != nullptr && use->use == Use::Timeout) {

@@ -15,6 +15,7 @@ struct ConnectText {
     std::chrono::seconds timeout{0};  // 0: no limit
     std::string password;             // to keep it out of messages; empty: none
     bool oneResult = false;           // no more than one result is to be open at a time
+    int port = 0;                     // the server's; 0: the keys do not say it
 };
 
 // Whether a provider's name is one of those that stand for database servers.

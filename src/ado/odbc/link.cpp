@@ -35,9 +35,39 @@ DriverError connectError(std::vector<ServerMessage> messages, const std::string&
     return DriverError(std::move(messages), kErrorSource);
 }
 
+std::vector<ServerMessage> noAnswer() {
+    ServerMessage message;
+    message.number = errors::kTimeout;
+    message.state = "HYT00";
+    message.text =
+        "The database server has not answered in time. The connection to it has been given up: "
+        "close it and open it again.";
+    return {std::move(message)};
+}
+
+// What the server has been asked to keep itself is its own affair for so long.
+constexpr std::chrono::milliseconds kGrace(3000);
+constexpr std::chrono::milliseconds kEndTime(5000);
+
 }  // namespace
 
-Link::Link(const ConnectText& text) : connection_(SQL_HANDLE_DBC, environment()) {
+Link::Link(const ConnectText& text)
+    : line_(text.port),
+      watchdog_([this] { line_.cut(); }),
+      connection_(SQL_HANDLE_DBC, environment()) {
+    const auto limited = limit(text.timeout);
+    connect(text);
+    abilities_ = Abilities::of(connection_.get());
+    abilities_.concurrent = abilities_.concurrent && !text.oneResult;
+    line_.find([this] { exchangeSomething(); });
+    if (watchdog_.hasFired()) {
+        SQLDisconnect(connection_.get());
+        throw connectError(noAnswer(), text.password);
+    }
+    connected_ = true;
+}
+
+void Link::connect(const ConnectText& text) {
     if (text.timeout.count() > 0) {
         SQLSetConnectAttrW(connection_.get(), SQL_ATTR_LOGIN_TIMEOUT,
                            asPointer(static_cast<SQLULEN>(text.timeout.count())), SQL_IS_UINTEGER);
@@ -48,24 +78,40 @@ Link::Link(const ConnectText& text) : connection_(SQL_HANDLE_DBC, environment())
                                              static_cast<SQLSMALLINT>(units.size()), nullptr, 0,
                                              nullptr, SQL_DRIVER_NOPROMPT);
     if (!SQL_SUCCEEDED(code)) {
-        throw connectError(diagnosticsOf(SQL_HANDLE_DBC, connection_.get()), text.password);
+        throw connectError(
+            watchdog_.hasFired() ? noAnswer() : diagnosticsOf(SQL_HANDLE_DBC, connection_.get()),
+            text.password);
     }
-    connected_ = true;
-    abilities_ = Abilities::of(connection_.get());
-    abilities_.concurrent = abilities_.concurrent && !text.oneResult;
+}
+
+// A query that every server understands; what it answers does not matter.
+void Link::exchangeSomething() {
+    const Handle statement(SQL_HANDLE_STMT, connection_.get());
+    std::u16string text = u"SELECT 1";
+    SQLExecDirectW(statement.get(), wide(text), static_cast<SQLINTEGER>(text.size()));
 }
 
 Link::~Link() {
     if (connected_) {
+        const auto limited = endLimit();
         // What a client has left open is undone; there is nobody to tell a failure to.
         SQLEndTran(SQL_HANDLE_DBC, connection_.get(), SQL_ROLLBACK);
         SQLDisconnect(connection_.get());
     }
 }
 
+Watchdog::Limit Link::limit(std::chrono::seconds timeout) {
+    return {watchdog_, timeout.count() > 0 ? timeout + kGrace : std::chrono::milliseconds(0)};
+}
+
+Watchdog::Limit Link::endLimit() {
+    return {watchdog_, kEndTime};
+}
+
 Handle Link::newStatement(std::chrono::seconds timeout) {
     requireAlive();
     makeWay();
+    progress();
     Handle statement(SQL_HANDLE_STMT, connection_.get());
     if (timeout.count() > 0) {
         SQLSetStmtAttrW(statement.get(), SQL_ATTR_QUERY_TIMEOUT,
@@ -75,7 +121,7 @@ Handle Link::newStatement(std::chrono::seconds timeout) {
 }
 
 void Link::requireAlive() const {
-    if (lost_) {
+    if (isLost()) {
         throw driverError(errors::kUnspecified, "08S01",
                           "The connection to the database server has been lost. Close it and open "
                           "it again.");
@@ -89,6 +135,10 @@ void Link::check(SQLRETURN code, const Handle& handle) {
 }
 
 std::vector<ServerMessage> Link::failure(const Handle& handle) {
+    if (watchdog_.hasFired()) {
+        lost_ = true;
+        return noAnswer();
+    }
     std::vector<ServerMessage> messages = diagnosticsOf(handle.kind(), handle.get());
     SQLUINTEGER dead = SQL_CD_FALSE;
     const SQLRETURN code = SQLGetConnectAttrW(connection_.get(), SQL_ATTR_CONNECTION_DEAD, &dead,
@@ -119,8 +169,16 @@ void Link::setAutoCommit(bool on) {
 void Link::endTransaction(bool commit) {
     makeWay();
     requireAlive();
-    check(SQLEndTran(SQL_HANDLE_DBC, connection_.get(), commit ? SQL_COMMIT : SQL_ROLLBACK),
-          connection_);
+    const SQLRETURN code =
+        SQLEndTran(SQL_HANDLE_DBC, connection_.get(), commit ? SQL_COMMIT : SQL_ROLLBACK);
+    if (SQL_SUCCEEDED(code)) {
+        return;
+    }
+    std::vector<ServerMessage> messages = failure(connection_);
+    if (commit && isLost()) {
+        messages.front().text += " Whether the transaction has been committed is not known.";
+    }
+    throw DriverError(std::move(messages), kErrorSource);
 }
 
 void Link::reading(const std::shared_ptr<PendingRows>& rows) {

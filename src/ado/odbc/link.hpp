@@ -10,6 +10,8 @@
 #include "ado/odbc/abilities.hpp"
 #include "ado/odbc/connect_text.hpp"
 #include "ado/odbc/handles.hpp"
+#include "ado/odbc/server_line.hpp"
+#include "ado/odbc/watchdog.hpp"
 
 namespace kap::ado::odbc {
 
@@ -18,7 +20,8 @@ class PendingRows;
 // The connection itself, shared by the session and by the results that are still being read.
 class Link {
 public:
-    // Raises DriverError kLogin when there is no connection within the time that the text gives.
+    // Raises DriverError: kTimeout when there is no connection within the time that the text gives,
+    // kLogin for every other reason.
     explicit Link(const ConnectText& text);
     ~Link();
     Link(const Link&) = delete;
@@ -26,6 +29,14 @@ public:
 
     [[nodiscard]] SQLHDBC handle() const noexcept { return connection_.get(); }
     [[nodiscard]] const Abilities& abilities() const noexcept { return abilities_; }
+
+    // How long the server may be silent while the object lives; 0: as long as it likes. A server
+    // that does not answer in time, and not soon after either, is given up: the connection is lost.
+    [[nodiscard]] Watchdog::Limit limit(std::chrono::seconds timeout);
+    // How long it may be silent when something ends whose outcome nobody waits for.
+    [[nodiscard]] Watchdog::Limit endLimit();
+    // The server has answered: it has its time anew.
+    void progress() { watchdog_.progress(); }
 
     // A new statement. Where the driver has but one result open at a time, what is left of an
     // earlier one is read first. Raises at once when the connection has been lost.
@@ -36,7 +47,7 @@ public:
     // What a failed call reports; remembers when it says that the connection is lost.
     [[nodiscard]] std::vector<ServerMessage> failure(const Handle& handle);
 
-    [[nodiscard]] bool isLost() const noexcept { return lost_; }
+    [[nodiscard]] bool isLost() const noexcept { return lost_ || watchdog_.hasFired(); }
 
     void setAutoCommit(bool on);
     void endTransaction(bool commit);
@@ -49,7 +60,11 @@ public:
 private:
     void requireAlive() const;
     void makeWay();
+    void connect(const ConnectText& text);
+    void exchangeSomething();
 
+    ServerLine line_;
+    Watchdog watchdog_;
     Handle connection_;
     Abilities abilities_;
     bool lost_ = false;

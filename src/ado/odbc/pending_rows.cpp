@@ -18,8 +18,11 @@ void appendRow(const ColumnInfo& column, const ColumnStore& from, std::size_t ro
 }  // namespace
 
 PendingRows::PendingRows(std::shared_ptr<Link> link, Handle statement,
-                         std::vector<ColumnInfo> columns)
-    : link_(std::move(link)), statement_(std::move(statement)), columns_(std::move(columns)) {
+                         std::vector<ColumnInfo> columns, std::chrono::seconds timeout)
+    : link_(std::move(link)),
+      statement_(std::move(statement)),
+      columns_(std::move(columns)),
+      timeout_(timeout) {
     reader_.emplace(*link_, statement_, columns_);
 }
 
@@ -58,8 +61,12 @@ void PendingRows::drop() {
 }
 
 void PendingRows::readAll(std::vector<ColumnStore>& rows) {
+    if (!reader_) {
+        return;
+    }
     try {
-        while (reader_ && reader_->readBlock(columns_, rows)) {
+        const auto limited = link_->limit(timeout_);
+        while (reader_->readBlock(columns_, rows)) {
         }
     } catch (const DriverError& error) {
         failure_ = error;
@@ -70,8 +77,14 @@ void PendingRows::readAll(std::vector<ColumnStore>& rows) {
 
 // The connection ends when nobody needs it any more.
 void PendingRows::release() {
-    reader_.reset();
-    statement_ = Handle();
+    if (!link_) {
+        return;
+    }
+    {
+        const auto limited = link_->endLimit();
+        reader_.reset();
+        statement_ = Handle();
+    }
     link_.reset();
 }
 

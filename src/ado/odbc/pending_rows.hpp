@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -12,7 +13,12 @@ namespace kap::ado::odbc {
 // The rows of an open result that have not been read yet.
 class PendingRows final : public RowSource {
 public:
-    PendingRows(std::shared_ptr<Link> link, Handle statement, std::vector<ColumnInfo> columns);
+    // `timeout` is what reading may take before the server sends anything; 0: no limit.
+    PendingRows(std::shared_ptr<Link> link, Handle statement, std::vector<ColumnInfo> columns,
+                std::chrono::seconds timeout);
+    ~PendingRows() override { release(); }
+    PendingRows(const PendingRows&) = delete;
+    PendingRows& operator=(const PendingRows&) = delete;
 
     // Appends the next block; false when there was none.
     [[nodiscard]] bool readBlock(std::vector<ColumnInfo>& columns, std::vector<ColumnStore>& rows);
@@ -33,6 +39,7 @@ private:
     std::shared_ptr<Link> link_;
     Handle statement_;
     std::vector<ColumnInfo> columns_;
+    std::chrono::seconds timeout_;
     std::optional<BlockReader> reader_;  // unset: read, failed or dropped
     std::vector<ColumnStore> ahead_;
     std::optional<DriverError> failure_;

@@ -31,7 +31,7 @@ void ResultReader::readAll(SQLRETURN code, Handle& statement, const QueryAnalysi
     } else if (SQL_SUCCEEDED(code)) {
         take(statement, query, results);
     }
-    while (statement.get() != kNoHandle && advance(statement) == Next::Result) {
+    while (statement.get() != kNoHandle && !link_->isLost() && advance(statement) == Next::Result) {
         take(statement, query, results);
     }
 }
@@ -48,6 +48,7 @@ void ResultReader::note(SQLRETURN code, const Handle& statement) {
 
 ResultReader::Next ResultReader::advance(const Handle& statement) {
     for (;;) {
+        link_->progress();
         const SQLRETURN code = SQLMoreResults(statement.get());
         if (code == SQL_NO_DATA) {
             return Next::End;
@@ -91,7 +92,8 @@ void ResultReader::take(Handle& statement, const QueryAnalysis& query,
 void ResultReader::takeRows(Handle& statement, Result& result) {
     const bool streams = mayStream_ && std::ranges::none_of(result.columns, hasOpenScale);
     if (streams) {
-        auto rows = std::make_shared<PendingRows>(link_, std::move(statement), result.columns);
+        auto rows =
+            std::make_shared<PendingRows>(link_, std::move(statement), result.columns, timeout_);
         (void)rows->readBlock(result.columns, result.rows);
         if (!rows->atEnd()) {
             link_->reading(rows);

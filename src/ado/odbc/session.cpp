@@ -42,7 +42,8 @@ std::string callOf(const Request& request) {
 OdbcSession::OdbcSession(const ConnectText& text)
     : link_(std::make_shared<Link>(text)),
       catalogue_(*link_),
-      changer_(link_, catalogue_, tables_) {}
+      changer_(link_, catalogue_, tables_),
+      timeout_(text.timeout) {}
 
 OdbcSession::~OdbcSession() {
     link_->endReading();
@@ -50,6 +51,7 @@ OdbcSession::~OdbcSession() {
 
 void OdbcSession::execute(Request& request, Reply& reply) {
     timeout_ = request.timeout;
+    const auto limited = link_->limit(timeout_);
     const QueryAnalysis query = request.procedure ? QueryAnalysis{} : analyse(request.text);
     ResultColumns columns(*link_, catalogue_, tables_);
     columns.prepare(query, timeout_);
@@ -79,10 +81,12 @@ void OdbcSession::execute(Request& request, Reply& reply) {
 }
 
 ChangeOutcome OdbcSession::apply(const RowChange& change) {
+    const auto limited = link_->limit(timeout_);
     return changer_.apply(change, timeout_);
 }
 
 Result OdbcSession::schema(SchemaEnum kind, const SchemaRestrictions& wanted) {
+    const auto limited = link_->limit(timeout_);
     return schemaRowset(*link_, kind, wanted, timeout_);
 }
 
@@ -93,6 +97,7 @@ std::string OdbcSession::quotedName(std::string_view name) const {
 // Servers seldom nest transactions: the inner ones are counted here.
 void OdbcSession::begin() {
     if (depth_ == 0) {
+        const auto limited = link_->limit(timeout_);
         link_->setAutoCommit(false);
     }
     ++depth_;
@@ -117,11 +122,18 @@ void OdbcSession::rollback() {
         depth_ = 0;  // the server has undone it
         return;
     }
-    endTransaction(false);
+    try {
+        endTransaction(false);
+    } catch (const DriverError&) {
+        if (!link_->isLost()) {  // else the server undoes it without being told
+            throw;
+        }
+    }
 }
 
 // A commit that fails leaves the transaction open, as long as there is a connection.
 void OdbcSession::endTransaction(bool commit) {
+    const auto limited = link_->limit(timeout_);
     try {
         link_->endTransaction(commit);
     } catch (const DriverError&) {

@@ -34,8 +34,9 @@ private:
     BaseTables tables_;
     RowChanger changer_;
     int depth_ = 0;
-    // Of the last request: what belongs to a recordset has no limit of its own.
-    std::chrono::seconds timeout_{0};
+    // Of the last request, before the first that of the opening: what belongs to a recordset, and
+    // transactions, have no limit of their own.
+    std::chrono::seconds timeout_;
 };
 
 }  // namespace kap::ado::odbc
