@@ -9,6 +9,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <stdexcept>
 #include <string>
@@ -73,6 +74,7 @@ private:
         SQLFreeHandle(SQL_HANDLE_DBC, bare_);
         SQLFreeHandle(SQL_HANDLE_ENV, environment_);
         script("stop");
+        std::filesystem::remove_all(folder_);
     }
 
     void script(const std::string& job) const {

@@ -49,10 +49,11 @@ start_server() {
 
 # Sends a signal to the server and to the processes that it has for its clients.
 signal_server() {
-    local first
+    local first children
     first=$(head -n 1 "$data/postmaster.pid")
-    # The list ends with a blank, not with a line.
-    kill -s "$1" "$first" $(cat "/proc/$first/task/$first/children")
+    # The list does not end with a line, which read takes for a failure.
+    read -r -a children <"/proc/$first/task/$first/children" || true
+    kill -s "$1" "$first" "${children[@]}"
 }
 
 stop_server() {

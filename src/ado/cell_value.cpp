@@ -74,6 +74,14 @@ Variant bytesVariant(const ColumnInfo& column, std::string_view value) {
                                                      : textVariant(column, value);
 }
 
+Variant wideVariant(const ColumnInfo& column, std::string_view text) {
+    const auto decimal = Decimal::parse(text);
+    if (!decimal) {
+        fail::doesNotFit(column.name);
+    }
+    return *decimal;
+}
+
 Variant neutralVariant(const ColumnInfo& column) {
     switch (storageOf(column.type)) {
         case Storage::Integer:
@@ -165,6 +173,9 @@ std::string toBinary(const ColumnInfo& column, const Variant& value) {
 }
 
 CellValue convertCell(const ColumnInfo& column, const Variant& value) {
+    if (column.wideDecimal) {
+        return convert::toDecimal(value).plainText();
+    }
     switch (storageOf(column.type)) {
         case Storage::Integer:
             return toInteger(column, value);
@@ -189,6 +200,9 @@ Variant toVariant(const ColumnInfo& column, const ColumnStore& store, std::size_
         case ColumnStore::Cell::Value:
             break;
     }
+    if (column.wideDecimal) {
+        return wideVariant(column, store.bytes(row));
+    }
     switch (storageOf(column.type)) {
         case Storage::Integer:
             return integerVariant(column, store.integer(row));
@@ -209,7 +223,7 @@ Variant toVariant(const ColumnInfo& column, const CellValue& value) {
         return realVariant(column, *real);
     }
     if (const auto* bytes = std::get_if<std::string>(&value)) {
-        return bytesVariant(column, *bytes);
+        return column.wideDecimal ? wideVariant(column, *bytes) : bytesVariant(column, *bytes);
     }
     return Variant::null();
 }
@@ -236,6 +250,9 @@ CellValue toCell(const ColumnInfo& column, const Variant& given) {
 CellValue databaseValue(const ColumnInfo& column, const ColumnStore& store, std::size_t row) {
     if (store.cell(row) != ColumnStore::Cell::Value) {
         return std::monostate{};
+    }
+    if (column.wideDecimal) {
+        return std::string(store.bytes(row));
     }
     switch (storageOf(column.type)) {
         case Storage::Integer:

@@ -54,25 +54,39 @@ void Connection::requireOpen() const {
 void Connection::setConnectionString(const String& value) {
     requireClosed();
     connectionString_ = value;
+    keys_ = value;
 }
 
 void Connection::Open(const String& connectionString, const String& userId, const String& password,
                       std::int32_t /*options: no asynchronous opening*/) {
     requireClosed();
     if (!connectionString.empty()) {
-        connectionString_ = connectionString;
+        setConnectionString(connectionString);
     }
+    const String login = withLogin(keys_, userId, password);
     reporting([&] {
-        const auto keys =
-            ado::ConnectionString::parse(withLogin(completeString(), userId, password).utf8());
+        const auto keys = ado::ConnectionString::parse(completed(login).utf8());
         session_ = driverFor(keys).open(keys, std::chrono::seconds(connectionTimeout_));
     });
+    keys_ = login;
+    connectionString_ = String(ado::ConnectionString::shown(connectionString_.utf8()));
 }
 
-// The connection string with what the properties say and it does not.
-String Connection::completeString() const {
-    const auto keys = ado::ConnectionString::parse(connectionString_.utf8());
-    String all = connectionString_;
+Ref<Connection> Connection::openAnother() const {
+    auto other = make<Connection>();
+    other->cursorLocation_ = cursorLocation_;
+    other->commandTimeout_ = commandTimeout_;
+    other->connectionTimeout_ = connectionTimeout_;
+    other->provider_ = provider_;
+    other->mode_ = mode_;
+    other->Open(keys_);
+    return other;
+}
+
+// A connection string with what the properties say and it does not.
+String Connection::completed(const String& text) const {
+    const auto keys = ado::ConnectionString::parse(text.utf8());
+    String all = text;
     if (!provider_.empty() && !keys.find("Provider")) {
         all += u";Provider=" + provider_.units();
     }
@@ -172,6 +186,9 @@ Ref<Recordset> Connection::OpenSchema(SchemaEnum queryType, const Variant& restr
 std::int32_t Connection::BeginTrans() {
     std::int32_t level = 0;
     reporting([&] {
+        if (isolationChosen_ && session()->transactionDepth() == 0) {
+            session_->setIsolation(isolationLevel_);
+        }
         session()->begin();
         level = session_->transactionDepth();
     });
@@ -227,6 +244,7 @@ Ref<Connection> Connection::through(const Ref<Object>& foreign) {
     connection->session_ = std::make_shared<late_bound::LateBoundSession>(foreign);
     connection->foreign_ = foreign;
     connection->connectionString_ = late_bound::connectionStringOf(foreign);
+    connection->keys_ = connection->connectionString_;
     return connection;
 }
 

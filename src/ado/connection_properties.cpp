@@ -132,6 +132,7 @@ void Connection::setIsolationLevel(IsolationLevelEnum value) {
         case IsolationLevelEnum::adXactRepeatableRead:
         case IsolationLevelEnum::adXactSerializable:
             isolationLevel_ = value;
+            isolationChosen_ = true;
             return;
     }
     fail::invalidArgument();

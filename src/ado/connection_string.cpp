@@ -67,6 +67,8 @@ public:
         return std::string(plain);
     }
 
+    [[nodiscard]] std::size_t position() const { return position_; }
+
 private:
     // The name of a driver may hold ';'.
     std::string bracedValue() {
@@ -122,7 +124,60 @@ private:
     std::size_t position_ = 0;
 };
 
+bool isTrue(const std::string& value) {
+    return tsql::equalsIgnoringCase(value, "True") || tsql::equalsIgnoringCase(value, "Yes") ||
+           value == "1";
+}
+
+bool holdsPassword(const std::string& key) {
+    return tsql::equalsIgnoringCase(key, "Password") || tsql::equalsIgnoringCase(key, "PWD");
+}
+
+// Strings within strings, which some providers have.
+bool holdsString(const std::string& key) {
+    return tsql::equalsIgnoringCase(key, "Extended Properties");
+}
+
+std::string inQuotes(std::string_view value) {
+    std::string made = "\"";
+    for (const char letter : value) {
+        made.append(letter == '"' ? 2 : 1, letter);
+    }
+    return made + "\"";
+}
+
+std::string withoutPasswords(std::string_view text) {
+    std::string made;
+    std::size_t copied = 0;
+    Reader reader(text);
+    while (reader.nextPair()) {
+        const std::size_t start = reader.position();
+        const std::string key = reader.key();
+        const std::string value = reader.value();
+        std::string instead;
+        if (holdsString(key)) {
+            const std::string inner = withoutPasswords(value);
+            if (inner == value) {
+                continue;
+            }
+            instead = key + "=" + inQuotes(inner);
+        } else if (!holdsPassword(key)) {
+            continue;
+        }
+        made += text.substr(copied, start - copied);
+        made += instead;
+        copied = std::min(reader.position() + (instead.empty() ? 1 : 0), text.size());
+    }
+    made += text.substr(copied);
+    return made;
+}
+
 }  // namespace
+
+std::string ConnectionString::shown(std::string_view text) {
+    const auto persists = parse(text).find("Persist Security Info");
+    return persists && isTrue(*persists) ? std::string(text) : withoutPasswords(text);
+}
 
 ConnectionString ConnectionString::parse(std::string_view text) {
     ConnectionString made;

@@ -19,6 +19,10 @@ public:
     // Raises kInvalidArgument when the text is not of that form, saying where.
     static ConnectionString parse(std::string_view text);
 
+    // The text as it may be shown: without the pairs that hold a password, unless it says that they
+    // may be seen ("Persist Security Info=True").
+    static std::string shown(std::string_view text);
+
     [[nodiscard]] const std::vector<Pair>& pairs() const noexcept { return pairs_; }
     // The last value given for a key, compared ignoring case.
     [[nodiscard]] std::optional<std::string> find(std::string_view key) const;

@@ -114,6 +114,14 @@ RowTest integerTest(const ColumnInfo& column, const ColumnStore& store, const No
     });
 }
 
+RowTest wideTest(const ColumnStore& store, const Node& node) {
+    const std::string value = numberOf(node).plainText();
+    return comparing(store, node.comparison, [&store, value](auto row, bool replaced) {
+        return std::partial_ordering(
+            compareDecimals(replaced ? std::string_view() : store.bytes(row), value));
+    });
+}
+
 bool booleanOf(const Node& node) {
     if (equalsIgnoringCase(node.value, "TRUE")) {
         return true;
@@ -240,6 +248,9 @@ RowTest comparisonTest(const RowTable& table, const Node& node) {
     }
     if (node.comparison == Node::Operator::Like || storage == Storage::Binary) {
         refuse(node, "cannot be compared so: the column is no text");
+    }
+    if (column.wideDecimal) {
+        return wideTest(store, node);
     }
     if (column.type == DataTypeEnum::adBoolean) {
         return booleanTest(store, node);

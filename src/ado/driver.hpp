@@ -47,6 +47,8 @@ struct ColumnInfo {
     bool key = false;  // part of the base table's primary key, and the result has all parts
     bool identity = false;
     bool rowVersion = false;
+    // A decimal of more digits than a word holds: kept as its plain text, without zeros at its end.
+    bool wideDecimal = false;
 
     [[nodiscard]] bool writable() const noexcept {
         return !baseColumn.empty() && !identity && !rowVersion;
@@ -189,6 +191,11 @@ public:
     // Describes what is in the database, gathered with SchemaRows. Raises kFeatureNotAvailable
     // unless the driver has something to tell.
     [[nodiscard]] virtual Result schema(SchemaEnum kind, const SchemaRestrictions& wanted);
+
+    // How far the transactions that begin from now on are kept apart. Raises kFeatureNotAvailable
+    // for a level that the database does not have. Unless a driver says otherwise its transactions
+    // see nothing of each other, which is what every level asks for at most.
+    virtual void setIsolation(IsolationLevelEnum /*level*/) {}
 
     // A table's name as it must stand in a script, whatever it holds.
     [[nodiscard]] virtual std::string quotedName(std::string_view name) const;

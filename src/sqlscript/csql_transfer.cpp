@@ -46,10 +46,9 @@ void writeWhenBlank(CProprieta& parameters, const char16_t* name, const char16_t
 }
 
 // The columns of a table that every connection sees.
-Ref<ado::Recordset> permanentColumns(const String& connectionString, const String& table) {
-    const auto connection = make<ado::Connection>();
+Ref<ado::Recordset> permanentColumns(const ado::Connection& held, const String& table) {
+    const auto connection = held.openAnother();
     connection->setCursorLocation(ado::CursorLocationEnum::adUseClient);
-    connection->Open(connectionString, u"", u"", -1);
     auto columns = connection->OpenSchema(ado::SchemaEnum::adSchemaColumns,
                                           Array::ofVariants({Variant(), Variant(), table}));
     columns->setActiveConnection(Variant(Ref<Object>()));
@@ -87,9 +86,8 @@ Ref<ado::Recordset> temporaryColumns(const Ref<ado::Connection>& connection, con
 
 Ref<ado::Recordset> CSQL::ColonneTabella(const Ref<ado::Connection>& connessione,
                                          const String& sTabella) {
-    return sTabella.view().starts_with(u'#')
-               ? temporaryColumns(connessione, sTabella)
-               : permanentColumns(connessione->ConnectionString(), sTabella);
+    return sTabella.view().starts_with(u'#') ? temporaryColumns(connessione, sTabella)
+                                             : permanentColumns(*connessione, sTabella);
 }
 
 Ref<CProprieta> CSQL::columnMap() {

@@ -12,6 +12,7 @@
 #include "tools/exit_codes.hpp"
 #include "tools/failure_report.hpp"
 #include "tools/progress_bar.hpp"
+#include "tools/relation_copy.hpp"
 #include "tools/shown_text.hpp"
 #include "tools/table_copy.hpp"
 #include "tools/terminal.hpp"
@@ -55,8 +56,10 @@ void print(const CopyCommand& command, const std::string& table, const CopyOutco
 }
 
 bool copyAll(const CopyCommand& command, ado::Connection& from, ado::Connection& to) {
+    RelationCopy relations(from, to,
+                           [](const std::string& left) { std::cerr << shownText(left) << '\n'; });
     const std::vector<std::string> tables =
-        command.tables.empty() ? tablesOf(from) : command.tables;
+        relations.inOrder(command.tables.empty() ? tablesOf(from) : command.tables);
     TableCopy copy(from, to);
     bool whole = true;
     for (const std::string& table : tables) {
@@ -70,6 +73,10 @@ bool copyAll(const CopyCommand& command, ado::Connection& from, ado::Connection&
         whole = whole && outcome.isWhole();
     }
     if (whole) {
+        relations.copy(tables);
+        if (command.tables.empty()) {
+            relations.tellPrograms(tables);
+        }
         copy.finish();
     }
     return whole;

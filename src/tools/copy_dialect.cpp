@@ -107,6 +107,27 @@ public:
                                            const std::string& /*identity*/) const override {
         return {};
     }
+    // The embedded database does not tell the referenced columns.
+    [[nodiscard]] std::string foreignKeys() const override {
+        return "SELECT f.name, object_name(f.parent_object_id), k.column_name, "
+               "object_name(f.referenced_object_id), NULL, f.delete_referential_action_desc, "
+               "f.update_referential_action_desc FROM sys.foreign_keys f JOIN "
+               "information_schema.key_column_usage k ON k.constraint_name = f.name "
+               "ORDER BY f.name, k.ordinal_position";
+    }
+    [[nodiscard]] std::string programs() const override {
+        return "SELECT CASE type WHEN 'V' THEN 'view' WHEN 'P' THEN 'procedure' WHEN 'TR' THEN "
+               "'trigger' WHEN 'C' THEN 'check' ELSE 'function' END AS kind, name FROM "
+               "sys.objects WHERE type IN ('V', 'P', 'TR', 'C', 'FN', 'IF', 'TF') AND "
+               "is_ms_shipped = 0 ORDER BY 1, 2";
+    }
+    [[nodiscard]] std::string specialIndexes() const override {
+        return "SELECT name FROM sys.indexes WHERE 1 = 0";
+    }
+
+protected:
+    [[nodiscard]] std::string now() const override { return "getdate()"; }
+    [[nodiscard]] std::string newIdentifier() const override { return "newid()"; }
 
 private:
     static std::string plainType(const CopiedColumn& column) {
@@ -207,8 +228,46 @@ public:
                ", " + enclosed(identity, '\'', '\'') + "), coalesce(max(" + quoted(identity) +
                "), 0) + 1, false) FROM " + quoted(table);
     }
+    [[nodiscard]] std::string foreignKeys() const override {
+        return "SELECT c.conname::text, t.relname::text, a.attname::text, r.relname::text, "
+               "b.attname::text, " +
+               action("c.confdeltype") + ", " + action("c.confupdtype") +
+               " FROM pg_constraint c CROSS JOIN LATERAL unnest(c.conkey, c.confkey) WITH "
+               "ORDINALITY AS k(own, other, place) JOIN pg_class t ON t.oid = c.conrelid JOIN "
+               "pg_class r ON r.oid = c.confrelid JOIN pg_attribute a ON a.attrelid = c.conrelid "
+               "AND a.attnum = k.own JOIN pg_attribute b ON b.attrelid = c.confrelid AND b.attnum "
+               "= k.other WHERE c.contype = 'f' ORDER BY t.relname, c.conname, k.place";
+    }
+    // Without what keeps row versions, which a copy makes itself.
+    [[nodiscard]] std::string programs() const override {
+        const std::string own = "n.nspname NOT IN ('pg_catalog', 'information_schema')";
+        const std::string schema = " JOIN pg_namespace n ON n.oid = ";
+        return "SELECT 'view' AS kind, c.relname::text AS name FROM pg_class c" + schema +
+               "c.relnamespace WHERE c.relkind IN ('v', 'm') AND " + own +
+               " UNION ALL SELECT CASE p.prokind WHEN 'p' THEN 'procedure' ELSE 'function' END, "
+               "p.proname::text FROM pg_proc p" +
+               schema + "p.pronamespace WHERE p.proname NOT LIKE 'kap\\_version\\_%' AND " + own +
+               " UNION ALL SELECT 'trigger', g.tgname::text FROM pg_trigger g WHERE NOT "
+               "g.tgisinternal AND g.tgname <> 'kap_version' UNION ALL SELECT 'check', "
+               "c.conname::text FROM pg_constraint c" +
+               schema + "c.connamespace WHERE c.contype = 'c' AND c.conrelid <> 0 AND " + own +
+               " ORDER BY 1, 2";
+    }
+    [[nodiscard]] std::string specialIndexes() const override {
+        return "SELECT c.relname::text FROM pg_index i JOIN pg_class c ON c.oid = i.indexrelid "
+               "WHERE i.indpred IS NOT NULL OR i.indexprs IS NOT NULL";
+    }
+
+protected:
+    [[nodiscard]] std::string now() const override { return "LOCALTIMESTAMP"; }
+    [[nodiscard]] std::string newIdentifier() const override { return "gen_random_uuid()"; }
 
 private:
+    static std::string action(const std::string& letter) {
+        return "CASE " + letter +
+               " WHEN 'c' THEN 'CASCADE' WHEN 'n' THEN 'SET NULL' WHEN 'd' THEN 'SET DEFAULT' ELSE "
+               "'NO ACTION' END";
+    }
     static std::string plainType(const CopiedColumn& column) {
         switch (column.type) {
             case adBoolean:
@@ -265,6 +324,26 @@ bool hasType(ado::Connection& connection, const char* name) {
 }
 
 }  // namespace
+
+std::string CopyDialect::defaultFor(const CopiedColumn& column) const {
+    switch (column.defaultValue.kind) {
+        case DefaultValue::Kind::Constant: {
+            const bool number = isNumeric(column.type) || column.type == adBoolean;
+            const bool fits = !number || column.defaultValue.text.find_first_not_of(
+                                             "+-.0123456789") == std::string::npos;
+            return fits && !isBinary(column.type) ? literal(column, column.defaultValue.text)
+                                                  : std::string();
+        }
+        case DefaultValue::Kind::Now:
+            return now();
+        case DefaultValue::Kind::Identifier:
+            return newIdentifier();
+        case DefaultValue::Kind::None:
+        case DefaultValue::Kind::Other:
+            break;
+    }
+    return {};
+}
 
 const CopyDialect& CopyDialect::of(ado::Connection& connection) {
     static const TransactDialect transact;

@@ -11,87 +11,13 @@
 #include <kaputil/frame/plain_text.hpp>
 
 #include "tools/cell_text.hpp"
+#include "tools/copied_tables.hpp"
 
 namespace kap::tools {
 namespace {
 
-constexpr const char* kNotes = "KAP_COPY";
 constexpr int kRowsAStatement = 100;
 constexpr int kRowsATransaction = 2000;
-
-bool sameName(const std::string& left, const std::string& right) {
-    const auto lower = [](char letter) {
-        return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter + 32) : letter;
-    };
-    return std::ranges::equal(left, right, {}, lower, lower);
-}
-
-Ref<ado::Recordset> opened(ado::Connection& connection, const std::string& query) {
-    auto rows = make<ado::Recordset>();
-    rows->setCursorLocation(ado::CursorLocationEnum::adUseClient);
-    rows->Open(Variant(query), Variant(Ref<ado::Connection>(&connection)));
-    return rows;
-}
-
-std::string textOf(const Ref<ado::Recordset>& rows, const char16_t* column) {
-    const Variant value = rows->Fields()->Item(column)->Value();
-    return value.isNull() ? std::string() : convert::toString(value).utf8();
-}
-
-bool has(const ado::Field& field, ado::FieldAttributeEnum bit) {
-    return (field.Attributes() & static_cast<std::int32_t>(bit)) != 0;
-}
-
-std::vector<CopiedColumn> columnsOf(const ado::Recordset& rows) {
-    const auto fields = rows.Fields();
-    std::vector<CopiedColumn> columns;
-    columns.reserve(static_cast<std::size_t>(fields->Count()));
-    for (std::int32_t i = 0; i < fields->Count(); ++i) {
-        const auto field = fields->Item(i);
-        CopiedColumn column;
-        column.name = field->Name().utf8();
-        column.type = field->Type();
-        column.size = field->DefinedSize();
-        column.precision = field->Precision();
-        column.scale = field->NumericScale();
-        column.nullable = has(*field, ado::FieldAttributeEnum::adFldIsNullable);
-        column.isLong = has(*field, ado::FieldAttributeEnum::adFldLong);
-        column.rowVersion = has(*field, ado::FieldAttributeEnum::adFldRowVersion);
-        // What the database sets itself and is no row version.
-        column.identity =
-            !column.rowVersion && !has(*field, ado::FieldAttributeEnum::adFldUnknownUpdatable);
-        columns.push_back(std::move(column));
-    }
-    return columns;
-}
-
-std::vector<std::string> keyOf(ado::Connection& connection, const std::string& table) {
-    const auto keys =
-        connection.OpenSchema(ado::SchemaEnum::adSchemaPrimaryKeys,
-                              Variant(Array::ofVariants({Variant(), Variant(), Variant(table)})));
-    std::vector<std::pair<std::int64_t, std::string>> parts;
-    for (; !keys->Eof(); keys->MoveNext()) {
-        if (sameName(textOf(keys, u"TABLE_NAME"), table)) {
-            parts.emplace_back(convert::toLong(keys->Fields()->Item(u"ORDINAL")->Value()),
-                               textOf(keys, u"COLUMN_NAME"));
-        }
-    }
-    std::ranges::sort(parts);
-    std::vector<std::string> names;
-    names.reserve(parts.size());
-    for (auto& [ordinal, name] : parts) {
-        names.push_back(std::move(name));
-    }
-    return names;
-}
-
-std::string joined(const std::vector<std::string>& parts) {
-    std::string all;
-    for (const std::string& part : parts) {
-        all += (all.empty() ? "" : ", ") + part;
-    }
-    return all;
-}
 
 }  // namespace
 
@@ -111,20 +37,6 @@ struct TableCopy::Table {
     }
 };
 
-std::vector<std::string> tablesOf(ado::Connection& connection) {
-    const auto found = connection.OpenSchema(
-        ado::SchemaEnum::adSchemaTables,
-        Variant(Array::ofVariants({Variant(), Variant(), Variant(), Variant(u"TABLE")})));
-    std::vector<std::string> tables;
-    for (; !found->Eof(); found->MoveNext()) {
-        std::string name = textOf(found, u"TABLE_NAME");
-        if (!sameName(name, kNotes)) {
-            tables.push_back(std::move(name));
-        }
-    }
-    return tables;
-}
-
 TableCopy::TableCopy(ado::Connection& from, ado::Connection& to)
     : from_(from), to_(to), fromDialect_(CopyDialect::of(from)), toDialect_(CopyDialect::of(to)) {
     prepareNotes();
@@ -137,11 +49,12 @@ std::string TableCopy::targetName(const std::string& table) const {
 void TableCopy::prepareNotes() {
     const auto tables = to_.OpenSchema(
         ado::SchemaEnum::adSchemaTables,
-        Variant(Array::ofVariants({Variant(), Variant(), Variant(toDialect_.nameFor(kNotes))})));
+        Variant(
+            Array::ofVariants({Variant(), Variant(), Variant(toDialect_.nameFor(kCopyNotes))})));
     if (!tables->Eof()) {
         return;
     }
-    to_.Execute(std::string("CREATE TABLE ") + kNotes +
+    to_.Execute(std::string("CREATE TABLE ") + kCopyNotes +
                 " (Tabella varchar(128) NOT NULL PRIMARY KEY, Righe int NOT NULL)");
     // What row versions are kept with, where the database has none of its own.
     CopiedColumn version;
@@ -155,7 +68,7 @@ void TableCopy::prepareNotes() {
 }
 
 void TableCopy::finish() {
-    to_.Execute(std::string("DROP TABLE ") + kNotes);
+    to_.Execute(std::string("DROP TABLE ") + kCopyNotes);
 }
 
 CopyOutcome TableCopy::run(const std::string& name,
@@ -164,9 +77,6 @@ CopyOutcome TableCopy::run(const std::string& name,
     std::int64_t done = rowsNoted(table.target);
     if (done < 0) {
         create(table);
-        done = 0;
-    } else if (table.key.empty()) {
-        to_.Execute("DELETE FROM " + toDialect_.quoted(table.target));
         done = 0;
     }
     writeRows(table, done, progress);
@@ -181,8 +91,7 @@ TableCopy::Table TableCopy::describe(const std::string& name) {
     Table table;
     table.source = name;
     table.target = targetName(name);
-    table.columns =
-        columnsOf(*opened(from_, "SELECT * FROM " + fromDialect_.quoted(name) + " WHERE 1 = 0"));
+    table.columns = columnsOf(from_, fromDialect_, name);
     table.key = keyOf(from_, name);
     return table;
 }
@@ -191,7 +100,7 @@ TableCopy::Table TableCopy::describe(const std::string& name) {
 std::int64_t TableCopy::rowsNoted(const std::string& target) {
     CopiedColumn text;
     text.type = ado::DataTypeEnum::adVarChar;
-    const auto notes = opened(to_, std::string("SELECT Righe FROM ") + kNotes +
+    const auto notes = opened(to_, std::string("SELECT Righe FROM ") + kCopyNotes +
                                        " WHERE Tabella = " + toDialect_.literal(text, target));
     return notes->Eof() ? -1 : convert::toLong(notes->Fields()->Item(0)->Value());
 }
@@ -203,7 +112,7 @@ void TableCopy::create(const Table& table) {
         there, [&](const std::string& other) { return sameName(other, table.target); });
     CopiedColumn text;
     text.type = ado::DataTypeEnum::adVarChar;
-    const std::string note = std::string("INSERT INTO ") + kNotes + " VALUES (" +
+    const std::string note = std::string("INSERT INTO ") + kCopyNotes + " VALUES (" +
                              toDialect_.literal(text, table.target) + ", 0)";
     if (exists) {
         requireEmpty(table);
@@ -213,9 +122,11 @@ void TableCopy::create(const Table& table) {
     std::vector<std::string> parts;
     for (const CopiedColumn& column : table.columns) {
         const bool inKey = std::ranges::find(table.key, column.name) != table.key.end();
+        const std::string otherwise = toDialect_.defaultFor(column);
         parts.push_back(toDialect_.quoted(toDialect_.nameFor(column.name)) + " " +
                         toDialect_.typeFor(column) +
-                        (column.nullable && !inKey ? " NULL" : " NOT NULL"));
+                        (column.nullable && !inKey ? " NULL" : " NOT NULL") +
+                        (otherwise.empty() ? "" : " DEFAULT " + otherwise));
     }
     std::vector<std::string> key;
     for (const std::string& part : table.key) {
@@ -258,6 +169,10 @@ void TableCopy::writeRows(const Table& table, std::int64_t done,
     const auto rows = opened(from_, "SELECT * FROM " + fromDialect_.quoted(table.source) +
                                         (order.empty() ? "" : " ORDER BY " + joined(order)));
     const std::int64_t all = rows->RecordCount();
+    if (order.empty() && done < all) {  // in no order: nobody knows which ones have arrived
+        to_.Execute("DELETE FROM " + toDialect_.quoted(table.target));
+        done = 0;
+    }
     if (done > 0 && done <= all) {
         rows->Move(static_cast<std::int32_t>(done));
     }
@@ -297,7 +212,7 @@ void TableCopy::writeRows(const Table& table, std::int64_t done,
                 }
                 to_.Execute(insert + values + behind);
             }
-            to_.Execute(std::string("UPDATE ") + kNotes + " SET Righe = " + plain::text(done) +
+            to_.Execute(std::string("UPDATE ") + kCopyNotes + " SET Righe = " + plain::text(done) +
                         " WHERE Tabella = " + toDialect_.literal(text, table.target));
             to_.CommitTrans();
         } catch (const AutomationError&) {

@@ -11,9 +11,6 @@
 
 namespace kap::tools {
 
-// The tables of a database, in its order; not the one that a copy keeps its notes in.
-[[nodiscard]] std::vector<std::string> tablesOf(ado::Connection& connection);
-
 // How a table got over.
 struct CopyOutcome {
     std::int64_t rows = 0;
@@ -22,7 +19,7 @@ struct CopyOutcome {
     [[nodiscard]] bool isWhole() const { return source == target; }
 };
 
-// Copies one table to another database: its columns, primary key and rows.
+// Copies one table to another database: its columns with their defaults, primary key and rows.
 //
 // The target notes in the table KAP_COPY, in the transaction that writes them, how many rows have
 // arrived: a copy that was interrupted goes on behind them, in the order of the key. A table

@@ -209,5 +209,47 @@ TEST(ConnectionProperties, TheDatabaseIsTheOneNamedOrChangedTo) {
     EXPECT_EQ(connection->DefaultDatabase(), String(u"a]b"));
 }
 
+TEST(ConnectionPassword, IsNotShownOnceTheConnectionHasBeenOpened) {
+    test::FakeDriver driver;
+    const auto connection = make<Connection>();
+    connection->setConnectionString(u"Provider=Fake;User ID=sa;Password=geheim");
+    EXPECT_EQ(connection->ConnectionString(), u"Provider=Fake;User ID=sa;Password=geheim");
+    connection->Open();
+    EXPECT_EQ(connection->ConnectionString(), u"Provider=Fake;User ID=sa;");
+    connection->Close();
+    EXPECT_EQ(connection->ConnectionString(), u"Provider=Fake;User ID=sa;");
+}
+
+TEST(ConnectionPassword, IsShownWhereTheStringSaysSo) {
+    test::FakeDriver driver;
+    const String text = u"Provider=Fake;Password=geheim;Persist Security Info=True";
+    EXPECT_EQ(test::open(text.utf8())->ConnectionString(), text);
+}
+
+TEST(ConnectionPassword, ServesToOpenAgainAndToOpenAnother) {
+    test::FakeDriver driver;
+    const auto passwords = [&] {
+        std::string all;
+        for (const auto& keys : driver.database.keys) {
+            all +=
+                keys.find("User ID").value_or("") + ":" + keys.find("Password").value_or("") + " ";
+        }
+        return all;
+    };
+    const auto connection = make<Connection>();
+    connection->Open(u"Provider=Fake", u"sa", u"geheim");
+    EXPECT_EQ(connection->ConnectionString(), u"Provider=Fake");
+    connection->Close();
+    connection->Open();
+    const auto other = connection->openAnother();
+    EXPECT_EQ(other->State(), ObjectStateEnum::adStateOpen);
+    EXPECT_EQ(other->ConnectionString().utf8().find("geheim"), std::string::npos);
+    EXPECT_EQ(passwords(), "sa:geheim sa:geheim sa:geheim ");
+    connection->Close();
+    connection->setConnectionString(connection->ConnectionString());
+    connection->Open();
+    EXPECT_EQ(passwords(), "sa:geheim sa:geheim sa:geheim : ");
+}
+
 }  // namespace
 }  // namespace kap::ado

@@ -115,5 +115,25 @@ TEST(ConnectionString, RefusesTextAfterAQuotedValue) {
               "may stand. Write it as Key=Value;Key=Value.");
 }
 
+TEST(ConnectionString, IsShownWithoutPasswords) {
+    EXPECT_EQ(ConnectionString::shown("Provider=P;Password=geheim;Data Source=a"),
+              "Provider=P;Data Source=a");
+    EXPECT_EQ(ConnectionString::shown("pwd = \"a;\"\"b\" ; Data Source=a"), " Data Source=a");
+    EXPECT_EQ(ConnectionString::shown("Data Source=a;PWD={x;y}"), "Data Source=a;");
+    EXPECT_EQ(ConnectionString::shown("Password=a;Mode=Read;Password=b"), "Mode=Read;");
+    EXPECT_EQ(ConnectionString::shown("Password=a;Persist Security Info=False"),
+              "Persist Security Info=False");
+    EXPECT_EQ(ConnectionString::shown("Extended Properties='DSN=x;PWD=a';Mode=Read"),
+              "Extended Properties=\"DSN=x;\";Mode=Read");
+}
+
+TEST(ConnectionString, IsShownAsItIsWhereNothingIsToBeHidden) {
+    for (const char* text :
+         {"", "Provider=KapLocal; Data Source = a.db ", "Extended Properties='DSN=x';",
+          "Password=geheim;Persist Security Info=True", "pwd=a;persist security info=YES"}) {
+        EXPECT_EQ(ConnectionString::shown(text), text);
+    }
+}
+
 }  // namespace
 }  // namespace kap::ado

@@ -130,5 +130,131 @@ TEST_F(ServerCopy, SaysWhatIsWrong) {
     EXPECT_FALSE(std::filesystem::exists(folder_.file("manca.db")));
 }
 
+// Two tables with everything that can tie them together.
+constexpr const char16_t* kTied =
+    u"CREATE TABLE Righe (Id int IDENTITY(1,1) PRIMARY KEY, Doc int NOT NULL, Voce varchar(5));"
+    u"CREATE TABLE Voci (Codice varchar(5) NOT NULL CONSTRAINT uq_voci UNIQUE, Nome varchar(20) "
+    u"DEFAULT 'l''una', Aperta bit NOT NULL DEFAULT 1, Prezzo money DEFAULT -1.5, Sconto "
+    u"decimal(5,2) DEFAULT 2.25, Data datetime DEFAULT getdate());"
+    u"CREATE TABLE Doc (Numero int PRIMARY KEY, Serie varchar(3) NOT NULL DEFAULT 'A');"
+    u"ALTER TABLE Righe ADD CONSTRAINT fk_doc FOREIGN KEY (Doc) REFERENCES Doc (Numero) ON DELETE "
+    u"CASCADE;"
+    u"ALTER TABLE Righe ADD CONSTRAINT fk_voce FOREIGN KEY (Voce) REFERENCES Voci (Codice);"
+    u"CREATE INDEX ix_righe ON Righe (Doc DESC, Voce);"
+    u"INSERT INTO Doc VALUES (1, 'B'); INSERT INTO Voci (Codice) VALUES ('x');"
+    u"INSERT INTO Righe (Doc, Voce) VALUES (1, 'x')";
+
+class ServerCopyOfRelations : public ServerCopy {
+protected:
+    void SetUp() override {
+        ServerCopy::SetUp();
+        if (!IsSkipped()) {
+            source_ = test::open(folder_.database());
+            source_->Execute(kTied);
+        }
+    }
+    // Each row of a query, its cells with '|' between.
+    [[nodiscard]] static std::string rowsOf(const Ref<Connection>& connection,
+                                            const std::string& query) {
+        std::string all;
+        const auto rows = make<Recordset>();
+        rows->Open(Variant(query), Variant(connection));
+        for (; !rows->Eof(); rows->MoveNext()) {
+            for (std::int32_t i = 0; i < rows->Fields()->Count(); ++i) {
+                all += (i == 0 ? "" : "|") + test::shown(test::fieldOf(rows, i));
+            }
+            all += "\n";
+        }
+        return all;
+    }
+    static std::int32_t refusal(const Ref<Connection>& connection, const std::string& script) {
+        return test::raisedBy([&] { return connection->Execute(String(script)); });
+    }
+
+    Ref<Connection> source_;
+};
+
+TEST_F(ServerCopyOfRelations, TakesKeysAndIndexesThereAndBack) {
+    const Outcome there = copy(folder_.database(), database_->connection());
+    EXPECT_EQ(there.exitCode, 0) << there.out << there.err;
+    EXPECT_EQ(there.err, "");
+    EXPECT_EQ(refusal(connection_, "INSERT INTO voci (codice) VALUES ('x')"), errors::kIntegrity);
+    EXPECT_EQ(refusal(connection_, "INSERT INTO righe (doc) VALUES (9)"), errors::kIntegrity);
+    EXPECT_EQ(refusal(connection_, "UPDATE righe SET voce = 'y'"), errors::kIntegrity);
+    EXPECT_EQ(value("SELECT pg_get_indexdef('ix_righe'::regclass)"),
+              "String CREATE INDEX ix_righe ON public.righe USING btree (doc DESC, voce)");
+    const Outcome back = copy(database_->connection(), folder_.database("ritorno.db"));
+    EXPECT_EQ(back.exitCode, 0) << back.out << back.err;
+    EXPECT_EQ(back.err, "");
+    const auto returned = test::open(folder_.database("ritorno.db"));
+    EXPECT_EQ(refusal(returned, "INSERT INTO voci (codice) VALUES ('x')"), errors::kIntegrity);
+    EXPECT_EQ(refusal(returned, "UPDATE righe SET voce = 'y'"), errors::kIntegrity);
+    returned->Execute(u"DELETE FROM doc");
+    EXPECT_EQ(rowsOf(returned, "SELECT * FROM righe"), "");
+    connection_->Execute(u"DELETE FROM doc");
+    EXPECT_EQ(rowsOf(connection_, "SELECT * FROM righe"), "");
+}
+
+TEST_F(ServerCopyOfRelations, TakesDefaultsThereAndBack) {
+    const std::string query = "SELECT nome, aperta, prezzo, sconto FROM voci WHERE codice = 'n'";
+    source_->Execute(
+        u"INSERT INTO Voci (Codice) VALUES ('n'); DELETE FROM Voci WHERE Codice = 'n'");
+    EXPECT_EQ(copy(folder_.database(), database_->connection()).exitCode, 0);
+    run("INSERT INTO voci (codice) VALUES ('n')");
+    EXPECT_EQ(value("SELECT nome FROM voci WHERE codice = 'n'"), "String l'una");
+    EXPECT_EQ(value("SELECT aperta::int FROM voci WHERE codice = 'n'"), "Long 1");
+    EXPECT_EQ(value("SELECT (prezzo * 10)::int FROM voci WHERE codice = 'n'"), "Long -15");
+    EXPECT_EQ(value("SELECT (sconto * 100)::int FROM voci WHERE codice = 'n'"), "Long 225");
+    EXPECT_EQ(value("SELECT (now() - data < interval '1 hour')::int FROM voci WHERE codice = 'n'"),
+              "Long 1");
+    run("DELETE FROM voci WHERE codice = 'n'");
+    EXPECT_EQ(copy(database_->connection(), folder_.database("ritorno.db")).exitCode, 0);
+    const auto returned = test::open(folder_.database("ritorno.db"));
+    for (const auto& each : {source_, returned}) {
+        each->Execute(u"INSERT INTO voci (codice) VALUES ('n')");
+    }
+    EXPECT_EQ(rowsOf(returned, query), rowsOf(source_, query));
+}
+
+TEST_F(ServerCopyOfRelations, NamesWhatStaysBehind) {
+    source_->Execute(u"CREATE VIEW Aperte AS SELECT Codice FROM Voci WHERE Aperta = 1");
+    source_->Execute(u"CREATE PROCEDURE Chiudi AS UPDATE Voci SET Aperta = 0");
+    source_->Execute(u"CREATE TRIGGER Segna ON Voci AFTER INSERT AS RETURN");
+    source_->Execute(u"CREATE TABLE Altro (a int PRIMARY KEY, b varchar(20) DEFAULT suser_name())");
+    const Outcome there = copy(folder_.database(), database_->connection());
+    EXPECT_EQ(there.exitCode, 0) << there.out << there.err;
+    for (const char* line :
+         {"The view Aperte stays behind: it is written in its database's dialect.\n",
+          "The procedure Chiudi stays behind: it is written in its database's dialect.\n",
+          "The trigger Segna stays behind: it is written in its database's dialect.\n",
+          "The default of Altro.b stays behind: "}) {
+        EXPECT_NE(there.err.find(line), std::string::npos) << there.err;
+    }
+}
+
+TEST_F(ServerCopyOfRelations, AnInterruptedCopyAddsOnlyWhatIsMissing) {
+    EXPECT_EQ(copy(folder_.database(), database_->connection()).exitCode, 0);
+    run("CREATE TABLE kap_copy (tabella varchar(128) NOT NULL PRIMARY KEY, righe int NOT NULL);"
+        "INSERT INTO kap_copy VALUES ('doc', 1), ('voci', 1), ('righe', 1);"
+        "ALTER TABLE righe DROP CONSTRAINT fk_doc; DROP INDEX ix_righe");
+    const Outcome again = copy(folder_.database(), database_->connection());
+    EXPECT_EQ(again.exitCode, 0) << again.out << again.err;
+    EXPECT_EQ(again.err, "");
+    EXPECT_EQ(value("SELECT count(*) FROM pg_constraint WHERE contype = 'f'"), "Decimal 2");
+    EXPECT_EQ(value("SELECT count(*) FROM pg_indexes WHERE indexname = 'ix_righe'"), "Decimal 1");
+}
+
+TEST_F(ServerCopyOfRelations, FillsTablesInTheOrderOfTheirForeignKeys) {
+    // Somebody has made the tables beforehand.
+    run("CREATE TABLE doc (numero int PRIMARY KEY, serie varchar(3) NOT NULL);"
+        "CREATE TABLE voci (codice varchar(5) NOT NULL UNIQUE, nome varchar(20), aperta boolean "
+        "NOT NULL, prezzo numeric(19,4), sconto numeric(5,2), data timestamp(3));"
+        "CREATE TABLE righe (id int PRIMARY KEY GENERATED BY DEFAULT AS IDENTITY, doc int NOT NULL "
+        "REFERENCES doc, voce varchar(5) REFERENCES voci (codice))");
+    const Outcome there = copy(folder_.database(), database_->connection());
+    EXPECT_EQ(there.exitCode, 0) << there.out << there.err;
+    EXPECT_EQ(value("SELECT count(*) FROM righe"), "Decimal 1");
+}
+
 }  // namespace
 }  // namespace kap::ado

@@ -71,5 +71,13 @@ TEST_F(PlainDriver, KnowsUnknownTables) {
     EXPECT_NE(raisedBy([&] { return connection_->Execute(u"SELECT * FROM nix"); }), 0);
 }
 
+TEST_F(PlainDriver, RefusesAnIsolationLevelThatItDoesNotHave) {
+    connection_->setIsolationLevel(IsolationLevelEnum::adXactRepeatableRead);
+    EXPECT_EQ(raisedBy([&] { return connection_->BeginTrans(); }), errors::kFeatureNotAvailable);
+    connection_->setIsolationLevel(IsolationLevelEnum::adXactSerializable);
+    EXPECT_EQ(connection_->BeginTrans(), 1);
+    connection_->RollbackTrans();
+}
+
 }  // namespace
 }  // namespace kap::ado

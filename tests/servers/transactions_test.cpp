@@ -146,5 +146,42 @@ TEST_F(ServerSchema, ListsTheServersTypes) {
         std::string::npos);
 }
 
+TEST_F(ServerTransactions, SeeWhatTheirIsolationLevelLetsThemSee) {
+    const auto other = database_->open();
+    connection_->setIsolationLevel(IsolationLevelEnum::adXactRepeatableRead);
+    connection_->BeginTrans();
+    EXPECT_EQ(rows(), "Decimal 0");
+    other->Execute(u"INSERT INTO t (a) VALUES (1)");
+    EXPECT_EQ(rows(), "Decimal 0");
+    connection_->CommitTrans();
+    EXPECT_EQ(rows(), "Decimal 1");
+    connection_->setIsolationLevel(IsolationLevelEnum::adXactReadCommitted);
+    connection_->BeginTrans();
+    EXPECT_EQ(rows(), "Decimal 1");
+    other->Execute(u"INSERT INTO t (a) VALUES (2)");
+    EXPECT_EQ(rows(), "Decimal 2");
+    connection_->CommitTrans();
+    EXPECT_EQ(value("SHOW transaction_isolation"), "String read committed");
+}
+
+TEST_F(ServerTransactions, ALevelChosenWithinATransactionHoldsFromTheNextOne) {
+    connection_->BeginTrans();
+    connection_->setIsolationLevel(IsolationLevelEnum::adXactSerializable);
+    EXPECT_EQ(connection_->BeginTrans(), 2);
+    EXPECT_EQ(value("SHOW transaction_isolation"), "String read committed");
+    connection_->RollbackTrans();
+    connection_->BeginTrans();
+    EXPECT_EQ(value("SHOW transaction_isolation"), "String serializable");
+    connection_->RollbackTrans();
+}
+
+TEST_F(ServerTransactions, ALevelThatTheServerDoesNotHaveIsRefused) {
+    connection_->setIsolationLevel(IsolationLevelEnum::adXactChaos);
+    EXPECT_EQ(raisedBy([&] { return connection_->BeginTrans(); }), errors::kFeatureNotAvailable);
+    connection_->setIsolationLevel(IsolationLevelEnum::adXactUnspecified);
+    EXPECT_EQ(connection_->BeginTrans(), 1);
+    connection_->RollbackTrans();
+}
+
 }  // namespace
 }  // namespace kap::ado

@@ -199,5 +199,35 @@ TEST_F(ServerWriting, TellsTablesOfOneNameInTwoSchemasApart) {
     EXPECT_EQ(value("SELECT b FROM t"), "Long 21");
 }
 
+TEST_F(ServerWriting, WritesEveryDigitOfADecimal) {
+    run("CREATE TABLE lunghi (a int PRIMARY KEY, n numeric(38,10), libero numeric);"
+        "INSERT INTO lunghi VALUES (1, 1234567890123456789012.5, 0.125)");
+    const auto rows = live("SELECT * FROM lunghi");
+    rows->Update(u"n", u"-1876543210987654321,0123456789");
+    rows->Update(u"libero", u"0,1234567890123456789012345678");
+    EXPECT_EQ(value("SELECT n FROM lunghi"), "Decimal -1876543210987654321,0123456789");
+    EXPECT_EQ(value("SELECT libero FROM lunghi"), "Decimal 0,1234567890123456789012345678");
+    // The old value is part of what the row must still hold.
+    rows->Update(u"n", 2);
+    EXPECT_EQ(value("SELECT n FROM lunghi"), "Decimal 2");
+    rows->AddNew();
+    rows->Fields()->Item(u"a")->setValue(2);
+    rows->Fields()->Item(u"n")->setValue(u"99999999999999999999,5");
+    rows->Update();
+    EXPECT_EQ(shown(fieldOf(rows, u"n")), "Decimal 99999999999999999999,5");
+    EXPECT_EQ(value("SELECT n FROM lunghi WHERE a = 2"), "Decimal 99999999999999999999,5");
+}
+
+TEST_F(ServerWriting, ADecimalThatTheColumnDoesNotHoldIsTheServersError) {
+    run("CREATE TABLE lunghi (a int PRIMARY KEY, n numeric(20,2)); INSERT INTO lunghi VALUES (1, "
+        "1)");
+    const auto rows = live("SELECT * FROM lunghi");
+    EXPECT_EQ(raisedBy([&] {
+                  rows->Update(u"n", u"1234567890123456789012");
+                  return 0;
+              }),
+              errors::kTruncated);
+}
+
 }  // namespace
 }  // namespace kap::ado

@@ -31,8 +31,9 @@ struct FakeDatabase {
     std::deque<int> rowsTouched;  // by the changes after these; 1 when none is told
     std::vector<std::pair<ado::SchemaEnum, ado::SchemaRestrictions>> schemasAsked;
     int opened = 0;
-    std::chrono::seconds openTimeout{0};  // that the last opening was given
-    int refusedOpenings = 0;              // how many times opening is going to fail
+    std::vector<ado::ConnectionString> keys;  // that each opening was given
+    std::chrono::seconds openTimeout{0};      // that the last opening was given
+    int refusedOpenings = 0;                  // how many times opening is going to fail
 
     static ado::ServerMessage message(std::int32_t number, std::string text) {
         return {0, number, "HY000", std::move(text), 1};
@@ -153,9 +154,10 @@ class FakeDriver final : public ado::Driver {
 public:
     FakeDriver() : registration_("Fake", *this) {}
 
-    [[nodiscard]] std::unique_ptr<ado::Session> open(const ado::ConnectionString& /*keys*/,
+    [[nodiscard]] std::unique_ptr<ado::Session> open(const ado::ConnectionString& keys,
                                                      std::chrono::seconds timeout) const override {
         database.openTimeout = timeout;
+        database.keys.push_back(keys);
         ++database.opened;
         if (database.refusedOpenings > 0) {
             --database.refusedOpenings;

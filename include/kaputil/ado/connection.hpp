@@ -55,7 +55,9 @@ public:
     // The object that the client knows: another maker's, or this connection itself.
     [[nodiscard]] Variant clientsObject();
 
-    // The string given to Open, or to be used by it. Raises 3705 when assigned while open.
+    // The string given to Open, or to be used by it. Once the connection has been opened the string
+    // shows no password any more, unless it says "Persist Security Info=True"; the connection keeps
+    // it to be opened again. Raises 3705 when assigned while open.
     [[nodiscard]] String ConnectionString() const { return connectionString_; }
     void setConnectionString(const String& value);
 
@@ -65,6 +67,8 @@ public:
               const String& password = {}, std::int32_t options = -1);
     // Raises 3704 when it is not open. An open transaction is rolled back.
     void Close();
+    // A second connection to the same database, opened as this one was, with its login. C++ only.
+    [[nodiscard]] Ref<Connection> openAnother() const;
     [[nodiscard]] ObjectStateEnum State() const;
 
     // Runs a script, or what `options` say (adCmdTable, adCmdStoredProc; adExecuteNoRecords throws
@@ -128,8 +132,10 @@ public:
     // changes to another database of the same server (USE).
     [[nodiscard]] String DefaultDatabase() const;
     void setDefaultDatabase(const String& value);
-    // How far transactions are kept apart: kept for who asks. Those of the embedded database see
-    // nothing of each other before they are committed, which is what every level asks for at most.
+    // How far transactions are kept apart: adXactReadCommitted unless assigned. What is assigned
+    // holds from the next BeginTrans on, which raises 3251 for a level that the server does not
+    // have. Transactions of the embedded database see nothing of each other before they are
+    // committed, which is what every level asks for at most.
     [[nodiscard]] IsolationLevelEnum IsolationLevel() const { return isolationLevel_; }
     void setIsolationLevel(IsolationLevelEnum value);
     // The version of the data-access objects whose behaviour clients find here.
@@ -154,11 +160,12 @@ public:
 private:
     void report(const std::vector<ServerMessage>& messages, const String& source);
     [[nodiscard]] Ref<Recordset> answer(Result result);
-    [[nodiscard]] String completeString() const;
+    [[nodiscard]] String completed(const String& text) const;
     void requireClosed() const;
     void requireOpen() const;
 
-    String connectionString_;
+    String connectionString_;  // as clients are shown it
+    String keys_;              // the same with the login that it was opened with
     std::shared_ptr<Session> session_;
     Ref<Object> foreign_;  // another maker's connection behind the session
     Ref<ado::Errors> errors_;
@@ -169,6 +176,7 @@ private:
     String database_;
     ConnectModeEnum mode_ = ConnectModeEnum::adModeUnknown;
     IsolationLevelEnum isolationLevel_ = IsolationLevelEnum::adXactReadCommitted;
+    bool isolationChosen_ = false;
 };
 
 // Whether a value is a connection: one of the library's, or of another maker whose object has the

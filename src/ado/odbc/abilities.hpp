@@ -20,6 +20,8 @@ struct Abilities {
     bool concurrent = false;     // several results may be open at once
     bool cellPieces = false;     // any cell of a fetched block can be read again, in pieces
     bool transactNames = false;  // the server speaks Transact-SQL
+    // The isolation levels of transactions that there are, as the interface's bits.
+    SQLULEN isolationLevels = 0;
     // INSERT, UPDATE and DELETE answer with the rows they touched.
     bool returning = false;
     // A text with parameters may hold several statements.

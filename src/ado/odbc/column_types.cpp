@@ -16,6 +16,7 @@ constexpr std::int32_t kLongCharacters = 1073741823;
 // No server has a text with a limit beyond this.
 constexpr SQLULEN kLongestLimited = 1'000'000;
 constexpr std::uint8_t kNone = 255;
+constexpr std::uint8_t kExactDigits = 18;  // that a word holds
 constexpr int kRowVersionBytes = 8;
 
 // What Transact-SQL servers have beyond the standard.
@@ -169,6 +170,7 @@ void describeType(const AnnouncedType& type, SQLULEN inventedSize, ColumnInfo& i
                 ? kNone
                 : small(static_cast<SQLULEN>(std::max<SQLSMALLINT>(type.decimals, 0)));
     }
+    info.wideDecimal = info.type == adNumeric && info.precision > kExactDigits;
     const std::int32_t width = widthOf(info.type);
     info.fixedLength =
         width > 0 || info.type == adChar || info.type == adWChar || info.type == adBinary;

@@ -236,7 +236,8 @@ std::string passwordOf(const ConnectionString& keys) {
             return *found;
         }
     }
-    return {};
+    const auto extended = keys.find("Extended Properties");
+    return extended ? passwordOf(ConnectionString::parse(*extended)) : std::string();
 }
 
 // "Port=5432", or behind the server's name: "host,1433".

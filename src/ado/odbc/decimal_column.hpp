@@ -6,12 +6,10 @@
 
 namespace kap::ado::odbc {
 
-// Appends a decimal's text to its column. Servers have decimals whose number of digits behind the
-// point is not known before they come: then the column gets another scale, and what is in the store
-// is brought to it. Raises kMultipleStep for a number with more digits than can be kept exactly.
+// Appends a decimal's text to its column. Of a wide one every digit is kept that a Decimal has, and
+// the column's scale grows with its values: servers have decimals whose number of digits behind the
+// point is not known before they come. Raises kMultipleStep for a number with more digits than can
+// be kept exactly.
 void appendDecimal(std::string_view text, ColumnInfo& column, ColumnStore& store);
-
-// Whether the announced precision leaves open how many digits come.
-[[nodiscard]] bool hasOpenScale(const ColumnInfo& column);
 
 }  // namespace kap::ado::odbc

@@ -45,6 +45,22 @@ std::vector<ServerMessage> noAnswer() {
     return {std::move(message)};
 }
 
+// The interface's name of a level; 0: it has none.
+SQLULEN isolationOf(IsolationLevelEnum level) {
+    switch (level) {
+        case IsolationLevelEnum::adXactReadUncommitted:
+            return SQL_TXN_READ_UNCOMMITTED;
+        case IsolationLevelEnum::adXactReadCommitted:
+            return SQL_TXN_READ_COMMITTED;
+        case IsolationLevelEnum::adXactRepeatableRead:
+            return SQL_TXN_REPEATABLE_READ;
+        case IsolationLevelEnum::adXactSerializable:
+            return SQL_TXN_SERIALIZABLE;
+        default:
+            return 0;
+    }
+}
+
 // What the server has been asked to keep itself is its own affair for so long.
 constexpr std::chrono::milliseconds kGrace(3000);
 constexpr std::chrono::milliseconds kEndTime(5000);
@@ -155,6 +171,26 @@ std::vector<ServerMessage> Link::failure(const Handle& handle) {
         }
     }
     return messages;
+}
+
+void Link::setIsolation(IsolationLevelEnum level) {
+    if (level == IsolationLevelEnum::adXactUnspecified) {
+        return;
+    }
+    const SQLULEN wanted = isolationOf(level);
+    if (wanted == 0 || (abilities_.isolationLevels & wanted) == 0) {
+        throw driverError(errors::kFeatureNotAvailable, "HYC00",
+                          "The database server has no transactions of this isolation level.");
+    }
+    if (isolation_ == wanted) {
+        return;
+    }
+    makeWay();
+    requireAlive();
+    check(SQLSetConnectAttrW(connection_.get(), SQL_ATTR_TXN_ISOLATION, asPointer(wanted),
+                             SQL_IS_UINTEGER),
+          connection_);
+    isolation_ = wanted;
 }
 
 void Link::setAutoCommit(bool on) {

@@ -3,6 +3,7 @@
 #include <chrono>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -49,6 +50,7 @@ public:
 
     [[nodiscard]] bool isLost() const noexcept { return lost_ || watchdog_.hasFired(); }
 
+    void setIsolation(IsolationLevelEnum level);
     void setAutoCommit(bool on);
     void endTransaction(bool commit);
 
@@ -68,6 +70,8 @@ private:
     Handle connection_;
     Abilities abilities_;
     bool lost_ = false;
+    // The level that the connection has been given; unset: the server's own.
+    std::optional<SQLULEN> isolation_;
     bool connected_ = false;
     std::vector<std::weak_ptr<PendingRows>> reading_;
 };

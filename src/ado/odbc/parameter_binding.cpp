@@ -133,6 +133,19 @@ void ParameterBinding::putText(Bound& bound, DataTypeEnum type, const std::strin
     bound.length = static_cast<SQLLEN>(units * sizeof(char16_t));
 }
 
+// A decimal as its plain text.
+void ParameterBinding::putDigits(Bound& bound, const std::string& value) {
+    const std::size_t point = std::min(value.find('.'), value.size());
+    const std::size_t decimals = value.size() - std::min(point + 1, value.size());
+    bound.bytes = value;
+    bound.form = SQL_C_CHAR;
+    bound.type = SQL_DECIMAL;
+    bound.size = point + decimals;
+    bound.decimals = static_cast<SQLSMALLINT>(decimals);
+    bound.value = bound.bytes.data();
+    bound.length = static_cast<SQLLEN>(bound.bytes.size());
+}
+
 void ParameterBinding::putBinary(Bound& bound, DataTypeEnum type, const std::string& value) {
     bound.bytes = value;
     bound.form = SQL_C_BINARY;
@@ -171,8 +184,13 @@ void ParameterBinding::put(Bound& bound, DataTypeEnum type, std::uint8_t scale,
     } else if (const auto* real = std::get_if<double>(&value)) {
         putReal(bound, type, scale, *real);
     } else if (const auto* bytes = std::get_if<std::string>(&value)) {
-        storageOf(type) == Storage::Binary ? putBinary(bound, type, *bytes)
-                                           : putText(bound, type, *bytes);
+        if (isDecimal(type)) {
+            putDigits(bound, *bytes);
+        } else if (storageOf(type) == Storage::Binary) {
+            putBinary(bound, type, *bytes);
+        } else {
+            putText(bound, type, *bytes);
+        }
     } else {
         putNull(bound, type, scale);
     }

@@ -42,6 +42,7 @@ private:
     static void putWhole(Bound& bound, DataTypeEnum type, std::uint8_t scale, std::int64_t value);
     static void putReal(Bound& bound, DataTypeEnum type, std::uint8_t scale, double value);
     static void putText(Bound& bound, DataTypeEnum type, const std::string& value);
+    static void putDigits(Bound& bound, const std::string& value);
     static void putBinary(Bound& bound, DataTypeEnum type, const std::string& value);
     static void putNull(Bound& bound, DataTypeEnum type, std::uint8_t scale);
     void makeRoom(Bound& bound, const RequestParameter& parameter) const;

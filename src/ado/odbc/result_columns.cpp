@@ -38,6 +38,16 @@ const QueryTable* tableNamed(const QueryAnalysis& query, const std::string& qual
     return found == query.tables.end() ? nullptr : &*found;
 }
 
+AnnouncedColumn announcedColumn(SQLHSTMT statement, SQLUSMALLINT number) {
+    AnnouncedColumn column;
+    std::array<char16_t, 256> name{};
+    SQLSMALLINT nameLength = 0;
+    SQLDescribeColW(statement, number, wide(name.data()), static_cast<SQLSMALLINT>(name.size()),
+                    &nameLength, &column.type, &column.size, &column.decimals, &column.nullable);
+    column.name = unicode::displayUtf8(std::u16string_view(name.data()));
+    return column;
+}
+
 // Where a column of the result comes from.
 struct Origin {
     const QueryTable* table = nullptr;
@@ -76,12 +86,28 @@ void ResultColumns::prepare(const QueryAnalysis& query, std::chrono::seconds tim
 }
 
 std::vector<ColumnInfo> ResultColumns::describe(const Handle& statement, std::size_t count,
-                                                const QueryAnalysis& query,
-                                                std::chrono::seconds timeout) {
-    std::vector<ColumnInfo> columns;
-    columns.reserve(count);
+                                                KnownQuery& query, std::chrono::seconds timeout) {
+    std::vector<AnnouncedColumn> announced;
+    announced.reserve(count);
     for (std::size_t i = 1; i <= count; ++i) {
-        columns.push_back(describeOne(statement.get(), static_cast<SQLUSMALLINT>(i)));
+        announced.push_back(announcedColumn(statement.get(), static_cast<SQLUSMALLINT>(i)));
+    }
+    if (!query.oneResult || query.announced != announced) {
+        query.columns = describeAll(statement, announced, query.analysis, timeout);
+        query.announced = std::move(announced);
+    }
+    return query.columns;
+}
+
+std::vector<ColumnInfo> ResultColumns::describeAll(const Handle& statement,
+                                                   const std::vector<AnnouncedColumn>& announced,
+                                                   const QueryAnalysis& query,
+                                                   std::chrono::seconds timeout) {
+    std::vector<ColumnInfo> columns;
+    columns.reserve(announced.size());
+    for (const AnnouncedColumn& column : announced) {
+        const auto number = static_cast<SQLUSMALLINT>(columns.size() + 1);
+        columns.push_back(describeOne(statement.get(), number, column));
     }
     const bool told = std::ranges::any_of(
         columns, [](const ColumnInfo& column) { return !column.baseTable.empty(); });
@@ -99,16 +125,15 @@ std::vector<ColumnInfo> ResultColumns::describe(const Handle& statement, std::si
     return columns;
 }
 
-ColumnInfo ResultColumns::describeOne(SQLHSTMT statement, SQLUSMALLINT number) {
+ColumnInfo ResultColumns::describeOne(SQLHSTMT statement, SQLUSMALLINT number,
+                                      const AnnouncedColumn& announced) {
     ColumnInfo info;
+    info.name = announced.name;
+    info.nullable = announced.nullable != SQL_NO_NULLS;
     AnnouncedType type;
-    std::array<char16_t, 256> name{};
-    SQLSMALLINT nameLength = 0;
-    SQLSMALLINT nullable = SQL_NULLABLE_UNKNOWN;
-    SQLDescribeColW(statement, number, wide(name.data()), static_cast<SQLSMALLINT>(name.size()),
-                    &nameLength, &type.code, &type.size, &type.decimals, &nullable);
-    info.name = unicode::displayUtf8(std::u16string_view(name.data()));
-    info.nullable = nullable != SQL_NO_NULLS;
+    type.code = announced.type;
+    type.size = announced.size;
+    type.decimals = announced.decimals;
     type.name = textAttribute(statement, number, SQL_DESC_TYPE_NAME);
     type.bytes = numberAttribute(statement, number, SQL_DESC_OCTET_LENGTH);
     describeType(type, link_.abilities().inventedSize, info);

@@ -2,8 +2,8 @@
 
 #include <vector>
 
+#include "ado/odbc/known_queries.hpp"
 #include "ado/odbc/link.hpp"
-#include "ado/odbc/query_analysis.hpp"
 #include "ado/odbc/table_facts.hpp"
 
 namespace kap::ado::odbc {
@@ -23,12 +23,18 @@ public:
     // can be open, it cannot be asked later.
     void prepare(const QueryAnalysis& query, std::chrono::seconds timeout);
 
+    // Remembers the columns in the query, and takes them from there when the result is announced as
+    // the one before: drivers are slow to tell the rest.
     [[nodiscard]] std::vector<ColumnInfo> describe(const Handle& statement, std::size_t count,
-                                                   const QueryAnalysis& query,
-                                                   std::chrono::seconds timeout);
+                                                   KnownQuery& query, std::chrono::seconds timeout);
 
 private:
-    [[nodiscard]] ColumnInfo describeOne(SQLHSTMT statement, SQLUSMALLINT number);
+    [[nodiscard]] std::vector<ColumnInfo> describeAll(const Handle& statement,
+                                                      const std::vector<AnnouncedColumn>& announced,
+                                                      const QueryAnalysis& query,
+                                                      std::chrono::seconds timeout);
+    [[nodiscard]] ColumnInfo describeOne(SQLHSTMT statement, SQLUSMALLINT number,
+                                         const AnnouncedColumn& announced);
     void takeFromQuery(const QueryAnalysis& query, std::vector<ColumnInfo>& columns);
     void takeFromCatalogue(std::vector<ColumnInfo>& columns, std::chrono::seconds timeout);
     [[nodiscard]] const TableFacts* factsOf(const TableName& table, std::chrono::seconds timeout);

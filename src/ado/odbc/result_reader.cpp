@@ -4,7 +4,6 @@
 #include <iterator>
 #include <utility>
 
-#include "ado/odbc/decimal_column.hpp"
 #include "ado/odbc/diagnostics.hpp"
 
 namespace kap::ado::odbc {
@@ -23,7 +22,7 @@ bool ResultReader::failed() const {
     return std::ranges::any_of(messages_, &ServerMessage::isError);
 }
 
-void ResultReader::readAll(SQLRETURN code, Handle& statement, const QueryAnalysis& query,
+void ResultReader::readAll(SQLRETURN code, Handle& statement, KnownQuery& query,
                            std::vector<Result>& results) {
     note(code, statement);
     if (code == SQL_NO_DATA) {
@@ -68,8 +67,7 @@ ResultReader::Next ResultReader::advance(const Handle& statement) {
     }
 }
 
-void ResultReader::take(Handle& statement, const QueryAnalysis& query,
-                        std::vector<Result>& results) {
+void ResultReader::take(Handle& statement, KnownQuery& query, std::vector<Result>& results) {
     SQLSMALLINT count = 0;
     link_->check(SQLNumResultCols(statement.get(), &count), statement);
     if (count == 0) {
@@ -90,7 +88,9 @@ void ResultReader::take(Handle& statement, const QueryAnalysis& query,
 }
 
 void ResultReader::takeRows(Handle& statement, Result& result) {
-    const bool streams = mayStream_ && std::ranges::none_of(result.columns, hasOpenScale);
+    // The scale of a wide decimal is known when the last row is there.
+    const bool streams =
+        mayStream_ && std::ranges::none_of(result.columns, &ColumnInfo::wideDecimal);
     if (streams) {
         auto rows =
             std::make_shared<PendingRows>(link_, std::move(statement), result.columns, timeout_);

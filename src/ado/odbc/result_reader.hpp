@@ -20,7 +20,7 @@ public:
 
     // `code` is what running the statement gave. The statement is taken over when rows are left in
     // it.
-    void readAll(SQLRETURN code, Handle& statement, const QueryAnalysis& query,
+    void readAll(SQLRETURN code, Handle& statement, KnownQuery& query,
                  std::vector<Result>& results);
 
     // Errors and informations, in the server's order.
@@ -30,7 +30,7 @@ public:
 private:
     enum class Next { Result, End };
     void note(SQLRETURN code, const Handle& statement);
-    void take(Handle& statement, const QueryAnalysis& query, std::vector<Result>& results);
+    void take(Handle& statement, KnownQuery& query, std::vector<Result>& results);
     void takeRows(Handle& statement, Result& result);
     [[nodiscard]] Next advance(const Handle& statement);
 

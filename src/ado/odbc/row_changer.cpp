@@ -172,7 +172,11 @@ std::vector<Result> RowChanger::run(const Command& command, std::chrono::seconds
     std::vector<Result> results;
     const SQLRETURN code =
         SQLExecDirectW(statement.get(), wide(text), static_cast<SQLINTEGER>(text.size()));
-    reader.readAll(code, statement, {}, results);
+    // Drivers tell where the columns of their answers come from, or it does not matter.
+    KnownQuery& known = queries_.of(command.text);
+    known.analysis = {};
+    known.oneResult = true;
+    reader.readAll(code, statement, known, results);
     if (reader.failed()) {
         throw DriverError(std::move(reader.messages()), kErrorSource);
     }

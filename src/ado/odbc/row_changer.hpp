@@ -25,6 +25,9 @@ public:
     RowChanger(std::shared_ptr<Link> link, TableCatalogue& catalogue, BaseTables& tables)
         : link_(std::move(link)), catalogue_(catalogue), tables_(tables) {}
 
+    // The tables may have changed.
+    void forget() { queries_.forget(); }
+
     [[nodiscard]] ChangeOutcome apply(const RowChange& change, std::chrono::seconds timeout);
 
 private:
@@ -54,6 +57,7 @@ private:
     std::shared_ptr<Link> link_;
     TableCatalogue& catalogue_;
     BaseTables& tables_;
+    KnownQueries queries_;
 };
 
 }  // namespace kap::ado::odbc

@@ -52,7 +52,9 @@ OdbcSession::~OdbcSession() {
 void OdbcSession::execute(Request& request, Reply& reply) {
     timeout_ = request.timeout;
     const auto limited = link_->limit(timeout_);
-    const QueryAnalysis query = request.procedure ? QueryAnalysis{} : analyse(request.text);
+    KnownQuery procedure;
+    KnownQuery& known = request.procedure ? procedure : queries_.of(request.text);
+    const QueryAnalysis& query = known.analysis;
     ResultColumns columns(*link_, catalogue_, tables_);
     columns.prepare(query, timeout_);
     Handle statement = link_->newStatement(timeout_);
@@ -65,9 +67,9 @@ void OdbcSession::execute(Request& request, Reply& reply) {
     ResultReader reader(link_, columns, mayStream, timeout_);
     const SQLRETURN code =
         SQLExecDirectW(statement.get(), wide(text), static_cast<SQLINTEGER>(text.size()));
-    reader.readAll(code, statement, query, reply.results);
+    reader.readAll(code, statement, known, reply.results);
     if (query.changesTables || request.procedure) {
-        catalogue_.forget();
+        forgetTables();
     }
     if (reader.failed()) {
         throw DriverError(std::move(reader.messages()), kErrorSource);
@@ -78,6 +80,12 @@ void OdbcSession::execute(Request& request, Reply& reply) {
             request.parameters[i].value = parameters.result(i, request.parameters[i]);
         }
     }
+}
+
+void OdbcSession::forgetTables() {
+    catalogue_.forget();
+    queries_.forget();
+    changer_.forget();
 }
 
 ChangeOutcome OdbcSession::apply(const RowChange& change) {
@@ -92,6 +100,11 @@ Result OdbcSession::schema(SchemaEnum kind, const SchemaRestrictions& wanted) {
 
 std::string OdbcSession::quotedName(std::string_view name) const {
     return link_->abilities().quoted(link_->abilities().folded(name));
+}
+
+void OdbcSession::setIsolation(IsolationLevelEnum level) {
+    const auto limited = link_->limit(timeout_);
+    link_->setIsolation(level);
 }
 
 // Servers seldom nest transactions: the inner ones are counted here.

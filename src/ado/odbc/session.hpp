@@ -21,6 +21,7 @@ public:
     ChangeOutcome apply(const RowChange& change) override;
     [[nodiscard]] Result schema(SchemaEnum kind, const SchemaRestrictions& wanted) override;
     [[nodiscard]] std::string quotedName(std::string_view name) const override;
+    void setIsolation(IsolationLevelEnum level) override;
     void begin() override;
     void commit() override;
     void rollback() override;
@@ -28,10 +29,12 @@ public:
 
 private:
     void endTransaction(bool commit);
+    void forgetTables();
 
     std::shared_ptr<Link> link_;
     TableCatalogue catalogue_;
     BaseTables tables_;
+    KnownQueries queries_;
     RowChanger changer_;
     int depth_ = 0;
     // Of the last request, before the first that of the opening: what belongs to a recordset, and

@@ -171,6 +171,32 @@ std::string decimalText(std::int64_t digits, int scale) {
     return text;
 }
 
+std::string shortestDecimal(std::string_view text) {
+    const bool negative = text.starts_with('-');
+    if (negative || text.starts_with('+')) {
+        text.remove_prefix(1);
+    }
+    const std::size_t point = std::min(text.find('.'), text.size());
+    std::string_view whole = text.substr(0, point);
+    std::string_view decimals = text.substr(std::min(point + 1, text.size()));
+    while (whole.starts_with('0')) {
+        whole.remove_prefix(1);
+    }
+    while (decimals.ends_with('0')) {
+        decimals.remove_suffix(1);
+    }
+    if (whole.empty() && decimals.empty()) {
+        return text.find('0') == std::string_view::npos ? "" : "0";
+    }
+    std::string made = negative ? "-" : "";
+    made += whole.empty() ? std::string_view("0") : whole;
+    if (!decimals.empty()) {
+        made += '.';
+        made += decimals;
+    }
+    return made;
+}
+
 bool appendUtf8(std::string& text, const char16_t* units, std::size_t count) {
     const std::size_t start = text.size();
     text.resize(start + count);

@@ -34,6 +34,10 @@ struct DecimalDigits {
 // The digits with their decimal point.
 [[nodiscard]] std::string decimalText(std::int64_t digits, int scale);
 
+// A decimal's text without signs and zeros that say nothing: "+007.50" is "7.5", ".5" is "0.5".
+// Empty when there is no digit in it.
+[[nodiscard]] std::string shortestDecimal(std::string_view text);
+
 // Appends UTF-16 as UTF-8; false when it holds half of a surrogate pair.
 [[nodiscard]] bool appendUtf8(std::string& text, const char16_t* units, std::size_t count);
 

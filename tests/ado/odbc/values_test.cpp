@@ -48,37 +48,49 @@ TEST(OdbcDecimals, AreWrittenWithTheirPoint) {
     EXPECT_EQ(decimalText(0, 3), "0.000");
 }
 
-TEST(OdbcDecimals, AColumnWhoseDigitsAreNotAnnouncedGrows) {
-    ColumnInfo column;
-    column.type = DataTypeEnum::adNumeric;
-    column.precision = 28;
-    column.numericScale = 6;
-    ColumnStore store;
-    for (const char* text : {"1.5", "2.123456789", "-3"}) {
-        appendDecimal(text, column, store);
-    }
-    EXPECT_EQ(column.numericScale, 9);
-    EXPECT_EQ(store.integer(0), 1500000000);
-    EXPECT_EQ(store.integer(1), 2123456789);
-    EXPECT_EQ(store.integer(2), -3000000000);
-    EXPECT_EQ(test::raisedBy([&] {
-                  appendDecimal("123456789012345678", column, store);
-                  return 0;
-              }),
-              errors::kMultipleStep);
+TEST(OdbcDecimals, AreShortenedToWhatTheySay) {
+    EXPECT_EQ(shortestDecimal("+007.50"), "7.5");
+    EXPECT_EQ(shortestDecimal("-.5"), "-0.5");
+    EXPECT_EQ(shortestDecimal("100"), "100");
+    EXPECT_EQ(shortestDecimal("12."), "12");
+    EXPECT_EQ(shortestDecimal("-0.00"), "0");
 }
 
-TEST(OdbcDecimals, AColumnShrinksForALargeNumber) {
+ColumnInfo wideColumn() {
     ColumnInfo column;
+    column.name = "Totale";
     column.type = DataTypeEnum::adNumeric;
     column.precision = 38;
-    column.numericScale = 6;
+    column.numericScale = 2;
+    column.wideDecimal = true;
+    return column;
+}
+
+TEST(OdbcDecimals, AWideColumnKeepsEveryDigitAndItsScaleGrows) {
+    ColumnInfo column = wideColumn();
     ColumnStore store;
-    appendDecimal("1.5", column, store);
-    appendDecimal("12345678901234567.8", column, store);
-    EXPECT_EQ(column.numericScale, 1);
-    EXPECT_EQ(store.integer(0), 15);
-    EXPECT_EQ(store.integer(1), 123456789012345678);
+    for (const char* text : {"1.50", "2.123456789", "-79228162514264337593543950335"}) {
+        appendDecimal(text, column, store);
+    }
+    EXPECT_EQ(store.bytes(0), "1.5");
+    EXPECT_EQ(store.bytes(1), "2.123456789");
+    EXPECT_EQ(store.bytes(2), "-79228162514264337593543950335");
+    EXPECT_EQ(column.numericScale, 9);
+}
+
+TEST(OdbcDecimals, AWideColumnRefusesWhatWouldBeRounded) {
+    ColumnInfo column = wideColumn();
+    ColumnStore store;
+    for (const char* text : {"79228162514264337593543950336", "0.12345678901234567890123456789",
+                             "123456789012345678901234567.123", "NaN", ""}) {
+        EXPECT_EQ(test::raisedBy([&] {
+                      appendDecimal(text, column, store);
+                      return 0;
+                  }),
+                  errors::kMultipleStep)
+            << text;
+    }
+    EXPECT_EQ(store.size(), 0U);
 }
 
 TEST(OdbcDecimals, AnAnnouncedScaleIsKept) {
