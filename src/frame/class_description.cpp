@@ -150,10 +150,13 @@ const MemberDescription* ClassDescription::find(std::u16string_view memberName) 
 
 const MemberDescription* ClassDescription::find(std::int32_t dispatchId) const {
     Position position = dispatchId == kDefaultMember ? default_ : kNone;
-    for (const MemberKind kind : {MemberKind::Method, MemberKind::Property, MemberKind::Field}) {
+    if (dispatchId >= kFirstField) {
+        const MemberKind kind = dispatchId >= kFirstProperty ? MemberKind::Property
+                                : dispatchId >= kFirstMethod ? MemberKind::Method
+                                                             : MemberKind::Field;
         const auto& numbered = byKind_[static_cast<std::size_t>(kind)];
         const auto number = static_cast<std::size_t>(dispatchId - firstId(kind));
-        if (dispatchId >= firstId(kind) && number < numbered.size()) {
+        if (number < numbered.size()) {
             position = numbered[number];
         }
     }

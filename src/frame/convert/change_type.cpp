@@ -144,17 +144,33 @@ Whole wholeInText(const NumberText& number) {
 }
 
 template <class Whole>
-Whole toWhole(const Variant& value) {
-    if (value.type() == VarType::Decimal || value.type() == VarType::Currency) {
-        const auto exact = toDecimal(value).scaledTo(0);
-        if (!exact || *exact < std::numeric_limits<Whole>::min() ||
-            *exact > std::numeric_limits<Whole>::max()) {
-            raise(errors::kOverflow);
-        }
-        return static_cast<Whole>(*exact);
+Whole narrowed(std::int64_t value) {
+    if (value < std::numeric_limits<Whole>::min() || value > std::numeric_limits<Whole>::max()) {
+        raise(errors::kOverflow);
     }
-    return value.isString() ? wholeInText<Whole>(numberIn(value))
-                            : toWhole<Whole>(realValue(value));
+    return static_cast<Whole>(value);
+}
+
+template <class Whole>
+Whole toWhole(const Variant& value) {
+    switch (value.type()) {
+        case VarType::Long:
+            return narrowed<Whole>(value.as<std::int32_t>());
+        case VarType::Integer:
+            return narrowed<Whole>(value.as<std::int16_t>());
+        case VarType::Decimal:
+        case VarType::Currency: {
+            const auto exact = toDecimal(value).scaledTo(0);
+            if (!exact) {
+                raise(errors::kOverflow);
+            }
+            return narrowed<Whole>(*exact);
+        }
+        case VarType::String:
+            return wholeInText<Whole>(numberIn(value));
+        default:
+            return toWhole<Whole>(realValue(value));
+    }
 }
 
 // The exact value times 10,000, rounded half to even. The product in floating point is rounded

@@ -27,6 +27,13 @@ public:
     void AnObject(ByRef<Ref<Object>> value) { *value = make<Probe>(); }
     void AVariant(ByRef<Variant> value) { *value = u"nuovo"; }
     void Untouched(ByRef<Variant> /*value*/) {}
+    void First(ByRef<std::int32_t> first, ByRef<std::int32_t> /*second*/) { ++*first; }
+    std::int32_t Many(std::int32_t a, std::int32_t b, std::int32_t c, std::int32_t d,
+                      std::int32_t e, std::int32_t f, std::int32_t g, std::int32_t h,
+                      std::int32_t i, ByRef<std::int32_t> last) {
+        *last = 10;
+        return a + b + c + d + e + f + g + h + i;
+    }
     void ThenFails(ByRef<std::int32_t> value) {
         *value = 9;
         throw AutomationError(errors::kInvalidArgument);
@@ -49,6 +56,9 @@ const ClassDescription& Probe::classDescription() {
             .method<&Probe::AnObject>(u"AnObject", {Parameter(u"v").otherwise(Ref<Object>())}, u"")
             .method<&Probe::AVariant>(u"AVariant", {Parameter(u"v").otherwise(u"")}, u"")
             .method<&Probe::Untouched>(u"Untouched", {Parameter(u"v").otherwise(u"")}, u"")
+            .method<&Probe::First>(u"First", {u"a", u"b"}, u"")
+            .method<&Probe::Many>(
+                u"Many", {u"a", u"b", u"c", u"d", u"e", u"f", u"g", u"h", u"i", u"last"}, u"")
             .method<&Probe::ThenFails>(u"ThenFails", {u"v"}, u"")
             .build();
     return description;
@@ -62,10 +72,10 @@ protected:
     Pointer<IDispatch> probe_;
 };
 
-TEST_F(ByReference, EveryMemberTakesAMissingArgument) {
+TEST_F(ByReference, EveryOptionalParameterTakesAMissingArgument) {
     for (const MemberDescription& member : Probe::classDescription().members) {
         const String& name = member.name;
-        if (name == String(u"ThenFails")) {
+        if (!member.parameters.front().defaultValue) {
             continue;
         }
         call(probe_, platform::wide(name));
@@ -193,6 +203,19 @@ TEST_F(ByReference, WhatAMemberDoesNotAssignKeepsItsType) {
     V_I8(&variable.raw) = 5;
     call(probe_, L"Untouched", Value::to(variable));
     EXPECT_EQ(VT_I8, variable.type());
+}
+
+TEST_F(ByReference, OneVariableForTwoParametersTakesWhatWasAssigned) {
+    std::int32_t variable = 1;
+    call(probe_, L"First", Value::to(VT_I4, variable), Value::to(VT_I4, variable));
+    EXPECT_EQ(2, variable);
+}
+
+TEST_F(ByReference, MoreArgumentsThanMostCallsHaveArePassedInTheirOrder) {
+    std::int32_t last = 0;
+    EXPECT_EQ(45,
+              call(probe_, L"Many", 1, 2, 3, 4, 5, 6, 7, 8, 9, Value::to(VT_I4, last)).number());
+    EXPECT_EQ(10, last);
 }
 
 TEST_F(ByReference, AFailureKeepsWhatWasAssignedBefore) {

@@ -1,3 +1,5 @@
+#include <thread>
+
 #include "dispatch_client.hpp"
 
 namespace kap::test {
@@ -130,20 +132,38 @@ TEST_F(Calls, AcceptAMissingArgumentInEveryForm) {
     EXPECT_EQ(L"<A>1</A>", call(bag, L"Leggi", Value::to(variable)).text());
 }
 
+constexpr LCID kItalian = MAKELCID(MAKELANGID(LANG_ITALIAN, SUBLANG_ITALIAN), 0);
+constexpr LCID kEnglish = MAKELCID(MAKELANGID(LANG_ENGLISH, SUBLANG_ENGLISH_US), 0);
+
+// What "2,5" is to a client that calls in a language.
+double valueOfTwoAndAHalf(const Pointer<IDispatch>& functions, LCID language) {
+    const Value text(L"2,5");
+    VARIANT passed[] = {text.raw};
+    DISPPARAMS parameters{passed, nullptr, 1, 0};
+    Value result;
+    EXPECT_EQ(S_OK, functions->Invoke(idOf(functions.get(), L"kapVal"), IID_NULL, language,
+                                      DISPATCH_METHOD, &parameters, &result.raw, nullptr, nullptr));
+    EXPECT_EQ(VT_R8, result.type());
+    return V_R8(&result.raw);
+}
+
 TEST_F(Calls, ConvertUnderTheLanguageOfTheCaller) {
     const auto functions = module_.create(kGeneralFunctions);
-    const DISPID id = idOf(functions.get(), L"kapVal");
-    for (const auto& [language, expected] :
-         {std::pair<LCID, double>{MAKELCID(MAKELANGID(LANG_ITALIAN, SUBLANG_ITALIAN), 0), 2.5},
-          {MAKELCID(MAKELANGID(LANG_ENGLISH, SUBLANG_ENGLISH_US), 0), 25.0}}) {
-        const Value text(L"2,5");
-        VARIANT passed[] = {text.raw};
-        DISPPARAMS parameters{passed, nullptr, 1, 0};
-        Value result;
-        ASSERT_EQ(S_OK, functions->Invoke(id, IID_NULL, language, DISPATCH_METHOD, &parameters,
-                                          &result.raw, nullptr, nullptr));
-        EXPECT_EQ(VT_R8, result.type());
-        EXPECT_EQ(expected, V_R8(&result.raw));
+    EXPECT_EQ(2.5, valueOfTwoAndAHalf(functions, kItalian));
+    EXPECT_EQ(25.0, valueOfTwoAndAHalf(functions, kEnglish));
+    EXPECT_EQ(2.5, valueOfTwoAndAHalf(functions, kItalian));
+}
+
+TEST_F(Calls, ConvertUnderTheirOwnLanguageInEveryThread) {
+    const auto functions = module_.create(kGeneralFunctions);
+    EXPECT_EQ(25.0, valueOfTwoAndAHalf(functions, kEnglish));
+    for (int i = 0; i < 3; ++i) {  // the system may give a new thread the number of one that ended
+        std::thread([this] {
+            const Apartment its;
+            const auto others = module_.create(kGeneralFunctions);
+            EXPECT_EQ(2.5, valueOfTwoAndAHalf(others, kItalian));
+        }).join();
+        EXPECT_EQ(25.0, valueOfTwoAndAHalf(functions, kEnglish));
     }
 }
 

@@ -1,17 +1,16 @@
 #include "platform/win32/automation/object_dispatch.hpp"
 
-#include <array>
 #include <atomic>
 #include <mutex>
 #include <new>
 #include <unordered_map>
-#include <vector>
 
 #include <ocidl.h>
 
 #include <kaputil/frame/error.hpp>
 
 #include "frame/unicode.hpp"
+#include "platform/win32/automation/call_arguments.hpp"
 #include "platform/win32/automation/call_errors.hpp"
 #include "platform/win32/automation/client_locale.hpp"
 #include "platform/win32/automation/com_object.hpp"
@@ -48,93 +47,6 @@ struct Views {
 Views& views() {
     static auto* const all = new Views();  // the last view may go after everything else
     return *all;
-}
-
-// The arguments of one call, which are few: kept without allocating as long as they are.
-class CallArguments {
-public:
-    // Whether what a member assigns to an argument reaches the caller is told by its description.
-    CallArguments(const DISPPARAMS& passed, const MemberDescription* member, bool assigns);
-
-    [[nodiscard]] Arguments arguments() const { return {positional_, named_}; }
-    void writeBack() const;
-
-private:
-    struct Passed {
-        const VARIANT* from = nullptr;  // of a by-reference argument that the member may assign
-        Variant before;
-    };
-
-    void convert(std::size_t position, const VARIANT& from, bool assignable);
-    [[nodiscard]] static bool isAssignable(const MemberDescription* member, std::size_t parameter);
-
-    static constexpr std::size_t kFew = 8;
-    std::array<Variant, kFew> fewValues_;
-    std::array<Passed, kFew> fewPassed_;
-    std::vector<Variant> manyValues_;
-    std::vector<Passed> manyPassed_;
-    std::span<Variant> values_;  // positional ones first
-    std::span<Passed> passed_;
-    std::span<Variant> positional_;
-    std::vector<Arguments::Named> named_;
-};
-
-CallArguments::CallArguments(const DISPPARAMS& passed, const MemberDescription* member,
-                             bool assigns) {
-    const std::size_t count = passed.cArgs;
-    if (count <= kFew) {
-        values_ = std::span(fewValues_).first(count);
-        passed_ = std::span(fewPassed_).first(count);
-    } else {
-        manyValues_.resize(count);
-        manyPassed_.resize(count);
-        values_ = manyValues_;
-        passed_ = manyPassed_;
-    }
-    // The caller gives the last argument first, and the named ones in front of all. The value of an
-    // assignment is named, too; here it is the last positional one.
-    const bool namesValue =
-        assigns && passed.cNamedArgs > 0 && passed.rgdispidNamedArgs[0] == DISPID_PROPERTYPUT;
-    const std::size_t firstNamed = namesValue ? 1 : 0;
-    const std::size_t namedCount = passed.cNamedArgs - firstNamed;
-    const std::size_t positionalCount = count - namedCount;
-    const std::size_t unnamed = count - passed.cNamedArgs;
-    for (std::size_t i = 0; i < unnamed; ++i) {
-        convert(i, passed.rgvarg[count - 1 - i], isAssignable(member, i));
-    }
-    if (namesValue) {
-        convert(unnamed, passed.rgvarg[0], false);
-    }
-    positional_ = values_.first(positionalCount);
-    for (std::size_t i = 0; i < namedCount; ++i) {
-        const auto parameter = static_cast<std::size_t>(passed.rgdispidNamedArgs[firstNamed + i]);
-        if (member == nullptr || parameter >= member->parameters.size()) {
-            throw AutomationError(errors::kNamedArgumentNotFound);
-        }
-        const std::size_t position = positionalCount + i;
-        convert(position, passed.rgvarg[firstNamed + i], isAssignable(member, parameter));
-        named_.push_back({member->parameters[parameter].name, &values_[position]});
-    }
-}
-
-bool CallArguments::isAssignable(const MemberDescription* member, std::size_t parameter) {
-    return member == nullptr ||
-           (parameter < member->parameters.size() && member->parameters[parameter].byReference);
-}
-
-void CallArguments::convert(std::size_t position, const VARIANT& from, bool assignable) {
-    values_[position] = fromSystem(from);
-    if (assignable && (V_VT(&from) & VT_BYREF) != 0) {
-        passed_[position] = {&from, values_[position]};
-    }
-}
-
-void CallArguments::writeBack() const {
-    for (std::size_t i = 0; i < passed_.size(); ++i) {
-        if (passed_[i].from != nullptr && !isUnchanged(passed_[i].before, values_[i])) {
-            assignThrough(*passed_[i].from, values_[i]);
-        }
-    }
 }
 
 class View final : public IDispatch, public IProvideClassInfo {
@@ -338,15 +250,17 @@ HRESULT View::call(DISPID member, WORD flags, const DISPPARAMS& parameters, VARI
         (flags & DISPATCH_PROPERTYPUT) != 0) {
         kind = InvokeKind::LetOrSet;
     }
-    try {
-        const Variant value = object_->invoke(member, kind, given);
-        arguments.writeBack();
-        if (result != nullptr) {
-            toSystem(value, *result);
+    const Variant value = [&] {
+        try {
+            return object_->invoke(member, kind, given);
+        } catch (const AutomationError&) {
+            arguments.writeBack();  // a reference keeps what it was given before the failure
+            throw;
         }
-    } catch (const AutomationError&) {
-        arguments.writeBack();  // a reference keeps what it was given before the failure
-        throw;
+    }();
+    arguments.writeBack();
+    if (result != nullptr) {
+        toSystem(value, *result);
     }
     return S_OK;
 }
@@ -361,7 +275,7 @@ STDMETHODIMP View::Invoke(DISPID member, REFIID /*reserved*/, LCID locale, WORD 
         return E_INVALIDARG;
     }
     if (result != nullptr) {
-        VariantInit(result);
+        *result = VARIANT{};
     }
     // The caller may drop its last reference while the member runs.
     const InterfacePointer<IDispatch> keep(static_cast<IDispatch*>(this));

@@ -1,0 +1,53 @@
+#pragma once
+
+#include <windows.h>
+
+#include <oleauto.h>
+
+#include <cstddef>
+#include <vector>
+
+#include <kaputil/frame/class_description.hpp>
+#include <kaputil/frame/variant.hpp>
+
+#include "platform/win32/automation/few.hpp"
+
+namespace kap::platform::automation {
+
+// What a client passes to one call, as the library's arguments; and what the member assigns to
+// them, back in the client's variables.
+class CallArguments {
+public:
+    // `member` is null for an object that does not describe its members: each by-reference argument
+    // may be assigned then, and none may be named. `assigns` is whether the call assigns a
+    // property, whose value is the last positional argument. Raises 448 for a name that the member
+    // has not, and 13 for a value that no client of automation passes.
+    CallArguments(const DISPPARAMS& passed, const MemberDescription* member, bool assigns);
+
+    [[nodiscard]] Arguments arguments() noexcept;
+
+    // Stores what the member has assigned, and nothing else: a variable that it left alone may have
+    // changed otherwise meanwhile. Raises 6 and 13 for what the variable's type does not take.
+    void writeBack();
+
+private:
+    // An argument that the member may assign, with the value that it came with.
+    struct Assignable {
+        const VARIANT* variable;
+        const Variant* value;
+        Variant before;
+    };
+
+    void add(const VARIANT& from, bool assignable);
+    void addNamed(const VARIANT& from, DISPID parameter);
+    [[nodiscard]] bool isAssignable(std::size_t parameter) const noexcept;
+
+    static constexpr std::size_t kFew = 8;
+    const MemberDescription* member_;
+    std::size_t positional_;
+    Few<Variant, kFew> values_;  // positional ones first
+    Few<Assignable, kFew> assignable_;
+    std::vector<Arguments::Named> named_;
+};
+
+}  // namespace kap::platform::automation
