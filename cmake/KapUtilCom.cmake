@@ -73,6 +73,15 @@ if(KAPUTIL_BUILD_COM_TESTS)
     kaputil_compile_rules(kaputil-com-client)
     add_dependencies(kaputil-com-client kaputil-com)
 
+    # Another maker's component, which the module works with.
+    add_library(
+        kaputil-com-mail SHARED "${PROJECT_SOURCE_DIR}/tests/com/mail_client/entry_points.cpp"
+                                "${PROJECT_SOURCE_DIR}/tests/com/mail_client/mail_objects.cpp"
+                                "${PROJECT_SOURCE_DIR}/tests/com/mail_client/mail_client.def")
+    set_target_properties(kaputil-com-mail PROPERTIES PREFIX "" RUNTIME_OUTPUT_DIRECTORY "${comFolder}")
+    target_link_libraries(kaputil-com-mail PRIVATE kaputil_platform)
+    kaputil_compile_rules(kaputil-com-mail)
+
     # Examples as clients build them, and what measures the adapter.
     file(GLOB windowsExamples CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/examples/windows/*.cpp")
     foreach(source IN LISTS windowsExamples)

@@ -17,6 +17,7 @@ from wine_session import WineSession, windows_path  # noqa: E402
 
 SCRIPTS = ROOT / "tests" / "com" / "scripts"
 EXAMPLES = ROOT / "examples" / "windows"
+MAIL_CLIENT = "{7d1f5b53-5d0b-4b53-9c56-1f5f6f7d1a01}"
 ENTRY_POINTS = {"DllCanUnloadNow", "DllGetClassObject", "DllInstall", "DllRegisterServer", "DllUnregisterServer"}
 
 
@@ -41,6 +42,16 @@ def check_exports(report, module, tool):
     report.add(f"exports of {module.parent.parent.name}", names == ENTRY_POINTS, f"{sorted(names)}")
     foreign = [line for line in text.splitlines() if "DLL Name:" in line and "lib" in line.lower()]
     report.add(f"imports of {module.parent.parent.name}", not foreign, "\n".join(foreign))
+
+
+def register_mail_client(session, folder):
+    """Puts the tests' own mail client in the place of the one that users have."""
+    classes = "HKLM\\Software\\Classes"
+    server = f"{classes}\\CLSID\\{MAIL_CLIENT}\\InprocServer32"
+    module = windows_path(folder / "kaputil-com-mail.dll")
+    for key, *value in ((f"{classes}\\Outlook.Application\\CLSID", "/ve", "/d", MAIL_CLIENT), (server, "/ve", "/d", module),
+                        (server, "/v", "ThreadingModel", "/d", "Apartment")):
+        session.run("reg", "add", key, *value, "/f")
 
 
 def run_client(report, session, folder, tests):
@@ -78,6 +89,7 @@ def main(folder, wanted=None):
         check_exports(report, other, "i686-w64-mingw32-objdump")
 
     with WineSession(ROOT / "build" / "wine-com") as session:
+        register_mail_client(session, module.parent)
         if wanted:
             session.run("regsvr32", "/s", "KapUtil26.dll", folder=module.parent)
             print(run_client(report, session, module.parent, wanted))
