@@ -84,7 +84,8 @@ std::string typeText(VarType type, ClassReference objectClass) {
     }
 }
 
-// The default as the compiler takes it; nullopt where it takes none.
+// The default as the compiler takes it; nullopt where it takes none. It takes no text for what is
+// passed by reference, and makes Empty of every default of a Variant.
 std::optional<std::string> defaultText(const ParameterDescription& parameter) {
     switch (parameter.type) {
         case VarType::Byte:
