@@ -73,14 +73,13 @@ if(KAPUTIL_BUILD_COM_TESTS)
     kaputil_compile_rules(kaputil-com-client)
     add_dependencies(kaputil-com-client kaputil-com)
 
-    # Another maker's component, which the module works with.
-    add_library(
-        kaputil-com-mail SHARED "${PROJECT_SOURCE_DIR}/tests/com/mail_client/entry_points.cpp"
-                                "${PROJECT_SOURCE_DIR}/tests/com/mail_client/mail_objects.cpp"
-                                "${PROJECT_SOURCE_DIR}/tests/com/mail_client/mail_client.def")
-    set_target_properties(kaputil-com-mail PROPERTIES PREFIX "" RUNTIME_OUTPUT_DIRECTORY "${comFolder}")
-    target_link_libraries(kaputil-com-mail PRIVATE kaputil_platform)
-    kaputil_compile_rules(kaputil-com-mail)
+    # Components of other makers, which the module works with.
+    file(GLOB otherSources CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/tests/com/other_makers/*.cpp")
+    add_library(kaputil-com-others SHARED ${otherSources}
+                                          "${PROJECT_SOURCE_DIR}/tests/com/other_makers/other_makers.def")
+    set_target_properties(kaputil-com-others PROPERTIES PREFIX "" RUNTIME_OUTPUT_DIRECTORY "${comFolder}")
+    target_link_libraries(kaputil-com-others PRIVATE kaputil_platform kaputil_ado)
+    kaputil_compile_rules(kaputil-com-others)
 
     # Examples as clients build them, and what measures the adapter.
     file(GLOB windowsExamples CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/examples/windows/*.cpp")

@@ -17,7 +17,10 @@ from wine_session import WineSession, windows_path  # noqa: E402
 
 SCRIPTS = ROOT / "tests" / "com" / "scripts"
 EXAMPLES = ROOT / "examples" / "windows"
-MAIL_CLIENT = "{7d1f5b53-5d0b-4b53-9c56-1f5f6f7d1a01}"
+OTHER_MAKERS = {
+    "Outlook.Application": "{7d1f5b53-5d0b-4b53-9c56-1f5f6f7d1a01}",
+    "ADODB.Connection": "{7d1f5b53-5d0b-4b53-9c56-1f5f6f7d1a02}",
+}
 ENTRY_POINTS = {"DllCanUnloadNow", "DllGetClassObject", "DllInstall", "DllRegisterServer", "DllUnregisterServer"}
 
 
@@ -44,21 +47,22 @@ def check_exports(report, module, tool):
     report.add(f"imports of {module.parent.parent.name}", not foreign, "\n".join(foreign))
 
 
-def register_mail_client(session, folder):
-    """Puts the tests' own mail client in the place of the one that users have."""
+def register_other_makers(session, folder):
+    """Puts the tests' own mail client and data-access objects in the place of those that users have."""
     classes = "HKLM\\Software\\Classes"
-    server = f"{classes}\\CLSID\\{MAIL_CLIENT}\\InprocServer32"
-    module = windows_path(folder / "kaputil-com-mail.dll")
-    for key, *value in ((f"{classes}\\Outlook.Application\\CLSID", "/ve", "/d", MAIL_CLIENT), (server, "/ve", "/d", module),
-                        (server, "/v", "ThreadingModel", "/d", "Apartment")):
-        session.run("reg", "add", key, *value, "/f")
+    module = windows_path(folder / "kaputil-com-others.dll")
+    for name, identity in OTHER_MAKERS.items():
+        server = f"{classes}\\CLSID\\{identity}\\InprocServer32"
+        session.run("reg", "add", f"{classes}\\{name}\\CLSID", "/ve", "/d", identity, "/f")
+        session.run("reg", "add", server, "/ve", "/d", module, "/f")
+        session.run("reg", "add", server, "/v", "ThreadingModel", "/d", "Apartment", "/f")
 
 
-def run_client(report, session, folder, tests):
+def run_client(report, session, folder, tests, **variables):
     code, output = session.run(
         "kaputil-com-client.exe", "--gtest_brief=1", f"--gtest_filter={tests}", folder=folder, timeout=600,
-        KAPUTIL_DLL=windows_path(folder / "KapUtil26.dll"), KAPUTIL_SCRIPTS=windows_path(SCRIPTS))
-    report.add(f"client {tests}", code == 0 and "[  PASSED  ]" in output, output)
+        KAPUTIL_DLL=windows_path(folder / "KapUtil26.dll"), KAPUTIL_SCRIPTS=windows_path(SCRIPTS), **variables)
+    report.add(f"client {tests} {' '.join(variables)}".rstrip(), code == 0 and "[  PASSED  ]" in output, output)
     return output
 
 
@@ -89,7 +93,7 @@ def main(folder, wanted=None):
         check_exports(report, other, "i686-w64-mingw32-objdump")
 
     with WineSession(ROOT / "build" / "wine-com") as session:
-        register_mail_client(session, module.parent)
+        register_other_makers(session, module.parent)
         if wanted:
             session.run("regsvr32", "/s", "KapUtil26.dll", folder=module.parent)
             print(run_client(report, session, module.parent, wanted))
@@ -99,6 +103,9 @@ def main(folder, wanted=None):
             code, output = session.run("regsvr32", "/s", "KapUtil26.dll", folder=module.parent)
             report.add("regsvr32", code == 0, output)
             run_client(report, session, module.parent, "-Unregistered*")
+            types = other.with_suffix(".tlb")
+            if types.is_file():
+                run_client(report, session, module.parent, "TypeLibrary.Has*", KAPUTIL_TYPE_LIBRARY=windows_path(types))
             with tempfile.TemporaryDirectory() as copies:
                 for script in sorted([*SCRIPTS.rglob("*.vbs"), *SCRIPTS.rglob("*.js")]):
                     run_test_script(report, session, script, pathlib.Path(copies))

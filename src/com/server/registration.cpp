@@ -10,6 +10,7 @@
 #include "com/server/module.hpp"
 #include "frame/unicode.hpp"
 #include "platform/win32/automation/call_errors.hpp"
+#include "platform/win32/registry_key.hpp"
 #include "platform/win32/wide.hpp"
 
 namespace kap::com {
@@ -17,10 +18,14 @@ namespace {
 
 namespace registry = platform::registry;
 
+// The type library's place for this bitness, and what shows the classes of the other one. A system
+// that knows only one shows the same classes again, which are removed by then.
 #ifdef _WIN64
 constexpr const char16_t* kPlatform = u"win64";
+constexpr REGSAM kOtherBitness = KEY_WOW64_32KEY;
 #else
 constexpr const char16_t* kPlatform = u"win32";
+constexpr REGSAM kOtherBitness = KEY_WOW64_64KEY;
 #endif
 
 // Calls between threads go the way of every dispatch interface.
@@ -69,8 +74,9 @@ public:
 private:
     // The names are shared by both bitnesses, and stay as long as one of them is there.
     [[nodiscard]] bool isRegisteredElsewhere(const ServedClass& one) const {
-        const std::u16string other = sizeof(void*) == 8 ? u"Wow6432Node\\CLSID\\" : u"CLSID\\";
-        return sizeof(void*) == 8 && registry::hasKey(root_ + other + braced(one.classId));
+        return registry::OpenedKey(root_ + u"CLSID\\" + braced(one.classId),
+                                   KEY_QUERY_VALUE | kOtherBitness)
+            .isOpen();
     }
 
     void set(const std::u16string& key, const char16_t* name, std::u16string_view value) const {

@@ -99,6 +99,24 @@ TEST_F(Unregistered, AnotherBitnessKeepsItsTypeLibrary) {
     registry::deleteKey(kMachine + u"TypeLib\\" + braced(library().typeLibraryId));
 }
 
+// The classes' identities are kept for each bitness, their names are not.
+TEST_F(Unregistered, AnotherBitnessKeepsItsNames) {
+    const com::ServedClass& one = com::servedClasses().front();
+    const std::u16string path = u"Software\\Classes\\CLSID\\" + braced(one.classId);
+    HKEY other = nullptr;
+    ASSERT_EQ(ERROR_SUCCESS,
+              RegCreateKeyExW(HKEY_LOCAL_MACHINE, platform::wide(path), 0, nullptr, 0,
+                              KEY_WRITE | DELETE | KEY_WOW64_32KEY, nullptr, &other, nullptr));
+    RegCloseKey(other);
+    EXPECT_EQ(S_OK, registerServer_());
+    EXPECT_EQ(S_OK, unregisterServer_());
+    EXPECT_EQ((std::vector<String>{one.programmaticName}), leftUnder(kMachine));
+    EXPECT_EQ(ERROR_SUCCESS,
+              RegDeleteKeyExW(HKEY_LOCAL_MACHINE, platform::wide(path), KEY_WOW64_32KEY, 0));
+    EXPECT_EQ(S_OK, unregisterServer_());
+    EXPECT_EQ(std::vector<String>(), leftUnder(kMachine));
+}
+
 TEST_F(Unregistered, AManifestServesProgramsWithoutRegistration) {
     const std::wstring path = Module::path();
     const std::wstring folder = path.substr(0, path.find_last_of(L"\\/"));

@@ -7,7 +7,8 @@
 
 #include "dispatch_client.hpp"
 
-// The type library in the module beside the catalogue that it was made from.
+// The type library in the module, or in the file that KAPUTIL_TYPE_LIBRARY names, beside the
+// catalogue that it was made from.
 namespace kap::test {
 namespace {
 
@@ -32,10 +33,15 @@ Texts textsOf(Source* source, int member) {
     return {taken(name), taken(help)};
 }
 
+std::wstring typeLibraryPath() {
+    const wchar_t* path = _wgetenv(L"KAPUTIL_TYPE_LIBRARY");
+    return path == nullptr ? Module::path() : path;
+}
+
 class TypeLibrary : public testing::Test {
 protected:
     TypeLibrary() {
-        EXPECT_EQ(S_OK, LoadTypeLibEx(Module::path().c_str(), REGKIND_NONE, library_.out()));
+        EXPECT_EQ(S_OK, LoadTypeLibEx(typeLibraryPath().c_str(), REGKIND_NONE, library_.out()));
     }
 
     [[nodiscard]] Pointer<ITypeInfo> find(const String& identity) const {

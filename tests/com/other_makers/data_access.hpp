@@ -1,0 +1,12 @@
+#pragma once
+
+#include <kaputil/frame/object.hpp>
+#include <kaputil/frame/ref.hpp>
+
+namespace kap::test {
+
+// A connection as the system's data-access objects have it, whose provider is named "Prova" and
+// keeps its data in memory. It refuses every other provider.
+[[nodiscard]] Ref<Object> makeConnection();
+
+}  // namespace kap::test
