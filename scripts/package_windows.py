@@ -33,7 +33,9 @@ def contents():
     for example in sorted((ROOT / "examples" / "windows").iterdir()):
         if example.suffix != ".txt":
             yield f"examples/{example.name}", example.read_text("utf-8").replace("\n", "\r\n").encode("utf-8")
-    yield "windows.md", (ROOT / "docs" / "windows.md").read_text("utf-8").replace("\n", "\r\n").encode("utf-8")
+    page = (ROOT / "docs" / "windows.md").read_text("utf-8").split("\n## For those who build it\n")[0]
+    # The mark of UTF-8 in front: older editors take the text for another code page without it.
+    yield "LEGGIMI.txt", page.replace("\n", "\r\n").encode("utf-8-sig")
 
 
 def main(archive):
