@@ -3,6 +3,12 @@
 # kept in build/sources for every preset, and never part of the repository.
 enable_language(C)
 
+# The older instructions for floating point keep more digits than a Double has: the same amount would be rounded
+# otherwise by 32-bit programs. The newer ones want an aligned stack, which callers on Windows do not promise.
+if(CMAKE_SIZEOF_VOID_P EQUAL 4)
+    add_compile_options(-msse2 -mfpmath=sse -mstackrealign)
+endif()
+
 set(sourcesFolder "${PROJECT_SOURCE_DIR}/build/sources")
 function(kaputil_fetch_source package file checksum folder)
     execute_process(

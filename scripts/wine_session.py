@@ -7,7 +7,8 @@ import subprocess
 import tempfile
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
-WINE = pathlib.Path("/usr/lib/wine/wine64")
+# What starts programs, by their bitness. That for 32 bits is in a package of a foreign architecture and may be missing.
+LOADERS = {64: pathlib.Path("/usr/lib/wine/wine64"), 32: pathlib.Path("/usr/lib/wine/wine")}
 SERVER = pathlib.Path("/usr/lib/wine/wineserver")
 
 
@@ -17,17 +18,21 @@ def windows_path(path):
 
 
 class WineSession:
-    def __init__(self, prefix, language="C.UTF-8"):
+    def __init__(self, prefix, language="C.UTF-8", bits=64):
         self.prefix = pathlib.Path(prefix)
+        self.loader = LOADERS[bits]
         self.environment = dict(
             os.environ,
             WINEPREFIX=str(self.prefix),
-            WINEARCH="win64",
+            WINEARCH=f"win{bits}",
             WINEDEBUG="-all",
             # Components that would be downloaded and are not needed.
             WINEDLLOVERRIDES="mscoree,mshtml=",
             LC_ALL=language,
         )
+        if bits == 32:
+            # Where Debian's 32-bit Wine has a library that it does not find by itself.
+            self.environment["WINEPATH"] = windows_path("/usr/i686-w64-mingw32/lib")
         # Clients' languages are those of their calls.
         self.environment.pop("KAPUTIL_LOCALE", None)
 
@@ -56,7 +61,7 @@ class WineSession:
         """
         with tempfile.TemporaryFile() as printed:
             done = subprocess.run(
-                [WINE, *map(str, command)], cwd=folder, env=dict(self.environment, **variables),
+                [self.loader, *map(str, command)], cwd=folder, env=dict(self.environment, **variables),
                 stdin=subprocess.DEVNULL, stdout=printed, stderr=subprocess.STDOUT, timeout=timeout, check=False)
             printed.seek(0)
             return done.returncode, printed.read().decode("utf-8", "replace").replace("\r\n", "\n")

@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
 """Tests the COM module in a fresh Windows session: the client that knows only the system's interfaces, every script in
-its script host, registration by the system's own tool, and the examples.
+its script host, registration by the system's own tool, and the examples. A 32-bit module is looked at from outside, and
+tested the same way where 32-bit Wine is installed.
 
 usage: run.py BUILD-FOLDER [FILTER]
 """
@@ -13,7 +14,7 @@ import tempfile
 ROOT = pathlib.Path(__file__).resolve().parent.parent.parent
 sys.path.insert(0, str(ROOT / "scripts"))
 
-from wine_session import WineSession, windows_path  # noqa: E402
+from wine_session import LOADERS, WineSession, windows_path  # noqa: E402
 
 SCRIPTS = ROOT / "tests" / "com" / "scripts"
 EXAMPLES = ROOT / "examples" / "windows"
@@ -21,6 +22,7 @@ OTHER_MAKERS = {
     "Outlook.Application": "{7d1f5b53-5d0b-4b53-9c56-1f5f6f7d1a01}",
     "ADODB.Connection": "{7d1f5b53-5d0b-4b53-9c56-1f5f6f7d1a02}",
 }
+OBJDUMP = {64: "x86_64-w64-mingw32-objdump", 32: "i686-w64-mingw32-objdump"}
 ENTRY_POINTS = {"DllCanUnloadNow", "DllGetClassObject", "DllInstall", "DllRegisterServer", "DllUnregisterServer"}
 
 
@@ -37,14 +39,22 @@ class Report:
         print(f"FAILED {name}\n{output.rstrip()}\n", flush=True)
 
 
-def check_exports(report, module, tool):
+def check_exports(report, module, bits):
     """The module exports the entry points, and needs nothing beside itself but the system."""
-    text = subprocess.run([tool, "-p", module], capture_output=True, text=True, check=True).stdout
+    text = subprocess.run([OBJDUMP[bits], "-p", module], capture_output=True, text=True, check=True).stdout
     listed = text.split("[Ordinal/Name Pointer] Table")[1].split("\n\n")[0]
     names = {line.split()[-1].split("@")[0] for line in listed.splitlines()[1:] if line.strip()}
-    report.add(f"exports of {module.parent.parent.name}", names == ENTRY_POINTS, f"{sorted(names)}")
+    report.add("exports", names == ENTRY_POINTS, f"{sorted(names)}")
     foreign = [line for line in text.splitlines() if "DLL Name:" in line and "lib" in line.lower()]
-    report.add(f"imports of {module.parent.parent.name}", not foreign, "\n".join(foreign))
+    report.add("imports", not foreign, "\n".join(foreign))
+
+
+def check_types(report, module):
+    """The type library of a module that this Windows cannot load."""
+    client = ROOT / "build" / "windows64" / "com"
+    with WineSession(ROOT / "build" / "wine-com") as session:
+        run_client(report, session, client, "TypeLibrary.Has*",
+                   KAPUTIL_TYPE_LIBRARY=windows_path(module.with_suffix(".tlb")))
 
 
 def register_other_makers(session, folder):
@@ -83,38 +93,48 @@ def run_example(report, session, example, build):
     report.add(f"example {example.name}", output == example.with_suffix(".txt").read_text("utf-8"), output)
 
 
+def test_module(report, session, build):
+    """Everything there is to test of the module of a build."""
+    folder = build / "com"
+    # First what needs a system that does not know the module.
+    run_client(report, session, folder, "Unregistered*")
+    code, output = session.run("regsvr32", "/s", "KapUtil26.dll", folder=folder)
+    report.add("regsvr32", code == 0, output)
+    run_client(report, session, folder, "-Unregistered*")
+    with tempfile.TemporaryDirectory() as copies:
+        for script in sorted([*SCRIPTS.rglob("*.vbs"), *SCRIPTS.rglob("*.js")]):
+            run_test_script(report, session, script, pathlib.Path(copies))
+    for example in sorted([*EXAMPLES.glob("*.vbs"), *EXAMPLES.glob("*.cpp")]):
+        run_example(report, session, example, build)
+    code, output = session.run("regsvr32", "/s", "/u", "KapUtil26.dll", folder=folder)
+    report.add("regsvr32 /u", code == 0, output)
+    code, output = session.run("reg", "query", "HKLM\\Software\\Classes\\KapUtil.CProprieta")
+    report.add("nothing is left", code != 0, output)
+
+
+def test_some(report, session, build, wanted):
+    folder = build / "com"
+    session.run("regsvr32", "/s", "KapUtil26.dll", folder=folder)
+    print(run_client(report, session, folder, wanted))
+
+
 def main(folder, wanted=None):
     report = Report()
     build = ROOT / folder
     module = build / "com" / "KapUtil26.dll"
-    check_exports(report, module, "x86_64-w64-mingw32-objdump")
-    other = ROOT / "build" / "windows32" / "com" / "KapUtil26.dll"
-    if other.is_file():
-        check_exports(report, other, "i686-w64-mingw32-objdump")
-
-    with WineSession(ROOT / "build" / "wine-com") as session:
-        register_other_makers(session, module.parent)
-        if wanted:
-            session.run("regsvr32", "/s", "KapUtil26.dll", folder=module.parent)
-            print(run_client(report, session, module.parent, wanted))
-        else:
-            # First what needs a system that does not know the module.
-            run_client(report, session, module.parent, "Unregistered*")
-            code, output = session.run("regsvr32", "/s", "KapUtil26.dll", folder=module.parent)
-            report.add("regsvr32", code == 0, output)
-            run_client(report, session, module.parent, "-Unregistered*")
-            types = other.with_suffix(".tlb")
-            if types.is_file():
-                run_client(report, session, module.parent, "TypeLibrary.Has*", KAPUTIL_TYPE_LIBRARY=windows_path(types))
-            with tempfile.TemporaryDirectory() as copies:
-                for script in sorted([*SCRIPTS.rglob("*.vbs"), *SCRIPTS.rglob("*.js")]):
-                    run_test_script(report, session, script, pathlib.Path(copies))
-            for example in sorted([*EXAMPLES.glob("*.vbs"), *EXAMPLES.glob("*.cpp")]):
-                run_example(report, session, example, build)
-            code, output = session.run("regsvr32", "/s", "/u", "KapUtil26.dll", folder=module.parent)
-            report.add("regsvr32 /u", code == 0, output)
-            code, output = session.run("reg", "query", "HKLM\\Software\\Classes\\KapUtil.CProprieta")
-            report.add("nothing is left", code != 0, output)
+    bits = 32 if build.name == "windows32" else 64
+    check_exports(report, module, bits)
+    if bits == 32:
+        check_types(report, module)
+    if LOADERS[bits].is_file():
+        with WineSession(ROOT / "build" / "wine-com", bits=bits) as session:
+            register_other_makers(session, module.parent)
+            if wanted:
+                test_some(report, session, build, wanted)
+            else:
+                test_module(report, session, build)
+    else:
+        print(f"{bits}-bit Wine is not installed: the module was not run")
 
     print(f"{report.passed} passed, {len(report.failed)} failed" + "".join(f"\n  {name}" for name in report.failed))
     return 1 if report.failed else 0

@@ -31,6 +31,12 @@ constexpr REGSAM kOtherBitness = KEY_WOW64_64KEY;
 // Calls between threads go the way of every dispatch interface.
 constexpr const char16_t* kDispatchProxy = u"{00020420-0000-0000-C000-000000000046}";
 
+// The system's log shows an event by a message of its source. The library's texts are whole, and
+// the system's own program for making events has messages that show a text as it is.
+constexpr const char16_t* kEventSource =
+    u"HKEY_LOCAL_MACHINE\\SYSTEM\\CurrentControlSet\\Services\\EventLog\\Application\\KapUtil26";
+constexpr const char16_t* kEventMessages = u"%SystemRoot%\\System32\\EventCreate.exe";
+
 std::u16string braced(const String& identity) {
     return u"{" + identity.units() + u"}";
 }
@@ -39,9 +45,9 @@ std::u16string braced(const String& identity) {
 class Entries {
 public:
     explicit Entries(Registration registration)
-        : root_(registration == Registration::Machine ? u"HKEY_LOCAL_MACHINE\\Software\\Classes\\"
-                                                      : u"HKEY_CURRENT_USER\\Software\\Classes\\") {
-    }
+        : forMachine_(registration == Registration::Machine),
+          root_(forMachine_ ? u"HKEY_LOCAL_MACHINE\\Software\\Classes\\"
+                            : u"HKEY_CURRENT_USER\\Software\\Classes\\") {}
 
     void add() const {
         for (const ServedClass& one : servedClasses()) {
@@ -50,6 +56,9 @@ public:
         addTypeLibrary();
         for (const PublishedClass& one : publishedClasses()) {
             addInterface(one);
+        }
+        if (forMachine_) {
+            addEventSource();
         }
     }
 
@@ -69,6 +78,9 @@ public:
         for (const PublishedClass& one : publishedClasses()) {
             registry::deleteKey(root_ + u"Interface\\" + braced(one.interfaceId));
         }
+        if (forMachine_ && !isRegisteredElsewhere(servedClasses().front())) {
+            registry::deleteKey(kEventSource);
+        }
     }
 
 private:
@@ -79,11 +91,15 @@ private:
             .isOpen();
     }
 
-    void set(const std::u16string& key, const char16_t* name, std::u16string_view value) const {
-        registry::createKey(root_ + key);
-        if (!registry::setValue(root_ + key, name, registry::textValue(value))) {
+    static void set(const std::u16string& key, const char16_t* name, const registry::Value& value) {
+        registry::createKey(key);
+        if (!registry::setValue(key, name, value)) {
             throw AutomationError(errors::kPermissionDenied);
         }
+    }
+
+    void set(const std::u16string& key, const char16_t* name, std::u16string_view value) const {
+        set(root_ + key, name, registry::textValue(value));
     }
 
     void addClass(const ServedClass& one) const {
@@ -121,6 +137,16 @@ private:
         set(key + u"\\TypeLib", u"Version", library().typeLibraryVersion);
     }
 
+    static void addEventSource() {
+        registry::Value messages = registry::textValue(kEventMessages);
+        messages.type = REG_EXPAND_SZ;
+        set(kEventSource, u"EventMessageFile", messages);
+        set(kEventSource, u"TypesSupported",
+            registry::numberValue(EVENTLOG_ERROR_TYPE | EVENTLOG_WARNING_TYPE |
+                                  EVENTLOG_INFORMATION_TYPE));
+    }
+
+    bool forMachine_;
     std::u16string root_;
 };
 

@@ -12,6 +12,18 @@ namespace registry = platform::registry;
 const std::u16string kMachine = u"HKEY_LOCAL_MACHINE\\Software\\Classes\\";
 const std::u16string kUser = u"HKEY_CURRENT_USER\\Software\\Classes\\";
 
+// The type library's places for the module's own bitness and for the other one, and what shows the
+// registry of that.
+constexpr bool kIs64 = sizeof(void*) == 8;
+const std::u16string kOwnPlatform = kIs64 ? u"win64" : u"win32";
+const std::u16string kOtherPlatform = kIs64 ? u"win32" : u"win64";
+constexpr REGSAM kOtherBitness = kIs64 ? KEY_WOW64_32KEY : KEY_WOW64_64KEY;
+
+bool systemKnowsBothBitnesses() {
+    BOOL emulated = FALSE;
+    return kIs64 || (IsWow64Process(GetCurrentProcess(), &emulated) != FALSE && emulated != FALSE);
+}
+
 std::u16string braced(const String& identity) {
     return u"{" + identity.units() + u"}";
 }
@@ -53,7 +65,7 @@ void expectEverythingUnder(const std::u16string& root) {
     }
     const std::u16string types = root + u"TypeLib\\" + braced(library().typeLibraryId) + u"\\1.0";
     EXPECT_EQ(library().description, valueAt(types));
-    EXPECT_NE(u"(none)", valueAt(types + u"\\0\\win64").view());
+    EXPECT_NE(u"(none)", valueAt(types + u"\\0\\" + kOwnPlatform).view());
 }
 
 class Unregistered : public testing::Test {
@@ -91,7 +103,7 @@ TEST_F(Unregistered, TheModuleIsRegisteredForTheUserAlone) {
 
 TEST_F(Unregistered, AnotherBitnessKeepsItsTypeLibrary) {
     const std::u16string other =
-        kMachine + u"TypeLib\\" + braced(library().typeLibraryId) + u"\\1.0\\0\\win32";
+        kMachine + u"TypeLib\\" + braced(library().typeLibraryId) + u"\\1.0\\0\\" + kOtherPlatform;
     EXPECT_EQ(S_OK, registerServer_());
     registry::createKey(other);
     EXPECT_EQ(S_OK, unregisterServer_());
@@ -99,20 +111,34 @@ TEST_F(Unregistered, AnotherBitnessKeepsItsTypeLibrary) {
     registry::deleteKey(kMachine + u"TypeLib\\" + braced(library().typeLibraryId));
 }
 
+TEST_F(Unregistered, TheEventLogShowsTheModulesMessages) {
+    const std::u16string source =
+        u"HKEY_LOCAL_MACHINE\\SYSTEM\\CurrentControlSet\\Services\\EventLog\\Application\\"
+        u"KapUtil26";
+    EXPECT_EQ(S_OK, registerServer_());
+    EXPECT_EQ(u"%SystemRoot%\\System32\\EventCreate.exe",
+              valueAt(source, u"EventMessageFile").view());
+    EXPECT_EQ(S_OK, unregisterServer_());
+    EXPECT_FALSE(registry::hasKey(source));
+}
+
 // The classes' identities are kept for each bitness, their names are not.
 TEST_F(Unregistered, AnotherBitnessKeepsItsNames) {
+    if (!systemKnowsBothBitnesses()) {
+        GTEST_SKIP() << "this Windows knows 32 bits only";
+    }
     const com::ServedClass& one = com::servedClasses().front();
     const std::u16string path = u"Software\\Classes\\CLSID\\" + braced(one.classId);
     HKEY other = nullptr;
     ASSERT_EQ(ERROR_SUCCESS,
               RegCreateKeyExW(HKEY_LOCAL_MACHINE, platform::wide(path), 0, nullptr, 0,
-                              KEY_WRITE | DELETE | KEY_WOW64_32KEY, nullptr, &other, nullptr));
+                              KEY_WRITE | DELETE | kOtherBitness, nullptr, &other, nullptr));
     RegCloseKey(other);
     EXPECT_EQ(S_OK, registerServer_());
     EXPECT_EQ(S_OK, unregisterServer_());
     EXPECT_EQ((std::vector<String>{one.programmaticName}), leftUnder(kMachine));
     EXPECT_EQ(ERROR_SUCCESS,
-              RegDeleteKeyExW(HKEY_LOCAL_MACHINE, platform::wide(path), KEY_WOW64_32KEY, 0));
+              RegDeleteKeyExW(HKEY_LOCAL_MACHINE, platform::wide(path), kOtherBitness, 0));
     EXPECT_EQ(S_OK, unregisterServer_());
     EXPECT_EQ(std::vector<String>(), leftUnder(kMachine));
 }
