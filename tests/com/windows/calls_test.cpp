@@ -57,6 +57,17 @@ TEST_F(Calls, RefuseParametersThatAMemberHasNot) {
     EXPECT_EQ(DISPID_UNKNOWN, ids[1]);
 }
 
+TEST_F(Calls, RefuseArgumentsThatContradictThemselves) {
+    const auto bag = module_.create(kPropertyString);
+    const DISPID id = idOf(bag.get(), L"Count");
+    DISPID names[] = {0, 1};
+    DISPPARAMS parameters{nullptr, names, 0, 2};
+    EXPECT_EQ(E_INVALIDARG, bag->Invoke(id, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD,
+                                        &parameters, nullptr, nullptr, nullptr));
+    EXPECT_EQ(E_INVALIDARG, bag->Invoke(id, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD, nullptr,
+                                        nullptr, nullptr, nullptr));
+}
+
 TEST_F(Calls, AssignAndReadProperties) {
     const auto error = module_.create(kErrorObject);
     Value none;

@@ -271,7 +271,7 @@ STDMETHODIMP View::Invoke(DISPID member, REFIID /*reserved*/, LCID locale, WORD 
     if (GetCurrentThreadId() != owner_) {
         return RPC_E_WRONG_THREAD;
     }
-    if (parameters == nullptr) {
+    if (parameters == nullptr || parameters->cNamedArgs > parameters->cArgs) {
         return E_INVALIDARG;
     }
     if (result != nullptr) {
