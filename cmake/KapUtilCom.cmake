@@ -74,9 +74,9 @@ if(KAPUTIL_BUILD_COM_TESTS)
     add_dependencies(kaputil-com-client kaputil-com)
 
     # Components of other makers, which the module works with.
-    file(GLOB otherSources CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/tests/com/other_makers/*.cpp")
+    file(GLOB otherSources CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/tests/com/windows/other_makers/*.cpp")
     add_library(kaputil-com-others SHARED ${otherSources}
-                                          "${PROJECT_SOURCE_DIR}/tests/com/other_makers/other_makers.def")
+                                          "${PROJECT_SOURCE_DIR}/tests/com/windows/other_makers/other_makers.def")
     set_target_properties(kaputil-com-others PROPERTIES PREFIX "" RUNTIME_OUTPUT_DIRECTORY "${comFolder}")
     target_link_libraries(kaputil-com-others PRIVATE kaputil_platform kaputil_ado)
     kaputil_compile_rules(kaputil-com-others)
