@@ -1,5 +1,8 @@
 #include "data_access.hpp"
 
+#include <optional>
+#include <string_view>
+
 #include <kaputil/ado/connection.hpp>
 #include <kaputil/frame/class_description.hpp>
 #include <kaputil/frame/convert.hpp>

@@ -1,6 +1,9 @@
 #include "mail_objects.hpp"
 
+#include <optional>
+#include <span>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include <kaputil/frame/class_description.hpp>
