@@ -157,6 +157,8 @@ private:
             readName();
         } else if (isDigit(c) || (c == '.' && isDigit(at(1)))) {
             readNumber(TokenKind::Integer);
+        } else if (c == '$' && startsName(at(1))) {
+            readName();  // $action
         } else if (c == '$') {
             ++position_;
             readNumber(TokenKind::Money);

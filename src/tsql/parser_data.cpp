@@ -47,7 +47,11 @@ Statement::Node Parser::withStatement() {
         erase.commonTables = std::move(tables);
         return erase;
     }
-    refuseKeyword("MERGE", "MERGE");
+    if (acceptKeyword("MERGE")) {
+        MergeStatement merge = mergeStatement();
+        merge.commonTables = std::move(tables);
+        return merge;
+    }
     if (!atKeyword("SELECT") && !atQuery()) unexpected();
     position_ = start;
     return SelectStatement{query()};
@@ -122,12 +126,24 @@ UpdateStatement Parser::updateStatement() {
     } while (acceptOperator(","));
     result.output = outputClause();
     if (atKeyword("FROM")) result.from = fromClause();
-    if (acceptKeyword("WHERE")) {
-        refuseKeyword("CURRENT", "WHERE CURRENT OF");
-        result.where = condition();
-    }
+    result.where = writtenRows(result.assignments);
     if (acceptKeyword("OPTION")) result.maxRecursion = queryHints();
     return result;
+}
+
+// WHERE of UPDATE and DELETE: a condition, or the row on which a cursor stands. Null without WHERE.
+ExpressionPtr Parser::writtenRows(const std::vector<Assignment>& assignments) {
+    if (!acceptKeyword("WHERE")) return nullptr;
+    if (!atKeyword("CURRENT") || !atKeyword("OF", 1)) return condition();
+    const int line = next().line;
+    next();
+    acceptKeyword("GLOBAL");
+    if (peek().kind == TokenKind::Variable) refuse("cursor variable");
+    CurrentOfPredicate result{name(), {}};
+    for (const Assignment& each : assignments) {
+        if (!each.column.parts.empty()) result.columns.push_back(each.column.last());
+    }
+    return make(std::move(result), line);
 }
 
 DeleteStatement Parser::deleteStatement() {
@@ -138,10 +154,7 @@ DeleteStatement Parser::deleteStatement() {
     tableHints();
     result.output = outputClause();
     if (atKeyword("FROM")) result.from = fromClause();
-    if (acceptKeyword("WHERE")) {
-        refuseKeyword("CURRENT", "WHERE CURRENT OF");
-        result.where = condition();
-    }
+    result.where = writtenRows({});
     if (acceptKeyword("OPTION")) result.maxRecursion = queryHints();
     return result;
 }

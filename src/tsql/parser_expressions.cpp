@@ -242,6 +242,15 @@ ExpressionPtr Parser::call(ObjectName name) {
         result.arguments = valueList();
     }
     expectOperator(")");
+    if (atKeyword("WITHIN") && atKeyword("GROUP", 1)) {
+        next();
+        next();
+        expectOperator("(");
+        expectKeyword("ORDER");
+        expectKeyword("BY");
+        result.within = orderItems();
+        expectOperator(")");
+    }
     if (acceptKeyword("OVER")) result.over = window();
     const int below = deepest(result.arguments);
     return make(std::move(result), line, below);

@@ -37,37 +37,51 @@ Statement::Node Parser::declareStatement() {
 Statement::Node Parser::declareCursor(std::string name) {
     DeclareCursorStatement result;
     result.name = std::move(name);
-    acceptKeyword("INSENSITIVE");
+    result.readOnly = acceptKeyword("INSENSITIVE");
     result.scroll = acceptKeyword("SCROLL");
     expectKeyword("CURSOR");
-    while (!atKeyword("FOR")) {
-        if (atKeyword("SCROLL") || atKeyword("STATIC") || atKeyword("KEYSET") ||
-            atKeyword("DYNAMIC")) {
-            result.scroll = true;
-        } else if (!atKeyword("LOCAL") && !atKeyword("GLOBAL") && !atKeyword("FORWARD_ONLY") &&
-                   !atKeyword("FAST_FORWARD") && !atKeyword("READ_ONLY") &&
-                   !atKeyword("OPTIMISTIC") && !atKeyword("SCROLL_LOCKS") &&
+    cursorOptions(result);
+    const int line = peek().line;
+    result.query = std::make_shared<Statement>(Statement{SelectStatement{query()}, line});
+    cursorPurpose(result);
+    return result;
+}
+
+// A static cursor can be scrolled and not written through; a fast one neither.
+void Parser::cursorOptions(DeclareCursorStatement& cursor) {
+    bool forwardOnly = false;
+    while (!acceptKeyword("FOR")) {
+        const bool fixed = atKeyword("STATIC");
+        if (fixed || atKeyword("SCROLL") || atKeyword("KEYSET") || atKeyword("DYNAMIC")) {
+            cursor.scroll = true;
+            cursor.readOnly = cursor.readOnly || fixed;
+        } else if (atKeyword("FAST_FORWARD") || atKeyword("READ_ONLY")) {
+            cursor.readOnly = true;
+        } else if (atKeyword("LOCAL")) {
+            cursor.local = true;
+        } else if (atKeyword("FORWARD_ONLY")) {
+            forwardOnly = true;
+        } else if (!atKeyword("GLOBAL") && !atKeyword("OPTIMISTIC") && !atKeyword("SCROLL_LOCKS") &&
                    !atKeyword("TYPE_WARNING")) {
             unexpected();
         }
         next();
     }
-    next();
-    const int line = peek().line;
-    result.query = std::make_shared<Statement>(Statement{SelectStatement{query()}, line});
-    if (acceptKeyword("FOR")) {
-        if (acceptKeyword("READ")) {
-            expectKeyword("ONLY");
-        } else {
-            expectKeyword("UPDATE");
-            if (acceptKeyword("OF")) {
-                do {
-                    this->name();
-                } while (acceptOperator(","));
-            }
-        }
+    cursor.scroll = cursor.scroll && !forwardOnly;
+}
+
+void Parser::cursorPurpose(DeclareCursorStatement& cursor) {
+    if (!acceptKeyword("FOR")) return;
+    if (acceptKeyword("READ")) {
+        expectKeyword("ONLY");
+        cursor.readOnly = true;
+        return;
     }
-    return result;
+    expectKeyword("UPDATE");
+    if (!acceptKeyword("OF")) return;
+    do {
+        cursor.updatable.push_back(name());
+    } while (acceptOperator(","));
 }
 
 StatementPtr Parser::subStatement() {

@@ -51,7 +51,8 @@ Statement::Node Parser::createView(Making making) {
     result.query = query();
     if (acceptKeyword("WITH")) {
         expectKeyword("CHECK");
-        refuse("WITH CHECK OPTION");
+        expectKeyword("OPTION");
+        result.checksRows = true;
     }
     acceptOperator(";");
     if (!atEnd()) unexpected();

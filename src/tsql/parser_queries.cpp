@@ -145,12 +145,7 @@ Select Parser::select() {
 void Parser::selectTail(Select& select) {
     if (atKeyword("FROM")) select.from = fromClause();
     if (acceptKeyword("WHERE")) select.where = condition();
-    if (acceptKeyword("GROUP")) {
-        expectKeyword("BY");
-        refuseKeyword("ALL", "GROUP BY ALL");
-        select.groupBy = valueList();
-        if (atKeyword("WITH")) refuse("WITH " + peek(1).text);
-    }
+    if (acceptKeyword("GROUP")) groupByClause(select);
     if (acceptKeyword("HAVING")) select.having = condition();
 }
 

@@ -58,6 +58,7 @@ std::optional<Statement::Node> Parser::dataStatement() {
     if (atKeyword("UPDATE") && atKeyword("STATISTICS", 1)) return noEffect("UPDATE STATISTICS");
     if (acceptKeyword("UPDATE")) return updateStatement();
     if (acceptKeyword("DELETE")) return deleteStatement();
+    if (acceptKeyword("MERGE")) return mergeStatement();
     if (acceptKeyword("TRUNCATE")) {
         expectKeyword("TABLE");
         return TruncateStatement{objectName()};
@@ -114,7 +115,7 @@ std::optional<Statement::Node> Parser::databaseWideStatement() {
     if (switches && atKeyword("TRIGGER", 1)) return triggerSwitch();
     if (acceptKeyword("USE")) return DatabaseStatement{DatabaseAction::Use, name()};
     if (atKeyword("BACKUP") && atKeyword("DATABASE", 1)) return backupStatement();
-    if (atKeyword("DBCC") && atKeyword("CHECKIDENT", 1)) refuse("DBCC CHECKIDENT");
+    if (atKeyword("DBCC") && atKeyword("CHECKIDENT", 1)) return checkIdentity();
     if (atKeyword("DBCC") && atKeyword("CHECKDB", 1)) {
         skipStatement();
         return CheckStatement{};
@@ -149,9 +150,9 @@ Statement::Node Parser::transactionStatement(TransactionAction action) {
 }
 
 void Parser::unknownStatement() {
-    static constexpr std::array kKnown{"BACKUP",      "BULK",     "KILL",      "MERGE",
-                                       "RECONFIGURE", "RESTORE",  "REVERT",    "SETUSER",
-                                       "SHUTDOWN",    "READTEXT", "WRITETEXT", "UPDATETEXT"};
+    static constexpr std::array kKnown{"BACKUP",   "BULK",      "KILL",      "RECONFIGURE",
+                                       "RESTORE",  "REVERT",    "SETUSER",   "SHUTDOWN",
+                                       "READTEXT", "WRITETEXT", "UPDATETEXT"};
     for (const char* word : kKnown)
         refuseKeyword(word, word);
     unexpected();
@@ -160,12 +161,12 @@ void Parser::unknownStatement() {
 // Statements end where a word begins another one: the dialect needs no separator.
 bool Parser::atStatement() const {
     static constexpr std::array kFirstWords{
-        "SELECT",  "INSERT",     "UPDATE", "DELETE",     "TRUNCATE", "EXEC",   "EXECUTE",
-        "DECLARE", "SET",        "IF",     "WHILE",      "BEGIN",    "COMMIT", "ROLLBACK",
-        "SAVE",    "RETURN",     "PRINT",  "RAISERROR",  "WAITFOR",  "GOTO",   "OPEN",
-        "CLOSE",   "DEALLOCATE", "FETCH",  "CREATE",     "ALTER",    "DROP",   "USE",
-        "GRANT",   "DENY",       "REVOKE", "CHECKPOINT", "DBCC",     "BREAK",  "CONTINUE",
-        "END",     "ELSE",       "WITH"};
+        "SELECT",   "INSERT", "UPDATE",     "DELETE", "TRUNCATE",   "EXEC",    "EXECUTE",
+        "DECLARE",  "SET",    "IF",         "WHILE",  "BEGIN",      "COMMIT",  "ROLLBACK",
+        "MERGE",    "SAVE",   "RETURN",     "PRINT",  "RAISERROR",  "WAITFOR", "GOTO",
+        "OPEN",     "CLOSE",  "DEALLOCATE", "FETCH",  "CREATE",     "ALTER",   "DROP",
+        "USE",      "GRANT",  "DENY",       "REVOKE", "CHECKPOINT", "DBCC",    "BREAK",
+        "CONTINUE", "END",    "ELSE",       "WITH"};
     if (atEnd() || atOperator(";")) return true;
     for (const char* word : kFirstWords) {
         if (atKeyword(word)) return true;

@@ -92,6 +92,33 @@ Statement::Node Parser::backupStatement() {
     return result;
 }
 
+// DBCC CHECKIDENT ('table', RESEED, 10): the table as a text or as a name.
+Statement::Node Parser::checkIdentity() {
+    CheckIdentityStatement result;
+    next();
+    next();
+    expectOperator("(");
+    const Token& table = peek();
+    if (table.kind == TokenKind::Text || table.kind == TokenKind::NationalText) {
+        result.table = parseObjectName(next().text);
+        result.table.line = table.line;
+    } else {
+        result.table = objectName();
+    }
+    if (acceptOperator(",")) {
+        result.reseeds = !acceptKeyword("NORESEED");
+        if (result.reseeds) expectKeyword("RESEED");
+        if (result.reseeds && acceptOperator(",")) result.value = value();
+    }
+    expectOperator(")");
+    if (atKeyword("WITH") && atKeyword("NO_INFOMSGS", 1)) {
+        next();
+        next();
+        result.quietly = true;
+    }
+    return result;
+}
+
 Statement::Node Parser::noEffect(std::string what) {
     skipStatement();
     return NoEffectStatement{std::move(what)};

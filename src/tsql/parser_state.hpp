@@ -17,7 +17,7 @@ namespace kap::tsql {
 /// parser.cpp the tokens, parser_expressions.cpp, parser_predicates.cpp, parser_queries.cpp,
 /// parser_sources.cpp, parser_data.cpp, parser_tables.cpp, parser_definitions.cpp,
 /// parser_modules.cpp, parser_types.cpp, parser_flow.cpp, parser_settings.cpp, parser_calls.cpp,
-/// parser_scripts.cpp.
+/// parser_scripts.cpp, parser_merge.cpp, parser_groups.cpp.
 class Parser {
 public:
     Parser(std::string_view source, std::vector<Token> tokens, const ParseOptions& options)
@@ -149,6 +149,15 @@ private:
     SelectItem selectItem();
     std::string optionalItemAlias();
     void selectTail(Select& select);
+
+    // Groups. A grouping is the sets that one element of GROUP BY stands for.
+    using GroupSet = std::vector<std::size_t>;
+    using Grouping = std::vector<GroupSet>;
+    void groupByClause(Select& select);
+    Grouping grouping(Select& select);
+    std::vector<GroupSet> groupElements(Select& select);
+    GroupSet groupElement(Select& select);
+    std::size_t groupExpression(Select& select);
     std::vector<OrderItem> orderItems();
     std::vector<TableSourcePtr> fromClause();
     TableSourcePtr joinedSource();
@@ -168,11 +177,19 @@ private:
     UpdateStatement updateStatement();
     Assignment assignment();
     DeleteStatement deleteStatement();
+    ExpressionPtr writtenRows(const std::vector<Assignment>& assignments);
     std::optional<TopClause> optionalTop();
     std::optional<OutputClause> outputClause();
     Statement::Node withStatement();
     // "= value", and "+= value" as target + value.
     ExpressionPtr assignedValue(const std::function<Expression::Node()>& target);
+
+    // MERGE.
+    MergeStatement mergeStatement();
+    MergeAction mergeAction(const MergeStatement& merge);
+    MergeAction::When mergeWhen();
+    InsertStatement mergeInsert();
+    TableSourcePtr mergeSource();
 
     // Tables.
     Statement::Node createTable();
@@ -242,6 +259,8 @@ private:
     Statement::Node raiserrorStatement();
     Statement::Node throwStatement();
     Statement::Node waitStatement();
+    void cursorOptions(DeclareCursorStatement& cursor);
+    void cursorPurpose(DeclareCursorStatement& cursor);
     Statement::Node openCursor(CursorAction action);
     Statement::Node fetchStatement();
 
@@ -249,6 +268,7 @@ private:
     Statement::Node setStatement();
     Statement::Node setOption();
     Statement::Node backupStatement();
+    Statement::Node checkIdentity();
     Statement::Node noEffect(std::string what);
     void skipStatement();
 

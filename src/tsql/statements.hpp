@@ -90,6 +90,28 @@ struct DeleteStatement {
     int maxRecursion = kMaxRecursion;  ///< of OPTION (MAXRECURSION n); 0 is no limit
 };
 
+/// WHEN [NOT] MATCHED [BY SOURCE] [AND condition] THEN action.
+struct MergeAction {
+    enum class When { Matched, NotMatched, NotMatchedBySource };
+    When when = When::Matched;
+    ExpressionPtr condition;  ///< of AND; null when not given
+    /// What is done: a DELETE has no parts of its own. Their tables are the target's.
+    std::variant<UpdateStatement, InsertStatement, DeleteStatement> action;
+    int line = 1;
+};
+
+struct MergeStatement {
+    std::vector<CommonTable> commonTables;
+    std::optional<TopClause> top;
+    ObjectName table;
+    std::string alias;                   ///< empty when not given
+    std::vector<TableSourcePtr> source;  ///< of USING: one
+    ExpressionPtr condition;
+    std::vector<MergeAction> actions;
+    std::optional<OutputClause> output;
+    int maxRecursion = kMaxRecursion;  ///< of OPTION (MAXRECURSION n); 0 is no limit
+};
+
 struct TruncateStatement {
     ObjectName table;
 };
@@ -196,6 +218,7 @@ struct CreateViewStatement {
     std::string text;
     bool replace = false;  ///< ALTER, or CREATE OR ALTER
     bool mustExist = false;
+    bool checksRows = false;  ///< WITH CHECK OPTION
 };
 
 struct ParameterDefinition {
@@ -341,7 +364,10 @@ struct TransactionStatement {
 struct DeclareCursorStatement {
     std::string name;
     bool scroll = false;
-    std::shared_ptr<Statement> query;  ///< a SelectStatement
+    bool local = false;     ///< it ends with the batch or module that declares it
+    bool readOnly = false;  ///< READ_ONLY, STATIC, INSENSITIVE, FAST_FORWARD, FOR READ ONLY
+    std::vector<std::string> updatable;  ///< of FOR UPDATE OF; empty: all columns
+    std::shared_ptr<Statement> query;    ///< a SelectStatement
 };
 
 enum class CursorAction { Open, Close, Deallocate };
@@ -378,21 +404,31 @@ struct BackupStatement {
 /// DBCC CHECKDB.
 struct CheckStatement {};
 
+/// DBCC CHECKIDENT (table [, NORESEED | RESEED [, value]]).
+struct CheckIdentityStatement {
+    ObjectName table;
+    bool reseeds = true;   ///< not NORESEED
+    ExpressionPtr value;   ///< the new one; null when not given
+    bool quietly = false;  ///< WITH NO_INFOMSGS
+};
+
 /// A statement without meaning on one file: it is taken, and says so.
 struct NoEffectStatement {
     std::string what;
 };
 
 struct Statement {
-    using Node = std::variant<
-        SelectStatement, InsertStatement, UpdateStatement, DeleteStatement, TruncateStatement,
-        CreateTableStatement, AlterTableStatement, CreateIndexStatement, CreateViewStatement,
-        CreateModuleStatement, DropStatement, CreateTypeStatement, DeclareStatement,
-        AssignStatement, SetOptionStatement, IfStatement, WhileStatement, BlockStatement,
-        TryStatement, BreakStatement, ContinueStatement, GotoStatement, LabelStatement,
-        ReturnStatement, PrintStatement, RaiserrorStatement, ThrowStatement, WaitStatement,
-        TransactionStatement, ExecuteStatement, DeclareCursorStatement, CursorStatement,
-        FetchStatement, DatabaseStatement, BackupStatement, CheckStatement, NoEffectStatement>;
+    using Node =
+        std::variant<SelectStatement, InsertStatement, UpdateStatement, DeleteStatement,
+                     MergeStatement, TruncateStatement, CreateTableStatement, AlterTableStatement,
+                     CreateIndexStatement, CreateViewStatement, CreateModuleStatement,
+                     DropStatement, CreateTypeStatement, DeclareStatement, AssignStatement,
+                     SetOptionStatement, IfStatement, WhileStatement, BlockStatement, TryStatement,
+                     BreakStatement, ContinueStatement, GotoStatement, LabelStatement,
+                     ReturnStatement, PrintStatement, RaiserrorStatement, ThrowStatement,
+                     WaitStatement, TransactionStatement, ExecuteStatement, DeclareCursorStatement,
+                     CursorStatement, FetchStatement, DatabaseStatement, BackupStatement,
+                     CheckStatement, CheckIdentityStatement, NoEffectStatement>;
     Node node;
     int line = 1;
 };

@@ -25,7 +25,8 @@ bool Expression::isPredicate() const {
         return unary->op == UnaryOperator::Not;
     }
     return holdsAny<Comparison, LogicalExpression, BetweenPredicate, QuantifiedComparison,
-                    InPredicate, LikePredicate, NullPredicate, ExistsPredicate>(node);
+                    InPredicate, LikePredicate, NullPredicate, ExistsPredicate, CurrentOfPredicate>(
+        node);
 }
 
 }  // namespace kap::tsql

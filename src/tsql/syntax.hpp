@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <memory>
 #include <optional>
 #include <string>
@@ -121,6 +122,12 @@ struct ExistsPredicate {
     QueryPtr query;
 };
 
+/// CURRENT OF cursor: the row of an UPDATE or DELETE on which the cursor stands.
+struct CurrentOfPredicate {
+    std::string cursor;
+    std::vector<std::string> columns;  ///< that the statement assigns
+};
+
 struct CaseBranch {
     ExpressionPtr when;
     ExpressionPtr then;
@@ -158,6 +165,7 @@ struct FunctionCall {
     bool distinct = false;  ///< COUNT(DISTINCT x)
     bool star = false;      ///< COUNT(*)
     std::optional<Window> over = std::nullopt;
+    std::vector<OrderItem> within = {};  ///< of WITHIN GROUP (ORDER BY ...)
 };
 
 struct ScalarSubquery {
@@ -168,8 +176,8 @@ struct Expression {
     using Node =
         std::variant<Literal, ColumnReference, VariableReference, UnaryExpression, BinaryExpression,
                      Comparison, LogicalExpression, BetweenPredicate, QuantifiedComparison,
-                     InPredicate, LikePredicate, NullPredicate, ExistsPredicate, CaseExpression,
-                     CastExpression, FunctionCall, ScalarSubquery>;
+                     InPredicate, LikePredicate, NullPredicate, ExistsPredicate, CurrentOfPredicate,
+                     CaseExpression, CastExpression, FunctionCall, ScalarSubquery>;
     Node node;
     int line = 1;
     int depth = 1;  ///< levels of operators below, kept within the parser's limit
@@ -243,6 +251,8 @@ struct Select {
     std::vector<TableSourcePtr> from;  ///< the comma-separated sources
     ExpressionPtr where;
     std::vector<ExpressionPtr> groupBy;
+    /// Of ROLLUP, CUBE and GROUPING SETS: which of `groupBy` each set has; empty: one set of all.
+    std::vector<std::vector<std::size_t>> groupingSets;
     ExpressionPtr having;
 };
 

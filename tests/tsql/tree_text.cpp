@@ -1,6 +1,7 @@
 #include "tree_text.hpp"
 
 #include "tsql/parser.hpp"
+#include "tsql/text.hpp"
 
 namespace kap::tsql::testing {
 
@@ -106,6 +107,14 @@ std::string selectText(const Select& select) {
     parts.push_back(fromText(select.from));
     parts.push_back(whereText(select.where));
     parts.push_back(list("group", select.groupBy));
+    std::vector<std::string> sets;
+    for (const auto& set : select.groupingSets) {
+        std::vector<std::string> places;
+        for (const std::size_t each : set)
+            places.push_back(integerText(static_cast<std::int64_t>(each)));
+        sets.push_back(places.empty() ? "(none)" : node("set", places));
+    }
+    if (!sets.empty()) parts.push_back(node("sets", sets));
     if (select.having) parts.push_back(node("having", {treeText(*select.having)}));
     return node("select", parts);
 }
@@ -141,6 +150,25 @@ std::string statementText(const UpdateStatement& update) {
 std::string statementText(const DeleteStatement& statement) {
     return node("delete", {topText(statement.top), statement.table.text(), fromText(statement.from),
                            whereText(statement.where)});
+}
+
+std::string statementText(const MergeStatement& merge) {
+    std::vector<std::string> parts{topText(merge.top), merge.table.text(), merge.alias,
+                                   node("using", {fromText(merge.source)}),
+                                   node("on", {treeText(*merge.condition)})};
+    for (const MergeAction& action : merge.actions) {
+        static const char* const kWhen[] = {"matched", "missing", "extra"};
+        const std::string done =
+            std::visit([](const auto& what) { return statementText(what); }, action.action);
+        parts.push_back(
+            node(kWhen[static_cast<int>(action.when)], {optional(action.condition), done}));
+    }
+    return node("merge", parts);
+}
+
+std::string statementText(const CheckIdentityStatement& check) {
+    return node("checkident", {check.table.text(), check.reseeds ? "reseed" : "noreseed",
+                               optional(check.value), check.quietly ? "quietly" : ""});
 }
 
 std::string statementText(const CreateTableStatement& create) {
@@ -424,6 +452,9 @@ std::string treeText(const Expression& expression) {
                 return negatable(e.negated, node("isnull", {treeText(*e.value)}));
             },
             [](const ExistsPredicate& e) { return node("exists", {treeText(*e.query)}); },
+            [](const CurrentOfPredicate& e) {
+                return node("currentof", {e.cursor, names("columns", e.columns)});
+            },
             [](const CaseExpression& e) {
                 std::vector<std::string> parts{optional(e.subject)};
                 for (const auto& branch : e.branches) {

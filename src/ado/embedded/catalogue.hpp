@@ -55,6 +55,7 @@ struct View {
     std::string name;
     std::vector<std::string> columns;  ///< empty: as the query names them
     std::shared_ptr<const tsql::Query> query;
+    bool checksRows = false;  ///< WITH CHECK OPTION: what is written through it must show in it
 };
 
 /// A stored scalar function.

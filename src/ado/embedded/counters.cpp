@@ -228,6 +228,27 @@ void Counters::restart(const Table& table) {
     forget.run();
 }
 
+void Counters::reseed(const std::string& table, std::int64_t value) {
+    Counter& counter = current(table);
+    std::int64_t last = value;
+    const bool overflows =
+        !counter.started && __builtin_sub_overflow(value, counter.increment, &last);
+    if (overflows || !fits(value, counter.type)) {
+        throw tsql::ServerError(8115,
+                                std::string("Arithmetic overflow error converting IDENTITY to data "
+                                            "type ") +
+                                    tsql::typeName(counter.type.type) + ".");
+    }
+    counter.last = last;
+    counter.started = true;
+    counter.pending = true;
+}
+
+std::optional<std::int64_t> Counters::lastIdentityOf(const std::string& table) {
+    const Counter& counter = current(table);
+    return counter.started ? std::optional(counter.last) : std::nullopt;
+}
+
 std::int64_t Counters::currentIdentity(const std::string& table) {
     const Counter& counter = current(table);
     return counter.started ? counter.last : counter.first;

@@ -60,6 +60,11 @@ public:
     void noteIdentity(const std::string& table, std::int64_t value);
     // The next number of the table is its first one again.
     void restart(const Table& table);
+    // The next number goes on from `value`; it is `value` itself when none was given out before.
+    // Within a writing transaction.
+    void reseed(const std::string& table, std::int64_t value);
+    // The last number that a table has given out, if any.
+    [[nodiscard]] std::optional<std::int64_t> lastIdentityOf(const std::string& table);
     // The last number that a table has given out, or its first one when it has given none.
     [[nodiscard]] std::int64_t currentIdentity(const std::string& table);
     // The identity that was given out last since this was asked before.

@@ -145,7 +145,8 @@ void SchemaCatalogue::readNames(const char* sql, bool temporary) const {
     PreparedStatement names(database_.handle(), sql);
     while (names.step()) {
         std::string name = names.text(0);
-        const bool captured = name.starts_with("kap inserted ") || name.starts_with("kap deleted ");
+        const bool captured = name.starts_with("kap inserted ") ||
+                              name.starts_with("kap deleted ") || name.starts_with("kap merge ");
         if (!captured && !isKeptByTheFile(name)) {
             std::string key = folded(name);
             tables_.insert_or_assign(std::move(key), Entry{std::move(name), temporary, nullptr});
@@ -230,7 +231,8 @@ const View* SchemaCatalogue::findView(std::string_view name) const {
     if (made) {
         tsql::Script script = tsql::parseScript(object->text, parseOptions(object->quotedNames));
         auto& statement = std::get<tsql::CreateViewStatement>(script.at(0).node);
-        found->second = {object->name, std::move(statement.columns), std::move(statement.query)};
+        found->second = {object->name, std::move(statement.columns), std::move(statement.query),
+                         statement.checksRows};
     }
     return &found->second;
 }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "ado/embedded/definition_tokens.hpp"
 #include "ado/embedded/translate/statements.hpp"
 #include "tsql/server_error.hpp"
 #include "tsql/text.hpp"
@@ -172,22 +173,56 @@ void TableChanger::dropColumns(const Table& table, const tsql::AlterTableStateme
                                   "' does not exist in table '" + table.name + "'.",
                               line);
         }
-        const auto dependent = [&] {
-            return ServerError(4922,
-                               "ALTER TABLE DROP COLUMN " + column->name +
-                                   " failed because one or more objects access this column.",
-                               line, 16, 9);
-        };
-        if (column->defaultSql && !column->computed) throw dependent();
+        if (table.columns.size() == 1) {
+            throw ServerError(4923,
+                              "ALTER TABLE DROP COLUMN failed because '" + column->name +
+                                  "' is the only data column in table '" + table.name +
+                                  "'. A table must have at least one data column.",
+                              line);
+        }
+        const ServerError failed(4922,
+                                 "ALTER TABLE DROP COLUMN " + column->name +
+                                     " failed because one or more objects access this column.",
+                                 line, 16, 9);
+        if (const std::string dependent = dependentOn(table, *column); !dependent.empty()) {
+            followUp_ = failed;
+            throw ServerError(5074, dependent + " is dependent on column '" + column->name + "'.",
+                              line);
+        }
         try {
             run("ALTER TABLE " + tableSql(table.name, table.temporary) + " DROP COLUMN " +
                 sqlName(column->name));
         } catch (const SqliteError& error) {
             if (error.primaryCode() != SQLITE_ERROR) throw;
-            throw dependent();
+            throw failed;
         }
         if (column->identity) counters_.renameIdentity(table, "");
     }
+}
+
+std::string TableChanger::dependentOn(const Table& table, const Column& column) const {
+    const auto names = [&](const std::vector<std::string>& columns) {
+        return std::ranges::any_of(
+            columns, [&](const std::string& each) { return sameName(each, column.name); });
+    };
+    for (const ConstraintInfo& each : catalogue_.constraints()) {
+        if (!sameName(each.table, table.name)) continue;
+        const bool checked = std::string_view(each.type) == "C " &&
+                             std::ranges::any_of(tokensOf(each.definition), [&](const auto& token) {
+                                 return sameName(token.text, column.name);
+                             });
+        if (names(each.columns) || checked) return "The object '" + each.name + "'";
+    }
+    for (const IndexInfo& each : catalogue_.indexes()) {
+        if (sameName(each.table, table.name) && each.key.empty() && names(each.columns)) {
+            return "The index '" + each.name + "'";
+        }
+    }
+    // The constraints of temporary tables are not listed.
+    if (table.temporary && column.defaultSql && !column.computed) {
+        return "The object 'DF_" + table.name + "_" + column.name + "'";
+    }
+    return {};
 }
 
 void TableChanger::dropConstraints(const Table& table, const tsql::AlterTableStatement& statement,

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -29,6 +30,9 @@ public:
     void renameColumn(const std::string& table, const std::string& column,
                       const std::string& newName, int line);
 
+    // What is to be said behind the error that was raised.
+    [[nodiscard]] const std::optional<tsql::ServerError>& followUp() const { return followUp_; }
+
 private:
     [[nodiscard]] const Table& requireTable(const std::string& name, int line) const;
     void run(const std::string& sql);
@@ -51,6 +55,8 @@ private:
     void alterColumn(const Table& table, const tsql::ColumnDefinition& definition,
                      const Names& names, int line);
     void dropColumns(const Table& table, const tsql::AlterTableStatement& statement, int line);
+    // What keeps a column from being dropped, as the server names it: "The object 'df_b'".
+    [[nodiscard]] std::string dependentOn(const Table& table, const Column& column) const;
     void dropConstraints(const Table& table, const tsql::AlterTableStatement& statement, int line);
     [[nodiscard]] bool dropLaterKey(const Table& table, const std::string& name);
     void dropFirstKey(const Table& table, TableText& text, const TableText::Element& key);
@@ -61,6 +67,7 @@ private:
     Connection& connection_;
     SchemaCatalogue& catalogue_;
     Counters& counters_;
+    std::optional<tsql::ServerError> followUp_;
 };
 
 }  // namespace kap::ado::embedded

@@ -1,5 +1,6 @@
 #include <string>
 
+#include "ado/embedded/functions/date_settings.hpp"
 #include "ado/embedded/functions/dates.hpp"
 #include "tsql/text.hpp"
 
@@ -31,7 +32,7 @@ std::string formatted(const DateParts& parts, std::string_view pattern) {
                 result += digits(parts.month, 2);
                 break;
             case 'N':
-                result += std::string(monthName(parts.month), 3);
+                result += std::string(monthName(parts.month, dateSettings().italian), 3);
                 break;
             case 'D':
                 result += digits(parts.day, 2);

@@ -205,8 +205,11 @@ private:
         if (at(0) == nullptr) notADate(target_);
         const std::string word = pieces_[position_++].text;
         for (int month = 1; month <= 12; ++month) {
-            const std::string name = tsql::asciiUpper(monthName(month));
-            if (word == name || (word.size() == 3 && name.compare(0, 3, word) == 0)) return month;
+            for (const bool italian : {false, dateSettings().italian}) {
+                const std::string name = tsql::asciiUpper(monthName(month, italian));
+                if (word == name || (word.size() == 3 && name.compare(0, 3, word) == 0))
+                    return month;
+            }
         }
         notADate(target_);
     }

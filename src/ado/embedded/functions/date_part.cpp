@@ -94,7 +94,8 @@ std::optional<DatePart> datePartNamed(std::string_view name) {
         {"mi", DatePart::Minute},       {"n", DatePart::Minute},
         {"second", DatePart::Second},   {"ss", DatePart::Second},
         {"s", DatePart::Second},        {"millisecond", DatePart::Millisecond},
-        {"ms", DatePart::Millisecond},
+        {"ms", DatePart::Millisecond},  {"iso_week", DatePart::IsoWeek},
+        {"isowk", DatePart::IsoWeek},   {"isoww", DatePart::IsoWeek},
     };
     const auto* found = std::find_if(std::begin(kNames), std::end(kNames), [&](const Entry& entry) {
         return tsql::equalsIgnoringCase(entry.name, name);
@@ -130,6 +131,14 @@ int partOf(DatePart part, double stored) {
             return parts.second;
         case DatePart::Millisecond:
             return millisecondsOf(parts.tick);
+        case DatePart::IsoWeek: {
+            // The week has the year of its Thursday.
+            constexpr int kFromMondayToThursday = 3;
+            const int afterMonday = (day - kSunday + kDaysPerWeek * 100000 - 1) % kDaysPerWeek;
+            const int thursday = day - afterMonday + kFromMondayToThursday;
+            const int year = partsOf(thursday).year;
+            return (thursday - convert::serialDay({year, 1, 1})) / kDaysPerWeek + 1;
+        }
     }
     return 0;
 }
@@ -161,6 +170,8 @@ std::optional<double> movedBy(DatePart part, std::int64_t count, double stored) 
             const std::int64_t tenths = count * 3;
             return movedByTicks((tenths + (tenths >= 0 ? 5 : -5)) / 10, 1, stored);
         }
+        case DatePart::IsoWeek:
+            break;
     }
     return std::nullopt;
 }
@@ -188,6 +199,8 @@ std::int64_t boundariesBetween(DatePart part, double from, double to) {
             return floorTicks(to, kTicksPerSecond) - floorTicks(from, kTicksPerSecond);
         case DatePart::Millisecond:
             return (ticksOf(to) - ticksOf(from)) * 10 / 3;
+        case DatePart::IsoWeek:
+            break;
     }
     return 0;
 }

@@ -18,14 +18,15 @@ enum class DatePart {
     Hour,
     Minute,
     Second,
-    Millisecond
+    Millisecond,
+    IsoWeek
 };
 
 /// A part by one of its names ("year", "yy", "yyyy"...), case ignored; nullopt for anything else.
 [[nodiscard]] std::optional<DatePart> datePartNamed(std::string_view name);
 
 /// The value of a part: weeks are counted from 1 January and start on Sunday, Sunday is day 1 of
-/// the week.
+/// the week. The weeks of IsoWeek begin on Monday, and the first has the year's first Thursday.
 [[nodiscard]] int partOf(DatePart part, double stored);
 
 /// The instant so many parts later; the day of the month is kept or becomes the last. nullopt

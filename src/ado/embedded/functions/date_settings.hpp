@@ -8,7 +8,8 @@ enum class DateOrder { MonthFirst, DayFirst, YearFirst };
 /// What a session has set for reading dates and counting weekdays.
 struct DateSettings {
     DateOrder order = DateOrder::MonthFirst;
-    int firstDay = 7;  ///< of the week: 1 is Monday, 7 Sunday
+    int firstDay = 7;      ///< of the week: 1 is Monday, 7 Sunday
+    bool italian = false;  ///< months and days have their Italian names
 };
 
 /// The settings that hold on this thread: those of the session that is running.

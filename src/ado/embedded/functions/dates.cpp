@@ -86,17 +86,25 @@ double localInstant() {
     return roundedTo(convert::linearDays(localNow()), tsql::SqlType::DateTime);
 }
 
-const char* monthName(int month) {
+const char* monthName(int month, bool italian) {
     static constexpr std::array kNames{"January",   "February", "March",    "April",
                                        "May",       "June",     "July",     "August",
                                        "September", "October",  "November", "December"};
-    return kNames.at(static_cast<std::size_t>(month - 1));
+    static constexpr std::array kItalian{"gennaio",   "febbraio", "marzo",    "aprile",
+                                         "maggio",    "giugno",   "luglio",   "agosto",
+                                         "settembre", "ottobre",  "novembre", "dicembre"};
+    const auto place = static_cast<std::size_t>(month - 1);
+    return italian ? kItalian.at(place) : kNames.at(place);
 }
 
-const char* dayName(int dayOfWeek) {
+const char* dayName(int dayOfWeek, bool italian) {
     static constexpr std::array kNames{"Sunday",   "Monday", "Tuesday", "Wednesday",
                                        "Thursday", "Friday", "Saturday"};
-    return kNames.at(static_cast<std::size_t>(dayOfWeek));
+    static constexpr std::array kItalian{"domenica",       "luned\u00EC",  "marted\u00EC",
+                                         "mercoled\u00EC", "gioved\u00EC", "venerd\u00EC",
+                                         "sabato"};
+    const auto place = static_cast<std::size_t>(dayOfWeek);
+    return italian ? kItalian.at(place) : kNames.at(place);
 }
 
 }  // namespace kap::ado::embedded

@@ -59,9 +59,9 @@ inline constexpr int kDefaultDateStyle = 0;
 /// The text of a date in one of the styles of CONVERT; nullopt for a style that is not known.
 [[nodiscard]] std::optional<std::string> dateText(double stored, tsql::SqlType type, int style);
 
-/// English month name from 1.
-[[nodiscard]] const char* monthName(int month);
-/// English day name; 0 is Sunday.
-[[nodiscard]] const char* dayName(int dayOfWeek);
+/// Month name from 1, in English or Italian.
+[[nodiscard]] const char* monthName(int month, bool italian = false);
+/// Day name; 0 is Sunday.
+[[nodiscard]] const char* dayName(int dayOfWeek, bool italian = false);
 
 }  // namespace kap::ado::embedded

@@ -120,6 +120,8 @@ void registerFunctions(sqlite3* connection, ErrorSlot& slot) {
     registerNumberFunctions(registrar);
     registerMathFunctions(registrar);
     registerTextFunctions(registrar);
+    registerSoundFunctions(registrar);
+    registerJoinedTexts(registrar);
     registerPatternFunctions(registrar);
     registerDateFunctions(registrar);
     registerAggregateFunctions(registrar);

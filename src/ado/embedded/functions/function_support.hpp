@@ -82,6 +82,8 @@ void registerConversionFunctions(Registrar& registrar);
 void registerNumberFunctions(Registrar& registrar);
 void registerMathFunctions(Registrar& registrar);
 void registerTextFunctions(Registrar& registrar);
+void registerSoundFunctions(Registrar& registrar);
+void registerJoinedTexts(Registrar& registrar);
 void registerPatternFunctions(Registrar& registrar);
 void registerDateFunctions(Registrar& registrar);
 void registerAggregateFunctions(Registrar& registrar);

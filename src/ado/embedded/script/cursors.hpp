@@ -4,6 +4,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "ado/driver.hpp"
@@ -17,12 +18,17 @@ namespace kap::ado::embedded {
 struct Cursor {
     std::string name;
     bool scroll = false;
+    bool readOnly = false;
+    std::vector<std::string> updatable;  // of FOR UPDATE OF; empty: all columns
     std::shared_ptr<tsql::Statement> query;
     std::shared_ptr<Program> program;  // of the query alone, with the declaring script's names
     std::vector<Value> values;
     bool open = false;
     Result rows;
     std::vector<tsql::TypeSpec> types;
+    // The tables whose rows it shows, with the number of each row; none when it shows no rows as
+    // they are.
+    std::vector<std::pair<std::string, ColumnStore>> rowNumbers;
     std::int64_t position = -1;
 
     [[nodiscard]] std::int64_t count() const {

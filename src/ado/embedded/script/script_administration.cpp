@@ -49,6 +49,9 @@ void ScriptRunner::explain(Frame& frame, Instruction& instruction, std::vector<R
     Result result;
     result.columns = columnInfos({column}, catalogue_);
     ColumnStore& steps = result.rows.emplace_back();
+    for (const std::string& sql : made.merge ? made.merge->find : std::vector<std::string>{}) {
+        steps.appendBytes(sql);
+    }
     for (const std::string& sql : made.sql) {
         if (made.kind == StatementKind::Define) {
             steps.appendBytes(sql);

@@ -1,3 +1,6 @@
+#include <algorithm>
+#include <utility>
+
 #include "ado/embedded/column_info.hpp"
 #include "ado/embedded/functions/convert.hpp"
 #include "ado/embedded/script/running.hpp"
@@ -20,13 +23,16 @@ constexpr std::int32_t kNoMoreRows = -1;
 
 void ScriptRunner::declareCursor(Frame& frame, const tsql::DeclareCursorStatement& node, int line) {
     const std::string key = tsql::asciiLower(node.name);
-    if (cursors_.contains(key)) {
+    Cursors& cursors = node.local ? frame.cursors : cursors_;
+    if (cursors.contains(key)) {
         throw ServerError(16915, "A cursor with the name '" + node.name + "' already exists.",
                           line);
     }
     Cursor cursor;
     cursor.name = node.name;
     cursor.scroll = node.scroll;
+    cursor.readOnly = node.readOnly;
+    cursor.updatable = node.updatable;
     cursor.query = node.query;
     // The variables have the values of now whenever it is opened.
     std::vector<tsql::DeclaredVariable> variables;
@@ -41,27 +47,41 @@ void ScriptRunner::declareCursor(Frame& frame, const tsql::DeclareCursorStatemen
         cursor.program->names().addLocalTable(table);
     }
     cursor.values = frame.values;
-    cursors_.emplace(key, std::move(cursor));
+    cursors.emplace(key, std::move(cursor));
+}
+
+// A script's own cursor comes before a global one of that name.
+const Cursor* ScriptRunner::findCursor(const std::string& name) const {
+    const std::string key = tsql::asciiLower(name);
+    for (const Cursors* cursors : {&std::as_const(state_.frame().cursors), &cursors_}) {
+        const auto found = cursors->find(key);
+        if (found != cursors->end()) return &found->second;
+    }
+    return nullptr;
 }
 
 Cursor& ScriptRunner::requireCursor(const std::string& name, int line) {
-    const auto found = cursors_.find(tsql::asciiLower(name));
-    if (found == cursors_.end()) {
+    const Cursor* cursor = findCursor(name);
+    if (cursor == nullptr) {
         throw ServerError(16916, "A cursor with the name '" + name + "' does not exist.", line);
     }
-    return found->second;
+    return const_cast<Cursor&>(*cursor);
 }
 
-void ScriptRunner::useCursor(Frame& /*frame*/, const tsql::CursorStatement& node, int line) {
+void ScriptRunner::useCursor(Frame& frame, const tsql::CursorStatement& node, int line) {
     Cursor& cursor = requireCursor(node.name, line);
     switch (node.action) {
         case tsql::CursorAction::Deallocate:
-            cursors_.erase(tsql::asciiLower(node.name));
+            if (frame.cursors.erase(tsql::asciiLower(node.name)) == 0) {
+                cursors_.erase(tsql::asciiLower(node.name));
+            }
             return;
         case tsql::CursorAction::Close:
             if (!cursor.open) throw ServerError(16917, "Cursor is not open.", line);
             cursor.open = false;
             cursor.rows = {};
+            cursor.rowNumbers.clear();
+            state_.cursorRows = 0;
             return;
         case tsql::CursorAction::Open:
             break;
@@ -73,15 +93,57 @@ void ScriptRunner::useCursor(Frame& /*frame*/, const tsql::CursorStatement& node
     const Running running(*this, inner);
     const Restored rowLimit(state_.writes.rowLimit);
     Prepared prepared;
-    std::vector<Result> results;
-    statements_.run(prepared, *cursor.query, results);
-    cursor.rows = std::move(results.front());
+    statements_.openCursor(prepared, *cursor.query, cursor.rows);
     cursor.types.clear();
     for (const ResultColumn& column : prepared.translation.columns) {
         cursor.types.push_back(column.type);
     }
+    cursor.rowNumbers.clear();
+    const std::vector<std::string>& tables = prepared.translation.rowTables;
+    const std::size_t own = cursor.types.size() - tables.size();
+    for (std::size_t i = 0; i < tables.size(); ++i) {
+        cursor.rowNumbers.emplace_back(tables[i], std::move(cursor.rows.rows[own + i]));
+    }
+    cursor.types.resize(own);
+    cursor.rows.rows.resize(own);
+    cursor.rows.columns.resize(own);
     cursor.position = -1;
     cursor.open = true;
+    state_.cursorRows = cursor.scroll ? static_cast<std::int32_t>(cursor.count()) : -1;
+}
+
+// What WHERE CURRENT OF stands for: the number of the table's row that was fetched last.
+Value ScriptRunner::currentRow(const std::string& name, const std::string& table,
+                               const std::vector<std::string>& written) const {
+    const Cursor* cursor = findCursor(name);
+    if (cursor == nullptr) {
+        throw ServerError(16916, "A cursor with the name '" + name + "' does not exist.");
+    }
+    if (!cursor->open) throw ServerError(16917, "Cursor is not open.");
+    if (cursor->readOnly || cursor->rowNumbers.empty()) {
+        throw ServerError(16929, "The cursor is READ ONLY.");
+    }
+    const auto rows = std::ranges::find_if(
+        cursor->rowNumbers, [&](const auto& each) { return sameName(each.first, table); });
+    if (rows == cursor->rowNumbers.end()) {
+        throw ServerError(16933,
+                          "The cursor does not include the table being modified or the table is "
+                          "not updatable through the cursor.");
+    }
+    const bool allowed = std::ranges::all_of(written, [&](const std::string& column) {
+        return cursor->updatable.empty() ||
+               std::ranges::any_of(cursor->updatable,
+                                   [&](const std::string& each) { return sameName(each, column); });
+    });
+    if (!allowed) {
+        throw ServerError(16932,
+                          "The cursor has a FOR UPDATE list and the requested column to be updated "
+                          "is not in this list.");
+    }
+    if (cursor->position < 0 || cursor->position >= cursor->count()) {
+        throw ServerError(16931, "There are no rows in the current fetch buffer.");
+    }
+    return cellValue(rows->second, static_cast<std::size_t>(cursor->position), Storage::Integer);
 }
 
 std::int64_t ScriptRunner::fetchTarget(Frame& frame, Instruction& instruction,

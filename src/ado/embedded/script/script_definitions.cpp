@@ -187,6 +187,9 @@ void ScriptRunner::alterTable(Frame& frame, const tsql::AlterTableStatement& nod
         changer.alter(node, frame.program.names(), line);
     } catch (const SqliteError& error) {
         throw explained(connection_, catalogue_, error, {"ALTER TABLE", node.table.last(), {}});
+    } catch (const ServerError&) {
+        state_.followUp = changer.followUp();
+        throw;
     }
     catalogue_.invalidate();
     scope.keep();

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <utility>
 
 #include "ado/embedded/script/script_runner.hpp"
 #include "ado/embedded/violations.hpp"
@@ -11,7 +12,31 @@ namespace {
 constexpr int kLeastCaught = 11;
 constexpr int kMostCaught = 19;
 
+// A definition that fails because of one of its parts is said to fail, too.
+std::optional<tsql::ServerError> endOfDefinition(int number) {
+    switch (number) {
+        case 1767:
+        case 1769:
+        case 1770:
+        case 1776:
+        case 1778:
+        case 1785:
+            return tsql::ServerError(1750, "Could not create constraint. See previous errors.", 0,
+                                     16, 0);
+        case 3728:
+            return tsql::ServerError(3727, "Could not drop constraint. See previous errors.", 0, 16,
+                                     0);
+        default:
+            return std::nullopt;
+    }
+}
+
 }  // namespace
+
+std::optional<tsql::ServerError> ScriptRunner::takeFollowUp(int number) {
+    if (state_.followUp) return std::exchange(state_.followUp, std::nullopt);
+    return endOfDefinition(number);
+}
 
 RaisedError ScriptRunner::raisedBy(const tsql::ServerError& error, int line) const {
     return {error.at(line), state_.frames.empty() ? "" : state_.frame().procedure(),
@@ -52,20 +77,25 @@ std::size_t ScriptRunner::handle(Frame& frame, const RaisedError& raised, std::s
     // What made no sense in this scope is not for its own handlers, but for those of a caller.
     const bool ofThisScope = reach == ErrorReach::Scope && raised.level == state_.frames.size();
     const bool own = !frame.handlers.empty() && !ofThisScope;
+    // Of two messages a handler sees the second.
+    RaisedError last = raised;
+    const auto followUp = takeFollowUp(raised.error.number());
+    if (followUp) last.error = followUp->at(raised.error.line());
     if (caught && own) {
-        state_.error = raised.error.number();
+        state_.error = last.error.number();
         state_.doomed =
             state_.doomed || (reach == ErrorReach::Transaction && transactions_.depth() > 0);
-        frame.handled.push_back(raised);
+        frame.handled.push_back(last);
         const std::size_t handler = frame.handlers.back();
         frame.handlers.pop_back();
         --state_.openTries;
         return handler;
     }
     if (caught && state_.openTries > static_cast<int>(frame.handlers.size())) {
-        throw raised;  // for a handler of a caller
+        throw last;  // for a handler of a caller
     }
     report(raised);
+    if (followUp) report(last);
     switch (reach) {
         case ErrorReach::Statement:
             return at + 1;

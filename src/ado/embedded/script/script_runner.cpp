@@ -287,7 +287,8 @@ void ScriptRunner::checkAhead(Program& program) {
                           (std::holds_alternative<tsql::SelectStatement>(statement->node) ||
                            std::holds_alternative<tsql::InsertStatement>(statement->node) ||
                            std::holds_alternative<tsql::UpdateStatement>(statement->node) ||
-                           std::holds_alternative<tsql::DeleteStatement>(statement->node));
+                           std::holds_alternative<tsql::DeleteStatement>(statement->node) ||
+                           std::holds_alternative<tsql::MergeStatement>(statement->node));
         if (!data || !instruction.parts.empty()) continue;
         try {
             Prepared prepared;

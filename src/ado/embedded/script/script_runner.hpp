@@ -67,7 +67,12 @@ public:
     // Raises DriverError with all messages when one of them is an error.
     static void raiseIfFailed(const std::vector<ServerMessage>& messages);
 
-    [[nodiscard]] const Cursors& cursors() const noexcept { return cursors_; }
+    // The cursor that a name means in what is running, or null.
+    [[nodiscard]] const Cursor* findCursor(const std::string& name) const;
+    // The number of the row of a table on which a cursor stands, for a statement that writes these
+    // columns. Errors 16916, 16917, 16929, 16931, 16932 and 16933.
+    [[nodiscard]] Value currentRow(const std::string& name, const std::string& table,
+                                   const std::vector<std::string>& written) const;
 
 private:
     // Ends everything that was sent; what happened is among the messages.
@@ -96,6 +101,7 @@ private:
     [[nodiscard]] RaisedError raisedBy(const SqliteError& error, const Instruction& instruction);
     [[nodiscard]] std::size_t handle(Frame& frame, const RaisedError& raised, std::size_t at);
     [[nodiscard]] ErrorReach reachIn(const Frame& frame, const RaisedError& raised) const;
+    [[nodiscard]] std::optional<tsql::ServerError> takeFollowUp(int number);
     void report(const RaisedError& raised);
     void report(const tsql::ServerError& message);
     void rollBackAll();
@@ -155,6 +161,11 @@ private:
     void helpText(const std::vector<std::string>& arguments, int line,
                   std::vector<Result>& results);
 
+    // catalogue_procedures.cpp
+    [[nodiscard]] bool executeCatalogue(Frame& frame, Instruction& instruction,
+                                        const tsql::ExecuteStatement& node,
+                                        std::vector<Result>& results);
+
     // script_definitions.cpp
     void createView(const tsql::CreateViewStatement& node, int line);
     void createModule(const tsql::CreateModuleStatement& node, int line);
@@ -162,6 +173,10 @@ private:
     void store(StoredObject object, bool replace, bool mustExist, int line);
     void dropStored(const tsql::DropStatement& node, int line);
     void alterTable(Frame& frame, const tsql::AlterTableStatement& node, int line);
+
+    // script_identities.cpp
+    void checkIdentity(Frame& frame, Instruction& instruction,
+                       const tsql::CheckIdentityStatement& node);
 
     // script_administration.cpp
     void explain(Frame& frame, Instruction& instruction, std::vector<Result>& results);

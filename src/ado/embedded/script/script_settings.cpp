@@ -89,7 +89,7 @@ void ScriptRunner::setOption(Frame& frame, Instruction& instruction,
         constexpr int kMonday = 1;
         constexpr int kSunday = 7;
         state_.dates = {italian ? DateOrder::DayFirst : DateOrder::MonthFirst,
-                        italian ? kMonday : kSunday};
+                        italian ? kMonday : kSunday, italian};
         catalogue_.settingsChanged();
         return;
     }

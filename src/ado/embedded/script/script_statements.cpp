@@ -129,6 +129,8 @@ std::size_t ScriptRunner::runStatement(Frame& frame, Instruction& instruction, s
         backup(textOf(frame, instruction, 0, *copied->file), copied->replace, line);
     } else if (std::holds_alternative<tsql::CheckStatement>(statement.node)) {
         checkDatabase();
+    } else if (const auto* checked = std::get_if<tsql::CheckIdentityStatement>(&statement.node)) {
+        checkIdentity(frame, instruction, *checked);
     } else if (const auto* nothing = std::get_if<tsql::NoEffectStatement>(&statement.node)) {
         note(nothing->what + " has no effect on a database of one file.");
     }

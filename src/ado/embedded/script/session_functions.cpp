@@ -15,7 +15,7 @@
 namespace kap::ado::embedded {
 namespace {
 
-constexpr std::size_t kFunctions = 6;
+constexpr std::size_t kFunctions = 7;
 
 Value valueOf(sqlite3_value* value) {
     switch (sqlite3_value_type(value)) {
@@ -82,6 +82,7 @@ SessionFunctions::SessionFunctions(Connection& connection, SchemaCatalogue& cata
     provide("kap_first", 2, &SessionFunctions::first);
     provide("kap_call", -1, &SessionFunctions::call);
     provide("kap_capturing", 1, &SessionFunctions::capturing);
+    provide("kap_current_row", -1, &SessionFunctions::currentRow);
 }
 
 void SessionFunctions::provide(const char* name, int count, Member member) {
@@ -135,6 +136,15 @@ Value SessionFunctions::capturing(const Arguments& arguments) {
     return std::int64_t{state_.capturing == textAt(arguments, 0) ? 1 : 0};
 }
 
+// kap_current_row(cursor, table, written columns...).
+Value SessionFunctions::currentRow(const Arguments& arguments) {
+    std::vector<std::string> written;
+    for (std::size_t i = 2; i < arguments.size(); ++i) {
+        written.push_back(textAt(arguments, i));
+    }
+    return scripts_.currentRow(textAt(arguments, 0), textAt(arguments, 1), written);
+}
+
 Value SessionFunctions::system(const Arguments& arguments) {
     const auto value = static_cast<SystemValue>(wholeAt(arguments, 0));
     if (value >= SystemValue::ErrorNumber && value <= SystemValue::ErrorProcedure) {
@@ -149,6 +159,7 @@ Value SessionFunctions::system(const Arguments& arguments) {
     if (value == SystemValue::CursorStatus) {
         return cursorStatus(textAt(arguments, 2));
     }
+    if (value >= SystemValue::CursorRows) return ofNames(value, arguments);
     return ofStatement(value, arguments);
 }
 
@@ -278,10 +289,10 @@ Value SessionFunctions::columnUpdated(const std::string& column) const {
 
 // 1 open with rows, 0 open without, -1 closed, -3 not there.
 Value SessionFunctions::cursorStatus(const std::string& name) const {
-    const auto found = scripts_.cursors().find(tsql::asciiLower(name));
-    if (found == scripts_.cursors().end()) return std::int64_t{-3};
-    if (!found->second.open) return std::int64_t{-1};
-    return std::int64_t{found->second.count() > 0 ? 1 : 0};
+    const Cursor* cursor = scripts_.findCursor(name);
+    if (cursor == nullptr) return std::int64_t{-3};
+    if (!cursor->open) return std::int64_t{-1};
+    return std::int64_t{cursor->count() > 0 ? 1 : 0};
 }
 
 }  // namespace kap::ado::embedded

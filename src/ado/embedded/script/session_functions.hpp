@@ -14,7 +14,8 @@ namespace kap::ado::embedded {
 
 // The SQL functions by which translated statements ask their session: kap_system for what it tells
 // of itself, kap_variable and kap_assign for variables that change from row to row, kap_call for
-// stored functions, kap_capturing for the triggers that catch written rows.
+// stored functions, kap_capturing for the triggers that catch written rows, kap_current_row for the
+// row of a cursor.
 class SessionFunctions {
 public:
     SessionFunctions(Connection& connection, SchemaCatalogue& catalogue, Counters& counters,
@@ -40,12 +41,15 @@ private:
     [[nodiscard]] Value first(const Arguments& arguments);
     [[nodiscard]] Value call(const Arguments& arguments);
     [[nodiscard]] Value capturing(const Arguments& arguments);
+    [[nodiscard]] Value currentRow(const Arguments& arguments);
 
     // What kap_system answers, by groups.
     [[nodiscard]] Value ofStatement(SystemValue value, const Arguments& arguments);
     [[nodiscard]] Value ofError(SystemValue value) const;
     [[nodiscard]] Value ofServer(SystemValue value, const Arguments& arguments) const;
     [[nodiscard]] Value ofSchema(SystemValue value, const Arguments& arguments) const;
+    // session_names.cpp
+    [[nodiscard]] Value ofNames(SystemValue value, const Arguments& arguments) const;
     [[nodiscard]] Value columnUpdated(const std::string& column) const;
     [[nodiscard]] Value cursorStatus(const std::string& name) const;
 

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "ado/embedded/functions/date_settings.hpp"
+#include "ado/embedded/script/cursors.hpp"
 #include "ado/embedded/script/program.hpp"
 #include "tsql/server_error.hpp"
 
@@ -49,6 +50,7 @@ struct Frame {
     std::vector<RaisedError> handled;    // by the CATCH blocks that are running
     std::vector<std::string> ownTables;  // temporary tables that end with it
     std::vector<VariableTable> localTables;
+    Cursors cursors;  // LOCAL ones
     std::optional<FiringTrigger> trigger;
     std::optional<Value> returned;
     bool keepsTables = false;  // the batch of a client: its temporary tables are the connection's
@@ -60,6 +62,9 @@ struct SessionState {
     std::int64_t rowCount = 0;
     std::optional<std::int64_t> identity;
     std::int32_t fetchStatus = 0;
+    std::int32_t cursorRows = 0;  // of the cursor that was opened last; -1: not known ahead
+    // What the server says behind the error that is being raised.
+    std::optional<tsql::ServerError> followUp;
     // A transaction in which an error was caught that allows no more than rolling back.
     bool doomed = false;
 

@@ -204,6 +204,16 @@ bool StatementRunner::trySelect(Prepared& prepared, Result& result) {
     return false;
 }
 
+void StatementRunner::openCursor(Prepared& prepared, const tsql::Statement& query, Result& result) {
+    connection_.errorSlot().error.reset();
+    const Transactions::ReadScope scope(transactions_);
+    use(prepared, translateCursor(*std::get<tsql::SelectStatement>(query.node).query,
+                                  state_.frame().program.names()));
+    prepareAll(prepared);
+    result = {};
+    (void)fill(prepared, result, SchemaCheck::NotNeeded);
+}
+
 bool StatementRunner::fill(Prepared& prepared, Result& result, SchemaCheck check) {
     PreparedStatement& rows = *prepared.statements.back();
     bind(prepared.translation, rows);
@@ -271,7 +281,9 @@ void StatementRunner::write(Prepared& prepared, const tsql::Statement& statement
     Transactions::WriteScope scope(
         transactions_, oneRow ? Transactions::Writes::OneRow : Transactions::Writes::Several);
     ensureCurrent(prepared, statement);
-    if (prepared.translation.capture) {
+    if (prepared.translation.merge != nullptr) {
+        merge(prepared.translation, statement, results);
+    } else if (prepared.translation.capture) {
         scope.expectSeveral();
         writeCaught(prepared, statement, results);
     } else {
@@ -279,6 +291,9 @@ void StatementRunner::write(Prepared& prepared, const tsql::Statement& statement
         state_.rowCount = connection_.database().changes();
         noteIdentity(prepared.translation.kind);
         addCount(results);
+    }
+    if (prepared.translation.positioned && state_.rowCount == 0) {
+        throw tsql::ServerError(16947, "No rows were updated or deleted.");
     }
     scope.keep();
 }
@@ -369,7 +384,7 @@ void StatementRunner::writeCaught(Prepared& prepared, const tsql::Statement& sta
     const Capture capture = *made.capture;
     const Table table = tableOf(made);
     const bool firing = capture.forTriggers && fires(table, capture.event);
-    if (!firing && capture.outputSql.empty()) {
+    if (!firing && capture.outputSql.empty() && capture.checks.empty()) {
         runAll(prepared, statement);
         state_.rowCount = connection_.database().changes();
         noteIdentity(made.kind);
@@ -384,6 +399,7 @@ void StatementRunner::writeCaught(Prepared& prepared, const tsql::Statement& sta
     catching(table, [&] { runAll(prepared, statement); });
     const std::int64_t count = connection_.database().changes();
     noteIdentity(made.kind);
+    checkThroughView(made);
     if (!capture.outputSql.empty()) {
         output(made, results);
     }
@@ -395,6 +411,20 @@ void StatementRunner::writeCaught(Prepared& prepared, const tsql::Statement& sta
     state_.rowCount = count;
     if (capture.outputSql.empty() || capture.outputInto) {
         addCount(results);
+    }
+}
+
+// WITH CHECK OPTION: a row must not leave the view through which it is written.
+void StatementRunner::checkThroughView(const Translation& made) {
+    for (const std::string& sql : made.capture->checks) {
+        PreparedStatement hidden(connection_.handle(), sql);
+        bind(made, hidden);
+        if (!hidden.step()) continue;
+        throw tsql::ServerError(
+            550,
+            "The attempted insert or update failed because the target view either specifies WITH "
+            "CHECK OPTION or spans a view that specifies WITH CHECK OPTION and one or more rows "
+            "resulting from the operation did not qualify under the CHECK OPTION constraint.");
     }
 }
 

@@ -52,6 +52,9 @@ public:
 
     // Runs a statement and appends what it answers.
     void run(Prepared& prepared, const tsql::Statement& statement, std::vector<Result>& results);
+    // The rows of a cursor's query. Behind its columns are the numbers of the rows of those tables
+    // that `rowTables` of its translation names.
+    void openCursor(Prepared& prepared, const tsql::Statement& query, Result& result);
     // The value of an expression, of the type that its translation says.
     template <typename Make>
     [[nodiscard]] Value value(Prepared& prepared, const Make& make) {
@@ -99,6 +102,13 @@ private:
                      std::vector<Result>& results);
     void runAll(Prepared& prepared, const tsql::Statement& statement);
     void updateInSteps(const tsql::Statement& statement);
+    void checkThroughView(const Translation& made);
+    // statement_merge.cpp
+    void merge(const Translation& made, const tsql::Statement& statement,
+               std::vector<Result>& results);
+    [[nodiscard]] std::int64_t mergeRows(const Translation& made, bool captures);
+    void fireMerged(const MergePlan& plan, const Table& table, std::vector<Result>& results);
+    void runText(const Translation& made, const std::string& sql);
     void output(const Translation& made, std::vector<Result>& results);
     void noteIdentity(StatementKind kind);
     void addCount(std::vector<Result>& results);

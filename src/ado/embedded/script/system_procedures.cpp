@@ -76,7 +76,7 @@ bool ScriptRunner::executeSystem(Frame& frame, Instruction& instruction,
     } else if (name == "sp_helptext") {
         helpText(textArguments(frame, instruction, node), line, results);
     } else {
-        return false;
+        return executeCatalogue(frame, instruction, node, results);
     }
     state_.error = 0;
     state_.rowCount = 0;

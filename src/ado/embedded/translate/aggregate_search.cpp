@@ -22,6 +22,7 @@ struct Search {
     bool operator()(const tsql::VariableReference&) const { return false; }
     bool operator()(const tsql::ExistsPredicate&) const { return false; }
     bool operator()(const tsql::ScalarSubquery&) const { return false; }
+    bool operator()(const tsql::CurrentOfPredicate&) const { return false; }
     bool operator()(const tsql::UnaryExpression& e) const { return contains(e.operand); }
     bool operator()(const tsql::BinaryExpression& e) const {
         return contains(e.left) || contains(e.right);

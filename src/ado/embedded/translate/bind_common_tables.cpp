@@ -28,6 +28,13 @@ std::string Binder::commonTables(const std::vector<tsql::CommonTable>& tables, S
         sql += (sql.empty() ? "WITH RECURSIVE " : ", ") +
                (isTarget ? targetTable(table, outer) : commonTable(table, outer));
     }
+    if (target != nullptr && commonTarget_.table == nullptr &&
+        findTable(*target, names_) == nullptr) {
+        const View* view = isOwn(*target) ? catalogue().findView(target->last()) : nullptr;
+        if (view != nullptr) {
+            sql += (sql.empty() ? "WITH RECURSIVE " : ", ") + targetView(*view, *target);
+        }
+    }
     return sql.empty() ? sql : sql + " ";
 }
 
@@ -148,18 +155,19 @@ std::string Binder::targetTable(const tsql::CommonTable& table, Scope* outer) {
     const std::string& source = named->alias.empty() ? base->name : named->alias;
     bound.items.push_back({"", Typed::expression(sqlName(source) + "." + rowNumberName(*base),
                                                  {tsql::SqlType::BigInt}, false)});
+    commonTarget_ = {base, numberedName(columns.size()), {}, "", {}};
     for (std::size_t i = 0; i < columns.size(); ++i) {
         if (i < table.columns.size()) columns[i].name = table.columns[i];
+        commonTarget_.columns.emplace_back(columns[i].name, columns[i].value.column);
         columns[i].value = Typed::expression(numberedName(i), columns[i].value.type, true);
     }
-    commonTarget_ = {base, numberedName(columns.size())};
     commonNames_.push_back({table.name, std::move(columns), ""});
     return definition(table.name, bound.items.size(), selectText(bound));
 }
 
 std::optional<BoundSource> Binder::targetSource(const tsql::ObjectName& target) const {
     if (commonTarget_.table == nullptr) return std::nullopt;
-    return commonSource(*findCommon(target), target.last());
+    return commonSource(*findCommon({{target.last()}, target.line}), target.last());
 }
 
 // The innermost one of that name.

@@ -155,6 +155,7 @@ Typed Binder::value(const tsql::Expression& expression, Scope& scope) {
 
 // After grouping an expression may stand that repeats one of GROUP BY, such as a + 1 or year(d).
 std::optional<Typed> Binder::groupedValue(const tsql::Expression& expression, Scope& scope) {
+    if (!scope.groupTexts.empty()) return groupedOfSets(expression, scope);
     const bool simple = std::holds_alternative<tsql::Literal>(expression.node) ||
                         std::holds_alternative<tsql::ColumnReference>(expression.node) ||
                         std::holds_alternative<tsql::ScalarSubquery>(expression.node);

@@ -105,6 +105,7 @@ Typed Binder::node(const FunctionCall& node, int line, Scope& scope) {
     if (auto system = systemFunction(node, line, scope)) return std::move(*system);
     const ScalarFunction* function = findFunction(node.name.last());
     if (function == nullptr) {
+        if (auto grouping = groupingCall(node, line, scope)) return std::move(*grouping);
         refuseWithoutWindow(node, line);
         throw ServerError(195,
                           "'" + node.name.last() + "' is not a recognized built-in function name.",
@@ -149,7 +150,8 @@ Typed Binder::storedFunction(const FunctionCall& call, int line, Scope& scope) {
 }
 
 bool isAggregateName(const tsql::ObjectName& name) {
-    static constexpr const char* kNames[] = {"COUNT", "COUNT_BIG", "SUM", "AVG", "MIN", "MAX"};
+    static constexpr const char* kNames[] = {"COUNT", "COUNT_BIG", "SUM",       "AVG",
+                                             "MIN",   "MAX",       "STRING_AGG"};
     return name.parts.size() == 1 &&
            (isStatisticsName(tsql::asciiLower(name.last())) ||
             std::any_of(std::begin(kNames), std::end(kNames), [&](const char* known) {
@@ -168,6 +170,7 @@ Typed Binder::aggregate(const FunctionCall& call, int line, Scope& scope) {
     const std::string name = tsql::asciiLower(call.name.last());
     if (scope.insideAggregate) throw aggregateOfAggregate(line);
     if (scope.aggregates != AggregateUse::Allowed) aggregateRefused(scope.aggregates, line);
+    if (name == "string_agg") return joinedTexts(call, line, scope);
     const bool counts = name == "count" || name == "count_big";
     const TypeSpec countType = name == "count" ? TypeSpec{SqlType::Int} : TypeSpec{SqlType::BigInt};
     if (call.star && counts) return Typed::expression("count(*)", countType, false);

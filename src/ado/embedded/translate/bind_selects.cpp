@@ -64,6 +64,9 @@ Binder::BoundSelect Binder::select(const tsql::Select& select,
         bound.scope->sources = std::move(source.sources);
         bound.tail = " FROM " + source.sql;
     }
+    if (!select.groupingSets.empty()) {
+        bound.tail += groupingSetsSource(select.groupingSets.size(), !select.from.empty());
+    }
     if (select.where) {
         bound.scope->aggregates = AggregateUse::RefusedInWhere;
         bound.tail += " WHERE " + condition(*select.where, *bound.scope);
@@ -86,6 +89,7 @@ Binder::BoundSelect Binder::select(const tsql::Select& select,
 
 void Binder::grouping(const tsql::Select& select, BoundSelect& bound) {
     std::string list;
+    std::vector<Typed> groups;
     bound.scope->aggregates = AggregateUse::RefusedInGroupBy;
     for (const auto& expression : select.groupBy) {
         const Typed value = this->value(*expression, *bound.scope);
@@ -99,7 +103,9 @@ void Binder::grouping(const tsql::Select& select, BoundSelect& bound) {
         }
         list += (list.empty() ? " GROUP BY " : ", ") + collated(value);
         bound.scope->groups.push_back(value.sql);
+        if (!select.groupingSets.empty()) groups.push_back(value);
     }
+    if (!select.groupingSets.empty()) list = groupingSets(select, *bound.scope, groups);
     // HAVING alone makes one group of all rows; SQLite has to be told where no aggregate in the
     // list says so.
     if (list.empty() && select.having && !hasAggregateItem(select)) list = " GROUP BY NULL";
@@ -124,6 +130,9 @@ void Binder::selectItems(const tsql::Select& select, BoundSelect& bound, int lin
             // Each column has to stand in GROUP BY.
             for (std::size_t i = first; i < bound.items.size(); ++i) {
                 (void)resolveColumn({{bound.items[i].name}, item.line}, *bound.scope);
+            }
+            if (!select.groupingSets.empty()) {
+                throw tsql::unsupported("SELECT * with several grouping sets", line);
             }
             continue;
         }

@@ -46,6 +46,8 @@ constexpr std::array kVariables = std::to_array<SystemVariable>({
     {"@@datefirst", SystemValue::DateFirst, {SqlType::TinyInt}},
     {"@@lock_timeout", SystemValue::LockTimeout, kInt},
     {"@@options", SystemValue::Options, kInt},
+    {"@@cursor_rows", SystemValue::CursorRows, kInt},
+    {"@@language", SystemValue::Language, kNameType},
 });
 
 // How an argument goes to the session.
@@ -66,6 +68,15 @@ constexpr TypeSpec kMessageType{SqlType::NVarChar, kMessageLength};
 constexpr std::array kFunctions = std::to_array<SystemFunction>({
     {"scope_identity", 0, 0, Takes::Nothing, SystemValue::ScopeIdentity, kIdentityType},
     {"ident_current", 1, 1, Takes::Text, SystemValue::IdentityOfTable, kIdentityType},
+    {"ident_seed", 1, 1, Takes::Text, SystemValue::IdentitySeed, kIdentityType, true},
+    {"ident_incr", 1, 1, Takes::Text, SystemValue::IdentityIncrement, kIdentityType, true},
+    {"db_id", 0, 1, Takes::Text, SystemValue::DatabaseId, {SqlType::SmallInt}},
+    {"databasepropertyex", 2, 2, Takes::TwoTexts, SystemValue::DatabaseProperty, kNameType},
+    {"schema_id", 0, 1, Takes::Text, SystemValue::SchemaId, kInt},
+    {"type_id", 1, 1, Takes::Text, SystemValue::TypeId, kInt, true},
+    {"type_name", 1, 1, Takes::Number, SystemValue::TypeName, kNameType, true},
+    {"object_definition", 1, 1, Takes::Number, SystemValue::ObjectDefinition, kMessageType, true},
+    {"trigger_nestlevel", 0, 3, Takes::Number, SystemValue::TriggerLevel, kInt},
     {"error_number", 0, 0, Takes::Nothing, SystemValue::ErrorNumber, kInt},
     {"error_message", 0, 0, Takes::Nothing, SystemValue::ErrorMessage, kMessageType},
     {"error_severity", 0, 0, Takes::Nothing, SystemValue::ErrorSeverity, kInt},
@@ -73,7 +84,7 @@ constexpr std::array kFunctions = std::to_array<SystemFunction>({
     {"error_line", 0, 0, Takes::Nothing, SystemValue::ErrorLine, kInt},
     {"error_procedure", 0, 0, Takes::Nothing, SystemValue::ErrorProcedure, kNameType},
     {"xact_state", 0, 0, Takes::Nothing, SystemValue::TransactionState, {SqlType::SmallInt}},
-    {"db_name", 0, 1, Takes::Number, SystemValue::DatabaseName, kNameType},
+    {"db_name", 0, 1, Takes::Number, SystemValue::DatabaseNameOf, kNameType},
     {"user_name", 0, 1, Takes::Number, SystemValue::UserName, kNameType},
     {"schema_name", 0, 1, Takes::Number, SystemValue::UserName, kNameType},
     {"suser_name", 0, 1, Takes::Number, SystemValue::LoginName, kNameType},

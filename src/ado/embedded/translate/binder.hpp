@@ -46,8 +46,9 @@ struct BoundSource {
 ///
 /// One class, one room (source file) for each part of the language: bind_constants.cpp,
 /// bind_expressions.cpp, bind_operators.cpp, bind_comparisons.cpp, bind_conditions.cpp,
-/// bind_functions.cpp and its tables, bind_windows.cpp, bind_system_values.cpp, bind_queries.cpp,
-/// bind_unions.cpp, bind_selects.cpp, bind_order.cpp, bind_sources.cpp, bind_common_tables.cpp. All
+/// bind_functions.cpp and its tables, bind_string_agg.cpp, bind_windows.cpp,
+/// bind_system_values.cpp, bind_queries.cpp, bind_unions.cpp, bind_selects.cpp, bind_groups.cpp,
+/// bind_order.cpp, bind_sources.cpp, bind_common_tables.cpp, bind_views.cpp, bind_cursors.cpp. All
 /// throw tsql::ServerError with a line.
 class Binder {
 public:
@@ -103,14 +104,30 @@ public:
     /// numbers of the rows of the table behind it.
     [[nodiscard]] std::string commonTables(const std::vector<tsql::CommonTable>& tables,
                                            Scope* outer, const tsql::ObjectName* target = nullptr);
+    /// The query of a cursor through which rows may be written: where it allows that, the numbers
+    /// of the rows of its tables follow its columns, and `tables` names these tables.
+    [[nodiscard]] BoundQuery cursorQuery(const tsql::Query& query,
+                                         std::vector<std::string>& tables);
     /// How often a common table may read itself; 0: no limit.
     void limitRecursion(int levels) { maxRecursion_ = levels; }
     /// The table behind that common table, and the column that holds the numbers of its rows.
     struct CommonTarget {
         const Table* table = nullptr;
         std::string rowNumber;
+        /// What the columns are in the table behind; null for those that are computed.
+        std::vector<std::pair<std::string, const Column*>> columns;
+        std::string view;  ///< its name; empty for a common table of the statement
+        /// Each answers a row when something written does not show in a view that wants it to.
+        std::vector<std::string> checks;
     };
     [[nodiscard]] const CommonTarget& commonTarget() const { return commonTarget_; }
+    /// The column that an assignment means. Errors: 207, and 4406 for one that a view computes.
+    [[nodiscard]] const Column& targetColumn(const Table& table,
+                                             const tsql::ObjectName& name) const;
+    /// Which columns a statement writes, where its target turns out to be a view of several tables.
+    void writesColumns(std::vector<std::string> names) { writtenColumns_ = std::move(names); }
+    /// The table that a view shows as it is, for INSERT: like the target of UPDATE, without rows.
+    void insertThrough(const View& view, const tsql::ObjectName& name);
     /// The common table as a source, when it is the target.
     [[nodiscard]] std::optional<BoundSource> targetSource(const tsql::ObjectName& target) const;
     /// The values of a select list over sources that stand in `scope`.
@@ -162,6 +179,19 @@ private:
                                        const Typed& right, int line) const;
     [[nodiscard]] Typed joined(const Typed& left, const Typed& right, int line) const;
 
+    // bind_groups.cpp
+    [[nodiscard]] std::optional<Typed> groupedOfSets(const tsql::Expression& expression,
+                                                     Scope& scope);
+    [[nodiscard]] std::optional<Typed> groupingCall(const tsql::FunctionCall& call, int line,
+                                                    Scope& scope);
+    [[nodiscard]] static std::string groupingSets(const tsql::Select& select, Scope& scope,
+                                                  const std::vector<Typed>& groups);
+
+    // bind_views.cpp
+    [[nodiscard]] std::string targetView(const View& view, const tsql::ObjectName& name);
+    [[nodiscard]] const Table& writtenTable(const View& view, int line,
+                                            const std::vector<Source>& sources) const;
+
     // bind_conditions.cpp
     [[nodiscard]] std::string test(const tsql::UnaryExpression& node, int line, Scope& scope);
     [[nodiscard]] std::string test(const tsql::Comparison& node, int line, Scope& scope);
@@ -172,6 +202,7 @@ private:
     [[nodiscard]] std::string test(const tsql::LikePredicate& node, int line, Scope& scope);
     [[nodiscard]] std::string test(const tsql::NullPredicate& node, int line, Scope& scope);
     [[nodiscard]] std::string test(const tsql::ExistsPredicate& node, int line, Scope& scope);
+    [[nodiscard]] std::string test(const tsql::CurrentOfPredicate& node, int line, Scope& scope);
     template <typename Value>
     [[nodiscard]] std::string test(const Value& node, int line, Scope& scope);
     [[nodiscard]] std::string inQuery(const tsql::InPredicate& node, int line, Scope& scope);
@@ -183,6 +214,9 @@ private:
     [[nodiscard]] Typed average(const Typed& argument, bool distinct, int line) const;
     [[nodiscard]] Typed statistics(const std::string& name, const Typed& argument, bool distinct,
                                    int line) const;
+
+    // bind_string_agg.cpp
+    [[nodiscard]] Typed joinedTexts(const tsql::FunctionCall& call, int line, Scope& scope);
 
     [[nodiscard]] Typed storedFunction(const tsql::FunctionCall& call, int line, Scope& scope);
 
@@ -260,6 +294,7 @@ private:
     const Names& names_;
     std::vector<CommonName> commonNames_;
     CommonTarget commonTarget_;
+    std::vector<std::string> writtenColumns_;
     int maxRecursion_ = tsql::kMaxRecursion;
     std::vector<const View*> openViews_;  // being read, to refuse one that reads itself
     std::vector<int> usedVariables_;
@@ -283,6 +318,9 @@ struct Binder::BoundSelect {
     std::vector<std::string> orderTerms;  ///< what `order` holds, term by term
     bool grouped = false;
 };
+
+/// The rows that number the grouping sets, to be joined with the rows that are grouped.
+[[nodiscard]] std::string groupingSetsSource(std::size_t count, bool joins);
 
 /// True when an aggregate function stands in the expression, outside subqueries.
 [[nodiscard]] bool containsAggregate(const tsql::Expression& expression);

@@ -9,6 +9,8 @@ namespace {
 
 // Numbers the caught rows, the same before and after an update.
 constexpr const char* kRowColumn = "\"kap row\"";
+// The number of the row in its table.
+constexpr const char* kTargetColumn = "\"kap target\"";
 
 std::string tableText(const Table& table, RowState state) {
     return "temp." + sqlName(capturedRows(table, state).name);
@@ -34,8 +36,8 @@ std::string trigger(const Table& table, const char* event, const std::string& bo
 std::string caught(const Table& table, RowState state) {
     const std::string row = state == RowState::Inserted ? "NEW" : "OLD";
     // Within a trigger a table has no schema before its name; temporary ones are found first.
-    return "INSERT INTO " + sqlName(capturedRows(table, state).name) + " VALUES (NULL" +
-           columnsOf(table, row) + ");";
+    return "INSERT INTO " + sqlName(capturedRows(table, state).name) + " VALUES (NULL, " + row +
+           "." + rowNumberName(table) + columnsOf(table, row) + ");";
 }
 
 // Rows of OUTPUT INTO are brought to the columns of their table.
@@ -102,7 +104,7 @@ std::vector<std::string> makeCapture(const Table& table) {
             if (tsql::isText(column.type.type)) columns += " COLLATE KAP_CI";
         }
         sql.push_back("CREATE TABLE " + tableText(table, state) + " (" + kRowColumn +
-                      " INTEGER PRIMARY KEY" + columns + ")");
+                      " INTEGER PRIMARY KEY, " + kTargetColumn + columns + ")");
     }
     sql.push_back(trigger(table, "INSERT", caught(table, RowState::Inserted)));
     sql.push_back(trigger(table, "UPDATE",
@@ -142,13 +144,19 @@ std::optional<Capture> captureFor(const Table& table, tsql::TriggerEvents event,
                 " AS \"deleted\"";
         if (event == tsql::kOnUpdate) from += std::string(" USING (") + kRowColumn + ")";
     }
-    const std::vector<OutputColumn> items = binder.itemValues(output->items, scope);
+    addOutput(capture, *output, scope, from + " ORDER BY " + kRowColumn, binder);
+    return capture;
+}
+
+void addOutput(Capture& capture, const tsql::OutputClause& output, Scope& scope,
+               const std::string& from, Binder& binder) {
+    const std::vector<OutputColumn> items = binder.itemValues(output.items, scope);
     std::string list;
     for (std::size_t i = 0; i < items.size(); ++i)
         list += (i == 0 ? "" : ", ") + items[i].value.sql + " AS " + numberedName(i);
-    const std::string rows = "SELECT " + list + " FROM " + from + " ORDER BY " + kRowColumn;
-    capture.outputInto = output->into.has_value();
-    capture.outputSql = capture.outputInto ? insertOutput(*output, items, rows, binder) : rows;
+    const std::string rows = "SELECT " + list + " FROM " + from;
+    capture.outputInto = output.into.has_value();
+    capture.outputSql = capture.outputInto ? insertOutput(output, items, rows, binder) : rows;
     for (const OutputColumn& item : items) {
         ResultColumn column;
         column.name = item.name;
@@ -156,7 +164,6 @@ std::optional<Capture> captureFor(const Table& table, tsql::TriggerEvents event,
         column.nullable = item.value.nullable;
         capture.columns.push_back(std::move(column));
     }
-    return capture;
 }
 
 }  // namespace kap::ado::embedded

@@ -10,7 +10,9 @@
 /// Catching the rows that a statement writes, for triggers and for OUTPUT.
 ///
 /// SQLite's own triggers, kept in the connection's temporary schema, copy the rows before and after
-/// the change into two tables beside the written one. They work only while the session says so.
+/// the change into two tables beside the written one: "kap row" numbers them, the same before and
+/// after an update, and "kap target" is the number of the row in its table. They work only while
+/// the session says so.
 namespace kap::ado::embedded {
 
 enum class RowState { Inserted, Deleted };
@@ -27,5 +29,9 @@ enum class RowState { Inserted, Deleted };
 [[nodiscard]] std::optional<Capture> captureFor(const Table& table, tsql::TriggerEvents event,
                                                 const std::optional<tsql::OutputClause>& output,
                                                 Binder& binder);
+
+/// Lets OUTPUT answer rows: `from` brings them, with what stands in `scope`.
+void addOutput(Capture& capture, const tsql::OutputClause& output, Scope& scope,
+               const std::string& from, Binder& binder);
 
 }  // namespace kap::ado::embedded

@@ -23,6 +23,14 @@ std::string namedPart(const ScalarCall& call) {
             155, "'" + std::string(word) + "' is not a recognized " + call.name() + " option.",
             call.line, 15);
     }
+    const bool counts = call.name() == "dateadd" || call.name() == "datediff";
+    if (counts && *part == DatePart::IsoWeek) {
+        throw tsql::ServerError(9810,
+                                "The datepart " + std::string(word) +
+                                    " is not supported by date function " + call.name() +
+                                    " for data type datetime.",
+                                call.line);
+    }
     return partCode(*part);
 }
 

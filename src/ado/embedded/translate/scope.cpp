@@ -90,6 +90,10 @@ const SourceColumn& resolveColumn(const ObjectName& name, const Scope& scope) {
             qualified ? findQualified(name, *level) : findUnqualified(name, *level);
         if (found == nullptr) continue;
         checkGrouped(found->value, name, *level);
+        if (level != &scope && level->grouped && !level->groupTexts.empty()) {
+            throw tsql::unsupported("a group of several grouping sets within a subquery",
+                                    name.line);
+        }
         return *found;
     }
     if (!qualified) throw invalidColumn(name);

@@ -43,6 +43,10 @@ struct Scope {
     /// then.
     bool grouped = false;
     std::vector<std::string> groups;  ///< the SQL of the GROUP BY expressions
+    /// Of several grouping sets: what each of `groups` is once rows are grouped, null in the sets
+    /// that leave it out; and whether it is left out, 1 or 0.
+    std::vector<std::string> groupTexts;
+    std::vector<std::string> groupsLeftOut;
     const char* groupedClause = "select list";
     /// Where column names may not stand at all (defaults of columns, rows of VALUES): error 128.
     bool columnsRefused = false;

@@ -49,6 +49,17 @@ std::string rowNumberName(const Table& table) {
     throw tsql::unsupported("a table with columns rowid, _rowid_ and oid", 0);
 }
 
+void addChecks(Translation& translation, const Binder& binder) {
+    const std::vector<std::string>& checks = binder.commonTarget().checks;
+    if (checks.empty()) return;
+    if (!translation.capture) translation.capture.emplace();
+    translation.capture->checks = checks;
+}
+
+bool isPositioned(const tsql::ExpressionPtr& where) {
+    return where != nullptr && std::holds_alternative<tsql::CurrentOfPredicate>(where->node);
+}
+
 TargetRows bindTarget(Binder& binder, const tsql::ObjectName& target,
                       const std::vector<tsql::TableSourcePtr>& from,
                       const tsql::ExpressionPtr& where, const std::optional<tsql::TopClause>& top,
@@ -58,13 +69,18 @@ TargetRows bindTarget(Binder& binder, const tsql::ObjectName& target,
     const Source* found = findTarget(target, bound.sources);
     if (found != nullptr) {
         rows.table = found->table;
-        if (rows.table == nullptr) {
+        const Binder::CommonTarget& common = binder.commonTarget();
+        if (rows.table == nullptr && common.table != nullptr) {
+            rows.table = common.table;
+            rows.rowNumber = sqlName(found->name) + "." + common.rowNumber;
+        } else if (rows.table == nullptr) {
             throw ServerError(4406,
                               "Update or delete of view or function '" + target.text() +
                                   "' failed because it is a derived table.",
                               target.line);
+        } else {
+            rows.rowNumber = sqlName(found->name) + "." + rowNumberName(*rows.table);
         }
-        rows.rowNumber = sqlName(found->name) + "." + rowNumberName(*rows.table);
     } else if (auto common = binder.targetSource(target)) {
         rows.table = binder.commonTarget().table;
         rows.rowNumber = sqlName(target.last()) + "." + binder.commonTarget().rowNumber;

@@ -17,6 +17,8 @@ namespace kap::ado::embedded {
                                           const Names& names, Constants constants);
 [[nodiscard]] Translation translateDelete(const tsql::DeleteStatement& statement,
                                           const Names& names, Constants constants);
+[[nodiscard]] Translation translateMerge(const tsql::MergeStatement& statement, int line,
+                                         const Names& names);
 [[nodiscard]] Translation translateTruncate(const tsql::TruncateStatement& statement,
                                             const Names& names);
 [[nodiscard]] Translation translateCreate(const tsql::CreateTableStatement& statement, int line,
@@ -38,6 +40,37 @@ namespace kap::ado::embedded {
 [[nodiscard]] std::string identityCall(const std::string& table);
 /// A value for an identity column that the statement itself gives.
 [[nodiscard]] std::string givenIdentity(const Table& table, const std::string& value);
+
+/// A column with the text of the value that an UPDATE gives it.
+struct BoundAssignment {
+    const Column* column;
+    std::string value;
+};
+
+/// The assignments of an UPDATE, whose target is the first source of `scope`. Errors of columns
+/// that cannot be assigned.
+[[nodiscard]] std::vector<BoundAssignment> bindAssignments(const tsql::UpdateStatement& statement,
+                                                           const Table& table, Binder& binder,
+                                                           Scope& scope);
+/// ", column = next version" for a table with row versions, else empty.
+[[nodiscard]] std::string rowVersionAssignment(const Table& table);
+
+/// The columns that an INSERT names, or all that it may give values when it names none.
+[[nodiscard]] std::vector<const Column*> insertedColumns(const tsql::InsertStatement& statement,
+                                                         const Table& table, const Binder& binder,
+                                                         int line);
+/// Errors 271 and 544 for columns that the table fills itself.
+void checkAssignable(const std::vector<const Column*>& columns, const Table& table,
+                     bool identityGiven, int line);
+/// Errors 109, 110 and 213 when there are not as many values as columns.
+void checkCount(std::size_t given, std::size_t wanted, bool listed, int line);
+/// Error 273 for a value that is given for a row version.
+[[noreturn]] void explicitRowVersion(int line);
+
+/// Lets what is written through a view be checked where the view wants it.
+void addChecks(Translation& translation, const Binder& binder);
+/// Whether WHERE names the row of a cursor.
+[[nodiscard]] bool isPositioned(const tsql::ExpressionPtr& where);
 
 /// A name by which SQLite knows the row's number and that no column of the table hides.
 [[nodiscard]] std::string rowNumberName(const Table& table);

@@ -48,6 +48,18 @@ enum class SystemValue {
     ColumnUpdated,
     CursorStatus,
     Options,
+    CursorRows,
+    Language,
+    IdentitySeed,
+    IdentityIncrement,
+    DatabaseId,
+    DatabaseNameOf,
+    DatabaseProperty,
+    SchemaId,
+    TypeId,
+    TypeName,
+    ObjectDefinition,
+    TriggerLevel,
 };
 
 /// @@name. Error 137 for one that does not exist.

@@ -220,6 +220,22 @@ Typed quoteName(ScalarCall& call) {
     return value;
 }
 
+Typed soundCode(ScalarCall& call) {
+    return result(call, callText("kap_soundex", call.text(0)), {SqlType::VarChar, 4});
+}
+
+Typed soundDifference(ScalarCall& call) {
+    return result(call, callText("kap_difference", call.text(0), call.text(1)), {SqlType::Int});
+}
+
+Typed namePart(ScalarCall& call) {
+    constexpr int kNameLength = 128;
+    Typed value = result(call, callText("kap_parsename", call.text(0), call.integer(1)),
+                         {SqlType::NVarChar, kNameLength});
+    value.nullable = true;
+    return value;
+}
+
 constexpr std::array kFunctions = std::to_array<ScalarFunction>({
     {"upper", 1, 1, sameText<kUpper>},
     {"lower", 1, 1, sameText<kLower>},
@@ -245,6 +261,9 @@ constexpr std::array kFunctions = std::to_array<ScalarFunction>({
     {"unicode", 1, 1, firstUnit},
     {"concat", 2, -1, concatenated},
     {"quotename", 1, 2, quoteName},
+    {"soundex", 1, 1, soundCode},
+    {"difference", 2, 2, soundDifference},
+    {"parsename", 2, 2, namePart},
 });
 
 }  // namespace

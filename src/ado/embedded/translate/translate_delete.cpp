@@ -48,6 +48,7 @@ Translation translateDelete(const tsql::DeleteStatement& statement, const Names&
     result.table = table->name;
     result.temporary = table->temporary;
     result.capture = captureFor(*table, tsql::kOnDelete, statement.output, binder);
+    result.positioned = isPositioned(statement.where);
     binder.finish(result);
     return result;
 }

@@ -14,11 +14,10 @@ namespace {
 
 // Columns that take values from the statement, in its order.
 std::vector<const Column*> namedColumns(const InsertStatement& statement, const Table& table,
-                                        int line) {
+                                        const Binder& binder, int line) {
     std::vector<const Column*> columns;
     for (const std::string& name : statement.columns) {
-        const Column* column = table.find(name);
-        if (column == nullptr) throw ServerError(207, "Invalid column name '" + name + "'.", line);
+        const Column* column = &binder.targetColumn(table, {{name}, line});
         if (std::find(columns.begin(), columns.end(), column) != columns.end()) {
             throw ServerError(
                 264,
@@ -37,12 +36,27 @@ std::vector<const Column*> namedColumns(const InsertStatement& statement, const 
 }
 
 // Without a list the values are for all columns but the identity and the computed ones.
-std::vector<const Column*> allColumns(const Table& table) {
+std::vector<const Column*> allColumns(const Table& table, const Binder& binder, int line) {
     std::vector<const Column*> columns;
+    if (binder.commonTarget().table == &table) {
+        for (const auto& [shown, column] : binder.commonTarget().columns) {
+            const Column& own = binder.targetColumn(table, {{shown}, line});
+            if (!own.identity && !own.computed) columns.push_back(&own);
+        }
+        return columns;
+    }
     for (const Column& column : table.columns) {
         if (!column.identity && !column.computed) columns.push_back(&column);
     }
     return columns;
+}
+
+}  // namespace
+
+std::vector<const Column*> insertedColumns(const InsertStatement& statement, const Table& table,
+                                           const Binder& binder, int line) {
+    return statement.columns.empty() ? allColumns(table, binder, line)
+                                     : namedColumns(statement, table, binder, line);
 }
 
 void checkAssignable(const std::vector<const Column*>& columns, const Table& table,
@@ -63,7 +77,7 @@ void checkAssignable(const std::vector<const Column*>& columns, const Table& tab
     }
 }
 
-[[noreturn]] void explicitRowVersion(int line) {
+void explicitRowVersion(int line) {
     throw ServerError(
         273,
         "Cannot insert an explicit value into a timestamp column. Use INSERT with a column list to "
@@ -93,6 +107,19 @@ void checkCount(std::size_t given, std::size_t wanted, bool listed, int line) {
         line, 15);
 }
 
+namespace {
+
+// The table of that name, or the one behind a view.
+const Table& insertTarget(const InsertStatement& statement, Binder& binder) {
+    const tsql::ObjectName& name = statement.table;
+    const bool view = findTable(name, binder.names()) == nullptr && isOwn(name);
+    const View* found = view ? binder.catalogue().findView(name.last()) : nullptr;
+    if (found == nullptr) return requireTable(name, binder.names());
+    binder.writesColumns(statement.columns);
+    binder.insertThrough(*found, name);
+    return *binder.commonTarget().table;
+}
+
 void checkSelectCount(std::size_t given, std::size_t wanted, bool listed, int line) {
     if (given == wanted) return;
     if (!listed) checkCount(given, wanted, listed, line);
@@ -114,11 +141,11 @@ public:
         : statement_(statement),
           line_(line),
           binder_(names, constants),
-          table_(requireTable(statement.table, names)) {}
+          table_(insertTarget(statement, binder_)) {}
 
     Translation write() {
         const bool listed = !statement_.columns.empty();
-        columns_ = listed ? namedColumns(statement_, table_, line_) : allColumns(table_);
+        columns_ = insertedColumns(statement_, table_, binder_, line_);
         const bool mayGive = sameName(binder_.names().settings().identityInsert, table_.name);
         if (mayGive) requireIdentity(listed);
         checkAssignable(columns_, table_, mayGive, line_);
@@ -134,6 +161,7 @@ public:
         result.sql.push_back(with + "INSERT INTO " + tableSql(table_.name, table_.temporary) +
                              columnList() + source);
         result.capture = captureFor(table_, tsql::kOnInsert, statement_.output, binder_);
+        addChecks(result, binder_);
         binder_.finish(result);
         return result;
     }

@@ -13,11 +13,6 @@ using tsql::UpdateStatement;
 
 namespace {
 
-struct BoundAssignment {
-    const Column* column;
-    std::string value;
-};
-
 void checkUpdatable(const Column& column, int line) {
     if (column.isRowVersion()) throw ServerError(272, "Cannot update a timestamp column.", line);
     if (column.computed) {
@@ -73,6 +68,8 @@ void addVariables(const UpdateStatement& statement, const Table& table, Binder& 
     }
 }
 
+}  // namespace
+
 std::vector<BoundAssignment> bindAssignments(const UpdateStatement& statement, const Table& table,
                                              Binder& binder, Scope& scope) {
     const Replaced place(scope.aggregates, AggregateUse::RefusedInSet);
@@ -81,8 +78,7 @@ std::vector<BoundAssignment> bindAssignments(const UpdateStatement& statement, c
         if (assignment.column.parts.empty()) continue;
         const std::string& name = assignment.column.last();
         const int line = assignment.column.line;
-        const Column* column = table.find(name);
-        if (column == nullptr) throw ServerError(207, "Invalid column name '" + name + "'.", line);
+        const Column* column = &binder.targetColumn(table, assignment.column);
         checkUpdatable(*column, line);
         const bool repeated =
             std::any_of(result.begin(), result.end(),
@@ -119,6 +115,8 @@ std::string rowVersionAssignment(const Table& table) {
     return found == table.columns.end() ? ""
                                         : ", " + sqlName(found->name) + " = " + rowVersionCall();
 }
+
+namespace {
 
 std::string plainUpdate(const UpdateStatement& statement, const Table& table, Binder& binder) {
     Scope scope;
@@ -167,6 +165,14 @@ std::optional<std::string> plainly(const UpdateStatement& statement, const Names
     return sql;
 }
 
+std::vector<std::string> assignedNames(const UpdateStatement& statement) {
+    std::vector<std::string> names;
+    for (const Assignment& each : statement.assignments) {
+        if (!each.column.parts.empty()) names.push_back(each.column.last());
+    }
+    return names;
+}
+
 // "a" = kap_unpack("a"), ...
 std::string unpacked(const std::vector<BoundAssignment>& assignments) {
     std::string list;
@@ -182,6 +188,7 @@ std::string unpacked(const std::vector<BoundAssignment>& assignments) {
 Translation translateUpdateInSteps(const UpdateStatement& statement, const Names& names) {
     Binder binder(names);
     binder.limitRecursion(statement.maxRecursion);
+    binder.writesColumns(assignedNames(statement));
     const std::string with = binder.commonTables(statement.commonTables, nullptr, &statement.table);
     Scope scope;
     const TargetRows rows =
@@ -215,8 +222,9 @@ Translation translateUpdate(const UpdateStatement& statement, const Names& names
     result.kind = StatementKind::Update;
     result.writes = true;
     binder.limitRecursion(statement.maxRecursion);
-    const std::string with = binder.commonTables(statement.commonTables, nullptr, &statement.table);
     const Table* table = findTable(statement.table, names);
+    if (table == nullptr) binder.writesColumns(assignedNames(statement));
+    const std::string with = binder.commonTables(statement.commonTables, nullptr, &statement.table);
     std::optional<std::string> plain;
     if (table != nullptr) plain = plainly(statement, names, *table, binder);
     if (plain) {
@@ -232,6 +240,8 @@ Translation translateUpdate(const UpdateStatement& statement, const Names& names
     result.table = table->name;
     result.temporary = table->temporary;
     result.capture = captureFor(*table, tsql::kOnUpdate, statement.output, binder);
+    addChecks(result, binder);
+    result.positioned = isPositioned(statement.where);
     binder.finish(result);
     return result;
 }

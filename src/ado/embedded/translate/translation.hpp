@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -16,10 +17,11 @@ enum class StatementKind {
     Insert,
     Update,
     Delete,
+    Merge,
     Define,  ///< changes the schema
 };
 
-/// INSERT, UPDATE or DELETE; empty for what writes no rows.
+/// INSERT, UPDATE, DELETE or MERGE; empty for what writes no rows.
 [[nodiscard]] inline const char* verbOf(StatementKind kind) {
     switch (kind) {
         case StatementKind::Insert:
@@ -28,6 +30,8 @@ enum class StatementKind {
             return "UPDATE";
         case StatementKind::Delete:
             return "DELETE";
+        case StatementKind::Merge:
+            return "MERGE";
         default:
             return "";
     }
@@ -66,6 +70,28 @@ struct Capture {
     std::string outputSql;              ///< reads the rows of OUTPUT; empty: none
     bool outputInto = false;            ///< `outputSql` writes them into a table
     std::vector<ResultColumn> columns;  ///< of OUTPUT without INTO
+    /// Each answers a row when something written does not show in a view that wants it to.
+    std::vector<std::string> checks;
+};
+
+/// One action of a MERGE on the rows that were found for it.
+struct MergeStep {
+    std::uint8_t event = 0;            ///< a TriggerEvents
+    std::string sql;                   ///< writes them
+    std::string keep;                  ///< sets what was caught of them aside
+    std::vector<std::string> columns;  ///< that an UPDATE assigns
+};
+
+/// A MERGE: every row and its new values are found first, so that no action sees what another one
+/// has written.
+struct MergePlan {
+    std::vector<std::string> make;    ///< the tables of found and of written rows
+    std::vector<std::string> find;    ///< the rows of each action
+    std::string repeated;             ///< answers a row when a row of the target was found twice
+    std::string limit;                ///< of TOP: leaves so many of the found rows; empty without
+    std::vector<MergeStep> steps;     ///< deletes, then updates, then inserts
+    std::vector<std::string> refill;  ///< the caught rows of one event: ?1 is the action's name
+    std::vector<std::string> remove;  ///< the tables
 };
 
 /// A table being created: what SQLite's schema cannot tell (identities, names of keys) and what it
@@ -110,6 +136,10 @@ struct Translation {
     int firstConstant = 0;         ///< the slot of the first of them
     std::vector<int> assigned;     ///< of an Assign: the slot that each column goes to
     std::optional<Capture> capture;
+    std::shared_ptr<const MergePlan> merge;
+    /// Of a cursor: the tables whose row numbers are the last of `columns`.
+    std::vector<std::string> rowTables;
+    bool positioned = false;        ///< WHERE CURRENT OF: it must find its row
     std::optional<Value> constant;  ///< of an Assign of one column: its value, known already
     bool readsSchema = false;       ///< the text holds what the schema was when it was made
     int line = 1;                   ///< of the statement, within the script

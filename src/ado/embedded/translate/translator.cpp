@@ -24,6 +24,9 @@ struct Dispatch {
     Translation operator()(const tsql::DeleteStatement& statement) const {
         return translateDelete(statement, names, constants);
     }
+    Translation operator()(const tsql::MergeStatement& statement) const {
+        return translateMerge(statement, line, names);
+    }
     Translation operator()(const tsql::TruncateStatement& statement) const {
         return translateTruncate(statement, names);
     }
@@ -84,6 +87,7 @@ bool isTranslated(const tsql::Statement& statement) {
     return std::holds_alternative<tsql::SelectStatement>(statement.node) ||
            std::holds_alternative<tsql::UpdateStatement>(statement.node) ||
            std::holds_alternative<tsql::DeleteStatement>(statement.node) ||
+           std::holds_alternative<tsql::MergeStatement>(statement.node) ||
            std::holds_alternative<tsql::TruncateStatement>(statement.node) ||
            std::holds_alternative<tsql::CreateTableStatement>(statement.node) ||
            std::holds_alternative<tsql::CreateIndexStatement>(statement.node);
@@ -97,6 +101,24 @@ Translation translate(const tsql::Statement& statement, const Names& names, Cons
         throw error.at(statement.line);
     }
     result.line = statement.line;
+    return result;
+}
+
+Translation translateCursor(const tsql::Query& query, const Names& names) {
+    Binder binder(names);
+    Translation result;
+    BoundQuery bound;
+    try {
+        bound = binder.cursorQuery(query, result.rowTables);
+    } catch (const tsql::ServerError& error) {
+        throw error.at(query.line);
+    }
+    result.kind = StatementKind::Select;
+    result.sql.push_back(std::move(bound.sql));
+    for (const OutputColumn& column : bound.columns)
+        result.columns.push_back(resultColumn(column));
+    result.line = query.line;
+    binder.finish(result);
     return result;
 }
 

@@ -23,6 +23,9 @@ namespace kap::ado::embedded {
 [[nodiscard]] Translation translateUpdateInSteps(const tsql::UpdateStatement& statement,
                                                  const Names& names);
 
+/// The query of a cursor through which rows may be written; see Translation::rowTables.
+[[nodiscard]] Translation translateCursor(const tsql::Query& query, const Names& names);
+
 /// The value of an expression, brought to a type: an Assign of one column.
 [[nodiscard]] Translation translateValue(const tsql::Expression& expression,
                                          const tsql::TypeSpec& type, const Names& names);

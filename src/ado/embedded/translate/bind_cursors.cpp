@@ -1,0 +1,59 @@
+#include <algorithm>
+
+#include "ado/embedded/translate/binder.hpp"
+#include "ado/embedded/translate/statements.hpp"
+
+// Cursors through which rows may be written.
+namespace kap::ado::embedded {
+
+namespace {
+
+// Rows that stand for several rows, or for those of a part of them, cannot be written through.
+bool showsRows(const tsql::Query& query) {
+    const auto* select =
+        query.terms.size() == 1 ? std::get_if<tsql::Select>(&query.terms.front().node) : nullptr;
+    if (select == nullptr || select->distinct || select->having || select->from.empty() ||
+        !select->groupBy.empty() || query.offset) {
+        return false;
+    }
+    return !select->top || (!select->top->percent && !select->top->withTies);
+}
+
+}  // namespace
+
+BoundQuery Binder::cursorQuery(const tsql::Query& query, std::vector<std::string>& tables) {
+    tables.clear();
+    if (!showsRows(query)) return this->query(query, nullptr, QueryPlace::Whole);
+    if (!query.commonTables.empty()) limitRecursion(query.maxRecursion);
+    const std::string with = commonTables(query.commonTables, nullptr);
+    BoundSelect bound = term(query.terms.front(), query.orderBy, nullptr);
+    bound.order = orderText(query.orderBy, bound);
+    for (const Source& source : bound.scope->sources) {
+        if (bound.grouped || source.table == nullptr) continue;
+        if (std::ranges::find(tables, source.table->name) != tables.end()) continue;
+        tables.push_back(source.table->name);
+        bound.items.push_back(
+            {"", Typed::expression(sqlName(source.name) + "." + rowNumberName(*source.table),
+                                   {tsql::SqlType::BigInt}, true)});
+    }
+    return {with + selectText(bound), std::move(bound.items)};
+}
+
+// The session knows where the cursor stands.
+std::string Binder::test(const tsql::CurrentOfPredicate& node, int line, Scope& scope) {
+    const auto target = std::ranges::find_if(
+        scope.sources, [](const Source& source) { return source.table != nullptr; });
+    if (target == scope.sources.end()) {
+        throw tsql::ServerError(16933,
+                                "The cursor does not include the table being modified or the "
+                                "table is not updatable through the cursor.",
+                                line);
+    }
+    std::string arguments = sqlText(node.cursor) + ", " + sqlText(target->table->name);
+    for (const std::string& column : node.columns)
+        arguments += ", " + sqlText(column);
+    return sqlName(target->name) + "." + rowNumberName(*target->table) + " = " +
+           callText("kap_current_row", arguments);
+}
+
+}  // namespace kap::ado::embedded
