@@ -57,11 +57,22 @@ Statement::Node Parser::withStatement() {
     return SelectStatement{query()};
 }
 
+// The rows that a trigger sees are not to be written.
+ObjectName Parser::writtenName() {
+    ObjectName result = tableName();
+    const bool seen = inTrigger_ && result.parts.size() == 1 &&
+                      (equalsIgnoringCase(result.last(), "inserted") ||
+                       equalsIgnoringCase(result.last(), "deleted"));
+    if (!seen) return result;
+    throw ServerError(286, "The logical tables INSERTED and DELETED cannot be updated.",
+                      result.line);
+}
+
 InsertStatement Parser::insertStatement() {
     InsertStatement result;
     result.top = optionalTop();
     acceptKeyword("INTO");
-    result.table = tableName();
+    result.table = writtenName();
     tableHints();
     if (atOperator("(") && !atQuery()) result.columns = nameList();
     result.output = outputClause();
@@ -118,7 +129,7 @@ Assignment Parser::assignment() {
 UpdateStatement Parser::updateStatement() {
     UpdateStatement result;
     result.top = optionalTop();
-    result.table = tableName();
+    result.table = writtenName();
     tableHints();
     expectKeyword("SET");
     do {
@@ -150,7 +161,7 @@ DeleteStatement Parser::deleteStatement() {
     DeleteStatement result;
     result.top = optionalTop();
     acceptKeyword("FROM");
-    result.table = tableName();
+    result.table = writtenName();
     tableHints();
     result.output = outputClause();
     if (atKeyword("FROM")) result.from = fromClause();

@@ -30,6 +30,7 @@ ExpressionPtr Parser::value() {
 ExpressionPtr Parser::condition() {
     ExpressionPtr result = disjunction(Place::Condition);
     if (!result->isPredicate()) {
+        if (atOperator("*=")) outerJoinOperator();
         throw ServerError(4145,
                           "An expression of non-boolean type specified in a context where a "
                           "condition is expected, near '" +
@@ -203,6 +204,10 @@ ExpressionPtr Parser::wordExpression() {
     if (atKeyword("IDENTITY") && atOperator("(", 1)) return identityCall();
     if (atKeyword("IIF") && atOperator("(", 1)) return iifCall();
     if (atKeyword("CHOOSE") && atOperator("(", 1)) return chooseCall();
+    if (atKeyword("IDENTITYCOL")) {
+        const int line = next().line;
+        return make(ColumnReference{{{"$IDENTITY"}, line}}, line);
+    }
     // Reserved words that are functions: they name nothing else.
     for (const char* function : {"LEFT", "RIGHT", "COALESCE", "NULLIF", "UPDATE"}) {
         if (!atKeyword(function)) continue;

@@ -171,6 +171,7 @@ Statement::Node Parser::createTrigger(Making making) {
         expectKeyword("REPLICATION");
     }
     expectKeyword("AS");
+    inTrigger_ = true;
     result.body = restOfBatch();
     return result;
 }

@@ -15,7 +15,8 @@ Script Parser::script() {
     while (acceptOperator(";")) {
     }
     // The first statement of a batch may be a procedure's name alone.
-    if (atName() && !atOperator(":", 1)) {
+    const bool switches = atKeyword("TRIGGER", 1);
+    if (atName() && !atOperator(":", 1) && !switches) {
         const int line = peek().line;
         result.push_back({procedureCall(), line});
     }

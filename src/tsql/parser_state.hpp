@@ -86,6 +86,7 @@ private:
     std::string name();
     ObjectName objectName();
     ObjectName tableName();
+    ObjectName writtenName();
     std::string variable();
     std::string parameterMark();  // the name of the variable that holds its value
     std::string newVariable();
@@ -125,6 +126,7 @@ private:
     std::vector<ExpressionPtr> valueList();
 
     // Predicates.
+    [[noreturn]] void outerJoinOperator() const;
     ExpressionPtr comparison(ExpressionPtr left, ComparisonOperator op);
     ExpressionPtr quantified(ExpressionPtr left, ComparisonOperator op, int line);
     ExpressionPtr negatablePredicate(ExpressionPtr left);
@@ -296,6 +298,7 @@ private:
     int nesting_ = 0;                    // of the rules being read
     int deepest_ = 0;  // depth of the deepest expression or source made in the present query
     int loops_ = 0;    // WHILE around the present statement
+    bool inTrigger_ = false;
     bool aliasNullable_ = true;  // of the alias type that was read last
 };
 

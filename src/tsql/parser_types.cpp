@@ -114,6 +114,11 @@ TypeSpec Parser::type(const std::string& owner, int ordinal) {
         if (equalsIgnoringCase(word.word, typeName.last()))
             return sizedType(word.spec, owner, ordinal);
     }
+    if (equalsIgnoringCase(typeName.last(), "sysname")) {
+        constexpr int kNameLength = 128;
+        aliasNullable_ = false;
+        return {SqlType::NVarChar, kNameLength};
+    }
     if (options_.aliasType) {
         if (const auto alias = options_.aliasType(typeName.last())) {
             aliasNullable_ = alias->nullable;

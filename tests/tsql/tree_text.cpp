@@ -1,3 +1,4 @@
+// length: one text for each node of the language, each a few lines
 #include "tree_text.hpp"
 
 #include "tsql/parser.hpp"

@@ -89,12 +89,19 @@ std::string tableOf(std::string_view columns, const WriteContext& context) {
     return std::string(columns.substr(0, columns.find('.')));
 }
 
+// With its database and owner; a table variable has none, and lies in a table with a longer name.
+std::string fullName(const std::string& table, const WriteContext& context) {
+    if (table.starts_with('@')) return table.substr(0, table.find('/'));
+    if (table.starts_with('#')) return "tempdb.dbo." + table;
+    return context.database.empty() ? table : context.database + ".dbo." + table;
+}
+
 ServerError nullRefused(const SqliteError& error, const WriteContext& context) {
     const std::string_view failed = failedColumns(error.what());
     const std::string table = tableOf(failed, context);
     return {kNullRefused,
             "Cannot insert the value NULL into column '" +
-                std::string(withoutTable(failed, table)) + "', table '" + table +
+                std::string(withoutTable(failed, table)) + "', table '" + fullName(table, context) +
                 "'; column does not allow nulls. " +
                 (context.verb.empty() ? "INSERT" : context.verb) + " fails.",
             0, 16, 2};

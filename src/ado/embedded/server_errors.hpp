@@ -28,6 +28,8 @@ struct WriteContext {
     std::string verb;     // "INSERT" or "UPDATE"; empty when nothing was written
     std::string table;    // the table written
     std::string keyName;  // of the key that was violated; empty: as the table's keys are named
+    std::vector<std::string> columns = {};  // that an UPDATE assigns
+    std::string database = {};              // the name that it goes by; empty: not known
 };
 
 // An error or message with the server's number, as clients see it.

@@ -3,6 +3,7 @@
 #include <array>
 #include <utility>
 
+#include "ado/embedded/key_views.hpp"
 #include "ado/embedded/object_ids.hpp"
 #include "ado/embedded/schema_catalogue.hpp"
 #include "tsql/text.hpp"
@@ -222,6 +223,13 @@ std::int64_t scaleOf(const TypeSpec& type) {
     return type.type == SqlType::DateTime ? kDateTimeScale : type.scale;
 }
 
+// The number of the constraint that holds a column's default; 0 without one.
+Value defaultId(const Table& table, const Column& column) {
+    if (!column.defaultSql || column.computed) return number(0);
+    const std::string made = "DF_" + table.name + "_" + column.name;
+    return number(objectId(column.defaultName.empty() ? made : column.defaultName));
+}
+
 SystemRows columnRows(const SchemaCatalogue& catalogue, bool modern) {
     SystemRows view;
     if (modern) {
@@ -229,12 +237,12 @@ SystemRows columnRows(const SchemaCatalogue& catalogue, bool modern) {
             {"object_id", kInt},          {"name", kName},        {"column_id", kInt},
             {"system_type_id", kTinyInt}, {"user_type_id", kInt}, {"max_length", kSmallInt},
             {"precision", kTinyInt},      {"scale", kTinyInt},    {"is_nullable", kBit},
-            {"is_identity", kBit},        {"is_computed", kBit}};
+            {"is_identity", kBit},        {"is_computed", kBit},  {"default_object_id", kInt}};
     } else {
         view.columns = {{"id", kInt},           {"name", kName},          {"colid", kSmallInt},
                         {"xtype", kTinyInt},    {"xusertype", kSmallInt}, {"length", kSmallInt},
                         {"prec", kSmallInt},    {"scale", kInt},          {"isnullable", kInt},
-                        {"colstat", kSmallInt}, {"iscomputed", kInt}};
+                        {"colstat", kSmallInt}, {"iscomputed", kInt},     {"cdefault", kInt}};
     }
     for (const Table* table : catalogue.tables()) {
         std::int64_t ordinal = 0;
@@ -244,7 +252,7 @@ SystemRows columnRows(const SchemaCatalogue& catalogue, bool modern) {
                                  number(typeId(column.type.type)), number(bytesOf(column.type)),
                                  number(precisionOf(column.type)), number(scaleOf(column.type)),
                                  flag(column.nullable), flag(column.identity.has_value()),
-                                 flag(column.computed)});
+                                 flag(column.computed), defaultId(*table, column)});
         }
     }
     return view;
@@ -508,7 +516,7 @@ std::optional<SystemRows> SchemaCatalogue::systemRows(const tsql::ObjectName& na
         const bool older = owner == "sys" && view.owner.empty();
         if (view.name == last && (view.owner == owner || older)) return view.rows(*this);
     }
-    return std::nullopt;
+    return keyView(*this, owner, last);
 }
 
 }  // namespace kap::ado::embedded

@@ -239,8 +239,14 @@ void TableChanger::dropConstraints(const Table& table, const tsql::AlterTableSta
             continue;
         }
         if (dropLaterKey(table, name)) continue;
+        // A default that was not named has the name under which it is listed.
         const auto column = std::ranges::find_if(text.elements(), [&](const auto& element) {
-            return !element.constraint && sameName(defaultNameOf(element.text), name);
+            if (element.constraint) return false;
+            const std::string given = defaultNameOf(element.text);
+            const Column* own = table.find(element.name);
+            const bool unnamed =
+                given.empty() && own != nullptr && own->defaultSql && !own->computed;
+            return sameName(unnamed ? "DF_" + table.name + "_" + element.name : given, name);
         });
         if (column != text.elements().end()) {
             TableText::Element* changed = text.column(column->name);

@@ -108,8 +108,11 @@ ServerError explained(Connection& connection, const SchemaCatalogue& catalogue,
         case SQLITE_CONSTRAINT_PRIMARYKEY:
             return duplicate(catalogue, error, context);
         default:
-            return connection.explain(error, context);
+            break;
     }
+    WriteContext named = context;
+    named.database = catalogue.databaseName();
+    return connection.explain(error, named);
 }
 
 ServerError duplicateRows(const std::string& table, const std::string& index) {
@@ -174,7 +177,15 @@ ServerError ForeignKeySearch::search(const WriteContext& context) const {
 ServerError ForeignKeySearch::violated(const WriteContext& context,
                                        const ConstraintInfo& key) const {
     const bool same = sameName(key.table, key.parent);
-    const bool child = sameName(key.table, context.table) && context.verb != "DELETE";
+    // An update of other columns than those that refer has moved what is referred to.
+    const bool refers = context.columns.empty() ||
+                        std::ranges::any_of(context.columns, [&](const std::string& written) {
+                            return std::ranges::any_of(key.columns, [&](const std::string& own) {
+                                return sameName(own, written);
+                            });
+                        });
+    const bool child =
+        sameName(key.table, context.table) && context.verb != "DELETE" && (refers || !same);
     const std::string kind =
         std::string(child ? "FOREIGN KEY" : "") +
         (same ? (child ? " SAME TABLE" : "SAME TABLE REFERENCE") : (child ? "" : "REFERENCE"));

@@ -222,12 +222,14 @@ TEST_F(RowChangerTest, RefusesNumbersThatAreTooLarge) {
 TEST_F(RowChangerTest, RefusesNullInANotNullColumn) {
     const ServerMessage error = insertionRefusal(null("n"));
     EXPECT_EQ(error.nativeNumber, 515);
-    EXPECT_EQ(error.text,
-              "Cannot insert the value NULL into column 'n', table 't'; column does not allow "
-              "nulls. INSERT fails.");
-    EXPECT_EQ(refusalOf(change(RowChange::Kind::Update, {null("n")}, {integer("id", 1)})).text,
-              "Cannot insert the value NULL into column 'n', table 't'; column does not allow "
-              "nulls. UPDATE fails.");
+    EXPECT_EQ(
+        error.text,
+        "Cannot insert the value NULL into column 'n', table 'memory.dbo.t'; column does not allow "
+        "nulls. INSERT fails.");
+    EXPECT_EQ(
+        refusalOf(change(RowChange::Kind::Update, {null("n")}, {integer("id", 1)})).text,
+        "Cannot insert the value NULL into column 'n', table 'memory.dbo.t'; column does not allow "
+        "nulls. UPDATE fails.");
 }
 
 TEST_F(RowChangerTest, RefusesWhatTheDatabaseSetsItself) {

@@ -92,13 +92,15 @@ TEST(EmbeddedSession, NullIntoANotNullColumnIsError515) {
     EXPECT_EQ(error.nativeNumber, 515);
     EXPECT_EQ(error.number, errors::kIntegrity);
     EXPECT_EQ(error.state, "23000");
-    EXPECT_EQ(error.text,
-              "Cannot insert the value NULL into column 'a', table 't'; column does not allow "
-              "nulls. INSERT fails.");
+    EXPECT_EQ(
+        error.text,
+        "Cannot insert the value NULL into column 'a', table 'memory.dbo.t'; column does not allow "
+        "nulls. INSERT fails.");
     (void)session->execute("INSERT INTO t VALUES (1, 1)");
-    EXPECT_EQ(errorOf(*session, "UPDATE t SET a = NULL").text,
-              "Cannot insert the value NULL into column 'a', table 't'; column does not allow "
-              "nulls. UPDATE fails.");
+    EXPECT_EQ(
+        errorOf(*session, "UPDATE t SET a = NULL").text,
+        "Cannot insert the value NULL into column 'a', table 'memory.dbo.t'; column does not allow "
+        "nulls. UPDATE fails.");
 }
 
 TEST(EmbeddedSession, ADuplicateKeyIsError2627) {

@@ -97,6 +97,7 @@ std::string plainAmount(std::string_view text) {
 
 std::int64_t bitFromText(const std::string& text, std::string_view word, const TypeSpec& from,
                          const TypeSpec& to) {
+    if (word.empty()) return 0;
     if (tsql::equalsIgnoringCase(word, "true")) return 1;
     if (tsql::equalsIgnoringCase(word, "false")) return 0;
     const auto number = parseScaled(word);

@@ -63,21 +63,21 @@ std::pair<std::size_t, std::size_t> window(std::int64_t start, std::int64_t coun
 
 // kap_substring(text, start, count)
 Value substring(const Arguments& arguments) {
-    if (arguments.integer(2) < 0) invalidLength("substring");
+    if (arguments.integer(2) < 0) invalidLength("LEFT or SUBSTRING");
     const auto [first, count] = window(arguments.integer(1), arguments.integer(2));
     return std::string(unitSlice(arguments.text(0), first, count));
 }
 
 // kap_subbytes(bytes, start, count)
 Value subbytes(const Arguments& arguments) {
-    if (arguments.integer(2) < 0) invalidLength("substring");
+    if (arguments.integer(2) < 0) invalidLength("LEFT or SUBSTRING");
     const auto [first, count] = window(arguments.integer(1), arguments.integer(2));
     const Blob blob = arguments.blob(0);
     return Blob{blob.bytes.substr(std::min(first, blob.bytes.size()), count)};
 }
 
 Value left(const Arguments& arguments) {
-    if (arguments.integer(1) < 0) invalidLength("left");
+    if (arguments.integer(1) < 0) invalidLength("LEFT or SUBSTRING");
     return std::string(unitSlice(arguments.text(0), 0, size(arguments.integer(1))));
 }
 

@@ -33,7 +33,7 @@ constexpr const char* kColumns =
     "DATA_TYPE + CASE WHEN columnproperty(object_id(TABLE_NAME), COLUMN_NAME, 'IsIdentity') = 1 "
     "THEN ' identity' ELSE '' END) AS TYPE_NAME, convert(int, isnull(NUMERIC_PRECISION, CASE "
     "DATA_TYPE WHEN 'bit' THEN 1 WHEN 'datetime' THEN 23 WHEN 'smalldatetime' THEN 16 WHEN 'date' "
-    "THEN 10 ELSE CHARACTER_MAXIMUM_LENGTH END)) AS PRECISION, convert(int, CASE DATA_TYPE WHEN "
+    "THEN 10 ELSE CHARACTER_MAXIMUM_LENGTH END)) AS [PRECISION], convert(int, CASE DATA_TYPE WHEN "
     "'int' THEN 4 WHEN 'smallint' THEN 2 WHEN 'tinyint' THEN 1 WHEN 'bigint' THEN 8 WHEN 'bit' "
     "THEN "
     "1 WHEN 'money' THEN 21 WHEN 'smallmoney' THEN 12 WHEN 'float' THEN 8 WHEN 'real' THEN 4 WHEN "

@@ -1,3 +1,6 @@
+#include <algorithm>
+#include <array>
+
 #include "ado/embedded/column_info.hpp"
 #include "ado/embedded/functions/convert.hpp"
 #include "ado/embedded/script/running.hpp"
@@ -82,6 +85,7 @@ void ScriptRunner::executeModule(Frame& frame, Instruction& instruction,
     const Restored noCount(state_.noCount);
     const Restored abortOnError(state_.abortOnError);
     const Restored rowLimit(state_.writes.rowLimit);
+    const int depth = transactions_.depth();
     runCalled(called, results);
     const std::int32_t error = state_.error;
     const std::int64_t rowCount = state_.rowCount;
@@ -103,6 +107,37 @@ void ScriptRunner::executeModule(Frame& frame, Instruction& instruction,
     }
     state_.error = error;
     state_.rowCount = rowCount;
+    if (transactions_.depth() == depth) return;
+    throw ServerError(266,
+                      "Transaction count after EXECUTE indicates a mismatching number of BEGIN and "
+                      "COMMIT statements. Previous count = " +
+                          tsql::integerText(depth) +
+                          ", current count = " + tsql::integerText(transactions_.depth()) + ".",
+                      instruction.line, 16, 2);
+}
+
+// A value that the parameter cannot take, in the words that the server has for arguments.
+Value ScriptRunner::argumentValue(Frame& frame, Instruction& instruction, std::size_t part,
+                                  const tsql::Expression& value, const tsql::TypeSpec& type) {
+    try {
+        return evaluate(frame, instruction, part, value, type);
+    } catch (const ServerError& error) {
+        constexpr std::array kNotConverted{241, 245, 295};
+        if (std::ranges::find(kNotConverted, error.number()) == kNotConverted.end()) throw;
+        const auto* literal = std::get_if<tsql::Literal>(&value.node);
+        const auto* named = std::get_if<tsql::VariableReference>(&value.node);
+        const Variable* variable =
+            named == nullptr ? nullptr : frame.program.names().variable(named->name);
+        const bool national =
+            literal != nullptr && literal->kind == tsql::LiteralKind::NationalText;
+        const SqlType given = variable != nullptr ? variable->type.type
+                              : national          ? SqlType::NVarChar
+                                                  : SqlType::VarChar;
+        throw ServerError(8114,
+                          std::string("Error converting data type ") + tsql::typeName(given) +
+                              " to " + tsql::typeName(type.type) + ".",
+                          instruction.line, 16, 5);
+    }
 }
 
 // Arguments by name or by place; what is left out has the parameter's default.
@@ -145,7 +180,7 @@ void ScriptRunner::bindArguments(Frame& frame, Instruction& instruction,
                               instruction.line);
         }
         called.values[place] =
-            evaluate(frame, instruction, i, *argument.value, parameters[place].type);
+            argumentValue(frame, instruction, i, *argument.value, parameters[place].type);
         given[place] = true;
     }
     for (std::size_t i = 0; i < parameters.size(); ++i) {

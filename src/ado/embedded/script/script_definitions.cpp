@@ -165,6 +165,12 @@ void ScriptRunner::dropStored(const tsql::DropStatement& node, int line) {
         for (const StoredObject& object : catalogue_.objects()) {
             there = there || (object.kind == kind && sameName(object.name, name.last()));
         }
+        if (!there && kind == StoredKind::View && catalogue_.find(name.last()) != nullptr) {
+            throw ServerError(3705,
+                              "Cannot use DROP VIEW with '" + name.text() + "' because '" +
+                                  name.text() + "' is a table. Use DROP TABLE.",
+                              line);
+        }
         if (!there && node.ifExists) continue;
         if (!there) {
             throw ServerError(3701,

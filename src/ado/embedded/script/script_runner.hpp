@@ -141,6 +141,8 @@ private:
     void executeText(const std::string& text, std::vector<Result>& results);
     void executeModule(Frame& frame, Instruction& instruction, const tsql::ExecuteStatement& node,
                        const std::shared_ptr<const Module>& module, std::vector<Result>& results);
+    [[nodiscard]] Value argumentValue(Frame& frame, Instruction& instruction, std::size_t part,
+                                      const tsql::Expression& value, const tsql::TypeSpec& type);
     void bindArguments(Frame& frame, Instruction& instruction, const tsql::ExecuteStatement& node,
                        const Module& module, Frame& called);
     void runCalled(Frame& called, std::vector<Result>& results);

@@ -204,16 +204,6 @@ bool StatementRunner::trySelect(Prepared& prepared, Result& result) {
     return false;
 }
 
-void StatementRunner::openCursor(Prepared& prepared, const tsql::Statement& query, Result& result) {
-    connection_.errorSlot().error.reset();
-    const Transactions::ReadScope scope(transactions_);
-    use(prepared, translateCursor(*std::get<tsql::SelectStatement>(query.node).query,
-                                  state_.frame().program.names()));
-    prepareAll(prepared);
-    result = {};
-    (void)fill(prepared, result, SchemaCheck::NotNeeded);
-}
-
 bool StatementRunner::fill(Prepared& prepared, Result& result, SchemaCheck check) {
     PreparedStatement& rows = *prepared.statements.back();
     bind(prepared.translation, rows);
@@ -315,6 +305,22 @@ bool canGoInSteps(const SqliteError& error, const tsql::Statement& statement, co
 
 }  // namespace
 
+namespace {
+
+std::vector<std::string> assignedColumns(const tsql::Statement& statement) {
+    std::vector<std::string> names;
+    if (const auto* update = std::get_if<tsql::UpdateStatement>(&statement.node)) {
+        for (const tsql::Assignment& each : update->assignments) {
+            if (!each.column.parts.empty()) {
+                names.push_back(each.column.last());
+            }
+        }
+    }
+    return names;
+}
+
+}  // namespace
+
 void StatementRunner::runAll(Prepared& prepared, const tsql::Statement& statement) {
     bool inSteps = false;
     const auto run = [&] {
@@ -334,7 +340,7 @@ void StatementRunner::runAll(Prepared& prepared, const tsql::Statement& statemen
             if (error.code() != SQLITE_CONSTRAINT_FOREIGNKEY) throw;
             const Translation& made = prepared.translation;
             throw ForeignKeySearch(connection_, catalogue_)
-                .find({verbOf(made.kind), made.table, {}}, run);
+                .find({verbOf(made.kind), made.table, {}, assignedColumns(statement)}, run);
         }
     };
     try {
@@ -361,22 +367,6 @@ void StatementRunner::addCount(std::vector<Result>& results) {
     }
     results.emplace_back().rowsAffected = state_.rowCount;
 }
-
-namespace {
-
-std::vector<std::string> assignedColumns(const tsql::Statement& statement) {
-    std::vector<std::string> names;
-    if (const auto* update = std::get_if<tsql::UpdateStatement>(&statement.node)) {
-        for (const tsql::Assignment& each : update->assignments) {
-            if (!each.column.parts.empty()) {
-                names.push_back(each.column.last());
-            }
-        }
-    }
-    return names;
-}
-
-}  // namespace
 
 void StatementRunner::writeCaught(Prepared& prepared, const tsql::Statement& statement,
                                   std::vector<Result>& results) {

@@ -192,6 +192,13 @@ void ScriptRunner::renameObject(const std::vector<std::string>& arguments, int l
         const std::string table = point == std::string::npos ? "" : object.substr(0, point);
         changer.renameColumn(plainName(table), plainName(object), newName, line);
     } else if (kind == "OBJECT") {
+        if (catalogue_.find(plainName(object)) == nullptr) {
+            throw ServerError(
+                15225,
+                "No item by the name of '" + object + "' could be found in the current database '" +
+                    catalogue_.databaseName() + "', given that @itemtype was input as '(null)'.",
+                line, 11);
+        }
         changer.renameTable(plainName(object), newName, line);
     } else {
         throw tsql::unsupported("sp_rename of " + kind, line);

@@ -168,7 +168,7 @@ BoundSource Binder::querySource(BoundQuery bound, const std::vector<std::string>
 }
 
 BoundSource Binder::commonSource(const CommonName& common, const std::string& name) const {
-    Source result{name, nullptr, {}};
+    Source result{name, nullptr, {}, common.name};
     for (std::size_t i = 0; i < common.columns.size(); ++i) {
         Typed value = common.columns[i].value;
         value.sql = sqlName(name) + "." + numberedName(i);

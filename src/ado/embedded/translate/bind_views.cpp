@@ -87,7 +87,10 @@ const Table& Binder::writtenTable(const View& view, int line,
         for (const std::string& name : writtenColumns_) {
             const auto column = std::ranges::find_if(
                 columns, [&](const OutputColumn& each) { return sameName(each.name, name); });
-            if (column != columns.end()) take(column->value.table);
+            if (column == columns.end()) {
+                throw ServerError(207, "Invalid column name '" + name + "'.", line);
+            }
+            take(column->value.table);
         }
     }
     if (found != nullptr) return *found;

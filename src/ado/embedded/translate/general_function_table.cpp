@@ -30,11 +30,12 @@ Typed coalesce(ScalarCall& call) {
                                 call.line);
     }
     std::string sql;
-    bool nullable = true;
+    // As the server has it, COALESCE is null where any of its arguments can be; ISNULL is not.
+    bool nullable = false;
     for (const Typed& argument : call.arguments) {
         const Typed converted = call.binder.convertTo(argument, *type, call.line);
         sql += (sql.empty() ? "" : ", ") + converted.sql;
-        nullable = nullable && converted.nullable;
+        nullable = nullable || converted.nullable;
     }
     return Typed::expression("coalesce(" + sql + ")", *type, nullable);
 }

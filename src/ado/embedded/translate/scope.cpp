@@ -21,9 +21,15 @@ bool meansSource(const ObjectName& name, std::size_t parts, const Source& source
 }
 
 const SourceColumn* findIn(const Source& source, const std::string& name) {
-    const auto found =
+    auto found =
         std::find_if(source.columns.begin(), source.columns.end(),
                      [&](const SourceColumn& column) { return sameName(column.name, name); });
+    if (found == source.columns.end() && sameName(name, "$identity")) {
+        found = std::find_if(
+            source.columns.begin(), source.columns.end(), [](const SourceColumn& column) {
+                return column.value.column != nullptr && column.value.column->identity.has_value();
+            });
+    }
     return found == source.columns.end() ? nullptr : &*found;
 }
 

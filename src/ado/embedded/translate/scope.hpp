@@ -21,6 +21,7 @@ struct Source {
     std::string name;
     const Table* table = nullptr;  ///< null for a query
     std::vector<SourceColumn> columns;
+    std::string common = {};  ///< the common table or written view that it reads; empty: none
 };
 
 /// Whether an aggregate function may stand at a place; where not, the error says why.

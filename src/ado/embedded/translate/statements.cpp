@@ -18,7 +18,8 @@ const Source* findTarget(const tsql::ObjectName& target, const std::vector<Sourc
     }
     const Source* found = nullptr;
     for (const Source& source : sources) {
-        if (source.table == nullptr || !sameName(source.table->name, target.last())) continue;
+        const std::string& own = source.table != nullptr ? source.table->name : source.common;
+        if (!sameName(own, target.last())) continue;
         if (found != nullptr) {
             throw ServerError(8154, "The table '" + target.text() + "' is ambiguous.", target.line,
                               15);

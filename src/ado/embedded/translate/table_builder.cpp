@@ -316,8 +316,15 @@ void TableBuilder::addCheck(const tsql::CheckConstraint& check) {
 
 void TableBuilder::addForeignKey(const tsql::ForeignKey& key) {
     std::vector<std::string> columns;
-    for (const std::string& name : key.columns)
+    for (const std::string& name : key.columns) {
+        if (table().find(name) == nullptr) {
+            throw ServerError(1769,
+                              "Foreign key '" + key.name + "' references invalid column '" + name +
+                                  "' in referencing table '" + table().name + "'.",
+                              key.line);
+        }
         columns.push_back(requireColumn(name, key.line).name);
+    }
     // As on the server, temporary tables hold no references.
     if (table().temporary) return;
     const bool self = isOwn(key.parent) && sameName(key.parent.last(), table().name);
@@ -334,6 +341,14 @@ void TableBuilder::addForeignKey(const tsql::ForeignKey& key) {
                           "Number of referencing columns in foreign key differs from number of "
                           "referenced columns, table '" +
                               table().name + "'.",
+                          key.line);
+    }
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+        if (parent->find(parents[i])->type.type == table().find(columns[i])->type.type) continue;
+        throw ServerError(1778,
+                          "Column '" + parent->name + "." + parents[i] +
+                              "' is not the same data type as referencing column '" + table().name +
+                              "." + columns[i] + "' in foreign key '" + key.name + "'.",
                           key.line);
     }
     const std::string name =

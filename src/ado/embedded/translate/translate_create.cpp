@@ -26,6 +26,17 @@ std::string columnList(const tsql::CreateIndexStatement& statement, const Table&
                 1911, "Column name '" + each.name + "' does not exist in the target table or view.",
                 line);
         }
+        const bool repeated =
+            std::any_of(statement.columns.begin(), statement.columns.end(),
+                        [&](const tsql::IndexColumn& other) {
+                            return &other < &each && sameName(other.name, each.name);
+                        });
+        if (repeated) {
+            throw ServerError(1909,
+                              "Cannot use duplicate column names in index. Column name '" +
+                                  each.name + "' listed more than once.",
+                              line, 16, 1);
+        }
         list += (list.empty() ? "" : ", ") + sqlName(column->name);
         if (each.descending) list += " DESC";
     }
@@ -111,6 +122,11 @@ Translation translateDrop(const tsql::DropStatement& statement, int line, const 
         if (table != nullptr) {
             result.sql.push_back("DROP TABLE " + tableSql(table->name, table->temporary));
             result.dropped.push_back({table->name, table->temporary});
+        } else if (isOwn(name) && names.catalogue().findView(name.last()) != nullptr) {
+            throw ServerError(3705,
+                              "Cannot use DROP TABLE with '" + name.text() + "' because '" +
+                                  name.text() + "' is a view. Use DROP VIEW.",
+                              line);
         } else if (!statement.ifExists) {
             nothingToDrop("table", name.text(), line);
         }

@@ -56,6 +56,13 @@ Translation translateDelete(const tsql::DeleteStatement& statement, const Names&
 // All rows go, without triggers, and the identity begins anew.
 Translation translateTruncate(const tsql::TruncateStatement& statement, const Names& names) {
     const Table* table = findTable(statement.table, names);
+    if (table == nullptr && isOwn(statement.table) &&
+        names.catalogue().findView(statement.table.last()) != nullptr) {
+        throw tsql::ServerError(
+            4708,
+            "Could not truncate object '" + statement.table.text() + "' because it is not a table.",
+            statement.table.line);
+    }
     if (table == nullptr) {
         throw tsql::ServerError(4701,
                                 "Cannot find the object \"" + statement.table.text() +

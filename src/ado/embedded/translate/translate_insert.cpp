@@ -173,17 +173,27 @@ private:
             listed && std::any_of(columns_.begin(), columns_.end(),
                                   [](const Column* c) { return c->identity.has_value(); });
         if (given) return;
-        throw ServerError(
-            listed ? 545 : 8101,
-            listed
-                ? "Explicit value must be specified for identity column in table '" + table_.name +
-                      "' either when IDENTITY_INSERT is set to ON or when a "
-                      "replication user is inserting into a NOT FOR REPLICATION "
-                      "identity column."
-                : "An explicit value for the identity column in table '" + table_.name +
-                      "' can only be specified when a column list is used and "
-                      "IDENTITY_INSERT is ON.",
-            line_);
+        if (!listed) throw identityWithoutList();
+        throw ServerError(545,
+                          "Explicit value must be specified for identity column in table '" +
+                              table_.name +
+                              "' either when IDENTITY_INSERT is set to ON or when a replication "
+                              "user is inserting into a NOT FOR REPLICATION identity column.",
+                          line_);
+    }
+
+    // One value more than columns is taken for a value of the identity column.
+    void refuseIdentity() const {
+        const bool has = std::any_of(table_.columns.begin(), table_.columns.end(),
+                                     [](const Column& c) { return c.identity.has_value(); });
+        if (has) throw identityWithoutList();
+    }
+
+    [[nodiscard]] ServerError identityWithoutList() const {
+        return {8101,
+                "An explicit value for the identity column in table '" + table_.name +
+                    "' can only be specified when a column list is used and IDENTITY_INSERT is ON.",
+                line_};
     }
 
     // What the table fills by itself, after the columns given.
@@ -229,6 +239,7 @@ private:
                     "same.",
                     line_);
             }
+            if (!listed && row.size() == columns_.size() + 1) refuseIdentity();
             checkCount(row.size(), columns_.size(), listed, line_);
             text += (text.empty() ? " VALUES " : ", ") + rowText(row);
         }

@@ -3,6 +3,7 @@
 #include "ado/embedded/translate/statements.hpp"
 #include "ado/embedded/translate/table_builder.hpp"
 #include "tsql/server_error.hpp"
+#include "tsql/text.hpp"
 
 namespace kap::ado::embedded {
 
@@ -141,8 +142,10 @@ Translation translateSelectInto(const tsql::Query& query, const tsql::ObjectName
     Translation result = builder.translation();
     const Table& table = result.created->table;
     result.fills = true;
+    const std::int64_t most = names.settings().rowLimit;
+    const std::string limit = most > 0 ? " LIMIT " + tsql::integerText(most) : "";
     result.sql.push_back("INSERT INTO " + tableSql(table.name, table.temporary) + " (" + columns +
-                         ") SELECT " + values + " FROM (" + rows.sql + ")");
+                         ") SELECT " + values + " FROM (" + rows.sql + ")" + limit);
     binder.finish(result);
     return result;
 }

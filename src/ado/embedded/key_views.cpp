@@ -1,0 +1,157 @@
+#include "ado/embedded/key_views.hpp"
+
+#include <algorithm>
+#include <array>
+
+#include "ado/embedded/object_ids.hpp"
+#include "tsql/text.hpp"
+
+namespace kap::ado::embedded {
+namespace {
+
+using tsql::SqlType;
+using tsql::TypeSpec;
+
+constexpr TypeSpec kInt{SqlType::Int};
+constexpr TypeSpec kSmallInt{SqlType::SmallInt};
+constexpr TypeSpec kName{SqlType::NVarChar, 128};
+constexpr TypeSpec kRule{SqlType::VarChar, 11};
+constexpr TypeSpec kText{SqlType::NVarChar, 4000};
+
+Value number(std::int64_t value) {
+    return value;
+}
+
+Value text(std::string value) {
+    return value;
+}
+
+// The place of a column in its table, from 1; 0 when there is no such table.
+std::int64_t placeOf(const SchemaCatalogue& catalogue, const std::string& table,
+                     const std::string& column) {
+    const Table* found = catalogue.find(table);
+    if (found == nullptr) return 0;
+    const auto at = std::ranges::find_if(
+        found->columns, [&](const Column& each) { return sameName(each.name, column); });
+    return at == found->columns.end() ? 0 : at - found->columns.begin() + 1;
+}
+
+template <typename Add>
+void forForeignKeys(const SchemaCatalogue& catalogue, const Add& add) {
+    for (const ConstraintInfo& key : catalogue.constraints()) {
+        if (std::string_view(key.type) == "F ") add(key);
+    }
+}
+
+// One row a column of each foreign key.
+SystemRows foreignKeyColumns(const SchemaCatalogue& catalogue, bool modern) {
+    SystemRows view;
+    view.columns = modern ? std::vector<SystemRows::ColumnType>{{"constraint_object_id", kInt},
+                                                                {"constraint_column_id", kInt},
+                                                                {"parent_object_id", kInt},
+                                                                {"parent_column_id", kInt},
+                                                                {"referenced_object_id", kInt},
+                                                                {"referenced_column_id", kInt}}
+                          : std::vector<SystemRows::ColumnType>{
+                                {"constid", kInt},   {"keyno", kSmallInt}, {"fkeyid", kInt},
+                                {"fkey", kSmallInt}, {"rkeyid", kInt},     {"rkey", kSmallInt}};
+    forForeignKeys(catalogue, [&](const ConstraintInfo& key) {
+        const std::size_t count = std::min(key.columns.size(), key.parentColumns.size());
+        for (std::size_t i = 0; i < count; ++i) {
+            view.rows.push_back(
+                {number(objectId(key.name)), number(static_cast<std::int64_t>(i) + 1),
+                 number(objectId(key.table)), number(placeOf(catalogue, key.table, key.columns[i])),
+                 number(objectId(key.parent)),
+                 number(placeOf(catalogue, key.parent, key.parentColumns[i]))});
+        }
+    });
+    return view;
+}
+
+SystemRows references(const SchemaCatalogue& catalogue) {
+    SystemRows view{{{"constid", kInt}, {"fkeyid", kInt}, {"rkeyid", kInt}, {"keycnt", kSmallInt}},
+                    {}};
+    forForeignKeys(catalogue, [&](const ConstraintInfo& key) {
+        view.rows.push_back({number(objectId(key.name)), number(objectId(key.table)),
+                             number(objectId(key.parent)),
+                             number(static_cast<std::int64_t>(key.columns.size()))});
+    });
+    return view;
+}
+
+// The key of the other table that has the columns a foreign key refers to.
+std::string referencedKey(const std::vector<ConstraintInfo>& constraints,
+                          const ConstraintInfo& foreign) {
+    for (const ConstraintInfo& key : constraints) {
+        const std::string_view type = key.type;
+        const bool unique = type == "PK" || type == "UQ";
+        if (unique && sameName(key.table, foreign.parent) &&
+            std::ranges::is_permutation(key.columns, foreign.parentColumns, sameName)) {
+            return key.name;
+        }
+    }
+    return {};
+}
+
+SystemRows referentialConstraints(const SchemaCatalogue& catalogue) {
+    SystemRows view{{{"CONSTRAINT_CATALOG", kName},
+                     {"CONSTRAINT_SCHEMA", kName},
+                     {"CONSTRAINT_NAME", kName},
+                     {"UNIQUE_CONSTRAINT_CATALOG", kName},
+                     {"UNIQUE_CONSTRAINT_SCHEMA", kName},
+                     {"UNIQUE_CONSTRAINT_NAME", kName},
+                     {"MATCH_OPTION", kRule},
+                     {"UPDATE_RULE", kRule},
+                     {"DELETE_RULE", kRule}},
+                    {}};
+    const std::vector<ConstraintInfo> constraints = catalogue.constraints();
+    const std::string& database = catalogue.databaseName();
+    forForeignKeys(catalogue, [&](const ConstraintInfo& key) {
+        view.rows.push_back({text(database), text("dbo"), text(key.name), text(database),
+                             text("dbo"), text(referencedKey(constraints, key)), text("SIMPLE"),
+                             text(key.onUpdate), text(key.onDelete)});
+    });
+    return view;
+}
+
+SystemRows checkConstraints(const SchemaCatalogue& catalogue) {
+    SystemRows view{{{"CONSTRAINT_CATALOG", kName},
+                     {"CONSTRAINT_SCHEMA", kName},
+                     {"CONSTRAINT_NAME", kName},
+                     {"CHECK_CLAUSE", kText}},
+                    {}};
+    for (const ConstraintInfo& each : catalogue.constraints()) {
+        if (std::string_view(each.type) != "C ") continue;
+        view.rows.push_back(
+            {text(catalogue.databaseName()), text("dbo"), text(each.name), text(each.definition)});
+    }
+    return view;
+}
+
+struct KeyView {
+    std::string_view owner;
+    std::string_view name;
+    SystemRows (*rows)(const SchemaCatalogue& catalogue);
+};
+
+constexpr auto kViews = std::to_array<KeyView>({
+    {"", "sysforeignkeys", [](const SchemaCatalogue& c) { return foreignKeyColumns(c, false); }},
+    {"", "sysreferences", references},
+    {"sys", "foreign_key_columns",
+     [](const SchemaCatalogue& c) { return foreignKeyColumns(c, true); }},
+    {"information_schema", "referential_constraints", referentialConstraints},
+    {"information_schema", "check_constraints", checkConstraints},
+});
+
+}  // namespace
+
+std::optional<SystemRows> keyView(const SchemaCatalogue& catalogue, std::string_view owner,
+                                  std::string_view name) {
+    for (const KeyView& view : kViews) {
+        const bool older = owner == "sys" && view.owner.empty();
+        if (view.name == name && (view.owner == owner || older)) return view.rows(catalogue);
+    }
+    return std::nullopt;
+}
+
+}  // namespace kap::ado::embedded
