@@ -38,12 +38,25 @@ ExecuteStatement Parser::executeStatement() {
     } else {
         result.procedureVariable = name;
     }
-    if (!atStatement()) {
-        do {
-            result.arguments.push_back(argument());
-        } while (acceptOperator(","));
-    }
+    if (!atStatement()) arguments(result);
     return result;
+}
+
+// Behind an argument by name all others are by name, too.
+void Parser::arguments(ExecuteStatement& call) {
+    do {
+        const int line = peek().line;
+        const bool named = !call.arguments.empty() && !call.arguments.back().name.empty();
+        call.arguments.push_back(argument());
+        if (!named || !call.arguments.back().name.empty()) continue;
+        throw ServerError(119,
+                          "Must pass parameter number " +
+                              integerText(static_cast<std::int64_t>(call.arguments.size())) +
+                              " and subsequent parameters as '@name = value'. After the form "
+                              "'@name = value' has been used, all subsequent parameters must be "
+                              "passed in the form '@name = value'.",
+                          line, 15);
+    } while (acceptOperator(","));
 }
 
 ExecuteStatement Parser::procedureCall() {
@@ -51,9 +64,7 @@ ExecuteStatement Parser::procedureCall() {
     result.procedure = objectName();
     if (atOperator(";") && peek(1).kind == TokenKind::Integer) refuse("numbered procedures");
     if (atStatement()) return result;
-    do {
-        result.arguments.push_back(argument());
-    } while (acceptOperator(","));
+    arguments(result);
     if (acceptKeyword("WITH")) expectKeyword("RECOMPILE");
     return result;
 }

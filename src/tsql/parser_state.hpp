@@ -277,6 +277,7 @@ private:
     // Calls of procedures.
     ExecuteStatement executeStatement();
     ExecuteStatement procedureCall();
+    void arguments(ExecuteStatement& call);
     Argument argument();
     ExpressionPtr argumentValue();
 

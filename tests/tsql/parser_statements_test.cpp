@@ -184,7 +184,7 @@ INSTANTIATE_TEST_SUITE_P(
                 REFUSED("INSTEAD OF trigger")},
         Refusal{"SELECT a FROM t FOR XML AUTO", 40517, 1, REFUSED("FOR XML")},
         Refusal{"SELECT a FROM t GROUP BY ROLLUP(a) WITH CUBE", 102, 1,
-                "Incorrect syntax near ')'."},
+                "Incorrect syntax near 'CUBE'."},
         Refusal{"SELECT 1 FROM t CROSS APPLY f(1)", 40517, 1, REFUSED("APPLY")},
         Refusal{"SELECT 1 FROM f(1)", 40517, 1, REFUSED("table function f")},
         Refusal{"SELECT 1 FROM t WITH (INDEX(1))", 40517, 1, REFUSED("table hint INDEX")}));

@@ -1,6 +1,7 @@
 #include "ado/embedded/object_ids.hpp"
 
 #include <algorithm>
+#include <utility>
 
 #include "ado/embedded/functions/text_units.hpp"
 #include "tsql/parser.hpp"
@@ -124,8 +125,32 @@ Value nameOfObject(const SchemaCatalogue& catalogue, std::int64_t id) {
     for (const Found& object : objectsOf(catalogue)) {
         if (objectId(object.name) == id) return object.name;
     }
+    for (const ConstraintInfo& constraint : catalogue.constraints()) {
+        if (objectId(constraint.name) == id) return constraint.name;
+    }
     return std::monostate{};
 }
+
+namespace {
+
+// What OBJECTPROPERTY tells of a constraint.
+Value constraintProperty(std::string_view type, std::string_view wanted) {
+    static constexpr std::pair<std::string_view, std::string_view> kKinds[] = {
+        {"isprimarykey", "PK"},
+        {"isuniquecnst", "UQ"},
+        {"isforeignkey", "F "},
+        {"ischeckcnst", "C "},
+        {"isdefaultcnst", "D "}};
+    if (wanted == "isconstraint") return flag(true);
+    for (const auto& [property, kind] : kKinds) {
+        if (wanted == property) return flag(type == kind);
+    }
+    const bool other = wanted == "istable" || wanted == "isusertable" || wanted == "isview" ||
+                       wanted == "isprocedure" || wanted == "istrigger";
+    return other ? flag(false) : Value();
+}
+
+}  // namespace
 
 Value objectProperty(const SchemaCatalogue& catalogue, std::int64_t id,
                      const std::string& property) {
@@ -153,6 +178,10 @@ Value objectProperty(const SchemaCatalogue& catalogue, std::int64_t id,
             return flag(std::ranges::any_of(
                 columns, [](const Column& column) { return column.isRowVersion(); }));
         }
+        return std::monostate{};
+    }
+    for (const ConstraintInfo& constraint : catalogue.constraints()) {
+        if (objectId(constraint.name) == id) return constraintProperty(constraint.type, wanted);
     }
     return std::monostate{};
 }

@@ -87,8 +87,9 @@ void TableChanger::addColumn(const Table& table, const Column& column,
         value = identityCall(table.name);
     } else if (column.isRowVersion()) {
         value = rowVersionCall();
-    } else if (column.defaultSql && fillsRows(column, added)) {
-        value = *column.defaultSql;
+    } else if (column.defaultSql) {
+        // A row that has no value of its own would read the default.
+        value = fillsRows(column, added) ? *column.defaultSql : "NULL";
     } else if (!column.nullable && hasRows("SELECT 1 FROM " + target)) {
         throw ServerError(4901,
                           "ALTER TABLE only allows columns to be added that can contain nulls, or "
@@ -134,6 +135,9 @@ void TableChanger::addDefaults(const Table& table, const TableBuilder& builder,
         if (before != nullptr && before->defaultSql) {
             throw ServerError(1781, "Column already has a DEFAULT bound to it.", line);
         }
+        // Rows from before the column keep their null only when it is written into them.
+        const std::string own = sqlName(name);
+        run("UPDATE " + tableSql(table.name, table.temporary) + " SET " + own + " = " + own);
         text.column(name)->text = builder.columnSql(*builder.table().find(name));
     }
     setText(table, text);

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <compare>
 #include <memory>
 #include <new>
 #include <stdexcept>
@@ -58,7 +59,7 @@ int rankOf(sqlite3_value* value) {
 }
 
 int sign(std::partial_ordering order) {
-    return order < 0 ? -1 : order > 0 ? 1 : 0;
+    return std::is_lt(order) ? -1 : std::is_gt(order) ? 1 : 0;
 }
 
 int compare(sqlite3_value* left, sqlite3_value* right) {

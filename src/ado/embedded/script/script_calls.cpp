@@ -50,7 +50,8 @@ void ScriptRunner::execute(Frame& frame, Instruction& instruction,
     }
     const std::shared_ptr<const Module> module = [&] {
         const Transactions::ReadScope scope(transactions_);
-        return catalogue_.findModule(StoredKind::Procedure, name);
+        auto found = catalogue_.findModule(StoredKind::Procedure, name);
+        return found != nullptr ? found : catalogue_.findModule(StoredKind::Function, name);
     }();
     const bool own = node.procedure.parts.empty() || isOwn(node.procedure);
     if (module == nullptr || !own) {
@@ -102,8 +103,14 @@ void ScriptRunner::executeModule(Frame& frame, Instruction& instruction,
                     instruction.line);
     }
     if (!node.resultVariable.empty()) {
-        const Value result = called.returned.value_or(Value(std::int64_t{0}));
-        setVariable(frame, node.resultVariable, result, {SqlType::Int}, instruction.line);
+        const Value none = module->definition.kind == tsql::ModuleKind::Function
+                               ? Value()
+                               : Value(std::int64_t{0});
+        const Value result = called.returned.value_or(none);
+        const bool function = module->definition.kind == tsql::ModuleKind::Function;
+        setVariable(frame, node.resultVariable, result,
+                    function ? module->definition.returns : TypeSpec{SqlType::Int},
+                    instruction.line);
     }
     state_.error = error;
     state_.rowCount = rowCount;

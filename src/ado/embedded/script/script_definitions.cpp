@@ -92,10 +92,22 @@ void ScriptRunner::createView(const tsql::CreateViewStatement& node, int line) {
     scope.keep();
 }
 
+// Variables and labels that are there twice show when a module is made.
+void ScriptRunner::checkModule(const tsql::CreateModuleStatement& node) {
+    std::vector<tsql::DeclaredVariable> parameters;
+    for (const tsql::ParameterDefinition& parameter : node.parameters) {
+        tsql::DeclaredVariable& variable = parameters.emplace_back();
+        variable.name = parameter.name;
+        variable.type = parameter.type;
+    }
+    const Program made(node.body, catalogue_, parameters);
+}
+
 void ScriptRunner::createModule(const tsql::CreateModuleStatement& node, int line) {
     requireOwn(node.name, line);
     if (node.name.last().front() == '#') throw tsql::unsupported("temporary procedure", line);
     Transactions::WriteScope scope(transactions_);
+    checkModule(node);
     std::string parent;
     if (node.kind == tsql::ModuleKind::Trigger) {
         const Table* table = isOwn(node.table) ? catalogue_.find(node.table.last()) : nullptr;

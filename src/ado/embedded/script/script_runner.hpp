@@ -171,6 +171,7 @@ private:
     // script_definitions.cpp
     void createView(const tsql::CreateViewStatement& node, int line);
     void createModule(const tsql::CreateModuleStatement& node, int line);
+    void checkModule(const tsql::CreateModuleStatement& node);
     void createType(const tsql::CreateTypeStatement& node, int line);
     void store(StoredObject object, bool replace, bool mustExist, int line);
     void dropStored(const tsql::DropStatement& node, int line);

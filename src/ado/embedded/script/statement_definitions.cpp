@@ -1,6 +1,7 @@
 #include <algorithm>
 
 #include "ado/embedded/script/statement_runner.hpp"
+#include "ado/embedded/translate/table_builder.hpp"
 #include "ado/embedded/translate/translator.hpp"
 #include "ado/embedded/violations.hpp"
 
@@ -124,6 +125,7 @@ void StatementRunner::checkReferences(const Translation& translation,
 void StatementRunner::checkIndexes(const Translation& translation) const {
     if (translation.optional) return;
     for (const DroppedIndex& index : translation.dropsIndexes) {
+        refuseKeyIndex(translation, index);
         PreparedStatement look(connection_.handle(),
                                std::string("SELECT 1 FROM ") + (index.temporary ? "temp" : "main") +
                                    ".sqlite_schema WHERE type = 'index' AND name = ?1 COLLATE "
@@ -134,6 +136,24 @@ void StatementRunner::checkIndexes(const Translation& translation) const {
                                 "Cannot drop the index '" + index.shown +
                                     "', because it does not exist or you do not have permission.",
                                 0, 11, 6);
+    }
+}
+
+// The index of a key goes with its constraint.
+void StatementRunner::refuseKeyIndex(const Translation& translation,
+                                     const DroppedIndex& index) const {
+    for (const ConstraintInfo& key : catalogue_.constraints()) {
+        const std::string_view type = key.type;
+        const bool serves = (type == "PK" || type == "UQ") && !index.temporary &&
+                            sameName(key.table, translation.table) &&
+                            sameName(indexName(tableOf(translation), key.name), index.name);
+        if (!serves) continue;
+        throw tsql::ServerError(3723,
+                                "An explicit DROP INDEX is not allowed on index '" + index.shown +
+                                    "'. It is being used for " +
+                                    (type == "PK" ? "PRIMARY" : "UNIQUE") +
+                                    " KEY constraint enforcement.",
+                                0, 16, 4);
     }
 }
 

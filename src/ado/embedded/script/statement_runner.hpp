@@ -129,6 +129,7 @@ private:
     void checkNewIndex(const Translation& made, const std::string& name) const;
     void checkReferences(const Translation& translation, const tsql::Statement& statement) const;
     void checkIndexes(const Translation& translation) const;
+    void refuseKeyIndex(const Translation& translation, const DroppedIndex& index) const;
     void noteTables(const Translation& translation);
     void continueIdentity(const Table& table);
 

@@ -112,11 +112,12 @@ namespace {
 // The table of that name, or the one behind a view.
 const Table& insertTarget(const InsertStatement& statement, Binder& binder) {
     const tsql::ObjectName& name = statement.table;
-    const bool view = findTable(name, binder.names()) == nullptr && isOwn(name);
-    const View* found = view ? binder.catalogue().findView(name.last()) : nullptr;
-    if (found == nullptr) return requireTable(name, binder.names());
+    const Table* table = findTable(name, binder.names());
+    if (table != nullptr) return *table;
+    const View* view = isOwn(name) ? binder.catalogue().findView(name.last()) : nullptr;
+    if (view == nullptr) return requireTable(name, binder.names());
     binder.writesColumns(statement.columns);
-    binder.insertThrough(*found, name);
+    binder.insertThrough(*view, name);
     return *binder.commonTarget().table;
 }
 
