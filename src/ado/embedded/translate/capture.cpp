@@ -1,5 +1,7 @@
 #include "ado/embedded/translate/capture.hpp"
 
+#include <utility>
+
 #include "ado/embedded/translate/statements.hpp"
 #include "tsql/server_error.hpp"
 
@@ -38,6 +40,19 @@ std::string caught(const Table& table, RowState state) {
     // Within a trigger a table has no schema before its name; temporary ones are found first.
     return "INSERT INTO " + sqlName(capturedRows(table, state).name) + " VALUES (NULL, " + row +
            "." + rowNumberName(table) + columnsOf(table, row) + ");";
+}
+
+// Who writes through a view knows the columns by the names that the view gives them.
+void showThroughView(Source& source, const Table& table, const Binder& binder) {
+    const Binder::CommonTarget& target = binder.commonTarget();
+    if (target.table != &table || target.view.empty()) return;
+    std::vector<SourceColumn> shown;
+    for (const auto& [name, column] : target.columns) {
+        if (column == nullptr || table.find(column->name) != column) continue;
+        const auto place = static_cast<std::size_t>(column - table.columns.data());
+        shown.push_back({name, source.columns[place].value});
+    }
+    source.columns = std::move(shown);
 }
 
 // Rows of OUTPUT INTO are brought to the columns of their table.
@@ -144,6 +159,8 @@ std::optional<Capture> captureFor(const Table& table, tsql::TriggerEvents event,
                 " AS \"deleted\"";
         if (event == tsql::kOnUpdate) from += std::string(" USING (") + kRowColumn + ")";
     }
+    for (Source& source : scope.sources)
+        showThroughView(source, table, binder);
     addOutput(capture, *output, scope, from + " ORDER BY " + kRowColumn, binder);
     return capture;
 }
