@@ -226,6 +226,16 @@ void Counters::restart(const Table& table) {
                                                      " SET last = NULL WHERE owner = ?1");
     forget.bind(1, std::string_view(table.name));
     forget.run();
+    tellOthers(table.temporary);
+}
+
+// Other connections go on from the farthest number that they know, until the schema has changed.
+void Counters::tellOthers(bool temporary) {
+    if (temporary) {
+        return;
+    }
+    database_.run("CREATE TABLE main.kap_reseeded (last INTEGER)");
+    database_.run("DROP TABLE main.kap_reseeded");
 }
 
 void Counters::reseed(const std::string& table, std::int64_t value) {
@@ -242,6 +252,7 @@ void Counters::reseed(const std::string& table, std::int64_t value) {
     counter.last = last;
     counter.started = true;
     counter.pending = true;
+    tellOthers(isTemporary(table));
 }
 
 std::optional<std::int64_t> Counters::lastIdentityOf(const std::string& table) {

@@ -109,6 +109,7 @@ private:
 
     [[nodiscard]] bool exists(bool temporary) const;
     [[nodiscard]] Kept& kept(bool temporary);
+    void tellOthers(bool temporary);
     [[nodiscard]] Counter& current(const std::string& owner);
     void load(const std::string& owner, Counter& counter);
     [[nodiscard]] std::int64_t next(const std::string& owner);

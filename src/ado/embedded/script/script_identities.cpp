@@ -46,6 +46,7 @@ void ScriptRunner::checkIdentity(Frame& frame, Instruction& instruction,
                                    tableSql(table->name, table->temporary));
     std::optional<std::int64_t> stored;
     if (farthest.step() && !farthest.isNull(0)) stored = farthest.integer(0);
+    farthest.reset();
     const std::optional<std::int64_t> last = counters_.lastIdentityOf(table->name);
     std::string message = "Checking identity information: current identity value " + shown(last);
     if (wanted) {
