@@ -157,7 +157,7 @@ private:
             readName();
         } else if (isDigit(c) || (c == '.' && isDigit(at(1)))) {
             readNumber(TokenKind::Integer);
-        } else if (c == '$' && startsName(at(1))) {
+        } else if (c == '$' && is(at(1), kStartsName)) {
             readName();  // $action
         } else if (c == '$') {
             ++position_;
