@@ -121,6 +121,8 @@ private:
     void assign(Frame& frame, Instruction& instruction, const tsql::AssignStatement& node);
     // script_settings.cpp
     void setOption(Frame& frame, Instruction& instruction, const tsql::SetOptionStatement& node);
+    void setIdentityInsert(const tsql::SetOptionStatement& node, int line);
+    void setNumber(const std::string& option, std::int64_t number, int line);
     void setSwitch(const std::string& option, bool on, int line);
     void print(Frame& frame, Instruction& instruction, const tsql::PrintStatement& node);
     void raiseError(Frame& frame, Instruction& instruction, const tsql::RaiserrorStatement& node);

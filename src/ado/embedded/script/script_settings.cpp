@@ -22,81 +22,91 @@ DateOrder dateOrderOf(const std::string& word, int line) {
         2741, "SET DATEFORMAT date order '" + tsql::asciiLower(word) + "' is invalid.", line);
 }
 
+bool isOn(const std::string& word, int line) {
+    if (word != "ON" && word != "OFF") throw tsql::syntaxError(word, line);
+    return word == "ON";
+}
+
+DateSettings datesOf(const std::string& language, int line) {
+    constexpr int kMonday = 1;
+    constexpr int kSunday = 7;
+    if (language == "ITALIAN" || language == "ITALIANO") {
+        return {DateOrder::DayFirst, kMonday, true};
+    }
+    if (language == "US_ENGLISH" || language == "ENGLISH") {
+        return {DateOrder::MonthFirst, kSunday, false};
+    }
+    throw tsql::unsupported("SET LANGUAGE " + language, line);
+}
+
 }  // namespace
 
 void ScriptRunner::setOption(Frame& frame, Instruction& instruction,
                              const tsql::SetOptionStatement& node) {
     const std::string& option = node.options.front();
+    const int line = instruction.line;
     if (option == "IDENTITY_INSERT") {
-        const bool on = node.value == "ON";
-        if (!on && node.value != "OFF") throw tsql::syntaxError(node.value, instruction.line);
-        const Table* table = catalogue_.find(node.table.last());
-        if (table == nullptr) {
-            throw ServerError(1088,
-                              "Cannot find the object \"" + node.table.text() +
-                                  "\" because it does not exist or you do not have permissions.",
-                              instruction.line);
-        }
-        if (on && std::ranges::none_of(table->columns, [](const Column& column) {
-                return column.identity.has_value();
-            })) {
-            throw ServerError(8106,
-                              "Table '" + node.table.text() +
-                                  "' does not have the identity property. Cannot perform SET "
-                                  "operation.",
-                              instruction.line);
-        }
-        std::string& current = state_.writes.identityInsert;
-        if (on && !current.empty() && !sameName(current, table->name)) {
-            throw ServerError(8107,
-                              "IDENTITY_INSERT is already ON for table '" + current +
-                                  "'. Cannot perform SET operation for table '" +
-                                  node.table.text() + "'.",
-                              instruction.line);
-        }
-        if (on || sameName(current, table->name)) current = on ? table->name : "";
+        setIdentityInsert(node, line);
+    } else if (node.number) {
+        const Value number = evaluate(frame, instruction, 0, *node.number, {SqlType::BigInt});
+        setNumber(option, wholeOr(number, 0), line);
+    } else if (option == "DATEFORMAT") {
+        state_.dates.order = dateOrderOf(node.value, line);
         catalogue_.settingsChanged();
-        return;
-    }
-    if (node.number) {
-        const std::int64_t number =
-            wholeOr(evaluate(frame, instruction, 0, *node.number, {SqlType::BigInt}), 0);
-        if (option == "ROWCOUNT") {
-            state_.writes.rowLimit = std::max<std::int64_t>(number, 0);
-            catalogue_.settingsChanged();
-        } else if (option == "LOCK_TIMEOUT") {
-            connection_.setLockTimeout(number);
-            state_.lockTimeout = static_cast<std::int32_t>(number);
-        } else if (option == "DATEFIRST") {
-            constexpr std::int64_t kDaysPerWeek = 7;
-            if (number < 1 || number > kDaysPerWeek) {
-                throw ServerError(2744, "SET DATEFIRST takes a number from 1 to 7.",
-                                  instruction.line);
-            }
-            state_.dates.firstDay = static_cast<int>(number);
+    } else if (option == "LANGUAGE") {
+        state_.dates = datesOf(node.value, line);
+        catalogue_.settingsChanged();
+    } else {
+        const bool on = isOn(node.value, line);
+        for (const std::string& each : node.options) {
+            setSwitch(each, on, line);
         }
-        return;
     }
-    if (option == "DATEFORMAT") {
-        state_.dates.order = dateOrderOf(node.value, instruction.line);
+}
+
+void ScriptRunner::setIdentityInsert(const tsql::SetOptionStatement& node, int line) {
+    const bool on = isOn(node.value, line);
+    const Table* table = catalogue_.find(node.table.last());
+    if (table == nullptr) {
+        throw ServerError(1088,
+                          "Cannot find the object \"" + node.table.text() +
+                              "\" because it does not exist or you do not have permissions.",
+                          line);
+    }
+    if (on && std::ranges::none_of(table->columns, [](const Column& column) {
+            return column.identity.has_value();
+        })) {
+        throw ServerError(8106,
+                          "Table '" + node.table.text() +
+                              "' does not have the identity property. Cannot perform SET "
+                              "operation.",
+                          line);
+    }
+    std::string& current = state_.writes.identityInsert;
+    if (on && !current.empty() && !sameName(current, table->name)) {
+        throw ServerError(8107,
+                          "IDENTITY_INSERT is already ON for table '" + current +
+                              "'. Cannot perform SET operation for table '" + node.table.text() +
+                              "'.",
+                          line);
+    }
+    if (on || sameName(current, table->name)) current = on ? table->name : "";
+    catalogue_.settingsChanged();
+}
+
+void ScriptRunner::setNumber(const std::string& option, std::int64_t number, int line) {
+    if (option == "ROWCOUNT") {
+        state_.writes.rowLimit = std::max<std::int64_t>(number, 0);
         catalogue_.settingsChanged();
-        return;
-    }
-    if (option == "LANGUAGE") {
-        const bool italian = node.value == "ITALIAN" || node.value == "ITALIANO";
-        const bool english = node.value == "US_ENGLISH" || node.value == "ENGLISH";
-        if (!italian && !english) throw tsql::unsupported("SET LANGUAGE " + node.value, 0);
-        constexpr int kMonday = 1;
-        constexpr int kSunday = 7;
-        state_.dates = {italian ? DateOrder::DayFirst : DateOrder::MonthFirst,
-                        italian ? kMonday : kSunday, italian};
-        catalogue_.settingsChanged();
-        return;
-    }
-    const bool on = node.value == "ON";
-    if (!on && node.value != "OFF") throw tsql::syntaxError(node.value, instruction.line);
-    for (const std::string& each : node.options) {
-        setSwitch(each, on, instruction.line);
+    } else if (option == "LOCK_TIMEOUT") {
+        connection_.setLockTimeout(number);
+        state_.lockTimeout = static_cast<std::int32_t>(number);
+    } else if (option == "DATEFIRST") {
+        constexpr std::int64_t kDaysPerWeek = 7;
+        if (number < 1 || number > kDaysPerWeek) {
+            throw ServerError(2744, "SET DATEFIRST takes a number from 1 to 7.", line);
+        }
+        state_.dates.firstDay = static_cast<int>(number);
     }
 }
 
