@@ -16,11 +16,15 @@ constexpr std::size_t kMaxNameLength = 128;
 
 // What a character can be. Every one outside ASCII counts as a letter: names in any language need
 // no quotes.
-enum Class : std::uint8_t { kBlank = 1, kDigit = 2, kHexDigit = 4, kStartsName = 8, kInName = 16 };
+constexpr unsigned kBlank = 1;
+constexpr unsigned kDigit = 2;
+constexpr unsigned kHexDigit = 4;
+constexpr unsigned kStartsName = 8;
+constexpr unsigned kInName = 16;
 
 constexpr std::array<std::uint8_t, 256> kClasses = [] {
     std::array<std::uint8_t, 256> classes{};
-    const auto add = [&classes](int first, int last, int what) {
+    const auto add = [&classes](int first, int last, unsigned what) {
         for (int c = first; c <= last; ++c)
             classes.at(static_cast<std::size_t>(c)) |= static_cast<std::uint8_t>(what);
     };
@@ -38,7 +42,7 @@ constexpr std::array<std::uint8_t, 256> kClasses = [] {
     return classes;
 }();
 
-bool is(char c, int classes) {
+bool is(char c, unsigned classes) {
     return (kClasses[static_cast<unsigned char>(c)] & classes) != 0;
 }
 
