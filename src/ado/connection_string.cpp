@@ -124,11 +124,6 @@ private:
     std::size_t position_ = 0;
 };
 
-bool isTrue(const std::string& value) {
-    return tsql::equalsIgnoringCase(value, "True") || tsql::equalsIgnoringCase(value, "Yes") ||
-           value == "1";
-}
-
 bool holdsPassword(const std::string& key) {
     return tsql::equalsIgnoringCase(key, "Password") || tsql::equalsIgnoringCase(key, "PWD");
 }
@@ -173,6 +168,11 @@ std::string withoutPasswords(std::string_view text) {
 }
 
 }  // namespace
+
+bool ConnectionString::isTrue(std::string_view value) {
+    return tsql::equalsIgnoringCase(value, "True") || tsql::equalsIgnoringCase(value, "Yes") ||
+           value == "1";
+}
 
 std::string ConnectionString::shown(std::string_view text) {
     const auto persists = parse(text).find("Persist Security Info");

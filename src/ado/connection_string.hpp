@@ -23,6 +23,9 @@ public:
     // may be seen ("Persist Security Info=True").
     static std::string shown(std::string_view text);
 
+    // Whether a value says yes: "True", "Yes", "1".
+    [[nodiscard]] static bool isTrue(std::string_view value);
+
     [[nodiscard]] const std::vector<Pair>& pairs() const noexcept { return pairs_; }
     // The last value given for a key, compared ignoring case.
     [[nodiscard]] std::optional<std::string> find(std::string_view key) const;

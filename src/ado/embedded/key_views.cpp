@@ -1,30 +1,18 @@
-#include "ado/embedded/key_views.hpp"
-
 #include <algorithm>
 #include <array>
 
 #include "ado/embedded/object_ids.hpp"
+#include "ado/embedded/view_rows.hpp"
 #include "tsql/text.hpp"
 
-namespace kap::ado::embedded {
+// The views that tell which columns keys have and what foreign keys refer to.
+namespace kap::ado::embedded::views {
 namespace {
 
 using tsql::SqlType;
 using tsql::TypeSpec;
 
-constexpr TypeSpec kInt{SqlType::Int};
-constexpr TypeSpec kSmallInt{SqlType::SmallInt};
-constexpr TypeSpec kName{SqlType::NVarChar, 128};
 constexpr TypeSpec kRule{SqlType::VarChar, 11};
-constexpr TypeSpec kText{SqlType::NVarChar, 4000};
-
-Value number(std::int64_t value) {
-    return value;
-}
-
-Value text(std::string value) {
-    return value;
-}
 
 // The place of a column in its table, from 1; 0 when there is no such table.
 std::int64_t placeOf(const SchemaCatalogue& catalogue, const std::string& table,
@@ -128,13 +116,7 @@ SystemRows checkConstraints(const SchemaCatalogue& catalogue) {
     return view;
 }
 
-struct KeyView {
-    std::string_view owner;
-    std::string_view name;
-    SystemRows (*rows)(const SchemaCatalogue& catalogue);
-};
-
-constexpr auto kViews = std::to_array<KeyView>({
+constexpr auto kViews = std::to_array<View>({
     {"", "sysforeignkeys", [](const SchemaCatalogue& c) { return foreignKeyColumns(c, false); }},
     {"", "sysreferences", references},
     {"sys", "foreign_key_columns",
@@ -145,13 +127,8 @@ constexpr auto kViews = std::to_array<KeyView>({
 
 }  // namespace
 
-std::optional<SystemRows> keyView(const SchemaCatalogue& catalogue, std::string_view owner,
-                                  std::string_view name) {
-    for (const KeyView& view : kViews) {
-        const bool older = owner == "sys" && view.owner.empty();
-        if (view.name == name && (view.owner == owner || older)) return view.rows(catalogue);
-    }
-    return std::nullopt;
+std::span<const View> keyViews() {
+    return kViews;
 }
 
-}  // namespace kap::ado::embedded
+}  // namespace kap::ado::embedded::views

@@ -35,11 +35,14 @@ int LockWait::called(void* self, int attempt) {
 }
 
 bool LockWait::wait(int attempt) {
-    if (attempt == 0) {
-        if (!inLine_) start_ = steady_clock::now();
+    if (attempt == 0 && inLine_) {
         return standInLine();
     }
     const auto now = steady_clock::now();
+    if (attempt == 0) {
+        start_ = now;
+        firstSince_ = now;
+    }
     if (now - start_ >= limit_) {
         return false;
     }
@@ -58,7 +61,7 @@ bool LockWait::standInLine() {
     rushes_ = 0;
     const auto passed = steady_clock::now() - start_;
     const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(limit_ - passed);
-    const bool first = !inLine_ || !queue_ || queue_->enter(left);
+    const bool first = !queue_ || queue_->enter(left);
     firstSince_ = steady_clock::now();
     return first && left.count() > 0;
 }

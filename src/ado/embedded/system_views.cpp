@@ -1,41 +1,22 @@
-// length: a table of views, each a few lines; taken apart they would share more than they hold
 #include <algorithm>
 #include <array>
 #include <utility>
 
-#include "ado/embedded/key_views.hpp"
 #include "ado/embedded/object_ids.hpp"
 #include "ado/embedded/schema_catalogue.hpp"
+#include "ado/embedded/view_rows.hpp"
 #include "tsql/text.hpp"
 
-// The views by which the database describes itself: the server's older and newer system tables, and
-// the standard's INFORMATION_SCHEMA, as far as scripts and tools ask for them.
+// The views by which the database describes itself, as far as scripts and tools ask for them: the
+// server's older and newer system tables.
 namespace kap::ado::embedded {
 namespace {
 
 using tsql::SqlType;
 using tsql::TypeSpec;
+using namespace views;
 
-constexpr TypeSpec kInt{SqlType::Int};
-constexpr TypeSpec kSmallInt{SqlType::SmallInt};
-constexpr TypeSpec kTinyInt{SqlType::TinyInt};
-constexpr TypeSpec kBit{SqlType::Bit};
-constexpr TypeSpec kName{SqlType::NVarChar, 128};
-constexpr TypeSpec kShort{SqlType::VarChar, 60};
-constexpr TypeSpec kText{SqlType::NVarChar, 4000};
 constexpr TypeSpec kTwo{SqlType::Char, 2};
-
-Value number(std::int64_t value) {
-    return value;
-}
-
-Value flag(bool value) {
-    return std::int64_t{value ? 1 : 0};
-}
-
-Value text(std::string value) {
-    return value;
-}
 
 // --- Objects
 
@@ -203,26 +184,6 @@ std::int64_t typeId(SqlType type) {
     return found == kTypes.end() ? 0 : found->id;
 }
 
-std::int64_t precisionOf(const TypeSpec& type) {
-    static constexpr std::pair<SqlType, std::int64_t> kPrecisions[] = {
-        {SqlType::Bit, 1},         {SqlType::TinyInt, 3},        {SqlType::SmallInt, 5},
-        {SqlType::Int, 10},        {SqlType::BigInt, 19},        {SqlType::Money, 19},
-        {SqlType::SmallMoney, 10}, {SqlType::Float, 53},         {SqlType::Real, 24},
-        {SqlType::DateTime, 23},   {SqlType::SmallDateTime, 16}, {SqlType::Date, 10}};
-    if (tsql::isDecimal(type.type)) return type.precision;
-    for (const auto& [known, precision] : kPrecisions) {
-        if (known == type.type) return precision;
-    }
-    return 0;
-}
-
-std::int64_t scaleOf(const TypeSpec& type) {
-    constexpr std::int64_t kMoneyScale = 4;
-    constexpr std::int64_t kDateTimeScale = 3;
-    if (tsql::isMoney(type.type)) return kMoneyScale;
-    return type.type == SqlType::DateTime ? kDateTimeScale : type.scale;
-}
-
 // The number of the constraint that holds a column's default; 0 without one.
 Value defaultId(const Table& table, const Column& column) {
     if (!column.defaultSql || column.computed) return number(0);
@@ -338,142 +299,7 @@ SystemRows owners(bool modern) {
     return view;
 }
 
-// --- INFORMATION_SCHEMA
-
-SystemRows standardTables(const SchemaCatalogue& catalogue) {
-    SystemRows view{{{"TABLE_CATALOG", kName},
-                     {"TABLE_SCHEMA", kName},
-                     {"TABLE_NAME", kName},
-                     {"TABLE_TYPE", {SqlType::VarChar, 10}}},
-                    {}};
-    const auto add = [&](const std::string& name, const char* type) {
-        view.rows.push_back({text(catalogue.databaseName()), text("dbo"), text(name), text(type)});
-    };
-    for (const Table* table : catalogue.tables())
-        add(table->name, "BASE TABLE");
-    for (const StoredObject& object : catalogue.objects()) {
-        if (object.kind == StoredKind::View) add(object.name, "VIEW");
-    }
-    return view;
-}
-
-Value lengthOf(const TypeSpec& type) {
-    constexpr std::int64_t kLargest = 2147483647;
-    if (!tsql::isText(type.type) && !tsql::isBinary(type.type)) return std::monostate{};
-    const bool old =
-        type.type == SqlType::Text || type.type == SqlType::NText || type.type == SqlType::Image;
-    return number(old ? kLargest / (type.type == SqlType::NText ? 2 : 1) : type.length);
-}
-
-SystemRows standardColumns(const SchemaCatalogue& catalogue) {
-    SystemRows view{{{"TABLE_CATALOG", kName},
-                     {"TABLE_SCHEMA", kName},
-                     {"TABLE_NAME", kName},
-                     {"COLUMN_NAME", kName},
-                     {"ORDINAL_POSITION", kInt},
-                     {"COLUMN_DEFAULT", kText},
-                     {"IS_NULLABLE", {SqlType::VarChar, 3}},
-                     {"DATA_TYPE", kName},
-                     {"CHARACTER_MAXIMUM_LENGTH", kInt},
-                     {"NUMERIC_PRECISION", kTinyInt},
-                     {"NUMERIC_SCALE", kInt},
-                     {"DATETIME_PRECISION", kSmallInt}},
-                    {}};
-    for (const Table* table : catalogue.tables()) {
-        std::int64_t ordinal = 0;
-        for (const Column& column : table->columns) {
-            const TypeSpec& type = column.type;
-            const bool counts = tsql::isNumber(type.type) && type.type != SqlType::Bit;
-            const bool dated = tsql::isDate(type.type);
-            const bool given = column.defaultSql && !column.computed;
-            view.rows.push_back(
-                {text(catalogue.databaseName()), text("dbo"), text(table->name), text(column.name),
-                 number(++ordinal), given ? text("(" + *column.defaultSql + ")") : Value(),
-                 text(column.nullable ? "YES" : "NO"), text(tsql::typeName(type.type)),
-                 lengthOf(type), counts ? number(precisionOf(type)) : Value(),
-                 counts && !tsql::isApproximate(type.type) ? number(scaleOf(type)) : Value(),
-                 dated ? number(scaleOf(type)) : Value()});
-        }
-    }
-    return view;
-}
-
-const char* standardType(std::string_view type) {
-    if (type == "PK") return "PRIMARY KEY";
-    if (type == "UQ") return "UNIQUE";
-    return type == "F " ? "FOREIGN KEY" : "CHECK";
-}
-
-SystemRows standardConstraints(const SchemaCatalogue& catalogue) {
-    SystemRows view{{{"CONSTRAINT_CATALOG", kName},
-                     {"CONSTRAINT_SCHEMA", kName},
-                     {"CONSTRAINT_NAME", kName},
-                     {"TABLE_NAME", kName},
-                     {"CONSTRAINT_TYPE", {SqlType::VarChar, 11}}},
-                    {}};
-    for (const ConstraintInfo& each : catalogue.constraints()) {
-        if (std::string_view(each.type) == "D ") continue;
-        view.rows.push_back({text(catalogue.databaseName()), text("dbo"), text(each.name),
-                             text(each.table), text(standardType(each.type))});
-    }
-    return view;
-}
-
-SystemRows standardKeyColumns(const SchemaCatalogue& catalogue) {
-    SystemRows view{{{"CONSTRAINT_NAME", kName},
-                     {"TABLE_SCHEMA", kName},
-                     {"TABLE_NAME", kName},
-                     {"COLUMN_NAME", kName},
-                     {"ORDINAL_POSITION", kInt}},
-                    {}};
-    for (const ConstraintInfo& each : catalogue.constraints()) {
-        const std::string_view type = each.type;
-        if (type == "D " || type == "C ") continue;
-        std::int64_t ordinal = 0;
-        for (const std::string& column : each.columns) {
-            view.rows.push_back(
-                {text(each.name), text("dbo"), text(each.table), text(column), number(++ordinal)});
-        }
-    }
-    return view;
-}
-
-SystemRows standardViews(const SchemaCatalogue& catalogue) {
-    SystemRows view{{{"TABLE_CATALOG", kName},
-                     {"TABLE_SCHEMA", kName},
-                     {"TABLE_NAME", kName},
-                     {"VIEW_DEFINITION", kText}},
-                    {}};
-    for (const StoredObject& object : catalogue.objects()) {
-        if (object.kind != StoredKind::View) continue;
-        view.rows.push_back(
-            {text(catalogue.databaseName()), text("dbo"), text(object.name), text(object.text)});
-    }
-    return view;
-}
-
-SystemRows standardRoutines(const SchemaCatalogue& catalogue) {
-    SystemRows view{{{"ROUTINE_SCHEMA", kName},
-                     {"ROUTINE_NAME", kName},
-                     {"ROUTINE_TYPE", kShort},
-                     {"ROUTINE_DEFINITION", kText}},
-                    {}};
-    for (const StoredObject& object : catalogue.objects()) {
-        if (object.kind != StoredKind::Procedure && object.kind != StoredKind::Function) continue;
-        view.rows.push_back({text("dbo"), text(object.name),
-                             text(object.kind == StoredKind::Procedure ? "PROCEDURE" : "FUNCTION"),
-                             text(object.text)});
-    }
-    return view;
-}
-
-struct SystemView {
-    std::string_view owner;  // in lower case; empty: the older ones, of dbo or nobody
-    std::string_view name;
-    SystemRows (*rows)(const SchemaCatalogue& catalogue);
-};
-
-constexpr auto kViews = std::to_array<SystemView>({
+constexpr auto kViews = std::to_array<views::View>({
     {"", "sysobjects", sysobjects},
     {"", "syscolumns", [](const SchemaCatalogue& c) { return columnRows(c, false); }},
     {"", "sysindexes", [](const SchemaCatalogue& c) { return indexRows(c, false); }},
@@ -496,12 +322,6 @@ constexpr auto kViews = std::to_array<SystemView>({
     {"sys", "sql_modules", [](const SchemaCatalogue& c) { return syscomments(c, true); }},
     {"sys", "databases", [](const SchemaCatalogue& c) { return databases(c, true); }},
     {"sys", "schemas", [](const SchemaCatalogue&) { return owners(true); }},
-    {"information_schema", "tables", standardTables},
-    {"information_schema", "columns", standardColumns},
-    {"information_schema", "views", standardViews},
-    {"information_schema", "routines", standardRoutines},
-    {"information_schema", "table_constraints", standardConstraints},
-    {"information_schema", "key_column_usage", standardKeyColumns},
 });
 
 }  // namespace
@@ -512,11 +332,11 @@ std::optional<SystemRows> SchemaCatalogue::systemRows(const tsql::ObjectName& na
     std::string owner =
         name.parts.size() > 1 ? tsql::asciiLower(name.parts[name.parts.size() - 2]) : "";
     if (owner == "dbo" || owner == "master" || sameName(owner, databaseName_)) owner.clear();
-    for (const SystemView& view : kViews) {
-        const bool older = owner == "sys" && view.owner.empty();
-        if (view.name == last && (view.owner == owner || older)) return view.rows(*this);
+    for (const std::span<const views::View> list :
+         {std::span<const views::View>(kViews), views::keyViews(), views::standardViews()}) {
+        if (auto rows = rowsOf(list, *this, owner, last)) return rows;
     }
-    return keyView(*this, owner, last);
+    return std::nullopt;
 }
 
 }  // namespace kap::ado::embedded

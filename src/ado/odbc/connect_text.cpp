@@ -99,10 +99,6 @@ std::chrono::seconds timeoutOf(const ConnectionString::Pair& pair) {
     return std::chrono::seconds(*seconds);
 }
 
-bool isTrue(const std::string& value) {
-    return equalsIgnoringCase(value, "True") || equalsIgnoringCase(value, "Yes") || value == "1";
-}
-
 // The first whole number in a driver's name; 0: none.
 int versionIn(const std::string& name) {
     const std::size_t start = std::min(name.find_first_of("0123456789"), name.size());
@@ -158,7 +154,7 @@ public:
     void add(const ConnectionString::Pair& pair) {
         if (equalsIgnoringCase(pair.key, "Integrated Security") ||
             equalsIgnoringCase(pair.key, "Trusted_Connection")) {
-            if (equalsIgnoringCase(pair.value, "SSPI") || isTrue(pair.value)) {
+            if (equalsIgnoringCase(pair.value, "SSPI") || ConnectionString::isTrue(pair.value)) {
                 put("Trusted_Connection", "Yes");
             }
             return;
@@ -176,7 +172,7 @@ public:
                 put(std::string(use->odbc), odbcValue(pair.value));
                 break;
             case Use::Results:
-                put("MARS_Connection", isTrue(pair.value) ? "Yes" : "No");
+                put("MARS_Connection", ConnectionString::isTrue(pair.value) ? "Yes" : "No");
                 break;
             case Use::Extended: {
                 const ConnectionString extended = ConnectionString::parse(pair.value);
@@ -347,7 +343,7 @@ ConnectText connectTextOf(const ConnectionString& keys, const std::vector<std::s
             made.timeout = timeoutOf(pair);
         }
         if (use != nullptr && use->use == Use::Results) {
-            made.oneResult = !isTrue(pair.value);
+            made.oneResult = !ConnectionString::isTrue(pair.value);
         }
     }
     return made;

@@ -32,7 +32,7 @@ std::string formatted(const DateParts& parts, std::string_view pattern) {
                 result += digits(parts.month, 2);
                 break;
             case 'N':
-                result += std::string(monthName(parts.month, dateSettings().italian), 3);
+                result += monthName(parts.month, dateSettings().italian).substr(0, 3);
                 break;
             case 'D':
                 result += digits(parts.day, 2);

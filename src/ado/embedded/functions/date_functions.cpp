@@ -58,11 +58,11 @@ Value datePart(const Arguments& arguments) {
 Value dateName(const Arguments& arguments) {
     const auto part = static_cast<DatePart>(arguments.integer(0));
     const int value = partOf(part, arguments.real(1));
-    if (part == DatePart::Month) return std::string(monthName(value, dateSettings().italian));
+    if (part == DatePart::Month) return monthName(value, dateSettings().italian);
     constexpr int kDaysPerWeek = 7;
     if (part == DatePart::WeekDay) {
-        return std::string(
-            dayName((value - 1 + dateSettings().firstDay) % kDaysPerWeek, dateSettings().italian));
+        return dayName((value - 1 + dateSettings().firstDay) % kDaysPerWeek,
+                       dateSettings().italian);
     }
     return tsql::integerText(value);
 }

@@ -204,11 +204,13 @@ private:
     int takeMonth() {
         if (at(0) == nullptr) notADate(target_);
         const std::string word = pieces_[position_++].text;
+        const auto names = [&word](int month, bool italian) {
+            const std::string name = tsql::asciiUpper(monthName(month, italian));
+            return word == name || (word.size() == 3 && name.compare(0, 3, word) == 0);
+        };
         for (int month = 1; month <= 12; ++month) {
-            for (const bool italian : {false, dateSettings().italian}) {
-                const std::string name = tsql::asciiUpper(monthName(month, italian));
-                if (word == name || (word.size() == 3 && name.compare(0, 3, word) == 0))
-                    return month;
+            if (names(month, false) || (dateSettings().italian && names(month, true))) {
+                return month;
             }
         }
         notADate(target_);

@@ -1,10 +1,13 @@
 #include "ado/embedded/functions/dates.hpp"
 
-#include <array>
+#include <algorithm>
 #include <cmath>
+
+#include <kaputil/frame/string.hpp>
 
 #include "frame/clock.hpp"
 #include "frame/convert/calendar.hpp"
+#include "frame/locale_tables.hpp"
 
 namespace kap::ado::embedded {
 
@@ -15,6 +18,11 @@ constexpr int kFirstDateTimeYear = 1753;
 
 double firstDay(int year) {
     return convert::serialDay({year, 1, 1});
+}
+
+// Whatever the user's own is: scripts name the language.
+const Locale& localeOf(bool italian) {
+    return *std::ranges::find(knownLocales(), italian ? "it-IT" : "en-US", &Locale::name);
 }
 
 }  // namespace
@@ -86,25 +94,12 @@ double localInstant() {
     return roundedTo(convert::linearDays(localNow()), tsql::SqlType::DateTime);
 }
 
-const char* monthName(int month, bool italian) {
-    static constexpr std::array kNames{"January",   "February", "March",    "April",
-                                       "May",       "June",     "July",     "August",
-                                       "September", "October",  "November", "December"};
-    static constexpr std::array kItalian{"gennaio",   "febbraio", "marzo",    "aprile",
-                                         "maggio",    "giugno",   "luglio",   "agosto",
-                                         "settembre", "ottobre",  "novembre", "dicembre"};
-    const auto place = static_cast<std::size_t>(month - 1);
-    return italian ? kItalian.at(place) : kNames.at(place);
+std::string monthName(int month, bool italian) {
+    return String(localeOf(italian).months.at(static_cast<std::size_t>(month - 1))).utf8();
 }
 
-const char* dayName(int dayOfWeek, bool italian) {
-    static constexpr std::array kNames{"Sunday",   "Monday", "Tuesday", "Wednesday",
-                                       "Thursday", "Friday", "Saturday"};
-    static constexpr std::array kItalian{"domenica",       "luned\u00EC",  "marted\u00EC",
-                                         "mercoled\u00EC", "gioved\u00EC", "venerd\u00EC",
-                                         "sabato"};
-    const auto place = static_cast<std::size_t>(dayOfWeek);
-    return italian ? kItalian.at(place) : kNames.at(place);
+std::string dayName(int dayOfWeek, bool italian) {
+    return String(localeOf(italian).weekdays.at(static_cast<std::size_t>(dayOfWeek))).utf8();
 }
 
 }  // namespace kap::ado::embedded

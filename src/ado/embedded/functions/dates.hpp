@@ -60,8 +60,8 @@ inline constexpr int kDefaultDateStyle = 0;
 [[nodiscard]] std::optional<std::string> dateText(double stored, tsql::SqlType type, int style);
 
 /// Month name from 1, in English or Italian.
-[[nodiscard]] const char* monthName(int month, bool italian = false);
+[[nodiscard]] std::string monthName(int month, bool italian = false);
 /// Day name; 0 is Sunday.
-[[nodiscard]] const char* dayName(int dayOfWeek, bool italian = false);
+[[nodiscard]] std::string dayName(int dayOfWeek, bool italian = false);
 
 }  // namespace kap::ado::embedded

@@ -103,12 +103,9 @@ void ScriptRunner::executeModule(Frame& frame, Instruction& instruction,
                     instruction.line);
     }
     if (!node.resultVariable.empty()) {
-        const Value none = module->definition.kind == tsql::ModuleKind::Function
-                               ? Value()
-                               : Value(std::int64_t{0});
-        const Value result = called.returned.value_or(none);
         const bool function = module->definition.kind == tsql::ModuleKind::Function;
-        setVariable(frame, node.resultVariable, result,
+        const Value none = function ? Value() : Value(std::int64_t{0});
+        setVariable(frame, node.resultVariable, called.returned.value_or(none),
                     function ? module->definition.returns : TypeSpec{SqlType::Int},
                     instruction.line);
     }
