@@ -34,7 +34,7 @@ constexpr int kFields = 100;
 constexpr int kAllFields = kApplications * kProcedures * kModules * kFields;
 // One field in ten is customised by the group.
 constexpr int kEvery = 10;
-constexpr int kRows = kAllFields + kAllFields / kEvery;
+constexpr int kConfigurationRows = kAllFields + kAllFields / kEvery;
 
 std::string name(const char* what, int number) {
     return std::string(what) + " numero " + kap::plain::text(number);
@@ -155,11 +155,11 @@ void loadConfiguration(benchmark::State& state) {
         lastFieldsGroup(root, kFields - kEvery) != "UFFICIO") {
         state.SkipWithError("the fields are not loaded");
     }
-    state.SetItemsProcessed(state.iterations() * kRows);
+    state.SetItemsProcessed(state.iterations() * kConfigurationRows);
 }
 
 // The statement of the load, and every column of its rows copied out.
-void readBareRows(benchmark::State& state) {
+void readBareConfiguration(benchmark::State& state) {
     std::string applications;
     for (int i = 0; i < kApplications; ++i) {
         applications += (i == 0 ? "'" : ",'") + name("Applicazione", i) + "'";
@@ -190,10 +190,10 @@ void readBareRows(benchmark::State& state) {
         sqlite3_finalize(statement);
         benchmark::DoNotOptimize(characters);
     }
-    if (rows != kRows) {
+    if (rows != kConfigurationRows) {
         state.SkipWithError("rows are missing");
     }
-    state.SetItemsProcessed(state.iterations() * kRows);
+    state.SetItemsProcessed(state.iterations() * kConfigurationRows);
 }
 
 // The same load of a program that knows one application of four.
@@ -208,7 +208,7 @@ void loadOneApplication(benchmark::State& state) {
     if (lastFieldsGroup(*root, kFields - 1) != "DEFAULT") {
         state.SkipWithError("the fields are not loaded");
     }
-    state.SetItemsProcessed(state.iterations() * kRows / kApplications);
+    state.SetItemsProcessed(state.iterations() * kConfigurationRows / kApplications);
 }
 
 // Looks up a hundred fields, in other letters, of a module that has so many.
@@ -239,7 +239,7 @@ void lookUpFields(benchmark::State& state) {
 }
 
 KAP_BENCH_PAIR("configuration: load 200,000 fields of 2,000 modules, 220,000 rows",
-               loadConfiguration, readBareRows, 2.0);
+               loadConfiguration, readBareConfiguration, 2.0);
 KAP_BENCH_PAIR("configuration: a row of 200,000 fields beside one of 50,000", loadConfiguration,
                loadOneApplication, 1.3);
 KAP_BENCH_PAIR("configuration: look up a field of 30,000 beside one of 300", lookUpFields<30'000>,

@@ -20,7 +20,7 @@ using kap::Ref;
 
 constexpr int kInserts = 1000;
 constexpr int kQueries = 1000;
-constexpr int kRows = 100;
+constexpr int kDialectRows = 100;
 
 // The same table in two files, one for each arm, both in write-ahead mode with full
 // synchronisation.
@@ -56,7 +56,7 @@ private:
             "PRIMARY KEY (id)); "
             "CREATE TABLE s (id int NOT NULL, name varchar(40) COLLATE NOCASE, price money, "
             "PRIMARY KEY (id))");
-        for (int i = 0; i < kRows; ++i) {
+        for (int i = 0; i < kDialectRows; ++i) {
             const std::string n = std::to_string(i);
             ours_->Execute("INSERT INTO s VALUES (" + n + ", 'name " + n + "', " + n + ".5)");
             run(("INSERT INTO s VALUES (" + n + ", 'name " + n + "', " + n + "5000)").c_str());

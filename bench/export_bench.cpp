@@ -23,7 +23,7 @@ using kap::String;
 using kap::Variant;
 using kap::bench::Values;
 
-constexpr int kRows = 1'000'000;
+constexpr int kExportRows = 1'000'000;
 constexpr const char* kQuery =
     "SELECT Id, Codice, Descrizione, Quantita, Prezzo, Sconto, Data, Magazzino, Peso, Nota FROM "
     "Righe";
@@ -98,7 +98,7 @@ void checkExport() {
     std::string first;
     std::getline(lines, first);
     const auto size = static_cast<std::uintmax_t>(first.size() + 1);
-    if (first.size() < kLineEnd || std::filesystem::file_size(file) != size * kRows) {
+    if (first.size() < kLineEnd || std::filesystem::file_size(file) != size * kExportRows) {
         throw std::runtime_error("the exported lines are not as many as the rows");
     }
 }
@@ -114,7 +114,7 @@ Values rowsPerSecond() {
     const double ours = secondsOf(exportRows);
     checkExport();
     const double shell = secondsOf(runShell);
-    return {kRows / ours, kRows / shell};
+    return {kExportRows / ours, kExportRows / shell};
 }
 
 // From now on the largest size of this process is counted anew.

@@ -86,16 +86,16 @@ public:
 }  // namespace kap::bench
 
 #define KAP_BENCH_JOIN_(left, right) left##right
-#define KAP_BENCH_NAME_(line) KAP_BENCH_JOIN_(kBenchJob, line)
+#define KAP_BENCH_NAME_(count) KAP_BENCH_JOIN_(kBenchJob, count)
 
 /// Registers a timed job: KAP_BENCH_PAIR(name, ours, baseline, aim).
-#define KAP_BENCH_PAIR(...)                                             \
-    static const ::kap::bench::Registration KAP_BENCH_NAME_(__LINE__) { \
-        __VA_ARGS__                                                     \
+#define KAP_BENCH_PAIR(...)                                                \
+    static const ::kap::bench::Registration KAP_BENCH_NAME_(__COUNTER__) { \
+        __VA_ARGS__                                                        \
     }
 
 /// Registers a measured job: KAP_BENCH_VALUES(name, unit, measure, aim).
-#define KAP_BENCH_VALUES(...)                                           \
-    static const ::kap::bench::Registration KAP_BENCH_NAME_(__LINE__) { \
-        __VA_ARGS__                                                     \
+#define KAP_BENCH_VALUES(...)                                              \
+    static const ::kap::bench::Registration KAP_BENCH_NAME_(__COUNTER__) { \
+        __VA_ARGS__                                                        \
     }

@@ -85,17 +85,17 @@ private:
     std::unique_ptr<sqlite3, Close> bare_;
 };
 
-class BareStatement {
+class BareNumberingStatement {
 public:
-    explicit BareStatement(const std::string& sql) {
+    explicit BareNumberingStatement(const std::string& sql) {
         if (sqlite3_prepare_v2(Company::get().bare(), sql.c_str(), -1, &statement_, nullptr) !=
             SQLITE_OK) {
             throw std::runtime_error(sqlite3_errmsg(Company::get().bare()));
         }
     }
-    ~BareStatement() { sqlite3_finalize(statement_); }
-    BareStatement(const BareStatement&) = delete;
-    BareStatement& operator=(const BareStatement&) = delete;
+    ~BareNumberingStatement() { sqlite3_finalize(statement_); }
+    BareNumberingStatement(const BareNumberingStatement&) = delete;
+    BareNumberingStatement& operator=(const BareNumberingStatement&) = delete;
 
     // Runs it with these values; the first column of its first row, 0 when it has none.
     int run(std::initializer_list<int> values = {}) {
@@ -143,11 +143,11 @@ void takeNumbers(benchmark::State& state) {
 
 // Reads the counter and writes it if it is still what was read, in a transaction of its own.
 void updateBare(benchmark::State& state) {
-    BareStatement read("SELECT n_Def FROM vtx_TabPro WHERE Codice = 'A' AND Anno = 2025");
-    BareStatement begin("BEGIN IMMEDIATE");
-    BareStatement write(
+    BareNumberingStatement read("SELECT n_Def FROM vtx_TabPro WHERE Codice = 'A' AND Anno = 2025");
+    BareNumberingStatement begin("BEGIN IMMEDIATE");
+    BareNumberingStatement write(
         "UPDATE vtx_TabPro SET n_Def = ?1 WHERE Codice = 'A' AND Anno = 2025 AND n_Def = ?2");
-    BareStatement commit("COMMIT");
+    BareNumberingStatement commit("COMMIT");
     int updated = 0;
     for (auto _ : state) {
         const int last = read.run();
@@ -182,7 +182,7 @@ void searchBare(benchmark::State& state) {
         for (int found = 1; found != 0; number += found != 0 ? 1 : 0) {
             const std::string range =
                 " BETWEEN " + std::to_string(number) + " AND " + std::to_string(number);
-            found = BareStatement(
+            found = BareNumberingStatement(
                         "SELECT d.Numero AS Numero FROM mag_TDocumenti d JOIN vtx_TabDoc t ON "
                         "t.Codice = d.Tipo WHERE d.Anno = 2025 AND t.TipoProg = 'B' AND "
                         "ifnull(d.MC_Registrazione, '') IN ('', '0') AND d.Numero" +

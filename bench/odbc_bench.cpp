@@ -21,6 +21,7 @@
 #include <kaputil/db/recordsets.hpp>
 
 #include "bench/job.hpp"
+#include "tests/support/build_folders.hpp"
 
 namespace {
 
@@ -28,9 +29,9 @@ using kap::Ref;
 using kap::String;
 using kap::Variant;
 
-constexpr std::int64_t kRows = 1'000'000;
-constexpr std::int64_t kExpected = kRows * (kRows + 1) / 2;
-constexpr const char* kQuery = "SELECT id, articolo, prezzo, data, quantita FROM righe";
+constexpr std::int64_t kOdbcRows = 1'000'000;
+constexpr std::int64_t kExpected = kOdbcRows * (kOdbcRows + 1) / 2;
+constexpr const char* kOdbcQuery = "SELECT id, articolo, prezzo, data, quantita FROM righe";
 constexpr const char* kOneRow =
     "SELECT id, articolo, prezzo, data, quantita FROM righe WHERE id = 77";
 
@@ -61,7 +62,7 @@ private:
             "(i % 1000) + 0.25::numeric(10,2) AS prezzo0, "
             "timestamp '2003-12-25 10:30:00' + i * interval '1 minute' AS data, "
             "(i % 100)::double precision AS quantita FROM generate_series(1, " +
-            std::to_string(kRows) +
+            std::to_string(kOdbcRows) +
             ") i; ALTER TABLE righe ADD COLUMN articolo varchar(40), "
             "ADD COLUMN prezzo numeric(10,2); UPDATE righe SET articolo = articolo0, prezzo = "
             "prezzo0; ALTER TABLE righe DROP COLUMN articolo0, DROP COLUMN prezzo0, "
@@ -78,7 +79,7 @@ private:
     }
 
     void script(const std::string& job) const {
-        const std::string command = std::string(KAPUTIL_SOURCE_DIR) +
+        const std::string command = std::string(kap::test::kSourceFolder) +
                                     "/scripts/postgres_server.sh " + job + " '" + folder_ + "'";
         if (std::system(command.c_str()) != 0) {
             throw std::runtime_error("the server's script failed");
@@ -103,15 +104,15 @@ private:
     }
 
     std::string folder_ =
-        std::string(KAPUTIL_BINARY_DIR) + "/bench-server-" + std::to_string(getpid());
+        std::string(kap::test::kBuildFolder) + "/bench-server-" + std::to_string(getpid());
     Ref<kap::ado::Connection> connection_ = kap::make<kap::ado::Connection>();
     SQLHENV environment_ = nullptr;
     SQLHDBC bare_ = nullptr;
 };
 
-class BareStatement {
+class BareOdbcStatement {
 public:
-    explicit BareStatement(const char* query) {
+    explicit BareOdbcStatement(const char* query) {
         SQLAllocHandle(SQL_HANDLE_STMT, SampleServer::get().bare(), &statement_);
         std::u16string units = String(query).units();
         if (!SQL_SUCCEEDED(
@@ -119,9 +120,9 @@ public:
             throw std::runtime_error("the bare query fails");
         }
     }
-    ~BareStatement() { SQLFreeHandle(SQL_HANDLE_STMT, statement_); }
-    BareStatement(const BareStatement&) = delete;
-    BareStatement& operator=(const BareStatement&) = delete;
+    ~BareOdbcStatement() { SQLFreeHandle(SQL_HANDLE_STMT, statement_); }
+    BareOdbcStatement(const BareOdbcStatement&) = delete;
+    BareOdbcStatement& operator=(const BareOdbcStatement&) = delete;
     [[nodiscard]] SQLHSTMT get() const { return statement_; }
 
 private:
@@ -149,7 +150,7 @@ struct Places {
 };
 
 std::int64_t bareRows(const char* query) {
-    const BareStatement statement(query);
+    const BareOdbcStatement statement(query);
     Places<1> places;
     std::int64_t sum = 0;
     while (SQL_SUCCEEDED(SQLFetch(statement.get()))) {
@@ -165,7 +166,7 @@ std::int64_t bareRows(const char* query) {
 std::int64_t bareBlocks(const char* query) {
     constexpr std::size_t kBlock = 1000;
     static Places<kBlock> places;
-    const BareStatement statement(query);
+    const BareOdbcStatement statement(query);
     SQLULEN fetched = 0;
     SQLSetStmtAttr(statement.get(), SQL_ATTR_ROW_ARRAY_SIZE, reinterpret_cast<SQLPOINTER>(kBlock),
                    0);
@@ -183,31 +184,31 @@ std::int64_t bareBlocks(const char* query) {
     return sum;
 }
 
-void readRecordset(benchmark::State& state) {
+void readOdbcRecordset(benchmark::State& state) {
     Variant connection(SampleServer::get().connection());
     for (auto _ : state) {
-        const auto rows = kap::db::OpenRecordset(kQuery, connection, -1, -1, -1,
+        const auto rows = kap::db::OpenRecordset(kOdbcQuery, connection, -1, -1, -1,
                                                  /*DeleteNull=*/false);
-        if (rows->RecordCount() != kRows) {
+        if (rows->RecordCount() != kOdbcRows) {
             state.SkipWithError("rows are missing");
             break;
         }
     }
-    state.SetItemsProcessed(state.iterations() * kRows);
+    state.SetItemsProcessed(state.iterations() * kOdbcRows);
 }
 
 template <class Read>
 void readBare(benchmark::State& state, Read read) {
     for (auto _ : state) {
-        if (read(kQuery) != kExpected) {
+        if (read(kOdbcQuery) != kExpected) {
             state.SkipWithError("the rows do not add up");
             break;
         }
     }
-    state.SetItemsProcessed(state.iterations() * kRows);
+    state.SetItemsProcessed(state.iterations() * kOdbcRows);
 }
 
-void readBareRows(benchmark::State& state) {
+void readBareOdbcRows(benchmark::State& state) {
     readBare(state, bareRows);
 }
 
@@ -215,7 +216,7 @@ void readBareBlocks(benchmark::State& state) {
     readBare(state, bareBlocks);
 }
 
-void readRecord(benchmark::State& state) {
+void readOdbcRecord(benchmark::State& state) {
     Variant connection(SampleServer::get().connection());
     const String query(kOneRow);
     Variant text;
@@ -231,7 +232,7 @@ void readRecord(benchmark::State& state) {
     }
 }
 
-void readBareRecord(benchmark::State& state) {
+void readBareOdbcRecord(benchmark::State& state) {
     for (auto _ : state) {
         if (bareRows(kOneRow) != 77) {
             state.SkipWithError("the row is missing");
@@ -240,10 +241,10 @@ void readBareRecord(benchmark::State& state) {
     }
 }
 
-KAP_BENCH_PAIR("server: open 1,000,000 rows (beside row by row)", readRecordset, readBareRows,
-               kap::bench::atLeast(2.0));
-KAP_BENCH_PAIR("server: open 1,000,000 rows (beside bare blocks)", readRecordset, readBareBlocks,
-               1.3);
-KAP_BENCH_PAIR("server: DB_Read of one row", readRecord, readBareRecord, 1.2);
+KAP_BENCH_PAIR("server: open 1,000,000 rows (beside row by row)", readOdbcRecordset,
+               readBareOdbcRows, kap::bench::atLeast(2.0));
+KAP_BENCH_PAIR("server: open 1,000,000 rows (beside bare blocks)", readOdbcRecordset,
+               readBareBlocks, 1.3);
+KAP_BENCH_PAIR("server: DB_Read of one row", readOdbcRecord, readBareOdbcRecord, 1.2);
 
 }  // namespace

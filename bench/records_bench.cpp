@@ -24,10 +24,10 @@ using kap::String;
 using kap::Variant;
 using kap::VarType;
 
-constexpr int kRows = 1'000'000;
+constexpr int kRecordsRows = 1'000'000;
 constexpr int kColumns = 10;
 constexpr int kWideColumns = 100;
-const char* const kQuery = "SELECT * FROM Righe";
+const char* const kRecordsQuery = "SELECT * FROM Righe";
 const char* const kWideQuery = "SELECT * FROM Larga WHERE C0 = 1";
 
 std::string rowsScript(int first, int count) {
@@ -75,7 +75,7 @@ private:
             u"Sconto decimal(5,2), Data datetime, Descrizione varchar(80), Evaso bit, Peso float, "
             u"UM varchar(5), Quantita int)");
         connection_->BeginTrans();
-        for (int first = 1; first <= kRows; first += 500) {
+        for (int first = 1; first <= kRecordsRows; first += 500) {
             connection_->Execute(rowsScript(first, 500));
         }
         connection_->CommitTrans();
@@ -100,16 +100,16 @@ private:
     std::unique_ptr<sqlite3, Close> bare_;
 };
 
-class BareStatement {
+class BareRecordsStatement {
 public:
-    BareStatement(sqlite3* handle, const char* sql) {
+    BareRecordsStatement(sqlite3* handle, const char* sql) {
         if (sqlite3_prepare_v2(handle, sql, -1, &statement_, nullptr) != SQLITE_OK) {
             throw std::runtime_error(sqlite3_errmsg(handle));
         }
     }
-    ~BareStatement() { sqlite3_finalize(statement_); }
-    BareStatement(const BareStatement&) = delete;
-    BareStatement& operator=(const BareStatement&) = delete;
+    ~BareRecordsStatement() { sqlite3_finalize(statement_); }
+    BareRecordsStatement(const BareRecordsStatement&) = delete;
+    BareRecordsStatement& operator=(const BareRecordsStatement&) = delete;
     [[nodiscard]] sqlite3_stmt* get() const { return statement_; }
 
 private:
@@ -181,7 +181,7 @@ void add(Checksum& sum, const Variant& value) {
 
 Ref<kap::ado::Recordset> openAll() {
     Variant connection(SampleDatabase::get().connection());
-    return kap::db::OpenRecordset(kQuery, connection, -1, -1, -1, /*DeleteNull=*/false);
+    return kap::db::OpenRecordset(kRecordsQuery, connection, -1, -1, -1, /*DeleteNull=*/false);
 }
 
 Checksum recordsetChecksum() {
@@ -212,7 +212,7 @@ Checksum lookedUpChecksum(kap::ado::Recordset& rows, const std::vector<Variant>&
 }
 
 Checksum expectedChecksum() {
-    const BareStatement statement(SampleDatabase::get().bare(), kQuery);
+    const BareRecordsStatement statement(SampleDatabase::get().bare(), kRecordsQuery);
     return bareChecksum(statement.get(), kColumns);
 }
 
@@ -224,7 +224,7 @@ void readRecordset(benchmark::State& state) {
             break;
         }
     }
-    state.SetItemsProcessed(state.iterations() * kRows);
+    state.SetItemsProcessed(state.iterations() * kRecordsRows);
 }
 
 void readLookedUp(benchmark::State& state, const std::vector<Variant>& fields) {
@@ -236,7 +236,7 @@ void readLookedUp(benchmark::State& state, const std::vector<Variant>& fields) {
             break;
         }
     }
-    state.SetItemsProcessed(state.iterations() * kRows);
+    state.SetItemsProcessed(state.iterations() * kRecordsRows);
 }
 
 void readByNumber(benchmark::State& state) {
@@ -253,37 +253,37 @@ void readByName(benchmark::State& state) {
                          u"Evaso", u"Peso", u"UM", u"Quantita"});
 }
 
-void readBareRows(benchmark::State& state) {
+void readBareRecords(benchmark::State& state) {
     const Checksum expected = expectedChecksum();
     for (auto _ : state) {
-        const BareStatement statement(SampleDatabase::get().bare(), kQuery);
+        const BareRecordsStatement statement(SampleDatabase::get().bare(), kRecordsQuery);
         if (!(bareChecksum(statement.get(), kColumns) == expected)) {
             state.SkipWithError("the bare rows differ from one reading to the next");
             break;
         }
     }
-    state.SetItemsProcessed(state.iterations() * kRows);
+    state.SetItemsProcessed(state.iterations() * kRecordsRows);
 }
 
 void fillRecordset(benchmark::State& state) {
     for (auto _ : state) {
-        if (openAll()->RecordCount() != kRows) {
+        if (openAll()->RecordCount() != kRecordsRows) {
             state.SkipWithError("rows are missing");
             break;
         }
     }
-    state.SetItemsProcessed(state.iterations() * kRows);
+    state.SetItemsProcessed(state.iterations() * kRecordsRows);
 }
 
 kap::bench::Values recordsetMemory() {
     const auto rows = openAll();
     const Checksum sum = expectedChecksum();
-    if (rows->RecordCount() != kRows) {
+    if (rows->RecordCount() != kRecordsRows) {
         throw std::runtime_error("rows are missing");
     }
-    const double cells = 9.0 * kRows * kColumns;
-    return {static_cast<double>(rows->rowMemory()) / kRows,
-            (cells + static_cast<double>(sum.characters)) / kRows};
+    const double cells = 9.0 * kRecordsRows * kColumns;
+    return {static_cast<double>(rows->rowMemory()) / kRecordsRows,
+            (cells + static_cast<double>(sum.characters)) / kRecordsRows};
 }
 
 void readRecord(benchmark::State& state) {
@@ -302,7 +302,7 @@ void readRecord(benchmark::State& state) {
 }
 
 void readBareRecord(benchmark::State& state) {
-    const BareStatement statement(SampleDatabase::get().bare(), kWideQuery);
+    const BareRecordsStatement statement(SampleDatabase::get().bare(), kWideQuery);
     std::vector<std::string> values(kWideColumns);
     for (auto _ : state) {
         sqlite3_reset(statement.get());
@@ -321,14 +321,14 @@ void readBareRecord(benchmark::State& state) {
     }
 }
 
-KAP_BENCH_PAIR("recordset: open 1,000,000 x 10 (beside bare reading)", fillRecordset, readBareRows,
-               1.3);
-KAP_BENCH_PAIR("recordset: open and read every value, 1,000,000 x 10", readRecordset, readBareRows,
-               2.0);
+KAP_BENCH_PAIR("recordset: open 1,000,000 x 10 (beside bare reading)", fillRecordset,
+               readBareRecords, 1.3);
+KAP_BENCH_PAIR("recordset: open and read every value, 1,000,000 x 10", readRecordset,
+               readBareRecords, 2.0);
 KAP_BENCH_PAIR("recordset: every value by the field's number, 1,000,000 x 10", readByNumber,
-               readBareRows, 1.3);
+               readBareRecords, 1.3);
 KAP_BENCH_PAIR("recordset: every value by the field's name, 1,000,000 x 10", readByName,
-               readBareRows, 1.6);
+               readBareRecords, 1.6);
 KAP_BENCH_VALUES("recordset: memory of a row of 10 columns", "bytes", recordsetMemory, 1.2);
 KAP_BENCH_PAIR("DB_Read: one record of 100 columns", readRecord, readBareRecord, 10.0);
 

@@ -26,7 +26,7 @@ using kap::bench::SharedWork;
 using kap::bench::Values;
 
 constexpr std::chrono::milliseconds kTime{2000};
-constexpr int kRows = 100;
+constexpr int kSharedRows = 100;
 constexpr int kBusyMillis = 30'000;
 
 // A file with a table of rows to change and a counter, which goes with the object.
@@ -115,7 +115,7 @@ public:
     Updater(const SharedFile& file, int process) : connection_(file.open()), row_(process) {}
 
     void update() {
-        row_ = (row_ + 37) % kRows;
+        row_ = (row_ + 37) % kSharedRows;
         for (;;) {
             const auto rows = kap::make<kap::ado::Recordset>();
             rows->setCursorLocation(kap::ado::CursorLocationEnum::adUseClient);
@@ -151,7 +151,7 @@ public:
           row_(process) {}
 
     void update() {
-        row_ = (row_ + 37) % kRows;
+        row_ = (row_ + 37) % kSharedRows;
         sqlite3_bind_int(read_.get(), 1, row_);
         require(sqlite3_step(read_.get()) == SQLITE_ROW, "the row is missing");
         const int quantity = sqlite3_column_int(read_.get(), 0);

@@ -21,7 +21,7 @@ namespace {
 using kap::Ref;
 
 constexpr int kStatements = 1'000;
-constexpr int kRows = 1'000'000;
+constexpr int kScriptRows = 1'000'000;
 
 std::string statement(int number) {
     return "UPDATE Conti SET Saldo = Saldo + 1 WHERE Codice = " + kap::plain::text(number);
@@ -57,7 +57,7 @@ private:
         runBare("WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < " +
                 kap::plain::text(kStatements) + ") INSERT INTO Conti SELECT i, 0 FROM n");
         runBare("WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < " +
-                kap::plain::text(kRows) +
+                kap::plain::text(kScriptRows) +
                 ") INSERT INTO Origine SELECT i, 'articolo ' || i, i % 100 FROM n");
     }
     ~ScriptDatabase() {
@@ -148,10 +148,10 @@ void transferRows(benchmark::State& state) {
         }
     }
     const auto rows = connection->Execute(u"SELECT COUNT(*) FROM Archivio");
-    if (rows->Fields()->Item(0)->Value().as<std::int32_t>() != kRows) {
+    if (rows->Fields()->Item(0)->Value().as<std::int32_t>() != kScriptRows) {
         state.SkipWithError("rows are missing");
     }
-    state.SetItemsProcessed(state.iterations() * kRows);
+    state.SetItemsProcessed(state.iterations() * kScriptRows);
 }
 
 void insertBare(benchmark::State& state) {
@@ -164,7 +164,7 @@ void insertBare(benchmark::State& state) {
             "BEGIN IMMEDIATE; INSERT INTO Archivio (Codice, Nome, Qta) SELECT Codice, Nome, Qta "
             "FROM Origine WHERE 1=1; COMMIT");
     }
-    state.SetItemsProcessed(state.iterations() * kRows);
+    state.SetItemsProcessed(state.iterations() * kScriptRows);
 }
 
 KAP_BENCH_PAIR("script: build and execute 1,000 commands", runCommands, runBareStatements, 1.5);

@@ -9,27 +9,28 @@
 namespace kap::ado {
 namespace {
 
-bool isBlank(char letter) {
+bool isConnectionBlank(char letter) {
     return letter == ' ' || letter == '\t' || letter == '\r' || letter == '\n';
 }
 
 std::string_view trimmed(std::string_view text) {
-    while (!text.empty() && isBlank(text.front())) {
+    while (!text.empty() && isConnectionBlank(text.front())) {
         text.remove_prefix(1);
     }
-    while (!text.empty() && isBlank(text.back())) {
+    while (!text.empty() && isConnectionBlank(text.back())) {
         text.remove_suffix(1);
     }
     return text;
 }
 
-class Reader {
+class ConnectionStringReader {
 public:
-    explicit Reader(std::string_view text) : text_(text) {}
+    explicit ConnectionStringReader(std::string_view text) : text_(text) {}
 
     // Moves to the next pair; false at the end. Empty places between two ';' are passed over.
     bool nextPair() {
-        while (position_ < text_.size() && (text_[position_] == ';' || isBlank(text_[position_]))) {
+        while (position_ < text_.size() &&
+               (text_[position_] == ';' || isConnectionBlank(text_[position_]))) {
             ++position_;
         }
         return position_ < text_.size();
@@ -52,7 +53,7 @@ public:
     }
 
     std::string value() {
-        while (position_ < text_.size() && isBlank(text_[position_])) {
+        while (position_ < text_.size() && isConnectionBlank(text_[position_])) {
             ++position_;
         }
         if (position_ < text_.size() && (text_[position_] == '"' || text_[position_] == '\'')) {
@@ -105,7 +106,7 @@ private:
     }
 
     void endOfValue(const std::string& value) {
-        while (position_ < text_.size() && isBlank(text_[position_])) {
+        while (position_ < text_.size() && isConnectionBlank(text_[position_])) {
             ++position_;
         }
         if (position_ < text_.size() && text_[position_] != ';') {
@@ -144,7 +145,7 @@ std::string inQuotes(std::string_view value) {
 std::string withoutPasswords(std::string_view text) {
     std::string made;
     std::size_t copied = 0;
-    Reader reader(text);
+    ConnectionStringReader reader(text);
     while (reader.nextPair()) {
         const std::size_t start = reader.position();
         const std::string key = reader.key();
@@ -181,7 +182,7 @@ std::string ConnectionString::shown(std::string_view text) {
 
 ConnectionString ConnectionString::parse(std::string_view text) {
     ConnectionString made;
-    Reader reader(text);
+    ConnectionStringReader reader(text);
     while (reader.nextPair()) {
         std::string key = reader.key();
         made.pairs_.push_back({std::move(key), reader.value()});

@@ -15,18 +15,19 @@ using Node = CriteriaNode;
 
 constexpr int kDeepest = 50;
 
-bool isBlank(char letter) {
+bool isCriteriaBlank(char letter) {
     return letter == ' ' || letter == '\t' || letter == '\r' || letter == '\n';
 }
 
 // Ends a name or a number that stands without brackets or quotes.
 bool endsWord(char letter) {
-    return isBlank(letter) || std::string_view("=<>(),[]'#").find(letter) != std::string_view::npos;
+    return isCriteriaBlank(letter) ||
+           std::string_view("=<>(),[]'#").find(letter) != std::string_view::npos;
 }
 
-class Reader {
+class CriteriaReader {
 public:
-    explicit Reader(std::string_view text) : text_(text) { skipBlanks(); }
+    explicit CriteriaReader(std::string_view text) : text_(text) { skipBlanks(); }
 
     [[nodiscard]] bool atEnd() const { return rest().empty(); }
 
@@ -95,7 +96,7 @@ private:
     }
 
     void skipBlanks() {
-        while (position_ < text_.size() && isBlank(text_[position_])) {
+        while (position_ < text_.size() && isCriteriaBlank(text_[position_])) {
             ++position_;
         }
     }
@@ -104,7 +105,7 @@ private:
     std::size_t position_ = 0;
 };
 
-Node::Operator readOperator(Reader& reader) {
+Node::Operator readOperator(CriteriaReader& reader) {
     constexpr std::array<std::pair<const char*, Node::Operator>, 6> kSigns = {{
         {"<>", Node::Operator::NotEqual},
         {"<=", Node::Operator::LessOrEqual},
@@ -124,7 +125,7 @@ Node::Operator readOperator(Reader& reader) {
     reader.fail("a comparison");
 }
 
-Node readComparison(Reader& reader) {
+Node readComparison(CriteriaReader& reader) {
     Node node;
     node.column = reader.name();
     node.comparison = readOperator(reader);
@@ -140,9 +141,9 @@ Node readComparison(Reader& reader) {
     return node;
 }
 
-Node readAlternatives(Reader& reader, int depth);
+Node readAlternatives(CriteriaReader& reader, int depth);
 
-Node readPrimary(Reader& reader, int depth) {
+Node readPrimary(CriteriaReader& reader, int depth) {
     if (!reader.take("(")) {
         return readComparison(reader);
     }
@@ -158,7 +159,7 @@ Node readPrimary(Reader& reader, int depth) {
 
 // One part, or several with the keyword between.
 template <class ReadPart>
-Node readJoined(Reader& reader, const char* keyword, Node::Kind kind, ReadPart readPart) {
+Node readJoined(CriteriaReader& reader, const char* keyword, Node::Kind kind, ReadPart readPart) {
     Node first = readPart();
     if (!reader.takeWord(keyword)) {
         return first;
@@ -172,7 +173,7 @@ Node readJoined(Reader& reader, const char* keyword, Node::Kind kind, ReadPart r
     return joined;
 }
 
-Node readAlternatives(Reader& reader, int depth) {
+Node readAlternatives(CriteriaReader& reader, int depth) {
     return readJoined(reader, "OR", Node::Kind::Or, [&] {
         return readJoined(reader, "AND", Node::Kind::And,
                           [&] { return readPrimary(reader, depth); });
@@ -182,7 +183,7 @@ Node readAlternatives(Reader& reader, int depth) {
 }  // namespace
 
 CriteriaNode parseCriteria(std::string_view text) {
-    Reader reader(text);
+    CriteriaReader reader(text);
     CriteriaNode node = readAlternatives(reader, 0);
     if (!reader.atEnd()) {
         reader.fail("AND, OR or the end");
@@ -191,7 +192,7 @@ CriteriaNode parseCriteria(std::string_view text) {
 }
 
 std::vector<SortName> parseSort(std::string_view text) {
-    Reader reader(text);
+    CriteriaReader reader(text);
     std::vector<SortName> names;
     while (true) {
         SortName name{reader.name()};

@@ -11,7 +11,7 @@
 namespace kap::ado {
 namespace {
 
-constexpr std::uint8_t kWidestDecimal = 18;
+constexpr std::uint8_t kParameterPrecision = 18;
 constexpr std::int32_t kUnlimited = std::numeric_limits<std::int32_t>::max();
 
 bool isDecimal(DataTypeEnum type) {
@@ -23,7 +23,7 @@ void adaptToValue(ColumnInfo& column, const Variant& value) {
     if (!isDecimal(column.type) || column.precision != 0) {
         return;
     }
-    column.precision = kWidestDecimal;
+    column.precision = kParameterPrecision;
     column.numericScale = 0;
     if (!value.isNull() && !value.isEmpty()) {
         column.numericScale = static_cast<std::uint8_t>(convert::toDecimal(value).scale());

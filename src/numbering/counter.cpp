@@ -18,7 +18,6 @@ using ado::Recordset;
 constexpr std::int16_t kFailed = 1;
 constexpr std::int16_t kNoDocumentType = -9;
 constexpr std::int16_t kOne = 1;
-constexpr const char16_t* kDefinitive = u"n_Def";
 
 // The row stays connected, because the call may write it.
 Ref<Recordset> openWritable(const String& query, Variant& connection) {

@@ -9,6 +9,9 @@
 // The row of a counter: finding, reading and writing it.
 namespace kap::numbering {
 
+// The column of the last definitive number.
+inline constexpr const char16_t* kDefinitive = u"n_Def";
+
 // What looking for a counter came to.
 struct FoundCounter {
     Ref<ado::Recordset> row;  // connected and writable; unset when there is none

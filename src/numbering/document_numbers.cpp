@@ -20,7 +20,6 @@ using ado::Recordset;
 // A caller who wants numbers only looked at when the counter is named by its code.
 constexpr std::int16_t kNeverWriteByCode = 4;
 
-constexpr const char16_t* kDefinitive = u"n_Def";
 constexpr const char16_t* kProvisional = u"n_Prov";
 
 bool equals(const Variant& left, const Variant& right) {

@@ -123,19 +123,13 @@ private:
     Ref<CSQL> sql_ = make<CSQL>();
 };
 
-int fail(const ado::Connection& connection, const AutomationError& error, bool json, int code) {
-    for (const Failure& failure : failuresOf(connection, error)) {
-        printFailure(std::cerr, failure, json);
-    }
-    return code;
-}
-
 int runOn(const std::string& connectionString, const Batch& batch, bool json) {
     const auto connection = make<ado::Connection>();
     try {
         connection->Open(connectionString);
     } catch (const AutomationError& error) {
-        return fail(*connection, error, json, kNoDatabase);
+        reportFailures(failuresOf(*connection, error), json);
+        return kNoDatabase;
     }
     batch.sql().setActiveConnection(connection);
     if (!batch.sql().Execute()) {

@@ -6,27 +6,21 @@
 #include <kaputil/ado/connection.hpp>
 #include <kaputil/frame/plain_text.hpp>
 
+#include "tools/names.hpp"
 #include "tools/script_text.hpp"
 
 namespace kap::tools {
 namespace {
 
-constexpr std::string_view kBlanks = " \t\r\n";
+constexpr std::string_view kBlanksAndBreaks = " \t\r\n";
 constexpr std::string_view kMessageMark = "-- message:";
-
-std::string_view trimmed(std::string_view text) {
-    const std::size_t first = text.find_first_not_of(kBlanks);
-    return first == std::string_view::npos
-               ? std::string_view{}
-               : text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
-}
 
 // Drops the blank lines before the text, counting them.
 std::string_view withoutBlankLines(std::string_view text, std::int32_t& line) {
-    const std::size_t first = std::min(text.find_first_not_of(kBlanks), text.size());
+    const std::size_t first = std::min(text.find_first_not_of(kBlanksAndBreaks), text.size());
     const std::string_view blanks = text.substr(0, first);
     line += static_cast<std::int32_t>(std::ranges::count(blanks, '\n'));
-    return trimmed(text);
+    return trimmed(text, kBlanksAndBreaks);
 }
 
 BatchStatement statementOf(std::string_view text, std::int32_t firstLine, const std::string& name) {
@@ -39,7 +33,8 @@ BatchStatement statementOf(std::string_view text, std::int32_t firstLine, const 
     }
     const std::int32_t messageLine = made.line;
     const std::size_t end = std::min(rest.find('\n'), rest.size());
-    made.message = trimmed(rest.substr(kMessageMark.size(), end - kMessageMark.size()));
+    made.message =
+        trimmed(rest.substr(kMessageMark.size(), end - kMessageMark.size()), kBlanksAndBreaks);
     made.text = withoutBlankLines(rest.substr(end), made.line);
     if (made.text.empty()) {
         throw ScriptError(name + ", line " + plain::text(messageLine) +

@@ -55,7 +55,7 @@ void printText(const CallOutcome& outcome, const Terminal& terminal) {
     }
 }
 
-void printJson(const CallOutcome& outcome) {
+void printOutcomeAsJson(const CallOutcome& outcome) {
     Json json = typedJson(outcome.result);
     json["byref"] = Json::object();
     for (const auto& [name, value] : outcome.changed) {
@@ -80,7 +80,7 @@ int CallCommand::run() const {
         for (const GivenCall& given : calls) {
             const CallOutcome outcome = session.call(given);
             if (json) {
-                printJson(outcome);
+                printOutcomeAsJson(outcome);
             } else {
                 printText(outcome, terminal);
             }

@@ -79,7 +79,7 @@ void printNamesBelow(const Named& named) {
     }
 }
 
-void printJson(const Named& named) {
+void printPageAsJson(const Named& named) {
     if (named.member != nullptr) {
         std::cout << memberJson(*named.shown, *named.member).dump(2) << '\n';
     } else if (named.enumeration != nullptr) {
@@ -120,7 +120,7 @@ int ClassesCommand::run() const {
     if (names) {
         printNamesBelow(named);
     } else if (json) {
-        printJson(named);
+        printPageAsJson(named);
     } else {
         print(named, Terminal::ofStandardOutput());
     }

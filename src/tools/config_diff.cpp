@@ -50,7 +50,7 @@ Json jsonOf(const std::optional<SettingInForce>& side) {
             {"from", side->from.empty() ? "program" : side->from}};
 }
 
-void printJson(const ConfigDiff& options, const std::vector<Difference>& differences) {
+void printDifferencesAsJson(const ConfigDiff& options, const std::vector<Difference>& differences) {
     Json all = Json::array();
     for (const Difference& one : differences) {
         all.push_back({{"application", one.path.application},
@@ -130,7 +130,7 @@ int ConfigDiff::run() const {
         const auto differences =
             differencesIn(readConfiguration(database, source, {first, second}));
         if (json) {
-            printJson(*this, differences);
+            printDifferencesAsJson(*this, differences);
         } else {
             print(*this, differences);
         }

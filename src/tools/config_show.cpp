@@ -178,7 +178,7 @@ private:
     SettingPath last_;
 };
 
-void printJson(const ConfigShow& options, const Configuration& configuration) {
+void printTreeAsJson(const ConfigShow& options, const Configuration& configuration) {
     Json settings = Json::array();
     for (const Setting& setting : configuration.settings) {
         settings.push_back(jsonOf(setting, options.group));
@@ -196,7 +196,7 @@ int ConfigShow::run() const {
     return withDatabase(source.connection, json, [this](ado::Connection& database) {
         const Configuration configuration = readConfiguration(database, source, {group});
         if (json) {
-            printJson(*this, configuration);
+            printTreeAsJson(*this, configuration);
             return kSuccess;
         }
         if (configuration.settings.empty()) {

@@ -16,7 +16,7 @@ namespace {
 
 constexpr const char16_t* kRunTimeMark = u"ADD_RUNTIME";
 
-String quoted(const std::string& text) {
+String sqlText(const std::string& text) {
     return u"'" + util::kapApice(String(text)) + u"'";
 }
 
@@ -105,9 +105,9 @@ void groupByModule(std::vector<Setting>& settings) {
 
 Ref<ado::Recordset> openRows(ado::Connection& connection, const ConfigurationSource& source,
                              const std::vector<std::string>& groups) {
-    String condition = u"Gruppo IN (" + quoted(kEverybody);
+    String condition = u"Gruppo IN (" + sqlText(kEverybody);
     for (const std::string& group : groups) {
-        condition += u", " + quoted(group);
+        condition += u", " + sqlText(group);
     }
     return connection.Execute(
         u"SELECT Gruppo, Applicazione, Procedura, Modulo, Campo, Valore, Flag FROM " +

@@ -20,19 +20,12 @@
 namespace kap::tools {
 namespace {
 
-void report(const ado::Connection& connection, const AutomationError& error, bool json) {
-    std::cout.flush();
-    for (const Failure& failure : failuresOf(connection, error)) {
-        printFailure(std::cerr, failure, json);
-    }
-}
-
 bool open(ado::Connection& connection, const std::string& text, bool json) {
     try {
         connection.Open(text);
         return true;
     } catch (const AutomationError& error) {
-        report(connection, error, json);
+        reportFailures(failuresOf(connection, error), json);
         return false;
     }
 }
@@ -99,7 +92,7 @@ int CopyCommand::run() const {
         return copyAll(*this, *source, *target) ? kSuccess : kFailed;
     } catch (const AutomationError& error) {
         // Of the two connections the one that has failed knows more.
-        report(target->Errors()->Count() > 0 ? *target : *source, error, json);
+        reportFailures(failuresOf(target->Errors()->Count() > 0 ? *target : *source, error), json);
     } catch (const std::runtime_error& error) {
         std::cerr << "kaputil: " << shownText(error.what()) << '\n';
     }

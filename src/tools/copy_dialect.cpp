@@ -7,6 +7,8 @@
 #include <kaputil/frame/convert.hpp>
 #include <kaputil/frame/plain_text.hpp>
 
+#include "tools/names.hpp"
+
 namespace kap::tools {
 namespace {
 
@@ -24,14 +26,6 @@ std::string enclosed(std::string_view text, char open, char close) {
         made.append(letter == close ? 2 : 1, letter);
     }
     return made + close;
-}
-
-std::string lowered(std::string_view text) {
-    std::string made(text);
-    std::ranges::transform(made, made.begin(), [](char letter) {
-        return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter + 32) : letter;
-    });
-    return made;
 }
 
 std::string inBrackets(int first, int second = -1) {
@@ -188,7 +182,7 @@ public:
     }
     // Names without quotes are read in lower case.
     [[nodiscard]] std::string nameFor(std::string_view name) const override {
-        return lowered(name);
+        return asciiLower(name);
     }
     [[nodiscard]] std::string typeFor(const CopiedColumn& column) const override {
         if (column.rowVersion) {
@@ -316,7 +310,7 @@ bool hasType(ado::Connection& connection, const char* name) {
     const auto types = connection.OpenSchema(ado::SchemaEnum::adSchemaProviderTypes);
     for (; !types->Eof(); types->MoveNext()) {
         const Variant own = types->Fields()->Item(u"TYPE_NAME")->Value();
-        if (!own.isNull() && lowered(convert::toString(own).utf8()) == name) {
+        if (!own.isNull() && asciiLower(convert::toString(own).utf8()) == name) {
             return true;
         }
     }

@@ -3,14 +3,10 @@
 #include <algorithm>
 #include <array>
 
+#include "tools/names.hpp"
+
 namespace kap::tools {
 namespace {
-
-std::string_view trimmed(std::string_view text) {
-    const std::size_t start = std::min(text.find_first_not_of(' '), text.size());
-    text.remove_prefix(start);
-    return text.substr(0, text.find_last_not_of(' ') + 1);
-}
 
 // Where the text or bracket that begins the text ends; 0: there is none, or no end of it.
 std::size_t endOfFirst(std::string_view text) {
@@ -35,14 +31,14 @@ std::size_t endOfFirst(std::string_view text) {
 // "((1))" is "1", "'x'::character varying" is "'x'".
 std::string_view bare(std::string_view text) {
     for (;;) {
-        text = trimmed(text);
+        text = trimmed(text, " ");
         const bool bracket = text.starts_with('(');
         if (!bracket && !text.starts_with('\'')) {
             const std::size_t type = text.find("::");
-            return type == std::string_view::npos ? text : trimmed(text.substr(0, type));
+            return type == std::string_view::npos ? text : trimmed(text.substr(0, type), " ");
         }
         const std::size_t end = endOfFirst(text);
-        const std::string_view rest = trimmed(text.substr(end));
+        const std::string_view rest = trimmed(text.substr(end), " ");
         if (end == 0 || !(rest.empty() || rest.starts_with("::"))) {
             return text;
         }
@@ -54,7 +50,7 @@ std::string_view bare(std::string_view text) {
     }
 }
 
-bool isNumber(std::string_view text) {
+bool isPlainNumber(std::string_view text) {
     text.remove_prefix(text.starts_with('-') || text.starts_with('+') ? 1 : 0);
     const auto isDigit = [](char letter) { return letter >= '0' && letter <= '9'; };
     const auto points = std::ranges::count(text, '.');
@@ -69,14 +65,6 @@ std::string unquoted(std::string_view text) {
         made += text[i];
         i += text[i] == '\'' ? 1U : 0U;  // doubled
     }
-    return made;
-}
-
-std::string lowered(std::string_view text) {
-    std::string made(text);
-    std::ranges::transform(made, made.begin(), [](char letter) {
-        return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter + 32) : letter;
-    });
     return made;
 }
 
@@ -98,7 +86,7 @@ DefaultValue readDefault(std::string_view text) {
     if (plain.starts_with("N'") || plain.starts_with("n'")) {
         plain.remove_prefix(1);
     }
-    const std::string word = lowered(plain);
+    const std::string word = asciiLower(plain);
     // A column that counts by a sequence has become an identity.
     if (word.empty() || word == "null" || word.starts_with("nextval(")) {
         return {};
@@ -106,7 +94,7 @@ DefaultValue readDefault(std::string_view text) {
     if (word == "true" || word == "false") {
         return {Kind::Constant, word == "true" ? "1" : "0"};
     }
-    if (isNumber(plain)) {
+    if (isPlainNumber(plain)) {
         return {Kind::Constant, std::string(plain)};
     }
     if (plain.starts_with('\'') && endOfFirst(plain) == plain.size()) {

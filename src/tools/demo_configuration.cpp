@@ -129,9 +129,9 @@ private:
     Ref<CFG_Applicazioni> root_ = make<CFG_Applicazioni>();
 };
 
-class Chapters {
+class ConfigurationChapters {
 public:
-    Chapters(DemoReport& report, const String& connectionString)
+    ConfigurationChapters(DemoReport& report, const String& connectionString)
         : report_(report),
           anna_("Anna", u"UFFICIO", connectionString),
           bruno_("Bruno", u"BANCO", connectionString) {}
@@ -180,7 +180,7 @@ private:
 }  // namespace
 
 void tellOfConfiguration(DemoReport& report, const String& connectionString) {
-    Chapters(report, connectionString).tell();
+    ConfigurationChapters(report, connectionString).tell();
 }
 
 }  // namespace kap::tools

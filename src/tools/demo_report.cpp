@@ -15,7 +15,7 @@ using Json = nlohmann::ordered_json;
 constexpr std::size_t kUserColumns = 7;
 constexpr std::size_t kMemberColumns = 18;
 constexpr std::size_t kResultColumns = 8;
-constexpr const char* kIndent = "   ";
+constexpr const char* kStoryIndent = "   ";
 
 Json objectOf(const NamedTexts& texts) {
     Json object = Json::object();
@@ -77,9 +77,9 @@ void DemoReport::chapter(const std::string& title, const std::string& story,
     }
     out_ << '\n'
          << terminal_.styled(Style::Bold, plain::text(chapters_) + "  " + title) << '\n'
-         << kIndent << story << '\n';
+         << kStoryIndent << story << '\n';
     if (!query.empty()) {
-        out_ << kIndent << terminal_.styled(Style::Dim, query) << '\n';
+        out_ << kStoryIndent << terminal_.styled(Style::Dim, query) << '\n';
     }
     out_ << '\n';
 }
@@ -126,7 +126,7 @@ void DemoReport::print(const Step& step) {
     const std::string details = printedValues(step.values) +
                                 (step.values.empty() || step.message.empty() ? "" : "  ") +
                                 terminal_.styled(Style::Yellow, step.message);
-    std::string line = kIndent +
+    std::string line = kStoryIndent +
                        terminal_.styled(colourOf(step.user), padded(step.user, kUserColumns)) +
                        padded(step.member, kMemberColumns) + printedResult(step);
     if (step.values.empty() && step.message.empty()) {
@@ -136,8 +136,8 @@ void DemoReport::print(const Step& step) {
     }
     out_ << line << '\n';
     if (!step.expected) {
-        out_ << kIndent << terminal_.styled(Style::Red, "       ^ this is not what should happen")
-             << '\n';
+        out_ << kStoryIndent
+             << terminal_.styled(Style::Red, "       ^ this is not what should happen") << '\n';
     }
 }
 

@@ -97,9 +97,10 @@ private:
     Ref<CSQL> sql_ = make<CSQL>();
 };
 
-class Chapters {
+class ScriptChapters {
 public:
-    Chapters(DemoReport& report, const String& connectionString, std::string document, int number)
+    ScriptChapters(DemoReport& report, const String& connectionString, std::string document,
+                   int number)
         : report_(report),
           document_(std::move(document)),
           number_(number),
@@ -182,7 +183,7 @@ private:
 
 void tellOfScripts(DemoReport& report, const String& connectionString, const std::string& document,
                    int number) {
-    Chapters(report, connectionString, document, number).tell();
+    ScriptChapters(report, connectionString, document, number).tell();
 }
 
 }  // namespace kap::tools

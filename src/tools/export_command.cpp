@@ -19,12 +19,6 @@
 namespace kap::tools {
 namespace {
 
-void report(const std::vector<Failure>& failures, bool json) {
-    for (const Failure& failure : failures) {
-        printFailure(std::cerr, failure, json);
-    }
-}
-
 void printOutcome(const ExportCommand& command, std::int64_t rows) {
     if (command.json) {
         const nlohmann::ordered_json outcome = {
@@ -62,7 +56,7 @@ int ExportCommand::run() const {
     try {
         database->Open(connection);
     } catch (const AutomationError& error) {
-        report(failuresOf(*database, error), json);
+        reportFailures(failuresOf(*database, error), json);
         return kNoDatabase;
     }
     try {
@@ -73,7 +67,7 @@ int ExportCommand::run() const {
         }
         printOutcome(*this, rows);
     } catch (const AutomationError& error) {
-        report(failuresOf(*database, error), json);
+        reportFailures(failuresOf(*database, error), json);
         return kFailed;
     }
     return kSuccess;

@@ -1,6 +1,6 @@
 #include "tools/failure_report.hpp"
 
-#include <ostream>
+#include <iostream>
 
 #include <nlohmann/json.hpp>
 
@@ -58,6 +58,13 @@ void printFailure(std::ostream& out, const Failure& failure, bool json) {
         out << ", line " << failure.line;
     }
     out << ": " << shownText(sentence(failure)) << '\n';
+}
+
+void reportFailures(const std::vector<Failure>& failures, bool json) {
+    std::cout.flush();
+    for (const Failure& failure : failures) {
+        printFailure(std::cerr, failure, json);
+    }
 }
 
 }  // namespace kap::tools

@@ -35,4 +35,7 @@ struct Failure {
 // A message is its text alone, or {"message":"..."}.
 void printFailure(std::ostream& out, const Failure& failure, bool json);
 
+// All of them on the standard error, behind what the standard output holds so far.
+void reportFailures(const std::vector<Failure>& failures, bool json);
+
 }  // namespace kap::tools

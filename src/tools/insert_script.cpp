@@ -8,7 +8,7 @@ namespace kap::tools {
 namespace {
 
 // Few enough for every server, many enough that the statements cost nothing.
-constexpr std::size_t kRowsAStatement = 200;
+constexpr std::size_t kRowsAnInsert = 200;
 
 }  // namespace
 
@@ -63,7 +63,7 @@ void InsertScript::add(const SqlRow& row) {
     rows_ += rows_.empty() ? "\n(" : ",\n(";
     rows_ += row.values();
     rows_ += ')';
-    if (++waiting_ == kRowsAStatement) {
+    if (++waiting_ == kRowsAnInsert) {
         finish();
     }
 }

@@ -14,12 +14,6 @@ char lower(char unit) noexcept {
     return unit >= 'A' && unit <= 'Z' ? static_cast<char>(unit - 'A' + 'a') : unit;
 }
 
-std::string lower(std::string_view name) {
-    std::string result(name);
-    std::ranges::transform(result, result.begin(), [](char unit) { return lower(unit); });
-    return result;
-}
-
 // How many letters must be put in, left out or exchanged to make one name the other.
 std::size_t distance(std::string_view from, std::string_view to) {
     std::vector<std::size_t> row(to.size() + 1);
@@ -46,6 +40,20 @@ std::size_t farness(std::string_view wanted, std::string_view known) {
 
 }  // namespace
 
+std::string asciiLower(std::string_view text) {
+    std::string result(text);
+    std::ranges::transform(result, result.begin(), lower);
+    return result;
+}
+
+std::string_view trimmed(std::string_view text, std::string_view blanks) {
+    const std::size_t first = text.find_first_not_of(blanks);
+    if (first == std::string_view::npos) {
+        return {};
+    }
+    return text.substr(first, text.find_last_not_of(blanks) - first + 1);
+}
+
 bool sameName(std::string_view left, std::string_view right) noexcept {
     return std::ranges::equal(left, right, [](char a, char b) { return lower(a) == lower(b); });
 }
@@ -53,11 +61,11 @@ bool sameName(std::string_view left, std::string_view right) noexcept {
 std::vector<std::string> nearestNames(std::string_view wanted,
                                       const std::vector<std::string>& known) {
     constexpr std::size_t kLettersForAMistake = 3;
-    const std::string typed = lower(wanted);
+    const std::string typed = asciiLower(wanted);
     const std::size_t farthest = 1 + typed.size() / kLettersForAMistake;
     std::vector<std::pair<std::size_t, std::string>> candidates;
     for (const std::string& name : known) {
-        const std::size_t far = farness(typed, lower(name));
+        const std::size_t far = farness(typed, asciiLower(name));
         if (far <= farthest) {
             candidates.emplace_back(far, name);
         }

@@ -19,4 +19,10 @@ namespace kap::tools {
 [[nodiscard]] std::string suggestion(std::string_view wanted,
                                      const std::vector<std::string>& known);
 
+// Latin letters in lower case, all others as they are.
+[[nodiscard]] std::string asciiLower(std::string_view text);
+
+// The text without the blanks at its beginning and end.
+[[nodiscard]] std::string_view trimmed(std::string_view text, std::string_view blanks);
+
 }  // namespace kap::tools

@@ -19,7 +19,7 @@ namespace {
 namespace registry = platform::registry;
 
 constexpr std::uint32_t kExpandedText = 2;
-constexpr std::array<std::pair<std::uint32_t, std::string_view>, 7> kTypes = {{
+constexpr std::array<std::pair<std::uint32_t, std::string_view>, 7> kRegistryTypes = {{
     {0, "REG_NONE"},
     {registry::kText, "REG_SZ"},
     {kExpandedText, "REG_EXPAND_SZ"},
@@ -33,12 +33,12 @@ bool isText(std::uint32_t type) {
     return type == registry::kText || type == kExpandedText;
 }
 
-bool isNumber(const registry::Value& value) {
+bool isWholeNumber(const registry::Value& value) {
     return value.type == registry::kNumber && value.data.size() == sizeof(std::int32_t);
 }
 
 std::uint32_t typeNumber(const std::string& type) {
-    for (const auto& [number, name] : kTypes) {
+    for (const auto& [number, name] : kRegistryTypes) {
         if (sameName(name, type)) {
             return number;
         }
@@ -103,15 +103,15 @@ registry::Value bytesOf(std::uint32_t type, const std::string& data) {
 
 std::string registryTypeText(std::uint32_t type) {
     const auto* found =
-        std::ranges::find(kTypes, type, &std::pair<std::uint32_t, std::string_view>::first);
-    return found == kTypes.end() ? plain::text(type) : std::string(found->second);
+        std::ranges::find(kRegistryTypes, type, &std::pair<std::uint32_t, std::string_view>::first);
+    return found == kRegistryTypes.end() ? plain::text(type) : std::string(found->second);
 }
 
 std::string registryDataText(const registry::Value& value) {
     if (isText(value.type)) {
         return registry::textOf(value).utf8();
     }
-    if (isNumber(value)) {
+    if (isWholeNumber(value)) {
         return plain::text(static_cast<std::uint32_t>(registry::numberOf(value)));
     }
     constexpr std::string_view kDigits = "0123456789abcdef";
@@ -127,7 +127,7 @@ nlohmann::ordered_json registryDataJson(const registry::Value& value) {
     if (isText(value.type)) {
         return registryDataText(value);
     }
-    if (isNumber(value)) {
+    if (isWholeNumber(value)) {
         return static_cast<std::uint32_t>(registry::numberOf(value));
     }
     return value.data;

@@ -8,22 +8,15 @@
 
 #include <kaputil/frame/plain_text.hpp>
 
+#include "tools/names.hpp"
 #include "tools/usage_error.hpp"
 
 namespace kap::tools {
 namespace {
 
-using Json = nlohmann::json;
+using PlainJson = nlohmann::json;
 
 constexpr std::string_view kBlanks = " \t\r";
-
-std::string_view trimmed(std::string_view text) {
-    const std::size_t first = text.find_first_not_of(kBlanks);
-    if (first == std::string_view::npos) {
-        return {};
-    }
-    return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
-}
 
 // Where a text in quotes ends; npos when it does not.
 std::size_t endOfQuoted(std::string_view text) {
@@ -58,7 +51,7 @@ private:
     }
 
     void readLine(std::string_view line) {
-        const std::string_view text = trimmed(line);
+        const std::string_view text = trimmed(line, kBlanks);
         if (text.empty() || text.front() == '#') {
             return;
         }
@@ -76,7 +69,8 @@ private:
         rest.remove_prefix(std::min(rest.find_first_not_of(kBlanks), rest.size()));
         if (rest.starts_with('"')) {
             const std::size_t end = endOfQuoted(rest);
-            const Json value = Json::parse(rest.substr(0, end), nullptr, /*exceptions=*/false);
+            const PlainJson value =
+                PlainJson::parse(rest.substr(0, end), nullptr, /*exceptions=*/false);
             if (!value.is_string()) {
                 fail("a text in quotes is not written as in JSON");
             }
@@ -86,7 +80,7 @@ private:
         }
         const std::size_t end =
             ends.empty() ? rest.size() : std::min(rest.find_first_of(ends), rest.size());
-        std::string text(trimmed(rest.substr(0, end)));
+        std::string text(trimmed(rest.substr(0, end), kBlanks));
         rest.remove_prefix(end);
         return text;
     }
@@ -172,13 +166,13 @@ private:
 
 // The text as it is, or in quotes where it would be read as something else.
 std::string written(const std::string& text, std::string_view ends) {
-    bool quoted = text.empty() || trimmed(text).size() != text.size() || text.front() == '"' ||
-                  text.front() == '#' || text.front() == '[' ||
+    bool quoted = text.empty() || trimmed(text, kBlanks).size() != text.size() ||
+                  text.front() == '"' || text.front() == '#' || text.front() == '[' ||
                   text.find_first_of(ends) != std::string::npos;
     for (const char unit : text) {
         quoted = quoted || static_cast<unsigned char>(unit) < 0x20;
     }
-    return quoted ? Json(text).dump() : text;
+    return quoted ? PlainJson(text).dump() : text;
 }
 
 std::string writtenValue(const std::string& text) {

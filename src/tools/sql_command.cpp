@@ -53,13 +53,6 @@ void printAnswer(ado::Recordset& answer, bool json, const Terminal& terminal, bo
     }
 }
 
-void report(const std::vector<Failure>& failures, bool json) {
-    std::cout.flush();  // what came before the error stands before it
-    for (const Failure& failure : failures) {
-        printFailure(std::cerr, failure, json);
-    }
-}
-
 // Runs a batch and prints its answers; those of the statements before a failing one too.
 bool runBatch(ado::Connection& connection, const ado::ScriptBatch& batch, bool json,
               const Terminal& terminal, bool& printedBefore) {
@@ -75,7 +68,7 @@ bool runBatch(ado::Connection& connection, const ado::ScriptBatch& batch, bool j
         printAnswer(*answer, json, terminal, printedBefore);
     }
     // What a script prints goes beside its results, so that these can be processed.
-    report(failures.empty() ? messagesOf(connection, batch.firstLine) : failures, json);
+    reportFailures(failures.empty() ? messagesOf(connection, batch.firstLine) : failures, json);
     return failures.empty();
 }
 
@@ -99,7 +92,7 @@ int runScript(ado::Connection& connection, const std::string& script, const SqlC
     try {
         return runBatches(connection, connection.batchesOf(script), options) ? kSuccess : kFailed;
     } catch (const AutomationError& error) {
-        report(failuresOf(connection, error), options.json);
+        reportFailures(failuresOf(connection, error), options.json);
         return kFailed;
     }
 }
@@ -144,7 +137,7 @@ int SqlCommand::run() const {
     try {
         database->Open(connection);
     } catch (const AutomationError& error) {
-        report(failuresOf(*database, error), json);
+        reportFailures(failuresOf(*database, error), json);
         return kNoDatabase;
     }
     const int prepared = runScript(*database, preparation(*this), *this);

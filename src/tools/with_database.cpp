@@ -8,17 +8,7 @@
 #include "tools/failure_report.hpp"
 
 namespace kap::tools {
-namespace {
-
-int fail(const ado::Connection& connection, const AutomationError& error, bool json, int code) {
-    std::cout.flush();
-    for (const Failure& failure : failuresOf(connection, error)) {
-        printFailure(std::cerr, failure, json);
-    }
-    return code;
-}
-
-}  // namespace
+namespace {}  // namespace
 
 int withDatabase(const std::string& connectionString, bool json,
                  const std::function<int(ado::Connection&)>& work) {
@@ -27,12 +17,14 @@ int withDatabase(const std::string& connectionString, bool json,
     try {
         connection->Open(connectionString);
     } catch (const AutomationError& error) {
-        return fail(*connection, error, json, kNoDatabase);
+        reportFailures(failuresOf(*connection, error), json);
+        return kNoDatabase;
     }
     try {
         return work(*connection);
     } catch (const AutomationError& error) {
-        return fail(*connection, error, json, kFailed);
+        reportFailures(failuresOf(*connection, error), json);
+        return kFailed;
     }
 }
 

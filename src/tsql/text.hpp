@@ -6,6 +6,14 @@
 
 namespace kap::tsql {
 
+[[nodiscard]] constexpr bool isAsciiDigit(char c) noexcept {
+    return c >= '0' && c <= '9';
+}
+
+[[nodiscard]] constexpr bool isAsciiLetter(char c) noexcept {
+    return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
+}
+
 /// Upper case of the letters A-Z only: keywords and type names are plain Latin in every language.
 [[nodiscard]] std::string asciiUpper(std::string_view text);
 

@@ -20,14 +20,6 @@ using test::raisedBy;
 using test::shown;
 using enum ParameterDirectionEnum;
 
-template <class Work>
-std::int32_t errorOf(Work work) {
-    return raisedBy([&] {
-        work();
-        return 0;
-    });
-}
-
 ServerMessage serverError(std::int32_t native, const char* text) {
     return {native, errors::kCommandText, "42000", text, 1};
 }
@@ -70,7 +62,7 @@ TEST_F(CommandTest, SendsItsTextWithItsTimeLimit) {
     command_->setCommandTimeout(0);
     command_->Execute();
     EXPECT_EQ(asked().timeout.count(), 0);
-    EXPECT_EQ(errorOf([&] { command_->setCommandTimeout(-1); }), errors::kInvalidArgument);
+    EXPECT_EQ(raisedBy([&] { command_->setCommandTimeout(-1); }), errors::kInvalidArgument);
 }
 
 TEST_F(CommandTest, SendsATableOrAProcedureByName) {
@@ -84,7 +76,7 @@ TEST_F(CommandTest, SendsATableOrAProcedureByName) {
     EXPECT_TRUE(asked().procedure);
     command_->Execute(Variant(), Variant::missing(), 1);  // as a text, this once
     EXPECT_FALSE(asked().procedure);
-    EXPECT_EQ(errorOf([&] { command_->setCommandType(CommandTypeEnum{3}); }),
+    EXPECT_EQ(raisedBy([&] { command_->setCommandType(CommandTypeEnum{3}); }),
               errors::kInvalidArgument);
 }
 
@@ -120,7 +112,7 @@ TEST_F(CommandTest, ValuesGivenWithTheCallReplaceThoseOfInputParameters) {
     EXPECT_EQ(askedWith(2).value, CellValue{std::int64_t{33}});
     command_->Execute(Variant(), 7);
     EXPECT_EQ(askedWith(0).value, CellValue{std::int64_t{7}});
-    EXPECT_EQ(errorOf([&] {
+    EXPECT_EQ(raisedBy([&] {
                   command_->Execute(Variant(), Array::ofVariants({1, 2, 3}));
               }),
               errors::kInvalidArgument);
@@ -202,16 +194,16 @@ TEST_F(CommandTest, ARecordsetOpensACommandWithItsOwnCursor) {
     rows->Requery();
     EXPECT_EQ(driver_.database.requests.size(), 2U);
     rows->Close();
-    EXPECT_EQ(errorOf([&] { rows->Open(Variant(command_), Variant(connection_)); }),
+    EXPECT_EQ(raisedBy([&] { rows->Open(Variant(command_), Variant(connection_)); }),
               errors::kInvalidArgument);
 }
 
 TEST_F(CommandTest, NeedsAnOpenConnection) {
     const auto command = make<Command>();
     EXPECT_EQ(raisedBy([&] { return command->Execute(); }), errors::kInvalidConnection);
-    EXPECT_EQ(errorOf([&] { command->setActiveConnection(Variant(make<Connection>())); }),
+    EXPECT_EQ(raisedBy([&] { command->setActiveConnection(Variant(make<Connection>())); }),
               errors::kInvalidConnection);
-    EXPECT_EQ(errorOf([&] { command->setActiveConnection(Variant(make<Command>())); }),
+    EXPECT_EQ(raisedBy([&] { command->setActiveConnection(Variant(make<Command>())); }),
               errors::kInvalidArgument);
     command->setActiveConnection(u"Provider=Fake");
     command->Execute();
@@ -282,29 +274,29 @@ TEST(Parameter, ConvertsItsValueToItsType) {
     EXPECT_EQ(shown(parameter->Value()), "Currency 12,5");
     parameter->setValue(Variant::null());
     EXPECT_EQ(shown(parameter->Value()), "Null");
-    EXPECT_EQ(errorOf([&] { parameter->setValue(u"abc"); }), errors::kWrongValueType);
+    EXPECT_EQ(raisedBy([&] { parameter->setValue(u"abc"); }), errors::kWrongValueType);
 }
 
 TEST(Parameter, RefusesValuesThatDoNotFit) {
     const auto parameter = make<Parameter>();
     parameter->setType(DataTypeEnum::adVarChar);
     parameter->setSize(3);
-    EXPECT_EQ(errorOf([&] { parameter->setValue(u"abcd"); }), errors::kMultipleStep);
+    EXPECT_EQ(raisedBy([&] { parameter->setValue(u"abcd"); }), errors::kMultipleStep);
     parameter->setType(DataTypeEnum::adSmallInt);
-    EXPECT_EQ(errorOf([&] { parameter->setValue(40000); }), errors::kMultipleStep);
+    EXPECT_EQ(raisedBy([&] { parameter->setValue(40000); }), errors::kMultipleStep);
     parameter->setType(DataTypeEnum::adDecimal);
     parameter->setPrecision(5);
     parameter->setNumericScale(2);
     parameter->setValue(1.005);
     EXPECT_EQ(parameter->Value().as<Decimal>().plainText(), "1");
-    EXPECT_EQ(errorOf([&] { parameter->setValue(1000); }), errors::kMultipleStep);
+    EXPECT_EQ(raisedBy([&] { parameter->setValue(1000); }), errors::kMultipleStep);
 }
 
 TEST(Parameter, RefusesWhatDoesNotExist) {
     const auto parameter = make<Parameter>();
-    EXPECT_EQ(errorOf([&] { parameter->setType(DataTypeEnum{999}); }), errors::kInvalidArgument);
-    EXPECT_EQ(errorOf([&] { parameter->setSize(-1); }), errors::kInvalidArgument);
-    EXPECT_EQ(errorOf([&] { parameter->setDirection(ParameterDirectionEnum{5}); }),
+    EXPECT_EQ(raisedBy([&] { parameter->setType(DataTypeEnum{999}); }), errors::kInvalidArgument);
+    EXPECT_EQ(raisedBy([&] { parameter->setSize(-1); }), errors::kInvalidArgument);
+    EXPECT_EQ(raisedBy([&] { parameter->setDirection(ParameterDirectionEnum{5}); }),
               errors::kInvalidArgument);
 }
 
@@ -319,10 +311,10 @@ TEST(Parameters, AreAppendedFoundAndDeleted) {
     EXPECT_EQ(parameters->Item(0)->Name(), String(u"B"));
     EXPECT_EQ(raisedBy([&] { return parameters->Item(u"A"); }), errors::kItemNotFound);
     EXPECT_EQ(raisedBy([&] { return parameters->Item(1); }), errors::kItemNotFound);
-    EXPECT_EQ(errorOf([&] { parameters->Append(command->CreateParameter(u"C")); }),
+    EXPECT_EQ(raisedBy([&] { parameters->Append(command->CreateParameter(u"C")); }),
               errors::kIncompleteParameter);
-    EXPECT_EQ(errorOf([&] { parameters->Append({}); }), errors::kIncompleteParameter);
-    EXPECT_EQ(errorOf([&] { parameters->Refresh(); }), errors::kFeatureNotAvailable);
+    EXPECT_EQ(raisedBy([&] { parameters->Append({}); }), errors::kIncompleteParameter);
+    EXPECT_EQ(raisedBy([&] { parameters->Refresh(); }), errors::kFeatureNotAvailable);
 }
 
 }  // namespace

@@ -17,19 +17,11 @@ using test::fieldOf;
 using test::raisedBy;
 using test::shown;
 
-template <class Work>
-std::int32_t errorOf(Work work) {
-    return raisedBy([&] {
-        work();
-        return 0;
-    });
-}
-
 ServerMessage error(std::int32_t native, std::int32_t number, const char* text) {
     return {native, number, "42000", text, 3};
 }
 
-ServerMessage printed(const char* text) {
+ServerMessage printedMessage(const char* text) {
     return {0, 77, "01000", text, 1, 0};
 }
 
@@ -52,7 +44,7 @@ protected:
 
 TEST_F(FakeConnectionTest, WhatASuccessfulScriptPrintsIsAmongTheErrors) {
     driver_.database.answers.push_back(
-        {{}, {test::oneNumber(1)}, {printed("uno"), printed("due")}, {}});
+        {{}, {test::oneNumber(1)}, {printedMessage("uno"), printedMessage("due")}, {}});
     const auto rows = connection_->Execute(u"PRINT 'uno'");
     EXPECT_EQ(shown(fieldOf(rows, 0)), "Long 1");
     EXPECT_EQ(errors(), "Long 0 uno|Long 0 due|");
@@ -63,7 +55,7 @@ TEST_F(FakeConnectionTest, TheFirstErrorIsRaisedAndEveryMessageKept) {
     driver_.database.answers.push_back(
         {error(3621, errors::kCommandText, "terzo"),
          {},
-         {printed("primo"), error(2627, errors::kIntegrity, "secondo")},
+         {printedMessage("primo"), error(2627, errors::kIntegrity, "secondo")},
          {}});
     try {
         connection_->Execute(u"x");
@@ -99,7 +91,7 @@ TEST_F(FakeConnectionTest, AScriptIsGivenTheConnectionsTimeLimit) {
     std::vector<Ref<Recordset>> answers;
     connection_->executeAll(u"x", answers);
     EXPECT_EQ(driver_.database.requests.back().timeout.count(), 0);
-    EXPECT_EQ(errorOf([&] { connection_->setCommandTimeout(-1); }), errors::kInvalidArgument);
+    EXPECT_EQ(raisedBy([&] { connection_->setCommandTimeout(-1); }), errors::kInvalidArgument);
 }
 
 TEST_F(FakeConnectionTest, RunsATableOrAProcedureByName) {
@@ -159,7 +151,7 @@ TEST(ConnectionProperties, TheProviderMayBeSaidApart) {
     EXPECT_EQ(connection->Provider(), String(u"Fake"));
     connection->Open(u"Data Source=x");
     EXPECT_EQ(driver.database.opened, 1);
-    EXPECT_EQ(errorOf([&] { connection->setProvider(u"Altro"); }), errors::kObjectOpen);
+    EXPECT_EQ(raisedBy([&] { connection->setProvider(u"Altro"); }), errors::kObjectOpen);
     connection->Close();
     connection->setConnectionString(u"Provider=KapLocal;Data Source=:memory:");
     EXPECT_EQ(connection->Provider(), String(u"KapLocal"));
@@ -173,7 +165,7 @@ TEST(ConnectionProperties, ReadModeOpensForReadingOnly) {
     reader->setMode(ConnectModeEnum::adModeRead);
     reader->Open(folder.database());
     EXPECT_NE(raisedBy([&] { return reader->Execute(u"INSERT INTO T VALUES (1)"); }), 0);
-    EXPECT_EQ(errorOf([&] { reader->setMode(ConnectModeEnum::adModeReadWrite); }),
+    EXPECT_EQ(raisedBy([&] { reader->setMode(ConnectModeEnum::adModeReadWrite); }),
               errors::kObjectOpen);
 }
 
@@ -192,9 +184,10 @@ TEST(ConnectionProperties, KeepsLevelsThatExist) {
     const auto connection = make<Connection>();
     connection->setIsolationLevel(IsolationLevelEnum::adXactSerializable);
     EXPECT_EQ(connection->IsolationLevel(), IsolationLevelEnum::adXactSerializable);
-    EXPECT_EQ(errorOf([&] { connection->setIsolationLevel(IsolationLevelEnum{3}); }),
+    EXPECT_EQ(raisedBy([&] { connection->setIsolationLevel(IsolationLevelEnum{3}); }),
               errors::kInvalidArgument);
-    EXPECT_EQ(errorOf([&] { connection->setMode(ConnectModeEnum{-1}); }), errors::kInvalidArgument);
+    EXPECT_EQ(raisedBy([&] { connection->setMode(ConnectModeEnum{-1}); }),
+              errors::kInvalidArgument);
     connection->setConnectionTimeout(60);
     EXPECT_EQ(connection->ConnectionTimeout(), 60);
 }

@@ -6,7 +6,7 @@
 namespace kap::ado {
 namespace {
 
-std::string refusalOf(std::string_view text) {
+std::string driverRefusalOf(std::string_view text) {
     try {
         (void)driverFor(ConnectionString::parse(text));
     } catch (const AutomationError& error) {
@@ -22,14 +22,14 @@ TEST(Driver, TheProviderNameIgnoresCase) {
 }
 
 TEST(Driver, AnUnknownProviderIsNamedTogetherWithWhatExists) {
-    EXPECT_EQ(refusalOf("Provider=Jet.4.0;Data Source=a.mdb"),
+    EXPECT_EQ(driverRefusalOf("Provider=Jet.4.0;Data Source=a.mdb"),
               "Provider 'Jet.4.0' cannot be found. There are KapLocal (a database in one "
               "file) and the providers of database servers: SQLOLEDB, MSOLEDBSQL, SQLNCLI, "
               "MSDASQL.");
 }
 
 TEST(Driver, AConnectionStringWithoutProviderSaysHowToBegin) {
-    EXPECT_EQ(refusalOf("Data Source=a.db"),
+    EXPECT_EQ(driverRefusalOf("Data Source=a.db"),
               "The connection string names no provider. Begin it with Provider=KapLocal;Data "
               "Source=<file>, or for a database server with Provider=SQLOLEDB;Data "
               "Source=<server>, Driver={<ODBC driver>} or DSN=<name>.");

@@ -16,14 +16,6 @@ using test::fieldOf;
 using test::raisedBy;
 using test::shown;
 
-template <class Work>
-std::int32_t errorOf(Work work) {
-    return raisedBy([&] {
-        work();
-        return 0;
-    });
-}
-
 class FetchingTest : public ::testing::Test {
 protected:
     FetchingTest() : connection_(test::open("Provider=Fake")) {}
@@ -73,7 +65,7 @@ TEST_F(FetchingTest, FetchesNoMoreThanAsked) {
 
 TEST_F(FetchingTest, AConnectionThatBreaksMeanwhileIsRaisedAndLeavesTheRecordsThereAre) {
     const auto rows = openNumbers(4, 1);
-    EXPECT_EQ(errorOf([&] { rows->MoveLast(); }), errors::kUnspecified);
+    EXPECT_EQ(raisedBy([&] { rows->MoveLast(); }), errors::kUnspecified);
     EXPECT_EQ(shown(fieldOf(rows, 0)), "Long 1");
     EXPECT_EQ(rows->State(), ObjectStateEnum::adStateOpen);
     rows->MoveLast();
@@ -82,7 +74,7 @@ TEST_F(FetchingTest, AConnectionThatBreaksMeanwhileIsRaisedAndLeavesTheRecordsTh
 
 TEST_F(FetchingTest, FetchesAllBeforeItIsDisconnected) {
     const auto broken = openNumbers(4, 1);
-    EXPECT_EQ(errorOf([&] { broken->setActiveConnection(Variant(Ref<Object>())); }),
+    EXPECT_EQ(raisedBy([&] { broken->setActiveConnection(Variant(Ref<Object>())); }),
               errors::kUnspecified);
     broken->setActiveConnection(Variant(Ref<Object>()));
     connection_->Close();
@@ -92,10 +84,10 @@ TEST_F(FetchingTest, FetchesAllBeforeItIsDisconnected) {
 TEST_F(FetchingTest, AnOpeningThatFailsWorksTheNextTime) {
     driver_.database.refusedOpenings = 2;
     const auto connection = make<Connection>();
-    EXPECT_EQ(errorOf([&] { connection->Open(u"Provider=Fake"); }), errors::kUnspecified);
+    EXPECT_EQ(raisedBy([&] { connection->Open(u"Provider=Fake"); }), errors::kUnspecified);
     EXPECT_EQ(connection->State(), ObjectStateEnum::adStateClosed);
     EXPECT_EQ(connection->Errors()->Item(0)->Description(), String(u"No answer."));
-    EXPECT_EQ(errorOf([&] { connection->Open(); }), errors::kUnspecified);
+    EXPECT_EQ(raisedBy([&] { connection->Open(); }), errors::kUnspecified);
     connection->Open();
     EXPECT_EQ(connection->State(), ObjectStateEnum::adStateOpen);
 }
@@ -107,7 +99,7 @@ TEST_F(FetchingTest, AnAnswerThatBreaksOffLeavesTheRecordsetClosed) {
          {},
          {}});
     const auto rows = make<Recordset>();
-    EXPECT_EQ(errorOf([&] { rows->Open(u"SELECT N", Variant(connection_)); }),
+    EXPECT_EQ(raisedBy([&] { rows->Open(u"SELECT N", Variant(connection_)); }),
               errors::kUnspecified);
     EXPECT_EQ(rows->State(), ObjectStateEnum::adStateClosed);
 }
@@ -121,12 +113,12 @@ TEST_F(FetchingTest, TheRowThatAnUpdateDoesNotFindIsAConflict) {
     const auto rows = make<Recordset>();
     rows->Open(u"SELECT N FROM T", Variant(connection_), CursorTypeEnum::adOpenKeyset,
                LockTypeEnum::adLockOptimistic);
-    EXPECT_EQ(errorOf([&] { rows->Update(u"N", 5); }), errors::kConcurrency);
+    EXPECT_EQ(raisedBy([&] { rows->Update(u"N", 5); }), errors::kConcurrency);
     rows->Update();
     EXPECT_EQ(driver_.database.changes.size(), 2U);
     driver_.database.refusedChanges.push_back(
         test::FakeDatabase::message(errors::kTimeout, "locked"));
-    EXPECT_EQ(errorOf([&] { rows->Update(u"N", 6); }), errors::kTimeout);
+    EXPECT_EQ(raisedBy([&] { rows->Update(u"N", 6); }), errors::kTimeout);
 }
 
 }  // namespace

@@ -8,14 +8,6 @@ using test::raisedBy;
 using test::shown;
 using test::valueOf;
 
-template <class Work>
-std::int32_t errorOf(Work work) {
-    return raisedBy([&] {
-        work();
-        return 0;
-    });
-}
-
 constexpr std::int32_t kConflict =
     static_cast<std::int32_t>(RecordStatusEnum::adRecConcurrencyViolation);
 
@@ -146,7 +138,7 @@ TEST_F(BatchTest, WritesOrForgetsTheCurrentRecordAlone) {
 TEST_F(BatchTest, WritesWhatTheFilterShows) {
     change(1, u"Neri");
     change(3, u"Viola");
-    EXPECT_EQ(errorOf([&] { rows_->UpdateBatch(AffectEnum::adAffectGroup); }),
+    EXPECT_EQ(raisedBy([&] { rows_->UpdateBatch(AffectEnum::adAffectGroup); }),
               errors::kInvalidArgument);
     rows_->setFilter(u"Codice = 3");
     rows_->UpdateBatch(AffectEnum::adAffectGroup);
@@ -164,7 +156,7 @@ TEST_F(BatchTest, TriesEveryRecordAndCollectsTheConflicts) {
     connection_->Execute(
         u"UPDATE Clienti SET Nome = 'Altro' WHERE Codice = 1; DELETE FROM Clienti WHERE Codice = "
         u"3");
-    EXPECT_EQ(errorOf([&] { rows_->UpdateBatch(); }), errors::kConcurrency);
+    EXPECT_EQ(raisedBy([&] { rows_->UpdateBatch(); }), errors::kConcurrency);
     EXPECT_EQ(names(), "Altro Blu ");
     EXPECT_EQ(connection_->Errors()->Count(), 2);
     EXPECT_EQ(connection_->Errors()->Item(1)->Number(), errors::kConcurrency);
@@ -177,7 +169,7 @@ TEST_F(BatchTest, TriesEveryRecordAndCollectsTheConflicts) {
 TEST_F(BatchTest, AConflictIsSettledByReadingTheUnderlyingValues) {
     change(1, u"Neri");
     connection_->Execute(u"UPDATE Clienti SET Nome = 'Altro' WHERE Codice = 1");
-    EXPECT_EQ(errorOf([&] { rows_->UpdateBatch(); }), errors::kConcurrency);
+    EXPECT_EQ(raisedBy([&] { rows_->UpdateBatch(); }), errors::kConcurrency);
     rows_->Resync(AffectEnum::adAffectCurrent, ResyncEnum::adResyncUnderlyingValues);
     const auto name = rows_->Fields()->Item(u"Nome");
     EXPECT_EQ(shown(name->Value()), "String Neri");
@@ -200,7 +192,7 @@ TEST_F(BatchTest, ReadingAllValuesAgainForgetsTheChange) {
 
 TEST_F(BatchTest, AViolatedConstraintIsToldByStatus) {
     rows_->AddNew(Array::ofVariants({u"Codice", u"Nome"}), Array::ofVariants({1, u"Doppio"}));
-    EXPECT_EQ(errorOf([&] { rows_->UpdateBatch(); }), errors::kIntegrity);
+    EXPECT_EQ(raisedBy([&] { rows_->UpdateBatch(); }), errors::kIntegrity);
     EXPECT_EQ(rows_->Status(),
               1 | static_cast<std::int32_t>(RecordStatusEnum::adRecIntegrityViolation));
     EXPECT_EQ(connection_->Errors()->Item(0)->NativeError(), 2627);
@@ -224,13 +216,13 @@ TEST_F(BatchTest, FiltersWhatWaitsWithDeletedRecords) {
     EXPECT_EQ(rows_->RecordCount(), 2);
     rows_->setFilter(static_cast<std::int32_t>(FilterGroupEnum::adFilterFetchedRecords));
     EXPECT_EQ(rows_->RecordCount(), 2);
-    EXPECT_EQ(errorOf([&] { rows_->setFilter(77); }), errors::kInvalidArgument);
+    EXPECT_EQ(raisedBy([&] { rows_->setFilter(77); }), errors::kInvalidArgument);
 }
 
 TEST_F(BatchTest, IsWrittenAfterBeingDisconnected) {
     rows_->setActiveConnection(Variant(Ref<Object>()));
     change(2, u"Blu");
-    EXPECT_EQ(errorOf([&] { rows_->UpdateBatch(); }), errors::kInvalidConnection);
+    EXPECT_EQ(raisedBy([&] { rows_->UpdateBatch(); }), errors::kInvalidConnection);
     rows_->setActiveConnection(Variant(connection_));
     rows_->UpdateBatch();
     EXPECT_EQ(names(), "Rossi Blu Verdi ");
@@ -269,8 +261,8 @@ TEST_F(BatchTest, ACloneSeesWhatWaitsAndMayWriteIt) {
 
 TEST_F(RecordsetTest, OnlyABatchRecordsetUpdatesInBatches) {
     const auto rows = all();
-    EXPECT_EQ(errorOf([&] { rows->UpdateBatch(); }), errors::kFeatureNotAvailable);
-    EXPECT_EQ(errorOf([&] { rows->CancelBatch(); }), errors::kFeatureNotAvailable);
+    EXPECT_EQ(raisedBy([&] { rows->UpdateBatch(); }), errors::kFeatureNotAvailable);
+    EXPECT_EQ(raisedBy([&] { rows->CancelBatch(); }), errors::kFeatureNotAvailable);
 }
 
 TEST_F(RecordsetTest, TakesNoteOfUnderlyingValuesWithoutABatch) {
@@ -289,7 +281,7 @@ TEST_F(RecordsetTest, TakesNoteOfUnderlyingValuesWithoutABatch) {
 TEST_F(RecordsetTest, ReadsTheOthersAgainWhenOneIsGone) {
     const auto rows = all();
     connection_->Execute(u"DELETE FROM Clienti WHERE Codice = 1; UPDATE Clienti SET Fido = 77");
-    EXPECT_EQ(errorOf([&] { rows->Resync(); }), errors::kRowNotFound);
+    EXPECT_EQ(raisedBy([&] { rows->Resync(); }), errors::kRowNotFound);
     EXPECT_EQ(rows->RecordCount(), 2);
     rows->MoveLast();
     EXPECT_EQ(shown(fieldOf(rows, u"Fido")), "Currency 77");
@@ -298,7 +290,7 @@ TEST_F(RecordsetTest, ReadsTheOthersAgainWhenOneIsGone) {
 TEST_F(RecordsetTest, AConflictIsKeptWithTheConnectionsErrors) {
     const auto rows = all();
     connection_->Execute(u"UPDATE Clienti SET Nome = 'Gialli' WHERE Codice = 1");
-    EXPECT_EQ(errorOf([&] { rows->Update(u"Nome", u"Neri"); }), errors::kConcurrency);
+    EXPECT_EQ(raisedBy([&] { rows->Update(u"Nome", u"Neri"); }), errors::kConcurrency);
     ASSERT_EQ(connection_->Errors()->Count(), 1);
     EXPECT_EQ(connection_->Errors()->Item(0)->Number(), errors::kConcurrency);
 }

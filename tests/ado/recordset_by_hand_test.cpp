@@ -7,14 +7,6 @@ using test::fieldOf;
 using test::raisedBy;
 using test::shown;
 
-template <class Work>
-std::int32_t errorOf(Work work) {
-    return raisedBy([&] {
-        work();
-        return 0;
-    });
-}
-
 // A recordset that is made by hand and belongs to no database.
 class ByHandTest : public ::testing::Test {
 protected:
@@ -81,7 +73,7 @@ TEST_F(ByHandTest, RefusesTextsThatAreTooLong) {
     rows_->Open();
     rows_->AddNew();
     EXPECT_EQ(
-        errorOf([&] {
+        raisedBy([&] {
             rows_->Fields()->Item(0)->setValue(std::u16string_view(std::u16string(101, u'x')));
         }),
         errors::kMultipleStep);
@@ -89,16 +81,16 @@ TEST_F(ByHandTest, RefusesTextsThatAreTooLong) {
 
 TEST_F(ByHandTest, FieldsAreFixedOnceItIsOpen) {
     rows_->Open();
-    EXPECT_EQ(errorOf([&] { rows_->Fields()->Append(u"D", DataTypeEnum::adInteger); }),
+    EXPECT_EQ(raisedBy([&] { rows_->Fields()->Append(u"D", DataTypeEnum::adInteger); }),
               errors::kIllegalOperation);
-    EXPECT_EQ(errorOf([&] { rows_->Fields()->Delete(0); }), errors::kIllegalOperation);
+    EXPECT_EQ(raisedBy([&] { rows_->Fields()->Delete(0); }), errors::kIllegalOperation);
 }
 
 TEST_F(ByHandTest, FieldsMayBeTakenAwayBeforeItIsOpened) {
     rows_->Fields()->Delete(u"TABLE_NAME");
     EXPECT_EQ(rows_->Fields()->Count(), 2);
     EXPECT_EQ(rows_->Fields()->Item(0)->Name(), String(u"COLUMN_NAME"));
-    EXPECT_EQ(errorOf([&] { rows_->Fields()->Delete(u"TABLE_NAME"); }), errors::kItemNotFound);
+    EXPECT_EQ(raisedBy([&] { rows_->Fields()->Delete(u"TABLE_NAME"); }), errors::kItemNotFound);
     rows_->Fields()->Append(u"TABLE_NAME", DataTypeEnum::adInteger);
     rows_->Open();
     rows_->AddNew(u"TABLE_NAME", 7);
@@ -107,13 +99,13 @@ TEST_F(ByHandTest, FieldsMayBeTakenAwayBeforeItIsOpened) {
 
 TEST_F(ByHandTest, RefusesFieldsThatCannotBe) {
     const auto fields = rows_->Fields();
-    EXPECT_EQ(errorOf([&] { fields->Append(u"", DataTypeEnum::adInteger); }),
+    EXPECT_EQ(raisedBy([&] { fields->Append(u"", DataTypeEnum::adInteger); }),
               errors::kInvalidArgument);
-    EXPECT_EQ(errorOf([&] { fields->Append(u"prezzo", DataTypeEnum::adInteger); }),
+    EXPECT_EQ(raisedBy([&] { fields->Append(u"prezzo", DataTypeEnum::adInteger); }),
               errors::kInvalidArgument);
-    EXPECT_EQ(errorOf([&] { fields->Append(u"X", DataTypeEnum::adVarChar); }),
+    EXPECT_EQ(raisedBy([&] { fields->Append(u"X", DataTypeEnum::adVarChar); }),
               errors::kInvalidArgument);
-    EXPECT_EQ(errorOf([&] { fields->Append(u"X", DataTypeEnum{9999}, 5); }),
+    EXPECT_EQ(raisedBy([&] { fields->Append(u"X", DataTypeEnum{9999}, 5); }),
               errors::kInvalidArgument);
     fields->Append(u"Nota", DataTypeEnum::adLongVarWChar);
     EXPECT_EQ(fields->Item(u"Nota")->DefinedSize(), 2147483647);
@@ -124,12 +116,12 @@ TEST_F(ByHandTest, DecimalsGetTheirDigitsBeforeTheFirstRecord) {
     const auto field = rows_->Fields()->Item(u"Sconto");
     field->setPrecision(5);
     field->setNumericScale(2);
-    EXPECT_EQ(errorOf([&] { field->setPrecision(19); }), errors::kInvalidArgument);
+    EXPECT_EQ(raisedBy([&] { field->setPrecision(19); }), errors::kInvalidArgument);
     rows_->Open();
     rows_->AddNew(u"Sconto", u"10,255");
     EXPECT_EQ(shown(field->Value()), "Decimal 10,26");
-    EXPECT_EQ(errorOf([&] { field->setNumericScale(3); }), errors::kIllegalOperation);
-    EXPECT_EQ(errorOf([&] { field->setValue(1000); }), errors::kMultipleStep);
+    EXPECT_EQ(raisedBy([&] { field->setNumericScale(3); }), errors::kIllegalOperation);
+    EXPECT_EQ(raisedBy([&] { field->setValue(1000); }), errors::kMultipleStep);
 }
 
 TEST_F(ByHandTest, SortsFiltersAndClones) {
@@ -149,11 +141,11 @@ TEST_F(ByHandTest, CannotBeWrittenToADatabase) {
     add(u"a", u"b");
     EXPECT_EQ(rows_->Status(), 1);
     rows_->setActiveConnection(Variant(test::openMemory()));
-    EXPECT_EQ(errorOf([&] { rows_->UpdateBatch(); }), errors::kUnspecified);
+    EXPECT_EQ(raisedBy([&] { rows_->UpdateBatch(); }), errors::kUnspecified);
 }
 
 TEST_F(ByHandTest, WithoutFieldsThereIsNothingToOpen) {
-    EXPECT_EQ(errorOf([&] { make<Recordset>()->Open(); }), errors::kInvalidConnection);
+    EXPECT_EQ(raisedBy([&] { make<Recordset>()->Open(); }), errors::kInvalidConnection);
 }
 
 TEST_F(ByHandTest, IsMadeByLateBoundCalls) {

@@ -8,14 +8,6 @@ using test::openLive;
 using test::raisedBy;
 using test::shown;
 
-template <class Work>
-std::int32_t errorOf(Work work) {
-    return raisedBy([&] {
-        work();
-        return 0;
-    });
-}
-
 // Seven numbered records.
 class PositionTest : public RecordsetTest {
 protected:
@@ -37,8 +29,8 @@ TEST_F(PositionTest, MovesToAnAbsolutePosition) {
     rows->setAbsolutePosition(5);
     EXPECT_EQ(shown(fieldOf(rows, 0)), "Long 5");
     EXPECT_EQ(rows->AbsolutePosition(), 5);
-    EXPECT_EQ(errorOf([&] { rows->setAbsolutePosition(0); }), errors::kInvalidArgument);
-    EXPECT_EQ(errorOf([&] { rows->setAbsolutePosition(8); }), errors::kInvalidArgument);
+    EXPECT_EQ(raisedBy([&] { rows->setAbsolutePosition(0); }), errors::kInvalidArgument);
+    EXPECT_EQ(raisedBy([&] { rows->setAbsolutePosition(8); }), errors::kInvalidArgument);
     EXPECT_EQ(rows->AbsolutePosition(), 5);
 }
 
@@ -67,8 +59,8 @@ TEST_F(PositionTest, TurnsPages) {
     rows->MoveLast();
     rows->MoveNext();
     EXPECT_EQ(rows->AbsolutePage(), -3);
-    EXPECT_EQ(errorOf([&] { rows->setAbsolutePage(4); }), errors::kInvalidArgument);
-    EXPECT_EQ(errorOf([&] { rows->setPageSize(0); }), errors::kInvalidArgument);
+    EXPECT_EQ(raisedBy([&] { rows->setAbsolutePage(4); }), errors::kInvalidArgument);
+    EXPECT_EQ(raisedBy([&] { rows->setPageSize(0); }), errors::kInvalidArgument);
 }
 
 TEST_F(PositionTest, AWholeLastPageIsTheLast) {
@@ -103,7 +95,7 @@ TEST_F(PositionTest, RefusesWhatIsNoBookmarkOfItsRecords) {
     const auto rows = numbers();
     for (const Variant& wrong : {Variant(0.0), Variant(8.0), Variant(1.5), Variant(u"x"),
                                  Variant(std::int32_t{3}), Variant::null()}) {
-        EXPECT_EQ(errorOf([&] { rows->setBookmark(wrong); }), errors::kBadBookmark);
+        EXPECT_EQ(raisedBy([&] { rows->setBookmark(wrong); }), errors::kBadBookmark);
     }
     rows->MoveLast();
     rows->MoveNext();
@@ -114,10 +106,10 @@ TEST_F(PositionTest, ABookmarkOfADeletedOrHiddenRecordIsRefused) {
     const auto rows = all();
     const Variant first = rows->Bookmark();
     rows->setFilter(u"Codice > 1");
-    EXPECT_EQ(errorOf([&] { rows->setBookmark(first); }), errors::kBadBookmark);
+    EXPECT_EQ(raisedBy([&] { rows->setBookmark(first); }), errors::kBadBookmark);
     rows->setFilter(u"");
     rows->Delete();
-    EXPECT_EQ(errorOf([&] { rows->setBookmark(first); }), errors::kBadBookmark);
+    EXPECT_EQ(raisedBy([&] { rows->setBookmark(first); }), errors::kBadBookmark);
 }
 
 TEST_F(PositionTest, ComparesBookmarksByTheOrderShown) {
@@ -139,11 +131,11 @@ TEST_F(PositionTest, AForwardOnlyCursorNeitherCountsNorGoesBack) {
     EXPECT_EQ(rows->AbsolutePosition(), -1);
     EXPECT_EQ(rows->PageCount(), -1);
     rows->MoveNext();
-    EXPECT_EQ(errorOf([&] { rows->MovePrevious(); }), errors::kCannotFetchBackward);
-    EXPECT_EQ(errorOf([&] { rows->Move(-1); }), errors::kCannotFetchBackward);
+    EXPECT_EQ(raisedBy([&] { rows->MovePrevious(); }), errors::kCannotFetchBackward);
+    EXPECT_EQ(raisedBy([&] { rows->Move(-1); }), errors::kCannotFetchBackward);
     EXPECT_EQ(raisedBy([&] { return rows->Bookmark(); }), errors::kFeatureNotAvailable);
-    EXPECT_EQ(errorOf([&] { rows->setAbsolutePosition(1); }), errors::kFeatureNotAvailable);
-    EXPECT_EQ(errorOf([&] { rows->setSort(u"Codice"); }), errors::kFeatureNotAvailable);
+    EXPECT_EQ(raisedBy([&] { rows->setAbsolutePosition(1); }), errors::kFeatureNotAvailable);
+    EXPECT_EQ(raisedBy([&] { rows->setSort(u"Codice"); }), errors::kFeatureNotAvailable);
     EXPECT_EQ(raisedBy([&] { return rows->Clone(); }), errors::kFeatureNotAvailable);
     EXPECT_EQ(shown(fieldOf(rows, 0)), "Long 2");
 }
@@ -180,9 +172,9 @@ TEST_F(PositionTest, FetchesNoMoreRecordsThanAsked) {
     rows->setCursorLocation(CursorLocationEnum::adUseClient);
     rows->Open(u"SELECT * FROM Clienti ORDER BY Codice", Variant(connection_));
     EXPECT_EQ(rows->RecordCount(), 2);
-    EXPECT_EQ(errorOf([&] { rows->setMaxRecords(1); }), errors::kObjectOpen);
+    EXPECT_EQ(raisedBy([&] { rows->setMaxRecords(1); }), errors::kObjectOpen);
     rows->Close();
-    EXPECT_EQ(errorOf([&] { rows->setMaxRecords(-1); }), errors::kInvalidArgument);
+    EXPECT_EQ(raisedBy([&] { rows->setMaxRecords(-1); }), errors::kInvalidArgument);
 }
 
 TEST_F(PositionTest, TellsWhatItCanDo) {
@@ -206,10 +198,10 @@ TEST_F(PositionTest, KeepsWhatItIsTold) {
     EXPECT_EQ(rows->CacheSize(), 1);
     rows->setCacheSize(50);
     EXPECT_EQ(rows->CacheSize(), 50);
-    EXPECT_EQ(errorOf([&] { rows->setCacheSize(0); }), errors::kInvalidArgument);
+    EXPECT_EQ(raisedBy([&] { rows->setCacheSize(0); }), errors::kInvalidArgument);
     rows->setMarshalOptions(MarshalOptionsEnum::adMarshalModifiedOnly);
     EXPECT_EQ(rows->MarshalOptions(), MarshalOptionsEnum::adMarshalModifiedOnly);
-    EXPECT_EQ(errorOf([&] { rows->setMarshalOptions(MarshalOptionsEnum{7}); }),
+    EXPECT_EQ(raisedBy([&] { rows->setMarshalOptions(MarshalOptionsEnum{7}); }),
               errors::kInvalidArgument);
 }
 

@@ -9,14 +9,6 @@ using test::raisedBy;
 using test::shown;
 using test::valueOf;
 
-template <class Work>
-std::int32_t errorOf(Work work) {
-    return raisedBy([&] {
-        work();
-        return 0;
-    });
-}
-
 // Articles with every kind of value, found by number.
 class SearchTest : public RecordsetTest {
 protected:
@@ -59,7 +51,7 @@ protected:
 
     [[nodiscard]] std::int32_t refusal(const char* criteria) const {
         const auto rows = articles();
-        return errorOf([&] { rows->setFilter(criteria); });
+        return raisedBy([&] { rows->setFilter(criteria); });
     }
 };
 
@@ -165,7 +157,7 @@ TEST_F(SearchTest, RefusesCriteriaThatDoNotFitTheColumn) {
 TEST_F(SearchTest, ARefusedFilterLeavesTheOldOne) {
     const auto rows = articles();
     rows->setFilter(u"N > 3");
-    EXPECT_EQ(errorOf([&] { rows->setFilter(u"N >"); }), errors::kInvalidArgument);
+    EXPECT_EQ(raisedBy([&] { rows->setFilter(u"N >"); }), errors::kInvalidArgument);
     EXPECT_EQ(shown(rows->Filter()), "String N > 3");
     EXPECT_EQ(numbersOf(rows), "4 5");
 }
@@ -181,7 +173,7 @@ TEST_F(SearchTest, AFilterCountsAndPositionsOnlyWhatItShows) {
     rows->setFilter(u"N > 99");
     EXPECT_TRUE(rows->Bof());
     EXPECT_TRUE(rows->Eof());
-    EXPECT_EQ(errorOf([&] { rows->MoveFirst(); }), errors::kNoCurrentRecord);
+    EXPECT_EQ(raisedBy([&] { rows->MoveFirst(); }), errors::kNoCurrentRecord);
     rows->setFilter(0);
     EXPECT_EQ(rows->RecordCount(), 5);
 }
@@ -217,12 +209,12 @@ TEST_F(SearchTest, FiltersByBookmarks) {
     rows->Move(3);
     rows->setFilter(Array::ofVariants({rows->Bookmark(), first}));
     EXPECT_EQ(numbersOf(rows), "1 4");
-    EXPECT_EQ(errorOf([&] { rows->setFilter(Array::ofVariants({77.0})); }), errors::kBadBookmark);
+    EXPECT_EQ(raisedBy([&] { rows->setFilter(Array::ofVariants({77.0})); }), errors::kBadBookmark);
 }
 
 TEST_F(SearchTest, DeletesWhatTheFilterShows) {
     const auto rows = articles();
-    EXPECT_EQ(errorOf([&] { rows->Delete(AffectEnum::adAffectGroup); }), errors::kInvalidArgument);
+    EXPECT_EQ(raisedBy([&] { rows->Delete(AffectEnum::adAffectGroup); }), errors::kInvalidArgument);
     rows->setFilter(u"Attivo = True");
     rows->Delete(AffectEnum::adAffectGroup);
     EXPECT_EQ(rows->RecordCount(), 0);
@@ -276,8 +268,8 @@ TEST_F(SearchTest, SortsWhatAFilterShows) {
 TEST_F(SearchTest, RefusesAnOrderThatCannotBeReadAndKeepsTheOldOne) {
     const auto rows = articles();
     rows->setSort(u"N DESC");
-    EXPECT_EQ(errorOf([&] { rows->setSort(u"Manca"); }), errors::kItemNotFound);
-    EXPECT_EQ(errorOf([&] { rows->setSort(u"N UP"); }), errors::kInvalidArgument);
+    EXPECT_EQ(raisedBy([&] { rows->setSort(u"Manca"); }), errors::kItemNotFound);
+    EXPECT_EQ(raisedBy([&] { rows->setSort(u"N UP"); }), errors::kInvalidArgument);
     EXPECT_EQ(rows->Sort(), String(u"N DESC"));
     EXPECT_EQ(numbersOf(rows), "5 4 3 2 1");
 }
@@ -290,7 +282,7 @@ TEST_F(SearchTest, FindsForwardFromTheCurrentRecord) {
     EXPECT_EQ(shown(fieldOf(rows, u"N")), "Long 5");
     rows->Find(u"Prezzo = 1.5", 1);
     EXPECT_TRUE(rows->Eof());
-    EXPECT_EQ(errorOf([&] { rows->Find(u"N = 1"); }), errors::kNoCurrentRecord);
+    EXPECT_EQ(raisedBy([&] { rows->Find(u"N = 1"); }), errors::kNoCurrentRecord);
 }
 
 TEST_F(SearchTest, FindsBackwardAndFromAStart) {
@@ -308,7 +300,7 @@ TEST_F(SearchTest, FindsBackwardAndFromAStart) {
     EXPECT_EQ(shown(fieldOf(rows, u"N")), "Long 2");
     rows->Find(u"N < 9", 0, adSearchBackward, std::int32_t{2});  // from the last
     EXPECT_EQ(shown(fieldOf(rows, u"N")), "Long 5");
-    EXPECT_EQ(errorOf([&] { rows->Find(u"N = 1", 0, SearchDirectionEnum{0}); }),
+    EXPECT_EQ(raisedBy([&] { rows->Find(u"N = 1", 0, SearchDirectionEnum{0}); }),
               errors::kInvalidArgument);
 }
 
@@ -325,16 +317,16 @@ TEST_F(SearchTest, FindsOnlyAmongWhatIsShown) {
 
 TEST_F(SearchTest, FindTakesOneComparison) {
     const auto rows = articles();
-    EXPECT_EQ(errorOf([&] { rows->Find(u"N = 1 AND N = 2"); }), errors::kInvalidArgument);
-    EXPECT_EQ(errorOf([&] { rows->Find(u"Manca = 1"); }), errors::kItemNotFound);
-    EXPECT_EQ(errorOf([&] { rows->Find(u""); }), errors::kInvalidArgument);
+    EXPECT_EQ(raisedBy([&] { rows->Find(u"N = 1 AND N = 2"); }), errors::kInvalidArgument);
+    EXPECT_EQ(raisedBy([&] { rows->Find(u"Manca = 1"); }), errors::kItemNotFound);
+    EXPECT_EQ(raisedBy([&] { rows->Find(u""); }), errors::kInvalidArgument);
 }
 
 TEST_F(SearchTest, FindsForwardInAForwardOnlyCursor) {
     const auto rows = connection_->Execute(u"SELECT * FROM Articoli ORDER BY N");
     rows->Find(u"Nome = 'vite lunga'");
     EXPECT_EQ(shown(fieldOf(rows, u"N")), "Long 3");
-    EXPECT_EQ(errorOf([&] { rows->Find(u"N = 1", 0, SearchDirectionEnum::adSearchBackward); }),
+    EXPECT_EQ(raisedBy([&] { rows->Find(u"N = 1", 0, SearchDirectionEnum::adSearchBackward); }),
               errors::kFeatureNotAvailable);
 }
 

@@ -12,8 +12,8 @@ using test::rowsOf;
 using test::sampleFields;
 using test::sampleRoot;
 
-const std::vector<std::string> kColumns = {"Ordina", "Gruppo", "Applicazione", "Procedura",
-                                           "Modulo", "Campo",  "Valore",       "Flag"};
+const std::vector<std::string> kLoadedColumns = {"Ordina", "Gruppo", "Applicazione", "Procedura",
+                                                 "Modulo", "Campo",  "Valore",       "Flag"};
 
 // What a field holds: "VALUE/FLAG GROUP customised".
 std::string shownField(const Ref<CFG_Campo>& field) {
@@ -44,7 +44,7 @@ TEST(LoadStatement, ReadsTheDefaultsBeforeTheGroupsRows) {
     const auto root = sampleRoot();
     root->Add(u"Acquisti");
     root->setActiveConnection(database.connection());
-    database.answer(kColumns, {});
+    database.answer(kLoadedColumns, {});
     root->CaricaCfgPersonalizzati();
     ASSERT_EQ(database.statements().size(), 1U);
     EXPECT_EQ(database.statements()[0],
@@ -60,7 +60,7 @@ TEST(LoadStatement, ReadsOnlyTheDefaultsForNoGroupAndForTheirOwn) {
         root->setGruppo(group);
         root->setNomeTabella(u"ABC_CFG");
         root->setActiveConnection(database.connection());
-        database.answer(kColumns, {});
+        database.answer(kLoadedColumns, {});
         root->CaricaCfgPersonalizzati();
         ASSERT_EQ(database.statements().size(), 1U);
         EXPECT_EQ(database.statements()[0],
@@ -75,7 +75,7 @@ TEST(LoadStatement, ReadsTheGroupWithTheReservedNameInOtherLetters) {
     const auto root = sampleRoot();
     root->setGruppo(u"default");
     root->setActiveConnection(database.connection());
-    database.answer(kColumns, {});
+    database.answer(kLoadedColumns, {});
     root->CaricaCfgPersonalizzati();
     EXPECT_NE(database.statements()[0].find(" UNION "), std::string::npos);
 }
@@ -85,7 +85,7 @@ TEST(LoadStatement, HoldsNamesAsTheyAre) {
     const auto root = make<CFG_Applicazioni>();
     root->Add(u"L'Altra");
     root->setActiveConnection(database.connection());
-    database.answer(kColumns, {});
+    database.answer(kLoadedColumns, {});
     root->CaricaCfgPersonalizzati();
     EXPECT_EQ(database.statements()[0],
               " (  SELECT '0' as Ordina ,* FROM  KAP_CFG  WHERE Gruppo='DEFAULT' and Applicazione "
@@ -103,7 +103,7 @@ TEST(LoadStatement, IsOneForTheWholeTree) {
         fields->Add(name);
         rows.push_back({"0", "DEFAULT", "Vendite", "Ordini", "Stampa", name, "v" + name, "1"});
     }
-    database.answer(kColumns, rows);
+    database.answer(kLoadedColumns, rows);
     root->CaricaCfgPersonalizzati();
     EXPECT_EQ(database.statements().size(), 1U);
     EXPECT_EQ(shownField(fields->Item(u"C499")), "vC499/1 DEFAULT customised");

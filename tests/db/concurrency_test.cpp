@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include "support/build_folders.hpp"
 #include "support/database.hpp"
 #include "support/shown.hpp"
 
@@ -13,7 +14,7 @@ namespace kap::db {
 namespace {
 
 pid_t start(const std::string& connectionString, int times) {
-    const std::string program = std::string(KAPUTIL_TEST_PROGRAMS) + "/increment_counter";
+    const std::string program = std::string(test::kTestPrograms) + "/increment_counter";
     const std::string count = std::to_string(times);
     const pid_t child = fork();
     if (child == 0) {

@@ -17,7 +17,7 @@ class Format : public testing::Test {
     LocaleScope italian_{"it-IT"};
 };
 
-constexpr Date kChristmas2003{37980};
+constexpr Date kChristmasDay{37980};
 constexpr Date kAfternoon{37980.75 + 5.0 / 1440};  // 25 December 2003, 18:05
 
 TEST_F(Format, WritesDatesByTheirParts) {
@@ -33,7 +33,7 @@ TEST_F(Format, WritesDatesByTheirParts) {
         {u"\"il\" dd \\d\\e\\l mm", u"il 25 del 12"},
     };
     for (const auto& [pattern, expected] : cases) {
-        EXPECT_EQ(format(kChristmas2003, pattern), expected);
+        EXPECT_EQ(format(kChristmasDay, pattern), expected);
     }
 }
 
@@ -58,8 +58,8 @@ TEST_F(Format, WritesTimesByTheirParts) {
 }
 
 TEST_F(Format, WritesMidnightAsTwelveInHalves) {
-    EXPECT_EQ(format(kChristmas2003, u"h:nn AM/PM"), u"12:00 AM");
-    EXPECT_EQ(format(kChristmas2003, u"ttttt"), u"00:00:00");
+    EXPECT_EQ(format(kChristmasDay, u"h:nn AM/PM"), u"12:00 AM");
+    EXPECT_EQ(format(kChristmasDay, u"ttttt"), u"00:00:00");
 }
 
 TEST_F(Format, KnowsTheNamedFormatsOfDates) {
@@ -75,7 +75,7 @@ TEST_F(Format, KnowsTheNamedFormatsOfDates) {
     for (const auto& [pattern, expected] : cases) {
         EXPECT_EQ(format(kAfternoon, pattern), expected);
     }
-    EXPECT_EQ(format(kChristmas2003, u"General Date"), u"25/12/2003");
+    EXPECT_EQ(format(kChristmasDay, u"General Date"), u"25/12/2003");
     EXPECT_EQ(format(Date{0.25}, u"General Date"), u"06:00:00");
 }
 
@@ -88,10 +88,10 @@ TEST_F(Format, UsesTheLocalesNamesAndSeparators) {
 }
 
 TEST_F(Format, CountsWeekdaysFromTheFirstDayGiven) {
-    EXPECT_EQ(format(kChristmas2003, u"w"), u"5");  // a Thursday
-    EXPECT_EQ(format(kChristmas2003, u"w", FirstDay::Monday), u"4");
-    EXPECT_EQ(format(kChristmas2003, u"w", FirstDay::Thursday), u"1");
-    EXPECT_EQ(format(kChristmas2003, u"w", FirstDay::Friday), u"7");
+    EXPECT_EQ(format(kChristmasDay, u"w"), u"5");  // a Thursday
+    EXPECT_EQ(format(kChristmasDay, u"w", FirstDay::Monday), u"4");
+    EXPECT_EQ(format(kChristmasDay, u"w", FirstDay::Thursday), u"1");
+    EXPECT_EQ(format(kChristmasDay, u"w", FirstDay::Friday), u"7");
 }
 
 TEST_F(Format, CountsWeeksFromTheOneWithNewYearsDay) {

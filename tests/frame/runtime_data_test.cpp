@@ -21,6 +21,7 @@
 
 #include "frame/clock.hpp"
 #include "frame/convert/calendar.hpp"
+#include "support/build_folders.hpp"
 
 namespace kap {
 namespace {
@@ -251,7 +252,7 @@ std::string joined(const Fields& fields) {
 }
 
 std::vector<Fields> readTable(const std::string& name) {
-    std::ifstream file(std::string(KAPUTIL_SOURCE_DIR) + "/tests/frame/runtime/" + name + ".tsv");
+    std::ifstream file(std::string(test::kSourceFolder) + "/tests/frame/runtime/" + name + ".tsv");
     EXPECT_TRUE(file.is_open()) << name;
     std::vector<Fields> rows;
     for (std::string line; std::getline(file, line);) {

@@ -18,6 +18,7 @@
 #include <kaputil/frame/format.hpp>
 
 #include "fuzz/targets.hpp"
+#include "support/build_folders.hpp"
 
 namespace kap::fuzz {
 namespace {
@@ -28,7 +29,7 @@ using Bytes = std::vector<unsigned char>;
 
 std::vector<Bytes> corpus() {
     std::vector<Bytes> seeds;
-    for (const auto& entry : std::filesystem::directory_iterator(KAPUTIL_FUZZ_CORPUS)) {
+    for (const auto& entry : std::filesystem::directory_iterator(test::kFuzzingSamples)) {
         std::ifstream file(entry.path(), std::ios::binary);
         seeds.emplace_back(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
     }

@@ -17,6 +17,7 @@
 #include <gtest/gtest.h>
 
 #include "numbering/company.hpp"
+#include "support/build_folders.hpp"
 #include "support/temporary_folder.hpp"
 
 namespace kap::numbering::test {
@@ -31,7 +32,7 @@ class Taker {
 public:
     Taker(const std::string& connectionString, const std::string& way, int times,
           const std::string& file) {
-        const std::string program = std::string(KAPUTIL_TEST_PROGRAMS) + "/take_numbers";
+        const std::string program = std::string(test::kTestPrograms) + "/take_numbers";
         const std::string count = std::to_string(times);
         const int out = ::open(file.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600);
         if (out < 0) {

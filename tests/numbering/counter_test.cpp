@@ -11,7 +11,7 @@
 namespace kap::numbering::test {
 namespace {
 
-constexpr const char* kNotWritten = "Errore di update su tabella progressivi !!!";
+constexpr const char* kRowNotWritten = "Errore di update su tabella progressivi !!!";
 
 // A company whose counter has been read, as in the middle of a call.
 class ReadCounter : public testing::Test {
@@ -64,7 +64,7 @@ TEST_F(ReadCounter, DoesNotMindAnotherColumnThatChanged) {
 
 TEST_F(ReadCounter, GetsAnExactNumberInOneAttemptOnly) {
     another("UPDATE vtx_TabPro SET n_Def = 60");
-    EXPECT_EQ(messageOf(AggiornaContatore(*row_, u"n_Def", 42)), kNotWritten);
+    EXPECT_EQ(messageOf(AggiornaContatore(*row_, u"n_Def", 42)), kRowNotWritten);
     EXPECT_EQ(company_.definitive(), "Long 60");
     EXPECT_EQ(messageOf(AggiornaContatore(*row_, u"n_Def", 61)), "");
     EXPECT_EQ(company_.definitive(), "Long 61");
@@ -76,12 +76,12 @@ TEST_F(ReadCounter, CannotBeWrittenWhenItIsGone) {
     EXPECT_EQ(
         shown(resultOfWriting(AggiornaContatore(*row_, u"n_Def", 0), *row_, request_, errore)),
         "Double 120");
-    EXPECT_EQ(messageOf(errore), kNotWritten);
+    EXPECT_EQ(messageOf(errore), kRowNotWritten);
 }
 
 TEST_F(ReadCounter, GivesUpAfterFiveAttempts) {
     company_.run("ALTER TABLE vtx_TabPro ADD CONSTRAINT Pieno CHECK (n_Def < 42)");
-    EXPECT_EQ(messageOf(AggiornaContatore(*row_, u"n_Def", 0)), kNotWritten);
+    EXPECT_EQ(messageOf(AggiornaContatore(*row_, u"n_Def", 0)), kRowNotWritten);
     EXPECT_EQ(company_.definitive(), "Long 41");
 }
 

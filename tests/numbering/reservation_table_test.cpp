@@ -16,11 +16,12 @@ constexpr int kNumber = 120;
 // Stato is empty, Null, a letter without meaning (Z), or one with a meaning. The number is carried
 // by nobody, by a document or an invoice of the type asked for (FAI) or of another one (NCR), or by
 // an accounting entry (MC).
-const std::vector<Words> kConditions = {{"code", "type"},
-                                        {"read", "write"},
-                                        {"empty", "NULL", "Z", "U", "D", "M"},
-                                        {"1", "2", "3", "4", "5"},
-                                        {"nobody", "docFAI", "docNCR", "invFAI", "invNCR", "MC"}};
+const std::vector<Words> kReservedConditions = {
+    {"code", "type"},
+    {"read", "write"},
+    {"empty", "NULL", "Z", "U", "D", "M"},
+    {"1", "2", "3", "4", "5"},
+    {"nobody", "docFAI", "docNCR", "invFAI", "invNCR", "MC"}};
 
 const std::vector<Rule> kTouching = {
     {"* read empty|NULL|Z 2 *", "D"},
@@ -114,15 +115,15 @@ protected:
 };
 
 TEST_F(ReservationTable, HoldsForDefinitiveNumbers) {
-    forEachCase(kConditions, [&](const Words& values) { check(values, "D"); });
+    forEachCase(kReservedConditions, [&](const Words& values) { check(values, "D"); });
 }
 
 TEST_F(ReservationTable, HoldsForDefinitiveNumbersAskedForByAnotherLetter) {
-    forEachCase(kConditions, [&](const Words& values) { check(values, "X"); });
+    forEachCase(kReservedConditions, [&](const Words& values) { check(values, "X"); });
 }
 
 TEST_F(ReservationTable, HoldsForProvisionalNumbers) {
-    forEachCase(kConditions, [&](const Words& values) { check(values, "P"); });
+    forEachCase(kReservedConditions, [&](const Words& values) { check(values, "P"); });
 }
 
 TEST(Reservation, LeavesACounterThatIsPastTheNumberWhereItIs) {

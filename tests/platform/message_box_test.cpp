@@ -14,7 +14,7 @@
 namespace kap::platform {
 namespace {
 
-std::string contentOf(const std::string& path) {
+std::string loggedText(const std::string& path) {
     std::ifstream file(path, std::ios::binary);
     return {std::istreambuf_iterator<char>(file), {}};
 }
@@ -33,14 +33,14 @@ TEST_F(MessageBox, AppendsDateSeverityTitleAndTextToTheChosenFile) {
         "\\d{4}-\\d\\d-\\d\\d \\d\\d:\\d\\d:\\d\\d\tinformation\tVendite\tValuta XXX non trovata!\n"
         "\\d{4}-\\d\\d-\\d\\d \\d\\d:\\d\\d:\\d\\d\terror\tPer\xC3\xB2\t\xE2\x82\xAC \xC3\xA8 "
         "strano\n");
-    const std::string content = contentOf(folder_.file("messaggi.log"));
+    const std::string content = loggedText(folder_.file("messaggi.log"));
     EXPECT_TRUE(std::regex_match(content, expected)) << content;
 }
 
 TEST_F(MessageBox, KeepsTheTextAsItStands) {
     setMessageLog(folder_.file("messaggi.log"));
     showMessage(u"T", MessageSeverity::Warning, u"prima riga\r\nseconda riga ");
-    const std::string content = contentOf(folder_.file("messaggi.log"));
+    const std::string content = loggedText(folder_.file("messaggi.log"));
     EXPECT_TRUE(content.ends_with("\twarning\tT\tprima riga\r\nseconda riga \n")) << content;
 }
 
@@ -61,7 +61,7 @@ TEST_F(MessageBox, GoesToTheFileAgainOnceItCanBeWritten) {
     showMessage(u"T", MessageSeverity::Error, u"prima");
     std::filesystem::create_directory(folder_.file("manca"));
     showMessage(u"T", MessageSeverity::Error, u"dopo");
-    const std::string content = contentOf(folder_.file("manca/messaggi.log"));
+    const std::string content = loggedText(folder_.file("manca/messaggi.log"));
     EXPECT_TRUE(content.ends_with("\terror\tT\tdopo\n")) << content;
     EXPECT_EQ(content.find("prima"), std::string::npos);
 }
@@ -70,7 +70,7 @@ TEST_F(MessageBox, ReplacesHalfSurrogatesThatNoFileCanHold) {
     setMessageLog(folder_.file("messaggi.log"));
     const std::u16string half(1, u'\xD800');
     showMessage(u"T", MessageSeverity::Error, String(half));
-    EXPECT_TRUE(contentOf(folder_.file("messaggi.log")).ends_with("\tT\t\xEF\xBF\xBD\n"));
+    EXPECT_TRUE(loggedText(folder_.file("messaggi.log")).ends_with("\tT\t\xEF\xBF\xBD\n"));
 }
 
 TEST(MessageTitle, IsTheHostApplication) {

@@ -7,6 +7,7 @@
 #include <fstream>
 #include <iostream>
 
+#include "support/build_folders.hpp"
 #include "support/shown.hpp"
 
 namespace kap::test {
@@ -50,8 +51,8 @@ Server* Server::shared() {
 
 std::unique_ptr<Server> Server::own() {
     static int count = 0;
-    return start(std::string(KAPUTIL_TEST_PROGRAMS) + "/../server-" + std::to_string(getpid()) +
-                 "-" + std::to_string(++count));
+    return start(std::string(test::kTestPrograms) + "/../server-" + std::to_string(getpid()) + "-" +
+                 std::to_string(++count));
 }
 
 std::unique_ptr<Server> Server::start(const std::string& folder) {
@@ -72,7 +73,7 @@ Server::~Server() {
 }
 
 int Server::run(const std::string& job) const {
-    const std::string command = std::string(KAPUTIL_SOURCE_DIR) + "/scripts/postgres_server.sh " +
+    const std::string command = std::string(test::kSourceFolder) + "/scripts/postgres_server.sh " +
                                 job + " '" + folder_ + "'";
     const int status = std::system(command.c_str());
     const int code = WIFEXITED(status) ? WEXITSTATUS(status) : -1;

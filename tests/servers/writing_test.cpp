@@ -15,14 +15,6 @@ using test::fieldOf;
 using test::raisedBy;
 using test::shown;
 
-template <class Work>
-std::int32_t errorOf(Work work) {
-    return raisedBy([&] {
-        work();
-        return 0;
-    });
-}
-
 class ServerWriting : public test::ServerTest {
 protected:
     void SetUp() override {
@@ -97,7 +89,7 @@ TEST_F(ServerWriting, WritesAndClearsNulls) {
 TEST_F(ServerWriting, AChangeMadeMeanwhileIsAConflict) {
     const auto rows = all();
     run("UPDATE clienti SET nome = 'Altro' WHERE codice = 1");
-    EXPECT_EQ(errorOf([&] { rows->Update(u"nome", u"Mio"); }), errors::kConcurrency);
+    EXPECT_EQ(raisedBy([&] { rows->Update(u"nome", u"Mio"); }), errors::kConcurrency);
     EXPECT_EQ(stored("nome", 1), "String Altro");
     rows->CancelUpdate();
     rows->Resync(AffectEnum::adAffectCurrent);
@@ -109,7 +101,7 @@ TEST_F(ServerWriting, AChangeMadeMeanwhileIsAConflict) {
 TEST_F(ServerWriting, TheServersCursorChecksTheRowVersion) {
     const auto rows = all(CursorLocationEnum::adUseServer);
     run("UPDATE clienti SET note = 'altro' WHERE codice = 1");
-    EXPECT_EQ(errorOf([&] { rows->Update(u"nome", u"Mio"); }), errors::kConcurrency);
+    EXPECT_EQ(raisedBy([&] { rows->Update(u"nome", u"Mio"); }), errors::kConcurrency);
     EXPECT_EQ(stored("nome", 1), "String Rossi");
 }
 
@@ -160,7 +152,7 @@ TEST_F(ServerWriting, LocatesByAllColumnsWithoutAKeyAndRefusesTwins) {
     rows->Update(u"c", 7);
     EXPECT_EQ(value("SELECT c FROM k WHERE a = 2"), "Decimal 7");
     rows->MoveNext();
-    EXPECT_EQ(errorOf([&] { rows->Update(u"b", u"beide"); }), errors::kUnspecified);
+    EXPECT_EQ(raisedBy([&] { rows->Update(u"b", u"beide"); }), errors::kUnspecified);
     EXPECT_EQ(value("SELECT count(*) FROM k WHERE b = 'beide'"), "Decimal 0");
 }
 

@@ -9,6 +9,7 @@
 
 #include "ado/driver.hpp"
 #include "script_file.hpp"
+#include "support/build_folders.hpp"
 #include "support/other_server.hpp"
 
 namespace kap::test {
@@ -140,6 +141,10 @@ TEST_P(ScriptFiles, AnswersAsTheServerDoes) {
     }
 }
 
+std::vector<ScriptFile> allScriptFiles() {
+    return scriptFiles(std::string(test::kSourceFolder) + "/tests/sql");
+}
+
 std::string testName(const ::testing::TestParamInfo<ScriptFile>& info) {
     std::string name = info.param.name;
     for (char& letter : name) {
@@ -148,9 +153,7 @@ std::string testName(const ::testing::TestParamInfo<ScriptFile>& info) {
     return name;
 }
 
-INSTANTIATE_TEST_SUITE_P(Sql, ScriptFiles,
-                         ::testing::ValuesIn(scriptFiles(KAPUTIL_SOURCE_DIR "/tests/sql")),
-                         testName);
+INSTANTIATE_TEST_SUITE_P(Sql, ScriptFiles, ::testing::ValuesIn(allScriptFiles()), testName);
 
 TEST(OtherServer, IsTheOneThatTheEnvironmentNames) {
     if (OtherServer::given() == nullptr) {
@@ -160,11 +163,11 @@ TEST(OtherServer, IsTheOneThatTheEnvironmentNames) {
 }
 
 TEST(ScriptFilesFolder, HoldsAtLeastThreeHundredScripts) {
-    EXPECT_GE(scriptFiles(KAPUTIL_SOURCE_DIR "/tests/sql").size(), 300U);
+    EXPECT_GE(allScriptFiles().size(), 300U);
 }
 
 TEST(ScriptFilesFolder, SaysInEveryFileWhatItIsFor) {
-    for (const ScriptFile& file : scriptFiles(KAPUTIL_SOURCE_DIR "/tests/sql")) {
+    for (const ScriptFile& file : allScriptFiles()) {
         std::ifstream stream(file.path);
         std::string name;
         std::string purpose;

@@ -6,11 +6,13 @@
 #include <string>
 #include <vector>
 
+#include "support/build_folders.hpp"
+
 namespace kap::test {
 
 // Starts one of the folder's test programs with these arguments.
 inline pid_t startProgram(const std::string& name, std::vector<std::string> arguments) {
-    arguments.insert(arguments.begin(), std::string(KAPUTIL_TEST_PROGRAMS) + "/" + name);
+    arguments.insert(arguments.begin(), std::string(kTestPrograms) + "/" + name);
     std::vector<char*> pointers;
     for (std::string& argument : arguments) {
         pointers.push_back(argument.data());

@@ -13,6 +13,8 @@
 
 #include <gtest/gtest.h>
 
+#include "support/build_folders.hpp"
+
 namespace kap::test {
 
 // A program of the tests in a process of its own, which counts what it has done on its output, one
@@ -22,7 +24,7 @@ public:
     StartedProgram(const std::string& name, std::vector<std::string> arguments) {
         std::array<int, 2> ends{};
         if (pipe2(ends.data(), O_CLOEXEC) != 0) throw std::runtime_error("no pipe");
-        arguments.insert(arguments.begin(), std::string(KAPUTIL_TEST_PROGRAMS) + "/" + name);
+        arguments.insert(arguments.begin(), std::string(kTestPrograms) + "/" + name);
         std::vector<char*> words;
         for (std::string& argument : arguments)
             words.push_back(argument.data());

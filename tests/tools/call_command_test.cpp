@@ -5,10 +5,13 @@
 
 #include <nlohmann/json.hpp>
 
+#include "support/text_files.hpp"
 #include "tools/command_line.hpp"
 
 namespace kap::tests {
 namespace {
+
+using test::contentOf;
 
 using nlohmann::json;
 
@@ -38,15 +41,6 @@ std::string numberOf(const std::string& argument) {
 // What a text argument is for a member.
 std::string textOf(const std::string& argument) {
     return printed({"CProprieta.Scrivi", "A", argument, "+", "Leggi", "A"});
-}
-
-bool contains(const std::string& text, const std::string& part) {
-    return text.find(part) != std::string::npos;
-}
-
-std::string contentOf(const std::string& file) {
-    std::ifstream in(file, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
 }
 
 TEST(CallCommand, PrintsTheResultWithItsType) {

@@ -28,10 +28,6 @@ std::string namesOf(const std::vector<std::string>& arguments) {
     return run.out;
 }
 
-bool contains(const std::string& text, const std::string& part) {
-    return text.find(part) != std::string::npos;
-}
-
 std::vector<std::string> linesOf(const std::string& text) {
     std::vector<std::string> lines;
     std::istringstream in(text);

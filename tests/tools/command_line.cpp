@@ -1,4 +1,6 @@
 #include "tools/command_line.hpp"
+#include "support/build_folders.hpp"
+#include "support/text_files.hpp"
 
 #include <fcntl.h>
 #include <pty.h>
@@ -21,10 +23,7 @@ extern char** environ;
 namespace kap::tests {
 namespace {
 
-std::string contentOf(const std::string& file) {
-    std::ifstream in(file, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-}
+using test::contentOf;
 
 std::string nameOf(const std::string& variable) {
     return variable.substr(0, variable.find('='));
@@ -37,7 +36,7 @@ std::vector<std::string> environmentWith(const std::vector<std::string>& variabl
         byName[nameOf(*entry)] = *entry;
     }
     byName["KAPUTIL_LOCALE"] = "KAPUTIL_LOCALE=it-IT";
-    byName["KAPUTIL"] = std::string("KAPUTIL=") + KAPUTIL_CLI;
+    byName["KAPUTIL"] = std::string("KAPUTIL=") + test::kCommandLine;
     for (const std::string& variable : variables) {
         byName[nameOf(variable)] = variable;
     }
@@ -150,13 +149,13 @@ Outcome run(std::vector<std::string> command, const std::string& input,
 
 Outcome kaputil(const std::vector<std::string>& arguments, const std::string& input,
                 const std::vector<std::string>& variables) {
-    std::vector<std::string> command = {KAPUTIL_CLI};
+    std::vector<std::string> command = {test::kCommandLine};
     command.insert(command.end(), arguments.begin(), arguments.end());
     return run(std::move(command), input, variables);
 }
 
 Outcome kaputilOnTerminal(unsigned short columns, const std::vector<std::string>& arguments) {
-    std::vector<std::string> command = {KAPUTIL_CLI};
+    std::vector<std::string> command = {test::kCommandLine};
     command.insert(command.end(), arguments.begin(), arguments.end());
     auto environment = environmentWith({"NO_COLOR="});
     const auto words = pointersTo(command);

@@ -24,6 +24,10 @@ Outcome kaputilOnTerminal(unsigned short columns, const std::vector<std::string>
 // Runs a line of shell, in which $KAPUTIL is the command line.
 Outcome shell(const std::string& line);
 
+[[nodiscard]] inline bool contains(const std::string& text, const std::string& part) {
+    return text.find(part) != std::string::npos;
+}
+
 // A folder for one test, removed with it.
 class Folder {
 public:

@@ -4,6 +4,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "support/build_folders.hpp"
 #include "tools/command_line.hpp"
 
 namespace kap::tests {
@@ -12,7 +13,8 @@ namespace {
 // What the shell offers for the last of these words, blanks between; each word is one as the line
 // editor cuts them, at ':' and '=' too.
 std::string offered(const std::vector<std::string>& words) {
-    std::string script = "source '" KAPUTIL_SOURCE_DIR "/completions/kaputil.bash'\nCOMP_WORDS=(";
+    std::string script =
+        "source '" + std::string(test::kSourceFolder) + "/completions/kaputil.bash'\nCOMP_WORDS=(";
     for (const std::string& word : words) {
         script += "'" + word + "' ";
     }
@@ -144,7 +146,7 @@ TEST(Completion, OffersFiles) {
 }
 
 TEST(Completion, SurvivesAProgramThatIsNotThere) {
-    const Outcome run = shell("bash -c 'source \"" KAPUTIL_SOURCE_DIR
+    const Outcome run = shell("bash -c 'source \"" + std::string(test::kSourceFolder) +
                               "/completions/kaputil.bash\"; COMP_WORDS=(kaputil c); COMP_CWORD=1; "
                               "_kaputil /nowhere/kaputil; echo \"[${COMPREPLY[*]}]\"'");
     EXPECT_EQ(run.out, "[]\n");

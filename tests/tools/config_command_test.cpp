@@ -5,17 +5,15 @@
 
 #include <nlohmann/json.hpp>
 
+#include "support/text_files.hpp"
 #include "tools/command_line.hpp"
 
 namespace kap::tests {
 namespace {
 
-using nlohmann::json;
+using test::contentOf;
 
-std::string contentOf(const std::string& file) {
-    std::ifstream in(file);
-    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-}
+using nlohmann::json;
 
 // A database with a configuration: defaults for everybody, and two groups.
 class ConfigCommand : public testing::Test {

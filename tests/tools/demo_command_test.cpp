@@ -17,10 +17,6 @@ constexpr const char* kUpdatedByOthers =
 constexpr const char* kDeletedByOthers =
     "Attenzione: Record Eliminato da altro Utente, Operazione Annullata!";
 
-bool contains(const std::string& text, const std::string& part) {
-    return text.find(part) != std::string::npos;
-}
-
 // The first step in which a user calls a member with this result.
 json stepWith(const json& report, const std::string& member, const json& result) {
     for (const json& step : report["steps"]) {

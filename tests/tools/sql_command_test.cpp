@@ -23,7 +23,7 @@ Outcome sqlInMemory(const std::string& script, const std::vector<std::string>& m
     return sqlOn(":memory:", script, more);
 }
 
-std::vector<nlohmann::json> linesOf(const std::string& text) {
+std::vector<nlohmann::json> jsonLinesOf(const std::string& text) {
     std::vector<nlohmann::json> lines;
     for (std::size_t start = 0; start < text.size();) {
         const std::size_t end = text.find('\n', start);
@@ -241,7 +241,7 @@ TEST(SqlCommand, PrintsAJsonObjectForEveryResult) {
         std::string(kPrices) + " SELECT Codice, Nome, Prezzo FROM Prezzi ORDER BY Codice",
         {"--json"});
     EXPECT_EQ(run.exitCode, 0);
-    const auto results = linesOf(run.out);
+    const auto results = jsonLinesOf(run.out);
     ASSERT_EQ(results.size(), 2U);
     EXPECT_EQ(results[0], nlohmann::json::parse(R"({"columns":[],"rows":[],"rowsAffected":2})"));
     EXPECT_EQ(results[1]["columns"],
@@ -257,7 +257,7 @@ TEST(SqlCommand, WritesLongNumbersAsTextInJson) {
         "CREATE TABLE T (N decimal(28, 4), B bigint, S bigint, Q bit) "
         "INSERT INTO T VALUES (123456789012345.6789, 9007199254740993, 42, 0) SELECT * FROM T",
         {"--json"});
-    const auto results = linesOf(run.out);
+    const auto results = jsonLinesOf(run.out);
     ASSERT_EQ(results.size(), 2U) << run.err;
     EXPECT_EQ(results[1]["rows"],
               nlohmann::json::parse(R"([["123456789012345.6789","9007199254740993",42,false]])"));
@@ -268,7 +268,7 @@ TEST(SqlCommand, WritesDatesAndBytesAsTextInJson) {
         "CREATE TABLE T (D datetime, V varbinary(4)) "
         "INSERT INTO T VALUES ('20250331', 0xFF) SELECT * FROM T",
         {"--json"});
-    const auto results = linesOf(run.out);
+    const auto results = jsonLinesOf(run.out);
     ASSERT_EQ(results.size(), 2U) << run.err;
     EXPECT_EQ(results[1]["rows"], nlohmann::json::parse(R"([["2025-03-31 00:00:00","0xFF"]])"));
 }

@@ -17,10 +17,6 @@ Outcome sqlCommand(const std::string& connection, const std::string& script) {
     return kaputil({"sql", "--connection", connection, "--command", script});
 }
 
-bool contains(const std::string& text, const std::string& part) {
-    return text.find(part) != std::string::npos;
-}
-
 TEST(CommandLine, TellsItsVersion) {
     const Outcome run = kaputil({"--version"});
     EXPECT_EQ(run.exitCode, 0);

@@ -108,13 +108,13 @@ TEST(ParserExpressions, ReadsSubqueries) {
     EXPECT_EQ(condition("a IN ((SELECT 1))"), "(in a (query (select 1)))");
 }
 
-struct Refusal {
+struct ExpressionRefusal {
     const char* sql;
     int number;
     const char* message;
 };
 
-class RefusedExpression : public ::testing::TestWithParam<Refusal> {};
+class RefusedExpression : public ::testing::TestWithParam<ExpressionRefusal> {};
 
 TEST_P(RefusedExpression, NamesWhatIsWrong) {
     try {
@@ -129,34 +129,40 @@ TEST_P(RefusedExpression, NamesWhatIsWrong) {
 INSTANTIATE_TEST_SUITE_P(
     Parser, RefusedExpression,
     ::testing::Values(
-        Refusal{"SELECT 1 = 1", 102, "Incorrect syntax near '='."},
-        Refusal{"SELECT (a = 1)", 102, "Incorrect syntax near '='."},
-        Refusal{"SELECT 1 +", 102, "Incorrect syntax near '+'."},
-        Refusal{"SELECT FROM t", 156, "Incorrect syntax near the keyword 'FROM'."},
-        Refusal{"SELECT a FROM t WHERE a = from", 156, "Incorrect syntax near the keyword 'from'."},
-        Refusal{"SELECT 1 WHERE (a = 1) = 2", 102, "Incorrect syntax near '='."},
-        Refusal{"SELECT 1 WHERE NOT 1", 102, "Incorrect syntax near '1'."},
-        Refusal{"SELECT 1 WHERE a = 1 AND b", 102, "Incorrect syntax near 'b'."},
-        Refusal{"SELECT 1 WHERE a = EXISTS (SELECT 1)", 156,
-                "Incorrect syntax near the keyword 'EXISTS'."},
-        Refusal{"SELECT 1 WHERE a IN ()", 102, "Incorrect syntax near ')'."},
-        Refusal{"SELECT 1 WHERE EXISTS (1)", 102, "Incorrect syntax near '1'."},
-        Refusal{"SELECT CASE END", 156, "Incorrect syntax near the keyword 'END'."},
-        Refusal{"SELECT f(1", 102, "Incorrect syntax near '1'."},
-        Refusal{"SELECT 1 WHERE a GROUP BY b", 4145,
-                "An expression of non-boolean type specified in a context where a condition is "
-                "expected, near 'GROUP'."},
-        Refusal{"SELECT CAST(a AS nonsense)", 243, "Type nonsense is not a defined system type."},
-        Refusal{"SELECT CAST(a AS xml)", 40517,
-                "Keyword or statement option 'xml' is not supported in this version of the "
-                "database."},
-        Refusal{"SELECT a COLLATE Latin1_General_BIN", 40517,
-                "Keyword or statement option 'COLLATE Latin1_General_BIN' is not supported in this "
-                "version of the "
-                "database."},
-        Refusal{"SELECT a.b.c.d.e", 117,
-                "The object name 'a.b.c.d.e' contains more than the maximum number of prefixes. "
-                "The maximum is 3."}));
+        ExpressionRefusal{"SELECT 1 = 1", 102, "Incorrect syntax near '='."},
+        ExpressionRefusal{"SELECT (a = 1)", 102, "Incorrect syntax near '='."},
+        ExpressionRefusal{"SELECT 1 +", 102, "Incorrect syntax near '+'."},
+        ExpressionRefusal{"SELECT FROM t", 156, "Incorrect syntax near the keyword 'FROM'."},
+        ExpressionRefusal{"SELECT a FROM t WHERE a = from", 156,
+                          "Incorrect syntax near the keyword 'from'."},
+        ExpressionRefusal{"SELECT 1 WHERE (a = 1) = 2", 102, "Incorrect syntax near '='."},
+        ExpressionRefusal{"SELECT 1 WHERE NOT 1", 102, "Incorrect syntax near '1'."},
+        ExpressionRefusal{"SELECT 1 WHERE a = 1 AND b", 102, "Incorrect syntax near 'b'."},
+        ExpressionRefusal{"SELECT 1 WHERE a = EXISTS (SELECT 1)", 156,
+                          "Incorrect syntax near the keyword 'EXISTS'."},
+        ExpressionRefusal{"SELECT 1 WHERE a IN ()", 102, "Incorrect syntax near ')'."},
+        ExpressionRefusal{"SELECT 1 WHERE EXISTS (1)", 102, "Incorrect syntax near '1'."},
+        ExpressionRefusal{"SELECT CASE END", 156, "Incorrect syntax near the keyword 'END'."},
+        ExpressionRefusal{"SELECT f(1", 102, "Incorrect syntax near '1'."},
+        ExpressionRefusal{
+            "SELECT 1 WHERE a GROUP BY b", 4145,
+            "An expression of non-boolean type specified in a context where a condition is "
+            "expected, near 'GROUP'."},
+        ExpressionRefusal{"SELECT CAST(a AS nonsense)", 243,
+                          "Type nonsense is not a defined system type."},
+        ExpressionRefusal{
+            "SELECT CAST(a AS xml)", 40517,
+            "Keyword or statement option 'xml' is not supported in this version of the "
+            "database."},
+        ExpressionRefusal{
+            "SELECT a COLLATE Latin1_General_BIN", 40517,
+            "Keyword or statement option 'COLLATE Latin1_General_BIN' is not supported in this "
+            "version of the "
+            "database."},
+        ExpressionRefusal{
+            "SELECT a.b.c.d.e", 117,
+            "The object name 'a.b.c.d.e' contains more than the maximum number of prefixes. "
+            "The maximum is 3."}));
 
 TEST(ParserExpressions, AcceptsAnInListOfThousandsOfValues) {
     std::string list = "0";

@@ -122,14 +122,14 @@ TEST(ParserScripts, ReadsAnEmptyScript) {
     EXPECT_TRUE(parseScript(" -- nothing\n ; ").empty());
 }
 
-struct Refusal {
+struct StatementRefusal {
     const char* sql;
     int number;
     int line;
     const char* message;
 };
 
-class RefusedStatement : public ::testing::TestWithParam<Refusal> {};
+class RefusedStatement : public ::testing::TestWithParam<StatementRefusal> {};
 
 TEST_P(RefusedStatement, NamesWhatIsWrongAndWhere) {
     try {
@@ -150,44 +150,50 @@ TEST_P(RefusedStatement, NamesWhatIsWrongAndWhere) {
 INSTANTIATE_TEST_SUITE_P(
     Parser, RefusedStatement,
     ::testing::Values(
-        Refusal{"BEGIN TRAN SELEC 1", 102, 1, "Incorrect syntax near '1'."},
-        Refusal{"SELECT *\nFROM", 102, 2, "Incorrect syntax near 'FROM'."},
-        Refusal{"SELECT * FROM t\nWHERE", 102, 2, "Incorrect syntax near 'WHERE'."},
-        Refusal{"SELECT * FROM t ORDER a", 102, 1, "Incorrect syntax near 'a'."},
-        Refusal{"SELECT * FROM t,", 102, 1, "Incorrect syntax near ','."},
-        Refusal{"SELECT * FROM t JOIN u", 102, 1, "Incorrect syntax near 'u'."},
-        Refusal{"SELECT * FROM (SELECT 1)", 102, 1, "Incorrect syntax near ')'."},
-        Refusal{"SELECT TOP FROM t", 156, 1, "Incorrect syntax near the keyword 'FROM'."},
-        Refusal{"SELECT 1 AS []", 1038, 1,
-                "An object or column name is missing or empty. For SELECT INTO statements, verify "
-                "each column has a name. For other statements, look for empty alias names. Aliases "
-                "defined as \"\" or [] are not allowed. Change the alias to a valid name."},
-        Refusal{"INSERT INTO t", 102, 1, "Incorrect syntax near 't'."},
-        Refusal{"INSERT INTO t VALUES 1", 102, 1, "Incorrect syntax near '1'."},
-        Refusal{"UPDATE t\nSET WHERE a = 1", 156, 2, "Incorrect syntax near the keyword 'WHERE'."},
-        Refusal{"DELETE WHERE a = 1", 156, 1, "Incorrect syntax near the keyword 'WHERE'."},
-        Refusal{"SELECT 1\nBACKUP LOG a TO DISK = 'x'", 40517, 2, REFUSED("BACKUP")},
-        Refusal{"MERGE t USING u ON t.a = u.a WHEN MATCHED THEN DELETE", 10713, 1,
-                "A MERGE statement must be terminated by a semi-colon (;)."},
-        Refusal{"MERGE t USING u JOIN v ON 1 = 1 ON t.a = u.a WHEN MATCHED THEN DELETE;", 40517, 1,
-                REFUSED("MERGE with a join behind USING")},
-        Refusal{"EXEC AS USER = 'x'", 40517, 1, REFUSED("EXECUTE AS")},
-        Refusal{"CREATE SEQUENCE s", 40517, 1, REFUSED("CREATE SEQUENCE")},
-        Refusal{"DROP SEQUENCE s", 40517, 1, REFUSED("DROP SEQUENCE")},
-        Refusal{"DBCC CHECKIDENT ('t', 1)", 102, 1, "Incorrect syntax near '1'."},
-        Refusal{"UPDATE t SET a = 1 WHERE CURRENT OF @c", 40517, 1, REFUSED("cursor variable")},
-        Refusal{"DECLARE @c CURSOR", 40517, 1, REFUSED("cursor variable")},
-        Refusal{"BEGIN DISTRIBUTED TRAN", 40517, 1, REFUSED("BEGIN DISTRIBUTED TRANSACTION")},
-        Refusal{"CREATE FUNCTION f (@a int) RETURNS TABLE AS RETURN (SELECT 1 AS a)", 40517, 1,
-                REFUSED("function that returns a table")},
-        Refusal{"CREATE TRIGGER t ON v INSTEAD OF INSERT AS SELECT 1", 40517, 1,
-                REFUSED("INSTEAD OF trigger")},
-        Refusal{"SELECT a FROM t FOR XML AUTO", 40517, 1, REFUSED("FOR XML")},
-        Refusal{"SELECT a FROM t GROUP BY ROLLUP(a) WITH CUBE", 102, 1,
-                "Incorrect syntax near 'CUBE'."},
-        Refusal{"SELECT 1 FROM t CROSS APPLY f(1)", 40517, 1, REFUSED("APPLY")},
-        Refusal{"SELECT 1 FROM f(1)", 40517, 1, REFUSED("table function f")},
-        Refusal{"SELECT 1 FROM t WITH (INDEX(1))", 40517, 1, REFUSED("table hint INDEX")}));
+        StatementRefusal{"BEGIN TRAN SELEC 1", 102, 1, "Incorrect syntax near '1'."},
+        StatementRefusal{"SELECT *\nFROM", 102, 2, "Incorrect syntax near 'FROM'."},
+        StatementRefusal{"SELECT * FROM t\nWHERE", 102, 2, "Incorrect syntax near 'WHERE'."},
+        StatementRefusal{"SELECT * FROM t ORDER a", 102, 1, "Incorrect syntax near 'a'."},
+        StatementRefusal{"SELECT * FROM t,", 102, 1, "Incorrect syntax near ','."},
+        StatementRefusal{"SELECT * FROM t JOIN u", 102, 1, "Incorrect syntax near 'u'."},
+        StatementRefusal{"SELECT * FROM (SELECT 1)", 102, 1, "Incorrect syntax near ')'."},
+        StatementRefusal{"SELECT TOP FROM t", 156, 1, "Incorrect syntax near the keyword 'FROM'."},
+        StatementRefusal{
+            "SELECT 1 AS []", 1038, 1,
+            "An object or column name is missing or empty. For SELECT INTO statements, verify "
+            "each column has a name. For other statements, look for empty alias names. Aliases "
+            "defined as \"\" or [] are not allowed. Change the alias to a valid name."},
+        StatementRefusal{"INSERT INTO t", 102, 1, "Incorrect syntax near 't'."},
+        StatementRefusal{"INSERT INTO t VALUES 1", 102, 1, "Incorrect syntax near '1'."},
+        StatementRefusal{"UPDATE t\nSET WHERE a = 1", 156, 2,
+                         "Incorrect syntax near the keyword 'WHERE'."},
+        StatementRefusal{"DELETE WHERE a = 1", 156, 1,
+                         "Incorrect syntax near the keyword 'WHERE'."},
+        StatementRefusal{"SELECT 1\nBACKUP LOG a TO DISK = 'x'", 40517, 2, REFUSED("BACKUP")},
+        StatementRefusal{"MERGE t USING u ON t.a = u.a WHEN MATCHED THEN DELETE", 10713, 1,
+                         "A MERGE statement must be terminated by a semi-colon (;)."},
+        StatementRefusal{"MERGE t USING u JOIN v ON 1 = 1 ON t.a = u.a WHEN MATCHED THEN DELETE;",
+                         40517, 1, REFUSED("MERGE with a join behind USING")},
+        StatementRefusal{"EXEC AS USER = 'x'", 40517, 1, REFUSED("EXECUTE AS")},
+        StatementRefusal{"CREATE SEQUENCE s", 40517, 1, REFUSED("CREATE SEQUENCE")},
+        StatementRefusal{"DROP SEQUENCE s", 40517, 1, REFUSED("DROP SEQUENCE")},
+        StatementRefusal{"DBCC CHECKIDENT ('t', 1)", 102, 1, "Incorrect syntax near '1'."},
+        StatementRefusal{"UPDATE t SET a = 1 WHERE CURRENT OF @c", 40517, 1,
+                         REFUSED("cursor variable")},
+        StatementRefusal{"DECLARE @c CURSOR", 40517, 1, REFUSED("cursor variable")},
+        StatementRefusal{"BEGIN DISTRIBUTED TRAN", 40517, 1,
+                         REFUSED("BEGIN DISTRIBUTED TRANSACTION")},
+        StatementRefusal{"CREATE FUNCTION f (@a int) RETURNS TABLE AS RETURN (SELECT 1 AS a)",
+                         40517, 1, REFUSED("function that returns a table")},
+        StatementRefusal{"CREATE TRIGGER t ON v INSTEAD OF INSERT AS SELECT 1", 40517, 1,
+                         REFUSED("INSTEAD OF trigger")},
+        StatementRefusal{"SELECT a FROM t FOR XML AUTO", 40517, 1, REFUSED("FOR XML")},
+        StatementRefusal{"SELECT a FROM t GROUP BY ROLLUP(a) WITH CUBE", 102, 1,
+                         "Incorrect syntax near 'CUBE'."},
+        StatementRefusal{"SELECT 1 FROM t CROSS APPLY f(1)", 40517, 1, REFUSED("APPLY")},
+        StatementRefusal{"SELECT 1 FROM f(1)", 40517, 1, REFUSED("table function f")},
+        StatementRefusal{"SELECT 1 FROM t WITH (INDEX(1))", 40517, 1,
+                         REFUSED("table hint INDEX")}));
 
 }  // namespace
 }  // namespace kap::tsql

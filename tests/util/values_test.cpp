@@ -52,7 +52,7 @@ private:
     Variant value_;
 };
 
-std::string thisYear() {
+std::string yearNow() {
     return std::to_string(convert::takeApart(localNow())->date.year);
 }
 
@@ -160,10 +160,10 @@ TEST_F(Values, TurnsADayFirstDateIntoYearMonthDay) {
 }
 
 TEST_F(Values, TakesThisYearWhenADateHasNone) {
-    const std::string before = thisYear();
+    const std::string before = yearNow();
     const std::string withSeparator = shown(DtoSQL(u"01/02"));
     const std::string without = shown(DtoSQL(u"0102"));
-    const std::string after = thisYear();
+    const std::string after = yearNow();
     EXPECT_TRUE(withSeparator == "String " + before + "-02-01" ||
                 withSeparator == "String " + after + "-02-01");
     EXPECT_TRUE(without == "String " + before + "-02-01" ||

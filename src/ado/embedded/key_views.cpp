@@ -116,7 +116,7 @@ SystemRows checkConstraints(const SchemaCatalogue& catalogue) {
     return view;
 }
 
-constexpr auto kViews = std::to_array<View>({
+constexpr auto kKeyViews = std::to_array<View>({
     {"", "sysforeignkeys", [](const SchemaCatalogue& c) { return foreignKeyColumns(c, false); }},
     {"", "sysreferences", references},
     {"sys", "foreign_key_columns",
@@ -128,7 +128,7 @@ constexpr auto kViews = std::to_array<View>({
 }  // namespace
 
 std::span<const View> keyViews() {
-    return kViews;
+    return kKeyViews;
 }
 
 }  // namespace kap::ado::embedded::views

@@ -8,7 +8,7 @@
 namespace kap::ado::embedded {
 namespace {
 
-std::string_view textOf(sqlite3_value* value) {
+std::string_view storedText(sqlite3_value* value) {
     const auto* data = reinterpret_cast<const char*>(sqlite3_value_text(value));
     return {data, static_cast<std::size_t>(sqlite3_value_bytes(value))};
 }
@@ -53,7 +53,7 @@ void RowReader::read(const PreparedStatement& statement, std::vector<ColumnStore
                 store.appendReal(sqlite3_value_double(value));
                 break;
             case Storage::Text:
-                store.appendBytes(textOf(value));
+                store.appendBytes(storedText(value));
                 break;
             case Storage::Binary:
                 store.appendBytes(bytesOf(value));

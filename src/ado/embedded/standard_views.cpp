@@ -137,7 +137,7 @@ SystemRows routines(const SchemaCatalogue& catalogue) {
     return view;
 }
 
-constexpr auto kViews = std::to_array<View>({
+constexpr auto kStandardViews = std::to_array<View>({
     {"information_schema", "tables", tables},
     {"information_schema", "columns", columns},
     {"information_schema", "views", viewTexts},
@@ -149,7 +149,7 @@ constexpr auto kViews = std::to_array<View>({
 }  // namespace
 
 std::span<const View> standardViews() {
-    return kViews;
+    return kStandardViews;
 }
 
 }  // namespace kap::ado::embedded::views

@@ -10,11 +10,11 @@
 // The views by which the database describes itself, as far as scripts and tools ask for them: the
 // server's older and newer system tables.
 namespace kap::ado::embedded {
+namespace views {
 namespace {
 
 using tsql::SqlType;
 using tsql::TypeSpec;
-using namespace views;
 
 constexpr TypeSpec kTwo{SqlType::Char, 2};
 
@@ -145,13 +145,13 @@ SystemRows syscomments(const SchemaCatalogue& catalogue, bool modern) {
 
 // --- Columns and types
 
-struct TypeRow {
+struct ServerType {
     SqlType type;
     std::int64_t id;  // system_type_id and xtype
     std::int64_t length;
 };
 
-constexpr auto kTypes = std::to_array<TypeRow>({
+constexpr auto kServerTypes = std::to_array<ServerType>({
     {SqlType::Image, 34, 16},
     {SqlType::Text, 35, 16},
     {SqlType::UniqueIdentifier, 36, 16},
@@ -180,8 +180,8 @@ constexpr auto kTypes = std::to_array<TypeRow>({
 });
 
 std::int64_t typeId(SqlType type) {
-    const auto* const found = std::ranges::find(kTypes, type, &TypeRow::type);
-    return found == kTypes.end() ? 0 : found->id;
+    const auto* const found = std::ranges::find(kServerTypes, type, &ServerType::type);
+    return found == kServerTypes.end() ? 0 : found->id;
 }
 
 // The number of the constraint that holds a column's default; 0 without one.
@@ -231,7 +231,7 @@ SystemRows typeRows(const SchemaCatalogue& catalogue, bool modern) {
                                                                 {"xusertype", kSmallInt},
                                                                 {"length", kSmallInt},
                                                                 {"status", kTinyInt}};
-    for (const TypeRow& row : kTypes) {
+    for (const ServerType& row : kServerTypes) {
         view.rows.push_back({text(tsql::typeName(row.type)), number(row.id), number(row.id),
                              number(row.length), number(0)});
     }
@@ -299,7 +299,7 @@ SystemRows owners(bool modern) {
     return view;
 }
 
-constexpr auto kViews = std::to_array<views::View>({
+constexpr auto kSystemViews = std::to_array<views::View>({
     {"", "sysobjects", sysobjects},
     {"", "syscolumns", [](const SchemaCatalogue& c) { return columnRows(c, false); }},
     {"", "sysindexes", [](const SchemaCatalogue& c) { return indexRows(c, false); }},
@@ -325,6 +325,7 @@ constexpr auto kViews = std::to_array<views::View>({
 });
 
 }  // namespace
+}  // namespace views
 
 // "master.dbo.sysdatabases" and "master..sysdatabases" are the same views: there is one database.
 std::optional<SystemRows> SchemaCatalogue::systemRows(const tsql::ObjectName& name) const {
@@ -333,7 +334,8 @@ std::optional<SystemRows> SchemaCatalogue::systemRows(const tsql::ObjectName& na
         name.parts.size() > 1 ? tsql::asciiLower(name.parts[name.parts.size() - 2]) : "";
     if (owner == "dbo" || owner == "master" || sameName(owner, databaseName_)) owner.clear();
     for (const std::span<const views::View> list :
-         {std::span<const views::View>(kViews), views::keyViews(), views::standardViews()}) {
+         {std::span<const views::View>(views::kSystemViews), views::keyViews(),
+          views::standardViews()}) {
         if (auto rows = rowsOf(list, *this, owner, last)) return rows;
     }
     return std::nullopt;

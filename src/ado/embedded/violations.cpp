@@ -12,7 +12,7 @@ namespace {
 
 using tsql::ServerError;
 
-constexpr int kConstraint = 547;
+constexpr int kConstraintViolated = 547;
 
 std::string placeOf(const SchemaCatalogue& catalogue, const std::string& table,
                     const std::vector<std::string>& columns) {
@@ -24,7 +24,7 @@ std::string placeOf(const SchemaCatalogue& catalogue, const std::string& table,
 
 ServerError conflict(const std::string& verb, const std::string& kind, const std::string& name,
                      const std::string& place) {
-    return {kConstraint,
+    return {kConstraintViolated,
             "The " + verb + " statement conflicted with the " + kind + " constraint \"" + name +
                 "\". " + place,
             0, 16, 0};
@@ -134,7 +134,7 @@ void ForeignKeySearch::end() {
 }
 
 ServerError ForeignKeySearch::unnamed(const WriteContext& context) {
-    return {kConstraint,
+    return {kConstraintViolated,
             "The " + context.verb +
                 " statement conflicted with a FOREIGN KEY constraint of table "
                 "\"dbo." +

@@ -20,7 +20,7 @@ constexpr std::size_t kPieceBytes = 65536;
 constexpr std::size_t kGuidCharacters = 37;
 constexpr std::size_t kClockCharacters = 24;
 constexpr std::size_t kDecimalSigns = 4;  // a sign, a zero, a point and the end
-constexpr std::size_t kWidestDecimal = 64;
+constexpr std::size_t kWidestDecimalText = 64;
 
 struct Shape {
     SQLSMALLINT form;
@@ -46,8 +46,8 @@ Shape shapeOf(const ColumnInfo& column) {
         case DataTypeEnum::adCurrency:
         case DataTypeEnum::adNumeric:
             return {SQL_C_CHAR,
-                    column.precision <= 18 ? column.precision + kDecimalSigns : kWidestDecimal, 1,
-                    true};
+                    column.precision <= 18 ? column.precision + kDecimalSigns : kWidestDecimalText,
+                    1, true};
         case DataTypeEnum::adDBTimeStamp:
             return {SQL_C_TYPE_TIMESTAMP, sizeof(SQL_TIMESTAMP_STRUCT)};
         case DataTypeEnum::adDBDate:

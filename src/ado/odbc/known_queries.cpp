@@ -2,19 +2,17 @@
 
 #include <algorithm>
 
+#include "tsql/text.hpp"
+
 namespace kap::ado::odbc {
 namespace {
 
 constexpr std::size_t kLongestKept = 4000;
 constexpr std::size_t kMostKept = 200;
 
-bool isDigit(char letter) {
-    return letter >= '0' && letter <= '9';
-}
-
 // Whether a digit behind this letter belongs to a name: a1, @2, #3.
 bool isOfName(char letter) {
-    return isDigit(letter) || (letter >= 'a' && letter <= 'z') ||
+    return tsql::isAsciiDigit(letter) || (letter >= 'a' && letter <= 'z') ||
            (letter >= 'A' && letter <= 'Z') || letter == '_' || letter == '@' || letter == '#' ||
            letter == '$' || static_cast<unsigned char>(letter) >= 0x80;
 }
@@ -43,7 +41,7 @@ std::string KnownQueries::shapeOf(std::string_view text) {
             const std::size_t end = endOfQuoted(text, i);
             shape += text.substr(i, end - i);
             i = end;
-        } else if (isDigit(letter) && (shape.empty() || !isOfName(shape.back()))) {
+        } else if (tsql::isAsciiDigit(letter) && (shape.empty() || !isOfName(shape.back()))) {
             i = std::min(text.find_first_not_of("0123456789", i), text.size());
             shape += '0';
         } else {

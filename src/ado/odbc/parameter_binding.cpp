@@ -13,7 +13,7 @@ namespace {
 
 using enum DataTypeEnum;
 
-constexpr SQLULEN kWidestDecimal = 18;
+constexpr SQLULEN kWidestParameter = 18;
 constexpr SQLULEN kMoneyDigits = 19;
 constexpr int kMoneyScale = 4;
 constexpr SQLULEN kStampCharacters = 20;  // up to the point of the seconds' decimals
@@ -69,7 +69,7 @@ void ParameterBinding::putWhole(Bound& bound, DataTypeEnum type, std::uint8_t sc
         bound.bytes = decimalText(value, decimals);
         bound.form = SQL_C_CHAR;
         bound.type = SQL_DECIMAL;
-        bound.size = type == adCurrency ? kMoneyDigits : kWidestDecimal;
+        bound.size = type == adCurrency ? kMoneyDigits : kWidestParameter;
         bound.decimals = static_cast<SQLSMALLINT>(decimals);
         bound.value = bound.bytes.data();
         bound.length = static_cast<SQLLEN>(bound.bytes.size());
@@ -162,7 +162,7 @@ void ParameterBinding::putBinary(Bound& bound, DataTypeEnum type, const std::str
 void ParameterBinding::putNull(Bound& bound, DataTypeEnum type, std::uint8_t scale) {
     switch (storageOf(type)) {
         case Storage::Integer:
-            putWhole(bound, type, scale > kWidestDecimal ? std::uint8_t{0} : scale, 0);
+            putWhole(bound, type, scale > kWidestParameter ? std::uint8_t{0} : scale, 0);
             break;
         case Storage::Real:
             putReal(bound, type, scale, 0);

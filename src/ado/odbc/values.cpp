@@ -8,6 +8,7 @@
 
 #include "frame/convert/calendar.hpp"
 #include "frame/unicode.hpp"
+#include "tsql/text.hpp"
 
 namespace kap::ado::odbc {
 namespace {
@@ -26,10 +27,6 @@ constexpr auto kPowers = [] {
 
 double dayPart(int hour, int minute, int second, double fraction) {
     return (hour * 3600 + minute * 60 + second + fraction) / kSecondsOfDay;
-}
-
-bool isDigit(char letter) {
-    return letter >= '0' && letter <= '9';
 }
 
 std::optional<int> twoDigits(std::string_view text, std::size_t at) {
@@ -137,7 +134,8 @@ std::optional<DecimalDigits> decimalOf(std::string_view text) {
     DecimalDigits made{0, static_cast<int>(decimals.size())};
     for (const std::string_view part : {text.substr(0, point), decimals}) {
         for (const char letter : part) {
-            if (!isDigit(letter) || __builtin_mul_overflow(made.digits, 10, &made.digits) ||
+            if (!tsql::isAsciiDigit(letter) ||
+                __builtin_mul_overflow(made.digits, 10, &made.digits) ||
                 __builtin_sub_overflow(made.digits, letter - '0', &made.digits)) {
                 return std::nullopt;
             }

@@ -29,8 +29,8 @@ fs::path profilePath(std::u16string_view file) {
     return locate(pathText(settingsFolder() / "").units() + std::u16string(file));
 }
 
-std::optional<std::u16string> read(std::u16string_view section, std::u16string_view key,
-                                   std::u16string_view file) {
+std::optional<std::u16string> readValue(std::u16string_view section, std::u16string_view key,
+                                        std::u16string_view file) {
     if (file.empty()) {
         return std::nullopt;
     }
@@ -41,8 +41,8 @@ std::optional<std::u16string> read(std::u16string_view section, std::u16string_v
     }
 }
 
-bool write(std::u16string_view section, std::u16string_view key, std::u16string_view value,
-           std::u16string_view file) {
+bool writeValue(std::u16string_view section, std::u16string_view key, std::u16string_view value,
+                std::u16string_view file) {
     if (file.empty()) {
         return false;
     }
@@ -67,7 +67,8 @@ bool write(std::u16string_view section, std::u16string_view key, std::u16string_
 
 String readProfile(std::u16string_view section, std::u16string_view key,
                    std::u16string_view otherwise, std::size_t capacity, std::u16string_view file) {
-    auto text = read(section, key, file).value_or(std::u16string(unicode::trimRight(otherwise)));
+    auto text =
+        readValue(section, key, file).value_or(std::u16string(unicode::trimRight(otherwise)));
     if (text.size() >= capacity) {
         text.resize(capacity == 0 ? 0 : capacity - 1);
     }
@@ -77,7 +78,7 @@ String readProfile(std::u16string_view section, std::u16string_view key,
 bool writeProfile(std::u16string_view section, std::u16string_view key, std::u16string_view value,
                   std::u16string_view file) {
     try {
-        return write(section, key, value, file);
+        return writeValue(section, key, value, file);
     } catch (const AutomationError&) {
         return false;  // callers are told by the result alone
     }

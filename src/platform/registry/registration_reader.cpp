@@ -16,7 +16,7 @@ constexpr std::u16string_view kHeading = u"Windows Registry Editor Version 5.00"
 // The older form: code page 1252 throughout, also in the bytes of texts.
 constexpr std::u16string_view kOldHeading = u"REGEDIT4";
 
-constexpr std::uint32_t kBinary = 3;
+constexpr std::uint32_t kPlainHexType = 3;
 
 bool isBlank(char16_t unit) {
     return unit == u' ' || unit == u'\t';
@@ -207,7 +207,7 @@ private:
             return numberValue(static_cast<std::int32_t>(hexNumber(line)));
         }
         if (kind == u"hex") {
-            return bytesOf(kBinary, line);
+            return bytesOf(kPlainHexType, line);
         }
         if (kind.starts_with(u"hex(") && kind.ends_with(u")")) {
             return bytesOf(hexNumber(std::u16string_view(kind).substr(4, kind.size() - 5)), line);

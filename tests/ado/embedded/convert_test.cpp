@@ -10,7 +10,7 @@
 namespace kap::ado::embedded {
 namespace {
 
-struct Case {
+struct ConversionCase {
     Value value;
     const char* from;
     const char* to;
@@ -18,10 +18,10 @@ struct Case {
     int style = 0;
 };
 
-class Conversion : public ::testing::TestWithParam<Case> {};
+class Conversion : public ::testing::TestWithParam<ConversionCase> {};
 
 TEST_P(Conversion, GivesTheServersValue) {
-    const Case& c = GetParam();
+    const ConversionCase& c = GetParam();
     EXPECT_TRUE(convert(c.value, tsql::parseType(c.from), tsql::parseType(c.to), Overlength::Cut,
                         c.style) == c.expected)
         << c.from << " to " << c.to << " gave "
@@ -41,67 +41,74 @@ Value bytes(const std::string& value) {
 
 INSTANTIATE_TEST_SUITE_P(
     Numbers, Conversion,
-    ::testing::Values(
-        Case{{}, "int", "varchar(5)", {}}, Case{whole(7), "int", "decimal(9,2)", whole(700)},
-        Case{whole(12345), "decimal(9,3)", "decimal(9,2)", whole(1235)},
-        Case{whole(-12345), "decimal(9,3)", "decimal(9,2)", whole(-1235)},
-        Case{whole(1299), "decimal(9,2)", "int", whole(12)},
-        Case{whole(-1299), "decimal(9,2)", "int", whole(-12)},
-        Case{whole(25000), "money", "int", whole(3)},
-        Case{whole(123456), "money", "decimal(9,2)", whole(1235)},
-        Case{whole(5), "int", "money", whole(50000)}, Case{whole(5), "int", "bit", whole(1)},
-        Case{whole(0), "decimal(5,2)", "bit", whole(0)},
-        Case{whole(150), "decimal(5,2)", "float", 1.5}, Case{2.9, "float", "int", whole(2)},
-        Case{-2.9, "float", "int", whole(-2)}, Case{2.345, "float", "decimal(9,2)", whole(235)},
-        Case{1.23456, "float", "money", whole(12346)},
-        Case{0.1, "float", "real", static_cast<double>(0.1F)},
-        Case{whole(1), "int", "datetime", 3.0}, Case{3.5, "datetime", "float", 1.5},
-        Case{3.5, "datetime", "int", whole(2)}));
+    ::testing::Values(ConversionCase{{}, "int", "varchar(5)", {}},
+                      ConversionCase{whole(7), "int", "decimal(9,2)", whole(700)},
+                      ConversionCase{whole(12345), "decimal(9,3)", "decimal(9,2)", whole(1235)},
+                      ConversionCase{whole(-12345), "decimal(9,3)", "decimal(9,2)", whole(-1235)},
+                      ConversionCase{whole(1299), "decimal(9,2)", "int", whole(12)},
+                      ConversionCase{whole(-1299), "decimal(9,2)", "int", whole(-12)},
+                      ConversionCase{whole(25000), "money", "int", whole(3)},
+                      ConversionCase{whole(123456), "money", "decimal(9,2)", whole(1235)},
+                      ConversionCase{whole(5), "int", "money", whole(50000)},
+                      ConversionCase{whole(5), "int", "bit", whole(1)},
+                      ConversionCase{whole(0), "decimal(5,2)", "bit", whole(0)},
+                      ConversionCase{whole(150), "decimal(5,2)", "float", 1.5},
+                      ConversionCase{2.9, "float", "int", whole(2)},
+                      ConversionCase{-2.9, "float", "int", whole(-2)},
+                      ConversionCase{2.345, "float", "decimal(9,2)", whole(235)},
+                      ConversionCase{1.23456, "float", "money", whole(12346)},
+                      ConversionCase{0.1, "float", "real", static_cast<double>(0.1F)},
+                      ConversionCase{whole(1), "int", "datetime", 3.0},
+                      ConversionCase{3.5, "datetime", "float", 1.5},
+                      ConversionCase{3.5, "datetime", "int", whole(2)}));
 
 INSTANTIATE_TEST_SUITE_P(
     Texts, Conversion,
-    ::testing::Values(Case{text(" -12 "), "varchar(9)", "int", whole(-12)},
-                      Case{text(""), "varchar(9)", "int", whole(0)},
-                      Case{text("1.235"), "varchar(9)", "decimal(9,2)", whole(124)},
-                      Case{text("$1,234.5"), "varchar(9)", "money", whole(12345000)},
-                      Case{text("TRUE"), "varchar(9)", "bit", whole(1)},
-                      Case{text("1e3"), "varchar(9)", "float", 1000.0},
-                      Case{text("abc"), "varchar(3)", "char(5)", text("abc  ")},
-                      Case{text("abcdef"), "varchar(6)", "varchar(3)", text("abc")},
-                      Case{text("èèèè"), "varchar(6)", "varchar(3)", text("èèè")},
-                      Case{whole(42), "int", "varchar(5)", text("42")},
-                      Case{whole(123456), "int", "varchar(5)", text("*")},
-                      Case{whole(-50), "decimal(5,3)", "varchar(9)", text("-0.050")},
-                      Case{whole(12345678), "money", "varchar(20)", text("1234.57")},
-                      Case{whole(12345678), "money", "varchar(20)", text("1,234.57"), 1},
-                      Case{whole(12345678), "money", "varchar(20)", text("1234.5678"), 2},
-                      Case{1.0 / 3, "float", "varchar(20)", text("0.333333")},
-                      Case{1e15, "float", "varchar(20)", text("1e+015")},
-                      Case{1e-7, "float", "varchar(20)", text("1e-007")},
-                      Case{1.5, "float", "varchar(30)", text("1.5000000e+000"), 1},
-                      Case{text("6f9619ff-8b86-d011-b42d-00c04fc964ff"), "varchar(40)",
-                           "uniqueidentifier", text("6F9619FF-8B86-D011-B42D-00C04FC964FF")},
-                      Case{text("{6F9619FF-8B86-D011-B42D-00C04FC964FF}"), "varchar(40)",
-                           "uniqueidentifier", text("6F9619FF-8B86-D011-B42D-00C04FC964FF")}));
+    ::testing::Values(ConversionCase{text(" -12 "), "varchar(9)", "int", whole(-12)},
+                      ConversionCase{text(""), "varchar(9)", "int", whole(0)},
+                      ConversionCase{text("1.235"), "varchar(9)", "decimal(9,2)", whole(124)},
+                      ConversionCase{text("$1,234.5"), "varchar(9)", "money", whole(12345000)},
+                      ConversionCase{text("TRUE"), "varchar(9)", "bit", whole(1)},
+                      ConversionCase{text("1e3"), "varchar(9)", "float", 1000.0},
+                      ConversionCase{text("abc"), "varchar(3)", "char(5)", text("abc  ")},
+                      ConversionCase{text("abcdef"), "varchar(6)", "varchar(3)", text("abc")},
+                      ConversionCase{text("èèèè"), "varchar(6)", "varchar(3)", text("èèè")},
+                      ConversionCase{whole(42), "int", "varchar(5)", text("42")},
+                      ConversionCase{whole(123456), "int", "varchar(5)", text("*")},
+                      ConversionCase{whole(-50), "decimal(5,3)", "varchar(9)", text("-0.050")},
+                      ConversionCase{whole(12345678), "money", "varchar(20)", text("1234.57")},
+                      ConversionCase{whole(12345678), "money", "varchar(20)", text("1,234.57"), 1},
+                      ConversionCase{whole(12345678), "money", "varchar(20)", text("1234.5678"), 2},
+                      ConversionCase{1.0 / 3, "float", "varchar(20)", text("0.333333")},
+                      ConversionCase{1e15, "float", "varchar(20)", text("1e+015")},
+                      ConversionCase{1e-7, "float", "varchar(20)", text("1e-007")},
+                      ConversionCase{1.5, "float", "varchar(30)", text("1.5000000e+000"), 1},
+                      ConversionCase{text("6f9619ff-8b86-d011-b42d-00c04fc964ff"), "varchar(40)",
+                                     "uniqueidentifier",
+                                     text("6F9619FF-8B86-D011-B42D-00C04FC964FF")},
+                      ConversionCase{text("{6F9619FF-8B86-D011-B42D-00C04FC964FF}"), "varchar(40)",
+                                     "uniqueidentifier",
+                                     text("6F9619FF-8B86-D011-B42D-00C04FC964FF")}));
 
 INSTANTIATE_TEST_SUITE_P(
     Bytes, Conversion,
-    ::testing::Values(Case{whole(258), "int", "binary(4)", bytes(std::string("\0\0\1\2", 4))},
-                      Case{whole(258), "int", "varbinary(2)", bytes("\1\2")},
-                      Case{whole(-1), "int", "binary(8)", bytes(std::string(8, '\xFF'))},
-                      Case{bytes("\1\2"), "varbinary(2)", "int", whole(258)},
-                      Case{bytes("\1\2\3"), "varbinary(3)", "binary(5)",
-                           bytes(std::string("\1\2\3\0\0", 5))},
-                      Case{bytes("\1\2\3"), "varbinary(3)", "binary(2)", bytes("\1\2")},
-                      Case{text("aé"), "varchar(2)", "varbinary(5)", bytes("a\xE9")},
-                      Case{text("a"), "nvarchar(2)", "varbinary(5)", bytes(std::string("a\0", 2))},
-                      Case{bytes("a\xE9"), "varbinary(2)", "varchar(5)", text("aé")},
-                      Case{bytes("\x0A\xFF"), "varbinary(2)", "varchar(9)", text("0x0AFF"), 1},
-                      Case{bytes("\x0A\xFF"), "varbinary(2)", "varchar(9)", text("0AFF"), 2},
-                      Case{text("0x0AfF"), "varchar(9)", "varbinary(2)", bytes("\x0A\xFF"), 1},
-                      Case{text("0AfF"), "varchar(9)", "varbinary(2)", bytes("\x0A\xFF"), 2}));
+    ::testing::Values(
+        ConversionCase{whole(258), "int", "binary(4)", bytes(std::string("\0\0\1\2", 4))},
+        ConversionCase{whole(258), "int", "varbinary(2)", bytes("\1\2")},
+        ConversionCase{whole(-1), "int", "binary(8)", bytes(std::string(8, '\xFF'))},
+        ConversionCase{bytes("\1\2"), "varbinary(2)", "int", whole(258)},
+        ConversionCase{bytes("\1\2\3"), "varbinary(3)", "binary(5)",
+                       bytes(std::string("\1\2\3\0\0", 5))},
+        ConversionCase{bytes("\1\2\3"), "varbinary(3)", "binary(2)", bytes("\1\2")},
+        ConversionCase{text("aé"), "varchar(2)", "varbinary(5)", bytes("a\xE9")},
+        ConversionCase{text("a"), "nvarchar(2)", "varbinary(5)", bytes(std::string("a\0", 2))},
+        ConversionCase{bytes("a\xE9"), "varbinary(2)", "varchar(5)", text("aé")},
+        ConversionCase{bytes("\x0A\xFF"), "varbinary(2)", "varchar(9)", text("0x0AFF"), 1},
+        ConversionCase{bytes("\x0A\xFF"), "varbinary(2)", "varchar(9)", text("0AFF"), 2},
+        ConversionCase{text("0x0AfF"), "varchar(9)", "varbinary(2)", bytes("\x0A\xFF"), 1},
+        ConversionCase{text("0AfF"), "varchar(9)", "varbinary(2)", bytes("\x0A\xFF"), 2}));
 
-struct Refusal {
+struct ConversionRefusal {
     Value value;
     const char* from;
     const char* to;
@@ -110,10 +117,10 @@ struct Refusal {
     Overlength overlength = Overlength::Cut;
 };
 
-class RefusedConversion : public ::testing::TestWithParam<Refusal> {};
+class RefusedConversion : public ::testing::TestWithParam<ConversionRefusal> {};
 
 TEST_P(RefusedConversion, HasTheServersNumberAndText) {
-    const Refusal& c = GetParam();
+    const ConversionRefusal& c = GetParam();
     try {
         const Value value =
             convert(c.value, tsql::parseType(c.from), tsql::parseType(c.to), c.overlength);
@@ -127,60 +134,68 @@ TEST_P(RefusedConversion, HasTheServersNumberAndText) {
 INSTANTIATE_TEST_SUITE_P(
     All, RefusedConversion,
     ::testing::Values(
-        Refusal{text("x"), "varchar(1)", "int", 245,
-                "Conversion failed when converting the varchar value 'x' to data type int."},
-        Refusal{text("1.5"), "nvarchar(3)", "int", 245,
-                "Conversion failed when converting the nvarchar value '1.5' to data type int."},
-        Refusal{text("x"), "varchar(1)", "bit", 245,
-                "Conversion failed when converting the varchar value 'x' to data type bit."},
-        Refusal{text("9999999999"), "varchar(10)", "int", 248,
-                "The conversion of the varchar value '9999999999' overflowed an int column."},
-        Refusal{text("300"), "varchar(3)", "tinyint", 244,
-                "The conversion of the varchar value '300' overflowed an INT1 column. Use a larger "
-                "integer column."},
-        Refusal{
+        ConversionRefusal{
+            text("x"), "varchar(1)", "int", 245,
+            "Conversion failed when converting the varchar value 'x' to data type int."},
+        ConversionRefusal{
+            text("1.5"), "nvarchar(3)", "int", 245,
+            "Conversion failed when converting the nvarchar value '1.5' to data type int."},
+        ConversionRefusal{
+            text("x"), "varchar(1)", "bit", 245,
+            "Conversion failed when converting the varchar value 'x' to data type bit."},
+        ConversionRefusal{
+            text("9999999999"), "varchar(10)", "int", 248,
+            "The conversion of the varchar value '9999999999' overflowed an int column."},
+        ConversionRefusal{
+            text("300"), "varchar(3)", "tinyint", 244,
+            "The conversion of the varchar value '300' overflowed an INT1 column. Use a larger "
+            "integer column."},
+        ConversionRefusal{
             text("40000"), "varchar(5)", "smallint", 244,
             "The conversion of the varchar value '40000' overflowed an INT2 column. Use a larger "
             "integer column."},
-        Refusal{text("x"), "varchar(1)", "bigint", 8114,
-                "Error converting data type varchar to bigint."},
-        Refusal{text(""), "varchar(1)", "decimal(5,2)", 8114,
-                "Error converting data type varchar to numeric."},
-        Refusal{text("x"), "varchar(1)", "float", 8114,
-                "Error converting data type varchar to float."},
-        Refusal{text("nan"), "varchar(3)", "float", 8114,
-                "Error converting data type varchar to float."},
-        Refusal{text("x"), "varchar(1)", "money", 235,
-                "Cannot convert a char value to money. The char value has incorrect syntax."},
-        Refusal{text("1000"), "varchar(4)", "decimal(5,2)", 8115,
-                "Arithmetic overflow error converting varchar to data type numeric."},
-        Refusal{whole(1000), "int", "decimal(5,2)", 8115,
-                "Arithmetic overflow error converting int to data type numeric."},
-        Refusal{whole(300), "int", "tinyint", 220,
-                "Arithmetic overflow error for data type tinyint, value = 300."},
-        Refusal{whole(-1), "int", "tinyint", 220,
-                "Arithmetic overflow error for data type tinyint, value = -1."},
-        Refusal{whole(3000000000), "bigint", "int", 8115,
-                "Arithmetic overflow error converting expression to data type int."},
-        Refusal{1e30, "float", "decimal(18,2)", 8115,
-                "Arithmetic overflow error converting float to data type numeric."},
-        Refusal{1e300, "float", "real", 8115,
-                "Arithmetic overflow error converting expression to data type real."},
-        Refusal{whole(123456), "int", "nvarchar(3)", 8115,
-                "Arithmetic overflow error converting expression to data type nvarchar."},
-        Refusal{whole(123456), "decimal(9,2)", "varchar(3)", 8115,
-                "Arithmetic overflow error converting numeric to data type varchar."},
-        Refusal{whole(123456789), "money", "varchar(3)", 234,
-                "There is insufficient result space to convert a money value to varchar."},
-        Refusal{text("x"), "varchar(1)", "uniqueidentifier", 8169,
-                "Conversion failed when converting from a character string to uniqueidentifier."},
-        Refusal{text("abcd"), "varchar(4)", "varchar(3)", 8152,
-                "String or binary data would be truncated.", Overlength::Refuse},
-        Refusal{bytes("abcd"), "varbinary(4)", "varbinary(3)", 8152,
-                "String or binary data would be truncated.", Overlength::Refuse},
-        Refusal{1.5, "float", "varbinary(8)", 529,
-                "Explicit conversion from data type float to varbinary is not allowed."},
-        Refusal{
+        ConversionRefusal{text("x"), "varchar(1)", "bigint", 8114,
+                          "Error converting data type varchar to bigint."},
+        ConversionRefusal{text(""), "varchar(1)", "decimal(5,2)", 8114,
+                          "Error converting data type varchar to numeric."},
+        ConversionRefusal{text("x"), "varchar(1)", "float", 8114,
+                          "Error converting data type varchar to float."},
+        ConversionRefusal{text("nan"), "varchar(3)", "float", 8114,
+                          "Error converting data type varchar to float."},
+        ConversionRefusal{
+            text("x"), "varchar(1)", "money", 235,
+            "Cannot convert a char value to money. The char value has incorrect syntax."},
+        ConversionRefusal{text("1000"), "varchar(4)", "decimal(5,2)", 8115,
+                          "Arithmetic overflow error converting varchar to data type numeric."},
+        ConversionRefusal{whole(1000), "int", "decimal(5,2)", 8115,
+                          "Arithmetic overflow error converting int to data type numeric."},
+        ConversionRefusal{whole(300), "int", "tinyint", 220,
+                          "Arithmetic overflow error for data type tinyint, value = 300."},
+        ConversionRefusal{whole(-1), "int", "tinyint", 220,
+                          "Arithmetic overflow error for data type tinyint, value = -1."},
+        ConversionRefusal{whole(3000000000), "bigint", "int", 8115,
+                          "Arithmetic overflow error converting expression to data type int."},
+        ConversionRefusal{1e30, "float", "decimal(18,2)", 8115,
+                          "Arithmetic overflow error converting float to data type numeric."},
+        ConversionRefusal{1e300, "float", "real", 8115,
+                          "Arithmetic overflow error converting expression to data type real."},
+        ConversionRefusal{whole(123456), "int", "nvarchar(3)", 8115,
+                          "Arithmetic overflow error converting expression to data type nvarchar."},
+        ConversionRefusal{whole(123456), "decimal(9,2)", "varchar(3)", 8115,
+                          "Arithmetic overflow error converting numeric to data type varchar."},
+        ConversionRefusal{
+            whole(123456789), "money", "varchar(3)", 234,
+            "There is insufficient result space to convert a money value to varchar."},
+        ConversionRefusal{
+            text("x"), "varchar(1)", "uniqueidentifier", 8169,
+            "Conversion failed when converting from a character string to uniqueidentifier."},
+        ConversionRefusal{text("abcd"), "varchar(4)", "varchar(3)", 8152,
+                          "String or binary data would be truncated.", Overlength::Refuse},
+        ConversionRefusal{bytes("abcd"), "varbinary(4)", "varbinary(3)", 8152,
+                          "String or binary data would be truncated.", Overlength::Refuse},
+        ConversionRefusal{1.5, "float", "varbinary(8)", 529,
+                          "Explicit conversion from data type float to varbinary is not allowed."},
+        ConversionRefusal{
             1.0, "datetime", "smalldatetime", 242,
             "The conversion of a datetime data type to a smalldatetime data type resulted in an "
             "out-of-range value."}));

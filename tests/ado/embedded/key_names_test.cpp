@@ -5,18 +5,18 @@
 namespace kap::ado::embedded {
 namespace {
 
-constexpr const char* kTable =
+constexpr const char* kKeyedTable =
     "CREATE TABLE main.\"t\" (\"a\" \"int\" NOT NULL, \"b, c\" \"int\", \"d\" \"int\", "
     "CONSTRAINT \"PK of t\" PRIMARY KEY (\"a\", \"d\"), CONSTRAINT \"UQ_t_1\" UNIQUE (\"b, c\"))";
 
 TEST(KeyNames, FindsTheKeyOverTheseColumns) {
-    EXPECT_EQ(keyName(kTable, {"a", "d"}), "PK of t");
-    EXPECT_EQ(keyName(kTable, {"b, c"}), "UQ_t_1");
+    EXPECT_EQ(keyName(kKeyedTable, {"a", "d"}), "PK of t");
+    EXPECT_EQ(keyName(kKeyedTable, {"b, c"}), "UQ_t_1");
 }
 
 TEST(KeyNames, ColumnsOfNoKeyHaveNone) {
-    EXPECT_EQ(keyName(kTable, {"a"}), "");
-    EXPECT_EQ(keyName(kTable, {"d", "a"}), "");
+    EXPECT_EQ(keyName(kKeyedTable, {"a"}), "");
+    EXPECT_EQ(keyName(kKeyedTable, {"d", "a"}), "");
 }
 
 TEST(KeyNames, AKeyWithoutANameHasNone) {

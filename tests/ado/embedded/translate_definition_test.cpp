@@ -112,12 +112,12 @@ TEST(TranslateDefinition, QuotesOddNames) {
     EXPECT_EQ(database.run("SELECT [a]]b], [order by], rowid FROM [my \"table\"]"), "1|x|8");
 }
 
-struct Refusal {
+struct DefinitionRefusal {
     const char* columns;
     const char* error;
 };
 
-class RefusedDefinition : public ::testing::TestWithParam<Refusal> {};
+class RefusedDefinition : public ::testing::TestWithParam<DefinitionRefusal> {};
 
 TEST_P(RefusedDefinition, HasTheServersNumberAndText) {
     testing::TranslatedDatabase database;
@@ -128,54 +128,67 @@ TEST_P(RefusedDefinition, HasTheServersNumberAndText) {
 INSTANTIATE_TEST_SUITE_P(
     All, RefusedDefinition,
     ::testing::Values(
-        Refusal{"gia (x int)", "2714: There is already an object named 'gia' in the database."},
-        Refusal{"sqlite_x (x int)",
-                "2714: There is already an object named 'sqlite_x' in the database."},
-        Refusal{"altri.t (x int)",
-                "2760: The specified schema name \"altri\" either does not exist or you do not "
-                "have permission to "
-                "use it."},
-        Refusal{"t (a int, A int)",
-                "2705: Column names in each table must be unique. Column name 'A' in table 't' is "
-                "specified more "
-                "than once."},
-        Refusal{"t (a int PRIMARY KEY, b int PRIMARY KEY)",
-                "8110: Cannot add multiple PRIMARY KEY constraints to table 't'."},
-        Refusal{"t (a int NULL PRIMARY KEY)",
-                "8111: Cannot define PRIMARY KEY constraint on nullable column in table 't'."},
-        Refusal{"t (a int, PRIMARY KEY (b))",
-                "1911: Column name 'b' does not exist in the target table or view."},
-        Refusal{"t (a varchar(5) IDENTITY)",
-                "2749: Identity column 'a' must be of data type int, bigint, smallint, tinyint, or "
-                "decimal or "
-                "numeric with a scale of 0, and constrained to be nonnullable."},
-        Refusal{"t (a int NULL IDENTITY)",
-                "8147: Could not create IDENTITY attribute on nullable column 'a', table 't'."},
-        Refusal{"t (a int IDENTITY, b int IDENTITY)",
-                "2744: Multiple identity columns specified for table 't'. Only one identity column "
-                "per table is "
-                "allowed."},
-        Refusal{"t (a int IDENTITY(1, 0))",
-                "2752: Identity column 'a' contains invalid SEED or INCREMENT."},
-        Refusal{"t (a int IDENTITY DEFAULT 5)",
-                "1754: Defaults cannot be created on columns with an IDENTITY attribute. Table "
-                "'t', column 'a'."},
-        Refusal{"t (a timestamp, b rowversion)",
-                "2738: A table can only have one timestamp column. Because table 't' already has "
-                "one, the column "
-                "'b' cannot be added."},
-        Refusal{"t (a timestamp DEFAULT 0)",
-                "1755: Defaults cannot be created on columns of data type timestamp. Table 't', "
-                "column 'a'."},
-        Refusal{"t (a int DEFAULT b)",
-                "128: The name \"b\" is not permitted in this context. Valid expressions are "
-                "constants, constant "
-                "expressions, and (in some contexts) variables. Column names are not permitted."},
-        Refusal{"t (a int DEFAULT (SELECT 1))",
-                "1046: Subqueries are not allowed in this context. Only scalar expressions are "
-                "allowed."},
-        Refusal{"t (a int DEFAULT 'x')",
-                "245: Conversion failed when converting the varchar value 'x' to data type int."}));
+        DefinitionRefusal{"gia (x int)",
+                          "2714: There is already an object named 'gia' in the database."},
+        DefinitionRefusal{"sqlite_x (x int)",
+                          "2714: There is already an object named 'sqlite_x' in the database."},
+        DefinitionRefusal{
+            "altri.t (x int)",
+            "2760: The specified schema name \"altri\" either does not exist or you do not "
+            "have permission to "
+            "use it."},
+        DefinitionRefusal{
+            "t (a int, A int)",
+            "2705: Column names in each table must be unique. Column name 'A' in table 't' is "
+            "specified more "
+            "than once."},
+        DefinitionRefusal{"t (a int PRIMARY KEY, b int PRIMARY KEY)",
+                          "8110: Cannot add multiple PRIMARY KEY constraints to table 't'."},
+        DefinitionRefusal{
+            "t (a int NULL PRIMARY KEY)",
+            "8111: Cannot define PRIMARY KEY constraint on nullable column in table 't'."},
+        DefinitionRefusal{"t (a int, PRIMARY KEY (b))",
+                          "1911: Column name 'b' does not exist in the target table or view."},
+        DefinitionRefusal{
+            "t (a varchar(5) IDENTITY)",
+            "2749: Identity column 'a' must be of data type int, bigint, smallint, tinyint, or "
+            "decimal or "
+            "numeric with a scale of 0, and constrained to be nonnullable."},
+        DefinitionRefusal{
+            "t (a int NULL IDENTITY)",
+            "8147: Could not create IDENTITY attribute on nullable column 'a', table 't'."},
+        DefinitionRefusal{
+            "t (a int IDENTITY, b int IDENTITY)",
+            "2744: Multiple identity columns specified for table 't'. Only one identity column "
+            "per table is "
+            "allowed."},
+        DefinitionRefusal{"t (a int IDENTITY(1, 0))",
+                          "2752: Identity column 'a' contains invalid SEED or INCREMENT."},
+        DefinitionRefusal{
+            "t (a int IDENTITY DEFAULT 5)",
+            "1754: Defaults cannot be created on columns with an IDENTITY attribute. Table "
+            "'t', column 'a'."},
+        DefinitionRefusal{
+            "t (a timestamp, b rowversion)",
+            "2738: A table can only have one timestamp column. Because table 't' already has "
+            "one, the column "
+            "'b' cannot be added."},
+        DefinitionRefusal{
+            "t (a timestamp DEFAULT 0)",
+            "1755: Defaults cannot be created on columns of data type timestamp. Table 't', "
+            "column 'a'."},
+        DefinitionRefusal{
+            "t (a int DEFAULT b)",
+            "128: The name \"b\" is not permitted in this context. Valid expressions are "
+            "constants, constant "
+            "expressions, and (in some contexts) variables. Column names are not permitted."},
+        DefinitionRefusal{
+            "t (a int DEFAULT (SELECT 1))",
+            "1046: Subqueries are not allowed in this context. Only scalar expressions are "
+            "allowed."},
+        DefinitionRefusal{
+            "t (a int DEFAULT 'x')",
+            "245: Conversion failed when converting the varchar value 'x' to data type int."}));
 
 }  // namespace
 }  // namespace kap::ado::embedded

@@ -6,13 +6,13 @@
 namespace kap::ado::embedded {
 namespace {
 
-struct Case {
+struct ExpressionCase {
     const char* expression;
     const char* type;
     const char* value;
 };
 
-class TypedExpression : public ::testing::TestWithParam<Case> {};
+class TypedExpression : public ::testing::TestWithParam<ExpressionCase> {};
 
 TEST_P(TypedExpression, HasTheServersTypeAndValue) {
     static testing::TranslatedDatabase database;
@@ -24,57 +24,75 @@ TEST_P(TypedExpression, HasTheServersTypeAndValue) {
 
 INSTANTIATE_TEST_SUITE_P(
     Literals, TypedExpression,
-    ::testing::Values(Case{"NULL", "int", "NULL"}, Case{"2147483647", "int", "2147483647"},
-                      Case{"2147483648", "numeric(10,0)", "2147483648"}, Case{"-1", "int", "-1"},
-                      Case{"1.50", "numeric(3,2)", "1.50"}, Case{".5", "numeric(1,1)", "0.5"},
-                      Case{"1e3", "float", "1000"}, Case{"1e", "float", "1"},
-                      Case{"$1234.56", "money", "1234.5600"}, Case{"'abc'", "varchar(3)", "abc"},
-                      Case{"''", "varchar(1)", ""}, Case{"N'è'", "nvarchar(1)", "è"},
-                      Case{"0x0aF", "varbinary(2)", "0x00AF"}, Case{"0x", "varbinary(1)", "0x"}));
+    ::testing::Values(
+        ExpressionCase{"NULL", "int", "NULL"}, ExpressionCase{"2147483647", "int", "2147483647"},
+        ExpressionCase{"2147483648", "numeric(10,0)", "2147483648"},
+        ExpressionCase{"-1", "int", "-1"}, ExpressionCase{"1.50", "numeric(3,2)", "1.50"},
+        ExpressionCase{".5", "numeric(1,1)", "0.5"}, ExpressionCase{"1e3", "float", "1000"},
+        ExpressionCase{"1e", "float", "1"}, ExpressionCase{"$1234.56", "money", "1234.5600"},
+        ExpressionCase{"'abc'", "varchar(3)", "abc"}, ExpressionCase{"''", "varchar(1)", ""},
+        ExpressionCase{"N'è'", "nvarchar(1)", "è"},
+        ExpressionCase{"0x0aF", "varbinary(2)", "0x00AF"},
+        ExpressionCase{"0x", "varbinary(1)", "0x"}));
 
 INSTANTIATE_TEST_SUITE_P(
     Arithmetic, TypedExpression,
-    ::testing::Values(
-        Case{"7 / 2", "int", "3"}, Case{"-7 / 2", "int", "-3"}, Case{"7 % 4", "int", "3"},
-        Case{"-7 % 4", "int", "-3"}, Case{"cast(1 as tinyint) + 1", "int", "2"},
-        Case{"cast(1 as tinyint) + cast(1 as tinyint)", "tinyint", "2"},
-        Case{"cast(1 as bigint) * 3000000", "bigint", "3000000"}, Case{"6 & 3", "int", "2"},
-        Case{"6 | 3", "int", "7"}, Case{"6 ^ 3", "int", "5"}, Case{"~5", "int", "-6"},
-        Case{"~cast(5 as tinyint)", "tinyint", "250"}, Case{"~cast(1 as bit)", "bit", "0"},
-        Case{"-cast(5 as tinyint)", "smallint", "-5"},
-        // Decimals: the scale of sums, products and quotients.
-        Case{"1.5 + 2.25", "numeric(4,2)", "3.75"}, Case{"1.5 - 2.25", "numeric(4,2)", "-0.75"},
-        Case{"1.5 * 2.25", "numeric(6,3)", "3.375"}, Case{"1.0 / 3", "numeric(7,6)", "0.333333"},
-        Case{"2.0 / 3", "numeric(7,6)", "0.666666"}, Case{"7.5 % 2", "numeric(2,1)", "1.5"},
-        Case{"cast(1 as decimal(18,4)) * cast(2.5 as decimal(18,4))", "numeric(37,6)", "2.500000"},
-        Case{"cast(0.00005 as decimal(18,5)) * cast(0.1 as decimal(18,5))", "numeric(37,6)",
-             "0.000005"},
-        Case{"cast(0.00005 as decimal(18,5)) * cast(0.01 as decimal(18,5))", "numeric(37,6)",
-             "0.000001"},
-        Case{"-1.50", "numeric(3,2)", "-1.50"},
-        // Money keeps four decimals: products are rounded, quotients cut.
-        Case{"$2 / 3", "money", "0.6666"}, Case{"$1.5 * $1.5", "money", "2.2500"},
-        Case{"$0.0001 * $0.5", "money", "0.0001"}, Case{"$1 + 1", "money", "2.0000"},
-        Case{"$10 / $4", "money", "2.5000"}, Case{"$1.5 + 1.25", "numeric(20,4)", "2.7500"},
-        Case{"10 / $4", "money", "2.5000"}, Case{"1e0 / 4", "float", "0.25"},
-        Case{"cast(1 as real) + cast(2 as real)", "real", "3"},
-        Case{"cast(0.1 as real) * 3e0", "float", "0.3"}, Case{"NULL + 1", "int", "NULL"}));
+    ::testing::Values(ExpressionCase{"7 / 2", "int", "3"}, ExpressionCase{"-7 / 2", "int", "-3"},
+                      ExpressionCase{"7 % 4", "int", "3"}, ExpressionCase{"-7 % 4", "int", "-3"},
+                      ExpressionCase{"cast(1 as tinyint) + 1", "int", "2"},
+                      ExpressionCase{"cast(1 as tinyint) + cast(1 as tinyint)", "tinyint", "2"},
+                      ExpressionCase{"cast(1 as bigint) * 3000000", "bigint", "3000000"},
+                      ExpressionCase{"6 & 3", "int", "2"}, ExpressionCase{"6 | 3", "int", "7"},
+                      ExpressionCase{"6 ^ 3", "int", "5"}, ExpressionCase{"~5", "int", "-6"},
+                      ExpressionCase{"~cast(5 as tinyint)", "tinyint", "250"},
+                      ExpressionCase{"~cast(1 as bit)", "bit", "0"},
+                      ExpressionCase{"-cast(5 as tinyint)", "smallint", "-5"},
+                      // Decimals: the scale of sums, products and quotients.
+                      ExpressionCase{"1.5 + 2.25", "numeric(4,2)", "3.75"},
+                      ExpressionCase{"1.5 - 2.25", "numeric(4,2)", "-0.75"},
+                      ExpressionCase{"1.5 * 2.25", "numeric(6,3)", "3.375"},
+                      ExpressionCase{"1.0 / 3", "numeric(7,6)", "0.333333"},
+                      ExpressionCase{"2.0 / 3", "numeric(7,6)", "0.666666"},
+                      ExpressionCase{"7.5 % 2", "numeric(2,1)", "1.5"},
+                      ExpressionCase{"cast(1 as decimal(18,4)) * cast(2.5 as decimal(18,4))",
+                                     "numeric(37,6)", "2.500000"},
+                      ExpressionCase{"cast(0.00005 as decimal(18,5)) * cast(0.1 as decimal(18,5))",
+                                     "numeric(37,6)", "0.000005"},
+                      ExpressionCase{"cast(0.00005 as decimal(18,5)) * cast(0.01 as decimal(18,5))",
+                                     "numeric(37,6)", "0.000001"},
+                      ExpressionCase{"-1.50", "numeric(3,2)", "-1.50"},
+                      // Money keeps four decimals: products are rounded, quotients cut.
+                      ExpressionCase{"$2 / 3", "money", "0.6666"},
+                      ExpressionCase{"$1.5 * $1.5", "money", "2.2500"},
+                      ExpressionCase{"$0.0001 * $0.5", "money", "0.0001"},
+                      ExpressionCase{"$1 + 1", "money", "2.0000"},
+                      ExpressionCase{"$10 / $4", "money", "2.5000"},
+                      ExpressionCase{"$1.5 + 1.25", "numeric(20,4)", "2.7500"},
+                      ExpressionCase{"10 / $4", "money", "2.5000"},
+                      ExpressionCase{"1e0 / 4", "float", "0.25"},
+                      ExpressionCase{"cast(1 as real) + cast(2 as real)", "real", "3"},
+                      ExpressionCase{"cast(0.1 as real) * 3e0", "float", "0.3"},
+                      ExpressionCase{"NULL + 1", "int", "NULL"}));
 
 INSTANTIATE_TEST_SUITE_P(
     Mixed, TypedExpression,
     ::testing::Values(
-        Case{"'a' + 'bc'", "varchar(3)", "abc"}, Case{"'a' + N'bc'", "nvarchar(3)", "abc"},
-        Case{"'a' + NULL", "varchar(2)", "NULL"}, Case{"'1' + 1", "int", "2"},
-        Case{"'5' * 2", "int", "10"}, Case{"cast('a' as char(3)) + '|'", "varchar(4)", "a  |"},
-        Case{"0x01 + 0x0002", "varbinary(3)", "0x010002"},
-        Case{"cast('20240131' as datetime) + 1", "datetime", "2024-02-01 00:00:00.000"},
-        Case{"cast('20240131' as datetime) - 0.5", "datetime", "2024-01-30 12:00:00.000"},
-        Case{"cast('20240131' as datetime) - '20240130'", "datetime", "1900-01-02 00:00:00.000"},
-        Case{"CASE WHEN 1 = 1 THEN 1 ELSE 2.5 END", "numeric(11,1)", "1.0"},
-        Case{"CASE 'B' WHEN 'a' THEN 1 WHEN 'b ' THEN 2 END", "int", "2"},
-        Case{"CASE WHEN NULL = NULL THEN 1 END", "int", "NULL"},
-        Case{"CASE WHEN 1 = 2 THEN 'ab' ELSE N'abc' END", "nvarchar(3)", "abc"},
-        Case{"(SELECT 5)", "int", "5"}, Case{"(SELECT 5 WHERE 1 = 2)", "int", "NULL"}));
+        ExpressionCase{"'a' + 'bc'", "varchar(3)", "abc"},
+        ExpressionCase{"'a' + N'bc'", "nvarchar(3)", "abc"},
+        ExpressionCase{"'a' + NULL", "varchar(2)", "NULL"}, ExpressionCase{"'1' + 1", "int", "2"},
+        ExpressionCase{"'5' * 2", "int", "10"},
+        ExpressionCase{"cast('a' as char(3)) + '|'", "varchar(4)", "a  |"},
+        ExpressionCase{"0x01 + 0x0002", "varbinary(3)", "0x010002"},
+        ExpressionCase{"cast('20240131' as datetime) + 1", "datetime", "2024-02-01 00:00:00.000"},
+        ExpressionCase{"cast('20240131' as datetime) - 0.5", "datetime", "2024-01-30 12:00:00.000"},
+        ExpressionCase{"cast('20240131' as datetime) - '20240130'", "datetime",
+                       "1900-01-02 00:00:00.000"},
+        ExpressionCase{"CASE WHEN 1 = 1 THEN 1 ELSE 2.5 END", "numeric(11,1)", "1.0"},
+        ExpressionCase{"CASE 'B' WHEN 'a' THEN 1 WHEN 'b ' THEN 2 END", "int", "2"},
+        ExpressionCase{"CASE WHEN NULL = NULL THEN 1 END", "int", "NULL"},
+        ExpressionCase{"CASE WHEN 1 = 2 THEN 'ab' ELSE N'abc' END", "nvarchar(3)", "abc"},
+        ExpressionCase{"(SELECT 5)", "int", "5"},
+        ExpressionCase{"(SELECT 5 WHERE 1 = 2)", "int", "NULL"}));
 
 struct Truth {
     const char* condition;
@@ -118,12 +136,12 @@ INSTANTIATE_TEST_SUITE_P(
         Truth{"cast(9000000000000 as decimal(18,0)) > cast(1 as decimal(18,10))", "true"},
         Truth{"cast(0.1 as decimal(9,4)) < 99999999999999999.0", "true"}));
 
-struct Refusal {
+struct ExpressionRefusal {
     const char* expression;
     const char* error;
 };
 
-class RefusedExpression : public ::testing::TestWithParam<Refusal> {};
+class RefusedExpression : public ::testing::TestWithParam<ExpressionRefusal> {};
 
 TEST_P(RefusedExpression, HasTheServersNumberAndText) {
     static testing::TranslatedDatabase database;
@@ -133,57 +151,69 @@ TEST_P(RefusedExpression, HasTheServersNumberAndText) {
 INSTANTIATE_TEST_SUITE_P(
     All, RefusedExpression,
     ::testing::Values(
-        Refusal{"1 / 0", "8134: Divide by zero error encountered."},
-        Refusal{"1 % 0", "8134: Divide by zero error encountered."},
-        Refusal{"1.0 / 0", "8134: Divide by zero error encountered."},
-        Refusal{"1e0 / 0", "8134: Divide by zero error encountered."},
-        Refusal{"2147483647 + 1",
-                "8115: Arithmetic overflow error converting expression to data type int."},
-        Refusal{"cast(200 as tinyint) + cast(100 as tinyint)",
-                "8115: Arithmetic overflow error converting expression to data type tinyint."},
-        Refusal{"cast(9223372036854775807 as bigint) + 1",
-                "8115: Arithmetic overflow error converting expression to data type bigint."},
-        Refusal{"12345678901234567890",
-                "8115: Arithmetic overflow error converting expression to data type numeric."},
-        Refusal{"1e308 * 10",
-                "8115: Arithmetic overflow error converting expression to data type float."},
-        Refusal{"1 + 'a'",
-                "245: Conversion failed when converting the varchar value 'a' to data type int."},
-        Refusal{"'a' - 'b'", "8117: Operand data type varchar is invalid for subtract operator."},
-        Refusal{"1.5 & 1",
-                "402: The data types numeric and int are incompatible in the '&' operator."},
-        Refusal{"1e0 % 2",
-                "402: The data types float and int are incompatible in the modulo operator."},
-        Refusal{"cast(1 as bit) + cast(1 as bit)",
-                "402: The data types bit and bit are incompatible in the add operator."},
-        Refusal{"cast('20240101' as date) + 1",
-                "206: Operand type clash: date is incompatible with int"},
-        Refusal{"getdate() * 2",
-                "8117: Operand data type datetime is invalid for multiply operator."},
-        Refusal{"-'a'", "8117: Operand data type varchar is invalid for minus operator."},
-        Refusal{"1 WHERE cast('a' as text) = 'a'",
-                "402: The data types text and varchar are incompatible in the equal to operator."},
-        Refusal{"isnull(1, getdate())",
-                "257: Implicit conversion from data type datetime to int is not allowed. Use the "
-                "CONVERT "
-                "function to run this query."},
-        Refusal{"isnull(newid(), 5)",
-                "206: Operand type clash: int is incompatible with uniqueidentifier"},
-        Refusal{
+        ExpressionRefusal{"1 / 0", "8134: Divide by zero error encountered."},
+        ExpressionRefusal{"1 % 0", "8134: Divide by zero error encountered."},
+        ExpressionRefusal{"1.0 / 0", "8134: Divide by zero error encountered."},
+        ExpressionRefusal{"1e0 / 0", "8134: Divide by zero error encountered."},
+        ExpressionRefusal{
+            "2147483647 + 1",
+            "8115: Arithmetic overflow error converting expression to data type int."},
+        ExpressionRefusal{
+            "cast(200 as tinyint) + cast(100 as tinyint)",
+            "8115: Arithmetic overflow error converting expression to data type tinyint."},
+        ExpressionRefusal{
+            "cast(9223372036854775807 as bigint) + 1",
+            "8115: Arithmetic overflow error converting expression to data type bigint."},
+        ExpressionRefusal{
+            "12345678901234567890",
+            "8115: Arithmetic overflow error converting expression to data type numeric."},
+        ExpressionRefusal{
+            "1e308 * 10",
+            "8115: Arithmetic overflow error converting expression to data type float."},
+        ExpressionRefusal{
+            "1 + 'a'",
+            "245: Conversion failed when converting the varchar value 'a' to data type int."},
+        ExpressionRefusal{"'a' - 'b'",
+                          "8117: Operand data type varchar is invalid for subtract operator."},
+        ExpressionRefusal{
+            "1.5 & 1", "402: The data types numeric and int are incompatible in the '&' operator."},
+        ExpressionRefusal{
+            "1e0 % 2",
+            "402: The data types float and int are incompatible in the modulo operator."},
+        ExpressionRefusal{"cast(1 as bit) + cast(1 as bit)",
+                          "402: The data types bit and bit are incompatible in the add operator."},
+        ExpressionRefusal{"cast('20240101' as date) + 1",
+                          "206: Operand type clash: date is incompatible with int"},
+        ExpressionRefusal{"getdate() * 2",
+                          "8117: Operand data type datetime is invalid for multiply operator."},
+        ExpressionRefusal{"-'a'", "8117: Operand data type varchar is invalid for minus operator."},
+        ExpressionRefusal{
+            "1 WHERE cast('a' as text) = 'a'",
+            "402: The data types text and varchar are incompatible in the equal to operator."},
+        ExpressionRefusal{
+            "isnull(1, getdate())",
+            "257: Implicit conversion from data type datetime to int is not allowed. Use the "
+            "CONVERT "
+            "function to run this query."},
+        ExpressionRefusal{"isnull(newid(), 5)",
+                          "206: Operand type clash: int is incompatible with uniqueidentifier"},
+        ExpressionRefusal{
             "cast(getdate() as uniqueidentifier)",
             "529: Explicit conversion from data type datetime to uniqueidentifier is not allowed."},
-        Refusal{"CASE WHEN 1 = 1 THEN NULL END",
-                "8133: At least one of the result expressions in a CASE specification must be an "
-                "expression other than the NULL constant."},
-        Refusal{
+        ExpressionRefusal{
+            "CASE WHEN 1 = 1 THEN NULL END",
+            "8133: At least one of the result expressions in a CASE specification must be an "
+            "expression other than the NULL constant."},
+        ExpressionRefusal{
             "(SELECT 1, 2)",
             "116: Only one expression can be specified in the select list when the subquery is not "
             "introduced with EXISTS."},
-        Refusal{"@x", "137: Must declare the scalar variable \"@x\"."},
-        Refusal{"@@nothing", "137: Must declare the scalar variable \"@@nothing\"."},
-        Refusal{"convert(varchar(9), getdate(), 999)",
-                "281: 999 is not a valid style number when converting from datetime to a character "
-                "string."}));
+        ExpressionRefusal{"@x", "137: Must declare the scalar variable \"@x\"."},
+        ExpressionRefusal{"@@nothing", "137: Must declare the scalar variable \"@@nothing\"."},
+        ExpressionRefusal{
+            "convert(varchar(9), getdate(), 999)",
+            "281: 999 is not a valid style number when converting from datetime to a character "
+            "string."}));
 
 TEST(TranslateExpression, KnowsTheLineOfAnError) {
     testing::TranslatedDatabase database;

@@ -145,12 +145,12 @@ TEST_F(TranslateWrite, ChecksTheRangeOfNumbers) {
               "241: Conversion failed when converting date and/or time from character string.");
 }
 
-struct Refusal {
+struct WriteRefusal {
     const char* sql;
     const char* error;
 };
 
-class RefusedWrite : public TranslateWrite, public ::testing::WithParamInterface<Refusal> {};
+class RefusedWrite : public TranslateWrite, public ::testing::WithParamInterface<WriteRefusal> {};
 
 TEST_P(RefusedWrite, HasTheServersNumberAndText) {
     EXPECT_EQ(error(GetParam().sql), GetParam().error);
@@ -159,63 +159,73 @@ TEST_P(RefusedWrite, HasTheServersNumberAndText) {
 INSTANTIATE_TEST_SUITE_P(
     All, RefusedWrite,
     ::testing::Values(
-        Refusal{"INSERT Nulla VALUES (1)", "208: Invalid object name 'Nulla'."},
-        Refusal{"INSERT T (Boh) VALUES (1)", "207: Invalid column name 'Boh'."},
-        Refusal{"INSERT T (Codice, Nome) VALUES ('a')",
-                "109: There are more columns in the INSERT statement than values specified in the "
-                "VALUES clause. "
-                "The number of values in the VALUES clause must match the number of columns "
-                "specified in the "
-                "INSERT statement."},
-        Refusal{"INSERT T (Codice) VALUES ('a', 'b')",
-                "110: There are fewer columns in the INSERT statement than values specified in the "
-                "VALUES clause. "
-                "The number of values in the VALUES clause must match the number of columns "
-                "specified in the "
-                "INSERT statement."},
-        Refusal{"INSERT T VALUES ('a')",
-                "213: Column name or number of supplied values does not match table definition."},
-        Refusal{"INSERT T SELECT 'a'",
-                "213: Column name or number of supplied values does not match table definition."},
-        Refusal{"INSERT T (Codice) SELECT 'a', 1",
-                "121: The select list for the INSERT statement contains more items than the insert "
-                "list. The "
-                "number of SELECT values must match the number of INSERT columns."},
-        Refusal{"INSERT T (Id, Codice) VALUES (1, 'a')",
-                "544: Cannot insert explicit value for identity column in table 'T' when "
-                "IDENTITY_INSERT is set "
-                "to OFF."},
-        Refusal{"INSERT T (Codice, Ver) VALUES ('a', 0x01)",
-                "273: Cannot insert an explicit value into a timestamp column. Use INSERT with a "
-                "column list to "
-                "exclude the timestamp column, or insert a DEFAULT into the timestamp column."},
-        Refusal{"INSERT T (Codice) VALUES (Nome)",
-                "128: The name \"Nome\" is not permitted in this context. Valid expressions are "
-                "constants, "
-                "constant expressions, and (in some contexts) variables. Column names are not "
-                "permitted."},
-        Refusal{"INSERT T (Codice) VALUES ('a'), ('b', 1)",
-                "10709: The number of columns for each row in a table value constructor must be "
-                "the same."},
-        Refusal{"UPDATE T SET Ver = 1", "272: Cannot update a timestamp column."},
-        Refusal{"UPDATE T SET Id = 1", "8102: Cannot update identity column 'Id'."},
-        Refusal{"UPDATE T SET Boh = 1", "207: Invalid column name 'Boh'."},
-        Refusal{"UPDATE T SET Nome = Boh", "207: Invalid column name 'Boh'."},
-        Refusal{"UPDATE T SET Qta = sum(Qta)",
-                "157: An aggregate may not appear in the set list of an UPDATE statement."},
-        Refusal{"UPDATE T SET Data = cast('20240101' as date) + 1",
-                "206: Operand type clash: date is incompatible with int"},
-        Refusal{"UPDATE T SET Qta = getdate()",
-                "257: Implicit conversion from data type datetime to decimal is not allowed. Use "
-                "the CONVERT "
-                "function to run this query."},
-        Refusal{"UPDATE x SET Nome = 'a' FROM T a", "208: Invalid object name 'x'."},
-        Refusal{"DELETE Nulla", "208: Invalid object name 'Nulla'."},
-        Refusal{"DELETE T WHERE count(*) > 1",
-                "147: An aggregate may not appear in the WHERE clause unless it is in a subquery "
-                "contained in a "
-                "HAVING clause or a select list, and the column being aggregated is an outer "
-                "reference."}));
+        WriteRefusal{"INSERT Nulla VALUES (1)", "208: Invalid object name 'Nulla'."},
+        WriteRefusal{"INSERT T (Boh) VALUES (1)", "207: Invalid column name 'Boh'."},
+        WriteRefusal{
+            "INSERT T (Codice, Nome) VALUES ('a')",
+            "109: There are more columns in the INSERT statement than values specified in the "
+            "VALUES clause. "
+            "The number of values in the VALUES clause must match the number of columns "
+            "specified in the "
+            "INSERT statement."},
+        WriteRefusal{
+            "INSERT T (Codice) VALUES ('a', 'b')",
+            "110: There are fewer columns in the INSERT statement than values specified in the "
+            "VALUES clause. "
+            "The number of values in the VALUES clause must match the number of columns "
+            "specified in the "
+            "INSERT statement."},
+        WriteRefusal{
+            "INSERT T VALUES ('a')",
+            "213: Column name or number of supplied values does not match table definition."},
+        WriteRefusal{
+            "INSERT T SELECT 'a'",
+            "213: Column name or number of supplied values does not match table definition."},
+        WriteRefusal{
+            "INSERT T (Codice) SELECT 'a', 1",
+            "121: The select list for the INSERT statement contains more items than the insert "
+            "list. The "
+            "number of SELECT values must match the number of INSERT columns."},
+        WriteRefusal{"INSERT T (Id, Codice) VALUES (1, 'a')",
+                     "544: Cannot insert explicit value for identity column in table 'T' when "
+                     "IDENTITY_INSERT is set "
+                     "to OFF."},
+        WriteRefusal{
+            "INSERT T (Codice, Ver) VALUES ('a', 0x01)",
+            "273: Cannot insert an explicit value into a timestamp column. Use INSERT with a "
+            "column list to "
+            "exclude the timestamp column, or insert a DEFAULT into the timestamp column."},
+        WriteRefusal{
+            "INSERT T (Codice) VALUES (Nome)",
+            "128: The name \"Nome\" is not permitted in this context. Valid expressions are "
+            "constants, "
+            "constant expressions, and (in some contexts) variables. Column names are not "
+            "permitted."},
+        WriteRefusal{
+            "INSERT T (Codice) VALUES ('a'), ('b', 1)",
+            "10709: The number of columns for each row in a table value constructor must be "
+            "the same."},
+        WriteRefusal{"UPDATE T SET Ver = 1", "272: Cannot update a timestamp column."},
+        WriteRefusal{"UPDATE T SET Id = 1", "8102: Cannot update identity column 'Id'."},
+        WriteRefusal{"UPDATE T SET Boh = 1", "207: Invalid column name 'Boh'."},
+        WriteRefusal{"UPDATE T SET Nome = Boh", "207: Invalid column name 'Boh'."},
+        WriteRefusal{"UPDATE T SET Qta = sum(Qta)",
+                     "157: An aggregate may not appear in the set list of an UPDATE statement."},
+        WriteRefusal{"UPDATE T SET Data = cast('20240101' as date) + 1",
+                     "206: Operand type clash: date is incompatible with int"},
+        WriteRefusal{
+            "UPDATE T SET Qta = getdate()",
+            "257: Implicit conversion from data type datetime to decimal is not allowed. Use "
+            "the CONVERT "
+            "function to run this query."},
+        WriteRefusal{"UPDATE x SET Nome = 'a' FROM T a", "208: Invalid object name 'x'."},
+        WriteRefusal{"DELETE Nulla", "208: Invalid object name 'Nulla'."},
+        WriteRefusal{
+            "DELETE T WHERE count(*) > 1",
+            "147: An aggregate may not appear in the WHERE clause unless it is in a subquery "
+            "contained in a "
+            "HAVING clause or a select list, and the column being aggregated is an outer "
+            "reference."}));
 
 TEST_F(TranslateWrite, RefusesAColumnGivenTwice) {
     EXPECT_EQ(error("INSERT T (Nome, NOME) VALUES (1, 2)").substr(0, 60),

@@ -52,7 +52,7 @@ const SumEntry& entryOf(sqlite3_context* context) {
     return *static_cast<const SumEntry*>(sqlite3_user_data(context));
 }
 
-void step(sqlite3_context* context, int /*count*/, sqlite3_value** values) {
+void stepSum(sqlite3_context* context, int /*count*/, sqlite3_value** values) {
     if (sqlite3_value_type(values[0]) == SQLITE_NULL) return;
     auto* state = static_cast<SumState*>(sqlite3_aggregate_context(context, sizeof(SumState)));
     if (state == nullptr) {
@@ -72,7 +72,7 @@ Value total(const SumState& state, const tsql::TypeSpec& type) {
     return fitWide(state.exact(), storedScale(type), type, Rounding::Truncate, "expression");
 }
 
-void finish(sqlite3_context* context) {
+void finishSum(sqlite3_context* context) {
     const auto* state = static_cast<const SumState*>(sqlite3_aggregate_context(context, 0));
     if (state == nullptr || state->count == 0) {
         sqlite3_result_null(context);
@@ -111,7 +111,7 @@ void stepSingle(sqlite3_context* context, int /*count*/, sqlite3_value** values)
     if (state->value == nullptr) sqlite3_result_error_nomem(context);
 }
 
-// SQLite calls this also when a step has failed, so the copy is always freed.
+// SQLite calls this also when a stepSum has failed, so the copy is always freed.
 void finishSingle(sqlite3_context* context) {
     auto* state = static_cast<SingleState*>(sqlite3_aggregate_context(context, 0));
     if (state == nullptr || state->value == nullptr) {
@@ -193,7 +193,7 @@ void checkRegistered(int result, const char* name) {
     }
 }
 
-void destroyEntry(void* entry) {
+void destroySum(void* entry) {
     delete static_cast<SumEntry*>(entry);
 }
 
@@ -204,7 +204,7 @@ void registerAggregateFunctions(Registrar& registrar) {
     for (const SumKind& kind : kSums) {
         checkRegistered(sqlite3_create_function_v2(registrar.connection(), kind.name, 1, kFlags,
                                                    new SumEntry{kind, &registrar.slot()}, nullptr,
-                                                   step, finish, destroyEntry),
+                                                   stepSum, finishSum, destroySum),
                         kind.name);
     }
     for (const SpreadKind& kind : kSpreads) {

@@ -40,23 +40,16 @@ struct Piece {
     [[nodiscard]] bool is(char sign) const { return kind == Kind::Sign && text.front() == sign; }
 };
 
-bool isDigit(char c) {
-    return c >= '0' && c <= '9';
-}
-bool isLetter(char c) {
-    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
-}
-
 std::vector<Piece> piecesOf(std::string_view text) {
     std::vector<Piece> pieces;
     for (std::size_t i = 0; i < text.size();) {
         const std::size_t start = i;
-        if (isDigit(text[i])) {
-            while (i < text.size() && isDigit(text[i]))
+        if (tsql::isAsciiDigit(text[i])) {
+            while (i < text.size() && tsql::isAsciiDigit(text[i]))
                 ++i;
             pieces.push_back({Piece::Kind::Number, std::string(text.substr(start, i - start))});
-        } else if (isLetter(text[i])) {
-            while (i < text.size() && isLetter(text[i]))
+        } else if (tsql::isAsciiLetter(text[i])) {
+            while (i < text.size() && tsql::isAsciiLetter(text[i]))
                 ++i;
             pieces.push_back({Piece::Kind::Word, tsql::asciiUpper(text.substr(start, i - start))});
         } else {

@@ -14,7 +14,7 @@ namespace {
 
 constexpr int kDaysPerWeek = 7;
 // The stored day 1 (31 December 1899) was a Sunday.
-constexpr int kSunday = 1;
+constexpr int kDayOfFirstSunday = 1;
 
 int dayNumber(double stored) {
     return static_cast<int>(std::floor(fromTicks(ticksOf(stored))));
@@ -26,7 +26,7 @@ int floorDivide(int value, int divisor) {
 
 // 0 is Sunday.
 int dayOfWeek(int day) {
-    return ((day - kSunday) % kDaysPerWeek + kDaysPerWeek) % kDaysPerWeek;
+    return ((day - kDayOfFirstSunday) % kDaysPerWeek + kDaysPerWeek) % kDaysPerWeek;
 }
 
 // The place of a day in the week, from 0, by the session's first day.
@@ -134,7 +134,8 @@ int partOf(DatePart part, double stored) {
         case DatePart::IsoWeek: {
             // The week has the year of its Thursday.
             constexpr int kFromMondayToThursday = 3;
-            const int afterMonday = (day - kSunday + kDaysPerWeek * 100000 - 1) % kDaysPerWeek;
+            const int afterMonday =
+                (day - kDayOfFirstSunday + kDaysPerWeek * 100000 - 1) % kDaysPerWeek;
             const int thursday = day - afterMonday + kFromMondayToThursday;
             const int year = partsOf(thursday).year;
             return (thursday - convert::serialDay({year, 1, 1})) / kDaysPerWeek + 1;
@@ -189,8 +190,8 @@ std::int64_t boundariesBetween(DatePart part, double from, double to) {
         case DatePart::Day:
             return dayNumber(to) - dayNumber(from);
         case DatePart::Week:
-            return floorDivide(dayNumber(to) - kSunday, kDaysPerWeek) -
-                   floorDivide(dayNumber(from) - kSunday, kDaysPerWeek);
+            return floorDivide(dayNumber(to) - kDayOfFirstSunday, kDaysPerWeek) -
+                   floorDivide(dayNumber(from) - kDayOfFirstSunday, kDaysPerWeek);
         case DatePart::Hour:
             return floorTicks(to, kTicksPerHour) - floorTicks(from, kTicksPerHour);
         case DatePart::Minute:

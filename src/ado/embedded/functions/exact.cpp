@@ -34,10 +34,6 @@ bool multiplyOverflows(Wide left, Wide right, Wide& result) {
 }
 #endif
 
-bool isDigit(char c) {
-    return c >= '0' && c <= '9';
-}
-
 }  // namespace
 
 Wide powerOfTen(int exponent) {
@@ -87,7 +83,7 @@ std::optional<ScaledNumber> parseScaled(std::string_view text) {
             point = true;
             continue;
         }
-        if (!isDigit(c)) return std::nullopt;
+        if (!tsql::isAsciiDigit(c)) return std::nullopt;
         digits = true;
         const auto shifted = multiply(result.value, 10);
         if (!shifted || addOverflows(*shifted, c - '0', result.value)) return std::nullopt;

@@ -48,7 +48,7 @@ void callScalar(sqlite3_context* context, int count, sqlite3_value** values) {
     }
 }
 
-void destroyEntry(void* entry) {
+void destroyFunction(void* entry) {
     delete static_cast<FunctionEntry*>(entry);
 }
 
@@ -88,7 +88,7 @@ void Registrar::scalar(const char* name, int argumentCount, FunctionBody body, O
     auto* entry = new FunctionEntry{body, onNull, &slot_};
     // SQLite destroys the entry also when it refuses the registration.
     const int result = sqlite3_create_function_v2(connection_, name, argumentCount, flags, entry,
-                                                  callScalar, nullptr, nullptr, destroyEntry);
+                                                  callScalar, nullptr, nullptr, destroyFunction);
     if (result != SQLITE_OK) {
         throw std::runtime_error(std::string("cannot register the SQL function ") + name);
     }

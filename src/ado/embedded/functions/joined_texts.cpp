@@ -21,22 +21,22 @@ struct FreeValue {
 };
 using OwnValue = std::unique_ptr<sqlite3_value, FreeValue>;
 
-struct Piece {
+struct JoinedText {
     std::string text;
     std::vector<OwnValue> keys;
 };
 
-struct Pieces {
+struct JoinedTexts {
     std::string separator;
     std::string directions;  // of the keys: "a" ascending, "d" descending
     std::int64_t mostBytes = 0;
     bool national = false;
-    std::vector<Piece> pieces;
+    std::vector<JoinedText> pieces;
 };
 
 // SQLite zeroes it at the start of a group.
 struct State {
-    Pieces* pieces;
+    JoinedTexts* pieces;
 };
 
 std::string_view textOf(sqlite3_value* value) {
@@ -81,7 +81,7 @@ int compare(sqlite3_value* left, sqlite3_value* right) {
     return sign(sqlite3_value_double(left) <=> sqlite3_value_double(right));
 }
 
-bool comesBefore(const Piece& left, const Piece& right, const std::string& directions) {
+bool comesBefore(const JoinedText& left, const JoinedText& right, const std::string& directions) {
     for (std::size_t i = 0; i < directions.size(); ++i) {
         const int order = compare(left.keys[i].get(), right.keys[i].get());
         if (order != 0) return (order < 0) == (directions[i] == 'a');
@@ -90,13 +90,13 @@ bool comesBefore(const Piece& left, const Piece& right, const std::string& direc
 }
 
 void add(State& state, int count, sqlite3_value** values) {
-    if (state.pieces == nullptr) state.pieces = new Pieces;
-    Pieces& all = *state.pieces;
+    if (state.pieces == nullptr) state.pieces = new JoinedTexts;
+    JoinedTexts& all = *state.pieces;
     all.separator = textOf(values[1]);
     all.directions = textOf(values[2]);
     all.mostBytes = sqlite3_value_int64(values[3]);
     all.national = sqlite3_value_int(values[4]) != 0;
-    Piece& piece = all.pieces.emplace_back();
+    JoinedText& piece = all.pieces.emplace_back();
     piece.text = textOf(values[0]);
     constexpr int kFirstKey = 5;
     for (int i = kFirstKey; i < count; ++i) {
@@ -106,7 +106,7 @@ void add(State& state, int count, sqlite3_value** values) {
 }
 
 // kap_string_agg(text, separator, directions, most bytes, national, keys...)
-void step(sqlite3_context* context, int count, sqlite3_value** values) {
+void stepJoin(sqlite3_context* context, int count, sqlite3_value** values) {
     if (sqlite3_value_type(values[0]) == SQLITE_NULL) return;
     auto* state = static_cast<State*>(sqlite3_aggregate_context(context, sizeof(State)));
     if (state == nullptr) {
@@ -120,13 +120,13 @@ void step(sqlite3_context* context, int count, sqlite3_value** values) {
     }
 }
 
-std::string joined(Pieces& all) {
+std::string joined(JoinedTexts& all) {
     std::stable_sort(all.pieces.begin(), all.pieces.end(),
-                     [&](const Piece& left, const Piece& right) {
+                     [&](const JoinedText& left, const JoinedText& right) {
                          return comesBefore(left, right, all.directions);
                      });
     std::string text;
-    for (const Piece& piece : all.pieces)
+    for (const JoinedText& piece : all.pieces)
         text += (&piece == &all.pieces.front() ? "" : all.separator) + piece.text;
     const auto bytes = static_cast<std::int64_t>(unitLength(text)) * (all.national ? 2 : 1);
     if (all.mostBytes > 0 && bytes > all.mostBytes) {
@@ -138,14 +138,14 @@ std::string joined(Pieces& all) {
     return text;
 }
 
-// SQLite calls this also when a step has failed, so what was kept is always freed.
-void finish(sqlite3_context* context) {
+// SQLite calls this also when a stepJoin has failed, so what was kept is always freed.
+void finishJoin(sqlite3_context* context) {
     auto* state = static_cast<State*>(sqlite3_aggregate_context(context, 0));
     if (state == nullptr || state->pieces == nullptr) {
         sqlite3_result_null(context);
         return;
     }
-    const std::unique_ptr<Pieces> all(std::exchange(state->pieces, nullptr));
+    const std::unique_ptr<JoinedTexts> all(std::exchange(state->pieces, nullptr));
     try {
         setResult(context, joined(*all));
     } catch (const tsql::ServerError& error) {
@@ -160,7 +160,7 @@ void finish(sqlite3_context* context) {
 void registerJoinedTexts(Registrar& registrar) {
     constexpr int kFlags = SQLITE_UTF8 | SQLITE_DETERMINISTIC | SQLITE_INNOCUOUS;
     if (sqlite3_create_function_v2(registrar.connection(), "kap_string_agg", -1, kFlags,
-                                   &registrar.slot(), nullptr, step, finish,
+                                   &registrar.slot(), nullptr, stepJoin, finishJoin,
                                    nullptr) != SQLITE_OK) {
         throw std::runtime_error("cannot register the SQL function kap_string_agg");
     }

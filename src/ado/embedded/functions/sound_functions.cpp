@@ -12,7 +12,7 @@ namespace {
 
 constexpr std::size_t kCodeLength = 4;
 
-bool isLetter(char c) {
+bool isCapital(char c) {
     return c >= 'A' && c <= 'Z';
 }
 
@@ -27,11 +27,11 @@ char soundOf(char letter) {
 // letter between them that is not heard.
 std::string soundCode(std::string_view text) {
     const std::string upper = tsql::asciiUpper(text);
-    if (upper.empty() || !isLetter(upper.front())) return "0000";
+    if (upper.empty() || !isCapital(upper.front())) return "0000";
     std::string code(1, upper.front());
     char before = soundOf(upper.front());
     for (std::size_t i = 1; i < upper.size() && code.size() < kCodeLength; ++i) {
-        if (!isLetter(upper[i])) break;
+        if (!isCapital(upper[i])) break;
         const char sound = soundOf(upper[i]);
         if (sound == '-') continue;
         if (sound != '0' && sound != before) code += sound;

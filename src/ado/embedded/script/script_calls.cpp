@@ -19,7 +19,7 @@ using tsql::TypeSpec;
 
 namespace {
 
-constexpr TypeSpec kText{SqlType::NVarChar, tsql::kMaxLength};
+constexpr TypeSpec kOutputText{SqlType::NVarChar, tsql::kMaxLength};
 
 ServerError noProcedure(const std::string& name, int line) {
     return {2812, "Could not find stored procedure '" + name + "'.", line, 16, 62};
@@ -42,7 +42,7 @@ void ScriptRunner::execute(Frame& frame, Instruction& instruction,
         const Value text = variable == nullptr
                                ? Value()
                                : convert(frame.values[static_cast<std::size_t>(variable->slot)],
-                                         variable->type, kText, Overlength::Cut);
+                                         variable->type, kOutputText, Overlength::Cut);
         name = isNull(text) ? "" : std::get<std::string>(text);
         if (name.starts_with("dbo.")) name = name.substr(4);
         // Another procedure's parameters may have other types.

@@ -8,6 +8,7 @@
 
 #include "ado/embedded/functions/function_support.hpp"
 #include "ado/embedded/object_ids.hpp"
+#include "ado/embedded/script/function_arguments.hpp"
 #include "ado/embedded/server_identity.hpp"
 #include "tsql/server_error.hpp"
 #include "tsql/text.hpp"
@@ -35,12 +36,6 @@ Value valueOf(sqlite3_value* value) {
         default:
             return std::monostate{};
     }
-}
-
-std::string textAt(const std::vector<Value>& arguments, std::size_t index) {
-    const auto* text =
-        index < arguments.size() ? std::get_if<std::string>(&arguments[index]) : nullptr;
-    return text == nullptr ? std::string() : *text;
 }
 
 std::int64_t wholeAt(const std::vector<Value>& arguments, std::size_t index) {

@@ -2,6 +2,7 @@
 #include <array>
 
 #include "ado/embedded/object_ids.hpp"
+#include "ado/embedded/script/function_arguments.hpp"
 #include "ado/embedded/script/session_functions.hpp"
 #include "tsql/text.hpp"
 
@@ -14,13 +15,7 @@ namespace {
 constexpr std::array kServersOwn{"master", "tempdb", "model", "msdb"};
 constexpr std::int64_t kOwnDatabase = static_cast<std::int64_t>(kServersOwn.size()) + 1;
 
-std::string textAt(const std::vector<Value>& arguments, std::size_t index) {
-    const auto* text =
-        index < arguments.size() ? std::get_if<std::string>(&arguments[index]) : nullptr;
-    return text == nullptr ? std::string() : *text;
-}
-
-std::optional<std::int64_t> wholeAt(const std::vector<Value>& arguments, std::size_t index) {
+std::optional<std::int64_t> givenNumberAt(const std::vector<Value>& arguments, std::size_t index) {
     const auto* whole =
         index < arguments.size() ? std::get_if<std::int64_t>(&arguments[index]) : nullptr;
     return whole == nullptr ? std::nullopt : std::optional(*whole);
@@ -98,7 +93,7 @@ Value SessionFunctions::ofNames(SystemValue value, const Arguments& arguments) c
             return databaseId(catalogue_, textAt(arguments, 1));
         case SystemValue::DatabaseNameOf:
             if (arguments.size() > 1 && isNull(arguments[1])) return {};
-            return databaseName(catalogue_, wholeAt(arguments, 1));
+            return databaseName(catalogue_, givenNumberAt(arguments, 1));
         case SystemValue::DatabaseProperty:
             return databaseProperty(catalogue_, textAt(arguments, 1), textAt(arguments, 2));
         case SystemValue::SchemaId:
@@ -109,7 +104,7 @@ Value SessionFunctions::ofNames(SystemValue value, const Arguments& arguments) c
         case SystemValue::TypeName:
             return ofType(catalogue_, kTypeId, arguments.at(1), kTypeName);
         case SystemValue::ObjectDefinition:
-            return definitionOf(catalogue_, wholeAt(arguments, 1).value_or(0));
+            return definitionOf(catalogue_, givenNumberAt(arguments, 1).value_or(0));
         case SystemValue::TriggerLevel:
             return static_cast<std::int64_t>(state_.firing.size());
         default:

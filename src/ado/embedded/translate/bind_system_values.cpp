@@ -14,15 +14,15 @@ using tsql::TypeSpec;
 
 namespace {
 
-constexpr int kWidestPrecision = 38;
-constexpr int kNameLength = 128;
+constexpr int kIdentityPrecision = 38;
+constexpr int kSystemNameLength = 128;
 constexpr int kMessageLength = 4000;
 constexpr int kVersionLength = 300;
 constexpr int kRowVersionBytes = 8;
 
-constexpr TypeSpec kIdentityType{SqlType::Numeric, 0, kWidestPrecision, 0};
-constexpr TypeSpec kNameType{SqlType::NVarChar, kNameLength};
-constexpr TypeSpec kInt{SqlType::Int};
+constexpr TypeSpec kIdentityType{SqlType::Numeric, 0, kIdentityPrecision, 0};
+constexpr TypeSpec kNameType{SqlType::NVarChar, kSystemNameLength};
+constexpr TypeSpec kWholeNumber{SqlType::Int};
 
 struct SystemVariable {
     std::string_view name;
@@ -31,22 +31,22 @@ struct SystemVariable {
 };
 
 constexpr std::array kVariables = std::to_array<SystemVariable>({
-    {"@@error", SystemValue::Error, kInt},
-    {"@@rowcount", SystemValue::RowCount, kInt},
-    {"@@trancount", SystemValue::TransactionCount, kInt},
+    {"@@error", SystemValue::Error, kWholeNumber},
+    {"@@rowcount", SystemValue::RowCount, kWholeNumber},
+    {"@@trancount", SystemValue::TransactionCount, kWholeNumber},
     {"@@identity", SystemValue::Identity, kIdentityType},
     {"@@version", SystemValue::Version, {SqlType::NVarChar, kVersionLength}},
     {"@@servername", SystemValue::ServerName, kNameType},
     {"@@servicename", SystemValue::ServiceName, kNameType},
     {"@@spid", SystemValue::ProcessId, {SqlType::SmallInt}},
     {"@@dbts", SystemValue::LastRowVersion, {SqlType::VarBinary, kRowVersionBytes}},
-    {"@@fetch_status", SystemValue::FetchStatus, kInt},
-    {"@@nestlevel", SystemValue::NestLevel, kInt},
-    {"@@procid", SystemValue::ProcedureId, kInt},
+    {"@@fetch_status", SystemValue::FetchStatus, kWholeNumber},
+    {"@@nestlevel", SystemValue::NestLevel, kWholeNumber},
+    {"@@procid", SystemValue::ProcedureId, kWholeNumber},
     {"@@datefirst", SystemValue::DateFirst, {SqlType::TinyInt}},
-    {"@@lock_timeout", SystemValue::LockTimeout, kInt},
-    {"@@options", SystemValue::Options, kInt},
-    {"@@cursor_rows", SystemValue::CursorRows, kInt},
+    {"@@lock_timeout", SystemValue::LockTimeout, kWholeNumber},
+    {"@@options", SystemValue::Options, kWholeNumber},
+    {"@@cursor_rows", SystemValue::CursorRows, kWholeNumber},
     {"@@language", SystemValue::Language, kNameType},
 });
 
@@ -65,23 +65,23 @@ struct SystemFunction {
 
 constexpr TypeSpec kMessageType{SqlType::NVarChar, kMessageLength};
 
-constexpr std::array kFunctions = std::to_array<SystemFunction>({
+constexpr std::array kSystemFunctions = std::to_array<SystemFunction>({
     {"scope_identity", 0, 0, Takes::Nothing, SystemValue::ScopeIdentity, kIdentityType},
     {"ident_current", 1, 1, Takes::Text, SystemValue::IdentityOfTable, kIdentityType},
     {"ident_seed", 1, 1, Takes::Text, SystemValue::IdentitySeed, kIdentityType, true},
     {"ident_incr", 1, 1, Takes::Text, SystemValue::IdentityIncrement, kIdentityType, true},
     {"db_id", 0, 1, Takes::Text, SystemValue::DatabaseId, {SqlType::SmallInt}},
     {"databasepropertyex", 2, 2, Takes::TwoTexts, SystemValue::DatabaseProperty, kNameType},
-    {"schema_id", 0, 1, Takes::Text, SystemValue::SchemaId, kInt},
-    {"type_id", 1, 1, Takes::Text, SystemValue::TypeId, kInt, true},
+    {"schema_id", 0, 1, Takes::Text, SystemValue::SchemaId, kWholeNumber},
+    {"type_id", 1, 1, Takes::Text, SystemValue::TypeId, kWholeNumber, true},
     {"type_name", 1, 1, Takes::Number, SystemValue::TypeName, kNameType, true},
     {"object_definition", 1, 1, Takes::Number, SystemValue::ObjectDefinition, kMessageType, true},
-    {"trigger_nestlevel", 0, 3, Takes::Number, SystemValue::TriggerLevel, kInt},
-    {"error_number", 0, 0, Takes::Nothing, SystemValue::ErrorNumber, kInt},
+    {"trigger_nestlevel", 0, 3, Takes::Number, SystemValue::TriggerLevel, kWholeNumber},
+    {"error_number", 0, 0, Takes::Nothing, SystemValue::ErrorNumber, kWholeNumber},
     {"error_message", 0, 0, Takes::Nothing, SystemValue::ErrorMessage, kMessageType},
-    {"error_severity", 0, 0, Takes::Nothing, SystemValue::ErrorSeverity, kInt},
-    {"error_state", 0, 0, Takes::Nothing, SystemValue::ErrorState, kInt},
-    {"error_line", 0, 0, Takes::Nothing, SystemValue::ErrorLine, kInt},
+    {"error_severity", 0, 0, Takes::Nothing, SystemValue::ErrorSeverity, kWholeNumber},
+    {"error_state", 0, 0, Takes::Nothing, SystemValue::ErrorState, kWholeNumber},
+    {"error_line", 0, 0, Takes::Nothing, SystemValue::ErrorLine, kWholeNumber},
     {"error_procedure", 0, 0, Takes::Nothing, SystemValue::ErrorProcedure, kNameType},
     {"xact_state", 0, 0, Takes::Nothing, SystemValue::TransactionState, {SqlType::SmallInt}},
     {"db_name", 0, 1, Takes::Number, SystemValue::DatabaseNameOf, kNameType},
@@ -92,12 +92,12 @@ constexpr std::array kFunctions = std::to_array<SystemFunction>({
     {"original_login", 0, 0, Takes::Nothing, SystemValue::LoginName, kNameType},
     {"host_name", 0, 0, Takes::Nothing, SystemValue::HostName, kNameType},
     {"app_name", 0, 0, Takes::Nothing, SystemValue::ApplicationName, kNameType},
-    {"object_id", 1, 2, Takes::TwoTexts, SystemValue::ObjectId, kInt, true},
+    {"object_id", 1, 2, Takes::TwoTexts, SystemValue::ObjectId, kWholeNumber, true},
     {"object_name", 1, 1, Takes::Number, SystemValue::ObjectName, kNameType, true},
-    {"objectproperty", 2, 2, Takes::NumberText, SystemValue::ObjectProperty, kInt, true},
+    {"objectproperty", 2, 2, Takes::NumberText, SystemValue::ObjectProperty, kWholeNumber, true},
     {"col_length", 2, 2, Takes::TwoTexts, SystemValue::ColumnLength, {SqlType::SmallInt}, true},
     {"col_name", 2, 2, Takes::NumberNumber, SystemValue::ColumnName, kNameType, true},
-    {"columnproperty", 3, 3, Takes::NumberText, SystemValue::ColumnProperty, kInt, true},
+    {"columnproperty", 3, 3, Takes::NumberText, SystemValue::ColumnProperty, kWholeNumber, true},
     {"serverproperty", 1, 1, Takes::Text, SystemValue::ServerProperty, kNameType},
     {"cursor_status", 2, 2, Takes::TwoTexts, SystemValue::CursorStatus, {SqlType::SmallInt}},
 });
@@ -140,12 +140,12 @@ std::optional<Typed> Binder::systemFunction(const tsql::FunctionCall& call, int 
         if (column == nullptr) throw tsql::syntaxError("UPDATE", line);
         return Typed::expression(callText("kap_system", kindText(SystemValue::ColumnUpdated),
                                           sqlText(column->name.last())),
-                                 kInt, false);
+                                 kWholeNumber, false);
     }
     const auto* const found =
-        std::find_if(kFunctions.begin(), kFunctions.end(),
+        std::find_if(kSystemFunctions.begin(), kSystemFunctions.end(),
                      [&](const SystemFunction& each) { return each.name == lower; });
-    if (found == kFunctions.end()) return std::nullopt;
+    if (found == kSystemFunctions.end()) return std::nullopt;
     const int count = static_cast<int>(call.arguments.size());
     if (count < found->fewest || count > found->most) {
         throw ServerError(174,
@@ -156,7 +156,7 @@ std::optional<Typed> Binder::systemFunction(const tsql::FunctionCall& call, int 
     if (found->ofSchema) noteSchema();
     std::string arguments = kindText(found->value);
     for (std::size_t i = 0; i < call.arguments.size(); ++i) {
-        const TypeSpec type = takesNumber(found->takes, i) ? kInt : kMessageType;
+        const TypeSpec type = takesNumber(found->takes, i) ? kWholeNumber : kMessageType;
         arguments += ", " + convertTo(value(*call.arguments[i], scope), type, line).sql;
     }
     return Typed::expression(callText("kap_system", arguments), found->type, true);

@@ -106,7 +106,7 @@ Typed isDate(ScalarCall& call) {
     return Typed::expression(callText("kap_isdate", call.text(0)), {SqlType::Int}, false);
 }
 
-constexpr std::array kFunctions = std::to_array<ScalarFunction>({
+constexpr std::array kDateFunctions = std::to_array<ScalarFunction>({
     {"getdate", 0, 0, now},
     {"getutcdate", 0, 0, universalNow},
     {"eomonth", 1, 2, endOfMonth},
@@ -124,7 +124,7 @@ constexpr std::array kFunctions = std::to_array<ScalarFunction>({
 }  // namespace
 
 std::span<const ScalarFunction> dateFunctions() {
-    return kFunctions;
+    return kDateFunctions;
 }
 
 }  // namespace kap::ado::embedded

@@ -73,7 +73,7 @@ Typed newIdentity(ScalarCall& call) {
     return value;
 }
 
-constexpr std::array kFunctions = std::to_array<ScalarFunction>({
+constexpr std::array kGeneralFunctions = std::to_array<ScalarFunction>({
     {"isnull", 2, 2, isNull},
     {"coalesce", 2, -1, coalesce},
     {"nullif", 2, 2, nullIf},
@@ -84,7 +84,7 @@ constexpr std::array kFunctions = std::to_array<ScalarFunction>({
 }  // namespace
 
 std::span<const ScalarFunction> generalFunctions() {
-    return kFunctions;
+    return kGeneralFunctions;
 }
 
 }  // namespace kap::ado::embedded

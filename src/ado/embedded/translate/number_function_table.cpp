@@ -148,7 +148,7 @@ Typed isNumeric(ScalarCall& call) {
     return Typed::expression(callText("kap_isnumeric", call.text(0)), {SqlType::Int}, false);
 }
 
-constexpr std::array kFunctions = std::to_array<ScalarFunction>({
+constexpr std::array kNumberFunctions = std::to_array<ScalarFunction>({
     {"abs", 1, 1, absolute},
     {"sign", 1, 1, sign},
     {"round", 2, 3, rounded},
@@ -178,7 +178,7 @@ constexpr std::array kFunctions = std::to_array<ScalarFunction>({
 }  // namespace
 
 std::span<const ScalarFunction> numberFunctions() {
-    return kFunctions;
+    return kNumberFunctions;
 }
 
 }  // namespace kap::ado::embedded

@@ -13,7 +13,7 @@ using tsql::TypeSpec;
 
 namespace {
 
-constexpr int kMaxBytes = 8000;
+constexpr int kMostBytes = 8000;
 
 Typed result(ScalarCall& call, std::string sql, TypeSpec type) {
     return Typed::expression(std::move(sql), type, call.anyNullable());
@@ -25,7 +25,7 @@ TypeSpec ofLength(TypeSpec type, int length) {
 }
 
 int longest(const TypeSpec& type) {
-    return tsql::isNational(type.type) ? kMaxBytes / 2 : kMaxBytes;
+    return tsql::isNational(type.type) ? kMostBytes / 2 : kMostBytes;
 }
 
 // The value of a whole-number literal, or `otherwise`.
@@ -33,7 +33,7 @@ int constantOr(const Typed& argument, int otherwise) {
     if (!argument.constant || !std::holds_alternative<std::int64_t>(*argument.constant))
         return otherwise;
     return static_cast<int>(
-        std::clamp<std::int64_t>(std::get<std::int64_t>(*argument.constant), 0, kMaxBytes));
+        std::clamp<std::int64_t>(std::get<std::int64_t>(*argument.constant), 0, kMostBytes));
 }
 
 // Functions of one text that give a text of the same length.
@@ -163,7 +163,7 @@ Typed replicate(ScalarCall& call) {
 }
 
 Typed space(ScalarCall& call) {
-    const int count = std::max(1, constantOr(call[0], kMaxBytes));
+    const int count = std::max(1, constantOr(call[0], kMostBytes));
     Typed value = result(call, callText("kap_space", call.integer(0)), {SqlType::VarChar, count});
     value.nullable = true;
     return value;
@@ -173,7 +173,8 @@ Typed space(ScalarCall& call) {
 Typed str(ScalarCall& call) {
     const std::string width = call.arguments.size() > 1 ? call.integer(1) : "10";
     const std::string decimals = call.arguments.size() > 2 ? call.integer(2) : "0";
-    const int length = call.arguments.size() > 1 ? std::max(1, constantOr(call[1], kMaxBytes)) : 10;
+    const int length =
+        call.arguments.size() > 1 ? std::max(1, constantOr(call[1], kMostBytes)) : 10;
     return result(call, callText("kap_str", call.real(0), width, decimals),
                   {SqlType::VarChar, length});
 }
@@ -236,7 +237,7 @@ Typed namePart(ScalarCall& call) {
     return value;
 }
 
-constexpr std::array kFunctions = std::to_array<ScalarFunction>({
+constexpr std::array kTextFunctions = std::to_array<ScalarFunction>({
     {"upper", 1, 1, sameText<kUpper>},
     {"lower", 1, 1, sameText<kLower>},
     {"ltrim", 1, 1, sameText<kTrimLeft>},
@@ -269,7 +270,7 @@ constexpr std::array kFunctions = std::to_array<ScalarFunction>({
 }  // namespace
 
 std::span<const ScalarFunction> textFunctions() {
-    return kFunctions;
+    return kTextFunctions;
 }
 
 }  // namespace kap::ado::embedded

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "ado/embedded/functions/value.hpp"
+
+namespace kap::ado::embedded {
+
+/// The text that a function of the session was called with; empty when there is none or it is
+/// NULL.
+[[nodiscard]] inline std::string textAt(const std::vector<Value>& arguments, std::size_t index) {
+    const auto* text =
+        index < arguments.size() ? std::get_if<std::string>(&arguments[index]) : nullptr;
+    return text == nullptr ? std::string() : *text;
+}
+
+}  // namespace kap::ado::embedded
