@@ -1,9 +1,10 @@
 # The COM module, KapUtil26.dll. What it is made of beside its code (the type library's source, resources, manifests) is
 # written from the catalogue by a program of the building host, so a cross build takes it from that host's own build.
+set(comServerFolder)
 if(WIN32)
-    set(serverFolder com/server)
+    set(comServerFolder com/server)
 endif()
-kaputil_module(com FLAT FOLDERS ${serverFolder} USES catalogue ado)
+kaputil_module(com FLAT FOLDERS ${comServerFolder} USES catalogue ado)
 
 set(comTexts KapUtil26.idl KapUtil26.rc KapUtil26.amd64.manifest KapUtil26.x86.manifest)
 
@@ -67,7 +68,8 @@ if(KAPUTIL_BUILD_COM_TESTS)
     set(INSTALL_GTEST OFF CACHE INTERNAL "")
     add_subdirectory("${googleTestFolder}" "${PROJECT_BINARY_DIR}/googletest" EXCLUDE_FROM_ALL)
     file(GLOB clientSources CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/tests/com/windows/*.cpp")
-    add_executable(kaputil-com-client ${clientSources})
+    kaputil_sources(compiled kaputil-com-client ${clientSources})
+    add_executable(kaputil-com-client ${compiled})
     set_target_properties(kaputil-com-client PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${comFolder}")
     target_link_libraries(kaputil-com-client PRIVATE kaputil_com GTest::gtest_main version)
     kaputil_compile_rules(kaputil-com-client)
@@ -75,7 +77,8 @@ if(KAPUTIL_BUILD_COM_TESTS)
 
     # Components of other makers, which the module works with.
     file(GLOB otherSources CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/tests/com/windows/other_makers/*.cpp")
-    add_library(kaputil-com-others SHARED ${otherSources}
+    kaputil_sources(compiled kaputil-com-others ${otherSources})
+    add_library(kaputil-com-others SHARED ${compiled}
                                           "${PROJECT_SOURCE_DIR}/tests/com/windows/other_makers/other_makers.def")
     set_target_properties(kaputil-com-others PROPERTIES PREFIX "" RUNTIME_OUTPUT_DIRECTORY "${comFolder}")
     target_link_libraries(kaputil-com-others PRIVATE kaputil_platform kaputil_ado)

@@ -24,6 +24,50 @@ set(KAPUTIL_PCH_HEADERS
     <variant>
     <vector>)
 
+# How many files are compiled as one. A file's own text is a small part of what its compiler reads: most is headers, and
+# those are read once for all of them. Fewer would make a change of one file cheaper and everything else dearer.
+set(KAPUTIL_UNITY_FILES 16 CACHE STRING "How many files are compiled as one")
+
+# kaputil_sources(variable target source...): what a target compiles, in a variable. With KAPUTIL_UNITY these are files
+# below the build that include the sources, those of one folder together. They name them relative to themselves, so they
+# are the same in every clone, and the compiler's cache serves all of them; CMake's own name them by their full paths.
+function(kaputil_sources variable target)
+    if(NOT KAPUTIL_UNITY)
+        set(${variable} ${ARGN} PARENT_SCOPE)
+        return()
+    endif()
+    set(unityFolder "${PROJECT_BINARY_DIR}/unity")
+    math(EXPR enough "${KAPUTIL_UNITY_FILES} / 2")
+    set(made)
+    set(text)
+    set(count 0)
+    set(lastFolder)
+    foreach(source IN LISTS ARGN)
+        cmake_path(GET source PARENT_PATH folder)
+        if(count EQUAL KAPUTIL_UNITY_FILES OR (count GREATER_EQUAL enough AND NOT folder STREQUAL lastFolder))
+            kaputil_unity_file(made "${text}")
+            set(text)
+            set(count 0)
+        endif()
+        cmake_path(RELATIVE_PATH source BASE_DIRECTORY "${unityFolder}" OUTPUT_VARIABLE path)
+        string(APPEND text "#include \"${path}\"\n")
+        math(EXPR count "${count} + 1")
+        set(lastFolder "${folder}")
+    endforeach()
+    if(count GREATER 0)
+        kaputil_unity_file(made "${text}")
+    endif()
+    set(${variable} ${made} PARENT_SCOPE)
+endfunction()
+
+# Writes the next of a target's files, leaving one that is right already as it is, and adds it to the list.
+macro(kaputil_unity_file list text)
+    list(LENGTH ${list} number)
+    set(path "${unityFolder}/${target}_${number}.cpp")
+    file(CONFIGURE OUTPUT "${path}" CONTENT "${text}" @ONLY)
+    list(APPEND ${list} "${path}")
+endmacro()
+
 # kaputil_compile_rules(target): C++20, the project's warnings, the sanitizers when they are on.
 function(kaputil_compile_rules target)
     target_compile_features(${target} PRIVATE cxx_std_20)
@@ -57,8 +101,8 @@ function(kaputil_compile_rules target)
 endfunction()
 
 # kaputil_headers(name [header...]): the everyday standard headers, and those named, read once for the targets that
-# then call kaputil_precompile(target name). Off in the release preset, where every file therefore shows that it includes
-# what it uses, and for a shared library, whose code and programs are compiled in different ways.
+# then call kaputil_precompile(target name). Off in the preset "plain", where every file shows that it includes what it
+# uses, and for a shared library, whose code and programs are compiled in different ways.
 function(kaputil_headers name)
     if(KAPUTIL_PCH AND NOT BUILD_SHARED_LIBS)
         set(empty "${CMAKE_CURRENT_BINARY_DIR}/${name}.cpp")

@@ -21,7 +21,8 @@ find_package(Python 3.8 REQUIRED COMPONENTS Interpreter Development.Module)
 find_package(pybind11 REQUIRED)
 
 file(GLOB pythonSources CONFIGURE_DEPENDS "${pythonSourceFolder}/*.cpp")
-pybind11_add_module(kaputil-python-extension MODULE NO_EXTRAS ${pythonSources})
+kaputil_sources(compiled kaputil-python-extension ${pythonSources})
+pybind11_add_module(kaputil-python-extension MODULE NO_EXTRAS ${compiled})
 set_target_properties(kaputil-python-extension PROPERTIES OUTPUT_NAME _native LIBRARY_OUTPUT_DIRECTORY
                                                                               "${pythonPackage}")
 target_include_directories(kaputil-python-extension PRIVATE "${PROJECT_SOURCE_DIR}/src")
