@@ -16,6 +16,8 @@
 #include <kaputil/frame/convert.hpp>
 #include <kaputil/frame/error.hpp>
 
+#include "frame/same_value.hpp"
+
 // Derives late-bound calls from C++ signatures: a class lists its member functions once, and the
 // argument coercion, defaults and write-back follow from the parameter types.
 namespace kap {
@@ -101,11 +103,11 @@ class Argument {
 public:
     static constexpr VarType kType = Carrier<Value>::kType;
     static constexpr bool kByReference = false;
+    static constexpr bool kWritesBack = false;
 
     Argument(const MemberDescription& member, std::size_t index, Variant* slot)
         : value_(Carrier<Value>::from(given(member, index, slot))) {}
     const Value& pass() { return value_; }
-    void writeBack() {}
 
 private:
     Value value_;
@@ -117,33 +119,37 @@ class Argument<const Variant&> {
 public:
     static constexpr VarType kType = VarType::Variant;
     static constexpr bool kByReference = false;
+    static constexpr bool kWritesBack = false;
 
     Argument(const MemberDescription& member, std::size_t index, const Variant* slot)
         : value_(given(member, index, slot)) {}
     const Variant& pass() { return value_; }
-    void writeBack() {}
 
 private:
     const Variant& value_;
 };
 
+// The member works on a copy of the parameter's type. What it assigns goes into the caller's
+// variable; one that it left alone keeps its value and its type.
 template <class T>
 class Argument<ByRef<T>> {
 public:
     static constexpr VarType kType = Carrier<T>::kType;
     static constexpr bool kByReference = true;
+    static constexpr bool kWritesBack = true;
 
     Argument(const MemberDescription& member, std::size_t index, Variant* slot)
-        : value_(Carrier<T>::from(given(member, index, slot))), slot_(slot) {}
+        : value_(Carrier<T>::from(given(member, index, slot))), before_(value_), slot_(slot) {}
     ByRef<T> pass() { return ByRef<T>(value_); }
     void writeBack() {
-        if (slot_ != nullptr) {
+        if (slot_ != nullptr && !isSameValue(before_, value_)) {
             *slot_ = toVariant(value_);
         }
     }
 
 private:
     T value_;
+    T before_;
     Variant* slot_;
 };
 
@@ -153,11 +159,11 @@ class Argument<ByRef<Variant>> {
 public:
     static constexpr VarType kType = VarType::Variant;
     static constexpr bool kByReference = true;
+    static constexpr bool kWritesBack = false;
 
     Argument(const MemberDescription& member, std::size_t index, Variant* slot)
         : own_(slot == nullptr ? *member.parameters[index].defaultValue : Variant()), slot_(slot) {}
     ByRef<Variant> pass() { return ByRef<Variant>(slot_ == nullptr ? own_ : *slot_); }
-    void writeBack() {}
 
 private:
     Variant own_;
@@ -180,6 +186,34 @@ struct Signature<R (C::*)(P...) noexcept> : Signature<R (C::*)(P...)> {};
 template <class R, class C, class... P>
 struct Signature<R (C::*)(P...) const noexcept> : Signature<R (C::*)(P...)> {};
 
+template <class One>
+void writeBackTo(One& argument) {
+    if constexpr (One::kWritesBack) {
+        argument.writeBack();
+    }
+}
+
+// Does the call, and writes back what the member assigned, also when it raised: the caller's
+// variables then hold what they were given before the failure, as those of typed callers do.
+template <class Call, class... One>
+Variant writingBack(std::tuple<One...>& arguments, Call call) {
+    if constexpr ((One::kWritesBack || ...)) {
+        const auto writeBack = [&] {
+            std::apply([](auto&... one) { (writeBackTo(one), ...); }, arguments);
+        };
+        try {
+            Variant result = call();
+            writeBack();
+            return result;
+        } catch (...) {
+            writeBack();
+            throw;
+        }
+    } else {
+        return call();
+    }
+}
+
 template <class Class, auto Function, std::size_t... Index>
 Variant callWith(Object& object, [[maybe_unused]] const MemberDescription& member,
                  [[maybe_unused]] std::span<Variant* const> slots, std::index_sequence<Index...>) {
@@ -188,19 +222,16 @@ Variant callWith(Object& object, [[maybe_unused]] const MemberDescription& membe
     std::tuple<Argument<std::tuple_element_t<Index, typename Shape::Parameters>>...> arguments{
         Argument<std::tuple_element_t<Index, typename Shape::Parameters>>(member, Index,
                                                                           slots[Index])...};
-    if constexpr (std::is_void_v<typename Shape::Result>) {
-        (self.*Function)(std::get<Index>(arguments).pass()...);
-        (std::get<Index>(arguments).writeBack(), ...);
-        return {};
-    } else if constexpr (std::is_same_v<typename Shape::Result, Variant>) {
-        Variant result = (self.*Function)(std::get<Index>(arguments).pass()...);
-        (std::get<Index>(arguments).writeBack(), ...);
-        return result;
-    } else {
-        Variant result = toVariant((self.*Function)(std::get<Index>(arguments).pass()...));
-        (std::get<Index>(arguments).writeBack(), ...);
-        return result;
-    }
+    return writingBack(arguments, [&]() -> Variant {
+        if constexpr (std::is_void_v<typename Shape::Result>) {
+            (self.*Function)(std::get<Index>(arguments).pass()...);
+            return {};
+        } else if constexpr (std::is_same_v<typename Shape::Result, Variant>) {
+            return (self.*Function)(std::get<Index>(arguments).pass()...);
+        } else {
+            return toVariant((self.*Function)(std::get<Index>(arguments).pass()...));
+        }
+    });
 }
 
 template <class Class, auto Function>
