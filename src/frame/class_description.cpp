@@ -8,6 +8,7 @@
 
 #include <kaputil/frame/error.hpp>
 
+#include "frame/late_bound.hpp"
 #include "frame/unicode.hpp"
 
 namespace kap {
@@ -123,15 +124,38 @@ bool passesArgumentsOn(const MemberDescription& member, const Arguments& argumen
            member.result != VarType::Empty;
 }
 
-Variant invokeDefaultOf(const Variant& value, InvokeKind kind, const Arguments& arguments) {
-    if (!value.isObject()) {
-        throw AutomationError(errors::kWrongNumberOfArguments);
+// `rows.Fields("Nome") = value`: a member that is not assigned itself, but gives an object whose
+// default member is. A method gives one for it only when it is the default member itself, as Item
+// of a collection is: no other may be run by an assignment.
+bool assignsThrough(const MemberDescription& member, const ChosenCall& chosen,
+                    const Arguments& arguments) {
+    const bool indexed = arguments.positional.size() > 1 || !arguments.named.empty();
+    const bool gives =
+        member.get != nullptr || (member.method != nullptr && member.dispatchId == kDefaultMember);
+    return indexed && gives &&
+           (member.result == VarType::Object || member.result == VarType::Variant) &&
+           (chosen.call == nullptr || (chosen.takesValue && member.parameters.empty()));
+}
+
+// The arguments in front of the value are the member's own, or, where it takes none, for the
+// default member of what it gives.
+Variant assignThrough(Object& self, const MemberDescription& member, InvokeKind kind,
+                      const Arguments& arguments) {
+    const MemberCall read = member.get != nullptr ? member.get : member.method;
+    if (member.parameters.empty()) {
+        return late::invokeDefault(read(self, member, {}), kind, arguments);
     }
-    const Ref<Object>& object = value.as<Ref<Object>>();
-    if (!object) {
-        throw AutomationError(errors::kObjectNotSet);
+    if (arguments.positional.empty()) {
+        throw AutomationError(errors::kArgumentNotOptional);
     }
-    return object->invoke(kDefaultMember, kind, arguments);
+    const auto indexes = arguments.positional.first(arguments.positional.size() - 1);
+    Slots slots;  // NOLINT(*-member-init): as many as there are parameters are written
+    const std::size_t count = layOut(member, Arguments{indexes, arguments.named}, false, slots);
+    const Variant given = read(self, member, std::span<Variant* const>(slots.data(), count));
+    if (!given.isObject()) {
+        throw AutomationError(errors::kMemberNotFound);  // a value by itself is not assigned to
+    }
+    return late::invokeDefault(given, kind, Arguments{arguments.positional.last(1), {}});
 }
 
 }  // namespace
@@ -234,6 +258,10 @@ Variant DescribedObject::invoke(std::u16string_view name, InvokeKind kind,
 Variant DescribedObject::invoke(const MemberDescription* member, InvokeKind kind,
                                 const Arguments& arguments) {
     const ChosenCall chosen = member == nullptr ? ChosenCall{} : choose(*member, kind);
+    if (member != nullptr && mayBe(kind, InvokeKind::LetOrSet) &&
+        assignsThrough(*member, chosen, arguments)) {
+        return assignThrough(*this, *member, kind, arguments);
+    }
     if (chosen.call == nullptr) {
         throw AutomationError(errors::kMemberNotFound);
     }
@@ -243,7 +271,7 @@ Variant DescribedObject::invoke(const MemberDescription* member, InvokeKind kind
         return chosen.call(*this, *member, std::span<Variant* const>(slots.data(), parameters));
     }
     if (!chosen.takesValue && passesArgumentsOn(*member, arguments)) {
-        return invokeDefaultOf(chosen.call(*this, *member, {}), kind, arguments);
+        return late::invokeDefault(chosen.call(*this, *member, {}), kind, arguments);
     }
     const std::size_t count = layOut(*member, arguments, chosen.takesValue, slots);
     return chosen.call(*this, *member, std::span<Variant* const>(slots.data(), count));

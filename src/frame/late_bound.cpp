@@ -3,7 +3,6 @@
 #include <utility>
 #include <vector>
 
-#include <kaputil/frame/class_description.hpp>
 #include <kaputil/frame/error.hpp>
 
 namespace kap::late {
@@ -17,6 +16,13 @@ Object& objectOf(const Variant& value) {
         throw AutomationError(errors::kObjectNotSet);
     }
     return *object;
+}
+
+Variant invokeDefault(const Variant& value, InvokeKind kind, const Arguments& arguments) {
+    if (!value.isObject()) {
+        throw AutomationError(errors::kWrongNumberOfArguments);
+    }
+    return objectOf(value).invoke(kDefaultMember, kind, arguments);
 }
 
 Variant call(const Variant& object, std::u16string_view member,

@@ -5,14 +5,19 @@
 
 #include <kaputil/frame/error.hpp>
 
+#include "frame/late_bound.hpp"
 #include "frame/unicode.hpp"
 
 namespace kap {
 namespace {
 
 bool assigns(InvokeKind kind) {
-    const auto bits = static_cast<unsigned>(kind);
-    return (bits & static_cast<unsigned>(InvokeKind::LetOrSet)) != 0;
+    return mayBe(kind, InvokeKind::LetOrSet);
+}
+
+// Whether a call gives the property what it takes, a value to assign and nothing else.
+bool isPlain(InvokeKind kind, const Arguments& arguments) {
+    return arguments.positional.size() == (assigns(kind) ? 1U : 0U) && arguments.named.empty();
 }
 
 [[noreturn]] void refuse() {
@@ -72,7 +77,7 @@ Variant PropertyBag::invoke(std::int32_t member, InvokeKind kind, const Argument
 
 Variant PropertyBag::invoke(std::u16string_view member, InvokeKind kind,
                             const Arguments& arguments) {
-    if (assigns(kind) && find(member) == nullptr) {
+    if (assigns(kind) && isPlain(kind, arguments) && find(member) == nullptr) {
         properties_.push_back({member, {}});
     }
     const auto id = memberId(member);
@@ -83,11 +88,11 @@ Variant PropertyBag::invoke(std::u16string_view member, InvokeKind kind,
 }
 
 Variant PropertyBag::invoke(Property& property, InvokeKind kind, const Arguments& arguments) {
-    const std::size_t wanted = assigns(kind) ? 1 : 0;
-    if (arguments.positional.size() != wanted || !arguments.named.empty()) {
-        throw AutomationError(errors::kWrongNumberOfArguments);
+    if (!isPlain(kind, arguments)) {
+        const Variant held = property.value;  // a copy: what is called may add properties
+        return late::invokeDefault(held, kind, arguments);
     }
-    if (wanted == 0) {
+    if (!assigns(kind)) {
         return property.value;
     }
     property.value = arguments.positional.front();

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <kaputil/frame/collection.hpp>
 #include <kaputil/frame/error.hpp>
 #include <kaputil/frame/locale.hpp>
 #include <kaputil/host/property_bag.hpp>
@@ -144,6 +145,22 @@ TEST(PropertyBagTest, MakesAPropertyByAssigningIt) {
 TEST(PropertyBagTest, StandsForItsDefaultProperty) {
     EXPECT_EQ(shown(textBox(u"Rossi")->defaultValue()), "String Rossi");
     EXPECT_EQ(raisedBy([] { return form(0)->defaultValue(); }), errors::kTypeMismatch);
+}
+
+TEST(PropertyBagTest, HandsArgumentsOnToTheObjectInAProperty) {
+    const auto towns = make<Collection>();
+    towns->Add(textBox(u"Bari"), u"BA");
+    const auto bag = make<PropertyBag>();
+    bag->put(u"Citta", towns);
+    EXPECT_EQ(shown(test::call(*bag, u"Citta", {u"BA"}).as<Ref<Object>>()->defaultValue()),
+              "String Bari");
+    test::invoke(*bag, u"citta", InvokeKind::Let, {u"BA", u"Trani"});
+    EXPECT_EQ(shown(towns->Item(1).as<Ref<Object>>()->defaultValue()), "String Trani");
+    EXPECT_EQ(raisedBy([&] {
+                  return test::invoke(*bag, u"Manca", InvokeKind::Let, {1, 2});
+              }),
+              errors::kMemberNotFound);
+    EXPECT_EQ(bag->memberId(u"Manca"), std::nullopt);
 }
 
 TEST(PropertyBagTest, RefusesArgumentsOfAProperty) {

@@ -20,7 +20,8 @@ namespace kap {
 //
 // Names are compared ignoring case. By late binding the properties are read and assigned (with a
 // plain value or a reference); one that is not there is made by assigning it, and raises 438 when
-// it is read.
+// it is read. Arguments for a property are for the default member of the object that it holds, and
+// raise 450 when it holds none.
 class PropertyBag final : public Object {
 public:
     // `className` is what the object says it is; `defaultProperty` names the property that stands
