@@ -4,6 +4,9 @@
 
 #include <array>
 #include <cstdio>
+#include <fstream>
+#include <iterator>
+#include <regex>
 #include <string>
 #include <thread>
 #include <vector>
@@ -26,6 +29,7 @@
 #include <kaputil/host/csystem.hpp>
 #include <kaputil/sqlscript/csql.hpp>
 
+#include "support/build_folders.hpp"
 #include "support/late_bound.hpp"
 #include "support/shown.hpp"
 
@@ -126,6 +130,32 @@ TEST(Catalogue, PublishesTheSharedNumbers) {
               "CostantiNumeriche: kaOK=0 kaerror=1 kaCodiceFiscale=2 kaPartitaIva=3 kaHBordo=60 "
               "kaHBarra=270");
     EXPECT_EQ(kaHBarra, 270);
+}
+
+// What the C++ header declares, as "name=value name=value".
+std::string declaredEnumerators() {
+    std::ifstream header(std::string(test::kSourceFolder) +
+                         "/include/kaputil/ado/enumerations.hpp");
+    const std::string text(std::istreambuf_iterator<char>(header), {});
+    static const std::regex kEnumerator(R"(\b(ad\w+) = (-?\w+),)");
+    std::string found;
+    for (std::sregex_iterator one(text.begin(), text.end(), kEnumerator), end; one != end; ++one) {
+        found +=
+            (*one)[1].str() + "=" + std::to_string(std::stol((*one)[2].str(), nullptr, 0)) + " ";
+    }
+    return found;
+}
+
+TEST(Catalogue, PublishesEveryConstantOfDataAccess) {
+    std::string values;
+    for (const EnumerationDescription& enumeration : dataAccessEnumerations()) {
+        EXPECT_FALSE(enumeration.summary.empty()) << enumeration.name.utf8();
+        for (const auto& value : enumeration.values) {
+            values += value.name.utf8() + "=" + std::to_string(value.value) + " ";
+        }
+    }
+    EXPECT_EQ(values, declaredEnumerators());
+    EXPECT_NE(values.find("adUseClient=3 "), std::string::npos);
 }
 
 // Every member of a class with its identifier, kind, parameters and defaults.

@@ -50,6 +50,9 @@ struct EnumerationDescription {
     std::vector<Value> values;
 };
 [[nodiscard]] std::span<const EnumerationDescription> publishedEnumerations();
+// Those of data access beside them (adUseClient, ...), whose C++ names are in
+// <kaputil/ado/enumerations.hpp>.
+[[nodiscard]] std::span<const EnumerationDescription> dataAccessEnumerations();
 
 // The classes of the platform that can be created by name beside the library's own: those of data
 // access and those of the host.
