@@ -1,11 +1,13 @@
 #include "python/calls.hpp"
 
 #include <algorithm>
+#include <utility>
 #include <vector>
 
 #include <kaputil/frame/class_description.hpp>
 #include <kaputil/frame/error.hpp>
 
+#include "frame/same_value.hpp"
 #include "python/package.hpp"
 #include "python/values.hpp"
 
@@ -64,9 +66,13 @@ public:
 
     [[nodiscard]] Arguments arguments() const { return {positional_, named_}; }
 
+    // What the member has assigned; a holder that it left alone keeps the object it holds.
     void writeBack() const {
         for (const Reference& reference : references_) {
-            reference.holder.attr("value") = toPython(values_[reference.index]);
+            const Variant& now = values_[reference.index];
+            if (!isSameValue(reference.before, now)) {
+                reference.holder.attr("value") = toPython(now);
+            }
         }
     }
 
@@ -74,15 +80,17 @@ private:
     struct Reference {
         std::size_t index;
         py::object holder;
+        Variant before;
     };
 
     void add(const py::handle& given, const ParameterDescription* parameter) {
-        if (py::isinstance(given, package().ref) &&
-            (parameter == nullptr || parameter->byReference)) {
-            references_.push_back({values_.size(), py::reinterpret_borrow<py::object>(given)});
-        }
         values_.push_back(
             argumentOf(given, parameter == nullptr ? VarType::Variant : parameter->type));
+        if (py::isinstance(given, package().ref) &&
+            (parameter == nullptr || parameter->byReference)) {
+            references_.push_back(
+                {values_.size() - 1, py::reinterpret_borrow<py::object>(given), values_.back()});
+        }
     }
 
     std::vector<Variant> values_;
@@ -102,15 +110,28 @@ template <class Member>
 Variant call(Object& object, const MemberDescription* description, Member member, InvokeKind kind,
              const py::tuple& positional, const py::dict& named) {
     const CallArguments given(description, positional, named);
-    Variant result;
     try {
-        result = invoke(object, member, kind, given.arguments());
-    } catch (const AutomationError&) {
+        Variant result = invoke(object, member, kind, given.arguments());
+        given.writeBack();
+        return result;
+    } catch (...) {
         given.writeBack();
         throw;
     }
-    given.writeBack();
-    return result;
+}
+
+// `member` is a name or an identifier.
+template <class Member>
+void assign(Object& object, Member member, const py::tuple& indexes, Variant value) {
+    // Like languages with one statement for both, objects are assigned as values are.
+    const InvokeKind kind = value.isObject() ? InvokeKind::LetOrSet : InvokeKind::Let;
+    std::vector<Variant> given;
+    given.reserve(indexes.size() + 1);
+    for (const py::handle index : indexes) {
+        given.push_back(toVariant(index));
+    }
+    given.push_back(std::move(value));
+    static_cast<void>(invoke(object, member, kind, Arguments{given, {}}));
 }
 
 }  // namespace
@@ -128,13 +149,17 @@ Variant callDefault(Object& object, const py::tuple& positional, const py::dict&
                 kDefaultMember, InvokeKind::MethodOrGet, positional, named);
 }
 
-void assignMember(Object& object, const String& name, const py::handle& value) {
+void assignMember(Object& object, const String& name, const py::tuple& indexes,
+                  const py::handle& value) {
     const ClassDescription* description = descriptionOf(object);
     const MemberDescription* member = description == nullptr ? nullptr : description->find(name);
-    std::vector<Variant> given = {
-        argumentOf(value, member == nullptr ? VarType::Variant : member->result)};
-    const InvokeKind kind = given[0].isObject() ? InvokeKind::LetOrSet : InvokeKind::Let;
-    static_cast<void>(invoke(object, name.view(), kind, Arguments{given, {}}));
+    const bool isItsOwn = member != nullptr && indexes.empty();
+    assign(object, name.view(), indexes,
+           argumentOf(value, isItsOwn ? member->result : VarType::Variant));
+}
+
+void assignDefault(Object& object, const py::tuple& indexes, const py::handle& value) {
+    assign(object, kDefaultMember, indexes, toVariant(value));
 }
 
 }  // namespace kap::python

@@ -10,8 +10,9 @@ namespace kap::python {
 
 namespace py = pybind11;
 
-// Calls a member by name with Python's arguments. What a member leaves in an argument passed by
-// reference is the `value` of its Ref afterwards, also when the member raised. None is an unset
+// Calls a member by name with Python's arguments. What a member assigns to an argument passed by
+// reference is the `value` of its Ref afterwards, also when the member raised; a Ref that it left
+// alone keeps the very object. None is an unset
 // object where the member takes one, and `...` an argument that is not given.
 [[nodiscard]] Variant callMember(Object& object, const String& name, InvokeKind kind,
                                  const py::tuple& positional, const py::dict& named);
@@ -20,7 +21,12 @@ namespace py = pybind11;
 [[nodiscard]] Variant callDefault(Object& object, const py::tuple& positional,
                                   const py::dict& named);
 
-// Assigns to a property: an object as a reference where the property takes one.
-void assignMember(Object& object, const String& name, const py::handle& value);
+// Assigns to a property: an object as a reference where the property takes one. With indexes the
+// value is for the default member of what the member gives, `form.Fields("Nome") = value`.
+void assignMember(Object& object, const String& name, const py::tuple& indexes,
+                  const py::handle& value);
+
+// The same for the default member, `rows("Nome") = value`.
+void assignDefault(Object& object, const py::tuple& indexes, const py::handle& value);
 
 }  // namespace kap::python

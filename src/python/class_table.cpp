@@ -1,6 +1,7 @@
 #include "python/class_table.hpp"
 
 #include <algorithm>
+#include <span>
 #include <unordered_map>
 #include <vector>
 
@@ -134,15 +135,20 @@ py::list programmaticNames() {
     return names;
 }
 
-py::list enumerations() {
-    py::list made;
-    for (const EnumerationDescription& enumeration : publishedEnumerations()) {
+void addEnumerations(py::list& made, std::span<const EnumerationDescription> enumerations) {
+    for (const EnumerationDescription& enumeration : enumerations) {
         py::list values;
         for (const EnumerationDescription::Value& one : enumeration.values) {
             values.append(py::make_tuple(toPython(one.name), one.value));
         }
         made.append(py::make_tuple(toPython(enumeration.name), values));
     }
+}
+
+py::list enumerations() {
+    py::list made;
+    addEnumerations(made, publishedEnumerations());
+    addEnumerations(made, dataAccessEnumerations());
     return made;
 }
 

@@ -93,7 +93,8 @@ def aliases():
 
 
 def class_text(described):
-    parts = [f"class {described.name}(Object):\n    {quoted(described.summary)}\n"]
+    base = getattr(kaputil.classes, described.name).__base__.__name__
+    parts = [f"class {described.name}({base}):\n    {quoted(described.summary)}\n"]
     parts += [member_text("    ", one, "self") for one in described.members if not keyword.iskeyword(one.name)]
     return "\n".join(parts)
 
@@ -116,6 +117,7 @@ def own_names():
     functions = [name for name, value in vars(kaputil._functions).items()
                  if inspect.isfunction(value) and value.__module__ == "kaputil" and value is not kaputil.Dispatch]
     return {
+        "_data_access": ["Row"],
         "_errors": ["AutomationError", "MemberNotFound"],
         "_functions": functions,
         "_holders": ["Ref", "Variant"],
@@ -135,7 +137,9 @@ def package_stub():
 
 
 def classes_stub():
-    imports = "from . import classes\nfrom ._holders import Ref, Variant\nfrom ._objects import Object\n"
+    bases = ", ".join(sorted(base.__name__ for base in kaputil._data_access.BASES.values()))
+    imports = (f"from . import classes\nfrom ._data_access import {bases}\n"
+               "from ._holders import Ref, Variant\nfrom ._objects import Object\n")
     parts = [quoted(kaputil.classes.__doc__.splitlines()[0]) + "\n", HEADER + imports, aliases()]
     return "\n".join(parts + [class_text(one) for one in _descriptions.all_classes()])
 

@@ -10,6 +10,7 @@
 #include "python/class_table.hpp"
 #include "python/owner_thread.hpp"
 #include "python/package.hpp"
+#include "python/python_object.hpp"
 #include "python/values.hpp"
 
 namespace kap::python {
@@ -73,14 +74,20 @@ py::object attributeOf(const py::object& self, const py::str& name) {
 }
 
 // To any object, Python's own among them, as the library assigns.
-void assignTo(const py::object& target, const py::str& name, const py::object& value) {
+void assignIndexed(const py::object& target, const py::str& name, const py::tuple& indexes,
+                   const py::object& value) {
     const Variant held = toVariant(target);
     const Ref<Object>& object = held.as<Ref<Object>>();
     const String member = toText(name);
-    if (!object->memberId(member)) {
+    const bool decidesItself = dynamic_cast<const PythonObject*>(object.get()) != nullptr;
+    if (!decidesItself && !object->memberId(member)) {
         raiseNoMember(*object, member);
     }
-    assignMember(*object, member, value);
+    assignMember(*object, member, indexes, value);
+}
+
+void assignTo(const py::object& target, const py::str& name, const py::object& value) {
+    assignIndexed(target, name, py::tuple(), value);
 }
 
 // Of any object, Python's own among them, as the library enumerates it.
@@ -145,6 +152,11 @@ void bindProxies(py::module_& module) {
             callMember(*self.object(), toText(name), InvokeKind::Get, py::tuple(), py::dict()));
     });
     module.def("assign", &assignTo);
+    module.def("assign_indexed", &assignIndexed);
+    module.def("assign_default",
+               [](const Proxy& self, const py::tuple& indexes, const py::handle& value) {
+                   assignDefault(*self.object(), indexes, value);
+               });
     module.def("elements", &elementsOf);
 }
 

@@ -1,10 +1,12 @@
 #include "python/python_object.hpp"
 
 #include <algorithm>
+#include <utility>
 
 #include <kaputil/frame/class_description.hpp>
 #include <kaputil/frame/error.hpp>
 
+#include "frame/late_bound.hpp"
 #include "python/package.hpp"
 #include "python/proxy.hpp"
 #include "python/python_error.hpp"
@@ -36,7 +38,7 @@ bool isCalled(const py::object& attribute, InvokeKind kind, bool hasArguments) {
 // The library's arguments as Python's, for the length of a call.
 class GivenArguments {
 public:
-    GivenArguments(const py::object& function, const Arguments& arguments) : arguments_(arguments) {
+    GivenArguments(const py::object& function, const Arguments& arguments) {
         const py::tuple byReference = package().references(function);
         const py::set positions = byReference[0];
         const py::set names = byReference[1];
@@ -53,49 +55,50 @@ public:
         return function(*py::tuple(positional_), **named_);
     }
 
+    // What the function has assigned; a variable that it left alone keeps its type, which Python
+    // may not have.
     void writeBack() const {
-        for (std::size_t i = 0; i < arguments_.positional.size(); ++i) {
-            writeBack(positional_[i], arguments_.positional[i]);
-        }
-        for (const Arguments::Named& one : arguments_.named) {
-            writeBack(named_[toPython(one.name)], *one.value);
+        for (const Reference& one : references_) {
+            const py::object now = one.holder.attr("value");
+            // A list may have been changed where it is.
+            if (!now.is(one.before) || PyList_Check(now.ptr()) != 0) {
+                *one.variable = toVariant(now);
+            }
         }
     }
 
 private:
-    static py::object argument(const Variant& value, bool byReference) {
-        return byReference ? package().ref(toPython(value)) : toPython(value);
-    }
+    struct Reference {
+        Variant* variable;
+        py::object holder;
+        py::object before;
+    };
 
-    static void writeBack(const py::object& given, Variant& value) {
-        if (py::isinstance(given, package().ref)) {
-            value = toVariant(given);
+    py::object argument(Variant& value, bool byReference) {
+        py::object given = toPython(value);
+        if (!byReference) {
+            return given;
         }
+        py::object holder = package().ref(given);
+        references_.push_back({&value, holder, std::move(given)});
+        return holder;
     }
 
-    const Arguments& arguments_;
     py::list positional_;
     py::dict named_;
+    std::vector<Reference> references_;
 };
 
 // `form.Items(3)` where Items is no method: the argument is for the default member of what it
 // holds.
-Variant readFrom(const Variant& value, InvokeKind kind, const Arguments& arguments) {
-    if (!value.isObject()) {
-        throw AutomationError(errors::kWrongNumberOfArguments);
-    }
-    if (!value.as<Ref<Object>>()) {
-        throw AutomationError(errors::kObjectNotSet);
-    }
-    return value.as<Ref<Object>>()->invoke(kDefaultMember, kind, arguments);
+bool passesArgumentsOn(InvokeKind kind, const Arguments& arguments) {
+    return !arguments.named.empty() ||
+           arguments.positional.size() > (mayBe(kind, InvokeKind::LetOrSet) ? 1U : 0U);
 }
 
 const Variant& assignedValue(const Arguments& arguments) {
     if (arguments.positional.empty()) {
         throw AutomationError(errors::kArgumentNotOptional);
-    }
-    if (arguments.positional.size() > 1 || !arguments.named.empty()) {
-        throw AutomationError(errors::kWrongNumberOfArguments);
     }
     return arguments.positional.front();
 }
@@ -157,7 +160,7 @@ Variant PythonObject::read(const py::str& name, InvokeKind kind, const Arguments
     const bool hasArguments = !arguments.positional.empty() || !arguments.named.empty();
     if (!isCalled(attribute, kind, hasArguments)) {
         const Variant value = toVariant(attribute);
-        return hasArguments ? readFrom(value, kind, arguments) : value;
+        return hasArguments ? late::invokeDefault(value, kind, arguments) : value;
     }
     if (!hasArguments) {
         return toVariant(attribute());
@@ -167,7 +170,7 @@ Variant PythonObject::read(const py::str& name, InvokeKind kind, const Arguments
         Variant result = toVariant(given.passTo(attribute));
         given.writeBack();
         return result;
-    } catch (const py::error_already_set&) {
+    } catch (...) {
         given.writeBack();  // a reference keeps what it was given before the failure
         throw;
     }
@@ -176,11 +179,42 @@ Variant PythonObject::read(const py::str& name, InvokeKind kind, const Arguments
 Variant PythonObject::invoke(std::int32_t member, InvokeKind kind, const Arguments& arguments) {
     return inPython([&]() -> Variant {
         const py::str attribute = attributeFor(member);
-        if (mayBe(kind, InvokeKind::LetOrSet)) {
-            py::setattr(object_, attribute, toPython(assignedValue(arguments)));
-            return {};
+        if (!mayBe(kind, InvokeKind::LetOrSet)) {
+            return read(attribute, kind, arguments);
         }
-        return read(attribute, kind, arguments);
+        if (passesArgumentsOn(kind, arguments)) {
+            return late::invokeDefault(toVariant(object_.attr(attribute)), kind, arguments);
+        }
+        py::setattr(object_, attribute, toPython(assignedValue(arguments)));
+        return {};
+    });
+}
+
+Variant PythonObject::invoke(std::u16string_view member, InvokeKind kind,
+                             const Arguments& arguments) {
+    if (const auto id = memberId(member)) {
+        return invoke(*id, kind, arguments);
+    }
+    if (!mayBe(kind, InvokeKind::LetOrSet) || passesArgumentsOn(kind, arguments)) {
+        throw AutomationError(errors::kMemberNotFound);
+    }
+    makeAttribute(String(member), assignedValue(arguments));
+    return {};
+}
+
+// Python's own assignment. An object that takes no further attributes has no such member.
+void PythonObject::makeAttribute(const String& name, const Variant& value) {
+    inPython([&] {
+        try {
+            py::setattr(object_, toPython(name), toPython(value));
+        } catch (const py::error_already_set& error) {
+            if (!error.matches(PyExc_AttributeError)) {
+                throw;
+            }
+            throw AutomationError(
+                errors::kMemberNotFound,
+                toText(classOf(object_).attr("__name__")) + u" has no member " + name);
+        }
     });
 }
 

@@ -6,7 +6,8 @@ import unittest
 import unittest.mock
 
 import kaputil
-from support import ItalianTest, connection
+from kaputil import _native
+from support import ItalianTest, connection, table
 
 
 class Members(ItalianTest):
@@ -130,6 +131,32 @@ class ByReference(ItalianTest):
         kaputil.KapRound(number)
         self.assertIs(type(number.value), int)
 
+    def test_what_the_member_had_chosen_stays_when_it_raises(self):
+        options = [kaputil.Ref(-1) for _ in range(4)]
+        cursor, lock, command, location = options
+        self.assertRaisesNumber(-2147217865, kaputil.OpenRecordset, "SELECT * FROM Manca", connection(), cursor, lock, command,
+                                CursorLocation=location)
+        self.assertEqual([one.value for one in options], [3, 3, 1, 3])
+
+    def test_what_the_member_leaves_alone_keeps_its_type(self):
+        key = kaputil.Ref(5)
+        kaputil.Dispatch("KapUtil.IClassi").PgUpDown(key, None)
+        self.assertEqual(repr(key), "kaputil.Ref(5)")
+        holder = kaputil.Variant("String", "SELECT MAX(A) FROM Prova")
+        query = kaputil.Ref(holder)
+        self.assertEqual(kaputil.Riga_Prog(table(), query), 4)
+        self.assertIs(query.value, holder)
+
+    def test_an_object_that_stands_for_a_text_stays_the_object(self):
+        class Box:
+            _default_member_ = "Text"
+            Text = "SELECT MAX(A) FROM Prova"
+
+        box = Box()
+        query = kaputil.Ref(box)
+        self.assertEqual(kaputil.Riga_Prog(table(), query), 4)
+        self.assertIs(query.value, box)
+
     def test_a_connection_string_becomes_the_connection(self):
         opened = kaputil.Ref("Provider=KapLocal;Data Source=:memory:")
         kaputil.ControllaConnessione(opened)
@@ -151,6 +178,35 @@ class DefaultMembers(ItalianTest):
     def test_a_class_without_one_cannot_be_called(self):
         self.assertRaisesNumber(438, kaputil.Dispatch("KapUtil.CProprieta"))
 
+    def test_an_index_is_an_argument_of_the_default_member(self):
+        rows = kaputil.OpenRecordset("SELECT A, B FROM Prova", table())
+        self.assertEqual(rows["B"], rows("B"))
+        self.assertEqual(rows.Fields[0].Value, 1)
+        self.assertRaisesNumber(438, lambda: kaputil.Dispatch("KapUtil.CProprieta")["A"])
+
+    def test_a_value_is_assigned_through_an_index(self):
+        rows = kaputil.OpenRecordset("SELECT A, B FROM Prova", table())
+        rows["B"] = "nuovo"
+        self.assertEqual(rows.Fields("B").Value, "nuovo")
+        rows.Fields["b"] = None
+        self.assertIsNone(rows.Fields("B").Value)
+        _native.assign_indexed(rows.Fields, "Item", ("B",), "terzo")
+        self.assertEqual(rows.Fields("B").Value, "terzo")
+        rows.Update()
+
+    def test_what_has_no_object_behind_its_default_member_takes_no_value(self):
+        error = kaputil.Dispatch("KapUtil.CErrore")
+        with self.assertRaises(kaputil.AutomationError):
+            error["Numero"] = 5
+
+
+class Enumerations(ItalianTest):
+    def test_their_constants_are_the_packages_own(self):
+        self.assertEqual((kaputil.kaHBarra, kaputil.adUseClient, kaputil.CursorLocationEnum.adUseServer), (270, 3, 2))
+        rows = kaputil.Dispatch("ADODB.Recordset")
+        rows.CursorLocation = kaputil.adUseClient
+        self.assertEqual(rows.CursorLocation, kaputil.adUseClient)
+
 
 class Collections(ItalianTest):
     def test_fields_are_enumerated_in_their_order(self):
@@ -159,8 +215,7 @@ class Collections(ItalianTest):
         self.assertEqual([(field.Name, field.Value) for field in rows.Fields][2], ("C", None))
 
     def test_what_is_no_collection_cannot_be_enumerated(self):
-        rows = kaputil.OpenRecordset("SELECT 1 AS A", connection())
-        self.assertRaisesNumber(438, iter, rows)
+        self.assertRaisesNumber(438, iter, kaputil.Dispatch("KapUtil.CProprieta"))
 
 
 class Errors(ItalianTest):

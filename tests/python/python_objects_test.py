@@ -7,7 +7,7 @@ import weakref
 
 import kaputil
 from kaputil import _native
-from support import ItalianTest, connection
+from support import ItalianTest, connection, table
 
 
 class TextBox:
@@ -124,8 +124,42 @@ class Assignment(ItalianTest):
         self.assertEqual(self.form.Errore, bag)
         self.assertIs(self.form.Box, kaputil.Nothing)
 
-    def test_no_attribute_is_made_by_assigning_to_it(self):
-        self.assertRaisesNumber(438, _native.assign, self.form, "Manca", 1)
+    def test_assigning_what_it_lacks_is_pythons_own_assignment(self):
+        _native.assign(self.form, "Nuova", 1)
+        self.assertEqual(self.form.Nuova, 1)
+        bag = kaputil.Dispatch("KapUtil.CProprieta")
+        _native.assign(self.form, "Oggetto", bag)
+        self.assertEqual(self.form.Oggetto, bag)
+
+    def test_an_object_decides_itself_what_it_takes(self):
+        class Item:
+            def __setattr__(self, name, value):
+                if name == "Vietato":
+                    raise AttributeError(name)
+                if value is None:
+                    raise ValueError("manca il valore")
+                super().__setattr__(name, value)
+
+        item = Item()
+        _native.assign(item, "To", "anna")
+        self.assertEqual(item.To, "anna")
+        self.assertRaisesNumber(438, _native.assign, item, "Vietato", 1)
+        with self.assertRaises(ValueError):
+            _native.assign(item, "To", None)
+
+    def test_what_takes_no_further_attribute_has_no_such_member(self):
+        class Fixed:
+            __slots__ = ("To",)
+
+        fixed = Fixed()
+        _native.assign(fixed, "To", "anna")
+        self.assertEqual(fixed.To, "anna")
+        error = self.assertRaisesNumber(438, _native.assign, fixed, "Manca", 1)
+        self.assertEqual(error.description, "Fixed has no member Manca")
+
+    def test_reading_what_it_lacks_makes_nothing(self):
+        self.assertRaisesNumber(438, kaputil.invoke, self.form, "Manca")
+        self.assertNotIn("Manca", vars(self.form))
 
     def test_what_refuses_an_assignment_raises_its_own_error(self):
         with self.assertRaises(AttributeError):
@@ -165,6 +199,27 @@ class DefaultMembers(ItalianTest):
 
         self.assertRaisesNumber(13, kaputil.kapEmpty, Wrong())
 
+    def test_a_value_is_assigned_through_it(self):
+        """A property put with arguments is for the default member of the object that the member holds."""
+
+        class Grid:
+            _default_member_ = "Cells"
+
+            def __init__(self, fields):
+                self.Cells = fields
+
+        rows = kaputil.OpenRecordset("SELECT A, B FROM Prova", table())
+        form = Form()
+        form.Grid = Grid(rows.Fields)
+        bag = kaputil.Dispatch("KapUtil.CErrore")
+        form.Errore = bag
+        _native.assign_indexed(form, "Grid", ("B",), "nuovo")
+        self.assertEqual(rows.Fields("B").Value, "nuovo")
+        self.assertRaisesNumber(450, _native.assign_indexed, form, "Caption", ("B",), "x")
+        self.assertRaisesNumber(438, _native.assign_indexed, form, "Errore", ("B",), "x")
+        self.assertRaisesNumber(438, _native.assign_indexed, form, "Manca", ("B",), "x")
+        self.assertNotIn("Manca", vars(form))
+
     def test_it_names_a_field_for_the_library(self):
         rows = kaputil.OpenRecordset("SELECT 1 AS A, 'x' AS B", connection())
         self.assertEqual(rows.Fields(TextBox("B")).Value, "x")
@@ -201,6 +256,16 @@ class References(ItalianTest):
         with self.assertRaises(ValueError):
             kaputil.invoke(Document(), "Read", reference)
         self.assertEqual(reference.value, "aperta")
+
+    def test_what_was_not_assigned_keeps_its_type(self):
+        class Document:
+            def Read(self, prezzo: kaputil.Ref, righe: kaputil.Ref):
+                righe.value.append(3)
+
+        price, rows = kaputil.Ref(kaputil.Variant("Currency", 5)), kaputil.Ref([1, 2])
+        kaputil.invoke(Document(), "Read", price, rows)
+        self.assertEqual(price.value, kaputil.Variant("Currency", 5))
+        self.assertEqual(rows.value, [1, 2, 3])
 
 
 class Enumeration(ItalianTest):

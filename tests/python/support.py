@@ -32,6 +32,14 @@ def connection(text=MEMORY):
     return opened
 
 
+def table():
+    """A connection to a database with a table Prova: A 1, 2, 3 and B uno, due, tre."""
+    opened = connection()
+    opened.Execute("CREATE TABLE Prova (A int PRIMARY KEY, B varchar(20))")
+    opened.Execute("INSERT INTO Prova VALUES (1, 'uno'), (2, 'due'), (3, 'tre')")
+    return opened
+
+
 def run(*command, **changes):
     """Runs another program and gives its output; changes are variables of its environment, None for those it lacks.
 

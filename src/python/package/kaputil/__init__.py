@@ -15,7 +15,8 @@ import enum as _enum
 import sys as _sys
 import types as _types
 
-from . import _errors, _members, _native, _objects, classes
+from . import _data_access, _errors, _members, _native, _objects, classes
+from ._data_access import Row
 from ._descriptions import global_class as _global_class
 from ._errors import AutomationError, MemberNotFound
 from ._functions import (
@@ -36,7 +37,7 @@ from ._marks import Empty, Nothing
 from ._objects import Object
 
 for _public in (
-    *(AutomationError, MemberNotFound, Ref, Variant, Object),
+    *(AutomationError, MemberNotFound, Ref, Row, Variant, Object),
     *(Dispatch, change_type, format, invoke, is_date, is_numeric, locale, message_log, register, set_locale, unregister),
 ):
     _public.__module__ = __name__  # where programs find it
@@ -49,7 +50,7 @@ _native.set_package(
     ref=Ref,
     variant=Variant,
     object=Object,
-    make_class=_objects.make_class,
+    make_class=lambda description: _objects.make_class(description, _data_access.BASES),
     error_parts=_errors.parts,
     find_attribute=_members.find_attribute,
     references=_members.references,

@@ -1,6 +1,6 @@
 """Library objects: their common class, and the classes made from the catalogue's descriptions."""
 
-from typing import Any, Callable, Dict, Iterator, List, Mapping
+from typing import Any, Callable, Dict, Iterator, List, Mapping, Tuple
 
 from . import _native
 from ._descriptions import Class, Member
@@ -22,6 +22,14 @@ class Object(_native.Object):
         """Calls the default member."""
         return _native.call_default(self, arguments, named)
 
+    def __getitem__(self, key: Any) -> Any:
+        """Calls the default member: `rows["Nome"]` is `rows("Nome")`. Several arguments are a tuple."""
+        return _native.call_default(self, _indexes(key), {})
+
+    def __setitem__(self, key: Any, value: Any) -> None:
+        """Assigns through the default member: `rows["Nome"] = value` as other languages write `rows("Nome") = value`."""
+        _native.assign_default(self, _indexes(key), value)
+
     def __iter__(self) -> Iterator[Any]:
         """The elements of a collection; raises 438 for what is none."""
         return iter(_native.elements(self))
@@ -30,8 +38,12 @@ class Object(_native.Object):
         return [name for name in super().__dir__() if not name.startswith("_")]
 
 
-def make_class(description: Mapping[str, Any]) -> type:
-    """The class of the objects that a description of the catalogue stands for."""
+def _indexes(key: Any) -> Tuple[Any, ...]:
+    return key if isinstance(key, tuple) else (key,)
+
+
+def make_class(description: Mapping[str, Any], bases: Mapping[str, type]) -> type:
+    """The class of the objects that a description of the catalogue stands for, on the base that its name has, if any."""
     described = Class.described(description)
     body: Dict[str, Any] = {
         "__doc__": described.summary,
@@ -40,7 +52,7 @@ def make_class(description: Mapping[str, Any]) -> type:
     }
     for member in described.members:
         body[member.name] = _attribute(member) if member.attribute else _method(member)
-    return type(described.name, (Object,), body)
+    return type(described.name, (bases.get(described.name, Object),), body)
 
 
 def global_function(member: Member) -> Callable[..., Any]:
