@@ -72,6 +72,8 @@ bool Parser::atName(std::size_t ahead) const {
 std::string Parser::name() {
     if (!atName()) unexpected();
     const Token& token = peek();
+    // SQLite's texts end at a NUL character.
+    if (token.text.find('\0') != std::string::npos) unexpected();
     if (token.text.empty()) {
         throw ServerError(1038,
                           "An object or column name is missing or empty. For SELECT INTO "

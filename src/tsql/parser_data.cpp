@@ -5,8 +5,13 @@
 
 namespace kap::tsql {
 
+// Statements that write take their TOP in brackets only.
 std::optional<TopClause> Parser::optionalTop() {
     if (!atKeyword("TOP")) return std::nullopt;
+    if (!atOperator("(", 1)) {
+        next();
+        unexpected();
+    }
     return topClause();
 }
 
@@ -73,7 +78,7 @@ InsertStatement Parser::insertStatement() {
     result.top = optionalTop();
     acceptKeyword("INTO");
     result.table = writtenName();
-    tableHints();
+    tableHints(HintsStand::BehindWith);
     if (atOperator("(") && !atQuery()) result.columns = nameList();
     result.output = outputClause();
     if (acceptKeyword("DEFAULT")) {
@@ -88,6 +93,7 @@ InsertStatement Parser::insertStatement() {
     } else {
         unexpected();
     }
+    (void)queryHints();
     return result;
 }
 
@@ -130,7 +136,7 @@ UpdateStatement Parser::updateStatement() {
     UpdateStatement result;
     result.top = optionalTop();
     result.table = writtenName();
-    tableHints();
+    tableHints(HintsStand::Anywhere);
     expectKeyword("SET");
     do {
         result.assignments.push_back(assignment());
@@ -138,7 +144,7 @@ UpdateStatement Parser::updateStatement() {
     result.output = outputClause();
     if (atKeyword("FROM")) result.from = fromClause();
     result.where = writtenRows(result.assignments);
-    if (acceptKeyword("OPTION")) result.maxRecursion = queryHints();
+    result.maxRecursion = queryHints();
     return result;
 }
 
@@ -162,11 +168,11 @@ DeleteStatement Parser::deleteStatement() {
     result.top = optionalTop();
     acceptKeyword("FROM");
     result.table = writtenName();
-    tableHints();
+    tableHints(HintsStand::Anywhere);
     result.output = outputClause();
     if (atKeyword("FROM")) result.from = fromClause();
     result.where = writtenRows({});
-    if (acceptKeyword("OPTION")) result.maxRecursion = queryHints();
+    result.maxRecursion = queryHints();
     return result;
 }
 

@@ -244,7 +244,8 @@ ExpressionPtr Parser::call(ObjectName name) {
     } else if (!atOperator(")")) {
         result.distinct = acceptKeyword("DISTINCT");
         if (!result.distinct) acceptKeyword("ALL");
-        result.arguments = valueList();
+        const bool stored = result.name.parts.size() > 1;
+        result.arguments = stored ? functionArguments() : valueList();
     }
     expectOperator(")");
     if (atKeyword("WITHIN") && atKeyword("GROUP", 1)) {
@@ -261,35 +262,14 @@ ExpressionPtr Parser::call(ObjectName name) {
     return make(std::move(result), line, below);
 }
 
-Window Parser::window() {
-    Window result;
-    expectOperator("(");
-    if (acceptKeyword("PARTITION")) {
-        expectKeyword("BY");
-        result.partitionBy = valueList();
-    }
-    if (acceptKeyword("ORDER")) {
-        expectKeyword("BY");
-        result.orderBy = orderItems();
-    }
-    if (atKeyword("ROWS") || atKeyword("RANGE")) result.frame = windowFrame();
-    expectOperator(")");
-    return result;
-}
-
-// ROWS BETWEEN 2 PRECEDING AND CURRENT ROW: words and whole numbers only.
-std::string Parser::windowFrame() {
-    static constexpr std::array kWords{"ROWS",      "RANGE",     "BETWEEN", "AND", "UNBOUNDED",
-                                       "PRECEDING", "FOLLOWING", "CURRENT", "ROW"};
-    std::string text;
-    while (!atOperator(")")) {
-        const bool known = peek().kind == TokenKind::Integer ||
-                           std::any_of(kWords.begin(), kWords.end(),
-                                       [this](const char* word) { return atKeyword(word); });
-        if (!known) unexpected();
-        text += (text.empty() ? "" : " ") + asciiUpper(next().text);
-    }
-    return text;
+// dbo.f(1, DEFAULT): a stored function knows values of its own for its parameters.
+std::vector<ExpressionPtr> Parser::functionArguments() {
+    std::vector<ExpressionPtr> values;
+    do {
+        const int line = peek().line;
+        values.push_back(acceptKeyword("DEFAULT") ? make(DefaultArgument{}, line) : value());
+    } while (acceptOperator(","));
+    return values;
 }
 
 // Texts compare as the database's collation says: letter case ignored, accents not. Another one

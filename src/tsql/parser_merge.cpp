@@ -65,7 +65,7 @@ MergeStatement Parser::mergeStatement() {
     result.top = optionalTop();
     acceptKeyword("INTO");
     result.table = tableName();
-    tableHints();
+    tableHints(HintsStand::BehindWith);
     if (acceptKeyword("AS")) {
         result.alias = name();
     } else if (atName() && !atKeyword("USING")) {
@@ -79,7 +79,7 @@ MergeStatement Parser::mergeStatement() {
         result.actions.push_back(mergeAction(result));
     if (result.actions.empty()) unexpected();
     result.output = outputClause();
-    if (acceptKeyword("OPTION")) result.maxRecursion = queryHints();
+    result.maxRecursion = queryHints();
     if (!atOperator(";")) {
         throw ServerError(10713, "A MERGE statement must be terminated by a semi-colon (;).",
                           peek().line, 15);

@@ -1,19 +1,32 @@
 #include <algorithm>
 #include <utility>
 
-#include <kaputil/frame/plain_text.hpp>
-
 #include "tsql/parser_state.hpp"
 #include "tsql/server_error.hpp"
 
 namespace kap::tsql {
 
-// True at brackets that hold a query, however many there are.
+// True at brackets that hold a query and nothing else, however many there are. What follows the end
+// of inner brackets tells: "((SELECT 1) UNION SELECT 2)" is a query, "((SELECT 1) + 1)" a value,
+// and "((SELECT 1 AS a) AS x JOIN t ON 1 = 1)" a joined source.
 bool Parser::atQuery() const {
     std::size_t ahead = 0;
     while (atOperator("(", ahead))
         ++ahead;
-    return ahead > 0 && atKeyword("SELECT", ahead);
+    if (ahead == 0 || !atKeyword("SELECT", ahead)) return false;
+    std::size_t open = ahead;
+    for (std::size_t level = ahead; level > 1; ++ahead) {
+        if (peek(ahead).kind == TokenKind::End) return true;
+        if (atOperator("(", ahead)) ++open;
+        if (!atOperator(")", ahead) || --open >= level) continue;
+        --level;
+        const std::size_t behind = ahead + 1;
+        const bool goesOn = atOperator(")", behind) || atKeyword("UNION", behind) ||
+                            atKeyword("EXCEPT", behind) || atKeyword("INTERSECT", behind) ||
+                            atKeyword("ORDER", behind);
+        if (!goesOn) return false;
+    }
+    return true;
 }
 
 QueryPtr Parser::bracketedQuery() {
@@ -94,7 +107,7 @@ void Parser::queryEnding(Query& query) {
     if (atKeyword("FOR") && !atKeyword("UPDATE", 1) && !atKeyword("READ", 1)) {
         refuse("FOR " + peek(1).text);
     }
-    if (acceptKeyword("OPTION")) query.maxRecursion = queryHints();
+    query.maxRecursion = queryHints();
 }
 
 void Parser::rowLimits(Query& query) {
@@ -107,25 +120,6 @@ void Parser::rowLimits(Query& query) {
     query.fetch = value();
     if (!acceptKeyword("ROWS")) expectKeyword("ROW");
     expectKeyword("ONLY");
-}
-
-// How the server is to go about a query is its own business here, too; how deep it may recurse is
-// not.
-int Parser::queryHints() {
-    int maxRecursion = kMaxRecursion;
-    expectOperator("(");
-    do {
-        if (peek().kind != TokenKind::Word) unexpected();
-        if (atKeyword("MAXRECURSION")) {
-            maxRecursion = plain::readInt(peek(1).text).value_or(maxRecursion);
-        }
-        while (!atOperator(",") && !atOperator(")")) {
-            if (atEnd()) unexpected();
-            next();
-        }
-    } while (acceptOperator(","));
-    expectOperator(")");
-    return maxRecursion;
 }
 
 Select Parser::select() {
@@ -152,7 +146,9 @@ void Parser::selectTail(Select& select) {
 TopClause Parser::topClause() {
     TopClause result;
     expectKeyword("TOP");
-    if (acceptOperator("(")) {
+    if (atQuery()) {
+        result.count = bracketed(Place::Value);
+    } else if (acceptOperator("(")) {
         result.count = value();
         expectOperator(")");
     } else if (peek().kind == TokenKind::Integer) {

@@ -52,11 +52,13 @@ bool Parser::joinKind(JoinKind& kind) {
     for (const auto& [word, outer] : kOuter) {
         if (!acceptKeyword(word)) continue;
         acceptKeyword("OUTER");
+        joinHint();
         expectKeyword("JOIN");
         kind = outer;
         return true;
     }
     if (acceptKeyword("INNER")) {
+        joinHint();
         expectKeyword("JOIN");
         return true;
     }
@@ -71,27 +73,10 @@ TableSourcePtr Parser::sourcePrimary() {
     return namedSource();
 }
 
-// "((SELECT 1 AS a) UNION SELECT 2)" is a query, "((SELECT 1 AS a) AS x JOIN t ON 1=1)" a joined
-// source in brackets: what follows the inner brackets tells.
-bool Parser::queryFillsBrackets() const {
-    if (!atQuery()) return false;
-    if (!atOperator("(", 1)) return true;
-    std::size_t ahead = 1;
-    int open = 0;
-    do {
-        if (peek(ahead).kind == TokenKind::End) return true;
-        if (atOperator("(", ahead)) ++open;
-        if (atOperator(")", ahead)) --open;
-        ++ahead;
-    } while (open > 0);
-    return atOperator(")", ahead) || atKeyword("UNION", ahead) || atKeyword("EXCEPT", ahead) ||
-           atKeyword("INTERSECT", ahead) || atKeyword("ORDER", ahead);
-}
-
 TableSourcePtr Parser::bracketedSource() {
     const Level level(*this);
     const int line = peek().line;
-    if (!queryFillsBrackets()) {
+    if (!atQuery()) {
         if (atKeyword("VALUES", 1)) {
             DerivedTable rows;
             rows.query = valuesQuery();
@@ -138,10 +123,11 @@ QueryPtr Parser::valuesQuery() {
 TableSourcePtr Parser::namedSource() {
     const int line = peek().line;
     NamedTable table{tableName(), ""};
-    if (atOperator("(") && !atKeyword("NOLOCK", 1)) refuse("table function " + table.name.text());
-    tableHints();
+    if (atOperator("(") && !atTableHint(1)) refuse("table function " + table.name.text());
+    tableHints(HintsStand::Anywhere);
     table.alias = optionalTableAlias();
-    tableHints();
+    // HOLDLOCK alone is how the first servers wrote it.
+    if (!acceptKeyword("HOLDLOCK")) tableHints(HintsStand::Anywhere);
     refuseKeyword("PIVOT", "PIVOT");
     refuseKeyword("UNPIVOT", "UNPIVOT");
     refuseKeyword("TABLESAMPLE", "TABLESAMPLE");
@@ -151,29 +137,6 @@ TableSourcePtr Parser::namedSource() {
 std::string Parser::optionalTableAlias() {
     if (acceptKeyword("AS")) return name();
     return atName() ? name() : std::string();
-}
-
-// WITH (NOLOCK), (NOLOCK): locking is the database's own business here, so hints are read and have
-// no effect.
-void Parser::tableHints() {
-    static constexpr std::array kHints{
-        "NOLOCK",        "READUNCOMMITTED", "UPDLOCK",  "REPEATABLEREAD", "SERIALIZABLE",
-        "READCOMMITTED", "TABLOCK",         "TABLOCKX", "PAGLOCK",        "ROWLOCK",
-        "NOWAIT",        "READPAST",        "XLOCK",    "HOLDLOCK",       "READCOMMITTEDLOCK"};
-    const bool with = atKeyword("WITH") && atOperator("(", 1);
-    if (with) {
-        next();
-    } else if (!atOperator("(") || !atKeyword("NOLOCK", 1)) {
-        return;
-    }
-    expectOperator("(");
-    do {
-        const bool known = std::any_of(kHints.begin(), kHints.end(),
-                                       [this](const char* hint) { return atKeyword(hint); });
-        if (!known) refuse("table hint " + peek().text);
-        next();
-    } while (acceptOperator(",") || !atOperator(")"));
-    expectOperator(")");
 }
 
 }  // namespace kap::tsql

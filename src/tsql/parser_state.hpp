@@ -1,6 +1,7 @@
 #pragma once
 
 #include <algorithm>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -17,7 +18,8 @@ namespace kap::tsql {
 /// parser.cpp the tokens, parser_expressions.cpp, parser_predicates.cpp, parser_queries.cpp,
 /// parser_sources.cpp, parser_data.cpp, parser_tables.cpp, parser_definitions.cpp,
 /// parser_modules.cpp, parser_types.cpp, parser_flow.cpp, parser_settings.cpp, parser_calls.cpp,
-/// parser_scripts.cpp, parser_merge.cpp, parser_groups.cpp.
+/// parser_scripts.cpp, parser_merge.cpp, parser_groups.cpp, parser_windows.cpp,
+/// parser_hints.cpp.
 class Parser {
 public:
     Parser(std::string_view source, std::vector<Token> tokens, const ParseOptions& options)
@@ -113,8 +115,6 @@ private:
     ExpressionPtr wordExpression();
     ExpressionPtr nameOrCall();
     ExpressionPtr call(ObjectName name);
-    Window window();
-    std::string windowFrame();
     void collation();
     ExpressionPtr caseExpression();
     ExpressionPtr identityCall();
@@ -124,6 +124,7 @@ private:
     ExpressionPtr chooseCall();
     ExpressionPtr convertCall();
     std::vector<ExpressionPtr> valueList();
+    std::vector<ExpressionPtr> functionArguments();
 
     // Predicates.
     [[noreturn]] void outerJoinOperator() const;
@@ -145,7 +146,6 @@ private:
     std::vector<CommonTable> commonTables();
     void queryEnding(Query& query);
     void rowLimits(Query& query);
-    int queryHints();
     Select select();
     TopClause topClause();
     SelectItem selectItem();
@@ -164,13 +164,32 @@ private:
     std::vector<TableSourcePtr> fromClause();
     TableSourcePtr joinedSource();
     TableSourcePtr sourcePrimary();
-    [[nodiscard]] bool queryFillsBrackets() const;
     TableSourcePtr bracketedSource();
     QueryPtr valuesQuery();
     TableSourcePtr namedSource();
     bool joinKind(JoinKind& kind);
     std::string optionalTableAlias();
-    void tableHints();
+
+    // Windows. The places of a frame's edges, in their order.
+    enum class FramePlace { Start, Before, Current, Behind, End };
+    struct FrameEdge {
+        FramePlace place;
+        std::string text;
+    };
+    Window window();
+    std::string windowFrame();
+    FrameEdge frameEdge();
+
+    // Hints.
+    enum class HintsStand { Anywhere, BehindWith };
+    [[nodiscard]] bool atTableHint(std::size_t ahead = 0) const;
+    void tableHints(HintsStand stand);
+    void tableHint();
+    void joinHint();
+    int queryHints();
+    std::optional<int> queryHint();
+    int recursionLimit();
+    void skipBrackets();
 
     // Data statements.
     InsertStatement insertStatement();
@@ -197,6 +216,7 @@ private:
     Statement::Node createTable();
     void tableBody(TableElements& table);
     void fileGroup();
+    void tableOptions();
     void tableElement(TableElements& table);
     bool atTableConstraint() const;
     void tableConstraint(TableElements& table);

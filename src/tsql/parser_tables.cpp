@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <array>
 #include <utility>
 
@@ -11,7 +12,7 @@ Statement::Node Parser::createTable() {
     CreateTableStatement result;
     result.table = objectName();
     tableBody(result);
-    fileGroup();
+    tableOptions();
     return result;
 }
 
@@ -25,11 +26,40 @@ void Parser::tableBody(TableElements& table) {
     expectOperator(")");
 }
 
-// ON [PRIMARY]: there is one place to store rows, so its name has no effect.
+// ON [PRIMARY], ON scheme (column): there is one place to store rows, so its name has no effect.
 void Parser::fileGroup() {
-    while (acceptKeyword("ON") || acceptKeyword("TEXTIMAGE_ON")) {
-        if (!acceptKeyword("PRIMARY")) name();
+    while (acceptKeyword("ON") || acceptKeyword("TEXTIMAGE_ON") || acceptKeyword("FILESTREAM_ON")) {
+        if (peek().kind == TokenKind::Text) {
+            next();  // "default"
+        } else if (!acceptKeyword("PRIMARY")) {
+            name();
+        }
+        if (atOperator("(")) nameList();
     }
+}
+
+// Behind the columns of a table: where it lies and how it is packed is not the schema's choice
+// here, what it keeps beside its rows cannot be left out unseen.
+void Parser::tableOptions() {
+    static constexpr std::array kWithoutEffect{"DATA_COMPRESSION", "XML_COMPRESSION",
+                                               "MEMORY_OPTIMIZED", "DURABILITY"};
+    fileGroup();
+    if (!acceptKeyword("WITH")) return;
+    expectOperator("(");
+    do {
+        const bool known = std::ranges::any_of(
+            kWithoutEffect, [this](const char* option) { return atKeyword(option); });
+        if (!known && atName()) refuse("table option " + peek().text);
+        name();
+        expectOperator("=");
+        if (!acceptKeyword("ON") && !acceptKeyword("OFF")) name();
+        if (acceptKeyword("ON")) {
+            expectKeyword("PARTITIONS");
+            skipBrackets();
+        }
+    } while (acceptOperator(","));
+    expectOperator(")");
+    fileGroup();
 }
 
 bool Parser::atTableConstraint() const {
@@ -129,8 +159,10 @@ ForeignKey Parser::foreignKey(std::string name) {
         if (!deletes) next();
         (deletes ? key.onDelete : key.onUpdate) = referenceAction();
     }
-    if (acceptKeyword("NOT")) {
-        expectKeyword("FOR");
+    // NOT NULL may follow, which is the column's.
+    if (atKeyword("NOT") && atKeyword("FOR", 1)) {
+        next();
+        next();
         expectKeyword("REPLICATION");
     }
     return key;

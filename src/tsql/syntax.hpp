@@ -168,6 +168,9 @@ struct FunctionCall {
     std::vector<OrderItem> within = {};  ///< of WITHIN GROUP (ORDER BY ...)
 };
 
+/// DEFAULT as an argument of a stored function: the value that the function has for the parameter.
+struct DefaultArgument {};
+
 struct ScalarSubquery {
     QueryPtr query;
 };
@@ -177,7 +180,7 @@ struct Expression {
         std::variant<Literal, ColumnReference, VariableReference, UnaryExpression, BinaryExpression,
                      Comparison, LogicalExpression, BetweenPredicate, QuantifiedComparison,
                      InPredicate, LikePredicate, NullPredicate, ExistsPredicate, CurrentOfPredicate,
-                     CaseExpression, CastExpression, FunctionCall, ScalarSubquery>;
+                     CaseExpression, CastExpression, FunctionCall, DefaultArgument, ScalarSubquery>;
     Node node;
     int line = 1;
     int depth = 1;  ///< levels of operators below, kept within the parser's limit

@@ -39,6 +39,25 @@ TEST(ParserDefinitions, ReadsEveryColumnOption) {
               "(primary a) (unique u: d))");
 }
 
+TEST(ParserDefinitions, ReadsOptionsOfAColumnInAnyOrder) {
+    EXPECT_EQ(parsed("CREATE TABLE u (a int REFERENCES t(a) NOT NULL)"),
+              parsed("CREATE TABLE u (a int NOT NULL REFERENCES t(a))"));
+    EXPECT_EQ(parsed("CREATE TABLE u (a int REFERENCES t(a) ON DELETE CASCADE NOT FOR REPLICATION "
+                     "NOT NULL CHECK NOT FOR REPLICATION (a > 0) DEFAULT 1)"),
+              parsed("CREATE TABLE u (a int DEFAULT 1 NOT NULL CHECK (a > 0) REFERENCES t(a) ON "
+                     "DELETE CASCADE)"));
+    EXPECT_EQ(parsed("CREATE TABLE u (a int CHECK (a > 0) NOT NULL UNIQUE DEFAULT 0)"),
+              parsed("CREATE TABLE u (a int UNIQUE DEFAULT 0 NOT NULL CHECK (a > 0))"));
+}
+
+TEST(ParserDefinitions, ReadsWhereATableLies) {
+    EXPECT_EQ(parsed("CREATE TABLE t (a int) WITH (DATA_COMPRESSION = PAGE)"),
+              parsed("CREATE TABLE t (a int)"));
+    EXPECT_EQ(parsed("CREATE TABLE t (a int) ON ps (a) TEXTIMAGE_ON [PRIMARY] WITH "
+                     "(DATA_COMPRESSION = ROW ON PARTITIONS (1, 2), MEMORY_OPTIMIZED = ON)"),
+              parsed("CREATE TABLE t (a int)"));
+}
+
 TEST(ParserDefinitions, ReadsTableKeys) {
     EXPECT_EQ(parsed("CREATE TABLE t (a int, b int, CONSTRAINT pk PRIMARY KEY CLUSTERED (a ASC, b "
                      "DESC) ON [PRIMARY], UNIQUE (b),) ON [PRIMARY]"),

@@ -52,6 +52,81 @@ TEST(ParserQueries, ReadsAliasesAndHints) {
               "(select 1 (from (as dbo.t x) (as u y) v w))");
 }
 
+TEST(ParserQueries, ReadsHintsBehindAndWithoutWith) {
+    EXPECT_EQ(
+        parsed("SELECT 1 FROM a (UPDLOCK), b (HOLDLOCK) x, c y (TABLOCKX), d (ROWLOCK, "
+               "UPDLOCK), e (INDEX=1), f WITH (INDEX(1)), g (NOLOCK INDEX(i, j)), h HOLDLOCK, "
+               "i WITH (FORCESEEK(ix (a, b)), INDEX = (k))"),
+        "(select 1 (from a (as b x) (as c y) d e f g h i))");
+    EXPECT_EQ(parsed("INSERT t (rowlock) VALUES (1)"), "(insert t (columns rowlock) (row 1))");
+    EXPECT_EQ(parsed("UPDATE t WITH (ROWLOCK) SET a = 1 DELETE t (TABLOCK)"),
+              "(update t (set a 1))\n(delete t)");
+}
+
+TEST(ParserQueries, ReadsTheWaysToJoin) {
+    EXPECT_EQ(parsed("SELECT 1 FROM a INNER LOOP JOIN b ON 1=1 LEFT OUTER HASH JOIN c ON 2=2 FULL "
+                     "MERGE JOIN d ON 3=3 INNER REMOTE JOIN e ON 4=4"),
+              "(select 1 (from (join (full (left (join a b (= 1 1)) c (= 2 2)) d (= 3 3)) e (= 4 "
+              "4))))");
+}
+
+TEST(ParserQueries, TakesEveryHintOfAQuery) {
+    for (const char* hint : {"HASH GROUP",
+                             "ORDER GROUP",
+                             "CONCAT UNION",
+                             "HASH UNION",
+                             "MERGE UNION",
+                             "LOOP JOIN",
+                             "MERGE JOIN",
+                             "HASH JOIN",
+                             "DISABLE_OPTIMIZED_PLAN_FORCING",
+                             "EXPAND VIEWS",
+                             "FAST 10",
+                             "FORCE ORDER",
+                             "FORCE EXTERNALPUSHDOWN",
+                             "DISABLE EXTERNALPUSHDOWN",
+                             "FORCE SCALEOUTEXECUTION",
+                             "DISABLE SCALEOUTEXECUTION",
+                             "IGNORE_NONCLUSTERED_COLUMNSTORE_INDEX",
+                             "KEEP PLAN",
+                             "KEEPFIXED PLAN",
+                             "LABEL = 'x'",
+                             "MAX_GRANT_PERCENT = 10",
+                             "MIN_GRANT_PERCENT = 1",
+                             "MAXDOP 2",
+                             "MAXRECURSION 5",
+                             "NO_PERFORMANCE_SPOOL",
+                             "OPTIMIZE FOR UNKNOWN",
+                             "OPTIMIZE FOR (@a UNKNOWN, @b = 'x'), RECOMPILE",
+                             "PARAMETERIZATION SIMPLE",
+                             "PARAMETERIZATION FORCED",
+                             "QUERYTRACEON 4199",
+                             "RECOMPILE",
+                             "ROBUST PLAN",
+                             "TABLE HINT (t, INDEX (i), FORCESEEK)",
+                             "USE HINT ('a', 'b')",
+                             "USE PLAN N'<x/>'"}) {
+        const std::string option = std::string(" OPTION (") + hint + ")";
+        EXPECT_EQ(parsed("SELECT a FROM t" + option), "(select a (from t))") << hint;
+        EXPECT_EQ(parsed("DELETE t" + option + " INSERT t VALUES (1)" + option),
+                  "(delete t)\n(insert t (row 1))")
+            << hint;
+    }
+}
+
+TEST(ParserQueries, TellsAValueInBracketsFromAQuery) {
+    EXPECT_EQ(parsed("SELECT ((SELECT 2) * 3), (((SELECT 1)) + 1)"),
+              "(select (* (select 2) 3) (+ (query (select 1)) 1))");
+    EXPECT_EQ(parsed("SELECT 1 FROM t WHERE ((SELECT COUNT(*) FROM u) > 0)"),
+              "(select 1 (from t) (where (> (select (COUNT *) (from u)) 0)))");
+    EXPECT_EQ(parsed("SELECT 1 FROM t WHERE a IN ((SELECT 2), (SELECT 3)) OR a IN ((SELECT 4))"),
+              "(select 1 (from t) (where (or (in a (list (select 2) (select 3))) (in a (query "
+              "(select 4))))))");
+    EXPECT_EQ(parsed("SELECT TOP (SELECT 1) a, (SELECT 2) FROM t"),
+              "(select (top (select 1)) a (select 2) (from t))");
+    EXPECT_EQ(parsed("DELETE TOP ((SELECT 1) + 1) FROM t"), "(delete (top (+ (select 1) 1)) t)");
+}
+
 TEST(ParserQueries, ReadsDerivedTables) {
     EXPECT_EQ(parsed("SELECT 1 FROM (SELECT a FROM t) AS d, (SELECT 1, 2) e (x, y)"),
               "(select 1 (from (as (select a (from t)) d) (as (select 1 2) e (columns x y))))");
@@ -192,8 +267,36 @@ INSTANTIATE_TEST_SUITE_P(
                          "Incorrect syntax near 'CUBE'."},
         StatementRefusal{"SELECT 1 FROM t CROSS APPLY f(1)", 40517, 1, REFUSED("APPLY")},
         StatementRefusal{"SELECT 1 FROM f(1)", 40517, 1, REFUSED("table function f")},
-        StatementRefusal{"SELECT 1 FROM t WITH (INDEX(1))", 40517, 1,
-                         REFUSED("table hint INDEX")}));
+        StatementRefusal{
+            "SELECT 1 FROM t WITH (NOLOCKS)", 321, 1,
+            "\"NOLOCKS\" is not a recognized table hints option. If it is intended as a "
+            "parameter to a table-valued function or to the CHANGETABLE function, ensure that "
+            "your database compatibility mode is set to 90."},
+        StatementRefusal{"SELECT 1 FROM t WITH (NOLOCK,)", 102, 1, "Incorrect syntax near ')'."},
+        StatementRefusal{"SELECT 1 FROM t OPTION (FASTER 1)", 102, 1,
+                         "Incorrect syntax near 'FASTER'."},
+        StatementRefusal{"SELECT 1 FROM t OPTION (MAXDOP)", 102, 1, "Incorrect syntax near ')'."},
+        StatementRefusal{
+            "SELECT 1 FROM t OPTION (MAXRECURSION 40000)", 310, 1,
+            "The value 40000 specified for the MAXRECURSION option exceeds the allowed maximum "
+            "of 32767."},
+        StatementRefusal{"DELETE TOP 2 FROM t", 102, 1, "Incorrect syntax near '2'."},
+        StatementRefusal{"INSERT TOP 2 INTO t SELECT 1", 102, 1, "Incorrect syntax near '2'."},
+        StatementRefusal{"MERGE TOP 1 t USING u ON 1 = 1 WHEN MATCHED THEN DELETE;", 102, 1,
+                         "Incorrect syntax near '1'."},
+        StatementRefusal{"SELECT f(1, DEFAULT)", 156, 1,
+                         "Incorrect syntax near the keyword 'DEFAULT'."},
+        StatementRefusal{"CREATE TABLE t (a int) WITH (SYSTEM_VERSIONING = ON)", 40517, 1,
+                         REFUSED("table option SYSTEM_VERSIONING")},
+        StatementRefusal{"SELECT SUM(a) OVER (ORDER BY a ROWS 1) FROM t", 102, 1,
+                         "Incorrect syntax near ')'."},
+        StatementRefusal{
+            "SELECT SUM(a) OVER (ORDER BY a RANGE 1 PRECEDING) FROM t", 4194, 1,
+            "RANGE is only supported with UNBOUNDED and CURRENT ROW window frame delimiters."},
+        StatementRefusal{
+            "SELECT SUM(a) OVER (ORDER BY a ROWS 1 FOLLOWING) FROM t", 4193, 1,
+            "'BETWEEN 1 FOLLOWING AND CURRENT ROW' is not a valid window frame and cannot be "
+            "used with the OVER clause."}));
 
 }  // namespace
 }  // namespace kap::tsql

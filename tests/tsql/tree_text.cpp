@@ -474,6 +474,7 @@ std::string treeText(const Expression& expression) {
                 if (e.over) parts.push_back(windowText(*e.over));
                 return node(e.name.text(), parts);
             },
+            [](const DefaultArgument&) { return std::string("DEFAULT"); },
             [](const ScalarSubquery& e) { return treeText(*e.query); },
         },
         expression.node);

@@ -15,6 +15,12 @@ bool contains(const std::vector<tsql::ExpressionPtr>& expressions) {
                        [](const tsql::ExpressionPtr& expression) { return contains(expression); });
 }
 
+bool inWindow(const tsql::Window& window) {
+    return contains(window.partitionBy) ||
+           std::any_of(window.orderBy.begin(), window.orderBy.end(),
+                       [](const tsql::OrderItem& item) { return contains(item.value); });
+}
+
 // Looks into every kind of expression but subqueries, whose aggregates are their own.
 struct Search {
     bool operator()(const tsql::Literal&) const { return false; }
@@ -22,6 +28,7 @@ struct Search {
     bool operator()(const tsql::VariableReference&) const { return false; }
     bool operator()(const tsql::ExistsPredicate&) const { return false; }
     bool operator()(const tsql::ScalarSubquery&) const { return false; }
+    bool operator()(const tsql::DefaultArgument&) const { return false; }
     bool operator()(const tsql::CurrentOfPredicate&) const { return false; }
     bool operator()(const tsql::UnaryExpression& e) const { return contains(e.operand); }
     bool operator()(const tsql::BinaryExpression& e) const {
@@ -53,7 +60,8 @@ struct Search {
         return contains(e.value) || contains(e.style);
     }
     bool operator()(const tsql::FunctionCall& e) const {
-        return (isAggregateName(e.name) && !e.over) || contains(e.arguments);
+        if (isAggregateName(e.name) && !e.over) return true;
+        return contains(e.arguments) || (e.over && inWindow(*e.over));
     }
 };
 
