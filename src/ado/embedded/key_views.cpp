@@ -14,16 +14,6 @@ using tsql::TypeSpec;
 
 constexpr TypeSpec kRule{SqlType::VarChar, 11};
 
-// The place of a column in its table, from 1; 0 when there is no such table.
-std::int64_t placeOf(const SchemaCatalogue& catalogue, const std::string& table,
-                     const std::string& column) {
-    const Table* found = catalogue.find(table);
-    if (found == nullptr) return 0;
-    const auto at = std::ranges::find_if(
-        found->columns, [&](const Column& each) { return sameName(each.name, column); });
-    return at == found->columns.end() ? 0 : at - found->columns.begin() + 1;
-}
-
 template <typename Add>
 void forForeignKeys(const SchemaCatalogue& catalogue, const Add& add) {
     for (const ConstraintInfo& key : catalogue.constraints()) {
@@ -48,9 +38,10 @@ SystemRows foreignKeyColumns(const SchemaCatalogue& catalogue, bool modern) {
         for (std::size_t i = 0; i < count; ++i) {
             view.rows.push_back(
                 {number(objectId(key.name)), number(static_cast<std::int64_t>(i) + 1),
-                 number(objectId(key.table)), number(placeOf(catalogue, key.table, key.columns[i])),
+                 number(objectId(key.table)),
+                 number(placeOfColumn(catalogue, key.table, key.columns[i])),
                  number(objectId(key.parent)),
-                 number(placeOf(catalogue, key.parent, key.parentColumns[i]))});
+                 number(placeOfColumn(catalogue, key.parent, key.parentColumns[i]))});
         }
     });
     return view;

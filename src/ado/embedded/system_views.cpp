@@ -104,24 +104,6 @@ SystemRows sysObjects(const SchemaCatalogue& catalogue, std::string_view types) 
     return view;
 }
 
-SystemRows sysForeignKeys(const SchemaCatalogue& catalogue) {
-    SystemRows view{{{"name", kName},
-                     {"object_id", kInt},
-                     {"parent_object_id", kInt},
-                     {"referenced_object_id", kInt},
-                     {"delete_referential_action_desc", kShort},
-                     {"update_referential_action_desc", kShort},
-                     {"is_disabled", kBit}},
-                    {}};
-    for (const ConstraintInfo& key : catalogue.constraints()) {
-        if (std::string_view(key.type) != "F ") continue;
-        view.rows.push_back({text(key.name), number(objectId(key.name)),
-                             number(objectId(key.table)), number(objectId(key.parent)),
-                             text(key.onDelete), text(key.onUpdate), flag(!key.enabled)});
-    }
-    return view;
-}
-
 SystemRows sysTriggers(const SchemaCatalogue& catalogue) {
     SystemRows view{
         {{"name", kName}, {"object_id", kInt}, {"parent_id", kInt}, {"is_disabled", kBit}}, {}};
@@ -245,36 +227,6 @@ SystemRows typeRows(const SchemaCatalogue& catalogue, bool modern) {
     return view;
 }
 
-SystemRows indexRows(const SchemaCatalogue& catalogue, bool modern) {
-    SystemRows view;
-    view.columns = modern
-                       ? std::vector<SystemRows::ColumnType>{{"object_id", kInt},
-                                                             {"name", kName},
-                                                             {"index_id", kInt},
-                                                             {"is_unique", kBit},
-                                                             {"is_primary_key", kBit},
-                                                             {"is_unique_constraint", kBit}}
-                       : std::vector<SystemRows::ColumnType>{
-                             {"id", kInt}, {"name", kName}, {"indid", kSmallInt}, {"status", kInt}};
-    constexpr std::int64_t kUnique = 2;
-    constexpr std::int64_t kPrimary = 2048;
-    std::string table;
-    std::int64_t ordinal = 0;
-    for (const IndexInfo& index : catalogue.keysAndIndexes()) {
-        ordinal = index.table == table ? ordinal + 1 : 1;
-        table = index.table;
-        const bool primary = index.key == "PK";
-        std::vector<Value> row{number(objectId(table)), text(index.name), number(ordinal)};
-        if (modern) {
-            row.insert(row.end(), {flag(index.unique), flag(primary), flag(index.key == "UQ")});
-        } else {
-            row.push_back(number((index.unique ? kUnique : 0) + (primary ? kPrimary : 0)));
-        }
-        view.rows.push_back(std::move(row));
-    }
-    return view;
-}
-
 // --- The database itself
 
 SystemRows databases(const SchemaCatalogue& catalogue, bool modern) {
@@ -302,7 +254,6 @@ SystemRows owners(bool modern) {
 constexpr auto kSystemViews = std::to_array<views::View>({
     {"", "sysobjects", sysobjects},
     {"", "syscolumns", [](const SchemaCatalogue& c) { return columnRows(c, false); }},
-    {"", "sysindexes", [](const SchemaCatalogue& c) { return indexRows(c, false); }},
     {"", "systypes", [](const SchemaCatalogue& c) { return typeRows(c, false); }},
     {"", "syscomments", [](const SchemaCatalogue& c) { return syscomments(c, false); }},
     {"", "sysdatabases", [](const SchemaCatalogue& c) { return databases(c, false); }},
@@ -311,13 +262,8 @@ constexpr auto kSystemViews = std::to_array<views::View>({
     {"sys", "tables", [](const SchemaCatalogue& c) { return sysObjects(c, "U "); }},
     {"sys", "views", [](const SchemaCatalogue& c) { return sysObjects(c, "V "); }},
     {"sys", "procedures", [](const SchemaCatalogue& c) { return sysObjects(c, "P "); }},
-    {"sys", "key_constraints", [](const SchemaCatalogue& c) { return sysObjects(c, "PK UQ"); }},
-    {"sys", "check_constraints", [](const SchemaCatalogue& c) { return sysObjects(c, "C "); }},
-    {"sys", "default_constraints", [](const SchemaCatalogue& c) { return sysObjects(c, "D "); }},
-    {"sys", "foreign_keys", sysForeignKeys},
     {"sys", "triggers", sysTriggers},
     {"sys", "columns", [](const SchemaCatalogue& c) { return columnRows(c, true); }},
-    {"sys", "indexes", [](const SchemaCatalogue& c) { return indexRows(c, true); }},
     {"sys", "types", [](const SchemaCatalogue& c) { return typeRows(c, true); }},
     {"sys", "sql_modules", [](const SchemaCatalogue& c) { return syscomments(c, true); }},
     {"sys", "databases", [](const SchemaCatalogue& c) { return databases(c, true); }},
@@ -334,8 +280,8 @@ std::optional<SystemRows> SchemaCatalogue::systemRows(const tsql::ObjectName& na
         name.parts.size() > 1 ? tsql::asciiLower(name.parts[name.parts.size() - 2]) : "";
     if (owner == "dbo" || owner == "master" || sameName(owner, databaseName_)) owner.clear();
     for (const std::span<const views::View> list :
-         {std::span<const views::View>(views::kSystemViews), views::keyViews(),
-          views::standardViews()}) {
+         {std::span<const views::View>(views::kSystemViews), views::keyViews(), views::indexViews(),
+          views::constraintViews(), views::standardViews()}) {
         if (auto rows = rowsOf(list, *this, owner, last)) return rows;
     }
     return std::nullopt;

@@ -1,5 +1,6 @@
 #include "ado/embedded/view_rows.hpp"
 
+#include <algorithm>
 #include <utility>
 
 namespace kap::ado::embedded::views {
@@ -25,6 +26,15 @@ std::int64_t scaleOf(const TypeSpec& type) {
     constexpr std::int64_t kDateTimeScale = 3;
     if (tsql::isMoney(type.type)) return kMoneyScale;
     return type.type == SqlType::DateTime ? kDateTimeScale : type.scale;
+}
+
+std::int64_t placeOfColumn(const SchemaCatalogue& catalogue, std::string_view table,
+                           std::string_view column) {
+    const Table* found = catalogue.find(table);
+    if (found == nullptr) return 0;
+    const auto at = std::ranges::find_if(
+        found->columns, [&](const Column& each) { return sameName(each.name, column); });
+    return at == found->columns.end() ? 0 : at - found->columns.begin() + 1;
 }
 
 std::optional<SystemRows> rowsOf(std::span<const View> list, const SchemaCatalogue& catalogue,

@@ -35,6 +35,10 @@ inline Value text(std::string value) {
 [[nodiscard]] std::int64_t precisionOf(const tsql::TypeSpec& type);
 [[nodiscard]] std::int64_t scaleOf(const tsql::TypeSpec& type);
 
+// The place of a column in its table, from 1; 0 when there is no such table or column.
+[[nodiscard]] std::int64_t placeOfColumn(const SchemaCatalogue& catalogue, std::string_view table,
+                                         std::string_view column);
+
 struct View {
     std::string_view owner;  // in lower case; empty: the older ones, of dbo or nobody
     std::string_view name;
@@ -49,6 +53,8 @@ struct View {
 
 // The lists of the other rooms: keys and foreign keys, and the standard's INFORMATION_SCHEMA.
 [[nodiscard]] std::span<const View> keyViews();
+[[nodiscard]] std::span<const View> indexViews();
+[[nodiscard]] std::span<const View> constraintViews();
 [[nodiscard]] std::span<const View> standardViews();
 
 }  // namespace kap::ado::embedded::views
