@@ -15,6 +15,14 @@ const Column* Table::find(std::string_view column) const {
     return found == columns.end() ? nullptr : &*found;
 }
 
+std::vector<std::vector<std::string>> Catalogue::candidateKeys(const Table& table) const {
+    std::vector<std::vector<std::string>> keys(1);
+    for (const Column& column : table.columns) {
+        if (column.keyOrdinal > 0) keys.front().push_back(column.name);
+    }
+    return keys;
+}
+
 // Letters beyond A-Z are looked at only where there are any.
 bool sameName(std::string_view left, std::string_view right) {
     if (tsql::equalsIgnoringCase(left, right)) return true;

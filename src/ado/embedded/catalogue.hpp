@@ -61,12 +61,22 @@ struct View {
 /// A stored scalar function.
 struct Function {
     struct Parameter {
+        std::string name;
         tsql::TypeSpec type;
-        bool hasDefault = false;
+        /// What DEFAULT stands for; null without a default.
+        std::shared_ptr<const tsql::Expression> defaultValue;
     };
     std::string name;
     std::vector<Parameter> parameters;
     tsql::TypeSpec returns;
+};
+
+/// A foreign key, as far as it changes rows by itself.
+struct Reference {
+    std::string table;
+    std::string parent;
+    tsql::ReferenceAction onDelete = tsql::ReferenceAction::None;
+    tsql::ReferenceAction onUpdate = tsql::ReferenceAction::None;
 };
 
 /// The rows of a view that describes the database itself.
@@ -95,6 +105,11 @@ public:
     [[nodiscard]] virtual const Function* findFunction(std::string_view /*name*/) const {
         return nullptr;
     }
+    /// The columns of each key of a table that foreign keys can refer to.
+    [[nodiscard]] virtual std::vector<std::vector<std::string>> candidateKeys(
+        const Table& table) const;
+    /// The foreign keys of the file's tables.
+    [[nodiscard]] virtual std::vector<Reference> references() const { return {}; }
     /// The rows of sysobjects, INFORMATION_SCHEMA.TABLES...; absent when there is no such view.
     [[nodiscard]] virtual std::optional<SystemRows> systemRows(
         const tsql::ObjectName& /*name*/) const {

@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <iterator>
+#include <optional>
 #include <utility>
 
 #include "ado/embedded/definition_tokens.hpp"
@@ -103,6 +104,74 @@ std::vector<ConstraintInfo> SchemaCatalogue::constraints() const {
             continue;
         }
         result.push_back(std::move(info));
+    }
+    return result;
+}
+
+// The primary key, and what is unique over columns and all rows.
+std::vector<std::vector<std::string>> SchemaCatalogue::candidateKeys(const Table& table) const {
+    std::vector<std::vector<std::string>> keys = Catalogue::candidateKeys(table);
+    PreparedStatement rows(database_.handle(),
+                           "SELECT l.name, i.name FROM pragma_index_list(?1, 'main') AS l, "
+                           "pragma_index_info(l.name, 'main') AS i WHERE l.\"unique\" AND NOT "
+                           "l.partial ORDER BY l.seq, i.seqno");
+    rows.bind(1, std::string_view(table.name));
+    std::string index;
+    while (rows.step()) {
+        if (rows.text(0) != index) keys.emplace_back();
+        index = rows.text(0);
+        keys.back().push_back(rows.text(1));
+    }
+    return keys;
+}
+
+std::optional<ConstraintInfo> SchemaCatalogue::servedBy(
+    const Table& table, const std::vector<std::string>& columns) const {
+    const auto fits = [&](const std::vector<std::string>& others) {
+        return std::ranges::is_permutation(others, columns, sameName);
+    };
+    // The primary key stands twice among them: as such and as an index.
+    std::size_t alike = 0;
+    for (const std::vector<std::string>& key : candidateKeys(table)) {
+        if (fits(key)) ++alike;
+    }
+    const bool primary = fits(Catalogue::candidateKeys(table).front());
+    if (alike > (primary ? 2U : 1U)) return std::nullopt;
+    for (const ConstraintInfo& key : constraints()) {
+        const bool refers = std::string_view(key.type) == "F " && sameName(key.parent, table.name);
+        if (refers && fits(key.parentColumns)) return key;
+    }
+    return std::nullopt;
+}
+
+namespace {
+
+tsql::ReferenceAction actionNamed(const std::string& name) {
+    if (name == "CASCADE") return tsql::ReferenceAction::Cascade;
+    if (name == "SET NULL") return tsql::ReferenceAction::SetNull;
+    if (name == "SET DEFAULT") return tsql::ReferenceAction::SetDefault;
+    return tsql::ReferenceAction::None;
+}
+
+}  // namespace
+
+std::vector<Reference> SchemaCatalogue::references() const {
+    std::vector<Reference> result;
+    PreparedStatement rows(database_.handle(),
+                           "SELECT m.name, f.\"table\", f.on_delete, f.on_update FROM "
+                           "main.sqlite_schema AS m, pragma_foreign_key_list(m.name, 'main') AS f "
+                           "WHERE m.type = 'table' AND f.seq = 0");
+    while (rows.step()) {
+        result.push_back(
+            {rows.text(0), rows.text(1), actionNamed(rows.text(2)), actionNamed(rows.text(3))});
+    }
+    // Those that are switched off come back as they were.
+    for (const StoredObject& object : objects()) {
+        if (object.kind != StoredKind::DisabledConstraint) continue;
+        const ConstraintInfo info = ofText(object.parent, object.name, object.text);
+        if (std::string_view(info.type) != "F ") continue;
+        result.push_back(
+            {info.table, info.parent, actionNamed(info.onDelete), actionNamed(info.onUpdate)});
     }
     return result;
 }

@@ -7,6 +7,7 @@
 
 #include "ado/embedded/functions/text_units.hpp"
 #include "ado/embedded/functions/value.hpp"
+#include "ado/embedded/table_text.hpp"
 #include "tsql/parser.hpp"
 #include "tsql/server_error.hpp"
 #include "tsql/text.hpp"
@@ -167,6 +168,7 @@ std::unique_ptr<Table> SchemaCatalogue::read(const Entry& entry) const {
             table->columns.push_back(readColumn(rows, record));
         }
     }
+    addDefinitions(*table);
     addLaterKey(*table);
     if (!entry.temporary) {
         for (const auto& trigger : triggersOf(table->name)) {
@@ -174,6 +176,27 @@ std::unique_ptr<Table> SchemaCatalogue::read(const Entry& entry) const {
         }
     }
     return table;
+}
+
+// What columns are computed from stands in the table's text only.
+void SchemaCatalogue::addDefinitions(Table& table) const {
+    if (std::ranges::none_of(table.columns, &Column::computed)) {
+        return;
+    }
+    PreparedStatement look(database_.handle(),
+                           std::string("SELECT sql FROM ") + (table.temporary ? "temp" : "main") +
+                               ".sqlite_schema WHERE type = 'table' AND name = ?1");
+    look.bind(1, std::string_view(table.name));
+    if (!look.step()) {
+        return;
+    }
+    TableText text(look.text(0));
+    for (Column& column : table.columns) {
+        const auto* element = column.computed ? text.column(column.name) : nullptr;
+        if (element != nullptr) {
+            column.defaultSql = computedTextOf(element->text);
+        }
+    }
 }
 
 // A primary key that was added to a table later is an index of its own.
@@ -248,7 +271,9 @@ const Function* SchemaCatalogue::findFunction(std::string_view name) const {
         function.name = module->object.name;
         function.returns = module->definition.returns;
         for (const tsql::ParameterDefinition& parameter : module->definition.parameters) {
-            function.parameters.push_back({parameter.type, parameter.defaultValue != nullptr});
+            // The module lives as long as whoever holds one of its defaults.
+            function.parameters.push_back(
+                {parameter.name, parameter.type, {module, parameter.defaultValue.get()}});
         }
     }
     return &found->second;

@@ -77,6 +77,13 @@ public:
     // How scripts are to be read here.
     [[nodiscard]] tsql::ParseOptions parseOptions(bool quotedNames) const;
 
+    [[nodiscard]] std::vector<std::vector<std::string>> candidateKeys(
+        const Table& table) const override;
+    [[nodiscard]] std::vector<Reference> references() const override;
+    // The foreign key that a key of a table with these columns serves, when no other key would do.
+    [[nodiscard]] std::optional<ConstraintInfo> servedBy(
+        const Table& table, const std::vector<std::string>& columns) const;
+
     // The constraints and keys of the file's tables, switched on or off.
     [[nodiscard]] std::vector<ConstraintInfo> constraints() const;
     // The indexes that were made by CREATE INDEX.
@@ -111,6 +118,7 @@ private:
     void readNames() const;
     void readNames(const char* sql, bool temporary) const;
     [[nodiscard]] std::unique_ptr<Table> read(const Entry& entry) const;
+    void addDefinitions(Table& table) const;
     void addLaterKey(Table& table) const;
     [[nodiscard]] std::shared_ptr<const Module> parsed(const StoredObject& object) const;
     [[nodiscard]] const StoredObject* findObject(StoredKind kind, std::string_view name) const;

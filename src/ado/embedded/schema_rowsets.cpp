@@ -95,13 +95,14 @@ void addColumns(SchemaRows& rows, const SchemaCatalogue& catalogue) {
         std::int64_t ordinal = 0;
         for (const Column& column : table->columns) {
             const ColumnInfo info = typeInfo(column.type);
+            const std::string given = column.computed ? "" : column.defaultSql.value_or("");
             std::vector<SchemaRows::Cell> cells = {
                 {"TABLE_SCHEMA", kOwner},
                 {"TABLE_NAME", table->name},
                 {"COLUMN_NAME", column.name},
                 {"ORDINAL_POSITION", whole(++ordinal)},
-                {"COLUMN_HASDEFAULT", boolean(column.defaultSql.has_value())},
-                {"COLUMN_DEFAULT", textOrNull(column.defaultSql.value_or(""))},
+                {"COLUMN_HASDEFAULT", boolean(!given.empty())},
+                {"COLUMN_DEFAULT", textOrNull(given)},
                 {"COLUMN_FLAGS", whole(flagsOf(info, column))},
                 {"IS_NULLABLE", boolean(column.nullable)},
                 {"DATA_TYPE", whole(static_cast<std::int64_t>(generalType(info.type)))}};

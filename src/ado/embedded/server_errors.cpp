@@ -7,6 +7,7 @@
 
 #include <kaputil/ado/error_numbers.hpp>
 
+#include "ado/embedded/sqlite_refusals.hpp"
 #include "tsql/text.hpp"
 
 namespace kap::ado::embedded {
@@ -25,7 +26,6 @@ constexpr int kUniqueKey = 2627;
 constexpr int kReadOnly = 3906;
 constexpr int kCannotOpen = 4060;
 constexpr int kOutOfMemory = 701;
-constexpr int kTooComplex = 8623;
 
 struct Mapping {
     int native;
@@ -272,9 +272,7 @@ ServerError serverError(const SqliteError& error, const DatabasePlace& place,
             return {245, "Conversion failed when converting a value to the type of its column.", 0,
                     16, 1};
         default:
-            return {kTooComplex,
-                    "The database could not run the statement: " + std::string(error.what()) + ".",
-                    0, 16, 1};
+            return refusedBySqlite(error.what());
     }
 }
 

@@ -4,6 +4,7 @@
 
 #include "ado/embedded/definition_tokens.hpp"
 #include "ado/embedded/translate/statements.hpp"
+#include "tsql/parser.hpp"
 #include "tsql/server_error.hpp"
 #include "tsql/text.hpp"
 
@@ -265,6 +266,7 @@ bool TableChanger::dropLaterKey(const Table& table, const std::string& name) {
             object.kind == StoredKind::PrimaryKey || object.kind == StoredKind::UniqueKey;
         if (!key || !sameName(object.parent, table.name) || !sameName(object.name, name)) continue;
         const StoredObject found = object;
+        refuseServing(table, found.name, tsql::parseNames(found.text));
         const std::string index = indexName(table, found.name);
         run("DROP INDEX main." + sqlName(index));
         run("DROP INDEX IF EXISTS main." + sqlName(index + " (nulls)"));
@@ -274,18 +276,25 @@ bool TableChanger::dropLaterKey(const Table& table, const std::string& name) {
     return false;
 }
 
+// A key that foreign keys refer to stays as long as they do.
+void TableChanger::refuseServing(const Table& table, const std::string& key,
+                                 const std::vector<std::string>& columns) const {
+    const auto foreign = catalogue_.servedBy(table, columns);
+    if (!foreign) return;
+    throw ServerError(3725, "The constraint '" + key + "' is being referenced by table '" +
+                                foreign->table + "', foreign key constraint '" + foreign->name +
+                                "'.");
+}
+
 // A key that was made with its table has an index that SQLite drops with nothing but the table: the
 // rows go into a new one.
 void TableChanger::dropFirstKey(const Table& table, TableText& text,
                                 const TableText::Element& key) {
     if (table.temporary) throw tsql::unsupported("dropping a key of a temporary table", 0);
-    if (hasRows("SELECT 1 FROM main.sqlite_schema AS m, pragma_foreign_key_list(m.name, 'main') AS "
-                "f WHERE m.type = 'table' AND f.\"table\" = " +
-                sqlText(table.name) + " COLLATE NOCASE")) {
-        throw ServerError(3725, "The constraint '" + key.name +
-                                    "' is being referenced by table constraints: a foreign key "
-                                    "refers to table '" +
-                                    table.name + "'.");
+    for (const ConstraintInfo& each : catalogue_.constraints()) {
+        if (sameName(each.table, table.name) && sameName(each.name, key.name)) {
+            refuseServing(table, each.name, each.columns);
+        }
     }
     const std::string nulls = indexName(table, key.name) + " (nulls)";
     text.remove(&key);

@@ -59,6 +59,8 @@ private:
     [[nodiscard]] std::string dependentOn(const Table& table, const Column& column) const;
     void dropConstraints(const Table& table, const tsql::AlterTableStatement& statement, int line);
     [[nodiscard]] bool dropLaterKey(const Table& table, const std::string& name);
+    void refuseServing(const Table& table, const std::string& key,
+                       const std::vector<std::string>& columns) const;
     void dropFirstKey(const Table& table, TableText& text, const TableText::Element& key);
     void switchConstraints(const Table& table, const tsql::AlterTableStatement& statement,
                            int line);

@@ -115,4 +115,20 @@ std::string defaultNameOf(const std::string& column) {
     return first != 0 && isWord(tokens[first], "CONSTRAINT") ? tokens[first + 1].text : "";
 }
 
+std::optional<std::string> computedTextOf(const std::string& column) {
+    const std::vector<Token> tokens = tokensOf(column);
+    for (std::size_t i = 1; i + 1 < tokens.size(); ++i) {
+        if (!isWord(tokens[i], "AS") || !isSign(tokens[i + 1], "(")) continue;
+        int open = 0;
+        for (std::size_t end = i + 1; end < tokens.size(); ++end) {
+            if (isSign(tokens[end], "(")) ++open;
+            if (isSign(tokens[end], ")")) --open;
+            if (open > 0) continue;
+            const std::size_t first = tokens[i + 1].end;
+            return column.substr(first, tokens[end].start - first);
+        }
+    }
+    return std::nullopt;
+}
+
 }  // namespace kap::ado::embedded

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -39,6 +40,9 @@ private:
 // The name and the column of "CONSTRAINT name DEFAULT (...)" within a column's text are cut out of
 // it: what is left, or the same text when there is no such default.
 [[nodiscard]] std::string withoutDefault(const std::string& column);
+
+// What stands between the brackets of a column's "GENERATED ALWAYS AS (...)"; nothing without that.
+[[nodiscard]] std::optional<std::string> computedTextOf(const std::string& column);
 
 // "CONSTRAINT name CHECK (...)" as an element of a table's text.
 [[nodiscard]] TableText::Element constraintElement(const std::string& text);

@@ -10,13 +10,14 @@
 #include "ado/embedded/object_ids.hpp"
 #include "ado/embedded/script/function_arguments.hpp"
 #include "ado/embedded/server_identity.hpp"
+#include "ado/embedded/translate/system_values.hpp"
 #include "tsql/server_error.hpp"
 #include "tsql/text.hpp"
 
 namespace kap::ado::embedded {
 namespace {
 
-constexpr std::size_t kFunctions = 7;
+constexpr std::size_t kFunctions = 9;
 
 Value valueOf(sqlite3_value* value) {
     switch (sqlite3_value_type(value)) {
@@ -76,13 +77,16 @@ SessionFunctions::SessionFunctions(Connection& connection, SchemaCatalogue& cata
     provide("kap_assign", 2, &SessionFunctions::assign);
     provide("kap_first", 2, &SessionFunctions::first);
     provide("kap_call", -1, &SessionFunctions::call);
+    provide(kColumnSystemCall, -1, &SessionFunctions::system, true);
+    provide(kColumnStoredCall, -1, &SessionFunctions::call, true);
     provide("kap_capturing", 1, &SessionFunctions::capturing);
     provide("kap_current_row", -1, &SessionFunctions::currentRow);
 }
 
-void SessionFunctions::provide(const char* name, int count, Member member) {
+void SessionFunctions::provide(const char* name, int count, Member member, bool steady) {
     Entry& entry = entries_.emplace_back(Entry{this, member});
-    if (sqlite3_create_function_v2(connection_.handle(), name, count, SQLITE_UTF8, &entry,
+    const int flags = SQLITE_UTF8 | (steady ? SQLITE_DETERMINISTIC : 0);
+    if (sqlite3_create_function_v2(connection_.handle(), name, count, flags, &entry,
                                    &SessionFunctions::called, nullptr, nullptr,
                                    nullptr) != SQLITE_OK) {
         throw lastError(connection_.handle());

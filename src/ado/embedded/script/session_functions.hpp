@@ -32,7 +32,9 @@ private:
         Member member;
     };
 
-    void provide(const char* name, int count, Member member);
+    // Functions of one member: SQLite lets the definition of a computed column call those only that
+    // it believes to be `steady`.
+    void provide(const char* name, int count, Member member, bool steady = false);
     static void called(sqlite3_context* context, int count, sqlite3_value** values);
 
     [[nodiscard]] Value system(const Arguments& arguments);

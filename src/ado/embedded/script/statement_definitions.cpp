@@ -126,6 +126,7 @@ void StatementRunner::checkIndexes(const Translation& translation) const {
     if (translation.optional) return;
     for (const DroppedIndex& index : translation.dropsIndexes) {
         refuseKeyIndex(translation, index);
+        refuseServingIndex(translation, index);
         PreparedStatement look(connection_.handle(),
                                std::string("SELECT 1 FROM ") + (index.temporary ? "temp" : "main") +
                                    ".sqlite_schema WHERE type = 'index' AND name = ?1 COLLATE "
@@ -154,6 +155,22 @@ void StatementRunner::refuseKeyIndex(const Translation& translation,
                                     (type == "PK" ? "PRIMARY" : "UNIQUE") +
                                     " KEY constraint enforcement.",
                                 0, 16, 4);
+    }
+}
+
+// A unique index may be what a foreign key refers to.
+void StatementRunner::refuseServingIndex(const Translation& translation,
+                                         const DroppedIndex& index) const {
+    if (index.temporary) return;
+    const Table& table = tableOf(translation);
+    for (const IndexInfo& each : catalogue_.indexes()) {
+        const bool dropped =
+            sameName(each.table, table.name) && sameName(indexName(table, each.name), index.name);
+        if (!dropped || !each.unique || !catalogue_.servedBy(table, each.columns)) continue;
+        throw tsql::ServerError(3723,
+                                "An explicit DROP INDEX is not allowed on index '" + index.shown +
+                                    "'. It is being used for FOREIGN KEY constraint enforcement.",
+                                0, 16, 6);
     }
 }
 

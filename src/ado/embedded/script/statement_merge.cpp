@@ -78,7 +78,9 @@ void StatementRunner::merge(const Translation& made, const tsql::Statement& stat
         runText(made, sql);
     }
     if (!plan->limit.empty()) runText(made, plan->limit);
-    if (PreparedStatement(connection_.handle(), plan->repeated).step()) {
+    const bool repeated =
+        !plan->repeated.empty() && PreparedStatement(connection_.handle(), plan->repeated).step();
+    if (repeated) {
         throw tsql::ServerError(
             8672,
             "The MERGE statement attempted to UPDATE or DELETE the same row more than once. This "

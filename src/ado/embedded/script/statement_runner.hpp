@@ -130,6 +130,7 @@ private:
     void checkReferences(const Translation& translation, const tsql::Statement& statement) const;
     void checkIndexes(const Translation& translation) const;
     void refuseKeyIndex(const Translation& translation, const DroppedIndex& index) const;
+    void refuseServingIndex(const Translation& translation, const DroppedIndex& index) const;
     void noteTables(const Translation& translation);
     void continueIdentity(const Table& table);
 

@@ -83,6 +83,37 @@ void checkRecursiveTypes(const tsql::CommonTable& table, const std::vector<Outpu
     }
 }
 
+// What a recursion may do: SQLite would refuse it in words of its own.
+void checkRecursion(const std::string& table, const tsql::QueryTerm& term, bool grouped,
+                    int reads) {
+    const auto refuse = [&](int number, const std::string& text) {
+        throw ServerError(number, text + " '" + table + "'.", term.line);
+    };
+    const tsql::QueryTerm* inner = &term;
+    while (const auto* bracketed = std::get_if<tsql::QueryPtr>(&inner->node))
+        inner = &(*bracketed)->terms.front();
+    const auto& select = std::get<tsql::Select>(inner->node);
+    if (term.joinedBy != tsql::SetOperator::UnionAll) {
+        throw ServerError(252,
+                          "Recursive common table expression '" + table +
+                              "' does not contain a top-level UNION ALL operator.",
+                          term.line);
+    }
+    constexpr const char* kPart =
+        " allowed in the recursive part of a recursive common table "
+        "expression";
+    if (select.distinct) refuse(460, std::string("DISTINCT operator is not") + kPart);
+    if (select.top) refuse(461, std::string("The TOP or OFFSET operator is not") + kPart);
+    if (grouped) {
+        refuse(467, std::string("GROUP BY, HAVING, or aggregate functions are not") + kPart);
+    }
+    if (reads < 2) return;
+    throw ServerError(253,
+                      "Recursive member of a common table expression '" + table +
+                          "' has multiple recursive references.",
+                      term.line);
+}
+
 }  // namespace
 
 // A table that reads itself has the columns of its first term, so that is bound first, alone.
@@ -111,13 +142,29 @@ std::string Binder::commonTable(const tsql::CommonTable& table, Scope* outer) {
 // without end is found out.
 std::string Binder::recursiveTable(const tsql::CommonTable& table, CommonName own, Scope* outer) {
     const std::size_t mark = commonNames_.size();
+    own.recursiveAt = queryDepth_;
     commonNames_.push_back(std::move(own));
     const std::string level = numberedName(commonNames_[mark].columns.size());
     std::vector<BoundSelect> terms;
+    bool recursive = false;
     for (const tsql::QueryTerm& each : table.query->terms) {
         commonNames_[mark].readAs.clear();
+        commonNames_[mark].reads = 0;
+        const int windows = windowsBound_;
         terms.push_back(term(each, {}, outer));
         const std::string& readAs = commonNames_[mark].readAs;
+        if (!readAs.empty()) {
+            checkRecursion(table.name, each, terms.back().grouped, commonNames_[mark].reads);
+            if (windowsBound_ != windows) {
+                throw tsql::unsupported(
+                    "a windowed function in the recursive part of a common table expression",
+                    each.line);
+            }
+        } else if (recursive) {
+            throw tsql::unsupported("a term behind the recursive ones of a common table expression",
+                                    each.line);
+        }
+        recursive = recursive || !readAs.empty();
         const std::string sql = readAs.empty()
                                     ? "0"
                                     : callText("kap_deeper", sqlName(readAs) + "." + level,
@@ -168,6 +215,13 @@ std::string Binder::targetTable(const tsql::CommonTable& table, Scope* outer) {
 std::optional<BoundSource> Binder::targetSource(const tsql::ObjectName& target) const {
     if (commonTarget_.table == nullptr) return std::nullopt;
     return commonSource(*findCommon({{target.last()}, target.line}), target.last());
+}
+
+// The view that is written through stands under its own name alone.
+tsql::ObjectName Binder::commonNameOf(const tsql::ObjectName& name) const {
+    const bool written = name.parts.size() > 1 && isOwn(name) && !commonTarget_.view.empty() &&
+                         sameName(commonTarget_.view, name.last());
+    return written ? tsql::ObjectName{{name.last()}, name.line} : name;
 }
 
 // The innermost one of that name.

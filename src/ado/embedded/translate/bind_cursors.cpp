@@ -26,6 +26,7 @@ BoundQuery Binder::cursorQuery(const tsql::Query& query, std::vector<std::string
     if (!showsRows(query)) return this->query(query, nullptr, QueryPlace::Whole);
     if (!query.commonTables.empty()) limitRecursion(query.maxRecursion);
     const std::string with = commonTables(query.commonTables, nullptr);
+    const Replaced numbers(needsRowNumbers_, true);
     BoundSelect bound = term(query.terms.front(), query.orderBy, nullptr);
     bound.order = orderText(query.orderBy, bound);
     for (const Source& source : bound.scope->sources) {
@@ -33,17 +34,16 @@ BoundQuery Binder::cursorQuery(const tsql::Query& query, std::vector<std::string
         if (std::ranges::find(tables, source.table->name) != tables.end()) continue;
         tables.push_back(source.table->name);
         bound.items.push_back(
-            {"", Typed::expression(sqlName(source.name) + "." + rowNumberName(*source.table),
-                                   {tsql::SqlType::BigInt}, true)});
+            {"", Typed::expression(rowNumberOf(source), {tsql::SqlType::BigInt}, true)});
     }
     return {with + selectText(bound), std::move(bound.items)};
 }
 
 // The session knows where the cursor stands.
 std::string Binder::test(const tsql::CurrentOfPredicate& node, int line, Scope& scope) {
-    const auto target = std::ranges::find_if(
-        scope.sources, [](const Source& source) { return source.table != nullptr; });
-    if (target == scope.sources.end()) {
+    const Source* target =
+        scope.target < scope.sources.size() ? &scope.sources[scope.target] : nullptr;
+    if (target == nullptr || target->table == nullptr) {
         throw tsql::ServerError(16933,
                                 "The cursor does not include the table being modified or the "
                                 "table is not updatable through the cursor.",
@@ -52,8 +52,7 @@ std::string Binder::test(const tsql::CurrentOfPredicate& node, int line, Scope& 
     std::string arguments = sqlText(node.cursor) + ", " + sqlText(target->table->name);
     for (const std::string& column : node.columns)
         arguments += ", " + sqlText(column);
-    return sqlName(target->name) + "." + rowNumberName(*target->table) + " = " +
-           callText("kap_current_row", arguments);
+    return rowNumberOf(*target) + " = " + callText("kap_current_row", arguments);
 }
 
 }  // namespace kap::ado::embedded

@@ -153,6 +153,11 @@ Typed Binder::value(const tsql::Expression& expression, Scope& scope) {
                       expression.node);
 }
 
+Typed Binder::computedValue(const tsql::Expression& expression, Scope& scope) {
+    const Replaced definition(computedColumn_, true);
+    return value(expression, scope);
+}
+
 // After grouping an expression may stand that repeats one of GROUP BY, such as a + 1 or year(d).
 std::optional<Typed> Binder::groupedValue(const tsql::Expression& expression, Scope& scope) {
     if (!scope.groupTexts.empty()) return groupedOfSets(expression, scope);
@@ -177,7 +182,7 @@ Typed Binder::node(const tsql::ColumnReference& node, int /*line*/, Scope& scope
 }
 
 Typed Binder::node(const tsql::VariableReference& node, int line, Scope& /*scope*/) {
-    if (node.name.compare(0, 2, "@@") == 0) return systemVariable(node.name, line);
+    if (node.name.compare(0, 2, "@@") == 0) return systemVariable(node.name, systemCall(), line);
     const Variable* variable = names_.variable(node.name);
     if (variable == nullptr) {
         throw ServerError(137, "Must declare the scalar variable \"" + node.name + "\".", line, 15);

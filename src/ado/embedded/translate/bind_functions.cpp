@@ -2,6 +2,7 @@
 
 #include "ado/embedded/translate/binder.hpp"
 #include "ado/embedded/translate/function_table.hpp"
+#include "ado/embedded/translate/system_values.hpp"
 #include "ado/embedded/translate/type_rules.hpp"
 #include "tsql/server_error.hpp"
 #include "tsql/text.hpp"
@@ -143,10 +144,26 @@ Typed Binder::storedFunction(const FunctionCall& call, int line, Scope& scope) {
     readsOtherRows_ = true;
     std::string arguments = sqlText(function->name);
     for (std::size_t i = 0; i < call.arguments.size(); ++i) {
-        const Typed argument = value(*call.arguments[i], scope);
+        const Typed argument =
+            std::holds_alternative<tsql::DefaultArgument>(call.arguments[i]->node)
+                ? defaultArgument(*function, i, line)
+                : value(*call.arguments[i], scope);
         arguments += ", " + convertTo(argument, function->parameters[i].type, line).sql;
     }
-    return Typed::expression(callText("kap_call", arguments), function->returns, true);
+    return Typed::expression(callText(computedColumn_ ? kColumnStoredCall : "kap_call", arguments),
+                             function->returns, true);
+}
+
+Typed Binder::defaultArgument(const Function& function, std::size_t parameter, int line) {
+    const Function::Parameter& wanted = function.parameters[parameter];
+    if (wanted.defaultValue == nullptr) {
+        throw ServerError(201,
+                          "Procedure or function '" + function.name + "' expects parameter '" +
+                              wanted.name + "', which was not supplied.",
+                          line, 16, 3);
+    }
+    Scope constants;
+    return value(*wanted.defaultValue, constants);
 }
 
 bool isAggregateName(const tsql::ObjectName& name) {
@@ -178,7 +195,12 @@ Typed Binder::aggregate(const FunctionCall& call, int line, Scope& scope) {
         throw ServerError(174, "The " + name + " function requires 1 argument(s).", line, 15);
     }
     const Replaced inside(scope.insideAggregate, true);
+    const Replaced own(scope.readsOwn, false);
+    const Replaced outer(scope.readsOuter, false);
     const Typed argument = value(*call.arguments.front(), scope);
+    if (scope.readsOuter && !scope.readsOwn) {
+        throw tsql::unsupported("an aggregate of columns of an outer query", line);
+    }
     if (counts)
         return Typed::expression(aggregateCall("count", collated(argument), call.distinct),
                                  countType, false);

@@ -92,8 +92,8 @@ std::string Binder::orderText(const std::vector<OrderItem>& items, BoundSelect& 
         if (index) {
             checkSortable(bound.items[*index].value, line);
             // A rank is computed before the items have their places.
-            terms.push_back(bound.ties ? collated(bound.items[*index].value)
-                                       : byPosition(*index, bound.items[*index].value));
+            terms.push_back(bound.ranked ? collated(bound.items[*index].value)
+                                         : byPosition(*index, bound.items[*index].value));
             continue;
         }
         const Typed value = this->value(*item.value, *bound.scope);

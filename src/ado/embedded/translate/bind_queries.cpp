@@ -39,6 +39,8 @@ BoundQuery Binder::query(const tsql::Query& query, Scope* outer, QueryPlace plac
             query.line, 15);
     }
     readsOtherRows_ = readsOtherRows_ || outer != nullptr;
+    const Replaced numbers(needsRowNumbers_, false);
+    const Replaced deeper(queryDepth_, queryDepth_ + 1);
     if (!query.commonTables.empty()) limitRecursion(query.maxRecursion);
     const std::string with = commonTables(query.commonTables, outer);
     BoundQuery bound = body(query, outer, place);
@@ -65,7 +67,7 @@ BoundQuery Binder::body(const tsql::Query& query, Scope* outer, QueryPlace place
     if (body.terms.size() > 1) return unionQuery(body, orderBy, outer);
     BoundSelect bound = term(body.terms.front(), orderBy, outer);
     bound.order = orderText(orderBy, bound);
-    std::string sql = bound.ties ? withTies(bound) : selectText(bound);
+    std::string sql = selectText(bound);
     return {std::move(sql), std::move(bound.items)};
 }
 
@@ -79,7 +81,7 @@ BoundQuery Binder::valuesInOrder(const tsql::Query& query) {
     const std::string with = commonTables(query.commonTables, nullptr);
     BoundSelect rows = term(withoutBrackets(query).terms.front(), query.orderBy, nullptr);
     const bool plain = select != nullptr && withoutBrackets(query).terms.size() == 1 &&
-                       !rows.grouped && !rows.distinct && !rows.ties && !byPosition &&
+                       !rows.grouped && !rows.distinct && !rows.ranked && !byPosition &&
                        !rows.scope->sources.empty();
     if (!plain) {
         throw tsql::unsupported("SELECT @variable = @variable + ... of groups with ORDER BY",
@@ -108,26 +110,27 @@ BoundQuery Binder::valuesInOrder(const tsql::Query& query) {
     return result;
 }
 
-// TOP n WITH TIES takes the rows whose rank is at most n.
-std::string Binder::withTies(const BoundSelect& select) {
-    if (select.orderTerms.empty()) {
+// TOP n WITH TIES takes the rows whose rank is at most n; where the number itself depends on the
+// rows, their numbers are compared with it, too.
+std::string Binder::rankedText(const BoundSelect& select) {
+    if (select.ties && select.orderTerms.empty()) {
         throw ServerError(1062,
                           "The TOP N WITH TIES clause is not allowed without a corresponding ORDER "
                           "BY clause.",
                           0, 15);
     }
-    if (select.distinct || select.percentTop != nullptr) {
-        throw tsql::unsupported("WITH TIES with DISTINCT or PERCENT", 0);
-    }
+    if (select.distinct) throw tsql::unsupported("WITH TIES or PERCENT with DISTINCT here", 0);
     std::string columns;
     std::string items;
     for (std::size_t i = 0; i < select.items.size(); ++i) {
         columns += (i == 0 ? "" : ", ") + numberedName(i);
         items += collated(select.items[i].value) + " AS " + numberedName(i) + ", ";
     }
-    return "SELECT " + columns + " FROM (SELECT " + items + "rank() OVER (" +
-           select.order.substr(1) + ") AS \"rank\"" + select.tail +
-           ") WHERE \"rank\" <= " + select.limit + " ORDER BY \"rank\"";
+    const std::string order = select.order.empty() ? "" : select.order.substr(1);
+    return "SELECT " + columns + " FROM (SELECT " + items +
+           (select.ties ? "rank()" : "row_number()") + " OVER (" + order + ") AS \"rank\", " +
+           select.limit + " AS \"most\"" + select.tail +
+           ") WHERE \"rank\" <= \"most\" ORDER BY \"rank\"";
 }
 
 // OFFSET n ROWS FETCH NEXT m ROWS ONLY.
@@ -135,6 +138,7 @@ std::string Binder::rowLimits(const tsql::Query& query, Scope* outer) {
     if (!query.offset) return {};
     Scope constants;
     constants.outer = outer;
+    constants.limitsRows = true;
     const auto count = [&](const tsql::Expression& expression) {
         const Typed bound = value(expression, constants);
         return convertTo(bound, {tsql::SqlType::BigInt}, expression.line).sql;
@@ -147,17 +151,14 @@ std::string Binder::rowLimits(const tsql::Query& query, Scope* outer) {
 Binder::BoundSelect Binder::term(const tsql::QueryTerm& term,
                                  const std::vector<tsql::OrderItem>& orderBy, Scope* outer) {
     if (const auto* plain = std::get_if<tsql::Select>(&term.node)) {
-        BoundSelect bound = select(*plain, orderBy, outer, term.line);
-        if (bound.percentTop != nullptr) {
-            const Typed percent = value(*bound.percentTop->count, *bound.scope);
-            const std::string count = convertTo(percent, {tsql::SqlType::Float}, term.line).sql;
-            bound.limit = "(SELECT " + callText("kap_top_percent", "count(*)", count) + " FROM (" +
-                          selectText(bound) + "))";
-        }
-        return bound;
+        return select(*plain, orderBy, outer, term.line);
     }
+    const tsql::Query& bracketed = *std::get<tsql::QueryPtr>(term.node);
+    const bool plainBrackets = bracketed.terms.size() == 1 && bracketed.orderBy.empty() &&
+                               bracketed.commonTables.empty() && !bracketed.offset;
+    if (plainBrackets) return this->term(bracketed.terms.front(), orderBy, outer);
     // A bracketed query is read from as from a table of its columns.
-    const BoundQuery inner = query(*std::get<tsql::QueryPtr>(term.node), outer, QueryPlace::Nested);
+    const BoundQuery inner = query(bracketed, outer, QueryPlace::Nested);
     BoundSelect bound;
     bound.scope = std::make_unique<Scope>();
     bound.scope->outer = outer;
@@ -171,6 +172,7 @@ Binder::BoundSelect Binder::term(const tsql::QueryTerm& term,
 }
 
 std::string Binder::selectText(const BoundSelect& select) {
+    if (select.ranked && !select.limit.empty()) return rankedText(select);
     std::string sql = select.distinct ? "SELECT DISTINCT " : "SELECT ";
     for (std::size_t i = 0; i < select.items.size(); ++i) {
         if (i > 0) sql += ", ";

@@ -77,12 +77,17 @@ Binder::BoundSelect Binder::select(const tsql::Select& select,
     selectItems(select, bound, line);
     if (select.having) {
         const Replaced clause(bound.scope->groupedClause, "HAVING clause");
+        const Replaced windows(bound.scope->windowsRefused, true);
         bound.tail += " HAVING " + condition(*select.having, *bound.scope);
     }
     if (select.top) {
-        bound.percentTop = select.top->percent ? &*select.top : nullptr;
+        // The rows that a share is of can be counted beside them only where the counting need not
+        // read the query around.
+        const bool percent = select.top->percent;
         bound.ties = select.top->withTies;
-        if (!select.top->percent) bound.limit = limitText(*select.top, *bound.scope);
+        bound.ranked = bound.ties || (percent && outer != nullptr);
+        bound.limit =
+            percent ? percentText(*select.top, bound) : limitText(*select.top, *bound.scope);
     }
     return bound;
 }
@@ -169,9 +174,22 @@ std::vector<OutputColumn> Binder::itemValues(const std::vector<tsql::SelectItem>
     return result;
 }
 
+// TOP n PERCENT of the rows, which are counted first.
+std::string Binder::percentText(const tsql::TopClause& top, const BoundSelect& bound) {
+    Scope constants;
+    constants.outer = bound.scope.get();
+    constants.limitsRows = true;
+    const Typed percent = value(*top.count, constants);
+    const std::string share = convertTo(percent, {tsql::SqlType::Float}, top.count->line).sql;
+    if (bound.ranked) return callText("kap_top_percent", "count(*) OVER ()", share);
+    return "(SELECT " + callText("kap_top_percent", "count(*)", share) + " FROM (" +
+           selectText(bound) + "))";
+}
+
 std::string Binder::limitText(const tsql::TopClause& top, Scope& scope) {
     Scope constants;
-    constants.outer = scope.outer;
+    constants.outer = &scope;
+    constants.limitsRows = true;
     const Typed count = value(*top.count, constants);
     const int line = top.count->line;
     if (count.nullLiteral || !tsql::isInteger(count.type.type)) {

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "ado/embedded/translate/binder.hpp"
+#include "ado/embedded/translate/statements.hpp"
 #include "tsql/server_error.hpp"
 #include "tsql/text.hpp"
 
@@ -40,8 +41,29 @@ void makeNullable(std::vector<Source>& sources) {
     }
 }
 
+// The names that stand behind the alias of a query, or in the definition of a view.
+void nameColumns(std::vector<OutputColumn>& columns, const std::vector<std::string>& names,
+                 const std::string& source, int line) {
+    if (names.empty()) return;
+    if (names.size() != columns.size()) {
+        const bool more = names.size() < columns.size();
+        throw ServerError(more ? 8158 : 8159,
+                          "'" + source + "' has " + (more ? "more" : "fewer") +
+                              " columns than were specified in the column list.",
+                          line);
+    }
+    for (std::size_t i = 0; i < columns.size(); ++i)
+        columns[i].name = names[i];
+}
+
+void append(std::vector<Source>& all, std::vector<Source> more) {
+    std::move(more.begin(), more.end(), std::back_inserter(all));
+}
+
+}  // namespace
+
 // Two sources of one name could not be told apart. Aliases are named by error 1011, tables by 1013.
-void checkNames(const std::vector<Source>& sources, int line) {
+void Binder::checkNames(const std::vector<Source>& sources, int line) {
     for (std::size_t i = 0; i < sources.size(); ++i) {
         for (std::size_t j = 0; j < i; ++j) {
             if (!sameName(sources[i].name, sources[j].name)) continue;
@@ -64,27 +86,6 @@ void checkNames(const std::vector<Source>& sources, int line) {
     }
 }
 
-// The names that stand behind the alias of a query, or in the definition of a view.
-void nameColumns(std::vector<OutputColumn>& columns, const std::vector<std::string>& names,
-                 const std::string& source, int line) {
-    if (names.empty()) return;
-    if (names.size() != columns.size()) {
-        const bool more = names.size() < columns.size();
-        throw ServerError(more ? 8158 : 8159,
-                          "'" + source + "' has " + (more ? "more" : "fewer") +
-                              " columns than were specified in the column list.",
-                          line);
-    }
-    for (std::size_t i = 0; i < columns.size(); ++i)
-        columns[i].name = names[i];
-}
-
-void append(std::vector<Source>& all, std::vector<Source> more) {
-    std::move(more.begin(), more.end(), std::back_inserter(all));
-}
-
-}  // namespace
-
 Source Binder::tableSource(const Table& table, const std::string& name) {
     Source source{name, &table, {}};
     for (const Column& column : table.columns) {
@@ -100,11 +101,10 @@ Source Binder::tableSource(const Table& table, const std::string& name) {
 BoundSource Binder::from(const std::vector<tsql::TableSourcePtr>& sources, Scope& scope) {
     BoundSource result;
     for (const auto& each : sources) {
-        BoundSource bound = source(*each, scope);
         // Joins bind closer than commas, which SQLite would read from left to right.
-        const bool brackets = bound.isJoin && !result.sql.empty();
-        result.sql += (result.sql.empty() ? "" : " CROSS JOIN ") +
-                      (brackets ? "(" + bound.sql + ")" : bound.sql);
+        BoundSource bound =
+            result.sql.empty() ? source(*each, scope) : bracketedSource(*each, scope);
+        result.sql += (result.sql.empty() ? "" : " CROSS JOIN ") + bound.sql;
         append(result.sources, std::move(bound.sources));
     }
     if (!sources.empty()) checkNames(result.sources, sources.front()->line);
@@ -119,6 +119,21 @@ BoundSource Binder::source(const tsql::TableSource& source, Scope& scope) {
     return join(std::get<tsql::Join>(source.node), source.line, scope);
 }
 
+BoundSource Binder::targetFrom(const std::vector<tsql::TableSourcePtr>& sources, Scope& scope) {
+    const Replaced numbers(needsRowNumbers_, true);
+    return from(sources, scope);
+}
+
+// A join as one side of another. SQLite reads it like a query, so that the numbers of its rows are
+// out of sight; one table in brackets would lose its alias.
+BoundSource Binder::bracketedSource(const tsql::TableSource& source, Scope& scope) {
+    if (!std::holds_alternative<tsql::Join>(source.node)) return this->source(source, scope);
+    const Replaced brackets(withinBrackets_, true);
+    BoundSource bound = this->source(source, scope);
+    bound.sql = "(" + bound.sql + ")";
+    return bound;
+}
+
 Source Binder::ownColumns(const Table& table) {
     Source source = tableSource(table, table.name);
     for (std::size_t i = 0; i < source.columns.size(); ++i)
@@ -127,20 +142,34 @@ Source Binder::ownColumns(const Table& table) {
 }
 
 BoundSource Binder::namedTable(const tsql::NamedTable& named) {
-    if (CommonName* common = findCommon(named.name)) {
+    if (CommonName* common = findCommon(commonNameOf(named.name))) {
         common->readAs = named.alias.empty() ? named.name.last() : named.alias;
+        ++common->reads;
+        if (common->recursiveAt && *common->recursiveAt < queryDepth_) {
+            throw ServerError(465, "Recursive references are not allowed in subqueries.",
+                              named.name.line);
+        }
         return commonSource(*common, common->readAs);
     }
     if (findTable(named.name, names_) == nullptr) {
         if (auto view = viewSource(named)) return std::move(*view);
         if (auto system = systemSource(named)) return std::move(*system);
     }
-    const Table& table = requireTable(named.name, names_);
-    const bool local = table.name != named.name.last() && names_.localTable(named.name.last());
-    const std::string& own = local ? named.name.last() : table.name;
-    const std::string& name = named.alias.empty() ? own : named.alias;
-    return {tableSql(table.name, table.temporary) + " AS " + sqlName(name),
-            {tableSource(table, name)},
+    return storedTable(named.name, named.alias);
+}
+
+BoundSource Binder::storedTable(const tsql::ObjectName& named, const std::string& alias) const {
+    const Table& table = requireTable(named, names_);
+    const std::string& name = alias.empty() ? shownName(table, named, names_) : alias;
+    const std::string stored = tableSql(table.name, table.temporary);
+    Source source = tableSource(table, name);
+    if (!needsRowNumbers_ || !withinBrackets_) {
+        return {stored + " AS " + sqlName(name), {std::move(source)}, false};
+    }
+    source.rowNumber = columnSql(name, "kap row number");
+    return {"(SELECT " + rowNumberName(table) + " AS \"kap row number\", * FROM " + stored +
+                ") AS " + sqlName(name),
+            {std::move(source)},
             false};
 }
 
@@ -231,9 +260,8 @@ std::optional<BoundSource> Binder::systemSource(const tsql::NamedTable& named) c
 
 BoundSource Binder::join(const tsql::Join& join, int line, Scope& scope) {
     BoundSource left = source(*join.left, scope);
-    BoundSource right = source(*join.right, scope);
-    std::string sql =
-        left.sql + joinWord(join.kind) + (right.isJoin ? "(" + right.sql + ")" : right.sql);
+    BoundSource right = bracketedSource(*join.right, scope);
+    std::string sql = left.sql + joinWord(join.kind) + right.sql;
     if (join.kind == JoinKind::Left || join.kind == JoinKind::Full) makeNullable(right.sources);
     if (join.kind == JoinKind::Right || join.kind == JoinKind::Full) makeNullable(left.sources);
     append(left.sources, std::move(right.sources));

@@ -120,7 +120,11 @@ std::string kindText(SystemValue value) {
 
 }  // namespace
 
-Typed systemVariable(std::string_view name, int line) {
+const char* Binder::systemCall() const {
+    return computedColumn_ ? kColumnSystemCall : "kap_system";
+}
+
+Typed systemVariable(std::string_view name, const char* function, int line) {
     const std::string lower = tsql::asciiLower(name);
     const auto* const found =
         std::find_if(kVariables.begin(), kVariables.end(),
@@ -129,7 +133,7 @@ Typed systemVariable(std::string_view name, int line) {
         throw ServerError(137, "Must declare the scalar variable \"" + std::string(name) + "\".",
                           line, 15);
     }
-    return Typed::expression(callText("kap_system", kindText(found->value)), found->type, true);
+    return Typed::expression(callText(function, kindText(found->value)), found->type, true);
 }
 
 std::optional<Typed> Binder::systemFunction(const tsql::FunctionCall& call, int line,
@@ -138,7 +142,7 @@ std::optional<Typed> Binder::systemFunction(const tsql::FunctionCall& call, int 
     if (lower == "update" && call.arguments.size() == 1) {
         const auto* column = std::get_if<tsql::ColumnReference>(&call.arguments[0]->node);
         if (column == nullptr) throw tsql::syntaxError("UPDATE", line);
-        return Typed::expression(callText("kap_system", kindText(SystemValue::ColumnUpdated),
+        return Typed::expression(callText(systemCall(), kindText(SystemValue::ColumnUpdated),
                                           sqlText(column->name.last())),
                                  kWholeNumber, false);
     }
@@ -159,7 +163,7 @@ std::optional<Typed> Binder::systemFunction(const tsql::FunctionCall& call, int 
         const TypeSpec type = takesNumber(found->takes, i) ? kWholeNumber : kMessageType;
         arguments += ", " + convertTo(value(*call.arguments[i], scope), type, line).sql;
     }
-    return Typed::expression(callText("kap_system", arguments), found->type, true);
+    return Typed::expression(callText(systemCall(), arguments), found->type, true);
 }
 
 }  // namespace kap::ado::embedded

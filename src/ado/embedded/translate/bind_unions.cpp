@@ -66,12 +66,16 @@ std::vector<OutputColumn> Binder::unify(std::vector<BoundSelect>& terms, int lin
 }
 
 std::string Binder::unionText(std::vector<BoundSelect>& terms, const tsql::Query& query) {
+    // SQLite takes five hundred at a time; what is joined so far then counts as one.
+    constexpr std::size_t kMostTerms = 400;
     std::string sql;
     for (std::size_t i = 0; i < terms.size(); ++i) {
+        if (i > 0 && i % kMostTerms == 0) sql = "SELECT * FROM (" + sql + ")";
         if (i > 0) sql += operatorText(query.terms[i].joinedBy);
         const std::string text = selectText(terms[i]);
         // SQLite allows LIMIT only behind the whole.
-        sql += terms[i].limit.empty() ? text : "SELECT * FROM (" + text + ")";
+        const bool whole = terms[i].limit.empty() && !terms[i].ranked;
+        sql += whole ? text : "SELECT * FROM (" + text + ")";
     }
     return sql;
 }

@@ -113,6 +113,7 @@ std::string Binder::targetView(const View& view, const tsql::ObjectName& name) {
         if (inner != nullptr) below = targetView(*inner, named->name) + ", ";
     }
     const CommonTarget inner = std::exchange(commonTarget_, {});
+    const Replaced numbers(needsRowNumbers_, true);
     BoundSelect bound = term(view.query->terms.front(), view.query->orderBy, nullptr);
     bound.order = orderText(view.query->orderBy, bound);
     std::vector<OutputColumn> columns = bound.items;
@@ -134,9 +135,10 @@ std::string Binder::targetView(const View& view, const tsql::ObjectName& name) {
     const bool twice = std::ranges::count_if(
                            sources, [&](const Source& each) { return each.table == &table; }) > 1;
     if (twice) severalTables(view, name.line);
-    const std::string number = source->table != nullptr ? rowNumberName(table) : inner.rowNumber;
-    bound.items.push_back({"", Typed::expression(sqlName(source->name) + "." + number,
-                                                 {tsql::SqlType::BigInt}, false)});
+    const std::string number = source->table != nullptr
+                                   ? rowNumberOf(*source)
+                                   : sqlName(source->name) + "." + inner.rowNumber;
+    bound.items.push_back({"", Typed::expression(number, {tsql::SqlType::BigInt}, false)});
     commonTarget_ = {&table, numberedName(columns.size()), {}, view.name, inner.checks};
     std::string list;
     for (std::size_t i = 0; i < bound.items.size(); ++i)

@@ -29,6 +29,12 @@ void requireOrder(const FunctionCall& call, const std::string& name, int line) {
                       line, 15);
 }
 
+// A number of a row, or another row, depends on no frame.
+void refuseFrame(const FunctionCall& call, const std::string& name, int line) {
+    if (call.over->frame.empty()) return;
+    throw ServerError(10752, "The function '" + name + "' may not have a window frame.", line, 15);
+}
+
 }  // namespace
 
 void refuseWithoutWindow(const FunctionCall& call, int line) {
@@ -64,11 +70,19 @@ std::string Binder::overText(const tsql::Window& window, int line, Scope& scope)
 
 Typed Binder::windowed(const FunctionCall& call, int line, Scope& scope) {
     const std::string name = tsql::asciiLower(call.name.last());
-    if (scope.aggregates != AggregateUse::Allowed) {
+    if (scope.aggregates != AggregateUse::Allowed || scope.windowsRefused) {
         throw ServerError(4108,
                           "Windowed functions can only appear in the SELECT or ORDER BY clauses.",
                           line, 15);
     }
+    if (scope.insideWindow || scope.insideAggregate) {
+        throw ServerError(4109,
+                          "Windowed functions cannot be used in the context of another windowed "
+                          "function or aggregate.",
+                          line, 15);
+    }
+    const Replaced inside(scope.insideWindow, true);
+    ++windowsBound_;
     const std::string over = overText(*call.over, line, scope);
     if (isAggregateName(call.name)) return windowAggregate(call, over, line, scope);
     std::vector<Typed> arguments;
@@ -76,14 +90,17 @@ Typed Binder::windowed(const FunctionCall& call, int line, Scope& scope) {
         arguments.push_back(value(*argument, scope));
     if (std::find(kRankings.begin(), kRankings.end(), name) != kRankings.end()) {
         requireOrder(call, name, line);
+        refuseFrame(call, name, line);
         return Typed::expression(name + "()" + over, {SqlType::BigInt}, false);
     }
     if (name == "ntile" && arguments.size() == 1) {
         requireOrder(call, name, line);
+        refuseFrame(call, name, line);
         const Typed groups = convertTo(arguments[0], {SqlType::BigInt}, line);
         return Typed::expression("ntile(" + groups.sql + ")" + over, {SqlType::BigInt}, false);
     }
     if (isOneOf(name, {"first_value", "last_value"}) && arguments.size() == 1) {
+        requireOrder(call, name, line);
         return Typed::expression(name + "(" + arguments[0].sql + ")" + over, arguments[0].type,
                                  true);
     }
@@ -94,6 +111,7 @@ Typed Binder::windowed(const FunctionCall& call, int line, Scope& scope) {
                           line, 15);
     }
     requireOrder(call, name, line);
+    refuseFrame(call, name, line);
     std::string list = arguments[0].sql;
     if (arguments.size() > 1) list += ", " + convertTo(arguments[1], {SqlType::BigInt}, line).sql;
     if (arguments.size() > 2) list += ", " + convertTo(arguments[2], arguments[0].type, line).sql;
@@ -129,6 +147,9 @@ Typed Binder::windowAggregate(const FunctionCall& call, const std::string& over,
     }
     const Typed sum = total(argument, false, name.c_str(), line);
     const std::string added = "sum(" + argument.sql + ")" + over;
+    if (name == "sum" && sum.type.type == SqlType::Int) {
+        return convertTo(Typed::expression(added, {SqlType::BigInt}, true), sum.type, line);
+    }
     if (name == "sum") return Typed::expression(added, sum.type, true);
     const std::string count = "count(" + argument.sql + ")" + over;
     if (tsql::isApproximate(sum.type.type)) {

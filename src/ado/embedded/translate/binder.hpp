@@ -72,6 +72,10 @@ public:
     [[nodiscard]] Typed value(const tsql::Expression& expression, Scope& scope);
     [[nodiscard]] std::string condition(const tsql::Expression& expression, Scope& scope);
 
+    /// The value of a computed column, as its definition is to hold it.
+    [[nodiscard]] Typed computedValue(const tsql::Expression& expression, Scope& scope);
+    [[nodiscard]] bool bindsComputedColumn() const { return computedColumn_; }
+
     /// Brings a value to a type as the server does by itself. Errors 206 and 257 when it does not,
     /// and those of convert() for a literal.
     [[nodiscard]] Typed convertTo(const Typed& value, const tsql::TypeSpec& type, int line) const;
@@ -98,6 +102,14 @@ public:
     /// A query whose values are computed row by row in the order of its rows.
     [[nodiscard]] BoundQuery valuesInOrder(const tsql::Query& query);
     [[nodiscard]] BoundSource from(const std::vector<tsql::TableSourcePtr>& sources, Scope& scope);
+    /// The same for a statement that writes rows of one of its sources: see rowNumberOf().
+    [[nodiscard]] BoundSource targetFrom(const std::vector<tsql::TableSourcePtr>& sources,
+                                         Scope& scope);
+    /// A stored table, a temporary one, or one of the script. Error 208 when there is none.
+    [[nodiscard]] BoundSource storedTable(const tsql::ObjectName& name,
+                                          const std::string& alias) const;
+    /// Errors 1011 and 1013 when two sources have one name.
+    static void checkNames(const std::vector<Source>& sources, int line);
     [[nodiscard]] std::string limitText(const tsql::TopClause& top, Scope& scope);
     /// "WITH a AS (...) " for what follows, which may name these tables as long as the binder
     /// lives; empty when there are none. The one that is the target of UPDATE or DELETE brings the
@@ -219,6 +231,7 @@ private:
     [[nodiscard]] Typed joinedTexts(const tsql::FunctionCall& call, int line, Scope& scope);
 
     [[nodiscard]] Typed storedFunction(const tsql::FunctionCall& call, int line, Scope& scope);
+    [[nodiscard]] Typed defaultArgument(const Function& function, std::size_t parameter, int line);
 
     // bind_windows.cpp
     [[nodiscard]] Typed windowed(const tsql::FunctionCall& call, int line, Scope& scope);
@@ -227,6 +240,7 @@ private:
     [[nodiscard]] std::string overText(const tsql::Window& window, int line, Scope& scope);
 
     // bind_system_values.cpp
+    [[nodiscard]] const char* systemCall() const;
     [[nodiscard]] std::optional<Typed> systemFunction(const tsql::FunctionCall& call, int line,
                                                       Scope& scope);
 
@@ -237,6 +251,9 @@ private:
         /// Of a table that reads itself, while it is being bound: the name under which the term at
         /// hand reads it.
         std::string readAs;
+        int reads = 0;
+        /// How deep within queries it is bound when it is known to read itself.
+        std::optional<int> recursiveAt = std::nullopt;
     };
     [[nodiscard]] std::string commonTable(const tsql::CommonTable& table, Scope* outer);
     [[nodiscard]] std::string recursiveTable(const tsql::CommonTable& table, CommonName own,
@@ -244,13 +261,14 @@ private:
     [[nodiscard]] std::vector<OutputColumn> commonColumns(const tsql::CommonTable& table,
                                                           std::vector<OutputColumn> columns);
     [[nodiscard]] std::string targetTable(const tsql::CommonTable& table, Scope* outer);
+    [[nodiscard]] tsql::ObjectName commonNameOf(const tsql::ObjectName& name) const;
     [[nodiscard]] const CommonName* findCommon(const tsql::ObjectName& name) const;
     [[nodiscard]] CommonName* findCommon(const tsql::ObjectName& name);
 
     // bind_queries.cpp
     [[nodiscard]] BoundQuery body(const tsql::Query& query, Scope* outer, QueryPlace place);
     [[nodiscard]] std::string rowLimits(const tsql::Query& query, Scope* outer);
-    [[nodiscard]] static std::string withTies(const BoundSelect& select);
+    [[nodiscard]] static std::string rankedText(const BoundSelect& select);
 
     // bind_unions.cpp
     [[nodiscard]] BoundSelect term(const tsql::QueryTerm& term,
@@ -272,6 +290,7 @@ private:
     void selectItems(const tsql::Select& select, BoundSelect& bound, int line);
     void addItem(const tsql::SelectItem& item, Scope& scope, std::vector<OutputColumn>& items);
     void grouping(const tsql::Select& select, BoundSelect& bound);
+    [[nodiscard]] std::string percentText(const tsql::TopClause& top, const BoundSelect& bound);
 
     // bind_order.cpp
     [[nodiscard]] std::string orderText(const std::vector<tsql::OrderItem>& items,
@@ -281,6 +300,7 @@ private:
 
     // bind_sources.cpp
     [[nodiscard]] BoundSource source(const tsql::TableSource& source, Scope& scope);
+    [[nodiscard]] BoundSource bracketedSource(const tsql::TableSource& source, Scope& scope);
     [[nodiscard]] BoundSource namedTable(const tsql::NamedTable& table);
     [[nodiscard]] BoundSource commonSource(const CommonName& common, const std::string& name) const;
     [[nodiscard]] std::optional<BoundSource> viewSource(const tsql::NamedTable& table);
@@ -303,6 +323,11 @@ private:
     mutable bool readsSchema_ = false;
     bool variablesPerRow_ = false;
     bool readsOtherRows_ = false;
+    int queryDepth_ = 0;            // queries being bound within each other
+    int windowsBound_ = 0;          // functions with OVER, so far
+    bool computedColumn_ = false;   // its definition is being bound
+    bool needsRowNumbers_ = false;  // of the tables in FROM, for a statement that writes them
+    bool withinBrackets_ = false;   // a join in a join is being bound
 };
 
 /// A SELECT before its items are put into text: what follows may still convert or order them.
@@ -310,11 +335,11 @@ struct Binder::BoundSelect {
     std::unique_ptr<Scope> scope;
     bool distinct = false;
     std::vector<OutputColumn> items;
-    std::string tail;   ///< FROM to HAVING, each part after a blank
-    std::string limit;  ///< what LIMIT takes; empty without TOP
-    std::string order;  ///< ORDER BY, after a blank
-    const tsql::TopClause* percentTop = nullptr;
+    std::string tail;                     ///< FROM to HAVING, each part after a blank
+    std::string limit;                    ///< what LIMIT takes; empty without TOP
+    std::string order;                    ///< ORDER BY, after a blank
     bool ties = false;                    ///< TOP n WITH TIES
+    bool ranked = false;                  ///< `limit` is compared with the numbers of the rows
     std::vector<std::string> orderTerms;  ///< what `order` holds, term by term
     bool grouped = false;
 };

@@ -42,19 +42,6 @@ std::string caught(const Table& table, RowState state) {
            "." + rowNumberName(table) + columnsOf(table, row) + ");";
 }
 
-// Who writes through a view knows the columns by the names that the view gives them.
-void showThroughView(Source& source, const Table& table, const Binder& binder) {
-    const Binder::CommonTarget& target = binder.commonTarget();
-    if (target.table != &table || target.view.empty()) return;
-    std::vector<SourceColumn> shown;
-    for (const auto& [name, column] : target.columns) {
-        if (column == nullptr || table.find(column->name) != column) continue;
-        const auto place = static_cast<std::size_t>(column - table.columns.data());
-        shown.push_back({name, source.columns[place].value});
-    }
-    source.columns = std::move(shown);
-}
-
 // Rows of OUTPUT INTO are brought to the columns of their table.
 std::string insertOutput(const tsql::OutputClause& output, const std::vector<OutputColumn>& items,
                          const std::string& rows, Binder& binder) {
@@ -163,6 +150,18 @@ std::optional<Capture> captureFor(const Table& table, tsql::TriggerEvents event,
         showThroughView(source, table, binder);
     addOutput(capture, *output, scope, from + " ORDER BY " + kRowColumn, binder);
     return capture;
+}
+
+void showThroughView(Source& source, const Table& table, const Binder& binder) {
+    const Binder::CommonTarget& target = binder.commonTarget();
+    if (target.table != &table || target.view.empty()) return;
+    std::vector<SourceColumn> shown;
+    for (const auto& [name, column] : target.columns) {
+        if (column == nullptr || table.find(column->name) != column) continue;
+        const auto place = static_cast<std::size_t>(column - table.columns.data());
+        shown.push_back({name, source.columns[place].value});
+    }
+    source.columns = std::move(shown);
 }
 
 void addOutput(Capture& capture, const tsql::OutputClause& output, Scope& scope,

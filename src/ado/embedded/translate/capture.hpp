@@ -30,6 +30,10 @@ enum class RowState { Inserted, Deleted };
                                                 const std::optional<tsql::OutputClause>& output,
                                                 Binder& binder);
 
+/// Who writes through a view knows the columns of inserted and deleted by the names that the view
+/// gives them.
+void showThroughView(Source& source, const Table& table, const Binder& binder);
+
 /// Lets OUTPUT answer rows: `from` brings them, with what stands in `scope`.
 void addOutput(Capture& capture, const tsql::OutputClause& output, Scope& scope,
                const std::string& from, Binder& binder);

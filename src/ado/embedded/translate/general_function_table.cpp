@@ -54,7 +54,11 @@ Typed nullIf(ScalarCall& call) {
                              call[0].type, true);
 }
 
-Typed newIdentifier(ScalarCall& /*call*/) {
+Typed newIdentifier(ScalarCall& call) {
+    // SQLite would make one for all rows.
+    if (call.binder.bindsComputedColumn()) {
+        throw tsql::unsupported("NEWID in a computed column", call.line);
+    }
     constexpr int kBytes = 16;
     return Typed::expression("kap_newid()", {SqlType::UniqueIdentifier, kBytes}, false);
 }

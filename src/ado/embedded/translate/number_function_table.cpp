@@ -137,6 +137,9 @@ Typed radians(ScalarCall& call) {
 }
 
 Typed random(ScalarCall& call) {
+    if (call.arguments.empty() && call.binder.bindsComputedColumn()) {
+        throw tsql::unsupported("RAND in a computed column", call.line);
+    }
     const std::string seed = call.arguments.empty() ? "" : call.integer(0);
     return Typed::expression("kap_random(" + seed + ")", {SqlType::Float}, !seed.empty());
 }

@@ -78,6 +78,19 @@ void checkGrouped(const Typed& value, const ObjectName& name, const Scope& scope
                       name.line);
 }
 
+// SQLite computes limits before it looks at any row, also of the queries around.
+[[noreturn]] void columnInLimit(const ObjectName& name, bool ofOwnQuery) {
+    if (!ofOwnQuery) {
+        throw tsql::unsupported("a column of an outer query in TOP, OFFSET or FETCH", name.line);
+    }
+    throw ServerError(4115,
+                      "The reference to column \"" + name.last() +
+                          "\" is not allowed in an argument to a TOP, OFFSET, or FETCH clause. "
+                          "Only references to columns at an outer scope or standalone expressions "
+                          "and subqueries are allowed here.",
+                      name.line, 15);
+}
+
 }  // namespace
 
 const SourceColumn& resolveColumn(const ObjectName& name, const Scope& scope) {
@@ -91,10 +104,14 @@ const SourceColumn& resolveColumn(const ObjectName& name, const Scope& scope) {
             name.line, 15);
     }
     const bool qualified = name.parts.size() > 1;
+    const Scope* limits = nullptr;
     for (const Scope* level = &scope; level != nullptr; level = level->outer) {
         const SourceColumn* found =
             qualified ? findQualified(name, *level) : findUnqualified(name, *level);
+        if (level->limitsRows) limits = level;
         if (found == nullptr) continue;
+        if (limits != nullptr) columnInLimit(name, limits->outer == level);
+        (level == &scope ? scope.readsOwn : scope.readsOuter) = true;
         checkGrouped(found->value, name, *level);
         if (level != &scope && level->grouped && !level->groupTexts.empty()) {
             throw tsql::unsupported("a group of several grouping sets within a subquery",
@@ -140,6 +157,11 @@ const Table& requireTable(const ObjectName& name, const Names& names) {
                           name.line, 15);
     }
     throw ServerError(208, "Invalid object name '" + name.text() + "'.", name.line);
+}
+
+const std::string& shownName(const Table& table, const ObjectName& name, const Names& names) {
+    const bool local = name.parts.size() == 1 && names.localTable(name.last()) == &table;
+    return local ? name.last() : table.name;
 }
 
 std::string tableSql(const std::string& name, bool temporary) {

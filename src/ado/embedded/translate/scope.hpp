@@ -22,6 +22,9 @@ struct Source {
     const Table* table = nullptr;  ///< null for a query
     std::vector<SourceColumn> columns;
     std::string common = {};  ///< the common table or written view that it reads; empty: none
+    /// The column that brings the numbers of the table's rows, where SQLite's own is out of sight;
+    /// empty: see rowNumberOf().
+    std::string rowNumber = {};
 };
 
 /// Whether an aggregate function may stand at a place; where not, the error says why.
@@ -38,8 +41,11 @@ enum class AggregateUse {
 struct Scope {
     Scope* outer = nullptr;
     std::vector<Source> sources;
+    std::size_t target = 0;  ///< which of `sources` the statement writes, when it writes one
     AggregateUse aggregates = AggregateUse::Refused;
     bool insideAggregate = false;
+    bool windowsRefused = false;  ///< of HAVING, where aggregates may stand
+    bool insideWindow = false;    ///< of the arguments and the OVER of a windowed function
     /// Set while what comes after grouping is bound: only `groups` and aggregates have a value
     /// then.
     bool grouped = false;
@@ -51,6 +57,12 @@ struct Scope {
     const char* groupedClause = "select list";
     /// Where column names may not stand at all (defaults of columns, rows of VALUES): error 128.
     bool columnsRefused = false;
+    /// Of TOP, OFFSET and FETCH, which are computed before there are rows: `outer` is the query
+    /// that they belong to.
+    bool limitsRows = false;
+    /// Whether names were found here, or in a query around: what an aggregate function asks.
+    mutable bool readsOwn = false;
+    mutable bool readsOuter = false;
     /// Where subqueries may not stand (defaults of columns): error 1046.
     bool subqueriesRefused = false;
 };
@@ -85,6 +97,11 @@ private:
 
 /// The table, or null.
 [[nodiscard]] const Table* findTable(const tsql::ObjectName& name, const Names& names);
+
+/// What a table is called that a name means: a table variable, inserted and deleted have a name in
+/// the script and another in the file.
+[[nodiscard]] const std::string& shownName(const Table& table, const tsql::ObjectName& name,
+                                           const Names& names);
 
 /// Whether a name can mean an object of this database: no owner, dbo, or this database's own name
 /// before it.

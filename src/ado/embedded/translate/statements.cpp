@@ -11,25 +11,60 @@ using tsql::ServerError;
 
 namespace {
 
-// Which source of FROM the target means: the alias, or the only use of the table.
-const Source* findTarget(const tsql::ObjectName& target, const std::vector<Source>& sources) {
-    for (const Source& source : sources) {
-        if (target.parts.size() == 1 && sameName(source.name, target.last())) return &source;
+const tsql::NamedTable* namedBy(const std::string& alias, const tsql::TableSource& source) {
+    if (const auto* table = std::get_if<tsql::NamedTable>(&source.node)) {
+        return sameName(table->alias, alias) ? table : nullptr;
     }
-    const Source* found = nullptr;
-    for (const Source& source : sources) {
-        const std::string& own = source.table != nullptr ? source.table->name : source.common;
-        if (!sameName(own, target.last())) continue;
-        if (found != nullptr) {
+    const auto* join = std::get_if<tsql::Join>(&source.node);
+    if (join == nullptr) return nullptr;
+    const tsql::NamedTable* found = namedBy(alias, *join->left);
+    return found != nullptr ? found : namedBy(alias, *join->right);
+}
+
+// Which source of FROM the target means: the alias, or the only use of the table.
+std::optional<std::size_t> findTarget(const tsql::ObjectName& target,
+                                      const std::vector<Source>& sources, const Names& names) {
+    if (target.parts.size() == 1) {
+        const auto named = std::ranges::find_if(
+            sources, [&](const Source& source) { return sameName(source.name, target.last()); });
+        if (named != sources.end()) return static_cast<std::size_t>(named - sources.begin());
+    }
+    const Table* table = findTable(target, names);
+    std::optional<std::size_t> found;
+    for (std::size_t i = 0; i < sources.size(); ++i) {
+        const bool meant = sources[i].table != nullptr ? sources[i].table == table
+                                                       : sameName(sources[i].common, target.last());
+        if (!meant) continue;
+        if (found) {
             throw ServerError(8154, "The table '" + target.text() + "' is ambiguous.", target.line,
                               15);
         }
-        found = &source;
+        found = i;
     }
     return found;
 }
 
+// A target that FROM does not list stands beside it. One table in brackets would lose its alias.
+void addTarget(BoundSource target, BoundSource& from, int line) {
+    if (!from.sql.empty()) {
+        const bool several = from.sources.size() > 1;
+        target.sql += " JOIN " + (several ? "(" + from.sql + ")" : from.sql);
+    }
+    from.sql = std::move(target.sql);
+    from.sources.insert(from.sources.begin(), std::move(target.sources.front()));
+    Binder::checkNames(from.sources, line);
+}
+
 }  // namespace
+
+const tsql::ObjectName& targetName(const tsql::ObjectName& target,
+                                   const std::vector<tsql::TableSourcePtr>& from) {
+    if (target.parts.size() != 1) return target;
+    for (const tsql::TableSourcePtr& source : from) {
+        if (const tsql::NamedTable* named = namedBy(target.last(), *source)) return named->name;
+    }
+    return target;
+}
 
 std::string rowVersionCall() {
     return "kap_rowversion()";
@@ -50,6 +85,11 @@ std::string rowNumberName(const Table& table) {
     throw tsql::unsupported("a table with columns rowid, _rowid_ and oid", 0);
 }
 
+std::string rowNumberOf(const Source& source) {
+    if (!source.rowNumber.empty()) return source.rowNumber;
+    return sqlName(source.name) + "." + rowNumberName(*source.table);
+}
+
 void addChecks(Translation& translation, const Binder& binder) {
     const std::vector<std::string>& checks = binder.commonTarget().checks;
     if (checks.empty()) return;
@@ -65,39 +105,31 @@ TargetRows bindTarget(Binder& binder, const tsql::ObjectName& target,
                       const std::vector<tsql::TableSourcePtr>& from,
                       const tsql::ExpressionPtr& where, const std::optional<tsql::TopClause>& top,
                       Scope& scope) {
+    BoundSource bound = binder.targetFrom(from, scope);
+    auto found = findTarget(target, bound.sources, binder.names());
+    if (!found) {
+        auto common = binder.targetSource(target);
+        addTarget(common ? std::move(*common) : binder.storedTable(target, ""), bound, target.line);
+        found = 0;
+    }
     TargetRows rows;
-    BoundSource bound = binder.from(from, scope);
-    const Source* found = findTarget(target, bound.sources);
-    if (found != nullptr) {
-        rows.table = found->table;
-        const Binder::CommonTarget& common = binder.commonTarget();
-        if (rows.table == nullptr && common.table != nullptr) {
-            rows.table = common.table;
-            rows.rowNumber = sqlName(found->name) + "." + common.rowNumber;
-        } else if (rows.table == nullptr) {
-            throw ServerError(4406,
-                              "Update or delete of view or function '" + target.text() +
-                                  "' failed because it is a derived table.",
-                              target.line);
-        } else {
-            rows.rowNumber = sqlName(found->name) + "." + rowNumberName(*rows.table);
-        }
-    } else if (auto common = binder.targetSource(target)) {
-        rows.table = binder.commonTarget().table;
-        rows.rowNumber = sqlName(target.last()) + "." + binder.commonTarget().rowNumber;
-        bound.sql =
-            bound.sql.empty() ? common->sql : common->sql + " CROSS JOIN (" + bound.sql + ")";
-        bound.sources.insert(bound.sources.begin(), std::move(common->sources.front()));
+    const Source& source = bound.sources[*found];
+    const Binder::CommonTarget& common = binder.commonTarget();
+    if (source.table != nullptr) {
+        rows.table = source.table;
+        rows.rowNumber = rowNumberOf(source);
+    } else if (common.table != nullptr && !source.common.empty() &&
+               sameName(source.common, targetName(target, from).last())) {
+        rows.table = common.table;
+        rows.rowNumber = sqlName(source.name) + "." + common.rowNumber;
     } else {
-        const Table& table = requireTable(target, binder.names());
-        rows.table = &table;
-        rows.rowNumber = sqlName(table.name) + "." + rowNumberName(table);
-        const std::string own =
-            tableSql(table.name, table.temporary) + " AS " + sqlName(table.name);
-        bound.sql = bound.sql.empty() ? own : own + " CROSS JOIN (" + bound.sql + ")";
-        bound.sources.insert(bound.sources.begin(), Binder::tableSource(table, table.name));
+        throw ServerError(4406,
+                          "Update or delete of view or function '" + target.text() +
+                              "' failed because it is a derived table.",
+                          target.line);
     }
     scope.sources = std::move(bound.sources);
+    scope.target = *found;
     rows.tail = " FROM " + bound.sql;
     if (where) {
         scope.aggregates = AggregateUse::RefusedInWhere;

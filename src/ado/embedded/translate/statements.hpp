@@ -47,8 +47,8 @@ struct BoundAssignment {
     std::string value;
 };
 
-/// The assignments of an UPDATE, whose target is the first source of `scope`. Errors of columns
-/// that cannot be assigned.
+/// The assignments of an UPDATE of the target of `scope`. Errors of columns that cannot be
+/// assigned.
 [[nodiscard]] std::vector<BoundAssignment> bindAssignments(const tsql::UpdateStatement& statement,
                                                            const Table& table, Binder& binder,
                                                            Scope& scope);
@@ -74,6 +74,8 @@ void addChecks(Translation& translation, const Binder& binder);
 
 /// A name by which SQLite knows the row's number and that no column of the table hides.
 [[nodiscard]] std::string rowNumberName(const Table& table);
+/// The number of a row of a source that is a stored table.
+[[nodiscard]] std::string rowNumberOf(const Source& source);
 
 /// The rows that UPDATE or DELETE with FROM or TOP works on.
 struct TargetRows {
@@ -83,6 +85,11 @@ struct TargetRows {
     std::string limit;      ///< " LIMIT n" or empty
 };
 
+/// The name of the table, view or common table that the target of UPDATE or DELETE means: that of
+/// the source whose alias it is, or its own.
+[[nodiscard]] const tsql::ObjectName& targetName(const tsql::ObjectName& target,
+                                                 const std::vector<tsql::TableSourcePtr>& from);
+
 /// Binds FROM and WHERE of such a statement into `scope`. The target is a table, an alias of FROM,
 /// or a common table over one table; it is added to FROM when it does not stand there. Error 208
 /// when there is no such table.
@@ -90,5 +97,19 @@ struct TargetRows {
                                     const std::vector<tsql::TableSourcePtr>& from,
                                     const tsql::ExpressionPtr& where,
                                     const std::optional<tsql::TopClause>& top, Scope& scope);
+
+/// An UPDATE or DELETE of bound rows, for outputOfSources().
+struct WriteFrom {
+    const TargetRows& rows;
+    const Scope& scope;
+    tsql::TriggerEvents event;
+    const std::optional<tsql::OutputClause>& output;
+    const std::vector<BoundAssignment>& assignments;  ///< empty for DELETE
+    const std::string& with;
+};
+
+/// Lets OUTPUT read columns of the other sources of FROM, as a plan that finds the rows before it
+/// writes them. False, with nothing done, when it reads none.
+[[nodiscard]] bool outputOfSources(const WriteFrom& write, Binder& binder, Translation& result);
 
 }  // namespace kap::ado::embedded

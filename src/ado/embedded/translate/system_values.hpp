@@ -62,7 +62,12 @@ enum class SystemValue {
     TriggerLevel,
 };
 
-/// @@name. Error 137 for one that does not exist.
-[[nodiscard]] Typed systemVariable(std::string_view name, int line);
+/// @@name, asked of the session by that function. Error 137 for one that does not exist.
+[[nodiscard]] Typed systemVariable(std::string_view name, const char* function, int line);
+
+/// kap_system and kap_call as the definitions of computed columns call them: what they answer is
+/// asked again for each row, though SQLite takes it for steady.
+inline constexpr const char* kColumnSystemCall = "kap_column_system";
+inline constexpr const char* kColumnStoredCall = "kap_column_call";
 
 }  // namespace kap::ado::embedded

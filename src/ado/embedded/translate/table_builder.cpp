@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "ado/embedded/translate/reference_rules.hpp"
 #include "ado/embedded/translate/statements.hpp"
 #include "tsql/server_error.hpp"
 #include "tsql/text.hpp"
@@ -147,6 +148,13 @@ void TableBuilder::add(Column column, int line) {
                           line);
     }
     if (column.isRowVersion()) checkOnlyRowVersion(column, line);
+    constexpr std::size_t kMostColumns = 1024;
+    if (table().columns.size() == kMostColumns) {
+        throw ServerError(1702,
+                          "CREATE TABLE failed because column '" + column.name + "' in table '" +
+                              table().name + "' exceeds the maximum of 1024 columns.",
+                          line);
+    }
     own().columns.push_back(std::move(column));
 }
 
@@ -180,7 +188,8 @@ void TableBuilder::addComputed(const ColumnDefinition& definition) {
     Scope scope;
     scope.sources.push_back(Binder::ownColumns(table()));
     scope.subqueriesRefused = true;
-    const Typed value = binder_.value(*definition.computed, scope);
+    const Typed value = binder_.computedValue(*definition.computed, scope);
+    requireNoVariables(definition.line);
     Column column;
     column.name = definition.name;
     column.type = value.type;
@@ -261,6 +270,7 @@ void TableBuilder::setDefault(Column& column, const tsql::DefaultOption& option,
     scope.columnsRefused = true;
     scope.subqueriesRefused = true;
     const Typed value = binder_.value(*option.value, scope);
+    requireNoVariables(option.value->line);
     column.defaultSql = binder_.stored(value, column.type, line);
     column.defaultName = option.constraintName;
 }
@@ -293,6 +303,7 @@ void TableBuilder::addKey(const tsql::KeyConstraint& constraint) {
                                   table().name + "'.",
                               constraint.line);
         }
+        if (column.computed && !isSteady(column)) notSteady(column, table(), constraint.line);
         key.columns.push_back(column.name);
         if (key.primary) column.keyOrdinal = static_cast<int>(key.columns.size());
     }
@@ -312,6 +323,13 @@ void TableBuilder::addCheck(const tsql::CheckConstraint& check) {
     takenNames_.push_back(name);
     constraints_.push_back("CONSTRAINT " + sqlName(name) + " CHECK (" +
                            binder_.condition(*check.condition, scope) + ")");
+    requireNoVariables(check.line);
+}
+
+// A definition lives longer than the variables of the script that makes it.
+void TableBuilder::requireNoVariables(int line) const {
+    if (binder_.usedVariables().empty()) return;
+    throw ServerError(112, "Variables are not allowed in the CREATE TABLE statement.", line, 15);
 }
 
 void TableBuilder::addForeignKey(const tsql::ForeignKey& key) {
@@ -354,10 +372,42 @@ void TableBuilder::addForeignKey(const tsql::ForeignKey& key) {
     const std::string name =
         key.name.empty() ? numbered("FK_" + table().name + "_" + parent->name) : key.name;
     takenNames_.push_back(name);
+    checkReference(name, key, *parent, parents);
     constraints_.push_back("CONSTRAINT " + sqlName(name) + " FOREIGN KEY (" + nameList(columns) +
                            ") REFERENCES " + sqlName(parent->name) + " (" + nameList(parents) +
                            ") ON DELETE " + actionText(key.onDelete) + " ON UPDATE " +
                            actionText(key.onUpdate));
+}
+
+// The columns must be a key of the other table, and no statement may come back to a table.
+void TableBuilder::checkReference(const std::string& name, const tsql::ForeignKey& key,
+                                  const Table& parent, const std::vector<std::string>& columns) {
+    std::vector<std::vector<std::string>> keys = binder_.catalogue().candidateKeys(parent);
+    if (&parent == &table()) {
+        for (const TableKey& own : definition_.keys)
+            keys.push_back(own.columns);
+    }
+    if (!hasKeyOf(keys, columns)) {
+        throw ServerError(
+            1776,
+            "There are no primary or candidate keys in the referenced table '" + parent.name +
+                "' that match the referencing column list in the foreign key '" + name + "'.",
+            key.line, 16, 0);
+    }
+    newReferences_.push_back({table().name, parent.name, key.onDelete, key.onUpdate});
+    if (key.onDelete == tsql::ReferenceAction::None &&
+        key.onUpdate == tsql::ReferenceAction::None) {
+        return;
+    }
+    std::vector<Reference> references = binder_.catalogue().references();
+    references.insert(references.end(), newReferences_.begin(), newReferences_.end());
+    if (!reachesTwice(references)) return;
+    throw ServerError(1785,
+                      "Introducing FOREIGN KEY constraint '" + name + "' on table '" +
+                          table().name +
+                          "' may cause cycles or multiple cascade paths. Specify ON DELETE NO "
+                          "ACTION or ON UPDATE NO ACTION, or modify other FOREIGN KEY constraints.",
+                      key.line, 16, 0);
 }
 
 std::vector<std::string> TableBuilder::parentColumns(const tsql::ForeignKey& key,

@@ -49,7 +49,10 @@ private:
     void setDefault(Column& column, const tsql::DefaultOption& option, int line);
     void addKey(const tsql::KeyConstraint& constraint);
     void addForeignKey(const tsql::ForeignKey& key);
+    void checkReference(const std::string& name, const tsql::ForeignKey& key, const Table& parent,
+                        const std::vector<std::string>& columns);
     void addCheck(const tsql::CheckConstraint& check);
+    void requireNoVariables(int line) const;
     [[nodiscard]] std::vector<std::string> parentColumns(const tsql::ForeignKey& key,
                                                          const Table& parent) const;
     [[nodiscard]] std::string numbered(const std::string& stem);
@@ -59,6 +62,7 @@ private:
     TableDefinition definition_;
     std::vector<std::string> constraints_;
     std::vector<std::string> takenNames_;
+    std::vector<Reference> newReferences_;
 };
 
 /// Names as SQLite's list of them.
@@ -66,6 +70,11 @@ private:
 
 /// The name that an index has in the file: on the server a name belongs to its table.
 [[nodiscard]] std::string indexName(const Table& table, const std::string& name);
+
+/// Whether a computed column has the same value as long as its row does not change. Error 2729 for
+/// one that has not, in a key or an index.
+[[nodiscard]] bool isSteady(const Column& column);
+[[noreturn]] void notSteady(const Column& column, const Table& table, int line);
 
 /// A unique index beside one over columns that may be null: SQLite takes any number of nulls, the
 /// server only one. Empty when no column may be null.

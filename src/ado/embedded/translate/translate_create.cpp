@@ -1,6 +1,8 @@
 #include <algorithm>
+#include <array>
 
 #include "ado/embedded/translate/statements.hpp"
+#include "ado/embedded/translate/system_values.hpp"
 #include "ado/embedded/translate/table_builder.hpp"
 #include "tsql/server_error.hpp"
 
@@ -15,6 +17,21 @@ Translation translateCreate(const tsql::CreateTableStatement& statement, int lin
     return builder.translation();
 }
 
+bool isSteady(const Column& column) {
+    const std::string definition = column.defaultSql.value_or("");
+    return std::ranges::none_of(
+        std::array<std::string, 3>{kColumnSystemCall, kColumnStoredCall, "kap_now"},
+        [&](const std::string& call) { return definition.find(call + "(") != std::string::npos; });
+}
+
+void notSteady(const Column& column, const Table& table, int line) {
+    throw ServerError(2729,
+                      "Column '" + column.name + "' in table '" + table.name +
+                          "' cannot be used in an index or statistics or as a partition key "
+                          "because it is non-deterministic.",
+                      line);
+}
+
 namespace {
 
 std::string columnList(const tsql::CreateIndexStatement& statement, const Table& table, int line) {
@@ -26,6 +43,7 @@ std::string columnList(const tsql::CreateIndexStatement& statement, const Table&
                 1911, "Column name '" + each.name + "' does not exist in the target table or view.",
                 line);
         }
+        if (column->computed && !isSteady(*column)) notSteady(*column, table, line);
         const bool repeated =
             std::any_of(statement.columns.begin(), statement.columns.end(),
                         [&](const tsql::IndexColumn& other) {
@@ -41,6 +59,19 @@ std::string columnList(const tsql::CreateIndexStatement& statement, const Table&
         if (each.descending) list += " DESC";
     }
     return list;
+}
+
+// A filter whose answer changes by itself would leave rows in the index that no longer belong
+// there.
+void refuseChanging(const std::string& sql, const tsql::CreateIndexStatement& statement,
+                    const Table& table, int line) {
+    for (const char* call : {"kap_system(", "kap_call(", "kap_now(", "kap_newid(", "kap_random("}) {
+        if (sql.find(call) == std::string::npos) continue;
+        throw ServerError(10735,
+                          "Incorrect WHERE clause for filtered index '" + statement.name +
+                              "' on table '" + table.name + "'.",
+                          line, 15);
+    }
 }
 
 }  // namespace
@@ -64,6 +95,11 @@ Translation translateIndex(const tsql::CreateIndexStatement& statement, int line
         scope.sources.push_back(Binder::ownColumns(*table));
         scope.subqueriesRefused = true;
         sql += " WHERE " + binder.condition(*statement.where, scope);
+        if (!binder.usedVariables().empty()) {
+            throw ServerError(112, "Variables are not allowed in the CREATE INDEX statement.", line,
+                              15);
+        }
+        refuseChanging(sql, statement, *table, line);
     }
     Translation result;
     result.kind = StatementKind::Define;

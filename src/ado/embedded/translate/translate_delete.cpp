@@ -9,14 +9,26 @@ namespace {
 std::string plainDelete(const tsql::DeleteStatement& statement, const Table& table,
                         Binder& binder) {
     Scope scope;
-    scope.sources.push_back(Binder::tableSource(table, table.name));
+    const std::string& shown = shownName(table, statement.table, binder.names());
+    scope.sources.push_back(Binder::tableSource(table, shown));
     std::string sql =
-        "DELETE FROM " + tableSql(table.name, table.temporary) + " AS " + sqlName(table.name);
+        "DELETE FROM " + tableSql(table.name, table.temporary) + " AS " + sqlName(shown);
     if (statement.where) {
         scope.aggregates = AggregateUse::RefusedInWhere;
         sql += " WHERE " + binder.condition(*statement.where, scope);
     }
     return sql;
+}
+
+// TOP counts rows of the target, however often FROM brings them.
+std::string deleteFrom(const TargetRows& rows) {
+    const std::string found = "SELECT " + rows.rowNumber + " AS \"target row\"" + rows.tail;
+    return "DELETE FROM " + tableSql(rows.table->name, rows.table->temporary) + " WHERE " +
+           rowNumberName(*rows.table) + " IN (" +
+           (rows.limit.empty() ? found
+                               : "SELECT DISTINCT \"target row\" FROM (" + found +
+                                     ") WHERE \"target row\" IS NOT NULL" + rows.limit) +
+           ")";
 }
 
 }  // namespace
@@ -28,7 +40,8 @@ Translation translateDelete(const tsql::DeleteStatement& statement, const Names&
     result.kind = StatementKind::Delete;
     result.writes = true;
     binder.limitRecursion(statement.maxRecursion);
-    const std::string with = binder.commonTables(statement.commonTables, nullptr, &statement.table);
+    const std::string with = binder.commonTables(statement.commonTables, nullptr,
+                                                 &targetName(statement.table, statement.from));
     const Table* table = nullptr;
     const bool whole = statement.from.empty() && !statement.top && names.settings().rowLimit == 0 &&
                        binder.commonTarget().table == nullptr;
@@ -40,14 +53,14 @@ Translation translateDelete(const tsql::DeleteStatement& statement, const Names&
         const TargetRows rows = bindTarget(binder, statement.table, statement.from, statement.where,
                                            statement.top, scope);
         table = rows.table;
-        const std::string rowNumber = rowNumberName(*table);
-        result.sql.push_back(with + "DELETE FROM " + tableSql(table->name, table->temporary) +
-                             " WHERE " + rowNumber + " IN (SELECT " + rows.rowNumber + rows.tail +
-                             rows.limit + ")");
+        const WriteFrom write{rows, scope, tsql::kOnDelete, statement.output, {}, with};
+        if (!outputOfSources(write, binder, result)) result.sql.push_back(with + deleteFrom(rows));
     }
     result.table = table->name;
     result.temporary = table->temporary;
-    result.capture = captureFor(*table, tsql::kOnDelete, statement.output, binder);
+    if (result.merge == nullptr) {
+        result.capture = captureFor(*table, tsql::kOnDelete, statement.output, binder);
+    }
     result.positioned = isPositioned(statement.where);
     binder.finish(result);
     return result;

@@ -1,7 +1,7 @@
 #include <algorithm>
-#include <atomic>
 
 #include "ado/embedded/translate/capture.hpp"
+#include "ado/embedded/translate/found_rows.hpp"
 #include "ado/embedded/translate/statements.hpp"
 #include "tsql/server_error.hpp"
 #include "tsql/text.hpp"
@@ -17,63 +17,20 @@ using tsql::ServerError;
 
 namespace {
 
-std::string nextName(const char* what) {
-    static std::atomic<std::int64_t> last{0};
-    return "temp." + sqlName(std::string("kap merge ") + what + " " + tsql::integerText(++last));
-}
-
-std::string numbered(const char* prefix, std::size_t index) {
-    return sqlName(prefix + tsql::integerText(static_cast<std::int64_t>(index) + 1));
-}
-
-// ", "c1", "c2"": so many columns, each after a comma.
-std::string columnList(const char* prefix, std::size_t count) {
-    std::string list;
-    for (std::size_t i = 0; i < count; ++i)
-        list += ", " + numbered(prefix, i);
-    return list;
-}
-
-std::string nulls(std::size_t count) {
-    std::string list;
-    for (std::size_t i = 0; i < count; ++i)
-        list += ", NULL";
-    return list;
-}
-
-std::string tableColumns(const Table& table, const char* row) {
-    std::string list;
-    for (const Column& column : table.columns)
-        list += ", " + std::string(row) + "." + sqlName(column.name);
-    return list;
-}
-
 std::uint8_t eventOf(const MergeAction& action) {
     if (std::holds_alternative<tsql::InsertStatement>(action.action)) return tsql::kOnInsert;
     return std::holds_alternative<tsql::UpdateStatement>(action.action) ? tsql::kOnUpdate
                                                                         : tsql::kOnDelete;
 }
 
-const char* nameOf(std::uint8_t event) {
-    return event == tsql::kOnInsert   ? "'INSERT'"
-           : event == tsql::kOnUpdate ? "'UPDATE'"
-                                      : "'DELETE'";
-}
-
-// The columns of a table under the names that they have in the rows that are kept.
-Source keptSource(const Table& table, const char* name, const char* prefix) {
-    Source source = Binder::tableSource(table, name);
-    for (std::size_t i = 0; i < source.columns.size(); ++i) {
-        Typed& value = source.columns[i].value;
-        value = Typed::expression("\"done\"." + numbered(prefix, i), value.type, true);
-    }
-    return source;
-}
-
 class MergeWriter {
 public:
     MergeWriter(const MergeStatement& statement, int line, const Names& names)
-        : statement_(statement), line_(line), binder_(names), table_(target(statement, names)) {}
+        : statement_(statement),
+          line_(line),
+          binder_(names),
+          table_(target(statement, names)),
+          rows_(table_) {}
 
     Translation write() {
         binder_.limitRecursion(statement_.maxRecursion);
@@ -86,16 +43,18 @@ public:
         result.table = table_.name;
         result.temporary = table_.temporary;
         result.capture = capture();
-        makeTables(result.capture.has_value());
+        const bool kept = result.capture.has_value();
+        sourceColumns_ = kept && statement_.output ? source_.columns.size() : 0;
+        rows_.makeTables(plan_, widest_, sourceColumns_, kept);
         for (std::size_t i = 0; i < statement_.actions.size(); ++i)
             plan_.find.push_back(findText(i));
-        plan_.repeated = "SELECT 1 FROM " + found_ +
+        plan_.repeated = "SELECT 1 FROM " + rows_.found() +
                          " WHERE \"target row\" IS NOT NULL GROUP BY \"target row\" HAVING "
                          "count(*) > 1 LIMIT 1";
         plan_.limit = limitText();
         // A unique value that goes is free for the row that comes.
         for (const std::uint8_t event : {tsql::kOnDelete, tsql::kOnUpdate, tsql::kOnInsert})
-            addSteps(event, result.capture.has_value());
+            addSteps(event, kept);
         result.merge = std::make_shared<const MergePlan>(std::move(plan_));
         binder_.finish(result);
         return result;
@@ -119,9 +78,7 @@ private:
     }
 
     void bindSources() {
-        const bool local = table_.name != statement_.table.last() &&
-                           binder_.names().localTable(statement_.table.last()) != nullptr;
-        const std::string& own = local ? statement_.table.last() : table_.name;
+        const std::string& own = shownName(table_, statement_.table, binder_.names());
         const std::string& name = statement_.alias.empty() ? own : statement_.alias;
         Scope outside;
         BoundSource source = binder_.from(statement_.source, outside);
@@ -194,21 +151,6 @@ private:
         }
     }
 
-    void makeTables(bool kept) {
-        sourceColumns_ = kept && statement_.output ? source_.columns.size() : 0;
-        plan_.make.push_back("CREATE TABLE " + found_ +
-                             " (\"row\" INTEGER PRIMARY KEY, \"target row\", \"action\"" +
-                             columnList("c", widest_) + columnList("s", sourceColumns_) + ")");
-        plan_.remove.push_back("DROP TABLE " + found_);
-        if (!kept) return;
-        std::string columns = columnList("i", table_.columns.size());
-        columns += columnList("d", table_.columns.size());
-        plan_.make.push_back("CREATE TABLE " + done_ +
-                             " (\"row\" INTEGER PRIMARY KEY, \"action\", \"found row\"" + columns +
-                             ")");
-        plan_.remove.push_back("DROP TABLE " + done_);
-    }
-
     // Of several actions for the same rows the first whose condition holds is taken.
     std::string conditionsOf(std::size_t index) const {
         std::string text;
@@ -233,16 +175,11 @@ private:
             const std::string& other = target ? sourceSql_ : targetSql_;
             from = own + " WHERE NOT EXISTS (SELECT 1 FROM " + other + " WHERE " + condition_ + ")";
         }
-        std::string values;
-        for (const std::string& value : bound.values)
-            values += ", " + value;
+        std::vector<std::string> columns;
         for (std::size_t i = 0; i < sourceColumns_; ++i)
-            values += ", " + (source ? source_.columns[i].value.sql : "NULL");
-        return with_ + "INSERT INTO " + found_ + " (\"target row\", \"action\"" +
-               columnList("c", bound.values.size()) + columnList("s", sourceColumns_) +
-               ") SELECT " + (target ? targetRow_ : "NULL") + ", " +
-               tsql::integerText(static_cast<std::int64_t>(index)) + values + " FROM " + from +
-               conditionsOf(index);
+            columns.push_back(source ? source_.columns[i].value.sql : "NULL");
+        return with_ + rows_.findText(target ? targetRow_ : "NULL", index, bound.values, columns) +
+               " FROM " + from + conditionsOf(index);
     }
 
     std::string limitText() {
@@ -254,7 +191,7 @@ private:
         } else if (const std::int64_t rows = binder_.names().settings().rowLimit; rows > 0) {
             most = tsql::integerText(rows);
         }
-        return most.empty() ? most : "DELETE FROM " + found_ + " WHERE \"row\" > " + most;
+        return most.empty() ? most : "DELETE FROM " + rows_.found() + " WHERE \"row\" > " + most;
     }
 
     void addSteps(std::uint8_t event, bool kept) {
@@ -263,33 +200,15 @@ private:
             if (eventOf(action) != event) continue;
             MergeStep step;
             step.event = event;
-            const std::string chosen =
-                "\"action\" = " + tsql::integerText(static_cast<std::int64_t>(i));
-            step.sql = event == tsql::kOnDelete   ? deleteText(chosen)
-                       : event == tsql::kOnUpdate ? updateText(bound_[i], chosen)
+            const std::string chosen = chosenBy(i);
+            step.sql = event == tsql::kOnDelete   ? rows_.deleteText(chosen)
+                       : event == tsql::kOnUpdate ? rows_.updateText(bound_[i].columns, chosen)
                                                   : insertText(bound_[i], chosen);
-            if (kept) step.keep = keepText(event, chosen);
+            if (kept) step.keep = rows_.keepText(event, chosen);
             for (const Column* column : bound_[i].columns)
                 step.columns.push_back(column->name);
             plan_.steps.push_back(std::move(step));
         }
-    }
-
-    std::string deleteText(const std::string& chosen) const {
-        return "DELETE FROM " + tableSql(table_.name, table_.temporary) + " WHERE " +
-               rowNumberName(table_) + " IN (SELECT \"target row\" FROM " + found_ + " WHERE " +
-               chosen + ")";
-    }
-
-    std::string updateText(const Bound& bound, const std::string& chosen) const {
-        std::string list;
-        for (std::size_t i = 0; i < bound.columns.size(); ++i) {
-            list += (i == 0 ? "" : ", ") + sqlName(bound.columns[i]->name) + " = \"found\"." +
-                    numbered("c", i);
-        }
-        return "UPDATE " + tableSql(table_.name, table_.temporary) + " AS \"target\" SET " + list +
-               rowVersionAssignment(table_) + " FROM " + found_ + " AS \"found\" WHERE \"found\"." +
-               chosen + " AND \"target\"." + rowNumberName(table_) + " = \"found\".\"target row\"";
     }
 
     std::string insertText(const Bound& bound, const std::string& chosen) const {
@@ -301,7 +220,7 @@ private:
         };
         for (std::size_t i = 0; i < bound.columns.size(); ++i) {
             const Column& column = *bound.columns[i];
-            const std::string value = numbered("c", i);
+            const std::string value = foundColumn("c", i);
             add(column, column.identity ? givenIdentity(table_, value) : value);
         }
         for (const Column& column : table_.columns) {
@@ -313,38 +232,8 @@ private:
             }
         }
         return "INSERT INTO " + tableSql(table_.name, table_.temporary) + " (" + columns +
-               ") SELECT " + values + " FROM " + found_ + " WHERE " + chosen + " ORDER BY \"row\"";
-    }
-
-    // The rows that a step has written, each with the found row that it comes from.
-    std::string keepText(std::uint8_t event, const std::string& chosen) const {
-        const std::string inserted =
-            "temp." + sqlName(capturedRows(table_, RowState::Inserted).name);
-        const std::string deleted = "temp." + sqlName(capturedRows(table_, RowState::Deleted).name);
-        const std::size_t count = table_.columns.size();
-        std::string text = "INSERT INTO " + done_ + " (\"action\", \"found row\"" +
-                           columnList("i", count) + columnList("d", count) + ") SELECT " +
-                           nameOf(event) + ", \"found\".\"row\"";
-        if (event == tsql::kOnInsert) {
-            return text + tableColumns(table_, "\"new\"") + nulls(count) +
-                   " FROM (SELECT *, row_number() OVER (ORDER BY \"kap row\") AS \"kap number\" "
-                   "FROM " +
-                   inserted +
-                   ") AS \"new\" JOIN (SELECT \"row\", row_number() OVER (ORDER BY \"row\") AS "
-                   "\"kap number\" FROM " +
-                   found_ + " WHERE " + chosen +
-                   ") AS \"found\" ON \"new\".\"kap number\" = \"found\".\"kap number\" ORDER BY "
-                   "\"found\".\"row\"";
-        }
-        const bool update = event == tsql::kOnUpdate;
-        text += update ? tableColumns(table_, "\"new\"") : nulls(count);
-        text += tableColumns(table_, "\"old\"") + " FROM " + found_ + " AS \"found\" JOIN " +
-                deleted + " AS \"old\" ON \"old\".\"kap target\" = \"found\".\"target row\"";
-        if (update) {
-            text +=
-                " JOIN " + inserted + " AS \"new\" ON \"new\".\"kap row\" = \"old\".\"kap row\"";
-        }
-        return text + " WHERE \"found\"." + chosen + " ORDER BY \"found\".\"row\"";
+               ") SELECT " + values + " FROM " + rows_.found() + " WHERE " + chosen +
+               " ORDER BY \"row\"";
     }
 
     // Written rows are kept for OUTPUT and for triggers of any of the actions.
@@ -355,17 +244,7 @@ private:
         capture.forTriggers = (table_.triggerEvents & capture.event) != 0;
         if (!capture.forTriggers && !statement_.output) return std::nullopt;
         if (statement_.output) addOutput(capture);
-        for (const RowState state : {RowState::Inserted, RowState::Deleted}) {
-            const bool before = state == RowState::Deleted;
-            const std::string table = "temp." + sqlName(capturedRows(table_, state).name);
-            std::string columns;
-            for (const Column& column : table_.columns)
-                columns += ", " + sqlName(column.name);
-            plan_.refill.push_back(
-                "INSERT INTO " + table + " (\"kap row\"" + columns + ") SELECT \"row\"" +
-                columnList(before ? "d" : "i", table_.columns.size()) + " FROM " + done_ +
-                " WHERE \"action\" = ?1 AND \"action\" <> " + (before ? "'INSERT'" : "'DELETE'"));
-        }
+        rows_.refill(plan_);
         return capture;
     }
 
@@ -377,26 +256,17 @@ private:
             {"$action", Typed::expression("\"done\".\"action\"",
                                           {tsql::SqlType::NVarChar, kActionLength}, false)});
         scope.sources.push_back(std::move(action));
-        scope.sources.push_back(keptSource(table_, "inserted", "i"));
-        scope.sources.push_back(keptSource(table_, "deleted", "d"));
-        Source source = source_;
-        source.table = nullptr;
-        for (std::size_t i = 0; i < source.columns.size(); ++i) {
-            Typed& value = source.columns[i].value;
-            value = Typed::expression("\"found\"." + numbered("s", i), value.type, true);
-        }
-        scope.sources.push_back(std::move(source));
-        embedded::addOutput(capture, *statement_.output, scope,
-                            done_ + " AS \"done\" JOIN " + found_ +
-                                " AS \"found\" ON \"found\".\"row\" = \"done\".\"found row\" ORDER "
-                                "BY \"done\".\"row\"",
-                            binder_);
+        scope.sources.push_back(rows_.written(RowState::Inserted));
+        scope.sources.push_back(rows_.written(RowState::Deleted));
+        scope.sources.push_back(FoundRows::foundSource(source_, 0));
+        embedded::addOutput(capture, *statement_.output, scope, rows_.outputFrom(), binder_);
     }
 
     const MergeStatement& statement_;
     int line_;
     Binder binder_;
     const Table& table_;
+    FoundRows rows_;
     std::string with_;
     Source targetSource_;
     Source source_;
@@ -408,8 +278,6 @@ private:
     std::size_t widest_ = 0;
     std::size_t sourceColumns_ = 0;
     bool givesIdentity_ = false;
-    std::string found_ = nextName("found");
-    std::string done_ = nextName("done");
     MergePlan plan_;
 };
 

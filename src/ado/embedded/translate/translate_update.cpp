@@ -44,6 +44,20 @@ Typed throughVariable(const std::string& name, const Typed& value, int line, Bin
     return Typed::expression(sql, binder.names().variable(name)->type, true);
 }
 
+// A column of the target that is given the value that it has.
+BoundAssignment unchanged(const Table& table, const Binder& binder, const Scope& scope, int line) {
+    const Binder::CommonTarget& common = binder.commonTarget();
+    const Source& source = scope.sources[scope.target];
+    for (std::size_t i = 0; i < source.columns.size(); ++i) {
+        const Column* column =
+            common.table == &table ? common.columns[i].second : &table.columns[i];
+        const bool own = column != nullptr && table.find(column->name) == column;
+        if (!own || column->computed || column->identity || column->isRowVersion()) continue;
+        return {column, source.columns[i].value.sql};
+    }
+    throw tsql::unsupported("SET @variable in UPDATE of this table", line);
+}
+
 // Variables that are assigned without a column go along with the first column that is written.
 void addVariables(const UpdateStatement& statement, const Table& table, Binder& binder,
                   Scope& scope, std::vector<BoundAssignment>& result) {
@@ -52,18 +66,7 @@ void addVariables(const UpdateStatement& statement, const Table& table, Binder& 
         const int line = assignment.value.value->line;
         const Typed value = binder.value(*assignment.value.value, scope);
         const std::string sql = assignedTo(assignment.variable, value, line, binder);
-        if (result.empty()) {
-            const auto writable =
-                std::find_if(table.columns.begin(), table.columns.end(), [](const Column& column) {
-                    return !column.computed && !column.identity && !column.isRowVersion();
-                });
-            if (writable == table.columns.end()) {
-                throw tsql::unsupported("SET @variable in UPDATE of this table", line);
-            }
-            const Source& source = scope.sources.front();
-            const auto own = static_cast<std::size_t>(writable - table.columns.begin());
-            result.push_back({&*writable, source.columns[own].value.sql});
-        }
+        if (result.empty()) result.push_back(unchanged(table, binder, scope, line));
         result.front().value = callText("kap_first", result.front().value, sql);
     }
 }
@@ -120,14 +123,15 @@ namespace {
 
 std::string plainUpdate(const UpdateStatement& statement, const Table& table, Binder& binder) {
     Scope scope;
-    scope.sources.push_back(Binder::tableSource(table, table.name));
+    const std::string& shown = shownName(table, statement.table, binder.names());
+    scope.sources.push_back(Binder::tableSource(table, shown));
     std::string list;
     for (const BoundAssignment& assignment : bindAssignments(statement, table, binder, scope)) {
         list += (list.empty() ? "" : ", ") + sqlName(assignment.column->name) + " = " +
                 assignment.value;
     }
-    std::string sql = "UPDATE " + tableSql(table.name, table.temporary) + " AS " +
-                      sqlName(table.name) + " SET " + list + rowVersionAssignment(table);
+    std::string sql = "UPDATE " + tableSql(table.name, table.temporary) + " AS " + sqlName(shown) +
+                      " SET " + list + rowVersionAssignment(table);
     if (statement.where) {
         scope.aggregates = AggregateUse::RefusedInWhere;
         sql += " WHERE " + binder.condition(*statement.where, scope);
@@ -189,7 +193,8 @@ Translation translateUpdateInSteps(const UpdateStatement& statement, const Names
     Binder binder(names);
     binder.limitRecursion(statement.maxRecursion);
     binder.writesColumns(assignedNames(statement));
-    const std::string with = binder.commonTables(statement.commonTables, nullptr, &statement.table);
+    const std::string with = binder.commonTables(statement.commonTables, nullptr,
+                                                 &targetName(statement.table, statement.from));
     Scope scope;
     const TargetRows rows =
         bindTarget(binder, statement.table, statement.from, statement.where, statement.top, scope);
@@ -223,8 +228,9 @@ Translation translateUpdate(const UpdateStatement& statement, const Names& names
     result.writes = true;
     binder.limitRecursion(statement.maxRecursion);
     const Table* table = findTable(statement.table, names);
-    if (table == nullptr) binder.writesColumns(assignedNames(statement));
-    const std::string with = binder.commonTables(statement.commonTables, nullptr, &statement.table);
+    binder.writesColumns(assignedNames(statement));
+    const std::string with = binder.commonTables(statement.commonTables, nullptr,
+                                                 &targetName(statement.table, statement.from));
     std::optional<std::string> plain;
     if (table != nullptr) plain = plainly(statement, names, *table, binder);
     if (plain) {
@@ -234,13 +240,18 @@ Translation translateUpdate(const UpdateStatement& statement, const Names& names
         const TargetRows rows = bindTarget(binder, statement.table, statement.from, statement.where,
                                            statement.top, scope);
         table = rows.table;
-        result.sql.push_back(with +
-                             updateFrom(rows, bindAssignments(statement, *table, binder, scope)));
+        const auto assignments = bindAssignments(statement, *table, binder, scope);
+        const WriteFrom write{rows, scope, tsql::kOnUpdate, statement.output, assignments, with};
+        if (!outputOfSources(write, binder, result)) {
+            result.sql.push_back(with + updateFrom(rows, assignments));
+        }
     }
     result.table = table->name;
     result.temporary = table->temporary;
-    result.capture = captureFor(*table, tsql::kOnUpdate, statement.output, binder);
-    addChecks(result, binder);
+    if (result.merge == nullptr) {
+        result.capture = captureFor(*table, tsql::kOnUpdate, statement.output, binder);
+        addChecks(result, binder);
+    }
     result.positioned = isPositioned(statement.where);
     binder.finish(result);
     return result;

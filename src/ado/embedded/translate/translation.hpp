@@ -82,12 +82,13 @@ struct MergeStep {
     std::vector<std::string> columns;  ///< that an UPDATE assigns
 };
 
-/// A MERGE: every row and its new values are found first, so that no action sees what another one
-/// has written.
+/// A MERGE, or an UPDATE or DELETE whose OUTPUT reads other tables: every row and its new values
+/// are found first, so that no action sees what another one has written.
 struct MergePlan {
     std::vector<std::string> make;    ///< the tables of found and of written rows
     std::vector<std::string> find;    ///< the rows of each action
-    std::string repeated;             ///< answers a row when a row of the target was found twice
+    std::string repeated;             ///< answers a row when a row of the target was found twice;
+                                      ///< empty where that is no error
     std::string limit;                ///< of TOP: leaves so many of the found rows; empty without
     std::vector<MergeStep> steps;     ///< deletes, then updates, then inserts
     std::vector<std::string> refill;  ///< the caught rows of one event: ?1 is the action's name
