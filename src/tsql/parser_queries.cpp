@@ -209,7 +209,7 @@ std::string Parser::optionalItemAlias() {
     };
     if (acceptKeyword("AS")) return isText() ? next().text : name();
     if (isText()) return next().text;
-    return atName() ? name() : std::string();
+    return atAlias() ? name() : std::string();
 }
 
 std::vector<OrderItem> Parser::orderItems() {

@@ -15,8 +15,8 @@ Script Parser::script() {
     while (acceptOperator(";")) {
     }
     // The first statement of a batch may be a procedure's name alone.
-    const bool switches = atKeyword("TRIGGER", 1);
-    if (atName() && !atOperator(":", 1) && !switches) {
+    const bool statementWord = atKeyword("TRIGGER", 1) || atKeyword("THROW");
+    if (atAlias() && !statementWord) {
         const int line = peek().line;
         result.push_back({procedureCall(), line});
     }
@@ -87,7 +87,7 @@ std::optional<Statement::Node> Parser::flowStatement() {
     if (acceptKeyword("CLOSE")) return openCursor(CursorAction::Close);
     if (acceptKeyword("DEALLOCATE")) return openCursor(CursorAction::Deallocate);
     if (acceptKeyword("FETCH")) return fetchStatement();
-    if (atName() && atOperator(":", 1)) {
+    if (atLabel()) {
         LabelStatement label{name()};
         next();
         return label;
@@ -138,7 +138,7 @@ Statement::Node Parser::transactionStatement(TransactionAction action) {
     }
     if (peek().kind == TokenKind::Variable) {
         result.variable = next().text;
-    } else if (atName() && !atOperator(":", 1)) {
+    } else if (atAlias()) {
         result.name = name();
     } else if (action == TransactionAction::Save) {
         unexpected();
@@ -172,7 +172,7 @@ bool Parser::atStatement() const {
     for (const char* word : kFirstWords) {
         if (atKeyword(word)) return true;
     }
-    return atName() && atOperator(":", 1);
+    return atLabel();
 }
 
 }  // namespace kap::tsql

@@ -136,7 +136,7 @@ TableSourcePtr Parser::namedSource() {
 
 std::string Parser::optionalTableAlias() {
     if (acceptKeyword("AS")) return name();
-    return atName() ? name() : std::string();
+    return atAlias() ? name() : std::string();
 }
 
 }  // namespace kap::tsql

@@ -85,6 +85,9 @@ private:
     [[noreturn]] void refuse(const std::string& construct) const;
     void refuseKeyword(std::string_view word, const char* construct) const;
     [[nodiscard]] bool atName(std::size_t ahead = 0) const;
+    // A name that is no label: behind what may have an alias the next statement may begin with one.
+    [[nodiscard]] bool atAlias() const { return atName() && !atLabel(); }
+    [[nodiscard]] bool atLabel() const { return atName() && atOperator(":", 1); }
     std::string name();
     ObjectName objectName();
     ObjectName tableName();

@@ -66,6 +66,90 @@ TEST(ParserFlow, TakesTheFirstNameOfABatchForAProcedure) {
               "(exec sp_dboption (in N'pubs') (in 'x') (in N'true'))");
 }
 
+TEST(ParserFlow, TakesThrowForAStatementAlsoAtTheBeginning) {
+    EXPECT_EQ(parsed("THROW 50001, 'm', 1"), "(throw 50001 'm' 1)");
+    EXPECT_EQ(parsed("throw"), "(throw)");
+}
+
+TEST(ParserFlow, EndsEveryStatementAtALabel) {
+    for (const std::string statement : {"SELECT 1",
+                                        "SELECT a",
+                                        "SELECT a AS b",
+                                        "SELECT @a = 1",
+                                        "SELECT a FROM t",
+                                        "SELECT a FROM t AS x",
+                                        "SELECT a FROM t x",
+                                        "SELECT a FROM t WITH (NOLOCK)",
+                                        "SELECT a FROM (SELECT 1 AS a) x",
+                                        "SELECT a FROM t JOIN u ON t.a = u.a",
+                                        "SELECT a FROM t CROSS JOIN u",
+                                        "SELECT a FROM t ORDER BY a",
+                                        "SELECT a FROM t ORDER BY a DESC",
+                                        "SELECT a FROM t GROUP BY a",
+                                        "SELECT a FROM t GROUP BY a HAVING a > 1",
+                                        "SELECT a FROM t WHERE a IN (1)",
+                                        "SELECT a INTO x FROM t",
+                                        "SELECT 1 UNION SELECT 2",
+                                        "INSERT t VALUES (1)",
+                                        "INSERT t DEFAULT VALUES",
+                                        "INSERT t SELECT a FROM u",
+                                        "INSERT t EXEC p",
+                                        "UPDATE t SET a = 1",
+                                        "UPDATE t SET a = 1 FROM u",
+                                        "UPDATE t SET a = 1 WHERE a = 2",
+                                        "DELETE t",
+                                        "DELETE FROM t",
+                                        "DELETE t FROM u",
+                                        "TRUNCATE TABLE t",
+                                        "EXEC p",
+                                        "EXEC p 1",
+                                        "EXEC p @a = 1",
+                                        "EXEC ('x')",
+                                        "EXEC @a",
+                                        "DECLARE @a int",
+                                        "DECLARE @a int = 1",
+                                        "DECLARE @a TABLE (a int)",
+                                        "DECLARE c CURSOR FOR SELECT a FROM t",
+                                        "SET @a = 1",
+                                        "SET NOCOUNT ON",
+                                        "SET ROWCOUNT 1",
+                                        "IF 1 = 1 SELECT a FROM t",
+                                        "IF 1 = 1 SELECT 1 ELSE SELECT a FROM t",
+                                        "WHILE 1 = 1 SELECT a FROM t",
+                                        "BEGIN SELECT 1 END",
+                                        "BEGIN TRAN",
+                                        "COMMIT",
+                                        "COMMIT TRAN",
+                                        "ROLLBACK TRAN x",
+                                        "SAVE TRAN x",
+                                        "RETURN",
+                                        "RETURN 1",
+                                        "PRINT 'x'",
+                                        "RAISERROR ('x', 1, 1)",
+                                        "RAISERROR 50001 'x'",
+                                        "THROW 50001, 'x', 1",
+                                        "WAITFOR DELAY '0:0'",
+                                        "GOTO x",
+                                        "OPEN c",
+                                        "CLOSE c",
+                                        "DEALLOCATE c",
+                                        "FETCH c",
+                                        "FETCH NEXT FROM c INTO @a",
+                                        "CREATE TABLE t (a int)",
+                                        "CREATE INDEX i ON t (a)",
+                                        "ALTER TABLE t ADD a int",
+                                        "DROP TABLE t",
+                                        "DROP INDEX t.i",
+                                        "USE x",
+                                        "CHECKPOINT",
+                                        "DBCC CHECKDB",
+                                        "GRANT SELECT ON t TO public"}) {
+        SCOPED_TRACE(statement);
+        EXPECT_EQ(parsed(statement + "\nfine:\nPRINT 1"),
+                  parsed(statement) + "\n(label fine)\n(print 1)");
+    }
+}
+
 TEST(ParserFlow, ReadsBothFormsOfRaiserror) {
     EXPECT_EQ(parsed("RAISERROR ('x %d', 16, 1, 5) WITH NOWAIT"),
               "(raiserror 'x %d' 16 1 (with 5))");
