@@ -4,6 +4,7 @@
 #include <thread>
 
 #include "ado/embedded/sqlite.hpp"
+#include "ado/embedded/time_limit.hpp"
 
 namespace kap::ado::embedded {
 namespace {
@@ -28,6 +29,7 @@ void LockWait::install(sqlite3* database) {
     if (sqlite3_busy_handler(database, &LockWait::called, this) != SQLITE_OK) {
         throw lastError(database);
     }
+    database_ = database;
 }
 
 int LockWait::called(void* self, int attempt) {
@@ -43,7 +45,7 @@ bool LockWait::wait(int attempt) {
         start_ = now;
         firstSince_ = now;
     }
-    if (now - start_ >= limit_) {
+    if (now - start_ >= limit_ || TimeLimit::isOver(database_)) {
         return false;
     }
     const auto waited = now - firstSince_;
@@ -60,7 +62,8 @@ bool LockWait::wait(int attempt) {
 bool LockWait::standInLine() {
     rushes_ = 0;
     const auto passed = steady_clock::now() - start_;
-    const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(limit_ - passed);
+    const auto left = TimeLimit::left(
+        database_, std::chrono::duration_cast<std::chrono::milliseconds>(limit_ - passed));
     const bool first = !queue_ || queue_->enter(left);
     firstSince_ = steady_clock::now();
     return first && left.count() > 0;

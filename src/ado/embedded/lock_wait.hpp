@@ -10,7 +10,8 @@
 
 namespace kap::ado::embedded {
 
-// Waits for a locked file, up to a limit. Those who wait to write it stand in line, and only the
+// Waits for a locked file, up to a limit, and no longer than the request that wants it may take.
+// Those who wait to write it stand in line, and only the
 // first looks whether it is free.
 //
 // Left to themselves, processes that write all the time take the lock again before anybody who
@@ -49,6 +50,7 @@ private:
     [[nodiscard]] bool wait(int attempt);
     [[nodiscard]] bool standInLine();
 
+    sqlite3* database_ = nullptr;
     std::chrono::milliseconds first_;
     std::chrono::milliseconds limit_;
     std::chrono::steady_clock::time_point start_;       // of the wait

@@ -120,9 +120,13 @@ void SchemaCatalogue::refresh() {
         return;
     }
     invalidate();
-    knownVersion_ = version;
     // SQLite keeps a schema of its own, which only running a statement brings up to date.
     PreparedStatement(database_.handle(), "SELECT 1 FROM main.sqlite_schema LIMIT 1").run();
+    knownVersion_ = version;
+    if (version != fileVersion_) {
+        fileVersion_ = version;
+        ++fileChanges_;
+    }
 }
 
 void SchemaCatalogue::invalidate() {
@@ -134,6 +138,13 @@ void SchemaCatalogue::invalidate() {
     views_.clear();
     functions_.clear();
     counters_.schemaChanged();
+}
+
+void SchemaCatalogue::undone() {
+    invalidate();
+    // The file's next version may have the number of one that was undone.
+    fileVersion_ = -1;
+    ++undoings_;
 }
 
 void SchemaCatalogue::readNames() const {

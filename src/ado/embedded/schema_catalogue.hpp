@@ -105,6 +105,11 @@ public:
     void refresh();
     // The schema is being changed by this connection.
     void invalidate();
+    // What this connection has changed of the schema was undone.
+    void undone();
+    [[nodiscard]] std::uint64_t undoings() const noexcept { return undoings_; }
+    // Counts the times that refresh() has found another schema in the file, whoever changed it.
+    [[nodiscard]] std::uint64_t fileChanges() const noexcept { return fileChanges_; }
     // Another number each time that everything was forgotten.
     [[nodiscard]] std::uint64_t generation() const noexcept { return generation_; }
 
@@ -127,6 +132,9 @@ private:
     Counters& counters_;
     PreparedStatement version_;
     std::int64_t knownVersion_ = -1;
+    std::int64_t fileVersion_ = -1;
+    std::uint64_t fileChanges_ = 0;
+    std::uint64_t undoings_ = 0;
     std::uint64_t generation_ = 0;
     // By the name with its case folded; empty until a table is asked for.
     mutable std::unordered_map<std::string, Entry> tables_;

@@ -217,6 +217,9 @@ ErrorReach reachOf(int serverNumber) {
         case 8169:
         // The trigger has ended the transaction itself.
         case 3609:
+        case 3616:
+        // Nothing is left of the transaction in which it ran.
+        case 3971:
         // What the file is written on has failed.
         case kInputOutput:
         case kDamaged:

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "ado/embedded/definition_tokens.hpp"
+#include "ado/embedded/time_limit.hpp"
 #include "ado/embedded/translate/statements.hpp"
 #include "tsql/parser.hpp"
 #include "tsql/server_error.hpp"
@@ -12,6 +13,26 @@ namespace kap::ado::embedded {
 
 using tsql::ServerError;
 using Action = tsql::AlterTableStatement::Action;
+
+namespace {
+
+// A setting of the connection for as long as it lives: none may stay when a change fails half-way.
+class PragmaScope {
+public:
+    PragmaScope(Database& database, const char* on, const char* off)
+        : database_(database), off_(off) {
+        database_.run(on);
+    }
+    PragmaScope(const PragmaScope&) = delete;
+    PragmaScope& operator=(const PragmaScope&) = delete;
+    ~PragmaScope() { sqlite3_exec(database_.handle(), off_, nullptr, nullptr, nullptr); }
+
+private:
+    Database& database_;
+    const char* off_;
+};
+
+}  // namespace
 
 const Table& TableChanger::requireTable(const std::string& name, int line) const {
     const Table* table = catalogue_.find(name);
@@ -42,7 +63,10 @@ TableText TableChanger::textOf(const Table& table) {
 
 void TableChanger::setText(const Table& table, const TableText& text) {
     const std::string schema = table.temporary ? "temp" : "main";
-    run("PRAGMA writable_schema = ON");
+    const TimeLimit::Pause whole;
+    // Its end reads the schema again, from the new text.
+    const PragmaScope writable(connection_.database(), "PRAGMA writable_schema = ON",
+                               "PRAGMA writable_schema = RESET");
     {
         PreparedStatement update(connection_.handle(),
                                  "UPDATE " + schema +
@@ -60,8 +84,6 @@ void TableChanger::setText(const Table& table, const TableText& text) {
         version = look.integer(0);
     }
     run("PRAGMA " + schema + ".schema_version = " + tsql::integerText(version + 1));
-    // Reads the schema again, from the new text.
-    run("PRAGMA writable_schema = RESET");
 }
 
 void TableChanger::alter(const tsql::AlterTableStatement& statement, const Names& names, int line) {
@@ -314,9 +336,12 @@ void TableChanger::dropFirstKey(const Table& table, TableText& text,
     }
     const std::string old = "kap old " + table.name;
     const std::string sql = text.sql();
-    run("PRAGMA legacy_alter_table = ON");
-    run("ALTER TABLE main." + sqlName(table.name) + " RENAME TO " + sqlName(old));
-    run("PRAGMA legacy_alter_table = OFF");
+    {
+        const TimeLimit::Pause whole;
+        const PragmaScope legacy(connection_.database(), "PRAGMA legacy_alter_table = ON",
+                                 "PRAGMA legacy_alter_table = OFF");
+        run("ALTER TABLE main." + sqlName(table.name) + " RENAME TO " + sqlName(old));
+    }
     run(sql);
     run("INSERT INTO main." + sqlName(table.name) + " (" + columns + ") SELECT " + columns +
         " FROM main." + sqlName(old));

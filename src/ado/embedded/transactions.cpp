@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "ado/embedded/functions/value.hpp"
+#include "ado/embedded/time_limit.hpp"
 #include "tsql/server_error.hpp"
 
 namespace kap::ado::embedded {
@@ -12,6 +13,10 @@ namespace {
     throw tsql::ServerError(number, std::string("The ") + verb +
                                         " TRANSACTION request has no corresponding BEGIN "
                                         "TRANSACTION.");
+}
+
+tsql::ServerError transactionLost() {
+    return {3971, "The server failed to resume the transaction."};
 }
 
 // Names compare without case, as SQLite's own do, and may hold anything.
@@ -38,54 +43,90 @@ Transactions::~Transactions() {
     }
 }
 
-void Transactions::open() {
-    {
-        const LockWait::Turn turn(lockWait_);
-        beginImmediate_.run();
+bool Transactions::joinsOpen() {
+    const bool open = database_.inTransaction();
+    if (open && (depth_ > 0 || scoped_)) {
+        return true;
     }
+    const bool endedWithinScope = !open && scoped_;
+    if (open || depth_ > 0 || scoped_) {
+        discard();
+    }
+    if (endedWithinScope) {
+        throw transactionLost();
+    }
+    return false;
+}
+
+void Transactions::open(Access access) {
+    const TimeLimit::Pause whole;
     try {
+        if (access == Access::Read) {
+            beginDeferred_.run();
+        } else {
+            const LockWait::Turn turn(lockWait_);
+            beginImmediate_.run();
+        }
         catalogue_.refresh();
-    } catch (const SqliteError&) {
+    } catch (...) {
         discard();
         throw;
     }
+    // What was read of them outside a transaction may be older than the file.
+    counters_.transactionEnded();
     startGeneration_ = catalogue_.generation();
+    scoped_ = true;
 }
 
 void Transactions::close() {
+    const TimeLimit::Pause whole;
     try {
         counters_.flush();
         commit_.run();
-    } catch (const SqliteError&) {
+    } catch (...) {
         discard();
         throw;
     }
+    scoped_ = false;
     counters_.transactionEnded();
 }
 
 // After some failures (a full disk) SQLite has ended the transaction itself, and has nothing more
 // to roll back.
 void Transactions::discard() noexcept {
+    const TimeLimit::Pause whole;
     sqlite3_exec(database_.handle(), "ROLLBACK", nullptr, nullptr, nullptr);
+    scoped_ = false;
+    forget();
+}
+
+void Transactions::forget() noexcept {
     depth_ = 0;
     savePoints_.clear();
     counters_.transactionEnded();
     if (catalogue_.generation() != startGeneration_) {
-        catalogue_.invalidate();
+        catalogue_.undone();
     }
 }
 
 void Transactions::begin() {
-    if (depth_ == 0) {
-        open();
-        // What a rollback goes back to without giving up the lock.
-        database_.run("SAVEPOINT kap_transaction");
+    const TimeLimit::Pause whole;
+    if (!joinsOpen()) {
+        open(Access::Write);
+        try {
+            // What a rollback goes back to without giving up the lock.
+            database_.run("SAVEPOINT kap_transaction");
+        } catch (...) {
+            discard();
+            throw;
+        }
+        scoped_ = false;
     }
     ++depth_;
 }
 
 void Transactions::commit() {
-    if (depth_ == 0) {
+    if (!joinsOpen() || depth_ == 0) {
         noTransaction(3902, "COMMIT");
     }
     if (depth_ > 1) {
@@ -98,7 +139,7 @@ void Transactions::commit() {
 }
 
 void Transactions::rollback() {
-    if (depth_ == 0) {
+    if (!joinsOpen() || depth_ == 0) {
         noTransaction(3903, "ROLLBACK");
     }
     // What a trigger rolls back has answered nothing yet, so nobody holds its numbers.
@@ -112,11 +153,12 @@ void Transactions::rollback() {
 // somebody else's change, that change would look to the client like its own. So the counters alone
 // are kept, while the lock is still held.
 void Transactions::rollBackKeepingCounters() {
+    const TimeLimit::Pause whole;
     try {
         database_.run("ROLLBACK TO kap_transaction");
         counters_.flushAfterRollback();
         commit_.run();
-    } catch (const SqliteError&) {
+    } catch (...) {
         discard();
         throw;
     }
@@ -128,7 +170,8 @@ bool Transactions::hasSavePoint(const std::string& name) const {
 }
 
 void Transactions::save(const std::string& name) {
-    if (depth_ == 0) {
+    const TimeLimit::Pause whole;
+    if (!joinsOpen() || depth_ == 0) {
         throw tsql::ServerError(628,
                                 "Cannot issue SAVE TRANSACTION when there is no active "
                                 "transaction.");
@@ -138,27 +181,29 @@ void Transactions::save(const std::string& name) {
 }
 
 void Transactions::rollbackTo(const std::string& name) {
+    const TimeLimit::Pause whole;
     database_.run(("ROLLBACK TO " + savePointName(name)).c_str());
     while (!sameName(savePoints_.back(), name)) {
         savePoints_.pop_back();
     }
     if (catalogue_.generation() != startGeneration_) {
-        catalogue_.invalidate();
+        catalogue_.undone();
     }
 }
 
 void Transactions::undoStatement() noexcept {
+    const TimeLimit::Pause whole;
     sqlite3_exec(database_.handle(), "ROLLBACK TO kap_statement; RELEASE kap_statement", nullptr,
                  nullptr, nullptr);
     if (catalogue_.generation() != startGeneration_) {
-        catalogue_.invalidate();
+        catalogue_.undone();
     }
 }
 
 Transactions::WriteScope::WriteScope(Transactions& transactions, Writes writes)
-    : transactions_(transactions), own_(!transactions.database_.inTransaction()) {
+    : transactions_(transactions), own_(!transactions.joinsOpen()) {
     if (own_) {
-        transactions_.open();
+        transactions_.open(Access::Write);
     } else if (writes == Writes::Several) {
         expectSeveral();
     }
@@ -166,6 +211,7 @@ Transactions::WriteScope::WriteScope(Transactions& transactions, Writes writes)
 
 void Transactions::WriteScope::expectSeveral() {
     if (!own_ && !protected_) {
+        const TimeLimit::Pause whole;
         transactions_.protect_.run();
         protected_ = true;
     }
@@ -175,19 +221,25 @@ Transactions::WriteScope::~WriteScope() {
     if (ended_) {
         return;
     }
-    if (own_ || !transactions_.database_.inTransaction()) {
+    if (own_) {
         transactions_.discard();
+    } else if (!transactions_.database_.inTransaction()) {
+        transactions_.forget();  // and a scope around this one finds its transaction gone
     } else if (protected_) {
         transactions_.undoStatement();
     }
 }
 
 void Transactions::WriteScope::keep() {
+    if (!transactions_.database_.inTransaction()) {
+        throw transactionLost();
+    }
     if (own_) {
         ended_ = true;  // a commit that fails has been rolled back
         transactions_.close();
     } else {
         if (protected_) {
+            const TimeLimit::Pause whole;
             transactions_.release_.run();
         }
         ended_ = true;
@@ -210,23 +262,18 @@ Transactions::ImplicitScope::~ImplicitScope() {
 }
 
 Transactions::ReadScope::ReadScope(Transactions& transactions)
-    : transactions_(transactions), own_(!transactions.database_.inTransaction()) {
-    if (!own_) {
-        return;
-    }
-    transactions_.beginDeferred_.run();
-    try {
-        transactions_.catalogue_.refresh();
-    } catch (const SqliteError&) {
-        transactions_.discard();
-        throw;
+    : transactions_(transactions), own_(!transactions.joinsOpen()) {
+    if (own_) {
+        transactions_.open(Access::Read);
     }
 }
 
 Transactions::ReadScope::~ReadScope() {
     if (own_) {
         // Nothing was written: there is nothing to keep.
+        const TimeLimit::Pause whole;
         sqlite3_exec(transactions_.database_.handle(), "ROLLBACK", nullptr, nullptr, nullptr);
+        transactions_.scoped_ = false;
     }
 }
 

@@ -16,6 +16,10 @@ namespace kap::ado::embedded {
 //
 // Every writing transaction takes the file's write lock at its start, so that it cannot fail later
 // because another one was faster.
+//
+// Whether a transaction is open is known from the database alone: SQLite may have begun one and
+// answer an error, and it ends one by itself when a write cannot be undone otherwise (a full disk,
+// an interrupted write). What is kept here says only whose it is.
 class Transactions {
 public:
     Transactions(Connection& connection, Counters& counters, SchemaCatalogue& catalogue);
@@ -24,7 +28,8 @@ public:
     // A transaction that is still open is rolled back.
     ~Transactions();
 
-    [[nodiscard]] int depth() const noexcept { return depth_; }
+    // 0 also when SQLite has ended the transaction by itself.
+    [[nodiscard]] int depth() const noexcept { return database_.inTransaction() ? depth_ : 0; }
     void begin();
     // Raise ServerError 3902 and 3903 when there is none.
     void commit();
@@ -85,9 +90,17 @@ public:
     };
 
 private:
-    void open();
+    enum class Access : std::uint8_t { Read, Write };
+
+    // Whether there is a transaction that a scope is to work in. Afterwards what the database says
+    // and what is kept here agree: a transaction that nobody owns any more is undone, and one that
+    // SQLite has ended is forgotten. Error 3971 when it was that of a scope around this one.
+    [[nodiscard]] bool joinsOpen();
+    // Begins one that belongs to a scope, or nothing is begun.
+    void open(Access access);
     void close();
     void discard() noexcept;
+    void forget() noexcept;
     void undoStatement() noexcept;
     void rollBackKeepingCounters();
 
@@ -102,6 +115,7 @@ private:
     PreparedStatement release_;
     int depth_ = 0;
     bool implicit_ = false;  // `depth_` is that of an ImplicitScope
+    bool scoped_ = false;    // a WriteScope or ReadScope has begun the transaction and will end it
     std::vector<std::string> savePoints_;
     std::uint64_t startGeneration_ = 0;
 };

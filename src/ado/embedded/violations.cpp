@@ -4,6 +4,7 @@
 #include <set>
 
 #include "ado/embedded/functions/value.hpp"
+#include "ado/embedded/time_limit.hpp"
 #include "tsql/lexer.hpp"
 #include "tsql/text.hpp"
 
@@ -97,6 +98,8 @@ ServerError duplicate(const SchemaCatalogue& catalogue, const SqliteError& error
 
 ServerError explained(Connection& connection, const SchemaCatalogue& catalogue,
                       const SqliteError& error, const WriteContext& context) {
+    // That the time has passed is no failure of the statement, and ends more than it.
+    if (error.primaryCode() == SQLITE_INTERRUPT) throw error;
     if (connection.errorSlot().error || error.primaryCode() != SQLITE_CONSTRAINT ||
         context.table.empty()) {
         return connection.explain(error, context);
@@ -122,15 +125,19 @@ ServerError duplicateRows(const std::string& table, const std::string& index) {
                 table + "' and the index name '" + index + "'."};
 }
 
-void ForeignKeySearch::begin() {
-    connection_.database().run("SAVEPOINT kap_search");
-    connection_.database().run("PRAGMA defer_foreign_keys = ON");
+ForeignKeySearch::Trial::Trial(Database& database) : database_(database) {
+    const TimeLimit::Pause whole;
+    database_.run("SAVEPOINT kap_search");
+    // Ends by itself with the transaction.
+    database_.run("PRAGMA defer_foreign_keys = ON");
 }
 
-void ForeignKeySearch::end() {
-    connection_.database().run("ROLLBACK TO kap_search");
-    connection_.database().run("RELEASE kap_search");
-    connection_.database().run("PRAGMA defer_foreign_keys = OFF");
+ForeignKeySearch::Trial::~Trial() {
+    const TimeLimit::Pause whole;
+    for (const char* sql :
+         {"ROLLBACK TO kap_search", "RELEASE kap_search", "PRAGMA defer_foreign_keys = OFF"}) {
+        sqlite3_exec(database_.handle(), sql, nullptr, nullptr, nullptr);
+    }
 }
 
 ServerError ForeignKeySearch::unnamed(const WriteContext& context) {

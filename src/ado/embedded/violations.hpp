@@ -8,7 +8,7 @@
 namespace kap::ado::embedded {
 
 // A failed statement in the server's words. Of a constraint SQLite tells little; which one it was,
-// and where it lies, the catalogue knows.
+// and where it lies, the catalogue knows. Raises the failure again when it is an interruption.
 [[nodiscard]] tsql::ServerError explained(Connection& connection, const SchemaCatalogue& catalogue,
                                           const SqliteError& error, const WriteContext& context);
 
@@ -25,21 +25,29 @@ public:
 
     template <typename Again>
     [[nodiscard]] tsql::ServerError find(const WriteContext& context, const Again& again) {
-        begin();
+        const Trial trial(connection_.database());
         try {
             again();
-        } catch (const SqliteError&) {
-            end();
+        } catch (const SqliteError& error) {
+            if (error.primaryCode() == SQLITE_INTERRUPT) throw;
             return unnamed(context);
         }
-        tsql::ServerError found = search(context);
-        end();
-        return found;
+        return search(context);
     }
 
 private:
-    void begin();
-    void end();
+    // What is written while it lives may break references, and is undone at its end.
+    class Trial {
+    public:
+        explicit Trial(Database& database);
+        Trial(const Trial&) = delete;
+        Trial& operator=(const Trial&) = delete;
+        ~Trial();
+
+    private:
+        Database& database_;
+    };
+
     [[nodiscard]] tsql::ServerError search(const WriteContext& context) const;
     [[nodiscard]] tsql::ServerError violated(const WriteContext& context,
                                              const ConstraintInfo& key) const;

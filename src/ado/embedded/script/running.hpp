@@ -3,6 +3,7 @@
 #include <string>
 
 #include "ado/embedded/script/script_runner.hpp"
+#include "ado/embedded/time_limit.hpp"
 
 namespace kap::ado::embedded {
 
@@ -15,6 +16,7 @@ public:
     Running(const Running&) = delete;
     Running& operator=(const Running&) = delete;
     ~Running() {
+        const TimeLimit::Pause whole;
         runner_.state_.openTries -= static_cast<int>(frame_.handlers.size());
         for (const VariableTable& table : frame_.localTables) {
             dropTable(table.name);

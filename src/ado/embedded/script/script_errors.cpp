@@ -2,6 +2,7 @@
 #include <utility>
 
 #include "ado/embedded/script/script_runner.hpp"
+#include "ado/embedded/time_limit.hpp"
 #include "ado/embedded/violations.hpp"
 
 // What an error ends: a statement, a procedure, the batch, the transaction; and which CATCH block
@@ -44,8 +45,10 @@ RaisedError ScriptRunner::raisedBy(const tsql::ServerError& error, int line) con
 }
 
 RaisedError ScriptRunner::raisedBy(const SqliteError& error, const Instruction& instruction) {
-    if (error.primaryCode() == SQLITE_INTERRUPT) {
-        throw BatchEnded();  // the time limit, which whoever set it reports
+    const bool locked = error.primaryCode() == SQLITE_BUSY;
+    if (error.primaryCode() == SQLITE_INTERRUPT ||
+        (locked && TimeLimit::isOver(connection_.handle()))) {
+        throw BatchEnded{true};
     }
     WriteContext context;
     if (!instruction.parts.empty()) {

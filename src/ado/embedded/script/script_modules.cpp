@@ -34,9 +34,11 @@ Value ScriptRunner::call(std::string_view function, std::vector<Value> arguments
         throw raised.error.at(0);
     } catch (const ScopeEnded&) {
         throw tsql::ServerError(messages.back().nativeNumber, messages.back().text);
-    } catch (const BatchEnded&) {
-        throw tsql::ServerError(messages.empty() ? 0 : messages.back().nativeNumber,
-                                messages.empty() ? "interrupted" : messages.back().text);
+    } catch (const BatchEnded& ended) {
+        if (ended.interrupted || messages.empty()) {
+            throw SqliteError(SQLITE_INTERRUPT, "interrupted", 0);
+        }
+        throw tsql::ServerError(messages.back().nativeNumber, messages.back().text);
     }
     return frame.returned.value_or(Value());
 }

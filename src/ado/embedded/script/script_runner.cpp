@@ -7,7 +7,7 @@
 
 #include "ado/embedded/column_info.hpp"
 #include "ado/embedded/script/running.hpp"
-#include "ado/embedded/script/time_limit.hpp"
+#include "ado/embedded/time_limit.hpp"
 #include "ado/embedded/translate/translator.hpp"
 #include "tsql/parser.hpp"
 #include "tsql/text.hpp"
@@ -107,17 +107,23 @@ ScriptRunner::ScriptRunner(Connection& connection, SchemaCatalogue& catalogue, C
 void ScriptRunner::run(Request& request, Reply& reply) {
     std::vector<ServerMessage> messages;
     const Restored before(messages_);
+    bool interrupted = false;
     messages_ = &messages;
     const TimeLimit limit(connection_.handle(), request.timeout);
     const DateSettingsScope dates(state_.dates);
     try {
         runRequest(request, reply.results);
-    } catch (const BatchEnded&) {
+    } catch (const BatchEnded& ended) {
+        interrupted = ended.interrupted;
+    } catch (const SqliteError& error) {
+        if (error.primaryCode() != SQLITE_INTERRUPT) throw;
+        interrupted = true;
     } catch (const ScopeEnded&) {
     } catch (const RaisedError& raised) {
         report(raised);
+        if (state_.abortOnError) rollBackAll();
     }
-    if (limit.passed()) {
+    if (interrupted || limit.passed()) {
         messages.push_back(timeoutMessage());
     }
     finishRequest(messages);
@@ -265,6 +271,8 @@ void ScriptRunner::runFrame(Frame& frame, std::vector<Result>& results) {
     } catch (const tsql::ServerError& error) {
         report(raisedBy(error, 0));
         throw ScopeEnded();
+    } catch (const SqliteError& error) {
+        throw raisedBy(error, Instruction());
     }
     std::size_t at = 0;
     while (at < frame.program.code().size()) {
@@ -277,6 +285,7 @@ void ScriptRunner::runFrame(Frame& frame, std::vector<Result>& results) {
 void ScriptRunner::checkAhead(Program& program) {
     std::vector<Instruction>& code = program.code();
     const bool checked = program.checkedAt == catalogue_.generation();
+                TimeLimit::check(connection_.handle());
     if (checked || code.size() < 2 || std::ranges::any_of(code, definesTables)) {
         return;
     }

@@ -59,9 +59,11 @@ public:
             report(raised);
         } catch (const tsql::ServerError& error) {
             report(error);
-        } catch (const BatchEnded&) {
+        } catch (const BatchEnded& ended) {
+            if (ended.interrupted) messages.push_back(timeoutMessage());
         } catch (const ScopeEnded&) {
         }
+        if (state_.doomed) rollBackAll();
         return false;
     }
     // Raises DriverError with all messages when one of them is an error.
@@ -76,7 +78,9 @@ public:
 
 private:
     // Ends everything that was sent; what happened is among the messages.
-    struct BatchEnded {};
+    struct BatchEnded {
+        bool interrupted = false;  // by the time limit, which nothing has told yet
+    };
     // Ends the batch, procedure or trigger that is running.
     struct ScopeEnded {};
 

@@ -9,8 +9,8 @@
 #include "ado/embedded/script/message_text.hpp"
 #include "ado/embedded/script/script_runner.hpp"
 #include "ado/embedded/script/simple_values.hpp"
-#include "ado/embedded/script/time_limit.hpp"
 #include "ado/embedded/stored_value.hpp"
+#include "ado/embedded/time_limit.hpp"
 #include "ado/embedded/translate/table_builder.hpp"
 #include "ado/embedded/translate/translator.hpp"
 #include "tsql/text.hpp"
@@ -406,6 +406,7 @@ void ScriptRunner::rollBack(const std::string& name) {
     const bool whole =
         name.empty() || (transactions_.depth() > 0 && sameName(name, state_.transactionName) &&
                          !transactions_.hasSavePoint(name));
+    const TimeLimit::Pause all;
     KeptTables kept(connection_.database(), counters_, state_.frames);
     if (whole) {
         transactions_.rollback();

@@ -1,6 +1,7 @@
 #include <algorithm>
 
 #include "ado/embedded/script/statement_runner.hpp"
+#include "ado/embedded/time_limit.hpp"
 #include "ado/embedded/translate/capture.hpp"
 #include "ado/embedded/violations.hpp"
 
@@ -21,6 +22,7 @@ public:
     MergeTables(const MergeTables&) = delete;
     MergeTables& operator=(const MergeTables&) = delete;
     ~MergeTables() {
+        const TimeLimit::Pause whole;
         for (const std::string& sql : plan_.remove) {
             sqlite3_exec(database_, sql.c_str(), nullptr, nullptr, nullptr);
         }

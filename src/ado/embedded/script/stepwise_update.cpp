@@ -1,4 +1,5 @@
 #include "ado/embedded/script/statement_runner.hpp"
+#include "ado/embedded/time_limit.hpp"
 #include "ado/embedded/translate/capture.hpp"
 #include "ado/embedded/translate/translator.hpp"
 
@@ -11,12 +12,14 @@ namespace {
 class DeferredRules {
 public:
     explicit DeferredRules(Database& database) : database_(database) {
-        database_.run("PRAGMA ignore_check_constraints = ON");
+        const TimeLimit::Pause whole;
         database_.run("PRAGMA defer_foreign_keys = ON");
+        database_.run("PRAGMA ignore_check_constraints = ON");
     }
     DeferredRules(const DeferredRules&) = delete;
     DeferredRules& operator=(const DeferredRules&) = delete;
     ~DeferredRules() {
+        const TimeLimit::Pause whole;
         for (const char* sql :
              {"PRAGMA ignore_check_constraints = OFF", "PRAGMA defer_foreign_keys = OFF"}) {
             sqlite3_exec(database_.handle(), sql, nullptr, nullptr, nullptr);

@@ -1,4 +1,4 @@
-#include "ado/embedded/script/time_limit.hpp"
+#include "ado/embedded/time_limit.hpp"
 
 #include <algorithm>
 #include <thread>
@@ -15,6 +15,17 @@ constexpr std::chrono::milliseconds kLongestNap{20};
 }  // namespace
 
 thread_local TimeLimit* TimeLimit::current = nullptr;
+thread_local TimeLimit::Fuse* TimeLimit::fuse = nullptr;
+thread_local int TimeLimit::pauses = 0;
+
+TimeLimit::Fuse::Fuse(int steps, std::int64_t looks) noexcept
+    : steps_(steps), looks_(looks), outer_(fuse) {
+    fuse = this;
+}
+
+TimeLimit::Fuse::~Fuse() {
+    fuse = outer_;
+}
 
 TimeLimit::TimeLimit(sqlite3* connection, std::chrono::seconds limit)
     : connection_(connection),
@@ -23,7 +34,8 @@ TimeLimit::TimeLimit(sqlite3* connection, std::chrono::seconds limit)
       outer_(current) {
     if (limited_) {
         current = this;
-        sqlite3_progress_handler(connection_, kStepsBetweenLooks, &TimeLimit::called, this);
+        const int steps = fuse == nullptr ? kStepsBetweenLooks : fuse->steps_;
+        sqlite3_progress_handler(connection_, steps, &TimeLimit::called, this);
     }
 }
 
@@ -35,18 +47,34 @@ TimeLimit::~TimeLimit() {
 }
 
 bool TimeLimit::look() noexcept {
-    passed_ = passed_ || std::chrono::steady_clock::now() >= end_;
+    if (!passed_) {
+        passed_ = fuse == nullptr ? std::chrono::steady_clock::now() >= end_ : --fuse->looks_ < 0;
+    }
     return passed_;
 }
 
 int TimeLimit::called(void* self) {
-    return static_cast<TimeLimit*>(self)->look() ? 1 : 0;
+    return pauses == 0 && static_cast<TimeLimit*>(self)->look() ? 1 : 0;
+}
+
+bool TimeLimit::isOver(sqlite3* connection) noexcept {
+    return current != nullptr && current->connection_ == connection && current->look();
 }
 
 void TimeLimit::check(sqlite3* connection) {
-    if (current != nullptr && current->connection_ == connection && current->look()) {
+    if (isOver(connection)) {
         throw SqliteError(SQLITE_INTERRUPT, "interrupted", 0);
     }
+}
+
+std::chrono::milliseconds TimeLimit::left(sqlite3* connection,
+                                          std::chrono::milliseconds most) noexcept {
+    if (current == nullptr || current->connection_ != connection || fuse != nullptr) {
+        return most;
+    }
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(
+        current->end_ - std::chrono::steady_clock::now());
+    return std::min(std::max(left, std::chrono::milliseconds(0)), most);
 }
 
 void TimeLimit::wait(sqlite3* connection, std::chrono::milliseconds time) {
