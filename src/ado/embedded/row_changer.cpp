@@ -113,6 +113,7 @@ ChangeOutcome RowChanger::apply(const RowChange& change) {
 
 ChangeOutcome RowChanger::write(const RowChange& change) {
     Transactions::WriteScope scope(transactions_);
+    scripts_.statements().captures().removeStale();
     const Table& table = tableOf(change);
     if (scripts_.statements().fires(table, eventOf(change.kind))) {
         std::vector<ServerMessage> messages;

@@ -35,6 +35,7 @@ private:
     void dropTable(const std::string& table) noexcept {
         const std::string sql = "DROP TABLE IF EXISTS temp." + sqlName(table);
         sqlite3_exec(runner_.connection_.handle(), sql.c_str(), nullptr, nullptr, nullptr);
+        runner_.statements_.captures().dropped(table);
         runner_.catalogue_.invalidate();
     }
 

@@ -202,6 +202,9 @@ void ScriptRunner::alterTable(Frame& frame, const tsql::AlterTableStatement& nod
     Transactions::WriteScope scope(transactions_);
     TableChanger changer(connection_, catalogue_, counters_);
     try {
+    statements_.captures().removeStale();
+    const Table* table = findTable(node.table, frame.program.names());
+    if (table != nullptr) statements_.captures().remove(*table);
         changer.alter(node, frame.program.names(), line);
     } catch (const SqliteError& error) {
         throw explained(connection_, catalogue_, error, {"ALTER TABLE", node.table.last(), {}});

@@ -12,6 +12,7 @@ void StatementRunner::define(Prepared& prepared, const tsql::Statement& statemen
                              std::vector<Result>& results) {
     requireHealthy();
     Transactions::WriteScope scope(transactions_);
+    captures_.removeStale();
     translate(prepared, statement, state_.frame().program.names());
     Translation& made = prepared.translation;
     checkReferences(made, statement);

@@ -56,7 +56,7 @@ std::int64_t StatementRunner::mergeRows(const Translation& made, bool captures) 
         inserted = inserted || (step.event == tsql::kOnInsert && changes > 0);
         if (!captures) continue;
         runText(made, step.keep);
-        forget(tableOf(made));
+        captures_.empty(tableOf(made));
     }
     noteIdentity(inserted ? StatementKind::Insert : StatementKind::Merge);
     return count;
@@ -74,7 +74,7 @@ void StatementRunner::merge(const Translation& made, const tsql::Statement& stat
     if (!firing && answers && std::ranges::find(state_.firing, table.name) != state_.firing.end()) {
         throw tsql::unsupported("OUTPUT of a table within its own trigger", statement.line);
     }
-    if (captures) ensureCapture(table);
+    if (captures) captures_.ensure(table);
     const MergeTables tables(connection_.handle(), *plan);
     for (const std::string& sql : plan->find) {
         runText(made, sql);
@@ -133,7 +133,7 @@ void StatementRunner::fireMerged(const MergePlan& plan, const Table& table,
             refill.run();
         }
         fire(table, {table.name, event, std::move(columns)}, results);
-        forget(table);
+        captures_.empty(table);
     }
 }
 

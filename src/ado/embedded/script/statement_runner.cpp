@@ -59,7 +59,8 @@ StatementRunner::StatementRunner(Connection& connection, SchemaCatalogue& catalo
       transactions_(transactions),
       state_(state),
       triggers_(triggers),
-      pool_(connection.handle()) {}
+      pool_(connection.handle()),
+      captures_(connection.database(), catalogue) {}
 
 void StatementRunner::run(Prepared& prepared, const tsql::Statement& statement,
                           std::vector<Result>& results) {
@@ -270,6 +271,7 @@ void StatementRunner::write(Prepared& prepared, const tsql::Statement& statement
     const bool oneRow = isOneRow(statement);
     Transactions::WriteScope scope(
         transactions_, oneRow ? Transactions::Writes::OneRow : Transactions::Writes::Several);
+    captures_.removeStale();
     ensureCurrent(prepared, statement);
     if (prepared.translation.merge != nullptr) {
         merge(prepared.translation, statement, results);
@@ -385,7 +387,7 @@ void StatementRunner::writeCaught(Prepared& prepared, const tsql::Statement& sta
         std::ranges::find(state_.firing, table.name) != state_.firing.end()) {
         throw tsql::unsupported("OUTPUT of a table within its own trigger", statement.line);
     }
-    ensureCapture(table);
+    captures_.ensure(table);
     catching(table, [&] { runAll(prepared, statement); });
     const std::int64_t count = connection_.database().changes();
     noteIdentity(made.kind);
@@ -397,7 +399,7 @@ void StatementRunner::writeCaught(Prepared& prepared, const tsql::Statement& sta
     if (firing) {
         fire(table, {table.name, capture.event, assignedColumns(statement)}, results);
     }
-    forget(table);
+    captures_.empty(table);
     state_.rowCount = count;
     if (capture.outputSql.empty() || capture.outputInto) {
         addCount(results);
@@ -451,36 +453,6 @@ const Table& StatementRunner::tableOf(const Translation& translation) const {
 bool StatementRunner::fires(const Table& table, std::uint8_t event) const {
     return (table.triggerEvents & event) != 0 &&
            std::ranges::find(state_.firing, table.name) == state_.firing.end();
-}
-
-// Temporary schema goes with a rolled-back transaction, so that it is still there is asked each
-// time.
-void StatementRunner::ensureCapture(const Table& table) {
-    std::string columns;
-    for (const Column& column : table.columns) {
-        columns += sqlName(column.name) + tsql::typeText(column.type) + ",";
-    }
-    if (captured_[table.name] == columns) {
-        PreparedStatement look(connection_.handle(),
-                               "SELECT 1 FROM temp.sqlite_schema WHERE name = ?1");
-        const std::string name = capturedRows(table, RowState::Deleted).name;
-        look.bind(1, std::string_view(name));
-        if (look.step()) {
-            return;
-        }
-    }
-    for (const std::string& sql : makeCapture(table)) {
-        PreparedStatement(connection_.handle(), sql).run();
-    }
-    captured_[table.name] = columns;
-}
-
-void StatementRunner::forget(const Table& table) {
-    for (const RowState state : {RowState::Inserted, RowState::Deleted}) {
-        PreparedStatement(connection_.handle(),
-                          "DELETE FROM temp." + sqlName(capturedRows(table, state).name))
-            .run();
-    }
 }
 
 void StatementRunner::fire(const Table& table, const FiringTrigger& trigger,

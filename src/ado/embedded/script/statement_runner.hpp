@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <map>
 #include <string>
 #include <utility>
 #include <vector>
@@ -9,6 +8,7 @@
 #include "ado/driver.hpp"
 #include "ado/embedded/connection.hpp"
 #include "ado/embedded/schema_catalogue.hpp"
+#include "ado/embedded/script/captured_tables.hpp"
 #include "ado/embedded/script/session_state.hpp"
 #include "ado/embedded/statement_pool.hpp"
 #include "ado/embedded/transactions.hpp"
@@ -74,13 +74,14 @@ public:
     // Within a writing transaction.
     template <typename Work>
     void withTriggers(const Table& table, const FiringTrigger& trigger, const Work& work) {
-        ensureCapture(table);
+        captures_.ensure(table);
         catching(table, work);
         std::vector<Result> ignored;
         fire(table, trigger, ignored);
-        forget(table);
+        captures_.empty(table);
     }
     [[nodiscard]] bool fires(const Table& table, std::uint8_t event) const;
+    [[nodiscard]] CapturedTables& captures() noexcept { return captures_; }
 
 private:
     [[nodiscard]] bool isCurrent(const Prepared& prepared) const;
@@ -119,8 +120,6 @@ private:
         state_.capturing = table.name;
         work();
     }
-    void ensureCapture(const Table& table);
-    void forget(const Table& table);
     void fire(const Table& table, const FiringTrigger& trigger, std::vector<Result>& results);
     [[nodiscard]] const Table& tableOf(const Translation& translation) const;
 
@@ -141,7 +140,7 @@ private:
     SessionState& state_;
     TriggerHost& triggers_;
     StatementPool pool_;
-    std::map<std::string, std::string> captured_;  // by table: the columns that are caught
+    CapturedTables captures_;
 };
 
 // A value of a row, in the storage form of a type.

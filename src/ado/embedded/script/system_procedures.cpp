@@ -188,9 +188,15 @@ void ScriptRunner::renameObject(const std::vector<std::string>& arguments, int l
     TableChanger changer(connection_, catalogue_, counters_);
     Transactions::WriteScope scope(transactions_);
     if (kind == "COLUMN") {
+    statements_.captures().removeStale();
+    const auto changing = [&](const std::string& name) {
+        const Table* table = catalogue_.find(plainName(name));
+        if (table != nullptr) statements_.captures().remove(*table);
+    };
         const std::size_t point = object.rfind('.');
         const std::string table = point == std::string::npos ? "" : object.substr(0, point);
         changer.renameColumn(plainName(table), plainName(object), newName, line);
+        changing(table);
     } else if (kind == "OBJECT") {
         if (catalogue_.find(plainName(object)) == nullptr) {
             throw ServerError(
@@ -200,6 +206,7 @@ void ScriptRunner::renameObject(const std::vector<std::string>& arguments, int l
                 line, 11);
         }
         changer.renameTable(plainName(object), newName, line);
+        changing(object);
     } else {
         throw tsql::unsupported("sp_rename of " + kind, line);
     }

@@ -115,12 +115,20 @@ std::vector<std::string> makeCapture(const Table& table) {
     return sql;
 }
 
+CaptureNames captureNames(const Table& table) {
+    return {
+        {triggerName(table, "INSERT"), triggerName(table, "UPDATE"), triggerName(table, "DELETE")},
+        {capturedRows(table, RowState::Inserted).name,
+         capturedRows(table, RowState::Deleted).name}};
+}
+
 std::vector<std::string> removeCapture(const Table& table) {
+    const CaptureNames names = captureNames(table);
     std::vector<std::string> sql;
-    for (const char* event : {"INSERT", "UPDATE", "DELETE"})
-        sql.push_back("DROP TRIGGER IF EXISTS temp." + sqlName(triggerName(table, event)));
-    for (const RowState state : {RowState::Inserted, RowState::Deleted})
-        sql.push_back("DROP TABLE IF EXISTS " + tableText(table, state));
+    for (const std::string& trigger : names.triggers)
+        sql.push_back("DROP TRIGGER IF EXISTS temp." + sqlName(trigger));
+    for (const std::string& rows : names.tables)
+        sql.push_back("DROP TABLE IF EXISTS temp." + sqlName(rows));
     return sql;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <string>
 #include <vector>
 
@@ -19,6 +20,13 @@ enum class RowState { Inserted, Deleted };
 
 /// The table that holds the caught rows of a table, with its columns.
 [[nodiscard]] Table capturedRows(const Table& table, RowState state);
+
+/// What SQLite knows the tables and triggers by that catch the rows of a table.
+struct CaptureNames {
+    std::array<std::string, 3> triggers;
+    std::array<std::string, 2> tables;
+};
+[[nodiscard]] CaptureNames captureNames(const Table& table);
 
 /// The statements that make those tables and triggers, and those that remove them.
 [[nodiscard]] std::vector<std::string> makeCapture(const Table& table);
