@@ -1,5 +1,6 @@
 #include <utility>
 
+#include "ado/embedded/script/function_rules.hpp"
 #include "ado/embedded/script/script_runner.hpp"
 #include "ado/embedded/table_changer.hpp"
 #include "ado/embedded/translate/binder.hpp"
@@ -101,6 +102,7 @@ void ScriptRunner::checkModule(const tsql::CreateModuleStatement& node) {
         variable.type = parameter.type;
     }
     const Program made(node.body, catalogue_, parameters);
+    if (node.kind == tsql::ModuleKind::Function) requireNoSideEffects(*node.body);
 }
 
 void ScriptRunner::createModule(const tsql::CreateModuleStatement& node, int line) {
