@@ -1,5 +1,6 @@
 #include "ado/embedded/script/program.hpp"
 
+#include <algorithm>
 #include <atomic>
 #include <utility>
 
@@ -71,7 +72,7 @@ void Program::addNode(const tsql::Statement& statement, const tsql::IfStatement&
 void Program::addNode(const tsql::Statement& statement, const tsql::WhileStatement& node) {
     const std::size_t test = emit(Operation::Test, statement.line);
     code_[test].condition = node.condition.get();
-    loops_.push_back({test, {}});
+    loops_.push_back({test, blocks_.size(), {}});
     add(*node.body);
     code_[emit(Operation::Jump, statement.line)].target = test;
     code_[test].target = code_.size();
@@ -89,32 +90,54 @@ void Program::addNode(const tsql::Statement& /*statement*/, const tsql::BlockSta
 
 void Program::addNode(const tsql::Statement& statement, const tsql::TryStatement& node) {
     const std::size_t enter = emit(Operation::EnterTry, statement.line);
-    for (const tsql::Statement& each : node.body) {
-        add(each);
-    }
-    const std::size_t leave = emit(Operation::LeaveTry, statement.line);
+    addBlock(node.body, false);
+    const std::size_t leave = emitJump(blocks_.size(), statement.line);
+    code_[leave].leaves.tries = 1;
     code_[enter].target = code_.size();
-    for (const tsql::Statement& each : node.handler) {
+    addBlock(node.handler, true);
+    const std::size_t end = emitJump(blocks_.size(), statement.line);
+    code_[end].leaves.catches = 1;
+    code_[leave].target = code_.size();
+    code_[end].target = code_.size();
+}
+
+void Program::addBlock(const tsql::Script& statements, bool catches) {
+    blocks_.push_back({++lastBlock_, catches});
+    for (const tsql::Statement& each : statements) {
         add(each);
     }
-    emit(Operation::LeaveHandler, statement.line);
-    code_[leave].target = code_.size();
+    blocks_.pop_back();
+}
+
+LeftBlocks Program::left(const Blocks& blocks, std::size_t kept) {
+    LeftBlocks result;
+    for (std::size_t i = kept; i < blocks.size(); ++i) {
+        ++(blocks[i].catches ? result.catches : result.tries);
+    }
+    return result;
+}
+
+std::size_t Program::emitJump(std::size_t kept, int line) {
+    const std::size_t at = emit(Operation::Jump, line);
+    code_[at].leaves = left(blocks_, kept);
+    return at;
 }
 
 void Program::addNode(const tsql::Statement& statement, const tsql::BreakStatement& /*node*/) {
-    loops_.back().breaks.push_back(emit(Operation::Jump, statement.line));
+    loops_.back().breaks.push_back(emitJump(loops_.back().blocks, statement.line));
 }
 
 void Program::addNode(const tsql::Statement& statement, const tsql::ContinueStatement& /*node*/) {
-    code_[emit(Operation::Jump, statement.line)].target = loops_.back().start;
+    code_[emitJump(loops_.back().blocks, statement.line)].target = loops_.back().start;
 }
 
 void Program::addNode(const tsql::Statement& statement, const tsql::GotoStatement& node) {
-    gotos_.push_back({emit(Operation::Jump, statement.line), node.label, statement.line});
+    gotos_.push_back({emit(Operation::Jump, statement.line), node.label, blocks_, statement.line});
 }
 
 void Program::addNode(const tsql::Statement& statement, const tsql::LabelStatement& node) {
-    const auto [found, added] = labels_.emplace(tsql::asciiLower(node.label), code_.size());
+    const auto [found, added] =
+        labels_.emplace(tsql::asciiLower(node.label), Label{code_.size(), blocks_});
     if (!added) {
         throw tsql::ServerError(132,
                                 "The label '" + node.label +
@@ -133,7 +156,16 @@ void Program::resolveGotos() {
                                         "' but the label has not been declared.",
                                     each.line, 15);
         }
-        code_[each.at].target = found->second;
+        const Label& label = found->second;
+        const bool inward =
+            label.blocks.size() > each.blocks.size() ||
+            !std::equal(label.blocks.begin(), label.blocks.end(), each.blocks.begin());
+        if (inward) {
+            throw tsql::ServerError(1026, "GOTO cannot be used to jump into a TRY or CATCH scope.",
+                                    each.line, 15);
+        }
+        code_[each.at].target = label.at;
+        code_[each.at].leaves = left(each.blocks, label.blocks.size());
     }
 }
 

@@ -27,12 +27,16 @@ struct Prepared {
 };
 
 enum class Operation : std::uint8_t {
-    Statement,     // runs `statement`
-    Test,          // goes to `target` unless `condition` holds
-    Jump,          // goes to `target`
-    EnterTry,      // from here on an error goes to `target`
-    LeaveTry,      // the end of the TRY block: goes to `target`, behind the CATCH block
-    LeaveHandler,  // the end of the CATCH block
+    Statement,  // runs `statement`
+    Test,       // goes to `target` unless `condition` holds
+    Jump,       // goes to `target`, out of the blocks that it `leaves`
+    EnterTry,   // from here on an error goes to `target`
+};
+
+// The TRY and CATCH blocks that a jump leaves.
+struct LeftBlocks {
+    std::size_t tries = 0;
+    std::size_t catches = 0;
 };
 
 struct Instruction {
@@ -40,6 +44,7 @@ struct Instruction {
     const tsql::Statement* statement = nullptr;
     const tsql::Expression* condition = nullptr;
     std::size_t target = 0;
+    LeftBlocks leaves;
     int line = 1;
     // What was made of the statement, of the condition, or of the statement's expressions, in the
     // order in which they are evaluated.
@@ -52,7 +57,8 @@ struct Instruction {
 // their rows while it runs.
 class Program {
 public:
-    // Errors 132 and 133 for labels that are there twice or not at all.
+    // Errors 132 and 133 for labels that are there twice or not at all, 1026 for a jump into a TRY
+    // or CATCH block.
     Program(std::shared_ptr<const tsql::Script> script, const Catalogue& catalogue,
             const std::vector<tsql::DeclaredVariable>& parameters = {});
     Program(const Program&) = delete;
@@ -69,8 +75,17 @@ public:
     std::shared_ptr<const Module> module;  // whose body it is; unset for a batch
 
 private:
+    // A TRY or CATCH block, by a number of its own.
+    struct Block {
+        std::size_t number = 0;
+        bool catches = false;
+        bool operator==(const Block&) const = default;
+    };
+    using Blocks = std::vector<Block>;  // around a place, the innermost last
+
     struct Loop {
         std::size_t start = 0;
+        std::size_t blocks = 0;  // around it
         std::vector<std::size_t> breaks;
     };
 
@@ -87,12 +102,22 @@ private:
     template <typename Node>
     void addNode(const tsql::Statement& statement, const Node& node);
     std::size_t emit(Operation operation, int line);
+    void addBlock(const tsql::Script& statements, bool catches);
+    // A jump out of the blocks of the present place but the first `kept`.
+    std::size_t emitJump(std::size_t kept, int line);
+    [[nodiscard]] static LeftBlocks left(const Blocks& blocks, std::size_t kept);
     void resolveGotos();
 
     struct Goto {
         std::size_t at;
         std::string label;
+        Blocks blocks;
         int line;
+    };
+
+    struct Label {
+        std::size_t at = 0;
+        Blocks blocks;
     };
 
     std::shared_ptr<const tsql::Script> script_;
@@ -100,8 +125,10 @@ private:
     std::uint64_t serial_;
     std::vector<Instruction> code_;
     std::vector<Loop> loops_;
+    Blocks blocks_;  // around the present place
+    std::size_t lastBlock_ = 0;
     std::vector<Goto> gotos_;
-    std::map<std::string, std::size_t, std::less<>> labels_;  // in lower case
+    std::map<std::string, Label, std::less<>> labels_;  // in lower case
 };
 
 }  // namespace kap::ado::embedded

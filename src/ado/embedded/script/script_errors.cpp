@@ -87,7 +87,9 @@ std::size_t ScriptRunner::handle(Frame& frame, const RaisedError& raised, std::s
     if (caught && own) {
         state_.error = last.error.number();
         state_.doomed =
-            state_.doomed || (reach == ErrorReach::Transaction && transactions_.depth() > 0);
+            transactions_.depth() > 0 && (state_.doomed || reach == ErrorReach::Transaction);
+        const Handler handler = frame.handlers.back();
+        leave(frame, {1, frame.handled.size() - handler.handled});
         frame.handled.push_back(last);
         const std::size_t handler = frame.handlers.back();
         frame.handlers.pop_back();
@@ -111,6 +113,17 @@ std::size_t ScriptRunner::handle(Frame& frame, const RaisedError& raised, std::s
             break;
     }
     throw BatchEnded();
+}
+
+// TRY blocks that are left take up no more errors, and CATCH blocks have done with theirs.
+void ScriptRunner::leave(Frame& frame, const LeftBlocks& blocks) {
+    for (std::size_t i = 0; i < blocks.tries; ++i) {
+        frame.handlers.pop_back();
+        --state_.openTries;
+    }
+    for (std::size_t i = 0; i < blocks.catches; ++i) {
+        frame.handled.pop_back();
+    }
 }
 
 void ScriptRunner::report(const RaisedError& raised) {

@@ -290,6 +290,7 @@ void ScriptRunner::checkAhead(Program& program) {
         return;
     }
     const Transactions::ReadScope scope(transactions_);
+                leave(frame, instruction.leaves);
     for (Instruction& instruction : code) {
         const tsql::Statement* statement = instruction.statement;
         const bool data = statement != nullptr && isTranslated(*statement) &&

@@ -36,6 +36,12 @@ struct VariableTable {
 };
 
 // A program that is running: the values of its variables, and what is the call's own.
+// An open TRY block.
+struct Handler {
+    std::size_t target = 0;   // where its CATCH block begins
+    std::size_t handled = 0;  // the number of errors that were being handled around it
+};
+
 struct Frame {
     explicit Frame(Program& ran) : program(ran), values(ran.names().variables().size()) {}
 
@@ -46,7 +52,7 @@ struct Frame {
     Program& program;
     std::vector<Value> values;  // by slot
     std::optional<std::int64_t> scopeIdentity;
-    std::vector<std::size_t> handlers;   // where the open TRY blocks go on
+    std::vector<Handler> handlers;       // the innermost last
     std::vector<RaisedError> handled;    // by the CATCH blocks that are running
     std::vector<std::string> ownTables;  // temporary tables that end with it
     std::vector<VariableTable> localTables;
