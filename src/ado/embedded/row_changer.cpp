@@ -124,6 +124,11 @@ ChangeOutcome RowChanger::write(const RowChange& change) {
             scope.keep();
         }
         ScriptRunner::raiseIfFailed(messages);
+        if (!whole) {
+            throw ServerError(3616,
+                              "An error was raised during trigger execution. The batch has been "
+                              "aborted and the user transaction, if any, has been rolled back.");
+        }
         return outcome;
     }
     Command command = commandFor(change, table, columnList(change.readBack, table));

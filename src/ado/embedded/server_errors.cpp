@@ -215,7 +215,7 @@ ErrorReach reachOf(int serverNumber) {
         case 248:
         case 8114:
         case 8169:
-        // The trigger has ended the transaction itself.
+        // The trigger has ended the transaction itself, or left it with an error.
         case 3609:
         case 3616:
         // Nothing is left of the transaction in which it ran.

@@ -72,6 +72,29 @@ TEST_F(RowChangerTest, ATableOfOneColumnTakesDefaultsToo) {
     EXPECT_EQ(test::shown(session_->apply(insertion).readBack.at(0), Storage::Integer), "4");
 }
 
+TEST_F(RowChangerTest, ATriggerThatCatchesAnErrorUndoesTheRowAndTheTransaction) {
+    (void)session_->execute(
+        "CREATE TRIGGER tr ON t FOR INSERT AS BEGIN TRY SELECT 1/0 END TRY BEGIN CATCH PRINT 'x' "
+        "END CATCH");
+    const RowChange insertion = change(RowChange::Kind::Insert, {text("name", "tre")});
+    EXPECT_EQ(errorOf([&] { (void)session_->apply(insertion); }).value().text, "x");
+    EXPECT_EQ(rowsOf(*session_, "SELECT count(*) FROM t"), "2");
+
+    session_->begin();
+    (void)session_->execute("DELETE t");
+    EXPECT_THROW((void)session_->apply(insertion), DriverError);
+    EXPECT_EQ(session_->transactionDepth(), 0);
+    EXPECT_EQ(rowsOf(*session_, "SELECT count(*) FROM t"), "2");
+}
+
+TEST_F(RowChangerTest, WritesATableThatSomebodyElseHasChanged) {
+    (void)session_->execute("INSERT t (name) OUTPUT inserted.name VALUES ('tre')");
+    (void)openSession(":memory:row changer")
+        ->execute("ALTER TABLE t DROP COLUMN made; ALTER TABLE t ADD note varchar(5)");
+    const RowChange insertion = change(RowChange::Kind::Insert, {text("note", "ok")});
+    EXPECT_EQ(session_->apply(insertion).rowsTouched, 1);
+}
+
 TEST_F(RowChangerTest, ReadsAWholeNumberOfAFloatBackAsAFloat) {
     const ChangeOutcome outcome = session_->apply(
         change(RowChange::Kind::Update, {integer("mark", 42)}, {integer("id", 2)}, {"mark"}));

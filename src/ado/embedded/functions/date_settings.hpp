@@ -10,6 +10,7 @@ struct DateSettings {
     DateOrder order = DateOrder::MonthFirst;
     int firstDay = 7;      ///< of the week: 1 is Monday, 7 Sunday
     bool italian = false;  ///< months and days have their Italian names
+    bool operator==(const DateSettings&) const = default;
 };
 
 /// The settings that hold on this thread: those of the session that is running.

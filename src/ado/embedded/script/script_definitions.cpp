@@ -202,11 +202,11 @@ void ScriptRunner::dropStored(const tsql::DropStatement& node, int line) {
 
 void ScriptRunner::alterTable(Frame& frame, const tsql::AlterTableStatement& node, int line) {
     Transactions::WriteScope scope(transactions_);
-    TableChanger changer(connection_, catalogue_, counters_);
-    try {
     statements_.captures().removeStale();
     const Table* table = findTable(node.table, frame.program.names());
     if (table != nullptr) statements_.captures().remove(*table);
+    TableChanger changer(connection_, catalogue_, counters_);
+    try {
         changer.alter(node, frame.program.names(), line);
     } catch (const SqliteError& error) {
         throw explained(connection_, catalogue_, error, {"ALTER TABLE", node.table.last(), {}});

@@ -58,15 +58,17 @@ RaisedError ScriptRunner::raisedBy(const SqliteError& error, const Instruction& 
     return raisedBy(explained(connection_, catalogue_, error, context), instruction.line);
 }
 
-ErrorReach ScriptRunner::reachIn(const Frame& frame, const RaisedError& raised) const {
+ErrorReach ScriptRunner::reachOfRaised(const RaisedError& raised) const {
     if (raised.thrown) {
         return state_.abortOnError ? ErrorReach::Transaction : ErrorReach::Batch;
     }
     if (raised.reported) {
         return ErrorReach::Statement;
     }
-    // A trigger and what it was fired by happen together or not at all.
-    if (frame.trigger || state_.abortOnError) {
+    if (raised.dooms) {
+        return ErrorReach::Transaction;
+    }
+    if (state_.abortOnError) {
         return ErrorReach::Transaction;
     }
     return reachOf(raised.error.number());
@@ -74,7 +76,7 @@ ErrorReach ScriptRunner::reachIn(const Frame& frame, const RaisedError& raised) 
 
 // Gives the place to go on at, or ends more than the statement.
 std::size_t ScriptRunner::handle(Frame& frame, const RaisedError& raised, std::size_t at) {
-    const ErrorReach reach = reachIn(frame, raised);
+    const ErrorReach reach = reachOfRaised(raised);
     const int severity = raised.error.severity();
     const bool caught = severity >= kLeastCaught && severity <= kMostCaught;
     // What made no sense in this scope is not for its own handlers, but for those of a caller.
@@ -91,13 +93,11 @@ std::size_t ScriptRunner::handle(Frame& frame, const RaisedError& raised, std::s
         const Handler handler = frame.handlers.back();
         leave(frame, {1, frame.handled.size() - handler.handled});
         frame.handled.push_back(last);
-        const std::size_t handler = frame.handlers.back();
-        frame.handlers.pop_back();
-        --state_.openTries;
-        return handler;
+        return handler.target;
     }
     if (caught && state_.openTries > static_cast<int>(frame.handlers.size())) {
-        throw last;  // for a handler of a caller
+        last.dooms = reach == ErrorReach::Transaction;  // by the settings of this scope
+        throw last;                                     // for a handler of a caller
     }
     report(raised);
     if (followUp) report(last);

@@ -2,6 +2,7 @@
 
 #include "ado/embedded/script/running.hpp"
 #include "ado/embedded/script/script_runner.hpp"
+#include "ado/embedded/script/settings_scope.hpp"
 #include "ado/embedded/translate/capture.hpp"
 
 // Stored functions and triggers: programs that other statements run.
@@ -59,6 +60,10 @@ void ScriptRunner::fire(const Table& table, const FiringTrigger& trigger,
             }
             Frame frame(*program);
             frame.trigger = trigger;
+            const SettingsScope settings(state_, connection_, catalogue_);
+            // A trigger and what it was fired by happen together or not at all, unless it says
+            // otherwise.
+            state_.abortOnError = true;
             runFrame(frame, results);
         }
     } catch (...) {

@@ -19,6 +19,7 @@ struct RaisedError {
     std::size_t level = 0;  // the number of frames that were running
     bool thrown = false;    // by THROW, which ends the batch
     bool reported = false;  // by RAISERROR, which ends nothing
+    bool dooms = false;     // where it was raised it ends the transaction
 };
 
 // A trigger that is running.
@@ -35,13 +36,13 @@ struct VariableTable {
     TableDefinition definition;
 };
 
-// A program that is running: the values of its variables, and what is the call's own.
 // An open TRY block.
 struct Handler {
     std::size_t target = 0;   // where its CATCH block begins
     std::size_t handled = 0;  // the number of errors that were being handled around it
 };
 
+// A program that is running: the values of its variables, and what is the call's own.
 struct Frame {
     explicit Frame(Program& ran) : program(ran), values(ran.names().variables().size()) {}
 
@@ -62,19 +63,8 @@ struct Frame {
     bool keepsTables = false;  // the batch of a client: its temporary tables are the connection's
 };
 
-// What a connection remembers from one statement to the next.
-struct SessionState {
-    std::int32_t error = 0;
-    std::int64_t rowCount = 0;
-    std::optional<std::int64_t> identity;
-    std::int32_t fetchStatus = 0;
-    std::int32_t cursorRows = 0;  // of the cursor that was opened last; -1: not known ahead
-    // What the server says behind the error that is being raised.
-    std::optional<tsql::ServerError> followUp;
-    // A transaction in which an error was caught that allows no more than rolling back.
-    bool doomed = false;
-
-    // Settings.
+// What SET has set.
+struct SessionSettings {
     bool noCount = false;
     bool abortOnError = false;
     bool quotedNames = true;
@@ -82,6 +72,20 @@ struct SessionState {
     DateSettings dates;
     std::int32_t lockTimeout = -1;
     WriteSettings writes;
+};
+
+// What a connection remembers from one statement to the next.
+struct SessionState : SessionSettings {
+    std::int32_t error = 0;
+    std::int64_t rowCount = 0;
+    std::optional<std::int64_t> identity;
+    std::optional<std::int64_t> batchIdentity;  // of the client's batches, which are one scope
+    std::int32_t fetchStatus = 0;
+    std::int32_t cursorRows = 0;  // of the cursor that was opened last; -1: not known ahead
+    // What the server says behind the error that is being raised.
+    std::optional<tsql::ServerError> followUp;
+    // A transaction in which an error was caught that allows no more than rolling back.
+    bool doomed = false;
 
     // What is running, the innermost last.
     std::vector<Frame*> frames;

@@ -463,6 +463,11 @@ void StatementRunner::fire(const Table& table, const FiringTrigger& trigger,
         throw tsql::ServerError(
             3609, "The transaction ended in the trigger. The batch has been aborted.");
     }
+    if (state_.doomed) {
+        throw tsql::ServerError(3616,
+                                "An error was raised during trigger execution. The batch has been "
+                                "aborted and the user transaction, if any, has been rolled back.");
+    }
 }
 
 }  // namespace kap::ado::embedded

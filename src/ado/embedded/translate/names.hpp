@@ -29,6 +29,7 @@ struct LocalTable {
 struct WriteSettings {
     std::string identityInsert;  ///< the table whose identity column may be written; empty: none
     std::int64_t rowLimit = 0;   ///< of SET ROWCOUNT; 0: none
+    bool operator==(const WriteSettings&) const = default;
 };
 
 /// What the names in a statement can mean: the tables of the database, and what the script that it
