@@ -87,9 +87,8 @@ const CatalogueProcedure* findProcedure(std::string_view name) {
 }  // namespace
 
 bool ScriptRunner::executeCatalogue(Frame& frame, Instruction& instruction,
-                                    const tsql::ExecuteStatement& node,
+                                    const tsql::ExecuteStatement& node, const std::string& name,
                                     std::vector<Result>& results) {
-    const std::string name = tsql::asciiLower(node.procedure.last());
     const CatalogueProcedure* procedure = findProcedure(name);
     if (procedure == nullptr) return false;
     const std::vector<std::string> texts = textArguments(frame, instruction, node);
@@ -118,7 +117,7 @@ bool ScriptRunner::executeCatalogue(Frame& frame, Instruction& instruction,
         declared += std::string(declared.empty() ? "DECLARE " : ", ") +
                     procedure->parameters[i].second + " nvarchar(384) = " + values[i];
     }
-    executeText(declared + " " + procedure->query, results);
+    executeText(declared + " " + procedure->query, instruction.line, results);
     return true;
 }
 

@@ -5,9 +5,12 @@
 #include "ado/embedded/functions/convert.hpp"
 #include "ado/embedded/script/running.hpp"
 #include "ado/embedded/script/script_runner.hpp"
+#include "ado/embedded/script/server_procedures.hpp"
+#include "ado/embedded/script/settings_scope.hpp"
 #include "ado/embedded/stored_value.hpp"
 #include "ado/embedded/translate/scope.hpp"
 #include "ado/embedded/translate/translator.hpp"
+#include "tsql/parser.hpp"
 #include "tsql/text.hpp"
 
 // Calls: stored procedures and texts that are run as scripts.
@@ -30,39 +33,50 @@ ServerError noProcedure(const std::string& name, int line) {
 void ScriptRunner::execute(Frame& frame, Instruction& instruction,
                            const tsql::ExecuteStatement& node, std::vector<Result>& results) {
     if (node.text != nullptr) {
-        executeText(textOf(frame, instruction, 0, *node.text), results);
+        executeText(textOf(frame, instruction, 0, *node.text), instruction.line, results);
         return;
     }
-    if (executeSystem(frame, instruction, node, results)) {
-        return;
-    }
-    std::string name = node.procedure.parts.empty() ? "" : node.procedure.last();
-    if (!node.procedureVariable.empty()) {
-        const Variable* variable = frame.program.names().variable(node.procedureVariable);
-        const Value text = variable == nullptr
-                               ? Value()
-                               : convert(frame.values[static_cast<std::size_t>(variable->slot)],
-                                         variable->type, kOutputText, Overlength::Cut);
-        name = isNull(text) ? "" : std::get<std::string>(text);
-        if (name.starts_with("dbo.")) name = name.substr(4);
-        // Another procedure's parameters may have other types.
-        instruction.parts.clear();
-    }
+    const tsql::ObjectName name = procedureName(frame, instruction, node);
+    const std::string& plain = name.last();
+    const std::string lower = tsql::asciiLower(plain);
+    // The server's own come before others of their names.
+    if (executeSystem(frame, instruction, node, lower, results)) return;
     const std::shared_ptr<const Module> module = [&] {
         const Transactions::ReadScope scope(transactions_);
-        auto found = catalogue_.findModule(StoredKind::Procedure, name);
-        return found != nullptr ? found : catalogue_.findModule(StoredKind::Function, name);
+        auto found = catalogue_.findModule(StoredKind::Procedure, plain);
+        return found != nullptr ? found : catalogue_.findModule(StoredKind::Function, plain);
     }();
-    const bool own = node.procedure.parts.empty() || isOwn(node.procedure);
-    if (module == nullptr || !own) {
-        throw noProcedure(node.procedure.parts.empty() ? name : node.procedure.text(),
-                          instruction.line);
+    if (module != nullptr && isOwn(name)) {
+        executeModule(frame, instruction, node, module, results);
+        return;
     }
-    executeModule(frame, instruction, node, module, results);
+    if (isServerProcedure(lower)) throw tsql::unsupported("procedure " + lower, instruction.line);
+    throw noProcedure(name.text(), instruction.line);
 }
 
-// What ends a scope ends no more than the call.
+// The procedure that is called; EXEC @name has its name in a variable.
+tsql::ObjectName ScriptRunner::procedureName(Frame& frame, Instruction& instruction,
+                                             const tsql::ExecuteStatement& node) {
+    if (node.procedureVariable.empty()) return node.procedure;
+    const Variable* variable = frame.program.names().variable(node.procedureVariable);
+    const Value text = variable == nullptr
+                           ? Value()
+                           : convert(frame.values[static_cast<std::size_t>(variable->slot)],
+                                     variable->type, kOutputText, Overlength::Cut);
+    // Another procedure's parameters may have other types.
+    instruction.parts.clear();
+    const auto* name = std::get_if<std::string>(&text);
+    if (name == nullptr || name->empty()) return {{""}, instruction.line};
+    try {
+        return tsql::parseObjectName(*name);
+    } catch (const ServerError&) {
+        return {{*name}, instruction.line};
+    }
+}
+
+// What ends a scope ends no more than the call, and so do the settings of the called program.
 void ScriptRunner::runCalled(Frame& called, std::vector<Result>& results) {
+    const SettingsScope settings(state_, connection_, catalogue_);
     try {
         runFrame(called, results);
     } catch (const ScopeEnded&) {
@@ -70,10 +84,23 @@ void ScriptRunner::runCalled(Frame& called, std::vector<Result>& results) {
     }
 }
 
-void ScriptRunner::executeText(const std::string& text, std::vector<Result>& results) {
+void ScriptRunner::executeText(const std::string& text, int line, std::vector<Result>& results) {
     std::shared_ptr<Program> program = programOf(text, {});
     Frame called(*program);
+    const int depth = transactions_.depth();
     runCalled(called, results);
+    requireDepth(depth, line);
+}
+
+// What is called must leave as many transactions open as there were.
+void ScriptRunner::requireDepth(int before, int line) const {
+    if (transactions_.depth() == before) return;
+    throw ServerError(266,
+                      "Transaction count after EXECUTE indicates a mismatching number of BEGIN and "
+                      "COMMIT statements. Previous count = " +
+                          tsql::integerText(before) +
+                          ", current count = " + tsql::integerText(transactions_.depth()) + ".",
+                      line, 16, 2);
 }
 
 void ScriptRunner::executeModule(Frame& frame, Instruction& instruction,
@@ -83,9 +110,6 @@ void ScriptRunner::executeModule(Frame& frame, Instruction& instruction,
     const std::shared_ptr<Program> program = programOf(module);
     Frame called(*program);
     bindArguments(frame, instruction, node, *module, called);
-    const Restored noCount(state_.noCount);
-    const Restored abortOnError(state_.abortOnError);
-    const Restored rowLimit(state_.writes.rowLimit);
     const int depth = transactions_.depth();
     runCalled(called, results);
     const std::int32_t error = state_.error;
@@ -111,13 +135,7 @@ void ScriptRunner::executeModule(Frame& frame, Instruction& instruction,
     }
     state_.error = error;
     state_.rowCount = rowCount;
-    if (transactions_.depth() == depth) return;
-    throw ServerError(266,
-                      "Transaction count after EXECUTE indicates a mismatching number of BEGIN and "
-                      "COMMIT statements. Previous count = " +
-                          tsql::integerText(depth) +
-                          ", current count = " + tsql::integerText(transactions_.depth()) + ".",
-                      instruction.line, 16, 2);
+    requireDepth(depth, instruction.line);
 }
 
 // A value that the parameter cannot take, in the words that the server has for arguments.

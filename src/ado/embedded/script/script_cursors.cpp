@@ -6,6 +6,7 @@
 #include "ado/embedded/script/running.hpp"
 #include "ado/embedded/script/script_runner.hpp"
 #include "ado/embedded/stored_value.hpp"
+#include "ado/embedded/translate/translator.hpp"
 #include "tsql/text.hpp"
 
 // Cursors. Each has the rows that its query had when it was opened.
@@ -45,6 +46,12 @@ void ScriptRunner::declareCursor(Frame& frame, const tsql::DeclareCursorStatemen
         std::make_shared<Program>(std::make_shared<const tsql::Script>(), catalogue_, variables);
     for (const LocalTable& table : frame.program.names().localTables()) {
         cursor.program->names().addLocalTable(table);
+    }
+    // What cannot be read now would fail whoever opens it.
+    {
+        const Transactions::ReadScope scope(transactions_);
+        (void)translateCursor(*std::get<tsql::SelectStatement>(node.query->node).query,
+                              cursor.program->names());
     }
     cursor.values = frame.values;
     cursors.emplace(key, std::move(cursor));
@@ -180,6 +187,8 @@ std::int64_t ScriptRunner::fetchTarget(Frame& frame, Instruction& instruction,
 
 void ScriptRunner::fetch(Frame& frame, Instruction& instruction, const tsql::FetchStatement& node,
                          std::vector<Result>& results) {
+    // A fetch that fails must end the loop that asks how it went.
+    state_.fetchStatus = kNoMoreRows;
     Cursor& cursor = requireCursor(node.cursor, instruction.line);
     if (!cursor.open) throw ServerError(16917, "Cursor is not open.", instruction.line);
     const std::int64_t target = fetchTarget(frame, instruction, node, cursor);

@@ -63,27 +63,24 @@ std::vector<tsql::DeclaredVariable> parametersOf(const Request& request) {
     return result;
 }
 
-bool definesTables(const Instruction& instruction) {
-    if (instruction.statement == nullptr) return false;
-    const tsql::Statement::Node& node = instruction.statement->node;
-    if (const auto* query = std::get_if<tsql::SelectStatement>(&node)) {
-        const auto* first = std::get_if<tsql::Select>(&query->query->terms.front().node);
-        return first != nullptr && first->into;
+// The batches of a client are one scope for SCOPE_IDENTITY(), also when one of them ends with an
+// error; a text with parameters is run in a scope of its own.
+class BatchScope {
+public:
+    BatchScope(Frame& frame, std::optional<std::int64_t>* identity)
+        : frame_(frame), identity_(identity) {
+        if (identity_ != nullptr) frame_.scopeIdentity = *identity_;
     }
-    return std::holds_alternative<tsql::CreateTableStatement>(node) ||
-           std::holds_alternative<tsql::AlterTableStatement>(node) ||
-           std::holds_alternative<tsql::DropStatement>(node) ||
-           std::holds_alternative<tsql::CreateTypeStatement>(node);
-}
+    BatchScope(const BatchScope&) = delete;
+    BatchScope& operator=(const BatchScope&) = delete;
+    ~BatchScope() {
+        if (identity_ != nullptr) *identity_ = frame_.scopeIdentity;
+    }
 
-// Errors that belong to the run: a table that may be made by a procedure that is called before, and
-// constants that cannot be computed.
-bool showsLater(int serverNumber) {
-    static constexpr int kLater[] = {208, 220,  232,  295,  517,  544,
-                                     545, 1087, 8101, 8115, 8134, 8152};
-    return std::ranges::find(kLater, serverNumber) != std::end(kLater) ||
-           reachOf(serverNumber) == ErrorReach::Transaction;
-}
+private:
+    Frame& frame_;
+    std::optional<std::int64_t>* identity_;
+};
 
 bool comesBack(const RequestParameter& parameter) {
     return parameter.direction == ParameterDirectionEnum::adParamOutput ||
@@ -107,24 +104,24 @@ ScriptRunner::ScriptRunner(Connection& connection, SchemaCatalogue& catalogue, C
 void ScriptRunner::run(Request& request, Reply& reply) {
     std::vector<ServerMessage> messages;
     const Restored before(messages_);
-    bool interrupted = false;
     messages_ = &messages;
     const TimeLimit limit(connection_.handle(), request.timeout);
     const DateSettingsScope dates(state_.dates);
+    bool interrupted = false;
     try {
         runRequest(request, reply.results);
     } catch (const BatchEnded& ended) {
         interrupted = ended.interrupted;
-    } catch (const SqliteError& error) {
-        if (error.primaryCode() != SQLITE_INTERRUPT) throw;
-        interrupted = true;
     } catch (const ScopeEnded&) {
     } catch (const RaisedError& raised) {
         report(raised);
-        if (state_.abortOnError) rollBackAll();
+    } catch (const SqliteError& error) {
+        if (error.primaryCode() != SQLITE_INTERRUPT) throw;
+        interrupted = true;
     }
     if (interrupted || limit.passed()) {
         messages.push_back(timeoutMessage());
+        if (state_.abortOnError) rollBackAll();
     }
     finishRequest(messages);
     raiseIfFailed(messages);
@@ -148,6 +145,8 @@ void ScriptRunner::runRequest(Request& request, std::vector<Result>& results) {
     for (std::size_t i = 0; i < request.parameters.size(); ++i) {
         frame.values[i] = parameterValue(request.parameters[i]);
     }
+    const bool batch = request.parameters.empty();
+    const BatchScope scope(frame, batch ? &state_.batchIdentity : nullptr);
     runFrame(frame, results);
     for (std::size_t i = 0; i < request.parameters.size(); ++i) {
         if (comesBack(request.parameters[i])) {
@@ -280,58 +279,22 @@ void ScriptRunner::runFrame(Frame& frame, std::vector<Result>& results) {
     }
 }
 
-// What is wrong with a statement on tables that are there shows before anything is run. A script
-// that makes or changes tables is taken as it comes.
-void ScriptRunner::checkAhead(Program& program) {
-    std::vector<Instruction>& code = program.code();
-    const bool checked = program.checkedAt == catalogue_.generation();
-                TimeLimit::check(connection_.handle());
-    if (checked || code.size() < 2 || std::ranges::any_of(code, definesTables)) {
-        return;
-    }
-    const Transactions::ReadScope scope(transactions_);
-                leave(frame, instruction.leaves);
-    for (Instruction& instruction : code) {
-        const tsql::Statement* statement = instruction.statement;
-        const bool data = statement != nullptr && isTranslated(*statement) &&
-                          (std::holds_alternative<tsql::SelectStatement>(statement->node) ||
-                           std::holds_alternative<tsql::InsertStatement>(statement->node) ||
-                           std::holds_alternative<tsql::UpdateStatement>(statement->node) ||
-                           std::holds_alternative<tsql::DeleteStatement>(statement->node) ||
-                           std::holds_alternative<tsql::MergeStatement>(statement->node));
-        if (!data || !instruction.parts.empty()) continue;
-        try {
-            Prepared prepared;
-            statements_.translate(prepared, *statement, program.names());
-            instruction.parts.push_back(std::move(prepared));
-        } catch (const tsql::ServerError& error) {
-            if (!showsLater(error.number())) throw error.at(instruction.line);
-        }
-    }
-    program.checkedAt = catalogue_.generation();
-}
-
 std::size_t ScriptRunner::step(Frame& frame, std::size_t at, std::vector<Result>& results) {
     Instruction& instruction = frame.program.code()[at];
     try {
         switch (instruction.operation) {
             case Operation::Statement:
+                TimeLimit::check(connection_.handle());
                 return runStatement(frame, instruction, at, results);
             case Operation::Test:
                 return test(frame, instruction) ? at + 1 : instruction.target;
             case Operation::Jump:
                 TimeLimit::check(connection_.handle());
+                leave(frame, instruction.leaves);
                 return instruction.target;
             case Operation::EnterTry:
-                frame.handlers.push_back(instruction.target);
+                frame.handlers.push_back({instruction.target, frame.handled.size()});
                 ++state_.openTries;
-                return at + 1;
-            case Operation::LeaveTry:
-                frame.handlers.pop_back();
-                --state_.openTries;
-                return instruction.target;
-            case Operation::LeaveHandler:
-                frame.handled.pop_back();
                 return at + 1;
         }
     } catch (const SqliteError& error) {

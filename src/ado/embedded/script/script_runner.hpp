@@ -26,12 +26,12 @@ namespace kap::ado::embedded {
 // what it has made by the script's text, so that running a script again costs little more than
 // running prepared SQL.
 //
-// One class, one room (source file) for each part: script_runner.cpp requests and the flow,
-// script_errors.cpp what errors do, script_statements.cpp the statements that have no SQL,
-// script_settings.cpp SET,
-// script_calls.cpp procedures and dynamic SQL, system_procedures.cpp the server's own,
-// script_modules.cpp functions and triggers, script_definitions.cpp what is stored by its text,
-// script_cursors.cpp cursors, script_administration.cpp plans, copies and checks.
+// One class, a file for each part: script_runner.cpp requests and the flow, script_ahead.cpp what
+// is looked at before a script begins, script_errors.cpp what errors do, script_statements.cpp the
+// statements that have no SQL, script_settings.cpp SET, script_calls.cpp procedures and dynamic
+// SQL, system_procedures.cpp the server's own, script_modules.cpp functions and triggers,
+// script_definitions.cpp what is stored by its text, script_cursors.cpp cursors,
+// script_administration.cpp plans, copies and checks.
 class ScriptRunner final : public TriggerHost {
 public:
     ScriptRunner(Connection& connection, SchemaCatalogue& catalogue, Counters& counters,
@@ -94,11 +94,14 @@ private:
         std::string_view script, const std::vector<tsql::DeclaredVariable>& parameters);
     [[nodiscard]] std::shared_ptr<Program> programOf(const std::shared_ptr<const Module>& module);
     void runFrame(Frame& frame, std::vector<Result>& results);
-    void checkAhead(Program& program);
     [[nodiscard]] std::size_t step(Frame& frame, std::size_t at, std::vector<Result>& results);
     [[nodiscard]] std::size_t runStatement(Frame& frame, Instruction& instruction, std::size_t at,
                                            std::vector<Result>& results);
     void finishRequest(std::vector<ServerMessage>& messages);
+
+    // script_ahead.cpp
+    void checkAhead(Program& program);
+    void checkAhead(Instruction& instruction, const Names& names);
 
     // script_errors.cpp
     [[nodiscard]] RaisedError raisedBy(const tsql::ServerError& error, int line) const;
@@ -145,7 +148,11 @@ private:
                         std::vector<Result>& results);
     [[nodiscard]] std::int64_t insertRows(const Frame& frame, const tsql::InsertStatement& node,
                                           const Result& result);
-    void executeText(const std::string& text, std::vector<Result>& results);
+    void executeText(const std::string& text, int line, std::vector<Result>& results);
+    [[nodiscard]] tsql::ObjectName procedureName(Frame& frame, Instruction& instruction,
+                                                 const tsql::ExecuteStatement& node);
+    // Error 266 when another number of transactions is open now.
+    void requireDepth(int before, int line) const;
     void executeModule(Frame& frame, Instruction& instruction, const tsql::ExecuteStatement& node,
                        const std::shared_ptr<const Module>& module, std::vector<Result>& results);
     [[nodiscard]] Value argumentValue(Frame& frame, Instruction& instruction, std::size_t part,
@@ -157,8 +164,9 @@ private:
                      const tsql::TypeSpec& type, int line);
 
     // system_procedures.cpp
+    // `name` is in lower case. False when it is none of those that are here.
     [[nodiscard]] bool executeSystem(Frame& frame, Instruction& instruction,
-                                     const tsql::ExecuteStatement& node,
+                                     const tsql::ExecuteStatement& node, const std::string& name,
                                      std::vector<Result>& results);
     void executeSql(Frame& frame, Instruction& instruction, const tsql::ExecuteStatement& node,
                     std::vector<Result>& results);
@@ -172,7 +180,7 @@ private:
 
     // catalogue_procedures.cpp
     [[nodiscard]] bool executeCatalogue(Frame& frame, Instruction& instruction,
-                                        const tsql::ExecuteStatement& node,
+                                        const tsql::ExecuteStatement& node, const std::string& name,
                                         std::vector<Result>& results);
 
     // script_definitions.cpp

@@ -56,9 +56,8 @@ std::string plainName(const std::string& text) {
 }  // namespace
 
 bool ScriptRunner::executeSystem(Frame& frame, Instruction& instruction,
-                                 const tsql::ExecuteStatement& node, std::vector<Result>& results) {
-    if (node.procedure.parts.empty()) return false;
-    const std::string name = tsql::asciiLower(node.procedure.last());
+                                 const tsql::ExecuteStatement& node, const std::string& name,
+                                 std::vector<Result>& results) {
     if (!name.starts_with("sp_")) return false;
     const int line = instruction.line;
     if (name == "sp_executesql") {
@@ -76,7 +75,7 @@ bool ScriptRunner::executeSystem(Frame& frame, Instruction& instruction,
     } else if (name == "sp_helptext") {
         helpText(textArguments(frame, instruction, node), line, results);
     } else {
-        return executeCatalogue(frame, instruction, node, results);
+        return executeCatalogue(frame, instruction, node, name, results);
     }
     state_.error = 0;
     state_.rowCount = 0;
@@ -135,6 +134,7 @@ void ScriptRunner::executeSql(Frame& frame, Instruction& instruction,
                 declared[node.arguments.size() - kFirst].name + "', which was not supplied.",
             instruction.line);
     }
+    const int depth = transactions_.depth();
     runCalled(called, results);
     for (std::size_t i = kFirst; i < node.arguments.size(); ++i) {
         const tsql::Argument& argument = node.arguments[i];
@@ -148,6 +148,7 @@ void ScriptRunner::executeSql(Frame& frame, Instruction& instruction,
     if (!node.resultVariable.empty()) {
         setVariable(frame, node.resultVariable, std::int64_t{0}, {SqlType::Int}, instruction.line);
     }
+    requireDepth(depth, instruction.line);
 }
 
 std::vector<std::string> ScriptRunner::textArguments(Frame& frame, Instruction& instruction,
@@ -187,16 +188,16 @@ void ScriptRunner::renameObject(const std::vector<std::string>& arguments, int l
     const std::string kind = arguments.size() > 2 ? tsql::asciiUpper(arguments[2]) : "OBJECT";
     TableChanger changer(connection_, catalogue_, counters_);
     Transactions::WriteScope scope(transactions_);
-    if (kind == "COLUMN") {
     statements_.captures().removeStale();
     const auto changing = [&](const std::string& name) {
         const Table* table = catalogue_.find(plainName(name));
         if (table != nullptr) statements_.captures().remove(*table);
     };
+    if (kind == "COLUMN") {
         const std::size_t point = object.rfind('.');
         const std::string table = point == std::string::npos ? "" : object.substr(0, point);
-        changer.renameColumn(plainName(table), plainName(object), newName, line);
         changing(table);
+        changer.renameColumn(plainName(table), plainName(object), newName, line);
     } else if (kind == "OBJECT") {
         if (catalogue_.find(plainName(object)) == nullptr) {
             throw ServerError(
@@ -205,8 +206,8 @@ void ScriptRunner::renameObject(const std::vector<std::string>& arguments, int l
                     catalogue_.databaseName() + "', given that @itemtype was input as '(null)'.",
                 line, 11);
         }
-        changer.renameTable(plainName(object), newName, line);
         changing(object);
+        changer.renameTable(plainName(object), newName, line);
     } else {
         throw tsql::unsupported("sp_rename of " + kind, line);
     }
