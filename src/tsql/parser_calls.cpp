@@ -14,6 +14,7 @@ ExecuteStatement Parser::executeStatement() {
         expectOperator(")");
         refuseKeyword("AS", "EXECUTE AS");
         refuseKeyword("AT", "EXECUTE AT");
+        callOptions();
         return result;
     }
     refuseKeyword("AS", "EXECUTE AS");
@@ -39,6 +40,7 @@ ExecuteStatement Parser::executeStatement() {
         result.procedureVariable = name;
     }
     if (!atStatement()) arguments(result);
+    callOptions();
     return result;
 }
 
@@ -63,10 +65,18 @@ ExecuteStatement Parser::procedureCall() {
     ExecuteStatement result;
     result.procedure = objectName();
     if (atOperator(";") && peek(1).kind == TokenKind::Integer) refuse("numbered procedures");
-    if (atStatement()) return result;
-    arguments(result);
-    if (acceptKeyword("WITH")) expectKeyword("RECOMPILE");
+    if (!atStatement()) arguments(result);
+    callOptions();
     return result;
+}
+
+// WITH belongs to a call only with these words behind it.
+void Parser::callOptions() {
+    if (!atKeyword("WITH")) return;
+    if (atKeyword("RESULT", 1)) refuse("EXECUTE WITH RESULT SETS");
+    if (!atKeyword("RECOMPILE", 1)) return;
+    next();
+    next();
 }
 
 Argument Parser::argument() {

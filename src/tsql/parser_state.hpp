@@ -301,6 +301,7 @@ private:
     ExecuteStatement executeStatement();
     ExecuteStatement procedureCall();
     void arguments(ExecuteStatement& call);
+    void callOptions();
     Argument argument();
     ExpressionPtr argumentValue();
 

@@ -60,6 +60,13 @@ TEST(ParserFlow, ReadsCallsByNameAndByPlace) {
     EXPECT_EQ(parsed("EXEC ('SELECT ' + @s)"), "(exec (+ 'SELECT ' @s))");
 }
 
+TEST(ParserFlow, TakesWithRecompileBehindACallWithOrWithoutArguments) {
+    EXPECT_EQ(parsed("EXEC p WITH RECOMPILE EXEC p 1 WITH RECOMPILE"), "(exec p)\n(exec p (in 1))");
+    EXPECT_EQ(errorOf("EXEC p WITH RESULT SETS NONE"), 40517);
+    EXPECT_EQ(errorOf("EXEC ('x') WITH RESULT SETS UNDEFINED"), 40517);
+    EXPECT_EQ(errorOf("EXEC p WITH a AS (SELECT 1) SELECT 1"), 319);
+}
+
 TEST(ParserFlow, TakesTheFirstNameOfABatchForAProcedure) {
     EXPECT_EQ(parsed("sp_executesql N'SELECT 1'"), "(exec sp_executesql (in N'SELECT 1'))");
     EXPECT_EQ(parsed("sp_dboption pubs, 'x', true"),
