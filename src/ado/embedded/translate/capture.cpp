@@ -46,6 +46,12 @@ std::string caught(const Table& table, RowState state) {
 std::string insertOutput(const tsql::OutputClause& output, const std::vector<OutputColumn>& items,
                          const std::string& rows, Binder& binder) {
     const Table& target = requireTable(*output.into, binder.names());
+    if (target.triggerEvents != 0) {
+        throw tsql::ServerError(331,
+                                "The target table '" + target.name +
+                                    "' of the OUTPUT INTO clause cannot have any enabled triggers.",
+                                output.into->line);
+    }
     std::vector<const Column*> columns;
     for (const std::string& name : output.columns) {
         const Column* column = target.find(name);
