@@ -18,6 +18,7 @@
 #include "ado/cell_order.hpp"
 #include "ado/failures.hpp"
 #include "frame/convert/calendar.hpp"
+#include "frame/power.hpp"
 #include "frame/unicode.hpp"
 #include "tsql/text.hpp"
 
@@ -108,7 +109,7 @@ RowTest integerTest(const ColumnInfo& column, const ColumnStore& store, const No
             });
     }
     // Between two values that the column can hold, or beyond them all.
-    const double value = number.toDouble() * std::pow(10.0, scale);
+    const double value = number.toDouble() * powerOfTen(scale);
     return comparing(store, node.comparison, [&store, value](auto row, bool replaced) {
         return (replaced ? 0.0 : static_cast<double>(store.integer(row))) <=> value;
     });

@@ -9,6 +9,7 @@
 #include <kaputil/frame/error.hpp>
 
 #include "frame/decimal_arithmetic.hpp"
+#include "frame/power.hpp"
 
 namespace kap::arithmetic {
 namespace {
@@ -292,7 +293,7 @@ Variant power(const Variant& base, const Variant& exponent) {
     }
     const double left = convert::toDouble(operands.left);
     const double right = convert::toDouble(operands.right);
-    const double value = std::pow(left, right);
+    const double value = kap::power(left, right);
     if (std::isnan(value) || (left == 0 && right < 0)) {
         raise(errors::kInvalidArgument);
     }

@@ -8,6 +8,7 @@
 #include <kaputil/frame/error.hpp>
 #include <kaputil/platform/message_box.hpp>
 
+#include "frame/power.hpp"
 #include "frame/unicode.hpp"
 
 namespace kap::util {
@@ -89,7 +90,7 @@ Variant KapRound(const Variant& numero, std::int16_t decimali, const String& arr
     if (procedure == nullptr) {
         return std::int16_t{-1};
     }
-    const double factor = checked(std::pow(10.0, decimali));
+    const double factor = checked(powerOfTen(decimali));
     return procedure(convert::toDouble(numero), factor);
 }
 

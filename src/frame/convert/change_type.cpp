@@ -12,6 +12,7 @@
 #include "frame/convert/characters.hpp"
 #include "frame/convert/date_text.hpp"
 #include "frame/convert/number_text.hpp"
+#include "frame/power.hpp"
 #include "frame/unicode.hpp"
 
 namespace kap::convert {
@@ -178,11 +179,10 @@ Whole toWhole(const Variant& value) {
 Currency currencyOfReal(double value) {
     constexpr double kScale = 10000;
     constexpr double kLimit = 9223372036854775808.0;  // 2^63
-    const double product = value * kScale;
+    const auto [product, lost] = exactProduct(value, kScale);
     if (!(product >= -kLimit && product < kLimit)) {
         raise(errors::kOverflow);
     }
-    const double lost = std::fma(value, kScale, -product);
     const double below = std::floor(product);
     const bool halfway = product - below == 0.5 && lost != 0;
     const double step = halfway ? (lost > 0 ? 1 : 0) : roundToEven((product - below) + lost);

@@ -1,10 +1,12 @@
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <system_error>
 
 #include "frame/convert/characters.hpp"
 #include "frame/convert/decimal_digits.hpp"
 #include "frame/convert/number_text.hpp"
+#include "frame/power.hpp"
 
 namespace kap::convert {
 namespace {
@@ -162,11 +164,6 @@ private:
     Marks behind_;
 };
 
-// The powers of ten that a double holds exactly.
-constexpr std::array<double, 23> kPowersOfTen = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
-                                                 1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15,
-                                                 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
-
 // The value of a hexadecimal digit, 16 for any other character.
 unsigned digitValue(char16_t unit) {
     if (isDigit(unit)) {
@@ -235,7 +232,7 @@ std::optional<double> readPlainDouble(std::u16string_view text, const Locale& lo
         return std::nullopt;
     }
     // Both are exact, so the quotient is the nearest double.
-    const double value = static_cast<double>(digits) / kPowersOfTen[decimals];
+    const double value = static_cast<double>(digits) / powerOfTen(static_cast<int>(decimals));
     return negative ? -value : value;
 }
 

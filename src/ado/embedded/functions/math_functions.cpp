@@ -5,6 +5,7 @@
 #include "ado/embedded/functions/convert_families.hpp"
 #include "ado/embedded/functions/exact.hpp"
 #include "ado/embedded/functions/function_support.hpp"
+#include "frame/power.hpp"
 #include "tsql/server_error.hpp"
 
 namespace kap::ado::embedded {
@@ -59,7 +60,7 @@ Value floatRound(const Arguments& arguments) {
     const double value = arguments.real(0);
     const auto digits =
         static_cast<int>(std::clamp(arguments.integer(1), -kMostDigits, kMostDigits));
-    const double power = std::pow(10.0, std::abs(digits));
+    const double power = kap::powerOfTen(std::abs(digits));
     const double scaled = digits >= 0 ? value * power : value / power;
     if (!std::isfinite(scaled)) return value;
     const double whole = arguments.integer(2) == 0 ? std::round(scaled) : std::trunc(scaled);
@@ -92,7 +93,7 @@ Value floatAbsolute(const Arguments& arguments) {
 }
 
 Value power(const Arguments& arguments) {
-    return floatResult(std::pow(arguments.real(0), arguments.real(1)));
+    return floatResult(kap::power(arguments.real(0), arguments.real(1)));
 }
 
 Value squareRoot(const Arguments& arguments) {
