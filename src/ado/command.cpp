@@ -89,7 +89,7 @@ const ClassDescription& Command::classDescription() {
 }
 
 Variant Command::ActiveConnection() const {
-    return Variant(connection_);
+    return connection_ ? connection_->clientsObject() : Variant(Ref<Object>());
 }
 
 void Command::setActiveConnection(const Variant& value) {

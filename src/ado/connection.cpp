@@ -13,6 +13,7 @@
 #include "ado/answers.hpp"
 #include "ado/driver.hpp"
 #include "ado/failures.hpp"
+#include "ado/late_bound/foreign_connection.hpp"
 #include "ado/late_bound/late_bound_session.hpp"
 #include "ado/request_builder.hpp"
 #include "ado/row_cursor.hpp"
@@ -39,8 +40,9 @@ Connection::Connection() : errors_(make<ado::Errors>()) {}
 
 Connection::~Connection() = default;
 
+// Another maker's object refuses by itself what its state does not allow.
 void Connection::requireClosed() const {
-    if (session_ != nullptr) {
+    if (!foreign_ && session_ != nullptr) {
         fail::objectOpen();
     }
 }
@@ -51,14 +53,27 @@ void Connection::requireOpen() const {
     }
 }
 
+String Connection::ConnectionString() const {
+    return foreign_ ? late_bound::connectionStringOf(foreign_) : connectionString_;
+}
+
 void Connection::setConnectionString(const String& value) {
+    if (foreign_) {
+        late_bound::setConnectionString(foreign_, value);
+        return;
+    }
     requireClosed();
     connectionString_ = value;
     keys_ = value;
 }
 
 void Connection::Open(const String& connectionString, const String& userId, const String& password,
-                      std::int32_t /*options: no asynchronous opening*/) {
+                      std::int32_t options) {
+    if (foreign_) {
+        late_bound::open(foreign_, connectionString, userId, password, options);
+        return;
+    }
+    // The options are not looked at: there is no asynchronous opening.
     requireClosed();
     if (!connectionString.empty()) {
         setConnectionString(connectionString);
@@ -79,7 +94,7 @@ Ref<Connection> Connection::openAnother() const {
     other->connectionTimeout_ = connectionTimeout_;
     other->provider_ = provider_;
     other->mode_ = mode_;
-    other->Open(keys_);
+    other->Open(foreign_ ? late_bound::connectionStringOf(foreign_) : keys_);
     return other;
 }
 
@@ -97,12 +112,24 @@ String Connection::completed(const String& text) const {
 }
 
 void Connection::Close() {
+    if (foreign_) {
+        late_bound::close(foreign_);
+        session_ =
+            std::make_shared<late_bound::LateBoundSession>(foreign_);  // without transactions
+        return;
+    }
     requireOpen();
     session_.reset();
 }
 
 ObjectStateEnum Connection::State() const {
-    return session_ == nullptr ? ObjectStateEnum::adStateClosed : ObjectStateEnum::adStateOpen;
+    const bool open = foreign_ ? late_bound::isOpen(foreign_) : session_ != nullptr;
+    return open ? ObjectStateEnum::adStateOpen : ObjectStateEnum::adStateClosed;
+}
+
+std::int32_t Connection::CommandTimeout() const {
+    return foreign_ ? late_bound::commandTimeoutOf(foreign_).value_or(commandTimeout_)
+                    : commandTimeout_;
 }
 
 void Connection::run(Request& request, Reply& reply) {
@@ -120,7 +147,7 @@ Ref<Recordset> Connection::Execute(const String& commandText, ByRef<Variant> rec
                                    std::int32_t options) {
     requireOpen();
     Request request = requestFor(commandText, options);
-    request.timeout = std::chrono::seconds(commandTimeout_);
+    request.timeout = std::chrono::seconds(CommandTimeout());
     Reply reply;
     run(request, reply);
     *recordsAffected = rowsWritten(reply.results);
@@ -215,7 +242,7 @@ void Connection::reporting(const std::function<void()>& work) {
         work();
     } catch (const DriverError& error) {
         report(error.messages(), error.source());
-        throw;
+        error.raise();
     }
 }
 
@@ -236,15 +263,13 @@ void Connection::raiseAll(const std::vector<DriverError>& failures) {
         messages.insert(messages.end(), failure.messages().begin(), failure.messages().end());
     }
     report(messages, failures.front().source());
-    throw failures.front();
+    failures.front().raise();
 }
 
 Ref<Connection> Connection::through(const Ref<Object>& foreign) {
     auto connection = make<Connection>();
     connection->session_ = std::make_shared<late_bound::LateBoundSession>(foreign);
     connection->foreign_ = foreign;
-    connection->connectionString_ = late_bound::connectionStringOf(foreign);
-    connection->keys_ = connection->connectionString_;
     return connection;
 }
 
@@ -280,9 +305,7 @@ Ref<Connection> connectionOf(const Variant& value) {
     auto* own = dynamic_cast<Connection*>(object.get());
     Ref<Connection> connection =
         own == nullptr ? Connection::through(object) : Ref<Connection>(own);
-    const bool open = own == nullptr ? late_bound::isOpen(object)
-                                     : own->State() != ObjectStateEnum::adStateClosed;
-    if (!open) {
+    if (connection->State() == ObjectStateEnum::adStateClosed) {
         fail::invalidConnection();
     }
     return connection;

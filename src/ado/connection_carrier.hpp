@@ -6,7 +6,8 @@
 
 namespace kap::dispatch {
 
-// A member that takes a connection takes one of another maker, too.
+// A member that takes a connection takes one of another maker, too, and gives that very object
+// back.
 template <>
 struct Carrier<Ref<ado::Connection>> {
     static constexpr VarType kType = VarType::Object;
@@ -22,6 +23,10 @@ struct Carrier<Ref<ado::Connection>> {
             throw AutomationError(errors::kTypeMismatch);
         }
         return object ? ado::Connection::through(object) : Ref<ado::Connection>();
+    }
+    // Clients are given the object that they set.
+    static Variant to(const Ref<ado::Connection>& connection) {
+        return connection ? connection->clientsObject() : Variant(Ref<Object>());
     }
 };
 

@@ -5,6 +5,7 @@
 #include "ado/connection_string.hpp"
 #include "ado/driver.hpp"
 #include "ado/failures.hpp"
+#include "ado/late_bound/foreign_connection.hpp"
 #include "ado/request_builder.hpp"
 #include "frame/class_builder.hpp"
 
@@ -87,6 +88,10 @@ void Connection::setCursorLocation(CursorLocationEnum value) {
 }
 
 void Connection::setCommandTimeout(std::int32_t seconds) {
+    if (foreign_) {
+        late_bound::setCommandTimeout(foreign_, checkedSeconds(seconds));
+        return;
+    }
     commandTimeout_ = checkedSeconds(seconds);
 }
 
@@ -96,7 +101,7 @@ void Connection::setConnectionTimeout(std::int32_t seconds) {
 }
 
 String Connection::Provider() const {
-    const String named = keyOf(connectionString_, {"Provider"});
+    const String named = keyOf(ConnectionString(), {"Provider"});
     return named.empty() ? provider_ : named;
 }
 
@@ -114,7 +119,7 @@ void Connection::setMode(ConnectModeEnum value) {
 }
 
 String Connection::DefaultDatabase() const {
-    return database_.empty() ? keyOf(connectionString_, {"Initial Catalog", "Database"})
+    return database_.empty() ? keyOf(ConnectionString(), {"Initial Catalog", "Database"})
                              : database_;
 }
 

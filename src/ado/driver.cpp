@@ -90,4 +90,16 @@ DriverError::DriverError(std::vector<ServerMessage> messages, String source)
                       std::move(source)),
       messages_(std::move(messages)) {}
 
+DriverError::DriverError(const AutomationError& handled, std::vector<ServerMessage> messages)
+    : AutomationError(handled),
+      messages_(std::move(messages)),
+      handled_(std::current_exception()) {}
+
+void DriverError::raise() const {
+    if (handled_) {
+        std::rethrow_exception(handled_);
+    }
+    throw *this;
+}
+
 }  // namespace kap::ado

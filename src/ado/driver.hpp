@@ -3,6 +3,7 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <exception>
 #include <memory>
 #include <optional>
 #include <string>
@@ -100,10 +101,17 @@ struct ServerMessage {
 class DriverError : public AutomationError {
 public:
     explicit DriverError(std::vector<ServerMessage> messages, String source = {});
+    // For the exception that is being handled, which somebody else's object has raised: known by
+    // that one's number and description, and it is what the client catches.
+    DriverError(const AutomationError& handled, std::vector<ServerMessage> messages);
+
     [[nodiscard]] const std::vector<ServerMessage>& messages() const noexcept { return messages_; }
+    // Throws what the client is to catch.
+    [[noreturn]] void raise() const;
 
 private:
     std::vector<ServerMessage> messages_;
+    std::exception_ptr handled_;
 };
 
 // A value in storage form (see Storage), on its way to the database.

@@ -24,7 +24,8 @@ namespace kap {
 
 namespace dispatch {
 
-// How one C++ value type crosses late-bound: its automation type and the conversions.
+// How one C++ value type crosses late-bound: its automation type and the conversions. `from` makes
+// it of a Variant; a type that does not become a Variant by itself has `to`.
 template <class T>
 struct Carrier;
 
@@ -81,8 +82,11 @@ struct Carrier<T> {
 
 template <class T>
 Variant toVariant(T&& value) {
-    if constexpr (std::is_enum_v<std::remove_cvref_t<T>>) {
+    using Value = std::remove_cvref_t<T>;
+    if constexpr (std::is_enum_v<Value>) {
         return Variant(static_cast<std::int32_t>(value));
+    } else if constexpr (requires { Carrier<Value>::to(value); }) {
+        return Carrier<Value>::to(value);
     } else {
         return Variant(std::forward<T>(value));
     }

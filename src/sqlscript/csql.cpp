@@ -40,8 +40,15 @@ void rollBackWhatIsOpen(ado::Command& command) {
 CSQL::CSQL() : parameters_(make<CProprieta>()), error_(make<CErrore>()) {}
 
 CSQL::~CSQL() {
-    if (closesConnection_ && connection_->State() == ado::ObjectStateEnum::adStateOpen) {
-        connection_->Close();
+    if (!closesConnection_) {
+        return;
+    }
+    try {
+        if (connection_->State() == ado::ObjectStateEnum::adStateOpen) {
+            connection_->Close();
+        }
+    } catch (...) {
+        // Nobody is left to tell; a connection of the client's own may raise anything.
     }
 }
 

@@ -1,3 +1,4 @@
+#include <kaputil/ado/error_numbers.hpp>
 #include <kaputil/ado/recordset.hpp>
 #include <kaputil/frame/array.hpp>
 #include <kaputil/frame/convert.hpp>
@@ -45,14 +46,35 @@ void writeWhenBlank(CProprieta& parameters, const char16_t* name, const char16_t
     }
 }
 
-// The columns of a table that every connection sees.
-Ref<ado::Recordset> permanentColumns(const ado::Connection& held, const String& table) {
-    const auto connection = held.openAnother();
-    connection->setCursorLocation(ado::CursorLocationEnum::adUseClient);
-    auto columns = connection->OpenSchema(ado::SchemaEnum::adSchemaColumns,
-                                          Array::ofVariants({Variant(), Variant(), table}));
+Ref<ado::Recordset> describedBy(ado::Connection& connection, const String& table) {
+    auto columns = connection.OpenSchema(ado::SchemaEnum::adSchemaColumns,
+                                         Array::ofVariants({Variant(), Variant(), table}));
     columns->setActiveConnection(Variant(Ref<Object>()));
-    connection->Close();
+    return columns;
+}
+
+// A second connection to the same database; unset when the client's connection is of a maker that
+// only the client can make connections of.
+Ref<ado::Connection> secondConnection(const ado::Connection& held) {
+    try {
+        return held.openAnother();
+    } catch (const AutomationError& error) {
+        if (error.number() != ado::errors::kProviderNotFound) {
+            throw;
+        }
+        return {};
+    }
+}
+
+// The columns of a table that every connection sees.
+Ref<ado::Recordset> permanentColumns(ado::Connection& held, const String& table) {
+    const auto second = secondConnection(held);
+    if (!second) {
+        return describedBy(held, table);
+    }
+    second->setCursorLocation(ado::CursorLocationEnum::adUseClient);
+    auto columns = describedBy(*second, table);
+    second->Close();
     return columns;
 }
 

@@ -1,6 +1,9 @@
 // Another maker's connection: objects that the library does not know, in front of its own.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
+#include <kaputil/ado/command.hpp>
 #include <kaputil/ado/connection.hpp>
 #include <kaputil/ado/error_numbers.hpp>
 #include <kaputil/ado/recordset.hpp>
@@ -10,6 +13,7 @@
 #include "ado/late_bound/late_bound_driver.hpp"
 #include "ado/late_bound/query_table.hpp"
 #include "ado/late_bound/statement_text.hpp"
+#include "support/foreign_connection.hpp"
 #include "support/late_bound.hpp"
 
 namespace kap::ado {
@@ -170,6 +174,198 @@ TEST_F(LateBound, SeveralAnswersComeOneAfterTheOther) {
     connection->executeAll(u"SELECT 1 AS A SELECT 2 AS B, 3 AS C", answers);
     ASSERT_EQ(2U, answers.size());
     EXPECT_EQ(2, answers[1]->Fields()->Count());
+}
+
+TEST_F(LateBound, EveryErrorAndMessageOfAFailedScriptIsTold) {
+    const auto connection = connectionOf(foreign_);
+    EXPECT_THROW(
+        connection->Execute(u"PRINT 'prima' RAISERROR ('uno', 16, 1) RAISERROR ('due', 16, 1)"),
+        AutomationError);
+    const auto errors = connection->Errors();
+    ASSERT_EQ(3, errors->Count());
+    EXPECT_EQ(u"prima", errors->Item(0)->Description().view());
+    EXPECT_EQ(0, errors->Item(0)->Number());
+    EXPECT_EQ(u"uno", errors->Item(1)->Description().view());
+    EXPECT_EQ(50000, errors->Item(1)->NativeError());
+    EXPECT_EQ(u"due", errors->Item(2)->Description().view());
+}
+
+TEST_F(LateBound, ACommandGivesBackTheClientsOwnObject) {
+    const auto command = make<Command>();
+    command->setActiveConnection(foreign_);
+    EXPECT_EQ(foreign_.as<Ref<Object>>(), command->ActiveConnection().as<Ref<Object>>());
+    EXPECT_FALSE(make<Command>()->ActiveConnection().as<Ref<Object>>());
+}
+
+class TimeLimits : public testing::Test {
+protected:
+    TimeLimits() {
+        inner_->Open(u"Provider=KapLocal;Data Source=:memory:");
+        inner_->setCommandTimeout(9);
+    }
+
+    Ref<Connection> inner_ = make<Connection>();
+    Ref<test::ForeignConnection> foreign_ = make<test::ForeignConnection>(inner_);
+};
+
+TEST_F(TimeLimits, OfACommandHoldForItsRunOnly) {
+    const auto command = make<Command>();
+    command->setActiveConnection(Variant(foreign_));
+    command->setCommandText(u"SELECT 1");
+    command->setCommandTimeout(4);
+    static_cast<void>(command->Execute());
+    command->setCommandText(u"SELECT * FROM Nessuna");
+    EXPECT_THROW(static_cast<void>(command->Execute()), AutomationError);
+    ASSERT_EQ(2U, foreign_->sent().size());
+    EXPECT_EQ(4, foreign_->sent()[0].timeout);
+    EXPECT_EQ(4, foreign_->sent()[1].timeout);
+    EXPECT_EQ(9, inner_->CommandTimeout());
+}
+
+TEST_F(TimeLimits, OfTheConnectionHoldForRecordsets) {
+    const auto rows = make<Recordset>();
+    rows->Open(u"SELECT 1", Variant(foreign_));
+    ASSERT_FALSE(foreign_->sent().empty());
+    EXPECT_EQ(9, foreign_->sent()[0].timeout);
+}
+
+// Another maker's error: nothing but a sentence.
+class PlainError final : public Object {
+public:
+    explicit PlainError(String text) : text_(std::move(text)) {}
+    [[nodiscard]] String className() const override { return u"PlainError"; }
+    [[nodiscard]] std::optional<std::int32_t> memberId(std::u16string_view name) const override {
+        return name == u"Description" ? std::optional(1) : std::nullopt;
+    }
+    using Object::invoke;
+    Variant invoke(std::int32_t /*member*/, InvokeKind /*kind*/,
+                   const Arguments& /*arguments*/) override {
+        return text_;
+    }
+
+private:
+    String text_;
+};
+
+// A connection that refuses every script, and keeps its errors in any form.
+class Refusing final : public Object {
+public:
+    explicit Refusing(std::optional<Variant> errors) : errors_(std::move(errors)) {}
+    [[nodiscard]] String className() const override { return u"Refusing"; }
+    [[nodiscard]] std::optional<std::int32_t> memberId(std::u16string_view name) const override {
+        const std::u16string_view names[] = {u"Execute", u"BeginTrans", u"ConnectionString",
+                                             u"State", u"Errors"};
+        const auto found = std::ranges::find(names, name);
+        if (found == std::end(names) || (name == u"Errors" && !errors_)) {
+            return std::nullopt;
+        }
+        return static_cast<std::int32_t>(found - std::begin(names)) + 1;
+    }
+    using Object::invoke;
+    Variant invoke(std::int32_t member, InvokeKind /*kind*/,
+                   const Arguments& /*arguments*/) override {
+        switch (member) {
+            case 4:
+                return std::int32_t{1};
+            case 5:
+                return *errors_;
+            default:
+                throw AutomationError(-2147467259, u"Rifiutato", u"Altri");
+        }
+    }
+
+private:
+    std::optional<Variant> errors_;
+};
+
+std::vector<std::u16string> toldBy(std::optional<Variant> errors) {
+    const auto connection = Connection::through(make<Refusing>(std::move(errors)));
+    try {
+        connection->Execute(u"SELECT 1");
+        ADD_FAILURE();
+    } catch (const AutomationError& error) {
+        EXPECT_EQ(-2147467259, error.number());
+        EXPECT_EQ(u"Rifiutato", error.description().view());
+        EXPECT_EQ(u"Altri", error.source().view());
+    }
+    std::vector<std::u16string> texts;
+    for (std::int32_t i = 0; i < connection->Errors()->Count(); ++i) {
+        texts.emplace_back(connection->Errors()->Item(i)->Description().view());
+    }
+    return texts;
+}
+
+TEST(ForeignErrors, AreReadFromAnyFormOfCollection) {
+    EXPECT_EQ((std::vector<std::u16string>{u"uno", u"due"}),
+              toldBy(Array::ofVariants(
+                  {Ref<Object>(make<PlainError>(u"uno")), Ref<Object>(make<PlainError>(u"due"))})));
+}
+
+TEST(ForeignErrors, AreWhatWasRaisedWhereNoneCanBeRead) {
+    const std::vector<std::u16string> raised = {u"Rifiutato"};
+    EXPECT_EQ(raised, toldBy(std::nullopt));
+    EXPECT_EQ(raised, toldBy(Variant()));
+    EXPECT_EQ(raised, toldBy(Variant(u"testo")));
+    EXPECT_EQ(raised, toldBy(Variant(Ref<Object>())));
+    EXPECT_EQ(raised, toldBy(Variant(Ref<Object>(make<PlainError>(u"non raccolta")))));
+}
+
+// The closed recordset of a statement without rows; what follows it is an error.
+class FailingBehind final : public Object {
+public:
+    explicit FailingBehind(std::int32_t number) : number_(number) {}
+    [[nodiscard]] String className() const override { return u"FailingBehind"; }
+    [[nodiscard]] std::optional<std::int32_t> memberId(std::u16string_view name) const override {
+        return name == u"State" ? 1 : 2;
+    }
+    using Object::invoke;
+    Variant invoke(std::int32_t member, InvokeKind /*kind*/,
+                   const Arguments& /*arguments*/) override {
+        if (member == 1) {
+            return std::int32_t{0};
+        }
+        throw AutomationError(number_, u"Dopo", u"Altri");
+    }
+
+private:
+    std::int32_t number_;
+};
+
+// Answers every script with such a recordset.
+class AnsweringOnce final : public Object {
+public:
+    explicit AnsweringOnce(std::int32_t number) : number_(number) {}
+    [[nodiscard]] String className() const override { return u"AnsweringOnce"; }
+    [[nodiscard]] std::optional<std::int32_t> memberId(std::u16string_view name) const override {
+        return name == u"CommandTimeout" || name == u"Errors" ? std::nullopt : std::optional(1);
+    }
+    using Object::invoke;
+    Variant invoke(std::int32_t /*member*/, InvokeKind /*kind*/,
+                   const Arguments& /*arguments*/) override {
+        return Ref<Object>(make<FailingBehind>(number_));
+    }
+
+private:
+    std::int32_t number_;
+};
+
+std::int32_t raisedBehind(std::int32_t number) {
+    try {
+        Connection::through(make<AnsweringOnce>(number))->Execute(u"DELETE A SELECT 1/0");
+        return 0;
+    } catch (const AutomationError& error) {
+        return error.number();
+    }
+}
+
+TEST(LaterAnswers, RaiseTheirFailure) {
+    EXPECT_EQ(-2147217900, raisedBehind(-2147217900));
+}
+
+TEST(LaterAnswers, EndWhereTheMakerKnowsOfOneOnly) {
+    EXPECT_EQ(0, raisedBehind(errors::kFeatureNotAvailable));
+    EXPECT_EQ(0, raisedBehind(kap::errors::kMemberNotFound));
+    EXPECT_EQ(0, raisedBehind(-2147467263));
 }
 
 // Keeps the string it is opened with, and how long opening may take.

@@ -50,7 +50,9 @@ public:
         return classDescription();
     }
 
-    // A connection that works through another maker's, which stays its client's. C++ only.
+    // A connection that works through another maker's, which stays its client's: the string, the
+    // state and the time limit are that one's, and opening and closing opens and closes it. C++
+    // only.
     [[nodiscard]] static Ref<Connection> through(const Ref<Object>& foreign);
     // The object that the client knows: another maker's, or this connection itself.
     [[nodiscard]] Variant clientsObject();
@@ -58,7 +60,7 @@ public:
     // The string given to Open, or to be used by it. Once the connection has been opened the string
     // shows no password any more, unless it says "Persist Security Info=True"; the connection keeps
     // it to be opened again. Raises 3705 when assigned while open.
-    [[nodiscard]] String ConnectionString() const { return connectionString_; }
+    [[nodiscard]] String ConnectionString() const;
     void setConnectionString(const String& value);
 
     // Opens the database. Every argument may be left out: the string then is the property's.
@@ -116,7 +118,7 @@ public:
     // Seconds that a script may run, 30 by default, and that opening may take, 15; 0: no limit.
     // Running longer ends in the timeout error (-2147217871). Opening a file takes no time that
     // could be limited: the latter is for database servers.
-    [[nodiscard]] std::int32_t CommandTimeout() const { return commandTimeout_; }
+    [[nodiscard]] std::int32_t CommandTimeout() const;
     void setCommandTimeout(std::int32_t seconds);
     [[nodiscard]] std::int32_t ConnectionTimeout() const { return connectionTimeout_; }
     void setConnectionTimeout(std::int32_t seconds);

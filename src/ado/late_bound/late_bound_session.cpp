@@ -11,6 +11,7 @@
 #include <kaputil/frame/error.hpp>
 
 #include "ado/failures.hpp"
+#include "ado/late_bound/foreign_connection.hpp"
 #include "ado/late_bound/late_bound_rows.hpp"
 #include "ado/late_bound/query_table.hpp"
 #include "ado/late_bound/statement_text.hpp"
@@ -20,20 +21,15 @@
 namespace kap::ado::late_bound {
 namespace {
 
-// Runs `work`; what the other maker's object raises is a driver's error here.
-template <class Work>
-auto asDriver(Work work) {
-    try {
-        return work();
-    } catch (const DriverError&) {
-        throw;
-    } catch (const AutomationError& error) {
-        throw DriverError({{0, error.number(), {}, error.what()}}, error.source());
-    }
+// Whether an error says that the maker does not know of several recordsets.
+bool saysNotAvailable(const AutomationError& error) {
+    constexpr std::int32_t kNotImplemented = -2147467263;
+    return error.number() == errors::kFeatureNotAvailable ||
+           error.number() == kap::errors::kMemberNotFound || error.number() == kNotImplemented;
 }
 
 // The recordset behind the one before it; an unset object when there is none, or when the maker
-// does not know of several.
+// does not know of several. A later statement's failure is raised here.
 Variant nextRecordset(const Variant& recordset, Variant& rowsAffected) {
     try {
         std::array<Variant, 1> arguments = {std::int32_t{0}};
@@ -41,8 +37,11 @@ Variant nextRecordset(const Variant& recordset, Variant& rowsAffected) {
                                                         Arguments{arguments, {}});
         rowsAffected = arguments[0];
         return next;
-    } catch (const AutomationError&) {
-        return Ref<Object>();
+    } catch (const AutomationError& error) {
+        if (saysNotAvailable(error)) {
+            return Ref<Object>();
+        }
+        throw;
     }
 }
 
@@ -63,18 +62,15 @@ bool contains(const std::vector<std::string>& names, const std::string& name) {
 
 }  // namespace
 
-bool isConnection(const Object& object) {
-    return object.memberId(u"Execute") && object.memberId(u"BeginTrans") &&
-           object.memberId(u"ConnectionString");
-}
-
-bool isOpen(const Ref<Object>& connection) {
-    const std::int32_t state = convert::toLong(late::get(Variant(connection), u"State"));
-    return (state & static_cast<std::int32_t>(ObjectStateEnum::adStateOpen)) != 0;
-}
-
-String connectionStringOf(const Ref<Object>& connection) {
-    return convert::toString(late::get(Variant(connection), u"ConnectionString"));
+template <class Work>
+auto LateBoundSession::asDriver(Work work) const {
+    try {
+        return work();
+    } catch (const DriverError&) {
+        throw;
+    } catch (const AutomationError& error) {
+        throw DriverError(error, messagesOf(connection_, error));
+    }
 }
 
 Variant LateBoundSession::run(const std::string& script, Variant& rowsAffected) {
@@ -85,6 +81,29 @@ Variant LateBoundSession::run(const std::string& script, Variant& rowsAffected) 
     return rows;
 }
 
+Variant LateBoundSession::runWithin(std::chrono::seconds limit, const std::string& script,
+                                    Variant& rowsAffected) {
+    const auto usual = commandTimeoutOf(connection_);
+    const auto wanted = static_cast<std::int32_t>(limit.count());
+    if (!usual || *usual == wanted) {
+        return run(script, rowsAffected);
+    }
+    setCommandTimeout(connection_, wanted);
+    Variant rows;
+    try {
+        rows = asDriver([&] { return run(script, rowsAffected); });
+    } catch (const DriverError&) {
+        try {
+            setCommandTimeout(connection_, *usual);
+        } catch (const AutomationError&) {
+            // Deliberate: what clients are to read is why the script failed.
+        }
+        throw;
+    }
+    setCommandTimeout(connection_, *usual);
+    return rows;
+}
+
 void LateBoundSession::execute(Request& request, Reply& reply) {
     if (!request.parameters.empty()) {
         fail::notAvailable(u"Another maker's connection takes no parameters from this library.");
@@ -92,7 +111,7 @@ void LateBoundSession::execute(Request& request, Reply& reply) {
     asDriver([&] {
         const std::string script = request.procedure ? "EXEC " + request.text : request.text;
         Variant rowsAffected;
-        Variant recordset = run(script, rowsAffected);
+        Variant recordset = runWithin(request.timeout, script, rowsAffected);
         while (isSet(recordset)) {
             Result result = resultOf(recordset);
             if (result.columns.empty()) {
@@ -253,6 +272,12 @@ Result LateBoundSession::schema(SchemaEnum kind, const SchemaRestrictions& wante
         return resultOf(late::call(
             Variant(connection_), u"OpenSchema",
             {static_cast<std::int32_t>(kind), Array::ofVariants(std::move(restrictions))}));
+    });
+}
+
+void LateBoundSession::setIsolation(IsolationLevelEnum level) {
+    asDriver([&] {
+        late::let(Variant(connection_), u"IsolationLevel", static_cast<std::int32_t>(level));
     });
 }
 
