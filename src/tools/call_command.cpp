@@ -55,8 +55,12 @@ void printText(const CallOutcome& outcome, const Terminal& terminal) {
     }
 }
 
+// Of a call that failed only the arguments that it had written by then.
 void printOutcomeAsJson(const CallOutcome& outcome) {
-    Json json = typedJson(outcome.result);
+    if (outcome.failure && outcome.changed.empty()) {
+        return;
+    }
+    Json json = outcome.failure ? Json::object() : typedJson(outcome.result);
     json["byref"] = Json::object();
     for (const auto& [name, value] : outcome.changed) {
         json["byref"][name] = typedJson(value);
@@ -83,6 +87,9 @@ int CallCommand::run() const {
                 printOutcomeAsJson(outcome);
             } else {
                 printText(outcome, terminal);
+            }
+            if (outcome.failure) {
+                throw AutomationError(*outcome.failure);
             }
         }
     } catch (const AutomationError& error) {

@@ -140,8 +140,13 @@ CallOutcome callMember(Object& object, const std::string& name,
     LaidOut laidOut(given);
     CallOutcome outcome;
     outcome.hasResult = member == nullptr || member->result != VarType::Empty;
-    outcome.result =
-        object.invoke(String(name).view(), InvokeKind::MethodOrGet, laidOut.arguments());
+    try {
+        outcome.result =
+            object.invoke(String(name).view(), InvokeKind::MethodOrGet, laidOut.arguments());
+    } catch (const AutomationError& error) {
+        outcome.failure = error;
+        outcome.hasResult = false;
+    }
     for (std::size_t i = 0; i < given.size(); ++i) {
         if (!readsAsBefore(given[i].value, laidOut.value(i))) {
             outcome.changed.emplace_back(nameOfArgument(given[i], i, member), laidOut.value(i));

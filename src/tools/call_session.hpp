@@ -1,9 +1,11 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include <kaputil/frame/error.hpp>
 #include <kaputil/frame/object.hpp>
 #include <kaputil/frame/variant.hpp>
 
@@ -16,6 +18,7 @@ struct CallOutcome {
     bool hasResult = false;  // the member gives one
     Variant result;
     std::vector<std::pair<std::string, Variant>> changed;  // by-reference arguments with new values
+    std::optional<AutomationError> failure;                // what the member raised
 };
 
 // Several calls on one object.
@@ -26,7 +29,8 @@ struct CallOutcome {
 class CallSession {
 public:
     // Makes one call and waits for nothing else. Throws UsageError when the names lead nowhere, and
-    // whatever AutomationError the members raise.
+    // whatever AutomationError the members on the way raise; what the last one raises is in the
+    // outcome, beside the arguments that it had written by then.
     CallOutcome call(const GivenCall& given);
 
 private:

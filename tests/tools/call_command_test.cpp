@@ -221,6 +221,16 @@ TEST(CallCommand, TellsTheErrorThatAMemberRaised) {
     EXPECT_EQ(run.err, "error 13: Type mismatch\n");
 }
 
+TEST(CallCommand, ShowsWhatTheMemberHadWrittenBeforeItRaised) {
+    const Outcome run = call({"CRegistro.Scrivi", "string:", "x", "REG_DWORD"});
+    EXPECT_EQ(run.exitCode, 1);
+    EXPECT_EQ(run.out, "  sTipo  String  \"4\"\n");
+    EXPECT_EQ(run.err.substr(0, 10), "error 91: ");
+    const Outcome asJson = call({"--json", "CRegistro.Scrivi", "string:", "x", "REG_DWORD"});
+    EXPECT_EQ(asJson.exitCode, 1);
+    EXPECT_EQ(asJson.out, "{\"byref\":{\"sTipo\":{\"type\":\"String\",\"value\":\"4\"}}}\n");
+}
+
 TEST(CallCommand, TellsTheErrorInJson) {
     const Outcome run = call({"--json", "ConvertiData", "domani"});
     EXPECT_EQ(run.exitCode, 1);
