@@ -6,9 +6,9 @@
 #include <kaputil/ado/recordset.hpp>
 #include <kaputil/db/recordsets.hpp>
 #include <kaputil/frame/convert.hpp>
-#include <kaputil/host/cfile_ini.hpp>
 #include <kaputil/platform/creatable_objects.hpp>
 #include <kaputil/platform/message_box.hpp>
+#include <kaputil/platform/profile_file.hpp>
 
 #include "ado/row_cursor.hpp"
 #include "frame/late_bound.hpp"
@@ -58,9 +58,8 @@ std::int32_t widthOf(const ado::Field& field) {
 
 // Writes the section of the file; false, after a message, when a field cannot be described.
 bool writeSchema(const ado::Recordset& source, const String& file, const String& folder) {
-    const auto ini = make<CFileINI>();
     const auto write = [&](const String& key, const String& value) {
-        ini->WriteIni(file, key, value, folder + u"SCHEMA.INI");
+        platform::changeProfile(file, key, value, folder + u"SCHEMA.INI");
     };
     write(u"ColNameHeader", u"False");
     write(u"Format", u"FixedLength");

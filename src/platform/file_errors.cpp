@@ -19,7 +19,9 @@ std::int32_t numberOf(std::error_code error) {
         return errors::kDiskFull;
     }
     if (error == std::errc::permission_denied || error == std::errc::operation_not_permitted ||
-        error == std::errc::read_only_file_system || error == std::errc::is_a_directory) {
+        error == std::errc::read_only_file_system || error == std::errc::is_a_directory ||
+        error == std::errc::resource_unavailable_try_again ||
+        error == std::errc::no_such_device_or_address || error == std::errc::not_supported) {
         return errors::kPermissionDenied;
     }
     if (error == std::errc::filename_too_long) {

@@ -1,12 +1,17 @@
 #include "platform/whole_file.hpp"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/file.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <filesystem>
 
 #include <kaputil/frame/error.hpp>
+#include <kaputil/platform/profile_file.hpp>
 
+#include "platform/output_file.hpp"
 #include "support/shown.hpp"
 #include "support/temporary_folder.hpp"
 #include "support/text_files.hpp"
@@ -86,6 +91,45 @@ TEST_F(WholeFile, LeavesNothingBehindWhenItFails) {
               }),
               0);
     EXPECT_EQ(std::distance(fs::directory_iterator(fs::path(file_).parent_path()), {}), 1);
+}
+
+TEST_F(WholeFile, TakesAwayWhatAKilledProgramHasLeft) {
+    test::putFile(folder_.file(".dati.kap0.tmp"), "meta");
+    replaceFile(file_, "x", FileAccess::Shared);
+    EXPECT_EQ(contentOf(file_), "x");
+    EXPECT_EQ(std::distance(fs::directory_iterator(fs::path(file_).parent_path()), {}), 1);
+}
+
+TEST_F(WholeFile, IsWrittenBesideOneThatSomebodyIsWriting) {
+    const std::string other = folder_.file(".dati.kap0.tmp");
+    test::putFile(other, "a meta");
+    const int writing = open(other.c_str(), O_WRONLY | O_CLOEXEC);
+    ASSERT_EQ(flock(writing, LOCK_EX), 0);
+    replaceFile(file_, "x", FileAccess::Shared);
+    EXPECT_EQ(contentOf(file_), "x");
+    EXPECT_EQ(contentOf(other), "a meta");
+    close(writing);
+}
+
+TEST_F(WholeFile, MayHaveTheLongestName) {
+    const std::string longest = folder_.file(std::string(255, 'n'));
+    replaceFile(longest, "x", FileAccess::Shared);
+    EXPECT_EQ(contentOf(longest), "x");
+}
+
+TEST_F(WholeFile, IsNoPipeThatWouldBeWaitedFor) {
+    ASSERT_EQ(mkfifo(file_.c_str(), 0600), 0);
+    EXPECT_EQ(test::raisedBy([&] { return readFile(file_); }), errors::kPermissionDenied);
+    for (const auto begin : {OutputFile::Begin::Empty, OutputFile::Begin::AtEnd}) {
+        EXPECT_EQ(test::raisedBy([&] { return OutputFile(file_, begin).size(); }),
+                  errors::kPermissionDenied);
+    }
+    // Also with somebody at its other end.
+    const int reader = open(file_.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    EXPECT_EQ(test::raisedBy([&] { return OutputFile(file_, OutputFile::Begin::AtEnd).size(); }),
+              errors::kPermissionDenied);
+    close(reader);
+    EXPECT_FALSE(writeProfile(u"A", u"x", u"1", String(file_)));
 }
 
 }  // namespace

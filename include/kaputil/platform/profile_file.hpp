@@ -29,4 +29,9 @@ namespace kap::platform {
 [[nodiscard]] bool writeProfile(std::u16string_view section, std::u16string_view key,
                                 std::u16string_view value, std::u16string_view file);
 
+// The same, raising why it cannot be written: 5 for a name or a value that cannot stand in such a
+// file, or the file-system object's errors.
+void changeProfile(std::u16string_view section, std::u16string_view key, std::u16string_view value,
+                   std::u16string_view file);
+
 }  // namespace kap::platform

@@ -35,4 +35,8 @@ private:
     return {errno, std::generic_category()};
 }
 
+// Raises the file-system object's error 70 for an opened pipe, which is no file: reading and
+// writing it wait for other programs.
+void refusePipe(int descriptor);
+
 }  // namespace kap::platform

@@ -3,11 +3,30 @@
 #include <fcntl.h>
 #include <sys/file.h>
 
+#include <algorithm>
+#include <thread>
+
 #include "platform/file_errors.hpp"
 #include "platform/posix/descriptor.hpp"
 
 namespace kap::platform {
 namespace {
+
+using std::chrono::steady_clock;
+
+// The system's lock waits for ever or not at all.
+bool lockBefore(int folder, steady_clock::time_point deadline) {
+    constexpr std::chrono::milliseconds kLongestSleep{20};
+    auto sleep = std::chrono::microseconds(200);
+    while (flock(folder, LOCK_EX | LOCK_NB) != 0) {
+        if (errno != EINTR && (errno != EWOULDBLOCK || steady_clock::now() >= deadline)) {
+            return false;
+        }
+        std::this_thread::sleep_for(sleep);
+        sleep = std::min<std::chrono::microseconds>(sleep * 2, kLongestSleep);
+    }
+    return true;
+}
 
 // The lock belongs to the opened folder, so two threads exclude each other like two processes.
 Descriptor lockedFolder(const std::filesystem::path& folder) {
@@ -16,10 +35,10 @@ Descriptor lockedFolder(const std::filesystem::path& folder) {
     if (!opened) {
         return opened;
     }
-    while (flock(opened.get(), LOCK_EX) != 0) {
-        if (errno != EINTR) {
-            return Descriptor();
-        }
+    if (!lockBefore(opened.get(), steady_clock::now() + folderLockLimit())) {
+        const int reason = errno;
+        opened = Descriptor();
+        errno = reason;
     }
     return opened;
 }

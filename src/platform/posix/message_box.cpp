@@ -60,7 +60,8 @@ int systemPriority(MessageSeverity severity) {
 bool append(const std::filesystem::path& file, const std::string& entry) {
     constexpr int kMode = 0666;  // less what the user's mask takes away
     const int descriptor =
-        open(file.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, kMode);  // NOLINT(*-vararg)
+        open(file.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_NONBLOCK | O_CLOEXEC,
+             kMode);  // NOLINT(*-vararg)
     if (descriptor < 0) {
         return false;
     }

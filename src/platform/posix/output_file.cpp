@@ -24,12 +24,16 @@ int flagsOf(OutputFile::Begin begin) {
 }  // namespace
 
 OutputFile::OutputFile(const std::filesystem::path& file, Begin begin)
+    // A pipe would be waited for until somebody reads it.
     : descriptor_(open(file.c_str(),  // NOLINT(*-vararg)
-                       O_WRONLY | O_APPEND | O_CLOEXEC | flagsOf(begin),
+                       O_WRONLY | O_APPEND | O_NONBLOCK | O_CLOEXEC | flagsOf(begin),
                        0664)) {  // less what the user's mask takes away
-    if (descriptor_ < 0) {
+    Descriptor opened(descriptor_);
+    if (!opened) {
         throwFileError(lastError(), file);
     }
+    refusePipe(opened.get());
+    descriptor_ = opened.release();
 }
 
 OutputFile::~OutputFile() {

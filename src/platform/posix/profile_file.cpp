@@ -41,10 +41,12 @@ std::optional<std::u16string> readValue(std::u16string_view section, std::u16str
     }
 }
 
-bool writeValue(std::u16string_view section, std::u16string_view key, std::u16string_view value,
-                std::u16string_view file) {
+}  // namespace
+
+void changeProfile(std::u16string_view section, std::u16string_view key, std::u16string_view value,
+                   std::u16string_view file) {
     if (file.empty()) {
-        return false;
+        throw AutomationError(errors::kBadFileName);
     }
     if (!hasFolder(file)) {
         makePrivateFolder(settingsFolder());
@@ -53,17 +55,14 @@ bool writeValue(std::u16string_view section, std::u16string_view key, std::u16st
     const FolderLock lock(path.parent_path());
     ProfileText text(readFile(path).value_or(""));
     if (!text.put(section, key, value)) {
-        return false;
+        throw AutomationError(errors::kInvalidArgument);
     }
     const auto bytes = text.bytes();
     if (!bytes) {
-        return false;
+        throw AutomationError(errors::kInvalidArgument);
     }
     replaceFile(path, *bytes, FileAccess::Shared);
-    return true;
 }
-
-}  // namespace
 
 String readProfile(std::u16string_view section, std::u16string_view key,
                    std::u16string_view otherwise, std::size_t capacity, std::u16string_view file) {
@@ -78,7 +77,8 @@ String readProfile(std::u16string_view section, std::u16string_view key,
 bool writeProfile(std::u16string_view section, std::u16string_view key, std::u16string_view value,
                   std::u16string_view file) {
     try {
-        return writeValue(section, key, value, file);
+        changeProfile(section, key, value, file);
+        return true;
     } catch (const AutomationError&) {
         return false;  // callers are told by the result alone
     }

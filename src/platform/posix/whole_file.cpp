@@ -1,10 +1,10 @@
 #include "platform/whole_file.hpp"
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 
 #include <array>
-#include <atomic>
 
 #include <kaputil/frame/plain_text.hpp>
 
@@ -46,14 +46,38 @@ void synchroniseFolder(const fs::path& folder) {
     synchronise(opened.get());
 }
 
-// A new file beside the one to be replaced, removed again unless it takes its place.
+bool isStillAt(int descriptor, const fs::path& path) {
+    struct stat opened {};
+    struct stat named {};
+    return fstat(descriptor, &opened) == 0 && lstat(path.c_str(), &named) == 0 &&
+           opened.st_dev == named.st_dev && opened.st_ino == named.st_ino;
+}
+
+bool lockAtOnce(int descriptor) {
+    return flock(descriptor, LOCK_EX | LOCK_NB) == 0;
+}
+
+// Removes what a program has left that was killed while it wrote. Whoever still writes has his file
+// locked.
+void removeStale(const fs::path& path) {
+    const Descriptor left(
+        open(path.c_str(), O_WRONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));  // NOLINT(*-vararg)
+    if (left && lockAtOnce(left.get()) && isStillAt(left.get(), path)) {
+        unlink(path.c_str());
+    }
+}
+
+// A new file beside the one to be replaced, removed again unless it takes its place. Its name is
+// free or was left by somebody who is gone, so that at most a few of them ever stay.
 class Replacement {
 public:
-    Replacement(const fs::path& file, mode_t mode) : path_(nameBeside(file)) {
-        opened_ = Descriptor(open(path_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC,
-                                  mode));  // NOLINT(*-vararg)
+    Replacement(const fs::path& file, mode_t mode) {
+        constexpr int kMostWriters = 1000;
+        for (int number = 0; number < kMostWriters && !opened_; ++number) {
+            make(nameBeside(file, number), mode);
+        }
         if (!opened_) {
-            throwFileError(lastError());
+            throwFileError(std::make_error_code(std::errc::file_exists));
         }
     }
     Replacement(const Replacement&) = delete;
@@ -74,10 +98,33 @@ public:
     }
 
 private:
-    static fs::path nameBeside(const fs::path& file) {
-        static std::atomic<int> number{0};
-        return file.parent_path() / ("." + file.filename().string() + "." + plain::text(getpid()) +
-                                     "-" + plain::text(++number) + ".tmp");
+    // Long names are cut: two files may share a name here.
+    static fs::path nameBeside(const fs::path& file, int number) {
+        constexpr std::size_t kLongestPart = 200;
+        const std::string part = file.filename().string().substr(0, kLongestPart);
+        return file.parent_path() / ("." + part + ".kap" + plain::text(number) + ".tmp");
+    }
+
+    // Makes the file, unless somebody else has one of this name.
+    void make(fs::path path, mode_t mode) {
+        Descriptor made = created(path, mode);
+        if (!made && errno == EEXIST) {
+            removeStale(path);
+            made = created(path, mode);
+        }
+        if (!made && errno != EEXIST) {
+            throwFileError(lastError());
+        }
+        // Who came between takes it for left behind.
+        if (made && lockAtOnce(made.get()) && isStillAt(made.get(), path)) {
+            opened_ = std::move(made);
+            path_ = std::move(path);
+        }
+    }
+
+    static Descriptor created(const fs::path& path, mode_t mode) {
+        return Descriptor(open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC,
+                               mode));  // NOLINT(*-vararg)
     }
 
     fs::path path_;
@@ -93,13 +140,16 @@ fs::path realFile(const fs::path& file) {
 }
 
 std::optional<std::string> readFile(const fs::path& file) {
-    const Descriptor opened(open(file.c_str(), O_RDONLY | O_CLOEXEC));  // NOLINT(*-vararg)
+    // A pipe would be waited for until somebody writes it.
+    const Descriptor opened(
+        open(file.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));  // NOLINT(*-vararg)
     if (!opened) {
         if (errno == ENOENT) {
             return std::nullopt;
         }
         throwFileError(lastError());
     }
+    refusePipe(opened.get());
     std::string content;
     std::array<char, 1 << 16> buffer{};
     for (;;) {

@@ -37,7 +37,12 @@ int lockFolder(const std::filesystem::path& folder) {
         return -1;
     }
     // Also when another thread ended without giving it back: what it guards is replaced whole.
-    if (WaitForSingleObject(lock.get(), INFINITE) == WAIT_FAILED) {
+    const DWORD waited =
+        WaitForSingleObject(lock.get(), static_cast<DWORD>(folderLockLimit().count()));
+    if (waited == WAIT_TIMEOUT) {
+        SetLastError(ERROR_ACCESS_DENIED);
+    }
+    if (waited == WAIT_FAILED || waited == WAIT_TIMEOUT) {
         return -1;
     }
     return HandleToLong(lock.release());

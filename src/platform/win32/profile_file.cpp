@@ -2,7 +2,10 @@
 
 #include <vector>
 
+#include <kaputil/frame/error.hpp>
+
 #include "frame/unicode.hpp"
+#include "platform/file_errors.hpp"
 #include "platform/win32/wide.hpp"
 
 // The system's own profile files, whose functions for 8-bit texts are the ones that programs of the
@@ -26,6 +29,16 @@ bool writeProfile(std::u16string_view section, std::u16string_view key, std::u16
     return !file.empty() &&
            WritePrivateProfileStringA(ansi(section).c_str(), ansi(key).c_str(), ansi(value).c_str(),
                                       ansi(file).c_str()) != FALSE;
+}
+
+void changeProfile(std::u16string_view section, std::u16string_view key, std::u16string_view value,
+                   std::u16string_view file) {
+    if (file.empty()) {
+        throw AutomationError(errors::kBadFileName);
+    }
+    if (!writeProfile(section, key, value, file)) {
+        throwFileError(lastError());
+    }
 }
 
 }  // namespace kap::platform
