@@ -10,13 +10,16 @@ namespace kap::platform {
 // first.
 //
 // It guards nothing. Who has the turn is the only one that goes on trying, instead of all at once,
-// and on a machine that offers no such service everybody has it. Files may share a queue.
+// and on a machine that offers no such service everybody has it. Each file has a queue of its own.
 class TurnQueue {
 public:
     explicit TurnQueue(const std::filesystem::path& file);
     TurnQueue(const TurnQueue&) = delete;
     TurnQueue& operator=(const TurnQueue&) = delete;
-    ~TurnQueue() { leave(); }
+    ~TurnQueue();
+
+    // Whether anybody has the turn or waits for it.
+    [[nodiscard]] bool isBusy() const;
 
     // Waits until it is this one's turn; false when that takes longer than the limit.
     [[nodiscard]] bool enter(std::chrono::milliseconds limit);
@@ -26,7 +29,7 @@ public:
 
 private:
     std::filesystem::path file_;
-    std::intptr_t place_ = 0;  // of the host: the queue, once it has been asked for
+    std::intptr_t place_ = 0;  // of the host: the queue, once it has been entered
     bool inside_ = false;
 };
 

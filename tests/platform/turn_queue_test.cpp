@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "support/temporary_folder.hpp"
+#include "support/text_files.hpp"
 
 namespace kap::platform {
 namespace {
@@ -89,6 +90,36 @@ TEST_F(TurnQueueTest, ServesEveryThreadOnceAtATime) {
     for (std::thread& thread : threads)
         thread.join();
     EXPECT_EQ(most, 1);
+}
+
+TEST_F(TurnQueueTest, TellsWhetherAnybodyIsThere) {
+    const TurnQueue other(file());
+    EXPECT_TRUE(other.isBusy());
+    first_.leave();
+    EXPECT_FALSE(other.isBusy());
+    EXPECT_FALSE(TurnQueue(folder_.file("altra.db")).isBusy());
+}
+
+TEST_F(TurnQueueTest, IsAnotherOneForEveryFile) {
+    constexpr int kFiles = 1000;
+    for (int i = 0; i < kFiles; ++i) {
+        const std::string name = folder_.file("azienda" + std::to_string(i) + ".db");
+        test::putFile(name, "");
+        TurnQueue other(name);
+        EXPECT_TRUE(other.enter(milliseconds(0))) << name;
+    }
+}
+
+TEST_F(TurnQueueTest, GoesOnWhenTheLastOneHasTakenItAway) {
+    TurnQueue second(file());
+    EXPECT_FALSE(second.enter(milliseconds(1)));
+    first_.leave();
+    {
+        TurnQueue third(file());
+        EXPECT_TRUE(third.enter(kLong));
+    }
+    EXPECT_TRUE(second.enter(kLong));
+    EXPECT_FALSE(first_.enter(milliseconds(1)));
 }
 
 }  // namespace

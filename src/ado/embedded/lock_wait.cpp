@@ -19,9 +19,9 @@ constexpr std::chrono::microseconds kShortestSleep{100};
 constexpr std::chrono::milliseconds kLongestSleep{5};
 constexpr int kPartOfWait = 20;
 
-// How often somebody may take the lock without standing in line, before those who wait get theirs.
+// How often somebody may take the lock past those who wait, before he stands in line behind them.
 // With none at all, whoever has waited would find that what he read before has changed, each time.
-constexpr int kMostRushes = 8;
+constexpr int kMostRushes = 2;
 
 }  // namespace
 
@@ -72,8 +72,12 @@ bool LockWait::standInLine() {
 LockWait::Turn::Turn(LockWait& wait) : wait_(wait) {
     wait_.inLine_ = true;
     wait_.start_ = steady_clock::now();
-    // When the time passes in the line, the attempt that follows is the last.
-    if (++wait_.rushes_ > kMostRushes) static_cast<void>(wait_.standInLine());
+    if (!wait_.queue_ || !wait_.queue_->isBusy()) {
+        wait_.rushes_ = 0;
+    } else if (++wait_.rushes_ > kMostRushes) {
+        // When the time passes in the line, the attempt that follows is the last.
+        static_cast<void>(wait_.standInLine());
+    }
 }
 
 LockWait::Turn::~Turn() {

@@ -33,7 +33,7 @@ public:
     void setLimit(std::chrono::milliseconds limit) { limit_ = limit.count() < 0 ? first_ : limit; }
 
     // While the write lock is being taken. Whoever finds the file locked gets in line, and so does
-    // now and then who never does; the place is given up with this object.
+    // who has gone past those who wait for too often; the place is given up with this object.
     class Turn {
     public:
         explicit Turn(LockWait& wait);
@@ -57,7 +57,7 @@ private:
     std::chrono::steady_clock::time_point firstSince_;  // nobody else stands in front
     std::optional<platform::TurnQueue> queue_;
     bool inLine_ = false;
-    int rushes_ = 0;  // times the lock was taken, or tried, past the line
+    int rushes_ = 0;  // times in a row the lock was taken, or tried, past those who wait
 };
 
 }  // namespace kap::ado::embedded

@@ -14,24 +14,27 @@
 namespace kap::platform {
 namespace {
 
-// The semaphores of all files of a user are one set, which stays until the machine is restarted: a
-// set for each file would have to be removed by the last to use it, who may be killed before.
-constexpr std::size_t kQueues = 250;
-constexpr key_t kFirstKey = 0x4B617000;
-
-// Made by the kernel with zeros: nobody is inside. Negative when the system has none.
-int semaphores() {
-    static const int set = semget(kFirstKey ^ static_cast<key_t>(getuid()),
-                                  static_cast<int>(kQueues), IPC_CREAT | S_IRUSR | S_IWUSR);
-    return set;
+// A semaphore of the kernel's for each file and user, found by a number made of the file's. Files
+// that shared one would wait for each other.
+key_t keyOf(const std::filesystem::path& file) {
+    struct stat found {};
+    std::size_t number =
+        stat(file.c_str(), &found) == 0
+            ? std::hash<std::size_t>()(found.st_dev * 0x9E3779B97F4A7C15U) ^ found.st_ino
+            : std::filesystem::hash_value(file);
+    number = (number ^ getuid()) * 0x9E3779B97F4A7C15U;
+    const auto key = static_cast<key_t>(number >> 33U);
+    return key == IPC_PRIVATE ? key + 1 : key;
 }
 
-unsigned short queueOf(const std::filesystem::path& file) {
-    struct stat found {};
-    const std::size_t number = stat(file.c_str(), &found) == 0
-                                   ? std::hash<dev_t>()(found.st_dev) * 31 + found.st_ino
-                                   : std::filesystem::hash_value(file);
-    return static_cast<unsigned short>(number % kQueues);
+// The file's semaphore; negative when there is none. `make` makes it then: the kernel does so with
+// zero, nobody is inside.
+int semaphoreOf(const std::filesystem::path& file, bool make) {
+    return semget(keyOf(file), 1, S_IRUSR | S_IWUSR | (make ? IPC_CREAT : 0));
+}
+
+bool isBusySemaphore(int set) {
+    return semctl(set, 0, GETVAL) > 0 || semctl(set, 0, GETZCNT) > 0;
 }
 
 timespec timeOf(std::chrono::nanoseconds time) {
@@ -43,30 +46,51 @@ timespec timeOf(std::chrono::nanoseconds time) {
 
 TurnQueue::TurnQueue(const std::filesystem::path& file) : file_(file) {}
 
+// The last one takes the semaphore away, lest one stays for every file that ever was; one that a
+// killed program leaves is found again by the next. Whoever was about to use it makes another.
+TurnQueue::~TurnQueue() {
+    leave();
+    if (place_ == 0) return;
+    const auto set = static_cast<int>(place_ - 1);
+    if (!isBusySemaphore(set)) semctl(set, 0, IPC_RMID);
+}
+
+bool TurnQueue::isBusy() const {
+    const int set = semaphoreOf(file_, /*make=*/false);
+    return set >= 0 && isBusySemaphore(set);
+}
+
 // One who is inside counts as 1, which the kernel takes back from a process that dies. It serves
 // those who wait in the order in which they came.
 bool TurnQueue::enter(std::chrono::milliseconds limit) {
-    if (inside_ || semaphores() < 0) return true;
-    if (place_ == 0) place_ = queueOf(file_) + 1;
-    const auto queue = static_cast<unsigned short>(place_ - 1);
-    std::array<sembuf, 2> steps{{{queue, 0, 0}, {queue, 1, SEM_UNDO}}};
+    if (inside_) return true;
+    constexpr int kMostRemovals = 100;
+    std::array<sembuf, 2> steps{{{0, 0, 0}, {0, 1, SEM_UNDO}}};
     const auto deadline = std::chrono::steady_clock::now() + limit;
-    for (;;) {
+    for (int removals = 0; removals < kMostRemovals;) {
+        if (place_ == 0) place_ = semaphoreOf(file_, /*make=*/true) + 1;
+        if (place_ == 0) return true;
         const auto left = std::max(deadline - std::chrono::steady_clock::now(),
                                    std::chrono::steady_clock::duration::zero());
         const timespec time = timeOf(left);
-        inside_ = semtimedop(semaphores(), steps.data(), steps.size(), &time) == 0;
+        inside_ = semtimedop(static_cast<int>(place_ - 1), steps.data(), steps.size(), &time) == 0;
         if (inside_) return true;
         if (errno == EAGAIN) return false;
-        if (errno != EINTR) return true;
+        if (errno == EIDRM || errno == EINVAL) {
+            place_ = 0;  // somebody has taken it away meanwhile
+            ++removals;
+        } else if (errno != EINTR) {
+            return true;
+        }
     }
+    return true;
 }
 
 void TurnQueue::leave() noexcept {
     if (!inside_) return;
     inside_ = false;
-    sembuf step{static_cast<unsigned short>(place_ - 1), -1, SEM_UNDO | IPC_NOWAIT};
-    semop(semaphores(), &step, 1);
+    sembuf step{0, -1, SEM_UNDO | IPC_NOWAIT};
+    semop(static_cast<int>(place_ - 1), &step, 1);
 }
 
 }  // namespace kap::platform

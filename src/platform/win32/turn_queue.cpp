@@ -13,12 +13,16 @@ namespace {
 
 // A mutex with a name made of the file's. The system serves those who wait in the order in which
 // they came, and removes it with the last process that uses it.
-HANDLE queueOf(const std::filesystem::path& file) {
+std::u16string nameOf(const std::filesystem::path& file) {
     std::error_code error;
     const std::u16string path =
         unicode::upper(pathText(std::filesystem::weakly_canonical(file, error)).view());
     const auto hash = static_cast<std::int64_t>(unicode::NameHash()(path) & 0x7FFFFFFF);
-    const std::u16string name = u"Local\\kaputil turn " + String(plain::text(hash)).units();
+    return u"Local\\kaputil turn " + String(plain::text(hash)).units();
+}
+
+HANDLE queueOf(const std::filesystem::path& file) {
+    const std::u16string name = nameOf(file);
     return CreateMutexW(nullptr, FALSE, wide(name));
 }
 
@@ -31,6 +35,20 @@ DWORD milliseconds(std::chrono::milliseconds limit) {
 }  // namespace
 
 TurnQueue::TurnQueue(const std::filesystem::path& file) : file_(file) {}
+
+TurnQueue::~TurnQueue() {
+    leave();
+}
+
+bool TurnQueue::isBusy() const {
+    if (inside_) return true;
+    const std::u16string name = nameOf(file_);
+    const Handle queue(OpenMutexW(SYNCHRONIZE | MUTEX_MODIFY_STATE, FALSE, wide(name)));
+    if (!queue) return false;
+    const DWORD result = WaitForSingleObject(queue.get(), 0);
+    if (result == WAIT_OBJECT_0 || result == WAIT_ABANDONED) ReleaseMutex(queue.get());
+    return result == WAIT_TIMEOUT;
+}
 
 bool TurnQueue::enter(std::chrono::milliseconds limit) {
     if (inside_) return true;
