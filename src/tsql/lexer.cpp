@@ -68,6 +68,13 @@ bool isPair(char first, char second) {
     }
 }
 
+ServerError tooManyTokens(int line) {
+    return {701,
+            "There is insufficient system memory to run this query: a batch has at most 8000000 "
+            "words, numbers and signs. Send it in parts.",
+            line, 17};
+}
+
 class Lexer {
 public:
     Lexer(std::string_view sql, int firstLine, bool quotedNames)
@@ -277,6 +284,7 @@ private:
     }
 
     void add(TokenKind kind, std::string text, int line) {
+        if (tokens_.size() == kMostTokens) throw tooManyTokens(line);
         Token& token = tokens_.emplace_back();
         token.kind = kind;
         token.text = std::move(text);

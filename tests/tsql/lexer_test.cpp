@@ -156,5 +156,17 @@ TEST(Lexer, CountsNameLengthInCharacters) {
     EXPECT_EQ(tokens(name), "w:" + name);
 }
 
+TEST(Lexer, RefusesMoreWordsThanABatchMayHave) {
+    std::string garbage(2 * kMostTokens + 2, '+');
+    for (std::size_t i = 1; i < garbage.size(); i += 2)
+        garbage[i] = ' ';
+    try {
+        static_cast<void>(tokenize(garbage));
+        FAIL();
+    } catch (const ServerError& error) {
+        EXPECT_EQ(701, error.number());
+    }
+}
+
 }  // namespace
 }  // namespace kap::tsql
