@@ -1,5 +1,5 @@
 # The COM module, KapUtil26.dll. What it is made of beside its code (the type library's source, resources, manifests) is
-# written from the catalogue by a program of the building host, so a cross build takes it from that host's own build.
+# written from the catalogue by a program of the same build.
 set(comServerFolder)
 if(WIN32)
     set(comServerFolder com/server)
@@ -8,22 +8,30 @@ kaputil_module(com FLAT FOLDERS ${comServerFolder} USES catalogue ado)
 
 set(comTexts KapUtil26.idl KapUtil26.rc KapUtil26.amd64.manifest KapUtil26.x86.manifest)
 
+add_executable(kaputil-describe EXCLUDE_FROM_ALL "${PROJECT_SOURCE_DIR}/src/com/describe/main.cpp")
+target_link_libraries(kaputil-describe PRIVATE kaputil_com)
+kaputil_compile_rules(kaputil-describe)
+kaputil_precompile(kaputil-describe kaputil_headers)
 if(NOT WIN32)
-    add_executable(kaputil-describe EXCLUDE_FROM_ALL "${PROJECT_SOURCE_DIR}/src/com/describe/main.cpp")
-    target_link_libraries(kaputil-describe PRIVATE kaputil_com)
-    kaputil_compile_rules(kaputil-describe)
-    kaputil_precompile(kaputil-describe kaputil_headers)
-    add_custom_target(
-        kaputil-com-texts
-        COMMAND kaputil-describe "${PROJECT_BINARY_DIR}/com"
-        COMMENT "Describing the classes for the COM module"
-        VERBATIM)
     return()
 endif()
 
-set(KAPUTIL_COM_TEXTS "${PROJECT_SOURCE_DIR}/build/dev/com"
-    CACHE PATH "The folder with what the building host has written of the classes")
-list(TRANSFORM comTexts PREPEND "${KAPUTIL_COM_TEXTS}/")
+# The texts are the same for both widths: the 64-bit build writes them, by its own program in Wine.
+if(CMAKE_SIZEOF_VOID_P EQUAL 8)
+    set(KAPUTIL_COM_TEXTS "${PROJECT_BINARY_DIR}/com/texts")
+    list(TRANSFORM comTexts PREPEND "${KAPUTIL_COM_TEXTS}/")
+    add_custom_command(
+        OUTPUT ${comTexts}
+        COMMAND "${PROJECT_SOURCE_DIR}/scripts/run_in_wine.sh" "${PROJECT_BINARY_DIR}/wine"
+                $<TARGET_FILE:kaputil-describe> "${KAPUTIL_COM_TEXTS}"
+        DEPENDS kaputil-describe
+        COMMENT "Describing the classes for the COM module"
+        VERBATIM)
+else()
+    set(KAPUTIL_COM_TEXTS "${PROJECT_SOURCE_DIR}/build/windows64/com/texts"
+        CACHE PATH "The folder with what the 64-bit build has written of the classes")
+    list(TRANSFORM comTexts PREPEND "${KAPUTIL_COM_TEXTS}/")
+endif()
 list(GET comTexts 0 interfaceText)
 list(GET comTexts 1 resourceText)
 

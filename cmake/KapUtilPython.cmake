@@ -62,11 +62,7 @@ add_custom_command(
     VERBATIM)
 add_custom_target(kaputil-python ALL DEPENDS ${pythonStubs})
 
-# Installed where the interpreter looks for packages, whatever the prefix of the installation.
-set(KAPUTIL_PYTHON_DIR "" CACHE PATH "The folder to install the Python package into; empty: where python3 looks")
-set(pythonInstallFolder "${Python_SITEARCH}")
-if(KAPUTIL_PYTHON_DIR)
-    set(pythonInstallFolder "${KAPUTIL_PYTHON_DIR}")
-endif()
-install(TARGETS kaputil-python-extension LIBRARY DESTINATION "${pythonInstallFolder}/kaputil" COMPONENT python)
-install(FILES ${pythonFiles} ${pythonStubs} DESTINATION "${pythonInstallFolder}/kaputil" COMPONENT python)
+set(KAPUTIL_PYTHON_DIR "" CACHE PATH "The folder to install the Python package into; empty: below the prefix")
+configure_file("${PROJECT_SOURCE_DIR}/cmake/install_python_package.cmake.in"
+               "${PROJECT_BINARY_DIR}/install_python_package.cmake" @ONLY)
+install(SCRIPT "${PROJECT_BINARY_DIR}/install_python_package.cmake" COMPONENT python)

@@ -15,7 +15,7 @@ if(toolSources)
         target_link_options(kaputil-cli PRIVATE -municode)
     endif()
     kaputil_precompile(kaputil-cli kaputil_headers)
-    install(TARGETS kaputil-cli RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
+    install(TARGETS kaputil-cli RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" OPTIONAL)
     # Named after the command: that is how the shell finds it when it is first needed.
     install(FILES "${PROJECT_SOURCE_DIR}/completions/kaputil.bash" RENAME kaputil
             DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions")

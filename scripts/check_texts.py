@@ -17,6 +17,8 @@ OUTSIDE = re.compile(r"\bParts? \d+\.\d+|\bspec\.md\b|\.\./shared\b|\bDESIGN\.md
 
 # In a guide, a line <!-- example: path --> stands before the block that repeats that file.
 EXAMPLE = re.compile(r"^(<!-- example: (\S+) -->\s*```\w*\n)(.*?)(?=^```)", re.DOTALL | re.MULTILINE)
+USING = re.compile(r"^using (?:\w+::)+(\w+);")
+
 EXAMPLE_MARK = re.compile(r"^<!-- example: \S+ -->", re.MULTILINE)
 
 
@@ -29,6 +31,18 @@ def check_length(path, lines):
 def check_references(path, lines):
     return [f"{path}:{number}: refers to a document outside the project: {match.group(0)}"
             for number, line in enumerate(lines, start=1) for match in OUTSIDE.finditer(line)]
+
+
+def check_usings(path, lines):
+    """Names that a source brings into its scope and does not use; clang-tidy sees them only in a file by itself."""
+    faults = []
+    for number, line in enumerate(lines, start=1):
+        match = USING.match(line)
+        if match and path.suffix == ".cpp":
+            rest = "\n".join(lines[:number - 1] + lines[number:])
+            if not re.search(rf"\b{match.group(1)}\b", rest):
+                faults.append(f"{path}:{number}: {match.group(1)} is not used")
+    return faults
 
 
 def check_examples(path, text):
@@ -50,6 +64,7 @@ def update_examples():
         new = EXAMPLE.sub(lambda match: match.group(1) + sources.read(match.group(2)), old)
         if new != old:
             (sources.ROOT / path).write_text(new, encoding="utf-8")
+            sources.read.cache_clear()
 
 
 def main():
@@ -65,6 +80,7 @@ def main():
         faults += check_references(path, lines)
         if path.suffix in (".hpp", ".cpp"):
             faults += check_length(path, lines)
+            faults += check_usings(path, lines)
         if path.suffix == ".md":
             faults += check_examples(path, text)
     for fault in faults:

@@ -1,5 +1,7 @@
 """What the checks share: the files of the project and the includes they hold."""
 
+import functools
+import os
 import pathlib
 import re
 import subprocess
@@ -18,10 +20,12 @@ def project_files(*patterns):
     return [pathlib.PurePosixPath(name) for name in names if (ROOT / name).is_file()]
 
 
+@functools.lru_cache(maxsize=None)
 def read(path):
     return (ROOT / path).read_text(encoding="utf-8")
 
 
+@functools.lru_cache(maxsize=None)
 def includes(path):
     """The includes of a file: (line number, True for quotes and False for angle brackets, what is included)."""
     found = []
@@ -32,10 +36,11 @@ def includes(path):
     return found
 
 
-def included_file(target):
+def included_file(target, including="."):
     """The project's file that an include names, below the root; None when it is not one of the project's."""
-    for folder in ("include", "src", "tests", "."):
-        candidate = pathlib.PurePosixPath(folder) / target
+    beside = pathlib.PurePosixPath(including).parent
+    for folder in ("include", "src", "tests", ".", beside):
+        candidate = pathlib.PurePosixPath(os.path.normpath(folder / pathlib.PurePosixPath(target)))
         if (ROOT / candidate).is_file():
             return candidate
     return None

@@ -13,17 +13,30 @@ from support import run
 BUILT = pathlib.Path(kaputil.__file__).parent
 
 
+def install(prefix, **variables):
+    status, output = run("cmake", "--install", os.environ["KAPUTIL_BUILD"], "--component", "python", "--prefix", prefix,
+                         **variables)
+    assert status == 0, output
+
+
 class Installation(unittest.TestCase):
     def setUp(self):
         folder = tempfile.TemporaryDirectory()
         self.addCleanup(folder.cleanup)
-        status, output = run("cmake", "--install", os.environ["KAPUTIL_BUILD"], "--component", "python",
-                             DESTDIR=folder.name)
-        self.assertEqual(status, 0, output)
-        self.packages = pathlib.Path(folder.name + os.environ["KAPUTIL_PYTHON_DIR"])
+        self.folder = pathlib.Path(folder.name)
+        version = f"python{sys.version_info.major}.{sys.version_info.minor}"
+        self.packages = self.folder / "prefix" / "lib" / version / "site-packages"
+        install(str(self.folder / "prefix"))
 
-    def test_it_goes_where_the_interpreter_looks(self):
-        self.assertIn(os.environ["KAPUTIL_PYTHON_DIR"], sys.path)
+    def test_the_interpreters_own_prefix_puts_it_where_the_interpreter_looks(self):
+        site = os.environ["KAPUTIL_PYTHON_SITE"]
+        self.assertIn(site, sys.path)
+        install(str(pathlib.Path(site).parent), DESTDIR=str(self.folder / "staged"))
+        self.assertTrue((self.folder / ("staged" + site) / "kaputil" / "__init__.py").is_file())
+
+    def test_another_prefix_gets_all_of_it_and_nothing_lands_elsewhere(self):
+        self.assertEqual([path.name for path in self.packages.iterdir()], ["kaputil"])
+        self.assertEqual([path.name for path in (self.folder / "prefix").iterdir()], ["lib"])
 
     def test_it_holds_what_the_build_has(self):
         def names(folder):

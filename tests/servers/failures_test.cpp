@@ -14,7 +14,6 @@ namespace kap::ado {
 namespace {
 
 using test::fieldOf;
-using test::raisedBy;
 using test::shown;
 
 template <class Work>

@@ -13,7 +13,6 @@ namespace kap::ado {
 namespace {
 
 using test::fieldOf;
-using test::raisedBy;
 using test::shown;
 
 class ServerReading : public test::ServerTest {

@@ -12,11 +12,6 @@
 namespace kap::platform {
 namespace {
 
-// The system guarantees that handles of its objects have no more than 32 bits.
-HANDLE handleOf(int descriptor) noexcept {
-    return LongToHandle(descriptor);
-}
-
 // A lock of the system's with a name made of the folder's: folders themselves cannot be locked. It
 // goes with the last process that uses it.
 std::u16string lockName(const std::filesystem::path& folder) {

@@ -6,11 +6,6 @@
 namespace kap::platform {
 namespace {
 
-// The system guarantees that handles of its objects have no more than 32 bits.
-HANDLE handleOf(int descriptor) noexcept {
-    return LongToHandle(descriptor);
-}
-
 DWORD dispositionOf(OutputFile::Begin begin) {
     switch (begin) {
         case OutputFile::Begin::Empty:

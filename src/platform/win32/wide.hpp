@@ -23,6 +23,11 @@ static_assert(sizeof(wchar_t) == sizeof(char16_t), "the system's texts are UTF-1
     return wide(text.units());
 }
 
+// A descriptor of this library as the system's handle, which has no more than 32 bits.
+[[nodiscard]] inline HANDLE handleOf(int descriptor) noexcept {
+    return LongToHandle(descriptor);
+}
+
 [[nodiscard]] inline std::u16string_view narrowView(const wchar_t* text,
                                                     std::size_t length) noexcept {
     return {reinterpret_cast<const char16_t*>(text), length};
