@@ -81,9 +81,10 @@ function(kaputil_compile_rules target)
         # This release sees overlapping copies in the joining of two texts, where there are none.
         target_compile_options(${target} PRIVATE -Wno-restrict)
         if(WIN32)
-            # And, with the inlining that it does for this host, past the ends of texts.
+            # And, with the inlining that it does for this host, past the ends of texts and before the
+            # beginning of variants.
             target_compile_options(${target} PRIVATE -Wno-array-bounds -Wno-stringop-overflow
-                                                         -Wno-stringop-overread)
+                                                         -Wno-stringop-overread -Wno-maybe-uninitialized)
         endif()
     endif()
     if(KAPUTIL_SANITIZE)

@@ -1,9 +1,11 @@
 #!/usr/bin/env python3
-"""Tests the archive for Windows: what it holds, and what its page says, followed in a fresh Windows session.
+"""Tests the archive and the installer for Windows: what they hold, and what their page says, followed in a fresh Windows
+session.
 
-usage: package.py ARCHIVE
+usage: package.py ARCHIVE INSTALLER
 """
 
+import os
 import pathlib
 import sys
 import tempfile
@@ -12,7 +14,7 @@ import zipfile
 ROOT = pathlib.Path(__file__).resolve().parent.parent.parent
 sys.path.insert(0, str(ROOT / "scripts"))
 
-from wine_session import WineSession  # noqa: E402
+from wine_session import WineSession, windows_path  # noqa: E402
 
 CONTENTS = """
 LEGGIMI.txt
@@ -102,16 +104,48 @@ def test_page(installation):
     installation.expect("which is removed, too", not installation.is_registered("HKCU"))
 
 
-def main(archive):
+def test_installer(installation, installer):
+    """For everybody, over itself, and for the user alone; each time removed without a trace."""
+    def msiexec(*words):
+        code, printed = installation.run("msiexec", *words, "/qn")
+        installation.expect(f"msiexec {words[0]} succeeds", code == 0, f"{code}\n{printed}")
+
+    def files_of(root):
+        return sorted(str(path.relative_to(root)).replace(os.sep, "/") for path in root.rglob("*") if path.is_file())
+
+    scripts = {"register.cmd", "unregister.cmd"}
+    wanted = [name for name in CONTENTS if name not in scripts]
+    package = windows_path(installer)
+    programs = installation.session.prefix / "drive_c" / "Program Files" / "KapUtil"
+    for words in ((), ("REINSTALL=ALL", "REINSTALLMODE=vamus")):
+        msiexec("/i", package, *words)
+        installation.expect("its files are where programs are", files_of(programs) == wanted, files_of(programs))
+        installation.expect("the classes are registered for everybody",
+                            installation.is_registered("HKLM") and not installation.is_registered("HKCU"))
+        installation.expect("an example runs", *installation.example_works())
+    msiexec("/x", package)
+    installation.expect("removing it leaves nothing registered", not installation.is_registered("HKLM"))
+    installation.expect("nor a file", not files_of(programs), files_of(programs))
+
+    msiexec("/i", package, "MSIINSTALLPERUSER=1")
+    installation.expect("for the user alone the classes are the user's",
+                        installation.is_registered("HKCU") and not installation.is_registered("HKLM"))
+    installation.expect("an example runs", *installation.example_works())
+    msiexec("/x", package, "MSIINSTALLPERUSER=1")
+    installation.expect("which is removed, too", not installation.is_registered("HKCU"))
+
+
+def main(archive, installer):
     with tempfile.TemporaryDirectory() as place, WineSession(ROOT / "build" / "wine-package") as session:
         installation = Installation(session, pathlib.Path(place) / "kaputil")
         test_contents(archive, installation)
         test_page(installation)
+        test_installer(installation, installer)
     return 1 if installation.failures else 0
 
 
 if __name__ == "__main__":
-    if len(sys.argv) != 2:
+    if len(sys.argv) != 3:
         print(__doc__, file=sys.stderr)
         sys.exit(2)
-    sys.exit(main(sys.argv[1]))
+    sys.exit(main(*sys.argv[1:]))
