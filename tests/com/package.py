@@ -18,9 +18,21 @@ from wine_session import WineSession, windows_path  # noqa: E402
 
 CONTENTS = """
 LEGGIMI.txt
+examples/clienti.ps1
 examples/documento.bas
 examples/edit_a_record.vbs
+examples/elenco.js
+examples/esporta.vbs
+examples/giroconto.vbs
+examples/impostazioni.vbs
+examples/ini.vbs
+examples/numeri.vbs
+examples/ordini.vbs
 examples/property_string.cpp
+examples/proprieta.js
+examples/registro.vbs
+examples/righe.vbs
+examples/valori.vbs
 register.cmd
 unregister.cmd
 x64/KapUtil26.dll

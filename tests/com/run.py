@@ -86,7 +86,7 @@ def run_test_script(report, session, script, folder):
 
 
 def run_example(report, session, example, build):
-    if example.suffix == ".vbs":
+    if example.suffix != ".cpp":
         _, output = session.run("cscript", "//nologo", example.name, folder=example.parent)
     else:
         _, output = session.run(example.stem + ".exe", folder=build / "com" / "examples")
@@ -104,7 +104,7 @@ def test_module(report, session, build):
     with tempfile.TemporaryDirectory() as copies:
         for script in sorted([*SCRIPTS.rglob("*.vbs"), *SCRIPTS.rglob("*.js")]):
             run_test_script(report, session, script, pathlib.Path(copies))
-    for example in sorted([*EXAMPLES.glob("*.vbs"), *EXAMPLES.glob("*.cpp")]):
+    for example in sorted([*EXAMPLES.glob("*.vbs"), *EXAMPLES.glob("*.js"), *EXAMPLES.glob("*.cpp")]):
         run_example(report, session, example, build)
     code, output = session.run("regsvr32", "/s", "/u", "KapUtil26.dll", folder=folder)
     report.add("regsvr32 /u", code == 0, output)
