@@ -65,14 +65,14 @@ std::vector<std::string> nearestNames(std::string_view wanted,
     const std::size_t farthest = 1 + typed.size() / kLettersForAMistake;
     std::vector<std::pair<std::size_t, std::string>> candidates;
     for (const std::string& name : known) {
-        const std::size_t far = farness(typed, asciiLower(name));
-        if (far <= farthest) {
-            candidates.emplace_back(far, name);
+        const std::size_t apart = farness(typed, asciiLower(name));
+        if (apart <= farthest) {
+            candidates.emplace_back(apart, name);
         }
     }
     std::ranges::stable_sort(candidates, {}, [](const auto& candidate) { return candidate.first; });
     std::vector<std::string> nearest;
-    for (auto& [far, name] : candidates) {
+    for (auto& [apart, name] : candidates) {
         if (nearest.size() < kMostSuggestions) {
             nearest.push_back(std::move(name));
         }

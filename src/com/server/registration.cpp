@@ -37,7 +37,7 @@ constexpr const char16_t* kEventSource =
     u"HKEY_LOCAL_MACHINE\\SYSTEM\\CurrentControlSet\\Services\\EventLog\\Application\\KapUtil26";
 constexpr const char16_t* kEventMessages = u"%SystemRoot%\\System32\\EventCreate.exe";
 
-std::u16string bracedIdentity(const String& identity) {
+std::u16string bracedName(const String& identity) {
     return u"{" + identity.units() + u"}";
 }
 
@@ -64,19 +64,19 @@ public:
 
     void remove() const {
         for (const ServedClass& one : servedClasses()) {
-            registry::deleteKey(root_ + u"CLSID\\" + bracedIdentity(one.classId));
+            registry::deleteKey(root_ + u"CLSID\\" + bracedName(one.classId));
             if (!isRegisteredElsewhere(one)) {
                 registry::deleteKey(root_ + one.programmaticName.units());
             }
         }
-        const std::u16string identity = root_ + u"TypeLib\\" + bracedIdentity(library().typeLibraryId);
+        const std::u16string identity = root_ + u"TypeLib\\" + bracedName(library().typeLibraryId);
         const std::u16string version = identity + u"\\" + library().typeLibraryVersion.units();
         registry::deleteKey(version + u"\\0\\" + kPlatform);
         if (registry::keysBelow(version + u"\\0").empty()) {
             registry::deleteKey(identity);
         }
         for (const PublishedClass& one : publishedClasses()) {
-            registry::deleteKey(root_ + u"Interface\\" + bracedIdentity(one.interfaceId));
+            registry::deleteKey(root_ + u"Interface\\" + bracedName(one.interfaceId));
         }
         if (forMachine_ && !isRegisteredElsewhere(servedClasses().front())) {
             registry::deleteKey(kEventSource);
@@ -86,7 +86,7 @@ public:
 private:
     // The names are shared by both bitnesses, and stay as long as one of them is there.
     [[nodiscard]] bool isRegisteredElsewhere(const ServedClass& one) const {
-        return registry::OpenedKey(root_ + u"CLSID\\" + bracedIdentity(one.classId),
+        return registry::OpenedKey(root_ + u"CLSID\\" + bracedName(one.classId),
                                    KEY_QUERY_VALUE | kOtherBitness)
             .isOpen();
     }
@@ -104,7 +104,7 @@ private:
 
     void addClass(const ServedClass& one) const {
         const std::u16string name = one.programmaticName.units();
-        const std::u16string identity = bracedIdentity(one.classId);
+        const std::u16string identity = bracedName(one.classId);
         const std::u16string key = u"CLSID\\" + identity;
         set(name, u"", one.summary);
         set(name + u"\\CLSID", u"", identity);
@@ -114,14 +114,14 @@ private:
         set(key + u"\\ProgID", u"", name);
         set(key + u"\\Programmable", u"", u"");
         if (one.published) {
-            set(key + u"\\TypeLib", u"", bracedIdentity(library().typeLibraryId));
+            set(key + u"\\TypeLib", u"", bracedName(library().typeLibraryId));
             set(key + u"\\VERSION", u"", library().typeLibraryVersion);
         }
     }
 
     void addTypeLibrary() const {
         const std::u16string path = modulePath();
-        const std::u16string key = u"TypeLib\\" + bracedIdentity(library().typeLibraryId) + u"\\" +
+        const std::u16string key = u"TypeLib\\" + bracedName(library().typeLibraryId) + u"\\" +
                                    library().typeLibraryVersion.units();
         set(key, u"", library().description);
         set(key + u"\\FLAGS", u"", u"0");
@@ -130,10 +130,10 @@ private:
     }
 
     void addInterface(const PublishedClass& one) const {
-        const std::u16string key = u"Interface\\" + bracedIdentity(one.interfaceId);
+        const std::u16string key = u"Interface\\" + bracedName(one.interfaceId);
         set(key, u"", one.interfaceName);
         set(key + u"\\ProxyStubClsid32", u"", kDispatchProxy);
-        set(key + u"\\TypeLib", u"", bracedIdentity(library().typeLibraryId));
+        set(key + u"\\TypeLib", u"", bracedName(library().typeLibraryId));
         set(key + u"\\TypeLib", u"Version", library().typeLibraryVersion);
     }
 
