@@ -10,6 +10,7 @@
 #include <initializer_list>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include <kaputil/ado/error_numbers.hpp>
 #include <kaputil/ado/recordset.hpp>
@@ -21,6 +22,8 @@
 #include <kaputil/frame/locale.hpp>
 #include <kaputil/util/dates.hpp>
 #include <kaputil/util/values.hpp>
+
+#include "fuzz/reader_targets.hpp"
 
 namespace kap::fuzz {
 namespace {
@@ -257,7 +260,12 @@ constexpr std::array<Target, 9> kTargets = {{{"numbers", &numbers},
 }  // namespace
 
 std::span<const Target> targets() {
-    return kTargets;
+    static const std::vector<Target> all = [] {
+        std::vector<Target> both(kTargets.begin(), kTargets.end());
+        both.insert(both.end(), readerTargets().begin(), readerTargets().end());
+        return both;
+    }();
+    return all;
 }
 
 std::u16string textOf(std::span<const unsigned char> bytes) {

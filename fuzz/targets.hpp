@@ -12,6 +12,7 @@ namespace kap::fuzz {
 struct Target {
     std::string_view name;
     void (*run)(std::u16string_view text);
+    int slowness = 1;  // how many times as long as a text of the quick ones takes
 };
 
 [[nodiscard]] std::span<const Target> targets();

@@ -1,0 +1,193 @@
+#include "fuzz/reader_targets.hpp"
+
+#include <unistd.h>
+
+#include <array>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+
+#include <kaputil/ado/connection.hpp>
+#include <kaputil/ado/recordset.hpp>
+#include <kaputil/frame/error.hpp>
+
+#include "ado/connection_string.hpp"
+#include "frame/unicode.hpp"
+#include "host/text_source/schema.hpp"
+#include "platform/mail/card.hpp"
+#include "platform/profile_text.hpp"
+#include "platform/registry/registration_text.hpp"
+
+namespace kap::fuzz {
+namespace {
+
+void require(bool holds, const char* what) {
+    if (!holds) {
+        std::fprintf(stderr, "fuzz: %s\n", what);
+        std::abort();
+    }
+}
+
+// Each unit as one byte, so that the samples are texts to the readers of bytes, too.
+std::string bytesOf(std::u16string_view text) {
+    std::string bytes;
+    for (const char16_t unit : text) {
+        bytes.push_back(static_cast<char>(unit & 0xFF));
+    }
+    return bytes;
+}
+
+// Whatever an action raises is an error that a client can read.
+template <class Action>
+bool ends(Action action) {
+    try {
+        action();
+        return true;
+    } catch (const AutomationError& error) {
+        require(!error.description().empty(), "an error without a description");
+        return false;
+    }
+}
+
+// A folder of the process's own.
+const std::filesystem::path& folder() {
+    static const std::filesystem::path made = [] {
+        std::string pattern =
+            (std::filesystem::temp_directory_path() / "kaputil-fuzz-XXXXXX").string();
+        require(mkdtemp(pattern.data()) != nullptr, "no temporary folder");
+        std::atexit([] {
+            std::error_code ignored;
+            std::filesystem::remove_all(folder(), ignored);
+        });
+        return std::filesystem::path(pattern);
+    }();
+    return made;
+}
+
+constexpr const char16_t* kTables =
+    u"CREATE TABLE t (a int IDENTITY PRIMARY KEY, b varchar(20), c money, d datetime, AggID "
+    u"timestamp)"
+    u"CREATE TABLE u (a int REFERENCES t(a), b float) CREATE INDEX i ON u (b)"
+    u"INSERT INTO t (b, c, d) VALUES ('uno', 1.5, '20030102') INSERT INTO u VALUES (1, 0.5)";
+
+// Scripts are read and translated, and what they would do is told instead of done.
+void scripts(std::u16string_view text) {
+    static const Ref<ado::Connection> connection = [] {
+        auto opened = make<ado::Connection>();
+        opened->Open(u"Provider=KapLocal;Data Source=:memory:");
+        opened->Execute(kTables);
+        opened->setCommandTimeout(5);
+        return opened;
+    }();
+    const std::u16string upper = unicode::upper(text);
+    for (const std::u16string_view done : {u"SHOWPLAN", u"BACKUP", u"WAITFOR"}) {
+        if (upper.find(done) != std::u16string::npos) {
+            return;
+        }
+    }
+    connection->Execute(u"SET SHOWPLAN_TEXT ON");
+    ends([&] { connection->Execute(text); });
+    ends([&] { connection->Execute(u"SET SHOWPLAN_TEXT OFF"); });
+}
+
+// What a registration text says is said by the text of the tree that it made.
+void registrations(std::u16string_view text) {
+    namespace registry = platform::registry;
+    registry::Tree tree;
+    try {
+        registry::applyText(bytesOf(text), tree);
+    } catch (const registry::MalformedText&) {
+        return;
+    }
+    const auto written = unicode::utf8(registry::textOf(tree));
+    require(written.has_value(), "a registry that cannot be written");
+    registry::Tree again;
+    registry::applyText(*written, again);
+    require(again.keys().size() == tree.keys().size(), "a registry that reads otherwise");
+}
+
+void profiles(std::u16string_view text) {
+    platform::ProfileText profile(bytesOf(text));
+    if (profile.put(u"A", u"chiave", u"valore")) {
+        require(profile.value(u"a", u"CHIAVE") == u"valore", "a key that was put and is not there");
+    }
+    static_cast<void>(profile.bytes());
+}
+
+void cards(std::u16string_view text) {
+    auto card = platform::mail::Card::read(bytesOf(text));
+    if (!card) {
+        return;
+    }
+    card->put(platform::mail::ContactField::Company, u"Ditta; Verdi, & C.");
+    const auto again = platform::mail::Card::read(card->bytes());
+    require(again && again->get(platform::mail::ContactField::Company) == u"Ditta; Verdi, & C.",
+            "a card that loses what was put");
+}
+
+void connections(std::u16string_view text) {
+    const std::string bytes = bytesOf(text);
+    ends([&] { static_cast<void>(ado::ConnectionString::parse(bytes)); });
+    ends([&] { static_cast<void>(ado::ConnectionString::shown(bytes)); });
+}
+
+void schemas(std::u16string_view text) {
+    std::ofstream(folder() / "Schema.ini", std::ios::binary) << "[E.TXT]\n" << bytesOf(text);
+    ends([&] { static_cast<void>(host::text_source::readSchema(folder(), u"E.TXT")); });
+}
+
+std::string soundDatabase() {
+    const std::filesystem::path file = folder() / "intero.db";
+    {
+        const auto connection = make<ado::Connection>();
+        connection->Open(String("Provider=KapLocal;Data Source=" + file.string()));
+        connection->Execute(kTables);
+    }
+    std::ifstream in(file, std::ios::binary);
+    return {std::istreambuf_iterator<char>(in), {}};
+}
+
+// A file in which the text says what to damage: a place in two units, a byte in the third.
+void databases(std::u16string_view text) {
+    static const std::string sound = soundDatabase();
+    constexpr std::size_t kUnits = 3;
+    std::string damaged = sound;
+    for (std::size_t i = 0; i + kUnits <= text.size() && i < 60; i += kUnits) {
+        const std::size_t place = text[i] * std::size_t{251} + text[i + 1];
+        damaged[place % damaged.size()] = static_cast<char>(text[i + 2]);
+    }
+    const std::filesystem::path file = folder() / "guasto.db";
+    std::ofstream(file, std::ios::binary) << damaged;
+    for (const char* beside : {"guasto.db-wal", "guasto.db-shm", "guasto.db-journal"}) {
+        std::filesystem::remove(folder() / beside);
+    }
+    ends([&] {
+        const auto connection = make<ado::Connection>();
+        connection->Open(String("Provider=KapLocal;Lock Timeout=0;Data Source=" + file.string()));
+        connection->setCommandTimeout(5);
+        for (const char16_t* script :
+             {u"SELECT t.*, u.b FROM t JOIN u ON u.a = t.a", u"SELECT * FROM sysobjects",
+              u"UPDATE t SET b = 'due'", u"INSERT INTO u VALUES (1, 2)", u"DBCC CHECKDB"}) {
+            ends([&] { connection->Execute(script); });
+        }
+    });
+}
+
+constexpr std::array<Target, 7> kReaderTargets = {{{"scripts", &scripts, 10},
+                                                   {"registrations", &registrations},
+                                                   {"profiles", &profiles},
+                                                   {"cards", &cards},
+                                                   {"connections", &connections},
+                                                   {"schemas", &schemas, 10},
+                                                   {"databases", &databases, 40}}};
+
+}  // namespace
+
+std::span<const Target> readerTargets() {
+    return kReaderTargets;
+}
+
+}  // namespace kap::fuzz
