@@ -3,7 +3,7 @@
 #include <atomic>
 #include <new>
 
-#include <kaputil/frame/error.hpp>
+#include <oaidl.h>
 
 #include "platform/win32/automation/call_errors.hpp"
 #include "platform/win32/automation/interface_pointer.hpp"
@@ -16,7 +16,7 @@ namespace automation = platform::automation;
 
 std::atomic<long> references{0};
 
-class Factory final : public IClassFactory {
+class Factory final : public IClassFactory, public ISupportErrorInfo {
 public:
     explicit Factory(const ServedClass& served) : served_(served) { ++references; }
     Factory(const Factory&) = delete;
@@ -26,11 +26,14 @@ public:
         if (out == nullptr) {
             return E_POINTER;
         }
-        if (wanted != IID_IUnknown && wanted != IID_IClassFactory) {
+        if (wanted == IID_IUnknown || wanted == IID_IClassFactory) {
+            *out = static_cast<IClassFactory*>(this);
+        } else if (wanted == IID_ISupportErrorInfo) {
+            *out = static_cast<ISupportErrorInfo*>(this);
+        } else {
             *out = nullptr;
             return E_NOINTERFACE;
         }
-        *out = static_cast<IClassFactory*>(this);
         AddRef();
         return S_OK;
     }
@@ -51,15 +54,16 @@ public:
         if (outer != nullptr) {
             return CLASS_E_NOAGGREGATION;
         }
-        try {
+        const auto create = [&]() -> HRESULT {
             automation::InterfacePointer<IDispatch> made;
             *made.out() = automation::dispatchOf(served_.description->create());
             return made->QueryInterface(wanted, out);
-        } catch (const AutomationError& error) {
-            return automation::codeOf(error.number());
-        } catch (const std::bad_alloc&) {
-            return E_OUTOFMEMORY;
-        }
+        };
+        return automation::guarded(create, &automation::reportByErrorObject);
+    }
+    // Languages ask whether the error object is ours before they show it.
+    STDMETHODIMP InterfaceSupportsErrorInfo(REFIID asked) override {
+        return asked == IID_IClassFactory ? S_OK : S_FALSE;
     }
     STDMETHODIMP LockServer(BOOL lock) override {
         references += lock != FALSE ? 1 : -1;

@@ -40,6 +40,24 @@ text = "SELECT MAX(Riga) FROM Righe"
 Check "the next line", 30, functions.Riga_Prog(connection, text, 10)
 Check "the next line by ones", 24, functions.Riga_Prog(connection, text)
 
+cursorType = -1
+lockType = -1
+options = -1
+location = -1
+On Error Resume Next
+Set rows = functions.OpenRecordset("SELECT * FROM Nessuna", connection, cursorType, lockType, options, True, True, location)
+Check "the number", -2147217865, Err.Number
+On Error GoTo 0
+Check "what was chosen before the failure", "3313", cursorType & lockType & options & location
+
+Dim passo, inizio
+passo = 0
+inizio = "0"
+On Error Resume Next
+functions.Riga_Prog connection, "SELECT MAX(Riga) FROM Nessuna", passo, inizio
+On Error GoTo 0
+Check "the step and the start", "11", passo & inizio
+
 Dim opened
 opened = "Provider=KapLocal;Data Source=:memory:"
 functions.ControllaConnessione opened

@@ -3,6 +3,7 @@
 
 #include "dispatch_client.hpp"
 #include "frame/class_builder.hpp"
+#include "platform/win32/automation/com_object.hpp"
 
 // Every type in every form in which clients pass arguments, to an object with one member for each.
 namespace kap::test {
@@ -38,6 +39,16 @@ public:
         *value = 9;
         throw AutomationError(errors::kInvalidArgument);
     }
+    void ThenFailsWithText(ByRef<Variant> value, ByRef<std::int32_t> other) {
+        *value = u"nuovo";
+        *other = 9;
+        throw AutomationError(errors::kInvalidArgument);
+    }
+    void Both(ByRef<Variant> value, ByRef<std::int32_t> other) {
+        *value = u"nuovo";
+        *other = 9;
+    }
+    std::int32_t Reads(ByRef<std::int32_t> value) { return *value; }
 };
 
 const ClassDescription& Probe::classDescription() {
@@ -60,6 +71,9 @@ const ClassDescription& Probe::classDescription() {
             .method<&Probe::Many>(
                 u"Many", {u"a", u"b", u"c", u"d", u"e", u"f", u"g", u"h", u"i", u"last"}, u"")
             .method<&Probe::ThenFails>(u"ThenFails", {u"v"}, u"")
+            .method<&Probe::ThenFailsWithText>(u"ThenFailsWithText", {u"v", u"o"}, u"")
+            .method<&Probe::Both>(u"Both", {u"v", u"o"}, u"")
+            .method<&Probe::Reads>(u"Reads", {u"v"}, u"")
             .build();
     return description;
 }
@@ -219,9 +233,58 @@ TEST_F(ByReference, MoreArgumentsThanMostCallsHaveArePassedInTheirOrder) {
 }
 
 TEST_F(ByReference, AFailureKeepsWhatWasAssignedBefore) {
-    std::int32_t variable = 1;
-    failureOf(probe_, L"ThenFails", Value::to(VT_I4, variable));
-    EXPECT_EQ(1, variable);  // a number's own place is written at the end of the call alone
+    std::int32_t number = 1;
+    failureOf(probe_, L"ThenFails", Value::to(VT_I4, number));
+    EXPECT_EQ(9, number);
+    Value variable(L"1");
+    failureOf(probe_, L"ThenFails", Value::to(variable));
+    EXPECT_EQ(VT_I4, variable.type());
+    EXPECT_EQ(9, variable.number());
+    Value first(1);
+    Value second = Value::to(first);
+    failureOf(probe_, L"ThenFails", Value::to(second));
+    EXPECT_EQ(9, first.number());
+}
+
+TEST_F(ByReference, AFailureIsToldWhateverAVariableCannotHold) {
+    std::int16_t small = 1;
+    std::int32_t number = 1;
+    EXPECT_EQ(
+        static_cast<HRESULT>(0x800A0005),
+        failureOf(probe_, L"ThenFailsWithText", Value::to(VT_I2, small), Value::to(VT_I4, number))
+            .code);
+    EXPECT_EQ(1, small);
+    EXPECT_EQ(9, number);
+}
+
+TEST_F(ByReference, AVariableThatCannotHoldItsValueKeepsNoOtherFromItsOwn) {
+    std::int16_t small = 1;
+    std::int32_t number = 1;
+    EXPECT_EQ(static_cast<HRESULT>(0x800A000D),
+              failureOf(probe_, L"Both", Value::to(VT_I2, small), Value::to(VT_I4, number)).code);
+    EXPECT_EQ(1, small);
+    EXPECT_EQ(9, number);
+}
+
+TEST_F(ByReference, WhatAMemberOnlyReadsKeepsItsTypeInEveryForm) {
+    Value text(L"7");
+    EXPECT_EQ(7, call(probe_, L"Reads", Value::to(text)).number());
+    EXPECT_EQ(L"7", text.text());
+    double number = 7;
+    EXPECT_EQ(7, call(probe_, L"Reads", Value::to(VT_R8, number)).number());
+    EXPECT_EQ(7, number);
+}
+
+// Another maker's object, called by the library.
+TEST_F(ByReference, WhatAnotherMakersMemberAssignsReachesTheLibrary) {
+    const auto foreign = make<platform::automation::ComObject>(Pointer<IDispatch>(probe_));
+    std::vector<Variant> arguments = {Variant(u"1")};
+    EXPECT_THROW(foreign->invoke(u"ThenFails", InvokeKind::Method, Arguments{arguments, {}}),
+                 AutomationError);
+    EXPECT_EQ(9, arguments[0].as<std::int32_t>());
+    arguments = {Variant(u"7")};
+    foreign->invoke(u"Reads", InvokeKind::Method, Arguments{arguments, {}});
+    EXPECT_EQ(u"7", arguments[0].as<String>().view());
 }
 
 TEST_F(ByReference, ArraysCrossBothWays) {

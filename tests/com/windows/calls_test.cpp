@@ -103,6 +103,32 @@ TEST_F(Calls, ReadTheDefaultMember) {
     EXPECT_EQ(VT_DISPATCH, result.type());
 }
 
+// rows("N") = value and its longer forms.
+TEST_F(Calls, AssignThroughIndexedDefaultMembers) {
+    const auto connection = module_.create(kLocalConnection);
+    call(connection, L"Open", L"Provider=KapLocal;Data Source=:memory:");
+    call(connection, L"Execute", L"CREATE TABLE T (N varchar(10) PRIMARY KEY)");
+    call(connection, L"Execute", L"INSERT INTO T VALUES ('a')");
+    const auto rows = module_.create(kLocalRecordset);
+    call(rows, L"Open", L"SELECT N FROM T", connection, 1, 3);
+    const auto fields = call(rows, L"Fields").object();
+    const auto assign = [](const Pointer<IDispatch>& object, DISPID id, const wchar_t* value) {
+        Value none;
+        EXPECT_EQ(S_OK, invoke(object.get(), id, DISPATCH_PROPERTYPUT, values(L"N", value), none));
+    };
+    const auto held = [&] { return call(call(rows, L"Fields", L"N").object(), L"Value").text(); };
+    assign(rows, DISPID_VALUE, L"b");
+    EXPECT_EQ(L"b", held());
+    assign(rows, idOf(rows.get(), L"Fields"), L"c");
+    EXPECT_EQ(L"c", held());
+    assign(fields, DISPID_VALUE, L"d");
+    EXPECT_EQ(L"d", held());
+    assign(fields, idOf(fields.get(), L"Item"), L"e");
+    call(rows, L"Update");
+    const auto saved = call(connection, L"Execute", L"SELECT N FROM T").object();
+    EXPECT_EQ(L"e", call(call(saved, L"Fields", 0).object(), L"Value").text());
+}
+
 TEST_F(Calls, EnumerateCollections) {
     const auto connection = module_.create(kLocalConnection);
     call(connection, L"Open", L"Provider=KapLocal;Data Source=:memory:");

@@ -224,5 +224,6 @@ inline const String kGeneralFunctions = u"ebe940f4-1cec-417c-9ee1-7425c4fae5fc";
 inline const String kErrorObject = u"feb2ec34-3b6a-45b8-90c5-87f442d1898e";
 inline const String kConfiguration = u"a1493e40-ee46-4833-8ef1-58e3b80d0cef";
 inline const String kLocalConnection = u"e6d06f3b-5a86-4b3b-9c1d-0a6d4a6f7b11";
+inline const String kLocalRecordset = u"e6d06f3b-5a86-4b3b-9c1d-0a6d4a6f7b12";
 
 }  // namespace kap::test

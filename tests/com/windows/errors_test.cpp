@@ -1,3 +1,9 @@
+#include <new>
+#include <stdexcept>
+
+#include <kaputil/frame/error.hpp>
+
+#include "com/server/class_factory.hpp"
 #include "dispatch_client.hpp"
 
 namespace kap::test {
@@ -54,6 +60,25 @@ TEST_F(Errors, CarryTheNumbersOfTheDatabase) {
     EXPECT_EQ(L"Invalid object name 'Nessuna'.", failure.description);
 }
 
+TEST_F(Errors, LeaveTheClientWhatTheMemberHadChosen) {
+    const auto connection = module_.create(kLocalConnection);
+    call(connection, L"Open", L"Provider=KapLocal;Data Source=:memory:");
+    const auto functions = module_.create(kGeneralFunctions);
+    Value variable(connection);
+    std::int16_t cursor = -1;
+    Value lock(-1);
+    Value inner(-1);
+    Value options = Value::to(inner);
+    double location = -1;
+    failureOf(functions, L"OpenRecordset", L"SELECT * FROM Nessuna", Value::to(variable),
+              Value::to(VT_I2, cursor), Value::to(lock), Value::to(options), Value::missing(),
+              Value::missing(), Value::to(VT_R8, location));
+    EXPECT_EQ(3, cursor);
+    EXPECT_EQ(3, lock.number());
+    EXPECT_EQ(1, inner.number());
+    EXPECT_EQ(3, location);
+}
+
 TEST_F(Errors, TellWhatTheCallItselfLacks) {
     const auto bag = module_.create(kPropertyString);
     EXPECT_EQ(runtimeCode(449), failureOf(bag, L"Scrivi", L"A").code);
@@ -75,6 +100,57 @@ TEST_F(Errors, AreGivenToCallersWithoutRoomForThem) {
     EXPECT_EQ(runtimeCode(449),
               bag->Invoke(idOf(bag.get(), L"Scrivi"), IID_NULL, LOCALE_USER_DEFAULT,
                           DISPATCH_METHOD, &none, nullptr, nullptr, nullptr));
+}
+
+// The text of the thread's error object, which it gives away.
+std::wstring toldByErrorObject() {
+    Pointer<IErrorInfo> told;
+    BSTR text = nullptr;
+    if (GetErrorInfo(0, told.out()) != S_OK || FAILED(told->GetDescription(&text))) {
+        return L"(nothing)";
+    }
+    std::wstring copy(text == nullptr ? L"" : text);
+    SysFreeString(text);
+    return copy;
+}
+
+// What creating an object answers when the class throws something.
+template <auto kThrow>
+HRESULT creationOf() {
+    ClassDescription broken;
+    broken.create = []() -> Ref<Object> {
+        kThrow();
+        return {};
+    };
+    const com::ServedClass served{u"Prova.Guasta", u"", u"", &broken, nullptr};
+    Pointer<IClassFactory> factory;
+    EXPECT_EQ(S_OK, com::factoryOf(served, IID_IClassFactory, factory.outVoid()));
+    Pointer<ISupportErrorInfo> support;
+    EXPECT_EQ(S_OK, factory->QueryInterface(IID_ISupportErrorInfo, support.outVoid()));
+    EXPECT_EQ(S_OK, support->InterfaceSupportsErrorInfo(IID_IClassFactory));
+    Pointer<IUnknown> made;
+    return factory->CreateInstance(nullptr, IID_IUnknown, made.outVoid());
+}
+
+TEST(FactoryErrors, AreToldByTheErrorObject) {
+    const Apartment apartment;
+    constexpr auto kRaise = [] {
+        throw AutomationError(-2147221503, u"La licenza è scaduta", u"KapUtil");
+    };
+    EXPECT_EQ(-2147221503, creationOf<kRaise>());
+    EXPECT_EQ(L"La licenza \x00E8 scaduta", toldByErrorObject());
+    constexpr auto kRaiseOfRuntime = [] { throw AutomationError(errors::kCannotCreateObject); };
+    EXPECT_EQ(runtimeCode(429), creationOf<kRaiseOfRuntime>());
+    EXPECT_EQ(L"ActiveX component can't create object", toldByErrorObject());
+}
+
+TEST(FactoryErrors, OfTheLanguageAreToldToo) {
+    const Apartment apartment;
+    constexpr auto kThrow = [] { throw std::runtime_error("nessun disco"); };
+    EXPECT_EQ(E_FAIL, creationOf<kThrow>());
+    EXPECT_EQ(L"nessun disco", toldByErrorObject());
+    constexpr auto kExhaust = [] { throw std::bad_alloc(); };
+    EXPECT_EQ(E_OUTOFMEMORY, creationOf<kExhaust>());
 }
 
 }  // namespace

@@ -1,7 +1,10 @@
 #include "platform/win32/automation/call_arguments.hpp"
 
+#include <optional>
+
 #include <kaputil/frame/error.hpp>
 
+#include "frame/same_value.hpp"
 #include "platform/win32/automation/values.hpp"
 
 namespace kap::platform::automation {
@@ -26,8 +29,8 @@ CallArguments::CallArguments(const DISPPARAMS& passed, const MemberDescription* 
 }
 
 bool CallArguments::isAssignable(std::size_t parameter) const noexcept {
-    return member_ == nullptr ||
-           (parameter < member_->parameters.size() && member_->parameters[parameter].byReference);
+    return member_ == nullptr || parameter >= member_->parameters.size() ||
+           member_->parameters[parameter].byReference;
 }
 
 void CallArguments::add(const VARIANT& from, bool assignable) {
@@ -50,12 +53,34 @@ Arguments CallArguments::arguments() noexcept {
     return {values_.all().first(positional_), named_};
 }
 
-void CallArguments::writeBack() {
+template <class Refused>
+void CallArguments::storeAssigned(Refused refused) {
     for (const Assignable& one : assignable_.all()) {
-        if (!isUnchanged(one.before, *one.value)) {
+        if (isSameValue(one.before, *one.value)) {
+            continue;
+        }
+        try {
             assignThrough(*one.variable, *one.value);
+        } catch (const AutomationError& error) {
+            refused(error);
         }
     }
+}
+
+void CallArguments::writeBack() {
+    std::optional<AutomationError> first;
+    storeAssigned([&](const AutomationError& error) {
+        if (!first) {
+            first = error;
+        }
+    });
+    if (first) {
+        throw AutomationError(*first);
+    }
+}
+
+void CallArguments::writeBackWhatFits() {
+    storeAssigned([](const AutomationError& /*keptByTheVariable*/) {});
 }
 
 }  // namespace kap::platform::automation

@@ -19,16 +19,21 @@ namespace kap::platform::automation {
 class CallArguments {
 public:
     // `member` is null for an object that does not describe its members: each by-reference argument
-    // may be assigned then, and none may be named. `assigns` is whether the call assigns a
-    // property, whose value is the last positional argument. Raises 448 for a name that the member
-    // has not, and 13 for a value that no client of automation passes.
+    // may be assigned then, and none may be named. Arguments behind a member's own are for the
+    // default member of what it gives, and may be assigned, too. `assigns` is whether the call
+    // assigns a property, whose value is the last positional argument. Raises 448 for a name that
+    // the member has not, and 13 for a value that no client of automation passes.
     CallArguments(const DISPPARAMS& passed, const MemberDescription* member, bool assigns);
 
     [[nodiscard]] Arguments arguments() noexcept;
 
     // Stores what the member has assigned, and nothing else: a variable that it left alone may have
-    // changed otherwise meanwhile. Raises 6 and 13 for what the variable's type does not take.
+    // changed otherwise meanwhile. Raises 6 and 13 for what the type of a variable does not take,
+    // when the others have been stored.
     void writeBack();
+    // The same after the member has raised, which is what the caller has to see: a variable whose
+    // type does not take its value keeps what it held.
+    void writeBackWhatFits();
 
 private:
     // An argument that the member may assign, with the value that it came with.
@@ -40,6 +45,8 @@ private:
 
     void add(const VARIANT& from, bool assignable);
     void addNamed(const VARIANT& from, DISPID parameter);
+    template <class Refused>
+    void storeAssigned(Refused refused);
     [[nodiscard]] bool isAssignable(std::size_t parameter) const noexcept;
 
     static constexpr std::size_t kFew = 8;

@@ -2,6 +2,7 @@
 
 #include <limits>
 
+#include "platform/win32/automation/interface_pointer.hpp"
 #include "platform/win32/automation/values.hpp"
 #include "platform/win32/wide.hpp"
 
@@ -99,6 +100,19 @@ HRESULT report(const AutomationError& error, EXCEPINFO* information) {
     information->bstrSource = toBstr(error.source());
     information->bstrDescription = toBstr(error.description());
     return DISP_E_EXCEPTION;
+}
+
+HRESULT reportByErrorObject(const AutomationError& error) {
+    InterfacePointer<ICreateErrorInfo> made;
+    InterfacePointer<IErrorInfo> told;
+    if (SUCCEEDED(CreateErrorInfo(made.out())) &&
+        SUCCEEDED(made->QueryInterface(IID_IErrorInfo, told.outVoid()))) {
+        // The interface only reads the texts.
+        made->SetDescription(const_cast<LPOLESTR>(wide(error.description())));
+        made->SetSource(const_cast<LPOLESTR>(wide(error.source())));
+        SetErrorInfo(0, told.get());
+    }
+    return codeOf(error.number());
 }
 
 void raise(HRESULT result, EXCEPINFO& information) {

@@ -6,6 +6,7 @@
 #include <kaputil/frame/class_description.hpp>
 #include <kaputil/frame/error.hpp>
 
+#include "frame/same_value.hpp"
 #include "platform/win32/automation/call_errors.hpp"
 #include "platform/win32/automation/object_dispatch.hpp"
 #include "platform/win32/automation/values.hpp"
@@ -33,8 +34,18 @@ public:
     // What the callee has assigned.
     void writeBack() {
         for (std::size_t i = 0; i < passed_.size(); ++i) {
-            if ((V_VT(&passed_[i]) & VT_BYREF) != 0) {
-                target(i) = fromSystem(held_[i].get());
+            writeBack(i);
+        }
+    }
+
+    // The same when it failed, which is what the caller has to see: a value that has no counterpart
+    // here is left out.
+    void writeBackWhatFits() {
+        for (std::size_t i = 0; i < passed_.size(); ++i) {
+            try {
+                writeBack(i);
+            } catch (const AutomationError&) {
+                continue;
             }
         }
     }
@@ -48,6 +59,16 @@ private:
             V_VARIANTREF(&one) = &held.get();
         } else {
             one = held.get();  // which keeps owning it
+        }
+    }
+
+    void writeBack(std::size_t passed) {
+        if ((V_VT(&passed_[passed]) & VT_BYREF) == 0) {
+            return;
+        }
+        const Variant now = fromSystem(held_[passed].get());
+        if (!isSameValue(target(passed), now)) {
+            target(passed) = now;
         }
     }
 
@@ -163,6 +184,7 @@ Variant ComObject::invoke(std::int32_t member, InvokeKind kind, const Arguments&
     const HRESULT code =
         call(member, flagsOf(kind), parameters, assigns ? nullptr : &result.get(), information);
     if (FAILED(code)) {
+        given.writeBackWhatFits();
         raise(code, information);
     }
     given.writeBack();

@@ -45,20 +45,17 @@ public:
     }
 
     STDMETHODIMP Next(ULONG wanted, VARIANT* values, ULONG* fetched) override {
-        ULONG given = 0;
-        try {
+        const auto give = [&]() -> HRESULT {
+            ULONG given = 0;
             for (; given < wanted && position_ < elements_->size(); ++given, ++position_) {
                 toSystem((*elements_)[position_], values[given]);
             }
-        } catch (const AutomationError& error) {
-            return codeOf(error.number());
-        } catch (const std::bad_alloc&) {
-            return E_OUTOFMEMORY;
-        }
-        if (fetched != nullptr) {
-            *fetched = given;
-        }
-        return given == wanted ? S_OK : S_FALSE;
+            if (fetched != nullptr) {
+                *fetched = given;
+            }
+            return given == wanted ? S_OK : S_FALSE;
+        };
+        return guarded(give, &reportByErrorObject);
     }
     STDMETHODIMP Skip(ULONG number) override {
         const std::size_t left = elements_->size() - position_;

@@ -180,27 +180,12 @@ std::optional<DISPID> parameterId(const MemberDescription* member, std::u16strin
     return std::nullopt;
 }
 
-// What an error of the library is to the caller. The border: nothing may be thrown across it.
-template <class Action>
-HRESULT guarded(EXCEPINFO* information, Action action) {
-    try {
-        return action();
-    } catch (const AutomationError& error) {
-        return report(error, information);
-    } catch (const std::bad_alloc&) {
-        return E_OUTOFMEMORY;
-    } catch (const std::exception& error) {
-        return report(AutomationError(static_cast<std::int32_t>(E_FAIL), fromAnsi(error.what())),
-                      information);
-    }
-}
-
 STDMETHODIMP View::GetIDsOfNames(REFIID /*reserved*/, LPOLESTR* names, UINT number, LCID /*locale*/,
                                  DISPID* ids) {
     if (names == nullptr || ids == nullptr || number == 0) {
         return E_INVALIDARG;
     }
-    return guarded(nullptr, [&]() -> HRESULT {
+    const auto find = [&]() -> HRESULT {
         const std::u16string_view name = narrowView(names[0]);
         const MemberDescription* member =
             description_ == nullptr ? nullptr : description_->find(name);
@@ -220,7 +205,8 @@ STDMETHODIMP View::GetIDsOfNames(REFIID /*reserved*/, LPOLESTR* names, UINT numb
             allKnown = allKnown && parameter.has_value();
         }
         return allKnown ? S_OK : DISP_E_UNKNOWNNAME;
-    });
+    };
+    return guarded(find, &reportByErrorObject);
 }
 
 HRESULT View::enumerate(VARIANT* result) {
@@ -253,8 +239,9 @@ HRESULT View::call(DISPID member, WORD flags, const DISPPARAMS& parameters, VARI
     const Variant value = [&] {
         try {
             return object_->invoke(member, kind, given);
-        } catch (const AutomationError&) {
-            arguments.writeBack();  // a reference keeps what it was given before the failure
+        } catch (...) {
+            arguments
+                .writeBackWhatFits();  // a reference keeps what it was given before the failure
             throw;
         }
     }();
@@ -279,13 +266,15 @@ STDMETHODIMP View::Invoke(DISPID member, REFIID /*reserved*/, LCID locale, WORD 
     }
     // The caller may drop its last reference while the member runs.
     const InterfacePointer<IDispatch> keep(static_cast<IDispatch*>(this));
-    return guarded(information, [&]() -> HRESULT {
+    const auto answer = [&]() -> HRESULT {
         useClientLocale(locale);
         if (member == DISPID_NEWENUM) {
             return enumerate(result);
         }
         return call(member, flags, *parameters, result);
-    });
+    };
+    return guarded(answer,
+                   [&](const AutomationError& error) { return report(error, information); });
 }
 
 }  // namespace

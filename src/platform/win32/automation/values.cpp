@@ -329,39 +329,4 @@ void assignThrough(const VARIANT& reference, const Variant& value) {
     }
 }
 
-bool isUnchanged(const Variant& before, const Variant& after) {
-    if (before.type() != after.type()) {
-        return false;
-    }
-    switch (before.type()) {
-        case VarType::Byte:
-            return before.as<std::uint8_t>() == after.as<std::uint8_t>();
-        case VarType::Integer:
-            return before.as<std::int16_t>() == after.as<std::int16_t>();
-        case VarType::Long:
-            return before.as<std::int32_t>() == after.as<std::int32_t>();
-        case VarType::Single:
-            return before.as<float>() == after.as<float>();
-        case VarType::Double:
-            return before.as<double>() == after.as<double>();
-        case VarType::Currency:
-            return before.as<Currency>() == after.as<Currency>();
-        case VarType::Date:
-            return before.as<Date>() == after.as<Date>();
-        case VarType::Boolean:
-            return before.as<bool>() == after.as<bool>();
-        case VarType::Decimal:
-            return before.as<Decimal>() == after.as<Decimal>();
-        case VarType::String:
-            return &before.as<String>() == &after.as<String>() ||
-                   before.as<String>() == after.as<String>();
-        case VarType::Object:
-            return before.as<Ref<Object>>() == after.as<Ref<Object>>();
-        case VarType::Array:
-            return &before.as<Array>() == &after.as<Array>();
-        default:
-            return true;  // Empty, Null and a missing argument have no content
-    }
-}
-
 }  // namespace kap::platform::automation

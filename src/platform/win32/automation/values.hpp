@@ -36,10 +36,6 @@ void toSystem(const Variant& value, VARIANT& out);
 // Raises 6 and 13 when it does not convert. Nothing happens to a value that is none by reference.
 void assignThrough(const VARIANT& reference, const Variant& value);
 
-// Whether two values are the very same: type, number, text, and of arrays and objects the one that
-// both share. What a member was given and has not assigned is the same afterwards.
-[[nodiscard]] bool isUnchanged(const Variant& before, const Variant& after);
-
 // The text of the system, and the way back; the caller frees it.
 [[nodiscard]] String fromBstr(BSTR text);
 [[nodiscard]] BSTR toBstr(const String& text);
