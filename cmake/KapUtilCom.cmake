@@ -6,7 +6,7 @@ if(WIN32)
 endif()
 kaputil_module(com FLAT FOLDERS ${comServerFolder} USES catalogue ado)
 
-set(comTexts KapUtil26.idl KapUtil26.rc KapUtil26.amd64.manifest KapUtil26.x86.manifest)
+set(comTexts KapUtil26.idl KapLocal.idl KapUtil26.rc KapUtil26.amd64.manifest KapUtil26.x86.manifest)
 
 add_executable(kaputil-describe EXCLUDE_FROM_ALL "${PROJECT_SOURCE_DIR}/src/com/describe/main.cpp")
 target_link_libraries(kaputil-describe PRIVATE kaputil_com)
@@ -32,35 +32,40 @@ else()
         CACHE PATH "The folder with what the 64-bit build has written of the classes")
     list(TRANSFORM comTexts PREPEND "${KAPUTIL_COM_TEXTS}/")
 endif()
-list(GET comTexts 0 interfaceText)
-list(GET comTexts 1 resourceText)
+list(GET comTexts 0 1 interfaceTexts)
+list(GET comTexts 2 resourceText)
 
 enable_language(RC)
 if(CMAKE_SIZEOF_VOID_P EQUAL 8)
     set(interfaceCompiler x86_64-w64-mingw32-widl --win64)
-    list(GET comTexts 2 manifest)
+    list(GET comTexts 3 manifest)
 else()
     set(interfaceCompiler i686-w64-mingw32-widl --win32)
-    list(GET comTexts 3 manifest)
+    list(GET comTexts 4 manifest)
 endif()
 set(comFolder "${PROJECT_BINARY_DIR}/com")
 file(MAKE_DIRECTORY "${comFolder}")
-add_custom_command(
-    OUTPUT "${comFolder}/KapUtil26.tlb"
-    COMMAND ${interfaceCompiler} -t -o "${comFolder}/KapUtil26.tlb" "${interfaceText}"
-    DEPENDS "${interfaceText}"
-    COMMENT "Compiling the type library"
-    VERBATIM)
+set(typeLibraries)
+foreach(interfaceText IN LISTS interfaceTexts)
+    cmake_path(GET interfaceText STEM name)
+    add_custom_command(
+        OUTPUT "${comFolder}/${name}.tlb"
+        COMMAND ${interfaceCompiler} -t -o "${comFolder}/${name}.tlb" "${interfaceText}"
+        DEPENDS "${interfaceText}"
+        COMMENT "Compiling the type library ${name}"
+        VERBATIM)
+    list(APPEND typeLibraries "${comFolder}/${name}.tlb")
+endforeach()
 add_custom_command(
     OUTPUT "${comFolder}/KapUtil26.rc" "${comFolder}/KapUtil26.manifest"
     COMMAND "${CMAKE_COMMAND}" -E copy "${resourceText}" "${comFolder}/KapUtil26.rc"
     COMMAND "${CMAKE_COMMAND}" -E copy "${manifest}" "${comFolder}/KapUtil26.manifest"
     DEPENDS "${resourceText}" "${manifest}"
     VERBATIM)
-set_source_files_properties("${comFolder}/KapUtil26.rc" PROPERTIES OBJECT_DEPENDS "${comFolder}/KapUtil26.tlb")
+set_source_files_properties("${comFolder}/KapUtil26.rc" PROPERTIES OBJECT_DEPENDS "${typeLibraries}")
 
 add_library(kaputil-com SHARED "${PROJECT_SOURCE_DIR}/src/com/server/exports.def" "${comFolder}/KapUtil26.rc"
-                               "${comFolder}/KapUtil26.manifest" "${comFolder}/KapUtil26.tlb")
+                               "${comFolder}/KapUtil26.manifest" ${typeLibraries})
 set_target_properties(kaputil-com PROPERTIES OUTPUT_NAME KapUtil26 PREFIX "" LINKER_LANGUAGE CXX
                                              RUNTIME_OUTPUT_DIRECTORY "${comFolder}")
 target_include_directories(kaputil-com PRIVATE "${comFolder}")

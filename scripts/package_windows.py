@@ -24,7 +24,7 @@ def contents():
     """The files of the archive by their names there."""
     for folder, preset in FOLDERS.items():
         build = ROOT / "build" / preset
-        for name in ("KapUtil26.dll", "KapUtil26.tlb", "KapUtil26.manifest"):
+        for name in ("KapUtil26.dll", "KapUtil26.tlb", "KapLocal.tlb", "KapUtil26.manifest"):
             yield f"{folder}/{name}", (build / "com" / name).read_bytes()
         yield f"{folder}/kaputil.exe", (build / "kaputil.exe").read_bytes()
     yield "register.cmd", REGISTER.format(switch="").replace("\n", "\r\n").encode("ascii")

@@ -55,7 +55,8 @@ const ClassDescription& Command::classDescription() {
         return kap::Parameter(name).otherwise(Variant::missing());
     };
     static const ClassDescription description =
-        ClassBuilder<Command>(u"Command", u"", u"")
+        ClassBuilder<Command>(u"Command", u"e6d06f3b-5a86-4b3b-9c1d-0a6d4a6f7b13",
+                              u"e6d06f3b-5a86-4b3b-9c1d-0a6d4a6f7b23")
             .summary(u"A text to run again and again, with parameters and a time limit.")
             .property<&Command::ActiveConnection, &Command::setActiveConnection>(
                 u"ActiveConnection", u"The connection.")

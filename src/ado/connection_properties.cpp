@@ -35,7 +35,8 @@ std::u16string inBrackets(const String& name) {
 const ClassDescription& Connection::classDescription() {
     using kap::Parameter;
     static const ClassDescription description =
-        ClassBuilder<Connection>(u"Connection", u"", u"")
+        ClassBuilder<Connection>(u"Connection", u"e6d06f3b-5a86-4b3b-9c1d-0a6d4a6f7b11",
+                                 u"e6d06f3b-5a86-4b3b-9c1d-0a6d4a6f7b21")
             .summary(u"An open session with a database.")
             .property<&Connection::CommandTimeout, &Connection::setCommandTimeout>(
                 u"CommandTimeout", u"Seconds that a script may run; 0: no limit.")

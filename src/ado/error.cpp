@@ -7,7 +7,8 @@ namespace kap::ado {
 
 const ClassDescription& Error::classDescription() {
     static const ClassDescription description =
-        ClassBuilder<Error>(u"Error", u"", u"")
+        ClassBuilder<Error>(u"Error", u"e6d06f3b-5a86-4b3b-9c1d-0a6d4a6f7b18",
+                            u"e6d06f3b-5a86-4b3b-9c1d-0a6d4a6f7b28")
             .summary(u"One error or message that the database reported.")
             .property<&Error::Description>(u"Description", u"The sentence for people.")
             .property<&Error::NativeError>(u"NativeError", u"The database's own number.")
@@ -20,7 +21,8 @@ const ClassDescription& Error::classDescription() {
 
 const ClassDescription& Errors::classDescription() {
     static const ClassDescription description =
-        ClassBuilder<Errors>(u"Errors", u"", u"")
+        ClassBuilder<Errors>(u"Errors", u"e6d06f3b-5a86-4b3b-9c1d-0a6d4a6f7b19",
+                             u"e6d06f3b-5a86-4b3b-9c1d-0a6d4a6f7b29")
             .summary(u"The errors and messages of a connection's last operation that had any.")
             .instancing(Instancing::NotCreatable)
             .property<&Errors::Count>(u"Count", u"How many there are.")

@@ -17,7 +17,8 @@ Field::Field(std::shared_ptr<RowCursor> cursor, std::size_t ordinal)
 
 const ClassDescription& Field::classDescription() {
     static const ClassDescription description =
-        ClassBuilder<Field>(u"Field", u"", u"")
+        ClassBuilder<Field>(u"Field", u"e6d06f3b-5a86-4b3b-9c1d-0a6d4a6f7b16",
+                            u"e6d06f3b-5a86-4b3b-9c1d-0a6d4a6f7b26")
             .summary(u"One column of a recordset, and its value in the current record.")
             .property<&Field::ActualSize>(u"ActualSize",
                                           u"Characters or bytes of the current value.")

@@ -53,7 +53,8 @@ Fields::Fields(std::shared_ptr<RowCursor> cursor, bool open)
 
 const ClassDescription& Fields::classDescription() {
     static const ClassDescription description =
-        ClassBuilder<Fields>(u"Fields", u"", u"")
+        ClassBuilder<Fields>(u"Fields", u"e6d06f3b-5a86-4b3b-9c1d-0a6d4a6f7b17",
+                             u"e6d06f3b-5a86-4b3b-9c1d-0a6d4a6f7b27")
             .summary(u"The columns of a recordset, in the order of the query.")
             .property<&Fields::Count>(u"Count", u"How many there are.")
             .property<&Fields::Item>(u"Item", u"A field by position from 0 or by name.", {u"Index"})

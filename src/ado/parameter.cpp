@@ -12,7 +12,8 @@ namespace kap::ado {
 
 const ClassDescription& Parameter::classDescription() {
     static const ClassDescription description =
-        ClassBuilder<Parameter>(u"Parameter", u"", u"")
+        ClassBuilder<Parameter>(u"Parameter", u"e6d06f3b-5a86-4b3b-9c1d-0a6d4a6f7b14",
+                                u"e6d06f3b-5a86-4b3b-9c1d-0a6d4a6f7b24")
             .summary(u"A typed value that goes with a command or comes back from it.")
             .property<&Parameter::Direction, &Parameter::setDirection>(
                 u"Direction", u"1 input, 2 output, 3 both, 4 return value.")
@@ -58,7 +59,8 @@ void Parameter::setValue(const Variant& value) {
 
 const ClassDescription& Parameters::classDescription() {
     static const ClassDescription description =
-        ClassBuilder<Parameters>(u"Parameters", u"", u"")
+        ClassBuilder<Parameters>(u"Parameters", u"e6d06f3b-5a86-4b3b-9c1d-0a6d4a6f7b15",
+                                 u"e6d06f3b-5a86-4b3b-9c1d-0a6d4a6f7b25")
             .summary(u"The parameters of a command, in their order.")
             .instancing(Instancing::NotCreatable)
             .property<&Parameters::Count>(u"Count", u"How many there are.")

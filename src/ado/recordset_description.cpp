@@ -123,7 +123,8 @@ Builder&& methods(Builder&& builder) {
 const ClassDescription& Recordset::classDescription() {
     static const ClassDescription description =
         methods(properties(
-                    Builder(u"Recordset", u"", u"")
+                    Builder(u"Recordset", u"e6d06f3b-5a86-4b3b-9c1d-0a6d4a6f7b12",
+                            u"e6d06f3b-5a86-4b3b-9c1d-0a6d4a6f7b22")
                         .summary(u"The rows of a query, one of them current, to read, change and "
                                  u"write back.")))
             .build(u"Fields");

@@ -2,7 +2,6 @@
 
 #include <optional>
 
-#include <kaputil/catalogue/catalogue.hpp>
 #include <kaputil/frame/convert.hpp>
 #include <kaputil/frame/error.hpp>
 #include <kaputil/frame/plain_text.hpp>
@@ -46,16 +45,35 @@ std::string quoted(const String& text) {
     return made + '"';
 }
 
-std::string interfaceNameOf(ClassReference reference) {
-    for (const PublishedClass& one : publishedClasses()) {
+// Writes the description of one type library.
+class InterfaceText {
+public:
+    explicit InterfaceText(const TypeLibrary& types) : types_(types) {}
+
+    [[nodiscard]] std::string whole() const;
+
+private:
+    [[nodiscard]] std::string interfaceNameOf(ClassReference reference) const;
+    [[nodiscard]] std::string typeText(VarType type, ClassReference objectClass) const;
+    [[nodiscard]] std::string parameterText(const ParameterDescription& parameter) const;
+    [[nodiscard]] std::string memberText(const MemberDescription& member, const char* kind,
+                                         bool assigns) const;
+    [[nodiscard]] std::string memberText(const MemberDescription& member) const;
+    [[nodiscard]] std::string classText(const PublishedClass& one) const;
+
+    const TypeLibrary& types_;
+};
+
+std::string InterfaceText::interfaceNameOf(ClassReference reference) const {
+    for (const PublishedClass& one : types_.classes) {
         if (reference != nullptr && one.description == &reference()) {
             return encoded(one.interfaceName);
         }
     }
-    return "IDispatch";  // of a class that the library does not publish
+    return "IDispatch";  // of a class that this library does not describe
 }
 
-std::string typeText(VarType type, ClassReference objectClass) {
+std::string InterfaceText::typeText(VarType type, ClassReference objectClass) const {
     switch (type) {
         case VarType::Empty:
             return "void";
@@ -104,7 +122,7 @@ std::optional<std::string> defaultText(const ParameterDescription& parameter) {
     }
 }
 
-std::string parameterText(const ParameterDescription& parameter) {
+std::string InterfaceText::parameterText(const ParameterDescription& parameter) const {
     std::string attributes = parameter.byReference ? "in, out" : "in";
     if (parameter.defaultValue) {
         attributes += ", optional";
@@ -118,7 +136,8 @@ std::string parameterText(const ParameterDescription& parameter) {
            (parameter.byReference ? " *" : " ") + encoded(parameter.name);
 }
 
-std::string memberText(const MemberDescription& member, const char* kind, bool assigns) {
+std::string InterfaceText::memberText(const MemberDescription& member, const char* kind,
+                                      bool assigns) const {
     std::string text = "            [id(" + plain::text(member.dispatchId) + ")" + kind +
                        ", helpstring(" + quoted(member.summary) + ")]\n            ";
     text += assigns ? "void" : typeText(member.result, member.resultClass);
@@ -135,7 +154,7 @@ std::string memberText(const MemberDescription& member, const char* kind, bool a
     return text + ");\n";
 }
 
-std::string memberText(const MemberDescription& member) {
+std::string InterfaceText::memberText(const MemberDescription& member) const {
     std::string text;
     if (member.method != nullptr) {
         text += memberText(member, "", false);
@@ -153,8 +172,10 @@ std::string memberText(const MemberDescription& member) {
 }
 
 bool isCollection(const ClassDescription& description) {
-    if (description.create == nullptr) {
-        return false;
+    if (description.create == nullptr) {  // others give it: by the members that collections have
+        const MemberDescription* member = description.find(kDefaultMember);
+        return member != nullptr && member->name == u"Item" &&
+               description.find(u"Count") != nullptr;
     }
     try {
         static_cast<void>(description.create()->elements());
@@ -164,7 +185,7 @@ bool isCollection(const ClassDescription& description) {
     }
 }
 
-std::string classText(const PublishedClass& one) {
+std::string InterfaceText::classText(const PublishedClass& one) const {
     std::string text = "    [uuid(" + one.interfaceId.utf8() + ")]\n    dispinterface " +
                        encoded(one.interfaceName) + " {\n        properties:\n        methods:\n";
     if (one.description != nullptr) {
@@ -198,24 +219,27 @@ std::string enumerationText(const EnumerationDescription& enumeration) {
     return text + "\n    } " + encoded(enumeration.name) + ";\n";
 }
 
-}  // namespace
-
-std::string interfaceText() {
-    const LibraryDescription& self = library();
+std::string InterfaceText::whole() const {
     std::string text = kTypes;
-    text += "[uuid(" + self.typeLibraryId.utf8() + "), version(" + self.typeLibraryVersion.utf8() +
-            "), helpstring(" + quoted(self.description) + ")]\nlibrary " + encoded(self.name) +
+    text += "[uuid(" + types_.identity.utf8() + "), version(" + types_.version.utf8() +
+            "), helpstring(" + quoted(types_.description) + ")]\nlibrary " + encoded(types_.name) +
             " {\n";
-    for (const PublishedClass& one : publishedClasses()) {
+    for (const PublishedClass& one : types_.classes) {
         text += "    dispinterface " + encoded(one.interfaceName) + ";\n";
     }
-    for (const EnumerationDescription& enumeration : publishedEnumerations()) {
+    for (const EnumerationDescription& enumeration : types_.enumerations) {
         text += enumerationText(enumeration);
     }
-    for (const PublishedClass& one : publishedClasses()) {
+    for (const PublishedClass& one : types_.classes) {
         text += classText(one);
     }
     return text + "};\n";
+}
+
+}  // namespace
+
+std::string interfaceText(const TypeLibrary& types) {
+    return InterfaceText(types).whole();
 }
 
 }  // namespace kap::com

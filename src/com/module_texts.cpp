@@ -3,8 +3,10 @@
 #include <algorithm>
 
 #include <kaputil/catalogue/catalogue.hpp>
+#include <kaputil/frame/plain_text.hpp>
 
 #include "com/served_classes.hpp"
+#include "com/type_libraries.hpp"
 
 namespace kap::com {
 namespace {
@@ -46,9 +48,13 @@ std::string braced(const String& identity) {
 
 std::string resourceText() {
     const LibraryDescription& self = library();
-    const std::string module = self.moduleName.utf8();
     const std::string version = withCommas(self.fileVersion.utf8());
-    return "1 TYPELIB \"" + module + ".tlb\"\n\n1 VERSIONINFO\n    FILEVERSION " + version +
+    std::string typeLibrariesText;
+    for (const TypeLibrary& types : typeLibraries()) {
+        typeLibrariesText +=
+            plain::text(types.resource) + " TYPELIB \"" + types.fileName.utf8() + ".tlb\"\n";
+    }
+    return typeLibrariesText + "\n1 VERSIONINFO\n    FILEVERSION " + version +
            "\n    PRODUCTVERSION " + version +
            "\n    FILEOS 0x40004\n    FILETYPE 2\n{\n    BLOCK \"StringFileInfo\" {\n        BLOCK "
            "\"041004B0\" {\n" +
@@ -65,27 +71,33 @@ std::string resourceText() {
 std::string manifestText(std::string_view architecture) {
     const LibraryDescription& self = library();
     const std::string module = self.moduleName.utf8();
-    const std::string typeLibrary = braced(self.typeLibraryId);
     std::string text =
         "<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"yes\"?>\n"
         "<assembly xmlns=\"urn:schemas-microsoft-com:asm.v1\" manifestVersion=\"1.0\">\n"
         "  <assemblyIdentity type=\"win32\" name=\"" +
         module + "\" version=\"" + self.fileVersion.utf8() + "\" processorArchitecture=\"" +
-        std::string(architecture) + "\"/>\n  <file name=\"" + module +
-        ".dll\">\n    <typelib tlbid=\"" + typeLibrary + "\" version=\"" +
-        self.typeLibraryVersion.utf8() + "\" helpdir=\"\"/>\n";
+        std::string(architecture) + "\"/>\n  <file name=\"" + module + ".dll\">\n";
+    for (const TypeLibrary& types : typeLibraries()) {
+        text += "    <typelib tlbid=\"" + braced(types.identity) + "\" version=\"" +
+                types.version.utf8() + "\" helpdir=\"\"" +
+                (types.resource == 1 ? std::string()
+                                     : " resourceid=\"" + plain::text(types.resource) + "\"") +
+                "/>\n";
+    }
     for (const ServedClass& one : servedClasses()) {
         text += "    <comClass clsid=\"" + braced(one.classId) + "\" threadingModel=\"Apartment\"" +
-                (one.published ? " tlbid=\"" + typeLibrary + "\"" : std::string()) + " progid=\"" +
+                " tlbid=\"" + braced(one.types->identity) + "\" progid=\"" +
                 one.programmaticName.utf8() + "\" description=\"" + escaped(one.summary) + "\"/>\n";
     }
     text += "  </file>\n";
-    for (const PublishedClass& one : publishedClasses()) {
-        // Calls between threads go the way of every dispatch interface.
-        text += "  <comInterfaceExternalProxyStub name=\"" + one.interfaceName.utf8() +
-                "\" iid=\"" + braced(one.interfaceId) +
-                "\" proxyStubClsid32=\"{00020420-0000-0000-C000-000000000046}\" tlbid=\"" +
-                typeLibrary + "\"/>\n";
+    for (const TypeLibrary& types : typeLibraries()) {
+        for (const PublishedClass& one : types.classes) {
+            // Calls between threads go the way of every dispatch interface.
+            text += "  <comInterfaceExternalProxyStub name=\"" + one.interfaceName.utf8() +
+                    "\" iid=\"" + braced(one.interfaceId) +
+                    "\" proxyStubClsid32=\"{00020420-0000-0000-C000-000000000046}\" tlbid=\"" +
+                    braced(types.identity) + "\"/>\n";
+        }
     }
     return text + "</assembly>\n";
 }

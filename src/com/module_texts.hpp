@@ -5,8 +5,8 @@
 
 namespace kap::com {
 
-// What is built into the module beside its code: the type library and what the system shows of the
-// file (versions, description). For the resource compiler.
+// What is built into the module beside its code: the type libraries and what the system shows of
+// the file (versions, description). For the resource compiler.
 [[nodiscard]] std::string resourceText();
 
 // The manifest for using the module without registering it: a program that names it in its own

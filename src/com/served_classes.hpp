@@ -4,6 +4,8 @@
 
 #include <kaputil/frame/class_description.hpp>
 
+#include "com/type_libraries.hpp"
+
 namespace kap::com {
 
 // A class that clients create through the system's component model.
@@ -12,11 +14,12 @@ struct ServedClass {
     String classId;           // lower-case text without braces
     String summary;
     const ClassDescription* description = nullptr;
-    bool published = true;  // false: one beside those of the type library
+    const TypeLibrary* types = nullptr;  // the one that describes it
 };
 
-// The creatable classes that the library publishes, and beside them those of data access, so that
-// scripts have the embedded database: KapLocal.Connection, KapLocal.Recordset, KapLocal.Command.
+// The creatable classes of the type libraries: those that the library publishes, and beside them
+// those of data access, so that scripts have the embedded database: KapLocal.Connection,
+// KapLocal.Recordset, KapLocal.Command.
 [[nodiscard]] std::span<const ServedClass> servedClasses();
 
 }  // namespace kap::com

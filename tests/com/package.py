@@ -35,10 +35,12 @@ examples/righe.vbs
 examples/valori.vbs
 register.cmd
 unregister.cmd
+x64/KapLocal.tlb
 x64/KapUtil26.dll
 x64/KapUtil26.manifest
 x64/KapUtil26.tlb
 x64/kaputil.exe
+x86/KapLocal.tlb
 x86/KapUtil26.dll
 x86/KapUtil26.manifest
 x86/KapUtil26.tlb

@@ -53,8 +53,8 @@ def check_types(report, module):
     """The type library of a module that this Windows cannot load."""
     client = ROOT / "build" / "windows64" / "com"
     with WineSession(ROOT / "build" / "wine-com") as session:
-        run_client(report, session, client, "TypeLibrary.Has*",
-                   KAPUTIL_TYPE_LIBRARY=windows_path(module.with_suffix(".tlb")))
+        run_client(report, session, client, "Each/TypeLibrary.Has*",
+                   KAPUTIL_TYPE_LIBRARIES=windows_path(module.parent))
 
 
 def register_other_makers(session, folder):

@@ -1,5 +1,5 @@
 // Writes what the COM module is made of beside its code, from the catalogue, into a folder: the
-// interface description, the resources and the manifests. A file that would stay the same is left
+// interface descriptions, the resources and the manifests. A file that would stay the same is left
 // alone, so that nothing is built again for it.
 #include <filesystem>
 #include <fstream>
@@ -10,6 +10,7 @@
 
 #include "com/interface_text.hpp"
 #include "com/module_texts.hpp"
+#include "com/type_libraries.hpp"
 
 namespace {
 
@@ -36,7 +37,9 @@ int main(int count, char** arguments) {
     try {
         const std::filesystem::path folder = arguments[1];
         std::filesystem::create_directories(folder);
-        keep(folder / "KapUtil26.idl", kap::com::interfaceText());
+        for (const kap::com::TypeLibrary& types : kap::com::typeLibraries()) {
+            keep(folder / (types.fileName.utf8() + ".idl"), kap::com::interfaceText(types));
+        }
         keep(folder / "KapUtil26.rc", kap::com::resourceText());
         keep(folder / "KapUtil26.amd64.manifest", kap::com::manifestText("amd64"));
         keep(folder / "KapUtil26.x86.manifest", kap::com::manifestText("x86"));

@@ -11,6 +11,7 @@
 #include "com/server/registration.hpp"
 #include "com/server/system_connections.hpp"
 #include "com/server/type_library.hpp"
+#include "platform/win32/automation/call_errors.hpp"
 #include "platform/win32/automation/object_dispatch.hpp"
 
 using namespace kap::com;
@@ -31,12 +32,16 @@ STDAPI DllGetClassObject(REFCLSID wantedClass, REFIID wanted, void** out) {
         return E_POINTER;
     }
     *out = nullptr;
-    for (const ServedClass& one : servedClasses()) {
-        if (kap::platform::automation::identityOf(one.classId) == wantedClass) {
-            return factoryOf(one, wanted, out);
+    const auto find = [&]() -> HRESULT {
+        for (const ServedClass& one : servedClasses()) {
+            if (kap::platform::automation::identityOf(one.classId) == wantedClass) {
+                return factoryOf(one, wanted, out);
+            }
         }
-    }
-    return CLASS_E_CLASSNOTAVAILABLE;
+        return CLASS_E_CLASSNOTAVAILABLE;
+    };
+    return kap::platform::automation::guarded(find,
+                                              &kap::platform::automation::reportByErrorObject);
 }
 
 STDAPI DllCanUnloadNow() {

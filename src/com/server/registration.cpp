@@ -2,12 +2,12 @@
 
 #include <string>
 
-#include <kaputil/catalogue/catalogue.hpp>
 #include <kaputil/frame/error.hpp>
 #include <kaputil/platform/registry.hpp>
 
 #include "com/served_classes.hpp"
 #include "com/server/module.hpp"
+#include "com/server/type_library.hpp"
 #include "frame/unicode.hpp"
 #include "platform/win32/automation/call_errors.hpp"
 #include "platform/win32/registry_key.hpp"
@@ -53,9 +53,11 @@ public:
         for (const ServedClass& one : servedClasses()) {
             addClass(one);
         }
-        addTypeLibrary();
-        for (const PublishedClass& one : publishedClasses()) {
-            addInterface(one);
+        for (const TypeLibrary& types : typeLibraries()) {
+            addTypeLibrary(types);
+            for (const PublishedClass& one : types.classes) {
+                addInterface(one, types);
+            }
         }
         if (forMachine_) {
             addEventSource();
@@ -69,14 +71,17 @@ public:
                 registry::deleteKey(root_ + one.programmaticName.units());
             }
         }
-        const std::u16string identity = root_ + u"TypeLib\\" + bracedName(library().typeLibraryId);
-        const std::u16string version = identity + u"\\" + library().typeLibraryVersion.units();
-        registry::deleteKey(version + u"\\0\\" + kPlatform);
-        if (registry::keysBelow(version + u"\\0").empty()) {
-            registry::deleteKey(identity);
+        for (const TypeLibrary& types : typeLibraries()) {
+            removeTypeLibrary(types);
+            for (const PublishedClass& one : types.classes) {
+                registry::deleteKey(root_ + u"Interface\\" + bracedName(one.interfaceId));
+            }
         }
-        for (const PublishedClass& one : publishedClasses()) {
-            registry::deleteKey(root_ + u"Interface\\" + bracedName(one.interfaceId));
+        for (const char16_t* folder : {u"CLSID", u"Interface", u"TypeLib"}) {
+            removeIfEmpty(root_ + folder);
+        }
+        if (!forMachine_) {
+            removeIfEmpty(root_.substr(0, root_.size() - 1));  // the user had no classes at all
         }
         if (forMachine_ && !isRegisteredElsewhere(servedClasses().front())) {
             registry::deleteKey(kEventSource);
@@ -89,6 +94,14 @@ private:
         return registry::OpenedKey(root_ + u"CLSID\\" + bracedName(one.classId),
                                    KEY_QUERY_VALUE | kOtherBitness)
             .isOpen();
+    }
+
+    // A folder of classes that was made for ours alone, as it may be for a user.
+    static void removeIfEmpty(const std::u16string& key) {
+        if (registry::hasKey(key) && registry::keysBelow(key).empty() &&
+            registry::valuesOf(key).empty()) {
+            registry::deleteKey(key);
+        }
     }
 
     static void set(const std::u16string& key, const char16_t* name, const registry::Value& value) {
@@ -113,28 +126,35 @@ private:
         set(key + u"\\InprocServer32", u"ThreadingModel", u"Apartment");
         set(key + u"\\ProgID", u"", name);
         set(key + u"\\Programmable", u"", u"");
-        if (one.published) {
-            set(key + u"\\TypeLib", u"", bracedName(library().typeLibraryId));
-            set(key + u"\\VERSION", u"", library().typeLibraryVersion);
-        }
+        set(key + u"\\TypeLib", u"", bracedName(one.types->identity));
+        set(key + u"\\VERSION", u"", one.types->version);
     }
 
-    void addTypeLibrary() const {
+    void addTypeLibrary(const TypeLibrary& types) const {
         const std::u16string path = modulePath();
-        const std::u16string key = u"TypeLib\\" + bracedName(library().typeLibraryId) + u"\\" +
-                                   library().typeLibraryVersion.units();
-        set(key, u"", library().description);
+        const std::u16string key =
+            u"TypeLib\\" + bracedName(types.identity) + u"\\" + types.version.units();
+        set(key, u"", types.description);
         set(key + u"\\FLAGS", u"", u"0");
-        set(key + u"\\0\\" + kPlatform, u"", path);
+        set(key + u"\\0\\" + kPlatform, u"", carriedPath(types));
         set(key + u"\\HELPDIR", u"", path.substr(0, path.rfind(u'\\')));
     }
 
-    void addInterface(const PublishedClass& one) const {
+    void removeTypeLibrary(const TypeLibrary& types) const {
+        const std::u16string identity = root_ + u"TypeLib\\" + bracedName(types.identity);
+        const std::u16string version = identity + u"\\" + types.version.units();
+        registry::deleteKey(version + u"\\0\\" + kPlatform);
+        if (registry::keysBelow(version + u"\\0").empty()) {
+            registry::deleteKey(identity);
+        }
+    }
+
+    void addInterface(const PublishedClass& one, const TypeLibrary& types) const {
         const std::u16string key = u"Interface\\" + bracedName(one.interfaceId);
         set(key, u"", one.interfaceName);
         set(key + u"\\ProxyStubClsid32", u"", kDispatchProxy);
-        set(key + u"\\TypeLib", u"", bracedName(library().typeLibraryId));
-        set(key + u"\\TypeLib", u"Version", library().typeLibraryVersion);
+        set(key + u"\\TypeLib", u"", bracedName(types.identity));
+        set(key + u"\\TypeLib", u"Version", types.version);
     }
 
     static void addEventSource() {

@@ -1,10 +1,12 @@
 #include "com/server/type_library.hpp"
 
+#include <map>
 #include <mutex>
 
-#include <kaputil/catalogue/catalogue.hpp>
+#include <kaputil/frame/plain_text.hpp>
 
 #include "com/server/module.hpp"
+#include "com/type_libraries.hpp"
 #include "platform/win32/automation/interface_pointer.hpp"
 #include "platform/win32/automation/object_dispatch.hpp"
 #include "platform/win32/wide.hpp"
@@ -14,63 +16,68 @@ namespace {
 
 namespace automation = platform::automation;
 
-// The module's own type library, loaded when it is first asked for.
-class TypeLibrary {
+// One of the module's own type libraries, loaded when it is first asked for.
+class CarriedTypes {
 public:
-    HRESULT find(const String& identity, ITypeInfo** information) {
+    HRESULT find(const TypeLibrary& types, const String& identity, ITypeInfo** information) {
         const std::lock_guard lock(guard_);
-        if (!loaded_) {
+        InterfacePointer<ITypeLib>& loaded = loaded_[types.resource];
+        if (!loaded) {
             const HRESULT result =
-                LoadTypeLibEx(platform::wide(modulePath()), REGKIND_NONE, loaded_.out());
+                LoadTypeLibEx(platform::wide(carriedPath(types)), REGKIND_NONE, loaded.out());
             if (FAILED(result)) {
                 return result;
             }
         }
-        return loaded_->GetTypeInfoOfGuid(automation::identityOf(identity), information);
+        return loaded->GetTypeInfoOfGuid(automation::identityOf(identity), information);
     }
 
     void drop() {
         const std::lock_guard lock(guard_);
-        loaded_ = {};
+        loaded_.clear();
     }
 
 private:
+    template <class Interface>
+    using InterfacePointer = automation::InterfacePointer<Interface>;
+
     std::mutex guard_;
-    automation::InterfacePointer<ITypeLib> loaded_;
+    std::map<int, InterfacePointer<ITypeLib>> loaded_;  // by resource
 };
 
-TypeLibrary& typeLibrary() {
-    static TypeLibrary own;
+CarriedTypes& carriedTypes() {
+    static CarriedTypes own;
     return own;
 }
 
-bool isPublished(const ClassDescription& description) {
-    for (const PublishedClass& one : publishedClasses()) {
-        if (one.description == &description) {
-            return true;
-        }
-    }
-    return false;
+HRESULT findType(const ClassDescription& description, const String& identity,
+                 ITypeInfo** information) {
+    const TypeLibrary* types = typeLibraryOf(description);
+    return types == nullptr ? E_NOTIMPL : carriedTypes().find(*types, identity, information);
 }
 
 HRESULT interfaceOf(const ClassDescription& description, ITypeInfo** information) {
-    return isPublished(description) ? typeLibrary().find(description.interfaceId, information)
-                                    : E_NOTIMPL;
+    return findType(description, description.interfaceId, information);
 }
 
 HRESULT classOf(const ClassDescription& description, ITypeInfo** information) {
-    return isPublished(description) ? typeLibrary().find(description.classId, information)
-                                    : E_NOTIMPL;
+    return findType(description, description.classId, information);
 }
 
 }  // namespace
+
+std::u16string carriedPath(const TypeLibrary& types) {
+    const std::u16string module = modulePath();
+    return types.resource == 1 ? module
+                               : module + u"\\" + String(plain::text(types.resource)).units();
+}
 
 void offerTypeInformation() {
     automation::setTypeInformation({&interfaceOf, &classOf});
 }
 
 void dropTypeInformation() {
-    typeLibrary().drop();
+    carriedTypes().drop();
 }
 
 }  // namespace kap::com

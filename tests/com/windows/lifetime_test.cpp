@@ -89,6 +89,34 @@ TEST(Lifetimes, TheModuleIsLoadedAndUnloadedAHundredTimes) {
     }
 }
 
+// The system makes the object in an apartment of its own and marshals it; when the last
+// multithreaded one is left, nothing keeps the module.
+TEST(Lifetimes, TheModuleIsUnloadedAfterObjectsOfTheMultithreadedApartment) {
+    std::thread([] {
+        const Apartment its(COINIT_MULTITHREADED);
+        for (const String& identity : {kGeneralFunctions, kPropertyString, kLocalConnection}) {
+            Pointer<IDispatch> made;
+            EXPECT_EQ(S_OK, CoCreateInstance(platform::automation::identityOf(identity), nullptr,
+                                             CLSCTX_INPROC_SERVER, IID_IDispatch, made.outVoid()));
+            ASSERT_TRUE(made);
+            UINT count = 0;
+            EXPECT_EQ(S_OK, made->GetTypeInfoCount(&count));
+            if (identity == kPropertyString) {
+                call(made, L"Scrivi", L"A", 1);
+                EXPECT_EQ(L"1", call(made, L"Leggi", L"A").text());
+            }
+        }
+        CoFreeUnusedLibraries();
+        const HMODULE loaded = GetModuleHandleW(L"KapUtil26.dll");
+        if (loaded != nullptr) {
+            const auto canUnload = reinterpret_cast<HRESULT(WINAPI*)()>(
+                reinterpret_cast<void*>(GetProcAddress(loaded, "DllCanUnloadNow")));
+            EXPECT_EQ(S_OK, canUnload());
+        }
+    }).join();
+    EXPECT_EQ(nullptr, GetModuleHandleW(L"KapUtil26.dll"));
+}
+
 TEST(Threads, AnObjectRefusesAnotherThreadThanItsOwn) {
     const Apartment apartment;
     const Module module;

@@ -45,10 +45,12 @@ std::vector<String> leftUnder(const std::u16string& root) {
         look(one.programmaticName.units());
         look(u"CLSID\\" + braced(one.classId));
     }
-    for (const PublishedClass& one : publishedClasses()) {
-        look(u"Interface\\" + braced(one.interfaceId));
+    for (const com::TypeLibrary& types : com::typeLibraries()) {
+        for (const PublishedClass& one : types.classes) {
+            look(u"Interface\\" + braced(one.interfaceId));
+        }
+        look(u"TypeLib\\" + braced(types.identity));
     }
-    look(u"TypeLib\\" + braced(library().typeLibraryId));
     return left;
 }
 
@@ -60,12 +62,29 @@ void expectEverythingUnder(const std::u16string& root) {
         EXPECT_EQ(braced(one.classId),
                   valueAt(root + one.programmaticName.units() + u"\\CLSID").view());
     }
-    for (const PublishedClass& one : publishedClasses()) {
-        EXPECT_EQ(one.interfaceName, valueAt(root + u"Interface\\" + braced(one.interfaceId)));
+    for (const com::TypeLibrary& types : com::typeLibraries()) {
+        for (const PublishedClass& one : types.classes) {
+            EXPECT_EQ(one.interfaceName, valueAt(root + u"Interface\\" + braced(one.interfaceId)));
+        }
+        const std::u16string key = root + u"TypeLib\\" + braced(types.identity) + u"\\1.0";
+        EXPECT_EQ(types.description, valueAt(key));
+        const String path = valueAt(key + u"\\0\\" + kOwnPlatform);
+        Pointer<ITypeLib> loaded;
+        EXPECT_EQ(S_OK, LoadTypeLibEx(platform::wide(path), REGKIND_NONE, loaded.out()))
+            << path.utf8();
     }
-    const std::u16string types = root + u"TypeLib\\" + braced(library().typeLibraryId) + u"\\1.0";
-    EXPECT_EQ(library().description, valueAt(types));
-    EXPECT_NE(u"(none)", valueAt(types + u"\\0\\" + kOwnPlatform).view());
+}
+
+// Every key under a root, with those below.
+std::vector<String> keysUnder(const std::u16string& root) {
+    std::vector<String> keys;
+    for (const String& name : registry::keysBelow(root)) {
+        const std::u16string key = root + u"\\" + name.units();
+        keys.emplace_back(key);
+        const auto more = keysUnder(key);
+        keys.insert(keys.end(), more.begin(), more.end());
+    }
+    return keys;
 }
 
 class Unregistered : public testing::Test {
@@ -94,11 +113,27 @@ TEST_F(Unregistered, TheModuleEntersAndRemovesEverything) {
 }
 
 TEST_F(Unregistered, TheModuleIsRegisteredForTheUserAlone) {
+    const auto before = keysUnder(u"HKEY_CURRENT_USER\\Software");
     EXPECT_EQ(S_OK, install_(TRUE, L"user"));
     EXPECT_EQ(std::vector<String>(), leftUnder(kMachine));
     expectEverythingUnder(kUser);
     EXPECT_EQ(S_OK, install_(FALSE, L"user"));
     EXPECT_EQ(std::vector<String>(), leftUnder(kUser));
+    EXPECT_EQ(before, keysUnder(u"HKEY_CURRENT_USER\\Software")) << "an empty key is left";
+}
+
+TEST_F(Unregistered, TheUsersOwnClassesStay) {
+    const std::u16string others = kUser + u"CLSID\\{7d1f5b53-5d0b-4b53-9c56-1f5f6f7d1aff}";
+    registry::createKey(others);
+    EXPECT_EQ(S_OK, install_(TRUE, L"user"));
+    EXPECT_EQ(S_OK, install_(FALSE, L"user"));
+    EXPECT_TRUE(registry::hasKey(others));
+    registry::deleteKey(others);
+    for (const std::u16string& key : {kUser + u"CLSID", kUser.substr(0, kUser.size() - 1)}) {
+        if (registry::keysBelow(key).empty()) {
+            registry::deleteKey(key);
+        }
+    }
 }
 
 TEST_F(Unregistered, AnotherBitnessKeepsItsTypeLibrary) {

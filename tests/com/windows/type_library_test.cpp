@@ -2,13 +2,13 @@
 
 #include <ocidl.h>
 
-#include <kaputil/catalogue/catalogue.hpp>
 #include <kaputil/frame/convert.hpp>
 
+#include "com/type_libraries.hpp"
 #include "dispatch_client.hpp"
 
-// The type library in the module, or in the file that KAPUTIL_TYPE_LIBRARY names, beside the
-// catalogue that it was made from.
+// The type libraries in the module, or in the files of the folder that KAPUTIL_TYPE_LIBRARIES
+// names, beside the descriptions that they were made from.
 namespace kap::test {
 namespace {
 
@@ -33,15 +33,20 @@ Texts textsOf(Source* source, int member) {
     return {taken(name), taken(help)};
 }
 
-std::wstring typeLibraryPath() {
-    const wchar_t* path = _wgetenv(L"KAPUTIL_TYPE_LIBRARY");
-    return path == nullptr ? Module::path() : path;
+std::wstring typeLibraryPath(const com::TypeLibrary& types) {
+    if (const wchar_t* folder = _wgetenv(L"KAPUTIL_TYPE_LIBRARIES")) {
+        return folder + (L"\\" + std::wstring(platform::wide(types.fileName))) + L".tlb";
+    }
+    return types.resource == 1 ? Module::path()
+                               : Module::path() + L"\\" + std::to_wstring(types.resource);
 }
 
-class TypeLibrary : public testing::Test {
+// One of the libraries, by its place among them.
+class TypeLibrary : public testing::TestWithParam<std::size_t> {
 protected:
     TypeLibrary() {
-        EXPECT_EQ(S_OK, LoadTypeLibEx(typeLibraryPath().c_str(), REGKIND_NONE, library_.out()));
+        EXPECT_EQ(S_OK,
+                  LoadTypeLibEx(typeLibraryPath(types_).c_str(), REGKIND_NONE, library_.out()));
     }
 
     [[nodiscard]] Pointer<ITypeInfo> find(const String& identity) const {
@@ -50,9 +55,12 @@ protected:
         return found;
     }
 
+    const com::TypeLibrary& types_ = com::typeLibraries()[GetParam()];
     Apartment apartment_;
     Pointer<ITypeLib> library_;
 };
+
+INSTANTIATE_TEST_SUITE_P(Each, TypeLibrary, testing::Range(std::size_t{0}, std::size_t{2}));
 
 // What a description of the system's tells, freed at the end.
 class Attributes {
@@ -143,20 +151,20 @@ std::vector<INVOKEKIND> kindsOf(const MemberDescription& member) {
     return kinds;
 }
 
-TEST_F(TypeLibrary, HasTheIdentityOfTheLibrary) {
+TEST_P(TypeLibrary, HasTheIdentityOfTheLibrary) {
     TLIBATTR* attributes = nullptr;
     ASSERT_EQ(S_OK, library_->GetLibAttr(&attributes));
-    EXPECT_EQ(automation::identityOf(library().typeLibraryId), attributes->guid);
+    EXPECT_EQ(automation::identityOf(types_.identity), attributes->guid);
     EXPECT_EQ(1, attributes->wMajorVerNum);
     EXPECT_EQ(0, attributes->wMinorVerNum);
     library_->ReleaseTLibAttr(attributes);
     const Texts texts = textsOf(library_.get(), -1);
-    EXPECT_EQ(library().name, texts.name);
-    EXPECT_EQ(library().description, texts.help);
+    EXPECT_EQ(types_.name, texts.name);
+    EXPECT_EQ(types_.description, texts.help);
 }
 
-TEST_F(TypeLibrary, HasEveryClassWithItsInterface) {
-    for (const PublishedClass& one : publishedClasses()) {
+TEST_P(TypeLibrary, HasEveryClassWithItsInterface) {
+    for (const PublishedClass& one : types_.classes) {
         const auto type = find(one.classId);
         ASSERT_TRUE(type);
         EXPECT_EQ(one.name, textsOf(type.get(), MEMBERID_NIL).name);
@@ -193,8 +201,8 @@ std::vector<UINT> ownFunctions(const Pointer<ITypeInfo>& type) {
     return own;
 }
 
-TEST_F(TypeLibrary, HasEveryMemberInItsPlace) {
-    for (const PublishedClass& one : publishedClasses()) {
+TEST_P(TypeLibrary, HasEveryMemberInItsPlace) {
+    for (const PublishedClass& one : types_.classes) {
         if (one.description == nullptr) {
             continue;
         }
@@ -225,8 +233,8 @@ TEST_F(TypeLibrary, HasEveryMemberInItsPlace) {
     }
 }
 
-TEST_F(TypeLibrary, HasTheEnumerations) {
-    for (const EnumerationDescription& enumeration : publishedEnumerations()) {
+TEST_P(TypeLibrary, HasTheEnumerations) {
+    for (const EnumerationDescription& enumeration : types_.enumerations) {
         Pointer<ITypeInfo> type;
         MEMBERID found = 0;
         USHORT count = 1;
@@ -247,21 +255,77 @@ TEST_F(TypeLibrary, HasTheEnumerations) {
     }
 }
 
-TEST_F(TypeLibrary, IsWhatObjectsTellOfThemselves) {
+// The names of an object's interface and class, as it tells them itself.
+std::vector<String> toldBy(const Pointer<IDispatch>& object) {
+    UINT count = 0;
+    EXPECT_EQ(S_OK, object->GetTypeInfoCount(&count));
+    EXPECT_EQ(1U, count);
+    Pointer<ITypeInfo> type;
+    EXPECT_EQ(S_OK, object->GetTypeInfo(0, LOCALE_USER_DEFAULT, type.out()));
+    Pointer<IProvideClassInfo> provider;
+    EXPECT_EQ(S_OK, object->QueryInterface(IID_IProvideClassInfo, provider.outVoid()));
+    Pointer<ITypeInfo> itsClass;
+    EXPECT_EQ(S_OK, provider->GetClassInfo(itsClass.out()));
+    if (!type || !itsClass) {
+        return {};
+    }
+    return {textsOf(type.get(), MEMBERID_NIL).name, textsOf(itsClass.get(), MEMBERID_NIL).name};
+}
+
+TEST(TypeInformation, IsWhatObjectsTellOfThemselves) {
+    const Apartment apartment;
+    const Module module;
+    EXPECT_EQ((std::vector<String>{u"_CProprieta", u"CProprieta"}),
+              toldBy(module.create(kPropertyString)));
+    EXPECT_TRUE(module.isIdle());
+}
+
+TEST(TypeInformation, IsToldByEveryObjectOfDataAccess) {
+    const Apartment apartment;
     const Module module;
     {
-        const auto bag = module.create(kPropertyString);
-        UINT count = 0;
-        ASSERT_EQ(S_OK, bag->GetTypeInfoCount(&count));
-        EXPECT_EQ(1U, count);
+        const auto connection = module.create(kLocalConnection);
+        call(connection, L"Open", L"Provider=KapLocal;Data Source=:memory:");
+        EXPECT_EQ((std::vector<String>{u"_Connection", u"Connection"}), toldBy(connection));
+        EXPECT_EQ((std::vector<String>{u"_Errors", u"Errors"}),
+                  toldBy(call(connection, L"Errors").object()));
+        const auto rows = call(connection, L"Execute", L"SELECT 1 AS A").object();
+        EXPECT_EQ((std::vector<String>{u"_Recordset", u"Recordset"}), toldBy(rows));
+        EXPECT_EQ((std::vector<String>{u"_Fields", u"Fields"}),
+                  toldBy(call(rows, L"Fields").object()));
+        EXPECT_EQ((std::vector<String>{u"_Field", u"Field"}),
+                  toldBy(call(rows, L"Fields", 0).object()));
+        Pointer<IDispatch> typed;
+        EXPECT_EQ(S_OK, rows->QueryInterface(
+                            automation::identityOf(u"e6d06f3b-5a86-4b3b-9c1d-0a6d4a6f7b22"),
+                            typed.outVoid()));
+        EXPECT_EQ(rows.get(), typed.get()) << "its own interface is the one that is called";
+    }
+    EXPECT_TRUE(module.isIdle());
+}
+
+// A client that was compiled with the type library calls by the identifiers in it, and passes what
+// it says.
+TEST(TypeInformation, ServesCallsThatWereBoundBefore) {
+    const Apartment apartment;
+    const Module module;
+    {
+        const auto connection = module.create(kLocalConnection);
         Pointer<ITypeInfo> type;
-        ASSERT_EQ(S_OK, bag->GetTypeInfo(0, LOCALE_USER_DEFAULT, type.out()));
-        EXPECT_EQ(u"_CProprieta", textsOf(type.get(), MEMBERID_NIL).name.view());
-        Pointer<IProvideClassInfo> provider;
-        ASSERT_EQ(S_OK, bag->QueryInterface(IID_IProvideClassInfo, provider.outVoid()));
-        Pointer<ITypeInfo> itsClass;
-        ASSERT_EQ(S_OK, provider->GetClassInfo(itsClass.out()));
-        EXPECT_EQ(u"CProprieta", textsOf(itsClass.get(), MEMBERID_NIL).name.view());
+        ASSERT_EQ(S_OK, connection->GetTypeInfo(0, LOCALE_USER_DEFAULT, type.out()));
+        const auto bound = [&](const wchar_t* member) {
+            MEMBERID id = 0;
+            auto* name = const_cast<LPOLESTR>(member);
+            EXPECT_EQ(S_OK, type->GetIDsOfNames(&name, 1, &id));
+            return id;
+        };
+        Value result;
+        EXPECT_EQ(S_OK, invoke(connection.get(), bound(L"Open"), DISPATCH_METHOD,
+                               values(L"Provider=KapLocal;Data Source=:memory:"), result));
+        std::int32_t affected = -1;
+        EXPECT_EQ(S_OK, invoke(connection.get(), bound(L"Execute"), DISPATCH_METHOD,
+                               values(L"SELECT 5 AS A", Value::to(VT_I4, affected)), result));
+        EXPECT_EQ(VT_DISPATCH, result.type());
     }
     EXPECT_TRUE(module.isIdle());
 }
