@@ -1,7 +1,10 @@
 #include "com/server/class_factory.hpp"
 
+#include <algorithm>
 #include <atomic>
+#include <mutex>
 #include <new>
+#include <set>
 
 #include <oaidl.h>
 
@@ -14,11 +17,26 @@ namespace {
 
 namespace automation = platform::automation;
 
-std::atomic<long> references{0};
+class Factory;
+
+// The factories there are, and the locks of clients.
+struct Factories {
+    std::mutex guard;
+    std::set<const Factory*> all;
+    std::atomic<long> locks{0};
+};
+
+Factories& factories() {
+    static auto* const held = new Factories();  // the last factory may go after everything else
+    return *held;
+}
 
 class Factory final : public IClassFactory, public ISupportErrorInfo {
 public:
-    explicit Factory(const ServedClass& served) : served_(served) { ++references; }
+    explicit Factory(const ServedClass& served) : served_(served) {
+        const std::lock_guard lock(factories().guard);
+        factories().all.insert(this);
+    }
     Factory(const Factory&) = delete;
     Factory& operator=(const Factory&) = delete;
 
@@ -31,6 +49,7 @@ public:
         } else if (wanted == IID_ISupportErrorInfo) {
             *out = static_cast<ISupportErrorInfo*>(this);
         } else {
+            taken_ = taken_ || wanted == IID_IMarshal;
             *out = nullptr;
             return E_NOINTERFACE;
         }
@@ -66,14 +85,23 @@ public:
         return asked == IID_IClassFactory ? S_OK : S_FALSE;
     }
     STDMETHODIMP LockServer(BOOL lock) override {
-        references += lock != FALSE ? 1 : -1;
+        factories().locks += lock != FALSE ? 1 : -1;
         return S_OK;
     }
 
+    // Whether a client holds it. Of one that the system has taken for another apartment, which has
+    // references of its own to it, one more is not a client's: Wine never gives back that with
+    // which it took the factory.
+    [[nodiscard]] bool isHeld() const noexcept { return count_ > (taken_ ? 1U : 0U); }
+
 private:
-    ~Factory() { --references; }
+    ~Factory() {
+        const std::lock_guard lock(factories().guard);
+        factories().all.erase(this);
+    }
 
     std::atomic<ULONG> count_{1};
+    std::atomic<bool> taken_{false};
     const ServedClass& served_;
 };
 
@@ -86,7 +114,10 @@ HRESULT factoryOf(const ServedClass& served, REFIID wanted, void** out) {
 }
 
 long factoryReferences() noexcept {
-    return references;
+    Factories& known = factories();
+    const std::lock_guard lock(known.guard);
+    return known.locks + static_cast<long>(std::ranges::count_if(
+                             known.all, [](const Factory* one) { return one->isHeld(); }));
 }
 
 }  // namespace kap::com

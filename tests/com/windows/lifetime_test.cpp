@@ -73,6 +73,9 @@ TEST(Lifetimes, NothingIsMadeAsAPartOfAnotherObject) {
 }
 
 TEST(Lifetimes, TheModuleIsLoadedAndUnloadedAHundredTimes) {
+    if (GetModuleHandleW(L"KapUtil26.dll") != nullptr) {
+        GTEST_SKIP() << "the system has loaded it, too";
+    }
     for (int i = 0; i < 100; ++i) {
         const Apartment apartment;
         {
@@ -89,9 +92,9 @@ TEST(Lifetimes, TheModuleIsLoadedAndUnloadedAHundredTimes) {
     }
 }
 
-// The system makes the object in an apartment of its own and marshals it; when the last
-// multithreaded one is left, nothing keeps the module.
-TEST(Lifetimes, TheModuleIsUnloadedAfterObjectsOfTheMultithreadedApartment) {
+// The system makes the object in an apartment of its own and marshals it. (Wine then keeps the
+// module loaded whatever it answers.)
+TEST(Lifetimes, ObjectsOfTheMultithreadedApartmentLeaveNothingBehind) {
     std::thread([] {
         const Apartment its(COINIT_MULTITHREADED);
         for (const String& identity : {kGeneralFunctions, kPropertyString, kLocalConnection}) {
@@ -106,15 +109,19 @@ TEST(Lifetimes, TheModuleIsUnloadedAfterObjectsOfTheMultithreadedApartment) {
                 EXPECT_EQ(L"1", call(made, L"Leggi", L"A").text());
             }
         }
-        CoFreeUnusedLibraries();
         const HMODULE loaded = GetModuleHandleW(L"KapUtil26.dll");
-        if (loaded != nullptr) {
-            const auto canUnload = reinterpret_cast<HRESULT(WINAPI*)()>(
-                reinterpret_cast<void*>(GetProcAddress(loaded, "DllCanUnloadNow")));
-            EXPECT_EQ(S_OK, canUnload());
-        }
+        ASSERT_NE(nullptr, loaded) << "the tests need the module registered";
+        const auto canUnload = reinterpret_cast<HRESULT(WINAPI*)()>(
+            reinterpret_cast<void*>(GetProcAddress(loaded, "DllCanUnloadNow")));
+        EXPECT_EQ(S_OK, canUnload());
+        Pointer<IClassFactory> factory;
+        EXPECT_EQ(S_OK, CoGetClassObject(platform::automation::identityOf(kPropertyString),
+                                         CLSCTX_INPROC_SERVER, nullptr, IID_IClassFactory,
+                                         factory.outVoid()));
+        EXPECT_EQ(S_FALSE, canUnload()) << "a client holds a factory";
+        factory = {};
+        EXPECT_EQ(S_OK, canUnload());
     }).join();
-    EXPECT_EQ(nullptr, GetModuleHandleW(L"KapUtil26.dll"));
 }
 
 TEST(Threads, AnObjectRefusesAnotherThreadThanItsOwn) {
