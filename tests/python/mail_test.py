@@ -216,6 +216,16 @@ class RegisteredClient(unittest.TestCase):
             "CreateItem 0", "To = a@x.it", "Subject = Oggetto", "Body = testo", "Add uno.txt", "Add ", "Add due.txt",
             "Display"])
 
+    def test_a_message_that_has_no_attributes_yet_gets_them(self):
+        class Bare:
+            def Display(self):
+                self.Shown = True
+
+        message = Bare()
+        self.client.CreateItem = lambda _: message
+        kaputil.kapInviaEMail("a@x.it", "Oggetto", "testo", "", "")
+        self.assertEqual(vars(message), {"To": "a@x.it", "Subject": "Oggetto", "Body": "testo", "Shown": True})
+
     def test_a_message_without_a_plain_body_gets_the_other(self):
         kaputil.kapInviaEMail("a@x.it", "Oggetto", sBodyHtml="<b>x</b>")
         self.assertEqual(self.client.log[3:], ["HTMLBody = <b>x</b>", "Display"])
