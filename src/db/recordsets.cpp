@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include <kaputil/ado/error_numbers.hpp>
+#include <kaputil/frame/arithmetic.hpp>
 #include <kaputil/frame/convert.hpp>
 #include <kaputil/frame/error.hpp>
 #include <kaputil/platform/two_second_wait.hpp>
@@ -18,6 +19,7 @@ using ado::FieldAttributeEnum;
 using ado::Recordset;
 
 constexpr int kMaxFailures = 11;
+constexpr std::int16_t kFirstRow = 1;
 
 // The substitutes for options that the caller leaves to the library.
 constexpr std::int16_t kChoose = -1;
@@ -178,11 +180,13 @@ bool kapGoTo(ByRef<Ref<Object>> rst, const Variant& posizione) {
         moveUnlessEmpty(u"MoveFirst");
     } else if (keyword == u"LAST") {
         moveUnlessEmpty(u"MoveLast");
-    } else if (const std::int32_t row = convert::toLong(posizione); row == 1) {
+    } else if (arithmetic::compare(posizione, kFirstRow) == 0) {
         moveUnlessEmpty(u"MoveFirst");
     } else {
         late::call(recordset, u"MoveFirst");
-        late::call(recordset, u"Move", {row - 1});
+        // The difference is rounded, not the position: 2.5 means the third row.
+        late::call(recordset, u"Move",
+                   {convert::toLong(arithmetic::subtract(posizione, kFirstRow))});
     }
     return false;  // deliberate: never anything else
 }
@@ -201,8 +205,9 @@ Variant Riga_Prog(ByRef<Variant> connessione, ByRef<String> sSQL, ByRef<std::int
         return *nInizio;
     }
     const double last = throughText(highest);
-    const std::int32_t remainder = convert::toLong(last) % *nPasso;
-    return last + *nPasso - remainder;
+    // In 64 bits: the lowest number by -1 has a quotient that 32 bits do not hold.
+    const std::int64_t remainder = std::int64_t{convert::toLong(last)} % *nPasso;
+    return last + *nPasso - static_cast<double>(remainder);
 }
 
 }  // namespace kap::db

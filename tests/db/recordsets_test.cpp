@@ -1,5 +1,8 @@
 #include <kaputil/db/recordsets.hpp>
 
+#include <cstdint>
+#include <limits>
+
 #include <gtest/gtest.h>
 
 #include <kaputil/ado/error_numbers.hpp>
@@ -295,6 +298,20 @@ TEST_F(PositionTest, MovesBehindTheLastRowForANumberThatIsTooLarge) {
     EXPECT_EQ(after(99), "EOF");
 }
 
+TEST_F(PositionTest, SubtractsOneBeforeItRounds) {
+    EXPECT_EQ(after(2.5), "Long 3");
+    EXPECT_EQ(after(u"2,5"), "Long 3");
+    EXPECT_EQ(after(1.5), "Long 1");
+    EXPECT_EQ(after(3.4), "Long 3");
+    EXPECT_EQ(after(0.5), "Long 1");
+}
+
+TEST_F(PositionTest, RaisesForAPositionBeyondAllNumbersOfRows) {
+    constexpr std::int32_t kLowest = std::numeric_limits<std::int32_t>::min();
+    EXPECT_EQ(raisedBy([&] { return kapGoTo(rows_, kLowest); }), errors::kOverflow);
+    EXPECT_EQ(raisedBy([&] { return kapGoTo(rows_, 1e300); }), errors::kOverflow);
+}
+
 TEST_F(PositionTest, RaisesForATextThatIsNoNumber) {
     EXPECT_EQ(raisedBy([&] { return kapGoTo(rows_, u"mezzo"); }), errors::kTypeMismatch);
 }
@@ -305,6 +322,8 @@ TEST(KapGoTo, AnEmptyRecordsetStaysWhereItIsButFailsForANumberOtherThanOne) {
     EXPECT_FALSE(kapGoTo(rows, u"LAST"));
     EXPECT_FALSE(kapGoTo(rows, 1));
     EXPECT_EQ(raisedBy([&] { return kapGoTo(rows, 2); }), ado::errors::kNoCurrentRecord);
+    // Only exactly 1 is the first row.
+    EXPECT_EQ(raisedBy([&] { return kapGoTo(rows, 1.2); }), ado::errors::kNoCurrentRecord);
 }
 
 class LineNumberTest : public ::testing::Test {
@@ -345,6 +364,12 @@ TEST_F(LineNumberTest, AFractionIsLostWhereTheDecimalSeparatorIsAComma) {
     EXPECT_EQ(next(u"CAST(7.5 AS decimal(5,1))"), "Double 8");
     const LocaleScope american("en-US");
     EXPECT_EQ(next(u"CAST(7.5 AS decimal(5,1))"), "Double 8.5");  // 7.5 + 1 - (8 mod 1)
+}
+
+TEST_F(LineNumberTest, TheLowestNumberHasARestByAnyStep) {
+    EXPECT_EQ(next(u"CAST(-2147483648 AS int)", -1), "Double -2147483649");
+    EXPECT_EQ(next(u"CAST(-2147483648 AS int)", 10), "Double -2147483630");
+    EXPECT_EQ(raisedBy([&] { return next(u"CAST(2147483648 AS bigint)"); }), errors::kOverflow);
 }
 
 TEST_F(LineNumberTest, AQueryWithoutRowsFailsWhenTheFieldIsRead) {
