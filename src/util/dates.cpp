@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstddef>
+#include <string>
 #include <string_view>
 
 #include <kaputil/frame/convert.hpp>
@@ -34,6 +35,12 @@ const MonthNames& monthNames(std::u16string_view language) {
 
 String number(int value) {
     return convert::toString(static_cast<std::int32_t>(value));
+}
+
+String fourDigits(int year) {
+    constexpr std::size_t kDigits = 4;
+    const String text = number(year);
+    return String(std::u16string(kDigits - text.size(), u'0')) + text;
 }
 
 convert::CivilDate civilDateOf(const Variant& value) {
@@ -108,7 +115,7 @@ Variant ConvertiData(const String& sData, const String& sLingua) {
     const convert::CivilDate date = civilDateOf(sData);
     // The blank at the end is deliberate: headings go on behind it.
     return number(date.day) + u" " + NomeMese(static_cast<std::int16_t>(date.month), sLingua) +
-           u" " + number(date.year) + u" ";
+           u" " + fourDigits(date.year) + u" ";
 }
 
 String kapControllaData(const Variant& valore, ByRef<String> sFormat) {
@@ -118,7 +125,8 @@ String kapControllaData(const Variant& valore, ByRef<String> sFormat) {
     if (sFormat->empty()) {
         *sFormat = u"dd/mm/yyyy";
     }
-    return convert::format(date, *sFormat);
+    // A format may hold texts of its own: they stand beside a date only.
+    return date.isString() ? String() : convert::format(date, *sFormat);
 }
 
 }  // namespace kap::util

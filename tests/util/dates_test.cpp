@@ -63,6 +63,11 @@ TEST_F(Dates, WritesDatesOutWithABlankAtTheEnd) {
     EXPECT_EQ(shown(ConvertiData(u"2003-12-25 10:30", u"FRA")), "String 25 Décembre 2003 ");
 }
 
+TEST_F(Dates, WritesAYearWithFourDigits) {
+    EXPECT_EQ(shown(ConvertiData(u"05/03/0500", u"ITA")), "String 5 Marzo 0500 ");
+    EXPECT_EQ(shown(ConvertiData(u"31/12/9999", u"ITA")), "String 31 Dicembre 9999 ");
+}
+
 TEST_F(Dates, RefusesToWriteOutWhatIsNoDate) {
     EXPECT_EQ(raisedBy([] { return ConvertiData(u"31/02/2003"); }), 13);
     EXPECT_EQ(raisedBy([] { return ConvertiData(u""); }), 13);
@@ -101,6 +106,17 @@ TEST_F(Dates, WritesACheckedDateByTheGivenFormat) {
     EXPECT_EQ(kapControllaData(u"25/12/2003", format), u"20031225");
     EXPECT_EQ(format, u"yyyymmdd");
     EXPECT_EQ(kapControllaData(Date{37980}, u"d mmmm yyyy"), u"25 dicembre 2003");
+}
+
+TEST_F(Dates, WritesNothingForNoDateUnderAnyFormat) {
+    for (const char16_t* format :
+         {u"\"del\" dd/mm/yyyy", u"\"x\"", u"@@@@", u"&&", u"!@@", u">@", u"0.00", u"Fixed",
+          u"Yes/No", u"Short Date", u"yyyy", u"@;vuoto"}) {
+        for (const char16_t* typed : {u"", u"  ", u"31/02/2003", u"31/12/1752"}) {
+            EXPECT_EQ(kapControllaData(typed, format), u"") << String(format).utf8();
+        }
+        EXPECT_EQ(kapControllaData(Variant::null(), format), u"") << String(format).utf8();
+    }
 }
 
 TEST_F(Dates, WritesTheUsualFormatBackWhereNoneIsGiven) {
