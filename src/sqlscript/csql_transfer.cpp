@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include <kaputil/ado/error_numbers.hpp>
 #include <kaputil/ado/recordset.hpp>
 #include <kaputil/frame/array.hpp>
@@ -43,6 +45,18 @@ bool findColumn(ado::Recordset& columns, const String& name) {
 void writeWhenBlank(CProprieta& parameters, const char16_t* name, const char16_t* value) {
     if (isBlank(parameters, name)) {
         parameters.Scrivi(name, value);
+    }
+}
+
+// A column that is described twice, as tables of two owners are, is written once: at its first
+// place, with its last expression.
+void mapColumn(sqlscript::ColumnMap& map, const String& column, const String& expression) {
+    const String name = unicode::upper(column);
+    const auto known = std::ranges::find(map, name, &sqlscript::ColumnMap::value_type::first);
+    if (known == map.end()) {
+        map.emplace_back(name, expression);
+    } else {
+        known->second = expression;
     }
 }
 
@@ -112,12 +126,12 @@ Ref<ado::Recordset> CSQL::ColonneTabella(const Ref<ado::Connection>& connessione
                                              : permanentColumns(*connessione, sTabella);
 }
 
-Ref<CProprieta> CSQL::columnMap() {
+std::vector<std::pair<String, String>> CSQL::columnMap() {
     const CProprieta& parameters = held(parameters_);
     const String from = textOf(parameters, u"FROM");
     const auto source = ColonneTabella(ActiveConnection(), from);
     const auto destination = ColonneTabella(ActiveConnection(), textOf(parameters, u"TO"));
-    auto map = make<CProprieta>();
+    sqlscript::ColumnMap map;
     if (!isEmpty(*destination)) {
         destination->MoveFirst();
     }
@@ -131,9 +145,9 @@ Ref<CProprieta> CSQL::columnMap() {
         // An expression of the client's wins, and fills columns that the source lacks.
         const String parameter = nameIn(*destination, kTableName) + u"." + column;
         if (!isBlank(parameters, parameter)) {
-            map->Scrivi(column, parameters.Leggi(parameter));
+            mapColumn(map, column, textOf(parameters, parameter));
         } else if (inSource) {
-            map->Scrivi(column, from + u".[" + nameIn(*source, kColumnName) + u"]");
+            mapColumn(map, column, from + u".[" + nameIn(*source, kColumnName) + u"]");
         }
     }
     return map;
@@ -160,11 +174,11 @@ String CSQL::AddTmp() {
         return {};
     }
     const auto columns = columnMap();
-    if (columns->Count() == 0) {
+    if (columns.empty()) {
         refuse(u"Nessun campo da collegare tra tabella FROM e tabella TO");
         return {};
     }
-    std::u16string text = sqlscript::insertText(parameters, *columns);
+    std::u16string text = sqlscript::insertText(parameters, columns);
     if (textOf(parameters, u"DELETE_FROM") == String(u"SI")) {
         text += sqlscript::deleteText(parameters);
     }

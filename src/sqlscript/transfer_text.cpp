@@ -1,5 +1,6 @@
 #include "sqlscript/transfer_text.hpp"
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 
@@ -13,7 +14,7 @@ namespace kap::sqlscript {
 namespace {
 
 constexpr std::int16_t kMaxJoins = 50;
-constexpr std::int16_t kColumnsALine = 10;
+constexpr std::size_t kColumnsALine = 10;
 
 // Quotes in it are deliberately not doubled, nor are they in the messages of single commands.
 String messageOf(const CProprieta& parameters) {
@@ -26,42 +27,40 @@ String messageOf(const CProprieta& parameters) {
 }
 
 // The columns one behind the other, as `shown` writes each; a line ends behind every tenth.
-void appendList(std::u16string& script, std::int16_t count,
-                const std::function<void(std::int16_t)>& shown) {
-    std::int16_t onLine = 0;
-    for (std::int16_t i = 1; i <= count; ++i) {
-        shown(i);
-        if (i != count) {
+void appendList(std::u16string& script, const ColumnMap& columns,
+                const std::function<void(const ColumnMap::value_type&)>& shown) {
+    for (std::size_t i = 1; i <= columns.size(); ++i) {
+        shown(columns[i - 1]);
+        if (i != columns.size()) {
             script += u',';
         }
-        if (++onLine == kColumnsALine) {
+        if (i % kColumnsALine == 0) {
             script += kLineEnd;
-            onLine = 0;
         }
     }
 }
 
-void appendColumnNames(std::u16string& script, const CProprieta& columns) {
+void appendColumnNames(std::u16string& script, const ColumnMap& columns) {
     script += u" ( ";
-    appendList(script, columns.Count(), [&](std::int16_t i) {
+    appendList(script, columns, [&](const ColumnMap::value_type& column) {
         script += u" [";
-        script += columns.NomeProprieta(i);
+        script += column.first;
         script += u']';
     });
     appendLine(script, {u" ) "});
 }
 
 void appendExpressions(std::u16string& script, const CProprieta& parameters,
-                       const CProprieta& columns) {
+                       const ColumnMap& columns) {
     script += u" SELECT ";
     if (!isBlank(parameters, u"SELECT_OPTIONS")) {
         script += u' ';
         script += textOf(parameters, u"SELECT_OPTIONS");
         script += u' ';
     }
-    appendList(script, columns.Count(), [&](std::int16_t i) {
+    appendList(script, columns, [&](const ColumnMap::value_type& column) {
         script += u' ';
-        script += convert::toString(columns.Leggi(i));
+        script += column.second;
     });
     appendLine(script, {});
 }
@@ -89,7 +88,7 @@ String textOf(const CProprieta& parameters, const String& name) {
     return convert::toString(parameters.Leggi(name));
 }
 
-std::u16string insertText(const CProprieta& parameters, const CProprieta& columns) {
+std::u16string insertText(const CProprieta& parameters, const ColumnMap& columns) {
     std::u16string script;
     appendLine(script, {u"SET @ERRORE_DESC='AddTmp(INSERT):   ", messageOf(parameters), u"'"});
     appendLine(script, {u" INSERT ", textOf(parameters, u"TO"), u"  "});

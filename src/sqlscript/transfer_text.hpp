@@ -1,11 +1,17 @@
 #pragma once
 
 #include <string>
+#include <utility>
+#include <vector>
 
 #include <kaputil/core/cproprieta.hpp>
 #include <kaputil/frame/string.hpp>
 
 namespace kap::sqlscript {
+
+// The columns that a transfer writes, in their order: name and expression. Expressions are SQL of
+// the client's and hold any characters, also those that mean something in a property string.
+using ColumnMap = std::vector<std::pair<String, String>>;
 
 // Whether a parameter is absent or blank.
 [[nodiscard]] bool isBlank(const CProprieta& parameters, const String& name);
@@ -13,9 +19,8 @@ namespace kap::sqlscript {
 [[nodiscard]] String textOf(const CProprieta& parameters, const String& name);
 
 // The statement that copies rows from the table FROM into the table TO, as the parameters say, with
-// the lines around it that let it fail. `columns` holds the expression of each column to write
-// under the column's name.
-[[nodiscard]] std::u16string insertText(const CProprieta& parameters, const CProprieta& columns);
+// the lines around it that let it fail.
+[[nodiscard]] std::u16string insertText(const CProprieta& parameters, const ColumnMap& columns);
 
 // The statement that deletes the rows that were copied.
 [[nodiscard]] std::u16string deleteText(const CProprieta& parameters);

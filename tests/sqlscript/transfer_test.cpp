@@ -112,6 +112,20 @@ TEST(Transfer, PrefersTheClientsExpressionAndFillsWhatTheSourceLacks) {
         " (  [PREZZO], [N], [A] ) \r\n \r\n SELECT  0, A+1, #T.[A]\r\n");
 }
 
+TEST(Transfer, TakesExpressionsThatLookLikeTagsOfAPropertyString) {
+    const std::vector<std::pair<const char*, const char*>> parameters = {
+        {"FROM", "#T"},
+        {"TO", "#W"},
+        {"#W.A", "CASE WHEN 1</* uno */2 THEN 1 ELSE 0 END"},
+        {"#W.B", "'<b>1</b>'"}};
+    const auto sql = transfer(
+        "CREATE TABLE #T (A int, C int) CREATE TABLE #W (A int, B varchar(20), C int)", parameters);
+    EXPECT_EQ(listsOf(sql),
+              " (  [A], [B], [C] ) \r\n \r\n SELECT  CASE WHEN 1</* uno */2 THEN 1 ELSE 0 END, "
+              "'<b>1</b>', #T.[C]\r\n");
+    EXPECT_TRUE(sql->Execute()) << shown(sql->Errore()->MsgToString());
+}
+
 TEST(Transfer, NamesTheSourcesColumnsAsTheSourceSpellsThem) {
     EXPECT_EQ(listsOf(transfer("CREATE TABLE #T (codice int) CREATE TABLE #W (Codice int)",
                                {{"FROM", "#T"}, {"TO", "#W"}})),

@@ -1,5 +1,8 @@
 #pragma once
 
+#include <utility>
+#include <vector>
+
 #include <kaputil/ado/connection.hpp>
 #include <kaputil/core/cerrore.hpp>
 #include <kaputil/core/cproprieta.hpp>
@@ -94,8 +97,8 @@ private:
     // connection that made it and alone sees it.
     [[nodiscard]] static Ref<ado::Recordset> ColonneTabella(const Ref<ado::Connection>& connessione,
                                                             const String& sTabella);
-    // The expressions of the columns to write, under the names of the columns.
-    [[nodiscard]] Ref<CProprieta> columnMap();
+    // The columns to write, each with its expression.
+    [[nodiscard]] std::vector<std::pair<String, String>> columnMap();
     void refuse(const char16_t* message) const;
     [[nodiscard]] bool failed() const;
 
