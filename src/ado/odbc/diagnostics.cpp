@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <optional>
 #include <utility>
 
 #include <kaputil/ado/error_numbers.hpp>
@@ -54,6 +55,39 @@ std::int32_t lineOf(SQLSMALLINT kind, SQLHANDLE handle, SQLSMALLINT record) {
     return SQL_SUCCEEDED(code) ? line : 0;
 }
 
+// What stands in front of every report that goes through it, whoever the driver is.
+constexpr auto kManagers = std::to_array<std::string_view>({"unixODBC", "iODBC"});
+
+struct Maker {
+    std::string_view name;  // the first in brackets, or its beginning
+    std::size_t names;
+};
+
+// Drivers put their maker, themselves and the server in front of what a server says, and the first
+// two in front of what they say themselves. These know fewer: a bracket behind them is the
+// server's own text.
+constexpr std::size_t kMostNames = 3;
+constexpr auto kMakers = std::to_array<Maker>({
+    {"FreeTDS", 2},
+    {"ma-", 2},
+    {"ODBC Firebird Driver", 2},
+    {"Driver Manager", 1},
+    {"SQLite", 1},
+});
+
+std::size_t namesOf(std::string_view maker) {
+    const auto known = std::ranges::find_if(
+        kMakers, [&](const Maker& each) { return maker.starts_with(each.name); });
+    return known == kMakers.end() ? kMostNames : known->names;
+}
+
+// The name in brackets that a text begins with.
+std::optional<std::string_view> bracketedName(std::string_view text) {
+    const std::size_t close = text.find(']');
+    if (!text.starts_with('[') || close == std::string_view::npos) return std::nullopt;
+    return text.substr(1, close - 1);
+}
+
 std::string utf8Of(const std::u16string& text) {
     return unicode::displayUtf8(text);
 }
@@ -96,16 +130,20 @@ bool saysConnectionLost(std::string_view state) {
 }
 
 std::string withoutOrigin(std::string text) {
-    std::size_t start = 0;
-    while (start < text.size() && text[start] == '[') {
-        const std::size_t close = text.find(']', start);
-        if (close == std::string::npos) {
-            break;
-        }
-        start = close + 1;
+    std::string_view rest = text;
+    while (const auto name = bracketedName(rest)) {
+        if (std::ranges::find(kManagers, *name) == kManagers.end()) break;
+        rest.remove_prefix(name->size() + 2);
     }
-    text.erase(0, std::min(text.find_first_not_of(' ', start), text.size()));
-    return text;
+    const auto maker = bracketedName(rest);
+    for (std::size_t names = maker ? namesOf(*maker) : 0; names > 0; --names) {
+        const auto name = bracketedName(rest);
+        if (!name) break;
+        rest.remove_prefix(name->size() + 2);
+    }
+    // The manager of drivers separates its own texts by a blank.
+    if (rest.size() < text.size() && rest.starts_with(' ')) rest.remove_prefix(1);
+    return std::string(rest);
 }
 
 std::vector<ServerMessage> diagnosticsOf(SQLSMALLINT kind, SQLHANDLE handle, bool failed) {

@@ -32,7 +32,9 @@ inline constexpr const char16_t* kErrorSource = u"KapOdbc";
 // Whether a SQLSTATE says that there is no connection any more.
 [[nodiscard]] bool saysConnectionLost(std::string_view state);
 
-// The report's text without the names of drivers and servers in brackets in front.
+// The report's text without the names in brackets that the manager of drivers and the driver put in
+// front: "[Maker][Driver][Server]text" at most. Brackets behind them are the server's text, as in
+// what a trigger raises.
 [[nodiscard]] std::string withoutOrigin(std::string text);
 
 // Everything that a handle reports, in the server's order; never empty. `failed` tells whether

@@ -1,5 +1,7 @@
 #include "ado/odbc/diagnostics.hpp"
 
+#include <string>
+
 #include <gtest/gtest.h>
 
 #include <kaputil/ado/error_numbers.hpp>
@@ -47,6 +49,36 @@ TEST(OdbcErrors, DropTheNamesOfDriversInFront) {
     EXPECT_EQ(withoutOrigin("ERROR: no [brackets]"), "ERROR: no [brackets]");
     EXPECT_EQ(withoutOrigin("[not closed"), "[not closed");
     EXPECT_EQ(withoutOrigin(""), "");
+    EXPECT_EQ(withoutOrigin("[Microsoft][ODBC Driver 17 for SQL Server]Text is cut"),
+              "Text is cut");
+    EXPECT_EQ(withoutOrigin("[Microsoft][SQL Native Client][SQL Server]Invalid object name 't'."),
+              "Invalid object name 't'.");
+    EXPECT_EQ(withoutOrigin("[ma-3.1.7][10.5.9-MariaDB]No table"), "No table");
+    EXPECT_EQ(withoutOrigin("[unixODBC][SQLite]no such table: t (1)"), "no such table: t (1)");
+}
+
+TEST(OdbcErrors, KeepWhatTheServersTextBeginsWith) {
+    const char* const texts[] = {"[x] not allowed",   "[dbo].[Conti] is closed",
+                                 "[1][2][3][4] four", "[unixODBC] said a trigger",
+                                 "[not closed",       "  two blanks",
+                                 "no brackets"};
+    const char* const origins[] = {
+        "[Microsoft][ODBC Driver 17 for SQL Server][SQL Server]",
+        "[unixODBC][Microsoft][ODBC Driver 17 for SQL Server][SQL Server]",
+        "[unixODBC][FreeTDS][SQL Server]",
+        "[FreeTDS][SQL Server]",
+        "[MySQL][ODBC 8.0(w) Driver][mysqld-8.0.19]",
+        "[unixODBC][ma-3.1.7][10.5.9-MariaDB]",
+        "[SQLite]",
+        "[Oracle][ODBC][Ora]"};
+    for (const std::string text : texts) {
+        for (const std::string origin : origins) {
+            // One blank is the manager's, as in "[unixODBC][Driver Manager] text".
+            const std::string shown = text.starts_with(' ') ? text.substr(1) : text;
+            EXPECT_EQ(withoutOrigin(origin + text), shown) << origin;
+        }
+    }
+    EXPECT_EQ(withoutOrigin("  two blanks"), "  two blanks");
 }
 
 }  // namespace
