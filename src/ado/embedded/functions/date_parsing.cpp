@@ -1,3 +1,5 @@
+#include <algorithm>
+#include <array>
 #include <vector>
 
 #include <kaputil/frame/plain_text.hpp>
@@ -60,15 +62,82 @@ std::vector<Piece> piecesOf(std::string_view text) {
     return pieces;
 }
 
+// Where the parts of a date stand: the places of year, month and day.
+struct DatePlaces {
+    std::size_t year;
+    std::size_t month;
+    std::size_t day;
+};
+
+DatePlaces placesOf(DateOrder order) {
+    switch (order) {
+        case DateOrder::Mdy:
+            return {2, 0, 1};
+        case DateOrder::Dmy:
+            return {2, 1, 0};
+        case DateOrder::Ymd:
+            return {0, 1, 2};
+        case DateOrder::Ydm:
+            return {0, 2, 1};
+        case DateOrder::Myd:
+            return {1, 0, 2};
+        case DateOrder::Dym:
+            return {1, 2, 0};
+    }
+    return {2, 0, 1};
+}
+
+// The order that a style of CONVERT says; without one it is the session's.
+DateOrder orderOf(int style) {
+    if (style == kDefaultDateStyle) return dateSettings().order;
+    switch (style % 100) {
+        case 3:
+        case 4:
+        case 5:
+        case 6:
+        case 13:
+            return DateOrder::Dmy;
+        case 2:
+        case 11:
+        case 12:
+        case 20:
+        case 21:
+        case 23:
+        case 25:
+        case 26:
+        case 27:
+            return DateOrder::Ymd;
+        default:
+            return DateOrder::Mdy;
+    }
+}
+
+bool isHalfOfDay(const Piece& piece) {
+    return piece.text == "AM" || piece.text == "PM";
+}
+
+// A word that names a month, as far as its kind tells: all others belong to the time.
+bool isName(const Piece& piece) {
+    return piece.kind == Piece::Kind::Word && !isHalfOfDay(piece) && piece.text != "T" &&
+           piece.text != "Z";
+}
+
 class DateParser {
 public:
     DateParser(std::string_view text, tsql::SqlType target, int style)
         : pieces_(piecesOf(text)), target_(target), order_(orderOf(style)) {}
 
+    // The day and the time of day, in either order; each may be missing.
     double parse() {
-        if (!startsWithTime()) parseDay();
-        const bool marked = takeWord("T");
-        if (marked || at(0) != nullptr) parseTime();
+        if (startsWithTime()) parseTime();
+        const bool timeFirst = position_ > 0;
+        if (at(0) != nullptr) {
+            parseDay();
+            const bool marked = takeWord("T");
+            if (!timeFirst && (marked || at(0) != nullptr)) parseTime();
+            // The letter of universal time says nothing more to types without a zone.
+            if (marked) takeWord("Z");
+        }
         if (at(0) != nullptr) notADate(target_);
         const auto instant = instantOf(parts_);
         if (!instant || !inRange(*instant, target_)) outOfRange(target_);
@@ -76,14 +145,6 @@ public:
     }
 
 private:
-    // A style says the order by itself; without one it is the session's.
-    static DateOrder orderOf(int style) {
-        if (style == kDefaultDateStyle) return dateSettings().order;
-        const int base = style % 100;
-        const bool dayFirst = base == 3 || base == 4 || base == 5 || base == 6 || base == 13;
-        return dayFirst ? DateOrder::DayFirst : DateOrder::MonthFirst;
-    }
-
     [[nodiscard]] const Piece* at(std::size_t ahead) const {
         return position_ + ahead < pieces_.size() ? &pieces_[position_ + ahead] : nullptr;
     }
@@ -93,9 +154,7 @@ private:
     }
 
     [[nodiscard]] bool startsWithTime() const {
-        if (pieces_.empty()) return true;
-        return numberAt(0) && at(1) != nullptr &&
-               (at(1)->is(':') || at(1)->text == "AM" || at(1)->text == "PM");
+        return numberAt(0) && at(1) != nullptr && (at(1)->is(':') || isHalfOfDay(*at(1)));
     }
 
     int takeNumber() {
@@ -105,19 +164,23 @@ private:
         return *value;
     }
 
-    // A year of two digits belongs to the century that the server puts it in.
-    int takeYear() {
-        const std::size_t digits = at(0) != nullptr ? at(0)->text.size() : 0;
-        const int year = takeNumber();
-        if (digits == 4) return year;
-        if (digits > 2) notADate(target_);
-        return year + (year <= kTwoDigitYearCutoff ? 2000 : 1900);
+    // The value of a year's digits: two belong to the century that the server puts them in.
+    [[nodiscard]] int yearOf(const std::string& digits) const {
+        const auto year = plain::readInt(digits);
+        if (!year || (digits.size() > 2 && digits.size() != 4)) notADate(target_);
+        if (digits.size() == 4) return *year;
+        return *year + (*year <= kTwoDigitYearCutoff ? 2000 : 1900);
+    }
+
+    // A day's or a month's.
+    [[nodiscard]] int shortOf(const std::string& digits) const {
+        const auto number = plain::readInt(digits);
+        if (!number || digits.size() > 2) notADate(target_);
+        return *number;
     }
 
     void parseDay() {
-        if (at(0)->kind == Piece::Kind::Word ||
-            (numberAt(0) && at(1) != nullptr && at(1)->kind == Piece::Kind::Word &&
-             at(1)->text != "T")) {
+        if (std::ranges::any_of(pieces_, isName)) {
             parseNamedMonth();
             return;
         }
@@ -128,46 +191,54 @@ private:
             ++position_;
         } else if (first.size() == 4 && !followedBySeparator()) {
             parts_.year = takeNumber();
-        } else if (first.size() == 4) {
-            parts_.year = takeYear();
-            takeSeparator();
-            const int one = takeNumber();
-            takeSeparator();
-            const int two = takeNumber();
-            // Where the day comes first it comes first behind the year, too, as on the server: but
-            // not in the international form, nor for the type date.
-            const bool dayBefore = order_ == DateOrder::DayFirst &&
-                                   target_ != tsql::SqlType::Date &&
-                                   !(at(0) != nullptr && at(0)->text == "T");
-            parts_.month = dayBefore ? two : one;
-            parts_.day = dayBefore ? one : two;
-        } else if (order_ == DateOrder::YearFirst) {
-            parts_.year = takeYear();
-            takeSeparator();
-            parts_.month = takeNumber();
-            takeSeparator();
-            parts_.day = takeNumber();
         } else {
-            const int one = takeNumber();
-            takeSeparator();
-            const int two = takeNumber();
-            takeSeparator();
-            const bool dayFirst = order_ == DateOrder::DayFirst;
-            parts_.month = dayFirst ? two : one;
-            parts_.day = dayFirst ? one : two;
-            parts_.year = takeYear();
+            parseNumbers();
         }
     }
 
-    [[nodiscard]] bool followedBySeparator() const {
-        return at(1) != nullptr && (at(1)->is('-') || at(1)->is('/') || at(1)->is('.'));
+    // Three numbers. One of four digits is the year wherever it stands; the others keep their
+    // order.
+    void parseNumbers() {
+        std::array<std::string, 3> numbers;
+        for (std::size_t i = 0; i < numbers.size(); ++i) {
+            if (i > 0) takeSeparator();
+            if (!numberAt(0)) notADate(target_);
+            numbers.at(i) = pieces_[position_++].text;
+        }
+        const bool international = at(0) != nullptr && at(0)->text == "T";
+        const auto wide = static_cast<std::size_t>(
+            std::ranges::find_if(numbers,
+                                 [](const std::string& each) { return each.size() == 4; }) -
+            numbers.begin());
+        DatePlaces places = placesOf(orderFor(wide, international));
+        if (wide < numbers.size()) {
+            const bool dayFirst = places.day < places.month;
+            const std::size_t one = wide == 0 ? 1 : 0;
+            const std::size_t two = wide == 2 ? 1 : 2;
+            places = {wide, dayFirst ? two : one, dayFirst ? one : two};
+        }
+        parts_.year = yearOf(numbers.at(places.year));
+        parts_.month = shortOf(numbers.at(places.month));
+        parts_.day = shortOf(numbers.at(places.day));
     }
 
+    // Where the day comes first it comes first behind the year, too, as on the server: but not in
+    // the international form, nor for the type date, which knows no order of year, day and month.
+    [[nodiscard]] DateOrder orderFor(std::size_t year, bool international) const {
+        const bool plainDate = target_ == tsql::SqlType::Date;
+        if (year == 0 && (plainDate || international)) return DateOrder::Ymd;
+        return plainDate && order_ == DateOrder::Ydm ? DateOrder::Ymd : order_;
+    }
+
+    [[nodiscard]] bool separatorAt(std::size_t ahead) const {
+        const Piece* piece = at(ahead);
+        return piece != nullptr && (piece->is('-') || piece->is('/') || piece->is('.'));
+    }
+
+    [[nodiscard]] bool followedBySeparator() const { return separatorAt(1); }
+
     void takeSeparator() {
-        const Piece* piece = at(0);
-        const bool separates =
-            piece != nullptr && (piece->is('-') || piece->is('/') || piece->is('.'));
-        if (!separates) notADate(target_);
+        if (!separatorAt(0)) notADate(target_);
         ++position_;
     }
 
@@ -182,16 +253,30 @@ private:
         parts_.day = number(yearDigits + 2, 2);
     }
 
-    // "Jan 5 2024", "5 January 2024", "January 2024".
+    // A month's name with a day and a year around it, in any order: the year is the number of four
+    // digits, or else the second one. SET DATEFORMAT has no say here. Without a day it is the
+    // first.
     void parseNamedMonth() {
-        const bool dayLeads = numberAt(0);
-        if (dayLeads) parts_.day = takeNumber();
-        parts_.month = takeMonth();
-        if (!dayLeads) {
-            if (numberAt(0) && at(0)->text.size() <= 2) parts_.day = takeNumber();
+        std::vector<std::string> numbers;
+        bool named = false;
+        while (at(0) != nullptr && !startsWithTime()) {
+            if (numberAt(0) && numbers.size() < 2) {
+                numbers.push_back(pieces_[position_++].text);
+            } else if (isName(*at(0)) && !named) {
+                parts_.month = takeMonth();
+                named = true;
+            } else {
+                break;
+            }
+            if (separatorAt(0) || (at(0) != nullptr && at(0)->is(','))) ++position_;
         }
-        if (at(0) != nullptr && at(0)->is(',')) ++position_;
-        parts_.year = takeYear();
+        if (!named || numbers.empty()) notADate(target_);
+        const bool yearFirst = numbers.front().size() == 4;
+        if (numbers.size() == 1 && !yearFirst) notADate(target_);
+        parts_.year = yearOf(yearFirst ? numbers.front() : numbers.back());
+        if (numbers.size() == 2) {
+            parts_.day = shortOf(yearFirst ? numbers.back() : numbers.front());
+        }
     }
 
     int takeMonth() {
@@ -222,7 +307,7 @@ private:
                     parseFraction(false);
                 }
             }
-        } else if (at(0) == nullptr || at(0)->kind != Piece::Kind::Word) {
+        } else if (at(0) == nullptr || !isHalfOfDay(*at(0))) {
             notADate(target_);
         }
         parseHalfOfDay();
@@ -254,9 +339,8 @@ private:
     }
 
     void parseHalfOfDay() {
-        if (at(0) == nullptr || at(0)->kind != Piece::Kind::Word) return;
+        if (at(0) == nullptr || !isHalfOfDay(*at(0))) return;
         const bool afternoon = at(0)->text == "PM";
-        if (!afternoon && at(0)->text != "AM") notADate(target_);
         ++position_;
         if (parts_.hour > 12) return;
         parts_.hour = parts_.hour % 12 + (afternoon ? 12 : 0);

@@ -2,12 +2,12 @@
 
 namespace kap::ado::embedded {
 
-/// The order of the numbers in a date's text.
-enum class DateOrder { MonthFirst, DayFirst, YearFirst };
+/// The order of the numbers in a date's text, as SET DATEFORMAT names it.
+enum class DateOrder { Mdy, Dmy, Ymd, Ydm, Myd, Dym };
 
 /// What a session has set for reading dates and counting weekdays.
 struct DateSettings {
-    DateOrder order = DateOrder::MonthFirst;
+    DateOrder order = DateOrder::Mdy;
     int firstDay = 7;      ///< of the week: 1 is Monday, 7 Sunday
     bool italian = false;  ///< months and days have their Italian names
     bool operator==(const DateSettings&) const = default;

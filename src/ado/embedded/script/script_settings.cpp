@@ -1,5 +1,7 @@
 #include <algorithm>
 #include <array>
+#include <string_view>
+#include <utility>
 
 #include "ado/embedded/functions/date_settings.hpp"
 #include "ado/embedded/script/script_runner.hpp"
@@ -15,9 +17,12 @@ using tsql::SqlType;
 namespace {
 
 DateOrder dateOrderOf(const std::string& word, int line) {
-    if (word == "MDY" || word == "MYD") return DateOrder::MonthFirst;
-    if (word == "DMY" || word == "DYM") return DateOrder::DayFirst;
-    if (word == "YMD" || word == "YDM") return DateOrder::YearFirst;
+    static constexpr std::pair<std::string_view, DateOrder> kOrders[] = {
+        {"MDY", DateOrder::Mdy}, {"DMY", DateOrder::Dmy}, {"YMD", DateOrder::Ymd},
+        {"YDM", DateOrder::Ydm}, {"MYD", DateOrder::Myd}, {"DYM", DateOrder::Dym}};
+    for (const auto& [name, order] : kOrders) {
+        if (word == name) return order;
+    }
     throw ServerError(
         2741, "SET DATEFORMAT date order '" + tsql::asciiLower(word) + "' is invalid.", line);
 }
@@ -31,10 +36,10 @@ DateSettings datesOf(const std::string& language, int line) {
     constexpr int kMonday = 1;
     constexpr int kSunday = 7;
     if (language == "ITALIAN" || language == "ITALIANO") {
-        return {DateOrder::DayFirst, kMonday, true};
+        return {DateOrder::Dmy, kMonday, true};
     }
     if (language == "US_ENGLISH" || language == "ENGLISH") {
-        return {DateOrder::MonthFirst, kSunday, false};
+        return {DateOrder::Mdy, kSunday, false};
     }
     throw tsql::unsupported("SET LANGUAGE " + language, line);
 }
