@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <utility>
 
+#include "tsql/currency.hpp"
 #include "tsql/server_error.hpp"
 #include "tsql/text.hpp"
 
@@ -131,6 +132,14 @@ private:
         return 0;
     }
 
+    // The bytes of a currency sign that begins an amount. In front of a letter it is part of a
+    // name: $action.
+    [[nodiscard]] std::size_t amountSign() const {
+        if (isAscii(at(0)) && at(0) != '$') return 0;
+        const std::size_t size = currencySignAt(sql_.substr(position_));
+        return is(at(size), kStartsName) ? 0 : size;
+    }
+
     void skipComment() {
         const int startLine = line_;
         int depth = 0;
@@ -164,15 +173,15 @@ private:
         } else if (c == '?') {
             ++position_;
             add(TokenKind::Parameter, integerText(++parameters_), line_);
+        } else if (const std::size_t sign = amountSign(); sign > 0) {
+            position_ += sign;
+            readNumber(TokenKind::Money);
         } else if (is(c, kStartsName)) {
             readName();
         } else if (isDigit(c) || (c == '.' && isDigit(at(1)))) {
             readNumber(TokenKind::Integer);
-        } else if (c == '$' && is(at(1), kStartsName)) {
-            readName();  // $action
         } else if (c == '$') {
-            ++position_;
-            readNumber(TokenKind::Money);
+            readName();  // $action
         } else {
             readOperator();
         }

@@ -105,10 +105,9 @@ Value isNumericFunction(const Arguments& arguments) {
     const std::string text(arguments.text(0));
     const std::string_view shown = withoutBlanks(text);
     // Deliberate on the server, and scripts know it: a sign alone counts as a number.
-    const bool sign = shown == "+" || shown == "-" || shown == "$";
     const bool numeric =
         !arguments.isNull(0) && !shown.empty() &&
-        (sign || converts(text, {tsql::SqlType::Float}) || converts(text, {tsql::SqlType::Money}));
+        (converts(text, {tsql::SqlType::Float}) || converts(text, {tsql::SqlType::Money}));
     return std::int64_t{numeric};
 }
 

@@ -1,11 +1,14 @@
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <limits>
+#include <optional>
 
 #include <kaputil/frame/plain_text.hpp>
 
 #include "ado/embedded/functions/convert_families.hpp"
 #include "ado/embedded/functions/text_units.hpp"
+#include "tsql/currency.hpp"
 #include "tsql/server_error.hpp"
 #include "tsql/text.hpp"
 
@@ -86,13 +89,32 @@ std::string textTypeName(const TypeSpec& from) {
         messageName(to));
 }
 
-// Amounts may carry a currency sign and commas between thousands.
-std::string plainAmount(std::string_view text) {
-    std::string result;
-    for (const char c : text) {
-        if (c != ',' && c != '$') result += c;
+// Amounts may carry a sign and a currency sign in front, in either order, and commas anywhere.
+// Signs alone are zero, as on the server.
+std::optional<ScaledNumber> parseAmount(std::string_view text) {
+    std::string digits;
+    bool currency = false;
+    for (;;) {
+        text = withoutLeadingBlanks(text);
+        const std::size_t size = tsql::currencySignAt(text);
+        const bool sign = !text.empty() && (text.front() == '-' || text.front() == '+');
+        if (size > 0 && !currency) {
+            currency = true;
+            text.remove_prefix(size);
+        } else if (sign && digits.empty()) {
+            digits = text.front();
+            text.remove_prefix(1);
+        } else {
+            break;
+        }
     }
-    return result;
+    std::ranges::remove_copy(text, std::back_inserter(digits), ',');
+    const bool bare = digits.find_first_not_of("+-.") == std::string::npos && digits.size() <= 2;
+    return parseScaled(bare ? digits + '0' : digits);
+}
+
+bool isSignAlone(std::string_view text) {
+    return text == "+" || text == "-";
 }
 
 std::int64_t bitFromText(const std::string& text, std::string_view word, const TypeSpec& from,
@@ -147,8 +169,8 @@ std::int64_t exactFromText(const std::string& text, const TypeSpec& from, const 
     if (to.type == SqlType::Bit) return bitFromText(text, trimmed, from, to);
     // An empty text is zero, but no decimal.
     if (trimmed.empty() && !tsql::isDecimal(to.type)) return 0;
-    const auto number =
-        parseScaled(tsql::isMoney(to.type) ? plainAmount(trimmed) : std::string(trimmed));
+    if (tsql::isInteger(to.type) && isSignAlone(trimmed)) return 0;
+    const auto number = tsql::isMoney(to.type) ? parseAmount(trimmed) : parseScaled(trimmed);
     if (!number || (tsql::isInteger(to.type) && trimmed.find('.') != std::string_view::npos)) {
         notANumber(text, from, to);
     }
@@ -163,7 +185,11 @@ double approximateFromText(const std::string& text, const TypeSpec& from, const 
     std::string_view trimmed = withoutBlanks(text);
     if (trimmed.empty()) return 0;
     if (trimmed.front() == '+') trimmed.remove_prefix(1);
-    const auto number = plain::readReal(trimmed);
+    std::string digits(trimmed);
+    // "1d5" is a number, too: scripts of other languages write doubles so.
+    std::ranges::replace_if(
+        digits, [](char c) { return c == 'd' || c == 'D'; }, 'e');
+    const auto number = plain::readReal(digits);
     if (!number) notANumber(text, from, to);
     if (!number->inRange) overflow("expression", tsql::typeName(to.type));
     return fitApproximate(number->value, to);
