@@ -3,6 +3,7 @@
 
 #include <kaputil/frame/plain_text.hpp>
 
+#include "ado/embedded/functions/dates.hpp"
 #include "ado/embedded/functions/exact.hpp"
 #include "ado/embedded/functions/text_units.hpp"
 #include "ado/embedded/translate/binder.hpp"
@@ -227,23 +228,17 @@ Typed Binder::node(const Predicate& /*node*/, int line, Scope& /*scope*/) {
 }
 
 Typed Binder::node(const tsql::CastExpression& node, int line, Scope& scope) {
-    Typed operand = value(*node.value, scope);
-    // Tried when the statement runs, also for a constant.
-    if (node.tries) operand.constant.reset();
-    int style = 0;
-    if (node.style) {
-        const Typed bound = convertTo(value(*node.style, scope), {SqlType::Int}, line);
-        if (!bound.constant && !bound.nullLiteral)
-            throw tsql::unsupported("CONVERT with a computed style", line);
-        if (bound.nullLiteral) return castTo(Typed::null(), node.type, 0, line);
-        style = static_cast<int>(std::get<std::int64_t>(*bound.constant));
+    const Typed operand = value(*node.value, scope);
+    Typed style = Typed::literal(std::int64_t{kDefaultDateStyle}, {SqlType::Int});
+    if (node.style) style = convertTo(value(*node.style, scope), {SqlType::Int}, line);
+    if (!node.tries && style.constant) {
+        return castTo(operand, node.type, static_cast<int>(std::get<std::int64_t>(*style.constant)),
+                      line);
     }
-    Typed result = castTo(operand, node.type, style, line);
-    constexpr std::string_view kConvert = "kap_convert(";
-    if (node.tries && result.sql.starts_with(kConvert)) {
-        result.sql.replace(0, kConvert.size(), "kap_try_convert(");
-        result.nullable = true;
-    }
+    // What is tried is tried when the statement runs, also a constant.
+    Typed result = castCall(node.tries ? "kap_try_convert" : "kap_convert", operand, node.type,
+                            style.sql, line);
+    result.nullable = true;
     return result;
 }
 
@@ -315,6 +310,14 @@ Typed Binder::convertTo(const Typed& value, const TypeSpec& type, int line) cons
 }
 
 Typed Binder::castTo(const Typed& value, const TypeSpec& type, int style, int line) const {
+    const bool allowed =
+        conversionRule(value.type.type, type.type) != ConversionRule::Never || value.nullLiteral;
+    if (value.constant && allowed) return folded(value, type, Overlength::Cut, style, line);
+    return castCall("kap_convert", value, type, tsql::integerText(style), line);
+}
+
+Typed Binder::castCall(const char* function, const Typed& value, const TypeSpec& type,
+                       const std::string& style, int line) const {
     if (value.nullLiteral) return Typed::expression("NULL", type, true);
     if (conversionRule(value.type.type, type.type) == ConversionRule::Never) {
         throw ServerError(529,
@@ -323,14 +326,13 @@ Typed Binder::castTo(const Typed& value, const TypeSpec& type, int style, int li
                               " is not allowed.",
                           line);
     }
-    if (value.constant) return folded(value, type, Overlength::Cut, style, line);
     if (!needsConversion(value.type, type)) {
         // The type was asked for, so the result is an expression of it and no longer the column.
         return Typed::expression(value.sql, type, value.nullable);
     }
-    return Typed::expression(callText("kap_convert", value.sql, typeArgument(value.type),
-                                      typeArgument(type), tsql::integerText(style)),
-                             type, value.nullable);
+    return Typed::expression(
+        callText(function, value.sql, typeArgument(value.type), typeArgument(type), style), type,
+        value.nullable);
 }
 
 std::string Binder::stored(const Typed& value, const TypeSpec& type, int line) const {

@@ -82,6 +82,11 @@ public:
     /// CAST and CONVERT. Error 529.
     [[nodiscard]] Typed castTo(const Typed& value, const tsql::TypeSpec& type, int style,
                                int line) const;
+    /// The same as a call of `function`, kap_convert or kap_try_convert, when the statement runs;
+    /// the style is SQL.
+    [[nodiscard]] Typed castCall(const char* function, const Typed& value,
+                                 const tsql::TypeSpec& type, const std::string& style,
+                                 int line) const;
     /// A value on its way into a column of that type.
     [[nodiscard]] std::string stored(const Typed& value, const tsql::TypeSpec& type,
                                      int line) const;
