@@ -166,7 +166,11 @@ std::int64_t ScriptRunner::fetchTarget(Frame& frame, Instruction& instruction,
     std::int64_t distance = 0;
     if (node.distance) {
         const Value value = evaluate(frame, instruction, 0, *node.distance, {SqlType::BigInt});
-        if (const auto* whole = std::get_if<std::int64_t>(&value)) distance = *whole;
+        // Beyond all rows it is the same how far.
+        constexpr std::int64_t kFarthest = std::int64_t{1} << 60;
+        if (const auto* whole = std::get_if<std::int64_t>(&value)) {
+            distance = std::clamp(*whole, -kFarthest, kFarthest);
+        }
     }
     switch (node.direction) {
         case Direction::Next:

@@ -1,5 +1,6 @@
 #include <algorithm>
 
+#include "ado/embedded/functions/convert_families.hpp"
 #include "ado/embedded/functions/exact.hpp"
 #include "ado/embedded/translate/binder.hpp"
 #include "ado/embedded/translate/type_rules.hpp"
@@ -136,9 +137,11 @@ Typed Binder::negated(const Typed& operand, int line) const {
     if (!tsql::isExact(type.type) || type.type == SqlType::Bit) invalidOperand("minus", type, line);
     if (type.type == SqlType::TinyInt) type = {SqlType::SmallInt};
     if (operand.constant) {
-        const std::int64_t value = -std::get<std::int64_t>(*operand.constant);
+        const auto value = narrow(-Wide{std::get<std::int64_t>(*operand.constant)});
         try {
-            return Typed::literal(fitExact(value, storedScale(type), type, "expression"), type);
+            // The lowest bigint has no counterpart.
+            if (!value) overflow("expression", messageName(type));
+            return Typed::literal(fitExact(*value, storedScale(type), type, "expression"), type);
         } catch (const ServerError& error) {
             throw error.at(line);
         }
