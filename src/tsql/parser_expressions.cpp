@@ -202,8 +202,10 @@ ExpressionPtr Parser::wordExpression() {
     if (atKeyword("TRY_CAST") && atOperator("(", 1)) return tried(castCall());
     if (atKeyword("TRY_CONVERT") && atOperator("(", 1)) return tried(convertCall());
     if (atKeyword("IDENTITY") && atOperator("(", 1)) return identityCall();
+    if ((atKeyword("PARSE") || atKeyword("TRY_PARSE")) && atOperator("(", 1)) return parseCall();
     if (atKeyword("IIF") && atOperator("(", 1)) return iifCall();
     if (atKeyword("CHOOSE") && atOperator("(", 1)) return chooseCall();
+    if (atKeyword("NEXT") && atKeyword("VALUE", 1)) refuse("NEXT VALUE FOR");
     if (atKeyword("IDENTITYCOL")) {
         const int line = next().line;
         return make(ColumnReference{{{"$IDENTITY"}, line}}, line);
@@ -354,16 +356,35 @@ ExpressionPtr Parser::chooseCall() {
     return make(std::move(result), line, below);
 }
 
+// A type as an argument: a NULL of it.
+ExpressionPtr Parser::typeAsValue(int line) {
+    CastExpression typed;
+    typed.value = make(Literal{LiteralKind::Null, ""}, line);
+    typed.type = type("", 0);
+    const int depth = typed.value->depth;
+    return make(std::move(typed), line, depth);
+}
+
+// PARSE(text AS type USING culture), TRY_PARSE alike.
+ExpressionPtr Parser::parseCall() {
+    const int line = peek().line;
+    FunctionCall result{ObjectName{{next().text}, line}, {}};
+    expectOperator("(");
+    result.arguments.push_back(value());
+    expectKeyword("AS");
+    result.arguments.push_back(typeAsValue(line));
+    if (acceptKeyword("USING")) result.arguments.push_back(value());
+    expectOperator(")");
+    const int below = deepest(result.arguments);
+    return make(std::move(result), line, below);
+}
+
 // IDENTITY(type, seed, increment) in SELECT ... INTO: the type stands as a NULL of it.
 ExpressionPtr Parser::identityCall() {
     const int line = peek().line;
     FunctionCall result{ObjectName{{next().text}, line}, {}};
     expectOperator("(");
-    CastExpression typed;
-    typed.value = make(Literal{LiteralKind::Null, ""}, line);
-    typed.type = type("", 0);
-    const int depth = typed.value->depth;
-    result.arguments.push_back(make(std::move(typed), line, depth));
+    result.arguments.push_back(typeAsValue(line));
     if (acceptOperator(",")) {
         result.arguments.push_back(signedValue(Place::Value));
         expectOperator(",");

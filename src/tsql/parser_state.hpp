@@ -120,6 +120,8 @@ private:
     ExpressionPtr call(ObjectName name);
     void collation();
     ExpressionPtr caseExpression();
+    ExpressionPtr typeAsValue(int line);
+    ExpressionPtr parseCall();
     ExpressionPtr identityCall();
     ExpressionPtr castCall();
     static ExpressionPtr tried(ExpressionPtr cast);

@@ -86,6 +86,42 @@ void finishSum(sqlite3_context* context) {
     }
 }
 
+// kap_checksum_agg(number): the numbers of a group in any order give the same.
+struct ChecksumState {
+    std::int64_t value;
+    std::int64_t count;
+};
+
+void changeChecksum(sqlite3_context* context, sqlite3_value* value, int count) {
+    if (sqlite3_value_type(value) == SQLITE_NULL) return;
+    auto* state =
+        static_cast<ChecksumState*>(sqlite3_aggregate_context(context, sizeof(ChecksumState)));
+    if (state == nullptr) {
+        sqlite3_result_error_nomem(context);
+        return;
+    }
+    state->value ^= sqlite3_value_int64(value);
+    state->count += count;
+}
+
+void stepChecksum(sqlite3_context* context, int /*count*/, sqlite3_value** values) {
+    changeChecksum(context, values[0], 1);
+}
+
+// A value leaves the window.
+void leaveChecksum(sqlite3_context* context, int /*count*/, sqlite3_value** values) {
+    changeChecksum(context, values[0], -1);
+}
+
+void tellChecksum(sqlite3_context* context) {
+    const auto* state = static_cast<const ChecksumState*>(sqlite3_aggregate_context(context, 0));
+    if (state == nullptr || state->count == 0) {
+        sqlite3_result_null(context);
+    } else {
+        sqlite3_result_int64(context, state->value);
+    }
+}
+
 // kap_single(value): the value of the only row of a subquery that stands for one value.
 struct SingleState {
     sqlite3_value* value;
@@ -214,6 +250,10 @@ void registerAggregateFunctions(Registrar& registrar) {
                                                        leaveSpread, nullptr),
                         kind.name);
     }
+    checkRegistered(sqlite3_create_window_function(registrar.connection(), "kap_checksum_agg", 1,
+                                                   kFlags, nullptr, stepChecksum, tellChecksum,
+                                                   tellChecksum, leaveChecksum, nullptr),
+                    "kap_checksum_agg");
     checkRegistered(
         sqlite3_create_function_v2(registrar.connection(), "kap_single", 1, kFlags,
                                    &registrar.slot(), nullptr, stepSingle, finishSingle, nullptr),

@@ -64,6 +64,23 @@ void checkWholeRange(double value, double whole, const TypeSpec& to) {
     }
 }
 
+// Doubles are exact whole numbers up to here: beyond, scaling one would change its last digits.
+constexpr double kExactBelow = 9007199254740992.0;
+
+// A double as a decimal of more digits than it has: those seventeen that tell it from all others,
+// and zeros behind them.
+Value fitDigits(double value, const TypeSpec& to) {
+    constexpr int kDecimals = 16;  // behind the first digit
+    const std::string text = plain::scientific(value, kDecimals);
+    const std::size_t mark = text.find('e');
+    const auto digits = parseScaled(std::string_view(text).substr(0, mark));
+    std::size_t exponent = mark + 1;
+    if (text[exponent] == '+') ++exponent;
+    const int power = plain::readInt(std::string_view(text).substr(exponent)).value();
+    return fitWide(digits.value().value, digits.value().scale - power, to, Rounding::HalfAway,
+                   "float");
+}
+
 Value fromApproximate(double value, const TypeSpec& from, const TypeSpec& to, Overlength overlength,
                       int style) {
     if (tsql::isExact(to.type)) {
@@ -76,6 +93,9 @@ Value fromApproximate(double value, const TypeSpec& from, const TypeSpec& to, Ov
         constexpr double kLimit = 9223372036854775808.0;
         if (!(whole >= -kLimit && whole < kLimit)) {
             overflow(tsql::isInteger(to.type) ? "expression" : "float", messageName(to));
+        }
+        if (tsql::isDecimal(to.type) && std::abs(whole) > kExactBelow) {
+            return fitDigits(value, to);
         }
         return fitWide(static_cast<std::int64_t>(whole), scale, to, Rounding::Truncate,
                        tsql::isDecimal(to.type) ? "float" : "expression");

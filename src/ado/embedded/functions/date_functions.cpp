@@ -8,6 +8,7 @@
 #include "ado/embedded/functions/dates.hpp"
 #include "ado/embedded/functions/exact.hpp"
 #include "ado/embedded/functions/function_support.hpp"
+#include "frame/convert/calendar.hpp"
 #include "tsql/server_error.hpp"
 #include "tsql/text.hpp"
 
@@ -29,26 +30,36 @@ Value universalNow(const Arguments& /*arguments*/) {
 
 // kap_eomonth(date, months)
 Value endOfMonth(const Arguments& arguments) {
-    const auto next = movedBy(DatePart::Month, arguments.integer(1) + 1, arguments.real(0));
-    if (!next) {
+    const auto moved = movedBy(DatePart::Month, arguments.integer(1), arguments.real(0));
+    if (!moved) {
         throw tsql::ServerError(517, "Adding a value to a 'date' column caused an overflow.");
     }
-    DateParts parts = partsOf(*next);
-    parts = {parts.year, parts.month, 1, 0, 0, 0, 0};
-    return *instantOf(parts) - 1;
+    const DateParts parts = partsOf(*moved);
+    const int last = convert::daysInMonth(parts.year, parts.month);
+    return instantOf({parts.year, parts.month, last, 0, 0, 0, 0}).value();
 }
 
-// kap_datefromparts(year, month, day)
-Value dateFromParts(const Arguments& arguments) {
-    const DateParts parts{arguments.small(0), arguments.small(1), arguments.small(2), 0, 0, 0, 0};
-    const auto instant = instantOf(parts);
-    if (!instant || !inRange(*instant, tsql::SqlType::Date)) {
-        throw tsql::ServerError(
-            289,
-            "Cannot construct data type date, some of the arguments have values which are not "
-            "valid.");
+// kap_fromparts(type, year, month, day, hour, minute, second, milliseconds), as many of them as the
+// type has.
+Value fromParts(const Arguments& arguments) {
+    constexpr int kThousand = 1000;
+    const tsql::SqlType type = arguments.type(0).type;
+    const auto part = [&](int index) {
+        return index < arguments.count() ? arguments.small(index) : 0;
+    };
+    const int milliseconds = part(7);
+    // A fraction that rounds up to the whole second carries over through the instant.
+    const int tick =
+        milliseconds >= 0 && milliseconds < kThousand ? (milliseconds * 3 + 5) / 10 : 0;
+    const auto instant = instantOf({part(1), part(2), part(3), part(4), part(5), part(6), tick});
+    const bool valid = milliseconds >= 0 && milliseconds < kThousand && instant;
+    if (!valid || !inRange(*instant, type)) {
+        throw tsql::ServerError(289, std::string("Cannot construct data type ") +
+                                         tsql::typeName(type) +
+                                         ", some of the arguments have values which are not "
+                                         "valid.");
     }
-    return *instant;
+    return roundedTo(*instant, type);
 }
 
 Value datePart(const Arguments& arguments) {
@@ -119,7 +130,7 @@ void registerDateFunctions(Registrar& registrar) {
     registrar.scalar("kap_now", 0, now);
     registrar.scalar("kap_utcnow", 0, universalNow);
     registrar.scalar("kap_eomonth", 2, endOfMonth);
-    registrar.scalar("kap_datefromparts", 3, dateFromParts);
+    registrar.scalar("kap_fromparts", -1, fromParts);
     registrar.scalar("kap_datepart", 2, datePart);
     registrar.scalar("kap_datename", 2, dateName);
     registrar.scalar("kap_dateadd", 4, dateAdd);

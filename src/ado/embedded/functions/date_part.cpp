@@ -68,6 +68,16 @@ std::int64_t floorTicks(double stored, std::int64_t ticksEach) {
     return ticks % ticksEach < 0 ? quotient - 1 : quotient;
 }
 
+std::int64_t millisecondsBetween(double from, double to) {
+    return (ticksOf(to) - ticksOf(from)) * 10 / 3;
+}
+
+// Kept within 64 bits; a count as large as that is none that anybody is told.
+std::int64_t finer(std::int64_t milliseconds, std::int64_t each) {
+    constexpr std::int64_t kMost = 1000000000000;
+    return std::clamp(milliseconds, -kMost, kMost) * each;
+}
+
 constexpr std::int64_t kTicksPerMinute = 60 * kTicksPerSecond;
 constexpr std::int64_t kTicksPerHour = 60 * kTicksPerMinute;
 
@@ -79,23 +89,46 @@ std::optional<DatePart> datePartNamed(std::string_view name) {
         DatePart part;
     };
     static constexpr Entry kNames[] = {
-        {"year", DatePart::Year},       {"yy", DatePart::Year},
-        {"yyyy", DatePart::Year},       {"quarter", DatePart::Quarter},
-        {"qq", DatePart::Quarter},      {"q", DatePart::Quarter},
-        {"month", DatePart::Month},     {"mm", DatePart::Month},
-        {"m", DatePart::Month},         {"dayofyear", DatePart::DayOfYear},
-        {"dy", DatePart::DayOfYear},    {"y", DatePart::DayOfYear},
-        {"day", DatePart::Day},         {"dd", DatePart::Day},
-        {"d", DatePart::Day},           {"week", DatePart::Week},
-        {"wk", DatePart::Week},         {"ww", DatePart::Week},
-        {"weekday", DatePart::WeekDay}, {"dw", DatePart::WeekDay},
-        {"w", DatePart::WeekDay},       {"hour", DatePart::Hour},
-        {"hh", DatePart::Hour},         {"minute", DatePart::Minute},
-        {"mi", DatePart::Minute},       {"n", DatePart::Minute},
-        {"second", DatePart::Second},   {"ss", DatePart::Second},
-        {"s", DatePart::Second},        {"millisecond", DatePart::Millisecond},
-        {"ms", DatePart::Millisecond},  {"iso_week", DatePart::IsoWeek},
-        {"isowk", DatePart::IsoWeek},   {"isoww", DatePart::IsoWeek},
+        {"year", DatePart::Year},
+        {"yy", DatePart::Year},
+        {"yyyy", DatePart::Year},
+        {"quarter", DatePart::Quarter},
+        {"qq", DatePart::Quarter},
+        {"q", DatePart::Quarter},
+        {"month", DatePart::Month},
+        {"mm", DatePart::Month},
+        {"m", DatePart::Month},
+        {"dayofyear", DatePart::DayOfYear},
+        {"dy", DatePart::DayOfYear},
+        {"y", DatePart::DayOfYear},
+        {"day", DatePart::Day},
+        {"dd", DatePart::Day},
+        {"d", DatePart::Day},
+        {"week", DatePart::Week},
+        {"wk", DatePart::Week},
+        {"ww", DatePart::Week},
+        {"weekday", DatePart::WeekDay},
+        {"dw", DatePart::WeekDay},
+        {"w", DatePart::WeekDay},
+        {"hour", DatePart::Hour},
+        {"hh", DatePart::Hour},
+        {"minute", DatePart::Minute},
+        {"mi", DatePart::Minute},
+        {"n", DatePart::Minute},
+        {"second", DatePart::Second},
+        {"ss", DatePart::Second},
+        {"s", DatePart::Second},
+        {"millisecond", DatePart::Millisecond},
+        {"ms", DatePart::Millisecond},
+        {"iso_week", DatePart::IsoWeek},
+        {"isowk", DatePart::IsoWeek},
+        {"isoww", DatePart::IsoWeek},
+        {"microsecond", DatePart::Microsecond},
+        {"mcs", DatePart::Microsecond},
+        {"nanosecond", DatePart::Nanosecond},
+        {"ns", DatePart::Nanosecond},
+        {"tzoffset", DatePart::TimeZone},
+        {"tz", DatePart::TimeZone},
     };
     const auto* found = std::find_if(std::begin(kNames), std::end(kNames), [&](const Entry& entry) {
         return tsql::equalsIgnoringCase(entry.name, name);
@@ -131,6 +164,12 @@ int partOf(DatePart part, double stored) {
             return parts.second;
         case DatePart::Millisecond:
             return millisecondsOf(parts.tick);
+        case DatePart::Microsecond:
+            return millisecondsOf(parts.tick) * 1000;
+        case DatePart::Nanosecond:
+            return millisecondsOf(parts.tick) * 1000000;
+        case DatePart::TimeZone:
+            return 0;
         case DatePart::IsoWeek: {
             // The week has the year of its Thursday.
             constexpr int kFromMondayToThursday = 3;
@@ -172,6 +211,9 @@ std::optional<double> movedBy(DatePart part, std::int64_t count, double stored) 
             return movedByTicks((tenths + (tenths >= 0 ? 5 : -5)) / 10, 1, stored);
         }
         case DatePart::IsoWeek:
+        case DatePart::Microsecond:
+        case DatePart::Nanosecond:
+        case DatePart::TimeZone:
             break;
     }
     return std::nullopt;
@@ -199,8 +241,13 @@ std::int64_t boundariesBetween(DatePart part, double from, double to) {
         case DatePart::Second:
             return floorTicks(to, kTicksPerSecond) - floorTicks(from, kTicksPerSecond);
         case DatePart::Millisecond:
-            return (ticksOf(to) - ticksOf(from)) * 10 / 3;
+            return millisecondsBetween(from, to);
+        case DatePart::Microsecond:
+            return finer(millisecondsBetween(from, to), 1000);
+        case DatePart::Nanosecond:
+            return finer(millisecondsBetween(from, to), 1000000);
         case DatePart::IsoWeek:
+        case DatePart::TimeZone:
             break;
     }
     return 0;

@@ -19,6 +19,9 @@ enum class DatePart {
     Minute,
     Second,
     Millisecond,
+    Microsecond,
+    Nanosecond,
+    TimeZone,  ///< which no type here has
     IsoWeek
 };
 
@@ -30,7 +33,8 @@ enum class DatePart {
 [[nodiscard]] int partOf(DatePart part, double stored);
 
 /// The instant so many parts later; the day of the month is kept or becomes the last. nullopt
-/// beyond year 9999.
+/// beyond year 9999, and for parts that no date can be moved by: those below the millisecond, the
+/// zone and the week of the ISO year.
 [[nodiscard]] std::optional<double> movedBy(DatePart part, std::int64_t count, double stored);
 
 /// How many boundaries of the part lie between two instants: 31 December to 1 January is one year.

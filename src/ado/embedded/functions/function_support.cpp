@@ -120,6 +120,9 @@ void registerFunctions(sqlite3* connection, ErrorSlot& slot) {
     registerNumberFunctions(registrar);
     registerMathFunctions(registrar);
     registerTextFunctions(registrar);
+    registerCharacterFunctions(registrar);
+    registerChecksumFunctions(registrar);
+    registerCultureFunctions(registrar);
     registerSoundFunctions(registrar);
     registerJoinedTexts(registrar);
     registerPatternFunctions(registrar);

@@ -20,6 +20,8 @@ public:
         return sqlite3_value_type(values_[index]) == SQLITE_NULL;
     }
     [[nodiscard]] bool anyNull() const;
+    /// SQLite's own kind of the value: SQLITE_INTEGER, SQLITE_NULL...
+    [[nodiscard]] int kind(int index) const { return sqlite3_value_type(values_[index]); }
     [[nodiscard]] std::int64_t integer(int index) const {
         return sqlite3_value_int64(values_[index]);
     }
@@ -82,6 +84,9 @@ void registerConversionFunctions(Registrar& registrar);
 void registerNumberFunctions(Registrar& registrar);
 void registerMathFunctions(Registrar& registrar);
 void registerTextFunctions(Registrar& registrar);
+void registerCharacterFunctions(Registrar& registrar);
+void registerChecksumFunctions(Registrar& registrar);
+void registerCultureFunctions(Registrar& registrar);
 void registerSoundFunctions(Registrar& registrar);
 void registerJoinedTexts(Registrar& registrar);
 void registerPatternFunctions(Registrar& registrar);

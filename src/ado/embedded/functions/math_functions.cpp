@@ -111,6 +111,16 @@ Value logarithm(const Arguments& arguments) {
     return floatResult(std::log(arguments.real(0)));
 }
 
+// kap_log(value, base)
+Value logarithmOf(const Arguments& arguments) {
+    const double base = arguments.real(1);
+    if (arguments.real(0) <= 0 || base <= 0 || base == 1) invalidOperation();
+    // The two usual bases have functions that are exact where the result is whole.
+    if (base == 2) return floatResult(std::log2(arguments.real(0)));
+    if (base == 10) return floatResult(std::log10(arguments.real(0)));
+    return floatResult(std::log(arguments.real(0)) / std::log(base));
+}
+
 Value logarithm10(const Arguments& arguments) {
     if (arguments.real(0) <= 0) invalidOperation();
     return floatResult(std::log10(arguments.real(0)));
@@ -123,6 +133,7 @@ Value ofOne(const Arguments& arguments) {
 }
 
 double cotangent(double angle) {
+    if (angle == 0) invalidOperation();
     return 1 / std::tan(angle);
 }
 
@@ -159,6 +170,7 @@ void registerMathFunctions(Registrar& registrar) {
     registrar.scalar("kap_square", 1, square);
     registrar.scalar("kap_exp", 1, exponential);
     registrar.scalar("kap_log", 1, logarithm);
+    registrar.scalar("kap_log", 2, logarithmOf);
     registrar.scalar("kap_log10", 1, logarithm10);
     registrar.scalar("kap_sin", 1, ofOne<std::sin>);
     registrar.scalar("kap_cos", 1, ofOne<std::cos>);

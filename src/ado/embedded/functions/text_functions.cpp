@@ -1,5 +1,6 @@
 #include <algorithm>
-#include <random>
+#include <cmath>
+#include <utility>
 
 #include <kaputil/frame/plain_text.hpp>
 
@@ -86,6 +87,7 @@ Value quoteName(const Arguments& arguments) {
     static constexpr std::pair<char, char> kMarks[] = {{'[', ']'}, {']', ']'}, {'(', ')'},
                                                        {')', ')'}, {'<', '>'}, {'>', '>'},
                                                        {'{', '}'}, {'}', '}'}};
+    static constexpr std::string_view kAlike = "'\"`";
     const std::string_view given = arguments.text(1);
     const char mark = given.empty() ? '[' : given.front();
     char open = mark;
@@ -95,7 +97,7 @@ Value quoteName(const Arguments& arguments) {
         close = end;
         open = end == ']' ? '[' : end == ')' ? '(' : end == '>' ? '<' : '{';
     }
-    const bool quote = mark == '\'' || mark == '"' || open != close;
+    const bool quote = open != close || kAlike.find(mark) != std::string_view::npos;
     constexpr std::size_t kLongest = 128;
     if (!quote || unitLength(arguments.text(0)) > kLongest) return {};
     std::string text(1, open);
@@ -115,7 +117,13 @@ Value right(const Arguments& arguments) {
     return std::string(text.substr(unitOffset(text, units - wanted)));
 }
 
-// kap_replace(text, what, by): what is found ignoring case.
+// A text cut to a limit of units; 0 is none.
+std::string cutTo(std::string text, std::int64_t limit) {
+    if (limit > 0) text.resize(unitOffset(text, size(limit)));
+    return text;
+}
+
+// kap_replace(text, what, by, limit): what is found ignoring case.
 Value replace(const Arguments& arguments) {
     const std::u16string text = toUnits(arguments.text(0));
     const std::u16string folded = foldedUnits(arguments.text(0));
@@ -129,7 +137,7 @@ Value replace(const Arguments& arguments) {
         result.append(text, from, at - from).append(by);
         from = at + what.size();
     }
-    return fromUnits(result.append(text, from));
+    return cutTo(fromUnits(result.append(text, from)), arguments.integer(3));
 }
 
 // kap_charindex(what, text, start)
@@ -142,7 +150,8 @@ Value charIndex(const Arguments& arguments) {
     return found == std::u16string::npos ? std::int64_t{0} : static_cast<std::int64_t>(found) + 1;
 }
 
-// kap_stuff(text, start, count, by): NULL for a start outside the text, as the server answers.
+// kap_stuff(text, start, count, by, limit): NULL for a start outside the text, as the server
+// answers.
 Value stuff(const Arguments& arguments) {
     const std::string_view text = arguments.text(0);
     const std::int64_t start = arguments.integer(1);
@@ -150,9 +159,14 @@ Value stuff(const Arguments& arguments) {
     if (start < 1 || count < 0 || start > static_cast<std::int64_t>(unitLength(text))) return {};
     const std::size_t from = unitOffset(text, static_cast<std::size_t>(start - 1));
     const std::string_view rest = text.substr(from);
-    return std::string(text.substr(0, from)) +
-           std::string(arguments.isNull(3) ? "" : arguments.text(3)) +
-           std::string(rest.substr(unitOffset(rest, size(count))));
+    std::string result(text.substr(0, from));
+    if (!arguments.isNull(3)) result += arguments.text(3);
+    result += rest.substr(unitOffset(rest, size(count)));
+    const std::size_t limit = size(arguments.integer(4));
+    if (limit > 0 && result.size() > limit && unitLength(result) > limit) {
+        throw tsql::ServerError(8152, "String or binary data would be truncated.");
+    }
+    return result;
 }
 
 Value stuffFunction(const Arguments& arguments) {
@@ -172,24 +186,43 @@ Value reverse(const Arguments& arguments) {
     return fromUnits(units);
 }
 
-// kap_replicate(text, times)
+// kap_replicate(text, times, limit): cut at the limit of units; 0 is none.
 Value replicate(const Arguments& arguments) {
+    constexpr std::int64_t kMostBytes = 1'000'000'000;  // that the database keeps in a value
     const std::int64_t times = arguments.integer(1);
+    const std::int64_t limit = arguments.integer(2);
     if (times < 0) return {};
     const std::string_view text = arguments.text(0);
-    const auto units = static_cast<std::int64_t>(unitLength(text));
-    if (units == 0) return std::string();
+    if (text.empty()) return std::string();
+    const auto bytes = static_cast<std::int64_t>(text.size());
+    const std::int64_t most = limit > 0 ? limit / static_cast<std::int64_t>(unitLength(text)) + 1
+                                        : kMostBytes / bytes + 1;
+    const std::int64_t needed = std::min(times, most);
+    if (needed > kMostBytes / bytes) {
+        throw tsql::ServerError(
+            7119, "Attempting to grow LOB beyond maximum allowed size of 2147483647 bytes.");
+    }
     std::string result;
-    const std::int64_t needed = std::min(times, kMaxTextUnits / units + 1);
+    result.reserve(size(needed * bytes));
     for (std::int64_t i = 0; i < needed; ++i)
         result += text;
-    return std::string(unitSlice(result, 0, static_cast<std::size_t>(kMaxTextUnits)));
+    return cutTo(std::move(result), limit);
 }
 
 Value space(const Arguments& arguments) {
     const std::int64_t count = arguments.integer(0);
     if (count < 0) return {};
     return std::string(size(std::min(count, kMaxTextUnits)), ' ');
+}
+
+// A number with so many decimals. A tie goes away from zero, as people round, also where the
+// number's binary form lies exactly between two texts.
+std::string roundedText(double number, int decimals) {
+    constexpr int kMoreDigits = 20;  // than a binary form that is no tie can hide
+    const std::string exact = plain::fixed(number, decimals + kMoreDigits);
+    const std::string_view cut = std::string_view(exact).substr(exact.size() - kMoreDigits);
+    const bool tie = cut.front() == '5' && cut.find_first_not_of('0', 1) == std::string_view::npos;
+    return plain::fixed(tie ? std::nextafter(number, number * 2) : number, decimals);
 }
 
 // kap_str(number, width, decimals): right-aligned, stars when the whole part does not fit.
@@ -199,50 +232,15 @@ Value str(const Arguments& arguments) {
     const std::int64_t decimals = std::clamp<std::int64_t>(arguments.integer(2), 0, kMostDecimals);
     if (width < 1 || width > kMaxTextUnits) return {};
     const double number = arguments.real(0);
-    std::string text = plain::fixed(number, static_cast<int>(decimals));
+    std::string text = roundedText(number, static_cast<int>(decimals));
     if (text.size() > size(width) && decimals > 0) {
         // Decimals give way to the whole part.
         const std::size_t whole = text.find('.');
         const std::size_t room = size(width) > whole + 1 ? size(width) - whole - 1 : 0;
-        text = plain::fixed(number, static_cast<int>(room));
+        text = roundedText(number, static_cast<int>(room));
     }
     if (text.size() > size(width)) return std::string(size(width), '*');
     return std::string(size(width) - text.size(), ' ') + text;
-}
-
-// kap_char(code): a character of the Western code page's first 256.
-Value charFunction(const Arguments& arguments) {
-    const std::int64_t code = arguments.integer(0);
-    if (code < 0 || code > 0xFF) return {};
-    return fromUnits(std::u16string(1, static_cast<char16_t>(code)));
-}
-
-Value ncharFunction(const Arguments& arguments) {
-    const std::int64_t code = arguments.integer(0);
-    if (code < 0 || code > 0xFFFF) return {};
-    return fromUnits(std::u16string(1, static_cast<char16_t>(code)));
-}
-
-// kap_unit(text): the code of the first character, NULL for an empty text.
-Value firstUnit(const Arguments& arguments) {
-    const std::u16string units = toUnits(arguments.text(0));
-    if (units.empty()) return {};
-    return static_cast<std::int64_t>(units.front());
-}
-
-Value newIdentifier(const Arguments& /*arguments*/) {
-    static constexpr std::string_view kDigits = "0123456789ABCDEF";
-    thread_local std::random_device source;
-    std::string result;
-    for (std::size_t i = 0; i < 32; ++i) {
-        if (i == 8 || i == 12 || i == 16 || i == 20) result += '-';
-        std::uint32_t digit = source() & 0xFU;
-        // The two fixed places say that the identifier is a random one.
-        if (i == 12) digit = 4;
-        if (i == 16) digit = (digit & 0x3U) | 0x8U;
-        result += kDigits[digit];
-    }
-    return result;
 }
 
 }  // namespace
@@ -259,17 +257,13 @@ void registerTextFunctions(Registrar& registrar) {
     registrar.scalar("kap_left", 2, left);
     registrar.scalar("kap_right", 2, right);
     registrar.scalar("kap_quotename", 2, quoteName);
-    registrar.scalar("kap_replace", 3, replace);
+    registrar.scalar("kap_replace", 4, replace);
     registrar.scalar("kap_charindex", 3, charIndex);
-    registrar.scalar("kap_stuff", 4, stuffFunction, OnNull::Call);
+    registrar.scalar("kap_stuff", 5, stuffFunction, OnNull::Call);
     registrar.scalar("kap_reverse", 1, reverse);
-    registrar.scalar("kap_replicate", 2, replicate);
+    registrar.scalar("kap_replicate", 3, replicate);
     registrar.scalar("kap_space", 1, space);
     registrar.scalar("kap_str", 3, str);
-    registrar.scalar("kap_char", 1, charFunction);
-    registrar.scalar("kap_nchar", 1, ncharFunction);
-    registrar.scalar("kap_unit", 1, firstUnit);
-    registrar.scalar("kap_newid", 0, newIdentifier, OnNull::Call, Stability::PerCall);
 }
 
 }  // namespace kap::ado::embedded

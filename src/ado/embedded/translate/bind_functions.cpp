@@ -2,6 +2,7 @@
 
 #include "ado/embedded/translate/binder.hpp"
 #include "ado/embedded/translate/function_table.hpp"
+#include "ado/embedded/translate/server_functions.hpp"
 #include "ado/embedded/translate/system_values.hpp"
 #include "ado/embedded/translate/type_rules.hpp"
 #include "tsql/server_error.hpp"
@@ -21,6 +22,9 @@ void checkArgumentCount(const ScalarFunction& function, const FunctionCall& call
     if (!call.star && count >= function.fewest && (function.most < 0 || count <= function.most))
         return;
     const std::string name(function.name);
+    if (call.star && name.ends_with("checksum")) {
+        throw tsql::unsupported(tsql::asciiUpper(name) + "(*)", line);
+    }
     if (function.fewest == function.most) {
         throw ServerError(174,
                           "The " + name + " function requires " +
@@ -66,6 +70,10 @@ void checkArgumentCount(const ScalarFunction& function, const FunctionCall& call
     }
 }
 
+void refuseServerFunction(const std::string& name, int line) {
+    if (isServerFunction(name)) throw tsql::unsupported(tsql::asciiUpper(name), line);
+}
+
 std::string aggregateCall(const char* function, const std::string& argument, bool distinct) {
     return std::string(function) + "(" + (distinct ? "DISTINCT " : "") + argument + ")";
 }
@@ -108,6 +116,7 @@ Typed Binder::node(const FunctionCall& node, int line, Scope& scope) {
     if (function == nullptr) {
         if (auto grouping = groupingCall(node, line, scope)) return std::move(*grouping);
         refuseWithoutWindow(node, line);
+        refuseServerFunction(node.name.last(), line);
         throw ServerError(195,
                           "'" + node.name.last() + "' is not a recognized built-in function name.",
                           line, 15);
@@ -167,8 +176,8 @@ Typed Binder::defaultArgument(const Function& function, std::size_t parameter, i
 }
 
 bool isAggregateName(const tsql::ObjectName& name) {
-    static constexpr const char* kNames[] = {"COUNT", "COUNT_BIG", "SUM",       "AVG",
-                                             "MIN",   "MAX",       "STRING_AGG"};
+    static constexpr const char* kNames[] = {"COUNT", "COUNT_BIG", "SUM",        "AVG",
+                                             "MIN",   "MAX",       "STRING_AGG", "CHECKSUM_AGG"};
     return name.parts.size() == 1 &&
            (isStatisticsName(tsql::asciiLower(name.last())) ||
             std::any_of(std::begin(kNames), std::end(kNames), [&](const char* known) {
@@ -209,6 +218,12 @@ Typed Binder::aggregate(const FunctionCall& call, int line, Scope& scope) {
                           line);
     }
     if (name == "sum") return total(argument, call.distinct, "sum", line);
+    if (name == "checksum_agg") {
+        return Typed::expression(
+            aggregateCall("kap_checksum_agg", convertTo(argument, {SqlType::Int}, line).sql,
+                          call.distinct),
+            {SqlType::Int}, true);
+    }
     if (name == "avg") return average(argument, call.distinct, line);
     if (isStatisticsName(name)) return statistics(name, argument, call.distinct, line);
     const SqlType type = argument.type.type;

@@ -50,6 +50,12 @@ constexpr std::array kVariables = std::to_array<SystemVariable>({
     {"@@language", SystemValue::Language, kNameType},
 });
 
+// What the server has besides: it tells of a server's work and of nothing that a file has.
+constexpr std::array kRefusedVariables = std::to_array<std::string_view>(
+    {"@@connections", "@@cpu_busy", "@@idle", "@@io_busy", "@@langid", "@@max_connections",
+     "@@microsoftversion", "@@pack_received", "@@pack_sent", "@@packet_errors", "@@remserver",
+     "@@textsize", "@@timeticks", "@@total_errors", "@@total_read", "@@total_write"});
+
 // How an argument goes to the session.
 enum class Takes { Nothing, Text, Number, TwoTexts, NumberText, NumberNumber };
 
@@ -84,6 +90,8 @@ constexpr std::array kSystemFunctions = std::to_array<SystemFunction>({
     {"error_line", 0, 0, Takes::Nothing, SystemValue::ErrorLine, kWholeNumber},
     {"error_procedure", 0, 0, Takes::Nothing, SystemValue::ErrorProcedure, kNameType},
     {"xact_state", 0, 0, Takes::Nothing, SystemValue::TransactionState, {SqlType::SmallInt}},
+    {"rowcount_big", 0, 0, Takes::Nothing, SystemValue::RowCount, {SqlType::BigInt}},
+    {"original_db_name", 0, 0, Takes::Nothing, SystemValue::DatabaseNameOf, kNameType},
     {"db_name", 0, 1, Takes::Number, SystemValue::DatabaseNameOf, kNameType},
     {"user_name", 0, 1, Takes::Number, SystemValue::UserName, kNameType},
     {"schema_name", 0, 1, Takes::Number, SystemValue::UserName, kNameType},
@@ -126,10 +134,16 @@ const char* Binder::systemCall() const {
 
 Typed systemVariable(std::string_view name, const char* function, int line) {
     const std::string lower = tsql::asciiLower(name);
+    if (lower == "@@max_precision") {
+        return Typed::literal(std::int64_t{kIdentityPrecision}, {SqlType::TinyInt});
+    }
     const auto* const found =
         std::find_if(kVariables.begin(), kVariables.end(),
                      [&](const SystemVariable& each) { return each.name == lower; });
     if (found == kVariables.end()) {
+        if (std::ranges::find(kRefusedVariables, lower) != kRefusedVariables.end()) {
+            throw tsql::unsupported(std::string(name), line);
+        }
         throw ServerError(137, "Must declare the scalar variable \"" + std::string(name) + "\".",
                           line, 15);
     }

@@ -2,6 +2,7 @@
 #include <array>
 
 #include "ado/embedded/translate/binder.hpp"
+#include "ado/embedded/translate/server_functions.hpp"
 #include "ado/embedded/translate/type_rules.hpp"
 #include "tsql/server_error.hpp"
 #include "tsql/text.hpp"
@@ -40,7 +41,8 @@ void refuseFrame(const FunctionCall& call, const std::string& name, int line) {
 void refuseWithoutWindow(const FunctionCall& call, int line) {
     const std::string name = tsql::asciiLower(call.name.last());
     const bool windowed = std::ranges::find(kRankings, name) != kRankings.end() ||
-                          isOneOf(name, {"ntile", "first_value", "last_value", "lag", "lead"});
+                          isOneOf(name, {"ntile", "first_value", "last_value", "lag", "lead",
+                                         "cume_dist", "percent_rank"});
     if (!windowed) return;
     throw ServerError(10753, "The function '" + name + "' must have an OVER clause.", line, 15);
 }
@@ -106,7 +108,12 @@ Typed Binder::windowed(const FunctionCall& call, int line, Scope& scope) {
     }
     const bool offset =
         isOneOf(name, {"lag", "lead"}) && !arguments.empty() && arguments.size() <= 3;
+    if (isOneOf(name, {"cume_dist", "percent_rank"}) && arguments.empty()) {
+        requireOrder(call, name, line);
+        return Typed::expression(name + "()" + over, {SqlType::Float}, false);
+    }
     if (!offset) {
+        if (isServerFunction(name)) throw tsql::unsupported(tsql::asciiUpper(name), line);
         throw ServerError(195, "'" + call.name.last() + "' is not a recognized function name.",
                           line, 15);
     }
@@ -139,6 +146,11 @@ Typed Binder::windowAggregate(const FunctionCall& call, const std::string& over,
     }
     if (name == "min" || name == "max") {
         return Typed::expression(name + "(" + collated(argument) + ")" + over, argument.type, true);
+    }
+    if (name == "checksum_agg") {
+        const Typed number = convertTo(argument, {SqlType::Int}, line);
+        return Typed::expression(callText("kap_checksum_agg", number.sql) + over, {SqlType::Int},
+                                 true);
     }
     if (isStatisticsName(name)) {
         Typed result = statistics(name, argument, false, line);

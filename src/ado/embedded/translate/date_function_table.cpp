@@ -15,7 +15,21 @@ std::string partCode(DatePart part) {
     return tsql::integerText(static_cast<int>(part));
 }
 
-std::string namedPart(const ScalarCall& call) {
+bool isTimeOfDay(DatePart part) {
+    return part >= DatePart::Hour && part <= DatePart::Nanosecond;
+}
+
+// Whether a function works with a part of this type. Differences are counted in any part that a
+// date has, also one that its type leaves out.
+bool isSupported(DatePart part, tsql::SqlType type, std::string_view function) {
+    if (part == DatePart::TimeZone) return false;
+    if (function == "datediff") return part != DatePart::IsoWeek;
+    if (type == SqlType::Date && isTimeOfDay(part)) return false;
+    const bool fine = part == DatePart::Microsecond || part == DatePart::Nanosecond;
+    return function != "dateadd" || !(fine || part == DatePart::IsoWeek);
+}
+
+std::string namedPart(const ScalarCall& call, tsql::SqlType type) {
     const std::string_view word = call.word(0);
     const auto part = datePartNamed(word);
     if (!part) {
@@ -23,12 +37,11 @@ std::string namedPart(const ScalarCall& call) {
             155, "'" + std::string(word) + "' is not a recognized " + call.name() + " option.",
             call.line, 15);
     }
-    const bool counts = call.name() == "dateadd" || call.name() == "datediff";
-    if (counts && *part == DatePart::IsoWeek) {
+    if (!isSupported(*part, type, call.name())) {
         throw tsql::ServerError(9810,
                                 "The datepart " + std::string(word) +
                                     " is not supported by date function " + call.name() +
-                                    " for data type datetime.",
+                                    " for data type " + tsql::typeName(type) + ".",
                                 call.line);
     }
     return partCode(*part);
@@ -53,28 +66,29 @@ Typed day(ScalarCall& call) {
 // The arguments that are bound start behind the word.
 Typed datePart(ScalarCall& call) {
     const Typed date = call.instant(0);
-    return Typed::expression(callText("kap_datepart", namedPart(call), date.sql), {SqlType::Int},
-                             date.nullable);
+    return Typed::expression(callText("kap_datepart", namedPart(call, date.type.type), date.sql),
+                             {SqlType::Int}, date.nullable);
 }
 
 Typed dateName(ScalarCall& call) {
     const Typed date = call.instant(0);
     constexpr int kNameLength = 30;
-    return Typed::expression(callText("kap_datename", namedPart(call), date.sql),
+    return Typed::expression(callText("kap_datename", namedPart(call, date.type.type), date.sql),
                              {SqlType::NVarChar, kNameLength}, date.nullable);
 }
 
 Typed dateAdd(ScalarCall& call) {
     const Typed date = call.instant(1);
     const Typed count = call.binder.castTo(call[0], {SqlType::BigInt}, 0, call.line);
-    return Typed::expression(
-        callText("kap_dateadd", namedPart(call), count.sql, date.sql, typeArgument(date.type)),
-        date.type, call.anyNullable());
+    return Typed::expression(callText("kap_dateadd", namedPart(call, date.type.type), count.sql,
+                                      date.sql, typeArgument(date.type)),
+                             date.type, call.anyNullable());
 }
 
 Typed dateDiff(ScalarCall& call) {
+    const Typed from = call.instant(0);
     return Typed::expression(
-        callText("kap_datediff", namedPart(call), call.instant(0).sql, call.instant(1).sql),
+        callText("kap_datediff", namedPart(call, from.type.type), from.sql, call.instant(1).sql),
         {SqlType::Int}, call.anyNullable());
 }
 
@@ -88,15 +102,18 @@ Typed universalNow(ScalarCall& /*call*/) {
 
 // EOMONTH(date [, months]): the last day of the month so many months on.
 Typed endOfMonth(ScalarCall& call) {
-    const std::string months = call.arguments.size() > 1 ? call.integer(1) : "0";
+    const std::string months = call.arguments.size() > 1 ? call.shortInteger(1) : "0";
     return Typed::expression(callText("kap_eomonth", call.instant(0).sql, months), {SqlType::Date},
                              call.anyNullable());
 }
 
-Typed dateFromParts(ScalarCall& call) {
-    return Typed::expression(
-        callText("kap_datefromparts", call.integer(0), call.integer(1), call.integer(2)),
-        {SqlType::Date}, call.anyNullable());
+// DATEFROMPARTS(year, month, day) and its kin, which take the parts of the time behind them.
+template <SqlType kType>
+Typed fromParts(ScalarCall& call) {
+    std::string parts = typeArgument({kType});
+    for (std::size_t i = 0; i < call.arguments.size(); ++i)
+        parts += ", " + call.shortInteger(i);
+    return Typed::expression(callText("kap_fromparts", parts), {kType}, call.anyNullable());
 }
 
 Typed isDate(ScalarCall& call) {
@@ -109,8 +126,12 @@ Typed isDate(ScalarCall& call) {
 constexpr std::array kDateFunctions = std::to_array<ScalarFunction>({
     {"getdate", 0, 0, now},
     {"getutcdate", 0, 0, universalNow},
+    {"sysdatetime", 0, 0, now},
+    {"sysutcdatetime", 0, 0, universalNow},
     {"eomonth", 1, 2, endOfMonth},
-    {"datefromparts", 3, 3, dateFromParts},
+    {"datefromparts", 3, 3, fromParts<SqlType::Date>},
+    {"smalldatetimefromparts", 5, 5, fromParts<SqlType::SmallDateTime>},
+    {"datetimefromparts", 7, 7, fromParts<SqlType::DateTime>},
     {"year", 1, 1, year},
     {"month", 1, 1, month},
     {"day", 1, 1, day},

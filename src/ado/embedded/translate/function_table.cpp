@@ -26,6 +26,10 @@ std::string ScalarCall::integer(std::size_t index) const {
     return binder.convertTo(arguments[index], {SqlType::BigInt}, line).sql;
 }
 
+std::string ScalarCall::shortInteger(std::size_t index) const {
+    return binder.convertTo(arguments[index], {SqlType::Int}, line).sql;
+}
+
 std::string ScalarCall::real(std::size_t index) const {
     return binder.convertTo(arguments[index], {SqlType::Float}, line).sql;
 }
@@ -69,8 +73,8 @@ std::string ScalarCall::name() const {
 }
 
 const ScalarFunction* findFunction(std::string_view name) {
-    for (const auto table :
-         {textFunctions(), numberFunctions(), dateFunctions(), generalFunctions()}) {
+    for (const auto table : {textFunctions(), numberFunctions(), dateFunctions(),
+                             generalFunctions(), principalFunctions(), cultureFunctions()}) {
         const auto found =
             std::find_if(table.begin(), table.end(), [&](const ScalarFunction& function) {
                 return tsql::equalsIgnoringCase(function.name, name);

@@ -22,6 +22,8 @@ struct ScalarCall {
     [[nodiscard]] std::string text(std::size_t index) const;
     /// The SQL of an argument as a whole number.
     [[nodiscard]] std::string integer(std::size_t index) const;
+    /// The same as an int, with the server's error for what is none.
+    [[nodiscard]] std::string shortInteger(std::size_t index) const;
     [[nodiscard]] std::string real(std::size_t index) const;
     /// An argument as the date type it has, or as datetime.
     [[nodiscard]] Typed instant(std::size_t index) const;
@@ -48,6 +50,8 @@ struct ScalarFunction {
 [[nodiscard]] std::span<const ScalarFunction> numberFunctions();
 [[nodiscard]] std::span<const ScalarFunction> dateFunctions();
 [[nodiscard]] std::span<const ScalarFunction> generalFunctions();
+[[nodiscard]] std::span<const ScalarFunction> principalFunctions();
+[[nodiscard]] std::span<const ScalarFunction> cultureFunctions();
 
 /// The function of that name (case ignored), or null.
 [[nodiscard]] const ScalarFunction* findFunction(std::string_view name);

@@ -12,6 +12,9 @@ using tsql::TypeSpec;
 
 namespace {
 
+// That a call within the database takes.
+constexpr int kMostArguments = 127;
+
 // ISNULL has the type of its first argument; the second is brought to it.
 Typed isNull(ScalarCall& call) {
     const TypeSpec type = call[0].nullLiteral ? call[1].type : call[0].type;
@@ -63,6 +66,23 @@ Typed newIdentifier(ScalarCall& call) {
     return Typed::expression("kap_newid()", {SqlType::UniqueIdentifier, kBytes}, false);
 }
 
+Typed newSequentialIdentifier(ScalarCall& /*call*/) {
+    constexpr int kBytes = 16;
+    return Typed::expression("kap_newsequentialid()", {SqlType::UniqueIdentifier, kBytes}, false);
+}
+
+// CHECKSUM(a, b...): texts that compare as equal give the same; BINARY_CHECKSUM tells them apart.
+template <const char* const& kFunction>
+Typed checksum(ScalarCall& call) {
+    std::string arguments;
+    for (const Typed& argument : call.arguments)
+        arguments += (arguments.empty() ? "" : ", ") + argument.sql;
+    return Typed::expression(callText(kFunction, arguments), {SqlType::Int}, false);
+}
+
+constexpr const char* kChecksum = "kap_checksum";
+constexpr const char* kBinaryChecksum = "kap_binary_checksum";
+
 // IDENTITY(type, seed, increment) numbers the rows that SELECT ... INTO writes; what writes them
 // knows how, here it is nothing yet.
 Typed newIdentity(ScalarCall& call) {
@@ -82,6 +102,9 @@ constexpr std::array kGeneralFunctions = std::to_array<ScalarFunction>({
     {"coalesce", 2, -1, coalesce},
     {"nullif", 2, 2, nullIf},
     {"newid", 0, 0, newIdentifier},
+    {"newsequentialid", 0, 0, newSequentialIdentifier},
+    {"checksum", 1, kMostArguments, checksum<kChecksum>},
+    {"binary_checksum", 1, kMostArguments, checksum<kBinaryChecksum>},
     {"identity", 1, 3, newIdentity},
 });
 

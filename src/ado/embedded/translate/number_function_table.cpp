@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <array>
 
 #include "ado/embedded/translate/function_table.hpp"
@@ -11,6 +12,8 @@ using tsql::SqlType;
 using tsql::TypeSpec;
 
 namespace {
+
+constexpr int kMostDigits = 38;
 
 // Functions keep decimals, money, int and bigint; smaller whole numbers become int, real becomes
 // float.
@@ -84,12 +87,22 @@ Typed floorFunction(ScalarCall& call) {
     return towards(call, "kap_floor", "kap_float_floor");
 }
 
-// The result has the type of the base: POWER(2, 0.5) is 1.
+// The result has the type of the base: POWER(2, 0.5) is 1. A decimal keeps its decimals and may
+// become as large as one can be.
 Typed power(ScalarCall& call) {
-    const Typed base = argument(call);
-    Typed value = Typed::expression(callText("kap_power", call.real(0), call.real(1)),
-                                    {SqlType::Float}, call.anyNullable());
-    return call.binder.castTo(value, base.type, 0, call.line);
+    TypeSpec type = argument(call).type;
+    if (tsql::isDecimal(type.type)) type = {SqlType::Numeric, 0, kMostDigits, type.scale};
+    const Typed value = Typed::expression(callText("kap_power", call.real(0), call.real(1)),
+                                          {SqlType::Float}, call.anyNullable());
+    return call.binder.castTo(value, type, 0, call.line);
+}
+
+// LOG(x) is the natural one, LOG(x, base) any other.
+Typed logarithm(ScalarCall& call) {
+    const std::string sql = call.arguments.size() > 1
+                                ? callText("kap_log", call.real(0), call.real(1))
+                                : callText("kap_log", call.real(0));
+    return Typed::expression(sql, {SqlType::Float}, call.anyNullable());
 }
 
 template <const char* const& kFunction>
@@ -101,7 +114,6 @@ Typed ofFloat(ScalarCall& call) {
 constexpr const char* kSquareRoot = "kap_sqrt";
 constexpr const char* kSquare = "kap_square";
 constexpr const char* kExponential = "kap_exp";
-constexpr const char* kLogarithm = "kap_log";
 constexpr const char* kLogarithm10 = "kap_log10";
 constexpr const char* kSine = "kap_sin";
 constexpr const char* kCosine = "kap_cos";
@@ -120,20 +132,31 @@ Typed angleOf(ScalarCall& call) {
                              call.anyNullable());
 }
 
-// DEGREES and RADIANS keep the kind of number that they are given.
-Typed converted(ScalarCall& call, const char* factor) {
-    const Typed value = argument(call);
+// DEGREES and RADIANS keep the kind of number that they are given. Of a decimal the server gives 18
+// decimals; here as many as 64 bits have room for beside the whole part.
+TypeSpec angleType(const TypeSpec& type, int moreDigits) {
+    if (!tsql::isDecimal(type.type)) return type;
+    constexpr int kStoredDigits = 18;
+    constexpr int kFewestDecimals = 6;
+    const int whole = std::max(1, type.precision - type.scale + moreDigits);
+    return {SqlType::Numeric, 0, kMostDigits, std::max(kStoredDigits - whole, kFewestDecimals)};
+}
+
+Typed converted(ScalarCall& call, const char* factor, int moreDigits) {
+    const TypeSpec type = angleType(argument(call).type, moreDigits);
     const Typed result = Typed::expression(
         callText("kap_float_multiply", call.real(0), factor, typeArgument({SqlType::Float})),
         {SqlType::Float}, call.anyNullable());
-    return call.binder.castTo(result, value.type, 0, call.line);
+    return call.binder.castTo(result, type, 0, call.line);
 }
 
 Typed degrees(ScalarCall& call) {
-    return converted(call, "57.295779513082323");
+    constexpr int kMoreDigits = 2;  // 9 radians are 515 degrees
+    return converted(call, "57.295779513082323", kMoreDigits);
 }
 Typed radians(ScalarCall& call) {
-    return converted(call, "0.017453292519943295");
+    constexpr int kMoreDigits = -1;  // 99 degrees are 1 radian
+    return converted(call, "0.017453292519943295", kMoreDigits);
 }
 
 Typed random(ScalarCall& call) {
@@ -161,7 +184,7 @@ constexpr std::array kNumberFunctions = std::to_array<ScalarFunction>({
     {"sqrt", 1, 1, ofFloat<kSquareRoot>},
     {"square", 1, 1, ofFloat<kSquare>},
     {"exp", 1, 1, ofFloat<kExponential>},
-    {"log", 1, 1, ofFloat<kLogarithm>},
+    {"log", 1, 2, logarithm},
     {"log10", 1, 1, ofFloat<kLogarithm10>},
     {"sin", 1, 1, ofFloat<kSine>},
     {"cos", 1, 1, ofFloat<kCosine>},

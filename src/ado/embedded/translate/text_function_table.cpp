@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <array>
+#include <optional>
 
 #include "ado/embedded/translate/function_table.hpp"
 #include "ado/embedded/translate/type_rules.hpp"
@@ -14,6 +15,8 @@ using tsql::TypeSpec;
 namespace {
 
 constexpr int kMostBytes = 8000;
+// That CONCAT takes.
+constexpr int kMostTexts = 254;
 
 Typed result(ScalarCall& call, std::string sql, TypeSpec type) {
     return Typed::expression(std::move(sql), type, call.anyNullable());
@@ -28,12 +31,47 @@ int longest(const TypeSpec& type) {
     return tsql::isNational(type.type) ? kMostBytes / 2 : kMostBytes;
 }
 
-// The value of a whole-number literal, or `otherwise`.
-int constantOr(const Typed& argument, int otherwise) {
+// The value of a whole-number literal.
+std::optional<std::int64_t> constantOf(const Typed& argument) {
     if (!argument.constant || !std::holds_alternative<std::int64_t>(*argument.constant))
-        return otherwise;
+        return std::nullopt;
+    return std::get<std::int64_t>(*argument.constant);
+}
+
+// A length as a literal says it, within bounds; the longest when it is computed.
+int lengthOf(const Typed& argument) {
     return static_cast<int>(
-        std::clamp<std::int64_t>(std::get<std::int64_t>(*argument.constant), 0, kMostBytes));
+        std::clamp<std::int64_t>(constantOf(argument).value_or(kMostBytes), 1, kMostBytes));
+}
+
+// Of varchar(max) and its kin, whose positions and lengths need a bigint on the server.
+bool isMax(const TypeSpec& type) {
+    return type.length == tsql::kMaxLength && type.type != SqlType::Text &&
+           type.type != SqlType::NText && type.type != SqlType::Image;
+}
+
+TypeSpec countType(const Typed& text) {
+    return {isMax(text.type) ? SqlType::BigInt : SqlType::Int};
+}
+
+// The units that a result of this type holds at most, for the functions that make texts longer; 0:
+// any number.
+std::string limitArgument(const TypeSpec& type) {
+    return tsql::integerText(type.length == tsql::kMaxLength ? 0 : longest(type));
+}
+
+// What a function that makes texts longer gives for a text of this type: as many as fit in 8,000
+// bytes, without limit for varchar(max).
+TypeSpec grown(const TypeSpec& type) {
+    return ofLength(type, type.length == tsql::kMaxLength ? tsql::kMaxLength : longest(type));
+}
+
+// The length of a part of a text, as the number of characters asked for tells.
+int partLength(const TypeSpec& type, const Typed& count) {
+    const int bound = type.length == tsql::kMaxLength ? longest(type) : type.length;
+    const auto wanted = constantOf(count);
+    if (!wanted || *wanted > bound) return type.length;
+    return std::max(1, static_cast<int>(*wanted));
 }
 
 // Functions of one text that give a text of the same length.
@@ -54,7 +92,7 @@ Typed trim(ScalarCall& call) {
 }
 
 Typed length(ScalarCall& call) {
-    return result(call, callText("kap_len", call.text(0)), {SqlType::Int});
+    return result(call, callText("kap_len", call.text(0)), countType(call[0]));
 }
 
 // The bytes that the server stores for the value.
@@ -64,9 +102,11 @@ Typed dataLength(ScalarCall& call) {
     if (tsql::isText(type)) {
         return result(call,
                       callText("kap_text_bytes", argument.sql, tsql::isNational(type) ? "2" : "1"),
-                      {SqlType::Int});
+                      countType(argument));
     }
-    if (tsql::isBinary(type)) return result(call, callText("length", argument.sql), {SqlType::Int});
+    if (tsql::isBinary(type)) {
+        return result(call, callText("length", argument.sql), countType(argument));
+    }
     int width = 8;
     switch (type) {
         case SqlType::Bit:
@@ -109,17 +149,14 @@ Typed substring(ScalarCall& call) {
                       {SqlType::VarBinary, call[0].type.length});
     }
     const TypeSpec type = call.textType(0);
-    const int bound = type.length == tsql::kMaxLength ? longest(type) : type.length;
-    const int count = std::max(1, std::min(constantOr(call[2], bound), bound));
     return result(call, callText("kap_substring", call.text(0), call.integer(1), call.integer(2)),
-                  ofLength(type, count));
+                  ofLength(type, partLength(type, call[2])));
 }
 
 Typed side(ScalarCall& call, const char* function) {
     const TypeSpec type = call.textType(0);
-    const int bound = type.length == tsql::kMaxLength ? longest(type) : type.length;
-    const int count = std::max(1, std::min(constantOr(call[1], bound), bound));
-    return result(call, callText(function, call.text(0), call.integer(1)), ofLength(type, count));
+    return result(call, callText(function, call.text(0), call.integer(1)),
+                  ofLength(type, partLength(type, call[1])));
 }
 
 Typed left(ScalarCall& call) {
@@ -130,16 +167,23 @@ Typed right(ScalarCall& call) {
 }
 
 Typed replace(ScalarCall& call) {
-    const TypeSpec type = call.textType(0);
-    return result(call, callText("kap_replace", call.text(0), call.text(1), call.text(2)),
-                  ofLength(type, longest(type)));
+    TypeSpec type = call.textType(0);
+    for (const Typed& argument : call.arguments) {
+        if (tsql::isNational(argument.type.type)) type.type = SqlType::NVarChar;
+    }
+    type = grown(type);
+    return result(
+        call,
+        callText("kap_replace", call.text(0), call.text(1), call.text(2), limitArgument(type)),
+        type);
 }
 
 Typed stuff(ScalarCall& call) {
     const TypeSpec type = joinedType(call.textType(0), call.textType(3));
-    Typed value = result(
-        call, callText("kap_stuff", call.text(0), call.integer(1), call.integer(2), call.text(3)),
-        type);
+    Typed value = result(call,
+                         callText("kap_stuff", call.text(0), call.integer(1), call.integer(2),
+                                  call.text(3), limitArgument(type)),
+                         type);
     value.nullable = true;
     return value;
 }
@@ -147,24 +191,24 @@ Typed stuff(ScalarCall& call) {
 Typed charIndex(ScalarCall& call) {
     const std::string start = call.arguments.size() > 2 ? call.integer(2) : "1";
     return result(call, callText("kap_charindex", call.text(0), call.text(1), start),
-                  {SqlType::Int});
+                  countType(call[1]));
 }
 
 Typed patternIndex(ScalarCall& call) {
-    return result(call, callText("kap_patindex", call.text(0), call.text(1)), {SqlType::Int});
+    return result(call, callText("kap_patindex", call.text(0), call.text(1)), countType(call[1]));
 }
 
 Typed replicate(ScalarCall& call) {
-    const TypeSpec type = call.textType(0);
-    Typed value = result(call, callText("kap_replicate", call.text(0), call.integer(1)),
-                         ofLength(type, longest(type)));
+    const TypeSpec type = grown(call.textType(0));
+    Typed value = result(
+        call, callText("kap_replicate", call.text(0), call.integer(1), limitArgument(type)), type);
     value.nullable = true;
     return value;
 }
 
 Typed space(ScalarCall& call) {
-    const int count = std::max(1, constantOr(call[0], kMostBytes));
-    Typed value = result(call, callText("kap_space", call.integer(0)), {SqlType::VarChar, count});
+    Typed value =
+        result(call, callText("kap_space", call.integer(0)), {SqlType::VarChar, lengthOf(call[0])});
     value.nullable = true;
     return value;
 }
@@ -173,8 +217,7 @@ Typed space(ScalarCall& call) {
 Typed str(ScalarCall& call) {
     const std::string width = call.arguments.size() > 1 ? call.integer(1) : "10";
     const std::string decimals = call.arguments.size() > 2 ? call.integer(2) : "0";
-    const int length =
-        call.arguments.size() > 1 ? std::max(1, constantOr(call[1], kMostBytes)) : 10;
+    const int length = call.arguments.size() > 1 ? lengthOf(call[1]) : 10;
     return result(call, callText("kap_str", call.real(0), width, decimals),
                   {SqlType::VarChar, length});
 }
@@ -191,25 +234,35 @@ Typed nationalCharacter(ScalarCall& call) {
     return value;
 }
 
-Typed firstUnit(ScalarCall& call) {
-    Typed value = result(call, callText("kap_unit", call.text(0)), {SqlType::Int});
+template <const char* const& kFunction>
+Typed firstCode(ScalarCall& call) {
+    Typed value = result(call, callText(kFunction, call.text(0)), {SqlType::Int});
     value.nullable = true;
     return value;
 }
 
-// CONCAT(a, b...): everything as text, and null as no text.
+constexpr const char* kAscii = "kap_ascii";
+constexpr const char* kUnicode = "kap_unicode";
+
+// CONCAT(a, b...): everything as text, and null as no text. What goes beyond the longest text is
+// cut unless one of them is a varchar(max).
 Typed concatenated(ScalarCall& call) {
     std::string sql;
-    TypeSpec type{SqlType::VarChar, 0};
+    SqlType type = SqlType::VarChar;
+    int length = 0;
     for (std::size_t i = 0; i < call.arguments.size(); ++i) {
+        if (call[i].nullLiteral) continue;
         const TypeSpec own = call.textType(i);
         sql += (sql.empty() ? "ifnull(" : " || ifnull(") + call.text(i) + ", '')";
-        if (tsql::isNational(own.type)) type.type = SqlType::NVarChar;
-        const bool fits = own.length > 0 && type.length >= 0;
-        type.length = fits ? type.length + own.length : tsql::kMaxLength;
+        if (tsql::isNational(own.type)) type = SqlType::NVarChar;
+        const bool fits = own.length != tsql::kMaxLength && length != tsql::kMaxLength;
+        length = fits ? length + own.length : tsql::kMaxLength;
     }
-    if (type.length > longest(type)) type.length = longest(type);
-    return Typed::expression("(" + sql + ")", type, false);
+    if (sql.empty()) sql = "''";
+    const Typed whole = Typed::expression("(" + sql + ")", {type, tsql::kMaxLength}, false);
+    const TypeSpec joined{type, length == tsql::kMaxLength ? length : std::max(length, 1)};
+    if (joined.length <= longest(joined)) return whole.as(joined);
+    return call.binder.castTo(whole, ofLength(joined, longest(joined)), 0, call.line);
 }
 
 Typed quoteName(ScalarCall& call) {
@@ -258,9 +311,9 @@ constexpr std::array kTextFunctions = std::to_array<ScalarFunction>({
     {"str", 1, 3, str},
     {"char", 1, 1, character},
     {"nchar", 1, 1, nationalCharacter},
-    {"ascii", 1, 1, firstUnit},
-    {"unicode", 1, 1, firstUnit},
-    {"concat", 2, -1, concatenated},
+    {"ascii", 1, 1, firstCode<kAscii>},
+    {"unicode", 1, 1, firstCode<kUnicode>},
+    {"concat", 2, kMostTexts, concatenated},
     {"quotename", 1, 2, quoteName},
     {"soundex", 1, 1, soundCode},
     {"difference", 2, 2, soundDifference},
