@@ -269,7 +269,7 @@ private:
     }
 
     void readOperator() {
-        static constexpr std::string_view kSingles = "+-*/%&|^~=<>(),.:;";
+        static constexpr std::string_view kSingles = "+-*/%&|^~=<>(),.:;{}";
         const bool pair = isPair(at(0), at(1));
         if (!pair && (at(0) == '\0' || kSingles.find(at(0)) == std::string_view::npos)) {
             throw syntaxError(std::string(1, at(0)), line_);

@@ -169,6 +169,7 @@ ExpressionPtr Parser::primary(Place place) {
             return wordExpression();
         case TokenKind::Operator:
             if (token.text == "(") return bracketed(place);
+            if (token.text == "{") return escaped();
             unexpected();
         case TokenKind::End:
             break;

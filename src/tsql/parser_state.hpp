@@ -125,6 +125,10 @@ private:
     ExpressionPtr identityCall();
     ExpressionPtr castCall();
     static ExpressionPtr tried(ExpressionPtr cast);
+    ExpressionPtr escaped();
+    ExpressionPtr escapedText(const TypeSpec& type, int line);
+    ExpressionPtr escapedCall();
+    ExpressionPtr timeOfToday(ExpressionPtr time, int line);
     ExpressionPtr iifCall();
     ExpressionPtr chooseCall();
     ExpressionPtr convertCall();
