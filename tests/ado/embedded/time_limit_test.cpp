@@ -190,7 +190,8 @@ public:
         EXPECT_NE(std::ranges::find(script.allowed, found), script.allowed.end()) << found;
         for (Session* writer : {session_.get(), other_.get()}) {
             const std::string number = std::to_string(++marker_);
-            (void)writer->execute("INSERT marker VALUES (" + number + ")");
+            const ColumnValue value{"n", DataTypeEnum::adInteger, 10, std::int64_t{marker_}};
+            (void)writer->apply({RowChange::Kind::Insert, "marker", {value}, {}, {}, {}});
             Session& reader = writer == other_.get() ? *session_ : *other_;
             EXPECT_EQ(rowsOf(reader, "SELECT max(n) FROM marker"), number);
         }
@@ -312,6 +313,25 @@ TEST(TimeLimits, EndTheWaitForALockedFile) {
     holder->commit();
     (void)waiter->execute("INSERT t VALUES (3)");
     EXPECT_EQ(rowsOf(*waiter, "SELECT a FROM t ORDER BY a"), "1; 3");
+}
+
+// The server leaves the transaction to its client, who may have set otherwise.
+TEST(TimeLimits, UndoAnOpenTransactionWhenErrorsDo) {
+    for (const bool abort : {false, true}) {
+        const auto session = openSession(":memory:abort");
+        (void)session->execute("IF object_id('t') IS NULL CREATE TABLE t (a int)");
+        (void)session->execute(abort ? "SET XACT_ABORT ON" : "SET XACT_ABORT OFF");
+        {
+            const TimeLimit::Fuse fuse(1'000'000, 50);
+            Request request;
+            request.text = "BEGIN TRAN INSERT t VALUES (1) WHILE 1 = 1 PRINT 'x'";
+            request.timeout = std::chrono::hours(1);
+            Reply reply;
+            EXPECT_THROW(session->execute(request, reply), DriverError);
+        }
+        EXPECT_EQ(session->transactionDepth(), abort ? 0 : 1);
+        EXPECT_EQ(rowsOf(*session, "SELECT count(*) FROM t"), abort ? "0" : "1");
+    }
 }
 
 TEST(TimeLimits, InAFunctionEndTheStatementThatCallsItAndAllBehindIt) {

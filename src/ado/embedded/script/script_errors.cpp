@@ -62,7 +62,9 @@ ErrorReach ScriptRunner::reachOfRaised(const RaisedError& raised) const {
     if (raised.thrown) {
         return state_.abortOnError ? ErrorReach::Transaction : ErrorReach::Batch;
     }
-    if (raised.reported) {
+    // That a call has left another number of transactions is told and ends nothing.
+    constexpr int kTransactionCount = 266;
+    if (raised.reported || raised.error.number() == kTransactionCount) {
         return ErrorReach::Statement;
     }
     if (raised.dooms) {
