@@ -81,7 +81,7 @@ std::u16string keyLine(std::u16string_view key, std::u16string_view value) {
 }  // namespace
 
 ProfileText::ProfileText(std::string_view bytes)
-    : encoding_(encodingOf(bytes)), lines_(linesOf(decodeText(encoding_, bytes))) {
+    : encoding_(sharedEncodingOf(bytes)), lines_(linesOf(decodeText(encoding_, bytes))) {
     lineEnd_ = lineEndOf(lines_);
 }
 
@@ -178,8 +178,8 @@ std::optional<std::string> ProfileText::bytes() const {
         text += line;
     }
     auto bytes = encodeText(encoding_, text);
-    // Bytes of one encoding may look like another one's.
-    const bool readsTheSame = bytes && decodeText(encodingOf(*bytes), *bytes) == text;
+    // The letters of a mark at the beginning would make it another encoding's.
+    const bool readsTheSame = bytes && decodeText(sharedEncodingOf(*bytes), *bytes) == text;
     return readsTheSame ? std::move(bytes) : std::nullopt;
 }
 

@@ -11,16 +11,26 @@ namespace {
 constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
 constexpr std::string_view kUtf16Mark = "\xFF\xFE";
 
-}  // namespace
-
-TextEncoding encodingOf(std::string_view bytes) noexcept {
+// The encoding that a mark tells.
+std::optional<TextEncoding> markedEncoding(std::string_view bytes) noexcept {
     if (bytes.starts_with(kUtf16Mark) && bytes.size() % 2 == 0) {
         return TextEncoding::Utf16Marked;
     }
     if (bytes.starts_with(kUtf8Mark) && unicode::utf16(bytes)) {
         return TextEncoding::Utf8Marked;
     }
+    return std::nullopt;
+}
+
+}  // namespace
+
+TextEncoding encodingOf(std::string_view bytes) noexcept {
+    if (const auto marked = markedEncoding(bytes)) return *marked;
     return unicode::utf16(bytes) ? TextEncoding::Utf8 : TextEncoding::Windows1252;
+}
+
+TextEncoding sharedEncodingOf(std::string_view bytes) noexcept {
+    return markedEncoding(bytes).value_or(TextEncoding::Windows1252);
 }
 
 std::u16string decodeText(TextEncoding encoding, std::string_view bytes) {

@@ -18,6 +18,12 @@ enum class TextEncoding : unsigned char {
 // code page 1252 otherwise.
 [[nodiscard]] TextEncoding encodingOf(std::string_view bytes) noexcept;
 
+// What the bytes of a file are that programs on Windows read and write, too: profile files, and the
+// schema files beside exported texts. UTF-16 or UTF-8 by their mark, and without one the user's
+// ANSI code page, which is 1252 for every locale that the library knows: those programs take UTF-8
+// without a mark for it and show two wrong letters for every accent.
+[[nodiscard]] TextEncoding sharedEncodingOf(std::string_view bytes) noexcept;
+
 // The text without its mark, and the other way round. Decoding with the encoding that `encodingOf`
 // tells loses nothing. Encoding gives nullopt for a character that the encoding lacks.
 [[nodiscard]] std::u16string decodeText(TextEncoding encoding, std::string_view bytes);

@@ -174,7 +174,7 @@ TEST_F(RowLinesTest, AreThoseOfTheTextsOfTheValues) {
               "Format=CSVDelimited\r\nCharacterSet=ANSI",
               "Format=TabDelimited\r\nCharacterSet=Unicode",
               "Format=Delimited(;)\r\nNumberDigits=2\r\nCurrencyDigits=0\r\nDecimalSymbol=.",
-              "Format=FixedLength\r\nCurrencyDigits=3\r\nCurrencySymbol=€\r\nDecimalSymbol=·",
+              "Format=FixedLength\r\nCurrencyDigits=3\r\nCurrencySymbol=\x80\r\nDecimalSymbol=\xB7",
               "Format=FixedLength\r\nCurrencyDigits=4\r\nDateTimeFormat=yyyy-mm-dd"}) {
             holdAgainst(settings);
         }

@@ -59,20 +59,19 @@ private:
 
 TEST_F(DamagedTexts, ProfilesComeOutAsTheyWentInAndKeepWhatIsPut) {
     for (const std::string mark : {"", "\xEF\xBB\xBF", "\xFF\xFE"}) {
-        forEach(
-            mark + "; nota\r\n[A]\r\nx = \"uno\"\r\ncitt\xC3\xA0=Forl\xC3\xAC\r\n\n[B]\ny=2\n",
-            [](const std::string& text) {
-                ProfileText profile(text);
-                EXPECT_EQ(profile.bytes(), text);
-                if (profile.put(u"B", u"nuova", u"sì")) {
-                    EXPECT_EQ(profile.value(u"b", u"NUOVA"), u"sì");
-                    // A file that would be taken for one in another encoding is not written.
-                    const auto written = profile.bytes();
-                    EXPECT_EQ(
-                        ProfileText(written.value_or("[B]\nnuova=s\xC3\xAC")).value(u"B", u"nuova"),
-                        u"sì");
-                }
-            });
+        forEach(mark + "; nota\r\n[A]\r\nx = \"uno\"\r\ncitt\xC3\xA0=Forl\xC3\xAC\r\n\n[B]\ny=2\n",
+                [](const std::string& text) {
+                    ProfileText profile(text);
+                    EXPECT_EQ(profile.bytes(), text);
+                    if (profile.put(u"B", u"nuova", u"sì")) {
+                        EXPECT_EQ(profile.value(u"b", u"NUOVA"), u"sì");
+                        // A file that would be taken for one in another encoding is not written.
+                        const auto written = profile.bytes();
+                        EXPECT_EQ(
+                            ProfileText(written.value_or("[B]\nnuova=s\xEC")).value(u"B", u"nuova"),
+                            u"sì");
+                    }
+                });
     }
 }
 

@@ -164,12 +164,27 @@ TEST_F(ProfileFile, RefusesWhatItCannotHold) {
     EXPECT_EQ(contentOf(path_), "[A]\ncitt\xE0=1\n");
 }
 
-TEST_F(ProfileFile, RefusesAValueThatWouldMakeItLookLikeAnotherEncoding) {
+TEST_F(ProfileFile, IsInCodePage1252WhenItIsMade) {
+    EXPECT_TRUE(write(u"Città", u"Però", u"5 €"));
+    EXPECT_EQ(contentOf(path_), "[Citt\xE0]\r\nPer\xF2=5 \x80\r\n");
+    EXPECT_EQ(read(u"CITTÀ", u"PERÒ"), "5 €");
+}
+
+TEST_F(ProfileFile, IsInCodePage1252WithoutAMarkAlsoWhereItsBytesAreUtf8) {
     put("[A]\nx=\xE8\n");
-    EXPECT_FALSE(write(u"A", u"x", u"Ã¨"));  // in code page 1252 these are the bytes of one letter
-    EXPECT_EQ(read(u"A", u"x"), "\xC3\xA8");
-    EXPECT_TRUE(write(u"A", u"x", u"e"));
-    EXPECT_EQ(contentOf(path_), "[A]\nx=e\n");
+    EXPECT_TRUE(write(u"A", u"x", u"Ã¨"));  // the bytes of one letter in UTF-8
+    EXPECT_EQ(contentOf(path_), "[A]\nx=\xC3\xA8\n");
+    EXPECT_EQ(read(u"A", u"x"), "Ã¨");
+    EXPECT_TRUE(write(u"A", u"y", u"è"));
+    EXPECT_EQ(contentOf(path_), "[A]\nx=\xC3\xA8\ny=\xE8\n");
+}
+
+TEST_F(ProfileFile, RefusesANewLetterThatOnlyAMarkedFileCouldHold) {
+    EXPECT_FALSE(write(u"A", u"x", u"Ω"));
+    EXPECT_FALSE(fs::exists(path_));
+    put("\xEF\xBB\xBF");
+    EXPECT_TRUE(write(u"A", u"x", u"Ω"));
+    EXPECT_EQ(contentOf(path_), "\xEF\xBB\xBF[A]\r\nx=\xCE\xA9\r\n");
 }
 
 TEST_F(ProfileFile, TellsWhenItCannotBeWritten) {

@@ -8,8 +8,9 @@
 // Profile files ("INI files"): sections in brackets, and in each lines of a key, '=' and a value.
 //
 // Names of sections and keys are compared ignoring case, without the blanks around them. A file
-// name without a folder means a file in the folder of the user's settings. Files may be in UTF-8,
-// UTF-16 or code page 1252, with any line ends; they stay as they are.
+// name without a folder means a file in the folder of the user's settings. Files are in the user's
+// ANSI code page (1252), which is what programs on Windows read and write, unless a mark at the
+// beginning says UTF-8 or UTF-16; they stay as they are, with any line ends.
 namespace kap::platform {
 
 // The value of a key without the blanks and the pair of quotes around it, cut to one character less

@@ -76,6 +76,9 @@ std::u16string_view withoutQuotes(std::u16string_view name) {
     return quoted ? name.substr(1, name.size() - 2) : name;
 }
 
+// A line of fixed length is made in memory.
+constexpr std::size_t kWidestColumn = 10'000'000;
+
 class Reader {
 public:
     Reader(const platform::ProfileText& text, String file) : text_(text), file_(std::move(file)) {}
@@ -173,6 +176,9 @@ private:
         std::u16string_view before = rest;
         if (unicode::sameName(takeLastWord(before), u"Width")) {
             made.width = wholeNumber(String(type));
+            if (made.width && *made.width > kWidestColumn) {
+                refuse(key);
+            }
             rest = before;
             type = takeLastWord(rest);
         }
