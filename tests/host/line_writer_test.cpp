@@ -132,7 +132,9 @@ TEST_F(TextLine, WritesTheNamesOfTheColumnsFirst) {
 TEST_F(TextLine, WritesInTheCharacterSetOfTheSchema) {
     const std::string rest = "\r\nFormat=FixedLength\r\nColNameHeader=False\r\nCol1=A Char Width 2";
     const std::vector<std::optional<String>> row = {u"è€"};
-    EXPECT_EQ(writer("CharacterSet=OEM" + rest).line(row, 1), "\x8A?\r\n");
+    EXPECT_EQ(writer("CharacterSet=OEM" + rest).line({u"è "}, 1), "\x8A \r\n");
+    EXPECT_EQ(test::raisedBy([&] { return writer("CharacterSet=OEM" + rest).line(row, 1); }),
+              ado::errors::kTruncated);
     EXPECT_EQ(writer("CharacterSet=ANSI" + rest).line(row, 1), "\xE8\x80\r\n");
     EXPECT_EQ(writer("CharacterSet=UTF-8" + rest).line(row, 1), "\xC3\xA8\xE2\x82\xAC\r\n");
     EXPECT_EQ(writer("CharacterSet=Unicode" + rest).line(row, 1),

@@ -26,15 +26,33 @@ std::u16string fixedPattern(std::size_t digits) {
              u"Riga " + String(plain::text(row)) + u", colonna " + column.name + u": " + reason);
 }
 
-std::string encodedWith(CodePage page, std::u16string_view text) {
-    if (auto whole = encode(page, text)) {
-        return std::move(*whole);
+// The code page of an encoding that has one.
+std::optional<CodePage> codePageOf(Encoding encoding) {
+    switch (encoding) {
+        case Encoding::Oem:
+            return CodePage::Dos850;
+        case Encoding::Ansi:
+            return CodePage::Windows1252;
+        case Encoding::Unicode:
+        case Encoding::Utf8:
+            break;
     }
-    std::string bytes;
-    for (const char16_t unit : text) {
-        bytes += encode(page, std::u16string_view(&unit, 1)).value_or("?");
+    return std::nullopt;
+}
+
+// The characters of a text that an encoding lacks, each once, as a message names them.
+std::u16string charactersWithout(Encoding encoding, std::u16string_view text) {
+    std::u16string missing;
+    const auto page = codePageOf(encoding);
+    if (!page || encode(*page, text)) return missing;
+    for (std::size_t i = 0; i < text.size();) {
+        const bool pair = (text[i] & 0xFC00U) == 0xD800U && i + 1 < text.size();
+        const std::u16string_view character = text.substr(i, pair ? 2 : 1);
+        i += character.size();
+        const bool known = encode(*page, character).has_value();
+        if (!known && missing.find(character) == std::u16string::npos) missing += character;
     }
-    return bytes;
+    return missing;
 }
 
 }  // namespace
@@ -131,17 +149,16 @@ void LineWriter::appendDelimited(std::u16string& line, const Column& column,
 }
 
 std::string LineWriter::encoded(std::u16string_view text) const {
-    switch (schema_.encoding) {
-        case Encoding::Oem:
-            return encodedWith(CodePage::Dos850, text);
-        case Encoding::Ansi:
-            return encodedWith(CodePage::Windows1252, text);
-        case Encoding::Unicode:
-            return platform::utf16Bytes(text);
-        case Encoding::Utf8:
-            break;
+    if (const auto page = codePageOf(schema_.encoding)) {
+        if (auto bytes = encode(*page, text)) {
+            return std::move(*bytes);
+        }
+        failWith(ado::errors::kTruncated, u"\"" + String(text) +
+                                              u"\" ha caratteri che il file non può contenere: " +
+                                              charactersWithout(schema_.encoding, text));
     }
-    return unicode::displayUtf8(text);
+    return schema_.encoding == Encoding::Unicode ? platform::utf16Bytes(text)
+                                                 : unicode::displayUtf8(text);
 }
 
 std::string LineWriter::beginning() const {
@@ -170,6 +187,10 @@ std::u16string LineWriter::cell(std::size_t position, const std::optional<String
                                 std::int64_t row) const {
     const Column& column = schema_.columns[position];
     const String value = given ? formatted(column, *given) : String();
+    if (const std::u16string missing = charactersWithout(schema_.encoding, value);
+        !missing.empty()) {
+        refuse(row, column, u"caratteri che il file non può contenere: " + String(missing));
+    }
     std::u16string text;
     if (schema_.layout == Layout::Delimited) {
         appendDelimited(text, column, value);

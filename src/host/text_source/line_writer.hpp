@@ -23,8 +23,9 @@ public:
     [[nodiscard]] std::string beginning() const;
 
     // One row, its values in the order of the columns; one that is not there is blank. Raises the
-    // driver's error (-2147217833) for a value that does not fit into its column, or would break a
-    // line of fixed length; the text names `row`, counted from 1, and the column.
+    // driver's error (-2147217833) for a value that does not fit into its column, holds characters
+    // that the file's encoding lacks, or would break a line of fixed length; the text names `row`,
+    // counted from 1, and the column.
     [[nodiscard]] std::string line(const std::vector<std::optional<String>>& values,
                                    std::int64_t row) const;
 
