@@ -1,5 +1,7 @@
 #include "tools/config_options.hpp"
 
+#include "tools/table_name.hpp"
+
 namespace kap::tools {
 namespace {
 
@@ -11,6 +13,7 @@ void addSource(CLI::App& command, ConfigurationSource& source) {
         ->required();
     command.add_option("--table", source.table, "The configuration table.")
         ->type_name("NAME")
+        ->check([](const std::string& name) { return tableNameFault(name); })
         ->capture_default_str();
 }
 

@@ -9,6 +9,8 @@
 #include <kaputil/ado/connection.hpp>
 #include <kaputil/frame/error.hpp>
 
+#include "tools/copied_tables.hpp"
+#include "tools/copy_dialect.hpp"
 #include "tools/exit_codes.hpp"
 #include "tools/failure_report.hpp"
 #include "tools/progress_bar.hpp"
@@ -48,12 +50,17 @@ void print(const CopyCommand& command, const std::string& table, const CopyOutco
     std::cout << '\n';
 }
 
-bool copyAll(const CopyCommand& command, ado::Connection& from, ado::Connection& to) {
-    RelationCopy relations(from, to,
-                           [](const std::string& left) { std::cerr << shownText(left) << '\n'; });
-    const std::vector<std::string> tables =
-        relations.inOrder(command.tables.empty() ? tablesOf(from) : command.tables);
-    TableCopy copy(from, to);
+// The tables to copy. Raises AutomationError when the source has one of them not.
+std::vector<std::string> chosenTables(const CopyCommand& command, ado::Connection& from) {
+    const CopyDialect& dialect = CopyDialect::of(from);
+    for (const std::string& table : command.tables) {
+        static_cast<void>(columnsOf(from, dialect, table));
+    }
+    return command.tables.empty() ? tablesOf(from) : command.tables;
+}
+
+bool copyTables(const CopyCommand& command, TableCopy& copy,
+                const std::vector<std::string>& tables) {
     bool whole = true;
     for (const std::string& table : tables) {
         CopyOutcome outcome;
@@ -64,6 +71,24 @@ bool copyAll(const CopyCommand& command, ado::Connection& from, ado::Connection&
         }
         print(command, table, outcome);
         whole = whole && outcome.isWhole();
+    }
+    return whole;
+}
+
+bool copyAll(const CopyCommand& command, const std::vector<std::string>& chosen,
+             ado::Connection& from, ado::Connection& to) {
+    RelationCopy relations(from, to,
+                           [](const std::string& left) { std::cerr << shownText(left) << '\n'; });
+    const std::vector<std::string> tables = relations.inOrder(chosen);
+    TableCopy copy(from, to);
+    copy.check(tables);
+    copy.begin();
+    bool whole = false;
+    try {
+        whole = copyTables(command, copy, tables);
+    } catch (const std::exception&) {
+        copy.abandon();
+        throw;
     }
     if (whole) {
         relations.copy(tables);
@@ -82,14 +107,19 @@ int CopyCommand::run() const {
     const auto target = make<ado::Connection>();
     // A wrong name of the source makes no file then.
     source->setMode(ado::ConnectModeEnum::adModeRead);
-    if (!open(*source, from, json) || !open(*target, to, json)) {
+    if (!open(*source, from, json)) {
         return kNoDatabase;
     }
     for (const auto& connection : {source, target}) {
         connection->setCommandTimeout(0);
     }
     try {
-        return copyAll(*this, *source, *target) ? kSuccess : kFailed;
+        // A copy that is refused makes no file of the target, either.
+        const std::vector<std::string> chosen = chosenTables(*this, *source);
+        if (!open(*target, to, json)) {
+            return kNoDatabase;
+        }
+        return copyAll(*this, chosen, *source, *target) ? kSuccess : kFailed;
     } catch (const AutomationError& error) {
         // Of the two connections the one that has failed knows more.
         reportFailures(failuresOf(target->Errors()->Count() > 0 ? *target : *source, error), json);

@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <iostream>
 #include <iterator>
+#include <new>
 #include <string>
 #include <vector>
 
@@ -265,6 +266,9 @@ private:
         } catch (const UsageError& error) {
             std::cout.flush();
             std::cerr << "kaputil: " << shownText(error.what()) << '\n';
+        } catch (const std::bad_alloc&) {
+            std::cerr << "kaputil: there is not enough memory\n";
+            code = kFailed;
         }
         // A full disk or a closed pipe shows only here.
         if (!std::cout.flush()) {

@@ -38,20 +38,39 @@ struct TableCopy::Table {
 };
 
 TableCopy::TableCopy(ado::Connection& from, ado::Connection& to)
-    : from_(from), to_(to), fromDialect_(CopyDialect::of(from)), toDialect_(CopyDialect::of(to)) {
-    prepareNotes();
+    : from_(from), to_(to), fromDialect_(CopyDialect::of(from)), toDialect_(CopyDialect::of(to)) {}
+
+void TableCopy::check(const std::vector<std::string>& tables) {
+    const bool noted = hasNotes();
+    for (const std::string& name : tables) {
+        const Table table = describe(name);
+        if ((!noted || rowsNoted(table.target) < 0) && isInTarget(table)) {
+            requireEmpty(table);
+        }
+    }
 }
 
 std::string TableCopy::targetName(const std::string& table) const {
     return toDialect_.nameFor(table);
 }
 
-void TableCopy::prepareNotes() {
+bool TableCopy::hasNotes() {
     const auto tables = to_.OpenSchema(
         ado::SchemaEnum::adSchemaTables,
         Variant(
             Array::ofVariants({Variant(), Variant(), Variant(toDialect_.nameFor(kCopyNotes))})));
-    if (!tables->Eof()) {
+    return !tables->Eof();
+}
+
+void TableCopy::abandon() {
+    const auto notes = opened(to_, std::string("SELECT COUNT(*) FROM ") + kCopyNotes);
+    if (convert::toLong(notes->Fields()->Item(0)->Value()) == 0) {
+        finish();
+    }
+}
+
+void TableCopy::begin() {
+    if (hasNotes()) {
         return;
     }
     to_.Execute(std::string("CREATE TABLE ") + kCopyNotes +
@@ -107,14 +126,11 @@ std::int64_t TableCopy::rowsNoted(const std::string& target) {
 
 void TableCopy::create(const Table& table) {
     const std::string quoted = toDialect_.quoted(table.target);
-    const std::vector<std::string> there = tablesOf(to_);
-    const bool exists = std::ranges::any_of(
-        there, [&](const std::string& other) { return sameName(other, table.target); });
     CopiedColumn text;
     text.type = ado::DataTypeEnum::adVarChar;
     const std::string note = std::string("INSERT INTO ") + kCopyNotes + " VALUES (" +
                              toDialect_.literal(text, table.target) + ", 0)";
-    if (exists) {
+    if (isInTarget(table)) {
         requireEmpty(table);
         to_.Execute(note);
         return;
@@ -149,6 +165,12 @@ void TableCopy::create(const Table& table) {
         to_.RollbackTrans();
         throw;
     }
+}
+
+bool TableCopy::isInTarget(const Table& table) {
+    const std::vector<std::string> there = tablesOf(to_);
+    return std::ranges::any_of(
+        there, [&](const std::string& other) { return sameName(other, table.target); });
 }
 
 void TableCopy::requireEmpty(const Table& table) {

@@ -28,11 +28,19 @@ class TableCopy {
 public:
     TableCopy(ado::Connection& from, ado::Connection& to);
 
+    // Looks whether each of these tables can be copied, before anything is written into the target.
+    // Raises AutomationError when the source has no such table, and std::runtime_error when the
+    // target has one that is not empty and not of an interrupted copy.
+    void check(const std::vector<std::string>& tables);
+    // Makes the table of notes where there is none; `abandon` takes it away again while it holds no
+    // note.
+    void begin();
+    void abandon();
     // The target's name for a table.
     [[nodiscard]] std::string targetName(const std::string& table) const;
     // Raises AutomationError when a database refuses something, and std::runtime_error when the
-    // target has such a table that is not empty and not of an interrupted copy. `progress` is told
-    // the rows done and those there are.
+    // target's table is not empty and not of an interrupted copy. `progress` is told the rows done
+    // and those there are.
     [[nodiscard]] CopyOutcome run(const std::string& table,
                                   const std::function<void(std::int64_t, std::int64_t)>& progress);
     // Forgets the notes: everything has arrived.
@@ -41,7 +49,8 @@ public:
 private:
     struct Table;
     [[nodiscard]] Table describe(const std::string& name);
-    void prepareNotes();
+    [[nodiscard]] bool hasNotes();
+    [[nodiscard]] bool isInTarget(const Table& table);
     [[nodiscard]] std::int64_t rowsNoted(const std::string& target);
     void create(const Table& table);
     void requireEmpty(const Table& table);

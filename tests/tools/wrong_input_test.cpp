@@ -70,6 +70,33 @@ TEST(WrongInput, FileAndCommandTogether) {
     EXPECT_TRUE(contains(run.err, "--file excludes --command")) << run.err;
 }
 
+// The name stands in statements as it was typed.
+TEST(WrongInput, ConfigurationTableThatIsNoName) {
+    const Folder folder;
+    const std::string file = folder / "a.db";
+    const auto sql = [&](const std::string& script) {
+        return sqlCommand(connectionTo(file), script);
+    };
+    ASSERT_EQ(sql("CREATE TABLE Fatture (A int)").exitCode, 0);
+    for (const std::string table :
+         {"KAP_CFG; DROP TABLE Fatture --", "", "a b", "1a", "[a", "[]", "[a]]", "\"a", "a.",
+          "a..b", "a.b.c.d.e", "KAP_CFG DROP TABLE Fatture", "KAP_CFG/**/DROP"}) {
+        for (const char* command : {"show", "export", "import"}) {
+            const Outcome run = kaputil({"config", command, "--group", "G", "--connection",
+                                         connectionTo(file), "--table", table});
+            EXPECT_EQ(run.exitCode, 2) << table;
+            EXPECT_TRUE(contains(run.err, "is no table's name")) << run.err;
+        }
+    }
+    EXPECT_EQ(sql("SELECT * FROM Fatture").exitCode, 0);
+    for (const std::string table :
+         {"KAP_CFG", "dbo.KAP_CFG", "[a b]", "\"a b\"", "[a]]b]", "Città_1"}) {
+        const Outcome run = kaputil({"config", "show", "--group", "G", "--connection",
+                                     connectionTo(file), "--table", table});
+        EXPECT_EQ(run.exitCode, 1) << table << run.err;
+    }
+}
+
 TEST(WrongInput, ScriptFileThatIsNotThere) {
     const Folder folder;
     const Outcome run = sqlFile(folder / "manca.sql");
