@@ -58,6 +58,15 @@ ServerError refusedBySqlite(std::string_view message) {
     if (const auto* limit = std::ranges::find_if(kLimits, holds); limit != kLimits.end()) {
         return tsql::unsupported(limit->feature, 0);
     }
+    // A cursor outlives the batch whose table variable it reads.
+    constexpr std::string_view kNoTableVariable = "no such table: temp.@";
+    if (message.starts_with(kNoTableVariable)) {
+        const std::string_view name = message.substr(kNoTableVariable.size() - 1);
+        return {1087,
+                "Must declare the table variable \"" + std::string(name.substr(0, name.find('/'))) +
+                    "\".",
+                0, 15, 2};
+    }
     if (const auto* said = std::ranges::find_if(kSaid, holds); said != kSaid.end()) {
         return {said->number, said->text, 0, said->severity, 1};
     }

@@ -60,14 +60,30 @@ void StatementRunner::runDefinition(const Translation& made, const tsql::Stateme
     }
 }
 
+namespace {
+
+tsql::ServerError indexExists(const std::string& name, const std::string& table) {
+    return {1913,
+            "The operation failed because an index or statistics with name '" + name +
+                "' already exists on table '" + table + "'.",
+            0, 16, 1};
+}
+
+}  // namespace
+
 void StatementRunner::checkNewIndex(const Translation& made, const std::string& name) const {
-    if (made.temporary) return;
+    if (made.temporary) {
+        PreparedStatement look(connection_.handle(),
+                               "SELECT 1 FROM temp.sqlite_schema WHERE type = 'index' AND name = "
+                               "?1 COLLATE NOCASE");
+        const std::string stored = indexName(tableOf(made), name);
+        look.bind(1, std::string_view(stored));
+        if (look.step()) throw indexExists(name, made.table);
+        return;
+    }
     for (const IndexInfo& known : catalogue_.keysAndIndexes()) {
         if (!sameName(known.table, made.table) || !sameName(known.name, name)) continue;
-        throw tsql::ServerError(1913,
-                                "The operation failed because an index or statistics with name '" +
-                                    name + "' already exists on table '" + made.table + "'.",
-                                0, 16, 1);
+        throw indexExists(name, made.table);
     }
 }
 

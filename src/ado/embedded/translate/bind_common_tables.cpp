@@ -197,7 +197,7 @@ std::string Binder::targetTable(const tsql::CommonTable& table, Scope* outer) {
                           table.query->line);
     }
     BoundSelect bound = term(table.query->terms.front(), table.query->orderBy, outer);
-    bound.order = orderText(table.query->orderBy, bound);
+    orderRows(table.query->orderBy, bound);
     std::vector<OutputColumn> columns = bound.items;
     const std::string& source = named->alias.empty() ? base->name : named->alias;
     bound.items.push_back({"", Typed::expression(sqlName(source) + "." + rowNumberName(*base),

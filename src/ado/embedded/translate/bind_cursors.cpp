@@ -28,7 +28,7 @@ BoundQuery Binder::cursorQuery(const tsql::Query& query, std::vector<std::string
     const std::string with = commonTables(query.commonTables, nullptr);
     const Replaced numbers(needsRowNumbers_, true);
     BoundSelect bound = term(query.terms.front(), query.orderBy, nullptr);
-    bound.order = orderText(query.orderBy, bound);
+    orderRows(query.orderBy, bound);
     for (const Source& source : bound.scope->sources) {
         if (bound.grouped || source.table == nullptr) continue;
         if (std::ranges::find(tables, source.table->name) != tables.end()) continue;

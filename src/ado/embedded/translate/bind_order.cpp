@@ -82,7 +82,7 @@ std::string orderList(const std::vector<std::string>& terms, const std::vector<O
 
 }  // namespace
 
-std::string Binder::orderText(const std::vector<OrderItem>& items, BoundSelect& bound) {
+void Binder::orderRows(const std::vector<OrderItem>& items, BoundSelect& bound) {
     std::vector<std::string> terms;
     const Replaced clause(bound.scope->groupedClause, "ORDER BY clause");
     for (const OrderItem& item : items) {
@@ -91,12 +91,13 @@ std::string Binder::orderText(const std::vector<OrderItem>& items, BoundSelect& 
         if (!index) index = namedItem(item, bound.items);
         if (index) {
             checkSortable(bound.items[*index].value, line);
-            // A rank is computed before the items have their places.
-            terms.push_back(bound.ranked ? collated(bound.items[*index].value)
-                                         : byPosition(*index, bound.items[*index].value));
+            terms.push_back(byPosition(*index, bound.items[*index].value));
+            bound.keys.push_back({index, {}, item.descending});
             continue;
         }
-        const Typed value = this->value(*item.value, *bound.scope);
+        const Replaced outer(bound.scope->readsOuter, false);
+        Typed value = this->value(*item.value, *bound.scope);
+        bound.ordersByOuter = bound.ordersByOuter || bound.scope->readsOuter;
         checkSortable(value, line);
         if (value.constant || value.nullLiteral) {
             throw ServerError(
@@ -105,19 +106,34 @@ std::string Binder::orderText(const std::vector<OrderItem>& items, BoundSelect& 
                     tsql::integerText(static_cast<std::int64_t>(terms.size()) + 1) + ".",
                 line, 15);
         }
-        const bool listed =
-            std::any_of(bound.items.begin(), bound.items.end(),
-                        [&](const OutputColumn& column) { return column.value.sql == value.sql; });
-        if (bound.distinct && !listed) {
+        const auto listed = std::ranges::find_if(
+            bound.items, [&](const OutputColumn& column) { return column.value.sql == value.sql; });
+        if (bound.distinct && listed == bound.items.end()) {
             throw ServerError(
                 145,
                 "ORDER BY items must appear in the select list if SELECT DISTINCT is specified.",
                 line, 15);
         }
         terms.push_back(collated(value));
+        if (bound.distinct) index = static_cast<std::size_t>(listed - bound.items.begin());
+        bound.keys.push_back({index, std::move(value), item.descending});
     }
-    bound.orderTerms = terms;
-    return orderList(terms, items);
+    bound.order = orderList(terms, items);
+}
+
+std::string Binder::orderedBy(const BoundSelect& select, std::string& columns) {
+    std::string list;
+    for (const BoundSelect::OrderKey& key : select.keys) {
+        const std::string own =
+            sqlName("o" + tsql::integerText(static_cast<std::int64_t>(&key - select.keys.data())));
+        const std::string name = key.item ? numberedName(*key.item) : own;
+        const Typed& value = key.item ? select.items[*key.item].value : key.value;
+        if (!key.item) columns += ", " + value.sql + " AS " + own;
+        list += (list.empty() ? "ORDER BY " : ", ") + name;
+        if (tsql::isText(value.type.type)) list += " COLLATE KAP_CI";
+        if (key.descending) list += " DESC";
+    }
+    return list;
 }
 
 std::string Binder::unionOrderText(const std::vector<OrderItem>& items,

@@ -66,7 +66,7 @@ BoundQuery Binder::body(const tsql::Query& query, Scope* outer, QueryPlace place
     }
     if (body.terms.size() > 1) return unionQuery(body, orderBy, outer);
     BoundSelect bound = term(body.terms.front(), orderBy, outer);
-    bound.order = orderText(orderBy, bound);
+    orderRows(orderBy, bound);
     std::string sql = selectText(bound);
     return {std::move(sql), std::move(bound.items)};
 }
@@ -87,7 +87,7 @@ BoundQuery Binder::valuesInOrder(const tsql::Query& query) {
         throw tsql::unsupported("SELECT @variable = @variable + ... of groups with ORDER BY",
                                 query.line);
     }
-    rows.order = orderText(query.orderBy, rows);
+    orderRows(query.orderBy, rows);
     rows.items.clear();
     Scope outside;
     outside.sources = rows.scope->sources;
@@ -110,27 +110,34 @@ BoundQuery Binder::valuesInOrder(const tsql::Query& query) {
     return result;
 }
 
-// TOP n WITH TIES takes the rows whose rank is at most n; where the number itself depends on the
-// rows, their numbers are compared with it, too.
-std::string Binder::rankedText(const BoundSelect& select) {
-    if (select.ties && select.orderTerms.empty()) {
+// Where SQLite cannot order or limit rows by what they are made of, it can by what a query brings.
+//
+// TOP n WITH TIES takes the rows whose rank is at most n; where n depends on the number of rows,
+// their own numbers are compared with it. ORDER BY may not name columns of a query around.
+std::string Binder::nestedText(const BoundSelect& select) {
+    if (select.ties && select.keys.empty()) {
         throw ServerError(1062,
                           "The TOP N WITH TIES clause is not allowed without a corresponding ORDER "
                           "BY clause.",
                           0, 15);
     }
-    if (select.distinct) throw tsql::unsupported("WITH TIES or PERCENT with DISTINCT here", 0);
+    std::string names;
     std::string columns;
-    std::string items;
     for (std::size_t i = 0; i < select.items.size(); ++i) {
-        columns += (i == 0 ? "" : ", ") + numberedName(i);
-        items += collated(select.items[i].value) + " AS " + numberedName(i) + ", ";
+        const std::string comma = i == 0 ? "" : ", ";
+        names += comma + numberedName(i);
+        columns += comma + collated(select.items[i].value) + " AS " + numberedName(i);
     }
-    const std::string order = select.order.empty() ? "" : select.order.substr(1);
-    return "SELECT " + columns + " FROM (SELECT " + items +
-           (select.ties ? "rank()" : "row_number()") + " OVER (" + order + ") AS \"rank\", " +
-           select.limit + " AS \"most\"" + select.tail +
-           ") WHERE \"rank\" <= \"most\" ORDER BY \"rank\"";
+    const std::string order = orderedBy(select, columns);
+    const std::string rows =
+        (select.distinct ? "SELECT DISTINCT " : "SELECT ") + columns + select.tail;
+    if (!select.ranked) {
+        return "SELECT " + names + " FROM (" + rows + ") " + order +
+               (select.limit.empty() ? "" : " LIMIT " + select.limit);
+    }
+    return "SELECT " + names + " FROM (SELECT *, " + (select.ties ? "rank()" : "row_number()") +
+           " OVER (" + order + ") AS \"rank\", " + select.limit + " AS \"most\" FROM (" + rows +
+           ")) WHERE \"rank\" <= \"most\" ORDER BY \"rank\"";
 }
 
 // OFFSET n ROWS FETCH NEXT m ROWS ONLY.
@@ -172,7 +179,8 @@ Binder::BoundSelect Binder::term(const tsql::QueryTerm& term,
 }
 
 std::string Binder::selectText(const BoundSelect& select) {
-    if (select.ranked && !select.limit.empty()) return rankedText(select);
+    const bool ranks = select.ranked && !select.limit.empty();
+    if (ranks || select.ordersByOuter) return nestedText(select);
     std::string sql = select.distinct ? "SELECT DISTINCT " : "SELECT ";
     for (std::size_t i = 0; i < select.items.size(); ++i) {
         if (i > 0) sql += ", ";

@@ -97,9 +97,14 @@ void Binder::grouping(const tsql::Select& select, BoundSelect& bound) {
     std::vector<Typed> groups;
     bound.scope->aggregates = AggregateUse::RefusedInGroupBy;
     for (const auto& expression : select.groupBy) {
+        const Replaced own(bound.scope->readsOwn, false);
+        const Replaced outer(bound.scope->readsOuter, false);
         const Typed value = this->value(*expression, *bound.scope);
         refuseLargeType(value, expression->line);
-        if (value.constant || value.nullLiteral) {
+        if (bound.scope->readsOuter && bound.scope->readsOwn) {
+            throw tsql::unsupported("GROUP BY with columns of an outer query", expression->line);
+        }
+        if (value.constant || value.nullLiteral || bound.scope->readsOuter) {
             throw ServerError(
                 164,
                 "Each GROUP BY expression must contain at least one column that is not an outer "

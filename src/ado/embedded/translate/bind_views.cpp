@@ -115,7 +115,7 @@ std::string Binder::targetView(const View& view, const tsql::ObjectName& name) {
     const CommonTarget inner = std::exchange(commonTarget_, {});
     const Replaced numbers(needsRowNumbers_, true);
     BoundSelect bound = term(view.query->terms.front(), view.query->orderBy, nullptr);
-    bound.order = orderText(view.query->orderBy, bound);
+    orderRows(view.query->orderBy, bound);
     std::vector<OutputColumn> columns = bound.items;
     for (std::size_t i = 0; i < columns.size(); ++i) {
         if (i < view.columns.size()) columns[i].name = view.columns[i];

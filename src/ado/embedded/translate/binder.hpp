@@ -273,7 +273,7 @@ private:
     // bind_queries.cpp
     [[nodiscard]] BoundQuery body(const tsql::Query& query, Scope* outer, QueryPlace place);
     [[nodiscard]] std::string rowLimits(const tsql::Query& query, Scope* outer);
-    [[nodiscard]] static std::string rankedText(const BoundSelect& select);
+    [[nodiscard]] static std::string nestedText(const BoundSelect& select);
 
     // bind_unions.cpp
     [[nodiscard]] BoundSelect term(const tsql::QueryTerm& term,
@@ -298,8 +298,9 @@ private:
     [[nodiscard]] std::string percentText(const tsql::TopClause& top, const BoundSelect& bound);
 
     // bind_order.cpp
-    [[nodiscard]] std::string orderText(const std::vector<tsql::OrderItem>& items,
-                                        BoundSelect& bound);
+    /// ORDER BY of a query around the one whose list is `columns`, to which it adds what it needs.
+    [[nodiscard]] static std::string orderedBy(const BoundSelect& select, std::string& columns);
+    void orderRows(const std::vector<tsql::OrderItem>& items, BoundSelect& bound);
     [[nodiscard]] static std::string unionOrderText(const std::vector<tsql::OrderItem>& items,
                                                     const std::vector<OutputColumn>& columns);
 
@@ -337,15 +338,21 @@ private:
 
 /// A SELECT before its items are put into text: what follows may still convert or order them.
 struct Binder::BoundSelect {
+    struct OrderKey {
+        std::optional<std::size_t> item;  ///< of the list
+        Typed value;                      ///< where it is none of the list
+        bool descending = false;
+    };
     std::unique_ptr<Scope> scope;
     bool distinct = false;
     std::vector<OutputColumn> items;
-    std::string tail;                     ///< FROM to HAVING, each part after a blank
-    std::string limit;                    ///< what LIMIT takes; empty without TOP
-    std::string order;                    ///< ORDER BY, after a blank
-    bool ties = false;                    ///< TOP n WITH TIES
-    bool ranked = false;                  ///< `limit` is compared with the numbers of the rows
-    std::vector<std::string> orderTerms;  ///< what `order` holds, term by term
+    std::string tail;            ///< FROM to HAVING, each part after a blank
+    std::string limit;           ///< what LIMIT takes; empty without TOP
+    std::string order;           ///< ORDER BY, after a blank
+    bool ties = false;           ///< TOP n WITH TIES
+    bool ranked = false;         ///< `limit` is compared with the numbers of the rows
+    std::vector<OrderKey> keys;  ///< what `order` holds, term by term
+    bool ordersByOuter = false;  ///< by columns of a query around, which SQLite cannot
     bool grouped = false;
 };
 
