@@ -156,7 +156,7 @@ void TableChanger::alterColumn(const Table& table, const tsql::ColumnDefinition&
 
 void TableChanger::renameTable(const std::string& name, const std::string& newName, int line) {
     const Table table = requireTable(name, line);
-    if (catalogue_.find(newName) != nullptr) {
+    if (catalogue_.find(newName) != nullptr || isKeptByTheFile(newName)) {
         throw ServerError(15335,
                           "Error: The new name '" + newName +
                               "' is already in use as a OBJECT name and would cause a duplicate "
@@ -176,6 +176,13 @@ void TableChanger::renameColumn(const std::string& name, const std::string& colu
         throw ServerError(15248,
                           "Either the parameter @objname is ambiguous or the claimed @objtype "
                           "(COLUMN) is wrong.",
+                          line, 11);
+    }
+    if (table.find(newName) != nullptr && !sameName(newName, found->name)) {
+        throw ServerError(15335,
+                          "Error: The new name '" + newName +
+                              "' is already in use as a COLUMN name and would cause a duplicate "
+                              "that is not permitted.",
                           line, 11);
     }
     run("ALTER TABLE " + tableSql(table.name, table.temporary) + " RENAME COLUMN " +

@@ -1,9 +1,12 @@
+#include <algorithm>
+#include <array>
 #include <utility>
 
 #include "ado/embedded/script/function_rules.hpp"
 #include "ado/embedded/script/script_runner.hpp"
 #include "ado/embedded/table_changer.hpp"
 #include "ado/embedded/translate/binder.hpp"
+#include "ado/embedded/translate/system_values.hpp"
 #include "ado/embedded/violations.hpp"
 #include "tsql/text.hpp"
 
@@ -171,6 +174,33 @@ void ScriptRunner::store(StoredObject object, bool replace, bool mustExist, int 
     catalogue_.invalidate();
 }
 
+// A function stays as long as the definition of a table calls it.
+void ScriptRunner::refuseUsedFunction(const tsql::ObjectName& name, int line) const {
+    const Function* function = catalogue_.findFunction(name.last());
+    if (function == nullptr) return;
+    const auto calls = [&](const std::string& definition) {
+        return std::ranges::any_of(
+            std::array<std::string, 2>{"kap_call", kColumnStoredCall},
+            [&](const std::string& call) {
+                return definition.find(call + "(" + sqlText(function->name)) != std::string::npos;
+            });
+    };
+    const auto refuse = [&](const std::string& user) {
+        throw ServerError(3729,
+                          "Cannot DROP FUNCTION '" + name.text() +
+                              "' because it is being referenced by object '" + user + "'.",
+                          line, 16, 1);
+    };
+    for (const ConstraintInfo& each : catalogue_.constraints()) {
+        if (calls(each.definition)) refuse(each.name);
+    }
+    for (const Table* table : catalogue_.tables()) {
+        for (const Column& column : table->columns) {
+            if (column.computed && calls(column.defaultSql.value_or(""))) refuse(table->name);
+        }
+    }
+}
+
 void ScriptRunner::dropStored(const tsql::DropStatement& node, int line) {
     const StoredKind kind = storedKind(node.kind);
     Transactions::WriteScope scope(transactions_);
@@ -193,6 +223,7 @@ void ScriptRunner::dropStored(const tsql::DropStatement& node, int line) {
                                   "', because it does not exist or you do not have permission.",
                               line, 11, 5);
         }
+        if (kind == StoredKind::Function) refuseUsedFunction(name, line);
         catalogue_.stored().remove(kind, name.last());
         catalogue_.invalidate();
     }

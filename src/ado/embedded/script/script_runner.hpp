@@ -189,6 +189,7 @@ private:
     void checkModule(const tsql::CreateModuleStatement& node);
     void createType(const tsql::CreateTypeStatement& node, int line);
     void store(StoredObject object, bool replace, bool mustExist, int line);
+    void refuseUsedFunction(const tsql::ObjectName& name, int line) const;
     void dropStored(const tsql::DropStatement& node, int line);
     void alterTable(Frame& frame, const tsql::AlterTableStatement& node, int line);
 

@@ -173,7 +173,8 @@ Value SessionFunctions::ofStatement(SystemValue value, const Arguments& argument
         case SystemValue::Identity:
             return orNull(state_.identity);
         case SystemValue::ScopeIdentity:
-            return orNull(state_.frame().scopeIdentity);
+            // A single row is written outside of any script, and may ask in a default.
+            return orNull(state_.frames.empty() ? state_.identity : state_.frame().scopeIdentity);
         case SystemValue::IdentityOfTable: {
             const Table* table = catalogue_.find(plainObjectName(textAt(arguments, 1)));
             const bool has =
@@ -187,9 +188,9 @@ Value SessionFunctions::ofStatement(SystemValue value, const Arguments& argument
         case SystemValue::FetchStatus:
             return std::int64_t{state_.fetchStatus};
         case SystemValue::NestLevel:
-            return static_cast<std::int64_t>(state_.frames.size()) - 1;
+            return std::max(static_cast<std::int64_t>(state_.frames.size()) - 1, std::int64_t{0});
         case SystemValue::ProcedureId: {
-            const std::string name = state_.frame().procedure();
+            const std::string name = state_.frames.empty() ? "" : state_.frame().procedure();
             return name.empty() ? Value(std::int64_t{0}) : Value(objectId(name));
         }
         case SystemValue::DateFirst:
@@ -276,7 +277,8 @@ Value SessionFunctions::ofSchema(SystemValue value, const Arguments& arguments) 
 
 // UPDATE(column) in a trigger: whether the statement assigns the column. An INSERT assigns all.
 Value SessionFunctions::columnUpdated(const std::string& column) const {
-    const std::optional<FiringTrigger>& trigger = state_.frame().trigger;
+    const std::optional<FiringTrigger> trigger =
+        state_.frames.empty() ? std::nullopt : state_.frame().trigger;
     if (!trigger) {
         throw tsql::ServerError(421, "UPDATE(column) can only be used within a trigger.");
     }
