@@ -65,6 +65,27 @@ TEST_F(RowChangerTest, InsertsARowOfDefaults) {
     EXPECT_EQ(rowsOf(*session_, "SELECT id, name, n FROM t WHERE id = 3"), "3, Null, 7");
 }
 
+TEST_F(RowChangerTest, CallsTheFunctionsThatATableIsMadeOf) {
+    (void)session_->execute(
+        "CREATE FUNCTION doubled (@n int) RETURNS int AS BEGIN RETURN @n * 2 END");
+    (void)session_->execute(
+        "CREATE TABLE f (a int IDENTITY, n int DEFAULT dbo.doubled(4) CHECK (dbo.doubled(n) < "
+        "100), "
+        "d AS dbo.doubled(n), s int DEFAULT scope_identity(), p int DEFAULT @@procid, l int "
+        "DEFAULT "
+        "@@nestlevel)");
+    RowChange insertion = change(RowChange::Kind::Insert, {}, {}, {"n", "d", "p", "l"});
+    insertion.table = "f";
+    const ChangeOutcome outcome = session_->apply(insertion);
+    ASSERT_EQ(outcome.readBack.size(), 4U);
+    EXPECT_EQ(test::shown(outcome.readBack[0], Storage::Integer), "8");
+    EXPECT_EQ(test::shown(outcome.readBack[1], Storage::Integer), "16");
+    EXPECT_EQ(test::shown(outcome.readBack[2], Storage::Integer), "0");
+    EXPECT_EQ(test::shown(outcome.readBack[3], Storage::Integer), "0");
+    insertion.values = {integer("n", 50)};
+    EXPECT_EQ(refusalOf(insertion).nativeNumber, 547);
+}
+
 TEST_F(RowChangerTest, ATableOfOneColumnTakesDefaultsToo) {
     (void)session_->execute("CREATE TABLE one (a int DEFAULT 4)");
     RowChange insertion = change(RowChange::Kind::Insert, {}, {}, {"a"});
