@@ -32,6 +32,9 @@ void checkPlace(const Options& options) {
     if (fs::is_directory(status)) {
         throw openError(place, "it is a directory");
     }
+    if (fs::is_fifo(status) || fs::is_socket(status)) {
+        throw openError(place, "it is no file");
+    }
     if (fs::exists(status)) {
         return;
     }
@@ -44,18 +47,28 @@ void checkPlace(const Options& options) {
     }
 }
 
+// A text as it stands in one of SQLite's addresses.
+std::string inAddress(std::string_view text) {
+    constexpr std::string_view kHexadecimal = "0123456789ABCDEF";
+    std::string escaped;
+    for (const char letter : text) {
+        const auto byte = static_cast<unsigned char>(letter);
+        if (byte == '/') {
+            escaped.push_back('/');
+            continue;
+        }
+        escaped.push_back('%');
+        escaped.push_back(kHexadecimal[byte >> 4]);
+        escaped.push_back(kHexadecimal[byte & 0xFU]);
+    }
+    return escaped;
+}
+
 // Databases in memory live in a file system of SQLite's own, where connections of this process find
 // one another by name.
 std::string memoryName(const std::string& source) {
-    constexpr std::string_view kHexadecimal = "0123456789ABCDEF";
-    std::string name = "file:/memory";
-    for (const char letter : source.substr(std::string_view(":memory:").size())) {
-        const auto byte = static_cast<unsigned char>(letter);
-        name.push_back('%');
-        name.push_back(kHexadecimal[byte >> 4]);
-        name.push_back(kHexadecimal[byte & 0xFU]);
-    }
-    return name + "?vfs=memdb";
+    return "file:/memory" + inAddress(source.substr(std::string_view(":memory:").size())) +
+           "?vfs=memdb";
 }
 
 std::string fileName(const std::string& source) {
@@ -69,6 +82,34 @@ std::optional<fs::path> writtenFile(const Options& options) {
     return writes ? std::optional(fs::absolute(pathOf(options.source))) : std::nullopt;
 }
 
+// Whether a file that is only read can be, as it stands in its folder. SQLite makes files of its
+// own beside it, which is not possible on a share for backups or on a disc.
+bool canBeShared(const Database& database) {
+    try {
+        PreparedStatement(database.handle(), "SELECT count(*) FROM main.sqlite_schema").run();
+        return true;
+    } catch (const SqliteError& error) {
+        return error.primaryCode() != SQLITE_CANTOPEN && error.primaryCode() != SQLITE_READONLY;
+    }
+}
+
+// Where nothing can be written nobody changes the file while it is read.
+Database openToRead(const Options& options) {
+    const std::string name = fileName(options.source);
+    Database database(name, SQLITE_OPEN_READONLY);
+    if (canBeShared(database)) {
+        return database;
+    }
+    std::error_code ignored;
+    const auto journal = fs::file_size(pathOf(name + "-wal"), ignored);
+    if (!ignored && journal > 0) {
+        throw openError(options.place(),
+                        "it has changes in its journal that only a program can take in that may "
+                        "write its folder");
+    }
+    return {"file:" + inAddress(name) + "?immutable=1", SQLITE_OPEN_READONLY | SQLITE_OPEN_URI};
+}
+
 Database open(const Options& options) {
     if (options.inMemory()) {
         return {memoryName(options.source),
@@ -76,9 +117,10 @@ Database open(const Options& options) {
     }
     checkPlace(options);
     try {
-        return {fileName(options.source), options.readOnly
-                                              ? SQLITE_OPEN_READONLY
-                                              : SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE};
+        if (options.readOnly) {
+            return openToRead(options);
+        }
+        return {fileName(options.source), SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE};
     } catch (const SqliteError& error) {
         throw openError(error, options.place());
     }
@@ -143,6 +185,18 @@ void Connection::useWriteAheadJournal(const Options& options) {
             }
         }
         std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+}
+
+void Connection::requireFile() const {
+    int moved = 0;
+    if (sqlite3_file_control(handle(), "main", SQLITE_FCNTL_HAS_MOVED, &moved) == SQLITE_OK &&
+        moved != 0) {
+        throw tsql::ServerError(945,
+                                "Database '" + place_.name +
+                                    "' cannot be written: its file has been removed or replaced "
+                                    "since it was opened.",
+                                0, 14);
     }
 }
 

@@ -28,6 +28,10 @@ public:
         lockWait_.setLimit(std::chrono::milliseconds(milliseconds));
     }
 
+    // Raises ServerError 945 when the file has been removed or replaced since it was opened: what
+    // is written would be nowhere.
+    void requireFile() const;
+
     // What the server would say of a failed statement: what a function of the dialect has left
     // behind, or SQLite's failure in the server's words.
     [[nodiscard]] tsql::ServerError explain(const SqliteError& error, WriteContext context);

@@ -67,7 +67,11 @@ void EmbeddedSession::commit() {
 }
 
 void EmbeddedSession::rollback() {
-    reported([&] { transactions_.rollback(); });
+    reported([&] {
+        if (!transactions_.takeLost()) {
+            transactions_.rollback();
+        }
+    });
 }
 
 }  // namespace kap::ado::embedded

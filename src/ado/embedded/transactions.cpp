@@ -1,6 +1,7 @@
 #include "ado/embedded/transactions.hpp"
 
 #include <algorithm>
+#include <utility>
 
 #include "ado/embedded/functions/value.hpp"
 #include "ado/embedded/time_limit.hpp"
@@ -27,7 +28,8 @@ std::string savePointName(const std::string& name) {
 }  // namespace
 
 Transactions::Transactions(Connection& connection, Counters& counters, SchemaCatalogue& catalogue)
-    : database_(connection.database()),
+    : connection_(connection),
+      database_(connection.database()),
       lockWait_(connection.lockWait()),
       counters_(counters),
       catalogue_(catalogue),
@@ -49,6 +51,7 @@ bool Transactions::joinsOpen() {
         return true;
     }
     const bool endedWithinScope = !open && scoped_;
+    lost_ = lost_ || (!open && depth_ > 0);
     if (open || depth_ > 0 || scoped_) {
         discard();
     }
@@ -66,6 +69,7 @@ void Transactions::open(Access access) {
         } else {
             const LockWait::Turn turn(lockWait_);
             beginImmediate_.run();
+            connection_.requireFile();
         }
         catalogue_.refresh();
     } catch (...) {
@@ -109,8 +113,14 @@ void Transactions::forget() noexcept {
     }
 }
 
+bool Transactions::takeLost() {
+    static_cast<void>(joinsOpen());
+    return std::exchange(lost_, false) && depth_ == 0;
+}
+
 void Transactions::begin() {
     const TimeLimit::Pause whole;
+    lost_ = false;
     if (!joinsOpen()) {
         open(Access::Write);
         try {
@@ -224,6 +234,7 @@ Transactions::WriteScope::~WriteScope() {
     if (own_) {
         transactions_.discard();
     } else if (!transactions_.database_.inTransaction()) {
+        transactions_.lost_ = transactions_.depth_ > 0;
         transactions_.forget();  // and a scope around this one finds its transaction gone
     } else if (protected_) {
         transactions_.undoStatement();

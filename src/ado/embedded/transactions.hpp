@@ -34,6 +34,9 @@ public:
     // Raise ServerError 3902 and 3903 when there is none.
     void commit();
     void rollback();
+    // Whether a failure (a full disk) has ended the transaction that was begun last, which the
+    // client does not know until it ends it, too. True once.
+    [[nodiscard]] bool takeLost();
 
     // SAVE TRANSACTION: a place within the open transaction to go back to. Error 628 without one.
     void save(const std::string& name);
@@ -104,6 +107,7 @@ private:
     void undoStatement() noexcept;
     void rollBackKeepingCounters();
 
+    Connection& connection_;
     Database& database_;
     LockWait& lockWait_;
     Counters& counters_;
@@ -115,6 +119,7 @@ private:
     PreparedStatement release_;
     int depth_ = 0;
     bool implicit_ = false;  // `depth_` is that of an ImplicitScope
+    bool lost_ = false;      // SQLite has ended the transaction that begin() began
     bool scoped_ = false;    // a WriteScope or ReadScope has begun the transaction and will end it
     std::vector<std::string> savePoints_;
     std::uint64_t startGeneration_ = 0;

@@ -1,8 +1,10 @@
 #include <filesystem>
 #include <map>
 #include <memory>
+#include <stdexcept>
 
 #include "ado/embedded/column_info.hpp"
+#include "ado/embedded/database_check.hpp"
 #include "ado/embedded/script/script_runner.hpp"
 #include "ado/embedded/translate/translator.hpp"
 #include "tsql/text.hpp"
@@ -35,6 +37,24 @@ void copyPages(sqlite3* from, const std::filesystem::path& to) {
         if (isBusy(code)) sqlite3_sleep(kNapMilliseconds);
     }
     if (code != SQLITE_DONE) throw lastError(copy.handle());
+}
+
+// What is wrong with a copy, as it lies on its disk; empty: nothing. Rows that break their own
+// rules are copied as they are.
+std::string faultOf(const std::filesystem::path& file) {
+    Options options;
+    options.source = file.string();
+    options.readOnly = true;
+    Connection copy(options);
+    Counters counters(copy.database(), copy.errorSlot());
+    SchemaCatalogue catalogue(copy.database(), counters);
+    std::string first;
+    copy.database().run("BEGIN");
+    checkDatabase(copy, catalogue, counters, [&](int number, const std::string& finding) {
+        if (first.empty() && number == kStructureFault) first = finding;
+    });
+    copy.database().run("COMMIT");
+    return first;
 }
 
 }  // namespace
@@ -71,7 +91,7 @@ void ScriptRunner::explain(Frame& frame, Instruction& instruction, std::vector<R
 }
 
 // The copy holds what was committed when it was finished; others go on writing meanwhile. It has
-// another name until it is whole.
+// another name until it is whole, which is looked at.
 void ScriptRunner::backup(const std::string& file, bool replace, int line) {
     const auto failed = [&](const std::string& reason) {
         return ServerError(3201, "Cannot open backup device '" + file + "': " + reason + ".", line);
@@ -87,7 +107,9 @@ void ScriptRunner::backup(const std::string& file, bool replace, int line) {
     std::filesystem::remove(unfinished, error);
     try {
         copyPages(connection_.handle(), unfinished);
-    } catch (const SqliteError& failure) {
+        const std::string fault = faultOf(unfinished);
+        if (!fault.empty()) throw std::runtime_error("the copy is not whole: " + fault);
+    } catch (const std::exception& failure) {
         std::filesystem::remove(unfinished, error);
         throw failed(failure.what());
     }
@@ -96,23 +118,15 @@ void ScriptRunner::backup(const std::string& file, bool replace, int line) {
     note("BACKUP DATABASE copied database '" + catalogue_.databaseName() + "' to '" + file + "'.");
 }
 
-// DBCC CHECKDB: the file's own structure, and the rows that foreign keys refer to.
+// DBCC CHECKDB.
 void ScriptRunner::checkDatabase() {
     const Transactions::ReadScope scope(transactions_);
     std::int64_t errors = 0;
-    const auto found = [&](int number, const std::string& finding) {
-        ++errors;
-        report(ServerError(number, "Table error: " + finding));
-    };
-    PreparedStatement structure(connection_.handle(), "PRAGMA main.integrity_check");
-    while (structure.step()) {
-        if (structure.text(0) != "ok") found(8939, structure.text(0));
-    }
-    PreparedStatement keys(connection_.handle(), "PRAGMA main.foreign_key_check");
-    while (keys.step()) {
-        found(8964, "a row of table '" + keys.text(0) + "' refers to a row of table '" +
-                        keys.text(2) + "' that is not there.");
-    }
+    embedded::checkDatabase(connection_, catalogue_, counters_,
+                            [&](int number, const std::string& finding) {
+                                ++errors;
+                                report(ServerError(number, "Table error: " + finding));
+                            });
     note("CHECKDB found 0 allocation errors and " + tsql::integerText(errors) +
          " consistency errors in database '" + catalogue_.databaseName() + "'.");
 }

@@ -1,0 +1,227 @@
+#include "ado/embedded/database_check.hpp"
+
+#include <algorithm>
+#include <cstdint>
+#include <vector>
+
+#include "ado/embedded/functions/value.hpp"
+#include "frame/unicode.hpp"
+#include "tsql/parser.hpp"
+#include "tsql/server_error.hpp"
+#include "tsql/text.hpp"
+
+namespace kap::ado::embedded {
+namespace {
+
+using tsql::SqlType;
+
+constexpr int kReference = 8964;
+constexpr int kValue = 2570;
+constexpr int kStoredText = 8992;
+
+constexpr const char* kIsText = "kap_check_text";
+
+// Whether a text is UTF-8, as SQL.
+void isTextFunction(sqlite3_context* context, int /*count*/, sqlite3_value** values) {
+    const auto* bytes = reinterpret_cast<const char*>(sqlite3_value_text(values[0]));
+    const auto size = static_cast<std::size_t>(sqlite3_value_bytes(values[0]));
+    sqlite3_result_int(context, bytes == nullptr || unicode::utf16({bytes, size}) ? 1 : 0);
+}
+
+std::string whole(const std::string& column, const std::string& least, const std::string& most) {
+    return "typeof(" + column + ") = 'integer' AND " + column + " BETWEEN " + least + " AND " +
+           most;
+}
+
+std::string date(const std::string& column, const std::string& first, const std::string& behind) {
+    return "typeof(" + column + ") IN ('real', 'integer') AND " + column + " >= " + first +
+           " AND " + column + " < " + behind;
+}
+
+// Of texts and binaries: the longest, where there is one.
+std::string atMost(const std::string& column, int length) {
+    return length <= 0 ? std::string()
+                       : " AND length(" + column + ") <= " + tsql::integerText(length);
+}
+
+std::string decimal(const std::string& column, int precision) {
+    constexpr int kMostDigits = 18;
+    if (precision <= 0 || precision > kMostDigits) {
+        return "typeof(" + column + ") = 'integer'";
+    }
+    const std::string most(static_cast<std::size_t>(precision), '9');
+    return whole(column, "-" + most, most);
+}
+
+// What holds for every value of a column but Null. Days are counted from 30 December 1899.
+std::string conditionOf(const std::string& column, const tsql::TypeSpec& type) {
+    switch (type.type) {
+        case SqlType::Bit:
+            return whole(column, "0", "1");
+        case SqlType::TinyInt:
+            return whole(column, "0", "255");
+        case SqlType::SmallInt:
+            return whole(column, "-32768", "32767");
+        case SqlType::Int:
+        case SqlType::SmallMoney:
+            return whole(column, "-2147483648", "2147483647");
+        case SqlType::BigInt:
+        case SqlType::Money:
+            return "typeof(" + column + ") = 'integer'";
+        case SqlType::Decimal:
+        case SqlType::Numeric:
+            return decimal(column, type.precision);
+        case SqlType::Float:
+        case SqlType::Real:
+            return "typeof(" + column + ") IN ('real', 'integer')";
+        case SqlType::Date:
+            return date(column, "-693593", "2958466");
+        case SqlType::DateTime:
+            return date(column, "-53690", "2958466");
+        case SqlType::SmallDateTime:
+            return date(column, "2", "65538");
+        case SqlType::Char:
+        case SqlType::VarChar:
+        case SqlType::NChar:
+        case SqlType::NVarChar:
+        case SqlType::Text:
+        case SqlType::NText:
+            return "typeof(" + column + ") = 'text' AND " + kIsText + "(" + column + ")" +
+                   atMost(column, type.length);
+        case SqlType::Binary:
+        case SqlType::VarBinary:
+        case SqlType::Image:
+            return "typeof(" + column + ") = 'blob'" + atMost(column, type.length);
+        case SqlType::Timestamp:
+            return "typeof(" + column + ") = 'blob' AND length(" + column + ") = 8";
+        case SqlType::UniqueIdentifier:
+            break;
+    }
+    return "(typeof(" + column + ") = 'text' AND length(" + column + ") = 36) OR (typeof(" +
+           column + ") = 'blob' AND length(" + column + ") = 16)";
+}
+
+std::string hexadecimal(std::int64_t number) {
+    constexpr const char* kDigits = "0123456789ABCDEF";
+    std::string text;
+    for (int shift = 60; shift >= 0; shift -= 4) {
+        text.push_back(kDigits[(static_cast<std::uint64_t>(number) >> shift) & 0xFU]);
+    }
+    return text;
+}
+
+class Check {
+public:
+    Check(Connection& connection, SchemaCatalogue& catalogue, Counters& counters,
+          const Finding& found)
+        : connection_(connection), catalogue_(catalogue), counters_(counters), found_(found) {
+        sqlite3_create_function_v2(connection_.handle(), kIsText, 1,
+                                   SQLITE_UTF8 | SQLITE_DETERMINISTIC, nullptr, &isTextFunction,
+                                   nullptr, nullptr, nullptr);
+    }
+
+    void run() {
+        structure();
+        references();
+        for (const Table* table : catalogue_.tables()) {
+            if (counters_.find(*table)) {  // nothing is known of what others made
+                values(*table);
+            }
+        }
+        storedTexts();
+    }
+
+private:
+    void structure() {
+        PreparedStatement lines(connection_.handle(), "PRAGMA main.integrity_check");
+        while (lines.step()) {
+            if (lines.text(0) != "ok") {
+                found_(kStructureFault, lines.text(0));
+            }
+        }
+    }
+
+    void references() {
+        PreparedStatement keys(connection_.handle(), "PRAGMA main.foreign_key_check");
+        while (keys.step()) {
+            found_(kReference, "a row of table '" + keys.text(0) + "' refers to a row of table '" +
+                                   keys.text(2) + "' that is not there.");
+        }
+    }
+
+    void values(const Table& table) {
+        std::vector<const Column*> columns;
+        std::string sums;
+        for (const Column& column : table.columns) {
+            if (!column.computed) {
+                const std::string name = sqlName(column.name);
+                sums += (columns.empty() ? "" : ", ") + std::string("total(") + name +
+                        " IS NOT NULL AND NOT (" + conditionOf(name, column.type) + "))";
+                columns.push_back(&column);
+            }
+        }
+        PreparedStatement counts(connection_.handle(),
+                                 "SELECT " + sums + " FROM main." + sqlName(table.name));
+        if (!counts.step()) {
+            return;
+        }
+        for (std::size_t i = 0; i < columns.size(); ++i) {
+            const std::int64_t wrong = counts.integer(static_cast<int>(i));
+            if (wrong > 0) {
+                found_(kValue, tsql::integerText(wrong) + " values of column '" + columns[i]->name +
+                                   "' of table '" + table.name + "' are no values of type " +
+                                   tsql::typeText(columns[i]->type) + ".");
+            }
+        }
+        const auto version = std::ranges::find_if(table.columns, &Column::isRowVersion);
+        if (version != table.columns.end()) {
+            rowVersions(table, *version);
+        }
+    }
+
+    // None is ahead of the counter, and none stands twice.
+    void rowVersions(const Table& table, const Column& column) {
+        const std::string name = sqlName(column.name);
+        PreparedStatement counts(connection_.handle(),
+                                 "SELECT total(" + name + " > x'" +
+                                     hexadecimal(counters_.currentRowVersion()) + "'), count(" +
+                                     name + ") - count(DISTINCT " + name + ") FROM main." +
+                                     sqlName(table.name));
+        if (counts.step() && counts.integer(0) + counts.integer(1) > 0) {
+            found_(kValue, "row versions of table '" + table.name +
+                               "' are ahead of their counter or there twice.");
+        }
+    }
+
+    void storedTexts() {
+        for (const StoredObject& object : catalogue_.objects()) {
+            const bool isScript =
+                object.kind == StoredKind::View || object.kind == StoredKind::Procedure ||
+                object.kind == StoredKind::Function || object.kind == StoredKind::Trigger;
+            if (!isScript) {
+                continue;
+            }
+            try {
+                static_cast<void>(
+                    tsql::parseScript(object.text, catalogue_.parseOptions(object.quotedNames)));
+            } catch (const tsql::ServerError& error) {
+                found_(kStoredText,
+                       "the text of '" + object.name + "' cannot be read: " + error.message());
+            }
+        }
+    }
+
+    Connection& connection_;
+    SchemaCatalogue& catalogue_;
+    Counters& counters_;
+    const Finding& found_;
+};
+
+}  // namespace
+
+void checkDatabase(Connection& connection, SchemaCatalogue& catalogue, Counters& counters,
+                   const Finding& found) {
+    Check(connection, catalogue, counters, found).run();
+}
+
+}  // namespace kap::ado::embedded
