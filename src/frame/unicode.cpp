@@ -124,6 +124,24 @@ std::optional<std::u16string> utf16(std::string_view utf8) {
     return out;
 }
 
+bool isUtf8(std::string_view bytes) noexcept {
+    const auto* units = reinterpret_cast<const utf8proc_uint8_t*>(bytes.data());
+    for (std::size_t i = 0; i < bytes.size();) {
+        if (units[i] < 0x80) {
+            ++i;
+            continue;
+        }
+        utf8proc_int32_t point = -1;
+        const auto length =
+            utf8proc_iterate(units + i, static_cast<utf8proc_ssize_t>(bytes.size() - i), &point);
+        if (length <= 0) {
+            return false;
+        }
+        i += static_cast<std::size_t>(length);
+    }
+    return true;
+}
+
 std::optional<std::string> utf8(std::u16string_view text) {
     std::string out;
     if (!encode(text, false, out)) {

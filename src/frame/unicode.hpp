@@ -11,6 +11,8 @@ namespace kap::unicode {
 // UTF-8 to UTF-16; nullopt when the bytes are not valid UTF-8 (overlong forms, surrogates and
 // values above U+10FFFF are not).
 [[nodiscard]] std::optional<std::u16string> utf16(std::string_view utf8);
+// Whether bytes are valid UTF-8, of which nothing is made.
+[[nodiscard]] bool isUtf8(std::string_view bytes) noexcept;
 // UTF-16 to UTF-8; nullopt when it holds half of a surrogate pair.
 [[nodiscard]] std::optional<std::string> utf8(std::u16string_view text);
 // The same for people's eyes: what cannot be carried becomes U+FFFD.

@@ -16,7 +16,8 @@ namespace {
 namespace fs = std::filesystem;
 
 fs::path withOneSeparator(std::u16string_view path) {
-    const auto utf8 = unicode::utf8(path);
+    constexpr std::size_t kLongestPath = 4096;  // of the systems that this is built for
+    const auto utf8 = path.size() < kLongestPath ? unicode::utf8(path) : std::nullopt;
     if (!utf8 || utf8->find('\0') != std::string::npos) {
         throw AutomationError(errors::kBadFileName);
     }
@@ -53,9 +54,15 @@ fs::path locate(std::u16string_view path) {
         return exact;
     }
     fs::path found = exact.root_path();
+    bool missing = false;  // below what is not there nothing is looked for
     for (const fs::path& name : exact.relative_path()) {
-        const bool known = name.empty() || isThere(found / name);
-        found /= known ? name : namedAlike(found, name).value_or(name);
+        if (!missing && !name.empty() && !isThere(found / name)) {
+            const auto alike = namedAlike(found, name);
+            missing = !alike;
+            found /= alike.value_or(name);
+        } else {
+            found /= name;
+        }
     }
     return found;
 }

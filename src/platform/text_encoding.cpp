@@ -16,7 +16,7 @@ std::optional<TextEncoding> markedEncoding(std::string_view bytes) noexcept {
     if (bytes.starts_with(kUtf16Mark) && bytes.size() % 2 == 0) {
         return TextEncoding::Utf16Marked;
     }
-    if (bytes.starts_with(kUtf8Mark) && unicode::utf16(bytes)) {
+    if (bytes.starts_with(kUtf8Mark) && unicode::isUtf8(bytes)) {
         return TextEncoding::Utf8Marked;
     }
     return std::nullopt;
@@ -26,7 +26,7 @@ std::optional<TextEncoding> markedEncoding(std::string_view bytes) noexcept {
 
 TextEncoding encodingOf(std::string_view bytes) noexcept {
     if (const auto marked = markedEncoding(bytes)) return *marked;
-    return unicode::utf16(bytes) ? TextEncoding::Utf8 : TextEncoding::Windows1252;
+    return unicode::isUtf8(bytes) ? TextEncoding::Utf8 : TextEncoding::Windows1252;
 }
 
 TextEncoding sharedEncodingOf(std::string_view bytes) noexcept {

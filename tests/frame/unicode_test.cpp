@@ -35,6 +35,13 @@ TEST(Unicode, TrimsBlanksOnly) {
     EXPECT_EQ(trim(u"\ta\u00A0"), u"\ta\u00A0");
 }
 
+TEST(Unicode, TellsWhetherBytesAreUtf8AsTheConversionDoes) {
+    for (const char* bytes : {"", "abc", "citt\xC3\xA0", "\xF0\x9F\x98\x80", "citt\xE0", "\xC3",
+                              "\xC0\x80", "\xED\xA0\x80", "\xF4\x90\x80\x80", "a\xFFz"}) {
+        EXPECT_EQ(isUtf8(bytes), utf16(bytes).has_value()) << bytes;
+    }
+}
+
 TEST(Unicode, ShowsHalfASurrogatePairAsReplacement) {
     EXPECT_EQ(displayUtf8(std::u16string(1, u'\xD800')), "\xEF\xBF\xBD");
     EXPECT_EQ(displayUtf8(u"a\u20AC"), "a\xE2\x82\xAC");

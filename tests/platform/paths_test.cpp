@@ -52,6 +52,16 @@ TEST_F(Paths, RaiseForWhatNoFileCanBeNamed) {
               errors::kBadFileName);
 }
 
+TEST_F(Paths, RaiseForOneThatIsTooLong) {
+    const std::u16string long16 = std::u16string(4096, u'a');
+    EXPECT_EQ(test::raisedBy([&] { return locate(long16); }), errors::kBadFileName);
+    std::u16string deep;
+    for (int i = 0; i < 2000; ++i) {
+        deep += u"a/";
+    }
+    EXPECT_EQ(locate(deep).string(), String(deep).utf8());
+}
+
 TEST(PathText, ReadsBytesThatAreNoUtf8AsCodePage1252) {
     EXPECT_EQ(pathText("citt\xC3\xA0"), u"città");
     EXPECT_EQ(pathText("citt\xE0"), u"città");

@@ -281,5 +281,25 @@ TEST_F(RegistrationText, ThatIsNoneChangesNothingAndSaysWhere) {
     EXPECT_EQ(contentOf(file_), before);
 }
 
+// A short text could otherwise ask for a store thousands of times its size.
+TEST_F(RegistrationText, HasTheLimitsOfWindows) {
+    const std::string heading = "Windows Registry Editor Version 5.00\n\n";
+    const auto key = [&](std::size_t levels, std::size_t length) {
+        std::string path = "[HKCU";
+        for (std::size_t i = 1; i < levels; ++i) {
+            path += "\\" + std::string(length, 'k');
+        }
+        return heading + path + "]\n";
+    };
+    EXPECT_EQ(refusal(key(512, 3)), "");
+    EXPECT_EQ(refusal(key(513, 3)), "line 3: Registry keys are at most 512 levels deep");
+    EXPECT_EQ(refusal(key(20'000, 1)), "line 3: Registry keys are at most 512 levels deep");
+    EXPECT_EQ(refusal(key(2, 255)), "");
+    EXPECT_EQ(refusal(key(2, 256)),
+              "line 3: The name of a registry key has at most 255 characters");
+    EXPECT_EQ(refusal(key(2, 3) + "\"" + std::string(16384, 'v') + "\"=\"x\"\n"),
+              "line 4: The name of a registry value has at most 16383 characters");
+}
+
 }  // namespace
 }  // namespace kap::platform::registry

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -15,9 +16,14 @@ struct Draft {
     std::vector<std::filesystem::path> attachments;
 };
 
+// The most that the texts and attachments of a message may take together, in bytes; no mail server
+// takes as much.
+inline constexpr std::uintmax_t kLargestMessage = 150'000'000;
+
 // The message as standards have it, marked as not sent yet. The sender is the address in the
 // variable EMAIL, none without it. Raises the file-system object's errors for an attachment that
-// cannot be read.
+// cannot be read, 5 for a message that is too large, and std::bad_alloc before anything is made
+// when there is no memory for it.
 [[nodiscard]] std::string messageText(const Draft& draft);
 
 // Puts the message into the user's folder of drafts and gives back its file.

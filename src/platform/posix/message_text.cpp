@@ -5,9 +5,12 @@
 #include <cstdlib>
 #include <memory>
 #include <mutex>
+#include <new>
 #include <optional>
 #include <string_view>
 #include <system_error>
+
+#include <kaputil/frame/error.hpp>
 
 #include "platform/file_errors.hpp"
 #include "platform/mail/draft.hpp"
@@ -141,9 +144,29 @@ void putHeaders(GMimeMessage* message, const Draft& draft) {
     g_mime_object_set_header(GMIME_OBJECT(message), "X-Unsent", "1", nullptr);
 }
 
+// The library that makes messages ends the program when there is no memory. So the size is looked
+// at before, and whether there is room for what it makes of that: the bytes, their encoded form
+// and the text of the whole, which grows as it is written.
+void requireRoom(const Draft& draft) {
+    constexpr std::uintmax_t kTimesInMemory = 8;
+    constexpr std::uintmax_t kForTheRest = 1 << 20;
+    std::uintmax_t size = draft.to.size() + draft.subject.size() + draft.body.size();
+    for (const std::filesystem::path& file : draft.attachments) {
+        std::error_code ignored;  // one that is not there is told when it is read
+        const std::uintmax_t bytes = std::filesystem::file_size(file, ignored);
+        size += ignored ? 0 : bytes;
+    }
+    if (size > kLargestMessage) {
+        throw AutomationError(errors::kInvalidArgument,
+                              u"A message with its attachments has at most 150 MB");
+    }
+    ::operator delete(::operator new(kTimesInMemory* size + kForTheRest));
+}
+
 }  // namespace
 
 std::string messageText(const Draft& draft) {
+    requireRoom(draft);
     static std::once_flag begun;
     std::call_once(begun, g_mime_init);
     const Owned<GMimeMessage> message(g_mime_message_new(TRUE));

@@ -112,6 +112,7 @@ bool setValue(std::u16string_view key, std::u16string_view name, const Value& va
         !unicode::utf8(name)) {
         throw AutomationError(errors::kBadFileName, u"The name of a registry value is one line");
     }
+    checkValueName(name);
     return update([&](Tree& tree) {
         if (!isThere(tree, path)) {
             return false;

@@ -140,11 +140,20 @@ private:
         }
     }
 
+    void checkName(std::u16string_view name) const {
+        try {
+            checkValueName(name);
+        } catch (const AutomationError& error) {
+            refuse(error.what());
+        }
+    }
+
     void readValue(std::u16string_view line, const std::u16string& comment) {
         if (key_.empty()) {
             refuse(removed_ ? "a value follows a key that is removed" : "a value has no key");
         }
         const std::u16string name = takeName(line);
+        checkName(name);
         line = trimmed(line);
         if (!line.starts_with(u'=')) {
             refuse("= is missing behind the name of a value");

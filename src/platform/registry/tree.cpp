@@ -32,6 +32,23 @@ bool isWellFormed(std::u16string_view path) {
            path.find_first_of(std::u16string_view(u"\r\n\0", 3)) == std::u16string_view::npos;
 }
 
+// The limits of Windows, without which a short text could ask for very much.
+void checkSizes(std::u16string_view path) {
+    std::size_t levels = 0;
+    while (!path.empty()) {
+        const std::size_t length = std::min(path.find(u'\\'), path.size());
+        if (length > kLongestKeyName) {
+            throw AutomationError(errors::kBadFileName,
+                                  u"The name of a registry key has at most 255 characters");
+        }
+        if (++levels > kDeepestKey) {
+            throw AutomationError(errors::kBadFileName,
+                                  u"Registry keys are at most 512 levels deep");
+        }
+        path.remove_prefix(std::min(length + 1, path.size()));
+    }
+}
+
 }  // namespace
 
 std::optional<String> rootName(std::int32_t handle) {
@@ -62,7 +79,15 @@ std::u16string normalPath(std::u16string_view path) {
         throw AutomationError(errors::kBadFileName,
                               u"'" + String(path) + u"' is no path of a registry key");
     }
+    checkSizes(path);
     return std::u16string(root->name) + std::u16string(path.substr(end));
+}
+
+void checkValueName(std::u16string_view name) {
+    if (name.size() > kLongestValueName) {
+        throw AutomationError(errors::kBadFileName,
+                              u"The name of a registry value has at most 16383 characters");
+    }
 }
 
 bool isWithin(std::u16string_view path, std::u16string_view ancestor) {

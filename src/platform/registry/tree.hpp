@@ -62,9 +62,17 @@ Tree::Entry& putValue(Tree::Key& key, std::u16string_view name, Value value);
 // The path of the key above; empty for a root.
 [[nodiscard]] std::u16string_view parentOf(std::u16string_view path);
 
+// How long names may be, and how deep keys: as on Windows.
+inline constexpr std::size_t kLongestKeyName = 255;
+inline constexpr std::size_t kLongestValueName = 16383;
+inline constexpr std::size_t kDeepestKey = 512;
+
 // The path with the whole name of its root and without a '\' at its end. Raises 52 when it does not
-// begin with a root or has a name without letters in it.
+// begin with a root, has a name without letters in it, or is beyond the limits above.
 [[nodiscard]] std::u16string normalPath(std::u16string_view path);
+
+// Raises 52 for a name of a value that is too long.
+void checkValueName(std::u16string_view name);
 
 // The whole names of the roots.
 [[nodiscard]] std::vector<std::u16string_view> roots();
