@@ -1,9 +1,11 @@
 #include <kaputil/frame/array.hpp>
 
+#include <algorithm>
 #include <utility>
 
 #include <kaputil/frame/convert.hpp>
 #include <kaputil/frame/error.hpp>
+#include <kaputil/frame/nesting.hpp>
 
 namespace kap {
 namespace {
@@ -38,6 +40,9 @@ Array Array::withBounds(std::int32_t lower, std::int32_t upper, VarType elementT
 Array Array::ofVariants(std::vector<Variant> elements) {
     Array array({{0, 0}}, VarType::Variant);
     array.dimensions_[0].count = elements.size();
+    for (const Variant& element : elements) {
+        array.noteDepthOf(element);
+    }
     array.elements_ = std::move(elements);
     return array;
 }
@@ -93,10 +98,22 @@ void Array::put(std::span<const std::int32_t> indexes, Variant value) {
     if (elementType_ == VarType::Byte) {
         bytes_[position] = convert::toByte(value);
     } else {
+        noteDepthOf(value);
         elements_[position] = elementType_ == VarType::Variant
                                   ? std::move(value)
                                   : convert::changeType(value, elementType_);
     }
+}
+
+void Array::noteDepthOf(const Variant& element) {
+    if (!element.isArray()) {
+        return;
+    }
+    const int depth = element.as<Array>().depth_ + 1;
+    if (depth > kDeepestNesting) {
+        throw AutomationError(errors::kOutOfStack);
+    }
+    depth_ = std::max(depth_, depth);
 }
 
 const std::vector<std::uint8_t>& Array::bytes() const {

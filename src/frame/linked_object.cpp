@@ -14,7 +14,7 @@ void LinkedObject::onFirstReference() const noexcept {
 
 void LinkedObject::onLastReferenceGone() const noexcept {
     if (group_ == nullptr) {
-        delete this;
+        destroy();
     } else {
         group_->memberIsDropped();
     }

@@ -7,6 +7,7 @@
 
 #include <kaputil/frame/array.hpp>
 #include <kaputil/frame/error.hpp>
+#include <kaputil/frame/nesting.hpp>
 
 #include "python/dates.hpp"
 #include "python/exact_value.hpp"
@@ -18,21 +19,8 @@
 namespace kap::python {
 namespace {
 
-// Ends a list that holds itself with Python's own error.
-class RecursionGuard {
-public:
-    RecursionGuard() {
-        if (Py_EnterRecursiveCall(" while passing a list") != 0) {
-            throw py::error_already_set();
-        }
-    }
-    ~RecursionGuard() { Py_LeaveRecursiveCall(); }
-    RecursionGuard(const RecursionGuard&) = delete;
-    RecursionGuard& operator=(const RecursionGuard&) = delete;
-};
-
 Variant arrayOf(const py::handle& values) {
-    const RecursionGuard guard;
+    const NestingGuard guard;  // a list may hold itself
     std::vector<Variant> elements;
     for (const py::handle element : values) {
         elements.push_back(toVariant(element));
@@ -91,6 +79,7 @@ Variant objectOrHolder(const py::handle& value) {
         return value.attr("_exact").cast<const ExactValue&>().value();
     }
     if (py::isinstance(value, package().ref)) {
+        const NestingGuard guard;  // a reference may hold itself
         return toVariant(value.attr("value"));
     }
     if (isPythonDecimal(value)) {

@@ -4,6 +4,7 @@ import datetime
 import decimal
 import enum
 import math
+import sys
 import unittest
 
 import kaputil
@@ -211,8 +212,49 @@ class Arrays(Values):
     def test_a_list_that_holds_itself_ends_in_an_error(self):
         endless = []
         endless.append(endless)
-        with self.assertRaises(RecursionError):
-            passed(endless)
+        self.assertRaisesNumber(28, passed, endless)
+
+    def test_lists_that_are_nested_without_end_are_refused(self):
+        limit = sys.getrecursionlimit()
+        sys.setrecursionlimit(10**6)
+        self.addCleanup(sys.setrecursionlimit, limit)
+        deep = []
+        for _ in range(300_000):
+            deep = [deep]
+        self.assertRaisesNumber(28, passed, deep)
+        self.assertRaisesNumber(28, kaputil.KapRound, deep)
+        while deep:
+            deep = deep[0]  # Python takes it apart in one go, and would not get to its end
+
+    def test_arrays_that_are_nested_step_by_step_are_refused(self):
+        def nested(count):
+            array = kaputil.Variant("Array", [])
+            for _ in range(count):
+                array = kaputil.Variant("Array", [array])
+            return array
+
+        self.assertEqual(nested(400).type, "Array")
+        self.assertRaisesNumber(28, nested, 300_000)
+
+    def test_a_reference_that_holds_itself_ends_in_an_error(self):
+        reference = kaputil.Ref()
+        reference.value = reference
+        self.assertRaisesNumber(28, kaputil.KapRound, reference, 2)
+        outer = kaputil.Ref([reference])
+        self.assertRaisesNumber(28, kaputil.kapEmpty, outer)
+
+    def test_long_rows_of_objects_end_one_after_the_other(self):
+        class Holder:
+            def __init__(self, held):
+                self.held = held
+
+        for make in (lambda inner: Holder(inner), lambda inner: inner):
+            chain = kaputil.Dispatch("KapUtil.CProprieta")
+            for _ in range(20_000):
+                outer = kaputil.Dispatch("KapUtil.CFG_Campi")
+                outer.Collezione.Add(make(chain))
+                chain = outer
+            del chain, outer
 
     def test_lists_of_objects_are_arrays_of_them(self):
         bag = kaputil.Dispatch("KapUtil.CProprieta")

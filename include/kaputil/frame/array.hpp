@@ -10,7 +10,8 @@
 namespace kap {
 
 // An automation array: one or more dimensions, each with its own lower bound, of elements of one
-// type. Byte arrays are kept as plain bytes.
+// type. Byte arrays are kept as plain bytes. Arrays in arrays may be nested 500 deep: putting a
+// deeper one into another raises 28 (out of stack).
 class Array {
 public:
     struct Dimension {
@@ -47,9 +48,11 @@ public:
 
 private:
     [[nodiscard]] std::size_t offset(std::span<const std::int32_t> indexes) const;
+    void noteDepthOf(const Variant& element);
 
     std::vector<Dimension> dimensions_;
     VarType elementType_;
+    int depth_ = 1;  // of the arrays within, and this one; never less than there is
     std::vector<Variant> elements_;
     std::vector<std::uint8_t> bytes_;
 };

@@ -80,6 +80,10 @@ protected:
     Object() = default;
     virtual ~Object() = default;
 
+    // Ends the object. What hangs on it in a long row ends one after the other, not one within the
+    // other, for which no stack is deep enough.
+    void destroy() const noexcept;
+
     [[nodiscard]] bool isReferenced() const noexcept {
         return references_.load(std::memory_order_relaxed) != 0;
     }
@@ -87,7 +91,7 @@ protected:
 private:
     // An object ends with its last reference, unless its class knows others that need it.
     virtual void onFirstReference() const noexcept {}
-    virtual void onLastReferenceGone() const noexcept { delete this; }
+    virtual void onLastReferenceGone() const noexcept { destroy(); }
 
     mutable std::atomic<std::uint32_t> references_{0};
 };

@@ -4,6 +4,7 @@
 #include <new>
 
 #include <kaputil/frame/error.hpp>
+#include <kaputil/frame/nesting.hpp>
 
 #include "platform/win32/automation/values.hpp"
 
@@ -116,6 +117,7 @@ VARTYPE systemTypeOf(VarType type) {
 }
 
 Array arrayFrom(SAFEARRAY* array) {
+    const NestingGuard guard;  // clients nest arrays as deep as they like
     if (array == nullptr) {
         return Array::ofVariants({});
     }
