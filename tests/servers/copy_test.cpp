@@ -84,8 +84,8 @@ TEST_F(ServerCopy, GoesOnWhereItWasInterrupted) {
     const auto source = test::open(folder_.database());
     source->Execute(
         u"CREATE TABLE Grande (Id int PRIMARY KEY, Testo varchar(40));"
-        u"DECLARE @i int; SET @i = 0; WHILE @i < 5000 BEGIN SET @i = @i + 1; "
-        u"INSERT INTO Grande VALUES (@i, 'riga ' + CONVERT(varchar(10), @i)) END");
+        u"DECLARE @i int; SET @i = 0; BEGIN TRANSACTION; WHILE @i < 5000 BEGIN SET @i = @i + 1; "
+        u"INSERT INTO Grande VALUES (@i, 'riga ' + CONVERT(varchar(10), @i)) END; COMMIT");
     // As an interrupted copy has left it.
     run("CREATE TABLE kap_copy (tabella varchar(128) NOT NULL PRIMARY KEY, righe int NOT NULL);"
         "CREATE TABLE grande (id integer NOT NULL PRIMARY KEY, testo varchar(40));"
