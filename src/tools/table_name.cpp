@@ -49,7 +49,7 @@ std::size_t namePartLength(std::string_view text) {
 
 std::string tableNameFault(const std::string& name) {
     constexpr int kMostParts = 4;
-    const std::string fault = "\"" + name + "\" is no table's name; an unusual one needs [ and ]";
+    std::string fault = "\"" + name + "\" is no table's name; an unusual one needs [ and ]";
     std::string_view rest = name;
     for (int part = 0; part < kMostParts; ++part) {
         const std::size_t length = namePartLength(rest);

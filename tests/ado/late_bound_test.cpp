@@ -197,9 +197,9 @@ TEST_F(LateBound, ACommandGivesBackTheClientsOwnObject) {
     EXPECT_FALSE(make<Command>()->ActiveConnection().as<Ref<Object>>());
 }
 
-class TimeLimits : public testing::Test {
+class ForeignTimeLimits : public testing::Test {
 protected:
-    TimeLimits() {
+    ForeignTimeLimits() {
         inner_->Open(u"Provider=KapLocal;Data Source=:memory:");
         inner_->setCommandTimeout(9);
     }
@@ -208,7 +208,7 @@ protected:
     Ref<test::ForeignConnection> foreign_ = make<test::ForeignConnection>(inner_);
 };
 
-TEST_F(TimeLimits, OfACommandHoldForItsRunOnly) {
+TEST_F(ForeignTimeLimits, OfACommandHoldForItsRunOnly) {
     const auto command = make<Command>();
     command->setActiveConnection(Variant(foreign_));
     command->setCommandText(u"SELECT 1");
@@ -222,7 +222,7 @@ TEST_F(TimeLimits, OfACommandHoldForItsRunOnly) {
     EXPECT_EQ(9, inner_->CommandTimeout());
 }
 
-TEST_F(TimeLimits, OfTheConnectionHoldForRecordsets) {
+TEST_F(ForeignTimeLimits, OfTheConnectionHoldForRecordsets) {
     const auto rows = make<Recordset>();
     rows->Open(u"SELECT 1", Variant(foreign_));
     ASSERT_FALSE(foreign_->sent().empty());

@@ -204,7 +204,12 @@ TEST_F(ScriptOnADatabase, IsRolledBackWhenATableIsNotThere) {
     EXPECT_FALSE(sql_->Execute());
     EXPECT_EQ(balances(), kUnchanged);
     EXPECT_EQ(openTransactions(), "Long 0");
-    EXPECT_EQ(messagesOf(sql_), "String Invalid object name 'Manca'.\r\n");
+    // The text ends there, and the server tells that it has left a transaction open; only then is
+    // that undone.
+    EXPECT_EQ(messagesOf(sql_),
+              "String Invalid object name 'Manca'.\r\nTransaction count after EXECUTE indicates a "
+              "mismatching number of BEGIN and COMMIT statements. Previous count = 0, current "
+              "count = 1.\r\n");
 }
 
 TEST_F(ScriptOnADatabase, GivesWhatTheScriptRaisesItself) {

@@ -129,7 +129,7 @@ bool saysConnectionLost(std::string_view state) {
     return state.starts_with("08") || state.starts_with("57P") || state == "01002";
 }
 
-std::string withoutOrigin(std::string text) {
+std::string withoutOrigin(std::string_view text) {
     std::string_view rest = text;
     while (const auto name = bracketedName(rest)) {
         if (std::ranges::find(kManagers, *name) == kManagers.end()) break;

@@ -35,7 +35,7 @@ inline constexpr const char16_t* kErrorSource = u"KapOdbc";
 // The report's text without the names in brackets that the manager of drivers and the driver put in
 // front: "[Maker][Driver][Server]text" at most. Brackets behind them are the server's text, as in
 // what a trigger raises.
-[[nodiscard]] std::string withoutOrigin(std::string text);
+[[nodiscard]] std::string withoutOrigin(std::string_view text);
 
 // Everything that a handle reports, in the server's order; never empty. `failed` tells whether
 // anything has: without it these are informations.

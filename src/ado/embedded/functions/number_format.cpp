@@ -17,7 +17,8 @@ std::u16string widened(std::string_view plainText) {
 }
 
 std::u16string signedText(bool negative, std::u16string text) {
-    return negative ? u"-" + text : text;
+    if (negative) text.insert(text.begin(), u'-');
+    return text;
 }
 
 // With a fixed number of decimals; a number that is rounded to zero has no sign.
