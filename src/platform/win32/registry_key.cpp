@@ -15,9 +15,9 @@ std::array<std::pair<std::u16string_view, HKEY>, 4> rootHandles() {
              {u"HKEY_USERS", HKEY_USERS}}};
 }
 
-// The most that the names of keys and values have, with the NUL behind.
-constexpr DWORD kLongestKeyName = 256;
-constexpr DWORD kLongestValueName = 16384;
+// Room for the longest names of keys and values, with the NUL behind.
+constexpr DWORD kKeyNameRoom = kLongestKeyName + 1;
+constexpr DWORD kValueNameRoom = kLongestValueName + 1;
 
 void check(LSTATUS status) {
     if (status != ERROR_SUCCESS) {
@@ -81,8 +81,8 @@ std::optional<Value> OpenedKey::value(const std::u16string& name) const {
 std::vector<String> OpenedKey::keys() const {
     std::vector<String> names;
     for (DWORD index = 0;; ++index) {
-        std::array<wchar_t, kLongestKeyName> name{};
-        DWORD length = kLongestKeyName;
+        std::array<wchar_t, kKeyNameRoom> name{};
+        DWORD length = kKeyNameRoom;
         const LSTATUS status =
             RegEnumKeyExW(key_, index, name.data(), &length, nullptr, nullptr, nullptr, nullptr);
         if (status == ERROR_NO_MORE_ITEMS) {
@@ -95,9 +95,9 @@ std::vector<String> OpenedKey::keys() const {
 
 std::vector<NamedValue> OpenedKey::values() const {
     std::vector<NamedValue> values;
-    std::vector<wchar_t> name(kLongestValueName);
+    std::vector<wchar_t> name(kValueNameRoom);
     for (DWORD index = 0;; ++index) {
-        DWORD length = kLongestValueName;
+        DWORD length = kValueNameRoom;
         const LSTATUS status =
             RegEnumValueW(key_, index, name.data(), &length, nullptr, nullptr, nullptr, nullptr);
         if (status == ERROR_NO_MORE_ITEMS) {
