@@ -1,10 +1,12 @@
 #include <kaputil/platform/keyboard.hpp>
 
+// Before the window system's header, which takes words that it uses for its own.
+#include <gtest/gtest.h>
+
 #include <X11/Xlib.h>
 #include <X11/keysym.h>
 #include <dlfcn.h>
 #include <fcntl.h>
-#include <gtest/gtest.h>
 #include <poll.h>
 #include <spawn.h>
 #include <sys/wait.h>

@@ -4,6 +4,7 @@
 #include <string>
 #include <variant>
 
+#include "ado/embedded/catalogue.hpp"
 #include "ado/embedded/functions/value.hpp"
 #include "tsql/server_error.hpp"
 
