@@ -8,16 +8,16 @@ kaputil_module(com FLAT FOLDERS ${comServerFolder} USES catalogue ado)
 
 set(comTexts KapUtil26.idl KapLocal.idl KapUtil26.rc KapUtil26.amd64.manifest KapUtil26.x86.manifest)
 
-add_executable(kaputil-describe EXCLUDE_FROM_ALL "${PROJECT_SOURCE_DIR}/src/com/describe/main.cpp")
-target_link_libraries(kaputil-describe PRIVATE kaputil_com)
-kaputil_compile_rules(kaputil-describe)
-kaputil_precompile(kaputil-describe kaputil_headers)
 if(NOT WIN32)
     return()
 endif()
 
 # The texts are the same for both widths: the 64-bit build writes them, by its own program in Wine.
 if(CMAKE_SIZEOF_VOID_P EQUAL 8)
+    add_executable(kaputil-describe EXCLUDE_FROM_ALL "${PROJECT_SOURCE_DIR}/src/com/describe/main.cpp")
+    target_link_libraries(kaputil-describe PRIVATE kaputil_com)
+    kaputil_compile_rules(kaputil-describe)
+    kaputil_precompile(kaputil-describe kaputil_headers)
     set(KAPUTIL_COM_TEXTS "${PROJECT_BINARY_DIR}/com/texts")
     list(TRANSFORM comTexts PREPEND "${KAPUTIL_COM_TEXTS}/")
     add_custom_command(

@@ -102,7 +102,7 @@ function(kaputil_compile_rules target)
 endfunction()
 
 # kaputil_headers(name [header...]): the everyday standard headers, and those named, read once for the targets that
-# then call kaputil_precompile(target name). Off in the preset "plain", where every file shows that it includes what it
+# then call kaputil_precompile(target name). Off in the preset "lint", where every file shows that it includes what it
 # uses, and for a shared library, whose code and programs are compiled in different ways.
 function(kaputil_headers name)
     if(KAPUTIL_PCH AND NOT BUILD_SHARED_LIBS)

@@ -92,11 +92,8 @@ std::string RandomStatements::output(bool inserted, bool deleted, const Scope& o
     return items + (chance(20) ? " INTO @v (a)" : "");
 }
 
-std::string RandomStatements::update() {
-    Scope scope;
-    const std::string name = target();
-    std::string written = name;
-    std::string sources;
+std::string RandomStatements::writtenTable(Scope& scope, std::string& sources) {
+    std::string written = target();
     if (chance(70)) {
         sources = from(2, scope);
         if (!scope.empty() && chance(60)) written = scope[below(scope.size())].name;
@@ -104,6 +101,13 @@ std::string RandomStatements::update() {
     Scope around = scope;
     around.push_back({written, {"a", "b", "c"}});
     scopes_.push_back(around);
+    return written;
+}
+
+std::string RandomStatements::update() {
+    Scope scope;
+    std::string sources;
+    const std::string written = writtenTable(scope, sources);
     std::string set;
     for (std::size_t count = 1 + below(2); count > 0; --count) {
         const std::string assigned = chance(10)   ? "@n"
@@ -121,15 +125,8 @@ std::string RandomStatements::update() {
 
 std::string RandomStatements::erase() {
     Scope scope;
-    std::string written = target();
     std::string sources;
-    if (chance(70)) {
-        sources = from(2, scope);
-        if (!scope.empty() && chance(60)) written = scope[below(scope.size())].name;
-    }
-    Scope around = scope;
-    around.push_back({written, {"a", "b", "c"}});
-    scopes_.push_back(around);
+    const std::string written = writtenTable(scope, sources);
     std::string result = (chance(15) ? commonTables() : "") + " DELETE " +
                          (chance(15) ? top() : "") + oneOf({"", "FROM "}) + written +
                          output(false, true, scope) + sources;

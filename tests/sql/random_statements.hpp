@@ -50,6 +50,8 @@ private:
     [[nodiscard]] std::string subquery(int depth);
     [[nodiscard]] std::string from(int depth, Scope& scope);
     [[nodiscard]] std::string source(int depth, Scope& scope);
+    // The table that a statement writes, often one of its FROM, which comes back in `sources`.
+    [[nodiscard]] std::string writtenTable(Scope& scope, std::string& sources);
     [[nodiscard]] std::string joined(int depth, Scope& scope);
     [[nodiscard]] std::string top();
 

@@ -11,8 +11,7 @@
 namespace kap::ado::embedded {
 
 // Waits for a locked file, up to a limit, and no longer than the request that wants it may take.
-// Those who wait to write it stand in line, and only the
-// first looks whether it is free.
+// Waiting writers are served in the order in which they came: only the first polls the lock.
 //
 // Left to themselves, processes that write all the time take the lock again before anybody who
 // sleeps sees it free, and one of them may wait for seconds.
@@ -32,8 +31,8 @@ public:
     // Waits no longer than this from now on; a negative time is the first limit again.
     void setLimit(std::chrono::milliseconds limit) { limit_ = limit.count() < 0 ? first_ : limit; }
 
-    // While the write lock is being taken. Whoever finds the file locked gets in line, and so does
-    // who has gone past those who wait for too often; the place is given up with this object.
+    // While the write lock is being taken. A writer that finds the file locked joins the queue, and
+    // so does one that has overtaken waiting writers too often; this object's end takes it out.
     class Turn {
     public:
         explicit Turn(LockWait& wait);
