@@ -1,5 +1,3 @@
-#include <algorithm>
-#include <array>
 #include <utility>
 
 #include "tsql/parser_state.hpp"
@@ -9,22 +7,6 @@
 // What data access writes in braces, the same for every server: {d '2021-02-03'}, {t '04:05:06'},
 // {ts '2021-02-03 04:05:06'}, {guid '...'} and {fn name(...)}.
 namespace kap::tsql {
-
-namespace {
-
-// The functions that have another name there.
-constexpr std::array kEscapedNames = std::to_array<std::pair<const char*, const char*>>({
-    {"NOW", "GETDATE"},
-    {"UCASE", "UPPER"},
-    {"LCASE", "LOWER"},
-    {"LENGTH", "LEN"},
-    {"IFNULL", "ISNULL"},
-    {"DATABASE", "DB_NAME"},
-    {"USER", "USER_NAME"},
-    {"DAYOFMONTH", "DAY"},
-});
-
-}  // namespace
 
 ExpressionPtr Parser::escaped() {
     const int line = next().line;
@@ -55,27 +37,13 @@ ExpressionPtr Parser::escapedText(const TypeSpec& type, int line) {
     return make(std::move(result), line, 1);
 }
 
-ExpressionPtr Parser::escapedCall() {
-    for (const auto& [escape, function] : kEscapedNames) {
-        if (!atKeyword(escape) || !atOperator("(", 1)) continue;
-        const int line = next().line;
-        return call(ObjectName{{function}, line});
-    }
-    return value();
-}
-
 // DATEADD(day, DATEDIFF(day, 0, GETDATE()), time)
 ExpressionPtr Parser::timeOfToday(ExpressionPtr time, int line) {
     const auto day = [&] { return make(ColumnReference{{{"day"}, line}}, line); };
-    const auto invoke = [&](const char* name, auto... arguments) {
-        FunctionCall result{ObjectName{{name}, line}, {}};
-        (result.arguments.push_back(std::move(arguments)), ...);
-        const int below = deepest(result.arguments);
-        return make(std::move(result), line, below);
-    };
-    ExpressionPtr days = invoke("DATEDIFF", day(), make(Literal{LiteralKind::Integer, "0"}, line),
-                                invoke("GETDATE"));
-    return invoke("DATEADD", day(), std::move(days), std::move(time));
+    ExpressionPtr days =
+        invoked("DATEDIFF", line, day(), make(Literal{LiteralKind::Integer, "0"}, line),
+                invoked("GETDATE", line));
+    return invoked("DATEADD", line, day(), std::move(days), std::move(time));
 }
 
 }  // namespace kap::tsql

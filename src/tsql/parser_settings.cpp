@@ -64,7 +64,11 @@ Statement::Node Parser::setOption() {
     const bool number =
         result.options.front() == "ROWCOUNT" || result.options.front() == "LOCK_TIMEOUT" ||
         result.options.front() == "DATEFIRST" || result.options.front() == "TEXTSIZE";
-    if (number) {
+    if (result.options.front() == "CONTEXT_INFO") {
+        // Bytes as they are, or a variable.
+        if (atKeyword("NULL")) unexpected();
+        result.number = value();
+    } else if (number) {
         result.number = value();
     } else if (atEnd()) {
         unexpected();

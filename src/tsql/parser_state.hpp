@@ -128,6 +128,18 @@ private:
     ExpressionPtr escaped();
     ExpressionPtr escapedText(const TypeSpec& type, int line);
     ExpressionPtr escapedCall();
+    ExpressionPtr escapedFunction(std::string_view name, int line);
+    ExpressionPtr escapedInterval(const char* function, int line);
+    ExpressionPtr escapedConversion(int line);
+    ExpressionPtr nowAsText(bool time, int line);
+    // A call of a function with these values.
+    template <typename... Values>
+    ExpressionPtr invoked(const char* name, int line, Values... values) {
+        FunctionCall result{ObjectName{{name}, line}, {}};
+        (result.arguments.push_back(std::move(values)), ...);
+        const int below = deepest(result.arguments);
+        return make(std::move(result), line, below);
+    }
     ExpressionPtr timeOfToday(ExpressionPtr time, int line);
     ExpressionPtr iifCall();
     ExpressionPtr chooseCall();

@@ -289,7 +289,7 @@ struct AssignStatement {
 struct SetOptionStatement {
     std::vector<std::string> options;  ///< in upper case
     std::string value;                 ///< a word in upper case, or a number or a text
-    ExpressionPtr number;              ///< of SET ROWCOUNT @n
+    ExpressionPtr number;              ///< of SET ROWCOUNT @n, SET CONTEXT_INFO 0x01
     ObjectName table;                  ///< of IDENTITY_INSERT
 };
 

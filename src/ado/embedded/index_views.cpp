@@ -1,6 +1,6 @@
 #include <array>
-#include <utility>
 
+#include "ado/embedded/index_properties.hpp"
 #include "ado/embedded/object_ids.hpp"
 #include "ado/embedded/view_rows.hpp"
 
@@ -8,14 +8,11 @@
 namespace kap::ado::embedded::views {
 namespace {
 
-// Calls with every index and its number within its table: 1 is that of the primary key.
+// Calls with every index and its number within its table.
 template <typename Add>
 void forIndexes(const SchemaCatalogue& catalogue, const Add& add) {
-    std::string table;
-    std::int64_t last = 1;
-    for (const IndexInfo& index : catalogue.keysAndIndexes()) {
-        if (index.table != std::exchange(table, index.table)) last = 1;
-        add(index, index.key == "PK" ? 1 : ++last);
+    for (const NumberedIndex& each : numberedIndexes(catalogue)) {
+        add(each.index, each.number);
     }
 }
 

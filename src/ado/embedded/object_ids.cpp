@@ -46,10 +46,6 @@ const Table* tableOf(const SchemaCatalogue& catalogue, std::int64_t id) {
     return nullptr;
 }
 
-Value flag(bool value) {
-    return std::int64_t{value ? 1 : 0};
-}
-
 }  // namespace
 
 std::int64_t objectId(std::string_view name) {
@@ -131,61 +127,6 @@ Value nameOfObject(const SchemaCatalogue& catalogue, std::int64_t id) {
     return std::monostate{};
 }
 
-namespace {
-
-// What OBJECTPROPERTY tells of a constraint.
-Value constraintProperty(std::string_view type, std::string_view wanted) {
-    static constexpr std::pair<std::string_view, std::string_view> kKinds[] = {
-        {"isprimarykey", "PK"},
-        {"isuniquecnst", "UQ"},
-        {"isforeignkey", "F "},
-        {"ischeckcnst", "C "},
-        {"isdefaultcnst", "D "}};
-    if (wanted == "isconstraint") return flag(true);
-    for (const auto& [property, kind] : kKinds) {
-        if (wanted == property) return flag(type == kind);
-    }
-    const bool other = wanted == "istable" || wanted == "isusertable" || wanted == "isview" ||
-                       wanted == "isprocedure" || wanted == "istrigger";
-    return other ? flag(false) : Value();
-}
-
-}  // namespace
-
-Value objectProperty(const SchemaCatalogue& catalogue, std::int64_t id,
-                     const std::string& property) {
-    const std::string wanted = tsql::asciiLower(property);
-    for (const Found& object : objectsOf(catalogue)) {
-        if (objectId(object.name) != id) continue;
-        if (wanted == "isusertable" || wanted == "istable") return flag(object.type == "U");
-        if (wanted == "isview") return flag(object.type == "V");
-        if (wanted == "isprocedure") return flag(object.type == "P");
-        if (wanted == "isscalarfunction") return flag(object.type == "FN");
-        if (wanted == "istablefunction" || wanted == "isinlinefunction") return flag(false);
-        if (wanted == "istrigger") return flag(object.type == "TR");
-        if (wanted == "ismsshipped") return flag(false);
-        if (object.table == nullptr) return std::monostate{};
-        const auto& columns = object.table->columns;
-        if (wanted == "tablehasidentity") {
-            return flag(std::ranges::any_of(
-                columns, [](const Column& column) { return column.identity.has_value(); }));
-        }
-        if (wanted == "tablehasprimarykey") {
-            return flag(std::ranges::any_of(
-                columns, [](const Column& column) { return column.keyOrdinal > 0; }));
-        }
-        if (wanted == "tablehastimestamp") {
-            return flag(std::ranges::any_of(
-                columns, [](const Column& column) { return column.isRowVersion(); }));
-        }
-        return std::monostate{};
-    }
-    for (const ConstraintInfo& constraint : catalogue.constraints()) {
-        if (objectId(constraint.name) == id) return constraintProperty(constraint.type, wanted);
-    }
-    return std::monostate{};
-}
-
 int bytesOf(const tsql::TypeSpec& type) {
     constexpr int kPerNationalCharacter = 2;
     switch (type.type) {
@@ -238,24 +179,6 @@ Value columnName(const SchemaCatalogue& catalogue, std::int64_t table, std::int6
     const bool there = found != nullptr && ordinal >= 1 &&
                        ordinal <= static_cast<std::int64_t>(found->columns.size());
     return there ? Value(found->columns[static_cast<std::size_t>(ordinal) - 1].name) : Value();
-}
-
-Value columnProperty(const SchemaCatalogue& catalogue, std::int64_t table,
-                     const std::string& column, const std::string& property) {
-    const Table* found = tableOf(catalogue, table);
-    const Column* own = found == nullptr ? nullptr : found->find(column);
-    if (own == nullptr) return std::monostate{};
-    const std::string wanted = tsql::asciiLower(property);
-    if (wanted == "isidentity") return flag(own->identity.has_value());
-    if (wanted == "allowsnull") return flag(own->nullable);
-    if (wanted == "iscomputed") return flag(own->computed);
-    if (wanted == "columnid") return std::int64_t{own - found->columns.data() + 1};
-    if (wanted == "precision") {
-        return std::int64_t{tsql::isDecimal(own->type.type) ? own->type.precision
-                                                            : own->type.length};
-    }
-    if (wanted == "scale") return std::int64_t{own->type.scale};
-    return std::monostate{};
 }
 
 }  // namespace kap::ado::embedded

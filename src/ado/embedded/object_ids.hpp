@@ -24,14 +24,10 @@ namespace kap::ado::embedded {
 [[nodiscard]] Value idOfObject(const SchemaCatalogue& catalogue, const std::string& name,
                                const std::string& type);
 [[nodiscard]] Value nameOfObject(const SchemaCatalogue& catalogue, std::int64_t id);
-[[nodiscard]] Value objectProperty(const SchemaCatalogue& catalogue, std::int64_t id,
-                                   const std::string& property);
 [[nodiscard]] Value columnLength(const SchemaCatalogue& catalogue, const std::string& table,
                                  const std::string& column);
 [[nodiscard]] Value columnName(const SchemaCatalogue& catalogue, std::int64_t table,
                                std::int64_t ordinal);
-[[nodiscard]] Value columnProperty(const SchemaCatalogue& catalogue, std::int64_t table,
-                                   const std::string& column, const std::string& property);
 
 // The bytes that a column of a type takes on the server; -1 for types without a bound.
 [[nodiscard]] int bytesOf(const tsql::TypeSpec& type);

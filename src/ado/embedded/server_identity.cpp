@@ -49,6 +49,13 @@ std::int64_t sessionNumber() {
     return static_cast<std::int64_t>(getpid()) % kMost;
 }
 
+std::string hostProcess() {
+    constexpr std::size_t kLength = 10;
+    std::string text = tsql::integerText(static_cast<std::int64_t>(getpid()));
+    text.resize(kLength, ' ');
+    return text;
+}
+
 Value serverProperty(std::string_view name) {
     static constexpr std::pair<std::string_view, std::string_view> kProperties[] = {
         {"productversion", kProductVersion},

@@ -18,6 +18,8 @@ namespace kap::ado::embedded {
 [[nodiscard]] std::string loginName();
 // A number that tells the processes of one machine apart, as far as 16 bits do.
 [[nodiscard]] std::int64_t sessionNumber();
+// The number of this process as HOST_ID() tells it: ten characters.
+[[nodiscard]] std::string hostProcess();
 // SERVERPROPERTY('ProductVersion')...; null for a property that there is none of.
 [[nodiscard]] Value serverProperty(std::string_view name);
 

@@ -122,9 +122,11 @@ void registerFunctions(sqlite3* connection, ErrorSlot& slot) {
     registerTextFunctions(registrar);
     registerCharacterFunctions(registrar);
     registerChecksumFunctions(registrar);
+    registerDigestFunctions(registrar);
     registerCultureFunctions(registrar);
     registerSoundFunctions(registrar);
     registerJoinedTexts(registrar);
+    registerPercentiles(registrar);
     registerPatternFunctions(registrar);
     registerDateFunctions(registrar);
     registerAggregateFunctions(registrar);

@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <compare>
 #include <memory>
 #include <new>
 #include <stdexcept>
@@ -7,8 +6,8 @@
 #include <utility>
 #include <vector>
 
-#include "ado/embedded/collation.hpp"
 #include "ado/embedded/functions/function_support.hpp"
+#include "ado/embedded/functions/kept_values.hpp"
 #include "ado/embedded/functions/text_units.hpp"
 
 // STRING_AGG: the texts of a group joined, in an order of their own.
@@ -16,14 +15,9 @@ namespace kap::ado::embedded {
 
 namespace {
 
-struct FreeValue {
-    void operator()(sqlite3_value* value) const { sqlite3_value_free(value); }
-};
-using OwnValue = std::unique_ptr<sqlite3_value, FreeValue>;
-
 struct JoinedText {
     std::string text;
-    std::vector<OwnValue> keys;
+    std::vector<KeptValue> keys;
 };
 
 struct JoinedTexts {
@@ -39,51 +33,9 @@ struct State {
     JoinedTexts* pieces;
 };
 
-std::string_view textOf(sqlite3_value* value) {
-    const auto* text = reinterpret_cast<const char*>(sqlite3_value_text(value));
-    return {text == nullptr ? "" : text, static_cast<std::size_t>(sqlite3_value_bytes(value))};
-}
-
-// Nulls first, then numbers, then texts, then bytes.
-int rankOf(sqlite3_value* value) {
-    switch (sqlite3_value_type(value)) {
-        case SQLITE_NULL:
-            return 0;
-        case SQLITE_TEXT:
-            return 2;
-        case SQLITE_BLOB:
-            return 3;
-        default:
-            return 1;
-    }
-}
-
-int sign(std::partial_ordering order) {
-    return std::is_lt(order) ? -1 : std::is_gt(order) ? 1 : 0;
-}
-
-int compare(sqlite3_value* left, sqlite3_value* right) {
-    const int rank = rankOf(left);
-    if (rank != rankOf(right)) return rank < rankOf(right) ? -1 : 1;
-    if (rank == 0) return 0;
-    if (rank == 2) return sign(compareTexts(textOf(left), textOf(right)));
-    if (rank == 3) {
-        const auto bytes = [](sqlite3_value* value) {
-            const auto* start = static_cast<const char*>(sqlite3_value_blob(value));
-            return std::string_view(start == nullptr ? "" : start,
-                                    static_cast<std::size_t>(sqlite3_value_bytes(value)));
-        };
-        return bytes(left).compare(bytes(right));
-    }
-    const bool whole =
-        sqlite3_value_type(left) == SQLITE_INTEGER && sqlite3_value_type(right) == SQLITE_INTEGER;
-    if (whole) return sign(sqlite3_value_int64(left) <=> sqlite3_value_int64(right));
-    return sign(sqlite3_value_double(left) <=> sqlite3_value_double(right));
-}
-
 bool comesBefore(const JoinedText& left, const JoinedText& right, const std::string& directions) {
     for (std::size_t i = 0; i < directions.size(); ++i) {
-        const int order = compare(left.keys[i].get(), right.keys[i].get());
+        const int order = compareValues(left.keys[i].get(), right.keys[i].get());
         if (order != 0) return (order < 0) == (directions[i] == 'a');
     }
     return false;
@@ -92,16 +44,15 @@ bool comesBefore(const JoinedText& left, const JoinedText& right, const std::str
 void add(State& state, int count, sqlite3_value** values) {
     if (state.pieces == nullptr) state.pieces = new JoinedTexts;
     JoinedTexts& all = *state.pieces;
-    all.separator = textOf(values[1]);
-    all.directions = textOf(values[2]);
+    all.separator = textOfValue(values[1]);
+    all.directions = textOfValue(values[2]);
     all.mostBytes = sqlite3_value_int64(values[3]);
     all.national = sqlite3_value_int(values[4]) != 0;
     JoinedText& piece = all.pieces.emplace_back();
-    piece.text = textOf(values[0]);
+    piece.text = textOfValue(values[0]);
     constexpr int kFirstKey = 5;
     for (int i = kFirstKey; i < count; ++i) {
-        piece.keys.emplace_back(sqlite3_value_dup(values[i]));
-        if (piece.keys.back() == nullptr) throw std::bad_alloc();
+        piece.keys.push_back(keptValue(values[i]));
     }
 }
 

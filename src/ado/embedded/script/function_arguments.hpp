@@ -16,4 +16,11 @@ namespace kap::ado::embedded {
     return text == nullptr ? std::string() : *text;
 }
 
+/// The same for a whole number; 0 when there is none.
+[[nodiscard]] inline std::int64_t wholeAt(const std::vector<Value>& arguments, std::size_t index) {
+    const auto* whole =
+        index < arguments.size() ? std::get_if<std::int64_t>(&arguments[index]) : nullptr;
+    return whole == nullptr ? 0 : *whole;
+}
+
 }  // namespace kap::ado::embedded

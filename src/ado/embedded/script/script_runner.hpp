@@ -129,6 +129,7 @@ private:
     void assign(Frame& frame, Instruction& instruction, const tsql::AssignStatement& node);
     // script_settings.cpp
     void setOption(Frame& frame, Instruction& instruction, const tsql::SetOptionStatement& node);
+    void setContext(const Value& value);
     void setIdentityInsert(const tsql::SetOptionStatement& node, int line);
     void setNumber(const std::string& option, std::int64_t number, int line);
     void setSwitch(const std::string& option, bool on, int line);

@@ -16,6 +16,8 @@ using tsql::SqlType;
 
 namespace {
 
+constexpr int kContextBytes = 128;
+
 DateOrder dateOrderOf(const std::string& word, int line) {
     static constexpr std::pair<std::string_view, DateOrder> kOrders[] = {
         {"MDY", DateOrder::Mdy}, {"DMY", DateOrder::Dmy}, {"YMD", DateOrder::Ymd},
@@ -52,6 +54,9 @@ void ScriptRunner::setOption(Frame& frame, Instruction& instruction,
     const int line = instruction.line;
     if (option == "IDENTITY_INSERT") {
         setIdentityInsert(node, line);
+    } else if (option == "CONTEXT_INFO") {
+        setContext(
+            evaluate(frame, instruction, 0, *node.number, {SqlType::VarBinary, kContextBytes}));
     } else if (node.number) {
         const Value number = evaluate(frame, instruction, 0, *node.number, {SqlType::BigInt});
         setNumber(option, wholeOr(number, 0), line);
@@ -67,6 +72,14 @@ void ScriptRunner::setOption(Frame& frame, Instruction& instruction,
             setSwitch(each, on, line);
         }
     }
+}
+
+// CONTEXT_INFO() always tells of all the bytes.
+void ScriptRunner::setContext(const Value& value) {
+    const auto* given = std::get_if<Blob>(&value);
+    Blob bytes = given == nullptr ? Blob() : *given;
+    bytes.bytes.resize(kContextBytes, '\0');
+    state_.context = std::move(bytes);
 }
 
 void ScriptRunner::setIdentityInsert(const tsql::SetOptionStatement& node, int line) {
@@ -106,6 +119,9 @@ void ScriptRunner::setNumber(const std::string& option, std::int64_t number, int
     } else if (option == "LOCK_TIMEOUT") {
         connection_.setLockTimeout(number);
         state_.lockTimeout = static_cast<std::int32_t>(number);
+    } else if (option == "TEXTSIZE") {
+        constexpr std::int64_t kNoBound = 2147483647;
+        state_.textSize = number < 0 ? kNoBound : number == 0 ? kDefaultTextSize : number;
     } else if (option == "DATEFIRST") {
         constexpr std::int64_t kDaysPerWeek = 7;
         if (number < 1 || number > kDaysPerWeek) {

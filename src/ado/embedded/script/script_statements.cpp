@@ -5,8 +5,8 @@
 
 #include "ado/embedded/functions/convert.hpp"
 #include "ado/embedded/functions/dates.hpp"
+#include "ado/embedded/functions/message_text.hpp"
 #include "ado/embedded/script/kept_tables.hpp"
-#include "ado/embedded/script/message_text.hpp"
 #include "ado/embedded/script/script_runner.hpp"
 #include "ado/embedded/script/simple_values.hpp"
 #include "ado/embedded/stored_value.hpp"

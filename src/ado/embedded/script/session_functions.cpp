@@ -8,6 +8,7 @@
 
 #include "ado/embedded/functions/function_support.hpp"
 #include "ado/embedded/object_ids.hpp"
+#include "ado/embedded/object_properties.hpp"
 #include "ado/embedded/script/function_arguments.hpp"
 #include "ado/embedded/server_identity.hpp"
 #include "ado/embedded/translate/system_values.hpp"
@@ -37,12 +38,6 @@ Value valueOf(sqlite3_value* value) {
         default:
             return std::monostate{};
     }
-}
-
-std::int64_t wholeAt(const std::vector<Value>& arguments, std::size_t index) {
-    const auto* whole =
-        index < arguments.size() ? std::get_if<std::int64_t>(&arguments[index]) : nullptr;
-    return whole == nullptr ? 0 : *whole;
 }
 
 Value orNull(const std::optional<std::int64_t>& number) {
@@ -201,7 +196,7 @@ Value SessionFunctions::ofStatement(SystemValue value, const Arguments& argument
             if (state_.doomed) return std::int64_t{-1};
             return std::int64_t{transactions_.depth() > 0 ? 1 : 0};
         case SystemValue::Options:
-            return std::int64_t{state_.noCount ? 512 : 0} + (state_.abortOnError ? 16384 : 0);
+            return options();
         default:
             return ofServer(value, arguments);
     }
@@ -229,6 +224,23 @@ Value SessionFunctions::ofError(SystemValue value) const {
         default:
             return raised->procedure.empty() ? Value() : Value(raised->procedure);
     }
+}
+
+// The bits of what SET has switched on; most is always on here.
+std::int64_t SessionFunctions::options() const {
+    constexpr std::int64_t kAnsiWarnings = 8;
+    constexpr std::int64_t kAnsiPadding = 16;
+    constexpr std::int64_t kAnsiNulls = 32;
+    constexpr std::int64_t kArithmeticAbort = 64;
+    constexpr std::int64_t kQuotedNames = 256;
+    constexpr std::int64_t kNoCount = 512;
+    constexpr std::int64_t kNullByDefault = 1024;
+    constexpr std::int64_t kNullJoinsToNull = 4096;
+    constexpr std::int64_t kAbortOnError = 16384;
+    return (kAnsiWarnings | kAnsiPadding | kAnsiNulls | kArithmeticAbort | kNullByDefault |
+            kNullJoinsToNull) +
+           (state_.quotedNames ? kQuotedNames : 0) + (state_.noCount ? kNoCount : 0) +
+           (state_.abortOnError ? kAbortOnError : 0);
 }
 
 Value SessionFunctions::ofServer(SystemValue value, const Arguments& arguments) const {
@@ -275,17 +287,33 @@ Value SessionFunctions::ofSchema(SystemValue value, const Arguments& arguments) 
     }
 }
 
+const FiringTrigger& SessionFunctions::firingTrigger(const char* asked) const {
+    if (state_.frames.empty() || !state_.frame().trigger) {
+        throw tsql::ServerError(421, std::string(asked) + " can only be used within a trigger.");
+    }
+    return *state_.frame().trigger;
+}
+
 // UPDATE(column) in a trigger: whether the statement assigns the column. An INSERT assigns all.
 Value SessionFunctions::columnUpdated(const std::string& column) const {
-    const std::optional<FiringTrigger> trigger =
-        state_.frames.empty() ? std::nullopt : state_.frame().trigger;
-    if (!trigger) {
-        throw tsql::ServerError(421, "UPDATE(column) can only be used within a trigger.");
+    const FiringTrigger& trigger = firingTrigger("UPDATE(column)");
+    return std::int64_t{trigger.assigns(column) ? 1 : 0};
+}
+
+// COLUMNS_UPDATED(): a bit a column in the order of the table, the first one lowest in the first
+// byte.
+Value SessionFunctions::columnsUpdated() const {
+    const FiringTrigger& trigger = firingTrigger("COLUMNS_UPDATED()");
+    constexpr std::size_t kBits = 8;
+    const Table* table = catalogue_.find(trigger.table);
+    if (table == nullptr) return {};
+    std::string bytes((table->columns.size() + kBits - 1) / kBits, '\0');
+    for (std::size_t i = 0; i < table->columns.size(); ++i) {
+        if (!trigger.assigns(table->columns[i].name)) continue;
+        char& byte = bytes[i / kBits];
+        byte = static_cast<char>(static_cast<unsigned char>(byte) | (1U << (i % kBits)));
     }
-    if (trigger->event == tsql::kOnInsert) return std::int64_t{1};
-    const bool assigned = std::ranges::any_of(
-        trigger->columns, [&](const std::string& name) { return sameName(name, column); });
-    return std::int64_t{assigned ? 1 : 0};
+    return Blob{std::move(bytes)};
 }
 
 // 1 open with rows, 0 open without, -1 closed, -3 not there.

@@ -48,10 +48,16 @@ private:
     // What kap_system answers, by groups.
     [[nodiscard]] Value ofStatement(SystemValue value, const Arguments& arguments);
     [[nodiscard]] Value ofError(SystemValue value) const;
+    [[nodiscard]] std::int64_t options() const;
     [[nodiscard]] Value ofServer(SystemValue value, const Arguments& arguments) const;
     [[nodiscard]] Value ofSchema(SystemValue value, const Arguments& arguments) const;
     // session_names.cpp
     [[nodiscard]] Value ofNames(SystemValue value, const Arguments& arguments) const;
+    // session_properties.cpp
+    [[nodiscard]] Value ofProperties(SystemValue value, const Arguments& arguments) const;
+    [[nodiscard]] Value sessionProperty(const std::string& property) const;
+    [[nodiscard]] Value columnsUpdated() const;
+    [[nodiscard]] const FiringTrigger& firingTrigger(const char* asked) const;
     [[nodiscard]] Value columnUpdated(const std::string& column) const;
     [[nodiscard]] Value cursorStatus(const std::string& name) const;
 

@@ -35,17 +35,6 @@ Value databaseName(const SchemaCatalogue& catalogue, std::optional<std::int64_t>
     return std::string(kServersOwn.at(static_cast<std::size_t>(*id - 1)));
 }
 
-Value databaseProperty(const SchemaCatalogue& catalogue, const std::string& name,
-                       const std::string& property) {
-    if (!sameName(name, catalogue.databaseName())) return {};
-    const std::string wanted = tsql::asciiLower(property);
-    if (wanted == "status") return std::string("ONLINE");
-    if (wanted == "updateability") return std::string("READ_WRITE");
-    if (wanted == "useraccess") return std::string("MULTI_USER");
-    if (wanted == "recovery") return std::string("FULL");
-    return {};
-}
-
 // One column of systypes where another one has a value.
 Value ofType(const SchemaCatalogue& catalogue, std::size_t column, const Value& wanted,
              std::size_t result) {
@@ -91,11 +80,12 @@ Value SessionFunctions::ofNames(SystemValue value, const Arguments& arguments) c
         case SystemValue::DatabaseId:
             if (arguments.size() > 1 && isNull(arguments[1])) return {};
             return databaseId(catalogue_, textAt(arguments, 1));
+        case SystemValue::DatabaseAccess:
+            return isNull(databaseId(catalogue_, textAt(arguments, 1))) ? Value()
+                                                                        : Value(std::int64_t{1});
         case SystemValue::DatabaseNameOf:
             if (arguments.size() > 1 && isNull(arguments[1])) return {};
             return databaseName(catalogue_, givenNumberAt(arguments, 1));
-        case SystemValue::DatabaseProperty:
-            return databaseProperty(catalogue_, textAt(arguments, 1), textAt(arguments, 2));
         case SystemValue::SchemaId:
             if (arguments.size() > 1 && !sameName(textAt(arguments, 1), "dbo")) return {};
             return std::int64_t{1};
@@ -108,7 +98,7 @@ Value SessionFunctions::ofNames(SystemValue value, const Arguments& arguments) c
         case SystemValue::TriggerLevel:
             return static_cast<std::int64_t>(state_.firing.size());
         default:
-            return {};
+            return ofProperties(value, arguments);
     }
 }
 

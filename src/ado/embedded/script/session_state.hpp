@@ -1,8 +1,10 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "ado/embedded/functions/date_settings.hpp"
@@ -27,6 +29,13 @@ struct FiringTrigger {
     std::string table;
     std::uint8_t event = 0;
     std::vector<std::string> columns;  // that an UPDATE assigns
+
+    // An INSERT assigns every column.
+    [[nodiscard]] bool assigns(std::string_view column) const {
+        return event == tsql::kOnInsert ||
+               std::ranges::any_of(columns,
+                                   [&](const std::string& name) { return sameName(name, column); });
+    }
 };
 
 // The temporary table that holds the rows of a table variable.
@@ -63,6 +72,9 @@ struct Frame {
     bool keepsTables = false;  // the batch of a client: its temporary tables are the connection's
 };
 
+// Where nobody has set another, and what 0 stands for.
+inline constexpr std::int64_t kDefaultTextSize = 4096;
+
 // What SET has set.
 struct SessionSettings {
     bool noCount = false;
@@ -71,6 +83,7 @@ struct SessionSettings {
     bool showPlan = false;  // statements are explained and not run
     DateSettings dates;
     std::int32_t lockTimeout = -1;
+    std::int64_t textSize = kDefaultTextSize;
     WriteSettings writes;
 };
 
@@ -78,6 +91,7 @@ struct SessionSettings {
 struct SessionState : SessionSettings {
     std::int32_t error = 0;
     std::int64_t rowCount = 0;
+    std::optional<Blob> context;  // of SET CONTEXT_INFO, which outlives the procedure that says it
     std::optional<std::int64_t> identity;
     std::optional<std::int64_t> batchIdentity;  // of the client's batches, which are one scope
     std::int32_t fetchStatus = 0;

@@ -131,6 +131,9 @@ Typed Binder::node(const FunctionCall& node, int line, Scope& scope) {
 
 // dbo.f(a, b): the values are brought to the types of its parameters, and the session runs it.
 Typed Binder::storedFunction(const FunctionCall& call, int line, Scope& scope) {
+    if (tsql::equalsIgnoringCase(call.name.parts.front(), "$partition")) {
+        throw tsql::unsupported("$PARTITION", line);
+    }
     const Function* function =
         isOwn(call.name) ? catalogue().findFunction(call.name.last()) : nullptr;
     if (function == nullptr) {

@@ -19,6 +19,10 @@ constexpr int kSystemNameLength = 128;
 constexpr int kMessageLength = 4000;
 constexpr int kVersionLength = 300;
 constexpr int kRowVersionBytes = 8;
+constexpr int kMostConnections = 32767;  // as a server allows that bounds them by nothing else
+constexpr int kContextBytes = 128;
+constexpr int kHostProcessLength = 10;
+constexpr int kColumnBitsBytes = 128;
 
 constexpr TypeSpec kIdentityType{SqlType::Numeric, 0, kIdentityPrecision, 0};
 constexpr TypeSpec kNameType{SqlType::NVarChar, kSystemNameLength};
@@ -48,16 +52,18 @@ constexpr std::array kVariables = std::to_array<SystemVariable>({
     {"@@options", SystemValue::Options, kWholeNumber},
     {"@@cursor_rows", SystemValue::CursorRows, kWholeNumber},
     {"@@language", SystemValue::Language, kNameType},
+    {"@@langid", SystemValue::LanguageNumber, {SqlType::SmallInt}},
+    {"@@textsize", SystemValue::TextSize, kWholeNumber},
 });
 
 // What the server has besides: it tells of a server's work and of nothing that a file has.
 constexpr std::array kRefusedVariables = std::to_array<std::string_view>(
-    {"@@connections", "@@cpu_busy", "@@idle", "@@io_busy", "@@langid", "@@max_connections",
-     "@@microsoftversion", "@@pack_received", "@@pack_sent", "@@packet_errors", "@@remserver",
-     "@@textsize", "@@timeticks", "@@total_errors", "@@total_read", "@@total_write"});
+    {"@@connections", "@@cpu_busy", "@@idle", "@@io_busy", "@@microsoftversion", "@@pack_received",
+     "@@pack_sent", "@@packet_errors", "@@timeticks", "@@total_errors", "@@total_read",
+     "@@total_write"});
 
 // How an argument goes to the session.
-enum class Takes { Nothing, Text, Number, TwoTexts, NumberText, NumberNumber };
+enum class Takes { Nothing, Text, Number, TwoTexts, NumberText, TextNumbers, NumbersText, Numbers };
 
 struct SystemFunction {
     std::string_view name;
@@ -101,22 +107,59 @@ constexpr std::array kSystemFunctions = std::to_array<SystemFunction>({
     {"host_name", 0, 0, Takes::Nothing, SystemValue::HostName, kNameType},
     {"app_name", 0, 0, Takes::Nothing, SystemValue::ApplicationName, kNameType},
     {"object_id", 1, 2, Takes::TwoTexts, SystemValue::ObjectId, kWholeNumber, true},
-    {"object_name", 1, 1, Takes::Number, SystemValue::ObjectName, kNameType, true},
+    {"object_name", 1, 2, Takes::Numbers, SystemValue::ObjectName, kNameType, true},
+    {"object_schema_name", 1, 2, Takes::Numbers, SystemValue::ObjectSchema, kNameType, true},
+    {"objectpropertyex", 2, 2, Takes::NumberText, SystemValue::ObjectPropertyEx, kNameType, true},
+    {"index_col", 3, 3, Takes::TextNumbers, SystemValue::IndexColumn, kNameType, true},
+    {"indexkey_property", 4, 4, Takes::NumbersText, SystemValue::IndexKeyProperty, kWholeNumber,
+     true},
+    {"indexproperty", 3, 3, Takes::NumberText, SystemValue::IndexProperty, kWholeNumber, true},
+    {"typeproperty", 2, 2, Takes::TwoTexts, SystemValue::TypeProperty, kWholeNumber, true},
+    {"databaseproperty", 2, 2, Takes::TwoTexts, SystemValue::DatabaseFlag, kWholeNumber},
+    {"has_dbaccess", 1, 1, Takes::Text, SystemValue::DatabaseAccess, kWholeNumber},
+    {"sessionproperty", 1, 1, Takes::Text, SystemValue::SessionProperty, kWholeNumber},
+    {"fulltextserviceproperty", 1, 1, Takes::Text, SystemValue::FullTextProperty, kWholeNumber},
+    {"collationproperty", 2, 2, Takes::TwoTexts, SystemValue::CollationProperty, kWholeNumber},
+    {"context_info",
+     0,
+     0,
+     Takes::Nothing,
+     SystemValue::ContextInfo,
+     {SqlType::VarBinary, kContextBytes}},
+    {"host_id",
+     0,
+     0,
+     Takes::Nothing,
+     SystemValue::HostProcess,
+     {SqlType::Char, kHostProcessLength}},
+    {"columns_updated",
+     0,
+     0,
+     Takes::Nothing,
+     SystemValue::ColumnsUpdated,
+     {SqlType::VarBinary, kColumnBitsBytes}},
     {"objectproperty", 2, 2, Takes::NumberText, SystemValue::ObjectProperty, kWholeNumber, true},
     {"col_length", 2, 2, Takes::TwoTexts, SystemValue::ColumnLength, {SqlType::SmallInt}, true},
-    {"col_name", 2, 2, Takes::NumberNumber, SystemValue::ColumnName, kNameType, true},
+    {"col_name", 2, 2, Takes::Numbers, SystemValue::ColumnName, kNameType, true},
     {"columnproperty", 3, 3, Takes::NumberText, SystemValue::ColumnProperty, kWholeNumber, true},
     {"serverproperty", 1, 1, Takes::Text, SystemValue::ServerProperty, kNameType},
     {"cursor_status", 2, 2, Takes::TwoTexts, SystemValue::CursorStatus, {SqlType::SmallInt}},
 });
 
+// INDEXKEY_PROPERTY's, before the name of the property.
+constexpr std::size_t kNumbersBeforeText = 3;
+
 bool takesNumber(Takes takes, std::size_t index) {
     switch (takes) {
         case Takes::Number:
-        case Takes::NumberNumber:
+        case Takes::Numbers:
             return true;
         case Takes::NumberText:
             return index == 0;
+        case Takes::TextNumbers:
+            return index > 0;
+        case Takes::NumbersText:
+            return index < kNumbersBeforeText;
         default:
             return false;
     }
@@ -137,6 +180,10 @@ Typed systemVariable(std::string_view name, const char* function, int line) {
     if (lower == "@@max_precision") {
         return Typed::literal(std::int64_t{kIdentityPrecision}, {SqlType::TinyInt});
     }
+    if (lower == "@@max_connections") {
+        return Typed::literal(std::int64_t{kMostConnections}, kWholeNumber);
+    }
+    if (lower == "@@remserver") return Typed::expression("NULL", kNameType, true);
     const auto* const found =
         std::find_if(kVariables.begin(), kVariables.end(),
                      [&](const SystemVariable& each) { return each.name == lower; });

@@ -24,6 +24,10 @@ bool isOneOf(std::string_view name, std::initializer_list<std::string_view> name
     return std::find(names.begin(), names.end(), name) != names.end();
 }
 
+bool isPercentile(std::string_view name) {
+    return isOneOf(name, {"percentile_cont", "percentile_disc"});
+}
+
 void requireOrder(const FunctionCall& call, const std::string& name, int line) {
     if (!call.over->orderBy.empty()) return;
     throw ServerError(4112, "The function '" + name + "' must have an OVER clause with ORDER BY.",
@@ -40,9 +44,10 @@ void refuseFrame(const FunctionCall& call, const std::string& name, int line) {
 
 void refuseWithoutWindow(const FunctionCall& call, int line) {
     const std::string name = tsql::asciiLower(call.name.last());
-    const bool windowed = std::ranges::find(kRankings, name) != kRankings.end() ||
-                          isOneOf(name, {"ntile", "first_value", "last_value", "lag", "lead",
-                                         "cume_dist", "percent_rank"});
+    const bool windowed =
+        std::ranges::find(kRankings, name) != kRankings.end() || isPercentile(name) ||
+        isOneOf(name,
+                {"ntile", "first_value", "last_value", "lag", "lead", "cume_dist", "percent_rank"});
     if (!windowed) return;
     throw ServerError(10753, "The function '" + name + "' must have an OVER clause.", line, 15);
 }
@@ -87,6 +92,7 @@ Typed Binder::windowed(const FunctionCall& call, int line, Scope& scope) {
     ++windowsBound_;
     const std::string over = overText(*call.over, line, scope);
     if (isAggregateName(call.name)) return windowAggregate(call, over, line, scope);
+    if (isPercentile(name)) return percentile(call, over, line, scope);
     std::vector<Typed> arguments;
     for (const auto& argument : call.arguments)
         arguments.push_back(value(*argument, scope));
@@ -123,6 +129,34 @@ Typed Binder::windowed(const FunctionCall& call, int line, Scope& scope) {
     if (arguments.size() > 1) list += ", " + convertTo(arguments[1], {SqlType::BigInt}, line).sql;
     if (arguments.size() > 2) list += ", " + convertTo(arguments[2], arguments[0].type, line).sql;
     return Typed::expression(name + "(" + list + ")" + over, arguments[0].type, true);
+}
+
+// PERCENTILE_CONT(0.5) WITHIN GROUP (ORDER BY value) OVER (PARTITION BY ...): the order is that of
+// the values, and the window is the whole partition.
+Typed Binder::percentile(const FunctionCall& call, const std::string& over, int line,
+                         Scope& scope) {
+    const std::string name = tsql::asciiLower(call.name.last());
+    if (call.arguments.size() != 1) {
+        throw ServerError(174, "The " + name + " function requires 1 argument(s).", line, 15);
+    }
+    if (call.within.size() != 1) {
+        throw ServerError(10754, "The function '" + name + "' must have a WITHIN GROUP clause.",
+                          line, 15);
+    }
+    if (!call.over->orderBy.empty()) {
+        throw ServerError(
+            10757, "The function '" + name + "' may not have ORDER BY in OVER clause.", line, 15);
+    }
+    refuseFrame(call, name, line);
+    const Typed fraction = convertTo(value(*call.arguments.front(), scope), {SqlType::Float}, line);
+    const Typed ordered = value(*call.within.front().value, scope);
+    const bool continuous = name == "percentile_cont";
+    const Typed given = continuous ? convertTo(ordered, {SqlType::Float}, line) : ordered;
+    return Typed::expression(
+        callText(continuous ? "kap_percentile_cont" : "kap_percentile_disc", fraction.sql,
+                 given.sql, call.within.front().descending ? "1" : "0") +
+            over,
+        given.type, true);
 }
 
 // SQLite adds up within a window by itself; what the sum must fit in is checked behind it.

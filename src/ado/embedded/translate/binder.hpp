@@ -240,6 +240,8 @@ private:
 
     // bind_windows.cpp
     [[nodiscard]] Typed windowed(const tsql::FunctionCall& call, int line, Scope& scope);
+    [[nodiscard]] Typed percentile(const tsql::FunctionCall& call, const std::string& over,
+                                   int line, Scope& scope);
     [[nodiscard]] Typed windowAggregate(const tsql::FunctionCall& call, const std::string& over,
                                         int line, Scope& scope);
     [[nodiscard]] std::string overText(const tsql::Window& window, int line, Scope& scope);

@@ -48,12 +48,16 @@ Typed ScalarCall::number(std::size_t index) const {
     const Typed& argument = arguments[index];
     if (tsql::isNumber(argument.type.type)) return argument;
     if (tsql::isText(argument.type.type)) return binder.convertTo(argument, {SqlType::Float}, line);
-    throw tsql::ServerError(8116,
-                            std::string("Argument data type ") +
-                                tsql::typeName(argument.type.type) + " is invalid for argument " +
-                                tsql::integerText(static_cast<std::int64_t>(index) + 1) + " of " +
-                                name() + " function.",
-                            line);
+    refuseType(index);
+}
+
+void ScalarCall::refuseType(std::size_t index) const {
+    throw tsql::ServerError(
+        8116,
+        std::string("Argument data type ") + tsql::typeName(arguments[index].type.type) +
+            " is invalid for argument " + tsql::integerText(static_cast<std::int64_t>(index) + 1) +
+            " of " + name() + " function.",
+        line);
 }
 
 std::string_view ScalarCall::word(std::size_t index) const {
@@ -73,8 +77,9 @@ std::string ScalarCall::name() const {
 }
 
 const ScalarFunction* findFunction(std::string_view name) {
-    for (const auto table : {textFunctions(), numberFunctions(), dateFunctions(),
-                             generalFunctions(), principalFunctions(), cultureFunctions()}) {
+    for (const auto table :
+         {textFunctions(), numberFunctions(), dateFunctions(), generalFunctions(),
+          principalFunctions(), cultureFunctions(), byteFunctions(), variantFunctions()}) {
         const auto found =
             std::find_if(table.begin(), table.end(), [&](const ScalarFunction& function) {
                 return tsql::equalsIgnoringCase(function.name, name);

@@ -31,6 +31,8 @@ struct ScalarCall {
     [[nodiscard]] tsql::TypeSpec textType(std::size_t index) const;
     /// An argument that must be a number: a text becomes a float. Error 8116 for any other.
     [[nodiscard]] Typed number(std::size_t index) const;
+    /// Error 8116: the argument's type is none that the function takes.
+    [[noreturn]] void refuseType(std::size_t index) const;
     /// The argument's name where the dialect wants a word and no value, as the first one of
     /// DATEADD.
     [[nodiscard]] std::string_view word(std::size_t index) const;
@@ -52,6 +54,8 @@ struct ScalarFunction {
 [[nodiscard]] std::span<const ScalarFunction> generalFunctions();
 [[nodiscard]] std::span<const ScalarFunction> principalFunctions();
 [[nodiscard]] std::span<const ScalarFunction> cultureFunctions();
+[[nodiscard]] std::span<const ScalarFunction> byteFunctions();
+[[nodiscard]] std::span<const ScalarFunction> variantFunctions();
 
 /// The function of that name (case ignored), or null.
 [[nodiscard]] const ScalarFunction* findFunction(std::string_view name);

@@ -60,6 +60,22 @@ enum class SystemValue {
     TypeName,
     ObjectDefinition,
     TriggerLevel,
+    LanguageNumber,
+    TextSize,
+    ContextInfo,
+    HostProcess,
+    ObjectSchema,
+    ObjectPropertyEx,
+    IndexColumn,
+    IndexKeyProperty,
+    IndexProperty,
+    TypeProperty,
+    DatabaseFlag,
+    DatabaseAccess,
+    SessionProperty,
+    FullTextProperty,
+    CollationProperty,
+    ColumnsUpdated,
 };
 
 /// @@name, asked of the session by that function. Error 137 for one that does not exist.

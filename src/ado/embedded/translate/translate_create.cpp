@@ -65,7 +65,8 @@ std::string columnList(const tsql::CreateIndexStatement& statement, const Table&
 // there.
 void refuseChanging(const std::string& sql, const tsql::CreateIndexStatement& statement,
                     const Table& table, int line) {
-    for (const char* call : {"kap_system(", "kap_call(", "kap_now(", "kap_newid(", "kap_random("}) {
+    for (const char* call : {"kap_system(", "kap_call(", "kap_now(", "kap_newid(", "kap_random(",
+                             "kap_random_bytes("}) {
         if (sql.find(call) == std::string::npos) continue;
         throw ServerError(10735,
                           "Incorrect WHERE clause for filtered index '" + statement.name +

@@ -1,8 +1,9 @@
-#include "ado/embedded/script/message_text.hpp"
+#include "ado/embedded/functions/message_text.hpp"
 
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <utility>
 
 #include <kaputil/frame/plain_text.hpp>
 
@@ -117,7 +118,8 @@ private:
                                      : numberText(*argument, place);
         }
         const std::size_t missing = place.width > text.size() ? place.width - text.size() : 0;
-        const bool zeros = place.zeros && !place.left && place.kind != 's';
+        const bool zeros =
+            place.zeros && !place.left && place.kind != 's' && place.precision == std::string::npos;
         if (place.left) {
             text_ += text + std::string(missing, ' ');
         } else if (zeros && !text.empty() && (text.front() == '-' || text.front() == '+')) {
@@ -127,10 +129,21 @@ private:
         }
     }
 
+    // The precision of a number is the least count of its digits.
+    static std::string withZeros(std::string digits, const Place& place) {
+        const bool given = place.precision != std::string::npos;
+        if (given && place.precision > digits.size()) {
+            digits.insert(0, place.precision - digits.size(), '0');
+        }
+        return digits;
+    }
+
     static std::string numberText(const MessageArgument& argument, const Place& place) {
         const std::int64_t value = plain::readWhole(argument.text).value_or(0);
         if (place.kind == 'd' || place.kind == 'i') {
-            return (place.plus && value >= 0 ? "+" : "") + argument.text;
+            const bool negative = value < 0;
+            const std::string digits = argument.text.substr(negative ? 1 : 0);
+            return (negative ? "-" : place.plus ? "+" : "") + withZeros(digits, place);
         }
         auto rest = static_cast<std::uint64_t>(value);
         if (value >= INT32_MIN && value <= INT32_MAX) rest &= 0xFFFFFFFFU;
@@ -141,6 +154,7 @@ private:
             text.insert(text.begin(), digits[rest % base]);
             rest /= base;
         } while (rest != 0);
+        text = withZeros(std::move(text), place);
         if (place.prefix && base == 16 && value != 0)
             text.insert(0, place.kind == 'X' ? "0X" : "0x");
         if (place.prefix && base == 8) text.insert(0, "0");
