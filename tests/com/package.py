@@ -47,6 +47,10 @@ x86/KapUtil26.tlb
 x86/kaputil.exe
 """.split()
 
+# Of each kind of thing that registration writes, one: a name, a class, and both type libraries.
+REGISTERED = ("KapUtil.CProprieta", "KapLocal.Connection", "CLSID\\{80368bd9-a134-4db3-b976-3eff993d4529}",
+              "TypeLib\\{749c4a7f-4612-49ed-994a-2e3285c059ca}", "TypeLib\\{e6d06f3b-5a86-4b3b-9c1d-0a6d4a6f7b01}")
+
 # The kind of machine in a program's header.
 MACHINES = {"x64": 0x8664, "x86": 0x014C}
 
@@ -72,8 +76,15 @@ class Installation:
     def run(self, *command, **variables):
         return self.session.run(*command, folder=self.folder, **variables)
 
-    def is_registered(self, root, name="KapUtil.CProprieta"):
-        return self.run("reg", "query", f"{root}\\Software\\Classes\\{name}")[0] == 0
+    def registered(self, root):
+        """What of the library is registered for everybody (HKLM) or for the user (HKCU)."""
+        return [name for name in REGISTERED if self.run("reg", "query", f"{root}\\Software\\Classes\\{name}")[0] == 0]
+
+    def expect_registered(self, what, root=None):
+        """Everything for everybody or for the user, nothing for the other; without a root nothing at all."""
+        wanted = {place: list(REGISTERED) if place == root else [] for place in ("HKLM", "HKCU")}
+        found = {place: self.registered(place) for place in wanted}
+        self.expect(what, found == wanted, found)
 
     def example_works(self):
         printed = self.run("cscript", "//nologo", "examples\\edit_a_record.vbs")[1]
@@ -101,21 +112,21 @@ def test_page(installation):
     """Step by step as the page has it."""
     installation.expect("nothing works before", not installation.example_works()[0])
     installation.run("cmd", "/c", "register.cmd")
-    installation.expect("register.cmd registers the classes for everybody", installation.is_registered("HKLM"))
+    installation.expect_registered("register.cmd registers the classes for everybody", "HKLM")
     installation.expect("examples\\edit_a_record.vbs runs", *installation.example_works())
     code, printed = installation.run("x64\\kaputil.exe", "classes")
     installation.expect("kaputil classes lists the classes", code == 0 and "StdFunctions" in printed, printed)
     installation.run("cmd", "/c", "unregister.cmd")
-    installation.expect("unregister.cmd removes them", not installation.is_registered("HKLM"))
+    installation.expect_registered("unregister.cmd removes them")
     installation.expect("nothing works afterwards", not installation.example_works()[0])
 
     installation.run("regsvr32", "/s", "x64\\KapUtil26.dll")
     installation.expect("regsvr32 registers one of them", *installation.example_works())
     installation.run("regsvr32", "/s", "/u", "x64\\KapUtil26.dll")
     installation.run("regsvr32", "/s", "/n", "/i:user", "x64\\KapUtil26.dll")
-    installation.expect("and for the user alone", installation.is_registered("HKCU") and not installation.is_registered("HKLM"))
+    installation.expect_registered("and for the user alone", "HKCU")
     installation.run("regsvr32", "/s", "/u", "/n", "/i:user", "x64\\KapUtil26.dll")
-    installation.expect("which is removed, too", not installation.is_registered("HKCU"))
+    installation.expect_registered("which is removed, too")
 
 
 def test_installer(installation, installer):
@@ -131,22 +142,29 @@ def test_installer(installation, installer):
     wanted = [name for name in CONTENTS if name not in scripts]
     package = windows_path(installer)
     programs = installation.session.prefix / "drive_c" / "Program Files" / "KapUtil"
+
+    def expect_gone():
+        installation.expect_registered("removing it leaves nothing registered")
+        installation.expect("nor a file", not programs.exists(), files_of(programs))
+
     for words in ((), ("REINSTALL=ALL", "REINSTALLMODE=vamus")):
         msiexec("/i", package, *words)
         installation.expect("its files are where programs are", files_of(programs) == wanted, files_of(programs))
-        installation.expect("the classes are registered for everybody",
-                            installation.is_registered("HKLM") and not installation.is_registered("HKCU"))
+        installation.expect_registered("the classes are registered for everybody", "HKLM")
         installation.expect("an example runs", *installation.example_works())
     msiexec("/x", package)
-    installation.expect("removing it leaves nothing registered", not installation.is_registered("HKLM"))
-    installation.expect("nor a file", not files_of(programs), files_of(programs))
+    expect_gone()
 
     msiexec("/i", package, "MSIINSTALLPERUSER=1")
-    installation.expect("for the user alone the classes are the user's",
-                        installation.is_registered("HKCU") and not installation.is_registered("HKLM"))
-    installation.expect("an example runs", *installation.example_works())
+    installation.expect("its files are there for the user alone, too", files_of(programs) == wanted, files_of(programs))
+    installation.expect_registered("for the user alone the classes are the user's", "HKCU")
+    # Wine never looks at the user's own classes, so that no program is run here.
+    server = f"HKCU\\Software\\Classes\\{REGISTERED[2]}\\InprocServer32"
+    shown = installation.run("reg", "query", server, "/ve")[1]
+    installation.expect("they are served by the file that was installed",
+                        "C:\\Program Files\\KapUtil\\x64\\KapUtil26.dll" in shown, shown)
     msiexec("/x", package, "MSIINSTALLPERUSER=1")
-    installation.expect("which is removed, too", not installation.is_registered("HKCU"))
+    expect_gone()
 
 
 def main(archive, installer):
