@@ -71,6 +71,10 @@ set_target_properties(kaputil-com PROPERTIES OUTPUT_NAME KapUtil26 PREFIX "" LIN
 target_include_directories(kaputil-com PRIVATE "${comFolder}")
 target_link_libraries(kaputil-com PRIVATE kaputil_com)
 target_link_options(kaputil-com PRIVATE -s -Wl,--no-insert-timestamp)
+if(CMAKE_SIZEOF_VOID_P EQUAL 4)
+    # What the system calls is exported without the decoration that 32-bit compilers give its names.
+    target_link_options(kaputil-com PRIVATE -Wl,--enable-stdcall-fixup)
+endif()
 
 # The tests of the module: a client that knows the system's interfaces only, with the catalogue to compare with. They are
 # run by ./run test-com.

@@ -122,7 +122,7 @@ def main(folder, wanted=None):
     report = Report()
     build = ROOT / folder
     module = build / "com" / "KapUtil26.dll"
-    bits = 32 if build.name == "windows32" else 64
+    bits = 32 if build.name.startswith("windows32") else 64
     check_exports(report, module, bits)
     if bits == 32:
         check_types(report, module)
