@@ -48,11 +48,12 @@ struct ColumnInfo {
     bool key = false;  // part of the base table's primary key, and the result has all parts
     bool identity = false;
     bool rowVersion = false;
+    bool generated = false;  // computed by the database from other columns of the row
     // A decimal of more digits than a word holds: kept as its plain text, without zeros at its end.
     bool wideDecimal = false;
 
     [[nodiscard]] bool writable() const noexcept {
-        return !baseColumn.empty() && !identity && !rowVersion;
+        return !baseColumn.empty() && !identity && !rowVersion && !generated;
     }
 };
 

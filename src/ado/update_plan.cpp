@@ -57,7 +57,7 @@ std::vector<RowChange> UpdatePlanner::updates(const PendingValues& values) const
                     {column.baseColumn, column.type, column.numericScale, *values[i]});
                 change.criteria.push_back(fetched(i));
             }
-            if (values[i] || column.rowVersion) {
+            if (values[i] || column.rowVersion || column.generated) {
                 readBack(change, column);
             }
         }

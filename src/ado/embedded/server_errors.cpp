@@ -1,13 +1,13 @@
 #include "ado/embedded/server_errors.hpp"
 
 #include <algorithm>
-#include <array>
 #include <string_view>
 #include <system_error>
 
 #include <kaputil/ado/error_numbers.hpp>
 
 #include "ado/embedded/sqlite_refusals.hpp"
+#include "ado/server_numbers.hpp"
 #include "tsql/text.hpp"
 
 namespace kap::ado::embedded {
@@ -26,47 +26,6 @@ constexpr int kUniqueKey = 2627;
 constexpr int kReadOnly = 3906;
 constexpr int kCannotOpen = 4060;
 constexpr int kOutOfMemory = 701;
-
-struct Mapping {
-    int native;
-    std::int32_t number;
-    const char* state;
-};
-
-// Everything else is an error in the command's text.
-constexpr auto kMappings = std::to_array<Mapping>({
-    {207, errors::kCommandText, "42S22"},
-    {208, errors::kUnknownObject, "42S02"},
-    {220, errors::kTruncated, "22003"},
-    {232, errors::kTruncated, "22003"},
-    {241, errors::kDataTypeMismatch, "22007"},
-    {242, errors::kDataTypeMismatch, "22007"},
-    {245, errors::kDataTypeMismatch, "22018"},
-    {248, errors::kDataTypeMismatch, "22018"},
-    {kNullRefused, errors::kIntegrity, "23000"},
-    {kConstraint, errors::kIntegrity, "23000"},
-    {kOutOfMemory, errors::kUnspecified, "HY001"},
-    {kInputOutput, errors::kUnspecified, "HY000"},
-    {kDamaged, errors::kUnspecified, "HY000"},
-    {kDiskFull, errors::kUnspecified, "HY000"},
-    {kLockTimeout, errors::kTimeout, "HYT00"},
-    {2601, errors::kIntegrity, "23000"},
-    {kUniqueKey, errors::kIntegrity, "23000"},
-    {2714, errors::kCommandText, "42S01"},
-    {3701, errors::kUnknownObject, "42S02"},
-    {kReadOnly, errors::kUnspecified, "25006"},
-    {8114, errors::kDataTypeMismatch, "22018"},
-    {8115, errors::kTruncated, "22003"},
-    {8134, errors::kCommandText, "22012"},
-    {8152, errors::kTruncated, "22001"},
-    {8169, errors::kDataTypeMismatch, "22018"},
-    {50000, errors::kCommandText, "42000"},
-});
-
-Mapping mappingOf(int native) {
-    const auto found = std::ranges::find(kMappings, native, &Mapping::native);
-    return found == kMappings.end() ? Mapping{native, errors::kCommandText, "42000"} : *found;
-}
 
 // "…constraint failed: T.C, T.D": what stands after the colon.
 std::string_view failedColumns(std::string_view message) {
@@ -179,9 +138,14 @@ ServerMessage serverMessage(const ServerError& error) {
     if (error.severity() <= ServerMessage::kInformation) {
         return {error.number(), 0, "01000", error.message(), error.line(), error.severity()};
     }
-    const Mapping mapping = mappingOf(error.number());
-    return {error.number(),  mapping.number, mapping.state,
-            error.message(), error.line(),   error.severity()};
+    // Everything that is not in the table is an error in the command's text.
+    const ServerNumber* known = findServerNumber(error.number());
+    return {error.number(),
+            known == nullptr ? errors::kCommandText : known->number,
+            known == nullptr ? "42000" : known->state,
+            error.message(),
+            error.line(),
+            error.severity()};
 }
 
 DriverError driverError(const ServerError& error) {

@@ -36,36 +36,11 @@ Abilities::Folding foldingOf(SQLUSMALLINT identifierCase) {
     }
 }
 
-// The type that a column is compared as when its own has no order; empty: its own.
-std::string comparableType(bool transactNames, const std::string& typeName) {
-    struct Comparable {
-        bool transactNames;
-        std::string_view type;
-        const char* comparedAs;
-    };
-    static constexpr std::array<Comparable, 6> kTypes = {{{true, "text", "varchar(max)"},
-                                                          {true, "ntext", "nvarchar(max)"},
-                                                          {true, "image", "varbinary(max)"},
-                                                          {true, "xml", "nvarchar(max)"},
-                                                          {false, "json", "text"},
-                                                          {false, "xml", "text"}}};
-    for (const Comparable& each : kTypes) {
-        if (each.transactNames == transactNames && tsql::equalsIgnoringCase(each.type, typeName)) {
-            return each.comparedAs;
-        }
-    }
-    return {};
-}
-
-bool holds(const std::string& text, std::string_view part) {
-    return tsql::asciiLower(text).find(part) != std::string::npos;
-}
-
 }  // namespace
 
 Abilities Abilities::of(SQLHDBC connection) {
     Abilities made;
-    made.product = textInfo(connection, SQL_DBMS_NAME);
+    made.server = &dialectOf(textInfo(connection, SQL_DBMS_NAME));
     made.quote = textInfo(connection, SQL_IDENTIFIER_QUOTE_CHAR);
     if (made.quote == " ") {  // the interface's way to say that names cannot be quoted
         made.quote.clear();
@@ -76,15 +51,6 @@ Abilities Abilities::of(SQLHDBC connection) {
     constexpr SQLUINTEGER kPieces = SQL_GD_BLOCK | SQL_GD_BOUND | SQL_GD_ANY_ORDER;
     made.cellPieces =
         (numberInfo<SQLUINTEGER>(connection, SQL_GETDATA_EXTENSIONS, 0) & kPieces) == kPieces;
-    if (holds(made.product, "sql server") || holds(made.product, "sybase")) {
-        made.transactNames = true;
-        made.batches = true;
-        made.identity = "SCOPE_IDENTITY()";
-    } else if (holds(made.product, "postgresql")) {
-        made.returning = true;
-        made.castsParameters = true;
-        made.inventedSize = 255;
-    }
     return made;
 }
 
@@ -97,19 +63,6 @@ std::string Abilities::quoted(std::string_view name) const {
         made.append(quote.size() == 1 && letter == quote.front() ? 2 : 1, letter);
     }
     return made + quote;
-}
-
-std::string Abilities::markFor(const std::string& typeName) const {
-    return castsParameters && !typeName.empty() ? "CAST(? AS " + quoted(typeName) + ")" : "?";
-}
-
-std::string Abilities::comparison(const std::string& quotedColumn,
-                                  const std::string& typeName) const {
-    const std::string other = comparableType(transactNames, typeName);
-    if (!other.empty()) {
-        return "CAST(" + quotedColumn + " AS " + other + ") = ?";
-    }
-    return quotedColumn + " = " + markFor(typeName);
 }
 
 std::string Abilities::folded(std::string_view name) const {

@@ -1,5 +1,6 @@
 #include "ado/odbc/catalogue_call.hpp"
 
+#include <algorithm>
 #include <array>
 
 #include "frame/unicode.hpp"
@@ -12,11 +13,11 @@ CatalogueName::CatalogueName(const std::optional<std::string>& name, bool patter
         return;
     }
     const String units(*name);
-    for (const char16_t unit : units.view()) {
-        if (pattern && (unit == u'_' || unit == u'%' || unit == u'\\')) {
-            text_ += u'\\';
-        }
-        text_ += unit;
+    text_ = units.units();
+    if (pattern) {
+        // What might be read as a sign of another meaning stands for any one character.
+        std::ranges::replace_if(
+            text_, [](char16_t unit) { return unit == u'\\' || unit == u'['; }, u'_');
     }
 }
 

@@ -12,8 +12,18 @@ namespace kap::ado::odbc {
 class CatalogueName {
 public:
     CatalogueName() = default;
-    // Names are compared exactly; with `pattern`, signs that a pattern has are escaped.
+    // Names are compared exactly. With `pattern` they are matched, and may match others, too: not
+    // every driver knows the sign that takes the meaning from those of a pattern, so that whoever
+    // asks looks at the names that come.
     CatalogueName(const std::optional<std::string>& name, bool pattern = false);
+
+    // Some drivers refuse a pattern that is not given: that for every name.
+    void orAny() {
+        if (!given_) {
+            given_ = true;
+            text_ = u"%";
+        }
+    }
 
     [[nodiscard]] SQLWCHAR* text() { return given_ ? wide(text_) : nullptr; }
     [[nodiscard]] SQLSMALLINT length() const {

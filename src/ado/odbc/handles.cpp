@@ -36,8 +36,9 @@ Handle::~Handle() {
 }
 
 SQLHANDLE environment() {
-    static const Handle made = newEnvironment();
-    return made.get();
+    // Never freed: objects that outlive every function's statics may still close connections.
+    static const auto* const made = new Handle(newEnvironment());
+    return made->get();
 }
 
 }  // namespace kap::ado::odbc

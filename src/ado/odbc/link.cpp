@@ -61,6 +61,14 @@ SQLULEN isolationOf(IsolationLevelEnum level) {
     }
 }
 
+void limitStatement(const Handle& statement, std::chrono::seconds timeout) {
+    SQLSetStmtAttrW(statement.get(), SQL_ATTR_QUERY_TIMEOUT,
+                    asPointer(static_cast<SQLULEN>(timeout.count())), SQL_IS_UINTEGER);
+}
+
+constexpr const char* kLost = "The connection to the database server has been lost";
+constexpr const char* kOpenAgain = "Close it and open it again.";
+
 // What the server has been asked to keep itself is its own affair for so long.
 constexpr std::chrono::milliseconds kGrace(3000);
 constexpr std::chrono::milliseconds kEndTime(5000);
@@ -129,18 +137,20 @@ Handle Link::newStatement(std::chrono::seconds timeout) {
     makeWay();
     progress();
     Handle statement(SQL_HANDLE_STMT, connection_.get());
-    if (timeout.count() > 0) {
-        SQLSetStmtAttrW(statement.get(), SQL_ATTR_QUERY_TIMEOUT,
-                        asPointer(static_cast<SQLULEN>(timeout.count())), SQL_IS_UINTEGER);
-    }
+    limitStatement(statement, timeout);
     return statement;
+}
+
+void Link::renew(const Handle& statement, std::chrono::seconds timeout) {
+    requireAlive();
+    makeWay();
+    progress();
+    limitStatement(statement, timeout);
 }
 
 void Link::requireAlive() const {
     if (isLost()) {
-        throw driverError(errors::kUnspecified, "08S01",
-                          "The connection to the database server has been lost. Close it and open "
-                          "it again.");
+        throw driverError(errors::kUnspecified, "08S01", std::string(kLost) + ". " + kOpenAgain);
     }
 }
 
@@ -163,14 +173,34 @@ std::vector<ServerMessage> Link::failure(const Handle& handle) {
         return message.isError() && saysConnectionLost(message.state);
     });
     lost_ = lost_ || said || (SQL_SUCCEEDED(code) && dead == SQL_CD_TRUE);
-    if (lost_ && !said) {
-        for (ServerMessage& message : messages) {
-            if (message.isError()) {
-                message.number = errors::kUnspecified;
-            }
+    if (lost_) {
+        tellOfLoss(messages);
+        return messages;
+    }
+    for (ServerMessage& message : messages) {
+        if (message.isError()) {
+            abilities_.server->refine(message);
         }
     }
     return messages;
+}
+
+// Drivers say it in many ways: clients are told it in one, with the driver's words behind.
+void Link::tellOfLoss(std::vector<ServerMessage>& messages) const {
+    const auto first = std::ranges::find_if(messages, &ServerMessage::isError);
+    const auto told = std::ranges::find_if(messages, [](const ServerMessage& message) {
+        return message.isError() && saysConnectionLost(message.state);
+    });
+    ServerMessage& loss = told == messages.end() ? *first : *told;
+    loss.text = std::string(kLost) + " (" + loss.text + "). " + kOpenAgain;
+    loss.state = "08S01";
+    std::rotate(messages.begin(), messages.begin() + (&loss - messages.data()),
+                messages.begin() + (&loss - messages.data()) + 1);
+    for (ServerMessage& message : messages) {
+        if (message.isError()) {
+            message.number = errors::kUnspecified;
+        }
+    }
 }
 
 void Link::setIsolation(IsolationLevelEnum level) {
@@ -200,6 +230,7 @@ void Link::setAutoCommit(bool on) {
         SQLSetConnectAttrW(connection_.get(), SQL_ATTR_AUTOCOMMIT,
                            asPointer(on ? SQL_AUTOCOMMIT_ON : SQL_AUTOCOMMIT_OFF), SQL_IS_UINTEGER),
         connection_);
+    inTransaction_ = !on;
 }
 
 void Link::endTransaction(bool commit) {

@@ -42,6 +42,8 @@ public:
     // A new statement. Where the driver has but one result open at a time, what is left of an
     // earlier one is read first. Raises at once when the connection has been lost.
     [[nodiscard]] Handle newStatement(std::chrono::seconds timeout);
+    // The same for a statement of this connection that is going to be run again.
+    void renew(const Handle& statement, std::chrono::seconds timeout);
 
     // Raises what the handle reports when a call has failed.
     void check(SQLRETURN code, const Handle& handle);
@@ -50,8 +52,13 @@ public:
 
     [[nodiscard]] bool isLost() const noexcept { return lost_ || watchdog_.hasFired(); }
 
+    // Nothing is to be sent any more: what the server has open, it undoes.
+    void giveUp() noexcept { lost_ = true; }
+
     void setIsolation(IsolationLevelEnum level);
     void setAutoCommit(bool on);
+    // Whether what is written lasts only when the transaction ends well.
+    [[nodiscard]] bool inTransaction() const noexcept { return inTransaction_; }
     void endTransaction(bool commit);
 
     // The rows that a result still has to read: one that is being read, of this connection.
@@ -64,12 +71,14 @@ private:
     void makeWay();
     void connect(const ConnectText& text);
     void exchangeSomething();
+    void tellOfLoss(std::vector<ServerMessage>& messages) const;
 
     ServerLine line_;
     Watchdog watchdog_;
     Handle connection_;
     Abilities abilities_;
     bool lost_ = false;
+    bool inTransaction_ = false;
     // The level that the connection has been given; unset: the server's own.
     std::optional<SQLULEN> isolation_;
     bool connected_ = false;

@@ -146,13 +146,11 @@ void ParameterBinding::putDigits(Bound& bound, const std::string& value) {
     bound.length = static_cast<SQLLEN>(bound.bytes.size());
 }
 
-void ParameterBinding::putBinary(Bound& bound, DataTypeEnum type, const std::string& value) {
+void ParameterBinding::putBinary(Bound& bound, const std::string& value) {
     bound.bytes = value;
     bound.form = SQL_C_BINARY;
-    bound.type = type == adBinary ? SQL_BINARY : SQL_VARBINARY;
-    if (value.size() > kLongestBytes) {
-        bound.type = SQL_LONGVARBINARY;
-    }
+    // Never as SQL_BINARY: some drivers would announce another length than a row version has.
+    bound.type = value.size() > kLongestBytes ? SQL_LONGVARBINARY : SQL_VARBINARY;
     bound.size = std::max<SQLULEN>(value.size(), 1);
     bound.value = bound.bytes.data();
     bound.length = static_cast<SQLLEN>(value.size());
@@ -171,7 +169,7 @@ void ParameterBinding::putNull(Bound& bound, DataTypeEnum type, std::uint8_t sca
             putText(bound, type, {});
             break;
         case Storage::Binary:
-            putBinary(bound, type, {});
+            putBinary(bound, {});
             break;
     }
     bound.length = SQL_NULL_DATA;
@@ -187,7 +185,7 @@ void ParameterBinding::put(Bound& bound, DataTypeEnum type, std::uint8_t scale,
         if (isDecimal(type)) {
             putDigits(bound, *bytes);
         } else if (storageOf(type) == Storage::Binary) {
-            putBinary(bound, type, *bytes);
+            putBinary(bound, *bytes);
         } else {
             putText(bound, type, *bytes);
         }
@@ -209,7 +207,7 @@ void ParameterBinding::add(const RequestParameter& parameter) {
     if (bound.direction != SQL_PARAM_INPUT) {
         makeRoom(bound, parameter);
     }
-    bind(bound, link_.abilities().transactNames ? parameter.name : std::string());
+    bind(bound, link_.abilities().server->namesParameters() ? parameter.name : std::string());
 }
 
 // What comes back may be longer than what went in.

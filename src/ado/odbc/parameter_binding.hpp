@@ -43,7 +43,7 @@ private:
     static void putReal(Bound& bound, DataTypeEnum type, std::uint8_t scale, double value);
     static void putText(Bound& bound, DataTypeEnum type, const std::string& value);
     static void putDigits(Bound& bound, const std::string& value);
-    static void putBinary(Bound& bound, DataTypeEnum type, const std::string& value);
+    static void putBinary(Bound& bound, const std::string& value);
     static void putNull(Bound& bound, DataTypeEnum type, std::uint8_t scale);
     void makeRoom(Bound& bound, const RequestParameter& parameter) const;
     void bind(Bound& bound, const std::string& name);

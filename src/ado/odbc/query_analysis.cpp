@@ -25,19 +25,63 @@ bool beginsAsQuery(std::string_view text) {
            word.starts_with("/*");
 }
 
-bool holdsWord(std::string_view lower, std::string_view word) {
-    return lower.find(word) != std::string_view::npos;
+bool isOfWord(char letter) {
+    return tsql::isAsciiDigit(letter) || (letter >= 'a' && letter <= 'z') ||
+           (letter >= 'A' && letter <= 'Z') || letter == '_' || letter == '@' || letter == '#' ||
+           letter == '$' || static_cast<unsigned char>(letter) >= 0x80;
+}
+
+// The words of a text, in small letters and in their order, without what is quoted or a comment.
+std::vector<std::string> wordsOf(std::string_view text) {
+    std::vector<std::string> words;
+    for (std::size_t i = 0; i < text.size();) {
+        const char letter = text[i];
+        const std::string_view rest = text.substr(i);
+        if (rest.starts_with("--")) {
+            i = std::min(text.find('\n', i), text.size());
+        } else if (rest.starts_with("/*")) {
+            i = std::min(text.find("*/", i), text.size() - 2) + 2;
+        } else if (letter == '\'' || letter == '"' || letter == '[') {
+            const std::size_t end = text.find(letter == '[' ? ']' : letter, i + 1);
+            i = std::min(end, text.size() - 1) + 1;
+        } else if (isOfWord(letter)) {
+            const std::size_t start = i;
+            while (i < text.size() && isOfWord(text[i])) {
+                ++i;
+            }
+            words.push_back(tsql::asciiLower(text.substr(start, i - start)));
+        } else {
+            ++i;
+        }
+    }
+    return words;
+}
+
+// INTO makes a table behind the items of a query, but not where rows go to one that is there, or to
+// a variable.
+bool makesTable(const std::vector<std::string>& words, std::size_t into) {
+    if (into > 0 && (words[into - 1] == "insert" || words[into - 1] == "merge")) {
+        return false;
+    }
+    return into + 1 >= words.size() || !words[into + 1].starts_with('@');
 }
 
 bool mayChangeTables(std::string_view text) {
-    const std::string lower = tsql::asciiLower(text);
     constexpr std::array<std::string_view, 6> kWords = {"create", "alter", "drop",
-                                                        "rename", "into",  "exec"};
-    return std::ranges::any_of(kWords, [&](auto word) { return holdsWord(lower, word); });
+                                                        "rename", "exec",  "execute"};
+    const std::vector<std::string> words = wordsOf(text);
+    for (std::size_t i = 0; i < words.size(); ++i) {
+        if (std::ranges::find(kWords, words[i]) != kWords.end() || words[i].starts_with("sp_") ||
+            (words[i] == "into" && makesTable(words, i))) {
+            return true;
+        }
+    }
+    return false;
 }
 
-std::string schemaOf(const tsql::ObjectName& name) {
-    return name.parts.size() > 1 ? name.parts[name.parts.size() - 2] : std::string();
+// The part of a name that stands so many places before its last one; empty: there is none.
+std::string partBefore(const tsql::ObjectName& name, std::size_t places) {
+    return name.parts.size() > places ? name.parts[name.parts.size() - 1 - places] : std::string();
 }
 
 // Whether any function over many rows stands in an item.
@@ -87,8 +131,10 @@ private:
             readSource(*join->right);
         } else if (const auto* table = std::get_if<tsql::NamedTable>(&source.node)) {
             const std::string& name = table->name.last();
-            found_.tables.push_back(
-                {schemaOf(table->name), name, table->alias.empty() ? name : table->alias});
+            found_.tables.push_back({partBefore(table->name, 2), partBefore(table->name, 1), name,
+                                     table->alias.empty() ? name : table->alias});
+            // A table of another server is nothing that this one knows.
+            found_.isReadable = found_.isReadable && table->name.parts.size() <= 3;
         } else {
             found_.isReadable = false;  // columns of a derived table
         }
@@ -112,7 +158,7 @@ private:
             found_.items.push_back({});
             return;
         }
-        found_.items.push_back({Kind::Column, schemaOf(column->name), column->name.last()});
+        found_.items.push_back({Kind::Column, partBefore(column->name, 1), column->name.last()});
     }
 
     QueryAnalysis& found_;

@@ -9,7 +9,8 @@ namespace kap::ado::odbc {
 
 // A table that a query reads.
 struct QueryTable {
-    std::string schema;  // empty: not given
+    std::string catalog;  // empty: not given
+    std::string schema;   // likewise
     std::string name;
     std::string alias;  // what columns are qualified by
 };

@@ -58,20 +58,22 @@ struct Origin {
 
 TableName ResultColumns::nameOf(const QueryTable& table) const {
     const Abilities& abilities = link_.abilities();
-    return {{}, abilities.folded(table.schema), abilities.folded(table.name)};
+    return {abilities.folded(table.catalog), abilities.folded(table.schema),
+            abilities.folded(table.name)};
 }
 
-// Two tables of one name in different schemas are told apart by the schema.
+// Two tables of one name are told apart by their schemas and databases.
 std::string ResultColumns::baseName(const TableName& table) {
-    const auto same = [&](const TableName& other) {
-        return other.schema == table.schema || other.schema.empty() || table.schema.empty();
-    };
+    const auto same = [&](const TableName& other) { return !(other < table) && !(table < other); };
     const auto found = tables_.find(table.name);
     if (found == tables_.end() || same(found->second)) {
         tables_.insert_or_assign(table.name, table);
         return table.name;
     }
     std::string qualified = table.schema + "." + table.name;
+    if (!table.catalog.empty()) {
+        qualified.insert(0, table.catalog + ".");
+    }
     tables_.insert_or_assign(qualified, table);
     return qualified;
 }
@@ -136,7 +138,7 @@ ColumnInfo ResultColumns::describeOne(SQLHSTMT statement, SQLUSMALLINT number,
     type.decimals = announced.decimals;
     type.name = textAttribute(statement, number, SQL_DESC_TYPE_NAME);
     type.bytes = numberAttribute(statement, number, SQL_DESC_OCTET_LENGTH);
-    describeType(type, link_.abilities().inventedSize, info);
+    describeType(type, link_.abilities().server->inventedSize(), info);
     const std::string table = textAttribute(statement, number, SQL_DESC_BASE_TABLE_NAME);
     const std::string column = textAttribute(statement, number, SQL_DESC_BASE_COLUMN_NAME);
     if (!table.empty() && !column.empty()) {
@@ -226,9 +228,10 @@ void ResultColumns::takeFromCatalogue(std::vector<ColumnInfo>& columns,
             column.baseColumn = fact->name;
             column.nullable = fact->nullable;
             column.identity = column.identity || fact->identity;
+            column.generated = fact->generated;
             column.key = whole && std::ranges::find(facts->key, fact->name) != facts->key.end();
             ColumnInfo stored;
-            describeType(fact->type, link_.abilities().inventedSize, stored);
+            describeType(fact->type, link_.abilities().server->inventedSize(), stored);
             if (stored.rowVersion) {
                 column.type = stored.type;
                 column.rowVersion = true;

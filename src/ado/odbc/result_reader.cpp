@@ -26,7 +26,7 @@ void ResultReader::readAll(SQLRETURN code, Handle& statement, KnownQuery& query,
                            std::vector<Result>& results) {
     note(code, statement);
     if (code == SQL_NO_DATA) {
-        results.emplace_back().rowsAffected = 0;  // a write that found no row, with some drivers
+        takeCount(statement, results);  // a write that found no row, with some drivers
     } else if (SQL_SUCCEEDED(code)) {
         take(statement, query, results);
     }
@@ -71,10 +71,7 @@ void ResultReader::take(Handle& statement, KnownQuery& query, std::vector<Result
     SQLSMALLINT count = 0;
     link_->check(SQLNumResultCols(statement.get(), &count), statement);
     if (count == 0) {
-        SQLLEN rows = -1;
-        if (SQL_SUCCEEDED(SQLRowCount(statement.get(), &rows)) && rows >= 0) {
-            results.emplace_back().rowsAffected = rows;
-        }
+        takeCount(statement, results);
         return;
     }
     Result& result = results.emplace_back();
@@ -84,6 +81,14 @@ void ResultReader::take(Handle& statement, KnownQuery& query, std::vector<Result
         takeRows(statement, result);
     } catch (const DriverError& error) {
         std::ranges::copy(error.messages(), std::back_inserter(messages_));
+    }
+}
+
+// What creates or drops something has no count.
+void ResultReader::takeCount(const Handle& statement, std::vector<Result>& results) {
+    SQLLEN rows = -1;
+    if (SQL_SUCCEEDED(SQLRowCount(statement.get(), &rows)) && rows >= 0) {
+        results.emplace_back().rowsAffected = rows;
     }
 }
 

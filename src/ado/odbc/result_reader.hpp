@@ -31,6 +31,7 @@ private:
     enum class Next { Result, End };
     void note(SQLRETURN code, const Handle& statement);
     void take(Handle& statement, KnownQuery& query, std::vector<Result>& results);
+    static void takeCount(const Handle& statement, std::vector<Result>& results);
     void takeRows(Handle& statement, Result& result);
     [[nodiscard]] Next advance(const Handle& statement);
 

@@ -1,14 +1,17 @@
 #include "ado/odbc/row_changer.hpp"
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 #include <kaputil/ado/error_numbers.hpp>
 
 #include "ado/cell_value.hpp"
 #include "ado/odbc/diagnostics.hpp"
+#include "ado/odbc/local_transaction.hpp"
 #include "ado/odbc/result_reader.hpp"
 #include "ado/odbc/values.hpp"
+#include "tsql/text.hpp"
 
 namespace kap::ado::odbc {
 namespace {
@@ -23,7 +26,9 @@ std::vector<const ColumnValue*> pointersTo(const std::vector<ColumnValue>& value
 }
 
 const ColumnValue* valueOf(const std::vector<ColumnValue>& values, const std::string& column) {
-    const auto found = std::ranges::find(values, column, &ColumnValue::column);
+    const auto found = std::ranges::find_if(values, [&](const ColumnValue& value) {
+        return tsql::equalsIgnoringCase(value.column, column);
+    });
     return found == values.end() ? nullptr : &*found;
 }
 
@@ -83,17 +88,19 @@ RowChanger::Target RowChanger::targetOf(const RowChange& change, std::chrono::se
         found == tables_.end() ? TableName{{}, {}, change.table} : found->second;
     const Abilities& abilities = link_->abilities();
     std::string name = abilities.quoted(table.name);
-    if (!table.schema.empty()) {
-        name.insert(0, abilities.quoted(table.schema) + ".");
+    if (!table.schema.empty() || !table.catalog.empty()) {
+        name.insert(0, (table.schema.empty() ? "" : abilities.quoted(table.schema)) + ".");
     }
-    return {std::move(name), catalogue_.facts(table, timeout)};
+    if (!table.catalog.empty()) {
+        name.insert(0, abilities.quoted(table.catalog) + ".");
+    }
+    return {table, std::move(name), catalogue_.facts(table, timeout)};
 }
 
 ChangeOutcome RowChanger::read(const RowChange& change, const Target& target,
                                std::chrono::seconds timeout) {
-    Command command;
-    command.text = "SELECT " + columnList(change.readBack) + " FROM " + target.name;
-    addCriteria(pointersTo(change.criteria), target, command);
+    Command command = selectOf(change.readBack, target);
+    addCriteria(pointersTo(change.criteria), target, command.text, command.values);
     const std::vector<Result> results = run(command, timeout);
     ChangeOutcome outcome;
     outcome.rowsTouched = results.empty() ? 0 : rowsOf(results.front());
@@ -108,40 +115,110 @@ ChangeOutcome RowChanger::read(const RowChange& change, const Target& target,
 
 ChangeOutcome RowChanger::write(const RowChange& change, const Target& target,
                                 std::chrono::seconds timeout) {
-    if (change.kind != RowChange::Kind::Insert && !holdsKey(change, target.facts)) {
-        requireOneRow(change, target, timeout);
+    const bool alone = change.kind == RowChange::Kind::Insert || holdsKey(change, target.facts);
+    if (!alone && link_->inTransaction()) {
+        requireOneRow(change, target, timeout);  // what the client has open cannot be undone
     }
-    const Abilities& abilities = link_->abilities();
-    Command command = writing(change, target);
-    const bool wantsRow = !change.readBack.empty();
-    std::optional<Command> second;
-    if (abilities.returning) {
-        command.text += " RETURNING " + (wantsRow ? columnList(change.readBack) : "1");
-    } else if (wantsRow) {
-        second = readingBack(change, target);
-    }
-    if (second && abilities.batches) {
-        command.text += "; " + second->text;
-        std::ranges::move(second->values, std::back_inserter(command.values));
-        second.reset();
-    }
-    std::vector<Result> results = run(command, timeout);
-    ChangeOutcome outcome;
-    for (const Result& result : results) {
-        if (result.columns.empty()) {
-            outcome.rowsTouched += result.rowsAffected.value_or(0);
-        } else if (abilities.returning) {
-            outcome.rowsTouched += rowsOf(result);
-        }
-    }
-    if (second && outcome.rowsTouched == 1) {
-        results = run(*second, timeout);
-    }
+    const ServerDialect::Answer answer = dialect().answerTo(change, target.facts);
+    LocalTransaction transaction(*link_, !alone || answer == ServerDialect::Answer::Counted);
+    ChangeOutcome outcome = answered(answer, change, target, timeout);
     if (outcome.rowsTouched > 1) {
         throw tooManyRows();
     }
-    if (wantsRow && !results.empty() && rowsOf(results.back()) == 1) {
+    transaction.commit();
+    return outcome;
+}
+
+ChangeOutcome RowChanger::answered(ServerDialect::Answer answer, const RowChange& change,
+                                   const Target& target, std::chrono::seconds timeout) {
+    switch (answer) {
+        case ServerDialect::Answer::Returned:
+            break;
+        case ServerDialect::Answer::Selected:
+            return selected(change, target, timeout);
+        case ServerDialect::Answer::Counted:
+            return counted(change, target, timeout);
+    }
+    try {
+        return returned(change, target, timeout);
+    } catch (const DriverError& error) {
+        const bool refused = std::ranges::any_of(
+            error.messages(),
+            [&](const ServerMessage& message) { return dialect().refusesToReturn(message); });
+        if (!refused) {
+            throw;
+        }
+    }
+    catalogue_.noteTriggers(target.table);
+    return selected(change, target, timeout);
+}
+
+ChangeOutcome RowChanger::returned(const RowChange& change, const Target& target,
+                                   std::chrono::seconds timeout) {
+    Writing writing = this->writing(change, target);
+    const std::vector<Result> results =
+        run({dialect().returning(writing.row), std::move(writing.values)}, timeout);
+    ChangeOutcome outcome;
+    const auto rows =
+        std::ranges::find_if(results, [](const Result& result) { return !result.columns.empty(); });
+    if (rows != results.end()) {
+        outcome.rowsTouched = rowsOf(*rows);
+        if (outcome.rowsTouched == 1) {
+            takeReadBack(change, *rows, outcome);
+        }
+    }
+    return outcome;
+}
+
+// Triggers may have answered with counts and rows of their own: ours come last.
+ChangeOutcome RowChanger::selected(const RowChange& change, const Target& target,
+                                   std::chrono::seconds timeout) {
+    Writing writing = this->writing(change, target);
+    std::optional<Command> second = readingBack(change, target);
+    const bool own = !link_->inTransaction();
+    Command command{dialect().selecting(writing.row, second ? second->text : std::string(), own),
+                    std::move(writing.values)};
+    if (second) {
+        std::ranges::move(second->values, std::back_inserter(command.values));
+    }
+    std::vector<Result> results;
+    try {
+        results = run(command, timeout);
+    } catch (const DriverError&) {
+        if (own && !link_->isLost()) {
+            undo(timeout);
+        }
+        throw;
+    }
+    std::erase_if(results, [](const Result& result) { return result.columns.empty(); });
+    const std::size_t ours = second ? 2 : 1;
+    if (results.size() < ours || rowsOf(results[results.size() - ours]) != 1) {
+        throw driverError(errors::kUnspecified, "HY000",
+                          "The database server does not say how many rows it has written.");
+    }
+    ChangeOutcome outcome;
+    outcome.rowsTouched = results[results.size() - ours].rows.front().integer(0);
+    if (second && outcome.rowsTouched == 1 && rowsOf(results.back()) == 1) {
         takeReadBack(change, results.back(), outcome);
+    }
+    return outcome;
+}
+
+ChangeOutcome RowChanger::counted(const RowChange& change, const Target& target,
+                                  std::chrono::seconds timeout) {
+    Writing writing = this->writing(change, target);
+    std::vector<Result> results =
+        run({ServerDialect::writing(writing.row), std::move(writing.values)}, timeout);
+    ChangeOutcome outcome;
+    for (const Result& result : results) {
+        outcome.rowsTouched = result.rowsAffected.value_or(outcome.rowsTouched);
+    }
+    const std::optional<Command> second = readingBack(change, target);
+    if (second && outcome.rowsTouched == 1) {
+        results = run(*second, timeout);
+        if (!results.empty() && rowsOf(results.back()) == 1) {
+            takeReadBack(change, results.back(), outcome);
+        }
     }
     return outcome;
 }
@@ -151,7 +228,7 @@ void RowChanger::requireOneRow(const RowChange& change, const Target& target,
                                std::chrono::seconds timeout) {
     Command command;
     command.text = "SELECT COUNT(*) FROM " + target.name;
-    addCriteria(pointersTo(change.criteria), target, command);
+    addCriteria(pointersTo(change.criteria), target, command.text, command.values);
     const std::vector<Result> results = run(command, timeout);
     const bool one = !results.empty() && rowsOf(results.front()) == 1 &&
                      results.front().rows.front().integer(0) <= 1;
@@ -161,78 +238,72 @@ void RowChanger::requireOneRow(const RowChange& change, const Target& target,
 }
 
 std::vector<Result> RowChanger::run(const Command& command, std::chrono::seconds timeout) {
-    Handle statement = link_->newStatement(timeout);
-    ParameterBinding parameters(*link_, statement);
-    for (const ColumnValue* value : command.values) {
-        parameters.add(value->type, value->numericScale, value->value);
-    }
-    const std::u16string text = String(command.text).units();
-    ResultColumns columns(*link_, catalogue_, tables_);
-    ResultReader reader(link_, columns, false, timeout);
+    PreparedStatements::InUse statement = prepared_.of(command.text, timeout);
     std::vector<Result> results;
-    const SQLRETURN code =
-        SQLExecDirectW(statement.get(), wide(text), static_cast<SQLINTEGER>(text.size()));
-    // Drivers tell where the columns of their answers come from, or it does not matter.
-    KnownQuery& known = queries_.of(command.text);
-    known.analysis = {};
-    known.oneResult = true;
-    reader.readAll(code, statement, known, results);
-    if (reader.failed()) {
-        throw DriverError(std::move(reader.messages()), kErrorSource);
+    {
+        ParameterBinding parameters(*link_, statement.handle);
+        for (const ColumnValue* value : command.values) {
+            parameters.add(value->type, value->numericScale, value->value);
+        }
+        ResultColumns columns(*link_, catalogue_, tables_);
+        ResultReader reader(link_, columns, false, timeout);
+        // Drivers tell where the columns of their answers come from, or it does not matter.
+        KnownQuery& known = queries_.of(command.text);
+        known.analysis = {};
+        known.oneResult = true;
+        const SQLRETURN code = PreparedStatements::run(statement, command.text);
+        reader.readAll(code, statement.handle, known, results);
+        if (reader.failed()) {
+            throw DriverError(std::move(reader.messages()), kErrorSource);
+        }
+        prepared_.giveBack(command.text, std::move(statement));
     }
     return results;
 }
 
-Command RowChanger::writing(const RowChange& change, const Target& target) const {
-    Command command;
-    switch (change.kind) {
-        case RowChange::Kind::Insert:
-            command.text = "INSERT INTO " + target.name;
-            addValues(change, target, command);
-            return command;
-        case RowChange::Kind::Update:
-            command.text = "UPDATE " + target.name + " SET ";
-            addValues(change, target, command);
-            break;
-        default:
-            command.text = "DELETE FROM " + target.name;
+// What a text of several statements has left open.
+void RowChanger::undo(std::chrono::seconds timeout) {
+    const std::string text = dialect().undoing();
+    if (text.empty()) {
+        return;
     }
-    addCriteria(pointersTo(change.criteria), target, command);
-    return command;
+    try {
+        (void)run({text, {}}, timeout);
+    } catch (const DriverError&) {
+        link_->giveUp();  // nothing must make it last
+    }
 }
 
-void RowChanger::addValues(const RowChange& change, const Target& target, Command& command) const {
-    const bool insert = change.kind == RowChange::Kind::Insert;
-    std::string names;
-    std::string marks;
+RowChanger::Writing RowChanger::writing(const RowChange& change, const Target& target) const {
+    Writing made;
+    made.row.kind = change.kind;
+    made.row.table = target.name;
+    made.row.answer = quoted(change.readBack);
     for (const ColumnValue& value : change.values) {
-        const std::string name = link_->abilities().quoted(value.column);
-        const std::string own = mark(target, value.column);
-        names += (names.empty() ? "" : ", ") + name + (insert ? "" : " = " + own);
-        marks += (marks.empty() ? "" : ", ") + own;
-        command.values.push_back(&value);
+        const TableFacts::Column* fact = target.facts.find(value.column);
+        made.row.columns.push_back(link_->abilities().quoted(value.column));
+        made.row.marks.push_back(fact == nullptr ? "?" : dialect().mark(fact->type));
+        made.values.push_back(&value);
     }
-    if (insert && names.empty()) {
-        command.text += " DEFAULT VALUES";
-    } else {
-        command.text += insert ? " (" + names + ") VALUES (" + marks + ")" : names;
+    if (change.kind != RowChange::Kind::Insert) {
+        addCriteria(pointersTo(change.criteria), target, made.row.criteria, made.values);
     }
+    return made;
 }
 
 // The statement that reads the row which the one before it has written; nothing when the row cannot
-// be told.
+// be told, or nothing of it is wanted.
 std::optional<Command> RowChanger::readingBack(const RowChange& change,
                                                const Target& target) const {
-    if (change.kind == RowChange::Kind::Delete) {
+    if (change.kind == RowChange::Kind::Delete || change.readBack.empty()) {
         return std::nullopt;
     }
-    const Abilities& abilities = link_->abilities();
-    Command command;
-    command.text = "SELECT " + columnList(change.readBack) + " FROM " + target.name;
+    Command command = selectOf(change.readBack, target);
     const auto identity = std::ranges::find_if(target.facts.columns, &TableFacts::Column::identity);
+    const std::string given = dialect().lastIdentity();
     if (change.kind == RowChange::Kind::Insert && identity != target.facts.columns.end() &&
-        !abilities.identity.empty()) {
-        command.text += " WHERE " + abilities.quoted(identity->name) + " = " + abilities.identity;
+        !given.empty()) {
+        command.text += " WHERE " + link_->abilities().quoted(identity->name) + " = " + given;
         return command;
     }
     std::vector<const ColumnValue*> key;
@@ -243,38 +314,43 @@ std::optional<Command> RowChanger::readingBack(const RowChange& change,
     if (key.empty() || std::ranges::find(key, nullptr) != key.end()) {
         return std::nullopt;
     }
-    addCriteria(key, target, command);
+    addCriteria(key, target, command.text, command.values);
     return command;
 }
 
-std::string RowChanger::columnList(const std::vector<std::string>& names) const {
-    std::string list;
+std::vector<std::string> RowChanger::quoted(const std::vector<std::string>& names) const {
+    std::vector<std::string> made;
+    made.reserve(names.size());
     for (const std::string& name : names) {
-        list += (list.empty() ? "" : ", ") + link_->abilities().quoted(name);
+        made.push_back(link_->abilities().quoted(name));
     }
-    return list.empty() ? "1" : list;
+    return made;
 }
 
-std::string RowChanger::mark(const Target& target, const std::string& column) const {
-    const TableFacts::Column* fact = target.facts.find(column);
-    return fact == nullptr ? "?" : link_->abilities().markFor(fact->type.name);
+Command RowChanger::selectOf(const std::vector<std::string>& names, const Target& target) const {
+    std::string list;
+    for (const std::string& name : quoted(names)) {
+        list += (list.empty() ? "" : ", ") + name;
+    }
+    return {"SELECT " + (list.empty() ? "1" : list) + " FROM " + target.name, {}};
 }
 
 void RowChanger::addCriteria(const std::vector<const ColumnValue*>& criteria, const Target& target,
-                             Command& command) const {
+                             std::string& text, std::vector<const ColumnValue*>& values) const {
     const char* joint = " WHERE ";
     for (const ColumnValue* value : criteria) {
         const TableFacts::Column* fact = target.facts.find(value->column);
         const std::string name = link_->abilities().quoted(value->column);
-        command.text += joint;
+        text += joint;
         joint = " AND ";
         if (std::holds_alternative<std::monostate>(value->value)) {
-            command.text += name + " IS NULL";
+            text += name + " IS NULL";
             continue;
         }
-        command.text +=
-            fact == nullptr ? name + " = ?" : link_->abilities().comparison(name, fact->type.name);
-        command.values.push_back(value);
+        const Comparison comparison =
+            dialect().comparison(name, fact == nullptr ? AnnouncedType{} : fact->type);
+        text += comparison.text;
+        values.insert(values.end(), static_cast<std::size_t>(comparison.marks), value);
     }
 }
 

@@ -74,6 +74,8 @@ public:
         Handle statement = link_.newStatement(timeout_);
         CatalogueName column(at(kColumnPlace), true);
         Names names(*this, 2, true);
+        names.table.orAny();
+        column.orAny();
         check(SQLColumnsW(statement.get(), names.catalog.text(), names.catalog.length(),
                           names.schema.text(), names.schema.length(), names.table.text(),
                           names.table.length(), column.text(), column.length()),
@@ -124,9 +126,7 @@ public:
     }
 
     void addTypes() {
-        Handle statement = link_.newStatement(timeout_);
-        check(SQLGetTypeInfoW(statement.get(), SQL_ALL_TYPES), statement);
-        CatalogueRows found(link_, std::move(statement));
+        CatalogueRows found(link_, typesInfo());
         while (found.next()) {
             rows_.add(typeCells(found));
         }
@@ -158,6 +158,22 @@ private:
         return place < wanted_.size() ? wanted_[place] : std::nullopt;
     }
 
+    [[nodiscard]] Handle typesInfo() {
+        Handle statement = link_.newStatement(timeout_);
+        const SQLRETURN code = SQLGetTypeInfoW(statement.get(), SQL_ALL_TYPES);
+        const std::string text = link_.abilities().server->typesQuery();
+        if (!SQL_SUCCEEDED(code) && !text.empty()) {
+            statement = link_.newStatement(timeout_);
+            const std::u16string units = String(text).units();
+            check(
+                SQLExecDirectW(statement.get(), wide(units), static_cast<SQLINTEGER>(units.size())),
+                statement);
+            return statement;
+        }
+        check(code, statement);
+        return statement;
+    }
+
     // Programs name a table as they write it in texts.
     [[nodiscard]] std::optional<std::string> folded(std::size_t place) const {
         const auto name = at(place);
@@ -166,8 +182,11 @@ private:
 
     void check(SQLRETURN code, const Handle& statement) { link_.check(code, statement); }
 
-    // These functions take one table only: all are asked for in turn.
+    // These functions take one table only: all are asked for in turn, unless it is given.
     [[nodiscard]] std::vector<Place> tablesWanted(std::size_t tablePlace) {
+        if (const auto table = folded(tablePlace)) {
+            return {{at(0).value_or(""), at(1).value_or(""), *table}};
+        }
         Handle statement = link_.newStatement(timeout_);
         Names names(*this, tablePlace, true);
         CatalogueName type(std::string("TABLE"));
@@ -214,7 +233,7 @@ private:
         const std::string defaultValue = found.text(13);
         const std::int64_t ordinal = found.number(17).value_or(0);
         ColumnInfo info;
-        describeType(type, link_.abilities().inventedSize, info);
+        describeType(type, link_.abilities().server->inventedSize(), info);
         cells.emplace_back("ORDINAL_POSITION", whole(ordinal));
         cells.emplace_back("COLUMN_HASDEFAULT", boolean(!defaultValue.empty()));
         cells.emplace_back("COLUMN_DEFAULT", textOrNull(defaultValue));

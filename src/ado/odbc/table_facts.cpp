@@ -1,6 +1,7 @@
 #include "ado/odbc/table_facts.hpp"
 
 #include <algorithm>
+#include <map>
 #include <utility>
 
 #include "ado/odbc/catalogue_call.hpp"
@@ -11,6 +12,25 @@ namespace {
 
 std::optional<std::string> given(const std::string& part) {
     return part.empty() ? std::nullopt : std::optional(part);
+}
+
+// One column as the server's own query tells it; its place in the key, from 1, or 0.
+std::int64_t readFact(CatalogueRows& rows, TableFacts& facts) {
+    using Fact = ServerDialect::Fact;
+    const auto flag = [&](Fact fact) { return rows.number(fact).value_or(0) != 0; };
+    TableFacts::Column column;
+    column.name = rows.text(Fact::kName);
+    column.type.name = rows.text(Fact::kType);
+    column.type.size = static_cast<SQLULEN>(rows.number(Fact::kSize).value_or(0));
+    column.type.decimals = static_cast<SQLSMALLINT>(rows.number(Fact::kScale).value_or(0));
+    column.nullable = flag(Fact::kNullable);
+    column.identity = flag(Fact::kIdentity);
+    column.generated = flag(Fact::kGenerated);
+    const std::int64_t place = rows.number(Fact::kKeyPlace).value_or(0);
+    facts.triggers = flag(Fact::kTriggers);
+    column.type.code = flag(Fact::kBinary) ? SQL_BINARY : SQL_VARCHAR;
+    facts.columns.push_back(std::move(column));
+    return place;
 }
 
 // The places of a table's name in the catalogue functions.
@@ -43,6 +63,9 @@ void readColumns(Link& link, const TableName& table, std::chrono::seconds timeou
     std::string schema;
     while (rows.next()) {
         const std::string own = rows.text(2);
+        if (!tsql::equalsIgnoringCase(rows.text(3), table.name)) {
+            continue;  // the name has been taken for a pattern
+        }
         if (facts.columns.empty()) {
             schema = own;
         } else if (own != schema) {
@@ -145,7 +168,31 @@ const TableFacts* TableCatalogue::known(const TableName& table) const {
     return found == tables_.end() ? nullptr : &found->second;
 }
 
+TableFacts TableCatalogue::query(const std::string& text, std::chrono::seconds timeout) const {
+    Handle statement = link_.newStatement(timeout);
+    const std::u16string units = String(text).units();
+    link_.check(SQLExecDirectW(statement.get(), wide(units), static_cast<SQLINTEGER>(units.size())),
+                statement);
+    CatalogueRows rows(link_, std::move(statement));
+    TableFacts made;
+    std::map<std::int64_t, std::string> key;
+    while (rows.next()) {
+        const std::int64_t place = readFact(rows, made);
+        if (place > 0) {
+            key.emplace(place, made.columns.back().name);
+        }
+    }
+    for (const auto& [place, name] : key) {
+        made.key.push_back(name);
+    }
+    return made;
+}
+
 TableFacts TableCatalogue::ask(const TableName& table, std::chrono::seconds timeout) const {
+    const std::string text = link_.abilities().server->factsQuery(table);
+    if (!text.empty()) {
+        return query(text, timeout);
+    }
     TableFacts made;
     readColumns(link_, table, timeout, made);
     if (made.columns.empty()) {

@@ -30,12 +30,14 @@ struct TableFacts {
         AnnouncedType type;
         bool nullable = true;
         bool identity = false;
+        bool generated = false;  // computed from other columns: it cannot be written
     };
 
     std::vector<Column> columns;
     // The primary key; without one the first unique index whose columns are never Null; empty:
     // none.
     std::vector<std::string> key;
+    bool triggers = false;  // as far as the server's dialect tells
 
     [[nodiscard]] const Column* find(std::string_view column) const;
 };
@@ -47,6 +49,8 @@ public:
 
     // Asks the database for a table that is not known yet.
     const TableFacts& facts(const TableName& table, std::chrono::seconds timeout);
+    // The table has triggers after all.
+    void noteTriggers(const TableName& table) { tables_[table].triggers = true; }
     // Only what is known; null: nothing.
     [[nodiscard]] const TableFacts* known(const TableName& table) const;
     // What a client did may have changed tables.
@@ -54,6 +58,7 @@ public:
 
 private:
     [[nodiscard]] TableFacts ask(const TableName& table, std::chrono::seconds timeout) const;
+    [[nodiscard]] TableFacts query(const std::string& text, std::chrono::seconds timeout) const;
 
     Link& link_;
     std::map<TableName, TableFacts> tables_;
