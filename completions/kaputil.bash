@@ -25,7 +25,7 @@ _kaputil_commands() {
 }
 
 _kaputil_options() {
-    "$_kaputil_program" "$@" --help 2>/dev/null | sed -n '/^Options:/,/^$/ s/.*\(--[a-z][a-z-]*\).*/\1/p' | sort -u
+    "$_kaputil_program" "$@" --help 2>/dev/null | sed -n '/^Options:/,/^$/ s/^  \(-[a-z],\)\{0,1\}\(--[a-z][a-z-]*\).*/\2/p' | sort -u
 }
 
 # The next character is typed right behind what was completed.

@@ -63,9 +63,9 @@ private:
 };
 
 // The rows of a query, forward only, by the position of the column.
-class Rows {
+class RegisterQuery {
 public:
-    Rows(Variant& connection, const String& query) {
+    RegisterQuery(Variant& connection, const String& query) {
         rows_->Open(query, connection);
         const auto fields = rows_->Fields();
         for (std::int32_t i = 0; i < fields->Count(); ++i) {
@@ -131,9 +131,9 @@ bool earlierEntry(const CountedRow& left, const CountedRow& right) {
     return std::tie(left.of, left.carrier.number) < std::tie(right.of, right.carrier.number);
 }
 
-class Reader {
+class RegisterReader {
 public:
-    Reader(Variant& connection, const std::optional<int>& year)
+    RegisterReader(Variant& connection, const std::optional<int>& year)
         : connection_(connection), year_(year) {}
 
     RegisterRows read() {
@@ -160,9 +160,9 @@ private:
     std::vector<CounterRow> counters() {
         std::vector<CounterRow> counters;
         const TableColumns columns(connection_, u"vtx_TabPro");
-        Rows rows(connection_, u"SELECT Codice, Anno, n_Def, n_Prov, GestProvv, " +
-                                   columns.orNull(u"Descrizione") + u" FROM vtx_TabPro" +
-                                   ofYear(u"Anno"));
+        RegisterQuery rows(connection_, u"SELECT Codice, Anno, n_Def, n_Prov, GestProvv, " +
+                                            columns.orNull(u"Descrizione") + u" FROM vtx_TabPro" +
+                                            ofYear(u"Anno"));
         for (; !rows.atEnd(); rows.next()) {
             CounterRow& row = counters.emplace_back();
             row.of = of(rows.text(0), rows.year(1));
@@ -178,7 +178,7 @@ private:
         if (!TableColumns(connection_, u"vtx_TabDoc").exists()) {
             return;
         }
-        Rows rows(connection_, u"SELECT Codice, TipoProg FROM vtx_TabDoc");
+        RegisterQuery rows(connection_, u"SELECT Codice, TipoProg FROM vtx_TabDoc");
         for (; !rows.atEnd(); rows.next()) {
             const std::uint32_t counter = found_.counters.ignoringCase(rows.text(1));
             counterOfType_[found_.labels.ignoringCase(rows.text(0))] = counter;
@@ -189,7 +189,7 @@ private:
 
     // Adds a document or invoice; of a type that is not known nobody can say which counter it
     // belongs to.
-    void addPaper(const Rows& rows, Carrier paper) {
+    void addPaper(const RegisterQuery& rows, Carrier paper) {
         paper.label = found_.labels.ignoringCase(rows.text(0));
         const auto counter = counterOfType_.find(paper.label);
         const auto number = rows.number(1);
@@ -205,9 +205,9 @@ private:
         if (!columns.exists()) {
             return;
         }
-        Rows rows(connection_, u"SELECT Tipo, Numero, Anno, " + columns.orNull(u"Data") + u", " +
-                                   columns.orNull(u"MC_Registrazione") + u" FROM mag_TDocumenti" +
-                                   ofYear(u"Anno"));
+        RegisterQuery rows(connection_, u"SELECT Tipo, Numero, Anno, " + columns.orNull(u"Data") +
+                                            u", " + columns.orNull(u"MC_Registrazione") +
+                                            u" FROM mag_TDocumenti" + ofYear(u"Anno"));
         for (; !rows.atEnd(); rows.next()) {
             Carrier document;
             document.kind = CarrierKind::Document;
@@ -222,8 +222,8 @@ private:
         if (!TableColumns(connection_, u"mag_TFatture").exists()) {
             return;
         }
-        Rows rows(connection_,
-                  u"SELECT Tipo, NumFat, Anno, Numero FROM mag_TFatture" + ofYear(u"Anno"));
+        RegisterQuery rows(
+            connection_, u"SELECT Tipo, NumFat, Anno, Numero FROM mag_TFatture" + ofYear(u"Anno"));
         for (; !rows.atEnd(); rows.next()) {
             Carrier invoice;
             invoice.kind = CarrierKind::Invoice;
@@ -236,8 +236,9 @@ private:
         if (!TableColumns(connection_, u"vtx_TabProPrenotati").exists()) {
             return;
         }
-        Rows rows(connection_,
-                  u"SELECT Codice, Anno, Numero, Stato FROM vtx_TabProPrenotati" + ofYear(u"Anno"));
+        RegisterQuery rows(
+            connection_,
+            u"SELECT Codice, Anno, Numero, Stato FROM vtx_TabProPrenotati" + ofYear(u"Anno"));
         for (; !rows.atEnd(); rows.next()) {
             Carrier reservation;
             reservation.kind = CarrierKind::Reservation;
@@ -279,7 +280,7 @@ private:
         }
         found_.entriesRead = true;
         std::vector<CountedRow> found;
-        for (Rows rows(connection_, query); !rows.atEnd(); rows.next()) {
+        for (RegisterQuery rows(connection_, query); !rows.atEnd(); rows.next()) {
             const std::int32_t day = rows.day(2);
             addEntry(found, rows.text(0), yearOf(day), rows.number(1), day);
         }
@@ -292,8 +293,8 @@ private:
         }
         found_.entriesRead = true;
         std::vector<CountedRow> found;
-        Rows rows(connection_,
-                  u"SELECT Registro, Anno, Protocollo FROM con_MovConD" + ofYear(u"Anno"));
+        RegisterQuery rows(connection_,
+                           u"SELECT Registro, Anno, Protocollo FROM con_MovConD" + ofYear(u"Anno"));
         for (; !rows.atEnd(); rows.next()) {
             addEntry(found, rows.text(0), rows.year(1), rows.number(2), 0);
         }
@@ -337,7 +338,7 @@ std::uint32_t Labels::exactly(const String& text) {
 }
 
 RegisterRows readRegisterRows(Variant& connection, const std::optional<int>& year) {
-    return Reader(connection, year).read();
+    return RegisterReader(connection, year).read();
 }
 
 }  // namespace kap::numbering

@@ -127,7 +127,7 @@ def own_names():
 
 
 def package_stub():
-    imports = ["from . import _native as _native\n", "from . import classes as classes\n"]
+    imports = ["from . import _native as _native\n", "from . import classes as classes\n", "from . import numbers as numbers\n"]
     for module, names in own_names().items():
         imports += [f"from .{module} import {name} as {name}\n" for name in names]
     parts = [quoted(kaputil.__doc__.splitlines()[0]) + "\n", HEADER + "".join(imports), aliases(), dispatch_text()]

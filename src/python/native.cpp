@@ -21,6 +21,7 @@
 #include "python/class_table.hpp"
 #include "python/exact_value.hpp"
 #include "python/factories.hpp"
+#include "python/number_registers.hpp"
 #include "python/package.hpp"
 #include "python/proxy.hpp"
 #include "python/python_error.hpp"
@@ -97,6 +98,7 @@ void bindModule(py::module_& module) {
     module.def("invoke", &invokeExact);
     bindValues(module);
     bindSettings(module);
+    bindNumberRegisters(module);
 }
 
 }  // namespace kap::python

@@ -7,14 +7,19 @@
 #include <kaputil/ado/connection.hpp>
 #include <kaputil/frame/error.hpp>
 #include <kaputil/frame/plain_text.hpp>
+#include <kaputil/platform/folders.hpp>
 
+#include "frame/clock.hpp"
 #include "tools/demo_report.hpp"
 #include "tools/demo_story.hpp"
 #include "tools/exit_codes.hpp"
 #include "tools/failure_report.hpp"
+#include "tools/numbers_output.hpp"
+#include "tools/output_file.hpp"
 #include "tools/sample_company.hpp"
 #include "tools/temporary_folder.hpp"
 #include "tools/terminal.hpp"
+#include "tools/usage_error.hpp"
 
 namespace kap::tools {
 namespace {
@@ -97,6 +102,38 @@ std::string hintFor(const DemoCommand& options) {
            *options.database + "\" --command \"SELECT TOP 5 * FROM Clienti\"";
 }
 
+// Beside a database that is kept, else among what the user keeps, where the next demo replaces it.
+std::filesystem::path registerFile(const DemoCommand& options) {
+    if (!options.database) {
+        return platform::dataFolder() / "registro-demo.html";
+    }
+    std::filesystem::path file = *options.database;
+    return file.replace_filename(file.stem().string() + "-registro.html");
+}
+
+// The demo has shown what it had to show: what keeps the file from being written is only told.
+void writeRegister(const DemoCommand& options, const String& connectionString, DemoReport& report) {
+    const std::filesystem::path file = registerFile(options);
+    std::string failure;
+    try {
+        Variant connection(connectionString);
+        NumbersView view;
+        view.registers = numbering::readRegisters(connection);
+        if (file.has_parent_path()) {
+            std::filesystem::create_directories(file.parent_path());
+        }
+        writeWholeFile(file.string(), [&view](std::ostream& out) {
+            printNumbersHtml(out, view, Language::Italian, "Ferramenta Campione S.r.l.",
+                             localNow());
+        });
+    } catch (const std::filesystem::filesystem_error& error) {
+        failure = error.what();
+    } catch (const UsageError& error) {
+        failure = error.what();
+    }
+    report.numberRegister(file.string(), failure);
+}
+
 }  // namespace
 
 int DemoCommand::run() const {
@@ -121,6 +158,7 @@ int DemoCommand::run() const {
     } catch (const StoryError& error) {
         return fail(error.what(), kFailed);
     }
+    writeRegister(*this, connectionString, report);
     report.finish(hintFor(*this));
     return report.allExpected() ? kSuccess : kFailed;
 }

@@ -141,6 +141,21 @@ void DemoReport::print(const Step& step) {
     }
 }
 
+void DemoReport::numberRegister(const std::string& file, const std::string& failure) {
+    collected_["register"] = failure.empty() ? Json(file) : Json(nullptr);
+    if (json_) {
+        return;
+    }
+    out_ << '\n' << terminal_.styled(Style::Bold, "The register of the company's numbers") << '\n';
+    if (failure.empty()) {
+        out_ << kStoryIndent << "Open " << shownText(file) << " in a browser: the number of the\n"
+             << kStoryIndent
+             << "deleted quotation is missing, and reserved numbers have expired.\n";
+    } else {
+        out_ << kStoryIndent << "It was not written: " << shownText(failure) << '\n';
+    }
+}
+
 void DemoReport::finish(const std::string& hint) {
     if (json_) {
         collected_["steps"] = collectedSteps_;

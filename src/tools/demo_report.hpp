@@ -35,6 +35,8 @@ public:
                  const std::vector<TableSize>& sizes);
     void chapter(const std::string& title, const std::string& story, const std::string& query);
     void add(const Step& step);
+    // The register of the company's numbers was written to this file, or why it was not.
+    void numberRegister(const std::string& file, const std::string& failure);
     // Closes the report; `hint`, when it is not empty, says how to go on.
     void finish(const std::string& hint);
 

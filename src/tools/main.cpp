@@ -20,6 +20,7 @@
 #include "tools/config_options.hpp"
 #include "tools/copy_command.hpp"
 #include "tools/demo_command.hpp"
+#include "tools/describe_command.hpp"
 #include "tools/exit_codes.hpp"
 #include "tools/export_command.hpp"
 #include "tools/numbers_command.hpp"
@@ -178,14 +179,37 @@ CLI::App* addBatch(CLI::App& app, BatchCommand& batch) {
     return command;
 }
 
+// Takes the words that an option knows.
+void requireWord(const std::string& option, const std::string& given, bool known,
+                 const std::string& words) {
+    if (!known) {
+        throw CLI::ValidationError(option, "\"" + given + "\" is none of " + words);
+    }
+}
+
+void addLanguage(CLI::App& command, Language& language) {
+    command
+        .add_option_function<std::string>(
+            "--language",
+            [&language](const std::string& given) {
+                requireWord("--language", given, given == "it" || given == "en", "it, en");
+                language = given == "en" ? Language::English : Language::Italian;
+            },
+            "The language of the page, Italian unless given.")
+        ->type_name("it|en");
+}
+
 CLI::App* addNumbers(CLI::App& app, NumbersCommand& numbers) {
-    CLI::App* command = app.add_subcommand(
-        "numbers", "Show the counters of documents, and what is amiss with them.");
+    CLI::App* command =
+        app.add_subcommand("numbers", "Show whether every document number can be accounted for.");
     command->footer(
-        "For each counter and year: the last definitive and provisional number given out, the\n"
-        "numbers reserved ahead, those that documents carry beyond the counter, and the gaps in\n"
-        "the sequence with the documents around them. Nothing is changed.\n"
-        "Exit codes: 0 done, 1 a table cannot be read, 2 wrong usage, 3 no database.");
+        "For each counter and year: the last definitive and provisional number given out, who\n"
+        "carries the numbers (documents, invoices, accounting entries, reservations), and what is\n"
+        "amiss: numbers missing, carried twice or beyond the counter, entries without documents\n"
+        "and the reverse, reservations left over, dates that go back, types that changed their\n"
+        "counter. Nothing is changed.\n"
+        "Exit codes: 0 done, 1 a table cannot be read, 2 wrong usage, 3 no database,\n"
+        "4 anomalies, with --fail-on anomalies.");
     command
         ->add_option("--connection", numbers.connection,
                      "For example \"Provider=KapLocal;Data Source=azienda.db\".")
@@ -193,7 +217,50 @@ CLI::App* addNumbers(CLI::App& app, NumbersCommand& numbers) {
         ->required();
     command->add_option("--counter", numbers.counter, "Only this counter.")->type_name("CODE");
     command->add_option("--year", numbers.year, "Only this year.")->type_name("YEAR");
-    command->add_flag("--json", numbers.json, "Print one JSON object.");
+    command->add_option("--from", numbers.from, "Only numbers from this one on.")->type_name("N");
+    command->add_option("--to", numbers.to, "Only numbers up to this one.")->type_name("N");
+    command->add_flag("--register", numbers.everyNumber,
+                      "Show every number with who carries it, not only what is amiss.");
+    command
+        ->add_option_function<std::string>(
+            "--fail-on",
+            [&numbers](const std::string& given) {
+                requireWord("--fail-on", given, given == "anomalies", "anomalies");
+                numbers.failOnAnomalies = true;
+            },
+            "What makes the command fail, for scheduled jobs.")
+        ->type_name("anomalies");
+    CLI::Option* json = command->add_flag("--json", numbers.json, "Print one JSON object.");
+    CLI::Option* csv =
+        command->add_flag("--csv", numbers.csv, "Print the whole register for spreadsheets.");
+    CLI::Option* html = command->add_flag(
+        "--html", numbers.html, "Print one page for browsers, which prints well on paper.");
+    csv->excludes(json);
+    html->excludes(json)->excludes(csv);
+    addLanguage(*command, numbers.language);
+    command->add_option("--output", numbers.output, "Write to this file instead of printing.")
+        ->type_name("FILE");
+    return command;
+}
+
+CLI::App* addDescribe(CLI::App& app, DescribeCommand& describe) {
+    CLI::App* command = app.add_subcommand("describe", "Show what a database is made of.");
+    command->footer(
+        "Tables with their columns, keys, checks, triggers and numbers of rows; views, procedures\n"
+        "and functions. The page for browsers draws which tables refer to which.\n"
+        "Exit codes: 0 done, 1 an error, 2 wrong usage, 3 no database.");
+    command->add_option("--connection", describe.connection, "The connection string.")
+        ->type_name("STRING")
+        ->required();
+    command->add_option("--table", describe.table, "Only this table.")->type_name("NAME");
+    CLI::Option* json = command->add_flag("--json", describe.json, "Print one JSON object.");
+    command
+        ->add_flag("--html", describe.html,
+                   "Print one page for browsers, which prints well on paper.")
+        ->excludes(json);
+    addLanguage(*command, describe.language);
+    command->add_option("--output", describe.output, "Write to this file instead of printing.")
+        ->type_name("FILE");
     return command;
 }
 
@@ -233,6 +300,7 @@ public:
         exportCommand_ = addExport(app_, export_);
         numbersCommand_ = addNumbers(app_, numbers_);
         copyCommand_ = addCopy(app_, copy_);
+        describeCommand_ = addDescribe(app_, describe_);
     }
 
     int run(std::vector<std::string> arguments) {
@@ -303,6 +371,9 @@ private:
         if (copyCommand_->parsed()) {
             return copy_.run();
         }
+        if (describeCommand_->parsed()) {
+            return describe_.run();
+        }
         return callCommand_->parsed() ? call_.run() : sql_.run();
     }
 
@@ -317,6 +388,7 @@ private:
     ExportCommand export_;
     NumbersCommand numbers_;
     CopyCommand copy_;
+    DescribeCommand describe_;
     std::string wordsForHelp_;
     const CLI::App* demoCommand_ = nullptr;
     const CLI::App* classesCommand_ = nullptr;
@@ -326,6 +398,7 @@ private:
     const CLI::App* batchCommand_ = nullptr;
     const CLI::App* numbersCommand_ = nullptr;
     const CLI::App* copyCommand_ = nullptr;
+    const CLI::App* describeCommand_ = nullptr;
 };
 
 }  // namespace

@@ -1,143 +1,72 @@
 #include "tools/numbers_command.hpp"
 
-#include <cstddef>
+#include <algorithm>
 #include <iostream>
-#include <string_view>
-
-#include <nlohmann/json.hpp>
 
 #include <kaputil/frame/plain_text.hpp>
 
-#include "tools/counter_state.hpp"
+#include "frame/clock.hpp"
+#include "tools/database_name.hpp"
 #include "tools/exit_codes.hpp"
+#include "tools/numbers_output.hpp"
+#include "tools/output_file.hpp"
 #include "tools/shown_text.hpp"
-#include "tools/terminal.hpp"
+#include "tools/usage_error.hpp"
 #include "tools/with_database.hpp"
 
 namespace kap::tools {
 namespace {
 
-using Json = nlohmann::ordered_json;
-
-constexpr std::size_t kLabelColumns = 10;
-
-// What became of a reservation, for people and for programs.
-const char* stateName(const Reservation& reservation) {
-    if (reservation.state == "D") {
-        return "read";
+NumbersView viewOf(const NumbersCommand& command, ado::Connection& database) {
+    NumbersView view;
+    view.everyNumber = command.everyNumber;
+    view.from = command.from.value_or(view.from);
+    view.to = command.to.value_or(view.to);
+    numbering::RegisterRequest request;
+    if (command.counter) {
+        request.counter = String(*command.counter);
     }
-    if (reservation.state == "U") {
-        return "taken";
-    }
-    return reservation.state == "M" ? "taken for the accounts" : "untouched";
+    request.year = command.year;
+    Variant connection{Ref<Object>(&database)};
+    view.registers = numbering::readRegisters(connection, request);
+    return view;
 }
 
-Json jsonOf(const std::optional<std::int64_t>& number) {
-    return number ? Json(*number) : Json(nullptr);
+void print(std::ostream& out, const NumbersCommand& command, const NumbersView& view,
+           const Terminal& terminal) {
+    if (command.json) {
+        printNumbersJson(out, view);
+    } else if (command.csv) {
+        printNumbersCsv(out, view);
+    } else if (command.html) {
+        printNumbersHtml(out, view, command.language, databaseName(command.connection), localNow());
+    } else {
+        printNumbers(out, view, terminal);
+    }
 }
 
-Json jsonOf(const NumberedDocument& document) {
-    return {{"number", document.number}, {"type", document.type}};
-}
-
-Json jsonOf(const std::optional<NumberedDocument>& document) {
-    return document ? jsonOf(*document) : Json(nullptr);
-}
-
-Json jsonOf(const CounterState& counter) {
-    Json reservations = Json::array();
-    for (const Reservation& one : counter.reservations) {
-        reservations.push_back(
-            {{"number", one.number}, {"code", one.state}, {"state", stateName(one)}});
-    }
-    Json beyond = Json::array();
-    for (const NumberedDocument& document : counter.beyond) {
-        beyond.push_back(jsonOf(document));
-    }
-    Json gaps = Json::array();
-    for (const Gap& gap : counter.gaps) {
-        gaps.push_back({{"first", gap.first},
-                        {"last", gap.last},
-                        {"before", jsonOf(gap.before)},
-                        {"behind", jsonOf(gap.behind)}});
-    }
-    return {{"counter", counter.code},
-            {"year", counter.year},
-            {"definitive", jsonOf(counter.definitive)},
-            {"provisional", jsonOf(counter.provisional)},
-            {"reservations", std::move(reservations)},
-            {"beyond", std::move(beyond)},
-            {"gaps", std::move(gaps)}};
-}
-
-std::string textOf(const std::optional<std::int64_t>& number) {
-    return number ? plain::text(*number) : "Null";
-}
-
-std::string textOf(const NumberedDocument& document) {
-    return shownText(document.type) + " " + plain::text(document.number);
-}
-
-std::string placeOf(const Gap& gap) {
-    if (gap.before && gap.behind) {
-        return "between " + textOf(*gap.before) + " and " + textOf(*gap.behind);
-    }
-    if (gap.before) {
-        return "behind " + textOf(*gap.before);
-    }
-    return gap.behind ? "before " + textOf(*gap.behind) : "no document at all";
-}
-
-// One line of a counter; the label stands before the first one of its kind only.
-void printLine(std::string_view label, bool first, const std::string& text) {
-    std::cout << "  " << padded(first ? label : std::string_view(), kLabelColumns) << text << '\n';
-}
-
-void print(const CounterState& counter, const Terminal& terminal) {
-    std::cout << terminal.styled(Style::Bold,
-                                 shownText(counter.code) + " " + plain::text(counter.year))
-              << "  definitive " << textOf(counter.definitive) << ", provisional "
-              << textOf(counter.provisional) << '\n';
-    bool first = true;
-    for (const Reservation& one : counter.reservations) {
-        printLine("reserved", first, plain::text(one.number) + "  " + stateName(one));
-        first = false;
-    }
-    first = true;
-    for (const NumberedDocument& document : counter.beyond) {
-        printLine("beyond", first, textOf(document));
-        first = false;
-    }
-    first = true;
-    for (const Gap& gap : counter.gaps) {
-        const std::string numbers = gap.first == gap.last
-                                        ? plain::text(gap.first)
-                                        : plain::text(gap.first) + "-" + plain::text(gap.last);
-        printLine("missing", first, numbers + "  " + placeOf(gap));
-        first = false;
-    }
+bool hasAnomalies(const NumbersView& view) {
+    return std::ranges::any_of(view.registers, [&view](const numbering::NumberRegister& one) {
+        return !view.anomaliesOf(one).empty();
+    });
 }
 
 }  // namespace
 
 int NumbersCommand::run() const {
+    if (from && to && *from > *to) {
+        throw UsageError("--from " + plain::text(*from) + " lies behind --to " + plain::text(*to));
+    }
     return withDatabase(connection, json, [this](ado::Connection& database) {
-        const auto counters = readCounters(database, counter, year);
-        if (json) {
-            Json all = Json::array();
-            for (const CounterState& one : counters) {
-                all.push_back(jsonOf(one));
-            }
-            std::cout << Json{{"counters", std::move(all)}}.dump(2) << '\n';
-            return kSuccess;
+        const NumbersView view = viewOf(*this, database);
+        if (output) {
+            writeWholeFile(*output,
+                           [&](std::ostream& out) { print(out, *this, view, Terminal::plain()); });
+            std::cout << "The register is in " << shownText(*output) << '\n';
+        } else {
+            print(std::cout, *this, view, Terminal::ofStandardOutput());
         }
-        for (const CounterState& one : counters) {
-            print(one, Terminal::ofStandardOutput());
-        }
-        if (counters.empty()) {
-            std::cout << "No counters.\n";
-        }
-        return kSuccess;
+        return failOnAnomalies && hasAnomalies(view) ? kAnomalies : kSuccess;
     });
 }
 

@@ -36,6 +36,8 @@ std::vector<std::string> environmentWith(const std::vector<std::string>& variabl
         byName[nameOf(*entry)] = *entry;
     }
     byName["KAPUTIL_LOCALE"] = "KAPUTIL_LOCALE=it-IT";
+    static const Folder home;  // what a command keeps for its user
+    byName["KAPUTIL_HOME"] = "KAPUTIL_HOME=" + home.path();
     byName["KAPUTIL"] = std::string("KAPUTIL=") + test::kCommandLine;
     for (const std::string& variable : variables) {
         byName[nameOf(variable)] = variable;

@@ -33,7 +33,7 @@ bool offers(const std::string& all, const std::string& one) {
 
 TEST(Completion, OffersTheCommands) {
     EXPECT_EQ(offered({"kaputil", ""}),
-              "demo classes call sql batch config registry export numbers copy");
+              "demo classes call sql batch config registry export numbers copy describe");
     EXPECT_EQ(offered({"kaputil", "c"}), "classes call config copy");
 }
 
@@ -57,7 +57,10 @@ TEST(Completion, OffersTheCommandsAndOptionsOfTheConfiguration) {
 }
 
 TEST(Completion, OffersTheOptionsOfNumbers) {
-    EXPECT_EQ(offered({"kaputil", "numbers", "--"}), "--connection --counter --help --json --year");
+    EXPECT_EQ(
+        offered({"kaputil", "numbers", "--"}),
+        "--connection --counter --csv --fail-on --from --help --html --json --language --output "
+        "--register --to --year");
     EXPECT_EQ(offered({"kaputil", "numbers", "--counter", ""}), "");
 }
 

@@ -109,7 +109,26 @@ TEST(DemoCommand, ExportsLogsAndKeepsAContactWithoutTouchingTheUsers) {
     EXPECT_EQ(stepWith(report, "WLog", nullptr)["values"]["vertex.log"], "Valute esportate");
     EXPECT_EQ(stepWith(report, "Update", true)["values"]["VisualizzaCome"],
               "1001 - Ferramenta Rossi");
-    EXPECT_TRUE(std::filesystem::is_empty(home.path()));
+    EXPECT_EQ(shell("ls " + home.path()).out, "registro-demo.html\n");
+}
+
+TEST(DemoCommand, EndsByWritingTheRegisterOfItsNumbers) {
+    const Folder folder;
+    const Outcome run = kaputil({"demo", "--database", folder / "azienda.db"});
+    EXPECT_EQ(run.exitCode, 0) << run.err;
+    EXPECT_TRUE(contains(run.out, "Open " + (folder / "azienda-registro.html") + " in a browser"))
+        << run.out;
+    const std::string page = shell("cat " + (folder / "azienda-registro.html")).out;
+    EXPECT_TRUE(contains(page, "Ferramenta Campione S.r.l."));
+    EXPECT_TRUE(contains(page, "prima di PRV 2")) << "the deleted quotation";
+}
+
+TEST(DemoCommand, TellsWhyTheRegisterWasNotWritten) {
+    const Folder home;
+    const std::string file = home.file("home", "no folder");
+    const Outcome run = kaputil({"demo"}, "", {"KAPUTIL_HOME=" + file});
+    EXPECT_EQ(run.exitCode, 0) << run.err;
+    EXPECT_TRUE(contains(run.out, "It was not written: ")) << run.out;
 }
 
 TEST(DemoCommand, UsesNoColoursInAFile) {

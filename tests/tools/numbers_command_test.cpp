@@ -49,39 +49,134 @@ TEST_F(NumbersCommand, ShowsEveryCounterWithWhatIsAmiss) {
     EXPECT_EQ(run.out,
               "BOL 2024  definitive 0, provisional Null\n"
               "BOL 2025  definitive 2, provisional 7\n"
+              "  numbers   2 used\n"
+              "FAT 2024  no such counter\n"
+              "  outside   1 beyond the counter\n"
+              "  1         beyond the counter: FAI 1\n"
               "FAT 2025  definitive 12, provisional 0\n"
+              "  numbers   5 used, 1 reserved, 6 missing\n"
+              "  outside   3 reserved ahead, 1 beyond the counter\n"
               "  reserved  7  taken\n"
               "            14  untouched\n"
               "            15  read\n"
               "            16  taken for the accounts\n"
-              "  beyond    FAI 13\n"
-              "  missing   1  before FAI 2\n"
-              "            4  between NCR 3 and FAI 5\n"
-              "            6  between FAI 5 and FAI 9\n"
-              "            8  between FAI 5 and FAI 9\n"
-              "            11-12  between FAI 10 and FAI 13\n");
+              "  1         missing: before FAI 2\n"
+              "  4         missing: between NCR 3 and FAI 5\n"
+              "  6         missing: between FAI 5 and reservation 7 (taken)\n"
+              "  7         reservation without use: reservation 7 (taken)\n"
+              "  8         missing: between reservation 7 (taken) and FAI 9\n"
+              "  11-12     missing: between FAI 10 and FAI 13\n"
+              "  13        beyond the counter: FAI 13\n"
+              "  14        reservation expired: reservation 14 (untouched)\n"
+              "  15        reservation expired: reservation 15 (read)\n"
+              "  16        reservation without use: reservation 16 (taken for the accounts)\n");
 }
 
 TEST_F(NumbersCommand, ShowsOneCounterOrOneYear) {
     EXPECT_EQ(numbers({"--counter", "bol"}).out,
               "BOL 2024  definitive 0, provisional Null\n"
-              "BOL 2025  definitive 2, provisional 7\n");
-    EXPECT_EQ(numbers({"--year", "2024"}).out, "BOL 2024  definitive 0, provisional Null\n");
+              "BOL 2025  definitive 2, provisional 7\n"
+              "  numbers   2 used\n");
+    EXPECT_EQ(numbers({"--year", "2024", "--counter", "BOL"}).out,
+              "BOL 2024  definitive 0, provisional Null\n");
     EXPECT_EQ(numbers({"--counter", "L'ALTRO"}).out, "No counters.\n");
 }
 
+TEST_F(NumbersCommand, ShowsEveryNumberOrAPartOfThem) {
+    EXPECT_EQ(
+        numbers({"--counter", "FAT", "--year", "2025", "--register", "--from", "3", "--to", "11"})
+            .out,
+        "FAT 2025  definitive 12, provisional 0\n"
+        "  numbers   5 used, 1 reserved, 6 missing\n"
+        "  outside   3 reserved ahead, 1 beyond the counter\n"
+        "          3  used         NCR 3\n"
+        "          4  missing\n"
+        "          5  used         FAI 5\n"
+        "          6  missing\n"
+        "          7  reserved     reservation 7 (taken)\n"
+        "          8  missing\n"
+        "          9  used         FAI 9\n"
+        "         10  used         FAI 10\n"
+        "         11  missing\n"
+        "  4         missing: between NCR 3 and FAI 5\n"
+        "  6         missing: between FAI 5 and reservation 7 (taken)\n"
+        "  7         reservation without use: reservation 7 (taken)\n"
+        "  8         missing: between reservation 7 (taken) and FAI 9\n"
+        "  11        missing: between FAI 10 and FAI 13\n");
+    const Outcome run = numbers({"--from", "5", "--to", "4"});
+    EXPECT_EQ(run.exitCode, 2);
+    EXPECT_EQ(run.err, "kaputil: --from 5 lies behind --to 4\n");
+}
+
 TEST_F(NumbersCommand, PrintsOneJsonObjectForPrograms) {
-    const json all = json::parse(numbers({"--counter", "FAT", "--json"}).out)["counters"];
+    const json all =
+        json::parse(numbers({"--counter", "FAT", "--year", "2025", "--json"}).out)["counters"];
     ASSERT_EQ(all.size(), 1U);
     EXPECT_EQ(all[0]["counter"], "FAT");
     EXPECT_EQ(all[0]["year"], 2025);
     EXPECT_EQ(all[0]["definitive"], 12);
+    EXPECT_EQ(all[0]["totals"]["missing"], 6);
+    EXPECT_FALSE(all[0].contains("register"));
     EXPECT_EQ(all[0]["reservations"][0],
-              json::parse(R"({"number": 7, "code": "U", "state": "taken"})"));
-    EXPECT_EQ(all[0]["beyond"], json::parse(R"([{"number": 13, "type": "FAI"}])"));
-    EXPECT_EQ(all[0]["gaps"].size(), 5U);
-    EXPECT_EQ(all[0]["gaps"][0], json::parse(R"({"first": 1, "last": 1, "before": null,
-              "behind": {"number": 2, "type": "FAI"}})"));
+              json::parse(R"({"kind": "reservation", "number": 7, "code": "U",
+                              "state": "taken"})"));
+    EXPECT_EQ(all[0]["anomalies"][1],
+              json::parse(R"({"kind": "missing", "first": 4, "last": 4, "carriers": [
+                  {"kind": "document", "number": 3, "type": "NCR", "date": null,
+                   "registered": false},
+                  {"kind": "document", "number": 5, "type": "FAI", "date": null,
+                   "registered": false}]})"));
+}
+
+TEST_F(NumbersCommand, PrintsTheWholeRegisterForSpreadsheets) {
+    const Outcome run = numbers({"--counter", "FAT", "--year", "2025", "--csv", "--to", "4"});
+    EXPECT_EQ(run.out,
+              "counter,year,first,last,state,anomalies,carrier,type,date,registered\r\n"
+              "FAT,2025,1,1,missing,missing,,,,\r\n"
+              "FAT,2025,2,2,used,,document,FAI,,0\r\n"
+              "FAT,2025,3,3,used,,document,NCR,,0\r\n"
+              "FAT,2025,4,4,missing,missing,,,,\r\n");
+}
+
+TEST_F(NumbersCommand, FailsOnAnomaliesWhereItIsToldTo) {
+    EXPECT_EQ(numbers({"--fail-on", "anomalies"}).exitCode, 4);
+    EXPECT_EQ(numbers({"--fail-on", "anomalies", "--counter", "BOL"}).exitCode, 0);
+    EXPECT_EQ(numbers({"--fail-on", "gaps"}).exitCode, 2);
+}
+
+TEST_F(NumbersCommand, MakesOnePageThatStandsByItself) {
+    const Outcome run = numbers({"--html"});
+    EXPECT_EQ(run.exitCode, 0) << run.err;
+    EXPECT_TRUE(run.out.starts_with("<!DOCTYPE html>\n<html lang=\"it\">")) << run.out;
+    EXPECT_TRUE(contains(run.out, "<h1>Registro dei numeri dei documenti</h1>"));
+    EXPECT_TRUE(contains(run.out, "id=\"c-FAT-2025\""));
+    EXPECT_TRUE(contains(run.out, "<title>11–12: mancanti</title>"));
+    EXPECT_TRUE(contains(run.out, "tra FAI 10 e FAI 13"));
+    EXPECT_TRUE(contains(run.out, "Nessun numero in questo anno."));
+    EXPECT_FALSE(contains(run.out, "<script"));
+    EXPECT_FALSE(contains(run.out, "http"));
+    EXPECT_TRUE(contains(numbers({"--html", "--language", "en"}).out,
+                         "<h1>Register of document numbers</h1>"));
+    EXPECT_EQ(numbers({"--html", "--csv"}).exitCode, 2);
+    EXPECT_EQ(numbers({"--html", "--language", "fr"}).exitCode, 2);
+}
+
+TEST_F(NumbersCommand, APageTellsTextsAsTheyAre) {
+    const Outcome made = kaputil({"sql", "--connection", connection(), "--command",
+                                  "INSERT INTO vtx_TabPro VALUES ('<&\">', 2025, 1, 0, 0)"});
+    ASSERT_EQ(made.exitCode, 0) << made.err;
+    EXPECT_TRUE(contains(numbers({"--html"}).out, "&lt;&amp;&quot;&gt; 2025"));
+}
+
+TEST_F(NumbersCommand, WritesAFileWholeOrNotAtAll) {
+    const Folder folder;
+    const Outcome run = numbers({"--html", "--output", folder / "r.html"});
+    EXPECT_EQ(run.exitCode, 0) << run.err;
+    EXPECT_EQ(run.out, "The register is in " + (folder / "r.html") + "\n");
+    const Outcome refused = numbers({"--html", "--output", folder / "none/r.html"});
+    EXPECT_EQ(refused.exitCode, 2);
+    EXPECT_TRUE(contains(refused.err, "cannot write ")) << refused.err;
+    EXPECT_TRUE(contains(shell("ls " + folder.path()).out, "r.html\n"));
 }
 
 TEST_F(NumbersCommand, RefusesAYearThatIsNone) {

@@ -4,6 +4,7 @@
 #include <memory>
 #include <optional>
 #include <span>
+#include <string_view>
 #include <vector>
 
 #include <kaputil/frame/by_ref.hpp>
@@ -133,6 +134,11 @@ struct RegisterRequest {
 // then left out. Raises the database's errors, and 13 for a number or year that is none.
 [[nodiscard]] std::vector<NumberRegister> readRegisters(ByRef<Variant> connessione,
                                                         const RegisterRequest& request = {});
+
+// The names that programs know them by: "missing", "entryWithoutDocument", "document".
+[[nodiscard]] std::string_view nameOf(NumberState state);
+[[nodiscard]] std::string_view nameOf(AnomalyKind kind);
+[[nodiscard]] std::string_view nameOf(CarrierKind kind);
 
 // The lines of a register: every number from 1 to the definitive value, and what is carried outside
 // of that, by number.

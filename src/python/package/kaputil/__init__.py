@@ -7,7 +7,7 @@
     kaputil.KapRound(2.675, 2)   # a member of the predeclared StdFunctions instance
 
 The members of the predeclared instance are the package's own, in any case. kaputil.classes holds the classes, which
-help() and dir() show with their members.
+help() and dir() show with their members; kaputil.numbers makes the register of document numbers.
 """
 
 import atexit as _atexit
@@ -15,7 +15,7 @@ import enum as _enum
 import sys as _sys
 import types as _types
 
-from . import _data_access, _errors, _members, _native, _objects, classes
+from . import _data_access, _errors, _members, _native, _objects, classes, numbers
 from ._data_access import Row
 from ._descriptions import global_class as _global_class
 from ._errors import AutomationError, MemberNotFound

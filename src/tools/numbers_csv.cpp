@@ -1,0 +1,70 @@
+#include <ostream>
+
+#include <kaputil/frame/plain_text.hpp>
+
+#include "tools/csv_line.hpp"
+#include "tools/numbers_output.hpp"
+
+namespace kap::tools {
+namespace {
+
+using numbering::Carrier;
+using numbering::NumberRegister;
+using numbering::RegisterLine;
+
+class CsvPrinter {
+public:
+    CsvPrinter(std::ostream& out, const NumbersView& view) : out_(out), view_(view) {}
+
+    void print(const NumberRegister& one) {
+        const auto anomalies = view_.anomaliesOf(one);
+        auto next = anomalies.begin();
+        for (const RegisterLine& line : view_.linesOf(one)) {
+            // Both are in the order of their numbers.
+            std::string kinds;
+            for (; next != anomalies.end() && next->first <= line.first; ++next) {
+                kinds += (kinds.empty() ? "" : " ") + std::string(numbering::nameOf(next->kind));
+            }
+            print(one, line, kinds);
+        }
+    }
+
+private:
+    void print(const NumberRegister& one, const RegisterLine& line, const std::string& kinds) {
+        std::vector<std::string> values = {one.counter.utf8(),
+                                           plain::text(one.year),
+                                           plain::text(line.first),
+                                           plain::text(line.last),
+                                           std::string(numbering::nameOf(line.state)),
+                                           kinds};
+        const std::size_t common = values.size();
+        if (line.carriers.empty()) {
+            values.resize(common + 4);
+            out_ << csvLine(values);
+        }
+        for (const Carrier& carrier : line.carriers) {
+            values.resize(common);
+            values.emplace_back(numbering::nameOf(carrier.kind));
+            values.push_back(one.labelOf(carrier).utf8());
+            values.push_back(carrier.day == 0 ? std::string() : isoDay(carrier.day));
+            values.emplace_back(carrier.registered ? "1" : "0");
+            out_ << csvLine(values);
+        }
+    }
+
+    std::ostream& out_;
+    const NumbersView& view_;
+};
+
+}  // namespace
+
+void printNumbersCsv(std::ostream& out, const NumbersView& view) {
+    out << csvLine({"counter", "year", "first", "last", "state", "anomalies", "carrier", "type",
+                    "date", "registered"});
+    CsvPrinter printer(out, view);
+    for (const NumberRegister& one : view.registers) {
+        printer.print(one);
+    }
+}
+
+}  // namespace kap::tools

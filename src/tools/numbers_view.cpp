@@ -1,0 +1,33 @@
+#include <algorithm>
+
+#include "tools/numbers_output.hpp"
+
+namespace kap::tools {
+namespace {
+
+// Cuts a range to the numbers asked for; false when nothing of it is left.
+template <class Range>
+bool cut(Range& range, std::int64_t from, std::int64_t to) {
+    range.first = std::max(range.first, from);
+    range.last = std::min(range.last, to);
+    return range.first <= range.last;
+}
+
+}  // namespace
+
+std::vector<numbering::RegisterLine> NumbersView::linesOf(
+    const numbering::NumberRegister& one) const {
+    std::vector<numbering::RegisterLine> lines = numbering::linesOf(one);
+    std::erase_if(lines, [this](numbering::RegisterLine& line) { return !cut(line, from, to); });
+    return lines;
+}
+
+std::vector<numbering::Anomaly> NumbersView::anomaliesOf(
+    const numbering::NumberRegister& one) const {
+    std::vector<numbering::Anomaly> anomalies = one.anomalies;
+    std::erase_if(anomalies,
+                  [this](numbering::Anomaly& anomaly) { return !cut(anomaly, from, to); });
+    return anomalies;
+}
+
+}  // namespace kap::tools
