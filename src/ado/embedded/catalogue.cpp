@@ -32,9 +32,9 @@ bool sameName(std::string_view left, std::string_view right) {
 }
 
 bool isKeptByTheFile(std::string_view name) {
-    return tsql::equalsIgnoringCase(name, kCountersTable) ||
-           tsql::equalsIgnoringCase(name, kObjectsTable) ||
-           tsql::asciiLower(name).starts_with("sqlite_");
+    const std::string lower = tsql::asciiLower(name);
+    return lower == kObjectsTable || lower.starts_with(kCountersTable) ||
+           lower.starts_with("sqlite_");
 }
 
 }  // namespace kap::ado::embedded

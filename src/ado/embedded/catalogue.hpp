@@ -110,6 +110,14 @@ public:
         const Table& table) const;
     /// The foreign keys of the file's tables.
     [[nodiscard]] virtual std::vector<Reference> references() const { return {}; }
+    /// The name of a foreign key from or to a table of the file.
+    [[nodiscard]] virtual std::optional<std::string> referenceAt(const Table& /*table*/) const {
+        return std::nullopt;
+    }
+    /// The name of a check of a table of the file that is switched on.
+    [[nodiscard]] virtual std::optional<std::string> checkOf(const Table& /*table*/) const {
+        return std::nullopt;
+    }
     /// The rows of sysobjects, INFORMATION_SCHEMA.TABLES...; absent when there is no such view.
     [[nodiscard]] virtual std::optional<SystemRows> systemRows(
         const tsql::ObjectName& /*name*/) const {

@@ -125,6 +125,22 @@ std::vector<std::vector<std::string>> SchemaCatalogue::candidateKeys(const Table
     return keys;
 }
 
+std::optional<std::string> SchemaCatalogue::referenceAt(const Table& table) const {
+    for (const ConstraintInfo& each : constraints()) {
+        if (each.parent.empty() || !each.enabled) continue;
+        if (sameName(each.table, table.name) || sameName(each.parent, table.name)) return each.name;
+    }
+    return std::nullopt;
+}
+
+std::optional<std::string> SchemaCatalogue::checkOf(const Table& table) const {
+    for (const ConstraintInfo& each : constraints()) {
+        const bool check = std::string_view(each.type) == "C " && each.enabled;
+        if (check && sameName(each.table, table.name)) return each.name;
+    }
+    return std::nullopt;
+}
+
 std::optional<ConstraintInfo> SchemaCatalogue::servedBy(
     const Table& table, const std::vector<std::string>& columns) const {
     const auto fits = [&](const std::vector<std::string>& others) {

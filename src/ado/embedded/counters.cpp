@@ -234,8 +234,10 @@ void Counters::tellOthers(bool temporary) {
     if (temporary) {
         return;
     }
-    database_.run("CREATE TABLE main.kap_reseeded (last INTEGER)");
-    database_.run("DROP TABLE main.kap_reseeded");
+    // A name that begins like that of the counters is nobody else's.
+    const std::string passing = std::string("TABLE main.") + kCountersTable + "_reseeded";
+    database_.run(("CREATE " + passing + " (last INTEGER)").c_str());
+    database_.run(("DROP " + passing).c_str());
 }
 
 void Counters::reseed(const std::string& table, std::int64_t value) {

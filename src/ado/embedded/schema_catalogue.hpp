@@ -80,6 +80,8 @@ public:
     [[nodiscard]] std::vector<std::vector<std::string>> candidateKeys(
         const Table& table) const override;
     [[nodiscard]] std::vector<Reference> references() const override;
+    [[nodiscard]] std::optional<std::string> referenceAt(const Table& table) const override;
+    [[nodiscard]] std::optional<std::string> checkOf(const Table& table) const override;
     // The foreign key that a key of a table with these columns serves, when no other key would do.
     [[nodiscard]] std::optional<ConstraintInfo> servedBy(
         const Table& table, const std::vector<std::string>& columns) const;

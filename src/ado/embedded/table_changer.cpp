@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "ado/embedded/definition_tokens.hpp"
+#include "ado/embedded/schema_binding.hpp"
 #include "ado/embedded/time_limit.hpp"
 #include "ado/embedded/translate/statements.hpp"
 #include "tsql/parser.hpp"
@@ -247,6 +248,9 @@ std::string TableChanger::dependentOn(const Table& table, const Column& column) 
         if (sameName(each.table, table.name) && each.key.empty() && names(each.columns)) {
             return "The index '" + each.name + "'";
         }
+    }
+    if (const auto user = schemaBoundUser(catalogue_, table.name, column.name)) {
+        return "The object '" + *user + "'";
     }
     // The constraints of temporary tables are not listed.
     if (table.temporary && column.defaultSql && !column.computed) {

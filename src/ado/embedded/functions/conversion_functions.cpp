@@ -19,11 +19,13 @@ Value convertFunction(const Arguments& arguments) {
                    arguments.small(3));
 }
 
-// kap_try_convert(value, from, to, style): null for what cannot be converted.
+// kap_try_convert(value, from, to, style): null for what cannot be converted; what the database
+// does not know to convert stays an error.
 Value tryConvertFunction(const Arguments& arguments) {
     try {
         return convertFunction(arguments);
-    } catch (const tsql::ServerError&) {
+    } catch (const tsql::ServerError& error) {
+        if (error.number() == tsql::unsupported("", 0).number()) throw;
         return {};
     }
 }

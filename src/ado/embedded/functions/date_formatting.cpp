@@ -2,6 +2,7 @@
 
 #include "ado/embedded/functions/date_settings.hpp"
 #include "ado/embedded/functions/dates.hpp"
+#include "tsql/server_error.hpp"
 #include "tsql/text.hpp"
 
 namespace kap::ado::embedded {
@@ -157,7 +158,14 @@ const char* timePattern(int style) {
 
 }  // namespace
 
+void refuseOtherCalendars(int style) {
+    if (style == 130 || style == 131) {
+        throw tsql::unsupported("CONVERT with style " + tsql::integerText(style), 0);
+    }
+}
+
 std::optional<std::string> dateText(double stored, tsql::SqlType type, int style) {
+    refuseOtherCalendars(style);
     const DateParts parts = partsOf(stored);
     if (style == 8 || style == 108) return formatted(parts, "H:m:s");
     if (style == 14 || style == 114) return formatted(parts, "H:m:s:f");

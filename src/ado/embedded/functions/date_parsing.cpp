@@ -356,6 +356,7 @@ private:
 }  // namespace
 
 double parseDate(std::string_view text, tsql::SqlType target, int style) {
+    refuseOtherCalendars(style);
     return DateParser(withoutBlanks(text), target, style).parse();
 }
 

@@ -51,6 +51,9 @@ struct DateParts {
 
 inline constexpr int kDefaultDateStyle = 0;
 
+/// Refuses the styles of the Hijri calendar by name, 130 and 131.
+void refuseOtherCalendars(int style);
+
 /// Reads a text as the server does in its default language (month before day). `style` 103, 104,
 /// 105 and their kin put the day first. Errors of the server: 241 for what is no date, 242 for a
 /// date that does not exist.

@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "ado/embedded/script/script_runner.hpp"
+#include "ado/embedded/translate/capture.hpp"
 #include "ado/embedded/translate/translator.hpp"
 
 // What is looked at before a script begins.
@@ -29,6 +30,42 @@ bool showsLater(int serverNumber) {
                                      545, 1087, 8101, 8115, 8134, 8152};
     return std::ranges::find(kLater, serverNumber) != std::end(kLater) ||
            reachOf(serverNumber) == ErrorReach::Transaction;
+}
+
+// Errors that the making of a module tells of.
+bool isAboutColumns(int serverNumber) {
+    static constexpr int kColumnErrors[] = {109, 110, 120, 121, 205, 207, 209, 213, 264, 4104, 8120};
+    return std::ranges::find(kColumnErrors, serverNumber) != std::end(kColumnErrors);
+}
+
+// Makes or changes tables of the database, so that later statements may be about what is not there
+// yet.
+bool definesStoredTables(const Instruction& instruction) {
+    if (!definesTables(instruction)) return false;
+    const auto isStored = [](const tsql::ObjectName& name) {
+        return !name.last().starts_with('#');
+    };
+    const tsql::Statement::Node& node = instruction.statement->node;
+    if (const auto* made = std::get_if<tsql::CreateTableStatement>(&node)) {
+        return isStored(made->table);
+    }
+    if (const auto* dropped = std::get_if<tsql::DropStatement>(&node)) {
+        return std::ranges::any_of(dropped->names, isStored);
+    }
+    if (const auto* query = std::get_if<tsql::SelectStatement>(&node)) {
+        return isStored(*std::get<tsql::Select>(query->query->terms.front().node).into);
+    }
+    return true;
+}
+
+std::vector<tsql::DeclaredVariable> declaredParameters(const tsql::CreateModuleStatement& node) {
+    std::vector<tsql::DeclaredVariable> parameters;
+    for (const tsql::ParameterDefinition& parameter : node.parameters) {
+        tsql::DeclaredVariable& variable = parameters.emplace_back();
+        variable.name = parameter.name;
+        variable.type = parameter.type;
+    }
+    return parameters;
 }
 
 // Whether what it is made of is kept for its run.
@@ -87,6 +124,31 @@ void ScriptRunner::checkAhead(Program& program) {
         }
     }
     program.checkedAt = catalogue_.generation();
+}
+
+// Variables and labels that are there twice show when a module is made. What a procedure, function
+// or trigger says of tables that are there is looked at when it is made; a statement that names
+// another table is looked at when it runs.
+void ScriptRunner::checkColumns(const tsql::CreateModuleStatement& node, const std::string& table) {
+    Program program(node.body, catalogue_, declaredParameters(node));
+    std::vector<Instruction>& code = program.code();
+    if (std::ranges::any_of(code, definesStoredTables)) return;
+    if (const Table* written = table.empty() ? nullptr : catalogue_.find(table)) {
+        program.names().addLocalTable({"inserted", capturedRows(*written, RowState::Inserted)});
+        program.names().addLocalTable({"deleted", capturedRows(*written, RowState::Deleted)});
+    }
+    const Transactions::ReadScope scope(transactions_);
+    for (Instruction& instruction : code) {
+        try {
+            checkAhead(instruction, program.names());
+        } catch (const tsql::ServerError& error) {
+            if (isAboutColumns(error.number())) {
+                RaisedError raised = raisedBy(error.at(instruction.line), instruction.line);
+                raised.procedure = node.name.last();
+                throw raised;
+            }
+        }
+    }
 }
 
 void ScriptRunner::checkAhead(Instruction& instruction, const Names& names) {

@@ -1,5 +1,4 @@
-#include <algorithm>
-#include <array>
+#include <limits>
 
 #include "ado/embedded/column_info.hpp"
 #include "ado/embedded/functions/convert.hpp"
@@ -225,18 +224,30 @@ void ScriptRunner::insertExecuted(Frame& frame, Instruction& instruction,
     std::vector<Result> rows;
     execute(frame, instruction, *node.execute, rows);
     std::int64_t count = 0;
+    std::int64_t most =
+        node.top ? mostRows(frame, instruction, node) : std::numeric_limits<std::int64_t>::max();
     Transactions::WriteScope scope(transactions_);
     for (const Result& result : rows) {
-        if (!result.columns.empty()) count += insertRows(frame, node, result);
+        if (!result.columns.empty()) count += insertRows(frame, node, result, most - count);
     }
     scope.keep();
     state_.rowCount = count;
     if (!state_.noCount) results.emplace_back().rowsAffected = count;
 }
 
+// TOP of INSERT ... EXEC.
+std::int64_t ScriptRunner::mostRows(Frame& frame, Instruction& instruction,
+                                    const tsql::InsertStatement& node) {
+    if (node.top->percent) throw tsql::unsupported("INSERT TOP PERCENT EXEC", instruction.line);
+    // Behind what the call itself computes.
+    const std::size_t part = node.execute->arguments.size() + 1;
+    const Value most = evaluate(frame, instruction, part, *node.top->count, {SqlType::BigInt});
+    return std::max<std::int64_t>(wholeOr(most, 0), 0);
+}
+
 // Each row is inserted as a row of VALUES.
 std::int64_t ScriptRunner::insertRows(const Frame& frame, const tsql::InsertStatement& node,
-                                      const Result& result) {
+                                      const Result& result, std::int64_t most) {
     std::vector<tsql::DeclaredVariable> parameters;
     tsql::InsertStatement insert;
     insert.table = node.table;
@@ -261,7 +272,7 @@ std::int64_t ScriptRunner::insertRows(const Frame& frame, const tsql::InsertStat
     const Running running(*this, inner);
     Prepared prepared;
     std::vector<Result> ignored;
-    const std::size_t count = result.rows.front().size();
+    const std::size_t count = std::min(result.rows.front().size(), static_cast<std::size_t>(most));
     for (std::size_t row = 0; row < count; ++row) {
         for (std::size_t i = 0; i < result.columns.size(); ++i) {
             inner.values[i] = cellValue(result.rows[i], row, storageOf(result.columns[i].type));

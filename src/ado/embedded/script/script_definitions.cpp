@@ -2,6 +2,7 @@
 #include <array>
 #include <utility>
 
+#include "ado/embedded/schema_binding.hpp"
 #include "ado/embedded/script/function_rules.hpp"
 #include "ado/embedded/script/script_runner.hpp"
 #include "ado/embedded/table_changer.hpp"
@@ -91,28 +92,19 @@ void ScriptRunner::createView(const tsql::CreateViewStatement& node, int line) {
                               tsql::integerText(static_cast<std::int64_t>(i) + 1) + ".",
                           line);
     }
+    if (node.replace) {
+        refuseSchemaBound(catalogue_, "ALTER", node.name.last(), node.name.text(), line);
+    }
     store({0, StoredKind::View, node.name.last(), "", node.text}, node.replace, node.mustExist,
           line);
     scope.keep();
-}
-
-// Variables and labels that are there twice show when a module is made.
-void ScriptRunner::checkModule(const tsql::CreateModuleStatement& node) {
-    std::vector<tsql::DeclaredVariable> parameters;
-    for (const tsql::ParameterDefinition& parameter : node.parameters) {
-        tsql::DeclaredVariable& variable = parameters.emplace_back();
-        variable.name = parameter.name;
-        variable.type = parameter.type;
-    }
-    const Program made(node.body, catalogue_, parameters);
-    if (node.kind == tsql::ModuleKind::Function) requireNoSideEffects(*node.body);
 }
 
 void ScriptRunner::createModule(const tsql::CreateModuleStatement& node, int line) {
     requireOwn(node.name, line);
     if (node.name.last().front() == '#') throw tsql::unsupported("temporary procedure", line);
     Transactions::WriteScope scope(transactions_);
-    checkModule(node);
+    if (node.kind == tsql::ModuleKind::Function) requireNoSideEffects(*node.body);
     std::string parent;
     if (node.kind == tsql::ModuleKind::Trigger) {
         const Table* table = isOwn(node.table) ? catalogue_.find(node.table.last()) : nullptr;
@@ -124,6 +116,11 @@ void ScriptRunner::createModule(const tsql::CreateModuleStatement& node, int lin
         }
         parent = table->name;
     }
+    if (node.kind == tsql::ModuleKind::Function && node.replace) {
+        refuseUsedFunction("ALTER", node.name, line);
+        refuseSchemaBound(catalogue_, "ALTER", node.name.last(), node.name.text(), line);
+    }
+    checkColumns(node, parent);
     store({0, storedKind(node.kind), node.name.last(), parent, node.text}, node.replace,
           node.mustExist, line);
     scope.keep();
@@ -175,7 +172,8 @@ void ScriptRunner::store(StoredObject object, bool replace, bool mustExist, int 
 }
 
 // A function stays as long as the definition of a table calls it.
-void ScriptRunner::refuseUsedFunction(const tsql::ObjectName& name, int line) const {
+void ScriptRunner::refuseUsedFunction(const char* action, const tsql::ObjectName& name,
+                                      int line) const {
     const Function* function = catalogue_.findFunction(name.last());
     if (function == nullptr) return;
     const auto calls = [&](const std::string& definition) {
@@ -186,10 +184,7 @@ void ScriptRunner::refuseUsedFunction(const tsql::ObjectName& name, int line) co
             });
     };
     const auto refuse = [&](const std::string& user) {
-        throw ServerError(3729,
-                          "Cannot DROP FUNCTION '" + name.text() +
-                              "' because it is being referenced by object '" + user + "'.",
-                          line, 16, 1);
+        refuseUsed(action, name.text(), user, line);
     };
     for (const ConstraintInfo& each : catalogue_.constraints()) {
         if (calls(each.definition)) refuse(each.name);
@@ -223,7 +218,11 @@ void ScriptRunner::dropStored(const tsql::DropStatement& node, int line) {
                                   "', because it does not exist or you do not have permission.",
                               line, 11, 5);
         }
-        if (kind == StoredKind::Function) refuseUsedFunction(name, line);
+        if (kind == StoredKind::Function) refuseUsedFunction("DROP FUNCTION", name, line);
+        if (kind == StoredKind::Function || kind == StoredKind::View) {
+            refuseSchemaBound(catalogue_, kind == StoredKind::View ? "DROP VIEW" : "DROP FUNCTION",
+                              name.last(), name.text(), line);
+        }
         catalogue_.stored().remove(kind, name.last());
         catalogue_.invalidate();
     }

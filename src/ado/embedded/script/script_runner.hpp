@@ -101,6 +101,7 @@ private:
 
     // script_ahead.cpp
     void checkAhead(Program& program);
+    void checkColumns(const tsql::CreateModuleStatement& node, const std::string& table);
     void checkAhead(Instruction& instruction, const Names& names);
 
     // script_errors.cpp
@@ -147,8 +148,10 @@ private:
                  std::vector<Result>& results);
     void insertExecuted(Frame& frame, Instruction& instruction, const tsql::InsertStatement& node,
                         std::vector<Result>& results);
+    [[nodiscard]] std::int64_t mostRows(Frame& frame, Instruction& instruction,
+                                        const tsql::InsertStatement& node);
     [[nodiscard]] std::int64_t insertRows(const Frame& frame, const tsql::InsertStatement& node,
-                                          const Result& result);
+                                          const Result& result, std::int64_t most);
     void executeText(const std::string& text, int line, std::vector<Result>& results);
     [[nodiscard]] tsql::ObjectName procedureName(Frame& frame, Instruction& instruction,
                                                  const tsql::ExecuteStatement& node);
@@ -187,10 +190,9 @@ private:
     // script_definitions.cpp
     void createView(const tsql::CreateViewStatement& node, int line);
     void createModule(const tsql::CreateModuleStatement& node, int line);
-    void checkModule(const tsql::CreateModuleStatement& node);
     void createType(const tsql::CreateTypeStatement& node, int line);
     void store(StoredObject object, bool replace, bool mustExist, int line);
-    void refuseUsedFunction(const tsql::ObjectName& name, int line) const;
+    void refuseUsedFunction(const char* action, const tsql::ObjectName& name, int line) const;
     void dropStored(const tsql::DropStatement& node, int line);
     void alterTable(Frame& frame, const tsql::AlterTableStatement& node, int line);
 

@@ -1,5 +1,6 @@
 #include <algorithm>
 
+#include "ado/embedded/schema_binding.hpp"
 #include "ado/embedded/script/statement_runner.hpp"
 #include "ado/embedded/translate/table_builder.hpp"
 #include "ado/embedded/translate/translator.hpp"
@@ -116,6 +117,7 @@ void StatementRunner::checkReferences(const Translation& translation,
     }
     if (truncates && !translation.temporary) tables.push_back(translation.table);
     for (const std::string& table : tables) {
+        if (!truncates) refuseSchemaBound(catalogue_, "DROP TABLE", table, "dbo." + table, 0);
         PreparedStatement look(
             connection_.handle(),
             "SELECT m.name FROM main.sqlite_schema AS m, pragma_foreign_key_list(m.name, 'main') "

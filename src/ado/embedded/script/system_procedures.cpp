@@ -3,6 +3,7 @@
 
 #include "ado/embedded/column_info.hpp"
 #include "ado/embedded/functions/convert.hpp"
+#include "ado/embedded/schema_binding.hpp"
 #include "ado/embedded/script/script_runner.hpp"
 #include "ado/embedded/table_changer.hpp"
 #include "ado/embedded/translate/translator.hpp"
@@ -190,6 +191,13 @@ void ScriptRunner::renameObject(const std::vector<std::string>& arguments, int l
     Transactions::WriteScope scope(transactions_);
     statements_.captures().removeStale();
     const auto changing = [&](const std::string& name) {
+        if (schemaBoundUser(catalogue_, plainName(name))) {
+            throw ServerError(15336,
+                              "Object '" + object +
+                                  "' cannot be renamed because the object participates in enforced "
+                                  "dependencies.",
+                              line);
+        }
         const Table* table = catalogue_.find(plainName(name));
         if (table != nullptr) statements_.captures().remove(*table);
     };

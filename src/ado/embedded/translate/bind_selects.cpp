@@ -181,14 +181,18 @@ std::vector<OutputColumn> Binder::itemValues(const std::vector<tsql::SelectItem>
 
 // TOP n PERCENT of the rows, which are counted first.
 std::string Binder::percentText(const tsql::TopClause& top, const BoundSelect& bound) {
+    if (bound.ranked) return percentText(top, "count(*) OVER ()", *bound.scope);
+    return percentText(top, "(SELECT count(*) FROM (" + selectText(bound) + "))", *bound.scope);
+}
+
+std::string Binder::percentText(const tsql::TopClause& top, const std::string& count,
+                                Scope& scope) {
     Scope constants;
-    constants.outer = bound.scope.get();
+    constants.outer = &scope;
     constants.limitsRows = true;
     const Typed percent = value(*top.count, constants);
-    const std::string share = convertTo(percent, {tsql::SqlType::Float}, top.count->line).sql;
-    if (bound.ranked) return callText("kap_top_percent", "count(*) OVER ()", share);
-    return "(SELECT " + callText("kap_top_percent", "count(*)", share) + " FROM (" +
-           selectText(bound) + "))";
+    const Typed share = convertTo(percent, {tsql::SqlType::Float}, top.count->line);
+    return callText("kap_top_percent", count, share.sql);
 }
 
 std::string Binder::limitText(const tsql::TopClause& top, Scope& scope) {

@@ -116,6 +116,9 @@ public:
     /// Errors 1011 and 1013 when two sources have one name.
     static void checkNames(const std::vector<Source>& sources, int line);
     [[nodiscard]] std::string limitText(const tsql::TopClause& top, Scope& scope);
+    /// The same for TOP PERCENT of so many rows.
+    [[nodiscard]] std::string percentText(const tsql::TopClause& top, const std::string& count,
+                                          Scope& scope);
     /// "WITH a AS (...) " for what follows, which may name these tables as long as the binder
     /// lives; empty when there are none. The one that is the target of UPDATE or DELETE brings the
     /// numbers of the rows of the table behind it.

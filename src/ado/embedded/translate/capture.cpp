@@ -42,16 +42,44 @@ std::string caught(const Table& table, RowState state) {
            "." + rowNumberName(table) + columnsOf(table, row) + ");";
 }
 
+// The table of OUTPUT INTO: nothing may happen there besides.
+const Table& outputTarget(const tsql::ObjectName& name, const Binder& binder) {
+    const Table* found = findTable(name, binder.names());
+    if (found == nullptr && isOwn(name) && binder.catalogue().findView(name.last()) != nullptr) {
+        throw tsql::ServerError(330,
+                                "The target '" + name.text() +
+                                    "' of the OUTPUT INTO clause cannot be a view or common table "
+                                    "expression.",
+                                name.line);
+    }
+    const Table& target = requireTable(name, binder.names());
+    const auto refuse = [&](int number, const std::string& what) {
+        throw tsql::ServerError(
+            number,
+            "The target table '" + target.name + "' of the OUTPUT INTO clause cannot " + what,
+            name.line);
+    };
+    if (target.triggerEvents != 0) refuse(331, "have any enabled triggers.");
+    if (target.temporary) return target;
+    if (const auto key = binder.catalogue().referenceAt(target)) {
+        refuse(332,
+               "be on either side of a (primary key, foreign key) relationship. Found reference "
+               "constraint '" +
+                   *key + "'.");
+    }
+    if (const auto check = binder.catalogue().checkOf(target)) {
+        refuse(333,
+               "have any enabled check constraints or any enabled rules. Found check constraint or "
+               "rule '" +
+                   *check + "'.");
+    }
+    return target;
+}
+
 // Rows of OUTPUT INTO are brought to the columns of their table.
 std::string insertOutput(const tsql::OutputClause& output, const std::vector<OutputColumn>& items,
                          const std::string& rows, Binder& binder) {
-    const Table& target = requireTable(*output.into, binder.names());
-    if (target.triggerEvents != 0) {
-        throw tsql::ServerError(331,
-                                "The target table '" + target.name +
-                                    "' of the OUTPUT INTO clause cannot have any enabled triggers.",
-                                output.into->line);
-    }
+    const Table& target = outputTarget(*output.into, binder);
     std::vector<const Column*> columns;
     for (const std::string& name : output.columns) {
         const Column* column = target.find(name);
@@ -162,7 +190,7 @@ std::optional<Capture> captureFor(const Table& table, tsql::TriggerEvents event,
     }
     for (Source& source : scope.sources)
         showThroughView(source, table, binder);
-    addOutput(capture, *output, scope, from + " ORDER BY " + kRowColumn, binder);
+    addOutput(capture, *output, table, scope, from + " ORDER BY " + kRowColumn, binder);
     return capture;
 }
 
@@ -178,8 +206,14 @@ void showThroughView(Source& source, const Table& table, const Binder& binder) {
     source.columns = std::move(shown);
 }
 
-void addOutput(Capture& capture, const tsql::OutputClause& output, Scope& scope,
+void addOutput(Capture& capture, const tsql::OutputClause& output, const Table& table, Scope& scope,
                const std::string& from, Binder& binder) {
+    if (capture.forTriggers && !output.into) {
+        throw tsql::ServerError(334,
+                                "The target table '" + table.name +
+                                    "' of the DML statement cannot have any enabled triggers if "
+                                    "the statement contains an OUTPUT clause without INTO clause.");
+    }
     const std::vector<OutputColumn> items = binder.itemValues(output.items, scope);
     std::string list;
     for (std::size_t i = 0; i < items.size(); ++i)

@@ -57,6 +57,9 @@ struct ScalarFunction {
 [[nodiscard]] std::span<const ScalarFunction> byteFunctions();
 [[nodiscard]] std::span<const ScalarFunction> variantFunctions();
 
+/// NEWSEQUENTIALID(), which stands alone in the default of a column and nowhere else.
+[[nodiscard]] bool isSequentialIdentifier(const tsql::Expression& value);
+
 /// The function of that name (case ignored), or null.
 [[nodiscard]] const ScalarFunction* findFunction(std::string_view name);
 

@@ -4,6 +4,7 @@
 #include "ado/embedded/translate/function_table.hpp"
 #include "ado/embedded/translate/type_rules.hpp"
 #include "tsql/server_error.hpp"
+#include "tsql/text.hpp"
 
 namespace kap::ado::embedded {
 
@@ -66,9 +67,14 @@ Typed newIdentifier(ScalarCall& call) {
     return Typed::expression("kap_newid()", {SqlType::UniqueIdentifier, kBytes}, false);
 }
 
-Typed newSequentialIdentifier(ScalarCall& /*call*/) {
-    constexpr int kBytes = 16;
-    return Typed::expression("kap_newsequentialid()", {SqlType::UniqueIdentifier, kBytes}, false);
+// What a default is made of is seen there; anywhere else it is none.
+Typed newSequentialIdentifier(ScalarCall& call) {
+    throw tsql::ServerError(
+        302,
+        "The newsequentialid() built-in function can only be used in a DEFAULT expression for a "
+        "column of type 'uniqueidentifier' in a CREATE TABLE or ALTER TABLE statement. It cannot "
+        "be combined with other operators to form a complex scalar expression.",
+        call.line);
 }
 
 // CHECKSUM(a, b...): texts that compare as equal give the same; BINARY_CHECKSUM tells them apart.
@@ -109,6 +115,12 @@ constexpr std::array kGeneralFunctions = std::to_array<ScalarFunction>({
 });
 
 }  // namespace
+
+bool isSequentialIdentifier(const tsql::Expression& value) {
+    const auto* call = std::get_if<tsql::FunctionCall>(&value.node);
+    return call != nullptr && call->name.parts.size() == 1 && call->arguments.empty() &&
+           tsql::equalsIgnoringCase(call->name.last(), "newsequentialid");
+}
 
 std::span<const ScalarFunction> generalFunctions() {
     return kGeneralFunctions;

@@ -55,7 +55,7 @@ bool outputOfSources(const WriteFrom& write, Binder& binder, Translation& result
     Capture capture;
     capture.event = write.event;
     capture.forTriggers = (table.triggerEvents & write.event) != 0;
-    addOutput(capture, *write.output, scope, found.outputFrom(), binder);
+    addOutput(capture, *write.output, table, scope, found.outputFrom(), binder);
     if (!keepRead(others.columns, capture.outputSql)) return false;
     if (!binder.commonTarget().checks.empty()) {
         throw tsql::unsupported("OUTPUT of other tables through a view WITH CHECK OPTION", 0);

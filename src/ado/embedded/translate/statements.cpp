@@ -136,8 +136,10 @@ TargetRows bindTarget(Binder& binder, const tsql::ObjectName& target,
         rows.tail += " WHERE " + binder.condition(*where, scope);
     }
     if (top) {
-        if (top->percent) throw tsql::unsupported("TOP PERCENT in UPDATE or DELETE", target.line);
-        rows.limit = " LIMIT " + binder.limitText(*top, scope);
+        const std::string count =
+            "(SELECT count(DISTINCT " + rows.rowNumber + ")" + rows.tail + ")";
+        rows.limit = " LIMIT " + (top->percent ? binder.percentText(*top, count, scope)
+                                               : binder.limitText(*top, scope));
     } else if (const std::int64_t most = binder.names().settings().rowLimit; most > 0) {
         rows.limit = " LIMIT " + tsql::integerText(most);
     }

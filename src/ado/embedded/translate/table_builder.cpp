@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "ado/embedded/translate/function_table.hpp"
 #include "ado/embedded/translate/reference_rules.hpp"
 #include "ado/embedded/translate/statements.hpp"
 #include "tsql/server_error.hpp"
@@ -266,13 +267,17 @@ void TableBuilder::setDefault(Column& column, const tsql::DefaultOption& option,
                               table().name + "', column '" + column.name + "'.",
                           line);
     }
+    column.defaultName = option.constraintName;
+    if (isSequentialIdentifier(*option.value) && column.type.type == SqlType::UniqueIdentifier) {
+        column.defaultSql = "kap_newsequentialid()";
+        return;
+    }
     Scope scope;
     scope.columnsRefused = true;
     scope.subqueriesRefused = true;
     const Typed value = binder_.value(*option.value, scope);
     requireNoVariables(option.value->line);
     column.defaultSql = binder_.stored(value, column.type, line);
-    column.defaultName = option.constraintName;
 }
 
 // PK_table, UQ_table_1, FK_table_2: the first number that is free.

@@ -229,7 +229,10 @@ private:
         if (statement_.defaultValues) {
             columns_.clear();
             const std::string values = generatedValues();
-            return values.empty() ? " DEFAULT VALUES" : " VALUES (" + values.substr(2) + ")";
+            if (values.empty() && statement_.top) {
+                throw tsql::unsupported("INSERT TOP DEFAULT VALUES", line_);
+            }
+            return values.empty() ? " DEFAULT VALUES" : limited("(" + values.substr(2) + ")", 1);
         }
         std::string text;
         for (const auto& row : statement_.rows) {
@@ -242,9 +245,17 @@ private:
             }
             if (!listed && row.size() == columns_.size() + 1) refuseIdentity();
             checkCount(row.size(), columns_.size(), listed, line_);
-            text += (text.empty() ? " VALUES " : ", ") + rowText(row);
+            text += (text.empty() ? "" : ", ") + rowText(row);
         }
-        return text;
+        return limited(text, statement_.rows.size());
+    }
+
+    // The rows of VALUES, as many as TOP or SET ROWCOUNT allows.
+    std::string limited(const std::string& rows, std::size_t count) {
+        const std::string values = " VALUES " + rows;
+        if (!statement_.top && count <= 1) return values;
+        const std::string most = limit(tsql::integerText(static_cast<std::int64_t>(count)));
+        return most.empty() ? values : " SELECT * FROM (" + values + ")" + most;
     }
 
     std::string rowText(const std::vector<tsql::ValueOrDefault>& row) {
@@ -273,11 +284,14 @@ private:
         return column.identity ? givenIdentity(table_, sql) : sql;
     }
 
-    std::string limit() {
+    // `count` is how many rows there are, for TOP PERCENT.
+    std::string limit(const std::string& count) {
         const std::int64_t rowLimit = binder_.names().settings().rowLimit;
         if (!statement_.top) return rowLimit > 0 ? " LIMIT " + tsql::integerText(rowLimit) : "";
-        if (statement_.top->percent) throw tsql::unsupported("INSERT TOP PERCENT", line_);
         Scope scope;
+        if (statement_.top->percent) {
+            return " LIMIT " + binder_.percentText(*statement_.top, count, scope);
+        }
         return " LIMIT " + binder_.limitText(*statement_.top, scope);
     }
 
@@ -293,7 +307,8 @@ private:
             list += (list.empty() ? "" : ", ") + stored(value, *columns_[i], line_);
         }
         list += generatedValues();
-        return " SELECT " + list + " FROM (" + rows.sql + ")" + limit();
+        return " SELECT " + list + " FROM (" + rows.sql + ")" +
+               limit("(SELECT count(*) FROM (" + rows.sql + "))");
     }
 
     const InsertStatement& statement_;

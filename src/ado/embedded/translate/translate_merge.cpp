@@ -259,7 +259,8 @@ private:
         scope.sources.push_back(rows_.written(RowState::Inserted));
         scope.sources.push_back(rows_.written(RowState::Deleted));
         scope.sources.push_back(FoundRows::foundSource(source_, 0));
-        embedded::addOutput(capture, *statement_.output, scope, rows_.outputFrom(), binder_);
+        embedded::addOutput(capture, *statement_.output, table_, scope, rows_.outputFrom(),
+                            binder_);
     }
 
     const MergeStatement& statement_;
