@@ -8,6 +8,7 @@
 #include <kaputil/frame/convert.hpp>
 
 #include "ado/answers.hpp"
+#include "ado/connection_notices.hpp"
 #include "ado/driver.hpp"
 #include "ado/failures.hpp"
 #include "ado/parameter_cell.hpp"
@@ -133,16 +134,23 @@ Ref<Parameter> Command::CreateParameter(const String& name, DataTypeEnum type,
 
 Ref<Recordset> Command::Execute(ByRef<Variant> recordsAffected, const Variant& parameters,
                                 std::int32_t options) {
-    Request request = this->request(parameters, options);
-    Reply reply;
-    send(request, reply);
-    *recordsAffected = rowsWritten(reply.results);
-    return wantsNoRecords(options) ? make<Recordset>()
-                                   : recordsetOf(std::move(reply.results), connection_);
+    Execution execution{text_, CursorTypeEnum::adOpenForwardOnly, LockTypeEnum::adLockReadOnly,
+                        options, Ref<Command>(this)};
+    executing(connection_, execution, [&] {
+        Request request = this->request(parameters, execution.source(), execution.options);
+        Reply reply;
+        send(request, reply);
+        execution.rowsAffected = rowsWritten(reply.results);
+        execution.recordset = wantsNoRecords(execution.options)
+                                  ? make<Recordset>()
+                                  : recordsetOf(std::move(reply.results), connection_);
+    });
+    *recordsAffected = execution.rowsAffected;
+    return execution.recordset;
 }
 
-std::vector<Result> Command::run(std::int32_t options) {
-    Request request = this->request(Variant::missing(), options);
+std::vector<Result> Command::run(const Execution& execution) {
+    Request request = this->request(Variant::missing(), execution.source(), execution.options);
     Reply reply;
     send(request, reply);
     return std::move(reply.results);
@@ -156,10 +164,10 @@ void Command::send(Request& request, Reply& reply) {
     takeBack(request);
 }
 
-Request Command::request(const Variant& given, std::int32_t options) const {
+Request Command::request(const Variant& given, const String& text, std::int32_t options) const {
     constexpr std::int32_t kAnyKind = 0xF | 0x200;  // bits of CommandTypeEnum
     const bool saysKind = options >= 0 && (options & kAnyKind) != 0;
-    Request made = requestFor(text_, saysKind ? options : static_cast<std::int32_t>(type_));
+    Request made = requestFor(text, saysKind ? options : static_cast<std::int32_t>(type_));
     made.timeout = std::chrono::seconds(timeout_);
     const std::vector<Variant> values = valuesGiven(given);
     if (parameters_->Count() == 0) {

@@ -6,11 +6,13 @@
 #include <vector>
 
 #include <kaputil/ado/error_numbers.hpp>
+#include <kaputil/ado/events.hpp>
 #include <kaputil/ado/recordset.hpp>
 #include <kaputil/frame/convert.hpp>
 #include <kaputil/frame/error.hpp>
 
 #include "ado/answers.hpp"
+#include "ado/connection_notices.hpp"
 #include "ado/driver.hpp"
 #include "ado/failures.hpp"
 #include "ado/late_bound/foreign_connection.hpp"
@@ -39,6 +41,10 @@ String withLogin(const String& keys, const String& userId, const String& passwor
 Connection::Connection() : errors_(make<ado::Errors>()) {}
 
 Connection::~Connection() = default;
+
+const ClassDescription& Connection::events() const {
+    return ConnectionEvents::classDescription();
+}
 
 // Another maker's object refuses by itself what its state does not allow.
 void Connection::requireClosed() const {
@@ -73,7 +79,21 @@ void Connection::Open(const String& connectionString, const String& userId, cons
         late_bound::open(foreign_, connectionString, userId, password, options);
         return;
     }
-    // The options are not looked at: there is no asynchronous opening.
+    requireClosed();
+    if (!isObserved()) {
+        openAs(connectionString, userId, password);
+        return;
+    }
+    ConnectionNotices(*this).aroundOpening(
+        {connectionString.empty() ? keys_ : connectionString, userId, password, options},
+        [&](const Opening& wanted) {
+            openAs(wanted.connectionString, wanted.userId, wanted.password);
+        });
+}
+
+// The options are not looked at: there is no asynchronous opening.
+void Connection::openAs(const String& connectionString, const String& userId,
+                        const String& password) {
     requireClosed();
     if (!connectionString.empty()) {
         setConnectionString(connectionString);
@@ -120,6 +140,9 @@ void Connection::Close() {
     }
     requireOpen();
     session_.reset();
+    if (isObserved()) {
+        ConnectionNotices(*this).disconnected();
+    }
 }
 
 ObjectStateEnum Connection::State() const {
@@ -140,22 +163,40 @@ void Connection::run(Request& request, Reply& reply) {
     reporting([&] { session()->execute(request, reply); });
     if (!reply.messages.empty()) {
         report(reply.messages, {});
+        if (isObserved()) {
+            ConnectionNotices(*this).informed();
+        }
     }
 }
 
 Ref<Recordset> Connection::Execute(const String& commandText, ByRef<Variant> recordsAffected,
                                    std::int32_t options) {
     requireOpen();
-    Request request = requestFor(commandText, options);
-    request.timeout = std::chrono::seconds(CommandTimeout());
-    Reply reply;
-    run(request, reply);
-    *recordsAffected = rowsWritten(reply.results);
-    return wantsNoRecords(options) ? make<Recordset>()
-                                   : recordsetOf(std::move(reply.results), Ref<Connection>(this));
+    const Ref<Connection> self(this);
+    Execution execution{commandText, CursorTypeEnum::adOpenForwardOnly,
+                        LockTypeEnum::adLockReadOnly, options};
+    executing(self, execution, [&] {
+        requireOpen();
+        Request request = requestFor(execution.source(), execution.options);
+        request.timeout = std::chrono::seconds(CommandTimeout());
+        Reply reply;
+        run(request, reply);
+        execution.rowsAffected = rowsWritten(reply.results);
+        execution.recordset = wantsNoRecords(execution.options)
+                                  ? make<Recordset>()
+                                  : recordsetOf(std::move(reply.results), self);
+    });
+    *recordsAffected = execution.rowsAffected;
+    return execution.recordset;
 }
 
 void Connection::executeAll(const String& script, std::vector<Ref<Recordset>>& answers) {
+    requireOpen();
+    Execution execution{script};
+    executing(Ref<Connection>(this), execution, [&] { executeEach(execution.source(), answers); });
+}
+
+void Connection::executeEach(const String& script, std::vector<Ref<Recordset>>& answers) {
     requireOpen();
     Request request;
     request.text = script.utf8();
@@ -212,22 +253,26 @@ Ref<Recordset> Connection::OpenSchema(SchemaEnum queryType, const Variant& restr
 
 std::int32_t Connection::BeginTrans() {
     std::int32_t level = 0;
-    reporting([&] {
+    const auto begin = [&] {
         if (isolationChosen_ && session()->transactionDepth() == 0) {
             session_->setIsolation(isolationLevel_);
         }
         session()->begin();
         level = session_->transactionDepth();
-    });
+    };
+    inTransaction(
+        *this, u"BeginTransComplete", [&] { reporting(begin); },
+        [&] { return EventCalls::Values{level}; });
     return level;
 }
 
 void Connection::CommitTrans() {
-    reporting([&] { session()->commit(); });
+    inTransaction(*this, u"CommitTransComplete", [&] { reporting([&] { session()->commit(); }); });
 }
 
 void Connection::RollbackTrans() {
-    reporting([&] { session()->rollback(); });
+    inTransaction(*this, u"RollbackTransComplete",
+                  [&] { reporting([&] { session()->rollback(); }); });
 }
 
 std::shared_ptr<Session> Connection::session() const {

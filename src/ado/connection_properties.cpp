@@ -1,5 +1,6 @@
 // What a connection can be asked and told, and its description.
 #include <kaputil/ado/connection.hpp>
+#include <kaputil/ado/events.hpp>
 #include <kaputil/ado/recordset.hpp>
 
 #include "ado/connection_string.hpp"
@@ -38,6 +39,7 @@ const ClassDescription& Connection::classDescription() {
         ClassBuilder<Connection>(u"Connection", u"e6d06f3b-5a86-4b3b-9c1d-0a6d4a6f7b11",
                                  u"e6d06f3b-5a86-4b3b-9c1d-0a6d4a6f7b21")
             .summary(u"An open session with a database.")
+            .events(&ConnectionEvents::classDescription)
             .property<&Connection::CommandTimeout, &Connection::setCommandTimeout>(
                 u"CommandTimeout", u"Seconds that a script may run; 0: no limit.")
             .property<&Connection::ConnectionString, &Connection::setConnectionString>(

@@ -78,6 +78,14 @@ void notAvailable(String description) {
     raise(errors::kFeatureNotAvailable, std::move(description));
 }
 
+void cancelled() {
+    raise(errors::kCancelled, u"Operation was canceled.");
+}
+
+void operationCancelled() {
+    raise(errors::kOperationCancelled, u"Operation has been cancelled by the user.");
+}
+
 void badBookmark() {
     raise(errors::kBadBookmark, u"The bookmark is invalid.");
 }

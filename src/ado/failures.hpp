@@ -19,6 +19,9 @@ namespace kap::ado::fail {
 [[noreturn]] void notUpdatable();
 [[noreturn]] void notAvailable(String description);
 [[noreturn]] void badBookmark();
+// A sink of events did not allow what a recordset or a connection was to do.
+[[noreturn]] void cancelled();
+[[noreturn]] void operationCancelled();
 [[noreturn]] void cannotFetchBackward();
 [[noreturn]] void incompleteParameter();
 [[noreturn]] void wrongType(const String& field);

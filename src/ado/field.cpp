@@ -50,6 +50,15 @@ Variant Field::Value() const {
 }
 
 void Field::setValue(const Variant& value) {
+    if (cursor_->observer() != nullptr) {
+        const std::shared_ptr<FieldObserver> observer = cursor_->observer();
+        observer->assigning(ordinal_, [&] { assign(value); });
+    } else {
+        assign(value);
+    }
+}
+
+void Field::assign(const Variant& value) {
     cursor_->assign(ordinal_, value);
     appending_ = false;
     chunkRecord_.reset();

@@ -5,10 +5,14 @@
 #include <utility>
 
 #include <kaputil/ado/command.hpp>
+#include <kaputil/ado/events.hpp>
 #include <kaputil/frame/convert.hpp>
 
+#include "ado/answers.hpp"
+#include "ado/connection_notices.hpp"
 #include "ado/driver.hpp"
 #include "ado/failures.hpp"
+#include "ado/recordset_notices.hpp"
 #include "ado/request_builder.hpp"
 #include "ado/row_cursor.hpp"
 
@@ -18,7 +22,24 @@ Recordset::Recordset() {
     forget();
 }
 
-Recordset::~Recordset() = default;
+Recordset::~Recordset() {
+    if (fieldNotices_ != nullptr) {
+        fieldNotices_->forget();
+    }
+}
+
+const ClassDescription& Recordset::events() const {
+    return RecordsetEvents::classDescription();
+}
+
+void Recordset::observed() {
+    if (fieldNotices_ == nullptr) {
+        fieldNotices_ = std::make_shared<FieldNotices>(*this);
+    }
+    if (cursor_ != nullptr) {
+        cursor_->setObserver(fieldNotices_);
+    }
+}
 
 RowCursor& Recordset::opened() const {
     requireOpen();
@@ -39,6 +60,9 @@ void Recordset::requireClosed() const {
 
 // Closed, and ready for columns to be appended.
 void Recordset::forget() {
+    if (cursor_ != nullptr) {
+        cursor_->setObserver({});
+    }
     cursor_.reset();
     draft_ = std::make_shared<RowCursor>(RowTable::madeByHand(), RowCursor::Options{});
     fields_ = make<ado::Fields>(draft_, /*open=*/false);
@@ -65,10 +89,17 @@ void Recordset::Open(const Variant& source, const Variant& activeConnection,
         setLockType(lockType);
     }
     options_ = options;
-    if (!draft_->columns().empty()) {
-        openMadeByHand();
+    const auto open = [&] {
+        if (draft_->columns().empty()) {
+            run(options);
+        } else {
+            openMadeByHand();
+        }
+    };
+    if (isObserved()) {
+        RecordsetNotices(*this).afterOpening(open);
     } else {
-        run(options);
+        open();
     }
 }
 
@@ -82,21 +113,36 @@ void Recordset::openMadeByHand() {
     cursorType_ = CursorTypeEnum::adOpenStatic;
     fields_->opened();
     cursor_ = draft_;
+    cursor_->setObserver(fieldNotices_);
 }
 
 void Recordset::run(std::int32_t options) {
-    if (command_) {
-        takeAnswers(command_->run(options));
-        return;
-    }
-    if (!connection_) {
+    const Ref<Connection> connection = command_ ? command_->connection() : connection_;
+    if (!connection) {
         fail::invalidConnection();
     }
-    Request request = requestFor(convert::toString(source_), options);
+    const String source = command_ ? command_->CommandText() : convert::toString(source_);
+    Execution execution{source, cursorType_, lockType_, options, command_, Ref<Recordset>(this)};
+    executing(connection, execution, [&] {
+        if (cursor_ == nullptr) {
+            setCursorType(execution.cursorType);
+            setLockType(execution.lockType);
+        }
+        std::vector<Result> results = answersOf(execution);
+        execution.rowsAffected = rowsWritten(results);
+        takeAnswers(std::move(results));
+    });
+}
+
+std::vector<Result> Recordset::answersOf(const Execution& execution) {
+    if (command_) {
+        return command_->run(execution);
+    }
+    Request request = requestFor(execution.source(), execution.options);
     request.timeout = std::chrono::seconds(connection_->CommandTimeout());
     Reply reply;
     connection_->run(request, reply);
-    takeAnswers(std::move(reply.results));
+    return std::move(reply.results);
 }
 
 // Shows the first rows; what statements before them wrote is passed over.
@@ -129,7 +175,11 @@ void Recordset::adopt(Result result, Ref<Connection> connection) {
 }
 
 void Recordset::show(std::shared_ptr<RowCursor> cursor) {
+    if (cursor_ != nullptr) {
+        cursor_->setObserver({});
+    }
     cursor_ = std::move(cursor);
+    cursor_->setObserver(fieldNotices_);
     fields_ = make<ado::Fields>(cursor_);
     filter_ = u"";
     sort_ = {};
@@ -139,15 +189,23 @@ void Recordset::Close() {
     if (opened().editMode() != EditModeEnum::adEditNone) {
         fail::illegalOperation();
     }
-    following_.clear();
-    forget();
+    changingAll(*this, EventReasonEnum::adRsnClose, [&] {
+        requireOpen();
+        following_.clear();
+        forget();
+    });
 }
 
 void Recordset::Requery(std::int32_t options) {
     if (opened().editMode() != EditModeEnum::adEditNone) {
         fail::illegalOperation();
     }
-    run(options == -1 ? options_ : options);
+    const auto query = [&] {
+        requireOpen();
+        run(options == -1 ? options_ : options);
+    };
+    changingAll(*this, EventReasonEnum::adRsnRequery,
+                [&] { moving(*this, EventReasonEnum::adRsnRequery, query); });
 }
 
 Ref<Recordset> Recordset::NextRecordset(ByRef<Variant> recordsAffected) {

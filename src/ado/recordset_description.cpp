@@ -1,6 +1,7 @@
 #include <kaputil/ado/recordset.hpp>
 
 #include <kaputil/ado/command.hpp>
+#include <kaputil/ado/events.hpp>
 
 #include "ado/driver.hpp"
 #include "ado/row_cursor.hpp"
@@ -126,7 +127,8 @@ const ClassDescription& Recordset::classDescription() {
                     Builder(u"Recordset", u"e6d06f3b-5a86-4b3b-9c1d-0a6d4a6f7b12",
                             u"e6d06f3b-5a86-4b3b-9c1d-0a6d4a6f7b22")
                         .summary(u"The rows of a query, one of them current, to read, change and "
-                                 u"write back.")))
+                                 u"write back.")
+                        .events(&RecordsetEvents::classDescription)))
             .build(u"Fields");
     return description;
 }

@@ -5,6 +5,7 @@
 #include <kaputil/frame/convert.hpp>
 
 #include "ado/failures.hpp"
+#include "ado/recordset_notices.hpp"
 #include "ado/row_cursor.hpp"
 
 namespace kap::ado {
@@ -42,7 +43,8 @@ void Recordset::setAbsolutePosition(std::int32_t value) {
     if (value < 1 || static_cast<std::size_t>(value) > cursor_->count()) {
         fail::invalidArgument();
     }
-    cursor_->moveToPosition(static_cast<std::size_t>(value));
+    moving(*this, EventReasonEnum::adRsnMove,
+           [&] { opened().moveToPosition(static_cast<std::size_t>(value)); });
 }
 
 void Recordset::setPageSize(std::int32_t value) {
@@ -92,7 +94,7 @@ std::size_t Recordset::rowOfBookmark(const Variant& bookmark) const {
 void Recordset::setBookmark(const Variant& value) {
     savePending();
     requireScrolling();
-    cursor_->goTo(rowOfBookmark(value));
+    moving(*this, EventReasonEnum::adRsnMove, [&] { opened().goTo(rowOfBookmark(value)); });
 }
 
 CompareEnum Recordset::CompareBookmarks(const Variant& bookmark1, const Variant& bookmark2) const {
@@ -110,37 +112,41 @@ CompareEnum Recordset::CompareBookmarks(const Variant& bookmark1, const Variant&
 
 void Recordset::MoveFirst() {
     savePending();
-    cursor_->moveFirst();
+    moving(*this, EventReasonEnum::adRsnMoveFirst, [&] { opened().moveFirst(); });
 }
 
 void Recordset::MoveLast() {
     savePending();
-    cursor_->moveLast();
+    moving(*this, EventReasonEnum::adRsnMoveLast, [&] { opened().moveLast(); });
 }
 
 void Recordset::MoveNext() {
     savePending();
-    cursor_->move(1);
+    moving(*this, EventReasonEnum::adRsnMoveNext, [&] { opened().move(1); });
 }
 
 void Recordset::MovePrevious() {
     savePending();
-    cursor_->move(-1);
+    moving(*this, EventReasonEnum::adRsnMovePrevious, [&] { opened().move(-1); });
 }
 
 void Recordset::Move(std::int32_t numRecords, const Variant& start) {
     savePending();
-    moveTo(start);
-    cursor_->move(numRecords);
+    moving(*this, EventReasonEnum::adRsnMove, [&] {
+        moveTo(start);
+        cursor_->move(numRecords);
+    });
 }
 
 // To where a movement or a search begins.
 void Recordset::moveTo(const Variant& start) {
+    requireOpen();
     if (start.isMissing()) {
         return;
     }
     if (start.type() == VarType::Double) {
-        setBookmark(start);
+        requireScrolling();
+        cursor_->goTo(rowOfBookmark(start));
         return;
     }
     switch (static_cast<BookmarkEnum>(convert::toLong(start))) {

@@ -7,6 +7,7 @@
 #include <kaputil/frame/convert.hpp>
 
 #include "ado/failures.hpp"
+#include "ado/recordset_notices.hpp"
 #include "ado/row_cursor.hpp"
 
 namespace kap::ado {
@@ -72,6 +73,12 @@ std::size_t Recordset::rowsWanted(std::int32_t rows) const {
 
 Variant Recordset::GetRows(std::int32_t rows, const Variant& start, const Variant& fields) {
     savePending();
+    Variant values;
+    moving(*this, EventReasonEnum::adRsnMove, [&] { values = takeRows(rows, start, fields); });
+    return values;
+}
+
+Variant Recordset::takeRows(std::int32_t rows, const Variant& start, const Variant& fields) {
     moveTo(start);
     const std::vector<std::size_t> wanted = fieldsWanted(fields);
     if (cursor_->eof()) {
@@ -97,7 +104,15 @@ String Recordset::GetString(StringFormatEnum stringFormat, std::int32_t numRows,
     if (stringFormat != StringFormatEnum::adClipString) {
         fail::invalidArgument();
     }
-    if (cursor_->eof()) {
+    String text;
+    moving(*this, EventReasonEnum::adRsnMove,
+           [&] { text = takeString(numRows, columnDelimiter, rowDelimiter, nullExpr); });
+    return text;
+}
+
+String Recordset::takeString(std::int32_t numRows, const String& columnDelimiter,
+                             const String& rowDelimiter, const String& nullExpr) {
+    if (opened().eof()) {
         fail::noCurrentRecord();
     }
     const std::size_t count = rowsWanted(numRows);

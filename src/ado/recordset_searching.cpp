@@ -8,6 +8,7 @@
 
 #include "ado/criteria.hpp"
 #include "ado/failures.hpp"
+#include "ado/recordset_notices.hpp"
 #include "ado/row_cursor.hpp"
 #include "frame/unicode.hpp"
 
@@ -57,15 +58,17 @@ void Recordset::Find(const String& criteria, std::int32_t skipRecords,
     if (wanted.kind != CriteriaNode::Kind::Comparison) {
         fail::invalidArgument(u"Find takes one comparison; Filter takes several.");
     }
-    const RowTest test = rowTest(cursor_->table(), wanted);
-    moveTo(start);
-    if (cursor_->bof() || cursor_->eof()) {
-        fail::noCurrentRecord();
-    }
-    if (searchDirection == SearchDirectionEnum::adSearchBackward) {
-        requireScrolling();
-    }
-    cursor_->search(test, skipRecords, searchDirection);
+    moving(*this, EventReasonEnum::adRsnMove, [&] {
+        const RowTest test = rowTest(opened().table(), wanted);
+        moveTo(start);
+        if (cursor_->bof() || cursor_->eof()) {
+            fail::noCurrentRecord();
+        }
+        if (searchDirection == SearchDirectionEnum::adSearchBackward) {
+            requireScrolling();
+        }
+        cursor_->search(test, skipRecords, searchDirection);
+    });
 }
 
 void Recordset::setFilter(const Variant& value) {
@@ -74,25 +77,31 @@ void Recordset::setFilter(const Variant& value) {
     if (given.isString() && unicode::trim(given.as<String>().view()).empty()) {
         given = u"";
     }
-    const Variant previous = std::exchange(filter_, std::move(given));
-    try {
-        rearrange();
-    } catch (const AutomationError&) {
-        filter_ = previous;
-        throw;
-    }
+    moving(*this, EventReasonEnum::adRsnMove, [&] {
+        requireOpen();
+        const Variant previous = std::exchange(filter_, std::move(given));
+        try {
+            rearrange();
+        } catch (const AutomationError&) {
+            filter_ = previous;
+            throw;
+        }
+    });
 }
 
 void Recordset::setSort(const String& value) {
     savePending();
     requireScrolling();
-    const String previous = std::exchange(sort_, value);
-    try {
-        rearrange();
-    } catch (const AutomationError&) {
-        sort_ = previous;
-        throw;
-    }
+    moving(*this, EventReasonEnum::adRsnMove, [&] {
+        requireOpen();
+        const String previous = std::exchange(sort_, value);
+        try {
+            rearrange();
+        } catch (const AutomationError&) {
+            sort_ = previous;
+            throw;
+        }
+    });
 }
 
 // Brings the filter and the order into force.

@@ -1,11 +1,13 @@
 // Changing records and writing them to the database.
 #include <utility>
+#include <vector>
 
 #include <kaputil/ado/recordset.hpp>
 #include <kaputil/frame/array.hpp>
 
 #include "ado/batch.hpp"
 #include "ado/failures.hpp"
+#include "ado/recordset_notices.hpp"
 #include "ado/row_cursor.hpp"
 
 namespace kap::ado {
@@ -40,7 +42,9 @@ std::int32_t Recordset::Status() const {
 
 void Recordset::AddNew(const Variant& fieldList, const Variant& values) {
     savePending();
-    cursor_->beginNew();
+    moving(*this, EventReasonEnum::adRsnMove, [&] {
+        changingRecords(*this, EventReasonEnum::adRsnAddNew, 1, [&] { opened().beginNew(); });
+    });
     if (!fieldList.isMissing()) {
         assignAll(fieldList, values);
         save();
@@ -74,6 +78,15 @@ void Recordset::savePending() {
 }
 
 void Recordset::save() {
+    if (opened().editMode() == EditModeEnum::adEditNone) {
+        saveNow();
+        return;
+    }
+    changingRecords(*this, EventReasonEnum::adRsnUpdate, 1, [&] { saveNow(); });
+}
+
+void Recordset::saveNow() {
+    requireOpen();
     if (!connection_ || cursor_->options().batch) {
         cursor_->save(nullptr);
         return;
@@ -82,7 +95,14 @@ void Recordset::save() {
 }
 
 void Recordset::CancelUpdate() {
-    opened().cancel();
+    const EditModeEnum mode = opened().editMode();
+    if (mode == EditModeEnum::adEditNone) {
+        return;
+    }
+    const EventReasonEnum reason = mode == EditModeEnum::adEditAdd
+                                       ? EventReasonEnum::adRsnUndoAddNew
+                                       : EventReasonEnum::adRsnUndoUpdate;
+    changingRecords(*this, reason, 1, [&] { opened().cancel(); });
 }
 
 // The rows that a member is to work on. All are those that criteria show, or every one.
@@ -108,7 +128,30 @@ std::vector<std::size_t> Recordset::affectedRows(AffectEnum which) const {
     return cursor_->table().rowsKept();
 }
 
+// How many records that is, for who is told of it before; none when the member is going to refuse.
+std::size_t Recordset::affectedCount(AffectEnum which) const {
+    if (which == AffectEnum::adAffectCurrent) {
+        return 1;
+    }
+    std::vector<std::size_t> rows = affectedRows(which);
+    std::erase_if(rows, [&](std::size_t row) { return cursor_->table().isDeleted(row); });
+    return rows.size();
+}
+
+// Those of them that wait for a batch update.
+std::size_t Recordset::waitingCount(AffectEnum which) const {
+    std::vector<std::size_t> rows = affectedRows(which);
+    std::erase_if(rows, [&](std::size_t row) { return cursor_->table().pending(row) == nullptr; });
+    return rows.size();
+}
+
 void Recordset::Delete(AffectEnum affectRecords) {
+    requireOpen();
+    const std::size_t count = isObserved() ? affectedCount(affectRecords) : 0;
+    changingRecords(*this, EventReasonEnum::adRsnDelete, count, [&] { deleteNow(affectRecords); });
+}
+
+void Recordset::deleteNow(AffectEnum affectRecords) {
     requireOpen();
     const bool direct = connection_ && !cursor_->options().batch;
     const auto session = direct ? connection_->session() : nullptr;
@@ -146,17 +189,25 @@ void Recordset::UpdateBatch(AffectEnum affectRecords) {
     if (!connection_) {
         fail::invalidConnection();
     }
-    const auto failures =
-        updateBatch(*cursor_, *connection_->session(), affectedRows(affectRecords));
-    if (!failures.empty()) {
-        connection_->raiseAll(failures);
-    }
+    const std::size_t count = isObserved() ? waitingCount(affectRecords) : 0;
+    changingRecords(*this, EventReasonEnum::adRsnUpdate, count, [&] {
+        requireBatch();
+        const auto failures =
+            updateBatch(*cursor_, *connection_->session(), affectedRows(affectRecords));
+        if (!failures.empty()) {
+            connection_->raiseAll(failures);
+        }
+    });
 }
 
 void Recordset::CancelBatch(AffectEnum affectRecords) {
     requireBatch();
-    cursor_->cancel();
-    cancelBatch(*cursor_, affectedRows(affectRecords));
+    const std::size_t count = isObserved() ? waitingCount(affectRecords) : 0;
+    changingRecords(*this, EventReasonEnum::adRsnUndoUpdate, count, [&] {
+        requireBatch();
+        cursor_->cancel();
+        cancelBatch(*cursor_, affectedRows(affectRecords));
+    });
 }
 
 void Recordset::Resync(AffectEnum affectRecords, ResyncEnum resyncValues) {
@@ -168,6 +219,12 @@ void Recordset::Resync(AffectEnum affectRecords, ResyncEnum resyncValues) {
     if (!connection_) {
         fail::invalidConnection();
     }
+    changingAll(*this, EventReasonEnum::adRsnResynch,
+                [&] { resyncNow(affectRecords, resyncValues); });
+}
+
+void Recordset::resyncNow(AffectEnum affectRecords, ResyncEnum resyncValues) {
+    requireOpen();
     if (resyncValues == ResyncEnum::adResyncAllValues) {
         cursor_->dropEdit();
     }

@@ -2,9 +2,11 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include <kaputil/ado/enumerations.hpp>
@@ -16,6 +18,16 @@
 #include "ado/row_writer.hpp"
 
 namespace kap::ado {
+
+// Is told when a field of the current record is about to be assigned, and has it assigned.
+class FieldObserver {
+public:
+    FieldObserver() = default;
+    FieldObserver(const FieldObserver&) = delete;
+    FieldObserver& operator=(const FieldObserver&) = delete;
+    virtual ~FieldObserver() = default;
+    virtual void assigning(std::size_t column, const std::function<void()>& assign) = 0;
+};
 
 // One reader's way through a table of rows: the rows that it sees and their order, the current
 // position, and the record that is being edited. Fields and recordset share it; each clone has one
@@ -94,6 +106,13 @@ public:
         return !pending_.empty() && pending_[column].has_value();
     }
     void replaceNulls(std::size_t column);
+    // Unset: nobody is told.
+    [[nodiscard]] const std::shared_ptr<FieldObserver>& observer() const noexcept {
+        return observer_;
+    }
+    void setObserver(std::shared_ptr<FieldObserver> observer) noexcept {
+        observer_ = std::move(observer);
+    }
 
     [[nodiscard]] EditModeEnum editMode() const noexcept { return editMode_; }
     // Bits of RecordStatusEnum.
@@ -129,6 +148,7 @@ private:
     std::int64_t position_ =
         -1;  // a place of the view; -1: before the first; end(): after the last
     EditModeEnum editMode_ = EditModeEnum::adEditNone;
+    std::shared_ptr<FieldObserver> observer_;
     PendingValues pending_;  // one entry a column while editing; unset: not assigned
 };
 

@@ -316,6 +316,12 @@ public:
         return std::move(*this);
     }
 
+    // Objects of the class are event sources, with the events of this interface.
+    ClassBuilder&& events(ClassReference value) && {
+        made_.events = value;
+        return std::move(*this);
+    }
+
     template <auto Function>
     ClassBuilder&& method(const char16_t* name, std::vector<Parameter> parameters,
                           const char16_t* text) && {

@@ -11,6 +11,7 @@
 
 namespace kap::ado {
 
+struct Execution;
 struct Reply;
 struct Request;
 
@@ -71,11 +72,12 @@ public:
                            std::int32_t options = -1);
 
     // For a recordset that opens the command: runs it as it stands. C++ only.
-    [[nodiscard]] std::vector<Result> run(std::int32_t options);
+    [[nodiscard]] std::vector<Result> run(const Execution& execution);
     [[nodiscard]] const Ref<Connection>& connection() const { return connection_; }
 
 private:
-    [[nodiscard]] Request request(const Variant& given, std::int32_t options) const;
+    [[nodiscard]] Request request(const Variant& given, const String& text,
+                                  std::int32_t options) const;
     void send(Request& request, Reply& reply);
     void takeBack(const Request& request);
 

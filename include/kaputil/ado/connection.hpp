@@ -9,6 +9,7 @@
 #include <kaputil/ado/error.hpp>
 #include <kaputil/frame/by_ref.hpp>
 #include <kaputil/frame/class_description.hpp>
+#include <kaputil/frame/event_source.hpp>
 
 namespace kap::ado {
 
@@ -41,7 +42,9 @@ struct ScriptBatch {
 //     Mode           ReadWrite (default) or Read
 //     Lock Timeout   seconds to wait for another program's lock, 30 by default
 //     Synchronous    Full (default: committed is on disk), Normal, Off
-class Connection final : public DescribedObject {
+//
+// Its events are those of ConnectionEvents, in <kaputil/ado/events.hpp>.
+class Connection final : public DescribedObject, public EventSource {
 public:
     Connection();
     ~Connection() override;
@@ -49,6 +52,8 @@ public:
     [[nodiscard]] const ClassDescription& description() const override {
         return classDescription();
     }
+
+    [[nodiscard]] const ClassDescription& events() const override;
 
     // A connection that works through another maker's, which stays its client's: the string, the
     // state and the time limit are that one's, and opening and closing opens and closes it. C++
@@ -160,6 +165,8 @@ public:
     [[noreturn]] void raiseAll(const std::vector<DriverError>& failures);
 
 private:
+    void openAs(const String& connectionString, const String& userId, const String& password);
+    void executeEach(const String& script, std::vector<Ref<Recordset>>& answers);
     void report(const std::vector<ServerMessage>& messages, const String& source);
     [[nodiscard]] Ref<Recordset> answer(Result result);
     [[nodiscard]] String completed(const String& text) const;

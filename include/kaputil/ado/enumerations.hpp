@@ -128,6 +128,34 @@ enum class MarshalOptionsEnum : std::int32_t {
     adMarshalModifiedOnly = 1,
 };
 
+// What a sink of events is told of an operation, and answers.
+enum class EventStatusEnum : std::int32_t {
+    adStatusOK = 1,
+    adStatusErrorsOccurred = 2,
+    adStatusCantDeny = 3,
+    adStatusCancel = 4,
+    adStatusUnwantedEvent = 5,
+};
+
+// Why an event of a recordset is raised.
+enum class EventReasonEnum : std::int32_t {
+    adRsnAddNew = 1,
+    adRsnDelete = 2,
+    adRsnUpdate = 3,
+    adRsnUndoUpdate = 4,
+    adRsnUndoAddNew = 5,
+    adRsnUndoDelete = 6,
+    adRsnRequery = 7,
+    adRsnResynch = 8,
+    adRsnClose = 9,
+    adRsnMove = 10,
+    adRsnFirstChange = 11,
+    adRsnMoveFirst = 12,
+    adRsnMoveNext = 13,
+    adRsnMovePrevious = 14,
+    adRsnMoveLast = 15,
+};
+
 // What a recordset can do, for Recordset.Supports.
 enum class CursorOptionEnum : std::int32_t {
     adHoldRecords = 0x100,

@@ -16,9 +16,11 @@ inline constexpr std::int32_t kObjectOpen = -2146824583;           // 800A0E79
 inline constexpr std::int32_t kIncompleteParameter = -2146824580;  // 800A0E7C
 inline constexpr std::int32_t kProviderNotFound = -2146824582;     // 800A0E7A
 inline constexpr std::int32_t kInvalidConnection = -2146824579;    // 800A0E7D
+inline constexpr std::int32_t kOperationCancelled = -2146824576;   // 800A0E80
 inline constexpr std::int32_t kFeatureNotAvailable = -2146825037;  // 800A0CB3
 
 // Raised by the driver and passed on.
+inline constexpr std::int32_t kCancelled = -2147217842;            // 80040E4E: a sink said no
 inline constexpr std::int32_t kUnspecified = -2147467259;          // 80004005
 inline constexpr std::int32_t kDataTypeMismatch = -2147217913;     // 80040E07: value cannot convert
 inline constexpr std::int32_t kBadBookmark = -2147217906;          // 80040E0E

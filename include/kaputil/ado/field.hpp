@@ -64,6 +64,7 @@ public:
     [[nodiscard]] std::string_view utf8Value() const;
 
 private:
+    void assign(const Variant& value);
     [[nodiscard]] RowCursor& unfilled(std::uint8_t digits) const;
 
     void requireLong() const;

@@ -11,10 +11,13 @@
 #include <kaputil/ado/field.hpp>
 #include <kaputil/frame/by_ref.hpp>
 #include <kaputil/frame/class_description.hpp>
+#include <kaputil/frame/event_source.hpp>
 
 namespace kap::ado {
 
 class Command;
+class FieldNotices;
+struct Execution;
 class RowCursor;
 
 // The rows of a query, one of them current, that can be read, changed and written back.
@@ -35,7 +38,9 @@ class RowCursor;
 // becomes a keyset.
 //
 // A recordset can also be made by hand: see Fields.
-class Recordset final : public DescribedObject {
+//
+// Its events are those of RecordsetEvents, in <kaputil/ado/events.hpp>.
+class Recordset final : public DescribedObject, public EventSource {
 public:
     Recordset();
     ~Recordset() override;
@@ -43,6 +48,8 @@ public:
     [[nodiscard]] const ClassDescription& description() const override {
         return classDescription();
     }
+
+    [[nodiscard]] const ClassDescription& events() const override;
 
     // --- Opening
 
@@ -225,6 +232,7 @@ private:
     void show(std::shared_ptr<RowCursor> cursor);
     void takeAnswers(std::vector<Result> results);
     void forget();
+    void observed() override;
     [[nodiscard]] RowCursor& opened() const;
     void requireOpen() const;
     void requireClosed() const;
@@ -232,14 +240,23 @@ private:
     void requireBatch() const;
     void openMadeByHand();
     void run(std::int32_t options);
+    [[nodiscard]] std::vector<Result> answersOf(const Execution& execution);
     void assignAll(const Variant& names, const Variant& values);
     void savePending();
     void save();
+    void saveNow();
+    void deleteNow(AffectEnum affectRecords);
+    void resyncNow(AffectEnum affectRecords, ResyncEnum resyncValues);
+    [[nodiscard]] std::size_t affectedCount(AffectEnum which) const;
+    [[nodiscard]] std::size_t waitingCount(AffectEnum which) const;
     void moveTo(const Variant& start);
     void rearrange();
     [[nodiscard]] std::size_t rowOfBookmark(const Variant& bookmark) const;
     [[nodiscard]] std::vector<std::size_t> affectedRows(AffectEnum which) const;
     [[nodiscard]] std::vector<std::size_t> fieldsWanted(const Variant& fields) const;
+    [[nodiscard]] Variant takeRows(std::int32_t rows, const Variant& start, const Variant& fields);
+    [[nodiscard]] String takeString(std::int32_t numRows, const String& columnDelimiter,
+                                    const String& rowDelimiter, const String& nullExpr);
     [[nodiscard]] std::size_t rowsWanted(std::int32_t rows) const;
 
     std::shared_ptr<RowCursor> cursor_;  // unset: closed
@@ -259,7 +276,8 @@ private:
     Variant filter_ = u"";
     String sort_;
     std::optional<std::int64_t> rowsAffected_;
-    std::vector<Result> following_;  // the script's other answers
+    std::vector<Result> following_;               // the script's other answers
+    std::shared_ptr<FieldNotices> fieldNotices_;  // since there was a sink
 };
 
 }  // namespace kap::ado

@@ -73,6 +73,7 @@ public:
     String summary;
     std::vector<MemberDescription> members;  // in interface order
     Ref<Object> (*create)() = nullptr;
+    ClassReference events = nullptr;  // the interface of its events; null when it raises none
 
     // The member with this name, compared ignoring case, or with this identifier; null if none.
     [[nodiscard]] const MemberDescription* find(std::u16string_view memberName) const;
