@@ -60,6 +60,7 @@ private:
                                          bool assigns) const;
     [[nodiscard]] std::string memberText(const MemberDescription& member) const;
     [[nodiscard]] std::string classText(const PublishedClass& one) const;
+    [[nodiscard]] std::string eventsText(const ClassDescription& events) const;
 
     const TypeLibrary& types_;
 };
@@ -204,8 +205,23 @@ std::string InterfaceText::classText(const PublishedClass& one) const {
     if (one.instancing == Instancing::NotCreatable) {
         text += ", noncreatable";
     }
-    return text + "]\n    coclass " + encoded(one.name) + " {\n        [default] dispinterface " +
-           encoded(one.interfaceName) + ";\n    };\n";
+    text += "]\n    coclass " + encoded(one.name) + " {\n        [default] dispinterface " +
+            encoded(one.interfaceName) + ";\n";
+    if (const ClassDescription* events = eventsOf(one)) {
+        text += "        [default, source] dispinterface " + encoded(events->name) + ";\n";
+    }
+    return text + "    };\n";
+}
+
+// The interface that sinks implement.
+std::string InterfaceText::eventsText(const ClassDescription& events) const {
+    std::string text = "    [uuid(" + events.interfaceId.utf8() + "), helpstring(" +
+                       quoted(events.summary) + ")]\n    dispinterface " + encoded(events.name) +
+                       " {\n        properties:\n        methods:\n";
+    for (const MemberDescription& member : events.members) {
+        text += memberText(member);
+    }
+    return text + "    };\n";
 }
 
 std::string enumerationText(const EnumerationDescription& enumeration) {
@@ -231,6 +247,9 @@ std::string InterfaceText::whole() const {
         text += enumerationText(enumeration);
     }
     for (const PublishedClass& one : types_.classes) {
+        if (const ClassDescription* events = eventsOf(one)) {
+            text += eventsText(*events);
+        }
         text += classText(one);
     }
     return text + "};\n";

@@ -44,6 +44,14 @@ std::string braced(const String& identity) {
     return "{" + identity.utf8() + "}";
 }
 
+// Calls between threads go the way of every dispatch interface.
+std::string proxyLine(const String& name, const String& identity, const TypeLibrary& types) {
+    return "  <comInterfaceExternalProxyStub name=\"" + name.utf8() + "\" iid=\"" +
+           braced(identity) +
+           "\" proxyStubClsid32=\"{00020420-0000-0000-C000-000000000046}\" tlbid=\"" +
+           braced(types.identity) + "\"/>\n";
+}
+
 }  // namespace
 
 std::string resourceText() {
@@ -92,11 +100,10 @@ std::string manifestText(std::string_view architecture) {
     text += "  </file>\n";
     for (const TypeLibrary& types : typeLibraries()) {
         for (const PublishedClass& one : types.classes) {
-            // Calls between threads go the way of every dispatch interface.
-            text += "  <comInterfaceExternalProxyStub name=\"" + one.interfaceName.utf8() +
-                    "\" iid=\"" + braced(one.interfaceId) +
-                    "\" proxyStubClsid32=\"{00020420-0000-0000-C000-000000000046}\" tlbid=\"" +
-                    braced(types.identity) + "\"/>\n";
+            text += proxyLine(one.interfaceName, one.interfaceId, types);
+            if (const ClassDescription* events = eventsOf(one)) {
+                text += proxyLine(events->name, events->interfaceId, types);
+            }
         }
     }
     return text + "</assembly>\n";

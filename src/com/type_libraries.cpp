@@ -60,6 +60,12 @@ std::span<const TypeLibrary> typeLibraries() {
     return libraries;
 }
 
+const ClassDescription* eventsOf(const PublishedClass& one) {
+    return one.description == nullptr || one.description->events == nullptr
+               ? nullptr
+               : &one.description->events();
+}
+
 const TypeLibrary* typeLibraryOf(const ClassDescription& description) {
     const auto describes = [&](const TypeLibrary& types) {
         return std::ranges::any_of(types.classes, [&](const PublishedClass& one) {

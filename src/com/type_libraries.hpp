@@ -23,6 +23,9 @@ struct TypeLibrary {
 // each other: a member of one that gives an object of the other gives any object.
 [[nodiscard]] std::span<const TypeLibrary> typeLibraries();
 
+// The interface of a class's events; null when it raises none.
+[[nodiscard]] const ClassDescription* eventsOf(const PublishedClass& one);
+
 // The library that describes a class; null when none does.
 [[nodiscard]] const TypeLibrary* typeLibraryOf(const ClassDescription& description);
 

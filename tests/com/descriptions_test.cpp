@@ -81,6 +81,20 @@ TEST(InterfaceText, OfDataAccessHasItsClassesCollectionsAndEnumerations) {
     EXPECT_EQ(enumerations, 3) << "of fields, parameters and errors";
 }
 
+TEST(InterfaceText, HasTheEventsOfThoseThatRaiseThem) {
+    const std::string text = interfaceText(typeLibraries()[1]);
+    EXPECT_TRUE(contains(text, "\n    dispinterface RecordsetEvents {"));
+    EXPECT_TRUE(contains(text,
+                         "void WillMove([in] long adReason, [in, out] long *adStatus, [in] "
+                         "_Recordset * pRecordset);"));
+    EXPECT_TRUE(contains(text,
+                         "coclass Recordset {\n        [default] dispinterface _Recordset;\n      "
+                         "  [default, source] dispinterface RecordsetEvents;\n"));
+    EXPECT_TRUE(contains(text, "[default, source] dispinterface ConnectionEvents;"));
+    EXPECT_FALSE(contains(interfaceText(typeLibraries()[0]), "[default, source]"));
+    EXPECT_TRUE(contains(manifestText("x86"), "name=\"ConnectionEvents\" iid=\"{e6d06f3b"));
+}
+
 TEST(TypeLibraries, GiveEveryClassAnIdentityOfItsOwn) {
     std::set<std::string> identities;
     for (const TypeLibrary& types : typeLibraries()) {

@@ -14,6 +14,7 @@
 #include "platform/win32/automation/call_errors.hpp"
 #include "platform/win32/automation/client_locale.hpp"
 #include "platform/win32/automation/com_object.hpp"
+#include "platform/win32/automation/connection_points.hpp"
 #include "platform/win32/automation/element_enumeration.hpp"
 #include "platform/win32/automation/values.hpp"
 #include "platform/win32/wide.hpp"
@@ -49,7 +50,7 @@ Views& views() {
     return *all;
 }
 
-class View final : public IDispatch, public IProvideClassInfo {
+class View final : public IDispatch, public IProvideClassInfo2, public IConnectionPointContainer {
 public:
     explicit View(Ref<Object> object)
         : object_(std::move(object)), description_(descriptionOf(*object_)) {
@@ -81,6 +82,14 @@ public:
                         UINT* wrongArgument) override;
 
     STDMETHODIMP GetClassInfo(ITypeInfo** out) override;
+    STDMETHODIMP GetGUID(DWORD kind, GUID* out) override;
+
+    STDMETHODIMP EnumConnectionPoints(IEnumConnectionPoints** out) override {
+        return enumerateConnectionPoints(object_, *this, out);
+    }
+    STDMETHODIMP FindConnectionPoint(REFIID wanted, IConnectionPoint** out) override {
+        return findConnectionPoint(object_, *this, wanted, out);
+    }
 
     static inline std::atomic<long> count{0};
 
@@ -109,8 +118,10 @@ STDMETHODIMP View::QueryInterface(REFIID wanted, void** out) {
         *out = static_cast<IDispatch*>(this);
     } else if (wanted == ownView()) {
         *out = this;
-    } else if (wanted == IID_IProvideClassInfo) {
-        *out = static_cast<IProvideClassInfo*>(this);
+    } else if (wanted == IID_IProvideClassInfo || wanted == IID_IProvideClassInfo2) {
+        *out = static_cast<IProvideClassInfo2*>(this);
+    } else if (wanted == IID_IConnectionPointContainer && eventsOf(object_) != nullptr) {
+        *out = static_cast<IConnectionPointContainer*>(this);
     } else {
         *out = nullptr;
         return E_NOINTERFACE;
@@ -167,6 +178,20 @@ STDMETHODIMP View::GetClassInfo(ITypeInfo** out) {
         return E_NOTIMPL;
     }
     return typeInformation.classOf(*description_, out);
+}
+
+// The only identity that is asked for: of the interface of the events.
+STDMETHODIMP View::GetGUID(DWORD kind, GUID* out) {
+    if (out == nullptr) {
+        return E_POINTER;
+    }
+    *out = {};
+    const EventSource* source = eventsOf(object_);
+    if (source == nullptr || kind != GUIDKIND_DEFAULT_SOURCE_DISP_IID) {
+        return E_INVALIDARG;
+    }
+    *out = eventInterfaceOf(*source);
+    return S_OK;
 }
 
 std::optional<DISPID> parameterId(const MemberDescription* member, std::u16string_view name) {
@@ -306,7 +331,7 @@ Ref<Object> ownObjectBehind(IDispatch* dispatch) {
 }
 
 long liveViews() noexcept {
-    return View::count + liveEnumerations();
+    return View::count + liveEnumerations() + liveConnectionPoints();
 }
 
 void setTypeInformation(const TypeInformationSource& source) {
