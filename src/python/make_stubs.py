@@ -119,6 +119,7 @@ def own_names():
     return {
         "_data_access": ["Row"],
         "_errors": ["AutomationError", "MemberNotFound"],
+        "_events": ["Events", "WithEvents"],
         "_functions": functions,
         "_holders": ["Ref", "Variant"],
         "_marks": ["Empty", "Nothing"],

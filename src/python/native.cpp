@@ -19,6 +19,7 @@
 
 #include "python/calls.hpp"
 #include "python/class_table.hpp"
+#include "python/events.hpp"
 #include "python/exact_value.hpp"
 #include "python/factories.hpp"
 #include "python/number_registers.hpp"
@@ -91,6 +92,7 @@ void bindModule(py::module_& module) {
     bindExactValue(module);
     bindClassTable(module);
     bindFactories(module);
+    bindEvents(module);
     module.def("create", [](const py::str& programmaticName) {
         return toPython(Variant(createObject(toText(programmaticName))));
     });

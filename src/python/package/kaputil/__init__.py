@@ -19,6 +19,7 @@ from . import _data_access, _errors, _members, _native, _objects, classes, numbe
 from ._data_access import Row
 from ._descriptions import global_class as _global_class
 from ._errors import AutomationError, MemberNotFound
+from ._events import Events, WithEvents
 from ._functions import (
     Dispatch,
     change_type,
@@ -37,7 +38,7 @@ from ._marks import Empty, Nothing
 from ._objects import Object
 
 for _public in (
-    *(AutomationError, MemberNotFound, Ref, Row, Variant, Object),
+    *(AutomationError, MemberNotFound, Events, Ref, Row, Variant, Object, WithEvents),
     *(Dispatch, change_type, format, invoke, is_date, is_numeric, locale, message_log, register, set_locale, unregister),
 ):
     _public.__module__ = __name__  # where programs find it
