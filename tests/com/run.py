@@ -1,12 +1,14 @@
 #!/usr/bin/env python3
 """Tests the COM module in a fresh Windows session: the client that knows only the system's interfaces, every script in
-its script host, registration by the system's own tool, and the examples. A 32-bit module is looked at from outside, and
+its script host, registration by the system's own tool, the examples, and a program in each language that does all the steps
+of the command line's demo. A 32-bit module is looked at from outside, and
 tested the same way where 32-bit Wine is installed.
 
 usage: run.py BUILD-FOLDER [FILTER]
 """
 
 import pathlib
+import shutil
 import subprocess
 import sys
 import tempfile
@@ -18,6 +20,7 @@ from wine_session import LOADERS, WineSession, windows_path  # noqa: E402
 
 SCRIPTS = ROOT / "tests" / "com" / "scripts"
 EXAMPLES = ROOT / "examples" / "windows"
+STORY = ROOT / "tests" / "com" / "story"
 OTHER_MAKERS = {
     "Outlook.Application": "{7d1f5b53-5d0b-4b53-9c56-1f5f6f7d1a01}",
     "ADODB.Connection": "{7d1f5b53-5d0b-4b53-9c56-1f5f6f7d1a02}",
@@ -93,6 +96,23 @@ def run_example(report, session, example, build):
     report.add(f"example {example.name}", output == example.with_suffix(".txt").read_text("utf-8"), output)
 
 
+def run_stories(report, session, build, place):
+    """The demo as clients of several languages do it, each with a company of its own: all tell the same."""
+    made = place / "company.db"
+    code, output = session.run(build / "kaputil.exe", "demo", "--database", windows_path(made))
+    report.add("the company of the stories", made.is_file(), f"{code}\n{output}")
+    for story in ("story.vbs", "story.js", "story.exe"):
+        folder = place / story
+        folder.mkdir()
+        company = folder / "company.db"
+        shutil.copy(made, company)
+        teller = ["cscript", "//nologo", windows_path(STORY / story)]
+        if story.endswith(".exe"):
+            teller = [build / "com" / story]
+        _, output = session.run(*teller, windows_path(company), windows_path(folder))
+        report.add(f"story {story}", output == (STORY / "story.txt").read_text("utf-8"), output)
+
+
 def test_module(report, session, build):
     """Everything there is to test of the module of a build."""
     folder = build / "com"
@@ -106,6 +126,8 @@ def test_module(report, session, build):
             run_test_script(report, session, script, pathlib.Path(copies))
     for example in sorted([*EXAMPLES.glob("*.vbs"), *EXAMPLES.glob("*.js"), *EXAMPLES.glob("*.cpp")]):
         run_example(report, session, example, build)
+    with tempfile.TemporaryDirectory() as place:
+        run_stories(report, session, build, pathlib.Path(place))
     code, output = session.run("regsvr32", "/s", "/u", "KapUtil26.dll", folder=folder)
     report.add("regsvr32 /u", code == 0, output)
     code, output = session.run("reg", "query", "HKLM\\Software\\Classes\\KapUtil.CProprieta")
