@@ -18,7 +18,7 @@ class Story(unittest.TestCase):
             status, output = run(os.path.join(os.environ["KAPUTIL_BUILD"], "kaputil"), "demo", "--database", company)
             self.assertEqual(status, 0, output)
             status, output = run(sys.executable, str(STORY / "story.py"), company, folder, KAPUTIL_HOME=folder, **loading())
-            self.assertEqual(output, (STORY / "story.txt").read_text("utf-8"))
+            self.assertEqual(output, (STORY / "story.txt").read_text("utf-8"), output)
             self.assertEqual(status, 0)
 
 

@@ -14,9 +14,11 @@ try:
     def variable():
         return VARIANT(pythoncom.VT_BYREF | pythoncom.VT_VARIANT, None)
 except ImportError:
-    from kaputil import Dispatch, Ref as variable, set_locale
+    from kaputil import Dispatch, Ref as variable, register, set_locale
 
     set_locale("it-IT")
+    # Beside the package the embedded database is what the usual name of connections stands for.
+    register("KapLocal.Connection", lambda: Dispatch("ADODB.Connection"))
 
 YEAR = 2025
 chapter = 0

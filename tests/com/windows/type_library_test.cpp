@@ -176,7 +176,7 @@ TEST_P(TypeLibrary, HasEveryClassWithItsInterface) {
             << one.name.utf8();
         EXPECT_EQ(one.instancing == Instancing::Global, (flags & TYPEFLAG_FAPPOBJECT) != 0)
             << one.name.utf8();
-        ASSERT_EQ(1, attributes.held->cImplTypes);
+        ASSERT_EQ(com::eventsOf(one) == nullptr ? 1 : 2, attributes.held->cImplTypes);
         HREFTYPE reference = 0;
         ASSERT_EQ(S_OK, type->GetRefTypeOfImplType(0, &reference));
         Pointer<ITypeInfo> implemented;
@@ -201,35 +201,41 @@ std::vector<UINT> ownFunctions(const Pointer<ITypeInfo>& type) {
     return own;
 }
 
-TEST_P(TypeLibrary, HasEveryMemberInItsPlace) {
-    for (const PublishedClass& one : types_.classes) {
-        if (one.description == nullptr) {
-            continue;
-        }
-        const auto type = find(one.interfaceId);
-        const std::vector<UINT> own = ownFunctions(type);
-        std::size_t next = 0;
-        for (const MemberDescription& member : one.description->members) {
-            for (const INVOKEKIND kind : kindsOf(member)) {
-                const String place = one.name + u"." + member.name;
-                ASSERT_LT(next, own.size()) << place.utf8();
-                const Function function(type, own[next++]);
-                const Texts texts = textsOf(type.get(), function.held->memid);
-                EXPECT_EQ(member.name, texts.name);
-                EXPECT_EQ(member.summary, texts.help) << place.utf8();
-                EXPECT_EQ(member.dispatchId, function.held->memid) << place.utf8();
-                EXPECT_EQ(kind, function.held->invkind) << place.utf8();
-                const bool assigns = kind != INVOKE_FUNC && kind != INVOKE_PROPERTYGET;
-                ASSERT_EQ(member.parameters.size() + (assigns ? 1 : 0),
-                          static_cast<std::size_t>(function.held->cParams))
-                    << place.utf8();
-                for (std::size_t i = 0; i < member.parameters.size(); ++i) {
-                    expectParameter(place, member.parameters[i],
-                                    function.held->lprgelemdescParam[i]);
-                }
+// The members of an interface are those of a description, in their order.
+void expectMembers(const Pointer<ITypeInfo>& type, const String& name,
+                   const ClassDescription& description) {
+    const std::vector<UINT> own = ownFunctions(type);
+    std::size_t next = 0;
+    for (const MemberDescription& member : description.members) {
+        for (const INVOKEKIND kind : kindsOf(member)) {
+            const String place = name + u"." + member.name;
+            ASSERT_LT(next, own.size()) << place.utf8();
+            const Function function(type, own[next++]);
+            const Texts texts = textsOf(type.get(), function.held->memid);
+            EXPECT_EQ(member.name, texts.name);
+            EXPECT_EQ(member.summary, texts.help) << place.utf8();
+            EXPECT_EQ(member.dispatchId, function.held->memid) << place.utf8();
+            EXPECT_EQ(kind, function.held->invkind) << place.utf8();
+            const bool assigns = kind != INVOKE_FUNC && kind != INVOKE_PROPERTYGET;
+            ASSERT_EQ(member.parameters.size() + (assigns ? 1 : 0),
+                      static_cast<std::size_t>(function.held->cParams))
+                << place.utf8();
+            for (std::size_t i = 0; i < member.parameters.size(); ++i) {
+                expectParameter(place, member.parameters[i], function.held->lprgelemdescParam[i]);
             }
         }
-        EXPECT_EQ(next, own.size()) << one.name.utf8();
+    }
+    EXPECT_EQ(next, own.size()) << name.utf8();
+}
+
+TEST_P(TypeLibrary, HasEveryMemberInItsPlace) {
+    for (const PublishedClass& one : types_.classes) {
+        if (one.description != nullptr) {
+            expectMembers(find(one.interfaceId), one.name, *one.description);
+        }
+        if (const ClassDescription* events = com::eventsOf(one)) {
+            expectMembers(find(events->interfaceId), events->name, *events);
+        }
     }
 }
 
