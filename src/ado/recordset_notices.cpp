@@ -46,15 +46,13 @@ void RecordsetNotices::aroundField(std::size_t column, const std::function<void(
 }
 
 void RecordsetNotices::afterOpening(const std::function<void()>& open) const {
-    const EventCalls::Values reason = {ofReason(EventReasonEnum::adRsnRequery)};
-    calls_.completing(
-        u"RecordsetChangeComplete", [&] { return reason; },
-        [&] {
-            open();
-            EventCalls::Values moved = reason;
-            moved.emplace_back(Ref<Object>());
-            calls_.tell(u"MoveComplete", moved, EventStatusEnum::adStatusOK);
-        });
+    const auto reason = [] { return EventCalls::Values{ofReason(EventReasonEnum::adRsnRequery)}; };
+    calls_.completing(u"RecordsetChangeComplete", reason, [&] {
+        open();
+        EventCalls::Values moved = reason();
+        moved.emplace_back(Ref<Object>());
+        calls_.tell(u"MoveComplete", moved, EventStatusEnum::adStatusOK);
+    });
 }
 
 void RecordsetNotices::aroundAll(EventReasonEnum reason, const std::function<void()>& work) const {

@@ -55,7 +55,7 @@ public:
                              ByRef<EventStatusEnum> adStatus, const Ref<Command>& pCommand,
                              const Ref<Recordset>& pRecordset, const Ref<Connection>& pConnection);
     // It has been run, and wrote so many rows (-1: nothing counts them); pRecordset has the rows.
-    virtual void ExecuteComplete(std::int32_t RecordsAffected, const Ref<Error>& pError,
+    virtual void ExecuteComplete(std::int32_t recordsAffected, const Ref<Error>& pError,
                                  ByRef<EventStatusEnum> adStatus, const Ref<Command>& pCommand,
                                  const Ref<Recordset>& pRecordset,
                                  const Ref<Connection>& pConnection);
