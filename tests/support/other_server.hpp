@@ -52,9 +52,14 @@ public:
     OtherServer& operator=(const OtherServer&) = delete;
 
 private:
+    // What the library keeps for the whole program ends in the reverse order of its making: what a
+    // connection needs is made first, for the databases are dropped at the very end.
     OtherServer() {
         const char* given = std::getenv("KAPUTIL_TEST_CONNECTION");
         template_ = given == nullptr ? "" : given;
+        if (!template_.empty()) {
+            main()->Execute("SELECT 1");
+        }
     }
 
     [[nodiscard]] std::string connection(const std::string& database) const {

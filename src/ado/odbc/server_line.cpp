@@ -5,9 +5,11 @@
 #include <netinet/in.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/un.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <filesystem>
 #include <map>
@@ -83,14 +85,20 @@ public:
         }
         sockaddr_storage peer{};
         socklen_t size = sizeof(peer);
-        if (port == 0 || getpeername(descriptor_, reinterpret_cast<sockaddr*>(&peer), &size) != 0) {
+        if (getpeername(descriptor_, reinterpret_cast<sockaddr*>(&peer), &size) != 0) {
             return true;  // it may be connecting yet
+        }
+        if (port == 0 && peer.ss_family != AF_UNIX) {
+            return true;
         }
         switch (peer.ss_family) {
             case AF_INET:
                 return ntohs(reinterpret_cast<const sockaddr_in&>(peer).sin_port) == port;
             case AF_INET6:
                 return ntohs(reinterpret_cast<const sockaddr_in6&>(peer).sin6_port) == port;
+            case AF_UNIX:
+                // Drivers wake themselves through pairs of sockets, whose ends have no names.
+                return size > offsetof(sockaddr_un, sun_path);
             default:
                 return true;
         }

@@ -65,6 +65,13 @@ TEST(QueryAnalysis, NoticesTextsThatMayChangeTables) {
     EXPECT_TRUE(analyse("create table t (a int)").changesTables);
     EXPECT_TRUE(analyse("SELECT a INTO u FROM t").changesTables);
     EXPECT_TRUE(analyse("DROP TABLE t").changesTables);
+    EXPECT_TRUE(analyse("WITH q AS (SELECT 1 AS a) SELECT a INTO u FROM q").changesTables);
+    EXPECT_TRUE(analyse("UPDATE t SET a = 1; DROP TABLE u").changesTables);
+    EXPECT_TRUE(analyse("EXEC crea").changesTables);
+    EXPECT_FALSE(analyse("INSERT INTO t VALUES (1)").changesTables);
+    EXPECT_FALSE(analyse("insert\ninto t (created, dropped) VALUES ('drop', 1)").changesTables);
+    EXPECT_FALSE(analyse("UPDATE [create] SET \"alter\" = 1 -- drop").changesTables);
+    EXPECT_FALSE(analyse("FETCH NEXT FROM c INTO @a /* create */").changesTables);
     EXPECT_FALSE(analyse("SELECT a FROM t").changesTables);
     EXPECT_FALSE(analyse("UPDATE t SET a = 1").changesTables);
 }

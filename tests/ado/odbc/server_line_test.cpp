@@ -81,6 +81,28 @@ TEST(ServerLine, IsTheSocketThatAppearsAndLeadsToThePort) {
     EXPECT_FALSE(second.isFound());  // it was there before
 }
 
+TEST(ServerLine, IsToldFromThePairsThatDriversWakeThemselvesWith) {
+    for (const bool known : {false, true}) {
+        const Pair server;
+        ServerLine line(known ? server.port() : 0);
+        int pair[2] = {-1, -1};
+        require(socketpair(AF_UNIX, SOCK_STREAM, 0, pair) == 0);
+        const int mine = socket(AF_INET, SOCK_STREAM, 0);
+        sockaddr_in address{};
+        address.sin_family = AF_INET;
+        address.sin_port = htons(static_cast<std::uint16_t>(server.port()));
+        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        require(connect(mine, reinterpret_cast<sockaddr*>(&address), sizeof(address)) == 0);
+        int exchanges = 0;
+        line.find([&] { ++exchanges; });
+        EXPECT_TRUE(line.isFound());
+        EXPECT_EQ(exchanges, 0);
+        close(mine);
+        close(pair[0]);
+        close(pair[1]);
+    }
+}
+
 TEST(ServerLine, EndsTheConnectionOfItsDriverOnly) {
     const Pair before;
     std::optional<Pair> mine;
