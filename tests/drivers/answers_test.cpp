@@ -14,7 +14,6 @@ namespace {
 using test::fieldOf;
 using test::raisedBy;
 using test::shown;
-using test::valueOf;
 
 // Number, state and server's number of every error, in their order.
 std::string errorsOf(const Ref<Connection>& connection) {
