@@ -81,6 +81,7 @@ Value SessionFunctions::ofNames(SystemValue value, const Arguments& arguments) c
             if (arguments.size() > 1 && isNull(arguments[1])) return {};
             return databaseId(catalogue_, textAt(arguments, 1));
         case SystemValue::DatabaseAccess:
+            if (isNull(arguments.at(1))) return {};
             return isNull(databaseId(catalogue_, textAt(arguments, 1))) ? Value()
                                                                         : Value(std::int64_t{1});
         case SystemValue::DatabaseNameOf:

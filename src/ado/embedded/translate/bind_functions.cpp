@@ -70,6 +70,13 @@ void checkArgumentCount(const ScalarFunction& function, const FunctionCall& call
     }
 }
 
+// sys.fn_varbintohexstr, master.dbo.fn_varbintohexstr: functions that every server has as objects.
+bool isOfTheServer(const tsql::ObjectName& name) {
+    return tsql::equalsIgnoringCase(name.parts.front(), "sys") ||
+           (tsql::equalsIgnoringCase(name.parts.front(), "master") &&
+            tsql::asciiLower(name.last()).starts_with("fn_"));
+}
+
 void refuseServerFunction(const std::string& name, int line) {
     if (isServerFunction(name)) throw tsql::unsupported(tsql::asciiUpper(name), line);
 }
@@ -134,6 +141,7 @@ Typed Binder::storedFunction(const FunctionCall& call, int line, Scope& scope) {
     if (tsql::equalsIgnoringCase(call.name.parts.front(), "$partition")) {
         throw tsql::unsupported("$PARTITION", line);
     }
+    if (isOfTheServer(call.name)) throw tsql::unsupported(call.name.text(), line);
     const Function* function =
         isOwn(call.name) ? catalogue().findFunction(call.name.last()) : nullptr;
     if (function == nullptr) {
