@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <iterator>
 #include <memory>
+#include <new>
 #include <utility>
 
 namespace kap {
@@ -33,11 +34,13 @@ void LinkGroup::unite(LinkedObject& one, LinkedObject& other) {
         // The smaller joins the larger: however a structure grows, an object moves few times.
         const bool oneIsLarger = one.group_->members_.size() >= other.group_->members_.size();
         LinkGroup& larger = oneIsLarger ? *one.group_ : *other.group_;
-        const std::unique_ptr<LinkGroup> smaller(oneIsLarger ? other.group_ : one.group_);
+        LinkGroup* smaller = oneIsLarger ? other.group_ : one.group_;
         larger.absorb(*smaller);
+        delete smaller;
     }
 }
 
+// Either fails before anything is changed, when there is no memory.
 void LinkGroup::add(LinkedObject& object) {
     members_.push_back(&object);
     suspicion_ += kCutOrUnited;  // without sweeping: the object may be in its constructor
@@ -75,17 +78,30 @@ void LinkGroup::suspect(std::size_t weight) {
     }
 }
 
+// Without memory for it the unreached stay until the next sweep: this is part of dropping a
+// reference, which never fails.
 void LinkGroup::sweep() {
     suspicion_ = 0;
-    sweepCost_ = markReached();
+    std::vector<LinkedObject*> ended;
+    try {
+        ended.reserve(members_.size());
+        sweepCost_ = markReached();
+    } catch (const std::bad_alloc&) {
+        forgetReached();
+        return;
+    }
     const auto unreached = std::stable_partition(
         members_.begin(), members_.end(), [](const LinkedObject* one) { return one->reached_; });
-    const std::vector<LinkedObject*> ended(unreached, members_.end());
+    ended.assign(unreached, members_.end());
     members_.erase(unreached, members_.end());
+    forgetReached();
+    end(ended);
+}
+
+void LinkGroup::forgetReached() const {
     for (const LinkedObject* member : members_) {
         member->reached_ = false;
     }
-    end(ended);
 }
 
 std::size_t LinkGroup::markReached() const {

@@ -35,6 +35,7 @@ private:
     void suspect(std::size_t weight);
     void sweep();
     [[nodiscard]] std::size_t markReached() const;
+    void forgetReached() const;
     static void end(const std::vector<LinkedObject*>& objects);
 
     std::vector<LinkedObject*> members_;

@@ -9,6 +9,7 @@
 
 #include "frame/code_page.hpp"
 #include "frame/unicode.hpp"
+#include "platform/folder_names.hpp"
 
 namespace kap::platform {
 namespace {
@@ -36,11 +37,9 @@ std::optional<fs::path> namedAlike(const fs::path& folder, const fs::path& name)
     const String wanted = pathText(name);
     std::optional<fs::path> found;
     std::error_code error;
-    for (fs::directory_iterator entry(folder.empty() ? fs::path(".") : folder, error), end;
-         !error && entry != end; entry.increment(error)) {
-        const fs::path candidate = entry->path().filename();
+    for (fs::path& candidate : namesIn(folder.empty() ? fs::path(".") : folder, error)) {
         if (unicode::sameName(pathText(candidate), wanted) && (!found || candidate < *found)) {
-            found = candidate;
+            found = std::move(candidate);
         }
     }
     return found;

@@ -9,6 +9,7 @@
 #include "frame/class_builder.hpp"
 #include "frame/unicode.hpp"
 #include "platform/file_errors.hpp"
+#include "platform/folder_names.hpp"
 #include "platform/paths.hpp"
 
 namespace kap::platform::files {
@@ -42,13 +43,13 @@ std::vector<fs::path> FolderEntries::paths() const {
     checkFolder(folder_);
     std::vector<fs::path> found;
     std::error_code error;
-    for (fs::directory_iterator entry(folder_, error), end; !error && entry != end;
-         entry.increment(error)) {
+    for (const fs::path& name : namesIn(folder_, error)) {
+        fs::path path = folder_ / name;
         std::error_code ignored;  // of a link that leads nowhere: it is neither
-        const bool wanted =
-            kind_ == Kind::Folders ? entry->is_directory(ignored) : entry->is_regular_file(ignored);
+        const bool wanted = kind_ == Kind::Folders ? fs::is_directory(path, ignored)
+                                                   : fs::is_regular_file(path, ignored);
         if (wanted) {
-            found.push_back(entry->path());
+            found.push_back(std::move(path));
         }
     }
     checkFile(error);

@@ -10,6 +10,7 @@
 #include "frame/unicode.hpp"
 #include "platform/file_errors.hpp"
 #include "platform/folder_lock.hpp"
+#include "platform/folder_names.hpp"
 #include "platform/paths.hpp"
 #include "platform/random_name.hpp"
 #include "platform/whole_file.hpp"
@@ -27,13 +28,14 @@ template <class Wanted>
 std::vector<fs::path> entriesOf(const fs::path& folder, Wanted wanted) {
     std::vector<fs::path> found;
     std::error_code error;
+    std::error_code ignored;  // what is gone meanwhile is neither file nor folder
     if (!fs::is_directory(folder, error)) {
         return found;
     }
-    for (fs::directory_iterator entry(folder, error), end; !error && entry != end;
-         entry.increment(error)) {
-        if (!isHidden(entry->path()) && wanted(*entry)) {
-            found.push_back(entry->path());
+    for (const fs::path& name : namesIn(folder, error)) {
+        const fs::directory_entry entry(folder / name, ignored);
+        if (!isHidden(name) && wanted(entry)) {
+            found.push_back(entry.path());
         }
     }
     checkFile(error);
