@@ -1,15 +1,44 @@
 #include "tsql/server_error.hpp"
 
+#include <cstddef>
+
 namespace kap::tsql {
 
 namespace {
 
 constexpr int kSyntaxSeverity = 15;
 
+// Characters that a message has at most. Of a longer one, which quotes a client's own text, the
+// server shows the first ones and an ellipsis.
+constexpr std::size_t kLongestMessage = 2047;
+constexpr std::size_t kShownOfLonger = 2044;
+
+bool beginsCharacter(char byte) {
+    return (static_cast<unsigned char>(byte) & 0xC0U) != 0x80U;
+}
+
+std::string shortened(const std::string& message) {
+    if (message.size() <= kLongestMessage) {
+        return message;
+    }
+    std::size_t characters = 0;
+    std::size_t end = message.size();
+    for (std::size_t i = 0; i < message.size() && characters <= kLongestMessage; ++i) {
+        if (!beginsCharacter(message[i])) {
+            continue;
+        }
+        if (characters == kShownOfLonger) {
+            end = i;
+        }
+        ++characters;
+    }
+    return characters <= kLongestMessage ? message : message.substr(0, end) + "...";
+}
+
 }  // namespace
 
 ServerError::ServerError(int number, const std::string& message, int line, int severity, int state)
-    : std::runtime_error(message),
+    : std::runtime_error(shortened(message)),
       number_(number),
       severity_(severity),
       state_(state),

@@ -36,9 +36,20 @@ std::optional<SetMatch> matchSet(char16_t unit, std::u16string_view pattern, std
     return std::nullopt;
 }
 
-bool onlyBlanks(std::u16string_view text) {
-    return text.find_first_not_of(u' ') == std::u16string_view::npos;
+// The blanks at the end of a text, which match nothing at all, too.
+std::size_t endWithoutBlanks(std::u16string_view text) {
+    return text.find_last_not_of(u' ') + 1;  // 0 when there is nothing else
 }
+
+enum class Match : std::uint8_t {
+    Yes,
+    No,      // it does not begin here
+    NoMore,  // nor anywhere behind: what stands behind a % is not in the rest of the text
+};
+
+// Whether the text from `position` on matches; `blanks` is where the blanks at its end begin.
+Match matchFrom(std::u16string_view text, std::size_t position, std::size_t blanks,
+                std::u16string_view pattern, char16_t escape);
 
 // Matches one unit against one element of the pattern; the element's end, or nothing when they do
 // not match.
@@ -82,19 +93,18 @@ Value patternIndex(const Arguments& arguments) {
     const bool anywhere = !pattern.empty() && pattern.front() == u'%';
     const std::u16string_view rest = std::u16string_view(pattern).substr(anywhere ? 1 : 0);
     const std::size_t last = anywhere ? text.size() : 0;
+    const std::size_t blanks = endWithoutBlanks(text);
     for (std::size_t start = 0; start <= last; ++start) {
-        if (matchesPattern(std::u16string_view(text).substr(start), rest)) {
-            return static_cast<std::int64_t>(start) + 1;
-        }
+        const Match match = matchFrom(text, start, blanks, rest, 0);
+        if (match == Match::Yes) return static_cast<std::int64_t>(start) + 1;
+        if (match == Match::NoMore) break;
     }
     return std::int64_t{0};
 }
 
-}  // namespace
-
-bool matchesPattern(std::u16string_view text, std::u16string_view pattern, char16_t escape) {
+Match matchFrom(std::u16string_view text, std::size_t position, std::size_t blanks,
+                std::u16string_view pattern, char16_t escape) {
     // After a mismatch the last % takes one unit more: earlier ones never need to.
-    std::size_t position = 0;
     std::size_t element = 0;
     std::optional<std::size_t> afterAny;
     std::size_t anyStart = 0;
@@ -102,10 +112,10 @@ bool matchesPattern(std::u16string_view text, std::u16string_view pattern, char1
         if (element < pattern.size() && pattern[element] == u'%' && escape != u'%') {
             afterAny = ++element;
             anyStart = position;
-            if (element == pattern.size()) return true;
+            if (element == pattern.size()) return Match::Yes;
             continue;
         }
-        if (element == pattern.size() && onlyBlanks(text.substr(position))) return true;
+        if (element == pattern.size() && position >= blanks) return Match::Yes;
         if (position < text.size() && element < pattern.size()) {
             if (const auto next = matchUnit(text[position], pattern, element, escape)) {
                 element = *next;
@@ -113,10 +123,17 @@ bool matchesPattern(std::u16string_view text, std::u16string_view pattern, char1
                 continue;
             }
         }
-        if (!afterAny || anyStart >= text.size()) return false;
+        if (!afterAny) return Match::No;
+        if (anyStart >= text.size()) return Match::NoMore;
         position = ++anyStart;
         element = *afterAny;
     }
+}
+
+}  // namespace
+
+bool matchesPattern(std::u16string_view text, std::u16string_view pattern, char16_t escape) {
+    return matchFrom(text, 0, endWithoutBlanks(text), pattern, escape) == Match::Yes;
 }
 
 void registerPatternFunctions(Registrar& registrar) {
