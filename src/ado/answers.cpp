@@ -22,12 +22,15 @@ Variant rowsWritten(const std::vector<Result>& results) {
     return counted ? static_cast<std::int32_t>(rows) : -1;
 }
 
-Ref<Recordset> recordsetOf(std::vector<Result> results, const Ref<Connection>& connection) {
+Ref<Recordset> recordsetFor(const Ref<Connection>& connection) {
     auto recordset = make<Recordset>();
     recordset->connection_ = connection;
     recordset->cursorLocation_ = connection->CursorLocation();
-    recordset->takeAnswers(std::move(results));
     return recordset;
+}
+
+void answer(Recordset& recordset, std::vector<Result> results) {
+    recordset.takeAnswers(std::move(results));
 }
 
 SchemaRestrictions restrictionsOf(SchemaEnum kind, const Variant& given) {

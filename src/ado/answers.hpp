@@ -12,10 +12,11 @@ namespace kap::ado {
 // The rows that the statements of a script wrote, as a Long; -1 when none counts them.
 [[nodiscard]] Variant rowsWritten(const std::vector<Result>& results);
 
-// What a script answered as a recordset: its first rows, read only, with what follows them behind;
-// closed when there are none.
-[[nodiscard]] Ref<Recordset> recordsetOf(std::vector<Result> results,
-                                         const Ref<Connection>& connection);
+// A closed recordset, and what a script answered in it: its first rows, read only, with what
+// follows them behind; it stays closed when there are none. It is made before the script is run,
+// which must not be said to have failed when only its answer has.
+[[nodiscard]] Ref<Recordset> recordsetFor(const Ref<Connection>& connection);
+void answer(Recordset& recordset, std::vector<Result> results);
 
 // The restrictions that a client gives for a schema rowset: an array of values, Empty for any.
 // Raises 3001 for what is no array and for more values than the rowset has restrictions.

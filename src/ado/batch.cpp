@@ -40,12 +40,14 @@ PendingValues changesOf(const RowTable& table, std::size_t row, const PendingRow
 
 void writeRow(RowTable& table, const RowWriter& writer, std::size_t row,
               const PendingRow& waiting) {
+    const PendingValues changes = changesOf(table, row, waiting);
+    table.makeRoom(changes, 0);
     switch (waiting.kind) {
         case PendingRow::Kind::Modified:
-            table.put(row, writer.update(row, changesOf(table, row, waiting)));
+            table.put(row, writer.update(row, changes));
             break;
         case PendingRow::Kind::New:
-            table.put(row, writer.insert(changesOf(table, row, waiting)));
+            table.put(row, writer.insert(changes));
             break;
         case PendingRow::Kind::Deleted:
             writer.remove(row);
@@ -67,6 +69,8 @@ void readRow(RowTable& table, const RowWriter& writer, std::size_t row, ResyncEn
         throw;
     }
     if (values == ResyncEnum::adResyncAllValues) {
+        table.makeRoom(found, 0);
+        table.makeRoomForDeletion();
         table.pending().erase(row);
         table.forgetUnderlying(row);
         table.setDeleted(row, false);

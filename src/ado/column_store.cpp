@@ -1,8 +1,31 @@
 #include "ado/column_store.hpp"
 
+#include <algorithm>
 #include <bit>
 
 namespace kap::ado {
+namespace {
+
+// Of the length in front of an entry's bytes.
+constexpr std::size_t kMostLengthBytes = 10;
+
+// Twice as much each time, as appending itself would.
+template <class Values>
+void growBy(Values& values, std::size_t count) {
+    if (values.capacity() - values.size() < count) {
+        values.reserve(std::max(2 * values.capacity(), values.size() + count));
+    }
+}
+
+}  // namespace
+
+void ColumnStore::makeRoom(std::size_t rows, std::size_t bytes) {
+    growBy(words_, rows);
+    growBy(cells_, rows);
+    if (bytes > 0) {
+        growBy(arena_, bytes + kMostLengthBytes);
+    }
+}
 
 void ColumnStore::reserve(std::size_t rows) {
     words_.reserve(rows);

@@ -24,6 +24,9 @@ public:
 
     [[nodiscard]] std::size_t size() const noexcept { return words_.size(); }
     void reserve(std::size_t rows);
+    // Makes room for so many rows and bytes more: to append them, or to set as many bytes, needs no
+    // memory then.
+    void makeRoom(std::size_t rows, std::size_t bytes);
 
     void appendNull() { append(0, Cell::Null); }
     void appendInteger(std::int64_t value) {

@@ -138,12 +138,15 @@ Ref<Recordset> Command::Execute(ByRef<Variant> recordsAffected, const Variant& p
                         options, Ref<Command>(this)};
     executing(connection_, execution, [&] {
         Request request = this->request(parameters, execution.source(), execution.options);
+        const bool noRecords = wantsNoRecords(execution.options) || !connection_;
+        auto records = noRecords ? make<Recordset>() : recordsetFor(connection_);
         Reply reply;
         send(request, reply);
         execution.rowsAffected = rowsWritten(reply.results);
-        execution.recordset = wantsNoRecords(execution.options)
-                                  ? make<Recordset>()
-                                  : recordsetOf(std::move(reply.results), connection_);
+        if (!noRecords) {
+            answer(*records, std::move(reply.results));
+        }
+        execution.recordset = std::move(records);
     });
     *recordsAffected = execution.rowsAffected;
     return execution.recordset;

@@ -179,12 +179,15 @@ Ref<Recordset> Connection::Execute(const String& commandText, ByRef<Variant> rec
         requireOpen();
         Request request = requestFor(execution.source(), execution.options);
         request.timeout = std::chrono::seconds(CommandTimeout());
+        const bool noRecords = wantsNoRecords(execution.options);
+        auto records = noRecords ? make<Recordset>() : recordsetFor(self);
         Reply reply;
         run(request, reply);
         execution.rowsAffected = rowsWritten(reply.results);
-        execution.recordset = wantsNoRecords(execution.options)
-                                  ? make<Recordset>()
-                                  : recordsetOf(std::move(reply.results), self);
+        if (!noRecords) {
+            ado::answer(*records, std::move(reply.results));
+        }
+        execution.recordset = std::move(records);
     });
     *recordsAffected = execution.rowsAffected;
     return execution.recordset;

@@ -115,8 +115,18 @@ private:
     std::exception_ptr handled_;
 };
 
+// No cell ever holds it. The standard library takes a variant of nothing but numbers and texts for
+// one that always has a value, and then fails in ending one whose text it had no memory to copy.
+struct NoCell {
+    NoCell() = default;
+    NoCell(const NoCell& /*other*/) noexcept {}
+    NoCell& operator=(const NoCell& /*other*/) noexcept { return *this; }
+    ~NoCell() = default;
+    friend bool operator==(const NoCell&, const NoCell&) noexcept { return true; }
+};
+
 // A value in storage form (see Storage), on its way to the database.
-using CellValue = std::variant<std::monostate, std::int64_t, double, std::string>;
+using CellValue = std::variant<std::monostate, std::int64_t, double, std::string, NoCell>;
 
 struct ColumnValue {
     std::string column;  // base column

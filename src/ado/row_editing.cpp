@@ -14,12 +14,14 @@ std::int32_t bit(FieldAttributeEnum attribute) {
 
 // The entry of a row that waits for a batch update.
 PendingRow& pendingRow(RowTable& table, std::size_t row, PendingRow::Kind kind) {
-    const auto [entry, added] = table.pending().try_emplace(row);
-    if (added) {
-        entry->second.kind = kind;
-        entry->second.original.resize(table.columns().size());
+    const auto known = table.pending().find(row);
+    if (known != table.pending().end()) {
+        return known->second;
     }
-    return entry->second;
+    PendingRow waiting;
+    waiting.kind = kind;
+    waiting.original.resize(table.columns().size());
+    return table.pending().emplace(row, std::move(waiting)).first->second;
 }
 
 }  // namespace
@@ -158,6 +160,7 @@ void RowCursor::save(Session* session) {
 void RowCursor::saveChanges(Session* session) {
     const std::size_t row = currentRow();
     PendingValues values = pending_;
+    table_->makeRoom(values, 0);
     if (options_.batch) {
         PendingRow& waiting = pendingRow(*table_, row, PendingRow::Kind::Modified);
         for (std::size_t column = 0; column < values.size(); ++column) {
@@ -177,14 +180,16 @@ void RowCursor::saveChanges(Session* session) {
 
 void RowCursor::saveNew(Session* session) {
     PendingValues values = pending_;
+    table_->makeRoom(values, 1);
+    view_.makeRoom();
     if (session != nullptr && !options_.batch) {
         values = writer(*session).insert(pending_);
     }
     const std::size_t row = table_->size();
-    table_->append(values);
     if (options_.batch) {
         pendingRow(*table_, row, PendingRow::Kind::New);
     }
+    table_->append(values);
     finishEdit();
     view_.takeNewRows();
     position_ = end() - 1;
@@ -201,6 +206,7 @@ void RowCursor::remove(Session* session) {
 }
 
 void RowCursor::removeRow(Session* session, std::size_t row) {
+    table_->makeRoomForDeletion();
     if (options_.batch) {
         PendingRow& waiting = pendingRow(*table_, row, PendingRow::Kind::Deleted);
         if (waiting.kind == PendingRow::Kind::New) {

@@ -6,6 +6,12 @@
 #include "ado/cell_value.hpp"
 
 namespace kap::ado {
+namespace {
+
+// Bytes of what a database sets in a column itself: a row version, a default.
+constexpr std::size_t kSetByDatabase = 32;
+
+}  // namespace
 
 std::shared_ptr<RowTable> RowTable::madeByHand() {
     auto table = std::make_shared<RowTable>(Result{});
@@ -15,9 +21,11 @@ std::shared_ptr<RowTable> RowTable::madeByHand() {
 
 std::optional<std::size_t> RowTable::find(std::u16string_view name) const {
     if (byName_.empty()) {
+        auto all = byName_;
         for (std::size_t i = 0; i < columns().size(); ++i) {
-            byName_.emplace(String(columns()[i].name).units(), i);
+            all.emplace(String(columns()[i].name).units(), i);
         }
+        byName_ = std::move(all);
     }
     const auto found = byName_.find(name);
     return found == byName_.end() ? std::nullopt : std::optional(found->second);
@@ -65,7 +73,29 @@ void RowTable::setDeleted(std::size_t row, bool deleted) {
     ++generation_;
 }
 
+void RowTable::makeRoom(const PendingValues& values, std::size_t rows) {
+    for (std::size_t column = 0; column < columns().size(); ++column) {
+        const Storage storage = storageOf(columns()[column].type);
+        const bool hasBytes = storage == Storage::Text || storage == Storage::Binary;
+        makeRoom(column, values, rows, hasBytes ? kSetByDatabase : 0);
+    }
+}
+
+void RowTable::makeRoom(std::size_t column, const PendingValues& values, std::size_t rows,
+                        std::size_t besides) {
+    const bool given = column < values.size() && values[column].has_value();
+    const auto* bytes = given ? std::get_if<std::string>(&*values[column]) : nullptr;
+    result_.rows[column].makeRoom(rows, (bytes != nullptr ? bytes->size() : 0) + besides);
+}
+
+void RowTable::makeRoomForDeletion() {
+    deleted_.reserve(size());
+}
+
 void RowTable::put(std::size_t row, const PendingValues& values) {
+    for (std::size_t column = 0; column < values.size(); ++column) {
+        makeRoom(column, values, 0, 0);
+    }
     for (std::size_t column = 0; column < values.size(); ++column) {
         if (values[column]) {
             ado::put(result_.rows[column], row, *values[column]);
@@ -74,8 +104,12 @@ void RowTable::put(std::size_t row, const PendingValues& values) {
 }
 
 void RowTable::append(const PendingValues& values) {
+    const CellValue null;
     for (std::size_t column = 0; column < columns().size(); ++column) {
-        ado::append(result_.rows[column], values[column].value_or(CellValue{}));
+        makeRoom(column, values, 1, 0);
+    }
+    for (std::size_t column = 0; column < columns().size(); ++column) {
+        ado::append(result_.rows[column], values[column] ? *values[column] : null);
     }
     ++generation_;
 }

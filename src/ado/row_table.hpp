@@ -64,9 +64,16 @@ public:
     // Another number each time that a row was deleted, brought back or added.
     [[nodiscard]] std::uint64_t generation() const noexcept { return generation_; }
 
-    // Put the values that are set into a row; a new one has Null in the other columns.
+    // Puts the values that are set into a row; a new one has Null in the other columns. Whole, or
+    // not at all when there is no memory for it.
     void put(std::size_t row, const PendingValues& values);
     void append(const PendingValues& values);
+
+    // Make room beforehand, so that taking in what the database has written does not fail for want
+    // of memory: for such values, and what it sets besides, in a row that is there or in `rows` new
+    // ones; and for marking a row as deleted.
+    void makeRoom(const PendingValues& values, std::size_t rows);
+    void makeRoomForDeletion();
 
     // Makes the Nulls of a column read as the neutral value, in every row.
     void replaceNulls(std::size_t column);
@@ -97,6 +104,9 @@ public:
     [[nodiscard]] std::size_t memory() const noexcept;
 
 private:
+    void makeRoom(std::size_t column, const PendingValues& values, std::size_t rows,
+                  std::size_t besides);
+
     Result result_;
     bool madeByHand_ = false;
     std::vector<bool> nullsReplaced_;  // by column; empty until it is done

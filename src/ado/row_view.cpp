@@ -44,6 +44,15 @@ void RowView::rowChanged(std::size_t place) {
     }
 }
 
+void RowView::makeRoom() {
+    if (arranged_) {
+        if (order_.size() == order_.capacity()) {
+            order_.reserve(2 * order_.size() + 1);
+        }
+        hidden_.reserve(order_.size() + 1);
+    }
+}
+
 // A new row is shown at the end even when the filter refuses it: it is the current one until the
 // next movement.
 void RowView::takeNewRows() {

@@ -28,6 +28,8 @@ public:
     void arrange(RowFilter filter, const std::function<void(std::vector<std::size_t>&)>& sorted);
     // Judges the row at a place again, which has been changed.
     void rowChanged(std::size_t place);
+    // Makes room for one more row, so that finding a place for it needs no memory.
+    void makeRoom();
     // Finds a place for rows added to the table since.
     void takeNewRows();
 

@@ -19,8 +19,14 @@ public:
         }
     }
     ~ChangeGroup() {
-        if (session_ != nullptr) {
+        if (session_ == nullptr) {
+            return;
+        }
+        try {
             session_->rollback();
+        } catch (...) {
+            // Deliberate: the client is told why the change failed. A session that cannot even go
+            // back is lost, and its transaction with it.
         }
     }
     ChangeGroup(const ChangeGroup&) = delete;

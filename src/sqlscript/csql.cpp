@@ -1,5 +1,7 @@
 #include <kaputil/sqlscript/csql.hpp>
 
+#include <new>
+
 #include <kaputil/ado/command.hpp>
 #include <kaputil/ado/recordset.hpp>
 #include <kaputil/frame/convert.hpp>
@@ -32,6 +34,8 @@ void rollBackWhatIsOpen(ado::Command& command) {
     } catch (const AutomationError&) {
         // Deliberate: what clients are to read is why the script failed. A connection that cannot
         // run this is lost, and its transaction with it.
+    } catch (const std::bad_alloc&) {
+        // The same, for as long as there is no memory to tell it.
     }
 }
 

@@ -226,8 +226,8 @@ public:
 private:
     friend class Connection;
     friend class Command;
-    friend Ref<Recordset> recordsetOf(std::vector<Result> results,
-                                      const Ref<Connection>& connection);
+    friend Ref<Recordset> recordsetFor(const Ref<Connection>& connection);
+    friend void answer(Recordset& recordset, std::vector<Result> results);
     void adopt(Result result, Ref<Connection> connection);
     void show(std::shared_ptr<RowCursor> cursor);
     void takeAnswers(std::vector<Result> results);

@@ -2,8 +2,8 @@
 
 #include <algorithm>
 #include <array>
-#include <new>
 
+#include "ado/embedded/functions/c_border.hpp"
 #include "ado/embedded/functions/convert.hpp"
 #include "tsql/parser.hpp"
 
@@ -36,24 +36,8 @@ Counters& self(sqlite3_context* context) {
     return *static_cast<Counters*>(sqlite3_user_data(context));
 }
 
-// SQLite carries no exception: the failure goes on as its code and text.
-template <class Work>
-void answer(sqlite3_context* context, Work work) {
-    try {
-        work();
-    } catch (const SqliteError& error) {
-        sqlite3_result_error(context, error.what(), -1);
-        sqlite3_result_error_code(context, error.code());
-    } catch (const tsql::ServerError& error) {
-        self(context).leaveError(error);
-        sqlite3_result_error(context, error.what(), -1);
-    } catch (const std::bad_alloc&) {
-        sqlite3_result_error_nomem(context);
-    }
-}
-
 void rowVersionFunction(sqlite3_context* context, int /*count*/, sqlite3_value** /*arguments*/) {
-    answer(context, [context] {
+    atCBorder(context, self(context).errorSlot(), [context] {
         auto version = static_cast<std::uint64_t>(self(context).nextRowVersion());
         std::array<unsigned char, 8> bytes{};
         for (auto at = bytes.rbegin(); at != bytes.rend(); ++at) {
@@ -66,18 +50,17 @@ void rowVersionFunction(sqlite3_context* context, int /*count*/, sqlite3_value**
 }
 
 void identityFunction(sqlite3_context* context, int /*count*/, sqlite3_value** arguments) {
-    answer(context, [context, arguments] {
-        const auto* name = reinterpret_cast<const char*>(sqlite3_value_text(arguments[0]));
-        sqlite3_result_int64(context, self(context).nextIdentity(name == nullptr ? "" : name));
+    atCBorder(context, self(context).errorSlot(), [context, arguments] {
+        const std::string name(textBytes(arguments[0]));
+        sqlite3_result_int64(context, self(context).nextIdentity(name));
     });
 }
 
 void givenIdentityFunction(sqlite3_context* context, int /*count*/, sqlite3_value** arguments) {
-    answer(context, [context, arguments] {
-        const auto* name = reinterpret_cast<const char*>(sqlite3_value_text(arguments[0]));
+    atCBorder(context, self(context).errorSlot(), [context, arguments] {
+        const std::string name(textBytes(arguments[0]));
         if (sqlite3_value_type(arguments[1]) == SQLITE_INTEGER) {
-            self(context).noteIdentity(name == nullptr ? "" : name,
-                                       sqlite3_value_int64(arguments[1]));
+            self(context).noteIdentity(name, sqlite3_value_int64(arguments[1]));
         }
         sqlite3_result_value(context, arguments[1]);
     });

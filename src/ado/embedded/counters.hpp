@@ -87,7 +87,7 @@ public:
     void schemaChanged();
 
     // What the SQL functions are to fail with.
-    void leaveError(const tsql::ServerError& error) { errorSlot_.error = error; }
+    [[nodiscard]] ErrorSlot& errorSlot() noexcept { return errorSlot_; }
 
 private:
     struct Counter {

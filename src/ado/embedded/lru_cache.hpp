@@ -32,7 +32,12 @@ public:
             entries_.pop_back();
         }
         entries_.emplace_front(std::string(text), std::move(value));
-        byText_.emplace(entries_.front().first, entries_.begin());
+        try {
+            byText_.emplace(entries_.front().first, entries_.begin());
+        } catch (...) {
+            entries_.pop_front();
+            throw;
+        }
         return entries_.front().second;
     }
 

@@ -1,28 +1,11 @@
 #include "ado/embedded/row_reader.hpp"
 
 #include <cstddef>
-#include <string_view>
 
+#include "ado/embedded/functions/c_border.hpp"
 #include "tsql/server_error.hpp"
 
 namespace kap::ado::embedded {
-namespace {
-
-std::string_view storedText(sqlite3_value* value) {
-    const auto* data = reinterpret_cast<const char*>(sqlite3_value_text(value));
-    return {data, static_cast<std::size_t>(sqlite3_value_bytes(value))};
-}
-
-std::string_view bytesOf(sqlite3_value* value) {
-    // SQLite answers a null pointer for no bytes.
-    const auto* data = static_cast<const char*>(sqlite3_value_blob(value));
-    return data == nullptr
-               ? std::string_view()
-               : std::string_view(data, static_cast<std::size_t>(sqlite3_value_bytes(value)));
-}
-
-}  // namespace
-
 RowReader::RowReader(const std::vector<ColumnInfo>& columns) : columns_(columns) {
     storages_.reserve(columns.size());
     for (const ColumnInfo& column : columns) {
@@ -53,10 +36,10 @@ void RowReader::read(const PreparedStatement& statement, std::vector<ColumnStore
                 store.appendReal(sqlite3_value_double(value));
                 break;
             case Storage::Text:
-                store.appendBytes(storedText(value));
+                store.appendBytes(textBytes(value));
                 break;
             case Storage::Binary:
-                store.appendBytes(bytesOf(value));
+                store.appendBytes(blobBytes(value));
                 break;
         }
     }

@@ -2,6 +2,8 @@
 
 #include <new>
 
+#include "ado/embedded/time_limit.hpp"
+
 namespace kap::ado::embedded {
 
 SqliteError lastError(sqlite3* database) {
@@ -71,13 +73,31 @@ void PreparedStatement::reset() noexcept {
 
 void PreparedStatement::run() {
     const ResetGuard guard(*this);
-    while (step()) {
+    try {
+        while (step()) {
+        }
+    } catch (const SqliteError& error) {
+        if (!isDoneNevertheless(error)) {
+            throw;
+        }
+        TimeLimit::forgive(database());
     }
+}
+
+// SQLite looks at the limit once more behind a statement's last step. Of a writing statement that
+// it ends before, it undoes the whole transaction; where that is still open, the statement is done.
+bool PreparedStatement::isDoneNevertheless(const SqliteError& error) const {
+    return error.primaryCode() == SQLITE_INTERRUPT && sqlite3_stmt_readonly(handle()) == 0 &&
+           sqlite3_get_autocommit(database()) == 0;
 }
 
 std::string PreparedStatement::text(int column) const {
     const auto* data = reinterpret_cast<const char*>(sqlite3_column_text(handle(), column));
     if (data == nullptr) {
+        // The same for a Null and for want of memory.
+        if (sqlite3_errcode(database()) == SQLITE_NOMEM) {
+            throw std::bad_alloc();
+        }
         return {};
     }
     return {data, static_cast<std::size_t>(sqlite3_column_bytes(handle(), column))};

@@ -83,6 +83,7 @@ private:
         void operator()(sqlite3_stmt* statement) const noexcept { sqlite3_finalize(statement); }
     };
     [[nodiscard]] sqlite3* database() const noexcept { return sqlite3_db_handle(handle()); }
+    [[nodiscard]] bool isDoneNevertheless(const SqliteError& error) const;
     void check(int code) const;
 
     std::unique_ptr<sqlite3_stmt, Finalizer> statement_;

@@ -18,19 +18,19 @@ using Action = tsql::AlterTableStatement::Action;
 namespace {
 
 // A setting of the connection for as long as it lives: none may stay when a change fails half-way.
-class PragmaScope {
+// Set by its number and not by a PRAGMA, which needs memory.
+class SettingScope {
 public:
-    PragmaScope(Database& database, const char* on, const char* off)
-        : database_(database), off_(off) {
-        database_.run(on);
+    SettingScope(Database& database, int setting) : database_(database), setting_(setting) {
+        sqlite3_db_config(database_.handle(), setting_, 1, nullptr);
     }
-    PragmaScope(const PragmaScope&) = delete;
-    PragmaScope& operator=(const PragmaScope&) = delete;
-    ~PragmaScope() { sqlite3_exec(database_.handle(), off_, nullptr, nullptr, nullptr); }
+    SettingScope(const SettingScope&) = delete;
+    SettingScope& operator=(const SettingScope&) = delete;
+    ~SettingScope() { sqlite3_db_config(database_.handle(), setting_, 0, nullptr); }
 
 private:
     Database& database_;
-    const char* off_;
+    int setting_;
 };
 
 }  // namespace
@@ -65,9 +65,7 @@ TableText TableChanger::textOf(const Table& table) {
 void TableChanger::setText(const Table& table, const TableText& text) {
     const std::string schema = table.temporary ? "temp" : "main";
     const TimeLimit::Pause whole;
-    // Its end reads the schema again, from the new text.
-    const PragmaScope writable(connection_.database(), "PRAGMA writable_schema = ON",
-                               "PRAGMA writable_schema = RESET");
+    const SettingScope writable(connection_.database(), SQLITE_DBCONFIG_WRITABLE_SCHEMA);
     {
         PreparedStatement update(connection_.handle(),
                                  "UPDATE " + schema +
@@ -85,6 +83,8 @@ void TableChanger::setText(const Table& table, const TableText& text) {
         version = look.integer(0);
     }
     run("PRAGMA " + schema + ".schema_version = " + tsql::integerText(version + 1));
+    // Reads the schema again, from the new text.
+    run("PRAGMA writable_schema = RESET");
 }
 
 void TableChanger::alter(const tsql::AlterTableStatement& statement, const Names& names, int line) {
@@ -349,8 +349,7 @@ void TableChanger::dropFirstKey(const Table& table, TableText& text,
     const std::string sql = text.sql();
     {
         const TimeLimit::Pause whole;
-        const PragmaScope legacy(connection_.database(), "PRAGMA legacy_alter_table = ON",
-                                 "PRAGMA legacy_alter_table = OFF");
+        const SettingScope legacy(connection_.database(), SQLITE_DBCONFIG_LEGACY_ALTER_TABLE);
         run("ALTER TABLE main." + sqlName(table.name) + " RENAME TO " + sqlName(old));
     }
     run(sql);

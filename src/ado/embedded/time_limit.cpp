@@ -61,6 +61,12 @@ bool TimeLimit::isOver(sqlite3* connection) noexcept {
     return current != nullptr && current->connection_ == connection && current->look();
 }
 
+void TimeLimit::forgive(sqlite3* connection) noexcept {
+    if (current != nullptr && current->connection_ == connection) {
+        current->passed_ = false;
+    }
+}
+
 void TimeLimit::check(sqlite3* connection) {
     if (isOver(connection)) {
         throw SqliteError(SQLITE_INTERRUPT, "interrupted", 0);

@@ -23,6 +23,9 @@ public:
     static void check(sqlite3* connection);
     // Whether it has, without raising anything.
     [[nodiscard]] static bool isOver(sqlite3* connection) noexcept;
+    // A statement was interrupted when it had done its work: nothing is to be told of that. What
+    // comes next finds that the limit has passed.
+    static void forgive(sqlite3* connection) noexcept;
     // The time that is left, no more than `most`.
     [[nodiscard]] static std::chrono::milliseconds left(sqlite3* connection,
                                                         std::chrono::milliseconds most) noexcept;

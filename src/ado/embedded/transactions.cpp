@@ -37,7 +37,9 @@ Transactions::Transactions(Connection& connection, Counters& counters, SchemaCat
       commit_(connection.handle(), "COMMIT", StatementLife::Kept),
       beginDeferred_(connection.handle(), "BEGIN", StatementLife::Kept),
       protect_(connection.handle(), "SAVEPOINT kap_statement", StatementLife::Kept),
-      release_(connection.handle(), "RELEASE kap_statement", StatementLife::Kept) {}
+      release_(connection.handle(), "RELEASE kap_statement", StatementLife::Kept),
+      rollback_(connection.handle(), "ROLLBACK", StatementLife::Kept),
+      undo_(connection.handle(), "ROLLBACK TO kap_statement", StatementLife::Kept) {}
 
 Transactions::~Transactions() {
     if (database_.inTransaction()) {
@@ -98,10 +100,19 @@ void Transactions::close() {
 // After some failures (a full disk) SQLite has ended the transaction itself, and has nothing more
 // to roll back.
 void Transactions::discard() noexcept {
-    const TimeLimit::Pause whole;
-    sqlite3_exec(database_.handle(), "ROLLBACK", nullptr, nullptr, nullptr);
+    undoAll();
     scoped_ = false;
     forget();
+}
+
+// With a statement that is ready: also when there is no memory, the lock must be given back.
+void Transactions::undoAll() noexcept {
+    const TimeLimit::Pause whole;
+    sqlite3_step(rollback_.handle());
+    rollback_.reset();
+    if (database_.inTransaction()) {
+        sqlite3_exec(database_.handle(), "ROLLBACK", nullptr, nullptr, nullptr);
+    }
 }
 
 void Transactions::forget() noexcept {
@@ -161,8 +172,9 @@ void Transactions::rollback() {
 
 // A client may hold row versions that this transaction has given out. Were they given out again to
 // somebody else's change, that change would look to the client like its own. So the counters alone
-// are kept, while the lock is still held.
-void Transactions::rollBackKeepingCounters() {
+// are kept, while the lock is still held. Where that fails everything is undone: going back does
+// not fail, and this connection knows its counters still.
+void Transactions::rollBackKeepingCounters() noexcept {
     const TimeLimit::Pause whole;
     try {
         database_.run("ROLLBACK TO kap_transaction");
@@ -170,7 +182,6 @@ void Transactions::rollBackKeepingCounters() {
         commit_.run();
     } catch (...) {
         discard();
-        throw;
     }
 }
 
@@ -201,10 +212,19 @@ void Transactions::rollbackTo(const std::string& name) {
     }
 }
 
+// A statement that cannot be undone by itself takes its transaction with it.
 void Transactions::undoStatement() noexcept {
     const TimeLimit::Pause whole;
-    sqlite3_exec(database_.handle(), "ROLLBACK TO kap_statement; RELEASE kap_statement", nullptr,
-                 nullptr, nullptr);
+    bool undone = true;
+    for (PreparedStatement* step : {&undo_, &release_}) {
+        undone = undone && sqlite3_step(step->handle()) == SQLITE_DONE;
+        step->reset();
+    }
+    if (!undone) {
+        lost_ = depth_ > 0;
+        discard();
+        return;
+    }
     if (catalogue_.generation() != startGeneration_) {
         catalogue_.undone();
     }
@@ -282,8 +302,7 @@ Transactions::ReadScope::ReadScope(Transactions& transactions)
 Transactions::ReadScope::~ReadScope() {
     if (own_) {
         // Nothing was written: there is nothing to keep.
-        const TimeLimit::Pause whole;
-        sqlite3_exec(transactions_.database_.handle(), "ROLLBACK", nullptr, nullptr, nullptr);
+        transactions_.undoAll();
         transactions_.scoped_ = false;
     }
 }

@@ -103,9 +103,10 @@ private:
     void open(Access access);
     void close();
     void discard() noexcept;
+    void undoAll() noexcept;
     void forget() noexcept;
     void undoStatement() noexcept;
-    void rollBackKeepingCounters();
+    void rollBackKeepingCounters() noexcept;
 
     Connection& connection_;
     Database& database_;
@@ -117,6 +118,8 @@ private:
     PreparedStatement beginDeferred_;
     PreparedStatement protect_;
     PreparedStatement release_;
+    PreparedStatement rollback_;
+    PreparedStatement undo_;
     int depth_ = 0;
     bool implicit_ = false;  // `depth_` is that of an ImplicitScope
     bool lost_ = false;      // SQLite has ended the transaction that begin() began

@@ -44,6 +44,12 @@ std::string pathOf(int descriptor) {
     return path;
 }
 
+std::string nameOf(Call call) {
+    constexpr std::array kNames = {"open",   "read",   "write", "sync", "truncate",
+                                   "rename", "unlink", "lock",  "map"};
+    return kNames.at(static_cast<std::size_t>(call));
+}
+
 bool isMeant(const Fault& fault, Call call, const std::string& path, bool creates) {
     if (path.find(fault.folder) == std::string::npos || !path.ends_with(fault.nameEnd)) {
         return false;
@@ -103,6 +109,9 @@ bool fails(Call call, const std::string& path, bool creates = false) {
         return false;
     }
     state().outcome.failed = true;
+    if (number == fault.nth) {
+        state().outcome.which = nameOf(call) + " of " + path;
+    }
     if (fault.error == kKill) {
         kill(getpid(), SIGKILL);
     }

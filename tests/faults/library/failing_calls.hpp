@@ -33,6 +33,7 @@ void start(const Fault& fault);
 struct Outcome {
     int calls = 0;  // that the fault might have been in
     bool failed = false;
+    std::string which{};  // the call and the file
 };
 Outcome stop();
 

@@ -3,6 +3,7 @@
 #include <new>
 #include <stdexcept>
 
+#include "ado/embedded/functions/c_border.hpp"
 #include "ado/embedded/functions/convert_families.hpp"
 #include "ado/embedded/functions/exact.hpp"
 #include "ado/embedded/functions/function_support.hpp"
@@ -79,11 +80,7 @@ void finishSum(sqlite3_context* context) {
         return;
     }
     const SumEntry& entry = entryOf(context);
-    try {
-        setResult(context, total(*state, entry.kind.type));
-    } catch (const tsql::ServerError& error) {
-        setError(context, *entry.slot, error);
-    }
+    atCBorder(context, *entry.slot, [&] { setResult(context, total(*state, entry.kind.type)); });
 }
 
 // kap_checksum_agg(number): the numbers of a group in any order give the same.
@@ -135,12 +132,12 @@ void stepSingle(sqlite3_context* context, int /*count*/, sqlite3_value** values)
         return;
     }
     if (state->value != nullptr) {
-        setError(
-            context, *static_cast<ErrorSlot*>(sqlite3_user_data(context)),
-            tsql::ServerError(
+        atCBorder(context, *static_cast<ErrorSlot*>(sqlite3_user_data(context)), [] {
+            throw tsql::ServerError(
                 512,
                 "Subquery returned more than 1 value. This is not permitted when the subquery "
-                "follows =, !=, <, <= , >, >= or when the subquery is used as an expression."));
+                "follows =, !=, <, <= , >, >= or when the subquery is used as an expression.");
+        });
         return;
     }
     state->value = sqlite3_value_dup(values[0]);

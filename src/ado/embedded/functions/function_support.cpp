@@ -1,8 +1,8 @@
 #include "ado/embedded/functions/function_support.hpp"
 
-#include <new>
 #include <stdexcept>
 
+#include "ado/embedded/functions/c_border.hpp"
 #include "ado/embedded/functions/optimizations.hpp"
 #include "ado/embedded/functions/registration.hpp"
 
@@ -31,21 +31,16 @@ struct ResultWriter {
     }
 };
 
-// SQLite is C: nothing may be thrown through it, so what a body can throw ends here.
 void callScalar(sqlite3_context* context, int count, sqlite3_value** values) {
     const auto& entry = *static_cast<const FunctionEntry*>(sqlite3_user_data(context));
     const Arguments arguments(count, values);
-    try {
+    atCBorder(context, *entry.slot, [&] {
         if (entry.onNull == OnNull::GiveNull && arguments.anyNull()) {
             sqlite3_result_null(context);
         } else {
             setResult(context, entry.body(arguments));
         }
-    } catch (const tsql::ServerError& error) {
-        setError(context, *entry.slot, error);
-    } catch (const std::bad_alloc&) {
-        sqlite3_result_error_nomem(context);
-    }
+    });
 }
 
 void destroyFunction(void* entry) {
@@ -62,15 +57,11 @@ bool Arguments::anyNull() const {
 }
 
 std::string_view Arguments::text(int index) const {
-    const auto* bytes = reinterpret_cast<const char*>(sqlite3_value_text(values_[index]));
-    if (bytes == nullptr) return {};
-    return {bytes, static_cast<std::size_t>(sqlite3_value_bytes(values_[index]))};
+    return textBytes(values_[index]);
 }
 
 Blob Arguments::blob(int index) const {
-    const auto* bytes = static_cast<const char*>(sqlite3_value_blob(values_[index]));
-    if (bytes == nullptr) return {};
-    return {std::string(bytes, static_cast<std::size_t>(sqlite3_value_bytes(values_[index])))};
+    return {std::string(blobBytes(values_[index]))};
 }
 
 Value Arguments::value(int index, const tsql::TypeSpec& type) const {
@@ -106,11 +97,6 @@ void Registrar::raw(const char* name, int argumentCount,
 
 void setResult(sqlite3_context* context, const Value& value) {
     std::visit(ResultWriter{context}, value);
-}
-
-void setError(sqlite3_context* context, ErrorSlot& slot, const tsql::ServerError& error) {
-    slot.error = error;
-    sqlite3_result_error(context, error.what(), -1);
 }
 
 void registerFunctions(sqlite3* connection, ErrorSlot& slot) {

@@ -77,9 +77,6 @@ private:
 /// Gives a value back to SQLite.
 void setResult(sqlite3_context* context, const Value& value);
 
-/// Fails the call with the server's error.
-void setError(sqlite3_context* context, ErrorSlot& slot, const tsql::ServerError& error);
-
 void registerConversionFunctions(Registrar& registrar);
 void registerNumberFunctions(Registrar& registrar);
 void registerMathFunctions(Registrar& registrar);

@@ -1,11 +1,11 @@
 #include <algorithm>
 #include <memory>
-#include <new>
 #include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "ado/embedded/functions/c_border.hpp"
 #include "ado/embedded/functions/function_support.hpp"
 #include "ado/embedded/functions/kept_values.hpp"
 #include "ado/embedded/functions/text_units.hpp"
@@ -44,16 +44,20 @@ bool comesBefore(const JoinedText& left, const JoinedText& right, const std::str
 void add(State& state, int count, sqlite3_value** values) {
     if (state.pieces == nullptr) state.pieces = new JoinedTexts;
     JoinedTexts& all = *state.pieces;
-    all.separator = textOfValue(values[1]);
-    all.directions = textOfValue(values[2]);
+    all.separator = textBytes(values[1]);
+    all.directions = textBytes(values[2]);
     all.mostBytes = sqlite3_value_int64(values[3]);
     all.national = sqlite3_value_int(values[4]) != 0;
     JoinedText& piece = all.pieces.emplace_back();
-    piece.text = textOfValue(values[0]);
+    piece.text = textBytes(values[0]);
     constexpr int kFirstKey = 5;
     for (int i = kFirstKey; i < count; ++i) {
         piece.keys.push_back(keptValue(values[i]));
     }
+}
+
+ErrorSlot& slotOf(sqlite3_context* context) {
+    return *static_cast<ErrorSlot*>(sqlite3_user_data(context));
 }
 
 // kap_string_agg(text, separator, directions, most bytes, national, keys...)
@@ -64,11 +68,7 @@ void stepJoin(sqlite3_context* context, int count, sqlite3_value** values) {
         sqlite3_result_error_nomem(context);
         return;
     }
-    try {
-        add(*state, count, values);
-    } catch (const std::bad_alloc&) {
-        sqlite3_result_error_nomem(context);
-    }
+    atCBorder(context, slotOf(context), [&] { add(*state, count, values); });
 }
 
 std::string joined(JoinedTexts& all) {
@@ -97,13 +97,7 @@ void finishJoin(sqlite3_context* context) {
         return;
     }
     const std::unique_ptr<JoinedTexts> all(std::exchange(state->pieces, nullptr));
-    try {
-        setResult(context, joined(*all));
-    } catch (const tsql::ServerError& error) {
-        setError(context, *static_cast<ErrorSlot*>(sqlite3_user_data(context)), error);
-    } catch (const std::bad_alloc&) {
-        sqlite3_result_error_nomem(context);
-    }
+    atCBorder(context, slotOf(context), [&] { setResult(context, joined(*all)); });
 }
 
 }  // namespace

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <memory>
-#include <string_view>
 
 #include <sqlite3.h>
 
@@ -15,9 +14,6 @@ using KeptValue = std::unique_ptr<sqlite3_value, FreeValue>;
 
 // A copy that outlives the call. Throws std::bad_alloc.
 [[nodiscard]] KeptValue keptValue(const sqlite3_value* value);
-
-// The text of a value; valid as long as the value.
-[[nodiscard]] std::string_view textOfValue(sqlite3_value* value);
 
 // Negative, 0 or positive as the server orders them: nulls first, texts under the collation of the
 // database.

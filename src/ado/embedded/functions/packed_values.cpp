@@ -3,6 +3,7 @@
 #include <string>
 #include <string_view>
 
+#include "ado/embedded/functions/c_border.hpp"
 #include "ado/embedded/functions/function_support.hpp"
 
 // Values that stand in for others while the keys of several rows change at once: bytes that no
@@ -37,8 +38,7 @@ std::string_view content(sqlite3_value* value) {
     return bytes.substr(kMark.size() + sizeof(std::int64_t));
 }
 
-// kap_pack(row, value)
-void pack(sqlite3_context* context, int /*count*/, sqlite3_value** values) {
+void packInto(sqlite3_context* context, sqlite3_value** values) {
     std::string bytes(kMark);
     append(bytes, static_cast<std::int64_t>(sqlite3_value_int64(values[0])));
     const int type = sqlite3_value_type(values[1]);
@@ -48,14 +48,15 @@ void pack(sqlite3_context* context, int /*count*/, sqlite3_value** values) {
     } else if (type == SQLITE_FLOAT) {
         append(bytes, sqlite3_value_double(values[1]));
     } else if (type != SQLITE_NULL) {
-        const void* data =
-            type == SQLITE_TEXT ? sqlite3_value_text(values[1]) : sqlite3_value_blob(values[1]);
-        if (data != nullptr) {
-            bytes.append(static_cast<const char*>(data),
-                         static_cast<std::size_t>(sqlite3_value_bytes(values[1])));
-        }
+        bytes += type == SQLITE_TEXT ? textBytes(values[1]) : blobBytes(values[1]);
     }
     sqlite3_result_blob64(context, bytes.data(), bytes.size(), SQLITE_TRANSIENT);
+}
+
+// kap_pack(row, value)
+void pack(sqlite3_context* context, int /*count*/, sqlite3_value** values) {
+    ErrorSlot none;
+    atCBorder(context, none, [&] { packInto(context, values); });
 }
 
 // kap_unpack(value): the value that was packed; any other as it is.

@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "ado/embedded/functions/c_border.hpp"
 #include "ado/embedded/functions/function_support.hpp"
 #include "ado/embedded/functions/kept_values.hpp"
 #include "tsql/server_error.hpp"
@@ -29,30 +30,28 @@ struct PercentileState {
     OrderedValues* values;
 };
 
+ErrorSlot& percentileSlot(sqlite3_context* context) {
+    return *static_cast<ErrorSlot*>(sqlite3_user_data(context));
+}
+
 // kap_percentile_...(fraction, value, descending)
 void stepPercentile(sqlite3_context* context, int /*count*/, sqlite3_value** values) {
-    const double fraction = sqlite3_value_double(values[0]);
-    if (!(fraction >= 0 && fraction <= 1)) {
-        setError(context, *static_cast<ErrorSlot*>(sqlite3_user_data(context)),
-                 {10755, "Input parameter of a percentile function is out of range."});
-        return;
-    }
-    auto* state =
-        static_cast<PercentileState*>(sqlite3_aggregate_context(context, sizeof(PercentileState)));
-    if (state == nullptr) {
-        sqlite3_result_error_nomem(context);
-        return;
-    }
-    try {
+    atCBorder(context, percentileSlot(context), [&] {
+        const double fraction = sqlite3_value_double(values[0]);
+        if (!(fraction >= 0 && fraction <= 1)) {
+            throw tsql::ServerError(10755,
+                                    "Input parameter of a percentile function is out of range.");
+        }
+        auto* state = static_cast<PercentileState*>(
+            sqlite3_aggregate_context(context, sizeof(PercentileState)));
+        if (state == nullptr) throw std::bad_alloc();
         if (state->values == nullptr) state->values = new OrderedValues;
         state->values->fraction = fraction;
         state->values->descending = sqlite3_value_int(values[2]) != 0;
         if (sqlite3_value_type(values[1]) == SQLITE_NULL) return;
         state->values->values.push_back(keptValue(values[1]));
         state->values->sorted = false;
-    } catch (const std::bad_alloc&) {
-        sqlite3_result_error_nomem(context);
-    }
+    });
 }
 
 // The window is the whole partition, which no row leaves.
@@ -68,12 +67,14 @@ OrderedValues* orderedValues(sqlite3_context* context) {
         return nullptr;
     }
     if (all->sorted) return all;
-    std::ranges::sort(all->values, [&](const KeptValue& left, const KeptValue& right) {
-        const int order = compareValues(left.get(), right.get());
-        return all->descending ? order > 0 : order < 0;
+    atCBorder(context, percentileSlot(context), [&] {
+        std::ranges::sort(all->values, [&](const KeptValue& left, const KeptValue& right) {
+            const int order = compareValues(left.get(), right.get());
+            return all->descending ? order > 0 : order < 0;
+        });
+        all->sorted = true;
     });
-    all->sorted = true;
-    return all;
+    return all->sorted ? all : nullptr;
 }
 
 // Between the two values that the fraction falls between.

@@ -1,5 +1,7 @@
 #include "ado/embedded/script/captured_tables.hpp"
 
+#include <new>
+
 #include "ado/embedded/functions/value.hpp"
 
 namespace kap::ado::embedded {
@@ -105,13 +107,17 @@ void CapturedTables::dropped(const std::string& name) noexcept {
     if (found == captures_.end()) {
         return;
     }
-    Table table;
-    table.name = name;
-    for (const std::string& rows : captureNames(table).tables) {
-        const std::string sql = "DROP TABLE IF EXISTS temp." + sqlName(rows);
-        sqlite3_exec(database_.handle(), sql.c_str(), nullptr, nullptr, nullptr);
+    try {
+        Table table;
+        table.name = name;
+        for (const std::string& rows : captureNames(table).tables) {
+            const std::string sql = "DROP TABLE IF EXISTS temp." + sqlName(rows);
+            sqlite3_exec(database_.handle(), sql.c_str(), nullptr, nullptr, nullptr);
+        }
+        captures_.erase(found);
+    } catch (const std::bad_alloc&) {
+        // They stay, and are known.
     }
-    captures_.erase(found);
 }
 
 }  // namespace kap::ado::embedded

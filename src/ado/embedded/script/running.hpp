@@ -1,5 +1,6 @@
 #pragma once
 
+#include <new>
 #include <string>
 
 #include "ado/embedded/script/script_runner.hpp"
@@ -10,8 +11,8 @@ namespace kap::ado::embedded {
 class ScriptRunner::Running {
 public:
     Running(ScriptRunner& runner, Frame& frame) : runner_(runner), frame_(frame) {
-        frame_.program.running = true;
         runner_.state_.frames.push_back(&frame_);
+        frame_.program.running = true;
     }
     Running(const Running&) = delete;
     Running& operator=(const Running&) = delete;
@@ -33,8 +34,12 @@ public:
 private:
     // The transaction in which it was made may have taken the table with it.
     void dropTable(const std::string& table) noexcept {
-        const std::string sql = "DROP TABLE IF EXISTS temp." + sqlName(table);
-        sqlite3_exec(runner_.connection_.handle(), sql.c_str(), nullptr, nullptr, nullptr);
+        try {
+            const std::string sql = "DROP TABLE IF EXISTS temp." + sqlName(table);
+            sqlite3_exec(runner_.connection_.handle(), sql.c_str(), nullptr, nullptr, nullptr);
+        } catch (const std::bad_alloc&) {
+            // It stays until the connection ends: no other table has its name.
+        }
         runner_.statements_.captures().dropped(table);
         runner_.catalogue_.invalidate();
     }

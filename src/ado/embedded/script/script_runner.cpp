@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstddef>
+#include <new>
 #include <utility>
 
 #include "ado/embedded/column_info.hpp"
@@ -118,6 +119,9 @@ void ScriptRunner::run(Request& request, Reply& reply) {
     } catch (const SqliteError& error) {
         if (error.primaryCode() != SQLITE_INTERRUPT) throw;
         interrupted = true;
+    } catch (const std::bad_alloc&) {
+        rollBackWithoutMemory();
+        throw;
     }
     if (interrupted || limit.passed()) {
         messages.push_back(timeoutMessage());
@@ -179,6 +183,15 @@ void ScriptRunner::runProcedure(Request& request, std::vector<Result>& results) 
     runRequest(script, results);
     for (std::size_t i = 0; i < request.parameters.size(); ++i) {
         request.parameters[i].value = script.parameters[i].value;
+    }
+}
+
+// As SQLite's own want of memory (701) does: how far the script has come is not known, so nothing
+// of the open transaction may stay. What cannot go back in order is discarded.
+void ScriptRunner::rollBackWithoutMemory() noexcept {
+    try {
+        rollBackAll();
+    } catch (...) {
     }
 }
 

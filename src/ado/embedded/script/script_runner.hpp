@@ -114,6 +114,7 @@ private:
     void report(const RaisedError& raised);
     void report(const tsql::ServerError& message);
     void rollBackAll();
+    void rollBackWithoutMemory() noexcept;
 
     // script_statements.cpp: each gives the place to go on at.
     [[nodiscard]] SystemNumbers systemNumbers() const;

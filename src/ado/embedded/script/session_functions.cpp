@@ -1,11 +1,11 @@
 #include "ado/embedded/script/session_functions.hpp"
 
 #include <algorithm>
-#include <new>
 #include <utility>
 
 #include <sqlite3.h>
 
+#include "ado/embedded/functions/c_border.hpp"
 #include "ado/embedded/functions/function_support.hpp"
 #include "ado/embedded/object_ids.hpp"
 #include "ado/embedded/object_properties.hpp"
@@ -26,15 +26,10 @@ Value valueOf(sqlite3_value* value) {
             return std::int64_t{sqlite3_value_int64(value)};
         case SQLITE_FLOAT:
             return sqlite3_value_double(value);
-        case SQLITE_TEXT: {
-            const auto* text = reinterpret_cast<const char*>(sqlite3_value_text(value));
-            return std::string(text, static_cast<std::size_t>(sqlite3_value_bytes(value)));
-        }
-        case SQLITE_BLOB: {
-            const auto* bytes = static_cast<const char*>(sqlite3_value_blob(value));
-            const auto size = static_cast<std::size_t>(sqlite3_value_bytes(value));
-            return Blob{bytes == nullptr ? std::string() : std::string(bytes, size)};
-        }
+        case SQLITE_TEXT:
+            return std::string(textBytes(value));
+        case SQLITE_BLOB:
+            return Blob{std::string(blobBytes(value))};
         default:
             return std::monostate{};
     }
@@ -88,25 +83,17 @@ void SessionFunctions::provide(const char* name, int count, Member member, bool 
     }
 }
 
-// SQLite carries no exception: the failure goes on through the slot.
 void SessionFunctions::called(sqlite3_context* context, int count, sqlite3_value** values) {
     const Entry& entry = *static_cast<const Entry*>(sqlite3_user_data(context));
     SessionFunctions& self = *entry.self;
-    try {
+    atCBorder(context, self.connection_.errorSlot(), [&] {
         Arguments arguments;
         arguments.reserve(static_cast<std::size_t>(count));
         for (int i = 0; i < count; ++i) {
             arguments.push_back(valueOf(values[i]));
         }
         setResult(context, (self.*entry.member)(arguments));
-    } catch (const tsql::ServerError& error) {
-        setError(context, self.connection_.errorSlot(), error);
-    } catch (const SqliteError& error) {
-        sqlite3_result_error(context, error.what(), -1);
-        sqlite3_result_error_code(context, error.code());
-    } catch (const std::bad_alloc&) {
-        sqlite3_result_error_nomem(context);
-    }
+    });
 }
 
 Value SessionFunctions::variable(const Arguments& arguments) {

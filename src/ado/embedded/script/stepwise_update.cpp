@@ -1,3 +1,6 @@
+#include <cstddef>
+#include <memory>
+
 #include "ado/embedded/script/statement_runner.hpp"
 #include "ado/embedded/time_limit.hpp"
 #include "ado/embedded/translate/capture.hpp"
@@ -20,15 +23,25 @@ public:
     DeferredRules& operator=(const DeferredRules&) = delete;
     ~DeferredRules() {
         const TimeLimit::Pause whole;
+        reserve_.reset();
         for (const char* sql :
              {"PRAGMA ignore_check_constraints = OFF", "PRAGMA defer_foreign_keys = OFF"}) {
-            sqlite3_exec(database_.handle(), sql, nullptr, nullptr, nullptr);
+            for (int attempts = 0; attempts < kAttempts; ++attempts) {
+                if (sqlite3_exec(database_.handle(), sql, nullptr, nullptr, nullptr) == SQLITE_OK) {
+                    break;
+                }
+            }
         }
     }
     void checkAgain() { database_.run("PRAGMA ignore_check_constraints = OFF"); }
 
 private:
+    static constexpr int kAttempts = 3;
+    // Memory to go back with: rules that stay off would let anything in.
+    static constexpr std::size_t kReserve = 65536;
+
     Database& database_;
+    std::unique_ptr<char[]> reserve_ = std::make_unique<char[]>(kReserve);
 };
 
 bool hasBrokenReferences(sqlite3* database) {

@@ -2,6 +2,7 @@
 
 #include "ado/embedded/translate/capture.hpp"
 #include "ado/embedded/translate/statements.hpp"
+#include "ado/embedded/translate/translator.hpp"
 #include "tsql/server_error.hpp"
 #include "tsql/text.hpp"
 
