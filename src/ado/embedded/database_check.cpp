@@ -1,9 +1,12 @@
 #include "ado/embedded/database_check.hpp"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdint>
+#include <limits>
 #include <vector>
 
+#include "ado/embedded/functions/c_border.hpp"
 #include "ado/embedded/functions/value.hpp"
 #include "frame/unicode.hpp"
 #include "tsql/parser.hpp"
@@ -23,9 +26,19 @@ constexpr const char* kIsText = "kap_check_text";
 
 // Whether a text is UTF-8, as SQL.
 void isTextFunction(sqlite3_context* context, int /*count*/, sqlite3_value** values) {
-    const auto* bytes = reinterpret_cast<const char*>(sqlite3_value_text(values[0]));
-    const auto size = static_cast<std::size_t>(sqlite3_value_bytes(values[0]));
-    sqlite3_result_int(context, bytes == nullptr || unicode::utf16({bytes, size}) ? 1 : 0);
+    ErrorSlot none;
+    atCBorder(context, none,
+              [&] { sqlite3_result_int(context, unicode::isUtf8(textBytes(values[0])) ? 1 : 0); });
+}
+
+constexpr const char* kIsSingle = "kap_check_single";
+
+// Whether a number is one of single precision, as SQL.
+void isSingleFunction(sqlite3_context* context, int /*count*/, sqlite3_value** values) {
+    const double value = sqlite3_value_double(values[0]);
+    const bool fits = std::fabs(value) <= std::numeric_limits<float>::max();
+    sqlite3_result_int(context,
+                       fits && static_cast<double>(static_cast<float>(value)) == value ? 1 : 0);
 }
 
 std::string whole(const std::string& column, const std::string& least, const std::string& most) {
@@ -36,6 +49,36 @@ std::string whole(const std::string& column, const std::string& least, const std
 std::string date(const std::string& column, const std::string& first, const std::string& behind) {
     return "typeof(" + column + ") IN ('real', 'integer') AND " + column + " >= " + first +
            " AND " + column + " < " + behind;
+}
+
+// Days are counted in so many parts, and times fall on one of them. What a sum of days and parts
+// loses is far less than a thousandth of a part.
+std::string inParts(const std::string& column, const char* parts) {
+    const std::string counted = column + " * " + parts;
+    return " AND abs(" + counted + " - round(" + counted + ")) < 0.001";
+}
+
+// Values of a fixed length are filled up to it.
+std::string exactly(const std::string& column, int length) {
+    return " AND length(" + column + ") = " + tsql::integerText(length);
+}
+
+// A character beyond the first 65,536 counts for two, and SQLite counts one.
+std::string exactlyUnits(const std::string& column, int length) {
+    return " AND (length(" + column + ") = " + tsql::integerText(length) + " OR (length(" + column +
+           ") < " + tsql::integerText(length) + " AND " + column +
+           " GLOB '*[' || char(65536) || '-' || char(1114111) || ']*'))";
+}
+
+std::string identifierPattern() {
+    std::string pattern;
+    for (const int digits : {8, 4, 4, 4, 12}) {
+        pattern += pattern.empty() ? "" : "-";
+        for (int i = 0; i < digits; ++i) {
+            pattern += "[0-9A-Fa-f]";
+        }
+    }
+    return pattern;
 }
 
 // Of texts and binaries: the longest, where there is one.
@@ -72,23 +115,28 @@ std::string conditionOf(const std::string& column, const tsql::TypeSpec& type) {
         case SqlType::Numeric:
             return decimal(column, type.precision);
         case SqlType::Float:
-        case SqlType::Real:
             return "typeof(" + column + ") IN ('real', 'integer')";
+        case SqlType::Real:
+            return "typeof(" + column + ") IN ('real', 'integer') AND " + kIsSingle + "(" + column +
+                   ")";
         case SqlType::Date:
-            return date(column, "-693593", "2958466");
+            return date(column, "-693593", "2958466") + inParts(column, "1");
         case SqlType::DateTime:
-            return date(column, "-53690", "2958466");
+            return date(column, "-53690", "2958466") + inParts(column, "25920000.0");
         case SqlType::SmallDateTime:
-            return date(column, "2", "65538");
+            return date(column, "2", "65538") + inParts(column, "1440.0");
         case SqlType::Char:
-        case SqlType::VarChar:
         case SqlType::NChar:
+            return "typeof(" + column + ") = 'text' AND " + kIsText + "(" + column + ")" +
+                   exactlyUnits(column, type.length);
+        case SqlType::VarChar:
         case SqlType::NVarChar:
         case SqlType::Text:
         case SqlType::NText:
             return "typeof(" + column + ") = 'text' AND " + kIsText + "(" + column + ")" +
                    atMost(column, type.length);
         case SqlType::Binary:
+            return "typeof(" + column + ") = 'blob'" + exactly(column, type.length);
         case SqlType::VarBinary:
         case SqlType::Image:
             return "typeof(" + column + ") = 'blob'" + atMost(column, type.length);
@@ -97,8 +145,8 @@ std::string conditionOf(const std::string& column, const tsql::TypeSpec& type) {
         case SqlType::UniqueIdentifier:
             break;
     }
-    return "(typeof(" + column + ") = 'text' AND length(" + column + ") = 36) OR (typeof(" +
-           column + ") = 'blob' AND length(" + column + ") = 16)";
+    return "(typeof(" + column + ") = 'text' AND " + column + " GLOB '" + identifierPattern() +
+           "') OR (typeof(" + column + ") = 'blob' AND length(" + column + ") = 16)";
 }
 
 std::string hexadecimal(std::int64_t number) {
@@ -117,6 +165,9 @@ public:
         : connection_(connection), catalogue_(catalogue), counters_(counters), found_(found) {
         sqlite3_create_function_v2(connection_.handle(), kIsText, 1,
                                    SQLITE_UTF8 | SQLITE_DETERMINISTIC, nullptr, &isTextFunction,
+                                   nullptr, nullptr, nullptr);
+        sqlite3_create_function_v2(connection_.handle(), kIsSingle, 1,
+                                   SQLITE_UTF8 | SQLITE_DETERMINISTIC, nullptr, &isSingleFunction,
                                    nullptr, nullptr, nullptr);
     }
 
