@@ -126,16 +126,17 @@ void print(const ConfigDiff& options, const std::vector<Difference>& differences
 }  // namespace
 
 int ConfigDiff::run() const {
-    return withDatabase(source.connection, json, [this](ado::Connection& database) {
-        const auto differences =
-            differencesIn(readConfiguration(database, source, {first, second}));
-        if (json) {
-            printDifferencesAsJson(*this, differences);
-        } else {
-            print(*this, differences);
-        }
-        return kSuccess;
-    });
+    return withDatabase(source.connection, Access::Reading, json,
+                        [this](ado::Connection& database) {
+                            const auto differences =
+                                differencesIn(readConfiguration(database, source, {first, second}));
+                            if (json) {
+                                printDifferencesAsJson(*this, differences);
+                            } else {
+                                print(*this, differences);
+                            }
+                            return kSuccess;
+                        });
 }
 
 }  // namespace kap::tools

@@ -74,14 +74,15 @@ int writeFile(const ConfigExport& options, const std::vector<FileSetting>& rows)
 }  // namespace
 
 int ConfigExport::run() const {
-    return withDatabase(source.connection, json, [this](ado::Connection& database) {
-        const auto rows = rowsOfGroup(readConfiguration(database, source, {group}));
-        if (file) {
-            return writeFile(*this, rows);
-        }
-        write(std::cout, *this, rows);
-        return kSuccess;
-    });
+    return withDatabase(
+        source.connection, Access::Reading, json, [this](ado::Connection& database) {
+            const auto rows = rowsOfGroup(readConfiguration(database, source, {group}));
+            if (file) {
+                return writeFile(*this, rows);
+            }
+            write(std::cout, *this, rows);
+            return kSuccess;
+        });
 }
 
 }  // namespace kap::tools

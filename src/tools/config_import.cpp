@@ -199,7 +199,7 @@ int ConfigImport::run() const {
         throw UsageError("a group without a name, or with ' or \\ in it, cannot be stored");
     }
     const std::vector<FileSetting> settings = readFile(file);
-    return withDatabase(source.connection, json, [&](ado::Connection& database) {
+    return withDatabase(source.connection, Access::Writing, json, [&](ado::Connection& database) {
         const auto root = make<CFG_Applicazioni>();
         root->setGruppo(group);
         root->setNomeTabella(source.table);

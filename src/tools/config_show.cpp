@@ -193,18 +193,20 @@ void printTreeAsJson(const ConfigShow& options, const Configuration& configurati
 }  // namespace
 
 int ConfigShow::run() const {
-    return withDatabase(source.connection, json, [this](ado::Connection& database) {
-        const Configuration configuration = readConfiguration(database, source, {group});
-        if (json) {
-            printTreeAsJson(*this, configuration);
+    return withDatabase(
+        source.connection, Access::Reading, json, [this](ado::Connection& database) {
+            const Configuration configuration = readConfiguration(database, source, {group});
+            if (json) {
+                printTreeAsJson(*this, configuration);
+                return kSuccess;
+            }
+            if (configuration.settings.empty()) {
+                std::cout << "No settings.\n";
+            }
+            TreePrinter(std::cout, Terminal::ofStandardOutput(), group)
+                .print(configuration.settings);
             return kSuccess;
-        }
-        if (configuration.settings.empty()) {
-            std::cout << "No settings.\n";
-        }
-        TreePrinter(std::cout, Terminal::ofStandardOutput(), group).print(configuration.settings);
-        return kSuccess;
-    });
+        });
 }
 
 }  // namespace kap::tools

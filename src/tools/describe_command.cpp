@@ -28,7 +28,7 @@ void print(std::ostream& out, const DescribeCommand& command, const DatabaseFact
 }  // namespace
 
 int DescribeCommand::run() const {
-    return withDatabase(connection, json, [this](ado::Connection& database) {
+    return withDatabase(connection, Access::Reading, json, [this](ado::Connection& database) {
         const DatabaseFacts facts = readDatabaseFacts(database, table);
         if (table && facts.tables.empty()) {
             throw UsageError("there is no table " + *table);

@@ -53,6 +53,7 @@ int ExportCommand::run() const {
         platform::setMessageLog(messageLog);
     }
     const auto database = make<ado::Connection>();
+    database->setMode(ado::ConnectModeEnum::adModeRead);
     try {
         database->Open(connection);
     } catch (const AutomationError& error) {

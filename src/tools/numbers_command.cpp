@@ -57,7 +57,7 @@ int NumbersCommand::run() const {
     if (from && to && *from > *to) {
         throw UsageError("--from " + plain::text(*from) + " lies behind --to " + plain::text(*to));
     }
-    return withDatabase(connection, json, [this](ado::Connection& database) {
+    return withDatabase(connection, Access::Reading, json, [this](ado::Connection& database) {
         const NumbersView view = viewOf(*this, database);
         if (output) {
             writeWholeFile(*output,

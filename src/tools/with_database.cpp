@@ -8,12 +8,13 @@
 #include "tools/failure_report.hpp"
 
 namespace kap::tools {
-namespace {}  // namespace
-
-int withDatabase(const std::string& connectionString, bool json,
+int withDatabase(const std::string& connectionString, Access access, bool json,
                  const std::function<int(ado::Connection&)>& work) {
     const auto connection = make<ado::Connection>();
     connection->setCursorLocation(ado::CursorLocationEnum::adUseClient);
+    if (access == Access::Reading) {
+        connection->setMode(ado::ConnectModeEnum::adModeRead);
+    }
     try {
         connection->Open(connectionString);
     } catch (const AutomationError& error) {

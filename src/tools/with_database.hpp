@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <string>
 
@@ -7,9 +8,12 @@
 
 namespace kap::tools {
 
+// What a command does with a database. One that only reads never makes the file that it is to read.
+enum class Access : std::uint8_t { Reading, Writing };
+
 // Opens a database and works on it. Errors go to standard error; the exit code is that of the work,
 // or tells which of both failed.
-[[nodiscard]] int withDatabase(const std::string& connectionString, bool json,
+[[nodiscard]] int withDatabase(const std::string& connectionString, Access access, bool json,
                                const std::function<int(ado::Connection&)>& work);
 
 }  // namespace kap::tools

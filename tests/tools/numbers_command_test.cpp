@@ -179,6 +179,16 @@ TEST_F(NumbersCommand, WritesAFileWholeOrNotAtAll) {
     EXPECT_TRUE(contains(shell("ls " + folder.path()).out, "r.html\n"));
 }
 
+TEST_F(NumbersCommand, MakesNoDatabaseThatIsNotThere) {
+    const Folder folder;
+    for (const char* command : {"numbers", "describe"}) {
+        const Outcome run = kaputil({command, "--connection", connectionTo(folder / "none.db")});
+        EXPECT_EQ(run.exitCode, 3) << run.out;
+        EXPECT_TRUE(contains(run.err, "none.db")) << run.err;
+    }
+    EXPECT_EQ(shell("ls " + folder.path()).out, "");
+}
+
 TEST_F(NumbersCommand, RefusesAYearThatIsNone) {
     const Outcome run = numbers({"--year", "questo"});
     EXPECT_EQ(run.exitCode, 2);
