@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <compare>
 #include <map>
 #include <tuple>
 #include <utility>
@@ -65,7 +64,10 @@ private:
         CounterYear before;
         std::uint32_t type = 0;
 
-        friend auto operator<=>(const Change&, const Change&) = default;
+        friend bool operator<(const Change& left, const Change& right) {
+            return std::tie(left.now, left.before, left.type) <
+                   std::tie(right.now, right.before, right.type);
+        }
     };
 
     NumberRegister& registerOf(CounterYear of) {
@@ -133,8 +135,9 @@ private:
     static void move(const std::vector<Carrier>& documents, NumberRegister& now,
                      NumberRegister& before) {
         std::erase_if(now.carriers, [&documents](const Carrier& one) {
-            const auto same = std::ranges::equal_range(documents, one, byNumber);
-            return std::ranges::find(same, one) != same.end();
+            const auto [first, last] =
+                std::equal_range(documents.begin(), documents.end(), one, byNumber);
+            return std::find(first, last, one) != last;
         });
         before.carriers.insert(before.carriers.end(), documents.begin(), documents.end());
         std::ranges::sort(before.carriers, byNumber);

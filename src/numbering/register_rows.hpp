@@ -1,9 +1,9 @@
 #pragma once
 
-#include <compare>
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <tuple>
 #include <unordered_map>
 #include <vector>
 
@@ -18,7 +18,10 @@ struct CounterYear {
     std::uint32_t counter = 0;
     int year = 0;
 
-    friend auto operator<=>(const CounterYear&, const CounterYear&) = default;
+    friend bool operator==(const CounterYear&, const CounterYear&) = default;
+    friend bool operator<(const CounterYear& left, const CounterYear& right) {
+        return std::tie(left.counter, left.year) < std::tie(right.counter, right.year);
+    }
 };
 
 struct CountedRow {

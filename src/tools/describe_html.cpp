@@ -3,20 +3,13 @@
 
 #include <kaputil/frame/plain_text.hpp>
 
+#include "tools/copied_tables.hpp"
 #include "tools/describe_output.hpp"
 #include "tools/html_page.hpp"
 #include "tools/relation_drawing.hpp"
 
 namespace kap::tools {
 namespace {
-
-std::string joinedNames(const std::vector<std::string>& names) {
-    std::string text;
-    for (const std::string& name : names) {
-        text += (text.empty() ? "" : ", ") + name;
-    }
-    return text;
-}
 
 class DescriptionPage {
 public:
@@ -72,7 +65,7 @@ private:
         for (const TableFact& table : facts_.tables) {
             std::string key;
             for (const IndexFact& index : table.indexes) {
-                key = index.primary ? joinedNames(index.columns) : key;
+                key = index.primary ? joined(index.columns) : key;
             }
             std::vector<std::string> targets;
             for (const ForeignKeyFact& one : table.foreignKeys) {
@@ -81,7 +74,7 @@ private:
             add("<tr><td><a href=\"#t-" + html(table.name) + "\">" + html(table.name) +
                 "</a></td>" + element("td", grouped(table.rows, language_), "n") +
                 element("td", plain::text(table.columns.size()), "n") + element("td", key) +
-                element("td", joinedNames(targets)) + "</tr>\n");
+                element("td", joined(targets)) + "</tr>\n");
         }
         endTable();
     }
@@ -116,11 +109,11 @@ private:
                  index.primary  ? word("chiave primaria", "primary key")
                  : index.unique ? word("univoco", "unique")
                                 : word("indice", "index"),
-                 joinedNames(index.columns), ""});
+                 joined(index.columns), ""});
         }
         for (const ForeignKeyFact& key : table.foreignKeys) {
-            row({key.name, word("chiave esterna", "foreign key"), joinedNames(key.columns),
-                 key.target + " (" + joinedNames(key.targetColumns) + ")"});
+            row({key.name, word("chiave esterna", "foreign key"), joined(key.columns),
+                 key.target + " (" + joined(key.targetColumns) + ")"});
         }
         endTable();
     }

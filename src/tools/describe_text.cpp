@@ -3,19 +3,12 @@
 
 #include <kaputil/frame/plain_text.hpp>
 
+#include "tools/copied_tables.hpp"
 #include "tools/describe_output.hpp"
 #include "tools/shown_text.hpp"
 
 namespace kap::tools {
 namespace {
-
-std::string joined(const std::vector<std::string>& names) {
-    std::string text;
-    for (const std::string& name : names) {
-        text += (text.empty() ? "" : ", ") + name;
-    }
-    return text;
-}
 
 std::string remarks(const ColumnFact& column) {
     std::string text = column.nullable ? "" : "not null";

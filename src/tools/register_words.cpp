@@ -125,7 +125,7 @@ std::string isoDay(std::int32_t day) {
 }
 
 std::string dayFor(std::int32_t day, Language language) {
-    const std::string iso = isoDay(day);
+    std::string iso = isoDay(day);
     if (language == Language::English) {
         return iso;
     }

@@ -18,7 +18,7 @@ namespace {
 
 // Units of the drawing.
 constexpr int kHeight = 44;
-constexpr int kGap = 26;
+constexpr int kBoxGap = 26;
 constexpr int kWidestGap = 90;
 constexpr int kRise = 66;  // between two rows
 constexpr int kCharacter = 8;
@@ -95,7 +95,7 @@ std::vector<std::vector<Box*>> rowsOf(Boxes& boxes) {
                 width = 0;
             }
             rows.back().push_back(box);
-            width += box->width + kGap;
+            width += box->width + kBoxGap;
         }
     }
     return rows;
@@ -106,7 +106,7 @@ void place(std::vector<std::vector<Box*>>& rows, const Boxes& boxes) {
     int y = 1;
     for (std::vector<Box*>& row : rows) {
         std::map<const Box*, double> wish;
-        int width = -kGap;
+        int width = -kBoxGap;
         for (const Box* box : row) {
             double sum = 0;
             int count = 0;
@@ -118,7 +118,7 @@ void place(std::vector<std::vector<Box*>>& rows, const Boxes& boxes) {
                 }
             }
             wish[box] = count == 0 ? kDrawingWidth / 2.0 : sum / count;
-            width += box->width + kGap;
+            width += box->width + kBoxGap;
         }
         std::ranges::stable_sort(row, {}, [&wish](const Box* box) { return wish[box]; });
         // What is left of the width goes between the boxes, as far as lines need it.
@@ -128,7 +128,7 @@ void place(std::vector<std::vector<Box*>>& rows, const Boxes& boxes) {
         for (Box* box : row) {
             box->x = x;
             box->y = y;
-            x += box->width + kGap + wider;
+            x += box->width + kBoxGap + wider;
         }
         y += kHeight + kRise;
     }

@@ -77,4 +77,8 @@ bool isBinary(SqlType type) {
     return between(type, SqlType::Binary, SqlType::Timestamp);
 }
 
+bool isLarge(SqlType type) {
+    return type == SqlType::Text || type == SqlType::NText || type == SqlType::Image;
+}
+
 }  // namespace kap::tsql

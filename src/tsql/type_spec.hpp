@@ -73,5 +73,7 @@ struct TypeSpec {
 [[nodiscard]] bool isNational(SqlType type);
 /// binary, varbinary, image and timestamp.
 [[nodiscard]] bool isBinary(SqlType type);
+/// text, ntext and image, values that few functions take.
+[[nodiscard]] bool isLarge(SqlType type);
 
 }  // namespace kap::tsql

@@ -76,9 +76,11 @@ fact GestProvv int
 
 std::string counterWritten(const std::string& query, int from) {
     return "> " + query +
-           "\ncolumns Codice varchar(5), Anno smallint, n_Def int, GestProvv int\nrow FAT | 2025 | " +
+           "\ncolumns Codice varchar(5), Anno smallint, n_Def int, GestProvv int\nrow FAT | 2025 "
+           "| " +
            std::to_string(from) +
-           " | 0\n> UPDATE \"vtx_TabPro\" SET \"n_Def\" = ? OUTPUT inserted.\"n_Def\" WHERE \"Codice\" "
+           " | 0\n> UPDATE \"vtx_TabPro\" SET \"n_Def\" = ? OUTPUT inserted.\"n_Def\" WHERE "
+           "\"Codice\" "
            "= "
            "? AND \"Anno\" = ? AND \"n_Def\" = ?\n? int " +
            std::to_string(from + 1) + "\n? nvarchar FAT\n? smallint 2025\n? int " +

@@ -14,7 +14,8 @@ struct Outcome {
 };
 
 // Runs `kaputil` with these arguments and gives it `input` to read. It speaks Italian whatever the
-// environment says and keeps what it keeps for its user in a folder of the tests, unless `variables`
+// environment says and keeps what it keeps for its user in a folder of the tests, unless
+// `variables`
 // ("NAME=value") say otherwise.
 Outcome kaputil(const std::vector<std::string>& arguments, const std::string& input = {},
                 const std::vector<std::string>& variables = {});

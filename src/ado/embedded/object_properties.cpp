@@ -58,10 +58,10 @@ std::optional<bool> ofTriggers(const SchemaCatalogue& catalogue, const Table& ta
         {"tablehasupdatetrigger", tsql::kOnUpdate},
         {"tablehasdeletetrigger", tsql::kOnDelete},
         {"tablehasaftertrigger", tsql::kOnInsert | tsql::kOnUpdate | tsql::kOnDelete}};
-    for (const auto& [property, events] : kEvents) {
-        if (wanted != property) continue;
+    for (const auto& one : kEvents) {
+        if (wanted != one.first) continue;
         return std::ranges::any_of(catalogue.triggersOf(table.name), [&](const auto& trigger) {
-            return (trigger->definition.events & events) != 0;
+            return (trigger->definition.events & one.second) != 0;
         });
     }
     if (wanted == "tablehasinsteadoftrigger") return false;
@@ -77,10 +77,10 @@ std::optional<bool> ofConstraints(const SchemaCatalogue& catalogue, const Table&
         {"tablehascheckcnst", "C "},
         {"tablehasdefaultcnst", "D "}};
     const std::vector<ConstraintInfo> constraints = catalogue.constraints();
-    for (const auto& [property, kind] : kKinds) {
-        if (wanted != property) continue;
+    for (const auto& one : kKinds) {
+        if (wanted != one.first) continue;
         return std::ranges::any_of(constraints, [&](const ConstraintInfo& each) {
-            return each.type == kind && sameName(each.table, table.name);
+            return each.type == one.second && sameName(each.table, table.name);
         });
     }
     if (wanted == "tablehasforeignref") {

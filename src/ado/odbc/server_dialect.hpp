@@ -45,16 +45,16 @@ public:
     // The columns of a query for facts, counted from 1. Flags are 0 or 1; the key counts its
     // columns from 1, and the others are 0.
     enum Fact : std::uint8_t {
-        kName = 1,
-        kType,
-        kSize,
-        kScale,
-        kNullable,
-        kIdentity,
-        kGenerated,
-        kKeyPlace,
-        kTriggers,
-        kBinary,
+        Name = 1,
+        Type,
+        Size,
+        Scale,
+        Nullable,
+        Identity,
+        Generated,
+        KeyPlace,
+        Triggers,
+        Binary,
     };
 
     virtual ~ServerDialect() = default;

@@ -19,16 +19,16 @@ std::int64_t readFact(CatalogueRows& rows, TableFacts& facts) {
     using Fact = ServerDialect::Fact;
     const auto flag = [&](Fact fact) { return rows.number(fact).value_or(0) != 0; };
     TableFacts::Column column;
-    column.name = rows.text(Fact::kName);
-    column.type.name = rows.text(Fact::kType);
-    column.type.size = static_cast<SQLULEN>(rows.number(Fact::kSize).value_or(0));
-    column.type.decimals = static_cast<SQLSMALLINT>(rows.number(Fact::kScale).value_or(0));
-    column.nullable = flag(Fact::kNullable);
-    column.identity = flag(Fact::kIdentity);
-    column.generated = flag(Fact::kGenerated);
-    const std::int64_t place = rows.number(Fact::kKeyPlace).value_or(0);
-    facts.triggers = flag(Fact::kTriggers);
-    column.type.code = flag(Fact::kBinary) ? SQL_BINARY : SQL_VARCHAR;
+    column.name = rows.text(Fact::Name);
+    column.type.name = rows.text(Fact::Type);
+    column.type.size = static_cast<SQLULEN>(rows.number(Fact::Size).value_or(0));
+    column.type.decimals = static_cast<SQLSMALLINT>(rows.number(Fact::Scale).value_or(0));
+    column.nullable = flag(Fact::Nullable);
+    column.identity = flag(Fact::Identity);
+    column.generated = flag(Fact::Generated);
+    const std::int64_t place = rows.number(Fact::KeyPlace).value_or(0);
+    facts.triggers = flag(Fact::Triggers);
+    column.type.code = flag(Fact::Binary) ? SQL_BINARY : SQL_VARCHAR;
     facts.columns.push_back(std::move(column));
     return place;
 }

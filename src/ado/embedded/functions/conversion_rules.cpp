@@ -6,10 +6,6 @@ using tsql::SqlType;
 
 namespace {
 
-bool isLarge(SqlType type) {
-    return type == SqlType::Text || type == SqlType::NText || type == SqlType::Image;
-}
-
 ConversionRule when(bool implicit) {
     return implicit ? ConversionRule::Implicit : ConversionRule::ExplicitOnly;
 }
@@ -34,14 +30,14 @@ ConversionRule fromDate(SqlType from, SqlType to) {
 
 ConversionRule fromText(SqlType from, SqlType to) {
     if (tsql::isText(to)) return ConversionRule::Implicit;
-    if (isLarge(from)) return ConversionRule::Never;
+    if (tsql::isLarge(from)) return ConversionRule::Never;
     if (tsql::isBinary(to)) return ConversionRule::ExplicitOnly;
     return ConversionRule::Implicit;
 }
 
 ConversionRule fromBinary(SqlType from, SqlType to) {
     if (tsql::isBinary(to)) return ConversionRule::Implicit;
-    if (isLarge(from)) return ConversionRule::Never;
+    if (tsql::isLarge(from)) return ConversionRule::Never;
     if (tsql::isText(to) || tsql::isInteger(to) || tsql::isMoney(to))
         return ConversionRule::Implicit;
     return ConversionRule::Never;
@@ -52,7 +48,7 @@ ConversionRule fromBinary(SqlType from, SqlType to) {
 ConversionRule conversionRule(SqlType from, SqlType to) {
     if (from == to) return ConversionRule::Implicit;
     // Large types take part only where their own kind of value is expected.
-    if (isLarge(to) && tsql::isText(to) != tsql::isText(from)) return ConversionRule::Never;
+    if (tsql::isLarge(to) && tsql::isText(to) != tsql::isText(from)) return ConversionRule::Never;
     if (tsql::isNumber(from)) return fromNumber(from, to);
     if (tsql::isDate(from)) return fromDate(from, to);
     if (tsql::isText(from)) return fromText(from, to);

@@ -32,7 +32,7 @@ Value length(const Arguments& arguments) {
 }
 
 // kap_text_bytes(text, width): bytes as the server stores them, one or two a unit.
-Value textBytes(const Arguments& arguments) {
+Value textByteCount(const Arguments& arguments) {
     return static_cast<std::int64_t>(unitLength(arguments.text(0))) * arguments.integer(1);
 }
 
@@ -247,7 +247,7 @@ Value str(const Arguments& arguments) {
 
 void registerTextFunctions(Registrar& registrar) {
     registrar.scalar("kap_len", 1, length);
-    registrar.scalar("kap_text_bytes", 2, textBytes);
+    registrar.scalar("kap_text_bytes", 2, textByteCount);
     registrar.scalar("kap_upper", 1, upper);
     registrar.scalar("kap_lower", 1, lower);
     registrar.scalar("kap_ltrim", 1, trimLeft);

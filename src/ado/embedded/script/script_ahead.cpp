@@ -34,7 +34,8 @@ bool showsLater(int serverNumber) {
 
 // Errors that the making of a module tells of.
 bool isAboutColumns(int serverNumber) {
-    static constexpr int kColumnErrors[] = {109, 110, 120, 121, 205, 207, 209, 213, 264, 4104, 8120};
+    static constexpr int kColumnErrors[] = {109, 110, 120, 121,  205, 207,
+                                            209, 213, 264, 4104, 8120};
     return std::ranges::find(kColumnErrors, serverNumber) != std::end(kColumnErrors);
 }
 

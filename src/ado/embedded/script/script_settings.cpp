@@ -6,6 +6,7 @@
 #include "ado/embedded/functions/date_settings.hpp"
 #include "ado/embedded/script/script_runner.hpp"
 #include "ado/embedded/stored_value.hpp"
+#include "ado/embedded/translate/system_values.hpp"
 #include "tsql/text.hpp"
 
 // SET: what a session does differently from now on.
@@ -15,8 +16,6 @@ using tsql::ServerError;
 using tsql::SqlType;
 
 namespace {
-
-constexpr int kContextBytes = 128;
 
 DateOrder dateOrderOf(const std::string& word, int line) {
     static constexpr std::pair<std::string_view, DateOrder> kOrders[] = {

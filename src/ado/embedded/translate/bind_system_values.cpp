@@ -20,7 +20,6 @@ constexpr int kMessageLength = 4000;
 constexpr int kVersionLength = 300;
 constexpr int kRowVersionBytes = 8;
 constexpr int kMostConnections = 32767;  // as a server allows that bounds them by nothing else
-constexpr int kContextBytes = 128;
 constexpr int kHostProcessLength = 10;
 constexpr int kColumnBitsBytes = 128;
 

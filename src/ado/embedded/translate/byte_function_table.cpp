@@ -18,15 +18,10 @@ constexpr int kFormattedLength = 2048;
 // FORMATMESSAGE takes so many values for the places of its text.
 constexpr int kMostPlaces = 20;
 
-// text, ntext and image are values that few functions take.
-bool isLarge(SqlType type) {
-    return type == SqlType::Text || type == SqlType::NText || type == SqlType::Image;
-}
-
 Typed hashBytes(ScalarCall& call) {
     const SqlType type = call[1].type.type;
     const bool taken = call[1].nullLiteral || tsql::isText(type) || tsql::isBinary(type);
-    if (!taken || isLarge(type)) call.refuseType(1);
+    if (!taken || tsql::isLarge(type)) call.refuseType(1);
     const Typed bytes =
         call.binder.castTo(call[1], {SqlType::VarBinary, tsql::kMaxLength}, 0, call.line);
     return Typed::expression(callText("kap_hashbytes", call.text(0), bytes.sql),
@@ -45,7 +40,7 @@ bool fills(const Typed& value) {
     const bool whole =
         type == SqlType::TinyInt || type == SqlType::SmallInt || type == SqlType::Int;
     return value.nullLiteral || whole ||
-           (!isLarge(type) && type != SqlType::Timestamp &&
+           (!tsql::isLarge(type) && type != SqlType::Timestamp &&
             (tsql::isText(type) || tsql::isBinary(type)));
 }
 

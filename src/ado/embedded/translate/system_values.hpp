@@ -9,6 +9,9 @@
 /// of kap_system(kind, arguments...), which the session answers.
 namespace kap::ado::embedded {
 
+// What SET CONTEXT_INFO keeps: shorter bytes are filled up with zeros.
+inline constexpr int kContextBytes = 128;
+
 enum class SystemValue {
     Error,
     RowCount,

@@ -252,7 +252,7 @@ private:
 
     // The rows of VALUES, as many as TOP or SET ROWCOUNT allows.
     std::string limited(const std::string& rows, std::size_t count) {
-        const std::string values = " VALUES " + rows;
+        std::string values = " VALUES " + rows;
         if (!statement_.top && count <= 1) return values;
         const std::string most = limit(tsql::integerText(static_cast<std::int64_t>(count)));
         return most.empty() ? values : " SELECT * FROM (" + values + ")" + most;
