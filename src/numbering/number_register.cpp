@@ -23,7 +23,9 @@ bool byNumber(const Carrier& left, const Carrier& right) {
 }
 
 bool has(const std::vector<Carrier>& carriers, std::int64_t number, bool entry) {
-    const auto [first, last] = std::ranges::equal_range(carriers, number, {}, &Carrier::number);
+    Carrier wanted;
+    wanted.number = number;
+    const auto [first, last] = std::equal_range(carriers.begin(), carriers.end(), wanted, byNumber);
     return std::any_of(first, last, [entry](const Carrier& one) {
         return one.kind != CarrierKind::Reservation && (one.kind == CarrierKind::Entry) == entry;
     });

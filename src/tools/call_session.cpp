@@ -21,7 +21,7 @@ namespace {
 // Names of classes have one part, or two with their library's in front.
 constexpr std::size_t kMostPartsOfAClass = 2;
 
-std::string joined(const std::vector<std::string>& path, std::size_t parts) {
+std::string joinedParts(const std::vector<std::string>& path, std::size_t parts) {
     std::string name = path.front();
     for (std::size_t i = 1; i < parts; ++i) {
         name += "." + path[i];
@@ -159,7 +159,8 @@ CallOutcome callMember(Object& object, const std::string& name,
 
 std::vector<std::string> CallSession::begin(const std::vector<std::string>& path) {
     for (std::size_t parts = kMostPartsOfAClass; parts > 0; --parts) {
-        const ShownClass* shown = parts <= path.size() ? findClass(joined(path, parts)) : nullptr;
+        const ShownClass* shown =
+            parts <= path.size() ? findClass(joinedParts(path, parts)) : nullptr;
         if (shown == nullptr) {
             continue;
         }
