@@ -29,6 +29,7 @@ std::string errorsOf(const Ref<Connection>& connection) {
 }
 
 TEST(ReplayedAnswers, KeepTheServersMessagesInItsOrder) {
+    // A procedure raises because of the violation; FreeTDS tells that first.
     test::Replay replay(R"(
 > EXEC salva
 error 42000 50000 [FreeTDS][SQL Server][Conti] chiusi
@@ -36,10 +37,23 @@ error 23000 2627 [FreeTDS][SQL Server]Violation of PRIMARY KEY constraint
 error 01000 3621 [FreeTDS][SQL Server]The statement has been terminated.
 )");
     const auto connection = replay.open();
+    EXPECT_EQ(raisedBy([&] { connection->Execute(u"EXEC salva"); }), errors::kIntegrity);
+    EXPECT_EQ(
+        errorsOf(connection),
+        "-2147217873 23000 2627 Violation of PRIMARY KEY constraint; "
+        "-2147217900 42000 50000 [Conti] chiusi; 0 01000 3621 The statement has been terminated.");
+}
+
+TEST(ReplayedAnswers, StayInTheOrderOfADriverThatKeepsIt) {
+    test::Replay replay(R"(
+> EXEC salva
+error 42000 50000 [Maker][Driver][SQL Server][Conti] chiusi
+error 23000 2627 [Maker][Driver][SQL Server]Violation
+)");
+    const auto connection = replay.open();
     EXPECT_EQ(raisedBy([&] { connection->Execute(u"EXEC salva"); }), errors::kCommandText);
     EXPECT_EQ(errorsOf(connection),
-              "-2147217900 42000 50000 [Conti] chiusi; -2147217873 23000 2627 Violation of PRIMARY "
-              "KEY constraint; 0 01000 3621 The statement has been terminated.");
+              "-2147217900 42000 50000 [Conti] chiusi; -2147217873 23000 2627 Violation");
 }
 
 TEST(ReplayedAnswers, AreTakenBehindAnErrorAndBeforeOne) {

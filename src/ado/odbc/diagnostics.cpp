@@ -92,8 +92,10 @@ std::string utf8Of(const std::u16string& text) {
     return unicode::displayUtf8(text);
 }
 
-// One report of a handle; false behind the last.
-bool readRecord(SQLSMALLINT kind, SQLHANDLE handle, SQLSMALLINT record, ServerMessage& message) {
+// One report of a handle, and whether it is of a driver that puts its reports in an order of its
+// own; false behind the last.
+bool readRecord(SQLSMALLINT kind, SQLHANDLE handle, SQLSMALLINT record, ServerMessage& message,
+                bool& sorts) {
     std::array<char16_t, 6> state{};
     std::u16string text(512, u'\0');
     SQLINTEGER native = 0;
@@ -113,8 +115,26 @@ bool readRecord(SQLSMALLINT kind, SQLHANDLE handle, SQLSMALLINT record, ServerMe
     text.resize(static_cast<std::size_t>(length));
     message.nativeNumber = native;
     message.state = utf8Of(std::u16string(state.data(), 5));
-    message.text = withoutOrigin(utf8Of(text));
+    const std::string whole = utf8Of(text);
+    sorts = sorts || whole.find("[FreeTDS]") != std::string::npos;
+    message.text = withoutOrigin(whole);
     return true;
+}
+
+// FreeTDS tells what a script raises before a constraint that was violated first. On one line there
+// is nothing to tell them apart by, and scripts raise because of what has failed before.
+void restoreOrder(std::vector<ServerMessage>& messages) {
+    constexpr std::int32_t kFirstOfScripts = 50000;
+    const auto goesBehind = [&](const ServerMessage& raised, const ServerMessage& constraint) {
+        return raised.isError() && raised.nativeNumber >= kFirstOfScripts &&
+               constraint.state.starts_with("23") && constraint.nativeNumber < kFirstOfScripts &&
+               constraint.line <= raised.line;
+    };
+    for (std::size_t end = 1; end < messages.size(); ++end) {
+        for (std::size_t at = end; at > 0 && goesBehind(messages[at - 1], messages[at]); --at) {
+            std::swap(messages[at - 1], messages[at]);
+        }
+    }
 }
 
 }  // namespace
@@ -148,9 +168,10 @@ std::string withoutOrigin(std::string_view text) {
 
 std::vector<ServerMessage> diagnosticsOf(SQLSMALLINT kind, SQLHANDLE handle, bool failed) {
     std::vector<ServerMessage> messages;
+    bool sorts = false;
     for (SQLSMALLINT record = 1;; ++record) {
         ServerMessage message;
-        if (!readRecord(kind, handle, record, message)) {
+        if (!readRecord(kind, handle, record, message, sorts)) {
             break;
         }
         // A failed call may report warnings, too: they are of class 01, or of no class.
@@ -161,6 +182,9 @@ std::vector<ServerMessage> diagnosticsOf(SQLSMALLINT kind, SQLHANDLE handle, boo
         }
         message.line = kind == SQL_HANDLE_STMT ? lineOf(kind, handle, record) : 0;
         messages.push_back(std::move(message));
+    }
+    if (sorts) {
+        restoreOrder(messages);
     }
     if (failed && std::ranges::none_of(messages, &ServerMessage::isError)) {
         // Some drivers call their only report a warning, or fail without a word.
