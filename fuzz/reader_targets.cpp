@@ -3,33 +3,29 @@
 #include <unistd.h>
 
 #include <array>
-#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <sstream>
 #include <string>
+#include <vector>
 
 #include <kaputil/ado/connection.hpp>
 #include <kaputil/ado/recordset.hpp>
-#include <kaputil/frame/error.hpp>
 
 #include "ado/connection_string.hpp"
 #include "frame/unicode.hpp"
+#include "fuzz/reader_support.hpp"
 #include "host/text_source/schema.hpp"
 #include "platform/mail/card.hpp"
 #include "platform/profile_text.hpp"
 #include "platform/registry/registration_text.hpp"
+#include "tools/settings_file.hpp"
+#include "tools/usage_error.hpp"
 
 namespace kap::fuzz {
 namespace {
-
-void require(bool holds, const char* what) {
-    if (!holds) {
-        std::fprintf(stderr, "fuzz: %s\n", what);
-        std::abort();
-    }
-}
 
 // Each unit as one byte, so that the samples are texts to the readers of bytes, too.
 std::string bytesOf(std::u16string_view text) {
@@ -38,18 +34,6 @@ std::string bytesOf(std::u16string_view text) {
         bytes.push_back(static_cast<char>(unit & 0xFF));
     }
     return bytes;
-}
-
-// Whatever an action raises is an error that a client can read.
-template <class Action>
-bool ends(Action action) {
-    try {
-        action();
-        return true;
-    } catch (const AutomationError& error) {
-        require(!error.description().empty(), "an error without a description");
-        return false;
-    }
 }
 
 // A folder of the process's own.
@@ -66,12 +50,6 @@ const std::filesystem::path& folder() {
     }();
     return made;
 }
-
-constexpr const char16_t* kTables =
-    u"CREATE TABLE t (a int IDENTITY PRIMARY KEY, b varchar(20), c money, d datetime, AggID "
-    u"timestamp)"
-    u"CREATE TABLE u (a int REFERENCES t(a), b float) CREATE INDEX i ON u (b)"
-    u"INSERT INTO t (b, c, d) VALUES ('uno', 1.5, '20030102') INSERT INTO u VALUES (1, 0.5)";
 
 // Scripts are read and translated, and what they would do is told instead of done.
 void scripts(std::u16string_view text) {
@@ -139,6 +117,26 @@ void schemas(std::u16string_view text) {
     ends([&] { static_cast<void>(host::text_source::readSchema(folder(), u"E.TXT")); });
 }
 
+// What a file of settings says is said by the file that is written of it.
+void settings(std::u16string_view text) {
+    const auto given = unicode::utf8(text);
+    std::vector<tools::FileSetting> read;
+    try {
+        read = tools::readSettings(given ? *given : bytesOf(text), "prova");
+    } catch (const tools::UsageError&) {
+        return;
+    }
+    std::ostringstream written;
+    tools::writeSettings(written, read);
+    const auto again = tools::readSettings(written.str(), "prova");
+    require(again.size() == read.size(), "settings that read otherwise");
+    for (std::size_t i = 0; i < read.size(); ++i) {
+        require(again[i].path.text() == read[i].path.text() && again[i].value == read[i].value &&
+                    again[i].flag == read[i].flag && again[i].note == read[i].note,
+                "a setting that reads otherwise");
+    }
+}
+
 std::string soundDatabase() {
     const std::filesystem::path file = folder() / "intero.db";
     {
@@ -176,12 +174,13 @@ void databases(std::u16string_view text) {
     });
 }
 
-constexpr std::array<Target, 7> kReaderTargets = {{{"scripts", &scripts, 10},
+constexpr std::array<Target, 8> kReaderTargets = {{{"scripts", &scripts, 10},
                                                    {"registrations", &registrations},
                                                    {"profiles", &profiles},
                                                    {"cards", &cards},
                                                    {"connections", &connections},
                                                    {"schemas", &schemas, 10},
+                                                   {"settings", &settings},
                                                    {"databases", &databases, 40}}};
 
 }  // namespace

@@ -10,4 +10,7 @@ namespace kap::fuzz {
 // databases.
 [[nodiscard]] std::span<const Target> readerTargets();
 
+// Scripts that are run, and the conversions of the dialect.
+[[nodiscard]] std::span<const Target> sqlTargets();
+
 }  // namespace kap::fuzz

@@ -261,9 +261,10 @@ constexpr std::array<Target, 9> kTargets = {{{"numbers", &numbers},
 
 std::span<const Target> targets() {
     static const std::vector<Target> all = [] {
-        std::vector<Target> both(kTargets.begin(), kTargets.end());
-        both.insert(both.end(), readerTargets().begin(), readerTargets().end());
-        return both;
+        std::vector<Target> known(kTargets.begin(), kTargets.end());
+        known.insert(known.end(), readerTargets().begin(), readerTargets().end());
+        known.insert(known.end(), sqlTargets().begin(), sqlTargets().end());
+        return known;
     }();
     return all;
 }
