@@ -52,8 +52,9 @@ struct TableFact {
 };
 
 struct DatabaseFacts {
-    std::vector<TableFact> tables;    // by name
-    std::vector<ModuleFact> modules;  // by kind and name
+    std::optional<std::int64_t> bytes;  // of the file, where the database is one
+    std::vector<TableFact> tables;      // by name
+    std::vector<ModuleFact> modules;    // by kind and name
 };
 
 // One query a catalogue view, and one a table for the number of its rows. Raises the database's

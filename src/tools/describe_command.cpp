@@ -1,6 +1,9 @@
 #include "tools/describe_command.hpp"
 
+#include <cstdint>
+#include <filesystem>
 #include <iostream>
+#include <system_error>
 
 #include "frame/clock.hpp"
 #include "tools/database_name.hpp"
@@ -25,11 +28,23 @@ void print(std::ostream& out, const DescribeCommand& command, const DatabaseFact
     }
 }
 
+// Of a regular file; a server's name is none.
+std::optional<std::int64_t> fileSize(const std::string& name) {
+    const std::filesystem::path path(std::u8string(name.begin(), name.end()));
+    std::error_code error;
+    if (!std::filesystem::is_regular_file(path, error)) {
+        return std::nullopt;
+    }
+    const std::uintmax_t bytes = std::filesystem::file_size(path, error);
+    return error ? std::nullopt : std::optional(static_cast<std::int64_t>(bytes));
+}
+
 }  // namespace
 
 int DescribeCommand::run() const {
     return withDatabase(connection, Access::Reading, json, [this](ado::Connection& database) {
-        const DatabaseFacts facts = readDatabaseFacts(database, table);
+        DatabaseFacts facts = readDatabaseFacts(database, table);
+        facts.bytes = fileSize(databaseName(connection));
         if (table && facts.tables.empty()) {
             throw UsageError("there is no table " + *table);
         }

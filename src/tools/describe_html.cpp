@@ -17,7 +17,8 @@ public:
         : facts_(facts), language_(language) {}
 
     std::string body(const std::string& source, const std::string& time) {
-        add(element("h1", title()) + "<p class=\"soft\">" + html(source + " · " + time) + "</p>\n");
+        add(element("h1", title()) + "<p class=\"soft\">" + html(source + " · " + time + size()) +
+            "</p>\n");
         summary();
         if (const std::string drawing = relationDrawing(facts_, language_); !drawing.empty()) {
             add(element("h3", word("Chi si riferisce a chi", "Who refers to whom")) +
@@ -42,6 +43,14 @@ private:
         return language_ == Language::Italian ? italian : english;
     }
     void add(const std::string& text) { text_ += text; }
+
+    // " · 1.234 kB"
+    [[nodiscard]] std::string size() const {
+        constexpr std::int64_t kKilobyte = 1000;
+        return facts_.bytes
+                   ? " · " + grouped((*facts_.bytes + kKilobyte - 1) / kKilobyte, language_) + " kB"
+                   : std::string();
+    }
 
     void head(std::initializer_list<std::string> titles) {
         add("<div class=\"wide\"><table><thead><tr>");

@@ -65,7 +65,8 @@ Json jsonOf(const TableFact& table) {
 
 void printFactsJson(std::ostream& out, const DatabaseFacts& facts) {
     const auto described = [](const auto& one) { return jsonOf(one); };
-    out << Json{{"tables", listOf(facts.tables, described)},
+    out << Json{{"bytes", facts.bytes ? Json(*facts.bytes) : Json(nullptr)},
+                {"tables", listOf(facts.tables, described)},
                 {"modules", listOf(facts.modules, described)}}
                .dump(2)
         << '\n';

@@ -69,6 +69,9 @@ void print(std::ostream& out, const TableFact& table, const Terminal& terminal) 
 }  // namespace
 
 void printFacts(std::ostream& out, const DatabaseFacts& facts, const Terminal& terminal) {
+    if (facts.bytes) {
+        out << plain::text(*facts.bytes) << " bytes\n\n";
+    }
     for (const TableFact& table : facts.tables) {
         print(out, table, terminal);
         out << '\n';

@@ -57,7 +57,7 @@ TEST_F(DescribeCommand, ShowsTablesWithAllThatBelongsToThem) {
 
 TEST_F(DescribeCommand, ShowsOneTable) {
     const Outcome run = describe({"--table", "clienti"});
-    EXPECT_TRUE(run.out.starts_with("Clienti  2 rows\n")) << run.out;
+    EXPECT_TRUE(contains(run.out, " bytes\n\nClienti  2 rows\n")) << run.out;
     EXPECT_FALSE(contains(run.out, "Ordini"));
     const Outcome none = describe({"--table", "Fatture"});
     EXPECT_EQ(none.exitCode, 2);
@@ -67,6 +67,7 @@ TEST_F(DescribeCommand, ShowsOneTable) {
 TEST_F(DescribeCommand, PrintsOneJsonObjectForPrograms) {
     const json all = json::parse(describe({"--json"}).out);
     ASSERT_EQ(all["tables"].size(), 3U);
+    EXPECT_GT(all["bytes"], 0);
     EXPECT_EQ(all["tables"][0]["name"], "Clienti");
     EXPECT_EQ(all["tables"][0]["rows"], 2);
     EXPECT_EQ(all["tables"][2]["foreignKeys"][0]["table"], "Clienti");
