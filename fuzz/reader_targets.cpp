@@ -120,9 +120,12 @@ void schemas(std::u16string_view text) {
 // What a file of settings says is said by the file that is written of it.
 void settings(std::u16string_view text) {
     const auto given = unicode::utf8(text);
+    if (!given) {
+        return;  // files are known to be UTF-8 before they come here
+    }
     std::vector<tools::FileSetting> read;
     try {
-        read = tools::readSettings(given ? *given : bytesOf(text), "prova");
+        read = tools::readSettings(*given, "prova");
     } catch (const tools::UsageError&) {
         return;
     }
