@@ -151,6 +151,7 @@ int DemoCommand::run() const {
     }
     try {
         tellStory(report, connectionString);
+        writeRegister(*this, connectionString, report);
     } catch (const AutomationError& error) {
         return fail(
             "the demo ended with error " + plain::text(error.number()) + ": " + error.what(),
@@ -158,7 +159,6 @@ int DemoCommand::run() const {
     } catch (const StoryError& error) {
         return fail(error.what(), kFailed);
     }
-    writeRegister(*this, connectionString, report);
     report.finish(hintFor(*this));
     return report.allExpected() ? kSuccess : kFailed;
 }

@@ -29,6 +29,7 @@ NumbersView viewOf(const NumbersCommand& command, ado::Connection& database) {
     request.year = command.year;
     Variant connection{Ref<Object>(&database)};
     view.registers = numbering::readRegisters(connection, request);
+    view.cutAnomalies();
     return view;
 }
 
@@ -46,8 +47,8 @@ void print(std::ostream& out, const NumbersCommand& command, const NumbersView& 
 }
 
 bool hasAnomalies(const NumbersView& view) {
-    return std::ranges::any_of(view.registers, [&view](const numbering::NumberRegister& one) {
-        return !view.anomaliesOf(one).empty();
+    return std::ranges::any_of(view.registers, [](const numbering::NumberRegister& one) {
+        return !one.anomalies.empty();
     });
 }
 

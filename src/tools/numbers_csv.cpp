@@ -17,15 +17,20 @@ public:
     CsvPrinter(std::ostream& out, const NumbersView& view) : out_(out), view_(view) {}
 
     void print(const NumberRegister& one) {
-        const auto anomalies = view_.anomaliesOf(one);
-        auto next = anomalies.begin();
+        auto next = one.anomalies.begin();
         for (const RegisterLine& line : view_.linesOf(one)) {
             // Both are in the order of their numbers.
             std::string kinds;
-            for (; next != anomalies.end() && next->first <= line.first; ++next) {
+            for (; next != one.anomalies.end() && next->first <= line.first; ++next) {
                 kinds += (kinds.empty() ? "" : " ") + std::string(numbering::nameOf(next->kind));
             }
             print(one, line, kinds);
+        }
+        // Numbers of a type that changed its counter may lie behind the last line.
+        for (; next != one.anomalies.end(); ++next) {
+            out_ << csvLine({one.counter.utf8(), plain::text(one.year), plain::text(next->first),
+                             plain::text(next->last), "",
+                             std::string(numbering::nameOf(next->kind)), "", "", "", ""});
         }
     }
 

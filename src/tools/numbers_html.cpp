@@ -95,7 +95,7 @@ private:
                 const std::int64_t count = countOf(one.totals, state);
                 cell(count == 0 ? "" : number(count));
             }
-            const auto anomalies = static_cast<std::int64_t>(view_.anomaliesOf(one).size());
+            const auto anomalies = static_cast<std::int64_t>(one.anomalies.size());
             cell(anomalies == 0 ? word("nessuna", "none") : number(anomalies));
             add("</tr>\n");
         }
@@ -159,7 +159,7 @@ private:
     }
 
     void anomalies(const NumberRegister& one) {
-        const auto found = view_.anomaliesOf(one);
+        const std::vector<Anomaly>& found = one.anomalies;
         if (found.empty()) {
             add(element("p", word("Nessuna anomalia: tutti i numeri sono giustificati.",
                                   "No anomalies: every number is accounted for.")) +
@@ -187,13 +187,9 @@ private:
             element("th", word("Numero", "Number"), "n") + element("th", word("Stato", "State")) +
             element("th", word("Documenti", "Documents")) + "</tr></thead>\n<tbody>\n");
         for (std::size_t i = 0; i < std::min(lines.size(), kMostRows); ++i) {
-            std::string carriers;
-            for (const auto& carrier : lines[i].carriers) {
-                carriers += (carriers.empty() ? "" : ", ") + carrierText(one, carrier, language_);
-            }
             add("<tr>" + element("td", range(lines[i].first, lines[i].last), "n") +
                 element("td", std::string(wordFor(lines[i].state, language_))) +
-                element("td", carriers) + "</tr>\n");
+                element("td", carriersText(one, lines[i].carriers, language_)) + "</tr>\n");
         }
         endTable(lines.size());
     }

@@ -44,9 +44,9 @@ Json carriersOf(const NumberRegister& one, const Carriers& carriers) {
     return all;
 }
 
-Json anomaliesOf(const NumbersView& view, const NumberRegister& one) {
+Json anomaliesOf(const NumberRegister& one) {
     Json all = Json::array();
-    for (const auto& anomaly : view.anomaliesOf(one)) {
+    for (const auto& anomaly : one.anomalies) {
         Json json = {{"kind", numbering::nameOf(anomaly.kind)},
                      {"first", anomaly.first},
                      {"last", anomaly.last},
@@ -70,17 +70,6 @@ Json linesOf(const NumbersView& view, const NumberRegister& one) {
     return all;
 }
 
-Json reservationsOf(const NumbersView& view, const NumberRegister& one) {
-    Json all = Json::array();
-    for (const Carrier& carrier : one.carriers) {
-        if (carrier.kind == CarrierKind::Reservation && carrier.number >= view.from &&
-            carrier.number <= view.to) {
-            all.push_back(jsonOf(one, carrier));
-        }
-    }
-    return all;
-}
-
 Json jsonOf(const NumbersView& view, const NumberRegister& one) {
     const auto& totals = one.totals;
     Json json = {{"counter", one.counter.utf8()},
@@ -98,8 +87,8 @@ Json jsonOf(const NumbersView& view, const NumberRegister& one) {
                    {"provisional", totals.provisional},
                    {"ahead", totals.ahead},
                    {"beyond", totals.beyond}}},
-                 {"reservations", reservationsOf(view, one)},
-                 {"anomalies", anomaliesOf(view, one)}};
+                 {"reservations", carriersOf(one, view.reservationsOf(one))},
+                 {"anomalies", anomaliesOf(one)}};
     if (view.everyNumber) {
         json["register"] = linesOf(view, one);
     }

@@ -12,17 +12,20 @@
 // What `kaputil numbers` writes, in its four forms.
 namespace kap::tools {
 
+// The registers, or what of them lies within the numbers that are asked for; the totals are those
+// of the whole counter.
 struct NumbersView {
     std::vector<numbering::NumberRegister> registers;
     bool everyNumber = false;  // the whole register, not only what is amiss
-    // The numbers that are asked for; the totals are those of the whole counter.
     std::int64_t from = INT64_MIN;
     std::int64_t to = INT64_MAX;
 
-    // The lines and anomalies within these numbers, cut at their ends.
+    // Leaves the anomalies within the numbers, cut at their ends.
+    void cutAnomalies();
+    // The lines within the numbers, cut at their ends.
     [[nodiscard]] std::vector<numbering::RegisterLine> linesOf(
         const numbering::NumberRegister& one) const;
-    [[nodiscard]] std::vector<numbering::Anomaly> anomaliesOf(
+    [[nodiscard]] std::vector<numbering::Carrier> reservationsOf(
         const numbering::NumberRegister& one) const;
 };
 

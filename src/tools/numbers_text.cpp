@@ -93,13 +93,9 @@ private:
         constexpr std::size_t kNumberColumns = 11;
         constexpr std::size_t kStateColumns = 13;
         for (const auto& each : view_.linesOf(one)) {
-            std::string carriers;
-            for (const auto& carrier : each.carriers) {
-                carriers += (carriers.empty() ? "" : ", ") + carrierText(one, carrier, kLanguage);
-            }
             std::string text = rightAligned(rangeText(each.first, each.last), kNumberColumns) +
                                "  " + padded(numbering::nameOf(each.state), kStateColumns) +
-                               shownText(carriers);
+                               shownText(carriersText(one, each.carriers, kLanguage));
             text.erase(text.find_last_not_of(' ') + 1);
             out_ << text << '\n';
         }
@@ -107,19 +103,16 @@ private:
 
     void reservations(const NumberRegister& one) {
         std::string_view label = "reserved";
-        for (const auto& carrier : one.carriers) {
-            if (carrier.kind == numbering::CarrierKind::Reservation &&
-                carrier.number >= view_.from && carrier.number <= view_.to) {
-                line(label, plain::text(carrier.number) + "  " +
-                                reservationState(one.labelOf(carrier).utf8(), kLanguage));
-                label = {};
-            }
+        for (const numbering::Carrier& carrier : view_.reservationsOf(one)) {
+            line(label, plain::text(carrier.number) + "  " +
+                            reservationState(one.labelOf(carrier).utf8(), kLanguage));
+            label = {};
         }
     }
 
     void anomalies(const NumberRegister& one) {
         constexpr std::size_t kNumberColumns = 9;
-        for (const auto& anomaly : view_.anomaliesOf(one)) {
+        for (const auto& anomaly : one.anomalies) {
             const std::string numbers = rangeText(anomaly.first, anomaly.last);
             out_ << "  " << terminal_.styled(Style::Yellow, padded(numbers, kNumberColumns)) << ' '
                  << wordFor(anomaly.kind, kLanguage) << ": "

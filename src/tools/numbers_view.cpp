@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <iterator>
 
 #include "tools/numbers_output.hpp"
 
@@ -22,12 +23,21 @@ std::vector<numbering::RegisterLine> NumbersView::linesOf(
     return lines;
 }
 
-std::vector<numbering::Anomaly> NumbersView::anomaliesOf(
+void NumbersView::cutAnomalies() {
+    for (numbering::NumberRegister& one : registers) {
+        std::erase_if(one.anomalies,
+                      [this](numbering::Anomaly& anomaly) { return !cut(anomaly, from, to); });
+    }
+}
+
+std::vector<numbering::Carrier> NumbersView::reservationsOf(
     const numbering::NumberRegister& one) const {
-    std::vector<numbering::Anomaly> anomalies = one.anomalies;
-    std::erase_if(anomalies,
-                  [this](numbering::Anomaly& anomaly) { return !cut(anomaly, from, to); });
-    return anomalies;
+    std::vector<numbering::Carrier> found;
+    std::ranges::copy_if(one.carriers, std::back_inserter(found), [this](const auto& carrier) {
+        return carrier.kind == numbering::CarrierKind::Reservation && carrier.number >= from &&
+               carrier.number <= to;
+    });
+    return found;
 }
 
 }  // namespace kap::tools

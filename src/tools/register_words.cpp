@@ -161,15 +161,21 @@ std::string carrierText(const NumberRegister& numberRegister, const Carrier& car
     return more.empty() ? text : text + " (" + more + ")";
 }
 
+std::string carriersText(const NumberRegister& numberRegister, std::span<const Carrier> carriers,
+                         Language language) {
+    std::string text;
+    for (const Carrier& one : carriers) {
+        text += (text.empty() ? "" : ", ") + carrierText(numberRegister, one, language);
+    }
+    return text;
+}
+
 std::string anomalyText(const NumberRegister& numberRegister, const Anomaly& anomaly,
                         Language language) {
     if (anomaly.kind == AnomalyKind::Missing) {
         return placeText(numberRegister, anomaly, language);
     }
-    std::string text;
-    for (const Carrier& one : anomaly.carriers) {
-        text += (text.empty() ? "" : ", ") + carrierText(numberRegister, one, language);
-    }
+    std::string text = carriersText(numberRegister, anomaly.carriers, language);
     const bool italian = language == Language::Italian;
     if (anomaly.kind == AnomalyKind::CounterChanged) {
         text += (italian ? "; altro contatore: " : "; other counter: ") + anomaly.other.utf8();

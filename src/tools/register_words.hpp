@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstdint>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -40,6 +41,11 @@ inline constexpr std::array kNumberStates = {
 // "prenotazione 5 (letta)".
 [[nodiscard]] std::string carrierText(const numbering::NumberRegister& numberRegister,
                                       const numbering::Carrier& carrier, Language language);
+
+// Several of them with commas between.
+[[nodiscard]] std::string carriersText(const numbering::NumberRegister& numberRegister,
+                                       std::span<const numbering::Carrier> carriers,
+                                       Language language);
 
 // Who or what is meant: the carriers with commas between; of missing numbers where they are
 // missing; of a type that changed its counter, from where to where.

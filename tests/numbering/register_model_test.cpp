@@ -275,7 +275,7 @@ std::multiset<std::string> linesFound(const NumberRegister& of) {
         for (const Carrier& one : line.carriers) {
             carriers.insert(carrierText(of, one));
         }
-        std::string text = rangeText(line.first, line.last) + " " + stateText(line.state);
+        std::string text = rangeText(line.first, line.last) + " " + std::string(nameOf(line.state));
         const char* separator = ": ";
         for (const std::string& one : carriers) {
             text += separator + one;

@@ -26,12 +26,6 @@ inline std::string carrierText(const NumberRegister& of, const Carrier& one) {
     return "reservation " + number + (label.empty() ? "" : " " + label);
 }
 
-inline const char* stateText(NumberState state) {
-    constexpr const char* kNames[] = {"used",    "provisional", "reserved",
-                                      "missing", "doubled",     "beyond"};
-    return kNames[static_cast<std::size_t>(state)];
-}
-
 inline const char* anomalyName(AnomalyKind kind) {
     constexpr const char* kNames[] = {"missing",
                                       "doubled",
@@ -65,7 +59,7 @@ inline std::vector<std::string> lineTexts(const NumberRegister& of) {
     std::vector<std::string> texts;
     for (const RegisterLine& line : linesOf(of)) {
         const std::string carriers = carriersText(of, line.carriers);
-        texts.push_back(rangeText(line.first, line.last) + " " + stateText(line.state) +
+        texts.push_back(rangeText(line.first, line.last) + " " + std::string(nameOf(line.state)) +
                         (carriers.empty() ? "" : ": " + carriers));
     }
     return texts;

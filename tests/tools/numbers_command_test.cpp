@@ -138,6 +138,23 @@ TEST_F(NumbersCommand, PrintsTheWholeRegisterForSpreadsheets) {
               "FAT,2025,4,4,missing,missing,,,,\r\n");
 }
 
+TEST_F(NumbersCommand, TellsSpreadsheetsOfATypeThatChangedItsCounterAlsoBehindTheLastNumber) {
+    const Outcome changed = kaputil(
+        {"sql", "--connection", connection()},
+        "ALTER TABLE mag_TDocumenti ADD MC_Registrazione varchar(10) NULL\nGO\n"
+        "UPDATE mag_TDocumenti SET MC_Registrazione = 'M1' WHERE Tipo = 'FAI' AND Numero = 13\n"
+        "CREATE TABLE con_MovConD (Protocollo int, Anno smallint, Registro varchar(5))\n"
+        "INSERT INTO con_MovConD VALUES (13, 2025, 'FAT')\n"
+        "INSERT INTO vtx_TabPro VALUES ('FA2', 2025, 0, 0, 0)\n"
+        "UPDATE vtx_TabDoc SET TipoProg = 'FA2' WHERE Codice = 'FAI'\n");
+    ASSERT_EQ(changed.exitCode, 0) << changed.err;
+    const Outcome run = numbers({"--counter", "FA2", "--year", "2025", "--csv"});
+    EXPECT_TRUE(
+        run.out.ends_with("FA2,2025,10,10,beyond,beyond,document,FAI,,0\r\n"
+                          "FA2,2025,13,13,,counterChanged,,,,\r\n"))
+        << run.out;
+}
+
 TEST_F(NumbersCommand, FailsOnAnomaliesWhereItIsToldTo) {
     EXPECT_EQ(numbers({"--fail-on", "anomalies"}).exitCode, 4);
     EXPECT_EQ(numbers({"--fail-on", "anomalies", "--counter", "BOL"}).exitCode, 0);
