@@ -105,7 +105,9 @@ void Transactions::discard() noexcept {
     forget();
 }
 
-// With a statement that is ready: also when there is no memory, the lock must be given back.
+// With a statement that is ready: also when there is no memory, the lock must be given back. It is
+// not ready when something has changed the temporary schema since (the tables that catch rows for
+// OUTPUT and triggers do); then the transaction stays open until the connection is used again.
 void Transactions::undoAll() noexcept {
     const TimeLimit::Pause whole;
     sqlite3_step(rollback_.handle());

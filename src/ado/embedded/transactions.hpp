@@ -30,6 +30,11 @@ public:
 
     // 0 also when SQLite has ended the transaction by itself.
     [[nodiscard]] int depth() const noexcept { return database_.inTransaction() ? depth_ : 0; }
+    // Whether a transaction is open just where somebody owns one. Without memory even a rollback
+    // may fail; the next scope makes up for it.
+    [[nodiscard]] bool isSettled() const noexcept {
+        return database_.inTransaction() == (depth_ > 0 || scoped_);
+    }
     void begin();
     // Raise ServerError 3902 and 3903 when there is none.
     void commit();

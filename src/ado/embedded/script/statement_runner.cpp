@@ -88,6 +88,10 @@ bool StatementRunner::isCurrent(const Prepared& prepared) const {
     return prepared.ready && prepared.generation == catalogue_.generation();
 }
 
+bool StatementRunner::needsScope(const Prepared& prepared) const {
+    return !isCurrent(prepared) || prepared.translation.readsSchema || !transactions_.isSettled();
+}
+
 void StatementRunner::use(Prepared& prepared, Translation translation) {
     prepared.ready = false;
     prepared.statements.clear();
@@ -169,8 +173,7 @@ Value StatementRunner::firstValue(Prepared& prepared) {
 void StatementRunner::select(Prepared& prepared, const tsql::Statement& statement,
                              std::vector<Result>& results) {
     Result result;
-    const bool tries = isCurrent(prepared) && !prepared.translation.readsSchema;
-    if (!tries || !trySelect(prepared, result)) {
+    if (needsScope(prepared) || !trySelect(prepared, result)) {
         const Transactions::ReadScope scope(transactions_);
         ensureCurrent(prepared, statement);
         if (prepared.translation.kind == StatementKind::Assign) {

@@ -58,7 +58,7 @@ public:
     // The value of an expression, of the type that its translation says.
     template <typename Make>
     [[nodiscard]] Value value(Prepared& prepared, const Make& make) {
-        if (!isCurrent(prepared) || prepared.translation.readsSchema) {
+        if (needsScope(prepared)) {
             const Transactions::ReadScope scope(transactions_);
             if (!isCurrent(prepared)) {
                 use(prepared, make());
@@ -85,6 +85,8 @@ public:
 
 private:
     [[nodiscard]] bool isCurrent(const Prepared& prepared) const;
+    // Whether it can be read only in a scope, which first ends a transaction that nobody owns.
+    [[nodiscard]] bool needsScope(const Prepared& prepared) const;
     void use(Prepared& prepared, Translation translation);
     void ensureCurrent(Prepared& prepared, const tsql::Statement& statement);
     void prepareAll(Prepared& prepared);
