@@ -1,8 +1,6 @@
 // Recordsets against a plain list of numbers that is treated alike: added to, deleted from,
 // changed, filtered and sorted at random.
 #include <algorithm>
-#include <cstdlib>
-#include <iostream>
 #include <random>
 #include <vector>
 
@@ -12,17 +10,12 @@
 #include <kaputil/frame/plain_text.hpp>
 
 #include "support/database.hpp"
+#include "support/seed.hpp"
 
 namespace kap::ado {
 namespace {
 
 constexpr int kSteps = 800;
-
-std::uint32_t seed() {
-    const char* given = std::getenv("KAPUTIL_TEST_SEED");  // NOLINT(concurrency-mt-unsafe)
-    return given == nullptr ? std::random_device()()
-                            : static_cast<std::uint32_t>(std::stoul(given));
-}
 
 struct Row {
     int id;
@@ -65,8 +58,7 @@ private:
 
 class ModelTest : public ::testing::TestWithParam<LockTypeEnum> {
 protected:
-    ModelTest() : seed_(seed()), random_(seed_), rows_(make<Recordset>()) {
-        std::cout << "seed " << seed_ << " (KAPUTIL_TEST_SEED chooses one)\n";
+    ModelTest() : random_(test::randomSeed()), rows_(make<Recordset>()) {
         rows_->Fields()->Append(u"Id", DataTypeEnum::adInteger);
         rows_->Fields()->Append(u"Valore", DataTypeEnum::adInteger);
         rows_->setLockType(GetParam());
@@ -148,7 +140,6 @@ protected:
         ASSERT_EQ(test::fieldOf(rows_, 0).as<std::int32_t>(), shown.back()->id);
     }
 
-    std::uint32_t seed_;
     std::mt19937 random_;
     Ref<Recordset> rows_;
     Model model_;

@@ -4,6 +4,7 @@
 #include <random>
 
 #include "ado/embedded/functions/wide_integer.hpp"
+#include "support/seed.hpp"
 
 namespace kap::ado::embedded {
 namespace {
@@ -27,9 +28,7 @@ Native number(std::mt19937_64& random) {
 }
 
 TEST(WideInteger, ComputesAsTheCompilersDo) {
-    const auto seed = std::random_device()();
-    SCOPED_TRACE(seed);
-    std::mt19937_64 random(seed);
+    std::mt19937_64 random(test::randomSeed());
     for (int i = 0; i < 20000; ++i) {
         const Native a = number(random);
         const Native b = number(random);

@@ -6,6 +6,7 @@
 #include <random>
 
 #include "config/sample_tree.hpp"
+#include "support/seed.hpp"
 
 namespace kap {
 namespace {
@@ -118,9 +119,7 @@ TEST_F(ConfigurationLifetime, EndsWhenParentsGoRound) {
 }
 
 TEST_F(ConfigurationLifetime, EndsInEveryOrderOfDropping) {
-    const unsigned seed = std::random_device{}();
-    SCOPED_TRACE("seed " + std::to_string(seed));
-    std::mt19937 random(seed);
+    std::mt19937 random(test::randomSeed());
     for (int round = 0; round < 50; ++round) {
         std::vector<Ref<Object>> nodes;
         {

@@ -8,6 +8,7 @@
 #include <random>
 #include <string>
 
+#include "support/seed.hpp"
 #include "support/shown.hpp"
 
 namespace kap {
@@ -177,9 +178,7 @@ void doOne(Chooser& chooser, PlainBag& plain, CProprieta& bag) {
 }
 
 TEST(CProprietaRandom, DoesWithEveryTextWhatTheSearchesInPlainTextDo) {
-    const std::uint32_t seed = std::random_device()();
-    SCOPED_TRACE("seed " + std::to_string(seed));
-    Chooser chooser(seed);
+    Chooser chooser(test::randomSeed());
     for (int round = 0; round < 3000 && !testing::Test::HasFailure(); ++round) {
         PlainBag plain;
         const auto bag = make<CProprieta>();

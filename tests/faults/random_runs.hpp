@@ -3,9 +3,11 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <cstdint>
 #include <cstdlib>
-#include <random>
 #include <string>
+
+#include "support/seed.hpp"
 
 namespace kap::test {
 
@@ -17,23 +19,20 @@ inline std::chrono::milliseconds timeForFaults() {
 }
 
 // Runs `test(seed)` with one seed after the other until the time is over or something has failed.
-// KAPUTIL_FAULT_SEED chooses the first; what fails shows its own.
+// The first is randomSeed(); what fails shows its own.
 template <class Test>
 void withRandomSeeds(Test test) {
-    const char* chosen = std::getenv("KAPUTIL_FAULT_SEED");
-    std::uint32_t seed = chosen == nullptr
-                             ? std::random_device()()
-                             : static_cast<std::uint32_t>(std::strtoul(chosen, nullptr, 10));
+    std::uint32_t seed = randomSeed();
     const auto end = std::chrono::steady_clock::now() + timeForFaults();
     int runs = 0;
     do {
-        SCOPED_TRACE("KAPUTIL_FAULT_SEED=" + std::to_string(seed));
+        SCOPED_TRACE("KAPUTIL_TEST_SEED=" + std::to_string(seed));
         test(seed);
         ++runs;
         ++seed;
     } while (std::chrono::steady_clock::now() < end && !testing::Test::HasFailure());
     testing::Test::RecordProperty("runs", runs);
-    std::printf("%d runs, the last with KAPUTIL_FAULT_SEED=%u\n", runs, seed - 1);
+    std::printf("%d runs, the last with KAPUTIL_TEST_SEED=%u\n", runs, seed - 1);
 }
 
 }  // namespace kap::test

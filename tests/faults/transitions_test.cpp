@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdint>
+#include <cstdio>
 #include <iterator>
 #include <map>
 #include <new>
@@ -14,6 +16,7 @@
 #include "faults/random_runs.hpp"
 #include "faults/troubles.hpp"
 #include "support/database.hpp"
+#include "support/seed.hpp"
 
 namespace kap {
 namespace {
@@ -303,9 +306,7 @@ protected:
 };
 
 TEST_F(Transitions, AreMadeOrNotWhateverGoesWrongInThem) {
-    const std::uint32_t seed = std::random_device()();
-    std::printf("seed %u\n", seed);
-    std::mt19937 random(seed);
+    std::mt19937 random(test::randomSeed());
     for (const auto& trouble : test::everyTrouble(file_)) {
         for (const Story& story : stories()) {
             for (std::size_t at = 0; at < story.size() && !HasFailure(); ++at) {

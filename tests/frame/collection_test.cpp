@@ -9,6 +9,7 @@
 #include <kaputil/frame/error.hpp>
 
 #include "support/late_bound.hpp"
+#include "support/seed.hpp"
 #include "support/shown.hpp"
 
 namespace kap {
@@ -120,9 +121,7 @@ TEST(Collection, KeepsTheOrderOfTheOthersWhenOneGoes) {
 }
 
 TEST(Collection, FindsEveryPositionInAnyOrderAmongChanges) {
-    const unsigned seed = std::random_device{}();
-    SCOPED_TRACE("seed " + std::to_string(seed));
-    std::mt19937 random(seed);
+    std::mt19937 random(test::randomSeed());
     const auto collection = make<Collection>();
     std::vector<std::int32_t> model;
     for (std::int32_t step = 0; step < 3000; ++step) {

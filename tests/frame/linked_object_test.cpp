@@ -7,6 +7,7 @@
 #include <set>
 
 #include "frame/class_builder.hpp"
+#include "support/seed.hpp"
 
 namespace kap {
 namespace {
@@ -178,9 +179,7 @@ void expectReachedAlive(const std::vector<Ref<Part>>& held, const std::set<const
 }
 
 TEST_F(LinkedObjects, LiveAsLongAsTheyAreReachedAndNoLongerInAnyStructure) {
-    const unsigned seed = std::random_device{}();
-    SCOPED_TRACE("seed " + std::to_string(seed));
-    std::mt19937 random(seed);
+    std::mt19937 random(test::randomSeed());
     const auto below = [&](std::size_t bound) { return random() % bound; };
     std::vector<Ref<Part>> held;
     for (int step = 0; step < 4000; ++step) {

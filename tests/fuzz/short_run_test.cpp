@@ -8,7 +8,6 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <iostream>
 #include <iterator>
 #include <random>
 #include <string>
@@ -19,6 +18,7 @@
 
 #include "fuzz/targets.hpp"
 #include "support/build_folders.hpp"
+#include "support/seed.hpp"
 
 namespace kap::fuzz {
 namespace {
@@ -34,11 +34,6 @@ std::vector<Bytes> corpus() {
         seeds.emplace_back(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
     }
     return seeds;
-}
-
-std::uint64_t seed() {
-    const char* given = std::getenv("KAPUTIL_TEST_SEED");  // NOLINT(concurrency-mt-unsafe)
-    return given == nullptr ? std::random_device()() : std::stoull(given);
 }
 
 class Mutator {
@@ -99,9 +94,7 @@ private:
 class ShortRun : public testing::TestWithParam<std::string> {};
 
 TEST_P(ShortRun, HoldsForMutatedTexts) {
-    const std::uint64_t chosen = seed();
-    std::cout << "seed " << chosen << " (KAPUTIL_TEST_SEED chooses one)\n";
-    Mutator mutator(corpus(), chosen);
+    Mutator mutator(corpus(), test::randomSeed());
     const auto target = std::find_if(targets().begin(), targets().end(),
                                      [](const Target& one) { return one.name == GetParam(); });
     ASSERT_NE(target, targets().end());

@@ -12,6 +12,7 @@
 #include <kaputil/frame/locale.hpp>
 
 #include "ado/cell_value.hpp"
+#include "support/seed.hpp"
 #include "support/temporary_folder.hpp"
 #include "support/text_files.hpp"
 
@@ -161,12 +162,10 @@ protected:
     }
 
     test::TemporaryFolder folder_;
-    const unsigned seed_ = std::random_device{}();
-    std::minstd_rand random_{seed_};
+    std::minstd_rand random_{test::randomSeed()};
 };
 
 TEST_F(RowLinesTest, AreThoseOfTheTextsOfTheValues) {
-    SCOPED_TRACE("seed " + std::to_string(seed_));
     for (const char* locale : {"it-IT", "en-US"}) {
         const LocaleScope scope(locale);
         for (const char* settings :

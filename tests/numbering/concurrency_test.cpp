@@ -18,6 +18,7 @@
 
 #include "numbering/company.hpp"
 #include "support/build_folders.hpp"
+#include "support/seed.hpp"
 #include "support/temporary_folder.hpp"
 
 namespace kap::numbering::test {
@@ -158,9 +159,7 @@ int secondsOfKilling() {
 // KAPUTIL_NUMBERING_SECONDS=600 goes on for so long. A number is lost only when its taker was
 // killed between taking it and writing it down, so there is at most one a kill.
 TEST_F(Concurrency, HandsNoNumberOutTwiceWhenProgramsAreKilled) {
-    const auto seed = std::random_device{}();
-    std::cout << "seed " << seed << '\n';
-    std::mt19937 random(seed);
+    std::mt19937 random(test::randomSeed());
     const std::vector<std::string> ways = {"plain", "reserving", "old"};
     const std::string file = folder_.file("taken");
     const auto begun = Clock::now();

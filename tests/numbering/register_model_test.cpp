@@ -19,6 +19,7 @@
 #include "numbering/company.hpp"
 #include "numbering/register_text.hpp"
 #include "support/processes.hpp"
+#include "support/seed.hpp"
 #include "support/temporary_folder.hpp"
 
 namespace kap::numbering::test {
@@ -342,11 +343,9 @@ Ref<ado::Connection> company(const kap::test::TemporaryFolder& folder, std::mt19
 }
 
 TEST(RegisterOfRandomCompanies, IsThatOfAPlainModel) {
-    const auto seed = static_cast<std::uint32_t>(
-        configured("KAPUTIL_TEST_SEED", static_cast<int>(std::random_device()() >> 1)));
     const int companies = configured("KAPUTIL_COMPANIES", 5);
-    std::cout << "KAPUTIL_TEST_SEED=" << seed << " KAPUTIL_COMPANIES=" << companies << '\n';
-    std::mt19937 random(seed);
+    std::cout << "KAPUTIL_COMPANIES=" << companies << '\n';
+    std::mt19937 random(test::randomSeed());
     const kap::test::TemporaryFolder folder;
     int compared = 0;
     for (int i = 0; i < companies; ++i) {

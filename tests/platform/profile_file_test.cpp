@@ -8,6 +8,7 @@
 
 #include "support/processes.hpp"
 #include "support/scoped_variable.hpp"
+#include "support/seed.hpp"
 #include "support/temporary_folder.hpp"
 #include "support/text_files.hpp"
 
@@ -218,9 +219,7 @@ TEST_F(ProfileFile, LosesNoKeyOfSeveralProcesses) {
 }
 
 TEST_F(ProfileFile, IsWholeWhateverMomentAWriterDies) {
-    const auto seed = std::random_device{}();
-    SCOPED_TRACE("seed " + std::to_string(seed));
-    std::mt19937 random(seed);
+    std::mt19937 random(test::randomSeed());
     ASSERT_TRUE(write(u"Valori", u"ultimo", u"qui"));
     for (int round = 0; round < 10; ++round) {
         const pid_t child = test::startProgram("store_values", {"profile", path_, "k", "100000"});

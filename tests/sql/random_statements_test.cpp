@@ -1,12 +1,12 @@
 #include <cstdlib>
 #include <memory>
-#include <random>
 #include <string>
 
 #include <gtest/gtest.h>
 
 #include "ado/driver.hpp"
 #include "random_statements.hpp"
+#include "support/seed.hpp"
 
 namespace kap::test {
 namespace {
@@ -35,9 +35,7 @@ std::size_t rounds() {
 }
 
 TEST(RandomStatements, EndWithTheServersErrorsOrNone) {
-    const auto seed = std::random_device{}();
-    SCOPED_TRACE("seed " + ::testing::PrintToString(seed));
-    RandomStatements statements(seed);
+    RandomStatements statements(test::randomSeed());
     std::unique_ptr<ado::Session> session;
     for (std::size_t round = 0; round < rounds(); ++round) {
         // What earlier statements have made of the tables is forgotten now and then.

@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include "support/database.hpp"
+#include "support/seed.hpp"
 #include "support/shown.hpp"
 #include "support/started_program.hpp"
 
@@ -19,9 +20,7 @@ std::string scalar(const Ref<ado::Connection>& connection, const std::string& qu
 
 // KAPUTIL_KILL_ROUNDS=200 repeats it as often.
 TEST(KilledScripts, HappenWholeOrNotAtAll) {
-    const unsigned seed = std::random_device{}();
-    SCOPED_TRACE("seed " + std::to_string(seed));
-    std::minstd_rand random(seed);
+    std::minstd_rand random(test::randomSeed());
     const TemporaryFolder folder;
     open(folder.database())
         ->Execute(

@@ -2,6 +2,7 @@
 
 #include <random>
 
+#include "support/seed.hpp"
 #include "tsql/parser.hpp"
 #include "tsql/script_split.hpp"
 #include "tsql/server_error.hpp"
@@ -54,9 +55,7 @@ TEST(ParserRobustness, SurvivesEverySuffix) {
 }
 
 TEST(ParserRobustness, SurvivesRandomDamage) {
-    const auto seed = std::random_device{}();
-    SCOPED_TRACE("seed " + ::testing::PrintToString(seed));
-    std::mt19937 random(seed);
+    std::mt19937 random(test::randomSeed());
     const auto below = [&random](std::size_t limit) {
         return std::uniform_int_distribution<std::size_t>(0, limit - 1)(random);
     };

@@ -1,4 +1,5 @@
 #include "ado/embedded/collation.hpp"
+#include "support/seed.hpp"
 
 #include <gtest/gtest.h>
 
@@ -80,9 +81,7 @@ std::string randomText(std::mt19937& random) {
 }
 
 TEST(Collation, IsATotalOrder) {
-    const unsigned seed = std::random_device{}();
-    SCOPED_TRACE("seed " + std::to_string(seed));
-    std::mt19937 random(seed);
+    std::mt19937 random(kap::test::randomSeed());
     for (int i = 0; i < 20000; ++i) {
         const std::string a = randomText(random);
         const std::string b = randomText(random);

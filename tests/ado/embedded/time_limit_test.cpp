@@ -4,7 +4,6 @@
 #include <chrono>
 #include <cstdint>
 #include <cstdlib>
-#include <iostream>
 #include <memory>
 #include <optional>
 #include <random>
@@ -17,6 +16,7 @@
 
 #include "ado/embedded/session_support.hpp"
 #include "support/database.hpp"
+#include "support/seed.hpp"
 
 namespace kap::ado::embedded {
 namespace {
@@ -143,15 +143,6 @@ const std::vector<LimitedScript>& limitedScripts() {
     return kScripts;
 }
 
-std::uint32_t interruptionSeed() {
-    const char* given = std::getenv("KAPUTIL_TEST_SEED");  // NOLINT(concurrency-mt-unsafe)
-    const std::uint32_t seed = given == nullptr
-                                   ? std::random_device{}()
-                                   : static_cast<std::uint32_t>(std::strtoul(given, nullptr, 10));
-    std::cout << "seed " << seed << " (KAPUTIL_TEST_SEED chooses one)\n";
-    return seed;
-}
-
 class LimitedSession {
 public:
     explicit LimitedSession(const std::string& source)
@@ -232,7 +223,7 @@ void interruptEverywhere(LimitedSession& session, const LimitedScript& script,
 }
 
 TEST(TimeLimits, LeaveEveryConnectionSoundWhereverTheyEndAScript) {
-    std::mt19937_64 random(interruptionSeed());
+    std::mt19937_64 random(kap::test::randomSeed());
     LimitedSession session(":memory:interrupted");
     for (const LimitedScript& script : limitedScripts()) {
         SCOPED_TRACE(script.name);
@@ -242,7 +233,7 @@ TEST(TimeLimits, LeaveEveryConnectionSoundWhereverTheyEndAScript) {
 }
 
 TEST(TimeLimits, LeaveAFileSoundWhereverTheyEndAScript) {
-    std::mt19937_64 random(interruptionSeed());
+    std::mt19937_64 random(kap::test::randomSeed());
     const TemporaryFolder folder;
     LimitedSession session(folder.file("a.db"));
     for (const char* name : {"one row", "transaction", "trigger"}) {
@@ -257,7 +248,7 @@ TEST(TimeLimits, LeaveAFileSoundWhereverTheyEndAScript) {
 
 // The steps of a statement that is kept are counted on from run to run.
 TEST(TimeLimits, LoseNothingOfWhatIsWrittenAfterThem) {
-    std::mt19937_64 random(interruptionSeed());
+    std::mt19937_64 random(kap::test::randomSeed());
     const auto session = openSession(":memory:plain");
     const auto other = openSession(":memory:plain", "Lock Timeout=0");
     (void)session->execute("CREATE TABLE t (a int)");

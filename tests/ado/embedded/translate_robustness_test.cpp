@@ -2,6 +2,7 @@
 
 #include <random>
 
+#include "support/seed.hpp"
 #include "translated_database.hpp"
 #include "tsql/server_error.hpp"
 
@@ -108,9 +109,7 @@ private:
 };
 
 TEST(TranslateRobustness, RunsOrRefusesWhateverIsWritten) {
-    const unsigned seed = std::random_device{}();
-    SCOPED_TRACE("seed " + ::testing::PrintToString(seed));
-    Generator generator(seed);
+    Generator generator(kap::test::randomSeed());
     testing::TranslatedDatabase database;
     database.run(
         "CREATE TABLE t (a int, m money, n decimal(9,3), f float, s varchar(20), c char(4), d "

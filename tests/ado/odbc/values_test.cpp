@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
-#include <iostream>
 #include <limits>
 #include <random>
 #include <string>
@@ -11,6 +10,7 @@
 #include <kaputil/ado/error_numbers.hpp>
 
 #include "ado/odbc/decimal_column.hpp"
+#include "support/seed.hpp"
 #include "support/shown.hpp"
 
 namespace kap::ado::odbc {
@@ -108,9 +108,7 @@ TEST(OdbcDecimals, AnAnnouncedScaleIsKept) {
 }
 
 TEST(OdbcDates, KeepMicrosecondsThereAndBack) {
-    const std::uint32_t seed = std::random_device()();
-    std::cout << "seed " << seed << '\n';
-    std::mt19937 random(seed);
+    std::mt19937 random(test::randomSeed());
     for (int i = 0; i < 20000; ++i) {
         SQL_TIMESTAMP_STRUCT stamp{};
         stamp.year = static_cast<SQLSMALLINT>(1990 + random() % 80);
