@@ -25,6 +25,9 @@
 namespace kap::ado {
 namespace {
 
+constexpr std::int32_t kNothingToCommit = 3902;
+constexpr std::int32_t kNothingToRollBack = 3903;
+
 String withLogin(const String& keys, const String& userId, const String& password) {
     String all = keys;
     if (!userId.empty()) {
@@ -139,9 +142,17 @@ void Connection::Close() {
         return;
     }
     requireOpen();
+    closeRecordsets();
     session_.reset();
     if (isObserved()) {
         ConnectionNotices(*this).disconnected();
+    }
+}
+
+void Connection::closeRecordsets() {
+    std::vector<Ref<Recordset>> open(recordsets_.begin(), recordsets_.end());
+    for (const Ref<Recordset>& recordset : open) {
+        recordset->closeWithConnection();
     }
 }
 
@@ -269,13 +280,29 @@ std::int32_t Connection::BeginTrans() {
     return level;
 }
 
+// A database's own word for it is another in each.
+void Connection::endingTransaction(const std::function<void()>& end) {
+    reporting([&] {
+        try {
+            end();
+        } catch (const DriverError& error) {
+            const std::int32_t number = error.messages().front().nativeNumber;
+            if (number == kNothingToCommit || number == kNothingToRollBack) {
+                fail::noTransaction();
+            }
+            throw;
+        }
+    });
+}
+
 void Connection::CommitTrans() {
-    inTransaction(*this, u"CommitTransComplete", [&] { reporting([&] { session()->commit(); }); });
+    inTransaction(*this, u"CommitTransComplete",
+                  [&] { endingTransaction([&] { session()->commit(); }); });
 }
 
 void Connection::RollbackTrans() {
     inTransaction(*this, u"RollbackTransComplete",
-                  [&] { reporting([&] { session()->rollback(); }); });
+                  [&] { endingTransaction([&] { session()->rollback(); }); });
 }
 
 std::shared_ptr<Session> Connection::session() const {

@@ -105,7 +105,10 @@ void Connection::setConnectionTimeout(std::int32_t seconds) {
 
 String Connection::Provider() const {
     const String named = keyOf(ConnectionString(), {"Provider"});
-    return named.empty() ? provider_ : named;
+    if (!named.empty()) {
+        return named;
+    }
+    return provider_.empty() ? String(u"MSDASQL") : provider_;
 }
 
 void Connection::setProvider(const String& value) {

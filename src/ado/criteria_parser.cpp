@@ -1,5 +1,6 @@
 #include "ado/criteria_parser.hpp"
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <utility>
@@ -80,6 +81,10 @@ public:
 
     [[nodiscard]] std::string_view rest() const { return text_.substr(position_); }
 
+    [[noreturn]] void refuse(const std::string& why) const {
+        fail::invalidArgument("The criteria '" + std::string(text_) + "': " + why);
+    }
+
     [[noreturn]] void fail(const std::string& wanted) const {
         const std::string found = rest().empty() ? "the end" : "'" + std::string(rest()) + "'";
         fail::invalidArgument("The criteria '" + std::string(text_) + "' need " + wanted +
@@ -125,6 +130,18 @@ Node::Operator readOperator(CriteriaReader& reader) {
     reader.fail("a comparison");
 }
 
+// Any characters may follow what is given, or stand on both sides of it.
+bool isPattern(std::string_view text) {
+    constexpr std::string_view kWild = "*%";
+    const std::size_t first = text.find_first_not_of(kWild);
+    if (first == std::string_view::npos) {
+        return true;
+    }
+    const std::size_t last = text.find_last_not_of(kWild);
+    const bool inside = text.substr(first, last - first).find_first_of(kWild) != text.npos;
+    return !inside && (first == 0 || last + 1 < text.size());
+}
+
 Node readComparison(CriteriaReader& reader) {
     Node node;
     node.column = reader.name();
@@ -137,6 +154,9 @@ Node readComparison(CriteriaReader& reader) {
         node.value = reader.enclosed('#', '#');
     } else {
         node.value = reader.word("a value");
+    }
+    if (node.comparison == Node::Operator::Like && !isPattern(node.value)) {
+        reader.refuse("LIKE takes * and % at the end of '" + node.value + "', or at both ends.");
     }
     return node;
 }
@@ -173,10 +193,22 @@ Node readJoined(CriteriaReader& reader, const char* keyword, Node::Kind kind, Re
     return joined;
 }
 
+// A client that cannot count on it everywhere is told at once.
+void refuseJoinedAlternatives(const CriteriaReader& reader, const Node& joined) {
+    const auto isOr = [](const Node& part) { return part.kind == Node::Kind::Or; };
+    if (joined.kind == Node::Kind::And && std::ranges::any_of(joined.parts, isOr)) {
+        reader.refuse(
+            "a group of alternatives (OR) cannot be joined to others by AND; write "
+            "(A AND C) OR (B AND C).");
+    }
+}
+
 Node readAlternatives(CriteriaReader& reader, int depth) {
     return readJoined(reader, "OR", Node::Kind::Or, [&] {
-        return readJoined(reader, "AND", Node::Kind::And,
-                          [&] { return readPrimary(reader, depth); });
+        Node all =
+            readJoined(reader, "AND", Node::Kind::And, [&] { return readPrimary(reader, depth); });
+        refuseJoinedAlternatives(reader, all);
+        return all;
     });
 }
 

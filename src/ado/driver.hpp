@@ -51,6 +51,8 @@ struct ColumnInfo {
     bool generated = false;  // computed by the database from other columns of the row
     // A decimal of more digits than a word holds: kept as its plain text, without zeros at its end.
     bool wideDecimal = false;
+    // Of a column made by hand: the bits of FieldAttributeEnum that its maker gave it.
+    std::optional<std::int32_t> givenAttributes = {};
 
     [[nodiscard]] bool writable() const noexcept {
         return !baseColumn.empty() && !identity && !rowVersion && !generated;

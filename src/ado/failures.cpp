@@ -54,6 +54,18 @@ void itemNotFound() {
           u"ordinal.");
 }
 
+void objectInCollection() {
+    raise(errors::kObjectInCollection, u"Object is already in collection. Cannot append.");
+}
+
+void objectNotValid() {
+    raise(errors::kObjectNotSet, u"Object is no longer valid.");
+}
+
+void noTransaction() {
+    raiseForDatabase(errors::kNoTransaction, "No transaction is active.");
+}
+
 void objectClosed() {
     raise(errors::kObjectClosed, u"Operation is not allowed when the object is closed.");
 }

@@ -13,6 +13,11 @@ namespace kap::ado::fail {
 [[noreturn]] void deletedRow();
 [[noreturn]] void illegalOperation();
 [[noreturn]] void itemNotFound();
+// A second object of a name that is taken.
+[[noreturn]] void objectInCollection();
+// A field whose recordset has been closed since.
+[[noreturn]] void objectNotValid();
+[[noreturn]] void noTransaction();
 [[noreturn]] void objectClosed();
 [[noreturn]] void objectOpen();
 [[noreturn]] void invalidConnection();

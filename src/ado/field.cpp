@@ -7,13 +7,31 @@
 
 #include "ado/cell_value.hpp"
 #include "ado/failures.hpp"
+#include "ado/hand_made_column.hpp"
 #include "ado/row_cursor.hpp"
+#include "ado/value_type.hpp"
 #include "frame/class_builder.hpp"
 
 namespace kap::ado {
 
 Field::Field(std::shared_ptr<RowCursor> cursor, std::size_t ordinal)
     : cursor_(std::move(cursor)), ordinal_(ordinal) {}
+
+Field::~Field() = default;
+
+RowCursor& Field::cursor() const {
+    if (cursor_ == nullptr) {
+        fail::objectNotValid();
+    }
+    return *cursor_;
+}
+
+void Field::follow(std::shared_ptr<RowCursor> cursor, std::size_t ordinal) {
+    cursor_ = std::move(cursor);
+    ordinal_ = ordinal;
+    appending_ = false;
+    chunkRecord_.reset();
+}
 
 const ClassDescription& Field::classDescription() {
     static const ClassDescription description =
@@ -22,9 +40,10 @@ const ClassDescription& Field::classDescription() {
             .summary(u"One column of a recordset, and its value in the current record.")
             .property<&Field::ActualSize>(u"ActualSize",
                                           u"Characters or bytes of the current value.")
-            .property<&Field::Attributes>(u"Attributes", u"Bits of FieldAttributeEnum.")
-            .property<&Field::DefinedSize>(u"DefinedSize",
-                                           u"Characters or bytes that the column can hold.")
+            .property<&Field::Attributes, &Field::setAttributes>(u"Attributes",
+                                                                 u"Bits of FieldAttributeEnum.")
+            .property<&Field::DefinedSize, &Field::setDefinedSize>(
+                u"DefinedSize", u"Characters or bytes that the column can hold.")
             .property<&Field::Name>(u"Name", u"The column's name.")
             .property<&Field::NumericScale, &Field::setNumericScale>(
                 u"NumericScale", u"Digits after the decimal point, or 255.")
@@ -32,7 +51,7 @@ const ClassDescription& Field::classDescription() {
                                              u"What the database held when it was read.")
             .property<&Field::Precision, &Field::setPrecision>(
                 u"Precision", u"Digits that the type can hold, or 255.")
-            .property<&Field::Type>(u"Type", u"The data type, of DataTypeEnum.")
+            .property<&Field::Type, &Field::setType>(u"Type", u"The data type, of DataTypeEnum.")
             .property<&Field::UnderlyingValue>(
                 u"UnderlyingValue", u"What the database held when it was last compared with it.")
             .property<&Field::Value, &Field::setValue>(u"Value",
@@ -46,12 +65,12 @@ const ClassDescription& Field::classDescription() {
 }
 
 Variant Field::Value() const {
-    return cursor_->value(ordinal_);
+    return cursor().value(ordinal_);
 }
 
 void Field::setValue(const Variant& value) {
-    if (cursor_->observer() != nullptr) {
-        const std::shared_ptr<FieldObserver> observer = cursor_->observer();
+    if (cursor().observer() != nullptr) {
+        const std::shared_ptr<FieldObserver> observer = cursor().observer();
         observer->assigning(ordinal_, [&] { assign(value); });
     } else {
         assign(value);
@@ -59,34 +78,34 @@ void Field::setValue(const Variant& value) {
 }
 
 void Field::assign(const Variant& value) {
-    cursor_->assign(ordinal_, value);
+    cursor().assign(ordinal_, value);
     appending_ = false;
     chunkRecord_.reset();
 }
 
 Variant Field::OriginalValue() const {
-    return cursor_->originalValue(ordinal_);
+    return cursor().originalValue(ordinal_);
 }
 
 Variant Field::UnderlyingValue() const {
-    return cursor_->underlyingValue(ordinal_);
+    return cursor().underlyingValue(ordinal_);
 }
 
 String Field::Name() const {
-    return cursor_->columns()[ordinal_].name;
+    return cursor().columns()[ordinal_].name;
 }
 
 DataTypeEnum Field::Type() const {
-    return cursor_->columns()[ordinal_].type;
+    return cursor().columns()[ordinal_].type;
 }
 
 std::int32_t Field::DefinedSize() const {
-    return cursor_->columns()[ordinal_].definedSize;
+    return cursor().columns()[ordinal_].definedSize;
 }
 
 std::int32_t Field::ActualSize() const {
     const Variant value = Value();
-    if (value.isNull()) {
+    if (value.isNull() || value.isEmpty()) {
         return 0;
     }
     switch (storageOf(Type())) {
@@ -102,42 +121,68 @@ std::int32_t Field::ActualSize() const {
 }
 
 std::uint8_t Field::Precision() const {
-    return cursor_->columns()[ordinal_].precision;
+    return cursor().columns()[ordinal_].precision;
 }
 
 std::uint8_t Field::NumericScale() const {
-    return cursor_->columns()[ordinal_].numericScale;
+    return cursor().columns()[ordinal_].numericScale;
 }
 
-// The cursor of a recordset made by hand whose decimals may still become others.
-RowCursor& Field::unfilled(std::uint8_t digits) const {
-    constexpr std::uint8_t kWidestDecimal = 18;
-    if (!cursor_->table().isMadeByHand() || cursor_->table().size() > 0) {
+// The column of a recordset made by hand that has not been opened.
+ColumnInfo& Field::unopened() const {
+    if (!cursor().table().isDraft()) {
         fail::illegalOperation();
     }
-    if (digits > kWidestDecimal) {
+    return cursor().table().column(ordinal_);
+}
+
+// The same when it has no record yet: its numbers may still get other digits.
+ColumnInfo& Field::unfilled(std::uint8_t digits) const {
+    if (!cursor().table().isMadeByHand() || cursor().table().size() > 0) {
+        fail::illegalOperation();
+    }
+    ColumnInfo& column = cursor().table().column(ordinal_);
+    if (isDecimalType(column.type) && digits > kWidestDecimal) {
         fail::invalidArgument();
     }
-    return *cursor_;
+    return column;
 }
 
 void Field::setPrecision(std::uint8_t value) {
-    unfilled(value).table().column(ordinal_).precision = value;
+    unfilled(value).precision = value;
 }
 
 void Field::setNumericScale(std::uint8_t value) {
-    unfilled(value).table().column(ordinal_).numericScale = value;
+    unfilled(value).numericScale = value;
+}
+
+void Field::setType(DataTypeEnum value) {
+    ColumnInfo& column = unopened();
+    describeByHand(column, value, column.definedSize, column.givenAttributes);
+}
+
+void Field::setDefinedSize(std::int32_t value) {
+    ColumnInfo& column = unopened();
+    if (value < 1) {
+        fail::invalidArgument();
+    }
+    column.definedSize = widthOf(column.type) > 0 ? widthOf(column.type) : value;
+}
+
+void Field::setAttributes(std::int32_t value) {
+    ColumnInfo& column = unopened();
+    describeByHand(column, column.type, column.definedSize, attributesGiven(value));
 }
 
 std::int32_t Field::Attributes() const {
-    return cursor_->attributes(ordinal_);
+    return cursor().attributes(ordinal_);
 }
 
 std::string_view Field::utf8Value() const {
     if (storageOf(Type()) != Storage::Text) {
         throw AutomationError(kap::errors::kTypeMismatch);
     }
-    return cursor_->bytes(ordinal_);
+    return cursor().bytes(ordinal_);
 }
 
 }  // namespace kap::ado

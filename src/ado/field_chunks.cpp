@@ -13,7 +13,7 @@ namespace kap::ado {
 namespace {
 
 Variant joined(const Variant& held, const Variant& more) {
-    if (held.isNull()) {
+    if (held.isNull() || held.isEmpty()) {
         return more;
     }
     if (!held.isArray()) {
@@ -40,14 +40,14 @@ Variant pieceOf(const Variant& value, std::size_t start, std::size_t length) {
 }  // namespace
 
 void Field::requireLong() const {
-    if (!cursor_->columns()[ordinal_].isLong) {
+    if (!cursor().columns()[ordinal_].isLong) {
         fail::illegalOperation();
     }
 }
 
 void Field::AppendChunk(const Variant& data) {
     requireLong();
-    const bool further = appending_ && cursor_->isPending(ordinal_);
+    const bool further = appending_ && cursor().isPending(ordinal_);
     setValue(further ? joined(Value(), convert::plainValue(data)) : data);
     appending_ = true;
 }
@@ -58,12 +58,12 @@ Variant Field::GetChunk(std::int32_t size) {
         fail::invalidArgument();
     }
     const Variant value = Value();
-    const std::size_t record = cursor_->recordNumber();
+    const std::size_t record = cursor().recordNumber();
     if (chunkRecord_ != record) {
         chunkRecord_ = record;
         chunkStart_ = 0;
     }
-    if (value.isNull() || chunkStart_ >= lengthOf(value)) {
+    if (value.isNull() || value.isEmpty() || chunkStart_ >= lengthOf(value)) {
         return Variant::null();
     }
     const std::size_t length =

@@ -1,54 +1,56 @@
-#include <limits>
+#include <algorithm>
 #include <utility>
 
 #include <kaputil/ado/field.hpp>
 #include <kaputil/frame/convert.hpp>
 
 #include "ado/failures.hpp"
+#include "ado/hand_made_column.hpp"
 #include "ado/row_cursor.hpp"
-#include "ado/value_type.hpp"
 #include "frame/class_builder.hpp"
 
 namespace kap::ado {
 namespace {
 
-constexpr std::uint8_t kWidestDecimal = 18;
-
-bool hasBit(FieldAttributeEnum attributes, FieldAttributeEnum bit) {
-    return attributes != FieldAttributeEnum::adFldUnspecified &&
-           (static_cast<std::int32_t>(attributes) & static_cast<std::int32_t>(bit)) != 0;
+[[noreturn]] std::size_t noField() {
+    fail::itemNotFound();
 }
 
-ColumnInfo columnMadeByHand(const String& name, DataTypeEnum type, std::int32_t definedSize,
-                            FieldAttributeEnum attributes) {
-    ColumnInfo column;
-    column.name = name.utf8();
-    column.baseColumn = column.name;  // of no table, but it can be written
-    column.type = type;
-    column.isLong = isLongType(type) || hasBit(attributes, FieldAttributeEnum::adFldLong);
-    column.fixedLength = widthOf(type) > 0 || hasBit(attributes, FieldAttributeEnum::adFldFixed);
-    column.definedSize = widthOf(type) > 0 ? widthOf(type) : definedSize;
-    if (type == DataTypeEnum::adNumeric || type == DataTypeEnum::adDecimal) {
-        column.precision = kWidestDecimal;
-        column.numericScale = 0;
-    }
-    if (column.definedSize <= 0) {
-        if (!column.isLong) {
-            fail::invalidArgument();
-        }
-        column.definedSize = std::numeric_limits<std::int32_t>::max();
-    }
-    return column;
+bool sameColumns(const std::vector<ColumnInfo>& one, const std::vector<ColumnInfo>& other) {
+    return std::ranges::equal(one, other, [](const ColumnInfo& left, const ColumnInfo& right) {
+        return left.name == right.name && left.type == right.type;
+    });
 }
 
 }  // namespace
 
-Fields::Fields(std::shared_ptr<RowCursor> cursor, bool open)
-    : cursor_(std::move(cursor)), open_(open) {
-    fields_.reserve(cursor_->columns().size());
-    for (std::size_t i = 0; i < cursor_->columns().size(); ++i) {
-        fields_.push_back(make<Field>(cursor_, i));
+Fields::Fields() = default;
+
+Fields::~Fields() = default;
+
+void Fields::show(std::shared_ptr<RowCursor> cursor, bool open) {
+    const bool same = open_ && open && sameColumns(cursor_->columns(), cursor->columns());
+    if (!same) {
+        hide();
+        fields_.reserve(cursor->columns().size());
+        for (std::size_t i = 0; i < cursor->columns().size(); ++i) {
+            fields_.push_back(make<Field>(cursor, i));
+        }
+    } else {
+        for (std::size_t i = 0; i < fields_.size(); ++i) {
+            fields_[i]->follow(cursor, i);
+        }
     }
+    cursor_ = std::move(cursor);
+    open_ = open;
+}
+
+void Fields::hide() {
+    for (const Ref<Field>& field : fields_) {
+        field->follow({}, 0);
+    }
+    fields_.clear();
+    open_ = false;
 }
 
 const ClassDescription& Fields::classDescription() {
@@ -60,7 +62,8 @@ const ClassDescription& Fields::classDescription() {
             .property<&Fields::Item>(u"Item", u"A field by position from 0 or by name.", {u"Index"})
             .method<&Fields::Append>(u"Append",
                                      {u"Name", u"Type", kap::Parameter(u"DefinedSize").otherwise(0),
-                                      kap::Parameter(u"Attrib").otherwise(-1)},
+                                      kap::Parameter(u"Attrib").otherwise(-1),
+                                      kap::Parameter(u"FieldValue").otherwise(Variant::missing())},
                                      u"Adds a column to a recordset made by hand.")
             .method<&Fields::Delete>(u"Delete", {u"Index"},
                                      u"Takes a column from a recordset made by hand.")
@@ -78,19 +81,22 @@ Ref<Field> Fields::Item(const Variant& index) const {
 
 std::size_t Fields::positionOf(const Variant& index) const {
     if (index.isString()) {
-        const auto found = cursor_->find(index.as<String>());
+        const auto found = fields_.empty() ? std::nullopt : cursor_->find(index.as<String>());
         if (!found) {
             fail::itemNotFound();
         }
         return *found;
     }
     if (index.isObject()) {  // a field or text box that holds the name or position
-        return positionOf(index.as<Ref<Object>>() ? index.as<Ref<Object>>()->defaultValue()
-                                                  : Variant::null());
+        const Ref<Object>& holder = index.as<Ref<Object>>();
+        return holder ? positionOf(holder->defaultValue()) : noField();
+    }
+    if (index.isNull() || index.isArray()) {
+        noField();
     }
     const std::int32_t position = convert::toLong(index);
     if (position < 0 || static_cast<std::size_t>(position) >= fields_.size()) {
-        fail::itemNotFound();
+        noField();
     }
     return static_cast<std::size_t>(position);
 }
@@ -102,20 +108,32 @@ void Fields::requireUnopened() const {
 }
 
 void Fields::Append(const String& name, DataTypeEnum type, std::int32_t definedSize,
-                    FieldAttributeEnum attributes) {
+                    FieldAttributeEnum attributes, const Variant& fieldValue) {
     requireUnopened();
-    if (name.empty() || cursor_->find(name) || !isColumnType(type)) {
+    if (name.empty() || !fieldValue.isMissing()) {
         fail::invalidArgument();
     }
-    cursor_->table().addColumn(columnMadeByHand(name, type, definedSize, attributes));
+    if (cursor_->find(name)) {
+        fail::objectInCollection();
+    }
+    ColumnInfo column;
+    column.name = name.utf8();
+    column.baseColumn = column.name;  // of no table, but it can be written
+    describeByHand(column, type, definedSize,
+                   attributesGiven(static_cast<std::int32_t>(attributes)));
+    cursor_->table().addColumn(std::move(column));
     fields_.push_back(make<Field>(cursor_, fields_.size()));
 }
 
 void Fields::Delete(const Variant& index) {
     requireUnopened();
-    cursor_->table().removeColumn(positionOf(index));
-    // Fields are views on a position: the last one has none any more.
-    fields_.pop_back();
+    const std::size_t position = positionOf(index);
+    cursor_->table().removeColumn(position);
+    fields_[position]->follow({}, 0);
+    fields_.erase(fields_.begin() + static_cast<std::ptrdiff_t>(position));
+    for (std::size_t i = position; i < fields_.size(); ++i) {
+        fields_[i]->follow(cursor_, i);
+    }
 }
 
 }  // namespace kap::ado

@@ -11,19 +11,14 @@
 namespace kap::ado {
 namespace {
 
-constexpr std::uint8_t kParameterPrecision = 18;
 constexpr std::int32_t kUnlimited = std::numeric_limits<std::int32_t>::max();
-
-bool isDecimal(DataTypeEnum type) {
-    return type == DataTypeEnum::adNumeric || type == DataTypeEnum::adDecimal;
-}
 
 // A decimal without precision takes both from its value.
 void adaptToValue(ColumnInfo& column, const Variant& value) {
-    if (!isDecimal(column.type) || column.precision != 0) {
+    if (!isDecimalType(column.type) || column.precision != 0) {
         return;
     }
-    column.precision = kParameterPrecision;
+    column.precision = kWidestDecimal;
     column.numericScale = 0;
     if (!value.isNull() && !value.isEmpty()) {
         column.numericScale = static_cast<std::uint8_t>(convert::toDecimal(value).scale());
@@ -45,8 +40,8 @@ ColumnInfo columnOf(const Parameter& parameter, const Variant& value) {
 RequestParameter requestOf(const ColumnInfo& column, const Variant& value) {
     RequestParameter made;
     made.type = column.type;
-    made.precision = isDecimal(column.type) ? column.precision : std::uint8_t{0};
-    made.numericScale = isDecimal(column.type) ? column.numericScale : std::uint8_t{0};
+    made.precision = isDecimalType(column.type) ? column.precision : std::uint8_t{0};
+    made.numericScale = isDecimalType(column.type) ? column.numericScale : std::uint8_t{0};
     made.value = toCell(column, value);
     return made;
 }

@@ -18,11 +18,12 @@
 
 namespace kap::ado {
 
-Recordset::Recordset() {
+Recordset::Recordset() : fields_(make<ado::Fields>()) {
     forget();
 }
 
 Recordset::~Recordset() {
+    leave();
     if (fieldNotices_ != nullptr) {
         fieldNotices_->forget();
     }
@@ -60,12 +61,13 @@ void Recordset::requireClosed() const {
 
 // Closed, and ready for columns to be appended.
 void Recordset::forget() {
+    leave();
     if (cursor_ != nullptr) {
         cursor_->setObserver({});
     }
     cursor_.reset();
     draft_ = std::make_shared<RowCursor>(RowTable::madeByHand(), RowCursor::Options{});
-    fields_ = make<ado::Fields>(draft_, /*open=*/false);
+    fields_->show(draft_, /*open=*/false);
     filter_ = u"";
     sort_ = {};
 }
@@ -90,16 +92,37 @@ void Recordset::Open(const Variant& source, const Variant& activeConnection,
     }
     options_ = options;
     const auto open = [&] {
+        const Variant filter = filter_;
+        const String sort = sort_;
         if (draft_->columns().empty()) {
             run(options);
         } else {
             openMadeByHand();
+        }
+        if (cursor_ != nullptr) {
+            arrangeAsChosen(filter, sort);
         }
     };
     if (isObserved()) {
         RecordsetNotices(*this).afterOpening(open);
     } else {
         open();
+    }
+}
+
+// What was chosen while the recordset was closed.
+void Recordset::arrangeAsChosen(const Variant& filter, const String& sort) {
+    const bool all = filter.isString() && filter.as<String>().empty();
+    if (all && sort.empty()) {
+        return;
+    }
+    filter_ = filter;
+    sort_ = sort;
+    try {
+        rearrange();
+    } catch (const AutomationError&) {
+        forget();
+        throw;
     }
 }
 
@@ -111,7 +134,8 @@ void Recordset::openMadeByHand() {
     }
     draft_->setBatch(lockType_ == LockTypeEnum::adLockBatchOptimistic);
     cursorType_ = CursorTypeEnum::adOpenStatic;
-    fields_->opened();
+    draft_->table().endDraft();
+    fields_->open_ = true;
     cursor_ = draft_;
     cursor_->setObserver(fieldNotices_);
 }
@@ -158,7 +182,7 @@ void Recordset::takeAnswers(std::vector<Result> results) {
 }
 
 void Recordset::adopt(Result result, Ref<Connection> connection) {
-    connection_ = std::move(connection);
+    attach(std::move(connection));
     if (cursorLocation_ == CursorLocationEnum::adUseClient) {
         cursorType_ = CursorTypeEnum::adOpenStatic;  // a client cursor is nothing else
     } else if (cursorType_ == CursorTypeEnum::adOpenDynamic) {
@@ -180,7 +204,8 @@ void Recordset::show(std::shared_ptr<RowCursor> cursor) {
     }
     cursor_ = std::move(cursor);
     cursor_->setObserver(fieldNotices_);
-    fields_ = make<ado::Fields>(cursor_);
+    fields_->show(cursor_, /*open=*/true);
+    join();
     filter_ = u"";
     sort_ = {};
 }
@@ -194,6 +219,34 @@ void Recordset::Close() {
         following_.clear();
         forget();
     });
+}
+
+void Recordset::closeWithConnection() {
+    changingAll(*this, EventReasonEnum::adRsnClose, [&] {
+        following_.clear();
+        forget();
+    });
+}
+
+// Of an open recordset its connection knows, which closes it when it is closed itself.
+void Recordset::attach(Ref<Connection> connection) {
+    leave();
+    connection_ = std::move(connection);
+    if (cursor_ != nullptr) {
+        join();
+    }
+}
+
+void Recordset::join() {
+    if (connection_) {
+        connection_->recordsets_.insert(this);
+    }
+}
+
+void Recordset::leave() noexcept {
+    if (connection_) {
+        connection_->recordsets_.erase(this);
+    }
 }
 
 void Recordset::Requery(std::int32_t options) {
@@ -262,7 +315,7 @@ void Recordset::setActiveConnection(const Variant& value) {
     if (cursor_ != nullptr) {
         cursor_->table().fetchAll();  // nobody else can, once it is disconnected
     }
-    connection_ = std::move(connection);
+    attach(std::move(connection));
 }
 
 Variant Recordset::ActiveCommand() const {

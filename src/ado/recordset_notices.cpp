@@ -70,7 +70,7 @@ void FieldNotices::assigning(std::size_t column, const std::function<void()>& as
     }
     const RecordsetNotices notices(*recordset_);
     const auto change = [&] { notices.aroundField(column, assign); };
-    if (recordset_->EditMode() == EditModeEnum::adEditNone) {
+    if (recordset_->rows().editMode() == EditModeEnum::adEditNone) {
         notices.aroundRecords(EventReasonEnum::adRsnFirstChange, 1, change);
     } else {
         change();

@@ -80,6 +80,9 @@ Variant Recordset::Bookmark() const {
 
 std::size_t Recordset::rowOfBookmark(const Variant& bookmark) const {
     const Variant value = convert::plainValue(bookmark);
+    if (value.isEmpty() || value.isMissing()) {
+        fail::invalidArgument();
+    }
     if (value.type() != VarType::Double) {
         fail::badBookmark();
     }

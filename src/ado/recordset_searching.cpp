@@ -72,11 +72,18 @@ void Recordset::Find(const String& criteria, std::int32_t skipRecords,
 }
 
 void Recordset::setFilter(const Variant& value) {
-    savePending();
     Variant given = convert::plainValue(value);
+    if (given.isEmpty() || given.isNull() || given.isMissing()) {
+        fail::invalidArgument();
+    }
     if (given.isString() && unicode::trim(given.as<String>().view()).empty()) {
         given = u"";
     }
+    if (cursor_ == nullptr) {
+        filter_ = std::move(given);
+        return;
+    }
+    savePending();
     moving(*this, EventReasonEnum::adRsnMove, [&] {
         requireOpen();
         const Variant previous = std::exchange(filter_, std::move(given));
@@ -89,9 +96,20 @@ void Recordset::setFilter(const Variant& value) {
     });
 }
 
+void Recordset::requireSortable() const {
+    if (cursorLocation_ != CursorLocationEnum::adUseClient) {
+        fail::notAvailable(
+            u"Current Recordset cannot be sorted: its CursorLocation is not adUseClient.");
+    }
+}
+
 void Recordset::setSort(const String& value) {
+    requireSortable();
+    if (cursor_ == nullptr) {
+        sort_ = value;
+        return;
+    }
     savePending();
-    requireScrolling();
     moving(*this, EventReasonEnum::adRsnMove, [&] {
         requireOpen();
         const String previous = std::exchange(sort_, value);

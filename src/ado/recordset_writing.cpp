@@ -30,10 +30,15 @@ std::vector<Variant> elementsOf(const Variant& value) {
 
 EditModeEnum Recordset::EditMode() const {
     const EditModeEnum mode = opened().editMode();
-    const bool onRecord = mode == EditModeEnum::adEditNone && !cursor_->bof() && !cursor_->eof();
-    return onRecord && cursor_->table().isDeleted(cursor_->currentPlaceRow())
-               ? EditModeEnum::adEditDelete
-               : mode;
+    if (mode == EditModeEnum::adEditAdd) {
+        return mode;
+    }
+    const RowTable& table = cursor_->table();
+    const std::size_t row = cursor_->currentPlaceRow();
+    if (table.isDeleted(row)) {
+        return EditModeEnum::adEditDelete;
+    }
+    return table.isNew(row) ? EditModeEnum::adEditAdd : mode;
 }
 
 std::int32_t Recordset::Status() const {

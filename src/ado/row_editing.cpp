@@ -28,6 +28,9 @@ PendingRow& pendingRow(RowTable& table, std::size_t row, PendingRow::Kind kind) 
 
 std::int32_t RowCursor::attributes(std::size_t column) const {
     const ColumnInfo& info = columns()[column];
+    if (info.givenAttributes) {
+        return *info.givenAttributes;
+    }
     const bool setByDatabase = info.identity || info.rowVersion;
     std::int32_t bits = 0;
     if (options_.location == CursorLocationEnum::adUseClient) {
@@ -52,7 +55,8 @@ Variant RowCursor::value(std::size_t column) const {
         return toVariant(columns()[column], *pending_[column]);
     }
     if (editMode_ == EditModeEnum::adEditAdd) {
-        return Variant::null();
+        // There is no database that would put a default there.
+        return table_->isMadeByHand() ? Variant() : Variant::null();
     }
     return toVariant(columns()[column], table_->store(column), currentRow());
 }

@@ -16,6 +16,7 @@ constexpr std::size_t kSetByDatabase = 32;
 std::shared_ptr<RowTable> RowTable::madeByHand() {
     auto table = std::make_shared<RowTable>(Result{});
     table->madeByHand_ = true;
+    table->draft_ = true;
     return table;
 }
 
@@ -157,6 +158,11 @@ void RowTable::setUnderlying(std::size_t row, PendingValues values) {
 const PendingRow* RowTable::pending(std::size_t row) const noexcept {
     const auto found = pending_.find(row);
     return found == pending_.end() ? nullptr : &found->second;
+}
+
+bool RowTable::isNew(std::size_t row) const noexcept {
+    const PendingRow* waiting = pending(row);
+    return madeByHand_ || (waiting != nullptr && waiting->kind == PendingRow::Kind::New);
 }
 
 std::int32_t RowTable::status(std::size_t row) const {

@@ -59,6 +59,8 @@ public:
     [[nodiscard]] bool isDeleted(std::size_t row) const noexcept {
         return row < deleted_.size() && deleted_[row];
     }
+    // No database holds it: it waits to be inserted, or there is none.
+    [[nodiscard]] bool isNew(std::size_t row) const noexcept;
     [[nodiscard]] std::size_t deletedCount() const noexcept { return deletedCount_; }
     void setDeleted(std::size_t row, bool deleted);
     // Another number each time that a row was deleted, brought back or added.
@@ -97,6 +99,9 @@ public:
 
     // Of a table made by hand: whether there is none behind it, and its columns.
     [[nodiscard]] bool isMadeByHand() const noexcept { return madeByHand_; }
+    // Its columns can still be changed: no recordset has been opened on it.
+    [[nodiscard]] bool isDraft() const noexcept { return draft_; }
+    void endDraft() noexcept { draft_ = false; }
     void addColumn(ColumnInfo column);
     [[nodiscard]] ColumnInfo& column(std::size_t ordinal) { return result_.columns[ordinal]; }
     void removeColumn(std::size_t column);
@@ -109,6 +114,7 @@ private:
 
     Result result_;
     bool madeByHand_ = false;
+    bool draft_ = false;
     std::vector<bool> nullsReplaced_;  // by column; empty until it is done
     std::size_t limit_ = 0;
     mutable std::unordered_map<std::u16string, std::size_t, unicode::NameHash, unicode::NameEqual>

@@ -44,6 +44,49 @@ bool isLongType(DataTypeEnum type) noexcept {
            type == adBSTR || type == adVariant;
 }
 
+bool isDecimalType(DataTypeEnum type) noexcept {
+    return type == adNumeric || type == adDecimal;
+}
+
+std::uint8_t usualPrecision(DataTypeEnum type) noexcept {
+    constexpr std::uint8_t kNone = 255;
+    switch (type) {
+        case adTinyInt:
+        case adUnsignedTinyInt:
+            return 3;
+        case adSmallInt:
+        case adUnsignedSmallInt:
+            return 5;
+        case adInteger:
+        case adUnsignedInt:
+        case adDBDate:
+            return 10;
+        case adBigInt:
+        case adCurrency:
+            return 19;
+        case adSingle:
+            return 7;
+        case adDouble:
+            return 15;
+        case adDecimal:
+        case adNumeric:
+            return kWidestDecimal;
+        case adDBTimeStamp:
+            return 23;
+        default:
+            return kNone;
+    }
+}
+
+std::uint8_t usualScale(DataTypeEnum type) noexcept {
+    constexpr std::uint8_t kNone = 255;
+    constexpr std::uint8_t kMilliseconds = 3;
+    if (type == adDBTimeStamp) {
+        return kMilliseconds;
+    }
+    return isDecimalType(type) ? 0 : kNone;
+}
+
 bool isColumnType(DataTypeEnum type) noexcept {
     switch (type) {
         case adBinary:

@@ -14,6 +14,15 @@ namespace kap::ado {
 // Text and binary without limit.
 [[nodiscard]] bool isLongType(DataTypeEnum type) noexcept;
 
+[[nodiscard]] bool isDecimalType(DataTypeEnum type) noexcept;
+
+// The digits of a decimal whose values are kept as whole numbers.
+inline constexpr std::uint8_t kWidestDecimal = 18;
+
+// The digits that the values of a type have in all, and after the point; 255: the type has none.
+[[nodiscard]] std::uint8_t usualPrecision(DataTypeEnum type) noexcept;
+[[nodiscard]] std::uint8_t usualScale(DataTypeEnum type) noexcept;
+
 // Whether a column or a parameter can be of this type.
 [[nodiscard]] bool isColumnType(DataTypeEnum type) noexcept;
 

@@ -146,7 +146,7 @@ TEST_F(FakeConnectionTest, ErrorsAreEnumeratedLateBound) {
 TEST(ConnectionProperties, TheProviderMayBeSaidApart) {
     const test::FakeDriver driver;
     const auto connection = make<Connection>();
-    EXPECT_EQ(connection->Provider(), String());
+    EXPECT_EQ(connection->Provider(), String(u"MSDASQL"));
     connection->setProvider(u"Fake");
     EXPECT_EQ(connection->Provider(), String(u"Fake"));
     connection->Open(u"Data Source=x");

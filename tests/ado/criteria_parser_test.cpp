@@ -57,7 +57,7 @@ TEST(CriteriaParser, ReadsNamesInBracketsAndTextsWithQuotes) {
 
 TEST(CriteriaParser, AndBindsCloserThanOr) {
     EXPECT_EQ(parsed("A=1 OR B=2 AND C=3"), "([A] = 1 OR ([B] = 2 AND [C] = 3))");
-    EXPECT_EQ(parsed("(A=1 or B=2) and C=3"), "(([A] = 1 OR [B] = 2) AND [C] = 3)");
+    EXPECT_EQ(parsed("(A=1 and B=2) or C=3"), "(([A] = 1 AND [B] = 2) OR [C] = 3)");
 }
 
 TEST(CriteriaParser, AColumnMayBeginWithAKeyword) {
@@ -72,6 +72,15 @@ TEST(CriteriaParser, SaysWhatIsWrong) {
     EXPECT_EQ(refusal("(A = 1"), "The criteria '(A = 1' need ')' where the end stands.");
     EXPECT_EQ(refusal("A = 1 B = 2"),
               "The criteria 'A = 1 B = 2' need AND, OR or the end where 'B = 2' stands.");
+}
+
+TEST(CriteriaParser, RefusesWhatNotEveryReaderOfCriteriaTakes) {
+    EXPECT_EQ(refusal("(A=1 or B=2) and C=3"),
+              "The criteria '(A=1 or B=2) and C=3': a group of alternatives (OR) cannot be joined "
+              "to others by AND; write (A AND C) OR (B AND C).");
+    EXPECT_EQ(refusal("A LIKE 'R*i'"),
+              "The criteria 'A LIKE 'R*i'': LIKE takes * and % at the end of 'R*i', or at both "
+              "ends.");
 }
 
 TEST(CriteriaParser, ParenthesesHaveALimit) {

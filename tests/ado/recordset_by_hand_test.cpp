@@ -102,7 +102,7 @@ TEST_F(ByHandTest, RefusesFieldsThatCannotBe) {
     EXPECT_EQ(raisedBy([&] { fields->Append(u"", DataTypeEnum::adInteger); }),
               errors::kInvalidArgument);
     EXPECT_EQ(raisedBy([&] { fields->Append(u"prezzo", DataTypeEnum::adInteger); }),
-              errors::kInvalidArgument);
+              errors::kObjectInCollection);
     EXPECT_EQ(raisedBy([&] { fields->Append(u"X", DataTypeEnum::adVarChar); }),
               errors::kInvalidArgument);
     EXPECT_EQ(raisedBy([&] { fields->Append(u"X", DataTypeEnum{9999}, 5); }),

@@ -188,15 +188,17 @@ TEST_F(RecordsetTest, RefusesToDeleteARowThatIsGone) {
               errors::kConcurrency);
 }
 
-TEST_F(RecordsetTest, RefusesToWriteWhenTheConnectionWasClosed) {
+TEST_F(RecordsetTest, IsClosedWithItsConnection) {
     const auto rows = all();
-    connection_->Close();
+    const auto clone = rows->Clone();
+    const auto disconnected = all();
+    disconnected->setActiveConnection(Variant(Ref<Object>()));
     rows->Fields()->Item(u"Nome")->setValue(u"Neri");
-    EXPECT_EQ(raisedBy([&] {
-                  rows->Update();
-                  return 0;
-              }),
-              errors::kInvalidConnection);
+    connection_->Close();
+    EXPECT_EQ(rows->State(), ObjectStateEnum::adStateClosed);
+    EXPECT_EQ(clone->State(), ObjectStateEnum::adStateClosed);
+    EXPECT_EQ(disconnected->RecordCount(), 3);
+    EXPECT_EQ(raisedBy([&] { rows->Update(); }), errors::kObjectClosed);
 }
 
 TEST_F(RecordsetTest, LocatesARowOfATableWithoutKeyByAllItsColumns) {

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <unordered_set>
 #include <vector>
 
 #include <kaputil/ado/enumerations.hpp>
@@ -72,7 +73,9 @@ public:
     // Raises 3705 when it is open already, 3706 for an unknown provider, and the driver's errors.
     void Open(const String& connectionString = {}, const String& userId = {},
               const String& password = {}, std::int32_t options = -1);
-    // Raises 3704 when it is not open. An open transaction is rolled back.
+    // Raises 3704 when it is not open. An open transaction is rolled back. The recordsets on the
+    // connection are closed, and what is being edited in them is lost; those that have been
+    // disconnected stay.
     void Close();
     // A second connection to the same database, opened as this one was, with its login. C++ only.
     [[nodiscard]] Ref<Connection> openAnother() const;
@@ -97,7 +100,8 @@ public:
     // Raises -2147217900 for a count that is not a whole number. C++ only.
     [[nodiscard]] std::vector<ScriptBatch> batchesOf(const String& script);
 
-    // Transactions; the result of BeginTrans is the new nesting level.
+    // Transactions; the result of BeginTrans is the new nesting level. Ending one that has not been
+    // begun raises -2147168242.
     std::int32_t BeginTrans();
     void CommitTrans();
     void RollbackTrans();
@@ -127,7 +131,8 @@ public:
     void setCommandTimeout(std::int32_t seconds);
     [[nodiscard]] std::int32_t ConnectionTimeout() const { return connectionTimeout_; }
     void setConnectionTimeout(std::int32_t seconds);
-    // The provider's name: that of the connection string, or the one to use when that has none.
+    // The provider's name: that of the connection string, or the one to use when that has none; by
+    // default MSDASQL, which is ODBC.
     // Raises 3705 when assigned while open.
     [[nodiscard]] String Provider() const;
     void setProvider(const String& value);
@@ -165,7 +170,10 @@ public:
     [[noreturn]] void raiseAll(const std::vector<DriverError>& failures);
 
 private:
+    friend class Recordset;
+    void closeRecordsets();
     void openAs(const String& connectionString, const String& userId, const String& password);
+    void endingTransaction(const std::function<void()>& end);
     void executeEach(const String& script, std::vector<Ref<Recordset>>& answers);
     void report(const std::vector<ServerMessage>& messages, const String& source);
     [[nodiscard]] Ref<Recordset> answer(Result result);
@@ -178,6 +186,7 @@ private:
     std::shared_ptr<Session> session_;
     Ref<Object> foreign_;  // another maker's connection behind the session
     Ref<ado::Errors> errors_;
+    std::unordered_set<Recordset*> recordsets_;  // the open ones on it, which keep it alive
     CursorLocationEnum cursorLocation_ = CursorLocationEnum::adUseServer;
     std::int32_t commandTimeout_ = 30;
     std::int32_t connectionTimeout_ = 15;

@@ -9,7 +9,10 @@ namespace kap::ado::errors {
 inline constexpr std::int32_t kInvalidArgument = -2146825287;      // 800A0BB9
 inline constexpr std::int32_t kNoCurrentRecord = -2146825267;      // 800A0BCD
 inline constexpr std::int32_t kIllegalOperation = -2146825069;     // 800A0C93: in this context
+inline constexpr std::int32_t kInTransaction = -2146825042;        // 800A0CAE
 inline constexpr std::int32_t kItemNotFound = -2146825023;         // 800A0CC1
+inline constexpr std::int32_t kObjectInCollection = -2146824921;   // 800A0D27
+inline constexpr std::int32_t kObjectNotSet = -2146824868;         // 800A0D5C: no longer valid
 inline constexpr std::int32_t kWrongValueType = -2146824867;       // 800A0D5D
 inline constexpr std::int32_t kObjectClosed = -2146824584;         // 800A0E78
 inline constexpr std::int32_t kObjectOpen = -2146824583;           // 800A0E79
@@ -33,6 +36,7 @@ inline constexpr std::int32_t kTimeout = -2147217871;              // 80040E31
 inline constexpr std::int32_t kUnknownObject = -2147217865;        // 80040E37
 inline constexpr std::int32_t kConcurrency = -2147217864;          // 80040E38
 inline constexpr std::int32_t kTruncated = -2147217833;            // 80040E57
+inline constexpr std::int32_t kNoTransaction = -2147168242;        // 8004D00E
 inline constexpr std::int32_t kLogin = -2147217843;                // 80040E4D: database not opened
 
 }  // namespace kap::ado::errors

@@ -13,19 +13,23 @@
 namespace kap::ado {
 
 class RowCursor;
+struct ColumnInfo;
 
-// One column of a recordset, and its value in the current record.
+// One column of a recordset, and its value in the current record. Once the recordset has been
+// closed or the column has been taken from it every member raises 3420.
 class Field final : public DescribedObject {
 public:
     Field(std::shared_ptr<RowCursor> cursor, std::size_t ordinal);
+    ~Field() override;
     static const ClassDescription& classDescription();
     [[nodiscard]] const ClassDescription& description() const override {
         return classDescription();
     }
 
     // The value in the current record: Integer, Long, Byte, Single, Double, Currency, Decimal (also
-    // for big integers), Date, Boolean, String, an array of bytes, or Null. Raises 3021 when there
-    // is no current record.
+    // for big integers), Date, Boolean, String, an array of bytes, or Null; Empty in a new record
+    // of a recordset made by hand until it is assigned. Raises 3021 when there is no current
+    // record.
     [[nodiscard]] Variant Value() const;
     // Changes the pending record; the database is written by Recordset.Update. Raises 3251 in a
     // read-only recordset, 3421 when the value does not convert to the field's type, -2147217887
@@ -45,31 +49,44 @@ public:
     [[nodiscard]] Variant GetChunk(std::int32_t size);
 
     [[nodiscard]] String Name() const;
+    // What a column of a recordset made by hand is like can be assigned before it is opened, its
+    // type, size and attributes here and the digits below; 3219 afterwards, and of any other
+    // recordset.
     [[nodiscard]] DataTypeEnum Type() const;
+    // Raises 3001 for a type that a column cannot have.
+    void setType(DataTypeEnum value);
     // Characters or bytes that the column can hold; the width of the type for the others.
     [[nodiscard]] std::int32_t DefinedSize() const;
+    // Raises 3001 for less than one.
+    void setDefinedSize(std::int32_t value);
     // Characters or bytes of the current value.
     [[nodiscard]] std::int32_t ActualSize() const;
-    // Digits of a decimal in all and after the point. Those of a recordset made by hand can be
-    // assigned before its first record: up to 18 in all; they raise 3219 otherwise, 3001 for more.
+    // Digits of a number in all, and of a decimal after the point; 255: the type has none. Those of
+    // a recordset made by hand can be assigned before its first record; a decimal has up to 18, and
+    // more raise 3001.
     [[nodiscard]] std::uint8_t Precision() const;
     void setPrecision(std::uint8_t value);
     [[nodiscard]] std::uint8_t NumericScale() const;
     void setNumericScale(std::uint8_t value);
-    // Bits of FieldAttributeEnum.
+    // Bits of FieldAttributeEnum. Of a column made by hand those that it was given, or what follows
+    // from its type.
     [[nodiscard]] std::int32_t Attributes() const;
+    void setAttributes(std::int32_t value);
 
     // The text of the current value as it is kept, in UTF-8, valid until the recordset changes;
     // raises 13 when the field is of another type or Null.
     [[nodiscard]] std::string_view utf8Value() const;
 
 private:
+    friend class Fields;
+    [[nodiscard]] RowCursor& cursor() const;
     void assign(const Variant& value);
-    [[nodiscard]] RowCursor& unfilled(std::uint8_t digits) const;
-
+    [[nodiscard]] ColumnInfo& unopened() const;
+    [[nodiscard]] ColumnInfo& unfilled(std::uint8_t digits) const;
     void requireLong() const;
+    void follow(std::shared_ptr<RowCursor> cursor, std::size_t ordinal);
 
-    std::shared_ptr<RowCursor> cursor_;
+    std::shared_ptr<RowCursor> cursor_;  // unset: of no recordset any more
     std::size_t ordinal_;
     bool appending_ = false;                  // the pending value is one of pieces
     std::optional<std::size_t> chunkRecord_;  // the record of which pieces are being read
@@ -86,7 +103,8 @@ private:
 //     recordset->AddNew(u"Codice", u"A12");
 class Fields final : public DescribedObject {
 public:
-    explicit Fields(std::shared_ptr<RowCursor> cursor, bool open = true);
+    Fields();
+    ~Fields() override;
     static const ClassDescription& classDescription();
     [[nodiscard]] const ClassDescription& description() const override {
         return classDescription();
@@ -102,10 +120,12 @@ public:
 
     // Adds a column: its data type, for texts and binaries the characters or bytes that it holds,
     // and bits of FieldAttributeEnum, of which adFldFixed and adFldLong count. Raises 3219 once the
-    // recordset is open, 3001 for a name that is taken or empty, a type that a column cannot have,
-    // and a text or binary without size.
+    // recordset is open, 3367 for a name that is taken, 3001 for an empty one,
+    // a type that a column cannot have, a text or binary without size, and a value: there is no
+    // record yet that could have one.
     void Append(const String& name, DataTypeEnum type, std::int32_t definedSize = 0,
-                FieldAttributeEnum attributes = FieldAttributeEnum::adFldUnspecified);
+                FieldAttributeEnum attributes = FieldAttributeEnum::adFldUnspecified,
+                const Variant& fieldValue = Variant::missing());
     // Takes a column away again; raises 3219 once the recordset is open, 3265 when there is none.
     void Delete(const Variant& index);
 
@@ -114,11 +134,15 @@ private:
     void requireUnopened() const;
 
     friend class Recordset;
-    void opened() { open_ = true; }
+    // Of another cursor from now on. A field that a client holds stays that of its column when the
+    // columns are the same.
+    void show(std::shared_ptr<RowCursor> cursor, bool open);
+    // There are none any more.
+    void hide();
 
     std::shared_ptr<RowCursor> cursor_;
     std::vector<Ref<Field>> fields_;
-    bool open_;
+    bool open_ = false;
 };
 
 }  // namespace kap::ado

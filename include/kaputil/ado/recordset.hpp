@@ -232,12 +232,18 @@ private:
     void show(std::shared_ptr<RowCursor> cursor);
     void takeAnswers(std::vector<Result> results);
     void forget();
+    void closeWithConnection();
+    void attach(Ref<Connection> connection);
+    void join();
+    void leave() noexcept;
     void observed() override;
     [[nodiscard]] RowCursor& opened() const;
     void requireOpen() const;
     void requireClosed() const;
     void requireScrolling() const;
     void requireBatch() const;
+    void requireSortable() const;
+    void arrangeAsChosen(const Variant& filter, const String& sort);
     void openMadeByHand();
     void run(std::int32_t options);
     [[nodiscard]] std::vector<Result> answersOf(const Execution& execution);

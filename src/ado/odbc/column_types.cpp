@@ -126,26 +126,6 @@ std::uint8_t small(SQLULEN number) {
     return static_cast<std::uint8_t>(std::min<SQLULEN>(number, kNone));
 }
 
-std::uint8_t precisionOf(DataTypeEnum type) {
-    switch (type) {
-        case adUnsignedTinyInt:
-            return 3;
-        case adSmallInt:
-            return 5;
-        case adInteger:
-            return 10;
-        case adBigInt:
-        case adCurrency:
-            return 19;
-        case adSingle:
-            return 7;
-        case adDouble:
-            return 15;
-        default:
-            return kNone;
-    }
-}
-
 bool isRowVersion(const AnnouncedType& type, DataTypeEnum code) {
     const std::string name = tsql::asciiLower(type.name);
     return storageOf(code) == Storage::Binary && (name == "timestamp" || name == "rowversion");
@@ -160,7 +140,7 @@ void describeType(const AnnouncedType& type, SQLULEN inventedSize, ColumnInfo& i
         info.type = adBinary;
     }
     info.isLong = isLongType(info.type);
-    info.precision = precisionOf(info.type);
+    info.precision = usualPrecision(info.type);
     info.numericScale = kNone;
     if (info.type == adNumeric || info.type == adDBTimeStamp || info.type == adDBDate ||
         info.type == adDBTime) {

@@ -32,7 +32,7 @@ std::string callOf(const Request& request) {
 }
 
 [[noreturn]] void noTransaction(const char* verb) {
-    throw driverError(errors::kCommandText, "25000",
+    throw driverError(errors::kNoTransaction, "25000",
                       std::string("The ") + verb +
                           " TRANSACTION request has no corresponding BEGIN TRANSACTION.");
 }
