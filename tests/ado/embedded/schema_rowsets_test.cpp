@@ -105,7 +105,6 @@ TEST_F(SchemaRowsetsTest, TellsThePrimaryKeysInTheirOrder) {
 TEST_F(SchemaRowsetsTest, TellsTheIndexes) {
     const auto rows =
         schema(SchemaEnum::adSchemaIndexes, {Variant(), Variant(), Variant(), Variant(), u"Righe"});
-    rows->setActiveConnection(Variant(Ref<Object>()));
     EXPECT_EQ(column(rows, u"INDEX_NAME"), "PK_Righe PK_Righe UQ_Testo ");
     EXPECT_EQ(column(rows, u"COLUMN_NAME"), "Numero Anno Testo ");
     EXPECT_EQ(column(rows, u"PRIMARY_KEY"), "True True False ");
