@@ -6,6 +6,7 @@
 #include "tsql/lexer.hpp"
 #include "tsql/parser_state.hpp"
 #include "tsql/server_error.hpp"
+#include "tsql/stack_limit.hpp"
 #include "tsql/text.hpp"
 
 namespace kap::tsql {
@@ -35,7 +36,9 @@ std::vector<std::string> parseNames(std::string_view text) {
 }
 
 Parser::Level::Level(Parser& parser) : parser_(parser) {
-    if (parser_.nesting_ >= kMaxNesting) throw nestedTooDeeply(parser_.peek().line);
+    const int line = parser_.peek().line;
+    if (parser_.nesting_ >= kMaxNesting) throw nestedTooDeeply(line);
+    requireStack(line);
     ++parser_.nesting_;
 }
 

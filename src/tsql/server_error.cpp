@@ -66,4 +66,12 @@ ServerError nestedTooDeeply(int line) {
             line, kSyntaxSeverity};
 }
 
+ServerError outOfStack(int line) {
+    constexpr int kResourceSeverity = 17;
+    return {8631,
+            "Internal error: Server stack limit has been reached. Please look for potentially deep "
+            "nesting in your query, and try to simplify it.",
+            line, kResourceSeverity};
+}
+
 }  // namespace kap::tsql

@@ -44,4 +44,7 @@ private:
 /// Error 191: brackets, subqueries or operators are nested beyond what is accepted.
 [[nodiscard]] ServerError nestedTooDeeply(int line);
 
+/// Error 8631: something is nested deeper than the stack of the present thread can follow.
+[[nodiscard]] ServerError outOfStack(int line);
+
 }  // namespace kap::tsql

@@ -10,6 +10,7 @@
 #include "ado/embedded/collation.hpp"
 #include "ado/embedded/functions/registration.hpp"
 #include "ado/embedded/key_names.hpp"
+#include "ado/embedded/sqlite_stack.hpp"
 
 namespace kap::ado::embedded {
 namespace {
@@ -149,6 +150,7 @@ Connection::Connection(const Options& options)
 void Connection::prepare(const Options& options) {
     registerCollation(handle());
     registerFunctions(handle(), errorSlot_);
+    watchStack(handle());
     // A misspelt name in double quotes must be an error, not a text.
     sqlite3_db_config(handle(), SQLITE_DBCONFIG_DQS_DML, 0, nullptr);
     const bool writesFile = !options.readOnly && !options.inMemory();

@@ -215,6 +215,9 @@ ServerError serverError(const SqliteError& error, const DatabasePlace& place,
                     0, 17, 1};
         case SQLITE_CORRUPT:
         case SQLITE_NOTADB:
+            if (isTooDeep(error.what())) {
+                return tsql::nestedTooDeeply(0);
+            }
             return {kDamaged,
                     "The file of " + database + " is damaged (" + error.what() +
                         "). Restore it from a copy.",
@@ -233,6 +236,8 @@ ServerError serverError(const SqliteError& error, const DatabasePlace& place,
         case SQLITE_NOMEM:
             return {kOutOfMemory, "There is insufficient system memory to run this query.", 0, 17,
                     1};
+        case SQLITE_AUTH:
+            return tsql::outOfStack(0);
         case SQLITE_TOOBIG:
             return {8152, "String or binary data would be truncated.", 0, 16, 1};
         case SQLITE_MISMATCH:

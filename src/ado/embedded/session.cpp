@@ -3,6 +3,7 @@
 #include <filesystem>
 
 #include "ado/embedded/schema_rowsets.hpp"
+#include "platform/stack.hpp"
 
 namespace kap::ado::embedded {
 namespace {
@@ -28,6 +29,7 @@ EmbeddedSession::EmbeddedSession(const Options& options)
 // Every error leaves a session as a DriverError.
 template <class Work>
 auto EmbeddedSession::reported(Work work) {
+    platform::learnStack();
     try {
         return work();
     } catch (const tsql::ServerError& error) {

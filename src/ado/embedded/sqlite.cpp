@@ -2,6 +2,7 @@
 
 #include <new>
 
+#include "ado/embedded/sqlite_stack.hpp"
 #include "ado/embedded/time_limit.hpp"
 
 namespace kap::ado::embedded {
@@ -13,6 +14,7 @@ SqliteError lastError(sqlite3* database) {
 
 PreparedStatement::PreparedStatement(sqlite3* database, std::string_view sql, StatementLife life) {
     const unsigned flags = life == StatementLife::Kept ? SQLITE_PREPARE_PERSISTENT : 0U;
+    limitNesting(database);
     sqlite3_stmt* made = nullptr;
     const int code = sqlite3_prepare_v3(database, sql.data(), static_cast<int>(sql.size()), flags,
                                         &made, nullptr);

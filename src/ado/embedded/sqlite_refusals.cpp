@@ -34,8 +34,10 @@ constexpr const char* kTooDeep =
     "Some part of your SQL statement is nested too deeply. Rewrite the query or break it up into "
     "smaller queries.";
 
+constexpr std::string_view kTooLargeTree = "Expression tree is too large";
+
 constexpr std::array kSaid = std::to_array<Said>({
-    {"Expression tree is too large", 191, kTooDeep, 15},
+    {kTooLargeTree, 191, kTooDeep, 15},
     {"parser stack overflow", 191, kTooDeep, 15},
     {"too many levels of trigger recursion", 217,
      "Maximum stored procedure, function, trigger, or view nesting level exceeded (limit 32).", 16},
@@ -50,6 +52,10 @@ constexpr std::array kSaid = std::to_array<Said>({
 });
 
 }  // namespace
+
+bool isTooDeep(std::string_view message) {
+    return message.find(kTooLargeTree) != std::string_view::npos;
+}
 
 ServerError refusedBySqlite(std::string_view message) {
     const auto holds = [&](const auto& each) {

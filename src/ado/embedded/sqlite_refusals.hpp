@@ -11,4 +11,8 @@ namespace kap::ado::embedded {
 // own words speak of the text that a statement was translated to, which its writer has never seen.
 [[nodiscard]] tsql::ServerError refusedBySqlite(std::string_view message);
 
+// Whether SQLite has found an expression nested beyond its limit, which of a stored one it says as
+// if the file were damaged.
+[[nodiscard]] bool isTooDeep(std::string_view message);
+
 }  // namespace kap::ado::embedded

@@ -1,5 +1,6 @@
 #include "ado/late_bound/query_table.hpp"
 
+#include "platform/stack.hpp"
 #include "tsql/parser.hpp"
 #include "tsql/server_error.hpp"
 
@@ -40,6 +41,7 @@ std::optional<std::vector<std::string>> columnsOf(const tsql::Select& select) {
 }  // namespace
 
 std::optional<QueryTable> tableOfQuery(std::string_view script) {
+    platform::learnStack();
     try {
         const tsql::Script read = tsql::parseScript(script);
         const tsql::Select* select = plainSelect(read);

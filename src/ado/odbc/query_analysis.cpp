@@ -5,6 +5,7 @@
 #include <utility>
 #include <variant>
 
+#include "platform/stack.hpp"
 #include "tsql/lexer.hpp"
 #include "tsql/parser.hpp"
 #include "tsql/server_error.hpp"
@@ -179,6 +180,7 @@ QueryAnalysis analyse(std::string_view text) {
         found.changesTables = mayChangeTables(text);
         return found;
     }
+    platform::learnStack();
     try {
         const tsql::Script script = tsql::parseScript(text);
         const auto* select =

@@ -7,6 +7,7 @@
 #include "ado/embedded/catalogue.hpp"
 #include "ado/embedded/functions/value.hpp"
 #include "tsql/server_error.hpp"
+#include "tsql/stack_limit.hpp"
 
 namespace kap::ado::embedded {
 namespace {
@@ -101,6 +102,7 @@ struct SideEffect {
 };
 
 void checkEffects(const Statement& statement) {
+    tsql::requireStack(statement.line);
     const std::string effect = std::visit(SideEffect(), statement.node);
     if (!effect.empty()) {
         throw ServerError(

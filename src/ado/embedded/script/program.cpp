@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "tsql/server_error.hpp"
+#include "tsql/stack_limit.hpp"
 #include "tsql/text.hpp"
 
 namespace kap::ado::embedded {
@@ -38,6 +39,7 @@ std::size_t Program::emit(Operation operation, int line) {
 }
 
 void Program::add(const tsql::Statement& statement) {
+    tsql::requireStack(statement.line);
     std::visit([&](const auto& node) { addNode(statement, node); }, statement.node);
 }
 

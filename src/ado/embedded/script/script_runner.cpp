@@ -10,6 +10,7 @@
 #include "ado/embedded/script/running.hpp"
 #include "ado/embedded/time_limit.hpp"
 #include "ado/embedded/translate/translator.hpp"
+#include "frame/stack.hpp"
 #include "tsql/parser.hpp"
 #include "tsql/text.hpp"
 
@@ -276,6 +277,9 @@ void ScriptRunner::runFrame(Frame& frame, std::vector<Result>& results) {
                                          "Maximum stored procedure, function, trigger, or view "
                                          "nesting level exceeded (limit 32)."),
                        0);
+    }
+    if (stackLeft() < kStackReserve) {
+        throw raisedBy(tsql::outOfStack(0), 0);
     }
     const Running running(*this, frame);
     try {

@@ -1,6 +1,7 @@
 #include <algorithm>
 
 #include "ado/embedded/translate/binder.hpp"
+#include "tsql/stack_limit.hpp"
 
 namespace kap::ado::embedded {
 
@@ -68,6 +69,7 @@ struct Search {
 }  // namespace
 
 bool containsAggregate(const tsql::Expression& expression) {
+    tsql::requireStack(expression.line);
     return std::visit(Search{}, expression.node);
 }
 

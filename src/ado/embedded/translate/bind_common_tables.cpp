@@ -118,6 +118,14 @@ void checkRecursion(const std::string& table, const tsql::QueryTerm& term, bool 
 
 // A table that reads itself has the columns of its first term, so that is bound first, alone.
 std::string Binder::commonTable(const tsql::CommonTable& table, Scope* outer) {
+    const int aside = std::exchange(deepestRead_, 0);
+    std::string defined = boundCommonTable(table, outer);
+    commonNames_.back().depth = checkedDepth(deepestRead_ + 1, table.query->line);
+    deepestRead_ = aside;
+    return defined;
+}
+
+std::string Binder::boundCommonTable(const tsql::CommonTable& table, Scope* outer) {
     const std::size_t mark = commonNames_.size();
     const bool several = table.query->terms.size() > 1 &&
                          std::holds_alternative<tsql::Select>(table.query->terms.front().node);

@@ -3,6 +3,7 @@
 #include "ado/embedded/translate/binder.hpp"
 #include "ado/embedded/translate/type_rules.hpp"
 #include "tsql/server_error.hpp"
+#include "tsql/stack_limit.hpp"
 
 namespace kap::ado::embedded {
 
@@ -26,6 +27,7 @@ std::string notIf(bool negated) {
 }  // namespace
 
 std::string Binder::condition(const tsql::Expression& expression, Scope& scope) {
+    tsql::requireStack(expression.line);
     return std::visit([&](const auto& kind) { return test(kind, expression.line, scope); },
                       expression.node);
 }

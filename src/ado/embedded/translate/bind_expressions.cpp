@@ -10,6 +10,7 @@
 #include "ado/embedded/translate/system_values.hpp"
 #include "ado/embedded/translate/type_rules.hpp"
 #include "tsql/server_error.hpp"
+#include "tsql/stack_limit.hpp"
 #include "tsql/text.hpp"
 
 namespace kap::ado::embedded {
@@ -147,6 +148,7 @@ Typed Binder::literal(const tsql::Literal& literal, int line) const {
 }
 
 Typed Binder::value(const tsql::Expression& expression, Scope& scope) {
+    tsql::requireStack(expression.line);
     if (scope.grouped && !scope.insideAggregate) {
         if (auto grouped = groupedValue(expression, scope)) return *grouped;
     }

@@ -1,8 +1,12 @@
 #include <algorithm>
+#include <cstddef>
+#include <utility>
 
 #include "ado/embedded/translate/binder.hpp"
 #include "ado/embedded/translate/type_rules.hpp"
+#include "tsql/parser.hpp"
 #include "tsql/server_error.hpp"
+#include "tsql/stack_limit.hpp"
 #include "tsql/text.hpp"
 
 namespace kap::ado::embedded {
@@ -32,6 +36,7 @@ bool hasTop(const tsql::Query& query) {
 }  // namespace
 
 BoundQuery Binder::query(const tsql::Query& query, Scope* outer, QueryPlace place) {
+    tsql::requireStack(query.line);
     if (outer != nullptr && outer->subqueriesRefused) {
         throw ServerError(
             1046,
@@ -42,10 +47,24 @@ BoundQuery Binder::query(const tsql::Query& query, Scope* outer, QueryPlace plac
     const Replaced numbers(needsRowNumbers_, false);
     const Replaced deeper(queryDepth_, queryDepth_ + 1);
     if (!query.commonTables.empty()) limitRecursion(query.maxRecursion);
+    const int aside = std::exchange(deepestRead_, 0);
     const std::string with = commonTables(query.commonTables, outer);
     BoundQuery bound = body(query, outer, place);
     bound.sql = with + bound.sql + rowLimits(query, outer);
+    const int depth = checkedDepth(deepestRead_ + 1, query.line);
+    deepestRead_ = std::max(aside, depth);
     return bound;
+}
+
+// Views and common tables nest queries further than their texts show. SQLite follows them by
+// recursion.
+int Binder::checkedDepth(int depth, int line) {
+    if (depth > tsql::kMaxNesting) throw tsql::nestedTooDeeply(line);
+    constexpr std::size_t kLevel = 1024;
+    if (stackLeft() < kStackReserve + static_cast<std::size_t>(depth) * kLevel) {
+        throw tsql::outOfStack(line);
+    }
+    return depth;
 }
 
 BoundQuery Binder::body(const tsql::Query& query, Scope* outer, QueryPlace place) {

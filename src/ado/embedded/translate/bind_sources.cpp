@@ -1,10 +1,12 @@
 #include <algorithm>
+#include <cstddef>
 #include <iterator>
 #include <utility>
 
 #include "ado/embedded/translate/binder.hpp"
 #include "ado/embedded/translate/statements.hpp"
 #include "tsql/server_error.hpp"
+#include "tsql/stack_limit.hpp"
 #include "tsql/text.hpp"
 
 namespace kap::ado::embedded {
@@ -13,6 +15,9 @@ using tsql::JoinKind;
 using tsql::ServerError;
 
 namespace {
+
+constexpr std::size_t kDeepestViews = 32;
+constexpr std::size_t kLongestView = std::size_t{16} * 1024 * 1024;
 
 std::string columnSql(const std::string& source, const std::string& column) {
     return sqlName(source) + "." + sqlName(column);
@@ -112,6 +117,7 @@ BoundSource Binder::from(const std::vector<tsql::TableSourcePtr>& sources, Scope
 }
 
 BoundSource Binder::source(const tsql::TableSource& source, Scope& scope) {
+    tsql::requireStack(source.line);
     if (const auto* table = std::get_if<tsql::NamedTable>(&source.node)) return namedTable(*table);
     if (const auto* derived = std::get_if<tsql::DerivedTable>(&source.node)) {
         return derivedTable(*derived, source.line, scope);
@@ -149,6 +155,7 @@ BoundSource Binder::namedTable(const tsql::NamedTable& named) {
             throw ServerError(465, "Recursive references are not allowed in subqueries.",
                               named.name.line);
         }
+        deepestRead_ = std::max(deepestRead_, common->depth);
         return commonSource(*common, common->readAs);
     }
     if (findTable(named.name, names_) == nullptr) {
@@ -216,9 +223,24 @@ std::optional<BoundSource> Binder::viewSource(const tsql::NamedTable& named) {
                               "' because of binding errors: it reads itself.",
                           named.name.line);
     }
+    if (openViews_.size() >= kDeepestViews) {
+        throw ServerError(217,
+                          "Maximum stored procedure, function, trigger, or view nesting level "
+                          "exceeded (limit 32).",
+                          named.name.line);
+    }
     openViews_.push_back(view);
     const std::vector<CommonName> outerNames = std::exchange(commonNames_, {});
     BoundQuery bound = query(*view->query, nullptr, QueryPlace::Nested);
+    // Views that read others twice double their text with every level.
+    if (bound.sql.size() > kLongestView) {
+        throw ServerError(8623,
+                          "The query processor ran out of internal resources and could not produce "
+                          "a query plan. This is a rare event and only expected for extremely "
+                          "complex queries or queries that reference a very large number of tables "
+                          "or partitions. Please simplify the query.",
+                          named.name.line);
+    }
     commonNames_ = outerNames;
     openViews_.pop_back();
     return querySource(std::move(bound), view->columns,

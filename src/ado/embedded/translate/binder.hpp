@@ -264,8 +264,10 @@ private:
         int reads = 0;
         /// How deep within queries it is bound when it is known to read itself.
         std::optional<int> recursiveAt = std::nullopt;
+        int depth = 0;  ///< levels of queries in it
     };
     [[nodiscard]] std::string commonTable(const tsql::CommonTable& table, Scope* outer);
+    [[nodiscard]] std::string boundCommonTable(const tsql::CommonTable& table, Scope* outer);
     [[nodiscard]] std::string recursiveTable(const tsql::CommonTable& table, CommonName own,
                                              Scope* outer);
     [[nodiscard]] std::vector<OutputColumn> commonColumns(const tsql::CommonTable& table,
@@ -277,6 +279,8 @@ private:
 
     // bind_queries.cpp
     [[nodiscard]] BoundQuery body(const tsql::Query& query, Scope* outer, QueryPlace place);
+    /// The depth of queries in one another, unless it is more than can be followed.
+    static int checkedDepth(int depth, int line);
     [[nodiscard]] std::string rowLimits(const tsql::Query& query, Scope* outer);
     [[nodiscard]] static std::string nestedText(const BoundSelect& select);
 
@@ -335,6 +339,7 @@ private:
     bool variablesPerRow_ = false;
     bool readsOtherRows_ = false;
     int queryDepth_ = 0;            // queries being bound within each other
+    int deepestRead_ = 0;           // levels of queries below the one that is being bound
     int windowsBound_ = 0;          // functions with OVER, so far
     bool computedColumn_ = false;   // its definition is being bound
     bool needsRowNumbers_ = false;  // of the tables in FROM, for a statement that writes them
