@@ -24,8 +24,10 @@
 #include "faults/random_runs.hpp"
 #include "frame/same_value.hpp"
 #include "support/database.hpp"
+#include "support/late_bound.hpp"
 #include "support/scoped_variable.hpp"
 #include "support/temporary_folder.hpp"
+#include "support/text_files.hpp"
 
 #ifdef __SANITIZE_ADDRESS__
 #include <sanitizer/lsan_interface.h>
@@ -80,6 +82,22 @@ protected:
     test::ScopedVariable home_{"KAPUTIL_HOME", folder_.file("")};
     test::ScopedVariable path_{"PATH", "/nonexistent"};  // no program of the desktop is started
 };
+
+TEST_F(ExhaustedMemory, RemovesAFolderOrSaysThatItIsThere) {
+    const std::string path = folder_.file("archivio");
+    withEveryRequestFailing(
+        [&] {
+            std::filesystem::create_directories(path + "/un anno di cui si conserva tutto/gennaio");
+            test::putFile(path + "/un anno di cui si conserva tutto/gennaio/1.txt", "uno");
+            return createObject(u"Scripting.FileSystemObject");
+        },
+        [&](const Ref<Object>& files) {
+            test::call(*files, u"DeleteFolder", {Variant(String(path))});
+        },
+        [&](const Ref<Object>& /*files*/, bool done) {
+            EXPECT_TRUE(!done || !std::filesystem::exists(path));
+        });
+}
 
 TEST_F(ExhaustedMemory, LeavesABagAsItWasOrWritten) {
     withEveryRequestFailing(
@@ -255,10 +273,12 @@ public:
 private:
     std::size_t below(std::size_t limit) { return random_() % limit; }
 
-    // What waits for somebody, or for another program.
+    // What waits for somebody, or for another program, and what removes folders or leads out of
+    // them.
     static bool isLeftOut(const MemberDescription& member) {
-        constexpr std::array<const char16_t*, 4> kLeftOut = {u"InviaEMail", u"Display", u"Send",
-                                                             u"kapMsgBox"};
+        constexpr std::array kLeftOut = {
+            u"InviaEMail", u"Display",    u"Send",         u"kapMsgBox", u"ParentFolder",
+            u"Delete",     u"DeleteFile", u"DeleteFolder", u"Move",      u"MoveFile"};
         return std::ranges::any_of(
             kLeftOut, [&](const char16_t* name) { return member.name == String(name); });
     }
@@ -341,7 +361,8 @@ private:
 
 TEST_F(ExhaustedMemoryWithAFile, EndsMembersOfEveryClassInAnError) {
     const auto before = std::filesystem::current_path();
-    std::filesystem::current_path(folder_.file(""));
+    const test::TemporaryFolder work;  // not the database's: they may write over every file in it
+    std::filesystem::current_path(work.file(""));
     test::withRandomSeeds([&](std::uint32_t seed) {
         RandomCalls(seed, string_).run(400);
         expectFree();

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <system_error>
 #include <utility>
+#include <vector>
 
 #include <kaputil/frame/error.hpp>
 
@@ -139,11 +140,32 @@ void Folder::Delete(bool /*force*/) {
     removeFolder(path_);
 }
 
+// What the standard library has for this ends the program when there is no memory.
 void removeFolder(const fs::path& folder) {
     checkFolder(folder);
     std::error_code error;
-    fs::remove_all(folder, error);
-    checkFile(error);
+    std::vector<fs::path> left = {folder};
+    while (!left.empty()) {
+        const fs::path present = left.back();
+        bool isEmpty = true;
+        const std::vector<fs::path> names = namesIn(present, error);
+        checkFile(error);
+        for (const fs::path& name : names) {
+            const fs::path inside = present / name;
+            if (fs::is_directory(fs::symlink_status(inside, error))) {
+                left.push_back(inside);
+                isEmpty = false;
+            } else {
+                fs::remove(inside, error);
+                checkFile(error);
+            }
+        }
+        if (isEmpty) {
+            fs::remove(present, error);
+            checkFile(error);
+            left.pop_back();
+        }
+    }
 }
 
 }  // namespace kap::platform::files
