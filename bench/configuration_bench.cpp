@@ -11,15 +11,15 @@
 
 #include <kaputil/ado/connection.hpp>
 #include <kaputil/ado/recordset.hpp>
+#include <kaputil/automation/plain_text.hpp>
 #include <kaputil/config/cfg_applicazione.hpp>
 #include <kaputil/config/cfg_applicazioni.hpp>
 #include <kaputil/config/cfg_campo.hpp>
 #include <kaputil/config/cfg_modulo.hpp>
 #include <kaputil/config/cfg_procedura.hpp>
-#include <kaputil/frame/plain_text.hpp>
 
-#include "ado/embedded/collation.hpp"
 #include "bench/job.hpp"
+#include "engine/sqlite/collation.hpp"
 #include "tests/support/temporary_folder.hpp"
 
 namespace {
@@ -121,7 +121,7 @@ private:
             throw std::runtime_error("the configuration cannot be opened bare");
         }
         bare_.reset(handle);
-        kap::ado::embedded::registerCollation(handle);  // the columns name it
+        kap::engine::registerCollation(handle);  // the columns name it
     }
 
     struct Close {

@@ -9,8 +9,8 @@
 #include <string>
 #include <vector>
 
-#include <kaputil/frame/convert.hpp>
-#include <kaputil/frame/locale.hpp>
+#include <kaputil/automation/convert.hpp>
+#include <kaputil/automation/locale.hpp>
 
 #include "bench/job.hpp"
 

@@ -4,10 +4,10 @@
 #include <array>
 #include <cstdint>
 
-#include <kaputil/frame/class_description.hpp>
+#include <kaputil/automation/class_description.hpp>
 
+#include "automation/class_builder.hpp"
 #include "bench/job.hpp"
-#include "frame/class_builder.hpp"
 
 namespace {
 

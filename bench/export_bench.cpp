@@ -10,7 +10,7 @@
 
 #include <kaputil/ado/connection.hpp>
 #include <kaputil/ado/recordset.hpp>
-#include <kaputil/frame/convert.hpp>
+#include <kaputil/automation/convert.hpp>
 #include <kaputil/host/text_export.hpp>
 
 #include "bench/job.hpp"

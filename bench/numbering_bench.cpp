@@ -8,11 +8,11 @@
 
 #include <kaputil/ado/connection.hpp>
 #include <kaputil/ado/recordset.hpp>
-#include <kaputil/frame/convert.hpp>
+#include <kaputil/automation/convert.hpp>
 #include <kaputil/numbering/document_numbers.hpp>
 
-#include "ado/embedded/collation.hpp"
 #include "bench/job.hpp"
+#include "engine/sqlite/collation.hpp"
 #include "tests/support/temporary_folder.hpp"
 
 namespace {
@@ -63,7 +63,7 @@ private:
             throw std::runtime_error("the sample company cannot be opened bare");
         }
         bare_.reset(handle);
-        kap::ado::embedded::registerCollation(bare_.get());  // the columns name it
+        kap::engine::registerCollation(bare_.get());  // the columns name it
         run("PRAGMA synchronous = FULL");
     }
     ~Company() {

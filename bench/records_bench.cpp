@@ -10,9 +10,9 @@
 #include <vector>
 
 #include <kaputil/ado/connection.hpp>
+#include <kaputil/automation/array.hpp>
 #include <kaputil/db/records.hpp>
 #include <kaputil/db/recordsets.hpp>
-#include <kaputil/frame/array.hpp>
 
 #include "bench/job.hpp"
 #include "tests/support/temporary_folder.hpp"

@@ -7,15 +7,15 @@
 #include <string>
 
 #include <kaputil/ado/connection.hpp>
-#include <kaputil/ado/error_numbers.hpp>
 #include <kaputil/ado/recordset.hpp>
-#include <kaputil/frame/convert.hpp>
-#include <kaputil/frame/error.hpp>
+#include <kaputil/automation/convert.hpp>
+#include <kaputil/automation/error.hpp>
+#include <kaputil/data/error_numbers.hpp>
 #include <kaputil/numbering/document_numbers.hpp>
 
-#include "ado/embedded/collation.hpp"
 #include "bench/job.hpp"
 #include "bench/processes.hpp"
+#include "engine/sqlite/collation.hpp"
 #include "tests/support/temporary_folder.hpp"
 
 namespace {
@@ -80,7 +80,7 @@ public:
         database_.reset(handle);
         if (result != SQLITE_OK) throw std::runtime_error("the file cannot be opened bare");
         sqlite3_busy_timeout(handle, kBusyMillis);
-        kap::ado::embedded::registerCollation(handle);  // the columns name it
+        kap::engine::registerCollation(handle);  // the columns name it
         run("PRAGMA synchronous = FULL");
     }
     void run(const char* sql) {

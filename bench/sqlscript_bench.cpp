@@ -9,11 +9,11 @@
 
 #include <kaputil/ado/connection.hpp>
 #include <kaputil/ado/recordset.hpp>
-#include <kaputil/frame/plain_text.hpp>
+#include <kaputil/automation/plain_text.hpp>
 #include <kaputil/sqlscript/csql.hpp>
 
-#include "ado/embedded/collation.hpp"
 #include "bench/job.hpp"
+#include "engine/sqlite/collation.hpp"
 #include "tests/support/temporary_folder.hpp"
 
 namespace {
@@ -71,7 +71,7 @@ private:
             throw std::runtime_error("the database cannot be opened bare");
         }
         bare_.reset(handle);
-        kap::ado::embedded::registerCollation(handle);  // the columns name it
+        kap::engine::registerCollation(handle);  // the columns name it
         runBare("PRAGMA synchronous = OFF");
     }
 

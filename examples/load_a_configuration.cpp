@@ -1,12 +1,12 @@
 // Declares what can be configured, lets a group change it, and loads it as another program would.
 #include <kaputil/ado/connection.hpp>
 #include <kaputil/ado/recordset.hpp>
+#include <kaputil/automation/error.hpp>
 #include <kaputil/config/cfg_applicazione.hpp>
 #include <kaputil/config/cfg_applicazioni.hpp>
 #include <kaputil/config/cfg_campo.hpp>
 #include <kaputil/config/cfg_modulo.hpp>
 #include <kaputil/config/cfg_procedura.hpp>
-#include <kaputil/frame/error.hpp>
 
 #include <iostream>
 

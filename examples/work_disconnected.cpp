@@ -2,7 +2,7 @@
 // batch; somebody else has changed one of them meanwhile.
 #include <kaputil/ado/connection.hpp>
 #include <kaputil/ado/recordset.hpp>
-#include <kaputil/frame/error.hpp>
+#include <kaputil/automation/error.hpp>
 
 #include <iostream>
 

@@ -3,7 +3,7 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include <kaputil/frame/error.hpp>
+#include <kaputil/automation/error.hpp>
 
 // What the targets of readers share.
 namespace kap::fuzz {

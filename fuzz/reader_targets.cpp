@@ -14,15 +14,15 @@
 #include <kaputil/ado/connection.hpp>
 #include <kaputil/ado/recordset.hpp>
 
-#include "ado/connection_string.hpp"
-#include "frame/unicode.hpp"
+#include "base/unicode.hpp"
+#include "cli/commands/config/settings_file.hpp"
+#include "cli/output/usage_error.hpp"
+#include "data/connection_string.hpp"
+#include "drivers/text/schema.hpp"
 #include "fuzz/reader_support.hpp"
-#include "host/text_source/schema.hpp"
 #include "platform/mail/card.hpp"
 #include "platform/profile_text.hpp"
 #include "platform/registry/registration_text.hpp"
-#include "tools/settings_file.hpp"
-#include "tools/usage_error.hpp"
 
 namespace kap::fuzz {
 namespace {
@@ -114,7 +114,7 @@ void connections(std::u16string_view text) {
 
 void schemas(std::u16string_view text) {
     std::ofstream(folder() / "Schema.ini", std::ios::binary) << "[E.TXT]\n" << bytesOf(text);
-    ends([&] { static_cast<void>(host::text_source::readSchema(folder(), u"E.TXT")); });
+    ends([&] { static_cast<void>(ado::text_files::readSchema(folder(), u"E.TXT")); });
 }
 
 // What a file of settings says is said by the file that is written of it.
@@ -123,15 +123,15 @@ void settings(std::u16string_view text) {
     if (!given) {
         return;  // files are known to be UTF-8 before they come here
     }
-    std::vector<tools::FileSetting> read;
+    std::vector<cli::FileSetting> read;
     try {
-        read = tools::readSettings(*given, "prova");
-    } catch (const tools::UsageError&) {
+        read = cli::readSettings(*given, "prova");
+    } catch (const cli::UsageError&) {
         return;
     }
     std::ostringstream written;
-    tools::writeSettings(written, read);
-    const auto again = tools::readSettings(written.str(), "prova");
+    cli::writeSettings(written, read);
+    const auto again = cli::readSettings(written.str(), "prova");
     require(again.size() == read.size(), "settings that read otherwise");
     for (std::size_t i = 0; i < read.size(); ++i) {
         require(again[i].path.text() == read[i].path.text() && again[i].value == read[i].value &&

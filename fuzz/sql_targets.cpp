@@ -5,9 +5,9 @@
 
 #include <kaputil/ado/connection.hpp>
 #include <kaputil/ado/recordset.hpp>
-#include <kaputil/frame/convert.hpp>
+#include <kaputil/automation/convert.hpp>
 
-#include "frame/unicode.hpp"
+#include "base/unicode.hpp"
 #include "fuzz/reader_support.hpp"
 #include "fuzz/reader_targets.hpp"
 

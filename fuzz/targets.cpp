@@ -12,14 +12,14 @@
 #include <string>
 #include <vector>
 
-#include <kaputil/ado/error_numbers.hpp>
 #include <kaputil/ado/recordset.hpp>
+#include <kaputil/automation/arithmetic.hpp>
+#include <kaputil/automation/convert.hpp>
+#include <kaputil/automation/error.hpp>
+#include <kaputil/automation/format.hpp>
+#include <kaputil/automation/locale.hpp>
 #include <kaputil/core/cproprieta.hpp>
-#include <kaputil/frame/arithmetic.hpp>
-#include <kaputil/frame/convert.hpp>
-#include <kaputil/frame/error.hpp>
-#include <kaputil/frame/format.hpp>
-#include <kaputil/frame/locale.hpp>
+#include <kaputil/data/error_numbers.hpp>
 #include <kaputil/util/dates.hpp>
 #include <kaputil/util/values.hpp>
 

@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
-"""Holds that numbers and dates turn into text and back in one place, src/frame/convert/.
+"""Holds that numbers and dates turn into text and back in one place, src/automation/convert/.
 
-The rest of the library and its programs call <kaputil/frame/convert.hpp> and <kaputil/frame/format.hpp> for texts that
-people read, and <kaputil/frame/plain_text.hpp> for those that programs do.
+The rest of the library and its programs call <kaputil/automation/convert.hpp> and <kaputil/automation/format.hpp> for texts that
+people read, and <kaputil/automation/plain_text.hpp> for those that programs do.
 """
 
 import re
@@ -10,7 +10,7 @@ import sys
 
 import sources
 
-ROOM = "src/frame/convert/"
+PLACE = "src/automation/convert/"
 
 # What converts, and is not to be called elsewhere.
 CONVERSION = re.compile(
@@ -23,12 +23,12 @@ COMMENT = re.compile(r"//.*$")
 
 def faults():
     for path in sources.project_files("src/*.cpp", "src/*.hpp", "include/*.hpp"):
-        if str(path).startswith(ROOM):
+        if str(path).startswith(PLACE):
             continue
         for number, line in enumerate(sources.read(path).splitlines(), start=1):
             match = CONVERSION.search(COMMENT.sub("", line))
             if match:
-                yield f"{path}:{number}: {match.group(1) or match.group(2)} converts; use <kaputil/frame/plain_text.hpp> or convert.hpp"
+                yield f"{path}:{number}: {match.group(1) or match.group(2)} converts; use <kaputil/automation/plain_text.hpp> or convert.hpp"
 
 
 def main():

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
-"""Holds the direction of includes between the folders of the library.
+"""Holds the direction of includes between the folders of the library, and within the engine and the drivers.
 
-A folder may include itself, frame and the folders named for it in MAY_INCLUDE. Everything that belongs to one host or one
+A file may include its own folder and those named for it in MAY_INCLUDE. Everything that belongs to one host or one
 database stays in the folders made for it. Public headers include the standard library and other public headers only.
 """
 
@@ -10,33 +10,64 @@ import sys
 
 import sources
 
+GROUND = {"base", "automation"}
+VALUES = GROUND | {"tsql", "engine/values"}
+SQLITE = VALUES | {"data", "platform", "engine/sqlite"}
+CATALOG = SQLITE | {"engine/catalog"}
+BINDER = CATALOG | {"engine/binder"}
+PLAN = BINDER | {"engine/plan"}
+EXECUTOR = PLAN | {"engine/executor"}
+LIBRARY = GROUND | {"ado", "data", "platform"}
+
+# From below upwards: nothing includes what stands further down in this list.
 MAY_INCLUDE = {
-    "frame": set(),
-    "platform": set(),
-    "tsql": set(),
-    "ado": {"tsql", "platform"},
-    "core": set(),
-    "util": {"ado", "platform"},
-    "db": {"core", "util", "ado", "platform"},
-    "config": {"core", "db", "ado"},
-    "sqlscript": {"core", "util", "ado"},
-    "numbering": {"core", "util", "db", "ado"},
-    "host": {"core", "db", "ado", "platform"},
-    "catalogue": {"platform", "tsql", "ado", "core", "util", "db", "config", "sqlscript", "numbering", "host"},
-    "com": {"catalogue", "ado", "platform"},
-    "python": {"catalogue"},
-    "tools": {"catalogue"},
+    "base": set(),
+    "automation": {"base"},
+    "platform": GROUND,
+    "tsql": GROUND,
+    "data": GROUND,
+    "engine/values": GROUND | {"tsql"},
+    "engine/sqlite": SQLITE,
+    "engine/catalog": CATALOG,
+    "engine/binder": BINDER,
+    "engine/plan": PLAN,
+    "engine/executor": EXECUTOR,
+    "engine/script": EXECUTOR,
+    "drivers/embedded": EXECUTOR | {"engine/script"},
+    "drivers/odbc": GROUND | {"data", "tsql", "drivers"},
+    "drivers/without_servers": GROUND | {"data", "drivers"},
+    "drivers/late_bound": GROUND | {"data", "tsql"},
+    "drivers/text": GROUND | {"data", "platform", "drivers"},
+    "drivers": GROUND | {"data", "drivers/embedded"},
+    # Which driver answers for a connection string, and what makes one of another maker's connection.
+    "ado": GROUND | {"data", "tsql", "drivers", "drivers/late_bound"},
+    "migrate": GROUND | {"ado", "data", "tsql"},
+    "core": GROUND,
+    "util": LIBRARY,
+    "db": LIBRARY | {"core", "util"},
+    "config": LIBRARY | {"core", "db"},
+    "sqlscript": LIBRARY | {"core", "util"},
+    "numbering": LIBRARY | {"core", "util", "db"},
+    "host": LIBRARY | {"core", "db", "drivers", "drivers/text"},
+    "catalogue": LIBRARY | {"tsql", "core", "util", "db", "config", "sqlscript", "numbering", "host"},
+    "com": LIBRARY | {"catalogue", "drivers", "drivers/late_bound"},
+    "python": GROUND | {"catalogue"},
+    "cli/output": GROUND,
+    "cli/commands": GROUND | {"migrate", "cli", "cli/output"},
+    "cli/demo": GROUND | {"cli", "cli/output", "cli/commands"},
+    "cli": GROUND | {"cli/output", "cli/commands", "cli/demo"},
 }
 
 # The command line and the Python package are clients like any other: they may use every public header, but no module's
 # insides.
-CLIENTS = {"python", "tools"}
+CLIENTS = ("python", "cli")
 
 # Folders that may include what their host, database or language offers.
-SPECIAL = re.compile(r"^src/(platform/[^/]+/|ado/[^/]+/|com/|python/|tools/)")
+SPECIAL = re.compile(r"^src/(platform/[^/]+/|engine/sqlite/|drivers/[^/]+/|com/|python/|cli/)")
 
-# The Unicode library, which one file of frame may include.
+# The Unicode library, for case and for the order of texts.
 UNICODE_HEADER = "utf8proc.h"
+UNICODE_USERS = {"src/base/text_order.cpp", "src/base/unicode.cpp"}
 
 HOST_CONDITION = re.compile(
     r"^\s*#\s*(?:if|ifdef|ifndef|elif)\b.*\b(_?WIN32|_WIN64|__MINGW\w+|__CYGWIN__|_?_?linux(?:__)?|_?_?unix(?:__)?"
@@ -55,50 +86,57 @@ version
 
 
 def folder_of(path):
-    """The library folder that a file of the project belongs to."""
-    return path.parts[2] if path.parts[0] == "include" else path.parts[1]
+    """The library folder that a path below src/ or include/kaputil/ belongs to: the longest that the table names."""
+    folder = path.parent
+    while len(folder.parts) > 1 and str(folder) not in MAY_INCLUDE:
+        folder = folder.parent
+    return str(folder)
+
+
+def below_root(path):
+    """The path as an include names it."""
+    return path.relative_to("include/kaputil" if path.parts[0] == "include" else "src")
 
 
 def check_project_include(path, quoted, target):
     """The fault in including a file of the project, or None."""
-    folder = folder_of(path)
+    folder = folder_of(below_root(path))
     public = path.parts[0] == "include"
     if quoted and public:
         return f'a public header includes the private "{target}"'
-    other = target.split("/")[0 if quoted else 1]
-    if other == folder or other == "frame":
-        pass
-    elif folder in CLIENTS and not quoted:
-        pass
-    elif other not in MAY_INCLUDE:
-        return f"{other}/ is no folder of the library"
-    elif other not in MAY_INCLUDE[folder]:
-        return f"{folder}/ may not include {other}/ ({target})"
     root = "src" if quoted else "include"
     if not (sources.ROOT / root / target).is_file():
         return f"{target} does not exist under {root}/ (private headers are named from src/)"
+    named = sources.pathlib.PurePosixPath(target)
+    other = folder_of(named if quoted else named.relative_to("kaputil"))
+    if other == folder or (folder.split("/")[0] in CLIENTS and not quoted):
+        return None
+    if other not in MAY_INCLUDE:
+        return f"{other}/ is no folder of the library"
+    if other not in MAY_INCLUDE[folder]:
+        return f"{folder}/ may not include {other}/ ({target})"
     return None
 
 
-def check_foreign_include(path, target, unicode_users):
+def check_foreign_include(path, target):
     """The fault in including a header that is not the project's, or None."""
     if target in STANDARD or SPECIAL.match(str(path)):
         return None
-    if target == UNICODE_HEADER and path.parts[:2] == ("src", "frame"):
-        unicode_users.append(path)
+    if target == UNICODE_HEADER and str(path) in UNICODE_USERS:
         return None
-    return f"<{target}> belongs under platform/<host>/, ado/<driver>/ or in a door"
+    return f"<{target}> belongs under platform/<host>/, engine/sqlite/, drivers/<driver>/ or to a way in (com, python, cli)"
 
 
-def check_file(path, unicode_users):
-    if folder_of(path) not in MAY_INCLUDE:
-        return [f"{path}:1: {folder_of(path)}/ is no folder of the library"]
+def check_file(path):
+    folder = folder_of(below_root(path))
+    if folder not in MAY_INCLUDE:
+        return [f"{path}:1: {folder}/ is no folder of the library"]
     faults = []
     for number, quoted, target in sources.includes(path):
         if quoted or target.startswith("kaputil/"):
             fault = check_project_include(path, quoted, target)
         else:
-            fault = check_foreign_include(path, target, unicode_users)
+            fault = check_foreign_include(path, target)
         if fault:
             faults.append(f"{path}:{number}: {fault}")
 
@@ -106,7 +144,7 @@ def check_file(path, unicode_users):
     if not SPECIAL.match(str(path)):
         for number, line in enumerate(lines, start=1):
             if HOST_CONDITION.match(line):
-                faults.append(f"{path}:{number}: a condition on the host belongs under platform/<host>/ or in a door")
+                faults.append(f"{path}:{number}: a condition on the host belongs under platform/<host>/")
     if path.suffix == ".hpp" and "#pragma once" not in lines:
         faults.append(f"{path}:1: a header needs #pragma once")
     return faults
@@ -114,12 +152,8 @@ def check_file(path, unicode_users):
 
 def main():
     faults = []
-    unicode_users = []
     for path in sources.project_files("include/kaputil/*.hpp", "src/*.hpp", "src/*.cpp"):
-        faults += check_file(path, unicode_users)
-    if len(unicode_users) > 1:
-        users = ", ".join(str(path) for path in unicode_users)
-        faults.append(f"{UNICODE_HEADER} is for one file of frame/, but these include it: {users}")
+        faults += check_file(path)
     for fault in faults:
         print(fault, file=sys.stderr)
     return 1 if faults else 0

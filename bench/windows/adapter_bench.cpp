@@ -11,7 +11,7 @@
 #include <cstdio>
 #include <cwchar>
 
-#include "frame/class_builder.hpp"
+#include "automation/class_builder.hpp"
 #include "platform/win32/automation/interface_pointer.hpp"
 #include "platform/win32/automation/object_dispatch.hpp"
 

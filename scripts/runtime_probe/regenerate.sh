@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Asks the automation functions of Wine, an implementation that has nothing in common with ours, for
-# the answers to every case, and writes them to tests/frame/runtime/ROOM.tsv. Run it after a change
+# the answers to every case, and writes them to tests/automation/runtime/ROOM.tsv. Run it after a change
 # of make_cases.py or probe.cpp; the tests only read what it wrote.
 #
 # usage: regenerate.sh [ROOM...]    (numbers, types, dates, formats, arithmetic; all without one)
@@ -12,7 +12,7 @@ cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")"
 rooms=(numbers types dates formats arithmetic)
 [[ $# -eq 0 ]] || rooms=("$@")
 
-data=../../tests/frame/runtime
+data=../../tests/automation/runtime
 work=$(mktemp -d)
 xvfb=''
 cleanup() {

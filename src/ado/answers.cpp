@@ -2,11 +2,11 @@
 
 #include <utility>
 
-#include <kaputil/frame/array.hpp>
-#include <kaputil/frame/convert.hpp>
+#include <kaputil/automation/array.hpp>
+#include <kaputil/automation/convert.hpp>
 
-#include "ado/failures.hpp"
-#include "ado/schema_rows.hpp"
+#include "data/failures.hpp"
+#include "data/schema_rows.hpp"
 
 namespace kap::ado {
 

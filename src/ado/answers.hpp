@@ -5,7 +5,7 @@
 #include <kaputil/ado/connection.hpp>
 #include <kaputil/ado/recordset.hpp>
 
-#include "ado/driver.hpp"
+#include "data/driver.hpp"
 
 namespace kap::ado {
 

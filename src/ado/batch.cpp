@@ -1,8 +1,8 @@
 #include "ado/batch.hpp"
 
-#include <kaputil/ado/error_numbers.hpp>
+#include <kaputil/data/error_numbers.hpp>
 
-#include "ado/cell_value.hpp"
+#include "data/cell_value.hpp"
 
 namespace kap::ado {
 namespace {

@@ -3,8 +3,8 @@
 #include <cstddef>
 #include <vector>
 
-#include "ado/driver.hpp"
 #include "ado/row_cursor.hpp"
+#include "data/driver.hpp"
 
 namespace kap::ado {
 

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstdint>
 
-#include "ado/embedded/collation.hpp"
+#include "base/text_order.hpp"
 
 namespace kap::ado {
 namespace {
@@ -50,10 +50,6 @@ std::string_view bytesOf(const ColumnStore& store, std::size_t row) {
 }
 
 }  // namespace
-
-std::weak_ordering compareTexts(std::string_view left, std::string_view right) {
-    return embedded::compareTexts(left, right);
-}
 
 std::weak_ordering compareDecimals(std::string_view left, std::string_view right) {
     const PlainDecimal one(left.empty() ? "0" : left);

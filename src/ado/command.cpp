@@ -4,16 +4,16 @@
 #include <utility>
 
 #include <kaputil/ado/recordset.hpp>
-#include <kaputil/frame/array.hpp>
-#include <kaputil/frame/convert.hpp>
+#include <kaputil/automation/array.hpp>
+#include <kaputil/automation/convert.hpp>
 
 #include "ado/answers.hpp"
 #include "ado/connection_notices.hpp"
-#include "ado/driver.hpp"
-#include "ado/failures.hpp"
 #include "ado/parameter_cell.hpp"
 #include "ado/request_builder.hpp"
-#include "frame/class_builder.hpp"
+#include "automation/class_builder.hpp"
+#include "data/driver.hpp"
+#include "data/failures.hpp"
 
 namespace kap::ado {
 namespace {

@@ -5,20 +5,21 @@
 #include <utility>
 #include <vector>
 
-#include <kaputil/ado/error_numbers.hpp>
 #include <kaputil/ado/events.hpp>
 #include <kaputil/ado/recordset.hpp>
-#include <kaputil/frame/convert.hpp>
-#include <kaputil/frame/error.hpp>
+#include <kaputil/automation/convert.hpp>
+#include <kaputil/automation/error.hpp>
+#include <kaputil/data/error_numbers.hpp>
 
 #include "ado/answers.hpp"
 #include "ado/connection_notices.hpp"
-#include "ado/driver.hpp"
-#include "ado/failures.hpp"
-#include "ado/late_bound/foreign_connection.hpp"
-#include "ado/late_bound/late_bound_session.hpp"
 #include "ado/request_builder.hpp"
 #include "ado/row_cursor.hpp"
+#include "data/driver.hpp"
+#include "data/failures.hpp"
+#include "drivers/driver_registry.hpp"
+#include "drivers/late_bound/foreign_connection.hpp"
+#include "drivers/late_bound/late_bound_session.hpp"
 #include "tsql/script_split.hpp"
 #include "tsql/server_error.hpp"
 

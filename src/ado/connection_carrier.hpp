@@ -2,7 +2,7 @@
 
 #include <kaputil/ado/connection.hpp>
 
-#include "frame/class_builder.hpp"
+#include "automation/class_builder.hpp"
 
 namespace kap::dispatch {
 

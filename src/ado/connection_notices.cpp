@@ -1,8 +1,8 @@
 #include "ado/connection_notices.hpp"
 
-#include <kaputil/frame/convert.hpp>
+#include <kaputil/automation/convert.hpp>
 
-#include "ado/failures.hpp"
+#include "data/failures.hpp"
 
 namespace kap::ado {
 

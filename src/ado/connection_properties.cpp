@@ -3,12 +3,12 @@
 #include <kaputil/ado/events.hpp>
 #include <kaputil/ado/recordset.hpp>
 
-#include "ado/connection_string.hpp"
-#include "ado/driver.hpp"
-#include "ado/failures.hpp"
-#include "ado/late_bound/foreign_connection.hpp"
 #include "ado/request_builder.hpp"
-#include "frame/class_builder.hpp"
+#include "automation/class_builder.hpp"
+#include "data/connection_string.hpp"
+#include "data/driver.hpp"
+#include "data/failures.hpp"
+#include "drivers/late_bound/foreign_connection.hpp"
 
 namespace kap::ado {
 namespace {

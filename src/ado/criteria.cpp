@@ -9,25 +9,25 @@
 #include <utility>
 #include <vector>
 
-#include <kaputil/frame/convert.hpp>
-#include <kaputil/frame/decimal.hpp>
-#include <kaputil/frame/error.hpp>
-#include <kaputil/frame/locale.hpp>
-#include <kaputil/frame/plain_text.hpp>
+#include <kaputil/automation/convert.hpp>
+#include <kaputil/automation/decimal.hpp>
+#include <kaputil/automation/error.hpp>
+#include <kaputil/automation/locale.hpp>
+#include <kaputil/automation/plain_text.hpp>
 
 #include "ado/cell_order.hpp"
-#include "ado/failures.hpp"
-#include "frame/convert/calendar.hpp"
-#include "frame/power.hpp"
-#include "frame/unicode.hpp"
-#include "tsql/text.hpp"
+#include "automation/convert/calendar.hpp"
+#include "base/ascii.hpp"
+#include "base/text_order.hpp"
+#include "base/power.hpp"
+#include "base/unicode.hpp"
+#include "data/failures.hpp"
 
 namespace kap::ado {
 namespace {
 
 using Node = CriteriaNode;
 using Cell = ColumnStore::Cell;
-using tsql::equalsIgnoringCase;
 
 [[noreturn]] void refuse(const Node& node, const char* why) {
     fail::invalidArgument("The criteria for column '" + node.column + "': '" + node.value + "' " +

@@ -5,13 +5,12 @@
 #include <cstddef>
 #include <utility>
 
-#include "ado/failures.hpp"
-#include "tsql/text.hpp"
+#include "base/ascii.hpp"
+#include "data/failures.hpp"
 
 namespace kap::ado {
 namespace {
 
-using tsql::equalsIgnoringCase;
 using Node = CriteriaNode;
 
 constexpr int kDeepest = 50;

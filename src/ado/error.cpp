@@ -1,7 +1,7 @@
 #include <kaputil/ado/error.hpp>
 
-#include "ado/failures.hpp"
-#include "frame/class_builder.hpp"
+#include "automation/class_builder.hpp"
+#include "data/failures.hpp"
 
 namespace kap::ado {
 

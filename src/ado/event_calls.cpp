@@ -1,9 +1,9 @@
 #include "ado/event_calls.hpp"
 
-#include <kaputil/ado/error_numbers.hpp>
-#include <kaputil/frame/convert.hpp>
+#include <kaputil/automation/convert.hpp>
+#include <kaputil/data/error_numbers.hpp>
 
-#include "ado/driver.hpp"
+#include "data/driver.hpp"
 
 namespace kap::ado {
 namespace {

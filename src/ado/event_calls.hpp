@@ -6,13 +6,13 @@
 #include <utility>
 #include <vector>
 
-#include <kaputil/ado/enumerations.hpp>
 #include <kaputil/ado/error.hpp>
-#include <kaputil/frame/error.hpp>
-#include <kaputil/frame/event_source.hpp>
-#include <kaputil/frame/variant.hpp>
+#include <kaputil/automation/error.hpp>
+#include <kaputil/automation/event_source.hpp>
+#include <kaputil/automation/variant.hpp>
+#include <kaputil/data/enumerations.hpp>
 
-#include "frame/event_sinks.hpp"
+#include "automation/event_sinks.hpp"
 
 namespace kap::ado {
 

@@ -5,7 +5,7 @@
 #include <kaputil/ado/command.hpp>
 #include <kaputil/ado/recordset.hpp>
 
-#include "frame/class_builder.hpp"
+#include "automation/class_builder.hpp"
 
 namespace kap::ado {
 

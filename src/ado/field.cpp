@@ -2,15 +2,15 @@
 
 #include <utility>
 
-#include <kaputil/frame/convert.hpp>
-#include <kaputil/frame/error.hpp>
+#include <kaputil/automation/convert.hpp>
+#include <kaputil/automation/error.hpp>
 
-#include "ado/cell_value.hpp"
-#include "ado/failures.hpp"
 #include "ado/hand_made_column.hpp"
 #include "ado/row_cursor.hpp"
-#include "ado/value_type.hpp"
-#include "frame/class_builder.hpp"
+#include "automation/class_builder.hpp"
+#include "data/cell_value.hpp"
+#include "data/failures.hpp"
+#include "data/value_type.hpp"
 
 namespace kap::ado {
 

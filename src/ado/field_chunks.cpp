@@ -3,11 +3,11 @@
 #include <utility>
 
 #include <kaputil/ado/field.hpp>
-#include <kaputil/frame/array.hpp>
-#include <kaputil/frame/convert.hpp>
+#include <kaputil/automation/array.hpp>
+#include <kaputil/automation/convert.hpp>
 
-#include "ado/failures.hpp"
 #include "ado/row_cursor.hpp"
+#include "data/failures.hpp"
 
 namespace kap::ado {
 namespace {

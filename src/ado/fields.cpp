@@ -2,12 +2,13 @@
 #include <utility>
 
 #include <kaputil/ado/field.hpp>
-#include <kaputil/frame/convert.hpp>
+#include <kaputil/automation/convert.hpp>
 
-#include "ado/failures.hpp"
 #include "ado/hand_made_column.hpp"
 #include "ado/row_cursor.hpp"
-#include "frame/class_builder.hpp"
+#include "automation/class_builder.hpp"
+#include "data/failures.hpp"
+#include "data/value_type.hpp"
 
 namespace kap::ado {
 namespace {

@@ -2,8 +2,8 @@
 
 #include <limits>
 
-#include "ado/failures.hpp"
-#include "ado/value_type.hpp"
+#include "data/failures.hpp"
+#include "data/value_type.hpp"
 
 namespace kap::ado {
 namespace {

@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <optional>
 
-#include "ado/driver.hpp"
+#include "data/driver.hpp"
 
 namespace kap::ado {
 

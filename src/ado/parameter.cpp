@@ -1,12 +1,12 @@
 #include <kaputil/ado/parameter.hpp>
 
-#include <kaputil/frame/convert.hpp>
+#include <kaputil/automation/convert.hpp>
 
-#include "ado/failures.hpp"
 #include "ado/parameter_cell.hpp"
-#include "ado/value_type.hpp"
-#include "frame/class_builder.hpp"
-#include "frame/unicode.hpp"
+#include "automation/class_builder.hpp"
+#include "base/unicode.hpp"
+#include "data/failures.hpp"
+#include "data/value_type.hpp"
 
 namespace kap::ado {
 

@@ -3,10 +3,10 @@
 #include <limits>
 #include <utility>
 
-#include <kaputil/frame/convert.hpp>
+#include <kaputil/automation/convert.hpp>
 
-#include "ado/cell_value.hpp"
-#include "ado/value_type.hpp"
+#include "data/cell_value.hpp"
+#include "data/value_type.hpp"
 
 namespace kap::ado {
 namespace {

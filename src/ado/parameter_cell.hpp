@@ -2,7 +2,7 @@
 
 #include <kaputil/ado/parameter.hpp>
 
-#include "ado/driver.hpp"
+#include "data/driver.hpp"
 
 namespace kap::ado {
 

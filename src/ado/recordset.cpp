@@ -6,15 +6,15 @@
 
 #include <kaputil/ado/command.hpp>
 #include <kaputil/ado/events.hpp>
-#include <kaputil/frame/convert.hpp>
+#include <kaputil/automation/convert.hpp>
 
 #include "ado/answers.hpp"
 #include "ado/connection_notices.hpp"
-#include "ado/driver.hpp"
-#include "ado/failures.hpp"
 #include "ado/recordset_notices.hpp"
 #include "ado/request_builder.hpp"
 #include "ado/row_cursor.hpp"
+#include "data/driver.hpp"
+#include "data/failures.hpp"
 
 namespace kap::ado {
 

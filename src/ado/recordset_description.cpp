@@ -3,9 +3,9 @@
 #include <kaputil/ado/command.hpp>
 #include <kaputil/ado/events.hpp>
 
-#include "ado/driver.hpp"
 #include "ado/row_cursor.hpp"
-#include "frame/class_builder.hpp"
+#include "automation/class_builder.hpp"
+#include "data/driver.hpp"
 
 namespace kap::ado {
 namespace {

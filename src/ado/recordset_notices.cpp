@@ -1,8 +1,8 @@
 #include "ado/recordset_notices.hpp"
 
-#include <kaputil/frame/array.hpp>
+#include <kaputil/automation/array.hpp>
 
-#include "ado/failures.hpp"
+#include "data/failures.hpp"
 
 namespace kap::ado {
 namespace {

@@ -2,11 +2,11 @@
 #include <cmath>
 
 #include <kaputil/ado/recordset.hpp>
-#include <kaputil/frame/convert.hpp>
+#include <kaputil/automation/convert.hpp>
 
-#include "ado/failures.hpp"
 #include "ado/recordset_notices.hpp"
 #include "ado/row_cursor.hpp"
+#include "data/failures.hpp"
 
 namespace kap::ado {
 

@@ -3,14 +3,14 @@
 #include <utility>
 
 #include <kaputil/ado/recordset.hpp>
-#include <kaputil/frame/array.hpp>
-#include <kaputil/frame/convert.hpp>
+#include <kaputil/automation/array.hpp>
+#include <kaputil/automation/convert.hpp>
 
 #include "ado/criteria.hpp"
-#include "ado/failures.hpp"
 #include "ado/recordset_notices.hpp"
 #include "ado/row_cursor.hpp"
-#include "frame/unicode.hpp"
+#include "base/unicode.hpp"
+#include "data/failures.hpp"
 
 namespace kap::ado {
 namespace {

@@ -3,12 +3,12 @@
 #include <vector>
 
 #include <kaputil/ado/recordset.hpp>
-#include <kaputil/frame/array.hpp>
+#include <kaputil/automation/array.hpp>
 
 #include "ado/batch.hpp"
-#include "ado/failures.hpp"
 #include "ado/recordset_notices.hpp"
 #include "ado/row_cursor.hpp"
+#include "data/failures.hpp"
 
 namespace kap::ado {
 namespace {

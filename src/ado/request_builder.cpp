@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "ado/failures.hpp"
+#include "data/failures.hpp"
 
 namespace kap::ado {
 namespace {

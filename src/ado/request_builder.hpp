@@ -2,10 +2,10 @@
 
 #include <cstdint>
 
-#include <kaputil/ado/enumerations.hpp>
-#include <kaputil/frame/string.hpp>
+#include <kaputil/automation/string.hpp>
+#include <kaputil/data/enumerations.hpp>
 
-#include "ado/driver.hpp"
+#include "data/driver.hpp"
 
 namespace kap::ado {
 

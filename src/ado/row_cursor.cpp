@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "ado/cell_order.hpp"
-#include "ado/failures.hpp"
+#include "data/failures.hpp"
 
 namespace kap::ado {
 namespace {

@@ -9,8 +9,8 @@
 #include <utility>
 #include <vector>
 
-#include <kaputil/ado/enumerations.hpp>
-#include <kaputil/frame/variant.hpp>
+#include <kaputil/automation/variant.hpp>
+#include <kaputil/data/enumerations.hpp>
 
 #include "ado/criteria.hpp"
 #include "ado/row_table.hpp"

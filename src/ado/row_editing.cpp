@@ -1,9 +1,9 @@
 // The values of a cursor's current record: reading, editing and saving them.
 #include <utility>
 
-#include "ado/cell_value.hpp"
-#include "ado/failures.hpp"
 #include "ado/row_cursor.hpp"
+#include "data/cell_value.hpp"
+#include "data/failures.hpp"
 
 namespace kap::ado {
 namespace {

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "ado/cell_value.hpp"
+#include "data/cell_value.hpp"
 
 namespace kap::ado {
 namespace {

@@ -10,9 +10,9 @@
 #include <unordered_map>
 #include <vector>
 
-#include "ado/driver.hpp"
 #include "ado/update_plan.hpp"
-#include "frame/unicode.hpp"
+#include "base/unicode.hpp"
+#include "data/driver.hpp"
 
 namespace kap::ado {
 

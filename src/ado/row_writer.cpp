@@ -3,7 +3,7 @@
 #include <utility>
 #include <vector>
 
-#include "ado/failures.hpp"
+#include "data/failures.hpp"
 
 namespace kap::ado {
 namespace {

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <utility>
 
-#include "ado/failures.hpp"
 #include "ado/row_table.hpp"
+#include "data/failures.hpp"
 
 namespace kap::ado {
 namespace {

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "ado/driver.hpp"
+#include "data/driver.hpp"
 
 namespace kap::ado {
 

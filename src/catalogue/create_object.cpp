@@ -1,9 +1,9 @@
 #include <kaputil/catalogue/create_object.hpp>
 
+#include <kaputil/automation/error.hpp>
 #include <kaputil/catalogue/catalogue.hpp>
-#include <kaputil/frame/error.hpp>
 
-#include "frame/unicode.hpp"
+#include "base/unicode.hpp"
 
 namespace kap {
 namespace {

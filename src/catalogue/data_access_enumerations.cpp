@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <vector>
 
-#include <kaputil/ado/enumerations.hpp>
+#include <kaputil/data/enumerations.hpp>
 
 namespace kap {
 namespace {

@@ -12,7 +12,7 @@
 #include <kaputil/util/dates.hpp>
 #include <kaputil/util/values.hpp>
 
-#include "frame/class_builder.hpp"
+#include "automation/class_builder.hpp"
 
 namespace kap {
 

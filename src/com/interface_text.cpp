@@ -2,11 +2,11 @@
 
 #include <optional>
 
-#include <kaputil/frame/convert.hpp>
-#include <kaputil/frame/error.hpp>
-#include <kaputil/frame/plain_text.hpp>
+#include <kaputil/automation/convert.hpp>
+#include <kaputil/automation/error.hpp>
+#include <kaputil/automation/plain_text.hpp>
 
-#include "frame/code_page.hpp"
+#include "base/code_page.hpp"
 
 namespace kap::com {
 namespace {

@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
+#include <kaputil/automation/plain_text.hpp>
 #include <kaputil/catalogue/catalogue.hpp>
-#include <kaputil/frame/plain_text.hpp>
 
 #include "com/served_classes.hpp"
 #include "com/type_libraries.hpp"

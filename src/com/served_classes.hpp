@@ -2,7 +2,7 @@
 
 #include <span>
 
-#include <kaputil/frame/class_description.hpp>
+#include <kaputil/automation/class_description.hpp>
 
 #include "com/type_libraries.hpp"
 

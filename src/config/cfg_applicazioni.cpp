@@ -3,7 +3,7 @@
 #include <kaputil/config/cfg_applicazione.hpp>
 
 #include "ado/connection_carrier.hpp"
-#include "frame/class_builder.hpp"
+#include "automation/class_builder.hpp"
 
 namespace kap {
 

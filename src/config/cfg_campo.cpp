@@ -1,12 +1,12 @@
 #include <kaputil/config/cfg_campo.hpp>
 
-#include <kaputil/ado/enumerations.hpp>
 #include <kaputil/ado/recordset.hpp>
-#include <kaputil/frame/error.hpp>
+#include <kaputil/automation/error.hpp>
+#include <kaputil/data/enumerations.hpp>
 
+#include "automation/class_builder.hpp"
 #include "config/field_row.hpp"
 #include "config/path.hpp"
-#include "frame/class_builder.hpp"
 
 namespace kap {
 namespace {

@@ -2,10 +2,10 @@
 
 #include <limits>
 
-#include <kaputil/frame/error.hpp>
+#include <kaputil/automation/error.hpp>
 
+#include "automation/class_builder.hpp"
 #include "config/node_access.hpp"
-#include "frame/class_builder.hpp"
 
 namespace kap {
 

@@ -1,7 +1,7 @@
 #include <kaputil/config/cfg_modulo.hpp>
 
+#include "automation/class_builder.hpp"
 #include "config/path.hpp"
-#include "frame/class_builder.hpp"
 
 namespace kap {
 

@@ -1,9 +1,9 @@
 #include <kaputil/config/cfg_procedura.hpp>
 
-#include <kaputil/frame/error.hpp>
+#include <kaputil/automation/error.hpp>
 
+#include "automation/class_builder.hpp"
 #include "config/path.hpp"
-#include "frame/class_builder.hpp"
 
 namespace kap {
 

@@ -1,9 +1,9 @@
 #include <kaputil/config/cfg_stampa.hpp>
 
-#include <kaputil/frame/convert.hpp>
-#include <kaputil/frame/error.hpp>
+#include <kaputil/automation/convert.hpp>
+#include <kaputil/automation/error.hpp>
 
-#include "frame/class_builder.hpp"
+#include "automation/class_builder.hpp"
 
 namespace kap {
 

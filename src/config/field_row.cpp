@@ -3,11 +3,11 @@
 #include <kaputil/ado/command.hpp>
 #include <kaputil/ado/connection.hpp>
 #include <kaputil/ado/recordset.hpp>
-#include <kaputil/frame/convert.hpp>
-#include <kaputil/frame/error.hpp>
+#include <kaputil/automation/convert.hpp>
+#include <kaputil/automation/error.hpp>
 
-#include "ado/failures.hpp"
 #include "config/node_access.hpp"
+#include "data/failures.hpp"
 
 namespace kap::config {
 namespace {

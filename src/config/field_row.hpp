@@ -3,9 +3,9 @@
 #include <cstddef>
 #include <vector>
 
-#include <kaputil/frame/object.hpp>
-#include <kaputil/frame/string.hpp>
-#include <kaputil/frame/variant.hpp>
+#include <kaputil/automation/object.hpp>
+#include <kaputil/automation/string.hpp>
+#include <kaputil/automation/variant.hpp>
 
 namespace kap::config {
 

@@ -1,13 +1,13 @@
 // How the root of a configuration is filled from its table.
 
 #include <kaputil/ado/recordset.hpp>
+#include <kaputil/automation/convert.hpp>
+#include <kaputil/automation/error.hpp>
 #include <kaputil/config/cfg_applicazione.hpp>
 #include <kaputil/config/cfg_applicazioni.hpp>
 #include <kaputil/config/cfg_campo.hpp>
 #include <kaputil/config/cfg_modulo.hpp>
 #include <kaputil/config/cfg_procedura.hpp>
-#include <kaputil/frame/convert.hpp>
-#include <kaputil/frame/error.hpp>
 
 #include "config/node_access.hpp"
 #include "core/tag_search.hpp"

@@ -2,10 +2,10 @@
 
 #include <string_view>
 
-#include <kaputil/frame/class_description.hpp>
-#include <kaputil/frame/error.hpp>
-#include <kaputil/frame/ref.hpp>
-#include <kaputil/frame/variant.hpp>
+#include <kaputil/automation/class_description.hpp>
+#include <kaputil/automation/error.hpp>
+#include <kaputil/automation/ref.hpp>
+#include <kaputil/automation/variant.hpp>
 
 // Going from one node of a configuration tree to another. A `Parent` may be any object: such steps
 // are late-bound, as in the programs that build odd trees.

@@ -1,7 +1,7 @@
 #pragma once
 
-#include <kaputil/frame/object.hpp>
-#include <kaputil/frame/string.hpp>
+#include <kaputil/automation/object.hpp>
+#include <kaputil/automation/string.hpp>
 
 namespace kap::config {
 

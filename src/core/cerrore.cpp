@@ -3,11 +3,11 @@
 #include <limits>
 #include <utility>
 
-#include <kaputil/frame/array.hpp>
-#include <kaputil/frame/convert.hpp>
-#include <kaputil/frame/error.hpp>
+#include <kaputil/automation/array.hpp>
+#include <kaputil/automation/convert.hpp>
+#include <kaputil/automation/error.hpp>
 
-#include "frame/class_builder.hpp"
+#include "automation/class_builder.hpp"
 
 namespace kap {
 namespace {

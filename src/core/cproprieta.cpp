@@ -4,12 +4,12 @@
 #include <string>
 #include <utility>
 
-#include <kaputil/frame/convert.hpp>
-#include <kaputil/frame/error.hpp>
+#include <kaputil/automation/convert.hpp>
+#include <kaputil/automation/error.hpp>
 
+#include "automation/class_builder.hpp"
+#include "base/unicode.hpp"
 #include "core/tagged_text.hpp"
-#include "frame/class_builder.hpp"
-#include "frame/unicode.hpp"
 
 namespace kap {
 namespace {

@@ -1,6 +1,6 @@
 #include <kaputil/core/iclassi.hpp>
 
-#include "frame/class_builder.hpp"
+#include "automation/class_builder.hpp"
 
 namespace kap {
 

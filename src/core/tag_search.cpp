@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 
-#include <kaputil/frame/error.hpp>
+#include <kaputil/automation/error.hpp>
 
 namespace kap::tagsearch {
 namespace {

@@ -1,6 +1,6 @@
 #include "core/tagged_text.hpp"
 
-#include <kaputil/frame/error.hpp>
+#include <kaputil/automation/error.hpp>
 
 #include "core/tag_search.hpp"
 

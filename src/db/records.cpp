@@ -5,9 +5,9 @@
 #include <string>
 
 #include <kaputil/ado/recordset.hpp>
+#include <kaputil/automation/convert.hpp>
+#include <kaputil/automation/error.hpp>
 #include <kaputil/db/recordsets.hpp>
-#include <kaputil/frame/convert.hpp>
-#include <kaputil/frame/error.hpp>
 #include <kaputil/util/values.hpp>
 
 namespace kap::db {

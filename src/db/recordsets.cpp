@@ -2,14 +2,14 @@
 
 #include <cmath>
 
-#include <kaputil/ado/error_numbers.hpp>
-#include <kaputil/frame/arithmetic.hpp>
-#include <kaputil/frame/convert.hpp>
-#include <kaputil/frame/error.hpp>
+#include <kaputil/automation/arithmetic.hpp>
+#include <kaputil/automation/convert.hpp>
+#include <kaputil/automation/error.hpp>
+#include <kaputil/data/error_numbers.hpp>
 #include <kaputil/platform/two_second_wait.hpp>
 
-#include "frame/late_bound.hpp"
-#include "frame/unicode.hpp"
+#include "automation/late_bound.hpp"
+#include "base/unicode.hpp"
 
 namespace kap::db {
 namespace {

@@ -1,11 +1,11 @@
 #include <kaputil/host/cemail.hpp>
 
-#include <kaputil/frame/convert.hpp>
-#include <kaputil/frame/error.hpp>
+#include <kaputil/automation/convert.hpp>
+#include <kaputil/automation/error.hpp>
 #include <kaputil/platform/creatable_objects.hpp>
 
-#include "frame/class_builder.hpp"
-#include "frame/late_bound.hpp"
+#include "automation/class_builder.hpp"
+#include "automation/late_bound.hpp"
 #include "host/mail_folders.hpp"
 
 namespace kap {

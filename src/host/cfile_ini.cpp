@@ -2,16 +2,16 @@
 
 #include <limits>
 
-#include <kaputil/frame/convert.hpp>
-#include <kaputil/frame/error.hpp>
+#include <kaputil/automation/convert.hpp>
+#include <kaputil/automation/error.hpp>
 #include <kaputil/host/services.hpp>
 #include <kaputil/platform/creatable_objects.hpp>
 #include <kaputil/platform/folders.hpp>
 #include <kaputil/platform/profile_file.hpp>
 
-#include "frame/class_builder.hpp"
-#include "frame/late_bound.hpp"
-#include "frame/unicode.hpp"
+#include "automation/class_builder.hpp"
+#include "automation/late_bound.hpp"
+#include "base/unicode.hpp"
 #include "platform/paths.hpp"
 
 namespace kap {

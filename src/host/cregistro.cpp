@@ -4,12 +4,12 @@
 #include <optional>
 #include <utility>
 
-#include <kaputil/frame/convert.hpp>
-#include <kaputil/frame/error.hpp>
+#include <kaputil/automation/convert.hpp>
+#include <kaputil/automation/error.hpp>
 #include <kaputil/platform/message_box.hpp>
 #include <kaputil/platform/registry.hpp>
 
-#include "frame/class_builder.hpp"
+#include "automation/class_builder.hpp"
 
 namespace kap {
 namespace {

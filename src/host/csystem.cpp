@@ -2,8 +2,8 @@
 
 #include <kaputil/platform/folders.hpp>
 
-#include "frame/class_builder.hpp"
-#include "frame/unicode.hpp"
+#include "automation/class_builder.hpp"
+#include "base/unicode.hpp"
 #include "platform/paths.hpp"
 
 namespace kap {

@@ -1,10 +1,10 @@
+#include <kaputil/automation/arithmetic.hpp>
+#include <kaputil/automation/convert.hpp>
 #include <kaputil/core/cconstant.hpp>
-#include <kaputil/frame/arithmetic.hpp>
-#include <kaputil/frame/convert.hpp>
 #include <kaputil/host/services.hpp>
 
-#include "frame/late_bound.hpp"
-#include "frame/unicode.hpp"
+#include "automation/late_bound.hpp"
+#include "base/unicode.hpp"
 
 namespace kap::host {
 namespace {

@@ -3,12 +3,12 @@
 #include <exception>
 #include <optional>
 
+#include <kaputil/automation/convert.hpp>
+#include <kaputil/automation/error.hpp>
 #include <kaputil/core/cproprieta.hpp>
-#include <kaputil/frame/convert.hpp>
-#include <kaputil/frame/error.hpp>
 #include <kaputil/platform/creatable_objects.hpp>
 
-#include "frame/late_bound.hpp"
+#include "automation/late_bound.hpp"
 
 namespace kap::host {
 namespace {

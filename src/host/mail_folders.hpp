@@ -1,7 +1,7 @@
 #pragma once
 
-#include <kaputil/frame/string.hpp>
-#include <kaputil/frame/variant.hpp>
+#include <kaputil/automation/string.hpp>
+#include <kaputil/automation/variant.hpp>
 
 // Folders of the mail client, reached by late binding.
 namespace kap::host {

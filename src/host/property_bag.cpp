@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <utility>
 
-#include <kaputil/frame/error.hpp>
+#include <kaputil/automation/error.hpp>
 
-#include "frame/late_bound.hpp"
-#include "frame/unicode.hpp"
+#include "automation/late_bound.hpp"
+#include "base/unicode.hpp"
 
 namespace kap {
 namespace {

@@ -3,14 +3,14 @@
 #include <optional>
 #include <vector>
 
-#include <kaputil/frame/convert.hpp>
+#include <kaputil/automation/convert.hpp>
 #include <kaputil/platform/creatable_objects.hpp>
 #include <kaputil/platform/keyboard.hpp>
 #include <kaputil/platform/message_box.hpp>
 #include <kaputil/platform/two_second_wait.hpp>
 #include <kaputil/platform/user.hpp>
 
-#include "frame/late_bound.hpp"
+#include "automation/late_bound.hpp"
 #include "platform/folder_lock.hpp"
 #include "platform/paths.hpp"
 

@@ -4,16 +4,16 @@
 
 #include <kaputil/ado/connection.hpp>
 #include <kaputil/ado/recordset.hpp>
+#include <kaputil/automation/convert.hpp>
 #include <kaputil/db/recordsets.hpp>
-#include <kaputil/frame/convert.hpp>
 #include <kaputil/platform/creatable_objects.hpp>
 #include <kaputil/platform/message_box.hpp>
 #include <kaputil/platform/profile_file.hpp>
 
 #include "ado/row_cursor.hpp"
-#include "frame/late_bound.hpp"
-#include "host/text_source/text_driver.hpp"
-#include "host/text_source/text_session.hpp"
+#include "automation/late_bound.hpp"
+#include "drivers/text/text_driver.hpp"
+#include "drivers/text/text_session.hpp"
 
 namespace kap::host {
 namespace {
@@ -101,7 +101,7 @@ bool hasSchema(const Variant& files, const String& folder) {
 }
 
 Ref<ado::Connection> openFolder(const String& folder) {
-    text_source::TextDriver::offer();
+    ado::text_files::TextDriver::offer();
     auto connection = make<ado::Connection>();
     connection->Open(u"Driver={Microsoft Text Driver (*.txt; *.csv)};Dbq=" + folder +
                      u";Extension=txt;Persist Security Info=False; "
@@ -110,8 +110,8 @@ Ref<ado::Connection> openFolder(const String& folder) {
 }
 
 // Deliberately, Null is written like the euro sign: it does not differ from it.
-text_source::CopiedRows copiedRows(const ado::Recordset& source, const ExportProgress& progress) {
-    text_source::CopiedRows copied;
+ado::text_files::CopiedRows copiedRows(const ado::Recordset& source, const ExportProgress& progress) {
+    ado::text_files::CopiedRows copied;
     copied.rows = source.rows().rowsShown();
     copied.result = &source.rows().table().result();
     copied.replaced = "€";
@@ -150,7 +150,7 @@ bool EsportaTXT(ByRef<String> stringaSql, ByRef<Variant> connessione, ByRef<Stri
     destination->Open(u"SELECT * FROM " + *sNomeTxt + u" WHERE 1=0", Variant(folder),
                       ado::CursorTypeEnum::adOpenKeyset, ado::LockTypeEnum::adLockOptimistic);
     // Not record by record: an export would take several times as long, for the same lines.
-    dynamic_cast<text_source::TextSession&>(*folder->session())
+    dynamic_cast<ado::text_files::TextSession&>(*folder->session())
         .copy(*sNomeTxt, copiedRows(*source, progress));
     return true;
 }

@@ -2,10 +2,10 @@
 
 #include <utility>
 
+#include <kaputil/automation/arithmetic.hpp>
+#include <kaputil/automation/convert.hpp>
+#include <kaputil/automation/error.hpp>
 #include <kaputil/db/recordsets.hpp>
-#include <kaputil/frame/arithmetic.hpp>
-#include <kaputil/frame/convert.hpp>
-#include <kaputil/frame/error.hpp>
 #include <kaputil/numbering/used_numbers.hpp>
 
 #include "numbering/number_text.hpp"

@@ -2,9 +2,9 @@
 
 #include <utility>
 
+#include <kaputil/automation/arithmetic.hpp>
+#include <kaputil/automation/convert.hpp>
 #include <kaputil/db/recordsets.hpp>
-#include <kaputil/frame/arithmetic.hpp>
-#include <kaputil/frame/convert.hpp>
 #include <kaputil/util/values.hpp>
 
 #include "numbering/counter.hpp"

@@ -8,8 +8,8 @@
 
 #include <kaputil/db/recordsets.hpp>
 
-#include "frame/clock.hpp"
-#include "frame/unicode.hpp"
+#include "automation/clock.hpp"
+#include "base/unicode.hpp"
 #include "numbering/register_analysis.hpp"
 #include "numbering/register_rows.hpp"
 

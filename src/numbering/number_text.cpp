@@ -2,7 +2,7 @@
 
 #include <cmath>
 
-#include <kaputil/frame/plain_text.hpp>
+#include <kaputil/automation/plain_text.hpp>
 
 namespace kap::numbering {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <kaputil/frame/string.hpp>
+#include <kaputil/automation/string.hpp>
 
 namespace kap::numbering {
 

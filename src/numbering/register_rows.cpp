@@ -8,13 +8,13 @@
 #include <tuple>
 #include <utility>
 
-#include <kaputil/ado/error_numbers.hpp>
 #include <kaputil/ado/recordset.hpp>
-#include <kaputil/frame/convert.hpp>
-#include <kaputil/frame/error.hpp>
-#include <kaputil/frame/plain_text.hpp>
+#include <kaputil/automation/convert.hpp>
+#include <kaputil/automation/error.hpp>
+#include <kaputil/automation/plain_text.hpp>
+#include <kaputil/data/error_numbers.hpp>
 
-#include "frame/unicode.hpp"
+#include "base/unicode.hpp"
 #include "numbering/number_text.hpp"
 #include "numbering/register_analysis.hpp"
 

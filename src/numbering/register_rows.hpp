@@ -7,7 +7,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include <kaputil/frame/variant.hpp>
+#include <kaputil/automation/variant.hpp>
 #include <kaputil/numbering/number_register.hpp>
 
 // Reads the tables that a register is made of, each once.

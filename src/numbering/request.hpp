@@ -2,8 +2,8 @@
 
 #include <cstdint>
 
-#include <kaputil/frame/string.hpp>
-#include <kaputil/frame/variant.hpp>
+#include <kaputil/automation/string.hpp>
+#include <kaputil/automation/variant.hpp>
 
 namespace kap::numbering {
 

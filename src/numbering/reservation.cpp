@@ -1,8 +1,8 @@
 #include "numbering/reservation.hpp"
 
+#include <kaputil/automation/arithmetic.hpp>
+#include <kaputil/automation/convert.hpp>
 #include <kaputil/core/cproprieta.hpp>
-#include <kaputil/frame/arithmetic.hpp>
-#include <kaputil/frame/convert.hpp>
 
 #include "numbering/counter.hpp"
 #include "numbering/number_text.hpp"

@@ -4,9 +4,9 @@
 #include <string>
 
 #include <kaputil/ado/recordset.hpp>
+#include <kaputil/automation/error.hpp>
+#include <kaputil/automation/plain_text.hpp>
 #include <kaputil/core/cproprieta.hpp>
-#include <kaputil/frame/error.hpp>
-#include <kaputil/frame/plain_text.hpp>
 
 #include "numbering/number_text.hpp"
 

@@ -5,9 +5,9 @@
 #include <unordered_map>
 #include <utility>
 
-#include <kaputil/frame/error.hpp>
+#include <kaputil/automation/error.hpp>
 
-#include "frame/unicode.hpp"
+#include "base/unicode.hpp"
 
 namespace kap {
 namespace {

@@ -1,6 +1,6 @@
 #include "platform/file_errors.hpp"
 
-#include <kaputil/frame/error.hpp>
+#include <kaputil/automation/error.hpp>
 
 namespace kap::platform {
 namespace {

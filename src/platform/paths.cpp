@@ -5,10 +5,10 @@
 #include <string>
 #include <system_error>
 
-#include <kaputil/frame/error.hpp>
+#include <kaputil/automation/error.hpp>
 
-#include "frame/code_page.hpp"
-#include "frame/unicode.hpp"
+#include "base/code_page.hpp"
+#include "base/unicode.hpp"
 #include "platform/folder_names.hpp"
 
 namespace kap::platform {

@@ -3,7 +3,7 @@
 #include <filesystem>
 #include <string_view>
 
-#include <kaputil/frame/string.hpp>
+#include <kaputil/automation/string.hpp>
 
 namespace kap::platform {
 

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "frame/unicode.hpp"
+#include "base/unicode.hpp"
 
 namespace kap::platform {
 namespace {

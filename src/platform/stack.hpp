@@ -1,6 +1,6 @@
 #pragma once
 
-#include "frame/stack.hpp"
+#include "base/stack.hpp"
 
 namespace kap::platform {
 

@@ -2,8 +2,8 @@
 
 #include <utility>
 
-#include "frame/code_page.hpp"
-#include "frame/unicode.hpp"
+#include "base/code_page.hpp"
+#include "base/unicode.hpp"
 
 namespace kap::platform {
 namespace {

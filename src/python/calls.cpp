@@ -4,10 +4,10 @@
 #include <utility>
 #include <vector>
 
-#include <kaputil/frame/class_description.hpp>
-#include <kaputil/frame/error.hpp>
+#include <kaputil/automation/class_description.hpp>
+#include <kaputil/automation/error.hpp>
 
-#include "frame/same_value.hpp"
+#include "automation/same_value.hpp"
 #include "python/package.hpp"
 #include "python/values.hpp"
 

@@ -2,8 +2,8 @@
 
 #include <pybind11/pybind11.h>
 
-#include <kaputil/frame/object.hpp>
-#include <kaputil/frame/variant.hpp>
+#include <kaputil/automation/object.hpp>
+#include <kaputil/automation/variant.hpp>
 
 // Calls from Python into the library. Each lets Python's other threads go on while it works.
 namespace kap::python {

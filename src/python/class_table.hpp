@@ -2,7 +2,7 @@
 
 #include <pybind11/pybind11.h>
 
-#include <kaputil/frame/class_description.hpp>
+#include <kaputil/automation/class_description.hpp>
 
 // The classes of the catalogue as Python sees them. Nothing here knows one of them.
 namespace kap::python {

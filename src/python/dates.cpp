@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <limits>
 
-#include <kaputil/frame/error.hpp>
+#include <kaputil/automation/error.hpp>
 
 namespace kap::python {
 namespace {

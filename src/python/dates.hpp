@@ -2,7 +2,7 @@
 
 #include <pybind11/pybind11.h>
 
-#include <kaputil/frame/variant.hpp>
+#include <kaputil/automation/variant.hpp>
 
 // Dates across the border.
 namespace kap::python {

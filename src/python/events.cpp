@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include <kaputil/frame/event_source.hpp>
+#include <kaputil/automation/event_source.hpp>
 
 #include "python/proxy.hpp"
 #include "python/values.hpp"

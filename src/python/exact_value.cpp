@@ -1,6 +1,6 @@
 #include "python/exact_value.hpp"
 
-#include <kaputil/frame/convert.hpp>
+#include <kaputil/automation/convert.hpp>
 
 #include "python/values.hpp"
 

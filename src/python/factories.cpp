@@ -4,8 +4,8 @@
 #include <set>
 #include <string>
 
+#include <kaputil/automation/error.hpp>
 #include <kaputil/catalogue/create_object.hpp>
-#include <kaputil/frame/error.hpp>
 
 #include "python/python_error.hpp"
 #include "python/values.hpp"

@@ -8,13 +8,13 @@
 #include <optional>
 #include <string>
 
+#include <kaputil/automation/convert.hpp>
+#include <kaputil/automation/error.hpp>
+#include <kaputil/automation/format.hpp>
+#include <kaputil/automation/locale.hpp>
 #include <kaputil/catalogue/catalogue.hpp>
 #include <kaputil/catalogue/create_object.hpp>
 #include <kaputil/catalogue/std_functions.hpp>
-#include <kaputil/frame/convert.hpp>
-#include <kaputil/frame/error.hpp>
-#include <kaputil/frame/format.hpp>
-#include <kaputil/frame/locale.hpp>
 #include <kaputil/platform/message_box.hpp>
 
 #include "python/calls.hpp"

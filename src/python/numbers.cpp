@@ -5,7 +5,7 @@
 #include <optional>
 #include <string>
 
-#include <kaputil/frame/error.hpp>
+#include <kaputil/automation/error.hpp>
 
 namespace kap::python {
 namespace {

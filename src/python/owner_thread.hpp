@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include <kaputil/frame/object.hpp>
+#include <kaputil/automation/object.hpp>
 
 namespace kap::python {
 

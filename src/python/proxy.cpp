@@ -3,8 +3,8 @@
 #include <string>
 #include <utility>
 
-#include <kaputil/frame/class_description.hpp>
-#include <kaputil/frame/error.hpp>
+#include <kaputil/automation/class_description.hpp>
+#include <kaputil/automation/error.hpp>
 
 #include "python/calls.hpp"
 #include "python/class_table.hpp"

@@ -4,8 +4,8 @@
 
 #include <optional>
 
-#include <kaputil/frame/object.hpp>
-#include <kaputil/frame/ref.hpp>
+#include <kaputil/automation/object.hpp>
+#include <kaputil/automation/ref.hpp>
 
 // Library objects as Python sees them.
 namespace kap::python {

@@ -4,7 +4,7 @@
 
 #include <memory>
 
-#include <kaputil/frame/error.hpp>
+#include <kaputil/automation/error.hpp>
 
 namespace kap::python {
 

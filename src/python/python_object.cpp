@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <utility>
 
-#include <kaputil/frame/class_description.hpp>
-#include <kaputil/frame/error.hpp>
+#include <kaputil/automation/class_description.hpp>
+#include <kaputil/automation/error.hpp>
 
-#include "frame/late_bound.hpp"
+#include "automation/late_bound.hpp"
 #include "python/package.hpp"
 #include "python/proxy.hpp"
 #include "python/python_error.hpp"

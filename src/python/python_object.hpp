@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include <kaputil/frame/object.hpp>
-#include <kaputil/frame/variant.hpp>
+#include <kaputil/automation/object.hpp>
+#include <kaputil/automation/variant.hpp>
 
 namespace kap::python {
 

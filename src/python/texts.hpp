@@ -2,7 +2,7 @@
 
 #include <pybind11/pybind11.h>
 
-#include <kaputil/frame/string.hpp>
+#include <kaputil/automation/string.hpp>
 
 // Texts across the border. Every code unit is kept: halves of surrogate pairs and NULs, too.
 namespace kap::python {

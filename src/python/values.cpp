@@ -5,9 +5,9 @@
 #include <string_view>
 #include <vector>
 
-#include <kaputil/frame/array.hpp>
-#include <kaputil/frame/error.hpp>
-#include <kaputil/frame/nesting.hpp>
+#include <kaputil/automation/array.hpp>
+#include <kaputil/automation/error.hpp>
+#include <kaputil/automation/nesting.hpp>
 
 #include "python/dates.hpp"
 #include "python/exact_value.hpp"

@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include <kaputil/frame/variant.hpp>
+#include <kaputil/automation/variant.hpp>
 
 #include "python/texts.hpp"
 

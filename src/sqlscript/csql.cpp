@@ -4,11 +4,11 @@
 
 #include <kaputil/ado/command.hpp>
 #include <kaputil/ado/recordset.hpp>
-#include <kaputil/frame/convert.hpp>
-#include <kaputil/frame/error.hpp>
+#include <kaputil/automation/convert.hpp>
+#include <kaputil/automation/error.hpp>
 
 #include "ado/connection_carrier.hpp"
-#include "frame/class_builder.hpp"
+#include "automation/class_builder.hpp"
 #include "sqlscript/held.hpp"
 #include "sqlscript/script_lines.hpp"
 

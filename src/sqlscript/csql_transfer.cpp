@@ -1,13 +1,13 @@
 #include <algorithm>
 
-#include <kaputil/ado/error_numbers.hpp>
 #include <kaputil/ado/recordset.hpp>
-#include <kaputil/frame/array.hpp>
-#include <kaputil/frame/convert.hpp>
-#include <kaputil/frame/error.hpp>
+#include <kaputil/automation/array.hpp>
+#include <kaputil/automation/convert.hpp>
+#include <kaputil/automation/error.hpp>
+#include <kaputil/data/error_numbers.hpp>
 #include <kaputil/sqlscript/csql.hpp>
 
-#include "frame/unicode.hpp"
+#include "base/unicode.hpp"
 #include "sqlscript/held.hpp"
 #include "sqlscript/transfer_text.hpp"
 

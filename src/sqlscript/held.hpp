@@ -1,7 +1,7 @@
 #pragma once
 
-#include <kaputil/frame/error.hpp>
-#include <kaputil/frame/ref.hpp>
+#include <kaputil/automation/error.hpp>
+#include <kaputil/automation/ref.hpp>
 
 namespace kap::sqlscript {
 

@@ -4,10 +4,10 @@
 #include <cstdint>
 #include <functional>
 
-#include <kaputil/frame/convert.hpp>
+#include <kaputil/automation/convert.hpp>
 #include <kaputil/util/values.hpp>
 
-#include "frame/unicode.hpp"
+#include "base/unicode.hpp"
 #include "sqlscript/script_lines.hpp"
 
 namespace kap::sqlscript {

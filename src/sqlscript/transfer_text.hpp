@@ -4,8 +4,8 @@
 #include <utility>
 #include <vector>
 
+#include <kaputil/automation/string.hpp>
 #include <kaputil/core/cproprieta.hpp>
-#include <kaputil/frame/string.hpp>
 
 namespace kap::sqlscript {
 

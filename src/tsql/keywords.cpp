@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <array>
 
-#include "tsql/text.hpp"
+#include "base/ascii.hpp"
 
 namespace kap::tsql {
 

@@ -5,9 +5,11 @@
 #include <cstdint>
 #include <utility>
 
+#include <kaputil/automation/plain_text.hpp>
+
+#include "base/ascii.hpp"
 #include "tsql/currency.hpp"
 #include "tsql/server_error.hpp"
-#include "tsql/text.hpp"
 
 namespace kap::tsql {
 
@@ -172,7 +174,7 @@ private:
             readQuoted(quotedNames_ ? TokenKind::QuotedName : TokenKind::Text, '"');
         } else if (c == '?') {
             ++position_;
-            add(TokenKind::Parameter, integerText(++parameters_), line_);
+            add(TokenKind::Parameter, plain::text(++parameters_), line_);
         } else if (const std::size_t sign = amountSign(); sign > 0) {
             position_ += sign;
             readNumber(TokenKind::Money);

@@ -2,12 +2,12 @@
 
 #include <algorithm>
 
+#include "base/ascii.hpp"
 #include "tsql/keywords.hpp"
 #include "tsql/lexer.hpp"
 #include "tsql/parser_state.hpp"
 #include "tsql/server_error.hpp"
 #include "tsql/stack_limit.hpp"
-#include "tsql/text.hpp"
 
 namespace kap::tsql {
 

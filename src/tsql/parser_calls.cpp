@@ -1,5 +1,7 @@
 #include <utility>
 
+#include <kaputil/automation/plain_text.hpp>
+
 #include "tsql/keywords.hpp"
 #include "tsql/parser_state.hpp"
 #include "tsql/server_error.hpp"
@@ -53,7 +55,7 @@ void Parser::arguments(ExecuteStatement& call) {
         if (!named || !call.arguments.back().name.empty()) continue;
         throw ServerError(119,
                           "Must pass parameter number " +
-                              integerText(static_cast<std::int64_t>(call.arguments.size())) +
+                              plain::text(static_cast<std::int64_t>(call.arguments.size())) +
                               " and subsequent parameters as '@name = value'. After the form "
                               "'@name = value' has been used, all subsequent parameters must be "
                               "passed in the form '@name = value'.",

@@ -2,9 +2,9 @@
 #include <array>
 #include <utility>
 
+#include "base/ascii.hpp"
 #include "tsql/parser_state.hpp"
 #include "tsql/server_error.hpp"
-#include "tsql/text.hpp"
 
 // The functions of {fn name(...)}: data access has names of its own for what the dialect calls
 // otherwise.

@@ -1,8 +1,8 @@
 #include <utility>
 
+#include "base/ascii.hpp"
 #include "tsql/parser_state.hpp"
 #include "tsql/server_error.hpp"
-#include "tsql/text.hpp"
 
 // What data access writes in braces, the same for every server: {d '2021-02-03'}, {t '04:05:06'},
 // {ts '2021-02-03 04:05:06'}, {guid '...'} and {fn name(...)}.

@@ -2,9 +2,11 @@
 #include <array>
 #include <utility>
 
+#include <kaputil/automation/plain_text.hpp>
+
+#include "base/ascii.hpp"
 #include "tsql/parser_state.hpp"
 #include "tsql/server_error.hpp"
-#include "tsql/text.hpp"
 
 namespace kap::tsql {
 
@@ -347,7 +349,7 @@ ExpressionPtr Parser::chooseCall() {
     while (acceptOperator(",")) {
         const auto place = static_cast<std::int64_t>(result.branches.size()) + 1;
         CaseBranch branch;
-        branch.when = make(Literal{LiteralKind::Integer, integerText(place)}, line);
+        branch.when = make(Literal{LiteralKind::Integer, plain::text(place)}, line);
         branch.then = value();
         below = std::max(below, branch.then->depth);
         result.branches.push_back(std::move(branch));

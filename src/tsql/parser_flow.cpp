@@ -1,8 +1,8 @@
 #include <utility>
 
+#include "base/ascii.hpp"
 #include "tsql/parser_state.hpp"
 #include "tsql/server_error.hpp"
-#include "tsql/text.hpp"
 
 // Variables, blocks, branches and loops, and what ends or reports within them.
 namespace kap::tsql {

@@ -2,11 +2,11 @@
 #include <array>
 #include <string_view>
 
-#include <kaputil/frame/plain_text.hpp>
+#include <kaputil/automation/plain_text.hpp>
 
+#include "base/ascii.hpp"
 #include "tsql/parser_state.hpp"
 #include "tsql/server_error.hpp"
-#include "tsql/text.hpp"
 
 // Hints: how the server is to go about a table or a query. That is the database's own business
 // here, so they are read, refused where nobody knows them, and have no effect; only how deep a

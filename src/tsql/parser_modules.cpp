@@ -1,8 +1,8 @@
 #include <utility>
 
+#include "base/ascii.hpp"
 #include "tsql/parser_state.hpp"
 #include "tsql/server_error.hpp"
-#include "tsql/text.hpp"
 
 // Views, procedures, functions and triggers: their text is kept as it was written, and read again
 // when they are used.

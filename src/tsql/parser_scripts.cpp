@@ -1,10 +1,10 @@
 #include <array>
 #include <utility>
 
+#include "base/ascii.hpp"
 #include "tsql/keywords.hpp"
 #include "tsql/parser_state.hpp"
 #include "tsql/server_error.hpp"
-#include "tsql/text.hpp"
 
 namespace kap::tsql {
 

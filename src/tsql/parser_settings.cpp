@@ -2,9 +2,9 @@
 #include <array>
 #include <utility>
 
+#include "base/ascii.hpp"
 #include "tsql/parser_state.hpp"
 #include "tsql/server_error.hpp"
-#include "tsql/text.hpp"
 
 // SET, and the statements that administer a server.
 namespace kap::tsql {

@@ -7,9 +7,9 @@
 #include <utility>
 #include <vector>
 
+#include "base/ascii.hpp"
 #include "tsql/parser.hpp"
 #include "tsql/statements.hpp"
-#include "tsql/text.hpp"
 #include "tsql/token.hpp"
 
 namespace kap::tsql {

@@ -1,10 +1,10 @@
 #include <array>
 
-#include <kaputil/frame/plain_text.hpp>
+#include <kaputil/automation/plain_text.hpp>
 
+#include "base/ascii.hpp"
 #include "tsql/parser_state.hpp"
 #include "tsql/server_error.hpp"
-#include "tsql/text.hpp"
 
 namespace kap::tsql {
 
@@ -81,7 +81,7 @@ bool varies(SqlType type) {
 
 std::string place(const std::string& owner, int ordinal) {
     return owner.empty() ? "CAST or CONVERT"
-                         : "Column, parameter, or variable #" + integerText(ordinal);
+                         : "Column, parameter, or variable #" + plain::text(ordinal);
 }
 
 }  // namespace
@@ -150,7 +150,7 @@ TypeSpec Parser::sizedType(TypeSpec spec, const std::string& owner, int ordinal)
         if (precision > kMaxFloatPrecision) {
             throw ServerError(2750,
                               place(owner, ordinal) + ": Specified column precision " +
-                                  integerText(precision) +
+                                  plain::text(precision) +
                                   " is greater than the maximum precision of 53.",
                               line);
         }
@@ -173,7 +173,7 @@ void Parser::lengthSize(TypeSpec& spec, const std::string& owner) {
     const int line = peek().line;
     spec.length = sizeNumber();
     const std::string subject =
-        "The size (" + integerText(spec.length) + ") given to the " +
+        "The size (" + plain::text(spec.length) + ") given to the " +
         (owner.empty() ? std::string("type '") + typeName(spec.type) : "column '" + owner) +
         "' exceeds the maximum allowed";
     if (spec.length > kMaxBytes) {
@@ -190,7 +190,7 @@ void Parser::decimalSize(TypeSpec& spec, const std::string& owner, int ordinal) 
     if (spec.precision > kMaxPrecision) {
         throw ServerError(2750,
                           place(owner, ordinal) + ": Specified column precision " +
-                              integerText(spec.precision) +
+                              plain::text(spec.precision) +
                               " is greater than the maximum precision of 38.",
                           line);
     }
@@ -202,8 +202,8 @@ void Parser::decimalSize(TypeSpec& spec, const std::string& owner, int ordinal) 
     spec.scale = sizeNumber();
     if (spec.scale > spec.precision) {
         throw ServerError(183,
-                          "The scale (" + integerText(spec.scale) + ") for column '" + owner +
-                              "' must be within the range 0 to " + integerText(spec.precision) +
+                          "The scale (" + plain::text(spec.scale) + ") for column '" + owner +
+                              "' must be within the range 0 to " + plain::text(spec.precision) +
                               ".",
                           line, 15);
     }

@@ -1,6 +1,6 @@
+#include "base/ascii.hpp"
 #include "tsql/parser_state.hpp"
 #include "tsql/server_error.hpp"
-#include "tsql/text.hpp"
 
 // What stands behind OVER.
 namespace kap::tsql {

@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <optional>
 
-#include <kaputil/frame/plain_text.hpp>
+#include <kaputil/automation/plain_text.hpp>
 
+#include "base/ascii.hpp"
 #include "tsql/server_error.hpp"
-#include "tsql/text.hpp"
 
 namespace kap::tsql {
 

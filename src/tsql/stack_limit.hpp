@@ -1,6 +1,6 @@
 #pragma once
 
-#include "frame/stack.hpp"
+#include "base/stack.hpp"
 #include "tsql/server_error.hpp"
 
 namespace kap::tsql {

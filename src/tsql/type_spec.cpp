@@ -2,7 +2,9 @@
 
 #include <array>
 
-#include "tsql/text.hpp"
+#include <kaputil/automation/plain_text.hpp>
+
+#include "base/ascii.hpp"
 
 namespace kap::tsql {
 
@@ -32,14 +34,14 @@ std::string typeText(const TypeSpec& spec) {
     switch (spec.type) {
         case SqlType::Decimal:
         case SqlType::Numeric:
-            return name + "(" + integerText(spec.precision) + "," + integerText(spec.scale) + ")";
+            return name + "(" + plain::text(spec.precision) + "," + plain::text(spec.scale) + ")";
         case SqlType::Char:
         case SqlType::VarChar:
         case SqlType::NChar:
         case SqlType::NVarChar:
         case SqlType::Binary:
         case SqlType::VarBinary:
-            return name + "(" + (spec.length == kMaxLength ? "max" : integerText(spec.length)) +
+            return name + "(" + (spec.length == kMaxLength ? "max" : plain::text(spec.length)) +
                    ")";
         default:
             return name;

@@ -3,13 +3,13 @@
 #include <cmath>
 
 #include <kaputil/ado/recordset.hpp>
-#include <kaputil/frame/arithmetic.hpp>
-#include <kaputil/frame/convert.hpp>
-#include <kaputil/frame/error.hpp>
+#include <kaputil/automation/arithmetic.hpp>
+#include <kaputil/automation/convert.hpp>
+#include <kaputil/automation/error.hpp>
 #include <kaputil/platform/message_box.hpp>
 
-#include "frame/power.hpp"
-#include "frame/unicode.hpp"
+#include "base/power.hpp"
+#include "base/unicode.hpp"
 
 namespace kap::util {
 namespace {

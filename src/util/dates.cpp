@@ -5,12 +5,12 @@
 #include <string>
 #include <string_view>
 
-#include <kaputil/frame/convert.hpp>
-#include <kaputil/frame/error.hpp>
-#include <kaputil/frame/format.hpp>
+#include <kaputil/automation/convert.hpp>
+#include <kaputil/automation/error.hpp>
+#include <kaputil/automation/format.hpp>
 
-#include "frame/convert/calendar.hpp"
-#include "frame/unicode.hpp"
+#include "automation/convert/calendar.hpp"
+#include "base/unicode.hpp"
 #include "util/two_digit_year.hpp"
 
 namespace kap::util {

@@ -2,10 +2,10 @@
 
 #include <cstdint>
 
-#include <kaputil/frame/convert.hpp>
+#include <kaputil/automation/convert.hpp>
 
-#include "frame/clock.hpp"
-#include "frame/convert/calendar.hpp"
+#include "automation/clock.hpp"
+#include "automation/convert/calendar.hpp"
 
 namespace kap::util {
 namespace {

@@ -2,7 +2,7 @@
 
 #include <string_view>
 
-#include <kaputil/frame/string.hpp>
+#include <kaputil/automation/string.hpp>
 
 namespace kap::util {
 

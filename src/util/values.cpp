@@ -5,11 +5,11 @@
 #include <string>
 #include <string_view>
 
-#include <kaputil/frame/array.hpp>
-#include <kaputil/frame/convert.hpp>
-#include <kaputil/frame/error.hpp>
+#include <kaputil/automation/array.hpp>
+#include <kaputil/automation/convert.hpp>
+#include <kaputil/automation/error.hpp>
 
-#include "frame/unicode.hpp"
+#include "base/unicode.hpp"
 #include "util/two_digit_year.hpp"
 
 namespace kap::util {

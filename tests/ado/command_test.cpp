@@ -2,10 +2,10 @@
 
 #include <gtest/gtest.h>
 
-#include <kaputil/ado/error_numbers.hpp>
 #include <kaputil/ado/recordset.hpp>
-#include <kaputil/frame/array.hpp>
-#include <kaputil/frame/locale.hpp>
+#include <kaputil/automation/array.hpp>
+#include <kaputil/automation/locale.hpp>
+#include <kaputil/data/error_numbers.hpp>
 
 #include "support/database.hpp"
 #include "support/fake_driver.hpp"

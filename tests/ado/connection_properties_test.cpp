@@ -1,9 +1,9 @@
 #include <gtest/gtest.h>
 
 #include <kaputil/ado/connection.hpp>
-#include <kaputil/ado/error_numbers.hpp>
 #include <kaputil/ado/recordset.hpp>
-#include <kaputil/frame/array.hpp>
+#include <kaputil/automation/array.hpp>
+#include <kaputil/data/error_numbers.hpp>
 
 #include "support/database.hpp"
 #include "support/fake_driver.hpp"

@@ -1,8 +1,8 @@
-#include "ado/connection_string.hpp"
+#include "data/connection_string.hpp"
 
 #include <gtest/gtest.h>
-#include <kaputil/ado/error_numbers.hpp>
-#include <kaputil/frame/error.hpp>
+#include <kaputil/automation/error.hpp>
+#include <kaputil/data/error_numbers.hpp>
 
 namespace kap::ado {
 namespace {

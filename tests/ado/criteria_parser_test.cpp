@@ -1,8 +1,8 @@
 #include "ado/criteria_parser.hpp"
 
 #include <gtest/gtest.h>
-#include <kaputil/ado/error_numbers.hpp>
-#include <kaputil/frame/error.hpp>
+#include <kaputil/automation/error.hpp>
+#include <kaputil/data/error_numbers.hpp>
 
 namespace kap::ado {
 namespace {

@@ -1,7 +1,8 @@
-#include "ado/driver.hpp"
+#include "data/driver.hpp"
+#include "drivers/driver_registry.hpp"
 
 #include <gtest/gtest.h>
-#include <kaputil/ado/error_numbers.hpp>
+#include <kaputil/data/error_numbers.hpp>
 
 namespace kap::ado {
 namespace {

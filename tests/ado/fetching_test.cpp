@@ -2,8 +2,8 @@
 #include <gtest/gtest.h>
 
 #include <kaputil/ado/connection.hpp>
-#include <kaputil/ado/error_numbers.hpp>
 #include <kaputil/ado/recordset.hpp>
+#include <kaputil/data/error_numbers.hpp>
 
 #include "support/database.hpp"
 #include "support/fake_driver.hpp"

@@ -5,14 +5,15 @@
 
 #include <kaputil/ado/command.hpp>
 #include <kaputil/ado/connection.hpp>
-#include <kaputil/ado/error_numbers.hpp>
 #include <kaputil/ado/recordset.hpp>
-#include <kaputil/frame/array.hpp>
-#include <kaputil/frame/error.hpp>
+#include <kaputil/automation/array.hpp>
+#include <kaputil/automation/error.hpp>
+#include <kaputil/data/error_numbers.hpp>
 
-#include "ado/late_bound/late_bound_driver.hpp"
-#include "ado/late_bound/query_table.hpp"
-#include "ado/late_bound/statement_text.hpp"
+#include "drivers/driver_registry.hpp"
+#include "drivers/late_bound/late_bound_driver.hpp"
+#include "drivers/late_bound/query_table.hpp"
+#include "drivers/late_bound/statement_text.hpp"
 #include "support/foreign_connection.hpp"
 #include "support/late_bound.hpp"
 

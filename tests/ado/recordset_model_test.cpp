@@ -7,7 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <kaputil/ado/recordset.hpp>
-#include <kaputil/frame/plain_text.hpp>
+#include <kaputil/automation/plain_text.hpp>
 
 #include "support/database.hpp"
 #include "support/seed.hpp"

@@ -4,9 +4,9 @@
 
 #include <vector>
 
-#include <kaputil/ado/error_numbers.hpp>
 #include <kaputil/catalogue/std_functions.hpp>
 #include <kaputil/core/iclassi.hpp>
+#include <kaputil/data/error_numbers.hpp>
 #include <kaputil/host/cfile_ini.hpp>
 #include <kaputil/host/cregistro.hpp>
 #include <kaputil/host/property_bag.hpp>

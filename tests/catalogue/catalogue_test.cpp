@@ -11,6 +11,9 @@
 #include <thread>
 #include <vector>
 
+#include <kaputil/automation/convert.hpp>
+#include <kaputil/automation/error.hpp>
+#include <kaputil/automation/locale.hpp>
 #include <kaputil/catalogue/create_object.hpp>
 #include <kaputil/catalogue/std_functions.hpp>
 #include <kaputil/config/cfg_applicazione.hpp>
@@ -20,9 +23,6 @@
 #include <kaputil/config/cfg_stampa.hpp>
 #include <kaputil/core/cconstant.hpp>
 #include <kaputil/core/iclassi.hpp>
-#include <kaputil/frame/convert.hpp>
-#include <kaputil/frame/error.hpp>
-#include <kaputil/frame/locale.hpp>
 #include <kaputil/host/cemail.hpp>
 #include <kaputil/host/cfile_ini.hpp>
 #include <kaputil/host/cregistro.hpp>

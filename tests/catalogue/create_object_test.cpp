@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include <kaputil/frame/error.hpp>
+#include <kaputil/automation/error.hpp>
 
 #include "support/database.hpp"
 #include "support/late_bound.hpp"

@@ -3,8 +3,8 @@
 
 #include <filesystem>
 
+#include <kaputil/automation/error.hpp>
 #include <kaputil/catalogue/std_functions.hpp>
-#include <kaputil/frame/error.hpp>
 
 #include "support/database.hpp"
 #include "support/foreign_connection.hpp"

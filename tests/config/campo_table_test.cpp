@@ -1,8 +1,8 @@
 // A field and its row of the configuration table.
 #include <gtest/gtest.h>
 
-#include <kaputil/ado/error_numbers.hpp>
-#include <kaputil/frame/error.hpp>
+#include <kaputil/automation/error.hpp>
+#include <kaputil/data/error_numbers.hpp>
 
 #include "config/sample_tree.hpp"
 #include "support/recording_database.hpp"

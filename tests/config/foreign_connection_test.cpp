@@ -1,7 +1,7 @@
 // The configuration through a connection of another maker.
 #include <gtest/gtest.h>
 
-#include <kaputil/frame/error.hpp>
+#include <kaputil/automation/error.hpp>
 
 #include "config/sample_tree.hpp"
 #include "support/foreign_connection.hpp"

@@ -1,8 +1,8 @@
 // The configuration as programs see it that know names only.
 #include <gtest/gtest.h>
 
+#include <kaputil/automation/error.hpp>
 #include <kaputil/config/cfg_stampa.hpp>
-#include <kaputil/frame/error.hpp>
 
 #include "config/sample_tree.hpp"
 #include "support/late_bound.hpp"

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include <kaputil/frame/error.hpp>
+#include <kaputil/automation/error.hpp>
 
 #include "config/sample_tree.hpp"
 #include "support/late_bound.hpp"

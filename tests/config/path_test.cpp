@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <kaputil/automation/error.hpp>
 #include <kaputil/core/cproprieta.hpp>
-#include <kaputil/frame/error.hpp>
 
 #include "config/sample_tree.hpp"
 #include "support/shown.hpp"

@@ -5,7 +5,7 @@
 #include <functional>
 #include <string>
 
-#include <kaputil/frame/array.hpp>
+#include <kaputil/automation/array.hpp>
 
 #include "support/late_bound.hpp"
 #include "support/shown.hpp"

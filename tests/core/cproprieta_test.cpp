@@ -5,10 +5,10 @@
 #include <cstdint>
 #include <string>
 
-#include <kaputil/frame/array.hpp>
-#include <kaputil/frame/locale.hpp>
+#include <kaputil/automation/array.hpp>
+#include <kaputil/automation/locale.hpp>
 
-#include "frame/class_builder.hpp"
+#include "automation/class_builder.hpp"
 #include "support/shown.hpp"
 
 namespace kap {

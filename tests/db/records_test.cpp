@@ -2,9 +2,9 @@
 
 #include <gtest/gtest.h>
 
-#include <kaputil/ado/error_numbers.hpp>
-#include <kaputil/frame/error.hpp>
-#include <kaputil/frame/locale.hpp>
+#include <kaputil/automation/error.hpp>
+#include <kaputil/automation/locale.hpp>
+#include <kaputil/data/error_numbers.hpp>
 
 #include "support/database.hpp"
 #include "support/shown.hpp"

@@ -5,10 +5,10 @@
 
 #include <gtest/gtest.h>
 
-#include <kaputil/ado/error_numbers.hpp>
-#include <kaputil/frame/array.hpp>
-#include <kaputil/frame/convert.hpp>
-#include <kaputil/frame/locale.hpp>
+#include <kaputil/automation/array.hpp>
+#include <kaputil/automation/convert.hpp>
+#include <kaputil/automation/locale.hpp>
+#include <kaputil/data/error_numbers.hpp>
 
 #include "support/database.hpp"
 #include "support/fake_driver.hpp"

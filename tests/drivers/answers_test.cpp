@@ -2,8 +2,8 @@
 #include <gtest/gtest.h>
 
 #include <kaputil/ado/error.hpp>
-#include <kaputil/ado/error_numbers.hpp>
-#include <kaputil/frame/array.hpp>
+#include <kaputil/automation/array.hpp>
+#include <kaputil/data/error_numbers.hpp>
 
 #include "replay.hpp"
 #include "support/shown.hpp"

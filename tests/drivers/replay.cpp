@@ -7,8 +7,8 @@
 
 #include <gtest/gtest.h>
 
-#include "ado/odbc/server_dialect.hpp"
-#include "ado/odbc/table_facts.hpp"
+#include "drivers/odbc/server_dialect.hpp"
+#include "drivers/odbc/table_facts.hpp"
 #include "support/build_folders.hpp"
 
 namespace kap::test {

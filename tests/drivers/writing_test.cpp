@@ -1,8 +1,8 @@
 // What recordsets write through servers and drivers that do not agree on counts.
 #include <gtest/gtest.h>
 
-#include <kaputil/ado/error_numbers.hpp>
-#include <kaputil/frame/locale.hpp>
+#include <kaputil/automation/locale.hpp>
+#include <kaputil/data/error_numbers.hpp>
 
 #include "replay.hpp"
 #include "support/shown.hpp"

@@ -6,7 +6,7 @@
 #include <filesystem>
 #include <string>
 
-#include <kaputil/frame/error.hpp>
+#include <kaputil/automation/error.hpp>
 
 #include "support/database.hpp"
 #include "support/temporary_folder.hpp"

@@ -10,19 +10,19 @@
 #include <vector>
 
 #include <kaputil/ado/recordset.hpp>
+#include <kaputil/automation/array.hpp>
+#include <kaputil/automation/convert.hpp>
+#include <kaputil/automation/error.hpp>
 #include <kaputil/catalogue/catalogue.hpp>
 #include <kaputil/catalogue/create_object.hpp>
 #include <kaputil/core/cproprieta.hpp>
-#include <kaputil/frame/array.hpp>
-#include <kaputil/frame/convert.hpp>
-#include <kaputil/frame/error.hpp>
 #include <kaputil/numbering/document_numbers.hpp>
 #include <kaputil/platform/message_box.hpp>
 #include <kaputil/sqlscript/csql.hpp>
 
+#include "automation/same_value.hpp"
 #include "faults/library/failing_memory.hpp"
 #include "faults/random_runs.hpp"
-#include "frame/same_value.hpp"
 #include "support/database.hpp"
 #include "support/late_bound.hpp"
 #include "support/scoped_variable.hpp"

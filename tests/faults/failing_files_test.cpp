@@ -5,7 +5,7 @@
 #include <filesystem>
 
 #include <kaputil/ado/recordset.hpp>
-#include <kaputil/frame/error.hpp>
+#include <kaputil/automation/error.hpp>
 
 #include "faults/ledger.hpp"
 #include "faults/library/failing_calls.hpp"

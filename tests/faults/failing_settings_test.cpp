@@ -4,7 +4,7 @@
 #include <cerrno>
 #include <filesystem>
 
-#include <kaputil/frame/error.hpp>
+#include <kaputil/automation/error.hpp>
 #include <kaputil/host/cfile_ini.hpp>
 #include <kaputil/host/cregistro.hpp>
 #include <kaputil/host/text_export.hpp>

@@ -6,8 +6,8 @@
 #include <random>
 #include <string>
 
-#include <kaputil/frame/convert.hpp>
-#include <kaputil/frame/error.hpp>
+#include <kaputil/automation/convert.hpp>
+#include <kaputil/automation/error.hpp>
 
 #include "faults/random_runs.hpp"
 #include "support/database.hpp"

@@ -8,7 +8,7 @@
 #include <csignal>
 #include <filesystem>
 
-#include <kaputil/frame/error.hpp>
+#include <kaputil/automation/error.hpp>
 #include <kaputil/platform/profile_file.hpp>
 
 #include "faults/ledger.hpp"

@@ -9,7 +9,7 @@
 #include <thread>
 #include <vector>
 
-#include <kaputil/frame/error.hpp>
+#include <kaputil/automation/error.hpp>
 
 #include "faults/ledger.hpp"
 #include "faults/random_runs.hpp"

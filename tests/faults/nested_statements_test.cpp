@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include <kaputil/frame/error.hpp>
+#include <kaputil/automation/error.hpp>
 
 #include "support/database.hpp"
 

@@ -6,7 +6,7 @@
 #include <filesystem>
 #include <map>
 
-#include <kaputil/frame/error.hpp>
+#include <kaputil/automation/error.hpp>
 
 #include "faults/ledger.hpp"
 #include "faults/library/failing_calls.hpp"

@@ -11,7 +11,7 @@
 #include <set>
 #include <vector>
 
-#include <kaputil/frame/error.hpp>
+#include <kaputil/automation/error.hpp>
 
 #include "faults/random_runs.hpp"
 #include "faults/troubles.hpp"

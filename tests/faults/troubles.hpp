@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "ado/embedded/time_limit.hpp"
+#include "engine/sqlite/time_limit.hpp"
 #include "faults/library/failing_calls.hpp"
 #include "faults/library/failing_memory.hpp"
 
@@ -60,7 +60,7 @@ public:
     }
 
 private:
-    std::optional<ado::embedded::TimeLimit::Fuse> fuse_;
+    std::optional<engine::TimeLimit::Fuse> fuse_;
 };
 
 // A call of the file system that fails, once or from then on.

@@ -13,8 +13,8 @@
 #include <string>
 #include <vector>
 
-#include <kaputil/frame/convert.hpp>
-#include <kaputil/frame/format.hpp>
+#include <kaputil/automation/convert.hpp>
+#include <kaputil/automation/format.hpp>
 
 #include "fuzz/targets.hpp"
 #include "support/build_folders.hpp"

@@ -4,13 +4,13 @@
 
 #include <filesystem>
 
-#include <kaputil/frame/error.hpp>
-#include <kaputil/frame/locale.hpp>
+#include <kaputil/automation/error.hpp>
+#include <kaputil/automation/locale.hpp>
 #include <kaputil/platform/creatable_objects.hpp>
 #include <kaputil/platform/message_box.hpp>
 
-#include "frame/class_builder.hpp"
-#include "frame/late_bound.hpp"
+#include "automation/class_builder.hpp"
+#include "automation/late_bound.hpp"
 #include "host/mail_folders.hpp"
 #include "support/late_bound.hpp"
 #include "support/scoped_variable.hpp"

@@ -5,7 +5,7 @@
 #include <cctype>
 #include <filesystem>
 
-#include <kaputil/frame/error.hpp>
+#include <kaputil/automation/error.hpp>
 #include <kaputil/host/csystem.hpp>
 #include <kaputil/host/services.hpp>
 

@@ -4,8 +4,8 @@
 
 #include <gtest/gtest.h>
 
-#include <kaputil/frame/error.hpp>
-#include <kaputil/frame/locale.hpp>
+#include <kaputil/automation/error.hpp>
+#include <kaputil/automation/locale.hpp>
 #include <kaputil/platform/message_box.hpp>
 #include <kaputil/platform/registry.hpp>
 

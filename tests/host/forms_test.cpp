@@ -1,8 +1,8 @@
 #include <gtest/gtest.h>
 
-#include <kaputil/frame/collection.hpp>
-#include <kaputil/frame/error.hpp>
-#include <kaputil/frame/locale.hpp>
+#include <kaputil/automation/collection.hpp>
+#include <kaputil/automation/error.hpp>
+#include <kaputil/automation/locale.hpp>
 #include <kaputil/host/property_bag.hpp>
 #include <kaputil/host/services.hpp>
 

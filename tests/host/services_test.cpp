@@ -6,8 +6,8 @@
 #include <map>
 #include <sstream>
 
-#include <kaputil/frame/error.hpp>
-#include <kaputil/frame/locale.hpp>
+#include <kaputil/automation/error.hpp>
+#include <kaputil/automation/locale.hpp>
 #include <kaputil/platform/creatable_objects.hpp>
 #include <kaputil/platform/message_box.hpp>
 

@@ -5,12 +5,12 @@
 #include <filesystem>
 #include <stdexcept>
 
-#include <kaputil/ado/error_numbers.hpp>
-#include <kaputil/frame/error.hpp>
-#include <kaputil/frame/locale.hpp>
+#include <kaputil/automation/error.hpp>
+#include <kaputil/automation/locale.hpp>
+#include <kaputil/data/error_numbers.hpp>
 #include <kaputil/platform/message_box.hpp>
 
-#include "host/text_source/text_driver.hpp"
+#include "drivers/text/text_driver.hpp"
 #include "support/database.hpp"
 #include "support/shown.hpp"
 #include "support/text_files.hpp"
@@ -231,7 +231,7 @@ TEST_F(TextExport, TellsItsProgress) {
 class TextSource : public TextExport {
 protected:
     [[nodiscard]] Ref<ado::Connection> open() const {
-        text_source::TextDriver::offer();
+        ado::text_files::TextDriver::offer();
         return test::open("Driver={Microsoft Text Driver (*.txt; *.csv)};Dbq=" +
                           folder_.file("scambio"));
     }
@@ -255,7 +255,7 @@ TEST_F(TextSource, TakesRowsAndNothingElse) {
 }
 
 TEST_F(TextSource, IsAFolderThatIsThere) {
-    text_source::TextDriver::offer();
+    ado::text_files::TextDriver::offer();
     EXPECT_EQ(raisedBy([&] {
                   return test::open("Driver={Microsoft Text Driver (*.txt; *.csv)};Dbq=" +
                                     folder_.file("manca"));

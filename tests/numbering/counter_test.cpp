@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include <kaputil/ado/error_numbers.hpp>
+#include <kaputil/data/error_numbers.hpp>
 
 #include "numbering/company.hpp"
 #include "numbering/reservation.hpp"

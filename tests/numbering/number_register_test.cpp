@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include <kaputil/frame/error.hpp>
+#include <kaputil/automation/error.hpp>
 
 #include "numbering/company.hpp"
 #include "numbering/register_text.hpp"

@@ -12,8 +12,8 @@
 
 #include <gtest/gtest.h>
 
-#include <kaputil/frame/convert.hpp>
-#include <kaputil/frame/plain_text.hpp>
+#include <kaputil/automation/convert.hpp>
+#include <kaputil/automation/plain_text.hpp>
 #include <kaputil/numbering/number_register.hpp>
 
 #include "numbering/company.hpp"

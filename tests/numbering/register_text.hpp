@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include <kaputil/frame/plain_text.hpp>
+#include <kaputil/automation/plain_text.hpp>
 #include <kaputil/numbering/number_register.hpp>
 
 namespace kap::numbering::test {

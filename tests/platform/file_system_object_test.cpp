@@ -6,11 +6,11 @@
 #include <ctime>
 #include <filesystem>
 
-#include <kaputil/frame/error.hpp>
-#include <kaputil/frame/locale.hpp>
+#include <kaputil/automation/error.hpp>
+#include <kaputil/automation/locale.hpp>
 #include <kaputil/platform/creatable_objects.hpp>
 
-#include "frame/late_bound.hpp"
+#include "automation/late_bound.hpp"
 #include "support/scoped_variable.hpp"
 #include "support/shown.hpp"
 #include "support/temporary_folder.hpp"

@@ -4,7 +4,7 @@
 
 #include <optional>
 
-#include <kaputil/frame/error.hpp>
+#include <kaputil/automation/error.hpp>
 #include <kaputil/platform/profile_file.hpp>
 #include <kaputil/platform/registry.hpp>
 

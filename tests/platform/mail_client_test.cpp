@@ -3,12 +3,12 @@
 
 #include <filesystem>
 
-#include <kaputil/frame/error.hpp>
-#include <kaputil/frame/locale.hpp>
+#include <kaputil/automation/error.hpp>
+#include <kaputil/automation/locale.hpp>
 #include <kaputil/platform/creatable_objects.hpp>
 #include <kaputil/platform/message_box.hpp>
 
-#include "frame/late_bound.hpp"
+#include "automation/late_bound.hpp"
 #include "platform/mail/draft.hpp"
 #include "support/scoped_variable.hpp"
 #include "support/shown.hpp"

@@ -4,7 +4,7 @@
 
 #include <filesystem>
 
-#include <kaputil/frame/error.hpp>
+#include <kaputil/automation/error.hpp>
 
 #include "support/shown.hpp"
 #include "support/temporary_folder.hpp"

@@ -8,7 +8,7 @@
 
 #include <filesystem>
 
-#include <kaputil/frame/error.hpp>
+#include <kaputil/automation/error.hpp>
 #include <kaputil/platform/profile_file.hpp>
 
 #include "platform/output_file.hpp"

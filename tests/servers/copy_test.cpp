@@ -5,12 +5,12 @@
 #include <cctype>
 #include <filesystem>
 
-#include <kaputil/ado/error_numbers.hpp>
+#include <kaputil/data/error_numbers.hpp>
 
+#include "cli/command_line.hpp"
 #include "server.hpp"
 #include "support/shown.hpp"
 #include "support/temporary_folder.hpp"
-#include "tools/command_line.hpp"
 
 namespace kap::ado {
 namespace {

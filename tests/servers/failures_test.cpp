@@ -3,7 +3,7 @@
 
 #include <chrono>
 
-#include <kaputil/ado/error_numbers.hpp>
+#include <kaputil/data/error_numbers.hpp>
 #include <kaputil/db/recordsets.hpp>
 
 #include "relay.hpp"

@@ -1,12 +1,12 @@
 // Passwords: kept for what has to be opened again, and shown to nobody.
 #include <gtest/gtest.h>
 
-#include <kaputil/ado/error_numbers.hpp>
+#include <kaputil/data/error_numbers.hpp>
 #include <kaputil/sqlscript/csql.hpp>
 
+#include "cli/command_line.hpp"
 #include "server.hpp"
 #include "support/shown.hpp"
-#include "tools/command_line.hpp"
 
 namespace kap::ado {
 namespace {

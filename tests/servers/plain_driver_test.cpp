@@ -3,9 +3,9 @@
 
 #include <cstdlib>
 
-#include <kaputil/ado/error_numbers.hpp>
+#include <kaputil/automation/locale.hpp>
+#include <kaputil/data/error_numbers.hpp>
 #include <kaputil/db/records.hpp>
-#include <kaputil/frame/locale.hpp>
 
 #include "support/database.hpp"
 #include "support/shown.hpp"

@@ -2,9 +2,9 @@
 #include <gtest/gtest.h>
 
 #include <kaputil/ado/command.hpp>
-#include <kaputil/ado/error_numbers.hpp>
-#include <kaputil/frame/array.hpp>
-#include <kaputil/frame/locale.hpp>
+#include <kaputil/automation/array.hpp>
+#include <kaputil/automation/locale.hpp>
+#include <kaputil/data/error_numbers.hpp>
 
 #include "server.hpp"
 #include "support/shown.hpp"

@@ -1,10 +1,10 @@
 // The record helpers on a database server, whose row version a trigger keeps.
 #include <gtest/gtest.h>
 
-#include <kaputil/ado/error_numbers.hpp>
+#include <kaputil/automation/locale.hpp>
+#include <kaputil/data/error_numbers.hpp>
 #include <kaputil/db/records.hpp>
 #include <kaputil/db/recordsets.hpp>
-#include <kaputil/frame/locale.hpp>
 
 #include "relay.hpp"
 #include "server.hpp"

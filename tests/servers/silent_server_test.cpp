@@ -4,7 +4,7 @@
 #include <filesystem>
 #include <iterator>
 
-#include <kaputil/ado/error_numbers.hpp>
+#include <kaputil/data/error_numbers.hpp>
 
 #include "relay.hpp"
 #include "server.hpp"

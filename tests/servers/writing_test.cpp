@@ -1,9 +1,9 @@
 // Recordsets that write to a database server.
 #include <gtest/gtest.h>
 
-#include <kaputil/ado/error_numbers.hpp>
-#include <kaputil/frame/array.hpp>
-#include <kaputil/frame/locale.hpp>
+#include <kaputil/automation/array.hpp>
+#include <kaputil/automation/locale.hpp>
+#include <kaputil/data/error_numbers.hpp>
 
 #include "server.hpp"
 #include "support/shown.hpp"

@@ -4,7 +4,8 @@
 
 #include <gtest/gtest.h>
 
-#include "ado/driver.hpp"
+#include "data/driver.hpp"
+#include "drivers/driver_registry.hpp"
 #include "random_statements.hpp"
 #include "support/seed.hpp"
 

@@ -6,7 +6,7 @@
 #include <sstream>
 #include <stdexcept>
 
-#include <kaputil/frame/plain_text.hpp>
+#include <kaputil/automation/plain_text.hpp>
 
 namespace kap::test {
 namespace {

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "ado/driver.hpp"
+#include "data/driver.hpp"
 
 /// Scripts in the dialect with what a server answers to them, as files of text.
 ///

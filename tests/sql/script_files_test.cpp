@@ -7,7 +7,8 @@
 
 #include <gtest/gtest.h>
 
-#include "ado/driver.hpp"
+#include "data/driver.hpp"
+#include "drivers/driver_registry.hpp"
 #include "script_file.hpp"
 #include "support/build_folders.hpp"
 #include "support/other_server.hpp"

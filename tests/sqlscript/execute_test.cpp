@@ -2,8 +2,8 @@
 
 #include <string>
 
-#include <kaputil/ado/error_numbers.hpp>
 #include <kaputil/ado/recordset.hpp>
+#include <kaputil/data/error_numbers.hpp>
 #include <kaputil/sqlscript/csql.hpp>
 
 #include "support/database.hpp"

@@ -1,8 +1,8 @@
 // Scripts on a connection of another maker, as programs have them that hand in their own.
 #include <gtest/gtest.h>
 
-#include <kaputil/ado/error_numbers.hpp>
 #include <kaputil/ado/recordset.hpp>
+#include <kaputil/data/error_numbers.hpp>
 #include <kaputil/sqlscript/csql.hpp>
 
 #include "support/database.hpp"

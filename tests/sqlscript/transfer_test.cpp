@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include <kaputil/ado/error_numbers.hpp>
+#include <kaputil/data/error_numbers.hpp>
 
 #include "sqlscript/transfer_fixture.hpp"
 #include "support/shown.hpp"

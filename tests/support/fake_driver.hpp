@@ -8,8 +8,9 @@
 #include <utility>
 #include <vector>
 
-#include "ado/driver.hpp"
-#include "ado/schema_rows.hpp"
+#include "data/driver.hpp"
+#include "data/schema_rows.hpp"
+#include "drivers/driver_registry.hpp"
 
 namespace kap::test {
 

@@ -7,9 +7,9 @@
 #include <vector>
 
 #include <kaputil/ado/connection.hpp>
-#include <kaputil/frame/class_description.hpp>
-#include <kaputil/frame/object.hpp>
-#include <kaputil/frame/variant.hpp>
+#include <kaputil/automation/class_description.hpp>
+#include <kaputil/automation/object.hpp>
+#include <kaputil/automation/variant.hpp>
 
 namespace kap::test {
 

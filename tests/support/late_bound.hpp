@@ -4,9 +4,9 @@
 #include <utility>
 #include <vector>
 
-#include <kaputil/frame/class_description.hpp>
-#include <kaputil/frame/object.hpp>
-#include <kaputil/frame/variant.hpp>
+#include <kaputil/automation/class_description.hpp>
+#include <kaputil/automation/object.hpp>
+#include <kaputil/automation/variant.hpp>
 
 namespace kap::test {
 

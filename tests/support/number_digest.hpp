@@ -8,11 +8,11 @@
 
 #include <kaputil/ado/connection.hpp>
 #include <kaputil/ado/recordset.hpp>
-#include <kaputil/frame/arithmetic.hpp>
-#include <kaputil/frame/convert.hpp>
-#include <kaputil/frame/error.hpp>
-#include <kaputil/frame/format.hpp>
-#include <kaputil/frame/locale.hpp>
+#include <kaputil/automation/arithmetic.hpp>
+#include <kaputil/automation/convert.hpp>
+#include <kaputil/automation/error.hpp>
+#include <kaputil/automation/format.hpp>
+#include <kaputil/automation/locale.hpp>
 #include <kaputil/util/amounts.hpp>
 
 // A million roundings and conversions of numbers as one number, which must be the same in every

@@ -3,9 +3,9 @@
 #include <cstdint>
 #include <string>
 
-#include <kaputil/frame/convert.hpp>
-#include <kaputil/frame/error.hpp>
-#include <kaputil/frame/variant.hpp>
+#include <kaputil/automation/convert.hpp>
+#include <kaputil/automation/error.hpp>
+#include <kaputil/automation/variant.hpp>
 
 namespace kap::test {
 

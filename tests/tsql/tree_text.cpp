@@ -1,8 +1,10 @@
 // length: one text for each node of the language, each a few lines
 #include "tree_text.hpp"
 
+#include <kaputil/automation/plain_text.hpp>
+
+#include "base/ascii.hpp"
 #include "tsql/parser.hpp"
-#include "tsql/text.hpp"
 
 namespace kap::tsql::testing {
 
@@ -112,7 +114,7 @@ std::string selectText(const Select& select) {
     for (const auto& set : select.groupingSets) {
         std::vector<std::string> places;
         for (const std::size_t each : set)
-            places.push_back(integerText(static_cast<std::int64_t>(each)));
+            places.push_back(plain::text(static_cast<std::int64_t>(each)));
         sets.push_back(places.empty() ? "(none)" : node("set", places));
     }
     if (!sets.empty()) parts.push_back(node("sets", sets));

@@ -6,7 +6,7 @@
 #include <iterator>
 #include <string>
 
-#include <kaputil/frame/locale.hpp>
+#include <kaputil/automation/locale.hpp>
 #include <kaputil/platform/message_box.hpp>
 
 #include "support/database.hpp"

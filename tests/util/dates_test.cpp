@@ -5,11 +5,11 @@
 #include <string>
 #include <utility>
 
-#include <kaputil/frame/convert.hpp>
-#include <kaputil/frame/locale.hpp>
+#include <kaputil/automation/convert.hpp>
+#include <kaputil/automation/locale.hpp>
 
-#include "frame/clock.hpp"
-#include "frame/convert/calendar.hpp"
+#include "automation/clock.hpp"
+#include "automation/convert/calendar.hpp"
 #include "support/shown.hpp"
 
 namespace kap::util {

@@ -6,11 +6,11 @@
 #include <string>
 #include <vector>
 
-#include <kaputil/frame/array.hpp>
-#include <kaputil/frame/locale.hpp>
+#include <kaputil/automation/array.hpp>
+#include <kaputil/automation/locale.hpp>
 
-#include "frame/clock.hpp"
-#include "frame/convert/calendar.hpp"
+#include "automation/clock.hpp"
+#include "automation/convert/calendar.hpp"
 #include "support/shown.hpp"
 
 namespace kap::util {

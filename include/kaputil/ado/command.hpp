@@ -4,10 +4,10 @@
 #include <vector>
 
 #include <kaputil/ado/connection.hpp>
-#include <kaputil/ado/enumerations.hpp>
 #include <kaputil/ado/parameter.hpp>
-#include <kaputil/frame/by_ref.hpp>
-#include <kaputil/frame/class_description.hpp>
+#include <kaputil/automation/by_ref.hpp>
+#include <kaputil/automation/class_description.hpp>
+#include <kaputil/data/enumerations.hpp>
 
 namespace kap::ado {
 

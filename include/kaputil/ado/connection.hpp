@@ -6,11 +6,11 @@
 #include <unordered_set>
 #include <vector>
 
-#include <kaputil/ado/enumerations.hpp>
 #include <kaputil/ado/error.hpp>
-#include <kaputil/frame/by_ref.hpp>
-#include <kaputil/frame/class_description.hpp>
-#include <kaputil/frame/event_source.hpp>
+#include <kaputil/automation/by_ref.hpp>
+#include <kaputil/automation/class_description.hpp>
+#include <kaputil/automation/event_source.hpp>
+#include <kaputil/data/enumerations.hpp>
 
 namespace kap::ado {
 

@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <vector>
 
-#include <kaputil/frame/class_description.hpp>
+#include <kaputil/automation/class_description.hpp>
 
 namespace kap::ado {
 

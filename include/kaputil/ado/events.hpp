@@ -3,10 +3,10 @@
 #include <cstdint>
 
 #include <kaputil/ado/connection.hpp>
-#include <kaputil/ado/enumerations.hpp>
 #include <kaputil/ado/error.hpp>
-#include <kaputil/frame/by_ref.hpp>
-#include <kaputil/frame/class_description.hpp>
+#include <kaputil/automation/by_ref.hpp>
+#include <kaputil/automation/class_description.hpp>
+#include <kaputil/data/enumerations.hpp>
 
 // The events of connections and recordsets. A sink has members of these names and arguments; it
 // need not have all of them, nor derive from these classes, whose members do nothing:

@@ -7,8 +7,8 @@
 #include <string_view>
 #include <vector>
 
-#include <kaputil/ado/enumerations.hpp>
-#include <kaputil/frame/class_description.hpp>
+#include <kaputil/automation/class_description.hpp>
+#include <kaputil/data/enumerations.hpp>
 
 namespace kap::ado {
 

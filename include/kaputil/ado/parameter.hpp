@@ -3,8 +3,8 @@
 #include <cstdint>
 #include <vector>
 
-#include <kaputil/ado/enumerations.hpp>
-#include <kaputil/frame/class_description.hpp>
+#include <kaputil/automation/class_description.hpp>
+#include <kaputil/data/enumerations.hpp>
 
 namespace kap::ado {
 

@@ -7,11 +7,11 @@
 #include <vector>
 
 #include <kaputil/ado/connection.hpp>
-#include <kaputil/ado/enumerations.hpp>
 #include <kaputil/ado/field.hpp>
-#include <kaputil/frame/by_ref.hpp>
-#include <kaputil/frame/class_description.hpp>
-#include <kaputil/frame/event_source.hpp>
+#include <kaputil/automation/by_ref.hpp>
+#include <kaputil/automation/class_description.hpp>
+#include <kaputil/automation/event_source.hpp>
+#include <kaputil/data/enumerations.hpp>
 
 namespace kap::ado {
 

@@ -4,7 +4,7 @@
 #include <span>
 #include <vector>
 
-#include <kaputil/frame/class_description.hpp>
+#include <kaputil/automation/class_description.hpp>
 #include <kaputil/platform/creatable_objects.hpp>
 
 // What the library publishes: its classes with their identities, its enumerations, and what its
@@ -51,7 +51,7 @@ struct EnumerationDescription {
 };
 [[nodiscard]] std::span<const EnumerationDescription> publishedEnumerations();
 // Those of data access beside them (adUseClient, ...), whose C++ names are in
-// <kaputil/ado/enumerations.hpp>.
+// <kaputil/data/enumerations.hpp>.
 [[nodiscard]] std::span<const EnumerationDescription> dataAccessEnumerations();
 
 // The classes of the platform that can be created by name beside the library's own: those of data

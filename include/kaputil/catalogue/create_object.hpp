@@ -2,7 +2,7 @@
 
 #include <string_view>
 
-#include <kaputil/frame/object.hpp>
+#include <kaputil/automation/object.hpp>
 #include <kaputil/platform/creatable_objects.hpp>
 
 namespace kap {

@@ -3,10 +3,10 @@
 #include <cstdint>
 
 #include <kaputil/ado/recordset.hpp>
+#include <kaputil/automation/by_ref.hpp>
+#include <kaputil/automation/class_description.hpp>
 #include <kaputil/core/cerrore.hpp>
 #include <kaputil/core/cproprieta.hpp>
-#include <kaputil/frame/by_ref.hpp>
-#include <kaputil/frame/class_description.hpp>
 
 namespace kap {
 

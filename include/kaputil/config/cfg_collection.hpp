@@ -2,8 +2,8 @@
 
 #include <cstdint>
 
-#include <kaputil/frame/collection.hpp>
-#include <kaputil/frame/linked_object.hpp>
+#include <kaputil/automation/collection.hpp>
+#include <kaputil/automation/linked_object.hpp>
 
 namespace kap {
 

@@ -1,8 +1,8 @@
 #pragma once
 
+#include <kaputil/automation/by_ref.hpp>
+#include <kaputil/automation/variant.hpp>
 #include <kaputil/core/cproprieta.hpp>
-#include <kaputil/frame/by_ref.hpp>
-#include <kaputil/frame/variant.hpp>
 
 // One answer of a configuration table, for programs that have no tree.
 namespace kap::config {

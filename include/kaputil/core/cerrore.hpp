@@ -2,10 +2,10 @@
 
 #include <cstdint>
 
+#include <kaputil/automation/class_description.hpp>
+#include <kaputil/automation/string.hpp>
+#include <kaputil/automation/variant.hpp>
 #include <kaputil/core/cproprieta.hpp>
-#include <kaputil/frame/class_description.hpp>
-#include <kaputil/frame/string.hpp>
-#include <kaputil/frame/variant.hpp>
 
 namespace kap {
 

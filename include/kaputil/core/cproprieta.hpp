@@ -4,9 +4,9 @@
 #include <memory>
 #include <string_view>
 
-#include <kaputil/frame/class_description.hpp>
-#include <kaputil/frame/string.hpp>
-#include <kaputil/frame/variant.hpp>
+#include <kaputil/automation/class_description.hpp>
+#include <kaputil/automation/string.hpp>
+#include <kaputil/automation/variant.hpp>
 
 namespace kap {
 

@@ -1,9 +1,9 @@
 #pragma once
 
+#include <kaputil/automation/by_ref.hpp>
+#include <kaputil/automation/variant.hpp>
 #include <kaputil/core/cerrore.hpp>
 #include <kaputil/core/cproprieta.hpp>
-#include <kaputil/frame/by_ref.hpp>
-#include <kaputil/frame/variant.hpp>
 
 // One database record as one text: records move between a query and a property string.
 //

@@ -3,8 +3,8 @@
 #include <cstdint>
 
 #include <kaputil/ado/recordset.hpp>
-#include <kaputil/frame/by_ref.hpp>
-#include <kaputil/frame/variant.hpp>
+#include <kaputil/automation/by_ref.hpp>
+#include <kaputil/automation/variant.hpp>
 
 // Opening and positioning recordsets: the one road by which the library reads the database.
 namespace kap::db {

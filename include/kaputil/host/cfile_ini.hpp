@@ -2,8 +2,8 @@
 
 #include <cstdint>
 
-#include <kaputil/frame/by_ref.hpp>
-#include <kaputil/frame/class_description.hpp>
+#include <kaputil/automation/by_ref.hpp>
+#include <kaputil/automation/class_description.hpp>
 
 namespace kap {
 

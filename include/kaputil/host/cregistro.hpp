@@ -1,8 +1,8 @@
 #pragma once
 
+#include <kaputil/automation/by_ref.hpp>
+#include <kaputil/automation/class_description.hpp>
 #include <kaputil/core/cerrore.hpp>
-#include <kaputil/frame/by_ref.hpp>
-#include <kaputil/frame/class_description.hpp>
 
 namespace kap {
 

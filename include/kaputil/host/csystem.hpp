@@ -1,6 +1,6 @@
 #pragma once
 
-#include <kaputil/frame/class_description.hpp>
+#include <kaputil/automation/class_description.hpp>
 
 namespace kap {
 

@@ -5,9 +5,9 @@
 #include <string_view>
 #include <vector>
 
-#include <kaputil/frame/class_description.hpp>
-#include <kaputil/frame/object.hpp>
-#include <kaputil/frame/variant.hpp>
+#include <kaputil/automation/class_description.hpp>
+#include <kaputil/automation/object.hpp>
+#include <kaputil/automation/variant.hpp>
 
 namespace kap {
 

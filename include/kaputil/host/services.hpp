@@ -2,8 +2,8 @@
 
 #include <cstdint>
 
-#include <kaputil/frame/string.hpp>
-#include <kaputil/frame/variant.hpp>
+#include <kaputil/automation/string.hpp>
+#include <kaputil/automation/variant.hpp>
 
 // Small services for programs and their forms. Forms and text boxes are any late-bound objects with
 // the properties named here; all measures are in twips. Errors of the file-system object, of a form

@@ -3,9 +3,9 @@
 #include <cstdint>
 #include <functional>
 
-#include <kaputil/frame/by_ref.hpp>
-#include <kaputil/frame/string.hpp>
-#include <kaputil/frame/variant.hpp>
+#include <kaputil/automation/by_ref.hpp>
+#include <kaputil/automation/string.hpp>
+#include <kaputil/automation/variant.hpp>
 
 namespace kap::host {
 

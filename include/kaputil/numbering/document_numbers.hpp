@@ -2,9 +2,9 @@
 
 #include <cstdint>
 
+#include <kaputil/automation/by_ref.hpp>
+#include <kaputil/automation/variant.hpp>
 #include <kaputil/core/cerrore.hpp>
-#include <kaputil/frame/by_ref.hpp>
-#include <kaputil/frame/variant.hpp>
 
 // Progressive numbers of documents, without duplicates however many programs take them.
 //

@@ -7,9 +7,9 @@
 #include <string_view>
 #include <vector>
 
-#include <kaputil/frame/by_ref.hpp>
-#include <kaputil/frame/string.hpp>
-#include <kaputil/frame/variant.hpp>
+#include <kaputil/automation/by_ref.hpp>
+#include <kaputil/automation/string.hpp>
+#include <kaputil/automation/variant.hpp>
 
 // The register of document numbers: whether every number of a counter and year can be accounted
 // for. It lists the numbers from 1 to the counter's definitive value with who carries each, and

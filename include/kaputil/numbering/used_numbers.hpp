@@ -1,7 +1,7 @@
 #pragma once
 
-#include <kaputil/frame/by_ref.hpp>
-#include <kaputil/frame/variant.hpp>
+#include <kaputil/automation/by_ref.hpp>
+#include <kaputil/automation/variant.hpp>
 
 namespace kap::numbering {
 

@@ -4,8 +4,8 @@
 #include <span>
 #include <string_view>
 
-#include <kaputil/frame/class_description.hpp>
-#include <kaputil/frame/object.hpp>
+#include <kaputil/automation/class_description.hpp>
+#include <kaputil/automation/object.hpp>
 
 // Objects of the host and of the client that the library reaches by name, late-bound: the
 // file-system object, the mail client.

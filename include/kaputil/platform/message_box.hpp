@@ -3,7 +3,7 @@
 #include <filesystem>
 #include <optional>
 
-#include <kaputil/frame/string.hpp>
+#include <kaputil/automation/string.hpp>
 
 namespace kap::platform {
 

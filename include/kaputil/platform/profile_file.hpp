@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <string_view>
 
-#include <kaputil/frame/string.hpp>
+#include <kaputil/automation/string.hpp>
 
 // Profile files ("INI files"): sections in brackets, and in each lines of a key, '=' and a value.
 //

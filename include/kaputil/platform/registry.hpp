@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include <kaputil/frame/string.hpp>
+#include <kaputil/automation/string.hpp>
 
 // The registry: keys in a tree, each with named values of many types.
 //

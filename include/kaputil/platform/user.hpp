@@ -2,7 +2,7 @@
 
 #include <optional>
 
-#include <kaputil/frame/string.hpp>
+#include <kaputil/automation/string.hpp>
 
 namespace kap::platform {
 

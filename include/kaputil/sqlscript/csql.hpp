@@ -4,11 +4,11 @@
 #include <vector>
 
 #include <kaputil/ado/connection.hpp>
+#include <kaputil/automation/class_description.hpp>
+#include <kaputil/automation/string.hpp>
+#include <kaputil/automation/variant.hpp>
 #include <kaputil/core/cerrore.hpp>
 #include <kaputil/core/cproprieta.hpp>
-#include <kaputil/frame/class_description.hpp>
-#include <kaputil/frame/string.hpp>
-#include <kaputil/frame/variant.hpp>
 
 namespace kap {
 

@@ -2,9 +2,9 @@
 
 #include <cstdint>
 
-#include <kaputil/frame/by_ref.hpp>
-#include <kaputil/frame/string.hpp>
-#include <kaputil/frame/variant.hpp>
+#include <kaputil/automation/by_ref.hpp>
+#include <kaputil/automation/string.hpp>
+#include <kaputil/automation/variant.hpp>
 
 // Rounding, and the value of a document's line.
 namespace kap::util {

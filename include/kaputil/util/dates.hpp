@@ -2,9 +2,9 @@
 
 #include <cstdint>
 
-#include <kaputil/frame/by_ref.hpp>
-#include <kaputil/frame/string.hpp>
-#include <kaputil/frame/variant.hpp>
+#include <kaputil/automation/by_ref.hpp>
+#include <kaputil/automation/string.hpp>
+#include <kaputil/automation/variant.hpp>
 
 // Dates as users of Italian business programs type and read them. Texts are read under the user's
 // locale; nothing here keeps state or shows a message.

@@ -1,7 +1,7 @@
 #pragma once
 
-#include <kaputil/frame/string.hpp>
-#include <kaputil/frame/variant.hpp>
+#include <kaputil/automation/string.hpp>
+#include <kaputil/automation/variant.hpp>
 
 // Testing, coercing and writing into SQL the values that come from forms and recordsets. Texts are
 // read and written under the user's locale; an object stands for the value of its default member.

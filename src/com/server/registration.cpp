@@ -2,13 +2,13 @@
 
 #include <string>
 
-#include <kaputil/frame/error.hpp>
+#include <kaputil/automation/error.hpp>
 #include <kaputil/platform/registry.hpp>
 
+#include "base/unicode.hpp"
 #include "com/served_classes.hpp"
 #include "com/server/module.hpp"
 #include "com/server/type_library.hpp"
-#include "frame/unicode.hpp"
 #include "platform/win32/automation/call_errors.hpp"
 #include "platform/win32/registry_key.hpp"
 #include "platform/win32/wide.hpp"

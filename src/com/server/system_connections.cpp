@@ -2,7 +2,8 @@
 
 #include <kaputil/platform/creatable_objects.hpp>
 
-#include "ado/late_bound/late_bound_driver.hpp"
+#include "drivers/driver_registry.hpp"
+#include "drivers/late_bound/late_bound_driver.hpp"
 
 namespace kap::com {
 

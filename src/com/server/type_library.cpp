@@ -3,7 +3,7 @@
 #include <map>
 #include <mutex>
 
-#include <kaputil/frame/plain_text.hpp>
+#include <kaputil/automation/plain_text.hpp>
 
 #include "com/server/module.hpp"
 #include "com/type_libraries.hpp"

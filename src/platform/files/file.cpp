@@ -5,10 +5,10 @@
 #include <system_error>
 #include <utility>
 
-#include <kaputil/frame/error.hpp>
+#include <kaputil/automation/error.hpp>
 
-#include "frame/class_builder.hpp"
-#include "frame/clock.hpp"
+#include "automation/class_builder.hpp"
+#include "automation/clock.hpp"
 #include "platform/file_errors.hpp"
 #include "platform/files/folder.hpp"
 #include "platform/paths.hpp"

@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <filesystem>
 
-#include <kaputil/frame/class_description.hpp>
+#include <kaputil/automation/class_description.hpp>
 
 #include "platform/files/text_stream.hpp"
 

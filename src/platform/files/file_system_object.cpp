@@ -4,9 +4,9 @@
 #include <memory>
 #include <system_error>
 
-#include <kaputil/frame/error.hpp>
+#include <kaputil/automation/error.hpp>
 
-#include "frame/class_builder.hpp"
+#include "automation/class_builder.hpp"
 #include "platform/file_errors.hpp"
 #include "platform/paths.hpp"
 

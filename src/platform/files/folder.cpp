@@ -5,10 +5,10 @@
 #include <utility>
 #include <vector>
 
-#include <kaputil/frame/error.hpp>
+#include <kaputil/automation/error.hpp>
 
-#include "frame/class_builder.hpp"
-#include "frame/unicode.hpp"
+#include "automation/class_builder.hpp"
+#include "base/unicode.hpp"
 #include "platform/file_errors.hpp"
 #include "platform/folder_names.hpp"
 #include "platform/paths.hpp"

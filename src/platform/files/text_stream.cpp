@@ -4,9 +4,9 @@
 #include <system_error>
 #include <utility>
 
-#include <kaputil/frame/error.hpp>
+#include <kaputil/automation/error.hpp>
 
-#include "frame/class_builder.hpp"
+#include "automation/class_builder.hpp"
 #include "platform/file_errors.hpp"
 #include "platform/whole_file.hpp"
 

@@ -6,7 +6,7 @@
 #include <memory>
 #include <string>
 
-#include <kaputil/frame/class_description.hpp>
+#include <kaputil/automation/class_description.hpp>
 
 #include "platform/output_file.hpp"
 #include "platform/text_encoding.hpp"

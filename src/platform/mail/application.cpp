@@ -1,9 +1,9 @@
 #include "platform/mail/application.hpp"
 
-#include <kaputil/frame/error.hpp>
+#include <kaputil/automation/error.hpp>
 
-#include "frame/class_builder.hpp"
-#include "frame/unicode.hpp"
+#include "automation/class_builder.hpp"
+#include "base/unicode.hpp"
 #include "platform/mail/contact_item.hpp"
 #include "platform/mail/mail_item.hpp"
 

@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include <kaputil/frame/class_description.hpp>
+#include <kaputil/automation/class_description.hpp>
 
 #include "platform/mail/folders.hpp"
 

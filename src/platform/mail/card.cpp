@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "frame/unicode.hpp"
+#include "base/unicode.hpp"
 #include "platform/paths.hpp"
 #include "platform/random_name.hpp"
 #include "platform/text_encoding.hpp"

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include <kaputil/frame/string.hpp>
+#include <kaputil/automation/string.hpp>
 
 namespace kap::platform::mail {
 

@@ -4,10 +4,10 @@
 #include <system_error>
 #include <utility>
 
-#include <kaputil/frame/error.hpp>
+#include <kaputil/automation/error.hpp>
 #include <kaputil/platform/folders.hpp>
 
-#include "frame/unicode.hpp"
+#include "base/unicode.hpp"
 #include "platform/file_errors.hpp"
 #include "platform/folder_lock.hpp"
 #include "platform/folder_names.hpp"

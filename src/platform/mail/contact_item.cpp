@@ -4,10 +4,10 @@
 #include <array>
 #include <system_error>
 
-#include <kaputil/frame/error.hpp>
+#include <kaputil/automation/error.hpp>
 
-#include "frame/class_builder.hpp"
-#include "frame/unicode.hpp"
+#include "automation/class_builder.hpp"
+#include "base/unicode.hpp"
 #include "platform/file_errors.hpp"
 #include "platform/folder_lock.hpp"
 

@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-#include <kaputil/frame/class_description.hpp>
+#include <kaputil/automation/class_description.hpp>
 
 #include "platform/mail/card.hpp"
 #include "platform/mail/folders.hpp"

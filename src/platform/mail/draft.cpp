@@ -1,9 +1,9 @@
 #include "platform/mail/draft.hpp"
 
-#include <kaputil/frame/format.hpp>
+#include <kaputil/automation/format.hpp>
 #include <kaputil/platform/folders.hpp>
 
-#include "frame/clock.hpp"
+#include "automation/clock.hpp"
 #include "platform/random_name.hpp"
 #include "platform/whole_file.hpp"
 

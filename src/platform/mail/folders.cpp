@@ -3,11 +3,11 @@
 #include <optional>
 #include <utility>
 
-#include <kaputil/frame/convert.hpp>
-#include <kaputil/frame/error.hpp>
+#include <kaputil/automation/convert.hpp>
+#include <kaputil/automation/error.hpp>
 
-#include "frame/class_builder.hpp"
-#include "frame/unicode.hpp"
+#include "automation/class_builder.hpp"
+#include "base/unicode.hpp"
 #include "platform/mail/contact_item.hpp"
 #include "platform/paths.hpp"
 

@@ -2,10 +2,10 @@
 
 #include <system_error>
 
-#include <kaputil/frame/error.hpp>
+#include <kaputil/automation/error.hpp>
 #include <kaputil/platform/message_box.hpp>
 
-#include "frame/class_builder.hpp"
+#include "automation/class_builder.hpp"
 #include "platform/paths.hpp"
 
 namespace kap::platform::mail {

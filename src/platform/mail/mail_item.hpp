@@ -4,7 +4,7 @@
 #include <filesystem>
 #include <optional>
 
-#include <kaputil/frame/class_description.hpp>
+#include <kaputil/automation/class_description.hpp>
 
 #include "platform/mail/draft.hpp"
 

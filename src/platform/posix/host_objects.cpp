@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <vector>
 
-#include "frame/unicode.hpp"
+#include "base/unicode.hpp"
 #include "platform/files/file_system_object.hpp"
 #include "platform/mail/application.hpp"
 

@@ -8,10 +8,10 @@
 #include <mutex>
 #include <string>
 
-#include <kaputil/frame/format.hpp>
+#include <kaputil/automation/format.hpp>
 
-#include "frame/clock.hpp"
-#include "frame/unicode.hpp"
+#include "automation/clock.hpp"
+#include "base/unicode.hpp"
 
 namespace kap::platform {
 namespace {

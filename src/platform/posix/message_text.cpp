@@ -10,7 +10,7 @@
 #include <string_view>
 #include <system_error>
 
-#include <kaputil/frame/error.hpp>
+#include <kaputil/automation/error.hpp>
 
 #include "platform/file_errors.hpp"
 #include "platform/mail/draft.hpp"

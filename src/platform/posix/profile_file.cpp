@@ -4,10 +4,10 @@
 #include <optional>
 #include <string>
 
-#include <kaputil/frame/error.hpp>
+#include <kaputil/automation/error.hpp>
 #include <kaputil/platform/folders.hpp>
 
-#include "frame/unicode.hpp"
+#include "base/unicode.hpp"
 #include "platform/folder_lock.hpp"
 #include "platform/paths.hpp"
 #include "platform/profile_text.hpp"

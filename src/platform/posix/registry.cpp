@@ -2,8 +2,8 @@
 
 #include <utility>
 
-#include <kaputil/frame/error.hpp>
-#include <kaputil/frame/plain_text.hpp>
+#include <kaputil/automation/error.hpp>
+#include <kaputil/automation/plain_text.hpp>
 #include <kaputil/platform/folders.hpp>
 
 #include "platform/folder_lock.hpp"

@@ -6,7 +6,7 @@
 
 #include <array>
 
-#include <kaputil/frame/plain_text.hpp>
+#include <kaputil/automation/plain_text.hpp>
 
 #include "platform/file_errors.hpp"
 #include "platform/posix/descriptor.hpp"

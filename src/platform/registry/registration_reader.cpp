@@ -3,9 +3,9 @@
 #include <utility>
 #include <vector>
 
-#include <kaputil/frame/error.hpp>
+#include <kaputil/automation/error.hpp>
 
-#include "frame/code_page.hpp"
+#include "base/code_page.hpp"
 #include "platform/registry/registration_text.hpp"
 #include "platform/text_encoding.hpp"
 

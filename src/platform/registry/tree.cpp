@@ -4,7 +4,7 @@
 #include <array>
 #include <utility>
 
-#include <kaputil/frame/error.hpp>
+#include <kaputil/automation/error.hpp>
 
 namespace kap::platform::registry {
 namespace {

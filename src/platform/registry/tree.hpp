@@ -8,7 +8,7 @@
 
 #include <kaputil/platform/registry.hpp>
 
-#include "frame/unicode.hpp"
+#include "base/unicode.hpp"
 
 namespace kap::platform::registry {
 

@@ -2,9 +2,9 @@
 
 #include <functional>
 
-#include <kaputil/frame/plain_text.hpp>
+#include <kaputil/automation/plain_text.hpp>
 
-#include "frame/unicode.hpp"
+#include "base/unicode.hpp"
 #include "platform/file_errors.hpp"
 #include "platform/paths.hpp"
 #include "platform/win32/wide.hpp"

@@ -4,11 +4,11 @@
 #include <string>
 #include <vector>
 
-#include <kaputil/frame/error.hpp>
-#include <kaputil/frame/format.hpp>
+#include <kaputil/automation/error.hpp>
+#include <kaputil/automation/format.hpp>
 
-#include "frame/clock.hpp"
-#include "frame/unicode.hpp"
+#include "automation/clock.hpp"
+#include "base/unicode.hpp"
 #include "platform/paths.hpp"
 #include "platform/win32/wide.hpp"
 

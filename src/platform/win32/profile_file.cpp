@@ -2,9 +2,9 @@
 
 #include <vector>
 
-#include <kaputil/frame/error.hpp>
+#include <kaputil/automation/error.hpp>
 
-#include "frame/unicode.hpp"
+#include "base/unicode.hpp"
 #include "platform/file_errors.hpp"
 #include "platform/win32/wide.hpp"
 

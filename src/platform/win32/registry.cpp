@@ -3,7 +3,7 @@
 #include <utility>
 #include <vector>
 
-#include <kaputil/frame/error.hpp>
+#include <kaputil/automation/error.hpp>
 
 #include "platform/file_errors.hpp"
 #include "platform/registry/tree.hpp"

@@ -1,8 +1,8 @@
-#include <kaputil/frame/error.hpp>
-#include <kaputil/frame/plain_text.hpp>
+#include <kaputil/automation/error.hpp>
+#include <kaputil/automation/plain_text.hpp>
 #include <kaputil/platform/registry.hpp>
 
-#include "frame/unicode.hpp"
+#include "base/unicode.hpp"
 #include "platform/registry/registration_text.hpp"
 #include "platform/text_encoding.hpp"
 

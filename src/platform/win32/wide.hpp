@@ -8,7 +8,7 @@
 #include <string_view>
 #include <system_error>
 
-#include <kaputil/frame/string.hpp>
+#include <kaputil/automation/string.hpp>
 
 // Texts and errors as the system takes them.
 namespace kap::platform {

@@ -1,8 +1,8 @@
-#include <kaputil/frame/by_ref.hpp>
-#include <kaputil/frame/error.hpp>
+#include <kaputil/automation/by_ref.hpp>
+#include <kaputil/automation/error.hpp>
 
+#include "automation/class_builder.hpp"
 #include "dispatch_client.hpp"
-#include "frame/class_builder.hpp"
 #include "platform/win32/automation/com_object.hpp"
 
 // Every type in every form in which clients pass arguments, to an object with one member for each.

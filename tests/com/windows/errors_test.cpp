@@ -1,7 +1,7 @@
 #include <new>
 #include <stdexcept>
 
-#include <kaputil/frame/error.hpp>
+#include <kaputil/automation/error.hpp>
 
 #include "com/server/class_factory.hpp"
 #include "dispatch_client.hpp"

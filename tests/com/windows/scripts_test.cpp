@@ -5,8 +5,8 @@
 
 #include <kaputil/catalogue/create_object.hpp>
 
+#include "automation/class_builder.hpp"
 #include "com/served_classes.hpp"
-#include "frame/class_builder.hpp"
 #include "platform/win32/automation/com_object.hpp"
 #include "script_engine.hpp"
 

@@ -2,7 +2,7 @@
 
 #include <ocidl.h>
 
-#include <kaputil/frame/convert.hpp>
+#include <kaputil/automation/convert.hpp>
 
 #include "com/type_libraries.hpp"
 #include "dispatch_client.hpp"

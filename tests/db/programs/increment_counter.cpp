@@ -10,10 +10,10 @@
 #include <string>
 
 #include <kaputil/ado/connection.hpp>
-#include <kaputil/ado/error_numbers.hpp>
+#include <kaputil/automation/convert.hpp>
+#include <kaputil/automation/error.hpp>
+#include <kaputil/data/error_numbers.hpp>
 #include <kaputil/db/records.hpp>
-#include <kaputil/frame/convert.hpp>
-#include <kaputil/frame/error.hpp>
 
 namespace {
 

@@ -7,7 +7,7 @@
 #include <iostream>
 #include <string>
 
-#include <kaputil/frame/plain_text.hpp>
+#include <kaputil/automation/plain_text.hpp>
 #include <kaputil/host/services.hpp>
 
 int main(int argc, char** argv) {

@@ -14,7 +14,7 @@
 #include <string>
 
 #include <kaputil/ado/connection.hpp>
-#include <kaputil/frame/convert.hpp>
+#include <kaputil/automation/convert.hpp>
 #include <kaputil/numbering/document_numbers.hpp>
 
 namespace {

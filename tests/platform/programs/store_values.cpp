@@ -8,7 +8,7 @@
 #include <iostream>
 #include <string>
 
-#include <kaputil/frame/plain_text.hpp>
+#include <kaputil/automation/plain_text.hpp>
 #include <kaputil/platform/profile_file.hpp>
 #include <kaputil/platform/registry.hpp>
 

@@ -3,8 +3,8 @@
 #include <memory>
 #include <new>
 
-#include <kaputil/frame/error.hpp>
-#include <kaputil/frame/nesting.hpp>
+#include <kaputil/automation/error.hpp>
+#include <kaputil/automation/nesting.hpp>
 
 #include "platform/win32/automation/values.hpp"
 

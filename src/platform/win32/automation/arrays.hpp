@@ -4,7 +4,7 @@
 
 #include <oleauto.h>
 
-#include <kaputil/frame/array.hpp>
+#include <kaputil/automation/array.hpp>
 
 namespace kap::platform::automation {
 

@@ -2,9 +2,9 @@
 
 #include <optional>
 
-#include <kaputil/frame/error.hpp>
+#include <kaputil/automation/error.hpp>
 
-#include "frame/same_value.hpp"
+#include "automation/same_value.hpp"
 #include "platform/win32/automation/values.hpp"
 
 namespace kap::platform::automation {

@@ -7,8 +7,8 @@
 #include <cstddef>
 #include <vector>
 
-#include <kaputil/frame/class_description.hpp>
-#include <kaputil/frame/variant.hpp>
+#include <kaputil/automation/class_description.hpp>
+#include <kaputil/automation/variant.hpp>
 
 #include "platform/win32/automation/few.hpp"
 

@@ -7,7 +7,7 @@
 #include <exception>
 #include <new>
 
-#include <kaputil/frame/error.hpp>
+#include <kaputil/automation/error.hpp>
 
 #include "platform/win32/wide.hpp"
 

@@ -5,8 +5,8 @@
 #include <cstdlib>
 #include <string>
 
-#include <kaputil/frame/error.hpp>
-#include <kaputil/frame/locale.hpp>
+#include <kaputil/automation/error.hpp>
+#include <kaputil/automation/locale.hpp>
 
 #include "platform/win32/wide.hpp"
 

@@ -3,10 +3,10 @@
 #include <deque>
 #include <vector>
 
-#include <kaputil/frame/class_description.hpp>
-#include <kaputil/frame/error.hpp>
+#include <kaputil/automation/class_description.hpp>
+#include <kaputil/automation/error.hpp>
 
-#include "frame/same_value.hpp"
+#include "automation/same_value.hpp"
 #include "platform/win32/automation/call_errors.hpp"
 #include "platform/win32/automation/object_dispatch.hpp"
 #include "platform/win32/automation/values.hpp"

@@ -9,8 +9,8 @@
 #include <string>
 #include <unordered_map>
 
-#include <kaputil/frame/object.hpp>
-#include <kaputil/frame/ref.hpp>
+#include <kaputil/automation/object.hpp>
+#include <kaputil/automation/ref.hpp>
 
 #include "platform/win32/automation/interface_pointer.hpp"
 

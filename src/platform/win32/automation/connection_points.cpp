@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-#include <kaputil/frame/error.hpp>
+#include <kaputil/automation/error.hpp>
 
 #include "platform/win32/automation/call_errors.hpp"
 #include "platform/win32/automation/com_object.hpp"

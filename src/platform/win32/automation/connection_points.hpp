@@ -4,9 +4,9 @@
 
 #include <ocidl.h>
 
-#include <kaputil/frame/event_source.hpp>
-#include <kaputil/frame/object.hpp>
-#include <kaputil/frame/ref.hpp>
+#include <kaputil/automation/event_source.hpp>
+#include <kaputil/automation/object.hpp>
+#include <kaputil/automation/ref.hpp>
 
 // The events of an object as the system's clients connect to them (`WithEvents`).
 namespace kap::platform::automation {

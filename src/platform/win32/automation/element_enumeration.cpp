@@ -4,7 +4,7 @@
 #include <memory>
 #include <new>
 
-#include <kaputil/frame/error.hpp>
+#include <kaputil/automation/error.hpp>
 
 #include "platform/win32/automation/call_errors.hpp"
 #include "platform/win32/automation/values.hpp"

@@ -6,7 +6,7 @@
 
 #include <vector>
 
-#include <kaputil/frame/variant.hpp>
+#include <kaputil/automation/variant.hpp>
 
 namespace kap::platform::automation {
 

@@ -4,7 +4,7 @@
 
 #include <oleauto.h>
 
-#include <kaputil/frame/class_description.hpp>
+#include <kaputil/automation/class_description.hpp>
 
 #include "platform/win32/automation/interface_pointer.hpp"
 

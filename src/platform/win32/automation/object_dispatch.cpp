@@ -7,9 +7,9 @@
 
 #include <ocidl.h>
 
-#include <kaputil/frame/error.hpp>
+#include <kaputil/automation/error.hpp>
 
-#include "frame/unicode.hpp"
+#include "base/unicode.hpp"
 #include "platform/win32/automation/call_arguments.hpp"
 #include "platform/win32/automation/call_errors.hpp"
 #include "platform/win32/automation/client_locale.hpp"

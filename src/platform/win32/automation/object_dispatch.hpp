@@ -4,9 +4,9 @@
 
 #include <oleauto.h>
 
-#include <kaputil/frame/class_description.hpp>
-#include <kaputil/frame/object.hpp>
-#include <kaputil/frame/ref.hpp>
+#include <kaputil/automation/class_description.hpp>
+#include <kaputil/automation/object.hpp>
+#include <kaputil/automation/ref.hpp>
 
 // The library's objects as the system's component model sees them.
 namespace kap::platform::automation {

@@ -3,9 +3,9 @@
 #include <limits>
 #include <new>
 
-#include <kaputil/frame/array.hpp>
-#include <kaputil/frame/convert.hpp>
-#include <kaputil/frame/error.hpp>
+#include <kaputil/automation/array.hpp>
+#include <kaputil/automation/convert.hpp>
+#include <kaputil/automation/error.hpp>
 
 #include "platform/win32/automation/arrays.hpp"
 #include "platform/win32/automation/com_object.hpp"

@@ -4,7 +4,7 @@
 
 #include <oleauto.h>
 
-#include <kaputil/frame/variant.hpp>
+#include <kaputil/automation/variant.hpp>
 
 // Values across the border between the library and the system's automation.
 namespace kap::platform::automation {

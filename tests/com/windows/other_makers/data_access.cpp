@@ -4,10 +4,10 @@
 #include <string_view>
 
 #include <kaputil/ado/connection.hpp>
-#include <kaputil/frame/class_description.hpp>
-#include <kaputil/frame/convert.hpp>
-#include <kaputil/frame/error.hpp>
-#include <kaputil/frame/variant.hpp>
+#include <kaputil/automation/class_description.hpp>
+#include <kaputil/automation/convert.hpp>
+#include <kaputil/automation/error.hpp>
+#include <kaputil/automation/variant.hpp>
 
 namespace kap::test {
 namespace {

@@ -1,7 +1,7 @@
 #pragma once
 
-#include <kaputil/frame/object.hpp>
-#include <kaputil/frame/ref.hpp>
+#include <kaputil/automation/object.hpp>
+#include <kaputil/automation/ref.hpp>
 
 namespace kap::test {
 

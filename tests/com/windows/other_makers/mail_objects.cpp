@@ -6,12 +6,12 @@
 #include <utility>
 #include <vector>
 
-#include <kaputil/frame/class_description.hpp>
-#include <kaputil/frame/convert.hpp>
-#include <kaputil/frame/error.hpp>
+#include <kaputil/automation/class_description.hpp>
+#include <kaputil/automation/convert.hpp>
+#include <kaputil/automation/error.hpp>
 
-#include "frame/late_bound.hpp"
-#include "frame/unicode.hpp"
+#include "automation/late_bound.hpp"
+#include "base/unicode.hpp"
 
 namespace kap::test {
 namespace {

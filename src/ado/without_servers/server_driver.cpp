@@ -1,9 +1,0 @@
-#include "ado/server_driver.hpp"
-
-namespace kap::ado {
-
-const Driver* serverDriver(const ConnectionString& /*keys*/) {
-    return nullptr;
-}
-
-}  // namespace kap::ado

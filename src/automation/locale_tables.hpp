@@ -1,0 +1,13 @@
+#pragma once
+
+#include <span>
+
+#include <kaputil/automation/locale.hpp>
+
+namespace kap {
+
+// Every locale that the library knows; the first is the one of the house's users, and the first of
+// a language stands for the language.
+[[nodiscard]] std::span<const Locale> knownLocales() noexcept;
+
+}  // namespace kap

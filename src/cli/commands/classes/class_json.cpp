@@ -1,0 +1,120 @@
+#include "cli/commands/classes/class_json.hpp"
+
+#include "cli/commands/classes/member_text.hpp"
+#include "cli/output/value_text.hpp"
+
+namespace kap::cli {
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+Json orNull(const std::string& text) {
+    return text.empty() ? Json() : Json(text);
+}
+
+Json libraryJson() {
+    const LibraryDescription& about = library();
+    return {{"name", about.name.utf8()},
+            {"description", about.description.utf8()},
+            {"typeLibrary",
+             {{"id", about.typeLibraryId.utf8()}, {"version", about.typeLibraryVersion.utf8()}}},
+            {"module", about.moduleName.utf8()},
+            {"fileVersion", about.fileVersion.utf8()},
+            {"fileVersionText", about.fileVersionText.utf8()}};
+}
+
+// What is told of a class wherever it is named.
+Json headOf(const ShownClass& shown) {
+    return {{"name", shown.name},
+            {"programmaticName", shown.programmaticName},
+            {"classId", shown.classId},
+            {"interface", {{"name", shown.interfaceName}, {"id", shown.interfaceId}}},
+            {"instancing", instancingText(shown.instancing)},
+            {"defaultMember", orNull(shown.defaultMember)},
+            {"summary", shown.summary}};
+}
+
+Json listed(const ShownClass& shown) {
+    Json json = headOf(shown);
+    json["members"] = shown.members->members.size();
+    return json;
+}
+
+Json parameterJson(const ParameterDescription& parameter) {
+    Json json = {{"name", parameter.name.utf8()},
+                 {"type", typeName(parameter.type)},
+                 {"passing", parameter.byReference ? "ByRef" : "ByVal"},
+                 {"optional", parameter.defaultValue.has_value()}};
+    if (parameter.defaultValue) {
+        json["default"] = jsonValue(*parameter.defaultValue);
+    }
+    return json;
+}
+
+Json describe(const MemberDescription& member) {
+    Json parameters = Json::array();
+    for (const ParameterDescription& parameter : member.parameters) {
+        parameters.push_back(parameterJson(parameter));
+    }
+    const bool property = member.kind == MemberKind::Property;
+    const char* kind = member.kind == MemberKind::Method ? "method" : "field";
+    return {{"name", member.name.utf8()},
+            {"kind", property ? "property" : kind},
+            {"access", accessOf(member)},
+            {"dispatchId", member.dispatchId},
+            {"default", member.dispatchId == kDefaultMember},
+            {"parameters", std::move(parameters)},
+            {"result", member.result == VarType::Empty ? Json() : Json(typeName(member.result))},
+            {"summary", member.summary.utf8()},
+            {"errors", orNull(member.errors.utf8())}};
+}
+
+}  // namespace
+
+Json catalogueJson() {
+    Json classes = Json::array();
+    for (const ShownClass& shown : libraryClasses()) {
+        classes.push_back(listed(shown));
+    }
+    Json enumerations = Json::array();
+    for (const EnumerationDescription& enumeration : publishedEnumerations()) {
+        enumerations.push_back(enumerationJson(enumeration));
+    }
+    Json platform = Json::array();
+    for (const ShownClass& shown : platformClassList()) {
+        platform.push_back(listed(shown));
+    }
+    return {{"library", libraryJson()},
+            {"classes", std::move(classes)},
+            {"enumerations", std::move(enumerations)},
+            {"platform", std::move(platform)}};
+}
+
+Json classJson(const ShownClass& shown) {
+    Json json = headOf(shown);
+    json["members"] = Json::array();
+    for (const MemberDescription& member : shown.members->members) {
+        json["members"].push_back(describe(member));
+    }
+    return json;
+}
+
+Json memberJson(const ShownClass& shown, const MemberDescription& member) {
+    Json json = {{"class", shown.programmaticName}};
+    json.update(describe(member));
+    return json;
+}
+
+Json enumerationJson(const EnumerationDescription& enumeration) {
+    Json values = Json::array();
+    for (const auto& value : enumeration.values) {
+        values.push_back({{"name", value.name.utf8()},
+                          {"value", value.value},
+                          {"summary", value.summary.utf8()}});
+    }
+    return {{"name", enumeration.name.utf8()},
+            {"summary", enumeration.summary.utf8()},
+            {"values", std::move(values)}};
+}
+
+}  // namespace kap::cli

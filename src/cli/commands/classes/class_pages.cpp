@@ -1,0 +1,219 @@
+#include "cli/commands/classes/class_pages.hpp"
+
+#include <algorithm>
+#include <ostream>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <kaputil/automation/plain_text.hpp>
+
+#include "cli/commands/classes/member_text.hpp"
+#include "cli/output/shown_text.hpp"
+#include "cli/output/wrapped_text.hpp"
+
+namespace kap::cli {
+namespace {
+
+constexpr std::size_t kIndent = 2;
+constexpr std::size_t kTextIndent = 6;
+constexpr std::size_t kParameterIndent = 10;
+
+// A table without rules: a bold line of titles, then the cells in columns; the last one of a row is
+// a text that goes on below itself where the screen ends.
+class Listing {
+public:
+    explicit Listing(std::vector<std::string> titles) { rows_.push_back(std::move(titles)); }
+
+    void add(std::vector<std::string> cells) { rows_.push_back(std::move(cells)); }
+
+    // Column `right` holds numbers, which stand at its right.
+    void print(std::ostream& out, const Terminal& terminal, std::size_t right) const {
+        const std::vector<std::size_t> widths = measure();
+        printTitles(out, terminal, widths, right);
+        for (std::size_t i = 1; i < rows_.size(); ++i) {
+            const auto& [line, used] = laidOut(rows_[i], widths, right);
+            out << line << wrappedBehind(rows_[i].back(), used, terminal.width());
+        }
+    }
+
+private:
+    void printTitles(std::ostream& out, const Terminal& terminal,
+                     const std::vector<std::size_t>& widths, std::size_t right) const {
+        const std::string line = laidOut(rows_.front(), widths, right).first;
+        out << terminal.styled(Style::Bold, line + rows_.front().back()) << '\n';
+    }
+
+    // The cells up to the last one, and how many columns they take.
+    static std::pair<std::string, std::size_t> laidOut(const std::vector<std::string>& row,
+                                                       const std::vector<std::size_t>& widths,
+                                                       std::size_t right) {
+        std::string line;
+        std::size_t used = 0;
+        for (std::size_t i = 0; i + 1 < row.size(); ++i) {
+            line += i == right ? rightAligned(row[i], widths[i]) : padded(row[i], widths[i]);
+            line += std::string(kIndent, ' ');
+            used += widths[i] + kIndent;
+        }
+        return {std::move(line), used};
+    }
+
+    [[nodiscard]] std::vector<std::size_t> measure() const {
+        std::vector<std::size_t> widths(rows_.front().size());
+        for (const std::vector<std::string>& row : rows_) {
+            for (std::size_t i = 0; i < row.size(); ++i) {
+                widths[i] = std::max(widths[i], columnsOf(row[i]));
+            }
+        }
+        return widths;
+    }
+
+    std::vector<std::vector<std::string>> rows_;
+};
+
+std::string memberCount(const ShownClass& shown) {
+    return plain::text(shown.members->members.size());
+}
+
+void printLibrary(std::ostream& out, const Terminal& terminal) {
+    const LibraryDescription& about = library();
+    out << terminal.styled(Style::Bold, about.name.utf8()) << "  " << about.description.utf8()
+        << ", version " << about.fileVersionText.utf8() << '\n'
+        << "type library " << about.typeLibraryId.utf8() << ", version "
+        << about.typeLibraryVersion.utf8() << "; module " << about.moduleName.utf8() << "\n\n";
+}
+
+void printClasses(std::ostream& out, const std::vector<ShownClass>& classes,
+                  const Terminal& terminal) {
+    constexpr std::size_t kMembersColumn = 3;
+    Listing listing({"Class", "Instancing", "Default", "Members", "What it is"});
+    for (const ShownClass& shown : classes) {
+        listing.add(
+            {shown.name,
+             shown.instancing == Instancing::Global ? "global" : instancingText(shown.instancing),
+             shown.defaultMember.empty() ? "-" : shown.defaultMember, memberCount(shown),
+             shown.summary});
+    }
+    listing.print(out, terminal, kMembersColumn);
+}
+
+void printPlatform(std::ostream& out, const Terminal& terminal) {
+    constexpr std::size_t kMembersColumn = 1;
+    Listing listing({"Also made by name", "Members", "What it is"});
+    for (const ShownClass& shown : platformClassList()) {
+        listing.add({shown.programmaticName, memberCount(shown), shown.summary});
+    }
+    listing.print(out, terminal, kMembersColumn);
+}
+
+void printFact(std::ostream& out, const Terminal& terminal, const std::string& name,
+               const std::string& fact) {
+    constexpr std::size_t kNameColumns = 16;
+    out << std::string(kIndent, ' ') << terminal.styled(Style::Dim, padded(name, kNameColumns))
+        << fact << '\n';
+}
+
+void printFacts(std::ostream& out, const ShownClass& shown, const Terminal& terminal) {
+    if (!shown.classId.empty()) {  // of the platform's classes only their names are known
+        printFact(out, terminal, "Identity", shown.classId);
+        printFact(out, terminal, "Interface", shown.interfaceName + "  " + shown.interfaceId);
+    }
+    printFact(out, terminal, "Instancing", instancingText(shown.instancing));
+    printFact(out, terminal, "Default member",
+              shown.defaultMember.empty() ? "none" : shown.defaultMember);
+}
+
+// On one line where it fits, otherwise with a line for each parameter.
+void printSignature(std::ostream& out, const MemberDescription& member, const Terminal& terminal) {
+    const std::string kind = kindText(member) + " ";
+    const std::string name = member.name.utf8();
+    std::string oneLine;
+    std::string manyLines;
+    for (const ParameterDescription& parameter : member.parameters) {
+        const std::string text = shownText(parameterText(parameter));
+        oneLine += (oneLine.empty() ? "" : ", ") + text;
+        manyLines += (manyLines.empty() ? "\n" : ",\n") + std::string(kParameterIndent, ' ') + text;
+    }
+    const std::string result = resultText(member);
+    const std::size_t columns = kIndent + columnsOf(kind + name + "(" + oneLine + ")" + result);
+    const bool fits = terminal.width() == 0 || columns <= terminal.width();
+    std::string parameters = "(" + (fits ? oneLine : manyLines) + ")";
+    if (member.parameters.empty() && member.kind != MemberKind::Method) {
+        parameters.clear();  // read and assigned without parentheses
+    }
+    out << std::string(kIndent, ' ') << terminal.styled(Style::Dim, kind)
+        << terminal.styled(Style::Bold, name) << parameters << result << '\n';
+}
+
+void printText(std::ostream& out, const Terminal& terminal, const std::string& text) {
+    if (!text.empty()) {
+        out << wrapped(shownText(text), kTextIndent, terminal.width());
+    }
+}
+
+void printMemberBody(std::ostream& out, const MemberDescription& member, const Terminal& terminal) {
+    printSignature(out, member, terminal);
+    printText(out, terminal, member.summary.utf8());
+    const String& errors = member.errors;
+    printText(out, terminal, errors.empty() ? std::string() : "Errors: " + errors.utf8());
+    const bool isDefault = member.dispatchId == kDefaultMember;
+    out << std::string(kTextIndent, ' ')
+        << terminal.styled(Style::Dim, "Identifier " + hexText(member.dispatchId) +
+                                           (isDefault ? ", the default member" : ""))
+        << '\n';
+}
+
+}  // namespace
+
+void printCatalogue(std::ostream& out, const Terminal& terminal) {
+    printLibrary(out, terminal);
+    printClasses(out, libraryClasses(), terminal);
+    for (const EnumerationDescription& enumeration : publishedEnumerations()) {
+        out << '\n';
+        printEnumeration(out, enumeration, terminal);
+    }
+    out << '\n';
+    printPlatform(out, terminal);
+    out << '\n'
+        << wrapped(
+               "\"kaputil classes NAME\" shows a class, \"kaputil classes NAME.MEMBER\" one "
+               "member of it.",
+               0, terminal.width());
+}
+
+void printClass(std::ostream& out, const ShownClass& shown, const Terminal& terminal) {
+    out << terminal.styled(Style::Bold, shown.programmaticName) << '\n';
+    if (!shown.summary.empty()) {
+        out << wrapped(shown.summary, 0, terminal.width());
+    }
+    out << '\n';
+    printFacts(out, shown, terminal);
+    out << '\n';
+    if (shown.members->members.empty()) {
+        out << "It has no members.\n";
+        return;
+    }
+    out << terminal.styled(Style::Bold, "Members") << '\n';
+    for (const MemberDescription& member : shown.members->members) {
+        out << '\n';
+        printMemberBody(out, member, terminal);
+    }
+}
+
+void printMember(std::ostream& out, const ShownClass& shown, const MemberDescription& member,
+                 const Terminal& terminal) {
+    out << terminal.styled(Style::Bold, shown.programmaticName + "." + member.name.utf8()) << '\n';
+    printMemberBody(out, member, terminal);
+}
+
+void printEnumeration(std::ostream& out, const EnumerationDescription& enumeration,
+                      const Terminal& terminal) {
+    constexpr std::size_t kValueColumn = 1;
+    Listing listing({enumeration.name.utf8(), "Value", "Meaning"});
+    for (const auto& value : enumeration.values) {
+        listing.add({value.name.utf8(), plain::text(value.value), value.summary.utf8()});
+    }
+    listing.print(out, terminal, kValueColumn);
+}
+
+}  // namespace kap::cli

@@ -1,0 +1,130 @@
+#include "cli/commands/classes/classes_command.hpp"
+
+#include <iostream>
+#include <string_view>
+#include <vector>
+
+#include <nlohmann/json.hpp>
+
+#include "cli/commands/classes/class_json.hpp"
+#include "cli/commands/classes/class_lookup.hpp"
+#include "cli/commands/classes/class_pages.hpp"
+#include "cli/output/exit_codes.hpp"
+#include "cli/names.hpp"
+#include "cli/output/terminal.hpp"
+#include "cli/output/usage_error.hpp"
+
+namespace kap::cli {
+namespace {
+
+// What a name on the command line stands for: one of the first three, a member with its class.
+struct Named {
+    const ShownClass* shown = nullptr;
+    const MemberDescription* member = nullptr;
+    const EnumerationDescription* enumeration = nullptr;
+};
+
+std::vector<std::string> allNames() {
+    std::vector<std::string> names = classNames();
+    for (std::string& name : enumerationNames()) {
+        names.push_back(std::move(name));
+    }
+    return names;
+}
+
+[[noreturn]] void refuseMember(const ShownClass& shown, const std::string& member) {
+    throw UsageError(shown.name + " has no member " + member +
+                     suggestion(member, memberNames(shown)));
+}
+
+Named lookUp(const std::string& name) {
+    Named named;
+    named.shown = findClass(name);
+    named.enumeration = findEnumeration(name);
+    if (named.shown != nullptr || named.enumeration != nullptr) {
+        return named;
+    }
+    const std::size_t point = name.rfind('.');
+    if (point != std::string::npos) {
+        named.shown = findClass(name.substr(0, point));
+    }
+    if (named.shown == nullptr) {
+        throw UsageError("there is no class " + name + suggestion(name, allNames()));
+    }
+    const std::string member = name.substr(point + 1);
+    named.member = findMember(*named.shown, member);
+    if (named.member == nullptr) {
+        refuseMember(*named.shown, member);
+    }
+    return named;
+}
+
+void printNames(const std::vector<std::string>& names) {
+    for (const std::string& name : names) {
+        std::cout << name << '\n';
+    }
+}
+
+void printNamesBelow(const Named& named) {
+    if (named.member != nullptr) {
+        for (const ParameterDescription& parameter : named.member->parameters) {
+            std::cout << parameter.name.utf8() << '\n';
+        }
+    } else if (named.enumeration != nullptr) {
+        for (const auto& value : named.enumeration->values) {
+            std::cout << value.name.utf8() << '\n';
+        }
+    } else {
+        printNames(memberNames(*named.shown));
+    }
+}
+
+void printPageAsJson(const Named& named) {
+    if (named.member != nullptr) {
+        std::cout << memberJson(*named.shown, *named.member).dump(2) << '\n';
+    } else if (named.enumeration != nullptr) {
+        std::cout << enumerationJson(*named.enumeration).dump(2) << '\n';
+    } else {
+        std::cout << classJson(*named.shown).dump(2) << '\n';
+    }
+}
+
+void print(const Named& named, const Terminal& terminal) {
+    if (named.member != nullptr) {
+        printMember(std::cout, *named.shown, *named.member, terminal);
+    } else if (named.enumeration != nullptr) {
+        printEnumeration(std::cout, *named.enumeration, terminal);
+    } else {
+        printClass(std::cout, *named.shown, terminal);
+    }
+}
+
+void printTable(const ClassesCommand& options) {
+    if (options.names) {
+        printNames(classNames());
+    } else if (options.json) {
+        std::cout << catalogueJson().dump(2) << '\n';
+    } else {
+        printCatalogue(std::cout, Terminal::ofStandardOutput());
+    }
+}
+
+}  // namespace
+
+int ClassesCommand::run() const {
+    if (name.empty()) {
+        printTable(*this);
+        return kSuccess;
+    }
+    const Named named = lookUp(name);
+    if (names) {
+        printNamesBelow(named);
+    } else if (json) {
+        printPageAsJson(named);
+    } else {
+        print(named, Terminal::ofStandardOutput());
+    }
+    return kSuccess;
+}
+
+}  // namespace kap::cli

@@ -1,0 +1,77 @@
+#include "cli/commands/classes/member_text.hpp"
+
+#include "cli/output/value_text.hpp"
+
+namespace kap::cli {
+
+std::vector<std::string> accessOf(const MemberDescription& member) {
+    std::vector<std::string> access;
+    if (member.get != nullptr) {
+        access.emplace_back("get");
+    }
+    if (member.let != nullptr) {
+        access.emplace_back("let");
+    }
+    if (member.set != nullptr) {
+        access.emplace_back("set");
+    }
+    return access;
+}
+
+std::string kindText(const MemberDescription& member) {
+    if (member.kind == MemberKind::Method) {
+        return member.result == VarType::Empty ? "Sub" : "Function";
+    }
+    if (member.kind == MemberKind::Field) {
+        return "Field";
+    }
+    std::string kind = "Property ";
+    for (std::string& way : accessOf(member)) {
+        way.front() = static_cast<char>(way.front() - 'a' + 'A');
+        kind += (kind.back() == ' ' ? "" : "/") + way;
+    }
+    return kind;
+}
+
+std::string parameterText(const ParameterDescription& parameter) {
+    std::string text = parameter.defaultValue ? "Optional " : "";
+    text += parameter.byReference ? "ByRef " : "ByVal ";
+    text += parameter.name.utf8() + " As " + std::string(typeName(parameter.type));
+    if (parameter.defaultValue && !parameter.defaultValue->isMissing()) {
+        text += " = " + literalText(*parameter.defaultValue);
+    }
+    return text;
+}
+
+std::string resultText(const MemberDescription& member) {
+    if (member.result == VarType::Empty) {
+        return {};
+    }
+    return " As " + std::string(typeName(member.result));
+}
+
+std::string hexText(std::int32_t identifier) {
+    constexpr const char* kDigits = "0123456789abcdef";
+    constexpr unsigned kBits = 32;
+    constexpr unsigned kBitsOfADigit = 4;
+    std::string text = "0x";
+    for (unsigned shift = kBits; shift > 0; shift -= kBitsOfADigit) {
+        const auto number = static_cast<std::uint32_t>(identifier);
+        text.push_back(kDigits[(number >> (shift - kBitsOfADigit)) & 0xFU]);
+    }
+    return text;
+}
+
+std::string instancingText(Instancing instancing) {
+    switch (instancing) {
+        case Instancing::Creatable:
+            return "creatable";
+        case Instancing::Global:
+            return "global, creatable";
+        case Instancing::NotCreatable:
+            return "not creatable";
+    }
+    return {};
+}
+
+}  // namespace kap::cli

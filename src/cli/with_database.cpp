@@ -1,0 +1,32 @@
+#include "cli/with_database.hpp"
+
+#include <iostream>
+
+#include <kaputil/automation/error.hpp>
+
+#include "cli/output/exit_codes.hpp"
+#include "cli/output/failure_report.hpp"
+
+namespace kap::cli {
+int withDatabase(const std::string& connectionString, Access access, bool json,
+                 const std::function<int(ado::Connection&)>& work) {
+    const auto connection = make<ado::Connection>();
+    connection->setCursorLocation(ado::CursorLocationEnum::adUseClient);
+    if (access == Access::Reading) {
+        connection->setMode(ado::ConnectModeEnum::adModeRead);
+    }
+    try {
+        connection->Open(connectionString);
+    } catch (const AutomationError& error) {
+        reportFailures(failuresOf(*connection, error), json);
+        return kNoDatabase;
+    }
+    try {
+        return work(*connection);
+    } catch (const AutomationError& error) {
+        reportFailures(failuresOf(*connection, error), json);
+        return kFailed;
+    }
+}
+
+}  // namespace kap::cli

@@ -1,0 +1,108 @@
+#include "data/column_store.hpp"
+
+#include <algorithm>
+#include <bit>
+
+namespace kap::ado {
+namespace {
+
+// Of the length in front of an entry's bytes.
+constexpr std::size_t kMostLengthBytes = 10;
+
+// Twice as much each time, as appending itself would.
+template <class Values>
+void growBy(Values& values, std::size_t count) {
+    if (values.capacity() - values.size() < count) {
+        values.reserve(std::max(2 * values.capacity(), values.size() + count));
+    }
+}
+
+}  // namespace
+
+void ColumnStore::makeRoom(std::size_t rows, std::size_t bytes) {
+    growBy(words_, rows);
+    growBy(cells_, rows);
+    if (bytes > 0) {
+        growBy(arena_, bytes + kMostLengthBytes);
+    }
+}
+
+void ColumnStore::reserve(std::size_t rows) {
+    words_.reserve(rows);
+    cells_.reserve(rows);
+}
+
+std::string_view ColumnStore::bytes(std::size_t row) const noexcept {
+    const char* at = arena_.data() + words_[row];
+    std::size_t length = 0;
+    for (unsigned shift = 0;; shift += 7) {
+        const auto part = static_cast<unsigned char>(*at++);
+        length |= static_cast<std::size_t>(part & 0x7FU) << shift;
+        if (part < 0x80) {
+            return {at, length};
+        }
+    }
+}
+
+void ColumnStore::setNull(std::size_t row) {
+    cells_[row] = Cell::Null;
+}
+
+void ColumnStore::setInteger(std::size_t row, std::int64_t value) {
+    words_[row] = static_cast<std::uint64_t>(value);
+    cells_[row] = Cell::Value;
+}
+
+void ColumnStore::setReal(std::size_t row, double value) {
+    words_[row] = std::bit_cast<std::uint64_t>(value);
+    cells_[row] = Cell::Value;
+}
+
+void ColumnStore::setBytes(std::size_t row, std::string_view bytes) {
+    words_[row] = store(bytes);
+    cells_[row] = Cell::Value;
+}
+
+void ColumnStore::replaceNulls() {
+    for (Cell& cell : cells_) {
+        if (cell == Cell::Null) {
+            cell = Cell::ReplacedNull;
+        }
+    }
+}
+
+void ColumnStore::setReplacedNull(std::size_t row) {
+    cells_[row] = Cell::ReplacedNull;
+}
+
+void ColumnStore::truncate(std::size_t rows) {
+    if (rows < size()) {
+        words_.resize(rows);
+        cells_.resize(rows);
+    }
+}
+
+void ColumnStore::shrink() {
+    words_.shrink_to_fit();
+    cells_.shrink_to_fit();
+    arena_.shrink_to_fit();
+}
+
+std::size_t ColumnStore::memory() const noexcept {
+    return words_.capacity() * sizeof(words_[0]) + cells_.capacity() * sizeof(cells_[0]) +
+           arena_.capacity();
+}
+
+std::uint64_t ColumnStore::store(std::string_view bytes) {
+    const std::uint64_t start = arena_.size();
+    std::size_t length = bytes.size();
+    while (length >= 0x80) {
+        arena_.push_back(static_cast<char>((length & 0x7FU) | 0x80U));
+        length >>= 7;
+    }
+    arena_.push_back(static_cast<char>(length));
+    arena_.insert(arena_.end(), bytes.begin(), bytes.end());
+    return start;
+}
+
+}  // namespace kap::ado

@@ -1,0 +1,105 @@
+#include "data/driver.hpp"
+
+#include <algorithm>
+#include <utility>
+
+#include "base/unicode.hpp"
+#include "data/failures.hpp"
+
+namespace kap::ado {
+namespace {
+
+// What a failed call is known by: its first error, or its first message when none is one.
+const ServerMessage& raisedOf(const std::vector<ServerMessage>& messages) {
+    const auto error = std::ranges::find_if(messages, &ServerMessage::isError);
+    return error == messages.end() ? messages.at(0) : *error;
+}
+
+}  // namespace
+
+String displayText(const std::string& utf8) {
+    if (auto text = unicode::utf16(utf8)) {
+        return std::move(*text);
+    }
+    std::string plain = utf8;
+    for (char& letter : plain) {
+        if (static_cast<unsigned char>(letter) >= 0x80) {
+            letter = '?';
+        }
+    }
+    return plain;
+}
+
+Storage storageOf(DataTypeEnum type) noexcept {
+    switch (type) {
+        case DataTypeEnum::adBoolean:
+        case DataTypeEnum::adTinyInt:
+        case DataTypeEnum::adUnsignedTinyInt:
+        case DataTypeEnum::adSmallInt:
+        case DataTypeEnum::adUnsignedSmallInt:
+        case DataTypeEnum::adInteger:
+        case DataTypeEnum::adUnsignedInt:
+        case DataTypeEnum::adBigInt:
+        case DataTypeEnum::adError:
+        case DataTypeEnum::adCurrency:
+        case DataTypeEnum::adDecimal:
+        case DataTypeEnum::adNumeric:
+            return Storage::Integer;
+        case DataTypeEnum::adSingle:
+        case DataTypeEnum::adDouble:
+        case DataTypeEnum::adDate:
+        case DataTypeEnum::adDBDate:
+        case DataTypeEnum::adDBTime:
+        case DataTypeEnum::adDBTimeStamp:
+            return Storage::Real;
+        case DataTypeEnum::adBinary:
+        case DataTypeEnum::adVarBinary:
+        case DataTypeEnum::adLongVarBinary:
+            return Storage::Binary;
+        case DataTypeEnum::adEmpty:
+        case DataTypeEnum::adVariant:
+        case DataTypeEnum::adGUID:
+        case DataTypeEnum::adBSTR:
+        case DataTypeEnum::adChar:
+        case DataTypeEnum::adWChar:
+        case DataTypeEnum::adVarChar:
+        case DataTypeEnum::adVarWChar:
+        case DataTypeEnum::adLongVarChar:
+        case DataTypeEnum::adLongVarWChar:
+            break;
+    }
+    return Storage::Text;
+}
+
+Result Session::schema(SchemaEnum /*kind*/, const SchemaRestrictions& /*wanted*/) {
+    fail::notAvailable(
+        u"Object or provider is not capable of performing requested operation: it does not "
+        u"describe what it holds.");
+}
+
+std::string Session::quotedName(std::string_view name) const {
+    std::string quoted = "[";
+    for (const char letter : name) {
+        quoted += letter == ']' ? "]]" : std::string(1, letter);
+    }
+    return quoted + "]";
+}
+
+DriverError::DriverError(std::vector<ServerMessage> messages, String source)
+    : AutomationError(raisedOf(messages).number, displayText(raisedOf(messages).text),
+                      std::move(source)),
+      messages_(std::move(messages)) {}
+
+DriverError::DriverError(const AutomationError& handled, std::vector<ServerMessage> messages)
+    : AutomationError(handled),
+      messages_(std::move(messages)),
+      handled_(std::current_exception()) {}
+
+void DriverError::raise() const {
+    if (handled_) {
+        std::rethrow_exception(handled_);
+    }
+    throw *this;
+}
+
+}  // namespace kap::ado

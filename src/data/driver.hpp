@@ -1,0 +1,241 @@
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <exception>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <variant>
+#include <vector>
+
+#include <kaputil/automation/error.hpp>
+#include <kaputil/automation/string.hpp>
+#include <kaputil/data/enumerations.hpp>
+
+#include "data/column_store.hpp"
+#include "data/connection_string.hpp"
+
+// What stands between the data-access objects and a database. A driver knows its database; it knows
+// nothing of recordsets, Variants or clients. Texts are UTF-8.
+namespace kap::ado {
+
+// How the cells of a column are kept in its store; it follows from the data type.
+enum class Storage : std::uint8_t {
+    Integer,  // whole numbers, Boolean (0 or 1), Currency (times 10^4), decimals (times 10^scale)
+    Real,     // Single, Double, and dates as linear days from 30 December 1899
+    Text,     // UTF-8
+    Binary,
+};
+[[nodiscard]] Storage storageOf(DataTypeEnum type) noexcept;
+
+// Everything that a result tells about one of its columns.
+struct ColumnInfo {
+    std::string name;
+    DataTypeEnum type = DataTypeEnum::adEmpty;
+    std::int32_t definedSize = 0;
+    std::uint8_t precision = 255;
+    std::uint8_t numericScale = 255;  // decimals: also the scale of the stored whole number
+    bool nullable = true;
+    bool fixedLength = false;
+    bool isLong = false;  // text, ntext, image
+    // The base column behind it; empty for an expression.
+    std::string baseTable;
+    std::string baseColumn;
+    bool key = false;  // part of the base table's primary key, and the result has all parts
+    bool identity = false;
+    bool rowVersion = false;
+    bool generated = false;  // computed by the database from other columns of the row
+    // A decimal of more digits than a word holds: kept as its plain text, without zeros at its end.
+    bool wideDecimal = false;
+    // Of a column made by hand: the bits of FieldAttributeEnum that its maker gave it.
+    std::optional<std::int32_t> givenAttributes = {};
+
+    [[nodiscard]] bool writable() const noexcept {
+        return !baseColumn.empty() && !identity && !rowVersion && !generated;
+    }
+};
+
+// The rows of a result that the database still has to send.
+class RowSource {
+public:
+    RowSource() = default;
+    RowSource(const RowSource&) = delete;
+    RowSource& operator=(const RowSource&) = delete;
+    virtual ~RowSource() = default;
+
+    // Appends all that is left to the stores. Raises DriverError when the connection fails
+    // meanwhile; what came till then may have been appended, to every store alike.
+    virtual void fetch(std::vector<ColumnStore>& rows) = 0;
+};
+
+// What one statement of a script answered: rows, or a count of rows written, or neither.
+struct Result {
+    std::vector<ColumnInfo> columns;  // empty: no rows
+    std::vector<ColumnStore> rows;    // one store a column
+    std::optional<std::int64_t> rowsAffected;
+    // Of a driver that answers before every row is there; unset: the rows are all. A result with
+    // any row at all has its first one in the stores.
+    std::shared_ptr<RowSource> rest;
+};
+
+// An error or message of the database itself.
+struct ServerMessage {
+    std::int32_t nativeNumber = 0;  // the server's own
+    std::int32_t number = 0;        // the data-access code that clients compare
+    std::string state;              // SQLSTATE
+    std::string text;
+    std::int32_t line = 0;
+    std::int32_t severity = 16;  // up to kInformation nothing has failed
+
+    static constexpr std::int32_t kInformation = 10;
+    [[nodiscard]] bool isError() const noexcept { return severity > kInformation; }
+};
+
+// A message's text as clients are shown it: it may quote bytes of a damaged file, which must not
+// hide it.
+[[nodiscard]] String displayText(const std::string& utf8);
+
+// Thrown by a driver: every message of the failed call, in the database's order. The first error
+// among them is what the client sees raised.
+class DriverError : public AutomationError {
+public:
+    explicit DriverError(std::vector<ServerMessage> messages, String source = {});
+    // For the exception that is being handled, which somebody else's object has raised: known by
+    // that one's number and description, and it is what the client catches.
+    DriverError(const AutomationError& handled, std::vector<ServerMessage> messages);
+
+    [[nodiscard]] const std::vector<ServerMessage>& messages() const noexcept { return messages_; }
+    // Throws what the client is to catch.
+    [[noreturn]] void raise() const;
+
+private:
+    std::vector<ServerMessage> messages_;
+    std::exception_ptr handled_;
+};
+
+// No cell ever holds it. The standard library takes a variant of nothing but numbers and texts for
+// one that always has a value, and then fails in ending one whose text it had no memory to copy.
+struct NoCell {
+    NoCell() = default;
+    NoCell(const NoCell& /*other*/) noexcept {}
+    NoCell& operator=(const NoCell& /*other*/) noexcept { return *this; }
+    ~NoCell() = default;
+    friend bool operator==(const NoCell&, const NoCell&) noexcept { return true; }
+};
+
+// A value in storage form (see Storage), on its way to the database.
+using CellValue = std::variant<std::monostate, std::int64_t, double, std::string, NoCell>;
+
+struct ColumnValue {
+    std::string column;  // base column
+    DataTypeEnum type = DataTypeEnum::adEmpty;
+    std::uint8_t numericScale = 255;
+    CellValue value;  // monostate is Null
+};
+
+// A typed value that goes with a request, comes back from it, or both.
+struct RequestParameter {
+    std::string name;  // "@name"; empty: known by its place
+    DataTypeEnum type = DataTypeEnum::adVarWChar;
+    std::int32_t size = 0;  // characters of text, bytes of binary; 0: as long as the value
+    std::uint8_t precision = 0;
+    std::uint8_t numericScale = 0;
+    ParameterDirectionEnum direction = ParameterDirectionEnum::adParamInput;
+    CellValue value;  // monostate is Null; replaced when the direction says so
+};
+
+// What is sent to the database at once.
+struct Request {
+    std::string text;        // a script in the dialect, or a name
+    bool procedure = false;  // the text is a procedure's name, and the parameters are its own
+    std::vector<RequestParameter> parameters;  // of the marks "?" in the script, in their order
+    std::chrono::seconds timeout{0};           // 0: no limit
+    bool table = false;  // the text is a table's name, for the connection to make a query of
+};
+
+// What came back.
+struct Reply {
+    std::vector<Result> results;
+    std::vector<ServerMessage> messages;  // what the script printed, and its warnings
+};
+
+// One row to insert, update, delete, or only to read again.
+struct RowChange {
+    enum class Kind : std::uint8_t { Insert, Update, Delete, Read };
+    Kind kind = Kind::Update;
+    std::string table;
+    std::vector<ColumnValue> values;    // what is written (insert, update)
+    std::vector<ColumnValue> criteria;  // what the row must hold, exactly (all but insert)
+    std::vector<std::string> readBack;  // columns to read from the row as it stands afterwards
+    std::vector<std::uint8_t> readBackScales;  // of decimals: the scale that each is wanted in
+};
+
+struct ChangeOutcome {
+    std::int64_t rowsTouched = 0;
+    std::vector<CellValue> readBack;  // of the touched row, when there was exactly one
+};
+
+// Which rows of a schema rowset are wanted: a value for each of the rowset's restriction columns,
+// in their standard order; unset: any.
+using SchemaRestrictions = std::vector<std::optional<std::string>>;
+
+// One open database connection.
+class Session {
+public:
+    Session() = default;
+    Session(const Session&) = delete;
+    Session& operator=(const Session&) = delete;
+    virtual ~Session() = default;
+
+    // Runs a request and appends what each of its statements answered to `reply`. Whether an error
+    // ends a statement, the script or the transaction is the database's affair; when any was
+    // reported, DriverError with all messages is raised at the end. What was answered till then
+    // stands in the reply. Parameters that come back are written into the request.
+    virtual void execute(Request& request, Reply& reply) = 0;
+    // The same for a script without parameters.
+    [[nodiscard]] std::vector<Result> execute(std::string_view script) {
+        Request request;
+        request.text = script;
+        Reply reply;
+        execute(request, reply);
+        return std::move(reply.results);
+    }
+
+    // Writes one row, with its own transaction when none is open. More than one row touched is an
+    // error of the change's criteria: nothing is written.
+    virtual ChangeOutcome apply(const RowChange& change) = 0;
+
+    // Describes what is in the database, gathered with SchemaRows. Raises kFeatureNotAvailable
+    // unless the driver has something to tell.
+    [[nodiscard]] virtual Result schema(SchemaEnum kind, const SchemaRestrictions& wanted);
+
+    // How far the transactions that begin from now on are kept apart. Raises kFeatureNotAvailable
+    // for a level that the database does not have. Unless a driver says otherwise its transactions
+    // see nothing of each other, which is what every level asks for at most.
+    virtual void setIsolation(IsolationLevelEnum /*level*/) {}
+
+    // A table's name as it must stand in a script, whatever it holds.
+    [[nodiscard]] virtual std::string quotedName(std::string_view name) const;
+
+    virtual void begin() = 0;
+    virtual void commit() = 0;
+    // Ends every level; with an open transaction it does not fail.
+    virtual void rollback() = 0;
+    [[nodiscard]] virtual int transactionDepth() const = 0;
+};
+
+// Opens a database; raises when the keys are not the driver's or the database cannot be opened.
+class Driver {
+public:
+    virtual ~Driver() = default;
+    // `timeout` limits how long a server may take, unless the keys say otherwise; 0: no limit.
+    [[nodiscard]] virtual std::unique_ptr<Session> open(
+        const ConnectionString& keys,
+        std::chrono::seconds timeout = std::chrono::seconds(0)) const = 0;
+};
+
+}  // namespace kap::ado

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <string_view>
+
+#include <kaputil/automation/string.hpp>
+
+// The errors that the data-access objects raise of their own, with the texts that clients know.
+namespace kap::ado::fail {
+
+[[noreturn]] void invalidArgument();
+[[noreturn]] void invalidArgument(String description);
+[[noreturn]] void noCurrentRecord();
+[[noreturn]] void deletedRow();
+[[noreturn]] void illegalOperation();
+[[noreturn]] void itemNotFound();
+// A second object of a name that is taken.
+[[noreturn]] void objectInCollection();
+// A field whose recordset has been closed since.
+[[noreturn]] void objectNotValid();
+[[noreturn]] void noTransaction();
+[[noreturn]] void objectClosed();
+[[noreturn]] void objectOpen();
+[[noreturn]] void invalidConnection();
+[[noreturn]] void notUpdatable();
+[[noreturn]] void notAvailable(String description);
+[[noreturn]] void badBookmark();
+// A sink of events did not allow what a recordset or a connection was to do.
+[[noreturn]] void cancelled();
+[[noreturn]] void operationCancelled();
+[[noreturn]] void cannotFetchBackward();
+[[noreturn]] void incompleteParameter();
+[[noreturn]] void wrongType(const String& field);
+[[noreturn]] void doesNotFit(const String& field);
+[[noreturn]] void concurrency();
+[[noreturn]] void rowGone();
+[[noreturn]] void notOneTable();
+
+}  // namespace kap::ado::fail

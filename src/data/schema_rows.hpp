@@ -1,0 +1,37 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "data/driver.hpp"
+
+namespace kap::ado {
+
+// The columns that a schema rowset can be restricted by, in the order of the restrictions. Raises
+// 3251 for a rowset that does not exist.
+[[nodiscard]] const std::vector<std::string>& restrictionColumns(SchemaEnum kind);
+
+// The rows of a schema rowset being gathered by a driver: every driver answers in the same columns.
+class SchemaRows {
+public:
+    SchemaRows(SchemaEnum kind, const SchemaRestrictions& wanted);
+
+    using Cell = std::pair<std::string_view, CellValue>;
+    // Adds a row unless the restrictions exclude it; what is not named is Null. A value has the
+    // storage form of its column.
+    void add(const std::vector<Cell>& cells);
+
+    [[nodiscard]] Result take() { return std::move(result_); }
+
+private:
+    [[nodiscard]] bool isWanted(const std::vector<Cell>& cells) const;
+
+    SchemaEnum kind_;
+    const SchemaRestrictions& wanted_;
+    Result result_;
+};
+
+}  // namespace kap::ado

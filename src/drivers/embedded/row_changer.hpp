@@ -1,0 +1,63 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "base/lru_cache.hpp"
+#include "data/driver.hpp"
+#include "engine/catalog/schema_catalogue.hpp"
+#include "engine/catalog/tables.hpp"
+#include "engine/executor/transactions.hpp"
+#include "engine/script/script_runner.hpp"
+#include "engine/sqlite/connection.hpp"
+
+namespace kap::ado::embedded {
+
+// Inserts, updates, deletes or reads single rows for recordsets, by SQL with parameters.
+//
+// Values go through the same conversions and checks as in the dialect's INSERT and UPDATE; row
+// versions and identities are given out. Criteria are compared exactly: letter case and trailing
+// blanks count, and Null equals Null.
+class RowChanger {
+public:
+    RowChanger(engine::Connection& connection, engine::SchemaCatalogue& catalogue,
+               engine::Transactions& transactions, engine::ScriptRunner& scripts);
+
+    // Raises ServerError for what the database refuses and DriverError when the criteria fit more
+    // than one row; nothing is written then. What the table's triggers report is raised, too;
+    // unless they have rolled it back, the row is written then.
+    [[nodiscard]] ChangeOutcome apply(const RowChange& change);
+
+private:
+    // The SQL of a change and the values of its parameters, in order.
+    struct Command {
+        std::string sql;
+        std::vector<CellValue> values;
+        std::vector<Storage> storages;
+    };
+
+    [[nodiscard]] const engine::Table& tableOf(const RowChange& change) const;
+    [[nodiscard]] ChangeOutcome write(const RowChange& change);
+    [[nodiscard]] ChangeOutcome read(const RowChange& change);
+    [[nodiscard]] ChangeOutcome run(const RowChange& change, Command& command);
+    [[nodiscard]] ChangeOutcome runNamingKeys(const RowChange& change, Command& command);
+    [[nodiscard]] ChangeOutcome writeWithTriggers(const RowChange& change,
+                                                  const engine::Table& table);
+    void readAgain(const RowChange& change, const engine::Table& table, ChangeOutcome& outcome);
+    [[nodiscard]] engine::PreparedStatement& prepared(const std::string& sql);
+
+    [[nodiscard]] static Command commandFor(const RowChange& change, const engine::Table& table,
+                                            const std::string& columns);
+    [[nodiscard]] static Command insertion(const RowChange& change, const engine::Table& table);
+    [[nodiscard]] static Command update(const RowChange& change, const engine::Table& table);
+    static void addCriteria(const RowChange& change, const engine::Table& table, Command& command);
+
+    engine::Connection& connection_;
+    engine::SchemaCatalogue& catalogue_;
+    engine::Transactions& transactions_;
+    engine::ScriptRunner& scripts_;
+    LruCache<engine::PreparedStatement> kept_;
+};
+
+}  // namespace kap::ado::embedded

@@ -1,0 +1,80 @@
+#include "drivers/odbc/abilities.hpp"
+
+#include <array>
+
+#include "base/ascii.hpp"
+#include "base/unicode.hpp"
+
+namespace kap::ado::odbc {
+namespace {
+
+std::string textInfo(SQLHDBC connection, SQLUSMALLINT what) {
+    std::array<char16_t, 256> text{};
+    SQLSMALLINT bytes = 0;
+    constexpr auto kBytes = static_cast<SQLSMALLINT>(sizeof(text));
+    if (!SQL_SUCCEEDED(SQLGetInfoW(connection, what, text.data(), kBytes, &bytes))) {
+        return {};
+    }
+    return unicode::displayUtf8(std::u16string_view(text.data()));
+}
+
+template <class Number>
+Number numberInfo(SQLHDBC connection, SQLUSMALLINT what, Number otherwise) {
+    Number value = otherwise;
+    const SQLRETURN code = SQLGetInfoW(connection, what, &value, sizeof(value), nullptr);
+    return SQL_SUCCEEDED(code) ? value : otherwise;
+}
+
+Abilities::Folding foldingOf(SQLUSMALLINT identifierCase) {
+    switch (identifierCase) {
+        case SQL_IC_LOWER:
+            return Abilities::Folding::Lower;
+        case SQL_IC_UPPER:
+            return Abilities::Folding::Upper;
+        default:
+            return Abilities::Folding::AsWritten;
+    }
+}
+
+}  // namespace
+
+Abilities Abilities::of(SQLHDBC connection) {
+    Abilities made;
+    made.server = &dialectOf(textInfo(connection, SQL_DBMS_NAME));
+    made.quote = textInfo(connection, SQL_IDENTIFIER_QUOTE_CHAR);
+    if (made.quote == " ") {  // the interface's way to say that names cannot be quoted
+        made.quote.clear();
+    }
+    made.folding = foldingOf(numberInfo<SQLUSMALLINT>(connection, SQL_IDENTIFIER_CASE, 0));
+    made.concurrent = numberInfo<SQLUSMALLINT>(connection, SQL_MAX_CONCURRENT_ACTIVITIES, 1) != 1;
+    made.isolationLevels = numberInfo<SQLUINTEGER>(connection, SQL_TXN_ISOLATION_OPTION, 0);
+    constexpr SQLUINTEGER kPieces = SQL_GD_BLOCK | SQL_GD_BOUND | SQL_GD_ANY_ORDER;
+    made.cellPieces =
+        (numberInfo<SQLUINTEGER>(connection, SQL_GETDATA_EXTENSIONS, 0) & kPieces) == kPieces;
+    return made;
+}
+
+std::string Abilities::quoted(std::string_view name) const {
+    if (quote.empty()) {
+        return std::string(name);
+    }
+    std::string made = quote;
+    for (const char letter : name) {
+        made.append(quote.size() == 1 && letter == quote.front() ? 2 : 1, letter);
+    }
+    return made + quote;
+}
+
+std::string Abilities::folded(std::string_view name) const {
+    switch (folding) {
+        case Folding::Lower:
+            return asciiLower(name);
+        case Folding::Upper:
+            return asciiUpper(name);
+        case Folding::AsWritten:
+            break;
+    }
+    return std::string(name);
+}
+
+}  // namespace kap::ado::odbc

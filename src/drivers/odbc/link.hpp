@@ -1,0 +1,88 @@
+#pragma once
+
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "data/driver.hpp"
+#include "drivers/odbc/abilities.hpp"
+#include "drivers/odbc/connect_text.hpp"
+#include "drivers/odbc/handles.hpp"
+#include "drivers/odbc/server_line.hpp"
+#include "drivers/odbc/watchdog.hpp"
+
+namespace kap::ado::odbc {
+
+class PendingRows;
+
+// The connection itself, shared by the session and by the results that are still being read.
+class Link {
+public:
+    // Raises DriverError: kTimeout when there is no connection within the time that the text gives,
+    // kLogin for every other reason.
+    explicit Link(const ConnectText& text);
+    ~Link();
+    Link(const Link&) = delete;
+    Link& operator=(const Link&) = delete;
+
+    [[nodiscard]] SQLHDBC handle() const noexcept { return connection_.get(); }
+    [[nodiscard]] const Abilities& abilities() const noexcept { return abilities_; }
+
+    // How long the server may be silent while the object lives; 0: as long as it likes. A server
+    // that does not answer in time, and not soon after either, is given up: the connection is lost.
+    [[nodiscard]] Watchdog::Limit limit(std::chrono::seconds timeout);
+    // How long it may be silent when something ends whose outcome nobody waits for.
+    [[nodiscard]] Watchdog::Limit endLimit();
+    // The server has answered: it has its time anew.
+    void progress() { watchdog_.progress(); }
+
+    // A new statement. Where the driver has but one result open at a time, what is left of an
+    // earlier one is read first. Raises at once when the connection has been lost.
+    [[nodiscard]] Handle newStatement(std::chrono::seconds timeout);
+    // The same for a statement of this connection that is going to be run again.
+    void renew(const Handle& statement, std::chrono::seconds timeout);
+
+    // Raises what the handle reports when a call has failed.
+    void check(SQLRETURN code, const Handle& handle);
+    // What a failed call reports; remembers when it says that the connection is lost.
+    [[nodiscard]] std::vector<ServerMessage> failure(const Handle& handle);
+
+    [[nodiscard]] bool isLost() const noexcept { return lost_ || watchdog_.hasFired(); }
+
+    // Nothing is to be sent any more: what the server has open, it undoes.
+    void giveUp() noexcept { lost_ = true; }
+
+    void setIsolation(IsolationLevelEnum level);
+    void setAutoCommit(bool on);
+    // Whether what is written lasts only when the transaction ends well.
+    [[nodiscard]] bool inTransaction() const noexcept { return inTransaction_; }
+    void endTransaction(bool commit);
+
+    // The rows that a result still has to read: one that is being read, of this connection.
+    void reading(const std::shared_ptr<PendingRows>& rows);
+    // Ends what is being read: the rows that were not fetched are lost.
+    void endReading();
+
+private:
+    void requireAlive() const;
+    void makeWay();
+    void connect(const ConnectText& text);
+    void exchangeSomething();
+    void tellOfLoss(std::vector<ServerMessage>& messages) const;
+
+    ServerLine line_;
+    Watchdog watchdog_;
+    Handle connection_;
+    Abilities abilities_;
+    bool lost_ = false;
+    bool inTransaction_ = false;
+    // The level that the connection has been given; unset: the server's own.
+    std::optional<SQLULEN> isolation_;
+    bool connected_ = false;
+    std::vector<std::weak_ptr<PendingRows>> reading_;
+};
+
+}  // namespace kap::ado::odbc

@@ -1,0 +1,23 @@
+#pragma once
+
+#include "drivers/odbc/link.hpp"
+
+namespace kap::ado::odbc {
+
+// Statements that change the database together or not at all: in the transaction that is open, or
+// else in one of their own, which is undone unless it is committed.
+class LocalTransaction {
+public:
+    LocalTransaction(Link& link, bool wanted);
+    ~LocalTransaction();
+    LocalTransaction(const LocalTransaction&) = delete;
+    LocalTransaction& operator=(const LocalTransaction&) = delete;
+
+    void commit();
+
+private:
+    Link& link_;
+    bool open_;
+};
+
+}  // namespace kap::ado::odbc

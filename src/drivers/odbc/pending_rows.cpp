@@ -1,0 +1,91 @@
+#include "drivers/odbc/pending_rows.hpp"
+
+#include <utility>
+
+#include <kaputil/data/error_numbers.hpp>
+
+#include "data/cell_value.hpp"
+#include "drivers/odbc/diagnostics.hpp"
+
+namespace kap::ado::odbc {
+namespace {
+
+void appendRow(const ColumnInfo& column, const ColumnStore& from, std::size_t row,
+               ColumnStore& to) {
+    append(to, databaseValue(column, from, row));
+}
+
+}  // namespace
+
+PendingRows::PendingRows(std::shared_ptr<Link> link, Handle statement,
+                         std::vector<ColumnInfo> columns, std::chrono::seconds timeout)
+    : link_(std::move(link)),
+      statement_(std::move(statement)),
+      columns_(std::move(columns)),
+      timeout_(timeout) {
+    reader_.emplace(*link_, statement_, columns_);
+}
+
+bool PendingRows::readBlock(std::vector<ColumnInfo>& columns, std::vector<ColumnStore>& rows) {
+    return reader_->readBlock(columns, rows);
+}
+
+void PendingRows::fetch(std::vector<ColumnStore>& rows) {
+    for (std::size_t column = 0; column < ahead_.size(); ++column) {
+        for (std::size_t row = 0; row < ahead_[column].size(); ++row) {
+            appendRow(columns_[column], ahead_[column], row, rows[column]);
+        }
+    }
+    ahead_.clear();
+    if (failure_) {
+        throw *failure_;
+    }
+    readAll(rows);
+}
+
+void PendingRows::readAhead() {
+    if (reader_ && !failure_) {
+        ahead_.resize(columns_.size());
+        try {
+            readAll(ahead_);
+        } catch (const DriverError&) {
+            return;  // it has been kept for whoever fetches
+        }
+    }
+}
+
+void PendingRows::drop() {
+    release();
+    failure_ = driverError(errors::kObjectClosed, "08003",
+                           "The connection was closed before all rows had been fetched.");
+}
+
+void PendingRows::readAll(std::vector<ColumnStore>& rows) {
+    if (!reader_) {
+        return;
+    }
+    try {
+        const auto limited = link_->limit(timeout_);
+        while (reader_->readBlock(columns_, rows)) {
+        }
+    } catch (const DriverError& error) {
+        failure_ = error;
+        throw;
+    }
+    release();
+}
+
+// The connection ends when nobody needs it any more.
+void PendingRows::release() {
+    if (!link_) {
+        return;
+    }
+    {
+        const auto limited = link_->endLimit();
+        reader_.reset();
+        statement_ = Handle();
+    }
+    link_.reset();
+}
+
+}  // namespace kap::ado::odbc

@@ -1,0 +1,78 @@
+// PostgreSQL.
+#include "base/ascii.hpp"
+#include "drivers/odbc/server_dialect.hpp"
+#include "drivers/odbc/table_facts.hpp"
+
+namespace kap::ado::odbc {
+namespace {
+
+// A quoted name, and a text constant.
+std::string postgresQuoted(std::string_view name, char quote) {
+    std::string made(1, quote);
+    for (const char letter : name) {
+        made.append(letter == quote ? 2 : 1, letter);
+    }
+    return made + quote;
+}
+
+class PostgresDialect final : public ServerDialect {
+public:
+    [[nodiscard]] SQLULEN inventedSize() const override { return 255; }
+
+    // Parameters must be of exactly the type that they are compared with or stored as.
+    [[nodiscard]] std::string mark(const AnnouncedType& type) const override {
+        return type.name.empty() ? "?" : "CAST(? AS " + postgresQuoted(type.name, '"') + ")";
+    }
+    [[nodiscard]] Comparison comparison(const std::string& column,
+                                        const AnnouncedType& type) const override {
+        const bool unordered =
+            equalsIgnoringCase(type.name, "json") || equalsIgnoringCase(type.name, "xml");
+        return unordered ? Comparison{"CAST(" + column + " AS text) = ?"}
+                         : ServerDialect::comparison(column, type);
+    }
+
+    [[nodiscard]] Answer answerTo(const RowChange& /*change*/,
+                                  const TableFacts& /*facts*/) const override {
+        return Answer::Returned;
+    }
+    [[nodiscard]] std::string returning(const RowStatement& row) const override {
+        return writing(row) + " RETURNING " + (row.answer.empty() ? "1" : joined(row.answer));
+    }
+
+    // The first table of that name in the way of the search path, as in the query itself.
+    [[nodiscard]] std::string factsQuery(const TableName& table) const override {
+        std::string name = postgresQuoted(table.name, '"');
+        if (!table.schema.empty()) {
+            name.insert(0, postgresQuoted(table.schema, '"') + ".");
+        }
+        return "SELECT a.attname, t.typname, CASE WHEN a.atttypmod > 4 THEN a.atttypmod - 4 ELSE 0 "
+               "END, 0, CASE WHEN a.attnotnull OR t.typnotnull THEN 0 ELSE 1 END, "
+               "CASE WHEN a.attidentity <> '' OR (a.attgenerated = '' AND "
+               "COALESCE(pg_get_expr(d.adbin, d.adrelid), '') LIKE 'nextval(%') THEN 1 ELSE 0 END, "
+               "CASE WHEN a.attgenerated <> '' THEN 1 ELSE 0 END, "
+               "COALESCE((SELECT p.place FROM unnest(k.indkey::int2[]) WITH ORDINALITY AS "
+               "p(number, place) WHERE p.number = a.attnum AND p.place <= k.indnkeyatts), 0), "
+               "0, CASE WHEN COALESCE(NULLIF(t.typbasetype, 0), t.oid) = 'bytea'::regtype "
+               "THEN 1 ELSE 0 END FROM pg_catalog.pg_attribute a "
+               "JOIN pg_catalog.pg_type t ON t.oid = a.atttypid "
+               "LEFT JOIN pg_catalog.pg_attrdef d ON d.adrelid = a.attrelid AND d.adnum = a.attnum "
+               "LEFT JOIN LATERAL (SELECT i.indkey, i.indnkeyatts FROM pg_catalog.pg_index i "
+               "WHERE i.indrelid = a.attrelid AND i.indisunique AND i.indisvalid AND "
+               "i.indpred IS NULL AND i.indexprs IS NULL AND NOT EXISTS (SELECT 1 FROM "
+               "pg_catalog.pg_attribute n WHERE n.attrelid = i.indrelid AND "
+               "n.attnum = ANY(i.indkey) AND NOT n.attnotnull) "
+               "ORDER BY i.indisprimary DESC, i.indexrelid LIMIT 1) k ON true "
+               "WHERE a.attrelid = to_regclass(" +
+               postgresQuoted(name, '\'') +
+               ") AND a.attnum > 0 AND NOT a.attisdropped ORDER BY a.attnum";
+    }
+};
+
+}  // namespace
+
+const ServerDialect& postgresDialect() {
+    static const PostgresDialect dialect;
+    return dialect;
+}
+
+}  // namespace kap::ado::odbc

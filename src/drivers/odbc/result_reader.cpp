@@ -1,0 +1,117 @@
+#include "drivers/odbc/result_reader.hpp"
+
+#include <algorithm>
+#include <iterator>
+#include <utility>
+
+#include "drivers/odbc/diagnostics.hpp"
+
+namespace kap::ado::odbc {
+namespace {
+
+// The statement has no result to go on from: how drivers say that a failure was the end.
+bool isEndOfResults(const std::vector<ServerMessage>& messages) {
+    return std::ranges::any_of(messages, [](const ServerMessage& message) {
+        return message.state == "HY010" || message.state == "24000";
+    });
+}
+
+}  // namespace
+
+bool ResultReader::failed() const {
+    return std::ranges::any_of(messages_, &ServerMessage::isError);
+}
+
+void ResultReader::readAll(SQLRETURN code, Handle& statement, KnownQuery& query,
+                           std::vector<Result>& results) {
+    note(code, statement);
+    if (code == SQL_NO_DATA) {
+        takeCount(statement, results);  // a write that found no row, with some drivers
+    } else if (SQL_SUCCEEDED(code)) {
+        take(statement, query, results);
+    }
+    while (statement.get() != kNoHandle && !link_->isLost() && advance(statement) == Next::Result) {
+        take(statement, query, results);
+    }
+}
+
+void ResultReader::note(SQLRETURN code, const Handle& statement) {
+    if (code == SQL_SUCCESS || code == SQL_NO_DATA) {
+        return;
+    }
+    std::vector<ServerMessage> told = code == SQL_SUCCESS_WITH_INFO
+                                          ? diagnosticsOf(SQL_HANDLE_STMT, statement.get(), false)
+                                          : link_->failure(statement);
+    std::ranges::move(told, std::back_inserter(messages_));
+}
+
+ResultReader::Next ResultReader::advance(const Handle& statement) {
+    for (;;) {
+        link_->progress();
+        const SQLRETURN code = SQLMoreResults(statement.get());
+        if (code == SQL_NO_DATA) {
+            return Next::End;
+        }
+        if (SQL_SUCCEEDED(code)) {
+            note(code, statement);
+            return Next::Result;
+        }
+        std::vector<ServerMessage> told = link_->failure(statement);
+        if (isEndOfResults(told)) {
+            return Next::End;
+        }
+        std::ranges::move(told, std::back_inserter(messages_));
+        if (link_->isLost()) {
+            return Next::End;
+        }
+    }
+}
+
+void ResultReader::take(Handle& statement, KnownQuery& query, std::vector<Result>& results) {
+    SQLSMALLINT count = 0;
+    link_->check(SQLNumResultCols(statement.get(), &count), statement);
+    if (count == 0) {
+        takeCount(statement, results);
+        return;
+    }
+    Result& result = results.emplace_back();
+    result.columns = columns_.describe(statement, static_cast<std::size_t>(count), query, timeout_);
+    result.rows.resize(result.columns.size());
+    try {
+        takeRows(statement, result);
+    } catch (const DriverError& error) {
+        std::ranges::copy(error.messages(), std::back_inserter(messages_));
+    }
+}
+
+// What creates or drops something has no count.
+void ResultReader::takeCount(const Handle& statement, std::vector<Result>& results) {
+    SQLLEN rows = -1;
+    if (SQL_SUCCEEDED(SQLRowCount(statement.get(), &rows)) && rows >= 0) {
+        results.emplace_back().rowsAffected = rows;
+    }
+}
+
+void ResultReader::takeRows(Handle& statement, Result& result) {
+    // The scale of a wide decimal is known when the last row is there.
+    const bool streams =
+        mayStream_ && std::ranges::none_of(result.columns, &ColumnInfo::wideDecimal);
+    if (streams) {
+        auto rows =
+            std::make_shared<PendingRows>(link_, std::move(statement), result.columns, timeout_);
+        (void)rows->readBlock(result.columns, result.rows);
+        if (!rows->atEnd()) {
+            link_->reading(rows);
+            result.rest = std::move(rows);
+        }
+        return;
+    }
+    BlockReader reader(*link_, statement, result.columns);
+    while (reader.readBlock(result.columns, result.rows)) {
+    }
+    for (ColumnStore& store : result.rows) {
+        store.shrink();
+    }
+}
+
+}  // namespace kap::ado::odbc

@@ -1,0 +1,14 @@
+#pragma once
+
+#include <chrono>
+
+#include "data/driver.hpp"
+#include "drivers/odbc/link.hpp"
+
+namespace kap::ado::odbc {
+
+// A schema rowset, answered by the driver's catalogue functions in the server's order.
+[[nodiscard]] Result schemaRowset(Link& link, SchemaEnum kind, const SchemaRestrictions& wanted,
+                                  std::chrono::seconds timeout);
+
+}  // namespace kap::ado::odbc

@@ -1,0 +1,121 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "data/driver.hpp"
+#include "drivers/odbc/api.hpp"
+#include "drivers/odbc/column_types.hpp"
+
+namespace kap::ado::odbc {
+
+struct TableFacts;
+struct TableName;
+
+// The parts of a statement that writes one row. Names are quoted.
+struct RowStatement {
+    RowChange::Kind kind = RowChange::Kind::Update;
+    std::string table;
+    std::vector<std::string> columns;  // that are assigned
+    std::vector<std::string> marks;    // of their values
+    std::string criteria;              // " WHERE ..."; an insert has none
+    std::vector<std::string> answer;   // the columns that are to come back
+};
+
+// Criteria that a column holds the value of a parameter, which may stand in them more than once.
+struct Comparison {
+    std::string text;
+    int marks = 1;
+};
+
+// What a kind of database servers does differently from others: the one place that knows. This
+// class is a server of which nothing is known but the standard; each known kind is a class in a
+// file of its own.
+class ServerDialect {
+public:
+    // How a written row comes back, and how many there were.
+    enum class Answer : std::uint8_t {
+        Returned,  // the rows that the statement answers are those that it has written
+        Selected,  // queries behind the statement tell, in one text with it
+        Counted,   // the driver counts, and a query of its own reads the row
+    };
+
+    // The columns of a query for facts, counted from 1. Flags are 0 or 1; the key counts its
+    // columns from 1, and the others are 0.
+    enum Fact : std::uint8_t {
+        Name = 1,
+        Type,
+        Size,
+        Scale,
+        Nullable,
+        Identity,
+        Generated,
+        KeyPlace,
+        Triggers,
+        Binary,
+    };
+
+    virtual ~ServerDialect() = default;
+    ServerDialect(const ServerDialect&) = delete;
+    ServerDialect& operator=(const ServerDialect&) = delete;
+
+    // What texts without a limit are announced with; 0: they are told apart.
+    [[nodiscard]] virtual SQLULEN inventedSize() const { return 0; }
+    // Whether parameters of a procedure are known by their names.
+    [[nodiscard]] virtual bool namesParameters() const { return false; }
+
+    // The mark of a parameter that is stored in a column of this type.
+    [[nodiscard]] virtual std::string mark(const AnnouncedType& /*type*/) const { return "?"; }
+    // A quoted column compared with a parameter.
+    [[nodiscard]] virtual Comparison comparison(const std::string& column,
+                                                const AnnouncedType& type) const;
+
+    // How a change of a table of which these facts are known is answered.
+    [[nodiscard]] virtual Answer answerTo(const RowChange& /*change*/,
+                                          const TableFacts& /*facts*/) const {
+        return Answer::Counted;
+    }
+    // The statement alone.
+    [[nodiscard]] static std::string writing(const RowStatement& row);
+    // The statement that answers with the rows it writes.
+    [[nodiscard]] virtual std::string returning(const RowStatement& row) const;
+    // The statement with two queries behind it: how many rows it has written, and `reading`, unless
+    // that is empty. `transaction`: all of it is one of its own.
+    [[nodiscard]] virtual std::string selecting(const RowStatement& row, const std::string& reading,
+                                                bool transaction) const;
+    // What undoes such a transaction when the text has failed in the midst of it; empty: nothing.
+    [[nodiscard]] virtual std::string undoing() const { return {}; }
+    // The expression for the identity that the statement before has given out; empty: none.
+    [[nodiscard]] virtual std::string lastIdentity() const { return {}; }
+    // Whether an error says that a table with triggers cannot answer with rows; nothing has been
+    // written then.
+    [[nodiscard]] virtual bool refusesToReturn(const ServerMessage& /*error*/) const {
+        return false;
+    }
+
+    // A query for the facts of a table, one row a column of it in their order, as Fact numbers what
+    // is told; empty: the driver's catalogue functions tell.
+    [[nodiscard]] virtual std::string factsQuery(const TableName& /*table*/) const { return {}; }
+    // A query that answers as SQLGetTypeInfo does, for drivers that fail to; empty: none.
+    [[nodiscard]] virtual std::string typesQuery() const { return {}; }
+
+    // What the server's own number says better than the SQLSTATE that the driver gives.
+    virtual void refine(ServerMessage& /*message*/) const {}
+
+protected:
+    ServerDialect() = default;
+
+    [[nodiscard]] static std::string joined(const std::vector<std::string>& parts,
+                                            std::string_view before = {});
+};
+
+// The dialect of the server that calls itself so.
+[[nodiscard]] const ServerDialect& dialectOf(std::string_view product);
+
+// The known kinds.
+[[nodiscard]] const ServerDialect& transactDialect();
+[[nodiscard]] const ServerDialect& postgresDialect();
+
+}  // namespace kap::ado::odbc

@@ -1,0 +1,182 @@
+// Servers that read Transact-SQL.
+#include <algorithm>
+#include <array>
+
+#include "base/ascii.hpp"
+#include "data/server_numbers.hpp"
+#include "drivers/odbc/server_dialect.hpp"
+#include "drivers/odbc/table_facts.hpp"
+
+namespace kap::ado::odbc {
+namespace {
+
+// The target of an OUTPUT clause has triggers.
+constexpr std::int32_t kTriggersRefuseOutput = 334;
+
+bool isOneOf(const std::string& type, std::initializer_list<std::string_view> names) {
+    return std::ranges::any_of(
+        names, [&](std::string_view name) { return equalsIgnoringCase(name, type); });
+}
+
+// A text constant.
+std::string transactText(std::string_view text) {
+    std::string made = "N'";
+    for (const char letter : text) {
+        made.append(letter == '\'' ? 2 : 1, letter);
+    }
+    return made + "'";
+}
+
+std::string bracketed(std::string_view name) {
+    std::string made = "[";
+    for (const char letter : name) {
+        made.append(letter == ']' ? 2 : 1, letter);
+    }
+    return made + "]";
+}
+
+// Where the catalogue views of a table's database are: of this one, or of the one named.
+std::string viewsOf(const TableName& table) {
+    if (table.name.starts_with('#')) {
+        return "tempdb.sys.";
+    }
+    return table.catalog.empty() ? "sys." : bracketed(table.catalog) + ".sys.";
+}
+
+std::string fullNameOf(const TableName& table) {
+    if (table.name.starts_with('#')) {
+        return "tempdb.." + bracketed(table.name);
+    }
+    std::string name = bracketed(table.name);
+    if (!table.schema.empty() || !table.catalog.empty()) {
+        name = (table.schema.empty() ? "" : bracketed(table.schema)) + "." + name;
+    }
+    return table.catalog.empty() ? name : bracketed(table.catalog) + "." + name;
+}
+
+class TransactDialect final : public ServerDialect {
+public:
+    [[nodiscard]] bool namesParameters() const override { return true; }
+
+    // Types without an order are compared as others. A parameter has more decimals of a second than
+    // the older types of time, and is not rounded to them by the server: it is given their type.
+    // Of a hundredth of a microsecond nothing is known here: a span of one on either side stands
+    // for it.
+    [[nodiscard]] Comparison comparison(const std::string& column,
+                                        const AnnouncedType& type) const override {
+        if (isOneOf(type.name, {"text"})) {
+            return {"CAST(" + column + " AS varchar(max)) = ?"};
+        }
+        if (isOneOf(type.name, {"ntext", "xml"})) {
+            return {"CAST(" + column + " AS nvarchar(max)) = ?"};
+        }
+        if (isOneOf(type.name, {"image"})) {
+            return {"CAST(" + column + " AS varbinary(max)) = ?"};
+        }
+        if (isOneOf(type.name, {"datetime", "smalldatetime"})) {
+            return {column + " = CAST(? AS " + asciiLower(type.name) + ")"};
+        }
+        constexpr SQLSMALLINT kKnownDecimals = 6;
+        if (isOneOf(type.name, {"datetime2"}) && type.decimals > kKnownDecimals) {
+            return {column + " BETWEEN DATEADD(microsecond, -1, CAST(? AS datetime2(7))) AND " +
+                        "DATEADD(microsecond, 1, CAST(? AS datetime2(7)))",
+                    2};
+        }
+        return {column + " = ?"};
+    }
+
+    // What triggers do to a row is seen by a query only; and the clause that answers has neither
+    // the older types without limit nor a place in an insertion of nothing but defaults.
+    [[nodiscard]] Answer answerTo(const RowChange& change, const TableFacts& facts) const override {
+        const bool defaults = change.kind == RowChange::Kind::Insert && change.values.empty();
+        const bool longs = std::ranges::any_of(change.readBack, [&](const std::string& name) {
+            const TableFacts::Column* column = facts.find(name);
+            return column != nullptr && isOneOf(column->type.name, {"text", "ntext", "image"});
+        });
+        return facts.triggers || defaults || longs ? Answer::Selected : Answer::Returned;
+    }
+
+    [[nodiscard]] std::string returning(const RowStatement& row) const override {
+        const std::string answer =
+            " OUTPUT " +
+            (row.answer.empty()
+                 ? std::string("1")
+                 : joined(row.answer,
+                          row.kind == RowChange::Kind::Delete ? "deleted." : "inserted."));
+        std::string text;
+        switch (row.kind) {
+            case RowChange::Kind::Insert:
+                return "INSERT INTO " + row.table + " (" + joined(row.columns) + ")" + answer +
+                       " VALUES (" + joined(row.marks) + ")";
+            case RowChange::Kind::Update: {
+                RowStatement bare = row;
+                bare.criteria.clear();
+                return writing(bare) + answer + row.criteria;
+            }
+            default:
+                return "DELETE FROM " + row.table + answer + row.criteria;
+        }
+    }
+
+    [[nodiscard]] std::string selecting(const RowStatement& row, const std::string& reading,
+                                        bool transaction) const override {
+        return std::string(transaction ? "BEGIN TRANSACTION; " : "") + writing(row) +
+               "; SELECT @@ROWCOUNT" + (reading.empty() ? "" : "; " + reading) +
+               (transaction ? "; COMMIT TRANSACTION" : "");
+    }
+
+    [[nodiscard]] std::string undoing() const override {
+        return "IF @@TRANCOUNT > 0 ROLLBACK TRANSACTION";
+    }
+    [[nodiscard]] std::string lastIdentity() const override { return "SCOPE_IDENTITY()"; }
+    [[nodiscard]] bool refusesToReturn(const ServerMessage& error) const override {
+        return error.nativeNumber == kTriggersRefuseOutput;
+    }
+
+    // A synonym stands for its table. The key is the primary one, else the first unique index whose
+    // columns are never Null.
+    [[nodiscard]] std::string factsQuery(const TableName& table) const override {
+        const std::string views = viewsOf(table);
+        const std::string name = transactText(fullNameOf(table));
+        return "SELECT c.name, TYPE_NAME(c.system_type_id), CAST(c.max_length AS int), "
+               "CAST(c.scale AS int), CAST(c.is_nullable AS int), CAST(c.is_identity AS int), "
+               "CAST(c.is_computed AS int), CAST(COALESCE(k.key_ordinal, 0) AS int), "
+               "CASE WHEN EXISTS (SELECT 1 FROM " +
+               views +
+               "triggers t WHERE t.parent_id = c.object_id) THEN 1 ELSE 0 END, "
+               "CASE WHEN TYPE_NAME(c.system_type_id) IN ('timestamp', 'binary', 'varbinary', "
+               "'image') THEN 1 ELSE 0 END FROM " +
+               views + "columns c LEFT JOIN " + views +
+               "index_columns k ON k.object_id = c.object_id AND k.column_id = c.column_id AND "
+               "k.key_ordinal > 0 AND k.index_id = (SELECT TOP 1 i.index_id FROM " +
+               views +
+               "indexes i WHERE i.object_id = c.object_id AND i.is_unique = 1 AND "
+               "i.has_filter = 0 AND NOT EXISTS (SELECT 1 FROM " +
+               views + "index_columns n JOIN " + views +
+               "columns m ON m.object_id = n.object_id AND m.column_id = n.column_id WHERE "
+               "n.object_id = i.object_id AND n.index_id = i.index_id AND n.key_ordinal > 0 AND "
+               "m.is_nullable = 1) ORDER BY i.is_primary_key DESC, i.index_id) "
+               "WHERE c.object_id = OBJECT_ID(COALESCE((SELECT s.base_object_name FROM " +
+               views + "synonyms s WHERE s.object_id = OBJECT_ID(" + name + ")), " + name +
+               ")) ORDER BY c.column_id";
+    }
+    [[nodiscard]] std::string typesQuery() const override {
+        return "EXEC sp_datatype_info @ODBCVer = 3";
+    }
+
+    void refine(ServerMessage& message) const override {
+        if (const ServerNumber* known = findServerNumber(message.nativeNumber)) {
+            message.number = known->number;
+            message.state = known->state;
+        }
+    }
+};
+
+}  // namespace
+
+const ServerDialect& transactDialect() {
+    static const TransactDialect dialect;
+    return dialect;
+}
+
+}  // namespace kap::ado::odbc

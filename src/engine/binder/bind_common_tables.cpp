@@ -1,0 +1,250 @@
+#include <algorithm>
+#include <utility>
+
+#include <kaputil/automation/plain_text.hpp>
+
+#include "base/ascii.hpp"
+#include "engine/binder/binder.hpp"
+#include "engine/binder/row_numbers.hpp"
+#include "tsql/server_error.hpp"
+
+namespace kap::engine {
+
+using tsql::ServerError;
+
+std::string Binder::commonTables(const std::vector<tsql::CommonTable>& tables, Scope* outer,
+                                 const tsql::ObjectName* target) {
+    std::string sql;
+    for (const tsql::CommonTable& table : tables) {
+        const bool repeated =
+            std::any_of(tables.begin(), tables.end(), [&](const tsql::CommonTable& other) {
+                return &other != &table && sameName(other.name, table.name);
+            });
+        if (repeated) {
+            throw ServerError(
+                239, "Duplicate common table expression name '" + table.name + "' was specified.",
+                table.query->line);
+        }
+        const bool isTarget =
+            target != nullptr && target->parts.size() == 1 && sameName(target->last(), table.name);
+        sql += (sql.empty() ? "WITH RECURSIVE " : ", ") +
+               (isTarget ? targetTable(table, outer) : commonTable(table, outer));
+    }
+    if (target != nullptr && commonTarget_.table == nullptr &&
+        findTable(*target, names_) == nullptr) {
+        const View* view = isOwn(*target) ? catalogue().findView(target->last()) : nullptr;
+        if (view != nullptr) {
+            sql += (sql.empty() ? "WITH RECURSIVE " : ", ") + targetView(*view, *target);
+        }
+    }
+    return sql.empty() ? sql : sql + " ";
+}
+
+std::vector<OutputColumn> Binder::commonColumns(const tsql::CommonTable& table,
+                                                std::vector<OutputColumn> columns) {
+    if (!table.columns.empty() && table.columns.size() != columns.size()) {
+        const bool more = table.columns.size() < columns.size();
+        throw ServerError(more ? 8158 : 8159,
+                          "'" + table.name + "' has " + (more ? "more" : "fewer") +
+                              " columns than were specified in the column list.",
+                          table.query->line);
+    }
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+        if (!table.columns.empty()) columns[i].name = table.columns[i];
+        Typed& value = columns[i].value;
+        value = Typed::expression(numberedName(i), value.type, true);
+    }
+    checkOwnNames(columns, table.name, table.query->line);
+    return columns;
+}
+
+namespace {
+
+std::string definition(const std::string& name, std::size_t columns, const std::string& sql) {
+    std::string list;
+    for (std::size_t i = 0; i < columns; ++i)
+        list += (i == 0 ? "" : ", ") + numberedName(i);
+    return sqlName(name) + " (" + list + ") AS (" + sql + ")";
+}
+
+// A recursion must not change the types that it began with; texts would be cut unseen.
+void checkRecursiveTypes(const tsql::CommonTable& table, const std::vector<OutputColumn>& anchor,
+                         const std::vector<OutputColumn>& recursive) {
+    const std::size_t count = std::min(anchor.size(), recursive.size());
+    for (std::size_t i = 0; i < count; ++i) {
+        const Typed& next = recursive[i].value;
+        const tsql::TypeSpec& from = anchor[i].value.type;
+        const bool sameText = !tsql::isText(from.type) || from.length == next.type.length;
+        if (next.nullLiteral || (from.type == next.type.type && sameText)) continue;
+        const std::string& name = i < table.columns.size() ? table.columns[i] : anchor[i].name;
+        throw ServerError(240,
+                          "Types don't match between the anchor and the recursive part in column "
+                          "\"" +
+                              name + "\" of recursive query \"" + table.name + "\".",
+                          table.query->line);
+    }
+}
+
+// What a recursion may do: SQLite would refuse it in words of its own.
+void checkRecursion(const std::string& table, const tsql::QueryTerm& term, bool grouped,
+                    int reads) {
+    const auto refuse = [&](int number, const std::string& text) {
+        throw ServerError(number, text + " '" + table + "'.", term.line);
+    };
+    const tsql::QueryTerm* inner = &term;
+    while (const auto* bracketed = std::get_if<tsql::QueryPtr>(&inner->node))
+        inner = &(*bracketed)->terms.front();
+    const auto& select = std::get<tsql::Select>(inner->node);
+    if (term.joinedBy != tsql::SetOperator::UnionAll) {
+        throw ServerError(252,
+                          "Recursive common table expression '" + table +
+                              "' does not contain a top-level UNION ALL operator.",
+                          term.line);
+    }
+    constexpr const char* kPart =
+        " allowed in the recursive part of a recursive common table "
+        "expression";
+    if (select.distinct) refuse(460, std::string("DISTINCT operator is not") + kPart);
+    if (select.top) refuse(461, std::string("The TOP or OFFSET operator is not") + kPart);
+    if (grouped) {
+        refuse(467, std::string("GROUP BY, HAVING, or aggregate functions are not") + kPart);
+    }
+    if (reads < 2) return;
+    throw ServerError(253,
+                      "Recursive member of a common table expression '" + table +
+                          "' has multiple recursive references.",
+                      term.line);
+}
+
+}  // namespace
+
+// A table that reads itself has the columns of its first term, so that is bound first, alone.
+std::string Binder::commonTable(const tsql::CommonTable& table, Scope* outer) {
+    const int aside = std::exchange(deepestRead_, 0);
+    std::string defined = boundCommonTable(table, outer);
+    commonNames_.back().depth = checkedDepth(deepestRead_ + 1, table.query->line);
+    deepestRead_ = aside;
+    return defined;
+}
+
+std::string Binder::boundCommonTable(const tsql::CommonTable& table, Scope* outer) {
+    const std::size_t mark = commonNames_.size();
+    const bool several = table.query->terms.size() > 1 &&
+                         std::holds_alternative<tsql::Select>(table.query->terms.front().node);
+    if (several) {
+        BoundSelect anchor = term(table.query->terms.front(), {}, outer);
+        commonNames_.push_back(
+            {table.name, commonColumns(table, std::move(anchor.items)), std::string()});
+    }
+    BoundQuery bound = query(*table.query, outer, QueryPlace::Nested);
+    if (several && !commonNames_[mark].readAs.empty()) {
+        CommonName own = std::move(commonNames_[mark]);
+        commonNames_.resize(mark);
+        return recursiveTable(table, std::move(own), outer);
+    }
+    commonNames_.resize(mark);
+    const std::size_t count = bound.columns.size();
+    commonNames_.push_back({table.name, commonColumns(table, std::move(bound.columns)), ""});
+    return definition(table.name, count, bound.sql);
+}
+
+// Each row of a table that reads itself carries its level in one more column, so that a recursion
+// without end is found out.
+std::string Binder::recursiveTable(const tsql::CommonTable& table, CommonName own, Scope* outer) {
+    const std::size_t mark = commonNames_.size();
+    own.recursiveAt = queryDepth_;
+    commonNames_.push_back(std::move(own));
+    const std::string level = numberedName(commonNames_[mark].columns.size());
+    std::vector<BoundSelect> terms;
+    bool recursive = false;
+    for (const tsql::QueryTerm& each : table.query->terms) {
+        commonNames_[mark].readAs.clear();
+        commonNames_[mark].reads = 0;
+        const int windows = windowsBound_;
+        terms.push_back(term(each, {}, outer));
+        const std::string& readAs = commonNames_[mark].readAs;
+        if (!readAs.empty()) {
+            checkRecursion(table.name, each, terms.back().grouped, commonNames_[mark].reads);
+            if (windowsBound_ != windows) {
+                throw tsql::unsupported(
+                    "a windowed function in the recursive part of a common table expression",
+                    each.line);
+            }
+        } else if (recursive) {
+            throw tsql::unsupported("a term behind the recursive ones of a common table expression",
+                                    each.line);
+        }
+        recursive = recursive || !readAs.empty();
+        const std::string sql =
+            readAs.empty()
+                ? "0"
+                : callText("kap_deeper", sqlName(readAs) + "." + level, plain::text(maxRecursion_));
+        if (!readAs.empty()) checkRecursiveTypes(table, terms.front().items, terms.back().items);
+        terms.back().items.push_back({"", Typed::expression(sql, {tsql::SqlType::BigInt}, false)});
+    }
+    std::vector<OutputColumn> columns = unify(terms, table.query->line, *this);
+    const std::size_t count = columns.size();
+    columns.pop_back();
+    commonNames_[mark] = {table.name, commonColumns(table, std::move(columns)), ""};
+    return definition(table.name, count, unionText(terms, *table.query));
+}
+
+// UPDATE and DELETE of a common table write the one table that it reads.
+std::string Binder::targetTable(const tsql::CommonTable& table, Scope* outer) {
+    const auto* select = table.query->terms.size() == 1
+                             ? std::get_if<tsql::Select>(&table.query->terms.front().node)
+                             : nullptr;
+    const bool plain = select != nullptr && !select->distinct && select->groupBy.empty() &&
+                       !select->having && select->from.size() == 1;
+    const auto* named =
+        plain ? std::get_if<tsql::NamedTable>(&select->from.front()->node) : nullptr;
+    const Table* base = named == nullptr ? nullptr : findTable(named->name, names_);
+    if (base == nullptr) {
+        throw ServerError(4421,
+                          "Derived table '" + table.name +
+                              "' is not updatable because a column of the derived table is derived "
+                              "or constant.",
+                          table.query->line);
+    }
+    BoundSelect bound = term(table.query->terms.front(), table.query->orderBy, outer);
+    orderRows(table.query->orderBy, bound);
+    std::vector<OutputColumn> columns = bound.items;
+    const std::string& source = named->alias.empty() ? base->name : named->alias;
+    bound.items.push_back({"", Typed::expression(sqlName(source) + "." + rowNumberName(*base),
+                                                 {tsql::SqlType::BigInt}, false)});
+    commonTarget_ = {base, numberedName(columns.size()), {}, "", {}};
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+        if (i < table.columns.size()) columns[i].name = table.columns[i];
+        commonTarget_.columns.emplace_back(columns[i].name, columns[i].value.column);
+        columns[i].value = Typed::expression(numberedName(i), columns[i].value.type, true);
+    }
+    commonNames_.push_back({table.name, std::move(columns), ""});
+    return definition(table.name, bound.items.size(), selectText(bound));
+}
+
+std::optional<BoundSource> Binder::targetSource(const tsql::ObjectName& target) const {
+    if (commonTarget_.table == nullptr) return std::nullopt;
+    return commonSource(*findCommon({{target.last()}, target.line}), target.last());
+}
+
+// The view that is written through stands under its own name alone.
+tsql::ObjectName Binder::commonNameOf(const tsql::ObjectName& name) const {
+    const bool written = name.parts.size() > 1 && isOwn(name) && !commonTarget_.view.empty() &&
+                         sameName(commonTarget_.view, name.last());
+    return written ? tsql::ObjectName{{name.last()}, name.line} : name;
+}
+
+// The innermost one of that name.
+const Binder::CommonName* Binder::findCommon(const tsql::ObjectName& name) const {
+    if (name.parts.size() != 1) return nullptr;
+    const auto found =
+        std::find_if(commonNames_.rbegin(), commonNames_.rend(),
+                     [&](const CommonName& common) { return sameName(common.name, name.last()); });
+    return found == commonNames_.rend() ? nullptr : &*found;
+}
+
+Binder::CommonName* Binder::findCommon(const tsql::ObjectName& name) {
+    return const_cast<CommonName*>(std::as_const(*this).findCommon(name));
+}
+
+}  // namespace kap::engine

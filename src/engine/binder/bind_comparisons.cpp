@@ -1,0 +1,135 @@
+#include <algorithm>
+
+#include <kaputil/automation/plain_text.hpp>
+
+#include "base/ascii.hpp"
+#include "engine/binder/binder.hpp"
+#include "engine/binder/type_rules.hpp"
+#include "engine/values/exact.hpp"
+#include "tsql/server_error.hpp"
+
+namespace kap::engine {
+
+using tsql::ComparisonOperator;
+using tsql::ServerError;
+using tsql::SqlType;
+
+namespace {
+
+struct OperatorText {
+    const char* sql;
+    const char* name;
+};
+
+OperatorText operatorText(ComparisonOperator op) {
+    switch (op) {
+        case ComparisonOperator::Equal:
+            return {"=", "equal to"};
+        case ComparisonOperator::NotEqual:
+            return {"<>", "not equal to"};
+        case ComparisonOperator::Less:
+            return {"<", "less than"};
+        case ComparisonOperator::LessOrEqual:
+            return {"<=", "less than or equal to"};
+        case ComparisonOperator::Greater:
+            return {">", "greater than"};
+        case ComparisonOperator::GreaterOrEqual:
+            return {">=", "greater than or equal to"};
+    }
+    return {"", ""};
+}
+
+void refuseLarge(const std::vector<Typed>& values, const char* operation, int line) {
+    const auto large = [](const Typed& value) {
+        const SqlType type = value.type.type;
+        return type == SqlType::Text || type == SqlType::NText || type == SqlType::Image;
+    };
+    if (std::none_of(values.begin(), values.end(), large)) return;
+    throw ServerError(402,
+                      std::string("The data types ") + tsql::typeName(values.front().type.type) +
+                          " and " + tsql::typeName(values.back().type.type) +
+                          " are incompatible in the " + operation + " operator.",
+                      line);
+}
+
+// How many digits behind the point a literal needs: those of 5.00 are none, so it meets an int as
+// it is.
+int neededScale(const Typed& value) {
+    int scale = storedScale(value.type);
+    if (!value.constant) return scale;
+    auto rest = std::get<std::int64_t>(*value.constant);
+    while (scale > 0 && rest % 10 == 0) {
+        rest /= 10;
+        --scale;
+    }
+    return scale;
+}
+
+Typed atScale(const Typed& value, int scale) {
+    const int own = storedScale(value.type);
+    if (own == scale) return value;
+    if (value.constant) {
+        const std::int64_t constant = std::get<std::int64_t>(*value.constant);
+        const auto scaled = rescale(constant, own, scale, Rounding::HalfAway);
+        if (const auto result = scaled ? narrow(*scaled) : std::nullopt) {
+            return Typed::literal(*result, value.type);
+        }
+        // Beyond every stored number; a double says so, and SQLite compares the two exactly.
+        return Typed::literal(
+            static_cast<double>(constant) * static_cast<double>(powerOfTen(scale - own)),
+            value.type);
+    }
+    return Typed::expression(callText("kap_widen", value.sql, plain::text(scale - own)), value.type,
+                             value.nullable);
+}
+
+// Stored whole numbers compare natively once they stand for the same fractions.
+void alignScales(std::vector<Typed>& values) {
+    int scale = 0;
+    for (const Typed& value : values)
+        scale = std::max(scale, neededScale(value));
+    for (Typed& value : values)
+        value = atScale(value, scale);
+}
+
+}  // namespace
+
+std::vector<Typed> Binder::comparable(std::vector<Typed> values, const char* operation,
+                                      int line) const {
+    const auto type = commonType(values);
+    if (!type) return values;
+    refuseLarge(values, operation, line);
+    const bool exact = tsql::isExact(type->type);
+    for (Typed& value : values) {
+        if (value.nullLiteral) {
+            value = Typed::expression("NULL", *type, true);
+            continue;
+        }
+        if (exact && tsql::isExact(value.type.type)) continue;
+        // SQLite compares whole numbers with doubles exactly, and all dates are the same kind of
+        // number.
+        const bool native =
+            (tsql::isApproximate(type->type) && tsql::isInteger(value.type.type)) ||
+            (tsql::isApproximate(type->type) && tsql::isApproximate(value.type.type)) ||
+            (tsql::isDate(type->type) && tsql::isDate(value.type.type)) ||
+            (tsql::isText(type->type) && tsql::isText(value.type.type)) ||
+            (tsql::isBinary(type->type) && tsql::isBinary(value.type.type));
+        if (!native) value = convertTo(value, *type, line);
+    }
+    if (exact) alignScales(values);
+    return values;
+}
+
+std::string Binder::compared(ComparisonOperator op, const Typed& left, const Typed& right,
+                             int line) const {
+    const OperatorText text = operatorText(op);
+    const std::vector<Typed> sides = comparable({left, right}, text.name, line);
+    // SQLite takes the collation of either column; when neither side is one it has to be told.
+    const bool told = sides[0].plainColumn || sides[1].plainColumn;
+    const bool constants = sides[0].constant && sides[1].constant;
+    const std::string first = constants ? sides[0].sql : operand(sides[0]);
+    const std::string second = constants ? sides[1].sql : operand(sides[1]);
+    return "(" + (told ? first : collated(sides[0], first)) + " " + text.sql + " " + second + ")";
+}
+
+}  // namespace kap::engine

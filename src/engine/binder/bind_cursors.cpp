@@ -1,0 +1,58 @@
+#include <algorithm>
+
+#include "engine/binder/binder.hpp"
+#include "engine/binder/row_numbers.hpp"
+
+// Cursors through which rows may be written.
+namespace kap::engine {
+
+namespace {
+
+// Rows that stand for several rows, or for those of a part of them, cannot be written through.
+bool showsRows(const tsql::Query& query) {
+    const auto* select =
+        query.terms.size() == 1 ? std::get_if<tsql::Select>(&query.terms.front().node) : nullptr;
+    if (select == nullptr || select->distinct || select->having || select->from.empty() ||
+        !select->groupBy.empty() || query.offset) {
+        return false;
+    }
+    return !select->top || (!select->top->percent && !select->top->withTies);
+}
+
+}  // namespace
+
+BoundQuery Binder::cursorQuery(const tsql::Query& query, std::vector<std::string>& tables) {
+    tables.clear();
+    if (!showsRows(query)) return this->query(query, nullptr, QueryPlace::Whole);
+    if (!query.commonTables.empty()) limitRecursion(query.maxRecursion);
+    const std::string with = commonTables(query.commonTables, nullptr);
+    const Replaced numbers(needsRowNumbers_, true);
+    BoundSelect bound = term(query.terms.front(), query.orderBy, nullptr);
+    orderRows(query.orderBy, bound);
+    for (const Source& source : bound.scope->sources) {
+        if (bound.grouped || source.table == nullptr) continue;
+        if (std::ranges::find(tables, source.table->name) != tables.end()) continue;
+        tables.push_back(source.table->name);
+        bound.items.push_back(
+            {"", Typed::expression(rowNumberOf(source), {tsql::SqlType::BigInt}, true)});
+    }
+    return {with + selectText(bound), std::move(bound.items)};
+}
+
+// The session knows where the cursor stands.
+std::string Binder::test(const tsql::CurrentOfPredicate& node, int line, Scope& scope) {
+    const Source* target =
+        scope.target < scope.sources.size() ? &scope.sources[scope.target] : nullptr;
+    if (target == nullptr || target->table == nullptr) {
+        throw tsql::ServerError(16933,
+                                "The cursor does not include the table being modified or the "
+                                "table is not updatable through the cursor.",
+                                line);
+    }
+    std::string arguments = sqlText(node.cursor) + ", " + sqlText(target->table->name);
+    for (const std::string& column : node.columns)
+        arguments += ", " + sqlText(column);
+    return rowNumberOf(*target) + " = " + callText("kap_current_row", arguments);
+}
+
+}  // namespace kap::engine

@@ -1,0 +1,348 @@
+#include <algorithm>
+#include <limits>
+
+#include <kaputil/automation/plain_text.hpp>
+
+#include "base/ascii.hpp"
+#include "engine/binder/binder.hpp"
+#include "engine/binder/system_values.hpp"
+#include "engine/binder/type_rules.hpp"
+#include "engine/values/dates.hpp"
+#include "engine/values/exact.hpp"
+#include "engine/values/text_units.hpp"
+#include "tsql/server_error.hpp"
+#include "tsql/stack_limit.hpp"
+
+namespace kap::engine {
+
+using tsql::LiteralKind;
+using tsql::ServerError;
+using tsql::SqlType;
+using tsql::TypeSpec;
+
+namespace {
+
+constexpr int kMaxLiteralDigits = 38;
+
+// 12 is an int, 3000000000 a decimal; 1.50 is decimal(3,2).
+Typed exactLiteral(const std::string& text, bool whole, int line) {
+    const auto number = parseScaled(text);
+    const auto value = number ? narrow(number->value) : std::nullopt;
+    if (!value) {
+        const auto digits =
+            std::count_if(text.begin(), text.end(), [](char c) { return c != '.'; });
+        if (digits > kMaxLiteralDigits) {
+            throw ServerError(
+                1007,
+                "The number '" + text +
+                    "' is out of the range for numeric representation (maximum precision 38).",
+                line, 15);
+        }
+        throw ServerError(
+            8115, "Arithmetic overflow error converting expression to data type numeric.", line);
+    }
+    if (whole && *value <= 2147483647) return Typed::literal(*value, {SqlType::Int});
+    int digits = 1;
+    for (std::int64_t rest = *value / 10; rest != 0; rest /= 10)
+        ++digits;
+    // The largest numbers of bigint have one digit more than a decimal can have here.
+    constexpr int kMostDecimalDigits = 18;
+    if (whole && digits > kMostDecimalDigits) return Typed::literal(*value, {SqlType::BigInt});
+    return Typed::literal(*value,
+                          {SqlType::Numeric, 0, std::max(digits, number->scale), number->scale});
+}
+
+// -9223372036854775808: its digits alone are one more than bigint holds.
+bool isLowestBigInt(const tsql::UnaryExpression& node) {
+    const auto* literal = std::get_if<tsql::Literal>(&node.operand->node);
+    return node.op == tsql::UnaryOperator::Minus && literal != nullptr &&
+           literal->kind == LiteralKind::Integer && literal->text == "9223372036854775808";
+}
+
+Typed floatLiteral(std::string text, int line) {
+    // An exponent without digits is zero.
+    const char last = text.back();
+    if (last == 'e' || last == 'E' || last == '+' || last == '-') text += '0';
+    const auto number = plain::readReal(text);
+    if (!number || !number->inRange) {
+        throw ServerError(168,
+                          "The floating point value '" + text +
+                              "' is out of the range of computer representation (8 bytes).",
+                          line, 15);
+    }
+    return Typed::literal(number->value, {SqlType::Float});
+}
+
+Typed textLiteral(const std::string& text, bool national) {
+    constexpr std::size_t kMaxBytes = 8000;
+    const std::size_t limit = national ? kMaxBytes / 2 : kMaxBytes;
+    const std::size_t units = unitLength(text);
+    const int length = units > limit ? tsql::kMaxLength : std::max(1, static_cast<int>(units));
+    return Typed::literal(text, {national ? SqlType::NVarChar : SqlType::VarChar, length});
+}
+
+Typed binaryLiteral(const std::string& digits) {
+    const std::string even = digits.size() % 2 == 0 ? digits : "0" + digits;
+    const TypeSpec text{SqlType::VarChar, tsql::kMaxLength};
+    const int length = std::max(1, static_cast<int>(even.size() / 2));
+    const TypeSpec type{SqlType::VarBinary, length};
+    constexpr int kPlainDigits = 2;
+    return Typed::literal(convert(even, text, type, Overlength::Cut, kPlainDigits), type);
+}
+
+[[noreturn]] void clash(const Typed& value, const TypeSpec& type, int line) {
+    throw ServerError(206,
+                      std::string("Operand type clash: ") + tsql::typeName(value.type.type) +
+                          " is incompatible with " + tsql::typeName(type.type),
+                      line);
+}
+
+Typed folded(const Typed& value, const TypeSpec& type, Overlength overlength, int style, int line) {
+    try {
+        return Typed::literal(convert(*value.constant, value.type, type, overlength, style), type);
+    } catch (const ServerError& error) {
+        throw error.at(line);
+    }
+}
+
+void checkImplicit(const Typed& value, const TypeSpec& type, int line) {
+    switch (conversionRule(value.type.type, type.type)) {
+        case ConversionRule::Implicit:
+            return;
+        case ConversionRule::Never:
+            clash(value, type, line);
+        case ConversionRule::ExplicitOnly:
+            break;
+    }
+    throw ServerError(257,
+                      std::string("Implicit conversion from data type ") +
+                          tsql::typeName(value.type.type) + " to " + tsql::typeName(type.type) +
+                          " is not allowed. Use the CONVERT function to run this query.",
+                      line);
+}
+
+}  // namespace
+
+Typed Binder::literal(const tsql::Literal& literal, int line) const {
+    switch (literal.kind) {
+        case LiteralKind::Null:
+            return Typed::null();
+        case LiteralKind::Integer:
+            return exactLiteral(literal.text, true, line);
+        case LiteralKind::Decimal:
+            return exactLiteral(literal.text, false, line);
+        case LiteralKind::Float:
+            return floatLiteral(literal.text, line);
+        case LiteralKind::Money: {
+            const Typed text = textLiteral(literal.text, false);
+            return folded(text, {SqlType::Money}, Overlength::Cut, 0, line);
+        }
+        case LiteralKind::Text:
+            return textLiteral(literal.text, false);
+        case LiteralKind::NationalText:
+            return textLiteral(literal.text, true);
+        case LiteralKind::Binary:
+            return binaryLiteral(literal.text);
+    }
+    throw ServerError(102, "Incorrect syntax near '" + literal.text + "'.", line, 15);
+}
+
+Typed Binder::value(const tsql::Expression& expression, Scope& scope) {
+    tsql::requireStack(expression.line);
+    if (scope.grouped && !scope.insideAggregate) {
+        if (auto grouped = groupedValue(expression, scope)) return *grouped;
+    }
+    return std::visit([&](const auto& kind) { return node(kind, expression.line, scope); },
+                      expression.node);
+}
+
+Typed Binder::computedValue(const tsql::Expression& expression, Scope& scope) {
+    const Replaced definition(computedColumn_, true);
+    return value(expression, scope);
+}
+
+// After grouping an expression may stand that repeats one of GROUP BY, such as a + 1 or year(d).
+std::optional<Typed> Binder::groupedValue(const tsql::Expression& expression, Scope& scope) {
+    if (!scope.groupTexts.empty()) return groupedOfSets(expression, scope);
+    const bool simple = std::holds_alternative<tsql::Literal>(expression.node) ||
+                        std::holds_alternative<tsql::ColumnReference>(expression.node) ||
+                        std::holds_alternative<tsql::ScalarSubquery>(expression.node);
+    if (simple || scope.groups.empty() || expression.isPredicate() || containsAggregate(expression))
+        return std::nullopt;
+    const Replaced before(scope.grouped, false);
+    const Typed bound = value(expression, scope);
+    if (std::find(scope.groups.begin(), scope.groups.end(), bound.sql) == scope.groups.end())
+        return std::nullopt;
+    return bound;
+}
+
+Typed Binder::node(const tsql::Literal& node, int line, Scope& /*scope*/) {
+    return literal(node, line);
+}
+
+Typed Binder::node(const tsql::ColumnReference& node, int /*line*/, Scope& scope) {
+    return resolveColumn(node.name, scope).value;
+}
+
+Typed Binder::node(const tsql::VariableReference& node, int line, Scope& /*scope*/) {
+    if (node.name.compare(0, 2, "@@") == 0) return systemVariable(node.name, systemCall(), line);
+    const Variable* variable = names_.variable(node.name);
+    if (variable == nullptr) {
+        throw ServerError(137, "Must declare the scalar variable \"" + node.name + "\".", line, 15);
+    }
+    const std::string number = plain::text(variable->slot + (variablesPerRow_ ? 0 : 1));
+    if (variablesPerRow_) {
+        return Typed::expression(callText("kap_variable", number), variable->type, true);
+    }
+    if (std::find(usedVariables_.begin(), usedVariables_.end(), variable->slot) ==
+        usedVariables_.end()) {
+        usedVariables_.push_back(variable->slot);
+    }
+    return Typed::expression("?" + number, variable->type, true);
+}
+
+Typed Binder::node(const tsql::UnaryExpression& node, int line, Scope& scope) {
+    if (isLowestBigInt(node)) {
+        return Typed::literal(std::numeric_limits<std::int64_t>::min(), {SqlType::BigInt});
+    }
+    Typed operand = value(*node.operand, scope);
+    switch (node.op) {
+        case tsql::UnaryOperator::Minus:
+            return negated(operand, line);
+        case tsql::UnaryOperator::BitNot:
+            return bitwiseNot(operand, line);
+        default:
+            return operand;
+    }
+}
+
+Typed Binder::node(const tsql::BinaryExpression& node, int line, Scope& scope) {
+    Typed left = value(*node.left, scope);
+    Typed right = value(*node.right, scope);
+    return arithmetic(node.op, std::move(left), std::move(right), line);
+}
+
+// What tests is no value: the grammar keeps conditions out of value places.
+template <typename Predicate>
+Typed Binder::node(const Predicate& /*node*/, int line, Scope& /*scope*/) {
+    throw ServerError(102, "Incorrect syntax near a condition where a value is expected.", line,
+                      15);
+}
+
+Typed Binder::node(const tsql::CastExpression& node, int line, Scope& scope) {
+    const Typed operand = value(*node.value, scope);
+    Typed style = Typed::literal(std::int64_t{kDefaultDateStyle}, {SqlType::Int});
+    if (node.style) style = convertTo(value(*node.style, scope), {SqlType::Int}, line);
+    if (!node.tries && style.constant) {
+        return castTo(operand, node.type, static_cast<int>(std::get<std::int64_t>(*style.constant)),
+                      line);
+    }
+    // What is tried is tried when the statement runs, also a constant.
+    Typed result = castCall(node.tries ? "kap_try_convert" : "kap_convert", operand, node.type,
+                            style.sql, line);
+    result.nullable = true;
+    return result;
+}
+
+Typed Binder::node(const tsql::ScalarSubquery& node, int line, Scope& scope) {
+    if (scope.insideAggregate) throw aggregateOfAggregate(line);
+    const BoundQuery bound = query(*node.query, &scope, QueryPlace::Nested);
+    if (bound.columns.size() != 1) {
+        throw ServerError(
+            116,
+            "Only one expression can be specified in the select list when the subquery is "
+            "not introduced with EXISTS.",
+            line);
+    }
+    return Typed::expression("(SELECT kap_single(\"c1\") FROM (" + bound.sql + "))",
+                             bound.columns[0].value.type, true);
+}
+
+Typed Binder::node(const tsql::CaseExpression& node, int line, Scope& scope) {
+    std::vector<std::string> whens;
+    std::vector<Typed> results;
+    std::string sql = "CASE";
+    if (node.subject) {
+        sql += " " + caseSubject(node, whens, line, scope);
+    } else {
+        for (const auto& branch : node.branches)
+            whens.push_back(condition(*branch.when, scope));
+    }
+    for (const auto& branch : node.branches)
+        results.push_back(value(*branch.then, scope));
+    if (node.otherwise) results.push_back(value(*node.otherwise, scope));
+    const auto type = commonType(results);
+    if (!type) {
+        throw ServerError(
+            8133,
+            "At least one of the result expressions in a CASE specification must be an "
+            "expression other than the NULL constant.",
+            line);
+    }
+    bool nullable = !node.otherwise;
+    for (std::size_t i = 0; i < results.size(); ++i) {
+        const Typed result = convertTo(results[i], *type, line);
+        nullable = nullable || result.nullable;
+        sql +=
+            i < whens.size() ? " WHEN " + whens[i] + " THEN " + result.sql : " ELSE " + result.sql;
+    }
+    return Typed::expression("(" + sql + " END)", *type, nullable);
+}
+
+std::string Binder::caseSubject(const tsql::CaseExpression& node, std::vector<std::string>& whens,
+                                int line, Scope& scope) {
+    std::vector<Typed> values{value(*node.subject, scope)};
+    for (const auto& branch : node.branches)
+        values.push_back(value(*branch.when, scope));
+    values = comparable(std::move(values), "equal to", line);
+    for (std::size_t i = 1; i < values.size(); ++i)
+        whens.push_back(values[i].sql);
+    return collated(values.front());
+}
+
+Typed Binder::convertTo(const Typed& value, const TypeSpec& type, int line) const {
+    if (value.nullLiteral) return Typed::expression("NULL", type, true);
+    if (value.type == type) return value;
+    checkImplicit(value, type, line);
+    if (value.constant) return folded(value, type, Overlength::Cut, 0, line);
+    if (!needsConversion(value.type, type)) return value.as(type);
+    return Typed::expression(
+        callText("kap_convert", value.sql, typeArgument(value.type), typeArgument(type), "0"), type,
+        value.nullable);
+}
+
+Typed Binder::castTo(const Typed& value, const TypeSpec& type, int style, int line) const {
+    const bool allowed =
+        conversionRule(value.type.type, type.type) != ConversionRule::Never || value.nullLiteral;
+    if (value.constant && allowed) return folded(value, type, Overlength::Cut, style, line);
+    return castCall("kap_convert", value, type, plain::text(style), line);
+}
+
+Typed Binder::castCall(const char* function, const Typed& value, const TypeSpec& type,
+                       const std::string& style, int line) const {
+    if (value.nullLiteral) return Typed::expression("NULL", type, true);
+    if (conversionRule(value.type.type, type.type) == ConversionRule::Never) {
+        throw ServerError(529,
+                          std::string("Explicit conversion from data type ") +
+                              tsql::typeName(value.type.type) + " to " + tsql::typeName(type.type) +
+                              " is not allowed.",
+                          line);
+    }
+    if (!needsConversion(value.type, type)) {
+        // The type was asked for, so the result is an expression of it and no longer the column.
+        return Typed::expression(value.sql, type, value.nullable);
+    }
+    return Typed::expression(
+        callText(function, value.sql, typeArgument(value.type), typeArgument(type), style), type,
+        value.nullable);
+}
+
+std::string Binder::stored(const Typed& value, const TypeSpec& type, int line) const {
+    if (value.nullLiteral) return "NULL";
+    checkImplicit(value, type, line);
+    if (value.constant) return storedConstant(folded(value, type, Overlength::Refuse, 0, line));
+    if (!needsConversion(value.type, type)) return value.sql;
+    return callText("kap_store", value.sql, typeArgument(value.type), typeArgument(type));
+}
+
+}  // namespace kap::engine

@@ -1,0 +1,289 @@
+#include <algorithm>
+
+#include <kaputil/automation/plain_text.hpp>
+
+#include "base/ascii.hpp"
+#include "engine/binder/binder.hpp"
+#include "engine/binder/function_table.hpp"
+#include "engine/binder/server_functions.hpp"
+#include "engine/binder/system_values.hpp"
+#include "engine/binder/type_rules.hpp"
+#include "tsql/server_error.hpp"
+
+namespace kap::engine {
+
+using tsql::FunctionCall;
+using tsql::ServerError;
+using tsql::SqlType;
+using tsql::TypeSpec;
+
+namespace {
+
+void checkArgumentCount(const ScalarFunction& function, const FunctionCall& call, int line) {
+    const int count = static_cast<int>(call.arguments.size());
+    if (!call.star && count >= function.fewest && (function.most < 0 || count <= function.most))
+        return;
+    const std::string name(function.name);
+    if (call.star && name.ends_with("checksum")) {
+        throw tsql::unsupported(asciiUpper(name) + "(*)", line);
+    }
+    if (function.fewest == function.most) {
+        throw ServerError(
+            174,
+            "The " + name + " function requires " + plain::text(function.fewest) + " argument(s).",
+            line, 15);
+    }
+    if (function.most < 0)
+        throw ServerError(102, "Incorrect syntax near '" + call.name.last() + "'.", line, 15);
+    throw ServerError(189,
+                      "The " + name + " function requires " + plain::text(function.fewest) +
+                          " to " + plain::text(function.most) + " arguments.",
+                      line, 15);
+}
+
+[[noreturn]] void aggregateRefused(AggregateUse use, int line) {
+    switch (use) {
+        case AggregateUse::RefusedInOn:
+            throw ServerError(
+                1015,
+                "An aggregate cannot appear in an ON clause unless it is in a subquery contained "
+                "in a HAVING clause or select list, and the column being aggregated is an outer "
+                "reference.",
+                line, 15);
+        case AggregateUse::RefusedInGroupBy:
+            throw ServerError(
+                144,
+                "Cannot use an aggregate or a subquery in an expression used for the group by "
+                "list of a GROUP BY clause.",
+                line, 15);
+        case AggregateUse::RefusedInSet:
+            throw ServerError(157,
+                              "An aggregate may not appear in the set list of an UPDATE statement.",
+                              line, 15);
+        case AggregateUse::RefusedInWhere:
+            throw ServerError(
+                147,
+                "An aggregate may not appear in the WHERE clause unless it is in a subquery "
+                "contained in a HAVING clause or a select list, and the column being aggregated "
+                "is an outer reference.",
+                line, 15);
+        default:
+            throw ServerError(10710, "An aggregate may not appear in this context.", line, 15);
+    }
+}
+
+// sys.fn_varbintohexstr, master.dbo.fn_varbintohexstr: functions that every server has as objects.
+bool isOfTheServer(const tsql::ObjectName& name) {
+    return equalsIgnoringCase(name.parts.front(), "sys") ||
+           (equalsIgnoringCase(name.parts.front(), "master") &&
+            asciiLower(name.last()).starts_with("fn_"));
+}
+
+void refuseServerFunction(const std::string& name, int line) {
+    if (isServerFunction(name)) throw tsql::unsupported(asciiUpper(name), line);
+}
+
+std::string aggregateCall(const char* function, const std::string& argument, bool distinct) {
+    return std::string(function) + "(" + (distinct ? "DISTINCT " : "") + argument + ")";
+}
+
+TypeSpec sumType(const TypeSpec& type) {
+    constexpr int kWidest = 38;
+    if (tsql::isDecimal(type.type)) return {SqlType::Numeric, 0, kWidest, type.scale};
+    if (tsql::isMoney(type.type)) return {SqlType::Money};
+    if (tsql::isApproximate(type.type)) return {SqlType::Float};
+    return type.type == SqlType::BigInt ? TypeSpec{SqlType::BigInt} : TypeSpec{SqlType::Int};
+}
+
+const char* sumFunction(const TypeSpec& type) {
+    switch (type.type) {
+        case SqlType::Numeric:
+            return "kap_sum_numeric";
+        case SqlType::Money:
+            return "kap_sum_money";
+        case SqlType::Float:
+            return "kap_sum_float";
+        case SqlType::BigInt:
+            return "kap_sum_bigint";
+        default:
+            return "kap_sum_int";
+    }
+}
+
+}  // namespace
+
+bool isStatisticsName(std::string_view name) {
+    return name == "stdev" || name == "stdevp" || name == "var" || name == "varp";
+}
+
+Typed Binder::node(const FunctionCall& node, int line, Scope& scope) {
+    if (node.over) return windowed(node, line, scope);
+    if (isAggregateName(node.name)) return aggregate(node, line, scope);
+    if (node.name.parts.size() > 1) return storedFunction(node, line, scope);
+    if (auto system = systemFunction(node, line, scope)) return std::move(*system);
+    const ScalarFunction* function = findFunction(node.name.last());
+    if (function == nullptr) {
+        if (auto grouping = groupingCall(node, line, scope)) return std::move(*grouping);
+        refuseWithoutWindow(node, line);
+        refuseServerFunction(node.name.last(), line);
+        throw ServerError(195,
+                          "'" + node.name.last() + "' is not a recognized built-in function name.",
+                          line, 15);
+    }
+    checkArgumentCount(*function, node, line);
+    ScalarCall call{*this, node, {}, line};
+    for (std::size_t i = function->firstIsWord ? 1 : 0; i < node.arguments.size(); ++i) {
+        call.arguments.push_back(value(*node.arguments[i], scope));
+    }
+    return function->bind(call);
+}
+
+// dbo.f(a, b): the values are brought to the types of its parameters, and the session runs it.
+Typed Binder::storedFunction(const FunctionCall& call, int line, Scope& scope) {
+    if (equalsIgnoringCase(call.name.parts.front(), "$partition")) {
+        throw tsql::unsupported("$PARTITION", line);
+    }
+    if (isOfTheServer(call.name)) throw tsql::unsupported(call.name.text(), line);
+    const Function* function =
+        isOwn(call.name) ? catalogue().findFunction(call.name.last()) : nullptr;
+    if (function == nullptr) {
+        throw ServerError(4121,
+                          "Cannot find either column \"" + call.name.parts.front() +
+                              "\" or the user-defined function or aggregate \"" + call.name.text() +
+                              "\", or the name is ambiguous.",
+                          line);
+    }
+    if (call.arguments.size() != function->parameters.size()) {
+        const bool few = call.arguments.size() < function->parameters.size();
+        throw ServerError(few ? 313 : 8144,
+                          few ? "An insufficient number of arguments were supplied for the "
+                                "procedure or function " +
+                                    call.name.text() + "."
+                              : "Procedure or function " + call.name.text() +
+                                    " has too many arguments specified.",
+                          line);
+    }
+    readsOtherRows_ = true;
+    std::string arguments = sqlText(function->name);
+    for (std::size_t i = 0; i < call.arguments.size(); ++i) {
+        const Typed argument =
+            std::holds_alternative<tsql::DefaultArgument>(call.arguments[i]->node)
+                ? defaultArgument(*function, i, line)
+                : value(*call.arguments[i], scope);
+        arguments += ", " + convertTo(argument, function->parameters[i].type, line).sql;
+    }
+    return Typed::expression(callText(computedColumn_ ? kColumnStoredCall : "kap_call", arguments),
+                             function->returns, true);
+}
+
+Typed Binder::defaultArgument(const Function& function, std::size_t parameter, int line) {
+    const Function::Parameter& wanted = function.parameters[parameter];
+    if (wanted.defaultValue == nullptr) {
+        throw ServerError(201,
+                          "Procedure or function '" + function.name + "' expects parameter '" +
+                              wanted.name + "', which was not supplied.",
+                          line, 16, 3);
+    }
+    Scope constants;
+    return value(*wanted.defaultValue, constants);
+}
+
+bool isAggregateName(const tsql::ObjectName& name) {
+    static constexpr const char* kNames[] = {"COUNT", "COUNT_BIG", "SUM",        "AVG",
+                                             "MIN",   "MAX",       "STRING_AGG", "CHECKSUM_AGG"};
+    return name.parts.size() == 1 &&
+           (isStatisticsName(asciiLower(name.last())) ||
+            std::any_of(std::begin(kNames), std::end(kNames),
+                        [&](const char* known) { return equalsIgnoringCase(known, name.last()); }));
+}
+
+ServerError aggregateOfAggregate(int line) {
+    return {130,
+            "Cannot perform an aggregate function on an expression containing an aggregate or a "
+            "subquery.",
+            line, 15};
+}
+
+Typed Binder::aggregate(const FunctionCall& call, int line, Scope& scope) {
+    const std::string name = asciiLower(call.name.last());
+    if (scope.insideAggregate) throw aggregateOfAggregate(line);
+    if (scope.aggregates != AggregateUse::Allowed) aggregateRefused(scope.aggregates, line);
+    if (name == "string_agg") return joinedTexts(call, line, scope);
+    const bool counts = name == "count" || name == "count_big";
+    const TypeSpec countType = name == "count" ? TypeSpec{SqlType::Int} : TypeSpec{SqlType::BigInt};
+    if (call.star && counts) return Typed::expression("count(*)", countType, false);
+    if (call.star || call.arguments.size() != 1) {
+        throw ServerError(174, "The " + name + " function requires 1 argument(s).", line, 15);
+    }
+    const Replaced inside(scope.insideAggregate, true);
+    const Replaced own(scope.readsOwn, false);
+    const Replaced outer(scope.readsOuter, false);
+    const Typed argument = value(*call.arguments.front(), scope);
+    if (scope.readsOuter && !scope.readsOwn) {
+        throw tsql::unsupported("an aggregate of columns of an outer query", line);
+    }
+    if (counts)
+        return Typed::expression(aggregateCall("count", collated(argument), call.distinct),
+                                 countType, false);
+    if (argument.nullLiteral) {
+        throw ServerError(8117, "Operand data type NULL is invalid for " + name + " operator.",
+                          line);
+    }
+    if (name == "sum") return total(argument, call.distinct, "sum", line);
+    if (name == "checksum_agg") {
+        return Typed::expression(
+            aggregateCall("kap_checksum_agg", convertTo(argument, {SqlType::Int}, line).sql,
+                          call.distinct),
+            {SqlType::Int}, true);
+    }
+    if (name == "avg") return average(argument, call.distinct, line);
+    if (isStatisticsName(name)) return statistics(name, argument, call.distinct, line);
+    const SqlType type = argument.type.type;
+    if (type == SqlType::Bit || type == SqlType::Text || type == SqlType::NText ||
+        type == SqlType::Image) {
+        throw ServerError(8117,
+                          std::string("Operand data type ") + tsql::typeName(type) +
+                              " is invalid for " + name + " operator.",
+                          line);
+    }
+    return Typed::expression(aggregateCall(name.c_str(), collated(argument), call.distinct),
+                             argument.type, true);
+}
+
+Typed Binder::total(const Typed& argument, bool distinct, const char* function, int line) const {
+    if (!tsql::isNumber(argument.type.type) || argument.type.type == SqlType::Bit) {
+        throw ServerError(8117,
+                          std::string("Operand data type ") + tsql::typeName(argument.type.type) +
+                              " is invalid for " + function + " operator.",
+                          line);
+    }
+    const TypeSpec type = sumType(argument.type);
+    return Typed::expression(aggregateCall(sumFunction(type), argument.sql, distinct), type, true);
+}
+
+// The deviation or the variance, of a sample or of the whole population: a float.
+Typed Binder::statistics(const std::string& name, const Typed& argument, bool distinct,
+                         int line) const {
+    (void)total(argument, distinct, name.c_str(), line);  // refuses what is no number
+    const Typed number = convertTo(argument, {SqlType::Float}, line);
+    return Typed::expression(aggregateCall(("kap_" + name).c_str(), number.sql, distinct),
+                             {SqlType::Float}, true);
+}
+
+// The sum divided by the count: whole numbers give a whole number, decimals at least six decimals.
+Typed Binder::average(const Typed& argument, bool distinct, int line) const {
+    const Typed sum = total(argument, distinct, "avg", line);
+    const std::string count = aggregateCall("count", argument.sql, distinct);
+    if (tsql::isApproximate(sum.type.type)) {
+        return Typed::expression(
+            callText("kap_float_divide", sum.sql, count, typeArgument(sum.type)), sum.type, true);
+    }
+    TypeSpec type = sum.type;
+    constexpr int kLeastScale = 6;
+    if (tsql::isDecimal(type.type)) type.scale = std::max(type.scale, kLeastScale);
+    const int shift = storedScale(type) - storedScale(sum.type);
+    return Typed::expression(
+        callText("kap_divide", sum.sql, count, plain::text(shift), typeArgument(type)), type, true);
+}
+
+}  // namespace kap::engine

@@ -1,0 +1,160 @@
+#include <algorithm>
+
+#include <kaputil/automation/plain_text.hpp>
+
+#include "base/ascii.hpp"
+#include "engine/binder/binder.hpp"
+#include "tsql/server_error.hpp"
+
+namespace kap::engine {
+
+using tsql::OrderItem;
+using tsql::ServerError;
+using tsql::SqlType;
+
+namespace {
+
+[[noreturn]] void outOfRange(const std::string& position, int line) {
+    throw ServerError(108,
+                      "The ORDER BY position number " + position +
+                          " is out of range of the number of items in the select list.",
+                      line, 15);
+}
+
+// The item that a whole number in ORDER BY means, from 0.
+std::optional<std::size_t> position(const OrderItem& item, std::size_t columns) {
+    const auto* literal = std::get_if<tsql::Literal>(&item.value->node);
+    if (literal == nullptr || literal->kind != tsql::LiteralKind::Integer) return std::nullopt;
+    // More digits than any list has items.
+    constexpr std::size_t kMostDigits = 6;
+    if (literal->text.size() > kMostDigits) outOfRange(literal->text, item.value->line);
+    std::size_t number = 0;
+    for (const char digit : literal->text)
+        number = number * 10 + static_cast<std::size_t>(digit - '0');
+    if (number == 0 || number > columns) outOfRange(literal->text, item.value->line);
+    return number - 1;
+}
+
+// The item that a bare name means; names of the select list come before those of tables.
+std::optional<std::size_t> namedItem(const OrderItem& item,
+                                     const std::vector<OutputColumn>& columns) {
+    const auto* reference = std::get_if<tsql::ColumnReference>(&item.value->node);
+    if (reference == nullptr || reference->name.parts.size() != 1) return std::nullopt;
+    const std::string& name = reference->name.last();
+    std::optional<std::size_t> found;
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+        if (!sameName(columns[i].name, name)) continue;
+        if (found && columns[*found].value.sql != columns[i].value.sql) {
+            throw ServerError(209, "Ambiguous column name '" + name + "'.", item.value->line);
+        }
+        if (!found) found = i;
+    }
+    return found;
+}
+
+void checkSortable(const Typed& value, int line) {
+    const SqlType type = value.type.type;
+    if (type != SqlType::Text && type != SqlType::NText && type != SqlType::Image) return;
+    throw ServerError(
+        306,
+        "The text, ntext, and image data types cannot be compared or sorted, except when using IS "
+        "NULL or LIKE operator.",
+        line);
+}
+
+std::string byPosition(std::size_t index, const Typed& value) {
+    const std::string number = plain::text(static_cast<std::int64_t>(index) + 1);
+    return tsql::isText(value.type.type) ? number + " COLLATE KAP_CI" : number;
+}
+
+std::string orderList(const std::vector<std::string>& terms, const std::vector<OrderItem>& items) {
+    std::string result;
+    for (std::size_t i = 0; i < terms.size(); ++i) {
+        const auto own = terms.begin() + static_cast<std::ptrdiff_t>(i);
+        if (std::find(terms.begin(), own, terms[i]) != own) {
+            throw ServerError(169,
+                              "A column has been specified more than once in the order by list. "
+                              "Columns in the order by list must be unique.",
+                              items[i].value->line, 15);
+        }
+        result += (i == 0 ? " ORDER BY " : ", ") + terms[i] + (items[i].descending ? " DESC" : "");
+    }
+    return result;
+}
+
+}  // namespace
+
+void Binder::orderRows(const std::vector<OrderItem>& items, BoundSelect& bound) {
+    std::vector<std::string> terms;
+    const Replaced clause(bound.scope->groupedClause, "ORDER BY clause");
+    for (const OrderItem& item : items) {
+        const int line = item.value->line;
+        auto index = position(item, bound.items.size());
+        if (!index) index = namedItem(item, bound.items);
+        if (index) {
+            checkSortable(bound.items[*index].value, line);
+            terms.push_back(byPosition(*index, bound.items[*index].value));
+            bound.keys.push_back({index, {}, item.descending});
+            continue;
+        }
+        const Replaced outer(bound.scope->readsOuter, false);
+        Typed value = this->value(*item.value, *bound.scope);
+        bound.ordersByOuter = bound.ordersByOuter || bound.scope->readsOuter;
+        checkSortable(value, line);
+        if (value.constant || value.nullLiteral) {
+            throw ServerError(
+                408,
+                "A constant expression was encountered in the ORDER BY list, position " +
+                    plain::text(static_cast<std::int64_t>(terms.size()) + 1) + ".",
+                line, 15);
+        }
+        const auto listed = std::ranges::find_if(
+            bound.items, [&](const OutputColumn& column) { return column.value.sql == value.sql; });
+        if (bound.distinct && listed == bound.items.end()) {
+            throw ServerError(
+                145,
+                "ORDER BY items must appear in the select list if SELECT DISTINCT is specified.",
+                line, 15);
+        }
+        terms.push_back(collated(value));
+        if (bound.distinct) index = static_cast<std::size_t>(listed - bound.items.begin());
+        bound.keys.push_back({index, std::move(value), item.descending});
+    }
+    bound.order = orderList(terms, items);
+}
+
+std::string Binder::orderedBy(const BoundSelect& select, std::string& columns) {
+    std::string list;
+    for (const BoundSelect::OrderKey& key : select.keys) {
+        const std::string own =
+            sqlName("o" + plain::text(static_cast<std::int64_t>(&key - select.keys.data())));
+        const std::string name = key.item ? numberedName(*key.item) : own;
+        const Typed& value = key.item ? select.items[*key.item].value : key.value;
+        if (!key.item) columns += ", " + value.sql + " AS " + own;
+        list += (list.empty() ? "ORDER BY " : ", ") + name;
+        if (tsql::isText(value.type.type)) list += " COLLATE KAP_CI";
+        if (key.descending) list += " DESC";
+    }
+    return list;
+}
+
+std::string Binder::unionOrderText(const std::vector<OrderItem>& items,
+                                   const std::vector<OutputColumn>& columns) {
+    std::vector<std::string> terms;
+    for (const OrderItem& item : items) {
+        auto index = position(item, columns.size());
+        if (!index) index = namedItem(item, columns);
+        if (!index) {
+            throw ServerError(
+                104,
+                "ORDER BY items must appear in the select list if the statement contains a UNION, "
+                "INTERSECT or EXCEPT operator.",
+                item.value->line, 15);
+        }
+        checkSortable(columns[*index].value, item.value->line);
+        terms.push_back(byPosition(*index, columns[*index].value));
+    }
+    return orderList(terms, items);
+}
+
+}  // namespace kap::engine

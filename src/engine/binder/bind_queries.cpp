@@ -1,0 +1,236 @@
+#include <algorithm>
+#include <cstddef>
+#include <utility>
+
+#include <kaputil/automation/plain_text.hpp>
+#include "base/ascii.hpp"
+#include "engine/binder/binder.hpp"
+#include "engine/binder/type_rules.hpp"
+#include "tsql/parser.hpp"
+#include "tsql/server_error.hpp"
+#include "tsql/stack_limit.hpp"
+
+namespace kap::engine {
+
+using tsql::ServerError;
+
+namespace {
+
+// "(SELECT ...) ORDER BY x" is the query in brackets, ordered: brackets around all of it mean
+// nothing.
+const tsql::Query& withoutBrackets(const tsql::Query& query) {
+    const tsql::Query* inner = &query;
+    while (inner->terms.size() == 1) {
+        const auto* bracketed = std::get_if<tsql::QueryPtr>(&inner->terms.front().node);
+        if (bracketed == nullptr || !(*bracketed)->orderBy.empty()) break;
+        inner = bracketed->get();
+    }
+    return *inner;
+}
+
+bool hasTop(const tsql::Query& query) {
+    const auto* select =
+        query.terms.size() == 1 ? std::get_if<tsql::Select>(&query.terms.front().node) : nullptr;
+    return select != nullptr && select->top.has_value();
+}
+
+}  // namespace
+
+BoundQuery Binder::query(const tsql::Query& query, Scope* outer, QueryPlace place) {
+    tsql::requireStack(query.line);
+    if (outer != nullptr && outer->subqueriesRefused) {
+        throw ServerError(
+            1046,
+            "Subqueries are not allowed in this context. Only scalar expressions are allowed.",
+            query.line, 15);
+    }
+    readsOtherRows_ = readsOtherRows_ || outer != nullptr;
+    const Replaced numbers(needsRowNumbers_, false);
+    const Replaced deeper(queryDepth_, queryDepth_ + 1);
+    if (!query.commonTables.empty()) limitRecursion(query.maxRecursion);
+    const int aside = std::exchange(deepestRead_, 0);
+    const std::string with = commonTables(query.commonTables, outer);
+    BoundQuery bound = body(query, outer, place);
+    bound.sql = with + bound.sql + rowLimits(query, outer);
+    const int depth = checkedDepth(deepestRead_ + 1, query.line);
+    deepestRead_ = std::max(aside, depth);
+    return bound;
+}
+
+// Views and common tables nest queries further than their texts show. SQLite follows them by
+// recursion.
+int Binder::checkedDepth(int depth, int line) {
+    if (depth > tsql::kMaxNesting) throw tsql::nestedTooDeeply(line);
+    constexpr std::size_t kLevel = 1024;
+    if (stackLeft() < kStackReserve + static_cast<std::size_t>(depth) * kLevel) {
+        throw tsql::outOfStack(line);
+    }
+    return depth;
+}
+
+BoundQuery Binder::body(const tsql::Query& query, Scope* outer, QueryPlace place) {
+    const std::vector<tsql::OrderItem>& orderBy = query.orderBy;
+    const tsql::Query& body = withoutBrackets(query);
+    const bool ordered = place == QueryPlace::Nested && !orderBy.empty() && !query.offset;
+    if (ordered && !hasTop(body)) {
+        throw ServerError(1033,
+                          "The ORDER BY clause is invalid in views, inline functions, derived "
+                          "tables, subqueries, "
+                          "and common table expressions, unless TOP or FOR XML is also specified.",
+                          query.line, 15);
+    }
+    if (query.offset && hasTop(body)) {
+        throw ServerError(10741,
+                          "A TOP can not be used in the same query or sub-query as a OFFSET.",
+                          query.line, 15);
+    }
+    if (body.terms.size() > 1) return unionQuery(body, orderBy, outer);
+    BoundSelect bound = term(body.terms.front(), orderBy, outer);
+    orderRows(orderBy, bound);
+    std::string sql = selectText(bound);
+    return {std::move(sql), std::move(bound.items)};
+}
+
+// The rows are put in order first, with every column that a value could name, and the values are
+// computed outside, where SQLite asks for them row by row: it would compute them before it sorts.
+BoundQuery Binder::valuesInOrder(const tsql::Query& query) {
+    const auto* select = std::get_if<tsql::Select>(&withoutBrackets(query).terms.front().node);
+    const bool byPosition = std::ranges::any_of(query.orderBy, [](const tsql::OrderItem& item) {
+        return std::holds_alternative<tsql::Literal>(item.value->node);
+    });
+    const std::string with = commonTables(query.commonTables, nullptr);
+    BoundSelect rows = term(withoutBrackets(query).terms.front(), query.orderBy, nullptr);
+    const bool plain = select != nullptr && withoutBrackets(query).terms.size() == 1 &&
+                       !rows.grouped && !rows.distinct && !rows.ranked && !byPosition &&
+                       !rows.scope->sources.empty();
+    if (!plain) {
+        throw tsql::unsupported("SELECT @variable = @variable + ... of groups with ORDER BY",
+                                query.line);
+    }
+    orderRows(query.orderBy, rows);
+    rows.items.clear();
+    Scope outside;
+    outside.sources = rows.scope->sources;
+    for (Source& source : outside.sources) {
+        for (SourceColumn& column : source.columns) {
+            const std::string name = numberedName(rows.items.size());
+            rows.items.push_back({"", column.value});
+            column.value = Typed::expression(name, column.value.type, true);
+        }
+    }
+    BoundQuery result;
+    result.columns = itemValues(select->items, outside);
+    std::string list;
+    for (std::size_t i = 0; i < result.columns.size(); ++i) {
+        list += (i == 0 ? "" : ", ") + result.columns[i].value.sql + " AS " + numberedName(i);
+    }
+    // A part with OFFSET is never merged into the whole, so it stays sorted first.
+    result.sql = with + "SELECT " + list + " FROM (" + selectText(rows) +
+                 (rows.limit.empty() ? " LIMIT -1" : "") + " OFFSET 0)";
+    return result;
+}
+
+// Where SQLite cannot order or limit rows by what they are made of, it can by what a query brings.
+//
+// TOP n WITH TIES takes the rows whose rank is at most n; where n depends on the number of rows,
+// their own numbers are compared with it. ORDER BY may not name columns of a query around.
+std::string Binder::nestedText(const BoundSelect& select) {
+    if (select.ties && select.keys.empty()) {
+        throw ServerError(1062,
+                          "The TOP N WITH TIES clause is not allowed without a corresponding ORDER "
+                          "BY clause.",
+                          0, 15);
+    }
+    std::string names;
+    std::string columns;
+    for (std::size_t i = 0; i < select.items.size(); ++i) {
+        const std::string comma = i == 0 ? "" : ", ";
+        names += comma + numberedName(i);
+        columns += comma + collated(select.items[i].value) + " AS " + numberedName(i);
+    }
+    const std::string order = orderedBy(select, columns);
+    const std::string rows =
+        (select.distinct ? "SELECT DISTINCT " : "SELECT ") + columns + select.tail;
+    if (!select.ranked) {
+        return "SELECT " + names + " FROM (" + rows + ") " + order +
+               (select.limit.empty() ? "" : " LIMIT " + select.limit);
+    }
+    return "SELECT " + names + " FROM (SELECT *, " + (select.ties ? "rank()" : "row_number()") +
+           " OVER (" + order + ") AS \"rank\", " + select.limit + " AS \"most\" FROM (" + rows +
+           ")) WHERE \"rank\" <= \"most\" ORDER BY \"rank\"";
+}
+
+// OFFSET n ROWS FETCH NEXT m ROWS ONLY.
+std::string Binder::rowLimits(const tsql::Query& query, Scope* outer) {
+    if (!query.offset) return {};
+    Scope constants;
+    constants.outer = outer;
+    constants.limitsRows = true;
+    const auto count = [&](const tsql::Expression& expression) {
+        const Typed bound = value(expression, constants);
+        return convertTo(bound, {tsql::SqlType::BigInt}, expression.line).sql;
+    };
+    const std::string offset = callText("kap_top", count(*query.offset));
+    const std::string limit = query.fetch ? callText("kap_top", count(*query.fetch)) : "-1";
+    return " LIMIT " + limit + " OFFSET " + offset;
+}
+
+Binder::BoundSelect Binder::term(const tsql::QueryTerm& term,
+                                 const std::vector<tsql::OrderItem>& orderBy, Scope* outer) {
+    if (const auto* plain = std::get_if<tsql::Select>(&term.node)) {
+        return select(*plain, orderBy, outer, term.line);
+    }
+    const tsql::Query& bracketed = *std::get<tsql::QueryPtr>(term.node);
+    const bool plainBrackets = bracketed.terms.size() == 1 && bracketed.orderBy.empty() &&
+                               bracketed.commonTables.empty() && !bracketed.offset;
+    if (plainBrackets) return this->term(bracketed.terms.front(), orderBy, outer);
+    // A bracketed query is read from as from a table of its columns.
+    const BoundQuery inner = query(bracketed, outer, QueryPlace::Nested);
+    BoundSelect bound;
+    bound.scope = std::make_unique<Scope>();
+    bound.scope->outer = outer;
+    bound.items = inner.columns;
+    for (std::size_t i = 0; i < bound.items.size(); ++i) {
+        bound.items[i].value.sql = numberedName(i);
+        bound.items[i].value.constant.reset();
+    }
+    bound.tail = " FROM (" + inner.sql + ")";
+    return bound;
+}
+
+std::string Binder::selectText(const BoundSelect& select) {
+    const bool ranks = select.ranked && !select.limit.empty();
+    if (ranks || select.ordersByOuter) return nestedText(select);
+    std::string sql = select.distinct ? "SELECT DISTINCT " : "SELECT ";
+    for (std::size_t i = 0; i < select.items.size(); ++i) {
+        if (i > 0) sql += ", ";
+        sql += collated(select.items[i].value) + " AS " + numberedName(i);
+    }
+    sql += select.tail + select.order;
+    if (!select.limit.empty()) sql += " LIMIT " + select.limit;
+    return sql;
+}
+
+void Binder::checkOwnNames(const std::vector<OutputColumn>& columns, const std::string& alias,
+                           int line) {
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+        if (columns[i].name.empty()) {
+            throw ServerError(8155,
+                              "No column name was specified for column " +
+                                  plain::text(static_cast<std::int64_t>(i) + 1) + " of '" + alias +
+                                  "'.",
+                              line);
+        }
+        const bool repeated = std::any_of(
+            columns.begin(), columns.begin() + static_cast<std::ptrdiff_t>(i),
+            [&](const OutputColumn& other) { return sameName(other.name, columns[i].name); });
+        if (repeated) {
+            throw ServerError(8156,
+                              "The column '" + columns[i].name +
+                                  "' was specified multiple times for '" + alias + "'.",
+                              line);
+        }
+    }
+}
+
+}  // namespace kap::engine

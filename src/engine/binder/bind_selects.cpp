@@ -1,0 +1,218 @@
+#include <algorithm>
+
+#include "engine/binder/binder.hpp"
+#include "engine/binder/type_rules.hpp"
+#include "tsql/server_error.hpp"
+
+namespace kap::engine {
+
+using tsql::ServerError;
+using tsql::SqlType;
+
+namespace {
+
+bool hasAggregateItem(const tsql::Select& select) {
+    return std::any_of(select.items.begin(), select.items.end(), [](const tsql::SelectItem& item) {
+        if (const auto* assignment = std::get_if<tsql::AssignmentItem>(&item.node)) {
+            return containsAggregate(*assignment->value);
+        }
+        const auto* expression = std::get_if<tsql::ExpressionItem>(&item.node);
+        return expression != nullptr && containsAggregate(*expression->value);
+    });
+}
+
+bool isAggregateQuery(const tsql::Select& select, const std::vector<tsql::OrderItem>& orderBy) {
+    if (!select.groupBy.empty() || select.having) return true;
+    return hasAggregateItem(select) ||
+           std::any_of(orderBy.begin(), orderBy.end(),
+                       [](const tsql::OrderItem& item) { return containsAggregate(*item.value); });
+}
+
+void addColumns(const Source& source, std::vector<OutputColumn>& items) {
+    for (const SourceColumn& column : source.columns)
+        items.push_back({column.name, column.value});
+}
+
+// The name of an item without alias: that of a plain column, as its source spells it, else none.
+std::string itemName(const tsql::ExpressionItem& item, const Scope& scope) {
+    if (!item.alias.empty()) return item.alias;
+    const auto* column = std::get_if<tsql::ColumnReference>(&item.value->node);
+    return column == nullptr ? std::string() : resolveColumn(column->name, scope).name;
+}
+
+void refuseLargeType(const Typed& value, int line) {
+    const SqlType type = value.type.type;
+    if (type != SqlType::Text && type != SqlType::NText && type != SqlType::Image) return;
+    throw ServerError(
+        306,
+        "The text, ntext, and image data types cannot be compared or sorted, except when using IS "
+        "NULL or LIKE operator.",
+        line);
+}
+
+}  // namespace
+
+Binder::BoundSelect Binder::select(const tsql::Select& select,
+                                   const std::vector<tsql::OrderItem>& orderBy, Scope* outer,
+                                   int line) {
+    BoundSelect bound;
+    bound.scope = std::make_unique<Scope>();
+    bound.scope->outer = outer;
+    bound.distinct = select.distinct;
+    if (!select.from.empty()) {
+        BoundSource source = from(select.from, *bound.scope);
+        bound.scope->sources = std::move(source.sources);
+        bound.tail = " FROM " + source.sql;
+    }
+    if (!select.groupingSets.empty()) {
+        bound.tail += groupingSetsSource(select.groupingSets.size(), !select.from.empty());
+    }
+    if (select.where) {
+        bound.scope->aggregates = AggregateUse::RefusedInWhere;
+        bound.tail += " WHERE " + condition(*select.where, *bound.scope);
+    }
+    bound.grouped = isAggregateQuery(select, orderBy);
+    if (bound.grouped) grouping(select, bound);
+    bound.scope->aggregates = AggregateUse::Allowed;
+    selectItems(select, bound, line);
+    if (select.having) {
+        const Replaced clause(bound.scope->groupedClause, "HAVING clause");
+        const Replaced windows(bound.scope->windowsRefused, true);
+        bound.tail += " HAVING " + condition(*select.having, *bound.scope);
+    }
+    if (select.top) {
+        // The rows that a share is of can be counted beside them only where the counting need not
+        // read the query around.
+        const bool percent = select.top->percent;
+        bound.ties = select.top->withTies;
+        bound.ranked = bound.ties || (percent && outer != nullptr);
+        bound.limit =
+            percent ? percentText(*select.top, bound) : limitText(*select.top, *bound.scope);
+    }
+    return bound;
+}
+
+void Binder::grouping(const tsql::Select& select, BoundSelect& bound) {
+    std::string list;
+    std::vector<Typed> groups;
+    bound.scope->aggregates = AggregateUse::RefusedInGroupBy;
+    for (const auto& expression : select.groupBy) {
+        const Replaced own(bound.scope->readsOwn, false);
+        const Replaced outer(bound.scope->readsOuter, false);
+        const Typed value = this->value(*expression, *bound.scope);
+        refuseLargeType(value, expression->line);
+        if (bound.scope->readsOuter && bound.scope->readsOwn) {
+            throw tsql::unsupported("GROUP BY with columns of an outer query", expression->line);
+        }
+        if (value.constant || value.nullLiteral || bound.scope->readsOuter) {
+            throw ServerError(
+                164,
+                "Each GROUP BY expression must contain at least one column that is not an outer "
+                "reference.",
+                expression->line, 15);
+        }
+        list += (list.empty() ? " GROUP BY " : ", ") + collated(value);
+        bound.scope->groups.push_back(value.sql);
+        if (!select.groupingSets.empty()) groups.push_back(value);
+    }
+    if (!select.groupingSets.empty()) list = groupingSets(select, *bound.scope, groups);
+    // HAVING alone makes one group of all rows; SQLite has to be told where no aggregate in the
+    // list says so.
+    if (list.empty() && select.having && !hasAggregateItem(select)) list = " GROUP BY NULL";
+    bound.tail += list;
+    bound.scope->grouped = true;
+}
+
+void Binder::selectItems(const tsql::Select& select, BoundSelect& bound, int line) {
+    for (const tsql::SelectItem& item : select.items) {
+        if (const auto* star = std::get_if<tsql::StarItem>(&item.node)) {
+            if (select.from.empty()) {
+                throw ServerError(263, "Must specify table to select from.", line);
+            }
+            const std::size_t first = bound.items.size();
+            if (star->qualifier.parts.empty()) {
+                for (const Source& source : bound.scope->sources)
+                    addColumns(source, bound.items);
+            } else {
+                addColumns(resolveQualifier(star->qualifier, *bound.scope), bound.items);
+            }
+            if (!bound.grouped) continue;
+            // Each column has to stand in GROUP BY.
+            for (std::size_t i = first; i < bound.items.size(); ++i) {
+                (void)resolveColumn({{bound.items[i].name}, item.line}, *bound.scope);
+            }
+            if (!select.groupingSets.empty()) {
+                throw tsql::unsupported("SELECT * with several grouping sets", line);
+            }
+            continue;
+        }
+        addItem(item, *bound.scope, bound.items);
+    }
+    if (!bound.distinct) return;
+    for (const OutputColumn& item : bound.items)
+        refuseLargeType(item.value, line);
+}
+
+void Binder::addItem(const tsql::SelectItem& item, Scope& scope, std::vector<OutputColumn>& items) {
+    if (const auto* assignment = std::get_if<tsql::AssignmentItem>(&item.node)) {
+        items.push_back({"", value(*assignment->value, scope)});
+        return;
+    }
+    const auto& expression = std::get<tsql::ExpressionItem>(item.node);
+    items.push_back({itemName(expression, scope), value(*expression.value, scope)});
+}
+
+std::vector<OutputColumn> Binder::itemValues(const std::vector<tsql::SelectItem>& items,
+                                             Scope& scope) {
+    std::vector<OutputColumn> result;
+    for (const tsql::SelectItem& item : items) {
+        const auto* star = std::get_if<tsql::StarItem>(&item.node);
+        if (star == nullptr) {
+            addItem(item, scope, result);
+        } else if (star->qualifier.parts.empty()) {
+            for (const Source& source : scope.sources)
+                addColumns(source, result);
+        } else {
+            addColumns(resolveQualifier(star->qualifier, scope), result);
+        }
+    }
+    return result;
+}
+
+// TOP n PERCENT of the rows, which are counted first.
+std::string Binder::percentText(const tsql::TopClause& top, const BoundSelect& bound) {
+    if (bound.ranked) return percentText(top, "count(*) OVER ()", *bound.scope);
+    return percentText(top, "(SELECT count(*) FROM (" + selectText(bound) + "))", *bound.scope);
+}
+
+std::string Binder::percentText(const tsql::TopClause& top, const std::string& count,
+                                Scope& scope) {
+    Scope constants;
+    constants.outer = &scope;
+    constants.limitsRows = true;
+    const Typed percent = value(*top.count, constants);
+    const Typed share = convertTo(percent, {tsql::SqlType::Float}, top.count->line);
+    return callText("kap_top_percent", count, share.sql);
+}
+
+std::string Binder::limitText(const tsql::TopClause& top, Scope& scope) {
+    Scope constants;
+    constants.outer = &scope;
+    constants.limitsRows = true;
+    const Typed count = value(*top.count, constants);
+    const int line = top.count->line;
+    if (count.nullLiteral || !tsql::isInteger(count.type.type)) {
+        throw ServerError(
+            1060,
+            "The number of rows provided for a TOP or FETCH clauses row count parameter must be an "
+            "integer.",
+            line, 15);
+    }
+    if (!count.constant) return callText("kap_top", count.sql);
+    if (std::get<std::int64_t>(*count.constant) < 0) {
+        throw ServerError(127, "A TOP N or FETCH rowcount value may not be negative.", line, 15);
+    }
+    return count.sql;
+}
+
+}  // namespace kap::engine

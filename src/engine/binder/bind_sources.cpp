@@ -1,0 +1,305 @@
+#include <algorithm>
+#include <cstddef>
+#include <iterator>
+#include <utility>
+
+#include <kaputil/automation/plain_text.hpp>
+#include "base/ascii.hpp"
+#include "engine/binder/binder.hpp"
+#include "engine/plan/statements.hpp"
+#include "tsql/server_error.hpp"
+#include "tsql/stack_limit.hpp"
+
+#include "engine/binder/row_numbers.hpp"
+
+namespace kap::engine {
+
+using tsql::JoinKind;
+using tsql::ServerError;
+
+namespace {
+
+constexpr std::size_t kDeepestViews = 32;
+constexpr std::size_t kLongestView = std::size_t{16} * 1024 * 1024;
+
+std::string columnSql(const std::string& source, const std::string& column) {
+    return sqlName(source) + "." + sqlName(column);
+}
+
+const char* joinWord(JoinKind kind) {
+    switch (kind) {
+        case JoinKind::Inner:
+            return " JOIN ";
+        case JoinKind::Left:
+            return " LEFT JOIN ";
+        case JoinKind::Right:
+            return " RIGHT JOIN ";
+        case JoinKind::Full:
+            return " FULL JOIN ";
+        case JoinKind::Cross:
+            return " CROSS JOIN ";
+    }
+    return "";
+}
+
+void makeNullable(std::vector<Source>& sources) {
+    for (Source& source : sources) {
+        for (SourceColumn& column : source.columns)
+            column.value.nullable = true;
+    }
+}
+
+// The names that stand behind the alias of a query, or in the definition of a view.
+void nameColumns(std::vector<OutputColumn>& columns, const std::vector<std::string>& names,
+                 const std::string& source, int line) {
+    if (names.empty()) return;
+    if (names.size() != columns.size()) {
+        const bool more = names.size() < columns.size();
+        throw ServerError(more ? 8158 : 8159,
+                          "'" + source + "' has " + (more ? "more" : "fewer") +
+                              " columns than were specified in the column list.",
+                          line);
+    }
+    for (std::size_t i = 0; i < columns.size(); ++i)
+        columns[i].name = names[i];
+}
+
+void append(std::vector<Source>& all, std::vector<Source> more) {
+    std::move(more.begin(), more.end(), std::back_inserter(all));
+}
+
+}  // namespace
+
+// Two sources of one name could not be told apart. Aliases are named by error 1011, tables by 1013.
+void Binder::checkNames(const std::vector<Source>& sources, int line) {
+    for (std::size_t i = 0; i < sources.size(); ++i) {
+        for (std::size_t j = 0; j < i; ++j) {
+            if (!sameName(sources[i].name, sources[j].name)) continue;
+            const auto isTable = [](const Source& source) {
+                return source.table != nullptr && sameName(source.table->name, source.name);
+            };
+            if (isTable(sources[i]) && isTable(sources[j])) {
+                throw ServerError(
+                    1013,
+                    "The objects \"" + sources[j].name + "\" and \"" + sources[i].name +
+                        "\" in the FROM clause have the same exposed names. Use correlation names "
+                        "to distinguish them.",
+                    line, 15);
+            }
+            throw ServerError(1011,
+                              "The correlation name '" + sources[i].name +
+                                  "' is specified multiple times in a FROM clause.",
+                              line, 15);
+        }
+    }
+}
+
+Source Binder::tableSource(const Table& table, const std::string& name) {
+    Source source{name, &table, {}};
+    for (const Column& column : table.columns) {
+        Typed value = Typed::expression(columnSql(name, column.name), column.type, column.nullable);
+        value.table = &table;
+        value.column = &column;
+        value.plainColumn = true;
+        source.columns.push_back({column.name, std::move(value)});
+    }
+    return source;
+}
+
+BoundSource Binder::from(const std::vector<tsql::TableSourcePtr>& sources, Scope& scope) {
+    BoundSource result;
+    for (const auto& each : sources) {
+        // Joins bind closer than commas, which SQLite would read from left to right.
+        BoundSource bound =
+            result.sql.empty() ? source(*each, scope) : bracketedSource(*each, scope);
+        result.sql += (result.sql.empty() ? "" : " CROSS JOIN ") + bound.sql;
+        append(result.sources, std::move(bound.sources));
+    }
+    if (!sources.empty()) checkNames(result.sources, sources.front()->line);
+    return result;
+}
+
+BoundSource Binder::source(const tsql::TableSource& source, Scope& scope) {
+    tsql::requireStack(source.line);
+    if (const auto* table = std::get_if<tsql::NamedTable>(&source.node)) return namedTable(*table);
+    if (const auto* derived = std::get_if<tsql::DerivedTable>(&source.node)) {
+        return derivedTable(*derived, source.line, scope);
+    }
+    return join(std::get<tsql::Join>(source.node), source.line, scope);
+}
+
+BoundSource Binder::targetFrom(const std::vector<tsql::TableSourcePtr>& sources, Scope& scope) {
+    const Replaced numbers(needsRowNumbers_, true);
+    return from(sources, scope);
+}
+
+// A join as one side of another. SQLite reads it like a query, so that the numbers of its rows are
+// out of sight; one table in brackets would lose its alias.
+BoundSource Binder::bracketedSource(const tsql::TableSource& source, Scope& scope) {
+    if (!std::holds_alternative<tsql::Join>(source.node)) return this->source(source, scope);
+    const Replaced brackets(withinBrackets_, true);
+    BoundSource bound = this->source(source, scope);
+    bound.sql = "(" + bound.sql + ")";
+    return bound;
+}
+
+Source Binder::ownColumns(const Table& table) {
+    Source source = tableSource(table, table.name);
+    for (std::size_t i = 0; i < source.columns.size(); ++i)
+        source.columns[i].value.sql = sqlName(table.columns[i].name);
+    return source;
+}
+
+BoundSource Binder::namedTable(const tsql::NamedTable& named) {
+    if (CommonName* common = findCommon(commonNameOf(named.name))) {
+        common->readAs = named.alias.empty() ? named.name.last() : named.alias;
+        ++common->reads;
+        if (common->recursiveAt && *common->recursiveAt < queryDepth_) {
+            throw ServerError(465, "Recursive references are not allowed in subqueries.",
+                              named.name.line);
+        }
+        deepestRead_ = std::max(deepestRead_, common->depth);
+        return commonSource(*common, common->readAs);
+    }
+    if (findTable(named.name, names_) == nullptr) {
+        if (auto view = viewSource(named)) return std::move(*view);
+        if (auto system = systemSource(named)) return std::move(*system);
+    }
+    return storedTable(named.name, named.alias);
+}
+
+BoundSource Binder::storedTable(const tsql::ObjectName& named, const std::string& alias) const {
+    const Table& table = requireTable(named, names_);
+    const std::string& name = alias.empty() ? shownName(table, named, names_) : alias;
+    const std::string stored = tableSql(table.name, table.temporary);
+    Source source = tableSource(table, name);
+    if (!needsRowNumbers_ || !withinBrackets_) {
+        return {stored + " AS " + sqlName(name), {std::move(source)}, false};
+    }
+    source.rowNumber = columnSql(name, "kap row number");
+    return {"(SELECT " + rowNumberName(table) + " AS \"kap row number\", * FROM " + stored +
+                ") AS " + sqlName(name),
+            {std::move(source)},
+            false};
+}
+
+BoundSource Binder::derivedTable(const tsql::DerivedTable& derived, int line, Scope& scope) {
+    return querySource(query(*derived.query, scope.outer, QueryPlace::Nested),
+                       derived.columnAliases, derived.alias, line);
+}
+
+// A query that is read from as from a table.
+BoundSource Binder::querySource(BoundQuery bound, const std::vector<std::string>& columnNames,
+                                const std::string& name, int line) {
+    nameColumns(bound.columns, columnNames, name, line);
+    checkOwnNames(bound.columns, name, line);
+    Source result{name, nullptr, {}};
+    for (std::size_t i = 0; i < bound.columns.size(); ++i) {
+        Typed value = std::move(bound.columns[i].value);
+        value.sql = sqlName(name) + "." + numberedName(i);
+        value.constant.reset();
+        value.nullLiteral = false;
+        value.terms.clear();
+        value.joint.clear();
+        result.columns.push_back({std::move(bound.columns[i].name), std::move(value)});
+    }
+    return {"(" + bound.sql + ") AS " + sqlName(name), {std::move(result)}, false};
+}
+
+BoundSource Binder::commonSource(const CommonName& common, const std::string& name) const {
+    Source result{name, nullptr, {}, common.name};
+    for (std::size_t i = 0; i < common.columns.size(); ++i) {
+        Typed value = common.columns[i].value;
+        value.sql = sqlName(name) + "." + numberedName(i);
+        result.columns.push_back({common.columns[i].name, std::move(value)});
+    }
+    return {sqlName(common.name) + " AS " + sqlName(name), {std::move(result)}, false};
+}
+
+// A view is read as the query that it stands for.
+std::optional<BoundSource> Binder::viewSource(const tsql::NamedTable& named) {
+    const View* view = isOwn(named.name) ? catalogue().findView(named.name.last()) : nullptr;
+    if (view == nullptr) return std::nullopt;
+    if (std::find(openViews_.begin(), openViews_.end(), view) != openViews_.end()) {
+        throw ServerError(4413,
+                          "Could not use view or function '" + view->name +
+                              "' because of binding errors: it reads itself.",
+                          named.name.line);
+    }
+    if (openViews_.size() >= kDeepestViews) {
+        throw ServerError(217,
+                          "Maximum stored procedure, function, trigger, or view nesting level "
+                          "exceeded (limit 32).",
+                          named.name.line);
+    }
+    openViews_.push_back(view);
+    const std::vector<CommonName> outerNames = std::exchange(commonNames_, {});
+    BoundQuery bound = query(*view->query, nullptr, QueryPlace::Nested);
+    // Views that read others twice double their text with every level.
+    if (bound.sql.size() > kLongestView) {
+        throw ServerError(8623,
+                          "The query processor ran out of internal resources and could not produce "
+                          "a query plan. This is a rare event and only expected for extremely "
+                          "complex queries or queries that reference a very large number of tables "
+                          "or partitions. Please simplify the query.",
+                          named.name.line);
+    }
+    commonNames_ = outerNames;
+    openViews_.pop_back();
+    return querySource(std::move(bound), view->columns,
+                       named.alias.empty() ? view->name : named.alias, named.name.line);
+}
+
+// What the database tells of itself stands in the statement as rows of constants.
+std::optional<BoundSource> Binder::systemSource(const tsql::NamedTable& named) const {
+    const auto system = catalogue().systemRows(named.name);
+    if (!system) return std::nullopt;
+    noteSchema();
+    BoundQuery bound;
+    for (std::size_t i = 0; i < system->columns.size(); ++i) {
+        const auto& [name, type] = system->columns[i];
+        bound.columns.push_back({name, Typed::expression(numberedName(i), type, true)});
+    }
+    std::string items;
+    for (std::size_t i = 0; i < system->columns.size(); ++i) {
+        const std::string own = "column" + plain::text(static_cast<std::int64_t>(i) + 1);
+        items += (i == 0 ? "" : ", ") + own + " AS " + numberedName(i);
+    }
+    std::string rows;
+    for (const auto& row : system->rows) {
+        rows += rows.empty() ? "VALUES (" : ", (";
+        for (std::size_t i = 0; i < row.size(); ++i)
+            rows += (i == 0 ? "" : ", ") + sqlLiteral(row[i]);
+        rows += ")";
+    }
+    if (rows.empty()) {
+        for (std::size_t i = 0; i < system->columns.size(); ++i)
+            rows += (i == 0 ? "SELECT NULL AS column" : ", NULL AS column") +
+                    plain::text(static_cast<std::int64_t>(i) + 1);
+        rows += " WHERE 0";
+    }
+    bound.sql = "SELECT " + items + " FROM (" + rows + ")";
+    return querySource(std::move(bound), {}, named.alias.empty() ? named.name.last() : named.alias,
+                       named.name.line);
+}
+
+BoundSource Binder::join(const tsql::Join& join, int line, Scope& scope) {
+    BoundSource left = source(*join.left, scope);
+    BoundSource right = bracketedSource(*join.right, scope);
+    std::string sql = left.sql + joinWord(join.kind) + right.sql;
+    if (join.kind == JoinKind::Left || join.kind == JoinKind::Full) makeNullable(right.sources);
+    if (join.kind == JoinKind::Right || join.kind == JoinKind::Full) makeNullable(left.sources);
+    append(left.sources, std::move(right.sources));
+    checkNames(left.sources, line);
+    if (join.condition) {
+        Scope joined;
+        joined.outer = scope.outer;
+        joined.sources = std::move(left.sources);
+        joined.aggregates = AggregateUse::RefusedInOn;
+        sql += " ON " + condition(*join.condition, joined);
+        left.sources = std::move(joined.sources);
+    }
+    return {std::move(sql), std::move(left.sources), true};
+}
+
+}  // namespace kap::engine

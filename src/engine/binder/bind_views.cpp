@@ -1,0 +1,162 @@
+#include <algorithm>
+#include <utility>
+
+#include "engine/binder/binder.hpp"
+#include "engine/binder/row_numbers.hpp"
+#include "tsql/server_error.hpp"
+
+// Views that are written through. Such a view stands in the statement as a common table that also
+// brings the numbers of the rows of the one table that is changed.
+namespace kap::engine {
+
+using tsql::ServerError;
+
+namespace {
+
+[[noreturn]] void severalTables(const View& view, int line) {
+    throw ServerError(4405,
+                      "View or function '" + view.name +
+                          "' is not updatable because the modification affects multiple base "
+                          "tables.",
+                      line);
+}
+
+// The SELECT of a view whose rows are rows of tables.
+const tsql::Select& writableSelect(const View& view, int line) {
+    const tsql::Query& query = *view.query;
+    const auto* select =
+        query.terms.size() == 1 ? std::get_if<tsql::Select>(&query.terms.front().node) : nullptr;
+    if (select == nullptr || !query.commonTables.empty()) {
+        throw ServerError(4426,
+                          "View '" + view.name +
+                              "' is not updatable because the definition contains a UNION "
+                              "operator.",
+                          line);
+    }
+    const bool aggregates = std::ranges::any_of(select->items, [](const tsql::SelectItem& item) {
+        const auto* expression = std::get_if<tsql::ExpressionItem>(&item.node);
+        return expression != nullptr && containsAggregate(*expression->value);
+    });
+    if (aggregates || select->distinct || !select->groupBy.empty() || select->having) {
+        throw ServerError(4403,
+                          "Cannot update the view or function '" + view.name +
+                              "' because it contains aggregates, or a DISTINCT or GROUP BY clause, "
+                              "or PIVOT or UNPIVOT operator.",
+                          line);
+    }
+    return *select;
+}
+
+}  // namespace
+
+const Column& Binder::targetColumn(const Table& table, const tsql::ObjectName& name) const {
+    const std::string& own = name.last();
+    if (commonTarget_.table == &table) {
+        for (const auto& [shown, column] : commonTarget_.columns) {
+            if (!sameName(shown, own)) continue;
+            if (column != nullptr && table.find(column->name) == column) return *column;
+            const std::string& view = commonTarget_.view;
+            throw ServerError(4406,
+                              "Update or insert of view or function '" + view +
+                                  "' failed because it contains a derived or constant field.",
+                              name.line);
+        }
+    } else if (const Column* column = table.find(own)) {
+        return *column;
+    }
+    throw ServerError(207, "Invalid column name '" + own + "'.", name.line);
+}
+
+// The one table to which all columns belong that the statement writes; without such columns the
+// only table there is.
+const Table& Binder::writtenTable(const View& view, int line,
+                                  const std::vector<Source>& sources) const {
+    const Table* found = nullptr;
+    const auto take = [&](const Table* table) {
+        if (table == nullptr) return;
+        if (found != nullptr && found != table) severalTables(view, line);
+        found = table;
+    };
+    if (sources.size() == 1) {
+        take(sources.front().table != nullptr ? sources.front().table : commonTarget_.table);
+    } else if (writtenColumns_.empty()) {
+        severalTables(view, line);
+    } else {
+        const auto& columns = commonNames_.back().columns;
+        for (const std::string& name : writtenColumns_) {
+            const auto column = std::ranges::find_if(
+                columns, [&](const OutputColumn& each) { return sameName(each.name, name); });
+            if (column == columns.end()) {
+                throw ServerError(207, "Invalid column name '" + name + "'.", line);
+            }
+            take(column->value.table);
+        }
+    }
+    if (found != nullptr) return *found;
+    throw ServerError(4406,
+                      "Update or insert of view or function '" + view.name +
+                          "' failed because it contains a derived or constant field.",
+                      line);
+}
+
+std::string Binder::targetView(const View& view, const tsql::ObjectName& name) {
+    const tsql::Select& select = writableSelect(view, name.line);
+    std::vector<CommonName> outerNames = std::exchange(commonNames_, {});
+    // A view of a view brings the numbers of its rows along.
+    std::string below;
+    const auto* named = select.from.size() == 1
+                            ? std::get_if<tsql::NamedTable>(&select.from.front()->node)
+                            : nullptr;
+    if (named != nullptr && findTable(named->name, names_) == nullptr && isOwn(named->name)) {
+        const View* inner = catalogue().findView(named->name.last());
+        if (inner != nullptr) below = targetView(*inner, named->name) + ", ";
+    }
+    const CommonTarget inner = std::exchange(commonTarget_, {});
+    const Replaced numbers(needsRowNumbers_, true);
+    BoundSelect bound = term(view.query->terms.front(), view.query->orderBy, nullptr);
+    orderRows(view.query->orderBy, bound);
+    std::vector<OutputColumn> columns = bound.items;
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+        if (i < view.columns.size()) columns[i].name = view.columns[i];
+        const Typed& shown = bound.items[i].value;
+        columns[i].value = Typed::expression(numberedName(i), shown.type, true);
+        columns[i].value.table = shown.table;
+        columns[i].value.column = shown.column;
+    }
+    commonNames_ = std::move(outerNames);
+    commonNames_.push_back({view.name, columns, ""});
+    commonTarget_.table = inner.table;
+    const std::vector<Source>& sources = bound.scope->sources;
+    const Table& table = writtenTable(view, name.line, sources);
+    const auto source = std::ranges::find_if(sources, [&](const Source& each) {
+        return each.table == &table || (each.table == nullptr && sources.size() == 1);
+    });
+    const bool twice = std::ranges::count_if(
+                           sources, [&](const Source& each) { return each.table == &table; }) > 1;
+    if (twice) severalTables(view, name.line);
+    const std::string number = source->table != nullptr
+                                   ? rowNumberOf(*source)
+                                   : sqlName(source->name) + "." + inner.rowNumber;
+    bound.items.push_back({"", Typed::expression(number, {tsql::SqlType::BigInt}, false)});
+    commonTarget_ = {&table, numberedName(columns.size()), {}, view.name, inner.checks};
+    std::string list;
+    for (std::size_t i = 0; i < bound.items.size(); ++i)
+        list += (i == 0 ? "" : ", ") + numberedName(i);
+    for (const OutputColumn& column : columns)
+        commonTarget_.columns.emplace_back(column.name, column.value.column);
+    std::string sql = below + sqlName(view.name) + " (" + list + ") AS (" + selectText(bound) + ")";
+    if (view.checksRows) {
+        commonTarget_.checks = {"WITH RECURSIVE " + sql + " SELECT 1 FROM temp." +
+                                sqlName(capturedRows(table, RowState::Inserted).name) +
+                                " WHERE \"kap target\" NOT IN (SELECT " + commonTarget_.rowNumber +
+                                " FROM " + sqlName(view.name) + ")"};
+    }
+    return sql;
+}
+
+void Binder::insertThrough(const View& view, const tsql::ObjectName& name) {
+    (void)targetView(view, name);
+    commonNames_.pop_back();
+}
+
+}  // namespace kap::engine

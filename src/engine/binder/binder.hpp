@@ -1,0 +1,390 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "engine/binder/constants.hpp"
+#include "engine/binder/names.hpp"
+#include "engine/binder/scope.hpp"
+#include "engine/binder/typed.hpp"
+#include "engine/catalog/tables.hpp"
+#include "engine/values/convert.hpp"
+#include "tsql/server_error.hpp"
+#include "tsql/statements.hpp"
+
+namespace kap::engine {
+
+/// One column of a bound query.
+struct OutputColumn {
+    std::string name;  ///< empty for an expression without alias
+    Typed value;
+};
+
+/// A query as SQLite text, with its columns.
+struct BoundQuery {
+    std::string sql;
+    std::vector<OutputColumn> columns;
+};
+
+/// Where a query stands.
+enum class QueryPlace {
+    Whole,       ///< the statement itself: columns are read by position
+    InsertRows,  ///< the rows of an INSERT: columns are named c1, c2..., and their order counts
+    Nested,      ///< within another query: columns are named c1, c2..., and ORDER BY needs TOP
+};
+
+/// FROM as SQLite text, with what it brings into scope.
+struct BoundSource {
+    std::string sql;
+    std::vector<Source> sources;
+    bool isJoin = false;
+};
+
+/// What a statement is to be run with: variables, constants, and whether its text holds what the
+/// schema says, which another connection may change.
+struct BoundValues {
+    std::vector<int> variables;  ///< their slots
+    std::vector<Value> constants;
+    int firstConstant = 0;  ///< the slot of the first of them
+    bool readsSchema = false;
+};
+
+/// Gives names their columns, expressions their types, and writes both as SQLite text.
+///
+/// One class, one room (source file) for each part of the language: bind_constants.cpp,
+/// bind_expressions.cpp, bind_operators.cpp, bind_comparisons.cpp, bind_conditions.cpp,
+/// bind_functions.cpp and its tables, bind_string_agg.cpp, bind_windows.cpp,
+/// bind_system_values.cpp, bind_queries.cpp, bind_unions.cpp, bind_selects.cpp, bind_groups.cpp,
+/// bind_order.cpp, bind_sources.cpp, bind_common_tables.cpp, bind_views.cpp, bind_cursors.cpp. All
+/// throw tsql::ServerError with a line.
+class Binder {
+public:
+    explicit Binder(const Names& names, Constants constants = Constants::InText)
+        : names_(names), constantsStand_(constants) {}
+
+    [[nodiscard]] const Names& names() const { return names_; }
+    [[nodiscard]] const Catalogue& catalogue() const { return names_.catalogue(); }
+    /// The slots of the variables that stand in what was bound.
+    [[nodiscard]] const std::vector<int>& usedVariables() const { return usedVariables_; }
+    [[nodiscard]] BoundValues boundValues() const;
+    void noteSchema() const { readsSchema_ = true; }
+    /// Whether a subquery or a stored function was bound, which may read the table being written.
+    [[nodiscard]] bool readsOtherRows() const { return readsOtherRows_; }
+    /// From now on variables are asked for their value again for each row.
+    void readVariablesPerRow() { variablesPerRow_ = true; }
+
+    // Expressions and conditions.
+    [[nodiscard]] Typed value(const tsql::Expression& expression, Scope& scope);
+    [[nodiscard]] std::string condition(const tsql::Expression& expression, Scope& scope);
+
+    /// The value of a computed column, as its definition is to hold it.
+    [[nodiscard]] Typed computedValue(const tsql::Expression& expression, Scope& scope);
+    [[nodiscard]] bool bindsComputedColumn() const { return computedColumn_; }
+
+    /// Brings a value to a type as the server does by itself. Errors 206 and 257 when it does not,
+    /// and those of convert() for a literal.
+    [[nodiscard]] Typed convertTo(const Typed& value, const tsql::TypeSpec& type, int line) const;
+    /// CAST and CONVERT. Error 529.
+    [[nodiscard]] Typed castTo(const Typed& value, const tsql::TypeSpec& type, int style,
+                               int line) const;
+    /// The same as a call of `function`, kap_convert or kap_try_convert, when the statement runs;
+    /// the style is SQL.
+    [[nodiscard]] Typed castCall(const char* function, const Typed& value,
+                                 const tsql::TypeSpec& type, const std::string& style,
+                                 int line) const;
+    /// A value on its way into a column of that type.
+    [[nodiscard]] std::string stored(const Typed& value, const tsql::TypeSpec& type,
+                                     int line) const;
+
+    // Operators, on bound operands.
+    [[nodiscard]] Typed negated(const Typed& operand, int line) const;
+    [[nodiscard]] Typed bitwiseNot(const Typed& operand, int line) const;
+    [[nodiscard]] Typed arithmetic(tsql::BinaryOperator op, Typed left, Typed right,
+                                   int line) const;
+    [[nodiscard]] std::string compared(tsql::ComparisonOperator op, const Typed& left,
+                                       const Typed& right, int line) const;
+    /// Values brought to one type in which SQLite's own comparison is the server's.
+    [[nodiscard]] std::vector<Typed> comparable(std::vector<Typed> values, const char* operation,
+                                                int line) const;
+
+    // Queries.
+    [[nodiscard]] BoundQuery query(const tsql::Query& query, Scope* outer, QueryPlace place);
+    /// A query whose values are computed row by row in the order of its rows.
+    [[nodiscard]] BoundQuery valuesInOrder(const tsql::Query& query);
+    [[nodiscard]] BoundSource from(const std::vector<tsql::TableSourcePtr>& sources, Scope& scope);
+    /// The same for a statement that writes rows of one of its sources: see rowNumberOf().
+    [[nodiscard]] BoundSource targetFrom(const std::vector<tsql::TableSourcePtr>& sources,
+                                         Scope& scope);
+    /// A stored table, a temporary one, or one of the script. Error 208 when there is none.
+    [[nodiscard]] BoundSource storedTable(const tsql::ObjectName& name,
+                                          const std::string& alias) const;
+    /// Errors 1011 and 1013 when two sources have one name.
+    static void checkNames(const std::vector<Source>& sources, int line);
+    [[nodiscard]] std::string limitText(const tsql::TopClause& top, Scope& scope);
+    /// The same for TOP PERCENT of so many rows.
+    [[nodiscard]] std::string percentText(const tsql::TopClause& top, const std::string& count,
+                                          Scope& scope);
+    /// "WITH a AS (...) " for what follows, which may name these tables as long as the binder
+    /// lives; empty when there are none. The one that is the target of UPDATE or DELETE brings the
+    /// numbers of the rows of the table behind it.
+    [[nodiscard]] std::string commonTables(const std::vector<tsql::CommonTable>& tables,
+                                           Scope* outer, const tsql::ObjectName* target = nullptr);
+    /// The query of a cursor through which rows may be written: where it allows that, the numbers
+    /// of the rows of its tables follow its columns, and `tables` names these tables.
+    [[nodiscard]] BoundQuery cursorQuery(const tsql::Query& query,
+                                         std::vector<std::string>& tables);
+    /// How often a common table may read itself; 0: no limit.
+    void limitRecursion(int levels) { maxRecursion_ = levels; }
+    /// The table behind that common table, and the column that holds the numbers of its rows.
+    struct CommonTarget {
+        const Table* table = nullptr;
+        std::string rowNumber;
+        /// What the columns are in the table behind; null for those that are computed.
+        std::vector<std::pair<std::string, const Column*>> columns;
+        std::string view;  ///< its name; empty for a common table of the statement
+        /// Each answers a row when something written does not show in a view that wants it to.
+        std::vector<std::string> checks;
+    };
+    [[nodiscard]] const CommonTarget& commonTarget() const { return commonTarget_; }
+    /// The column that an assignment means. Errors: 207, and 4406 for one that a view computes.
+    [[nodiscard]] const Column& targetColumn(const Table& table,
+                                             const tsql::ObjectName& name) const;
+    /// Which columns a statement writes, where its target turns out to be a view of several tables.
+    void writesColumns(std::vector<std::string> names) { writtenColumns_ = std::move(names); }
+    /// The table that a view shows as it is, for INSERT: like the target of UPDATE, without rows.
+    void insertThrough(const View& view, const tsql::ObjectName& name);
+    /// The common table as a source, when it is the target.
+    [[nodiscard]] std::optional<BoundSource> targetSource(const tsql::ObjectName& target) const;
+    /// The values of a select list over sources that stand in `scope`.
+    [[nodiscard]] std::vector<OutputColumn> itemValues(const std::vector<tsql::SelectItem>& items,
+                                                       Scope& scope);
+
+    /// A stored table as a source of columns under a name.
+    [[nodiscard]] static Source tableSource(const Table& table, const std::string& name);
+    /// The same for a place where columns stand without their table: its own definition.
+    [[nodiscard]] static Source ownColumns(const Table& table);
+
+private:
+    struct BoundSelect;
+
+    // bind_constants.cpp
+    [[nodiscard]] std::string operand(const Typed& value) const;
+    [[nodiscard]] std::string storedConstant(const Typed& value) const;
+    [[nodiscard]] bool bindsToo(const Typed& value) const;
+    [[nodiscard]] std::string parameter(std::size_t constant) const;
+
+    // bind_expressions.cpp
+    [[nodiscard]] Typed literal(const tsql::Literal& literal, int line) const;
+    [[nodiscard]] Typed node(const tsql::Literal& node, int line, Scope& scope);
+    [[nodiscard]] Typed node(const tsql::ColumnReference& node, int line, Scope& scope);
+    [[nodiscard]] Typed node(const tsql::VariableReference& node, int line, Scope& scope);
+    [[nodiscard]] Typed node(const tsql::UnaryExpression& node, int line, Scope& scope);
+    [[nodiscard]] Typed node(const tsql::BinaryExpression& node, int line, Scope& scope);
+    [[nodiscard]] Typed node(const tsql::CaseExpression& node, int line, Scope& scope);
+    [[nodiscard]] Typed node(const tsql::CastExpression& node, int line, Scope& scope);
+    [[nodiscard]] Typed node(const tsql::FunctionCall& node, int line, Scope& scope);
+    [[nodiscard]] Typed node(const tsql::ScalarSubquery& node, int line, Scope& scope);
+    template <typename Predicate>
+    [[nodiscard]] Typed node(const Predicate& node, int line, Scope& scope);
+    [[nodiscard]] std::optional<Typed> groupedValue(const tsql::Expression& expression,
+                                                    Scope& scope);
+    [[nodiscard]] std::string caseSubject(const tsql::CaseExpression& node,
+                                          std::vector<std::string>& whens, int line, Scope& scope);
+
+    // bind_operators.cpp
+    [[nodiscard]] Typed exactArithmetic(tsql::BinaryOperator op, const Typed& left,
+                                        const Typed& right, int line) const;
+    [[nodiscard]] Typed wholeArithmetic(tsql::BinaryOperator op, const Typed& left,
+                                        const Typed& right, const tsql::TypeSpec& type) const;
+    [[nodiscard]] Typed decimalArithmetic(tsql::BinaryOperator op, const Typed& left,
+                                          const Typed& right) const;
+    [[nodiscard]] Typed floatArithmetic(tsql::BinaryOperator op, const Typed& left,
+                                        const Typed& right, int line) const;
+    [[nodiscard]] Typed dateArithmetic(tsql::BinaryOperator op, const Typed& left,
+                                       const Typed& right, int line) const;
+    [[nodiscard]] Typed joined(const Typed& left, const Typed& right, int line) const;
+
+    // bind_groups.cpp
+    [[nodiscard]] std::optional<Typed> groupedOfSets(const tsql::Expression& expression,
+                                                     Scope& scope);
+    [[nodiscard]] std::optional<Typed> groupingCall(const tsql::FunctionCall& call, int line,
+                                                    Scope& scope);
+    [[nodiscard]] static std::string groupingSets(const tsql::Select& select, Scope& scope,
+                                                  const std::vector<Typed>& groups);
+
+    // bind_views.cpp
+    [[nodiscard]] std::string targetView(const View& view, const tsql::ObjectName& name);
+    [[nodiscard]] const Table& writtenTable(const View& view, int line,
+                                            const std::vector<Source>& sources) const;
+
+    // bind_conditions.cpp
+    [[nodiscard]] std::string test(const tsql::UnaryExpression& node, int line, Scope& scope);
+    [[nodiscard]] std::string test(const tsql::Comparison& node, int line, Scope& scope);
+    [[nodiscard]] std::string test(const tsql::LogicalExpression& node, int line, Scope& scope);
+    [[nodiscard]] std::string test(const tsql::BetweenPredicate& node, int line, Scope& scope);
+    [[nodiscard]] std::string test(const tsql::QuantifiedComparison& node, int line, Scope& scope);
+    [[nodiscard]] std::string test(const tsql::InPredicate& node, int line, Scope& scope);
+    [[nodiscard]] std::string test(const tsql::LikePredicate& node, int line, Scope& scope);
+    [[nodiscard]] std::string test(const tsql::NullPredicate& node, int line, Scope& scope);
+    [[nodiscard]] std::string test(const tsql::ExistsPredicate& node, int line, Scope& scope);
+    [[nodiscard]] std::string test(const tsql::CurrentOfPredicate& node, int line, Scope& scope);
+    template <typename Value>
+    [[nodiscard]] std::string test(const Value& node, int line, Scope& scope);
+    [[nodiscard]] std::string inQuery(const tsql::InPredicate& node, int line, Scope& scope);
+
+    // bind_functions.cpp
+    [[nodiscard]] Typed aggregate(const tsql::FunctionCall& call, int line, Scope& scope);
+    [[nodiscard]] Typed total(const Typed& argument, bool distinct, const char* function,
+                              int line) const;
+    [[nodiscard]] Typed average(const Typed& argument, bool distinct, int line) const;
+    [[nodiscard]] Typed statistics(const std::string& name, const Typed& argument, bool distinct,
+                                   int line) const;
+
+    // bind_string_agg.cpp
+    [[nodiscard]] Typed joinedTexts(const tsql::FunctionCall& call, int line, Scope& scope);
+
+    [[nodiscard]] Typed storedFunction(const tsql::FunctionCall& call, int line, Scope& scope);
+    [[nodiscard]] Typed defaultArgument(const Function& function, std::size_t parameter, int line);
+
+    // bind_windows.cpp
+    [[nodiscard]] Typed windowed(const tsql::FunctionCall& call, int line, Scope& scope);
+    [[nodiscard]] Typed percentile(const tsql::FunctionCall& call, const std::string& over,
+                                   int line, Scope& scope);
+    [[nodiscard]] Typed windowAggregate(const tsql::FunctionCall& call, const std::string& over,
+                                        int line, Scope& scope);
+    [[nodiscard]] std::string overText(const tsql::Window& window, int line, Scope& scope);
+
+    // bind_system_values.cpp
+    [[nodiscard]] const char* systemCall() const;
+    [[nodiscard]] std::optional<Typed> systemFunction(const tsql::FunctionCall& call, int line,
+                                                      Scope& scope);
+
+    // bind_common_tables.cpp
+    struct CommonName {
+        std::string name;
+        std::vector<OutputColumn> columns;
+        /// Of a table that reads itself, while it is being bound: the name under which the term at
+        /// hand reads it.
+        std::string readAs;
+        int reads = 0;
+        /// How deep within queries it is bound when it is known to read itself.
+        std::optional<int> recursiveAt = std::nullopt;
+        int depth = 0;  ///< levels of queries in it
+    };
+    [[nodiscard]] std::string commonTable(const tsql::CommonTable& table, Scope* outer);
+    [[nodiscard]] std::string boundCommonTable(const tsql::CommonTable& table, Scope* outer);
+    [[nodiscard]] std::string recursiveTable(const tsql::CommonTable& table, CommonName own,
+                                             Scope* outer);
+    [[nodiscard]] std::vector<OutputColumn> commonColumns(const tsql::CommonTable& table,
+                                                          std::vector<OutputColumn> columns);
+    [[nodiscard]] std::string targetTable(const tsql::CommonTable& table, Scope* outer);
+    [[nodiscard]] tsql::ObjectName commonNameOf(const tsql::ObjectName& name) const;
+    [[nodiscard]] const CommonName* findCommon(const tsql::ObjectName& name) const;
+    [[nodiscard]] CommonName* findCommon(const tsql::ObjectName& name);
+
+    // bind_queries.cpp
+    [[nodiscard]] BoundQuery body(const tsql::Query& query, Scope* outer, QueryPlace place);
+    /// The depth of queries in one another, unless it is more than can be followed.
+    static int checkedDepth(int depth, int line);
+    [[nodiscard]] std::string rowLimits(const tsql::Query& query, Scope* outer);
+    [[nodiscard]] static std::string nestedText(const BoundSelect& select);
+
+    // bind_unions.cpp
+    [[nodiscard]] BoundSelect term(const tsql::QueryTerm& term,
+                                   const std::vector<tsql::OrderItem>& orderBy, Scope* outer);
+    [[nodiscard]] BoundQuery unionQuery(const tsql::Query& query,
+                                        const std::vector<tsql::OrderItem>& orderBy, Scope* outer);
+    [[nodiscard]] static std::vector<OutputColumn> unify(std::vector<BoundSelect>& terms, int line,
+                                                         const Binder& binder);
+    [[nodiscard]] static std::string unionText(std::vector<BoundSelect>& terms,
+                                               const tsql::Query& query);
+    [[nodiscard]] static std::string selectText(const BoundSelect& select);
+    static void checkOwnNames(const std::vector<OutputColumn>& columns, const std::string& alias,
+                              int line);
+
+    // bind_selects.cpp
+    [[nodiscard]] BoundSelect select(const tsql::Select& select,
+                                     const std::vector<tsql::OrderItem>& orderBy, Scope* outer,
+                                     int line);
+    void selectItems(const tsql::Select& select, BoundSelect& bound, int line);
+    void addItem(const tsql::SelectItem& item, Scope& scope, std::vector<OutputColumn>& items);
+    void grouping(const tsql::Select& select, BoundSelect& bound);
+    [[nodiscard]] std::string percentText(const tsql::TopClause& top, const BoundSelect& bound);
+
+    // bind_order.cpp
+    /// ORDER BY of a query around the one whose list is `columns`, to which it adds what it needs.
+    [[nodiscard]] static std::string orderedBy(const BoundSelect& select, std::string& columns);
+    void orderRows(const std::vector<tsql::OrderItem>& items, BoundSelect& bound);
+    [[nodiscard]] static std::string unionOrderText(const std::vector<tsql::OrderItem>& items,
+                                                    const std::vector<OutputColumn>& columns);
+
+    // bind_sources.cpp
+    [[nodiscard]] BoundSource source(const tsql::TableSource& source, Scope& scope);
+    [[nodiscard]] BoundSource bracketedSource(const tsql::TableSource& source, Scope& scope);
+    [[nodiscard]] BoundSource namedTable(const tsql::NamedTable& table);
+    [[nodiscard]] BoundSource commonSource(const CommonName& common, const std::string& name) const;
+    [[nodiscard]] std::optional<BoundSource> viewSource(const tsql::NamedTable& table);
+    [[nodiscard]] std::optional<BoundSource> systemSource(const tsql::NamedTable& table) const;
+    [[nodiscard]] static BoundSource querySource(BoundQuery bound,
+                                                 const std::vector<std::string>& columnNames,
+                                                 const std::string& name, int line);
+    [[nodiscard]] BoundSource derivedTable(const tsql::DerivedTable& table, int line, Scope& scope);
+    [[nodiscard]] BoundSource join(const tsql::Join& join, int line, Scope& scope);
+
+    const Names& names_;
+    std::vector<CommonName> commonNames_;
+    CommonTarget commonTarget_;
+    std::vector<std::string> writtenColumns_;
+    int maxRecursion_ = tsql::kMaxRecursion;
+    std::vector<const View*> openViews_;  // being read, to refuse one that reads itself
+    std::vector<int> usedVariables_;
+    Constants constantsStand_;
+    mutable std::vector<Value> constants_;
+    mutable bool readsSchema_ = false;
+    bool variablesPerRow_ = false;
+    bool readsOtherRows_ = false;
+    int queryDepth_ = 0;            // queries being bound within each other
+    int deepestRead_ = 0;           // levels of queries below the one that is being bound
+    int windowsBound_ = 0;          // functions with OVER, so far
+    bool computedColumn_ = false;   // its definition is being bound
+    bool needsRowNumbers_ = false;  // of the tables in FROM, for a statement that writes them
+    bool withinBrackets_ = false;   // a join in a join is being bound
+};
+
+/// A SELECT before its items are put into text: what follows may still convert or order them.
+struct Binder::BoundSelect {
+    struct OrderKey {
+        std::optional<std::size_t> item;  ///< of the list
+        Typed value;                      ///< where it is none of the list
+        bool descending = false;
+    };
+    std::unique_ptr<Scope> scope;
+    bool distinct = false;
+    std::vector<OutputColumn> items;
+    std::string tail;            ///< FROM to HAVING, each part after a blank
+    std::string limit;           ///< what LIMIT takes; empty without TOP
+    std::string order;           ///< ORDER BY, after a blank
+    bool ties = false;           ///< TOP n WITH TIES
+    bool ranked = false;         ///< `limit` is compared with the numbers of the rows
+    std::vector<OrderKey> keys;  ///< what `order` holds, term by term
+    bool ordersByOuter = false;  ///< by columns of a query around, which SQLite cannot
+    bool grouped = false;
+};
+
+/// The rows that number the grouping sets, to be joined with the rows that are grouped.
+[[nodiscard]] std::string groupingSetsSource(std::size_t count, bool joins);
+
+/// True when an aggregate function stands in the expression, outside subqueries.
+[[nodiscard]] bool containsAggregate(const tsql::Expression& expression);
+
+/// True for COUNT, SUM, AVG, MIN, MAX and COUNT_BIG.
+[[nodiscard]] bool isAggregateName(const tsql::ObjectName& name);
+// STDEV, STDEVP, VAR and VARP, in small letters.
+[[nodiscard]] bool isStatisticsName(std::string_view name);
+[[nodiscard]] tsql::ServerError aggregateOfAggregate(int line);
+// A function that numbers or compares the rows of a window has no meaning without OVER.
+void refuseWithoutWindow(const tsql::FunctionCall& call, int line);
+
+}  // namespace kap::engine

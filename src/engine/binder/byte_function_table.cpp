@@ -1,0 +1,81 @@
+#include <array>
+
+#include <kaputil/automation/plain_text.hpp>
+
+#include "base/ascii.hpp"
+#include "engine/binder/function_table.hpp"
+#include "engine/binder/type_rules.hpp"
+#include "tsql/server_error.hpp"
+
+// Digests, random bytes, and messages that are put together.
+namespace kap::engine {
+
+using tsql::SqlType;
+using tsql::TypeSpec;
+
+namespace {
+
+constexpr int kLongestBinary = 8000;
+constexpr int kFormattedLength = 2048;
+// FORMATMESSAGE takes so many values for the places of its text.
+constexpr int kMostPlaces = 20;
+
+Typed hashBytes(ScalarCall& call) {
+    const SqlType type = call[1].type.type;
+    const bool taken = call[1].nullLiteral || tsql::isText(type) || tsql::isBinary(type);
+    if (!taken || tsql::isLarge(type)) call.refuseType(1);
+    const Typed bytes =
+        call.binder.castTo(call[1], {SqlType::VarBinary, tsql::kMaxLength}, 0, call.line);
+    return Typed::expression(callText("kap_hashbytes", call.text(0), bytes.sql),
+                             {SqlType::VarBinary, kLongestBinary}, true);
+}
+
+// The seed makes no difference to bytes that the system makes.
+Typed randomBytes(ScalarCall& call) {
+    return Typed::expression(callText("kap_random_bytes", call.shortInteger(0)),
+                             {SqlType::VarBinary, kLongestBinary}, true);
+}
+
+// Whether a value may stand for a place of a message.
+bool fills(const Typed& value) {
+    const SqlType type = value.type.type;
+    const bool whole =
+        type == SqlType::TinyInt || type == SqlType::SmallInt || type == SqlType::Int;
+    return value.nullLiteral || whole ||
+           (!tsql::isLarge(type) && type != SqlType::Timestamp &&
+            (tsql::isText(type) || tsql::isBinary(type)));
+}
+
+// FORMATMESSAGE(text, values...). A number names one of the server's messages, which are not here.
+Typed formatMessage(ScalarCall& call) {
+    const TypeSpec type{SqlType::NVarChar, kFormattedLength};
+    for (std::size_t i = 1; i < call.arguments.size(); ++i) {
+        if (fills(call[i])) continue;
+        throw tsql::ServerError(2748,
+                                std::string("Cannot specify ") + tsql::typeName(call[i].type.type) +
+                                    " data type (parameter " +
+                                    plain::text(static_cast<std::int64_t>(i) + 1) +
+                                    ") as a substitution parameter.",
+                                call.line);
+    }
+    if (tsql::isInteger(call[0].type.type)) return Typed::expression("NULL", type, true);
+    std::string values;
+    for (std::size_t i = 1; i < call.arguments.size(); ++i) {
+        values += ", " + (tsql::isInteger(call[i].type.type) ? call[i].sql : call.text(i));
+    }
+    return Typed::expression(callText("kap_formatmessage", call.text(0) + values), type, true);
+}
+
+constexpr std::array kByteFunctions = std::to_array<ScalarFunction>({
+    {"hashbytes", 2, 2, hashBytes},
+    {"crypt_gen_random", 1, 2, randomBytes},
+    {"formatmessage", 1, 1 + kMostPlaces, formatMessage},
+});
+
+}  // namespace
+
+std::span<const ScalarFunction> byteFunctions() {
+    return kByteFunctions;
+}
+
+}  // namespace kap::engine

@@ -1,0 +1,70 @@
+#include <array>
+
+#include "engine/binder/function_table.hpp"
+#include "tsql/server_error.hpp"
+
+// FORMAT, PARSE and TRY_PARSE.
+namespace kap::engine {
+
+using tsql::SqlType;
+using tsql::TypeSpec;
+
+namespace {
+
+// The country, or no text for that of the session's language.
+std::string cultureOf(const ScalarCall& call) {
+    constexpr std::size_t kCulture = 2;
+    return call.arguments.size() > kCulture ? call.text(kCulture) : "''";
+}
+
+Typed formatted(ScalarCall& call) {
+    constexpr int kLongest = 4000;
+    const Typed& value = call[0];
+    if (value.nullLiteral) return Typed::expression("NULL", {SqlType::NVarChar, kLongest}, true);
+    if (!tsql::isNumber(value.type.type) && !tsql::isDate(value.type.type)) {
+        throw tsql::ServerError(8116,
+                                std::string("Argument data type ") +
+                                    tsql::typeName(value.type.type) +
+                                    " is invalid for argument 1 of format function.",
+                                call.line);
+    }
+    return Typed::expression(
+        callText("kap_format", value.sql, typeArgument(value.type), call.text(1), cultureOf(call)),
+        {SqlType::NVarChar, kLongest}, true);
+}
+
+// PARSE(text AS type USING culture): the parser gives the type as a NULL of it.
+Typed parsedBy(ScalarCall& call, const char* function) {
+    const TypeSpec type = call[1].type;
+    if (tsql::isText(type.type) || tsql::isBinary(type.type) || type.type == SqlType::Bit ||
+        type.type == SqlType::UniqueIdentifier) {
+        throw tsql::ServerError(
+            10761,
+            std::string("Invalid data type ") + tsql::typeName(type.type) + " in function PARSE.",
+            call.line);
+    }
+    return Typed::expression(callText(function, call.text(0), typeArgument(type), cultureOf(call)),
+                             type, true);
+}
+
+Typed parsed(ScalarCall& call) {
+    return parsedBy(call, "kap_parse");
+}
+
+Typed tryParsed(ScalarCall& call) {
+    return parsedBy(call, "kap_try_parse");
+}
+
+constexpr std::array kCultureFunctions = std::to_array<ScalarFunction>({
+    {"format", 2, 3, formatted},
+    {"parse", 2, 3, parsed},
+    {"try_parse", 2, 3, tryParsed},
+});
+
+}  // namespace
+
+std::span<const ScalarFunction> cultureFunctions() {
+    return kCultureFunctions;
+}
+
+}  // namespace kap::engine

@@ -1,0 +1,41 @@
+#include "engine/binder/names.hpp"
+
+#include <algorithm>
+#include <utility>
+
+#include "tsql/server_error.hpp"
+
+namespace kap::engine {
+
+const WriteSettings Names::kNoSettings;
+
+const Variable* Names::variable(std::string_view name) const {
+    const auto found =
+        std::find_if(variables_.begin(), variables_.end(),
+                     [&](const Variable& each) { return sameName(each.name, name); });
+    return found == variables_.end() ? nullptr : &*found;
+}
+
+const Variable& Names::declare(const std::string& name, const tsql::TypeSpec& type, int line) {
+    if (variable(name) != nullptr || localTable(name) != nullptr) {
+        throw tsql::ServerError(134,
+                                "The variable name '" + name +
+                                    "' has already been declared. Variable names must be unique "
+                                    "within a query batch or stored procedure.",
+                                line, 15);
+    }
+    return variables_.emplace_back(Variable{name, type, static_cast<int>(variables_.size())});
+}
+
+const Table* Names::localTable(std::string_view name) const {
+    const auto found =
+        std::find_if(localTables_.begin(), localTables_.end(),
+                     [&](const LocalTable& each) { return sameName(each.name, name); });
+    return found == localTables_.end() ? nullptr : &found->table;
+}
+
+void Names::addLocalTable(LocalTable table) {
+    localTables_.push_back(std::move(table));
+}
+
+}  // namespace kap::engine

@@ -1,0 +1,32 @@
+#include "engine/binder/row_numbers.hpp"
+
+#include "tsql/server_error.hpp"
+
+namespace kap::engine {
+
+std::string rowNumberName(const Table& table) {
+    for (const char* name : {"rowid", "_rowid_", "oid"}) {
+        if (table.find(name) == nullptr) return name;
+    }
+    throw tsql::unsupported("a table with columns rowid, _rowid_ and oid", 0);
+}
+
+std::string rowNumberOf(const Source& source) {
+    if (!source.rowNumber.empty()) return source.rowNumber;
+    return sqlName(source.name) + "." + rowNumberName(*source.table);
+}
+
+Table capturedRows(const Table& table, RowState state) {
+    Table result = table;
+    result.name = (state == RowState::Inserted ? "kap inserted " : "kap deleted ") + table.name;
+    result.temporary = true;
+    result.triggerEvents = 0;
+    for (Column& column : result.columns) {
+        column.identity.reset();
+        column.computed = false;
+        column.keyOrdinal = 0;
+    }
+    return result;
+}
+
+}  // namespace kap::engine

@@ -1,0 +1,171 @@
+#include "engine/binder/scope.hpp"
+
+#include <algorithm>
+
+#include "tsql/server_error.hpp"
+
+namespace kap::engine {
+
+using tsql::ObjectName;
+using tsql::ServerError;
+
+namespace {
+
+// "dbo.t" and "t" are the same source; another owner is another table.
+bool meansSource(const ObjectName& name, std::size_t parts, const Source& source) {
+    if (parts >= 2 && (source.table == nullptr || !sameName(name.parts[parts - 2], "dbo") ||
+                       !sameName(source.table->name, source.name))) {
+        return false;
+    }
+    return sameName(name.parts[parts - 1], source.name);
+}
+
+const SourceColumn* findIn(const Source& source, const std::string& name) {
+    auto found =
+        std::find_if(source.columns.begin(), source.columns.end(),
+                     [&](const SourceColumn& column) { return sameName(column.name, name); });
+    if (found == source.columns.end() && sameName(name, "$identity")) {
+        found = std::find_if(
+            source.columns.begin(), source.columns.end(), [](const SourceColumn& column) {
+                return column.value.column != nullptr && column.value.column->identity.has_value();
+            });
+    }
+    return found == source.columns.end() ? nullptr : &*found;
+}
+
+ServerError invalidColumn(const ObjectName& name) {
+    return {207, "Invalid column name '" + name.last() + "'.", name.line};
+}
+
+const SourceColumn* findUnqualified(const ObjectName& name, const Scope& scope) {
+    const SourceColumn* found = nullptr;
+    for (const Source& source : scope.sources) {
+        const SourceColumn* candidate = findIn(source, name.last());
+        if (candidate == nullptr) continue;
+        if (found != nullptr) {
+            throw ServerError(209, "Ambiguous column name '" + name.last() + "'.", name.line);
+        }
+        found = candidate;
+    }
+    return found;
+}
+
+const SourceColumn* findQualified(const ObjectName& name, const Scope& scope) {
+    for (const Source& source : scope.sources) {
+        if (!meansSource(name, name.parts.size() - 1, source)) continue;
+        const SourceColumn* found = findIn(source, name.last());
+        if (found == nullptr) throw invalidColumn(name);
+        return found;
+    }
+    return nullptr;
+}
+
+void checkGrouped(const Typed& value, const ObjectName& name, const Scope& scope) {
+    if (!scope.grouped || scope.insideAggregate) return;
+    const bool grouped =
+        std::find(scope.groups.begin(), scope.groups.end(), value.sql) != scope.groups.end();
+    if (grouped) return;
+    const std::string shown = value.table != nullptr && name.parts.size() == 1
+                                  ? value.table->name + "." + value.column->name
+                                  : name.text();
+    const std::string clause = scope.groupedClause;
+    const int number = clause == "select list" ? 8120 : clause == "HAVING clause" ? 8121 : 8127;
+    const std::string mark = number == 8127 ? "\"" : "'";
+    throw ServerError(number,
+                      "Column " + mark + shown + mark + " is invalid in the " + clause +
+                          " because it is not contained in either an aggregate function or the "
+                          "GROUP BY clause.",
+                      name.line);
+}
+
+// SQLite computes limits before it looks at any row, also of the queries around.
+[[noreturn]] void columnInLimit(const ObjectName& name, bool ofOwnQuery) {
+    if (!ofOwnQuery) {
+        throw tsql::unsupported("a column of an outer query in TOP, OFFSET or FETCH", name.line);
+    }
+    throw ServerError(4115,
+                      "The reference to column \"" + name.last() +
+                          "\" is not allowed in an argument to a TOP, OFFSET, or FETCH clause. "
+                          "Only references to columns at an outer scope or standalone expressions "
+                          "and subqueries are allowed here.",
+                      name.line, 15);
+}
+
+}  // namespace
+
+const SourceColumn& resolveColumn(const ObjectName& name, const Scope& scope) {
+    if (scope.columnsRefused) {
+        throw ServerError(
+            128,
+            "The name \"" + name.text() +
+                "\" is not permitted in this context. Valid expressions are constants, "
+                "constant expressions, and (in some contexts) variables. Column names "
+                "are not permitted.",
+            name.line, 15);
+    }
+    const bool qualified = name.parts.size() > 1;
+    const Scope* limits = nullptr;
+    for (const Scope* level = &scope; level != nullptr; level = level->outer) {
+        const SourceColumn* found =
+            qualified ? findQualified(name, *level) : findUnqualified(name, *level);
+        if (level->limitsRows) limits = level;
+        if (found == nullptr) continue;
+        if (limits != nullptr) columnInLimit(name, limits->outer == level);
+        (level == &scope ? scope.readsOwn : scope.readsOuter) = true;
+        checkGrouped(found->value, name, *level);
+        if (level != &scope && level->grouped && !level->groupTexts.empty()) {
+            throw tsql::unsupported("a group of several grouping sets within a subquery",
+                                    name.line);
+        }
+        return *found;
+    }
+    if (!qualified) throw invalidColumn(name);
+    throw ServerError(4104, "The multi-part identifier \"" + name.text() + "\" could not be bound.",
+                      name.line);
+}
+
+const Source& resolveQualifier(const ObjectName& name, const Scope& scope) {
+    for (const Source& source : scope.sources) {
+        if (meansSource(name, name.parts.size(), source)) return source;
+    }
+    throw ServerError(107,
+                      "The column prefix '" + name.text() +
+                          "' does not match with a table name or alias name used in the query.",
+                      name.line, 15);
+}
+
+// "tempdb..#t" and "azienda.dbo.t" name objects here, too: there is one database, and temporary
+// tables are the connection's wherever they are said to be.
+bool isOwn(const ObjectName& name) {
+    if (name.parts.size() < 2) return true;
+    const std::string& owner = name.parts[name.parts.size() - 2];
+    return sameName(owner, "dbo") || sameName(owner, "tempdb");
+}
+
+const Table* findTable(const ObjectName& name, const Names& names) {
+    if (name.parts.size() == 1) {
+        if (const Table* local = names.localTable(name.last())) return local;
+    }
+    return isOwn(name) ? names.catalogue().find(name.last()) : nullptr;
+}
+
+const Table& requireTable(const ObjectName& name, const Names& names) {
+    const Table* table = findTable(name, names);
+    if (table != nullptr) return *table;
+    if (name.last().front() == '@') {
+        throw ServerError(1087, "Must declare the table variable \"" + name.last() + "\".",
+                          name.line, 15);
+    }
+    throw ServerError(208, "Invalid object name '" + name.text() + "'.", name.line);
+}
+
+const std::string& shownName(const Table& table, const ObjectName& name, const Names& names) {
+    const bool local = name.parts.size() == 1 && names.localTable(name.last()) == &table;
+    return local ? name.last() : table.name;
+}
+
+std::string tableSql(const std::string& name, bool temporary) {
+    return (temporary ? "temp." : "main.") + sqlName(name);
+}
+
+}  // namespace kap::engine

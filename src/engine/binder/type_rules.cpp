@@ -1,0 +1,249 @@
+#include "engine/binder/type_rules.hpp"
+
+#include <algorithm>
+
+namespace kap::engine {
+
+using tsql::BinaryOperator;
+using tsql::SqlType;
+using tsql::TypeSpec;
+
+namespace {
+
+constexpr int kMaxPrecision = 38;
+constexpr int kStoredPrecision = 18;
+constexpr int kLeastScale = 6;
+constexpr int kMaxBytes = 8000;
+constexpr int kMaxNationalLength = 4000;
+
+int wider(int left, int right) {
+    return left == tsql::kMaxLength || right == tsql::kMaxLength ? tsql::kMaxLength
+                                                                 : std::max(left, right);
+}
+
+bool isFixed(SqlType type) {
+    return type == SqlType::Char || type == SqlType::NChar || type == SqlType::Binary;
+}
+
+// Of two texts or binaries: one variable type when they differ in kind.
+TypeSpec commonSized(const TypeSpec& left, const TypeSpec& right) {
+    const TypeSpec& higher = precedenceOf(left.type) >= precedenceOf(right.type) ? left : right;
+    TypeSpec result = higher;
+    result.length = wider(left.length, right.length);
+    if (left.type != right.type && (isFixed(left.type) || isFixed(right.type)) &&
+        isFixed(result.type)) {
+        result.type = tsql::isNational(result.type) ? SqlType::NVarChar
+                      : tsql::isText(result.type)   ? SqlType::VarChar
+                                                    : SqlType::VarBinary;
+    }
+    return result;
+}
+
+// What only brings decimals together loses none of their digits, whatever their number.
+TypeSpec sumDecimal(int precision, int scale) {
+    return {SqlType::Numeric, 0, std::min(precision, kMaxPrecision), scale};
+}
+
+TypeSpec commonDecimal(const TypeSpec& left, const TypeSpec& right) {
+    const TypeSpec a = asDecimal(left);
+    const TypeSpec b = asDecimal(right);
+    const int scale = std::max(a.scale, b.scale);
+    return sumDecimal(std::max(a.precision - a.scale, b.precision - b.scale) + scale, scale);
+}
+
+}  // namespace
+
+int precedenceOf(SqlType type) {
+    switch (type) {
+        case SqlType::Binary:
+            return 1;
+        case SqlType::VarBinary:
+            return 2;
+        case SqlType::Char:
+            return 3;
+        case SqlType::VarChar:
+            return 4;
+        case SqlType::NChar:
+            return 5;
+        case SqlType::NVarChar:
+            return 6;
+        case SqlType::UniqueIdentifier:
+            return 7;
+        case SqlType::Timestamp:
+            return 8;
+        case SqlType::Image:
+            return 9;
+        case SqlType::Text:
+            return 10;
+        case SqlType::NText:
+            return 11;
+        case SqlType::Bit:
+            return 12;
+        case SqlType::TinyInt:
+            return 13;
+        case SqlType::SmallInt:
+            return 14;
+        case SqlType::Int:
+            return 15;
+        case SqlType::BigInt:
+            return 16;
+        case SqlType::SmallMoney:
+            return 17;
+        case SqlType::Money:
+            return 18;
+        case SqlType::Decimal:
+        case SqlType::Numeric:
+            return 19;
+        case SqlType::Real:
+            return 20;
+        case SqlType::Float:
+            return 21;
+        case SqlType::Date:
+            return 22;
+        case SqlType::SmallDateTime:
+            return 23;
+        case SqlType::DateTime:
+            return 24;
+    }
+    return 0;
+}
+
+TypeSpec asDecimal(const TypeSpec& type) {
+    const auto decimal = [](int precision, int scale) {
+        return TypeSpec{SqlType::Decimal, 0, precision, scale};
+    };
+    switch (type.type) {
+        case SqlType::Bit:
+            return decimal(1, 0);
+        case SqlType::TinyInt:
+            return decimal(3, 0);
+        case SqlType::SmallInt:
+            return decimal(5, 0);
+        case SqlType::Int:
+            return decimal(10, 0);
+        case SqlType::BigInt:
+            return decimal(19, 0);
+        case SqlType::SmallMoney:
+            return decimal(10, 4);
+        case SqlType::Money:
+            return decimal(19, 4);
+        default:
+            return type;
+    }
+}
+
+TypeSpec boundedDecimal(int precision, int scale) {
+    if (precision > kMaxPrecision) {
+        const int whole = precision - scale;
+        scale = std::max(std::min(scale, kMaxPrecision - whole), std::min(scale, kLeastScale));
+        precision = kMaxPrecision;
+    }
+    if (precision > kStoredPrecision) {
+        const int whole = precision - scale;
+        scale = std::max(std::min(scale, kStoredPrecision - whole), std::min(scale, kLeastScale));
+    }
+    return {SqlType::Numeric, 0, precision, scale};
+}
+
+TypeSpec decimalResult(BinaryOperator op, const TypeSpec& left, const TypeSpec& right) {
+    const TypeSpec a = asDecimal(left);
+    const TypeSpec b = asDecimal(right);
+    const int widerScale = std::max(a.scale, b.scale);
+    switch (op) {
+        case BinaryOperator::Multiply:
+            return boundedDecimal(a.precision + b.precision + 1, a.scale + b.scale);
+        case BinaryOperator::Divide: {
+            const int scale = std::max(kLeastScale, a.scale + b.precision + 1);
+            return boundedDecimal(a.precision - a.scale + b.scale + scale, scale);
+        }
+        case BinaryOperator::Modulo:
+            return sumDecimal(std::min(a.precision - a.scale, b.precision - b.scale) + widerScale,
+                              widerScale);
+        default:
+            return sumDecimal(
+                std::max(a.precision - a.scale, b.precision - b.scale) + widerScale + 1,
+                widerScale);
+    }
+}
+
+TypeSpec commonType(const TypeSpec& left, const TypeSpec& right) {
+    if (left == right) return left;
+    const bool sized = (tsql::isText(left.type) && tsql::isText(right.type)) ||
+                       (tsql::isBinary(left.type) && tsql::isBinary(right.type));
+    if (sized) return commonSized(left, right);
+    const TypeSpec& higher = precedenceOf(left.type) >= precedenceOf(right.type) ? left : right;
+    const TypeSpec& lower = &higher == &left ? right : left;
+    if (tsql::isDecimal(higher.type) && tsql::isExact(lower.type))
+        return commonDecimal(left, right);
+    // A text next to bytes must have room for them all.
+    if (tsql::isText(higher.type) && tsql::isBinary(lower.type)) {
+        TypeSpec result = higher;
+        result.length = wider(left.length, right.length);
+        return result;
+    }
+    return higher;
+}
+
+std::optional<TypeSpec> commonType(const std::vector<Typed>& values) {
+    std::optional<TypeSpec> result;
+    for (const Typed& value : values) {
+        if (value.nullLiteral) continue;
+        result = result ? commonType(*result, value.type) : value.type;
+    }
+    return result;
+}
+
+TypeSpec textTypeOf(const TypeSpec& type) {
+    constexpr int kDateLength = 27;
+    constexpr int kIdentifierLength = 36;
+    constexpr int kFloatLength = 24;
+    constexpr int kMoneyLength = 24;
+    if (tsql::isText(type.type)) {
+        return {tsql::isNational(type.type) ? SqlType::NVarChar : SqlType::VarChar, type.length};
+    }
+    int length = type.length;
+    if (tsql::isMoney(type.type)) {
+        length = kMoneyLength;
+    } else if (tsql::isExact(type.type)) {
+        // Digits, a sign, a point and a zero before it.
+        length = asDecimal(type).precision + (tsql::isDecimal(type.type) ? 3 : 2);
+    } else if (tsql::isApproximate(type.type)) {
+        length = kFloatLength;
+    } else if (tsql::isDate(type.type)) {
+        length = kDateLength;
+    } else if (type.type == SqlType::UniqueIdentifier) {
+        length = kIdentifierLength;
+    }
+    return {SqlType::VarChar, length};
+}
+
+TypeSpec joinedType(const TypeSpec& left, const TypeSpec& right) {
+    const bool national = tsql::isNational(left.type) || tsql::isNational(right.type);
+    const bool binary = tsql::isBinary(left.type);
+    const int limit = national ? kMaxNationalLength : kMaxBytes;
+    const bool unbounded = left.length == tsql::kMaxLength || right.length == tsql::kMaxLength;
+    const int length = unbounded ? tsql::kMaxLength : std::min(left.length + right.length, limit);
+    return {binary ? SqlType::VarBinary : national ? SqlType::NVarChar : SqlType::VarChar, length};
+}
+
+bool needsConversion(const TypeSpec& from, const TypeSpec& to) {
+    if (from == to) return false;
+    const bool roomier = to.length == tsql::kMaxLength ||
+                         (from.length != tsql::kMaxLength && from.length <= to.length);
+    if (tsql::isText(from.type) && tsql::isText(to.type)) return isFixed(to.type) || !roomier;
+    if (tsql::isBinary(from.type) && tsql::isBinary(to.type)) {
+        return isFixed(to.type) || to.type == SqlType::Timestamp || !roomier;
+    }
+    const bool widerInteger = tsql::isInteger(from.type) && tsql::isInteger(to.type) &&
+                              precedenceOf(from.type) < precedenceOf(to.type);
+    if (widerInteger) return false;
+    if (tsql::isDecimal(from.type) && tsql::isDecimal(to.type)) {
+        return from.scale != to.scale || from.precision > to.precision;
+    }
+    if (from.type == SqlType::SmallMoney && to.type == SqlType::Money) return false;
+    if (from.type == SqlType::Real && to.type == SqlType::Float) return false;
+    return !(tsql::isDate(from.type) && to.type == SqlType::DateTime &&
+             from.type == SqlType::SmallDateTime);
+}
+
+}  // namespace kap::engine

@@ -1,0 +1,56 @@
+#include "engine/binder/typed.hpp"
+
+#include <kaputil/automation/plain_text.hpp>
+
+#include "base/ascii.hpp"
+#include "engine/values/exact.hpp"
+
+namespace kap::engine {
+
+std::string SumTerm::at(int wantedScale) const {
+    if (scale >= wantedScale) return sql;
+    if (constant) {
+        const auto scaled = rescale(*constant, scale, wantedScale, Rounding::HalfAway);
+        if (const auto result = scaled ? narrow(*scaled) : std::nullopt) return sqlLiteral(*result);
+    }
+    return callText("kap_scale", sql, plain::text(wantedScale - scale));
+}
+
+Typed Typed::as(const tsql::TypeSpec& other) const {
+    Typed result = *this;
+    result.type = other;
+    result.terms.clear();
+    result.joint.clear();
+    return result;
+}
+
+Typed Typed::literal(const Value& value, tsql::TypeSpec type) {
+    Typed result = expression(sqlLiteral(value), type, isNull(value));
+    result.constant = value;
+    return result;
+}
+
+Typed Typed::null() {
+    Typed result = expression("NULL", {tsql::SqlType::Int}, true);
+    result.nullLiteral = true;
+    return result;
+}
+
+std::string collated(const Typed& expression, const std::string& text) {
+    const bool applies = tsql::isText(expression.type.type) && !expression.plainColumn;
+    return applies ? text + " COLLATE KAP_CI" : text;
+}
+
+std::string collated(const Typed& expression) {
+    return collated(expression, expression.sql);
+}
+
+std::string numberedName(std::size_t index) {
+    return "\"c" + plain::text(static_cast<std::int64_t>(index) + 1) + "\"";
+}
+
+std::string typeArgument(const tsql::TypeSpec& type) {
+    return plain::text(packType(type));
+}
+
+}  // namespace kap::engine

@@ -1,0 +1,64 @@
+#include <array>
+#include <utility>
+
+#include <kaputil/automation/plain_text.hpp>
+
+#include "base/ascii.hpp"
+#include "engine/binder/function_table.hpp"
+#include "engine/catalog/object_ids.hpp"
+#include "engine/catalog/view_rows.hpp"
+#include "tsql/server_error.hpp"
+
+// SQL_VARIANT_PROPERTY: what is known of the type of an expression.
+namespace kap::engine {
+
+using tsql::SqlType;
+
+namespace {
+
+constexpr tsql::TypeSpec kAnswer{SqlType::NVarChar, 128};
+
+Typed always(const ScalarCall& call, const std::string& answer) {
+    return Typed::expression(
+        "(CASE WHEN " + call.arguments[0].sql + " IS NOT NULL THEN " + answer + " END)", kAnswer,
+        true);
+}
+
+Typed propertyOfValue(ScalarCall& call) {
+    const Typed& value = call[0];
+    const auto* property =
+        call[1].constant ? std::get_if<std::string>(&*call[1].constant) : nullptr;
+    if (property == nullptr) {
+        throw tsql::unsupported("SQL_VARIANT_PROPERTY of a computed name", call.line);
+    }
+    if (value.nullLiteral || value.type.length == tsql::kMaxLength) {
+        return Typed::expression("NULL", kAnswer, true);
+    }
+    const std::string wanted = asciiLower(*property);
+    const SqlType type = value.type.type;
+    const auto text = [](std::int64_t number) { return sqlText(plain::text(number)); };
+    if (wanted == "basetype") return always(call, sqlText(tsql::typeName(type)));
+    if (wanted == "precision") return always(call, text(views::precisionOf(value.type)));
+    if (wanted == "scale") return always(call, text(views::scaleOf(value.type)));
+    if (wanted == "maxlength") return always(call, text(bytesOf(value.type)));
+    if (wanted == "collation") {
+        return tsql::isText(type) ? always(call, "'Latin1_General_CI_AS'")
+                                  : Typed::expression("NULL", kAnswer, true);
+    }
+    if (wanted == "totalbytes") {
+        throw tsql::unsupported("SQL_VARIANT_PROPERTY of TotalBytes", call.line);
+    }
+    return Typed::expression("NULL", kAnswer, true);
+}
+
+constexpr std::array kVariantFunctions = std::to_array<ScalarFunction>({
+    {"sql_variant_property", 2, 2, propertyOfValue},
+});
+
+}  // namespace
+
+std::span<const ScalarFunction> variantFunctions() {
+    return kVariantFunctions;
+}
+
+}  // namespace kap::engine

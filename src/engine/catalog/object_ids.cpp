@@ -1,0 +1,184 @@
+#include "engine/catalog/object_ids.hpp"
+
+#include <algorithm>
+#include <utility>
+
+#include "base/ascii.hpp"
+#include "engine/values/text_units.hpp"
+#include "tsql/parser.hpp"
+#include "tsql/server_error.hpp"
+
+namespace kap::engine {
+namespace {
+
+using tsql::SqlType;
+
+// An object of the database: a table, or what is stored by its text.
+struct Found {
+    std::string name;
+    std::string type;  // without blanks
+    const Table* table = nullptr;
+};
+
+std::string typeCode(std::string_view given) {
+    std::string text(given);
+    std::erase(text, ' ');
+    return asciiUpper(text);
+}
+
+std::vector<Found> objectsOf(const SchemaCatalogue& catalogue) {
+    std::vector<Found> result;
+    for (const Table* table : catalogue.tables()) {
+        result.push_back({table->name, "U", table});
+    }
+    for (const StoredObject& object : catalogue.objects()) {
+        if (object.kind != StoredKind::Type) {
+            result.push_back({object.name, typeCode(objectType(object.kind)), nullptr});
+        }
+    }
+    return result;
+}
+
+const Table* tableOf(const SchemaCatalogue& catalogue, std::int64_t id) {
+    for (const Found& object : objectsOf(catalogue)) {
+        if (object.table != nullptr && objectId(object.name) == id) return object.table;
+    }
+    return nullptr;
+}
+
+}  // namespace
+
+std::int64_t objectId(std::string_view name) {
+    // FNV-1a over the folded name, kept positive within 31 bits; names of temporary tables are
+    // negative, as the server's are.
+    constexpr std::uint32_t kStart = 2166136261U;
+    constexpr std::uint32_t kPrime = 16777619U;
+    constexpr std::uint32_t kPositive = 0x7FFFFFFFU;
+    std::uint32_t hash = kStart;
+    for (const char letter : fromUnits(foldedUnits(name))) {
+        hash = (hash ^ static_cast<unsigned char>(letter)) * kPrime;
+    }
+    const auto id = static_cast<std::int64_t>((hash & kPositive) | 0x100U);
+    return !name.empty() && name.front() == '#' ? -id : id;
+}
+
+std::string plainObjectName(std::string_view text) {
+    try {
+        tsql::ObjectName name = tsql::parseObjectName(text);
+        return name.last();
+    } catch (const tsql::ServerError&) {
+        return {};  // no name at all, so there is no such object
+    }
+}
+
+const char* objectType(StoredKind kind) {
+    switch (kind) {
+        case StoredKind::View:
+            return "V ";
+        case StoredKind::Procedure:
+            return "P ";
+        case StoredKind::Function:
+            return "FN";
+        case StoredKind::Trigger:
+            return "TR";
+        case StoredKind::PrimaryKey:
+            return "PK";
+        case StoredKind::UniqueKey:
+            return "UQ";
+        case StoredKind::DisabledConstraint:
+            return "C ";
+        case StoredKind::Type:
+            break;
+    }
+    return "";
+}
+
+Value idOfObject(const SchemaCatalogue& catalogue, const std::string& name,
+                 const std::string& type) {
+    const std::string plain = plainObjectName(name);
+    if (plain.empty()) return std::monostate{};
+    const std::string wanted = typeCode(type);
+    if (plain.front() == '#') {
+        const Table* table = catalogue.find(plain);
+        const bool fits = wanted.empty() || wanted == "U";
+        return table != nullptr && fits ? Value(objectId(table->name)) : Value();
+    }
+    for (const Found& object : objectsOf(catalogue)) {
+        if (sameName(object.name, plain) && (wanted.empty() || wanted == object.type)) {
+            return objectId(object.name);
+        }
+    }
+    for (const ConstraintInfo& constraint : catalogue.constraints()) {
+        if (sameName(constraint.name, plain) &&
+            (wanted.empty() || wanted == typeCode(constraint.type))) {
+            return objectId(constraint.name);
+        }
+    }
+    return std::monostate{};
+}
+
+Value nameOfObject(const SchemaCatalogue& catalogue, std::int64_t id) {
+    for (const Found& object : objectsOf(catalogue)) {
+        if (objectId(object.name) == id) return object.name;
+    }
+    for (const ConstraintInfo& constraint : catalogue.constraints()) {
+        if (objectId(constraint.name) == id) return constraint.name;
+    }
+    return std::monostate{};
+}
+
+int bytesOf(const tsql::TypeSpec& type) {
+    constexpr int kPerNationalCharacter = 2;
+    switch (type.type) {
+        case SqlType::Bit:
+        case SqlType::TinyInt:
+            return 1;
+        case SqlType::SmallInt:
+            return 2;
+        case SqlType::Date:
+            return 3;
+        case SqlType::Int:
+        case SqlType::SmallMoney:
+        case SqlType::SmallDateTime:
+        case SqlType::Real:
+            return 4;
+        case SqlType::BigInt:
+        case SqlType::Money:
+        case SqlType::Float:
+        case SqlType::DateTime:
+        case SqlType::Timestamp:
+            return 8;
+        case SqlType::Decimal:
+        case SqlType::Numeric:
+            return type.precision <= 9    ? 5
+                   : type.precision <= 19 ? 9
+                   : type.precision <= 28 ? 13
+                                          : 17;
+        case SqlType::UniqueIdentifier:
+        case SqlType::Text:
+        case SqlType::NText:
+        case SqlType::Image:
+            return 16;
+        case SqlType::NChar:
+        case SqlType::NVarChar:
+            return type.length < 0 ? -1 : type.length * kPerNationalCharacter;
+        default:
+            return type.length;
+    }
+}
+
+Value columnLength(const SchemaCatalogue& catalogue, const std::string& table,
+                   const std::string& column) {
+    const Table* found = catalogue.find(plainObjectName(table));
+    const Column* own = found == nullptr ? nullptr : found->find(column);
+    return own == nullptr ? Value() : Value(std::int64_t{bytesOf(own->type)});
+}
+
+Value columnName(const SchemaCatalogue& catalogue, std::int64_t table, std::int64_t ordinal) {
+    const Table* found = tableOf(catalogue, table);
+    const bool there = found != nullptr && ordinal >= 1 &&
+                       ordinal <= static_cast<std::int64_t>(found->columns.size());
+    return there ? Value(found->columns[static_cast<std::size_t>(ordinal) - 1].name) : Value();
+}
+
+}  // namespace kap::engine

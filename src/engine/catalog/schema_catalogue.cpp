@@ -1,0 +1,337 @@
+#include "engine/catalog/schema_catalogue.hpp"
+
+#include <algorithm>
+#include <array>
+#include <optional>
+#include <utility>
+
+#include "base/ascii.hpp"
+#include "engine/catalog/table_text.hpp"
+#include "engine/values/text_units.hpp"
+#include "engine/values/value.hpp"
+#include "tsql/parser.hpp"
+#include "tsql/server_error.hpp"
+
+namespace kap::engine {
+namespace {
+
+constexpr std::size_t kKeptModules = 500;
+// What XInfo::Hidden says of the columns of virtual tables that are not shown.
+constexpr std::int64_t kHiddenColumn = 1;
+
+std::string folded(std::string_view name) {
+    return fromUnits(foldedUnits(name));
+}
+
+bool contains(const std::string& text, const char* part) {
+    return text.find(part) != std::string::npos;
+}
+
+// SQLite's own rules of what a declared type holds. What may hold numbers and texts alike (dates,
+// decimals, columns without a type) is read as text, which every value has.
+tsql::TypeSpec affinityType(const std::string& declared) {
+    using tsql::SqlType;
+    const std::string upper = asciiUpper(declared);
+    if (contains(upper, "INT")) {
+        return {SqlType::BigInt};
+    }
+    if (contains(upper, "CHAR") || contains(upper, "CLOB") || contains(upper, "TEXT")) {
+        return {SqlType::NVarChar, tsql::kMaxLength};
+    }
+    if (contains(upper, "BLOB")) {
+        return {SqlType::VarBinary, tsql::kMaxLength};
+    }
+    if (contains(upper, "REAL") || contains(upper, "FLOA") || contains(upper, "DOUB")) {
+        return {SqlType::Float};
+    }
+    return {SqlType::NVarChar, tsql::kMaxLength};
+}
+
+// SQLite takes a type that it cannot parse, varchar(max), as a name in quotes.
+std::string_view unquoted(std::string_view declared) {
+    if (declared.size() >= 2 && declared.front() == '"' && declared.back() == '"') {
+        return declared.substr(1, declared.size() - 2);
+    }
+    return declared;
+}
+
+tsql::TypeSpec columnType(const std::string& declared, bool ours) {
+    if (ours) {
+        try {
+            return tsql::parseType(unquoted(declared));
+        } catch (const tsql::ServerError&) {
+            // Another program has added a column: it has a type of SQLite's.
+        }
+    }
+    return affinityType(declared);
+}
+
+// The columns of PRAGMA table_xinfo.
+enum XInfo { Ordinal, Name, Type, NotNull, Default, Key, Hidden };
+
+Column readColumn(const PreparedStatement& row, const std::optional<Counters::Record>& record) {
+    Column column;
+    column.name = row.text(XInfo::Name);
+    column.type = columnType(row.text(XInfo::Type), record.has_value());
+    column.keyOrdinal = static_cast<int>(row.integer(XInfo::Key));
+    column.nullable = row.integer(XInfo::NotNull) == 0 && (column.keyOrdinal == 0 || !record);
+    column.computed = row.integer(XInfo::Hidden) != 0;
+    if (!row.isNull(XInfo::Default)) {
+        column.defaultSql = row.text(XInfo::Default);
+    }
+    if (record && record->identityColumn == column.name) {
+        column.identity = record->identity;
+    }
+    return column;
+}
+
+}  // namespace
+
+SchemaCatalogue::SchemaCatalogue(Database& database, Counters& counters)
+    : database_(database),
+      counters_(counters),
+      version_(database.handle(), "PRAGMA main.schema_version", StatementLife::Kept),
+      stored_(database),
+      modules_(kKeptModules) {}
+
+const Table* SchemaCatalogue::find(std::string_view name) const {
+    if (!namesRead_) {
+        readNames();
+    }
+    const auto found = tables_.find(folded(name));
+    if (found == tables_.end()) {
+        return nullptr;
+    }
+    Entry& entry = found->second;
+    if (!entry.table) {
+        entry.table = read(entry);
+    }
+    return entry.table.get();
+}
+
+void SchemaCatalogue::refresh() {
+    std::int64_t version = -1;
+    {
+        const ResetGuard guard(version_);
+        version_.step();
+        version = version_.integer(0);
+    }
+    if (version == knownVersion_) {
+        return;
+    }
+    invalidate();
+    // SQLite keeps a schema of its own, which only running a statement brings up to date.
+    PreparedStatement(database_.handle(), "SELECT 1 FROM main.sqlite_schema LIMIT 1").run();
+    knownVersion_ = version;
+    if (version != fileVersion_) {
+        fileVersion_ = version;
+        ++fileChanges_;
+    }
+}
+
+void SchemaCatalogue::invalidate() {
+    knownVersion_ = -1;
+    ++generation_;
+    tables_.clear();
+    namesRead_ = false;
+    objects_.reset();
+    views_.clear();
+    functions_.clear();
+    counters_.schemaChanged();
+}
+
+void SchemaCatalogue::undone() {
+    invalidate();
+    // The file's next version may have the number of one that was undone.
+    fileVersion_ = -1;
+    ++undoings_;
+}
+
+void SchemaCatalogue::readNames() const {
+    readNames("SELECT name FROM main.sqlite_schema WHERE type IN ('table', 'view')", false);
+    readNames("SELECT name FROM temp.sqlite_schema WHERE type IN ('table', 'view')", true);
+    namesRead_ = true;
+}
+
+void SchemaCatalogue::readNames(const char* sql, bool temporary) const {
+    PreparedStatement names(database_.handle(), sql);
+    while (names.step()) {
+        std::string name = names.text(0);
+        const bool captured = name.starts_with("kap inserted ") ||
+                              name.starts_with("kap deleted ") || name.starts_with("kap merge ");
+        if (!captured && !isKeptByTheFile(name)) {
+            std::string key = folded(name);
+            tables_.insert_or_assign(std::move(key), Entry{std::move(name), temporary, nullptr});
+        }
+    }
+}
+
+std::unique_ptr<Table> SchemaCatalogue::read(const Entry& entry) const {
+    auto table = std::make_unique<Table>();
+    table->name = entry.name;
+    table->temporary = entry.temporary;
+    const auto record = counters_.find(*table);
+    PreparedStatement rows(database_.handle(), std::string("PRAGMA ") +
+                                                   (entry.temporary ? "temp" : "main") +
+                                                   ".table_xinfo(" + sqlName(entry.name) + ")");
+    while (rows.step()) {
+        if (rows.integer(XInfo::Hidden) != kHiddenColumn) {
+            table->columns.push_back(readColumn(rows, record));
+        }
+    }
+    addDefinitions(*table);
+    addLaterKey(*table);
+    if (!entry.temporary) {
+        for (const auto& trigger : triggersOf(table->name)) {
+            table->triggerEvents |= trigger->definition.events;
+        }
+    }
+    return table;
+}
+
+// What columns are computed from stands in the table's text only.
+void SchemaCatalogue::addDefinitions(Table& table) const {
+    if (std::ranges::none_of(table.columns, &Column::computed)) {
+        return;
+    }
+    PreparedStatement look(database_.handle(),
+                           std::string("SELECT sql FROM ") + (table.temporary ? "temp" : "main") +
+                               ".sqlite_schema WHERE type = 'table' AND name = ?1");
+    look.bind(1, std::string_view(table.name));
+    if (!look.step()) {
+        return;
+    }
+    TableText text(look.text(0));
+    for (Column& column : table.columns) {
+        const auto* element = column.computed ? text.column(column.name) : nullptr;
+        if (element != nullptr) {
+            column.defaultSql = computedTextOf(element->text);
+        }
+    }
+}
+
+// A primary key that was added to a table later is an index of its own.
+void SchemaCatalogue::addLaterKey(Table& table) const {
+    for (const StoredObject& object : objects()) {
+        if (object.kind != StoredKind::PrimaryKey || !sameName(object.parent, table.name)) {
+            continue;
+        }
+        int ordinal = 0;
+        for (const std::string& name : tsql::parseNames(object.text)) {
+            for (Column& column : table.columns) {
+                if (sameName(column.name, name)) {
+                    column.keyOrdinal = ++ordinal;
+                }
+            }
+        }
+    }
+}
+
+std::vector<const Table*> SchemaCatalogue::tables() const {
+    if (!namesRead_) {
+        readNames();
+    }
+    std::vector<const Table*> result;
+    for (auto& [key, entry] : tables_) {
+        if (entry.temporary) {
+            continue;
+        }
+        result.push_back(find(entry.name));
+    }
+    std::ranges::sort(result, {}, &Table::name);
+    return result;
+}
+
+const std::vector<StoredObject>& SchemaCatalogue::objects() const {
+    if (!objects_) {
+        objects_ = stored_.all();
+    }
+    return *objects_;
+}
+
+const StoredObject* SchemaCatalogue::findObject(StoredKind kind, std::string_view name) const {
+    const auto found = std::ranges::find_if(objects(), [&](const StoredObject& object) {
+        return object.kind == kind && sameName(object.name, name);
+    });
+    return found == objects().end() ? nullptr : &*found;
+}
+
+const View* SchemaCatalogue::findView(std::string_view name) const {
+    const StoredObject* object = findObject(StoredKind::View, name);
+    if (object == nullptr) {
+        return nullptr;
+    }
+    const auto [found, made] = views_.try_emplace(folded(name));
+    if (made) {
+        tsql::Script script = tsql::parseScript(object->text, parseOptions(object->quotedNames));
+        auto& statement = std::get<tsql::CreateViewStatement>(script.at(0).node);
+        found->second = {object->name, std::move(statement.columns), std::move(statement.query),
+                         statement.checksRows};
+    }
+    return &found->second;
+}
+
+const Function* SchemaCatalogue::findFunction(std::string_view name) const {
+    const auto module = findModule(StoredKind::Function, name);
+    if (module == nullptr) {
+        return nullptr;
+    }
+    const auto [found, made] = functions_.try_emplace(folded(name));
+    if (made) {
+        Function& function = found->second;
+        function.name = module->object.name;
+        function.returns = module->definition.returns;
+        for (const tsql::ParameterDefinition& parameter : module->definition.parameters) {
+            // The module lives as long as whoever holds one of its defaults.
+            function.parameters.push_back(
+                {parameter.name, parameter.type, {module, parameter.defaultValue.get()}});
+        }
+    }
+    return &found->second;
+}
+
+std::shared_ptr<const Module> SchemaCatalogue::findModule(StoredKind kind,
+                                                          std::string_view name) const {
+    const StoredObject* object = findObject(kind, name);
+    return object == nullptr ? nullptr : parsed(*object);
+}
+
+std::vector<std::shared_ptr<const Module>> SchemaCatalogue::triggersOf(
+    std::string_view table) const {
+    std::vector<std::shared_ptr<const Module>> result;
+    for (const StoredObject& object : objects()) {
+        if (object.kind == StoredKind::Trigger && object.enabled &&
+            sameName(object.parent, table)) {
+            result.push_back(parsed(object));
+        }
+    }
+    return result;
+}
+
+std::shared_ptr<const Module> SchemaCatalogue::parsed(const StoredObject& object) const {
+    if (const auto* found = modules_.find(object.text)) {
+        return *found;
+    }
+    tsql::Script script = tsql::parseScript(object.text, parseOptions(object.quotedNames));
+    auto module = std::make_shared<const Module>(
+        Module{object, std::get<tsql::CreateModuleStatement>(std::move(script.at(0).node))});
+    return modules_.insert(object.text, std::move(module));
+}
+
+std::optional<tsql::AliasType> SchemaCatalogue::aliasType(std::string_view name) const {
+    const StoredObject* object = findObject(StoredKind::Type, name);
+    if (object == nullptr) {
+        return std::nullopt;
+    }
+    // The text is the type's own, and what it says of nulls stands in place of a parent.
+    return tsql::AliasType{tsql::parseType(object->text), object->parent != kNotNull};
+}
+
+tsql::ParseOptions SchemaCatalogue::parseOptions(bool quotedNames) const {
+    tsql::ParseOptions options;
+    options.quotedNames = quotedNames;
+    options.aliasType = [this](std::string_view name) { return aliasType(name); };
+    return options;
+}
+
+}  // namespace kap::engine

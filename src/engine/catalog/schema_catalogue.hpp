@@ -1,0 +1,153 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+#include "base/lru_cache.hpp"
+#include "engine/catalog/counters.hpp"
+#include "engine/catalog/stored_objects.hpp"
+#include "engine/catalog/tables.hpp"
+#include "engine/sqlite/sqlite.hpp"
+#include "tsql/parser.hpp"
+
+namespace kap::engine {
+
+// The tables of an open file as the dialect sees them, read from SQLite's schema when they are
+// first named and kept until the schema changes.
+//
+// Tables made by other programs can be used too: their columns get the type that SQLite's affinity
+// of the declared type stands for (bigint, float, nvarchar(max) or varbinary(max)).
+// A procedure, function or trigger with what its text says.
+struct Module {
+    StoredObject object;
+    tsql::CreateModuleStatement definition;
+};
+
+// A constraint or key of a table.
+struct ConstraintInfo {
+    std::string name;
+    const char* type;  // as sysobjects says: "PK", "UQ", "F ", "C ", "D "
+    std::string table;
+    std::vector<std::string> columns;
+    std::string definition;  // of a check or default, in SQLite's words
+    std::string parent;      // of a foreign key
+    std::vector<std::string> parentColumns;
+    std::string onDelete;
+    std::string onUpdate;
+    bool enabled = true;
+};
+
+struct IndexInfo {
+    std::string name;
+    std::string table;
+    bool unique = false;
+    std::string_view key;  // "PK" or "UQ" when it serves a key
+    std::vector<std::string> columns;
+    std::vector<bool> descending;  // of each column
+};
+
+class SchemaCatalogue : public Catalogue {
+public:
+    SchemaCatalogue(Database& database, Counters& counters);
+
+    [[nodiscard]] const Table* find(std::string_view name) const override;
+    [[nodiscard]] const View* findView(std::string_view name) const override;
+    [[nodiscard]] const Function* findFunction(std::string_view name) const override;
+    [[nodiscard]] std::optional<SystemRows> systemRows(const tsql::ObjectName& name) const override;
+
+    // The tables of the file, by name.
+    [[nodiscard]] std::vector<const Table*> tables() const;
+    // What was stored beside the tables, in the order in which it was made.
+    [[nodiscard]] const std::vector<StoredObject>& objects() const;
+    // A procedure, function or trigger, read; null when there is none of that name.
+    [[nodiscard]] std::shared_ptr<const Module> findModule(StoredKind kind,
+                                                           std::string_view name) const;
+    // The triggers of a table that are switched on, in the order in which they were made.
+    [[nodiscard]] std::vector<std::shared_ptr<const Module>> triggersOf(
+        std::string_view table) const;
+    // The type that a name given by CREATE TYPE stands for.
+    [[nodiscard]] std::optional<tsql::AliasType> aliasType(std::string_view name) const;
+    // How scripts are to be read here.
+    [[nodiscard]] tsql::ParseOptions parseOptions(bool quotedNames) const;
+
+    [[nodiscard]] std::vector<std::vector<std::string>> candidateKeys(
+        const Table& table) const override;
+    [[nodiscard]] std::vector<Reference> references() const override;
+    [[nodiscard]] std::optional<std::string> referenceAt(const Table& table) const override;
+    [[nodiscard]] std::optional<std::string> checkOf(const Table& table) const override;
+    // The foreign key that a key of a table with these columns serves, when no other key would do.
+    [[nodiscard]] std::optional<ConstraintInfo> servedBy(
+        const Table& table, const std::vector<std::string>& columns) const;
+
+    // The constraints and keys of the file's tables, switched on or off.
+    [[nodiscard]] std::vector<ConstraintInfo> constraints() const;
+    // The indexes that were made by CREATE INDEX.
+    [[nodiscard]] std::vector<IndexInfo> indexes() const;
+    // Those and the ones that serve keys, table by table.
+    [[nodiscard]] std::vector<IndexInfo> keysAndIndexes() const;
+
+    // Where those things are kept; whoever changes them calls invalidate() then.
+    [[nodiscard]] StoredObjects& stored() noexcept { return stored_; }
+    // What statements are made of has changed, though not the schema.
+    void settingsChanged() noexcept { ++generation_; }
+
+    // The name that the database goes by: its file's, or the one that USE has given it.
+    [[nodiscard]] const std::string& databaseName() const noexcept { return databaseName_; }
+    void setDatabaseName(std::string name) { databaseName_ = std::move(name); }
+
+    // Compares with the file's schema and forgets everything when it has changed. What find() then
+    // answers holds as long as the transaction that this is called in.
+    void refresh();
+    // The schema is being changed by this connection.
+    void invalidate();
+    // What this connection has changed of the schema was undone.
+    void undone();
+    [[nodiscard]] std::uint64_t undoings() const noexcept { return undoings_; }
+    // Counts the times that refresh() has found another schema in the file, whoever changed it.
+    [[nodiscard]] std::uint64_t fileChanges() const noexcept { return fileChanges_; }
+    // Another number each time that everything was forgotten.
+    [[nodiscard]] std::uint64_t generation() const noexcept { return generation_; }
+
+private:
+    struct Entry {
+        std::string name;
+        bool temporary = false;
+        std::unique_ptr<Table> table;  // read when it is first asked for
+    };
+
+    void readNames() const;
+    void readNames(const char* sql, bool temporary) const;
+    [[nodiscard]] std::unique_ptr<Table> read(const Entry& entry) const;
+    void addDefinitions(Table& table) const;
+    void addLaterKey(Table& table) const;
+    [[nodiscard]] std::shared_ptr<const Module> parsed(const StoredObject& object) const;
+    [[nodiscard]] const StoredObject* findObject(StoredKind kind, std::string_view name) const;
+
+    Database& database_;
+    Counters& counters_;
+    PreparedStatement version_;
+    std::int64_t knownVersion_ = -1;
+    std::int64_t fileVersion_ = -1;
+    std::uint64_t fileChanges_ = 0;
+    std::uint64_t undoings_ = 0;
+    std::uint64_t generation_ = 0;
+    // By the name with its case folded; empty until a table is asked for.
+    mutable std::unordered_map<std::string, Entry> tables_;
+    mutable bool namesRead_ = false;
+    StoredObjects stored_;
+    mutable std::optional<std::vector<StoredObject>> objects_;
+    mutable std::map<std::string, View> views_;          // by the folded name
+    mutable std::map<std::string, Function> functions_;  // by the folded name
+    // By the text, so that they outlive a change of something else.
+    mutable LruCache<std::shared_ptr<const Module>> modules_;
+    std::string databaseName_;
+};
+
+}  // namespace kap::engine

@@ -1,0 +1,155 @@
+#include <array>
+#include <string_view>
+
+#include "engine/catalog/view_rows.hpp"
+
+// The standard's INFORMATION_SCHEMA, but for what its keys refer to.
+namespace kap::engine::views {
+namespace {
+
+using tsql::SqlType;
+using tsql::TypeSpec;
+
+SystemRows tables(const SchemaCatalogue& catalogue) {
+    SystemRows view{{{"TABLE_CATALOG", kName},
+                     {"TABLE_SCHEMA", kName},
+                     {"TABLE_NAME", kName},
+                     {"TABLE_TYPE", {SqlType::VarChar, 10}}},
+                    {}};
+    const auto add = [&](const std::string& name, const char* type) {
+        view.rows.push_back({text(catalogue.databaseName()), text("dbo"), text(name), text(type)});
+    };
+    for (const Table* table : catalogue.tables())
+        add(table->name, "BASE TABLE");
+    for (const StoredObject& object : catalogue.objects()) {
+        if (object.kind == StoredKind::View) add(object.name, "VIEW");
+    }
+    return view;
+}
+
+Value lengthOf(const TypeSpec& type) {
+    constexpr std::int64_t kLargest = 2147483647;
+    if (!tsql::isText(type.type) && !tsql::isBinary(type.type)) return std::monostate{};
+    const bool old =
+        type.type == SqlType::Text || type.type == SqlType::NText || type.type == SqlType::Image;
+    return number(old ? kLargest / (type.type == SqlType::NText ? 2 : 1) : type.length);
+}
+
+SystemRows columns(const SchemaCatalogue& catalogue) {
+    SystemRows view{{{"TABLE_CATALOG", kName},
+                     {"TABLE_SCHEMA", kName},
+                     {"TABLE_NAME", kName},
+                     {"COLUMN_NAME", kName},
+                     {"ORDINAL_POSITION", kInt},
+                     {"COLUMN_DEFAULT", kText},
+                     {"IS_NULLABLE", {SqlType::VarChar, 3}},
+                     {"DATA_TYPE", kName},
+                     {"CHARACTER_MAXIMUM_LENGTH", kInt},
+                     {"NUMERIC_PRECISION", kTinyInt},
+                     {"NUMERIC_SCALE", kInt},
+                     {"DATETIME_PRECISION", kSmallInt}},
+                    {}};
+    for (const Table* table : catalogue.tables()) {
+        std::int64_t ordinal = 0;
+        for (const Column& column : table->columns) {
+            const TypeSpec& type = column.type;
+            const bool counts = tsql::isNumber(type.type) && type.type != SqlType::Bit;
+            const bool dated = tsql::isDate(type.type);
+            const bool given = column.defaultSql && !column.computed;
+            view.rows.push_back(
+                {text(catalogue.databaseName()), text("dbo"), text(table->name), text(column.name),
+                 number(++ordinal), given ? text("(" + *column.defaultSql + ")") : Value(),
+                 text(column.nullable ? "YES" : "NO"), text(tsql::typeName(type.type)),
+                 lengthOf(type), counts ? number(precisionOf(type)) : Value(),
+                 counts && !tsql::isApproximate(type.type) ? number(scaleOf(type)) : Value(),
+                 dated ? number(scaleOf(type)) : Value()});
+        }
+    }
+    return view;
+}
+
+const char* standardType(std::string_view type) {
+    if (type == "PK") return "PRIMARY KEY";
+    if (type == "UQ") return "UNIQUE";
+    return type == "F " ? "FOREIGN KEY" : "CHECK";
+}
+
+SystemRows constraints(const SchemaCatalogue& catalogue) {
+    SystemRows view{{{"CONSTRAINT_CATALOG", kName},
+                     {"CONSTRAINT_SCHEMA", kName},
+                     {"CONSTRAINT_NAME", kName},
+                     {"TABLE_NAME", kName},
+                     {"CONSTRAINT_TYPE", {SqlType::VarChar, 11}}},
+                    {}};
+    for (const ConstraintInfo& each : catalogue.constraints()) {
+        if (std::string_view(each.type) == "D ") continue;
+        view.rows.push_back({text(catalogue.databaseName()), text("dbo"), text(each.name),
+                             text(each.table), text(standardType(each.type))});
+    }
+    return view;
+}
+
+SystemRows keyColumns(const SchemaCatalogue& catalogue) {
+    SystemRows view{{{"CONSTRAINT_NAME", kName},
+                     {"TABLE_SCHEMA", kName},
+                     {"TABLE_NAME", kName},
+                     {"COLUMN_NAME", kName},
+                     {"ORDINAL_POSITION", kInt}},
+                    {}};
+    for (const ConstraintInfo& each : catalogue.constraints()) {
+        const std::string_view type = each.type;
+        if (type == "D " || type == "C ") continue;
+        std::int64_t ordinal = 0;
+        for (const std::string& column : each.columns) {
+            view.rows.push_back(
+                {text(each.name), text("dbo"), text(each.table), text(column), number(++ordinal)});
+        }
+    }
+    return view;
+}
+
+SystemRows viewTexts(const SchemaCatalogue& catalogue) {
+    SystemRows view{{{"TABLE_CATALOG", kName},
+                     {"TABLE_SCHEMA", kName},
+                     {"TABLE_NAME", kName},
+                     {"VIEW_DEFINITION", kText}},
+                    {}};
+    for (const StoredObject& object : catalogue.objects()) {
+        if (object.kind != StoredKind::View) continue;
+        view.rows.push_back(
+            {text(catalogue.databaseName()), text("dbo"), text(object.name), text(object.text)});
+    }
+    return view;
+}
+
+SystemRows routines(const SchemaCatalogue& catalogue) {
+    SystemRows view{{{"ROUTINE_SCHEMA", kName},
+                     {"ROUTINE_NAME", kName},
+                     {"ROUTINE_TYPE", kShort},
+                     {"ROUTINE_DEFINITION", kText}},
+                    {}};
+    for (const StoredObject& object : catalogue.objects()) {
+        if (object.kind != StoredKind::Procedure && object.kind != StoredKind::Function) continue;
+        view.rows.push_back({text("dbo"), text(object.name),
+                             text(object.kind == StoredKind::Procedure ? "PROCEDURE" : "FUNCTION"),
+                             text(object.text)});
+    }
+    return view;
+}
+
+constexpr auto kStandardViews = std::to_array<View>({
+    {"information_schema", "tables", tables},
+    {"information_schema", "columns", columns},
+    {"information_schema", "views", viewTexts},
+    {"information_schema", "routines", routines},
+    {"information_schema", "table_constraints", constraints},
+    {"information_schema", "key_column_usage", keyColumns},
+});
+
+}  // namespace
+
+std::span<const View> standardViews() {
+    return kStandardViews;
+}
+
+}  // namespace kap::engine::views

@@ -1,0 +1,64 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "engine/sqlite/sqlite.hpp"
+
+namespace kap::engine {
+
+// The table of the file that holds what SQLite has no place for: views, procedures, functions and
+// triggers as they were written, types with names, keys that were added to a table later, and
+// constraints that are switched off. Clients see it only through the views that describe the
+// database.
+inline constexpr const char* kObjectsTable = "kap_objects";
+
+enum class StoredKind : std::uint8_t {
+    View,
+    Procedure,
+    Function,
+    Trigger,
+    Type,
+    PrimaryKey,
+    UniqueKey,
+    DisabledConstraint,
+};
+
+// What stands for the parent of a type that takes no nulls.
+inline constexpr std::string_view kNotNull = "not null";
+
+struct StoredObject {
+    std::int64_t id = 0;
+    StoredKind kind = StoredKind::View;
+    std::string name;
+    std::string parent;  // the table of a trigger, a key or a constraint
+    std::string text;
+    bool enabled = true;
+    bool quotedNames = true;  // what double quotes in the text mean
+};
+
+class StoredObjects {
+public:
+    explicit StoredObjects(Database& database) : database_(database) {}
+
+    // In the order in which they were made.
+    [[nodiscard]] std::vector<StoredObject> all() const;
+    // Within a writing transaction; the object's id is not used. One of the same name and kind
+    // keeps its place.
+    void put(const StoredObject& object);
+    void remove(StoredKind kind, std::string_view name);
+    void removeOf(std::string_view parent);
+    void rename(std::string_view parent, std::string_view newName);
+    void setEnabled(StoredKind kind, std::string_view name, bool enabled);
+
+private:
+    [[nodiscard]] bool exists() const;
+    // Other connections notice a change only by SQLite's schema version.
+    void changed();
+
+    Database& database_;
+};
+
+}  // namespace kap::engine

@@ -1,0 +1,289 @@
+#include <algorithm>
+#include <array>
+#include <utility>
+
+#include "base/ascii.hpp"
+#include "engine/catalog/object_ids.hpp"
+#include "engine/catalog/schema_catalogue.hpp"
+#include "engine/catalog/view_rows.hpp"
+
+// The views by which the database describes itself, as far as scripts and tools ask for them: the
+// server's older and newer system tables.
+namespace kap::engine {
+namespace views {
+namespace {
+
+using tsql::SqlType;
+using tsql::TypeSpec;
+
+constexpr TypeSpec kTwo{SqlType::Char, 2};
+
+// --- Objects
+
+struct ObjectRow {
+    std::string name;
+    std::string type;
+    std::string parent;
+};
+
+std::vector<ObjectRow> objectRows(const SchemaCatalogue& catalogue) {
+    std::vector<ObjectRow> rows;
+    for (const Table* table : catalogue.tables())
+        rows.push_back({table->name, "U ", ""});
+    for (const StoredObject& object : catalogue.objects()) {
+        if (object.kind <= StoredKind::Trigger) {
+            rows.push_back({object.name, objectType(object.kind), object.parent});
+        }
+    }
+    for (const ConstraintInfo& constraint : catalogue.constraints()) {
+        rows.push_back({constraint.name, constraint.type, constraint.table});
+    }
+    return rows;
+}
+
+// What the older servers kept about the kind in the lowest bits: 3 a user's table, 2 a view, 4 a
+// procedure, 8 a trigger.
+std::int64_t sysstat(const std::string& type) {
+    if (type == "U ") return 3;
+    if (type == "V ") return 2;
+    if (type == "P ") return 4;
+    if (type == "TR") return 8;
+    return 0;
+}
+
+const char* typeDescription(const std::string& type) {
+    static constexpr std::pair<std::string_view, const char*> kDescriptions[] = {
+        {"U ", "USER_TABLE"},           {"V ", "VIEW"},
+        {"P ", "SQL_STORED_PROCEDURE"}, {"FN", "SQL_SCALAR_FUNCTION"},
+        {"TR", "SQL_TRIGGER"},          {"PK", "PRIMARY_KEY_CONSTRAINT"},
+        {"UQ", "UNIQUE_CONSTRAINT"},    {"F ", "FOREIGN_KEY_CONSTRAINT"},
+        {"C ", "CHECK_CONSTRAINT"},     {"D ", "DEFAULT_CONSTRAINT"}};
+    for (const auto& [known, description] : kDescriptions) {
+        if (known == type) return description;
+    }
+    return "";
+}
+
+Value parentId(const ObjectRow& row) {
+    return number(row.parent.empty() ? 0 : objectId(row.parent));
+}
+
+SystemRows sysobjects(const SchemaCatalogue& catalogue) {
+    SystemRows view{{{"name", kName},
+                     {"id", kInt},
+                     {"xtype", kTwo},
+                     {"type", kTwo},
+                     {"uid", kSmallInt},
+                     {"parent_obj", kInt},
+                     {"sysstat", kSmallInt},
+                     {"category", kInt}},
+                    {}};
+    for (const ObjectRow& row : objectRows(catalogue)) {
+        const std::string older = row.type == "PK" || row.type == "UQ" ? "K " : row.type;
+        view.rows.push_back({text(row.name), number(objectId(row.name)), text(row.type),
+                             text(older), number(1), parentId(row), number(sysstat(row.type)),
+                             number(0)});
+    }
+    return view;
+}
+
+SystemRows sysObjects(const SchemaCatalogue& catalogue, std::string_view types) {
+    SystemRows view{{{"name", kName},
+                     {"object_id", kInt},
+                     {"schema_id", kInt},
+                     {"parent_object_id", kInt},
+                     {"type", kTwo},
+                     {"type_desc", kShort},
+                     {"is_ms_shipped", kBit}},
+                    {}};
+    for (const ObjectRow& row : objectRows(catalogue)) {
+        if (!types.empty() && types.find(row.type) == std::string_view::npos) continue;
+        view.rows.push_back({text(row.name), number(objectId(row.name)), number(1), parentId(row),
+                             text(row.type), text(typeDescription(row.type)), flag(false)});
+    }
+    return view;
+}
+
+SystemRows sysTriggers(const SchemaCatalogue& catalogue) {
+    SystemRows view{
+        {{"name", kName}, {"object_id", kInt}, {"parent_id", kInt}, {"is_disabled", kBit}}, {}};
+    for (const StoredObject& object : catalogue.objects()) {
+        if (object.kind != StoredKind::Trigger) continue;
+        view.rows.push_back({text(object.name), number(objectId(object.name)),
+                             number(objectId(object.parent)), flag(!object.enabled)});
+    }
+    return view;
+}
+
+SystemRows syscomments(const SchemaCatalogue& catalogue, bool modern) {
+    SystemRows view{{{modern ? "object_id" : "id", kInt}, {modern ? "definition" : "text", kText}},
+                    {}};
+    for (const StoredObject& object : catalogue.objects()) {
+        if (object.kind > StoredKind::Trigger) continue;
+        view.rows.push_back({number(objectId(object.name)), text(object.text)});
+    }
+    return view;
+}
+
+// --- Columns and types
+
+struct ServerType {
+    SqlType type;
+    std::int64_t id;  // system_type_id and xtype
+    std::int64_t length;
+};
+
+constexpr auto kServerTypes = std::to_array<ServerType>({
+    {SqlType::Image, 34, 16},
+    {SqlType::Text, 35, 16},
+    {SqlType::UniqueIdentifier, 36, 16},
+    {SqlType::Date, 40, 3},
+    {SqlType::TinyInt, 48, 1},
+    {SqlType::SmallInt, 52, 2},
+    {SqlType::Int, 56, 4},
+    {SqlType::SmallDateTime, 58, 4},
+    {SqlType::Real, 59, 4},
+    {SqlType::Money, 60, 8},
+    {SqlType::DateTime, 61, 8},
+    {SqlType::Float, 62, 8},
+    {SqlType::NText, 99, 16},
+    {SqlType::Bit, 104, 1},
+    {SqlType::Decimal, 106, 17},
+    {SqlType::Numeric, 108, 17},
+    {SqlType::SmallMoney, 122, 4},
+    {SqlType::BigInt, 127, 8},
+    {SqlType::VarBinary, 165, 8000},
+    {SqlType::VarChar, 167, 8000},
+    {SqlType::Binary, 173, 8000},
+    {SqlType::Char, 175, 8000},
+    {SqlType::Timestamp, 189, 8},
+    {SqlType::NVarChar, 231, 8000},
+    {SqlType::NChar, 239, 8000},
+});
+
+std::int64_t typeId(SqlType type) {
+    const auto* const found = std::ranges::find(kServerTypes, type, &ServerType::type);
+    return found == kServerTypes.end() ? 0 : found->id;
+}
+
+// The number of the constraint that holds a column's default; 0 without one.
+Value defaultId(const Table& table, const Column& column) {
+    if (!column.defaultSql || column.computed) return number(0);
+    const std::string made = "DF_" + table.name + "_" + column.name;
+    return number(objectId(column.defaultName.empty() ? made : column.defaultName));
+}
+
+SystemRows columnRows(const SchemaCatalogue& catalogue, bool modern) {
+    SystemRows view;
+    if (modern) {
+        view.columns = {
+            {"object_id", kInt},          {"name", kName},        {"column_id", kInt},
+            {"system_type_id", kTinyInt}, {"user_type_id", kInt}, {"max_length", kSmallInt},
+            {"precision", kTinyInt},      {"scale", kTinyInt},    {"is_nullable", kBit},
+            {"is_identity", kBit},        {"is_computed", kBit},  {"default_object_id", kInt}};
+    } else {
+        view.columns = {{"id", kInt},           {"name", kName},          {"colid", kSmallInt},
+                        {"xtype", kTinyInt},    {"xusertype", kSmallInt}, {"length", kSmallInt},
+                        {"prec", kSmallInt},    {"scale", kInt},          {"isnullable", kInt},
+                        {"colstat", kSmallInt}, {"iscomputed", kInt},     {"cdefault", kInt}};
+    }
+    for (const Table* table : catalogue.tables()) {
+        std::int64_t ordinal = 0;
+        for (const Column& column : table->columns) {
+            view.rows.push_back({number(objectId(table->name)), text(column.name),
+                                 number(++ordinal), number(typeId(column.type.type)),
+                                 number(typeId(column.type.type)), number(bytesOf(column.type)),
+                                 number(precisionOf(column.type)), number(scaleOf(column.type)),
+                                 flag(column.nullable), flag(column.identity.has_value()),
+                                 flag(column.computed), defaultId(*table, column)});
+        }
+    }
+    return view;
+}
+
+SystemRows typeRows(const SchemaCatalogue& catalogue, bool modern) {
+    SystemRows view;
+    view.columns = modern ? std::vector<SystemRows::ColumnType>{{"name", kName},
+                                                                {"system_type_id", kTinyInt},
+                                                                {"user_type_id", kInt},
+                                                                {"max_length", kSmallInt},
+                                                                {"is_user_defined", kBit}}
+                          : std::vector<SystemRows::ColumnType>{{"name", kName},
+                                                                {"xtype", kTinyInt},
+                                                                {"xusertype", kSmallInt},
+                                                                {"length", kSmallInt},
+                                                                {"status", kTinyInt}};
+    for (const ServerType& row : kServerTypes) {
+        view.rows.push_back({text(tsql::typeName(row.type)), number(row.id), number(row.id),
+                             number(row.length), number(0)});
+    }
+    for (const StoredObject& object : catalogue.objects()) {
+        if (object.kind != StoredKind::Type) continue;
+        const TypeSpec type = tsql::parseType(object.text);
+        constexpr std::int64_t kFirstUserType = 256;
+        view.rows.push_back({text(object.name), number(typeId(type.type)),
+                             number(kFirstUserType + object.id), number(bytesOf(type)), number(1)});
+    }
+    return view;
+}
+
+// --- The database itself
+
+SystemRows databases(const SchemaCatalogue& catalogue, bool modern) {
+    SystemRows view{{{"name", kName}, {modern ? "database_id" : "dbid", kInt}}, {}};
+    constexpr std::array kOwn{"master", "tempdb", "model", "msdb"};
+    std::int64_t id = 0;
+    for (const char* name : kOwn)
+        view.rows.push_back({text(name), number(++id)});
+    // A new file has no database that a script could find and drop.
+    const bool listed =
+        !catalogue.tables().empty() && std::ranges::none_of(kOwn, [&](const char* own) {
+            return sameName(own, catalogue.databaseName());
+        });
+    if (listed) view.rows.push_back({text(catalogue.databaseName()), number(++id)});
+    return view;
+}
+
+SystemRows owners(bool modern) {
+    SystemRows view{{{"name", kName}, {modern ? "schema_id" : "uid", kInt}}, {}};
+    view.rows.push_back({text("dbo"), number(1)});
+    view.rows.push_back({text(modern ? "guest" : "public"), number(modern ? 2 : 0)});
+    return view;
+}
+
+constexpr auto kSystemViews = std::to_array<views::View>({
+    {"", "sysobjects", sysobjects},
+    {"", "syscolumns", [](const SchemaCatalogue& c) { return columnRows(c, false); }},
+    {"", "systypes", [](const SchemaCatalogue& c) { return typeRows(c, false); }},
+    {"", "syscomments", [](const SchemaCatalogue& c) { return syscomments(c, false); }},
+    {"", "sysdatabases", [](const SchemaCatalogue& c) { return databases(c, false); }},
+    {"", "sysusers", [](const SchemaCatalogue&) { return owners(false); }},
+    {"sys", "objects", [](const SchemaCatalogue& c) { return sysObjects(c, ""); }},
+    {"sys", "tables", [](const SchemaCatalogue& c) { return sysObjects(c, "U "); }},
+    {"sys", "views", [](const SchemaCatalogue& c) { return sysObjects(c, "V "); }},
+    {"sys", "procedures", [](const SchemaCatalogue& c) { return sysObjects(c, "P "); }},
+    {"sys", "triggers", sysTriggers},
+    {"sys", "columns", [](const SchemaCatalogue& c) { return columnRows(c, true); }},
+    {"sys", "types", [](const SchemaCatalogue& c) { return typeRows(c, true); }},
+    {"sys", "sql_modules", [](const SchemaCatalogue& c) { return syscomments(c, true); }},
+    {"sys", "databases", [](const SchemaCatalogue& c) { return databases(c, true); }},
+    {"sys", "schemas", [](const SchemaCatalogue&) { return owners(true); }},
+});
+
+}  // namespace
+}  // namespace views
+
+// "master.dbo.sysdatabases" and "master..sysdatabases" are the same views: there is one database.
+std::optional<SystemRows> SchemaCatalogue::systemRows(const tsql::ObjectName& name) const {
+    const std::string last = asciiLower(name.last());
+    std::string owner = name.parts.size() > 1 ? asciiLower(name.parts[name.parts.size() - 2]) : "";
+    if (owner == "dbo" || owner == "master" || sameName(owner, databaseName_)) owner.clear();
+    for (const std::span<const views::View> list :
+         {std::span<const views::View>(views::kSystemViews), views::keyViews(), views::indexViews(),
+          views::constraintViews(), views::standardViews()}) {
+        if (auto rows = rowsOf(list, *this, owner, last)) return rows;
+    }
+    return std::nullopt;
+}
+
+}  // namespace kap::engine

@@ -1,0 +1,40 @@
+#include "engine/catalog/tables.hpp"
+
+#include <algorithm>
+
+#include "base/ascii.hpp"
+#include "engine/catalog/counters.hpp"
+#include "engine/catalog/stored_objects.hpp"
+#include "engine/values/text_units.hpp"
+
+namespace kap::engine {
+
+const Column* Table::find(std::string_view column) const {
+    const auto found = std::ranges::find_if(
+        columns, [column](const Column& each) { return sameName(each.name, column); });
+    return found == columns.end() ? nullptr : &*found;
+}
+
+std::vector<std::vector<std::string>> Catalogue::candidateKeys(const Table& table) const {
+    std::vector<std::vector<std::string>> keys(1);
+    for (const Column& column : table.columns) {
+        if (column.keyOrdinal > 0) keys.front().push_back(column.name);
+    }
+    return keys;
+}
+
+// Letters beyond A-Z are looked at only where there are any.
+bool sameName(std::string_view left, std::string_view right) {
+    if (equalsIgnoringCase(left, right)) return true;
+    const auto isAscii = [](char c) { return static_cast<unsigned char>(c) < 0x80; };
+    const bool plain = std::ranges::all_of(left, isAscii) && std::ranges::all_of(right, isAscii);
+    return !plain && foldedUnits(left) == foldedUnits(right);
+}
+
+bool isKeptByTheFile(std::string_view name) {
+    const std::string lower = asciiLower(name);
+    return lower == kObjectsTable || lower.starts_with(kCountersTable) ||
+           lower.starts_with("sqlite_");
+}
+
+}  // namespace kap::engine

@@ -1,0 +1,123 @@
+#include "engine/executor/captured_tables.hpp"
+
+#include <new>
+
+#include "engine/values/value.hpp"
+
+namespace kap::engine {
+namespace {
+
+std::string columnsText(const Table& table) {
+    std::string text;
+    for (const Column& column : table.columns) {
+        text += sqlName(column.name) + tsql::typeText(column.type) + ",";
+    }
+    return text;
+}
+
+}  // namespace
+
+bool CapturedTables::isThere(const Table& table) {
+    if (count_.handle() == nullptr) {
+        count_ = {database_.handle(),
+                  "SELECT count(*) FROM temp.sqlite_schema WHERE (type = 'trigger' AND name IN "
+                  "(?1, ?2, ?3) AND tbl_name = ?4) OR (type = 'table' AND name IN (?5, ?6))",
+                  StatementLife::Kept};
+    }
+    const CaptureNames names = captureNames(table);
+    const ResetGuard guard(count_);
+    int index = 0;
+    for (const std::string& trigger : names.triggers) {
+        count_.bind(++index, std::string_view(trigger));
+    }
+    count_.bind(++index, std::string_view(table.name));
+    for (const std::string& rows : names.tables) {
+        count_.bind(++index, std::string_view(rows));
+    }
+    return count_.step() && count_.integer(0) == static_cast<std::int64_t>(names.triggers.size() +
+                                                                           names.tables.size());
+}
+
+// What is there may again be what was there before.
+void CapturedTables::noticeUndoing() {
+    if (undoings_ == catalogue_.undoings()) {
+        return;
+    }
+    undoings_ = catalogue_.undoings();
+    checked_ = 0;
+    for (auto& [name, capture] : captures_) {
+        capture.columns.clear();
+        capture.checked = 0;
+    }
+}
+
+void CapturedTables::ensure(const Table& table) {
+    noticeUndoing();
+    std::string columns = columnsText(table);
+    Capture& capture = captures_[table.name];
+    if (capture.columns != columns || !isThere(table)) {
+        for (const std::string& sql : makeCapture(table)) {
+            PreparedStatement(database_.handle(), sql).run();
+        }
+    }
+    capture = {std::move(columns), catalogue_.fileChanges(), table.temporary};
+}
+
+void CapturedTables::empty(const Table& table) {
+    for (const std::string& rows : captureNames(table).tables) {
+        PreparedStatement(database_.handle(), "DELETE FROM temp." + sqlName(rows)).run();
+    }
+}
+
+void CapturedTables::remove(const Table& table) {
+    if (!captures_.contains(table.name)) {
+        return;
+    }
+    for (const std::string& sql : removeCapture(table)) {
+        PreparedStatement(database_.handle(), sql).run();
+    }
+}
+
+// Nobody else changes the temporary tables of this connection. A removal may be undone with the
+// transaction, so that it counts only when it is found done.
+void CapturedTables::removeStale() {
+    noticeUndoing();
+    if (checked_ == catalogue_.fileChanges()) {
+        return;
+    }
+    bool removed = false;
+    for (auto& [name, capture] : captures_) {
+        if (capture.temporary || capture.checked == catalogue_.fileChanges()) {
+            continue;
+        }
+        // Without its table a trigger is no trouble, and SQLite does not find it to drop it.
+        const Table* now = catalogue_.find(name);
+        if (now != nullptr && columnsText(*now) != capture.columns && isThere(*now)) {
+            remove(*now);
+            removed = true;
+        } else {
+            capture.checked = catalogue_.fileChanges();
+        }
+    }
+    if (!removed) checked_ = catalogue_.fileChanges();
+}
+
+void CapturedTables::dropped(const std::string& name) noexcept {
+    const auto found = captures_.find(name);
+    if (found == captures_.end()) {
+        return;
+    }
+    try {
+        Table table;
+        table.name = name;
+        for (const std::string& rows : captureNames(table).tables) {
+            const std::string sql = "DROP TABLE IF EXISTS temp." + sqlName(rows);
+            sqlite3_exec(database_.handle(), sql.c_str(), nullptr, nullptr, nullptr);
+        }
+        captures_.erase(found);
+    } catch (const std::bad_alloc&) {
+        // They stay, and are known.
+    }
+}
+
+}  // namespace kap::engine

@@ -1,0 +1,279 @@
+#include "engine/executor/database_check.hpp"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <limits>
+#include <vector>
+
+#include <kaputil/automation/plain_text.hpp>
+
+#include "base/ascii.hpp"
+#include "base/unicode.hpp"
+#include "engine/sqlite/functions/c_border.hpp"
+#include "engine/values/value.hpp"
+#include "tsql/parser.hpp"
+#include "tsql/server_error.hpp"
+
+namespace kap::engine {
+namespace {
+
+using tsql::SqlType;
+
+constexpr int kReference = 8964;
+constexpr int kValue = 2570;
+constexpr int kStoredText = 8992;
+
+constexpr const char* kIsText = "kap_check_text";
+
+// Whether a text is UTF-8, as SQL.
+void isTextFunction(sqlite3_context* context, int /*count*/, sqlite3_value** values) {
+    ErrorSlot none;
+    atCBorder(context, none,
+              [&] { sqlite3_result_int(context, unicode::isUtf8(textBytes(values[0])) ? 1 : 0); });
+}
+
+constexpr const char* kIsSingle = "kap_check_single";
+
+// Whether a number is one of single precision, as SQL.
+void isSingleFunction(sqlite3_context* context, int /*count*/, sqlite3_value** values) {
+    const double value = sqlite3_value_double(values[0]);
+    const bool fits = std::fabs(value) <= std::numeric_limits<float>::max();
+    sqlite3_result_int(context,
+                       fits && static_cast<double>(static_cast<float>(value)) == value ? 1 : 0);
+}
+
+std::string whole(const std::string& column, const std::string& least, const std::string& most) {
+    return "typeof(" + column + ") = 'integer' AND " + column + " BETWEEN " + least + " AND " +
+           most;
+}
+
+std::string date(const std::string& column, const std::string& first, const std::string& behind) {
+    return "typeof(" + column + ") IN ('real', 'integer') AND " + column + " >= " + first +
+           " AND " + column + " < " + behind;
+}
+
+// Days are counted in so many parts, and times fall on one of them. What a sum of days and parts
+// loses is far less than a thousandth of a part.
+std::string inParts(const std::string& column, const char* parts) {
+    const std::string counted = column + " * " + parts;
+    return " AND abs(" + counted + " - round(" + counted + ")) < 0.001";
+}
+
+// Values of a fixed length are filled up to it.
+std::string exactly(const std::string& column, int length) {
+    return " AND length(" + column + ") = " + plain::text(length);
+}
+
+// A character beyond the first 65,536 counts for two, and SQLite counts one.
+std::string exactlyUnits(const std::string& column, int length) {
+    return " AND (length(" + column + ") = " + plain::text(length) + " OR (length(" + column +
+           ") < " + plain::text(length) + " AND " + column +
+           " GLOB '*[' || char(65536) || '-' || char(1114111) || ']*'))";
+}
+
+std::string identifierPattern() {
+    std::string pattern;
+    for (const int digits : {8, 4, 4, 4, 12}) {
+        pattern += pattern.empty() ? "" : "-";
+        for (int i = 0; i < digits; ++i) {
+            pattern += "[0-9A-Fa-f]";
+        }
+    }
+    return pattern;
+}
+
+// Of texts and binaries: the longest, where there is one.
+std::string atMost(const std::string& column, int length) {
+    return length <= 0 ? std::string() : " AND length(" + column + ") <= " + plain::text(length);
+}
+
+std::string decimal(const std::string& column, int precision) {
+    constexpr int kMostDigits = 18;
+    if (precision <= 0 || precision > kMostDigits) {
+        return "typeof(" + column + ") = 'integer'";
+    }
+    const std::string most(static_cast<std::size_t>(precision), '9');
+    return whole(column, "-" + most, most);
+}
+
+// What holds for every value of a column but Null. Days are counted from 30 December 1899.
+std::string conditionOf(const std::string& column, const tsql::TypeSpec& type) {
+    switch (type.type) {
+        case SqlType::Bit:
+            return whole(column, "0", "1");
+        case SqlType::TinyInt:
+            return whole(column, "0", "255");
+        case SqlType::SmallInt:
+            return whole(column, "-32768", "32767");
+        case SqlType::Int:
+        case SqlType::SmallMoney:
+            return whole(column, "-2147483648", "2147483647");
+        case SqlType::BigInt:
+        case SqlType::Money:
+            return "typeof(" + column + ") = 'integer'";
+        case SqlType::Decimal:
+        case SqlType::Numeric:
+            return decimal(column, type.precision);
+        case SqlType::Float:
+            return "typeof(" + column + ") IN ('real', 'integer')";
+        case SqlType::Real:
+            return "typeof(" + column + ") IN ('real', 'integer') AND " + kIsSingle + "(" + column +
+                   ")";
+        case SqlType::Date:
+            return date(column, "-693593", "2958466") + inParts(column, "1");
+        case SqlType::DateTime:
+            return date(column, "-53690", "2958466") + inParts(column, "25920000.0");
+        case SqlType::SmallDateTime:
+            return date(column, "2", "65538") + inParts(column, "1440.0");
+        case SqlType::Char:
+        case SqlType::NChar:
+            return "typeof(" + column + ") = 'text' AND " + kIsText + "(" + column + ")" +
+                   exactlyUnits(column, type.length);
+        case SqlType::VarChar:
+        case SqlType::NVarChar:
+        case SqlType::Text:
+        case SqlType::NText:
+            return "typeof(" + column + ") = 'text' AND " + kIsText + "(" + column + ")" +
+                   atMost(column, type.length);
+        case SqlType::Binary:
+            return "typeof(" + column + ") = 'blob'" + exactly(column, type.length);
+        case SqlType::VarBinary:
+        case SqlType::Image:
+            return "typeof(" + column + ") = 'blob'" + atMost(column, type.length);
+        case SqlType::Timestamp:
+            return "typeof(" + column + ") = 'blob' AND length(" + column + ") = 8";
+        case SqlType::UniqueIdentifier:
+            break;
+    }
+    return "(typeof(" + column + ") = 'text' AND " + column + " GLOB '" + identifierPattern() +
+           "') OR (typeof(" + column + ") = 'blob' AND length(" + column + ") = 16)";
+}
+
+std::string hexadecimal(std::int64_t number) {
+    constexpr const char* kDigits = "0123456789ABCDEF";
+    std::string text;
+    for (int shift = 60; shift >= 0; shift -= 4) {
+        text.push_back(kDigits[(static_cast<std::uint64_t>(number) >> shift) & 0xFU]);
+    }
+    return text;
+}
+
+class Check {
+public:
+    Check(Connection& connection, SchemaCatalogue& catalogue, Counters& counters,
+          const Finding& found)
+        : connection_(connection), catalogue_(catalogue), counters_(counters), found_(found) {
+        sqlite3_create_function_v2(connection_.handle(), kIsText, 1,
+                                   SQLITE_UTF8 | SQLITE_DETERMINISTIC, nullptr, &isTextFunction,
+                                   nullptr, nullptr, nullptr);
+        sqlite3_create_function_v2(connection_.handle(), kIsSingle, 1,
+                                   SQLITE_UTF8 | SQLITE_DETERMINISTIC, nullptr, &isSingleFunction,
+                                   nullptr, nullptr, nullptr);
+    }
+
+    void run() {
+        structure();
+        references();
+        for (const Table* table : catalogue_.tables()) {
+            if (counters_.find(*table)) {  // nothing is known of what others made
+                values(*table);
+            }
+        }
+        storedTexts();
+    }
+
+private:
+    void structure() {
+        PreparedStatement lines(connection_.handle(), "PRAGMA main.integrity_check");
+        while (lines.step()) {
+            if (lines.text(0) != "ok") {
+                found_(kStructureFault, lines.text(0));
+            }
+        }
+    }
+
+    void references() {
+        PreparedStatement keys(connection_.handle(), "PRAGMA main.foreign_key_check");
+        while (keys.step()) {
+            found_(kReference, "a row of table '" + keys.text(0) + "' refers to a row of table '" +
+                                   keys.text(2) + "' that is not there.");
+        }
+    }
+
+    void values(const Table& table) {
+        std::vector<const Column*> columns;
+        std::string sums;
+        for (const Column& column : table.columns) {
+            if (!column.computed) {
+                const std::string name = sqlName(column.name);
+                sums += (columns.empty() ? "" : ", ") + std::string("total(") + name +
+                        " IS NOT NULL AND NOT (" + conditionOf(name, column.type) + "))";
+                columns.push_back(&column);
+            }
+        }
+        PreparedStatement counts(connection_.handle(),
+                                 "SELECT " + sums + " FROM main." + sqlName(table.name));
+        if (!counts.step()) {
+            return;
+        }
+        for (std::size_t i = 0; i < columns.size(); ++i) {
+            const std::int64_t wrong = counts.integer(static_cast<int>(i));
+            if (wrong > 0) {
+                found_(kValue, plain::text(wrong) + " values of column '" + columns[i]->name +
+                                   "' of table '" + table.name + "' are no values of type " +
+                                   tsql::typeText(columns[i]->type) + ".");
+            }
+        }
+        const auto version = std::ranges::find_if(table.columns, &Column::isRowVersion);
+        if (version != table.columns.end()) {
+            rowVersions(table, *version);
+        }
+    }
+
+    // None is ahead of the counter, and none stands twice.
+    void rowVersions(const Table& table, const Column& column) {
+        const std::string name = sqlName(column.name);
+        PreparedStatement counts(connection_.handle(),
+                                 "SELECT total(" + name + " > x'" +
+                                     hexadecimal(counters_.currentRowVersion()) + "'), count(" +
+                                     name + ") - count(DISTINCT " + name + ") FROM main." +
+                                     sqlName(table.name));
+        if (counts.step() && counts.integer(0) + counts.integer(1) > 0) {
+            found_(kValue, "row versions of table '" + table.name +
+                               "' are ahead of their counter or there twice.");
+        }
+    }
+
+    void storedTexts() {
+        for (const StoredObject& object : catalogue_.objects()) {
+            const bool isScript =
+                object.kind == StoredKind::View || object.kind == StoredKind::Procedure ||
+                object.kind == StoredKind::Function || object.kind == StoredKind::Trigger;
+            if (!isScript) {
+                continue;
+            }
+            try {
+                static_cast<void>(
+                    tsql::parseScript(object.text, catalogue_.parseOptions(object.quotedNames)));
+            } catch (const tsql::ServerError& error) {
+                found_(kStoredText,
+                       "the text of '" + object.name + "' cannot be read: " + error.message());
+            }
+        }
+    }
+
+    Connection& connection_;
+    SchemaCatalogue& catalogue_;
+    Counters& counters_;
+    const Finding& found_;
+};
+
+}  // namespace
+
+void checkDatabase(Connection& connection, SchemaCatalogue& catalogue, Counters& counters,
+                   const Finding& found) {
+    Check(connection, catalogue, counters, found).run();
+}
+
+}  // namespace kap::engine

@@ -1,0 +1,54 @@
+#include "engine/executor/row_reader.hpp"
+
+#include <cstddef>
+
+#include "engine/sqlite/functions/c_border.hpp"
+#include "tsql/server_error.hpp"
+
+namespace kap::engine {
+RowReader::RowReader(const std::vector<ado::ColumnInfo>& columns) : columns_(columns) {
+    storages_.reserve(columns.size());
+    for (const ado::ColumnInfo& column : columns) {
+        storages_.push_back(ado::storageOf(column.type));
+    }
+}
+
+void RowReader::read(const PreparedStatement& statement,
+                     std::vector<ado::ColumnStore>& stores) const {
+    sqlite3_stmt* row = statement.handle();
+    for (std::size_t i = 0; i < storages_.size(); ++i) {
+        ado::ColumnStore& store = stores[i];
+        // The value itself, not its parts one by one: connections are used by one thread at a
+        // time, so that nothing needs its lock taken for each of them.
+        sqlite3_value* value = sqlite3_column_value(row, static_cast<int>(i));
+        const int type = sqlite3_value_type(value);
+        if (type == SQLITE_NULL) {
+            store.appendNull();
+            continue;
+        }
+        const bool isNumber = type == SQLITE_INTEGER || type == SQLITE_FLOAT;
+        switch (storages_[i]) {
+            case ado::Storage::Integer:
+                if (type != SQLITE_INTEGER) refuse(i);
+                store.appendInteger(sqlite3_value_int64(value));
+                break;
+            case ado::Storage::Real:
+                if (!isNumber) refuse(i);
+                store.appendReal(sqlite3_value_double(value));
+                break;
+            case ado::Storage::Text:
+                store.appendBytes(textBytes(value));
+                break;
+            case ado::Storage::Binary:
+                store.appendBytes(blobBytes(value));
+                break;
+        }
+    }
+}
+
+void RowReader::refuse(std::size_t column) const {
+    throw tsql::ServerError(245, "Conversion failed: column '" + columns_[column].name +
+                                     "' holds a value that is not of its type.");
+}
+
+}  // namespace kap::engine

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <vector>
+
+#include "data/driver.hpp"
+#include "engine/sqlite/sqlite.hpp"
+
+namespace kap::engine {
+
+// Copies the rows of a running statement into column stores. What each column needs is decided
+// once, before the first row.
+class RowReader {
+public:
+    explicit RowReader(const std::vector<ado::ColumnInfo>& columns);
+
+    // Takes the row that stands ready, one cell a store. Raises ServerError 245 for a value that
+    // another program has put into a column whose type it is not.
+    void read(const PreparedStatement& statement, std::vector<ado::ColumnStore>& stores) const;
+
+private:
+    [[noreturn]] void refuse(std::size_t column) const;
+
+    const std::vector<ado::ColumnInfo>& columns_;
+    std::vector<ado::Storage> storages_;
+};
+
+}  // namespace kap::engine

@@ -1,0 +1,476 @@
+#include "engine/executor/statement_runner.hpp"
+
+#include <algorithm>
+#include <cstddef>
+
+#include "engine/executor/column_info.hpp"
+#include "engine/executor/row_reader.hpp"
+#include "engine/executor/violations.hpp"
+#include "engine/plan/capture.hpp"
+#include "engine/plan/translator.hpp"
+
+namespace kap::engine {
+
+Value valueOf(const PreparedStatement& row, int column, const tsql::TypeSpec& type) {
+    ado::CellValue cell = row.cell(column);
+    if (auto* bytes = std::get_if<std::string>(&cell)) {
+        if (tsql::isBinary(type.type)) {
+            return Blob{std::move(*bytes)};
+        }
+        return std::move(*bytes);
+    }
+    if (const auto* integer = std::get_if<std::int64_t>(&cell)) {
+        const bool real = tsql::isApproximate(type.type) || tsql::isDate(type.type);
+        return real ? Value(static_cast<double>(*integer)) : Value(*integer);
+    }
+    if (const auto* real = std::get_if<double>(&cell)) {
+        return *real;
+    }
+    return std::monostate{};
+}
+
+void bindValue(PreparedStatement& statement, int index, const Value& value) {
+    if (const auto* blob = std::get_if<Blob>(&value)) {
+        if (sqlite3_bind_blob64(statement.handle(), index,
+                                blob->bytes.empty() ? "" : blob->bytes.data(), blob->bytes.size(),
+                                SQLITE_TRANSIENT) != SQLITE_OK) {
+            throw lastError(sqlite3_db_handle(statement.handle()));
+        }
+    } else if (const auto* text = std::get_if<std::string>(&value)) {
+        if (sqlite3_bind_text64(statement.handle(), index, text->empty() ? "" : text->data(),
+                                text->size(), SQLITE_TRANSIENT, SQLITE_UTF8) != SQLITE_OK) {
+            throw lastError(sqlite3_db_handle(statement.handle()));
+        }
+    } else if (const auto* integer = std::get_if<std::int64_t>(&value)) {
+        statement.bind(index, *integer);
+    } else if (const auto* real = std::get_if<double>(&value)) {
+        statement.bind(index, ado::CellValue(*real), ado::Storage::Real);
+    } else {
+        statement.bind(index, ado::CellValue(), ado::Storage::Integer);
+    }
+}
+
+StatementRunner::StatementRunner(Connection& connection, SchemaCatalogue& catalogue,
+                                 Counters& counters, Transactions& transactions,
+                                 SessionState& state, TriggerHost& triggers)
+    : connection_(connection),
+      catalogue_(catalogue),
+      counters_(counters),
+      transactions_(transactions),
+      state_(state),
+      triggers_(triggers),
+      pool_(connection.handle()),
+      captures_(connection.database(), catalogue) {}
+
+void StatementRunner::run(Prepared& prepared, const tsql::Statement& statement,
+                          std::vector<ado::Result>& results) {
+    connection_.errorSlot().error.reset();
+    const auto* query = std::get_if<tsql::SelectStatement>(&statement.node);
+    const auto* first =
+        query == nullptr ? nullptr : std::get_if<tsql::Select>(&query->query->terms.front().node);
+    const bool defines = std::holds_alternative<tsql::TruncateStatement>(statement.node) ||
+                         std::holds_alternative<tsql::CreateTableStatement>(statement.node) ||
+                         std::holds_alternative<tsql::CreateIndexStatement>(statement.node) ||
+                         std::holds_alternative<tsql::DropStatement>(statement.node) ||
+                         (first != nullptr && first->into);
+    if (defines) {
+        define(prepared, statement, results);
+    } else if (query != nullptr) {
+        select(prepared, statement, results);
+    } else {
+        write(prepared, statement, results);
+    }
+}
+
+// --- Preparing
+
+bool StatementRunner::isCurrent(const Prepared& prepared) const {
+    return prepared.ready && prepared.generation == catalogue_.generation();
+}
+
+bool StatementRunner::needsScope(const Prepared& prepared) const {
+    return !isCurrent(prepared) || prepared.translation.readsSchema || !transactions_.isSettled();
+}
+
+void StatementRunner::use(Prepared& prepared, Translation translation) {
+    prepared.ready = false;
+    prepared.statements.clear();
+    prepared.translation = std::move(translation);
+    prepared.columns = columnInfos(prepared.translation.columns, catalogue_);
+    prepared.generation = catalogue_.generation();
+    prepared.ready = true;
+}
+
+void StatementRunner::translate(Prepared& prepared, const tsql::Statement& statement,
+                                const Names& names) {
+    use(prepared, engine::translate(statement, names, Constants::Bound));
+}
+
+void StatementRunner::ensureCurrent(Prepared& prepared, const tsql::Statement& statement) {
+    if (!isCurrent(prepared)) {
+        translate(prepared, statement, state_.frame().program.names());
+    }
+    prepareAll(prepared);
+}
+
+void StatementRunner::prepareAll(Prepared& prepared) {
+    const std::vector<std::string>& sql = prepared.translation.sql;
+    prepared.statements.resize(sql.size());
+    for (std::size_t i = 0; i < sql.size(); ++i) {
+        auto& statement = prepared.statements[i];
+        if (statement == nullptr || statement->isRunning()) {
+            statement = pool_.get(sql[i]);
+        }
+    }
+}
+
+// One text of several may hold fewer of the values than all together.
+void StatementRunner::bind(const Translation& made, PreparedStatement& statement) const {
+    const int count = sqlite3_bind_parameter_count(statement.handle());
+    if (count == 0) {
+        return;
+    }
+    for (const int slot : made.variables) {
+        if (slot < count) {
+            bindValue(statement, slot + 1, state_.frame().values[static_cast<std::size_t>(slot)]);
+        }
+    }
+    int slot = made.firstConstant;
+    for (const Value& constant : made.constants) {
+        if (slot >= count) {
+            return;
+        }
+        bindValue(statement, ++slot, constant);
+    }
+}
+
+void StatementRunner::requireHealthy() const {
+    if (state_.doomed) {
+        throw tsql::ServerError(
+            3930,
+            "The current transaction cannot be committed and cannot support "
+            "operations that write to the log file. Roll back the transaction.");
+    }
+}
+
+// --- Reading
+
+Value StatementRunner::firstValue(Prepared& prepared) {
+    if (prepared.translation.constant) {
+        return *prepared.translation.constant;
+    }
+    connection_.errorSlot().error.reset();
+    prepareAll(prepared);
+    PreparedStatement& statement = *prepared.statements.back();
+    bind(prepared.translation, statement);
+    const ResetGuard guard(statement);
+    if (!statement.step()) {
+        return std::monostate{};
+    }
+    return valueOf(statement, 0, prepared.translation.columns.front().type);
+}
+
+void StatementRunner::select(Prepared& prepared, const tsql::Statement& statement,
+                             std::vector<ado::Result>& results) {
+    ado::Result result;
+    if (needsScope(prepared) || !trySelect(prepared, result)) {
+        const Transactions::ReadScope scope(transactions_);
+        ensureCurrent(prepared, statement);
+        if (prepared.translation.kind == StatementKind::Assign) {
+            (void)assign(prepared, SchemaCheck::NotNeeded);
+        } else {
+            (void)fill(prepared, result, SchemaCheck::NotNeeded);
+        }
+    }
+    if (prepared.translation.kind != StatementKind::Assign) {
+        results.push_back(std::move(result));
+    }
+}
+
+// Without looking at the schema first: that it has changed shows when the statement is run, because
+// SQLite then has to prepare it anew or cannot. False when it has to be translated again.
+bool StatementRunner::trySelect(Prepared& prepared, ado::Result& result) {
+    try {
+        prepareAll(prepared);
+        const bool done = prepared.translation.kind == StatementKind::Assign
+                              ? assign(prepared, SchemaCheck::Needed)
+                              : fill(prepared, result, SchemaCheck::Needed);
+        if (done) {
+            return true;
+        }
+    } catch (const SqliteError& error) {
+        if (error.primaryCode() != SQLITE_ERROR || connection_.errorSlot().error) {
+            throw;
+        }
+    }
+    prepared.ready = false;
+    result = {};
+    return false;
+}
+
+bool StatementRunner::fill(Prepared& prepared, ado::Result& result, SchemaCheck check) {
+    PreparedStatement& rows = *prepared.statements.back();
+    bind(prepared.translation, rows);
+    const ResetGuard guard(rows);
+    bool more = rows.step();
+    if (rows.preparedAnew() && check == SchemaCheck::Needed) {
+        return false;
+    }
+    const RowReader reader(prepared.columns);
+    result.columns = prepared.columns;
+    result.rows.resize(prepared.columns.size());
+    const std::int64_t most = state_.writes.rowLimit;
+    std::int64_t count = 0;
+    while (more) {
+        reader.read(rows, result.rows);
+        ++count;
+        more = (most == 0 || count < most) && rows.step();
+    }
+    for (ado::ColumnStore& column : result.rows) {
+        column.shrink();
+    }
+    state_.rowCount = count;
+    return true;
+}
+
+// Each row leaves its values in the variables, so the last one's stay.
+bool StatementRunner::assign(Prepared& prepared, SchemaCheck check) {
+    PreparedStatement& rows = *prepared.statements.back();
+    bind(prepared.translation, rows);
+    const ResetGuard guard(rows);
+    bool more = rows.step();
+    if (rows.preparedAnew() && check == SchemaCheck::Needed) {
+        return false;
+    }
+    const Translation& made = prepared.translation;
+    const std::int64_t most = state_.writes.rowLimit;
+    std::int64_t count = 0;
+    while (more) {
+        for (std::size_t i = 0; i < made.assigned.size(); ++i) {
+            state_.frame().values[static_cast<std::size_t>(made.assigned[i])] =
+                valueOf(rows, static_cast<int>(i), made.columns[i].type);
+        }
+        ++count;
+        more = (most == 0 || count < most) && rows.step();
+    }
+    state_.rowCount = count;
+    return true;
+}
+
+// --- Writing
+
+namespace {
+
+bool isOneRow(const tsql::Statement& statement) {
+    const auto* insert = std::get_if<tsql::InsertStatement>(&statement.node);
+    return insert != nullptr && insert->query == nullptr && insert->rows.size() <= 1;
+}
+
+}  // namespace
+
+void StatementRunner::write(Prepared& prepared, const tsql::Statement& statement,
+                            std::vector<ado::Result>& results) {
+    requireHealthy();
+    const bool oneRow = isOneRow(statement);
+    Transactions::WriteScope scope(
+        transactions_, oneRow ? Transactions::Writes::OneRow : Transactions::Writes::Several);
+    captures_.removeStale();
+    ensureCurrent(prepared, statement);
+    if (prepared.translation.merge != nullptr) {
+        merge(prepared.translation, statement, results);
+    } else if (prepared.translation.capture) {
+        scope.expectSeveral();
+        writeCaught(prepared, statement, results);
+    } else {
+        runAll(prepared, statement);
+        state_.rowCount = connection_.database().changes();
+        noteIdentity(prepared.translation.kind);
+        addCount(results);
+    }
+    if (prepared.translation.positioned && state_.rowCount == 0) {
+        throw tsql::ServerError(16947, "No rows were updated or deleted.");
+    }
+    scope.keep();
+}
+
+namespace {
+
+// Whether an UPDATE ended at a key that it may not yet have looked at; what it has left in
+// variables cannot be taken back.
+bool canGoInSteps(const SqliteError& error, const tsql::Statement& statement, const Table& table) {
+    const auto* update = std::get_if<tsql::UpdateStatement>(&statement.node);
+    const bool key =
+        error.code() == SQLITE_CONSTRAINT_UNIQUE || error.code() == SQLITE_CONSTRAINT_PRIMARYKEY;
+    return key && update != nullptr &&
+           std::ranges::all_of(
+               update->assignments,
+               [](const tsql::Assignment& each) { return each.variable.empty(); }) &&
+           std::ranges::none_of(table.columns, &Column::computed);
+}
+
+}  // namespace
+
+namespace {
+
+std::vector<std::string> assignedColumns(const tsql::Statement& statement) {
+    std::vector<std::string> names;
+    if (const auto* update = std::get_if<tsql::UpdateStatement>(&statement.node)) {
+        for (const tsql::Assignment& each : update->assignments) {
+            if (!each.column.parts.empty()) {
+                names.push_back(each.column.last());
+            }
+        }
+    }
+    return names;
+}
+
+}  // namespace
+
+void StatementRunner::runAll(Prepared& prepared, const tsql::Statement& statement) {
+    bool inSteps = false;
+    const auto run = [&] {
+        if (inSteps) {
+            updateInSteps(statement);
+            return;
+        }
+        for (const auto& each : prepared.statements) {
+            bind(prepared.translation, *each);
+            each->run();
+        }
+    };
+    const auto explained = [&] {
+        try {
+            run();
+        } catch (const SqliteError& error) {
+            if (error.code() != SQLITE_CONSTRAINT_FOREIGNKEY) throw;
+            const Translation& made = prepared.translation;
+            throw ForeignKeySearch(connection_, catalogue_)
+                .find({verbOf(made.kind), made.table, {}, assignedColumns(statement)}, run);
+        }
+    };
+    try {
+        explained();
+    } catch (const SqliteError& error) {
+        if (!canGoInSteps(error, statement, tableOf(prepared.translation))) throw;
+        inSteps = true;
+        explained();
+    }
+}
+
+void StatementRunner::noteIdentity(StatementKind kind) {
+    const auto identity = counters_.takeLastIdentity();
+    if (kind != StatementKind::Insert) {
+        return;
+    }
+    state_.identity = identity;
+    state_.frame().scopeIdentity = identity;
+}
+
+void StatementRunner::addCount(std::vector<ado::Result>& results) {
+    if (state_.noCount) {
+        return;
+    }
+    results.emplace_back().rowsAffected = state_.rowCount;
+}
+
+void StatementRunner::writeCaught(Prepared& prepared, const tsql::Statement& statement,
+                                  std::vector<ado::Result>& results) {
+    const Translation& made = prepared.translation;
+    const Capture capture = *made.capture;
+    const Table table = tableOf(made);
+    const bool firing = capture.forTriggers && fires(table, capture.event);
+    if (!firing && capture.outputSql.empty() && capture.checks.empty()) {
+        runAll(prepared, statement);
+        state_.rowCount = connection_.database().changes();
+        noteIdentity(made.kind);
+        addCount(results);
+        return;
+    }
+    if (!firing && !state_.firing.empty() &&
+        std::ranges::find(state_.firing, table.name) != state_.firing.end()) {
+        throw tsql::unsupported("OUTPUT of a table within its own trigger", statement.line);
+    }
+    captures_.ensure(table);
+    catching(table, [&] { runAll(prepared, statement); });
+    const std::int64_t count = connection_.database().changes();
+    noteIdentity(made.kind);
+    checkThroughView(made);
+    if (!capture.outputSql.empty()) {
+        output(made, results);
+    }
+    state_.rowCount = count;
+    if (firing) {
+        fire(table, {table.name, capture.event, assignedColumns(statement)}, results);
+    }
+    captures_.empty(table);
+    state_.rowCount = count;
+    if (capture.outputSql.empty() || capture.outputInto) {
+        addCount(results);
+    }
+}
+
+// WITH CHECK OPTION: a row must not leave the view through which it is written.
+void StatementRunner::checkThroughView(const Translation& made) {
+    for (const std::string& sql : made.capture->checks) {
+        PreparedStatement hidden(connection_.handle(), sql);
+        bind(made, hidden);
+        if (!hidden.step()) continue;
+        throw tsql::ServerError(
+            550,
+            "The attempted insert or update failed because the target view either specifies WITH "
+            "CHECK OPTION or spans a view that specifies WITH CHECK OPTION and one or more rows "
+            "resulting from the operation did not qualify under the CHECK OPTION constraint.");
+    }
+}
+
+void StatementRunner::output(const Translation& made, std::vector<ado::Result>& results) {
+    const Capture& capture = *made.capture;
+    PreparedStatement rows(connection_.handle(), capture.outputSql);
+    bind(made, rows);
+    if (capture.outputInto) {
+        rows.run();
+        return;
+    }
+    ado::Result result;
+    result.columns = columnInfos(capture.columns, catalogue_);
+    result.rows.resize(result.columns.size());
+    const RowReader reader(result.columns);
+    while (rows.step()) {
+        reader.read(rows, result.rows);
+    }
+    results.push_back(std::move(result));
+}
+
+const Table& StatementRunner::tableOf(const Translation& translation) const {
+    const Names& names = state_.frame().program.names();
+    for (const LocalTable& local : names.localTables()) {
+        if (local.table.name == translation.table) {
+            return local.table;
+        }
+    }
+    return *catalogue_.find(translation.table);
+}
+
+// --- Triggers
+
+bool StatementRunner::fires(const Table& table, std::uint8_t event) const {
+    return (table.triggerEvents & event) != 0 &&
+           std::ranges::find(state_.firing, table.name) == state_.firing.end();
+}
+
+void StatementRunner::fire(const Table& table, const FiringTrigger& trigger,
+                           std::vector<ado::Result>& results) {
+    const Transactions::ImplicitScope transaction(transactions_);
+    triggers_.fire(table, trigger, results);
+    if (transactions_.depth() == 0) {
+        throw tsql::ServerError(
+            3609, "The transaction ended in the trigger. The batch has been aborted.");
+    }
+    if (state_.doomed) {
+        throw tsql::ServerError(3616,
+                                "An error was raised during trigger execution. The batch has been "
+                                "aborted and the user transaction, if any, has been rolled back.");
+    }
+}
+
+}  // namespace kap::engine

@@ -1,0 +1,79 @@
+#include <cstddef>
+#include <memory>
+
+#include "engine/executor/statement_runner.hpp"
+#include "engine/plan/capture.hpp"
+#include "engine/plan/translator.hpp"
+#include "engine/sqlite/time_limit.hpp"
+
+// Updates that shift or exchange the keys of rows.
+namespace kap::engine {
+
+namespace {
+
+// While rows hold what stands in for their values, checks and references would refuse them.
+class DeferredRules {
+public:
+    explicit DeferredRules(Database& database) : database_(database) {
+        const TimeLimit::Pause whole;
+        database_.run("PRAGMA defer_foreign_keys = ON");
+        database_.run("PRAGMA ignore_check_constraints = ON");
+    }
+    DeferredRules(const DeferredRules&) = delete;
+    DeferredRules& operator=(const DeferredRules&) = delete;
+    ~DeferredRules() {
+        const TimeLimit::Pause whole;
+        reserve_.reset();
+        for (const char* sql :
+             {"PRAGMA ignore_check_constraints = OFF", "PRAGMA defer_foreign_keys = OFF"}) {
+            for (int attempts = 0; attempts < kAttempts; ++attempts) {
+                if (sqlite3_exec(database_.handle(), sql, nullptr, nullptr, nullptr) == SQLITE_OK) {
+                    break;
+                }
+            }
+        }
+    }
+    void checkAgain() { database_.run("PRAGMA ignore_check_constraints = OFF"); }
+
+private:
+    static constexpr int kAttempts = 3;
+    // Memory to go back with: rules that stay off would let anything in.
+    static constexpr std::size_t kReserve = 65536;
+
+    Database& database_;
+    std::unique_ptr<char[]> reserve_ = std::make_unique<char[]>(kReserve);
+};
+
+bool hasBrokenReferences(sqlite3* database) {
+    int broken = 0;
+    int highest = 0;
+    sqlite3_db_status(database, SQLITE_DBSTATUS_DEFERRED_FKS, &broken, &highest, 0);
+    return broken != 0;
+}
+
+}  // namespace
+
+// The server looks at keys when a statement is done, SQLite at each row: SET Riga = Riga + 1 would
+// end at the first row whose neighbour has not moved yet. So the rows first get stand-ins that
+// differ from everything, and then the values that these hold.
+void StatementRunner::updateInSteps(const tsql::Statement& statement) {
+    Prepared steps;
+    use(steps, translateUpdateInSteps(std::get<tsql::UpdateStatement>(statement.node),
+                                      state_.frame().program.names()));
+    DeferredRules rules(connection_.database());
+    PreparedStatement first(connection_.handle(), steps.translation.sql.front());
+    bind(steps.translation, first);
+    first.run();
+    const Restored caught(state_.capturing);
+    if (!state_.capturing.empty()) {
+        state_.capturing.clear();
+        PreparedStatement(connection_.handle(), steps.translation.sql[1]).run();
+    }
+    rules.checkAgain();
+    PreparedStatement(connection_.handle(), steps.translation.sql.back()).run();
+    if (hasBrokenReferences(connection_.handle())) {
+        throw SqliteError(SQLITE_CONSTRAINT_FOREIGNKEY, "FOREIGN KEY constraint failed", 0);
+    }
+}
+
+}  // namespace kap::engine

@@ -1,0 +1,178 @@
+#include <algorithm>
+
+#include "engine/executor/table_changer.hpp"
+#include "engine/executor/violations.hpp"
+#include "engine/plan/statements.hpp"
+#include "tsql/server_error.hpp"
+
+// ALTER TABLE ... ADD.
+namespace kap::engine {
+
+using tsql::ServerError;
+
+// The name of a constraint is given once in the file.
+void TableChanger::checkNames(const tsql::TableElements& added, int line) const {
+    std::vector<std::string> names;
+    const auto note = [&](const auto& list) {
+        for (const auto& each : list)
+            names.push_back(each.name);
+    };
+    note(added.keys);
+    note(added.foreignKeys);
+    note(added.checks);
+    for (const auto& [column, option] : added.defaults)
+        names.push_back(option.constraintName);
+    for (const ConstraintInfo& known : catalogue_.constraints()) {
+        const auto taken = std::ranges::find_if(
+            names, [&](const std::string& name) { return sameName(name, known.name); });
+        if (taken == names.end()) continue;
+        throw ServerError(2714,
+                          "There is already an object named '" + *taken + "' in the database.",
+                          line, 16, 5);
+    }
+}
+
+void TableChanger::add(const Table& table, const tsql::AlterTableStatement& statement,
+                       const Names& names, int line) {
+    const tsql::TableElements& added = statement.added;
+    checkNames(added, line);
+    TableBuilder builder(names, table);
+    const TableText before = textOf(table);
+    for (const TableText::Element& element : before.elements()) {
+        if (element.constraint) builder.reserveName(element.name);
+    }
+    builder.add(added);
+    for (const Column& column : builder.table().columns) {
+        if (table.find(column.name) == nullptr) addColumn(table, column, added, builder, line);
+    }
+    addKeys(table, builder, line);
+    addDefaults(table, builder, added, line);
+    for (const TableText::Element& element : addConstraints(table, builder)) {
+        if (!statement.withoutCheck) checkRows(table, element, line);
+    }
+}
+
+namespace {
+
+bool fillsRows(const Column& column, const tsql::TableElements& added) {
+    if (!column.nullable) return true;
+    return std::ranges::any_of(added.columns, [&](const tsql::ColumnDefinition& each) {
+        return sameName(each.name, column.name) && each.defaultValue &&
+               each.defaultValue->withValues;
+    });
+}
+
+}  // namespace
+
+// The column comes in without conditions, gets its values, and then its whole text.
+void TableChanger::addColumn(const Table& table, const Column& column,
+                             const tsql::TableElements& added, const TableBuilder& builder,
+                             int line) {
+    const std::string target = tableSql(table.name, table.temporary);
+    const std::string full = builder.columnSql(column);
+    if (column.computed) {
+        run("ALTER TABLE " + target + " ADD COLUMN " + full);
+        return;
+    }
+    Column plain = column;
+    plain.nullable = true;
+    plain.defaultSql.reset();
+    run("ALTER TABLE " + target + " ADD COLUMN " + builder.columnSql(plain));
+    if (column.identity) {
+        TableDefinition definition{builder.table(), {}};
+        counters_.add(definition);
+    }
+    std::string value;
+    if (column.identity) {
+        value = identityCall(table.name);
+    } else if (column.isRowVersion()) {
+        value = rowVersionCall();
+    } else if (column.defaultSql) {
+        // A row that has no value of its own would read the default.
+        value = fillsRows(column, added) ? *column.defaultSql : "NULL";
+    } else if (!column.nullable && hasRows("SELECT 1 FROM " + target)) {
+        throw ServerError(4901,
+                          "ALTER TABLE only allows columns to be added that can contain nulls, or "
+                          "have a DEFAULT definition specified, or the column being added is an "
+                          "identity or timestamp column, or alternatively if none of the previous "
+                          "conditions are satisfied the table must be empty to allow addition of "
+                          "this column. Column '" +
+                              column.name + "' cannot be added to non-empty table '" + table.name +
+                              "' because it does not satisfy these conditions.",
+                          line);
+    }
+    if (!value.empty()) run("UPDATE " + target + " SET " + sqlName(column.name) + " = " + value);
+    TableText text = textOf(table);
+    text.column(column.name)->text = full;
+    setText(table, text);
+}
+
+void TableChanger::addKeys(const Table& table, const TableBuilder& builder, int line) {
+    for (const TableKey& key : builder.keys()) {
+        const std::string nulls =
+            key.primary ? "" : nullsIndex(builder.table(), key.name, key.columns);
+        try {
+            run("CREATE UNIQUE INDEX " + std::string(table.temporary ? "temp." : "main.") +
+                sqlName(indexName(table, key.name)) + " ON " + sqlName(table.name) + " (" +
+                nameList(key.columns) + ")");
+            if (!nulls.empty()) run(nulls);
+        } catch (const SqliteError& error) {
+            if (error.code() != SQLITE_CONSTRAINT_UNIQUE) throw;
+            throw duplicateRows(table.name, key.name).at(line);
+        }
+        if (table.temporary) continue;
+        catalogue_.stored().put({0, key.primary ? StoredKind::PrimaryKey : StoredKind::UniqueKey,
+                                 key.name, table.name, nameList(key.columns)});
+    }
+}
+
+void TableChanger::addDefaults(const Table& table, const TableBuilder& builder,
+                               const tsql::TableElements& added, int line) {
+    if (added.defaults.empty()) return;
+    TableText text = textOf(table);
+    for (const auto& [name, option] : added.defaults) {
+        const Column* before = table.find(name);
+        if (before != nullptr && before->defaultSql) {
+            throw ServerError(1781, "Column already has a DEFAULT bound to it.", line);
+        }
+        // Rows from before the column keep their null only when it is written into them.
+        const std::string own = sqlName(name);
+        run("UPDATE " + tableSql(table.name, table.temporary) + " SET " + own + " = " + own);
+        text.column(name)->text = builder.columnSql(*builder.table().find(name));
+    }
+    setText(table, text);
+}
+
+std::vector<TableText::Element> TableChanger::addConstraints(const Table& table,
+                                                             const TableBuilder& builder) {
+    std::vector<TableText::Element> added;
+    if (builder.constraints().empty()) return added;
+    TableText text = textOf(table);
+    for (const std::string& constraint : builder.constraints()) {
+        added.push_back(constraintElement(constraint));
+        text.add(added.back());
+    }
+    setText(table, text);
+    return added;
+}
+
+// The rows that are there must hold to a new constraint.
+void TableChanger::checkRows(const Table& table, const TableText::Element& constraint, int line) {
+    bool violated = false;
+    if (constraint.isForeignKey()) {
+        violated = hasRows("PRAGMA foreign_key_check(" + sqlName(table.name) + ")");
+    } else {
+        const std::size_t condition = constraint.text.find(" CHECK (") + 7;
+        violated = hasRows("SELECT 1 FROM " + tableSql(table.name, table.temporary) +
+                           " WHERE NOT " + constraint.text.substr(condition));
+    }
+    if (!violated) return;
+    throw ServerError(547,
+                      std::string("The ALTER TABLE statement conflicted with the ") +
+                          (constraint.isForeignKey() ? "FOREIGN KEY" : "CHECK") + " constraint \"" +
+                          constraint.name + "\". The conflict occurred in database \"" +
+                          catalogue_.databaseName() + "\", table \"dbo." + table.name + "\".",
+                      line, 16, 0);
+}
+
+}  // namespace kap::engine

@@ -1,0 +1,75 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "engine/binder/names.hpp"
+#include "engine/catalog/counters.hpp"
+#include "engine/catalog/schema_catalogue.hpp"
+#include "engine/catalog/table_text.hpp"
+#include "engine/plan/table_builder.hpp"
+#include "engine/sqlite/connection.hpp"
+#include "tsql/statements.hpp"
+
+namespace kap::engine {
+
+// ALTER TABLE. SQLite can add and drop plain columns; everything else is a change of the values and
+// of the text by which the file knows the table, which SQLite allows as long as rows written by the
+// old text are right by the new one.
+//
+// Works within a writing transaction; the caller invalidates the catalogue. Raises ServerError and
+// SqliteError.
+class TableChanger {
+public:
+    TableChanger(Connection& connection, SchemaCatalogue& catalogue, Counters& counters)
+        : connection_(connection), catalogue_(catalogue), counters_(counters) {}
+
+    void alter(const tsql::AlterTableStatement& statement, const Names& names, int line);
+    void renameTable(const std::string& name, const std::string& newName, int line);
+    void renameColumn(const std::string& table, const std::string& column,
+                      const std::string& newName, int line);
+
+    // What is to be said behind the error that was raised.
+    [[nodiscard]] const std::optional<tsql::ServerError>& followUp() const { return followUp_; }
+
+private:
+    [[nodiscard]] const Table& requireTable(const std::string& name, int line) const;
+    void run(const std::string& sql);
+    [[nodiscard]] bool hasRows(const std::string& sql);
+    [[nodiscard]] TableText textOf(const Table& table);
+    // Puts another text in the place of a table's.
+    void setText(const Table& table, const TableText& text);
+
+    void add(const Table& table, const tsql::AlterTableStatement& statement, const Names& names,
+             int line);
+    void checkNames(const tsql::TableElements& added, int line) const;
+    void addColumn(const Table& table, const Column& column, const tsql::TableElements& added,
+                   const TableBuilder& builder, int line);
+    void addKeys(const Table& table, const TableBuilder& builder, int line);
+    [[nodiscard]] std::vector<TableText::Element> addConstraints(const Table& table,
+                                                                 const TableBuilder& builder);
+    void addDefaults(const Table& table, const TableBuilder& builder,
+                     const tsql::TableElements& added, int line);
+    void checkRows(const Table& table, const TableText::Element& constraint, int line);
+    void alterColumn(const Table& table, const tsql::ColumnDefinition& definition,
+                     const Names& names, int line);
+    void dropColumns(const Table& table, const tsql::AlterTableStatement& statement, int line);
+    // What keeps a column from being dropped, as the server names it: "The object 'df_b'".
+    [[nodiscard]] std::string dependentOn(const Table& table, const Column& column) const;
+    void dropConstraints(const Table& table, const tsql::AlterTableStatement& statement, int line);
+    [[nodiscard]] bool dropLaterKey(const Table& table, const std::string& name);
+    void refuseServing(const Table& table, const std::string& key,
+                       const std::vector<std::string>& columns) const;
+    void dropFirstKey(const Table& table, TableText& text, const TableText::Element& key);
+    void switchConstraints(const Table& table, const tsql::AlterTableStatement& statement,
+                           int line);
+    void switchTriggers(const Table& table, const tsql::AlterTableStatement& statement, int line);
+
+    Connection& connection_;
+    SchemaCatalogue& catalogue_;
+    Counters& counters_;
+    std::optional<tsql::ServerError> followUp_;
+};
+
+}  // namespace kap::engine

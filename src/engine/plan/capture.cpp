@@ -1,0 +1,220 @@
+#include "engine/plan/capture.hpp"
+
+#include <utility>
+
+#include "engine/plan/statements.hpp"
+#include "tsql/server_error.hpp"
+
+namespace kap::engine {
+
+namespace {
+
+// Numbers the caught rows, the same before and after an update.
+constexpr const char* kRowColumn = "\"kap row\"";
+// The number of the row in its table.
+constexpr const char* kTargetColumn = "\"kap target\"";
+
+std::string tableText(const Table& table, RowState state) {
+    return "temp." + sqlName(capturedRows(table, state).name);
+}
+
+std::string columnsOf(const Table& table, const std::string& row) {
+    std::string list;
+    for (const Column& column : table.columns)
+        list += ", " + row + "." + sqlName(column.name);
+    return list;
+}
+
+std::string triggerName(const Table& table, const char* event) {
+    return std::string("kap ") + event + " " + table.name;
+}
+
+std::string trigger(const Table& table, const char* event, const std::string& body) {
+    return "CREATE TEMP TRIGGER " + sqlName(triggerName(table, event)) + " AFTER " + event +
+           " ON " + tableSql(table.name, table.temporary) + " WHEN kap_capturing(" +
+           sqlText(table.name) + ") BEGIN " + body + " END";
+}
+
+std::string caught(const Table& table, RowState state) {
+    const std::string row = state == RowState::Inserted ? "NEW" : "OLD";
+    // Within a trigger a table has no schema before its name; temporary ones are found first.
+    return "INSERT INTO " + sqlName(capturedRows(table, state).name) + " VALUES (NULL, " + row +
+           "." + rowNumberName(table) + columnsOf(table, row) + ");";
+}
+
+// The table of OUTPUT INTO: nothing may happen there besides.
+const Table& outputTarget(const tsql::ObjectName& name, const Binder& binder) {
+    const Table* found = findTable(name, binder.names());
+    if (found == nullptr && isOwn(name) && binder.catalogue().findView(name.last()) != nullptr) {
+        throw tsql::ServerError(330,
+                                "The target '" + name.text() +
+                                    "' of the OUTPUT INTO clause cannot be a view or common table "
+                                    "expression.",
+                                name.line);
+    }
+    const Table& target = requireTable(name, binder.names());
+    const auto refuse = [&](int number, const std::string& what) {
+        throw tsql::ServerError(
+            number,
+            "The target table '" + target.name + "' of the OUTPUT INTO clause cannot " + what,
+            name.line);
+    };
+    if (target.triggerEvents != 0) refuse(331, "have any enabled triggers.");
+    if (target.temporary) return target;
+    if (const auto key = binder.catalogue().referenceAt(target)) {
+        refuse(332,
+               "be on either side of a (primary key, foreign key) relationship. Found reference "
+               "constraint '" +
+                   *key + "'.");
+    }
+    if (const auto check = binder.catalogue().checkOf(target)) {
+        refuse(333,
+               "have any enabled check constraints or any enabled rules. Found check constraint or "
+               "rule '" +
+                   *check + "'.");
+    }
+    return target;
+}
+
+// Rows of OUTPUT INTO are brought to the columns of their table.
+std::string insertOutput(const tsql::OutputClause& output, const std::vector<OutputColumn>& items,
+                         const std::string& rows, Binder& binder) {
+    const Table& target = outputTarget(*output.into, binder);
+    std::vector<const Column*> columns;
+    for (const std::string& name : output.columns) {
+        const Column* column = target.find(name);
+        if (column == nullptr) {
+            throw tsql::ServerError(207, "Invalid column name '" + name + "'.", output.into->line);
+        }
+        columns.push_back(column);
+    }
+    if (output.columns.empty()) {
+        for (const Column& column : target.columns) {
+            if (!column.identity && !column.computed) columns.push_back(&column);
+        }
+    }
+    if (columns.size() != items.size()) {
+        throw tsql::ServerError(
+            213, "Column name or number of supplied values does not match table definition.",
+            output.into->line);
+    }
+    std::string names;
+    std::string values;
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+        Typed value = items[i].value;
+        value.sql = numberedName(i);
+        value.constant.reset();
+        names += (i == 0 ? "" : ", ") + sqlName(columns[i]->name);
+        values += (i == 0 ? "" : ", ") + binder.stored(value, columns[i]->type, output.into->line);
+    }
+    for (const Column& column : target.columns) {
+        if (!column.identity) continue;
+        names += ", " + sqlName(column.name);
+        values += ", " + identityCall(target.name);
+    }
+    return "INSERT INTO " + tableSql(target.name, target.temporary) + " (" + names + ") SELECT " +
+           values + " FROM (" + rows + ")";
+}
+
+}  // namespace
+
+std::vector<std::string> makeCapture(const Table& table) {
+    std::vector<std::string> sql = removeCapture(table);
+    for (const RowState state : {RowState::Inserted, RowState::Deleted}) {
+        std::string columns;
+        for (const Column& column : table.columns) {
+            columns += ", " + sqlName(column.name);
+            if (tsql::isText(column.type.type)) columns += " COLLATE KAP_CI";
+        }
+        sql.push_back("CREATE TABLE " + tableText(table, state) + " (" + kRowColumn +
+                      " INTEGER PRIMARY KEY, " + kTargetColumn + columns + ")");
+    }
+    sql.push_back(trigger(table, "INSERT", caught(table, RowState::Inserted)));
+    sql.push_back(trigger(table, "UPDATE",
+                          caught(table, RowState::Deleted) + caught(table, RowState::Inserted)));
+    sql.push_back(trigger(table, "DELETE", caught(table, RowState::Deleted)));
+    return sql;
+}
+
+CaptureNames captureNames(const Table& table) {
+    return {
+        {triggerName(table, "INSERT"), triggerName(table, "UPDATE"), triggerName(table, "DELETE")},
+        {capturedRows(table, RowState::Inserted).name,
+         capturedRows(table, RowState::Deleted).name}};
+}
+
+std::vector<std::string> removeCapture(const Table& table) {
+    const CaptureNames names = captureNames(table);
+    std::vector<std::string> sql;
+    for (const std::string& trigger : names.triggers)
+        sql.push_back("DROP TRIGGER IF EXISTS temp." + sqlName(trigger));
+    for (const std::string& rows : names.tables)
+        sql.push_back("DROP TABLE IF EXISTS temp." + sqlName(rows));
+    return sql;
+}
+
+std::optional<Capture> captureFor(const Table& table, tsql::TriggerEvents event,
+                                  const std::optional<tsql::OutputClause>& output, Binder& binder) {
+    const bool triggers = (table.triggerEvents & event) != 0;
+    if (!triggers && !output) return std::nullopt;
+    Capture capture;
+    capture.forTriggers = triggers;
+    capture.event = event;
+    if (!output) return capture;
+    const Table inserted = capturedRows(table, RowState::Inserted);
+    const Table deleted = capturedRows(table, RowState::Deleted);
+    Scope scope;
+    std::string from;
+    if (event != tsql::kOnDelete) {
+        scope.sources.push_back(Binder::tableSource(inserted, "inserted"));
+        from = tableText(table, RowState::Inserted) + " AS \"inserted\"";
+    }
+    if (event != tsql::kOnInsert) {
+        scope.sources.push_back(Binder::tableSource(deleted, "deleted"));
+        from += (from.empty() ? "" : " JOIN ") + tableText(table, RowState::Deleted) +
+                " AS \"deleted\"";
+        if (event == tsql::kOnUpdate) from += std::string(" USING (") + kRowColumn + ")";
+    }
+    for (Source& source : scope.sources)
+        showThroughView(source, table, binder);
+    addOutput(capture, *output, table, scope, from + " ORDER BY " + kRowColumn, binder);
+    return capture;
+}
+
+void showThroughView(Source& source, const Table& table, const Binder& binder) {
+    const Binder::CommonTarget& target = binder.commonTarget();
+    if (target.table != &table || target.view.empty()) return;
+    std::vector<SourceColumn> shown;
+    for (const auto& [name, column] : target.columns) {
+        if (column == nullptr || table.find(column->name) != column) continue;
+        const auto place = static_cast<std::size_t>(column - table.columns.data());
+        shown.push_back({name, source.columns[place].value});
+    }
+    source.columns = std::move(shown);
+}
+
+void addOutput(Capture& capture, const tsql::OutputClause& output, const Table& table, Scope& scope,
+               const std::string& from, Binder& binder) {
+    if (capture.forTriggers && !output.into) {
+        throw tsql::ServerError(334,
+                                "The target table '" + table.name +
+                                    "' of the DML statement cannot have any enabled triggers if "
+                                    "the statement contains an OUTPUT clause without INTO clause.");
+    }
+    const std::vector<OutputColumn> items = binder.itemValues(output.items, scope);
+    std::string list;
+    for (std::size_t i = 0; i < items.size(); ++i)
+        list += (i == 0 ? "" : ", ") + items[i].value.sql + " AS " + numberedName(i);
+    const std::string rows = "SELECT " + list + " FROM " + from;
+    capture.outputInto = output.into.has_value();
+    capture.outputSql = capture.outputInto ? insertOutput(output, items, rows, binder) : rows;
+    for (const OutputColumn& item : items) {
+        ResultColumn column;
+        column.name = item.name;
+        column.type = item.value.type;
+        column.nullable = item.value.nullable;
+        capture.columns.push_back(std::move(column));
+    }
+}
+
+}  // namespace kap::engine

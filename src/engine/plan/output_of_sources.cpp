@@ -1,0 +1,90 @@
+#include "engine/plan/capture.hpp"
+#include "engine/plan/found_rows.hpp"
+#include "engine/plan/statements.hpp"
+#include "tsql/server_error.hpp"
+
+// OUTPUT that reads columns of the other tables of FROM. What they hold is gone or changed once the
+// target is written, so the rows are found first and kept.
+namespace kap::engine {
+
+namespace {
+
+// The other sources as OUTPUT reads them, and what their columns are where rows are found.
+struct OtherSources {
+    std::vector<Source> sources;
+    std::vector<std::string> columns;
+};
+
+OtherSources otherSources(const Scope& scope) {
+    OtherSources others;
+    for (std::size_t i = 0; i < scope.sources.size(); ++i) {
+        if (i == scope.target) continue;
+        others.sources.push_back(FoundRows::foundSource(scope.sources[i], others.columns.size()));
+        for (const SourceColumn& column : scope.sources[i].columns)
+            others.columns.push_back(column.value.sql);
+    }
+    return others;
+}
+
+// Forgets the columns that OUTPUT does not read; whether any is left.
+bool keepRead(std::vector<std::string>& columns, const std::string& outputSql) {
+    bool any = false;
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+        const bool read = outputSql.find("\"found\"." + foundColumn("s", i)) != std::string::npos;
+        any = any || read;
+        if (!read) columns[i] = "NULL";
+    }
+    return any;
+}
+
+}  // namespace
+
+bool outputOfSources(const WriteFrom& write, Binder& binder, Translation& result) {
+    if (!write.output || write.scope.sources.size() < 2) return false;
+    const Table& table = *write.rows.table;
+    const FoundRows found(table);
+    OtherSources others = otherSources(write.scope);
+    Scope scope;
+    const bool updates = write.event == tsql::kOnUpdate;
+    if (updates) scope.sources.push_back(found.written(RowState::Inserted));
+    scope.sources.push_back(found.written(RowState::Deleted));
+    for (Source& source : scope.sources)
+        showThroughView(source, table, binder);
+    for (Source& source : others.sources)
+        scope.sources.push_back(std::move(source));
+    Capture capture;
+    capture.event = write.event;
+    capture.forTriggers = (table.triggerEvents & write.event) != 0;
+    addOutput(capture, *write.output, table, scope, found.outputFrom(), binder);
+    if (!keepRead(others.columns, capture.outputSql)) return false;
+    if (!binder.commonTarget().checks.empty()) {
+        throw tsql::unsupported("OUTPUT of other tables through a view WITH CHECK OPTION", 0);
+    }
+    std::vector<std::string> values;
+    std::vector<const Column*> columns;
+    MergeStep step;
+    for (const BoundAssignment& each : write.assignments) {
+        values.push_back(each.value);
+        columns.push_back(each.column);
+        step.columns.push_back(each.column->name);
+    }
+    const std::string chosen = chosenBy(0);
+    step.event = write.event;
+    step.sql = updates ? found.updateText(columns, chosen) : found.deleteText(chosen);
+    step.keep = found.keepText(write.event, chosen);
+    MergePlan plan;
+    found.makeTables(plan, values.size(), others.columns.size(), true);
+    plan.find = {write.with + found.findText(write.rows.rowNumber, 0, values, others.columns) +
+                     write.rows.tail + write.rows.limit,
+                 // A row that was found several times is written once.
+                 "DELETE FROM " + found.found() +
+                     " WHERE \"target row\" IS NULL OR \"row\" NOT IN (SELECT min(\"row\") FROM " +
+                     found.found() + " GROUP BY \"target row\")"};
+    plan.steps.push_back(std::move(step));
+    found.refill(plan);
+    result.capture = std::move(capture);
+    result.merge = std::make_shared<const MergePlan>(std::move(plan));
+    return true;
+}
+
+}  // namespace kap::engine

@@ -1,0 +1,147 @@
+#include "engine/plan/statements.hpp"
+
+#include <algorithm>
+
+#include <kaputil/automation/plain_text.hpp>
+
+#include "base/ascii.hpp"
+#include "tsql/server_error.hpp"
+
+namespace kap::engine {
+
+using tsql::ServerError;
+
+namespace {
+
+const tsql::NamedTable* namedBy(const std::string& alias, const tsql::TableSource& source) {
+    if (const auto* table = std::get_if<tsql::NamedTable>(&source.node)) {
+        return sameName(table->alias, alias) ? table : nullptr;
+    }
+    const auto* join = std::get_if<tsql::Join>(&source.node);
+    if (join == nullptr) return nullptr;
+    const tsql::NamedTable* found = namedBy(alias, *join->left);
+    return found != nullptr ? found : namedBy(alias, *join->right);
+}
+
+// Which source of FROM the target means: the alias, or the only use of the table.
+std::optional<std::size_t> findTarget(const tsql::ObjectName& target,
+                                      const std::vector<Source>& sources, const Names& names) {
+    if (target.parts.size() == 1) {
+        const auto named = std::ranges::find_if(
+            sources, [&](const Source& source) { return sameName(source.name, target.last()); });
+        if (named != sources.end()) return static_cast<std::size_t>(named - sources.begin());
+    }
+    const Table* table = findTable(target, names);
+    std::optional<std::size_t> found;
+    for (std::size_t i = 0; i < sources.size(); ++i) {
+        const bool meant = sources[i].table != nullptr ? sources[i].table == table
+                                                       : sameName(sources[i].common, target.last());
+        if (!meant) continue;
+        if (found) {
+            throw ServerError(8154, "The table '" + target.text() + "' is ambiguous.", target.line,
+                              15);
+        }
+        found = i;
+    }
+    return found;
+}
+
+// A target that FROM does not list stands beside it. One table in brackets would lose its alias.
+void addTarget(BoundSource target, BoundSource& from, int line) {
+    if (!from.sql.empty()) {
+        const bool several = from.sources.size() > 1;
+        target.sql += " JOIN " + (several ? "(" + from.sql + ")" : from.sql);
+    }
+    from.sql = std::move(target.sql);
+    from.sources.insert(from.sources.begin(), std::move(target.sources.front()));
+    Binder::checkNames(from.sources, line);
+}
+
+}  // namespace
+
+const tsql::ObjectName& targetName(const tsql::ObjectName& target,
+                                   const std::vector<tsql::TableSourcePtr>& from) {
+    if (target.parts.size() != 1) return target;
+    for (const tsql::TableSourcePtr& source : from) {
+        if (const tsql::NamedTable* named = namedBy(target.last(), *source)) return named->name;
+    }
+    return target;
+}
+
+std::string rowVersionCall() {
+    return "kap_rowversion()";
+}
+
+std::string identityCall(const std::string& table) {
+    return callText("kap_identity", sqlText(table));
+}
+
+std::string givenIdentity(const Table& table, const std::string& value) {
+    return callText("kap_identity_given", sqlText(table.name), value);
+}
+
+void finish(Translation& translation, const Binder& binder) {
+    BoundValues values = binder.boundValues();
+    translation.variables = std::move(values.variables);
+    translation.constants = std::move(values.constants);
+    translation.firstConstant = values.firstConstant;
+    translation.readsSchema = values.readsSchema;
+}
+
+void addChecks(Translation& translation, const Binder& binder) {
+    const std::vector<std::string>& checks = binder.commonTarget().checks;
+    if (checks.empty()) return;
+    if (!translation.capture) translation.capture.emplace();
+    translation.capture->checks = checks;
+}
+
+bool isPositioned(const tsql::ExpressionPtr& where) {
+    return where != nullptr && std::holds_alternative<tsql::CurrentOfPredicate>(where->node);
+}
+
+TargetRows bindTarget(Binder& binder, const tsql::ObjectName& target,
+                      const std::vector<tsql::TableSourcePtr>& from,
+                      const tsql::ExpressionPtr& where, const std::optional<tsql::TopClause>& top,
+                      Scope& scope) {
+    BoundSource bound = binder.targetFrom(from, scope);
+    auto found = findTarget(target, bound.sources, binder.names());
+    if (!found) {
+        auto common = binder.targetSource(target);
+        addTarget(common ? std::move(*common) : binder.storedTable(target, ""), bound, target.line);
+        found = 0;
+    }
+    TargetRows rows;
+    const Source& source = bound.sources[*found];
+    const Binder::CommonTarget& common = binder.commonTarget();
+    if (source.table != nullptr) {
+        rows.table = source.table;
+        rows.rowNumber = rowNumberOf(source);
+    } else if (common.table != nullptr && !source.common.empty() &&
+               sameName(source.common, targetName(target, from).last())) {
+        rows.table = common.table;
+        rows.rowNumber = sqlName(source.name) + "." + common.rowNumber;
+    } else {
+        throw ServerError(4406,
+                          "Update or delete of view or function '" + target.text() +
+                              "' failed because it is a derived table.",
+                          target.line);
+    }
+    scope.sources = std::move(bound.sources);
+    scope.target = *found;
+    rows.tail = " FROM " + bound.sql;
+    if (where) {
+        scope.aggregates = AggregateUse::RefusedInWhere;
+        rows.tail += " WHERE " + binder.condition(*where, scope);
+    }
+    if (top) {
+        const std::string count =
+            "(SELECT count(DISTINCT " + rows.rowNumber + ")" + rows.tail + ")";
+        rows.limit = " LIMIT " + (top->percent ? binder.percentText(*top, count, scope)
+                                               : binder.limitText(*top, scope));
+    } else if (const std::int64_t most = binder.names().settings().rowLimit; most > 0) {
+        rows.limit = " LIMIT " + plain::text(most);
+    }
+    return rows;
+}
+
+}  // namespace kap::engine

@@ -1,0 +1,495 @@
+#include "engine/plan/table_builder.hpp"
+
+#include <algorithm>
+#include <utility>
+
+#include <kaputil/automation/plain_text.hpp>
+
+#include "base/ascii.hpp"
+#include "engine/binder/function_table.hpp"
+#include "engine/catalog/reference_rules.hpp"
+#include "engine/plan/statements.hpp"
+#include "tsql/server_error.hpp"
+
+namespace kap::engine {
+
+using tsql::ColumnDefinition;
+using tsql::ServerError;
+using tsql::SqlType;
+
+namespace {
+
+bool canBeIdentity(const tsql::TypeSpec& type) {
+    const bool whole = tsql::isInteger(type.type) && type.type != SqlType::Bit;
+    return whole || (tsql::isDecimal(type.type) && type.scale == 0);
+}
+
+[[noreturn]] void badIdentity(const ColumnDefinition& column) {
+    throw ServerError(2752,
+                      "Identity column '" + column.name + "' contains invalid SEED or INCREMENT.",
+                      column.line);
+}
+
+bool isPrimary(const std::string& name, const tsql::TableElements& elements) {
+    return std::any_of(
+        elements.keys.begin(), elements.keys.end(), [&](const tsql::KeyConstraint& key) {
+            return key.primary &&
+                   std::any_of(key.columns.begin(), key.columns.end(),
+                               [&](const std::string& column) { return sameName(column, name); });
+        });
+}
+
+const char* actionText(tsql::ReferenceAction action) {
+    switch (action) {
+        case tsql::ReferenceAction::None:
+            return "NO ACTION";
+        case tsql::ReferenceAction::Cascade:
+            return "CASCADE";
+        case tsql::ReferenceAction::SetNull:
+            return "SET NULL";
+        case tsql::ReferenceAction::SetDefault:
+            return "SET DEFAULT";
+    }
+    return "";
+}
+
+}  // namespace
+
+std::string nameList(const std::vector<std::string>& names) {
+    std::string list;
+    for (const std::string& name : names)
+        list += (list.empty() ? "" : ", ") + sqlName(name);
+    return list;
+}
+
+std::string indexName(const Table& table, const std::string& name) {
+    return table.name + "." + name;
+}
+
+std::string nullsIndex(const Table& table, const std::string& name,
+                       const std::vector<std::string>& columns) {
+    std::string terms;
+    std::string where;
+    for (const std::string& column : columns) {
+        const std::string sql = sqlName(column);
+        terms += (terms.empty() ? "" : ", ") + sql + " IS NULL, ifnull(" + sql + ", 0)";
+        const Column* found = table.find(column);
+        if (found != nullptr && tsql::isText(found->type.type)) terms += " COLLATE KAP_CI";
+        if (found != nullptr && found->nullable)
+            where += (where.empty() ? " WHERE " : " OR ") + sql + " IS NULL";
+    }
+    if (where.empty()) return {};
+    return "CREATE UNIQUE INDEX " + std::string(table.temporary ? "temp." : "main.") +
+           sqlName(indexName(table, name) + " (nulls)") + " ON " + sqlName(table.name) + " (" +
+           terms + ")" + where;
+}
+
+TableBuilder::TableBuilder(const Names& names, const tsql::ObjectName& name, int line)
+    : binder_(names) {
+    if (!isOwn(name)) {
+        throw ServerError(2760,
+                          "The specified schema name \"" + name.parts.front() +
+                              "\" either does not exist or you do not have permission to use it.",
+                          line);
+    }
+    own().name = name.last();
+    own().temporary = name.last().front() == '#';
+    if (name.last().compare(0, 2, "##") == 0)
+        throw tsql::unsupported("global temporary table", line);
+    const Catalogue& catalogue = binder_.catalogue();
+    if (isKeptByTheFile(name.last()) || catalogue.find(name.last()) != nullptr ||
+        catalogue.findView(name.last()) != nullptr) {
+        throw ServerError(2714,
+                          "There is already an object named '" + name.last() + "' in the database.",
+                          line, 16, 6);
+    }
+}
+
+TableBuilder::TableBuilder(const Names& names, const Table& table) : binder_(names) {
+    own() = table;
+}
+
+TableBuilder::TableBuilder(const Names& names, const std::string& temporaryName) : binder_(names) {
+    own().name = temporaryName;
+    own().temporary = true;
+}
+
+void TableBuilder::add(const tsql::TableElements& elements) {
+    for (const ColumnDefinition& column : elements.columns) {
+        if (!column.computed) addColumn(column, elements);
+    }
+    for (const ColumnDefinition& column : elements.columns) {
+        if (column.computed) addComputed(column);
+    }
+    // Computed columns keep the place that they were given.
+    std::stable_sort(
+        own().columns.begin(), own().columns.end(), [&](const Column& left, const Column& right) {
+            const auto place = [&](const Column& column) {
+                const auto found =
+                    std::find_if(elements.columns.begin(), elements.columns.end(),
+                                 [&](const auto& each) { return each.name == column.name; });
+                return found == elements.columns.end() ? std::ptrdiff_t{-1}
+                                                       : found - elements.columns.begin();
+            };
+            return place(left) < place(right);
+        });
+    for (const auto& [column, option] : elements.defaults)
+        setDefault(requireColumn(column, 0), option, 0);
+    for (const tsql::KeyConstraint& key : elements.keys)
+        addKey(key);
+    for (const tsql::CheckConstraint& check : elements.checks)
+        addCheck(check);
+    for (const tsql::ForeignKey& key : elements.foreignKeys)
+        addForeignKey(key);
+}
+
+void TableBuilder::add(Column column, int line) {
+    if (table().find(column.name) != nullptr) {
+        throw ServerError(2705,
+                          "Column names in each table must be unique. Column name '" + column.name +
+                              "' in table '" + table().name + "' is specified more than once.",
+                          line);
+    }
+    if (column.isRowVersion()) checkOnlyRowVersion(column, line);
+    constexpr std::size_t kMostColumns = 1024;
+    if (table().columns.size() == kMostColumns) {
+        throw ServerError(1702,
+                          "CREATE TABLE failed because column '" + column.name + "' in table '" +
+                              table().name + "' exceeds the maximum of 1024 columns.",
+                          line);
+    }
+    own().columns.push_back(std::move(column));
+}
+
+Column& TableBuilder::requireColumn(const std::string& name, int line) {
+    const auto found =
+        std::find_if(own().columns.begin(), own().columns.end(),
+                     [&](const Column& column) { return sameName(column.name, name); });
+    if (found == own().columns.end()) {
+        throw ServerError(
+            1911, "Column name '" + name + "' does not exist in the target table or view.", line);
+    }
+    return *found;
+}
+
+void TableBuilder::addColumn(const ColumnDefinition& definition,
+                             const tsql::TableElements& elements) {
+    Column column;
+    column.name = definition.name;
+    column.type = definition.type;
+    // What must have a value is not nullable unless the definition says otherwise, and then it
+    // is refused below.
+    const bool needsValue =
+        definition.identity || column.isRowVersion() || isPrimary(definition.name, elements);
+    column.nullable = definition.nullable.value_or(!needsValue);
+    if (definition.identity) column.identity = identityOf(definition);
+    if (definition.defaultValue) setDefault(column, *definition.defaultValue, definition.line);
+    add(std::move(column), definition.line);
+}
+
+void TableBuilder::addComputed(const ColumnDefinition& definition) {
+    Scope scope;
+    scope.sources.push_back(Binder::ownColumns(table()));
+    scope.subqueriesRefused = true;
+    const Typed value = binder_.computedValue(*definition.computed, scope);
+    requireNoVariables(definition.line);
+    Column column;
+    column.name = definition.name;
+    column.type = value.type;
+    column.nullable = value.nullable;
+    column.computed = true;
+    column.defaultSql = value.sql;
+    add(std::move(column), definition.line);
+}
+
+void TableBuilder::checkOnlyRowVersion(const Column& column, int line) const {
+    const bool other = std::any_of(table().columns.begin(), table().columns.end(),
+                                   [](const Column& each) { return each.isRowVersion(); });
+    if (!other) return;
+    throw ServerError(2738,
+                      "A table can only have one timestamp column. Because table '" + table().name +
+                          "' already has one, the column '" + column.name + "' cannot be added.",
+                      line);
+}
+
+Identity TableBuilder::identityOf(const ColumnDefinition& column) {
+    const int line = column.line;
+    if (!canBeIdentity(column.type)) {
+        throw ServerError(
+            2749,
+            "Identity column '" + column.name +
+                "' must be of data type int, bigint, smallint, tinyint, or decimal or numeric "
+                "with a scale of 0, and constrained to be nonnullable.",
+            line);
+    }
+    if (column.nullable.value_or(false)) {
+        throw ServerError(8147,
+                          "Could not create IDENTITY attribute on nullable column '" + column.name +
+                              "', table '" + table().name + "'.",
+                          line);
+    }
+    if (column.defaultValue) {
+        throw ServerError(
+            1754,
+            "Defaults cannot be created on columns with an IDENTITY attribute. Table '" +
+                table().name + "', column '" + column.name + "'.",
+            line);
+    }
+    const bool second = std::any_of(table().columns.begin(), table().columns.end(),
+                                    [](const Column& other) { return other.identity.has_value(); });
+    if (second) {
+        throw ServerError(2744,
+                          "Multiple identity columns specified for table '" + table().name +
+                              "'. Only one identity column per table is allowed.",
+                          line);
+    }
+    Identity identity;
+    if (column.identity->seed) identity.seed = wholeConstant(*column.identity->seed, column);
+    if (column.identity->increment)
+        identity.increment = wholeConstant(*column.identity->increment, column);
+    if (identity.increment == 0) badIdentity(column);
+    return identity;
+}
+
+std::int64_t TableBuilder::wholeConstant(const tsql::Expression& expression,
+                                         const ColumnDefinition& column) {
+    Scope scope;
+    scope.columnsRefused = true;
+    const Typed value = binder_.value(expression, scope);
+    const bool whole =
+        value.constant && tsql::isExact(value.type.type) && storedScale(value.type) == 0;
+    if (!whole) badIdentity(column);
+    return std::get<std::int64_t>(*value.constant);
+}
+
+void TableBuilder::setDefault(Column& column, const tsql::DefaultOption& option, int line) {
+    if (column.type.type == SqlType::Timestamp) {
+        throw ServerError(1755,
+                          "Defaults cannot be created on columns of data type timestamp. Table '" +
+                              table().name + "', column '" + column.name + "'.",
+                          line);
+    }
+    column.defaultName = option.constraintName;
+    if (isSequentialIdentifier(*option.value) && column.type.type == SqlType::UniqueIdentifier) {
+        column.defaultSql = "kap_newsequentialid()";
+        return;
+    }
+    Scope scope;
+    scope.columnsRefused = true;
+    scope.subqueriesRefused = true;
+    const Typed value = binder_.value(*option.value, scope);
+    requireNoVariables(option.value->line);
+    column.defaultSql = binder_.stored(value, column.type, line);
+}
+
+// PK_table, UQ_table_1, FK_table_2: the first number that is free.
+std::string TableBuilder::numbered(const std::string& stem) {
+    std::int64_t number = 1;
+    std::string name;
+    do {
+        name = stem + "_" + plain::text(number++);
+    } while (std::find(takenNames_.begin(), takenNames_.end(), name) != takenNames_.end());
+    return name;
+}
+
+void TableBuilder::addKey(const tsql::KeyConstraint& constraint) {
+    TableKey key{constraint.name, constraint.primary, {}};
+    const bool second =
+        key.primary && std::any_of(table().columns.begin(), table().columns.end(),
+                                   [](const Column& column) { return column.keyOrdinal > 0; });
+    if (second) {
+        throw ServerError(
+            8110, "Cannot add multiple PRIMARY KEY constraints to table '" + table().name + "'.",
+            constraint.line);
+    }
+    for (const std::string& name : constraint.columns) {
+        Column& column = requireColumn(name, constraint.line);
+        if (key.primary && column.nullable) {
+            throw ServerError(8111,
+                              "Cannot define PRIMARY KEY constraint on nullable column in table '" +
+                                  table().name + "'.",
+                              constraint.line);
+        }
+        if (column.computed && !isSteady(column)) notSteady(column, table(), constraint.line);
+        key.columns.push_back(column.name);
+        if (key.primary) column.keyOrdinal = static_cast<int>(key.columns.size());
+    }
+    if (key.name.empty())
+        key.name = key.primary ? "PK_" + table().name : numbered("UQ_" + table().name);
+    takenNames_.push_back(key.name);
+    definition_.keys.push_back(std::move(key));
+}
+
+void TableBuilder::addCheck(const tsql::CheckConstraint& check) {
+    Scope scope;
+    scope.sources.push_back(Binder::ownColumns(table()));
+    scope.subqueriesRefused = true;
+    const std::string stem =
+        "CK_" + table().name + (check.column.empty() ? "" : "_" + check.column);
+    const std::string name = check.name.empty() ? numbered(stem) : check.name;
+    takenNames_.push_back(name);
+    constraints_.push_back("CONSTRAINT " + sqlName(name) + " CHECK (" +
+                           binder_.condition(*check.condition, scope) + ")");
+    requireNoVariables(check.line);
+}
+
+// A definition lives longer than the variables of the script that makes it.
+void TableBuilder::requireNoVariables(int line) const {
+    if (binder_.usedVariables().empty()) return;
+    throw ServerError(112, "Variables are not allowed in the CREATE TABLE statement.", line, 15);
+}
+
+void TableBuilder::addForeignKey(const tsql::ForeignKey& key) {
+    std::vector<std::string> columns;
+    for (const std::string& name : key.columns) {
+        if (table().find(name) == nullptr) {
+            throw ServerError(1769,
+                              "Foreign key '" + key.name + "' references invalid column '" + name +
+                                  "' in referencing table '" + table().name + "'.",
+                              key.line);
+        }
+        columns.push_back(requireColumn(name, key.line).name);
+    }
+    // As on the server, temporary tables hold no references.
+    if (table().temporary) return;
+    const bool self = isOwn(key.parent) && sameName(key.parent.last(), table().name);
+    const Table* parent = self ? &table() : findTable(key.parent, binder_.names());
+    if (parent == nullptr || parent->temporary) {
+        throw ServerError(
+            1767,
+            "Foreign key '" + key.name + "' references invalid table '" + key.parent.text() + "'.",
+            key.line);
+    }
+    const std::vector<std::string> parents = parentColumns(key, *parent);
+    if (parents.size() != columns.size()) {
+        throw ServerError(8139,
+                          "Number of referencing columns in foreign key differs from number of "
+                          "referenced columns, table '" +
+                              table().name + "'.",
+                          key.line);
+    }
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+        if (parent->find(parents[i])->type.type == table().find(columns[i])->type.type) continue;
+        throw ServerError(1778,
+                          "Column '" + parent->name + "." + parents[i] +
+                              "' is not the same data type as referencing column '" + table().name +
+                              "." + columns[i] + "' in foreign key '" + key.name + "'.",
+                          key.line);
+    }
+    const std::string name =
+        key.name.empty() ? numbered("FK_" + table().name + "_" + parent->name) : key.name;
+    takenNames_.push_back(name);
+    checkReference(name, key, *parent, parents);
+    constraints_.push_back("CONSTRAINT " + sqlName(name) + " FOREIGN KEY (" + nameList(columns) +
+                           ") REFERENCES " + sqlName(parent->name) + " (" + nameList(parents) +
+                           ") ON DELETE " + actionText(key.onDelete) + " ON UPDATE " +
+                           actionText(key.onUpdate));
+}
+
+// The columns must be a key of the other table, and no statement may come back to a table.
+void TableBuilder::checkReference(const std::string& name, const tsql::ForeignKey& key,
+                                  const Table& parent, const std::vector<std::string>& columns) {
+    std::vector<std::vector<std::string>> keys = binder_.catalogue().candidateKeys(parent);
+    if (&parent == &table()) {
+        for (const TableKey& own : definition_.keys)
+            keys.push_back(own.columns);
+    }
+    if (!hasKeyOf(keys, columns)) {
+        throw ServerError(
+            1776,
+            "There are no primary or candidate keys in the referenced table '" + parent.name +
+                "' that match the referencing column list in the foreign key '" + name + "'.",
+            key.line, 16, 0);
+    }
+    newReferences_.push_back({table().name, parent.name, key.onDelete, key.onUpdate});
+    if (key.onDelete == tsql::ReferenceAction::None &&
+        key.onUpdate == tsql::ReferenceAction::None) {
+        return;
+    }
+    std::vector<Reference> references = binder_.catalogue().references();
+    references.insert(references.end(), newReferences_.begin(), newReferences_.end());
+    if (!reachesTwice(references)) return;
+    throw ServerError(1785,
+                      "Introducing FOREIGN KEY constraint '" + name + "' on table '" +
+                          table().name +
+                          "' may cause cycles or multiple cascade paths. Specify ON DELETE NO "
+                          "ACTION or ON UPDATE NO ACTION, or modify other FOREIGN KEY constraints.",
+                      key.line, 16, 0);
+}
+
+std::vector<std::string> TableBuilder::parentColumns(const tsql::ForeignKey& key,
+                                                     const Table& parent) const {
+    std::vector<std::string> result;
+    for (const std::string& name : key.parentColumns) {
+        const Column* column = parent.find(name);
+        if (column == nullptr) {
+            throw ServerError(1770,
+                              "Foreign key '" + key.name + "' references invalid column '" + name +
+                                  "' in referenced table '" + parent.name + "'.",
+                              key.line);
+        }
+        result.push_back(column->name);
+    }
+    if (!result.empty()) return result;
+    std::vector<const Column*> keys;
+    for (const Column& column : parent.columns) {
+        if (column.keyOrdinal > 0) keys.push_back(&column);
+    }
+    if (keys.empty()) {
+        throw ServerError(1773,
+                          "Foreign key '" + key.name + "' has implicit reference to object '" +
+                              parent.name + "' which does not have a primary key defined on it.",
+                          key.line);
+    }
+    std::sort(keys.begin(), keys.end(), [](const Column* left, const Column* right) {
+        return left->keyOrdinal < right->keyOrdinal;
+    });
+    for (const Column* column : keys)
+        result.push_back(column->name);
+    return result;
+}
+
+std::string TableBuilder::columnSql(const Column& column) const {
+    // SQLite's grammar has no word between the brackets of a type; as a quoted name
+    // "nvarchar(max)" is one.
+    std::string sql = sqlName(column.name) + " " + sqlName(tsql::typeText(column.type));
+    if (tsql::isText(column.type.type)) sql += " COLLATE KAP_CI";
+    if (column.computed) return sql + " GENERATED ALWAYS AS (" + *column.defaultSql + ") VIRTUAL";
+    if (!column.nullable) sql += " NOT NULL";
+    if (!column.defaultSql) return sql;
+    if (!column.defaultName.empty()) sql += " CONSTRAINT " + sqlName(column.defaultName);
+    return sql + " DEFAULT (" + *column.defaultSql + ")";
+}
+
+std::string TableBuilder::createSql() const {
+    std::string sql = std::string("CREATE ") + (table().temporary ? "TEMP TABLE " : "TABLE main.") +
+                      sqlName(table().name) + " (";
+    for (const Column& column : table().columns) {
+        if (&column != &table().columns.front()) sql += ", ";
+        sql += columnSql(column);
+    }
+    for (const TableKey& key : keys()) {
+        sql += ", CONSTRAINT " + sqlName(key.name) +
+               (key.primary ? " PRIMARY KEY (" : " UNIQUE (") + nameList(key.columns) + ")";
+    }
+    for (const std::string& constraint : constraints_)
+        sql += ", " + constraint;
+    return sql + ")";
+}
+
+Translation TableBuilder::translation() {
+    Translation result;
+    result.kind = StatementKind::Define;
+    result.writes = true;
+    result.table = table().name;
+    result.temporary = table().temporary;
+    result.sql.push_back(createSql());
+    for (const TableKey& key : keys()) {
+        const std::string nulls = key.primary ? "" : nullsIndex(table(), key.name, key.columns);
+        if (!nulls.empty()) result.sql.push_back(nulls);
+    }
+    result.created = definition_;
+    return result;
+}
+
+}  // namespace kap::engine

@@ -1,0 +1,174 @@
+#include <algorithm>
+#include <array>
+
+#include "engine/binder/system_values.hpp"
+#include "engine/plan/statements.hpp"
+#include "engine/plan/table_builder.hpp"
+#include "tsql/server_error.hpp"
+
+namespace kap::engine {
+
+using tsql::ServerError;
+
+Translation translateCreate(const tsql::CreateTableStatement& statement, int line,
+                            const Names& names) {
+    TableBuilder builder(names, statement.table, line);
+    builder.add(statement);
+    return builder.translation();
+}
+
+bool isSteady(const Column& column) {
+    const std::string definition = column.defaultSql.value_or("");
+    return std::ranges::none_of(
+        std::array<std::string, 3>{kColumnSystemCall, kColumnStoredCall, "kap_now"},
+        [&](const std::string& call) { return definition.find(call + "(") != std::string::npos; });
+}
+
+void notSteady(const Column& column, const Table& table, int line) {
+    throw ServerError(2729,
+                      "Column '" + column.name + "' in table '" + table.name +
+                          "' cannot be used in an index or statistics or as a partition key "
+                          "because it is non-deterministic.",
+                      line);
+}
+
+namespace {
+
+std::string columnList(const tsql::CreateIndexStatement& statement, const Table& table, int line) {
+    std::string list;
+    for (const tsql::IndexColumn& each : statement.columns) {
+        const Column* column = table.find(each.name);
+        if (column == nullptr) {
+            throw ServerError(
+                1911, "Column name '" + each.name + "' does not exist in the target table or view.",
+                line);
+        }
+        if (column->computed && !isSteady(*column)) notSteady(*column, table, line);
+        const bool repeated =
+            std::any_of(statement.columns.begin(), statement.columns.end(),
+                        [&](const tsql::IndexColumn& other) {
+                            return &other < &each && sameName(other.name, each.name);
+                        });
+        if (repeated) {
+            throw ServerError(1909,
+                              "Cannot use duplicate column names in index. Column name '" +
+                                  each.name + "' listed more than once.",
+                              line, 16, 1);
+        }
+        list += (list.empty() ? "" : ", ") + sqlName(column->name);
+        if (each.descending) list += " DESC";
+    }
+    return list;
+}
+
+// A filter whose answer changes by itself would leave rows in the index that no longer belong
+// there.
+void refuseChanging(const std::string& sql, const tsql::CreateIndexStatement& statement,
+                    const Table& table, int line) {
+    for (const char* call : {"kap_system(", "kap_call(", "kap_now(", "kap_newid(", "kap_random(",
+                             "kap_random_bytes("}) {
+        if (sql.find(call) == std::string::npos) continue;
+        throw ServerError(10735,
+                          "Incorrect WHERE clause for filtered index '" + statement.name +
+                              "' on table '" + table.name + "'.",
+                          line, 15);
+    }
+}
+
+}  // namespace
+
+Translation translateIndex(const tsql::CreateIndexStatement& statement, int line,
+                           const Names& names) {
+    const Table* table = findTable(statement.table, names);
+    if (table == nullptr) {
+        throw ServerError(1088,
+                          "Cannot find the object \"" + statement.table.text() +
+                              "\" because it does not exist or you do not have permissions.",
+                          line);
+    }
+    std::string sql = std::string("CREATE ") + (statement.unique ? "UNIQUE " : "") + "INDEX " +
+                      (table->temporary ? "temp." : "main.") +
+                      sqlName(indexName(*table, statement.name)) + " ON " + sqlName(table->name) +
+                      " (" + columnList(statement, *table, line) + ")";
+    if (statement.where) {
+        Binder binder(names);
+        Scope scope;
+        scope.sources.push_back(Binder::ownColumns(*table));
+        scope.subqueriesRefused = true;
+        sql += " WHERE " + binder.condition(*statement.where, scope);
+        if (!binder.usedVariables().empty()) {
+            throw ServerError(112, "Variables are not allowed in the CREATE INDEX statement.", line,
+                              15);
+        }
+        refuseChanging(sql, statement, *table, line);
+    }
+    Translation result;
+    result.kind = StatementKind::Define;
+    result.writes = true;
+    result.table = table->name;
+    result.temporary = table->temporary;
+    result.sql.push_back(std::move(sql));
+    if (!statement.unique || statement.where) return result;
+    std::vector<std::string> columns;
+    for (const tsql::IndexColumn& column : statement.columns)
+        columns.push_back(column.name);
+    std::string nulls = nullsIndex(*table, statement.name, columns);
+    if (!nulls.empty()) result.sql.push_back(std::move(nulls));
+    return result;
+}
+
+namespace {
+
+[[noreturn]] void nothingToDrop(const char* kind, const std::string& name, int line) {
+    throw ServerError(3701,
+                      std::string("Cannot drop the ") + kind + " '" + name +
+                          "', because it does not exist or you do not have permission.",
+                      line, 11, 5);
+}
+
+Translation dropIndexes(const tsql::DropStatement& statement, int line, const Names& names) {
+    Translation result;
+    result.kind = StatementKind::Define;
+    result.writes = true;
+    for (const tsql::ObjectName& name : statement.names) {
+        tsql::ObjectName owner = name;
+        owner.parts.pop_back();
+        const Table* table = findTable(owner, names);
+        if (table == nullptr && !statement.ifExists) nothingToDrop("index", name.text(), line);
+        if (table == nullptr) continue;
+        const std::string place = table->temporary ? "temp." : "main.";
+        const std::string index = indexName(*table, name.last());
+        result.table = table->name;
+        result.dropsIndexes.push_back({index, name.text(), table->temporary});
+        result.sql.push_back("DROP INDEX IF EXISTS " + place + sqlName(index));
+        result.sql.push_back("DROP INDEX IF EXISTS " + place + sqlName(index + " (nulls)"));
+    }
+    result.optional = statement.ifExists;
+    return result;
+}
+
+}  // namespace
+
+Translation translateDrop(const tsql::DropStatement& statement, int line, const Names& names) {
+    if (statement.kind == tsql::ObjectKind::Index) return dropIndexes(statement, line, names);
+    Translation result;
+    result.kind = StatementKind::Define;
+    result.writes = true;
+    for (const tsql::ObjectName& name : statement.names) {
+        const Table* table = findTable(name, names);
+        if (table != nullptr) {
+            result.sql.push_back("DROP TABLE " + tableSql(table->name, table->temporary));
+            result.dropped.push_back({table->name, table->temporary});
+        } else if (isOwn(name) && names.catalogue().findView(name.last()) != nullptr) {
+            throw ServerError(3705,
+                              "Cannot use DROP TABLE with '" + name.text() + "' because '" +
+                                  name.text() + "' is a view. Use DROP VIEW.",
+                              line);
+        } else if (!statement.ifExists) {
+            nothingToDrop("table", name.text(), line);
+        }
+    }
+    return result;
+}
+
+}  // namespace kap::engine

@@ -1,0 +1,96 @@
+#include "engine/plan/capture.hpp"
+#include "engine/plan/statements.hpp"
+#include "tsql/server_error.hpp"
+
+namespace kap::engine {
+
+namespace {
+
+std::string plainDelete(const tsql::DeleteStatement& statement, const Table& table,
+                        Binder& binder) {
+    Scope scope;
+    const std::string& shown = shownName(table, statement.table, binder.names());
+    scope.sources.push_back(Binder::tableSource(table, shown));
+    std::string sql =
+        "DELETE FROM " + tableSql(table.name, table.temporary) + " AS " + sqlName(shown);
+    if (statement.where) {
+        scope.aggregates = AggregateUse::RefusedInWhere;
+        sql += " WHERE " + binder.condition(*statement.where, scope);
+    }
+    return sql;
+}
+
+// TOP counts rows of the target, however often FROM brings them.
+std::string deleteFrom(const TargetRows& rows) {
+    const std::string found = "SELECT " + rows.rowNumber + " AS \"target row\"" + rows.tail;
+    return "DELETE FROM " + tableSql(rows.table->name, rows.table->temporary) + " WHERE " +
+           rowNumberName(*rows.table) + " IN (" +
+           (rows.limit.empty() ? found
+                               : "SELECT DISTINCT \"target row\" FROM (" + found +
+                                     ") WHERE \"target row\" IS NOT NULL" + rows.limit) +
+           ")";
+}
+
+}  // namespace
+
+Translation translateDelete(const tsql::DeleteStatement& statement, const Names& names,
+                            Constants constants) {
+    Binder binder(names, constants);
+    Translation result;
+    result.kind = StatementKind::Delete;
+    result.writes = true;
+    binder.limitRecursion(statement.maxRecursion);
+    const std::string with = binder.commonTables(statement.commonTables, nullptr,
+                                                 &targetName(statement.table, statement.from));
+    const Table* table = nullptr;
+    const bool whole = statement.from.empty() && !statement.top && names.settings().rowLimit == 0 &&
+                       binder.commonTarget().table == nullptr;
+    if (whole) {
+        table = &requireTable(statement.table, names);
+        result.sql.push_back(with + plainDelete(statement, *table, binder));
+    } else {
+        Scope scope;
+        const TargetRows rows = bindTarget(binder, statement.table, statement.from, statement.where,
+                                           statement.top, scope);
+        table = rows.table;
+        const WriteFrom write{rows, scope, tsql::kOnDelete, statement.output, {}, with};
+        if (!outputOfSources(write, binder, result)) result.sql.push_back(with + deleteFrom(rows));
+    }
+    result.table = table->name;
+    result.temporary = table->temporary;
+    if (result.merge == nullptr) {
+        result.capture = captureFor(*table, tsql::kOnDelete, statement.output, binder);
+    }
+    result.positioned = isPositioned(statement.where);
+    finish(result, binder);
+    return result;
+}
+
+// All rows go, without triggers, and the identity begins anew.
+Translation translateTruncate(const tsql::TruncateStatement& statement, const Names& names) {
+    const Table* table = findTable(statement.table, names);
+    if (table == nullptr && isOwn(statement.table) &&
+        names.catalogue().findView(statement.table.last()) != nullptr) {
+        throw tsql::ServerError(
+            4708,
+            "Could not truncate object '" + statement.table.text() + "' because it is not a table.",
+            statement.table.line);
+    }
+    if (table == nullptr) {
+        throw tsql::ServerError(4701,
+                                "Cannot find the object \"" + statement.table.text() +
+                                    "\" because it does not exist or you do not have permissions.",
+                                statement.table.line);
+    }
+    Translation result;
+    result.kind = StatementKind::Define;
+    result.writes = true;
+    result.table = table->name;
+    result.temporary = table->temporary;
+    result.sql.push_back("DELETE FROM " + tableSql(table->name, table->temporary));
+    result.sql.push_back("UPDATE " + std::string(table->temporary ? "temp" : "main") +
+                         ".kap_counters SET last = NULL WHERE owner = " + sqlText(table->name));
+    return result;
+}
+
+}  // namespace kap::engine

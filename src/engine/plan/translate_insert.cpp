@@ -1,0 +1,331 @@
+#include <algorithm>
+
+#include <kaputil/automation/plain_text.hpp>
+
+#include "base/ascii.hpp"
+#include "engine/plan/capture.hpp"
+#include "engine/plan/statements.hpp"
+#include "tsql/server_error.hpp"
+
+namespace kap::engine {
+
+using tsql::InsertStatement;
+using tsql::ServerError;
+
+namespace {
+
+// Columns that take values from the statement, in its order.
+std::vector<const Column*> namedColumns(const InsertStatement& statement, const Table& table,
+                                        const Binder& binder, int line) {
+    std::vector<const Column*> columns;
+    for (const std::string& name : statement.columns) {
+        const Column* column = &binder.targetColumn(table, {{name}, line});
+        if (std::find(columns.begin(), columns.end(), column) != columns.end()) {
+            throw ServerError(
+                264,
+                "The column name '" + name +
+                    "' is specified more than once in the SET clause or column list of an INSERT. "
+                    "A "
+                    "column cannot be assigned more than one value in the same clause. Modify the "
+                    "clause to make sure that a column is updated only once. If this statement "
+                    "updates or inserts columns into a view, column aliasing can conceal the "
+                    "duplication in your code.",
+                line);
+        }
+        columns.push_back(column);
+    }
+    return columns;
+}
+
+// Without a list the values are for all columns but the identity and the computed ones.
+std::vector<const Column*> allColumns(const Table& table, const Binder& binder, int line) {
+    std::vector<const Column*> columns;
+    if (binder.commonTarget().table == &table) {
+        for (const auto& [shown, column] : binder.commonTarget().columns) {
+            const Column& own = binder.targetColumn(table, {{shown}, line});
+            if (!own.identity && !own.computed) columns.push_back(&own);
+        }
+        return columns;
+    }
+    for (const Column& column : table.columns) {
+        if (!column.identity && !column.computed) columns.push_back(&column);
+    }
+    return columns;
+}
+
+}  // namespace
+
+std::vector<const Column*> insertedColumns(const InsertStatement& statement, const Table& table,
+                                           const Binder& binder, int line) {
+    return statement.columns.empty() ? allColumns(table, binder, line)
+                                     : namedColumns(statement, table, binder, line);
+}
+
+void checkAssignable(const std::vector<const Column*>& columns, const Table& table,
+                     bool identityGiven, int line) {
+    for (const Column* column : columns) {
+        if (column->computed) {
+            throw ServerError(271,
+                              "The column \"" + column->name +
+                                  "\" cannot be modified because it is either a computed column or "
+                                  "is the result of a UNION operator.",
+                              line);
+        }
+        if (!column->identity || identityGiven) continue;
+        throw ServerError(544,
+                          "Cannot insert explicit value for identity column in table '" +
+                              table.name + "' when IDENTITY_INSERT is set to OFF.",
+                          line);
+    }
+}
+
+void explicitRowVersion(int line) {
+    throw ServerError(
+        273,
+        "Cannot insert an explicit value into a timestamp column. Use INSERT with a column list to "
+        "exclude the timestamp column, or insert a DEFAULT into the timestamp column.",
+        line);
+}
+
+void checkCount(std::size_t given, std::size_t wanted, bool listed, int line) {
+    if (given == wanted) return;
+    if (!listed) {
+        throw ServerError(
+            213, "Column name or number of supplied values does not match table definition.", line);
+    }
+    if (given < wanted) {
+        throw ServerError(
+            109,
+            "There are more columns in the INSERT statement than values specified in the VALUES "
+            "clause. The number of values in the VALUES clause must match the number of columns "
+            "specified in the INSERT statement.",
+            line, 15);
+    }
+    throw ServerError(
+        110,
+        "There are fewer columns in the INSERT statement than values specified in the VALUES "
+        "clause. The number of values in the VALUES clause must match the number of columns "
+        "specified in the INSERT statement.",
+        line, 15);
+}
+
+namespace {
+
+// The table of that name, or the one behind a view.
+const Table& insertTarget(const InsertStatement& statement, Binder& binder) {
+    const tsql::ObjectName& name = statement.table;
+    const Table* table = findTable(name, binder.names());
+    if (table != nullptr) return *table;
+    const View* view = isOwn(name) ? binder.catalogue().findView(name.last()) : nullptr;
+    if (view == nullptr) return requireTable(name, binder.names());
+    binder.writesColumns(statement.columns);
+    binder.insertThrough(*view, name);
+    return *binder.commonTarget().table;
+}
+
+void checkSelectCount(std::size_t given, std::size_t wanted, bool listed, int line) {
+    if (given == wanted) return;
+    if (!listed) checkCount(given, wanted, listed, line);
+    const bool fewer = given < wanted;
+    throw ServerError(
+        fewer ? 120 : 121,
+        std::string("The select list for the INSERT statement contains ") +
+            (fewer ? "fewer" : "more") +
+            " items than the insert list. The number of SELECT values must match the number of "
+            "INSERT columns.",
+        line, 15);
+}
+
+// The parts of the statement that its rows share.
+class InsertWriter {
+public:
+    InsertWriter(const InsertStatement& statement, int line, const Names& names,
+                 Constants constants)
+        : statement_(statement),
+          line_(line),
+          binder_(names, constants),
+          table_(insertTarget(statement, binder_)) {}
+
+    Translation write() {
+        const bool listed = !statement_.columns.empty();
+        columns_ = insertedColumns(statement_, table_, binder_, line_);
+        const bool mayGive = sameName(binder_.names().settings().identityInsert, table_.name);
+        if (mayGive) requireIdentity(listed);
+        checkAssignable(columns_, table_, mayGive, line_);
+        givesIdentity_ = mayGive;
+        if (statement_.query) binder_.limitRecursion(statement_.query->maxRecursion);
+        const std::string with = binder_.commonTables(statement_.commonTables, nullptr);
+        const std::string source = statement_.query ? queryText(listed) : rowsText(listed);
+        Translation result;
+        result.kind = StatementKind::Insert;
+        result.writes = true;
+        result.table = table_.name;
+        result.temporary = table_.temporary;
+        result.sql.push_back(with + "INSERT INTO " + tableSql(table_.name, table_.temporary) +
+                             columnList() + source);
+        result.capture = captureFor(table_, tsql::kOnInsert, statement_.output, binder_);
+        addChecks(result, binder_);
+        finish(result, binder_);
+        return result;
+    }
+
+private:
+    // While IDENTITY_INSERT is on for a table, its identity column must be given, by name.
+    void requireIdentity(bool listed) const {
+        const bool given =
+            listed && std::any_of(columns_.begin(), columns_.end(),
+                                  [](const Column* c) { return c->identity.has_value(); });
+        if (given) return;
+        if (!listed) throw identityWithoutList();
+        throw ServerError(545,
+                          "Explicit value must be specified for identity column in table '" +
+                              table_.name +
+                              "' either when IDENTITY_INSERT is set to ON or when a replication "
+                              "user is inserting into a NOT FOR REPLICATION identity column.",
+                          line_);
+    }
+
+    // One value more than columns is taken for a value of the identity column.
+    void refuseIdentity() const {
+        const bool has = std::any_of(table_.columns.begin(), table_.columns.end(),
+                                     [](const Column& c) { return c.identity.has_value(); });
+        if (has) throw identityWithoutList();
+    }
+
+    [[nodiscard]] ServerError identityWithoutList() const {
+        return {8101,
+                "An explicit value for the identity column in table '" + table_.name +
+                    "' can only be specified when a column list is used and IDENTITY_INSERT is ON.",
+                line_};
+    }
+
+    // What the table fills by itself, after the columns given.
+    [[nodiscard]] std::vector<std::pair<const Column*, std::string>> generated() const {
+        std::vector<std::pair<const Column*, std::string>> result;
+        for (const Column& column : table_.columns) {
+            if (column.identity && !givesIdentity_)
+                result.emplace_back(&column, identityCall(table_.name));
+            if (column.isRowVersion()) result.emplace_back(&column, rowVersionCall());
+        }
+        return result;
+    }
+
+    [[nodiscard]] std::string columnList() const {
+        std::string list;
+        for (const Column* column : columns_) {
+            if (!column->isRowVersion()) list += (list.empty() ? "" : ", ") + sqlName(column->name);
+        }
+        for (const auto& [column, call] : generated())
+            list += (list.empty() ? "" : ", ") + sqlName(column->name);
+        return list.empty() ? "" : " (" + list + ")";
+    }
+
+    [[nodiscard]] std::string generatedValues() const {
+        std::string list;
+        for (const auto& [column, call] : generated())
+            list += ", " + call;
+        return list;
+    }
+
+    std::string rowsText(bool listed) {
+        if (statement_.defaultValues) {
+            columns_.clear();
+            const std::string values = generatedValues();
+            if (values.empty() && statement_.top) {
+                throw tsql::unsupported("INSERT TOP DEFAULT VALUES", line_);
+            }
+            return values.empty() ? " DEFAULT VALUES" : limited("(" + values.substr(2) + ")", 1);
+        }
+        std::string text;
+        for (const auto& row : statement_.rows) {
+            if (row.size() != statement_.rows.front().size()) {
+                throw ServerError(
+                    10709,
+                    "The number of columns for each row in a table value constructor must be the "
+                    "same.",
+                    line_);
+            }
+            if (!listed && row.size() == columns_.size() + 1) refuseIdentity();
+            checkCount(row.size(), columns_.size(), listed, line_);
+            text += (text.empty() ? "" : ", ") + rowText(row);
+        }
+        return limited(text, statement_.rows.size());
+    }
+
+    // The rows of VALUES, as many as TOP or SET ROWCOUNT allows.
+    std::string limited(const std::string& rows, std::size_t count) {
+        std::string values = " VALUES " + rows;
+        if (!statement_.top && count <= 1) return values;
+        const std::string most = limit(plain::text(static_cast<std::int64_t>(count)));
+        return most.empty() ? values : " SELECT * FROM (" + values + ")" + most;
+    }
+
+    std::string rowText(const std::vector<tsql::ValueOrDefault>& row) {
+        Scope scope;
+        scope.columnsRefused = true;
+        std::string list;
+        for (std::size_t i = 0; i < row.size(); ++i) {
+            const Column& column = *columns_[i];
+            if (column.isRowVersion()) {
+                if (row[i].value) explicitRowVersion(line_);
+                continue;
+            }
+            list += (list.empty() ? "" : ", ") + valueText(row[i], column, scope);
+        }
+        list += generatedValues();
+        return "(" + (list.compare(0, 2, ", ") == 0 ? list.substr(2) : list) + ")";
+    }
+
+    std::string valueText(const tsql::ValueOrDefault& value, const Column& column, Scope& scope) {
+        if (!value.value) return column.defaultSql ? "(" + *column.defaultSql + ")" : "NULL";
+        return stored(binder_.value(*value.value, scope), column, value.value->line);
+    }
+
+    [[nodiscard]] std::string stored(const Typed& value, const Column& column, int line) const {
+        std::string sql = binder_.stored(value, column.type, line);
+        return column.identity ? givenIdentity(table_, sql) : sql;
+    }
+
+    // `count` is how many rows there are, for TOP PERCENT.
+    std::string limit(const std::string& count) {
+        const std::int64_t rowLimit = binder_.names().settings().rowLimit;
+        if (!statement_.top) return rowLimit > 0 ? " LIMIT " + plain::text(rowLimit) : "";
+        Scope scope;
+        if (statement_.top->percent) {
+            return " LIMIT " + binder_.percentText(*statement_.top, count, scope);
+        }
+        return " LIMIT " + binder_.limitText(*statement_.top, scope);
+    }
+
+    std::string queryText(bool listed) {
+        const BoundQuery rows = binder_.query(*statement_.query, nullptr, QueryPlace::InsertRows);
+        checkSelectCount(rows.columns.size(), columns_.size(), listed, line_);
+        std::string list;
+        for (std::size_t i = 0; i < columns_.size(); ++i) {
+            if (columns_[i]->isRowVersion()) explicitRowVersion(line_);
+            Typed value = rows.columns[i].value;
+            value.sql = numberedName(i);
+            value.constant.reset();
+            list += (list.empty() ? "" : ", ") + stored(value, *columns_[i], line_);
+        }
+        list += generatedValues();
+        return " SELECT " + list + " FROM (" + rows.sql + ")" +
+               limit("(SELECT count(*) FROM (" + rows.sql + "))");
+    }
+
+    const InsertStatement& statement_;
+    int line_;
+    Binder binder_;
+    const Table& table_;
+    std::vector<const Column*> columns_;
+    bool givesIdentity_ = false;
+};
+
+}  // namespace
+
+Translation translateInsert(const InsertStatement& statement, int line, const Names& names,
+                            Constants constants) {
+    return InsertWriter(statement, line, names, constants).write();
+}
+
+}  // namespace kap::engine

@@ -1,0 +1,293 @@
+#include <algorithm>
+
+#include <kaputil/automation/plain_text.hpp>
+
+#include "base/ascii.hpp"
+#include "engine/plan/capture.hpp"
+#include "engine/plan/found_rows.hpp"
+#include "engine/plan/statements.hpp"
+#include "tsql/server_error.hpp"
+
+// MERGE. The rows of every action are found before anything is written, with their new values, in a
+// temporary table; then come the deletes, the updates and the inserts. Where triggers or OUTPUT
+// want the written rows, these are kept in a second one.
+namespace kap::engine {
+
+using tsql::MergeAction;
+using tsql::MergeStatement;
+using tsql::ServerError;
+
+namespace {
+
+std::uint8_t eventOf(const MergeAction& action) {
+    if (std::holds_alternative<tsql::InsertStatement>(action.action)) return tsql::kOnInsert;
+    return std::holds_alternative<tsql::UpdateStatement>(action.action) ? tsql::kOnUpdate
+                                                                        : tsql::kOnDelete;
+}
+
+class MergeWriter {
+public:
+    MergeWriter(const MergeStatement& statement, int line, const Names& names)
+        : statement_(statement),
+          line_(line),
+          binder_(names),
+          table_(target(statement, names)),
+          rows_(table_) {}
+
+    Translation write() {
+        binder_.limitRecursion(statement_.maxRecursion);
+        with_ = binder_.commonTables(statement_.commonTables, nullptr);
+        bindSources();
+        bindActions();
+        Translation result;
+        result.kind = StatementKind::Merge;
+        result.writes = true;
+        result.table = table_.name;
+        result.temporary = table_.temporary;
+        result.capture = capture();
+        const bool kept = result.capture.has_value();
+        sourceColumns_ = kept && statement_.output ? source_.columns.size() : 0;
+        rows_.makeTables(plan_, widest_, sourceColumns_, kept);
+        for (std::size_t i = 0; i < statement_.actions.size(); ++i)
+            plan_.find.push_back(findText(i));
+        plan_.repeated = "SELECT 1 FROM " + rows_.found() +
+                         " WHERE \"target row\" IS NOT NULL GROUP BY \"target row\" HAVING "
+                         "count(*) > 1 LIMIT 1";
+        plan_.limit = limitText();
+        // A unique value that goes is free for the row that comes.
+        for (const std::uint8_t event : {tsql::kOnDelete, tsql::kOnUpdate, tsql::kOnInsert})
+            addSteps(event, kept);
+        result.merge = std::make_shared<const MergePlan>(std::move(plan_));
+        finish(result, binder_);
+        return result;
+    }
+
+private:
+    // What is done with the found rows of an action, and the texts of their values.
+    struct Bound {
+        std::string condition;
+        std::vector<std::string> values;
+        std::vector<const Column*> columns;  // that take them
+        bool defaults = false;               // DEFAULT VALUES
+    };
+
+    static const Table& target(const MergeStatement& statement, const Names& names) {
+        const tsql::ObjectName& name = statement.table;
+        const bool view = findTable(name, names) == nullptr && isOwn(name) &&
+                          names.catalogue().findView(name.last()) != nullptr;
+        if (view) throw tsql::unsupported("MERGE into a view", name.line);
+        return requireTable(name, names);
+    }
+
+    void bindSources() {
+        const std::string& own = shownName(table_, statement_.table, binder_.names());
+        const std::string& name = statement_.alias.empty() ? own : statement_.alias;
+        Scope outside;
+        BoundSource source = binder_.from(statement_.source, outside);
+        targetSource_ = Binder::tableSource(table_, name);
+        targetSql_ = tableSql(table_.name, table_.temporary) + " AS " + sqlName(name);
+        targetRow_ = sqlName(name) + "." + rowNumberName(table_);
+        source_ = std::move(source.sources.front());
+        sourceSql_ = source.sql;
+        if (sameName(source_.name, name)) {
+            throw ServerError(10717,
+                              "The correlation name '" + name +
+                                  "' is specified for both the target and the source of a MERGE "
+                                  "statement.",
+                              line_, 15);
+        }
+        Scope scope;
+        scope.sources = {targetSource_, source_};
+        scope.aggregates = AggregateUse::RefusedInOn;
+        condition_ = binder_.condition(*statement_.condition, scope);
+    }
+
+    // What an action may name: the rows that there are when it is taken.
+    Scope scopeOf(const MergeAction& action) const {
+        Scope scope;
+        scope.aggregates = AggregateUse::RefusedInWhere;
+        if (action.when != MergeAction::When::NotMatched) scope.sources.push_back(targetSource_);
+        if (action.when != MergeAction::When::NotMatchedBySource) scope.sources.push_back(source_);
+        return scope;
+    }
+
+    void bindActions() {
+        for (const MergeAction& action : statement_.actions) {
+            Scope scope = scopeOf(action);
+            Bound bound;
+            if (action.condition) bound.condition = binder_.condition(*action.condition, scope);
+            if (const auto* update = std::get_if<tsql::UpdateStatement>(&action.action)) {
+                for (BoundAssignment& each : bindAssignments(*update, table_, binder_, scope)) {
+                    bound.columns.push_back(each.column);
+                    bound.values.push_back(std::move(each.value));
+                }
+            } else if (const auto* insert = std::get_if<tsql::InsertStatement>(&action.action)) {
+                bindInsert(*insert, action.line, scope, bound);
+            }
+            widest_ = std::max(widest_, bound.values.size());
+            bound_.push_back(std::move(bound));
+        }
+    }
+
+    void bindInsert(const tsql::InsertStatement& insert, int line, Scope& scope, Bound& bound) {
+        givesIdentity_ = sameName(binder_.names().settings().identityInsert, table_.name);
+        bound.defaults = insert.defaultValues;
+        if (insert.defaultValues) return;
+        const auto columns = insertedColumns(insert, table_, binder_, line);
+        checkAssignable(columns, table_, givesIdentity_, line);
+        const auto& row = insert.rows.front();
+        checkCount(row.size(), columns.size(), !insert.columns.empty(), line);
+        for (std::size_t i = 0; i < row.size(); ++i) {
+            const Column& column = *columns[i];
+            if (column.isRowVersion()) {
+                if (row[i].value) explicitRowVersion(line);
+                continue;
+            }
+            bound.columns.push_back(&column);
+            if (row[i].value) {
+                const Typed value = binder_.value(*row[i].value, scope);
+                bound.values.push_back(binder_.stored(value, column.type, line));
+            } else {
+                bound.values.push_back(column.defaultSql ? "(" + *column.defaultSql + ")" : "NULL");
+            }
+        }
+    }
+
+    // Of several actions for the same rows the first whose condition holds is taken.
+    std::string conditionsOf(std::size_t index) const {
+        std::string text;
+        for (std::size_t i = 0; i < index; ++i) {
+            if (statement_.actions[i].when != statement_.actions[index].when) continue;
+            text += " AND (" + bound_[i].condition + ") IS NOT TRUE";
+        }
+        const std::string& own = bound_[index].condition;
+        return own.empty() ? text : text + " AND (" + own + ")";
+    }
+
+    std::string findText(std::size_t index) const {
+        const MergeAction& action = statement_.actions[index];
+        const Bound& bound = bound_[index];
+        const bool target = action.when != MergeAction::When::NotMatched;
+        const bool source = action.when != MergeAction::When::NotMatchedBySource;
+        std::string from;
+        if (target && source) {
+            from = sourceSql_ + " CROSS JOIN " + targetSql_ + " ON " + condition_ + " WHERE 1";
+        } else {
+            const std::string& own = target ? targetSql_ : sourceSql_;
+            const std::string& other = target ? sourceSql_ : targetSql_;
+            from = own + " WHERE NOT EXISTS (SELECT 1 FROM " + other + " WHERE " + condition_ + ")";
+        }
+        std::vector<std::string> columns;
+        for (std::size_t i = 0; i < sourceColumns_; ++i)
+            columns.push_back(source ? source_.columns[i].value.sql : "NULL");
+        return with_ + rows_.findText(target ? targetRow_ : "NULL", index, bound.values, columns) +
+               " FROM " + from + conditionsOf(index);
+    }
+
+    std::string limitText() {
+        std::string most;
+        if (statement_.top) {
+            if (statement_.top->percent) throw tsql::unsupported("MERGE TOP PERCENT", line_);
+            Scope scope;
+            most = binder_.limitText(*statement_.top, scope);
+        } else if (const std::int64_t rows = binder_.names().settings().rowLimit; rows > 0) {
+            most = plain::text(rows);
+        }
+        return most.empty() ? most : "DELETE FROM " + rows_.found() + " WHERE \"row\" > " + most;
+    }
+
+    void addSteps(std::uint8_t event, bool kept) {
+        for (std::size_t i = 0; i < statement_.actions.size(); ++i) {
+            const MergeAction& action = statement_.actions[i];
+            if (eventOf(action) != event) continue;
+            MergeStep step;
+            step.event = event;
+            const std::string chosen = chosenBy(i);
+            step.sql = event == tsql::kOnDelete   ? rows_.deleteText(chosen)
+                       : event == tsql::kOnUpdate ? rows_.updateText(bound_[i].columns, chosen)
+                                                  : insertText(bound_[i], chosen);
+            if (kept) step.keep = rows_.keepText(event, chosen);
+            for (const Column* column : bound_[i].columns)
+                step.columns.push_back(column->name);
+            plan_.steps.push_back(std::move(step));
+        }
+    }
+
+    std::string insertText(const Bound& bound, const std::string& chosen) const {
+        std::string columns;
+        std::string values;
+        const auto add = [&](const Column& column, const std::string& value) {
+            columns += (columns.empty() ? "" : ", ") + sqlName(column.name);
+            values += (values.empty() ? "" : ", ") + value;
+        };
+        for (std::size_t i = 0; i < bound.columns.size(); ++i) {
+            const Column& column = *bound.columns[i];
+            const std::string value = foundColumn("c", i);
+            add(column, column.identity ? givenIdentity(table_, value) : value);
+        }
+        for (const Column& column : table_.columns) {
+            if (column.identity && !givesIdentity_) add(column, identityCall(table_.name));
+            if (column.isRowVersion()) add(column, rowVersionCall());
+            const bool own = !column.identity && !column.isRowVersion() && !column.computed;
+            if (bound.defaults && own) {
+                add(column, column.defaultSql ? "(" + *column.defaultSql + ")" : "NULL");
+            }
+        }
+        return "INSERT INTO " + tableSql(table_.name, table_.temporary) + " (" + columns +
+               ") SELECT " + values + " FROM " + rows_.found() + " WHERE " + chosen +
+               " ORDER BY \"row\"";
+    }
+
+    // Written rows are kept for OUTPUT and for triggers of any of the actions.
+    std::optional<Capture> capture() {
+        Capture capture;
+        for (const MergeAction& action : statement_.actions)
+            capture.event |= eventOf(action);
+        capture.forTriggers = (table_.triggerEvents & capture.event) != 0;
+        if (!capture.forTriggers && !statement_.output) return std::nullopt;
+        if (statement_.output) addOutput(capture);
+        rows_.refill(plan_);
+        return capture;
+    }
+
+    void addOutput(Capture& capture) {
+        Scope scope;
+        Source action{"", nullptr, {}};
+        constexpr int kActionLength = 10;
+        action.columns.push_back(
+            {"$action", Typed::expression("\"done\".\"action\"",
+                                          {tsql::SqlType::NVarChar, kActionLength}, false)});
+        scope.sources.push_back(std::move(action));
+        scope.sources.push_back(rows_.written(RowState::Inserted));
+        scope.sources.push_back(rows_.written(RowState::Deleted));
+        scope.sources.push_back(FoundRows::foundSource(source_, 0));
+        engine::addOutput(capture, *statement_.output, table_, scope, rows_.outputFrom(),
+                            binder_);
+    }
+
+    const MergeStatement& statement_;
+    int line_;
+    Binder binder_;
+    const Table& table_;
+    FoundRows rows_;
+    std::string with_;
+    Source targetSource_;
+    Source source_;
+    std::string targetSql_;
+    std::string targetRow_;
+    std::string sourceSql_;
+    std::string condition_;
+    std::vector<Bound> bound_;
+    std::size_t widest_ = 0;
+    std::size_t sourceColumns_ = 0;
+    bool givesIdentity_ = false;
+    MergePlan plan_;
+};
+
+}  // namespace
+
+Translation translateMerge(const MergeStatement& statement, int line, const Names& names) {
+    return MergeWriter(statement, line, names).write();
+}
+
+}  // namespace kap::engine

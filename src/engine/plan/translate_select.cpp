@@ -1,0 +1,155 @@
+#include <algorithm>
+
+#include <kaputil/automation/plain_text.hpp>
+
+#include "base/ascii.hpp"
+#include "engine/plan/statements.hpp"
+#include "engine/plan/table_builder.hpp"
+#include "tsql/server_error.hpp"
+
+namespace kap::engine {
+
+using tsql::ServerError;
+
+namespace {
+
+const tsql::Select* onlySelect(const tsql::Query& query) {
+    return query.terms.empty() ? nullptr : std::get_if<tsql::Select>(&query.terms.front().node);
+}
+
+bool isAssignment(const tsql::SelectItem& item) {
+    return std::holds_alternative<tsql::AssignmentItem>(item.node);
+}
+
+// The slots that the items of SELECT @a = ..., @b = ... go to; empty for a query that gives rows.
+std::vector<int> assignedSlots(const tsql::Select& select, const Names& names, int line) {
+    std::vector<int> slots;
+    for (const tsql::SelectItem& item : select.items) {
+        if (!isAssignment(item)) continue;
+        const std::string& name = std::get<tsql::AssignmentItem>(item.node).variable;
+        const Variable* variable = names.variable(name);
+        if (variable == nullptr) {
+            throw ServerError(137, "Must declare the scalar variable \"" + name + "\".", line, 15);
+        }
+        slots.push_back(variable->slot);
+    }
+    if (!slots.empty() && slots.size() != select.items.size()) {
+        throw ServerError(141,
+                          "A SELECT statement that assigns a value to a variable must not be "
+                          "combined with data-retrieval operations.",
+                          line, 15);
+    }
+    return slots;
+}
+
+// SELECT @x = @x + a: each row goes on from what the row before has left.
+bool readsWhatItAssigns(const Binder& binder, const std::vector<int>& slots) {
+    return std::any_of(slots.begin(), slots.end(), [&](int slot) {
+        const auto& used = binder.usedVariables();
+        return std::find(used.begin(), used.end(), slot) != used.end();
+    });
+}
+
+// The values are brought to the types of the variables outside the query, row by row.
+Translation assignment(const tsql::Query& query, const std::vector<int>& slots,
+                       const Names& names) {
+    Binder binder(names);
+    BoundQuery bound = binder.query(query, nullptr, QueryPlace::InsertRows);
+    const bool accumulates = readsWhatItAssigns(binder, slots);
+    Binder perRow(names);
+    if (accumulates) {
+        perRow.readVariablesPerRow();
+        bound = query.orderBy.empty() ? perRow.query(query, nullptr, QueryPlace::InsertRows)
+                                      : perRow.valuesInOrder(query);
+    }
+    Translation result;
+    result.kind = StatementKind::Assign;
+    std::string items;
+    for (std::size_t i = 0; i < slots.size(); ++i) {
+        const tsql::TypeSpec& type = names.variables()[static_cast<std::size_t>(slots[i])].type;
+        Typed value = bound.columns[i].value;
+        value.sql = numberedName(i);
+        value.constant.reset();
+        const Typed converted = binder.convertTo(value, type, query.line);
+        items += (i == 0 ? "" : ", ") + converted.sql;
+        result.columns.push_back(resultColumn({"", converted}));
+    }
+    result.sql.push_back("SELECT " + items + " FROM (" + bound.sql + ")");
+    result.assigned = slots;
+    finish(result, accumulates ? perRow : binder);
+    return result;
+}
+
+}  // namespace
+
+Translation translateSelect(const tsql::SelectStatement& statement, const Names& names,
+                            Constants constants) {
+    const tsql::Query& query = *statement.query;
+    if (const tsql::Select* select = onlySelect(query)) {
+        if (select->into) return translateSelectInto(query, *select->into, names);
+        const std::vector<int> slots = assignedSlots(*select, names, query.line);
+        if (!slots.empty()) return assignment(query, slots, names);
+    }
+    Binder binder(names, constants);
+    BoundQuery bound = binder.query(query, nullptr, QueryPlace::Whole);
+    for (const OutputColumn& column : bound.columns) {
+        if (!column.value.newIdentity) continue;
+        throw ServerError(177,
+                          "The IDENTITY function can only be used when the SELECT statement has an "
+                          "INTO clause.",
+                          query.line);
+    }
+    Translation result;
+    result.kind = StatementKind::Select;
+    result.sql.push_back(std::move(bound.sql));
+    for (const OutputColumn& column : bound.columns)
+        result.columns.push_back(resultColumn(column));
+    finish(result, binder);
+    return result;
+}
+
+// The new table has the columns' types; an identity column of one table stays one.
+Translation translateSelectInto(const tsql::Query& query, const tsql::ObjectName& name,
+                                const Names& names) {
+    Binder binder(names);
+    const BoundQuery rows = binder.query(query, nullptr, QueryPlace::InsertRows);
+    TableBuilder builder(names, name, query.line);
+    std::string columns;
+    std::string values;
+    for (std::size_t i = 0; i < rows.columns.size(); ++i) {
+        const OutputColumn& output = rows.columns[i];
+        if (output.name.empty()) {
+            throw ServerError(1038,
+                              "An object or column name is missing or empty. For SELECT INTO "
+                              "statements, verify each column has a name. For other statements, "
+                              "look for empty alias names. Aliases defined as \"\" or [] are not "
+                              "allowed. Change the alias to a valid name.",
+                              query.line, 15);
+        }
+        Column column;
+        column.name = output.name;
+        column.type = output.value.type;
+        column.nullable = output.value.nullable;
+        const bool plain = output.value.column != nullptr && output.value.plainColumn;
+        if (plain && output.value.column->identity) column.identity = output.value.column->identity;
+        const bool numbered = output.value.newIdentity.has_value();
+        if (numbered) column.identity = output.value.newIdentity;
+        const bool version = column.isRowVersion();
+        builder.add(std::move(column), query.line);
+        columns += (i == 0 ? "" : ", ") + sqlName(output.name);
+        values += (i == 0 ? "" : ", ") + (version    ? rowVersionCall()
+                                          : numbered ? identityCall(name.last())
+                                                     : numberedName(i));
+    }
+    Translation result = builder.translation();
+    const Table& table = result.created->table;
+    result.fills = true;
+    const std::int64_t most = names.settings().rowLimit;
+    const std::string limit = most > 0 ? " LIMIT " + plain::text(most) : "";
+    result.sql.push_back("INSERT INTO " + tableSql(table.name, table.temporary) + " (" + columns +
+                         ") SELECT " + values + " FROM (" + rows.sql + ")" + limit);
+    finish(result, binder);
+    return result;
+}
+
+}  // namespace kap::engine

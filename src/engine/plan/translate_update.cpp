@@ -1,0 +1,263 @@
+#include <algorithm>
+
+#include <kaputil/automation/plain_text.hpp>
+
+#include "base/ascii.hpp"
+#include "engine/plan/capture.hpp"
+#include "engine/plan/statements.hpp"
+#include "engine/plan/translator.hpp"
+#include "tsql/server_error.hpp"
+
+namespace kap::engine {
+
+using tsql::Assignment;
+using tsql::ServerError;
+using tsql::UpdateStatement;
+
+namespace {
+
+void checkUpdatable(const Column& column, int line) {
+    if (column.isRowVersion()) throw ServerError(272, "Cannot update a timestamp column.", line);
+    if (column.computed) {
+        throw ServerError(271,
+                          "The column \"" + column.name +
+                              "\" cannot be modified because it is either a computed column or is "
+                              "the result of a UNION operator.",
+                          line);
+    }
+    if (column.identity) {
+        throw ServerError(8102, "Cannot update identity column '" + column.name + "'.", line);
+    }
+}
+
+// "@x = value" leaves the value of each row in a variable, and gives it on.
+std::string assignedTo(const std::string& name, const Typed& value, int line, Binder& binder) {
+    const Variable* variable = binder.names().variable(name);
+    if (variable == nullptr) {
+        throw ServerError(137, "Must declare the scalar variable \"" + name + "\".", line, 15);
+    }
+    return callText("kap_assign", plain::text(variable->slot),
+                    binder.convertTo(value, variable->type, line).sql);
+}
+
+// The type that a value has once it has passed through a variable.
+Typed throughVariable(const std::string& name, const Typed& value, int line, Binder& binder) {
+    if (name.empty()) return value;
+    const std::string sql = assignedTo(name, value, line, binder);
+    return Typed::expression(sql, binder.names().variable(name)->type, true);
+}
+
+// A column of the target that is given the value that it has.
+BoundAssignment unchanged(const Table& table, const Binder& binder, const Scope& scope, int line) {
+    const Binder::CommonTarget& common = binder.commonTarget();
+    const Source& source = scope.sources[scope.target];
+    for (std::size_t i = 0; i < source.columns.size(); ++i) {
+        const Column* column =
+            common.table == &table ? common.columns[i].second : &table.columns[i];
+        const bool own = column != nullptr && table.find(column->name) == column;
+        if (!own || column->computed || column->identity || column->isRowVersion()) continue;
+        return {column, source.columns[i].value.sql};
+    }
+    throw tsql::unsupported("SET @variable in UPDATE of this table", line);
+}
+
+// Variables that are assigned without a column go along with the first column that is written.
+void addVariables(const UpdateStatement& statement, const Table& table, Binder& binder,
+                  Scope& scope, std::vector<BoundAssignment>& result) {
+    for (const Assignment& assignment : statement.assignments) {
+        if (!assignment.column.parts.empty()) continue;
+        const int line = assignment.value.value->line;
+        const Typed value = binder.value(*assignment.value.value, scope);
+        const std::string sql = assignedTo(assignment.variable, value, line, binder);
+        if (result.empty()) result.push_back(unchanged(table, binder, scope, line));
+        result.front().value = callText("kap_first", result.front().value, sql);
+    }
+}
+
+}  // namespace
+
+std::vector<BoundAssignment> bindAssignments(const UpdateStatement& statement, const Table& table,
+                                             Binder& binder, Scope& scope) {
+    const Replaced place(scope.aggregates, AggregateUse::RefusedInSet);
+    std::vector<BoundAssignment> result;
+    for (const Assignment& assignment : statement.assignments) {
+        if (assignment.column.parts.empty()) continue;
+        const std::string& name = assignment.column.last();
+        const int line = assignment.column.line;
+        const Column* column = &binder.targetColumn(table, assignment.column);
+        checkUpdatable(*column, line);
+        const bool repeated =
+            std::any_of(result.begin(), result.end(),
+                        [&](const BoundAssignment& other) { return other.column == column; });
+        if (repeated) {
+            throw ServerError(
+                264,
+                "The column name '" + name +
+                    "' is specified more than once in the SET clause or column list of an INSERT. "
+                    "A "
+                    "column cannot be assigned more than one value in the same clause. Modify the "
+                    "clause to make sure that a column is updated only once. If this statement "
+                    "updates or inserts columns into a view, column aliasing can conceal the "
+                    "duplication in your code.",
+                line);
+        }
+        std::string value = "NULL";
+        if (assignment.value.value) {
+            const Typed bound = binder.value(*assignment.value.value, scope);
+            value = binder.stored(throughVariable(assignment.variable, bound, line, binder),
+                                  column->type, line);
+        } else if (column->defaultSql) {
+            value = "(" + *column->defaultSql + ")";
+        }
+        result.push_back({column, std::move(value)});
+    }
+    addVariables(statement, table, binder, scope, result);
+    return result;
+}
+
+std::string rowVersionAssignment(const Table& table) {
+    const auto found = std::find_if(table.columns.begin(), table.columns.end(),
+                                    [](const Column& column) { return column.isRowVersion(); });
+    return found == table.columns.end() ? ""
+                                        : ", " + sqlName(found->name) + " = " + rowVersionCall();
+}
+
+namespace {
+
+std::string plainUpdate(const UpdateStatement& statement, const Table& table, Binder& binder) {
+    Scope scope;
+    const std::string& shown = shownName(table, statement.table, binder.names());
+    scope.sources.push_back(Binder::tableSource(table, shown));
+    std::string list;
+    for (const BoundAssignment& assignment : bindAssignments(statement, table, binder, scope)) {
+        list += (list.empty() ? "" : ", ") + sqlName(assignment.column->name) + " = " +
+                assignment.value;
+    }
+    std::string sql = "UPDATE " + tableSql(table.name, table.temporary) + " AS " + sqlName(shown) +
+                      " SET " + list + rowVersionAssignment(table);
+    if (statement.where) {
+        scope.aggregates = AggregateUse::RefusedInWhere;
+        sql += " WHERE " + binder.condition(*statement.where, scope);
+    }
+    return sql;
+}
+
+// The rows and their new values are found first, by the number of the row: so any FROM is possible,
+// also one in which the target stands under another name or beside itself, and no value sees what
+// the statement has written already.
+std::string updateFrom(const TargetRows& rows, const std::vector<BoundAssignment>& assignments) {
+    const Table& table = *rows.table;
+    const std::string rowNumber = rowNumberName(table);
+    std::string values = rows.rowNumber + " AS \"target row\"";
+    std::string list;
+    for (std::size_t i = 0; i < assignments.size(); ++i) {
+        values += ", " + assignments[i].value + " AS " + numberedName(i);
+        list += (list.empty() ? "" : ", ") + sqlName(assignments[i].column->name) +
+                " = \"found rows\"." + numberedName(i);
+    }
+    return "UPDATE " + tableSql(table.name, table.temporary) + " AS \"target\" SET " + list +
+           rowVersionAssignment(table) + " FROM (SELECT " + values + rows.tail + rows.limit +
+           ") AS \"found rows\" WHERE \"target\"." + rowNumber + " = \"found rows\".\"target row\"";
+}
+
+// UPDATE of the whole table or of the rows that WHERE names, in SQLite's own words; nothing when
+// the values have to be found first.
+std::optional<std::string> plainly(const UpdateStatement& statement, const Names& names,
+                                   const Table& table, Binder& binder) {
+    const bool whole = statement.from.empty() && !statement.top && names.settings().rowLimit == 0 &&
+                       binder.commonTarget().table == nullptr;
+    if (!whole) return std::nullopt;
+    std::string sql = plainUpdate(statement, table, binder);
+    if (binder.readsOtherRows()) return std::nullopt;
+    return sql;
+}
+
+std::vector<std::string> assignedNames(const UpdateStatement& statement) {
+    std::vector<std::string> names;
+    for (const Assignment& each : statement.assignments) {
+        if (!each.column.parts.empty()) names.push_back(each.column.last());
+    }
+    return names;
+}
+
+// "a" = kap_unpack("a"), ...
+std::string unpacked(const std::vector<BoundAssignment>& assignments) {
+    std::string list;
+    for (const BoundAssignment& each : assignments) {
+        const std::string name = sqlName(each.column->name);
+        list += (list.empty() ? "" : ", ") + name + " = " + callText("kap_unpack", name);
+    }
+    return list;
+}
+
+}  // namespace
+
+Translation translateUpdateInSteps(const UpdateStatement& statement, const Names& names) {
+    Binder binder(names);
+    binder.limitRecursion(statement.maxRecursion);
+    binder.writesColumns(assignedNames(statement));
+    const std::string with = binder.commonTables(statement.commonTables, nullptr,
+                                                 &targetName(statement.table, statement.from));
+    Scope scope;
+    const TargetRows rows =
+        bindTarget(binder, statement.table, statement.from, statement.where, statement.top, scope);
+    const Table& table = *rows.table;
+    std::vector<BoundAssignment> assignments = bindAssignments(statement, table, binder, scope);
+    for (BoundAssignment& each : assignments)
+        each.value = callText("kap_pack", rows.rowNumber, each.value);
+    const std::string values = unpacked(assignments);
+    const std::string caught = sqlName(capturedRows(table, RowState::Inserted).name);
+    Translation result;
+    result.kind = StatementKind::Update;
+    result.writes = true;
+    result.table = table.name;
+    result.temporary = table.temporary;
+    result.sql = {with + updateFrom(rows, assignments), "UPDATE temp." + caught + " SET " + values,
+                  "UPDATE " + tableSql(table.name, table.temporary) + " SET " + values + " WHERE " +
+                      callText("kap_packed", sqlName(assignments.front().column->name))};
+    finish(result, binder);
+    return result;
+}
+
+Translation translateUpdate(const UpdateStatement& statement, const Names& names,
+                            Constants constants) {
+    Binder binder(names, constants);
+    const bool accumulates =
+        std::any_of(statement.assignments.begin(), statement.assignments.end(),
+                    [](const Assignment& each) { return !each.variable.empty(); });
+    if (accumulates) binder.readVariablesPerRow();
+    Translation result;
+    result.kind = StatementKind::Update;
+    result.writes = true;
+    binder.limitRecursion(statement.maxRecursion);
+    const Table* table = findTable(statement.table, names);
+    binder.writesColumns(assignedNames(statement));
+    const std::string with = binder.commonTables(statement.commonTables, nullptr,
+                                                 &targetName(statement.table, statement.from));
+    std::optional<std::string> plain;
+    if (table != nullptr) plain = plainly(statement, names, *table, binder);
+    if (plain) {
+        result.sql.push_back(with + *plain);
+    } else {
+        Scope scope;
+        const TargetRows rows = bindTarget(binder, statement.table, statement.from, statement.where,
+                                           statement.top, scope);
+        table = rows.table;
+        const auto assignments = bindAssignments(statement, *table, binder, scope);
+        const WriteFrom write{rows, scope, tsql::kOnUpdate, statement.output, assignments, with};
+        if (!outputOfSources(write, binder, result)) {
+            result.sql.push_back(with + updateFrom(rows, assignments));
+        }
+    }
+    result.table = table->name;
+    result.temporary = table->temporary;
+    if (result.merge == nullptr) {
+        result.capture = captureFor(*table, tsql::kOnUpdate, statement.output, binder);
+        addChecks(result, binder);
+    }
+    result.positioned = isPositioned(statement.where);
+    finish(result, binder);
+    return result;
+}
+
+}  // namespace kap::engine

@@ -1,0 +1,124 @@
+#include <algorithm>
+#include <array>
+#include <utility>
+
+#include "base/ascii.hpp"
+#include "engine/script/script_runner.hpp"
+#include "engine/values/value.hpp"
+
+// sp_tables, sp_columns, sp_pkeys: what programs ask about the tables of a database. Their answers
+// are queries of the views by which it describes itself.
+namespace kap::engine {
+
+namespace {
+
+constexpr const char* kTables =
+    "SELECT convert(sysname, db_name()) AS TABLE_QUALIFIER, convert(sysname, TABLE_SCHEMA) AS "
+    "TABLE_OWNER, convert(sysname, TABLE_NAME) AS TABLE_NAME, convert(varchar(32), CASE TABLE_TYPE "
+    "WHEN 'BASE TABLE' THEN 'TABLE' ELSE TABLE_TYPE END) AS TABLE_TYPE, convert(varchar(254), "
+    "NULL) "
+    "AS REMARKS FROM INFORMATION_SCHEMA.TABLES WHERE (@name IS NULL OR TABLE_NAME LIKE @name) AND "
+    "(@owner IS NULL OR TABLE_SCHEMA LIKE @owner) ORDER BY 4, 1, 2, 3";
+
+constexpr const char* kColumns =
+    "SELECT convert(sysname, db_name()) AS TABLE_QUALIFIER, convert(sysname, TABLE_SCHEMA) AS "
+    "TABLE_OWNER, convert(sysname, TABLE_NAME) AS TABLE_NAME, convert(sysname, COLUMN_NAME) AS "
+    "COLUMN_NAME, convert(smallint, CASE DATA_TYPE WHEN 'char' THEN 1 WHEN 'numeric' THEN 2 WHEN "
+    "'decimal' THEN 3 WHEN 'money' THEN 3 WHEN 'smallmoney' THEN 3 WHEN 'int' THEN 4 WHEN "
+    "'smallint' THEN 5 WHEN 'float' THEN 6 WHEN 'real' THEN 7 WHEN 'date' THEN 91 WHEN 'datetime' "
+    "THEN 11 WHEN 'smalldatetime' THEN 11 WHEN 'varchar' THEN 12 WHEN 'text' THEN -1 WHEN 'binary' "
+    "THEN -2 WHEN 'timestamp' THEN -2 WHEN 'varbinary' THEN -3 WHEN 'image' THEN -4 WHEN 'bigint' "
+    "THEN -5 WHEN 'tinyint' THEN -6 WHEN 'bit' THEN -7 WHEN 'nchar' THEN -8 WHEN 'nvarchar' THEN "
+    "-9 WHEN 'ntext' THEN -10 WHEN 'uniqueidentifier' THEN -11 END) AS DATA_TYPE, convert(sysname, "
+    "DATA_TYPE + CASE WHEN columnproperty(object_id(TABLE_NAME), COLUMN_NAME, 'IsIdentity') = 1 "
+    "THEN ' identity' ELSE '' END) AS TYPE_NAME, convert(int, isnull(NUMERIC_PRECISION, CASE "
+    "DATA_TYPE WHEN 'bit' THEN 1 WHEN 'datetime' THEN 23 WHEN 'smalldatetime' THEN 16 WHEN 'date' "
+    "THEN 10 ELSE CHARACTER_MAXIMUM_LENGTH END)) AS [PRECISION], convert(int, CASE DATA_TYPE WHEN "
+    "'int' THEN 4 WHEN 'smallint' THEN 2 WHEN 'tinyint' THEN 1 WHEN 'bigint' THEN 8 WHEN 'bit' "
+    "THEN "
+    "1 WHEN 'money' THEN 21 WHEN 'smallmoney' THEN 12 WHEN 'float' THEN 8 WHEN 'real' THEN 4 WHEN "
+    "'datetime' THEN 16 WHEN 'smalldatetime' THEN 16 WHEN 'timestamp' THEN 8 WHEN 'decimal' THEN "
+    "NUMERIC_PRECISION + 2 WHEN 'numeric' THEN NUMERIC_PRECISION + 2 WHEN 'nchar' THEN "
+    "CHARACTER_MAXIMUM_LENGTH * 2 WHEN 'nvarchar' THEN CHARACTER_MAXIMUM_LENGTH * 2 ELSE "
+    "CHARACTER_MAXIMUM_LENGTH END) AS LENGTH, convert(smallint, CASE DATA_TYPE WHEN 'datetime' "
+    "THEN "
+    "3 WHEN 'smalldatetime' THEN 0 ELSE NUMERIC_SCALE END) AS SCALE, convert(smallint, CASE WHEN "
+    "NUMERIC_PRECISION IS NULL THEN NULL ELSE 10 END) AS RADIX, convert(smallint, CASE IS_NULLABLE "
+    "WHEN 'YES' THEN 1 ELSE 0 END) AS NULLABLE, convert(varchar(254), NULL) AS REMARKS, "
+    "COLUMN_DEFAULT AS COLUMN_DEF, ORDINAL_POSITION, convert(varchar(254), IS_NULLABLE) AS "
+    "IS_NULLABLE FROM INFORMATION_SCHEMA.COLUMNS WHERE (@name IS NULL OR TABLE_NAME LIKE @name) "
+    "AND "
+    "(@owner IS NULL OR TABLE_SCHEMA LIKE @owner) AND (@column IS NULL OR COLUMN_NAME LIKE "
+    "@column) "
+    "ORDER BY 1, 2, 3, ORDINAL_POSITION";
+
+constexpr const char* kPrimaryKeys =
+    "SELECT convert(sysname, db_name()) AS TABLE_QUALIFIER, convert(sysname, k.TABLE_SCHEMA) AS "
+    "TABLE_OWNER, convert(sysname, k.TABLE_NAME) AS TABLE_NAME, convert(sysname, k.COLUMN_NAME) AS "
+    "COLUMN_NAME, convert(smallint, k.ORDINAL_POSITION) AS KEY_SEQ, convert(sysname, "
+    "k.CONSTRAINT_NAME) AS PK_NAME FROM INFORMATION_SCHEMA.KEY_COLUMN_USAGE k JOIN "
+    "INFORMATION_SCHEMA.TABLE_CONSTRAINTS c ON c.CONSTRAINT_NAME = k.CONSTRAINT_NAME AND "
+    "c.TABLE_NAME = k.TABLE_NAME WHERE c.CONSTRAINT_TYPE = 'PRIMARY KEY' AND k.TABLE_NAME = @name "
+    "ORDER BY 3, KEY_SEQ";
+
+struct CatalogueProcedure {
+    std::string_view name;
+    const char* query;
+    std::vector<std::pair<const char*, const char*>> parameters;  // of the procedure, the query
+    bool needsFirst;
+};
+
+const CatalogueProcedure* findProcedure(std::string_view name) {
+    static const std::array kProcedures = std::to_array<CatalogueProcedure>({
+        {"sp_tables", kTables, {{"@table_name", "@name"}, {"@table_owner", "@owner"}}, false},
+        {"sp_columns",
+         kColumns,
+         {{"@table_name", "@name"},
+          {"@table_owner", "@owner"},
+          {"@table_qualifier", "@qualifier"},
+          {"@column_name", "@column"}},
+         true},
+        {"sp_pkeys", kPrimaryKeys, {{"@table_name", "@name"}, {"@table_owner", "@owner"}}, true},
+    });
+    const auto* const found = std::ranges::find(kProcedures, name, &CatalogueProcedure::name);
+    return found == kProcedures.end() ? nullptr : found;
+}
+
+}  // namespace
+
+bool ScriptRunner::executeCatalogue(Frame& frame, Instruction& instruction,
+                                    const tsql::ExecuteStatement& node, const std::string& name,
+                                    std::vector<ado::Result>& results) {
+    const CatalogueProcedure* procedure = findProcedure(name);
+    if (procedure == nullptr) return false;
+    const std::vector<std::string> texts = textArguments(frame, instruction, node);
+    std::vector<std::string> values(procedure->parameters.size(), "NULL");
+    for (std::size_t i = 0; i < texts.size(); ++i) {
+        std::size_t place = i;
+        for (std::size_t j = 0; !node.arguments[i].name.empty() && j < values.size(); ++j) {
+            if (sameName(procedure->parameters[j].first, node.arguments[i].name)) place = j;
+        }
+        if (place >= values.size()) {
+            throw tsql::ServerError(
+                8144, "Procedure or function " + name + " has too many arguments specified.",
+                instruction.line, 16, 2);
+        }
+        if (!texts[i].empty()) values[place] = "N" + sqlText(texts[i]);
+    }
+    if (procedure->needsFirst && texts.empty()) {
+        throw tsql::ServerError(201,
+                                "Procedure or function '" + name + "' expects parameter '" +
+                                    procedure->parameters.front().first +
+                                    "', which was not supplied.",
+                                instruction.line, 16, 4);
+    }
+    std::string declared;
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        declared += std::string(declared.empty() ? "DECLARE " : ", ") +
+                    procedure->parameters[i].second + " nvarchar(384) = " + values[i];
+    }
+    executeText(declared + " " + procedure->query, instruction.line, results);
+    return true;
+}
+
+}  // namespace kap::engine

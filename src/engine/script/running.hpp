@@ -1,0 +1,51 @@
+#pragma once
+
+#include <new>
+#include <string>
+
+#include "engine/script/script_runner.hpp"
+#include "engine/sqlite/time_limit.hpp"
+
+namespace kap::engine {
+
+class ScriptRunner::Running {
+public:
+    Running(ScriptRunner& runner, Frame& frame) : runner_(runner), frame_(frame) {
+        runner_.state_.frames.push_back(&frame_);
+        frame_.program.running = true;
+    }
+    Running(const Running&) = delete;
+    Running& operator=(const Running&) = delete;
+    ~Running() {
+        const TimeLimit::Pause whole;
+        runner_.state_.openTries -= static_cast<int>(frame_.handlers.size());
+        for (const VariableTable& table : frame_.localTables) {
+            dropTable(table.name);
+        }
+        if (!frame_.keepsTables) {
+            for (const std::string& table : frame_.ownTables) {
+                dropTable(table);
+            }
+        }
+        runner_.state_.frames.pop_back();
+        frame_.program.running = false;
+    }
+
+private:
+    // The transaction in which it was made may have taken the table with it.
+    void dropTable(const std::string& table) noexcept {
+        try {
+            const std::string sql = "DROP TABLE IF EXISTS temp." + sqlName(table);
+            sqlite3_exec(runner_.connection_.handle(), sql.c_str(), nullptr, nullptr, nullptr);
+        } catch (const std::bad_alloc&) {
+            // It stays until the connection ends: no other table has its name.
+        }
+        runner_.statements_.captures().dropped(table);
+        runner_.catalogue_.invalidate();
+    }
+
+    ScriptRunner& runner_;
+    Frame& frame_;
+};
+
+}  // namespace kap::engine

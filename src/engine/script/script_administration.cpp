@@ -1,0 +1,137 @@
+#include <filesystem>
+#include <map>
+#include <memory>
+#include <stdexcept>
+
+#include <kaputil/automation/plain_text.hpp>
+
+#include "base/ascii.hpp"
+#include "engine/executor/column_info.hpp"
+#include "engine/executor/database_check.hpp"
+#include "engine/plan/translator.hpp"
+#include "engine/script/script_runner.hpp"
+
+// What a database's keeper asks for: how a query is gone about, a copy of the file, whether it is
+// whole.
+namespace kap::engine {
+
+using tsql::ServerError;
+
+namespace {
+
+// Pages that are copied before other connections get their turn.
+constexpr int kPagesAtOnce = 256;
+constexpr int kNapMilliseconds = 5;
+
+bool isBusy(int code) {
+    return code == SQLITE_BUSY || code == SQLITE_LOCKED;
+}
+
+// Copies all pages of a connection's file into a new one.
+void copyPages(sqlite3* from, const std::filesystem::path& to) {
+    Database copy(to.string(), SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE);
+    const std::unique_ptr<sqlite3_backup, decltype(&sqlite3_backup_finish)> work(
+        sqlite3_backup_init(copy.handle(), "main", from, "main"), &sqlite3_backup_finish);
+    if (work == nullptr) throw lastError(copy.handle());
+    int code = SQLITE_OK;
+    while (code == SQLITE_OK || isBusy(code)) {
+        code = sqlite3_backup_step(work.get(), kPagesAtOnce);
+        if (isBusy(code)) sqlite3_sleep(kNapMilliseconds);
+    }
+    if (code != SQLITE_DONE) throw lastError(copy.handle());
+}
+
+// What is wrong with a copy, as it lies on its disk; empty: nothing. Rows that break their own
+// rules are copied as they are.
+std::string faultOf(const std::filesystem::path& file) {
+    Options options;
+    options.source = file.string();
+    options.readOnly = true;
+    Connection copy(options);
+    Counters counters(copy.database(), copy.errorSlot());
+    SchemaCatalogue catalogue(copy.database(), counters);
+    std::string first;
+    copy.database().run("BEGIN");
+    checkDatabase(copy, catalogue, counters, [&](int number, const std::string& finding) {
+        if (first.empty() && number == kStructureFault) first = finding;
+    });
+    copy.database().run("COMMIT");
+    return first;
+}
+
+}  // namespace
+
+// SET SHOWPLAN_TEXT ON: each statement answers its plan, one step a row, indented by depth.
+void ScriptRunner::explain(Frame& frame, Instruction& instruction,
+                           std::vector<ado::Result>& results) {
+    const Transactions::ReadScope scope(transactions_);
+    const Translation made = translate(*instruction.statement, frame.program.names());
+    ResultColumn column;
+    column.name = "StmtText";
+    column.type = {tsql::SqlType::NVarChar, tsql::kMaxLength};
+    ado::Result result;
+    result.columns = columnInfos({column}, catalogue_);
+    ado::ColumnStore& steps = result.rows.emplace_back();
+    for (const std::string& sql : made.merge ? made.merge->find : std::vector<std::string>{}) {
+        steps.appendBytes(sql);
+    }
+    for (const std::string& sql : made.sql) {
+        if (made.kind == StatementKind::Define) {
+            steps.appendBytes(sql);
+            continue;
+        }
+        std::map<std::int64_t, std::size_t> depths;
+        PreparedStatement plan(connection_.handle(), "EXPLAIN QUERY PLAN " + sql);
+        while (plan.step()) {
+            constexpr std::size_t kIndent = 2;
+            const std::int64_t parent = plan.integer(1);
+            const std::size_t depth = parent == 0 ? 0 : depths[parent] + 1;
+            depths[plan.integer(0)] = depth;
+            steps.appendBytes(std::string(depth * kIndent, ' ') + plan.text(3));
+        }
+    }
+    results.push_back(std::move(result));
+}
+
+// The copy holds what was committed when it was finished; others go on writing meanwhile. It has
+// another name until it is whole, which is looked at.
+void ScriptRunner::backup(const std::string& file, bool replace, int line) {
+    const auto failed = [&](const std::string& reason) {
+        return ServerError(3201, "Cannot open backup device '" + file + "': " + reason + ".", line);
+    };
+    const std::filesystem::path path(file);
+    std::error_code error;
+    if (file.empty()) throw failed("no file is named");
+    if (std::filesystem::exists(path, error) && !replace) {
+        throw failed("the file is there already; WITH INIT replaces it");
+    }
+    std::filesystem::path unfinished = path;
+    unfinished += ".part";
+    std::filesystem::remove(unfinished, error);
+    try {
+        copyPages(connection_.handle(), unfinished);
+        const std::string fault = faultOf(unfinished);
+        if (!fault.empty()) throw std::runtime_error("the copy is not whole: " + fault);
+    } catch (const std::exception& failure) {
+        std::filesystem::remove(unfinished, error);
+        throw failed(failure.what());
+    }
+    std::filesystem::rename(unfinished, path, error);
+    if (error) throw failed(error.message());
+    note("BACKUP DATABASE copied database '" + catalogue_.databaseName() + "' to '" + file + "'.");
+}
+
+// DBCC CHECKDB.
+void ScriptRunner::checkDatabase() {
+    const Transactions::ReadScope scope(transactions_);
+    std::int64_t errors = 0;
+    engine::checkDatabase(connection_, catalogue_, counters_,
+                            [&](int number, const std::string& finding) {
+                                ++errors;
+                                report(ServerError(number, "Table error: " + finding));
+                            });
+    note("CHECKDB found 0 allocation errors and " + plain::text(errors) +
+         " consistency errors in database '" + catalogue_.databaseName() + "'.");
+}
+
+}  // namespace kap::engine

@@ -1,0 +1,175 @@
+#include <algorithm>
+#include <utility>
+#include <vector>
+
+#include "engine/plan/capture.hpp"
+#include "engine/plan/translator.hpp"
+#include "engine/script/script_runner.hpp"
+
+// What is looked at before a script begins.
+namespace kap::engine {
+namespace {
+
+bool definesTables(const Instruction& instruction) {
+    if (instruction.statement == nullptr) return false;
+    const tsql::Statement::Node& node = instruction.statement->node;
+    if (const auto* query = std::get_if<tsql::SelectStatement>(&node)) {
+        const auto* first = std::get_if<tsql::Select>(&query->query->terms.front().node);
+        return first != nullptr && first->into;
+    }
+    return std::holds_alternative<tsql::CreateTableStatement>(node) ||
+           std::holds_alternative<tsql::AlterTableStatement>(node) ||
+           std::holds_alternative<tsql::DropStatement>(node) ||
+           std::holds_alternative<tsql::CreateTypeStatement>(node);
+}
+
+// Errors that belong to the run: a table that may be made by a procedure that is called before, and
+// constants that cannot be computed.
+bool showsLater(int serverNumber) {
+    static constexpr int kLater[] = {208, 220,  232,  295,  517,  544,
+                                     545, 1087, 8101, 8115, 8134, 8152};
+    return std::ranges::find(kLater, serverNumber) != std::end(kLater) ||
+           reachOf(serverNumber) == ErrorReach::Transaction;
+}
+
+// Errors that the making of a module tells of.
+bool isAboutColumns(int serverNumber) {
+    static constexpr int kColumnErrors[] = {109, 110, 120, 121,  205, 207,
+                                            209, 213, 264, 4104, 8120};
+    return std::ranges::find(kColumnErrors, serverNumber) != std::end(kColumnErrors);
+}
+
+// Makes or changes tables of the database, so that later statements may be about what is not there
+// yet.
+bool definesStoredTables(const Instruction& instruction) {
+    if (!definesTables(instruction)) return false;
+    const auto isStored = [](const tsql::ObjectName& name) {
+        return !name.last().starts_with('#');
+    };
+    const tsql::Statement::Node& node = instruction.statement->node;
+    if (const auto* made = std::get_if<tsql::CreateTableStatement>(&node)) {
+        return isStored(made->table);
+    }
+    if (const auto* dropped = std::get_if<tsql::DropStatement>(&node)) {
+        return std::ranges::any_of(dropped->names, isStored);
+    }
+    if (const auto* query = std::get_if<tsql::SelectStatement>(&node)) {
+        return isStored(*std::get<tsql::Select>(query->query->terms.front().node).into);
+    }
+    return true;
+}
+
+std::vector<tsql::DeclaredVariable> declaredParameters(const tsql::CreateModuleStatement& node) {
+    std::vector<tsql::DeclaredVariable> parameters;
+    for (const tsql::ParameterDefinition& parameter : node.parameters) {
+        tsql::DeclaredVariable& variable = parameters.emplace_back();
+        variable.name = parameter.name;
+        variable.type = parameter.type;
+    }
+    return parameters;
+}
+
+// Whether what it is made of is kept for its run.
+bool isData(const tsql::Statement& statement) {
+    return isTranslated(statement) &&
+           (std::holds_alternative<tsql::SelectStatement>(statement.node) ||
+            std::holds_alternative<tsql::InsertStatement>(statement.node) ||
+            std::holds_alternative<tsql::UpdateStatement>(statement.node) ||
+            std::holds_alternative<tsql::DeleteStatement>(statement.node) ||
+            std::holds_alternative<tsql::MergeStatement>(statement.node));
+}
+
+// The values that a statement without SQL of its own computes, as far as they may be subqueries.
+std::vector<const tsql::Expression*> valuesIn(const tsql::Statement& statement) {
+    std::vector<const tsql::Expression*> values;
+    const auto add = [&](const tsql::ExpressionPtr& value) {
+        if (value != nullptr) values.push_back(value.get());
+    };
+    if (const auto* assigned = std::get_if<tsql::AssignStatement>(&statement.node)) {
+        add(assigned->value);
+    } else if (const auto* returned = std::get_if<tsql::ReturnStatement>(&statement.node)) {
+        add(returned->value);
+    } else if (const auto* declared = std::get_if<tsql::DeclareStatement>(&statement.node)) {
+        for (const tsql::DeclaredVariable& variable : declared->variables)
+            add(variable.initial);
+    }
+    return values;
+}
+
+// Comparisons of variables and numbers, which most conditions are, name none.
+bool mayNameTables(const tsql::Expression& expression) {
+    constexpr int kComparison = 2;
+    return expression.depth > kComparison ||
+           std::holds_alternative<tsql::ScalarSubquery>(expression.node) ||
+           std::holds_alternative<tsql::ExistsPredicate>(expression.node) ||
+           std::holds_alternative<tsql::InPredicate>(expression.node);
+}
+
+}  // namespace
+
+// What is wrong with a statement on tables that are there shows before anything is run. A script
+// that makes or changes tables is taken as it comes.
+void ScriptRunner::checkAhead(Program& program) {
+    std::vector<Instruction>& code = program.code();
+    const bool checked = program.checkedAt == catalogue_.generation();
+    if (checked || code.size() < 2 || std::ranges::any_of(code, definesTables)) {
+        return;
+    }
+    const Transactions::ReadScope scope(transactions_);
+    for (Instruction& instruction : code) {
+        if (!instruction.parts.empty()) continue;
+        try {
+            checkAhead(instruction, program.names());
+        } catch (const tsql::ServerError& error) {
+            if (!showsLater(error.number())) throw error.at(instruction.line);
+        }
+    }
+    program.checkedAt = catalogue_.generation();
+}
+
+// Variables and labels that are there twice show when a module is made. What a procedure, function
+// or trigger says of tables that are there is looked at when it is made; a statement that names
+// another table is looked at when it runs.
+void ScriptRunner::checkColumns(const tsql::CreateModuleStatement& node, const std::string& table) {
+    Program program(node.body, catalogue_, declaredParameters(node));
+    std::vector<Instruction>& code = program.code();
+    if (std::ranges::any_of(code, definesStoredTables)) return;
+    if (const Table* written = table.empty() ? nullptr : catalogue_.find(table)) {
+        program.names().addLocalTable({"inserted", capturedRows(*written, RowState::Inserted)});
+        program.names().addLocalTable({"deleted", capturedRows(*written, RowState::Deleted)});
+    }
+    const Transactions::ReadScope scope(transactions_);
+    for (Instruction& instruction : code) {
+        try {
+            checkAhead(instruction, program.names());
+        } catch (const tsql::ServerError& error) {
+            if (isAboutColumns(error.number())) {
+                RaisedError raised = raisedBy(error.at(instruction.line), instruction.line);
+                raised.procedure = node.name.last();
+                throw raised;
+            }
+        }
+    }
+}
+
+void ScriptRunner::checkAhead(Instruction& instruction, const Names& names) {
+    const tsql::Statement* statement = instruction.statement;
+    if (statement != nullptr && isData(*statement)) {
+        Prepared prepared;
+        statements_.translate(prepared, *statement, names);
+        instruction.parts.push_back(std::move(prepared));
+        return;
+    }
+    if (instruction.condition != nullptr && mayNameTables(*instruction.condition)) {
+        (void)translateCondition(*instruction.condition, names);
+    }
+    if (statement == nullptr) return;
+    if (const auto* cursor = std::get_if<tsql::DeclareCursorStatement>(&statement->node)) {
+        (void)translateCursor(*std::get<tsql::SelectStatement>(cursor->query->node).query, names);
+    }
+    for (const tsql::Expression* value : valuesIn(*statement)) {
+        if (mayNameTables(*value)) (void)translateValue(*value, names);
+    }
+}
+
+}  // namespace kap::engine

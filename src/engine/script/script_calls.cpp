@@ -1,0 +1,290 @@
+#include <limits>
+
+#include <kaputil/automation/plain_text.hpp>
+
+#include "base/ascii.hpp"
+#include "engine/binder/scope.hpp"
+#include "engine/executor/column_info.hpp"
+#include "engine/executor/stored_value.hpp"
+#include "engine/plan/translator.hpp"
+#include "engine/script/running.hpp"
+#include "engine/script/script_runner.hpp"
+#include "engine/script/server_procedures.hpp"
+#include "engine/script/settings_scope.hpp"
+#include "engine/values/convert.hpp"
+#include "tsql/parser.hpp"
+
+// Calls: stored procedures and texts that are run as scripts.
+namespace kap::engine {
+
+using tsql::ServerError;
+using tsql::SqlType;
+using tsql::TypeSpec;
+
+namespace {
+
+constexpr TypeSpec kOutputText{SqlType::NVarChar, tsql::kMaxLength};
+
+ServerError noProcedure(const std::string& name, int line) {
+    return {2812, "Could not find stored procedure '" + name + "'.", line, 16, 62};
+}
+
+}  // namespace
+
+void ScriptRunner::execute(Frame& frame, Instruction& instruction,
+                           const tsql::ExecuteStatement& node, std::vector<ado::Result>& results) {
+    if (node.text != nullptr) {
+        executeText(textOf(frame, instruction, 0, *node.text), instruction.line, results);
+        return;
+    }
+    const tsql::ObjectName name = procedureName(frame, instruction, node);
+    const std::string& plain = name.last();
+    const std::string lower = asciiLower(plain);
+    // The server's own come before others of their names.
+    if (executeSystem(frame, instruction, node, lower, results)) return;
+    const std::shared_ptr<const Module> module = [&] {
+        const Transactions::ReadScope scope(transactions_);
+        auto found = catalogue_.findModule(StoredKind::Procedure, plain);
+        return found != nullptr ? found : catalogue_.findModule(StoredKind::Function, plain);
+    }();
+    if (module != nullptr && isOwn(name)) {
+        executeModule(frame, instruction, node, module, results);
+        return;
+    }
+    if (isServerProcedure(lower)) throw tsql::unsupported("procedure " + lower, instruction.line);
+    throw noProcedure(name.text(), instruction.line);
+}
+
+// The procedure that is called; EXEC @name has its name in a variable.
+tsql::ObjectName ScriptRunner::procedureName(Frame& frame, Instruction& instruction,
+                                             const tsql::ExecuteStatement& node) {
+    if (node.procedureVariable.empty()) return node.procedure;
+    const Variable* variable = frame.program.names().variable(node.procedureVariable);
+    const Value text = variable == nullptr
+                           ? Value()
+                           : convert(frame.values[static_cast<std::size_t>(variable->slot)],
+                                     variable->type, kOutputText, Overlength::Cut);
+    // Another procedure's parameters may have other types.
+    instruction.parts.clear();
+    const auto* name = std::get_if<std::string>(&text);
+    if (name == nullptr || name->empty()) return {{""}, instruction.line};
+    try {
+        return tsql::parseObjectName(*name);
+    } catch (const ServerError&) {
+        return {{*name}, instruction.line};
+    }
+}
+
+// What ends a scope ends no more than the call, and so do the settings of the called program.
+void ScriptRunner::runCalled(Frame& called, std::vector<ado::Result>& results) {
+    const SettingsScope settings(state_, connection_, catalogue_);
+    try {
+        runFrame(called, results);
+    } catch (const ScopeEnded&) {
+        // What ended it is among the messages, and the caller goes on.
+    }
+}
+
+void ScriptRunner::executeText(const std::string& text, int line,
+                               std::vector<ado::Result>& results) {
+    std::shared_ptr<Program> program = programOf(text, {});
+    Frame called(*program);
+    const int depth = transactions_.depth();
+    runCalled(called, results);
+    requireDepth(depth, line);
+}
+
+// What is called must leave as many transactions open as there were.
+void ScriptRunner::requireDepth(int before, int line) const {
+    if (transactions_.depth() == before) return;
+    throw ServerError(266,
+                      "Transaction count after EXECUTE indicates a mismatching number of BEGIN and "
+                      "COMMIT statements. Previous count = " +
+                          plain::text(before) +
+                          ", current count = " + plain::text(transactions_.depth()) + ".",
+                      line, 16, 2);
+}
+
+void ScriptRunner::executeModule(Frame& frame, Instruction& instruction,
+                                 const tsql::ExecuteStatement& node,
+                                 const std::shared_ptr<const Module>& module,
+                                 std::vector<ado::Result>& results) {
+    const std::shared_ptr<Program> program = programOf(module);
+    Frame called(*program);
+    bindArguments(frame, instruction, node, *module, called);
+    const int depth = transactions_.depth();
+    runCalled(called, results);
+    const std::int32_t error = state_.error;
+    const std::int64_t rowCount = state_.rowCount;
+    const auto& parameters = module->definition.parameters;
+    for (std::size_t i = 0; i < node.arguments.size(); ++i) {
+        const tsql::Argument& argument = node.arguments[i];
+        if (!argument.output || argument.value == nullptr) continue;
+        const auto* variable = std::get_if<tsql::VariableReference>(&argument.value->node);
+        std::size_t place = i;
+        for (std::size_t j = 0; !argument.name.empty() && j < parameters.size(); ++j) {
+            if (sameName(parameters[j].name, argument.name)) place = j;
+        }
+        setVariable(frame, variable->name, called.values[place], parameters[place].type,
+                    instruction.line);
+    }
+    if (!node.resultVariable.empty()) {
+        const bool function = module->definition.kind == tsql::ModuleKind::Function;
+        const Value none = function ? Value() : Value(std::int64_t{0});
+        setVariable(frame, node.resultVariable, called.returned.value_or(none),
+                    function ? module->definition.returns : TypeSpec{SqlType::Int},
+                    instruction.line);
+    }
+    state_.error = error;
+    state_.rowCount = rowCount;
+    requireDepth(depth, instruction.line);
+}
+
+// A value that the parameter cannot take, in the words that the server has for arguments.
+Value ScriptRunner::argumentValue(Frame& frame, Instruction& instruction, std::size_t part,
+                                  const tsql::Expression& value, const tsql::TypeSpec& type) {
+    try {
+        return evaluate(frame, instruction, part, value, type);
+    } catch (const ServerError& error) {
+        constexpr std::array kNotConverted{241, 245, 295};
+        if (std::ranges::find(kNotConverted, error.number()) == kNotConverted.end()) throw;
+        const auto* literal = std::get_if<tsql::Literal>(&value.node);
+        const auto* named = std::get_if<tsql::VariableReference>(&value.node);
+        const Variable* variable =
+            named == nullptr ? nullptr : frame.program.names().variable(named->name);
+        const bool national =
+            literal != nullptr && literal->kind == tsql::LiteralKind::NationalText;
+        const SqlType given = variable != nullptr ? variable->type.type
+                              : national          ? SqlType::NVarChar
+                                                  : SqlType::VarChar;
+        throw ServerError(8114,
+                          std::string("Error converting data type ") + tsql::typeName(given) +
+                              " to " + tsql::typeName(type.type) + ".",
+                          instruction.line, 16, 5);
+    }
+}
+
+// Arguments by name or by place; what is left out has the parameter's default.
+void ScriptRunner::bindArguments(Frame& frame, Instruction& instruction,
+                                 const tsql::ExecuteStatement& node, const Module& module,
+                                 Frame& called) {
+    const auto& parameters = module.definition.parameters;
+    const std::string& procedure = module.object.name;
+    std::vector<bool> given(parameters.size());
+    if (node.arguments.size() > parameters.size()) {
+        throw ServerError(
+            8144, "Procedure or function " + procedure + " has too many arguments specified.",
+            instruction.line, 16, 2);
+    }
+    for (std::size_t i = 0; i < node.arguments.size(); ++i) {
+        const tsql::Argument& argument = node.arguments[i];
+        std::size_t place = i;
+        if (!argument.name.empty()) {
+            for (place = 0; place < parameters.size(); ++place) {
+                if (sameName(parameters[place].name, argument.name)) break;
+            }
+            if (place == parameters.size()) {
+                throw ServerError(
+                    8145, argument.name + " is not a parameter for procedure " + procedure + ".",
+                    instruction.line);
+            }
+        }
+        if (argument.value == nullptr) continue;  // DEFAULT
+        const bool variable = std::holds_alternative<tsql::VariableReference>(argument.value->node);
+        if (argument.output && (!parameters[place].output || !variable)) {
+            throw parameters[place].output
+                ? ServerError(179,
+                              "Cannot use the OUTPUT option when passing a constant to a stored "
+                              "procedure.",
+                              instruction.line, 15)
+                : ServerError(8162,
+                              "The formal parameter \"" + parameters[place].name +
+                                  "\" was not declared as an OUTPUT parameter, but the actual "
+                                  "parameter passed in requested output.",
+                              instruction.line);
+        }
+        called.values[place] =
+            argumentValue(frame, instruction, i, *argument.value, parameters[place].type);
+        given[place] = true;
+    }
+    for (std::size_t i = 0; i < parameters.size(); ++i) {
+        if (given[i]) continue;
+        const tsql::ParameterDefinition& parameter = parameters[i];
+        if (parameter.defaultValue == nullptr) {
+            throw ServerError(201,
+                              "Procedure or function '" + procedure + "' expects parameter '" +
+                                  parameter.name + "', which was not supplied.",
+                              instruction.line, 16, 4);
+        }
+        called.values[i] = evaluate(frame, instruction, node.arguments.size() + i,
+                                    *parameter.defaultValue, parameter.type);
+    }
+}
+
+// INSERT ... EXEC: every result of the call goes into the table.
+void ScriptRunner::insertExecuted(Frame& frame, Instruction& instruction,
+                                  const tsql::InsertStatement& node,
+                                  std::vector<ado::Result>& results) {
+    std::vector<ado::Result> rows;
+    execute(frame, instruction, *node.execute, rows);
+    std::int64_t count = 0;
+    std::int64_t most =
+        node.top ? mostRows(frame, instruction, node) : std::numeric_limits<std::int64_t>::max();
+    Transactions::WriteScope scope(transactions_);
+    for (const ado::Result& result : rows) {
+        if (!result.columns.empty()) count += insertRows(frame, node, result, most - count);
+    }
+    scope.keep();
+    state_.rowCount = count;
+    if (!state_.noCount) results.emplace_back().rowsAffected = count;
+}
+
+// TOP of INSERT ... EXEC.
+std::int64_t ScriptRunner::mostRows(Frame& frame, Instruction& instruction,
+                                    const tsql::InsertStatement& node) {
+    if (node.top->percent) throw tsql::unsupported("INSERT TOP PERCENT EXEC", instruction.line);
+    // Behind what the call itself computes.
+    const std::size_t part = node.execute->arguments.size() + 1;
+    const Value most = evaluate(frame, instruction, part, *node.top->count, {SqlType::BigInt});
+    return std::max<std::int64_t>(wholeOr(most, 0), 0);
+}
+
+// Each row is inserted as a row of VALUES.
+std::int64_t ScriptRunner::insertRows(const Frame& frame, const tsql::InsertStatement& node,
+                                      const ado::Result& result, std::int64_t most) {
+    std::vector<tsql::DeclaredVariable> parameters;
+    tsql::InsertStatement insert;
+    insert.table = node.table;
+    insert.columns = node.columns;
+    insert.rows.emplace_back();
+    for (const ado::ColumnInfo& column : result.columns) {
+        tsql::DeclaredVariable& parameter = parameters.emplace_back();
+        parameter.name = "?" + plain::text(static_cast<std::int64_t>(parameters.size()));
+        parameter.type = typeOf(column.type, column.numericScale);
+        insert.rows.back().push_back({std::make_unique<tsql::Expression>(
+            tsql::Expression{tsql::VariableReference{parameter.name}, node.table.line, 1})});
+    }
+    auto script = std::make_shared<tsql::Script>();
+    script->push_back({std::move(insert), node.table.line});
+    Program program(script, catalogue_, parameters);
+    program.names().follow(state_.writes);
+    for (const LocalTable& table : frame.program.names().localTables()) {
+        program.names().addLocalTable(table);
+    }
+    Frame inner(program);
+    inner.keepsTables = true;
+    const Running running(*this, inner);
+    Prepared prepared;
+    std::vector<ado::Result> ignored;
+    const std::size_t count = std::min(result.rows.front().size(), static_cast<std::size_t>(most));
+    for (std::size_t row = 0; row < count; ++row) {
+        for (std::size_t i = 0; i < result.columns.size(); ++i) {
+            inner.values[i] =
+                cellValue(result.rows[i], row, ado::storageOf(result.columns[i].type));
+        }
+        statements_.run(prepared, script->front(), ignored);
+    }
+    return static_cast<std::int64_t>(count);
+}
+
+}  // namespace kap::engine

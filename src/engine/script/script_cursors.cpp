@@ -1,0 +1,227 @@
+#include <algorithm>
+#include <utility>
+
+#include "base/ascii.hpp"
+#include "engine/executor/column_info.hpp"
+#include "engine/executor/stored_value.hpp"
+#include "engine/plan/translator.hpp"
+#include "engine/script/running.hpp"
+#include "engine/script/script_runner.hpp"
+#include "engine/values/convert.hpp"
+
+// Cursors. Each has the rows that its query had when it was opened.
+namespace kap::engine {
+
+using tsql::ServerError;
+using tsql::SqlType;
+
+namespace {
+
+constexpr std::int32_t kFetched = 0;
+constexpr std::int32_t kNoMoreRows = -1;
+
+}  // namespace
+
+void ScriptRunner::declareCursor(Frame& frame, const tsql::DeclareCursorStatement& node, int line) {
+    const std::string key = asciiLower(node.name);
+    Cursors& cursors = node.local ? frame.cursors : cursors_;
+    if (cursors.contains(key)) {
+        throw ServerError(16915, "A cursor with the name '" + node.name + "' already exists.",
+                          line);
+    }
+    Cursor cursor;
+    cursor.name = node.name;
+    cursor.scroll = node.scroll;
+    cursor.readOnly = node.readOnly;
+    cursor.updatable = node.updatable;
+    cursor.query = node.query;
+    // The variables have the values of now whenever it is opened.
+    std::vector<tsql::DeclaredVariable> variables;
+    for (const Variable& variable : frame.program.names().variables()) {
+        tsql::DeclaredVariable& declared = variables.emplace_back();
+        declared.name = variable.name;
+        declared.type = variable.type;
+    }
+    cursor.program =
+        std::make_shared<Program>(std::make_shared<const tsql::Script>(), catalogue_, variables);
+    for (const LocalTable& table : frame.program.names().localTables()) {
+        cursor.program->names().addLocalTable(table);
+    }
+    // What cannot be read now would fail whoever opens it.
+    {
+        const Transactions::ReadScope scope(transactions_);
+        (void)translateCursor(*std::get<tsql::SelectStatement>(node.query->node).query,
+                              cursor.program->names());
+    }
+    cursor.values = frame.values;
+    cursors.emplace(key, std::move(cursor));
+}
+
+// A script's own cursor comes before a global one of that name.
+const Cursor* ScriptRunner::findCursor(const std::string& name) const {
+    const std::string key = asciiLower(name);
+    for (const Cursors* cursors : {&std::as_const(state_.frame().cursors), &cursors_}) {
+        const auto found = cursors->find(key);
+        if (found != cursors->end()) return &found->second;
+    }
+    return nullptr;
+}
+
+Cursor& ScriptRunner::requireCursor(const std::string& name, int line) {
+    const Cursor* cursor = findCursor(name);
+    if (cursor == nullptr) {
+        throw ServerError(16916, "A cursor with the name '" + name + "' does not exist.", line);
+    }
+    return const_cast<Cursor&>(*cursor);
+}
+
+void ScriptRunner::useCursor(Frame& frame, const tsql::CursorStatement& node, int line) {
+    Cursor& cursor = requireCursor(node.name, line);
+    switch (node.action) {
+        case tsql::CursorAction::Deallocate:
+            if (frame.cursors.erase(asciiLower(node.name)) == 0) {
+                cursors_.erase(asciiLower(node.name));
+            }
+            return;
+        case tsql::CursorAction::Close:
+            if (!cursor.open) throw ServerError(16917, "Cursor is not open.", line);
+            cursor.open = false;
+            cursor.rows = {};
+            cursor.rowNumbers.clear();
+            state_.cursorRows = 0;
+            return;
+        case tsql::CursorAction::Open:
+            break;
+    }
+    if (cursor.open) throw ServerError(16905, "The cursor is already open.", line);
+    Frame inner(*cursor.program);
+    inner.values = cursor.values;
+    inner.keepsTables = true;
+    const Running running(*this, inner);
+    const Restored rowLimit(state_.writes.rowLimit);
+    Prepared prepared;
+    statements_.openCursor(prepared, *cursor.query, cursor.rows);
+    cursor.types.clear();
+    for (const ResultColumn& column : prepared.translation.columns) {
+        cursor.types.push_back(column.type);
+    }
+    cursor.rowNumbers.clear();
+    const std::vector<std::string>& tables = prepared.translation.rowTables;
+    const std::size_t own = cursor.types.size() - tables.size();
+    for (std::size_t i = 0; i < tables.size(); ++i) {
+        cursor.rowNumbers.emplace_back(tables[i], std::move(cursor.rows.rows[own + i]));
+    }
+    cursor.types.resize(own);
+    cursor.rows.rows.resize(own);
+    cursor.rows.columns.resize(own);
+    cursor.position = -1;
+    cursor.open = true;
+    state_.cursorRows = cursor.scroll ? static_cast<std::int32_t>(cursor.count()) : -1;
+}
+
+// What WHERE CURRENT OF stands for: the number of the table's row that was fetched last.
+Value ScriptRunner::currentRow(const std::string& name, const std::string& table,
+                               const std::vector<std::string>& written) const {
+    const Cursor* cursor = findCursor(name);
+    if (cursor == nullptr) {
+        throw ServerError(16916, "A cursor with the name '" + name + "' does not exist.");
+    }
+    if (!cursor->open) throw ServerError(16917, "Cursor is not open.");
+    if (cursor->readOnly || cursor->rowNumbers.empty()) {
+        throw ServerError(16929, "The cursor is READ ONLY.");
+    }
+    const auto rows = std::ranges::find_if(
+        cursor->rowNumbers, [&](const auto& each) { return sameName(each.first, table); });
+    if (rows == cursor->rowNumbers.end()) {
+        throw ServerError(16933,
+                          "The cursor does not include the table being modified or the table is "
+                          "not updatable through the cursor.");
+    }
+    const bool allowed = std::ranges::all_of(written, [&](const std::string& column) {
+        return cursor->updatable.empty() ||
+               std::ranges::any_of(cursor->updatable,
+                                   [&](const std::string& each) { return sameName(each, column); });
+    });
+    if (!allowed) {
+        throw ServerError(16932,
+                          "The cursor has a FOR UPDATE list and the requested column to be updated "
+                          "is not in this list.");
+    }
+    if (cursor->position < 0 || cursor->position >= cursor->count()) {
+        throw ServerError(16931, "There are no rows in the current fetch buffer.");
+    }
+    return cellValue(rows->second, static_cast<std::size_t>(cursor->position),
+                     ado::Storage::Integer);
+}
+
+std::int64_t ScriptRunner::fetchTarget(Frame& frame, Instruction& instruction,
+                                       const tsql::FetchStatement& node, const Cursor& cursor) {
+    using Direction = tsql::FetchStatement::Direction;
+    if (node.direction != Direction::Next && !cursor.scroll) {
+        throw ServerError(16911,
+                          "fetch: The fetch type " +
+                              std::string(node.direction == Direction::Prior ? "prior" : "first") +
+                              " cannot be used with forward only cursors.",
+                          instruction.line);
+    }
+    std::int64_t distance = 0;
+    if (node.distance) {
+        const Value value = evaluate(frame, instruction, 0, *node.distance, {SqlType::BigInt});
+        // Beyond all rows it is the same how far.
+        constexpr std::int64_t kFarthest = std::int64_t{1} << 60;
+        if (const auto* whole = std::get_if<std::int64_t>(&value)) {
+            distance = std::clamp(*whole, -kFarthest, kFarthest);
+        }
+    }
+    switch (node.direction) {
+        case Direction::Next:
+            return cursor.position + 1;
+        case Direction::Prior:
+            return cursor.position - 1;
+        case Direction::First:
+            return 0;
+        case Direction::Last:
+            return cursor.count() - 1;
+        case Direction::Absolute:
+            return distance >= 0 ? distance - 1 : cursor.count() + distance;
+        case Direction::Relative:
+            break;
+    }
+    return cursor.position + distance;
+}
+
+void ScriptRunner::fetch(Frame& frame, Instruction& instruction, const tsql::FetchStatement& node,
+                         std::vector<ado::Result>& results) {
+    // A fetch that fails must end the loop that asks how it went.
+    state_.fetchStatus = kNoMoreRows;
+    Cursor& cursor = requireCursor(node.cursor, instruction.line);
+    if (!cursor.open) throw ServerError(16917, "Cursor is not open.", instruction.line);
+    const std::int64_t target = fetchTarget(frame, instruction, node, cursor);
+    const bool there = target >= 0 && target < cursor.count();
+    cursor.position = std::max<std::int64_t>(-1, std::min(target, cursor.count()));
+    state_.fetchStatus = there ? kFetched : kNoMoreRows;
+    if (!node.into.empty() && node.into.size() != cursor.types.size()) {
+        throw ServerError(
+            16924,
+            "Cursorfetch: The number of variables declared in the INTO list must match "
+            "that of selected columns.",
+            instruction.line);
+    }
+    const auto row = static_cast<std::size_t>(target);
+    for (std::size_t i = 0; there && i < node.into.size(); ++i) {
+        const ado::Storage storage = ado::storageOf(cursor.rows.columns[i].type);
+        setVariable(frame, node.into[i], cellValue(cursor.rows.rows[i], row, storage),
+                    cursor.types[i], instruction.line);
+    }
+    if (!node.into.empty()) return;
+    ado::Result result;
+    result.columns = cursor.rows.columns;
+    for (const ado::ColumnStore& column : cursor.rows.rows) {
+        ado::ColumnStore& cell = result.rows.emplace_back();
+        const ado::Storage storage = ado::storageOf(result.columns[result.rows.size() - 1].type);
+        if (there) appendValue(cell, cellValue(column, row, storage));
+    }
+    results.push_back(std::move(result));
+}
+
+}  // namespace kap::engine

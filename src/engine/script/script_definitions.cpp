@@ -1,0 +1,253 @@
+#include <algorithm>
+#include <array>
+#include <utility>
+
+#include <kaputil/automation/plain_text.hpp>
+
+#include "base/ascii.hpp"
+#include "engine/binder/binder.hpp"
+#include "engine/binder/system_values.hpp"
+#include "engine/catalog/schema_binding.hpp"
+#include "engine/executor/table_changer.hpp"
+#include "engine/executor/violations.hpp"
+#include "engine/script/function_rules.hpp"
+#include "engine/script/script_runner.hpp"
+
+// What is stored by its text: views, procedures, functions, triggers, types; and ALTER TABLE.
+namespace kap::engine {
+
+using tsql::ServerError;
+
+namespace {
+
+StoredKind storedKind(tsql::ModuleKind kind) {
+    switch (kind) {
+        case tsql::ModuleKind::Procedure:
+            return StoredKind::Procedure;
+        case tsql::ModuleKind::Function:
+            return StoredKind::Function;
+        case tsql::ModuleKind::Trigger:
+            break;
+    }
+    return StoredKind::Trigger;
+}
+
+StoredKind storedKind(tsql::ObjectKind kind) {
+    switch (kind) {
+        case tsql::ObjectKind::View:
+            return StoredKind::View;
+        case tsql::ObjectKind::Procedure:
+            return StoredKind::Procedure;
+        case tsql::ObjectKind::Function:
+            return StoredKind::Function;
+        case tsql::ObjectKind::Trigger:
+            return StoredKind::Trigger;
+        default:
+            return StoredKind::Type;
+    }
+}
+
+const char* kindName(StoredKind kind) {
+    switch (kind) {
+        case StoredKind::View:
+            return "view";
+        case StoredKind::Procedure:
+            return "procedure";
+        case StoredKind::Function:
+            return "function";
+        case StoredKind::Trigger:
+            return "trigger";
+        default:
+            return "type";
+    }
+}
+
+void requireOwn(const tsql::ObjectName& name, int line) {
+    if (isOwn(name)) return;
+    throw ServerError(2760,
+                      "The specified schema name \"" + name.parts.front() +
+                          "\" either does not exist or you do not have permission to use it.",
+                      line);
+}
+
+}  // namespace
+
+void ScriptRunner::createView(const tsql::CreateViewStatement& node, int line) {
+    requireOwn(node.name, line);
+    Transactions::WriteScope scope(transactions_);
+    // What cannot be read now would fail whoever reads the view.
+    const Names names(catalogue_);
+    Binder binder(names);
+    const BoundQuery bound = binder.query(*node.query, nullptr, QueryPlace::Nested);
+    if (!node.columns.empty() && node.columns.size() != bound.columns.size()) {
+        const bool more = node.columns.size() < bound.columns.size();
+        throw ServerError(more ? 8158 : 8159,
+                          "'" + node.name.last() + "' has " + (more ? "more" : "fewer") +
+                              " columns than were specified in the column list.",
+                          line);
+    }
+    for (std::size_t i = 0; node.columns.empty() && i < bound.columns.size(); ++i) {
+        if (!bound.columns[i].name.empty()) continue;
+        throw ServerError(4511,
+                          "Create View or Function failed because no column name was specified for "
+                          "column " +
+                              plain::text(static_cast<std::int64_t>(i) + 1) + ".",
+                          line);
+    }
+    if (node.replace) {
+        refuseSchemaBound(catalogue_, "ALTER", node.name.last(), node.name.text(), line);
+    }
+    store({0, StoredKind::View, node.name.last(), "", node.text}, node.replace, node.mustExist,
+          line);
+    scope.keep();
+}
+
+void ScriptRunner::createModule(const tsql::CreateModuleStatement& node, int line) {
+    requireOwn(node.name, line);
+    if (node.name.last().front() == '#') throw tsql::unsupported("temporary procedure", line);
+    Transactions::WriteScope scope(transactions_);
+    if (node.kind == tsql::ModuleKind::Function) requireNoSideEffects(*node.body);
+    std::string parent;
+    if (node.kind == tsql::ModuleKind::Trigger) {
+        const Table* table = isOwn(node.table) ? catalogue_.find(node.table.last()) : nullptr;
+        if (table == nullptr || table->temporary) {
+            throw ServerError(8197,
+                              "The object '" + node.table.text() +
+                                  "' does not exist or is invalid for this operation.",
+                              line);
+        }
+        parent = table->name;
+    }
+    if (node.kind == tsql::ModuleKind::Function && node.replace) {
+        refuseUsedFunction("ALTER", node.name, line);
+        refuseSchemaBound(catalogue_, "ALTER", node.name.last(), node.name.text(), line);
+    }
+    checkColumns(node, parent);
+    store({0, storedKind(node.kind), node.name.last(), parent, node.text}, node.replace,
+          node.mustExist, line);
+    scope.keep();
+}
+
+void ScriptRunner::createType(const tsql::CreateTypeStatement& node, int line) {
+    requireOwn(node.name, line);
+    Transactions::WriteScope scope(transactions_);
+    const bool nullable = node.nullable.value_or(true);
+    store({0, StoredKind::Type, node.name.last(), nullable ? "" : std::string(kNotNull),
+           tsql::typeText(node.type)},
+          false, false, line);
+    // What was read before did not know the name.
+    kept_.clear();
+    scope.keep();
+}
+
+// Names of tables, views, procedures, functions and triggers are one space.
+void ScriptRunner::store(StoredObject object, bool replace, bool mustExist, int line) {
+    bool there = false;
+    bool taken = object.kind != StoredKind::Type && catalogue_.find(object.name) != nullptr;
+    for (const StoredObject& other : catalogue_.objects()) {
+        if (!sameName(other.name, object.name)) continue;
+        if (other.kind == object.kind) {
+            there = true;
+            object.name = other.name;
+            object.enabled = other.enabled;
+        } else if (other.kind <= StoredKind::Trigger && object.kind <= StoredKind::Trigger) {
+            taken = true;
+        }
+    }
+    if (mustExist && !there) {
+        throw ServerError(208, "Invalid object name '" + object.name + "'.", line, 16, 6);
+    }
+    if (taken || (there && !replace)) {
+        throw object.kind == StoredKind::Type
+            ? ServerError(219,
+                          "The type '" + object.name +
+                              "' already exists, or you do not have "
+                              "permission to create it.",
+                          line)
+            : ServerError(2714,
+                          "There is already an object named '" + object.name + "' in the database.",
+                          line, 16, 3);
+    }
+    object.quotedNames = state_.quotedNames;
+    catalogue_.stored().put(object);
+    catalogue_.invalidate();
+}
+
+// A function stays as long as the definition of a table calls it.
+void ScriptRunner::refuseUsedFunction(const char* action, const tsql::ObjectName& name,
+                                      int line) const {
+    const Function* function = catalogue_.findFunction(name.last());
+    if (function == nullptr) return;
+    const auto calls = [&](const std::string& definition) {
+        return std::ranges::any_of(
+            std::array<std::string, 2>{"kap_call", kColumnStoredCall},
+            [&](const std::string& call) {
+                return definition.find(call + "(" + sqlText(function->name)) != std::string::npos;
+            });
+    };
+    const auto refuse = [&](const std::string& user) {
+        refuseUsed(action, name.text(), user, line);
+    };
+    for (const ConstraintInfo& each : catalogue_.constraints()) {
+        if (calls(each.definition)) refuse(each.name);
+    }
+    for (const Table* table : catalogue_.tables()) {
+        for (const Column& column : table->columns) {
+            if (column.computed && calls(column.defaultSql.value_or(""))) refuse(table->name);
+        }
+    }
+}
+
+void ScriptRunner::dropStored(const tsql::DropStatement& node, int line) {
+    const StoredKind kind = storedKind(node.kind);
+    Transactions::WriteScope scope(transactions_);
+    for (const tsql::ObjectName& name : node.names) {
+        bool there = false;
+        for (const StoredObject& object : catalogue_.objects()) {
+            there = there || (object.kind == kind && sameName(object.name, name.last()));
+        }
+        if (!there && kind == StoredKind::View && catalogue_.find(name.last()) != nullptr) {
+            throw ServerError(3705,
+                              "Cannot use DROP VIEW with '" + name.text() + "' because '" +
+                                  name.text() + "' is a table. Use DROP TABLE.",
+                              line);
+        }
+        if (!there && node.ifExists) continue;
+        if (!there) {
+            throw ServerError(3701,
+                              std::string("Cannot drop the ") + kindName(kind) + " '" +
+                                  name.text() +
+                                  "', because it does not exist or you do not have permission.",
+                              line, 11, 5);
+        }
+        if (kind == StoredKind::Function) refuseUsedFunction("DROP FUNCTION", name, line);
+        if (kind == StoredKind::Function || kind == StoredKind::View) {
+            refuseSchemaBound(catalogue_, kind == StoredKind::View ? "DROP VIEW" : "DROP FUNCTION",
+                              name.last(), name.text(), line);
+        }
+        catalogue_.stored().remove(kind, name.last());
+        catalogue_.invalidate();
+    }
+    if (kind == StoredKind::Type) kept_.clear();
+    scope.keep();
+}
+
+void ScriptRunner::alterTable(Frame& frame, const tsql::AlterTableStatement& node, int line) {
+    Transactions::WriteScope scope(transactions_);
+    statements_.captures().removeStale();
+    const Table* table = findTable(node.table, frame.program.names());
+    if (table != nullptr) statements_.captures().remove(*table);
+    TableChanger changer(connection_, catalogue_, counters_);
+    try {
+        changer.alter(node, frame.program.names(), line);
+    } catch (const SqliteError& error) {
+        throw explained(connection_, catalogue_, error, {"ALTER TABLE", node.table.last(), {}});
+    } catch (const ServerError&) {
+        state_.followUp = changer.followUp();
+        throw;
+    }
+    catalogue_.invalidate();
+    scope.keep();
+}
+
+}  // namespace kap::engine

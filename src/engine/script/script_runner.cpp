@@ -1,0 +1,328 @@
+#include "engine/script/script_runner.hpp"
+
+#include <algorithm>
+#include <chrono>
+#include <cstddef>
+#include <new>
+#include <utility>
+
+#include <kaputil/automation/plain_text.hpp>
+#include "base/ascii.hpp"
+#include "base/stack.hpp"
+#include "engine/executor/column_info.hpp"
+#include "engine/plan/translator.hpp"
+#include "engine/script/running.hpp"
+#include "engine/sqlite/time_limit.hpp"
+#include "tsql/parser.hpp"
+
+namespace kap::engine {
+namespace {
+
+constexpr std::size_t kKeptScripts = 200;
+// Longer scripts are run once, as a rule: a day's import, a company's tables.
+constexpr std::size_t kLongestKept = 16384;
+constexpr std::size_t kDeepestCalls = 32;
+
+// What a client's value of a request's parameter is, in the storage form of its type.
+Value parameterValue(const ado::RequestParameter& parameter) {
+    if (const auto* integer = std::get_if<std::int64_t>(&parameter.value)) {
+        return *integer;
+    }
+    if (const auto* real = std::get_if<double>(&parameter.value)) {
+        return *real;
+    }
+    if (const auto* bytes = std::get_if<std::string>(&parameter.value)) {
+        if (ado::storageOf(parameter.type) == ado::Storage::Binary) {
+            return Blob{*bytes};
+        }
+        return *bytes;
+    }
+    return std::monostate{};
+}
+
+ado::CellValue cellOf(const Value& value) {
+    if (const auto* integer = std::get_if<std::int64_t>(&value)) {
+        return *integer;
+    }
+    if (const auto* real = std::get_if<double>(&value)) {
+        return *real;
+    }
+    if (const auto* text = std::get_if<std::string>(&value)) {
+        return *text;
+    }
+    if (const auto* blob = std::get_if<Blob>(&value)) {
+        return blob->bytes;
+    }
+    return std::monostate{};
+}
+
+std::vector<tsql::DeclaredVariable> parametersOf(const ado::Request& request) {
+    std::vector<tsql::DeclaredVariable> result;
+    for (const ado::RequestParameter& parameter : request.parameters) {
+        tsql::DeclaredVariable& variable = result.emplace_back();
+        variable.name = "?" + plain::text(static_cast<std::int64_t>(result.size()));
+        variable.type = typeOf(parameter.type, parameter.numericScale);
+    }
+    return result;
+}
+
+// The batches of a client are one scope for SCOPE_IDENTITY(), also when one of them ends with an
+// error; a text with parameters is run in a scope of its own.
+class BatchScope {
+public:
+    BatchScope(Frame& frame, std::optional<std::int64_t>* identity)
+        : frame_(frame), identity_(identity) {
+        if (identity_ != nullptr) frame_.scopeIdentity = *identity_;
+    }
+    BatchScope(const BatchScope&) = delete;
+    BatchScope& operator=(const BatchScope&) = delete;
+    ~BatchScope() {
+        if (identity_ != nullptr) *identity_ = frame_.scopeIdentity;
+    }
+
+private:
+    Frame& frame_;
+    std::optional<std::int64_t>* identity_;
+};
+
+bool comesBack(const ado::RequestParameter& parameter) {
+    return parameter.direction == ado::ParameterDirectionEnum::adParamOutput ||
+           parameter.direction == ado::ParameterDirectionEnum::adParamInputOutput;
+}
+
+}  // namespace
+
+ScriptRunner::ScriptRunner(Connection& connection, SchemaCatalogue& catalogue, Counters& counters,
+                           Transactions& transactions, SessionState& state)
+    : connection_(connection),
+      catalogue_(catalogue),
+      counters_(counters),
+      transactions_(transactions),
+      state_(state),
+      statements_(connection, catalogue, counters, transactions, state, *this),
+      kept_(kKeptScripts) {}
+
+// --- Requests
+
+void ScriptRunner::run(ado::Request& request, ado::Reply& reply) {
+    std::vector<ado::ServerMessage> messages;
+    const Restored before(messages_);
+    messages_ = &messages;
+    const TimeLimit limit(connection_.handle(), request.timeout);
+    const DateSettingsScope dates(state_.dates);
+    bool interrupted = false;
+    try {
+        runRequest(request, reply.results);
+    } catch (const BatchEnded& ended) {
+        interrupted = ended.interrupted;
+    } catch (const ScopeEnded&) {
+    } catch (const RaisedError& raised) {
+        report(raised);
+    } catch (const SqliteError& error) {
+        if (error.primaryCode() != SQLITE_INTERRUPT) throw;
+        interrupted = true;
+    } catch (const std::bad_alloc&) {
+        rollBackWithoutMemory();
+        throw;
+    }
+    if (interrupted || limit.passed()) {
+        messages.push_back(timeoutMessage());
+        if (state_.abortOnError) rollBackAll();
+    }
+    finishRequest(messages);
+    raiseIfFailed(messages);
+    reply.messages = std::move(messages);
+}
+
+void ScriptRunner::runRequest(ado::Request& request, std::vector<ado::Result>& results) {
+    std::shared_ptr<Program> program;
+    try {
+        if (request.procedure) {
+            runProcedure(request, results);
+            return;
+        }
+        program = programOf(request.text, parametersOf(request));
+    } catch (const tsql::ServerError& error) {
+        report(error);
+        return;
+    }
+    Frame frame(*program);
+    frame.keepsTables = true;
+    for (std::size_t i = 0; i < request.parameters.size(); ++i) {
+        frame.values[i] = parameterValue(request.parameters[i]);
+    }
+    const bool batch = request.parameters.empty();
+    const BatchScope scope(frame, batch ? &state_.batchIdentity : nullptr);
+    runFrame(frame, results);
+    for (std::size_t i = 0; i < request.parameters.size(); ++i) {
+        if (comesBack(request.parameters[i])) {
+            request.parameters[i].value = cellOf(frame.values[i]);
+        }
+    }
+}
+
+// A procedure by its name is a script of one call, whose arguments are the request's parameters.
+void ScriptRunner::runProcedure(ado::Request& request, std::vector<ado::Result>& results) {
+    const bool returns =
+        !request.parameters.empty() &&
+        request.parameters.front().direction == ado::ParameterDirectionEnum::adParamReturnValue;
+    std::string text = std::string("EXEC ") + (returns ? "? = " : "") + request.text;
+    for (std::size_t i = returns ? 1 : 0; i < request.parameters.size(); ++i) {
+        const ado::RequestParameter& parameter = request.parameters[i];
+        text += i == (returns ? 1U : 0U) ? " " : ", ";
+        if (!parameter.name.empty()) {
+            text += (parameter.name.front() == '@' ? "" : "@") + parameter.name + " = ";
+        }
+        text += "?";
+        if (comesBack(parameter)) {
+            text += " OUTPUT";
+        }
+    }
+    ado::Request script{std::move(text), false, request.parameters, request.timeout};
+    if (returns) {
+        script.parameters.front().direction = ado::ParameterDirectionEnum::adParamOutput;
+    }
+    runRequest(script, results);
+    for (std::size_t i = 0; i < request.parameters.size(); ++i) {
+        request.parameters[i].value = script.parameters[i].value;
+    }
+}
+
+// As SQLite's own want of memory (701) does: how far the script has come is not known, so nothing
+// of the open transaction may stay. What cannot go back in order is discarded.
+void ScriptRunner::rollBackWithoutMemory() noexcept {
+    try {
+        rollBackAll();
+    } catch (...) {
+    }
+}
+
+void ScriptRunner::finishRequest(std::vector<ado::ServerMessage>& messages) {
+    if (!state_.doomed) {
+        return;
+    }
+    rollBackAll();
+    messages.push_back(serverMessage({3998,
+                                      "Uncommittable transaction is detected at the end of the "
+                                      "batch. The transaction is rolled back."}));
+}
+
+void ScriptRunner::raiseIfFailed(const std::vector<ado::ServerMessage>& messages) {
+    for (const ado::ServerMessage& message : messages) {
+        if (message.isError()) {
+            throw ado::DriverError(messages, kErrorSource);
+        }
+    }
+}
+
+// --- Programs
+
+std::shared_ptr<Program> ScriptRunner::programOf(
+    std::string_view script, const std::vector<tsql::DeclaredVariable>& parameters) {
+    std::string key;
+    for (const tsql::DeclaredVariable& parameter : parameters) {
+        key += parameter.name + " " + tsql::typeText(parameter.type) + ",";
+    }
+    if (!state_.quotedNames) {
+        key += "\"";
+    }
+    if (!key.empty()) {
+        key = std::string(script) + '\0' + key;
+    }
+    const std::string_view keyText = key.empty() ? script : std::string_view(key);
+    if (const auto* found = kept_.find(keyText); found != nullptr && !(*found)->running) {
+        return *found;
+    }
+    tsql::ParseOptions options = catalogue_.parseOptions(state_.quotedNames);
+    std::vector<std::string> declared;
+    declared.reserve(parameters.size());
+    for (const tsql::DeclaredVariable& parameter : parameters) {
+        declared.push_back(parameter.name);
+    }
+    options.variables = &declared;
+    auto syntax = std::make_shared<const tsql::Script>(tsql::parseScript(script, options));
+    auto program = std::make_shared<Program>(std::move(syntax), catalogue_, parameters);
+    program->names().follow(state_.writes);
+    if (script.size() <= kLongestKept && kept_.find(keyText) == nullptr) {
+        kept_.insert(keyText, program);
+    }
+    return program;
+}
+
+std::shared_ptr<Program> ScriptRunner::programOf(const std::shared_ptr<const Module>& module) {
+    const tsql::CreateModuleStatement& definition = module->definition;
+    std::shared_ptr<Program>& kept = modulePrograms_[module->object.text];
+    if (kept != nullptr && !kept->running && kept->module == module) {
+        return kept;
+    }
+    std::vector<tsql::DeclaredVariable> parameters;
+    for (const tsql::ParameterDefinition& parameter : definition.parameters) {
+        tsql::DeclaredVariable& variable = parameters.emplace_back();
+        variable.name = parameter.name;
+        variable.type = parameter.type;
+    }
+    auto program = std::make_shared<Program>(definition.body, catalogue_, parameters);
+    program->module = module;
+    program->names().follow(state_.writes);
+    if (kept == nullptr || !kept->running) {
+        kept = program;
+    }
+    return program;
+}
+
+// --- The flow
+
+void ScriptRunner::runFrame(Frame& frame, std::vector<ado::Result>& results) {
+    if (state_.frames.size() >= kDeepestCalls) {
+        throw raisedBy(tsql::ServerError(217,
+                                         "Maximum stored procedure, function, trigger, or view "
+                                         "nesting level exceeded (limit 32)."),
+                       0);
+    }
+    if (stackLeft() < kStackReserve) {
+        throw raisedBy(tsql::outOfStack(0), 0);
+    }
+    const Running running(*this, frame);
+    try {
+        checkAhead(frame.program);
+    } catch (const tsql::ServerError& error) {
+        report(raisedBy(error, 0));
+        throw ScopeEnded();
+    } catch (const SqliteError& error) {
+        throw raisedBy(error, Instruction());
+    }
+    std::size_t at = 0;
+    while (at < frame.program.code().size()) {
+        at = step(frame, at, results);
+    }
+}
+
+std::size_t ScriptRunner::step(Frame& frame, std::size_t at, std::vector<ado::Result>& results) {
+    Instruction& instruction = frame.program.code()[at];
+    try {
+        switch (instruction.operation) {
+            case Operation::Statement:
+                TimeLimit::check(connection_.handle());
+                return runStatement(frame, instruction, at, results);
+            case Operation::Test:
+                return test(frame, instruction) ? at + 1 : instruction.target;
+            case Operation::Jump:
+                TimeLimit::check(connection_.handle());
+                leave(frame, instruction.leaves);
+                return instruction.target;
+            case Operation::EnterTry:
+                frame.handlers.push_back({instruction.target, frame.handled.size()});
+                ++state_.openTries;
+                return at + 1;
+        }
+    } catch (const SqliteError& error) {
+        return handle(frame, raisedBy(error, instruction), at);
+    } catch (const tsql::ServerError& error) {
+        return handle(frame, raisedBy(error, instruction.line), at);
+    } catch (const RaisedError& raised) {
+        return handle(frame, raised, at);
+    }
+    return at + 1;
+}
+
+}  // namespace kap::engine

@@ -1,0 +1,231 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "base/lru_cache.hpp"
+#include "data/driver.hpp"
+#include "engine/catalog/schema_catalogue.hpp"
+#include "engine/executor/cursors.hpp"
+#include "engine/executor/program.hpp"
+#include "engine/executor/session_state.hpp"
+#include "engine/executor/statement_runner.hpp"
+#include "engine/executor/transactions.hpp"
+#include "engine/script/simple_values.hpp"
+#include "engine/sqlite/connection.hpp"
+#include "engine/sqlite/server_errors.hpp"
+#include "tsql/statements.hpp"
+
+namespace kap::engine {
+
+// Runs scripts of the dialect: reads them, lays them out as programs, follows their flow, and keeps
+// what it has made by the script's text, so that running a script again costs little more than
+// running prepared SQL.
+//
+// One class, a file for each part: script_runner.cpp requests and the flow, script_ahead.cpp what
+// is looked at before a script begins, script_errors.cpp what errors do, script_statements.cpp the
+// statements that have no SQL, script_settings.cpp SET, script_calls.cpp procedures and dynamic
+// SQL, system_procedures.cpp the server's own, script_modules.cpp functions and triggers,
+// script_definitions.cpp what is stored by its text, script_cursors.cpp cursors,
+// script_administration.cpp plans, copies and checks.
+class ScriptRunner final : public TriggerHost {
+public:
+    ScriptRunner(Connection& connection, SchemaCatalogue& catalogue, Counters& counters,
+                 Transactions& transactions, SessionState& state);
+
+    // Raises DriverError with every message when one of them is an error.
+    void run(ado::Request& request, ado::Reply& reply);
+
+    // Calls a stored function with values of its parameters' types.
+    [[nodiscard]] Value call(std::string_view function, std::vector<Value> arguments);
+    void fire(const Table& table, const FiringTrigger& trigger,
+              std::vector<ado::Result>& results) override;
+    // Writes rows to a table with its triggers, for a change that is no statement of a script.
+    [[nodiscard]] StatementRunner& statements() noexcept { return statements_; }
+    // Runs `work`, which may fire triggers, as a request of its own, and collects what is reported.
+    // False when it ended before its end.
+    template <typename Work>
+    [[nodiscard]] bool collect(std::vector<ado::ServerMessage>& messages, const Work& work) {
+        const Restored before(messages_);
+        messages_ = &messages;
+        try {
+            work();
+            return true;
+        } catch (const RaisedError& raised) {
+            report(raised);
+        } catch (const tsql::ServerError& error) {
+            report(error);
+        } catch (const BatchEnded& ended) {
+            if (ended.interrupted) messages.push_back(timeoutMessage());
+        } catch (const ScopeEnded&) {
+        }
+        if (state_.doomed) rollBackAll();
+        return false;
+    }
+    // Raises DriverError with all messages when one of them is an error.
+    static void raiseIfFailed(const std::vector<ado::ServerMessage>& messages);
+
+    // The cursor that a name means in what is running, or null.
+    [[nodiscard]] const Cursor* findCursor(const std::string& name) const;
+    // The number of the row of a table on which a cursor stands, for a statement that writes these
+    // columns. Errors 16916, 16917, 16929, 16931, 16932 and 16933.
+    [[nodiscard]] Value currentRow(const std::string& name, const std::string& table,
+                                   const std::vector<std::string>& written) const;
+
+private:
+    // Ends everything that was sent; what happened is among the messages.
+    struct BatchEnded {
+        bool interrupted = false;  // by the time limit, which nothing has told yet
+    };
+    // Ends the batch, procedure or trigger that is running.
+    struct ScopeEnded {};
+
+    // Counts a program as running for as long as it lives, and ends what is the call's own.
+    class Running;
+
+    // script_runner.cpp
+    void runRequest(ado::Request& request, std::vector<ado::Result>& results);
+    void runProcedure(ado::Request& request, std::vector<ado::Result>& results);
+    [[nodiscard]] std::shared_ptr<Program> programOf(
+        std::string_view script, const std::vector<tsql::DeclaredVariable>& parameters);
+    [[nodiscard]] std::shared_ptr<Program> programOf(const std::shared_ptr<const Module>& module);
+    void runFrame(Frame& frame, std::vector<ado::Result>& results);
+    [[nodiscard]] std::size_t step(Frame& frame, std::size_t at, std::vector<ado::Result>& results);
+    [[nodiscard]] std::size_t runStatement(Frame& frame, Instruction& instruction, std::size_t at,
+                                           std::vector<ado::Result>& results);
+    void finishRequest(std::vector<ado::ServerMessage>& messages);
+
+    // script_ahead.cpp
+    void checkAhead(Program& program);
+    void checkColumns(const tsql::CreateModuleStatement& node, const std::string& table);
+    void checkAhead(Instruction& instruction, const Names& names);
+
+    // script_errors.cpp
+    [[nodiscard]] RaisedError raisedBy(const tsql::ServerError& error, int line) const;
+    [[nodiscard]] RaisedError raisedBy(const SqliteError& error, const Instruction& instruction);
+    [[nodiscard]] std::size_t handle(Frame& frame, const RaisedError& raised, std::size_t at);
+    [[nodiscard]] ErrorReach reachOfRaised(const RaisedError& raised) const;
+    void leave(Frame& frame, const LeftBlocks& blocks);
+    [[nodiscard]] std::optional<tsql::ServerError> takeFollowUp(int number);
+    void report(const RaisedError& raised);
+    void report(const tsql::ServerError& message);
+    void rollBackAll();
+    void rollBackWithoutMemory() noexcept;
+
+    // script_statements.cpp: each gives the place to go on at.
+    [[nodiscard]] SystemNumbers systemNumbers() const;
+    [[nodiscard]] Value evaluate(Frame& frame, Instruction& instruction, std::size_t part,
+                                 const tsql::Expression& expression, const tsql::TypeSpec& type);
+    [[nodiscard]] Value evaluateAny(Frame& frame, Instruction& instruction, std::size_t part,
+                                    const tsql::Expression& expression, tsql::TypeSpec& type);
+    [[nodiscard]] std::string textOf(Frame& frame, Instruction& instruction, std::size_t part,
+                                     const tsql::Expression& expression);
+    [[nodiscard]] bool test(Frame& frame, Instruction& instruction);
+    void declareVariables(Frame& frame, Instruction& instruction,
+                          const tsql::DeclareStatement& node);
+    void declareTable(Frame& frame, const tsql::CreateTableStatement& table);
+    void assign(Frame& frame, Instruction& instruction, const tsql::AssignStatement& node);
+    // script_settings.cpp
+    void setOption(Frame& frame, Instruction& instruction, const tsql::SetOptionStatement& node);
+    void setContext(const Value& value);
+    void setIdentityInsert(const tsql::SetOptionStatement& node, int line);
+    void setNumber(const std::string& option, std::int64_t number, int line);
+    void setSwitch(const std::string& option, bool on, int line);
+    void print(Frame& frame, Instruction& instruction, const tsql::PrintStatement& node);
+    void raiseError(Frame& frame, Instruction& instruction, const tsql::RaiserrorStatement& node);
+    void throwError(Frame& frame, Instruction& instruction, const tsql::ThrowStatement& node);
+    void wait(Frame& frame, Instruction& instruction, const tsql::WaitStatement& node);
+    void transaction(Frame& frame, const tsql::TransactionStatement& node);
+    void rollBack(const std::string& name);
+    void database(const tsql::DatabaseStatement& node, int line);
+    void note(const std::string& text);
+
+    // script_calls.cpp
+    void execute(Frame& frame, Instruction& instruction, const tsql::ExecuteStatement& node,
+                 std::vector<ado::Result>& results);
+    void insertExecuted(Frame& frame, Instruction& instruction, const tsql::InsertStatement& node,
+                        std::vector<ado::Result>& results);
+    [[nodiscard]] std::int64_t mostRows(Frame& frame, Instruction& instruction,
+                                        const tsql::InsertStatement& node);
+    [[nodiscard]] std::int64_t insertRows(const Frame& frame, const tsql::InsertStatement& node,
+                                          const ado::Result& result, std::int64_t most);
+    void executeText(const std::string& text, int line, std::vector<ado::Result>& results);
+    [[nodiscard]] tsql::ObjectName procedureName(Frame& frame, Instruction& instruction,
+                                                 const tsql::ExecuteStatement& node);
+    // Error 266 when another number of transactions is open now.
+    void requireDepth(int before, int line) const;
+    void executeModule(Frame& frame, Instruction& instruction, const tsql::ExecuteStatement& node,
+                       const std::shared_ptr<const Module>& module,
+                       std::vector<ado::Result>& results);
+    [[nodiscard]] Value argumentValue(Frame& frame, Instruction& instruction, std::size_t part,
+                                      const tsql::Expression& value, const tsql::TypeSpec& type);
+    void bindArguments(Frame& frame, Instruction& instruction, const tsql::ExecuteStatement& node,
+                       const Module& module, Frame& called);
+    void runCalled(Frame& called, std::vector<ado::Result>& results);
+    void setVariable(Frame& frame, const std::string& name, const Value& value,
+                     const tsql::TypeSpec& type, int line);
+
+    // system_procedures.cpp
+    // `name` is in lower case. False when it is none of those that are here.
+    [[nodiscard]] bool executeSystem(Frame& frame, Instruction& instruction,
+                                     const tsql::ExecuteStatement& node, const std::string& name,
+                                     std::vector<ado::Result>& results);
+    void executeSql(Frame& frame, Instruction& instruction, const tsql::ExecuteStatement& node,
+                    std::vector<ado::Result>& results);
+    [[nodiscard]] std::vector<std::string> textArguments(Frame& frame, Instruction& instruction,
+                                                         const tsql::ExecuteStatement& node);
+    void addType(const std::vector<std::string>& arguments, int line);
+    void dropType(const std::vector<std::string>& arguments, int line);
+    void renameObject(const std::vector<std::string>& arguments, int line);
+    void helpText(const std::vector<std::string>& arguments, int line,
+                  std::vector<ado::Result>& results);
+
+    // catalogue_procedures.cpp
+    [[nodiscard]] bool executeCatalogue(Frame& frame, Instruction& instruction,
+                                        const tsql::ExecuteStatement& node, const std::string& name,
+                                        std::vector<ado::Result>& results);
+
+    // script_definitions.cpp
+    void createView(const tsql::CreateViewStatement& node, int line);
+    void createModule(const tsql::CreateModuleStatement& node, int line);
+    void createType(const tsql::CreateTypeStatement& node, int line);
+    void store(StoredObject object, bool replace, bool mustExist, int line);
+    void refuseUsedFunction(const char* action, const tsql::ObjectName& name, int line) const;
+    void dropStored(const tsql::DropStatement& node, int line);
+    void alterTable(Frame& frame, const tsql::AlterTableStatement& node, int line);
+
+    // script_identities.cpp
+    void checkIdentity(Frame& frame, Instruction& instruction,
+                       const tsql::CheckIdentityStatement& node);
+
+    // script_administration.cpp
+    void explain(Frame& frame, Instruction& instruction, std::vector<ado::Result>& results);
+    void backup(const std::string& file, bool replace, int line);
+    void checkDatabase();
+
+    // script_cursors.cpp
+    void declareCursor(Frame& frame, const tsql::DeclareCursorStatement& node, int line);
+    void useCursor(Frame& frame, const tsql::CursorStatement& node, int line);
+    void fetch(Frame& frame, Instruction& instruction, const tsql::FetchStatement& node,
+               std::vector<ado::Result>& results);
+    [[nodiscard]] Cursor& requireCursor(const std::string& name, int line);
+    [[nodiscard]] std::int64_t fetchTarget(Frame& frame, Instruction& instruction,
+                                           const tsql::FetchStatement& node, const Cursor& cursor);
+
+    Connection& connection_;
+    SchemaCatalogue& catalogue_;
+    Counters& counters_;
+    Transactions& transactions_;
+    SessionState& state_;
+    StatementRunner statements_;
+    Cursors cursors_;
+    std::vector<ado::ServerMessage>* messages_ = nullptr;  // of the request that is running
+    LruCache<std::shared_ptr<Program>> kept_;
+    std::map<std::string, std::shared_ptr<Program>> modulePrograms_;
+};
+
+}  // namespace kap::engine

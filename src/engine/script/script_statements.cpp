@@ -1,0 +1,457 @@
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <cmath>
+
+#include <kaputil/automation/plain_text.hpp>
+
+#include "base/ascii.hpp"
+#include "engine/executor/kept_tables.hpp"
+#include "engine/executor/stored_value.hpp"
+#include "engine/plan/table_builder.hpp"
+#include "engine/plan/translator.hpp"
+#include "engine/script/script_runner.hpp"
+#include "engine/script/simple_values.hpp"
+#include "engine/sqlite/time_limit.hpp"
+#include "engine/values/convert.hpp"
+#include "engine/values/dates.hpp"
+#include "engine/values/message_text.hpp"
+
+// The statements that have no SQL of their own: variables, messages, transactions.
+namespace kap::engine {
+
+using tsql::ServerError;
+using tsql::SqlType;
+using tsql::TypeSpec;
+
+namespace {
+
+constexpr TypeSpec kText{SqlType::NVarChar, tsql::kMaxLength};
+constexpr TypeSpec kInt{SqlType::Int};
+
+Prepared& part(Instruction& instruction, std::size_t index) {
+    while (instruction.parts.size() <= index) {
+        instruction.parts.emplace_back();
+    }
+    return instruction.parts[index];
+}
+
+// The time of day of an instant.
+std::int64_t millisecondsOf(double instant) {
+    constexpr double kDay = 24.0 * 60 * 60 * 1000;
+    return std::llround((instant - std::floor(instant)) * kDay);
+}
+
+// "00:00:05", "0:30": what WAITFOR waits.
+std::int64_t timeOfDay(const std::string& text, int line) {
+    const ServerError wrong(
+        148, "Incorrect time syntax in time string '" + text + "' used with WAITFOR.", line, 15);
+    double instant = 0;
+    try {
+        instant = parseDate(text, SqlType::DateTime, 0);
+    } catch (const ServerError&) {
+        throw wrong;
+    }
+    if (std::floor(instant) != kServerEpochDay) throw wrong;
+    return millisecondsOf(instant);
+}
+
+}  // namespace
+
+std::size_t ScriptRunner::runStatement(Frame& frame, Instruction& instruction, std::size_t at,
+                                       std::vector<ado::Result>& results) {
+    const tsql::Statement& statement = *instruction.statement;
+    const int line = statement.line;
+    const std::size_t end = frame.program.code().size();
+    if (isTranslated(statement) && state_.showPlan) {
+        explain(frame, instruction, results);
+        return at + 1;
+    }
+    if (isTranslated(statement)) {
+        statements_.run(part(instruction, 0), statement, results);
+        state_.error = 0;
+        return at + 1;
+    }
+    std::int64_t rowCount = 0;
+    if (const auto* declare = std::get_if<tsql::DeclareStatement>(&statement.node)) {
+        declareVariables(frame, instruction, *declare);
+        return at + 1;
+    }
+    if (const auto* assigned = std::get_if<tsql::AssignStatement>(&statement.node)) {
+        assign(frame, instruction, *assigned);
+        rowCount = 1;
+    } else if (const auto* option = std::get_if<tsql::SetOptionStatement>(&statement.node)) {
+        setOption(frame, instruction, *option);
+    } else if (const auto* returned = std::get_if<tsql::ReturnStatement>(&statement.node)) {
+        if (returned->value) {
+            const TypeSpec type =
+                frame.program.module != nullptr &&
+                        frame.program.module->definition.kind == tsql::ModuleKind::Function
+                    ? frame.program.module->definition.returns
+                    : kInt;
+            frame.returned = evaluate(frame, instruction, 0, *returned->value, type);
+        }
+        return end;
+    } else if (const auto* printed = std::get_if<tsql::PrintStatement>(&statement.node)) {
+        print(frame, instruction, *printed);
+    } else if (const auto* raised = std::get_if<tsql::RaiserrorStatement>(&statement.node)) {
+        raiseError(frame, instruction, *raised);
+    } else if (const auto* thrown = std::get_if<tsql::ThrowStatement>(&statement.node)) {
+        throwError(frame, instruction, *thrown);
+    } else if (const auto* waited = std::get_if<tsql::WaitStatement>(&statement.node)) {
+        wait(frame, instruction, *waited);
+    } else if (const auto* ended = std::get_if<tsql::TransactionStatement>(&statement.node)) {
+        transaction(frame, *ended);
+    } else if (const auto* called = std::get_if<tsql::ExecuteStatement>(&statement.node)) {
+        execute(frame, instruction, *called, results);
+        return at + 1;  // @@error and @@rowcount are those of its last statement
+    } else if (const auto* insert = std::get_if<tsql::InsertStatement>(&statement.node)) {
+        insertExecuted(frame, instruction, *insert, results);
+        rowCount = state_.rowCount;
+    } else if (const auto* view = std::get_if<tsql::CreateViewStatement>(&statement.node)) {
+        createView(*view, line);
+    } else if (const auto* module = std::get_if<tsql::CreateModuleStatement>(&statement.node)) {
+        createModule(*module, line);
+    } else if (const auto* type = std::get_if<tsql::CreateTypeStatement>(&statement.node)) {
+        createType(*type, line);
+    } else if (const auto* dropped = std::get_if<tsql::DropStatement>(&statement.node)) {
+        dropStored(*dropped, line);
+    } else if (const auto* alter = std::get_if<tsql::AlterTableStatement>(&statement.node)) {
+        alterTable(frame, *alter, line);
+    } else if (const auto* cursor = std::get_if<tsql::DeclareCursorStatement>(&statement.node)) {
+        declareCursor(frame, *cursor, line);
+    } else if (const auto* used = std::get_if<tsql::CursorStatement>(&statement.node)) {
+        useCursor(frame, *used, line);
+    } else if (const auto* fetched = std::get_if<tsql::FetchStatement>(&statement.node)) {
+        fetch(frame, instruction, *fetched, results);
+        rowCount = state_.fetchStatus == 0 ? 1 : 0;
+    } else if (const auto* named = std::get_if<tsql::DatabaseStatement>(&statement.node)) {
+        database(*named, line);
+    } else if (const auto* copied = std::get_if<tsql::BackupStatement>(&statement.node)) {
+        backup(textOf(frame, instruction, 0, *copied->file), copied->replace, line);
+    } else if (std::holds_alternative<tsql::CheckStatement>(statement.node)) {
+        checkDatabase();
+    } else if (const auto* checked = std::get_if<tsql::CheckIdentityStatement>(&statement.node)) {
+        checkIdentity(frame, instruction, *checked);
+    } else if (const auto* nothing = std::get_if<tsql::NoEffectStatement>(&statement.node)) {
+        note(nothing->what + " has no effect on a database of one file.");
+    }
+    state_.rowCount = rowCount;
+    state_.error = 0;
+    return at + 1;
+}
+
+// --- Values
+
+SystemNumbers ScriptRunner::systemNumbers() const {
+    return {state_.error, state_.rowCount, transactions_.depth(), state_.fetchStatus};
+}
+
+Value ScriptRunner::evaluate(Frame& frame, Instruction& instruction, std::size_t index,
+                             const tsql::Expression& expression, const TypeSpec& type) {
+    if (auto known = simpleValue(expression, type, frame, systemNumbers())) {
+        return std::move(*known);
+    }
+    return statements_.value(part(instruction, index), [&] {
+        return translateValue(expression, type, frame.program.names());
+    });
+}
+
+Value ScriptRunner::evaluateAny(Frame& frame, Instruction& instruction, std::size_t index,
+                                const tsql::Expression& expression, TypeSpec& type) {
+    Prepared& prepared = part(instruction, index);
+    Value value = statements_.value(
+        prepared, [&] { return translateValue(expression, frame.program.names()); });
+    type = prepared.translation.columns.front().type;
+    return value;
+}
+
+std::string ScriptRunner::textOf(Frame& frame, Instruction& instruction, std::size_t index,
+                                 const tsql::Expression& expression) {
+    const auto* literal = std::get_if<tsql::Literal>(&expression.node);
+    if (literal != nullptr && (literal->kind == tsql::LiteralKind::Text ||
+                               literal->kind == tsql::LiteralKind::NationalText)) {
+        return literal->text;
+    }
+    TypeSpec type;
+    const Value value = evaluateAny(frame, instruction, index, expression, type);
+    const Value text = convert(value, type, kText, Overlength::Cut);
+    const auto* found = std::get_if<std::string>(&text);
+    return found == nullptr ? std::string() : *found;
+}
+
+bool ScriptRunner::test(Frame& frame, Instruction& instruction) {
+    if (const auto known = simpleCondition(*instruction.condition, frame, systemNumbers())) {
+        state_.error = 0;
+        state_.rowCount = 0;
+        return *known;
+    }
+    const Value value = statements_.value(part(instruction, 0), [&] {
+        return translateCondition(*instruction.condition, frame.program.names());
+    });
+    state_.error = 0;
+    state_.rowCount = 0;
+    return wholeOr(value, 0) != 0;
+}
+
+void ScriptRunner::declareVariables(Frame& frame, Instruction& instruction,
+                                    const tsql::DeclareStatement& node) {
+    for (std::size_t i = 0; i < node.variables.size(); ++i) {
+        const tsql::DeclaredVariable& variable = node.variables[i];
+        if (variable.initial == nullptr) continue;
+        const Variable& declared = *frame.program.names().variable(variable.name);
+        frame.values[static_cast<std::size_t>(declared.slot)] =
+            evaluate(frame, instruction, i, *variable.initial, declared.type);
+        state_.error = 0;
+        state_.rowCount = 1;
+    }
+    for (const tsql::CreateTableStatement& table : node.tables) {
+        declareTable(frame, table);
+    }
+}
+
+// The rows of a table variable lie in a temporary table whose name belongs to the program.
+void ScriptRunner::declareTable(Frame& frame, const tsql::CreateTableStatement& node) {
+    Names& names = frame.program.names();
+    const std::string& name = node.table.last();
+    const std::string stored =
+        name + "/" + plain::text(static_cast<std::int64_t>(frame.program.serial()));
+    // Passing its declaration again, in a loop, does nothing.
+    const bool passed = std::ranges::any_of(
+        frame.localTables, [&](const VariableTable& each) { return each.name == stored; });
+    if (passed) return;
+    TableBuilder builder(names, stored);
+    builder.add(node);
+    const Translation made = builder.translation();
+    Transactions::WriteScope scope(transactions_);
+    connection_.database().run(("DROP TABLE IF EXISTS temp." + sqlName(stored)).c_str());
+    for (const std::string& sql : made.sql) {
+        PreparedStatement(connection_.handle(), sql).run();
+    }
+    counters_.add(*made.created);
+    scope.keep();
+    if (names.localTable(name) == nullptr) {
+        names.addLocalTable({name, made.created->table});
+    }
+    // A table variable is its script's own, also in the batch of a client.
+    frame.localTables.push_back({stored, made.sql, *made.created});
+}
+
+void ScriptRunner::assign(Frame& frame, Instruction& instruction,
+                          const tsql::AssignStatement& node) {
+    const Variable* variable = frame.program.names().variable(node.variable);
+    if (variable == nullptr) {
+        throw ServerError(137, "Must declare the scalar variable \"" + node.variable + "\".",
+                          instruction.line, 15);
+    }
+    frame.values[static_cast<std::size_t>(variable->slot)] =
+        evaluate(frame, instruction, 0, *node.value, variable->type);
+}
+
+void ScriptRunner::setVariable(Frame& frame, const std::string& name, const Value& value,
+                               const TypeSpec& type, int line) {
+    const Variable* variable = frame.program.names().variable(name);
+    if (variable == nullptr) {
+        throw ServerError(137, "Must declare the scalar variable \"" + name + "\".", line, 15);
+    }
+    frame.values[static_cast<std::size_t>(variable->slot)] =
+        convert(value, type, variable->type, Overlength::Cut);
+}
+
+// --- Messages
+
+void ScriptRunner::note(const std::string& text) {
+    report(ServerError(0, text, state_.frames.empty() ? 0 : 1, 0));
+}
+
+void ScriptRunner::print(Frame& frame, Instruction& instruction, const tsql::PrintStatement& node) {
+    report(ServerError(0, textOf(frame, instruction, 0, *node.value), instruction.line, 0));
+}
+
+void ScriptRunner::raiseError(Frame& frame, Instruction& instruction,
+                              const tsql::RaiserrorStatement& node) {
+    constexpr int kOwnNumber = 50000;
+    constexpr int kUnknownMessage = 18054;
+    TypeSpec type;
+    const Value message = evaluateAny(frame, instruction, 0, *node.message, type);
+    if (node.severity == nullptr) {
+        // The older form: a number and its text.
+        const auto number = static_cast<int>(wholeOr(message, kOwnNumber));
+        const std::string text = node.arguments.empty()
+                                     ? std::string()
+                                     : textOf(frame, instruction, 1, *node.arguments.front());
+        RaisedError raised = raisedBy(ServerError(number, text, instruction.line), 0);
+        raised.reported = true;
+        throw raised;
+    }
+    const int severity =
+        static_cast<int>(wholeOr(evaluate(frame, instruction, 1, *node.severity, kInt), 0));
+    const int state =
+        static_cast<int>(wholeOr(evaluate(frame, instruction, 2, *node.state, kInt), 1));
+    std::vector<MessageArgument> arguments;
+    for (std::size_t i = 0; i < node.arguments.size(); ++i) {
+        TypeSpec argumentType;
+        const Value value =
+            evaluateAny(frame, instruction, 3 + i, *node.arguments[i], argumentType);
+        const bool number = tsql::isInteger(argumentType.type);
+        const Value text = convert(value, argumentType, kText, Overlength::Cut);
+        arguments.push_back(
+            {isNull(text) ? "" : std::get<std::string>(text), number, isNull(text)});
+    }
+    int number = kOwnNumber;
+    std::string text;
+    if (tsql::isText(type.type)) {
+        const Value shown = convert(message, type, kText, Overlength::Cut);
+        text = messageText(isNull(shown) ? "" : std::get<std::string>(shown), arguments);
+    } else {
+        const std::int64_t wanted = wholeOr(message, 0);
+        number = kUnknownMessage;
+        text = "Error " + plain::text(wanted) + ", severity " + plain::text(severity) + ", state " +
+               plain::text(state) +
+               " was raised, but no message with that error number was found in sys.messages. If "
+               "error is larger than 50000, make sure the user-defined message is added using "
+               "sp_addmessage.";
+    }
+    const ServerError error(number, text, instruction.line, severity, state);
+    if (severity <= ado::ServerMessage::kInformation) {
+        report(error);
+        return;
+    }
+    RaisedError raised = raisedBy(error, instruction.line);
+    raised.reported = true;
+    throw raised;
+}
+
+void ScriptRunner::throwError(Frame& frame, Instruction& instruction,
+                              const tsql::ThrowStatement& node) {
+    if (node.number == nullptr) {
+        if (frame.handled.empty()) {
+            throw ServerError(
+                10704,
+                "To rethrow an error, a THROW statement must be used inside a CATCH "
+                "block. Insert the THROW statement inside a CATCH block, or add error "
+                "parameters to the THROW statement.",
+                instruction.line, 15);
+        }
+        RaisedError again = frame.handled.back();
+        again.thrown = true;
+        throw again;
+    }
+    const auto number =
+        static_cast<int>(wholeOr(evaluate(frame, instruction, 0, *node.number, kInt), 0));
+    constexpr int kFirstOwn = 50000;
+    if (number < kFirstOwn) {
+        throw ServerError(
+            35100,
+            "Error number " + plain::text(number) +
+                " in the THROW statement is outside the valid range. Specify an error "
+                "number in the valid range of 50000 to 2147483647.",
+            instruction.line);
+    }
+    const int state =
+        static_cast<int>(wholeOr(evaluate(frame, instruction, 2, *node.state, kInt), 1));
+    RaisedError raised = raisedBy(ServerError(number, textOf(frame, instruction, 1, *node.message),
+                                              instruction.line, 16, state),
+                                  instruction.line);
+    raised.thrown = true;
+    throw raised;
+}
+
+void ScriptRunner::wait(Frame& frame, Instruction& instruction, const tsql::WaitStatement& node) {
+    const std::string text = textOf(frame, instruction, 0, *node.time);
+    std::int64_t time = timeOfDay(text, instruction.line);
+    if (node.until) {
+        constexpr std::int64_t kDay = 24LL * 60 * 60 * 1000;
+        time = (time - millisecondsOf(localInstant()) + kDay) % kDay;
+    }
+    TimeLimit::wait(connection_.handle(), std::chrono::milliseconds(time));
+}
+
+// --- Transactions
+
+void ScriptRunner::transaction(Frame& frame, const tsql::TransactionStatement& node) {
+    std::string name = node.name;
+    if (!node.variable.empty()) {
+        const Variable* variable = frame.program.names().variable(node.variable);
+        if (variable == nullptr) {
+            throw ServerError(137, "Must declare the scalar variable \"" + node.variable + "\".", 0,
+                              15);
+        }
+        const Value text = convert(frame.values[static_cast<std::size_t>(variable->slot)],
+                                   variable->type, kText, Overlength::Cut);
+        name = isNull(text) ? "" : std::get<std::string>(text);
+    }
+    switch (node.action) {
+        case tsql::TransactionAction::Begin:
+            if (transactions_.depth() == 0) state_.transactionName = name;
+            transactions_.begin();
+            return;
+        case tsql::TransactionAction::Commit:
+            if (state_.doomed) {
+                throw ServerError(3930,
+                                  "The current transaction cannot be committed and cannot support "
+                                  "operations that write to the log file. Roll back the "
+                                  "transaction.");
+            }
+            transactions_.commit();
+            return;
+        case tsql::TransactionAction::Save:
+            transactions_.save(name);
+            return;
+        case tsql::TransactionAction::Rollback:
+            rollBack(name);
+            return;
+    }
+}
+
+void ScriptRunner::rollBack(const std::string& name) {
+    const bool whole =
+        name.empty() || (transactions_.depth() > 0 && sameName(name, state_.transactionName) &&
+                         !transactions_.hasSavePoint(name));
+    const TimeLimit::Pause all;
+    KeptTables kept(connection_.database(), counters_, state_.frames);
+    if (whole) {
+        transactions_.rollback();
+        state_.doomed = false;
+        kept.putBack();
+        return;
+    }
+    if (transactions_.depth() > 0 && transactions_.hasSavePoint(name)) {
+        transactions_.rollbackTo(name);
+        kept.putBack();
+        return;
+    }
+    throw ServerError(
+        6401, "Cannot roll back " + name + ". No transaction or savepoint of that name was found.");
+}
+
+// --- The database
+
+// There is one database in a file; the other names that a script uses for it are taken as given.
+void ScriptRunner::database(const tsql::DatabaseStatement& node, int line) {
+    switch (node.action) {
+        case tsql::DatabaseAction::Use:
+            catalogue_.setDatabaseName(node.name);
+            note("Changed database context to '" + node.name + "': the one database of this file.");
+            return;
+        case tsql::DatabaseAction::Create:
+            note("CREATE DATABASE '" + node.name + "': it is the one database of this file.");
+            return;
+        case tsql::DatabaseAction::Alter:
+            note("ALTER DATABASE has no effect on a database of one file.");
+            return;
+        case tsql::DatabaseAction::Drop:
+            break;
+    }
+    catalogue_.refresh();
+    if (!catalogue_.tables().empty()) {
+        throw ServerError(3702,
+                          "Cannot drop database \"" + node.name +
+                              "\" because it is the database that is open and it has tables. "
+                              "Remove its file instead.",
+                          line);
+    }
+    note("DROP DATABASE '" + node.name + "': the database of this file is empty.");
+}
+
+}  // namespace kap::engine

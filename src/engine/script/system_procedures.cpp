@@ -1,0 +1,258 @@
+#include <algorithm>
+#include <array>
+
+#include "base/ascii.hpp"
+#include "engine/catalog/schema_binding.hpp"
+#include "engine/executor/column_info.hpp"
+#include "engine/executor/table_changer.hpp"
+#include "engine/plan/translator.hpp"
+#include "engine/script/script_runner.hpp"
+#include "engine/values/convert.hpp"
+#include "tsql/parser.hpp"
+
+// The procedures that every server has, as far as scripts call them.
+namespace kap::engine {
+
+using tsql::ServerError;
+using tsql::SqlType;
+
+namespace {
+
+// What administers a server and has no meaning on one file.
+constexpr std::array kNoEffect{"sp_dboption",
+                               "sp_grantdbaccess",
+                               "sp_addrolemember",
+                               "sp_addlogin",
+                               "sp_adduser",
+                               "sp_updatestats",
+                               "sp_configure",
+                               "sp_recompile",
+                               "sp_changedbowner",
+                               "sp_addextendedproperty",
+                               "sp_updateextendedproperty",
+                               "sp_tableoption",
+                               "sp_refreshview",
+                               "sp_bindsession",
+                               "sp_dbcmptlevel",
+                               "sp_fulltext_database"};
+
+const std::string& argumentAt(const std::vector<std::string>& arguments, std::size_t index,
+                              const char* procedure, const char* name, int line) {
+    if (index < arguments.size()) return arguments[index];
+    throw ServerError(201,
+                      std::string("Procedure or function '") + procedure + "' expects parameter '" +
+                          name + "', which was not supplied.",
+                      line, 16, 4);
+}
+
+// "dbo.t", "[t]": the name without owner and quotes.
+std::string plainName(const std::string& text) {
+    std::string name = text;
+    if (const std::size_t point = name.rfind('.'); point != std::string::npos)
+        name = name.substr(point + 1);
+    const bool quoted = name.size() > 1 && name.front() == '[' && name.back() == ']';
+    return quoted ? name.substr(1, name.size() - 2) : name;
+}
+
+}  // namespace
+
+bool ScriptRunner::executeSystem(Frame& frame, Instruction& instruction,
+                                 const tsql::ExecuteStatement& node, const std::string& name,
+                                 std::vector<ado::Result>& results) {
+    if (!name.starts_with("sp_")) return false;
+    const int line = instruction.line;
+    if (name == "sp_executesql") {
+        executeSql(frame, instruction, node, results);
+        return true;
+    }
+    if (std::ranges::find(kNoEffect, name) != kNoEffect.end()) {
+        note(name + " has no effect on a database of one file.");
+    } else if (name == "sp_addtype") {
+        addType(textArguments(frame, instruction, node), line);
+    } else if (name == "sp_droptype") {
+        dropType(textArguments(frame, instruction, node), line);
+    } else if (name == "sp_rename") {
+        renameObject(textArguments(frame, instruction, node), line);
+    } else if (name == "sp_helptext") {
+        helpText(textArguments(frame, instruction, node), line, results);
+    } else {
+        return executeCatalogue(frame, instruction, node, name, results);
+    }
+    state_.error = 0;
+    state_.rowCount = 0;
+    return true;
+}
+
+// EXEC sp_executesql N'text', N'@a int, @b int OUTPUT', @a = 1, @b = @x OUTPUT.
+void ScriptRunner::executeSql(Frame& frame, Instruction& instruction,
+                              const tsql::ExecuteStatement& node,
+                              std::vector<ado::Result>& results) {
+    if (node.arguments.empty() || node.arguments.front().value == nullptr) {
+        throw ServerError(201,
+                          "Procedure or function 'sp_executesql' expects parameter '@statement', "
+                          "which was not supplied.",
+                          instruction.line, 16, 10);
+    }
+    const std::string text = textOf(frame, instruction, 0, *node.arguments[0].value);
+    std::vector<tsql::DeclaredVariable> declared;
+    if (node.arguments.size() > 1) {
+        const std::string definitions = textOf(frame, instruction, 1, *node.arguments[1].value);
+        for (tsql::ParameterDefinition& parameter :
+             tsql::parseParameters(definitions, catalogue_.parseOptions(state_.quotedNames))) {
+            tsql::DeclaredVariable& variable = declared.emplace_back();
+            variable.name = parameter.name;
+            variable.type = parameter.type;
+        }
+    }
+    const std::shared_ptr<Program> program = programOf(text, declared);
+    Frame called(*program);
+    constexpr std::size_t kFirst = 2;
+    std::vector<std::size_t> places;
+    for (std::size_t i = kFirst; i < node.arguments.size(); ++i) {
+        const tsql::Argument& argument = node.arguments[i];
+        std::size_t place = i - kFirst;
+        for (std::size_t j = 0; !argument.name.empty() && j < declared.size(); ++j) {
+            if (sameName(declared[j].name, argument.name)) place = j;
+        }
+        if (place >= declared.size()) {
+            throw ServerError(
+                8144, "Procedure or function sp_executesql has too many arguments specified.",
+                instruction.line, 16, 2);
+        }
+        if (argument.value != nullptr) {
+            // The same call may come with other definitions.
+            instruction.parts.resize(std::min(instruction.parts.size(), i));
+            called.values[place] =
+                evaluate(frame, instruction, i, *argument.value, declared[place].type);
+        }
+        places.push_back(place);
+    }
+    if (node.arguments.size() < declared.size() + kFirst && !declared.empty() &&
+        node.arguments.size() > kFirst - 1) {
+        throw ServerError(
+            8178,
+            "The parameterized query '(" + textOf(frame, instruction, 1, *node.arguments[1].value) +
+                ")" + text + "' expects the parameter '" +
+                declared[node.arguments.size() - kFirst].name + "', which was not supplied.",
+            instruction.line);
+    }
+    const int depth = transactions_.depth();
+    runCalled(called, results);
+    for (std::size_t i = kFirst; i < node.arguments.size(); ++i) {
+        const tsql::Argument& argument = node.arguments[i];
+        if (!argument.output || argument.value == nullptr) continue;
+        const auto* variable = std::get_if<tsql::VariableReference>(&argument.value->node);
+        if (variable == nullptr) continue;
+        const std::size_t place = places[i - kFirst];
+        setVariable(frame, variable->name, called.values[place], declared[place].type,
+                    instruction.line);
+    }
+    if (!node.resultVariable.empty()) {
+        setVariable(frame, node.resultVariable, std::int64_t{0}, {SqlType::Int}, instruction.line);
+    }
+    requireDepth(depth, instruction.line);
+}
+
+std::vector<std::string> ScriptRunner::textArguments(Frame& frame, Instruction& instruction,
+                                                     const tsql::ExecuteStatement& node) {
+    std::vector<std::string> result;
+    for (std::size_t i = 0; i < node.arguments.size(); ++i) {
+        const auto& value = node.arguments[i].value;
+        result.push_back(value == nullptr ? "" : textOf(frame, instruction, i, *value));
+    }
+    return result;
+}
+
+// sp_addtype name, 'varchar(11)', 'NOT NULL'.
+void ScriptRunner::addType(const std::vector<std::string>& arguments, int line) {
+    tsql::CreateTypeStatement type;
+    type.name = {{plainName(argumentAt(arguments, 0, "sp_addtype", "@typename", line))}, line};
+    type.type = tsql::parseType(argumentAt(arguments, 1, "sp_addtype", "@phystype", line));
+    if (arguments.size() > 2 && !arguments[2].empty()) {
+        type.nullable = !equalsIgnoringCase(arguments[2], "NOT NULL") &&
+                        !equalsIgnoringCase(arguments[2], "NONULL");
+    }
+    createType(type, line);
+}
+
+void ScriptRunner::dropType(const std::vector<std::string>& arguments, int line) {
+    tsql::DropStatement drop;
+    drop.kind = tsql::ObjectKind::Type;
+    drop.names.push_back(
+        {{plainName(argumentAt(arguments, 0, "sp_droptype", "@typename", line))}, line});
+    dropStored(drop, line);
+}
+
+// sp_rename 'table', 'new'; sp_rename 'table.column', 'new', 'COLUMN'.
+void ScriptRunner::renameObject(const std::vector<std::string>& arguments, int line) {
+    const std::string& object = argumentAt(arguments, 0, "sp_rename", "@objname", line);
+    const std::string& newName = argumentAt(arguments, 1, "sp_rename", "@newname", line);
+    const std::string kind = arguments.size() > 2 ? asciiUpper(arguments[2]) : "OBJECT";
+    TableChanger changer(connection_, catalogue_, counters_);
+    Transactions::WriteScope scope(transactions_);
+    statements_.captures().removeStale();
+    const auto changing = [&](const std::string& name) {
+        if (schemaBoundUser(catalogue_, plainName(name))) {
+            throw ServerError(15336,
+                              "Object '" + object +
+                                  "' cannot be renamed because the object participates in enforced "
+                                  "dependencies.",
+                              line);
+        }
+        const Table* table = catalogue_.find(plainName(name));
+        if (table != nullptr) statements_.captures().remove(*table);
+    };
+    if (kind == "COLUMN") {
+        const std::size_t point = object.rfind('.');
+        const std::string table = point == std::string::npos ? "" : object.substr(0, point);
+        changing(table);
+        changer.renameColumn(plainName(table), plainName(object), newName, line);
+    } else if (kind == "OBJECT") {
+        if (catalogue_.find(plainName(object)) == nullptr) {
+            throw ServerError(
+                15225,
+                "No item by the name of '" + object + "' could be found in the current database '" +
+                    catalogue_.databaseName() + "', given that @itemtype was input as '(null)'.",
+                line, 11);
+        }
+        changing(object);
+        changer.renameTable(plainName(object), newName, line);
+    } else {
+        throw tsql::unsupported("sp_rename of " + kind, line);
+    }
+    catalogue_.invalidate();
+    scope.keep();
+    note("Caution: Changing any part of an object name could break scripts and stored procedures.");
+}
+
+// sp_helptext 'name': the text of a view, procedure, function or trigger, line by line.
+void ScriptRunner::helpText(const std::vector<std::string>& arguments, int line,
+                            std::vector<ado::Result>& results) {
+    const std::string& name = argumentAt(arguments, 0, "sp_helptext", "@objname", line);
+    const Transactions::ReadScope scope(transactions_);
+    for (const StoredObject& object : catalogue_.objects()) {
+        const bool text = object.kind <= StoredKind::Trigger;
+        if (!text || !sameName(object.name, plainName(name))) continue;
+        ado::Result result;
+        ResultColumn column;
+        column.name = "Text";
+        column.type = {SqlType::NVarChar, 255};
+        result.columns = columnInfos({column}, catalogue_);
+        ado::ColumnStore& lines = result.rows.emplace_back();
+        std::size_t start = 0;
+        while (start < object.text.size()) {
+            const std::size_t end =
+                std::min(object.text.find('\n', start), object.text.size() - 1) + 1;
+            lines.appendBytes(std::string_view(object.text).substr(start, end - start));
+            start = end;
+        }
+        results.push_back(std::move(result));
+        return;
+    }
+    throw ServerError(15009,
+                      "The object '" + name + "' does not exist in database '" +
+                          catalogue_.databaseName() + "' or is invalid for this operation.",
+                      line);
+}
+
+}  // namespace kap::engine

@@ -1,0 +1,47 @@
+#pragma once
+
+#include "engine/sqlite/lock_wait.hpp"
+#include "engine/sqlite/options.hpp"
+#include "engine/sqlite/server_errors.hpp"
+#include "engine/sqlite/sqlite.hpp"
+#include "engine/values/error_slot.hpp"
+
+namespace kap::engine {
+
+// A database file opened and made ready: write-ahead journal, waiting for locks, the collation and
+// the functions of the dialect.
+class Connection {
+public:
+    // Raises DriverError saying which file and why when it cannot be opened. A file that was there
+    // before is left as it was.
+    explicit Connection(const Options& options);
+
+    [[nodiscard]] Database& database() noexcept { return database_; }
+    [[nodiscard]] sqlite3* handle() const noexcept { return database_.handle(); }
+    [[nodiscard]] ErrorSlot& errorSlot() noexcept { return errorSlot_; }
+    [[nodiscard]] LockWait& lockWait() noexcept { return lockWait_; }
+    [[nodiscard]] const DatabasePlace& place() const noexcept { return place_; }
+
+    // How long a locked file is waited for, in milliseconds; negative: as the connection was
+    // opened.
+    void setLockTimeout(std::int64_t milliseconds) {
+        lockWait_.setLimit(std::chrono::milliseconds(milliseconds));
+    }
+
+    // Raises ServerError 945 when the file has been removed or replaced since it was opened: what
+    // is written would be nowhere.
+    void requireFile() const;
+
+private:
+    void prepare(const Options& options);
+    void requireWritable() const;
+    void useWriteAheadJournal(const Options& options);
+
+    DatabasePlace place_;
+    // The connection uses these two until it is closed, so they are made before it.
+    ErrorSlot errorSlot_;
+    LockWait lockWait_;
+    Database database_;
+};
+
+}  // namespace kap::engine

@@ -1,0 +1,138 @@
+#include <cmath>
+
+#include "engine/sqlite/functions/function_support.hpp"
+#include "engine/values/convert.hpp"
+#include "engine/values/convert_families.hpp"
+#include "engine/values/exact.hpp"
+#include "tsql/server_error.hpp"
+
+namespace kap::engine {
+
+namespace {
+
+[[noreturn]] void divisionByZero() {
+    throw tsql::ServerError(8134, "Divide by zero error encountered.");
+}
+
+// The result of an exact operation, already in the scale of its type.
+Value exactResult(Wide value, const tsql::TypeSpec& type) {
+    return fitWide(value, storedScale(type), type, Rounding::Truncate, "expression");
+}
+
+Wide wideProduct(Wide left, Wide right, const tsql::TypeSpec& type) {
+    const auto product = multiply(left, right);
+    if (!product) overflow("expression", messageName(type));
+    return *product;
+}
+
+// kap_add(left, right, type), both in the scale of the type.
+Value add(const Arguments& arguments) {
+    return exactResult(Wide{arguments.integer(0)} + arguments.integer(1), arguments.type(2));
+}
+
+Value subtract(const Arguments& arguments) {
+    return exactResult(Wide{arguments.integer(0)} - arguments.integer(1), arguments.type(2));
+}
+
+bool isMinus(std::string_view signs, int index) {
+    return signs[static_cast<std::size_t>(index)] == '-';
+}
+
+// kap_accumulate(type, signs, first, second...): a sum of any length; each sign says how its
+// operand counts. Every step is checked, as if it stood alone.
+Value accumulate(const Arguments& arguments) {
+    const tsql::TypeSpec type = arguments.type(0);
+    const std::string_view signs = arguments.text(1);
+    std::int64_t total = 0;
+    for (int i = 2; i < arguments.count(); ++i) {
+        const Wide operand = arguments.integer(i);
+        const Wide next = isMinus(signs, i - 2) ? total - operand : total + operand;
+        total = fitWide(next, storedScale(type), type, Rounding::Truncate, "expression");
+    }
+    return total;
+}
+
+Value floatAccumulate(const Arguments& arguments) {
+    const tsql::TypeSpec type = arguments.type(0);
+    const std::string_view signs = arguments.text(1);
+    double total = 0;
+    for (int i = 2; i < arguments.count(); ++i) {
+        const double operand = arguments.real(i);
+        total = fitApproximate(isMinus(signs, i - 2) ? total - operand : total + operand, type);
+    }
+    return total;
+}
+
+// kap_multiply(left, right, scale, type): `scale` is that of the plain product.
+Value multiplyFunction(const Arguments& arguments) {
+    const tsql::TypeSpec type = arguments.type(3);
+    const Wide product = wideProduct(arguments.integer(0), arguments.integer(1), type);
+    return fitWide(product, arguments.small(2), type, Rounding::HalfAway, "expression");
+}
+
+// kap_divide(left, right, shift, type): left / right with `shift` decimal digits more than the
+// plain quotient. Digits beyond are cut, not rounded: so the server divides.
+Value divideFunction(const Arguments& arguments) {
+    const tsql::TypeSpec type = arguments.type(3);
+    const int shift = arguments.small(2);
+    Wide left = arguments.integer(0);
+    Wide right = arguments.integer(1);
+    if (right == 0) divisionByZero();
+    if (shift >= 0) {
+        left = wideProduct(left, powerOfTen(shift), type);
+    } else {
+        right = wideProduct(right, powerOfTen(-shift), type);
+    }
+    return exactResult(divide(left, right, Rounding::Truncate), type);
+}
+
+Value modulo(const Arguments& arguments) {
+    if (arguments.integer(1) == 0) divisionByZero();
+    return exactResult(Wide{arguments.integer(0)} % arguments.integer(1), arguments.type(2));
+}
+
+Value negate(const Arguments& arguments) {
+    return exactResult(-Wide{arguments.integer(0)}, arguments.type(1));
+}
+
+// kap_float_...(left, right, type)
+Value floatAdd(const Arguments& arguments) {
+    return fitApproximate(arguments.real(0) + arguments.real(1), arguments.type(2));
+}
+
+Value floatSubtract(const Arguments& arguments) {
+    return fitApproximate(arguments.real(0) - arguments.real(1), arguments.type(2));
+}
+
+Value floatMultiply(const Arguments& arguments) {
+    return fitApproximate(arguments.real(0) * arguments.real(1), arguments.type(2));
+}
+
+Value floatDivide(const Arguments& arguments) {
+    if (arguments.real(1) == 0) divisionByZero();
+    return fitApproximate(arguments.real(0) / arguments.real(1), arguments.type(2));
+}
+
+Value bitXor(const Arguments& arguments) {
+    return arguments.integer(0) ^ arguments.integer(1);
+}
+
+}  // namespace
+
+void registerNumberFunctions(Registrar& registrar) {
+    registrar.scalar("kap_add", 3, add);
+    registrar.scalar("kap_subtract", 3, subtract);
+    registrar.scalar("kap_accumulate", -1, accumulate);
+    registrar.scalar("kap_float_accumulate", -1, floatAccumulate);
+    registrar.scalar("kap_multiply", 4, multiplyFunction);
+    registrar.scalar("kap_divide", 4, divideFunction);
+    registrar.scalar("kap_modulo", 3, modulo);
+    registrar.scalar("kap_negate", 2, negate);
+    registrar.scalar("kap_float_add", 3, floatAdd);
+    registrar.scalar("kap_float_subtract", 3, floatSubtract);
+    registrar.scalar("kap_float_multiply", 3, floatMultiply);
+    registrar.scalar("kap_float_divide", 3, floatDivide);
+    registrar.scalar("kap_xor", 2, bitXor);
+}
+
+}  // namespace kap::engine

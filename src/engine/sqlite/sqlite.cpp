@@ -1,0 +1,149 @@
+#include "engine/sqlite/sqlite.hpp"
+
+#include <new>
+
+#include "engine/sqlite/sqlite_stack.hpp"
+#include "engine/sqlite/time_limit.hpp"
+
+namespace kap::engine {
+
+const char* sqliteVersion() noexcept {
+    return sqlite3_libversion();
+}
+
+SqliteError lastError(sqlite3* database) {
+    return {sqlite3_extended_errcode(database), sqlite3_errmsg(database),
+            sqlite3_system_errno(database)};
+}
+
+PreparedStatement::PreparedStatement(sqlite3* database, std::string_view sql, StatementLife life) {
+    const unsigned flags = life == StatementLife::Kept ? SQLITE_PREPARE_PERSISTENT : 0U;
+    limitNesting(database);
+    sqlite3_stmt* made = nullptr;
+    const int code = sqlite3_prepare_v3(database, sql.data(), static_cast<int>(sql.size()), flags,
+                                        &made, nullptr);
+    statement_.reset(made);
+    if (code != SQLITE_OK) {
+        throw lastError(database);
+    }
+}
+
+void PreparedStatement::check(int code) const {
+    if (code != SQLITE_OK) {
+        throw lastError(database());
+    }
+}
+
+void PreparedStatement::bind(int index, const ado::CellValue& value, ado::Storage storage) {
+    if (const auto* integer = std::get_if<std::int64_t>(&value)) {
+        bind(index, *integer);
+    } else if (const auto* real = std::get_if<double>(&value)) {
+        check(sqlite3_bind_double(handle(), index, *real));
+    } else if (const auto* bytes = std::get_if<std::string>(&value)) {
+        if (storage == ado::Storage::Text) {
+            bind(index, std::string_view(*bytes));
+        } else {
+            check(
+                sqlite3_bind_blob64(handle(), index, bytes->data(), bytes->size(), SQLITE_STATIC));
+        }
+    } else {
+        check(sqlite3_bind_null(handle(), index));
+    }
+}
+
+void PreparedStatement::bind(int index, std::int64_t value) {
+    check(sqlite3_bind_int64(handle(), index, value));
+}
+
+void PreparedStatement::bind(int index, std::string_view text) {
+    // A null pointer would bind Null, and an empty view may have one.
+    const char* data = text.empty() ? "" : text.data();
+    check(sqlite3_bind_text64(handle(), index, data, text.size(), SQLITE_STATIC, SQLITE_UTF8));
+}
+
+bool PreparedStatement::step() {
+    const int code = sqlite3_step(handle());
+    if (code == SQLITE_ROW) {
+        return true;
+    }
+    if (code != SQLITE_DONE) {
+        throw lastError(database());
+    }
+    return false;
+}
+
+void PreparedStatement::reset() noexcept {
+    // The code repeats the failure of the last step, which step() has already reported.
+    (void)sqlite3_reset(handle());
+}
+
+void PreparedStatement::run() {
+    const ResetGuard guard(*this);
+    try {
+        while (step()) {
+        }
+    } catch (const SqliteError& error) {
+        if (!isDoneNevertheless(error)) {
+            throw;
+        }
+        TimeLimit::forgive(database());
+    }
+}
+
+// SQLite looks at the limit once more behind a statement's last step. Of a writing statement that
+// it ends before, it undoes the whole transaction; where that is still open, the statement is done.
+bool PreparedStatement::isDoneNevertheless(const SqliteError& error) const {
+    return error.primaryCode() == SQLITE_INTERRUPT && sqlite3_stmt_readonly(handle()) == 0 &&
+           sqlite3_get_autocommit(database()) == 0;
+}
+
+std::string PreparedStatement::text(int column) const {
+    const auto* data = reinterpret_cast<const char*>(sqlite3_column_text(handle(), column));
+    if (data == nullptr) {
+        // The same for a Null and for want of memory.
+        if (sqlite3_errcode(database()) == SQLITE_NOMEM) {
+            throw std::bad_alloc();
+        }
+        return {};
+    }
+    return {data, static_cast<std::size_t>(sqlite3_column_bytes(handle(), column))};
+}
+
+ado::CellValue PreparedStatement::cell(int column) const {
+    switch (sqlite3_column_type(handle(), column)) {
+        case SQLITE_INTEGER:
+            return integer(column);
+        case SQLITE_FLOAT:
+            return sqlite3_column_double(handle(), column);
+        case SQLITE_TEXT:
+            return text(column);
+        case SQLITE_BLOB: {
+            const auto* data = static_cast<const char*>(sqlite3_column_blob(handle(), column));
+            const auto size = static_cast<std::size_t>(sqlite3_column_bytes(handle(), column));
+            return size == 0 ? std::string() : std::string(data, size);
+        }
+        default:
+            return std::monostate{};
+    }
+}
+
+Database::Database(const std::string& name, int flags) {
+    sqlite3* made = nullptr;
+    const int code = sqlite3_open_v2(name.c_str(), &made,
+                                     flags | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE, nullptr);
+    database_.reset(made);
+    if (made == nullptr) {
+        throw std::bad_alloc();
+    }
+    if (code != SQLITE_OK) {
+        throw lastError(made);
+    }
+}
+
+void Database::run(const char* sql) {
+    if (sqlite3_exec(handle(), sql, nullptr, nullptr, nullptr) != SQLITE_OK) {
+        throw lastError(handle());
+    }
+}
+
+}  // namespace kap::engine

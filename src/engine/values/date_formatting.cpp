@@ -1,0 +1,185 @@
+#include <string>
+
+#include <kaputil/automation/plain_text.hpp>
+
+#include "base/ascii.hpp"
+#include "engine/values/date_settings.hpp"
+#include "engine/values/dates.hpp"
+#include "tsql/server_error.hpp"
+
+namespace kap::engine {
+
+namespace {
+
+std::string digits(int value, std::size_t width, char fill = '0') {
+    std::string text = plain::text(value);
+    if (text.size() < width) text.insert(0, width - text.size(), fill);
+    return text;
+}
+
+// The pattern language of the styles: each letter is one part, everything else stands for itself.
+//   Y year of 4 digits, y of 2; M month, N month's short name; D day, d day filled with a blank; H
+//   hour of 24, h of 12 filled with a blank; m minute; s second; f milliseconds; p AM or PM
+std::string formatted(const DateParts& parts, std::string_view pattern) {
+    const int hour12 = parts.hour % 12 == 0 ? 12 : parts.hour % 12;
+    std::string result;
+    for (const char c : pattern) {
+        switch (c) {
+            case 'Y':
+                result += digits(parts.year, 4);
+                break;
+            case 'y':
+                result += digits(parts.year % 100, 2);
+                break;
+            case 'M':
+                result += digits(parts.month, 2);
+                break;
+            case 'N':
+                result += monthName(parts.month, dateSettings().italian).substr(0, 3);
+                break;
+            case 'D':
+                result += digits(parts.day, 2);
+                break;
+            case 'd':
+                result += digits(parts.day, 2, ' ');
+                break;
+            case 'H':
+                result += digits(parts.hour, 2);
+                break;
+            case 'h':
+                result += digits(hour12, 2, ' ');
+                break;
+            case 'm':
+                result += digits(parts.minute, 2);
+                break;
+            case 's':
+                result += digits(parts.second, 2);
+                break;
+            case 'f':
+                result += digits(millisecondsOf(parts.tick), 3);
+                break;
+            case 'p':
+                result += parts.hour < 12 ? "AM" : "PM";
+                break;
+            default:
+                result += c;
+        }
+    }
+    return result;
+}
+
+const char* datePattern(int style) {
+    switch (style) {
+        case 0:
+        case 100:
+            return "N d Y";
+        case 1:
+            return "M/D/y";
+        case 101:
+            return "M/D/Y";
+        case 2:
+            return "y.M.D";
+        case 102:
+            return "Y.M.D";
+        case 3:
+            return "D/M/y";
+        case 103:
+            return "D/M/Y";
+        case 4:
+            return "D.M.y";
+        case 104:
+            return "D.M.Y";
+        case 5:
+            return "D-M-y";
+        case 105:
+            return "D-M-Y";
+        case 6:
+            return "D N y";
+        case 106:
+            return "D N Y";
+        case 7:
+            return "N D, y";
+        case 107:
+            return "N D, Y";
+        case 9:
+        case 109:
+            return "N d Y";
+        case 10:
+            return "M-D-y";
+        case 110:
+            return "M-D-Y";
+        case 11:
+            return "y/M/D";
+        case 111:
+            return "Y/M/D";
+        case 12:
+            return "yMD";
+        case 112:
+            return "YMD";
+        case 13:
+        case 113:
+            return "D N Y";
+        case 20:
+        case 120:
+        case 21:
+        case 25:
+        case 121:
+        case 23:
+        case 126:
+            return "Y-M-D";
+        default:
+            return nullptr;
+    }
+}
+
+// What the style adds for the time of day; it starts with its own separator, if any.
+const char* timePattern(int style) {
+    switch (style) {
+        case 0:
+        case 100:
+            return " h:mp";
+        case 9:
+        case 109:
+            return " h:m:s:fp";
+        case 13:
+        case 113:
+            return " H:m:s:f";
+        case 20:
+        case 120:
+            return " H:m:s";
+        case 21:
+        case 25:
+        case 121:
+            return " H:m:s.f";
+        case 126:
+            return "TH:m:s.f";
+        default:
+            return "";
+    }
+}
+
+}  // namespace
+
+void refuseOtherCalendars(int style) {
+    if (style == 130 || style == 131) {
+        throw tsql::unsupported("CONVERT with style " + plain::text(style), 0);
+    }
+}
+
+std::optional<std::string> dateText(double stored, tsql::SqlType type, int style) {
+    refuseOtherCalendars(style);
+    const DateParts parts = partsOf(stored);
+    if (style == 8 || style == 108) return formatted(parts, "H:m:s");
+    if (style == 14 || style == 114) return formatted(parts, "H:m:s:f");
+    const char* date = datePattern(style);
+    if (date == nullptr) return std::nullopt;
+    if (type == tsql::SqlType::Date) {
+        // A plain date is written the international way unless a style is asked for.
+        return formatted(parts, style == kDefaultDateStyle ? "Y-M-D" : date);
+    }
+    // The ISO style leaves out milliseconds that are zero.
+    const char* time = style == 126 && parts.tick == 0 ? "TH:m:s" : timePattern(style);
+    return formatted(parts, date) + formatted(parts, time);
+}
+
+}  // namespace kap::engine

@@ -1,0 +1,189 @@
+#include "engine/values/date_pattern.hpp"
+
+#include <algorithm>
+
+#include <kaputil/automation/plain_text.hpp>
+
+#include "automation/convert/calendar.hpp"
+#include "automation/locale_tables.hpp"
+#include "engine/values/dates.hpp"
+
+namespace kap::engine {
+
+namespace {
+
+std::u16string paddedNumber(int value, std::size_t width) {
+    const std::string text = plain::padded(value, static_cast<int>(width));
+    return {text.begin(), text.end()};
+}
+
+const Locale& englishLocale() {
+    return *std::ranges::find(knownLocales(), "en-US", &Locale::name);
+}
+
+// The time without its seconds.
+std::u16string shortTime(const Locale& locale) {
+    std::u16string pattern(locale.timeFormat);
+    const std::size_t seconds = pattern.find(u":ss");
+    if (seconds != std::u16string::npos) pattern.erase(seconds, 3);
+    return pattern;
+}
+
+std::u16string joined(std::u16string_view date, std::u16string_view time) {
+    return std::u16string(date) + u" " + std::u16string(time);
+}
+
+// The custom pattern behind a standard format.
+std::optional<std::u16string> standardPattern(char16_t letter, const Locale& locale) {
+    switch (letter) {
+        case u'd':
+            return std::u16string(locale.shortDate);
+        case u'D':
+            return std::u16string(locale.longDate);
+        case u't':
+            return shortTime(locale);
+        case u'T':
+            return std::u16string(locale.timeFormat);
+        case u'f':
+            return joined(locale.longDate, shortTime(locale));
+        case u'F':
+        case u'U':
+            return joined(locale.longDate, locale.timeFormat);
+        case u'g':
+            return joined(locale.shortDate, shortTime(locale));
+        case u'G':
+            return joined(locale.shortDate, locale.timeFormat);
+        case u'm':
+        case u'M':
+            return locale.dateOrder == kap::DateOrder::MonthDayYear ? u"MMMM d" : u"d MMMM";
+        case u'y':
+        case u'Y':
+            return u"MMMM yyyy";
+        case u'o':
+        case u'O':
+            return u"yyyy-MM-dd'T'HH':'mm':'ss.fffffff";
+        case u's':
+            return u"yyyy-MM-dd'T'HH':'mm':'ss";
+        case u'u':
+            return u"yyyy-MM-dd HH':'mm':'ss'Z'";
+        case u'r':
+        case u'R':
+            return u"ddd, dd MMM yyyy HH':'mm':'ss 'GMT'";
+        default:
+            return std::nullopt;
+    }
+}
+
+class DateWriter {
+public:
+    DateWriter(double stored, const Locale& locale)
+        : parts_(partsOf(stored)),
+          weekday_(static_cast<std::size_t>(
+              convert::weekdayOf({parts_.year, parts_.month, parts_.day}))),
+          locale_(locale) {}
+
+    // nullopt where a quote is never closed or nothing follows an escape.
+    [[nodiscard]] std::optional<std::u16string> write(std::u16string_view pattern) const {
+        std::u16string text;
+        for (std::size_t i = 0; i < pattern.size();) {
+            const char16_t c = pattern[i];
+            if (c == u'\\') {
+                if (i + 1 >= pattern.size()) return std::nullopt;
+                text += pattern[i + 1];
+                i += 2;
+            } else if (c == u'%') {
+                ++i;  // makes a single letter a custom pattern
+            } else if (c == u'\'' || c == u'"') {
+                const std::size_t end = pattern.find(c, i + 1);
+                if (end == std::u16string_view::npos) return std::nullopt;
+                text += pattern.substr(i + 1, end - i - 1);
+                i = end + 1;
+            } else {
+                const std::size_t end = std::min(pattern.find_first_not_of(c, i), pattern.size());
+                text += part(c, end - i);
+                i = end;
+            }
+        }
+        return text;
+    }
+
+private:
+    // What a row of equal letters stands for; what is no letter of a pattern stands for itself.
+    [[nodiscard]] std::u16string part(char16_t letter, std::size_t count) const {
+        constexpr std::size_t kName = 3;
+        constexpr std::size_t kFullName = 4;
+        const std::size_t two = std::min<std::size_t>(count, 2);
+        switch (letter) {
+            case u'd':
+                if (count >= kFullName) return name(locale_.weekdays.at(weekday_));
+                if (count == kName) return name(locale_.weekdayAbbreviations.at(weekday_));
+                return paddedNumber(parts_.day, two);
+            case u'M': {
+                const auto month = static_cast<std::size_t>(parts_.month - 1);
+                if (count >= kFullName) return name(locale_.months.at(month));
+                if (count == kName) return name(locale_.monthAbbreviations.at(month));
+                return paddedNumber(parts_.month, two);
+            }
+            case u'y':
+                return count <= 2 ? paddedNumber(parts_.year % 100, count)
+                                  : paddedNumber(parts_.year, count);
+            case u'H':
+                return paddedNumber(parts_.hour, two);
+            case u'h':
+                return paddedNumber(parts_.hour % 12 == 0 ? 12 : parts_.hour % 12, two);
+            case u'm':
+                return paddedNumber(parts_.minute, two);
+            case u's':
+                return paddedNumber(parts_.second, two);
+            case u'f':
+            case u'F':
+                return fraction(letter, count);
+            case u't': {
+                const auto half = parts_.hour < 12 ? locale_.morning : locale_.afternoon;
+                return name(count == 1 ? half.substr(0, 1) : half);
+            }
+            case u'z':
+            case u'K':
+                return {};  // no type here has a zone
+            case u'g':
+                return u"A.D.";
+            case u':':
+                return std::u16string(count, locale_.timeSeparator);
+            case u'/':
+                return std::u16string(count, locale_.dateSeparator);
+            default:
+                return std::u16string(count, letter);
+        }
+    }
+
+    [[nodiscard]] static std::u16string name(std::u16string_view text) {
+        return std::u16string(text);
+    }
+
+    // So many digits of the second's fraction; F leaves out the zeros at the end.
+    [[nodiscard]] std::u16string fraction(char16_t letter, std::size_t count) const {
+        constexpr std::size_t kMilliseconds = 3;
+        std::u16string digits = paddedNumber(millisecondsOf(parts_.tick), kMilliseconds);
+        digits.resize(count, u'0');
+        if (letter == u'F') digits.erase(digits.find_last_not_of(u'0') + 1);
+        return digits;
+    }
+
+    DateParts parts_;
+    std::size_t weekday_;  // from Sunday
+    const Locale& locale_;
+};
+
+}  // namespace
+
+std::optional<std::u16string> formatDate(double stored, std::u16string_view format,
+                                         const Locale& locale) {
+    if (format.empty()) format = u"G";
+    if (format.size() > 1) return DateWriter(stored, locale).write(format);
+    const auto pattern = standardPattern(format.front(), locale);
+    if (!pattern) return std::nullopt;
+    const bool english = format == u"r" || format == u"R";
+    return DateWriter(stored, english ? englishLocale() : locale).write(*pattern);
+}
+
+}  // namespace kap::engine

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "migrate/copied_tables.hpp"
+
+namespace kap::migrate {
+
+// Copies what ties tables together, which comes behind their rows: indexes, unique constraints and
+// foreign keys. What the target has already stays; what it refuses or cannot be said in its dialect
+// is told and left behind.
+class RelationCopy {
+public:
+    // `tell` is given a sentence for whatever is left behind.
+    RelationCopy(ado::Connection& from, ado::Connection& to,
+                 std::function<void(const std::string&)> tell);
+
+    // The tables so that each stands behind those that it refers to.
+    [[nodiscard]] std::vector<std::string> inOrder(const std::vector<std::string>& tables) const;
+
+    // For tables that have been copied.
+    void copy(const std::vector<std::string>& tables);
+    // Tells what is written in the source's dialect, and which defaults are.
+    void tellPrograms(const std::vector<std::string>& tables);
+
+private:
+    [[nodiscard]] std::string columnList(const std::vector<std::string>& columns) const;
+    [[nodiscard]] std::string newName(const std::string& name, const std::string& table);
+    void run(const std::string& what, const std::string& script);
+    void addIndexes(const std::string& table);
+    void addForeignKey(CopiedForeignKey key);
+    [[nodiscard]] std::vector<std::string> referencedBy(const CopiedForeignKey& key) const;
+
+    ado::Connection& from_;
+    ado::Connection& to_;
+    const CopyDialect& fromDialect_;
+    const CopyDialect& toDialect_;
+    std::function<void(const std::string&)> tell_;
+    std::vector<CopiedForeignKey> foreignKeys_;
+    std::vector<std::string> namesGiven_;
+};
+
+}  // namespace kap::migrate

@@ -1,0 +1,74 @@
+#include "migrate/table_digest.hpp"
+
+#include <kaputil/ado/field.hpp>
+
+#include "migrate/cell_text.hpp"
+
+namespace kap::migrate {
+namespace {
+
+using ado::DataTypeEnum;
+
+constexpr std::uint64_t kStart = 14695981039346656037ULL;
+constexpr std::uint64_t kFactor = 1099511628211ULL;
+constexpr unsigned char kNullMark = 1;
+constexpr unsigned char kValueMark = 2;
+
+void mix(std::uint64_t& hash, unsigned char byte) {
+    hash = (hash ^ byte) * kFactor;
+}
+
+// A value's text without what databases write differently: zeros behind the point, blanks that fill
+// a fixed length, the braces and letters of an identifier.
+std::string comparable(const CopiedColumn& column, std::string text) {
+    const bool number = column.type == DataTypeEnum::adCurrency ||
+                        column.type == DataTypeEnum::adNumeric ||
+                        column.type == DataTypeEnum::adDecimal;
+    if (number && text.find('.') != std::string::npos) {
+        text.erase(text.find_last_not_of('0') + 1);
+        if (text.ends_with('.')) {
+            text.pop_back();
+        }
+    }
+    if (column.type == DataTypeEnum::adChar || column.type == DataTypeEnum::adWChar) {
+        text.erase(text.find_last_not_of(' ') + 1);
+    }
+    if (column.type == DataTypeEnum::adGUID) {
+        std::erase_if(text, [](char letter) { return letter == '{' || letter == '}'; });
+        for (char& letter : text) {
+            letter = letter >= 'A' && letter <= 'F' ? static_cast<char>(letter + 32) : letter;
+        }
+    }
+    return text;
+}
+
+}  // namespace
+
+void TableDigest::add(const std::vector<CopiedColumn>& columns, const ado::Fields& fields) {
+    std::uint64_t hash = kStart;
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+        if (columns[i].rowVersion) {
+            continue;
+        }
+        const auto text = cellText(*fields.Item(static_cast<std::int32_t>(i)));
+        mix(hash, text ? kValueMark : kNullMark);
+        if (text) {
+            for (const char letter : comparable(columns[i], *text)) {
+                mix(hash, static_cast<unsigned char>(letter));
+            }
+        }
+    }
+    ++rows;
+    sum += hash;
+}
+
+std::string TableDigest::text() const {
+    constexpr const char* kDigits = "0123456789abcdef";
+    std::string made;
+    for (int shift = 60; shift >= 0; shift -= 4) {
+        made.push_back(kDigits[sum >> static_cast<unsigned>(shift) & 0xFU]);
+    }
+    return made;
+}
+
+}  // namespace kap::migrate

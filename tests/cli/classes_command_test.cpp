@@ -1,0 +1,240 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <sstream>
+
+#include <nlohmann/json.hpp>
+
+#include "cli/command_line.hpp"
+
+namespace kap::tests {
+namespace {
+
+using nlohmann::json;
+
+json classesJson(std::vector<std::string> arguments) {
+    arguments.insert(arguments.begin(), "classes");
+    arguments.emplace_back("--json");
+    const Outcome run = kaputil(arguments);
+    EXPECT_EQ(run.exitCode, 0) << run.err;
+    return json::parse(run.out);
+}
+
+std::string namesOf(const std::vector<std::string>& arguments) {
+    std::vector<std::string> words = {"classes", "--names"};
+    words.insert(words.end(), arguments.begin(), arguments.end());
+    const Outcome run = kaputil(words);
+    EXPECT_EQ(run.exitCode, 0) << run.err;
+    return run.out;
+}
+
+std::vector<std::string> linesOf(const std::string& text) {
+    std::vector<std::string> lines;
+    std::istringstream in(text);
+    for (std::string line; std::getline(in, line);) {
+        lines.push_back(line);
+    }
+    return lines;
+}
+
+// The row of a class in the table, its blanks made one.
+std::string rowOf(const std::string& table, const std::string& name) {
+    for (const std::string& line : linesOf(table)) {
+        std::istringstream words(line);
+        std::string word;
+        words >> word;
+        if (word == name) {
+            std::string row = word;
+            while (words >> word) {
+                row += " " + word;
+            }
+            return row;
+        }
+    }
+    return {};
+}
+
+TEST(ClassesCommand, ListsEveryClassInTheOrderOfTheLibrary) {
+    const json catalogue = classesJson({});
+    std::vector<std::string> names;
+    for (const json& shown : catalogue["classes"]) {
+        names.push_back(shown["name"]);
+    }
+    const std::vector<std::string> expected = {
+        "IClassi",       "CSystem",   "CRegistro",  "CFileINI",         "CErrore",
+        "CProprieta",    "CFG_Campi", "CFG_Moduli", "CFG_Modulo",       "CFG_Procedura",
+        "CFG_Procedure", "CConstant", "CFG_Campo",  "CFG_Applicazioni", "CFG_Applicazione",
+        "CFG_Stampa",    "CEMail",    "CSQL",       "StdFunctions"};
+    EXPECT_EQ(names, expected);
+}
+
+TEST(ClassesCommand, ShowsEachClassOfTheTableOnALine) {
+    const std::string table = kaputil({"classes"}).out;
+    EXPECT_TRUE(rowOf(table, "IClassi").starts_with("IClassi creatable - 7 ")) << table;
+    EXPECT_TRUE(rowOf(table, "CProprieta").starts_with("CProprieta creatable - 5 ")) << table;
+    EXPECT_TRUE(rowOf(table, "CConstant").starts_with("CConstant not creatable - 0 ")) << table;
+    EXPECT_TRUE(rowOf(table, "StdFunctions").starts_with("StdFunctions global - ")) << table;
+}
+
+TEST(ClassesCommand, TellsTheIdentityOfTheLibrary) {
+    const Outcome run = kaputil({"classes"});
+    EXPECT_TRUE(
+        run.out.starts_with("KapUtil  KAP Utility 2.6, version 2.06.0005\n"
+                            "type library 749c4a7f-4612-49ed-994a-2e3285c059ca, version "
+                            "1.0; module KapUtil26\n"))
+        << run.out;
+}
+
+TEST(ClassesCommand, TellsTheIdentityOfTheLibraryToPrograms) {
+    EXPECT_EQ(classesJson({})["library"], json::parse(R"({
+        "name": "KapUtil", "description": "KAP Utility 2.6",
+        "typeLibrary": {"id": "749c4a7f-4612-49ed-994a-2e3285c059ca", "version": "1.0"},
+        "module": "KapUtil26", "fileVersion": "2.6.0.5", "fileVersionText": "2.06.0005"})"));
+}
+
+TEST(ClassesCommand, ListsWhatElseCanBeMadeByName) {
+    const json platform = classesJson({})["platform"];
+    std::vector<std::string> names;
+    for (const json& shown : platform) {
+        names.push_back(shown["programmaticName"]);
+    }
+    const std::vector<std::string> expected = {
+        "ADODB.Command",   "ADODB.Connection",           "ADODB.Parameter",
+        "ADODB.Recordset", "Scripting.FileSystemObject", "Outlook.Application"};
+    EXPECT_EQ(names, expected);
+}
+
+TEST(ClassesCommand, ShowsAClassAsAnObjectBrowserDoes) {
+    const Outcome run = kaputil({"classes", "CProprieta"});
+    EXPECT_EQ(run.exitCode, 0) << run.err;
+    EXPECT_TRUE(run.out.starts_with("KapUtil.CProprieta\n")) << run.out;
+    EXPECT_TRUE(contains(run.out,
+                         "  Identity        80368bd9-a134-4db3-b976-3eff993d4529\n"
+                         "  Interface       _CProprieta  47799a54-02c1-4447-9acc-eb0cc14f0d34\n"
+                         "  Instancing      creatable\n"
+                         "  Default member  none\n"))
+        << run.out;
+    EXPECT_TRUE(contains(run.out,
+                         "\n  Function Leggi(Optional ByRef sNomeProprieta As Variant = "
+                         "\"DEFAULT\") As Variant\n"))
+        << run.out;
+    EXPECT_TRUE(contains(run.out,
+                         "\n  Sub Scrivi(ByRef sNomeProprieta As String, ByRef sValore As "
+                         "Variant)\n"))
+        << run.out;
+    EXPECT_TRUE(contains(run.out, "\n      Identifier 0x60030002\n")) << run.out;
+}
+
+TEST(ClassesCommand, ShowsAPropertyWithItsWaysOfAccess) {
+    const Outcome run = kaputil({"classes", "CErrore.Numero"});
+    EXPECT_TRUE(contains(run.out, "\n  Property Get/Let Numero As Variant\n") ||
+                contains(run.out, "\n  Property Get/Let/Set Numero As Variant\n"))
+        << run.out;
+    EXPECT_TRUE(contains(run.out, "Identifier 0x68030000\n")) << run.out;
+}
+
+TEST(ClassesCommand, MarksTheDefaultMember) {
+    const Outcome run = kaputil({"classes", "ADODB.Connection"});
+    EXPECT_TRUE(contains(run.out, "Default member  ConnectionString\n")) << run.out;
+    EXPECT_TRUE(contains(run.out, "Identifier 0x00000000, the default member\n")) << run.out;
+}
+
+TEST(ClassesCommand, TellsWhatAMemberRaises) {
+    EXPECT_TRUE(contains(kaputil({"classes", "CProprieta.Leggi"}).out, "\n      Errors: "));
+}
+
+TEST(ClassesCommand, FindsNamesIgnoringCase) {
+    const Outcome run = kaputil({"classes", "CProprieta.Leggi"});
+    EXPECT_EQ(run.exitCode, 0);
+    EXPECT_EQ(kaputil({"classes", "cproprieta.LEGGI"}).out, run.out);
+    EXPECT_EQ(kaputil({"classes", "kaputil.CPROPRIETA.leggi"}).out, run.out);
+}
+
+TEST(ClassesCommand, ShowsOneMemberOnly) {
+    const Outcome run = kaputil({"classes", "CProprieta.Elimina"});
+    EXPECT_TRUE(
+        run.out.starts_with("KapUtil.CProprieta.Elimina\n"
+                            "  Sub Elimina(ByRef sNomeProprieta As String)\n"))
+        << run.out;
+    EXPECT_FALSE(contains(run.out, "Scrivi")) << run.out;
+}
+
+TEST(ClassesCommand, DescribesAMemberToPrograms) {
+    json member = classesJson({"StdFunctions.kapVal"});
+    EXPECT_FALSE(member["summary"].get<std::string>().empty());
+    member.erase("summary");
+    member.erase("errors");
+    member.erase("dispatchId");
+    EXPECT_EQ(member, json::parse(R"({
+        "class": "KapUtil.StdFunctions", "name": "kapVal", "kind": "method", "access": [],
+        "default": false, "result": "Variant",
+        "parameters": [
+            {"name": "vValore", "type": "Variant", "passing": "ByVal", "optional": false},
+            {"name": "sDataType", "type": "String", "passing": "ByRef", "optional": true,
+             "default": "Double"}]})"));
+}
+
+TEST(ClassesCommand, ShowsTheEnumeration) {
+    EXPECT_EQ(classesJson({"costantinumeriche"})["values"].size(), 6U);
+    const std::string shown = kaputil({"classes", "CostantiNumeriche"}).out;
+    EXPECT_TRUE(
+        shown.starts_with("CostantiNumeriche  Value  Meaning\n"
+                          "kaOK                   0  "))
+        << shown;
+    EXPECT_TRUE(contains(shown, "\nkaHBarra             270  ")) << shown;
+}
+
+TEST(ClassesCommand, PrintsPlainNamesForOtherTools) {
+    EXPECT_EQ(namesOf({"CProprieta"}), "Elimina\nLeggi\nScrivi\nCount\nNomeProprieta\n");
+    EXPECT_EQ(namesOf({"CProprieta.Scrivi"}), "sNomeProprieta\nsValore\n");
+    EXPECT_EQ(namesOf({"CProprieta.Count"}), "");
+    EXPECT_TRUE(contains(namesOf({}), "\nCConstant\n"));
+}
+
+TEST(ClassesCommand, SuggestsTheNearestClass) {
+    const Outcome run = kaputil({"classes", "Propieta"});
+    EXPECT_EQ(run.exitCode, 2);
+    EXPECT_EQ(run.out, "");
+    EXPECT_EQ(run.err, "kaputil: there is no class Propieta; did you mean CProprieta?\n");
+}
+
+TEST(ClassesCommand, SuggestsTheNearestMember) {
+    const Outcome run = kaputil({"classes", "cproprieta.Legi"});
+    EXPECT_EQ(run.exitCode, 2);
+    EXPECT_EQ(run.err, "kaputil: CProprieta has no member Legi; did you mean Leggi?\n");
+}
+
+TEST(ClassesCommand, SuggestsNothingForANameLikeNoOther) {
+    const Outcome run = kaputil({"classes", "Zwxkqj"});
+    EXPECT_EQ(run.exitCode, 2);
+    EXPECT_EQ(run.err, "kaputil: there is no class Zwxkqj\n");
+}
+
+TEST(ClassesCommand, StandsOutOnATerminalOnly) {
+    EXPECT_TRUE(contains(kaputilOnTerminal(80, {"classes"}).out, "\x1b[1mKapUtil\x1b[0m"));
+    EXPECT_FALSE(contains(kaputil({"classes"}).out, "\x1b"));
+}
+
+TEST(ClassesCommand, FitsTheWidthOfTheTerminal) {
+    const Outcome run = kaputilOnTerminal(60, {"classes", "StdFunctions.OpenRecordset"});
+    EXPECT_EQ(run.exitCode, 0);
+    EXPECT_TRUE(contains(run.out,
+                         "(\n          ByRef SQLString As String,\n"
+                         "          ByRef Connessione As Variant,\n"
+                         "          Optional ByRef CursorType As Integer = -1,\n"))
+        << run.out;
+    for (const std::string& line : linesOf(run.out)) {
+        EXPECT_LE(line.size(), 60U + 16U) << line;  // with the codes of the styles
+    }
+}
+
+TEST(ClassesCommand, HasNoLineEndsOfItsOwnInAPipe) {
+    const Outcome run = kaputil({"classes", "StdFunctions.OpenRecordset", "--names"});
+    EXPECT_EQ(linesOf(run.out).size(), 8U);
+    const Outcome page = kaputil({"classes", "StdFunctions.OpenRecordset"});
+    EXPECT_TRUE(contains(page.out, "Optional ByRef CursorLocation As Integer = -1) As Object\n"))
+        << page.out;
+}
+
+}  // namespace
+}  // namespace kap::tests

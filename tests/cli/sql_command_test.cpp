@@ -1,0 +1,277 @@
+#include <gtest/gtest.h>
+
+#include <nlohmann/json.hpp>
+
+#include "cli/command_line.hpp"
+
+namespace kap::tests {
+namespace {
+
+constexpr const char* kPrices =
+    "CREATE TABLE Prezzi (Codice int NOT NULL PRIMARY KEY, Nome varchar(20) NULL, Prezzo money) "
+    "INSERT INTO Prezzi (Codice, Nome, Prezzo) VALUES (7, 'Vite', 0.125), (120, NULL, 12.5)";
+
+Outcome sqlOn(const std::string& file, const std::string& script,
+              const std::vector<std::string>& more = {}) {
+    std::vector<std::string> arguments = {"sql", "--connection", connectionTo(file), "--command",
+                                          script};
+    arguments.insert(arguments.end(), more.begin(), more.end());
+    return kaputil(arguments);
+}
+
+Outcome sqlInMemory(const std::string& script, const std::vector<std::string>& more = {}) {
+    return sqlOn(":memory:", script, more);
+}
+
+std::vector<nlohmann::json> jsonLinesOf(const std::string& text) {
+    std::vector<nlohmann::json> lines;
+    for (std::size_t start = 0; start < text.size();) {
+        const std::size_t end = text.find('\n', start);
+        lines.push_back(nlohmann::json::parse(text.substr(start, end - start)));
+        start = end + 1;
+    }
+    return lines;
+}
+
+TEST(SqlCommand, PrintsRowsAsATableWithNumbersAtTheRight) {
+    const Outcome run = sqlInMemory(std::string(kPrices) + " SELECT * FROM Prezzi ORDER BY Codice");
+    EXPECT_EQ(run.exitCode, 0);
+    EXPECT_EQ(run.err, "");
+    EXPECT_EQ(run.out,
+              "(2 rows affected)\n"
+              "\n"
+              "Codice  Nome   Prezzo\n"
+              "------  ----  -------\n"
+              "     7  Vite   0.1250\n"
+              "   120  NULL  12.5000\n"
+              "(2 rows)\n");
+}
+
+TEST(SqlCommand, PrintsWhatTheScriptPrintsBesideTheResults) {
+    const Outcome run = sqlInMemory("PRINT 'ciao' SELECT 1 AS a RAISERROR ('nota', 10, 1)");
+    EXPECT_EQ(run.exitCode, 0);
+    EXPECT_EQ(run.out, "a\n-\n1\n(1 row)\n");
+    EXPECT_EQ(run.err, "ciao\nnota\n");
+}
+
+TEST(SqlCommand, PrintsMessagesAsJson) {
+    const Outcome run = sqlInMemory("PRINT 'ciao'", {"--json"});
+    EXPECT_EQ(run.err, "{\"message\":\"ciao\"}\n");
+}
+
+TEST(SqlCommand, TellsEveryErrorOfABatch) {
+    const Outcome run = sqlInMemory("SELECT 1/0\nRAISERROR ('ancora', 16, 1)");
+    EXPECT_EQ(run.exitCode, 1);
+    EXPECT_EQ(run.err,
+              "error 8134, line 1: Divide by zero error encountered.\n"
+              "error 50000, line 2: ancora\n");
+}
+
+TEST(SqlCommand, GoesOnBehindAFailedBatchWhenToldSo) {
+    const std::string script = "SELECT 1/0\nGO\nSELECT 2 AS b";
+    EXPECT_EQ(sqlInMemory(script).out.find('b'), std::string::npos);
+    const Outcome run = sqlInMemory(script, {"--keep-going"});
+    EXPECT_EQ(run.exitCode, 1);
+    EXPECT_NE(run.out.find("b\n-\n2\n"), std::string::npos) << run.out;
+}
+
+TEST(SqlCommand, ExplainsAPlanAndWritesNothing) {
+    const Folder folder;
+    const std::string file = folder / "a.db";
+    sqlOn(file, kPrices);
+    const Outcome run = sqlOn(file, "DELETE FROM Prezzi WHERE Codice = 7", {"--plan"});
+    EXPECT_EQ(run.exitCode, 0) << run.err;
+    EXPECT_NE(run.out.find("SEARCH Prezzi USING INDEX"), std::string::npos) << run.out;
+    EXPECT_NE(sqlOn(file, "SELECT count(*) AS n FROM Prezzi").out.find("2\n"), std::string::npos);
+}
+
+TEST(SqlCommand, CopiesADatabaseThatIsInUse) {
+    const Folder folder;
+    const std::string file = folder / "a.db";
+    const std::string copy = folder / "copy.db";
+    sqlOn(file, kPrices);
+    const Outcome run = kaputil({"sql", "--connection", connectionTo(file), "--backup", copy});
+    EXPECT_EQ(run.exitCode, 0) << run.err;
+    EXPECT_NE(sqlOn(copy, "SELECT count(*) AS n FROM Prezzi").out.find("2\n"), std::string::npos);
+    const Outcome again = kaputil({"sql", "--connection", connectionTo(file), "--backup", copy});
+    EXPECT_EQ(again.exitCode, 1);
+    EXPECT_NE(again.err.find("the file is there already"), std::string::npos) << again.err;
+}
+
+TEST(SqlCommand, ChecksADatabase) {
+    const Folder folder;
+    const std::string file = folder / "a.db";
+    sqlOn(file, kPrices);
+    const Outcome run = kaputil({"sql", "--connection", connectionTo(file), "--check"});
+    EXPECT_EQ(run.exitCode, 0);
+    EXPECT_EQ(run.err,
+              "CHECKDB found 0 allocation errors and 0 consistency errors in database 'a'.\n");
+}
+
+TEST(SqlCommand, ReadsScriptsInUtf16) {
+    const Folder folder;
+    const std::string text("\xFF\xFES\0E\0L\0E\0C\0T\0 \0'\0\xF2\0'\0 \0A\0S\0 \0x\0", 32);
+    const std::string script = folder.file("script.sql", text);
+    const Outcome run =
+        kaputil({"sql", "--connection", connectionTo(":memory:"), "--file", script});
+    EXPECT_EQ(run.out, "x\n-\n\xC3\xB2\n(1 row)\n") << run.err;
+}
+
+TEST(SqlCommand, SaysOneRowOfOneRow) {
+    const Outcome run = sqlInMemory(
+        std::string(kPrices) + " DELETE FROM Prezzi WHERE Codice = 7 SELECT Codice FROM Prezzi");
+    EXPECT_EQ(run.out,
+              "(2 rows affected)\n"
+              "\n"
+              "(1 row affected)\n"
+              "\n"
+              "Codice\n"
+              "------\n"
+              "   120\n"
+              "(1 row)\n");
+}
+
+TEST(SqlCommand, PrintsTheColumnsOfAnEmptyResult) {
+    const Outcome run = sqlInMemory(
+        "CREATE TABLE Vuota (Codice int, Nome varchar(20)) SELECT Codice, Nome FROM Vuota");
+    EXPECT_EQ(run.out,
+              "Codice  Nome\n"
+              "------  ----\n"
+              "(0 rows)\n");
+}
+
+TEST(SqlCommand, PrintsNothingForStatementsThatGiveNothing) {
+    const Outcome run = sqlInMemory("CREATE TABLE Vuota (Codice int)");
+    EXPECT_EQ(run.exitCode, 0);
+    EXPECT_EQ(run.out, "");
+}
+
+TEST(SqlCommand, AlignsTextsThatHoldAccents) {
+    const Outcome run = sqlInMemory(
+        "SELECT 'Forlì' AS Localita, 'FC' AS Prov UNION ALL "
+        "SELECT 'Cesena', 'FC'");
+    EXPECT_EQ(run.out,
+              "Localita  Prov\n"
+              "--------  ----\n"
+              "Forlì     FC\n"
+              "Cesena    FC\n"
+              "(2 rows)\n");
+}
+
+TEST(SqlCommand, ShowsControlCharactersAsPictures) {
+    const Outcome run = sqlInMemory("SELECT 'a\nb\x1b[31m' AS Testo");
+    EXPECT_EQ(run.out,
+              "Testo\n"
+              "--------\n"
+              "a␊b␛[31m\n"
+              "(1 row)\n");
+}
+
+TEST(SqlCommand, PrintsDatesBitsBytesAndDecimalsInOneFormEverywhere) {
+    const Outcome run = sqlInMemory(
+        "CREATE TABLE T (D datetime, B bit, V varbinary(4), N decimal(9, 2), F float) "
+        "INSERT INTO T VALUES ('20250331 10:30:00', 1, 0x0A1B, 1234.5, 0.1) SELECT * FROM T");
+    EXPECT_EQ(run.out,
+              "(1 row affected)\n"
+              "\n"
+              "D                    B  V             N    F\n"
+              "-------------------  -  ------  -------  ---\n"
+              "2025-03-31 10:30:00  1  0x0A1B  1234.50  0.1\n"
+              "(1 row)\n");
+}
+
+TEST(SqlCommand, PrintsTheSameInEveryLanguage) {
+    const std::string script = "SELECT CAST(1234.5 AS money) AS Prezzo";
+    const std::vector<std::string> arguments = {"sql", "--connection", connectionTo(":memory:"),
+                                                "--command", script};
+    const Outcome italian = kaputil(arguments, {}, {"KAPUTIL_LOCALE=it-IT"});
+    const Outcome american = kaputil(arguments, {}, {"KAPUTIL_LOCALE=en-US"});
+    EXPECT_EQ(italian.out, american.out);
+    EXPECT_EQ(italian.exitCode, 0);
+}
+
+TEST(SqlCommand, KeepsTheDataInTheFile) {
+    const Folder folder;
+    EXPECT_EQ(sqlOn(folder / "a.db", kPrices).exitCode, 0);
+    EXPECT_EQ(sqlOn(folder / "a.db", "SELECT Nome FROM Prezzi WHERE Codice = 7").out,
+              "Nome\n"
+              "----\n"
+              "Vite\n"
+              "(1 row)\n");
+}
+
+TEST(SqlCommand, RunsAFileBatchByBatch) {
+    const Folder folder;
+    const std::string script = folder.file("s.sql",
+                                           "CREATE TABLE T (A int)\n"
+                                           "GO\n"
+                                           "INSERT INTO T (A) VALUES (1)\n"
+                                           "go 3\n"
+                                           "SELECT COUNT(*) AS Quanti FROM T\n");
+    const Outcome run =
+        kaputil({"sql", "--connection", connectionTo(":memory:"), "--file", script});
+    EXPECT_EQ(run.exitCode, 0);
+    EXPECT_EQ(run.out,
+              "(1 row affected)\n\n(1 row affected)\n\n(1 row affected)\n\n"
+              "Quanti\n"
+              "------\n"
+              "     3\n"
+              "(1 row)\n");
+}
+
+TEST(SqlCommand, ReadsTheScriptFromStandardInput) {
+    const Outcome run =
+        kaputil({"sql", "--connection", connectionTo(":memory:")}, "SELECT 1 AS Uno\nGO\n");
+    EXPECT_EQ(run.exitCode, 0);
+    EXPECT_EQ(run.out, "Uno\n---\n  1\n(1 row)\n");
+}
+
+TEST(SqlCommand, AcceptsAByteOrderMarkAndCarriageReturns) {
+    const Folder folder;
+    const std::string script =
+        folder.file("s.sql", "\xEF\xBB\xBFSELECT 1 AS Uno\r\nGO\r\nSELECT 2 AS Due\r\n");
+    const Outcome run =
+        kaputil({"sql", "--connection", connectionTo(":memory:"), "--file", script});
+    EXPECT_EQ(run.exitCode, 0);
+    EXPECT_EQ(run.out, "Uno\n---\n  1\n(1 row)\n\nDue\n---\n  2\n(1 row)\n");
+}
+
+TEST(SqlCommand, PrintsAJsonObjectForEveryResult) {
+    const Outcome run = sqlInMemory(
+        std::string(kPrices) + " SELECT Codice, Nome, Prezzo FROM Prezzi ORDER BY Codice",
+        {"--json"});
+    EXPECT_EQ(run.exitCode, 0);
+    const auto results = jsonLinesOf(run.out);
+    ASSERT_EQ(results.size(), 2U);
+    EXPECT_EQ(results[0], nlohmann::json::parse(R"({"columns":[],"rows":[],"rowsAffected":2})"));
+    EXPECT_EQ(results[1]["columns"],
+              nlohmann::json::parse(R"([{"name":"Codice","type":"int","size":4},
+                                        {"name":"Nome","type":"varchar","size":20},
+                                        {"name":"Prezzo","type":"money","size":8}])"));
+    EXPECT_EQ(results[1]["rows"], nlohmann::json::parse(R"([[7,"Vite",0.125],[120,null,12.5]])"));
+    EXPECT_EQ(results[1]["rowsAffected"], nullptr);
+}
+
+TEST(SqlCommand, WritesLongNumbersAsTextInJson) {
+    const Outcome run = sqlInMemory(
+        "CREATE TABLE T (N decimal(28, 4), B bigint, S bigint, Q bit) "
+        "INSERT INTO T VALUES (123456789012345.6789, 9007199254740993, 42, 0) SELECT * FROM T",
+        {"--json"});
+    const auto results = jsonLinesOf(run.out);
+    ASSERT_EQ(results.size(), 2U) << run.err;
+    EXPECT_EQ(results[1]["rows"],
+              nlohmann::json::parse(R"([["123456789012345.6789","9007199254740993",42,false]])"));
+}
+
+TEST(SqlCommand, WritesDatesAndBytesAsTextInJson) {
+    const Outcome run = sqlInMemory(
+        "CREATE TABLE T (D datetime, V varbinary(4)) "
+        "INSERT INTO T VALUES ('20250331', 0xFF) SELECT * FROM T",
+        {"--json"});
+    const auto results = jsonLinesOf(run.out);
+    ASSERT_EQ(results.size(), 2U) << run.err;
+    EXPECT_EQ(results[1]["rows"], nlohmann::json::parse(R"([["2025-03-31 00:00:00","0xFF"]])"));
+}
+
+}  // namespace
+}  // namespace kap::tests
