@@ -1,42 +1,12 @@
 #include "cli/commands/config/config_options.hpp"
 
+#include <memory>
+
+#include "cli/commands/config/config_command.hpp"
 #include "cli/table_name.hpp"
 
 namespace kap::cli {
 namespace {
-
-void addSource(CLI::App& command, ConfigurationSource& source) {
-    command
-        .add_option("--connection", source.connection,
-                    "For example \"Provider=KapLocal;Data Source=azienda.db\".")
-        ->type_name("STRING")
-        ->required();
-    command.add_option("--table", source.table, "The configuration table.")
-        ->type_name("NAME")
-        ->check([](const std::string& name) { return tableNameFault(name); })
-        ->capture_default_str();
-}
-
-void addDeclaration(CLI::App& command, ConfigurationSource& source) {
-    command
-        .add_option("--declaration", source.declaration,
-                    "The file in which the program declares its fields; without it the table "
-                    "alone tells which there are.")
-        ->type_name("FILE");
-}
-
-void addPath(CLI::App& command, ConfigurationSource& source) {
-    command
-        .add_option("--path", source.path,
-                    "Only what is below it, for example 'Vendite\\Documenti'.")
-        ->type_name("PATH");
-}
-
-void addGroup(CLI::App& command, std::string& group) {
-    command.add_option("--group", group, "The group of users; DEFAULT is everybody's.")
-        ->type_name("NAME")
-        ->required();
-}
 
 constexpr const char* kFileForm =
     "A file is UTF-8 and looks like this:\n"
@@ -50,67 +20,123 @@ constexpr const char* kFileForm =
     "allowed = 15|20|25, flags = 0|1, note = TEXT and mandatory = yes. Texts in quotes are\n"
     "written as in JSON.";
 
+void addSource(Command& command, ConfigurationSource& source) {
+    command.options.push_back({.name = "--connection",
+                               .placeholder = "STRING",
+                               .target = &source.connection,
+                               .help = "For example \"Provider=KapLocal;Data Source=azienda.db\".",
+                               .required = true});
+    command.options.push_back({.name = "--table",
+                               .placeholder = "NAME",
+                               .target = &source.table,
+                               .help = "The configuration table.",
+                               .showsDefault = true,
+                               .fault = &tableNameFault});
+}
+
+void addGroup(Command& command, std::string& group) {
+    command.options.push_back({.name = "--group",
+                               .placeholder = "NAME",
+                               .target = &group,
+                               .help = "The group of users; DEFAULT is everybody's.",
+                               .required = true});
+}
+
+void addPath(Command& command, ConfigurationSource& source) {
+    command.options.push_back({.name = "--path",
+                               .placeholder = "PATH",
+                               .target = &source.path,
+                               .help = "Only what is below it, for example 'Vendite\\Documenti'."});
+}
+
+void addDeclaration(Command& command, ConfigurationSource& source) {
+    command.options.push_back(
+        {.name = "--declaration",
+         .placeholder = "FILE",
+         .target = &source.declaration,
+         .help = "The file in which the program declares its fields; without it the table alone "
+                 "tells which there are."});
+}
+
+void addJson(Command& command, bool& json, const char* help = "Print one JSON object.") {
+    command.options.push_back({.name = "--json", .target = &json, .help = help});
+}
+
+Command showAction() {
+    const auto show = std::make_shared<ConfigShow>();
+    Command command{.name = "show",
+                    .summary = "Show what is in force for a group, and why.",
+                    .run = [show] { return show->run(); }};
+    addSource(command, show->source);
+    addGroup(command, show->group);
+    addPath(command, show->source);
+    addDeclaration(command, show->source);
+    addJson(command, show->json);
+    return command;
+}
+
+Command diffAction() {
+    const auto diff = std::make_shared<ConfigDiff>();
+    Command command{.name = "diff",
+                    .summary = "Show where two groups differ.",
+                    .options = {{.name = "GROUP1",
+                                 .target = &diff->first,
+                                 .help = "A group of users.",
+                                 .required = true},
+                                {.name = "GROUP2",
+                                 .target = &diff->second,
+                                 .help = "Another one.",
+                                 .required = true}},
+                    .run = [diff] { return diff->run(); }};
+    addSource(command, diff->source);
+    addPath(command, diff->source);
+    addDeclaration(command, diff->source);
+    addJson(command, diff->json);
+    return command;
+}
+
+Command exportAction() {
+    const auto exporting = std::make_shared<ConfigExport>();
+    Command command{.name = "export",
+                    .summary = "Write the rows of a group into a file.",
+                    .run = [exporting] { return exporting->run(); }};
+    addSource(command, exporting->source);
+    addGroup(command, exporting->group);
+    addPath(command, exporting->source);
+    command.options.push_back({.name = "--file",
+                               .placeholder = "FILE",
+                               .target = &exporting->file,
+                               .help = "The file; else standard output."});
+    addJson(command, exporting->json, "Write one JSON object instead.");
+    return command;
+}
+
+Command importAction() {
+    const auto import = std::make_shared<ConfigImport>();
+    Command command{.name = "import",
+                    .summary = "Write a file into the rows of a group, all of it or nothing.",
+                    .run = [import] { return import->run(); }};
+    addSource(command, import->source);
+    addGroup(command, import->group);
+    addDeclaration(command, import->source);
+    command.options.push_back({.name = "--file",
+                               .placeholder = "FILE",
+                               .target = &import->file,
+                               .help = "The file; else standard input."});
+    command.options.push_back({.name = "--replace",
+                               .target = &import->replace,
+                               .help = "Remove the group's other rows."});
+    addJson(command, import->json);
+    return command;
+}
+
 }  // namespace
 
-void ConfigOptions::addTo(CLI::App& app) {
-    command_ = app.add_subcommand("config", "Show, compare and carry the settings of groups.");
-    command_->require_subcommand(1);
-    command_->footer(kFileForm);
-    addShow();
-    addDiff();
-    addExport();
-    addImport();
-}
-
-void ConfigOptions::addShow() {
-    showCommand_ = command_->add_subcommand("show", "Show what is in force for a group, and why.");
-    addSource(*showCommand_, show_.source);
-    addGroup(*showCommand_, show_.group);
-    addPath(*showCommand_, show_.source);
-    addDeclaration(*showCommand_, show_.source);
-    showCommand_->add_flag("--json", show_.json, "Print one JSON object.");
-}
-
-void ConfigOptions::addDiff() {
-    diffCommand_ = command_->add_subcommand("diff", "Show where two groups differ.");
-    diffCommand_->add_option("GROUP1", diff_.first, "A group of users.")->type_name("")->required();
-    diffCommand_->add_option("GROUP2", diff_.second, "Another one.")->type_name("")->required();
-    addSource(*diffCommand_, diff_.source);
-    addPath(*diffCommand_, diff_.source);
-    addDeclaration(*diffCommand_, diff_.source);
-    diffCommand_->add_flag("--json", diff_.json, "Print one JSON object.");
-}
-
-void ConfigOptions::addExport() {
-    exportCommand_ = command_->add_subcommand("export", "Write the rows of a group into a file.");
-    addSource(*exportCommand_, export_.source);
-    addGroup(*exportCommand_, export_.group);
-    addPath(*exportCommand_, export_.source);
-    exportCommand_->add_option("--file", export_.file, "The file; else standard output.")
-        ->type_name("FILE");
-    exportCommand_->add_flag("--json", export_.json, "Write one JSON object instead.");
-}
-
-void ConfigOptions::addImport() {
-    importCommand_ = command_->add_subcommand(
-        "import", "Write a file into the rows of a group, all of it or nothing.");
-    addSource(*importCommand_, import_.source);
-    addGroup(*importCommand_, import_.group);
-    addDeclaration(*importCommand_, import_.source);
-    importCommand_->add_option("--file", import_.file, "The file; else standard input.")
-        ->type_name("FILE");
-    importCommand_->add_flag("--replace", import_.replace, "Remove the group's other rows.");
-    importCommand_->add_flag("--json", import_.json, "Print one JSON object.");
-}
-
-int ConfigOptions::run() const {
-    if (showCommand_->parsed()) {
-        return show_.run();
-    }
-    if (diffCommand_->parsed()) {
-        return diff_.run();
-    }
-    return exportCommand_->parsed() ? export_.run() : import_.run();
+Command configOptions() {
+    return {.name = "config",
+            .summary = "Show, compare and carry the settings of groups.",
+            .details = kFileForm,
+            .actions = {showAction(), diffAction(), exportAction(), importAction()}};
 }
 
 }  // namespace kap::cli

@@ -1,0 +1,12 @@
+#pragma once
+
+#include <vector>
+
+#include "cli/command.hpp"
+
+namespace kap::cli {
+
+// Every command, in the order of the help.
+[[nodiscard]] std::vector<Command> allCommands();
+
+}  // namespace kap::cli

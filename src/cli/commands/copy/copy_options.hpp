@@ -1,0 +1,10 @@
+#pragma once
+
+#include "cli/command.hpp"
+
+namespace kap::cli {
+
+// `kaputil copy` with its options.
+[[nodiscard]] Command copyOptions();
+
+}  // namespace kap::cli

@@ -1,0 +1,10 @@
+#pragma once
+
+#include "cli/command.hpp"
+
+namespace kap::cli {
+
+// `kaputil describe` with its options.
+[[nodiscard]] Command describeOptions();
+
+}  // namespace kap::cli

@@ -1,0 +1,10 @@
+#pragma once
+
+#include "cli/command.hpp"
+
+namespace kap::cli {
+
+// `kaputil numbers` with its options.
+[[nodiscard]] Command numbersOptions();
+
+}  // namespace kap::cli

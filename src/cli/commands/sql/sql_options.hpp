@@ -1,0 +1,10 @@
+#pragma once
+
+#include "cli/command.hpp"
+
+namespace kap::cli {
+
+// `kaputil sql` with its options.
+[[nodiscard]] Command sqlOptions();
+
+}  // namespace kap::cli

@@ -1,0 +1,10 @@
+#pragma once
+
+#include "cli/command.hpp"
+
+namespace kap::cli {
+
+// `kaputil demo` with its options.
+[[nodiscard]] Command demoOptions();
+
+}  // namespace kap::cli
