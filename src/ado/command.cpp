@@ -7,10 +7,10 @@
 #include <kaputil/automation/array.hpp>
 #include <kaputil/automation/convert.hpp>
 
-#include "ado/answers.hpp"
 #include "ado/connection_notices.hpp"
 #include "ado/parameter_cell.hpp"
 #include "ado/request_builder.hpp"
+#include "ado/results.hpp"
 #include "automation/class_builder.hpp"
 #include "data/driver.hpp"
 #include "data/failures.hpp"

@@ -11,9 +11,9 @@
 #include <kaputil/automation/error.hpp>
 #include <kaputil/data/error_numbers.hpp>
 
-#include "ado/answers.hpp"
 #include "ado/connection_notices.hpp"
 #include "ado/request_builder.hpp"
+#include "ado/results.hpp"
 #include "ado/row_cursor.hpp"
 #include "data/driver.hpp"
 #include "data/failures.hpp"

@@ -8,10 +8,10 @@
 #include <kaputil/ado/events.hpp>
 #include <kaputil/automation/convert.hpp>
 
-#include "ado/answers.hpp"
 #include "ado/connection_notices.hpp"
 #include "ado/recordset_notices.hpp"
 #include "ado/request_builder.hpp"
+#include "ado/results.hpp"
 #include "ado/row_cursor.hpp"
 #include "data/driver.hpp"
 #include "data/failures.hpp"

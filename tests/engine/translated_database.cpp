@@ -89,13 +89,13 @@ TranslatedDatabase::~TranslatedDatabase() {
 }
 
 Translation TranslatedDatabase::translation(const std::string& statement, Constants constants) {
-    return translate(tsql::parseScript(statement).at(0), Names(*tables_), constants);
+    return translate(tsql::parseScript(statement).at(0), NameScope(*tables_), constants);
 }
 
 std::string TranslatedDatabase::run(const std::string& script) {
     std::string result;
     for (const tsql::Statement& statement : tsql::parseScript(script)) {
-        const Translation translated = translate(statement, Names(*tables_));
+        const Translation translated = translate(statement, NameScope(*tables_));
         const std::string rows = execute(translated);
         tables_->apply(translated);
         if (translated.kind == StatementKind::Select) result = rows;

@@ -97,15 +97,17 @@ tsql::TriggerEvents eventOf(RowChange::Kind kind) {
 
 }  // namespace
 
-RowChanger::RowChanger(engine::Connection& connection, engine::SchemaCatalogue& catalogue,
-                       engine::Transactions& transactions, engine::ScriptRunner& scripts)
+EmbeddedRowChanger::EmbeddedRowChanger(engine::FileConnection& connection,
+                                       engine::SchemaCatalogue& catalogue,
+                                       engine::Transactions& transactions,
+                                       engine::ScriptRunner& scripts)
     : connection_(connection),
       catalogue_(catalogue),
       transactions_(transactions),
       scripts_(scripts),
       kept_(kKeptStatements) {}
 
-ChangeOutcome RowChanger::apply(const RowChange& change) {
+ChangeOutcome EmbeddedRowChanger::apply(const RowChange& change) {
     connection_.errorSlot().error.reset();
     try {
         return change.kind == RowChange::Kind::Read ? read(change) : write(change);
@@ -114,7 +116,7 @@ ChangeOutcome RowChanger::apply(const RowChange& change) {
     }
 }
 
-ChangeOutcome RowChanger::write(const RowChange& change) {
+ChangeOutcome EmbeddedRowChanger::write(const RowChange& change) {
     engine::Transactions::WriteScope scope(transactions_);
     scripts_.statements().captures().removeStale();
     const engine::Table& table = tableOf(change);
@@ -134,17 +136,18 @@ ChangeOutcome RowChanger::write(const RowChange& change) {
         }
         return outcome;
     }
-    Command command = commandFor(change, table, columnList(change.readBack, table));
+    RowStatement command = commandFor(change, table, columnList(change.readBack, table));
     ChangeOutcome outcome = runNamingKeys(change, command);
     scope.keep();
     return outcome;
 }
 
 // The row is known by its number afterwards, whatever the triggers have made of it.
-ChangeOutcome RowChanger::writeWithTriggers(const RowChange& change, const engine::Table& table) {
+ChangeOutcome EmbeddedRowChanger::writeWithTriggers(const RowChange& change,
+                                                    const engine::Table& table) {
     RowChange numbered = change;
     numbered.readBack = {""};
-    Command command = commandFor(change, table, engine::rowNumberName(table));
+    RowStatement command = commandFor(change, table, engine::rowNumberName(table));
     ChangeOutcome outcome;
     std::vector<std::string> columns;
     for (const ColumnValue& value : change.values) {
@@ -157,8 +160,8 @@ ChangeOutcome RowChanger::writeWithTriggers(const RowChange& change, const engin
     return outcome;
 }
 
-void RowChanger::readAgain(const RowChange& change, const engine::Table& table,
-                           ChangeOutcome& outcome) {
+void EmbeddedRowChanger::readAgain(const RowChange& change, const engine::Table& table,
+                                   ChangeOutcome& outcome) {
     if (outcome.readBack.empty()) {
         return;
     }
@@ -177,7 +180,7 @@ void RowChanger::readAgain(const RowChange& change, const engine::Table& table,
     }
 }
 
-ChangeOutcome RowChanger::runNamingKeys(const RowChange& change, Command& command) {
+ChangeOutcome EmbeddedRowChanger::runNamingKeys(const RowChange& change, RowStatement& command) {
     try {
         return run(change, command);
     } catch (const engine::SqliteError& error) {
@@ -189,14 +192,14 @@ ChangeOutcome RowChanger::runNamingKeys(const RowChange& change, Command& comman
     }
 }
 
-ChangeOutcome RowChanger::read(const RowChange& change) {
+ChangeOutcome EmbeddedRowChanger::read(const RowChange& change) {
     const engine::Transactions::ReadScope scope(transactions_);
     const engine::Table& table = tableOf(change);
-    Command command = commandFor(change, table, columnList(change.readBack, table));
+    RowStatement command = commandFor(change, table, columnList(change.readBack, table));
     return run(change, command);
 }
 
-const engine::Table& RowChanger::tableOf(const RowChange& change) const {
+const engine::Table& EmbeddedRowChanger::tableOf(const RowChange& change) const {
     const engine::Table* table = catalogue_.find(change.table);
     if (table == nullptr) {
         throw ServerError(208, "Invalid object name '" + change.table + "'.");
@@ -204,7 +207,7 @@ const engine::Table& RowChanger::tableOf(const RowChange& change) const {
     return *table;
 }
 
-ChangeOutcome RowChanger::run(const RowChange& change, Command& command) {
+ChangeOutcome EmbeddedRowChanger::run(const RowChange& change, RowStatement& command) {
     engine::PreparedStatement& statement = prepared(command.sql);
     const engine::ResetGuard guard(statement);
     for (std::size_t i = 0; i < command.values.size(); ++i) {
@@ -222,7 +225,7 @@ ChangeOutcome RowChanger::run(const RowChange& change, Command& command) {
     return outcome;
 }
 
-engine::PreparedStatement& RowChanger::prepared(const std::string& sql) {
+engine::PreparedStatement& EmbeddedRowChanger::prepared(const std::string& sql) {
     if (engine::PreparedStatement* found = kept_.find(sql)) {
         return *found;
     }
@@ -230,9 +233,10 @@ engine::PreparedStatement& RowChanger::prepared(const std::string& sql) {
 }
 
 // Every command answers a row for each row that it touches.
-RowChanger::Command RowChanger::commandFor(const RowChange& change, const engine::Table& table,
-                                           const std::string& columns) {
-    Command command;
+EmbeddedRowChanger::RowStatement EmbeddedRowChanger::commandFor(const RowChange& change,
+                                                                const engine::Table& table,
+                                                                const std::string& columns) {
+    RowStatement command;
     switch (change.kind) {
         case RowChange::Kind::Insert:
             command = insertion(change, table);
@@ -257,8 +261,9 @@ RowChanger::Command RowChanger::commandFor(const RowChange& change, const engine
     return command;
 }
 
-RowChanger::Command RowChanger::insertion(const RowChange& change, const engine::Table& table) {
-    Command command;
+EmbeddedRowChanger::RowStatement EmbeddedRowChanger::insertion(const RowChange& change,
+                                                               const engine::Table& table) {
+    RowStatement command;
     std::string names;
     std::string values;
     const auto add = [&](const engine::Column& column, const std::string& value) {
@@ -284,8 +289,9 @@ RowChanger::Command RowChanger::insertion(const RowChange& change, const engine:
     return command;
 }
 
-RowChanger::Command RowChanger::update(const RowChange& change, const engine::Table& table) {
-    Command command;
+EmbeddedRowChanger::RowStatement EmbeddedRowChanger::update(const RowChange& change,
+                                                            const engine::Table& table) {
+    RowStatement command;
     std::string assignments;
     const auto add = [&](const engine::Column& column, const std::string& value) {
         assignments +=
@@ -308,8 +314,8 @@ RowChanger::Command RowChanger::update(const RowChange& change, const engine::Ta
 }
 
 // A text is first compared as its column does, which an index can serve, and then exactly.
-void RowChanger::addCriteria(const RowChange& change, const engine::Table& table,
-                             Command& command) {
+void EmbeddedRowChanger::addCriteria(const RowChange& change, const engine::Table& table,
+                                     RowStatement& command) {
     const char* joint = " WHERE ";
     for (const ColumnValue& value : change.criteria) {
         const engine::Column& column = columnOf(table, value.column);

@@ -10,7 +10,7 @@
 #include "engine/catalog/tables.hpp"
 #include "engine/executor/transactions.hpp"
 #include "engine/script/script_runner.hpp"
-#include "engine/sqlite/connection.hpp"
+#include "engine/sqlite/file_connection.hpp"
 
 namespace kap::ado::embedded {
 
@@ -19,10 +19,10 @@ namespace kap::ado::embedded {
 // Values go through the same conversions and checks as in the dialect's INSERT and UPDATE; row
 // versions and identities are given out. Criteria are compared exactly: letter case and trailing
 // blanks count, and Null equals Null.
-class RowChanger {
+class EmbeddedRowChanger {
 public:
-    RowChanger(engine::Connection& connection, engine::SchemaCatalogue& catalogue,
-               engine::Transactions& transactions, engine::ScriptRunner& scripts);
+    EmbeddedRowChanger(engine::FileConnection& connection, engine::SchemaCatalogue& catalogue,
+                       engine::Transactions& transactions, engine::ScriptRunner& scripts);
 
     // Raises ServerError for what the database refuses and DriverError when the criteria fit more
     // than one row; nothing is written then. What the table's triggers report is raised, too;
@@ -31,7 +31,7 @@ public:
 
 private:
     // The SQL of a change and the values of its parameters, in order.
-    struct Command {
+    struct RowStatement {
         std::string sql;
         std::vector<CellValue> values;
         std::vector<Storage> storages;
@@ -40,20 +40,23 @@ private:
     [[nodiscard]] const engine::Table& tableOf(const RowChange& change) const;
     [[nodiscard]] ChangeOutcome write(const RowChange& change);
     [[nodiscard]] ChangeOutcome read(const RowChange& change);
-    [[nodiscard]] ChangeOutcome run(const RowChange& change, Command& command);
-    [[nodiscard]] ChangeOutcome runNamingKeys(const RowChange& change, Command& command);
+    [[nodiscard]] ChangeOutcome run(const RowChange& change, RowStatement& command);
+    [[nodiscard]] ChangeOutcome runNamingKeys(const RowChange& change, RowStatement& command);
     [[nodiscard]] ChangeOutcome writeWithTriggers(const RowChange& change,
                                                   const engine::Table& table);
     void readAgain(const RowChange& change, const engine::Table& table, ChangeOutcome& outcome);
     [[nodiscard]] engine::PreparedStatement& prepared(const std::string& sql);
 
-    [[nodiscard]] static Command commandFor(const RowChange& change, const engine::Table& table,
-                                            const std::string& columns);
-    [[nodiscard]] static Command insertion(const RowChange& change, const engine::Table& table);
-    [[nodiscard]] static Command update(const RowChange& change, const engine::Table& table);
-    static void addCriteria(const RowChange& change, const engine::Table& table, Command& command);
+    [[nodiscard]] static RowStatement commandFor(const RowChange& change,
+                                                 const engine::Table& table,
+                                                 const std::string& columns);
+    [[nodiscard]] static RowStatement insertion(const RowChange& change,
+                                                const engine::Table& table);
+    [[nodiscard]] static RowStatement update(const RowChange& change, const engine::Table& table);
+    static void addCriteria(const RowChange& change, const engine::Table& table,
+                            RowStatement& command);
 
-    engine::Connection& connection_;
+    engine::FileConnection& connection_;
     engine::SchemaCatalogue& catalogue_;
     engine::Transactions& transactions_;
     engine::ScriptRunner& scripts_;

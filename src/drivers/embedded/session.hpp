@@ -10,7 +10,7 @@
 #include "engine/executor/transactions.hpp"
 #include "engine/script/script_runner.hpp"
 #include "engine/script/session_functions.hpp"
-#include "engine/sqlite/connection.hpp"
+#include "engine/sqlite/file_connection.hpp"
 
 namespace kap::ado::embedded {
 
@@ -32,14 +32,14 @@ private:
     template <class Work>
     auto reported(Work work);
 
-    engine::Connection connection_;
+    engine::FileConnection connection_;
     engine::Counters counters_;
     engine::SchemaCatalogue catalogue_;
     engine::Transactions transactions_;
     engine::SessionState state_;
     engine::ScriptRunner scripts_;
     engine::SessionFunctions functions_;
-    RowChanger changer_;
+    EmbeddedRowChanger changer_;
 };
 
 }  // namespace kap::ado::embedded

@@ -51,8 +51,8 @@ std::vector<OutputColumn> Binder::commonColumns(const tsql::CommonTable& table,
     }
     for (std::size_t i = 0; i < columns.size(); ++i) {
         if (!table.columns.empty()) columns[i].name = table.columns[i];
-        Typed& value = columns[i].value;
-        value = Typed::expression(numberedName(i), value.type, true);
+        BoundExpression& value = columns[i].value;
+        value = BoundExpression::expression(numberedName(i), value.type, true);
     }
     checkOwnNames(columns, table.name, table.query->line);
     return columns;
@@ -72,7 +72,7 @@ void checkRecursiveTypes(const tsql::CommonTable& table, const std::vector<Outpu
                          const std::vector<OutputColumn>& recursive) {
     const std::size_t count = std::min(anchor.size(), recursive.size());
     for (std::size_t i = 0; i < count; ++i) {
-        const Typed& next = recursive[i].value;
+        const BoundExpression& next = recursive[i].value;
         const tsql::TypeSpec& from = anchor[i].value.type;
         const bool sameText = !tsql::isText(from.type) || from.length == next.type.length;
         if (next.nullLiteral || (from.type == next.type.type && sameText)) continue;
@@ -180,7 +180,8 @@ std::string Binder::recursiveTable(const tsql::CommonTable& table, CommonName ow
                 ? "0"
                 : callText("kap_deeper", sqlName(readAs) + "." + level, plain::text(maxRecursion_));
         if (!readAs.empty()) checkRecursiveTypes(table, terms.front().items, terms.back().items);
-        terms.back().items.push_back({"", Typed::expression(sql, {tsql::SqlType::BigInt}, false)});
+        terms.back().items.push_back(
+            {"", BoundExpression::expression(sql, {tsql::SqlType::BigInt}, false)});
     }
     std::vector<OutputColumn> columns = unify(terms, table.query->line, *this);
     const std::size_t count = columns.size();
@@ -210,13 +211,15 @@ std::string Binder::targetTable(const tsql::CommonTable& table, Scope* outer) {
     orderRows(table.query->orderBy, bound);
     std::vector<OutputColumn> columns = bound.items;
     const std::string& source = named->alias.empty() ? base->name : named->alias;
-    bound.items.push_back({"", Typed::expression(sqlName(source) + "." + rowNumberName(*base),
-                                                 {tsql::SqlType::BigInt}, false)});
+    bound.items.push_back(
+        {"", BoundExpression::expression(sqlName(source) + "." + rowNumberName(*base),
+                                         {tsql::SqlType::BigInt}, false)});
     commonTarget_ = {base, numberedName(columns.size()), {}, "", {}};
     for (std::size_t i = 0; i < columns.size(); ++i) {
         if (i < table.columns.size()) columns[i].name = table.columns[i];
         commonTarget_.columns.emplace_back(columns[i].name, columns[i].value.column);
-        columns[i].value = Typed::expression(numberedName(i), columns[i].value.type, true);
+        columns[i].value =
+            BoundExpression::expression(numberedName(i), columns[i].value.type, true);
     }
     commonNames_.push_back({table.name, std::move(columns), ""});
     return definition(table.name, bound.items.size(), selectText(bound));

@@ -39,8 +39,8 @@ OperatorText operatorText(ComparisonOperator op) {
     return {"", ""};
 }
 
-void refuseLarge(const std::vector<Typed>& values, const char* operation, int line) {
-    const auto large = [](const Typed& value) {
+void refuseLarge(const std::vector<BoundExpression>& values, const char* operation, int line) {
+    const auto large = [](const BoundExpression& value) {
         const SqlType type = value.type.type;
         return type == SqlType::Text || type == SqlType::NText || type == SqlType::Image;
     };
@@ -54,7 +54,7 @@ void refuseLarge(const std::vector<Typed>& values, const char* operation, int li
 
 // How many digits behind the point a literal needs: those of 5.00 are none, so it meets an int as
 // it is.
-int neededScale(const Typed& value) {
+int neededScale(const BoundExpression& value) {
     int scale = storedScale(value.type);
     if (!value.constant) return scale;
     auto rest = std::get<std::int64_t>(*value.constant);
@@ -65,44 +65,44 @@ int neededScale(const Typed& value) {
     return scale;
 }
 
-Typed atScale(const Typed& value, int scale) {
+BoundExpression atScale(const BoundExpression& value, int scale) {
     const int own = storedScale(value.type);
     if (own == scale) return value;
     if (value.constant) {
         const std::int64_t constant = std::get<std::int64_t>(*value.constant);
         const auto scaled = rescale(constant, own, scale, Rounding::HalfAway);
         if (const auto result = scaled ? narrow(*scaled) : std::nullopt) {
-            return Typed::literal(*result, value.type);
+            return BoundExpression::literal(*result, value.type);
         }
         // Beyond every stored number; a double says so, and SQLite compares the two exactly.
-        return Typed::literal(
+        return BoundExpression::literal(
             static_cast<double>(constant) * static_cast<double>(powerOfTen(scale - own)),
             value.type);
     }
-    return Typed::expression(callText("kap_widen", value.sql, plain::text(scale - own)), value.type,
-                             value.nullable);
+    return BoundExpression::expression(callText("kap_widen", value.sql, plain::text(scale - own)),
+                                       value.type, value.nullable);
 }
 
 // Stored whole numbers compare natively once they stand for the same fractions.
-void alignScales(std::vector<Typed>& values) {
+void alignScales(std::vector<BoundExpression>& values) {
     int scale = 0;
-    for (const Typed& value : values)
+    for (const BoundExpression& value : values)
         scale = std::max(scale, neededScale(value));
-    for (Typed& value : values)
+    for (BoundExpression& value : values)
         value = atScale(value, scale);
 }
 
 }  // namespace
 
-std::vector<Typed> Binder::comparable(std::vector<Typed> values, const char* operation,
-                                      int line) const {
+std::vector<BoundExpression> Binder::comparable(std::vector<BoundExpression> values,
+                                                const char* operation, int line) const {
     const auto type = commonType(values);
     if (!type) return values;
     refuseLarge(values, operation, line);
     const bool exact = tsql::isExact(type->type);
-    for (Typed& value : values) {
+    for (BoundExpression& value : values) {
         if (value.nullLiteral) {
-            value = Typed::expression("NULL", *type, true);
+            value = BoundExpression::expression("NULL", *type, true);
             continue;
         }
         if (exact && tsql::isExact(value.type.type)) continue;
@@ -120,10 +120,10 @@ std::vector<Typed> Binder::comparable(std::vector<Typed> values, const char* ope
     return values;
 }
 
-std::string Binder::compared(ComparisonOperator op, const Typed& left, const Typed& right,
-                             int line) const {
+std::string Binder::compared(ComparisonOperator op, const BoundExpression& left,
+                             const BoundExpression& right, int line) const {
     const OperatorText text = operatorText(op);
-    const std::vector<Typed> sides = comparable({left, right}, text.name, line);
+    const std::vector<BoundExpression> sides = comparable({left, right}, text.name, line);
     // SQLite takes the collation of either column; when neither side is one it has to be told.
     const bool told = sides[0].plainColumn || sides[1].plainColumn;
     const bool constants = sides[0].constant && sides[1].constant;

@@ -47,8 +47,8 @@ std::string Binder::test(const tsql::UnaryExpression& node, int /*line*/, Scope&
 }
 
 std::string Binder::test(const tsql::Comparison& node, int line, Scope& scope) {
-    const Typed left = value(*node.left, scope);
-    const Typed right = value(*node.right, scope);
+    const BoundExpression left = value(*node.left, scope);
+    const BoundExpression right = value(*node.right, scope);
     return compared(node.op, left, right, line);
 }
 
@@ -61,10 +61,10 @@ std::string Binder::test(const tsql::LogicalExpression& node, int /*line*/, Scop
 }
 
 std::string Binder::test(const tsql::BetweenPredicate& node, int line, Scope& scope) {
-    const std::vector<Typed> values =
+    const std::vector<BoundExpression> values =
         comparable({value(*node.value, scope), value(*node.low, scope), value(*node.high, scope)},
                    "between", line);
-    const auto limit = [&](const Typed& value) {
+    const auto limit = [&](const BoundExpression& value) {
         return collated(value, values[0].constant ? value.sql : operand(value));
     };
     return "(" + collated(values[0]) + notIf(node.negated) + " BETWEEN " + limit(values[1]) +
@@ -74,7 +74,7 @@ std::string Binder::test(const tsql::BetweenPredicate& node, int line, Scope& sc
 // Whether some row satisfies ("> ANY"), or all do ("> ALL"); unknown when only rows that cannot be
 // compared stand in the way.
 std::string Binder::test(const tsql::QuantifiedComparison& node, int line, Scope& scope) {
-    const Typed left = value(*node.value, scope);
+    const BoundExpression left = value(*node.value, scope);
     const BoundQuery bound = query(*node.query, &scope, QueryPlace::Nested);
     if (bound.columns.size() != 1) {
         throw ServerError(
@@ -83,7 +83,7 @@ std::string Binder::test(const tsql::QuantifiedComparison& node, int line, Scope
             "not introduced with EXISTS.",
             line);
     }
-    Typed column = bound.columns[0].value;
+    BoundExpression column = bound.columns[0].value;
     column.sql = "\"c1\"";
     column.constant.reset();
     column.plainColumn = false;
@@ -97,7 +97,7 @@ std::string Binder::test(const tsql::QuantifiedComparison& node, int line, Scope
 
 std::string Binder::test(const tsql::InPredicate& node, int line, Scope& scope) {
     if (node.query) return inQuery(node, line, scope);
-    std::vector<Typed> values{value(*node.value, scope)};
+    std::vector<BoundExpression> values{value(*node.value, scope)};
     for (const auto& item : node.list)
         values.push_back(value(*item, scope));
     values = comparable(std::move(values), "equal to", line);
@@ -110,7 +110,7 @@ std::string Binder::test(const tsql::InPredicate& node, int line, Scope& scope) 
 // The column of the query is brought to the common type outside it, so that the query stays as it
 // is.
 std::string Binder::inQuery(const tsql::InPredicate& node, int line, Scope& scope) {
-    const Typed left = value(*node.value, scope);
+    const BoundExpression left = value(*node.value, scope);
     const BoundQuery bound = query(*node.query, &scope, QueryPlace::Nested);
     if (bound.columns.size() != 1) {
         throw ServerError(
@@ -119,11 +119,11 @@ std::string Binder::inQuery(const tsql::InPredicate& node, int line, Scope& scop
             "not introduced with EXISTS.",
             line);
     }
-    Typed column = bound.columns[0].value;
+    BoundExpression column = bound.columns[0].value;
     column.sql = "\"c1\"";
     column.constant.reset();
     column.plainColumn = false;
-    const std::vector<Typed> sides = comparable({left, column}, "equal to", line);
+    const std::vector<BoundExpression> sides = comparable({left, column}, "equal to", line);
     const std::string rows = sides[1].sql == column.sql
                                  ? bound.sql
                                  : "SELECT " + sides[1].sql + " FROM (" + bound.sql + ")";
@@ -132,7 +132,7 @@ std::string Binder::inQuery(const tsql::InPredicate& node, int line, Scope& scop
 
 std::string Binder::test(const tsql::LikePredicate& node, int line, Scope& scope) {
     const auto text = [&](const tsql::Expression& expression) {
-        Typed bound = value(expression, scope);
+        BoundExpression bound = value(expression, scope);
         if (tsql::isText(bound.type.type)) return bound;
         return castTo(bound, textTypeOf(bound.type), 0, line);
     };

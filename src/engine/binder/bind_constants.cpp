@@ -27,7 +27,7 @@ bool isShort(const Value& value) {
 
 }  // namespace
 
-bool Binder::bindsToo(const Typed& value) const {
+bool Binder::bindsToo(const BoundExpression& value) const {
     return constantsStand_ == Constants::Bound && value.constant && !isNull(*value.constant) &&
            isShort(*value.constant);
 }
@@ -38,7 +38,7 @@ std::string Binder::parameter(std::size_t constant) const {
 
 // What a condition compares with. The same constant has the same text: an expression of the select
 // list may have to be found again in GROUP BY.
-std::string Binder::operand(const Typed& value) const {
+std::string Binder::operand(const BoundExpression& value) const {
     if (!bindsToo(value)) return value.sql;
     const auto found = std::find(constants_.begin(), constants_.end(), *value.constant);
     const auto place = static_cast<std::size_t>(found - constants_.begin());
@@ -51,7 +51,7 @@ std::string Binder::operand(const Typed& value) const {
 
 // What goes into a column: each has a place of its own, so that rows in which two values happen to
 // be equal have the text of the others.
-std::string Binder::storedConstant(const Typed& value) const {
+std::string Binder::storedConstant(const BoundExpression& value) const {
     if (!bindsToo(value) || constants_.size() == kMostConstants) return value.sql;
     constants_.push_back(*value.constant);
     return parameter(constants_.size() - 1);

@@ -26,7 +26,7 @@ BoundQuery Binder::cursorQuery(const tsql::Query& query, std::vector<std::string
     if (!showsRows(query)) return this->query(query, nullptr, QueryPlace::Whole);
     if (!query.commonTables.empty()) limitRecursion(query.maxRecursion);
     const std::string with = commonTables(query.commonTables, nullptr);
-    const Replaced numbers(needsRowNumbers_, true);
+    const Restored numbers(needsRowNumbers_, true);
     BoundSelect bound = term(query.terms.front(), query.orderBy, nullptr);
     orderRows(query.orderBy, bound);
     for (const Source& source : bound.scope->sources) {
@@ -34,7 +34,7 @@ BoundQuery Binder::cursorQuery(const tsql::Query& query, std::vector<std::string
         if (std::ranges::find(tables, source.table->name) != tables.end()) continue;
         tables.push_back(source.table->name);
         bound.items.push_back(
-            {"", Typed::expression(rowNumberOf(source), {tsql::SqlType::BigInt}, true)});
+            {"", BoundExpression::expression(rowNumberOf(source), {tsql::SqlType::BigInt}, true)});
     }
     return {with + selectText(bound), std::move(bound.items)};
 }

@@ -25,7 +25,7 @@ namespace {
 constexpr int kMaxLiteralDigits = 38;
 
 // 12 is an int, 3000000000 a decimal; 1.50 is decimal(3,2).
-Typed exactLiteral(const std::string& text, bool whole, int line) {
+BoundExpression exactLiteral(const std::string& text, bool whole, int line) {
     const auto number = parseScaled(text);
     const auto value = number ? narrow(number->value) : std::nullopt;
     if (!value) {
@@ -41,15 +41,16 @@ Typed exactLiteral(const std::string& text, bool whole, int line) {
         throw ServerError(
             8115, "Arithmetic overflow error converting expression to data type numeric.", line);
     }
-    if (whole && *value <= 2147483647) return Typed::literal(*value, {SqlType::Int});
+    if (whole && *value <= 2147483647) return BoundExpression::literal(*value, {SqlType::Int});
     int digits = 1;
     for (std::int64_t rest = *value / 10; rest != 0; rest /= 10)
         ++digits;
     // The largest numbers of bigint have one digit more than a decimal can have here.
     constexpr int kMostDecimalDigits = 18;
-    if (whole && digits > kMostDecimalDigits) return Typed::literal(*value, {SqlType::BigInt});
-    return Typed::literal(*value,
-                          {SqlType::Numeric, 0, std::max(digits, number->scale), number->scale});
+    if (whole && digits > kMostDecimalDigits)
+        return BoundExpression::literal(*value, {SqlType::BigInt});
+    return BoundExpression::literal(
+        *value, {SqlType::Numeric, 0, std::max(digits, number->scale), number->scale});
 }
 
 // -9223372036854775808: its digits alone are one more than bigint holds.
@@ -59,7 +60,7 @@ bool isLowestBigInt(const tsql::UnaryExpression& node) {
            literal->kind == LiteralKind::Integer && literal->text == "9223372036854775808";
 }
 
-Typed floatLiteral(std::string text, int line) {
+BoundExpression floatLiteral(std::string text, int line) {
     // An exponent without digits is zero.
     const char last = text.back();
     if (last == 'e' || last == 'E' || last == '+' || last == '-') text += '0';
@@ -70,42 +71,45 @@ Typed floatLiteral(std::string text, int line) {
                               "' is out of the range of computer representation (8 bytes).",
                           line, 15);
     }
-    return Typed::literal(number->value, {SqlType::Float});
+    return BoundExpression::literal(number->value, {SqlType::Float});
 }
 
-Typed textLiteral(const std::string& text, bool national) {
+BoundExpression textLiteral(const std::string& text, bool national) {
     constexpr std::size_t kMaxBytes = 8000;
     const std::size_t limit = national ? kMaxBytes / 2 : kMaxBytes;
     const std::size_t units = unitLength(text);
     const int length = units > limit ? tsql::kMaxLength : std::max(1, static_cast<int>(units));
-    return Typed::literal(text, {national ? SqlType::NVarChar : SqlType::VarChar, length});
+    return BoundExpression::literal(text,
+                                    {national ? SqlType::NVarChar : SqlType::VarChar, length});
 }
 
-Typed binaryLiteral(const std::string& digits) {
+BoundExpression binaryLiteral(const std::string& digits) {
     const std::string even = digits.size() % 2 == 0 ? digits : "0" + digits;
     const TypeSpec text{SqlType::VarChar, tsql::kMaxLength};
     const int length = std::max(1, static_cast<int>(even.size() / 2));
     const TypeSpec type{SqlType::VarBinary, length};
     constexpr int kPlainDigits = 2;
-    return Typed::literal(convert(even, text, type, Overlength::Cut, kPlainDigits), type);
+    return BoundExpression::literal(convert(even, text, type, Overlength::Cut, kPlainDigits), type);
 }
 
-[[noreturn]] void clash(const Typed& value, const TypeSpec& type, int line) {
+[[noreturn]] void clash(const BoundExpression& value, const TypeSpec& type, int line) {
     throw ServerError(206,
                       std::string("Operand type clash: ") + tsql::typeName(value.type.type) +
                           " is incompatible with " + tsql::typeName(type.type),
                       line);
 }
 
-Typed folded(const Typed& value, const TypeSpec& type, Overlength overlength, int style, int line) {
+BoundExpression folded(const BoundExpression& value, const TypeSpec& type, Overlength overlength,
+                       int style, int line) {
     try {
-        return Typed::literal(convert(*value.constant, value.type, type, overlength, style), type);
+        return BoundExpression::literal(
+            convert(*value.constant, value.type, type, overlength, style), type);
     } catch (const ServerError& error) {
         throw error.at(line);
     }
 }
 
-void checkImplicit(const Typed& value, const TypeSpec& type, int line) {
+void checkImplicit(const BoundExpression& value, const TypeSpec& type, int line) {
     switch (conversionRule(value.type.type, type.type)) {
         case ConversionRule::Implicit:
             return;
@@ -123,10 +127,10 @@ void checkImplicit(const Typed& value, const TypeSpec& type, int line) {
 
 }  // namespace
 
-Typed Binder::literal(const tsql::Literal& literal, int line) const {
+BoundExpression Binder::literal(const tsql::Literal& literal, int line) const {
     switch (literal.kind) {
         case LiteralKind::Null:
-            return Typed::null();
+            return BoundExpression::null();
         case LiteralKind::Integer:
             return exactLiteral(literal.text, true, line);
         case LiteralKind::Decimal:
@@ -134,7 +138,7 @@ Typed Binder::literal(const tsql::Literal& literal, int line) const {
         case LiteralKind::Float:
             return floatLiteral(literal.text, line);
         case LiteralKind::Money: {
-            const Typed text = textLiteral(literal.text, false);
+            const BoundExpression text = textLiteral(literal.text, false);
             return folded(text, {SqlType::Money}, Overlength::Cut, 0, line);
         }
         case LiteralKind::Text:
@@ -147,7 +151,7 @@ Typed Binder::literal(const tsql::Literal& literal, int line) const {
     throw ServerError(102, "Incorrect syntax near '" + literal.text + "'.", line, 15);
 }
 
-Typed Binder::value(const tsql::Expression& expression, Scope& scope) {
+BoundExpression Binder::value(const tsql::Expression& expression, Scope& scope) {
     tsql::requireStack(expression.line);
     if (scope.grouped && !scope.insideAggregate) {
         if (auto grouped = groupedValue(expression, scope)) return *grouped;
@@ -156,35 +160,36 @@ Typed Binder::value(const tsql::Expression& expression, Scope& scope) {
                       expression.node);
 }
 
-Typed Binder::computedValue(const tsql::Expression& expression, Scope& scope) {
-    const Replaced definition(computedColumn_, true);
+BoundExpression Binder::computedValue(const tsql::Expression& expression, Scope& scope) {
+    const Restored definition(computedColumn_, true);
     return value(expression, scope);
 }
 
 // After grouping an expression may stand that repeats one of GROUP BY, such as a + 1 or year(d).
-std::optional<Typed> Binder::groupedValue(const tsql::Expression& expression, Scope& scope) {
+std::optional<BoundExpression> Binder::groupedValue(const tsql::Expression& expression,
+                                                    Scope& scope) {
     if (!scope.groupTexts.empty()) return groupedOfSets(expression, scope);
     const bool simple = std::holds_alternative<tsql::Literal>(expression.node) ||
                         std::holds_alternative<tsql::ColumnReference>(expression.node) ||
                         std::holds_alternative<tsql::ScalarSubquery>(expression.node);
     if (simple || scope.groups.empty() || expression.isPredicate() || containsAggregate(expression))
         return std::nullopt;
-    const Replaced before(scope.grouped, false);
-    const Typed bound = value(expression, scope);
+    const Restored before(scope.grouped, false);
+    const BoundExpression bound = value(expression, scope);
     if (std::find(scope.groups.begin(), scope.groups.end(), bound.sql) == scope.groups.end())
         return std::nullopt;
     return bound;
 }
 
-Typed Binder::node(const tsql::Literal& node, int line, Scope& /*scope*/) {
+BoundExpression Binder::node(const tsql::Literal& node, int line, Scope& /*scope*/) {
     return literal(node, line);
 }
 
-Typed Binder::node(const tsql::ColumnReference& node, int /*line*/, Scope& scope) {
+BoundExpression Binder::node(const tsql::ColumnReference& node, int /*line*/, Scope& scope) {
     return resolveColumn(node.name, scope).value;
 }
 
-Typed Binder::node(const tsql::VariableReference& node, int line, Scope& /*scope*/) {
+BoundExpression Binder::node(const tsql::VariableReference& node, int line, Scope& /*scope*/) {
     if (node.name.compare(0, 2, "@@") == 0) return systemVariable(node.name, systemCall(), line);
     const Variable* variable = names_.variable(node.name);
     if (variable == nullptr) {
@@ -192,20 +197,21 @@ Typed Binder::node(const tsql::VariableReference& node, int line, Scope& /*scope
     }
     const std::string number = plain::text(variable->slot + (variablesPerRow_ ? 0 : 1));
     if (variablesPerRow_) {
-        return Typed::expression(callText("kap_variable", number), variable->type, true);
+        return BoundExpression::expression(callText("kap_variable", number), variable->type, true);
     }
     if (std::find(usedVariables_.begin(), usedVariables_.end(), variable->slot) ==
         usedVariables_.end()) {
         usedVariables_.push_back(variable->slot);
     }
-    return Typed::expression("?" + number, variable->type, true);
+    return BoundExpression::expression("?" + number, variable->type, true);
 }
 
-Typed Binder::node(const tsql::UnaryExpression& node, int line, Scope& scope) {
+BoundExpression Binder::node(const tsql::UnaryExpression& node, int line, Scope& scope) {
     if (isLowestBigInt(node)) {
-        return Typed::literal(std::numeric_limits<std::int64_t>::min(), {SqlType::BigInt});
+        return BoundExpression::literal(std::numeric_limits<std::int64_t>::min(),
+                                        {SqlType::BigInt});
     }
-    Typed operand = value(*node.operand, scope);
+    BoundExpression operand = value(*node.operand, scope);
     switch (node.op) {
         case tsql::UnaryOperator::Minus:
             return negated(operand, line);
@@ -216,35 +222,36 @@ Typed Binder::node(const tsql::UnaryExpression& node, int line, Scope& scope) {
     }
 }
 
-Typed Binder::node(const tsql::BinaryExpression& node, int line, Scope& scope) {
-    Typed left = value(*node.left, scope);
-    Typed right = value(*node.right, scope);
+BoundExpression Binder::node(const tsql::BinaryExpression& node, int line, Scope& scope) {
+    BoundExpression left = value(*node.left, scope);
+    BoundExpression right = value(*node.right, scope);
     return arithmetic(node.op, std::move(left), std::move(right), line);
 }
 
 // What tests is no value: the grammar keeps conditions out of value places.
 template <typename Predicate>
-Typed Binder::node(const Predicate& /*node*/, int line, Scope& /*scope*/) {
+BoundExpression Binder::node(const Predicate& /*node*/, int line, Scope& /*scope*/) {
     throw ServerError(102, "Incorrect syntax near a condition where a value is expected.", line,
                       15);
 }
 
-Typed Binder::node(const tsql::CastExpression& node, int line, Scope& scope) {
-    const Typed operand = value(*node.value, scope);
-    Typed style = Typed::literal(std::int64_t{kDefaultDateStyle}, {SqlType::Int});
+BoundExpression Binder::node(const tsql::CastExpression& node, int line, Scope& scope) {
+    const BoundExpression operand = value(*node.value, scope);
+    BoundExpression style =
+        BoundExpression::literal(std::int64_t{kDefaultDateStyle}, {SqlType::Int});
     if (node.style) style = convertTo(value(*node.style, scope), {SqlType::Int}, line);
     if (!node.tries && style.constant) {
         return castTo(operand, node.type, static_cast<int>(std::get<std::int64_t>(*style.constant)),
                       line);
     }
     // What is tried is tried when the statement runs, also a constant.
-    Typed result = castCall(node.tries ? "kap_try_convert" : "kap_convert", operand, node.type,
-                            style.sql, line);
+    BoundExpression result = castCall(node.tries ? "kap_try_convert" : "kap_convert", operand,
+                                      node.type, style.sql, line);
     result.nullable = true;
     return result;
 }
 
-Typed Binder::node(const tsql::ScalarSubquery& node, int line, Scope& scope) {
+BoundExpression Binder::node(const tsql::ScalarSubquery& node, int line, Scope& scope) {
     if (scope.insideAggregate) throw aggregateOfAggregate(line);
     const BoundQuery bound = query(*node.query, &scope, QueryPlace::Nested);
     if (bound.columns.size() != 1) {
@@ -254,13 +261,13 @@ Typed Binder::node(const tsql::ScalarSubquery& node, int line, Scope& scope) {
             "not introduced with EXISTS.",
             line);
     }
-    return Typed::expression("(SELECT kap_single(\"c1\") FROM (" + bound.sql + "))",
-                             bound.columns[0].value.type, true);
+    return BoundExpression::expression("(SELECT kap_single(\"c1\") FROM (" + bound.sql + "))",
+                                       bound.columns[0].value.type, true);
 }
 
-Typed Binder::node(const tsql::CaseExpression& node, int line, Scope& scope) {
+BoundExpression Binder::node(const tsql::CaseExpression& node, int line, Scope& scope) {
     std::vector<std::string> whens;
-    std::vector<Typed> results;
+    std::vector<BoundExpression> results;
     std::string sql = "CASE";
     if (node.subject) {
         sql += " " + caseSubject(node, whens, line, scope);
@@ -281,17 +288,17 @@ Typed Binder::node(const tsql::CaseExpression& node, int line, Scope& scope) {
     }
     bool nullable = !node.otherwise;
     for (std::size_t i = 0; i < results.size(); ++i) {
-        const Typed result = convertTo(results[i], *type, line);
+        const BoundExpression result = convertTo(results[i], *type, line);
         nullable = nullable || result.nullable;
         sql +=
             i < whens.size() ? " WHEN " + whens[i] + " THEN " + result.sql : " ELSE " + result.sql;
     }
-    return Typed::expression("(" + sql + " END)", *type, nullable);
+    return BoundExpression::expression("(" + sql + " END)", *type, nullable);
 }
 
 std::string Binder::caseSubject(const tsql::CaseExpression& node, std::vector<std::string>& whens,
                                 int line, Scope& scope) {
-    std::vector<Typed> values{value(*node.subject, scope)};
+    std::vector<BoundExpression> values{value(*node.subject, scope)};
     for (const auto& branch : node.branches)
         values.push_back(value(*branch.when, scope));
     values = comparable(std::move(values), "equal to", line);
@@ -300,27 +307,29 @@ std::string Binder::caseSubject(const tsql::CaseExpression& node, std::vector<st
     return collated(values.front());
 }
 
-Typed Binder::convertTo(const Typed& value, const TypeSpec& type, int line) const {
-    if (value.nullLiteral) return Typed::expression("NULL", type, true);
+BoundExpression Binder::convertTo(const BoundExpression& value, const TypeSpec& type,
+                                  int line) const {
+    if (value.nullLiteral) return BoundExpression::expression("NULL", type, true);
     if (value.type == type) return value;
     checkImplicit(value, type, line);
     if (value.constant) return folded(value, type, Overlength::Cut, 0, line);
     if (!needsConversion(value.type, type)) return value.as(type);
-    return Typed::expression(
+    return BoundExpression::expression(
         callText("kap_convert", value.sql, typeArgument(value.type), typeArgument(type), "0"), type,
         value.nullable);
 }
 
-Typed Binder::castTo(const Typed& value, const TypeSpec& type, int style, int line) const {
+BoundExpression Binder::castTo(const BoundExpression& value, const TypeSpec& type, int style,
+                               int line) const {
     const bool allowed =
         conversionRule(value.type.type, type.type) != ConversionRule::Never || value.nullLiteral;
     if (value.constant && allowed) return folded(value, type, Overlength::Cut, style, line);
     return castCall("kap_convert", value, type, plain::text(style), line);
 }
 
-Typed Binder::castCall(const char* function, const Typed& value, const TypeSpec& type,
-                       const std::string& style, int line) const {
-    if (value.nullLiteral) return Typed::expression("NULL", type, true);
+BoundExpression Binder::castCall(const char* function, const BoundExpression& value,
+                                 const TypeSpec& type, const std::string& style, int line) const {
+    if (value.nullLiteral) return BoundExpression::expression("NULL", type, true);
     if (conversionRule(value.type.type, type.type) == ConversionRule::Never) {
         throw ServerError(529,
                           std::string("Explicit conversion from data type ") +
@@ -330,14 +339,14 @@ Typed Binder::castCall(const char* function, const Typed& value, const TypeSpec&
     }
     if (!needsConversion(value.type, type)) {
         // The type was asked for, so the result is an expression of it and no longer the column.
-        return Typed::expression(value.sql, type, value.nullable);
+        return BoundExpression::expression(value.sql, type, value.nullable);
     }
-    return Typed::expression(
+    return BoundExpression::expression(
         callText(function, value.sql, typeArgument(value.type), typeArgument(type), style), type,
         value.nullable);
 }
 
-std::string Binder::stored(const Typed& value, const TypeSpec& type, int line) const {
+std::string Binder::stored(const BoundExpression& value, const TypeSpec& type, int line) const {
     if (value.nullLiteral) return "NULL";
     checkImplicit(value, type, line);
     if (value.constant) return storedConstant(folded(value, type, Overlength::Refuse, 0, line));

@@ -116,7 +116,7 @@ bool isStatisticsName(std::string_view name) {
     return name == "stdev" || name == "stdevp" || name == "var" || name == "varp";
 }
 
-Typed Binder::node(const FunctionCall& node, int line, Scope& scope) {
+BoundExpression Binder::node(const FunctionCall& node, int line, Scope& scope) {
     if (node.over) return windowed(node, line, scope);
     if (isAggregateName(node.name)) return aggregate(node, line, scope);
     if (node.name.parts.size() > 1) return storedFunction(node, line, scope);
@@ -139,7 +139,7 @@ Typed Binder::node(const FunctionCall& node, int line, Scope& scope) {
 }
 
 // dbo.f(a, b): the values are brought to the types of its parameters, and the session runs it.
-Typed Binder::storedFunction(const FunctionCall& call, int line, Scope& scope) {
+BoundExpression Binder::storedFunction(const FunctionCall& call, int line, Scope& scope) {
     if (equalsIgnoringCase(call.name.parts.front(), "$partition")) {
         throw tsql::unsupported("$PARTITION", line);
     }
@@ -166,17 +166,18 @@ Typed Binder::storedFunction(const FunctionCall& call, int line, Scope& scope) {
     readsOtherRows_ = true;
     std::string arguments = sqlText(function->name);
     for (std::size_t i = 0; i < call.arguments.size(); ++i) {
-        const Typed argument =
+        const BoundExpression argument =
             std::holds_alternative<tsql::DefaultArgument>(call.arguments[i]->node)
                 ? defaultArgument(*function, i, line)
                 : value(*call.arguments[i], scope);
         arguments += ", " + convertTo(argument, function->parameters[i].type, line).sql;
     }
-    return Typed::expression(callText(computedColumn_ ? kColumnStoredCall : "kap_call", arguments),
-                             function->returns, true);
+    return BoundExpression::expression(
+        callText(computedColumn_ ? kColumnStoredCall : "kap_call", arguments), function->returns,
+        true);
 }
 
-Typed Binder::defaultArgument(const Function& function, std::size_t parameter, int line) {
+BoundExpression Binder::defaultArgument(const Function& function, std::size_t parameter, int line) {
     const Function::Parameter& wanted = function.parameters[parameter];
     if (wanted.defaultValue == nullptr) {
         throw ServerError(201,
@@ -204,34 +205,34 @@ ServerError aggregateOfAggregate(int line) {
             line, 15};
 }
 
-Typed Binder::aggregate(const FunctionCall& call, int line, Scope& scope) {
+BoundExpression Binder::aggregate(const FunctionCall& call, int line, Scope& scope) {
     const std::string name = asciiLower(call.name.last());
     if (scope.insideAggregate) throw aggregateOfAggregate(line);
     if (scope.aggregates != AggregateUse::Allowed) aggregateRefused(scope.aggregates, line);
     if (name == "string_agg") return joinedTexts(call, line, scope);
     const bool counts = name == "count" || name == "count_big";
     const TypeSpec countType = name == "count" ? TypeSpec{SqlType::Int} : TypeSpec{SqlType::BigInt};
-    if (call.star && counts) return Typed::expression("count(*)", countType, false);
+    if (call.star && counts) return BoundExpression::expression("count(*)", countType, false);
     if (call.star || call.arguments.size() != 1) {
         throw ServerError(174, "The " + name + " function requires 1 argument(s).", line, 15);
     }
-    const Replaced inside(scope.insideAggregate, true);
-    const Replaced own(scope.readsOwn, false);
-    const Replaced outer(scope.readsOuter, false);
-    const Typed argument = value(*call.arguments.front(), scope);
+    const Restored inside(scope.insideAggregate, true);
+    const Restored own(scope.readsOwn, false);
+    const Restored outer(scope.readsOuter, false);
+    const BoundExpression argument = value(*call.arguments.front(), scope);
     if (scope.readsOuter && !scope.readsOwn) {
         throw tsql::unsupported("an aggregate of columns of an outer query", line);
     }
     if (counts)
-        return Typed::expression(aggregateCall("count", collated(argument), call.distinct),
-                                 countType, false);
+        return BoundExpression::expression(
+            aggregateCall("count", collated(argument), call.distinct), countType, false);
     if (argument.nullLiteral) {
         throw ServerError(8117, "Operand data type NULL is invalid for " + name + " operator.",
                           line);
     }
     if (name == "sum") return total(argument, call.distinct, "sum", line);
     if (name == "checksum_agg") {
-        return Typed::expression(
+        return BoundExpression::expression(
             aggregateCall("kap_checksum_agg", convertTo(argument, {SqlType::Int}, line).sql,
                           call.distinct),
             {SqlType::Int}, true);
@@ -246,11 +247,12 @@ Typed Binder::aggregate(const FunctionCall& call, int line, Scope& scope) {
                               " is invalid for " + name + " operator.",
                           line);
     }
-    return Typed::expression(aggregateCall(name.c_str(), collated(argument), call.distinct),
-                             argument.type, true);
+    return BoundExpression::expression(
+        aggregateCall(name.c_str(), collated(argument), call.distinct), argument.type, true);
 }
 
-Typed Binder::total(const Typed& argument, bool distinct, const char* function, int line) const {
+BoundExpression Binder::total(const BoundExpression& argument, bool distinct, const char* function,
+                              int line) const {
     if (!tsql::isNumber(argument.type.type) || argument.type.type == SqlType::Bit) {
         throw ServerError(8117,
                           std::string("Operand data type ") + tsql::typeName(argument.type.type) +
@@ -258,31 +260,32 @@ Typed Binder::total(const Typed& argument, bool distinct, const char* function, 
                           line);
     }
     const TypeSpec type = sumType(argument.type);
-    return Typed::expression(aggregateCall(sumFunction(type), argument.sql, distinct), type, true);
+    return BoundExpression::expression(aggregateCall(sumFunction(type), argument.sql, distinct),
+                                       type, true);
 }
 
 // The deviation or the variance, of a sample or of the whole population: a float.
-Typed Binder::statistics(const std::string& name, const Typed& argument, bool distinct,
-                         int line) const {
+BoundExpression Binder::statistics(const std::string& name, const BoundExpression& argument,
+                                   bool distinct, int line) const {
     (void)total(argument, distinct, name.c_str(), line);  // refuses what is no number
-    const Typed number = convertTo(argument, {SqlType::Float}, line);
-    return Typed::expression(aggregateCall(("kap_" + name).c_str(), number.sql, distinct),
-                             {SqlType::Float}, true);
+    const BoundExpression number = convertTo(argument, {SqlType::Float}, line);
+    return BoundExpression::expression(aggregateCall(("kap_" + name).c_str(), number.sql, distinct),
+                                       {SqlType::Float}, true);
 }
 
 // The sum divided by the count: whole numbers give a whole number, decimals at least six decimals.
-Typed Binder::average(const Typed& argument, bool distinct, int line) const {
-    const Typed sum = total(argument, distinct, "avg", line);
+BoundExpression Binder::average(const BoundExpression& argument, bool distinct, int line) const {
+    const BoundExpression sum = total(argument, distinct, "avg", line);
     const std::string count = aggregateCall("count", argument.sql, distinct);
     if (tsql::isApproximate(sum.type.type)) {
-        return Typed::expression(
+        return BoundExpression::expression(
             callText("kap_float_divide", sum.sql, count, typeArgument(sum.type)), sum.type, true);
     }
     TypeSpec type = sum.type;
     constexpr int kLeastScale = 6;
     if (tsql::isDecimal(type.type)) type.scale = std::max(type.scale, kLeastScale);
     const int shift = storedScale(type) - storedScale(sum.type);
-    return Typed::expression(
+    return BoundExpression::expression(
         callText("kap_divide", sum.sql, count, plain::text(shift), typeArgument(type)), type, true);
 }
 

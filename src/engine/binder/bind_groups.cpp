@@ -54,7 +54,7 @@ std::string groupingSetsSource(std::size_t count, bool joins) {
 // The groups come out in the order of what they are grouped by, each total behind what it totals:
 // scripts of old read them so without saying ORDER BY.
 std::string Binder::groupingSets(const tsql::Select& select, Scope& scope,
-                                 const std::vector<Typed>& groups) {
+                                 const std::vector<BoundExpression>& groups) {
     std::string list = " GROUP BY ";
     std::vector<std::string> texts;
     for (std::size_t i = 0; i < groups.size(); ++i) {
@@ -64,7 +64,7 @@ std::string Binder::groupingSets(const tsql::Select& select, Scope& scope,
         }
         const std::string held = inSets(select, equal);
         const std::string leftOut = "(CASE WHEN " + held + " THEN 0 ELSE 1 END)";
-        Typed value = groups[i];
+        BoundExpression value = groups[i];
         value.sql = "(CASE WHEN " + held + " THEN " + value.sql + " END)";
         value.plainColumn = false;
         if (equal.front() == i) list += leftOut + ", " + collated(value) + ", ";
@@ -77,7 +77,8 @@ std::string Binder::groupingSets(const tsql::Select& select, Scope& scope,
 }
 
 // What repeats an expression of GROUP BY is null in the sets that leave it out.
-std::optional<Typed> Binder::groupedOfSets(const tsql::Expression& expression, Scope& scope) {
+std::optional<BoundExpression> Binder::groupedOfSets(const tsql::Expression& expression,
+                                                     Scope& scope) {
     const bool simple = std::holds_alternative<tsql::Literal>(expression.node) ||
                         std::holds_alternative<tsql::ScalarSubquery>(expression.node);
     if (simple || expression.isPredicate() || containsAggregate(expression)) return std::nullopt;
@@ -86,18 +87,19 @@ std::optional<Typed> Binder::groupedOfSets(const tsql::Expression& expression, S
         if (name == "grouping" || name == "grouping_id") return std::nullopt;
     }
     std::optional<std::size_t> group;
-    Typed bound;
+    BoundExpression bound;
     {
-        const Replaced before(scope.grouped, false);
+        const Restored before(scope.grouped, false);
         bound = value(expression, scope);
         group = groupOf(scope, bound.sql);
     }
     if (!group) return std::nullopt;
-    return Typed::expression(scope.groupTexts[*group], bound.type, true);
+    return BoundExpression::expression(scope.groupTexts[*group], bound.type, true);
 }
 
 // GROUPING(a): 1 in the rows of sets without a; GROUPING_ID(a, b): the same as digits of a number.
-std::optional<Typed> Binder::groupingCall(const tsql::FunctionCall& call, int line, Scope& scope) {
+std::optional<BoundExpression> Binder::groupingCall(const tsql::FunctionCall& call, int line,
+                                                    Scope& scope) {
     const std::string name = asciiLower(call.name.last());
     const bool several = name == "grouping_id";
     if (name != "grouping" && !several) return std::nullopt;
@@ -106,8 +108,8 @@ std::optional<Typed> Binder::groupingCall(const tsql::FunctionCall& call, int li
     }
     std::string sql;
     for (std::size_t i = 0; i < call.arguments.size(); ++i) {
-        const Replaced before(scope.grouped, false);
-        const Typed bound = value(*call.arguments[i], scope);
+        const Restored before(scope.grouped, false);
+        const BoundExpression bound = value(*call.arguments[i], scope);
         const auto group = groupOf(scope, bound.sql);
         if (!group) {
             throw ServerError(8161,
@@ -120,7 +122,7 @@ std::optional<Typed> Binder::groupingCall(const tsql::FunctionCall& call, int li
             *group < scope.groupsLeftOut.size() ? scope.groupsLeftOut[*group] : "0";
         sql = sql.empty() ? leftOut : "(" + sql + " * 2 + " + leftOut + ")";
     }
-    return Typed::expression(sql, {several ? SqlType::Int : SqlType::TinyInt}, false);
+    return BoundExpression::expression(sql, {several ? SqlType::Int : SqlType::TinyInt}, false);
 }
 
 }  // namespace kap::engine

@@ -61,7 +61,7 @@ bool isBitwise(BinaryOperator op) {
 }
 
 // A whole-number literal among decimals has as many digits as are written.
-TypeSpec decimalOperand(const Typed& value) {
+TypeSpec decimalOperand(const BoundExpression& value) {
     if (!value.constant || !tsql::isInteger(value.type.type)) return value.type;
     int digits = 1;
     for (auto rest = std::get<std::int64_t>(*value.constant) / 10; rest != 0; rest /= 10)
@@ -69,7 +69,7 @@ TypeSpec decimalOperand(const Typed& value) {
     return {SqlType::Numeric, 0, digits, 0};
 }
 
-bool nullable(const Typed& left, const Typed& right) {
+bool nullable(const BoundExpression& left, const BoundExpression& right) {
     return left.nullable || right.nullable;
 }
 
@@ -77,7 +77,7 @@ bool isSum(BinaryOperator op) {
     return op == BinaryOperator::Add || op == BinaryOperator::Subtract;
 }
 
-SumTerm sumTerm(const Typed& value, bool minus) {
+SumTerm sumTerm(const BoundExpression& value, bool minus) {
     SumTerm term{minus, value.sql, storedScale(value.type), std::nullopt};
     if (value.constant && tsql::isExact(value.type.type)) {
         term.constant = std::get<std::int64_t>(*value.constant);
@@ -109,10 +109,10 @@ std::string sumText(const std::vector<SumTerm>& terms, const TypeSpec& type, int
 
 // A sum of many terms is one flat call: SQLite's parser has room for some thirty calls within each
 // other only. A function takes at most 127 arguments, so a longer sum goes on in a new call.
-Typed sum(BinaryOperator op, const Typed& left, const Typed& right, const TypeSpec& type,
-          int scale) {
+BoundExpression sum(BinaryOperator op, const BoundExpression& left, const BoundExpression& right,
+                    const TypeSpec& type, int scale) {
     constexpr std::size_t kMostTerms = 100;
-    Typed result = Typed::expression("", type, nullable(left, right));
+    BoundExpression result = BoundExpression::expression("", type, nullable(left, right));
     const bool continues = !left.terms.empty() && left.terms.size() < kMostTerms &&
                            (left.type == type || tsql::isDecimal(left.type.type));
     result.terms = continues ? left.terms : std::vector<SumTerm>{sumTerm(left, false)};
@@ -121,20 +121,23 @@ Typed sum(BinaryOperator op, const Typed& left, const Typed& right, const TypeSp
     return result;
 }
 
-Typed modulo(const Typed& left, const Typed& right, const TypeSpec& type, int scale) {
-    return Typed::expression(callText("kap_modulo", sumTerm(left, false).at(scale),
-                                      sumTerm(right, false).at(scale), typeArgument(type)),
-                             type, nullable(left, right));
+BoundExpression modulo(const BoundExpression& left, const BoundExpression& right,
+                       const TypeSpec& type, int scale) {
+    return BoundExpression::expression(
+        callText("kap_modulo", sumTerm(left, false).at(scale), sumTerm(right, false).at(scale),
+                 typeArgument(type)),
+        type, nullable(left, right));
 }
 
 }  // namespace
 
-Typed Binder::negated(const Typed& operand, int line) const {
+BoundExpression Binder::negated(const BoundExpression& operand, int line) const {
     if (operand.nullLiteral) return operand;
     TypeSpec type = operand.type;
     if (tsql::isApproximate(type.type)) {
-        if (operand.constant) return Typed::literal(-std::get<double>(*operand.constant), type);
-        return Typed::expression("(-" + operand.sql + ")", type, operand.nullable);
+        if (operand.constant)
+            return BoundExpression::literal(-std::get<double>(*operand.constant), type);
+        return BoundExpression::expression("(-" + operand.sql + ")", type, operand.nullable);
     }
     if (!tsql::isExact(type.type) || type.type == SqlType::Bit) invalidOperand("minus", type, line);
     if (type.type == SqlType::TinyInt) type = {SqlType::SmallInt};
@@ -143,28 +146,30 @@ Typed Binder::negated(const Typed& operand, int line) const {
         try {
             // The lowest bigint has no counterpart.
             if (!value) overflow("expression", messageName(type));
-            return Typed::literal(fitExact(*value, storedScale(type), type, "expression"), type);
+            return BoundExpression::literal(fitExact(*value, storedScale(type), type, "expression"),
+                                            type);
         } catch (const ServerError& error) {
             throw error.at(line);
         }
     }
-    return Typed::expression(callText("kap_negate", operand.sql, typeArgument(type)), type,
-                             operand.nullable);
+    return BoundExpression::expression(callText("kap_negate", operand.sql, typeArgument(type)),
+                                       type, operand.nullable);
 }
 
-Typed Binder::bitwiseNot(const Typed& operand, int line) const {
+BoundExpression Binder::bitwiseNot(const BoundExpression& operand, int line) const {
     const TypeSpec& type = operand.type;
     if (!tsql::isInteger(type.type)) invalidOperand("'~'", type, line);
     std::string sql = "(~" + operand.sql + ")";
     if (type.type == SqlType::TinyInt) sql = "(~" + operand.sql + " & 255)";
     if (type.type == SqlType::Bit) sql = "(1 - " + operand.sql + ")";
-    return Typed::expression(sql, type, operand.nullable);
+    return BoundExpression::expression(sql, type, operand.nullable);
 }
 
-Typed Binder::arithmetic(BinaryOperator op, Typed left, Typed right, int line) const {
-    if (left.nullLiteral) left = Typed::expression("NULL", right.type, true);
-    if (right.nullLiteral) right = Typed::expression("NULL", left.type, true);
-    for (const Typed* operand : {&left, &right}) {
+BoundExpression Binder::arithmetic(BinaryOperator op, BoundExpression left, BoundExpression right,
+                                   int line) const {
+    if (left.nullLiteral) left = BoundExpression::expression("NULL", right.type, true);
+    if (right.nullLiteral) right = BoundExpression::expression("NULL", left.type, true);
+    for (const BoundExpression* operand : {&left, &right}) {
         const SqlType type = operand->type.type;
         const bool large =
             type == SqlType::Text || type == SqlType::NText || type == SqlType::Image;
@@ -194,12 +199,13 @@ Typed Binder::arithmetic(BinaryOperator op, Typed left, Typed right, int line) c
     return exactArithmetic(op, left, right, line);
 }
 
-Typed Binder::joined(const Typed& left, const Typed& right, int line) const {
+BoundExpression Binder::joined(const BoundExpression& left, const BoundExpression& right,
+                               int line) const {
     const bool binary = tsql::isBinary(left.type.type);
     if (binary != tsql::isBinary(right.type.type))
         incompatible(BinaryOperator::Add, left.type, right.type, line);
     const TypeSpec type = joinedType(left.type, right.type);
-    Typed result = Typed::expression("", type, nullable(left, right));
+    BoundExpression result = BoundExpression::expression("", type, nullable(left, right));
     result.joint = (left.joint.empty() ? left.sql : left.joint) + " || " + right.sql;
     result.sql = "(" + result.joint + ")";
     if (binary) {
@@ -211,16 +217,16 @@ Typed Binder::joined(const Typed& left, const Typed& right, int line) const {
     const bool mayBeLonger =
         type.length != tsql::kMaxLength && left.type.length + right.type.length > type.length;
     if (mayBeLonger || left.cut) {
-        const Typed whole =
-            Typed::expression(result.sql, {type.type, tsql::kMaxLength}, result.nullable);
+        const BoundExpression whole =
+            BoundExpression::expression(result.sql, {type.type, tsql::kMaxLength}, result.nullable);
         result.sql = castTo(whole, type, 0, line).sql;
         result.cut = true;
     }
     return result;
 }
 
-Typed Binder::exactArithmetic(BinaryOperator op, const Typed& left, const Typed& right,
-                              int line) const {
+BoundExpression Binder::exactArithmetic(BinaryOperator op, const BoundExpression& left,
+                                        const BoundExpression& right, int line) const {
     const bool whole = tsql::isInteger(left.type.type) && tsql::isInteger(right.type.type);
     const bool bits = left.type.type == SqlType::Bit && right.type.type == SqlType::Bit;
     if ((bits || !whole) && isBitwise(op) && !(bits && whole))
@@ -235,13 +241,13 @@ Typed Binder::exactArithmetic(BinaryOperator op, const Typed& left, const Typed&
 }
 
 // Integers and money: the result has the type of one operand, so both are brought to its scale.
-Typed Binder::wholeArithmetic(BinaryOperator op, const Typed& left, const Typed& right,
-                              const TypeSpec& type) const {
+BoundExpression Binder::wholeArithmetic(BinaryOperator op, const BoundExpression& left,
+                                        const BoundExpression& right, const TypeSpec& type) const {
     const int scale = storedScale(type);
     if (isSum(op)) return sum(op, left, right, type, scale);
     const std::string packed = typeArgument(type);
     const auto result = [&](std::string sql) {
-        return Typed::expression(std::move(sql), type, nullable(left, right));
+        return BoundExpression::expression(std::move(sql), type, nullable(left, right));
     };
     switch (op) {
         case BinaryOperator::BitAnd:
@@ -264,7 +270,8 @@ Typed Binder::wholeArithmetic(BinaryOperator op, const Typed& left, const Typed&
     }
 }
 
-Typed Binder::decimalArithmetic(BinaryOperator op, const Typed& left, const Typed& right) const {
+BoundExpression Binder::decimalArithmetic(BinaryOperator op, const BoundExpression& left,
+                                          const BoundExpression& right) const {
     const TypeSpec type = decimalResult(op, decimalOperand(left), decimalOperand(right));
     if (isSum(op)) return sum(op, left, right, type, type.scale);
     if (op == BinaryOperator::Modulo) return modulo(left, right, type, type.scale);
@@ -273,31 +280,31 @@ Typed Binder::decimalArithmetic(BinaryOperator op, const Typed& left, const Type
     const int rightScale = storedScale(right.type);
     const bool product = op == BinaryOperator::Multiply;
     const int shift = product ? leftScale + rightScale : type.scale - leftScale + rightScale;
-    return Typed::expression(callText(product ? "kap_multiply" : "kap_divide", left.sql, right.sql,
-                                      plain::text(shift), packed),
-                             type, nullable(left, right));
+    return BoundExpression::expression(callText(product ? "kap_multiply" : "kap_divide", left.sql,
+                                                right.sql, plain::text(shift), packed),
+                                       type, nullable(left, right));
 }
 
-Typed Binder::floatArithmetic(BinaryOperator op, const Typed& left, const Typed& right,
-                              int line) const {
+BoundExpression Binder::floatArithmetic(BinaryOperator op, const BoundExpression& left,
+                                        const BoundExpression& right, int line) const {
     const bool product = op == BinaryOperator::Multiply;
     if (!isSum(op) && !product && op != BinaryOperator::Divide) {
         incompatible(op, left.type, right.type, line);
     }
     const TypeSpec type = commonType(left.type, right.type);
-    const Typed first = convertTo(left, type, line);
-    const Typed second = convertTo(right, type, line);
+    const BoundExpression first = convertTo(left, type, line);
+    const BoundExpression second = convertTo(right, type, line);
     if (isSum(op)) return sum(op, first, second, type, 0);
-    return Typed::expression(callText(product ? "kap_float_multiply" : "kap_float_divide",
-                                      first.sql, second.sql, typeArgument(type)),
-                             type, nullable(left, right));
+    return BoundExpression::expression(callText(product ? "kap_float_multiply" : "kap_float_divide",
+                                                first.sql, second.sql, typeArgument(type)),
+                                       type, nullable(left, right));
 }
 
-Typed Binder::dateArithmetic(BinaryOperator op, const Typed& left, const Typed& right,
-                             int line) const {
+BoundExpression Binder::dateArithmetic(BinaryOperator op, const BoundExpression& left,
+                                       const BoundExpression& right, int line) const {
     const bool sums = op == BinaryOperator::Add || op == BinaryOperator::Subtract;
-    for (const Typed* operand : {&left, &right}) {
-        const Typed& other = operand == &left ? right : left;
+    for (const BoundExpression* operand : {&left, &right}) {
+        const BoundExpression& other = operand == &left ? right : left;
         if (operand->type.type != SqlType::Date) continue;
         if (tsql::isDate(other.type.type)) invalidOperand(operatorName(op), operand->type, line);
         throw ServerError(206,
@@ -306,15 +313,15 @@ Typed Binder::dateArithmetic(BinaryOperator op, const Typed& left, const Typed& 
                           line);
     }
     if (!sums) {
-        const Typed& date = tsql::isDate(left.type.type) ? left : right;
+        const BoundExpression& date = tsql::isDate(left.type.type) ? left : right;
         invalidOperand(operatorName(op), date.type, line);
     }
     const TypeSpec type = commonType(left.type, right.type);
-    const Typed first = convertTo(left, type, line);
-    const Typed second = convertTo(right, type, line);
+    const BoundExpression first = convertTo(left, type, line);
+    const BoundExpression second = convertTo(right, type, line);
     const char* function = op == BinaryOperator::Add ? "kap_date_sum" : "kap_date_difference";
-    return Typed::expression(callText(function, first.sql, second.sql, typeArgument(type)), type,
-                             nullable(left, right));
+    return BoundExpression::expression(
+        callText(function, first.sql, second.sql, typeArgument(type)), type, nullable(left, right));
 }
 
 }  // namespace kap::engine

@@ -52,7 +52,7 @@ std::optional<std::size_t> namedItem(const OrderItem& item,
     return found;
 }
 
-void checkSortable(const Typed& value, int line) {
+void checkSortable(const BoundExpression& value, int line) {
     const SqlType type = value.type.type;
     if (type != SqlType::Text && type != SqlType::NText && type != SqlType::Image) return;
     throw ServerError(
@@ -62,7 +62,7 @@ void checkSortable(const Typed& value, int line) {
         line);
 }
 
-std::string byPosition(std::size_t index, const Typed& value) {
+std::string byPosition(std::size_t index, const BoundExpression& value) {
     const std::string number = plain::text(static_cast<std::int64_t>(index) + 1);
     return tsql::isText(value.type.type) ? number + " COLLATE KAP_CI" : number;
 }
@@ -86,7 +86,7 @@ std::string orderList(const std::vector<std::string>& terms, const std::vector<O
 
 void Binder::orderRows(const std::vector<OrderItem>& items, BoundSelect& bound) {
     std::vector<std::string> terms;
-    const Replaced clause(bound.scope->groupedClause, "ORDER BY clause");
+    const Restored clause(bound.scope->groupedClause, "ORDER BY clause");
     for (const OrderItem& item : items) {
         const int line = item.value->line;
         auto index = position(item, bound.items.size());
@@ -97,8 +97,8 @@ void Binder::orderRows(const std::vector<OrderItem>& items, BoundSelect& bound) 
             bound.keys.push_back({index, {}, item.descending});
             continue;
         }
-        const Replaced outer(bound.scope->readsOuter, false);
-        Typed value = this->value(*item.value, *bound.scope);
+        const Restored outer(bound.scope->readsOuter, false);
+        BoundExpression value = this->value(*item.value, *bound.scope);
         bound.ordersByOuter = bound.ordersByOuter || bound.scope->readsOuter;
         checkSortable(value, line);
         if (value.constant || value.nullLiteral) {
@@ -129,7 +129,7 @@ std::string Binder::orderedBy(const BoundSelect& select, std::string& columns) {
         const std::string own =
             sqlName("o" + plain::text(static_cast<std::int64_t>(&key - select.keys.data())));
         const std::string name = key.item ? numberedName(*key.item) : own;
-        const Typed& value = key.item ? select.items[*key.item].value : key.value;
+        const BoundExpression& value = key.item ? select.items[*key.item].value : key.value;
         if (!key.item) columns += ", " + value.sql + " AS " + own;
         list += (list.empty() ? "ORDER BY " : ", ") + name;
         if (tsql::isText(value.type.type)) list += " COLLATE KAP_CI";

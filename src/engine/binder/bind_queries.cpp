@@ -45,8 +45,8 @@ BoundQuery Binder::query(const tsql::Query& query, Scope* outer, QueryPlace plac
             query.line, 15);
     }
     readsOtherRows_ = readsOtherRows_ || outer != nullptr;
-    const Replaced numbers(needsRowNumbers_, false);
-    const Replaced deeper(queryDepth_, queryDepth_ + 1);
+    const Restored numbers(needsRowNumbers_, false);
+    const Restored deeper(queryDepth_, queryDepth_ + 1);
     if (!query.commonTables.empty()) limitRecursion(query.maxRecursion);
     const int aside = std::exchange(deepestRead_, 0);
     const std::string with = commonTables(query.commonTables, outer);
@@ -115,7 +115,7 @@ BoundQuery Binder::valuesInOrder(const tsql::Query& query) {
         for (SourceColumn& column : source.columns) {
             const std::string name = numberedName(rows.items.size());
             rows.items.push_back({"", column.value});
-            column.value = Typed::expression(name, column.value.type, true);
+            column.value = BoundExpression::expression(name, column.value.type, true);
         }
     }
     BoundQuery result;
@@ -167,7 +167,7 @@ std::string Binder::rowLimits(const tsql::Query& query, Scope* outer) {
     constants.outer = outer;
     constants.limitsRows = true;
     const auto count = [&](const tsql::Expression& expression) {
-        const Typed bound = value(expression, constants);
+        const BoundExpression bound = value(expression, constants);
         return convertTo(bound, {tsql::SqlType::BigInt}, expression.line).sql;
     };
     const std::string offset = callText("kap_top", count(*query.offset));

@@ -40,7 +40,7 @@ std::string itemName(const tsql::ExpressionItem& item, const Scope& scope) {
     return column == nullptr ? std::string() : resolveColumn(column->name, scope).name;
 }
 
-void refuseLargeType(const Typed& value, int line) {
+void refuseLargeType(const BoundExpression& value, int line) {
     const SqlType type = value.type.type;
     if (type != SqlType::Text && type != SqlType::NText && type != SqlType::Image) return;
     throw ServerError(
@@ -76,8 +76,8 @@ Binder::BoundSelect Binder::select(const tsql::Select& select,
     bound.scope->aggregates = AggregateUse::Allowed;
     selectItems(select, bound, line);
     if (select.having) {
-        const Replaced clause(bound.scope->groupedClause, "HAVING clause");
-        const Replaced windows(bound.scope->windowsRefused, true);
+        const Restored clause(bound.scope->groupedClause, "HAVING clause");
+        const Restored windows(bound.scope->windowsRefused, true);
         bound.tail += " HAVING " + condition(*select.having, *bound.scope);
     }
     if (select.top) {
@@ -94,12 +94,12 @@ Binder::BoundSelect Binder::select(const tsql::Select& select,
 
 void Binder::grouping(const tsql::Select& select, BoundSelect& bound) {
     std::string list;
-    std::vector<Typed> groups;
+    std::vector<BoundExpression> groups;
     bound.scope->aggregates = AggregateUse::RefusedInGroupBy;
     for (const auto& expression : select.groupBy) {
-        const Replaced own(bound.scope->readsOwn, false);
-        const Replaced outer(bound.scope->readsOuter, false);
-        const Typed value = this->value(*expression, *bound.scope);
+        const Restored own(bound.scope->readsOwn, false);
+        const Restored outer(bound.scope->readsOuter, false);
+        const BoundExpression value = this->value(*expression, *bound.scope);
         refuseLargeType(value, expression->line);
         if (bound.scope->readsOuter && bound.scope->readsOwn) {
             throw tsql::unsupported("GROUP BY with columns of an outer query", expression->line);
@@ -190,8 +190,8 @@ std::string Binder::percentText(const tsql::TopClause& top, const std::string& c
     Scope constants;
     constants.outer = &scope;
     constants.limitsRows = true;
-    const Typed percent = value(*top.count, constants);
-    const Typed share = convertTo(percent, {tsql::SqlType::Float}, top.count->line);
+    const BoundExpression percent = value(*top.count, constants);
+    const BoundExpression share = convertTo(percent, {tsql::SqlType::Float}, top.count->line);
     return callText("kap_top_percent", count, share.sql);
 }
 
@@ -199,7 +199,7 @@ std::string Binder::limitText(const tsql::TopClause& top, Scope& scope) {
     Scope constants;
     constants.outer = &scope;
     constants.limitsRows = true;
-    const Typed count = value(*top.count, constants);
+    const BoundExpression count = value(*top.count, constants);
     const int line = top.count->line;
     if (count.nullLiteral || !tsql::isInteger(count.type.type)) {
         throw ServerError(

@@ -97,7 +97,8 @@ void Binder::checkNames(const std::vector<Source>& sources, int line) {
 Source Binder::tableSource(const Table& table, const std::string& name) {
     Source source{name, &table, {}};
     for (const Column& column : table.columns) {
-        Typed value = Typed::expression(columnSql(name, column.name), column.type, column.nullable);
+        BoundExpression value =
+            BoundExpression::expression(columnSql(name, column.name), column.type, column.nullable);
         value.table = &table;
         value.column = &column;
         value.plainColumn = true;
@@ -129,7 +130,7 @@ BoundSource Binder::source(const tsql::TableSource& source, Scope& scope) {
 }
 
 BoundSource Binder::targetFrom(const std::vector<tsql::TableSourcePtr>& sources, Scope& scope) {
-    const Replaced numbers(needsRowNumbers_, true);
+    const Restored numbers(needsRowNumbers_, true);
     return from(sources, scope);
 }
 
@@ -137,7 +138,7 @@ BoundSource Binder::targetFrom(const std::vector<tsql::TableSourcePtr>& sources,
 // out of sight; one table in brackets would lose its alias.
 BoundSource Binder::bracketedSource(const tsql::TableSource& source, Scope& scope) {
     if (!std::holds_alternative<tsql::Join>(source.node)) return this->source(source, scope);
-    const Replaced brackets(withinBrackets_, true);
+    const Restored brackets(withinBrackets_, true);
     BoundSource bound = this->source(source, scope);
     bound.sql = "(" + bound.sql + ")";
     return bound;
@@ -195,7 +196,7 @@ BoundSource Binder::querySource(BoundQuery bound, const std::vector<std::string>
     checkOwnNames(bound.columns, name, line);
     Source result{name, nullptr, {}};
     for (std::size_t i = 0; i < bound.columns.size(); ++i) {
-        Typed value = std::move(bound.columns[i].value);
+        BoundExpression value = std::move(bound.columns[i].value);
         value.sql = sqlName(name) + "." + numberedName(i);
         value.constant.reset();
         value.nullLiteral = false;
@@ -209,7 +210,7 @@ BoundSource Binder::querySource(BoundQuery bound, const std::vector<std::string>
 BoundSource Binder::commonSource(const CommonName& common, const std::string& name) const {
     Source result{name, nullptr, {}, common.name};
     for (std::size_t i = 0; i < common.columns.size(); ++i) {
-        Typed value = common.columns[i].value;
+        BoundExpression value = common.columns[i].value;
         value.sql = sqlName(name) + "." + numberedName(i);
         result.columns.push_back({common.columns[i].name, std::move(value)});
     }
@@ -258,7 +259,7 @@ std::optional<BoundSource> Binder::systemSource(const tsql::NamedTable& named) c
     BoundQuery bound;
     for (std::size_t i = 0; i < system->columns.size(); ++i) {
         const auto& [name, type] = system->columns[i];
-        bound.columns.push_back({name, Typed::expression(numberedName(i), type, true)});
+        bound.columns.push_back({name, BoundExpression::expression(numberedName(i), type, true)});
     }
     std::string items;
     for (std::size_t i = 0; i < system->columns.size(); ++i) {

@@ -11,13 +11,13 @@ using tsql::SqlType;
 using tsql::TypeSpec;
 
 // STRING_AGG(value, separator) WITHIN GROUP (ORDER BY keys).
-Typed Binder::joinedTexts(const tsql::FunctionCall& call, int line, Scope& scope) {
+BoundExpression Binder::joinedTexts(const tsql::FunctionCall& call, int line, Scope& scope) {
     if (call.star || call.distinct || call.arguments.size() != 2) {
         throw ServerError(174, "The string_agg function requires 2 argument(s).", line, 15);
     }
-    const Replaced inside(scope.insideAggregate, true);
-    const Typed argument = value(*call.arguments[0], scope);
-    const Typed separator = value(*call.arguments[1], scope);
+    const Restored inside(scope.insideAggregate, true);
+    const BoundExpression argument = value(*call.arguments[0], scope);
+    const BoundExpression separator = value(*call.arguments[1], scope);
     if (!separator.constant &&
         !std::holds_alternative<tsql::VariableReference>(call.arguments[1]->node)) {
         throw ServerError(8733,
@@ -42,10 +42,11 @@ Typed Binder::joinedTexts(const tsql::FunctionCall& call, int line, Scope& scope
         keys += ", " + value(*item.value, scope).sql;
     }
     const std::string most = unlimited ? "0" : plain::text(kMostBytes);
-    return Typed::expression(callText("kap_string_agg", convertTo(argument, wide, line).sql,
-                                      convertTo(separator, wide, line).sql, sqlText(directions),
-                                      most, (national ? "1" : "0") + keys),
-                             type, true);
+    return BoundExpression::expression(
+        callText("kap_string_agg", convertTo(argument, wide, line).sql,
+                 convertTo(separator, wide, line).sql, sqlText(directions), most,
+                 (national ? "1" : "0") + keys),
+        type, true);
 }
 
 }  // namespace kap::engine

@@ -176,15 +176,15 @@ const char* Binder::systemCall() const {
     return computedColumn_ ? kColumnSystemCall : "kap_system";
 }
 
-Typed systemVariable(std::string_view name, const char* function, int line) {
+BoundExpression systemVariable(std::string_view name, const char* function, int line) {
     const std::string lower = asciiLower(name);
     if (lower == "@@max_precision") {
-        return Typed::literal(std::int64_t{kIdentityPrecision}, {SqlType::TinyInt});
+        return BoundExpression::literal(std::int64_t{kIdentityPrecision}, {SqlType::TinyInt});
     }
     if (lower == "@@max_connections") {
-        return Typed::literal(std::int64_t{kMostConnections}, kWholeNumber);
+        return BoundExpression::literal(std::int64_t{kMostConnections}, kWholeNumber);
     }
-    if (lower == "@@remserver") return Typed::expression("NULL", kNameType, true);
+    if (lower == "@@remserver") return BoundExpression::expression("NULL", kNameType, true);
     const auto* const found =
         std::find_if(kVariables.begin(), kVariables.end(),
                      [&](const SystemVariable& each) { return each.name == lower; });
@@ -195,18 +195,20 @@ Typed systemVariable(std::string_view name, const char* function, int line) {
         throw ServerError(137, "Must declare the scalar variable \"" + std::string(name) + "\".",
                           line, 15);
     }
-    return Typed::expression(callText(function, kindText(found->value)), found->type, true);
+    return BoundExpression::expression(callText(function, kindText(found->value)), found->type,
+                                       true);
 }
 
-std::optional<Typed> Binder::systemFunction(const tsql::FunctionCall& call, int line,
-                                            Scope& scope) {
+std::optional<BoundExpression> Binder::systemFunction(const tsql::FunctionCall& call, int line,
+                                                      Scope& scope) {
     const std::string lower = asciiLower(call.name.last());
     if (lower == "update" && call.arguments.size() == 1) {
         const auto* column = std::get_if<tsql::ColumnReference>(&call.arguments[0]->node);
         if (column == nullptr) throw tsql::syntaxError("UPDATE", line);
-        return Typed::expression(callText(systemCall(), kindText(SystemValue::ColumnUpdated),
-                                          sqlText(column->name.last())),
-                                 kWholeNumber, false);
+        return BoundExpression::expression(
+            callText(systemCall(), kindText(SystemValue::ColumnUpdated),
+                     sqlText(column->name.last())),
+            kWholeNumber, false);
     }
     const auto* const found =
         std::find_if(kSystemFunctions.begin(), kSystemFunctions.end(),
@@ -225,7 +227,7 @@ std::optional<Typed> Binder::systemFunction(const tsql::FunctionCall& call, int 
         const TypeSpec type = takesNumber(found->takes, i) ? kWholeNumber : kMessageType;
         arguments += ", " + convertTo(value(*call.arguments[i], scope), type, line).sql;
     }
-    return Typed::expression(callText(systemCall(), arguments), found->type, true);
+    return BoundExpression::expression(callText(systemCall(), arguments), found->type, true);
 }
 
 }  // namespace kap::engine

@@ -48,19 +48,19 @@ std::vector<OutputColumn> Binder::unify(std::vector<BoundSelect>& terms, int lin
     }
     std::vector<OutputColumn> columns;
     for (std::size_t i = 0; i < terms.front().items.size(); ++i) {
-        std::vector<Typed> values;
+        std::vector<BoundExpression> values;
         values.reserve(terms.size());
         for (const BoundSelect& each : terms)
             values.push_back(each.items[i].value);
         const tsql::TypeSpec type = commonType(values).value_or(tsql::TypeSpec{tsql::SqlType::Int});
         bool nullable = false;
         for (BoundSelect& each : terms) {
-            Typed& value = each.items[i].value;
+            BoundExpression& value = each.items[i].value;
             value = binder.convertTo(value, type, line);
             nullable = nullable || value.nullable;
         }
-        columns.push_back(
-            {terms.front().items[i].name, Typed::expression(numberedName(i), type, nullable)});
+        columns.push_back({terms.front().items[i].name,
+                           BoundExpression::expression(numberedName(i), type, nullable)});
     }
     return columns;
 }

@@ -112,14 +112,14 @@ std::string Binder::targetView(const View& view, const tsql::ObjectName& name) {
         if (inner != nullptr) below = targetView(*inner, named->name) + ", ";
     }
     const CommonTarget inner = std::exchange(commonTarget_, {});
-    const Replaced numbers(needsRowNumbers_, true);
+    const Restored numbers(needsRowNumbers_, true);
     BoundSelect bound = term(view.query->terms.front(), view.query->orderBy, nullptr);
     orderRows(view.query->orderBy, bound);
     std::vector<OutputColumn> columns = bound.items;
     for (std::size_t i = 0; i < columns.size(); ++i) {
         if (i < view.columns.size()) columns[i].name = view.columns[i];
-        const Typed& shown = bound.items[i].value;
-        columns[i].value = Typed::expression(numberedName(i), shown.type, true);
+        const BoundExpression& shown = bound.items[i].value;
+        columns[i].value = BoundExpression::expression(numberedName(i), shown.type, true);
         columns[i].value.table = shown.table;
         columns[i].value.column = shown.column;
     }
@@ -137,7 +137,8 @@ std::string Binder::targetView(const View& view, const tsql::ObjectName& name) {
     const std::string number = source->table != nullptr
                                    ? rowNumberOf(*source)
                                    : sqlName(source->name) + "." + inner.rowNumber;
-    bound.items.push_back({"", Typed::expression(number, {tsql::SqlType::BigInt}, false)});
+    bound.items.push_back(
+        {"", BoundExpression::expression(number, {tsql::SqlType::BigInt}, false)});
     commonTarget_ = {&table, numberedName(columns.size()), {}, view.name, inner.checks};
     std::string list;
     for (std::size_t i = 0; i < bound.items.size(); ++i)

@@ -61,7 +61,7 @@ std::string Binder::overText(const tsql::Window& window, int line, Scope& scope)
     }
     std::string order;
     for (const tsql::OrderItem& item : window.orderBy) {
-        const Typed bound = value(*item.value, scope);
+        const BoundExpression bound = value(*item.value, scope);
         // ORDER BY (SELECT NULL) says that any order will do.
         order += (order.empty() ? "ORDER BY " : ", ") + collated(bound);
         if (item.descending) order += " DESC";
@@ -77,7 +77,7 @@ std::string Binder::overText(const tsql::Window& window, int line, Scope& scope)
     return " OVER (" + text + ")";
 }
 
-Typed Binder::windowed(const FunctionCall& call, int line, Scope& scope) {
+BoundExpression Binder::windowed(const FunctionCall& call, int line, Scope& scope) {
     const std::string name = asciiLower(call.name.last());
     if (scope.aggregates != AggregateUse::Allowed || scope.windowsRefused) {
         throw ServerError(4108,
@@ -90,35 +90,36 @@ Typed Binder::windowed(const FunctionCall& call, int line, Scope& scope) {
                           "function or aggregate.",
                           line, 15);
     }
-    const Replaced inside(scope.insideWindow, true);
+    const Restored inside(scope.insideWindow, true);
     ++windowsBound_;
     const std::string over = overText(*call.over, line, scope);
     if (isAggregateName(call.name)) return windowAggregate(call, over, line, scope);
     if (isPercentile(name)) return percentile(call, over, line, scope);
-    std::vector<Typed> arguments;
+    std::vector<BoundExpression> arguments;
     for (const auto& argument : call.arguments)
         arguments.push_back(value(*argument, scope));
     if (std::find(kRankings.begin(), kRankings.end(), name) != kRankings.end()) {
         requireOrder(call, name, line);
         refuseFrame(call, name, line);
-        return Typed::expression(name + "()" + over, {SqlType::BigInt}, false);
+        return BoundExpression::expression(name + "()" + over, {SqlType::BigInt}, false);
     }
     if (name == "ntile" && arguments.size() == 1) {
         requireOrder(call, name, line);
         refuseFrame(call, name, line);
-        const Typed groups = convertTo(arguments[0], {SqlType::BigInt}, line);
-        return Typed::expression("ntile(" + groups.sql + ")" + over, {SqlType::BigInt}, false);
+        const BoundExpression groups = convertTo(arguments[0], {SqlType::BigInt}, line);
+        return BoundExpression::expression("ntile(" + groups.sql + ")" + over, {SqlType::BigInt},
+                                           false);
     }
     if (isOneOf(name, {"first_value", "last_value"}) && arguments.size() == 1) {
         requireOrder(call, name, line);
-        return Typed::expression(name + "(" + arguments[0].sql + ")" + over, arguments[0].type,
-                                 true);
+        return BoundExpression::expression(name + "(" + arguments[0].sql + ")" + over,
+                                           arguments[0].type, true);
     }
     const bool offset =
         isOneOf(name, {"lag", "lead"}) && !arguments.empty() && arguments.size() <= 3;
     if (isOneOf(name, {"cume_dist", "percent_rank"}) && arguments.empty()) {
         requireOrder(call, name, line);
-        return Typed::expression(name + "()" + over, {SqlType::Float}, false);
+        return BoundExpression::expression(name + "()" + over, {SqlType::Float}, false);
     }
     if (!offset) {
         if (isServerFunction(name)) throw tsql::unsupported(asciiUpper(name), line);
@@ -130,13 +131,13 @@ Typed Binder::windowed(const FunctionCall& call, int line, Scope& scope) {
     std::string list = arguments[0].sql;
     if (arguments.size() > 1) list += ", " + convertTo(arguments[1], {SqlType::BigInt}, line).sql;
     if (arguments.size() > 2) list += ", " + convertTo(arguments[2], arguments[0].type, line).sql;
-    return Typed::expression(name + "(" + list + ")" + over, arguments[0].type, true);
+    return BoundExpression::expression(name + "(" + list + ")" + over, arguments[0].type, true);
 }
 
 // PERCENTILE_CONT(0.5) WITHIN GROUP (ORDER BY value) OVER (PARTITION BY ...): the order is that of
 // the values, and the window is the whole partition.
-Typed Binder::percentile(const FunctionCall& call, const std::string& over, int line,
-                         Scope& scope) {
+BoundExpression Binder::percentile(const FunctionCall& call, const std::string& over, int line,
+                                   Scope& scope) {
     const std::string name = asciiLower(call.name.last());
     if (call.arguments.size() != 1) {
         throw ServerError(174, "The " + name + " function requires 1 argument(s).", line, 15);
@@ -150,11 +151,12 @@ Typed Binder::percentile(const FunctionCall& call, const std::string& over, int 
             10757, "The function '" + name + "' may not have ORDER BY in OVER clause.", line, 15);
     }
     refuseFrame(call, name, line);
-    const Typed fraction = convertTo(value(*call.arguments.front(), scope), {SqlType::Float}, line);
-    const Typed ordered = value(*call.within.front().value, scope);
+    const BoundExpression fraction =
+        convertTo(value(*call.arguments.front(), scope), {SqlType::Float}, line);
+    const BoundExpression ordered = value(*call.within.front().value, scope);
     const bool continuous = name == "percentile_cont";
-    const Typed given = continuous ? convertTo(ordered, {SqlType::Float}, line) : ordered;
-    return Typed::expression(
+    const BoundExpression given = continuous ? convertTo(ordered, {SqlType::Float}, line) : ordered;
+    return BoundExpression::expression(
         callText(continuous ? "kap_percentile_cont" : "kap_percentile_disc", fraction.sql,
                  given.sql, call.within.front().descending ? "1" : "0") +
             over,
@@ -162,53 +164,57 @@ Typed Binder::percentile(const FunctionCall& call, const std::string& over, int 
 }
 
 // SQLite adds up within a window by itself; what the sum must fit in is checked behind it.
-Typed Binder::windowAggregate(const FunctionCall& call, const std::string& over, int line,
-                              Scope& scope) {
+BoundExpression Binder::windowAggregate(const FunctionCall& call, const std::string& over, int line,
+                                        Scope& scope) {
     FunctionCall plain{call.name, {}, call.distinct, call.star};
     if (call.distinct) {
         throw ServerError(10759, "Use of DISTINCT is not allowed with the OVER clause.", line, 15);
     }
     const std::string name = asciiLower(call.name.last());
-    if (call.star) return Typed::expression("count(*)" + over, {SqlType::Int}, false);
+    if (call.star) return BoundExpression::expression("count(*)" + over, {SqlType::Int}, false);
     if (call.arguments.size() != 1) {
         throw ServerError(174, "The " + name + " function requires 1 argument(s).", line, 15);
     }
-    const Typed argument = value(*call.arguments.front(), scope);
+    const BoundExpression argument = value(*call.arguments.front(), scope);
     if (name == "count") {
-        return Typed::expression("count(" + argument.sql + ")" + over, {SqlType::Int}, false);
+        return BoundExpression::expression("count(" + argument.sql + ")" + over, {SqlType::Int},
+                                           false);
     }
     if (name == "count_big") {
-        return Typed::expression("count(" + argument.sql + ")" + over, {SqlType::BigInt}, false);
+        return BoundExpression::expression("count(" + argument.sql + ")" + over, {SqlType::BigInt},
+                                           false);
     }
     if (name == "min" || name == "max") {
-        return Typed::expression(name + "(" + collated(argument) + ")" + over, argument.type, true);
+        return BoundExpression::expression(name + "(" + collated(argument) + ")" + over,
+                                           argument.type, true);
     }
     if (name == "checksum_agg") {
-        const Typed number = convertTo(argument, {SqlType::Int}, line);
-        return Typed::expression(callText("kap_checksum_agg", number.sql) + over, {SqlType::Int},
-                                 true);
+        const BoundExpression number = convertTo(argument, {SqlType::Int}, line);
+        return BoundExpression::expression(callText("kap_checksum_agg", number.sql) + over,
+                                           {SqlType::Int}, true);
     }
     if (isStatisticsName(name)) {
-        Typed result = statistics(name, argument, false, line);
+        BoundExpression result = statistics(name, argument, false, line);
         result.sql += over;
         return result;
     }
-    const Typed sum = total(argument, false, name.c_str(), line);
+    const BoundExpression sum = total(argument, false, name.c_str(), line);
     const std::string added = "sum(" + argument.sql + ")" + over;
     if (name == "sum" && sum.type.type == SqlType::Int) {
-        return convertTo(Typed::expression(added, {SqlType::BigInt}, true), sum.type, line);
+        return convertTo(BoundExpression::expression(added, {SqlType::BigInt}, true), sum.type,
+                         line);
     }
-    if (name == "sum") return Typed::expression(added, sum.type, true);
+    if (name == "sum") return BoundExpression::expression(added, sum.type, true);
     const std::string count = "count(" + argument.sql + ")" + over;
     if (tsql::isApproximate(sum.type.type)) {
-        return Typed::expression(callText("kap_float_divide", added, count, typeArgument(sum.type)),
-                                 sum.type, true);
+        return BoundExpression::expression(
+            callText("kap_float_divide", added, count, typeArgument(sum.type)), sum.type, true);
     }
     TypeSpec type = sum.type;
     constexpr int kLeastScale = 6;
     if (tsql::isDecimal(type.type)) type.scale = std::max(type.scale, kLeastScale);
     const int shift = storedScale(type) - storedScale(sum.type);
-    return Typed::expression(
+    return BoundExpression::expression(
         callText("kap_divide", added, count, plain::text(shift), typeArgument(type)), type, true);
 }
 

@@ -5,10 +5,10 @@
 #include <string>
 #include <vector>
 
+#include "engine/binder/bound_expression.hpp"
 #include "engine/binder/constants.hpp"
-#include "engine/binder/names.hpp"
+#include "engine/binder/name_scope.hpp"
 #include "engine/binder/scope.hpp"
-#include "engine/binder/typed.hpp"
 #include "engine/catalog/tables.hpp"
 #include "engine/values/convert.hpp"
 #include "tsql/server_error.hpp"
@@ -19,7 +19,7 @@ namespace kap::engine {
 /// One column of a bound query.
 struct OutputColumn {
     std::string name;  ///< empty for an expression without alias
-    Typed value;
+    BoundExpression value;
 };
 
 /// A query as SQLite text, with its columns.
@@ -61,10 +61,10 @@ struct BoundValues {
 /// throw tsql::ServerError with a line.
 class Binder {
 public:
-    explicit Binder(const Names& names, Constants constants = Constants::InText)
+    explicit Binder(const NameScope& names, Constants constants = Constants::InText)
         : names_(names), constantsStand_(constants) {}
 
-    [[nodiscard]] const Names& names() const { return names_; }
+    [[nodiscard]] const NameScope& names() const { return names_; }
     [[nodiscard]] const Catalogue& catalogue() const { return names_.catalogue(); }
     /// The slots of the variables that stand in what was bound.
     [[nodiscard]] const std::vector<int>& usedVariables() const { return usedVariables_; }
@@ -76,38 +76,39 @@ public:
     void readVariablesPerRow() { variablesPerRow_ = true; }
 
     // Expressions and conditions.
-    [[nodiscard]] Typed value(const tsql::Expression& expression, Scope& scope);
+    [[nodiscard]] BoundExpression value(const tsql::Expression& expression, Scope& scope);
     [[nodiscard]] std::string condition(const tsql::Expression& expression, Scope& scope);
 
     /// The value of a computed column, as its definition is to hold it.
-    [[nodiscard]] Typed computedValue(const tsql::Expression& expression, Scope& scope);
+    [[nodiscard]] BoundExpression computedValue(const tsql::Expression& expression, Scope& scope);
     [[nodiscard]] bool bindsComputedColumn() const { return computedColumn_; }
 
     /// Brings a value to a type as the server does by itself. Errors 206 and 257 when it does not,
     /// and those of convert() for a literal.
-    [[nodiscard]] Typed convertTo(const Typed& value, const tsql::TypeSpec& type, int line) const;
+    [[nodiscard]] BoundExpression convertTo(const BoundExpression& value,
+                                            const tsql::TypeSpec& type, int line) const;
     /// CAST and CONVERT. Error 529.
-    [[nodiscard]] Typed castTo(const Typed& value, const tsql::TypeSpec& type, int style,
-                               int line) const;
+    [[nodiscard]] BoundExpression castTo(const BoundExpression& value, const tsql::TypeSpec& type,
+                                         int style, int line) const;
     /// The same as a call of `function`, kap_convert or kap_try_convert, when the statement runs;
     /// the style is SQL.
-    [[nodiscard]] Typed castCall(const char* function, const Typed& value,
-                                 const tsql::TypeSpec& type, const std::string& style,
-                                 int line) const;
+    [[nodiscard]] BoundExpression castCall(const char* function, const BoundExpression& value,
+                                           const tsql::TypeSpec& type, const std::string& style,
+                                           int line) const;
     /// A value on its way into a column of that type.
-    [[nodiscard]] std::string stored(const Typed& value, const tsql::TypeSpec& type,
+    [[nodiscard]] std::string stored(const BoundExpression& value, const tsql::TypeSpec& type,
                                      int line) const;
 
     // Operators, on bound operands.
-    [[nodiscard]] Typed negated(const Typed& operand, int line) const;
-    [[nodiscard]] Typed bitwiseNot(const Typed& operand, int line) const;
-    [[nodiscard]] Typed arithmetic(tsql::BinaryOperator op, Typed left, Typed right,
-                                   int line) const;
-    [[nodiscard]] std::string compared(tsql::ComparisonOperator op, const Typed& left,
-                                       const Typed& right, int line) const;
+    [[nodiscard]] BoundExpression negated(const BoundExpression& operand, int line) const;
+    [[nodiscard]] BoundExpression bitwiseNot(const BoundExpression& operand, int line) const;
+    [[nodiscard]] BoundExpression arithmetic(tsql::BinaryOperator op, BoundExpression left,
+                                             BoundExpression right, int line) const;
+    [[nodiscard]] std::string compared(tsql::ComparisonOperator op, const BoundExpression& left,
+                                       const BoundExpression& right, int line) const;
     /// Values brought to one type in which SQLite's own comparison is the server's.
-    [[nodiscard]] std::vector<Typed> comparable(std::vector<Typed> values, const char* operation,
-                                                int line) const;
+    [[nodiscard]] std::vector<BoundExpression> comparable(std::vector<BoundExpression> values,
+                                                          const char* operation, int line) const;
 
     // Queries.
     [[nodiscard]] BoundQuery query(const tsql::Query& query, Scope* outer, QueryPlace place);
@@ -170,49 +171,56 @@ private:
     struct BoundSelect;
 
     // bind_constants.cpp
-    [[nodiscard]] std::string operand(const Typed& value) const;
-    [[nodiscard]] std::string storedConstant(const Typed& value) const;
-    [[nodiscard]] bool bindsToo(const Typed& value) const;
+    [[nodiscard]] std::string operand(const BoundExpression& value) const;
+    [[nodiscard]] std::string storedConstant(const BoundExpression& value) const;
+    [[nodiscard]] bool bindsToo(const BoundExpression& value) const;
     [[nodiscard]] std::string parameter(std::size_t constant) const;
 
     // bind_expressions.cpp
-    [[nodiscard]] Typed literal(const tsql::Literal& literal, int line) const;
-    [[nodiscard]] Typed node(const tsql::Literal& node, int line, Scope& scope);
-    [[nodiscard]] Typed node(const tsql::ColumnReference& node, int line, Scope& scope);
-    [[nodiscard]] Typed node(const tsql::VariableReference& node, int line, Scope& scope);
-    [[nodiscard]] Typed node(const tsql::UnaryExpression& node, int line, Scope& scope);
-    [[nodiscard]] Typed node(const tsql::BinaryExpression& node, int line, Scope& scope);
-    [[nodiscard]] Typed node(const tsql::CaseExpression& node, int line, Scope& scope);
-    [[nodiscard]] Typed node(const tsql::CastExpression& node, int line, Scope& scope);
-    [[nodiscard]] Typed node(const tsql::FunctionCall& node, int line, Scope& scope);
-    [[nodiscard]] Typed node(const tsql::ScalarSubquery& node, int line, Scope& scope);
+    [[nodiscard]] BoundExpression literal(const tsql::Literal& literal, int line) const;
+    [[nodiscard]] BoundExpression node(const tsql::Literal& node, int line, Scope& scope);
+    [[nodiscard]] BoundExpression node(const tsql::ColumnReference& node, int line, Scope& scope);
+    [[nodiscard]] BoundExpression node(const tsql::VariableReference& node, int line, Scope& scope);
+    [[nodiscard]] BoundExpression node(const tsql::UnaryExpression& node, int line, Scope& scope);
+    [[nodiscard]] BoundExpression node(const tsql::BinaryExpression& node, int line, Scope& scope);
+    [[nodiscard]] BoundExpression node(const tsql::CaseExpression& node, int line, Scope& scope);
+    [[nodiscard]] BoundExpression node(const tsql::CastExpression& node, int line, Scope& scope);
+    [[nodiscard]] BoundExpression node(const tsql::FunctionCall& node, int line, Scope& scope);
+    [[nodiscard]] BoundExpression node(const tsql::ScalarSubquery& node, int line, Scope& scope);
     template <typename Predicate>
-    [[nodiscard]] Typed node(const Predicate& node, int line, Scope& scope);
-    [[nodiscard]] std::optional<Typed> groupedValue(const tsql::Expression& expression,
-                                                    Scope& scope);
+    [[nodiscard]] BoundExpression node(const Predicate& node, int line, Scope& scope);
+    [[nodiscard]] std::optional<BoundExpression> groupedValue(const tsql::Expression& expression,
+                                                              Scope& scope);
     [[nodiscard]] std::string caseSubject(const tsql::CaseExpression& node,
                                           std::vector<std::string>& whens, int line, Scope& scope);
 
     // bind_operators.cpp
-    [[nodiscard]] Typed exactArithmetic(tsql::BinaryOperator op, const Typed& left,
-                                        const Typed& right, int line) const;
-    [[nodiscard]] Typed wholeArithmetic(tsql::BinaryOperator op, const Typed& left,
-                                        const Typed& right, const tsql::TypeSpec& type) const;
-    [[nodiscard]] Typed decimalArithmetic(tsql::BinaryOperator op, const Typed& left,
-                                          const Typed& right) const;
-    [[nodiscard]] Typed floatArithmetic(tsql::BinaryOperator op, const Typed& left,
-                                        const Typed& right, int line) const;
-    [[nodiscard]] Typed dateArithmetic(tsql::BinaryOperator op, const Typed& left,
-                                       const Typed& right, int line) const;
-    [[nodiscard]] Typed joined(const Typed& left, const Typed& right, int line) const;
+    [[nodiscard]] BoundExpression exactArithmetic(tsql::BinaryOperator op,
+                                                  const BoundExpression& left,
+                                                  const BoundExpression& right, int line) const;
+    [[nodiscard]] BoundExpression wholeArithmetic(tsql::BinaryOperator op,
+                                                  const BoundExpression& left,
+                                                  const BoundExpression& right,
+                                                  const tsql::TypeSpec& type) const;
+    [[nodiscard]] BoundExpression decimalArithmetic(tsql::BinaryOperator op,
+                                                    const BoundExpression& left,
+                                                    const BoundExpression& right) const;
+    [[nodiscard]] BoundExpression floatArithmetic(tsql::BinaryOperator op,
+                                                  const BoundExpression& left,
+                                                  const BoundExpression& right, int line) const;
+    [[nodiscard]] BoundExpression dateArithmetic(tsql::BinaryOperator op,
+                                                 const BoundExpression& left,
+                                                 const BoundExpression& right, int line) const;
+    [[nodiscard]] BoundExpression joined(const BoundExpression& left, const BoundExpression& right,
+                                         int line) const;
 
     // bind_groups.cpp
-    [[nodiscard]] std::optional<Typed> groupedOfSets(const tsql::Expression& expression,
-                                                     Scope& scope);
-    [[nodiscard]] std::optional<Typed> groupingCall(const tsql::FunctionCall& call, int line,
-                                                    Scope& scope);
+    [[nodiscard]] std::optional<BoundExpression> groupedOfSets(const tsql::Expression& expression,
+                                                               Scope& scope);
+    [[nodiscard]] std::optional<BoundExpression> groupingCall(const tsql::FunctionCall& call,
+                                                              int line, Scope& scope);
     [[nodiscard]] static std::string groupingSets(const tsql::Select& select, Scope& scope,
-                                                  const std::vector<Typed>& groups);
+                                                  const std::vector<BoundExpression>& groups);
 
     // bind_views.cpp
     [[nodiscard]] std::string targetView(const View& view, const tsql::ObjectName& name);
@@ -235,31 +243,36 @@ private:
     [[nodiscard]] std::string inQuery(const tsql::InPredicate& node, int line, Scope& scope);
 
     // bind_functions.cpp
-    [[nodiscard]] Typed aggregate(const tsql::FunctionCall& call, int line, Scope& scope);
-    [[nodiscard]] Typed total(const Typed& argument, bool distinct, const char* function,
-                              int line) const;
-    [[nodiscard]] Typed average(const Typed& argument, bool distinct, int line) const;
-    [[nodiscard]] Typed statistics(const std::string& name, const Typed& argument, bool distinct,
-                                   int line) const;
+    [[nodiscard]] BoundExpression aggregate(const tsql::FunctionCall& call, int line, Scope& scope);
+    [[nodiscard]] BoundExpression total(const BoundExpression& argument, bool distinct,
+                                        const char* function, int line) const;
+    [[nodiscard]] BoundExpression average(const BoundExpression& argument, bool distinct,
+                                          int line) const;
+    [[nodiscard]] BoundExpression statistics(const std::string& name,
+                                             const BoundExpression& argument, bool distinct,
+                                             int line) const;
 
     // bind_string_agg.cpp
-    [[nodiscard]] Typed joinedTexts(const tsql::FunctionCall& call, int line, Scope& scope);
+    [[nodiscard]] BoundExpression joinedTexts(const tsql::FunctionCall& call, int line,
+                                              Scope& scope);
 
-    [[nodiscard]] Typed storedFunction(const tsql::FunctionCall& call, int line, Scope& scope);
-    [[nodiscard]] Typed defaultArgument(const Function& function, std::size_t parameter, int line);
+    [[nodiscard]] BoundExpression storedFunction(const tsql::FunctionCall& call, int line,
+                                                 Scope& scope);
+    [[nodiscard]] BoundExpression defaultArgument(const Function& function, std::size_t parameter,
+                                                  int line);
 
     // bind_windows.cpp
-    [[nodiscard]] Typed windowed(const tsql::FunctionCall& call, int line, Scope& scope);
-    [[nodiscard]] Typed percentile(const tsql::FunctionCall& call, const std::string& over,
-                                   int line, Scope& scope);
-    [[nodiscard]] Typed windowAggregate(const tsql::FunctionCall& call, const std::string& over,
-                                        int line, Scope& scope);
+    [[nodiscard]] BoundExpression windowed(const tsql::FunctionCall& call, int line, Scope& scope);
+    [[nodiscard]] BoundExpression percentile(const tsql::FunctionCall& call,
+                                             const std::string& over, int line, Scope& scope);
+    [[nodiscard]] BoundExpression windowAggregate(const tsql::FunctionCall& call,
+                                                  const std::string& over, int line, Scope& scope);
     [[nodiscard]] std::string overText(const tsql::Window& window, int line, Scope& scope);
 
     // bind_system_values.cpp
     [[nodiscard]] const char* systemCall() const;
-    [[nodiscard]] std::optional<Typed> systemFunction(const tsql::FunctionCall& call, int line,
-                                                      Scope& scope);
+    [[nodiscard]] std::optional<BoundExpression> systemFunction(const tsql::FunctionCall& call,
+                                                                int line, Scope& scope);
 
     // bind_common_tables.cpp
     struct CommonName {
@@ -333,7 +346,7 @@ private:
     [[nodiscard]] BoundSource derivedTable(const tsql::DerivedTable& table, int line, Scope& scope);
     [[nodiscard]] BoundSource join(const tsql::Join& join, int line, Scope& scope);
 
-    const Names& names_;
+    const NameScope& names_;
     std::vector<CommonName> commonNames_;
     CommonTarget commonTarget_;
     std::vector<std::string> writtenColumns_;
@@ -357,7 +370,7 @@ private:
 struct Binder::BoundSelect {
     struct OrderKey {
         std::optional<std::size_t> item;  ///< of the list
-        Typed value;                      ///< where it is none of the list
+        BoundExpression value;            ///< where it is none of the list
         bool descending = false;
     };
     std::unique_ptr<Scope> scope;

@@ -20,24 +20,24 @@ constexpr int kFormattedLength = 2048;
 // FORMATMESSAGE takes so many values for the places of its text.
 constexpr int kMostPlaces = 20;
 
-Typed hashBytes(ScalarCall& call) {
+BoundExpression hashBytes(ScalarCall& call) {
     const SqlType type = call[1].type.type;
     const bool taken = call[1].nullLiteral || tsql::isText(type) || tsql::isBinary(type);
     if (!taken || tsql::isLarge(type)) call.refuseType(1);
-    const Typed bytes =
+    const BoundExpression bytes =
         call.binder.castTo(call[1], {SqlType::VarBinary, tsql::kMaxLength}, 0, call.line);
-    return Typed::expression(callText("kap_hashbytes", call.text(0), bytes.sql),
-                             {SqlType::VarBinary, kLongestBinary}, true);
+    return BoundExpression::expression(callText("kap_hashbytes", call.text(0), bytes.sql),
+                                       {SqlType::VarBinary, kLongestBinary}, true);
 }
 
 // The seed makes no difference to bytes that the system makes.
-Typed randomBytes(ScalarCall& call) {
-    return Typed::expression(callText("kap_random_bytes", call.shortInteger(0)),
-                             {SqlType::VarBinary, kLongestBinary}, true);
+BoundExpression randomBytes(ScalarCall& call) {
+    return BoundExpression::expression(callText("kap_random_bytes", call.shortInteger(0)),
+                                       {SqlType::VarBinary, kLongestBinary}, true);
 }
 
 // Whether a value may stand for a place of a message.
-bool fills(const Typed& value) {
+bool fills(const BoundExpression& value) {
     const SqlType type = value.type.type;
     const bool whole =
         type == SqlType::TinyInt || type == SqlType::SmallInt || type == SqlType::Int;
@@ -47,7 +47,7 @@ bool fills(const Typed& value) {
 }
 
 // FORMATMESSAGE(text, values...). A number names one of the server's messages, which are not here.
-Typed formatMessage(ScalarCall& call) {
+BoundExpression formatMessage(ScalarCall& call) {
     const TypeSpec type{SqlType::NVarChar, kFormattedLength};
     for (std::size_t i = 1; i < call.arguments.size(); ++i) {
         if (fills(call[i])) continue;
@@ -58,12 +58,13 @@ Typed formatMessage(ScalarCall& call) {
                                     ") as a substitution parameter.",
                                 call.line);
     }
-    if (tsql::isInteger(call[0].type.type)) return Typed::expression("NULL", type, true);
+    if (tsql::isInteger(call[0].type.type)) return BoundExpression::expression("NULL", type, true);
     std::string values;
     for (std::size_t i = 1; i < call.arguments.size(); ++i) {
         values += ", " + (tsql::isInteger(call[i].type.type) ? call[i].sql : call.text(i));
     }
-    return Typed::expression(callText("kap_formatmessage", call.text(0) + values), type, true);
+    return BoundExpression::expression(callText("kap_formatmessage", call.text(0) + values), type,
+                                       true);
 }
 
 constexpr std::array kByteFunctions = std::to_array<ScalarFunction>({

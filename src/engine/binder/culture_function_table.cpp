@@ -17,10 +17,11 @@ std::string cultureOf(const ScalarCall& call) {
     return call.arguments.size() > kCulture ? call.text(kCulture) : "''";
 }
 
-Typed formatted(ScalarCall& call) {
+BoundExpression formatted(ScalarCall& call) {
     constexpr int kLongest = 4000;
-    const Typed& value = call[0];
-    if (value.nullLiteral) return Typed::expression("NULL", {SqlType::NVarChar, kLongest}, true);
+    const BoundExpression& value = call[0];
+    if (value.nullLiteral)
+        return BoundExpression::expression("NULL", {SqlType::NVarChar, kLongest}, true);
     if (!tsql::isNumber(value.type.type) && !tsql::isDate(value.type.type)) {
         throw tsql::ServerError(8116,
                                 std::string("Argument data type ") +
@@ -28,13 +29,13 @@ Typed formatted(ScalarCall& call) {
                                     " is invalid for argument 1 of format function.",
                                 call.line);
     }
-    return Typed::expression(
+    return BoundExpression::expression(
         callText("kap_format", value.sql, typeArgument(value.type), call.text(1), cultureOf(call)),
         {SqlType::NVarChar, kLongest}, true);
 }
 
 // PARSE(text AS type USING culture): the parser gives the type as a NULL of it.
-Typed parsedBy(ScalarCall& call, const char* function) {
+BoundExpression parsedBy(ScalarCall& call, const char* function) {
     const TypeSpec type = call[1].type;
     if (tsql::isText(type.type) || tsql::isBinary(type.type) || type.type == SqlType::Bit ||
         type.type == SqlType::UniqueIdentifier) {
@@ -43,15 +44,15 @@ Typed parsedBy(ScalarCall& call, const char* function) {
             std::string("Invalid data type ") + tsql::typeName(type.type) + " in function PARSE.",
             call.line);
     }
-    return Typed::expression(callText(function, call.text(0), typeArgument(type), cultureOf(call)),
-                             type, true);
+    return BoundExpression::expression(
+        callText(function, call.text(0), typeArgument(type), cultureOf(call)), type, true);
 }
 
-Typed parsed(ScalarCall& call) {
+BoundExpression parsed(ScalarCall& call) {
     return parsedBy(call, "kap_parse");
 }
 
-Typed tryParsed(ScalarCall& call) {
+BoundExpression tryParsed(ScalarCall& call) {
     return parsedBy(call, "kap_try_parse");
 }
 

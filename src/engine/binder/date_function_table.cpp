@@ -49,80 +49,84 @@ std::string namedPart(const ScalarCall& call, tsql::SqlType type) {
     return partCode(*part);
 }
 
-Typed partOfDate(ScalarCall& call, DatePart part) {
-    const Typed date = call.instant(0);
-    return Typed::expression(callText("kap_datepart", partCode(part), date.sql), {SqlType::Int},
-                             date.nullable);
+BoundExpression partOfDate(ScalarCall& call, DatePart part) {
+    const BoundExpression date = call.instant(0);
+    return BoundExpression::expression(callText("kap_datepart", partCode(part), date.sql),
+                                       {SqlType::Int}, date.nullable);
 }
 
-Typed year(ScalarCall& call) {
+BoundExpression year(ScalarCall& call) {
     return partOfDate(call, DatePart::Year);
 }
-Typed month(ScalarCall& call) {
+BoundExpression month(ScalarCall& call) {
     return partOfDate(call, DatePart::Month);
 }
-Typed day(ScalarCall& call) {
+BoundExpression day(ScalarCall& call) {
     return partOfDate(call, DatePart::Day);
 }
 
 // The arguments that are bound start behind the word.
-Typed datePart(ScalarCall& call) {
-    const Typed date = call.instant(0);
-    return Typed::expression(callText("kap_datepart", namedPart(call, date.type.type), date.sql),
-                             {SqlType::Int}, date.nullable);
+BoundExpression datePart(ScalarCall& call) {
+    const BoundExpression date = call.instant(0);
+    return BoundExpression::expression(
+        callText("kap_datepart", namedPart(call, date.type.type), date.sql), {SqlType::Int},
+        date.nullable);
 }
 
-Typed dateName(ScalarCall& call) {
-    const Typed date = call.instant(0);
+BoundExpression dateName(ScalarCall& call) {
+    const BoundExpression date = call.instant(0);
     constexpr int kNameLength = 30;
-    return Typed::expression(callText("kap_datename", namedPart(call, date.type.type), date.sql),
-                             {SqlType::NVarChar, kNameLength}, date.nullable);
+    return BoundExpression::expression(
+        callText("kap_datename", namedPart(call, date.type.type), date.sql),
+        {SqlType::NVarChar, kNameLength}, date.nullable);
 }
 
-Typed dateAdd(ScalarCall& call) {
-    const Typed date = call.instant(1);
-    const Typed count = call.binder.castTo(call[0], {SqlType::BigInt}, 0, call.line);
-    return Typed::expression(callText("kap_dateadd", namedPart(call, date.type.type), count.sql,
-                                      date.sql, typeArgument(date.type)),
-                             date.type, call.anyNullable());
+BoundExpression dateAdd(ScalarCall& call) {
+    const BoundExpression date = call.instant(1);
+    const BoundExpression count = call.binder.castTo(call[0], {SqlType::BigInt}, 0, call.line);
+    return BoundExpression::expression(callText("kap_dateadd", namedPart(call, date.type.type),
+                                                count.sql, date.sql, typeArgument(date.type)),
+                                       date.type, call.anyNullable());
 }
 
-Typed dateDiff(ScalarCall& call) {
-    const Typed from = call.instant(0);
-    return Typed::expression(
+BoundExpression dateDiff(ScalarCall& call) {
+    const BoundExpression from = call.instant(0);
+    return BoundExpression::expression(
         callText("kap_datediff", namedPart(call, from.type.type), from.sql, call.instant(1).sql),
         {SqlType::Int}, call.anyNullable());
 }
 
-Typed now(ScalarCall& /*call*/) {
-    return Typed::expression("kap_now()", {SqlType::DateTime}, false);
+BoundExpression now(ScalarCall& /*call*/) {
+    return BoundExpression::expression("kap_now()", {SqlType::DateTime}, false);
 }
 
-Typed universalNow(ScalarCall& /*call*/) {
-    return Typed::expression("kap_utcnow()", {SqlType::DateTime}, false);
+BoundExpression universalNow(ScalarCall& /*call*/) {
+    return BoundExpression::expression("kap_utcnow()", {SqlType::DateTime}, false);
 }
 
 // EOMONTH(date [, months]): the last day of the month so many months on.
-Typed endOfMonth(ScalarCall& call) {
+BoundExpression endOfMonth(ScalarCall& call) {
     const std::string months = call.arguments.size() > 1 ? call.shortInteger(1) : "0";
-    return Typed::expression(callText("kap_eomonth", call.instant(0).sql, months), {SqlType::Date},
-                             call.anyNullable());
+    return BoundExpression::expression(callText("kap_eomonth", call.instant(0).sql, months),
+                                       {SqlType::Date}, call.anyNullable());
 }
 
 // DATEFROMPARTS(year, month, day) and its kin, which take the parts of the time behind them.
 template <SqlType kType>
-Typed fromParts(ScalarCall& call) {
+BoundExpression fromParts(ScalarCall& call) {
     std::string parts = typeArgument({kType});
     for (std::size_t i = 0; i < call.arguments.size(); ++i)
         parts += ", " + call.shortInteger(i);
-    return Typed::expression(callText("kap_fromparts", parts), {kType}, call.anyNullable());
+    return BoundExpression::expression(callText("kap_fromparts", parts), {kType},
+                                       call.anyNullable());
 }
 
-Typed isDate(ScalarCall& call) {
+BoundExpression isDate(ScalarCall& call) {
     if (tsql::isDate(call[0].type.type)) {
-        return Typed::expression("(" + call[0].sql + " IS NOT NULL)", {SqlType::Int}, false);
+        return BoundExpression::expression("(" + call[0].sql + " IS NOT NULL)", {SqlType::Int},
+                                           false);
     }
-    return Typed::expression(callText("kap_isdate", call.text(0)), {SqlType::Int}, false);
+    return BoundExpression::expression(callText("kap_isdate", call.text(0)), {SqlType::Int}, false);
 }
 
 constexpr std::array kDateFunctions = std::to_array<ScalarFunction>({

@@ -15,11 +15,11 @@ using tsql::TypeSpec;
 
 bool ScalarCall::anyNullable() const {
     return std::any_of(arguments.begin(), arguments.end(),
-                       [](const Typed& argument) { return argument.nullable; });
+                       [](const BoundExpression& argument) { return argument.nullable; });
 }
 
 std::string ScalarCall::text(std::size_t index) const {
-    const Typed& argument = arguments[index];
+    const BoundExpression& argument = arguments[index];
     if (tsql::isText(argument.type.type) || argument.nullLiteral) return argument.sql;
     return binder.castTo(argument, textTypeOf(argument.type), 0, line).sql;
 }
@@ -36,8 +36,8 @@ std::string ScalarCall::real(std::size_t index) const {
     return binder.convertTo(arguments[index], {SqlType::Float}, line).sql;
 }
 
-Typed ScalarCall::instant(std::size_t index) const {
-    const Typed& argument = arguments[index];
+BoundExpression ScalarCall::instant(std::size_t index) const {
+    const BoundExpression& argument = arguments[index];
     if (tsql::isDate(argument.type.type)) return argument;
     return binder.convertTo(argument, {SqlType::DateTime}, line);
 }
@@ -46,8 +46,8 @@ TypeSpec ScalarCall::textType(std::size_t index) const {
     return textTypeOf(arguments[index].type);
 }
 
-Typed ScalarCall::number(std::size_t index) const {
-    const Typed& argument = arguments[index];
+BoundExpression ScalarCall::number(std::size_t index) const {
+    const BoundExpression& argument = arguments[index];
     if (tsql::isNumber(argument.type.type)) return argument;
     if (tsql::isText(argument.type.type)) return binder.convertTo(argument, {SqlType::Float}, line);
     refuseType(index);

@@ -13,10 +13,10 @@ namespace kap::engine {
 struct ScalarCall {
     const Binder& binder;
     const tsql::FunctionCall& syntax;
-    std::vector<Typed> arguments;
+    std::vector<BoundExpression> arguments;
     int line;
 
-    [[nodiscard]] Typed& operator[](std::size_t index) { return arguments[index]; }
+    [[nodiscard]] BoundExpression& operator[](std::size_t index) { return arguments[index]; }
     [[nodiscard]] bool anyNullable() const;
     /// The SQL of an argument as text, converted when it is not.
     [[nodiscard]] std::string text(std::size_t index) const;
@@ -26,11 +26,11 @@ struct ScalarCall {
     [[nodiscard]] std::string shortInteger(std::size_t index) const;
     [[nodiscard]] std::string real(std::size_t index) const;
     /// An argument as the date type it has, or as datetime.
-    [[nodiscard]] Typed instant(std::size_t index) const;
+    [[nodiscard]] BoundExpression instant(std::size_t index) const;
     /// The variable text type of an argument.
     [[nodiscard]] tsql::TypeSpec textType(std::size_t index) const;
     /// An argument that must be a number: a text becomes a float. Error 8116 for any other.
-    [[nodiscard]] Typed number(std::size_t index) const;
+    [[nodiscard]] BoundExpression number(std::size_t index) const;
     /// Error 8116: the argument's type is none that the function takes.
     [[noreturn]] void refuseType(std::size_t index) const;
     /// The argument's name where the dialect wants a word and no value, as the first one of
@@ -44,7 +44,7 @@ struct ScalarFunction {
     std::string_view name;
     int fewest;
     int most;  ///< -1 for any number
-    Typed (*bind)(ScalarCall& call);
+    BoundExpression (*bind)(ScalarCall& call);
     bool firstIsWord = false;  ///< the first argument is a word and is not bound
 };
 

@@ -17,15 +17,15 @@ namespace {
 constexpr int kMostArguments = 127;
 
 // ISNULL has the type of its first argument; the second is brought to it.
-Typed isNull(ScalarCall& call) {
+BoundExpression isNull(ScalarCall& call) {
     const TypeSpec type = call[0].nullLiteral ? call[1].type : call[0].type;
-    const Typed first = call.binder.convertTo(call[0], type, call.line);
-    const Typed second = call.binder.convertTo(call[1], type, call.line);
-    return Typed::expression(callText("ifnull", first.sql, second.sql), type,
-                             first.nullable && second.nullable);
+    const BoundExpression first = call.binder.convertTo(call[0], type, call.line);
+    const BoundExpression second = call.binder.convertTo(call[1], type, call.line);
+    return BoundExpression::expression(callText("ifnull", first.sql, second.sql), type,
+                                       first.nullable && second.nullable);
 }
 
-Typed coalesce(ScalarCall& call) {
+BoundExpression coalesce(ScalarCall& call) {
     const auto type = commonType(call.arguments);
     if (!type) {
         throw tsql::ServerError(4127,
@@ -36,15 +36,15 @@ Typed coalesce(ScalarCall& call) {
     std::string sql;
     // As the server has it, COALESCE is null where any of its arguments can be; ISNULL is not.
     bool nullable = false;
-    for (const Typed& argument : call.arguments) {
-        const Typed converted = call.binder.convertTo(argument, *type, call.line);
+    for (const BoundExpression& argument : call.arguments) {
+        const BoundExpression converted = call.binder.convertTo(argument, *type, call.line);
         sql += (sql.empty() ? "" : ", ") + converted.sql;
         nullable = nullable || converted.nullable;
     }
-    return Typed::expression("coalesce(" + sql + ")", *type, nullable);
+    return BoundExpression::expression("coalesce(" + sql + ")", *type, nullable);
 }
 
-Typed nullIf(ScalarCall& call) {
+BoundExpression nullIf(ScalarCall& call) {
     if (call[0].nullLiteral) {
         throw tsql::ServerError(
             4151,
@@ -54,21 +54,21 @@ Typed nullIf(ScalarCall& call) {
     }
     const std::string equal =
         call.binder.compared(tsql::ComparisonOperator::Equal, call[0], call[1], call.line);
-    return Typed::expression("(CASE WHEN " + equal + " THEN NULL ELSE " + call[0].sql + " END)",
-                             call[0].type, true);
+    return BoundExpression::expression(
+        "(CASE WHEN " + equal + " THEN NULL ELSE " + call[0].sql + " END)", call[0].type, true);
 }
 
-Typed newIdentifier(ScalarCall& call) {
+BoundExpression newIdentifier(ScalarCall& call) {
     // SQLite would make one for all rows.
     if (call.binder.bindsComputedColumn()) {
         throw tsql::unsupported("NEWID in a computed column", call.line);
     }
     constexpr int kBytes = 16;
-    return Typed::expression("kap_newid()", {SqlType::UniqueIdentifier, kBytes}, false);
+    return BoundExpression::expression("kap_newid()", {SqlType::UniqueIdentifier, kBytes}, false);
 }
 
 // What a default is made of is seen there; anywhere else it is none.
-Typed newSequentialIdentifier(ScalarCall& call) {
+BoundExpression newSequentialIdentifier(ScalarCall& call) {
     throw tsql::ServerError(
         302,
         "The newsequentialid() built-in function can only be used in a DEFAULT expression for a "
@@ -79,11 +79,11 @@ Typed newSequentialIdentifier(ScalarCall& call) {
 
 // CHECKSUM(a, b...): texts that compare as equal give the same; BINARY_CHECKSUM tells them apart.
 template <const char* const& kFunction>
-Typed checksum(ScalarCall& call) {
+BoundExpression checksum(ScalarCall& call) {
     std::string arguments;
-    for (const Typed& argument : call.arguments)
+    for (const BoundExpression& argument : call.arguments)
         arguments += (arguments.empty() ? "" : ", ") + argument.sql;
-    return Typed::expression(callText(kFunction, arguments), {SqlType::Int}, false);
+    return BoundExpression::expression(callText(kFunction, arguments), {SqlType::Int}, false);
 }
 
 constexpr const char* kChecksum = "kap_checksum";
@@ -91,8 +91,8 @@ constexpr const char* kBinaryChecksum = "kap_binary_checksum";
 
 // IDENTITY(type, seed, increment) numbers the rows that SELECT ... INTO writes; what writes them
 // knows how, here it is nothing yet.
-Typed newIdentity(ScalarCall& call) {
-    Typed value = Typed::expression("NULL", call[0].type, false);
+BoundExpression newIdentity(ScalarCall& call) {
+    BoundExpression value = BoundExpression::expression("NULL", call[0].type, false);
     constexpr Identity kFirst;
     const auto number = [&](std::size_t index, std::int64_t otherwise) {
         const bool given = index < call.arguments.size() && call[index].constant &&

@@ -34,43 +34,43 @@ TypeSpec widened(const TypeSpec& type) {
     }
 }
 
-Typed argument(ScalarCall& call) {
-    const Typed number = call.number(0);
+BoundExpression argument(ScalarCall& call) {
+    const BoundExpression number = call.number(0);
     return call.binder.convertTo(number, widened(number.type), call.line);
 }
 
-Typed result(const Typed& source, std::string sql, TypeSpec type) {
-    return Typed::expression(std::move(sql), type, source.nullable);
+BoundExpression result(const BoundExpression& source, std::string sql, TypeSpec type) {
+    return BoundExpression::expression(std::move(sql), type, source.nullable);
 }
 
-Typed absolute(ScalarCall& call) {
-    const Typed value = argument(call);
+BoundExpression absolute(ScalarCall& call) {
+    const BoundExpression value = argument(call);
     if (tsql::isApproximate(value.type.type))
         return result(value, callText("kap_float_abs", value.sql), value.type);
     return result(value, callText("kap_abs", value.sql, typeArgument(value.type)), value.type);
 }
 
-Typed sign(ScalarCall& call) {
-    const Typed value = argument(call);
+BoundExpression sign(ScalarCall& call) {
+    const BoundExpression value = argument(call);
     if (tsql::isApproximate(value.type.type))
         return result(value, callText("kap_float_sign", value.sql), value.type);
     return result(value, callText("kap_sign", value.sql, typeArgument(value.type)), value.type);
 }
 
-Typed rounded(ScalarCall& call) {
-    const Typed value = argument(call);
+BoundExpression rounded(ScalarCall& call) {
+    const BoundExpression value = argument(call);
     const std::string truncate = call.arguments.size() > 2 ? call.integer(2) : "0";
     const bool nullable = call.anyNullable();
     const std::string sql =
         tsql::isApproximate(value.type.type)
             ? callText("kap_float_round", value.sql, call.integer(1), truncate)
             : callText("kap_round", value.sql, call.integer(1), truncate, typeArgument(value.type));
-    return Typed::expression(sql, value.type, nullable);
+    return BoundExpression::expression(sql, value.type, nullable);
 }
 
 // A whole number in the type of the argument; decimals lose their fraction, money keeps its own.
-Typed towards(ScalarCall& call, const char* exactFunction, const char* floatFunction) {
-    Typed value = argument(call);
+BoundExpression towards(ScalarCall& call, const char* exactFunction, const char* floatFunction) {
+    BoundExpression value = argument(call);
     if (tsql::isApproximate(value.type.type))
         return result(value, callText(floatFunction, value.sql), value.type);
     const int scale = storedScale(value.type);
@@ -82,35 +82,35 @@ Typed towards(ScalarCall& call, const char* exactFunction, const char* floatFunc
     return result(value, whole, {SqlType::Numeric, 0, value.type.precision, 0});
 }
 
-Typed ceiling(ScalarCall& call) {
+BoundExpression ceiling(ScalarCall& call) {
     return towards(call, "kap_ceiling", "kap_float_ceiling");
 }
-Typed floorFunction(ScalarCall& call) {
+BoundExpression floorFunction(ScalarCall& call) {
     return towards(call, "kap_floor", "kap_float_floor");
 }
 
 // The result has the type of the base: POWER(2, 0.5) is 1. A decimal keeps its decimals and may
 // become as large as one can be.
-Typed power(ScalarCall& call) {
+BoundExpression power(ScalarCall& call) {
     TypeSpec type = argument(call).type;
     if (tsql::isDecimal(type.type)) type = {SqlType::Numeric, 0, kMostDigits, type.scale};
-    const Typed value = Typed::expression(callText("kap_power", call.real(0), call.real(1)),
-                                          {SqlType::Float}, call.anyNullable());
+    const BoundExpression value = BoundExpression::expression(
+        callText("kap_power", call.real(0), call.real(1)), {SqlType::Float}, call.anyNullable());
     return call.binder.castTo(value, type, 0, call.line);
 }
 
 // LOG(x) is the natural one, LOG(x, base) any other.
-Typed logarithm(ScalarCall& call) {
+BoundExpression logarithm(ScalarCall& call) {
     const std::string sql = call.arguments.size() > 1
                                 ? callText("kap_log", call.real(0), call.real(1))
                                 : callText("kap_log", call.real(0));
-    return Typed::expression(sql, {SqlType::Float}, call.anyNullable());
+    return BoundExpression::expression(sql, {SqlType::Float}, call.anyNullable());
 }
 
 template <const char* const& kFunction>
-Typed ofFloat(ScalarCall& call) {
-    return Typed::expression(callText(kFunction, call.real(0)), {SqlType::Float},
-                             call.anyNullable());
+BoundExpression ofFloat(ScalarCall& call) {
+    return BoundExpression::expression(callText(kFunction, call.real(0)), {SqlType::Float},
+                                       call.anyNullable());
 }
 
 constexpr const char* kSquareRoot = "kap_sqrt";
@@ -125,13 +125,13 @@ constexpr const char* kArcSine = "kap_asin";
 constexpr const char* kArcCosine = "kap_acos";
 constexpr const char* kArcTangent = "kap_atan";
 
-Typed pi(ScalarCall& /*call*/) {
-    return Typed::literal(3.141592653589793, {SqlType::Float});
+BoundExpression pi(ScalarCall& /*call*/) {
+    return BoundExpression::literal(3.141592653589793, {SqlType::Float});
 }
 
-Typed angleOf(ScalarCall& call) {
-    return Typed::expression(callText("kap_atn2", call.real(0), call.real(1)), {SqlType::Float},
-                             call.anyNullable());
+BoundExpression angleOf(ScalarCall& call) {
+    return BoundExpression::expression(callText("kap_atn2", call.real(0), call.real(1)),
+                                       {SqlType::Float}, call.anyNullable());
 }
 
 // DEGREES and RADIANS keep the kind of number that they are given. Of a decimal the server gives 18
@@ -144,36 +144,38 @@ TypeSpec angleType(const TypeSpec& type, int moreDigits) {
     return {SqlType::Numeric, 0, kMostDigits, std::max(kStoredDigits - whole, kFewestDecimals)};
 }
 
-Typed converted(ScalarCall& call, const char* factor, int moreDigits) {
+BoundExpression converted(ScalarCall& call, const char* factor, int moreDigits) {
     const TypeSpec type = angleType(argument(call).type, moreDigits);
-    const Typed result = Typed::expression(
+    const BoundExpression result = BoundExpression::expression(
         callText("kap_float_multiply", call.real(0), factor, typeArgument({SqlType::Float})),
         {SqlType::Float}, call.anyNullable());
     return call.binder.castTo(result, type, 0, call.line);
 }
 
-Typed degrees(ScalarCall& call) {
+BoundExpression degrees(ScalarCall& call) {
     constexpr int kMoreDigits = 2;  // 9 radians are 515 degrees
     return converted(call, "57.295779513082323", kMoreDigits);
 }
-Typed radians(ScalarCall& call) {
+BoundExpression radians(ScalarCall& call) {
     constexpr int kMoreDigits = -1;  // 99 degrees are 1 radian
     return converted(call, "0.017453292519943295", kMoreDigits);
 }
 
-Typed random(ScalarCall& call) {
+BoundExpression random(ScalarCall& call) {
     if (call.arguments.empty() && call.binder.bindsComputedColumn()) {
         throw tsql::unsupported("RAND in a computed column", call.line);
     }
     const std::string seed = call.arguments.empty() ? "" : call.integer(0);
-    return Typed::expression("kap_random(" + seed + ")", {SqlType::Float}, !seed.empty());
+    return BoundExpression::expression("kap_random(" + seed + ")", {SqlType::Float}, !seed.empty());
 }
 
-Typed isNumeric(ScalarCall& call) {
+BoundExpression isNumeric(ScalarCall& call) {
     if (tsql::isNumber(call[0].type.type)) {
-        return Typed::expression("(" + call[0].sql + " IS NOT NULL)", {SqlType::Int}, false);
+        return BoundExpression::expression("(" + call[0].sql + " IS NOT NULL)", {SqlType::Int},
+                                           false);
     }
-    return Typed::expression(callText("kap_isnumeric", call.text(0)), {SqlType::Int}, false);
+    return BoundExpression::expression(callText("kap_isnumeric", call.text(0)), {SqlType::Int},
+                                       false);
 }
 
 constexpr std::array kNumberFunctions = std::to_array<ScalarFunction>({

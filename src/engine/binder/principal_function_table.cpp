@@ -16,34 +16,36 @@ constexpr const char* kServerRoles =
     "'public', 'sysadmin', 'securityadmin', 'serveradmin', 'setupadmin', 'processadmin', "
     "'diskadmin', 'dbcreator', 'bulkadmin'";
 
-Typed number(const char* value) {
-    return Typed::expression(value, {SqlType::Int}, false);
+BoundExpression number(const char* value) {
+    return BoundExpression::expression(value, {SqlType::Int}, false);
 }
 
 // 1 for a role that the owner has, 0 for one that only takes rights away, NULL for none.
-Typed memberOf(ScalarCall& call, const char* roles) {
+BoundExpression memberOf(ScalarCall& call, const char* roles) {
     const std::string role = "(" + call.text(0) + ") COLLATE KAP_CI";
-    return Typed::expression("(CASE WHEN " + role + " IN (" + roles + ") THEN 1 WHEN " + role +
-                                 " IN ('db_denydatareader', 'db_denydatawriter') THEN 0 END)",
-                             {SqlType::Int}, true);
+    return BoundExpression::expression(
+        "(CASE WHEN " + role + " IN (" + roles + ") THEN 1 WHEN " + role +
+            " IN ('db_denydatareader', 'db_denydatawriter') THEN 0 END)",
+        {SqlType::Int}, true);
 }
 
-Typed isMember(ScalarCall& call) {
+BoundExpression isMember(ScalarCall& call) {
     return memberOf(call, kDatabaseRoles);
 }
 
-Typed isServerMember(ScalarCall& call) {
+BoundExpression isServerMember(ScalarCall& call) {
     return memberOf(call, kServerRoles);
 }
 
-Typed mayEverything(ScalarCall& /*call*/) {
+BoundExpression mayEverything(ScalarCall& /*call*/) {
     return number("1");
 }
 
-Typed ownerId(ScalarCall& call) {
+BoundExpression ownerId(ScalarCall& call) {
     if (call.arguments.empty()) return number("1");
-    return Typed::expression("(CASE WHEN (" + call.text(0) + ") COLLATE KAP_CI = 'dbo' THEN 1 END)",
-                             {SqlType::Int}, true);
+    return BoundExpression::expression(
+        "(CASE WHEN (" + call.text(0) + ") COLLATE KAP_CI = 'dbo' THEN 1 END)", {SqlType::Int},
+        true);
 }
 
 constexpr std::array kPrincipalFunctions = std::to_array<ScalarFunction>({

@@ -60,7 +60,7 @@ const SourceColumn* findQualified(const ObjectName& name, const Scope& scope) {
     return nullptr;
 }
 
-void checkGrouped(const Typed& value, const ObjectName& name, const Scope& scope) {
+void checkGrouped(const BoundExpression& value, const ObjectName& name, const Scope& scope) {
     if (!scope.grouped || scope.insideAggregate) return;
     const bool grouped =
         std::find(scope.groups.begin(), scope.groups.end(), value.sql) != scope.groups.end();
@@ -142,14 +142,14 @@ bool isOwn(const ObjectName& name) {
     return sameName(owner, "dbo") || sameName(owner, "tempdb");
 }
 
-const Table* findTable(const ObjectName& name, const Names& names) {
+const Table* findTable(const ObjectName& name, const NameScope& names) {
     if (name.parts.size() == 1) {
         if (const Table* local = names.localTable(name.last())) return local;
     }
     return isOwn(name) ? names.catalogue().find(name.last()) : nullptr;
 }
 
-const Table& requireTable(const ObjectName& name, const Names& names) {
+const Table& requireTable(const ObjectName& name, const NameScope& names) {
     const Table* table = findTable(name, names);
     if (table != nullptr) return *table;
     if (name.last().front() == '@') {
@@ -159,7 +159,7 @@ const Table& requireTable(const ObjectName& name, const Names& names) {
     throw ServerError(208, "Invalid object name '" + name.text() + "'.", name.line);
 }
 
-const std::string& shownName(const Table& table, const ObjectName& name, const Names& names) {
+const std::string& shownName(const Table& table, const ObjectName& name, const NameScope& names) {
     const bool local = name.parts.size() == 1 && names.localTable(name.last()) == &table;
     return local ? name.last() : table.name;
 }

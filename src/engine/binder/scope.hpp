@@ -4,8 +4,9 @@
 #include <type_traits>
 #include <vector>
 
-#include "engine/binder/names.hpp"
-#include "engine/binder/typed.hpp"
+#include "base/restored.hpp"
+#include "engine/binder/bound_expression.hpp"
+#include "engine/binder/name_scope.hpp"
 #include "tsql/syntax.hpp"
 
 namespace kap::engine {
@@ -13,7 +14,7 @@ namespace kap::engine {
 /// A column that names can mean: of a stored table, or of a query in FROM.
 struct SourceColumn {
     std::string name;
-    Typed value;
+    BoundExpression value;
 };
 
 /// A table or query of FROM under the name by which columns are qualified.
@@ -67,23 +68,6 @@ struct Scope {
     bool subqueriesRefused = false;
 };
 
-/// Gives a variable another value for as long as it lives.
-template <typename Value>
-class Replaced {
-public:
-    Replaced(Value& variable, std::type_identity_t<Value> value)
-        : variable_(variable), before_(variable) {
-        variable = value;
-    }
-    ~Replaced() { variable_ = before_; }
-    Replaced(const Replaced&) = delete;
-    Replaced& operator=(const Replaced&) = delete;
-
-private:
-    Value& variable_;
-    Value before_;
-};
-
 /// The column a name means, as its source spells it. Errors: 207, 209, 4104, 128, and 8120 for a
 /// column that grouping leaves undefined.
 [[nodiscard]] const SourceColumn& resolveColumn(const tsql::ObjectName& name, const Scope& scope);
@@ -93,15 +77,15 @@ private:
 
 /// The table a name means: one part, or the owner dbo before it. Errors 208, and 1087 for a table
 /// variable, when there is none.
-[[nodiscard]] const Table& requireTable(const tsql::ObjectName& name, const Names& names);
+[[nodiscard]] const Table& requireTable(const tsql::ObjectName& name, const NameScope& names);
 
 /// The table, or null.
-[[nodiscard]] const Table* findTable(const tsql::ObjectName& name, const Names& names);
+[[nodiscard]] const Table* findTable(const tsql::ObjectName& name, const NameScope& names);
 
 /// What a table is called that a name means: a table variable, inserted and deleted have a name in
 /// the script and another in the file.
 [[nodiscard]] const std::string& shownName(const Table& table, const tsql::ObjectName& name,
-                                           const Names& names);
+                                           const NameScope& names);
 
 /// Whether a name can mean an object of this database: no owner, dbo, or this database's own name
 /// before it.

@@ -3,7 +3,7 @@
 #include <string>
 #include <string_view>
 
-#include "engine/binder/typed.hpp"
+#include "engine/binder/bound_expression.hpp"
 
 /// What a session tells of itself: @@error, SCOPE_IDENTITY(), OBJECT_ID('t')... Each becomes a call
 /// of kap_system(kind, arguments...), which the session answers.
@@ -82,7 +82,7 @@ enum class SystemValue {
 };
 
 /// @@name, asked of the session by that function. Error 137 for one that does not exist.
-[[nodiscard]] Typed systemVariable(std::string_view name, const char* function, int line);
+[[nodiscard]] BoundExpression systemVariable(std::string_view name, const char* function, int line);
 
 /// kap_system and kap_call as the definitions of computed columns call them: what they answer is
 /// asked again for each row, though SQLite takes it for steady.

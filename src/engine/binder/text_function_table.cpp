@@ -20,8 +20,8 @@ constexpr int kMostBytes = 8000;
 // That CONCAT takes.
 constexpr int kMostTexts = 254;
 
-Typed result(ScalarCall& call, std::string sql, TypeSpec type) {
-    return Typed::expression(std::move(sql), type, call.anyNullable());
+BoundExpression result(ScalarCall& call, std::string sql, TypeSpec type) {
+    return BoundExpression::expression(std::move(sql), type, call.anyNullable());
 }
 
 TypeSpec ofLength(TypeSpec type, int length) {
@@ -34,14 +34,14 @@ int longest(const TypeSpec& type) {
 }
 
 // The value of a whole-number literal.
-std::optional<std::int64_t> constantOf(const Typed& argument) {
+std::optional<std::int64_t> constantOf(const BoundExpression& argument) {
     if (!argument.constant || !std::holds_alternative<std::int64_t>(*argument.constant))
         return std::nullopt;
     return std::get<std::int64_t>(*argument.constant);
 }
 
 // A length as a literal says it, within bounds; the longest when it is computed.
-int lengthOf(const Typed& argument) {
+int lengthOf(const BoundExpression& argument) {
     return static_cast<int>(
         std::clamp<std::int64_t>(constantOf(argument).value_or(kMostBytes), 1, kMostBytes));
 }
@@ -52,7 +52,7 @@ bool isMax(const TypeSpec& type) {
            type.type != SqlType::NText && type.type != SqlType::Image;
 }
 
-TypeSpec countType(const Typed& text) {
+TypeSpec countType(const BoundExpression& text) {
     return {isMax(text.type) ? SqlType::BigInt : SqlType::Int};
 }
 
@@ -69,7 +69,7 @@ TypeSpec grown(const TypeSpec& type) {
 }
 
 // The length of a part of a text, as the number of characters asked for tells.
-int partLength(const TypeSpec& type, const Typed& count) {
+int partLength(const TypeSpec& type, const BoundExpression& count) {
     const int bound = type.length == tsql::kMaxLength ? longest(type) : type.length;
     const auto wanted = constantOf(count);
     if (!wanted || *wanted > bound) return type.length;
@@ -78,7 +78,7 @@ int partLength(const TypeSpec& type, const Typed& count) {
 
 // Functions of one text that give a text of the same length.
 template <const char* const& kFunction>
-Typed sameText(ScalarCall& call) {
+BoundExpression sameText(ScalarCall& call) {
     return result(call, callText(kFunction, call.text(0)), call.textType(0));
 }
 
@@ -88,18 +88,18 @@ constexpr const char* kTrimLeft = "kap_ltrim";
 constexpr const char* kTrimRight = "kap_rtrim";
 constexpr const char* kReverse = "kap_reverse";
 
-Typed trim(ScalarCall& call) {
+BoundExpression trim(ScalarCall& call) {
     return result(call, callText("kap_ltrim", callText("kap_rtrim", call.text(0))),
                   call.textType(0));
 }
 
-Typed length(ScalarCall& call) {
+BoundExpression length(ScalarCall& call) {
     return result(call, callText("kap_len", call.text(0)), countType(call[0]));
 }
 
 // The bytes that the server stores for the value.
-Typed dataLength(ScalarCall& call) {
-    const Typed& argument = call[0];
+BoundExpression dataLength(ScalarCall& call) {
+    const BoundExpression& argument = call[0];
     const SqlType type = argument.type.type;
     if (tsql::isText(type)) {
         return result(call,
@@ -144,7 +144,7 @@ Typed dataLength(ScalarCall& call) {
         {SqlType::Int});
 }
 
-Typed substring(ScalarCall& call) {
+BoundExpression substring(ScalarCall& call) {
     if (tsql::isBinary(call[0].type.type)) {
         return result(call, callText("kap_subbytes", call[0].sql, call.integer(1), call.integer(2)),
                       {SqlType::VarBinary, call[0].type.length});
@@ -154,22 +154,22 @@ Typed substring(ScalarCall& call) {
                   ofLength(type, partLength(type, call[2])));
 }
 
-Typed side(ScalarCall& call, const char* function) {
+BoundExpression side(ScalarCall& call, const char* function) {
     const TypeSpec type = call.textType(0);
     return result(call, callText(function, call.text(0), call.integer(1)),
                   ofLength(type, partLength(type, call[1])));
 }
 
-Typed left(ScalarCall& call) {
+BoundExpression left(ScalarCall& call) {
     return side(call, "kap_left");
 }
-Typed right(ScalarCall& call) {
+BoundExpression right(ScalarCall& call) {
     return side(call, "kap_right");
 }
 
-Typed replace(ScalarCall& call) {
+BoundExpression replace(ScalarCall& call) {
     TypeSpec type = call.textType(0);
-    for (const Typed& argument : call.arguments) {
+    for (const BoundExpression& argument : call.arguments) {
         if (tsql::isNational(argument.type.type)) type.type = SqlType::NVarChar;
     }
     type = grown(type);
@@ -179,43 +179,43 @@ Typed replace(ScalarCall& call) {
         type);
 }
 
-Typed stuff(ScalarCall& call) {
+BoundExpression stuff(ScalarCall& call) {
     const TypeSpec type = joinedType(call.textType(0), call.textType(3));
-    Typed value = result(call,
-                         callText("kap_stuff", call.text(0), call.integer(1), call.integer(2),
-                                  call.text(3), limitArgument(type)),
-                         type);
+    BoundExpression value = result(call,
+                                   callText("kap_stuff", call.text(0), call.integer(1),
+                                            call.integer(2), call.text(3), limitArgument(type)),
+                                   type);
     value.nullable = true;
     return value;
 }
 
-Typed charIndex(ScalarCall& call) {
+BoundExpression charIndex(ScalarCall& call) {
     const std::string start = call.arguments.size() > 2 ? call.integer(2) : "1";
     return result(call, callText("kap_charindex", call.text(0), call.text(1), start),
                   countType(call[1]));
 }
 
-Typed patternIndex(ScalarCall& call) {
+BoundExpression patternIndex(ScalarCall& call) {
     return result(call, callText("kap_patindex", call.text(0), call.text(1)), countType(call[1]));
 }
 
-Typed replicate(ScalarCall& call) {
+BoundExpression replicate(ScalarCall& call) {
     const TypeSpec type = grown(call.textType(0));
-    Typed value = result(
+    BoundExpression value = result(
         call, callText("kap_replicate", call.text(0), call.integer(1), limitArgument(type)), type);
     value.nullable = true;
     return value;
 }
 
-Typed space(ScalarCall& call) {
-    Typed value =
+BoundExpression space(ScalarCall& call) {
+    BoundExpression value =
         result(call, callText("kap_space", call.integer(0)), {SqlType::VarChar, lengthOf(call[0])});
     value.nullable = true;
     return value;
 }
 
 // STR(number, length = 10, decimals = 0): right-aligned; stars when it does not fit.
-Typed str(ScalarCall& call) {
+BoundExpression str(ScalarCall& call) {
     const std::string width = call.arguments.size() > 1 ? call.integer(1) : "10";
     const std::string decimals = call.arguments.size() > 2 ? call.integer(2) : "0";
     const int length = call.arguments.size() > 1 ? lengthOf(call[1]) : 10;
@@ -223,21 +223,22 @@ Typed str(ScalarCall& call) {
                   {SqlType::VarChar, length});
 }
 
-Typed character(ScalarCall& call) {
-    Typed value = result(call, callText("kap_char", call.integer(0)), {SqlType::Char, 1});
+BoundExpression character(ScalarCall& call) {
+    BoundExpression value = result(call, callText("kap_char", call.integer(0)), {SqlType::Char, 1});
     value.nullable = true;
     return value;
 }
 
-Typed nationalCharacter(ScalarCall& call) {
-    Typed value = result(call, callText("kap_nchar", call.integer(0)), {SqlType::NChar, 1});
+BoundExpression nationalCharacter(ScalarCall& call) {
+    BoundExpression value =
+        result(call, callText("kap_nchar", call.integer(0)), {SqlType::NChar, 1});
     value.nullable = true;
     return value;
 }
 
 template <const char* const& kFunction>
-Typed firstCode(ScalarCall& call) {
-    Typed value = result(call, callText(kFunction, call.text(0)), {SqlType::Int});
+BoundExpression firstCode(ScalarCall& call) {
+    BoundExpression value = result(call, callText(kFunction, call.text(0)), {SqlType::Int});
     value.nullable = true;
     return value;
 }
@@ -247,7 +248,7 @@ constexpr const char* kUnicode = "kap_unicode";
 
 // CONCAT(a, b...): everything as text, and null as no text. What goes beyond the longest text is
 // cut unless one of them is a varchar(max).
-Typed concatenated(ScalarCall& call) {
+BoundExpression concatenated(ScalarCall& call) {
     std::string sql;
     SqlType type = SqlType::VarChar;
     int length = 0;
@@ -260,33 +261,34 @@ Typed concatenated(ScalarCall& call) {
         length = fits ? length + own.length : tsql::kMaxLength;
     }
     if (sql.empty()) sql = "''";
-    const Typed whole = Typed::expression("(" + sql + ")", {type, tsql::kMaxLength}, false);
+    const BoundExpression whole =
+        BoundExpression::expression("(" + sql + ")", {type, tsql::kMaxLength}, false);
     const TypeSpec joined{type, length == tsql::kMaxLength ? length : std::max(length, 1)};
     if (joined.length <= longest(joined)) return whole.as(joined);
     return call.binder.castTo(whole, ofLength(joined, longest(joined)), 0, call.line);
 }
 
-Typed quoteName(ScalarCall& call) {
+BoundExpression quoteName(ScalarCall& call) {
     constexpr int kQuoted = 258;
     const std::string mark = call.arguments.size() > 1 ? call.text(1) : "'['";
-    Typed value =
+    BoundExpression value =
         result(call, callText("kap_quotename", call.text(0), mark), {SqlType::NVarChar, kQuoted});
     value.nullable = true;
     return value;
 }
 
-Typed soundCode(ScalarCall& call) {
+BoundExpression soundCode(ScalarCall& call) {
     return result(call, callText("kap_soundex", call.text(0)), {SqlType::VarChar, 4});
 }
 
-Typed soundDifference(ScalarCall& call) {
+BoundExpression soundDifference(ScalarCall& call) {
     return result(call, callText("kap_difference", call.text(0), call.text(1)), {SqlType::Int});
 }
 
-Typed namePart(ScalarCall& call) {
+BoundExpression namePart(ScalarCall& call) {
     constexpr int kNameLength = 128;
-    Typed value = result(call, callText("kap_parsename", call.text(0), call.integer(1)),
-                         {SqlType::NVarChar, kNameLength});
+    BoundExpression value = result(call, callText("kap_parsename", call.text(0), call.integer(1)),
+                                   {SqlType::NVarChar, kNameLength});
     value.nullable = true;
     return value;
 }

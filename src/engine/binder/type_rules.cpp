@@ -184,9 +184,9 @@ TypeSpec commonType(const TypeSpec& left, const TypeSpec& right) {
     return higher;
 }
 
-std::optional<TypeSpec> commonType(const std::vector<Typed>& values) {
+std::optional<TypeSpec> commonType(const std::vector<BoundExpression>& values) {
     std::optional<TypeSpec> result;
-    for (const Typed& value : values) {
+    for (const BoundExpression& value : values) {
         if (value.nullLiteral) continue;
         result = result ? commonType(*result, value.type) : value.type;
     }

@@ -3,7 +3,7 @@
 #include <optional>
 #include <vector>
 
-#include "engine/binder/typed.hpp"
+#include "engine/binder/bound_expression.hpp"
 #include "tsql/syntax.hpp"
 #include "tsql/type_spec.hpp"
 
@@ -18,7 +18,7 @@ namespace kap::engine {
 [[nodiscard]] tsql::TypeSpec commonType(const tsql::TypeSpec& left, const tsql::TypeSpec& right);
 
 /// The common type of all that are not the word NULL; nullopt when all are.
-[[nodiscard]] std::optional<tsql::TypeSpec> commonType(const std::vector<Typed>& values);
+[[nodiscard]] std::optional<tsql::TypeSpec> commonType(const std::vector<BoundExpression>& values);
 
 /// A number's type as the decimal that holds all its values: int is decimal(10,0), money is
 /// decimal(19,4).

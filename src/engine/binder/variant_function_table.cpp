@@ -18,21 +18,21 @@ namespace {
 
 constexpr tsql::TypeSpec kAnswer{SqlType::NVarChar, 128};
 
-Typed always(const ScalarCall& call, const std::string& answer) {
-    return Typed::expression(
+BoundExpression always(const ScalarCall& call, const std::string& answer) {
+    return BoundExpression::expression(
         "(CASE WHEN " + call.arguments[0].sql + " IS NOT NULL THEN " + answer + " END)", kAnswer,
         true);
 }
 
-Typed propertyOfValue(ScalarCall& call) {
-    const Typed& value = call[0];
+BoundExpression propertyOfValue(ScalarCall& call) {
+    const BoundExpression& value = call[0];
     const auto* property =
         call[1].constant ? std::get_if<std::string>(&*call[1].constant) : nullptr;
     if (property == nullptr) {
         throw tsql::unsupported("SQL_VARIANT_PROPERTY of a computed name", call.line);
     }
     if (value.nullLiteral || value.type.length == tsql::kMaxLength) {
-        return Typed::expression("NULL", kAnswer, true);
+        return BoundExpression::expression("NULL", kAnswer, true);
     }
     const std::string wanted = asciiLower(*property);
     const SqlType type = value.type.type;
@@ -43,12 +43,12 @@ Typed propertyOfValue(ScalarCall& call) {
     if (wanted == "maxlength") return always(call, text(bytesOf(value.type)));
     if (wanted == "collation") {
         return tsql::isText(type) ? always(call, "'Latin1_General_CI_AS'")
-                                  : Typed::expression("NULL", kAnswer, true);
+                                  : BoundExpression::expression("NULL", kAnswer, true);
     }
     if (wanted == "totalbytes") {
         throw tsql::unsupported("SQL_VARIANT_PROPERTY of TotalBytes", call.line);
     }
-    return Typed::expression("NULL", kAnswer, true);
+    return BoundExpression::expression("NULL", kAnswer, true);
 }
 
 constexpr std::array kVariantFunctions = std::to_array<ScalarFunction>({

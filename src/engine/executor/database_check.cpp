@@ -161,7 +161,7 @@ std::string hexadecimal(std::int64_t number) {
 
 class Check {
 public:
-    Check(Connection& connection, SchemaCatalogue& catalogue, Counters& counters,
+    Check(FileConnection& connection, SchemaCatalogue& catalogue, Counters& counters,
           const Finding& found)
         : connection_(connection), catalogue_(catalogue), counters_(counters), found_(found) {
         sqlite3_create_function_v2(connection_.handle(), kIsText, 1,
@@ -263,7 +263,7 @@ private:
         }
     }
 
-    Connection& connection_;
+    FileConnection& connection_;
     SchemaCatalogue& catalogue_;
     Counters& counters_;
     const Finding& found_;
@@ -271,7 +271,7 @@ private:
 
 }  // namespace
 
-void checkDatabase(Connection& connection, SchemaCatalogue& catalogue, Counters& counters,
+void checkDatabase(FileConnection& connection, SchemaCatalogue& catalogue, Counters& counters,
                    const Finding& found) {
     Check(connection, catalogue, counters, found).run();
 }

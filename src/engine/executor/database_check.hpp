@@ -5,7 +5,7 @@
 
 #include "engine/catalog/counters.hpp"
 #include "engine/catalog/schema_catalogue.hpp"
-#include "engine/sqlite/connection.hpp"
+#include "engine/sqlite/file_connection.hpp"
 
 namespace kap::engine {
 
@@ -21,7 +21,7 @@ using Finding = std::function<void(int number, const std::string& sentence)>;
 // that was changed into another one of its column, and stands in no index, cannot be told.
 //
 // To be called within a transaction. Raises SqliteError when the file cannot be read at all.
-void checkDatabase(Connection& connection, SchemaCatalogue& catalogue, Counters& counters,
+void checkDatabase(FileConnection& connection, SchemaCatalogue& catalogue, Counters& counters,
                    const Finding& found);
 
 }  // namespace kap::engine

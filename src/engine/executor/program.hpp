@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-#include "engine/binder/names.hpp"
+#include "engine/binder/name_scope.hpp"
 #include "engine/catalog/schema_catalogue.hpp"
 #include "engine/plan/translation.hpp"
 #include "engine/sqlite/sqlite.hpp"
@@ -18,7 +18,7 @@ namespace kap::engine {
 
 // A statement or an expression with what was made of it. It is made when it is first run and made
 // anew when the schema has changed since: statements before it may make the tables it names.
-struct Prepared {
+struct CompiledStatement {
     bool ready = false;
     std::uint64_t generation = 0;  // of the catalogue
     Translation translation;
@@ -48,7 +48,7 @@ struct Instruction {
     int line = 1;
     // What was made of the statement, of the condition, or of the statement's expressions, in the
     // order in which they are evaluated.
-    std::vector<Prepared> parts;
+    std::vector<CompiledStatement> parts;
 };
 
 // A batch or the body of a module, laid out flat: blocks, loops and handlers are jumps.
@@ -65,7 +65,7 @@ public:
     Program& operator=(const Program&) = delete;
 
     [[nodiscard]] std::vector<Instruction>& code() { return code_; }
-    [[nodiscard]] Names& names() { return names_; }
+    [[nodiscard]] NameScope& names() { return names_; }
     // A number of its own, for the names of its table variables.
     [[nodiscard]] std::uint64_t serial() const { return serial_; }
 
@@ -121,7 +121,7 @@ private:
     };
 
     std::shared_ptr<const tsql::Script> script_;
-    Names names_;
+    NameScope names_;
     std::uint64_t serial_;
     std::vector<Instruction> code_;
     std::vector<Loop> loops_;

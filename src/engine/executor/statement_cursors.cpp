@@ -4,7 +4,7 @@
 // The rows of cursors.
 namespace kap::engine {
 
-void StatementRunner::openCursor(Prepared& prepared, const tsql::Statement& query,
+void StatementRunner::openCursor(CompiledStatement& prepared, const tsql::Statement& query,
                                  ado::Result& result) {
     connection_.errorSlot().error.reset();
     const Transactions::ReadScope scope(transactions_);

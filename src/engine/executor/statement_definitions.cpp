@@ -9,7 +9,7 @@
 // The statements that change the schema: making, filling, dropping and emptying tables.
 namespace kap::engine {
 
-void StatementRunner::define(Prepared& prepared, const tsql::Statement& statement,
+void StatementRunner::define(CompiledStatement& prepared, const tsql::Statement& statement,
                              std::vector<ado::Result>& results) {
     requireHealthy();
     Transactions::WriteScope scope(transactions_);

@@ -50,7 +50,7 @@ void bindValue(PreparedStatement& statement, int index, const Value& value) {
     }
 }
 
-StatementRunner::StatementRunner(Connection& connection, SchemaCatalogue& catalogue,
+StatementRunner::StatementRunner(FileConnection& connection, SchemaCatalogue& catalogue,
                                  Counters& counters, Transactions& transactions,
                                  SessionState& state, TriggerHost& triggers)
     : connection_(connection),
@@ -62,7 +62,7 @@ StatementRunner::StatementRunner(Connection& connection, SchemaCatalogue& catalo
       pool_(connection.handle()),
       captures_(connection.database(), catalogue) {}
 
-void StatementRunner::run(Prepared& prepared, const tsql::Statement& statement,
+void StatementRunner::run(CompiledStatement& prepared, const tsql::Statement& statement,
                           std::vector<ado::Result>& results) {
     connection_.errorSlot().error.reset();
     const auto* query = std::get_if<tsql::SelectStatement>(&statement.node);
@@ -84,15 +84,15 @@ void StatementRunner::run(Prepared& prepared, const tsql::Statement& statement,
 
 // --- Preparing
 
-bool StatementRunner::isCurrent(const Prepared& prepared) const {
+bool StatementRunner::isCurrent(const CompiledStatement& prepared) const {
     return prepared.ready && prepared.generation == catalogue_.generation();
 }
 
-bool StatementRunner::needsScope(const Prepared& prepared) const {
+bool StatementRunner::needsScope(const CompiledStatement& prepared) const {
     return !isCurrent(prepared) || prepared.translation.readsSchema || !transactions_.isSettled();
 }
 
-void StatementRunner::use(Prepared& prepared, Translation translation) {
+void StatementRunner::use(CompiledStatement& prepared, Translation translation) {
     prepared.ready = false;
     prepared.statements.clear();
     prepared.translation = std::move(translation);
@@ -101,19 +101,19 @@ void StatementRunner::use(Prepared& prepared, Translation translation) {
     prepared.ready = true;
 }
 
-void StatementRunner::translate(Prepared& prepared, const tsql::Statement& statement,
-                                const Names& names) {
+void StatementRunner::translate(CompiledStatement& prepared, const tsql::Statement& statement,
+                                const NameScope& names) {
     use(prepared, engine::translate(statement, names, Constants::Bound));
 }
 
-void StatementRunner::ensureCurrent(Prepared& prepared, const tsql::Statement& statement) {
+void StatementRunner::ensureCurrent(CompiledStatement& prepared, const tsql::Statement& statement) {
     if (!isCurrent(prepared)) {
         translate(prepared, statement, state_.frame().program.names());
     }
     prepareAll(prepared);
 }
 
-void StatementRunner::prepareAll(Prepared& prepared) {
+void StatementRunner::prepareAll(CompiledStatement& prepared) {
     const std::vector<std::string>& sql = prepared.translation.sql;
     prepared.statements.resize(sql.size());
     for (std::size_t i = 0; i < sql.size(); ++i) {
@@ -155,7 +155,7 @@ void StatementRunner::requireHealthy() const {
 
 // --- Reading
 
-Value StatementRunner::firstValue(Prepared& prepared) {
+Value StatementRunner::firstValue(CompiledStatement& prepared) {
     if (prepared.translation.constant) {
         return *prepared.translation.constant;
     }
@@ -170,7 +170,7 @@ Value StatementRunner::firstValue(Prepared& prepared) {
     return valueOf(statement, 0, prepared.translation.columns.front().type);
 }
 
-void StatementRunner::select(Prepared& prepared, const tsql::Statement& statement,
+void StatementRunner::select(CompiledStatement& prepared, const tsql::Statement& statement,
                              std::vector<ado::Result>& results) {
     ado::Result result;
     if (needsScope(prepared) || !trySelect(prepared, result)) {
@@ -189,7 +189,7 @@ void StatementRunner::select(Prepared& prepared, const tsql::Statement& statemen
 
 // Without looking at the schema first: that it has changed shows when the statement is run, because
 // SQLite then has to prepare it anew or cannot. False when it has to be translated again.
-bool StatementRunner::trySelect(Prepared& prepared, ado::Result& result) {
+bool StatementRunner::trySelect(CompiledStatement& prepared, ado::Result& result) {
     try {
         prepareAll(prepared);
         const bool done = prepared.translation.kind == StatementKind::Assign
@@ -208,7 +208,7 @@ bool StatementRunner::trySelect(Prepared& prepared, ado::Result& result) {
     return false;
 }
 
-bool StatementRunner::fill(Prepared& prepared, ado::Result& result, SchemaCheck check) {
+bool StatementRunner::fill(CompiledStatement& prepared, ado::Result& result, SchemaCheck check) {
     PreparedStatement& rows = *prepared.statements.back();
     bind(prepared.translation, rows);
     const ResetGuard guard(rows);
@@ -234,7 +234,7 @@ bool StatementRunner::fill(Prepared& prepared, ado::Result& result, SchemaCheck 
 }
 
 // Each row leaves its values in the variables, so the last one's stay.
-bool StatementRunner::assign(Prepared& prepared, SchemaCheck check) {
+bool StatementRunner::assign(CompiledStatement& prepared, SchemaCheck check) {
     PreparedStatement& rows = *prepared.statements.back();
     bind(prepared.translation, rows);
     const ResetGuard guard(rows);
@@ -268,7 +268,7 @@ bool isOneRow(const tsql::Statement& statement) {
 
 }  // namespace
 
-void StatementRunner::write(Prepared& prepared, const tsql::Statement& statement,
+void StatementRunner::write(CompiledStatement& prepared, const tsql::Statement& statement,
                             std::vector<ado::Result>& results) {
     requireHealthy();
     const bool oneRow = isOneRow(statement);
@@ -326,7 +326,7 @@ std::vector<std::string> assignedColumns(const tsql::Statement& statement) {
 
 }  // namespace
 
-void StatementRunner::runAll(Prepared& prepared, const tsql::Statement& statement) {
+void StatementRunner::runAll(CompiledStatement& prepared, const tsql::Statement& statement) {
     bool inSteps = false;
     const auto run = [&] {
         if (inSteps) {
@@ -373,7 +373,7 @@ void StatementRunner::addCount(std::vector<ado::Result>& results) {
     results.emplace_back().rowsAffected = state_.rowCount;
 }
 
-void StatementRunner::writeCaught(Prepared& prepared, const tsql::Statement& statement,
+void StatementRunner::writeCaught(CompiledStatement& prepared, const tsql::Statement& statement,
                                   std::vector<ado::Result>& results) {
     const Translation& made = prepared.translation;
     const Capture capture = *made.capture;
@@ -442,7 +442,7 @@ void StatementRunner::output(const Translation& made, std::vector<ado::Result>& 
 }
 
 const Table& StatementRunner::tableOf(const Translation& translation) const {
-    const Names& names = state_.frame().program.names();
+    const NameScope& names = state_.frame().program.names();
     for (const LocalTable& local : names.localTables()) {
         if (local.table.name == translation.table) {
             return local.table;

@@ -5,29 +5,16 @@
 #include <utility>
 #include <vector>
 
+#include "base/restored.hpp"
 #include "data/driver.hpp"
 #include "engine/catalog/schema_catalogue.hpp"
 #include "engine/executor/captured_tables.hpp"
 #include "engine/executor/session_state.hpp"
 #include "engine/executor/transactions.hpp"
-#include "engine/sqlite/connection.hpp"
+#include "engine/sqlite/file_connection.hpp"
 #include "engine/sqlite/statement_pool.hpp"
 
 namespace kap::engine {
-
-// Gives a variable its value back at the end of a scope.
-template <typename Value>
-class Restored {
-public:
-    explicit Restored(Value& variable) : variable_(variable), before_(variable) {}
-    ~Restored() { variable_ = std::move(before_); }
-    Restored(const Restored&) = delete;
-    Restored& operator=(const Restored&) = delete;
-
-private:
-    Value& variable_;
-    Value before_;
-};
 
 // Who runs the triggers of a table.
 class TriggerHost {
@@ -47,18 +34,18 @@ public:
 // Raises ServerError and SqliteError. What changes the schema is in statement_definitions.cpp.
 class StatementRunner {
 public:
-    StatementRunner(Connection& connection, SchemaCatalogue& catalogue, Counters& counters,
+    StatementRunner(FileConnection& connection, SchemaCatalogue& catalogue, Counters& counters,
                     Transactions& transactions, SessionState& state, TriggerHost& triggers);
 
     // Runs a statement and appends what it answers.
-    void run(Prepared& prepared, const tsql::Statement& statement,
+    void run(CompiledStatement& prepared, const tsql::Statement& statement,
              std::vector<ado::Result>& results);
     // The rows of a cursor's query. Behind its columns are the numbers of the rows of those tables
     // that `rowTables` of its translation names.
-    void openCursor(Prepared& prepared, const tsql::Statement& query, ado::Result& result);
+    void openCursor(CompiledStatement& prepared, const tsql::Statement& query, ado::Result& result);
     // The value of an expression, of the type that its translation says.
     template <typename Make>
-    [[nodiscard]] Value value(Prepared& prepared, const Make& make) {
+    [[nodiscard]] Value value(CompiledStatement& prepared, const Make& make) {
         if (needsScope(prepared)) {
             const Transactions::ReadScope scope(transactions_);
             if (!isCurrent(prepared)) {
@@ -69,7 +56,8 @@ public:
         return firstValue(prepared);
     }
     // Translates a statement ahead of its run, so that what is wrong with it shows early.
-    void translate(Prepared& prepared, const tsql::Statement& statement, const Names& names);
+    void translate(CompiledStatement& prepared, const tsql::Statement& statement,
+                   const NameScope& names);
 
     // Catches the rows that `work` writes to a table, for its triggers, which are then fired.
     // Within a writing transaction.
@@ -85,28 +73,28 @@ public:
     [[nodiscard]] CapturedTables& captures() noexcept { return captures_; }
 
 private:
-    [[nodiscard]] bool isCurrent(const Prepared& prepared) const;
+    [[nodiscard]] bool isCurrent(const CompiledStatement& prepared) const;
     // Whether it can be read only in a scope, which first ends a transaction that nobody owns.
-    [[nodiscard]] bool needsScope(const Prepared& prepared) const;
-    void use(Prepared& prepared, Translation translation);
-    void ensureCurrent(Prepared& prepared, const tsql::Statement& statement);
-    void prepareAll(Prepared& prepared);
+    [[nodiscard]] bool needsScope(const CompiledStatement& prepared) const;
+    void use(CompiledStatement& prepared, Translation translation);
+    void ensureCurrent(CompiledStatement& prepared, const tsql::Statement& statement);
+    void prepareAll(CompiledStatement& prepared);
     void bind(const Translation& made, PreparedStatement& statement) const;
-    [[nodiscard]] Value firstValue(Prepared& prepared);
+    [[nodiscard]] Value firstValue(CompiledStatement& prepared);
     void requireHealthy() const;
 
-    void select(Prepared& prepared, const tsql::Statement& statement,
+    void select(CompiledStatement& prepared, const tsql::Statement& statement,
                 std::vector<ado::Result>& results);
-    [[nodiscard]] bool trySelect(Prepared& prepared, ado::Result& result);
+    [[nodiscard]] bool trySelect(CompiledStatement& prepared, ado::Result& result);
     enum class SchemaCheck : std::uint8_t { Needed, NotNeeded };
     // False when the schema turns out to have changed; no row has been taken then.
-    [[nodiscard]] bool fill(Prepared& prepared, ado::Result& result, SchemaCheck check);
-    [[nodiscard]] bool assign(Prepared& prepared, SchemaCheck check);
-    void write(Prepared& prepared, const tsql::Statement& statement,
+    [[nodiscard]] bool fill(CompiledStatement& prepared, ado::Result& result, SchemaCheck check);
+    [[nodiscard]] bool assign(CompiledStatement& prepared, SchemaCheck check);
+    void write(CompiledStatement& prepared, const tsql::Statement& statement,
                std::vector<ado::Result>& results);
-    void writeCaught(Prepared& prepared, const tsql::Statement& statement,
+    void writeCaught(CompiledStatement& prepared, const tsql::Statement& statement,
                      std::vector<ado::Result>& results);
-    void runAll(Prepared& prepared, const tsql::Statement& statement);
+    void runAll(CompiledStatement& prepared, const tsql::Statement& statement);
     void updateInSteps(const tsql::Statement& statement);
     void checkThroughView(const Translation& made);
     // statement_merge.cpp
@@ -128,7 +116,7 @@ private:
     void fire(const Table& table, const FiringTrigger& trigger, std::vector<ado::Result>& results);
     [[nodiscard]] const Table& tableOf(const Translation& translation) const;
 
-    void define(Prepared& prepared, const tsql::Statement& statement,
+    void define(CompiledStatement& prepared, const tsql::Statement& statement,
                 std::vector<ado::Result>& results);
     void runDefinition(const Translation& made, const tsql::Statement& statement);
     void checkNewIndex(const Translation& made, const std::string& name) const;
@@ -139,7 +127,7 @@ private:
     void noteTables(const Translation& translation);
     void continueIdentity(const Table& table);
 
-    Connection& connection_;
+    FileConnection& connection_;
     SchemaCatalogue& catalogue_;
     Counters& counters_;
     Transactions& transactions_;

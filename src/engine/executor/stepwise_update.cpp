@@ -57,7 +57,7 @@ bool hasBrokenReferences(sqlite3* database) {
 // end at the first row whose neighbour has not moved yet. So the rows first get stand-ins that
 // differ from everything, and then the values that these hold.
 void StatementRunner::updateInSteps(const tsql::Statement& statement) {
-    Prepared steps;
+    CompiledStatement steps;
     use(steps, translateUpdateInSteps(std::get<tsql::UpdateStatement>(statement.node),
                                       state_.frame().program.names()));
     DeferredRules rules(connection_.database());

@@ -33,7 +33,7 @@ void TableChanger::checkNames(const tsql::TableElements& added, int line) const 
 }
 
 void TableChanger::add(const Table& table, const tsql::AlterTableStatement& statement,
-                       const Names& names, int line) {
+                       const NameScope& names, int line) {
     const tsql::TableElements& added = statement.added;
     checkNames(added, line);
     TableBuilder builder(names, table);

@@ -89,7 +89,8 @@ void TableChanger::setText(const Table& table, const TableText& text) {
     run("PRAGMA writable_schema = RESET");
 }
 
-void TableChanger::alter(const tsql::AlterTableStatement& statement, const Names& names, int line) {
+void TableChanger::alter(const tsql::AlterTableStatement& statement, const NameScope& names,
+                         int line) {
     const Table* found = findTable(statement.table, names);
     // The catalogue reads the table again while it is being changed.
     const Table table = found != nullptr ? *found : requireTable(statement.table.text(), line);
@@ -118,7 +119,7 @@ void TableChanger::alter(const tsql::AlterTableStatement& statement, const Names
 // --- Changing
 
 void TableChanger::alterColumn(const Table& table, const tsql::ColumnDefinition& definition,
-                               const Names& names, int line) {
+                               const NameScope& names, int line) {
     const Column* before = table.find(definition.name);
     if (before == nullptr) {
         throw ServerError(4924,
@@ -139,7 +140,7 @@ void TableChanger::alterColumn(const Table& table, const tsql::ColumnDefinition&
     const std::string target = tableSql(table.name, table.temporary);
     const std::string name = sqlName(before->name);
     Binder binder(names);
-    const Typed value = Typed::expression(name, before->type, before->nullable);
+    const BoundExpression value = BoundExpression::expression(name, before->type, before->nullable);
     const std::string converted = binder.stored(value, after.type, line);
     if (converted != name) run("UPDATE " + target + " SET " + name + " = " + converted);
     if (!after.nullable && hasRows("SELECT 1 FROM " + target + " WHERE " + name + " IS NULL")) {

@@ -4,12 +4,12 @@
 #include <string>
 #include <vector>
 
-#include "engine/binder/names.hpp"
+#include "engine/binder/name_scope.hpp"
 #include "engine/catalog/counters.hpp"
 #include "engine/catalog/schema_catalogue.hpp"
 #include "engine/catalog/table_text.hpp"
 #include "engine/plan/table_builder.hpp"
-#include "engine/sqlite/connection.hpp"
+#include "engine/sqlite/file_connection.hpp"
 #include "tsql/statements.hpp"
 
 namespace kap::engine {
@@ -22,10 +22,10 @@ namespace kap::engine {
 // SqliteError.
 class TableChanger {
 public:
-    TableChanger(Connection& connection, SchemaCatalogue& catalogue, Counters& counters)
+    TableChanger(FileConnection& connection, SchemaCatalogue& catalogue, Counters& counters)
         : connection_(connection), catalogue_(catalogue), counters_(counters) {}
 
-    void alter(const tsql::AlterTableStatement& statement, const Names& names, int line);
+    void alter(const tsql::AlterTableStatement& statement, const NameScope& names, int line);
     void renameTable(const std::string& name, const std::string& newName, int line);
     void renameColumn(const std::string& table, const std::string& column,
                       const std::string& newName, int line);
@@ -41,7 +41,7 @@ private:
     // Puts another text in the place of a table's.
     void setText(const Table& table, const TableText& text);
 
-    void add(const Table& table, const tsql::AlterTableStatement& statement, const Names& names,
+    void add(const Table& table, const tsql::AlterTableStatement& statement, const NameScope& names,
              int line);
     void checkNames(const tsql::TableElements& added, int line) const;
     void addColumn(const Table& table, const Column& column, const tsql::TableElements& added,
@@ -53,7 +53,7 @@ private:
                      const tsql::TableElements& added, int line);
     void checkRows(const Table& table, const TableText::Element& constraint, int line);
     void alterColumn(const Table& table, const tsql::ColumnDefinition& definition,
-                     const Names& names, int line);
+                     const NameScope& names, int line);
     void dropColumns(const Table& table, const tsql::AlterTableStatement& statement, int line);
     // What keeps a column from being dropped, as the server names it: "The object 'df_b'".
     [[nodiscard]] std::string dependentOn(const Table& table, const Column& column) const;
@@ -66,7 +66,7 @@ private:
                            int line);
     void switchTriggers(const Table& table, const tsql::AlterTableStatement& statement, int line);
 
-    Connection& connection_;
+    FileConnection& connection_;
     SchemaCatalogue& catalogue_;
     Counters& counters_;
     std::optional<tsql::ServerError> followUp_;

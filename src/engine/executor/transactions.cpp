@@ -27,7 +27,8 @@ std::string savePointName(const std::string& name) {
 
 }  // namespace
 
-Transactions::Transactions(Connection& connection, Counters& counters, SchemaCatalogue& catalogue)
+Transactions::Transactions(FileConnection& connection, Counters& counters,
+                           SchemaCatalogue& catalogue)
     : connection_(connection),
       database_(connection.database()),
       lockWait_(connection.lockWait()),

@@ -6,7 +6,7 @@
 
 #include "engine/catalog/counters.hpp"
 #include "engine/catalog/schema_catalogue.hpp"
-#include "engine/sqlite/connection.hpp"
+#include "engine/sqlite/file_connection.hpp"
 #include "engine/sqlite/sqlite.hpp"
 
 namespace kap::engine {
@@ -22,7 +22,7 @@ namespace kap::engine {
 // an interrupted write). What is kept here says only whose it is.
 class Transactions {
 public:
-    Transactions(Connection& connection, Counters& counters, SchemaCatalogue& catalogue);
+    Transactions(FileConnection& connection, Counters& counters, SchemaCatalogue& catalogue);
     Transactions(const Transactions&) = delete;
     Transactions& operator=(const Transactions&) = delete;
     // A transaction that is still open is rolled back.
@@ -113,7 +113,7 @@ private:
     void undoStatement() noexcept;
     void rollBackKeepingCounters() noexcept;
 
-    Connection& connection_;
+    FileConnection& connection_;
     Database& database_;
     LockWait& lockWait_;
     Counters& counters_;

@@ -95,7 +95,7 @@ ServerError duplicate(const SchemaCatalogue& catalogue, const SqliteError& error
     return serverError(error, {}, context);
 }
 
-std::string violatedKey(const Connection& connection, const SqliteError& error,
+std::string violatedKey(const FileConnection& connection, const SqliteError& error,
                         const std::string& table) {
     PreparedStatement definition(connection.handle(),
                                  "SELECT sql FROM main.sqlite_schema WHERE name = ?1 UNION ALL "
@@ -108,7 +108,7 @@ std::string violatedKey(const Connection& connection, const SqliteError& error,
 }
 
 // What a function of the dialect has left behind, or SQLite's failure in the server's words.
-ServerError plainlyExplained(Connection& connection, const SqliteError& error,
+ServerError plainlyExplained(FileConnection& connection, const SqliteError& error,
                              WriteContext context) {
     if (connection.errorSlot().error) {
         return *connection.errorSlot().error;
@@ -121,7 +121,7 @@ ServerError plainlyExplained(Connection& connection, const SqliteError& error,
 
 }  // namespace
 
-ServerError explained(Connection& connection, const SchemaCatalogue& catalogue,
+ServerError explained(FileConnection& connection, const SchemaCatalogue& catalogue,
                       const SqliteError& error, const WriteContext& context) {
     // That the time has passed is no failure of the statement, and ends more than it.
     if (error.primaryCode() == SQLITE_INTERRUPT) throw error;

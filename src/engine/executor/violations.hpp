@@ -1,7 +1,7 @@
 #pragma once
 
 #include "engine/catalog/schema_catalogue.hpp"
-#include "engine/sqlite/connection.hpp"
+#include "engine/sqlite/file_connection.hpp"
 #include "engine/sqlite/server_errors.hpp"
 #include "tsql/server_error.hpp"
 
@@ -9,7 +9,8 @@ namespace kap::engine {
 
 // A failed statement in the server's words. Of a constraint SQLite tells little; which one it was,
 // and where it lies, the catalogue knows. Raises the failure again when it is an interruption.
-[[nodiscard]] tsql::ServerError explained(Connection& connection, const SchemaCatalogue& catalogue,
+[[nodiscard]] tsql::ServerError explained(FileConnection& connection,
+                                          const SchemaCatalogue& catalogue,
                                           const SqliteError& error, const WriteContext& context);
 
 // A unique index or key cannot be made because of rows that are there.
@@ -20,7 +21,7 @@ namespace kap::engine {
 // undone.
 class ForeignKeySearch {
 public:
-    ForeignKeySearch(Connection& connection, const SchemaCatalogue& catalogue)
+    ForeignKeySearch(FileConnection& connection, const SchemaCatalogue& catalogue)
         : connection_(connection), catalogue_(catalogue) {}
 
     template <typename Again>
@@ -53,7 +54,7 @@ private:
                                              const ConstraintInfo& key) const;
     [[nodiscard]] static tsql::ServerError unnamed(const WriteContext& context);
 
-    Connection& connection_;
+    FileConnection& connection_;
     const SchemaCatalogue& catalogue_;
 };
 

@@ -101,7 +101,7 @@ std::string insertOutput(const tsql::OutputClause& output, const std::vector<Out
     std::string names;
     std::string values;
     for (std::size_t i = 0; i < columns.size(); ++i) {
-        Typed value = items[i].value;
+        BoundExpression value = items[i].value;
         value.sql = numberedName(i);
         value.constant.reset();
         names += (i == 0 ? "" : ", ") + sqlName(columns[i]->name);

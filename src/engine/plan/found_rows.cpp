@@ -151,9 +151,9 @@ Source FoundRows::written(RowState state) const {
     const bool after = state == RowState::Inserted;
     Source source = Binder::tableSource(target_, after ? "inserted" : "deleted");
     for (std::size_t i = 0; i < source.columns.size(); ++i) {
-        Typed& value = source.columns[i].value;
-        value =
-            Typed::expression("\"done\"." + foundColumn(after ? "i" : "d", i), value.type, true);
+        BoundExpression& value = source.columns[i].value;
+        value = BoundExpression::expression("\"done\"." + foundColumn(after ? "i" : "d", i),
+                                            value.type, true);
     }
     return source;
 }
@@ -161,8 +161,9 @@ Source FoundRows::written(RowState state) const {
 Source FoundRows::foundSource(Source source, std::size_t first) {
     source.table = nullptr;
     for (std::size_t i = 0; i < source.columns.size(); ++i) {
-        Typed& value = source.columns[i].value;
-        value = Typed::expression("\"found\"." + foundColumn("s", first + i), value.type, true);
+        BoundExpression& value = source.columns[i].value;
+        value = BoundExpression::expression("\"found\"." + foundColumn("s", first + i), value.type,
+                                            true);
     }
     return source;
 }

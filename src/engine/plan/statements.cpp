@@ -25,7 +25,7 @@ const tsql::NamedTable* namedBy(const std::string& alias, const tsql::TableSourc
 
 // Which source of FROM the target means: the alias, or the only use of the table.
 std::optional<std::size_t> findTarget(const tsql::ObjectName& target,
-                                      const std::vector<Source>& sources, const Names& names) {
+                                      const std::vector<Source>& sources, const NameScope& names) {
     if (target.parts.size() == 1) {
         const auto named = std::ranges::find_if(
             sources, [&](const Source& source) { return sameName(source.name, target.last()); });

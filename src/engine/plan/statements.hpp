@@ -11,27 +11,28 @@
 namespace kap::engine {
 
 [[nodiscard]] Translation translateSelect(const tsql::SelectStatement& statement,
-                                          const Names& names, Constants constants);
+                                          const NameScope& names, Constants constants);
 [[nodiscard]] Translation translateInsert(const tsql::InsertStatement& statement, int line,
-                                          const Names& names, Constants constants);
+                                          const NameScope& names, Constants constants);
 [[nodiscard]] Translation translateUpdate(const tsql::UpdateStatement& statement,
-                                          const Names& names, Constants constants);
+                                          const NameScope& names, Constants constants);
 [[nodiscard]] Translation translateDelete(const tsql::DeleteStatement& statement,
-                                          const Names& names, Constants constants);
+                                          const NameScope& names, Constants constants);
 [[nodiscard]] Translation translateMerge(const tsql::MergeStatement& statement, int line,
-                                         const Names& names);
+                                         const NameScope& names);
 [[nodiscard]] Translation translateTruncate(const tsql::TruncateStatement& statement,
-                                            const Names& names);
+                                            const NameScope& names);
 [[nodiscard]] Translation translateCreate(const tsql::CreateTableStatement& statement, int line,
-                                          const Names& names);
+                                          const NameScope& names);
 [[nodiscard]] Translation translateIndex(const tsql::CreateIndexStatement& statement, int line,
-                                         const Names& names);
+                                         const NameScope& names);
 [[nodiscard]] Translation translateDrop(const tsql::DropStatement& statement, int line,
-                                        const Names& names);
+                                        const NameScope& names);
 
 /// SELECT ... INTO: makes the table that the columns describe and fills it.
 [[nodiscard]] Translation translateSelectInto(const tsql::Query& query,
-                                              const tsql::ObjectName& table, const Names& names);
+                                              const tsql::ObjectName& table,
+                                              const NameScope& names);
 
 /// A column of a result, as its query made it.
 [[nodiscard]] ResultColumn resultColumn(const OutputColumn& output);

@@ -84,7 +84,7 @@ std::string nullsIndex(const Table& table, const std::string& name,
            terms + ")" + where;
 }
 
-TableBuilder::TableBuilder(const Names& names, const tsql::ObjectName& name, int line)
+TableBuilder::TableBuilder(const NameScope& names, const tsql::ObjectName& name, int line)
     : binder_(names) {
     if (!isOwn(name)) {
         throw ServerError(2760,
@@ -105,11 +105,12 @@ TableBuilder::TableBuilder(const Names& names, const tsql::ObjectName& name, int
     }
 }
 
-TableBuilder::TableBuilder(const Names& names, const Table& table) : binder_(names) {
+TableBuilder::TableBuilder(const NameScope& names, const Table& table) : binder_(names) {
     own() = table;
 }
 
-TableBuilder::TableBuilder(const Names& names, const std::string& temporaryName) : binder_(names) {
+TableBuilder::TableBuilder(const NameScope& names, const std::string& temporaryName)
+    : binder_(names) {
     own().name = temporaryName;
     own().temporary = true;
 }
@@ -191,7 +192,7 @@ void TableBuilder::addComputed(const ColumnDefinition& definition) {
     Scope scope;
     scope.sources.push_back(Binder::ownColumns(table()));
     scope.subqueriesRefused = true;
-    const Typed value = binder_.computedValue(*definition.computed, scope);
+    const BoundExpression value = binder_.computedValue(*definition.computed, scope);
     requireNoVariables(definition.line);
     Column column;
     column.name = definition.name;
@@ -255,7 +256,7 @@ std::int64_t TableBuilder::wholeConstant(const tsql::Expression& expression,
                                          const ColumnDefinition& column) {
     Scope scope;
     scope.columnsRefused = true;
-    const Typed value = binder_.value(expression, scope);
+    const BoundExpression value = binder_.value(expression, scope);
     const bool whole =
         value.constant && tsql::isExact(value.type.type) && storedScale(value.type) == 0;
     if (!whole) badIdentity(column);
@@ -277,7 +278,7 @@ void TableBuilder::setDefault(Column& column, const tsql::DefaultOption& option,
     Scope scope;
     scope.columnsRefused = true;
     scope.subqueriesRefused = true;
-    const Typed value = binder_.value(*option.value, scope);
+    const BoundExpression value = binder_.value(*option.value, scope);
     requireNoVariables(option.value->line);
     column.defaultSql = binder_.stored(value, column.type, line);
 }

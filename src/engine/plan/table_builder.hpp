@@ -14,11 +14,11 @@ namespace kap::engine {
 class TableBuilder {
 public:
     /// A new table. Errors 2760 and 2714 when the name cannot be given.
-    TableBuilder(const Names& names, const tsql::ObjectName& name, int line);
+    TableBuilder(const NameScope& names, const tsql::ObjectName& name, int line);
     /// More columns and constraints for a table that is there.
-    TableBuilder(const Names& names, const Table& table);
+    TableBuilder(const NameScope& names, const Table& table);
     /// A table of the script's own, under the name of the temporary table that holds its rows.
-    TableBuilder(const Names& names, const std::string& temporaryName);
+    TableBuilder(const NameScope& names, const std::string& temporaryName);
 
     /// A name that is taken by a constraint of the table.
     void reserveName(const std::string& name) { takenNames_.push_back(name); }

@@ -11,7 +11,7 @@ namespace kap::engine {
 using tsql::ServerError;
 
 Translation translateCreate(const tsql::CreateTableStatement& statement, int line,
-                            const Names& names) {
+                            const NameScope& names) {
     TableBuilder builder(names, statement.table, line);
     builder.add(statement);
     return builder.translation();
@@ -78,7 +78,7 @@ void refuseChanging(const std::string& sql, const tsql::CreateIndexStatement& st
 }  // namespace
 
 Translation translateIndex(const tsql::CreateIndexStatement& statement, int line,
-                           const Names& names) {
+                           const NameScope& names) {
     const Table* table = findTable(statement.table, names);
     if (table == nullptr) {
         throw ServerError(1088,
@@ -126,7 +126,7 @@ namespace {
                       line, 11, 5);
 }
 
-Translation dropIndexes(const tsql::DropStatement& statement, int line, const Names& names) {
+Translation dropIndexes(const tsql::DropStatement& statement, int line, const NameScope& names) {
     Translation result;
     result.kind = StatementKind::Define;
     result.writes = true;
@@ -149,7 +149,7 @@ Translation dropIndexes(const tsql::DropStatement& statement, int line, const Na
 
 }  // namespace
 
-Translation translateDrop(const tsql::DropStatement& statement, int line, const Names& names) {
+Translation translateDrop(const tsql::DropStatement& statement, int line, const NameScope& names) {
     if (statement.kind == tsql::ObjectKind::Index) return dropIndexes(statement, line, names);
     Translation result;
     result.kind = StatementKind::Define;

@@ -33,7 +33,7 @@ std::string deleteFrom(const TargetRows& rows) {
 
 }  // namespace
 
-Translation translateDelete(const tsql::DeleteStatement& statement, const Names& names,
+Translation translateDelete(const tsql::DeleteStatement& statement, const NameScope& names,
                             Constants constants) {
     Binder binder(names, constants);
     Translation result;
@@ -67,7 +67,7 @@ Translation translateDelete(const tsql::DeleteStatement& statement, const Names&
 }
 
 // All rows go, without triggers, and the identity begins anew.
-Translation translateTruncate(const tsql::TruncateStatement& statement, const Names& names) {
+Translation translateTruncate(const tsql::TruncateStatement& statement, const NameScope& names) {
     const Table* table = findTable(statement.table, names);
     if (table == nullptr && isOwn(statement.table) &&
         names.catalogue().findView(statement.table.last()) != nullptr) {

@@ -139,7 +139,7 @@ void checkSelectCount(std::size_t given, std::size_t wanted, bool listed, int li
 // The parts of the statement that its rows share.
 class InsertWriter {
 public:
-    InsertWriter(const InsertStatement& statement, int line, const Names& names,
+    InsertWriter(const InsertStatement& statement, int line, const NameScope& names,
                  Constants constants)
         : statement_(statement),
           line_(line),
@@ -281,7 +281,8 @@ private:
         return stored(binder_.value(*value.value, scope), column, value.value->line);
     }
 
-    [[nodiscard]] std::string stored(const Typed& value, const Column& column, int line) const {
+    [[nodiscard]] std::string stored(const BoundExpression& value, const Column& column,
+                                     int line) const {
         std::string sql = binder_.stored(value, column.type, line);
         return column.identity ? givenIdentity(table_, sql) : sql;
     }
@@ -303,7 +304,7 @@ private:
         std::string list;
         for (std::size_t i = 0; i < columns_.size(); ++i) {
             if (columns_[i]->isRowVersion()) explicitRowVersion(line_);
-            Typed value = rows.columns[i].value;
+            BoundExpression value = rows.columns[i].value;
             value.sql = numberedName(i);
             value.constant.reset();
             list += (list.empty() ? "" : ", ") + stored(value, *columns_[i], line_);
@@ -323,7 +324,7 @@ private:
 
 }  // namespace
 
-Translation translateInsert(const InsertStatement& statement, int line, const Names& names,
+Translation translateInsert(const InsertStatement& statement, int line, const NameScope& names,
                             Constants constants) {
     return InsertWriter(statement, line, names, constants).write();
 }

@@ -27,7 +27,7 @@ std::uint8_t eventOf(const MergeAction& action) {
 
 class MergeWriter {
 public:
-    MergeWriter(const MergeStatement& statement, int line, const Names& names)
+    MergeWriter(const MergeStatement& statement, int line, const NameScope& names)
         : statement_(statement),
           line_(line),
           binder_(names),
@@ -71,7 +71,7 @@ private:
         bool defaults = false;               // DEFAULT VALUES
     };
 
-    static const Table& target(const MergeStatement& statement, const Names& names) {
+    static const Table& target(const MergeStatement& statement, const NameScope& names) {
         const tsql::ObjectName& name = statement.table;
         const bool view = findTable(name, names) == nullptr && isOwn(name) &&
                           names.catalogue().findView(name.last()) != nullptr;
@@ -145,7 +145,7 @@ private:
             }
             bound.columns.push_back(&column);
             if (row[i].value) {
-                const Typed value = binder_.value(*row[i].value, scope);
+                const BoundExpression value = binder_.value(*row[i].value, scope);
                 bound.values.push_back(binder_.stored(value, column.type, line));
             } else {
                 bound.values.push_back(column.defaultSql ? "(" + *column.defaultSql + ")" : "NULL");
@@ -254,15 +254,14 @@ private:
         Scope scope;
         Source action{"", nullptr, {}};
         constexpr int kActionLength = 10;
-        action.columns.push_back(
-            {"$action", Typed::expression("\"done\".\"action\"",
-                                          {tsql::SqlType::NVarChar, kActionLength}, false)});
+        action.columns.push_back({"$action", BoundExpression::expression(
+                                                 "\"done\".\"action\"",
+                                                 {tsql::SqlType::NVarChar, kActionLength}, false)});
         scope.sources.push_back(std::move(action));
         scope.sources.push_back(rows_.written(RowState::Inserted));
         scope.sources.push_back(rows_.written(RowState::Deleted));
         scope.sources.push_back(FoundRows::foundSource(source_, 0));
-        engine::addOutput(capture, *statement_.output, table_, scope, rows_.outputFrom(),
-                            binder_);
+        engine::addOutput(capture, *statement_.output, table_, scope, rows_.outputFrom(), binder_);
     }
 
     const MergeStatement& statement_;
@@ -286,7 +285,7 @@ private:
 
 }  // namespace
 
-Translation translateMerge(const MergeStatement& statement, int line, const Names& names) {
+Translation translateMerge(const MergeStatement& statement, int line, const NameScope& names) {
     return MergeWriter(statement, line, names).write();
 }
 

@@ -22,7 +22,7 @@ bool isAssignment(const tsql::SelectItem& item) {
 }
 
 // The slots that the items of SELECT @a = ..., @b = ... go to; empty for a query that gives rows.
-std::vector<int> assignedSlots(const tsql::Select& select, const Names& names, int line) {
+std::vector<int> assignedSlots(const tsql::Select& select, const NameScope& names, int line) {
     std::vector<int> slots;
     for (const tsql::SelectItem& item : select.items) {
         if (!isAssignment(item)) continue;
@@ -52,7 +52,7 @@ bool readsWhatItAssigns(const Binder& binder, const std::vector<int>& slots) {
 
 // The values are brought to the types of the variables outside the query, row by row.
 Translation assignment(const tsql::Query& query, const std::vector<int>& slots,
-                       const Names& names) {
+                       const NameScope& names) {
     Binder binder(names);
     BoundQuery bound = binder.query(query, nullptr, QueryPlace::InsertRows);
     const bool accumulates = readsWhatItAssigns(binder, slots);
@@ -67,10 +67,10 @@ Translation assignment(const tsql::Query& query, const std::vector<int>& slots,
     std::string items;
     for (std::size_t i = 0; i < slots.size(); ++i) {
         const tsql::TypeSpec& type = names.variables()[static_cast<std::size_t>(slots[i])].type;
-        Typed value = bound.columns[i].value;
+        BoundExpression value = bound.columns[i].value;
         value.sql = numberedName(i);
         value.constant.reset();
-        const Typed converted = binder.convertTo(value, type, query.line);
+        const BoundExpression converted = binder.convertTo(value, type, query.line);
         items += (i == 0 ? "" : ", ") + converted.sql;
         result.columns.push_back(resultColumn({"", converted}));
     }
@@ -82,7 +82,7 @@ Translation assignment(const tsql::Query& query, const std::vector<int>& slots,
 
 }  // namespace
 
-Translation translateSelect(const tsql::SelectStatement& statement, const Names& names,
+Translation translateSelect(const tsql::SelectStatement& statement, const NameScope& names,
                             Constants constants) {
     const tsql::Query& query = *statement.query;
     if (const tsql::Select* select = onlySelect(query)) {
@@ -110,7 +110,7 @@ Translation translateSelect(const tsql::SelectStatement& statement, const Names&
 
 // The new table has the columns' types; an identity column of one table stays one.
 Translation translateSelectInto(const tsql::Query& query, const tsql::ObjectName& name,
-                                const Names& names) {
+                                const NameScope& names) {
     Binder binder(names);
     const BoundQuery rows = binder.query(query, nullptr, QueryPlace::InsertRows);
     TableBuilder builder(names, name, query.line);

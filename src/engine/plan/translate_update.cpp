@@ -31,7 +31,8 @@ void checkUpdatable(const Column& column, int line) {
 }
 
 // "@x = value" leaves the value of each row in a variable, and gives it on.
-std::string assignedTo(const std::string& name, const Typed& value, int line, Binder& binder) {
+std::string assignedTo(const std::string& name, const BoundExpression& value, int line,
+                       Binder& binder) {
     const Variable* variable = binder.names().variable(name);
     if (variable == nullptr) {
         throw ServerError(137, "Must declare the scalar variable \"" + name + "\".", line, 15);
@@ -41,10 +42,11 @@ std::string assignedTo(const std::string& name, const Typed& value, int line, Bi
 }
 
 // The type that a value has once it has passed through a variable.
-Typed throughVariable(const std::string& name, const Typed& value, int line, Binder& binder) {
+BoundExpression throughVariable(const std::string& name, const BoundExpression& value, int line,
+                                Binder& binder) {
     if (name.empty()) return value;
     const std::string sql = assignedTo(name, value, line, binder);
-    return Typed::expression(sql, binder.names().variable(name)->type, true);
+    return BoundExpression::expression(sql, binder.names().variable(name)->type, true);
 }
 
 // A column of the target that is given the value that it has.
@@ -67,7 +69,7 @@ void addVariables(const UpdateStatement& statement, const Table& table, Binder& 
     for (const Assignment& assignment : statement.assignments) {
         if (!assignment.column.parts.empty()) continue;
         const int line = assignment.value.value->line;
-        const Typed value = binder.value(*assignment.value.value, scope);
+        const BoundExpression value = binder.value(*assignment.value.value, scope);
         const std::string sql = assignedTo(assignment.variable, value, line, binder);
         if (result.empty()) result.push_back(unchanged(table, binder, scope, line));
         result.front().value = callText("kap_first", result.front().value, sql);
@@ -78,7 +80,7 @@ void addVariables(const UpdateStatement& statement, const Table& table, Binder& 
 
 std::vector<BoundAssignment> bindAssignments(const UpdateStatement& statement, const Table& table,
                                              Binder& binder, Scope& scope) {
-    const Replaced place(scope.aggregates, AggregateUse::RefusedInSet);
+    const Restored place(scope.aggregates, AggregateUse::RefusedInSet);
     std::vector<BoundAssignment> result;
     for (const Assignment& assignment : statement.assignments) {
         if (assignment.column.parts.empty()) continue;
@@ -103,7 +105,7 @@ std::vector<BoundAssignment> bindAssignments(const UpdateStatement& statement, c
         }
         std::string value = "NULL";
         if (assignment.value.value) {
-            const Typed bound = binder.value(*assignment.value.value, scope);
+            const BoundExpression bound = binder.value(*assignment.value.value, scope);
             value = binder.stored(throughVariable(assignment.variable, bound, line, binder),
                                   column->type, line);
         } else if (column->defaultSql) {
@@ -162,7 +164,7 @@ std::string updateFrom(const TargetRows& rows, const std::vector<BoundAssignment
 
 // UPDATE of the whole table or of the rows that WHERE names, in SQLite's own words; nothing when
 // the values have to be found first.
-std::optional<std::string> plainly(const UpdateStatement& statement, const Names& names,
+std::optional<std::string> plainly(const UpdateStatement& statement, const NameScope& names,
                                    const Table& table, Binder& binder) {
     const bool whole = statement.from.empty() && !statement.top && names.settings().rowLimit == 0 &&
                        binder.commonTarget().table == nullptr;
@@ -192,7 +194,7 @@ std::string unpacked(const std::vector<BoundAssignment>& assignments) {
 
 }  // namespace
 
-Translation translateUpdateInSteps(const UpdateStatement& statement, const Names& names) {
+Translation translateUpdateInSteps(const UpdateStatement& statement, const NameScope& names) {
     Binder binder(names);
     binder.limitRecursion(statement.maxRecursion);
     binder.writesColumns(assignedNames(statement));
@@ -219,7 +221,7 @@ Translation translateUpdateInSteps(const UpdateStatement& statement, const Names
     return result;
 }
 
-Translation translateUpdate(const UpdateStatement& statement, const Names& names,
+Translation translateUpdate(const UpdateStatement& statement, const NameScope& names,
                             Constants constants) {
     Binder binder(names, constants);
     const bool accumulates =

@@ -8,7 +8,7 @@ namespace kap::engine {
 namespace {
 
 struct Dispatch {
-    const Names& names;
+    const NameScope& names;
     int line;
     Constants constants;
 
@@ -45,7 +45,7 @@ struct Dispatch {
     }
 };
 
-Translation ofValue(const Typed& value, const Binder& binder) {
+Translation ofValue(const BoundExpression& value, const Binder& binder) {
     Translation result;
     result.kind = StatementKind::Assign;
     result.constant = value.constant;
@@ -93,7 +93,8 @@ bool isTranslated(const tsql::Statement& statement) {
            std::holds_alternative<tsql::CreateIndexStatement>(statement.node);
 }
 
-Translation translate(const tsql::Statement& statement, const Names& names, Constants constants) {
+Translation translate(const tsql::Statement& statement, const NameScope& names,
+                      Constants constants) {
     Translation result;
     try {
         result = std::visit(Dispatch{names, statement.line, constants}, statement.node);
@@ -104,7 +105,7 @@ Translation translate(const tsql::Statement& statement, const Names& names, Cons
     return result;
 }
 
-Translation translateCursor(const tsql::Query& query, const Names& names) {
+Translation translateCursor(const tsql::Query& query, const NameScope& names) {
     Binder binder(names);
     Translation result;
     BoundQuery bound;
@@ -123,24 +124,25 @@ Translation translateCursor(const tsql::Query& query, const Names& names) {
 }
 
 Translation translateValue(const tsql::Expression& expression, const tsql::TypeSpec& type,
-                           const Names& names) {
+                           const NameScope& names) {
     Binder binder(names);
     Scope scope;
-    const Typed value = binder.convertTo(binder.value(expression, scope), type, expression.line);
+    const BoundExpression value =
+        binder.convertTo(binder.value(expression, scope), type, expression.line);
     return ofValue(value, binder);
 }
 
-Translation translateValue(const tsql::Expression& expression, const Names& names) {
+Translation translateValue(const tsql::Expression& expression, const NameScope& names) {
     Binder binder(names);
     Scope scope;
     return ofValue(binder.value(expression, scope), binder);
 }
 
-Translation translateCondition(const tsql::Expression& condition, const Names& names) {
+Translation translateCondition(const tsql::Expression& condition, const NameScope& names) {
     Binder binder(names);
     Scope scope;
     const std::string sql = "(" + binder.condition(condition, scope) + ") IS TRUE";
-    return ofValue(Typed::expression(sql, {tsql::SqlType::Int}, false), binder);
+    return ofValue(BoundExpression::expression(sql, {tsql::SqlType::Int}, false), binder);
 }
 
 }  // namespace kap::engine

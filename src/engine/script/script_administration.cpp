@@ -47,7 +47,7 @@ std::string faultOf(const std::filesystem::path& file) {
     Options options;
     options.source = file.string();
     options.readOnly = true;
-    Connection copy(options);
+    FileConnection copy(options);
     Counters counters(copy.database(), copy.errorSlot());
     SchemaCatalogue catalogue(copy.database(), counters);
     std::string first;
@@ -126,10 +126,10 @@ void ScriptRunner::checkDatabase() {
     const Transactions::ReadScope scope(transactions_);
     std::int64_t errors = 0;
     engine::checkDatabase(connection_, catalogue_, counters_,
-                            [&](int number, const std::string& finding) {
-                                ++errors;
-                                report(ServerError(number, "Table error: " + finding));
-                            });
+                          [&](int number, const std::string& finding) {
+                              ++errors;
+                              report(ServerError(number, "Table error: " + finding));
+                          });
     note("CHECKDB found 0 allocation errors and " + plain::text(errors) +
          " consistency errors in database '" + catalogue_.databaseName() + "'.");
 }

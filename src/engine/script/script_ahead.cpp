@@ -152,10 +152,10 @@ void ScriptRunner::checkColumns(const tsql::CreateModuleStatement& node, const s
     }
 }
 
-void ScriptRunner::checkAhead(Instruction& instruction, const Names& names) {
+void ScriptRunner::checkAhead(Instruction& instruction, const NameScope& names) {
     const tsql::Statement* statement = instruction.statement;
     if (statement != nullptr && isData(*statement)) {
-        Prepared prepared;
+        CompiledStatement prepared;
         statements_.translate(prepared, *statement, names);
         instruction.parts.push_back(std::move(prepared));
         return;

@@ -274,7 +274,7 @@ std::int64_t ScriptRunner::insertRows(const Frame& frame, const tsql::InsertStat
     Frame inner(program);
     inner.keepsTables = true;
     const Running running(*this, inner);
-    Prepared prepared;
+    CompiledStatement prepared;
     std::vector<ado::Result> ignored;
     const std::size_t count = std::min(result.rows.front().size(), static_cast<std::size_t>(most));
     for (std::size_t row = 0; row < count; ++row) {

@@ -99,7 +99,7 @@ void ScriptRunner::useCursor(Frame& frame, const tsql::CursorStatement& node, in
     inner.keepsTables = true;
     const Running running(*this, inner);
     const Restored rowLimit(state_.writes.rowLimit);
-    Prepared prepared;
+    CompiledStatement prepared;
     statements_.openCursor(prepared, *cursor.query, cursor.rows);
     cursor.types.clear();
     for (const ResultColumn& column : prepared.translation.columns) {

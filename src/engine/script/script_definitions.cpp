@@ -76,7 +76,7 @@ void ScriptRunner::createView(const tsql::CreateViewStatement& node, int line) {
     requireOwn(node.name, line);
     Transactions::WriteScope scope(transactions_);
     // What cannot be read now would fail whoever reads the view.
-    const Names names(catalogue_);
+    const NameScope names(catalogue_);
     Binder binder(names);
     const BoundQuery bound = binder.query(*node.query, nullptr, QueryPlace::Nested);
     if (!node.columns.empty() && node.columns.size() != bound.columns.size()) {

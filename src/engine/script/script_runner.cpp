@@ -92,8 +92,8 @@ bool comesBack(const ado::RequestParameter& parameter) {
 
 }  // namespace
 
-ScriptRunner::ScriptRunner(Connection& connection, SchemaCatalogue& catalogue, Counters& counters,
-                           Transactions& transactions, SessionState& state)
+ScriptRunner::ScriptRunner(FileConnection& connection, SchemaCatalogue& catalogue,
+                           Counters& counters, Transactions& transactions, SessionState& state)
     : connection_(connection),
       catalogue_(catalogue),
       counters_(counters),

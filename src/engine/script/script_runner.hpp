@@ -16,7 +16,7 @@
 #include "engine/executor/statement_runner.hpp"
 #include "engine/executor/transactions.hpp"
 #include "engine/script/simple_values.hpp"
-#include "engine/sqlite/connection.hpp"
+#include "engine/sqlite/file_connection.hpp"
 #include "engine/sqlite/server_errors.hpp"
 #include "tsql/statements.hpp"
 
@@ -34,7 +34,7 @@ namespace kap::engine {
 // script_administration.cpp plans, copies and checks.
 class ScriptRunner final : public TriggerHost {
 public:
-    ScriptRunner(Connection& connection, SchemaCatalogue& catalogue, Counters& counters,
+    ScriptRunner(FileConnection& connection, SchemaCatalogue& catalogue, Counters& counters,
                  Transactions& transactions, SessionState& state);
 
     // Raises DriverError with every message when one of them is an error.
@@ -102,7 +102,7 @@ private:
     // script_ahead.cpp
     void checkAhead(Program& program);
     void checkColumns(const tsql::CreateModuleStatement& node, const std::string& table);
-    void checkAhead(Instruction& instruction, const Names& names);
+    void checkAhead(Instruction& instruction, const NameScope& names);
 
     // script_errors.cpp
     [[nodiscard]] RaisedError raisedBy(const tsql::ServerError& error, int line) const;
@@ -216,7 +216,7 @@ private:
     [[nodiscard]] std::int64_t fetchTarget(Frame& frame, Instruction& instruction,
                                            const tsql::FetchStatement& node, const Cursor& cursor);
 
-    Connection& connection_;
+    FileConnection& connection_;
     SchemaCatalogue& catalogue_;
     Counters& counters_;
     Transactions& transactions_;

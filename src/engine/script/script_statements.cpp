@@ -29,7 +29,7 @@ namespace {
 constexpr TypeSpec kText{SqlType::NVarChar, tsql::kMaxLength};
 constexpr TypeSpec kInt{SqlType::Int};
 
-Prepared& part(Instruction& instruction, std::size_t index) {
+CompiledStatement& part(Instruction& instruction, std::size_t index) {
     while (instruction.parts.size() <= index) {
         instruction.parts.emplace_back();
     }
@@ -159,7 +159,7 @@ Value ScriptRunner::evaluate(Frame& frame, Instruction& instruction, std::size_t
 
 Value ScriptRunner::evaluateAny(Frame& frame, Instruction& instruction, std::size_t index,
                                 const tsql::Expression& expression, TypeSpec& type) {
-    Prepared& prepared = part(instruction, index);
+    CompiledStatement& prepared = part(instruction, index);
     Value value = statements_.value(
         prepared, [&] { return translateValue(expression, frame.program.names()); });
     type = prepared.translation.columns.front().type;
@@ -212,7 +212,7 @@ void ScriptRunner::declareVariables(Frame& frame, Instruction& instruction,
 
 // The rows of a table variable lie in a temporary table whose name belongs to the program.
 void ScriptRunner::declareTable(Frame& frame, const tsql::CreateTableStatement& node) {
-    Names& names = frame.program.names();
+    NameScope& names = frame.program.names();
     const std::string& name = node.table.last();
     const std::string stored =
         name + "/" + plain::text(static_cast<std::int64_t>(frame.program.serial()));

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <utility>
 
-
 #include "base/ascii.hpp"
 #include "engine/binder/system_values.hpp"
 #include "engine/catalog/object_ids.hpp"
@@ -51,7 +50,7 @@ Value versionBytes(std::int64_t version) {
 
 }  // namespace
 
-SessionFunctions::SessionFunctions(Connection& connection, SchemaCatalogue& catalogue,
+SessionFunctions::SessionFunctions(FileConnection& connection, SchemaCatalogue& catalogue,
                                    Counters& counters, Transactions& transactions,
                                    SessionState& state, ScriptRunner& scripts)
     : connection_(connection),

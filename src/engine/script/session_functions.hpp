@@ -5,7 +5,7 @@
 
 #include "engine/binder/system_values.hpp"
 #include "engine/script/script_runner.hpp"
-#include "engine/sqlite/connection.hpp"
+#include "engine/sqlite/file_connection.hpp"
 
 struct sqlite3_context;
 struct sqlite3_value;
@@ -18,7 +18,7 @@ namespace kap::engine {
 // row of a cursor.
 class SessionFunctions {
 public:
-    SessionFunctions(Connection& connection, SchemaCatalogue& catalogue, Counters& counters,
+    SessionFunctions(FileConnection& connection, SchemaCatalogue& catalogue, Counters& counters,
                      Transactions& transactions, SessionState& state, ScriptRunner& scripts);
     SessionFunctions(const SessionFunctions&) = delete;
     SessionFunctions& operator=(const SessionFunctions&) = delete;
@@ -61,7 +61,7 @@ private:
     [[nodiscard]] Value columnUpdated(const std::string& column) const;
     [[nodiscard]] Value cursorStatus(const std::string& name) const;
 
-    Connection& connection_;
+    FileConnection& connection_;
     SchemaCatalogue& catalogue_;
     Counters& counters_;
     Transactions& transactions_;

@@ -4,7 +4,7 @@
 
 #include "engine/catalog/schema_catalogue.hpp"
 #include "engine/executor/session_state.hpp"
-#include "engine/sqlite/connection.hpp"
+#include "engine/sqlite/file_connection.hpp"
 
 namespace kap::engine {
 
@@ -12,7 +12,7 @@ namespace kap::engine {
 // with it.
 class SettingsScope {
 public:
-    SettingsScope(SessionState& state, Connection& connection, SchemaCatalogue& catalogue)
+    SettingsScope(SessionState& state, FileConnection& connection, SchemaCatalogue& catalogue)
         : state_(state), connection_(connection), catalogue_(catalogue), before_(state) {}
     SettingsScope(const SettingsScope&) = delete;
     SettingsScope& operator=(const SettingsScope&) = delete;
@@ -29,7 +29,7 @@ public:
 
 private:
     SessionState& state_;
-    Connection& connection_;
+    FileConnection& connection_;
     SchemaCatalogue& catalogue_;
     SessionSettings before_;
 };

@@ -1,4 +1,4 @@
-#include "engine/sqlite/connection.hpp"
+#include "engine/sqlite/file_connection.hpp"
 
 #include <algorithm>
 #include <array>

@@ -1,4 +1,4 @@
-#include "engine/binder/typed.hpp"
+#include "engine/binder/bound_expression.hpp"
 
 #include <kaputil/automation/plain_text.hpp>
 
@@ -16,32 +16,32 @@ std::string SumTerm::at(int wantedScale) const {
     return callText("kap_scale", sql, plain::text(wantedScale - scale));
 }
 
-Typed Typed::as(const tsql::TypeSpec& other) const {
-    Typed result = *this;
+BoundExpression BoundExpression::as(const tsql::TypeSpec& other) const {
+    BoundExpression result = *this;
     result.type = other;
     result.terms.clear();
     result.joint.clear();
     return result;
 }
 
-Typed Typed::literal(const Value& value, tsql::TypeSpec type) {
-    Typed result = expression(sqlLiteral(value), type, isNull(value));
+BoundExpression BoundExpression::literal(const Value& value, tsql::TypeSpec type) {
+    BoundExpression result = expression(sqlLiteral(value), type, isNull(value));
     result.constant = value;
     return result;
 }
 
-Typed Typed::null() {
-    Typed result = expression("NULL", {tsql::SqlType::Int}, true);
+BoundExpression BoundExpression::null() {
+    BoundExpression result = expression("NULL", {tsql::SqlType::Int}, true);
     result.nullLiteral = true;
     return result;
 }
 
-std::string collated(const Typed& expression, const std::string& text) {
+std::string collated(const BoundExpression& expression, const std::string& text) {
     const bool applies = tsql::isText(expression.type.type) && !expression.plainColumn;
     return applies ? text + " COLLATE KAP_CI" : text;
 }
 
-std::string collated(const Typed& expression) {
+std::string collated(const BoundExpression& expression) {
     return collated(expression, expression.sql);
 }
 

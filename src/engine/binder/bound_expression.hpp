@@ -25,7 +25,7 @@ struct SumTerm {
 
 /// An expression that has been bound: its SQLite text, which yields storage form, and its static
 /// type.
-struct Typed {
+struct BoundExpression {
     std::string sql;
     tsql::TypeSpec type;
     bool nullable = true;
@@ -47,24 +47,25 @@ struct Typed {
     /// IDENTITY(...) of SELECT ... INTO, whose numbers are given when the rows are written.
     std::optional<Identity> newIdentity;
 
-    [[nodiscard]] static Typed expression(std::string sql, tsql::TypeSpec type, bool nullable) {
-        Typed result;
+    [[nodiscard]] static BoundExpression expression(std::string sql, tsql::TypeSpec type,
+                                                    bool nullable) {
+        BoundExpression result;
         result.sql = std::move(sql);
         result.type = type;
         result.nullable = nullable;
         return result;
     }
     /// The same value under another type of the same storage form.
-    [[nodiscard]] Typed as(const tsql::TypeSpec& other) const;
-    [[nodiscard]] static Typed literal(const Value& value, tsql::TypeSpec type);
-    [[nodiscard]] static Typed null();
+    [[nodiscard]] BoundExpression as(const tsql::TypeSpec& other) const;
+    [[nodiscard]] static BoundExpression literal(const Value& value, tsql::TypeSpec type);
+    [[nodiscard]] static BoundExpression null();
 };
 
 /// The text of an expression with the collation of texts, where SQLite would not apply it by
 /// itself.
-[[nodiscard]] std::string collated(const Typed& expression);
+[[nodiscard]] std::string collated(const BoundExpression& expression);
 /// The same for an expression whose value stands in another text: a constant that is bound.
-[[nodiscard]] std::string collated(const Typed& expression, const std::string& text);
+[[nodiscard]] std::string collated(const BoundExpression& expression, const std::string& text);
 
 /// The quoted name of a query's column by its place from 0: "c1", "c2"...
 [[nodiscard]] std::string numberedName(std::size_t index);

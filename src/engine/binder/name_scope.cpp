@@ -1,4 +1,4 @@
-#include "engine/binder/names.hpp"
+#include "engine/binder/name_scope.hpp"
 
 #include <algorithm>
 #include <utility>
@@ -7,16 +7,16 @@
 
 namespace kap::engine {
 
-const WriteSettings Names::kNoSettings;
+const WriteSettings NameScope::kNoSettings;
 
-const Variable* Names::variable(std::string_view name) const {
+const Variable* NameScope::variable(std::string_view name) const {
     const auto found =
         std::find_if(variables_.begin(), variables_.end(),
                      [&](const Variable& each) { return sameName(each.name, name); });
     return found == variables_.end() ? nullptr : &*found;
 }
 
-const Variable& Names::declare(const std::string& name, const tsql::TypeSpec& type, int line) {
+const Variable& NameScope::declare(const std::string& name, const tsql::TypeSpec& type, int line) {
     if (variable(name) != nullptr || localTable(name) != nullptr) {
         throw tsql::ServerError(134,
                                 "The variable name '" + name +
@@ -27,14 +27,14 @@ const Variable& Names::declare(const std::string& name, const tsql::TypeSpec& ty
     return variables_.emplace_back(Variable{name, type, static_cast<int>(variables_.size())});
 }
 
-const Table* Names::localTable(std::string_view name) const {
+const Table* NameScope::localTable(std::string_view name) const {
     const auto found =
         std::find_if(localTables_.begin(), localTables_.end(),
                      [&](const LocalTable& each) { return sameName(each.name, name); });
     return found == localTables_.end() ? nullptr : &found->table;
 }
 
-void Names::addLocalTable(LocalTable table) {
+void NameScope::addLocalTable(LocalTable table) {
     localTables_.push_back(std::move(table));
 }
 

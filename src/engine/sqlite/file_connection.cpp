@@ -1,4 +1,4 @@
-#include "engine/sqlite/connection.hpp"
+#include "engine/sqlite/file_connection.hpp"
 
 #include <array>
 #include <filesystem>
@@ -135,7 +135,7 @@ const char* synchronousCommand(Synchronous synchronous) {
 
 }  // namespace
 
-Connection::Connection(const Options& options)
+FileConnection::FileConnection(const Options& options)
     : place_(options.place()),
       lockWait_(writtenFile(options), options.lockTimeout),
       database_(open(options)) {
@@ -147,7 +147,7 @@ Connection::Connection(const Options& options)
     }
 }
 
-void Connection::prepare(const Options& options) {
+void FileConnection::prepare(const Options& options) {
     registerCollation(handle());
     registerFunctions(handle(), errorSlot_);
     watchStack(handle());
@@ -166,14 +166,14 @@ void Connection::prepare(const Options& options) {
     database_.run("PRAGMA foreign_keys = ON");
 }
 
-void Connection::requireWritable() const {
+void FileConnection::requireWritable() const {
     // SQLite silently opens for reading what it may not write.
     if (sqlite3_db_readonly(handle(), "main") == 1) {
         throw openError(place_, "the file is read-only; to read it, say Mode=Read");
     }
 }
 
-void Connection::useWriteAheadJournal(const Options& options) {
+void FileConnection::useWriteAheadJournal(const Options& options) {
     // The change of journal needs the file for itself, and SQLite does not always wait for that.
     const auto deadline = std::chrono::steady_clock::now() + options.lockTimeout;
     while (true) {
@@ -190,7 +190,7 @@ void Connection::useWriteAheadJournal(const Options& options) {
     }
 }
 
-void Connection::requireFile() const {
+void FileConnection::requireFile() const {
     int moved = 0;
     if (sqlite3_file_control(handle(), "main", SQLITE_FCNTL_HAS_MOVED, &moved) == SQLITE_OK &&
         moved != 0) {

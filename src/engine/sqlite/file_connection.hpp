@@ -10,11 +10,11 @@ namespace kap::engine {
 
 // A database file opened and made ready: write-ahead journal, waiting for locks, the collation and
 // the functions of the dialect.
-class Connection {
+class FileConnection {
 public:
     // Raises DriverError saying which file and why when it cannot be opened. A file that was there
     // before is left as it was.
-    explicit Connection(const Options& options);
+    explicit FileConnection(const Options& options);
 
     [[nodiscard]] Database& database() noexcept { return database_; }
     [[nodiscard]] sqlite3* handle() const noexcept { return database_.handle(); }

@@ -34,9 +34,9 @@ struct WriteSettings {
 
 /// What the names in a statement can mean: the tables of the database, and what the script that it
 /// stands in has declared.
-class Names {
+class NameScope {
 public:
-    explicit Names(const Catalogue& catalogue) : catalogue_(&catalogue) {}
+    explicit NameScope(const Catalogue& catalogue) : catalogue_(&catalogue) {}
 
     [[nodiscard]] const Catalogue& catalogue() const { return *catalogue_; }
 

@@ -1,4 +1,4 @@
-#include "ado/answers.hpp"
+#include "ado/results.hpp"
 
 #include <utility>
 
