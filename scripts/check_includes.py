@@ -34,9 +34,9 @@ MAY_INCLUDE = {
     "engine/executor": EXECUTOR,
     "engine/script": EXECUTOR,
     "drivers/embedded": EXECUTOR | {"engine/script"},
-    "drivers/odbc": GROUND | {"data", "tsql", "drivers"},
+    "drivers/odbc": GROUND | {"data", "tsql", "platform", "drivers"},
     "drivers/without_servers": GROUND | {"data", "drivers"},
-    "drivers/late_bound": GROUND | {"data", "tsql"},
+    "drivers/late_bound": GROUND | {"data", "tsql", "platform"},
     "drivers/text": GROUND | {"data", "platform", "drivers"},
     "drivers": GROUND | {"data", "drivers/embedded"},
     # Which driver answers for a connection string, and what makes one of another maker's connection.

@@ -18,8 +18,8 @@
 #include "ado/cell_order.hpp"
 #include "automation/convert/calendar.hpp"
 #include "base/ascii.hpp"
-#include "base/text_order.hpp"
 #include "base/power.hpp"
+#include "base/text_order.hpp"
 #include "base/unicode.hpp"
 #include "data/failures.hpp"
 

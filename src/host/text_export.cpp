@@ -110,7 +110,8 @@ Ref<ado::Connection> openFolder(const String& folder) {
 }
 
 // Deliberately, Null is written like the euro sign: it does not differ from it.
-ado::text_files::CopiedRows copiedRows(const ado::Recordset& source, const ExportProgress& progress) {
+ado::text_files::CopiedRows copiedRows(const ado::Recordset& source,
+                                       const ExportProgress& progress) {
     ado::text_files::CopiedRows copied;
     copied.rows = source.rows().rowsShown();
     copied.result = &source.rows().table().result();

@@ -18,8 +18,8 @@
 #include "cli/output/failure_report.hpp"
 #include "cli/output/output_file.hpp"
 #include "cli/output/terminal.hpp"
-#include "cli/temporary_folder.hpp"
 #include "cli/output/usage_error.hpp"
+#include "cli/temporary_folder.hpp"
 
 namespace kap::cli {
 namespace {

@@ -15,7 +15,6 @@
 namespace kap::ado::odbc {
 namespace {
 
-
 constexpr int kLongestTimeout = 86400;
 constexpr const char* kFreeTds = "FreeTDS";
 // Left to find the version out by itself, that driver never gives up a server that is silent.

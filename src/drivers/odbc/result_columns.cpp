@@ -12,7 +12,6 @@
 namespace kap::ado::odbc {
 namespace {
 
-
 std::string textAttribute(SQLHSTMT statement, SQLUSMALLINT column, SQLUSMALLINT what) {
     std::array<char16_t, 256> text{};
     constexpr auto kBytes = static_cast<SQLSMALLINT>(sizeof(text));

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include <kaputil/automation/plain_text.hpp>
+
 #include "base/ascii.hpp"
 #include "engine/binder/binder.hpp"
 #include "engine/binder/type_rules.hpp"

@@ -4,9 +4,9 @@
 #include <utility>
 
 #include <kaputil/automation/plain_text.hpp>
+
 #include "base/ascii.hpp"
 #include "engine/binder/binder.hpp"
-#include "engine/plan/statements.hpp"
 #include "tsql/server_error.hpp"
 #include "tsql/stack_limit.hpp"
 

@@ -1,6 +1,7 @@
 #include "engine/binder/binder.hpp"
 
 #include <kaputil/automation/plain_text.hpp>
+
 #include "base/ascii.hpp"
 #include "tsql/server_error.hpp"
 

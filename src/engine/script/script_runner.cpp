@@ -7,6 +7,7 @@
 #include <utility>
 
 #include <kaputil/automation/plain_text.hpp>
+
 #include "base/ascii.hpp"
 #include "base/stack.hpp"
 #include "engine/executor/column_info.hpp"

@@ -7,7 +7,6 @@
 #include <system_error>
 #include <thread>
 
-#include "engine/catalog/key_names.hpp"
 #include "engine/sqlite/collation.hpp"
 #include "engine/sqlite/functions/registration.hpp"
 #include "engine/sqlite/sqlite_stack.hpp"

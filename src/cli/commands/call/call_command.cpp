@@ -14,8 +14,8 @@
 #include "cli/output/failure_report.hpp"
 #include "cli/output/shown_text.hpp"
 #include "cli/output/terminal.hpp"
-#include "cli/output/value_text.hpp"
 #include "cli/output/usage_error.hpp"
+#include "cli/output/value_text.hpp"
 
 namespace kap::cli {
 namespace {

@@ -12,8 +12,8 @@
 
 #include "cli/commands/classes/class_lookup.hpp"
 #include "cli/names.hpp"
-#include "cli/output/value_text.hpp"
 #include "cli/output/usage_error.hpp"
+#include "cli/output/value_text.hpp"
 
 namespace kap::cli {
 namespace {

@@ -9,8 +9,8 @@
 #include "cli/commands/classes/class_json.hpp"
 #include "cli/commands/classes/class_lookup.hpp"
 #include "cli/commands/classes/class_pages.hpp"
-#include "cli/output/exit_codes.hpp"
 #include "cli/names.hpp"
+#include "cli/output/exit_codes.hpp"
 #include "cli/output/terminal.hpp"
 #include "cli/output/usage_error.hpp"
 

@@ -7,8 +7,8 @@
 
 #include "base/ascii.hpp"
 #include "cli/commands/config/config_command.hpp"
-#include "cli/output/exit_codes.hpp"
 #include "cli/names.hpp"
+#include "cli/output/exit_codes.hpp"
 #include "cli/output/shown_text.hpp"
 #include "cli/output/terminal.hpp"
 #include "cli/with_database.hpp"
