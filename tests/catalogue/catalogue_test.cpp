@@ -135,7 +135,7 @@ TEST(Catalogue, PublishesTheSharedNumbers) {
 // What the C++ header declares, as "name=value name=value".
 std::string declaredEnumerators() {
     std::ifstream header(std::string(test::kSourceFolder) +
-                         "/include/kaputil/ado/enumerations.hpp");
+                         "/include/kaputil/data/enumerations.hpp");
     const std::string text(std::istreambuf_iterator<char>(header), {});
     static const std::regex kEnumerator(R"(\b(ad\w+) = (-?\w+),)");
     std::string found;

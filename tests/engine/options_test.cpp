@@ -14,7 +14,7 @@ std::string refusalOf(std::string_view text) {
     try {
         (void)parsed(text);
     } catch (const AutomationError& error) {
-        EXPECT_EQ(error.number(), errors::kInvalidArgument);
+        EXPECT_EQ(error.number(), ado::errors::kInvalidArgument);
         EXPECT_EQ(error.source().utf8(), "KapLocal");
         return error.description().utf8();
     }
