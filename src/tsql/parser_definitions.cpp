@@ -110,7 +110,11 @@ Statement::Node Parser::createIndex() {
     expectOperator(")");
     // Columns that the index only carries along change no result.
     if (acceptKeyword("INCLUDE")) nameList();
-    if (acceptKeyword("WHERE")) result.where = condition();
+    if (acceptKeyword("WHERE")) {
+        const std::size_t start = position_;
+        result.where = condition();
+        result.whereText = sourceText(start);
+    }
     indexOptions();
     return result;
 }

@@ -207,6 +207,7 @@ struct CreateIndexStatement {
     bool unique = false;
     std::vector<IndexColumn> columns;
     ExpressionPtr where;
+    std::string whereText;  ///< as written
 };
 
 // --- Views, procedures, functions, triggers: their text is kept as it was written

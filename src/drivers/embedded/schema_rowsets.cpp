@@ -7,6 +7,7 @@
 
 #include "base/ascii.hpp"
 #include "data/schema_rows.hpp"
+#include "engine/catalog/source_text.hpp"
 #include "engine/executor/column_info.hpp"
 #include "engine/values/value.hpp"
 
@@ -95,7 +96,8 @@ void addColumns(SchemaRows& rows, const engine::SchemaCatalogue& catalogue) {
         std::int64_t ordinal = 0;
         for (const engine::Column& column : table->columns) {
             const ColumnInfo info = engine::typeInfo(column.type);
-            const std::string given = column.computed ? "" : column.defaultSql.value_or("");
+            const bool has = column.defaultSql && !column.computed;
+            const std::string given = has ? engine::shownSource(column) : "";
             std::vector<SchemaRows::Cell> cells = {
                 {"TABLE_SCHEMA", kOwner},
                 {"TABLE_NAME", table->name},

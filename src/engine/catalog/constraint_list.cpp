@@ -5,6 +5,7 @@
 
 #include "engine/catalog/definition_tokens.hpp"
 #include "engine/catalog/schema_catalogue.hpp"
+#include "engine/catalog/source_text.hpp"
 #include "engine/catalog/table_text.hpp"
 #include "engine/values/value.hpp"
 #include "tsql/parser.hpp"
@@ -55,11 +56,21 @@ ConstraintInfo ofText(const std::string& table, const std::string& name, const s
         if (isWord(tokens[i], "CHECK")) {
             info.type = "C ";
             info.definition = text.substr(tokens[i].end + 1);
+            info.source = shownDefinition(info.definition);
             return info;
         }
     }
     info.type = "C ";
     return info;
+}
+
+// What stands behind WHERE in the text of an index.
+std::string filterOf(const std::string& sql) {
+    const std::vector<Token> tokens = tokensOf(sql);
+    const auto where =
+        std::ranges::find_if(tokens, [](const Token& token) { return isWord(token, "WHERE"); });
+    return where == tokens.end() ? shownDefinition(sql)
+                                 : shownDefinition(std::string_view(sql).substr(where->end + 1));
 }
 
 }  // namespace
@@ -87,6 +98,7 @@ std::vector<ConstraintInfo> SchemaCatalogue::constraints() const {
             info.table = table->name;
             info.columns = {element.name};
             info.definition = "(" + *column->defaultSql + ")";
+            info.source = shownSource(*column);
             result.push_back(std::move(info));
         }
     }
@@ -194,10 +206,12 @@ std::vector<Reference> SchemaCatalogue::references() const {
 
 std::vector<IndexInfo> SchemaCatalogue::indexes() const {
     std::vector<IndexInfo> result;
-    PreparedStatement rows(database_.handle(),
-                           "SELECT l.name, m.name, l.\"unique\" FROM main.sqlite_schema AS m, "
-                           "pragma_index_list(m.name, 'main') AS l WHERE m.type = 'table' AND "
-                           "l.origin = 'c' ORDER BY m.name, l.name");
+    PreparedStatement rows(
+        database_.handle(),
+        "SELECT l.name, m.name, l.\"unique\", CASE WHEN l.partial THEN i.sql END FROM "
+        "main.sqlite_schema AS m, pragma_index_list(m.name, 'main') AS l, "
+        "main.sqlite_schema AS i WHERE m.type = 'table' AND l.origin = 'c' AND "
+        "i.type = 'index' AND i.name = l.name ORDER BY m.name, l.name");
     while (rows.step()) {
         const std::string stored = rows.text(0);
         IndexInfo info;
@@ -206,6 +220,7 @@ std::vector<IndexInfo> SchemaCatalogue::indexes() const {
         const bool own = stored.starts_with(info.table + ".");
         info.name = own ? stored.substr(info.table.size() + 1) : stored;
         if (own && info.name.ends_with(" (nulls)")) continue;
+        if (!rows.isNull(3)) info.filter = filterOf(rows.text(3));
         PreparedStatement columns(database_.handle(),
                                   "SELECT name, \"desc\" FROM pragma_index_xinfo(?1, 'main') "
                                   "WHERE \"key\" ORDER BY seqno");
@@ -232,8 +247,13 @@ std::vector<IndexInfo> SchemaCatalogue::keysAndIndexes() const {
         for (const ConstraintInfo& key : keys) {
             const std::string_view type = key.type;
             if ((type == "PK" || type == "UQ") && sameName(key.table, table->name)) {
-                result.push_back({key.name, table->name, true, type, key.columns,
-                                  std::vector<bool>(key.columns.size())});
+                result.push_back({key.name,
+                                  table->name,
+                                  true,
+                                  type,
+                                  key.columns,
+                                  std::vector<bool>(key.columns.size()),
+                                  {}});
             }
         }
         std::ranges::copy_if(made, std::back_inserter(result), [&](const IndexInfo& index) {

@@ -2,6 +2,7 @@
 #include <utility>
 
 #include "engine/catalog/object_ids.hpp"
+#include "engine/catalog/source_text.hpp"
 #include "engine/catalog/view_rows.hpp"
 
 // The views of one kind of constraint each, and of the columns that fill themselves.
@@ -61,7 +62,7 @@ SystemRows sysCheckConstraints(const SchemaCatalogue& catalogue) {
                            {"definition", kText}},
                           [](const ConstraintInfo& each, std::vector<Value>& row) {
                               row.insert(row.end(), {flag(!each.enabled), flag(!each.enabled),
-                                                     number(0), text(each.definition)});
+                                                     number(0), text(each.source)});
                           });
 }
 
@@ -72,7 +73,7 @@ SystemRows defaultConstraints(const SchemaCatalogue& catalogue) {
         [&](const ConstraintInfo& each, std::vector<Value>& row) {
             const std::string column = each.columns.empty() ? "" : each.columns.front();
             row.insert(row.end(), {number(placeOfColumn(catalogue, each.table, column)),
-                                   text(each.definition), flag(false)});
+                                   text(shownDefinition(each.source)), flag(false)});
         });
 }
 
@@ -137,7 +138,7 @@ SystemRows computedColumns(const SchemaCatalogue& catalogue) {
     forColumns(catalogue, [&](const Table& table, const Column& column, std::int64_t ordinal) {
         if (!column.computed) return;
         view.rows.push_back({number(objectId(table.name)), text(column.name), number(ordinal),
-                             text("(" + column.defaultSql.value_or("") + ")"), flag(false)});
+                             text(shownDefinition(shownSource(column))), flag(false)});
     });
     return view;
 }

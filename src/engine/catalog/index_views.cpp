@@ -29,7 +29,9 @@ SystemRows sysIndexes(const SchemaCatalogue& catalogue) {
                      {"fill_factor", kTinyInt},
                      {"is_padded", kBit},
                      {"is_disabled", kBit},
-                     {"is_hypothetical", kBit}},
+                     {"is_hypothetical", kBit},
+                     {"has_filter", kBit},
+                     {"filter_definition", kText}},
                     {}};
     forIndexes(catalogue, [&](const IndexInfo& index, std::int64_t id) {
         const bool primary = id == 1;
@@ -37,7 +39,8 @@ SystemRows sysIndexes(const SchemaCatalogue& catalogue) {
                              number(primary ? 1 : 2), text(primary ? "CLUSTERED" : "NONCLUSTERED"),
                              flag(index.unique), flag(false), flag(primary),
                              flag(index.key == "UQ"), number(0), flag(false), flag(false),
-                             flag(false)});
+                             flag(false), flag(!index.filter.empty()),
+                             index.filter.empty() ? Value() : text(index.filter)});
     });
     return view;
 }

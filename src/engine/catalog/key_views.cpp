@@ -102,7 +102,7 @@ SystemRows checkConstraints(const SchemaCatalogue& catalogue) {
     for (const ConstraintInfo& each : catalogue.constraints()) {
         if (std::string_view(each.type) != "C ") continue;
         view.rows.push_back(
-            {text(catalogue.databaseName()), text("dbo"), text(each.name), text(each.definition)});
+            {text(catalogue.databaseName()), text("dbo"), text(each.name), text(each.source)});
     }
     return view;
 }

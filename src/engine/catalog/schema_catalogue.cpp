@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "base/ascii.hpp"
+#include "engine/catalog/source_text.hpp"
 #include "engine/catalog/table_text.hpp"
 #include "engine/values/text_units.hpp"
 #include "engine/values/value.hpp"
@@ -77,7 +78,9 @@ Column readColumn(const PreparedStatement& row, const std::optional<Counters::Re
     column.nullable = row.integer(XInfo::NotNull) == 0 && (column.keyOrdinal == 0 || !record);
     column.computed = row.integer(XInfo::Hidden) != 0;
     if (!row.isNull(XInfo::Default)) {
-        column.defaultSql = row.text(XInfo::Default);
+        const std::string text = row.text(XInfo::Default);
+        column.source = sourceOf(text).value_or("");
+        column.defaultSql = withoutSource(text);
     }
     if (record && record->identityColumn == column.name) {
         column.identity = record->identity;
@@ -205,7 +208,9 @@ void SchemaCatalogue::addDefinitions(Table& table) const {
     for (Column& column : table.columns) {
         const auto* element = column.computed ? text.column(column.name) : nullptr;
         if (element != nullptr) {
-            column.defaultSql = computedTextOf(element->text);
+            const auto definition = computedTextOf(element->text);
+            column.source = sourceOf(definition.value_or("")).value_or("");
+            column.defaultSql = definition ? std::optional(withoutSource(*definition)) : definition;
         }
     }
 }

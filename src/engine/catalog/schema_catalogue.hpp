@@ -37,6 +37,7 @@ struct ConstraintInfo {
     std::string table;
     std::vector<std::string> columns;
     std::string definition;  // of a check or default, in SQLite's words
+    std::string source;      // the same as it was written
     std::string parent;      // of a foreign key
     std::vector<std::string> parentColumns;
     std::string onDelete;
@@ -51,6 +52,7 @@ struct IndexInfo {
     std::string_view key;  // "PK" or "UQ" when it serves a key
     std::vector<std::string> columns;
     std::vector<bool> descending;  // of each column
+    std::string filter;            // of which rows it is, as it was written; empty: of all
 };
 
 class SchemaCatalogue : public Catalogue {

@@ -1,6 +1,7 @@
 #include <array>
 #include <string_view>
 
+#include "engine/catalog/source_text.hpp"
 #include "engine/catalog/view_rows.hpp"
 
 // The standard's INFORMATION_SCHEMA, but for what its keys refer to.
@@ -58,7 +59,7 @@ SystemRows columns(const SchemaCatalogue& catalogue) {
             const bool given = column.defaultSql && !column.computed;
             view.rows.push_back(
                 {text(catalogue.databaseName()), text("dbo"), text(table->name), text(column.name),
-                 number(++ordinal), given ? text("(" + *column.defaultSql + ")") : Value(),
+                 number(++ordinal), given ? text(shownDefinition(shownSource(column))) : Value(),
                  text(column.nullable ? "YES" : "NO"), text(tsql::typeName(type.type)),
                  lengthOf(type), counts ? number(precisionOf(type)) : Value(),
                  counts && !tsql::isApproximate(type.type) ? number(scaleOf(type)) : Value(),

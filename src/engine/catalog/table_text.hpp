@@ -23,6 +23,7 @@ public:
     explicit TableText(std::string_view sql);
 
     [[nodiscard]] const std::vector<Element>& elements() const { return elements_; }
+    [[nodiscard]] std::vector<Element>& elements() { return elements_; }
     // The column of that name, or the constraint, or null.
     [[nodiscard]] Element* column(std::string_view name);
     [[nodiscard]] Element* constraint(std::string_view name);

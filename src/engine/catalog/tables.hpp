@@ -31,6 +31,8 @@ struct Column {
     int keyOrdinal = 0;
     /// The default as a SQLite expression in storage form, as the schema holds it.
     std::optional<std::string> defaultSql;
+    /// What that was written as; empty in a file of before.
+    std::string source;
     std::string defaultName;  ///< of its constraint; empty when it was not named
     /// Computed from other columns of the row (`defaultSql` says how): it cannot be written.
     bool computed = false;

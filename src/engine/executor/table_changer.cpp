@@ -7,6 +7,7 @@
 #include "base/ascii.hpp"
 #include "engine/catalog/definition_tokens.hpp"
 #include "engine/catalog/schema_binding.hpp"
+#include "engine/catalog/source_text.hpp"
 #include "engine/plan/statements.hpp"
 #include "engine/sqlite/time_limit.hpp"
 #include "tsql/parser.hpp"
@@ -191,7 +192,21 @@ void TableChanger::renameColumn(const std::string& name, const std::string& colu
     }
     run("ALTER TABLE " + tableSql(table.name, table.temporary) + " RENAME COLUMN " +
         sqlName(found->name) + " TO " + sqlName(newName));
+    renameInSources(table, found->name, newName);
     if (found->identity) counters_.renameIdentity(table, newName);
+}
+
+// SQLite has renamed the column in its own words only.
+void TableChanger::renameInSources(const Table& table, const std::string& before,
+                                   const std::string& after) {
+    TableText text = textOf(table);
+    bool changed = false;
+    for (TableText::Element& element : text.elements()) {
+        std::string renamed = withColumnRenamed(element.text, before, after);
+        changed = changed || renamed != element.text;
+        element.text = std::move(renamed);
+    }
+    if (changed) setText(table, text);
 }
 
 // --- Dropping

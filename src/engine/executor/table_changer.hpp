@@ -40,6 +40,7 @@ private:
     [[nodiscard]] TableText textOf(const Table& table);
     // Puts another text in the place of a table's.
     void setText(const Table& table, const TableText& text);
+    void renameInSources(const Table& table, const std::string& before, const std::string& after);
 
     void add(const Table& table, const tsql::AlterTableStatement& statement, const NameScope& names,
              int line);

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include <kaputil/automation/plain_text.hpp>
+#include "engine/catalog/source_text.hpp"
 
 #include "base/ascii.hpp"
 #include "engine/binder/function_table.hpp"
@@ -200,6 +201,7 @@ void TableBuilder::addComputed(const ColumnDefinition& definition) {
     column.nullable = value.nullable;
     column.computed = true;
     column.defaultSql = value.sql;
+    column.source = definition.computedText;
     add(std::move(column), definition.line);
 }
 
@@ -271,6 +273,7 @@ void TableBuilder::setDefault(Column& column, const tsql::DefaultOption& option,
                           line);
     }
     column.defaultName = option.constraintName;
+    column.source = option.text;
     if (isSequentialIdentifier(*option.value) && column.type.type == SqlType::UniqueIdentifier) {
         column.defaultSql = "kap_newsequentialid()";
         return;
@@ -330,7 +333,8 @@ void TableBuilder::addCheck(const tsql::CheckConstraint& check) {
     const std::string name = check.name.empty() ? numbered(stem) : check.name;
     takenNames_.push_back(name);
     constraints_.push_back("CONSTRAINT " + sqlName(name) + " CHECK (" +
-                           binder_.condition(*check.condition, scope) + ")");
+                           withSource(binder_.condition(*check.condition, scope), check.text) +
+                           ")");
     requireNoVariables(check.line);
 }
 
@@ -455,11 +459,13 @@ std::string TableBuilder::columnSql(const Column& column) const {
     // "nvarchar(max)" is one.
     std::string sql = sqlName(column.name) + " " + sqlName(tsql::typeText(column.type));
     if (tsql::isText(column.type.type)) sql += " COLLATE KAP_CI";
-    if (column.computed) return sql + " GENERATED ALWAYS AS (" + *column.defaultSql + ") VIRTUAL";
+    const std::string given = column.defaultSql.value_or("");
+    const std::string text = column.source.empty() ? given : withSource(given, column.source);
+    if (column.computed) return sql + " GENERATED ALWAYS AS (" + text + ") VIRTUAL";
     if (!column.nullable) sql += " NOT NULL";
     if (!column.defaultSql) return sql;
     if (!column.defaultName.empty()) sql += " CONSTRAINT " + sqlName(column.defaultName);
-    return sql + " DEFAULT (" + *column.defaultSql + ")";
+    return sql + " DEFAULT (" + text + ")";
 }
 
 std::string TableBuilder::createSql() const {

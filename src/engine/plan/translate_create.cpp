@@ -2,6 +2,7 @@
 #include <array>
 
 #include "engine/binder/system_values.hpp"
+#include "engine/catalog/source_text.hpp"
 #include "engine/plan/statements.hpp"
 #include "engine/plan/table_builder.hpp"
 #include "tsql/server_error.hpp"
@@ -101,6 +102,7 @@ Translation translateIndex(const tsql::CreateIndexStatement& statement, int line
                               15);
         }
         refuseChanging(sql, statement, *table, line);
+        sql = withSource(sql, statement.whereText);
     }
     Translation result;
     result.kind = StatementKind::Define;

@@ -8,6 +8,7 @@
 #include "engine/binder/binder.hpp"
 #include "engine/binder/system_values.hpp"
 #include "engine/catalog/schema_binding.hpp"
+#include "engine/catalog/source_text.hpp"
 #include "engine/executor/table_changer.hpp"
 #include "engine/executor/violations.hpp"
 #include "engine/script/function_rules.hpp"
@@ -169,6 +170,7 @@ void ScriptRunner::store(StoredObject object, bool replace, bool mustExist, int 
                           line, 16, 3);
     }
     object.quotedNames = state_.quotedNames;
+    object.text = asCreation(object.text);
     catalogue_.stored().put(object);
     catalogue_.invalidate();
 }

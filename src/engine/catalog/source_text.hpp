@@ -1,0 +1,34 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+// The file holds checks, defaults, computed columns and filters of indexes in SQLite's words; what
+// they were written as stands behind them in a comment, for whoever asks the database to describe
+// itself.
+namespace kap::engine {
+
+struct Column;
+
+// An expression in SQLite's words with what it was written as behind it.
+[[nodiscard]] std::string withSource(const std::string& sql, std::string_view source);
+
+// What such an expression was written as, also when brackets are around it; nothing in a file of
+// before.
+[[nodiscard]] std::optional<std::string> sourceOf(std::string_view sql);
+[[nodiscard]] std::string withoutSource(const std::string& sql);
+
+// The same in brackets, as the views tell it; without a source SQLite's words.
+[[nodiscard]] std::string shownDefinition(std::string_view sql);
+// What a column's default or computed value was written as, without brackets of our own.
+[[nodiscard]] std::string shownSource(const Column& column);
+
+// A definition in which the source calls a column by its new name.
+[[nodiscard]] std::string withColumnRenamed(const std::string& definition, std::string_view before,
+                                            const std::string& after);
+
+// The text of ALTER VIEW and the like as the CREATE that makes the same.
+[[nodiscard]] std::string asCreation(const std::string& text);
+
+}  // namespace kap::engine
