@@ -5,9 +5,7 @@
 
 #include <kaputil/automation/array.hpp>
 #include <kaputil/automation/convert.hpp>
-#include <kaputil/automation/decimal.hpp>
-
-#include "base/ascii.hpp"
+#include <kaputil/automation/plain_text.hpp>
 
 namespace kap::migrate {
 namespace {
@@ -16,34 +14,66 @@ bool has(const ado::Field& field, ado::FieldAttributeEnum bit) {
     return (field.Attributes() & static_cast<std::int32_t>(bit)) != 0;
 }
 
-// A database may have tables of the same name that are not the one meant.
-bool isOf(const Ref<ado::Recordset>& rows, const std::string& table) {
-    return equalsIgnoringCase(textOf(rows, u"TABLE_NAME"), table);
+bool isTrue(const Ref<ado::Recordset>& rows, std::int32_t column) {
+    const Variant value = rows->Fields()->Item(column)->Value();
+    return !value.isNull() && convert::toBoolean(value);
 }
 
-Ref<ado::Recordset> schemaOf(ado::Connection& connection, ado::SchemaEnum kind,
-                             const std::string& table) {
-    const bool indexes = kind == ado::SchemaEnum::adSchemaIndexes;
-    std::vector<Variant> wanted(indexes ? 4 : 2);
-    wanted.emplace_back(table);
-    return connection.OpenSchema(kind, Variant(Array::ofVariants(wanted)));
+std::int64_t numberIn(const std::string& text, std::int64_t otherwise) {
+    const auto number = plain::readWhole(text);
+    return number ? *number : otherwise;
 }
 
-// The embedded database tells amounts as it stores them, without their point.
-std::string withPoint(const ado::Connection& connection, const CopiedColumn& column,
-                      const std::string& text) {
-    constexpr int kMoneyScale = 4;
-    const bool money = column.type == ado::DataTypeEnum::adCurrency;
-    const bool decimal = column.type == ado::DataTypeEnum::adNumeric;
-    const auto stored = Decimal::parse(text);
-    if (connection.Provider() != u"KapLocal" || !(money || decimal) || !stored) {
-        return text;
+CopiedColumn columnOf(const ado::Field& field) {
+    CopiedColumn column;
+    column.name = field.Name().utf8();
+    column.type = field.Type();
+    column.size = field.DefinedSize();
+    column.precision = field.Precision();
+    column.scale = field.NumericScale();
+    column.nullable = has(field, ado::FieldAttributeEnum::adFldIsNullable);
+    column.isLong = has(field, ado::FieldAttributeEnum::adFldLong);
+    column.rowVersion = has(field, ado::FieldAttributeEnum::adFldRowVersion);
+    return column;
+}
+
+// What the catalogue says of a column beyond that; the places are those of CopyDialect::columns.
+void describe(CopiedColumn& column, const Ref<ado::Recordset>& facts) {
+    column.declared = textOf(facts, 1);
+    column.identity = isTrue(facts, 2);
+    column.computed = textOf(facts, 3);
+    column.persisted = isTrue(facts, 4);
+    if (column.identity) {
+        column.seed = numberIn(textOf(facts, 7), 1);
+        column.increment = numberIn(textOf(facts, 8), 1);
+    } else if (!column.rowVersion) {
+        column.defaultName = textOf(facts, 5);
+        column.defaultText = textOf(facts, 6);
+        column.defaultValue = readDefault(column.defaultText);
     }
-    const auto digits = stored->scaledTo(0);
-    return digits ? Decimal(*digits, money ? kMoneyScale : column.scale).plainText() : text;
+}
+
+CopiedIndex::Kind kindOf(const std::string& word) {
+    return word == "PK"   ? CopiedIndex::Kind::PrimaryKey
+           : word == "UQ" ? CopiedIndex::Kind::UniqueKey
+                          : CopiedIndex::Kind::Index;
+}
+
+std::string action(std::string text) {
+    std::ranges::replace(text, '_', ' ');
+    return text;
 }
 
 }  // namespace
+
+std::vector<std::string> CopiedIndex::columns() const {
+    std::vector<std::string> names;
+    names.reserve(parts.size());
+    for (const Part& part : parts) {
+        names.push_back(part.column);
+    }
+    return names;
+}
 
 Ref<ado::Recordset> opened(ado::Connection& connection, const std::string& query) {
     auto rows = make<ado::Recordset>();
@@ -57,47 +87,9 @@ std::string textOf(const Ref<ado::Recordset>& rows, const Variant& column) {
     return value.isNull() ? std::string() : convert::toString(value).utf8();
 }
 
-std::vector<CopiedColumn> columnsOf(const ado::Recordset& rows) {
-    const auto fields = rows.Fields();
-    std::vector<CopiedColumn> columns;
-    columns.reserve(static_cast<std::size_t>(fields->Count()));
-    for (std::int32_t i = 0; i < fields->Count(); ++i) {
-        const auto field = fields->Item(i);
-        CopiedColumn column;
-        column.name = field->Name().utf8();
-        column.type = field->Type();
-        column.size = field->DefinedSize();
-        column.precision = field->Precision();
-        column.scale = field->NumericScale();
-        column.nullable = has(*field, ado::FieldAttributeEnum::adFldIsNullable);
-        column.isLong = has(*field, ado::FieldAttributeEnum::adFldLong);
-        column.rowVersion = has(*field, ado::FieldAttributeEnum::adFldRowVersion);
-        // What the database sets itself and is no row version.
-        column.identity =
-            !column.rowVersion && !has(*field, ado::FieldAttributeEnum::adFldUnknownUpdatable);
-        columns.push_back(std::move(column));
-    }
-    return columns;
-}
-
-std::vector<std::string> keyOf(ado::Connection& connection, const std::string& table) {
-    const auto keys =
-        connection.OpenSchema(ado::SchemaEnum::adSchemaPrimaryKeys,
-                              Variant(Array::ofVariants({Variant(), Variant(), Variant(table)})));
-    std::vector<std::pair<std::int64_t, std::string>> parts;
-    for (; !keys->Eof(); keys->MoveNext()) {
-        if (equalsIgnoringCase(textOf(keys, u"TABLE_NAME"), table)) {
-            parts.emplace_back(convert::toLong(keys->Fields()->Item(u"ORDINAL")->Value()),
-                               textOf(keys, u"COLUMN_NAME"));
-        }
-    }
-    std::ranges::sort(parts);
-    std::vector<std::string> names;
-    names.reserve(parts.size());
-    for (auto& [ordinal, name] : parts) {
-        names.push_back(std::move(name));
-    }
-    return names;
+std::optional<std::int64_t> numberOf(ado::Connection& connection, const std::string& query) {
+    const auto rows = opened(connection, query);
+    return rows->Eof() ? std::nullopt : plain::readWhole(textOf(rows, 0));
 }
 
 std::string joined(const std::vector<std::string>& parts) {
@@ -108,14 +100,26 @@ std::string joined(const std::vector<std::string>& parts) {
     return all;
 }
 
-std::vector<std::string> tablesOf(ado::Connection& connection) {
+std::vector<std::string> otherTablesOf(ado::Connection& connection, const CopyDialect& dialect) {
+    std::vector<std::string> names;
+    const auto found = opened(connection, dialect.otherTables());
+    for (; !found->Eof(); found->MoveNext()) {
+        names.push_back(textOf(found, 0) + "." + textOf(found, 1));
+    }
+    return names;
+}
+
+std::vector<std::string> tablesOf(ado::Connection& connection, const CopyDialect& dialect) {
+    const std::vector<std::string> others = otherTablesOf(connection, dialect);
     const auto found = connection.OpenSchema(
         ado::SchemaEnum::adSchemaTables,
         Variant(Array::ofVariants({Variant(), Variant(), Variant(), Variant(u"TABLE")})));
     std::vector<std::string> tables;
     for (; !found->Eof(); found->MoveNext()) {
         std::string name = textOf(found, u"TABLE_NAME");
-        if (!equalsIgnoringCase(name, kCopyNotes)) {
+        const std::string whole = textOf(found, u"TABLE_SCHEMA") + "." + name;
+        if (!equalsIgnoringCase(name, kCopyNotes) &&
+            std::ranges::find(others, whole) == others.end()) {
             tables.push_back(std::move(name));
         }
     }
@@ -124,51 +128,64 @@ std::vector<std::string> tablesOf(ado::Connection& connection) {
 
 std::vector<CopiedColumn> columnsOf(ado::Connection& connection, const CopyDialect& dialect,
                                     const std::string& table) {
-    std::vector<CopiedColumn> columns =
-        columnsOf(*opened(connection, "SELECT * FROM " + dialect.quoted(table) + " WHERE 1 = 0"));
-    const auto found = schemaOf(connection, ado::SchemaEnum::adSchemaColumns, table);
-    for (; !found->Eof(); found->MoveNext()) {
-        const std::string name = textOf(found, u"COLUMN_NAME");
-        const auto column = std::ranges::find(columns, name, &CopiedColumn::name);
-        if (column != columns.end() && isOf(found, table) && !column->identity &&
-            !column->rowVersion) {
-            column->defaultValue = readDefault(textOf(found, u"COLUMN_DEFAULT"));
-            column->defaultValue.text = withPoint(connection, *column, column->defaultValue.text);
+    const auto fields =
+        opened(connection, "SELECT * FROM " + dialect.quoted(table) + " WHERE 1 = 0")->Fields();
+    std::vector<CopiedColumn> columns;
+    for (std::int32_t i = 0; i < fields->Count(); ++i) {
+        columns.push_back(columnOf(*fields->Item(i)));
+    }
+    const auto facts = opened(connection, dialect.columns(table));
+    for (; !facts->Eof(); facts->MoveNext()) {
+        const auto column = std::ranges::find_if(columns, [&](const CopiedColumn& each) {
+            return equalsIgnoringCase(each.name, textOf(facts, 0));
+        });
+        if (column != columns.end()) {
+            describe(*column, facts);
         }
     }
     return columns;
 }
 
-std::vector<CopiedIndex> indexesOf(ado::Connection& connection, const std::string& table) {
-    const auto isTrue = [](const Variant& value) {
-        return !value.isNull() && convert::toBoolean(value);
-    };
+// The places of a row's columns are those of CopyDialect::indexes.
+std::vector<CopiedIndex> indexesOf(ado::Connection& connection, const CopyDialect& dialect,
+                                   const std::string& table) {
     std::vector<CopiedIndex> indexes;
-    const auto found = schemaOf(connection, ado::SchemaEnum::adSchemaIndexes, table);
+    const auto found = opened(connection, dialect.indexes(table));
     for (; !found->Eof(); found->MoveNext()) {
-        const auto fields = found->Fields();
-        if (!isOf(found, table) || isTrue(fields->Item(u"PRIMARY_KEY")->Value())) {
-            continue;
-        }
-        const std::string name = textOf(found, u"INDEX_NAME");
+        const std::string name = textOf(found, 0);
         if (indexes.empty() || indexes.back().name != name) {
-            indexes.push_back({name, table, isTrue(fields->Item(u"UNIQUE")->Value()), {}});
+            CopiedIndex index;
+            index.name = name;
+            index.kind = kindOf(textOf(found, 1));
+            index.unique = isTrue(found, 2);
+            index.filter = textOf(found, 3);
+            indexes.push_back(std::move(index));
         }
-        indexes.back().parts.push_back(
-            {textOf(found, u"COLUMN_NAME"), textOf(found, u"COLLATION") == "2"});
+        const std::string column = textOf(found, 4);
+        CopiedIndex& index = indexes.back();
+        index.expressions = index.expressions || column.empty();
+        if (isTrue(found, 6)) {
+            index.carried.push_back(column);
+        } else {
+            index.parts.push_back({column, isTrue(found, 5)});
+        }
     }
     return indexes;
 }
 
+std::vector<std::string> keyOf(ado::Connection& connection, const CopyDialect& dialect,
+                               const std::string& table) {
+    for (const CopiedIndex& index : indexesOf(connection, dialect, table)) {
+        if (index.kind == CopiedIndex::Kind::PrimaryKey) {
+            return index.columns();
+        }
+    }
+    return {};
+}
+
+// The places of a row's columns are those of CopyDialect::foreignKeys.
 std::vector<CopiedForeignKey> foreignKeysOf(ado::Connection& connection,
                                             const CopyDialect& dialect) {
-    // The places of the query's columns.
-    constexpr std::int32_t kColumn = 2;
-    constexpr std::int32_t kReferencedColumn = 4;
-    const auto action = [](std::string text) {
-        std::ranges::replace(text, '_', ' ');
-        return text;
-    };
     std::vector<CopiedForeignKey> keys;
     const auto found = opened(connection, dialect.foreignKeys());
     for (; !found->Eof(); found->MoveNext()) {
@@ -181,15 +198,28 @@ std::vector<CopiedForeignKey> foreignKeysOf(ado::Connection& connection,
                             textOf(found, 3),
                             {},
                             action(textOf(found, 5)),
-                            action(textOf(found, 6))});
+                            action(textOf(found, 6)),
+                            isTrue(found, 7)});
         }
-        keys.back().columns.push_back(textOf(found, kColumn));
-        const std::string referenced = textOf(found, kReferencedColumn);
-        if (!referenced.empty()) {
-            keys.back().referencedColumns.push_back(referenced);
-        }
+        keys.back().columns.push_back(textOf(found, 2));
+        keys.back().referencedColumns.push_back(textOf(found, 4));
     }
     return keys;
+}
+
+std::vector<CopiedProgram> programsOf(ado::Connection& connection, const CopyDialect& dialect) {
+    std::vector<CopiedProgram> programs;
+    const auto found = opened(connection, dialect.programs());
+    for (; !found->Eof(); found->MoveNext()) {
+        programs.push_back({textOf(found, 0), textOf(found, 1), textOf(found, 2), textOf(found, 3),
+                            isTrue(found, 4)});
+    }
+    return programs;
+}
+
+std::optional<std::int64_t> lastIdentityOf(ado::Connection& connection, const CopyDialect& dialect,
+                                           const std::string& table, const std::string& column) {
+    return numberOf(connection, dialect.lastIdentity(table, column));
 }
 
 }  // namespace kap::migrate

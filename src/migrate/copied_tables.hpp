@@ -1,12 +1,14 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include <kaputil/ado/connection.hpp>
 #include <kaputil/ado/recordset.hpp>
 
+#include "base/ascii.hpp"
 #include "migrate/copy_dialect.hpp"
 
 // What a database tells of its tables, for a copy of them.
@@ -15,16 +17,22 @@ namespace kap::migrate {
 // The table in which a copy keeps its notes in the target.
 inline constexpr const char* kCopyNotes = "KAP_COPY";
 
-// An index, or a unique constraint; not the primary key.
+// The primary key, a unique constraint or an index.
 struct CopiedIndex {
+    enum class Kind : std::uint8_t { PrimaryKey, UniqueKey, Index };
     struct Part {
         std::string column;
         bool descending = false;
     };
     std::string name;
-    std::string table;
+    Kind kind = Kind::Index;
     bool unique = false;
     std::vector<Part> parts;
+    std::vector<std::string> carried;  // columns that it holds beside its own
+    std::string filter;                // of which rows it is, in the source's words; empty: of all
+    bool expressions = false;          // whether a part is none of the columns
+
+    [[nodiscard]] std::vector<std::string> columns() const;
 };
 
 struct CopiedForeignKey {
@@ -32,9 +40,19 @@ struct CopiedForeignKey {
     std::string table;
     std::vector<std::string> columns;
     std::string referenced;
-    std::vector<std::string> referencedColumns;  // empty: the database does not tell
-    std::string onDelete;                        // NO ACTION, CASCADE, SET NULL, SET DEFAULT
+    std::vector<std::string> referencedColumns;
+    std::string onDelete;  // NO ACTION, CASCADE, SET NULL, SET DEFAULT
     std::string onUpdate;
+    bool disabled = false;
+};
+
+// What a database keeps as the text of its dialect.
+struct CopiedProgram {
+    std::string kind;  // "view", "procedure", "function", "trigger", "check", "synonym", "type"
+    std::string name;
+    std::string text;   // empty: the database does not tell
+    std::string table;  // of a check or trigger
+    bool disabled = false;
 };
 
 [[nodiscard]] std::string joined(const std::vector<std::string>& parts);
@@ -42,17 +60,32 @@ struct CopiedForeignKey {
 [[nodiscard]] Ref<ado::Recordset> opened(ado::Connection& connection, const std::string& query);
 [[nodiscard]] std::string textOf(const Ref<ado::Recordset>& rows, const Variant& column);
 
-// The tables in the database's order, without the copy's notes.
-[[nodiscard]] std::vector<std::string> tablesOf(ado::Connection& connection);
-[[nodiscard]] std::vector<CopiedColumn> columnsOf(const ado::Recordset& rows);
-// The same with their defaults.
+// The tables of the connection's own schema in the database's order, without the copy's notes; the
+// others with the name of their schema.
+[[nodiscard]] std::vector<std::string> tablesOf(ado::Connection& connection,
+                                                const CopyDialect& dialect);
+[[nodiscard]] std::vector<std::string> otherTablesOf(ado::Connection& connection,
+                                                     const CopyDialect& dialect);
 [[nodiscard]] std::vector<CopiedColumn> columnsOf(ado::Connection& connection,
                                                   const CopyDialect& dialect,
                                                   const std::string& table);
-// The columns of the primary key, in order.
-[[nodiscard]] std::vector<std::string> keyOf(ado::Connection& connection, const std::string& table);
+// The primary key comes first where there is one.
 [[nodiscard]] std::vector<CopiedIndex> indexesOf(ado::Connection& connection,
+                                                 const CopyDialect& dialect,
                                                  const std::string& table);
+// The columns of the primary key, in order.
+[[nodiscard]] std::vector<std::string> keyOf(ado::Connection& connection,
+                                             const CopyDialect& dialect, const std::string& table);
+[[nodiscard]] std::vector<CopiedProgram> programsOf(ado::Connection& connection,
+                                                    const CopyDialect& dialect);
+// The last identity that the table has given out.
+[[nodiscard]] std::optional<std::int64_t> lastIdentityOf(ado::Connection& connection,
+                                                         const CopyDialect& dialect,
+                                                         const std::string& table,
+                                                         const std::string& column);
+// The value of a query that has one, Null for none.
+[[nodiscard]] std::optional<std::int64_t> numberOf(ado::Connection& connection,
+                                                   const std::string& query);
 [[nodiscard]] std::vector<CopiedForeignKey> foreignKeysOf(ado::Connection& connection,
                                                           const CopyDialect& dialect);
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <memory>
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -21,35 +21,65 @@ struct CopiedColumn {
     std::uint8_t scale = 0;
     bool nullable = true;
     bool identity = false;
+    std::int64_t seed = 1;  // of an identity
+    std::int64_t increment = 1;
     bool rowVersion = false;
     bool isLong = false;
+    std::string declared;  // the type in the words of Transact-SQL, where the source speaks it
+    std::string computed;  // what the database computes it from, in its words; empty: it does not
+    bool persisted = false;
     DefaultValue defaultValue;
+    std::string defaultName;  // of its constraint, where there is one
+    std::string defaultText;  // in the source's words
+
+    // Whether a copy writes values into it.
+    [[nodiscard]] bool isWritten() const { return !rowVersion && computed.empty(); }
 };
 
-// How databases that a copy goes to want to be written to: the one place that knows.
+// How databases that a copy reads from and goes to want to be spoken to: the one place that knows.
 class CopyDialect {
 public:
+    CopyDialect() = default;
+    CopyDialect(const CopyDialect&) = delete;
+    CopyDialect& operator=(const CopyDialect&) = delete;
     virtual ~CopyDialect() = default;
     // The dialect of an open connection's database, told by the types that it has.
     [[nodiscard]] static const CopyDialect& of(ado::Connection& connection);
 
+    // Whether what is written in the other dialect can be run here: expressions and programs.
+    [[nodiscard]] virtual bool reads(const CopyDialect& other) const = 0;
+
     [[nodiscard]] virtual std::string quoted(std::string_view name) const = 0;
     // The name that a table or column gets, so that programs find it as they write it.
     [[nodiscard]] virtual std::string nameFor(std::string_view name) const = 0;
+    // With what makes it an identity.
     [[nodiscard]] virtual std::string typeFor(const CopiedColumn& column) const = 0;
+    // The column in a query for its values: as it is, or as text where the library would cut them.
+    [[nodiscard]] virtual std::string selected(const CopiedColumn& column) const;
     // A value's plain text (see cellText) as a literal.
     [[nodiscard]] virtual std::string literal(const CopiedColumn& column,
                                               const std::string& text) const = 0;
-    // A column's default as an expression; empty: it has none, or none that can be said here.
+    // A column's default as an expression that stands in the table's definition; empty: it has
+    // none, or none that every database can say.
     [[nodiscard]] std::string defaultFor(const CopiedColumn& column) const;
 
-    // Queries that list what the database has: its foreign keys, a row for each of their columns
-    // in order (name, table, column, referenced table, referenced column or Null, actions on
-    // delete and on update); what is written in its dialect (kind, name); indexes of another kind
-    // than of columns of all rows (name).
+    // Queries that list what the database has. A table's columns in their order: name, type in the
+    // words of Transact-SQL or Null, identity, what it is computed from, persisted, name and
+    // definition of its default, seed, increment.
+    [[nodiscard]] virtual std::string columns(const std::string& table) const = 0;
+    // The parts of its keys and indexes in order: name, kind (PK, UQ, IX), unique, of which rows
+    // it is, column (Null: an expression), descending, whether it is only carried along.
+    [[nodiscard]] virtual std::string indexes(const std::string& table) const = 0;
+    // The foreign keys, a row for each of their columns in order: name, table, column, referenced
+    // table and column, actions on delete and on update, switched off.
     [[nodiscard]] virtual std::string foreignKeys() const = 0;
+    // What is written in its dialect: kind, name, text, table, switched off.
     [[nodiscard]] virtual std::string programs() const = 0;
-    [[nodiscard]] virtual std::string specialIndexes() const = 0;
+    // The tables in other schemas than the connection's own: schema, name.
+    [[nodiscard]] virtual std::string otherTables() const = 0;
+    // The last identity that the table has given out, Null when it has none.
+    [[nodiscard]] virtual std::string lastIdentity(const std::string& table,
+                                                   const std::string& column) const = 0;
 
     // Scripts that prepare a new table behind its creation, and that stand around its rows when it
     // has an identity column; empty: none are needed.
@@ -57,9 +87,11 @@ public:
                                                     const std::string& rowVersion) const = 0;
     [[nodiscard]] virtual std::string beforeRows(const std::string& table) const = 0;
     [[nodiscard]] virtual std::string afterRows(const std::string& table) const = 0;
-    // Behind the last row: the next identity is one that is free.
+    // Behind the last row: the identities go on behind `last`, and behind those that are there.
+    // `any`: whether there are rows.
     [[nodiscard]] virtual std::string afterLastRow(const std::string& table,
-                                                   const std::string& identity) const = 0;
+                                                   const CopiedColumn& identity, std::int64_t last,
+                                                   bool any) const = 0;
 
 protected:
     // What stands for the present moment and for a new identifier.

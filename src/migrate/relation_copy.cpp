@@ -5,43 +5,12 @@
 
 #include <kaputil/automation/error.hpp>
 
-#include "base/ascii.hpp"
-
 namespace kap::migrate {
 namespace {
 
 bool contains(const std::vector<std::string>& names, const std::string& name) {
     return std::ranges::any_of(
         names, [&](const std::string& each) { return equalsIgnoringCase(each, name); });
-}
-
-// The columns of a table by their names; a name that is none of them gives none at all.
-std::vector<CopiedColumn> picked(const std::vector<CopiedColumn>& columns,
-                                 const std::vector<std::string>& names) {
-    std::vector<CopiedColumn> found;
-    for (const std::string& name : names) {
-        const auto column = std::ranges::find_if(
-            columns, [&](const CopiedColumn& each) { return equalsIgnoringCase(each.name, name); });
-        if (column == columns.end()) {
-            return {};
-        }
-        found.push_back(*column);
-    }
-    return found;
-}
-
-bool sameTypes(const std::vector<CopiedColumn>& left, const std::vector<CopiedColumn>& right) {
-    return std::ranges::equal(left, right, [](const CopiedColumn& one, const CopiedColumn& other) {
-        return one.type == other.type && one.size == other.size;
-    });
-}
-
-std::vector<std::string> columnsIn(const CopiedIndex& index) {
-    std::vector<std::string> names;
-    for (const CopiedIndex::Part& part : index.parts) {
-        names.push_back(part.column);
-    }
-    return names;
 }
 
 }  // namespace
@@ -78,14 +47,15 @@ void RelationCopy::copy(const std::vector<std::string>& tables) {
     for (const std::string& table : tables) {
         addIndexes(table);
     }
-    const std::vector<std::string> there = tablesOf(to_);
+    const std::vector<std::string> there = tablesOf(to_, toDialect_);
     const std::vector<CopiedForeignKey> known = foreignKeysOf(to_, toDialect_);
     for (const CopiedForeignKey& key : foreignKeys_) {
         const bool exists = std::ranges::any_of(known, [&](const CopiedForeignKey& other) {
-            return equalsIgnoringCase(other.name, key.name) &&
-                   equalsIgnoringCase(other.table, key.table);
+            return equalsIgnoringCase(other.name, toDialect_.nameFor(key.name)) &&
+                   equalsIgnoringCase(other.table, toDialect_.nameFor(key.table));
         });
-        if (contains(tables, key.table) && contains(there, key.referenced) && !exists) {
+        if (contains(tables, key.table) && contains(there, toDialect_.nameFor(key.referenced)) &&
+            !exists) {
             addForeignKey(key);
         }
     }
@@ -93,14 +63,12 @@ void RelationCopy::copy(const std::vector<std::string>& tables) {
 
 void RelationCopy::addIndexes(const std::string& table) {
     const std::string target = toDialect_.nameFor(table);
-    const std::vector<CopiedIndex> known = indexesOf(to_, target);
-    std::vector<std::string> special;
-    const auto rows = opened(from_, fromDialect_.specialIndexes());
-    for (; !rows->Eof(); rows->MoveNext()) {
-        special.push_back(textOf(rows, 0));
-    }
-    for (const CopiedIndex& index : indexesOf(from_, table)) {
-        if (contains(special, index.name)) {
+    const std::vector<CopiedIndex> known = indexesOf(to_, toDialect_, target);
+    for (const CopiedIndex& index : indexesOf(from_, fromDialect_, table)) {
+        if (index.kind == CopiedIndex::Kind::PrimaryKey) {
+            continue;
+        }
+        if (index.expressions || (!index.filter.empty() && !toDialect_.reads(fromDialect_))) {
             tell_("The index " + index.name + " of " + table +
                   " stays behind: it is of expressions or of some rows only.");
             continue;
@@ -108,70 +76,74 @@ void RelationCopy::addIndexes(const std::string& table) {
         const std::string name = newName(index.name, target);
         const bool exists = std::ranges::any_of(
             known, [&](const CopiedIndex& other) { return equalsIgnoringCase(other.name, name); });
-        if (exists) {
-            continue;
+        if (!exists) {
+            run("The index " + index.name + " of " + table, creation(index, name, target));
         }
-        std::vector<std::string> parts;
-        for (const CopiedIndex::Part& part : index.parts) {
-            parts.push_back(toDialect_.quoted(toDialect_.nameFor(part.column)) +
-                            (part.descending ? " DESC" : ""));
-        }
-        run("The index " + index.name + " of " + table,
-            std::string(index.unique ? "CREATE UNIQUE INDEX " : "CREATE INDEX ") +
-                toDialect_.quoted(name) + " ON " + toDialect_.quoted(target) + " (" +
-                joined(parts) + ")");
     }
 }
 
-void RelationCopy::addForeignKey(CopiedForeignKey key) {
+std::string RelationCopy::creation(const CopiedIndex& index, const std::string& name,
+                                   const std::string& target) const {
+    std::vector<std::string> parts;
+    for (const CopiedIndex::Part& part : index.parts) {
+        parts.push_back(toDialect_.quoted(toDialect_.nameFor(part.column)) +
+                        (part.descending ? " DESC" : ""));
+    }
+    const std::string columns = " (" + joined(parts) + ")";
+    if (index.kind == CopiedIndex::Kind::UniqueKey) {
+        return "ALTER TABLE " + toDialect_.quoted(target) + " ADD CONSTRAINT " +
+               toDialect_.quoted(name) + " UNIQUE (" + columnList(index.columns()) + ")";
+    }
+    return std::string(index.unique ? "CREATE UNIQUE INDEX " : "CREATE INDEX ") +
+           toDialect_.quoted(name) + " ON " + toDialect_.quoted(target) + columns +
+           (index.carried.empty() ? "" : " INCLUDE (" + columnList(index.carried) + ")") +
+           (index.filter.empty() ? "" : " WHERE " + index.filter);
+}
+
+void RelationCopy::addForeignKey(const CopiedForeignKey& key) {
     const std::string what = "The foreign key " + key.name + " of " + key.table;
-    if (key.referencedColumns.empty()) {
-        key.referencedColumns = referencedBy(key);
+    const std::string table = "ALTER TABLE " + toDialect_.quoted(toDialect_.nameFor(key.table));
+    const std::string name = toDialect_.quoted(toDialect_.nameFor(key.name));
+    const bool off = key.disabled && toDialect_.reads(fromDialect_);
+    const bool added = run(what, table + (off ? " WITH NOCHECK" : "") + " ADD CONSTRAINT " + name +
+                                     " FOREIGN KEY (" + columnList(key.columns) + ") REFERENCES " +
+                                     toDialect_.quoted(toDialect_.nameFor(key.referenced)) + " (" +
+                                     columnList(key.referencedColumns) + ") ON DELETE " +
+                                     key.onDelete + " ON UPDATE " + key.onUpdate);
+    if (added && off) {
+        run(what + ", as a switched-off one,", table + " NOCHECK CONSTRAINT " + name);
     }
-    if (key.referencedColumns.empty()) {
-        tell_(what + " stays behind: which columns of " + key.referenced +
-              " it refers to is not known.");
-        return;
-    }
-    run(what, "ALTER TABLE " + toDialect_.quoted(toDialect_.nameFor(key.table)) +
-                  " ADD CONSTRAINT " + toDialect_.quoted(toDialect_.nameFor(key.name)) +
-                  " FOREIGN KEY (" + columnList(key.columns) + ") REFERENCES " +
-                  toDialect_.quoted(toDialect_.nameFor(key.referenced)) + " (" +
-                  columnList(key.referencedColumns) + ") ON DELETE " + key.onDelete +
-                  " ON UPDATE " + key.onUpdate);
 }
 
-// The only key of the referenced table whose columns are of the same types.
-std::vector<std::string> RelationCopy::referencedBy(const CopiedForeignKey& key) const {
-    const auto columns = columnsOf(from_, fromDialect_, key.referenced);
-    const auto own = picked(columnsOf(from_, fromDialect_, key.table), key.columns);
-    std::vector<std::vector<std::string>> keys = {keyOf(from_, key.referenced)};
-    for (const CopiedIndex& index : indexesOf(from_, key.referenced)) {
-        if (index.unique) {
-            keys.push_back(columnsIn(index));
-        }
-    }
-    std::erase_if(keys, [&](const std::vector<std::string>& each) {
-        return each.empty() || !sameTypes(picked(columns, each), own);
-    });
-    return keys.size() == 1 ? keys.front() : std::vector<std::string>();
-}
-
-void RelationCopy::tellPrograms(const std::vector<std::string>& tables) {
-    const auto rows = opened(from_, fromDialect_.programs());
-    for (; !rows->Eof(); rows->MoveNext()) {
-        tell_("The " + textOf(rows, 0) + " " + textOf(rows, 1) +
-              " stays behind: it is written in its database's dialect.");
-    }
+// What the definition of a table could not say: expressions, which may call what has come along.
+void RelationCopy::copyDefaults(const std::vector<std::string>& tables) {
     for (const std::string& table : tables) {
+        const std::vector<CopiedColumn> there =
+            columnsOf(to_, toDialect_, toDialect_.nameFor(table));
         for (const CopiedColumn& column : columnsOf(from_, fromDialect_, table)) {
-            if (column.defaultValue.kind != DefaultValue::Kind::None &&
-                toDialect_.defaultFor(column).empty()) {
-                tell_("The default of " + table + "." + column.name +
-                      " stays behind: " + column.defaultValue.text);
+            const bool other = column.defaultValue.kind != DefaultValue::Kind::None &&
+                               toDialect_.defaultFor(column).empty();
+            const bool exists = std::ranges::any_of(there, [&](const CopiedColumn& each) {
+                return equalsIgnoringCase(each.name, column.name) && !each.defaultText.empty();
+            });
+            if (other && !exists) {
+                addDefault(table, column);
             }
         }
     }
+}
+
+void RelationCopy::addDefault(const std::string& table, const CopiedColumn& column) {
+    const std::string what = "The default of " + table + "." + column.name;
+    if (!toDialect_.reads(fromDialect_)) {
+        tell_(what + " stays behind: " + column.defaultText);
+        return;
+    }
+    const std::string name = column.defaultName.empty()
+                                 ? std::string()
+                                 : "CONSTRAINT " + toDialect_.quoted(column.defaultName) + " ";
+    run(what, "ALTER TABLE " + toDialect_.quoted(table) + " ADD " + name + "DEFAULT " +
+                  column.defaultText + " FOR " + toDialect_.quoted(column.name));
 }
 
 // Names of indexes are the table's with some databases, and the whole database's with others.
@@ -193,11 +165,13 @@ std::string RelationCopy::columnList(const std::vector<std::string>& columns) co
     return joined(quoted);
 }
 
-void RelationCopy::run(const std::string& what, const std::string& script) {
+bool RelationCopy::run(const std::string& what, const std::string& script) {
     try {
         to_.Execute(script);
+        return true;
     } catch (const AutomationError& error) {
         tell_(what + " stays behind: " + error.description().utf8());
+        return false;
     }
 }
 

@@ -22,16 +22,19 @@ public:
 
     // For tables that have been copied.
     void copy(const std::vector<std::string>& tables);
-    // Tells what is written in the source's dialect, and which defaults are.
-    void tellPrograms(const std::vector<std::string>& tables);
+    // The defaults that the tables were not made with.
+    void copyDefaults(const std::vector<std::string>& tables);
 
 private:
     [[nodiscard]] std::string columnList(const std::vector<std::string>& columns) const;
     [[nodiscard]] std::string newName(const std::string& name, const std::string& table);
-    void run(const std::string& what, const std::string& script);
+    // Whether the target has taken the script; else that is told.
+    bool run(const std::string& what, const std::string& script);
     void addIndexes(const std::string& table);
-    void addForeignKey(CopiedForeignKey key);
-    [[nodiscard]] std::vector<std::string> referencedBy(const CopiedForeignKey& key) const;
+    [[nodiscard]] std::string creation(const CopiedIndex& index, const std::string& name,
+                                       const std::string& target) const;
+    void addDefault(const std::string& table, const CopiedColumn& column);
+    void addForeignKey(const CopiedForeignKey& key);
 
     ado::Connection& from_;
     ado::Connection& to_;

@@ -10,9 +10,9 @@
 #include <kaputil/automation/error.hpp>
 #include <kaputil/automation/plain_text.hpp>
 
-#include "base/ascii.hpp"
 #include "migrate/cell_text.hpp"
 #include "migrate/copied_tables.hpp"
+#include "migrate/table_pages.hpp"
 
 namespace kap::migrate {
 namespace {
@@ -27,6 +27,7 @@ struct TableCopy::Table {
     std::string target;
     std::vector<CopiedColumn> columns;
     std::vector<std::string> key;
+    std::string keyName;
 
     [[nodiscard]] const CopiedColumn* identity() const {
         const auto found = std::ranges::find_if(columns, &CopiedColumn::identity);
@@ -38,8 +39,31 @@ struct TableCopy::Table {
     }
 };
 
-TableCopy::TableCopy(ado::Connection& from, ado::Connection& to)
-    : from_(from), to_(to), fromDialect_(CopyDialect::of(from)), toDialect_(CopyDialect::of(to)) {}
+namespace {
+
+TableDigest digest(ado::Connection& connection, const CopyDialect& dialect,
+                   const std::string& table) {
+    const std::vector<CopiedColumn> columns = columnsOf(connection, dialect, table);
+    TableDigest made;
+    TablePages(connection, dialect, table, columns, keyOf(connection, dialect, table))
+        .read(0, [&](const Ref<ado::Recordset>& rows) {
+            const auto fields = rows->Fields();
+            for (; !rows->Eof(); rows->MoveNext()) {
+                made.add(columns, *fields);
+            }
+        });
+    return made;
+}
+
+}  // namespace
+
+TableCopy::TableCopy(ado::Connection& from, ado::Connection& to,
+                     std::function<void(const std::string&)> tell)
+    : from_(from),
+      to_(to),
+      fromDialect_(CopyDialect::of(from)),
+      toDialect_(CopyDialect::of(to)),
+      tell_(std::move(tell)) {}
 
 void TableCopy::check(const std::vector<std::string>& tables) {
     const bool noted = hasNotes();
@@ -93,16 +117,17 @@ void TableCopy::finish() {
 
 CopyOutcome TableCopy::run(const std::string& name,
                            const std::function<void(std::int64_t, std::int64_t)>& progress) {
-    const Table table = describe(name);
+    Table table = describe(name);
     std::int64_t done = rowsNoted(table.target);
     if (done < 0) {
         create(table);
         done = 0;
     }
     writeRows(table, done, progress);
+    continueIdentity(table);
     CopyOutcome outcome;
-    outcome.source = digest(from_, fromDialect_.quoted(table.source));
-    outcome.target = digest(to_, toDialect_.quoted(table.target));
+    outcome.source = digest(from_, fromDialect_, table.source);
+    outcome.target = digest(to_, toDialect_, table.target);
     outcome.rows = outcome.target.rows;
     return outcome;
 }
@@ -112,7 +137,12 @@ TableCopy::Table TableCopy::describe(const std::string& name) {
     table.source = name;
     table.target = targetName(name);
     table.columns = columnsOf(from_, fromDialect_, name);
-    table.key = keyOf(from_, name);
+    for (const CopiedIndex& index : indexesOf(from_, fromDialect_, name)) {
+        if (index.kind == CopiedIndex::Kind::PrimaryKey) {
+            table.key = index.columns();
+            table.keyName = index.name;
+        }
+    }
     return table;
 }
 
@@ -125,42 +155,50 @@ std::int64_t TableCopy::rowsNoted(const std::string& target) {
     return notes->Eof() ? -1 : convert::toLong(notes->Fields()->Item(0)->Value());
 }
 
-void TableCopy::create(const Table& table) {
-    const std::string quoted = toDialect_.quoted(table.target);
-    CopiedColumn text;
-    text.type = ado::DataTypeEnum::adVarChar;
-    const std::string note = std::string("INSERT INTO ") + kCopyNotes + " VALUES (" +
-                             toDialect_.literal(text, table.target) + ", 0)";
+void TableCopy::create(Table& table) {
     if (isInTarget(table)) {
         requireEmpty(table);
-        to_.Execute(note);
+        to_.Execute(noting(table));
         return;
     }
-    std::vector<std::string> parts;
-    for (const CopiedColumn& column : table.columns) {
-        const bool inKey = std::ranges::find(table.key, column.name) != table.key.end();
-        const std::string otherwise = toDialect_.defaultFor(column);
-        parts.push_back(toDialect_.quoted(toDialect_.nameFor(column.name)) + " " +
-                        toDialect_.typeFor(column) +
-                        (column.nullable && !inKey ? " NULL" : " NOT NULL") +
-                        (otherwise.empty() ? "" : " DEFAULT " + otherwise));
+    const bool formulas = std::ranges::any_of(
+        table.columns, [](const CopiedColumn& column) { return !column.computed.empty(); });
+    std::string reason = "it is written in its database's dialect";
+    if (formulas && toDialect_.reads(fromDialect_)) {
+        try {
+            makeTable(table);
+            return;
+        } catch (const AutomationError& error) {
+            reason = error.description().utf8();  // if it is another one it comes again
+        }
     }
-    std::vector<std::string> key;
-    for (const std::string& part : table.key) {
-        key.push_back(toDialect_.quoted(toDialect_.nameFor(part)));
+    for (CopiedColumn& column : table.columns) {
+        if (!column.computed.empty()) {
+            tell_("What " + table.source + "." + column.name +
+                  " is computed from stays behind, its values do not: " + reason);
+            column.computed.clear();
+        }
     }
-    if (!key.empty()) {
-        parts.push_back("PRIMARY KEY (" + joined(key) + ")");
-    }
+    makeTable(table);
+}
+
+std::string TableCopy::noting(const Table& table) const {
+    CopiedColumn text;
+    text.type = ado::DataTypeEnum::adVarChar;
+    return std::string("INSERT INTO ") + kCopyNotes + " VALUES (" +
+           toDialect_.literal(text, table.target) + ", 0)";
+}
+
+void TableCopy::makeTable(const Table& table) {
     to_.BeginTrans();
     try {
-        to_.Execute("CREATE TABLE " + quoted + " (" + joined(parts) + ")");
+        to_.Execute(definition(table));
         const std::string more =
             toDialect_.afterCreation(table.target, toDialect_.nameFor(table.rowVersion()));
         if (!more.empty()) {
             to_.Execute(more);
         }
-        to_.Execute(note);
+        to_.Execute(noting(table));
         to_.CommitTrans();
     } catch (const AutomationError&) {
         to_.RollbackTrans();
@@ -168,8 +206,50 @@ void TableCopy::create(const Table& table) {
     }
 }
 
+std::string TableCopy::definition(const Table& table) const {
+    std::vector<std::string> parts;
+    for (const CopiedColumn& column : table.columns) {
+        parts.push_back(definition(table, column));
+    }
+    if (!table.key.empty()) {
+        parts.push_back(primaryKey(table));
+    }
+    return "CREATE TABLE " + toDialect_.quoted(table.target) + " (" + joined(parts) + ")";
+}
+
+std::string TableCopy::definition(const Table& table, const CopiedColumn& column) const {
+    const std::string name = toDialect_.quoted(toDialect_.nameFor(column.name));
+    if (!column.computed.empty()) {
+        return name + " AS " + column.computed + (column.persisted ? " PERSISTED" : "");
+    }
+    const bool inKey = std::ranges::any_of(
+        table.key, [&](const std::string& part) { return equalsIgnoringCase(part, column.name); });
+    const bool read = toDialect_.reads(fromDialect_);
+    std::string otherwise = toDialect_.defaultFor(column);
+    if (read && column.defaultValue.kind == DefaultValue::Kind::Constant && !otherwise.empty()) {
+        otherwise = column.defaultText;
+    }
+    const bool named = read && !column.defaultName.empty();
+    return name + " " + toDialect_.typeFor(column) +
+           (column.nullable && !inKey ? " NULL" : " NOT NULL") +
+           (otherwise.empty()
+                ? ""
+                : (named ? " CONSTRAINT " + toDialect_.quoted(column.defaultName) : std::string()) +
+                      " DEFAULT " + otherwise);
+}
+
+std::string TableCopy::primaryKey(const Table& table) const {
+    std::vector<std::string> key;
+    for (const std::string& part : table.key) {
+        key.push_back(toDialect_.quoted(toDialect_.nameFor(part)));
+    }
+    const bool named = toDialect_.reads(fromDialect_) && !table.keyName.empty();
+    return (named ? "CONSTRAINT " + toDialect_.quoted(table.keyName) + " " : std::string()) +
+           "PRIMARY KEY (" + joined(key) + ")";
+}
+
 bool TableCopy::isInTarget(const Table& table) {
-    const std::vector<std::string> there = tablesOf(to_);
+    const std::vector<std::string> there = tablesOf(to_, toDialect_);
     return std::ranges::any_of(
         there, [&](const std::string& other) { return equalsIgnoringCase(other, table.target); });
 }
@@ -182,26 +262,52 @@ void TableCopy::requireEmpty(const Table& table) {
     }
 }
 
-// Rows are written in transactions of many, each with its note.
+// Rows are written in transactions of many, each with its note. Columns that the target computes
+// are its own affair.
 void TableCopy::writeRows(const Table& table, std::int64_t done,
                           const std::function<void(std::int64_t, std::int64_t)>& progress) {
-    std::vector<std::string> order;
-    for (const std::string& part : table.key) {
-        order.push_back(fromDialect_.quoted(part));
+    Table written = table;
+    for (const CopiedColumn& there : columnsOf(to_, toDialect_, table.target)) {
+        for (CopiedColumn& column : written.columns) {
+            if (equalsIgnoringCase(toDialect_.nameFor(column.name), there.name)) {
+                column.computed = there.computed;
+            }
+        }
     }
-    const auto rows = opened(from_, "SELECT * FROM " + fromDialect_.quoted(table.source) +
-                                        (order.empty() ? "" : " ORDER BY " + joined(order)));
-    const std::int64_t all = rows->RecordCount();
-    if (order.empty() && done < all) {  // in no order: nobody knows which ones have arrived
+    const std::int64_t all =
+        numberOf(from_, "SELECT COUNT(*) FROM " + fromDialect_.quoted(table.source)).value_or(0);
+    if (table.key.empty() && done < all) {  // in no order: nobody knows which ones have arrived
         to_.Execute("DELETE FROM " + toDialect_.quoted(table.target));
         done = 0;
     }
-    if (done > 0 && done <= all) {
-        rows->Move(static_cast<std::int32_t>(done));
+    TablePages(from_, fromDialect_, table.source, table.columns, table.key)
+        .read(done, [&](const Ref<ado::Recordset>& rows) {
+            while (!rows->Eof()) {
+                writePage(written, rows, done);
+                progress(done, all);
+            }
+        });
+}
+
+std::string TableCopy::literals(const Table& table, const ado::Fields& fields) const {
+    std::string values;
+    for (std::size_t i = 0; i < table.columns.size(); ++i) {
+        const CopiedColumn& column = table.columns[i];
+        if (!column.isWritten()) {
+            continue;
+        }
+        const auto value = cellText(*fields.Item(static_cast<std::int32_t>(i)));
+        values += values.empty() ? "(" : ", ";
+        values += value ? toDialect_.literal(column, *value) : "NULL";
     }
+    return values + ")";
+}
+
+// One transaction of rows.
+void TableCopy::writePage(const Table& table, const Ref<ado::Recordset>& rows, std::int64_t& done) {
     std::vector<std::string> names;
     for (const CopiedColumn& column : table.columns) {
-        if (!column.rowVersion) {
+        if (column.isWritten()) {
             names.push_back(toDialect_.quoted(toDialect_.nameFor(column.name)));
         }
     }
@@ -210,58 +316,46 @@ void TableCopy::writeRows(const Table& table, std::int64_t done,
                                "INSERT INTO " + toDialect_.quoted(table.target) + " (" +
                                joined(names) + ") VALUES ";
     const std::string behind = identity ? toDialect_.afterRows(table.target) : "";
+    const auto fields = rows->Fields();
     CopiedColumn text;
     text.type = ado::DataTypeEnum::adVarChar;
-    const auto fields = rows->Fields();
-    const auto literals = [&] {
-        std::vector<std::string> values;
-        for (std::size_t i = 0; i < table.columns.size(); ++i) {
-            if (table.columns[i].rowVersion) {
-                continue;
+    const std::int64_t before = done;
+    to_.BeginTrans();
+    try {
+        for (int written = 0; written < kRowsATransaction && !rows->Eof();) {
+            std::string values;
+            for (int i = 0; i < kRowsAStatement && !rows->Eof(); ++i, ++written, ++done) {
+                values += (values.empty() ? "" : ",\n") + literals(table, *fields);
+                rows->MoveNext();
             }
-            const auto value = cellText(*fields->Item(static_cast<std::int32_t>(i)));
-            values.push_back(value ? toDialect_.literal(table.columns[i], *value) : "NULL");
+            to_.Execute(insert + values + behind);
         }
-        return "(" + joined(values) + ")";
-    };
-    while (!rows->Eof()) {
-        to_.BeginTrans();
-        try {
-            for (int written = 0; written < kRowsATransaction && !rows->Eof();) {
-                std::string values;
-                for (int i = 0; i < kRowsAStatement && !rows->Eof(); ++i, ++written, ++done) {
-                    values += (values.empty() ? "" : ",\n") + literals();
-                    rows->MoveNext();
-                }
-                to_.Execute(insert + values + behind);
-            }
-            to_.Execute(std::string("UPDATE ") + kCopyNotes + " SET Righe = " + plain::text(done) +
-                        " WHERE Tabella = " + toDialect_.literal(text, table.target));
-            to_.CommitTrans();
-        } catch (const AutomationError&) {
-            to_.RollbackTrans();
-            throw;
-        }
-        progress(done, all);
-    }
-    if (identity) {
-        const std::string last =
-            toDialect_.afterLastRow(table.target, toDialect_.nameFor(table.identity()->name));
-        if (!last.empty()) {
-            to_.Execute(last);
-        }
+        to_.Execute(std::string("UPDATE ") + kCopyNotes + " SET Righe = " + plain::text(done) +
+                    " WHERE Tabella = " + toDialect_.literal(text, table.target));
+        to_.CommitTrans();
+    } catch (const AutomationError&) {
+        done = before;
+        to_.RollbackTrans();
+        throw;
     }
 }
 
-TableDigest TableCopy::digest(ado::Connection& connection, const std::string& quotedName) {
-    const auto rows = opened(connection, "SELECT * FROM " + quotedName);
-    const std::vector<CopiedColumn> columns = columnsOf(*rows);
-    const auto fields = rows->Fields();
-    TableDigest made;
-    for (; !rows->Eof(); rows->MoveNext()) {
-        made.add(columns, *fields);
+// The next identity is one that neither database has given out.
+void TableCopy::continueIdentity(const Table& table) {
+    const CopiedColumn* identity = table.identity();
+    if (identity == nullptr) {
+        return;
     }
-    return made;
+    const bool up = identity->increment > 0;
+    const auto furthest = numberOf(to_, std::string(up ? "SELECT MAX(" : "SELECT MIN(") +
+                                            toDialect_.quoted(toDialect_.nameFor(identity->name)) +
+                                            ") FROM " + toDialect_.quoted(table.target));
+    std::int64_t last =
+        lastIdentityOf(from_, fromDialect_, table.source, identity->name).value_or(identity->seed);
+    if (furthest) {
+        last = up ? std::max(last, *furthest) : std::min(last, *furthest);
+    }
+    to_.Execute(toDialect_.afterLastRow(table.target, *identity, last, furthest.has_value()));
 }
 
 }  // namespace kap::migrate

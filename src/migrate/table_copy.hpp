@@ -5,6 +5,7 @@
 #include <vector>
 
 #include <kaputil/ado/connection.hpp>
+#include <kaputil/ado/recordset.hpp>
 
 #include "migrate/copy_dialect.hpp"
 #include "migrate/table_digest.hpp"
@@ -19,14 +20,18 @@ struct CopyOutcome {
     [[nodiscard]] bool isWhole() const { return source == target; }
 };
 
-// Copies one table to another database: its columns with their defaults, primary key and rows.
+// Copies one table to another database: its columns with their defaults, primary key and rows. What
+// a column is computed from goes along where the target reads the source's dialect; elsewhere the
+// column holds the values.
 //
 // The target notes in the table KAP_COPY, in the transaction that writes them, how many rows have
 // arrived: a copy that was interrupted goes on behind them, in the order of the key. A table
 // without key is begun again.
 class TableCopy {
 public:
-    TableCopy(ado::Connection& from, ado::Connection& to);
+    // `tell` is given a sentence for whatever is left behind.
+    TableCopy(ado::Connection& from, ado::Connection& to,
+              std::function<void(const std::string&)> tell);
 
     // Looks whether each of these tables can be copied, before anything is written into the target.
     // Raises AutomationError when the source has no such table, and std::runtime_error when the
@@ -52,16 +57,24 @@ private:
     [[nodiscard]] bool hasNotes();
     [[nodiscard]] bool isInTarget(const Table& table);
     [[nodiscard]] std::int64_t rowsNoted(const std::string& target);
-    void create(const Table& table);
+    void create(Table& table);
+    [[nodiscard]] std::string noting(const Table& table) const;
+    void makeTable(const Table& table);
+    [[nodiscard]] std::string definition(const Table& table) const;
+    [[nodiscard]] std::string definition(const Table& table, const CopiedColumn& column) const;
+    [[nodiscard]] std::string primaryKey(const Table& table) const;
     void requireEmpty(const Table& table);
     void writeRows(const Table& table, std::int64_t done,
                    const std::function<void(std::int64_t, std::int64_t)>& progress);
-    [[nodiscard]] TableDigest digest(ado::Connection& connection, const std::string& quotedName);
+    [[nodiscard]] std::string literals(const Table& table, const ado::Fields& fields) const;
+    void writePage(const Table& table, const Ref<ado::Recordset>& rows, std::int64_t& done);
+    void continueIdentity(const Table& table);
 
     ado::Connection& from_;
     ado::Connection& to_;
     const CopyDialect& fromDialect_;
     const CopyDialect& toDialect_;
+    std::function<void(const std::string&)> tell_;
 };
 
 }  // namespace kap::migrate

@@ -24,7 +24,9 @@ std::string comparable(const CopiedColumn& column, std::string text) {
     const bool number = column.type == DataTypeEnum::adCurrency ||
                         column.type == DataTypeEnum::adNumeric ||
                         column.type == DataTypeEnum::adDecimal;
-    if (number && text.find('.') != std::string::npos) {
+    // Times have as many decimals as the database gives them.
+    if ((number || column.type == DataTypeEnum::adDBTimeStamp) &&
+        text.find('.') != std::string::npos) {
         text.erase(text.find_last_not_of('0') + 1);
         if (text.ends_with('.')) {
             text.pop_back();

@@ -16,6 +16,7 @@
 #include "cli/output/terminal.hpp"
 #include "migrate/copied_tables.hpp"
 #include "migrate/copy_dialect.hpp"
+#include "migrate/program_copy.hpp"
 #include "migrate/relation_copy.hpp"
 #include "migrate/table_copy.hpp"
 
@@ -57,7 +58,7 @@ std::vector<std::string> chosenTables(const CopyCommand& command, ado::Connectio
     for (const std::string& table : command.tables) {
         static_cast<void>(migrate::columnsOf(from, dialect, table));
     }
-    return command.tables.empty() ? migrate::tablesOf(from) : command.tables;
+    return command.tables.empty() ? migrate::tablesOf(from, dialect) : command.tables;
 }
 
 bool copyTables(const CopyCommand& command, migrate::TableCopy& copy,
@@ -78,14 +79,18 @@ bool copyTables(const CopyCommand& command, migrate::TableCopy& copy,
 
 bool copyAll(const CopyCommand& command, const std::vector<std::string>& chosen,
              ado::Connection& from, ado::Connection& to) {
-    migrate::RelationCopy relations(
-        from, to, [](const std::string& left) { std::cerr << shownText(left) << '\n'; });
+    const auto tell = [](const std::string& left) { std::cerr << shownText(left) << '\n'; };
+    migrate::RelationCopy relations(from, to, tell);
+    migrate::ProgramCopy programs(from, to, tell);
     const std::vector<std::string> tables = relations.inOrder(chosen);
-    migrate::TableCopy copy(from, to);
+    migrate::TableCopy copy(from, to, tell);
     copy.check(tables);
     copy.begin();
     bool whole = false;
     try {
+        if (command.tables.empty()) {
+            programs.copyFunctions();
+        }
         whole = copyTables(command, copy, tables);
     } catch (const std::exception&) {
         copy.abandon();
@@ -93,8 +98,13 @@ bool copyAll(const CopyCommand& command, const std::vector<std::string>& chosen,
     }
     if (whole) {
         relations.copy(tables);
+        programs.copyOthers(command.tables);
+        relations.copyDefaults(tables);
         if (command.tables.empty()) {
-            relations.tellPrograms(tables);
+            for (const std::string& other :
+                 migrate::otherTablesOf(from, migrate::CopyDialect::of(from))) {
+                tell("The table " + other + " stays behind: it is in another schema.");
+            }
         }
         copy.finish();
     }
