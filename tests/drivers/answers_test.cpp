@@ -114,6 +114,72 @@ count 3
     EXPECT_EQ(shown(count), "Long 3");
 }
 
+TEST(ReplayedAnswers, BehindTheFailureOfAFirstStatementAreAskedForAsTheDriverCan) {
+    test::Replay replay(R"(
+driver libtdsodbc.so
+> SELECT 1 AS kap_no_rows WHERE 1 = 0; EXEC salva
+columns kap_no_rows int
+error 23000 2627 [FreeTDS][SQL Server]Violation
+then
+error 42000 50000 [FreeTDS][SQL Server]a
+then
+error 42000 50000 [FreeTDS][SQL Server]b
+columns n int
+row 7
+> CREATE VIEW v AS SELECT 1 AS a
+none -1
+> IF @@ROWCOUNT = 0 PRINT 'x'
+none -1
+)");
+    const auto connection = replay.open();
+    std::vector<Ref<Recordset>> answers;
+    EXPECT_EQ(raisedBy([&] { connection->executeAll(u"EXEC salva", answers); }),
+              errors::kIntegrity);
+    EXPECT_EQ(errorsOf(connection),
+              "-2147217873 23000 2627 Violation; -2147217900 42000 50000 a; "
+              "-2147217900 42000 50000 b");
+    ASSERT_EQ(answers.size(), 1U);
+    EXPECT_EQ(shown(fieldOf(answers[0], 0)), "Long 7");
+    connection->Execute(u"CREATE VIEW v AS SELECT 1 AS a");
+    connection->Execute(u"IF @@ROWCOUNT = 0 PRINT 'x'");
+}
+
+TEST(ReplayedAnswers, OfATransactionThatAnErrorHasEndedLetItBeUndone) {
+    test::Replay replay(R"(
+> !autocommit off
+> UPDATE t SET a = 1
+error 40001 1205 [FreeTDS][SQL Server]deadlock victim
+> !rollback
+error 25000 3903 [FreeTDS][SQL Server]no corresponding BEGIN TRANSACTION
+> SELECT @@TRANCOUNT
+columns n int
+row 0
+> !autocommit on
+> UPDATE t SET a = 2
+count 1
+)");
+    const auto connection = replay.open();
+    connection->BeginTrans();
+    EXPECT_EQ(raisedBy([&] { connection->Execute(u"UPDATE t SET a = 1"); }), errors::kConcurrency);
+    connection->RollbackTrans();
+    connection->Execute(u"UPDATE t SET a = 2");
+}
+
+TEST(ReplayedAnswers, TellAFailedUndoingOfATransactionThatIsThereYet) {
+    test::Replay replay(R"(
+> !autocommit off
+> !rollback
+error HY000 0 [FreeTDS][SQL Server]busy
+> SELECT @@TRANCOUNT
+columns n int
+row 1
+> !rollback
+)");
+    const auto connection = replay.open();
+    connection->BeginTrans();
+    EXPECT_EQ(raisedBy([&] { connection->RollbackTrans(); }), errors::kUnspecified);
+}
+
 constexpr const char* kLostSentence =
     "The connection to the database server has been lost (Read from the server failed). Close it "
     "and open it again.";

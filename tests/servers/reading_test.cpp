@@ -261,6 +261,18 @@ TEST_F(ServerReading, InformationsAreKeptApartFromErrors) {
     EXPECT_EQ(connection_->Errors()->Item(0)->Description(), String(u"NOTICE: ciao 1"));
 }
 
+TEST_F(ServerReading, TakesTheFirstRowsAsTransactSqlAsksForThem) {
+    run("CREATE TABLE t (a int); INSERT INTO t SELECT generate_series(1, 9)");
+    EXPECT_EQ(query("SELECT TOP 3 * FROM t ORDER BY a DESC")->RecordCount(), 3);
+    EXPECT_EQ(value("select top (1) a from t order by a desc;"), "Long 9");
+    EXPECT_EQ(value("SELECT TOP 1 a AS \"top\" FROM t WHERE a = 4 -- the fourth"), "Long 4");
+    EXPECT_EQ(value("SELECT 'TOP 1' FROM t WHERE a = 1"), "String TOP 1");
+    EXPECT_EQ(test::raisedBy([&] { return query("SELECT TOP 50 PERCENT a FROM t"); }),
+              errors::kCommandText);
+    const auto live = this->live("SELECT TOP 1 * FROM t ORDER BY a");
+    EXPECT_EQ(test::shown(test::fieldOf(live, 0)), "Long 1");
+}
+
 TEST_F(ServerReading, OpensATableByItsName) {
     run("CREATE TABLE clienti (codice int); INSERT INTO clienti VALUES (12)");
     auto rows = make<Recordset>();

@@ -47,6 +47,8 @@ Abilities Abilities::of(SQLHDBC connection) {
     }
     made.folding = foldingOf(numberInfo<SQLUSMALLINT>(connection, SQL_IDENTIFIER_CASE, 0));
     made.concurrent = numberInfo<SQLUSMALLINT>(connection, SQL_MAX_CONCURRENT_ACTIVITIES, 1) != 1;
+    const std::string driver = asciiLower(textInfo(connection, SQL_DRIVER_NAME));
+    made.losesBehindFailure = driver.find("tdsodbc") != std::string::npos;
     made.isolationLevels = numberInfo<SQLUINTEGER>(connection, SQL_TXN_ISOLATION_OPTION, 0);
     constexpr SQLUINTEGER kPieces = SQL_GD_BLOCK | SQL_GD_BOUND | SQL_GD_ANY_ORDER;
     made.cellPieces =

@@ -18,6 +18,8 @@ struct Abilities {
     Folding folding = Folding::AsWritten;
     bool concurrent = false;  // several results may be open at once
     bool cellPieces = false;  // any cell of a fetched block can be read again, in pieces
+    // When the first statement of a text fails, what comes behind it is thrown away.
+    bool losesBehindFailure = false;
     // The isolation levels of transactions that there are, as the interface's bits.
     SQLULEN isolationLevels = 0;
     // What differs from server to server; holds for ever.

@@ -22,7 +22,7 @@ constexpr const char* kVersionKey = "TDS_Version";
 constexpr const char* kVersion = "7.4";
 constexpr const char* kAnyProvider = "MSDASQL";
 
-enum class Use : std::uint8_t { Server, Translate, Timeout, Results, Drop, Extended };
+enum class Use : std::uint8_t { Server, Translate, Timeout, Results, Pool, Intent, Drop, Extended };
 
 struct KeyUse {
     std::string_view key;
@@ -62,7 +62,15 @@ constexpr auto kKeys = std::to_array<KeyUse>({
     {"Use Procedure for Prepare", Use::Drop},
     {"Tag with column collation when possible", Use::Drop},
     {"DataTypeCompatibility", Use::Drop},
-    {"OLE DB Services", Use::Drop},
+    {"OLE DB Services", Use::Pool},
+    {"Pooling", Use::Pool},
+    {"Max Pool Size", Use::Pool},
+    {"Connection Lifetime", Use::Pool},
+    {"Load Balance Timeout", Use::Pool},
+    {"Min Pool Size", Use::Drop},
+    {"Connection Reset", Use::Drop},
+    {"ApplicationIntent", Use::Intent},
+    {"Application Intent", Use::Intent},
     {"General Timeout", Use::Drop},
     {"Locale Identifier", Use::Drop},
     {"Mode", Use::Drop},
@@ -95,6 +103,49 @@ std::chrono::seconds timeoutOf(const ConnectionString::Pair& pair) {
                               "'; it must be a whole number of seconds from 0 to 86400.");
     }
     return std::chrono::seconds(*seconds);
+}
+
+int numberOf(const ConnectionString::Pair& pair, int least, int most) {
+    const auto number = plain::readInt(pair.value);
+    if (!number || *number < least || *number > most) {
+        fail::invalidArgument("The connection string's " + pair.key + " is '" + pair.value +
+                              "'; it must be a whole number from " + plain::text(least) + " to " +
+                              plain::text(most) + ".");
+    }
+    return *number;
+}
+
+bool saysReadOnly(const ConnectionString::Pair& pair) {
+    if (!equalsIgnoringCase(pair.value, "ReadOnly") &&
+        !equalsIgnoringCase(pair.value, "ReadWrite")) {
+        fail::invalidArgument("The connection string's " + pair.key + " is '" + pair.value +
+                              "'; it must be ReadOnly or ReadWrite.");
+    }
+    return equalsIgnoringCase(pair.value, "ReadOnly");
+}
+
+// The lowest bit of the services is that of the pool; -1 are all of them.
+Pooling poolingOf(const ConnectionString& keys) {
+    constexpr int kMostConnections = 32767;
+    Pooling pooling;
+    bool refused = false;
+    for (const ConnectionString::Pair& pair : keys.pairs()) {
+        if (equalsIgnoringCase(pair.key, "OLE DB Services")) {
+            const bool wanted = numberOf(pair, -kMostConnections, kMostConnections) % 2 != 0;
+            pooling.wanted = pooling.wanted || wanted;
+            refused = refused || !wanted;
+        } else if (equalsIgnoringCase(pair.key, "Pooling")) {
+            pooling.wanted = pooling.wanted || ConnectionString::isTrue(pair.value);
+            refused = refused || !ConnectionString::isTrue(pair.value);
+        } else if (equalsIgnoringCase(pair.key, "Max Pool Size")) {
+            pooling.most = numberOf(pair, 1, kMostConnections);
+        } else if (equalsIgnoringCase(pair.key, "Connection Lifetime") ||
+                   equalsIgnoringCase(pair.key, "Load Balance Timeout")) {
+            pooling.lifetime = std::chrono::seconds(numberOf(pair, 0, kLongestTimeout));
+        }
+    }
+    pooling.wanted = pooling.wanted && !refused;
+    return pooling;
 }
 
 // The first whole number in a driver's name; 0: none.
@@ -179,7 +230,11 @@ public:
                 }
                 break;
             }
+            case Use::Intent:
+                put("ApplicationIntent", saysReadOnly(pair) ? "ReadOnly" : "ReadWrite");
+                break;
             case Use::Timeout:
+            case Use::Pool:
             case Use::Drop:
                 break;
         }
@@ -256,17 +311,48 @@ bool isOfOdbc(const ConnectionString& keys) {
 bool isDroppedFromOdbc(const ConnectionString::Pair& pair) {
     const KeyUse* use = useOf(pair.key);
     return use != nullptr &&
-           (use->use == Use::Drop || use->use == Use::Timeout || use->use == Use::Results);
+           (use->use == Use::Drop || use->use == Use::Timeout || use->use == Use::Results ||
+            use->use == Use::Pool || use->use == Use::Intent);
+}
+
+// What asks for a copy of the server that is read only, in the words of the driver that the keys
+// name; one that is not known gets the usual key.
+std::string intentFor(const ConnectionString& keys) {
+    constexpr std::string_view kPostgres = "postgresql";
+    const auto pairs = keys.pairs();
+    const auto intent = std::ranges::find_if(pairs, [](const ConnectionString::Pair& pair) {
+        const KeyUse* use = useOf(pair.key);
+        return use != nullptr && use->use == Use::Intent;
+    });
+    if (intent == pairs.end()) {
+        return {};
+    }
+    const bool readOnly = saysReadOnly(*intent);
+    const std::string driver = asciiLower(keys.find("Driver").value_or(""));
+    if (!driver.starts_with(kPostgres) && !driver.starts_with("psqlodbc")) {
+        return std::string("ApplicationIntent=") + (readOnly ? "ReadOnly;" : "ReadWrite;");
+    }
+    const std::string given = keys.find("pqopt").value_or("");
+    if (!readOnly || given.find("target_session_attrs") != std::string::npos) {
+        return {};
+    }
+    return "pqopt=" +
+           odbcValue(given + (given.empty() ? "" : " ") + "target_session_attrs=prefer-standby") +
+           ";";
 }
 
 // The keys as they were given; those of the data-access objects are not the driver's.
 std::string passedOn(const ConnectionString& keys) {
+    const std::string intent = intentFor(keys);
     std::string text;
     for (const ConnectionString::Pair& pair : keys.pairs()) {
         if (isDroppedFromOdbc(pair)) {
             continue;
         }
         std::string key = pair.key;
+        if (equalsIgnoringCase(key, "pqopt") && intent.starts_with("pqopt=")) {
+            continue;  // it stands in there
+        }
         if (equalsIgnoringCase(key, "User ID")) {
             key = "UID";
         } else if (equalsIgnoringCase(key, "Password")) {
@@ -278,7 +364,7 @@ std::string passedOn(const ConnectionString& keys) {
         }
         text += key + "=" + (driver ? "{" + pair.value + "}" : odbcValue(pair.value)) + ";";
     }
-    return text;
+    return text + intent;
 }
 
 // The provider of ODBC itself calls the name of a data source "Data Source".
@@ -293,7 +379,7 @@ std::string ofDataSource(const ConnectionString& keys, const std::string& source
         text +=
             (translated ? std::string(use->odbc) : pair.key) + "=" + odbcValue(pair.value) + ";";
     }
-    return text;
+    return text + intentFor(keys);
 }
 
 std::string textOf(const ConnectionString& keys, const std::vector<std::string>& installed) {
@@ -335,6 +421,7 @@ ConnectText connectTextOf(const ConnectionString& keys, const std::vector<std::s
     made.text = textOf(keys, installed);
     made.password = passwordOf(keys);
     made.port = portOf(keys);
+    made.pooling = poolingOf(keys);
     for (const ConnectionString::Pair& pair : keys.pairs()) {
         const KeyUse* use = useOf(pair.key);
         if (use != nullptr && use->use == Use::Timeout) {

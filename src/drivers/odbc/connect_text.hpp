@@ -9,6 +9,13 @@
 
 namespace kap::ado::odbc {
 
+// Whether connections are kept when a client has closed them, for the next one that wants the same.
+struct Pooling {
+    bool wanted = false;
+    int most = 100;                    // how many are kept
+    std::chrono::seconds lifetime{0};  // behind which one is not kept any more; 0: no limit
+};
+
 // What a client's connection string says to the ODBC driver manager.
 struct ConnectText {
     std::string text;                 // UTF-8
@@ -16,6 +23,7 @@ struct ConnectText {
     std::string password;             // to keep it out of messages; empty: none
     bool oneResult = false;           // no more than one result is to be open at a time
     int port = 0;                     // the server's; 0: the keys do not say it
+    Pooling pooling;
 };
 
 // Whether a provider's name is one of those that stand for database servers.

@@ -83,7 +83,7 @@ Link::Link(const ConnectText& text)
     connect(text);
     abilities_ = Abilities::of(connection_.get());
     abilities_.concurrent = abilities_.concurrent && !text.oneResult;
-    line_.find([this] { exchangeSomething(); });
+    line_.find([this] { (void)exchangeSomething(); });
     if (watchdog_.hasFired()) {
         SQLDisconnect(connection_.get());
         throw connectError(noAnswer(), text.password);
@@ -109,10 +109,38 @@ void Link::connect(const ConnectText& text) {
 }
 
 // A query that every server understands; what it answers does not matter.
-void Link::exchangeSomething() {
+bool Link::exchangeSomething() {
     const Handle statement(SQL_HANDLE_STMT, connection_.get());
     std::u16string text = u"SELECT 1";
-    SQLExecDirectW(statement.get(), wide(text), static_cast<SQLINTEGER>(text.size()));
+    return SQL_SUCCEEDED(
+        SQLExecDirectW(statement.get(), wide(text), static_cast<SQLINTEGER>(text.size())));
+}
+
+bool Link::isBlank() const {
+    return !leftState_ && !inTransaction_ && !isolation_ && !isLost() &&
+           std::ranges::none_of(reading_, [](const auto& each) { return !each.expired(); });
+}
+
+bool Link::answers() {
+    if (isLost()) {
+        return false;
+    }
+    const auto limited = endLimit();
+    return line_.isFound() ? !hasEnded() : exchangeSomething();
+}
+
+bool Link::hasEnded() {
+    switch (line_.look()) {
+        case ServerLine::Sight::Ended:
+            return true;
+        case ServerLine::Sight::Spoken: {
+            const auto limited = endLimit();
+            return !exchangeSomething();
+        }
+        case ServerLine::Sight::Quiet:
+            break;
+    }
+    return false;
 }
 
 Link::~Link() {

@@ -52,6 +52,17 @@ public:
 
     [[nodiscard]] bool isLost() const noexcept { return lost_ || watchdog_.hasFired(); }
 
+    // Something that another user of the connection would meet has been left on it.
+    void leaveState() noexcept { leftState_ = true; }
+    // Whether it could be another one without anybody's noticing: nothing has been left on it, no
+    // transaction is open and no result is being read.
+    [[nodiscard]] bool isBlank() const;
+    // Whether the server has ended the connection while nobody used it.
+    [[nodiscard]] bool hasEnded();
+    [[nodiscard]] std::chrono::steady_clock::time_point opened() const noexcept { return opened_; }
+    // Whether the server still answers, asked at no cost where that can be told.
+    [[nodiscard]] bool answers();
+
     // Nothing is to be sent any more: what the server has open, it undoes.
     void giveUp() noexcept { lost_ = true; }
 
@@ -70,14 +81,16 @@ private:
     void requireAlive() const;
     void makeWay();
     void connect(const ConnectText& text);
-    void exchangeSomething();
+    bool exchangeSomething();
     void tellOfLoss(std::vector<ServerMessage>& messages) const;
 
     ServerLine line_;
     Watchdog watchdog_;
     Handle connection_;
     Abilities abilities_;
+    const std::chrono::steady_clock::time_point opened_ = std::chrono::steady_clock::now();
     bool lost_ = false;
+    bool leftState_ = false;
     bool inTransaction_ = false;
     // The level that the connection has been given; unset: the server's own.
     std::optional<SQLULEN> isolation_;

@@ -1,7 +1,11 @@
 // PostgreSQL.
+#include <algorithm>
+
 #include "base/ascii.hpp"
 #include "drivers/odbc/server_dialect.hpp"
 #include "drivers/odbc/table_facts.hpp"
+#include "tsql/lexer.hpp"
+#include "tsql/server_error.hpp"
 
 namespace kap::ado::odbc {
 namespace {
@@ -15,9 +19,46 @@ std::string postgresQuoted(std::string_view name, char quote) {
     return made + quote;
 }
 
+bool isWordOf(const tsql::Token& token, std::string_view word) {
+    return token.kind == tsql::TokenKind::Word && equalsIgnoringCase(token.text, word);
+}
+
+// "SELECT TOP 5 a FROM t" is "SELECT a FROM t LIMIT 5". Where TOP stands for more, or only for one
+// part of the query, it stays and is the server's error.
+std::string withLimit(const std::string& query, const std::vector<tsql::Token>& tokens) {
+    const bool brackets = tokens.size() > 4 && tokens[2].text == "(" && tokens[4].text == ")";
+    const std::size_t number = brackets ? 3 : 2;
+    const std::size_t rest = brackets ? 5 : 3;
+    const bool top = tokens.size() > rest + 1 && isWordOf(tokens[0], "SELECT") &&
+                     isWordOf(tokens[1], "TOP") && tokens[number].kind == tsql::TokenKind::Integer;
+    const bool more = top && (isWordOf(tokens[rest], "PERCENT") || isWordOf(tokens[rest], "WITH") ||
+                              std::ranges::any_of(tokens, [](const tsql::Token& token) {
+                                  return isWordOf(token, "UNION") || isWordOf(token, "EXCEPT") ||
+                                         isWordOf(token, "INTERSECT");
+                              }));
+    if (!top || more) {
+        return query;
+    }
+    std::size_t last = tokens.size() - 1;
+    while (last > rest && (tokens[last].kind == tsql::TokenKind::End || tokens[last].text == ";")) {
+        --last;
+    }
+    return query.substr(0, tokens[1].start) +
+           query.substr(tokens[rest].start, tokens[last].end - tokens[rest].start) + " LIMIT " +
+           tokens[number].text;
+}
+
 class PostgresDialect final : public ServerDialect {
 public:
     [[nodiscard]] SQLULEN inventedSize() const override { return 255; }
+
+    [[nodiscard]] std::string said(const std::string& query) const override {
+        try {
+            return withLimit(query, tsql::tokenize(query));
+        } catch (const tsql::ServerError&) {
+            return query;
+        }
+    }
 
     // Parameters must be of exactly the type that they are compared with or stored as.
     [[nodiscard]] std::string mark(const AnnouncedType& type) const override {

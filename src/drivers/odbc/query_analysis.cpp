@@ -79,6 +79,44 @@ bool mayChangeTables(std::string_view text) {
     return false;
 }
 
+// Nothing but one statement that reads or writes rows is known to leave nothing.
+bool mayLeaveState(std::string_view text, bool isOneQuery) {
+    constexpr std::array<std::string_view, 16> kWords = {
+        "create", "alter",    "drop", "exec",    "execute",    "declare",  "use",    "begin",
+        "commit", "rollback", "open", "waitfor", "set_config", "truncate", "select", "merge"};
+    const std::vector<std::string> words = wordsOf(text);
+    if (words.empty()) {
+        return true;
+    }
+    const std::string& first = words.front();
+    const bool writes = first == "insert" || first == "update" || first == "delete";
+    const auto settings = std::ranges::count(words, "set");
+    if ((!isOneQuery && !writes) || settings > (first == "update" ? 1 : 0)) {
+        return true;
+    }
+    return std::ranges::any_of(words, [&](const std::string& word) {
+        const bool known = std::ranges::find(kWords, word) != kWords.end();
+        return word.starts_with('#') || word.starts_with("pg_advisory") ||
+               word.starts_with("pg_try_advisory") || word.starts_with("sp_") ||
+               (known && !(isOneQuery && word == "select"));
+    });
+}
+
+// What must be alone or the first in its text has another word at its beginning. One that asks for
+// the last statement's outcome means that of the text before.
+bool mayFollowQuery(std::string_view text) {
+    constexpr std::array<std::string_view, 15> kFirst = {
+        "insert",  "update", "delete", "merge", "exec", "execute", "raiserror", "print",
+        "declare", "if",     "while",  "begin", "set",  "select",  "with"};
+    constexpr std::array<std::string_view, 4> kOutcome = {"@@rowcount", "@@error", "rowcount_big",
+                                                          "@@total_errors"};
+    const std::vector<std::string> words = wordsOf(text);
+    return !words.empty() && std::ranges::find(kFirst, words.front()) != kFirst.end() &&
+           std::ranges::none_of(words, [&](const std::string& word) {
+               return std::ranges::find(kOutcome, word) != kOutcome.end();
+           });
+}
+
 // The part of a name that stands so many places before its last one; empty: there is none.
 std::string partBefore(const tsql::ObjectName& name, std::size_t places) {
     return name.parts.size() > places ? name.parts[name.parts.size() - 1 - places] : std::string();
@@ -170,9 +208,7 @@ bool writesTable(const tsql::Query& query) {
     });
 }
 
-}  // namespace
-
-QueryAnalysis analyse(std::string_view text) {
+QueryAnalysis read(std::string_view text) {
     QueryAnalysis found;
     if (!beginsAsQuery(text)) {
         found.changesTables = mayChangeTables(text);
@@ -194,6 +230,15 @@ QueryAnalysis analyse(std::string_view text) {
         found = {};
         found.changesTables = mayChangeTables(text);
     }
+    return found;
+}
+
+}  // namespace
+
+QueryAnalysis analyse(std::string_view text) {
+    QueryAnalysis found = read(text);
+    found.mayFollow = !found.isOneQuery && mayFollowQuery(text);
+    found.leavesState = found.changesTables || mayLeaveState(text, found.isOneQuery);
     return found;
 }
 

@@ -29,6 +29,9 @@ struct QueryAnalysis {
     bool isReadable = false;     // `tables` and `items` say where every column comes from
     bool isCombined = false;     // its rows are not rows of a table: grouped, distinct, a union
     bool changesTables = false;  // it may create, change or drop a table
+    bool leavesState = true;     // it may leave something on the connection: a setting, a temporary
+                                 // table, a cursor, a lock, a transaction
+    bool mayFollow = false;      // a query may run in front of it, in one text with it, unnoticed
     std::vector<QueryTable> tables;
     std::vector<QueryItem> items;
 };

@@ -1,6 +1,7 @@
 #include "drivers/odbc/result_reader.hpp"
 
 #include <algorithm>
+#include <array>
 #include <iterator>
 #include <utility>
 
@@ -14,6 +15,21 @@ bool isEndOfResults(const std::vector<ServerMessage>& messages) {
     return std::ranges::any_of(messages, [](const ServerMessage& message) {
         return message.state == "HY010" || message.state == "24000";
     });
+}
+
+// The query that stands in front of a text (see ServerDialect::noRows).
+bool isOfNoRows(const Handle& statement) {
+    constexpr SQLSMALLINT kRoom = 32;
+    std::array<char16_t, kRoom> name{};
+    SQLSMALLINT length = 0;
+    SQLSMALLINT type = 0;
+    SQLULEN size = 0;
+    SQLSMALLINT scale = 0;
+    SQLSMALLINT nullable = 0;
+    const SQLRETURN code = SQLDescribeColW(statement.get(), 1, wide(name.data()), kRoom, &length,
+                                           &type, &size, &scale, &nullable);
+    return SQL_SUCCEEDED(code) &&
+           std::ranges::equal(std::u16string_view(name.data()), ServerDialect::kNoRows);
 }
 
 }  // namespace
@@ -72,6 +88,9 @@ void ResultReader::take(Handle& statement, KnownQuery& query, std::vector<Result
     link_->check(SQLNumResultCols(statement.get(), &count), statement);
     if (count == 0) {
         takeCount(statement, results);
+        return;
+    }
+    if (std::exchange(first_, false) && count == 1 && isOfNoRows(statement)) {
         return;
     }
     Result& result = results.emplace_back();

@@ -39,6 +39,7 @@ private:
     ResultColumns& columns_;
     bool mayStream_;
     std::chrono::seconds timeout_;
+    bool first_ = true;  // no result has been taken yet
     std::vector<ServerMessage> messages_;
 };
 

@@ -77,6 +77,15 @@ public:
                                           const TableFacts& /*facts*/) const {
         return Answer::Counted;
     }
+    // A query without rows, whose only column has this name, to stand in front of a text; empty:
+    // there is none.
+    static constexpr std::string_view kNoRows = "kap_no_rows";
+    [[nodiscard]] virtual std::string noRows() const { return {}; }
+
+    // A query as the server reads it, in words that others would use: nothing but what would be an
+    // error there is said otherwise.
+    [[nodiscard]] virtual std::string said(const std::string& query) const { return query; }
+
     // The statement alone.
     [[nodiscard]] static std::string writing(const RowStatement& row);
     // The statement that answers with the rows it writes.
@@ -87,6 +96,8 @@ public:
                                                 bool transaction) const;
     // What undoes such a transaction when the text has failed in the midst of it; empty: nothing.
     [[nodiscard]] virtual std::string undoing() const { return {}; }
+    // A query for the number of transactions that are open on the connection; empty: there is none.
+    [[nodiscard]] virtual std::string openTransactions() const { return {}; }
     // The expression for the identity that the statement before has given out; empty: none.
     [[nodiscard]] virtual std::string lastIdentity() const { return {}; }
     // Whether an error says that a table with triggers cannot answer with rows; nothing has been

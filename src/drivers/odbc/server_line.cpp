@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <linux/tcp.h>
 #include <netinet/in.h>
+#include <poll.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
@@ -130,6 +131,15 @@ public:
         }
     }
 
+    [[nodiscard]] Sight look() const {
+        pollfd asked{descriptor_, POLLIN | POLLRDHUP, 0};
+        if (poll(&asked, 1, 0) <= 0) {
+            return Sight::Quiet;
+        }
+        constexpr int kEnds = POLLRDHUP | POLLHUP | POLLERR | POLLNVAL;
+        return (asked.revents & kEnds) != 0 ? Sight::Ended : Sight::Spoken;
+    }
+
     void shutDown() const { shutdown(descriptor_, SHUT_RDWR); }
 
 private:
@@ -198,6 +208,11 @@ void ServerLine::find(const std::function<void()>& talk) {
 bool ServerLine::isFound() const {
     const std::lock_guard lock(mutex_);
     return found_ != nullptr;
+}
+
+ServerLine::Sight ServerLine::look() const {
+    const std::lock_guard lock(mutex_);
+    return found_ ? found_->look() : Sight::Quiet;
 }
 
 void ServerLine::cut() {

@@ -2,6 +2,7 @@
 
 #include <sys/types.h>
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -24,6 +25,10 @@ public:
     // that cannot be told for certain is not found.
     void find(const std::function<void()>& talk);
     [[nodiscard]] bool isFound() const;
+    // What is to be seen of it while nothing has been asked: the other side has ended it, or has
+    // said something, which may be why it is going to.
+    enum class Sight : std::uint8_t { Quiet, Spoken, Ended };
+    [[nodiscard]] Sight look() const;
 
     // Ends the connection, also one that is still being made: whoever waits for the server gets an
     // error. For any thread.

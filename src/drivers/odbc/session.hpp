@@ -28,14 +28,27 @@ public:
     [[nodiscard]] int transactionDepth() const override { return depth_; }
 
 private:
+    // The connection and what is known of its server's tables.
+    struct Work {
+        explicit Work(std::shared_ptr<Link> opened);
+
+        std::shared_ptr<Link> link;
+        TableCatalogue catalogue;
+        BaseTables tables;
+        KnownQueries queries;
+        RowChanger changer;
+    };
+
+    // The connection for a call that begins. Where the server has ended it while nobody used it,
+    // and it was blank, it is another one; with a pool only, for else a loss is told.
+    Link& link();
     void endTransaction(bool commit);
+    // Whether the server says that there is no transaction any more.
+    [[nodiscard]] bool hasNoTransaction();
     void forgetTables();
 
-    std::shared_ptr<Link> link_;
-    TableCatalogue catalogue_;
-    BaseTables tables_;
-    KnownQueries queries_;
-    RowChanger changer_;
+    ConnectText text_;
+    std::unique_ptr<Work> work_;
     int depth_ = 0;
     // Of the last request, before the first that of the opening: what belongs to a recordset, and
     // transactions, have no limit of their own.

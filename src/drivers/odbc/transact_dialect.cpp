@@ -125,9 +125,14 @@ public:
                (transaction ? "; COMMIT TRANSACTION" : "");
     }
 
+    // On the text's first line, so that errors tell the lines that the client knows.
+    [[nodiscard]] std::string noRows() const override {
+        return "SELECT 1 AS " + std::string(kNoRows) + " WHERE 1 = 0; ";
+    }
     [[nodiscard]] std::string undoing() const override {
         return "IF @@TRANCOUNT > 0 ROLLBACK TRANSACTION";
     }
+    [[nodiscard]] std::string openTransactions() const override { return "SELECT @@TRANCOUNT"; }
     [[nodiscard]] std::string lastIdentity() const override { return "SCOPE_IDENTITY()"; }
     [[nodiscard]] bool refusesToReturn(const ServerMessage& error) const override {
         return error.nativeNumber == kTriggersRefuseOutput;

@@ -220,6 +220,8 @@ SQLRETURN SQL_API SQLGetInfoW(SQLHDBC handle, SQLUSMALLINT what, SQLPOINTER valu
     switch (what) {
         case SQL_DBMS_NAME:
             return text(lineOf(handle).traffic.server);
+        case SQL_DRIVER_NAME:
+            return text(lineOf(handle).traffic.driver);
         case SQL_IDENTIFIER_QUOTE_CHAR:
             return text("\"");
         case SQL_DRIVER_ODBC_VER:

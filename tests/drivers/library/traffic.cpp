@@ -86,6 +86,8 @@ private:
             blank == std::string::npos ? std::string() : trimmed(plain.substr(blank));
         if (word == "server") {
             traffic_.server = rest;
+        } else if (word == "driver") {
+            traffic_.driver = rest;
         } else if (word == "results") {
             traffic_.results = std::atoi(rest.c_str());
         } else if (word == ">") {

@@ -8,6 +8,7 @@
 // What an ODBC driver is to be asked and has to answer, line by line:
 //
 //     server Microsoft SQL Server       what SQLGetInfo says; before everything else
+//     driver libtdsodbc.so             likewise
 //     results 1                         how many may be open at once; 0: no limit
 //     > SELECT a, b FROM t              a text that is run; lines behind that begin with blanks
 //     belong
@@ -57,6 +58,7 @@ struct Exchange {
 
 struct Traffic {
     std::string server = "Microsoft SQL Server";
+    std::string driver;
     int results = 1;
     std::deque<Exchange> exchanges;
 

@@ -102,6 +102,45 @@ TEST(ConnectText, KnowsThePasswordToHideIt) {
     EXPECT_EQ(made("DSN=A").password, "");
 }
 
+TEST(ConnectText, KnowsWhetherConnectionsAreKept) {
+    EXPECT_FALSE(made("DSN=A").pooling.wanted);
+    for (const char* keys : {"OLE DB Services=-1", "OLE DB Services=1", "OLE DB Services=-5",
+                             "Pooling=True", "Pooling=yes"}) {
+        EXPECT_TRUE(made(std::string("DSN=A;") + keys).pooling.wanted) << keys;
+        EXPECT_EQ(textOf(std::string("DSN=A;") + keys), "DSN=A;");
+    }
+    for (const char* keys : {"OLE DB Services=-2", "OLE DB Services=0", "OLE DB Services=-4",
+                             "Pooling=False", "OLE DB Services=-1;Pooling=No"}) {
+        EXPECT_FALSE(made(std::string("DSN=A;") + keys).pooling.wanted) << keys;
+    }
+    const Pooling rules = made(
+                              "Provider=SQLOLEDB;Server=s;Pooling=True;Max Pool Size=5;"
+                              "Min Pool Size=1;Connection Lifetime=600")
+                              .pooling;
+    EXPECT_EQ(rules.most, 5);
+    EXPECT_EQ(rules.lifetime, seconds(600));
+    EXPECT_THROW((void)made("DSN=A;OLE DB Services=all"), AutomationError);
+}
+
+TEST(ConnectText, AsksForACopyToReadInTheDriversWords) {
+    EXPECT_EQ(textOf("Provider=SQLOLEDB;Server=s;Application Intent=readonly"),
+              "Driver={FreeTDS};TDS_Version=7.4;Server=s;ApplicationIntent=ReadOnly;");
+    EXPECT_EQ(textOf("Driver=FreeTDS;TDS_Version=7.4;ApplicationIntent=ReadWrite"),
+              "Driver={FreeTDS};TDS_Version=7.4;ApplicationIntent=ReadWrite;");
+    EXPECT_EQ(textOf("Driver={PostgreSQL Unicode};ApplicationIntent=ReadOnly;Server=a"),
+              "Driver={PostgreSQL Unicode};Server=a;pqopt={target_session_attrs=prefer-standby};");
+    EXPECT_EQ(textOf("Driver={PostgreSQL Unicode};pqopt={keepalives_idle=10};"
+                     "ApplicationIntent=ReadOnly"),
+              "Driver={PostgreSQL Unicode};pqopt={keepalives_idle=10 "
+              "target_session_attrs=prefer-standby};");
+    EXPECT_EQ(textOf("Driver={PostgreSQL Unicode};pqopt={target_session_attrs=standby};"
+                     "ApplicationIntent=ReadOnly"),
+              "Driver={PostgreSQL Unicode};pqopt={target_session_attrs=standby};");
+    EXPECT_EQ(textOf("Driver={PostgreSQL Unicode};ApplicationIntent=ReadWrite"),
+              "Driver={PostgreSQL Unicode};");
+    EXPECT_THROW((void)textOf("DSN=A;ApplicationIntent=Sometimes"), AutomationError);
+}
+
 TEST(ConnectText, KnowsTheProvidersOfServers) {
     for (const char* name :
          {"SQLOLEDB", "sqloledb.1", "SQLNCLI", "SQLNCLI10.1", "MSOLEDBSQL19", "MSDASQL"}) {
