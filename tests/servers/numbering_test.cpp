@@ -4,9 +4,11 @@
 
 #include <fcntl.h>
 
+#include <algorithm>
 #include <chrono>
 #include <csignal>
 #include <fstream>
+#include <functional>
 #include <random>
 #include <set>
 #include <thread>
@@ -33,17 +35,22 @@ protected:
             "GestProvv int, PRIMARY KEY (Codice, Anno));"
             "INSERT INTO vtx_TabDoc VALUES ('FAI', 'FAT');"
             "INSERT INTO vtx_TabPro VALUES ('FAT', 2025, 0, 0, 0)");
+        run(test::kRowVersions);
+        run("CREATE TABLE Contatore (Id int PRIMARY KEY, Valore int, aggid rowversion);"
+            "CREATE TRIGGER keep BEFORE INSERT OR UPDATE ON Contatore FOR EACH ROW EXECUTE "
+            "FUNCTION keep_row_version();"
+            "INSERT INTO Contatore (Id, Valore) VALUES (1, 0)");
     }
 
-    // A program that takes numbers until it is killed, and writes them down.
-    [[nodiscard]] pid_t takeNumbers() {
+    // A program that goes on until it is killed, and writes numbers down.
+    [[nodiscard]] pid_t start(const std::string& program,
+                              const std::vector<std::string>& arguments) {
         const std::string file = folder_.file(std::to_string(files_.size()));
         files_.push_back(file);
         const int out = ::open(file.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600);
         const int mine = dup(STDOUT_FILENO);
         dup2(out, STDOUT_FILENO);
-        const pid_t child =
-            test::startProgram("take_numbers", {database_->connection(), "plain", "0"});
+        const pid_t child = test::startProgram(program, arguments);
         dup2(mine, STDOUT_FILENO);
         close(mine);
         close(out);
@@ -72,53 +79,72 @@ protected:
             "s");
     }
 
+    // Kills programs and ends connections, by turns, until enough has been written down. How often.
+    int endProgramsAndConnections(const std::function<pid_t()>& begin) {
+        constexpr std::size_t kNumbers = 200;
+        constexpr int kFewestEnds = 12;
+        constexpr std::chrono::milliseconds kPause(100);
+        std::mt19937 random(seed_);
+        std::vector<pid_t> children(kProcesses);
+        std::ranges::generate(children, begin);
+        int ends = 0;
+        while (taken().size() < kNumbers || ends < kFewestEnds) {
+            std::this_thread::sleep_for(kPause);
+            if (taken().empty()) {
+                continue;
+            }
+            pid_t& child = children[random() % kProcesses];
+            if (ends++ % 2 == 0) {
+                ::kill(child, SIGKILL);
+                waitpid(child, nullptr, 0);
+                child = begin();
+            } else {
+                endAConnection();
+            }
+            // Those that met the end of their connection may have given up.
+            for (pid_t& each : children) {
+                if (waitpid(each, nullptr, WNOHANG) == each) {
+                    each = begin();
+                }
+            }
+        }
+        for (const pid_t child : children) {
+            ::kill(child, SIGKILL);
+            waitpid(child, nullptr, 0);
+        }
+        return ends;
+    }
+
+    // What was written down has come once each, and the server's last number, shown as a text
+    // behind an x, is that of all of them: a program that ended had one at most that it did not
+    // tell.
+    void expectEachOnce(const std::string& shown, int ends) const {
+        const std::vector<int> numbers = taken();
+        const std::set<int> different(numbers.begin(), numbers.end());
+        EXPECT_EQ(different.size(), numbers.size()) << "seed " << seed_;
+        const auto last = std::stoul(shown.substr(8));
+        EXPECT_GE(last, numbers.size()) << "seed " << seed_;
+        EXPECT_LE(last, numbers.size() + static_cast<std::size_t>(ends) + kProcesses)
+            << "seed " << seed_;
+    }
+
+    const unsigned seed_ = static_cast<unsigned>(getpid());
     test::TemporaryFolder folder_;
     std::vector<std::string> files_;
 };
 
 TEST_F(ServerNumbering, GivesNoNumberTwiceWhileProgramsAndConnectionsEnd) {
-    constexpr std::size_t kNumbers = 200;
-    constexpr int kFewestEnds = 12;
-    constexpr std::chrono::milliseconds kPause(100);
-    const auto seed = static_cast<unsigned>(getpid());
-    std::mt19937 random(seed);
-    std::vector<pid_t> children(kProcesses);
-    for (pid_t& child : children) {
-        child = takeNumbers();
-    }
-    int ends = 0;
-    while (taken().size() < kNumbers || ends < kFewestEnds) {
-        std::this_thread::sleep_for(kPause);
-        if (taken().empty()) {
-            continue;
-        }
-        pid_t& child = children[random() % kProcesses];
-        if (ends++ % 2 == 0) {
-            ::kill(child, SIGKILL);
-            waitpid(child, nullptr, 0);
-            child = takeNumbers();
-        } else {
-            endAConnection();
-        }
-        // Those that met the end of their connection may have given up.
-        for (pid_t& each : children) {
-            if (waitpid(each, nullptr, WNOHANG) == each) {
-                each = takeNumbers();
-            }
-        }
-    }
-    for (const pid_t child : children) {
-        ::kill(child, SIGKILL);
-        waitpid(child, nullptr, 0);
-    }
-    const std::vector<int> numbers = taken();
-    const std::set<int> different(numbers.begin(), numbers.end());
-    EXPECT_EQ(different.size(), numbers.size()) << "seed " << seed;
-    // A program that ended had taken one number at most that it did not tell.
-    const auto last = std::stoul(value("SELECT 'x' || n_Def FROM vtx_TabPro").substr(8));
-    EXPECT_GE(last, numbers.size()) << "seed " << seed;
-    EXPECT_LE(last, numbers.size() + static_cast<std::size_t>(ends) + kProcesses)
-        << "seed " << seed;
+    const int ends = endProgramsAndConnections([&] {
+        return start("take_numbers", {database_->connection(), "plain", "0"});
+    });
+    expectEachOnce(value("SELECT 'x' || n_Def FROM vtx_TabPro"), ends);
+}
+
+TEST_F(ServerNumbering, LosesNoSavedRecordWhileProgramsAndConnectionsEnd) {
+    const int ends = endProgramsAndConnections([&] {
+        return start("increment_counter", {database_->connection(), "0"});
+    });
+    expectEachOnce(value("SELECT 'x' || Valore FROM Contatore"), ends);
 }
 
 }  // namespace
