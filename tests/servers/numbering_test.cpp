@@ -15,6 +15,7 @@
 
 #include "server.hpp"
 #include "support/processes.hpp"
+#include "support/seed.hpp"
 #include "support/shown.hpp"
 #include "support/temporary_folder.hpp"
 
@@ -128,7 +129,7 @@ protected:
             << "seed " << seed_;
     }
 
-    const unsigned seed_ = static_cast<unsigned>(getpid());
+    const std::uint32_t seed_ = test::randomSeed();
     test::TemporaryFolder folder_;
     std::vector<std::string> files_;
 };

@@ -82,7 +82,7 @@ TEST_F(ScriptOnForeignConnection, IsReopenedOnAnotherStringAndClosedAtTheEnd) {
     keeper->Execute(u"CREATE TABLE Altrove (A int)");
     sql_->setConnectionString(other);
     EXPECT_EQ((std::vector<std::string>{"close", "open"}), foreign_->openings());
-    EXPECT_EQ(other, inner_->ConnectionString());
+    EXPECT_EQ(keeper->ConnectionString(), inner_->ConnectionString());
     EXPECT_EQ(Ref<Object>(foreign_),
               test::invoke(*sql_, u"ActiveConnection", InvokeKind::Get).as<Ref<Object>>());
     sql_->Command(u"INSERT INTO Altrove VALUES (1)");

@@ -1,6 +1,7 @@
 #include "drivers/odbc/connection_pool.hpp"
 
 #include <algorithm>
+#include <exception>
 #include <utility>
 
 namespace kap::ado::odbc {
@@ -11,6 +12,13 @@ constexpr std::chrono::seconds kIdle(60);
 
 bool same(const ConnectText& one, const ConnectText& other) {
     return one.text == other.text && one.oneResult == other.oneResult;
+}
+
+bool isWorthKeeping(const ConnectText& text, Link& link,
+                    std::chrono::steady_clock::time_point now) {
+    const Pooling& rules = text.pooling;
+    const bool old = rules.lifetime.count() > 0 && now - link.opened() >= rules.lifetime;
+    return rules.wanted && !old && link.isBlank() && !link.hasEnded();
 }
 
 }  // namespace
@@ -34,23 +42,28 @@ std::shared_ptr<Link> ConnectionPool::open(const ConnectText& text) {
     return std::make_shared<Link>(text);
 }
 
-void ConnectionPool::close(const ConnectText& text, std::shared_ptr<Link> link) {
-    const auto now = std::chrono::steady_clock::now();
-    const Pooling& rules = text.pooling;
-    const bool old = rules.lifetime.count() > 0 && now - link->opened() >= rules.lifetime;
-    const bool kept =
-        rules.wanted && !old && link.use_count() == 1 && link->isBlank() && !link->hasEnded();
+// Called when objects end: what prevents keeping a connection lets it be closed.
+void ConnectionPool::close(const ConnectText& text, std::shared_ptr<Link> link) noexcept {
     // Closing takes the server's time: not while others wait here.
     std::list<Kept> stale;
-    const std::lock_guard lock(mutex_);
-    stale = takeStale(now);
-    if (!kept) {
-        return;
-    }
-    const auto alike =
-        std::ranges::count_if(kept_, [&](const Kept& each) { return same(each.text, text); });
-    if (alike < rules.most) {
-        kept_.push_front({text, std::move(link), now});
+    try {
+        const auto now = std::chrono::steady_clock::now();
+        const bool kept = isWorthKeeping(text, *link, now) && link.use_count() == 1;
+        std::list<Kept> mine;
+        if (kept) {
+            mine.push_back({text, std::move(link), now});
+        }
+        const std::lock_guard lock(mutex_);
+        stale = takeStale(now);
+        const auto alike =
+            std::ranges::count_if(kept_, [&](const Kept& each) { return same(each.text, text); });
+        if (alike < text.pooling.most) {
+            kept_.splice(kept_.begin(), mine);
+        } else {
+            stale.splice(stale.begin(), mine);
+        }
+    } catch (const std::exception&) {
+        link.reset();
     }
 }
 

@@ -18,7 +18,7 @@ public:
     // A connection: one that was kept and still answers, or a new one. Raises what Link raises.
     [[nodiscard]] std::shared_ptr<Link> open(const ConnectText& text);
     // Nobody needs it any more: it is kept, or closed.
-    void close(const ConnectText& text, std::shared_ptr<Link> link);
+    void close(const ConnectText& text, std::shared_ptr<Link> link) noexcept;
 
 private:
     using Time = std::chrono::steady_clock::time_point;

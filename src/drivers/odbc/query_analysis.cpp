@@ -102,8 +102,8 @@ bool mayLeaveState(std::string_view text, bool isOneQuery) {
     });
 }
 
-// What must be alone or the first in its text has another word at its beginning. One that asks for
-// the last statement's outcome means that of the text before.
+// What must be alone or the first in its text has another word at its beginning, or asks for plans.
+// What asks for the last statement's outcome means that of the text before.
 bool mayFollowQuery(std::string_view text) {
     constexpr std::array<std::string_view, 15> kFirst = {
         "insert",  "update", "delete", "merge", "exec", "execute", "raiserror", "print",
@@ -113,7 +113,8 @@ bool mayFollowQuery(std::string_view text) {
     const std::vector<std::string> words = wordsOf(text);
     return !words.empty() && std::ranges::find(kFirst, words.front()) != kFirst.end() &&
            std::ranges::none_of(words, [&](const std::string& word) {
-               return std::ranges::find(kOutcome, word) != kOutcome.end();
+               return word.starts_with("showplan") ||
+                      std::ranges::find(kOutcome, word) != kOutcome.end();
            });
 }
 

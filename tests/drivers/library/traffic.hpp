@@ -5,25 +5,26 @@
 #include <string_view>
 #include <vector>
 
+// clang-format off
 // What an ODBC driver is to be asked and has to answer, line by line:
 //
-//     server Microsoft SQL Server       what SQLGetInfo says; before everything else
-//     driver libtdsodbc.so             likewise
-//     results 1                         how many may be open at once; 0: no limit
-//     > SELECT a, b FROM t              a text that is run; lines behind that begin with blanks
-//     belong
-//       WHERE c = ?                     to it
-//     ? nvarchar A1                     its parameters, with their types
-//     columns a int, b nvarchar(10)     a result's columns: int, nvarchar, varbinary, datetime,
-//     decimal ... row 1 | due                       its rows; NULL count 1 a statement without rows
-//     none -1                           a statement that answers SQL_NO_DATA, with its count
-//     error 23000 2627 text             a failure: state, number, text. Several in a row are told
-//     at once then                              ... unless this stands between them info 01000 0
-//     text                 a message that goes with what comes next lost the connection ends with
-//     the failure before it > !commit                         other calls: !commit, !rollback,
-//     !autocommit on, !autocommit off,
-//                                       !tables NAME, !columns NAME, !keys NAME, !indexes NAME,
-//                                       !types
+//     server Microsoft SQL Server    what SQLGetInfo says; before everything else
+//     driver libtdsodbc.so           likewise
+//     results 1                      how many may be open at once; 0: no limit
+//     > SELECT a, b FROM t           a text that is run; lines behind that begin with blanks belong
+//       WHERE c = ?                  to it
+//     ? nvarchar A1                  its parameters, with their types
+//     columns a int, b nvarchar(10)  a result's columns: int, nvarchar, varbinary, datetime, decimal ...
+//     row 1 | due                    its rows; NULL
+//     count 1                        a statement without rows
+//     none -1                        a statement that answers SQL_NO_DATA, with its count
+//     error 23000 2627 text          a failure: state, number, text. Several in a row are told at once
+//     then                           ... unless this stands between them
+//     info 01000 0 text              a message that goes with what comes next
+//     lost                           the connection ends with the failure before it
+//     > !commit                      other calls: !commit, !rollback, !autocommit on, !autocommit off,
+//                                    !tables NAME, !columns NAME, !keys NAME, !indexes NAME, !types
+// clang-format on
 namespace kap::test::replay {
 
 struct Report {
