@@ -90,6 +90,11 @@ std::string withSource(const std::string& sql, std::string_view source) {
     return sql + " " + std::string(kOpens) + withoutStars(source) + std::string(kCloses);
 }
 
+std::string storedText(const Column& column) {
+    return column.source.empty() ? *column.defaultSql
+                                 : withSource(*column.defaultSql, column.source);
+}
+
 std::optional<std::string> sourceOf(std::string_view sql) {
     const auto place = placeOfSource(sql);
     if (!place) return std::nullopt;

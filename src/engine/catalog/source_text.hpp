@@ -14,6 +14,9 @@ struct Column;
 // An expression in SQLite's words with what it was written as behind it.
 [[nodiscard]] std::string withSource(const std::string& sql, std::string_view source);
 
+// The same of a column's default or computed value, which it must have.
+[[nodiscard]] std::string storedText(const Column& column);
+
 // What such an expression was written as, also when brackets are around it; nothing in a file of
 // before.
 [[nodiscard]] std::optional<std::string> sourceOf(std::string_view sql);

@@ -459,13 +459,11 @@ std::string TableBuilder::columnSql(const Column& column) const {
     // "nvarchar(max)" is one.
     std::string sql = sqlName(column.name) + " " + sqlName(tsql::typeText(column.type));
     if (tsql::isText(column.type.type)) sql += " COLLATE KAP_CI";
-    const std::string given = column.defaultSql.value_or("");
-    const std::string text = column.source.empty() ? given : withSource(given, column.source);
-    if (column.computed) return sql + " GENERATED ALWAYS AS (" + text + ") VIRTUAL";
+    if (column.computed) return sql + " GENERATED ALWAYS AS (" + storedText(column) + ") VIRTUAL";
     if (!column.nullable) sql += " NOT NULL";
     if (!column.defaultSql) return sql;
     if (!column.defaultName.empty()) sql += " CONSTRAINT " + sqlName(column.defaultName);
-    return sql + " DEFAULT (" + text + ")";
+    return sql + " DEFAULT (" + storedText(column) + ")";
 }
 
 std::string TableBuilder::createSql() const {
