@@ -1,16 +1,8 @@
 #pragma once
 
-#include <vector>
-
 #include "data/driver.hpp"
 #include "drivers/embedded/row_changer.hpp"
-#include "engine/catalog/counters.hpp"
-#include "engine/catalog/schema_catalogue.hpp"
-#include "engine/executor/session_state.hpp"
-#include "engine/executor/transactions.hpp"
-#include "engine/script/script_runner.hpp"
-#include "engine/script/session_functions.hpp"
-#include "engine/sqlite/file_connection.hpp"
+#include "engine/engine_session.hpp"
 
 namespace kap::ado::embedded {
 
@@ -20,25 +12,16 @@ public:
     explicit EmbeddedSession(const engine::Options& options);
 
     using Session::execute;
-    void execute(Request& request, Reply& reply) override;
+    void execute(Request& request, Reply& reply) override { engine_.execute(request, reply); }
     ChangeOutcome apply(const RowChange& change) override;
     [[nodiscard]] Result schema(SchemaEnum kind, const SchemaRestrictions& wanted) override;
-    void begin() override;
-    void commit() override;
-    void rollback() override;
-    [[nodiscard]] int transactionDepth() const override { return transactions_.depth(); }
+    void begin() override { engine_.begin(); }
+    void commit() override { engine_.commit(); }
+    void rollback() override { engine_.rollback(); }
+    [[nodiscard]] int transactionDepth() const override { return engine_.transactions().depth(); }
 
 private:
-    template <class Work>
-    auto reported(Work work);
-
-    engine::FileConnection connection_;
-    engine::Counters counters_;
-    engine::SchemaCatalogue catalogue_;
-    engine::Transactions transactions_;
-    engine::SessionState state_;
-    engine::ScriptRunner scripts_;
-    engine::SessionFunctions functions_;
+    engine::EngineSession engine_;
     EmbeddedRowChanger changer_;
 };
 

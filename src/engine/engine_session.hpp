@@ -1,0 +1,57 @@
+#pragma once
+
+#include "data/driver.hpp"
+#include "engine/catalog/counters.hpp"
+#include "engine/catalog/schema_catalogue.hpp"
+#include "engine/executor/session_state.hpp"
+#include "engine/executor/transactions.hpp"
+#include "engine/script/script_runner.hpp"
+#include "engine/script/session_functions.hpp"
+#include "engine/sqlite/file_connection.hpp"
+#include "engine/sqlite/server_errors.hpp"
+#include "platform/stack.hpp"
+
+namespace kap::engine {
+
+// Everything that one open database consists of.
+class EngineSession {
+public:
+    explicit EngineSession(const Options& options);
+
+    [[nodiscard]] FileConnection& connection() noexcept { return connection_; }
+    [[nodiscard]] Counters& counters() noexcept { return counters_; }
+    [[nodiscard]] SchemaCatalogue& catalogue() noexcept { return catalogue_; }
+    [[nodiscard]] Transactions& transactions() noexcept { return transactions_; }
+    [[nodiscard]] const Transactions& transactions() const noexcept { return transactions_; }
+    [[nodiscard]] SessionState& state() noexcept { return state_; }
+    [[nodiscard]] ScriptRunner& scripts() noexcept { return scripts_; }
+
+    void execute(ado::Request& request, ado::Reply& reply);
+    void begin();
+    void commit();
+    void rollback();
+
+    // Every error of `work` leaves as a DriverError.
+    template <class Work>
+    auto reported(Work work) {
+        platform::learnStack();
+        try {
+            return work();
+        } catch (const tsql::ServerError& error) {
+            throw driverError(error);
+        } catch (const SqliteError& error) {
+            throw driverError(serverError(error, connection_.place()));
+        }
+    }
+
+private:
+    FileConnection connection_;
+    Counters counters_;
+    SchemaCatalogue catalogue_;
+    Transactions transactions_;
+    SessionState state_;
+    ScriptRunner scripts_;
+    SessionFunctions functions_;
+};
+
+}  // namespace kap::engine
