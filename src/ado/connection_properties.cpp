@@ -104,7 +104,7 @@ void Connection::setConnectionTimeout(std::int32_t seconds) {
 }
 
 String Connection::Provider() const {
-    const String named = keyOf(ConnectionString(), {"Provider"});
+    String named = keyOf(ConnectionString(), {"Provider"});
     if (!named.empty()) {
         return named;
     }

@@ -15,7 +15,7 @@ using tsql::TypeSpec;
 
 namespace {
 
-constexpr int kMostDigits = 38;
+constexpr int kMostDecimalDigits = 38;
 
 // Functions keep decimals, money, int and bigint; smaller whole numbers become int, real becomes
 // float.
@@ -93,7 +93,7 @@ BoundExpression floorFunction(ScalarCall& call) {
 // become as large as one can be.
 BoundExpression power(ScalarCall& call) {
     TypeSpec type = argument(call).type;
-    if (tsql::isDecimal(type.type)) type = {SqlType::Numeric, 0, kMostDigits, type.scale};
+    if (tsql::isDecimal(type.type)) type = {SqlType::Numeric, 0, kMostDecimalDigits, type.scale};
     const BoundExpression value = BoundExpression::expression(
         callText("kap_power", call.real(0), call.real(1)), {SqlType::Float}, call.anyNullable());
     return call.binder.castTo(value, type, 0, call.line);
@@ -141,7 +141,7 @@ TypeSpec angleType(const TypeSpec& type, int moreDigits) {
     constexpr int kStoredDigits = 18;
     constexpr int kFewestDecimals = 6;
     const int whole = std::max(1, type.precision - type.scale + moreDigits);
-    return {SqlType::Numeric, 0, kMostDigits, std::max(kStoredDigits - whole, kFewestDecimals)};
+    return {SqlType::Numeric, 0, kMostDecimalDigits, std::max(kStoredDigits - whole, kFewestDecimals)};
 }
 
 BoundExpression converted(ScalarCall& call, const char* factor, int moreDigits) {

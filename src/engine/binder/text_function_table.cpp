@@ -16,7 +16,7 @@ using tsql::TypeSpec;
 
 namespace {
 
-constexpr int kMostBytes = 8000;
+constexpr int kMostTextBytes = 8000;
 // That CONCAT takes.
 constexpr int kMostTexts = 254;
 
@@ -30,7 +30,7 @@ TypeSpec ofLength(TypeSpec type, int length) {
 }
 
 int longest(const TypeSpec& type) {
-    return tsql::isNational(type.type) ? kMostBytes / 2 : kMostBytes;
+    return tsql::isNational(type.type) ? kMostTextBytes / 2 : kMostTextBytes;
 }
 
 // The value of a whole-number literal.
@@ -43,7 +43,7 @@ std::optional<std::int64_t> constantOf(const BoundExpression& argument) {
 // A length as a literal says it, within bounds; the longest when it is computed.
 int lengthOf(const BoundExpression& argument) {
     return static_cast<int>(
-        std::clamp<std::int64_t>(constantOf(argument).value_or(kMostBytes), 1, kMostBytes));
+        std::clamp<std::int64_t>(constantOf(argument).value_or(kMostTextBytes), 1, kMostTextBytes));
 }
 
 // Of varchar(max) and its kin, whose positions and lengths need a bigint on the server.

@@ -37,7 +37,7 @@ CompiledStatement& part(Instruction& instruction, std::size_t index) {
 }
 
 // The time of day of an instant.
-std::int64_t millisecondsOf(double instant) {
+std::int64_t millisecondsOfDay(double instant) {
     constexpr double kDay = 24.0 * 60 * 60 * 1000;
     return std::llround((instant - std::floor(instant)) * kDay);
 }
@@ -53,7 +53,7 @@ std::int64_t timeOfDay(const std::string& text, int line) {
         throw wrong;
     }
     if (std::floor(instant) != kServerEpochDay) throw wrong;
-    return millisecondsOf(instant);
+    return millisecondsOfDay(instant);
 }
 
 }  // namespace
@@ -362,7 +362,7 @@ void ScriptRunner::wait(Frame& frame, Instruction& instruction, const tsql::Wait
     std::int64_t time = timeOfDay(text, instruction.line);
     if (node.until) {
         constexpr std::int64_t kDay = 24LL * 60 * 60 * 1000;
-        time = (time - millisecondsOf(localInstant()) + kDay) % kDay;
+        time = (time - millisecondsOfDay(localInstant()) + kDay) % kDay;
     }
     TimeLimit::wait(connection_.handle(), std::chrono::milliseconds(time));
 }

@@ -180,7 +180,7 @@ private:
     }
 
     void parseDay() {
-        if (std::ranges::any_of(pieces_, isName)) {
+        if (std::ranges::any_of(pieces_, [](const Piece& piece) { return isName(piece); })) {
             parseNamedMonth();
             return;
         }
