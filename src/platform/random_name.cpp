@@ -4,10 +4,11 @@
 #include <random>
 #include <string_view>
 
+#include "base/hexadecimal.hpp"
+
 namespace kap::platform {
 
 std::string randomUuid() {
-    constexpr std::string_view kDigits = "0123456789abcdef";
     // Where the digits are random, and in one place only of four.
     constexpr std::string_view kPattern = "rrrrrrrr-rrrr-4rrr-vrrr-rrrrrrrrrrrr";
     constexpr std::uint32_t kVariant = 8;
@@ -16,9 +17,9 @@ std::string randomUuid() {
     std::string text;
     for (const char place : kPattern) {
         if (place == 'r') {
-            text.push_back(kDigits[digit(source)]);
+            text.push_back(hex::digit(digit(source), hex::Case::Lower));
         } else if (place == 'v') {
-            text.push_back(kDigits[kVariant + digit(source) % 4]);
+            text.push_back(hex::digit(kVariant + digit(source) % 4, hex::Case::Lower));
         } else {
             text.push_back(place);
         }

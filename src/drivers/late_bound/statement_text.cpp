@@ -6,21 +6,12 @@
 #include <kaputil/automation/convert.hpp>
 #include <kaputil/automation/plain_text.hpp>
 
+#include "base/hexadecimal.hpp"
 #include "data/cell_value.hpp"
 #include "data/value_type.hpp"
 
 namespace kap::ado::late_bound {
 namespace {
-
-std::string hexadecimal(const std::vector<std::uint8_t>& bytes) {
-    constexpr const char* kDigits = "0123456789ABCDEF";
-    std::string made = "0x";
-    for (const std::uint8_t byte : bytes) {
-        made += kDigits[byte >> 4U];
-        made += kDigits[byte & 0x0FU];
-    }
-    return made;
-}
 
 // Without '-' in its day a date is read the same under every date format.
 std::string dateText(Date date) {
@@ -47,7 +38,7 @@ std::string literal(const ColumnValue& value) {
         case VarType::Date:
             return dateText(held.as<Date>());
         case VarType::Array:
-            return hexadecimal(held.as<Array>().bytes());
+            return "0x" + hex::ofBytes(held.as<Array>().bytes());
         case VarType::String:
             return textLiteral(held.as<String>().utf8());
         default:

@@ -9,6 +9,7 @@
 #include <kaputil/automation/plain_text.hpp>
 
 #include "base/ascii.hpp"
+#include "base/hexadecimal.hpp"
 #include "base/unicode.hpp"
 #include "engine/sqlite/functions/c_border.hpp"
 #include "engine/values/value.hpp"
@@ -150,15 +151,6 @@ std::string conditionOf(const std::string& column, const tsql::TypeSpec& type) {
            "') OR (typeof(" + column + ") = 'blob' AND length(" + column + ") = 16)";
 }
 
-std::string hexadecimal(std::int64_t number) {
-    constexpr const char* kDigits = "0123456789ABCDEF";
-    std::string text;
-    for (int shift = 60; shift >= 0; shift -= 4) {
-        text.push_back(kDigits[(static_cast<std::uint64_t>(number) >> shift) & 0xFU]);
-    }
-    return text;
-}
-
 class Check {
 public:
     Check(FileConnection& connection, SchemaCatalogue& catalogue, Counters& counters,
@@ -234,11 +226,13 @@ private:
     // None is ahead of the counter, and none stands twice.
     void rowVersions(const Table& table, const Column& column) {
         const std::string name = sqlName(column.name);
-        PreparedStatement counts(connection_.handle(),
-                                 "SELECT total(" + name + " > x'" +
-                                     hexadecimal(counters_.currentRowVersion()) + "'), count(" +
-                                     name + ") - count(DISTINCT " + name + ") FROM main." +
-                                     sqlName(table.name));
+        PreparedStatement counts(
+            connection_.handle(),
+            "SELECT total(" + name + " > x'" +
+                hex::ofNumber(static_cast<std::uint64_t>(counters_.currentRowVersion()),
+                              hex::Case::Upper, 16) +
+                "'), count(" + name + ") - count(DISTINCT " + name + ") FROM main." +
+                sqlName(table.name));
         if (counts.step() && counts.integer(0) + counts.integer(1) > 0) {
             found_(kValue, "row versions of table '" + table.name +
                                "' are ahead of their counter or there twice.");

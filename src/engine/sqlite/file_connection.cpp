@@ -7,6 +7,7 @@
 #include <system_error>
 #include <thread>
 
+#include "base/hexadecimal.hpp"
 #include "engine/sqlite/collation.hpp"
 #include "engine/sqlite/functions/registration.hpp"
 #include "engine/sqlite/sqlite_stack.hpp"
@@ -49,17 +50,9 @@ void checkPlace(const Options& options) {
 
 // A text as it stands in one of SQLite's addresses.
 std::string inAddress(std::string_view text) {
-    constexpr std::string_view kHexadecimal = "0123456789ABCDEF";
     std::string escaped;
     for (const char letter : text) {
-        const auto byte = static_cast<unsigned char>(letter);
-        if (byte == '/') {
-            escaped.push_back('/');
-            continue;
-        }
-        escaped.push_back('%');
-        escaped.push_back(kHexadecimal[byte >> 4]);
-        escaped.push_back(kHexadecimal[byte & 0xFU]);
+        escaped += letter == '/' ? "/" : "%" + hex::ofBytes(std::string_view(&letter, 1));
     }
     return escaped;
 }

@@ -1,5 +1,6 @@
 #include <algorithm>
 
+#include "base/hexadecimal.hpp"
 #include "engine/values/convert_families.hpp"
 #include "engine/values/text_units.hpp"
 #include "tsql/server_error.hpp"
@@ -27,13 +28,6 @@ std::size_t widthOf(SqlType type) {
     }
 }
 
-int hexDigit(char c) {
-    if (c >= '0' && c <= '9') return c - '0';
-    if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-    if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-    return -1;
-}
-
 [[noreturn]] void badHexadecimal(const TypeSpec& from) {
     throw tsql::ServerError(8114, std::string("Error converting data type ") +
                                       (tsql::isNational(from.type) ? "nvarchar" : "varchar") +
@@ -44,8 +38,8 @@ Blob fromHexadecimal(std::string_view digits, const TypeSpec& from) {
     if (digits.size() % 2 != 0) badHexadecimal(from);
     Blob result;
     for (std::size_t i = 0; i < digits.size(); i += 2) {
-        const int high = hexDigit(digits[i]);
-        const int low = hexDigit(digits[i + 1]);
+        const int high = hex::valueOf(static_cast<unsigned char>(digits[i]));
+        const int low = hex::valueOf(static_cast<unsigned char>(digits[i + 1]));
         if (high < 0 || low < 0) badHexadecimal(from);
         result.bytes += static_cast<char>(high * 16 + low);
     }

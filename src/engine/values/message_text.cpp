@@ -8,6 +8,7 @@
 #include <kaputil/automation/plain_text.hpp>
 
 #include "base/ascii.hpp"
+#include "base/hexadecimal.hpp"
 #include "tsql/server_error.hpp"
 
 namespace kap::engine {
@@ -148,10 +149,10 @@ private:
         auto rest = static_cast<std::uint64_t>(value);
         if (value >= INT32_MIN && value <= INT32_MAX) rest &= 0xFFFFFFFFU;
         const std::uint64_t base = place.kind == 'u' ? 10 : (place.kind == 'o' ? 8 : 16);
-        const char* digits = place.kind == 'X' ? "0123456789ABCDEF" : "0123456789abcdef";
+        const auto letters = place.kind == 'X' ? hex::Case::Upper : hex::Case::Lower;
         std::string text;
         do {
-            text.insert(text.begin(), digits[rest % base]);
+            text.insert(text.begin(), hex::digit(rest % base, letters));
             rest /= base;
         } while (rest != 0);
         text = withZeros(std::move(text), place);

@@ -5,6 +5,8 @@
 
 #include <kaputil/automation/plain_text.hpp>
 
+#include "base/hexadecimal.hpp"
+
 // The standard formats: a letter, and the digits that it takes.
 namespace kap::engine {
 
@@ -93,16 +95,11 @@ std::u16string currencyText(const DecimalDigits& number, std::size_t decimals,
 }
 
 std::u16string hexadecimal(std::int64_t value, int bits, std::size_t width, bool lower) {
-    const char16_t* const digits = lower ? u"0123456789abcdef" : u"0123456789ABCDEF";
     auto rest = static_cast<std::uint64_t>(value);
     if (bits < 64) rest &= (std::uint64_t{1} << static_cast<unsigned>(bits)) - 1;
-    std::u16string text;
-    do {
-        text.insert(text.begin(), digits[rest & 0xFU]);
-        rest >>= 4U;
-    } while (rest != 0);
-    if (text.size() < width) text.insert(0, width - text.size(), u'0');
-    return text;
+    const std::string text = hex::ofNumber(rest, lower ? hex::Case::Lower : hex::Case::Upper,
+                                           std::max<std::size_t>(width, 1));
+    return {text.begin(), text.end()};
 }
 
 struct StandardFormat {

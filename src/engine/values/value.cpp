@@ -5,6 +5,7 @@
 #include <kaputil/automation/plain_text.hpp>
 
 #include "base/ascii.hpp"
+#include "base/hexadecimal.hpp"
 
 namespace kap::engine {
 
@@ -31,17 +32,6 @@ std::string quoted(std::string_view text, char quote) {
     return result;
 }
 
-std::string hexadecimal(std::string_view bytes) {
-    static constexpr std::string_view kDigits = "0123456789ABCDEF";
-    std::string result;
-    for (const char c : bytes) {
-        const auto byte = static_cast<unsigned char>(c);
-        result += kDigits[byte >> 4U];
-        result += kDigits[byte & 0xFU];
-    }
-    return result;
-}
-
 std::string realLiteral(double value) {
     std::string text = plain::shortest(value);
     // Without a point or an exponent SQLite would read a whole number.
@@ -61,7 +51,7 @@ struct LiteralWriter {
     std::string operator()(double value) const { return realLiteral(value); }
     std::string operator()(const std::string& value) const { return sqlText(value); }
     std::string operator()(const Blob& value) const {
-        return "X'" + hexadecimal(value.bytes) + "'";
+        return "X'" + hex::ofBytes(value.bytes) + "'";
     }
 };
 
@@ -93,7 +83,7 @@ std::string sqlLiteral(const Value& value) {
 std::string sqlText(std::string_view text) {
     // SQLite's own literals end at a NUL character.
     if (text.find('\0') != std::string_view::npos)
-        return "CAST(X'" + hexadecimal(text) + "' AS TEXT)";
+        return "CAST(X'" + hex::ofBytes(text) + "' AS TEXT)";
     return quoted(text, '\'');
 }
 

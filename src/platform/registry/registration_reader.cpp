@@ -6,6 +6,7 @@
 #include <kaputil/automation/error.hpp>
 
 #include "base/code_page.hpp"
+#include "base/hexadecimal.hpp"
 #include "platform/registry/registration_text.hpp"
 #include "platform/text_encoding.hpp"
 
@@ -30,17 +31,6 @@ std::u16string_view trimmed(std::u16string_view text) {
         text.remove_suffix(1);
     }
     return text;
-}
-
-std::optional<std::uint32_t> hexDigit(char16_t unit) {
-    if (unit >= u'0' && unit <= u'9') {
-        return unit - u'0';
-    }
-    const char16_t lower = unicode::lower(unit);
-    if (lower >= u'a' && lower <= u'f') {
-        return lower - u'a' + 10;
-    }
-    return std::nullopt;
 }
 
 // The texts among the types, whose bytes the older form writes in its code page: plain, with
@@ -231,11 +221,11 @@ private:
             refuse("a number is not one to eight hexadecimal digits");
         }
         for (const char16_t unit : digits) {
-            const auto digit = hexDigit(unit);
-            if (!digit) {
+            const int digit = hex::valueOf(unit);
+            if (digit < 0) {
                 refuse("a number is not one to eight hexadecimal digits");
             }
-            number = number * 16 + *digit;
+            number = number * 16 + static_cast<std::uint32_t>(digit);
         }
         return number;
     }

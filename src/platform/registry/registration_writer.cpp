@@ -1,25 +1,20 @@
 #include <array>
 
+#include "base/hexadecimal.hpp"
 #include "platform/registry/registration_text.hpp"
 
 namespace kap::platform::registry {
 namespace {
 
-constexpr std::u16string_view kDigits = u"0123456789abcdef";
 constexpr std::size_t kBytesInALine = 25;
 
-std::u16string hex(std::uint32_t number, int digits) {
-    std::u16string text;
-    for (int shift = (digits - 1) * 4; shift >= 0; shift -= 4) {
-        text.push_back(kDigits[(number >> shift) & 0xF]);
-    }
-    return text;
+std::u16string hexText(std::uint32_t number, std::size_t digits) {
+    const std::string text = hex::ofNumber(number, hex::Case::Lower, digits);
+    return {text.begin(), text.end()};
 }
 
 std::u16string shortHex(std::uint32_t number) {
-    std::u16string text = hex(number, 8);
-    text.erase(0, std::min(text.find_first_not_of(u'0'), text.size() - 1));
-    return text;
+    return hexText(number, 1);
 }
 
 std::u16string quoted(std::u16string_view text) {
@@ -52,12 +47,13 @@ bool isPlainText(const Value& value) {
 
 std::u16string bytesText(const Value& value) {
     constexpr std::uint32_t kBinary = 3;
-    std::u16string text = value.type == kBinary ? u"hex:" : u"hex(" + shortHex(value.type) + u"):";
+    std::u16string text =
+        value.type == kBinary ? u"hex:" : u"hex(" + shortHex(value.type) + u"):";
     for (std::size_t i = 0; i < value.data.size(); ++i) {
         if (i > 0) {
             text += i % kBytesInALine == 0 ? u",\\\n  " : u",";
         }
-        text += hex(value.data[i], 2);
+        text += hexText(value.data[i], 2);
     }
     return text;
 }
@@ -68,7 +64,7 @@ std::u16string valueText(const Value& value) {
         return quoted(textOf(value));
     }
     if (value.type == kNumber && value.data.size() == kNumberSize) {
-        return u"dword:" + hex(static_cast<std::uint32_t>(numberOf(value)), 8);
+        return u"dword:" + hexText(static_cast<std::uint32_t>(numberOf(value)), 8);
     }
     return bytesText(value);
 }

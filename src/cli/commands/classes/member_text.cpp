@@ -1,5 +1,6 @@
 #include "cli/commands/classes/member_text.hpp"
 
+#include "base/hexadecimal.hpp"
 #include "cli/output/value_text.hpp"
 
 namespace kap::cli {
@@ -51,15 +52,8 @@ std::string resultText(const MemberDescription& member) {
 }
 
 std::string hexText(std::int32_t identifier) {
-    constexpr const char* kDigits = "0123456789abcdef";
-    constexpr unsigned kBits = 32;
-    constexpr unsigned kBitsOfADigit = 4;
-    std::string text = "0x";
-    for (unsigned shift = kBits; shift > 0; shift -= kBitsOfADigit) {
-        const auto number = static_cast<std::uint32_t>(identifier);
-        text.push_back(kDigits[(number >> (shift - kBitsOfADigit)) & 0xFU]);
-    }
-    return text;
+    constexpr std::size_t kDigits = 8;
+    return "0x" + hex::ofNumber(static_cast<std::uint32_t>(identifier), hex::Case::Lower, kDigits);
 }
 
 std::string instancingText(Instancing instancing) {

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cctype>
 #include <limits>
 #include <optional>
 #include <string_view>
@@ -11,6 +10,7 @@
 #include <kaputil/automation/plain_text.hpp>
 
 #include "base/ascii.hpp"
+#include "base/hexadecimal.hpp"
 #include "cli/names.hpp"
 #include "cli/output/usage_error.hpp"
 
@@ -52,23 +52,15 @@ std::uint32_t typeNumber(const std::string& type) {
     return static_cast<std::uint32_t>(*number);
 }
 
-std::optional<unsigned> digitValue(char digit) {
-    constexpr std::string_view kDigits = "0123456789abcdef";
-    const auto lower = static_cast<char>(std::tolower(static_cast<unsigned char>(digit)));
-    const std::size_t found = kDigits.find(lower);
-    return found == std::string_view::npos ? std::nullopt
-                                           : std::optional(static_cast<unsigned>(found));
-}
-
 std::optional<std::int64_t> hexNumber(std::string_view digits) {
     constexpr std::size_t kMost = 8;
     std::int64_t number = 0;
     for (const char one : digits) {
-        const auto digit = digitValue(one);
-        if (!digit) {
+        const int digit = hex::valueOf(static_cast<unsigned char>(one));
+        if (digit < 0) {
             return std::nullopt;
         }
-        number = number * 16 + *digit;
+        number = number * 16 + digit;
     }
     return digits.empty() || digits.size() > kMost ? std::nullopt : std::optional(number);
 }
@@ -115,11 +107,10 @@ std::string registryDataText(const registry::Value& value) {
     if (isWholeNumber(value)) {
         return plain::text(static_cast<std::uint32_t>(registry::numberOf(value)));
     }
-    constexpr std::string_view kDigits = "0123456789abcdef";
     std::string text;
     for (const std::uint8_t byte : value.data) {
         text += text.empty() ? "" : " ";
-        text += {kDigits[byte >> 4], kDigits[byte & 0xF]};
+        text += hex::ofNumber(byte, hex::Case::Lower, 2);
     }
     return text;
 }

@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "base/code_page.hpp"
+#include "base/hexadecimal.hpp"
 #include "engine/sqlite/functions/function_support.hpp"
 #include "engine/values/text_units.hpp"
 
@@ -46,7 +47,6 @@ Value firstUnit(const Arguments& arguments) {
 }
 
 Value newIdentifier(const Arguments& /*arguments*/) {
-    static constexpr std::string_view kDigits = "0123456789ABCDEF";
     thread_local std::random_device source;
     std::string result;
     for (std::size_t i = 0; i < 32; ++i) {
@@ -55,7 +55,7 @@ Value newIdentifier(const Arguments& /*arguments*/) {
         // The two fixed places say that the identifier is a random one.
         if (i == 12) digit = 4;
         if (i == 16) digit = (digit & 0x3U) | 0x8U;
-        result += kDigits[digit];
+        result += hex::digit(digit, hex::Case::Upper);
     }
     return result;
 }
@@ -80,7 +80,7 @@ Value nextIdentifier(const Arguments& arguments) {
     for (std::uint64_t shift = kTimeBits; shift > 0; ++place) {
         if (text[place] == '-') continue;
         shift -= 4;
-        text[place] = "0123456789ABCDEF"[(next >> shift) & 0xFU];
+        text[place] = hex::digit(next >> shift, hex::Case::Upper);
     }
     return text;
 }
