@@ -41,7 +41,7 @@ MAY_INCLUDE = {
     "drivers/text": GROUND | {"data", "platform", "drivers"},
     "drivers": GROUND | {"data", "drivers/embedded"},
     # Which driver answers for a connection string, and what makes one of another maker's connection.
-    "ado": GROUND | {"data", "tsql", "drivers", "drivers/late_bound"},
+    "ado": GROUND | {"data", "tsql", "platform", "drivers", "drivers/late_bound"},
     "migrate": GROUND | {"ado", "data", "tsql"},
     "core": GROUND,
     "util": LIBRARY,

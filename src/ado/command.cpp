@@ -47,9 +47,13 @@ std::vector<Variant> valuesGiven(const Variant& given) {
 
 }  // namespace
 
-Command::Command() : parameters_(make<ado::Parameters>()) {}
+Command::Command() : parameters_(make<ado::Parameters>()) {
+    parameters_->command_ = this;
+}
 
-Command::~Command() = default;
+Command::~Command() {
+    parameters_->command_ = nullptr;
+}
 
 const ClassDescription& Command::classDescription() {
     const auto missing = [](const char16_t* name) {
@@ -86,6 +90,11 @@ const ClassDescription& Command::classDescription() {
                                        {missing(u"RecordsAffected"), missing(u"Parameters"),
                                         kap::Parameter(u"Options").otherwise(-1)},
                                        u"Runs the command.")
+            .property<&Command::CommandStream, &Command::setCommandStream>(
+                u"CommandStream", u"A stream that holds the text.")
+            .alsoSet()
+            .property<&Command::Dialect, &Command::setDialect>(u"Dialect", u"How the text is read.")
+            .property<&Command::Properties>(u"Properties", u"What the provider lets be chosen.")
             .build(u"CommandText");
     return description;
 }
@@ -108,6 +117,8 @@ void Command::setCommandType(CommandTypeEnum value) {
         case CommandTypeEnum::adCmdTableDirect:
             type_ = value;
             return;
+        case CommandTypeEnum::adCmdFile:  // that is for Recordset.Open
+            break;
     }
     fail::invalidArgument();
 }

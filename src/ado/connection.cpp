@@ -282,7 +282,7 @@ std::int32_t Connection::BeginTrans() {
 }
 
 // A database's own word for it is another in each.
-void Connection::endingTransaction(const std::function<void()>& end) {
+void Connection::endingTransaction(const std::function<void()>& end, XactAttributeEnum retaining) {
     reporting([&] {
         try {
             end();
@@ -293,17 +293,23 @@ void Connection::endingTransaction(const std::function<void()>& end) {
             }
             throw;
         }
+        const bool goesOn = (attributes_ & static_cast<std::int32_t>(retaining)) != 0;
+        if (goesOn && session_->transactionDepth() == 0) {
+            session_->begin();
+        }
     });
 }
 
 void Connection::CommitTrans() {
-    inTransaction(*this, u"CommitTransComplete",
-                  [&] { endingTransaction([&] { session()->commit(); }); });
+    inTransaction(*this, u"CommitTransComplete", [&] {
+        endingTransaction([&] { session()->commit(); }, XactAttributeEnum::adXactCommitRetaining);
+    });
 }
 
 void Connection::RollbackTrans() {
-    inTransaction(*this, u"RollbackTransComplete",
-                  [&] { endingTransaction([&] { session()->rollback(); }); });
+    inTransaction(*this, u"RollbackTransComplete", [&] {
+        endingTransaction([&] { session()->rollback(); }, XactAttributeEnum::adXactAbortRetaining);
+    });
 }
 
 std::shared_ptr<Session> Connection::session() const {

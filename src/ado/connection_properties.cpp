@@ -79,6 +79,9 @@ const ClassDescription& Connection::classDescription() {
                  Parameter(u"SchemaID").otherwise(Variant::missing())},
                 u"Describes tables, columns, keys, indexes or types.")
             .method<&Connection::RollbackTrans>(u"RollbackTrans", {}, u"Undoes the transaction.")
+            .property<&Connection::Attributes, &Connection::setAttributes>(
+                u"Attributes", u"What follows the end of a transaction.")
+            .property<&Connection::Properties>(u"Properties", u"What the provider tells.")
             .build(u"ConnectionString");
     return description;
 }

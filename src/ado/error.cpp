@@ -15,6 +15,8 @@ const ClassDescription& Error::classDescription() {
             .property<&Error::Number>(u"Number", u"The data-access code that clients compare.")
             .property<&Error::Source>(u"Source", u"The component that reported it.")
             .property<&Error::SQLState>(u"SQLState", u"The five-character state.")
+            .property<&Error::HelpContext>(u"HelpContext", u"0: there is no help file.")
+            .property<&Error::HelpFile>(u"HelpFile", u"Empty: there is no help file.")
             .build(u"Description");
     return description;
 }
@@ -28,6 +30,7 @@ const ClassDescription& Errors::classDescription() {
             .property<&Errors::Count>(u"Count", u"How many there are.")
             .property<&Errors::Item>(u"Item", u"The error at a position from 0.", {u"Index"})
             .method<&Errors::Clear>(u"Clear", {}, u"Forgets them all.")
+            .method<&Errors::Refresh>(u"Refresh", {}, u"Asks for them again.")
             .build(u"Item");
     return description;
 }

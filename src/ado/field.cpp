@@ -60,6 +60,8 @@ const ClassDescription& Field::classDescription() {
                                          u"Adds a piece to a long text or binary.")
             .method<&Field::GetChunk>(u"GetChunk", {u"Length"},
                                       u"The next piece of a long text or binary.")
+            .property<&Field::Properties>(u"Properties", u"What the provider tells of the column.")
+            .property<&Field::Status>(u"Status", u"0: the field could be read and written.")
             .build(u"Value");
     return description;
 }

@@ -6,24 +6,12 @@
 #include <kaputil/automation/array.hpp>
 #include <kaputil/automation/convert.hpp>
 
+#include "ado/chunks.hpp"
 #include "ado/row_cursor.hpp"
 #include "data/failures.hpp"
 
 namespace kap::ado {
 namespace {
-
-Variant joined(const Variant& held, const Variant& more) {
-    if (held.isNull() || held.isEmpty()) {
-        return more;
-    }
-    if (!held.isArray()) {
-        return held.as<String>() + convert::toString(more).view();
-    }
-    std::vector<std::uint8_t> bytes = held.as<Array>().bytes();
-    const std::vector<std::uint8_t>& added = more.as<Array>().bytes();
-    bytes.insert(bytes.end(), added.begin(), added.end());
-    return Array::ofBytes(std::move(bytes));
-}
 
 std::size_t lengthOf(const Variant& value) {
     return value.isArray() ? value.as<Array>().size() : value.as<String>().size();
@@ -39,6 +27,19 @@ Variant pieceOf(const Variant& value, std::size_t start, std::size_t length) {
 
 }  // namespace
 
+Variant joinedChunks(const Variant& held, const Variant& more) {
+    if (held.isNull() || held.isEmpty()) {
+        return more;
+    }
+    if (!held.isArray()) {
+        return held.as<String>() + convert::toString(more).view();
+    }
+    std::vector<std::uint8_t> bytes = held.as<Array>().bytes();
+    const std::vector<std::uint8_t>& added = more.as<Array>().bytes();
+    bytes.insert(bytes.end(), added.begin(), added.end());
+    return Array::ofBytes(std::move(bytes));
+}
+
 void Field::requireLong() const {
     if (!cursor().columns()[ordinal_].isLong) {
         fail::illegalOperation();
@@ -48,7 +49,7 @@ void Field::requireLong() const {
 void Field::AppendChunk(const Variant& data) {
     requireLong();
     const bool further = appending_ && cursor().isPending(ordinal_);
-    setValue(further ? joined(Value(), convert::plainValue(data)) : data);
+    setValue(further ? joinedChunks(Value(), convert::plainValue(data)) : data);
     appending_ = true;
 }
 

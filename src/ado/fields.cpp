@@ -68,6 +68,11 @@ const ClassDescription& Fields::classDescription() {
                                      u"Adds a column to a recordset made by hand.")
             .method<&Fields::Delete>(u"Delete", {u"Index"},
                                      u"Takes a column from a recordset made by hand.")
+            .method<&Fields::CancelUpdate>(u"CancelUpdate", {}, u"Of resources only.")
+            .method<&Fields::Refresh>(u"Refresh", {}, u"Has no effect.")
+            .method<&Fields::Resync>(u"Resync", {kap::Parameter(u"ResyncValues").otherwise(2)},
+                                     u"Of resources only.")
+            .method<&Fields::Update>(u"Update", {}, u"Of resources only.")
             .build(u"Item");
     return description;
 }
@@ -124,6 +129,21 @@ void Fields::Append(const String& name, DataTypeEnum type, std::int32_t definedS
                    attributesGiven(static_cast<std::int32_t>(attributes)));
     cursor_->table().addColumn(std::move(column));
     fields_.push_back(make<Field>(cursor_, fields_.size()));
+}
+
+void Fields::Update() {
+    fail::notAvailable(
+        u"The columns of a recordset are not updated by themselves: use Recordset.Update.");
+}
+
+void Fields::CancelUpdate() {
+    fail::notAvailable(
+        u"The columns of a recordset are not updated by themselves: use Recordset.CancelUpdate.");
+}
+
+void Fields::Resync(ResyncEnum /*resyncValues*/) {
+    fail::notAvailable(
+        u"The columns of a recordset are not read by themselves: use Recordset.Resync.");
 }
 
 void Fields::Delete(const Variant& index) {

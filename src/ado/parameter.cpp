@@ -1,7 +1,9 @@
+#include <kaputil/ado/command.hpp>
 #include <kaputil/ado/parameter.hpp>
 
 #include <kaputil/automation/convert.hpp>
 
+#include "ado/chunks.hpp"
 #include "ado/parameter_cell.hpp"
 #include "automation/class_builder.hpp"
 #include "base/unicode.hpp"
@@ -26,8 +28,25 @@ const ClassDescription& Parameter::classDescription() {
                 u"Size", u"Characters or bytes; 0: as the value has.")
             .property<&Parameter::Type, &Parameter::setType>(u"Type", u"The type, of DataTypeEnum.")
             .property<&Parameter::Value, &Parameter::setValue>(u"Value", u"The value.")
+            .property<&Parameter::Attributes, &Parameter::setAttributes>(
+                u"Attributes", u"Bits of ParameterAttributesEnum.")
+            .property<&Parameter::Properties>(u"Properties", u"Empty.")
+            .method<&Parameter::AppendChunk>(u"AppendChunk", {u"Data"},
+                                             u"Adds a piece to a long text or binary.")
             .build(u"Value");
     return description;
+}
+
+Ref<Properties> Parameter::Properties() const {
+    return make<ado::Properties>(std::vector<Property::Details>());
+}
+
+void Parameter::AppendChunk(const Variant& data) {
+    if (!isLongType(type_)) {
+        fail::illegalOperation();
+    }
+    setValue(appending_ ? joinedChunks(value_, convert::plainValue(data)) : data);
+    appending_ = true;
 }
 
 void Parameter::setType(DataTypeEnum value) {
@@ -53,6 +72,7 @@ void Parameter::setDirection(ParameterDirectionEnum value) {
 }
 
 void Parameter::setValue(const Variant& value) {
+    appending_ = false;
     value_ = type_ == DataTypeEnum::adEmpty ? convert::plainValue(value)
                                             : convertedParameter(*this, value);
 }
@@ -110,8 +130,9 @@ void Parameters::Delete(const Variant& index) {
 }
 
 void Parameters::Refresh() {
-    fail::notAvailable(
-        u"The parameters of a command are not derived from the database: append them one by one.");
+    if (command_ != nullptr) {
+        parameters_ = command_->parametersTold();
+    }
 }
 
 }  // namespace kap::ado

@@ -13,6 +13,7 @@
 #include "ado/request_builder.hpp"
 #include "ado/results.hpp"
 #include "ado/row_cursor.hpp"
+#include "ado/saved_source.hpp"
 #include "data/driver.hpp"
 #include "data/failures.hpp"
 
@@ -82,7 +83,9 @@ void Recordset::Open(const Variant& source, const Variant& activeConnection,
         if (command_) {
             fail::invalidArgument();
         }
-        setActiveConnection(activeConnection);
+        if (!isPersistProvider(activeConnection)) {
+            setActiveConnection(activeConnection);
+        }
     }
     if (cursorType != CursorTypeEnum::adOpenUnspecified) {
         setCursorType(cursorType);
@@ -95,7 +98,11 @@ void Recordset::Open(const Variant& source, const Variant& activeConnection,
         const Variant filter = filter_;
         const String sort = sort_;
         if (draft_->columns().empty()) {
-            run(options);
+            if (opensSaved(options)) {
+                openSaved();
+            } else {
+                run(options);
+            }
         } else {
             openMadeByHand();
         }
@@ -205,6 +212,7 @@ void Recordset::show(std::shared_ptr<RowCursor> cursor) {
     cursor_ = std::move(cursor);
     cursor_->setObserver(fieldNotices_);
     fields_->show(cursor_, /*open=*/true);
+    chooseCriteria();
     join();
     filter_ = u"";
     sort_ = {};

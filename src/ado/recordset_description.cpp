@@ -64,6 +64,25 @@ Builder&& properties(Builder&& builder) {
             u"Status", u"Whether the record waits for UpdateBatch, and why that failed.");
 }
 
+// Behind the methods, whose identifiers clients may have been built with.
+Builder&& laterMembers(Builder&& builder) {
+    return std::move(builder)
+        .property<&Recordset::Collect, &Recordset::setCollect>(u"Collect", u"A field's value.",
+                                                               {u"Index"})
+        .property<&Recordset::DataMember, &Recordset::setDataMember>(u"DataMember", u"Empty.")
+        .property<&Recordset::DataSource, &Recordset::setDataSource>(u"DataSource", u"Unset.")
+        .alsoSet()
+        .property<&Recordset::Index, &Recordset::setIndex>(u"Index", u"Empty.")
+        .property<&Recordset::Properties>(u"Properties", u"What the provider lets be chosen.")
+        .property<&Recordset::StayInSync, &Recordset::setStayInSync>(u"StayInSync",
+                                                                     u"Kept for who asks.")
+        .method<&Recordset::Save>(
+            u"Save", {missing(u"Destination"), Parameter(u"PersistFormat").otherwise(0)},
+            u"Writes the records to a file or a stream; 1: as XML.")
+        .method<&Recordset::Seek>(u"Seek", {u"KeyValues", Parameter(u"SeekOption").otherwise(1)},
+                                  u"No driver has it.");
+}
+
 Builder&& methods(Builder&& builder) {
     return std::move(builder)
         .method<&Recordset::AddNew>(u"AddNew", {missing(u"FieldList"), missing(u"Values")},
@@ -123,12 +142,13 @@ Builder&& methods(Builder&& builder) {
 
 const ClassDescription& Recordset::classDescription() {
     static const ClassDescription description =
-        methods(properties(
-                    Builder(u"Recordset", u"e6d06f3b-5a86-4b3b-9c1d-0a6d4a6f7b12",
-                            u"e6d06f3b-5a86-4b3b-9c1d-0a6d4a6f7b22")
-                        .summary(u"The rows of a query, one of them current, to read, change and "
-                                 u"write back.")
-                        .events(&RecordsetEvents::classDescription)))
+        laterMembers(
+            methods(properties(
+                Builder(u"Recordset", u"e6d06f3b-5a86-4b3b-9c1d-0a6d4a6f7b12",
+                        u"e6d06f3b-5a86-4b3b-9c1d-0a6d4a6f7b22")
+                    .summary(u"The rows of a query, one of them current, to read, change and "
+                             u"write back.")
+                    .events(&RecordsetEvents::classDescription))))
             .build(u"Fields");
     return description;
 }

@@ -35,6 +35,8 @@ RowFilter groupFilter(RowTable& table, FilterGroupEnum group) {
             filter.showsDeleted = true;
             return filter;
         }
+        case FilterGroupEnum::adFilterPredicate:
+            break;
         case FilterGroupEnum::adFilterConflictingRecords:
             return {[&table](std::size_t row) {
                         const PendingRow* waiting = table.pending(row);

@@ -5,6 +5,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -41,6 +42,7 @@ public:
         bool readOnly = false;
         bool batch = false;        // saved records wait in the table for a batch update
         bool forwardOnly = false;  // does not go back, and does not count
+        UpdateCriteriaEnum criteria = UpdateCriteriaEnum::adCriteriaUpdCols;
     };
 
     RowCursor(std::shared_ptr<RowTable> table, Options options);
@@ -106,6 +108,15 @@ public:
         return !pending_.empty() && pending_[column].has_value();
     }
     void replaceNulls(std::size_t column);
+    // What clients ask for to be found faster by a column.
+    [[nodiscard]] bool isOptimized(std::size_t column) const { return optimized_.contains(column); }
+    void optimize(std::size_t column, bool on) {
+        if (on) {
+            optimized_.insert(column);
+        } else {
+            optimized_.erase(column);
+        }
+    }
     // Unset: nobody is told.
     [[nodiscard]] const std::shared_ptr<FieldObserver>& observer() const noexcept {
         return observer_;
@@ -126,11 +137,15 @@ public:
     void removeRow(Session* session, std::size_t row);
     void requireUpdatable() const;
 
+    // What a row must still hold to be written.
+    void setCriteria(UpdateCriteriaEnum criteria) noexcept { options_.criteria = criteria; }
     void setBatch(bool batch) noexcept { options_.batch = batch; }
     // Ends an edit without saving it; raises 3219 for a new record.
     void dropEdit();
     [[nodiscard]] RowWriter writer(Session& session) const {
-        return {*table_, session, options_.location == CursorLocationEnum::adUseServer};
+        return {*table_,
+                session,
+                {options_.criteria, options_.location == CursorLocationEnum::adUseServer}};
     }
 
 private:
@@ -149,6 +164,7 @@ private:
         -1;  // a place of the view; -1: before the first; end(): after the last
     EditModeEnum editMode_ = EditModeEnum::adEditNone;
     std::shared_ptr<FieldObserver> observer_;
+    std::set<std::size_t> optimized_;
     PendingValues pending_;  // one entry a column while editing; unset: not assigned
 };
 

@@ -53,7 +53,7 @@ ChangeOutcome applyOne(Session& session, const RowChange& change) {
 }  // namespace
 
 UpdatePlanner RowWriter::planner(std::size_t row) const {
-    return {table_, row, checkVersion_};
+    return {table_, row, check_};
 }
 
 PendingValues RowWriter::update(std::size_t row, const PendingValues& changes) const {

@@ -13,9 +13,9 @@ namespace kap::ado {
 // errors.
 class RowWriter {
 public:
-    // With `checkVersion` the row version must be the same, too.
-    RowWriter(const RowTable& table, Session& session, bool checkVersion)
-        : table_(table), session_(session), checkVersion_(checkVersion) {}
+    // `check` is what a row must still hold.
+    RowWriter(const RowTable& table, Session& session, RowCheck check)
+        : table_(table), session_(session), check_(check) {}
 
     // Writes changed columns of a row; all tables of a join or none. The answer are the changes and
     // what the database set itself.
@@ -32,7 +32,7 @@ private:
 
     const RowTable& table_;
     Session& session_;
-    bool checkVersion_;
+    RowCheck check_;
 };
 
 }  // namespace kap::ado

@@ -33,8 +33,8 @@ void requireTables(const std::vector<std::string>& names) {
 
 }  // namespace
 
-UpdatePlanner::UpdatePlanner(const RowTable& rows, std::size_t row, bool checkVersion)
-    : rows_(rows), result_(rows.result()), row_(row), checkVersion_(checkVersion) {}
+UpdatePlanner::UpdatePlanner(const RowTable& rows, std::size_t row, RowCheck check)
+    : rows_(rows), result_(rows.result()), row_(row), check_(check) {}
 
 std::vector<RowChange> UpdatePlanner::updates(const PendingValues& values) const {
     std::vector<std::string> changed;
@@ -55,7 +55,9 @@ std::vector<RowChange> UpdatePlanner::updates(const PendingValues& values) const
             if (values[i]) {
                 change.values.push_back(
                     {column.baseColumn, column.type, column.numericScale, *values[i]});
-                change.criteria.push_back(fetched(i));
+                if (check_.criteria == UpdateCriteriaEnum::adCriteriaUpdCols) {
+                    change.criteria.push_back(fetched(i));
+                }
             }
             if (values[i] || column.rowVersion || column.generated) {
                 readBack(change, column);
@@ -124,11 +126,18 @@ RowChange UpdatePlanner::located(RowChange::Kind kind, const std::string& table)
     const bool hasKey = std::ranges::any_of(result_.columns, [&](const ColumnInfo& column) {
         return column.key && belongsTo(column, table);
     });
-    const bool versioned = checkVersion_ && kind != RowChange::Kind::Read;
+    const bool writes = kind != RowChange::Kind::Read;
+    const bool byVersion = check_.criteria == UpdateCriteriaEnum::adCriteriaTimeStamp;
+    const bool hasVersion = std::ranges::any_of(result_.columns, [&](const ColumnInfo& column) {
+        return column.rowVersion && belongsTo(column, table);
+    });
+    const bool versioned = writes && (check_.version || byVersion);
+    const bool whole = writes && (check_.criteria == UpdateCriteriaEnum::adCriteriaAllCols ||
+                                  (byVersion && !hasVersion));
     for (std::size_t i = 0; i < result_.columns.size(); ++i) {
         const ColumnInfo& column = result_.columns[i];
         if (belongsTo(column, table) &&
-            (!hasKey || column.key || (versioned && column.rowVersion))) {
+            (whole || !hasKey || column.key || (versioned && column.rowVersion))) {
             change.criteria.push_back(fetched(i));
         }
     }

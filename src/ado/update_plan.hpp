@@ -14,14 +14,20 @@ class RowTable;
 // The values assigned to a record, one entry a column; unset: not assigned.
 using PendingValues = std::vector<std::optional<CellValue>>;
 
+// What a row must still hold to be written, beside its key.
+struct RowCheck {
+    UpdateCriteriaEnum criteria = UpdateCriteriaEnum::adCriteriaUpdCols;
+    bool version = false;  // also the row version, where there is one
+};
+
 // Plans how a record of a result is written back to the tables behind it.
 //
 // A row is located by the table's key when the result holds it whole, else by all of the table's
-// columns in the result; an update must also find the changed columns as they were fetched and,
-// with `checkVersion`, the row version.
+// columns in the result; an update must also find the changed columns as they were fetched,
+// unless the check says otherwise.
 class UpdatePlanner {
 public:
-    UpdatePlanner(const RowTable& rows, std::size_t row, bool checkVersion);
+    UpdatePlanner(const RowTable& rows, std::size_t row, RowCheck check);
 
     // One change for each table that has assigned columns.
     [[nodiscard]] std::vector<RowChange> updates(const PendingValues& values) const;
@@ -39,7 +45,7 @@ private:
     const RowTable& rows_;
     const Result& result_;
     std::size_t row_;
-    bool checkVersion_;
+    RowCheck check_;
 };
 
 }  // namespace kap::ado

@@ -4,6 +4,7 @@
 #include <kaputil/ado/connection.hpp>
 #include <kaputil/ado/parameter.hpp>
 #include <kaputil/ado/recordset.hpp>
+#include <kaputil/ado/stream.hpp>
 #include <kaputil/catalogue/std_functions.hpp>
 #include <kaputil/config/cfg_applicazione.hpp>
 #include <kaputil/config/cfg_applicazioni.hpp>
@@ -90,7 +91,8 @@ std::span<const PlatformClass> platformClasses() {
             {u"ADODB.Command", &ado::Command::classDescription()},
             {u"ADODB.Connection", &ado::Connection::classDescription()},
             {u"ADODB.Parameter", &ado::Parameter::classDescription()},
-            {u"ADODB.Recordset", &ado::Recordset::classDescription()}};
+            {u"ADODB.Recordset", &ado::Recordset::classDescription()},
+            {u"ADODB.Stream", &ado::Stream::classDescription()}};
         const auto host = platform::hostClasses();
         all.insert(all.end(), host.begin(), host.end());
         return all;

@@ -8,7 +8,9 @@
 #include <kaputil/ado/error.hpp>
 #include <kaputil/ado/field.hpp>
 #include <kaputil/ado/parameter.hpp>
+#include <kaputil/ado/property.hpp>
 #include <kaputil/ado/recordset.hpp>
+#include <kaputil/ado/stream.hpp>
 
 namespace kap::com {
 namespace {
@@ -49,7 +51,8 @@ std::vector<TypeLibrary> makeTypeLibraries() {
              2,
              {created<ado::Connection>(), created<ado::Recordset>(), created<ado::Command>(),
               given<ado::Parameter>(), given<ado::Parameters>(), given<ado::Field>(),
-              given<ado::Fields>(), given<ado::Error>(), given<ado::Errors>()},
+              given<ado::Fields>(), given<ado::Error>(), given<ado::Errors>(),
+              created<ado::Stream>(), given<ado::Property>(), given<ado::Properties>()},
              copied(dataAccessEnumerations())}};
 }
 

@@ -67,6 +67,8 @@ Storage storageOf(DataTypeEnum type) noexcept {
         case DataTypeEnum::adLongVarChar:
         case DataTypeEnum::adLongVarWChar:
             break;
+        default:  // of no column
+            break;
     }
     return Storage::Text;
 }

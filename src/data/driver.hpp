@@ -179,6 +179,14 @@ struct ChangeOutcome {
     std::vector<CellValue> readBack;  // of the touched row, when there was exactly one
 };
 
+// What a database says of itself; empty where it says nothing.
+struct Product {
+    std::string name;
+    std::string version;
+    std::string server;
+    std::string user;
+};
+
 // Which rows of a schema rowset are wanted: a value for each of the rowset's restriction columns,
 // in their standard order; unset: any.
 using SchemaRestrictions = std::vector<std::optional<std::string>>;
@@ -212,6 +220,8 @@ public:
     // Describes what is in the database, gathered with SchemaRows. Raises kFeatureNotAvailable
     // unless the driver has something to tell.
     [[nodiscard]] virtual Result schema(SchemaEnum kind, const SchemaRestrictions& wanted);
+
+    [[nodiscard]] virtual Product product() { return {}; }
 
     // How far the transactions that begin from now on are kept apart. Raises kFeatureNotAvailable
     // for a level that the database does not have. Unless a driver says otherwise its transactions

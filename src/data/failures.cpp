@@ -90,6 +90,24 @@ void notAvailable(String description) {
     raise(errors::kFeatureNotAvailable, std::move(description));
 }
 
+void openingFile(const String& file, const String& why) {
+    raise(errors::kOpeningFile, u"File '" + file + u"' could not be opened: " + why.units() + u".");
+}
+
+void readingFile(const std::string& why) {
+    raise(errors::kReadingFile, "File could not be read: " + why + ".");
+}
+
+void writingFile(const String& file, const String& why) {
+    raise(errors::kWritingFile, u"Write to file '" + file + u"' failed: " + why.units() + u".");
+}
+
+void binaryForm() {
+    notAvailable(
+        u"The binary form of saved recordsets (adPersistADTG) is neither written nor read: save "
+        u"with adPersistXML.");
+}
+
 void cancelled() {
     raise(errors::kCancelled, u"Operation was canceled.");
 }

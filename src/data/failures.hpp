@@ -1,6 +1,6 @@
 #pragma once
 
-#include <string_view>
+#include <string>
 
 #include <kaputil/automation/string.hpp>
 
@@ -23,6 +23,11 @@ namespace kap::ado::fail {
 [[noreturn]] void invalidConnection();
 [[noreturn]] void notUpdatable();
 [[noreturn]] void notAvailable(String description);
+// Files that streams and recordsets are loaded from and saved to.
+[[noreturn]] void openingFile(const String& file, const String& why);
+[[noreturn]] void readingFile(const std::string& why);
+[[noreturn]] void writingFile(const String& file, const String& why);
+[[noreturn]] void binaryForm();
 [[noreturn]] void badBookmark();
 // A sink of events did not allow what a recordset or a connection was to do.
 [[noreturn]] void cancelled();

@@ -314,7 +314,7 @@ TEST(Parameters, AreAppendedFoundAndDeleted) {
     EXPECT_EQ(raisedBy([&] { parameters->Append(command->CreateParameter(u"C")); }),
               errors::kIncompleteParameter);
     EXPECT_EQ(raisedBy([&] { parameters->Append({}); }), errors::kIncompleteParameter);
-    EXPECT_EQ(raisedBy([&] { parameters->Refresh(); }), errors::kFeatureNotAvailable);
+    EXPECT_EQ(raisedBy([&] { parameters->Refresh(); }), errors::kInvalidConnection);
 }
 
 }  // namespace

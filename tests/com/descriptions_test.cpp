@@ -70,15 +70,17 @@ TEST(InterfaceText, OfDataAccessHasItsClassesCollectionsAndEnumerations) {
     EXPECT_TRUE(contains(text, "_Recordset * Execute("));
     EXPECT_TRUE(contains(text, ", noncreatable]\n    coclass Fields {"));
     EXPECT_FALSE(contains(text, ", noncreatable]\n    coclass Recordset {"));
-    EXPECT_TRUE(contains(text,
-                         "enum CursorLocationEnum {\n        adUseServer = 2,\n        "
-                         "adUseClient = 3\n    } CursorLocationEnum;"));
+    EXPECT_TRUE(
+        contains(text,
+                 "enum CursorLocationEnum {\n        adUseServer = 2,\n        "
+                 "adUseClient = 3,\n        adUseNone = 1,\n        adUseClientBatch = 3\n    } "
+                 "CursorLocationEnum;"));
     std::size_t enumerations = 0;
     for (auto at = text.find("_NewEnum"); at != std::string::npos;
          at = text.find("_NewEnum", at + 1)) {
         ++enumerations;
     }
-    EXPECT_EQ(enumerations, 3) << "of fields, parameters and errors";
+    EXPECT_EQ(enumerations, 4) << "of fields, parameters, errors and properties";
 }
 
 TEST(InterfaceText, HasTheEventsOfThoseThatRaiseThem) {
@@ -134,9 +136,9 @@ TEST(ServedClasses, AreThePublishedOnesAndThoseOfTheEmbeddedDatabase) {
             names.push_back(one.programmaticName);
         }
     }
-    EXPECT_EQ(
-        (std::vector<String>{u"KapLocal.Connection", u"KapLocal.Recordset", u"KapLocal.Command"}),
-        names);
+    EXPECT_EQ((std::vector<String>{u"KapLocal.Connection", u"KapLocal.Recordset",
+                                   u"KapLocal.Command", u"KapLocal.Stream"}),
+              names);
 }
 
 }  // namespace

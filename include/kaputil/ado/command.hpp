@@ -35,7 +35,7 @@ public:
     [[nodiscard]] Variant ActiveConnection() const;
     void setActiveConnection(const Variant& value);
     [[nodiscard]] String CommandText() const { return text_; }
-    void setCommandText(const String& value) { text_ = value; }
+    void setCommandText(const String& value);
     // adCmdText, adCmdTable, adCmdStoredProc; adCmdUnknown, the default, is run as a text.
     [[nodiscard]] CommandTypeEnum CommandType() const { return type_; }
     void setCommandType(CommandTypeEnum value);
@@ -53,6 +53,16 @@ public:
     // Always closed: every call ends before the next can be made.
     [[nodiscard]] ObjectStateEnum State() const { return ObjectStateEnum::adStateClosed; }
     void Cancel() {}
+
+    // How the text is read: there is the one dialect, which is every driver's default. Raises 3001
+    // for what is no identity in braces.
+    [[nodiscard]] String Dialect() const { return dialect_; }
+    void setDialect(const String& value);
+    // A Stream that holds the text, an unset object unless assigned. Raises 3001 for anything else.
+    [[nodiscard]] Variant CommandStream() const { return stream_; }
+    void setCommandStream(const Variant& value);
+    // "Command Time Out" and "Maximum Rows".
+    [[nodiscard]] Ref<ado::Properties> Properties();
 
     [[nodiscard]] Ref<ado::Parameters> Parameters() const { return parameters_; }
     // A parameter that does not belong to a command yet. Raises 3001 for a type, direction or size
@@ -76,6 +86,8 @@ public:
     [[nodiscard]] const Ref<Connection>& connection() const { return connection_; }
 
 private:
+    friend class Parameters;
+    [[nodiscard]] std::vector<Ref<Parameter>> parametersTold() const;
     [[nodiscard]] Request request(const Variant& given, const String& text,
                                   std::int32_t options) const;
     void send(Request& request, Reply& reply);
@@ -84,6 +96,8 @@ private:
     Ref<Connection> connection_;
     Ref<ado::Parameters> parameters_;
     String text_;
+    Variant stream_ = Ref<Object>();
+    String dialect_ = u"{C8B521FB-5CF3-11CE-ADE5-00AA0044773D}";
     String name_;
     CommandTypeEnum type_ = CommandTypeEnum::adCmdUnknown;
     std::int32_t timeout_ = 30;

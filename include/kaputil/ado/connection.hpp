@@ -7,6 +7,7 @@
 #include <vector>
 
 #include <kaputil/ado/error.hpp>
+#include <kaputil/ado/property.hpp>
 #include <kaputil/automation/by_ref.hpp>
 #include <kaputil/automation/class_description.hpp>
 #include <kaputil/automation/event_source.hpp>
@@ -159,6 +160,16 @@ public:
     [[nodiscard]] CursorLocationEnum CursorLocation() const { return cursorLocation_; }
     void setCursorLocation(CursorLocationEnum value);
 
+    // What follows the end of a transaction, as bits of XactAttributeEnum: with
+    // adXactCommitRetaining the next one begins at once after CommitTrans, with
+    // adXactAbortRetaining after RollbackTrans. Raises 3001 for any other bit.
+    [[nodiscard]] std::int32_t Attributes() const { return attributes_; }
+    void setAttributes(std::int32_t value);
+    // What the provider tells ("DBMS Name", "DBMS Version", "Server Name" and others), and before
+    // the connection is opened lets be chosen ("Data Source", "Initial Catalog", "User ID",
+    // "Password", "Extended Properties", "Persist Security Info", "Prompt").
+    [[nodiscard]] Ref<ado::Properties> Properties();
+
     // For the recordsets on this connection: the session, alive for as long as the connection is
     // open. Raises 3709 when it is not.
     [[nodiscard]] std::shared_ptr<Session> session() const;
@@ -173,7 +184,9 @@ private:
     friend class Recordset;
     void closeRecordsets();
     void openAs(const String& connectionString, const String& userId, const String& password);
-    void endingTransaction(const std::function<void()>& end);
+    void endingTransaction(const std::function<void()>& end, XactAttributeEnum retaining);
+    [[nodiscard]] Variant keyValue(const char* name, const char* otherName) const;
+    void setKey(const char* name, const Variant& value);
     void executeEach(const String& script, std::vector<Ref<Recordset>>& answers);
     void report(const std::vector<ServerMessage>& messages, const String& source);
     [[nodiscard]] Ref<Recordset> answer(Result result);
@@ -190,6 +203,8 @@ private:
     CursorLocationEnum cursorLocation_ = CursorLocationEnum::adUseServer;
     std::int32_t commandTimeout_ = 30;
     std::int32_t connectionTimeout_ = 15;
+    std::int32_t attributes_ = 0;
+    std::int32_t prompt_ = static_cast<std::int32_t>(ConnectPromptEnum::adPromptNever);
     String provider_;
     String database_;
     ConnectModeEnum mode_ = ConnectModeEnum::adModeUnknown;

@@ -31,6 +31,9 @@ public:
     [[nodiscard]] String Description() const { return details_.description; }
     [[nodiscard]] String Source() const { return details_.source; }
     [[nodiscard]] String SQLState() const { return details_.sqlState; }
+    // There is no help file.
+    [[nodiscard]] String HelpFile() const { return {}; }
+    [[nodiscard]] std::int32_t HelpContext() const { return 0; }
     [[nodiscard]] std::int32_t line() const { return details_.line; }
 
 private:
@@ -53,6 +56,8 @@ public:
         return {errors_.begin(), errors_.end()};
     }
     void Clear() { errors_.clear(); }
+    // They are always those of the last operation.
+    void Refresh() {}
 
     // Replaces the contents; called by the connection.
     void assign(std::vector<Ref<Error>> errors) { errors_ = std::move(errors); }

@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include <kaputil/ado/property.hpp>
 #include <kaputil/automation/class_description.hpp>
 #include <kaputil/data/enumerations.hpp>
 
@@ -73,6 +74,11 @@ public:
     [[nodiscard]] std::int32_t Attributes() const;
     void setAttributes(std::int32_t value);
 
+    // adFieldOK: what could not be read or written raised an error.
+    [[nodiscard]] FieldStatusEnum Status() const;
+    // BASETABLENAME, BASECOLUMNNAME, KEYCOLUMN, ISAUTOINCREMENT and the others that providers have.
+    [[nodiscard]] Ref<ado::Properties> Properties() const;
+
     // The text of the current value as it is kept, in UTF-8, valid until the recordset changes;
     // raises 13 when the field is of another type or Null.
     [[nodiscard]] std::string_view utf8Value() const;
@@ -126,6 +132,12 @@ public:
     void Append(const String& name, DataTypeEnum type, std::int32_t definedSize = 0,
                 FieldAttributeEnum attributes = FieldAttributeEnum::adFldUnspecified,
                 const Variant& fieldValue = Variant::missing());
+    // Has no effect: the columns are those of the query.
+    void Refresh() {}
+    // Those of a record that is a resource, which no driver has: raise 3251.
+    void Update();
+    void CancelUpdate();
+    void Resync(ResyncEnum resyncValues = ResyncEnum::adResyncAllValues);
     // Takes a column away again; raises 3219 once the recordset is open, 3265 when there is none.
     void Delete(const Variant& index);
 

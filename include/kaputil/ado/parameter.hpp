@@ -3,10 +3,13 @@
 #include <cstdint>
 #include <vector>
 
+#include <kaputil/ado/property.hpp>
 #include <kaputil/automation/class_description.hpp>
 #include <kaputil/data/enumerations.hpp>
 
 namespace kap::ado {
+
+class Command;
 
 // A typed value that goes with a command, comes back from it, or both.
 class Parameter final : public DescribedObject {
@@ -31,6 +34,14 @@ public:
     void setPrecision(std::uint8_t value) { precision_ = value; }
     [[nodiscard]] std::uint8_t NumericScale() const { return numericScale_; }
     void setNumericScale(std::uint8_t value) { numericScale_ = value; }
+    // Bits of ParameterAttributesEnum; adParamSigned unless assigned. They are kept for who asks:
+    // every parameter takes Null and negative numbers.
+    [[nodiscard]] std::int32_t Attributes() const { return attributes_; }
+    void setAttributes(std::int32_t value) { attributes_ = value; }
+    // Providers tell nothing more of a parameter.
+    [[nodiscard]] Ref<ado::Properties> Properties() const;
+    // Adds a piece to a long text or binary; the first one takes the place of the value.
+    void AppendChunk(const Variant& data);
     // Raises 3421 when the value does not convert to the type, -2147217887 when it does not fit.
     [[nodiscard]] Variant Value() const { return value_; }
     void setValue(const Variant& value);
@@ -44,6 +55,8 @@ private:
     ParameterDirectionEnum direction_ = ParameterDirectionEnum::adParamInput;
     std::uint8_t precision_ = 0;
     std::uint8_t numericScale_ = 0;
+    std::int32_t attributes_ = static_cast<std::int32_t>(ParameterAttributesEnum::adParamSigned);
+    bool appending_ = false;  // the value is one of pieces
     Variant value_;
 };
 
@@ -65,13 +78,17 @@ public:
     // Raises 3708 for a parameter without type.
     void Append(const Ref<Parameter>& parameter);
     void Delete(const Variant& index);
-    // Raises 3251: a database does not tell a procedure's parameters; they have to be appended.
+    // Takes those that the database tells of the command's procedure, the return value first; of a
+    // text there is one for each mark. Raises 3709 without an open connection, -2147217900 for a
+    // procedure that the database does not know.
     void Refresh();
 
 private:
     [[nodiscard]] std::size_t positionOf(const Variant& index) const;
 
+    friend class Command;
     std::vector<Ref<Parameter>> parameters_;
+    Command* command_ = nullptr;  // whose they are, as long as it lives
 };
 
 }  // namespace kap::ado

@@ -19,6 +19,7 @@ class Command;
 class FieldNotices;
 struct Execution;
 class RowCursor;
+class RowTable;
 
 // The rows of a query, one of them current, that can be read, changed and written back.
 //
@@ -53,13 +54,14 @@ public:
 
     // --- Opening
 
-    // Opens `source` (a query in the dialect; a table's or procedure's name with adCmdTable or
-    // adCmdStoredProc in `options`; or a Command) on a connection object or a connection string.
-    // What is left out is taken from the properties. A script's first rows are shown; what follows
-    // is for NextRecordset. A recordset without source to which fields were appended opens empty.
-    // Raises 3705 when it is open already, 3709 without an open connection, 3001 for an option that
-    // does not exist and for a connection beside a Command, which has its own, and the database's
-    // errors.
+    // Opens `source` (a query in the dialect; the name of a file that a recordset was saved to,
+    // with adCmdFile in `options`, Provider=MSPersist or no connection; a Stream that holds one; a
+    // table's or procedure's name with adCmdTable or adCmdStoredProc in `options`; or a Command) on
+    // a connection object or a connection string. What is left out is taken from the properties. A
+    // script's first rows are shown; what follows is for NextRecordset. A recordset without source
+    // to which fields were appended opens empty. Raises 3705 when it is open already, 3709 without
+    // an open connection, 3002 and 3003 for a file that is none, 3001 for an option that does not
+    // exist and for a connection beside a Command, which has its own, and the database's errors.
     void Open(const Variant& source = Variant::missing(),
               const Variant& activeConnection = Variant::missing(),
               CursorTypeEnum cursorType = CursorTypeEnum::adOpenUnspecified,
@@ -67,6 +69,14 @@ public:
     // Raises 3704 when it is closed, 3219 while a record is being edited. Changes that wait for
     // UpdateBatch are lost.
     void Close();
+    // Writes the records that are shown, and what waits for UpdateBatch of them, to a file or into
+    // a Stream, from which a recordset is opened again, also by other programs. Without a
+    // destination it is the file that was saved last. The current record is the first one
+    // afterwards. Raises 3251 for adPersistADTG, the binary form, which is the default and is not
+    // written; 58 for a file that is there already, unless it is saved there again; 3001 without a
+    // destination.
+    void Save(const Variant& destination = Variant::missing(),
+              PersistFormatEnum persistFormat = PersistFormatEnum::adPersistADTG);
     // Runs the same query again; filter and order are forgotten. Raises 3219 while a record is
     // being edited.
     void Requery(std::int32_t options = -1);
@@ -104,6 +114,22 @@ public:
     void setCacheSize(std::int32_t value);
     [[nodiscard]] MarshalOptionsEnum MarshalOptions() const { return marshalOptions_; }
     void setMarshalOptions(MarshalOptionsEnum value);
+    // Whether a change shows in a parent's records at once: kept for who asks, there are none.
+    [[nodiscard]] bool StayInSync() const { return stayInSync_; }
+    void setStayInSync(bool value) { stayInSync_ = value; }
+    // Records come from queries and files, not from another object: both are empty, and assigning
+    // raises 3251.
+    [[nodiscard]] Variant DataSource() const { return Ref<Object>(); }
+    void setDataSource(const Variant& value);
+    [[nodiscard]] String DataMember() const { return {}; }
+    void setDataMember(const String& value);
+    // No driver opens a table by an index: Index is empty, and assigning it and Seek raise 3251.
+    [[nodiscard]] String Index() const { return {}; }
+    void setIndex(const String& value);
+    void Seek(const Variant& keyValues, SeekEnum seekOption = SeekEnum::adSeekFirstEQ);
+    // "Update Criteria", "Update Resync", "Unique Table", "Fetch Backwards" and others that
+    // providers have.
+    [[nodiscard]] Ref<ado::Properties> Properties();
     // Whether the recordset can do something.
     [[nodiscard]] bool Supports(CursorOptionEnum option) const;
 
@@ -168,6 +194,9 @@ public:
     // --- Reading
 
     [[nodiscard]] Ref<ado::Fields> Fields() const { return fields_; }
+    // The value of a field, as Fields(index).Value.
+    [[nodiscard]] Variant Collect(const Variant& index) const;
+    void setCollect(const Variant& index, const Variant& value);
     // The values of records from the current one (or `start`) on, as an array with the fields in
     // the first dimension and the records in the second, both from 0; moves behind them. `rows` -1
     // is all; `fields` names or numbers one field, or several in an array. Raises 3021 at EOF.
@@ -243,6 +272,10 @@ private:
     void requireScrolling() const;
     void requireBatch() const;
     void requireSortable() const;
+    [[nodiscard]] bool opensSaved(std::int32_t options) const;
+    void openSaved();
+    void chooseCriteria();
+    void openTable(std::shared_ptr<RowTable> table);
     void arrangeAsChosen(const Variant& filter, const String& sort);
     void openMadeByHand();
     void run(std::int32_t options);
@@ -279,6 +312,13 @@ private:
     std::int32_t maxRecords_ = 0;
     std::int32_t cacheSize_ = 1;
     std::int32_t pageSize_ = 10;
+    bool stayInSync_ = true;
+    String savedIn_;  // the file that it was saved to
+    // "Update Criteria" is that of the cursor; the others decide nothing and are kept for who asks.
+    String uniqueTable_;
+    String resyncCommand_;
+    std::int32_t updateResync_ = static_cast<std::int32_t>(UpdateResyncEnum::adResyncAutoIncrement);
+    std::int32_t updateCriteria_ = static_cast<std::int32_t>(UpdateCriteriaEnum::adCriteriaUpdCols);
     Variant filter_ = u"";
     String sort_;
     std::optional<std::int64_t> rowsAffected_;

@@ -7,6 +7,9 @@ namespace kap::ado::errors {
 
 // Raised by the objects themselves.
 inline constexpr std::int32_t kInvalidArgument = -2146825287;      // 800A0BB9
+inline constexpr std::int32_t kOpeningFile = -2146825286;          // 800A0BBA
+inline constexpr std::int32_t kReadingFile = -2146825285;          // 800A0BBB
+inline constexpr std::int32_t kWritingFile = -2146825284;          // 800A0BBC
 inline constexpr std::int32_t kNoCurrentRecord = -2146825267;      // 800A0BCD
 inline constexpr std::int32_t kIllegalOperation = -2146825069;     // 800A0C93: in this context
 inline constexpr std::int32_t kInTransaction = -2146825042;        // 800A0CAE

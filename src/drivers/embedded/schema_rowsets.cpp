@@ -281,6 +281,8 @@ Result schemaRowset(const engine::SchemaCatalogue& catalogue, SchemaEnum kind,
         case SchemaEnum::adSchemaProviderTypes:
             addTypes(rows);
             break;
+        default:  // has been refused
+            break;
     }
     return rows.take();
 }

@@ -26,4 +26,9 @@ Result EmbeddedSession::schema(SchemaEnum kind, const SchemaRestrictions& wanted
     });
 }
 
+// The version is that of the file's format and of what reads it.
+Product EmbeddedSession::product() {
+    return {"KapLocal", engine::sqliteVersion(), engine_.catalogue().databaseName(), {}};
+}
+
 }  // namespace kap::ado::embedded

@@ -15,6 +15,7 @@ public:
     void execute(Request& request, Reply& reply) override { engine_.execute(request, reply); }
     ChangeOutcome apply(const RowChange& change) override;
     [[nodiscard]] Result schema(SchemaEnum kind, const SchemaRestrictions& wanted) override;
+    [[nodiscard]] Product product() override;
     void begin() override { engine_.begin(); }
     void commit() override { engine_.commit(); }
     void rollback() override { engine_.rollback(); }

@@ -56,6 +56,11 @@ Abilities Abilities::of(SQLHDBC connection) {
     return made;
 }
 
+Product productOf(SQLHDBC connection) {
+    return {textInfo(connection, SQL_DBMS_NAME), textInfo(connection, SQL_DBMS_VER),
+            textInfo(connection, SQL_SERVER_NAME), textInfo(connection, SQL_USER_NAME)};
+}
+
 std::string Abilities::quoted(std::string_view name) const {
     if (quote.empty()) {
         return std::string(name);

@@ -32,4 +32,7 @@ struct Abilities {
     [[nodiscard]] std::string folded(std::string_view name) const;
 };
 
+// What the server says of itself; asked for when somebody wants to know.
+[[nodiscard]] Product productOf(SQLHDBC connection);
+
 }  // namespace kap::ado::odbc

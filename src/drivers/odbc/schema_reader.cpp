@@ -368,6 +368,8 @@ Result schemaRowset(Link& link, SchemaEnum kind, const SchemaRestrictions& wante
         case SchemaEnum::adSchemaProviderTypes:
             reader.addTypes();
             break;
+        default:  // has been refused
+            break;
     }
     return rows.take();
 }

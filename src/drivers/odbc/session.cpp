@@ -144,6 +144,10 @@ void OdbcSession::begin() {
     ++depth_;
 }
 
+Product OdbcSession::product() {
+    return productOf(link_->handle());
+}
+
 void OdbcSession::commit() {
     if (depth_ == 0) {
         noTransaction("COMMIT");

@@ -21,6 +21,7 @@ public:
     ChangeOutcome apply(const RowChange& change) override;
     [[nodiscard]] Result schema(SchemaEnum kind, const SchemaRestrictions& wanted) override;
     [[nodiscard]] std::string quotedName(std::string_view name) const override;
+    [[nodiscard]] Product product() override;
     void setIsolation(IsolationLevelEnum level) override;
     void begin() override;
     void commit() override;

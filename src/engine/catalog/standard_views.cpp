@@ -138,11 +138,40 @@ SystemRows routines(const SchemaCatalogue& catalogue) {
     return view;
 }
 
+SystemRows parameters(const SchemaCatalogue& catalogue) {
+    SystemRows view{{{"SPECIFIC_SCHEMA", kName},
+                     {"SPECIFIC_NAME", kName},
+                     {"ORDINAL_POSITION", kInt},
+                     {"PARAMETER_MODE", kShort},
+                     {"PARAMETER_NAME", kName},
+                     {"DATA_TYPE", kName},
+                     {"CHARACTER_MAXIMUM_LENGTH", kInt},
+                     {"NUMERIC_PRECISION", kInt},
+                     {"NUMERIC_SCALE", kInt}},
+                    {}};
+    for (const StoredObject& object : catalogue.objects()) {
+        if (object.kind != StoredKind::Procedure && object.kind != StoredKind::Function) continue;
+        const auto module = catalogue.findModule(object.kind, object.name);
+        if (module == nullptr) continue;
+        std::int64_t ordinal = 0;
+        for (const tsql::ParameterDefinition& each : module->definition.parameters) {
+            const bool exact = tsql::isDecimal(each.type.type);
+            view.rows.push_back({text("dbo"), text(object.name), number(++ordinal),
+                                 text(each.output ? "INOUT" : "IN"), text(each.name),
+                                 text(tsql::typeName(each.type.type)), lengthOf(each.type),
+                                 exact ? number(each.type.precision) : Value(),
+                                 exact ? number(each.type.scale) : Value()});
+        }
+    }
+    return view;
+}
+
 constexpr auto kStandardViews = std::to_array<View>({
     {"information_schema", "tables", tables},
     {"information_schema", "columns", columns},
     {"information_schema", "views", viewTexts},
     {"information_schema", "routines", routines},
+    {"information_schema", "parameters", parameters},
     {"information_schema", "table_constraints", constraints},
     {"information_schema", "key_column_usage", keyColumns},
 });

@@ -1,0 +1,146 @@
+#include "ado/procedure_parameters.hpp"
+
+#include <algorithm>
+#include <array>
+#include <string>
+#include <utility>
+
+#include <kaputil/ado/recordset.hpp>
+#include <kaputil/automation/convert.hpp>
+#include <kaputil/data/error_numbers.hpp>
+
+#include "base/ascii.hpp"
+#include "data/driver.hpp"
+#include "tsql/lexer.hpp"
+
+namespace kap::ado {
+namespace {
+
+using enum DataTypeEnum;
+
+using Named = std::pair<std::string_view, DataTypeEnum>;
+constexpr auto kSqlTypes = std::to_array<Named>({
+    {"bit", adBoolean},
+    {"boolean", adBoolean},
+    {"tinyint", adUnsignedTinyInt},
+    {"smallint", adSmallInt},
+    {"int", adInteger},
+    {"integer", adInteger},
+    {"bigint", adBigInt},
+    {"decimal", adNumeric},
+    {"numeric", adNumeric},
+    {"money", adCurrency},
+    {"smallmoney", adCurrency},
+    {"real", adSingle},
+    {"float", adDouble},
+    {"double precision", adDouble},
+    {"date", adDBDate},
+    {"datetime", adDBTimeStamp},
+    {"datetime2", adDBTimeStamp},
+    {"smalldatetime", adDBTimeStamp},
+    {"timestamp without time zone", adDBTimeStamp},
+    {"time", adDBTime},
+    {"char", adChar},
+    {"character", adChar},
+    {"varchar", adVarChar},
+    {"character varying", adVarChar},
+    {"text", adLongVarChar},
+    {"nchar", adWChar},
+    {"nvarchar", adVarWChar},
+    {"ntext", adLongVarWChar},
+    {"binary", adBinary},
+    {"varbinary", adVarBinary},
+    {"bytea", adLongVarBinary},
+    {"image", adLongVarBinary},
+    {"uniqueidentifier", adGUID},
+    {"uuid", adGUID},
+});
+
+DataTypeEnum typeOfSql(const std::string& name) {
+    const std::string lower = asciiLower(name);
+    const auto found = std::ranges::find(kSqlTypes, lower, &Named::first);
+    return found == kSqlTypes.end() ? adVarWChar : found->second;
+}
+
+// The name alone, without the owner's in front of it and brackets around it.
+std::string plainName(const String& given) {
+    std::string name = given.utf8();
+    const std::size_t point = name.rfind('.');
+    if (point != std::string::npos) {
+        name.erase(0, point + 1);
+    }
+    if (name.size() > 1 && (name.front() == '[' || name.front() == '"')) {
+        name = name.substr(1, name.size() - 2);
+    }
+    return name;
+}
+
+std::string literal(const std::string& text) {
+    std::string quoted = "'";
+    for (const char letter : text) {
+        quoted.append(letter == '\'' ? 2 : 1, letter);
+    }
+    return quoted + "'";
+}
+
+std::int32_t numberOr(const Variant& value, std::int32_t otherwise) {
+    return value.isNull() ? otherwise : convert::toLong(value);
+}
+
+ParameterDirectionEnum directionOf(const String& mode) {
+    return mode == String(u"IN") ? ParameterDirectionEnum::adParamInput
+                                 : ParameterDirectionEnum::adParamInputOutput;
+}
+
+Ref<Parameter> returnValue() {
+    auto parameter = make<Parameter>();
+    parameter->setName(u"@RETURN_VALUE");
+    parameter->setType(adInteger);
+    parameter->setDirection(ParameterDirectionEnum::adParamReturnValue);
+    return parameter;
+}
+
+Ref<Parameter> described(const Recordset& row) {
+    const auto value = [&](const char16_t* name) { return row.Fields()->Item(name)->Value(); };
+    auto parameter = make<Parameter>();
+    parameter->setName(convert::toString(value(u"parameter_name")));
+    parameter->setType(typeOfSql(convert::toString(value(u"data_type")).utf8()));
+    parameter->setDirection(directionOf(convert::toString(value(u"parameter_mode"))));
+    parameter->setSize(std::max(0, numberOr(value(u"character_maximum_length"), 0)));
+    if (parameter->Type() == adNumeric) {
+        parameter->setPrecision(
+            static_cast<std::uint8_t>(numberOr(value(u"numeric_precision"), 0)));
+        parameter->setNumericScale(static_cast<std::uint8_t>(numberOr(value(u"numeric_scale"), 0)));
+    }
+    return parameter;
+}
+
+}  // namespace
+
+std::vector<Ref<Parameter>> parametersOfProcedure(Connection& connection, const String& name) {
+    const std::string wanted = literal(plainName(name));
+    const auto known = connection.Execute(
+        "SELECT routine_name FROM information_schema.routines WHERE routine_name = " + wanted);
+    if (known->Eof()) {
+        throw DriverError({{2812, errors::kCommandText, "42000",
+                            "Could not find stored procedure '" + name.utf8() + "'.", 0}});
+    }
+    std::vector<Ref<Parameter>> parameters = {returnValue()};
+    const auto rows = connection.Execute(
+        "SELECT parameter_name, data_type, parameter_mode, character_maximum_length, "
+        "numeric_precision, numeric_scale FROM information_schema.parameters WHERE specific_name "
+        "= " +
+        wanted + " AND ordinal_position > 0 ORDER BY ordinal_position");
+    for (; !rows->Eof(); rows->MoveNext()) {
+        parameters.push_back(described(*rows));
+    }
+    return parameters;
+}
+
+std::size_t markCount(std::string_view script) {
+    const auto tokens = tsql::tokenize(script);
+    return static_cast<std::size_t>(std::ranges::count_if(
+        tokens, [](const tsql::Token& token) { return token.kind == tsql::TokenKind::Parameter; }));
+}
+
+}  // namespace kap::ado
