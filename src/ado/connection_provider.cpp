@@ -54,7 +54,9 @@ void Connection::setKey(const char* name, const Variant& value) {
         text.append(unit == u'"' ? 2 : 1, unit);
     }
     const String key(name);
-    setConnectionString(ConnectionString() + u";" + key.units() + u"=\"" + text + u"\"");
+    const String before = ConnectionString();
+    setConnectionString(before + (before.empty() ? u"" : u";") + key.units() + u"=\"" + text +
+                        u"\"");
 }
 
 Ref<Properties> Connection::Properties() {

@@ -19,7 +19,7 @@ struct ServedClass {
 
 // The creatable classes of the type libraries: those that the library publishes, and beside them
 // those of data access, so that scripts have the embedded database: KapLocal.Connection,
-// KapLocal.Recordset, KapLocal.Command.
+// KapLocal.Recordset, KapLocal.Command, KapLocal.Stream.
 [[nodiscard]] std::span<const ServedClass> servedClasses();
 
 }  // namespace kap::com

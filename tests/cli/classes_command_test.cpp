@@ -99,8 +99,8 @@ TEST(ClassesCommand, ListsWhatElseCanBeMadeByName) {
         names.push_back(shown["programmaticName"]);
     }
     const std::vector<std::string> expected = {
-        "ADODB.Command",   "ADODB.Connection",           "ADODB.Parameter",
-        "ADODB.Recordset", "Scripting.FileSystemObject", "Outlook.Application"};
+        "ADODB.Command", "ADODB.Connection",           "ADODB.Parameter",    "ADODB.Recordset",
+        "ADODB.Stream",  "Scripting.FileSystemObject", "Outlook.Application"};
     EXPECT_EQ(names, expected);
 }
 

@@ -67,7 +67,7 @@ TEST(Completion, OffersTheOptionsOfNumbers) {
 TEST(Completion, OffersClasses) {
     EXPECT_EQ(offered({"kaputil", "classes", "CP"}), "CProprieta");
     EXPECT_EQ(offered({"kaputil", "classes", "ADODB."}),
-              "ADODB.Command ADODB.Connection ADODB.Parameter ADODB.Recordset");
+              "ADODB.Command ADODB.Connection ADODB.Parameter ADODB.Recordset ADODB.Stream");
 }
 
 TEST(Completion, OffersTheMembersOfAClass) {
