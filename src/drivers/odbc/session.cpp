@@ -145,7 +145,7 @@ void OdbcSession::begin() {
 }
 
 Product OdbcSession::product() {
-    return productOf(link_->handle());
+    return productOf(work_->link->handle());
 }
 
 void OdbcSession::commit() {
