@@ -17,7 +17,7 @@ Property::~Property() = default;
 
 const ClassDescription& Property::classDescription() {
     static const ClassDescription description =
-        ClassBuilder<Property>(u"Property", u"e6d06f3b-5a86-4b3b-9c1d-0a6d4a6f7b32",
+        ClassBuilder<Property>(u"Property", u"e6d06f3b-5a86-4b3b-9c1d-0a6d4a6f7b52",
                                u"e6d06f3b-5a86-4b3b-9c1d-0a6d4a6f7b42")
             .summary(u"What a provider tells of an object beyond its members.")
             .property<&Property::Attributes>(u"Attributes", u"Bits of PropertyAttributesEnum.")
@@ -54,7 +54,7 @@ Properties::~Properties() = default;
 
 const ClassDescription& Properties::classDescription() {
     static const ClassDescription description =
-        ClassBuilder<Properties>(u"Properties", u"e6d06f3b-5a86-4b3b-9c1d-0a6d4a6f7b33",
+        ClassBuilder<Properties>(u"Properties", u"e6d06f3b-5a86-4b3b-9c1d-0a6d4a6f7b53",
                                  u"e6d06f3b-5a86-4b3b-9c1d-0a6d4a6f7b43")
             .summary(u"The properties of a connection, a command, a recordset or a field.")
             .property<&Properties::Count>(u"Count", u"How many there are.")

@@ -94,7 +94,7 @@ const ClassDescription& Stream::classDescription() {
     static const ClassDescription description =
         streamMethods(
             streamProperties(
-                ClassBuilder<Stream>(u"Stream", u"e6d06f3b-5a86-4b3b-9c1d-0a6d4a6f7b31",
+                ClassBuilder<Stream>(u"Stream", u"e6d06f3b-5a86-4b3b-9c1d-0a6d4a6f7b51",
                                      u"e6d06f3b-5a86-4b3b-9c1d-0a6d4a6f7b41")
                     .summary(u"Bytes or text in memory, read and written, loaded and saved.")))
             .build();

@@ -131,6 +131,7 @@ std::vector<CopiedColumn> columnsOf(ado::Connection& connection, const CopyDiale
     const auto fields =
         opened(connection, "SELECT * FROM " + dialect.quoted(table) + " WHERE 1 = 0")->Fields();
     std::vector<CopiedColumn> columns;
+    columns.reserve(static_cast<std::size_t>(fields->Count()));
     for (std::int32_t i = 0; i < fields->Count(); ++i) {
         columns.push_back(columnOf(*fields->Item(i)));
     }

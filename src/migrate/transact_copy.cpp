@@ -51,7 +51,7 @@ public:
     }
     // What has more digits than the library's numbers and times, and what it does not know.
     [[nodiscard]] std::string selected(const CopiedColumn& column) const override {
-        const std::string name = quoted(column.name);
+        std::string name = quoted(column.name);
         const std::string_view type = typeName(column.declared);
         const bool times =
             isOneOf(type, {"datetime2", "time", "datetimeoffset"}) && column.scale > kMilliseconds;

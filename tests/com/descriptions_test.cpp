@@ -106,6 +106,10 @@ TEST(TypeLibraries, GiveEveryClassAnIdentityOfItsOwn) {
             EXPECT_TRUE(identities.insert(one.classId.utf8()).second) << one.name.utf8();
             EXPECT_TRUE(identities.insert(one.interfaceId.utf8()).second) << one.name.utf8();
             EXPECT_EQ(typeLibraryOf(*one.description), &types);
+            if (const ClassDescription* events = eventsOf(one)) {
+                EXPECT_TRUE(identities.insert(events->interfaceId.utf8()).second)
+                    << events->name.utf8();
+            }
         }
     }
 }

@@ -319,7 +319,7 @@ bool isDroppedFromOdbc(const ConnectionString::Pair& pair) {
 // name; one that is not known gets the usual key.
 std::string intentFor(const ConnectionString& keys) {
     constexpr std::string_view kPostgres = "postgresql";
-    const auto pairs = keys.pairs();
+    const auto& pairs = keys.pairs();
     const auto intent = std::ranges::find_if(pairs, [](const ConnectionString::Pair& pair) {
         const KeyUse* use = useOf(pair.key);
         return use != nullptr && use->use == Use::Intent;

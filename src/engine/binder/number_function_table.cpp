@@ -141,7 +141,8 @@ TypeSpec angleType(const TypeSpec& type, int moreDigits) {
     constexpr int kStoredDigits = 18;
     constexpr int kFewestDecimals = 6;
     const int whole = std::max(1, type.precision - type.scale + moreDigits);
-    return {SqlType::Numeric, 0, kMostDecimalDigits, std::max(kStoredDigits - whole, kFewestDecimals)};
+    return {SqlType::Numeric, 0, kMostDecimalDigits,
+            std::max(kStoredDigits - whole, kFewestDecimals)};
 }
 
 BoundExpression converted(ScalarCall& call, const char* factor, int moreDigits) {

@@ -47,8 +47,7 @@ bool isPlainText(const Value& value) {
 
 std::u16string bytesText(const Value& value) {
     constexpr std::uint32_t kBinary = 3;
-    std::u16string text =
-        value.type == kBinary ? u"hex:" : u"hex(" + shortHex(value.type) + u"):";
+    std::u16string text = value.type == kBinary ? u"hex:" : u"hex(" + shortHex(value.type) + u"):";
     for (std::size_t i = 0; i < value.data.size(); ++i) {
         if (i > 0) {
             text += i % kBytesInALine == 0 ? u",\\\n  " : u",";
