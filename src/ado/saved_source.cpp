@@ -5,6 +5,7 @@
 
 #include <kaputil/ado/stream.hpp>
 #include <kaputil/automation/convert.hpp>
+#include <kaputil/automation/error.hpp>
 
 #include "base/ascii.hpp"
 #include "data/connection_string.hpp"

@@ -106,8 +106,8 @@ std::string secondsText(double day, double linear) {
 std::string dateText(DataTypeEnum type, double linear) {
     const double day = std::floor(linear);
     const convert::CivilDate date = convert::civilDate(static_cast<int>(day));
-    std::string dayText = plain::padded(date.year, 4) + "-" + plain::padded(date.month, 2) +
-                                "-" + plain::padded(date.day, 2);
+    std::string dayText = plain::padded(date.year, 4) + "-" + plain::padded(date.month, 2) + "-" +
+                          plain::padded(date.day, 2);
     if (type == adDBDate) {
         return dayText;
     }
