@@ -64,11 +64,9 @@ void checkBlock(const ScriptFile& file, const ScriptBlock& block) {
 
 // A whole number of 10^-scale as a decimal text.
 std::string scaled(std::int64_t value, int scale) {
-    std::string digits = plain::text(value < 0 ? -value : value);
-    while (static_cast<int>(digits.size()) <= scale)
-        digits.insert(0, "0");
+    std::string digits = plain::padded(value, scale + 1);
     if (scale > 0) digits.insert(digits.size() - static_cast<std::size_t>(scale), ".");
-    return (value < 0 ? "-" : "") + digits;
+    return digits;
 }
 
 std::string hexadecimal(std::string_view bytes) {
