@@ -8,6 +8,7 @@
 
 #include "ado/recordset_notices.hpp"
 #include "ado/row_cursor.hpp"
+#include "base/hexadecimal.hpp"
 #include "data/failures.hpp"
 
 namespace kap::ado {
@@ -34,13 +35,7 @@ String textOf(const Variant& value) {
     if (!value.isArray()) {
         return convert::toString(value);
     }
-    std::u16string digits;
-    for (const std::uint8_t byte : value.as<Array>().bytes()) {
-        constexpr std::u16string_view kDigits = u"0123456789ABCDEF";
-        digits += kDigits[byte >> 4];
-        digits += kDigits[byte & 0xFU];
-    }
-    return digits;
+    return String(hex::ofBytes(value.as<Array>().bytes()));
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 #include "data/schema_rows.hpp"
 
 #include <algorithm>
+#include <utility>
 
 #include <kaputil/automation/plain_text.hpp>
 
@@ -192,6 +193,34 @@ void SchemaRows::add(const std::vector<Cell>& cells) {
         const auto cell =
             std::ranges::find(cells, std::string_view(result_.columns[i].name), &Cell::first);
         append(result_.rows[i], cell == cells.end() ? CellValue{} : cell->second);
+    }
+}
+
+CellValue schemaNumber(std::int64_t value) {
+    return value;
+}
+
+CellValue schemaFlag(bool value) {
+    return schemaNumber(value ? 1 : 0);
+}
+
+CellValue schemaText(std::string text) {
+    return text.empty() ? CellValue{} : CellValue{std::move(text)};
+}
+
+DataTypeEnum schemaType(DataTypeEnum type) {
+    switch (type) {
+        case DataTypeEnum::adVarChar:
+        case DataTypeEnum::adLongVarChar:
+            return DataTypeEnum::adChar;
+        case DataTypeEnum::adVarWChar:
+        case DataTypeEnum::adLongVarWChar:
+            return DataTypeEnum::adWChar;
+        case DataTypeEnum::adVarBinary:
+        case DataTypeEnum::adLongVarBinary:
+            return DataTypeEnum::adBinary;
+        default:
+            return type;
     }
 }
 

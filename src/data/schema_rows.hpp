@@ -14,6 +14,13 @@ namespace kap::ado {
 // 3251 for a rowset that does not exist.
 [[nodiscard]] const std::vector<std::string>& restrictionColumns(SchemaEnum kind);
 
+// Cells of a schema rowset; an empty text is Null.
+[[nodiscard]] CellValue schemaNumber(std::int64_t value);
+[[nodiscard]] CellValue schemaFlag(bool value);
+[[nodiscard]] CellValue schemaText(std::string text);
+// Schema rowsets do not tell texts of varying length from fixed ones.
+[[nodiscard]] DataTypeEnum schemaType(DataTypeEnum type);
+
 // The rows of a schema rowset being gathered by a driver: every driver answers in the same columns.
 class SchemaRows {
 public:

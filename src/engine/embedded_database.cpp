@@ -105,6 +105,21 @@ ColumnFacts factsOf(const Column& column) {
 struct EmbeddedDatabase::Inside {
     explicit Inside(const Options& options) : session(options) {}
 
+    // Raises DriverError.
+    ado::Reply execute(std::string_view script) {
+        ado::Request request;
+        request.text = script;
+        ado::Reply reply;
+        session.execute(request, reply);
+        return reply;
+    }
+
+    void keepPrinted(const std::vector<ado::ServerMessage>& all) {
+        for (const ado::ServerMessage& message : all) {
+            if (!message.isError()) messages.push_back(message.text);
+        }
+    }
+
     EngineSession session;
     std::vector<std::string> messages;
 };
@@ -120,18 +135,19 @@ EmbeddedDatabase& EmbeddedDatabase::operator=(EmbeddedDatabase&&) noexcept = def
 EmbeddedDatabase::~EmbeddedDatabase() = default;
 
 std::vector<ResultSet> EmbeddedDatabase::run(std::string_view script) {
-    ado::Request request;
-    request.text = script;
-    ado::Reply reply;
-    withDatabaseErrors([&] { inside_->session.execute(request, reply); });
-    for (ado::ServerMessage& message : reply.messages) {
-        inside_->messages.push_back(std::move(message.text));
+    try {
+        const ado::Reply reply = inside_->execute(script);
+        inside_->keepPrinted(reply.messages);
+        std::vector<ResultSet> sets;
+        sets.reserve(reply.results.size());
+        for (const ado::Result& result : reply.results) {
+            sets.push_back(resultSetOf(result));
+        }
+        return sets;
+    } catch (const ado::DriverError& error) {
+        inside_->keepPrinted(error.messages());
+        throw databaseError(error);
     }
-    std::vector<ResultSet> sets;
-    for (const ado::Result& result : reply.results) {
-        sets.push_back(resultSetOf(result));
-    }
-    return sets;
 }
 
 std::vector<std::string> EmbeddedDatabase::takeMessages() {
@@ -174,14 +190,14 @@ std::vector<TableFacts> EmbeddedDatabase::tables() {
 }
 
 void EmbeddedDatabase::backUp(const std::filesystem::path& copy) {
-    run("BACKUP DATABASE " + sqlName(inside_->session.catalogue().databaseName()) +
-        " TO DISK = " + sqlText(utf8Of(copy)));
-    inside_->messages.pop_back();  // that it is done
+    withDatabaseErrors([&] {
+        inside_->execute("BACKUP DATABASE " + sqlName(inside_->session.catalogue().databaseName()) +
+                         " TO DISK = " + sqlText(utf8Of(copy)));
+    });
 }
 
 void EmbeddedDatabase::check() {
-    run("DBCC CHECKDB");
-    inside_->messages.pop_back();  // that nothing was found
+    withDatabaseErrors([&] { inside_->execute("DBCC CHECKDB"); });
 }
 
 }  // namespace kap::engine

@@ -6,6 +6,8 @@
 #include <kaputil/automation/convert.hpp>
 #include <kaputil/automation/plain_text.hpp>
 
+#include "base/hexadecimal.hpp"
+
 namespace kap::migrate {
 namespace {
 
@@ -29,16 +31,6 @@ std::string decimalText(const Decimal& value, const ado::Field& field) {
     const std::uint8_t scale = field.NumericScale();
     const bool scaled = field.Type() == DataTypeEnum::adNumeric && scale <= Decimal::kMaxScale;
     return withDecimals(value.plainText(), scaled ? scale : 0);
-}
-
-std::string bytesText(const std::vector<std::uint8_t>& bytes) {
-    constexpr const char* kDigits = "0123456789ABCDEF";
-    std::string text = "0x";
-    for (const std::uint8_t byte : bytes) {
-        text.push_back(kDigits[byte >> 4U]);
-        text.push_back(kDigits[byte & 0x0FU]);
-    }
-    return text;
 }
 
 }  // namespace
@@ -135,7 +127,7 @@ std::optional<std::string> cellText(const ado::Field& field) {
             return field.Type() == DataTypeEnum::adDBDate ? plain::isoDate(value.as<Date>())
                                                           : plain::isoDateTime(value.as<Date>());
         case VarType::Array:
-            return bytesText(value.as<Array>().bytes());
+            return "0x" + hex::ofBytes(value.as<Array>().bytes());
         case VarType::String:
             return value.as<String>().utf8();
         default:

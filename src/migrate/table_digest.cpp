@@ -2,6 +2,7 @@
 
 #include <kaputil/ado/field.hpp>
 
+#include "base/hexadecimal.hpp"
 #include "migrate/cell_text.hpp"
 
 namespace kap::migrate {
@@ -65,12 +66,8 @@ void TableDigest::add(const std::vector<CopiedColumn>& columns, const ado::Field
 }
 
 std::string TableDigest::text() const {
-    constexpr const char* kDigits = "0123456789abcdef";
-    std::string made;
-    for (int shift = 60; shift >= 0; shift -= 4) {
-        made.push_back(kDigits[sum >> static_cast<unsigned>(shift) & 0xFU]);
-    }
-    return made;
+    constexpr std::size_t kDigits = 16;
+    return hex::ofNumber(sum, hex::Case::Lower, kDigits);
 }
 
 }  // namespace kap::migrate

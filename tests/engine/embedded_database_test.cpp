@@ -63,6 +63,8 @@ TEST_F(EmbeddedDatabaseTest, HandsOverWhatIsPrintedOnce) {
     database.run("PRINT 'uno' PRINT 'due'");
     EXPECT_EQ((std::vector<std::string>{"uno", "due"}), database.takeMessages());
     EXPECT_TRUE(database.takeMessages().empty());
+    EXPECT_EQ(8134, errorOf(database, "PRINT 'tre' SELECT 1 / 0").number());
+    EXPECT_EQ(std::vector<std::string>{"tre"}, database.takeMessages());
 }
 
 TEST_F(EmbeddedDatabaseTest, KeepsWhatTheOutermostCommitKeeps) {

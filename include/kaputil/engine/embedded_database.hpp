@@ -75,7 +75,7 @@ private:
 // How a database is opened.
 struct DatabaseSettings {
     bool readOnly = false;                 // and the file must be there
-    std::chrono::seconds lockTimeout{30};  // how long other writers are waited for, up to a day
+    std::chrono::seconds lockTimeout{30};  // how long other writers are waited for
     bool synchronous = true;               // a commit waits until it is on the disk
 };
 
@@ -94,7 +94,8 @@ public:
     ~EmbeddedDatabase();
 
     // Runs one batch of the dialect and gives what each of its statements answered. Raises
-    // DatabaseError with the first error; whether what came before it stands is as on a server.
+    // DatabaseError with the first error; whether what came before it stands is as on a server, and
+    // what was printed till then is kept.
     std::vector<ResultSet> run(std::string_view script);
 
     // What scripts have printed since this was last asked, in order.

@@ -11,6 +11,7 @@
 
 #include "automation/convert/calendar.hpp"
 #include "base/ascii.hpp"
+#include "base/hexadecimal.hpp"
 #include "data/failures.hpp"
 
 namespace kap::ado::persist {
@@ -157,25 +158,6 @@ std::optional<double> readDate(DataTypeEnum type, std::string_view text) {
 
 // --- Bytes
 
-std::string hexText(std::string_view bytes) {
-    constexpr std::string_view kDigits = "0123456789abcdef";
-    std::string text;
-    text.reserve(2 * bytes.size());
-    for (const char byte : bytes) {
-        text += kDigits[static_cast<unsigned char>(byte) >> 4U];
-        text += kDigits[static_cast<unsigned char>(byte) & 0xFU];
-    }
-    return text;
-}
-
-int hexDigit(char letter) {
-    if (letter >= '0' && letter <= '9') {
-        return letter - '0';
-    }
-    const char lower = letter >= 'A' && letter <= 'F' ? static_cast<char>(letter + 32) : letter;
-    return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : -1;
-}
-
 std::optional<std::string> readHex(std::string_view text) {
     std::string bytes;
     int high = -1;
@@ -183,7 +165,7 @@ std::optional<std::string> readHex(std::string_view text) {
         if (letter == ' ') {
             continue;
         }
-        const int digit = hexDigit(letter);
+        const int digit = hex::valueOf(static_cast<unsigned char>(letter));
         if (digit < 0) {
             return std::nullopt;
         }
@@ -250,7 +232,7 @@ std::string textText(const ColumnInfo& column, const std::string& value) {
     if (column.wideDecimal || storageOf(column.type) == Storage::Text) {
         return column.type == adGUID ? "{" + value + "}" : value;
     }
-    return hexText(value);
+    return hex::ofBytes(value, hex::Case::Lower);
 }
 
 }  // namespace

@@ -6,7 +6,7 @@
 
 #include <kaputil/automation/plain_text.hpp>
 
-#include "base/ascii.hpp"
+#include "base/hexadecimal.hpp"
 #include "base/unicode.hpp"
 #include "data/failures.hpp"
 
@@ -44,10 +44,10 @@ std::string utf8Of(std::uint32_t code) {
 
 std::optional<std::uint32_t> numberOf(std::string_view digits, std::uint32_t base) {
     std::uint32_t code = 0;
-    for (const char letter : asciiLower(digits)) {
-        const std::size_t digit = std::string_view("0123456789abcdef").find(letter);
+    for (const char letter : digits) {
+        const int digit = hex::valueOf(static_cast<unsigned char>(letter));
         constexpr std::uint32_t kLargest = 0x10FFFF;
-        if (digit >= base || code > kLargest) {
+        if (digit < 0 || static_cast<std::uint32_t>(digit) >= base || code > kLargest) {
             return std::nullopt;
         }
         code = code * base + static_cast<std::uint32_t>(digit);

@@ -16,35 +16,6 @@ namespace {
 
 constexpr const char* kOwner = "dbo";
 
-CellValue whole(std::int64_t value) {
-    return value;
-}
-
-CellValue boolean(bool value) {
-    return whole(value ? 1 : 0);
-}
-
-CellValue textOrNull(const std::string& text) {
-    return text.empty() ? CellValue{} : CellValue{text};
-}
-
-// Schema rowsets do not tell texts of varying length from fixed ones.
-DataTypeEnum generalType(DataTypeEnum type) {
-    switch (type) {
-        case DataTypeEnum::adVarChar:
-        case DataTypeEnum::adLongVarChar:
-            return DataTypeEnum::adChar;
-        case DataTypeEnum::adVarWChar:
-        case DataTypeEnum::adLongVarWChar:
-            return DataTypeEnum::adWChar;
-        case DataTypeEnum::adVarBinary:
-        case DataTypeEnum::adLongVarBinary:
-            return DataTypeEnum::adBinary;
-        default:
-            return type;
-    }
-}
-
 std::int64_t flagsOf(const ColumnInfo& info, const engine::Column& column) {
     const auto bit = [](bool set, FieldAttributeEnum flag) {
         return set ? static_cast<std::int64_t>(flag) : 0;
@@ -63,17 +34,17 @@ void addSizes(std::vector<SchemaRows::Cell>& cells, const tsql::TypeSpec& type,
     if (tsql::isText(type.type) || tsql::isBinary(type.type)) {
         const std::int64_t size = info.definedSize;
         const bool doubled = tsql::isNational(type.type);
-        cells.emplace_back("CHARACTER_MAXIMUM_LENGTH", whole(size));
-        cells.emplace_back("CHARACTER_OCTET_LENGTH", whole(doubled ? size * 2 : size));
+        cells.emplace_back("CHARACTER_MAXIMUM_LENGTH", schemaNumber(size));
+        cells.emplace_back("CHARACTER_OCTET_LENGTH", schemaNumber(doubled ? size * 2 : size));
     }
     if (tsql::isNumber(type.type) && info.precision != 255) {
-        cells.emplace_back("NUMERIC_PRECISION", whole(info.precision));
+        cells.emplace_back("NUMERIC_PRECISION", schemaNumber(info.precision));
     }
     if (tsql::isDecimal(type.type)) {
-        cells.emplace_back("NUMERIC_SCALE", whole(info.numericScale));
+        cells.emplace_back("NUMERIC_SCALE", schemaNumber(info.numericScale));
     }
     if (tsql::isDate(type.type) && info.numericScale != 255) {
-        cells.emplace_back("DATETIME_PRECISION", whole(info.numericScale));
+        cells.emplace_back("DATETIME_PRECISION", schemaNumber(info.numericScale));
     }
 }
 
@@ -102,12 +73,12 @@ void addColumns(SchemaRows& rows, const engine::SchemaCatalogue& catalogue) {
                 {"TABLE_SCHEMA", kOwner},
                 {"TABLE_NAME", table->name},
                 {"COLUMN_NAME", column.name},
-                {"ORDINAL_POSITION", whole(++ordinal)},
-                {"COLUMN_HASDEFAULT", boolean(!given.empty())},
-                {"COLUMN_DEFAULT", textOrNull(given)},
-                {"COLUMN_FLAGS", whole(flagsOf(info, column))},
-                {"IS_NULLABLE", boolean(column.nullable)},
-                {"DATA_TYPE", whole(static_cast<std::int64_t>(generalType(info.type)))}};
+                {"ORDINAL_POSITION", schemaNumber(++ordinal)},
+                {"COLUMN_HASDEFAULT", schemaFlag(!given.empty())},
+                {"COLUMN_DEFAULT", schemaText(given)},
+                {"COLUMN_FLAGS", schemaNumber(flagsOf(info, column))},
+                {"IS_NULLABLE", schemaFlag(column.nullable)},
+                {"DATA_TYPE", schemaNumber(static_cast<std::int64_t>(schemaType(info.type)))}};
             addSizes(cells, column.type, info);
             rows.add(cells);
         }
@@ -145,8 +116,8 @@ void addPrimaryKeys(SchemaRows& rows, const engine::SchemaCatalogue& catalogue) 
             rows.add({{"TABLE_SCHEMA", kOwner},
                       {"TABLE_NAME", table->name},
                       {"COLUMN_NAME", column->name},
-                      {"ORDINAL", whole(++ordinal)},
-                      {"PK_NAME", textOrNull(name)}});
+                      {"ORDINAL", schemaNumber(++ordinal)},
+                      {"PK_NAME", schemaText(name)}});
         }
     }
 }
@@ -161,15 +132,15 @@ void addIndexes(SchemaRows& rows, const engine::SchemaCatalogue& catalogue) {
                       {"TABLE_NAME", index.table},
                       {"INDEX_SCHEMA", kOwner},
                       {"INDEX_NAME", index.name},
-                      {"PRIMARY_KEY", boolean(index.key == "PK")},
-                      {"UNIQUE", boolean(index.unique)},
-                      {"CLUSTERED", boolean(false)},
-                      {"TYPE", whole(kTree)},
-                      {"AUTO_UPDATE", boolean(true)},
-                      {"ORDINAL_POSITION", whole(static_cast<std::int64_t>(i) + 1)},
+                      {"PRIMARY_KEY", schemaFlag(index.key == "PK")},
+                      {"UNIQUE", schemaFlag(index.unique)},
+                      {"CLUSTERED", schemaFlag(false)},
+                      {"TYPE", schemaNumber(kTree)},
+                      {"AUTO_UPDATE", schemaFlag(true)},
+                      {"ORDINAL_POSITION", schemaNumber(static_cast<std::int64_t>(i) + 1)},
                       {"COLUMN_NAME", index.columns[i]},
-                      {"COLLATION", whole(index.descending[i] ? kDescending : kAscending)},
-                      {"INTEGRATED", boolean(false)}});
+                      {"COLLATION", schemaNumber(index.descending[i] ? kDescending : kAscending)},
+                      {"INTEGRATED", schemaFlag(false)}});
         }
     }
 }
@@ -223,27 +194,28 @@ void addType(SchemaRows& rows, const tsql::TypeSpec& type, bool bestMatch) {
     const ColumnInfo info = engine::typeInfo(type);
     const bool number = tsql::isNumber(type.type);
     const bool digits = number && info.precision != 255;
-    const CellValue maximumScale = tsql::isDecimal(type.type) ? whole(info.precision) : CellValue{};
-    const CellValue minimumScale = tsql::isDecimal(type.type) ? whole(0) : CellValue{};
+    const CellValue maximumScale =
+        tsql::isDecimal(type.type) ? schemaNumber(info.precision) : CellValue{};
+    const CellValue minimumScale = tsql::isDecimal(type.type) ? schemaNumber(0) : CellValue{};
     rows.add({{"TYPE_NAME", tsql::typeName(type.type)},
-              {"DATA_TYPE", whole(static_cast<std::int64_t>(generalType(info.type)))},
-              {"COLUMN_SIZE", whole(digits ? info.precision : info.definedSize)},
+              {"DATA_TYPE", schemaNumber(static_cast<std::int64_t>(schemaType(info.type)))},
+              {"COLUMN_SIZE", schemaNumber(digits ? info.precision : info.definedSize)},
               {"LITERAL_PREFIX", literalSign(type.type, true)},
               {"LITERAL_SUFFIX", literalSign(type.type, false)},
               {"CREATE_PARAMS", createParameters(type, info)},
-              {"IS_NULLABLE", boolean(type.type != tsql::SqlType::Timestamp)},
-              {"CASE_SENSITIVE", boolean(false)},
-              {"SEARCHABLE", whole(tsql::isText(type.type) ? kSearchable : kAllExceptLike)},
+              {"IS_NULLABLE", schemaFlag(type.type != tsql::SqlType::Timestamp)},
+              {"CASE_SENSITIVE", schemaFlag(false)},
+              {"SEARCHABLE", schemaNumber(tsql::isText(type.type) ? kSearchable : kAllExceptLike)},
               {"UNSIGNED_ATTRIBUTE",
-               number ? boolean(type.type == tsql::SqlType::TinyInt) : CellValue{}},
-              {"FIXED_PREC_SCALE", boolean(tsql::isMoney(type.type))},
-              {"AUTO_UNIQUE_VALUE", boolean(false)},
+               number ? schemaFlag(type.type == tsql::SqlType::TinyInt) : CellValue{}},
+              {"FIXED_PREC_SCALE", schemaFlag(tsql::isMoney(type.type))},
+              {"AUTO_UNIQUE_VALUE", schemaFlag(false)},
               {"LOCAL_TYPE_NAME", tsql::typeName(type.type)},
               {"MINIMUM_SCALE", minimumScale},
               {"MAXIMUM_SCALE", maximumScale},
-              {"IS_LONG", boolean(info.isLong)},
-              {"BEST_MATCH", boolean(bestMatch)},
-              {"IS_FIXEDLENGTH", boolean(info.fixedLength)}});
+              {"IS_LONG", schemaFlag(info.isLong)},
+              {"BEST_MATCH", schemaFlag(bestMatch)},
+              {"IS_FIXEDLENGTH", schemaFlag(info.fixedLength)}});
 }
 
 void addTypes(SchemaRows& rows) {
@@ -252,7 +224,7 @@ void addTypes(SchemaRows& rows) {
         types.push_back(widest(static_cast<tsql::SqlType>(i)));
     }
     const auto code = [](const tsql::TypeSpec& type) {
-        return generalType(engine::typeInfo(type).type);
+        return schemaType(engine::typeInfo(type).type);
     };
     std::ranges::stable_sort(types, {}, code);
     for (std::size_t i = 0; i < types.size(); ++i) {

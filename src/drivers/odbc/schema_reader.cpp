@@ -14,35 +14,6 @@ namespace {
 
 using Cells = std::vector<SchemaRows::Cell>;
 
-CellValue whole(std::int64_t value) {
-    return value;
-}
-
-CellValue boolean(bool value) {
-    return whole(value ? 1 : 0);
-}
-
-CellValue textOrNull(std::string text) {
-    return text.empty() ? CellValue{} : CellValue{std::move(text)};
-}
-
-// Schema rowsets do not tell texts of varying length from fixed ones.
-DataTypeEnum generalType(DataTypeEnum type) {
-    switch (type) {
-        case DataTypeEnum::adVarChar:
-        case DataTypeEnum::adLongVarChar:
-            return DataTypeEnum::adChar;
-        case DataTypeEnum::adVarWChar:
-        case DataTypeEnum::adLongVarWChar:
-            return DataTypeEnum::adWChar;
-        case DataTypeEnum::adVarBinary:
-        case DataTypeEnum::adLongVarBinary:
-            return DataTypeEnum::adBinary;
-        default:
-            return type;
-    }
-}
-
 // Asks one catalogue function after the other and hands its rows over.
 class SchemaReader {
 public:
@@ -61,11 +32,11 @@ public:
               statement);
         CatalogueRows found(link_, std::move(statement));
         while (found.next()) {
-            rows_.add({{"TABLE_CATALOG", textOrNull(found.text(1))},
-                       {"TABLE_SCHEMA", textOrNull(found.text(2))},
-                       {"TABLE_NAME", textOrNull(found.text(3))},
-                       {"TABLE_TYPE", textOrNull(found.text(4))},
-                       {"DESCRIPTION", textOrNull(found.text(5))}});
+            rows_.add({{"TABLE_CATALOG", schemaText(found.text(1))},
+                       {"TABLE_SCHEMA", schemaText(found.text(2))},
+                       {"TABLE_NAME", schemaText(found.text(3))},
+                       {"TABLE_TYPE", schemaText(found.text(4))},
+                       {"DESCRIPTION", schemaText(found.text(5))}});
         }
     }
 
@@ -97,12 +68,12 @@ public:
                   statement);
             CatalogueRows found(link_, std::move(statement));
             while (found.next()) {
-                rows_.add({{"TABLE_CATALOG", textOrNull(found.text(1))},
-                           {"TABLE_SCHEMA", textOrNull(found.text(2))},
-                           {"TABLE_NAME", textOrNull(found.text(3))},
-                           {"COLUMN_NAME", textOrNull(found.text(4))},
-                           {"ORDINAL", whole(found.number(5).value_or(0))},
-                           {"PK_NAME", textOrNull(found.text(6))}});
+                rows_.add({{"TABLE_CATALOG", schemaText(found.text(1))},
+                           {"TABLE_SCHEMA", schemaText(found.text(2))},
+                           {"TABLE_NAME", schemaText(found.text(3))},
+                           {"COLUMN_NAME", schemaText(found.text(4))},
+                           {"ORDINAL", schemaNumber(found.number(5).value_or(0))},
+                           {"PK_NAME", schemaText(found.text(6))}});
             }
         }
     }
@@ -219,10 +190,10 @@ private:
     }
 
     Cells columnCells(CatalogueRows& found) const {
-        Cells cells = {{"TABLE_CATALOG", textOrNull(found.text(1))},
-                       {"TABLE_SCHEMA", textOrNull(found.text(2))},
-                       {"TABLE_NAME", textOrNull(found.text(3))},
-                       {"COLUMN_NAME", textOrNull(found.text(4))}};
+        Cells cells = {{"TABLE_CATALOG", schemaText(found.text(1))},
+                       {"TABLE_SCHEMA", schemaText(found.text(2))},
+                       {"TABLE_NAME", schemaText(found.text(3))},
+                       {"COLUMN_NAME", schemaText(found.text(4))}};
         AnnouncedType type;
         type.code = static_cast<SQLSMALLINT>(found.number(5).value_or(SQL_VARCHAR));
         type.name = found.text(6);
@@ -234,12 +205,13 @@ private:
         const std::int64_t ordinal = found.number(17).value_or(0);
         ColumnInfo info;
         describeType(type, link_.abilities().server->inventedSize(), info);
-        cells.emplace_back("ORDINAL_POSITION", whole(ordinal));
-        cells.emplace_back("COLUMN_HASDEFAULT", boolean(!defaultValue.empty()));
-        cells.emplace_back("COLUMN_DEFAULT", textOrNull(defaultValue));
-        cells.emplace_back("COLUMN_FLAGS", whole(flagsOf(info, type, nullable)));
-        cells.emplace_back("IS_NULLABLE", boolean(nullable));
-        cells.emplace_back("DATA_TYPE", whole(static_cast<std::int64_t>(generalType(info.type))));
+        cells.emplace_back("ORDINAL_POSITION", schemaNumber(ordinal));
+        cells.emplace_back("COLUMN_HASDEFAULT", schemaFlag(!defaultValue.empty()));
+        cells.emplace_back("COLUMN_DEFAULT", schemaText(defaultValue));
+        cells.emplace_back("COLUMN_FLAGS", schemaNumber(flagsOf(info, type, nullable)));
+        cells.emplace_back("IS_NULLABLE", schemaFlag(nullable));
+        cells.emplace_back("DATA_TYPE",
+                           schemaNumber(static_cast<std::int64_t>(schemaType(info.type))));
         addSizes(cells, info);
         return cells;
     }
@@ -261,18 +233,18 @@ private:
         const Storage storage = storageOf(info.type);
         const bool text = storage == Storage::Text && info.type != DataTypeEnum::adGUID;
         if (text || storage == Storage::Binary) {
-            const bool doubled = generalType(info.type) == DataTypeEnum::adWChar;
+            const bool doubled = schemaType(info.type) == DataTypeEnum::adWChar;
             const std::int64_t size = info.definedSize;
-            cells.emplace_back("CHARACTER_MAXIMUM_LENGTH", whole(size));
-            cells.emplace_back("CHARACTER_OCTET_LENGTH", whole(doubled ? size * 2 : size));
+            cells.emplace_back("CHARACTER_MAXIMUM_LENGTH", schemaNumber(size));
+            cells.emplace_back("CHARACTER_OCTET_LENGTH", schemaNumber(doubled ? size * 2 : size));
         } else if (info.type == DataTypeEnum::adNumeric) {
-            cells.emplace_back("NUMERIC_PRECISION", whole(info.precision));
-            cells.emplace_back("NUMERIC_SCALE", whole(info.numericScale));
+            cells.emplace_back("NUMERIC_PRECISION", schemaNumber(info.precision));
+            cells.emplace_back("NUMERIC_SCALE", schemaNumber(info.numericScale));
         } else if (info.type == DataTypeEnum::adDBTimeStamp) {
-            cells.emplace_back("DATETIME_PRECISION", whole(info.numericScale));
+            cells.emplace_back("DATETIME_PRECISION", schemaNumber(info.numericScale));
         } else if (info.precision != 255 && info.type != DataTypeEnum::adDBDate &&
                    info.type != DataTypeEnum::adDBTime) {
-            cells.emplace_back("NUMERIC_PRECISION", whole(info.precision));
+            cells.emplace_back("NUMERIC_PRECISION", schemaNumber(info.precision));
         }
     }
 
@@ -290,20 +262,20 @@ private:
         const std::string column = found.text(9);
         const bool descending = found.text(10) == "D";
         constexpr std::int64_t kTree = 1;
-        rows_.add({{"TABLE_CATALOG", textOrNull(catalog)},
-                   {"TABLE_SCHEMA", textOrNull(schema)},
-                   {"TABLE_NAME", textOrNull(table)},
-                   {"INDEX_SCHEMA", textOrNull(schema)},
-                   {"INDEX_NAME", textOrNull(name)},
-                   {"PRIMARY_KEY", boolean(name == primary)},
-                   {"UNIQUE", boolean(!many)},
-                   {"CLUSTERED", boolean(type == SQL_INDEX_CLUSTERED)},
-                   {"TYPE", whole(kTree)},
-                   {"AUTO_UPDATE", boolean(true)},
-                   {"ORDINAL_POSITION", whole(ordinal)},
-                   {"COLUMN_NAME", textOrNull(column)},
-                   {"COLLATION", whole(descending ? 2 : 1)},
-                   {"INTEGRATED", boolean(false)}});
+        rows_.add({{"TABLE_CATALOG", schemaText(catalog)},
+                   {"TABLE_SCHEMA", schemaText(schema)},
+                   {"TABLE_NAME", schemaText(table)},
+                   {"INDEX_SCHEMA", schemaText(schema)},
+                   {"INDEX_NAME", schemaText(name)},
+                   {"PRIMARY_KEY", schemaFlag(name == primary)},
+                   {"UNIQUE", schemaFlag(!many)},
+                   {"CLUSTERED", schemaFlag(type == SQL_INDEX_CLUSTERED)},
+                   {"TYPE", schemaNumber(kTree)},
+                   {"AUTO_UPDATE", schemaFlag(true)},
+                   {"ORDINAL_POSITION", schemaNumber(ordinal)},
+                   {"COLUMN_NAME", schemaText(column)},
+                   {"COLLATION", schemaNumber(descending ? 2 : 1)},
+                   {"INTEGRATED", schemaFlag(false)}});
     }
 
     Cells typeCells(CatalogueRows& found) const {
@@ -322,22 +294,22 @@ private:
         const std::int64_t automatic = found.number(12).value_or(0);
         ColumnInfo info;
         describeType(type, 0, info);
-        return {{"TYPE_NAME", textOrNull(type.name)},
-                {"DATA_TYPE", whole(static_cast<std::int64_t>(generalType(info.type)))},
-                {"COLUMN_SIZE", whole(static_cast<std::int64_t>(type.size))},
-                {"LITERAL_PREFIX", textOrNull(prefix)},
-                {"LITERAL_SUFFIX", textOrNull(suffix)},
-                {"CREATE_PARAMS", textOrNull(parameters)},
-                {"IS_NULLABLE", boolean(nullable != SQL_NO_NULLS)},
-                {"CASE_SENSITIVE", boolean(caseSensitive != 0)},
+        return {{"TYPE_NAME", schemaText(type.name)},
+                {"DATA_TYPE", schemaNumber(static_cast<std::int64_t>(schemaType(info.type)))},
+                {"COLUMN_SIZE", schemaNumber(static_cast<std::int64_t>(type.size))},
+                {"LITERAL_PREFIX", schemaText(prefix)},
+                {"LITERAL_SUFFIX", schemaText(suffix)},
+                {"CREATE_PARAMS", schemaText(parameters)},
+                {"IS_NULLABLE", schemaFlag(nullable != SQL_NO_NULLS)},
+                {"CASE_SENSITIVE", schemaFlag(caseSensitive != 0)},
                 // The data-access objects count the ways of searching from 1.
-                {"SEARCHABLE", whole(searchable + 1)},
-                {"UNSIGNED_ATTRIBUTE", isUnsigned ? boolean(*isUnsigned != 0) : CellValue{}},
-                {"FIXED_PREC_SCALE", boolean(money != 0)},
-                {"AUTO_UNIQUE_VALUE", boolean(automatic != 0)},
-                {"IS_LONG", boolean(info.isLong)},
-                {"BEST_MATCH", boolean(true)},
-                {"IS_FIXEDLENGTH", boolean(info.fixedLength)}};
+                {"SEARCHABLE", schemaNumber(searchable + 1)},
+                {"UNSIGNED_ATTRIBUTE", isUnsigned ? schemaFlag(*isUnsigned != 0) : CellValue{}},
+                {"FIXED_PREC_SCALE", schemaFlag(money != 0)},
+                {"AUTO_UNIQUE_VALUE", schemaFlag(automatic != 0)},
+                {"IS_LONG", schemaFlag(info.isLong)},
+                {"BEST_MATCH", schemaFlag(true)},
+                {"IS_FIXEDLENGTH", schemaFlag(info.fixedLength)}};
     }
 
     Link& link_;

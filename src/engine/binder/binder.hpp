@@ -53,7 +53,7 @@ struct BoundValues {
 
 /// Gives names their columns, expressions their types, and writes both as SQLite text.
 ///
-/// One class, one room (source file) for each part of the language: bind_constants.cpp,
+/// One class, one source file for each part of the language: bind_constants.cpp,
 /// bind_expressions.cpp, bind_operators.cpp, bind_comparisons.cpp, bind_conditions.cpp,
 /// bind_functions.cpp and its tables, bind_string_agg.cpp, bind_windows.cpp,
 /// bind_system_values.cpp, bind_queries.cpp, bind_unions.cpp, bind_selects.cpp, bind_groups.cpp,
