@@ -11,8 +11,8 @@ import sys
 import sources
 
 GROUND = {"base", "automation"}
-VALUES = GROUND | {"tsql", "engine/values"}
-SQLITE = VALUES | {"data", "platform", "engine/sqlite"}
+VALUES = GROUND | {"tsql", "data", "engine/values"}
+SQLITE = VALUES | {"platform", "engine/sqlite"}
 CATALOG = SQLITE | {"engine/catalog"}
 BINDER = CATALOG | {"engine/binder"}
 PLAN = BINDER | {"engine/plan"}
@@ -26,7 +26,7 @@ MAY_INCLUDE = {
     "platform": GROUND,
     "tsql": GROUND,
     "data": GROUND,
-    "engine/values": GROUND | {"tsql"},
+    "engine/values": GROUND | {"tsql", "data"},
     "engine/sqlite": SQLITE,
     "engine/catalog": CATALOG,
     "engine/binder": BINDER,

@@ -26,11 +26,11 @@ PendingValues changesOf(const RowTable& table, std::size_t row, const PendingRow
     PendingValues changes(table.columns().size());
     for (std::size_t column = 0; column < changes.size(); ++column) {
         const ColumnInfo& info = table.columns()[column];
-        const CellValue shown = databaseValue(info, table.store(column), row);
+        const Value shown = databaseValue(info, table.store(column), row);
         const bool isNew = waiting.kind == PendingRow::Kind::New;
         // What was not given in a new row is left to the database's defaults.
         const bool given =
-            isNew ? info.writable() && shown != CellValue{} : waiting.original[column].has_value();
+            isNew ? info.writable() && shown != Value{} : waiting.original[column].has_value();
         if (given) {
             changes[column] = shown;
         }

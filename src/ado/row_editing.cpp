@@ -77,7 +77,8 @@ Variant RowCursor::underlyingValue(std::size_t column) const {
 
 std::string_view RowCursor::bytes(std::size_t column) const {
     if (!pending_.empty() && pending_[column]) {
-        return std::get<std::string>(*pending_[column]);
+        const std::string* bytes = bytesOf(*pending_[column]);
+        return bytes == nullptr ? std::string_view() : std::string_view(*bytes);
     }
     const std::size_t row = currentRow();
     const ColumnStore& store = table_->store(column);
@@ -95,11 +96,11 @@ void RowCursor::assign(std::size_t column, const Variant& given) {
     const ColumnInfo& info = columns()[column];
     const bool adding = editMode_ == EditModeEnum::adEditAdd;
     const std::size_t row = adding ? 0 : currentRow();
-    CellValue cell = toCell(info, given);
+    Value cell = toCell(info, given);
     if (!info.writable()) {
         // The database sets this column. Saying what it holds already changes nothing: a record
         // read whole may be assigned back whole.
-        const CellValue held = adding ? CellValue{} : table_->original(row, column);
+        const Value held = adding ? Value{} : table_->original(row, column);
         if (cell != held) {
             fail::doesNotFit(info.name);
         }

@@ -85,7 +85,7 @@ void RowTable::makeRoom(const PendingValues& values, std::size_t rows) {
 void RowTable::makeRoom(std::size_t column, const PendingValues& values, std::size_t rows,
                         std::size_t besides) {
     const bool given = column < values.size() && values[column].has_value();
-    const auto* bytes = given ? std::get_if<std::string>(&*values[column]) : nullptr;
+    const auto* bytes = given ? bytesOf(*values[column]) : nullptr;
     result_.rows[column].makeRoom(rows, (bytes != nullptr ? bytes->size() : 0) + besides);
 }
 
@@ -105,7 +105,7 @@ void RowTable::put(std::size_t row, const PendingValues& values) {
 }
 
 void RowTable::append(const PendingValues& values) {
-    const CellValue null;
+    const Value null;
     for (std::size_t column = 0; column < columns().size(); ++column) {
         makeRoom(column, values, 1, 0);
     }
@@ -127,7 +127,7 @@ void RowTable::revert(std::size_t row) {
     const PendingValues& original = waiting->second.original;
     put(row, original);
     for (std::size_t column = 0; column < nullsReplaced_.size(); ++column) {
-        if (nullsReplaced_[column] && original[column] == CellValue{}) {
+        if (nullsReplaced_[column] && original[column] == Value{}) {
             result_.rows[column].setReplacedNull(row);
         }
     }
@@ -135,7 +135,7 @@ void RowTable::revert(std::size_t row) {
     pending_.erase(waiting);
 }
 
-CellValue RowTable::original(std::size_t row, std::size_t column) const {
+Value RowTable::original(std::size_t row, std::size_t column) const {
     const PendingRow* waiting = pending(row);
     if (waiting != nullptr && waiting->original[column]) {
         return *waiting->original[column];
@@ -143,7 +143,7 @@ CellValue RowTable::original(std::size_t row, std::size_t column) const {
     return databaseValue(columns()[column], result_.rows[column], row);
 }
 
-CellValue RowTable::underlying(std::size_t row, std::size_t column) const {
+Value RowTable::underlying(std::size_t row, std::size_t column) const {
     const auto found = underlying_.find(row);
     if (found != underlying_.end() && found->second[column]) {
         return *found->second[column];

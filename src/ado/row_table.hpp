@@ -83,9 +83,9 @@ public:
     void revert(std::size_t row);
 
     // The cell as the database holds it: what an update must find there.
-    [[nodiscard]] CellValue original(std::size_t row, std::size_t column) const;
+    [[nodiscard]] Value original(std::size_t row, std::size_t column) const;
     // The same, or what the last comparison with the database found (Resync).
-    [[nodiscard]] CellValue underlying(std::size_t row, std::size_t column) const;
+    [[nodiscard]] Value underlying(std::size_t row, std::size_t column) const;
     void setUnderlying(std::size_t row, PendingValues values);
     void forgetUnderlying(std::size_t row) { underlying_.erase(row); }
 

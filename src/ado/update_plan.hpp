@@ -12,7 +12,7 @@ namespace kap::ado {
 class RowTable;
 
 // The values assigned to a record, one entry a column; unset: not assigned.
-using PendingValues = std::vector<std::optional<CellValue>>;
+using PendingValues = std::vector<std::optional<Value>>;
 
 // What a row must still hold to be written, beside its key.
 struct RowCheck {

@@ -164,15 +164,15 @@ std::string toText(const ColumnInfo& column, const Variant& value) {
     return text.utf8();
 }
 
-std::string toBinary(const ColumnInfo& column, const Variant& value) {
+Blob toBinary(const ColumnInfo& column, const Variant& value) {
     const std::vector<std::uint8_t>& bytes = value.as<Array>().bytes();
     if (!column.isLong && bytes.size() > static_cast<std::size_t>(column.definedSize)) {
         fail::doesNotFit(column.name);
     }
-    return {bytes.begin(), bytes.end()};
+    return {{bytes.begin(), bytes.end()}};
 }
 
-CellValue convertCell(const ColumnInfo& column, const Variant& value) {
+Value convertCell(const ColumnInfo& column, const Variant& value) {
     if (column.wideDecimal) {
         return convert::toDecimal(value).plainText();
     }
@@ -215,20 +215,23 @@ Variant toVariant(const ColumnInfo& column, const ColumnStore& store, std::size_
     return bytesVariant(column, store.bytes(row));
 }
 
-Variant toVariant(const ColumnInfo& column, const CellValue& value) {
+Variant toVariant(const ColumnInfo& column, const Value& value) {
     if (const auto* integer = std::get_if<std::int64_t>(&value)) {
         return integerVariant(column, *integer);
     }
     if (const auto* real = std::get_if<double>(&value)) {
         return realVariant(column, *real);
     }
-    if (const auto* bytes = std::get_if<std::string>(&value)) {
-        return column.wideDecimal ? wideVariant(column, *bytes) : bytesVariant(column, *bytes);
+    if (const auto* text = std::get_if<std::string>(&value)) {
+        return column.wideDecimal ? wideVariant(column, *text) : textVariant(column, *text);
+    }
+    if (const auto* blob = std::get_if<Blob>(&value)) {
+        return binaryVariant(blob->bytes);
     }
     return Variant::null();
 }
 
-CellValue toCell(const ColumnInfo& column, const Variant& given) {
+Value toCell(const ColumnInfo& column, const Variant& given) {
     const Variant value = convert::plainValue(given);
     if (value.isNull() || value.isEmpty()) {
         return std::monostate{};
@@ -247,47 +250,8 @@ CellValue toCell(const ColumnInfo& column, const Variant& given) {
     }
 }
 
-CellValue databaseValue(const ColumnInfo& column, const ColumnStore& store, std::size_t row) {
-    if (store.cell(row) != ColumnStore::Cell::Value) {
-        return std::monostate{};
-    }
-    if (column.wideDecimal) {
-        return std::string(store.bytes(row));
-    }
-    switch (storageOf(column.type)) {
-        case Storage::Integer:
-            return store.integer(row);
-        case Storage::Real:
-            return store.real(row);
-        case Storage::Text:
-        case Storage::Binary:
-            break;
-    }
-    return std::string(store.bytes(row));
-}
-
-void append(ColumnStore& store, const CellValue& value) {
-    if (const auto* integer = std::get_if<std::int64_t>(&value)) {
-        store.appendInteger(*integer);
-    } else if (const auto* real = std::get_if<double>(&value)) {
-        store.appendReal(*real);
-    } else if (const auto* bytes = std::get_if<std::string>(&value)) {
-        store.appendBytes(*bytes);
-    } else {
-        store.appendNull();
-    }
-}
-
-void put(ColumnStore& store, std::size_t row, const CellValue& value) {
-    if (const auto* integer = std::get_if<std::int64_t>(&value)) {
-        store.setInteger(row, *integer);
-    } else if (const auto* real = std::get_if<double>(&value)) {
-        store.setReal(row, *real);
-    } else if (const auto* bytes = std::get_if<std::string>(&value)) {
-        store.setBytes(row, *bytes);
-    } else {
-        store.setNull(row);
-    }
+Value databaseValue(const ColumnInfo& column, const ColumnStore& store, std::size_t row) {
+    return valueAt(store, row, column.wideDecimal ? Storage::Text : storageOf(column.type));
 }
 
 }  // namespace kap::ado

@@ -12,17 +12,14 @@ namespace kap::ado {
 
 [[nodiscard]] Variant toVariant(const ColumnInfo& column, const ColumnStore& store,
                                 std::size_t row);
-[[nodiscard]] Variant toVariant(const ColumnInfo& column, const CellValue& value);
+[[nodiscard]] Variant toVariant(const ColumnInfo& column, const Value& value);
 
 // A client's value in the column's stored form, converted under the user's locale; Null and Empty
 // are Null. Raises 3421 when it does not convert and -2147217887 when it does not fit.
-[[nodiscard]] CellValue toCell(const ColumnInfo& column, const Variant& value);
+[[nodiscard]] Value toCell(const ColumnInfo& column, const Variant& value);
 
 // What the database holds in a cell: a replaced Null is Null.
-[[nodiscard]] CellValue databaseValue(const ColumnInfo& column, const ColumnStore& store,
-                                      std::size_t row);
-
-void append(ColumnStore& store, const CellValue& value);
-void put(ColumnStore& store, std::size_t row, const CellValue& value);
+[[nodiscard]] Value databaseValue(const ColumnInfo& column, const ColumnStore& store,
+                                  std::size_t row);
 
 }  // namespace kap::ado

@@ -105,4 +105,48 @@ std::uint64_t ColumnStore::store(std::string_view bytes) {
     return start;
 }
 
+Value valueAt(const ColumnStore& store, std::size_t row, Storage storage) {
+    if (store.cell(row) != ColumnStore::Cell::Value) {
+        return std::monostate{};
+    }
+    switch (storage) {
+        case Storage::Integer:
+            return store.integer(row);
+        case Storage::Real:
+            return store.real(row);
+        case Storage::Text:
+        case Storage::Binary:
+            break;
+    }
+    return bytesValue(storage, store.bytes(row));
+}
+
+void append(ColumnStore& store, const Value& value) {
+    if (const auto* integer = std::get_if<std::int64_t>(&value)) {
+        store.appendInteger(*integer);
+    } else if (const auto* real = std::get_if<double>(&value)) {
+        store.appendReal(*real);
+    } else if (const auto* text = std::get_if<std::string>(&value)) {
+        store.appendBytes(*text);
+    } else if (const auto* blob = std::get_if<Blob>(&value)) {
+        store.appendBytes(blob->bytes);
+    } else {
+        store.appendNull();
+    }
+}
+
+void put(ColumnStore& store, std::size_t row, const Value& value) {
+    if (const auto* integer = std::get_if<std::int64_t>(&value)) {
+        store.setInteger(row, *integer);
+    } else if (const auto* real = std::get_if<double>(&value)) {
+        store.setReal(row, *real);
+    } else if (const auto* text = std::get_if<std::string>(&value)) {
+        store.setBytes(row, *text);
+    } else if (const auto* blob = std::get_if<Blob>(&value)) {
+        store.setBytes(row, blob->bytes);
+    } else {
+        store.setNull(row);
+    }
+}
+
 }  // namespace kap::ado

@@ -8,6 +8,8 @@
 #include <string_view>
 #include <vector>
 
+#include "data/value.hpp"
+
 namespace kap::ado {
 
 // One column of a materialised result, kept apart from the others: eight bytes and a state byte a
@@ -74,5 +76,11 @@ private:
     // the bytes. `words_` holds where it starts.
     std::vector<char> arena_;
 };
+
+// What the database holds in a cell: a replaced Null is Null.
+[[nodiscard]] Value valueAt(const ColumnStore& store, std::size_t row, Storage storage);
+
+void append(ColumnStore& store, const Value& value);
+void put(ColumnStore& store, std::size_t row, const Value& value);
 
 }  // namespace kap::ado

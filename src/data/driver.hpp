@@ -9,7 +9,6 @@
 #include <string>
 #include <string_view>
 #include <utility>
-#include <variant>
 #include <vector>
 
 #include <kaputil/automation/error.hpp>
@@ -18,19 +17,11 @@
 
 #include "data/column_store.hpp"
 #include "data/connection_string.hpp"
+#include "data/value.hpp"
 
 // What stands between the data-access objects and a database. A driver knows its database; it knows
 // nothing of recordsets, Variants or clients. Texts are UTF-8.
 namespace kap::ado {
-
-// How the cells of a column are kept in its store; it follows from the data type.
-enum class Storage : std::uint8_t {
-    Integer,  // whole numbers, Boolean (0 or 1), Currency (times 10^4), decimals (times 10^scale)
-    Real,     // Single, Double, and dates as linear days from 30 December 1899
-    Text,     // UTF-8
-    Binary,
-};
-[[nodiscard]] Storage storageOf(DataTypeEnum type) noexcept;
 
 // Everything that a result tells about one of its columns.
 struct ColumnInfo {
@@ -117,24 +108,11 @@ private:
     std::exception_ptr handled_;
 };
 
-// No cell ever holds it. The standard library takes a variant of nothing but numbers and texts for
-// one that always has a value, and then fails in ending one whose text it had no memory to copy.
-struct NoCell {
-    NoCell() = default;
-    NoCell(const NoCell& /*other*/) noexcept {}
-    NoCell& operator=(const NoCell& /*other*/) noexcept { return *this; }
-    ~NoCell() = default;
-    friend bool operator==(const NoCell&, const NoCell&) noexcept { return true; }
-};
-
-// A value in storage form (see Storage), on its way to the database.
-using CellValue = std::variant<std::monostate, std::int64_t, double, std::string, NoCell>;
-
 struct ColumnValue {
     std::string column;  // base column
     DataTypeEnum type = DataTypeEnum::adEmpty;
     std::uint8_t numericScale = 255;
-    CellValue value;  // monostate is Null
+    Value value;  // monostate is Null
 };
 
 // A typed value that goes with a request, comes back from it, or both.
@@ -145,7 +123,7 @@ struct RequestParameter {
     std::uint8_t precision = 0;
     std::uint8_t numericScale = 0;
     ParameterDirectionEnum direction = ParameterDirectionEnum::adParamInput;
-    CellValue value;  // monostate is Null; replaced when the direction says so
+    Value value;  // monostate is Null; replaced when the direction says so
 };
 
 // What is sent to the database at once.
@@ -176,7 +154,7 @@ struct RowChange {
 
 struct ChangeOutcome {
     std::int64_t rowsTouched = 0;
-    std::vector<CellValue> readBack;  // of the touched row, when there was exactly one
+    std::vector<Value> readBack;  // of the touched row, when there was exactly one
 };
 
 // What a database says of itself; empty where it says nothing.

@@ -148,7 +148,7 @@ ColumnInfo columnOf(const char* name, DataTypeEnum type) {
 }
 
 // The texts that restrictions are compared with.
-std::string restrictable(const CellValue& value) {
+std::string restrictable(const Value& value) {
     if (const auto* number = std::get_if<std::int64_t>(&value)) {
         return plain::text(*number);
     }
@@ -192,20 +192,20 @@ void SchemaRows::add(const std::vector<Cell>& cells) {
     for (std::size_t i = 0; i < result_.columns.size(); ++i) {
         const auto cell =
             std::ranges::find(cells, std::string_view(result_.columns[i].name), &Cell::first);
-        append(result_.rows[i], cell == cells.end() ? CellValue{} : cell->second);
+        append(result_.rows[i], cell == cells.end() ? Value{} : cell->second);
     }
 }
 
-CellValue schemaNumber(std::int64_t value) {
+Value schemaNumber(std::int64_t value) {
     return value;
 }
 
-CellValue schemaFlag(bool value) {
+Value schemaFlag(bool value) {
     return schemaNumber(value ? 1 : 0);
 }
 
-CellValue schemaText(std::string text) {
-    return text.empty() ? CellValue{} : CellValue{std::move(text)};
+Value schemaText(std::string text) {
+    return text.empty() ? Value{} : Value{std::move(text)};
 }
 
 DataTypeEnum schemaType(DataTypeEnum type) {

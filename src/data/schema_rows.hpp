@@ -15,9 +15,9 @@ namespace kap::ado {
 [[nodiscard]] const std::vector<std::string>& restrictionColumns(SchemaEnum kind);
 
 // Cells of a schema rowset; an empty text is Null.
-[[nodiscard]] CellValue schemaNumber(std::int64_t value);
-[[nodiscard]] CellValue schemaFlag(bool value);
-[[nodiscard]] CellValue schemaText(std::string text);
+[[nodiscard]] Value schemaNumber(std::int64_t value);
+[[nodiscard]] Value schemaFlag(bool value);
+[[nodiscard]] Value schemaText(std::string text);
 // Schema rowsets do not tell texts of varying length from fixed ones.
 [[nodiscard]] DataTypeEnum schemaType(DataTypeEnum type);
 
@@ -26,7 +26,7 @@ class SchemaRows {
 public:
     SchemaRows(SchemaEnum kind, const SchemaRestrictions& wanted);
 
-    using Cell = std::pair<std::string_view, CellValue>;
+    using Cell = std::pair<std::string_view, Value>;
     // Adds a row unless the restrictions exclude it; what is not named is Null. A value has the
     // storage form of its column.
     void add(const std::vector<Cell>& cells);

@@ -91,14 +91,14 @@ TEST_F(CommandTest, SendsItsParametersInTheirTypes) {
     command_->Execute();
     ASSERT_EQ(asked().parameters.size(), 5U);
     EXPECT_EQ(askedWith(0).type, adInteger);
-    EXPECT_EQ(askedWith(0).value, CellValue{std::int64_t{12}});
+    EXPECT_EQ(askedWith(0).value, Value{std::int64_t{12}});
     EXPECT_EQ(askedWith(0).name, "");
     EXPECT_EQ(askedWith(1).size, 30);
-    EXPECT_EQ(askedWith(1).value, CellValue{"Rossi"});
-    EXPECT_EQ(askedWith(2).value, CellValue{37986.0});
-    EXPECT_EQ(askedWith(3).value, CellValue{std::int64_t{1025}});
+    EXPECT_EQ(askedWith(1).value, Value{"Rossi"});
+    EXPECT_EQ(askedWith(2).value, Value{37986.0});
+    EXPECT_EQ(askedWith(3).value, Value{std::int64_t{1025}});
     EXPECT_EQ(askedWith(3).numericScale, 2);
-    EXPECT_EQ(askedWith(4).value, CellValue{});
+    EXPECT_EQ(askedWith(4).value, Value{});
 }
 
 TEST_F(CommandTest, ValuesGivenWithTheCallReplaceThoseOfInputParameters) {
@@ -107,11 +107,11 @@ TEST_F(CommandTest, ValuesGivenWithTheCallReplaceThoseOfInputParameters) {
     append(u"B", adInteger, adParamOutput, 0);
     append(u"C", adInteger, adParamInputOutput, 0, 3);
     command_->Execute(Variant(), Array::ofVariants({Variant(), u"33"}));
-    EXPECT_EQ(askedWith(0).value, CellValue{std::int64_t{1}});
-    EXPECT_EQ(askedWith(1).value, CellValue{});
-    EXPECT_EQ(askedWith(2).value, CellValue{std::int64_t{33}});
+    EXPECT_EQ(askedWith(0).value, Value{std::int64_t{1}});
+    EXPECT_EQ(askedWith(1).value, Value{});
+    EXPECT_EQ(askedWith(2).value, Value{std::int64_t{33}});
     command_->Execute(Variant(), 7);
-    EXPECT_EQ(askedWith(0).value, CellValue{std::int64_t{7}});
+    EXPECT_EQ(askedWith(0).value, Value{std::int64_t{7}});
     EXPECT_EQ(raisedBy([&] {
                   command_->Execute(Variant(), Array::ofVariants({1, 2, 3}));
               }),
@@ -129,10 +129,10 @@ TEST_F(CommandTest, WithoutParametersTheValuesSayTheTypes) {
     for (std::size_t i = 0; i < 10; ++i) {
         EXPECT_EQ(askedWith(i).type, expected[i]) << i;
     }
-    EXPECT_EQ(askedWith(4).value, CellValue{std::int64_t{15000}});
-    EXPECT_EQ(askedWith(5).value, CellValue{std::int64_t{1}});
-    EXPECT_EQ(askedWith(7).value, CellValue{});
-    EXPECT_EQ(askedWith(9).value, CellValue{std::int64_t{125}});
+    EXPECT_EQ(askedWith(4).value, Value{std::int64_t{15000}});
+    EXPECT_EQ(askedWith(5).value, Value{std::int64_t{1}});
+    EXPECT_EQ(askedWith(7).value, Value{});
+    EXPECT_EQ(askedWith(9).value, Value{std::int64_t{125}});
     EXPECT_EQ(askedWith(9).numericScale, 2);
 }
 
@@ -140,7 +140,7 @@ TEST_F(CommandTest, TakesBackWhatTheDatabaseWrote) {
     using enum DataTypeEnum;
     driver_.database.answers.clear();
     driver_.database.answers.push_back(
-        {{}, {}, {}, {CellValue{std::int64_t{5}}, CellValue{"fatto"}, CellValue{}}});
+        {{}, {}, {}, {Value{std::int64_t{5}}, Value{"fatto"}, Value{}}});
     append(u"RETURN_VALUE", adInteger, adParamReturnValue, 0);
     append(u"Codice", adInteger, adParamInput, 0, 12);
     append(u"Esito", adVarChar, adParamOutput, 20);
@@ -242,7 +242,7 @@ TEST_F(CommandTest, WorksByLateBoundCalls) {
     const Variant parameters = test::call(*command_, u"Parameters");
     test::call(*parameters.as<Ref<Object>>(), u"Append", {made});
     const Variant rows = test::call(*command_, u"Execute");
-    EXPECT_EQ(askedWith(0).value, CellValue{std::int64_t{12}});
+    EXPECT_EQ(askedWith(0).value, Value{std::int64_t{12}});
     EXPECT_TRUE(rows.isObject());
     EXPECT_EQ(parameters.as<Ref<Object>>()->elements().size(), 1U);
 }

@@ -433,7 +433,7 @@ TEST(StatementText, LeavesOutWhatCannotBeCompared) {
     change.values = {{"Testo", DataTypeEnum::adLongVarChar, 255, std::string("nuovo")}};
     change.criteria = {{"Testo", DataTypeEnum::adLongVarChar, 255, std::string("vecchio")},
                        {"Codice", DataTypeEnum::adInteger, 255, std::int64_t{7}},
-                       {"Fine]", DataTypeEnum::adVarChar, 255, CellValue()}};
+                       {"Fine]", DataTypeEnum::adVarChar, 255, Value()}};
     EXPECT_EQ("UPDATE Note SET [Testo] = N'nuovo' WHERE [Codice] = 7 AND [Fine]]] IS NULL",
               late_bound::writingText(change));
 }

@@ -21,7 +21,7 @@ struct FakeDatabase {
         std::optional<ado::ServerMessage> failure;
         std::vector<ado::Result> results;
         std::vector<ado::ServerMessage> messages;
-        std::vector<ado::CellValue> comingBack;  // of the parameters that do, in their order
+        std::vector<ado::Value> comingBack;  // of the parameters that do, in their order
     };
 
     std::vector<std::string> scripts;
@@ -136,7 +136,7 @@ public:
     [[nodiscard]] int transactionDepth() const override { return depth_; }
 
 private:
-    static void takeBack(ado::Request& request, const std::vector<ado::CellValue>& values) {
+    static void takeBack(ado::Request& request, const std::vector<ado::Value>& values) {
         std::size_t next = 0;
         for (ado::RequestParameter& parameter : request.parameters) {
             if (parameter.direction != ado::ParameterDirectionEnum::adParamInput &&

@@ -229,10 +229,7 @@ std::string realText(const ColumnInfo& column, double value) {
 }
 
 std::string textText(const ColumnInfo& column, const std::string& value) {
-    if (column.wideDecimal || storageOf(column.type) == Storage::Text) {
-        return column.type == adGUID ? "{" + value + "}" : value;
-    }
-    return hex::ofBytes(value, hex::Case::Lower);
+    return column.type == adGUID ? "{" + value + "}" : value;
 }
 
 }  // namespace
@@ -264,17 +261,20 @@ DataTypeEnum typeNamed(std::string_view type, std::string_view dbType, bool fixe
     return found->code;
 }
 
-std::string writtenValue(const ColumnInfo& column, const CellValue& value) {
+std::string writtenValue(const ColumnInfo& column, const Value& value) {
     if (const auto* integer = std::get_if<std::int64_t>(&value)) {
         return integerText(column, *integer);
     }
     if (const auto* real = std::get_if<double>(&value)) {
         return realText(column, *real);
     }
+    if (const auto* blob = std::get_if<Blob>(&value)) {
+        return hex::ofBytes(blob->bytes, hex::Case::Lower);
+    }
     return textText(column, std::get<std::string>(value));
 }
 
-CellValue readValue(const ColumnInfo& column, const std::string& text) {
+Value readValue(const ColumnInfo& column, const std::string& text) {
     if (column.wideDecimal) {
         if (!Decimal::parse(text)) {
             refuseValue(column, text);
@@ -284,20 +284,20 @@ CellValue readValue(const ColumnInfo& column, const std::string& text) {
     switch (storageOf(column.type)) {
         case Storage::Integer: {
             const auto whole = readInteger(column, text);
-            return whole ? CellValue(*whole) : (refuseValue(column, text), CellValue());
+            return whole ? Value(*whole) : (refuseValue(column, text), Value());
         }
         case Storage::Real: {
             if (isDateType(column.type)) {
                 const auto days = readDate(column.type, text);
-                return days ? CellValue(*days) : (refuseValue(column, text), CellValue());
+                return days ? Value(*days) : (refuseValue(column, text), Value());
             }
             const auto real = plain::readReal(text);
-            return real && real->inRange ? CellValue(real->value)
-                                         : (refuseValue(column, text), CellValue());
+            return real && real->inRange ? Value(real->value)
+                                         : (refuseValue(column, text), Value());
         }
         case Storage::Binary: {
             auto bytes = readHex(text);
-            return bytes ? CellValue(std::move(*bytes)) : (refuseValue(column, text), CellValue());
+            return bytes ? Value(Blob{std::move(*bytes)}) : (refuseValue(column, text), Value());
         }
         case Storage::Text:
             break;

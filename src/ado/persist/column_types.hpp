@@ -22,7 +22,7 @@ struct TypeName {
 
 // A value that is not Null as it stands in a row, not escaped, and back. Reading raises 3003 for a
 // text that is no value of the column.
-[[nodiscard]] std::string writtenValue(const ColumnInfo& column, const CellValue& value);
-[[nodiscard]] CellValue readValue(const ColumnInfo& column, const std::string& text);
+[[nodiscard]] std::string writtenValue(const ColumnInfo& column, const Value& value);
+[[nodiscard]] Value readValue(const ColumnInfo& column, const std::string& text);
 
 }  // namespace kap::ado::persist

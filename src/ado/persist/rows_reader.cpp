@@ -230,7 +230,7 @@ private:
             const std::size_t end = std::min(names.find(' '), names.size());
             const auto column = byName_.find(std::string(names.substr(0, end)));
             if (column != byName_.end()) {
-                values[column->second] = CellValue{};
+                values[column->second] = Value{};
             }
             names.remove_prefix(std::min(end + 1, names.size()));
         }
@@ -252,7 +252,7 @@ private:
             waiting.kind = PendingRow::Kind::Modified;
             for (std::size_t i = 0; i < values.size(); ++i) {
                 if (values[i]) {
-                    waiting.original[i] = (*original_)[i].value_or(CellValue{});
+                    waiting.original[i] = (*original_)[i].value_or(Value{});
                 } else {
                     values[i] = (*original_)[i];
                 }

@@ -115,12 +115,12 @@ private:
         }
     }
 
-    [[nodiscard]] CellValue shown(std::size_t row, std::size_t column) const {
+    [[nodiscard]] Value shown(std::size_t row, std::size_t column) const {
         return databaseValue(table_.columns()[column], table_.store(column), row);
     }
 
-    void value(std::size_t column, const CellValue& cell) {
-        if (cell == CellValue{}) {
+    void value(std::size_t column, const Value& cell) {
+        if (cell == Value{}) {
             return;
         }
         const ColumnInfo& info = table_.columns()[column];
@@ -145,8 +145,8 @@ private:
             if (!waiting.original[i]) {
                 continue;
             }
-            const CellValue now = shown(row, i);
-            if (now == CellValue{}) {
+            const Value now = shown(row, i);
+            if (now == Value{}) {
                 nulls += (nulls.empty() ? "" : " ") + names_[i];
             }
             value(i, now);

@@ -166,7 +166,7 @@ void EmbeddedRowChanger::readAgain(const RowChange& change, const engine::Table&
         return;
     }
     const auto row = std::get<std::int64_t>(outcome.readBack.front());
-    outcome.readBack.assign(change.readBack.size(), CellValue());
+    outcome.readBack.assign(change.readBack.size(), Value());
     engine::PreparedStatement look(connection_.handle(),
                                    "SELECT " + columnList(change.readBack, table) + " FROM " +
                                        target(table) + " WHERE " + engine::rowNumberName(table) +
@@ -176,7 +176,7 @@ void EmbeddedRowChanger::readAgain(const RowChange& change, const engine::Table&
         return;
     }
     for (std::size_t i = 0; i < change.readBack.size(); ++i) {
-        outcome.readBack[i] = look.cell(static_cast<int>(i));
+        outcome.readBack[i] = look.value(static_cast<int>(i));
     }
 }
 
@@ -211,7 +211,7 @@ ChangeOutcome EmbeddedRowChanger::run(const RowChange& change, RowStatement& com
     engine::PreparedStatement& statement = prepared(command.sql);
     const engine::ResetGuard guard(statement);
     for (std::size_t i = 0; i < command.values.size(); ++i) {
-        statement.bind(static_cast<int>(i + 1), command.values[i], command.storages[i]);
+        statement.bind(static_cast<int>(i + 1), command.values[i]);
     }
     ChangeOutcome outcome;
     while (statement.step()) {
@@ -219,7 +219,7 @@ ChangeOutcome EmbeddedRowChanger::run(const RowChange& change, RowStatement& com
             throw engine::tooManyRows();
         }
         for (std::size_t i = 0; i < change.readBack.size(); ++i) {
-            outcome.readBack.push_back(statement.cell(static_cast<int>(i)));
+            outcome.readBack.push_back(statement.value(static_cast<int>(i)));
         }
     }
     return outcome;
@@ -274,7 +274,6 @@ EmbeddedRowChanger::RowStatement EmbeddedRowChanger::insertion(const RowChange& 
         const engine::Column& column = columnOf(table, value.column);
         requireAssignable(change, table, column);
         command.values.push_back(engine::storedValue(value, column));
-        command.storages.push_back(storageOf(engine::typeInfo(column.type).type));
         add(column, parameter(command.values.size()));
     }
     for (const engine::Column& column : table.columns) {
@@ -301,7 +300,6 @@ EmbeddedRowChanger::RowStatement EmbeddedRowChanger::update(const RowChange& cha
         const engine::Column& column = columnOf(table, value.column);
         requireAssignable(change, table, column);
         command.values.push_back(engine::storedValue(value, column));
-        command.storages.push_back(storageOf(engine::typeInfo(column.type).type));
         add(column, parameter(command.values.size()));
     }
     for (const engine::Column& column : table.columns) {
@@ -320,7 +318,6 @@ void EmbeddedRowChanger::addCriteria(const RowChange& change, const engine::Tabl
     for (const ColumnValue& value : change.criteria) {
         const engine::Column& column = columnOf(table, value.column);
         command.values.push_back(value.value);
-        command.storages.push_back(storageOf(value.type));
         const std::string name = engine::sqlName(column.name);
         const std::string number = parameter(command.values.size());
         command.sql += joint + name + " IS " + number;

@@ -33,8 +33,7 @@ private:
     // The SQL of a change and the values of its parameters, in order.
     struct RowStatement {
         std::string sql;
-        std::vector<CellValue> values;
-        std::vector<Storage> storages;
+        std::vector<Value> values;
     };
 
     [[nodiscard]] const engine::Table& tableOf(const RowChange& change) const;

@@ -145,9 +145,9 @@ void addIndexes(SchemaRows& rows, const engine::SchemaCatalogue& catalogue) {
     }
 }
 
-CellValue literalSign(tsql::SqlType type, bool opening) {
+Value literalSign(tsql::SqlType type, bool opening) {
     if (tsql::isBinary(type)) {
-        return opening ? CellValue{"0x"} : CellValue{};
+        return opening ? Value{"0x"} : Value{};
     }
     const bool quoted =
         tsql::isText(type) || tsql::isDate(type) || type == tsql::SqlType::UniqueIdentifier;
@@ -157,13 +157,13 @@ CellValue literalSign(tsql::SqlType type, bool opening) {
     return opening && tsql::isNational(type) ? "N'" : "'";
 }
 
-CellValue createParameters(const tsql::TypeSpec& type, const ColumnInfo& info) {
+Value createParameters(const tsql::TypeSpec& type, const ColumnInfo& info) {
     if (tsql::isDecimal(type.type)) {
         return "precision,scale";
     }
     const bool sized = tsql::isText(type.type) || tsql::isBinary(type.type);
     const bool counts = sized && !info.isLong && type.type != tsql::SqlType::Timestamp;
-    return counts ? CellValue{"max length"} : CellValue{};
+    return counts ? Value{"max length"} : Value{};
 }
 
 // The widest that each type can be.
@@ -194,28 +194,27 @@ void addType(SchemaRows& rows, const tsql::TypeSpec& type, bool bestMatch) {
     const ColumnInfo info = engine::typeInfo(type);
     const bool number = tsql::isNumber(type.type);
     const bool digits = number && info.precision != 255;
-    const CellValue maximumScale =
-        tsql::isDecimal(type.type) ? schemaNumber(info.precision) : CellValue{};
-    const CellValue minimumScale = tsql::isDecimal(type.type) ? schemaNumber(0) : CellValue{};
-    rows.add({{"TYPE_NAME", tsql::typeName(type.type)},
-              {"DATA_TYPE", schemaNumber(static_cast<std::int64_t>(schemaType(info.type)))},
-              {"COLUMN_SIZE", schemaNumber(digits ? info.precision : info.definedSize)},
-              {"LITERAL_PREFIX", literalSign(type.type, true)},
-              {"LITERAL_SUFFIX", literalSign(type.type, false)},
-              {"CREATE_PARAMS", createParameters(type, info)},
-              {"IS_NULLABLE", schemaFlag(type.type != tsql::SqlType::Timestamp)},
-              {"CASE_SENSITIVE", schemaFlag(false)},
-              {"SEARCHABLE", schemaNumber(tsql::isText(type.type) ? kSearchable : kAllExceptLike)},
-              {"UNSIGNED_ATTRIBUTE",
-               number ? schemaFlag(type.type == tsql::SqlType::TinyInt) : CellValue{}},
-              {"FIXED_PREC_SCALE", schemaFlag(tsql::isMoney(type.type))},
-              {"AUTO_UNIQUE_VALUE", schemaFlag(false)},
-              {"LOCAL_TYPE_NAME", tsql::typeName(type.type)},
-              {"MINIMUM_SCALE", minimumScale},
-              {"MAXIMUM_SCALE", maximumScale},
-              {"IS_LONG", schemaFlag(info.isLong)},
-              {"BEST_MATCH", schemaFlag(bestMatch)},
-              {"IS_FIXEDLENGTH", schemaFlag(info.fixedLength)}});
+    const Value maximumScale = tsql::isDecimal(type.type) ? schemaNumber(info.precision) : Value{};
+    const Value minimumScale = tsql::isDecimal(type.type) ? schemaNumber(0) : Value{};
+    rows.add(
+        {{"TYPE_NAME", tsql::typeName(type.type)},
+         {"DATA_TYPE", schemaNumber(static_cast<std::int64_t>(schemaType(info.type)))},
+         {"COLUMN_SIZE", schemaNumber(digits ? info.precision : info.definedSize)},
+         {"LITERAL_PREFIX", literalSign(type.type, true)},
+         {"LITERAL_SUFFIX", literalSign(type.type, false)},
+         {"CREATE_PARAMS", createParameters(type, info)},
+         {"IS_NULLABLE", schemaFlag(type.type != tsql::SqlType::Timestamp)},
+         {"CASE_SENSITIVE", schemaFlag(false)},
+         {"SEARCHABLE", schemaNumber(tsql::isText(type.type) ? kSearchable : kAllExceptLike)},
+         {"UNSIGNED_ATTRIBUTE", number ? schemaFlag(type.type == tsql::SqlType::TinyInt) : Value{}},
+         {"FIXED_PREC_SCALE", schemaFlag(tsql::isMoney(type.type))},
+         {"AUTO_UNIQUE_VALUE", schemaFlag(false)},
+         {"LOCAL_TYPE_NAME", tsql::typeName(type.type)},
+         {"MINIMUM_SCALE", minimumScale},
+         {"MAXIMUM_SCALE", maximumScale},
+         {"IS_LONG", schemaFlag(info.isLong)},
+         {"BEST_MATCH", schemaFlag(bestMatch)},
+         {"IS_FIXEDLENGTH", schemaFlag(info.fixedLength)}});
 }
 
 void addTypes(SchemaRows& rows) {

@@ -200,28 +200,15 @@ std::int64_t LateBoundSession::write(const std::string& statement) {
     return countOf(rowsAffected).value_or(0);
 }
 
-std::vector<CellValue> LateBoundSession::readBack(const RowChange& change) {
+std::vector<Value> LateBoundSession::readBack(const RowChange& change) {
     Variant unused;
     const Result found = resultOf(run(readingText(change), unused));
-    std::vector<CellValue> values;
+    std::vector<Value> values;
     if (found.rows.empty() || found.rows.front().size() != 1) {
         return values;
     }
     for (std::size_t i = 0; i < found.columns.size(); ++i) {
-        const ColumnStore& store = found.rows[i];
-        switch (store.cell(0) == ColumnStore::Cell::Value ? storageOf(found.columns[i].type)
-                                                          : Storage::Text) {
-            case Storage::Integer:
-                values.emplace_back(store.integer(0));
-                break;
-            case Storage::Real:
-                values.emplace_back(store.real(0));
-                break;
-            default:
-                values.push_back(store.cell(0) == ColumnStore::Cell::Value
-                                     ? CellValue(std::string(store.bytes(0)))
-                                     : CellValue());
-        }
+        values.push_back(databaseValue(found.columns[i], found.rows[i], 0));
     }
     return values;
 }

@@ -34,7 +34,7 @@ private:
     // The same with a time limit of its own, which the connection has only meanwhile.
     Variant runWithin(std::chrono::seconds limit, const std::string& script, Variant& rowsAffected);
     std::int64_t write(const std::string& statement);
-    [[nodiscard]] std::vector<CellValue> readBack(const RowChange& change);
+    [[nodiscard]] std::vector<Value> readBack(const RowChange& change);
     // Names the table behind the columns of a query, and its key.
     void describe(const std::string& script, Result& result);
     [[nodiscard]] std::vector<std::string> keyOf(const std::string& table);

@@ -176,25 +176,25 @@ void ParameterBinding::putNull(Bound& bound, DataTypeEnum type, std::uint8_t sca
 }
 
 void ParameterBinding::put(Bound& bound, DataTypeEnum type, std::uint8_t scale,
-                           const CellValue& value) {
+                           const Value& value) {
     if (const auto* whole = std::get_if<std::int64_t>(&value)) {
         putWhole(bound, type, scale, *whole);
     } else if (const auto* real = std::get_if<double>(&value)) {
         putReal(bound, type, scale, *real);
-    } else if (const auto* bytes = std::get_if<std::string>(&value)) {
+    } else if (const auto* text = std::get_if<std::string>(&value)) {
         if (isDecimal(type)) {
-            putDigits(bound, *bytes);
-        } else if (storageOf(type) == Storage::Binary) {
-            putBinary(bound, *bytes);
+            putDigits(bound, *text);
         } else {
-            putText(bound, type, *bytes);
+            putText(bound, type, *text);
         }
+    } else if (const auto* blob = std::get_if<Blob>(&value)) {
+        putBinary(bound, blob->bytes);
     } else {
         putNull(bound, type, scale);
     }
 }
 
-void ParameterBinding::add(DataTypeEnum type, std::uint8_t numericScale, const CellValue& value) {
+void ParameterBinding::add(DataTypeEnum type, std::uint8_t numericScale, const Value& value) {
     Bound& bound = bound_.emplace_back();
     put(bound, type, numericScale, value);
     bind(bound, {});
@@ -246,7 +246,7 @@ void ParameterBinding::bind(Bound& bound, const std::string& name) {
                      static_cast<SQLINTEGER>(units.size() * sizeof(char16_t)));
 }
 
-CellValue ParameterBinding::result(std::size_t place, const RequestParameter& parameter) const {
+Value ParameterBinding::result(std::size_t place, const RequestParameter& parameter) const {
     const Bound& bound = bound_[place];
     if (bound.length == SQL_NULL_DATA) {
         return std::monostate{};
@@ -264,7 +264,7 @@ CellValue ParameterBinding::result(std::size_t place, const RequestParameter& pa
         case SQL_C_TYPE_DATE:
             return daysOf(bound.date).value_or(0);
         case SQL_C_BINARY:
-            return bound.bytes.substr(0, length);
+            return Blob{bound.bytes.substr(0, length)};
         case SQL_C_CHAR: {
             const std::string text = bound.bytes.substr(0, length);
             if (parameter.type == adDBTime) {

@@ -14,10 +14,10 @@ class ParameterBinding {
 public:
     ParameterBinding(Link& link, const Handle& statement) : link_(link), statement_(statement) {}
 
-    void add(DataTypeEnum type, std::uint8_t numericScale, const CellValue& value);
+    void add(DataTypeEnum type, std::uint8_t numericScale, const Value& value);
     void add(const RequestParameter& parameter);
     // What came back for the parameter added at this place.
-    [[nodiscard]] CellValue result(std::size_t place, const RequestParameter& parameter) const;
+    [[nodiscard]] Value result(std::size_t place, const RequestParameter& parameter) const;
 
 private:
     struct Bound {
@@ -38,7 +38,7 @@ private:
         SQLLEN length = 0;
     };
 
-    static void put(Bound& bound, DataTypeEnum type, std::uint8_t scale, const CellValue& value);
+    static void put(Bound& bound, DataTypeEnum type, std::uint8_t scale, const Value& value);
     static void putWhole(Bound& bound, DataTypeEnum type, std::uint8_t scale, std::int64_t value);
     static void putReal(Bound& bound, DataTypeEnum type, std::uint8_t scale, double value);
     static void putText(Bound& bound, DataTypeEnum type, const std::string& value);

@@ -45,7 +45,7 @@ DriverError tooManyRows() {
 }
 
 // A decimal may come back with other decimals than the record's column has.
-CellValue inScale(const ColumnInfo& column, CellValue value, std::uint8_t scale) {
+Value inScale(const ColumnInfo& column, Value value, std::uint8_t scale) {
     const auto* digits = std::get_if<std::int64_t>(&value);
     if (digits == nullptr || column.type != DataTypeEnum::adNumeric ||
         column.numericScale == scale) {
@@ -61,7 +61,7 @@ CellValue inScale(const ColumnInfo& column, CellValue value, std::uint8_t scale)
 
 void takeReadBack(const RowChange& change, const Result& result, ChangeOutcome& outcome) {
     for (std::size_t i = 0; i < change.readBack.size(); ++i) {
-        CellValue value = databaseValue(result.columns[i], result.rows[i], 0);
+        Value value = databaseValue(result.columns[i], result.rows[i], 0);
         if (i < change.readBackScales.size()) {
             value = inScale(result.columns[i], std::move(value), change.readBackScales[i]);
         }

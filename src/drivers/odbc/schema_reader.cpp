@@ -304,7 +304,7 @@ private:
                 {"CASE_SENSITIVE", schemaFlag(caseSensitive != 0)},
                 // The data-access objects count the ways of searching from 1.
                 {"SEARCHABLE", schemaNumber(searchable + 1)},
-                {"UNSIGNED_ATTRIBUTE", isUnsigned ? schemaFlag(*isUnsigned != 0) : CellValue{}},
+                {"UNSIGNED_ATTRIBUTE", isUnsigned ? schemaFlag(*isUnsigned != 0) : Value{}},
                 {"FIXED_PREC_SCALE", schemaFlag(money != 0)},
                 {"AUTO_UNIQUE_VALUE", schemaFlag(automatic != 0)},
                 {"IS_LONG", schemaFlag(info.isLong)},

@@ -241,7 +241,7 @@ std::optional<String> RowLines::textOf(const Target& target, std::size_t row) co
                           (cell == ado::ColumnStore::Cell::Value &&
                            isText(target.source.info->type) && values.bytes(row) == replaced_);
     if (replaces) return String(target.instead);
-    const ado::CellValue text =
+    const ado::Value text =
         ado::toCell(target.info, ado::toVariant(*target.source.info, values, row));
     const auto* bytes = std::get_if<std::string>(&text);
     return bytes == nullptr ? std::nullopt : std::optional<String>(*bytes);

@@ -114,11 +114,11 @@ String tableIn(std::string_view script) {
 }
 
 // What was written, as it was given.
-std::vector<ado::CellValue> readBack(const ado::RowChange& change) {
-    std::vector<ado::CellValue> values;
+std::vector<ado::Value> readBack(const ado::RowChange& change) {
+    std::vector<ado::Value> values;
     for (const std::string& column : change.readBack) {
         const auto found = std::ranges::find(change.values, column, &ado::ColumnValue::column);
-        values.push_back(found == change.values.end() ? ado::CellValue() : found->value);
+        values.push_back(found == change.values.end() ? ado::Value() : found->value);
     }
     return values;
 }

@@ -82,7 +82,7 @@ void KeptTables::putBack(const Kept& kept) {
         StatementLife::Kept);
     for (const std::vector<Value>& row : kept.rows) {
         for (std::size_t i = 0; i < row.size(); ++i)
-            bindValue(insert, static_cast<int>(i) + 1, row[i]);
+            insert.bind(static_cast<int>(i) + 1, row[i]);
         insert.run();
     }
 }

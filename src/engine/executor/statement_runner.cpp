@@ -12,42 +12,19 @@
 namespace kap::engine {
 
 Value valueOf(const PreparedStatement& row, int column, const tsql::TypeSpec& type) {
-    ado::CellValue cell = row.cell(column);
-    if (auto* bytes = std::get_if<std::string>(&cell)) {
-        if (tsql::isBinary(type.type)) {
-            return Blob{std::move(*bytes)};
-        }
-        return std::move(*bytes);
-    }
-    if (const auto* integer = std::get_if<std::int64_t>(&cell)) {
+    Value value = row.value(column);
+    if (const auto* integer = std::get_if<std::int64_t>(&value)) {
         const bool real = tsql::isApproximate(type.type) || tsql::isDate(type.type);
-        return real ? Value(static_cast<double>(*integer)) : Value(*integer);
+        return real ? Value(static_cast<double>(*integer)) : value;
     }
-    if (const auto* real = std::get_if<double>(&cell)) {
-        return *real;
+    if (auto* text = std::get_if<std::string>(&value);
+        text != nullptr && tsql::isBinary(type.type)) {
+        return Blob{std::move(*text)};
     }
-    return std::monostate{};
-}
-
-void bindValue(PreparedStatement& statement, int index, const Value& value) {
-    if (const auto* blob = std::get_if<Blob>(&value)) {
-        if (sqlite3_bind_blob64(statement.handle(), index,
-                                blob->bytes.empty() ? "" : blob->bytes.data(), blob->bytes.size(),
-                                SQLITE_TRANSIENT) != SQLITE_OK) {
-            throw lastError(sqlite3_db_handle(statement.handle()));
-        }
-    } else if (const auto* text = std::get_if<std::string>(&value)) {
-        if (sqlite3_bind_text64(statement.handle(), index, text->empty() ? "" : text->data(),
-                                text->size(), SQLITE_TRANSIENT, SQLITE_UTF8) != SQLITE_OK) {
-            throw lastError(sqlite3_db_handle(statement.handle()));
-        }
-    } else if (const auto* integer = std::get_if<std::int64_t>(&value)) {
-        statement.bind(index, *integer);
-    } else if (const auto* real = std::get_if<double>(&value)) {
-        statement.bind(index, ado::CellValue(*real), ado::Storage::Real);
-    } else {
-        statement.bind(index, ado::CellValue(), ado::Storage::Integer);
+    if (auto* blob = std::get_if<Blob>(&value); blob != nullptr && !tsql::isBinary(type.type)) {
+        return std::move(blob->bytes);
     }
+    return value;
 }
 
 StatementRunner::StatementRunner(FileConnection& connection, SchemaCatalogue& catalogue,
@@ -132,7 +109,7 @@ void StatementRunner::bind(const Translation& made, PreparedStatement& statement
     }
     for (const int slot : made.variables) {
         if (slot < count) {
-            bindValue(statement, slot + 1, state_.frame().values[static_cast<std::size_t>(slot)]);
+            statement.bind(slot + 1, state_.frame().values[static_cast<std::size_t>(slot)]);
         }
     }
     int slot = made.firstConstant;
@@ -140,7 +117,7 @@ void StatementRunner::bind(const Translation& made, PreparedStatement& statement
         if (slot >= count) {
             return;
         }
-        bindValue(statement, ++slot, constant);
+        statement.bind(++slot, constant);
     }
 }
 

@@ -140,7 +140,4 @@ private:
 // A value of a row, in the storage form of a type.
 [[nodiscard]] Value valueOf(const PreparedStatement& row, int column, const tsql::TypeSpec& type);
 
-// Binds a value; texts and bytes must live until the statement is reset.
-void bindValue(PreparedStatement& statement, int index, const Value& value);
-
 }  // namespace kap::engine

@@ -8,11 +8,7 @@ namespace kap::engine {
 // A client's value as the column keeps it: converted, rounded, padded and checked by the rules of
 // the dialect's assignments. Raises ServerError: 8152 for what is too long, 220 and 8115 for what
 // is too large, 242 for dates that the column cannot hold, and the conversions' own.
-[[nodiscard]] ado::CellValue storedValue(const ado::ColumnValue& value, const Column& column);
-
-// A cell of a result as a value, and the other way round.
-[[nodiscard]] Value cellValue(const ado::ColumnStore& store, std::size_t row, ado::Storage storage);
-void appendValue(ado::ColumnStore& store, const Value& value);
+[[nodiscard]] Value storedValue(const ado::ColumnValue& value, const Column& column);
 
 // A whole number, or `otherwise` for null and for anything else.
 [[nodiscard]] std::int64_t wholeOr(const Value& value, std::int64_t otherwise);

@@ -280,7 +280,7 @@ std::int64_t ScriptRunner::insertRows(const Frame& frame, const tsql::InsertStat
     for (std::size_t row = 0; row < count; ++row) {
         for (std::size_t i = 0; i < result.columns.size(); ++i) {
             inner.values[i] =
-                cellValue(result.rows[i], row, ado::storageOf(result.columns[i].type));
+                ado::valueAt(result.rows[i], row, ado::storageOf(result.columns[i].type));
         }
         statements_.run(prepared, script->front(), ignored);
     }

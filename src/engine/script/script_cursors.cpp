@@ -150,8 +150,8 @@ Value ScriptRunner::currentRow(const std::string& name, const std::string& table
     if (cursor->position < 0 || cursor->position >= cursor->count()) {
         throw ServerError(16931, "There are no rows in the current fetch buffer.");
     }
-    return cellValue(rows->second, static_cast<std::size_t>(cursor->position),
-                     ado::Storage::Integer);
+    return ado::valueAt(rows->second, static_cast<std::size_t>(cursor->position),
+                        ado::Storage::Integer);
 }
 
 std::int64_t ScriptRunner::fetchTarget(Frame& frame, Instruction& instruction,
@@ -210,7 +210,7 @@ void ScriptRunner::fetch(Frame& frame, Instruction& instruction, const tsql::Fet
     const auto row = static_cast<std::size_t>(target);
     for (std::size_t i = 0; there && i < node.into.size(); ++i) {
         const ado::Storage storage = ado::storageOf(cursor.rows.columns[i].type);
-        setVariable(frame, node.into[i], cellValue(cursor.rows.rows[i], row, storage),
+        setVariable(frame, node.into[i], ado::valueAt(cursor.rows.rows[i], row, storage),
                     cursor.types[i], instruction.line);
     }
     if (!node.into.empty()) return;
@@ -219,7 +219,7 @@ void ScriptRunner::fetch(Frame& frame, Instruction& instruction, const tsql::Fet
     for (const ado::ColumnStore& column : cursor.rows.rows) {
         ado::ColumnStore& cell = result.rows.emplace_back();
         const ado::Storage storage = ado::storageOf(result.columns[result.rows.size() - 1].type);
-        if (there) appendValue(cell, cellValue(column, row, storage));
+        if (there) ado::append(cell, ado::valueAt(column, row, storage));
     }
     results.push_back(std::move(result));
 }

@@ -24,39 +24,6 @@ constexpr std::size_t kKeptScripts = 200;
 constexpr std::size_t kLongestKept = 16384;
 constexpr std::size_t kDeepestCalls = 32;
 
-// What a client's value of a request's parameter is, in the storage form of its type.
-Value parameterValue(const ado::RequestParameter& parameter) {
-    if (const auto* integer = std::get_if<std::int64_t>(&parameter.value)) {
-        return *integer;
-    }
-    if (const auto* real = std::get_if<double>(&parameter.value)) {
-        return *real;
-    }
-    if (const auto* bytes = std::get_if<std::string>(&parameter.value)) {
-        if (ado::storageOf(parameter.type) == ado::Storage::Binary) {
-            return Blob{*bytes};
-        }
-        return *bytes;
-    }
-    return std::monostate{};
-}
-
-ado::CellValue cellOf(const Value& value) {
-    if (const auto* integer = std::get_if<std::int64_t>(&value)) {
-        return *integer;
-    }
-    if (const auto* real = std::get_if<double>(&value)) {
-        return *real;
-    }
-    if (const auto* text = std::get_if<std::string>(&value)) {
-        return *text;
-    }
-    if (const auto* blob = std::get_if<Blob>(&value)) {
-        return blob->bytes;
-    }
-    return std::monostate{};
-}
-
 std::vector<tsql::DeclaredVariable> parametersOf(const ado::Request& request) {
     std::vector<tsql::DeclaredVariable> result;
     for (const ado::RequestParameter& parameter : request.parameters) {
@@ -150,14 +117,14 @@ void ScriptRunner::runRequest(ado::Request& request, std::vector<ado::Result>& r
     Frame frame(*program);
     frame.keepsTables = true;
     for (std::size_t i = 0; i < request.parameters.size(); ++i) {
-        frame.values[i] = parameterValue(request.parameters[i]);
+        frame.values[i] = request.parameters[i].value;
     }
     const bool batch = request.parameters.empty();
     const BatchScope scope(frame, batch ? &state_.batchIdentity : nullptr);
     runFrame(frame, results);
     for (std::size_t i = 0; i < request.parameters.size(); ++i) {
         if (comesBack(request.parameters[i])) {
-            request.parameters[i].value = cellOf(frame.values[i]);
+            request.parameters[i].value = frame.values[i];
         }
     }
 }

@@ -34,18 +34,17 @@ void PreparedStatement::check(int code) const {
     }
 }
 
-void PreparedStatement::bind(int index, const ado::CellValue& value, ado::Storage storage) {
+void PreparedStatement::bind(int index, const ado::Value& value) {
     if (const auto* integer = std::get_if<std::int64_t>(&value)) {
         bind(index, *integer);
     } else if (const auto* real = std::get_if<double>(&value)) {
         check(sqlite3_bind_double(handle(), index, *real));
-    } else if (const auto* bytes = std::get_if<std::string>(&value)) {
-        if (storage == ado::Storage::Text) {
-            bind(index, std::string_view(*bytes));
-        } else {
-            check(
-                sqlite3_bind_blob64(handle(), index, bytes->data(), bytes->size(), SQLITE_STATIC));
-        }
+    } else if (const auto* text = std::get_if<std::string>(&value)) {
+        check(sqlite3_bind_text64(handle(), index, text->c_str(), text->size(), SQLITE_TRANSIENT,
+                                  SQLITE_UTF8));
+    } else if (const auto* blob = std::get_if<ado::Blob>(&value)) {
+        check(sqlite3_bind_blob64(handle(), index, blob->bytes.c_str(), blob->bytes.size(),
+                                  SQLITE_TRANSIENT));
     } else {
         check(sqlite3_bind_null(handle(), index));
     }
@@ -109,7 +108,7 @@ std::string PreparedStatement::text(int column) const {
     return {data, static_cast<std::size_t>(sqlite3_column_bytes(handle(), column))};
 }
 
-ado::CellValue PreparedStatement::cell(int column) const {
+ado::Value PreparedStatement::value(int column) const {
     switch (sqlite3_column_type(handle(), column)) {
         case SQLITE_INTEGER:
             return integer(column);
@@ -120,7 +119,7 @@ ado::CellValue PreparedStatement::cell(int column) const {
         case SQLITE_BLOB: {
             const auto* data = static_cast<const char*>(sqlite3_column_blob(handle(), column));
             const auto size = static_cast<std::size_t>(sqlite3_column_bytes(handle(), column));
-            return size == 0 ? std::string() : std::string(data, size);
+            return ado::Blob{size == 0 ? std::string() : std::string(data, size)};
         }
         default:
             return std::monostate{};

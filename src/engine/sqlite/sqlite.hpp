@@ -48,8 +48,9 @@ public:
     PreparedStatement(sqlite3* database, std::string_view sql,
                       StatementLife life = StatementLife::Once);
 
-    // Values are counted from 1. Text and binary must live until the statement is reset.
-    void bind(int index, const ado::CellValue& value, ado::Storage storage);
+    // Values are counted from 1. A value is copied; a text given by itself must live until the
+    // statement is reset.
+    void bind(int index, const ado::Value& value);
     void bind(int index, std::int64_t value);
     void bind(int index, std::string_view text);
 
@@ -68,8 +69,8 @@ public:
         return sqlite3_column_int64(handle(), column);
     }
     [[nodiscard]] std::string text(int column) const;
-    // The cell as it lies in the row, without conversion.
-    [[nodiscard]] ado::CellValue cell(int column) const;
+    // The value as it lies in the row, without conversion.
+    [[nodiscard]] ado::Value value(int column) const;
 
     // Whether somebody is in the middle of its rows.
     [[nodiscard]] bool isRunning() const noexcept { return sqlite3_stmt_busy(handle()) != 0; }

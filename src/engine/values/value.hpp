@@ -3,41 +3,36 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
-#include <variant>
 
+#include "data/value.hpp"
 #include "tsql/type_spec.hpp"
 
+// clang-format off
 /// Values in storage form: how the database file holds what the dialect's types mean.
 ///
-/// | type                                   | form |
-/// |----------------------------------------|-------------------------------------------------------------------|
-/// | bit, tinyint, smallint, int, bigint    | whole number | | decimal(p,s), numeric(p,s) | whole
-/// number times 10^s (64 bits: values beyond are error 8115)   | | money, smallmoney | whole number
-/// times 10^4                                           | | float, real | double (real is rounded
-/// to a single)                              | | date, datetime, smalldatetime          | double:
-/// days from 30 December 1899, rounded to the day, to 1/300  | | | of a second, to the minute | |
-/// char, nchar                            | UTF-8 text padded with blanks to the length | |
-/// varchar, nvarchar, text, ntext         | UTF-8 text | | binary                                 |
-/// bytes padded with zeros to the length                             | | varbinary, image,
-/// timestamp            | bytes                                                             | |
-/// uniqueidentifier                       | text of 36 upper-case characters |
+/// | type                                | form                                                       |
+/// |-------------------------------------|------------------------------------------------------------|
+/// | bit, tinyint, smallint, int, bigint | whole number                                               |
+/// | decimal(p,s), numeric(p,s)          | whole number times 10^s; what has no 64 bits is error 8115 |
+/// | money, smallmoney                   | whole number times 10^4                                    |
+/// | float, real                         | double; a real is rounded to a single                      |
+/// | date                                | double: whole days from 30 December 1899                   |
+/// | datetime                            | double: such days, to 1/300 of a second                    |
+/// | smalldatetime                       | double: such days, to the minute                           |
+/// | char, nchar                         | UTF-8 text padded with blanks to the length                |
+/// | varchar, nvarchar, text, ntext      | UTF-8 text                                                 |
+/// | binary                              | bytes padded with zeros to the length                      |
+/// | varbinary, image, timestamp         | bytes                                                      |
+/// | uniqueidentifier                    | text of 36 upper-case characters                           |
 ///
 /// So numbers and dates compare, sort and index as SQLite's own numbers do. Lengths of text count
 /// UTF-16 code units.
+// clang-format on
 namespace kap::engine {
 
-struct Blob {
-    std::string bytes;
-
-    friend bool operator==(const Blob&, const Blob&) = default;
-};
-
-/// A value in storage form; monostate is NULL.
-using Value = std::variant<std::monostate, std::int64_t, double, std::string, Blob>;
-
-[[nodiscard]] inline bool isNull(const Value& value) {
-    return std::holds_alternative<std::monostate>(value);
-}
+using ado::Blob;
+using ado::isNull;
+using ado::Value;
 
 /// A type as one number, for the SQL functions that are told types.
 [[nodiscard]] std::int64_t packType(const tsql::TypeSpec& type);

@@ -90,8 +90,8 @@ TEST(Requests, CallAProcedureByItsName) {
     request.parameters = {number(0, adParamReturnValue), number(21), number(0, adParamOutput)};
     const Reply reply = run(*session, request);
     EXPECT_EQ(shown(reply.results.back()), "'x'");
-    EXPECT_EQ(request.parameters[0].value, CellValue(std::int64_t{7}));
-    EXPECT_EQ(request.parameters[2].value, CellValue(std::int64_t{42}));
+    EXPECT_EQ(request.parameters[0].value, Value(std::int64_t{7}));
+    EXPECT_EQ(request.parameters[2].value, Value(std::int64_t{42}));
 }
 
 TEST(Requests, CallAProcedureWithNamedParameters) {

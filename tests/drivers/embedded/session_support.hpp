@@ -22,7 +22,7 @@ inline std::unique_ptr<Session> openSession(const std::string& dataSource,
 }
 
 // A cell in storage form: Null, a number, 'text' (binary as 0xHEX).
-inline std::string shown(const CellValue& value, Storage storage) {
+inline std::string shown(const Value& value) {
     if (const auto* integer = std::get_if<std::int64_t>(&value)) {
         return std::to_string(*integer);
     }
@@ -31,13 +31,13 @@ inline std::string shown(const CellValue& value, Storage storage) {
         text.erase(text.find_last_not_of('0') + 1);
         return text.ends_with('.') ? text + "0" : text;
     }
-    if (const auto* bytes = std::get_if<std::string>(&value)) {
-        if (storage != Storage::Binary) {
-            return "'" + *bytes + "'";
-        }
+    if (const auto* characters = std::get_if<std::string>(&value)) {
+        return "'" + *characters + "'";
+    }
+    if (const auto* blob = std::get_if<Blob>(&value)) {
         constexpr std::string_view kDigits = "0123456789ABCDEF";
         std::string text = "0x";
-        for (const char letter : *bytes) {
+        for (const char letter : blob->bytes) {
             const auto byte = static_cast<unsigned char>(letter);
             text.push_back(kDigits[byte >> 4]);
             text.push_back(kDigits[byte & 0xFU]);
@@ -47,19 +47,8 @@ inline std::string shown(const CellValue& value, Storage storage) {
     return "Null";
 }
 
-inline CellValue cellOf(const Result& result, std::size_t column, std::size_t row) {
-    const ColumnStore& store = result.rows.at(column);
-    if (store.cell(row) == ColumnStore::Cell::Null) {
-        return std::monostate{};
-    }
-    switch (storageOf(result.columns.at(column).type)) {
-        case Storage::Integer:
-            return store.integer(row);
-        case Storage::Real:
-            return store.real(row);
-        default:
-            return std::string(store.bytes(row));
-    }
+inline Value cellOf(const Result& result, std::size_t column, std::size_t row) {
+    return valueAt(result.rows.at(column), row, storageOf(result.columns.at(column).type));
 }
 
 // The rows of a result: "1, 'a'; 2, Null".
@@ -70,7 +59,7 @@ inline std::string shown(const Result& result) {
         text += row == 0 ? "" : "; ";
         for (std::size_t column = 0; column < result.columns.size(); ++column) {
             text += column == 0 ? "" : ", ";
-            text += shown(cellOf(result, column, row), storageOf(result.columns[column].type));
+            text += shown(cellOf(result, column, row));
         }
     }
     return text;

@@ -58,7 +58,7 @@ protected:
             if (value.isNull() || euro) {
                 return writer.line({String("EUR").view().substr(0, column.width.value_or(3))}, 1);
             }
-            const ado::CellValue text = ado::toCell(columnInfo(column), value);
+            const ado::Value text = ado::toCell(columnInfo(column), value);
             return writer.line({String(std::get<std::string>(text))}, 1);
         } catch (const AutomationError& error) {
             return "error " + error.description().utf8();
