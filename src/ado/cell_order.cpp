@@ -11,7 +11,7 @@ namespace {
 using Cell = ColumnStore::Cell;
 
 bool holdsValue(const ColumnStore& store, std::size_t row) {
-    return store.cell(row) == Cell::Value;
+    return store.cell(row) == Cell::Filled;
 }
 
 std::int64_t integerOf(const ColumnStore& store, std::size_t row) {

@@ -82,7 +82,7 @@ std::string_view RowCursor::bytes(std::size_t column) const {
     }
     const std::size_t row = currentRow();
     const ColumnStore& store = table_->store(column);
-    return store.cell(row) == ColumnStore::Cell::Value ? store.bytes(row) : std::string_view();
+    return store.cell(row) == ColumnStore::Cell::Filled ? store.bytes(row) : std::string_view();
 }
 
 void RowCursor::requireUpdatable() const {

@@ -197,7 +197,7 @@ Variant toVariant(const ColumnInfo& column, const ColumnStore& store, std::size_
             return Variant::null();
         case ColumnStore::Cell::ReplacedNull:
             return neutralVariant(column);
-        case ColumnStore::Cell::Value:
+        case ColumnStore::Cell::Filled:
             break;
     }
     if (column.wideDecimal) {

@@ -50,17 +50,17 @@ void ColumnStore::setNull(std::size_t row) {
 
 void ColumnStore::setInteger(std::size_t row, std::int64_t value) {
     words_[row] = static_cast<std::uint64_t>(value);
-    cells_[row] = Cell::Value;
+    cells_[row] = Cell::Filled;
 }
 
 void ColumnStore::setReal(std::size_t row, double value) {
     words_[row] = std::bit_cast<std::uint64_t>(value);
-    cells_[row] = Cell::Value;
+    cells_[row] = Cell::Filled;
 }
 
 void ColumnStore::setBytes(std::size_t row, std::string_view bytes) {
     words_[row] = store(bytes);
-    cells_[row] = Cell::Value;
+    cells_[row] = Cell::Filled;
 }
 
 void ColumnStore::replaceNulls() {
@@ -106,7 +106,7 @@ std::uint64_t ColumnStore::store(std::string_view bytes) {
 }
 
 Value valueAt(const ColumnStore& store, std::size_t row, Storage storage) {
-    if (store.cell(row) != ColumnStore::Cell::Value) {
+    if (store.cell(row) != ColumnStore::Cell::Filled) {
         return std::monostate{};
     }
     switch (storage) {

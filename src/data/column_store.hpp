@@ -17,7 +17,7 @@ namespace kap::ado {
 class ColumnStore {
 public:
     enum class Cell : std::uint8_t {
-        Value,
+        Filled,
         Null,
         // A Null that reads as the type's neutral value. What the database holds, and what an
         // optimistic update must find there, is still Null.
@@ -32,11 +32,11 @@ public:
 
     void appendNull() { append(0, Cell::Null); }
     void appendInteger(std::int64_t value) {
-        append(static_cast<std::uint64_t>(value), Cell::Value);
+        append(static_cast<std::uint64_t>(value), Cell::Filled);
     }
-    void appendReal(double value) { append(std::bit_cast<std::uint64_t>(value), Cell::Value); }
+    void appendReal(double value) { append(std::bit_cast<std::uint64_t>(value), Cell::Filled); }
     // Text as UTF-8, or binary.
-    void appendBytes(std::string_view bytes) { append(store(bytes), Cell::Value); }
+    void appendBytes(std::string_view bytes) { append(store(bytes), Cell::Filled); }
 
     [[nodiscard]] Cell cell(std::size_t row) const noexcept { return cells_[row]; }
     [[nodiscard]] std::int64_t integer(std::size_t row) const noexcept {

@@ -59,7 +59,7 @@ std::string digitsOf(const ado::ColumnInfo& column, std::int64_t units) {
 
 ResultValue resultValueOf(const ado::ColumnInfo& column, const ado::ColumnStore& store,
                           std::size_t row) {
-    if (store.cell(row) != ado::ColumnStore::Cell::Value) {
+    if (store.cell(row) != ado::ColumnStore::Cell::Filled) {
         return std::monostate{};
     }
     const bool exact =

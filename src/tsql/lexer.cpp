@@ -72,10 +72,7 @@ bool isPair(char first, char second) {
 }
 
 ServerError tooManyTokens(int line) {
-    return {701,
-            "There is insufficient system memory to run this query: a batch has at most 8000000 "
-            "words, numbers and signs. Send it in parts.",
-            line, 17};
+    return {Message::BatchTooLarge, {}, line};
 }
 
 class Lexer {
@@ -153,7 +150,7 @@ private:
                 --depth;
                 position_ += 2;
             } else if (position_ >= sql_.size()) {
-                throw ServerError(113, "Missing end comment mark '*/'.", startLine, 15);
+                throw ServerError(Message::MissingEndOfComment, {}, startLine);
             } else {
                 if (at(0) == '\n') ++line_;
                 ++position_;
@@ -208,10 +205,7 @@ private:
             }
             text += close;
         }
-        throw ServerError(105,
-                          "Unclosed quotation mark after the character string '" +
-                              std::string(sql_.substr(start)) + "'.",
-                          startLine, 15);
+        throw ServerError(Message::UnclosedQuotationMark, {sql_.substr(start)}, startLine);
     }
 
     void readName() {
@@ -230,10 +224,7 @@ private:
                 return (static_cast<unsigned char>(c) & 0xC0U) != 0x80U;
             }));
         if (characters > kMaxNameLength) {
-            throw ServerError(103,
-                              "The identifier that starts with '" + std::string(name) +
-                                  "' is too long. Maximum length is 128.",
-                              line, 15);
+            throw ServerError(Message::IdentifierTooLong, {name}, line);
         }
     }
 

@@ -78,12 +78,7 @@ std::string Parser::name() {
     // SQLite's texts end at a NUL character.
     if (token.text.find('\0') != std::string::npos) unexpected();
     if (token.text.empty()) {
-        throw ServerError(1038,
-                          "An object or column name is missing or empty. For SELECT INTO "
-                          "statements, verify each column has a name. For other statements, look "
-                          "for empty alias names. Aliases defined as \"\" or [] are not allowed. "
-                          "Change the alias to a valid name.",
-                          token.line, 15);
+        throw ServerError(Message::MissingName, {}, token.line);
     }
     return next().text;
 }
@@ -99,11 +94,7 @@ ObjectName Parser::objectName() {
         if (atOperator(".")) continue;
         result.parts.push_back(name());
         if (result.parts.size() > kMaxParts) {
-            throw ServerError(117,
-                              "The object name '" + result.text() +
-                                  "' contains more than the maximum number of prefixes. The "
-                                  "maximum is 3.",
-                              result.line, 15);
+            throw ServerError(Message::TooManyPrefixes, {result.text()}, result.line);
         }
     }
     return result;
@@ -157,8 +148,7 @@ void Parser::checkDeclared(const Token& variable) const {
     const bool known = std::any_of(declared_.begin(), declared_.end(), same) ||
                        std::any_of(options_.variables->begin(), options_.variables->end(), same);
     if (known) return;
-    throw ServerError(137, "Must declare the scalar variable \"" + variable.text + "\".",
-                      variable.line, 15);
+    throw ServerError(Message::UndeclaredVariable, {variable.text}, variable.line);
 }
 
 ObjectName Parser::wholeName() {

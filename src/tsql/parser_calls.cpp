@@ -53,13 +53,8 @@ void Parser::arguments(ExecuteStatement& call) {
         const bool named = !call.arguments.empty() && !call.arguments.back().name.empty();
         call.arguments.push_back(argument());
         if (!named || !call.arguments.back().name.empty()) continue;
-        throw ServerError(119,
-                          "Must pass parameter number " +
-                              plain::text(static_cast<std::int64_t>(call.arguments.size())) +
-                              " and subsequent parameters as '@name = value'. After the form "
-                              "'@name = value' has been used, all subsequent parameters must be "
-                              "passed in the form '@name = value'.",
-                          line, 15);
+        throw ServerError(Message::PositionalAfterNamed,
+                          {plain::text(static_cast<std::int64_t>(call.arguments.size()))}, line);
     } while (acceptOperator(","));
 }
 

@@ -69,8 +69,7 @@ ObjectName Parser::writtenName() {
                       (equalsIgnoringCase(result.last(), "inserted") ||
                        equalsIgnoringCase(result.last(), "deleted"));
     if (!seen) return result;
-    throw ServerError(286, "The logical tables INSERTED and DELETED cannot be updated.",
-                      result.line);
+    throw ServerError(Message::LogicalTableNotUpdatable, {}, result.line);
 }
 
 InsertStatement Parser::insertStatement() {

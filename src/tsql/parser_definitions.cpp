@@ -82,10 +82,7 @@ Statement::Node Parser::dropIndex(bool ifExists) {
             table.parts.push_back(index.last());
             index = std::move(table);
         } else if (index.parts.size() < 2) {
-            throw ServerError(159,
-                              "Must specify the table name and index name for the DROP INDEX "
-                              "statement.",
-                              index.line, 15);
+            throw ServerError(Message::TableAndIndexNameNeeded, {}, index.line);
         }
         result.names.push_back(std::move(index));
     } while (acceptOperator(","));

@@ -33,11 +33,7 @@ ExpressionPtr Parser::condition() {
     ExpressionPtr result = disjunction(Place::Condition);
     if (!result->isPredicate()) {
         if (atOperator("*=")) outerJoinOperator();
-        throw ServerError(4145,
-                          "An expression of non-boolean type specified in a context where a "
-                          "condition is expected, near '" +
-                              peek().text + "'.",
-                          peek().line, 15);
+        throw ServerError(Message::NoConditionNear, {peek().text}, peek().line);
     }
     return result;
 }

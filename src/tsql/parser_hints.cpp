@@ -98,13 +98,7 @@ void Parser::tableHints(HintsStand stand) {
 void Parser::tableHint() {
     if (!atTableHint()) {
         if (peek().kind != TokenKind::Word && peek().kind != TokenKind::QuotedName) unexpected();
-        throw ServerError(321,
-                          "\"" + peek().text +
-                              "\" is not a recognized table hints option. If it is intended as a "
-                              "parameter to a table-valued function or to the CHANGETABLE "
-                              "function, ensure that your database compatibility mode is set to "
-                              "90.",
-                          peek().line, 15);
+        throw ServerError(Message::UnknownTableHint, {peek().text}, peek().line);
     }
     next();
     if (acceptOperator("=") && !atOperator("(")) {
@@ -178,11 +172,7 @@ int Parser::recursionLimit() {
     const Token& token = next();
     const auto limit = plain::readInt(token.text);
     if (limit && *limit <= kDeepest) return *limit;
-    throw ServerError(310,
-                      "The value " + token.text +
-                          " specified for the MAXRECURSION option exceeds the allowed maximum of "
-                          "32767.",
-                      token.line, 15);
+    throw ServerError(Message::MaxRecursionTooLarge, {token.text}, token.line);
 }
 
 }  // namespace kap::tsql

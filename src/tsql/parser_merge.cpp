@@ -33,27 +33,16 @@ void checkAction(const MergeStatement& merge, const MergeAction& action) {
     const std::string clause = clauseName(action.when);
     const bool inserts = std::holds_alternative<InsertStatement>(action.action);
     if (inserts != (action.when == MergeAction::When::NotMatched)) {
-        throw ServerError(10711,
-                          std::string("An action of type '") + actionName(action) +
-                              "' is not allowed in the '" + clause +
-                              "' clause of a MERGE statement.",
-                          action.line, 15);
+        throw ServerError(Message::MergeActionNotAllowed, {actionName(action), clause},
+                          action.line);
     }
     for (const MergeAction& before : merge.actions) {
         if (before.when != action.when) continue;
         if (before.action.index() == action.action.index()) {
-            throw ServerError(10714,
-                              std::string("An action of type '") + actionName(action) +
-                                  "' cannot appear more than once in a '" + clause +
-                                  "' clause of a MERGE statement.",
-                              action.line, 15);
+            throw ServerError(Message::MergeActionTwice, {actionName(action), clause}, action.line);
         }
         if (before.condition == nullptr) {
-            throw ServerError(5324,
-                              "In a MERGE statement, a '" + clause +
-                                  "' clause with a search condition cannot appear after a '" +
-                                  clause + "' clause with no search condition.",
-                              action.line, 15);
+            throw ServerError(Message::UnreachableMergeClause, {clause, clause}, action.line);
         }
     }
 }
@@ -81,8 +70,7 @@ MergeStatement Parser::mergeStatement() {
     result.output = outputClause();
     result.maxRecursion = queryHints();
     if (!atOperator(";")) {
-        throw ServerError(10713, "A MERGE statement must be terminated by a semi-colon (;).",
-                          peek().line, 15);
+        throw ServerError(Message::MergeWithoutSemicolon, {}, peek().line);
     }
     return result;
 }

@@ -32,10 +32,7 @@ void Parser::requireFirst(const char* what) const {
         equalsIgnoringCase(token.text, "CREATE") || equalsIgnoringCase(token.text, "ALTER");
     constexpr std::size_t kLongestHead = 3;  // CREATE OR ALTER
     if (begins && position_ <= first + kLongestHead) return;
-    throw ServerError(
-        111,
-        std::string("'CREATE/ALTER ") + what + "' must be the first statement in a query batch.",
-        peek().line, 15);
+    throw ServerError(Message::NotFirstInBatch, {what}, peek().line);
 }
 
 Statement::Node Parser::createView(Making making) {

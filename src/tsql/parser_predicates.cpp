@@ -35,13 +35,7 @@ ExpressionPtr Parser::predicate(Place place) {
 
 // a.x *= b.x and a.x =* b.x: outer joins as they were written once.
 void Parser::outerJoinOperator() const {
-    throw ServerError(
-        4147,
-        "The query uses non-ANSI outer join operators (\"*=\" or \"=*\"). To run this query "
-        "without modification, please set the compatibility level for current database to 80, "
-        "using the SET COMPATIBILITY_LEVEL option of ALTER DATABASE. It is strongly recommended to "
-        "rewrite the query using ANSI outer join operators (LEFT OUTER JOIN, RIGHT OUTER JOIN).",
-        peek().line, 15);
+    throw ServerError(Message::OldOuterJoin, {}, peek().line);
 }
 
 ExpressionPtr Parser::comparison(ExpressionPtr left, ComparisonOperator op) {

@@ -32,11 +32,7 @@ Script Parser::script() {
 Statement Parser::statementOfSeveral() {
     Statement result = statement();
     if (atKeyword("WITH")) {
-        throw ServerError(319,
-                          "Incorrect syntax near the keyword 'with'. If this statement is a common "
-                          "table expression, an xmlnamespaces clause or a change tracking context "
-                          "clause, the previous statement must be terminated with a semicolon.",
-                          peek().line, 15);
+        throw ServerError(Message::SyntaxNearWith, {}, peek().line);
     }
     return result;
 }
@@ -97,10 +93,8 @@ std::optional<Statement::Node> Parser::flowStatement() {
         const int line = next().line;
         const bool breaks = *word == 'B';
         if (loops_ == 0) {
-            throw ServerError(breaks ? 135 : 136,
-                              std::string("Cannot use a ") + word +
-                                  " statement outside the scope of a WHILE statement.",
-                              line, 15);
+            throw ServerError(breaks ? Message::BreakOutsideLoop : Message::ContinueOutsideLoop, {},
+                              line);
         }
         if (breaks) return BreakStatement{};
         return ContinueStatement{};

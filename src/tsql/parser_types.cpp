@@ -129,11 +129,9 @@ TypeSpec Parser::type(const std::string& owner, int ordinal) {
         if (equalsIgnoringCase(refused, typeName.last())) throw unsupported(refused, token.line);
     }
     if (owner.empty()) {
-        throw ServerError(243, "Type " + typeName.text() + " is not a defined system type.",
-                          token.line);
+        throw ServerError(Message::UndefinedSystemType, {typeName.text()}, token.line);
     }
-    throw ServerError(2715,
-                      place(owner, ordinal) + ": Cannot find data type " + typeName.text() + ".",
+    throw ServerError(Message::UnknownDataType, {place(owner, ordinal), typeName.text()},
                       token.line);
 }
 
@@ -148,17 +146,12 @@ TypeSpec Parser::sizedType(TypeSpec spec, const std::string& owner, int ordinal)
     } else if (spec.type == SqlType::Float) {
         const int precision = sizeNumber();
         if (precision > kMaxFloatPrecision) {
-            throw ServerError(2750,
-                              place(owner, ordinal) + ": Specified column precision " +
-                                  plain::text(precision) +
-                                  " is greater than the maximum precision of 53.",
-                              line);
+            throw ServerError(Message::PrecisionTooLarge,
+                              {place(owner, ordinal), plain::text(precision), "53"}, line);
         }
         if (precision <= kRealPrecision) spec.type = SqlType::Real;
     } else {
-        throw ServerError(2716,
-                          place(owner, ordinal) + ": Cannot specify a column width on data type " +
-                              typeName(spec.type) + ".",
+        throw ServerError(Message::NoWidthOfType, {place(owner, ordinal), typeName(spec.type)},
                           line);
     }
     expectOperator(")");
@@ -172,15 +165,14 @@ void Parser::lengthSize(TypeSpec& spec, const std::string& owner) {
     }
     const int line = peek().line;
     spec.length = sizeNumber();
-    const std::string subject =
-        "The size (" + plain::text(spec.length) + ") given to the " +
-        (owner.empty() ? std::string("type '") + typeName(spec.type) : "column '" + owner) +
-        "' exceeds the maximum allowed";
+    const std::string size = plain::text(spec.length);
+    const char* kind = owner.empty() ? "type" : "column";
+    const std::string name = owner.empty() ? typeName(spec.type) : owner;
     if (spec.length > kMaxBytes) {
-        throw ServerError(131, subject + " for any data type (8000).", line, 15);
+        throw ServerError(Message::SizeExceedsMaximum, {size, kind, name}, line);
     }
     if (isNational(spec.type) && spec.length > kMaxNationalCharacters) {
-        throw ServerError(2717, subject + " (4000).", line);
+        throw ServerError(Message::NationalSizeExceedsMaximum, {size, kind, name}, line);
     }
 }
 
@@ -188,11 +180,8 @@ void Parser::decimalSize(TypeSpec& spec, const std::string& owner, int ordinal) 
     const int line = peek().line;
     spec.precision = sizeNumber();
     if (spec.precision > kMaxPrecision) {
-        throw ServerError(2750,
-                          place(owner, ordinal) + ": Specified column precision " +
-                              plain::text(spec.precision) +
-                              " is greater than the maximum precision of 38.",
-                          line);
+        throw ServerError(Message::PrecisionTooLarge,
+                          {place(owner, ordinal), plain::text(spec.precision), "38"}, line);
     }
     if (!acceptOperator(",")) return;
     if (peek().kind == TokenKind::Integer && asciiLower(peek().text) == "0") {
@@ -201,11 +190,8 @@ void Parser::decimalSize(TypeSpec& spec, const std::string& owner, int ordinal) 
     }
     spec.scale = sizeNumber();
     if (spec.scale > spec.precision) {
-        throw ServerError(183,
-                          "The scale (" + plain::text(spec.scale) + ") for column '" + owner +
-                              "' must be within the range 0 to " + plain::text(spec.precision) +
-                              ".",
-                          line, 15);
+        throw ServerError(Message::ScaleOutOfRange,
+                          {plain::text(spec.scale), owner, plain::text(spec.precision)}, line);
     }
 }
 
@@ -214,8 +200,7 @@ int Parser::sizeNumber() {
     const Token& token = next();
     const auto size = plain::readInt(token.text);
     if (!size || *size == 0) {
-        throw ServerError(1001, "Length or precision specification " + token.text + " is invalid.",
-                          token.line, 15);
+        throw ServerError(Message::InvalidLengthOrPrecision, {token.text}, token.line);
     }
     return *size;
 }

@@ -38,19 +38,12 @@ std::string Parser::windowFrame() {
         return edge.place == FramePlace::Before || edge.place == FramePlace::Behind;
     };
     if (range && (counted(first) || counted(last))) {
-        throw ServerError(4194,
-                          "RANGE is only supported with UNBOUNDED and CURRENT ROW window frame "
-                          "delimiters.",
-                          line);
+        throw ServerError(Message::RangeFrameNotSupported, {}, line);
     }
     const bool possible = first.place != FramePlace::End && last.place != FramePlace::Start &&
                           first.place <= last.place;
     if (!possible) {
-        throw ServerError(4193,
-                          "'BETWEEN " + first.text + " AND " + last.text +
-                              "' is not a valid window frame and cannot be used with the OVER "
-                              "clause.",
-                          line);
+        throw ServerError(Message::InvalidWindowFrame, {first.text, last.text}, line);
     }
     return text + "BETWEEN " + first.text + " AND " + last.text;
 }

@@ -6,8 +6,6 @@ namespace kap::tsql {
 
 namespace {
 
-constexpr int kSyntaxSeverity = 15;
-
 // Characters that a message has at most. Of a longer one, which quotes a client's own text, the
 // server shows the first ones and an ellipsis.
 constexpr std::size_t kLongestMessage = 2047;
@@ -37,6 +35,11 @@ std::string shortened(const std::string& message) {
 
 }  // namespace
 
+ServerError::ServerError(Message message, std::initializer_list<std::string_view> arguments,
+                         int line)
+    : ServerError(numberOf(message), textOf(message, arguments), line, factsOf(message).severity,
+                  factsOf(message).state) {}
+
 ServerError::ServerError(int number, const std::string& message, int line, int severity, int state)
     : std::runtime_error(shortened(message)),
       number_(number),
@@ -45,33 +48,23 @@ ServerError::ServerError(int number, const std::string& message, int line, int s
       line_(line) {}
 
 ServerError syntaxError(const std::string& near, int line) {
-    return {102, "Incorrect syntax near '" + near + "'.", line, kSyntaxSeverity};
+    return {Message::SyntaxNear, {near}, line};
 }
 
 ServerError keywordError(const std::string& keyword, int line) {
-    return {156, "Incorrect syntax near the keyword '" + keyword + "'.", line, kSyntaxSeverity};
+    return {Message::SyntaxNearKeyword, {keyword}, line};
 }
 
 ServerError unsupported(const std::string& construct, int line) {
-    return {40517,
-            "Keyword or statement option '" + construct +
-                "' is not supported in this version of the database.",
-            line, kSyntaxSeverity};
+    return {Message::NotSupported, {construct}, line};
 }
 
 ServerError nestedTooDeeply(int line) {
-    return {191,
-            "Some part of your SQL statement is nested too deeply. Rewrite the query or break it "
-            "up into smaller queries.",
-            line, kSyntaxSeverity};
+    return {Message::NestedTooDeeply, {}, line};
 }
 
 ServerError outOfStack(int line) {
-    constexpr int kResourceSeverity = 17;
-    return {8631,
-            "Internal error: Server stack limit has been reached. Please look for potentially deep "
-            "nesting in your query, and try to simplify it.",
-            line, kResourceSeverity};
+    return {Message::OutOfStack, {}, line};
 }
 
 }  // namespace kap::tsql

@@ -1,7 +1,11 @@
 #pragma once
 
+#include <initializer_list>
 #include <stdexcept>
 #include <string>
+#include <string_view>
+
+#include "tsql/messages.hpp"
 
 namespace kap::tsql {
 
@@ -11,6 +15,10 @@ namespace kap::tsql {
 /// sent, 0 when the error has no place in a text.
 class ServerError : public std::runtime_error {
 public:
+    /// One of the server's own messages.
+    ServerError(Message message, std::initializer_list<std::string_view> arguments = {},
+                int line = 0);
+    /// One that a client raises, or that another server has reported.
     ServerError(int number, const std::string& message, int line = 0, int severity = 16,
                 int state = 1);
 
@@ -19,6 +27,11 @@ public:
     [[nodiscard]] int state() const noexcept { return state_; }
     [[nodiscard]] int line() const noexcept { return line_; }
     [[nodiscard]] std::string message() const { return what(); }
+
+    /// The same error with another state than its message usually has.
+    [[nodiscard]] ServerError withState(int state) const {
+        return {number_, message(), line_, severity_, state};
+    }
 
     /// The same error at a line, unless it has one already.
     [[nodiscard]] ServerError at(int line) const {

@@ -22,7 +22,7 @@ using tsql::ServerError;
 const engine::Column& columnOf(const engine::Table& table, const std::string& name) {
     const engine::Column* column = table.find(name);
     if (column == nullptr) {
-        throw ServerError(207, "Invalid column name '" + name + "'.");
+        throw ServerError(tsql::Message::InvalidColumn, {name});
     }
     return *column;
 }
@@ -32,22 +32,15 @@ void requireAssignable(const RowChange& change, const engine::Table& table,
                        const engine::Column& column) {
     const bool insert = change.kind == RowChange::Kind::Insert;
     if (column.isRowVersion()) {
-        throw insert ? ServerError(273,
-                                   "Cannot insert an explicit value into a timestamp column. Use "
-                                   "INSERT with a column list to exclude the timestamp column, or "
-                                   "insert a DEFAULT into the timestamp column.")
-                     : ServerError(272, "Cannot update a timestamp column.");
+        throw insert ? ServerError(tsql::Message::TimestampNotInsertable)
+                     : ServerError(tsql::Message::TimestampNotUpdatable);
     }
     if (column.computed) {
-        throw ServerError(271, "The column \"" + column.name +
-                                   "\" cannot be modified because it is either a computed column "
-                                   "or is the result of a UNION operator.");
+        throw ServerError(tsql::Message::ColumnNotModifiable, {column.name});
     }
     if (column.identity) {
-        throw insert
-            ? ServerError(544, "Cannot insert explicit value for identity column in table '" +
-                                   table.name + "' when IDENTITY_INSERT is set to OFF.")
-            : ServerError(8102, "Cannot update identity column '" + column.name + "'.");
+        throw insert ? ServerError(tsql::Message::IdentityInsertOff, {table.name})
+                     : ServerError(tsql::Message::IdentityNotUpdatable, {column.name});
     }
 }
 
@@ -130,9 +123,7 @@ ChangeOutcome EmbeddedRowChanger::write(const RowChange& change) {
         }
         engine::ScriptRunner::raiseIfFailed(messages);
         if (!whole) {
-            throw ServerError(3616,
-                              "An error was raised during trigger execution. The batch has been "
-                              "aborted and the user transaction, if any, has been rolled back.");
+            throw ServerError(tsql::Message::ErrorInTrigger);
         }
         return outcome;
     }
@@ -202,7 +193,7 @@ ChangeOutcome EmbeddedRowChanger::read(const RowChange& change) {
 const engine::Table& EmbeddedRowChanger::tableOf(const RowChange& change) const {
     const engine::Table* table = catalogue_.find(change.table);
     if (table == nullptr) {
-        throw ServerError(208, "Invalid object name '" + change.table + "'.");
+        throw ServerError(tsql::Message::InvalidObject, {change.table});
     }
     return *table;
 }

@@ -8,43 +8,10 @@
 #include <kaputil/data/error_numbers.hpp>
 
 #include "base/unicode.hpp"
+#include "data/sql_states.hpp"
 
 namespace kap::ado::odbc {
 namespace {
-
-struct Mapping {
-    std::string_view state;  // or its first letters
-    std::int32_t number;
-};
-
-// The first that fits.
-constexpr auto kMappings = std::to_array<Mapping>({
-    {"42S02", errors::kUnknownObject},
-    {"42P01", errors::kUnknownObject},
-    {"3F000", errors::kUnknownObject},
-    {"23", errors::kIntegrity},
-    {"44000", errors::kIntegrity},
-    {"40001", errors::kConcurrency},
-    {"40P01", errors::kConcurrency},
-    {"HYT", errors::kTimeout},
-    {"S1T00", errors::kTimeout},
-    {"57014", errors::kTimeout},
-    {"28", errors::kLogin},
-    {"08", errors::kUnspecified},
-    {"57P", errors::kUnspecified},
-    {"01002", errors::kUnspecified},
-    {"22001", errors::kTruncated},
-    {"22003", errors::kTruncated},
-    {"22008", errors::kTruncated},
-    {"22007", errors::kDataTypeMismatch},
-    {"22018", errors::kDataTypeMismatch},
-    {"22P02", errors::kDataTypeMismatch},
-    {"HYC00", errors::kFeatureNotAvailable},
-    {"IM001", errors::kFeatureNotAvailable},
-    {"HY", errors::kUnspecified},
-    {"IM", errors::kUnspecified},
-    {"", errors::kCommandText},
-});
 
 // The line of a script, which drivers for Transact-SQL servers tell.
 constexpr SQLSMALLINT kLineField = -1154;
@@ -139,12 +106,6 @@ void restoreOrder(std::vector<ServerMessage>& messages) {
 
 }  // namespace
 
-std::int32_t numberOf(std::string_view state) {
-    return std::ranges::find_if(
-               kMappings, [&](const Mapping& mapping) { return state.starts_with(mapping.state); })
-        ->number;
-}
-
 bool saysConnectionLost(std::string_view state) {
     return state.starts_with("08") || state.starts_with("57P") || state == "01002";
 }
@@ -176,7 +137,7 @@ std::vector<ServerMessage> diagnosticsOf(SQLSMALLINT kind, SQLHANDLE handle, boo
         }
         // A failed call may report warnings, too: they are of class 01, or of no class.
         const bool warning = message.state.starts_with("01") || message.state.starts_with("00");
-        message.number = failed ? numberOf(message.state) : 0;
+        message.number = failed ? numberOfState(message.state) : 0;
         if (!failed || (warning && !saysConnectionLost(message.state))) {
             message.severity = 0;
         }

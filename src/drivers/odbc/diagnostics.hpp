@@ -14,21 +14,6 @@ namespace kap::ado::odbc {
 // The source of the driver's errors.
 inline constexpr const char16_t* kErrorSource = u"KapOdbc";
 
-// The data-access code of a SQLSTATE:
-//
-//     42S02 42P01 3F000     an object that does not exist        kUnknownObject
-//     23...  44000          a constraint                         kIntegrity
-//     40001 40P01           given up in favour of another user   kConcurrency
-//     HYT.. 57014 S1T00     out of time                          kTimeout
-//     28...                 login refused                        kLogin
-//     08... 57P.. 01002     no connection, or no longer          kUnspecified
-//     22001 22003 22008     a value that does not fit            kTruncated
-//     22007 22018 22P02     a value that does not convert        kDataTypeMismatch
-//     HYC00 IM001           what the server or driver cannot do  kFeatureNotAvailable
-//     other HY... IM...     the driver's own failures            kUnspecified
-//     42... and others      the text of the command              kCommandText
-[[nodiscard]] std::int32_t numberOf(std::string_view state);
-
 // Whether a SQLSTATE says that there is no connection any more.
 [[nodiscard]] bool saysConnectionLost(std::string_view state);
 

@@ -3,9 +3,10 @@
 #include <array>
 
 #include "base/ascii.hpp"
-#include "data/server_numbers.hpp"
+#include "data/sql_states.hpp"
 #include "drivers/odbc/server_dialect.hpp"
 #include "drivers/odbc/table_facts.hpp"
+#include "tsql/messages.hpp"
 
 namespace kap::ado::odbc {
 namespace {
@@ -170,9 +171,10 @@ public:
     }
 
     void refine(ServerMessage& message) const override {
-        if (const ServerNumber* known = findServerNumber(message.nativeNumber)) {
-            message.number = known->number;
-            message.state = known->state;
+        const tsql::MessageFacts* known = tsql::findMessage(message.nativeNumber);
+        if (known != nullptr && *known->sqlState != '\0') {
+            message.state = known->sqlState;
+            message.number = numberOfState(message.state);
         }
     }
 };

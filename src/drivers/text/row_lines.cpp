@@ -115,7 +115,7 @@ void RowLines::append(std::string& lines, std::size_t row, std::int64_t number) 
 
 bool RowLines::appendDirectly(std::string& lines, Target& target, std::size_t row) {
     if (target.way == Way::Blank || target.way == Way::ByText ||
-        target.source.values->cell(row) != ado::ColumnStore::Cell::Value) {
+        target.source.values->cell(row) != ado::ColumnStore::Cell::Filled) {
         return false;
     }
     const ado::ColumnStore& values = *target.source.values;
@@ -238,7 +238,7 @@ std::optional<String> RowLines::textOf(const Target& target, std::size_t row) co
     const ado::ColumnStore& values = *target.source.values;
     const ado::ColumnStore::Cell cell = values.cell(row);
     const bool replaces = cell == ado::ColumnStore::Cell::Null ||
-                          (cell == ado::ColumnStore::Cell::Value &&
+                          (cell == ado::ColumnStore::Cell::Filled &&
                            isText(target.source.info->type) && values.bytes(row) == replaced_);
     if (replaces) return String(target.instead);
     const ado::Value text =

@@ -21,9 +21,7 @@ std::string Binder::commonTables(const std::vector<tsql::CommonTable>& tables, S
                 return &other != &table && sameName(other.name, table.name);
             });
         if (repeated) {
-            throw ServerError(
-                239, "Duplicate common table expression name '" + table.name + "' was specified.",
-                table.query->line);
+            throw ServerError(tsql::Message::DuplicateCommonTable, {table.name}, table.query->line);
         }
         const bool isTarget =
             target != nullptr && target->parts.size() == 1 && sameName(target->last(), table.name);
@@ -44,10 +42,9 @@ std::vector<OutputColumn> Binder::commonColumns(const tsql::CommonTable& table,
                                                 std::vector<OutputColumn> columns) {
     if (!table.columns.empty() && table.columns.size() != columns.size()) {
         const bool more = table.columns.size() < columns.size();
-        throw ServerError(more ? 8158 : 8159,
-                          "'" + table.name + "' has " + (more ? "more" : "fewer") +
-                              " columns than were specified in the column list.",
-                          table.query->line);
+        throw ServerError(
+            more ? tsql::Message::MoreColumnsThanNames : tsql::Message::FewerColumnsThanNames,
+            {table.name}, table.query->line);
     }
     for (std::size_t i = 0; i < columns.size(); ++i) {
         if (!table.columns.empty()) columns[i].name = table.columns[i];
@@ -77,10 +74,7 @@ void checkRecursiveTypes(const tsql::CommonTable& table, const std::vector<Outpu
         const bool sameText = !tsql::isText(from.type) || from.length == next.type.length;
         if (next.nullLiteral || (from.type == next.type.type && sameText)) continue;
         const std::string& name = i < table.columns.size() ? table.columns[i] : anchor[i].name;
-        throw ServerError(240,
-                          "Types don't match between the anchor and the recursive part in column "
-                          "\"" +
-                              name + "\" of recursive query \"" + table.name + "\".",
+        throw ServerError(tsql::Message::RecursiveTypesDiffer, {name, table.name},
                           table.query->line);
     }
 }
@@ -88,32 +82,21 @@ void checkRecursiveTypes(const tsql::CommonTable& table, const std::vector<Outpu
 // What a recursion may do: SQLite would refuse it in words of its own.
 void checkRecursion(const std::string& table, const tsql::QueryTerm& term, bool grouped,
                     int reads) {
-    const auto refuse = [&](int number, const std::string& text) {
-        throw ServerError(number, text + " '" + table + "'.", term.line);
+    const auto refuse = [&](tsql::Message message) {
+        throw ServerError(message, {table}, term.line);
     };
     const tsql::QueryTerm* inner = &term;
     while (const auto* bracketed = std::get_if<tsql::QueryPtr>(&inner->node))
         inner = &(*bracketed)->terms.front();
     const auto& select = std::get<tsql::Select>(inner->node);
     if (term.joinedBy != tsql::SetOperator::UnionAll) {
-        throw ServerError(252,
-                          "Recursive common table expression '" + table +
-                              "' does not contain a top-level UNION ALL operator.",
-                          term.line);
+        throw ServerError(tsql::Message::RecursiveWithoutUnionAll, {table}, term.line);
     }
-    constexpr const char* kPart =
-        " allowed in the recursive part of a recursive common table "
-        "expression";
-    if (select.distinct) refuse(460, std::string("DISTINCT operator is not") + kPart);
-    if (select.top) refuse(461, std::string("The TOP or OFFSET operator is not") + kPart);
-    if (grouped) {
-        refuse(467, std::string("GROUP BY, HAVING, or aggregate functions are not") + kPart);
-    }
+    if (select.distinct) refuse(tsql::Message::DistinctInRecursion);
+    if (select.top) refuse(tsql::Message::TopInRecursion);
+    if (grouped) refuse(tsql::Message::GroupingInRecursion);
     if (reads < 2) return;
-    throw ServerError(253,
-                      "Recursive member of a common table expression '" + table +
-                          "' has multiple recursive references.",
-                      term.line);
+    throw ServerError(tsql::Message::SeveralRecursiveReferences, {table}, term.line);
 }
 
 }  // namespace
@@ -201,11 +184,7 @@ std::string Binder::targetTable(const tsql::CommonTable& table, Scope* outer) {
         plain ? std::get_if<tsql::NamedTable>(&select->from.front()->node) : nullptr;
     const Table* base = named == nullptr ? nullptr : findTable(named->name, names_);
     if (base == nullptr) {
-        throw ServerError(4421,
-                          "Derived table '" + table.name +
-                              "' is not updatable because a column of the derived table is derived "
-                              "or constant.",
-                          table.query->line);
+        throw ServerError(tsql::Message::DerivedTableNotUpdatable, {table.name}, table.query->line);
     }
     BoundSelect bound = term(table.query->terms.front(), table.query->orderBy, outer);
     orderRows(table.query->orderBy, bound);

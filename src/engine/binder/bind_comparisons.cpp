@@ -45,10 +45,9 @@ void refuseLarge(const std::vector<BoundExpression>& values, const char* operati
         return type == SqlType::Text || type == SqlType::NText || type == SqlType::Image;
     };
     if (std::none_of(values.begin(), values.end(), large)) return;
-    throw ServerError(402,
-                      std::string("The data types ") + tsql::typeName(values.front().type.type) +
-                          " and " + tsql::typeName(values.back().type.type) +
-                          " are incompatible in the " + operation + " operator.",
+    throw ServerError(tsql::Message::IncompatibleTypes,
+                      {tsql::typeName(values.front().type.type),
+                       tsql::typeName(values.back().type.type), operation},
                       line);
 }
 

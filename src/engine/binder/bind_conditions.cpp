@@ -35,11 +35,7 @@ std::string Binder::condition(const tsql::Expression& expression, Scope& scope) 
 // What yields a value tests nothing: the grammar keeps values out of condition places.
 template <typename Value>
 std::string Binder::test(const Value& /*node*/, int line, Scope& /*scope*/) {
-    throw ServerError(
-        4145,
-        "An expression of non-boolean type specified in a context where a condition is "
-        "expected.",
-        line, 15);
+    throw ServerError(tsql::Message::NoCondition, {}, line);
 }
 
 std::string Binder::test(const tsql::UnaryExpression& node, int /*line*/, Scope& scope) {
@@ -77,11 +73,7 @@ std::string Binder::test(const tsql::QuantifiedComparison& node, int line, Scope
     const BoundExpression left = value(*node.value, scope);
     const BoundQuery bound = query(*node.query, &scope, QueryPlace::Nested);
     if (bound.columns.size() != 1) {
-        throw ServerError(
-            116,
-            "Only one expression can be specified in the select list when the subquery is "
-            "not introduced with EXISTS.",
-            line);
+        throw ServerError(tsql::Message::OneExpressionInSubquery, {}, line);
     }
     BoundExpression column = bound.columns[0].value;
     column.sql = "\"c1\"";
@@ -113,11 +105,7 @@ std::string Binder::inQuery(const tsql::InPredicate& node, int line, Scope& scop
     const BoundExpression left = value(*node.value, scope);
     const BoundQuery bound = query(*node.query, &scope, QueryPlace::Nested);
     if (bound.columns.size() != 1) {
-        throw ServerError(
-            116,
-            "Only one expression can be specified in the select list when the subquery is "
-            "not introduced with EXISTS.",
-            line);
+        throw ServerError(tsql::Message::OneExpressionInSubquery, {}, line);
     }
     BoundExpression column = bound.columns[0].value;
     column.sql = "\"c1\"";

@@ -44,10 +44,7 @@ std::string Binder::test(const tsql::CurrentOfPredicate& node, int line, Scope& 
     const Source* target =
         scope.target < scope.sources.size() ? &scope.sources[scope.target] : nullptr;
     if (target == nullptr || target->table == nullptr) {
-        throw tsql::ServerError(16933,
-                                "The cursor does not include the table being modified or the "
-                                "table is not updatable through the cursor.",
-                                line);
+        throw tsql::ServerError(tsql::Message::TableNotInCursor, {}, line);
     }
     std::string arguments = sqlText(node.cursor) + ", " + sqlText(target->table->name);
     for (const std::string& column : node.columns)

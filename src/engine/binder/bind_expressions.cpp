@@ -32,14 +32,9 @@ BoundExpression exactLiteral(const std::string& text, bool whole, int line) {
         const auto digits =
             std::count_if(text.begin(), text.end(), [](char c) { return c != '.'; });
         if (digits > kMaxLiteralDigits) {
-            throw ServerError(
-                1007,
-                "The number '" + text +
-                    "' is out of the range for numeric representation (maximum precision 38).",
-                line, 15);
+            throw ServerError(tsql::Message::NumberTooWide, {text}, line);
         }
-        throw ServerError(
-            8115, "Arithmetic overflow error converting expression to data type numeric.", line);
+        throw ServerError(tsql::Message::ArithmeticOverflow, {"expression", "numeric"}, line);
     }
     if (whole && *value <= 2147483647) return BoundExpression::literal(*value, {SqlType::Int});
     int digits = 1;
@@ -66,10 +61,7 @@ BoundExpression floatLiteral(std::string text, int line) {
     if (last == 'e' || last == 'E' || last == '+' || last == '-') text += '0';
     const auto number = plain::readReal(text);
     if (!number || !number->inRange) {
-        throw ServerError(168,
-                          "The floating point value '" + text +
-                              "' is out of the range of computer representation (8 bytes).",
-                          line, 15);
+        throw ServerError(tsql::Message::FloatOutOfRange, {text}, line);
     }
     return BoundExpression::literal(number->value, {SqlType::Float});
 }
@@ -93,10 +85,8 @@ BoundExpression binaryLiteral(const std::string& digits) {
 }
 
 [[noreturn]] void clash(const BoundExpression& value, const TypeSpec& type, int line) {
-    throw ServerError(206,
-                      std::string("Operand type clash: ") + tsql::typeName(value.type.type) +
-                          " is incompatible with " + tsql::typeName(type.type),
-                      line);
+    throw ServerError(tsql::Message::OperandTypeClash,
+                      {tsql::typeName(value.type.type), tsql::typeName(type.type)}, line);
 }
 
 BoundExpression folded(const BoundExpression& value, const TypeSpec& type, Overlength overlength,
@@ -118,11 +108,8 @@ void checkImplicit(const BoundExpression& value, const TypeSpec& type, int line)
         case ConversionRule::ExplicitOnly:
             break;
     }
-    throw ServerError(257,
-                      std::string("Implicit conversion from data type ") +
-                          tsql::typeName(value.type.type) + " to " + tsql::typeName(type.type) +
-                          " is not allowed. Use the CONVERT function to run this query.",
-                      line);
+    throw ServerError(tsql::Message::ImplicitConversionNotAllowed,
+                      {tsql::typeName(value.type.type), tsql::typeName(type.type)}, line);
 }
 
 }  // namespace
@@ -148,7 +135,7 @@ BoundExpression Binder::literal(const tsql::Literal& literal, int line) const {
         case LiteralKind::Binary:
             return binaryLiteral(literal.text);
     }
-    throw ServerError(102, "Incorrect syntax near '" + literal.text + "'.", line, 15);
+    throw ServerError(tsql::Message::SyntaxNear, {literal.text}, line);
 }
 
 BoundExpression Binder::value(const tsql::Expression& expression, Scope& scope) {
@@ -193,7 +180,7 @@ BoundExpression Binder::node(const tsql::VariableReference& node, int line, Scop
     if (node.name.compare(0, 2, "@@") == 0) return systemVariable(node.name, systemCall(), line);
     const Variable* variable = names_.variable(node.name);
     if (variable == nullptr) {
-        throw ServerError(137, "Must declare the scalar variable \"" + node.name + "\".", line, 15);
+        throw ServerError(tsql::Message::UndeclaredVariable, {node.name}, line);
     }
     const std::string number = plain::text(variable->slot + (variablesPerRow_ ? 0 : 1));
     if (variablesPerRow_) {
@@ -231,8 +218,7 @@ BoundExpression Binder::node(const tsql::BinaryExpression& node, int line, Scope
 // What tests is no value: the grammar keeps conditions out of value places.
 template <typename Predicate>
 BoundExpression Binder::node(const Predicate& /*node*/, int line, Scope& /*scope*/) {
-    throw ServerError(102, "Incorrect syntax near a condition where a value is expected.", line,
-                      15);
+    throw ServerError(tsql::Message::ConditionWhereValueExpected, {}, line);
 }
 
 BoundExpression Binder::node(const tsql::CastExpression& node, int line, Scope& scope) {
@@ -255,11 +241,7 @@ BoundExpression Binder::node(const tsql::ScalarSubquery& node, int line, Scope& 
     if (scope.insideAggregate) throw aggregateOfAggregate(line);
     const BoundQuery bound = query(*node.query, &scope, QueryPlace::Nested);
     if (bound.columns.size() != 1) {
-        throw ServerError(
-            116,
-            "Only one expression can be specified in the select list when the subquery is "
-            "not introduced with EXISTS.",
-            line);
+        throw ServerError(tsql::Message::OneExpressionInSubquery, {}, line);
     }
     return BoundExpression::expression("(SELECT kap_single(\"c1\") FROM (" + bound.sql + "))",
                                        bound.columns[0].value.type, true);
@@ -280,11 +262,7 @@ BoundExpression Binder::node(const tsql::CaseExpression& node, int line, Scope& 
     if (node.otherwise) results.push_back(value(*node.otherwise, scope));
     const auto type = commonType(results);
     if (!type) {
-        throw ServerError(
-            8133,
-            "At least one of the result expressions in a CASE specification must be an "
-            "expression other than the NULL constant.",
-            line);
+        throw ServerError(tsql::Message::CaseOfNulls, {}, line);
     }
     bool nullable = !node.otherwise;
     for (std::size_t i = 0; i < results.size(); ++i) {
@@ -331,11 +309,8 @@ BoundExpression Binder::castCall(const char* function, const BoundExpression& va
                                  const TypeSpec& type, const std::string& style, int line) const {
     if (value.nullLiteral) return BoundExpression::expression("NULL", type, true);
     if (conversionRule(value.type.type, type.type) == ConversionRule::Never) {
-        throw ServerError(529,
-                          std::string("Explicit conversion from data type ") +
-                              tsql::typeName(value.type.type) + " to " + tsql::typeName(type.type) +
-                              " is not allowed.",
-                          line);
+        throw ServerError(tsql::Message::ExplicitConversionNotAllowed,
+                          {tsql::typeName(value.type.type), tsql::typeName(type.type)}, line);
     }
     if (!needsConversion(value.type, type)) {
         // The type was asked for, so the result is an expression of it and no longer the column.

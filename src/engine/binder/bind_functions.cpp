@@ -28,47 +28,26 @@ void checkArgumentCount(const ScalarFunction& function, const FunctionCall& call
         throw tsql::unsupported(asciiUpper(name) + "(*)", line);
     }
     if (function.fewest == function.most) {
-        throw ServerError(
-            174,
-            "The " + name + " function requires " + plain::text(function.fewest) + " argument(s).",
-            line, 15);
+        throw ServerError(tsql::Message::WrongArgumentCount, {name, plain::text(function.fewest)},
+                          line);
     }
-    if (function.most < 0)
-        throw ServerError(102, "Incorrect syntax near '" + call.name.last() + "'.", line, 15);
-    throw ServerError(189,
-                      "The " + name + " function requires " + plain::text(function.fewest) +
-                          " to " + plain::text(function.most) + " arguments.",
-                      line, 15);
+    if (function.most < 0) throw ServerError(tsql::Message::SyntaxNear, {call.name.last()}, line);
+    throw ServerError(tsql::Message::WrongArgumentRange,
+                      {name, plain::text(function.fewest), plain::text(function.most)}, line);
 }
 
 [[noreturn]] void aggregateRefused(AggregateUse use, int line) {
     switch (use) {
         case AggregateUse::RefusedInOn:
-            throw ServerError(
-                1015,
-                "An aggregate cannot appear in an ON clause unless it is in a subquery contained "
-                "in a HAVING clause or select list, and the column being aggregated is an outer "
-                "reference.",
-                line, 15);
+            throw ServerError(tsql::Message::AggregateInJoin, {}, line);
         case AggregateUse::RefusedInGroupBy:
-            throw ServerError(
-                144,
-                "Cannot use an aggregate or a subquery in an expression used for the group by "
-                "list of a GROUP BY clause.",
-                line, 15);
+            throw ServerError(tsql::Message::AggregateInGroupBy, {}, line);
         case AggregateUse::RefusedInSet:
-            throw ServerError(157,
-                              "An aggregate may not appear in the set list of an UPDATE statement.",
-                              line, 15);
+            throw ServerError(tsql::Message::AggregateInSetList, {}, line);
         case AggregateUse::RefusedInWhere:
-            throw ServerError(
-                147,
-                "An aggregate may not appear in the WHERE clause unless it is in a subquery "
-                "contained in a HAVING clause or a select list, and the column being aggregated "
-                "is an outer reference.",
-                line, 15);
+            throw ServerError(tsql::Message::AggregateInWhere, {}, line);
         default:
-            throw ServerError(10710, "An aggregate may not appear in this context.", line, 15);
+            throw ServerError(tsql::Message::AggregateNotAllowed, {}, line);
     }
 }
 
@@ -126,9 +105,7 @@ BoundExpression Binder::node(const FunctionCall& node, int line, Scope& scope) {
         if (auto grouping = groupingCall(node, line, scope)) return std::move(*grouping);
         refuseWithoutWindow(node, line);
         refuseServerFunction(node.name.last(), line);
-        throw ServerError(195,
-                          "'" + node.name.last() + "' is not a recognized built-in function name.",
-                          line, 15);
+        throw ServerError(tsql::Message::UnknownBuiltInFunction, {node.name.last()}, line);
     }
     checkArgumentCount(*function, node, line);
     ScalarCall call{*this, node, {}, line};
@@ -147,21 +124,14 @@ BoundExpression Binder::storedFunction(const FunctionCall& call, int line, Scope
     const Function* function =
         isOwn(call.name) ? catalogue().findFunction(call.name.last()) : nullptr;
     if (function == nullptr) {
-        throw ServerError(4121,
-                          "Cannot find either column \"" + call.name.parts.front() +
-                              "\" or the user-defined function or aggregate \"" + call.name.text() +
-                              "\", or the name is ambiguous.",
-                          line);
+        throw ServerError(tsql::Message::UnknownColumnOrFunction,
+                          {call.name.parts.front(), call.name.text()}, line);
     }
     if (call.arguments.size() != function->parameters.size()) {
         const bool few = call.arguments.size() < function->parameters.size();
-        throw ServerError(few ? 313 : 8144,
-                          few ? "An insufficient number of arguments were supplied for the "
-                                "procedure or function " +
-                                    call.name.text() + "."
-                              : "Procedure or function " + call.name.text() +
-                                    " has too many arguments specified.",
-                          line);
+        throw few
+            ? ServerError(tsql::Message::TooFewArguments, {call.name.text()}, line)
+            : ServerError(tsql::Message::TooManyArguments, {call.name.text()}, line).withState(1);
     }
     readsOtherRows_ = true;
     std::string arguments = sqlText(function->name);
@@ -180,10 +150,8 @@ BoundExpression Binder::storedFunction(const FunctionCall& call, int line, Scope
 BoundExpression Binder::defaultArgument(const Function& function, std::size_t parameter, int line) {
     const Function::Parameter& wanted = function.parameters[parameter];
     if (wanted.defaultValue == nullptr) {
-        throw ServerError(201,
-                          "Procedure or function '" + function.name + "' expects parameter '" +
-                              wanted.name + "', which was not supplied.",
-                          line, 16, 3);
+        throw ServerError(tsql::Message::ParameterNotSupplied, {function.name, wanted.name}, line)
+            .withState(3);
     }
     Scope constants;
     return value(*wanted.defaultValue, constants);
@@ -199,10 +167,7 @@ bool isAggregateName(const tsql::ObjectName& name) {
 }
 
 ServerError aggregateOfAggregate(int line) {
-    return {130,
-            "Cannot perform an aggregate function on an expression containing an aggregate or a "
-            "subquery.",
-            line, 15};
+    return {tsql::Message::AggregateWithinAggregate, {}, line};
 }
 
 BoundExpression Binder::aggregate(const FunctionCall& call, int line, Scope& scope) {
@@ -214,7 +179,7 @@ BoundExpression Binder::aggregate(const FunctionCall& call, int line, Scope& sco
     const TypeSpec countType = name == "count" ? TypeSpec{SqlType::Int} : TypeSpec{SqlType::BigInt};
     if (call.star && counts) return BoundExpression::expression("count(*)", countType, false);
     if (call.star || call.arguments.size() != 1) {
-        throw ServerError(174, "The " + name + " function requires 1 argument(s).", line, 15);
+        throw ServerError(tsql::Message::WrongArgumentCount, {name, "1"}, line);
     }
     const Restored inside(scope.insideAggregate, true);
     const Restored own(scope.readsOwn, false);
@@ -227,8 +192,7 @@ BoundExpression Binder::aggregate(const FunctionCall& call, int line, Scope& sco
         return BoundExpression::expression(
             aggregateCall("count", collated(argument), call.distinct), countType, false);
     if (argument.nullLiteral) {
-        throw ServerError(8117, "Operand data type NULL is invalid for " + name + " operator.",
-                          line);
+        throw ServerError(tsql::Message::InvalidOperandType, {"NULL", name}, line);
     }
     if (name == "sum") return total(argument, call.distinct, "sum", line);
     if (name == "checksum_agg") {
@@ -242,10 +206,7 @@ BoundExpression Binder::aggregate(const FunctionCall& call, int line, Scope& sco
     const SqlType type = argument.type.type;
     if (type == SqlType::Bit || type == SqlType::Text || type == SqlType::NText ||
         type == SqlType::Image) {
-        throw ServerError(8117,
-                          std::string("Operand data type ") + tsql::typeName(type) +
-                              " is invalid for " + name + " operator.",
-                          line);
+        throw ServerError(tsql::Message::InvalidOperandType, {tsql::typeName(type), name}, line);
     }
     return BoundExpression::expression(
         aggregateCall(name.c_str(), collated(argument), call.distinct), argument.type, true);
@@ -254,10 +215,8 @@ BoundExpression Binder::aggregate(const FunctionCall& call, int line, Scope& sco
 BoundExpression Binder::total(const BoundExpression& argument, bool distinct, const char* function,
                               int line) const {
     if (!tsql::isNumber(argument.type.type) || argument.type.type == SqlType::Bit) {
-        throw ServerError(8117,
-                          std::string("Operand data type ") + tsql::typeName(argument.type.type) +
-                              " is invalid for " + function + " operator.",
-                          line);
+        throw ServerError(tsql::Message::InvalidOperandType,
+                          {tsql::typeName(argument.type.type), function}, line);
     }
     const TypeSpec type = sumType(argument.type);
     return BoundExpression::expression(aggregateCall(sumFunction(type), argument.sql, distinct),

@@ -104,7 +104,7 @@ std::optional<BoundExpression> Binder::groupingCall(const tsql::FunctionCall& ca
     const bool several = name == "grouping_id";
     if (name != "grouping" && !several) return std::nullopt;
     if (call.arguments.empty() || (!several && call.arguments.size() != 1)) {
-        throw ServerError(174, "The " + name + " function requires 1 argument(s).", line, 15);
+        throw ServerError(tsql::Message::WrongArgumentCount, {name, "1"}, line);
     }
     std::string sql;
     for (std::size_t i = 0; i < call.arguments.size(); ++i) {
@@ -112,11 +112,8 @@ std::optional<BoundExpression> Binder::groupingCall(const tsql::FunctionCall& ca
         const BoundExpression bound = value(*call.arguments[i], scope);
         const auto group = groupOf(scope, bound.sql);
         if (!group) {
-            throw ServerError(8161,
-                              "Argument " + numberText(i + 1) + " of the " + asciiUpper(name) +
-                                  " function does not match any of the expressions in the GROUP "
-                                  "BY clause.",
-                              line);
+            throw ServerError(tsql::Message::ArgumentNotInGroupBy,
+                              {numberText(i + 1), asciiUpper(name)}, line);
         }
         const std::string leftOut =
             *group < scope.groupsLeftOut.size() ? scope.groupsLeftOut[*group] : "0";

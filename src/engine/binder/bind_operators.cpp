@@ -46,17 +46,13 @@ bool isBitwise(BinaryOperator op) {
 
 [[noreturn]] void incompatible(BinaryOperator op, const TypeSpec& left, const TypeSpec& right,
                                int line) {
-    throw ServerError(402,
-                      std::string("The data types ") + tsql::typeName(left.type) + " and " +
-                          tsql::typeName(right.type) + " are incompatible in the " +
-                          operatorName(op) + " operator.",
+    throw ServerError(tsql::Message::IncompatibleTypes,
+                      {tsql::typeName(left.type), tsql::typeName(right.type), operatorName(op)},
                       line);
 }
 
 [[noreturn]] void invalidOperand(const std::string& operation, const TypeSpec& type, int line) {
-    throw ServerError(8117,
-                      std::string("Operand data type ") + tsql::typeName(type.type) +
-                          " is invalid for " + operation + " operator.",
+    throw ServerError(tsql::Message::InvalidOperandType, {tsql::typeName(type.type), operation},
                       line);
 }
 
@@ -307,10 +303,8 @@ BoundExpression Binder::dateArithmetic(BinaryOperator op, const BoundExpression&
         const BoundExpression& other = operand == &left ? right : left;
         if (operand->type.type != SqlType::Date) continue;
         if (tsql::isDate(other.type.type)) invalidOperand(operatorName(op), operand->type, line);
-        throw ServerError(206,
-                          std::string("Operand type clash: date is incompatible with ") +
-                              tsql::typeName(other.type.type),
-                          line);
+        throw ServerError(tsql::Message::OperandTypeClash,
+                          {"date", tsql::typeName(other.type.type)}, line);
     }
     if (!sums) {
         const BoundExpression& date = tsql::isDate(left.type.type) ? left : right;

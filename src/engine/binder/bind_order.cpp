@@ -15,10 +15,7 @@ using tsql::SqlType;
 namespace {
 
 [[noreturn]] void outOfRange(const std::string& position, int line) {
-    throw ServerError(108,
-                      "The ORDER BY position number " + position +
-                          " is out of range of the number of items in the select list.",
-                      line, 15);
+    throw ServerError(tsql::Message::OrderPositionOutOfRange, {position}, line);
 }
 
 // The item that a whole number in ORDER BY means, from 0.
@@ -45,7 +42,7 @@ std::optional<std::size_t> namedItem(const OrderItem& item,
     for (std::size_t i = 0; i < columns.size(); ++i) {
         if (!sameName(columns[i].name, name)) continue;
         if (found && columns[*found].value.sql != columns[i].value.sql) {
-            throw ServerError(209, "Ambiguous column name '" + name + "'.", item.value->line);
+            throw ServerError(tsql::Message::AmbiguousColumn, {name}, item.value->line);
         }
         if (!found) found = i;
     }
@@ -55,11 +52,7 @@ std::optional<std::size_t> namedItem(const OrderItem& item,
 void checkSortable(const BoundExpression& value, int line) {
     const SqlType type = value.type.type;
     if (type != SqlType::Text && type != SqlType::NText && type != SqlType::Image) return;
-    throw ServerError(
-        306,
-        "The text, ntext, and image data types cannot be compared or sorted, except when using IS "
-        "NULL or LIKE operator.",
-        line);
+    throw ServerError(tsql::Message::LargeTypeNotComparable, {}, line);
 }
 
 std::string byPosition(std::size_t index, const BoundExpression& value) {
@@ -72,10 +65,7 @@ std::string orderList(const std::vector<std::string>& terms, const std::vector<O
     for (std::size_t i = 0; i < terms.size(); ++i) {
         const auto own = terms.begin() + static_cast<std::ptrdiff_t>(i);
         if (std::find(terms.begin(), own, terms[i]) != own) {
-            throw ServerError(169,
-                              "A column has been specified more than once in the order by list. "
-                              "Columns in the order by list must be unique.",
-                              items[i].value->line, 15);
+            throw ServerError(tsql::Message::OrderColumnTwice, {}, items[i].value->line);
         }
         result += (i == 0 ? " ORDER BY " : ", ") + terms[i] + (items[i].descending ? " DESC" : "");
     }
@@ -102,19 +92,13 @@ void Binder::orderRows(const std::vector<OrderItem>& items, BoundSelect& bound) 
         bound.ordersByOuter = bound.ordersByOuter || bound.scope->readsOuter;
         checkSortable(value, line);
         if (value.constant || value.nullLiteral) {
-            throw ServerError(
-                408,
-                "A constant expression was encountered in the ORDER BY list, position " +
-                    plain::text(static_cast<std::int64_t>(terms.size()) + 1) + ".",
-                line, 15);
+            throw ServerError(tsql::Message::ConstantInOrderBy,
+                              {plain::text(static_cast<std::int64_t>(terms.size()) + 1)}, line);
         }
         const auto listed = std::ranges::find_if(
             bound.items, [&](const OutputColumn& column) { return column.value.sql == value.sql; });
         if (bound.distinct && listed == bound.items.end()) {
-            throw ServerError(
-                145,
-                "ORDER BY items must appear in the select list if SELECT DISTINCT is specified.",
-                line, 15);
+            throw ServerError(tsql::Message::OrderByNotInDistinctList, {}, line);
         }
         terms.push_back(collated(value));
         if (bound.distinct) index = static_cast<std::size_t>(listed - bound.items.begin());
@@ -145,11 +129,7 @@ std::string Binder::unionOrderText(const std::vector<OrderItem>& items,
         auto index = position(item, columns.size());
         if (!index) index = namedItem(item, columns);
         if (!index) {
-            throw ServerError(
-                104,
-                "ORDER BY items must appear in the select list if the statement contains a UNION, "
-                "INTERSECT or EXCEPT operator.",
-                item.value->line, 15);
+            throw ServerError(tsql::Message::OrderByNotInUnionList, {}, item.value->line);
         }
         checkSortable(columns[*index].value, item.value->line);
         terms.push_back(byPosition(*index, columns[*index].value));

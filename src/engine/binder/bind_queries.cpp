@@ -40,10 +40,7 @@ bool hasTop(const tsql::Query& query) {
 BoundQuery Binder::query(const tsql::Query& query, Scope* outer, QueryPlace place) {
     tsql::requireStack(query.line);
     if (outer != nullptr && outer->subqueriesRefused) {
-        throw ServerError(
-            1046,
-            "Subqueries are not allowed in this context. Only scalar expressions are allowed.",
-            query.line, 15);
+        throw ServerError(tsql::Message::SubqueryNotAllowed, {}, query.line);
     }
     readsOtherRows_ = readsOtherRows_ || outer != nullptr;
     const Restored numbers(needsRowNumbers_, false);
@@ -74,16 +71,10 @@ BoundQuery Binder::body(const tsql::Query& query, Scope* outer, QueryPlace place
     const tsql::Query& body = withoutBrackets(query);
     const bool ordered = place == QueryPlace::Nested && !orderBy.empty() && !query.offset;
     if (ordered && !hasTop(body)) {
-        throw ServerError(1033,
-                          "The ORDER BY clause is invalid in views, inline functions, derived "
-                          "tables, subqueries, "
-                          "and common table expressions, unless TOP or FOR XML is also specified.",
-                          query.line, 15);
+        throw ServerError(tsql::Message::OrderByWithoutTop, {}, query.line);
     }
     if (query.offset && hasTop(body)) {
-        throw ServerError(10741,
-                          "A TOP can not be used in the same query or sub-query as a OFFSET.",
-                          query.line, 15);
+        throw ServerError(tsql::Message::TopWithOffset, {}, query.line);
     }
     if (body.terms.size() > 1) return unionQuery(body, orderBy, outer);
     BoundSelect bound = term(body.terms.front(), orderBy, outer);
@@ -137,10 +128,7 @@ BoundQuery Binder::valuesInOrder(const tsql::Query& query) {
 // their own numbers are compared with it. ORDER BY may not name columns of a query around.
 std::string Binder::nestedText(const BoundSelect& select) {
     if (select.ties && select.keys.empty()) {
-        throw ServerError(1062,
-                          "The TOP N WITH TIES clause is not allowed without a corresponding ORDER "
-                          "BY clause.",
-                          0, 15);
+        throw ServerError(tsql::Message::TiesWithoutOrder);
     }
     std::string names;
     std::string columns;
@@ -216,20 +204,14 @@ void Binder::checkOwnNames(const std::vector<OutputColumn>& columns, const std::
                            int line) {
     for (std::size_t i = 0; i < columns.size(); ++i) {
         if (columns[i].name.empty()) {
-            throw ServerError(8155,
-                              "No column name was specified for column " +
-                                  plain::text(static_cast<std::int64_t>(i) + 1) + " of '" + alias +
-                                  "'.",
-                              line);
+            throw ServerError(tsql::Message::ColumnWithoutName,
+                              {plain::text(static_cast<std::int64_t>(i) + 1), alias}, line);
         }
         const bool repeated = std::any_of(
             columns.begin(), columns.begin() + static_cast<std::ptrdiff_t>(i),
             [&](const OutputColumn& other) { return sameName(other.name, columns[i].name); });
         if (repeated) {
-            throw ServerError(8156,
-                              "The column '" + columns[i].name +
-                                  "' was specified multiple times for '" + alias + "'.",
-                              line);
+            throw ServerError(tsql::Message::ColumnNamedTwice, {columns[i].name, alias}, line);
         }
     }
 }

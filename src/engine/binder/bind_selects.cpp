@@ -43,11 +43,7 @@ std::string itemName(const tsql::ExpressionItem& item, const Scope& scope) {
 void refuseLargeType(const BoundExpression& value, int line) {
     const SqlType type = value.type.type;
     if (type != SqlType::Text && type != SqlType::NText && type != SqlType::Image) return;
-    throw ServerError(
-        306,
-        "The text, ntext, and image data types cannot be compared or sorted, except when using IS "
-        "NULL or LIKE operator.",
-        line);
+    throw ServerError(tsql::Message::LargeTypeNotComparable, {}, line);
 }
 
 }  // namespace
@@ -105,11 +101,7 @@ void Binder::grouping(const tsql::Select& select, BoundSelect& bound) {
             throw tsql::unsupported("GROUP BY with columns of an outer query", expression->line);
         }
         if (value.constant || value.nullLiteral || bound.scope->readsOuter) {
-            throw ServerError(
-                164,
-                "Each GROUP BY expression must contain at least one column that is not an outer "
-                "reference.",
-                expression->line, 15);
+            throw ServerError(tsql::Message::GroupByWithoutColumn, {}, expression->line);
         }
         list += (list.empty() ? " GROUP BY " : ", ") + collated(value);
         bound.scope->groups.push_back(value.sql);
@@ -127,7 +119,7 @@ void Binder::selectItems(const tsql::Select& select, BoundSelect& bound, int lin
     for (const tsql::SelectItem& item : select.items) {
         if (const auto* star = std::get_if<tsql::StarItem>(&item.node)) {
             if (select.from.empty()) {
-                throw ServerError(263, "Must specify table to select from.", line);
+                throw ServerError(tsql::Message::NoTableToSelectFrom, {}, line);
             }
             const std::size_t first = bound.items.size();
             if (star->qualifier.parts.empty()) {
@@ -202,15 +194,11 @@ std::string Binder::limitText(const tsql::TopClause& top, Scope& scope) {
     const BoundExpression count = value(*top.count, constants);
     const int line = top.count->line;
     if (count.nullLiteral || !tsql::isInteger(count.type.type)) {
-        throw ServerError(
-            1060,
-            "The number of rows provided for a TOP or FETCH clauses row count parameter must be an "
-            "integer.",
-            line, 15);
+        throw ServerError(tsql::Message::RowCountNotInteger, {}, line);
     }
     if (!count.constant) return callText("kap_top", count.sql);
     if (std::get<std::int64_t>(*count.constant) < 0) {
-        throw ServerError(127, "A TOP N or FETCH rowcount value may not be negative.", line, 15);
+        throw ServerError(tsql::Message::NegativeRowCount, {}, line);
     }
     return count.sql;
 }

@@ -55,10 +55,9 @@ void nameColumns(std::vector<OutputColumn>& columns, const std::vector<std::stri
     if (names.empty()) return;
     if (names.size() != columns.size()) {
         const bool more = names.size() < columns.size();
-        throw ServerError(more ? 8158 : 8159,
-                          "'" + source + "' has " + (more ? "more" : "fewer") +
-                              " columns than were specified in the column list.",
-                          line);
+        throw ServerError(
+            more ? tsql::Message::MoreColumnsThanNames : tsql::Message::FewerColumnsThanNames,
+            {source}, line);
     }
     for (std::size_t i = 0; i < columns.size(); ++i)
         columns[i].name = names[i];
@@ -79,17 +78,10 @@ void Binder::checkNames(const std::vector<Source>& sources, int line) {
                 return source.table != nullptr && sameName(source.table->name, source.name);
             };
             if (isTable(sources[i]) && isTable(sources[j])) {
-                throw ServerError(
-                    1013,
-                    "The objects \"" + sources[j].name + "\" and \"" + sources[i].name +
-                        "\" in the FROM clause have the same exposed names. Use correlation names "
-                        "to distinguish them.",
-                    line, 15);
+                throw ServerError(tsql::Message::SameExposedNames,
+                                  {sources[j].name, sources[i].name}, line);
             }
-            throw ServerError(1011,
-                              "The correlation name '" + sources[i].name +
-                                  "' is specified multiple times in a FROM clause.",
-                              line, 15);
+            throw ServerError(tsql::Message::CorrelationNameTwice, {sources[i].name}, line);
         }
     }
 }
@@ -156,8 +148,7 @@ BoundSource Binder::namedTable(const tsql::NamedTable& named) {
         common->readAs = named.alias.empty() ? named.name.last() : named.alias;
         ++common->reads;
         if (common->recursiveAt && *common->recursiveAt < queryDepth_) {
-            throw ServerError(465, "Recursive references are not allowed in subqueries.",
-                              named.name.line);
+            throw ServerError(tsql::Message::RecursionInSubquery, {}, named.name.line);
         }
         deepestRead_ = std::max(deepestRead_, common->depth);
         return commonSource(*common, common->readAs);
@@ -222,28 +213,17 @@ std::optional<BoundSource> Binder::viewSource(const tsql::NamedTable& named) {
     const View* view = isOwn(named.name) ? catalogue().findView(named.name.last()) : nullptr;
     if (view == nullptr) return std::nullopt;
     if (std::find(openViews_.begin(), openViews_.end(), view) != openViews_.end()) {
-        throw ServerError(4413,
-                          "Could not use view or function '" + view->name +
-                              "' because of binding errors: it reads itself.",
-                          named.name.line);
+        throw ServerError(tsql::Message::ViewReadsItself, {view->name}, named.name.line);
     }
     if (openViews_.size() >= kDeepestViews) {
-        throw ServerError(217,
-                          "Maximum stored procedure, function, trigger, or view nesting level "
-                          "exceeded (limit 32).",
-                          named.name.line);
+        throw ServerError(tsql::Message::NestingLevelExceeded, {}, named.name.line);
     }
     openViews_.push_back(view);
     const std::vector<CommonName> outerNames = std::exchange(commonNames_, {});
     BoundQuery bound = query(*view->query, nullptr, QueryPlace::Nested);
     // Views that read others twice double their text with every level.
     if (bound.sql.size() > kLongestView) {
-        throw ServerError(8623,
-                          "The query processor ran out of internal resources and could not produce "
-                          "a query plan. This is a rare event and only expected for extremely "
-                          "complex queries or queries that reference a very large number of tables "
-                          "or partitions. Please simplify the query.",
-                          named.name.line);
+        throw ServerError(tsql::Message::OutOfInternalResources, {}, named.name.line);
     }
     commonNames_ = outerNames;
     openViews_.pop_back();

@@ -14,17 +14,14 @@ using tsql::TypeSpec;
 // STRING_AGG(value, separator) WITHIN GROUP (ORDER BY keys).
 BoundExpression Binder::joinedTexts(const tsql::FunctionCall& call, int line, Scope& scope) {
     if (call.star || call.distinct || call.arguments.size() != 2) {
-        throw ServerError(174, "The string_agg function requires 2 argument(s).", line, 15);
+        throw ServerError(tsql::Message::WrongArgumentCount, {"string_agg", "2"}, line);
     }
     const Restored inside(scope.insideAggregate, true);
     const BoundExpression argument = value(*call.arguments[0], scope);
     const BoundExpression separator = value(*call.arguments[1], scope);
     if (!separator.constant &&
         !std::holds_alternative<tsql::VariableReference>(call.arguments[1]->node)) {
-        throw ServerError(8733,
-                          "Separator parameter for STRING_AGG must be a string literal or "
-                          "variable.",
-                          line);
+        throw ServerError(tsql::Message::SeparatorNotLiteral, {}, line);
     }
     const SqlType given = argument.type.type;
     const bool text = tsql::isText(given);

@@ -192,8 +192,7 @@ BoundExpression systemVariable(std::string_view name, const char* function, int 
         if (std::ranges::find(kRefusedVariables, lower) != kRefusedVariables.end()) {
             throw tsql::unsupported(std::string(name), line);
         }
-        throw ServerError(137, "Must declare the scalar variable \"" + std::string(name) + "\".",
-                          line, 15);
+        throw ServerError(tsql::Message::UndeclaredVariable, {name}, line);
     }
     return BoundExpression::expression(callText(function, kindText(found->value)), found->type,
                                        true);
@@ -216,10 +215,8 @@ std::optional<BoundExpression> Binder::systemFunction(const tsql::FunctionCall& 
     if (found == kSystemFunctions.end()) return std::nullopt;
     const int count = static_cast<int>(call.arguments.size());
     if (count < found->fewest || count > found->most) {
-        throw ServerError(
-            174,
-            "The " + lower + " function requires " + plain::text(found->fewest) + " argument(s).",
-            line, 15);
+        throw ServerError(tsql::Message::WrongArgumentCount, {lower, plain::text(found->fewest)},
+                          line);
     }
     if (found->ofSchema) noteSchema();
     std::string arguments = kindText(found->value);

@@ -40,11 +40,7 @@ std::vector<OutputColumn> Binder::unify(std::vector<BoundSelect>& terms, int lin
                                         const Binder& binder) {
     for (const BoundSelect& each : terms) {
         if (each.items.size() == terms.front().items.size()) continue;
-        throw ServerError(
-            205,
-            "All queries combined using a UNION, INTERSECT or EXCEPT operator must have an equal "
-            "number of expressions in their target lists.",
-            line);
+        throw ServerError(tsql::Message::UnequalTargetLists, {}, line);
     }
     std::vector<OutputColumn> columns;
     for (std::size_t i = 0; i < terms.front().items.size(); ++i) {

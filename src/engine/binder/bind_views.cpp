@@ -14,11 +14,7 @@ using tsql::ServerError;
 namespace {
 
 [[noreturn]] void severalTables(const View& view, int line) {
-    throw ServerError(4405,
-                      "View or function '" + view.name +
-                          "' is not updatable because the modification affects multiple base "
-                          "tables.",
-                      line);
+    throw ServerError(tsql::Message::ViewOfSeveralTablesNotUpdatable, {view.name}, line);
 }
 
 // The SELECT of a view whose rows are rows of tables.
@@ -27,22 +23,14 @@ const tsql::Select& writableSelect(const View& view, int line) {
     const auto* select =
         query.terms.size() == 1 ? std::get_if<tsql::Select>(&query.terms.front().node) : nullptr;
     if (select == nullptr || !query.commonTables.empty()) {
-        throw ServerError(4426,
-                          "View '" + view.name +
-                              "' is not updatable because the definition contains a UNION "
-                              "operator.",
-                          line);
+        throw ServerError(tsql::Message::UnionViewNotUpdatable, {view.name}, line);
     }
     const bool aggregates = std::ranges::any_of(select->items, [](const tsql::SelectItem& item) {
         const auto* expression = std::get_if<tsql::ExpressionItem>(&item.node);
         return expression != nullptr && containsAggregate(*expression->value);
     });
     if (aggregates || select->distinct || !select->groupBy.empty() || select->having) {
-        throw ServerError(4403,
-                          "Cannot update the view or function '" + view.name +
-                              "' because it contains aggregates, or a DISTINCT or GROUP BY clause, "
-                              "or PIVOT or UNPIVOT operator.",
-                          line);
+        throw ServerError(tsql::Message::ViewWithAggregatesNotUpdatable, {view.name}, line);
     }
     return *select;
 }
@@ -56,15 +44,12 @@ const Column& Binder::targetColumn(const Table& table, const tsql::ObjectName& n
             if (!sameName(shown, own)) continue;
             if (column != nullptr && table.find(column->name) == column) return *column;
             const std::string& view = commonTarget_.view;
-            throw ServerError(4406,
-                              "Update or insert of view or function '" + view +
-                                  "' failed because it contains a derived or constant field.",
-                              name.line);
+            throw ServerError(tsql::Message::DerivedFieldNotUpdatable, {view}, name.line);
         }
     } else if (const Column* column = table.find(own)) {
         return *column;
     }
-    throw ServerError(207, "Invalid column name '" + own + "'.", name.line);
+    throw ServerError(tsql::Message::InvalidColumn, {own}, name.line);
 }
 
 // The one table to which all columns belong that the statement writes; without such columns the
@@ -87,16 +72,13 @@ const Table& Binder::writtenTable(const View& view, int line,
             const auto column = std::ranges::find_if(
                 columns, [&](const OutputColumn& each) { return sameName(each.name, name); });
             if (column == columns.end()) {
-                throw ServerError(207, "Invalid column name '" + name + "'.", line);
+                throw ServerError(tsql::Message::InvalidColumn, {name}, line);
             }
             take(column->value.table);
         }
     }
     if (found != nullptr) return *found;
-    throw ServerError(4406,
-                      "Update or insert of view or function '" + view.name +
-                          "' failed because it contains a derived or constant field.",
-                      line);
+    throw ServerError(tsql::Message::DerivedFieldNotUpdatable, {view.name}, line);
 }
 
 std::string Binder::targetView(const View& view, const tsql::ObjectName& name) {

@@ -32,14 +32,13 @@ bool isPercentile(std::string_view name) {
 
 void requireOrder(const FunctionCall& call, const std::string& name, int line) {
     if (!call.over->orderBy.empty()) return;
-    throw ServerError(4112, "The function '" + name + "' must have an OVER clause with ORDER BY.",
-                      line, 15);
+    throw ServerError(tsql::Message::OverWithOrderNeeded, {name}, line);
 }
 
 // A number of a row, or another row, depends on no frame.
 void refuseFrame(const FunctionCall& call, const std::string& name, int line) {
     if (call.over->frame.empty()) return;
-    throw ServerError(10752, "The function '" + name + "' may not have a window frame.", line, 15);
+    throw ServerError(tsql::Message::FrameNotAllowed, {name}, line);
 }
 
 }  // namespace
@@ -51,7 +50,7 @@ void refuseWithoutWindow(const FunctionCall& call, int line) {
         isOneOf(name,
                 {"ntile", "first_value", "last_value", "lag", "lead", "cume_dist", "percent_rank"});
     if (!windowed) return;
-    throw ServerError(10753, "The function '" + name + "' must have an OVER clause.", line, 15);
+    throw ServerError(tsql::Message::OverNeeded, {name}, line);
 }
 
 std::string Binder::overText(const tsql::Window& window, int line, Scope& scope) {
@@ -69,8 +68,7 @@ std::string Binder::overText(const tsql::Window& window, int line, Scope& scope)
     if (!order.empty()) text += (text.empty() ? "" : " ") + order;
     if (!window.frame.empty()) {
         if (window.orderBy.empty()) {
-            throw ServerError(
-                10756, "Window frame with ROWS or RANGE must have an ORDER BY clause.", line, 15);
+            throw ServerError(tsql::Message::FrameWithoutOrder, {}, line);
         }
         text += " " + window.frame;
     }
@@ -80,15 +78,10 @@ std::string Binder::overText(const tsql::Window& window, int line, Scope& scope)
 BoundExpression Binder::windowed(const FunctionCall& call, int line, Scope& scope) {
     const std::string name = asciiLower(call.name.last());
     if (scope.aggregates != AggregateUse::Allowed || scope.windowsRefused) {
-        throw ServerError(4108,
-                          "Windowed functions can only appear in the SELECT or ORDER BY clauses.",
-                          line, 15);
+        throw ServerError(tsql::Message::WindowedNotAllowed, {}, line);
     }
     if (scope.insideWindow || scope.insideAggregate) {
-        throw ServerError(4109,
-                          "Windowed functions cannot be used in the context of another windowed "
-                          "function or aggregate.",
-                          line, 15);
+        throw ServerError(tsql::Message::WindowedInWindowed, {}, line);
     }
     const Restored inside(scope.insideWindow, true);
     ++windowsBound_;
@@ -123,8 +116,7 @@ BoundExpression Binder::windowed(const FunctionCall& call, int line, Scope& scop
     }
     if (!offset) {
         if (isServerFunction(name)) throw tsql::unsupported(asciiUpper(name), line);
-        throw ServerError(195, "'" + call.name.last() + "' is not a recognized function name.",
-                          line, 15);
+        throw ServerError(tsql::Message::UnknownFunction, {call.name.last()}, line);
     }
     requireOrder(call, name, line);
     refuseFrame(call, name, line);
@@ -140,15 +132,13 @@ BoundExpression Binder::percentile(const FunctionCall& call, const std::string& 
                                    Scope& scope) {
     const std::string name = asciiLower(call.name.last());
     if (call.arguments.size() != 1) {
-        throw ServerError(174, "The " + name + " function requires 1 argument(s).", line, 15);
+        throw ServerError(tsql::Message::WrongArgumentCount, {name, "1"}, line);
     }
     if (call.within.size() != 1) {
-        throw ServerError(10754, "The function '" + name + "' must have a WITHIN GROUP clause.",
-                          line, 15);
+        throw ServerError(tsql::Message::WithinGroupNeeded, {name}, line);
     }
     if (!call.over->orderBy.empty()) {
-        throw ServerError(
-            10757, "The function '" + name + "' may not have ORDER BY in OVER clause.", line, 15);
+        throw ServerError(tsql::Message::OrderInOverNotAllowed, {name}, line);
     }
     refuseFrame(call, name, line);
     const BoundExpression fraction =
@@ -168,12 +158,12 @@ BoundExpression Binder::windowAggregate(const FunctionCall& call, const std::str
                                         Scope& scope) {
     FunctionCall plain{call.name, {}, call.distinct, call.star};
     if (call.distinct) {
-        throw ServerError(10759, "Use of DISTINCT is not allowed with the OVER clause.", line, 15);
+        throw ServerError(tsql::Message::DistinctWithOver, {}, line);
     }
     const std::string name = asciiLower(call.name.last());
     if (call.star) return BoundExpression::expression("count(*)" + over, {SqlType::Int}, false);
     if (call.arguments.size() != 1) {
-        throw ServerError(174, "The " + name + " function requires 1 argument(s).", line, 15);
+        throw ServerError(tsql::Message::WrongArgumentCount, {name, "1"}, line);
     }
     const BoundExpression argument = value(*call.arguments.front(), scope);
     if (name == "count") {

@@ -51,12 +51,10 @@ BoundExpression formatMessage(ScalarCall& call) {
     const TypeSpec type{SqlType::NVarChar, kFormattedLength};
     for (std::size_t i = 1; i < call.arguments.size(); ++i) {
         if (fills(call[i])) continue;
-        throw tsql::ServerError(2748,
-                                std::string("Cannot specify ") + tsql::typeName(call[i].type.type) +
-                                    " data type (parameter " +
-                                    plain::text(static_cast<std::int64_t>(i) + 1) +
-                                    ") as a substitution parameter.",
-                                call.line);
+        throw tsql::ServerError(
+            tsql::Message::NoSubstitutionParameter,
+            {tsql::typeName(call[i].type.type), plain::text(static_cast<std::int64_t>(i) + 1)},
+            call.line);
     }
     if (tsql::isInteger(call[0].type.type)) return BoundExpression::expression("NULL", type, true);
     std::string values;

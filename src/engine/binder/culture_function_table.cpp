@@ -23,11 +23,8 @@ BoundExpression formatted(ScalarCall& call) {
     if (value.nullLiteral)
         return BoundExpression::expression("NULL", {SqlType::NVarChar, kLongest}, true);
     if (!tsql::isNumber(value.type.type) && !tsql::isDate(value.type.type)) {
-        throw tsql::ServerError(8116,
-                                std::string("Argument data type ") +
-                                    tsql::typeName(value.type.type) +
-                                    " is invalid for argument 1 of format function.",
-                                call.line);
+        throw tsql::ServerError(tsql::Message::InvalidArgumentType,
+                                {tsql::typeName(value.type.type), "1", "format"}, call.line);
     }
     return BoundExpression::expression(
         callText("kap_format", value.sql, typeArgument(value.type), call.text(1), cultureOf(call)),
@@ -39,10 +36,8 @@ BoundExpression parsedBy(ScalarCall& call, const char* function) {
     const TypeSpec type = call[1].type;
     if (tsql::isText(type.type) || tsql::isBinary(type.type) || type.type == SqlType::Bit ||
         type.type == SqlType::UniqueIdentifier) {
-        throw tsql::ServerError(
-            10761,
-            std::string("Invalid data type ") + tsql::typeName(type.type) + " in function PARSE.",
-            call.line);
+        throw tsql::ServerError(tsql::Message::InvalidParseType, {tsql::typeName(type.type)},
+                                call.line);
     }
     return BoundExpression::expression(
         callText(function, call.text(0), typeArgument(type), cultureOf(call)), type, true);

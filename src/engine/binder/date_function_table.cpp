@@ -35,16 +35,11 @@ std::string namedPart(const ScalarCall& call, tsql::SqlType type) {
     const std::string_view word = call.word(0);
     const auto part = datePartNamed(word);
     if (!part) {
-        throw tsql::ServerError(
-            155, "'" + std::string(word) + "' is not a recognized " + call.name() + " option.",
-            call.line, 15);
+        throw tsql::ServerError(tsql::Message::UnknownOption, {word, call.name()}, call.line);
     }
     if (!isSupported(*part, type, call.name())) {
-        throw tsql::ServerError(9810,
-                                "The datepart " + std::string(word) +
-                                    " is not supported by date function " + call.name() +
-                                    " for data type " + tsql::typeName(type) + ".",
-                                call.line);
+        throw tsql::ServerError(tsql::Message::DatePartNotSupported,
+                                {word, call.name(), tsql::typeName(type)}, call.line);
     }
     return partCode(*part);
 }

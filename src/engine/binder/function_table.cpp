@@ -54,22 +54,17 @@ BoundExpression ScalarCall::number(std::size_t index) const {
 }
 
 void ScalarCall::refuseType(std::size_t index) const {
-    throw tsql::ServerError(
-        8116,
-        std::string("Argument data type ") + tsql::typeName(arguments[index].type.type) +
-            " is invalid for argument " + plain::text(static_cast<std::int64_t>(index) + 1) +
-            " of " + name() + " function.",
-        line);
+    throw tsql::ServerError(tsql::Message::InvalidArgumentType,
+                            {tsql::typeName(arguments[index].type.type),
+                             plain::text(static_cast<std::int64_t>(index) + 1), name()},
+                            line);
 }
 
 std::string_view ScalarCall::word(std::size_t index) const {
     const auto* column = std::get_if<tsql::ColumnReference>(&syntax.arguments[index]->node);
     if (column == nullptr || column->name.parts.size() != 1) {
-        throw tsql::ServerError(1023,
-                                "Invalid parameter " +
-                                    plain::text(static_cast<std::int64_t>(index) + 1) +
-                                    " specified for " + name() + ".",
-                                line, 15);
+        throw tsql::ServerError(tsql::Message::InvalidParameterOfFunction,
+                                {plain::text(static_cast<std::int64_t>(index) + 1), name()}, line);
     }
     return column->name.last();
 }

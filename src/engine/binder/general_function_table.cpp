@@ -28,10 +28,7 @@ BoundExpression isNull(ScalarCall& call) {
 BoundExpression coalesce(ScalarCall& call) {
     const auto type = commonType(call.arguments);
     if (!type) {
-        throw tsql::ServerError(4127,
-                                "At least one of the arguments to COALESCE must be an expression "
-                                "that is not the NULL constant.",
-                                call.line);
+        throw tsql::ServerError(tsql::Message::CoalesceOfNulls, {}, call.line);
     }
     std::string sql;
     // As the server has it, COALESCE is null where any of its arguments can be; ISNULL is not.
@@ -46,11 +43,7 @@ BoundExpression coalesce(ScalarCall& call) {
 
 BoundExpression nullIf(ScalarCall& call) {
     if (call[0].nullLiteral) {
-        throw tsql::ServerError(
-            4151,
-            "The type of the first argument to NULLIF cannot be the NULL constant because the "
-            "type of the first argument has to be known.",
-            call.line);
+        throw tsql::ServerError(tsql::Message::NullifOfNull, {}, call.line);
     }
     const std::string equal =
         call.binder.compared(tsql::ComparisonOperator::Equal, call[0], call[1], call.line);
@@ -69,12 +62,7 @@ BoundExpression newIdentifier(ScalarCall& call) {
 
 // What a default is made of is seen there; anywhere else it is none.
 BoundExpression newSequentialIdentifier(ScalarCall& call) {
-    throw tsql::ServerError(
-        302,
-        "The newsequentialid() built-in function can only be used in a DEFAULT expression for a "
-        "column of type 'uniqueidentifier' in a CREATE TABLE or ALTER TABLE statement. It cannot "
-        "be combined with other operators to form a complex scalar expression.",
-        call.line);
+    throw tsql::ServerError(tsql::Message::NewSequentialIdOutsideDefault, {}, call.line);
 }
 
 // CHECKSUM(a, b...): texts that compare as equal give the same; BINARY_CHECKSUM tells them apart.

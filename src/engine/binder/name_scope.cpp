@@ -18,11 +18,7 @@ const Variable* NameScope::variable(std::string_view name) const {
 
 const Variable& NameScope::declare(const std::string& name, const tsql::TypeSpec& type, int line) {
     if (variable(name) != nullptr || localTable(name) != nullptr) {
-        throw tsql::ServerError(134,
-                                "The variable name '" + name +
-                                    "' has already been declared. Variable names must be unique "
-                                    "within a query batch or stored procedure.",
-                                line, 15);
+        throw tsql::ServerError(tsql::Message::DuplicateVariable, {name}, line);
     }
     return variables_.emplace_back(Variable{name, type, static_cast<int>(variables_.size())});
 }

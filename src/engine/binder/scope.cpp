@@ -34,7 +34,7 @@ const SourceColumn* findIn(const Source& source, const std::string& name) {
 }
 
 ServerError invalidColumn(const ObjectName& name) {
-    return {207, "Invalid column name '" + name.last() + "'.", name.line};
+    return {tsql::Message::InvalidColumn, {name.last()}, name.line};
 }
 
 const SourceColumn* findUnqualified(const ObjectName& name, const Scope& scope) {
@@ -43,7 +43,7 @@ const SourceColumn* findUnqualified(const ObjectName& name, const Scope& scope) 
         const SourceColumn* candidate = findIn(source, name.last());
         if (candidate == nullptr) continue;
         if (found != nullptr) {
-            throw ServerError(209, "Ambiguous column name '" + name.last() + "'.", name.line);
+            throw ServerError(tsql::Message::AmbiguousColumn, {name.last()}, name.line);
         }
         found = candidate;
     }
@@ -69,13 +69,10 @@ void checkGrouped(const BoundExpression& value, const ObjectName& name, const Sc
                                   ? value.table->name + "." + value.column->name
                                   : name.text();
     const std::string clause = scope.groupedClause;
-    const int number = clause == "select list" ? 8120 : clause == "HAVING clause" ? 8121 : 8127;
-    const std::string mark = number == 8127 ? "\"" : "'";
-    throw ServerError(number,
-                      "Column " + mark + shown + mark + " is invalid in the " + clause +
-                          " because it is not contained in either an aggregate function or the "
-                          "GROUP BY clause.",
-                      name.line);
+    const tsql::Message message = clause == "select list"     ? tsql::Message::UngroupedInSelectList
+                                  : clause == "HAVING clause" ? tsql::Message::UngroupedInHaving
+                                                              : tsql::Message::UngroupedInOrderBy;
+    throw ServerError(message, {shown}, name.line);
 }
 
 // SQLite computes limits before it looks at any row, also of the queries around.
@@ -83,25 +80,14 @@ void checkGrouped(const BoundExpression& value, const ObjectName& name, const Sc
     if (!ofOwnQuery) {
         throw tsql::unsupported("a column of an outer query in TOP, OFFSET or FETCH", name.line);
     }
-    throw ServerError(4115,
-                      "The reference to column \"" + name.last() +
-                          "\" is not allowed in an argument to a TOP, OFFSET, or FETCH clause. "
-                          "Only references to columns at an outer scope or standalone expressions "
-                          "and subqueries are allowed here.",
-                      name.line, 15);
+    throw ServerError(tsql::Message::ColumnNotAllowedInTop, {name.last()}, name.line);
 }
 
 }  // namespace
 
 const SourceColumn& resolveColumn(const ObjectName& name, const Scope& scope) {
     if (scope.columnsRefused) {
-        throw ServerError(
-            128,
-            "The name \"" + name.text() +
-                "\" is not permitted in this context. Valid expressions are constants, "
-                "constant expressions, and (in some contexts) variables. Column names "
-                "are not permitted.",
-            name.line, 15);
+        throw ServerError(tsql::Message::NameNotPermitted, {name.text()}, name.line);
     }
     const bool qualified = name.parts.size() > 1;
     const Scope* limits = nullptr;
@@ -120,18 +106,14 @@ const SourceColumn& resolveColumn(const ObjectName& name, const Scope& scope) {
         return *found;
     }
     if (!qualified) throw invalidColumn(name);
-    throw ServerError(4104, "The multi-part identifier \"" + name.text() + "\" could not be bound.",
-                      name.line);
+    throw ServerError(tsql::Message::MultiPartNotBound, {name.text()}, name.line);
 }
 
 const Source& resolveQualifier(const ObjectName& name, const Scope& scope) {
     for (const Source& source : scope.sources) {
         if (meansSource(name, name.parts.size(), source)) return source;
     }
-    throw ServerError(107,
-                      "The column prefix '" + name.text() +
-                          "' does not match with a table name or alias name used in the query.",
-                      name.line, 15);
+    throw ServerError(tsql::Message::PrefixMatchesNoTable, {name.text()}, name.line);
 }
 
 // "tempdb..#t" and "azienda.dbo.t" name objects here, too: there is one database, and temporary
@@ -153,10 +135,9 @@ const Table& requireTable(const ObjectName& name, const NameScope& names) {
     const Table* table = findTable(name, names);
     if (table != nullptr) return *table;
     if (name.last().front() == '@') {
-        throw ServerError(1087, "Must declare the table variable \"" + name.last() + "\".",
-                          name.line, 15);
+        throw ServerError(tsql::Message::UndeclaredTableVariable, {name.last()}, name.line);
     }
-    throw ServerError(208, "Invalid object name '" + name.text() + "'.", name.line);
+    throw ServerError(tsql::Message::InvalidObject, {name.text()}, name.line);
 }
 
 const std::string& shownName(const Table& table, const ObjectName& name, const NameScope& names) {

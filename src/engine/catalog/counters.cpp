@@ -229,10 +229,8 @@ void Counters::reseed(const std::string& table, std::int64_t value) {
     const bool overflows =
         !counter.started && __builtin_sub_overflow(value, counter.increment, &last);
     if (overflows || !fits(value, counter.type)) {
-        throw tsql::ServerError(8115,
-                                std::string("Arithmetic overflow error converting IDENTITY to data "
-                                            "type ") +
-                                    tsql::typeName(counter.type.type) + ".");
+        throw tsql::ServerError(tsql::Message::ArithmeticOverflow,
+                                {"IDENTITY", tsql::typeName(counter.type.type)});
     }
     counter.last = last;
     counter.started = true;
@@ -300,10 +298,8 @@ std::int64_t Counters::next(const std::string& owner) {
     const bool overflows =
         counter.started && __builtin_add_overflow(counter.last, counter.increment, &value);
     if (overflows || !fits(value, counter.type)) {
-        throw tsql::ServerError(8115,
-                                std::string("Arithmetic overflow error converting IDENTITY to data "
-                                            "type ") +
-                                    tsql::typeName(counter.type.type) + ".");
+        throw tsql::ServerError(tsql::Message::ArithmeticOverflow,
+                                {"IDENTITY", tsql::typeName(counter.type.type)});
     }
     counter.last = value;
     counter.started = true;

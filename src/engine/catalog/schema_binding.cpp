@@ -52,10 +52,7 @@ void refuseSchemaBound(const SchemaCatalogue& catalogue, const char* action,
 }
 
 void refuseUsed(const char* action, const std::string& shown, const std::string& user, int line) {
-    throw tsql::ServerError(3729,
-                            std::string("Cannot ") + action + " '" + shown +
-                                "' because it is being referenced by object '" + user + "'.",
-                            line, 16, 1);
+    throw tsql::ServerError(tsql::Message::ReferencedByObject, {action, shown, user}, line);
 }
 
 }  // namespace kap::engine

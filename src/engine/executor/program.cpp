@@ -141,11 +141,7 @@ void Program::addNode(const tsql::Statement& statement, const tsql::LabelStateme
     const auto [found, added] =
         labels_.emplace(asciiLower(node.label), Label{code_.size(), blocks_});
     if (!added) {
-        throw tsql::ServerError(132,
-                                "The label '" + node.label +
-                                    "' has already been declared. Label names must be unique "
-                                    "within a query batch or stored procedure.",
-                                statement.line, 15);
+        throw tsql::ServerError(tsql::Message::DuplicateLabel, {node.label}, statement.line);
     }
 }
 
@@ -153,18 +149,14 @@ void Program::resolveGotos() {
     for (const Goto& each : gotos_) {
         const auto found = labels_.find(asciiLower(each.label));
         if (found == labels_.end()) {
-            throw tsql::ServerError(133,
-                                    "A GOTO statement references the label '" + each.label +
-                                        "' but the label has not been declared.",
-                                    each.line, 15);
+            throw tsql::ServerError(tsql::Message::UnknownLabel, {each.label}, each.line);
         }
         const Label& label = found->second;
         const bool inward =
             label.blocks.size() > each.blocks.size() ||
             !std::equal(label.blocks.begin(), label.blocks.end(), each.blocks.begin());
         if (inward) {
-            throw tsql::ServerError(1026, "GOTO cannot be used to jump into a TRY or CATCH scope.",
-                                    each.line, 15);
+            throw tsql::ServerError(tsql::Message::GotoIntoTry, {}, each.line);
         }
         code_[each.at].target = label.at;
         code_[each.at].leaves = left(each.blocks, label.blocks.size());

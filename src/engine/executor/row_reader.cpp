@@ -47,8 +47,7 @@ void RowReader::read(const PreparedStatement& statement,
 }
 
 void RowReader::refuse(std::size_t column) const {
-    throw tsql::ServerError(245, "Conversion failed: column '" + columns_[column].name +
-                                     "' holds a value that is not of its type.");
+    throw tsql::ServerError(tsql::Message::ColumnHoldsAnotherType, {columns_[column].name});
 }
 
 }  // namespace kap::engine

@@ -64,10 +64,7 @@ void StatementRunner::runDefinition(const Translation& made, const tsql::Stateme
 namespace {
 
 tsql::ServerError indexExists(const std::string& name, const std::string& table) {
-    return {1913,
-            "The operation failed because an index or statistics with name '" + name +
-                "' already exists on table '" + table + "'.",
-            0, 16, 1};
+    return {tsql::Message::IndexExists, {name, table}};
 }
 
 }  // namespace
@@ -132,12 +129,8 @@ void StatementRunner::checkReferences(const Translation& translation,
                          });
         }
         if (!referenced) continue;
-        throw truncates ? tsql::ServerError(4712, "Cannot truncate table '" + table +
-                                                      "' because it is being referenced by a "
-                                                      "FOREIGN KEY constraint.")
-                        : tsql::ServerError(3726, "Could not drop object '" + table +
-                                                      "' because it is referenced by a FOREIGN "
-                                                      "KEY constraint.");
+        throw truncates ? tsql::ServerError(tsql::Message::TruncateOfReferencedTable, {table})
+                        : tsql::ServerError(tsql::Message::ReferencedTableDropped, {table});
     }
 }
 
@@ -152,10 +145,7 @@ void StatementRunner::checkIndexes(const Translation& translation) const {
                                    "NOCASE");
         look.bind(1, std::string_view(index.name));
         if (look.step()) continue;
-        throw tsql::ServerError(3701,
-                                "Cannot drop the index '" + index.shown +
-                                    "', because it does not exist or you do not have permission.",
-                                0, 11, 6);
+        throw tsql::ServerError(tsql::Message::CannotDrop, {"index", index.shown}).withState(6);
     }
 }
 
@@ -168,12 +158,8 @@ void StatementRunner::refuseKeyIndex(const Translation& translation,
                             sameName(key.table, translation.table) &&
                             sameName(indexName(tableOf(translation), key.name), index.name);
         if (!serves) continue;
-        throw tsql::ServerError(3723,
-                                "An explicit DROP INDEX is not allowed on index '" + index.shown +
-                                    "'. It is being used for " +
-                                    (type == "PK" ? "PRIMARY" : "UNIQUE") +
-                                    " KEY constraint enforcement.",
-                                0, 16, 4);
+        throw tsql::ServerError(tsql::Message::IndexServesConstraint,
+                                {index.shown, type == "PK" ? "PRIMARY" : "UNIQUE"});
     }
 }
 
@@ -186,10 +172,8 @@ void StatementRunner::refuseServingIndex(const Translation& translation,
         const bool dropped =
             sameName(each.table, table.name) && sameName(indexName(table, each.name), index.name);
         if (!dropped || !each.unique || !catalogue_.servedBy(table, each.columns)) continue;
-        throw tsql::ServerError(3723,
-                                "An explicit DROP INDEX is not allowed on index '" + index.shown +
-                                    "'. It is being used for FOREIGN KEY constraint enforcement.",
-                                0, 16, 6);
+        throw tsql::ServerError(tsql::Message::IndexServesConstraint, {index.shown, "FOREIGN"})
+            .withState(6);
     }
 }
 

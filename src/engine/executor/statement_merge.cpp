@@ -83,13 +83,7 @@ void StatementRunner::merge(const Translation& made, const tsql::Statement& stat
     const bool repeated =
         !plan->repeated.empty() && PreparedStatement(connection_.handle(), plan->repeated).step();
     if (repeated) {
-        throw tsql::ServerError(
-            8672,
-            "The MERGE statement attempted to UPDATE or DELETE the same row more than once. This "
-            "happens when a target row matches more than one source row. A MERGE statement cannot "
-            "UPDATE/DELETE the same row of the target table multiple times. Refine the ON clause "
-            "to ensure a target row matches at most one source row, or use the GROUP BY clause to "
-            "group the source rows.");
+        throw tsql::ServerError(tsql::Message::MergeTouchedRowTwice);
     }
     std::int64_t count = 0;
     const auto write = [&] { count = mergeRows(made, captures); };

@@ -123,10 +123,7 @@ void StatementRunner::bind(const Translation& made, PreparedStatement& statement
 
 void StatementRunner::requireHealthy() const {
     if (state_.doomed) {
-        throw tsql::ServerError(
-            3930,
-            "The current transaction cannot be committed and cannot support "
-            "operations that write to the log file. Roll back the transaction.");
+        throw tsql::ServerError(tsql::Message::UncommittableTransaction);
     }
 }
 
@@ -265,7 +262,7 @@ void StatementRunner::write(CompiledStatement& prepared, const tsql::Statement& 
         addCount(results);
     }
     if (prepared.translation.positioned && state_.rowCount == 0) {
-        throw tsql::ServerError(16947, "No rows were updated or deleted.");
+        throw tsql::ServerError(tsql::Message::NoRowsTouched);
     }
     scope.keep();
 }
@@ -392,11 +389,7 @@ void StatementRunner::checkThroughView(const Translation& made) {
         PreparedStatement hidden(connection_.handle(), sql);
         bind(made, hidden);
         if (!hidden.step()) continue;
-        throw tsql::ServerError(
-            550,
-            "The attempted insert or update failed because the target view either specifies WITH "
-            "CHECK OPTION or spans a view that specifies WITH CHECK OPTION and one or more rows "
-            "resulting from the operation did not qualify under the CHECK OPTION constraint.");
+        throw tsql::ServerError(tsql::Message::CheckOptionViolated);
     }
 }
 
@@ -440,13 +433,10 @@ void StatementRunner::fire(const Table& table, const FiringTrigger& trigger,
     const Transactions::ImplicitScope transaction(transactions_);
     triggers_.fire(table, trigger, results);
     if (transactions_.depth() == 0) {
-        throw tsql::ServerError(
-            3609, "The transaction ended in the trigger. The batch has been aborted.");
+        throw tsql::ServerError(tsql::Message::TransactionEndedInTrigger);
     }
     if (state_.doomed) {
-        throw tsql::ServerError(3616,
-                                "An error was raised during trigger execution. The batch has been "
-                                "aborted and the user transaction, if any, has been rolled back.");
+        throw tsql::ServerError(tsql::Message::ErrorInTrigger);
     }
 }
 

@@ -26,9 +26,7 @@ void TableChanger::checkNames(const tsql::TableElements& added, int line) const 
         const auto taken = std::ranges::find_if(
             names, [&](const std::string& name) { return sameName(name, known.name); });
         if (taken == names.end()) continue;
-        throw ServerError(2714,
-                          "There is already an object named '" + *taken + "' in the database.",
-                          line, 16, 5);
+        throw ServerError(tsql::Message::ObjectExists, {*taken}, line);
     }
 }
 
@@ -91,15 +89,7 @@ void TableChanger::addColumn(const Table& table, const Column& column,
         // A row that has no value of its own would read the default.
         value = fillsRows(column, added) ? *column.defaultSql : "NULL";
     } else if (!column.nullable && hasRows("SELECT 1 FROM " + target)) {
-        throw ServerError(4901,
-                          "ALTER TABLE only allows columns to be added that can contain nulls, or "
-                          "have a DEFAULT definition specified, or the column being added is an "
-                          "identity or timestamp column, or alternatively if none of the previous "
-                          "conditions are satisfied the table must be empty to allow addition of "
-                          "this column. Column '" +
-                              column.name + "' cannot be added to non-empty table '" + table.name +
-                              "' because it does not satisfy these conditions.",
-                          line);
+        throw ServerError(tsql::Message::AddedColumnNeedsDefault, {column.name, table.name}, line);
     }
     if (!value.empty()) run("UPDATE " + target + " SET " + sqlName(column.name) + " = " + value);
     TableText text = textOf(table);
@@ -133,7 +123,7 @@ void TableChanger::addDefaults(const Table& table, const TableBuilder& builder,
     for (const auto& [name, option] : added.defaults) {
         const Column* before = table.find(name);
         if (before != nullptr && before->defaultSql) {
-            throw ServerError(1781, "Column already has a DEFAULT bound to it.", line);
+            throw ServerError(tsql::Message::ColumnHasDefault, {}, line);
         }
         // Rows from before the column keep their null only when it is written into them.
         const std::string own = sqlName(name);
@@ -167,12 +157,10 @@ void TableChanger::checkRows(const Table& table, const TableText::Element& const
                            " WHERE NOT " + constraint.text.substr(condition));
     }
     if (!violated) return;
-    throw ServerError(547,
-                      std::string("The ALTER TABLE statement conflicted with the ") +
-                          (constraint.isForeignKey() ? "FOREIGN KEY" : "CHECK") + " constraint \"" +
-                          constraint.name + "\". The conflict occurred in database \"" +
-                          catalogue_.databaseName() + "\", table \"dbo." + table.name + "\".",
-                      line, 16, 0);
+    throw ServerError(tsql::Message::ConstraintConflict,
+                      {"ALTER TABLE", constraint.isForeignKey() ? "FOREIGN KEY" : "CHECK",
+                       constraint.name, catalogue_.databaseName(), table.name, ""},
+                      line);
 }
 
 }  // namespace kap::engine

@@ -41,10 +41,7 @@ private:
 const Table& TableChanger::requireTable(const std::string& name, int line) const {
     const Table* table = catalogue_.find(name);
     if (table != nullptr) return *table;
-    throw ServerError(4902,
-                      "Cannot find the object \"" + name +
-                          "\" because it does not exist or you do not have permissions.",
-                      line);
+    throw ServerError(tsql::Message::TableToAlterNotFound, {name}, line);
 }
 
 void TableChanger::run(const std::string& sql) {
@@ -123,17 +120,13 @@ void TableChanger::alterColumn(const Table& table, const tsql::ColumnDefinition&
                                const NameScope& names, int line) {
     const Column* before = table.find(definition.name);
     if (before == nullptr) {
-        throw ServerError(4924,
-                          "ALTER TABLE ALTER COLUMN failed because column '" + definition.name +
-                              "' does not exist in table '" + table.name + "'.",
-                          line);
+        throw ServerError(tsql::Message::ColumnToAlterNotFound,
+                          {"ALTER COLUMN", definition.name, table.name}, line);
     }
     if (before->computed || before->isRowVersion() ||
         definition.type.type == tsql::SqlType::Timestamp) {
-        throw ServerError(4928,
-                          "Cannot alter column '" + definition.name + "' because it is '" +
-                              (before->computed ? "COMPUTED" : "timestamp") + "'.",
-                          line);
+        throw ServerError(tsql::Message::CannotAlterColumn,
+                          {definition.name, before->computed ? "COMPUTED" : "timestamp"}, line);
     }
     Column after = *before;
     after.type = definition.type;
@@ -145,11 +138,7 @@ void TableChanger::alterColumn(const Table& table, const tsql::ColumnDefinition&
     const std::string converted = binder.stored(value, after.type, line);
     if (converted != name) run("UPDATE " + target + " SET " + name + " = " + converted);
     if (!after.nullable && hasRows("SELECT 1 FROM " + target + " WHERE " + name + " IS NULL")) {
-        throw ServerError(515,
-                          "Cannot insert the value NULL into column '" + before->name +
-                              "', table '" + table.name +
-                              "'; column does not allow nulls. UPDATE fails.",
-                          line, 16, 2);
+        throw ServerError(tsql::Message::NullRefused, {before->name, table.name, "UPDATE"}, line);
     }
     const TableBuilder builder(names, table);
     TableText text = textOf(table);
@@ -162,11 +151,7 @@ void TableChanger::alterColumn(const Table& table, const tsql::ColumnDefinition&
 void TableChanger::renameTable(const std::string& name, const std::string& newName, int line) {
     const Table table = requireTable(name, line);
     if (catalogue_.find(newName) != nullptr || isKeptByTheFile(newName)) {
-        throw ServerError(15335,
-                          "Error: The new name '" + newName +
-                              "' is already in use as a OBJECT name and would cause a duplicate "
-                              "that is not permitted.",
-                          line, 11);
+        throw ServerError(tsql::Message::RenameTargetExists, {newName, "OBJECT"}, line);
     }
     run("ALTER TABLE " + tableSql(table.name, table.temporary) + " RENAME TO " + sqlName(newName));
     counters_.rename(table, newName);
@@ -178,17 +163,10 @@ void TableChanger::renameColumn(const std::string& name, const std::string& colu
     const Table table = requireTable(name, line);
     const Column* found = table.find(column);
     if (found == nullptr) {
-        throw ServerError(15248,
-                          "Either the parameter @objname is ambiguous or the claimed @objtype "
-                          "(COLUMN) is wrong.",
-                          line, 11);
+        throw ServerError(tsql::Message::AmbiguousRename, {}, line);
     }
     if (table.find(newName) != nullptr && !sameName(newName, found->name)) {
-        throw ServerError(15335,
-                          "Error: The new name '" + newName +
-                              "' is already in use as a COLUMN name and would cause a duplicate "
-                              "that is not permitted.",
-                          line, 11);
+        throw ServerError(tsql::Message::RenameTargetExists, {newName, "COLUMN"}, line);
     }
     run("ALTER TABLE " + tableSql(table.name, table.temporary) + " RENAME COLUMN " +
         sqlName(found->name) + " TO " + sqlName(newName));
@@ -217,26 +195,16 @@ void TableChanger::dropColumns(const Table& table, const tsql::AlterTableStateme
         const Column* column = table.find(name);
         if (column == nullptr && statement.ifExists) continue;
         if (column == nullptr) {
-            throw ServerError(4924,
-                              "ALTER TABLE DROP COLUMN failed because column '" + name +
-                                  "' does not exist in table '" + table.name + "'.",
-                              line);
+            throw ServerError(tsql::Message::ColumnToAlterNotFound,
+                              {"DROP COLUMN", name, table.name}, line);
         }
         if (table.columns.size() == 1) {
-            throw ServerError(4923,
-                              "ALTER TABLE DROP COLUMN failed because '" + column->name +
-                                  "' is the only data column in table '" + table.name +
-                                  "'. A table must have at least one data column.",
-                              line);
+            throw ServerError(tsql::Message::OnlyDataColumn, {column->name, table.name}, line);
         }
-        const ServerError failed(4922,
-                                 "ALTER TABLE DROP COLUMN " + column->name +
-                                     " failed because one or more objects access this column.",
-                                 line, 16, 9);
+        const ServerError failed(tsql::Message::ColumnIsUsed, {column->name}, line);
         if (const std::string dependent = dependentOn(table, *column); !dependent.empty()) {
             followUp_ = failed;
-            throw ServerError(5074, dependent + " is dependent on column '" + column->name + "'.",
-                              line);
+            throw ServerError(tsql::Message::DependentObject, {dependent, column->name}, line);
         }
         try {
             run("ALTER TABLE " + tableSql(table.name, table.temporary) + " DROP COLUMN " +
@@ -307,7 +275,7 @@ void TableChanger::dropConstraints(const Table& table, const tsql::AlterTableSta
             continue;
         }
         if (statement.ifExists) continue;
-        throw ServerError(3728, "'" + name + "' is not a constraint.", line);
+        throw ServerError(tsql::Message::NoConstraint, {name}, line);
     }
 }
 
@@ -332,9 +300,7 @@ void TableChanger::refuseServing(const Table& table, const std::string& key,
                                  const std::vector<std::string>& columns) const {
     const auto foreign = catalogue_.servedBy(table, columns);
     if (!foreign) return;
-    throw ServerError(3725, "The constraint '" + key + "' is being referenced by table '" +
-                                foreign->table + "', foreign key constraint '" + foreign->name +
-                                "'.");
+    throw ServerError(tsql::Message::ConstraintIsReferenced, {key, foreign->table, foreign->name});
 }
 
 // A key that was made with its table has an index that SQLite drops with nothing but the table: the
@@ -415,8 +381,7 @@ void TableChanger::switchConstraints(const Table& table, const tsql::AlterTableS
     }
     if (removed.empty()) {
         if (statement.names.empty()) return;
-        throw ServerError(4917, "Constraint '" + statement.names.front() + "' does not exist.",
-                          line);
+        throw ServerError(tsql::Message::UnknownConstraint, {statement.names.front()}, line);
     }
     for (const TableText::Element& element : removed) {
         text.remove(text.constraint(element.name));
@@ -440,10 +405,7 @@ void TableChanger::switchTriggers(const Table& table, const tsql::AlterTableStat
                    sameName(object.name, name);
         });
         if (!known) {
-            throw ServerError(4920,
-                              "ALTER TABLE failed because trigger '" + name + "' on table '" +
-                                  table.name + "' does not exist.",
-                              line);
+            throw ServerError(tsql::Message::UnknownTrigger, {name, table.name}, line);
         }
         catalogue_.stored().setEnabled(StoredKind::Trigger, name, statement.enable);
     }

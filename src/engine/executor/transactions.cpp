@@ -10,14 +10,8 @@
 namespace kap::engine {
 namespace {
 
-[[noreturn]] void noTransaction(int number, const char* verb) {
-    throw tsql::ServerError(number, std::string("The ") + verb +
-                                        " TRANSACTION request has no corresponding BEGIN "
-                                        "TRANSACTION.");
-}
-
 tsql::ServerError transactionLost() {
-    return {3971, "The server failed to resume the transaction."};
+    return {tsql::Message::TransactionNotResumed};
 }
 
 // Names compare without case, as SQLite's own do, and may hold anything.
@@ -151,7 +145,7 @@ void Transactions::begin() {
 
 void Transactions::commit() {
     if (!joinsOpen() || depth_ == 0) {
-        noTransaction(3902, "COMMIT");
+        throw tsql::ServerError(tsql::Message::CommitWithoutBegin);
     }
     if (depth_ > 1) {
         --depth_;
@@ -164,7 +158,7 @@ void Transactions::commit() {
 
 void Transactions::rollback() {
     if (!joinsOpen() || depth_ == 0) {
-        noTransaction(3903, "ROLLBACK");
+        throw tsql::ServerError(tsql::Message::RollbackWithoutBegin);
     }
     // What a trigger rolls back has answered nothing yet, so nobody holds its numbers.
     if (counters_.pending() && !implicit_) {
@@ -196,9 +190,7 @@ bool Transactions::hasSavePoint(const std::string& name) const {
 void Transactions::save(const std::string& name) {
     const TimeLimit::Pause whole;
     if (!joinsOpen() || depth_ == 0) {
-        throw tsql::ServerError(628,
-                                "Cannot issue SAVE TRANSACTION when there is no active "
-                                "transaction.");
+        throw tsql::ServerError(tsql::Message::SaveWithoutTransaction);
     }
     database_.run(("SAVEPOINT " + savePointName(name)).c_str());
     savePoints_.push_back(name);

@@ -14,22 +14,18 @@ namespace {
 
 using tsql::ServerError;
 
-constexpr int kConstraintViolated = 547;
+// Where a constraint was violated. A column is named only when there is but one.
+struct ConflictPlace {
+    const std::string& table;
+    const std::vector<std::string>& columns;
+};
 
-std::string placeOf(const SchemaCatalogue& catalogue, const std::string& table,
-                    const std::vector<std::string>& columns) {
-    std::string text = "The conflict occurred in database \"" + catalogue.databaseName() +
-                       "\", table \"dbo." + table + "\"";
-    if (columns.size() == 1) text += ", column '" + columns.front() + "'";
-    return text + ".";
-}
-
-ServerError conflict(const std::string& verb, const std::string& kind, const std::string& name,
-                     const std::string& place) {
-    return {kConstraintViolated,
-            "The " + verb + " statement conflicted with the " + kind + " constraint \"" + name +
-                "\". " + place,
-            0, 16, 0};
+ServerError conflict(const SchemaCatalogue& catalogue, const std::string& verb,
+                     std::string_view kind, const std::string& name, const ConflictPlace& place) {
+    const std::string column =
+        place.columns.size() == 1 ? ", column '" + place.columns.front() + "'" : "";
+    return {tsql::Message::ConstraintConflict,
+            {verb, kind, name, catalogue.databaseName(), place.table, column}};
 }
 
 // The columns that a condition names, as its text quotes them.
@@ -57,7 +53,7 @@ ServerError checkViolated(const SchemaCatalogue& catalogue, const SqliteError& e
             columns = columnsIn(each.definition, catalogue.find(context.table));
         }
     }
-    return conflict(context.verb, "CHECK", name, placeOf(catalogue, context.table, columns));
+    return conflict(catalogue, context.verb, "CHECK", name, {context.table, columns});
 }
 
 // "UNIQUE constraint failed: index 't.i (nulls)'" or the columns of the index.
@@ -74,23 +70,15 @@ ServerError duplicate(const SchemaCatalogue& catalogue, const SqliteError& error
         const std::string_view type = key.type;
         if (!sameName(key.table, context.table) || !fits(key.name, key.columns)) continue;
         if (type != "PK" && type != "UQ") continue;
-        return {2627,
-                std::string("Violation of ") + (type == "PK" ? "PRIMARY" : "UNIQUE") +
-                    " KEY constraint '" + key.name +
-                    "'. Cannot insert duplicate key in object "
-                    "'dbo." +
-                    context.table + "'.",
-                0, 14, 1};
+        return {tsql::Message::DuplicateKey,
+                {type == "PK" ? "PRIMARY" : "UNIQUE", key.name, context.table}};
     }
     for (const IndexInfo& index : catalogue.indexes()) {
         if (!sameName(index.table, context.table) || !index.unique ||
             !fits(index.name, index.columns)) {
             continue;
         }
-        return {2601,
-                "Cannot insert duplicate key row in object 'dbo." + context.table +
-                    "' with unique index '" + index.name + "'.",
-                0, 14, 1};
+        return {tsql::Message::DuplicateIndexKey, {context.table, index.name}};
     }
     return serverError(error, {}, context);
 }
@@ -144,10 +132,7 @@ ServerError explained(FileConnection& connection, const SchemaCatalogue& catalog
 }
 
 ServerError duplicateRows(const std::string& table, const std::string& index) {
-    return {1505,
-            "The CREATE UNIQUE INDEX statement terminated because a duplicate key was found for "
-            "the object name 'dbo." +
-                table + "' and the index name '" + index + "'."};
+    return {tsql::Message::DuplicateKeyInNewIndex, {table, index}};
 }
 
 ForeignKeySearch::Trial::Trial(Database& database) : database_(database) {
@@ -166,12 +151,7 @@ ForeignKeySearch::Trial::~Trial() {
 }
 
 ServerError ForeignKeySearch::unnamed(const WriteContext& context) {
-    return {kConstraintViolated,
-            "The " + context.verb +
-                " statement conflicted with a FOREIGN KEY constraint of table "
-                "\"dbo." +
-                context.table + "\".",
-            0, 16, 0};
+    return {tsql::Message::ForeignKeyConflict, {context.verb, context.table}};
 }
 
 // The written table may be the one that refers or the one that is referred to.
@@ -221,9 +201,9 @@ ServerError ForeignKeySearch::violated(const WriteContext& context,
     const std::string kind =
         std::string(child ? "FOREIGN KEY" : "") +
         (same ? (child ? " SAME TABLE" : "SAME TABLE REFERENCE") : (child ? "" : "REFERENCE"));
-    return conflict(context.verb, kind, key.name,
-                    child ? placeOf(catalogue_, key.parent, key.parentColumns)
-                          : placeOf(catalogue_, key.table, key.columns));
+    return conflict(catalogue_, context.verb, kind, key.name,
+                    child ? ConflictPlace{key.parent, key.parentColumns}
+                          : ConflictPlace{key.table, key.columns});
 }
 
 }  // namespace kap::engine

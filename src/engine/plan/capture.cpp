@@ -46,32 +46,19 @@ std::string caught(const Table& table, RowState state) {
 const Table& outputTarget(const tsql::ObjectName& name, const Binder& binder) {
     const Table* found = findTable(name, binder.names());
     if (found == nullptr && isOwn(name) && binder.catalogue().findView(name.last()) != nullptr) {
-        throw tsql::ServerError(330,
-                                "The target '" + name.text() +
-                                    "' of the OUTPUT INTO clause cannot be a view or common table "
-                                    "expression.",
-                                name.line);
+        throw tsql::ServerError(tsql::Message::OutputIntoView, {name.text()}, name.line);
     }
     const Table& target = requireTable(name, binder.names());
-    const auto refuse = [&](int number, const std::string& what) {
-        throw tsql::ServerError(
-            number,
-            "The target table '" + target.name + "' of the OUTPUT INTO clause cannot " + what,
-            name.line);
+    const auto refuse = [&](tsql::Message message, std::string_view constraint) {
+        throw tsql::ServerError(message, {target.name, constraint}, name.line);
     };
-    if (target.triggerEvents != 0) refuse(331, "have any enabled triggers.");
+    if (target.triggerEvents != 0) refuse(tsql::Message::OutputIntoWithTriggers, {});
     if (target.temporary) return target;
     if (const auto key = binder.catalogue().referenceAt(target)) {
-        refuse(332,
-               "be on either side of a (primary key, foreign key) relationship. Found reference "
-               "constraint '" +
-                   *key + "'.");
+        refuse(tsql::Message::OutputIntoWithReference, *key);
     }
     if (const auto check = binder.catalogue().checkOf(target)) {
-        refuse(333,
-               "have any enabled check constraints or any enabled rules. Found check constraint or "
-               "rule '" +
-                   *check + "'.");
+        refuse(tsql::Message::OutputIntoWithCheck, *check);
     }
     return target;
 }
@@ -84,7 +71,7 @@ std::string insertOutput(const tsql::OutputClause& output, const std::vector<Out
     for (const std::string& name : output.columns) {
         const Column* column = target.find(name);
         if (column == nullptr) {
-            throw tsql::ServerError(207, "Invalid column name '" + name + "'.", output.into->line);
+            throw tsql::ServerError(tsql::Message::InvalidColumn, {name}, output.into->line);
         }
         columns.push_back(column);
     }
@@ -94,9 +81,7 @@ std::string insertOutput(const tsql::OutputClause& output, const std::vector<Out
         }
     }
     if (columns.size() != items.size()) {
-        throw tsql::ServerError(
-            213, "Column name or number of supplied values does not match table definition.",
-            output.into->line);
+        throw tsql::ServerError(tsql::Message::ValuesDoNotMatchTable, {}, output.into->line);
     }
     std::string names;
     std::string values;
@@ -196,10 +181,7 @@ void showThroughView(Source& source, const Table& table, const Binder& binder) {
 void addOutput(Capture& capture, const tsql::OutputClause& output, const Table& table, Scope& scope,
                const std::string& from, Binder& binder) {
     if (capture.forTriggers && !output.into) {
-        throw tsql::ServerError(334,
-                                "The target table '" + table.name +
-                                    "' of the DML statement cannot have any enabled triggers if "
-                                    "the statement contains an OUTPUT clause without INTO clause.");
+        throw tsql::ServerError(tsql::Message::OutputOfTableWithTriggers, {table.name});
     }
     const std::vector<OutputColumn> items = binder.itemValues(output.items, scope);
     std::string list;

@@ -38,8 +38,7 @@ std::optional<std::size_t> findTarget(const tsql::ObjectName& target,
                                                        : sameName(sources[i].common, target.last());
         if (!meant) continue;
         if (found) {
-            throw ServerError(8154, "The table '" + target.text() + "' is ambiguous.", target.line,
-                              15);
+            throw ServerError(tsql::Message::AmbiguousTable, {target.text()}, target.line);
         }
         found = i;
     }
@@ -121,10 +120,7 @@ TargetRows bindTarget(Binder& binder, const tsql::ObjectName& target,
         rows.table = common.table;
         rows.rowNumber = sqlName(source.name) + "." + common.rowNumber;
     } else {
-        throw ServerError(4406,
-                          "Update or delete of view or function '" + target.text() +
-                              "' failed because it is a derived table.",
-                          target.line);
+        throw ServerError(tsql::Message::DerivedViewNotUpdatable, {target.text()}, target.line);
     }
     scope.sources = std::move(bound.sources);
     scope.target = *found;

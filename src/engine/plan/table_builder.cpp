@@ -26,9 +26,7 @@ bool canBeIdentity(const tsql::TypeSpec& type) {
 }
 
 [[noreturn]] void badIdentity(const ColumnDefinition& column) {
-    throw ServerError(2752,
-                      "Identity column '" + column.name + "' contains invalid SEED or INCREMENT.",
-                      column.line);
+    throw ServerError(tsql::Message::InvalidSeed, {column.name}, column.line);
 }
 
 bool isPrimary(const std::string& name, const tsql::TableElements& elements) {
@@ -88,10 +86,7 @@ std::string nullsIndex(const Table& table, const std::string& name,
 TableBuilder::TableBuilder(const NameScope& names, const tsql::ObjectName& name, int line)
     : binder_(names) {
     if (!isOwn(name)) {
-        throw ServerError(2760,
-                          "The specified schema name \"" + name.parts.front() +
-                              "\" either does not exist or you do not have permission to use it.",
-                          line);
+        throw ServerError(tsql::Message::UnknownSchema, {name.parts.front()}, line);
     }
     own().name = name.last();
     own().temporary = name.last().front() == '#';
@@ -100,9 +95,7 @@ TableBuilder::TableBuilder(const NameScope& names, const tsql::ObjectName& name,
     const Catalogue& catalogue = binder_.catalogue();
     if (isKeptByTheFile(name.last()) || catalogue.find(name.last()) != nullptr ||
         catalogue.findView(name.last()) != nullptr) {
-        throw ServerError(2714,
-                          "There is already an object named '" + name.last() + "' in the database.",
-                          line, 16, 6);
+        throw ServerError(tsql::Message::ObjectExists, {name.last()}, line).withState(6);
     }
 }
 
@@ -147,18 +140,12 @@ void TableBuilder::add(const tsql::TableElements& elements) {
 
 void TableBuilder::add(Column column, int line) {
     if (table().find(column.name) != nullptr) {
-        throw ServerError(2705,
-                          "Column names in each table must be unique. Column name '" + column.name +
-                              "' in table '" + table().name + "' is specified more than once.",
-                          line);
+        throw ServerError(tsql::Message::DuplicateColumn, {column.name, table().name}, line);
     }
     if (column.isRowVersion()) checkOnlyRowVersion(column, line);
     constexpr std::size_t kMostColumns = 1024;
     if (table().columns.size() == kMostColumns) {
-        throw ServerError(1702,
-                          "CREATE TABLE failed because column '" + column.name + "' in table '" +
-                              table().name + "' exceeds the maximum of 1024 columns.",
-                          line);
+        throw ServerError(tsql::Message::TooManyColumns, {column.name, table().name}, line);
     }
     own().columns.push_back(std::move(column));
 }
@@ -168,8 +155,7 @@ Column& TableBuilder::requireColumn(const std::string& name, int line) {
         std::find_if(own().columns.begin(), own().columns.end(),
                      [&](const Column& column) { return sameName(column.name, name); });
     if (found == own().columns.end()) {
-        throw ServerError(
-            1911, "Column name '" + name + "' does not exist in the target table or view.", line);
+        throw ServerError(tsql::Message::IndexColumnNotFound, {name}, line);
     }
     return *found;
 }
@@ -209,42 +195,24 @@ void TableBuilder::checkOnlyRowVersion(const Column& column, int line) const {
     const bool other = std::any_of(table().columns.begin(), table().columns.end(),
                                    [](const Column& each) { return each.isRowVersion(); });
     if (!other) return;
-    throw ServerError(2738,
-                      "A table can only have one timestamp column. Because table '" + table().name +
-                          "' already has one, the column '" + column.name + "' cannot be added.",
-                      line);
+    throw ServerError(tsql::Message::SeveralTimestamps, {table().name, column.name}, line);
 }
 
 Identity TableBuilder::identityOf(const ColumnDefinition& column) {
     const int line = column.line;
     if (!canBeIdentity(column.type)) {
-        throw ServerError(
-            2749,
-            "Identity column '" + column.name +
-                "' must be of data type int, bigint, smallint, tinyint, or decimal or numeric "
-                "with a scale of 0, and constrained to be nonnullable.",
-            line);
+        throw ServerError(tsql::Message::WrongIdentityType, {column.name}, line);
     }
     if (column.nullable.value_or(false)) {
-        throw ServerError(8147,
-                          "Could not create IDENTITY attribute on nullable column '" + column.name +
-                              "', table '" + table().name + "'.",
-                          line);
+        throw ServerError(tsql::Message::IdentityOnNullable, {column.name, table().name}, line);
     }
     if (column.defaultValue) {
-        throw ServerError(
-            1754,
-            "Defaults cannot be created on columns with an IDENTITY attribute. Table '" +
-                table().name + "', column '" + column.name + "'.",
-            line);
+        throw ServerError(tsql::Message::DefaultOnIdentity, {table().name, column.name}, line);
     }
     const bool second = std::any_of(table().columns.begin(), table().columns.end(),
                                     [](const Column& other) { return other.identity.has_value(); });
     if (second) {
-        throw ServerError(2744,
-                          "Multiple identity columns specified for table '" + table().name +
-                              "'. Only one identity column per table is allowed.",
-                          line);
+        throw ServerError(tsql::Message::SeveralIdentities, {table().name}, line);
     }
     Identity identity;
     if (column.identity->seed) identity.seed = wholeConstant(*column.identity->seed, column);
@@ -267,10 +235,7 @@ std::int64_t TableBuilder::wholeConstant(const tsql::Expression& expression,
 
 void TableBuilder::setDefault(Column& column, const tsql::DefaultOption& option, int line) {
     if (column.type.type == SqlType::Timestamp) {
-        throw ServerError(1755,
-                          "Defaults cannot be created on columns of data type timestamp. Table '" +
-                              table().name + "', column '" + column.name + "'.",
-                          line);
+        throw ServerError(tsql::Message::DefaultOnTimestamp, {table().name, column.name}, line);
     }
     column.defaultName = option.constraintName;
     column.source = option.text;
@@ -302,17 +267,12 @@ void TableBuilder::addKey(const tsql::KeyConstraint& constraint) {
         key.primary && std::any_of(table().columns.begin(), table().columns.end(),
                                    [](const Column& column) { return column.keyOrdinal > 0; });
     if (second) {
-        throw ServerError(
-            8110, "Cannot add multiple PRIMARY KEY constraints to table '" + table().name + "'.",
-            constraint.line);
+        throw ServerError(tsql::Message::SeveralPrimaryKeys, {table().name}, constraint.line);
     }
     for (const std::string& name : constraint.columns) {
         Column& column = requireColumn(name, constraint.line);
         if (key.primary && column.nullable) {
-            throw ServerError(8111,
-                              "Cannot define PRIMARY KEY constraint on nullable column in table '" +
-                                  table().name + "'.",
-                              constraint.line);
+            throw ServerError(tsql::Message::PrimaryKeyOnNullable, {table().name}, constraint.line);
         }
         if (column.computed && !isSteady(column)) notSteady(column, table(), constraint.line);
         key.columns.push_back(column.name);
@@ -341,17 +301,15 @@ void TableBuilder::addCheck(const tsql::CheckConstraint& check) {
 // A definition lives longer than the variables of the script that makes it.
 void TableBuilder::requireNoVariables(int line) const {
     if (binder_.usedVariables().empty()) return;
-    throw ServerError(112, "Variables are not allowed in the CREATE TABLE statement.", line, 15);
+    throw ServerError(tsql::Message::VariablesNotAllowed, {"CREATE TABLE"}, line);
 }
 
 void TableBuilder::addForeignKey(const tsql::ForeignKey& key) {
     std::vector<std::string> columns;
     for (const std::string& name : key.columns) {
         if (table().find(name) == nullptr) {
-            throw ServerError(1769,
-                              "Foreign key '" + key.name + "' references invalid column '" + name +
-                                  "' in referencing table '" + table().name + "'.",
-                              key.line);
+            throw ServerError(tsql::Message::ForeignKeyUnknownColumn,
+                              {key.name, name, table().name}, key.line);
         }
         columns.push_back(requireColumn(name, key.line).name);
     }
@@ -360,26 +318,17 @@ void TableBuilder::addForeignKey(const tsql::ForeignKey& key) {
     const bool self = isOwn(key.parent) && sameName(key.parent.last(), table().name);
     const Table* parent = self ? &table() : findTable(key.parent, binder_.names());
     if (parent == nullptr || parent->temporary) {
-        throw ServerError(
-            1767,
-            "Foreign key '" + key.name + "' references invalid table '" + key.parent.text() + "'.",
-            key.line);
+        throw ServerError(tsql::Message::ForeignKeyToUnknownTable, {key.name, key.parent.text()},
+                          key.line);
     }
     const std::vector<std::string> parents = parentColumns(key, *parent);
     if (parents.size() != columns.size()) {
-        throw ServerError(8139,
-                          "Number of referencing columns in foreign key differs from number of "
-                          "referenced columns, table '" +
-                              table().name + "'.",
-                          key.line);
+        throw ServerError(tsql::Message::ForeignKeyColumnCount, {table().name}, key.line);
     }
     for (std::size_t i = 0; i < columns.size(); ++i) {
         if (parent->find(parents[i])->type.type == table().find(columns[i])->type.type) continue;
-        throw ServerError(1778,
-                          "Column '" + parent->name + "." + parents[i] +
-                              "' is not the same data type as referencing column '" + table().name +
-                              "." + columns[i] + "' in foreign key '" + key.name + "'.",
-                          key.line);
+        throw ServerError(tsql::Message::ForeignKeyTypesDiffer,
+                          {parent->name, parents[i], table().name, columns[i], key.name}, key.line);
     }
     const std::string name =
         key.name.empty() ? numbered("FK_" + table().name + "_" + parent->name) : key.name;
@@ -400,11 +349,8 @@ void TableBuilder::checkReference(const std::string& name, const tsql::ForeignKe
             keys.push_back(own.columns);
     }
     if (!hasKeyOf(keys, columns)) {
-        throw ServerError(
-            1776,
-            "There are no primary or candidate keys in the referenced table '" + parent.name +
-                "' that match the referencing column list in the foreign key '" + name + "'.",
-            key.line, 16, 0);
+        throw ServerError(tsql::Message::ForeignKeyWithoutCandidateKey, {parent.name, name},
+                          key.line);
     }
     newReferences_.push_back({table().name, parent.name, key.onDelete, key.onUpdate});
     if (key.onDelete == tsql::ReferenceAction::None &&
@@ -414,12 +360,7 @@ void TableBuilder::checkReference(const std::string& name, const tsql::ForeignKe
     std::vector<Reference> references = binder_.catalogue().references();
     references.insert(references.end(), newReferences_.begin(), newReferences_.end());
     if (!reachesTwice(references)) return;
-    throw ServerError(1785,
-                      "Introducing FOREIGN KEY constraint '" + name + "' on table '" +
-                          table().name +
-                          "' may cause cycles or multiple cascade paths. Specify ON DELETE NO "
-                          "ACTION or ON UPDATE NO ACTION, or modify other FOREIGN KEY constraints.",
-                      key.line, 16, 0);
+    throw ServerError(tsql::Message::CascadePaths, {name, table().name}, key.line);
 }
 
 std::vector<std::string> TableBuilder::parentColumns(const tsql::ForeignKey& key,
@@ -428,10 +369,8 @@ std::vector<std::string> TableBuilder::parentColumns(const tsql::ForeignKey& key
     for (const std::string& name : key.parentColumns) {
         const Column* column = parent.find(name);
         if (column == nullptr) {
-            throw ServerError(1770,
-                              "Foreign key '" + key.name + "' references invalid column '" + name +
-                                  "' in referenced table '" + parent.name + "'.",
-                              key.line);
+            throw ServerError(tsql::Message::ForeignKeyUnknownReferencedColumn,
+                              {key.name, name, parent.name}, key.line);
         }
         result.push_back(column->name);
     }
@@ -441,9 +380,7 @@ std::vector<std::string> TableBuilder::parentColumns(const tsql::ForeignKey& key
         if (column.keyOrdinal > 0) keys.push_back(&column);
     }
     if (keys.empty()) {
-        throw ServerError(1773,
-                          "Foreign key '" + key.name + "' has implicit reference to object '" +
-                              parent.name + "' which does not have a primary key defined on it.",
+        throw ServerError(tsql::Message::ForeignKeyWithoutPrimaryKey, {key.name, parent.name},
                           key.line);
     }
     std::sort(keys.begin(), keys.end(), [](const Column* left, const Column* right) {

@@ -26,11 +26,7 @@ bool isSteady(const Column& column) {
 }
 
 void notSteady(const Column& column, const Table& table, int line) {
-    throw ServerError(2729,
-                      "Column '" + column.name + "' in table '" + table.name +
-                          "' cannot be used in an index or statistics or as a partition key "
-                          "because it is non-deterministic.",
-                      line);
+    throw ServerError(tsql::Message::NonDeterministicIndexColumn, {column.name, table.name}, line);
 }
 
 namespace {
@@ -40,9 +36,7 @@ std::string columnList(const tsql::CreateIndexStatement& statement, const Table&
     for (const tsql::IndexColumn& each : statement.columns) {
         const Column* column = table.find(each.name);
         if (column == nullptr) {
-            throw ServerError(
-                1911, "Column name '" + each.name + "' does not exist in the target table or view.",
-                line);
+            throw ServerError(tsql::Message::IndexColumnNotFound, {each.name}, line);
         }
         if (column->computed && !isSteady(*column)) notSteady(*column, table, line);
         const bool repeated =
@@ -51,10 +45,7 @@ std::string columnList(const tsql::CreateIndexStatement& statement, const Table&
                             return &other < &each && sameName(other.name, each.name);
                         });
         if (repeated) {
-            throw ServerError(1909,
-                              "Cannot use duplicate column names in index. Column name '" +
-                                  each.name + "' listed more than once.",
-                              line, 16, 1);
+            throw ServerError(tsql::Message::DuplicateIndexColumn, {each.name}, line);
         }
         list += (list.empty() ? "" : ", ") + sqlName(column->name);
         if (each.descending) list += " DESC";
@@ -69,10 +60,7 @@ void refuseChanging(const std::string& sql, const tsql::CreateIndexStatement& st
     for (const char* call : {"kap_system(", "kap_call(", "kap_now(", "kap_newid(", "kap_random(",
                              "kap_random_bytes("}) {
         if (sql.find(call) == std::string::npos) continue;
-        throw ServerError(10735,
-                          "Incorrect WHERE clause for filtered index '" + statement.name +
-                              "' on table '" + table.name + "'.",
-                          line, 15);
+        throw ServerError(tsql::Message::WrongIndexFilter, {statement.name, table.name}, line);
     }
 }
 
@@ -82,10 +70,7 @@ Translation translateIndex(const tsql::CreateIndexStatement& statement, int line
                            const NameScope& names) {
     const Table* table = findTable(statement.table, names);
     if (table == nullptr) {
-        throw ServerError(1088,
-                          "Cannot find the object \"" + statement.table.text() +
-                              "\" because it does not exist or you do not have permissions.",
-                          line);
+        throw ServerError(tsql::Message::ObjectNotFound, {statement.table.text()}, line);
     }
     std::string sql = std::string("CREATE ") + (statement.unique ? "UNIQUE " : "") + "INDEX " +
                       (table->temporary ? "temp." : "main.") +
@@ -98,8 +83,7 @@ Translation translateIndex(const tsql::CreateIndexStatement& statement, int line
         scope.subqueriesRefused = true;
         sql += " WHERE " + binder.condition(*statement.where, scope);
         if (!binder.usedVariables().empty()) {
-            throw ServerError(112, "Variables are not allowed in the CREATE INDEX statement.", line,
-                              15);
+            throw ServerError(tsql::Message::VariablesNotAllowed, {"CREATE INDEX"}, line);
         }
         refuseChanging(sql, statement, *table, line);
         sql = withSource(sql, statement.whereText);
@@ -122,10 +106,7 @@ Translation translateIndex(const tsql::CreateIndexStatement& statement, int line
 namespace {
 
 [[noreturn]] void nothingToDrop(const char* kind, const std::string& name, int line) {
-    throw ServerError(3701,
-                      std::string("Cannot drop the ") + kind + " '" + name +
-                          "', because it does not exist or you do not have permission.",
-                      line, 11, 5);
+    throw ServerError(tsql::Message::CannotDrop, {kind, name}, line);
 }
 
 Translation dropIndexes(const tsql::DropStatement& statement, int line, const NameScope& names) {
@@ -162,9 +143,7 @@ Translation translateDrop(const tsql::DropStatement& statement, int line, const 
             result.sql.push_back("DROP TABLE " + tableSql(table->name, table->temporary));
             result.dropped.push_back({table->name, table->temporary});
         } else if (isOwn(name) && names.catalogue().findView(name.last()) != nullptr) {
-            throw ServerError(3705,
-                              "Cannot use DROP TABLE with '" + name.text() + "' because '" +
-                                  name.text() + "' is a view. Use DROP VIEW.",
+            throw ServerError(tsql::Message::WrongDropKind, {"TABLE", name.text(), "view", "VIEW"},
                               line);
         } else if (!statement.ifExists) {
             nothingToDrop("table", name.text(), line);

@@ -71,15 +71,11 @@ Translation translateTruncate(const tsql::TruncateStatement& statement, const Na
     const Table* table = findTable(statement.table, names);
     if (table == nullptr && isOwn(statement.table) &&
         names.catalogue().findView(statement.table.last()) != nullptr) {
-        throw tsql::ServerError(
-            4708,
-            "Could not truncate object '" + statement.table.text() + "' because it is not a table.",
-            statement.table.line);
+        throw tsql::ServerError(tsql::Message::TruncateOfNoTable, {statement.table.text()},
+                                statement.table.line);
     }
     if (table == nullptr) {
-        throw tsql::ServerError(4701,
-                                "Cannot find the object \"" + statement.table.text() +
-                                    "\" because it does not exist or you do not have permissions.",
+        throw tsql::ServerError(tsql::Message::TableToTruncateNotFound, {statement.table.text()},
                                 statement.table.line);
     }
     Translation result;

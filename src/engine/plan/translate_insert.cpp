@@ -21,16 +21,7 @@ std::vector<const Column*> namedColumns(const InsertStatement& statement, const 
     for (const std::string& name : statement.columns) {
         const Column* column = &binder.targetColumn(table, {{name}, line});
         if (std::find(columns.begin(), columns.end(), column) != columns.end()) {
-            throw ServerError(
-                264,
-                "The column name '" + name +
-                    "' is specified more than once in the SET clause or column list of an INSERT. "
-                    "A "
-                    "column cannot be assigned more than one value in the same clause. Modify the "
-                    "clause to make sure that a column is updated only once. If this statement "
-                    "updates or inserts columns into a view, column aliasing can conceal the "
-                    "duplication in your code.",
-                line);
+            throw ServerError(tsql::Message::ColumnAssignedTwice, {name}, line);
         }
         columns.push_back(column);
     }
@@ -65,48 +56,26 @@ void checkAssignable(const std::vector<const Column*>& columns, const Table& tab
                      bool identityGiven, int line) {
     for (const Column* column : columns) {
         if (column->computed) {
-            throw ServerError(271,
-                              "The column \"" + column->name +
-                                  "\" cannot be modified because it is either a computed column or "
-                                  "is the result of a UNION operator.",
-                              line);
+            throw ServerError(tsql::Message::ColumnNotModifiable, {column->name}, line);
         }
         if (!column->identity || identityGiven) continue;
-        throw ServerError(544,
-                          "Cannot insert explicit value for identity column in table '" +
-                              table.name + "' when IDENTITY_INSERT is set to OFF.",
-                          line);
+        throw ServerError(tsql::Message::IdentityInsertOff, {table.name}, line);
     }
 }
 
 void explicitRowVersion(int line) {
-    throw ServerError(
-        273,
-        "Cannot insert an explicit value into a timestamp column. Use INSERT with a column list to "
-        "exclude the timestamp column, or insert a DEFAULT into the timestamp column.",
-        line);
+    throw ServerError(tsql::Message::TimestampNotInsertable, {}, line);
 }
 
 void checkCount(std::size_t given, std::size_t wanted, bool listed, int line) {
     if (given == wanted) return;
     if (!listed) {
-        throw ServerError(
-            213, "Column name or number of supplied values does not match table definition.", line);
+        throw ServerError(tsql::Message::ValuesDoNotMatchTable, {}, line);
     }
     if (given < wanted) {
-        throw ServerError(
-            109,
-            "There are more columns in the INSERT statement than values specified in the VALUES "
-            "clause. The number of values in the VALUES clause must match the number of columns "
-            "specified in the INSERT statement.",
-            line, 15);
+        throw ServerError(tsql::Message::MoreColumnsThanValues, {}, line);
     }
-    throw ServerError(
-        110,
-        "There are fewer columns in the INSERT statement than values specified in the VALUES "
-        "clause. The number of values in the VALUES clause must match the number of columns "
-        "specified in the INSERT statement.",
-        line, 15);
+    throw ServerError(tsql::Message::FewerColumnsThanValues, {}, line);
 }
 
 namespace {
@@ -126,14 +95,9 @@ const Table& insertTarget(const InsertStatement& statement, Binder& binder) {
 void checkSelectCount(std::size_t given, std::size_t wanted, bool listed, int line) {
     if (given == wanted) return;
     if (!listed) checkCount(given, wanted, listed, line);
-    const bool fewer = given < wanted;
     throw ServerError(
-        fewer ? 120 : 121,
-        std::string("The select list for the INSERT statement contains ") +
-            (fewer ? "fewer" : "more") +
-            " items than the insert list. The number of SELECT values must match the number of "
-            "INSERT columns.",
-        line, 15);
+        given < wanted ? tsql::Message::FewerSelectItems : tsql::Message::MoreSelectItems, {},
+        line);
 }
 
 // The parts of the statement that its rows share.
@@ -177,12 +141,7 @@ private:
                                   [](const Column* c) { return c->identity.has_value(); });
         if (given) return;
         if (!listed) throw identityWithoutList();
-        throw ServerError(545,
-                          "Explicit value must be specified for identity column in table '" +
-                              table_.name +
-                              "' either when IDENTITY_INSERT is set to ON or when a replication "
-                              "user is inserting into a NOT FOR REPLICATION identity column.",
-                          line_);
+        throw ServerError(tsql::Message::IdentityValueNeeded, {table_.name}, line_);
     }
 
     // One value more than columns is taken for a value of the identity column.
@@ -193,10 +152,7 @@ private:
     }
 
     [[nodiscard]] ServerError identityWithoutList() const {
-        return {8101,
-                "An explicit value for the identity column in table '" + table_.name +
-                    "' can only be specified when a column list is used and IDENTITY_INSERT is ON.",
-                line_};
+        return {tsql::Message::IdentityNeedsColumnList, {table_.name}, line_};
     }
 
     // What the table fills by itself, after the columns given.
@@ -239,11 +195,7 @@ private:
         std::string text;
         for (const auto& row : statement_.rows) {
             if (row.size() != statement_.rows.front().size()) {
-                throw ServerError(
-                    10709,
-                    "The number of columns for each row in a table value constructor must be the "
-                    "same.",
-                    line_);
+                throw ServerError(tsql::Message::UnequalRowLengths, {}, line_);
             }
             if (!listed && row.size() == columns_.size() + 1) refuseIdentity();
             checkCount(row.size(), columns_.size(), listed, line_);

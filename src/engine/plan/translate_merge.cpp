@@ -90,11 +90,7 @@ private:
         source_ = std::move(source.sources.front());
         sourceSql_ = source.sql;
         if (sameName(source_.name, name)) {
-            throw ServerError(10717,
-                              "The correlation name '" + name +
-                                  "' is specified for both the target and the source of a MERGE "
-                                  "statement.",
-                              line_, 15);
+            throw ServerError(tsql::Message::MergeSameCorrelationName, {name}, line_);
         }
         Scope scope;
         scope.sources = {targetSource_, source_};

@@ -29,15 +29,12 @@ std::vector<int> assignedSlots(const tsql::Select& select, const NameScope& name
         const std::string& name = std::get<tsql::AssignmentItem>(item.node).variable;
         const Variable* variable = names.variable(name);
         if (variable == nullptr) {
-            throw ServerError(137, "Must declare the scalar variable \"" + name + "\".", line, 15);
+            throw ServerError(tsql::Message::UndeclaredVariable, {name}, line);
         }
         slots.push_back(variable->slot);
     }
     if (!slots.empty() && slots.size() != select.items.size()) {
-        throw ServerError(141,
-                          "A SELECT statement that assigns a value to a variable must not be "
-                          "combined with data-retrieval operations.",
-                          line, 15);
+        throw ServerError(tsql::Message::AssignmentWithRetrieval, {}, line);
     }
     return slots;
 }
@@ -94,10 +91,7 @@ Translation translateSelect(const tsql::SelectStatement& statement, const NameSc
     BoundQuery bound = binder.query(query, nullptr, QueryPlace::Whole);
     for (const OutputColumn& column : bound.columns) {
         if (!column.value.newIdentity) continue;
-        throw ServerError(177,
-                          "The IDENTITY function can only be used when the SELECT statement has an "
-                          "INTO clause.",
-                          query.line);
+        throw ServerError(tsql::Message::IdentityWithoutInto, {}, query.line);
     }
     Translation result;
     result.kind = StatementKind::Select;
@@ -119,12 +113,7 @@ Translation translateSelectInto(const tsql::Query& query, const tsql::ObjectName
     for (std::size_t i = 0; i < rows.columns.size(); ++i) {
         const OutputColumn& output = rows.columns[i];
         if (output.name.empty()) {
-            throw ServerError(1038,
-                              "An object or column name is missing or empty. For SELECT INTO "
-                              "statements, verify each column has a name. For other statements, "
-                              "look for empty alias names. Aliases defined as \"\" or [] are not "
-                              "allowed. Change the alias to a valid name.",
-                              query.line, 15);
+            throw ServerError(tsql::Message::MissingName, {}, query.line);
         }
         Column column;
         column.name = output.name;

@@ -17,16 +17,12 @@ using tsql::UpdateStatement;
 namespace {
 
 void checkUpdatable(const Column& column, int line) {
-    if (column.isRowVersion()) throw ServerError(272, "Cannot update a timestamp column.", line);
+    if (column.isRowVersion()) throw ServerError(tsql::Message::TimestampNotUpdatable, {}, line);
     if (column.computed) {
-        throw ServerError(271,
-                          "The column \"" + column.name +
-                              "\" cannot be modified because it is either a computed column or is "
-                              "the result of a UNION operator.",
-                          line);
+        throw ServerError(tsql::Message::ColumnNotModifiable, {column.name}, line);
     }
     if (column.identity) {
-        throw ServerError(8102, "Cannot update identity column '" + column.name + "'.", line);
+        throw ServerError(tsql::Message::IdentityNotUpdatable, {column.name}, line);
     }
 }
 
@@ -35,7 +31,7 @@ std::string assignedTo(const std::string& name, const BoundExpression& value, in
                        Binder& binder) {
     const Variable* variable = binder.names().variable(name);
     if (variable == nullptr) {
-        throw ServerError(137, "Must declare the scalar variable \"" + name + "\".", line, 15);
+        throw ServerError(tsql::Message::UndeclaredVariable, {name}, line);
     }
     return callText("kap_assign", plain::text(variable->slot),
                     binder.convertTo(value, variable->type, line).sql);
@@ -92,16 +88,7 @@ std::vector<BoundAssignment> bindAssignments(const UpdateStatement& statement, c
             std::any_of(result.begin(), result.end(),
                         [&](const BoundAssignment& other) { return other.column == column; });
         if (repeated) {
-            throw ServerError(
-                264,
-                "The column name '" + name +
-                    "' is specified more than once in the SET clause or column list of an INSERT. "
-                    "A "
-                    "column cannot be assigned more than one value in the same clause. Modify the "
-                    "clause to make sure that a column is updated only once. If this statement "
-                    "updates or inserts columns into a view, column aliasing can conceal the "
-                    "duplication in your code.",
-                line);
+            throw ServerError(tsql::Message::ColumnAssignedTwice, {name}, line);
         }
         std::string value = "NULL";
         if (assignment.value.value) {

@@ -99,18 +99,13 @@ bool ScriptRunner::executeCatalogue(Frame& frame, Instruction& instruction,
             if (sameName(procedure->parameters[j].first, node.arguments[i].name)) place = j;
         }
         if (place >= values.size()) {
-            throw tsql::ServerError(
-                8144, "Procedure or function " + name + " has too many arguments specified.",
-                instruction.line, 16, 2);
+            throw tsql::ServerError(tsql::Message::TooManyArguments, {name}, instruction.line);
         }
         if (!texts[i].empty()) values[place] = "N" + sqlText(texts[i]);
     }
     if (procedure->needsFirst && texts.empty()) {
-        throw tsql::ServerError(201,
-                                "Procedure or function '" + name + "' expects parameter '" +
-                                    procedure->parameters.front().first +
-                                    "', which was not supplied.",
-                                instruction.line, 16, 4);
+        throw tsql::ServerError(tsql::Message::ParameterNotSupplied,
+                                {name, procedure->parameters.front().first}, instruction.line);
     }
     std::string declared;
     for (std::size_t i = 0; i < values.size(); ++i) {

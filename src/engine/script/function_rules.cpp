@@ -105,16 +105,11 @@ void checkEffects(const Statement& statement) {
     tsql::requireStack(statement.line);
     const std::string effect = std::visit(SideEffect(), statement.node);
     if (!effect.empty()) {
-        throw ServerError(
-            443, "Invalid use of a side-effecting operator '" + effect + "' within a function.",
-            statement.line, 16, 15);
+        throw ServerError(tsql::Message::SideEffectWithinFunction, {effect}, statement.line);
     }
     if (const auto* query = std::get_if<tsql::SelectStatement>(&statement.node)) {
         if (onlyAssigns(*query)) return;
-        throw ServerError(444,
-                          "Select statements included within a function cannot return data to a "
-                          "client.",
-                          statement.line, 16, 2);
+        throw ServerError(tsql::Message::SelectWithinFunction, {}, statement.line);
     }
     if (const auto* branch = std::get_if<tsql::IfStatement>(&statement.node)) {
         checkEffects(*branch->then);

@@ -97,7 +97,7 @@ void ScriptRunner::explain(Frame& frame, Instruction& instruction,
 // another name until it is whole, which is looked at.
 void ScriptRunner::backup(const std::string& file, bool replace, int line) {
     const auto failed = [&](const std::string& reason) {
-        return ServerError(3201, "Cannot open backup device '" + file + "': " + reason + ".", line);
+        return ServerError(tsql::Message::CannotOpenBackupDevice, {file, reason}, line);
     };
     const std::filesystem::path path(file);
     std::error_code error;

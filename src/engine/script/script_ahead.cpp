@@ -29,7 +29,7 @@ bool showsLater(int serverNumber) {
     static constexpr int kLater[] = {208, 220,  232,  295,  517,  544,
                                      545, 1087, 8101, 8115, 8134, 8152};
     return std::ranges::find(kLater, serverNumber) != std::end(kLater) ||
-           reachOf(serverNumber) == ErrorReach::Transaction;
+           tsql::reachOf(serverNumber) == tsql::ErrorReach::Transaction;
 }
 
 // Errors that the making of a module tells of.

@@ -26,7 +26,7 @@ namespace {
 constexpr TypeSpec kOutputText{SqlType::NVarChar, tsql::kMaxLength};
 
 ServerError noProcedure(const std::string& name, int line) {
-    return {2812, "Could not find stored procedure '" + name + "'.", line, 16, 62};
+    return {tsql::Message::UnknownProcedure, {name}, line};
 }
 
 }  // namespace
@@ -97,12 +97,8 @@ void ScriptRunner::executeText(const std::string& text, int line,
 // What is called must leave as many transactions open as there were.
 void ScriptRunner::requireDepth(int before, int line) const {
     if (transactions_.depth() == before) return;
-    throw ServerError(266,
-                      "Transaction count after EXECUTE indicates a mismatching number of BEGIN and "
-                      "COMMIT statements. Previous count = " +
-                          plain::text(before) +
-                          ", current count = " + plain::text(transactions_.depth()) + ".",
-                      line, 16, 2);
+    throw ServerError(tsql::Message::TransactionCountMismatch,
+                      {plain::text(before), plain::text(transactions_.depth())}, line);
 }
 
 void ScriptRunner::executeModule(Frame& frame, Instruction& instruction,
@@ -157,10 +153,9 @@ Value ScriptRunner::argumentValue(Frame& frame, Instruction& instruction, std::s
         const SqlType given = variable != nullptr ? variable->type.type
                               : national          ? SqlType::NVarChar
                                                   : SqlType::VarChar;
-        throw ServerError(8114,
-                          std::string("Error converting data type ") + tsql::typeName(given) +
-                              " to " + tsql::typeName(type.type) + ".",
-                          instruction.line, 16, 5);
+        throw ServerError(tsql::Message::ErrorConvertingType,
+                          {tsql::typeName(given), tsql::typeName(type.type)}, instruction.line)
+            .withState(5);
     }
 }
 
@@ -172,9 +167,7 @@ void ScriptRunner::bindArguments(Frame& frame, Instruction& instruction,
     const std::string& procedure = module.object.name;
     std::vector<bool> given(parameters.size());
     if (node.arguments.size() > parameters.size()) {
-        throw ServerError(
-            8144, "Procedure or function " + procedure + " has too many arguments specified.",
-            instruction.line, 16, 2);
+        throw ServerError(tsql::Message::TooManyArguments, {procedure}, instruction.line);
     }
     for (std::size_t i = 0; i < node.arguments.size(); ++i) {
         const tsql::Argument& argument = node.arguments[i];
@@ -184,23 +177,16 @@ void ScriptRunner::bindArguments(Frame& frame, Instruction& instruction,
                 if (sameName(parameters[place].name, argument.name)) break;
             }
             if (place == parameters.size()) {
-                throw ServerError(
-                    8145, argument.name + " is not a parameter for procedure " + procedure + ".",
-                    instruction.line);
+                throw ServerError(tsql::Message::NoParameterOfProcedure, {argument.name, procedure},
+                                  instruction.line);
             }
         }
         if (argument.value == nullptr) continue;  // DEFAULT
         const bool variable = std::holds_alternative<tsql::VariableReference>(argument.value->node);
         if (argument.output && (!parameters[place].output || !variable)) {
             throw parameters[place].output
-                ? ServerError(179,
-                              "Cannot use the OUTPUT option when passing a constant to a stored "
-                              "procedure.",
-                              instruction.line, 15)
-                : ServerError(8162,
-                              "The formal parameter \"" + parameters[place].name +
-                                  "\" was not declared as an OUTPUT parameter, but the actual "
-                                  "parameter passed in requested output.",
+                ? ServerError(tsql::Message::OutputOfConstant, {}, instruction.line)
+                : ServerError(tsql::Message::NoOutputParameter, {parameters[place].name},
                               instruction.line);
         }
         called.values[place] =
@@ -211,10 +197,8 @@ void ScriptRunner::bindArguments(Frame& frame, Instruction& instruction,
         if (given[i]) continue;
         const tsql::ParameterDefinition& parameter = parameters[i];
         if (parameter.defaultValue == nullptr) {
-            throw ServerError(201,
-                              "Procedure or function '" + procedure + "' expects parameter '" +
-                                  parameter.name + "', which was not supplied.",
-                              instruction.line, 16, 4);
+            throw ServerError(tsql::Message::ParameterNotSupplied, {procedure, parameter.name},
+                              instruction.line);
         }
         called.values[i] = evaluate(frame, instruction, node.arguments.size() + i,
                                     *parameter.defaultValue, parameter.type);

@@ -26,8 +26,7 @@ void ScriptRunner::declareCursor(Frame& frame, const tsql::DeclareCursorStatemen
     const std::string key = asciiLower(node.name);
     Cursors& cursors = node.local ? frame.cursors : cursors_;
     if (cursors.contains(key)) {
-        throw ServerError(16915, "A cursor with the name '" + node.name + "' already exists.",
-                          line);
+        throw ServerError(tsql::Message::CursorExists, {node.name}, line);
     }
     Cursor cursor;
     cursor.name = node.name;
@@ -70,7 +69,7 @@ const Cursor* ScriptRunner::findCursor(const std::string& name) const {
 Cursor& ScriptRunner::requireCursor(const std::string& name, int line) {
     const Cursor* cursor = findCursor(name);
     if (cursor == nullptr) {
-        throw ServerError(16916, "A cursor with the name '" + name + "' does not exist.", line);
+        throw ServerError(tsql::Message::UnknownCursor, {name}, line);
     }
     return const_cast<Cursor&>(*cursor);
 }
@@ -84,7 +83,7 @@ void ScriptRunner::useCursor(Frame& frame, const tsql::CursorStatement& node, in
             }
             return;
         case tsql::CursorAction::Close:
-            if (!cursor.open) throw ServerError(16917, "Cursor is not open.", line);
+            if (!cursor.open) throw ServerError(tsql::Message::CursorNotOpen, {}, line);
             cursor.open = false;
             cursor.rows = {};
             cursor.rowNumbers.clear();
@@ -93,7 +92,7 @@ void ScriptRunner::useCursor(Frame& frame, const tsql::CursorStatement& node, in
         case tsql::CursorAction::Open:
             break;
     }
-    if (cursor.open) throw ServerError(16905, "The cursor is already open.", line);
+    if (cursor.open) throw ServerError(tsql::Message::CursorAlreadyOpen, {}, line);
     Frame inner(*cursor.program);
     inner.values = cursor.values;
     inner.keepsTables = true;
@@ -124,18 +123,16 @@ Value ScriptRunner::currentRow(const std::string& name, const std::string& table
                                const std::vector<std::string>& written) const {
     const Cursor* cursor = findCursor(name);
     if (cursor == nullptr) {
-        throw ServerError(16916, "A cursor with the name '" + name + "' does not exist.");
+        throw ServerError(tsql::Message::UnknownCursor, {name});
     }
-    if (!cursor->open) throw ServerError(16917, "Cursor is not open.");
+    if (!cursor->open) throw ServerError(tsql::Message::CursorNotOpen);
     if (cursor->readOnly || cursor->rowNumbers.empty()) {
-        throw ServerError(16929, "The cursor is READ ONLY.");
+        throw ServerError(tsql::Message::CursorReadOnly);
     }
     const auto rows = std::ranges::find_if(
         cursor->rowNumbers, [&](const auto& each) { return sameName(each.first, table); });
     if (rows == cursor->rowNumbers.end()) {
-        throw ServerError(16933,
-                          "The cursor does not include the table being modified or the table is "
-                          "not updatable through the cursor.");
+        throw ServerError(tsql::Message::TableNotInCursor);
     }
     const bool allowed = std::ranges::all_of(written, [&](const std::string& column) {
         return cursor->updatable.empty() ||
@@ -143,12 +140,10 @@ Value ScriptRunner::currentRow(const std::string& name, const std::string& table
                                    [&](const std::string& each) { return sameName(each, column); });
     });
     if (!allowed) {
-        throw ServerError(16932,
-                          "The cursor has a FOR UPDATE list and the requested column to be updated "
-                          "is not in this list.");
+        throw ServerError(tsql::Message::ColumnNotForUpdate);
     }
     if (cursor->position < 0 || cursor->position >= cursor->count()) {
-        throw ServerError(16931, "There are no rows in the current fetch buffer.");
+        throw ServerError(tsql::Message::NoRowsInFetchBuffer);
     }
     return ado::valueAt(rows->second, static_cast<std::size_t>(cursor->position),
                         ado::Storage::Integer);
@@ -158,10 +153,8 @@ std::int64_t ScriptRunner::fetchTarget(Frame& frame, Instruction& instruction,
                                        const tsql::FetchStatement& node, const Cursor& cursor) {
     using Direction = tsql::FetchStatement::Direction;
     if (node.direction != Direction::Next && !cursor.scroll) {
-        throw ServerError(16911,
-                          "fetch: The fetch type " +
-                              std::string(node.direction == Direction::Prior ? "prior" : "first") +
-                              " cannot be used with forward only cursors.",
+        throw ServerError(tsql::Message::FetchTypeOfForwardOnly,
+                          {node.direction == Direction::Prior ? "prior" : "first"},
                           instruction.line);
     }
     std::int64_t distance = 0;
@@ -195,17 +188,13 @@ void ScriptRunner::fetch(Frame& frame, Instruction& instruction, const tsql::Fet
     // A fetch that fails must end the loop that asks how it went.
     state_.fetchStatus = kNoMoreRows;
     Cursor& cursor = requireCursor(node.cursor, instruction.line);
-    if (!cursor.open) throw ServerError(16917, "Cursor is not open.", instruction.line);
+    if (!cursor.open) throw ServerError(tsql::Message::CursorNotOpen, {}, instruction.line);
     const std::int64_t target = fetchTarget(frame, instruction, node, cursor);
     const bool there = target >= 0 && target < cursor.count();
     cursor.position = std::max<std::int64_t>(-1, std::min(target, cursor.count()));
     state_.fetchStatus = there ? kFetched : kNoMoreRows;
     if (!node.into.empty() && node.into.size() != cursor.types.size()) {
-        throw ServerError(
-            16924,
-            "Cursorfetch: The number of variables declared in the INTO list must match "
-            "that of selected columns.",
-            instruction.line);
+        throw ServerError(tsql::Message::FetchVariablesDoNotMatch, {}, instruction.line);
     }
     const auto row = static_cast<std::size_t>(target);
     for (std::size_t i = 0; there && i < node.into.size(); ++i) {

@@ -65,10 +65,7 @@ const char* kindName(StoredKind kind) {
 
 void requireOwn(const tsql::ObjectName& name, int line) {
     if (isOwn(name)) return;
-    throw ServerError(2760,
-                      "The specified schema name \"" + name.parts.front() +
-                          "\" either does not exist or you do not have permission to use it.",
-                      line);
+    throw ServerError(tsql::Message::UnknownSchema, {name.parts.front()}, line);
 }
 
 }  // namespace
@@ -82,18 +79,14 @@ void ScriptRunner::createView(const tsql::CreateViewStatement& node, int line) {
     const BoundQuery bound = binder.query(*node.query, nullptr, QueryPlace::Nested);
     if (!node.columns.empty() && node.columns.size() != bound.columns.size()) {
         const bool more = node.columns.size() < bound.columns.size();
-        throw ServerError(more ? 8158 : 8159,
-                          "'" + node.name.last() + "' has " + (more ? "more" : "fewer") +
-                              " columns than were specified in the column list.",
-                          line);
+        throw ServerError(
+            more ? tsql::Message::MoreColumnsThanNames : tsql::Message::FewerColumnsThanNames,
+            {node.name.last()}, line);
     }
     for (std::size_t i = 0; node.columns.empty() && i < bound.columns.size(); ++i) {
         if (!bound.columns[i].name.empty()) continue;
-        throw ServerError(4511,
-                          "Create View or Function failed because no column name was specified for "
-                          "column " +
-                              plain::text(static_cast<std::int64_t>(i) + 1) + ".",
-                          line);
+        throw ServerError(tsql::Message::ViewColumnWithoutName,
+                          {plain::text(static_cast<std::int64_t>(i) + 1)}, line);
     }
     if (node.replace) {
         refuseSchemaBound(catalogue_, "ALTER", node.name.last(), node.name.text(), line);
@@ -112,10 +105,7 @@ void ScriptRunner::createModule(const tsql::CreateModuleStatement& node, int lin
     if (node.kind == tsql::ModuleKind::Trigger) {
         const Table* table = isOwn(node.table) ? catalogue_.find(node.table.last()) : nullptr;
         if (table == nullptr || table->temporary) {
-            throw ServerError(8197,
-                              "The object '" + node.table.text() +
-                                  "' does not exist or is invalid for this operation.",
-                              line);
+            throw ServerError(tsql::Message::InvalidObjectForOperation, {node.table.text()}, line);
         }
         parent = table->name;
     }
@@ -156,18 +146,12 @@ void ScriptRunner::store(StoredObject object, bool replace, bool mustExist, int 
         }
     }
     if (mustExist && !there) {
-        throw ServerError(208, "Invalid object name '" + object.name + "'.", line, 16, 6);
+        throw ServerError(tsql::Message::InvalidObject, {object.name}, line).withState(6);
     }
     if (taken || (there && !replace)) {
         throw object.kind == StoredKind::Type
-            ? ServerError(219,
-                          "The type '" + object.name +
-                              "' already exists, or you do not have "
-                              "permission to create it.",
-                          line)
-            : ServerError(2714,
-                          "There is already an object named '" + object.name + "' in the database.",
-                          line, 16, 3);
+            ? ServerError(tsql::Message::TypeExists, {object.name}, line)
+            : ServerError(tsql::Message::ObjectExists, {object.name}, line).withState(3);
     }
     object.quotedNames = state_.quotedNames;
     object.text = asCreation(object.text);
@@ -209,18 +193,12 @@ void ScriptRunner::dropStored(const tsql::DropStatement& node, int line) {
             there = there || (object.kind == kind && sameName(object.name, name.last()));
         }
         if (!there && kind == StoredKind::View && catalogue_.find(name.last()) != nullptr) {
-            throw ServerError(3705,
-                              "Cannot use DROP VIEW with '" + name.text() + "' because '" +
-                                  name.text() + "' is a table. Use DROP TABLE.",
+            throw ServerError(tsql::Message::WrongDropKind, {"VIEW", name.text(), "table", "TABLE"},
                               line);
         }
         if (!there && node.ifExists) continue;
         if (!there) {
-            throw ServerError(3701,
-                              std::string("Cannot drop the ") + kindName(kind) + " '" +
-                                  name.text() +
-                                  "', because it does not exist or you do not have permission.",
-                              line, 11, 5);
+            throw ServerError(tsql::Message::CannotDrop, {kindName(kind), name.text()}, line);
         }
         if (kind == StoredKind::Function) refuseUsedFunction("DROP FUNCTION", name, line);
         if (kind == StoredKind::Function || kind == StoredKind::View) {

@@ -22,11 +22,9 @@ std::optional<tsql::ServerError> endOfDefinition(int number) {
         case 1776:
         case 1778:
         case 1785:
-            return tsql::ServerError(1750, "Could not create constraint. See previous errors.", 0,
-                                     16, 0);
+            return tsql::ServerError(tsql::Message::ConstraintNotCreated);
         case 3728:
-            return tsql::ServerError(3727, "Could not drop constraint. See previous errors.", 0, 16,
-                                     0);
+            return tsql::ServerError(tsql::Message::ConstraintNotDropped);
         default:
             return std::nullopt;
     }
@@ -58,31 +56,32 @@ RaisedError ScriptRunner::raisedBy(const SqliteError& error, const Instruction& 
     return raisedBy(explained(connection_, catalogue_, error, context), instruction.line);
 }
 
-ErrorReach ScriptRunner::reachOfRaised(const RaisedError& raised) const {
+tsql::ErrorReach ScriptRunner::reachOfRaised(const RaisedError& raised) const {
     if (raised.thrown) {
-        return state_.abortOnError ? ErrorReach::Transaction : ErrorReach::Batch;
+        return state_.abortOnError ? tsql::ErrorReach::Transaction : tsql::ErrorReach::Batch;
     }
     // That a call has left another number of transactions is told and ends nothing.
     constexpr int kTransactionCount = 266;
     if (raised.reported || raised.error.number() == kTransactionCount) {
-        return ErrorReach::Statement;
+        return tsql::ErrorReach::Statement;
     }
     if (raised.dooms) {
-        return ErrorReach::Transaction;
+        return tsql::ErrorReach::Transaction;
     }
     if (state_.abortOnError) {
-        return ErrorReach::Transaction;
+        return tsql::ErrorReach::Transaction;
     }
-    return reachOf(raised.error.number());
+    return tsql::reachOf(raised.error.number());
 }
 
 // Gives the place to go on at, or ends more than the statement.
 std::size_t ScriptRunner::handle(Frame& frame, const RaisedError& raised, std::size_t at) {
-    const ErrorReach reach = reachOfRaised(raised);
+    const tsql::ErrorReach reach = reachOfRaised(raised);
     const int severity = raised.error.severity();
     const bool caught = severity >= kLeastCaught && severity <= kMostCaught;
     // What made no sense in this scope is not for its own handlers, but for those of a caller.
-    const bool ofThisScope = reach == ErrorReach::Scope && raised.level == state_.frames.size();
+    const bool ofThisScope =
+        reach == tsql::ErrorReach::Scope && raised.level == state_.frames.size();
     const bool own = !frame.handlers.empty() && !ofThisScope;
     // Of two messages a handler sees the second.
     RaisedError last = raised;
@@ -91,27 +90,27 @@ std::size_t ScriptRunner::handle(Frame& frame, const RaisedError& raised, std::s
     if (caught && own) {
         state_.error = last.error.number();
         state_.doomed =
-            transactions_.depth() > 0 && (state_.doomed || reach == ErrorReach::Transaction);
+            transactions_.depth() > 0 && (state_.doomed || reach == tsql::ErrorReach::Transaction);
         const Handler handler = frame.handlers.back();
         leave(frame, {1, frame.handled.size() - handler.handled});
         frame.handled.push_back(last);
         return handler.target;
     }
     if (caught && state_.openTries > static_cast<int>(frame.handlers.size())) {
-        last.dooms = reach == ErrorReach::Transaction;  // by the settings of this scope
-        throw last;                                     // for a handler of a caller
+        last.dooms = reach == tsql::ErrorReach::Transaction;  // by the settings of this scope
+        throw last;                                           // for a handler of a caller
     }
     report(raised);
     if (followUp) report(last);
     switch (reach) {
-        case ErrorReach::Statement:
+        case tsql::ErrorReach::Statement:
             return at + 1;
-        case ErrorReach::Scope:
+        case tsql::ErrorReach::Scope:
             throw ScopeEnded();
-        case ErrorReach::Transaction:
+        case tsql::ErrorReach::Transaction:
             rollBackAll();
             throw BatchEnded();
-        case ErrorReach::Batch:
+        case tsql::ErrorReach::Batch:
             break;
     }
     throw BatchEnded();

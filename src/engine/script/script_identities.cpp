@@ -31,15 +31,12 @@ void ScriptRunner::checkIdentity(Frame& frame, Instruction& instruction,
     Transactions::WriteScope scope(transactions_);
     const Table* table = findTable(node.table, frame.program.names());
     if (table == nullptr) {
-        throw ServerError(2501,
-                          "Cannot find a table or object with the name \"" + node.table.text() +
-                              "\". Check the system catalog.",
-                          line);
+        throw ServerError(tsql::Message::CheckedObjectNotFound, {node.table.text()}, line);
     }
     const auto column = std::ranges::find_if(
         table->columns, [](const Column& each) { return each.identity.has_value(); });
     if (column == table->columns.end()) {
-        throw ServerError(7997, "'" + table->name + "' does not contain an identity column.", line);
+        throw ServerError(tsql::Message::NoIdentityColumn, {table->name}, line);
     }
     const bool up = column->identity->increment > 0;
     PreparedStatement farthest(connection_.handle(),

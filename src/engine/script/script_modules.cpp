@@ -12,7 +12,7 @@ namespace kap::engine {
 Value ScriptRunner::call(std::string_view function, std::vector<Value> arguments) {
     const auto module = catalogue_.findModule(StoredKind::Function, function);
     if (module == nullptr) {
-        throw tsql::ServerError(208, "Invalid object name '" + std::string(function) + "'.");
+        throw tsql::ServerError(tsql::Message::InvalidObject, {function});
     }
     const std::shared_ptr<Program> program = programOf(module);
     Frame frame(*program);

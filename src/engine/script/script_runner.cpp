@@ -242,10 +242,7 @@ std::shared_ptr<Program> ScriptRunner::programOf(const std::shared_ptr<const Mod
 
 void ScriptRunner::runFrame(Frame& frame, std::vector<ado::Result>& results) {
     if (state_.frames.size() >= kDeepestCalls) {
-        throw raisedBy(tsql::ServerError(217,
-                                         "Maximum stored procedure, function, trigger, or view "
-                                         "nesting level exceeded (limit 32)."),
-                       0);
+        throw raisedBy(tsql::ServerError(tsql::Message::NestingLevelExceeded), 0);
     }
     if (stackLeft() < kStackReserve) {
         throw raisedBy(tsql::outOfStack(0), 0);

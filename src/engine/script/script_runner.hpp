@@ -108,7 +108,7 @@ private:
     [[nodiscard]] RaisedError raisedBy(const tsql::ServerError& error, int line) const;
     [[nodiscard]] RaisedError raisedBy(const SqliteError& error, const Instruction& instruction);
     [[nodiscard]] std::size_t handle(Frame& frame, const RaisedError& raised, std::size_t at);
-    [[nodiscard]] ErrorReach reachOfRaised(const RaisedError& raised) const;
+    [[nodiscard]] tsql::ErrorReach reachOfRaised(const RaisedError& raised) const;
     void leave(Frame& frame, const LeftBlocks& blocks);
     [[nodiscard]] std::optional<tsql::ServerError> takeFollowUp(int number);
     void report(const RaisedError& raised);

@@ -24,8 +24,7 @@ DateOrder dateOrderOf(const std::string& word, int line) {
     for (const auto& [name, order] : kOrders) {
         if (word == name) return order;
     }
-    throw ServerError(2741, "SET DATEFORMAT date order '" + asciiLower(word) + "' is invalid.",
-                      line);
+    throw ServerError(tsql::Message::InvalidDateFormat, {asciiLower(word)}, line);
 }
 
 bool isOn(const std::string& word, int line) {
@@ -85,26 +84,16 @@ void ScriptRunner::setIdentityInsert(const tsql::SetOptionStatement& node, int l
     const bool on = isOn(node.value, line);
     const Table* table = catalogue_.find(node.table.last());
     if (table == nullptr) {
-        throw ServerError(1088,
-                          "Cannot find the object \"" + node.table.text() +
-                              "\" because it does not exist or you do not have permissions.",
-                          line);
+        throw ServerError(tsql::Message::ObjectNotFound, {node.table.text()}, line);
     }
     if (on && std::ranges::none_of(table->columns, [](const Column& column) {
             return column.identity.has_value();
         })) {
-        throw ServerError(8106,
-                          "Table '" + node.table.text() +
-                              "' does not have the identity property. Cannot perform SET "
-                              "operation.",
-                          line);
+        throw ServerError(tsql::Message::NoIdentityProperty, {node.table.text()}, line);
     }
     std::string& current = state_.writes.identityInsert;
     if (on && !current.empty() && !sameName(current, table->name)) {
-        throw ServerError(8107,
-                          "IDENTITY_INSERT is already ON for table '" + current +
-                              "'. Cannot perform SET operation for table '" + node.table.text() +
-                              "'.",
+        throw ServerError(tsql::Message::IdentityInsertOnElsewhere, {current, node.table.text()},
                           line);
     }
     if (on || sameName(current, table->name)) current = on ? table->name : "";
@@ -124,7 +113,7 @@ void ScriptRunner::setNumber(const std::string& option, std::int64_t number, int
     } else if (option == "DATEFIRST") {
         constexpr std::int64_t kDaysPerWeek = 7;
         if (number < 1 || number > kDaysPerWeek) {
-            throw ServerError(2744, "SET DATEFIRST takes a number from 1 to 7.", line);
+            throw ServerError(tsql::Message::InvalidFirstDay, {}, line);
         }
         state_.dates.firstDay = static_cast<int>(number);
     }

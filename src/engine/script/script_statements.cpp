@@ -44,8 +44,7 @@ std::int64_t millisecondsOfDay(double instant) {
 
 // "00:00:05", "0:30": what WAITFOR waits.
 std::int64_t timeOfDay(const std::string& text, int line) {
-    const ServerError wrong(
-        148, "Incorrect time syntax in time string '" + text + "' used with WAITFOR.", line, 15);
+    const ServerError wrong(tsql::Message::WrongTimeString, {text}, line);
     double instant = 0;
     try {
         instant = parseDate(text, SqlType::DateTime, 0);
@@ -241,8 +240,7 @@ void ScriptRunner::assign(Frame& frame, Instruction& instruction,
                           const tsql::AssignStatement& node) {
     const Variable* variable = frame.program.names().variable(node.variable);
     if (variable == nullptr) {
-        throw ServerError(137, "Must declare the scalar variable \"" + node.variable + "\".",
-                          instruction.line, 15);
+        throw ServerError(tsql::Message::UndeclaredVariable, {node.variable}, instruction.line);
     }
     frame.values[static_cast<std::size_t>(variable->slot)] =
         evaluate(frame, instruction, 0, *node.value, variable->type);
@@ -252,7 +250,7 @@ void ScriptRunner::setVariable(Frame& frame, const std::string& name, const Valu
                                const TypeSpec& type, int line) {
     const Variable* variable = frame.program.names().variable(name);
     if (variable == nullptr) {
-        throw ServerError(137, "Must declare the scalar variable \"" + name + "\".", line, 15);
+        throw ServerError(tsql::Message::UndeclaredVariable, {name}, line);
     }
     frame.values[static_cast<std::size_t>(variable->slot)] =
         convert(value, type, variable->type, Overlength::Cut);
@@ -270,8 +268,7 @@ void ScriptRunner::print(Frame& frame, Instruction& instruction, const tsql::Pri
 
 void ScriptRunner::raiseError(Frame& frame, Instruction& instruction,
                               const tsql::RaiserrorStatement& node) {
-    constexpr int kOwnNumber = 50000;
-    constexpr int kUnknownMessage = 18054;
+    const int kOwnNumber = tsql::numberOf(tsql::Message::RaisedByClient);
     TypeSpec type;
     const Value message = evaluateAny(frame, instruction, 0, *node.message, type);
     if (node.severity == nullptr) {
@@ -305,12 +302,10 @@ void ScriptRunner::raiseError(Frame& frame, Instruction& instruction,
         text = messageText(isNull(shown) ? "" : std::get<std::string>(shown), arguments);
     } else {
         const std::int64_t wanted = wholeOr(message, 0);
-        number = kUnknownMessage;
-        text = "Error " + plain::text(wanted) + ", severity " + plain::text(severity) + ", state " +
-               plain::text(state) +
-               " was raised, but no message with that error number was found in sys.messages. If "
-               "error is larger than 50000, make sure the user-defined message is added using "
-               "sp_addmessage.";
+        const ServerError unknown(tsql::Message::UnknownRaisedNumber,
+                                  {plain::text(wanted), plain::text(severity), plain::text(state)});
+        number = unknown.number();
+        text = unknown.message();
     }
     const ServerError error(number, text, instruction.line, severity, state);
     if (severity <= ado::ServerMessage::kInformation) {
@@ -326,12 +321,7 @@ void ScriptRunner::throwError(Frame& frame, Instruction& instruction,
                               const tsql::ThrowStatement& node) {
     if (node.number == nullptr) {
         if (frame.handled.empty()) {
-            throw ServerError(
-                10704,
-                "To rethrow an error, a THROW statement must be used inside a CATCH "
-                "block. Insert the THROW statement inside a CATCH block, or add error "
-                "parameters to the THROW statement.",
-                instruction.line, 15);
+            throw ServerError(tsql::Message::RethrowOutsideCatch, {}, instruction.line);
         }
         RaisedError again = frame.handled.back();
         again.thrown = true;
@@ -341,12 +331,8 @@ void ScriptRunner::throwError(Frame& frame, Instruction& instruction,
         static_cast<int>(wholeOr(evaluate(frame, instruction, 0, *node.number, kInt), 0));
     constexpr int kFirstOwn = 50000;
     if (number < kFirstOwn) {
-        throw ServerError(
-            35100,
-            "Error number " + plain::text(number) +
-                " in the THROW statement is outside the valid range. Specify an error "
-                "number in the valid range of 50000 to 2147483647.",
-            instruction.line);
+        throw ServerError(tsql::Message::ThrowNumberOutOfRange, {plain::text(number)},
+                          instruction.line);
     }
     const int state =
         static_cast<int>(wholeOr(evaluate(frame, instruction, 2, *node.state, kInt), 1));
@@ -374,8 +360,7 @@ void ScriptRunner::transaction(Frame& frame, const tsql::TransactionStatement& n
     if (!node.variable.empty()) {
         const Variable* variable = frame.program.names().variable(node.variable);
         if (variable == nullptr) {
-            throw ServerError(137, "Must declare the scalar variable \"" + node.variable + "\".", 0,
-                              15);
+            throw ServerError(tsql::Message::UndeclaredVariable, {node.variable});
         }
         const Value text = convert(frame.values[static_cast<std::size_t>(variable->slot)],
                                    variable->type, kText, Overlength::Cut);
@@ -388,10 +373,7 @@ void ScriptRunner::transaction(Frame& frame, const tsql::TransactionStatement& n
             return;
         case tsql::TransactionAction::Commit:
             if (state_.doomed) {
-                throw ServerError(3930,
-                                  "The current transaction cannot be committed and cannot support "
-                                  "operations that write to the log file. Roll back the "
-                                  "transaction.");
+                throw ServerError(tsql::Message::UncommittableTransaction);
             }
             transactions_.commit();
             return;
@@ -421,8 +403,7 @@ void ScriptRunner::rollBack(const std::string& name) {
         kept.putBack();
         return;
     }
-    throw ServerError(
-        6401, "Cannot roll back " + name + ". No transaction or savepoint of that name was found.");
+    throw ServerError(tsql::Message::UnknownSavepoint, {name});
 }
 
 // --- The database
@@ -445,11 +426,7 @@ void ScriptRunner::database(const tsql::DatabaseStatement& node, int line) {
     }
     catalogue_.refresh();
     if (!catalogue_.tables().empty()) {
-        throw ServerError(3702,
-                          "Cannot drop database \"" + node.name +
-                              "\" because it is the database that is open and it has tables. "
-                              "Remove its file instead.",
-                          line);
+        throw ServerError(tsql::Message::CannotDropOpenDatabase, {node.name}, line);
     }
     note("DROP DATABASE '" + node.name + "': the database of this file is empty.");
 }

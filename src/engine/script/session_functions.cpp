@@ -274,7 +274,7 @@ Value SessionFunctions::ofSchema(SystemValue value, const Arguments& arguments) 
 
 const FiringTrigger& SessionFunctions::firingTrigger(const char* asked) const {
     if (state_.frames.empty() || !state_.frame().trigger) {
-        throw tsql::ServerError(421, std::string(asked) + " can only be used within a trigger.");
+        throw tsql::ServerError(tsql::Message::OnlyWithinTrigger, {asked});
     }
     return *state_.frame().trigger;
 }

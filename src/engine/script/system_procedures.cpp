@@ -39,10 +39,7 @@ constexpr std::array kNoEffect{"sp_dboption",
 const std::string& argumentAt(const std::vector<std::string>& arguments, std::size_t index,
                               const char* procedure, const char* name, int line) {
     if (index < arguments.size()) return arguments[index];
-    throw ServerError(201,
-                      std::string("Procedure or function '") + procedure + "' expects parameter '" +
-                          name + "', which was not supplied.",
-                      line, 16, 4);
+    throw ServerError(tsql::Message::ParameterNotSupplied, {procedure, name}, line);
 }
 
 // "dbo.t", "[t]": the name without owner and quotes.
@@ -88,10 +85,9 @@ void ScriptRunner::executeSql(Frame& frame, Instruction& instruction,
                               const tsql::ExecuteStatement& node,
                               std::vector<ado::Result>& results) {
     if (node.arguments.empty() || node.arguments.front().value == nullptr) {
-        throw ServerError(201,
-                          "Procedure or function 'sp_executesql' expects parameter '@statement', "
-                          "which was not supplied.",
-                          instruction.line, 16, 10);
+        throw ServerError(tsql::Message::ParameterNotSupplied, {"sp_executesql", "@statement"},
+                          instruction.line)
+            .withState(10);
     }
     const std::string text = textOf(frame, instruction, 0, *node.arguments[0].value);
     std::vector<tsql::DeclaredVariable> declared;
@@ -115,9 +111,7 @@ void ScriptRunner::executeSql(Frame& frame, Instruction& instruction,
             if (sameName(declared[j].name, argument.name)) place = j;
         }
         if (place >= declared.size()) {
-            throw ServerError(
-                8144, "Procedure or function sp_executesql has too many arguments specified.",
-                instruction.line, 16, 2);
+            throw ServerError(tsql::Message::TooManyArguments, {"sp_executesql"}, instruction.line);
         }
         if (argument.value != nullptr) {
             // The same call may come with other definitions.
@@ -129,12 +123,10 @@ void ScriptRunner::executeSql(Frame& frame, Instruction& instruction,
     }
     if (node.arguments.size() < declared.size() + kFirst && !declared.empty() &&
         node.arguments.size() > kFirst - 1) {
-        throw ServerError(
-            8178,
-            "The parameterized query '(" + textOf(frame, instruction, 1, *node.arguments[1].value) +
-                ")" + text + "' expects the parameter '" +
-                declared[node.arguments.size() - kFirst].name + "', which was not supplied.",
-            instruction.line);
+        throw ServerError(tsql::Message::QueryParameterNotSupplied,
+                          {textOf(frame, instruction, 1, *node.arguments[1].value), text,
+                           declared[node.arguments.size() - kFirst].name},
+                          instruction.line);
     }
     const int depth = transactions_.depth();
     runCalled(called, results);
@@ -193,11 +185,7 @@ void ScriptRunner::renameObject(const std::vector<std::string>& arguments, int l
     statements_.captures().removeStale();
     const auto changing = [&](const std::string& name) {
         if (schemaBoundUser(catalogue_, plainName(name))) {
-            throw ServerError(15336,
-                              "Object '" + object +
-                                  "' cannot be renamed because the object participates in enforced "
-                                  "dependencies.",
-                              line);
+            throw ServerError(tsql::Message::RenameOfDependency, {object}, line);
         }
         const Table* table = catalogue_.find(plainName(name));
         if (table != nullptr) statements_.captures().remove(*table);
@@ -209,11 +197,7 @@ void ScriptRunner::renameObject(const std::vector<std::string>& arguments, int l
         changer.renameColumn(plainName(table), plainName(object), newName, line);
     } else if (kind == "OBJECT") {
         if (catalogue_.find(plainName(object)) == nullptr) {
-            throw ServerError(
-                15225,
-                "No item by the name of '" + object + "' could be found in the current database '" +
-                    catalogue_.databaseName() + "', given that @itemtype was input as '(null)'.",
-                line, 11);
+            throw ServerError(tsql::Message::NoSuchItem, {object, catalogue_.databaseName()}, line);
         }
         changing(object);
         changer.renameTable(plainName(object), newName, line);
@@ -249,10 +233,7 @@ void ScriptRunner::helpText(const std::vector<std::string>& arguments, int line,
         results.push_back(std::move(result));
         return;
     }
-    throw ServerError(15009,
-                      "The object '" + name + "' does not exist in database '" +
-                          catalogue_.databaseName() + "' or is invalid for this operation.",
-                      line);
+    throw ServerError(tsql::Message::NoSuchObject, {name, catalogue_.databaseName()}, line);
 }
 
 }  // namespace kap::engine

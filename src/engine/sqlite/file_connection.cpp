@@ -186,11 +186,7 @@ void FileConnection::requireFile() const {
     int moved = 0;
     if (sqlite3_file_control(handle(), "main", SQLITE_FCNTL_HAS_MOVED, &moved) == SQLITE_OK &&
         moved != 0) {
-        throw tsql::ServerError(945,
-                                "Database '" + place_.name +
-                                    "' cannot be written: its file has been removed or replaced "
-                                    "since it was opened.",
-                                0, 14);
+        throw tsql::ServerError(tsql::Message::DatabaseFileReplaced, {place_.name});
     }
 }
 

@@ -8,7 +8,7 @@
 #include <kaputil/data/error_numbers.hpp>
 
 #include "base/ascii.hpp"
-#include "data/server_numbers.hpp"
+#include "data/sql_states.hpp"
 #include "engine/sqlite/sqlite_refusals.hpp"
 
 namespace kap::engine {
@@ -16,17 +16,7 @@ namespace {
 
 using tsql::ServerError;
 
-// The server's own numbers that this file makes.
-constexpr int kNullRefused = 515;
-constexpr int kConstraint = 547;
-constexpr int kInputOutput = 823;
-constexpr int kDamaged = 824;
-constexpr int kDiskFull = 1101;
-constexpr int kLockTimeout = 1222;
-constexpr int kUniqueKey = 2627;
-constexpr int kReadOnly = 3906;
-constexpr int kCannotOpen = 4060;
-constexpr int kOutOfMemory = 701;
+using tsql::Message;
 
 // "…constraint failed: T.C, T.D": what stands after the colon.
 std::string_view failedColumns(std::string_view message) {
@@ -59,12 +49,9 @@ std::string fullName(const std::string& table, const WriteContext& context) {
 ServerError nullRefused(const SqliteError& error, const WriteContext& context) {
     const std::string_view failed = failedColumns(error.what());
     const std::string table = tableOf(failed, context);
-    return {kNullRefused,
-            "Cannot insert the value NULL into column '" +
-                std::string(withoutTable(failed, table)) + "', table '" + fullName(table, context) +
-                "'; column does not allow nulls. " +
-                (context.verb.empty() ? "INSERT" : context.verb) + " fails.",
-            0, 16, 2};
+    return {Message::NullRefused,
+            {withoutTable(failed, table), fullName(table, context),
+             context.verb.empty() ? "INSERT" : context.verb}};
 }
 
 ServerError duplicateKey(const SqliteError& error, const WriteContext& context) {
@@ -72,10 +59,7 @@ ServerError duplicateKey(const SqliteError& error, const WriteContext& context) 
     const bool primary = error.code() != SQLITE_CONSTRAINT_UNIQUE;
     const std::string name =
         context.keyName.empty() ? (primary ? "PK_" : "UQ_") + table : context.keyName;
-    return {kUniqueKey,
-            std::string("Violation of ") + (primary ? "PRIMARY" : "UNIQUE") + " KEY constraint '" +
-                name + "'. Cannot insert duplicate key in object 'dbo." + table + "'.",
-            0, 14, 1};
+    return {Message::DuplicateKey, {primary ? "PRIMARY" : "UNIQUE", name, table}};
 }
 
 ServerError constraintError(const SqliteError& error, const WriteContext& context) {
@@ -87,10 +71,7 @@ ServerError constraintError(const SqliteError& error, const WriteContext& contex
         case SQLITE_CONSTRAINT_UNIQUE:
             return duplicateKey(error, context);
         default:
-            return {kConstraint,
-                    "The statement conflicted with a constraint of the database: " +
-                        std::string(error.what()) + ".",
-                    0, 16, 0};
+            return {Message::UnnamedConflict, {error.what()}};
     }
 }
 
@@ -103,14 +84,8 @@ std::string systemReason(const SqliteError& error) {
                                     : std::generic_category().message(error.systemError());
 }
 
-std::string lockSentence(const DatabasePlace& place) {
-    return "Lock request time out period exceeded: the database '" + place.name +
-           "' was still locked by another connection after " + secondsText(place.lockTimeout) + ".";
-}
-
-ado::ServerMessage openMessage(std::int32_t number, int native, std::string state,
-                               std::string text) {
-    return {native, number, std::move(state), std::move(text)};
+ServerError lockTimeout(const DatabasePlace& place) {
+    return {Message::LockTimeout, {place.name, secondsText(place.lockTimeout)}};
 }
 
 ado::DriverError raised(ado::ServerMessage message) {
@@ -140,14 +115,9 @@ ado::ServerMessage serverMessage(const ServerError& error) {
     if (error.severity() <= ado::ServerMessage::kInformation) {
         return {error.number(), 0, "01000", error.message(), error.line(), error.severity()};
     }
-    // Everything that is not in the table is an error in the command's text.
-    const ado::ServerNumber* known = ado::findServerNumber(error.number());
-    return {error.number(),
-            known == nullptr ? ado::errors::kCommandText : known->number,
-            known == nullptr ? "42000" : known->state,
-            error.message(),
-            error.line(),
-            error.severity()};
+    const char* state = tsql::stateOf(error.number());
+    return {error.number(), ado::numberOfState(state), state, error.message(),
+            error.line(),   error.severity()};
 }
 
 ado::DriverError driverError(const ServerError& error) {
@@ -158,93 +128,36 @@ ado::ServerMessage timeoutMessage() {
     return {0, ado::errors::kTimeout, "HYT00", "Query timeout expired", 0};
 }
 
-ErrorReach reachOf(int serverNumber) {
-    switch (serverNumber) {
-        // The statement could not be made sense of when its turn came, or what follows would find
-        // another table than the one that it was to make.
-        case 102:
-        case 156:
-        case 207:
-        case 208:
-        case 209:
-        case 1087:
-        case 2714:
-        case 4104:
-        case 4121:
-        case 40517:
-            return ErrorReach::Scope;
-        // What a value cannot be turned into.
-        case 241:
-        case 242:
-        case 244:
-        case 245:
-        case 248:
-        case 8114:
-        case 8169:
-        // The trigger has ended the transaction itself, or left it with an error.
-        case 3609:
-        case 3616:
-        // Nothing is left of the transaction in which it ran.
-        case 3971:
-        // What the file is written on has failed.
-        case kInputOutput:
-        case kDamaged:
-        case kDiskFull:
-        case kOutOfMemory:
-            return ErrorReach::Transaction;
-        // Calls within calls without end.
-        case 217:
-        case kLockTimeout:
-            return ErrorReach::Batch;
-        default:
-            return ErrorReach::Statement;
-    }
-}
-
 ServerError serverError(const SqliteError& error, const DatabasePlace& place,
                         const WriteContext& context) {
-    const std::string database = "the database '" + place.name + "'";
     switch (error.primaryCode()) {
         case SQLITE_CONSTRAINT:
             return constraintError(error, context);
         case SQLITE_BUSY:
         case SQLITE_LOCKED:
-            return {kLockTimeout, lockSentence(place), 0, 16, 45};
+            return lockTimeout(place);
         case SQLITE_FULL:
-            return {kDiskFull,
-                    "Could not write to " + database +
-                        " because the disk is full. What the statement had written was undone.",
-                    0, 17, 1};
+            return {Message::DiskFull, {place.name}};
         case SQLITE_CORRUPT:
         case SQLITE_NOTADB:
             if (isTooDeep(error.what())) {
                 return tsql::nestedTooDeeply(0);
             }
-            return {kDamaged,
-                    "The file of " + database + " is damaged (" + error.what() +
-                        "). Restore it from a copy.",
-                    0, 24, 1};
+            return {Message::FileDamaged, {place.name, error.what()}};
         case SQLITE_READONLY:
-            return {kReadOnly,
-                    "Failed to update " + database + " because the database is read-only.", 0, 16,
-                    1};
+            return {Message::DatabaseReadOnly, {place.name}};
         case SQLITE_IOERR:
         case SQLITE_CANTOPEN:
         case SQLITE_PERM:
-            return {kInputOutput,
-                    "The operating system returned an error while reading or writing the file of " +
-                        database + ": " + systemReason(error) + ".",
-                    0, 24, 1};
+            return {Message::InputOutputError, {place.name, systemReason(error)}};
         case SQLITE_NOMEM:
-            return {kOutOfMemory, "There is insufficient system memory to run this query.", 0, 17,
-                    1};
+            return {Message::OutOfMemory};
         case SQLITE_AUTH:
             return tsql::outOfStack(0);
         case SQLITE_TOOBIG:
-            return {8152, "String or binary data would be truncated.", 0, 16, 1};
+            return {Message::Truncated};
         case SQLITE_MISMATCH:
-            return {245, "Conversion failed when converting a value to the type of its column.", 0,
-                    16, 1};
+            return {Message::ColumnConversionFailed};
         default:
             return refusedBySqlite(error.what());
     }
@@ -263,14 +176,14 @@ std::vector<std::string> violatedColumns(const SqliteError& error, std::string_v
 }
 
 ado::DriverError openError(const DatabasePlace& place, const std::string& reason) {
-    return raised(openMessage(ado::errors::kLogin, kCannotOpen, "08001",
-                              "Cannot open the database '" + place.name + "': " + reason + "."));
+    ado::ServerMessage message = serverMessage({Message::CannotOpenDatabase, {place.name, reason}});
+    message.number = ado::errors::kLogin;
+    return raised(std::move(message));
 }
 
 ado::DriverError openError(const SqliteError& error, const DatabasePlace& place) {
     if (error.primaryCode() == SQLITE_BUSY || error.primaryCode() == SQLITE_LOCKED) {
-        return raised(
-            openMessage(ado::errors::kTimeout, kLockTimeout, "HYT00", lockSentence(place)));
+        return raised(serverMessage(lockTimeout(place)));
     }
     return openError(place, openReason(error));
 }

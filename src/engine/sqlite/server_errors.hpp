@@ -39,15 +39,6 @@ struct WriteContext {
 // The time that a request was given has passed.
 [[nodiscard]] ado::ServerMessage timeoutMessage();
 
-// How far an error goes beyond the statement that it ends.
-enum class ErrorReach : std::uint8_t {
-    Statement,    // the script goes on behind it
-    Scope,        // ends the batch, procedure or trigger; its caller goes on
-    Batch,        // ends everything that was sent
-    Transaction,  // and undoes the open transaction
-};
-[[nodiscard]] ErrorReach reachOf(int serverNumber);
-
 // A failure of SQLite in the server's words: constraints, full disk, locks, damage.
 [[nodiscard]] tsql::ServerError serverError(const SqliteError& error, const DatabasePlace& place,
                                             const WriteContext& context = {});

@@ -11,7 +11,7 @@ using tsql::ServerError;
 
 // What SQLite has a limit of, by how its message begins or what it holds.
 struct Limit {
-    std::string_view message;
+    std::string_view words;
     const char* feature;
 };
 
@@ -24,31 +24,19 @@ constexpr std::array kRefusedLimits = std::to_array<Limit>({
 });
 
 struct Said {
-    std::string_view message;
-    int number;
-    const char* text;
-    int severity;
+    std::string_view words;
+    tsql::Message message;
 };
-
-constexpr const char* kTooDeep =
-    "Some part of your SQL statement is nested too deeply. Rewrite the query or break it up into "
-    "smaller queries.";
 
 constexpr std::string_view kTooLargeTree = "Expression tree is too large";
 
 constexpr std::array kSaid = std::to_array<Said>({
-    {kTooLargeTree, 191, kTooDeep, 15},
-    {"parser stack overflow", 191, kTooDeep, 15},
-    {"too many levels of trigger recursion", 217,
-     "Maximum stored procedure, function, trigger, or view nesting level exceeded (limit 32).", 16},
-    {"integer overflow", 8115,
-     "Arithmetic overflow error converting expression to data type bigint.", 16},
-    {"argument of ntile", 4116,
-     "The function 'ntile' takes only a positive int or bigint expression as its input.", 15},
-    {"foreign key mismatch", 1776,
-     "There are no primary or candidate keys in the referenced table that match the referencing "
-     "column list in a foreign key of the statement's tables.",
-     16},
+    {kTooLargeTree, tsql::Message::NestedTooDeeply},
+    {"parser stack overflow", tsql::Message::NestedTooDeeply},
+    {"too many levels of trigger recursion", tsql::Message::NestingLevelExceeded},
+    {"integer overflow", tsql::Message::BigIntOverflow},
+    {"argument of ntile", tsql::Message::NtileArgument},
+    {"foreign key mismatch", tsql::Message::ReferencedKeyMismatch},
 });
 
 }  // namespace
@@ -59,7 +47,7 @@ bool isTooDeep(std::string_view message) {
 
 ServerError refusedBySqlite(std::string_view message) {
     const auto holds = [&](const auto& each) {
-        return message.find(each.message) != std::string_view::npos;
+        return message.find(each.words) != std::string_view::npos;
     };
     if (const auto* limit = std::ranges::find_if(kRefusedLimits, holds);
         limit != kRefusedLimits.end()) {
@@ -69,18 +57,13 @@ ServerError refusedBySqlite(std::string_view message) {
     constexpr std::string_view kNoTableVariable = "no such table: temp.@";
     if (message.starts_with(kNoTableVariable)) {
         const std::string_view name = message.substr(kNoTableVariable.size() - 1);
-        return {1087,
-                "Must declare the table variable \"" + std::string(name.substr(0, name.find('/'))) +
-                    "\".",
-                0, 15, 2};
+        return ServerError(tsql::Message::UndeclaredTableVariable, {name.substr(0, name.find('/'))})
+            .withState(2);
     }
     if (const auto* said = std::ranges::find_if(kSaid, holds); said != kSaid.end()) {
-        return {said->number, said->text, 0, said->severity, 1};
+        return {said->message};
     }
-    return {8624,
-            "Internal Query Processor Error: The query processor could not produce a query plan. "
-            "For more information, contact Customer Support Services.",
-            0, 16, 1};
+    return {tsql::Message::NoQueryPlan};
 }
 
 }  // namespace kap::engine

@@ -18,9 +18,8 @@ using tsql::TypeSpec;
 namespace {
 
 [[noreturn]] void notConvertible(const TypeSpec& from, const TypeSpec& to) {
-    throw tsql::ServerError(529, std::string("Explicit conversion from data type ") +
-                                     tsql::typeName(from.type) + " to " + tsql::typeName(to.type) +
-                                     " is not allowed.");
+    throw tsql::ServerError(tsql::Message::ExplicitConversionNotAllowed,
+                            {tsql::typeName(from.type), tsql::typeName(to.type)});
 }
 
 bool isInstant(SqlType type) {
@@ -58,9 +57,8 @@ void checkWholeRange(double value, double whole, const TypeSpec& to) {
         const double low = type == SqlType::TinyInt ? 0.0 : -high - 1.0;
         if (whole >= low && whole <= high) return;
         constexpr int kDecimals = 6;
-        throw tsql::ServerError(232, std::string("Arithmetic overflow error for type ") +
-                                         tsql::typeName(to.type) +
-                                         ", value = " + plain::fixed(value, kDecimals) + ".");
+        throw tsql::ServerError(tsql::Message::ValueOverflowOfType,
+                                {tsql::typeName(to.type), plain::fixed(value, kDecimals)});
     }
 }
 
@@ -114,9 +112,8 @@ Value fromDate(double stored, const TypeSpec& from, const TypeSpec& to, Overleng
     if (tsql::isText(to.type)) {
         auto text = dateText(stored, from.type, style);
         if (!text) {
-            throw tsql::ServerError(281, plain::text(style) +
-                                             " is not a valid style number when converting from " +
-                                             tsql::typeName(from.type) + " to a character string.");
+            throw tsql::ServerError(tsql::Message::WrongStyle,
+                                    {plain::text(style), tsql::typeName(from.type)});
         }
         return fitText(std::move(*text), from, to, overlength);
     }
@@ -185,9 +182,8 @@ double fitDate(double stored, const TypeSpec& from, const TypeSpec& to) {
     const double result = roundedTo(stored, to.type);
     if (inRange(result, to.type)) return result;
     if (tsql::isNumber(from.type)) overflow("expression", tsql::typeName(to.type));
-    throw tsql::ServerError(242, std::string("The conversion of a ") + tsql::typeName(from.type) +
-                                     " data type to a " + tsql::typeName(to.type) +
-                                     " data type resulted in an out-of-range value.");
+    throw tsql::ServerError(tsql::Message::DateOutOfRange,
+                            {tsql::typeName(from.type), tsql::typeName(to.type)});
 }
 
 }  // namespace kap::engine

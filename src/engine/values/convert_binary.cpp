@@ -29,9 +29,8 @@ std::size_t widthOf(SqlType type) {
 }
 
 [[noreturn]] void badHexadecimal(const TypeSpec& from) {
-    throw tsql::ServerError(8114, std::string("Error converting data type ") +
-                                      (tsql::isNational(from.type) ? "nvarchar" : "varchar") +
-                                      " to varbinary.");
+    throw tsql::ServerError(tsql::Message::ErrorConvertingType,
+                            {tsql::isNational(from.type) ? "nvarchar" : "varchar", "varbinary"});
 }
 
 Blob fromHexadecimal(std::string_view digits, const TypeSpec& from) {

@@ -64,25 +64,24 @@ std::string textTypeName(const TypeSpec& from) {
 
 [[noreturn]] void notANumber(const std::string& text, const TypeSpec& from, const TypeSpec& to) {
     if (tsql::isMoney(to.type)) {
-        throw tsql::ServerError(
-            235, "Cannot convert a char value to money. The char value has incorrect syntax.");
+        throw tsql::ServerError(tsql::Message::WrongMoneyText);
     }
     if (tsql::isInteger(to.type) && to.type != SqlType::BigInt) {
-        throw tsql::ServerError(245, "Conversion failed when converting the " + textTypeName(from) +
-                                         " value '" + text + "' to data type " +
-                                         tsql::typeName(to.type) + ".");
+        throw tsql::ServerError(tsql::Message::ConversionFailed,
+                                {textTypeName(from), text, tsql::typeName(to.type)});
     }
-    throw tsql::ServerError(
-        8114, "Error converting data type " + textTypeName(from) + " to " + messageName(to) + ".");
+    throw tsql::ServerError(tsql::Message::ErrorConvertingType,
+                            {textTypeName(from), messageName(to)});
 }
 
 [[noreturn]] void textOverflow(const std::string& text, const TypeSpec& from, const TypeSpec& to) {
-    const std::string subject =
-        "The conversion of the " + textTypeName(from) + " value '" + text + "' overflowed an ";
-    if (to.type == SqlType::Int) throw tsql::ServerError(248, subject + "int column.");
+    if (to.type == SqlType::Int) {
+        throw tsql::ServerError(tsql::Message::TextOverflowsInt, {textTypeName(from), text});
+    }
     if (isSmallInteger(to.type)) {
-        throw tsql::ServerError(244, subject + (to.type == SqlType::TinyInt ? "INT1" : "INT2") +
-                                         " column. Use a larger integer column.");
+        throw tsql::ServerError(
+            tsql::Message::TextOverflowsSmallInteger,
+            {textTypeName(from), text, to.type == SqlType::TinyInt ? "INT1" : "INT2"});
     }
     overflow(
         to.type == SqlType::BigInt || tsql::isMoney(to.type) ? "expression" : textTypeName(from),
@@ -130,8 +129,7 @@ std::int64_t bitFromText(const std::string& text, std::string_view word, const T
 }  // namespace
 
 void overflow(const std::string& from, const std::string& to) {
-    throw tsql::ServerError(
-        8115, "Arithmetic overflow error converting " + from + " to data type " + to + ".");
+    throw tsql::ServerError(tsql::Message::ArithmeticOverflow, {from, to});
 }
 
 std::string messageName(const TypeSpec& type) {
@@ -146,9 +144,8 @@ std::int64_t fitWide(Wide value, int scale, const TypeSpec& to, Rounding roundin
     const Range range = rangeOf(to);
     if (narrowed && *narrowed >= range.low && *narrowed <= range.high) return *narrowed;
     if (narrowed && isSmallInteger(to.type) && from != kExpression) {
-        throw tsql::ServerError(220, std::string("Arithmetic overflow error for data type ") +
-                                         tsql::typeName(to.type) +
-                                         ", value = " + plain::text(*narrowed) + ".");
+        throw tsql::ServerError(tsql::Message::ValueOverflow,
+                                {tsql::typeName(to.type), plain::text(*narrowed)});
     }
     // Whole numbers and amounts are checked after the expression was computed, so the source is not
     // named.

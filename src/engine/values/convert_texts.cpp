@@ -58,16 +58,14 @@ bool fits(const TypeSpec& type, std::size_t units) {
 std::string textOfUnfittingNumber(const TypeSpec& from, const TypeSpec& to) {
     if (tsql::isInteger(from.type) && !tsql::isNational(to.type)) return "*";
     if (tsql::isMoney(from.type)) {
-        throw tsql::ServerError(
-            234, std::string("There is insufficient result space to convert a money value to ") +
-                     tsql::typeName(to.type) + ".");
+        throw tsql::ServerError(tsql::Message::NoRoomForMoney, {tsql::typeName(to.type)});
     }
     overflow(tsql::isInteger(from.type) ? "expression" : messageName(from),
              tsql::typeName(to.type));
 }
 
 [[noreturn]] void truncated() {
-    throw tsql::ServerError(8152, "String or binary data would be truncated.");
+    throw tsql::ServerError(tsql::Message::Truncated);
 }
 
 }  // namespace
@@ -94,8 +92,7 @@ std::string fitText(std::string text, const TypeSpec& from, const TypeSpec& to,
     if (tooLong) {
         if (tsql::isApproximate(from.type)) overflow("float", tsql::typeName(to.type));
         if (from.type == SqlType::UniqueIdentifier) {
-            throw tsql::ServerError(
-                8170, "Insufficient result space to convert uniqueidentifier value to char.");
+            throw tsql::ServerError(tsql::Message::NoRoomForUniqueIdentifier);
         }
         if (overlength == Overlength::Refuse && unitLength(withoutTrailingBlanks(text)) > length) {
             truncated();
@@ -120,8 +117,7 @@ std::string identifierFromText(const std::string& text) {
         valid = dash ? c == '-' : hex;
     }
     if (!valid) {
-        throw tsql::ServerError(
-            8169, "Conversion failed when converting from a character string to uniqueidentifier.");
+        throw tsql::ServerError(tsql::Message::WrongUniqueIdentifierText);
     }
     return asciiUpper(trimmed);
 }

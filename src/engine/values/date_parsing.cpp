@@ -20,18 +20,14 @@ constexpr int kTwoDigitYearCutoff = 49;
 
 [[noreturn]] void notADate(tsql::SqlType target) {
     if (target == tsql::SqlType::SmallDateTime) {
-        throw tsql::ServerError(
-            295, "Conversion failed when converting character string to smalldatetime data type.");
+        throw tsql::ServerError(tsql::Message::WrongSmallDateTimeText);
     }
-    throw tsql::ServerError(
-        241, "Conversion failed when converting date and/or time from character string.");
+    throw tsql::ServerError(tsql::Message::WrongDateText);
 }
 
 [[noreturn]] void outOfRange(tsql::SqlType target) {
     if (target == tsql::SqlType::Date) notADate(target);
-    throw tsql::ServerError(242, std::string("The conversion of a varchar data type to a ") +
-                                     tsql::typeName(target) +
-                                     " data type resulted in an out-of-range value.");
+    throw tsql::ServerError(tsql::Message::DateOutOfRange, {"varchar", tsql::typeName(target)});
 }
 
 struct Piece {

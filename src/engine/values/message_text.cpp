@@ -78,8 +78,8 @@ private:
         }
         if (position_ < pattern_.size()) result.kind = pattern_[position_++];
         if (std::string_view("sdiuoxX").find(result.kind) == std::string_view::npos) {
-            throw tsql::ServerError(2787, "Invalid format specification: '" +
-                                              std::string(pattern_.substr(start)) + "'.");
+            throw tsql::ServerError(tsql::Message::InvalidFormatSpecification,
+                                    {pattern_.substr(start)});
         }
         return result;
     }
@@ -110,10 +110,8 @@ private:
         std::string text = "(null)";
         if (argument != nullptr && !argument->null) {
             if (argument->number != (place.kind != 's')) {
-                throw tsql::ServerError(
-                    2786, "The data type of substitution parameter " +
-                              plain::text(static_cast<std::int64_t>(used_)) +
-                              " does not match the expected type of the format specification.");
+                throw tsql::ServerError(tsql::Message::SubstitutionTypeDiffers,
+                                        {plain::text(static_cast<std::int64_t>(used_))});
             }
             text = place.kind == 's' ? argument->text.substr(0, place.precision)
                                      : numberText(*argument, place);

@@ -6,6 +6,8 @@
 
 #include <kaputil/data/error_numbers.hpp>
 
+#include "data/sql_states.hpp"
+
 namespace kap::ado::odbc {
 namespace {
 
@@ -29,7 +31,7 @@ TEST(OdbcErrors, EachStateHasItsNumber) {
         {"42000", errors::kCommandText},      {"42S22", errors::kCommandText},
         {"22012", errors::kCommandText},      {"", errors::kCommandText}};
     for (const Case& each : cases) {
-        EXPECT_EQ(numberOf(each.state), each.number) << each.state;
+        EXPECT_EQ(numberOfState(each.state), each.number) << each.state;
     }
 }
 

@@ -132,12 +132,8 @@ void stepSingle(sqlite3_context* context, int /*count*/, sqlite3_value** values)
         return;
     }
     if (state->value != nullptr) {
-        atCBorder(context, *static_cast<ErrorSlot*>(sqlite3_user_data(context)), [] {
-            throw tsql::ServerError(
-                512,
-                "Subquery returned more than 1 value. This is not permitted when the subquery "
-                "follows =, !=, <, <= , >, >= or when the subquery is used as an expression.");
-        });
+        atCBorder(context, *static_cast<ErrorSlot*>(sqlite3_user_data(context)),
+                  [] { throw tsql::ServerError(tsql::Message::SubqueryReturnedSeveral); });
         return;
     }
     state->value = sqlite3_value_dup(values[0]);

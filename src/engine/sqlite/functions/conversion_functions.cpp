@@ -43,8 +43,7 @@ Value scaleFunction(const Arguments& arguments) {
     const auto scaled = rescale(arguments.integer(0), 0, arguments.small(1), Rounding::HalfAway);
     const auto result = scaled ? narrow(*scaled) : std::nullopt;
     if (!result) {
-        throw tsql::ServerError(
-            8115, "Arithmetic overflow error converting numeric to data type numeric.");
+        throw tsql::ServerError(tsql::Message::ArithmeticOverflow, {"numeric", "numeric"});
     }
     return *result;
 }
@@ -61,12 +60,10 @@ Value widenFunction(const Arguments& arguments) {
 // kap_top(count): the number of rows that TOP asks for.
 Value topFunction(const Arguments& arguments) {
     if (arguments.isNull(0)) {
-        throw tsql::ServerError(1060,
-                                "The number of rows provided for a TOP or FETCH clauses row count "
-                                "parameter must be an integer.");
+        throw tsql::ServerError(tsql::Message::RowCountNotInteger);
     }
     if (arguments.integer(0) < 0) {
-        throw tsql::ServerError(127, "A TOP N or FETCH rowcount value may not be negative.");
+        throw tsql::ServerError(tsql::Message::NegativeRowCount);
     }
     return arguments.integer(0);
 }
@@ -76,9 +73,7 @@ Value deeperFunction(const Arguments& arguments) {
     const std::int64_t level = arguments.integer(0) + 1;
     const std::int64_t most = arguments.integer(1);
     if (most > 0 && level > most) {
-        throw tsql::ServerError(530, "The statement terminated. The maximum recursion " +
-                                         plain::text(most) +
-                                         " has been exhausted before statement completion.");
+        throw tsql::ServerError(tsql::Message::RecursionExhausted, {plain::text(most)});
     }
     return level;
 }
@@ -88,7 +83,7 @@ Value topPercentFunction(const Arguments& arguments) {
     constexpr double kWhole = 100;
     const double percent = arguments.real(1);
     if (arguments.isNull(1) || percent < 0 || percent > kWhole) {
-        throw tsql::ServerError(1031, "Percent values must be between 0 and 100.");
+        throw tsql::ServerError(tsql::Message::PercentOutOfRange);
     }
     return static_cast<std::int64_t>(
         std::ceil(static_cast<double>(arguments.integer(0)) * percent / kWhole));

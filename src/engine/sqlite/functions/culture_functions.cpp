@@ -38,8 +38,7 @@ const Locale& cultureNamed(std::string_view name) {
                               equalsIgnoringCase(locale.name.substr(0, 2), wanted);
         if (language || equalsIgnoringCase(locale.name, wanted)) return locale;
     }
-    throw tsql::ServerError(9818, "The culture parameter '" + std::string(name) +
-                                      "' provided in the function call is not supported.");
+    throw tsql::ServerError(tsql::Message::UnknownCulture, {name});
 }
 
 FormattedNumber numberOf(const Value& value, const TypeSpec& type) {
@@ -127,18 +126,22 @@ std::optional<std::string> plainNumber(std::u16string_view text, const TypeSpec&
     return digits;
 }
 
+tsql::ServerError unreadable(const std::string& text, const TypeSpec& type) {
+    return {tsql::Message::ConversionFailed, {"nvarchar", text, tsql::typeName(type.type)}};
+}
+
 Value parsedNumber(const std::string& text, const TypeSpec& type, const Locale& culture) {
     const TypeSpec from{SqlType::NVarChar, tsql::kMaxLength};
     const auto digits = plainNumber(toUnits(text), type, culture);
     const bool any = digits && digits->find_first_of("0123456789") != std::string::npos;
-    if (!any) throw tsql::ServerError(8114, "no number");
+    if (!any) throw unreadable(text, type);
     if (!tsql::isInteger(type.type)) return convert(*digits, from, type, Overlength::Refuse);
     // A whole number may have decimals, all of them zero.
     std::string whole = *digits;
     const std::size_t point = whole.find('.');
     if (point != std::string::npos) {
         if (whole.find_first_not_of('0', point + 1) != std::string::npos) {
-            throw tsql::ServerError(8114, "no whole number");
+            throw unreadable(text, type);
         }
         whole.resize(point);
     }
@@ -166,13 +169,13 @@ Value parsedDate(const std::string& text, const TypeSpec& type, const Locale& cu
     std::u16string units = toUnits(text);
     const auto weekday = takeWeekday(units, culture);
     const Variant given = String(units);
-    if (!convert::isDate(given)) throw tsql::ServerError(241, "no date");
+    if (!convert::isDate(given)) throw tsql::ServerError(tsql::Message::WrongDateText);
     double days = convert::linearDays(convert::toDate(given));
     // A time alone is one of today.
     if (days >= 0 && days < 1) days += std::floor(localInstant());
     const DateParts parts = partsOf(days);
     if (weekday && *weekday != convert::weekdayOf({parts.year, parts.month, parts.day})) {
-        throw tsql::ServerError(241, "another day of the week");
+        throw tsql::ServerError(tsql::Message::WrongDateText);
     }
     return fitDate(days, {SqlType::DateTime}, type);
 }
@@ -186,10 +189,8 @@ Value parseValue(const Arguments& arguments) {
         return tsql::isDate(type.type) ? parsedDate(text, type, culture)
                                        : parsedNumber(text, type, culture);
     } catch (const tsql::ServerError&) {
-        throw tsql::ServerError(9819, "Error converting string value '" + text +
-                                          "' into data type " + tsql::typeName(type.type) +
-                                          " using culture '" + std::string(arguments.text(2)) +
-                                          "'.");
+        throw tsql::ServerError(tsql::Message::ErrorParsing,
+                                {text, tsql::typeName(type.type), arguments.text(2)});
     }
 }
 

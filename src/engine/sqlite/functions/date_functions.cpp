@@ -34,7 +34,7 @@ Value universalNow(const Arguments& /*arguments*/) {
 Value endOfMonth(const Arguments& arguments) {
     const auto moved = movedBy(DatePart::Month, arguments.integer(1), arguments.real(0));
     if (!moved) {
-        throw tsql::ServerError(517, "Adding a value to a 'date' column caused an overflow.");
+        throw tsql::ServerError(tsql::Message::DateOverflow, {"date"});
     }
     const DateParts parts = partsOf(*moved);
     const int last = convert::daysInMonth(parts.year, parts.month);
@@ -56,10 +56,7 @@ Value fromParts(const Arguments& arguments) {
     const auto instant = instantOf({part(1), part(2), part(3), part(4), part(5), part(6), tick});
     const bool valid = milliseconds >= 0 && milliseconds < kThousand && instant;
     if (!valid || !inRange(*instant, type)) {
-        throw tsql::ServerError(289, std::string("Cannot construct data type ") +
-                                         tsql::typeName(type) +
-                                         ", some of the arguments have values which are not "
-                                         "valid.");
+        throw tsql::ServerError(tsql::Message::WrongDateParts, {tsql::typeName(type)});
     }
     return roundedTo(*instant, type);
 }
@@ -87,9 +84,7 @@ Value dateAdd(const Arguments& arguments) {
                                arguments.real(2));
     const double result = moved ? roundedTo(*moved, type.type) : 0;
     if (!moved || !inRange(result, type.type)) {
-        throw tsql::ServerError(517, std::string("Adding a value to a '") +
-                                         tsql::typeName(type.type) +
-                                         "' column caused an overflow.");
+        throw tsql::ServerError(tsql::Message::DateOverflow, {tsql::typeName(type.type)});
     }
     return result;
 }
@@ -99,10 +94,7 @@ Value dateDiff(const Arguments& arguments) {
     const std::int64_t count = boundariesBetween(static_cast<DatePart>(arguments.integer(0)),
                                                  arguments.real(1), arguments.real(2));
     if (count < -2147483648LL || count > 2147483647LL) {
-        throw tsql::ServerError(
-            535,
-            "The datediff function resulted in an overflow. The number of dateparts separating two "
-            "date/time instances is too large. Try to use datediff with a less precise datepart.");
+        throw tsql::ServerError(tsql::Message::DateDifferenceOverflow);
     }
     return count;
 }

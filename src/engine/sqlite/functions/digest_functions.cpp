@@ -28,7 +28,7 @@ Value hashBytes(const Arguments& arguments) {
     };
     const std::string bytes = arguments.blob(1).bytes;
     if (bytes.size() > kMostDigested) {
-        throw tsql::ServerError(8152, "String or binary data would be truncated.");
+        throw tsql::ServerError(tsql::Message::Truncated);
     }
     for (const auto& [name, kind] : kAlgorithms) {
         if (equalsIgnoringCase(name, arguments.text(0))) {

@@ -81,10 +81,7 @@ std::string joined(JoinedTexts& all) {
         text += (&piece == &all.pieces.front() ? "" : all.separator) + piece.text;
     const auto bytes = static_cast<std::int64_t>(unitLength(text)) * (all.national ? 2 : 1);
     if (all.mostBytes > 0 && bytes > all.mostBytes) {
-        throw tsql::ServerError(
-            9829,
-            "STRING_AGG aggregation result exceeded the limit of 8000 bytes. Use LOB types to "
-            "avoid result truncation.");
+        throw tsql::ServerError(tsql::Message::AggregatedTextTooLong);
     }
     return text;
 }

@@ -13,7 +13,7 @@ namespace kap::engine {
 namespace {
 
 [[noreturn]] void invalidOperation() {
-    throw tsql::ServerError(3623, "An invalid floating point operation occurred.");
+    throw tsql::ServerError(tsql::Message::InvalidFloatingPoint);
 }
 
 Value floatResult(double value) {

@@ -11,7 +11,7 @@ namespace kap::engine {
 namespace {
 
 [[noreturn]] void divisionByZero() {
-    throw tsql::ServerError(8134, "Divide by zero error encountered.");
+    throw tsql::ServerError(tsql::Message::DivideByZero);
 }
 
 // The result of an exact operation, already in the scale of its type.

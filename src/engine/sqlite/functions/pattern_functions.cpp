@@ -73,8 +73,7 @@ std::optional<std::size_t> matchUnit(char16_t unit, std::u16string_view pattern,
 char16_t escapeOf(std::string_view text) {
     const std::u16string units = foldedUnits(text);
     if (units.size() != 1) {
-        throw tsql::ServerError(506, "The invalid escape character \"" + std::string(text) +
-                                         "\" was specified in a LIKE predicate.");
+        throw tsql::ServerError(tsql::Message::InvalidEscapeCharacter, {text});
     }
     return units.front();
 }

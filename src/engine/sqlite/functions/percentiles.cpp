@@ -39,8 +39,7 @@ void stepPercentile(sqlite3_context* context, int /*count*/, sqlite3_value** val
     atCBorder(context, percentileSlot(context), [&] {
         const double fraction = sqlite3_value_double(values[0]);
         if (!(fraction >= 0 && fraction <= 1)) {
-            throw tsql::ServerError(10755,
-                                    "Input parameter of a percentile function is out of range.");
+            throw tsql::ServerError(tsql::Message::PercentileOutOfRange);
         }
         auto* state = static_cast<PercentileState*>(
             sqlite3_aggregate_context(context, sizeof(PercentileState)));

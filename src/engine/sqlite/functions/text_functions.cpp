@@ -18,8 +18,7 @@ namespace {
 constexpr std::int64_t kMaxTextUnits = 8000;
 
 [[noreturn]] void invalidLength(const char* function) {
-    throw tsql::ServerError(
-        537, std::string("Invalid length parameter passed to the ") + function + " function.");
+    throw tsql::ServerError(tsql::Message::InvalidLength, {function});
 }
 
 std::size_t size(std::int64_t count) {
@@ -109,7 +108,7 @@ Value quoteName(const Arguments& arguments) {
 
 Value right(const Arguments& arguments) {
     if (arguments.integer(1) < 0) {
-        throw tsql::ServerError(536, "Invalid length parameter passed to the right function.");
+        throw tsql::ServerError(tsql::Message::InvalidRightLength);
     }
     const std::string_view text = arguments.text(0);
     const std::size_t units = unitLength(text);
@@ -164,7 +163,7 @@ Value stuff(const Arguments& arguments) {
     result += rest.substr(unitOffset(rest, size(count)));
     const std::size_t limit = size(arguments.integer(4));
     if (limit > 0 && result.size() > limit && unitLength(result) > limit) {
-        throw tsql::ServerError(8152, "String or binary data would be truncated.");
+        throw tsql::ServerError(tsql::Message::Truncated);
     }
     return result;
 }
@@ -199,8 +198,7 @@ Value replicate(const Arguments& arguments) {
                                         : kMostBytes / bytes + 1;
     const std::int64_t needed = std::min(times, most);
     if (needed > kMostBytes / bytes) {
-        throw tsql::ServerError(
-            7119, "Attempting to grow LOB beyond maximum allowed size of 2147483647 bytes.");
+        throw tsql::ServerError(tsql::Message::LargeObjectTooLarge);
     }
     std::string result;
     result.reserve(size(needed * bytes));
