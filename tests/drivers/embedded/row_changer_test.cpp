@@ -166,7 +166,7 @@ TEST_F(RowChangerTest, InCriteriaNullEqualsNull) {
 TEST_F(RowChangerTest, TheRowVersionCanBeACriterion) {
     const std::string version("\0\0\0\0\0\0\x07\xD1", 8);
     const RowChange update = change(RowChange::Kind::Update, {integer("n", 5)},
-                                    {integer("id", 1), {"v", adBinary, 255, version}});
+                                    {integer("id", 1), {"v", adBinary, 255, Blob{version}}});
     EXPECT_EQ(session_->apply(update).rowsTouched, 1);
     EXPECT_EQ(session_->apply(update).rowsTouched, 0);
 }
@@ -233,7 +233,7 @@ TEST_F(RowChangerTest, ValuesAreBroughtToTheColumnsType) {
                 {"price", adNumeric, 3, std::int64_t{12345}},
                 {"made", adDBTimeStamp, 255, 45351.500001},
                 {"mark", adSingle, 255, 0.1},
-                {"bytes", adVarBinary, 255, std::string("\x01\x02")},
+                {"bytes", adVarBinary, 255, Blob{std::string("\x01\x02")}},
                 {"guid", adGUID, 255, std::string("6f9619ff-8b86-d011-b42d-00c04fc964ff")}}));
     const Result row =
         session_->execute("SELECT code, price, made, mark, bytes, guid FROM t WHERE id = 3").back();
@@ -253,7 +253,7 @@ TEST_F(RowChangerTest, RefusesTextThatIsTooLong) {
 }
 
 TEST_F(RowChangerTest, RefusesBytesThatAreTooMany) {
-    EXPECT_EQ(insertionRefusal({"bytes", adVarBinary, 255, std::string("abcd")}).nativeNumber,
+    EXPECT_EQ(insertionRefusal({"bytes", adVarBinary, 255, Blob{std::string("abcd")}}).nativeNumber,
               8152);
 }
 
@@ -277,14 +277,15 @@ TEST_F(RowChangerTest, RefusesNullInANotNullColumn) {
 
 TEST_F(RowChangerTest, RefusesWhatTheDatabaseSetsItself) {
     EXPECT_EQ(insertionRefusal(integer("id", 9)).nativeNumber, 544);
-    EXPECT_EQ(insertionRefusal({"v", adBinary, 255, std::string(8, 'x')}).nativeNumber, 273);
+    EXPECT_EQ(insertionRefusal({"v", adBinary, 255, Blob{std::string(8, 'x')}}).nativeNumber, 273);
     EXPECT_EQ(refusalOf(change(RowChange::Kind::Update, {integer("id", 9)}, {integer("id", 1)}))
                   .nativeNumber,
               8102);
-    EXPECT_EQ(refusalOf(change(RowChange::Kind::Update, {{"v", adBinary, 255, std::string(8, 'x')}},
-                               {integer("id", 1)}))
-                  .nativeNumber,
-              272);
+    EXPECT_EQ(
+        refusalOf(change(RowChange::Kind::Update, {{"v", adBinary, 255, Blob{std::string(8, 'x')}}},
+                         {integer("id", 1)}))
+            .nativeNumber,
+        272);
 }
 
 TEST_F(RowChangerTest, RefusesUnknownTablesAndColumns) {
