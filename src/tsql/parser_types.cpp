@@ -19,65 +19,33 @@ constexpr int kDefaultPrecision = 18;
 // Outside a table definition (CAST, CONVERT) a text without length has room for thirty characters.
 constexpr int kDefaultCastLength = 30;
 
+// Other words for a type than its name.
 struct TypeWord {
     const char* word;
-    TypeSpec spec;
+    SqlType type;
 };
 
-// The words that name a type; lengths and precisions are those without brackets.
-constexpr std::array kWords = std::to_array<TypeWord>({
-    {"bit", {SqlType::Bit}},
-    {"tinyint", {SqlType::TinyInt}},
-    {"smallint", {SqlType::SmallInt}},
-    {"int", {SqlType::Int}},
-    {"integer", {SqlType::Int}},
-    {"bigint", {SqlType::BigInt}},
-    {"decimal", {SqlType::Decimal, 0, kDefaultPrecision, 0}},
-    {"dec", {SqlType::Decimal, 0, kDefaultPrecision, 0}},
-    {"numeric", {SqlType::Numeric, 0, kDefaultPrecision, 0}},
-    {"money", {SqlType::Money}},
-    {"smallmoney", {SqlType::SmallMoney}},
-    {"float", {SqlType::Float}},
-    {"real", {SqlType::Real}},
-    {"date", {SqlType::Date}},
-    {"datetime", {SqlType::DateTime}},
-    {"smalldatetime", {SqlType::SmallDateTime}},
-    {"char", {SqlType::Char, 1}},
-    {"character", {SqlType::Char, 1}},
-    {"varchar", {SqlType::VarChar, 1}},
-    {"nchar", {SqlType::NChar, 1}},
-    {"nvarchar", {SqlType::NVarChar, 1}},
-    {"text", {SqlType::Text, kMaxLength}},
-    {"ntext", {SqlType::NText, kMaxLength}},
-    {"binary", {SqlType::Binary, 1}},
-    {"varbinary", {SqlType::VarBinary, 1}},
-    {"image", {SqlType::Image, kMaxLength}},
-    {"timestamp", {SqlType::Timestamp, 8}},
-    {"rowversion", {SqlType::Timestamp, 8}},
-    {"uniqueidentifier", {SqlType::UniqueIdentifier, 16}},
+constexpr std::array kOtherWords = std::to_array<TypeWord>({
+    {"integer", SqlType::Int},
+    {"dec", SqlType::Decimal},
+    {"character", SqlType::Char},
+    {"rowversion", SqlType::Timestamp},
 });
+
+std::optional<SqlType> typeNamed(std::string_view word) {
+    for (int i = 0; i < kSqlTypes; ++i) {
+        const auto type = static_cast<SqlType>(i);
+        if (equalsIgnoringCase(typeName(type), word)) return type;
+    }
+    for (const TypeWord& other : kOtherWords) {
+        if (equalsIgnoringCase(other.word, word)) return other.type;
+    }
+    return std::nullopt;
+}
 
 constexpr std::array kRefusedWords{"datetime2",   "datetimeoffset", "time",      "xml",
                                    "sql_variant", "hierarchyid",    "geography", "geometry",
                                    "cursor",      "table"};
-
-bool hasLength(SqlType type) {
-    switch (type) {
-        case SqlType::Char:
-        case SqlType::VarChar:
-        case SqlType::NChar:
-        case SqlType::NVarChar:
-        case SqlType::Binary:
-        case SqlType::VarBinary:
-            return true;
-        default:
-            return false;
-    }
-}
-
-bool varies(SqlType type) {
-    return type == SqlType::VarChar || type == SqlType::NVarChar || type == SqlType::VarBinary;
-}
 
 std::string place(const std::string& owner, int ordinal) {
     return owner.empty() ? "CAST or CONVERT"
@@ -110,9 +78,8 @@ TypeSpec Parser::type(const std::string& owner, int ordinal) {
     }
     // "timestamp" and most type words are not reserved, so a type reads like any name.
     typeName = objectName();
-    for (const TypeWord& word : kWords) {
-        if (equalsIgnoringCase(word.word, typeName.last()))
-            return sizedType(word.spec, owner, ordinal);
+    if (const auto known = typeNamed(typeName.last())) {
+        return sizedType(factsOf(*known).usual, owner, ordinal);
     }
     if (equalsIgnoringCase(typeName.last(), "sysname")) {
         constexpr int kNameLength = 128;
@@ -159,7 +126,7 @@ TypeSpec Parser::sizedType(TypeSpec spec, const std::string& owner, int ordinal)
 }
 
 void Parser::lengthSize(TypeSpec& spec, const std::string& owner) {
-    if (varies(spec.type) && acceptKeyword("MAX")) {
+    if (isVarying(spec.type) && acceptKeyword("MAX")) {
         spec.length = kMaxLength;
         return;
     }

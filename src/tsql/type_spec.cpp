@@ -10,14 +10,84 @@ namespace kap::tsql {
 
 namespace {
 
-constexpr std::array kNames = std::to_array<const char*>(
-    {"bit",     "tinyint",   "smallint", "int",           "bigint",
-     "decimal", "numeric",   "money",    "smallmoney",    "float",
-     "real",    "date",      "datetime", "smalldatetime", "char",
-     "varchar", "nchar",     "nvarchar", "text",          "ntext",
-     "binary",  "varbinary", "image",    "timestamp",     "uniqueidentifier"});
+constexpr int kNone = 255;
+constexpr int kLongBytes = 2147483647;
+constexpr int kLongCharacters = 1073741823;
 
-static_assert(kNames.size() == static_cast<std::size_t>(SqlType::UniqueIdentifier) + 1);
+struct TypeRow {
+    SqlType type;
+    TypeFacts facts;
+};
+
+// The data-access types, by their names in the interface of recordsets.
+constexpr int kAdSmallInt = 2;
+constexpr int kAdInteger = 3;
+constexpr int kAdSingle = 4;
+constexpr int kAdDouble = 5;
+constexpr int kAdCurrency = 6;
+constexpr int kAdBoolean = 11;
+constexpr int kAdUnsignedTinyInt = 17;
+constexpr int kAdBigInt = 20;
+constexpr int kAdGuid = 72;
+constexpr int kAdBinary = 128;
+constexpr int kAdChar = 129;
+constexpr int kAdWChar = 130;
+constexpr int kAdNumeric = 131;
+constexpr int kAdDbDate = 133;
+constexpr int kAdDbTimeStamp = 135;
+constexpr int kAdVarChar = 200;
+constexpr int kAdLongVarChar = 201;
+constexpr int kAdVarWChar = 202;
+constexpr int kAdLongVarWChar = 203;
+constexpr int kAdVarBinary = 204;
+constexpr int kAdLongVarBinary = 205;
+
+// clang-format off
+// The columns are those of TypeFacts: name; when without brackets (type, length, precision, scale); the server's number,
+// bytes, digits and precedence of it; type, size, digits and form as recordsets tell of it.
+constexpr auto kTypes = std::to_array<TypeRow>({
+    {SqlType::Bit,           {"bit",           {SqlType::Bit},                 104,    1,  1, 0, 12, kAdBoolean,         2,               kNone, kNone, true}},
+    {SqlType::TinyInt,       {"tinyint",       {SqlType::TinyInt},              48,    1,  3, 0, 13, kAdUnsignedTinyInt, 1,               3,     kNone, true}},
+    {SqlType::SmallInt,      {"smallint",      {SqlType::SmallInt},             52,    2,  5, 0, 14, kAdSmallInt,        2,               5,     kNone, true}},
+    {SqlType::Int,           {"int",           {SqlType::Int},                  56,    4, 10, 0, 15, kAdInteger,         4,               10,    kNone, true}},
+    {SqlType::BigInt,        {"bigint",        {SqlType::BigInt},              127,    8, 19, 0, 16, kAdBigInt,          8,               19,    kNone, true}},
+    {SqlType::Decimal,       {"decimal",       {SqlType::Decimal, 0, 18, 0},   106,   17,  0, 0, 19, kAdNumeric,         19,              0,     0,     true}},
+    {SqlType::Numeric,       {"numeric",       {SqlType::Numeric, 0, 18, 0},   108,   17,  0, 0, 19, kAdNumeric,         19,              0,     0,     true}},
+    {SqlType::Money,         {"money",         {SqlType::Money},                60,    8, 19, 4, 18, kAdCurrency,        8,               19,    kNone, true}},
+    {SqlType::SmallMoney,    {"smallmoney",    {SqlType::SmallMoney},          122,    4, 10, 4, 17, kAdCurrency,        8,               10,    kNone, true}},
+    {SqlType::Float,         {"float",         {SqlType::Float},                62,    8, 53, 0, 21, kAdDouble,          8,               15,    kNone, true}},
+    {SqlType::Real,          {"real",          {SqlType::Real},                 59,    4, 24, 0, 20, kAdSingle,          4,               7,     kNone, true}},
+    {SqlType::Date,          {"date",          {SqlType::Date},                 40,    3, 10, 0, 22, kAdDbDate,          6,               10,    kNone, true}},
+    {SqlType::DateTime,      {"datetime",      {SqlType::DateTime},             61,    8, 23, 3, 24, kAdDbTimeStamp,     16,              23,    3,     true}},
+    {SqlType::SmallDateTime, {"smalldatetime", {SqlType::SmallDateTime},        58,    4, 16, 0, 23, kAdDbTimeStamp,     16,              16,    0,     true}},
+    {SqlType::Char,          {"char",          {SqlType::Char, 1},             175, 8000,  0, 0,  3, kAdChar,            0,               kNone, kNone, true}},
+    {SqlType::VarChar,       {"varchar",       {SqlType::VarChar, 1},          167, 8000,  0, 0,  4, kAdVarChar,         0,               kNone, kNone, false}},
+    {SqlType::NChar,         {"nchar",         {SqlType::NChar, 1},            239, 8000,  0, 0,  5, kAdWChar,           0,               kNone, kNone, true}},
+    {SqlType::NVarChar,      {"nvarchar",      {SqlType::NVarChar, 1},         231, 8000,  0, 0,  6, kAdVarWChar,        0,               kNone, kNone, false}},
+    {SqlType::Text,          {"text",          {SqlType::Text, kMaxLength},     35,   16,  0, 0, 10, kAdLongVarChar,     kLongBytes,      kNone, kNone, false}},
+    {SqlType::NText,         {"ntext",         {SqlType::NText, kMaxLength},    99,   16,  0, 0, 11, kAdLongVarWChar,    kLongCharacters, kNone, kNone, false}},
+    {SqlType::Binary,        {"binary",        {SqlType::Binary, 1},           173, 8000,  0, 0,  1, kAdBinary,          0,               kNone, kNone, true}},
+    {SqlType::VarBinary,     {"varbinary",     {SqlType::VarBinary, 1},        165, 8000,  0, 0,  2, kAdVarBinary,       0,               kNone, kNone, false}},
+    {SqlType::Image,         {"image",         {SqlType::Image, kMaxLength},    34,   16,  0, 0,  9, kAdLongVarBinary,   kLongBytes,      kNone, kNone, false}},
+    {SqlType::Timestamp,     {"timestamp",     {SqlType::Timestamp, 8},        189,    8,  0, 0,  8, kAdBinary,          8,               kNone, kNone, true}},
+    {SqlType::UniqueIdentifier, {"uniqueidentifier", {SqlType::UniqueIdentifier, 16}, 36, 16, 0, 0, 7, kAdGuid,          16,              kNone, kNone, true}},
+});
+// clang-format on
+
+constexpr bool isInOrder() {
+    for (std::size_t i = 0; i < kTypes.size(); ++i) {
+        if (kTypes[i].type != static_cast<SqlType>(i) ||
+            kTypes[i].facts.usual.type != kTypes[i].type) {
+            return false;
+        }
+    }
+    return kTypes.size() == static_cast<std::size_t>(kSqlTypes);
+}
+static_assert(isInOrder());
+
+int bytesOfDecimal(int precision) {
+    return precision <= 9 ? 5 : precision <= 19 ? 9 : precision <= 28 ? 13 : 17;
+}
 
 bool between(SqlType type, SqlType first, SqlType last) {
     return type >= first && type <= last;
@@ -25,27 +95,47 @@ bool between(SqlType type, SqlType first, SqlType last) {
 
 }  // namespace
 
+const TypeFacts& factsOf(SqlType type) {
+    return kTypes.at(static_cast<std::size_t>(type)).facts;
+}
+
 const char* typeName(SqlType type) {
-    return kNames.at(static_cast<std::size_t>(type));
+    return factsOf(type).name;
+}
+
+TypeSpec widestOf(SqlType type) {
+    constexpr int kMostDigits = 38;
+    constexpr int kNationalBytes = 2;
+    TypeSpec spec = factsOf(type).usual;
+    if (isDecimal(type)) spec.precision = kMostDigits;
+    if (hasLength(type))
+        spec.length = factsOf(type).bytes / (isNational(type) ? kNationalBytes : 1);
+    return spec;
+}
+
+int bytesOf(const TypeSpec& type) {
+    constexpr int kNationalBytes = 2;
+    if (isDecimal(type.type)) return bytesOfDecimal(type.precision);
+    if (!hasLength(type.type)) return factsOf(type.type).bytes;
+    const bool wide = isNational(type.type) && type.length != kMaxLength;
+    return type.length * (wide ? kNationalBytes : 1);
+}
+
+int precisionOf(const TypeSpec& type) {
+    return isDecimal(type.type) ? type.precision : factsOf(type.type).precision;
+}
+
+int scaleOf(const TypeSpec& type) {
+    return isDecimal(type.type) ? type.scale : factsOf(type.type).scale;
 }
 
 std::string typeText(const TypeSpec& spec) {
     std::string name = typeName(spec.type);
-    switch (spec.type) {
-        case SqlType::Decimal:
-        case SqlType::Numeric:
-            return name + "(" + plain::text(spec.precision) + "," + plain::text(spec.scale) + ")";
-        case SqlType::Char:
-        case SqlType::VarChar:
-        case SqlType::NChar:
-        case SqlType::NVarChar:
-        case SqlType::Binary:
-        case SqlType::VarBinary:
-            return name + "(" + (spec.length == kMaxLength ? "max" : plain::text(spec.length)) +
-                   ")";
-        default:
-            return name;
+    if (isDecimal(spec.type)) {
+        return name + "(" + plain::text(spec.precision) + "," + plain::text(spec.scale) + ")";
     }
+    if (!hasLength(spec.type)) return name;
+    return name + "(" + (spec.length == kMaxLength ? "max" : plain::text(spec.length)) + ")";
 }
 
 bool isInteger(SqlType type) {
@@ -77,6 +167,18 @@ bool isNational(SqlType type) {
 }
 bool isBinary(SqlType type) {
     return between(type, SqlType::Binary, SqlType::Timestamp);
+}
+
+bool hasLength(SqlType type) {
+    return isVarying(type) || isPadded(type);
+}
+
+bool isVarying(SqlType type) {
+    return type == SqlType::VarChar || type == SqlType::NVarChar || type == SqlType::VarBinary;
+}
+
+bool isPadded(SqlType type) {
+    return type == SqlType::Char || type == SqlType::NChar || type == SqlType::Binary;
 }
 
 bool isLarge(SqlType type) {

@@ -46,8 +46,42 @@ struct TypeSpec {
     friend bool operator==(const TypeSpec&, const TypeSpec&) = default;
 };
 
+/// What is known of a type, whatever its length. The row of each type stands in type_spec.cpp.
+struct TypeFacts {
+    const char* name;  ///< in lower case
+    TypeSpec usual;    ///< when it is written without brackets
+    int id;            ///< the server's number of it (system_type_id, xtype)
+    int bytes;         ///< that a value takes, at most for those whose length is their own
+    int precision;     ///< digits, as the system views tell them; 0: none, or the column's own
+    int scale;         ///< of those digits behind the point
+    int precedence;    ///< of two types in an operation the higher one wins
+    /// As recordsets tell of it: the data-access type, its size (0: the length), precision and
+    /// scale (255: none), and whether all its values have one size.
+    int clientType;
+    int clientSize;
+    int clientPrecision;
+    int clientScale;
+    bool clientFixed;
+};
+
+[[nodiscard]] const TypeFacts& factsOf(SqlType type);
+
+inline constexpr int kSqlTypes = static_cast<int>(SqlType::UniqueIdentifier) + 1;
+
 /// The name of a type in lower case: "varchar", "decimal", "timestamp".
 [[nodiscard]] const char* typeName(SqlType type);
+
+/// The longest that a type can be: characters, bytes or, of decimals, digits. What has no length of
+/// its own stays as it is.
+[[nodiscard]] TypeSpec widestOf(SqlType type);
+
+/// The bytes that the server takes for a value of a type: of texts and binaries as many as their
+/// length allows, -1 when there is no limit; a large one's are kept elsewhere, and 16 point there.
+[[nodiscard]] int bytesOf(const TypeSpec& type);
+
+/// The digits of a type as the system views tell them, and those behind the point.
+[[nodiscard]] int precisionOf(const TypeSpec& type);
+[[nodiscard]] int scaleOf(const TypeSpec& type);
 
 /// The canonical text of a type, which parses back to it: "varchar(20)", "nvarchar(max)",
 /// "decimal(18,4)", "float".
@@ -73,6 +107,12 @@ struct TypeSpec {
 [[nodiscard]] bool isNational(SqlType type);
 /// binary, varbinary, image and timestamp.
 [[nodiscard]] bool isBinary(SqlType type);
+/// Written with a length in brackets: char, varchar, nchar, nvarchar, binary and varbinary.
+[[nodiscard]] bool hasLength(SqlType type);
+/// Those of them that are not padded to their length, and may be without limit.
+[[nodiscard]] bool isVarying(SqlType type);
+/// Those of them that are padded.
+[[nodiscard]] bool isPadded(SqlType type);
 /// text, ntext and image, values that few functions take.
 [[nodiscard]] bool isLarge(SqlType type);
 

@@ -7,6 +7,7 @@
 
 #include "base/ascii.hpp"
 #include "data/schema_rows.hpp"
+#include "data/value_type.hpp"
 #include "engine/catalog/source_text.hpp"
 #include "engine/executor/column_info.hpp"
 #include "engine/values/value.hpp"
@@ -166,28 +167,6 @@ Value createParameters(const tsql::TypeSpec& type, const ColumnInfo& info) {
     return counts ? Value{"max length"} : Value{};
 }
 
-// The widest that each type can be.
-tsql::TypeSpec widest(tsql::SqlType type) {
-    constexpr int kBytes = 8000;
-    constexpr int kWideCharacters = 4000;
-    constexpr int kDigits = 18;
-    if (tsql::isDecimal(type)) {
-        return {type, 0, kDigits, 0};
-    }
-    switch (type) {
-        case tsql::SqlType::Char:
-        case tsql::SqlType::VarChar:
-        case tsql::SqlType::Binary:
-        case tsql::SqlType::VarBinary:
-            return {type, kBytes};
-        case tsql::SqlType::NChar:
-        case tsql::SqlType::NVarChar:
-            return {type, kWideCharacters};
-        default:
-            return {type};
-    }
-}
-
 void addType(SchemaRows& rows, const tsql::TypeSpec& type, bool bestMatch) {
     constexpr std::int64_t kAllExceptLike = 3;
     constexpr std::int64_t kSearchable = 4;
@@ -219,8 +198,9 @@ void addType(SchemaRows& rows, const tsql::TypeSpec& type, bool bestMatch) {
 
 void addTypes(SchemaRows& rows) {
     std::vector<tsql::TypeSpec> types;
-    for (int i = 0; i <= static_cast<int>(tsql::SqlType::UniqueIdentifier); ++i) {
-        types.push_back(widest(static_cast<tsql::SqlType>(i)));
+    for (int i = 0; i < tsql::kSqlTypes; ++i) {
+        tsql::TypeSpec& type = types.emplace_back(tsql::widestOf(static_cast<tsql::SqlType>(i)));
+        type.precision = std::min<int>(type.precision, kWidestDecimal);
     }
     const auto code = [](const tsql::TypeSpec& type) {
         return schemaType(engine::typeInfo(type).type);

@@ -231,7 +231,8 @@ BoundExpression Binder::exactArithmetic(BinaryOperator op, const BoundExpression
     if (tsql::isDecimal(left.type.type) || tsql::isDecimal(right.type.type)) {
         return decimalArithmetic(op, left, right);
     }
-    const bool leftWins = precedenceOf(left.type.type) >= precedenceOf(right.type.type);
+    const bool leftWins =
+        tsql::factsOf(left.type.type).precedence >= tsql::factsOf(right.type.type).precedence;
     const TypeSpec type = leftWins ? left.type : right.type;
     return wholeArithmetic(op, left, right, type);
 }

@@ -48,8 +48,7 @@ int lengthOf(const BoundExpression& argument) {
 
 // Of varchar(max) and its kin, whose positions and lengths need a bigint on the server.
 bool isMax(const TypeSpec& type) {
-    return type.length == tsql::kMaxLength && type.type != SqlType::Text &&
-           type.type != SqlType::NText && type.type != SqlType::Image;
+    return type.length == tsql::kMaxLength && !tsql::isLarge(type.type);
 }
 
 TypeSpec countType(const BoundExpression& text) {
@@ -109,39 +108,10 @@ BoundExpression dataLength(ScalarCall& call) {
     if (tsql::isBinary(type)) {
         return result(call, callText("length", argument.sql), countType(argument));
     }
-    int width = 8;
-    switch (type) {
-        case SqlType::Bit:
-        case SqlType::TinyInt:
-            width = 1;
-            break;
-        case SqlType::SmallInt:
-            width = 2;
-            break;
-        case SqlType::Int:
-        case SqlType::Real:
-        case SqlType::SmallMoney:
-        case SqlType::SmallDateTime:
-            width = 4;
-            break;
-        case SqlType::Date:
-            width = 3;
-            break;
-        case SqlType::UniqueIdentifier:
-            width = 16;
-            break;
-        case SqlType::Decimal:
-        case SqlType::Numeric: {
-            const int precision = argument.type.precision;
-            width = precision <= 9 ? 5 : precision <= 19 ? 9 : precision <= 28 ? 13 : 17;
-            break;
-        }
-        default:
-            break;
-    }
-    return result(
-        call, "(CASE WHEN " + argument.sql + " IS NOT NULL THEN " + plain::text(width) + " END)",
-        {SqlType::Int});
+    return result(call,
+                  "(CASE WHEN " + argument.sql + " IS NOT NULL THEN " +
+                      plain::text(tsql::bytesOf(argument.type)) + " END)",
+                  {SqlType::Int});
 }
 
 BoundExpression substring(ScalarCall& call) {

@@ -21,17 +21,14 @@ int wider(int left, int right) {
                                                                  : std::max(left, right);
 }
 
-bool isFixed(SqlType type) {
-    return type == SqlType::Char || type == SqlType::NChar || type == SqlType::Binary;
-}
-
 // Of two texts or binaries: one variable type when they differ in kind.
 TypeSpec commonSized(const TypeSpec& left, const TypeSpec& right) {
-    const TypeSpec& higher = precedenceOf(left.type) >= precedenceOf(right.type) ? left : right;
+    const TypeSpec& higher =
+        tsql::factsOf(left.type).precedence >= tsql::factsOf(right.type).precedence ? left : right;
     TypeSpec result = higher;
     result.length = wider(left.length, right.length);
-    if (left.type != right.type && (isFixed(left.type) || isFixed(right.type)) &&
-        isFixed(result.type)) {
+    if (left.type != right.type && (tsql::isPadded(left.type) || tsql::isPadded(right.type)) &&
+        tsql::isPadded(result.type)) {
         result.type = tsql::isNational(result.type) ? SqlType::NVarChar
                       : tsql::isText(result.type)   ? SqlType::VarChar
                                                     : SqlType::VarBinary;
@@ -53,83 +50,9 @@ TypeSpec commonDecimal(const TypeSpec& left, const TypeSpec& right) {
 
 }  // namespace
 
-int precedenceOf(SqlType type) {
-    switch (type) {
-        case SqlType::Binary:
-            return 1;
-        case SqlType::VarBinary:
-            return 2;
-        case SqlType::Char:
-            return 3;
-        case SqlType::VarChar:
-            return 4;
-        case SqlType::NChar:
-            return 5;
-        case SqlType::NVarChar:
-            return 6;
-        case SqlType::UniqueIdentifier:
-            return 7;
-        case SqlType::Timestamp:
-            return 8;
-        case SqlType::Image:
-            return 9;
-        case SqlType::Text:
-            return 10;
-        case SqlType::NText:
-            return 11;
-        case SqlType::Bit:
-            return 12;
-        case SqlType::TinyInt:
-            return 13;
-        case SqlType::SmallInt:
-            return 14;
-        case SqlType::Int:
-            return 15;
-        case SqlType::BigInt:
-            return 16;
-        case SqlType::SmallMoney:
-            return 17;
-        case SqlType::Money:
-            return 18;
-        case SqlType::Decimal:
-        case SqlType::Numeric:
-            return 19;
-        case SqlType::Real:
-            return 20;
-        case SqlType::Float:
-            return 21;
-        case SqlType::Date:
-            return 22;
-        case SqlType::SmallDateTime:
-            return 23;
-        case SqlType::DateTime:
-            return 24;
-    }
-    return 0;
-}
-
 TypeSpec asDecimal(const TypeSpec& type) {
-    const auto decimal = [](int precision, int scale) {
-        return TypeSpec{SqlType::Decimal, 0, precision, scale};
-    };
-    switch (type.type) {
-        case SqlType::Bit:
-            return decimal(1, 0);
-        case SqlType::TinyInt:
-            return decimal(3, 0);
-        case SqlType::SmallInt:
-            return decimal(5, 0);
-        case SqlType::Int:
-            return decimal(10, 0);
-        case SqlType::BigInt:
-            return decimal(19, 0);
-        case SqlType::SmallMoney:
-            return decimal(10, 4);
-        case SqlType::Money:
-            return decimal(19, 4);
-        default:
-            return type;
-    }
+    if (!tsql::isInteger(type.type) && !tsql::isMoney(type.type)) return type;
+    return {SqlType::Decimal, 0, tsql::precisionOf(type), tsql::scaleOf(type)};
 }
 
 TypeSpec boundedDecimal(int precision, int scale) {
@@ -171,7 +94,8 @@ TypeSpec commonType(const TypeSpec& left, const TypeSpec& right) {
     const bool sized = (tsql::isText(left.type) && tsql::isText(right.type)) ||
                        (tsql::isBinary(left.type) && tsql::isBinary(right.type));
     if (sized) return commonSized(left, right);
-    const TypeSpec& higher = precedenceOf(left.type) >= precedenceOf(right.type) ? left : right;
+    const TypeSpec& higher =
+        tsql::factsOf(left.type).precedence >= tsql::factsOf(right.type).precedence ? left : right;
     const TypeSpec& lower = &higher == &left ? right : left;
     if (tsql::isDecimal(higher.type) && tsql::isExact(lower.type))
         return commonDecimal(left, right);
@@ -230,12 +154,14 @@ bool needsConversion(const TypeSpec& from, const TypeSpec& to) {
     if (from == to) return false;
     const bool roomier = to.length == tsql::kMaxLength ||
                          (from.length != tsql::kMaxLength && from.length <= to.length);
-    if (tsql::isText(from.type) && tsql::isText(to.type)) return isFixed(to.type) || !roomier;
+    if (tsql::isText(from.type) && tsql::isText(to.type))
+        return tsql::isPadded(to.type) || !roomier;
     if (tsql::isBinary(from.type) && tsql::isBinary(to.type)) {
-        return isFixed(to.type) || to.type == SqlType::Timestamp || !roomier;
+        return tsql::isPadded(to.type) || to.type == SqlType::Timestamp || !roomier;
     }
-    const bool widerInteger = tsql::isInteger(from.type) && tsql::isInteger(to.type) &&
-                              precedenceOf(from.type) < precedenceOf(to.type);
+    const bool widerInteger =
+        tsql::isInteger(from.type) && tsql::isInteger(to.type) &&
+        tsql::factsOf(from.type).precedence < tsql::factsOf(to.type).precedence;
     if (widerInteger) return false;
     if (tsql::isDecimal(from.type) && tsql::isDecimal(to.type)) {
         return from.scale != to.scale || from.precision > to.precision;

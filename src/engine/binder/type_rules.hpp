@@ -10,9 +10,6 @@
 /// What types expressions have: the server's precedence and its rules for decimals.
 namespace kap::engine {
 
-/// Where a type stands when two meet: the higher one wins.
-[[nodiscard]] int precedenceOf(tsql::SqlType type);
-
 /// The type in which two values meet, as in CASE, UNION and IN: the one of higher precedence, wide
 /// enough for both.
 [[nodiscard]] tsql::TypeSpec commonType(const tsql::TypeSpec& left, const tsql::TypeSpec& right);

@@ -38,9 +38,9 @@ BoundExpression propertyOfValue(ScalarCall& call) {
     const SqlType type = value.type.type;
     const auto text = [](std::int64_t number) { return sqlText(plain::text(number)); };
     if (wanted == "basetype") return always(call, sqlText(tsql::typeName(type)));
-    if (wanted == "precision") return always(call, text(views::precisionOf(value.type)));
-    if (wanted == "scale") return always(call, text(views::scaleOf(value.type)));
-    if (wanted == "maxlength") return always(call, text(bytesOf(value.type)));
+    if (wanted == "precision") return always(call, text(tsql::precisionOf(value.type)));
+    if (wanted == "scale") return always(call, text(tsql::scaleOf(value.type)));
+    if (wanted == "maxlength") return always(call, text(tsql::bytesOf(value.type)));
     if (wanted == "collation") {
         return tsql::isText(type) ? always(call, "'Latin1_General_CI_AS'")
                                   : BoundExpression::expression("NULL", kAnswer, true);

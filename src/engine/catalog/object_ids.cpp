@@ -11,8 +11,6 @@
 namespace kap::engine {
 namespace {
 
-using tsql::SqlType;
-
 // An object of the database: a table, or what is stored by its text.
 struct Found {
     std::string name;
@@ -127,51 +125,11 @@ Value nameOfObject(const SchemaCatalogue& catalogue, std::int64_t id) {
     return std::monostate{};
 }
 
-int bytesOf(const tsql::TypeSpec& type) {
-    constexpr int kPerNationalCharacter = 2;
-    switch (type.type) {
-        case SqlType::Bit:
-        case SqlType::TinyInt:
-            return 1;
-        case SqlType::SmallInt:
-            return 2;
-        case SqlType::Date:
-            return 3;
-        case SqlType::Int:
-        case SqlType::SmallMoney:
-        case SqlType::SmallDateTime:
-        case SqlType::Real:
-            return 4;
-        case SqlType::BigInt:
-        case SqlType::Money:
-        case SqlType::Float:
-        case SqlType::DateTime:
-        case SqlType::Timestamp:
-            return 8;
-        case SqlType::Decimal:
-        case SqlType::Numeric:
-            return type.precision <= 9    ? 5
-                   : type.precision <= 19 ? 9
-                   : type.precision <= 28 ? 13
-                                          : 17;
-        case SqlType::UniqueIdentifier:
-        case SqlType::Text:
-        case SqlType::NText:
-        case SqlType::Image:
-            return 16;
-        case SqlType::NChar:
-        case SqlType::NVarChar:
-            return type.length < 0 ? -1 : type.length * kPerNationalCharacter;
-        default:
-            return type.length;
-    }
-}
-
 Value columnLength(const SchemaCatalogue& catalogue, const std::string& table,
                    const std::string& column) {
     const Table* found = catalogue.find(plainObjectName(table));
     const Column* own = found == nullptr ? nullptr : found->find(column);
-    return own == nullptr ? Value() : Value(std::int64_t{bytesOf(own->type)});
+    return own == nullptr ? Value() : Value(std::int64_t{tsql::bytesOf(own->type)});
 }
 
 Value columnName(const SchemaCatalogue& catalogue, std::int64_t table, std::int64_t ordinal) {

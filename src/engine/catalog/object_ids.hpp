@@ -29,7 +29,4 @@ namespace kap::engine {
 [[nodiscard]] Value columnName(const SchemaCatalogue& catalogue, std::int64_t table,
                                std::int64_t ordinal);
 
-// The bytes that a column of a type takes on the server; -1 for types without a bound.
-[[nodiscard]] int bytesOf(const tsql::TypeSpec& type);
-
 }  // namespace kap::engine

@@ -204,12 +204,12 @@ std::optional<Described> described(const SchemaCatalogue& catalogue, std::int64_
 // The digits of a type, or the characters of a text.
 Value precision(const TypeSpec& type) {
     const bool digits = tsql::isNumber(type.type) || tsql::isDate(type.type);
-    return number(digits ? views::precisionOf(type) : type.length);
+    return number(digits ? tsql::precisionOf(type) : type.length);
 }
 
 Value scale(const TypeSpec& type) {
     const bool digits = tsql::isExact(type.type) || tsql::isDate(type.type);
-    return digits ? number(views::scaleOf(type)) : Value();
+    return digits ? number(tsql::scaleOf(type)) : Value();
 }
 
 bool usesPadding(const TypeSpec& type) {

@@ -118,7 +118,7 @@ std::string shownSource(const Column& column) {
     if (!column.source.empty()) return column.source;
     const std::string& sql = *column.defaultSql;
     const int scale = tsql::isDecimal(column.type.type) || tsql::isMoney(column.type.type)
-                          ? static_cast<int>(views::scaleOf(column.type))
+                          ? static_cast<int>(tsql::scaleOf(column.type))
                           : 0;
     return scale > 0 && isWhole(sql) ? withPoint(sql, static_cast<std::size_t>(scale)) : sql;
 }

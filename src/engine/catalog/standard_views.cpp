@@ -31,9 +31,8 @@ SystemRows tables(const SchemaCatalogue& catalogue) {
 Value lengthOf(const TypeSpec& type) {
     constexpr std::int64_t kLargest = 2147483647;
     if (!tsql::isText(type.type) && !tsql::isBinary(type.type)) return std::monostate{};
-    const bool old =
-        type.type == SqlType::Text || type.type == SqlType::NText || type.type == SqlType::Image;
-    return number(old ? kLargest / (type.type == SqlType::NText ? 2 : 1) : type.length);
+    return number(tsql::isLarge(type.type) ? kLargest / (type.type == SqlType::NText ? 2 : 1)
+                                           : type.length);
 }
 
 SystemRows columns(const SchemaCatalogue& catalogue) {
@@ -61,9 +60,9 @@ SystemRows columns(const SchemaCatalogue& catalogue) {
                 {text(catalogue.databaseName()), text("dbo"), text(table->name), text(column.name),
                  number(++ordinal), given ? text(shownDefinition(shownSource(column))) : Value(),
                  text(column.nullable ? "YES" : "NO"), text(tsql::typeName(type.type)),
-                 lengthOf(type), counts ? number(precisionOf(type)) : Value(),
-                 counts && !tsql::isApproximate(type.type) ? number(scaleOf(type)) : Value(),
-                 dated ? number(scaleOf(type)) : Value()});
+                 lengthOf(type), counts ? number(tsql::precisionOf(type)) : Value(),
+                 counts && !tsql::isApproximate(type.type) ? number(tsql::scaleOf(type)) : Value(),
+                 dated ? number(tsql::scaleOf(type)) : Value()});
         }
     }
     return view;

@@ -127,43 +127,18 @@ SystemRows syscomments(const SchemaCatalogue& catalogue, bool modern) {
 
 // --- Columns and types
 
-struct ServerType {
-    SqlType type;
-    std::int64_t id;  // system_type_id and xtype
-    std::int64_t length;
-};
-
-constexpr auto kServerTypes = std::to_array<ServerType>({
-    {SqlType::Image, 34, 16},
-    {SqlType::Text, 35, 16},
-    {SqlType::UniqueIdentifier, 36, 16},
-    {SqlType::Date, 40, 3},
-    {SqlType::TinyInt, 48, 1},
-    {SqlType::SmallInt, 52, 2},
-    {SqlType::Int, 56, 4},
-    {SqlType::SmallDateTime, 58, 4},
-    {SqlType::Real, 59, 4},
-    {SqlType::Money, 60, 8},
-    {SqlType::DateTime, 61, 8},
-    {SqlType::Float, 62, 8},
-    {SqlType::NText, 99, 16},
-    {SqlType::Bit, 104, 1},
-    {SqlType::Decimal, 106, 17},
-    {SqlType::Numeric, 108, 17},
-    {SqlType::SmallMoney, 122, 4},
-    {SqlType::BigInt, 127, 8},
-    {SqlType::VarBinary, 165, 8000},
-    {SqlType::VarChar, 167, 8000},
-    {SqlType::Binary, 173, 8000},
-    {SqlType::Char, 175, 8000},
-    {SqlType::Timestamp, 189, 8},
-    {SqlType::NVarChar, 231, 8000},
-    {SqlType::NChar, 239, 8000},
-});
-
 std::int64_t typeId(SqlType type) {
-    const auto* const found = std::ranges::find(kServerTypes, type, &ServerType::type);
-    return found == kServerTypes.end() ? 0 : found->id;
+    return tsql::factsOf(type).id;
+}
+
+std::vector<SqlType> typesById() {
+    std::vector<SqlType> types;
+    types.reserve(tsql::kSqlTypes);
+    for (int i = 0; i < tsql::kSqlTypes; ++i) {
+        types.push_back(static_cast<SqlType>(i));
+    }
+    std::ranges::sort(types, {}, typeId);
+    return types;
 }
 
 // The number of the constraint that holds a column's default; 0 without one.
@@ -190,12 +165,13 @@ SystemRows columnRows(const SchemaCatalogue& catalogue, bool modern) {
     for (const Table* table : catalogue.tables()) {
         std::int64_t ordinal = 0;
         for (const Column& column : table->columns) {
-            view.rows.push_back({number(objectId(table->name)), text(column.name),
-                                 number(++ordinal), number(typeId(column.type.type)),
-                                 number(typeId(column.type.type)), number(bytesOf(column.type)),
-                                 number(precisionOf(column.type)), number(scaleOf(column.type)),
-                                 flag(column.nullable), flag(column.identity.has_value()),
-                                 flag(column.computed), defaultId(*table, column)});
+            view.rows.push_back(
+                {number(objectId(table->name)), text(column.name), number(++ordinal),
+                 number(typeId(column.type.type)), number(typeId(column.type.type)),
+                 number(tsql::bytesOf(column.type)), number(tsql::precisionOf(column.type)),
+                 number(tsql::scaleOf(column.type)), flag(column.nullable),
+                 flag(column.identity.has_value()), flag(column.computed),
+                 defaultId(*table, column)});
         }
     }
     return view;
@@ -213,16 +189,18 @@ SystemRows typeRows(const SchemaCatalogue& catalogue, bool modern) {
                                                                 {"xusertype", kSmallInt},
                                                                 {"length", kSmallInt},
                                                                 {"status", kTinyInt}};
-    for (const ServerType& row : kServerTypes) {
-        view.rows.push_back({text(tsql::typeName(row.type)), number(row.id), number(row.id),
-                             number(row.length), number(0)});
+    for (const SqlType type : typesById()) {
+        const tsql::TypeFacts& facts = tsql::factsOf(type);
+        view.rows.push_back(
+            {text(facts.name), number(facts.id), number(facts.id), number(facts.bytes), number(0)});
     }
     for (const StoredObject& object : catalogue.objects()) {
         if (object.kind != StoredKind::Type) continue;
         const TypeSpec type = tsql::parseType(object.text);
         constexpr std::int64_t kFirstUserType = 256;
         view.rows.push_back({text(object.name), number(typeId(type.type)),
-                             number(kFirstUserType + object.id), number(bytesOf(type)), number(1)});
+                             number(kFirstUserType + object.id), number(tsql::bytesOf(type)),
+                             number(1)});
     }
     return view;
 }

@@ -31,10 +31,6 @@ inline Value text(std::string value) {
     return value;
 }
 
-// The digits of a type as the views tell them, and those behind the point.
-[[nodiscard]] std::int64_t precisionOf(const tsql::TypeSpec& type);
-[[nodiscard]] std::int64_t scaleOf(const tsql::TypeSpec& type);
-
 // The place of a column in its table, from 1; 0 when there is no such table or column.
 [[nodiscard]] std::int64_t placeOfColumn(const SchemaCatalogue& catalogue, std::string_view table,
                                          std::string_view column);
@@ -51,7 +47,7 @@ struct View {
                                                const SchemaCatalogue& catalogue,
                                                std::string_view owner, std::string_view name);
 
-// The lists of the other rooms: keys and foreign keys, and the standard's INFORMATION_SCHEMA.
+// The lists of the other files: keys and foreign keys, and the standard's INFORMATION_SCHEMA.
 [[nodiscard]] std::span<const View> keyViews();
 [[nodiscard]] std::span<const View> indexViews();
 [[nodiscard]] std::span<const View> constraintViews();
