@@ -10,6 +10,8 @@ import sys
 import sources
 
 LONGEST = 500
+# Of a comment in C++, as the formatter has of code.
+MOST_COLUMNS = 100
 LENGTH_REASON = re.compile(r"^\s*//\s*length:\s*\S")
 
 # A reader of the code has the code: it must not send him to documents that do not travel with it.
@@ -31,6 +33,13 @@ def check_length(path, lines):
 def check_references(path, lines):
     return [f"{path}:{number}: refers to a document outside the project: {match.group(0)}"
             for number, line in enumerate(lines, start=1) for match in OUTSIDE.finditer(line)]
+
+
+def check_comment_width(path, lines):
+    """The formatter leaves comments as they are, for the sake of tables and lists, so their width is held here."""
+    return [f"{path}:{number}: a comment of {len(line)} columns, {MOST_COLUMNS} at most"
+            for number, line in enumerate(lines, 1)
+            if line.lstrip().startswith("//") and len(line) > MOST_COLUMNS and " " in line.strip("/ ")]
 
 
 def check_usings(path, lines):
@@ -81,6 +90,7 @@ def main():
         if path.suffix in (".hpp", ".cpp"):
             faults += check_length(path, lines)
             faults += check_usings(path, lines)
+            faults += check_comment_width(path, lines)
         if path.suffix == ".md":
             faults += check_examples(path, text)
     for fault in faults:

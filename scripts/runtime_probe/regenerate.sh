@@ -1,16 +1,16 @@
 #!/usr/bin/env bash
 # Asks the automation functions of Wine, an implementation that has nothing in common with ours, for
-# the answers to every case, and writes them to tests/automation/runtime/ROOM.tsv. Run it after a change
+# the answers to every case, and writes them to tests/automation/runtime/TOPIC.tsv. Run it after a change
 # of make_cases.py or probe.cpp; the tests only read what it wrote.
 #
-# usage: regenerate.sh [ROOM...]    (numbers, types, dates, formats, arithmetic; all without one)
+# usage: regenerate.sh [TOPIC...]    (numbers, types, dates, formats, arithmetic; all without one)
 #
 # Needs the Debian packages wine64, xvfb, g++-mingw-w64-x86-64-posix and locales.
 set -euo pipefail
 cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")"
 
-rooms=(numbers types dates formats arithmetic)
-[[ $# -eq 0 ]] || rooms=("$@")
+topics=(numbers types dates formats arithmetic)
+[[ $# -eq 0 ]] || topics=("$@")
 
 data=../../tests/automation/runtime
 work=$(mktemp -d)
@@ -47,16 +47,16 @@ probe() {
 
 for language in it-IT en-US en-GB; do
     LC_ALL=${language/-/_}.UTF-8 /usr/lib/wine/wine64 wineboot -u >/dev/null 2>&1
-    for room in "${rooms[@]}"; do
-        python3 make_cases.py "$room" | awk -F '\t' -v language="$language" '$2 == language && !seen[$0]++' |
-            probe "$language" >"$work/$room.$language"
+    for topic in "${topics[@]}"; do
+        python3 make_cases.py "$topic" | awk -F '\t' -v language="$language" '$2 == language && !seen[$0]++' |
+            probe "$language" >"$work/$topic.$language"
     done
 done
-for room in "${rooms[@]}"; do
+for topic in "${topics[@]}"; do
     {
-        printf '# %s: made by regenerate.sh with %s; do not edit.\n' "$room" \
+        printf '# %s: made by regenerate.sh with %s; do not edit.\n' "$topic" \
             "$(/usr/lib/wine/wine64 --version 2>/dev/null || echo Wine)"
-        cat "$work/$room.it-IT" "$work/$room.en-US" "$work/$room.en-GB"
-    } >"$data/$room.tsv"
-    printf '%s: %s cases\n' "$room" "$(($(wc -l <"$data/$room.tsv") - 1))"
+        cat "$work/$topic.it-IT" "$work/$topic.en-US" "$work/$topic.en-GB"
+    } >"$data/$topic.tsv"
+    printf '%s: %s cases\n' "$topic" "$(($(wc -l <"$data/$topic.tsv") - 1))"
 done

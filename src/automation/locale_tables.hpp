@@ -6,7 +6,7 @@
 
 namespace kap {
 
-// Every locale that the library knows; the first is the one of the house's users, and the first of
+// Every locale that the library knows; the first is the one of most users, and the first of
 // a language stands for the language.
 [[nodiscard]] std::span<const Locale> knownLocales() noexcept;
 

@@ -57,7 +57,7 @@ const ClassDescription& StdFunctions::classDescription() {
                  Parameter(u"Options").otherwise(kChoose), Parameter(u"DeleteNull").otherwise(true),
                  Parameter(u"CloseConnection").otherwise(true),
                  Parameter(u"CursorLocation").otherwise(kChoose)},
-                u"Opens a query with the house's defaults and fetches every row.")
+                u"Opens a query with the library's defaults and fetches every row.")
             .raises(u"The database's errors, without a source, after the library's attempts.")
             .method<&StdFunctions::DB_Read>(
                 u"DB_Read", {u"Connessione", Parameter(u"sSQL").byReference(), u"StringaProprieta"},

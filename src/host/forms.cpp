@@ -9,7 +9,7 @@
 namespace kap::host {
 namespace {
 
-// Heights in the forms of the house, in twips: a menu bar, the title of a form in another.
+// Heights in the forms of existing programs, in twips: a menu bar, the title of a form in another.
 constexpr std::int16_t kMenuBar = 540;
 constexpr std::int16_t kInnerTitle = 120;
 constexpr std::int16_t kExtenderBars = 810;

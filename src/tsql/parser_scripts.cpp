@@ -41,9 +41,9 @@ Statement Parser::statement() {
     const Level level(*this);
     const int line = peek().line;
     deepest_ = 0;
-    for (const auto& room :
+    for (const auto& part :
          {&Parser::dataStatement, &Parser::flowStatement, &Parser::databaseWideStatement}) {
-        if (auto node = (this->*room)()) return {std::move(*node), line};
+        if (auto node = (this->*part)()) return {std::move(*node), line};
     }
     unknownStatement();
 }

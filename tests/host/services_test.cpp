@@ -120,7 +120,7 @@ TEST_F(SendKeys, ShowsAMessageForKeysThatItDoesNotKnow) {
     EXPECT_EQ(logged(u""), "\terror\tkapSendKeys\tTasto  non gestito\n");
 }
 
-TEST_F(SendKeys, KnowsTheKeysOfTheHouse) {
+TEST_F(SendKeys, KnowsTheKeysThatExistingProgramsSend) {
     for (const char16_t* keys : {u"{TAB}", u"+{TAB}", u"{^HOME}", u"{^END}", u"{^PGUP}", u"{PGUP}",
                                  u"{^PGDN}", u"{PGDN}", u"{UP}", u"{DOWN}", u"+C"}) {
         // Without a screen they are only known.

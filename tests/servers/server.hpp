@@ -66,7 +66,7 @@ private:
     std::string name_;
 };
 
-// What the house's programs expect of a server: row versions, kept by a trigger.
+// What existing programs expect of a server: row versions, kept by a trigger.
 extern const char* const kRowVersions;
 
 // Each test has a database of its own and a connection to it; without a server it is skipped.

@@ -9,7 +9,7 @@
 // Opening and positioning recordsets: the one road by which the library reads the database.
 namespace kap::db {
 
-// Opens a query with the house's defaults and fetches every row of it.
+// Opens a query with the library's defaults and fetches every row of it.
 //
 // `connessione` is an open connection object, or a connection string that is opened for this call.
 // The whole-number options are those of Recordset.Open; -1 lets the library choose, and the choice

@@ -21,9 +21,10 @@ namespace kap::numbering {
 // The next number of a counter; in write mode the counter is advanced in the database.
 //
 //     sTipoDoc                the document type; needed when no counter is named
-//     cDefinitivoProvvisorio  "P" for the provisional sequence, anything else for the definitive
-//     one cLeggoScrivo            "S" takes the number, anything else only looks nAnno the year of
-//     the counter nNumero                 the number that the caller holds already, 0 when none
+//     cDefinitivoProvvisorio  "P": the provisional sequence; anything else: the definitive one
+//     cLeggoScrivo            "S" takes the number, anything else only looks
+//     nAnno                   the year of the counter
+//     nNumero                 the number that the caller holds already, 0 when none
 //     connessione             an open connection, or a connection string that is opened in place
 //     sTipoProgressivo        the counter's code; "°°°" finds it through the document type
 //     sAliasTabDoc            the table of document types

@@ -5,7 +5,7 @@
 #include "engine/values/convert.hpp"
 #include "engine/values/exact.hpp"
 
-/// The conversions of one family of types into another: the rooms behind convert().
+/// The conversions of one family of types into another, which convert() chooses from.
 namespace kap::engine {
 
 /// A wide whole number of the given scale, brought to an exact type.

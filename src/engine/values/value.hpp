@@ -7,27 +7,25 @@
 #include "data/value.hpp"
 #include "tsql/type_spec.hpp"
 
-// clang-format off
 /// Values in storage form: how the database file holds what the dialect's types mean.
 ///
-/// | type                                | form                                                       |
-/// |-------------------------------------|------------------------------------------------------------|
-/// | bit, tinyint, smallint, int, bigint | whole number                                               |
-/// | decimal(p,s), numeric(p,s)          | whole number times 10^s; what has no 64 bits is error 8115 |
-/// | money, smallmoney                   | whole number times 10^4                                    |
-/// | float, real                         | double; a real is rounded to a single                      |
-/// | date                                | double: whole days from 30 December 1899                   |
-/// | datetime                            | double: such days, to 1/300 of a second                    |
-/// | smalldatetime                       | double: such days, to the minute                           |
-/// | char, nchar                         | UTF-8 text padded with blanks to the length                |
-/// | varchar, nvarchar, text, ntext      | UTF-8 text                                                 |
-/// | binary                              | bytes padded with zeros to the length                      |
-/// | varbinary, image, timestamp         | bytes                                                      |
-/// | uniqueidentifier                    | text of 36 upper-case characters                           |
+/// | type                                | form                                         |
+/// |-------------------------------------|----------------------------------------------|
+/// | bit, tinyint, smallint, int, bigint | whole number                                 |
+/// | decimal(p,s), numeric(p,s)          | whole number times 10^s; 8115 beyond 64 bits |
+/// | money, smallmoney                   | whole number times 10^4                      |
+/// | float, real                         | double; a real is rounded to a single        |
+/// | date                                | double: whole days from 30 December 1899     |
+/// | datetime                            | double: such days, to 1/300 of a second      |
+/// | smalldatetime                       | double: such days, to the minute             |
+/// | char, nchar                         | UTF-8 text padded with blanks to the length  |
+/// | varchar, nvarchar, text, ntext      | UTF-8 text                                   |
+/// | binary                              | bytes padded with zeros to the length        |
+/// | varbinary, image, timestamp         | bytes                                        |
+/// | uniqueidentifier                    | text of 36 upper-case characters             |
 ///
 /// So numbers and dates compare, sort and index as SQLite's own numbers do. Lengths of text count
 /// UTF-16 code units.
-// clang-format on
 namespace kap::engine {
 
 using ado::Blob;

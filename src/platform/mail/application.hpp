@@ -21,7 +21,7 @@ public:
     [[nodiscard]] Ref<MailFolder> GetDefaultFolder(std::int32_t folderType);
 };
 
-// "Outlook.Application": the mail client that programs of this house write for, kept on this host
+// "Outlook.Application": the mail client that existing programs are written for, kept on this host
 // by files: contacts in folders, messages as drafts.
 class Application final : public DescribedObject {
 public:
