@@ -43,8 +43,9 @@ constexpr int kAdVarBinary = 204;
 constexpr int kAdLongVarBinary = 205;
 
 // clang-format off
-// The columns are those of TypeFacts: name; when without brackets (type, length, precision, scale); the server's number,
-// bytes, digits and precedence of it; type, size, digits and form as recordsets tell of it.
+// The columns are those of TypeFacts: name; when without brackets (type, length, precision, scale);
+// the server's number, bytes, digits and precedence of it; type, size, digits and form as
+// recordsets tell of it.
 constexpr auto kTypes = std::to_array<TypeRow>({
     {SqlType::Bit,           {"bit",           {SqlType::Bit},                 104,    1,  1, 0, 12, kAdBoolean,         2,               kNone, kNone, true}},
     {SqlType::TinyInt,       {"tinyint",       {SqlType::TinyInt},              48,    1,  3, 0, 13, kAdUnsignedTinyInt, 1,               3,     kNone, true}},

@@ -11,18 +11,18 @@
 //     server Microsoft SQL Server    what SQLGetInfo says; before everything else
 //     driver libtdsodbc.so           likewise
 //     results 1                      how many may be open at once; 0: no limit
-//     > SELECT a, b FROM t           a text that is run; lines behind that begin with blanks belong
-//       WHERE c = ?                  to it
+//     > SELECT a, b FROM t           a text that is run; lines behind that begin with blanks are
+//       WHERE c = ?                  of it
 //     ? nvarchar A1                  its parameters, with their types
-//     columns a int, b nvarchar(10)  a result's columns: int, nvarchar, varbinary, datetime, decimal ...
+//     columns a int, b nvarchar(10)  a result's columns: int, nvarchar, datetime, decimal ...
 //     row 1 | due                    its rows; NULL
 //     count 1                        a statement without rows
 //     none -1                        a statement that answers SQL_NO_DATA, with its count
-//     error 23000 2627 text          a failure: state, number, text. Several in a row are told at once
+//     error 23000 2627 text          a failure: state, number, text. Several are told at once
 //     then                           ... unless this stands between them
 //     info 01000 0 text              a message that goes with what comes next
 //     lost                           the connection ends with the failure before it
-//     > !commit                      other calls: !commit, !rollback, !autocommit on, !autocommit off,
+//     > !commit                      other calls: !commit, !rollback, !autocommit on or off,
 //                                    !tables NAME, !columns NAME, !keys NAME, !indexes NAME, !types
 // clang-format on
 namespace kap::test::replay {
