@@ -46,7 +46,7 @@ constexpr int kAdLongVarBinary = 205;
 // The columns are those of TypeFacts: name; when without brackets (type, length, precision, scale);
 // the server's number, bytes, digits and precedence of it; type, size, digits and form as
 // recordsets tell of it.
-constexpr auto kTypes = std::to_array<TypeRow>({
+constexpr auto kTypeRows = std::to_array<TypeRow>({
     {SqlType::Bit,           {"bit",           {SqlType::Bit},                 104,    1,  1, 0, 12, kAdBoolean,         2,               kNone, kNone, true}},
     {SqlType::TinyInt,       {"tinyint",       {SqlType::TinyInt},              48,    1,  3, 0, 13, kAdUnsignedTinyInt, 1,               3,     kNone, true}},
     {SqlType::SmallInt,      {"smallint",      {SqlType::SmallInt},             52,    2,  5, 0, 14, kAdSmallInt,        2,               5,     kNone, true}},
@@ -76,13 +76,13 @@ constexpr auto kTypes = std::to_array<TypeRow>({
 // clang-format on
 
 constexpr bool isInOrder() {
-    for (std::size_t i = 0; i < kTypes.size(); ++i) {
-        if (kTypes[i].type != static_cast<SqlType>(i) ||
-            kTypes[i].facts.usual.type != kTypes[i].type) {
+    for (std::size_t i = 0; i < kTypeRows.size(); ++i) {
+        if (kTypeRows[i].type != static_cast<SqlType>(i) ||
+            kTypeRows[i].facts.usual.type != kTypeRows[i].type) {
             return false;
         }
     }
-    return kTypes.size() == static_cast<std::size_t>(kSqlTypes);
+    return kTypeRows.size() == static_cast<std::size_t>(kSqlTypes);
 }
 static_assert(isInOrder());
 
@@ -97,7 +97,7 @@ bool between(SqlType type, SqlType first, SqlType last) {
 }  // namespace
 
 const TypeFacts& factsOf(SqlType type) {
-    return kTypes.at(static_cast<std::size_t>(type)).facts;
+    return kTypeRows.at(static_cast<std::size_t>(type)).facts;
 }
 
 const char* typeName(SqlType type) {
