@@ -158,6 +158,13 @@ Variant assignThrough(Object& self, const MemberDescription& member, InvokeKind 
     return late::invokeDefault(given, kind, Arguments{arguments.positional.last(1), {}});
 }
 
+const MemberDescription& required(const MemberDescription* member) {
+    if (member == nullptr) {
+        throw AutomationError(errors::kMemberNotFound);
+    }
+    return *member;
+}
+
 }  // namespace
 
 const MemberDescription* ClassDescription::find(std::u16string_view memberName) const {
@@ -247,34 +254,33 @@ std::optional<std::int32_t> DescribedObject::memberId(std::u16string_view name) 
 }
 
 Variant DescribedObject::invoke(std::int32_t id, InvokeKind kind, const Arguments& arguments) {
-    return invoke(description().find(id), kind, arguments);
+    return invoke(required(description().find(id)), kind, arguments);
 }
 
 Variant DescribedObject::invoke(std::u16string_view name, InvokeKind kind,
                                 const Arguments& arguments) {
-    return invoke(description().find(name), kind, arguments);
+    return invoke(required(description().find(name)), kind, arguments);
 }
 
-Variant DescribedObject::invoke(const MemberDescription* member, InvokeKind kind,
+Variant DescribedObject::invoke(const MemberDescription& member, InvokeKind kind,
                                 const Arguments& arguments) {
-    const ChosenCall chosen = member == nullptr ? ChosenCall{} : choose(*member, kind);
-    if (member != nullptr && mayBe(kind, InvokeKind::LetOrSet) &&
-        assignsThrough(*member, chosen, arguments)) {
-        return assignThrough(*this, *member, kind, arguments);
+    const ChosenCall chosen = choose(member, kind);
+    if (mayBe(kind, InvokeKind::LetOrSet) && assignsThrough(member, chosen, arguments)) {
+        return assignThrough(*this, member, kind, arguments);
     }
     if (chosen.call == nullptr) {
         throw AutomationError(errors::kMemberNotFound);
     }
     Slots slots;  // NOLINT(*-member-init): as many as there are parameters are written
-    const std::size_t parameters = member->parameters.size();
+    const std::size_t parameters = member.parameters.size();
     if (!chosen.takesValue && givesEachInOrder(parameters, arguments, slots)) {
-        return chosen.call(*this, *member, std::span<Variant* const>(slots.data(), parameters));
+        return chosen.call(*this, member, std::span<Variant* const>(slots.data(), parameters));
     }
-    if (!chosen.takesValue && passesArgumentsOn(*member, arguments)) {
-        return late::invokeDefault(chosen.call(*this, *member, {}), kind, arguments);
+    if (!chosen.takesValue && passesArgumentsOn(member, arguments)) {
+        return late::invokeDefault(chosen.call(*this, member, {}), kind, arguments);
     }
-    const std::size_t count = layOut(*member, arguments, chosen.takesValue, slots);
-    return chosen.call(*this, *member, std::span<Variant* const>(slots.data(), count));
+    const std::size_t count = layOut(member, arguments, chosen.takesValue, slots);
+    return chosen.call(*this, member, std::span<Variant* const>(slots.data(), count));
 }
 
 }  // namespace kap

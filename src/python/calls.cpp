@@ -43,14 +43,13 @@ Variant argumentOf(const py::handle& given, VarType type) {
 // arguments point into it.
 class CallArguments {
 public:
-    CallArguments(const MemberDescription* member, const py::tuple& positional,
-                  const py::dict& named) {
-        values_.reserve(positional.size() + named.size());
-        for (std::size_t i = 0; i < positional.size(); ++i) {
-            add(positional[i], parameterAt(member, i));
+    CallArguments(const MemberDescription* member, const PythonArguments& given) {
+        values_.reserve(given.positional.size() + given.named.size());
+        for (std::size_t i = 0; i < given.positional.size(); ++i) {
+            add(given.positional[i], parameterAt(member, i));
         }
         const std::size_t count = values_.size();
-        for (const auto& [name, value] : named) {
+        for (const auto& [name, value] : given.named) {
             if (value.ptr() != Py_Ellipsis) {
                 add(value, parameterNamed(member, name));
                 named_.push_back({toText(name), nullptr});
@@ -86,7 +85,8 @@ private:
     void add(const py::handle& given, const ParameterDescription* parameter) {
         values_.push_back(
             argumentOf(given, parameter == nullptr ? VarType::Variant : parameter->type));
-        if (py::isinstance(given, package().ref) &&
+        auto* const holder = reinterpret_cast<PyTypeObject*>(package().ref.ptr());
+        if (PyObject_TypeCheck(given.ptr(), holder) != 0 &&
             (parameter == nullptr || parameter->byReference)) {
             references_.push_back(
                 {values_.size() - 1, py::reinterpret_borrow<py::object>(given), values_.back()});
@@ -99,17 +99,18 @@ private:
     std::vector<Reference> references_;
 };
 
-// `member` is a name or an identifier.
-template <class Member>
-Variant invoke(Object& object, Member member, InvokeKind kind, const Arguments& arguments) {
+// The interpreter is let go while the member works: another thread may need it.
+template <class Target, class Member>
+Variant invoke(Target& object, const Member& member, InvokeKind kind, const Arguments& arguments) {
     const py::gil_scoped_release unlocked;
     return object.invoke(member, kind, arguments);
 }
 
-template <class Member>
-Variant call(Object& object, const MemberDescription* description, Member member, InvokeKind kind,
-             const py::tuple& positional, const py::dict& named) {
-    const CallArguments given(description, positional, named);
+// `member` is a name, an identifier or the description of one.
+template <class Target, class Member>
+Variant call(Target& object, const MemberDescription* description, const Member& member,
+             InvokeKind kind, const PythonArguments& positionalAndNamed) {
+    const CallArguments given(description, positionalAndNamed);
     try {
         Variant result = invoke(object, member, kind, given.arguments());
         given.writeBack();
@@ -120,9 +121,18 @@ Variant call(Object& object, const MemberDescription* description, Member member
     }
 }
 
-// `member` is a name or an identifier.
-template <class Member>
-void assign(Object& object, Member member, const py::tuple& indexes, Variant value) {
+PythonArguments givenIn(const py::tuple& positional, const py::dict& named) {
+    PythonArguments given;
+    given.positional = {PySequence_Fast_ITEMS(positional.ptr()), positional.size()};
+    for (const auto& [name, value] : named) {
+        given.named.emplace_back(name, value);
+    }
+    return given;
+}
+
+// `member` is a name, an identifier or the description of one.
+template <class Target, class Member>
+void assign(Target& object, const Member& member, const py::tuple& indexes, Variant value) {
     // Like languages with one statement for both, objects are assigned as values are.
     const InvokeKind kind = value.isObject() ? InvokeKind::LetOrSet : InvokeKind::Let;
     std::vector<Variant> given;
@@ -140,13 +150,18 @@ Variant callMember(Object& object, const String& name, InvokeKind kind, const py
                    const py::dict& named) {
     const ClassDescription* description = descriptionOf(object);
     return call(object, description == nullptr ? nullptr : description->find(name), name.view(),
-                kind, positional, named);
+                kind, givenIn(positional, named));
+}
+
+Variant callMember(DescribedObject& object, const MemberDescription& member, InvokeKind kind,
+                   const PythonArguments& given) {
+    return call(object, &member, member, kind, given);
 }
 
 Variant callDefault(Object& object, const py::tuple& positional, const py::dict& named) {
     const ClassDescription* description = descriptionOf(object);
     return call(object, description == nullptr ? nullptr : description->find(kDefaultMember),
-                kDefaultMember, InvokeKind::MethodOrGet, positional, named);
+                kDefaultMember, InvokeKind::MethodOrGet, givenIn(positional, named));
 }
 
 void assignMember(Object& object, const String& name, const py::tuple& indexes,
@@ -156,6 +171,11 @@ void assignMember(Object& object, const String& name, const py::tuple& indexes,
     const bool isItsOwn = member != nullptr && indexes.empty();
     assign(object, name.view(), indexes,
            argumentOf(value, isItsOwn ? member->result : VarType::Variant));
+}
+
+void assignMember(DescribedObject& object, const MemberDescription& member,
+                  const py::handle& value) {
+    assign(object, member, py::tuple(), argumentOf(value, member.result));
 }
 
 void assignDefault(Object& object, const py::tuple& indexes, const py::handle& value) {

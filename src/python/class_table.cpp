@@ -8,6 +8,7 @@
 #include <kaputil/catalogue/catalogue.hpp>
 #include <kaputil/catalogue/std_functions.hpp>
 
+#include "python/member_function.hpp"
 #include "python/package.hpp"
 #include "python/values.hpp"
 
@@ -33,14 +34,19 @@ py::dict describe(const ParameterDescription& parameter) {
     return made;
 }
 
-py::dict describe(const MemberDescription& member) {
+py::dict describe(const ClassDescription& owner, const MemberDescription& member) {
     py::list parameters;
     for (const ParameterDescription& parameter : member.parameters) {
         parameters.append(describe(parameter));
     }
+    const bool attribute = member.kind != MemberKind::Method && member.parameters.empty();
     py::dict made;
     made["name"] = toPython(member.name);
-    made["attribute"] = member.kind != MemberKind::Method && member.parameters.empty();
+    made["attribute"] = attribute;
+    made["function"] = memberFunction(owner, member, attribute ? MemberUse::Read : MemberUse::Call);
+    made["call"] = member.dispatchId == kDefaultMember
+                       ? memberFunction(owner, member, MemberUse::Call)
+                       : py::object(py::none());
     made["assignable"] = member.let != nullptr || member.set != nullptr;
     made["default"] = member.dispatchId == kDefaultMember;
     made["parameters"] = parameters;
@@ -54,7 +60,7 @@ py::dict describe(const MemberDescription& member) {
 py::dict describe(const ClassDescription& description) {
     py::list members;
     for (const MemberDescription& member : description.members) {
-        members.append(describe(member));
+        members.append(describe(description, member));
     }
     py::dict made;
     made["name"] = toPython(description.name);

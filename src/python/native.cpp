@@ -22,6 +22,7 @@
 #include "python/events.hpp"
 #include "python/exact_value.hpp"
 #include "python/factories.hpp"
+#include "python/member_function.hpp"
 #include "python/number_registers.hpp"
 #include "python/package.hpp"
 #include "python/proxy.hpp"
@@ -34,14 +35,8 @@ namespace {
 void translate(std::exception_ptr raised) {
     try {
         std::rethrow_exception(std::move(raised));
-    } catch (const PythonError& error) {
-        error.restore();
-    } catch (const AutomationError& error) {
-        const bool noMember = error.number() == errors::kMemberNotFound;
-        const py::object& type = noMember ? package().memberNotFound : package().automationError;
-        PyErr_SetObject(type.ptr(), py::make_tuple(error.number(), toPython(error.description()),
-                                                   toPython(error.source()))
-                                        .ptr());
+    } catch (const AutomationError&) {
+        raiseInPython();
     }
 }
 
@@ -89,6 +84,7 @@ void bindModule(py::module_& module) {
     py::register_exception_translator(&translate);
     module.def("set_package", [](const py::kwargs& given) { setPackage(given); });
     bindProxies(module);
+    bindMemberFunctions(module);
     bindExactValue(module);
     bindClassTable(module);
     bindFactories(module);

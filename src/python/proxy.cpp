@@ -1,5 +1,6 @@
 #include "python/proxy.hpp"
 
+#include <memory>
 #include <string>
 #include <utility>
 
@@ -8,40 +9,19 @@
 
 #include "python/calls.hpp"
 #include "python/class_table.hpp"
-#include "python/owner_thread.hpp"
 #include "python/package.hpp"
+#include "python/python_error.hpp"
 #include "python/python_object.hpp"
 #include "python/values.hpp"
 
 namespace kap::python {
 namespace {
 
-class Proxy {
-public:
-    explicit Proxy(Ref<Object> object) : object_(std::move(object)) {}
-
-    // For a call; raises RuntimeError on another thread than its own.
-    [[nodiscard]] const Ref<Object>& object() const {
-        owner_.require(*object_);
-        return object_;
-    }
-    [[nodiscard]] const Object* identity() const { return object_.get(); }
-
-private:
-    Ref<Object> object_;
-    OwnerThread owner_;
-};
+// The type of the class `Object`, of which the package's classes are made.
+PyTypeObject* proxyType = nullptr;
 
 [[noreturn]] void raiseNoMember(const Object& object, const String& name) {
     throw AutomationError(errors::kMemberNotFound, object.className() + u" has no member " + name);
-}
-
-py::object genericAttribute(const py::object& self, const py::str& name) {
-    auto found = py::reinterpret_steal<py::object>(PyObject_GenericGetAttr(self.ptr(), name.ptr()));
-    if (!found) {
-        throw py::error_already_set();
-    }
-    return found;
 }
 
 // A member of an object that no table describes: nobody knows of what kind it is, so it is called.
@@ -54,23 +34,35 @@ py::object undescribedMember(const py::object& self, const String& name) {
         py::name(name.utf8().c_str()));
 }
 
-// The attributes of its class by their exact names; those are the described members. Other names
-// are members written in another case. Not left to `__getattr__`, which Python would call after
-// every AttributeError that a member raised.
-py::object attributeOf(const py::object& self, const py::str& name) {
-    if (_PyType_Lookup(Py_TYPE(self.ptr()), name.ptr()) != nullptr) {
-        return genericAttribute(self, name);
-    }
+py::object memberInAnotherCase(const py::object& self, const py::str& name) {
     const Ref<Object>& object = self.cast<const Proxy&>().object();
     const String wanted = toText(name);
     if (const ClassDescription* description = descriptionOf(*object)) {
         if (const MemberDescription* member = description->find(wanted)) {
-            return genericAttribute(self, toPython(member->name));
+            auto found = py::reinterpret_steal<py::object>(
+                PyObject_GenericGetAttr(self.ptr(), toPython(member->name).ptr()));
+            if (!found) {
+                throw py::error_already_set();
+            }
+            return found;
         }
     } else if (object->memberId(wanted)) {
         return undescribedMember(self, wanted);
     }
     raiseNoMember(*object, wanted);
+}
+
+// The attributes of its class by their exact names; those are the described members. Other names
+// are members written in another case. Not left to `__getattr__`, which Python would call after
+// every AttributeError that a member raised.
+PyObject* attributeOf(PyObject* self, PyObject* name) {
+    if (_PyType_Lookup(Py_TYPE(self), name) != nullptr) {
+        return PyObject_GenericGetAttr(self, name);
+    }
+    return answering([&] {
+        return memberInAnotherCase(py::reinterpret_borrow<py::object>(self),
+                                   py::reinterpret_borrow<py::str>(name));
+    });
 }
 
 // To any object, Python's own among them, as the library assigns.
@@ -90,6 +82,25 @@ void assignTo(const py::object& target, const py::str& name, const py::object& v
     assignIndexed(target, name, py::tuple(), value);
 }
 
+// Every attribute that is assigned is a member.
+int assignAttribute(PyObject* self, PyObject* name, PyObject* value) {
+    if (value == nullptr) {
+        return PyObject_GenericSetAttr(self, name, value);
+    }
+    PyObject* done = answering([&] {
+        assignTo(py::reinterpret_borrow<py::object>(self), py::reinterpret_borrow<py::str>(name),
+                 py::reinterpret_borrow<py::object>(value));
+        return py::none();
+    });
+    Py_XDECREF(done);
+    return done == nullptr ? -1 : 0;
+}
+
+void setAttributeAccess(PyHeapTypeObject* type) {
+    type->ht_type.tp_getattro = &attributeOf;
+    type->ht_type.tp_setattro = &assignAttribute;
+}
+
 // Of any object, Python's own among them, as the library enumerates it.
 py::list elementsOf(const py::object& target) {
     const Variant object = toVariant(target);
@@ -102,32 +113,44 @@ py::list elementsOf(const py::object& target) {
 
 }  // namespace
 
+Proxy::Proxy(Ref<Object> object)
+    : object_(std::move(object)), description_(descriptionOf(*object_)) {}
+
+// Made in its class at once: to be given another class later costs more than all the rest.
 py::object proxyOf(const Ref<Object>& object) {
-    py::object proxy = py::cast(Proxy(object));
-    const ClassDescription* description = descriptionOf(*object);
-    const py::object type = description == nullptr ? package().object : classFor(*description);
-    // Not by assignment, which is one to a member.
-    if (PyObject_GenericSetAttr(proxy.ptr(), py::str("__class__").ptr(), type.ptr()) != 0) {
-        throw py::error_already_set();
+    static const py::detail::type_info& info = *py::detail::get_type_info(proxyType);
+    auto held = std::make_unique<Proxy>(object);
+    const py::object type =
+        held->description() == nullptr ? package().object : classFor(*held->description());
+    auto made = py::reinterpret_steal<py::object>(
+        py::detail::make_new_instance(reinterpret_cast<PyTypeObject*>(type.ptr())));
+    auto* const instance = reinterpret_cast<py::detail::instance*>(made.ptr());
+    instance->owned = true;
+    instance->get_value_and_holder().value_ptr() = held.release();
+    info.init_instance(instance, nullptr);
+    return made;
+}
+
+const Proxy* proxyBehind(const py::handle& value) {
+    if (PyObject_TypeCheck(value.ptr(), proxyType) == 0) {
+        return nullptr;
     }
-    return proxy;
+    auto* const held = reinterpret_cast<py::detail::instance*>(value.ptr());
+    return held->get_value_and_holder().value_ptr<Proxy>();
 }
 
 std::optional<Ref<Object>> objectBehind(const py::handle& value) {
-    if (!py::isinstance<Proxy>(value)) {
-        return std::nullopt;
-    }
-    return value.cast<const Proxy&>().object();
+    const Proxy* proxy = proxyBehind(value);
+    return proxy == nullptr ? std::nullopt : std::optional(proxy->object());
 }
 
 void bindProxies(py::module_& module) {
     // With an attribute dictionary, which stays empty: without one the classes made from it in
-    // Python
-    // are laid out otherwise, and a proxy could not become one of theirs.
-    py::class_<Proxy>(module, "Object", py::dynamic_attr())
-        .def("__getattribute__", &attributeOf)
-        .def("__setattr__", &assignTo)
-        .def("__repr__",
+    // Python are laid out otherwise, and a proxy could not become one of theirs.
+    py::class_<Proxy> type(module, "Object", py::dynamic_attr(),
+                           py::custom_type_setup(&setAttributeAccess));
+    proxyType = reinterpret_cast<PyTypeObject*>(type.ptr());
+    type.def("__repr__",
              [](const Proxy& self) {
                  return "<kaputil " + self.identity()->className().utf8() + ">";
              })

@@ -1,5 +1,7 @@
 #include "python/python_error.hpp"
 
+#include <new>
+
 #include "python/package.hpp"
 #include "python/texts.hpp"
 
@@ -21,6 +23,28 @@ PythonError::Parts PythonError::partsOf(const py::error_already_set& error) {
 
 void PythonError::restore() const {
     py::error_already_set(*original_).restore();
+}
+
+void raiseInPython() noexcept {
+    try {
+        throw;
+    } catch (py::error_already_set& error) {
+        error.restore();
+    } catch (const py::builtin_exception& error) {
+        error.set_error();
+    } catch (const PythonError& error) {
+        error.restore();
+    } catch (const AutomationError& error) {
+        const bool noMember = error.number() == errors::kMemberNotFound;
+        const py::object& type = noMember ? package().memberNotFound : package().automationError;
+        PyErr_SetObject(type.ptr(), py::make_tuple(error.number(), toPython(error.description()),
+                                                   toPython(error.source()))
+                                        .ptr());
+    } catch (const std::bad_alloc& error) {
+        PyErr_SetString(PyExc_MemoryError, error.what());
+    } catch (const std::exception& error) {
+        PyErr_SetString(PyExc_RuntimeError, error.what());
+    }
 }
 
 }  // namespace kap::python

@@ -31,6 +31,22 @@ private:
     std::shared_ptr<const py::error_already_set> original_;
 };
 
+// Makes the exception that is being handled Python's current one: an automation error as the
+// package's own, an exception of Python's as it was, any other as Python's nearest.
+void raiseInPython() noexcept;
+
+// What an extension function of the interpreter's own form answers: the result, or null with
+// Python's current exception set.
+template <class Work>
+PyObject* answering(Work work) noexcept {
+    try {
+        return py::object(work()).release().ptr();
+    } catch (...) {
+        raiseInPython();
+        return nullptr;
+    }
+}
+
 // Does a piece of work in Python for the library, under the interpreter's lock. What is raised goes
 // on as PythonError. What is no Exception (KeyboardInterrupt, SystemExit) goes through the library
 // as it is: no member may trap it.

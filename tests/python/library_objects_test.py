@@ -41,6 +41,28 @@ class Members(ItalianTest):
         self.assertEqual(rows.Fields.Count, 2)
         self.assertIs(rows.EOF, False)
 
+    def test_members_taken_from_a_class_are_called_of_its_objects_only(self):
+        bag = kaputil.Dispatch("KapUtil.CProprieta")
+        bag.Scrivi("Codice", 12)
+        read = type(bag).Leggi
+        self.assertEqual(read(bag, "Codice"), "12")
+        self.assertEqual(read(bag, snomeproprieta="codice"), "12")
+        for target in ((), (None,), (5,), (kaputil.Dispatch("KapUtil.CErrore"),), (type(bag).__new__(type(bag)),)):
+            with self.assertRaisesRegex(TypeError, "CProprieta.Leggi is called of a CProprieta"):
+                read(*target)
+
+    def test_a_member_outlives_the_name_of_its_object(self):
+        read = kaputil.Dispatch("KapUtil.CProprieta").Leggi
+        self.assertIsNone(read("Codice"))
+        self.assertEqual(read.__name__, "Leggi")
+        self.assertIn("CProprieta.Leggi", repr(read.__func__))
+
+    def test_texts_of_every_width_go_in_and_come_out(self):
+        bag = kaputil.Dispatch("KapUtil.CProprieta")
+        for text in ("", "x", "perché", "\x80\xff", "中文", "a中é", "😀", "a😀é中", "\ud800", "\x00a\x00"):
+            bag.Scrivi("Testo", text)
+            self.assertEqual(bag.Leggi("Testo"), text)
+
     def test_properties_are_assigned_in_any_case(self):
         error = kaputil.Dispatch("KapUtil.CErrore")
         error.numero = 5

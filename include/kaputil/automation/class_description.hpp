@@ -109,9 +109,8 @@ public:
     Variant invoke(std::int32_t member, InvokeKind kind, const Arguments& arguments) override;
     Variant invoke(std::u16string_view member, InvokeKind kind,
                    const Arguments& arguments) override;
-
-private:
-    Variant invoke(const MemberDescription* member, InvokeKind kind, const Arguments& arguments);
+    // The same for who has looked the member up before; it must be one of this description.
+    Variant invoke(const MemberDescription& member, InvokeKind kind, const Arguments& arguments);
 };
 
 // The table of an object's members; null for an object that has none (a client's own).

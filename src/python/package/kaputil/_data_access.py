@@ -134,9 +134,13 @@ class RowIteration(Object):
         return self._rows(fields, make)
 
     def _rows(self, fields: Sequence[Any], make: Type[Row]) -> Iterator[Row]:
-        while not _native.get(self, "EOF"):
-            yield make(_native.get(field, "Value") for field in fields)
-            _native.call(self, "MoveNext", (), {})
+        # The class's own functions: what a program derives from it does not change what a row is.
+        members = vars(type(self))
+        at_end, move_next = members["EOF"].fget, members["MoveNext"]
+        value = vars(type(fields[0]))["Value"].fget if fields else None
+        while not at_end(self):
+            yield make(map(value, fields))
+            move_next(self)
 
 
 # What the classes of these names add to the members that the catalogue describes.

@@ -56,6 +56,8 @@ class Member:
 
     name: str
     attribute: bool
+    function: Any  # that calls it of the object given first, or reads it
+    call: Any  # of the default member: that calls it; else None
     assignable: bool
     default: bool
     parameters: Tuple[Parameter, ...]

@@ -52,36 +52,26 @@ def make_class(description: Mapping[str, Any], bases: Mapping[str, type]) -> typ
     }
     for member in described.members:
         body[member.name] = _attribute(member) if member.attribute else _method(member)
+        if member.default:
+            body["__call__"] = member.call
     return type(described.name, (bases.get(described.name, Object),), body)
 
 
 def global_function(member: Member) -> Callable[..., Any]:
     """A function that calls a member of the calling thread's predeclared object."""
-
-    def function(*arguments: Any, **named: Any) -> Any:
-        result = _native.call(_native.predeclared(), member.name, arguments, named)
-        return result if member.gives_value else None
-
-    return _documented(function, member, "kaputil")
+    return _documented(_native.global_function(member.name), member, "kaputil")
 
 
 def _attribute(member: Member) -> property:
-    def read(self: Object) -> Any:
-        return _native.get(self, member.name)
-
     def assign(self: Object, value: Any) -> None:
         _native.assign(self, member.name, value)
 
-    getter = _documented(read, member, "kaputil.classes", "self")
+    getter = _documented(member.function, member, "kaputil.classes", "self")
     return property(getter, assign if member.assignable else None, doc=member.documentation)
 
 
 def _method(member: Member) -> Callable[..., Any]:
-    def method(self: Object, /, *arguments: Any, **named: Any) -> Any:
-        result = _native.call(self, member.name, arguments, named)
-        return result if member.gives_value else None
-
-    return _documented(method, member, "kaputil.classes", "self")
+    return _documented(member.function, member, "kaputil.classes", "self")
 
 
 def _documented(function: Callable[..., Any], member: Member, module: str, *leading: str) -> Callable[..., Any]:
