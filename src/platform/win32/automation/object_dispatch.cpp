@@ -263,10 +263,13 @@ HRESULT View::call(DISPID member, WORD flags, const DISPPARAMS& parameters, VARI
     }
     const Variant value = [&] {
         try {
-            return object_->invoke(member, kind, given);
+            // Looked up once: who has a description is described by it.
+            return described == nullptr
+                       ? object_->invoke(member, kind, given)
+                       : static_cast<DescribedObject&>(*object_).invoke(*described, kind, given);
         } catch (...) {
-            arguments
-                .writeBackWhatFits();  // a reference keeps what it was given before the failure
+            // A reference keeps what it was given before the failure.
+            arguments.writeBackWhatFits();
             throw;
         }
     }();
