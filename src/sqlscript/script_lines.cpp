@@ -1,5 +1,8 @@
 #include "sqlscript/script_lines.hpp"
 
+#include <algorithm>
+#include <cstddef>
+
 namespace kap::sqlscript {
 namespace {
 
@@ -54,7 +57,8 @@ void appendCheck(std::u16string& script) {
 std::u16string callOf(std::u16string_view body) {
     constexpr std::u16string_view kCall = u"sp_executesql N'";
     std::u16string call;
-    call.reserve(kCall.size() + kOpening.size() + body.size() + kClosing.size() + 1);
+    const auto quotes = static_cast<std::size_t>(std::ranges::count(body, u'\''));
+    call.reserve(kCall.size() + kOpening.size() + body.size() + quotes + kClosing.size() + 1);
     call += kCall;
     call += kOpening;
     appendDoublingQuotes(call, body);
