@@ -6,6 +6,7 @@
 #include <kaputil/ado/recordset.hpp>
 #include <kaputil/ado/stream.hpp>
 #include <kaputil/catalogue/std_functions.hpp>
+#include <kaputil/catalogue/version.hpp>
 #include <kaputil/config/cfg_applicazione.hpp>
 #include <kaputil/config/cfg_applicazioni.hpp>
 #include <kaputil/config/cfg_campo.hpp>
@@ -62,7 +63,7 @@ std::vector<PublishedClass> makeClasses() {
 const LibraryDescription& library() {
     static const LibraryDescription description = {
         u"KapUtil",  u"KAP Utility 2.6", u"749c4a7f-4612-49ed-994a-2e3285c059ca",
-        u"1.0",      u"KapUtil26",       u"2.6.0.5",
+        u"1.0",      u"KapUtil26",       KAPUTIL_VERSION,
         u"2.06.0005"};
     return description;
 }

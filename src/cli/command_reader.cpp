@@ -9,6 +9,8 @@
 
 #include <CLI/CLI.hpp>
 
+#include <kaputil/catalogue/catalogue.hpp>
+
 #include "cli/command_table.hpp"
 #include "cli/command_words.hpp"
 #include "cli/output/exit_codes.hpp"
@@ -18,7 +20,9 @@
 namespace kap::cli {
 namespace {
 
-constexpr const char* kVersion = "KAP Utility 2.6 (2.6.0.5)";
+std::string versionText() {
+    return (library().description + u" (" + library().fileVersion + u")").utf8();
+}
 
 CLI::Option* declare(CLI::App& app, const Option& option) {
     return std::visit(
@@ -86,7 +90,7 @@ const Command* typed(const std::vector<Declared>& commands) {
 class CommandLine {
 public:
     CommandLine() {
-        app_.set_version_flag("--version", kVersion);
+        app_.set_version_flag("--version", versionText());
         app_.require_subcommand(0, 1);  // none is told below, after words that are no command
         for (const Command& command : commands_) {
             declared_.push_back(declare(app_, command));

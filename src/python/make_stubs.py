@@ -131,7 +131,8 @@ def package_stub():
     imports = ["from . import _native as _native\n", "from . import classes as classes\n", "from . import numbers as numbers\n"]
     for module, names in own_names().items():
         imports += [f"from .{module} import {name} as {name}\n" for name in names]
-    parts = [quoted(kaputil.__doc__.splitlines()[0]) + "\n", HEADER + "".join(imports), aliases(), dispatch_text()]
+    parts = [quoted(kaputil.__doc__.splitlines()[0]) + "\n", HEADER + "".join(imports), aliases(), "__version__: str\n",
+             dispatch_text()]
     parts += [member_text("", one) for one in _descriptions.global_class().members]
     parts += [enumeration_text(name, values) for name, values in _native.enumerations()]
     return "\n".join(parts)

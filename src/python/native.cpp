@@ -89,6 +89,7 @@ void bindModule(py::module_& module) {
     bindClassTable(module);
     bindFactories(module);
     bindEvents(module);
+    module.def("version", [] { return toPython(library().fileVersion); });
     module.def("create", [](const py::str& programmaticName) {
         return toPython(Variant(createObject(toText(programmaticName))));
     });

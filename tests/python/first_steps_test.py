@@ -12,6 +12,9 @@ class FirstSteps(ItalianTest):
         p.Scrivi("Codice", 12);  r = p.Leggi("codice")  # fmt: skip
         self.assertEqual(r, "12")
 
+    def test_the_package_tells_its_version(self):
+        self.assertRegex(kaputil.__version__, r"\A\d+(\.\d+){3}\Z")
+
     def test_a_global_member_is_called(self):
         self.assertEqual(kaputil.KapRound(2.675, 2), 2.68)
 

@@ -59,6 +59,8 @@ _native.set_package(
 # Before the interpreter ends: the library outlives it and must not call it then.
 _atexit.register(_native.unregister_all)
 
+__version__ = _native.version()
+
 # The members of the predeclared object: functions of the package, and properties that are read from it each time.
 _global_members = {member.name.casefold(): member for member in _global_class().members}
 for _member in _global_members.values():
