@@ -40,6 +40,16 @@ void LinkGroup::unite(LinkedObject& one, LinkedObject& other) {
     }
 }
 
+void LinkGroup::uniteWithNew(LinkedObject& one, LinkedObject& made) {
+    try {
+        unite(one, made);
+    } catch (...) {
+        delete &made;
+        throw;
+    }
+    made.made_ = true;
+}
+
 // Either fails before anything is changed, when there is no memory.
 void LinkGroup::add(LinkedObject& object) {
     members_.push_back(&object);
@@ -65,6 +75,15 @@ void LinkGroup::memberIsDropped() noexcept {
     }
     const std::unique_ptr<LinkGroup> last(this);
     end(members_);
+}
+
+void LinkGroup::memberHasFailed(const LinkedObject& failed) noexcept {
+    std::erase(members_, &failed);
+    const bool needed = referenced_ > 0 || !std::ranges::all_of(members_, &LinkedObject::made_);
+    if (!needed) {
+        const std::unique_ptr<LinkGroup> last(this);
+        end(members_);
+    }
 }
 
 void LinkGroup::linkIsCut() {

@@ -20,11 +20,18 @@ public:
 
     // Makes one group of those of two objects.
     static void unite(LinkedObject& one, LinkedObject& other);
+    // The same for an object that was made for the other and has done its constructor's work. It
+    // ends when there is no memory for that.
+    static void uniteWithNew(LinkedObject& one, LinkedObject& made);
 
     // The first reference to a member from outside, and the end of the last one. The latter may end
     // members, and with the last of them this group.
     void memberIsReferenced() noexcept { ++referenced_; }
     void memberIsDropped() noexcept;
+
+    // The constructor of a member has failed. Ends what it has made, unless another member is in
+    // its constructor still.
+    void memberHasFailed(const LinkedObject& failed) noexcept;
 
     // A member cut a link. May end members.
     void linkIsCut();

@@ -6,7 +6,15 @@
 
 namespace kap {
 
+// In a group still: the constructor of the object has failed.
+LinkedObject::~LinkedObject() {
+    if (group_ != nullptr) {
+        group_->memberHasFailed(*this);
+    }
+}
+
 void LinkedObject::onFirstReference() const noexcept {
+    made_ = true;
     if (group_ != nullptr) {
         group_->memberIsReferenced();
     }
@@ -24,6 +32,10 @@ namespace link {
 
 void joined(LinkedObject& from, LinkedObject& to) {
     LinkGroup::unite(from, to);
+}
+
+void joinedNew(LinkedObject& from, LinkedObject& made) {
+    LinkGroup::uniteWithNew(from, made);
 }
 
 void cut(LinkedObject& from) {

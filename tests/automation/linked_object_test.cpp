@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <new>
 #include <random>
 #include <set>
 
@@ -216,6 +217,74 @@ TEST_F(LinkedObjects, LiveAsLongAsTheyAreReachedAndNoLongerInAnyStructure) {
     }
     held.clear();
     EXPECT_EQ(alive(), 0U);
+}
+
+// Makes two children in its constructor, which link themselves to it and make two of their own,
+// until the steps are used up.
+class Maker final : public LinkedObject {
+public:
+    Maker(std::set<const Maker*>& alive, int& steps, int depth, Maker* parent = nullptr)
+        : alive_(alive) {
+        alive_.insert(this);
+        try {
+            if (parent != nullptr) {
+                parent_.link(*this, *parent);
+            }
+            step(steps);
+            for (auto& child : children_) {
+                if (depth > 0) {
+                    child.create(*this, alive, steps, depth - 1, this);
+                }
+                step(steps);
+            }
+        } catch (...) {
+            alive_.erase(this);
+            throw;
+        }
+    }
+    ~Maker() override { alive_.erase(this); }
+
+    [[nodiscard]] const ClassDescription& description() const override {
+        static const ClassDescription kDescription =
+            ClassBuilder<Maker>(u"Maker", u"", u"").summary(u"").build();
+        return kDescription;
+    }
+
+protected:
+    void collectLinks(std::vector<LinkedObject*>& links) const override {
+        links.push_back(parent_.linked());
+        for (const auto& one : children_) {
+            links.push_back(one.pointer());
+        }
+    }
+
+private:
+    static void step(int& steps) {
+        if (steps-- == 0) {
+            throw std::bad_alloc();
+        }
+    }
+
+    std::set<const Maker*>& alive_;
+    AnyLink parent_;
+    std::array<Link<Maker>, 2> children_;
+};
+
+TEST(LinkedObjectsInTheMaking, EndWithTheConstructorThatFails) {
+    std::set<const Maker*> alive;
+    int failures = 0;
+    for (bool made = false; !made; ++failures) {
+        int steps = failures;
+        try {
+            const auto top = make<Maker>(alive, steps, 2);
+            EXPECT_EQ(alive.size(), 7U);
+            made = true;
+        } catch (const std::bad_alloc&) {
+            EXPECT_EQ(alive.size(), 0U) << failures;
+        }
+    }
+    EXPECT_EQ(alive.size(), 0U);
+    EXPECT_EQ(failures, 22);  // three steps for each of seven, and the one that is done
 }
 
 }  // namespace

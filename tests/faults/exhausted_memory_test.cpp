@@ -29,13 +29,6 @@
 #include "support/temporary_folder.hpp"
 #include "support/text_files.hpp"
 
-#ifdef __SANITIZE_ADDRESS__
-#include <sanitizer/lsan_interface.h>
-using StayingObjects = __lsan::ScopedDisabler;
-#else
-struct StayingObjects {};
-#endif
-
 namespace kap {
 namespace {
 
@@ -337,8 +330,6 @@ private:
         SCOPED_TRACE(object->className().utf8() + "." + member.name.utf8());
         const faults::MemoryFault fault{
             below(3) == 0 ? 0 : 1 + static_cast<int>(below(1U << below(9))), below(2) == 0};
-        // Linked objects whose maker's constructor has no memory stay: nobody refers to them.
-        [[maybe_unused]] const StayingObjects linkedObjects{};
         Variant result;
         bool failed = false;
         static_cast<void>(endsInDoneOrError(

@@ -24,7 +24,7 @@ class LinkGroup;
 class LinkedObject : public DescribedObject {
 protected:
     LinkedObject() = default;
-    ~LinkedObject() override = default;
+    ~LinkedObject() override;
 
     // Appends every object that this one has a link to; a link that is unset, or holds something
     // else, counts as null.
@@ -37,6 +37,7 @@ private:
 
     mutable LinkGroup* group_ = nullptr;  // null: linked with nothing
     mutable bool reached_ = false;        // used while a group looks for what was cut off
+    mutable bool made_ = false;           // its constructor has done all of its work
 };
 
 // What links do to the objects at their ends.
@@ -44,6 +45,9 @@ namespace link {
 
 // `from` refers to `to` from now on.
 void joined(LinkedObject& from, LinkedObject& to);
+// The same for an object that has just been made for `from` and that nobody else knows of: it ends
+// when there is no memory to join it.
+void joinedNew(LinkedObject& from, LinkedObject& made);
 // `from` no longer refers to something that it referred to.
 void cut(LinkedObject& from);
 
@@ -62,9 +66,10 @@ public:
     // a counted reference that came and went would end both.
     template <class... Arguments>
     T& create(LinkedObject& owner, Arguments&&... arguments) {
-        target_ = new T(std::forward<Arguments>(arguments)...);
-        link::joined(owner, *target_);
-        return *target_;
+        T* const made = new T(std::forward<Arguments>(arguments)...);
+        link::joinedNew(owner, *made);
+        target_ = made;
+        return *made;
     }
 
     void set(LinkedObject& owner, const Ref<T>& target) {
