@@ -12,12 +12,13 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <filesystem>
 #include <map>
 #include <optional>
 #include <utility>
 
 #include <kaputil/automation/plain_text.hpp>
+
+#include "platform/folder_names.hpp"
 
 namespace kap::ado::odbc {
 namespace {
@@ -46,8 +47,8 @@ void setOption(int descriptor, int level, int name, int value) {
 std::vector<int> socketDescriptors() {
     std::vector<int> found;
     std::error_code failed;
-    for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd", failed)) {
-        const auto number = plain::readInt(entry.path().filename().native());
+    for (const auto& name : platform::namesIn("/proc/self/fd", failed)) {
+        const auto number = plain::readInt(name.native());
         struct stat state {};
         if (number && fstat(*number, &state) == 0 && S_ISSOCK(state.st_mode)) {
             found.push_back(*number);
