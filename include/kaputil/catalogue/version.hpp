@@ -1,7 +1,7 @@
 #pragma once
 
-// The library's version, for conditions of the preprocessor. What a program runs with may be another
-// build than the one that it was compiled for: kap::library().fileVersion tells that one.
+// The library's version, for conditions of the preprocessor. What a program runs with may be
+// another build than it was compiled for: kap::library().fileVersion tells that one.
 #define KAPUTIL_VERSION_MAJOR 2
 #define KAPUTIL_VERSION_MINOR 6
 #define KAPUTIL_VERSION_PATCH 0
