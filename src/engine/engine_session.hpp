@@ -35,6 +35,8 @@ public:
     template <class Work>
     auto reported(Work work) {
         platform::learnStack();
+        // What a file could not give before says nothing of what is damaged now.
+        takeReadFailure(connection_.handle());
         try {
             return work();
         } catch (const tsql::ServerError& error) {

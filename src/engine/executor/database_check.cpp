@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstdint>
 #include <limits>
+#include <string_view>
 #include <vector>
 
 #include <kaputil/automation/plain_text.hpp>
@@ -179,8 +180,25 @@ private:
     void structure() {
         PreparedStatement lines(connection_.handle(), "PRAGMA main.integrity_check");
         while (lines.step()) {
+            checkRead(lines.text(0));
             if (lines.text(0) != "ok") {
                 found_(kStructureFault, lines.text(0));
+            }
+        }
+    }
+
+    // SQLite tells a page that cannot be read among those that are damaged: "Page 20: unable to get
+    // the page. error code=266".
+    void checkRead(std::string_view line) const {
+        constexpr std::string_view kCode = "error code=";
+        for (std::size_t at = line.find(kCode); at != std::string_view::npos;
+             at = line.find(kCode, at)) {
+            at += kCode.size();
+            const std::size_t end = line.find_first_not_of("0123456789", at);
+            const auto code = plain::readInt(line.substr(at, end - at));
+            if (code && (*code & 0xFF) == SQLITE_IOERR) {
+                throw SqliteError(*code, sqlite3_errstr(SQLITE_IOERR),
+                                  takeReadFailure(connection_.handle()));
             }
         }
     }

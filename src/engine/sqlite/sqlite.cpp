@@ -1,5 +1,6 @@
 #include "engine/sqlite/sqlite.hpp"
 
+#include <cerrno>
 #include <new>
 
 #include "engine/sqlite/sqlite_stack.hpp"
@@ -11,9 +12,56 @@ const char* sqliteVersion() noexcept {
     return sqlite3_libversion();
 }
 
+namespace {
+
+// On these hosts SQLite takes some errors of the system for damage of the file.
+bool hasOwnFiles(sqlite3* database) {
+    sqlite3_vfs* files = nullptr;
+    return sqlite3_file_control(database, "main", SQLITE_FCNTL_VFS_POINTER, &files) == SQLITE_OK &&
+           files != nullptr && std::string_view(files->zName).starts_with("unix");
+}
+
+// The number stays in the file until a read ends behind the file's end.
+int takeReadFailureOf(sqlite3* database, int whichFile) {
+    sqlite3_file* file = nullptr;
+    int number = 0;
+    if (sqlite3_file_control(database, "main", whichFile, static_cast<void*>(&file)) != SQLITE_OK ||
+        file == nullptr || file->pMethods == nullptr ||
+        file->pMethods->xFileControl(file, SQLITE_FCNTL_LAST_ERRNO, &number) != SQLITE_OK ||
+        number == 0) {
+        return 0;
+    }
+    sqlite3_int64 size = 0;
+    char byte = 0;
+    if (file->pMethods->xFileSize(file, &size) == SQLITE_OK) {
+        (void)file->pMethods->xRead(file, &byte, 1, size);
+    }
+    return number;
+}
+
+}  // namespace
+
+int takeReadFailure(sqlite3* database) noexcept {
+    if (!hasOwnFiles(database)) {
+        return 0;
+    }
+    const int ofFile = takeReadFailureOf(database, SQLITE_FCNTL_FILE_POINTER);
+    const int ofJournal = takeReadFailureOf(database, SQLITE_FCNTL_JOURNAL_POINTER);
+    return ofFile != 0 ? ofFile : ofJournal;
+}
+
 SqliteError lastError(sqlite3* database) {
-    return {sqlite3_extended_errcode(database), sqlite3_errmsg(database),
-            sqlite3_system_errno(database)};
+    const SqliteError error(sqlite3_extended_errcode(database), sqlite3_errmsg(database),
+                            sqlite3_system_errno(database));
+    const int primary = error.primaryCode();
+    if (primary == SQLITE_CORRUPT || primary == SQLITE_NOTADB || primary == SQLITE_IOERR) {
+        const int number = takeReadFailure(database);
+        const bool isTakenForDamage = number == EIO || number == ENXIO || number == ERANGE;
+        if (isTakenForDamage && primary != SQLITE_IOERR) {
+            return {SQLITE_IOERR_READ, sqlite3_errstr(SQLITE_IOERR), number};
+        }
+    }
+    return error;
 }
 
 PreparedStatement::PreparedStatement(sqlite3* database, std::string_view sql, StatementLife life) {

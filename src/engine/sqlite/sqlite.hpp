@@ -34,8 +34,13 @@ private:
 // The library's version, as it was loaded.
 [[nodiscard]] const char* sqliteVersion() noexcept;
 
-// The last failure of a connection.
+// The last failure of a connection. A failed read that SQLite tells as damage is SQLITE_IOERR_READ
+// here.
 [[nodiscard]] SqliteError lastError(sqlite3* database);
+
+// Whether a file of the connection could not be read since this was asked before: the system's
+// error number, or 0.
+int takeReadFailure(sqlite3* database) noexcept;
 
 // How a statement is going to be used.
 enum class StatementLife : std::uint8_t { Once, Kept };
