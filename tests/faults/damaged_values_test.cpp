@@ -43,6 +43,12 @@ protected:
             << sqlite3_errmsg(opened);
         sqlite3_close(opened);
     }
+    void restore(const std::string& bytes) const {
+        for (const char* beside : {"a.db-wal", "a.db-shm"}) {
+            std::filesystem::remove(folder_.file(beside));
+        }
+        test::putFile(folder_.file("a.db"), bytes);
+    }
     // What the check says first; empty: nothing.
     [[nodiscard]] std::string found() const {
         try {
@@ -96,10 +102,7 @@ TEST_F(DamagedValues, AreFoundByTheTypeOfTheirColumn) {
         const std::string before = test::contentOf(folder_.file("a.db"));
         change(std::string("UPDATE T SET ") + column + " = " + value + " WHERE rowid = 1");
         EXPECT_NE(std::string::npos, found().find("table 'T'")) << column << " " << value;
-        for (const char* beside : {"a.db-wal", "a.db-shm"}) {
-            std::filesystem::remove(folder_.file(beside));
-        }
-        test::putFile(folder_.file("a.db"), before);
+        restore(before);
     }
     EXPECT_EQ("", found());
 }
@@ -107,6 +110,38 @@ TEST_F(DamagedValues, AreFoundByTheTypeOfTheirColumn) {
 TEST_F(DamagedValues, AreFoundInStoredTexts) {
     change("UPDATE kap_objects SET text = 'CREATE VIEW V AS SELEC i FROM T'");
     EXPECT_NE(std::string::npos, found().find("'V'"));
+}
+
+// Nor does anything of that kind end a program.
+TEST_F(DamagedValues, AreFoundInObjectsWhoseTextIsThatOfAnother) {
+    const std::string before = test::contentOf(folder_.file("a.db"));
+    for (const char* damage :
+         {"name = 'W'", "kind = 1", "kind = 3", "kind = 99",
+          "text = 'CREATE VIEW W AS SELECT i FROM T'", "text = 'SELECT i FROM T'", "text = ''",
+          "kind = 5, parent = 'U'", "text = text || ' ; ' || text"}) {
+        SCOPED_TRACE(damage);
+        change(std::string("UPDATE kap_objects SET ") + damage);
+        EXPECT_NE("", found());
+        const auto connection = test::open(database());
+        for (const char16_t* use : {u"SELECT * FROM V", u"SELECT * FROM V", u"EXEC V"}) {
+            EXPECT_THROW(connection->Execute(use), AutomationError);
+        }
+        restore(before);
+    }
+}
+
+TEST_F(DamagedValues, AreFoundInCountersOfOtherTables) {
+    test::open(database())->Execute(u"CREATE TABLE N (Numero int IDENTITY(5, 5), B int)");
+    const std::string before = test::contentOf(folder_.file("a.db"));
+    ASSERT_EQ("", found());
+    for (const char* damage :
+         {"owner = 'M' WHERE owner = 'N'", "identity_column = 'C' WHERE owner = 'N'",
+          "identity_type = 'inr' WHERE owner = 'N'", "increment = 0 WHERE owner = 'N'"}) {
+        SCOPED_TRACE(damage);
+        change(std::string("UPDATE kap_counters SET ") + damage);
+        EXPECT_NE(std::string::npos, found().find("counter of"));
+        restore(before);
+    }
 }
 
 TEST_F(DamagedValues, StopABackupWhenTheFileItselfIsNotWhole) {

@@ -261,17 +261,30 @@ const StoredObject* SchemaCatalogue::findObject(StoredKind kind, std::string_vie
     return found == objects().end() ? nullptr : &*found;
 }
 
+// A damaged file may hold any text.
+template <class Statement>
+Statement SchemaCatalogue::definitionOf(const StoredObject& object) const {
+    tsql::Script script = tsql::parseScript(object.text, parseOptions(object.quotedNames));
+    auto* statement = script.size() == 1 ? std::get_if<Statement>(&script.front().node) : nullptr;
+    if (statement == nullptr || !sameName(statement->name.last(), object.name)) {
+        throw SqliteError(SQLITE_CORRUPT, "the text of '" + object.name + "' is that of another",
+                          0);
+    }
+    return std::move(*statement);
+}
+
 const View* SchemaCatalogue::findView(std::string_view name) const {
     const StoredObject* object = findObject(StoredKind::View, name);
     if (object == nullptr) {
         return nullptr;
     }
-    const auto [found, made] = views_.try_emplace(folded(name));
-    if (made) {
-        tsql::Script script = tsql::parseScript(object->text, parseOptions(object->quotedNames));
-        auto& statement = std::get<tsql::CreateViewStatement>(script.at(0).node);
-        found->second = {object->name, std::move(statement.columns), std::move(statement.query),
-                         statement.checksRows};
+    const std::string key = folded(name);
+    auto found = views_.find(key);
+    if (found == views_.end()) {
+        auto statement = definitionOf<tsql::CreateViewStatement>(*object);
+        View view{object->name, std::move(statement.columns), std::move(statement.query),
+                  statement.checksRows};
+        found = views_.emplace(key, std::move(view)).first;
     }
     return &found->second;
 }
@@ -281,9 +294,10 @@ const Function* SchemaCatalogue::findFunction(std::string_view name) const {
     if (module == nullptr) {
         return nullptr;
     }
-    const auto [found, made] = functions_.try_emplace(folded(name));
-    if (made) {
-        Function& function = found->second;
+    const std::string key = folded(name);
+    auto found = functions_.find(key);
+    if (found == functions_.end()) {
+        Function function;
         function.name = module->object.name;
         function.returns = module->definition.returns;
         for (const tsql::ParameterDefinition& parameter : module->definition.parameters) {
@@ -291,6 +305,7 @@ const Function* SchemaCatalogue::findFunction(std::string_view name) const {
             function.parameters.push_back(
                 {parameter.name, parameter.type, {module, parameter.defaultValue.get()}});
         }
+        found = functions_.emplace(key, std::move(function)).first;
     }
     return &found->second;
 }
@@ -317,9 +332,8 @@ std::shared_ptr<const Module> SchemaCatalogue::parsed(const StoredObject& object
     if (const auto* found = modules_.find(object.text)) {
         return *found;
     }
-    tsql::Script script = tsql::parseScript(object.text, parseOptions(object.quotedNames));
     auto module = std::make_shared<const Module>(
-        Module{object, std::get<tsql::CreateModuleStatement>(std::move(script.at(0).node))});
+        Module{object, definitionOf<tsql::CreateModuleStatement>(object)});
     return modules_.insert(object.text, std::move(module));
 }
 

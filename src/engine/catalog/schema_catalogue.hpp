@@ -130,6 +130,9 @@ private:
     void addDefinitions(Table& table) const;
     void addLaterKey(Table& table) const;
     [[nodiscard]] std::shared_ptr<const Module> parsed(const StoredObject& object) const;
+    // The statement that made an object. Raises SqliteError when its text is that of another.
+    template <class Statement>
+    [[nodiscard]] Statement definitionOf(const StoredObject& object) const;
     [[nodiscard]] const StoredObject* findObject(StoredKind kind, std::string_view name) const;
 
     Database& database_;

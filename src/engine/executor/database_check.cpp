@@ -173,7 +173,8 @@ public:
                 values(*table);
             }
         }
-        storedTexts();
+        counters();
+        storedObjects();
     }
 
 private:
@@ -257,21 +258,91 @@ private:
         }
     }
 
-    void storedTexts() {
-        for (const StoredObject& object : catalogue_.objects()) {
-            const bool isScript =
-                object.kind == StoredKind::View || object.kind == StoredKind::Procedure ||
-                object.kind == StoredKind::Function || object.kind == StoredKind::Trigger;
-            if (!isScript) {
-                continue;
+    // Each counter is that of a table and of its identity column.
+    void counters() {
+        std::vector<const Table*> tables = catalogue_.tables();
+        const auto tableOf = [&](const std::string& name) {
+            const auto found = std::ranges::find(tables, name, &Table::name);
+            return found == tables.end() ? nullptr : *found;
+        };
+        if (tables.empty()) {
+            return;
+        }
+        PreparedStatement rows(
+            connection_.handle(),
+            std::string("SELECT owner, identity_column, identity_type, increment "
+                        "FROM main.") +
+                kCountersTable + " WHERE owner <> ''");
+        while (rows.step()) {
+            const Table* table = tableOf(rows.text(0));
+            if (table == nullptr) {
+                found_(kReference,
+                       "there is a counter of '" + rows.text(0) + "', and no such table.");
+            } else if (!isCounterOf(*table, rows)) {
+                found_(kReference, "the counter of table '" + table->name +
+                                       "' is not that of its identity column.");
             }
+        }
+    }
+
+    static bool isCounterOf(const Table& table, const PreparedStatement& row) {
+        const std::string name = row.text(1);
+        try {
+            return name.empty() || (table.find(name) != nullptr && row.integer(3) != 0 &&
+                                    tsql::parseType(row.text(2)).type != SqlType::Timestamp);
+        } catch (const tsql::ServerError&) {
+            return false;
+        }
+    }
+
+    void storedObjects() {
+        for (const StoredObject& object : catalogue_.objects()) {
             try {
-                static_cast<void>(
-                    tsql::parseScript(object.text, catalogue_.parseOptions(object.quotedNames)));
+                readObject(object);
             } catch (const tsql::ServerError& error) {
                 found_(kStoredText,
                        "the text of '" + object.name + "' cannot be read: " + error.message());
+            } catch (const SqliteError& error) {
+                found_(kStoredText, error.what() + std::string("."));
             }
+        }
+    }
+
+    // Raises an error when an object's text is not one of its kind and name, or when the table that
+    // it belongs to is not there.
+    void readObject(const StoredObject& object) {
+        switch (object.kind) {
+            case StoredKind::View:
+                static_cast<void>(catalogue_.findView(object.name));
+                return;
+            case StoredKind::Trigger:
+                requireParent(object);
+                [[fallthrough]];
+            case StoredKind::Procedure:
+            case StoredKind::Function:
+                static_cast<void>(catalogue_.findModule(object.kind, object.name));
+                return;
+            case StoredKind::Type:
+                static_cast<void>(catalogue_.aliasType(object.name));
+                return;
+            case StoredKind::PrimaryKey:
+            case StoredKind::UniqueKey:
+            case StoredKind::DisabledConstraint:
+                requireParent(object);
+                return;
+        }
+        throw SqliteError(SQLITE_CORRUPT, "'" + object.name + "' is of no kind", 0);
+    }
+
+    void requireParent(const StoredObject& object) {
+        const auto isParent = [&](const Table* table) {
+            return sameName(table->name, object.parent);
+        };
+        if (std::ranges::none_of(catalogue_.tables(), isParent) &&
+            catalogue_.findView(object.parent) == nullptr) {
+            throw SqliteError(
+                SQLITE_CORRUPT,
+                "'" + object.name + "' belongs to '" + object.parent + "', which is not there", 0);
         }
     }
 

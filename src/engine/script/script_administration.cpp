@@ -2,6 +2,8 @@
 #include <map>
 #include <memory>
 #include <stdexcept>
+#include <string>
+#include <vector>
 
 #include <kaputil/automation/plain_text.hpp>
 
@@ -41,22 +43,30 @@ void copyPages(sqlite3* from, const std::filesystem::path& to) {
     if (code != SQLITE_DONE) throw lastError(copy.handle());
 }
 
-// What is wrong with a copy, as it lies on its disk; empty: nothing. Rows that break their own
-// rules are copied as they are.
-std::string faultOf(const std::filesystem::path& file) {
+struct Faults {
+    std::string structure;            // the first of them; empty: none
+    std::vector<std::string> values;  // rows that break their own rules are copied as they are
+};
+
+// What is wrong with a copy, as it lies on its disk.
+Faults faultsOf(const std::filesystem::path& file) {
     Options options;
     options.source = file.string();
     options.readOnly = true;
     FileConnection copy(options);
     Counters counters(copy.database(), copy.errorSlot());
     SchemaCatalogue catalogue(copy.database(), counters);
-    std::string first;
+    Faults faults;
     copy.database().run("BEGIN");
     checkDatabase(copy, catalogue, counters, [&](int number, const std::string& finding) {
-        if (first.empty() && number == kStructureFault) first = finding;
+        if (number != kStructureFault) {
+            faults.values.push_back(finding);
+        } else if (faults.structure.empty()) {
+            faults.structure = finding;
+        }
     });
     copy.database().run("COMMIT");
-    return first;
+    return faults;
 }
 
 }  // namespace
@@ -108,16 +118,22 @@ void ScriptRunner::backup(const std::string& file, bool replace, int line) {
     std::filesystem::path unfinished = path;
     unfinished += ".part";
     std::filesystem::remove(unfinished, error);
+    Faults faults;
     try {
         copyPages(connection_.handle(), unfinished);
-        const std::string fault = faultOf(unfinished);
-        if (!fault.empty()) throw std::runtime_error("the copy is not whole: " + fault);
+        faults = faultsOf(unfinished);
+        if (!faults.structure.empty()) {
+            throw std::runtime_error("the copy is not whole: " + faults.structure);
+        }
     } catch (const std::exception& failure) {
         std::filesystem::remove(unfinished, error);
         throw failed(failure.what());
     }
     std::filesystem::rename(unfinished, path, error);
     if (error) throw failed(error.message());
+    for (const std::string& fault : faults.values) {
+        note("Table error: " + fault);
+    }
     note("BACKUP DATABASE copied database '" + catalogue_.databaseName() + "' to '" + file + "'.");
 }
 
