@@ -4,6 +4,7 @@
 #include <array>
 #include <cmath>
 #include <cstdint>
+#include <limits>
 #include <optional>
 
 #include <kaputil/automation/decimal.hpp>
@@ -186,6 +187,31 @@ std::optional<std::int64_t> readScaled(const std::string& text, int scale) {
     return number ? number->scaledTo(scale) : std::nullopt;
 }
 
+template <class Whole>
+bool fits(std::int64_t value) {
+    return value >= std::numeric_limits<Whole>::min() && value <= std::numeric_limits<Whole>::max();
+}
+
+bool fitsType(DataTypeEnum type, std::int64_t value) {
+    switch (type) {
+        case adTinyInt:
+            return fits<std::int8_t>(value);
+        case adUnsignedTinyInt:
+            return fits<std::uint8_t>(value);
+        case adSmallInt:
+            return fits<std::int16_t>(value);
+        case adUnsignedSmallInt:
+            return fits<std::uint16_t>(value);
+        case adInteger:
+        case adError:
+            return fits<std::int32_t>(value);
+        case adUnsignedInt:
+            return fits<std::uint32_t>(value);
+        default:
+            return true;
+    }
+}
+
 std::optional<std::int64_t> readInteger(const ColumnInfo& column, const std::string& text) {
     switch (column.type) {
         case adBoolean:
@@ -201,9 +227,15 @@ std::optional<std::int64_t> readInteger(const ColumnInfo& column, const std::str
         case adNumeric:
         case adDecimal:
             return readScaled(text, column.numericScale);
-        default:
-            return plain::readWhole(text);
+        default: {
+            const auto whole = plain::readWhole(text);
+            return whole && fitsType(column.type, *whole) ? whole : std::nullopt;
+        }
     }
+}
+
+bool fitsType(DataTypeEnum type, double value) {
+    return type != adSingle || std::fabs(value) <= std::numeric_limits<float>::max();
 }
 
 std::string integerText(const ColumnInfo& column, std::int64_t value) {
@@ -292,8 +324,8 @@ Value readValue(const ColumnInfo& column, const std::string& text) {
                 return days ? Value(*days) : (refuseValue(column, text), Value());
             }
             const auto real = plain::readReal(text);
-            return real && real->inRange ? Value(real->value)
-                                         : (refuseValue(column, text), Value());
+            const bool fits = real && real->inRange && fitsType(column.type, real->value);
+            return fits ? Value(real->value) : (refuseValue(column, text), Value());
         }
         case Storage::Binary: {
             auto bytes = readHex(text);

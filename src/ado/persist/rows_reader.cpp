@@ -3,6 +3,7 @@
 #include <map>
 #include <utility>
 
+#include <kaputil/automation/decimal.hpp>
 #include <kaputil/automation/plain_text.hpp>
 
 #include "ado/charset.hpp"
@@ -26,6 +27,9 @@ constexpr Namespace kNamespaces[] = {{"uuid:BDC6E3F0-6DA3-11d1-A2A3-00AA00C14882
                                      {"uuid:C2F41010-65B3-11d1-A29F-00AA00C14882", "dt"},
                                      {"urn:schemas-microsoft-com:rowset", "rs"},
                                      {"#RowsetSchema", "z"}};
+
+// Every row has a place for each column, whatever it names of them.
+constexpr std::size_t kMostColumns = 4096;
 
 std::string textOf(std::string_view content) {
     for (const TextCharset charset :
@@ -155,6 +159,9 @@ private:
         if (name == nullptr) {
             fail::readingFile("a column has no name");
         }
+        if (columns_.size() == kMostColumns) {
+            fail::readingFile("it has too many columns");
+        }
         const std::string* shown = tag.find("rs:name");
         ColumnInfo column;
         column.name = shown == nullptr ? *name : *shown;
@@ -184,13 +191,19 @@ private:
                       column.fixedLength, column.isLong);
         const std::int32_t width = widthOf(column.type);
         column.fixedLength = column.fixedLength || width > 0;
-        column.definedSize =
-            width > 0 ? width
-                      : numberOf(tag, "dt:maxLength", std::numeric_limits<std::int32_t>::max());
+        constexpr std::int32_t kLongest = std::numeric_limits<std::int32_t>::max();
+        column.definedSize = width > 0 ? width : numberOf(tag, "dt:maxLength", kLongest);
+        if (column.definedSize < 0) {
+            fail::readingFile("a column has a negative length");
+        }
         column.precision = digits(tag, "rs:precision", usualPrecision(column.type));
         column.numericScale = digits(tag, "rs:scale", usualScale(column.type));
         column.wideDecimal = isDecimalType(column.type) &&
                              (isTrue(tag, "rs:wide") || column.precision > kWidestDecimal);
+        if (isDecimalType(column.type) && column.numericScale > Decimal::kMaxScale &&
+            !column.wideDecimal) {
+            fail::readingFile("a decimal has more digits behind its point than in all");
+        }
     }
 
     static std::uint8_t digits(const XmlTag& tag, std::string_view name, std::uint8_t usual) {

@@ -95,11 +95,11 @@ void XmlScanner::skipTo(std::string_view sign) {
 
 // A document type with an inner part ends behind the bracket of that.
 void XmlScanner::skipDeclaration() {
-    const std::size_t end = text_.find('>', position_);
-    if (text_.find('[', position_) < end) {
+    const std::size_t start = position_;
+    skipTo(">");
+    if (text_.substr(start, position_ - start).find('[') != std::string_view::npos) {
         fail("a document type with definitions of its own is not read");
     }
-    skipTo(">");
 }
 
 void XmlScanner::skipBlanks() {
@@ -169,23 +169,30 @@ std::string XmlScanner::takeValue() {
     return value;
 }
 
+void XmlScanner::requireEachOnce(const XmlTag& tag) const {
+    std::vector<std::string_view> names;
+    for (const XmlAttribute& attribute : tag.attributes) {
+        names.emplace_back(attribute.name);
+    }
+    std::ranges::sort(names);
+    const auto twice = std::ranges::adjacent_find(names);
+    if (twice != names.end()) {
+        fail("the attribute '" + std::string(*twice) + "' stands twice");
+    }
+}
+
 void XmlScanner::takeAttributes(XmlTag& tag) {
     for (;;) {
         skipBlanks();
-        if (takeSign("/>")) {
-            closesAtOnce_ = true;
-            return;
-        }
-        if (takeSign(">")) {
+        closesAtOnce_ = takeSign("/>");
+        if (closesAtOnce_ || takeSign(">")) {
+            requireEachOnce(tag);
             return;
         }
         std::string name = takeName();
         skipBlanks();
         if (!takeSign("=")) {
             fail("'=' is missing");
-        }
-        if (tag.find(name) != nullptr) {
-            fail("the attribute '" + name + "' stands twice");
         }
         std::string value = takeValue();
         tag.attributes.push_back({std::move(name), std::move(value)});

@@ -46,6 +46,7 @@ private:
     [[nodiscard]] std::string takeValue();
     [[nodiscard]] std::string takeEntity();
     void takeAttributes(XmlTag& tag);
+    void requireEachOnce(const XmlTag& tag) const;
 
     std::string_view text_;
     std::size_t position_ = 0;
