@@ -209,6 +209,12 @@ public:
     // A table's name as it must stand in a script, whatever it holds.
     [[nodiscard]] virtual std::string quotedName(std::string_view name) const;
 
+    // For work that reads a row, writes it, and is made again when somebody else was faster: waits
+    // until it is this connection's turn among those that write, and keeps the others behind it for
+    // as long as the object lives. Locks nothing. Null where there is no such order, and within a
+    // transaction.
+    [[nodiscard]] virtual std::shared_ptr<void> precedence() { return nullptr; }
+
     virtual void begin() = 0;
     virtual void commit() = 0;
     // Ends every level; with an open transaction it does not fail.

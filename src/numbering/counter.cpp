@@ -1,13 +1,16 @@
 #include "numbering/counter.hpp"
 
+#include <memory>
 #include <utility>
 
+#include <kaputil/ado/connection.hpp>
 #include <kaputil/automation/arithmetic.hpp>
 #include <kaputil/automation/convert.hpp>
 #include <kaputil/automation/error.hpp>
 #include <kaputil/db/recordsets.hpp>
 #include <kaputil/numbering/used_numbers.hpp>
 
+#include "data/driver.hpp"
 #include "numbering/number_text.hpp"
 
 namespace kap::numbering {
@@ -45,6 +48,25 @@ void trapping(bool& pending, Action action) {
         pending = true;
     }
 }
+
+// Lets the other writers of a database wait until this one has read its row again and written it.
+// Many that want the same counter would otherwise go past each other for long, each finding that
+// what it has read has changed.
+class FirstToWrite {
+public:
+    void become(const Recordset& row) {
+        const Variant client = row.ActiveConnection();
+        auto* connection = dynamic_cast<ado::Connection*>(client.as<Ref<Object>>().get());
+        if (connection != nullptr && !place_) {
+            session_ = connection->session();
+            place_ = session_->precedence();
+        }
+    }
+
+private:
+    std::shared_ptr<ado::Session> session_;  // in which the place is
+    std::shared_ptr<void> place_;
+};
 
 }  // namespace
 
@@ -110,6 +132,7 @@ Ref<CErrore> AggiornaContatore(Recordset& counter, const char16_t* column, doubl
     constexpr int kAttempts = 5;
     const int attempts = value == 0 ? kAttempts : 1;
     bool written = false;
+    FirstToWrite first;
     // An error of reading the row again is still pending when the next attempt is judged.
     bool pending = false;
     for (int i = 1; i <= attempts && !written; ++i) {
@@ -123,6 +146,7 @@ Ref<CErrore> AggiornaContatore(Recordset& counter, const char16_t* column, doubl
             pending = false;
             trapping(pending, [&] { counter.CancelUpdate(); });
             trapping(pending, [&] {
+                if (i < attempts) first.become(counter);
                 counter.Resync(ado::AffectEnum::adAffectCurrent,
                                ado::ResyncEnum::adResyncAllValues);
             });

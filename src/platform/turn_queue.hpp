@@ -27,10 +27,17 @@ public:
     // ends its turn, too.
     void leave() noexcept;
 
+    // Marks the turn that this one has, until it ends, as one that nobody may go past. Where the
+    // machine has no such mark it does nothing.
+    void reserve() noexcept;
+    // Whether somebody has marked his turn.
+    [[nodiscard]] bool isReserved() const;
+
 private:
     std::filesystem::path file_;
     std::intptr_t place_ = 0;  // of the host: the queue, once it has been entered
     bool inside_ = false;
+    bool reserved_ = false;
 };
 
 }  // namespace kap::platform

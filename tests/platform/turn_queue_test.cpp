@@ -100,6 +100,19 @@ TEST_F(TurnQueueTest, TellsWhetherAnybodyIsThere) {
     EXPECT_FALSE(TurnQueue(folder_.file("altra.db")).isBusy());
 }
 
+TEST_F(TurnQueueTest, TellsOfATurnThatNobodyMayGoPastUntilItEnds) {
+    const TurnQueue other(file());
+    EXPECT_FALSE(other.isReserved());
+    first_.reserve();
+    first_.reserve();
+    EXPECT_TRUE(other.isReserved());
+    first_.leave();
+    EXPECT_FALSE(other.isReserved());
+    EXPECT_FALSE(other.isBusy());
+    first_.reserve();  // without a turn there is nothing to mark
+    EXPECT_FALSE(other.isReserved());
+}
+
 TEST_F(TurnQueueTest, IsAnotherOneForEveryFile) {
     constexpr int kFiles = 1000;
     for (int i = 0; i < kFiles; ++i) {

@@ -31,4 +31,11 @@ Product EmbeddedSession::product() {
     return {"KapLocal", engine::sqliteVersion(), engine_.catalogue().databaseName(), {}};
 }
 
+std::shared_ptr<void> EmbeddedSession::precedence() {
+    if (engine_.connection().database().inTransaction()) {
+        return nullptr;  // it has the lock that those in front wait for
+    }
+    return std::make_shared<engine::LockWait::Precedence>(engine_.connection().lockWait());
+}
+
 }  // namespace kap::ado::embedded

@@ -16,6 +16,7 @@ public:
     ChangeOutcome apply(const RowChange& change) override;
     [[nodiscard]] Result schema(SchemaEnum kind, const SchemaRestrictions& wanted) override;
     [[nodiscard]] Product product() override;
+    [[nodiscard]] std::shared_ptr<void> precedence() override;
     void begin() override { engine_.begin(); }
     void commit() override { engine_.commit(); }
     void rollback() override { engine_.rollback(); }

@@ -72,9 +72,9 @@ bool LockWait::standInLine() {
 LockWait::Turn::Turn(LockWait& wait) : wait_(wait) {
     wait_.inLine_ = true;
     wait_.start_ = steady_clock::now();
-    if (!wait_.queue_ || !wait_.queue_->isBusy()) {
+    if (!wait_.queue_ || wait_.precedes_ || !wait_.queue_->isBusy()) {
         wait_.rushes_ = 0;
-    } else if (++wait_.rushes_ > kMostRushes) {
+    } else if (++wait_.rushes_ > kMostRushes || wait_.queue_->isReserved()) {
         // When the time passes in the line, the attempt that follows is the last.
         static_cast<void>(wait_.standInLine());
     }
@@ -82,6 +82,17 @@ LockWait::Turn::Turn(LockWait& wait) : wait_(wait) {
 
 LockWait::Turn::~Turn() {
     wait_.inLine_ = false;
+    if (wait_.queue_ && !wait_.precedes_) wait_.queue_->leave();
+}
+
+LockWait::Precedence::Precedence(LockWait& wait) : wait_(wait) {
+    wait_.start_ = steady_clock::now();
+    wait_.precedes_ = wait_.queue_ && wait_.standInLine();
+    if (wait_.precedes_) wait_.queue_->reserve();
+}
+
+LockWait::Precedence::~Precedence() {
+    wait_.precedes_ = false;
     if (wait_.queue_) wait_.queue_->leave();
 }
 

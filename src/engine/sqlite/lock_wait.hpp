@@ -44,6 +44,23 @@ public:
         LockWait& wait_;
     };
 
+    // While work is done again that somebody else's write has spoiled: it reads, and then writes
+    // what it has read. The connection waits for its place in the queue before it reads, and nobody
+    // goes past it until this object's end. Nothing is locked. Must not be made while the
+    // connection has the write lock, which those in front may wait for.
+    //
+    // Without it whoever waits in the queue finds that what he read before has changed, each time.
+    class Precedence {
+    public:
+        explicit Precedence(LockWait& wait);
+        Precedence(const Precedence&) = delete;
+        Precedence& operator=(const Precedence&) = delete;
+        ~Precedence();
+
+    private:
+        LockWait& wait_;
+    };
+
 private:
     static int called(void* self, int attempt);
     [[nodiscard]] bool wait(int attempt);
@@ -56,7 +73,8 @@ private:
     std::chrono::steady_clock::time_point firstSince_;  // nobody else stands in front
     std::optional<platform::TurnQueue> queue_;
     bool inLine_ = false;
-    int rushes_ = 0;  // times in a row the lock was taken, or tried, past those who wait
+    bool precedes_ = false;  // a Precedence keeps the place in the queue
+    int rushes_ = 0;         // times in a row the lock was taken, or tried, past those who wait
 };
 
 }  // namespace kap::engine

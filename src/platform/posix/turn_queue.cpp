@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <ctime>
 #include <functional>
+#include <utility>
 
 namespace kap::platform {
 namespace {
@@ -37,6 +38,12 @@ bool isBusySemaphore(int set) {
     return semctl(set, 0, GETVAL) > 0 || semctl(set, 0, GETZCNT) > 0;
 }
 
+// Adds to a semaphore what the kernel takes back from a process that dies.
+bool change(std::intptr_t place, short by) noexcept {
+    sembuf step{0, by, SEM_UNDO | IPC_NOWAIT};
+    return semop(static_cast<int>(place - 1), &step, 1) == 0;
+}
+
 timespec timeOf(std::chrono::nanoseconds time) {
     const auto seconds = std::chrono::floor<std::chrono::seconds>(time);
     return {static_cast<std::time_t>(seconds.count()), static_cast<long>((time - seconds).count())};
@@ -60,8 +67,13 @@ bool TurnQueue::isBusy() const {
     return set >= 0 && isBusySemaphore(set);
 }
 
-// One who is inside counts as 1, which the kernel takes back from a process that dies. It serves
-// those who wait in the order in which they came.
+bool TurnQueue::isReserved() const {
+    const int set = semaphoreOf(file_, /*make=*/false);
+    return set >= 0 && semctl(set, 0, GETVAL) > 1;
+}
+
+// One who is inside counts as 1, and as 2 with a mark, which the kernel takes back from a process
+// that dies. It serves those who wait in the order in which they came.
 bool TurnQueue::enter(std::chrono::milliseconds limit) {
     if (inside_) return true;
     constexpr int kMostRemovals = 100;
@@ -89,8 +101,11 @@ bool TurnQueue::enter(std::chrono::milliseconds limit) {
 void TurnQueue::leave() noexcept {
     if (!inside_) return;
     inside_ = false;
-    sembuf step{0, -1, SEM_UNDO | IPC_NOWAIT};
-    semop(static_cast<int>(place_ - 1), &step, 1);
+    change(place_, std::exchange(reserved_, false) ? -2 : -1);
+}
+
+void TurnQueue::reserve() noexcept {
+    if (inside_ && !reserved_) reserved_ = change(place_, 1);
 }
 
 }  // namespace kap::platform

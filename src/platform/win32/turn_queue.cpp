@@ -61,6 +61,13 @@ bool TurnQueue::enter(std::chrono::milliseconds limit) {
     return inside_ || result != WAIT_TIMEOUT;
 }
 
+// A mutex tells nothing of its owner.
+void TurnQueue::reserve() noexcept {}
+
+bool TurnQueue::isReserved() const {
+    return false;
+}
+
 void TurnQueue::leave() noexcept {
     if (!inside_) return;
     inside_ = false;
