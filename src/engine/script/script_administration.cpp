@@ -3,6 +3,8 @@
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <system_error>
+#include <utility>
 #include <vector>
 
 #include <kaputil/automation/plain_text.hpp>
@@ -42,6 +44,35 @@ void copyPages(sqlite3* from, const std::filesystem::path& to) {
     }
     if (code != SQLITE_DONE) throw lastError(copy.handle());
 }
+
+// The file of a copy while it is made. Neither it nor what SQLite keeps beside a file is there
+// before this object or behind it; a whole one has got its own name by then.
+class UnfinishedCopy {
+public:
+    explicit UnfinishedCopy(std::filesystem::path file) : file_(std::move(file)) {
+        for (const char* ending : {"", "-wal", "-shm", "-journal"}) {
+            all_.push_back(file_);
+            all_.back() += ending;
+        }
+        remove();
+    }
+    UnfinishedCopy(const UnfinishedCopy&) = delete;
+    UnfinishedCopy& operator=(const UnfinishedCopy&) = delete;
+    ~UnfinishedCopy() { remove(); }
+
+    [[nodiscard]] const std::filesystem::path& file() const noexcept { return file_; }
+
+private:
+    void remove() const noexcept {
+        for (const std::filesystem::path& each : all_) {
+            std::error_code ignored;
+            std::filesystem::remove(each, ignored);
+        }
+    }
+
+    std::filesystem::path file_;
+    std::vector<std::filesystem::path> all_;
+};
 
 struct Faults {
     std::string structure;            // the first of them; empty: none
@@ -115,21 +146,18 @@ void ScriptRunner::backup(const std::string& file, bool replace, int line) {
     if (std::filesystem::exists(path, error) && !replace) {
         throw failed("the file is there already; WITH INIT replaces it");
     }
-    std::filesystem::path unfinished = path;
-    unfinished += ".part";
-    std::filesystem::remove(unfinished, error);
+    const UnfinishedCopy unfinished(std::filesystem::path(file + ".part"));
     Faults faults;
     try {
-        copyPages(connection_.handle(), unfinished);
-        faults = faultsOf(unfinished);
+        copyPages(connection_.handle(), unfinished.file());
+        faults = faultsOf(unfinished.file());
         if (!faults.structure.empty()) {
             throw std::runtime_error("the copy is not whole: " + faults.structure);
         }
     } catch (const std::exception& failure) {
-        std::filesystem::remove(unfinished, error);
         throw failed(failure.what());
     }
-    std::filesystem::rename(unfinished, path, error);
+    std::filesystem::rename(unfinished.file(), path, error);
     if (error) throw failed(error.message());
     for (const std::string& fault : faults.values) {
         note("Table error: " + fault);
