@@ -151,11 +151,12 @@ Ref<Recordset> Command::Execute(ByRef<Variant> recordsAffected, const Variant& p
         Request request = this->request(parameters, execution.source(), execution.options);
         const bool noRecords = wantsNoRecords(execution.options) || !connection_;
         auto records = noRecords ? make<Recordset>() : recordsetFor(connection_);
+        request.streaming = streamingFor(!noRecords && records->isReadOnce());
         Reply reply;
         send(request, reply);
         execution.rowsAffected = rowsWritten(reply.results);
         if (!noRecords) {
-            answer(*records, std::move(reply.results));
+            answer(*records, std::move(request), std::move(reply.results));
         }
         execution.recordset = std::move(records);
     });
@@ -163,10 +164,19 @@ Ref<Recordset> Command::Execute(ByRef<Variant> recordsAffected, const Variant& p
     return execution.recordset;
 }
 
-std::vector<Result> Command::run(const Execution& execution) {
+void Command::Cancel() const {
+    if (connection_) {
+        connection_->Cancel();
+    }
+}
+
+std::vector<Result> Command::run(const Execution& execution, bool readOnce,
+                                 std::shared_ptr<const Request>& sent) {
     Request request = this->request(Variant::missing(), execution.source(), execution.options);
+    request.streaming = streamingFor(readOnce);
     Reply reply;
     send(request, reply);
+    sent = std::make_shared<Request>(std::move(request));
     return std::move(reply.results);
 }
 

@@ -29,6 +29,18 @@ namespace {
 constexpr std::int32_t kNothingToCommit = 3902;
 constexpr std::int32_t kNothingToRollBack = 3903;
 
+// One more for a scope.
+class Counted {
+public:
+    explicit Counted(std::atomic<int>& count) noexcept : count_(count) { ++count_; }
+    Counted(const Counted&) = delete;
+    Counted& operator=(const Counted&) = delete;
+    ~Counted() { --count_; }
+
+private:
+    std::atomic<int>& count_;
+};
+
 String withLogin(const String& keys, const String& userId, const String& password) {
     String all = keys;
     if (!userId.empty()) {
@@ -159,7 +171,18 @@ void Connection::closeRecordsets() {
 
 ObjectStateEnum Connection::State() const {
     const bool open = foreign_ ? late_bound::isOpen(foreign_) : session_ != nullptr;
-    return open ? ObjectStateEnum::adStateOpen : ObjectStateEnum::adStateClosed;
+    if (!open) {
+        return ObjectStateEnum::adStateClosed;
+    }
+    constexpr auto kOpen = static_cast<std::int32_t>(ObjectStateEnum::adStateOpen);
+    constexpr auto kExecuting = static_cast<std::int32_t>(ObjectStateEnum::adStateExecuting);
+    return static_cast<ObjectStateEnum>(kOpen | (running_ > 0 ? kExecuting : 0));
+}
+
+void Connection::Cancel() const {
+    if (running_ > 0) {
+        session_->cancel();
+    }
 }
 
 std::int32_t Connection::CommandTimeout() const {
@@ -172,7 +195,11 @@ void Connection::run(Request& request, Reply& reply) {
         request.text = "SELECT * FROM " + session()->quotedName(request.text);
         request.table = false;
     }
-    reporting([&] { session()->execute(request, reply); });
+    reporting([&] {
+        const std::shared_ptr<Session> used = session();
+        const Counted running(running_);
+        used->execute(request, reply);
+    });
     if (!reply.messages.empty()) {
         report(reply.messages, {});
         if (isObserved()) {
@@ -193,11 +220,12 @@ Ref<Recordset> Connection::Execute(const String& commandText, ByRef<Variant> rec
         request.timeout = std::chrono::seconds(CommandTimeout());
         const bool noRecords = wantsNoRecords(execution.options);
         auto records = noRecords ? make<Recordset>() : recordsetFor(self);
+        request.streaming = streamingFor(!noRecords && records->isReadOnce());
         Reply reply;
         run(request, reply);
         execution.rowsAffected = rowsWritten(reply.results);
         if (!noRecords) {
-            ado::answer(*records, std::move(reply.results));
+            ado::answer(*records, std::move(request), std::move(reply.results));
         }
         execution.recordset = std::move(records);
     });
@@ -205,20 +233,26 @@ Ref<Recordset> Connection::Execute(const String& commandText, ByRef<Variant> rec
     return execution.recordset;
 }
 
-void Connection::executeAll(const String& script, std::vector<Ref<Recordset>>& answers) {
+void Connection::executeAll(const String& script, std::vector<Ref<Recordset>>& answers,
+                            Reading reading) {
     requireOpen();
     Execution execution{script};
-    executing(Ref<Connection>(this), execution, [&] { executeEach(execution.source(), answers); });
+    executing(Ref<Connection>(this), execution,
+              [&] { executeEach(execution.source(), answers, reading); });
 }
 
-void Connection::executeEach(const String& script, std::vector<Ref<Recordset>>& answers) {
+void Connection::executeEach(const String& script, std::vector<Ref<Recordset>>& answers,
+                             Reading reading) {
     requireOpen();
     Request request;
     request.text = script.utf8();
+    if (reading == Reading::Once) {
+        request.streaming = Request::Streaming::Always;
+    }
     Reply reply;
     const auto handOver = [&] {
         for (Result& result : reply.results) {
-            answers.push_back(answer(std::move(result)));
+            answers.push_back(answer(std::move(result), reading));
         }
     };
     try {
@@ -246,12 +280,14 @@ std::vector<ScriptBatch> Connection::batchesOf(const String& script) {
 }
 
 // A statement's answer: its rows, or a closed recordset that tells how many rows it wrote.
-Ref<Recordset> Connection::answer(Result result) {
+Ref<Recordset> Connection::answer(Result result, Reading reading) {
     auto recordset = make<Recordset>();
     recordset->rowsAffected_ = result.rowsAffected;
     if (!result.columns.empty()) {
-        recordset->cursorLocation_ = cursorLocation_;
-        recordset->cursorType_ = CursorTypeEnum::adOpenStatic;
+        if (reading == Reading::Freely) {
+            recordset->cursorLocation_ = cursorLocation_;
+            recordset->cursorType_ = CursorTypeEnum::adOpenStatic;
+        }
         recordset->adopt(std::move(result), Ref<Connection>(this));
     }
     return recordset;

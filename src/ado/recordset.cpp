@@ -65,8 +65,12 @@ void Recordset::forget() {
     leave();
     if (cursor_ != nullptr) {
         cursor_->setObserver({});
+        if (cursor_->table().isReadOnce()) {
+            cursor_->table().abandonRest();  // fields that the client still has keep the cursor
+        }
     }
     cursor_.reset();
+    request_.reset();
     draft_ = std::make_shared<RowCursor>(RowTable::madeByHand(), RowCursor::Options{});
     fields_->show(draft_, /*open=*/false);
     filter_ = u"";
@@ -167,13 +171,59 @@ void Recordset::run(std::int32_t options) {
 
 std::vector<Result> Recordset::answersOf(const Execution& execution) {
     if (command_) {
-        return command_->run(execution);
+        return command_->run(execution, isReadOnce(), request_);
     }
     Request request = requestFor(execution.source(), execution.options);
     request.timeout = std::chrono::seconds(connection_->CommandTimeout());
+    request.streaming = streamingFor(isReadOnce());
     Reply reply;
     connection_->run(request, reply);
+    request_ = std::make_shared<Request>(std::move(request));
     return std::move(reply.results);
+}
+
+void Recordset::Cancel() const {
+    if (connection_) {
+        connection_->Cancel();
+    }
+}
+
+bool Recordset::isReadOnce() const {
+    return cursorType_ == CursorTypeEnum::adOpenForwardOnly &&
+           lockType_ == LockTypeEnum::adLockReadOnly &&
+           cursorLocation_ == CursorLocationEnum::adUseServer;
+}
+
+void Recordset::fetchAll() {
+    requireOpen();
+    if (fetches()) {
+        reportingFetch([this] { cursor_->table().fetchAll(); });
+    }
+}
+
+// The first records have been passed and are here no longer.
+void Recordset::runAgain() {
+    if (request_ == nullptr || !connection_) {
+        fail::cannotFetchBackward();
+    }
+    cursor_->table().abandonRest();  // else it were read to make way for the request
+    Request request = *request_;
+    Reply reply;
+    try {
+        connection_->run(request, reply);
+        std::erase_if(reply.results, [](const Result& result) { return result.columns.empty(); });
+        if (answerNumber_ >= reply.results.size() ||
+            !cursor_->table().startAgain(reply.results[answerNumber_])) {
+            fail::cannotFetchBackward();
+        }
+    } catch (...) {
+        forget();  // what is left of the window would end like all of the records
+        throw;
+    }
+    cursor_->startAgain();
+    if (cursor_->table().size() > 0) {
+        cursor_->moveFirst();
+    }
 }
 
 // Shows the first rows; what statements before them wrote is passed over.
@@ -181,6 +231,7 @@ void Recordset::takeAnswers(std::vector<Result> results) {
     const auto rows =
         std::ranges::find_if(results, [](const Result& result) { return !result.columns.empty(); });
     following_.clear();
+    answerNumber_ = 0;
     if (rows == results.end()) {
         return;
     }
@@ -202,6 +253,9 @@ void Recordset::adopt(Result result, Ref<Connection> connection) {
     options.readOnly = lockType_ == LockTypeEnum::adLockReadOnly;
     options.batch = lockType_ == LockTypeEnum::adLockBatchOptimistic;
     options.forwardOnly = cursorType_ == CursorTypeEnum::adOpenForwardOnly;
+    if (isReadOnce()) {
+        table->readOnce();
+    }
     show(std::make_shared<RowCursor>(std::move(table), options));
 }
 
@@ -263,7 +317,25 @@ void Recordset::Requery(std::int32_t options) {
     }
     const auto query = [&] {
         requireOpen();
-        run(options == -1 ? options_ : options);
+        if (cursor_->table().isReadOnce()) {
+            cursor_->table().abandonRest();  // else it were read to make way for the request
+        }
+        try {
+            const bool told = command_ || !source_.isString() || !source_.as<String>().empty();
+            if (told || request_ == nullptr || !connection_) {
+                run(options == -1 ? options_ : options);
+            } else {  // what Execute sent
+                Request request = *request_;
+                Reply reply;
+                connection_->run(request, reply);
+                takeAnswers(std::move(reply.results));
+            }
+        } catch (...) {
+            if (cursor_ != nullptr && cursor_->table().isReadOnce()) {
+                forget();
+            }
+            throw;
+        }
     };
     changingAll(*this, EventReasonEnum::adRsnRequery,
                 [&] { moving(*this, EventReasonEnum::adRsnRequery, query); });
@@ -282,6 +354,8 @@ Ref<Recordset> Recordset::NextRecordset(ByRef<Variant> recordsAffected) {
     recordset->lockType_ = lockType_;
     recordset->cursorLocation_ = cursorLocation_;
     recordset->rowsAffected_ = next->rowsAffected;
+    recordset->request_ = request_;
+    recordset->answerNumber_ = answerNumber_ + (next->columns.empty() ? 0 : 1);
     const std::int64_t written = next->rowsAffected.value_or(-1);
     *recordsAffected = next->columns.empty() ? static_cast<std::int32_t>(written) : -1;
     std::move(next + 1, following_.end(), std::back_inserter(recordset->following_));
@@ -321,7 +395,7 @@ Variant Recordset::ActiveConnection() const {
 void Recordset::setActiveConnection(const Variant& value) {
     Ref<Connection> connection = connectionOf(value);
     if (cursor_ != nullptr) {
-        cursor_->table().fetchAll();  // nobody else can, once it is disconnected
+        fetchAll();  // nobody else can, once it is disconnected
     }
     attach(std::move(connection));
 }

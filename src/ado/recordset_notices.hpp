@@ -36,10 +36,17 @@ private:
 // Moves to another record.
 template <class Work>
 void moving(Recordset& recordset, EventReasonEnum reason, const Work& work) {
+    const auto fetching = [&] {
+        if (recordset.fetches()) {
+            recordset.reportingFetch(work);
+        } else {
+            work();
+        }
+    };
     if (recordset.isObserved()) {
-        RecordsetNotices(recordset).aroundMove(reason, work);
+        RecordsetNotices(recordset).aroundMove(reason, fetching);
     } else {
-        work();
+        fetching();
     }
 }
 

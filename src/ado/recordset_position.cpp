@@ -18,6 +18,15 @@ void Recordset::requireScrolling() const {
     }
 }
 
+bool Recordset::fetches() const {
+    return cursor_ != nullptr && connection_ && !cursor_->table().complete();
+}
+
+void Recordset::reportingFetch(const std::function<void()>& work) {
+    const Ref<Connection> connection = connection_;
+    connection->reporting(work);
+}
+
 bool Recordset::Bof() const {
     return opened().bof();
 }
@@ -115,7 +124,12 @@ CompareEnum Recordset::CompareBookmarks(const Variant& bookmark1, const Variant&
 
 void Recordset::MoveFirst() {
     savePending();
-    moving(*this, EventReasonEnum::adRsnMoveFirst, [&] { opened().moveFirst(); });
+    moving(*this, EventReasonEnum::adRsnMoveFirst, [&] {
+        if (opened().hasPassedRows()) {
+            runAgain();
+        }
+        cursor_->moveFirst();
+    });
 }
 
 void Recordset::MoveLast() {
@@ -125,6 +139,10 @@ void Recordset::MoveLast() {
 
 void Recordset::MoveNext() {
     savePending();
+    if (!isObserved() && !opened().fetchesNext()) {
+        cursor_->move(1);
+        return;
+    }
     moving(*this, EventReasonEnum::adRsnMoveNext, [&] { opened().move(1); });
 }
 
@@ -156,6 +174,9 @@ void Recordset::moveTo(const Variant& start) {
         case BookmarkEnum::adBookmarkCurrent:
             break;
         case BookmarkEnum::adBookmarkFirst:
+            if (cursor_->hasPassedRows()) {
+                runAgain();
+            }
             cursor_->moveFirst();
             break;
         case BookmarkEnum::adBookmarkLast:

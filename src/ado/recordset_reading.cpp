@@ -1,5 +1,6 @@
 // The values of many records at once.
 #include <algorithm>
+#include <limits>
 #include <utility>
 
 #include <kaputil/ado/recordset.hpp>
@@ -62,8 +63,9 @@ std::size_t Recordset::rowsWanted(std::int32_t rows) const {
     if (rows < kAllRows) {
         fail::invalidArgument();
     }
-    const std::size_t left = cursor_->rowsLeft();
-    return rows == kAllRows ? left : std::min(left, static_cast<std::size_t>(rows));
+    const std::size_t wanted =
+        rows == kAllRows ? std::numeric_limits<std::size_t>::max() : static_cast<std::size_t>(rows);
+    return std::min(cursor_->rowsLeft(wanted), wanted);
 }
 
 Variant Recordset::GetRows(std::int32_t rows, const Variant& start, const Variant& fields) {

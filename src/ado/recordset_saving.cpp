@@ -48,6 +48,10 @@ void Recordset::Save(const Variant& destination, PersistFormatEnum persistFormat
     if (persistFormat != PersistFormatEnum::adPersistXML) {
         fail::invalidArgument();
     }
+    if (cursor_->hasPassedRows()) {
+        runAgain();
+    }
+    fetchAll();
     const std::string content = persist::writtenRows(cursor_->table(), rowsToSave(*cursor_));
     if (isStream(destination)) {
         static_cast<Stream&>(*destination.as<Ref<Object>>()).assign(content);

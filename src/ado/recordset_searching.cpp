@@ -88,6 +88,9 @@ void Recordset::setFilter(const Variant& value) {
     savePending();
     moving(*this, EventReasonEnum::adRsnMove, [&] {
         requireOpen();
+        if (cursor_->hasPassedRows()) {
+            runAgain();
+        }
         const Variant previous = std::exchange(filter_, std::move(given));
         try {
             rearrange();

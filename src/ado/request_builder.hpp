@@ -14,6 +14,11 @@ namespace kap::ado {
 // script. Raises 3001 for a kind that does not exist.
 [[nodiscard]] Request requestFor(const String& text, std::int32_t options);
 
+// How the rows may come for who reads them once, or for anybody else.
+[[nodiscard]] inline Request::Streaming streamingFor(bool readOnce) noexcept {
+    return readOnce ? Request::Streaming::OfReading : Request::Streaming::Never;
+}
+
 // Whether the options ask for the rows to be thrown away.
 [[nodiscard]] bool wantsNoRecords(std::int32_t options) noexcept;
 

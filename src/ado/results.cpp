@@ -29,7 +29,8 @@ Ref<Recordset> recordsetFor(const Ref<Connection>& connection) {
     return recordset;
 }
 
-void answer(Recordset& recordset, std::vector<Result> results) {
+void answer(Recordset& recordset, Request request, std::vector<Result> results) {
+    recordset.request_ = std::make_shared<Request>(std::move(request));
     recordset.takeAnswers(std::move(results));
 }
 

@@ -92,6 +92,9 @@ void RowCursor::moveFirst() {
 }
 
 void RowCursor::moveLast() {
+    while (table_->isReadOnce() && !table_->complete()) {
+        static_cast<void>(table_->nextWindow());
+    }
     table_->fetchAll();
     view_.takeNewRows();
     if (view_.count() == 0) {
@@ -109,11 +112,26 @@ void RowCursor::requireBackward() const {
     }
 }
 
+// Has the rows come that a movement needs. Those that are read once make place for the next ones;
+// the position then counts from where these begin.
+void RowCursor::fetchFor(std::int64_t records) {
+    while (!table_->complete() && records >= end() - position_) {
+        if (!table_->isReadOnce()) {
+            table_->fetchAll();
+            return;
+        }
+        const std::int64_t passed = end();
+        if (table_->nextWindow()) {
+            position_ -= passed;
+        }
+    }
+}
+
 void RowCursor::move(std::int64_t records) {
     if (records < 0) {
         requireBackward();
-    } else if (!table_->complete() && records >= end() - position_) {
-        table_->fetchAll();
+    } else {
+        fetchFor(records);
     }
     view_.takeNewRows();
     const bool nowhereToGo = (records > 0 && position_ >= end()) || (records < 0 && position_ < 0);
@@ -143,8 +161,14 @@ void RowCursor::moveToPosition(std::size_t position) {
     }
 }
 
-std::size_t RowCursor::rowsLeft() {
-    table_->fetchAll();
+std::size_t RowCursor::rowsLeft(std::size_t wanted) {
+    while (table_->isReadOnce() && !table_->complete() &&
+           static_cast<std::size_t>(end() - std::max<std::int64_t>(position_, 0)) < wanted) {
+        table_->fetchMore();
+    }
+    if (!table_->isReadOnce()) {
+        table_->fetchAll();
+    }
     view_.takeNewRows();
     const auto place = static_cast<std::size_t>(std::clamp<std::int64_t>(position_, 0, end()));
     return view_.count() - view_.countBefore(place);
@@ -188,6 +212,10 @@ std::vector<std::size_t> RowCursor::rowsShown() {
 }
 
 void RowCursor::search(const RowTest& test, std::int64_t skip, SearchDirectionEnum direction) {
+    if (table_->isReadOnce()) {
+        searchOnce(test, skip);
+        return;
+    }
     table_->fetchAll();
     if (skip != 0) {
         move(skip * static_cast<std::int64_t>(direction));
@@ -201,6 +229,16 @@ void RowCursor::search(const RowTest& test, std::int64_t skip, SearchDirectionEn
         }
     }
     position_ = place;
+}
+
+// Through rows that make place for others.
+void RowCursor::searchOnce(const RowTest& test, std::int64_t skip) {
+    if (skip != 0) {
+        move(skip);
+    }
+    while (!eof() && !test(currentRow())) {
+        move(1);
+    }
 }
 
 void RowCursor::arrange(RowFilter filter, const std::vector<SortName>& sort) {

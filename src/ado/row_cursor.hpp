@@ -72,8 +72,17 @@ public:
     // To the row at a position from 1; behind the last one to EOF.
     void moveToPosition(std::size_t position);
 
-    // The rows shown from the current one on.
-    [[nodiscard]] std::size_t rowsLeft();
+    // The rows shown from the current one on; of rows that are still to be fetched no more than
+    // are wanted have to be there.
+    [[nodiscard]] std::size_t rowsLeft(std::size_t wanted);
+    // Whether the first record has made place for others, so that the query has to be run again.
+    [[nodiscard]] bool hasPassedRows() const noexcept { return table_->passedRows() > 0; }
+    // Whether moving to the next record has to wait for the database.
+    [[nodiscard]] bool fetchesNext() const noexcept {
+        return !table_->complete() && position_ + 1 >= end();
+    }
+    // Before the first of the rows that have been put in the place of the others.
+    void startAgain() noexcept { position_ = -1; }
 
     // The current row; raises 3021 without one, -2147217885 when it has been deleted.
     [[nodiscard]] std::size_t currentRow() const;
@@ -154,6 +163,8 @@ private:
     }
     void finishEdit();
     void requireBackward() const;
+    void fetchFor(std::int64_t records);
+    void searchOnce(const RowTest& test, std::int64_t skip);
     void saveChanges(Session* session);
     void saveNew(Session* session);
 

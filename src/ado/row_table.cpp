@@ -36,10 +36,65 @@ void RowTable::fetchAll() {
     if (complete()) {
         return;
     }
-    ++generation_;
     result_.rest->fetch(result_.rows);
-    result_.rest.reset();
+    received(/*more=*/false);
+}
+
+// Rows have come; none are left behind them unless `more` says so.
+void RowTable::received(bool more) {
+    ++generation_;
+    if (!more) {
+        result_.rest.reset();
+    }
     limit(limit_);
+    for (std::size_t column = 0; column < nullsReplaced_.size(); ++column) {
+        if (nullsReplaced_[column]) {
+            result_.rows[column].replaceNulls();
+        }
+    }
+}
+
+void RowTable::fetchMore() {
+    if (!complete()) {
+        received(result_.rest->fetchSome(result_.rows));
+    }
+}
+
+bool RowTable::nextWindow() {
+    window_.resize(columns().size());
+    bool more = !complete();
+    bool came = false;
+    while (more && !came) {
+        for (ColumnStore& column : window_) {
+            column.clear();
+        }
+        more = result_.rest->fetchSome(window_);
+        came = window_.front().size() > 0;
+    }
+    if (!came) {
+        result_.rest.reset();
+        return false;
+    }
+    passed_ += size();
+    // The stores keep their places, to which tests of rows hold on.
+    std::ranges::swap_ranges(result_.rows, window_);
+    received(more);
+    return true;
+}
+
+bool RowTable::startAgain(Result& result) {
+    const auto sameName = [](const ColumnInfo& left, const ColumnInfo& right) {
+        return left.name == right.name && left.type == right.type;
+    };
+    if (!std::ranges::equal(columns(), result.columns, sameName)) {
+        return false;
+    }
+    result_.columns = std::move(result.columns);
+    std::ranges::swap_ranges(result_.rows, result.rows);
+    result_.rest = std::move(result.rest);
+    passed_ = 0;
+    received(!complete());
+    return true;
 }
 
 std::vector<std::size_t> RowTable::rowsKept() {
@@ -55,12 +110,12 @@ std::vector<std::size_t> RowTable::rowsKept() {
 
 void RowTable::limit(std::size_t rows) {
     limit_ = rows;
-    if (rows == 0 || size() < rows) {
+    if (rows == 0 || passed_ + size() < rows) {
         return;
     }
     result_.rest.reset();
     for (ColumnStore& column : result_.rows) {
-        column.truncate(rows);
+        column.truncate(rows - passed_);
     }
 }
 
@@ -116,7 +171,9 @@ void RowTable::append(const PendingValues& values) {
 }
 
 void RowTable::replaceNulls(std::size_t column) {
-    fetchAll();
+    if (!once_) {
+        fetchAll();
+    }
     result_.rows[column].replaceNulls();
     nullsReplaced_.resize(columns().size());
     nullsReplaced_[column] = true;

@@ -51,6 +51,23 @@ public:
     [[nodiscard]] bool complete() const noexcept { return result_.rest == nullptr; }
     // Fetches the rows that the database has not sent yet.
     void fetchAll();
+    // The same with some of them.
+    void fetchMore();
+
+    // Of rows that are read once, forward: the next ones may take the place of those before.
+    void readOnce() noexcept { once_ = true; }
+    [[nodiscard]] bool isReadOnce() const noexcept { return once_; }
+    // Puts the next rows in the place of all that are here; false when there were none, and nothing
+    // has changed then.
+    [[nodiscard]] bool nextWindow();
+    // How many rows have made place for others.
+    [[nodiscard]] std::size_t passedRows() const noexcept { return passed_; }
+    // Forgets the rows that the database has not sent yet.
+    void abandonRest() noexcept { result_.rest.reset(); }
+    // The same query has been run again: its rows from the first on take the place of those here.
+    // False when they have other columns.
+    [[nodiscard]] bool startAgain(Result& result);
+
     // The rows that are not deleted, or deleted only here.
     [[nodiscard]] std::vector<std::size_t> rowsKept();
     // Keeps no more rows than this; 0: all.
@@ -109,6 +126,7 @@ public:
     [[nodiscard]] std::size_t memory() const noexcept;
 
 private:
+    void received(bool more);
     void makeRoom(std::size_t column, const PendingValues& values, std::size_t rows,
                   std::size_t besides);
 
@@ -117,6 +135,9 @@ private:
     bool draft_ = false;
     std::vector<bool> nullsReplaced_;  // by column; empty until it is done
     std::size_t limit_ = 0;
+    bool once_ = false;
+    std::size_t passed_ = 0;
+    std::vector<ColumnStore> window_;  // room for the next rows, while they are fetched
     mutable std::unordered_map<std::u16string, std::size_t, unicode::NameHash, unicode::NameEqual>
         byName_;                 // made on the first look-up
     std::vector<bool> deleted_;  // empty until a row is deleted

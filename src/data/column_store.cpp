@@ -82,6 +82,12 @@ void ColumnStore::truncate(std::size_t rows) {
     }
 }
 
+void ColumnStore::clear() noexcept {
+    words_.clear();
+    cells_.clear();
+    arena_.clear();
+}
+
 void ColumnStore::shrink() {
     words_.shrink_to_fit();
     cells_.shrink_to_fit();

@@ -59,6 +59,9 @@ public:
     // Forgets the rows from `rows` on.
     void truncate(std::size_t rows);
 
+    // Forgets every row and keeps the room.
+    void clear() noexcept;
+
     // Gives back what growing left over.
     void shrink();
     [[nodiscard]] std::size_t memory() const noexcept;

@@ -61,6 +61,12 @@ public:
     // Appends all that is left to the stores. Raises DriverError when the connection fails
     // meanwhile; what came till then may have been appended, to every store alike.
     virtual void fetch(std::vector<ColumnStore>& rows) = 0;
+    // The same with the next rows, some hundreds of them or fewer when they come slowly; false when
+    // none are left behind them.
+    [[nodiscard]] virtual bool fetchSome(std::vector<ColumnStore>& rows) {
+        fetch(rows);
+        return false;
+    }
 };
 
 // What one statement of a script answered: rows, or a count of rows written, or neither.
@@ -133,6 +139,11 @@ struct Request {
     std::vector<RequestParameter> parameters;  // of the marks "?" in the script, in their order
     std::chrono::seconds timeout{0};           // 0: no limit
     bool table = false;  // the text is a table's name, for the connection to make a query of
+    // Whether rows may come as they are needed, for somebody who reads them once, from the first to
+    // the last: never; where the request only reads, so that it can be run again for who wants to
+    // start again; always.
+    enum class Streaming : std::uint8_t { Never, OfReading, Always };
+    Streaming streaming = Streaming::Never;
 };
 
 // What came back.
@@ -190,6 +201,10 @@ public:
         execute(request, reply);
         return std::move(reply.results);
     }
+
+    // Ends what execute() runs, or fetching its rows, which then raise -2146824576; may be called
+    // from any thread while the session is there. Where the driver cannot, nothing happens.
+    virtual void cancel() noexcept {}
 
     // Writes one row, with its own transaction when none is open. More than one row touched is an
     // error of the change's criteria: nothing is written.

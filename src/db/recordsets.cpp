@@ -34,12 +34,14 @@ void substitute(std::int16_t& option, std::int16_t chosen) {
     }
 }
 
-// Moving to the last row makes a client cursor fetch every row.
+// Moving to the last row makes a client cursor fetch every row; one that passes its rows would have
+// to run the query again to go back.
 void fetchAll(Recordset& recordset) {
     if (recordset.Eof()) {
         return;
     }
     try {
+        recordset.fetchAll();
         recordset.MoveLast();
     } catch (const AutomationError&) {
         platform::waitTwoSeconds();

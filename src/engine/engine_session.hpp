@@ -17,6 +17,9 @@ namespace kap::engine {
 class EngineSession {
 public:
     explicit EngineSession(const Options& options);
+    EngineSession(const EngineSession&) = delete;
+    EngineSession& operator=(const EngineSession&) = delete;
+    ~EngineSession() { scripts_.dropStanding(); }
 
     [[nodiscard]] FileConnection& connection() noexcept { return connection_; }
     [[nodiscard]] Counters& counters() noexcept { return counters_; }
@@ -27,6 +30,8 @@ public:
     [[nodiscard]] ScriptRunner& scripts() noexcept { return scripts_; }
 
     void execute(ado::Request& request, ado::Reply& reply);
+    // Ends what execute() runs, or reading its rows; from any thread.
+    void cancel() noexcept { connection_.cancel(); }
     void begin();
     void commit();
     void rollback();
@@ -38,6 +43,7 @@ public:
         // What a file could not give before says nothing of what is damaged now.
         takeReadFailure(connection_.handle());
         try {
+            scripts_.makeWay();
             return work();
         } catch (const tsql::ServerError& error) {
             throw driverError(error);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <vector>
 
 #include <kaputil/ado/connection.hpp>
@@ -52,7 +53,8 @@ public:
     void setNamedParameters(bool value) { namedParameters_ = value; }
     // Always closed: every call ends before the next can be made.
     [[nodiscard]] ObjectStateEnum State() const { return ObjectStateEnum::adStateClosed; }
-    void Cancel() {}
+    // That of the connection, which ends what another thread runs.
+    void Cancel() const;
 
     // How the text is read: there is the one dialect, which is every driver's default. Raises 3001
     // for what is no identity in braces.
@@ -81,8 +83,10 @@ public:
                            const Variant& parameters = Variant::missing(),
                            std::int32_t options = -1);
 
-    // For a recordset that opens the command: runs it as it stands. C++ only.
-    [[nodiscard]] std::vector<Result> run(const Execution& execution);
+    // For a recordset that opens the command: runs it as it stands. `sent` receives what was sent.
+    // C++ only.
+    [[nodiscard]] std::vector<Result> run(const Execution& execution, bool readOnce,
+                                          std::shared_ptr<const Request>& sent);
     [[nodiscard]] const Ref<Connection>& connection() const { return connection_; }
 
 private:

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -94,8 +95,11 @@ public:
 
     // Runs a script and appends every statement's answer in order: its rows, or a closed recordset
     // that tells how many rows it wrote. When a statement fails, the answers of those before it are
-    // there. C++ only.
-    void executeAll(const String& script, std::vector<Ref<Recordset>>& answers);
+    // there. Rows that are read once, from the first to the last, may come as they are needed, and
+    // reading them may fail. C++ only.
+    enum class Reading : std::uint8_t { Freely, Once };
+    void executeAll(const String& script, std::vector<Ref<Recordset>>& answers,
+                    Reading reading = Reading::Freely);
 
     // Cuts the text of a script file at its GO lines, each of which may name a count ("GO 5").
     // Raises -2147217900 for a count that is not a whole number. C++ only.
@@ -153,8 +157,9 @@ public:
     void setIsolationLevel(IsolationLevelEnum value);
     // The version of the data-access objects whose behaviour clients find here.
     [[nodiscard]] String Version() const { return u"2.8"; }
-    // Every call ends before the next can be made, so that there is never anything to cancel.
-    void Cancel() {}
+    // Ends what another thread runs on the connection, which raises -2146824576 there, or nothing.
+    // This and State are the only members for another thread.
+    void Cancel() const;
 
     // Where the cursors of recordsets that Execute makes live: adUseServer by default.
     [[nodiscard]] CursorLocationEnum CursorLocation() const { return cursorLocation_; }
@@ -181,15 +186,16 @@ public:
     [[noreturn]] void raiseAll(const std::vector<DriverError>& failures);
 
 private:
+    std::atomic<int> running_{0};  // requests that are being run
     friend class Recordset;
     void closeRecordsets();
     void openAs(const String& connectionString, const String& userId, const String& password);
     void endingTransaction(const std::function<void()>& end, XactAttributeEnum retaining);
     [[nodiscard]] Variant keyValue(const char* name, const char* otherName) const;
     void setKey(const char* name, const Variant& value);
-    void executeEach(const String& script, std::vector<Ref<Recordset>>& answers);
+    void executeEach(const String& script, std::vector<Ref<Recordset>>& answers, Reading reading);
     void report(const std::vector<ServerMessage>& messages, const String& source);
-    [[nodiscard]] Ref<Recordset> answer(Result result);
+    [[nodiscard]] Ref<Recordset> answer(Result result, Reading reading = Reading::Freely);
     [[nodiscard]] String completed(const String& text) const;
     void requireClosed() const;
     void requireOpen() const;

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -18,25 +19,27 @@ namespace kap::ado {
 class Command;
 class FieldNotices;
 struct Execution;
+struct Request;
 class RowCursor;
 class RowTable;
 
 // The rows of a query, one of them current, that can be read, changed and written back.
 //
-// The rows are fetched when the recordset is opened. Changes of fields are pending until Update
-// writes them (moving to another record does so too); the database row is located by its key and by
-// what it held when it was read, and if another user changed it meanwhile Update raises -2147217864
-// and writes nothing. With a server cursor on a table that has a row-version column the version
-// must be the same too.
+// Changes of fields are pending until Update writes them (moving to another record does so too);
+// the database row is located by its key and by what it held when it was read, and if another user
+// changed it meanwhile Update raises -2147217864 and writes nothing. With a server cursor on a
+// table that has a row-version column the version must be the same too.
 //
 // With adLockBatchOptimistic, Update keeps the change in the recordset until UpdateBatch writes all
 // that wait. Setting ActiveConnection to an unset object disconnects the recordset: it keeps its
 // rows, and changes stay in it; a batch recordset can be connected again and written then.
 //
 // A recordset with a server cursor that only goes forward (the default, and what Execute gives)
-// does not go back, does not count its records (RecordCount is -1) and has no bookmarks; MoveFirst
-// starts again. Every other kind does all that. A client cursor is always static; a dynamic one
-// becomes a keyset.
+// does not go back, does not count its records (RecordCount is -1) and has no bookmarks. When it is
+// read-only, too, it has the first record as soon as the database gives it, and keeps a window of
+// records, however many there are; MoveFirst, Filter and Save run the query again once the first
+// record has left the window. Every other kind takes all of its records in and does all that. A
+// client cursor is always static; a dynamic one becomes a keyset.
 //
 // A recordset can also be made by hand: see Fields.
 //
@@ -87,8 +90,8 @@ public:
     // first record; their bookmarks are the same, and what one changes the other sees. With
     // adLockReadOnly it cannot change them. Raises 3251 for a cursor that only goes forward.
     [[nodiscard]] Ref<Recordset> Clone(LockTypeEnum lockType = LockTypeEnum::adLockUnspecified);
-    // Every call ends before the next can be made, so that there is never anything to cancel.
-    void Cancel() {}
+    // That of the connection, which ends what another thread runs.
+    void Cancel() const;
     [[nodiscard]] ObjectStateEnum State() const;
 
     // The connection object, or an unset one.
@@ -248,6 +251,16 @@ public:
     // The bytes that the rows take in memory.
     [[nodiscard]] std::size_t rowMemory() const;
 
+    // Whether its records are read once, from the first to the last: a server cursor that only goes
+    // forward and is read-only.
+    [[nodiscard]] bool isReadOnce() const;
+    // Takes all records into memory. C++ only.
+    void fetchAll();
+    // Whether records are still to come from the database, and doing what may fetch them: what
+    // fails then stands among the connection's errors, too. For the library's own movements.
+    [[nodiscard]] bool fetches() const;
+    void reportingFetch(const std::function<void()>& work);
+
     // For the library's own readers of many rows: the rows and the way through them. Raises 3704
     // when the recordset is closed.
     [[nodiscard]] RowCursor& rows() const { return opened(); }
@@ -256,7 +269,7 @@ private:
     friend class Connection;
     friend class Command;
     friend Ref<Recordset> recordsetFor(const Ref<Connection>& connection);
-    friend void answer(Recordset& recordset, std::vector<Result> results);
+    friend void answer(Recordset& recordset, Request request, std::vector<Result> results);
     void adopt(Result result, Ref<Connection> connection);
     void show(std::shared_ptr<RowCursor> cursor);
     void takeAnswers(std::vector<Result> results);
@@ -279,6 +292,7 @@ private:
     void arrangeAsChosen(const Variant& filter, const String& sort);
     void openMadeByHand();
     void run(std::int32_t options);
+    void runAgain();
     [[nodiscard]] std::vector<Result> answersOf(const Execution& execution);
     void assignAll(const Variant& names, const Variant& values);
     void savePending();
@@ -323,6 +337,8 @@ private:
     String sort_;
     std::optional<std::int64_t> rowsAffected_;
     std::vector<Result> following_;               // the script's other answers
+    std::shared_ptr<const Request> request_;      // what the records came of, to be sent again
+    std::size_t answerNumber_ = 0;                // among its answers with records
     std::shared_ptr<FieldNotices> fieldNotices_;  // since there was a sink
 };
 

@@ -13,6 +13,7 @@ public:
 
     using Session::execute;
     void execute(Request& request, Reply& reply) override { engine_.execute(request, reply); }
+    void cancel() noexcept override { engine_.cancel(); }
     ChangeOutcome apply(const RowChange& change) override;
     [[nodiscard]] Result schema(SchemaEnum kind, const SchemaRestrictions& wanted) override;
     [[nodiscard]] Product product() override;

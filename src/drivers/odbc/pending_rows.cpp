@@ -43,6 +43,24 @@ void PendingRows::fetch(std::vector<ColumnStore>& rows) {
     readAll(rows);
 }
 
+bool PendingRows::fetchSome(std::vector<ColumnStore>& rows) {
+    if (!ahead_.empty() || failure_ || !reader_) {
+        fetch(rows);
+        return false;
+    }
+    try {
+        const auto limited = link_->limit(timeout_);
+        if (reader_->readBlock(columns_, rows) && !reader_->atEnd()) {
+            return true;
+        }
+    } catch (const DriverError& error) {
+        failure_ = error;
+        throw;
+    }
+    release();
+    return false;
+}
+
 void PendingRows::readAhead() {
     if (reader_ && !failure_) {
         ahead_.resize(columns_.size());

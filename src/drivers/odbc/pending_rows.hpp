@@ -26,6 +26,7 @@ public:
     [[nodiscard]] const Handle& statement() const noexcept { return statement_; }
 
     void fetch(std::vector<ColumnStore>& rows) override;
+    [[nodiscard]] bool fetchSome(std::vector<ColumnStore>& rows) override;
     // Reads everything that is left, to make way for another statement; a failure is raised by the
     // fetch that meets it.
     void readAhead();

@@ -14,7 +14,7 @@ namespace kap::ado::odbc {
 
 // Ends calls of a driver that do not come back. Drivers leave it to the server to keep a
 // statement's limit, and a server that has stopped answering keeps none: only somebody else can end
-// the call then. This is the one place where the library has a thread of its own; it begins with
+// the call then. Its thread is one of the few that are the library's own; it begins with
 // the first limit and never runs the client's code.
 class Watchdog {
 public:

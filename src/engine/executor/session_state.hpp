@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -9,6 +10,7 @@
 
 #include "engine/executor/cursors.hpp"
 #include "engine/executor/program.hpp"
+#include "engine/executor/standing_rows.hpp"
 #include "engine/values/date_settings.hpp"
 #include "tsql/server_error.hpp"
 
@@ -69,6 +71,7 @@ struct Frame {
     Cursors cursors;  // LOCAL ones
     std::optional<FiringTrigger> trigger;
     std::optional<Value> returned;
+    bool streams = false;      // its last query may be left standing at its rows
     bool keepsTables = false;  // the batch of a client: its temporary tables are the connection's
 };
 
@@ -107,6 +110,10 @@ struct SessionState : SessionSettings {
     std::vector<std::string> firing;  // the tables whose triggers are running
     std::string capturing;            // the table whose written rows are being caught
     std::string transactionName;      // of the outermost BEGIN TRANSACTION
+
+    // Whether the query that is run next may be left standing at its rows; and the one that was.
+    bool mayStand = false;
+    std::unique_ptr<StandingRows> standing;
 
     [[nodiscard]] Frame& frame() const { return *frames.back(); }
 };

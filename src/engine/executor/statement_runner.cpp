@@ -1,6 +1,7 @@
 #include "engine/executor/statement_runner.hpp"
 
 #include <algorithm>
+#include <chrono>
 #include <cstddef>
 
 #include "engine/executor/column_info.hpp"
@@ -10,6 +11,14 @@
 #include "engine/plan/translator.hpp"
 
 namespace kap::engine {
+namespace {
+
+// What comes at once of a query that is read as its rows are needed: so many rows, or what there is
+// after so long a time.
+constexpr std::int64_t kFirstRows = 100;
+constexpr std::chrono::milliseconds kFirstWait{20};
+
+}  // namespace
 
 Value valueOf(const PreparedStatement& row, int column, const tsql::TypeSpec& type) {
     Value value = row.value(column);
@@ -183,9 +192,13 @@ bool StatementRunner::trySelect(CompiledStatement& prepared, ado::Result& result
 }
 
 bool StatementRunner::fill(CompiledStatement& prepared, ado::Result& result, SchemaCheck check) {
+    // The queries of a function that this one calls are read to their ends.
+    const bool mayStand = state_.mayStand && state_.frames.size() == 1;
+    const auto start =
+        mayStand ? std::chrono::steady_clock::now() : std::chrono::steady_clock::time_point::max();
     PreparedStatement& rows = *prepared.statements.back();
     bind(prepared.translation, rows);
-    const ResetGuard guard(rows);
+    ResetGuard guard(rows);
     bool more = rows.step();
     if (rows.preparedAnew() && check == SchemaCheck::Needed) {
         return false;
@@ -199,6 +212,13 @@ bool StatementRunner::fill(CompiledStatement& prepared, ado::Result& result, Sch
         reader.read(rows, result.rows);
         ++count;
         more = (most == 0 || count < most) && rows.step();
+        if (more && mayStand &&
+            (count >= kFirstRows || std::chrono::steady_clock::now() - start >= kFirstWait)) {
+            state_.standing = std::make_unique<StandingRows>(prepared.statements.back(),
+                                                             prepared.columns, count, most);
+            guard.release();
+            break;
+        }
     }
     for (ado::ColumnStore& column : result.rows) {
         column.shrink();

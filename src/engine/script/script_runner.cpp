@@ -68,15 +68,18 @@ ScriptRunner::ScriptRunner(FileConnection& connection, SchemaCatalogue& catalogu
       transactions_(transactions),
       state_(state),
       statements_(connection, catalogue, counters, transactions, state, *this),
-      kept_(kKeptScripts) {}
+      kept_(kKeptScripts),
+      journal_(connection.journalFile()) {}
 
 // --- Requests
 
 void ScriptRunner::run(ado::Request& request, ado::Reply& reply) {
+    state_.standing.reset();
     std::vector<ado::ServerMessage> messages;
     const Restored before(messages_);
     messages_ = &messages;
-    const TimeLimit limit(connection_.handle(), request.timeout);
+    connection_.forgetCancel();
+    const TimeLimit limit(connection_.handle(), request.timeout, &connection_.cancelled());
     const DateSettingsScope dates(state_.dates);
     bool interrupted = false;
     try {
@@ -94,7 +97,7 @@ void ScriptRunner::run(ado::Request& request, ado::Reply& reply) {
         throw;
     }
     if (interrupted || limit.passed()) {
-        messages.push_back(timeoutMessage());
+        messages.push_back(interruption());
         if (state_.abortOnError) rollBackAll();
     }
     finishRequest(messages);
@@ -114,14 +117,19 @@ void ScriptRunner::runRequest(ado::Request& request, std::vector<ado::Result>& r
         report(error);
         return;
     }
-    Frame frame(*program);
+    const auto held = std::make_shared<Frame>(*program);
+    Frame& frame = *held;
     frame.keepsTables = true;
+    frame.streams = mayStream(request, *program);
     for (std::size_t i = 0; i < request.parameters.size(); ++i) {
         frame.values[i] = request.parameters[i].value;
     }
     const bool batch = request.parameters.empty();
     const BatchScope scope(frame, batch ? &state_.batchIdentity : nullptr);
     runFrame(frame, results);
+    if (state_.standing != nullptr) {
+        leaveStanding(program, held, results.back(), request.timeout);
+    }
     for (std::size_t i = 0; i < request.parameters.size(); ++i) {
         if (comesBack(request.parameters[i])) {
             request.parameters[i].value = frame.values[i];
@@ -268,6 +276,7 @@ std::size_t ScriptRunner::step(Frame& frame, std::size_t at, std::vector<ado::Re
         switch (instruction.operation) {
             case Operation::Statement:
                 TimeLimit::check(connection_.handle());
+                state_.mayStand = frame.streams && isLastQuery(frame, at);
                 return runStatement(frame, instruction, at, results);
             case Operation::Test:
                 return test(frame, instruction) ? at + 1 : instruction.target;

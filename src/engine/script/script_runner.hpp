@@ -1,8 +1,11 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -17,10 +20,13 @@
 #include "engine/executor/transactions.hpp"
 #include "engine/script/simple_values.hpp"
 #include "engine/sqlite/file_connection.hpp"
+#include "engine/sqlite/journal_watch.hpp"
 #include "engine/sqlite/server_errors.hpp"
 #include "tsql/statements.hpp"
 
 namespace kap::engine {
+
+class RowStream;
 
 // Runs scripts of the dialect: reads them, lays them out as programs, follows their flow, and keeps
 // what it has made by the script's text, so that running a script again costs little more than
@@ -31,7 +37,8 @@ namespace kap::engine {
 // statements that have no SQL, script_settings.cpp SET, script_calls.cpp procedures and dynamic
 // SQL, system_procedures.cpp the server's own, script_modules.cpp functions and triggers,
 // script_definitions.cpp what is stored by its text, script_cursors.cpp cursors,
-// script_administration.cpp plans, copies and checks.
+// script_streaming.cpp queries whose rows come as they are needed, script_administration.cpp plans,
+// copies and checks.
 class ScriptRunner final : public TriggerHost {
 public:
     ScriptRunner(FileConnection& connection, SchemaCatalogue& catalogue, Counters& counters,
@@ -39,6 +46,20 @@ public:
 
     // Raises DriverError with every message when one of them is an error.
     void run(ado::Request& request, ado::Reply& reply);
+
+    // Before anything else is done on the connection: takes the rest of a query that stands at its
+    // rows into memory. Raises DriverError when that has undone the open transaction.
+    void makeWay();
+    // The connection ends, and with it such a query.
+    void dropStanding();
+    [[nodiscard]] JournalWatch& journal() noexcept { return journal_; }
+    // Runs `work`, which goes on with such a query, as its request did, and gives the error that it
+    // ended with. `undone`: that has undone the open transaction.
+    [[nodiscard]] std::optional<ado::DriverError> during(Frame& frame, std::chrono::seconds timeout,
+                                                         bool& undone,
+                                                         const std::function<void()>& work);
+    // So many rows it has had.
+    void finishedStanding(std::int64_t count) noexcept;
 
     // Calls a stored function with values of its parameters' types.
     [[nodiscard]] Value call(std::string_view function, std::vector<Value> arguments);
@@ -60,11 +81,15 @@ public:
         } catch (const tsql::ServerError& error) {
             report(error);
         } catch (const BatchEnded& ended) {
-            if (ended.interrupted) messages.push_back(timeoutMessage());
+            if (ended.interrupted) messages.push_back(interruption());
         } catch (const ScopeEnded&) {
         }
         if (state_.doomed) rollBackAll();
         return false;
+    }
+    // Why what was running has been interrupted.
+    [[nodiscard]] ado::ServerMessage interruption() const {
+        return connection_.cancelled() ? cancelMessage() : timeoutMessage();
     }
     // Raises DriverError with all messages when one of them is an error.
     static void raiseIfFailed(const std::vector<ado::ServerMessage>& messages);
@@ -98,6 +123,12 @@ private:
     [[nodiscard]] std::size_t runStatement(Frame& frame, Instruction& instruction, std::size_t at,
                                            std::vector<ado::Result>& results);
     void finishRequest(std::vector<ado::ServerMessage>& messages);
+
+    // script_streaming.cpp
+    [[nodiscard]] bool mayStream(const ado::Request& request, Program& program) const;
+    [[nodiscard]] bool isLastQuery(const Frame& frame, std::size_t at) const;
+    void leaveStanding(const std::shared_ptr<Program>& program, const std::shared_ptr<Frame>& frame,
+                       ado::Result& result, std::chrono::seconds timeout);
 
     // script_ahead.cpp
     void checkAhead(Program& program);
@@ -226,6 +257,8 @@ private:
     std::vector<ado::ServerMessage>* messages_ = nullptr;  // of the request that is running
     LruCache<std::shared_ptr<Program>> kept_;
     std::map<std::string, std::shared_ptr<Program>> modulePrograms_;
+    std::weak_ptr<RowStream> standing_;  // the query that stands at its rows
+    JournalWatch journal_;
 };
 
 }  // namespace kap::engine

@@ -119,6 +119,9 @@ Database open(const Options& options) {
     }
 }
 
+// What a long transaction has made it grow to is given back when the journal is begun anew.
+constexpr const char* kJournalLimit = "PRAGMA journal_size_limit = 67108864";
+
 const char* synchronousCommand(Synchronous synchronous) {
     constexpr std::array kCommands = {"PRAGMA synchronous = OFF", "PRAGMA synchronous = NORMAL",
                                       "PRAGMA synchronous = FULL"};
@@ -154,6 +157,9 @@ void FileConnection::prepare(const Options& options) {
     if (writesFile) {
         useWriteAheadJournal(options);
     }
+    if (!options.inMemory()) {
+        noteJournal();
+    }
     database_.run(synchronousCommand(options.synchronous));
     database_.run("PRAGMA foreign_keys = ON");
 }
@@ -171,6 +177,7 @@ void FileConnection::useWriteAheadJournal(const Options& options) {
     while (true) {
         try {
             database_.run("PRAGMA journal_mode = WAL");
+            database_.run(kJournalLimit);
             return;
         } catch (const SqliteError& error) {
             if (error.primaryCode() != SQLITE_BUSY ||
@@ -179,6 +186,13 @@ void FileConnection::useWriteAheadJournal(const Options& options) {
             }
         }
         std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+}
+
+void FileConnection::noteJournal() {
+    PreparedStatement mode(handle(), "PRAGMA journal_mode");
+    if (mode.step() && mode.text(0) == "wal") {
+        journalFile_ = std::string(sqlite3_db_filename(handle(), "main")) + "-wal";
     }
 }
 

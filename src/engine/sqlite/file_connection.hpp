@@ -1,5 +1,8 @@
 #pragma once
 
+#include <atomic>
+#include <string>
+
 #include "engine/sqlite/lock_wait.hpp"
 #include "engine/sqlite/options.hpp"
 #include "engine/sqlite/server_errors.hpp"
@@ -22,11 +25,20 @@ public:
     [[nodiscard]] LockWait& lockWait() noexcept { return lockWait_; }
     [[nodiscard]] const DatabasePlace& place() const noexcept { return place_; }
 
+    // The write-ahead journal, in UTF-8; empty: there is none, and readers and writers wait for one
+    // another.
+    [[nodiscard]] const std::string& journalFile() const noexcept { return journalFile_; }
+
     // How long a locked file is waited for, in milliseconds; negative: as the connection was
     // opened.
     void setLockTimeout(std::int64_t milliseconds) {
         lockWait_.setLimit(std::chrono::milliseconds(milliseconds));
     }
+
+    // Ends what is running, from any thread; what begins afterwards runs.
+    void cancel() noexcept { cancelled_ = true; }
+    void forgetCancel() noexcept { cancelled_ = false; }
+    [[nodiscard]] const std::atomic<bool>& cancelled() const noexcept { return cancelled_; }
 
     // Raises ServerError 945 when the file has been removed or replaced since it was opened: what
     // is written would be nowhere.
@@ -36,8 +48,11 @@ private:
     void prepare(const Options& options);
     void requireWritable() const;
     void useWriteAheadJournal(const Options& options);
+    void noteJournal();
 
     DatabasePlace place_;
+    std::string journalFile_;
+    std::atomic<bool> cancelled_{false};
     // The connection uses these two until it is closed, so they are made before it.
     ErrorSlot errorSlot_;
     LockWait lockWait_;

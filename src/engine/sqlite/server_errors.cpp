@@ -128,6 +128,11 @@ ado::ServerMessage timeoutMessage() {
     return {0, ado::errors::kTimeout, "HYT00", "Query timeout expired", 0};
 }
 
+ado::ServerMessage cancelMessage() {
+    return {0, ado::errors::kOperationCancelled, "HY008",
+            "Operation has been cancelled by the user.", 0};
+}
+
 ServerError serverError(const SqliteError& error, const DatabasePlace& place,
                         const WriteContext& context) {
     switch (error.primaryCode()) {

@@ -36,8 +36,9 @@ struct WriteContext {
 [[nodiscard]] ado::ServerMessage serverMessage(const tsql::ServerError& error);
 [[nodiscard]] ado::DriverError driverError(const tsql::ServerError& error);
 
-// The time that a request was given has passed.
+// The time that a request was given has passed; it was cancelled.
 [[nodiscard]] ado::ServerMessage timeoutMessage();
+[[nodiscard]] ado::ServerMessage cancelMessage();
 
 // A failure of SQLite in the server's words: constraints, full disk, locks, damage.
 [[nodiscard]] tsql::ServerError serverError(const SqliteError& error, const DatabasePlace& place,

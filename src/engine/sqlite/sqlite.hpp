@@ -101,13 +101,19 @@ private:
 // Resets a statement at the end of a scope, so that it never keeps a lock on the file.
 class ResetGuard {
 public:
-    explicit ResetGuard(PreparedStatement& statement) noexcept : statement_(statement) {}
+    explicit ResetGuard(PreparedStatement& statement) noexcept : statement_(&statement) {}
     ResetGuard(const ResetGuard&) = delete;
     ResetGuard& operator=(const ResetGuard&) = delete;
-    ~ResetGuard() { statement_.reset(); }
+    ~ResetGuard() {
+        if (statement_ != nullptr) {
+            statement_->reset();
+        }
+    }
+    // Somebody else takes over the statement, in the middle of its rows.
+    void release() noexcept { statement_ = nullptr; }
 
 private:
-    PreparedStatement& statement_;
+    PreparedStatement* statement_;
 };
 
 // One connection to a database file.

@@ -27,10 +27,13 @@ TimeLimit::Fuse::~Fuse() {
     fuse = outer_;
 }
 
-TimeLimit::TimeLimit(sqlite3* connection, std::chrono::seconds limit)
+TimeLimit::TimeLimit(sqlite3* connection, std::chrono::seconds limit,
+                     const std::atomic<bool>* cancelled)
     : connection_(connection),
       end_(std::chrono::steady_clock::now() + limit),
-      limited_(limit.count() > 0),
+      timed_(limit.count() > 0),
+      cancelled_(cancelled),
+      limited_(timed_ || cancelled != nullptr),
       outer_(current) {
     if (limited_) {
         current = this;
@@ -47,9 +50,10 @@ TimeLimit::~TimeLimit() {
 }
 
 bool TimeLimit::look() noexcept {
-    if (!passed_) {
+    if (!passed_ && timed_) {
         passed_ = fuse == nullptr ? std::chrono::steady_clock::now() >= end_ : --fuse->looks_ < 0;
     }
+    passed_ = passed_ || (cancelled_ != nullptr && *cancelled_);
     return passed_;
 }
 
@@ -75,7 +79,8 @@ void TimeLimit::check(sqlite3* connection) {
 
 std::chrono::milliseconds TimeLimit::left(sqlite3* connection,
                                           std::chrono::milliseconds most) noexcept {
-    if (current == nullptr || current->connection_ != connection || fuse != nullptr) {
+    if (current == nullptr || current->connection_ != connection || !current->timed_ ||
+        fuse != nullptr) {
         return most;
     }
     const auto left = std::chrono::ceil<std::chrono::milliseconds>(

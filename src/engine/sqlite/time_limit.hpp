@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <chrono>
 #include <cstdint>
 
@@ -11,8 +12,9 @@ namespace kap::engine {
 // between their statements, and while they wait. Limits do not nest: the outermost one counts.
 class TimeLimit {
 public:
-    // `limit` 0 is none.
-    TimeLimit(sqlite3* connection, std::chrono::seconds limit);
+    // `limit` 0 is none. When `cancelled` becomes true, on whatever thread, it has passed at once.
+    TimeLimit(sqlite3* connection, std::chrono::seconds limit,
+              const std::atomic<bool>* cancelled = nullptr);
     TimeLimit(const TimeLimit&) = delete;
     TimeLimit& operator=(const TimeLimit&) = delete;
     ~TimeLimit();
@@ -68,6 +70,8 @@ private:
 
     sqlite3* connection_;
     std::chrono::steady_clock::time_point end_;
+    bool timed_;
+    const std::atomic<bool>* cancelled_;
     bool limited_;
     bool passed_ = false;
     TimeLimit* outer_;

@@ -1,0 +1,73 @@
+// Cancel, called while another thread waits for a call to end.
+#include <atomic>
+#include <cstdint>
+#include <functional>
+#include <thread>
+
+#include <gtest/gtest.h>
+
+#include <kaputil/ado/connection.hpp>
+#include <kaputil/ado/recordset.hpp>
+#include <kaputil/data/error_numbers.hpp>
+
+#include "support/database.hpp"
+#include "support/shown.hpp"
+
+namespace kap::ado {
+namespace {
+
+constexpr const char16_t* kEndless =
+    u"WITH c AS (SELECT 1 AS n UNION ALL SELECT n + 1 FROM c) "
+    u"SELECT COUNT(*) FROM c OPTION (MAXRECURSION 0)";
+
+bool isExecuting(const Connection& connection) {
+    return (static_cast<std::int32_t>(connection.State()) &
+            static_cast<std::int32_t>(ObjectStateEnum::adStateExecuting)) != 0;
+}
+
+// Cancels each call that `work` makes.
+std::int32_t raisedByCancelled(Connection& connection, const std::function<void()>& work) {
+    std::atomic<bool> over{false};
+    std::thread other([&] {
+        while (!over) {
+            if (isExecuting(connection)) {
+                connection.Cancel();
+            }
+            std::this_thread::yield();
+        }
+    });
+    const std::int32_t raised = test::raisedBy(work);
+    over = true;
+    other.join();
+    return raised;
+}
+
+TEST(Cancel, EndsAQueryAndTheConnectionGoesOn) {
+    const auto connection = test::open("Provider=KapLocal;Data Source=:memory:cancel");
+    connection->setCommandTimeout(0);
+    EXPECT_EQ(raisedByCancelled(*connection, [&] { connection->Execute(kEndless); }),
+              errors::kOperationCancelled);
+    EXPECT_FALSE(isExecuting(*connection));
+    EXPECT_EQ(test::shown(test::valueOf(connection, u"SELECT 1")), "Long 1");
+}
+
+TEST(Cancel, EndsALoopOfAScript) {
+    const auto connection = test::open("Provider=KapLocal;Data Source=:memory:cancel");
+    EXPECT_EQ(raisedByCancelled(*connection,
+                                [&] { connection->Execute(u"WHILE 1 = 1 BEGIN PRINT 'x' END"); }),
+              errors::kOperationCancelled);
+    EXPECT_EQ(
+        raisedByCancelled(*connection, [&] { connection->Execute(u"WAITFOR DELAY '00:10:00'"); }),
+        errors::kOperationCancelled);
+}
+
+TEST(Cancel, FindsNothingToEndWhenNothingRuns) {
+    const auto connection = make<Connection>();
+    connection->Cancel();
+    connection->Open(u"Provider=KapLocal;Data Source=:memory:cancel");
+    connection->Cancel();
+    EXPECT_EQ(test::shown(test::valueOf(connection, u"SELECT 1")), "Long 1");
+}
+
+}  // namespace
+}  // namespace kap::ado
