@@ -54,6 +54,66 @@ TEST(SqlCommand, PrintsWhatTheScriptPrintsBesideTheResults) {
     EXPECT_EQ(run.err, "ciao\nnota\n");
 }
 
+TEST(SqlCommand, PrintsRowsAsCommaSeparatedValues) {
+    const Outcome run = sqlInMemory(
+        "CREATE TABLE V (A int, B varchar(30), C money, D decimal(10,3), E float, F datetime, "
+        "G bit, H varbinary(4), I date, J bigint, L real) "
+        "INSERT INTO V VALUES (-7, 'Rossi, \"Mario\"', -0.125, -1.5, 0.1, '20250331 10:30:00', 1, "
+        "0x0A1B, '20250331', 9007199254740993, 0.5), "
+        "(NULL, '', NULL, 0.001, 1e300, NULL, 0, NULL, NULL, -5, NULL) "
+        "SELECT * FROM V SELECT 1 AS [a,b]",
+        {"--csv"});
+    EXPECT_EQ(run.exitCode, 0);
+    EXPECT_EQ(run.err, "");
+    EXPECT_EQ(run.out,
+              "A,B,C,D,E,F,G,H,I,J,L\r\n"
+              "-7,\"Rossi, \"\"Mario\"\"\",-0.1250,-1.500,0.1,2025-03-31 10:30:00,1,0x0A1B,"
+              "2025-03-31,9007199254740993,0.5\r\n"
+              ",\"\",,0.001,1e+300,,0,,,-5,\r\n"
+              "\n"
+              "\"a,b\"\r\n"
+              "1\r\n");
+}
+
+TEST(SqlCommand, RowsArePrintedAsTheyCome) {
+    const Folder folder;
+    const std::string file = folder / "grande.db";
+    ASSERT_EQ(sqlOn(file,
+                    "CREATE TABLE T (N int PRIMARY KEY) "
+                    "; WITH c AS (SELECT 1 AS n UNION ALL SELECT n + 1 FROM c WHERE n < 20000) "
+                    "INSERT INTO T SELECT n FROM c OPTION (MAXRECURSION 0)")
+                  .exitCode,
+              0);
+    const Outcome all = sqlOn(file, "SELECT N FROM T ORDER BY N", {"--csv"});
+    EXPECT_EQ(all.exitCode, 0);
+    EXPECT_TRUE(all.out.ends_with("\r\n19999\r\n20000\r\n"));
+    // An endless query of which nobody reads more.
+    const Outcome some = shell("$KAPUTIL sql --connection '" + connectionTo(file) +
+                               "' --csv --command \"SELECT A.N FROM T AS A CROSS JOIN T AS B CROSS "
+                               "JOIN T AS C CROSS JOIN T AS D\" | head -3");
+    EXPECT_EQ(some.out, "N\r\n1\r\n1\r\n");
+}
+
+TEST(SqlCommand, TellsWhatFailsBehindTheFirstRows) {
+    const Folder folder;
+    const std::string file = folder / "grande.db";
+    ASSERT_EQ(sqlOn(file,
+                    "CREATE TABLE T (N int PRIMARY KEY) "
+                    "; WITH c AS (SELECT 1 AS n UNION ALL SELECT n + 1 FROM c WHERE n < 5000) "
+                    "INSERT INTO T SELECT n FROM c OPTION (MAXRECURSION 0)")
+                  .exitCode,
+              0);
+    const std::string query = "SELECT N, 1 / (4000 - N) AS D FROM T ORDER BY N";
+    const Outcome csv = sqlOn(file, query, {"--csv"});
+    EXPECT_EQ(csv.exitCode, 1);
+    EXPECT_TRUE(csv.out.starts_with("N,D\r\n1,0\r\n"));
+    EXPECT_TRUE(contains(csv.err, "8134")) << csv.err;
+    const Outcome json = sqlOn(file, query, {"--json"});
+    EXPECT_EQ(json.exitCode, 1);
+    EXPECT_EQ(jsonLinesOf(json.out).front()["complete"], false);
+    EXPECT_GT(jsonLinesOf(json.out).front()["rows"].size(), 100U);
+}
+
 TEST(SqlCommand, PrintsMessagesAsJson) {
     const Outcome run = sqlInMemory("PRINT 'ciao'", {"--json"});
     EXPECT_EQ(run.err, "{\"message\":\"ciao\"}\n");

@@ -7,6 +7,8 @@
 
 #include <nlohmann/json.hpp>
 
+#include <kaputil/automation/error.hpp>
+
 #include "migrate/cell_text.hpp"
 
 namespace kap::cli {
@@ -77,10 +79,15 @@ void printJson(std::ostream& out, ado::Recordset& answer) {
     }
     // Row by row, so that a large answer is not held twice.
     out << R"({"columns":)" << columns.dump() << R"(,"rows":[)";
-    if (!fields.empty()) {
-        for (bool first = true; !answer.Eof(); answer.MoveNext(), first = false) {
-            out << (first ? "" : ",") << rowOf(fields).dump();
+    try {
+        if (!fields.empty()) {
+            for (bool first = true; out && !answer.Eof(); answer.MoveNext(), first = false) {
+                out << (first ? "" : ",") << rowOf(fields).dump();
+            }
         }
+    } catch (const AutomationError&) {
+        out << "],\"rowsAffected\":null,\"complete\":false}\n";
+        throw;
     }
     const auto written = answer.rowsAffected();
     out << R"(],"rowsAffected":)" << (written ? Json(*written) : Json(nullptr)).dump() << "}\n";

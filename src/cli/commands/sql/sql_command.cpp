@@ -8,6 +8,7 @@
 #include <kaputil/ado/connection.hpp>
 #include <kaputil/ado/recordset.hpp>
 
+#include "cli/commands/sql/csv_rows.hpp"
 #include "cli/commands/sql/json_rows.hpp"
 #include "cli/commands/sql/script_text.hpp"
 #include "cli/commands/sql/table_printer.hpp"
@@ -32,21 +33,27 @@ std::string scriptOf(const SqlCommand& options) {
 }
 
 // Statements that neither read nor write rows (CREATE TABLE, SET) have nothing to tell.
-void printAnswer(ado::Recordset& answer, bool json, const Terminal& terminal, bool& printedBefore) {
+void printAnswer(ado::Recordset& answer, const SqlCommand& options, const Terminal& terminal,
+                 bool& printedBefore) {
     const bool rows = answer.State() == ado::ObjectStateEnum::adStateOpen;
     const auto written = answer.rowsAffected();
     if (!rows && !written) {
         return;
     }
-    if (json) {
+    if (options.json) {
         printJson(std::cout, answer);
+        return;
+    }
+    if (options.csv && !rows) {
         return;
     }
     if (printedBefore) {
         std::cout << '\n';
     }
     printedBefore = true;
-    if (rows) {
+    if (options.csv) {
+        printCsv(std::cout, answer);
+    } else if (rows) {
         printTable(std::cout, answer, terminal);
     } else {
         std::cout << '(' << *written << (*written == 1 ? " row affected)\n" : " rows affected)\n");
@@ -54,21 +61,29 @@ void printAnswer(ado::Recordset& answer, bool json, const Terminal& terminal, bo
 }
 
 // Runs a batch and prints its answers; those of the statements before a failing one too.
-bool runBatch(ado::Connection& connection, const ado::ScriptBatch& batch, bool json,
+bool runBatch(ado::Connection& connection, const ado::ScriptBatch& batch, const SqlCommand& options,
               const Terminal& terminal, bool& printedBefore) {
     std::vector<Ref<ado::Recordset>> answers;
     std::vector<Failure> failures;
     connection.Errors()->Clear();
+    // A table has to know its longest texts before it begins.
+    const auto reading = options.json || options.csv ? ado::Connection::Reading::Once
+                                                     : ado::Connection::Reading::Freely;
     try {
-        connection.executeAll(batch.text, answers);
+        connection.executeAll(batch.text, answers, reading);
     } catch (const AutomationError& error) {
         failures = failuresOf(connection, error, batch.firstLine);
     }
-    for (const auto& answer : answers) {
-        printAnswer(*answer, json, terminal, printedBefore);
+    try {
+        for (const auto& answer : answers) {
+            printAnswer(*answer, options, terminal, printedBefore);
+        }
+    } catch (const AutomationError& error) {  // while rows were still coming
+        failures = failuresOf(connection, error, batch.firstLine);
     }
     // What a script prints goes beside its results, so that these can be processed.
-    reportFailures(failures.empty() ? messagesOf(connection, batch.firstLine) : failures, json);
+    reportFailures(failures.empty() ? messagesOf(connection, batch.firstLine) : failures,
+                   options.json);
     return failures.empty();
 }
 
@@ -79,7 +94,7 @@ bool runBatches(ado::Connection& connection, const std::vector<ado::ScriptBatch>
     bool whole = true;
     for (const ado::ScriptBatch& batch : batches) {
         for (int i = 0; i < batch.count; ++i) {
-            whole = runBatch(connection, batch, options.json, terminal, printedBefore) && whole;
+            whole = runBatch(connection, batch, options, terminal, printedBefore) && whole;
             if (!whole && !options.keepGoing) {
                 return false;
             }

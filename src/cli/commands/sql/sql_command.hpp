@@ -11,6 +11,7 @@ struct SqlCommand {
     std::optional<std::string> file;     // where the script is ...
     std::optional<std::string> command;  // ... or the script; neither: standard input
     bool json = false;
+    bool csv = false;
     bool plan = false;                  // explain the statements instead of running them
     bool keepGoing = false;             // go on behind a batch that failed
     std::optional<std::string> backup;  // copy the database to this file first

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include <kaputil/ado/recordset.hpp>
+
+namespace kap::migrate {
+
+// The values of a recordset's current record as cellText() writes them. What columns are full of is
+// written straight from the fetched rows, not by way of Variants: for readers of many rows.
+class RowTexts {
+public:
+    // The recordset must be open, and outlive this.
+    explicit RowTexts(ado::Recordset& rows);
+
+    [[nodiscard]] std::size_t columnCount() const noexcept { return columns_.size(); }
+    // Whether a column's texts may hold anything, and not just digits, signs and letters.
+    [[nodiscard]] bool isFree(std::size_t column) const { return columns_[column].free; }
+    // Appends the value of the current record; false, and nothing is appended, for Null. Raises
+    // what reading the field raises.
+    [[nodiscard]] bool append(std::string& text, std::size_t column) const;
+    // Whether the next record is still to come from the database.
+    [[nodiscard]] bool waitsForNext() const;
+
+private:
+    enum class Way : std::uint8_t { Bytes, Whole, Scaled, Real, ByField };
+    struct Column {
+        Ref<ado::Field> field;
+        Way way = Way::ByField;
+        int scale = 0;
+        bool free = true;
+    };
+    [[nodiscard]] static Column columnOf(const Ref<ado::Field>& field);
+
+    ado::Recordset& rows_;
+    std::vector<Column> columns_;
+};
+
+}  // namespace kap::migrate
