@@ -14,19 +14,17 @@
 #include <kaputil/host/text_export.hpp>
 
 #include "bench/job.hpp"
-#include "tests/support/temporary_folder.hpp"
+#include "bench/rows_sample.hpp"
 
 namespace {
 
-using kap::Ref;
 using kap::String;
 using kap::Variant;
+using kap::bench::kSampleQuery;
+using kap::bench::kSampleRows;
+using kap::bench::RowsSample;
 using kap::bench::Values;
 
-constexpr int kExportRows = 1'000'000;
-constexpr const char* kQuery =
-    "SELECT Id, Codice, Descrizione, Quantita, Prezzo, Sconto, Data, Magazzino, Peso, Nota FROM "
-    "Righe";
 constexpr std::size_t kLineEnd = 2;
 // Made by hand: numbers in the text are longer than in the database, by whose sizes a schema is
 // made otherwise.
@@ -37,43 +35,12 @@ constexpr const char* kSchema =
     "col5=Prezzo Currency Width 12\r\ncol6=Sconto Single Width 8\r\ncol7=Data Date Width 20\r\n"
     "col8=Magazzino Short Width 4\r\ncol9=Peso Float Width 12\r\ncol10=Nota Char Width 20\r\n";
 
-// A table of a million rows, and the folder that it is exported to.
-class Sample {
-public:
-    static Sample& get() {
-        static Sample sample;
-        return sample;
-    }
-
-    [[nodiscard]] std::string file(const std::string& name) const { return folder_.file(name); }
-    [[nodiscard]] std::string database() const { return folder_.file("bench.db"); }
-    [[nodiscard]] Ref<kap::ado::Connection> open() const {
-        auto connection = kap::make<kap::ado::Connection>();
-        connection->Open("Provider=KapLocal;Data Source=" + database());
-        return connection;
-    }
-
-    ~Sample() = default;
-    Sample(const Sample&) = delete;
-    Sample& operator=(const Sample&) = delete;
-
-private:
-    Sample() {
-        std::ofstream(folder_.file("SCHEMA.INI"), std::ios::binary) << kSchema;
-        open()->Execute(
-            u"CREATE TABLE Righe (Id int PRIMARY KEY, Codice varchar(12), Descrizione varchar(40), "
-            u"Quantita float, Prezzo money, Sconto real, Data datetime, Magazzino smallint, "
-            u"Peso float, Nota varchar(20));"
-            u"WITH c (n) AS (SELECT 1 UNION ALL SELECT n + 1 FROM c WHERE n < 1000) "
-            u"INSERT INTO Righe SELECT (a.n - 1) * 1000 + b.n, 'ART' + convert(varchar(8), b.n), "
-            u"'Descrizione dell''articolo ' + convert(varchar(8), a.n), b.n / 4.0, a.n * 1.25, "
-            u"b.n % 50, dateadd(day, a.n, '20200101'), b.n % 9, a.n / 8.0, 'nota ' + "
-            u"convert(varchar(8), b.n % 100) FROM c AS a CROSS JOIN c AS b OPTION (MAXRECURSION "
-            u"0)");
-    }
-
-    kap::test::TemporaryFolder folder_;
-};
+// Made by hand: the file's schema goes beside it.
+RowsSample& withSchema() {
+    RowsSample& sample = RowsSample::get();
+    std::ofstream(sample.file("SCHEMA.INI"), std::ios::binary) << kSchema;
+    return sample;
+}
 
 double secondsOf(const std::function<void()>& work) {
     const auto start = std::chrono::steady_clock::now();
@@ -82,10 +49,10 @@ double secondsOf(const std::function<void()>& work) {
 }
 
 void exportRows() {
-    String query(kQuery);
-    Variant connection(Sample::get().open());
+    String query(kSampleQuery);
+    Variant connection(RowsSample::get().open());
     String name = u"EXPORT.TXT";
-    String folder(Sample::get().file(""));
+    String folder(RowsSample::get().file(""));
     bool describes = false;
     if (!kap::host::EsportaTXT(query, connection, name, folder, describes)) {
         throw std::runtime_error("the export failed");
@@ -93,28 +60,28 @@ void exportRows() {
 }
 
 void checkExport() {
-    const std::string file = Sample::get().file("EXPORT.TXT");
+    const std::string file = RowsSample::get().file("EXPORT.TXT");
     std::ifstream lines(file, std::ios::binary);
     std::string first;
     std::getline(lines, first);
     const auto size = static_cast<std::uintmax_t>(first.size() + 1);
-    if (first.size() < kLineEnd || std::filesystem::file_size(file) != size * kExportRows) {
+    if (first.size() < kLineEnd || std::filesystem::file_size(file) != size * kSampleRows) {
         throw std::runtime_error("the exported lines are not as many as the rows");
     }
 }
 
 void runShell() {
-    const std::string command = "sqlite3 -csv '" + Sample::get().database() + "' '" + kQuery +
-                                "' > '" + Sample::get().file("shell.csv") + "'";
+    const std::string command = "sqlite3 -csv '" + RowsSample::get().database() + "' '" +
+                                kSampleQuery + "' > '" + RowsSample::get().file("shell.csv") + "'";
     if (std::system(command.c_str()) != 0) throw std::runtime_error("the sqlite3 shell failed");
 }
 
 Values rowsPerSecond() {
-    Sample::get();  // made before the time is taken
+    withSchema();  // made before the time is taken
     const double ours = secondsOf(exportRows);
     checkExport();
     const double shell = secondsOf(runShell);
-    return {kExportRows / ours, kExportRows / shell};
+    return {kSampleRows / ours, kSampleRows / shell};
 }
 
 // From now on the largest size of this process is counted anew.
@@ -137,12 +104,13 @@ double peakMemory() {
 // What an export adds to the rows that it reads, which are all held by the recordset of the query.
 Values memoryBesideRows() {
     double rows = 0;
+    withSchema();
     {
-        const auto connection = Sample::get().open();
+        const auto connection = RowsSample::get().open();
         const auto source = kap::make<kap::ado::Recordset>();
         forgetPeak();
         source->setCursorLocation(kap::ado::CursorLocationEnum::adUseClient);
-        source->Open(kQuery, Variant(connection));
+        source->Open(kSampleQuery, Variant(connection));
         rows = peakMemory();
     }
     forgetPeak();
