@@ -13,6 +13,8 @@
 
 #include <kaputil/ado/connection.hpp>
 #include <kaputil/ado/recordset.hpp>
+#include <kaputil/ado/stream.hpp>
+#include <kaputil/automation/array.hpp>
 
 #include "base/unicode.hpp"
 #include "cli/commands/config/settings_file.hpp"
@@ -177,13 +179,54 @@ void databases(std::u16string_view text) {
     });
 }
 
-constexpr std::array<Target, 8> kReaderTargets = {{{"scripts", &scripts, 10},
+Ref<ado::Recordset> savedIn(const std::string& content) {
+    const auto stream = make<ado::Stream>();
+    stream->setType(ado::StreamTypeEnum::adTypeBinary);
+    stream->Open();
+    const auto* bytes = reinterpret_cast<const std::uint8_t*>(content.data());
+    stream->Write(Array::ofBytes({bytes, bytes + content.size()}));
+    stream->setPosition(0);
+    auto records = make<ado::Recordset>();
+    records->Open(Variant(stream), Variant::missing(), ado::CursorTypeEnum::adOpenStatic,
+                  ado::LockTypeEnum::adLockBatchOptimistic);
+    return records;
+}
+
+std::string savedText(ado::Recordset& records) {
+    const auto stream = make<ado::Stream>();
+    stream->setCharset(u"utf-8");
+    stream->Open();
+    records.Save(Variant(stream), ado::PersistFormatEnum::adPersistXML);
+    stream->setPosition(0);
+    return stream->ReadText().utf8();
+}
+
+// What a saved recordset says is said by the one that is saved of it, and every value can be read.
+void recordsets(std::u16string_view text) {
+    Ref<ado::Recordset> records;
+    if (!ends([&] { records = savedIn(bytesOf(text)); })) {
+        return;
+    }
+    for (; !records->Eof(); records->MoveNext()) {
+        for (std::int32_t i = 0; i < records->Fields()->Count(); ++i) {
+            static_cast<void>(records->Fields()->Item(i)->Value());
+        }
+    }
+    std::string written;
+    // Characters that XML cannot hold are read from no file, but from a text that is not UTF-8.
+    if (ends([&] { written = savedText(*records); })) {
+        require(savedText(*savedIn(written)) == written, "a recordset that reads otherwise");
+    }
+}
+
+constexpr std::array<Target, 9> kReaderTargets = {{{"scripts", &scripts, 10},
                                                    {"registrations", &registrations},
                                                    {"profiles", &profiles},
                                                    {"cards", &cards},
                                                    {"connections", &connections},
                                                    {"schemas", &schemas, 10},
                                                    {"settings", &settings},
+                                                   {"recordsets", &recordsets, 4},
                                                    {"databases", &databases, 40}}};
 
 }  // namespace
