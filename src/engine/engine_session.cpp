@@ -13,7 +13,8 @@ std::string databaseNameOf(const Options& options) {
 
 }  // namespace
 
-EngineSession::EngineSession(const Options& options)
+// All parts make statements and functions of their own, for which there may be no memory.
+EngineSession::EngineSession(const Options& options) try
     : connection_(options),
       counters_(connection_.database(), connection_.errorSlot()),
       catalogue_(connection_.database(), counters_),
@@ -21,6 +22,8 @@ EngineSession::EngineSession(const Options& options)
       scripts_(connection_, catalogue_, counters_, transactions_, state_),
       functions_(connection_, catalogue_, counters_, transactions_, state_, scripts_) {
     catalogue_.setDatabaseName(databaseNameOf(options));
+} catch (const SqliteError& error) {
+    throw openError(error, options.place());
 }
 
 void EngineSession::execute(ado::Request& request, ado::Reply& reply) {

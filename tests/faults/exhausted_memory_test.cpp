@@ -228,6 +228,21 @@ TEST_F(ExhaustedMemoryWithAFile, GivesANumberOrNone) {
         });
 }
 
+// Making SQL functions known to SQLite takes most of it, so not every request has its turn.
+TEST_F(ExhaustedMemoryWithAFile, IsToldWhenADatabaseIsOpened) {
+    bool failed = true;
+    for (std::int64_t nth = 1; failed; nth += 1 + nth / 16) {
+        for (const bool forGood : {false, true}) {
+            SCOPED_TRACE("request " + std::to_string(nth) + (forGood ? " and all after" : ""));
+            const auto opened = make<ado::Connection>();
+            const bool done =
+                endsInDoneOrError([&] { opened->Open(String(string_)); }, {nth, forGood}, failed);
+            EXPECT_EQ(done, opened->State() == ado::ObjectStateEnum::adStateOpen);
+        }
+    }
+    expectFree();
+}
+
 // Everything that can be made, its members, and what they give.
 class RandomCalls {
 public:

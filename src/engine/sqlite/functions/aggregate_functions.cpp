@@ -1,10 +1,10 @@
 #include <algorithm>
 #include <cmath>
 #include <new>
-#include <stdexcept>
 
 #include "engine/sqlite/functions/c_border.hpp"
 #include "engine/sqlite/functions/function_support.hpp"
+#include "engine/sqlite/sqlite.hpp"
 #include "engine/values/convert_families.hpp"
 #include "engine/values/exact.hpp"
 
@@ -216,9 +216,9 @@ void tellSpread(sqlite3_context* context) {
     sqlite3_result_double(context, kind.deviation ? std::sqrt(variance) : variance);
 }
 
-void checkRegistered(int result, const char* name) {
+void checkRegistered(int result, const Registrar& registrar) {
     if (result != SQLITE_OK) {
-        throw std::runtime_error(std::string("cannot register the SQL function ") + name);
+        throw lastError(registrar.connection());
     }
 }
 
@@ -234,23 +234,23 @@ void registerAggregateFunctions(Registrar& registrar) {
         checkRegistered(sqlite3_create_function_v2(registrar.connection(), kind.name, 1, kFlags,
                                                    new SumEntry{kind, &registrar.slot()}, nullptr,
                                                    stepSum, finishSum, destroySum),
-                        kind.name);
+                        registrar);
     }
     for (const SpreadKind& kind : kSpreads) {
         auto* entry = const_cast<SpreadKind*>(&kind);  // SQLite hands it back as it is
         checkRegistered(sqlite3_create_window_function(registrar.connection(), kind.name, 1, kFlags,
                                                        entry, stepSpread, tellSpread, tellSpread,
                                                        leaveSpread, nullptr),
-                        kind.name);
+                        registrar);
     }
     checkRegistered(sqlite3_create_window_function(registrar.connection(), "kap_checksum_agg", 1,
                                                    kFlags, nullptr, stepChecksum, tellChecksum,
                                                    tellChecksum, leaveChecksum, nullptr),
-                    "kap_checksum_agg");
+                    registrar);
     checkRegistered(
         sqlite3_create_function_v2(registrar.connection(), "kap_single", 1, kFlags,
                                    &registrar.slot(), nullptr, stepSingle, finishSingle, nullptr),
-        "kap_single");
+        registrar);
 }
 
 }  // namespace kap::engine

@@ -1,10 +1,9 @@
 #include "engine/sqlite/functions/function_support.hpp"
 
-#include <stdexcept>
-
 #include "engine/sqlite/functions/c_border.hpp"
 #include "engine/sqlite/functions/optimizations.hpp"
 #include "engine/sqlite/functions/registration.hpp"
+#include "engine/sqlite/sqlite.hpp"
 
 namespace kap::engine {
 
@@ -81,7 +80,7 @@ void Registrar::scalar(const char* name, int argumentCount, FunctionBody body, O
     const int result = sqlite3_create_function_v2(connection_, name, argumentCount, flags, entry,
                                                   callScalar, nullptr, nullptr, destroyFunction);
     if (result != SQLITE_OK) {
-        throw std::runtime_error(std::string("cannot register the SQL function ") + name);
+        throw lastError(connection_);
     }
 }
 
@@ -91,7 +90,7 @@ void Registrar::raw(const char* name, int argumentCount,
     const int result = sqlite3_create_function_v2(connection_, name, argumentCount, kFlags, nullptr,
                                                   body, nullptr, nullptr, nullptr);
     if (result != SQLITE_OK) {
-        throw std::runtime_error(std::string("cannot register the SQL function ") + name);
+        throw lastError(connection_);
     }
 }
 

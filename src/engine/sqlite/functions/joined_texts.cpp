@@ -1,6 +1,5 @@
 #include <algorithm>
 #include <memory>
-#include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
@@ -8,6 +7,7 @@
 #include "engine/sqlite/functions/c_border.hpp"
 #include "engine/sqlite/functions/function_support.hpp"
 #include "engine/sqlite/functions/kept_values.hpp"
+#include "engine/sqlite/sqlite.hpp"
 #include "engine/values/text_units.hpp"
 
 // STRING_AGG: the texts of a group joined, in an order of their own.
@@ -104,7 +104,7 @@ void registerJoinedTexts(Registrar& registrar) {
     if (sqlite3_create_function_v2(registrar.connection(), "kap_string_agg", -1, kFlags,
                                    &registrar.slot(), nullptr, stepJoin, finishJoin,
                                    nullptr) != SQLITE_OK) {
-        throw std::runtime_error("cannot register the SQL function kap_string_agg");
+        throw lastError(registrar.connection());
     }
 }
 

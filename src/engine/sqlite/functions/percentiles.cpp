@@ -2,7 +2,6 @@
 #include <cmath>
 #include <memory>
 #include <new>
-#include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
@@ -10,6 +9,7 @@
 #include "engine/sqlite/functions/c_border.hpp"
 #include "engine/sqlite/functions/function_support.hpp"
 #include "engine/sqlite/functions/kept_values.hpp"
+#include "engine/sqlite/sqlite.hpp"
 #include "tsql/server_error.hpp"
 
 // PERCENTILE_CONT and PERCENTILE_DISC: the value that stands at a fraction of the way through the
@@ -113,7 +113,7 @@ void providePercentile(Registrar& registrar, const char* name) {
     if (sqlite3_create_window_function(registrar.connection(), name, kArguments, kFlags,
                                        &registrar.slot(), stepPercentile, finishPercentile<kTell>,
                                        kTell, leavePercentile, nullptr) != SQLITE_OK) {
-        throw std::runtime_error(std::string("cannot register the SQL function ") + name);
+        throw lastError(registrar.connection());
     }
 }
 
