@@ -66,6 +66,7 @@ public:
     // said to be done; others may be there, or not, but never in part.
     static std::string fault(const Ref<ado::Connection>& connection,
                              const std::set<int>& acknowledged) {
+        connection->setCommandTimeout(0);  // after an hour's work there is much to look at
         try {
             connection->Execute(u"DBCC CHECKDB");
         } catch (const AutomationError& error) {
