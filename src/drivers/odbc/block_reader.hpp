@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "drivers/odbc/cell_buffer.hpp"
-#include "drivers/odbc/link.hpp"
+#include "drivers/odbc/odbc_connection.hpp"
 
 namespace kap::ado::odbc {
 

@@ -4,7 +4,7 @@
 #include <optional>
 #include <string>
 
-#include "drivers/odbc/link.hpp"
+#include "drivers/odbc/odbc_connection.hpp"
 
 namespace kap::ado::odbc {
 

@@ -5,7 +5,7 @@
 #include <memory>
 #include <mutex>
 
-#include "drivers/odbc/link.hpp"
+#include "drivers/odbc/odbc_connection.hpp"
 
 namespace kap::ado::odbc {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "drivers/odbc/link.hpp"
+#include "drivers/odbc/odbc_connection.hpp"
 
 namespace kap::ado::odbc {
 

@@ -4,7 +4,7 @@
 #include <string>
 
 #include "data/driver.hpp"
-#include "drivers/odbc/link.hpp"
+#include "drivers/odbc/odbc_connection.hpp"
 
 namespace kap::ado::odbc {
 

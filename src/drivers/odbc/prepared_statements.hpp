@@ -5,7 +5,7 @@
 #include <list>
 #include <string>
 
-#include "drivers/odbc/link.hpp"
+#include "drivers/odbc/odbc_connection.hpp"
 
 namespace kap::ado::odbc {
 

@@ -3,7 +3,7 @@
 #include <vector>
 
 #include "drivers/odbc/known_queries.hpp"
-#include "drivers/odbc/link.hpp"
+#include "drivers/odbc/odbc_connection.hpp"
 #include "drivers/odbc/table_facts.hpp"
 
 namespace kap::ado::odbc {

@@ -3,7 +3,7 @@
 #include <chrono>
 
 #include "data/driver.hpp"
-#include "drivers/odbc/link.hpp"
+#include "drivers/odbc/odbc_connection.hpp"
 
 namespace kap::ado::odbc {
 

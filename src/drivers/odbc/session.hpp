@@ -4,7 +4,7 @@
 #include <memory>
 
 #include "data/driver.hpp"
-#include "drivers/odbc/link.hpp"
+#include "drivers/odbc/odbc_connection.hpp"
 #include "drivers/odbc/result_columns.hpp"
 #include "drivers/odbc/row_changer.hpp"
 

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "drivers/odbc/column_types.hpp"
-#include "drivers/odbc/link.hpp"
+#include "drivers/odbc/odbc_connection.hpp"
 
 namespace kap::ado::odbc {
 

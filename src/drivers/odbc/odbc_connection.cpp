@@ -1,4 +1,4 @@
-#include "drivers/odbc/link.hpp"
+#include "drivers/odbc/odbc_connection.hpp"
 
 #include <algorithm>
 #include <utility>
