@@ -30,13 +30,13 @@ struct Option {
     std::function<std::string(const std::string&)> fault = nullptr;
 };
 
-struct Command {
+struct CommandDescription {
     std::string name = {};
     std::string summary = {};
     std::string details = {};  // stands below the options in the help
     std::vector<Option> options = {};
     std::function<int()> run = nullptr;  // gives the exit code; none where an action must be named
-    std::vector<Command> actions = {};   // "list" of "kaputil registry list"
+    std::vector<CommandDescription> actions = {};  // "list" of "kaputil registry list"
     // Words that are no options go here exactly as they were typed; null: words are as declared.
     std::vector<std::string>* words = nullptr;
 };

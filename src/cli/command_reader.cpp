@@ -58,18 +58,18 @@ void addOption(CLI::App& app, const Option& option) {
 
 // A command as it was declared, and what was typed of it.
 struct Declared {
-    const Command* command;
+    const CommandDescription* command;
     CLI::App* app;
     std::vector<Declared> actions = {};
 };
 
-Declared declare(CLI::App& above, const Command& command) {
+Declared declare(CLI::App& above, const CommandDescription& command) {
     Declared declared{&command, above.add_subcommand(command.name, command.summary)};
     declared.app->footer(command.details);
     for (const Option& option : command.options) {
         addOption(*declared.app, option);
     }
-    for (const Command& action : command.actions) {
+    for (const CommandDescription& action : command.actions) {
         declared.actions.push_back(declare(*declared.app, action));
     }
     declared.app->require_subcommand(declared.actions.empty() ? 0 : 1);
@@ -77,7 +77,7 @@ Declared declare(CLI::App& above, const Command& command) {
 }
 
 // The command that was typed; null when there is none.
-const Command* typed(const std::vector<Declared>& commands) {
+const CommandDescription* typed(const std::vector<Declared>& commands) {
     const auto found =
         std::ranges::find_if(commands, [](const Declared& each) { return each.app->parsed(); });
     if (found == commands.end()) {
@@ -92,7 +92,7 @@ public:
     CommandLine() {
         app_.set_version_flag("--version", versionText());
         app_.require_subcommand(0, 1);  // none is told below, after words that are no command
-        for (const Command& command : commands_) {
+        for (const CommandDescription& command : commands_) {
             declared_.push_back(declare(app_, command));
         }
     }
@@ -103,7 +103,7 @@ public:
         } catch (const CLI::ParseError& error) {
             return app_.exit(error) == 0 ? kSuccess : kWrongUsage;
         }
-        const Command* command = typed(declared_);
+        const CommandDescription* command = typed(declared_);
         if (command == nullptr) {
             return app_.exit(CLI::RequiredError::Subcommand(1)) == 0 ? kSuccess : kWrongUsage;
         }
@@ -125,7 +125,7 @@ private:
         app_.parse(std::move(arguments));
     }
 
-    static int runCommand(const Command& command) {
+    static int runCommand(const CommandDescription& command) {
         int code = kWrongUsage;
         try {
             code = command.run();
@@ -145,7 +145,7 @@ private:
     }
 
     CLI::App app_{"The command line of KAP Utility.", "kaputil"};
-    const std::vector<Command> commands_ = allCommands();
+    const std::vector<CommandDescription> commands_ = allCommands();
     std::vector<Declared> declared_;
 };
 

@@ -14,7 +14,7 @@
 
 namespace kap::cli {
 
-std::vector<Command> allCommands() {
+std::vector<CommandDescription> allCommands() {
     return {demoOptions(),    classesOptions(), callOptions(),     sqlOptions(),
             batchOptions(),   configOptions(),  registryOptions(), exportOptions(),
             numbersOptions(), copyOptions(),    describeOptions()};

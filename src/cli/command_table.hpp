@@ -7,6 +7,6 @@
 namespace kap::cli {
 
 // Every command, in the order of the help.
-[[nodiscard]] std::vector<Command> allCommands();
+[[nodiscard]] std::vector<CommandDescription> allCommands();
 
 }  // namespace kap::cli

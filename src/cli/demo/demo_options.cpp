@@ -6,7 +6,7 @@
 
 namespace kap::cli {
 
-Command demoOptions() {
+CommandDescription demoOptions() {
     const auto demo = std::make_shared<DemoCommand>();
     return {.name = "demo",
             .summary = "Two users edit the documents of a sample company.",

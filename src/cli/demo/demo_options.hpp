@@ -5,6 +5,6 @@
 namespace kap::cli {
 
 // `kaputil demo` with its options.
-[[nodiscard]] Command demoOptions();
+[[nodiscard]] CommandDescription demoOptions();
 
 }  // namespace kap::cli

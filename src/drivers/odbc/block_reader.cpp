@@ -22,15 +22,15 @@ SQLUSMALLINT numberOfColumn(std::size_t column) {
 
 }  // namespace
 
-BlockReader::BlockReader(Link& link, const Handle& statement,
+BlockReader::BlockReader(OdbcConnection& connection, const Handle& statement,
                          const std::vector<ColumnInfo>& columns)
-    : link_(link), statement_(statement) {
+    : connection_(connection), statement_(statement) {
     std::size_t rowBytes = 0;
     for (const ColumnInfo& column : columns) {
         cells_.emplace_back(column);
         rowBytes += cells_.back().rowBytes();
     }
-    const bool pieces = link.abilities().cellPieces;
+    const bool pieces = connection.abilities().cellPieces;
     const auto endless = std::ranges::find_if(columns, &ColumnInfo::isLong);
     bound_ =
         pieces ? columns.size() : static_cast<std::size_t>(std::distance(columns.begin(), endless));
@@ -50,14 +50,16 @@ void BlockReader::bind(std::size_t rows) {
     SQLHSTMT statement = statement_.get();
     blockRows_ = rows;
     states_.resize(rows);
-    link_.check(SQLSetStmtAttrW(statement, SQL_ATTR_ROW_ARRAY_SIZE, asPointer(rows), 0),
-                statement_);
-    link_.check(SQLSetStmtAttrW(statement, SQL_ATTR_ROWS_FETCHED_PTR, &fetched_, 0), statement_);
-    link_.check(SQLSetStmtAttrW(statement, SQL_ATTR_ROW_STATUS_PTR, states_.data(), 0), statement_);
+    connection_.check(SQLSetStmtAttrW(statement, SQL_ATTR_ROW_ARRAY_SIZE, asPointer(rows), 0),
+                      statement_);
+    connection_.check(SQLSetStmtAttrW(statement, SQL_ATTR_ROWS_FETCHED_PTR, &fetched_, 0),
+                      statement_);
+    connection_.check(SQLSetStmtAttrW(statement, SQL_ATTR_ROW_STATUS_PTR, states_.data(), 0),
+                      statement_);
     for (std::size_t i = 0; i < cells_.size(); ++i) {
         cells_[i].allocate(rows);
         if (i < bound_) {
-            link_.check(cells_[i].bind(statement, numberOfColumn(i)), statement_);
+            connection_.check(cells_[i].bind(statement, numberOfColumn(i)), statement_);
         }
     }
 }
@@ -75,8 +77,8 @@ bool BlockReader::readBlock(std::vector<ColumnInfo>& columns, std::vector<Column
         atEnd_ = true;
         return false;
     }
-    link_.check(code, statement_);
-    link_.progress();
+    connection_.check(code, statement_);
+    connection_.progress();
     checkRows();
     atEnd_ = blockRows_ > 1 && fetched_ < blockRows_;
     const std::size_t before = rows.front().size();
@@ -97,7 +99,7 @@ bool BlockReader::readBlock(std::vector<ColumnInfo>& columns, std::vector<Column
 void BlockReader::checkRows() {
     for (std::size_t row = 0; row < fetched_; ++row) {
         if (states_[row] == SQL_ROW_ERROR) {
-            throw DriverError(link_.failure(statement_), kErrorSource);
+            throw DriverError(connection_.failure(statement_), kErrorSource);
         }
     }
 }
@@ -107,7 +109,7 @@ void BlockReader::takeColumn(std::size_t column, ColumnInfo& info, ColumnStore& 
     const bool inBlock = column < bound_;
     for (std::size_t row = 0; row < fetched_; ++row) {
         if (!inBlock && !cells.isOpenEnded()) {
-            link_.check(cells.get(statement_.get(), numberOfColumn(column)), statement_);
+            connection_.check(cells.get(statement_.get(), numberOfColumn(column)), statement_);
         }
         if (cells.isOpenEnded() && (!inBlock || cells.isCut(row))) {
             takePieces(row, column, info, store);
@@ -120,15 +122,15 @@ void BlockReader::takeColumn(std::size_t column, ColumnInfo& info, ColumnStore& 
 void BlockReader::takePieces(std::size_t row, std::size_t column, ColumnInfo& info,
                              ColumnStore& store) {
     if (column < bound_) {
-        if (!link_.abilities().cellPieces) {
+        if (!connection_.abilities().cellPieces) {
             refuseValue(info, "it is longer than the database announced");
         }
-        link_.check(SQLSetPos(statement_.get(), static_cast<SQLSETPOSIROW>(row + 1), SQL_POSITION,
-                              SQL_LOCK_NO_CHANGE),
-                    statement_);
+        connection_.check(SQLSetPos(statement_.get(), static_cast<SQLSETPOSIROW>(row + 1),
+                                    SQL_POSITION, SQL_LOCK_NO_CHANGE),
+                          statement_);
     }
     bool isNull = false;
-    link_.check(
+    connection_.check(
         cells_[column].readPieces(statement_.get(), numberOfColumn(column), pieces_, isNull),
         statement_);
     if (isNull) {

@@ -17,7 +17,8 @@ namespace kap::ado::odbc {
 class BlockReader {
 public:
     // Binds the columns to the statement, which must not be used otherwise meanwhile.
-    BlockReader(Link& link, const Handle& statement, const std::vector<ColumnInfo>& columns);
+    BlockReader(OdbcConnection& connection, const Handle& statement,
+                const std::vector<ColumnInfo>& columns);
     ~BlockReader();
     BlockReader(const BlockReader&) = delete;
     BlockReader& operator=(const BlockReader&) = delete;
@@ -34,7 +35,7 @@ private:
     void takeColumn(std::size_t column, ColumnInfo& info, ColumnStore& store);
     void takePieces(std::size_t row, std::size_t column, ColumnInfo& info, ColumnStore& store);
 
-    Link& link_;
+    OdbcConnection& connection_;
     const Handle& statement_;
     std::vector<CellBuffer> cells_;
     std::size_t bound_ = 0;  // the columns in the block; those behind are read in pieces

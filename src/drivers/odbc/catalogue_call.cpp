@@ -26,7 +26,7 @@ bool CatalogueRows::next() {
     if (code == SQL_NO_DATA) {
         return false;
     }
-    link_.check(code, statement_);
+    connection_.check(code, statement_);
     return true;
 }
 
@@ -41,7 +41,7 @@ std::string CatalogueRows::text(SQLUSMALLINT column) {
         if (code == SQL_NO_DATA) {
             break;
         }
-        link_.check(code, statement_);
+        connection_.check(code, statement_);
         if (length == SQL_NULL_DATA) {
             break;
         }
@@ -56,8 +56,8 @@ std::string CatalogueRows::text(SQLUSMALLINT column) {
 std::optional<std::int64_t> CatalogueRows::number(SQLUSMALLINT column) {
     SQLBIGINT value = 0;
     SQLLEN length = 0;
-    link_.check(SQLGetData(statement_.get(), column, SQL_C_SBIGINT, &value, 0, &length),
-                statement_);
+    connection_.check(SQLGetData(statement_.get(), column, SQL_C_SBIGINT, &value, 0, &length),
+                      statement_);
     return length == SQL_NULL_DATA ? std::nullopt : std::optional<std::int64_t>(value);
 }
 

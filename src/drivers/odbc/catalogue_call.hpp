@@ -38,14 +38,15 @@ private:
 // The rows that a catalogue function answers, one after the other; columns from 1.
 class CatalogueRows {
 public:
-    CatalogueRows(Link& link, Handle statement) : link_(link), statement_(std::move(statement)) {}
+    CatalogueRows(OdbcConnection& connection, Handle statement)
+        : connection_(connection), statement_(std::move(statement)) {}
 
     [[nodiscard]] bool next();
     [[nodiscard]] std::string text(SQLUSMALLINT column);
     [[nodiscard]] std::optional<std::int64_t> number(SQLUSMALLINT column);
 
 private:
-    Link& link_;
+    OdbcConnection& connection_;
     Handle statement_;
 };
 

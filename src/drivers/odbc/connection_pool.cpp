@@ -14,11 +14,11 @@ bool same(const ConnectText& one, const ConnectText& other) {
     return one.text == other.text && one.oneResult == other.oneResult;
 }
 
-bool isWorthKeeping(const ConnectText& text, Link& link,
+bool isWorthKeeping(const ConnectText& text, OdbcConnection& connection,
                     std::chrono::steady_clock::time_point now) {
     const Pooling& rules = text.pooling;
-    const bool old = rules.lifetime.count() > 0 && now - link.opened() >= rules.lifetime;
-    return rules.wanted && !old && link.isBlank() && !link.hasEnded();
+    const bool old = rules.lifetime.count() > 0 && now - connection.opened() >= rules.lifetime;
+    return rules.wanted && !old && connection.isBlank() && !connection.hasEnded();
 }
 
 }  // namespace
@@ -29,29 +29,30 @@ ConnectionPool& ConnectionPool::shared() {
     return *pool;
 }
 
-std::shared_ptr<Link> ConnectionPool::open(const ConnectText& text) {
+std::shared_ptr<OdbcConnection> ConnectionPool::open(const ConnectText& text) {
     while (text.pooling.wanted) {
-        std::shared_ptr<Link> link = take(text);
-        if (!link) {
+        std::shared_ptr<OdbcConnection> connection = take(text);
+        if (!connection) {
             break;
         }
-        if (link->answers()) {
-            return link;
+        if (connection->answers()) {
+            return connection;
         }
     }
-    return std::make_shared<Link>(text);
+    return std::make_shared<OdbcConnection>(text);
 }
 
 // Called when objects end: what prevents keeping a connection lets it be closed.
-void ConnectionPool::close(const ConnectText& text, std::shared_ptr<Link> link) noexcept {
+void ConnectionPool::close(const ConnectText& text,
+                           std::shared_ptr<OdbcConnection> connection) noexcept {
     // Closing takes the server's time: not while others wait here.
     std::list<Kept> stale;
     try {
         const auto now = std::chrono::steady_clock::now();
-        const bool kept = isWorthKeeping(text, *link, now) && link.use_count() == 1;
+        const bool kept = isWorthKeeping(text, *connection, now) && connection.use_count() == 1;
         std::list<Kept> mine;
         if (kept) {
-            mine.push_back({text, std::move(link), now});
+            mine.push_back({text, std::move(connection), now});
         }
         const std::lock_guard lock(mutex_);
         stale = takeStale(now);
@@ -63,11 +64,11 @@ void ConnectionPool::close(const ConnectText& text, std::shared_ptr<Link> link) 
             stale.splice(stale.begin(), mine);
         }
     } catch (const std::exception&) {
-        link.reset();
+        connection.reset();
     }
 }
 
-std::shared_ptr<Link> ConnectionPool::take(const ConnectText& text) {
+std::shared_ptr<OdbcConnection> ConnectionPool::take(const ConnectText& text) {
     std::list<Kept> stale;
     const std::lock_guard lock(mutex_);
     stale = takeStale(std::chrono::steady_clock::now());
@@ -76,9 +77,9 @@ std::shared_ptr<Link> ConnectionPool::take(const ConnectText& text) {
     if (found == kept_.end()) {
         return nullptr;
     }
-    std::shared_ptr<Link> link = std::move(found->link);
+    std::shared_ptr<OdbcConnection> connection = std::move(found->connection);
     kept_.erase(found);
-    return link;
+    return connection;
 }
 
 std::list<ConnectionPool::Kept> ConnectionPool::takeStale(Time now) {

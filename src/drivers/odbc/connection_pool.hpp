@@ -10,24 +10,25 @@
 namespace kap::ado::odbc {
 
 // The connections that clients have closed and others may go on with: those of the process that are
-// blank (see Link::isBlank) and whose string asks for it. For any thread.
+// blank (see OdbcConnection::isBlank) and whose string asks for it. For any thread.
 class ConnectionPool {
 public:
     [[nodiscard]] static ConnectionPool& shared();
 
-    // A connection: one that was kept and still answers, or a new one. Raises what Link raises.
-    [[nodiscard]] std::shared_ptr<Link> open(const ConnectText& text);
+    // A connection: one that was kept and still answers, or a new one. Raises what OdbcConnection
+    // raises.
+    [[nodiscard]] std::shared_ptr<OdbcConnection> open(const ConnectText& text);
     // Nobody needs it any more: it is kept, or closed.
-    void close(const ConnectText& text, std::shared_ptr<Link> link) noexcept;
+    void close(const ConnectText& text, std::shared_ptr<OdbcConnection> connection) noexcept;
 
 private:
     using Time = std::chrono::steady_clock::time_point;
     struct Kept {
         ConnectText text;
-        std::shared_ptr<Link> link;
+        std::shared_ptr<OdbcConnection> connection;
         Time since;
     };
-    [[nodiscard]] std::shared_ptr<Link> take(const ConnectText& text);
+    [[nodiscard]] std::shared_ptr<OdbcConnection> take(const ConnectText& text);
     [[nodiscard]] std::list<Kept> takeStale(Time now);
 
     std::mutex mutex_;

@@ -4,32 +4,32 @@
 
 namespace kap::ado::odbc {
 
-LocalTransaction::LocalTransaction(Link& link, bool wanted)
-    : link_(link), open_(wanted && !link.inTransaction()) {
+LocalTransaction::LocalTransaction(OdbcConnection& connection, bool wanted)
+    : connection_(connection), open_(wanted && !connection.inTransaction()) {
     if (open_) {
-        link_.setAutoCommit(false);
+        connection_.setAutoCommit(false);
     }
 }
 
 LocalTransaction::~LocalTransaction() {
-    if (!open_ || link_.isLost()) {
+    if (!open_ || connection_.isLost()) {
         return;
     }
     try {
-        link_.endTransaction(false);
-        link_.setAutoCommit(true);
+        connection_.endTransaction(false);
+        connection_.setAutoCommit(true);
     } catch (const DriverError&) {
         // The error that has brought it here is the one that clients are told; what cannot be
         // undone must not be made to last by what comes next.
-        link_.giveUp();
+        connection_.giveUp();
     }
 }
 
 void LocalTransaction::commit() {
     if (open_) {
-        link_.endTransaction(true);
+        connection_.endTransaction(true);
         open_ = false;
-        link_.setAutoCommit(true);
+        connection_.setAutoCommit(true);
     }
 }
 

@@ -8,7 +8,7 @@ namespace kap::ado::odbc {
 // else in one of their own, which is undone unless it is committed.
 class LocalTransaction {
 public:
-    LocalTransaction(Link& link, bool wanted);
+    LocalTransaction(OdbcConnection& connection, bool wanted);
     ~LocalTransaction();
     LocalTransaction(const LocalTransaction&) = delete;
     LocalTransaction& operator=(const LocalTransaction&) = delete;
@@ -16,7 +16,7 @@ public:
     void commit();
 
 private:
-    Link& link_;
+    OdbcConnection& connection_;
     bool open_;
 };
 

@@ -75,53 +75,51 @@ constexpr std::chrono::milliseconds kEndTime(5000);
 
 }  // namespace
 
-Link::Link(const ConnectText& text)
-    : line_(text.port),
-      watchdog_([this] { line_.cut(); }),
-      connection_(SQL_HANDLE_DBC, environment()) {
+OdbcConnection::OdbcConnection(const ConnectText& text)
+    : line_(text.port), watchdog_([this] { line_.cut(); }), handle_(SQL_HANDLE_DBC, environment()) {
     const auto limited = limit(text.timeout);
     connect(text);
-    abilities_ = Abilities::of(connection_.get());
+    abilities_ = Abilities::of(handle_.get());
     abilities_.concurrent = abilities_.concurrent && !text.oneResult;
     line_.find([this] { (void)exchangeSomething(); });
     if (watchdog_.hasFired()) {
-        SQLDisconnect(connection_.get());
+        SQLDisconnect(handle_.get());
         throw connectError(noAnswer(), text.password);
     }
     connected_ = true;
 }
 
-void Link::connect(const ConnectText& text) {
+void OdbcConnection::connect(const ConnectText& text) {
     if (text.timeout.count() > 0) {
-        SQLSetConnectAttrW(connection_.get(), SQL_ATTR_LOGIN_TIMEOUT,
+        SQLSetConnectAttrW(handle_.get(), SQL_ATTR_LOGIN_TIMEOUT,
                            asPointer(static_cast<SQLULEN>(text.timeout.count())), SQL_IS_UINTEGER);
     }
     const String keys(text.text);
     const std::u16string units(keys.view());
-    const SQLRETURN code = SQLDriverConnectW(connection_.get(), nullptr, wide(units),
+    const SQLRETURN code = SQLDriverConnectW(handle_.get(), nullptr, wide(units),
                                              static_cast<SQLSMALLINT>(units.size()), nullptr, 0,
                                              nullptr, SQL_DRIVER_NOPROMPT);
     if (!SQL_SUCCEEDED(code)) {
         throw connectError(
-            watchdog_.hasFired() ? noAnswer() : diagnosticsOf(SQL_HANDLE_DBC, connection_.get()),
+            watchdog_.hasFired() ? noAnswer() : diagnosticsOf(SQL_HANDLE_DBC, handle_.get()),
             text.password);
     }
 }
 
 // A query that every server understands; what it answers does not matter.
-bool Link::exchangeSomething() {
-    const Handle statement(SQL_HANDLE_STMT, connection_.get());
+bool OdbcConnection::exchangeSomething() {
+    const Handle statement(SQL_HANDLE_STMT, handle_.get());
     std::u16string text = u"SELECT 1";
     return SQL_SUCCEEDED(
         SQLExecDirectW(statement.get(), wide(text), static_cast<SQLINTEGER>(text.size())));
 }
 
-bool Link::isBlank() const {
+bool OdbcConnection::isBlank() const {
     return !leftState_ && !inTransaction_ && !isolation_ && !isLost() &&
            std::ranges::none_of(reading_, [](const auto& each) { return !each.expired(); });
 }
 
-bool Link::answers() {
+bool OdbcConnection::answers() {
     if (isLost()) {
         return false;
     }
@@ -129,7 +127,7 @@ bool Link::answers() {
     return line_.isFound() ? !hasEnded() : exchangeSomething();
 }
 
-bool Link::hasEnded() {
+bool OdbcConnection::hasEnded() {
     switch (line_.look()) {
         case ServerLine::Sight::Ended:
             return true;
@@ -143,59 +141,59 @@ bool Link::hasEnded() {
     return false;
 }
 
-Link::~Link() {
+OdbcConnection::~OdbcConnection() {
     if (connected_) {
         const auto limited = endLimit();
         // What a client has left open is undone; there is nobody to tell a failure to.
-        SQLEndTran(SQL_HANDLE_DBC, connection_.get(), SQL_ROLLBACK);
-        SQLDisconnect(connection_.get());
+        SQLEndTran(SQL_HANDLE_DBC, handle_.get(), SQL_ROLLBACK);
+        SQLDisconnect(handle_.get());
     }
 }
 
-Watchdog::Limit Link::limit(std::chrono::seconds timeout) {
+Watchdog::Limit OdbcConnection::limit(std::chrono::seconds timeout) {
     return {watchdog_, timeout.count() > 0 ? timeout + kGrace : std::chrono::milliseconds(0)};
 }
 
-Watchdog::Limit Link::endLimit() {
+Watchdog::Limit OdbcConnection::endLimit() {
     return {watchdog_, kEndTime};
 }
 
-Handle Link::newStatement(std::chrono::seconds timeout) {
+Handle OdbcConnection::newStatement(std::chrono::seconds timeout) {
     requireAlive();
     makeWay();
     progress();
-    Handle statement(SQL_HANDLE_STMT, connection_.get());
+    Handle statement(SQL_HANDLE_STMT, handle_.get());
     limitStatement(statement, timeout);
     return statement;
 }
 
-void Link::renew(const Handle& statement, std::chrono::seconds timeout) {
+void OdbcConnection::renew(const Handle& statement, std::chrono::seconds timeout) {
     requireAlive();
     makeWay();
     progress();
     limitStatement(statement, timeout);
 }
 
-void Link::requireAlive() const {
+void OdbcConnection::requireAlive() const {
     if (isLost()) {
         throw driverError(errors::kUnspecified, "08S01", std::string(kLost) + ". " + kOpenAgain);
     }
 }
 
-void Link::check(SQLRETURN code, const Handle& handle) {
+void OdbcConnection::check(SQLRETURN code, const Handle& handle) {
     if (!SQL_SUCCEEDED(code)) {
         throw DriverError(failure(handle), kErrorSource);
     }
 }
 
-std::vector<ServerMessage> Link::failure(const Handle& handle) {
+std::vector<ServerMessage> OdbcConnection::failure(const Handle& handle) {
     if (watchdog_.hasFired()) {
         lost_ = true;
         return noAnswer();
     }
     std::vector<ServerMessage> messages = diagnosticsOf(handle.kind(), handle.get());
     SQLUINTEGER dead = SQL_CD_FALSE;
-    const SQLRETURN code = SQLGetConnectAttrW(connection_.get(), SQL_ATTR_CONNECTION_DEAD, &dead,
+    const SQLRETURN code = SQLGetConnectAttrW(handle_.get(), SQL_ATTR_CONNECTION_DEAD, &dead,
                                               SQL_IS_UINTEGER, nullptr);
     const bool said = std::ranges::any_of(messages, [](const ServerMessage& message) {
         return message.isError() && saysConnectionLost(message.state);
@@ -214,7 +212,7 @@ std::vector<ServerMessage> Link::failure(const Handle& handle) {
 }
 
 // Drivers say it in many ways: clients are told it in one, with the driver's words behind.
-void Link::tellOfLoss(std::vector<ServerMessage>& messages) const {
+void OdbcConnection::tellOfLoss(std::vector<ServerMessage>& messages) const {
     const auto first = std::ranges::find_if(messages, &ServerMessage::isError);
     const auto told = std::ranges::find_if(messages, [](const ServerMessage& message) {
         return message.isError() && saysConnectionLost(message.state);
@@ -231,7 +229,7 @@ void Link::tellOfLoss(std::vector<ServerMessage>& messages) const {
     }
 }
 
-void Link::setIsolation(IsolationLevelEnum level) {
+void OdbcConnection::setIsolation(IsolationLevelEnum level) {
     if (level == IsolationLevelEnum::adXactUnspecified) {
         return;
     }
@@ -245,43 +243,43 @@ void Link::setIsolation(IsolationLevelEnum level) {
     }
     makeWay();
     requireAlive();
-    check(SQLSetConnectAttrW(connection_.get(), SQL_ATTR_TXN_ISOLATION, asPointer(wanted),
+    check(SQLSetConnectAttrW(handle_.get(), SQL_ATTR_TXN_ISOLATION, asPointer(wanted),
                              SQL_IS_UINTEGER),
-          connection_);
+          handle_);
     isolation_ = wanted;
 }
 
-void Link::setAutoCommit(bool on) {
+void OdbcConnection::setAutoCommit(bool on) {
     makeWay();
     requireAlive();
     check(
-        SQLSetConnectAttrW(connection_.get(), SQL_ATTR_AUTOCOMMIT,
+        SQLSetConnectAttrW(handle_.get(), SQL_ATTR_AUTOCOMMIT,
                            asPointer(on ? SQL_AUTOCOMMIT_ON : SQL_AUTOCOMMIT_OFF), SQL_IS_UINTEGER),
-        connection_);
+        handle_);
     inTransaction_ = !on;
 }
 
-void Link::endTransaction(bool commit) {
+void OdbcConnection::endTransaction(bool commit) {
     makeWay();
     requireAlive();
     const SQLRETURN code =
-        SQLEndTran(SQL_HANDLE_DBC, connection_.get(), commit ? SQL_COMMIT : SQL_ROLLBACK);
+        SQLEndTran(SQL_HANDLE_DBC, handle_.get(), commit ? SQL_COMMIT : SQL_ROLLBACK);
     if (SQL_SUCCEEDED(code)) {
         return;
     }
-    std::vector<ServerMessage> messages = failure(connection_);
+    std::vector<ServerMessage> messages = failure(handle_);
     if (commit && isLost()) {
         messages.front().text += " Whether the transaction has been committed is not known.";
     }
     throw DriverError(std::move(messages), kErrorSource);
 }
 
-void Link::reading(const std::shared_ptr<PendingRows>& rows) {
+void OdbcConnection::reading(const std::shared_ptr<PendingRows>& rows) {
     std::erase_if(reading_, [](const auto& each) { return each.expired(); });
     reading_.push_back(rows);
 }
 
-void Link::makeWay() {
+void OdbcConnection::makeWay() {
     if (abilities_.concurrent) {
         return;
     }
@@ -292,7 +290,7 @@ void Link::makeWay() {
     }
 }
 
-void Link::endReading() {
+void OdbcConnection::endReading() {
     for (const auto& each : std::exchange(reading_, {})) {
         if (const auto rows = each.lock()) {
             rows->drop();

@@ -19,16 +19,16 @@ namespace kap::ado::odbc {
 class PendingRows;
 
 // The connection itself, shared by the session and by the results that are still being read.
-class Link {
+class OdbcConnection {
 public:
     // Raises DriverError: kTimeout when there is no connection within the time that the text gives,
     // kLogin for every other reason.
-    explicit Link(const ConnectText& text);
-    ~Link();
-    Link(const Link&) = delete;
-    Link& operator=(const Link&) = delete;
+    explicit OdbcConnection(const ConnectText& text);
+    ~OdbcConnection();
+    OdbcConnection(const OdbcConnection&) = delete;
+    OdbcConnection& operator=(const OdbcConnection&) = delete;
 
-    [[nodiscard]] SQLHDBC handle() const noexcept { return connection_.get(); }
+    [[nodiscard]] SQLHDBC handle() const noexcept { return handle_.get(); }
     [[nodiscard]] const Abilities& abilities() const noexcept { return abilities_; }
 
     // How long the server may be silent while the object lives; 0: as long as it likes. A server
@@ -86,7 +86,7 @@ private:
 
     ServerLine line_;
     Watchdog watchdog_;
-    Handle connection_;
+    Handle handle_;
     Abilities abilities_;
     const std::chrono::steady_clock::time_point opened_ = std::chrono::steady_clock::now();
     bool lost_ = false;

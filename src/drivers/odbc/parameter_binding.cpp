@@ -207,7 +207,7 @@ void ParameterBinding::add(const RequestParameter& parameter) {
     if (bound.direction != SQL_PARAM_INPUT) {
         makeRoom(bound, parameter);
     }
-    bind(bound, link_.abilities().server->namesParameters() ? parameter.name : std::string());
+    bind(bound, connection_.abilities().server->namesParameters() ? parameter.name : std::string());
 }
 
 // What comes back may be longer than what went in.
@@ -230,7 +230,7 @@ void ParameterBinding::makeRoom(Bound& bound, const RequestParameter& parameter)
 
 void ParameterBinding::bind(Bound& bound, const std::string& name) {
     const auto number = static_cast<SQLUSMALLINT>(bound_.size());
-    link_.check(
+    connection_.check(
         SQLBindParameter(statement_.get(), number, bound.direction, bound.form, bound.type,
                          bound.size, bound.decimals, bound.value, bound.room, &bound.length),
         statement_);
@@ -238,7 +238,7 @@ void ParameterBinding::bind(Bound& bound, const std::string& name) {
         return;
     }
     SQLHDESC description = kNoHandle;
-    link_.check(
+    connection_.check(
         SQLGetStmtAttrW(statement_.get(), SQL_ATTR_IMP_PARAM_DESC, &description, 0, nullptr),
         statement_);
     std::u16string units(String(name).view());

@@ -12,7 +12,8 @@ namespace kap::ado::odbc {
 // the statement has run and all of its results have been read.
 class ParameterBinding {
 public:
-    ParameterBinding(Link& link, const Handle& statement) : link_(link), statement_(statement) {}
+    ParameterBinding(OdbcConnection& connection, const Handle& statement)
+        : connection_(connection), statement_(statement) {}
 
     void add(DataTypeEnum type, std::uint8_t numericScale, const Value& value);
     void add(const RequestParameter& parameter);
@@ -48,7 +49,7 @@ private:
     void makeRoom(Bound& bound, const RequestParameter& parameter) const;
     void bind(Bound& bound, const std::string& name);
 
-    Link& link_;
+    OdbcConnection& connection_;
     const Handle& statement_;
     std::deque<Bound> bound_;  // addresses stay as they are
 };

@@ -17,13 +17,13 @@ void appendRow(const ColumnInfo& column, const ColumnStore& from, std::size_t ro
 
 }  // namespace
 
-PendingRows::PendingRows(std::shared_ptr<Link> link, Handle statement,
+PendingRows::PendingRows(std::shared_ptr<OdbcConnection> connection, Handle statement,
                          std::vector<ColumnInfo> columns, std::chrono::seconds timeout)
-    : link_(std::move(link)),
+    : connection_(std::move(connection)),
       statement_(std::move(statement)),
       columns_(std::move(columns)),
       timeout_(timeout) {
-    reader_.emplace(*link_, statement_, columns_);
+    reader_.emplace(*connection_, statement_, columns_);
 }
 
 bool PendingRows::readBlock(std::vector<ColumnInfo>& columns, std::vector<ColumnStore>& rows) {
@@ -83,7 +83,7 @@ void PendingRows::readAll(std::vector<ColumnStore>& rows) {
         return;
     }
     try {
-        const auto limited = link_->limit(timeout_);
+        const auto limited = connection_->limit(timeout_);
         while (reader_->readBlock(columns_, rows)) {
         }
     } catch (const DriverError& error) {
@@ -95,15 +95,15 @@ void PendingRows::readAll(std::vector<ColumnStore>& rows) {
 
 // The connection ends when nobody needs it any more.
 void PendingRows::release() {
-    if (!link_) {
+    if (!connection_) {
         return;
     }
     {
-        const auto limited = link_->endLimit();
+        const auto limited = connection_->endLimit();
         reader_.reset();
         statement_ = Handle();
     }
-    link_.reset();
+    connection_.reset();
 }
 
 }  // namespace kap::ado::odbc

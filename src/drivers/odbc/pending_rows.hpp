@@ -14,8 +14,8 @@ namespace kap::ado::odbc {
 class PendingRows final : public RowSource {
 public:
     // `timeout` is what reading may take before the server sends anything; 0: no limit.
-    PendingRows(std::shared_ptr<Link> link, Handle statement, std::vector<ColumnInfo> columns,
-                std::chrono::seconds timeout);
+    PendingRows(std::shared_ptr<OdbcConnection> connection, Handle statement,
+                std::vector<ColumnInfo> columns, std::chrono::seconds timeout);
     ~PendingRows() override { release(); }
     PendingRows(const PendingRows&) = delete;
     PendingRows& operator=(const PendingRows&) = delete;
@@ -37,7 +37,7 @@ private:
     void readAll(std::vector<ColumnStore>& rows);
     void release();
 
-    std::shared_ptr<Link> link_;
+    std::shared_ptr<OdbcConnection> connection_;
     Handle statement_;
     std::vector<ColumnInfo> columns_;
     std::chrono::seconds timeout_;

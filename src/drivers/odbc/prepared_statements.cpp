@@ -9,18 +9,18 @@ PreparedStatements::InUse PreparedStatements::of(const std::string& text,
                                                  std::chrono::seconds timeout) {
     const auto found = std::ranges::find(kept_, text, &Kept::text);
     if (found == kept_.end()) {
-        return {link_.newStatement(timeout), false};
+        return {connection_.newStatement(timeout), false};
     }
     Handle handle = std::move(found->handle);
     kept_.erase(found);
     if (handle.get() != kNoHandle) {
-        link_.renew(handle, timeout);
+        connection_.renew(handle, timeout);
         return {std::move(handle), true};
     }
-    handle = link_.newStatement(timeout);
+    handle = connection_.newStatement(timeout);
     const std::u16string units = String(text).units();
-    link_.check(SQLPrepareW(handle.get(), wide(units), static_cast<SQLINTEGER>(units.size())),
-                handle);
+    connection_.check(SQLPrepareW(handle.get(), wide(units), static_cast<SQLINTEGER>(units.size())),
+                      handle);
     return {std::move(handle), true};
 }
 

@@ -13,7 +13,7 @@ namespace kap::ado::odbc {
 // second time is prepared; it is kept until it has not been used for long.
 class PreparedStatements {
 public:
-    explicit PreparedStatements(Link& link) : link_(link) {}
+    explicit PreparedStatements(OdbcConnection& connection) : connection_(connection) {}
 
     // A statement for a text, in use until it is given back.
     struct InUse {
@@ -36,7 +36,7 @@ private:
     void keep(const std::string& text, Handle handle);
 
     static constexpr std::size_t kMost = 32;
-    Link& link_;
+    OdbcConnection& connection_;
     std::list<Kept> kept_;  // the last used first
 };
 

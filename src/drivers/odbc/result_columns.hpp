@@ -16,8 +16,8 @@ using BaseTables = std::map<std::string, TableName, std::less<>>;
 // versions by the catalogue.
 class ResultColumns {
 public:
-    ResultColumns(Link& link, TableCatalogue& catalogue, BaseTables& tables)
-        : link_(link), catalogue_(catalogue), tables_(tables) {}
+    ResultColumns(OdbcConnection& connection, TableCatalogue& catalogue, BaseTables& tables)
+        : connection_(connection), catalogue_(catalogue), tables_(tables) {}
 
     // Asks the catalogue for the tables of a query that is going to be run: where only one result
     // can be open, it cannot be asked later.
@@ -41,7 +41,7 @@ private:
     [[nodiscard]] std::string baseName(const TableName& table);
     [[nodiscard]] TableName nameOf(const QueryTable& table) const;
 
-    Link& link_;
+    OdbcConnection& connection_;
     TableCatalogue& catalogue_;
     BaseTables& tables_;
 };

@@ -46,7 +46,8 @@ void ResultReader::readAll(SQLRETURN code, Handle& statement, KnownQuery& query,
     } else if (SQL_SUCCEEDED(code)) {
         take(statement, query, results);
     }
-    while (statement.get() != kNoHandle && !link_->isLost() && advance(statement) == Next::Result) {
+    while (statement.get() != kNoHandle && !connection_->isLost() &&
+           advance(statement) == Next::Result) {
         take(statement, query, results);
     }
 }
@@ -57,13 +58,13 @@ void ResultReader::note(SQLRETURN code, const Handle& statement) {
     }
     std::vector<ServerMessage> told = code == SQL_SUCCESS_WITH_INFO
                                           ? diagnosticsOf(SQL_HANDLE_STMT, statement.get(), false)
-                                          : link_->failure(statement);
+                                          : connection_->failure(statement);
     std::ranges::move(told, std::back_inserter(messages_));
 }
 
 ResultReader::Next ResultReader::advance(const Handle& statement) {
     for (;;) {
-        link_->progress();
+        connection_->progress();
         const SQLRETURN code = SQLMoreResults(statement.get());
         if (code == SQL_NO_DATA) {
             return Next::End;
@@ -72,12 +73,12 @@ ResultReader::Next ResultReader::advance(const Handle& statement) {
             note(code, statement);
             return Next::Result;
         }
-        std::vector<ServerMessage> told = link_->failure(statement);
+        std::vector<ServerMessage> told = connection_->failure(statement);
         if (isEndOfResults(told)) {
             return Next::End;
         }
         std::ranges::move(told, std::back_inserter(messages_));
-        if (link_->isLost()) {
+        if (connection_->isLost()) {
             return Next::End;
         }
     }
@@ -85,7 +86,7 @@ ResultReader::Next ResultReader::advance(const Handle& statement) {
 
 void ResultReader::take(Handle& statement, KnownQuery& query, std::vector<Result>& results) {
     SQLSMALLINT count = 0;
-    link_->check(SQLNumResultCols(statement.get(), &count), statement);
+    connection_->check(SQLNumResultCols(statement.get(), &count), statement);
     if (count == 0) {
         takeCount(statement, results);
         return;
@@ -116,16 +117,16 @@ void ResultReader::takeRows(Handle& statement, Result& result) {
     const bool streams =
         mayStream_ && std::ranges::none_of(result.columns, &ColumnInfo::wideDecimal);
     if (streams) {
-        auto rows =
-            std::make_shared<PendingRows>(link_, std::move(statement), result.columns, timeout_);
+        auto rows = std::make_shared<PendingRows>(connection_, std::move(statement), result.columns,
+                                                  timeout_);
         (void)rows->readBlock(result.columns, result.rows);
         if (!rows->atEnd()) {
-            link_->reading(rows);
+            connection_->reading(rows);
             result.rest = std::move(rows);
         }
         return;
     }
-    BlockReader reader(*link_, statement, result.columns);
+    BlockReader reader(*connection_, statement, result.columns);
     while (reader.readBlock(result.columns, result.rows)) {
     }
     for (ColumnStore& store : result.rows) {

@@ -14,9 +14,9 @@ class ResultReader {
 public:
     // `mayStream`: nothing comes behind the first result, so that its rows may be left to be
     // fetched when they are needed.
-    ResultReader(const std::shared_ptr<Link>& link, ResultColumns& columns, bool mayStream,
-                 std::chrono::seconds timeout)
-        : link_(link), columns_(columns), mayStream_(mayStream), timeout_(timeout) {}
+    ResultReader(const std::shared_ptr<OdbcConnection>& connection, ResultColumns& columns,
+                 bool mayStream, std::chrono::seconds timeout)
+        : connection_(connection), columns_(columns), mayStream_(mayStream), timeout_(timeout) {}
 
     // `code` is what running the statement gave. The statement is taken over when rows are left in
     // it.
@@ -35,7 +35,7 @@ private:
     void takeRows(Handle& statement, Result& result);
     [[nodiscard]] Next advance(const Handle& statement);
 
-    std::shared_ptr<Link> link_;
+    std::shared_ptr<OdbcConnection> connection_;
     ResultColumns& columns_;
     bool mayStream_;
     std::chrono::seconds timeout_;

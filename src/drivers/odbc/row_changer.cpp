@@ -75,17 +75,18 @@ std::int64_t rowsOf(const Result& result) {
 
 }  // namespace
 
-ChangeOutcome RowChanger::apply(const RowChange& change, std::chrono::seconds timeout) {
+ChangeOutcome OdbcRowChanger::apply(const RowChange& change, std::chrono::seconds timeout) {
     const Target target = targetOf(change, timeout);
     return change.kind == RowChange::Kind::Read ? read(change, target, timeout)
                                                 : write(change, target, timeout);
 }
 
-RowChanger::Target RowChanger::targetOf(const RowChange& change, std::chrono::seconds timeout) {
+OdbcRowChanger::Target OdbcRowChanger::targetOf(const RowChange& change,
+                                                std::chrono::seconds timeout) {
     const auto found = tables_.find(change.table);
     const TableName table =
         found == tables_.end() ? TableName{{}, {}, change.table} : found->second;
-    const Abilities& abilities = link_->abilities();
+    const Abilities& abilities = connection_->abilities();
     std::string name = abilities.quoted(table.name);
     if (!table.schema.empty() || !table.catalog.empty()) {
         name.insert(0, (table.schema.empty() ? "" : abilities.quoted(table.schema)) + ".");
@@ -96,11 +97,11 @@ RowChanger::Target RowChanger::targetOf(const RowChange& change, std::chrono::se
     return {table, std::move(name), catalogue_.facts(table, timeout)};
 }
 
-ChangeOutcome RowChanger::read(const RowChange& change, const Target& target,
-                               std::chrono::seconds timeout) {
-    Command command = selectOf(change.readBack, target);
-    addCriteria(pointersTo(change.criteria), target, command.text, command.values);
-    const std::vector<Result> results = run(command, timeout);
+ChangeOutcome OdbcRowChanger::read(const RowChange& change, const Target& target,
+                                   std::chrono::seconds timeout) {
+    ParameterizedText query = selectOf(change.readBack, target);
+    addCriteria(pointersTo(change.criteria), target, query.text, query.values);
+    const std::vector<Result> results = run(query, timeout);
     ChangeOutcome outcome;
     outcome.rowsTouched = results.empty() ? 0 : rowsOf(results.front());
     if (outcome.rowsTouched > 1) {
@@ -112,14 +113,14 @@ ChangeOutcome RowChanger::read(const RowChange& change, const Target& target,
     return outcome;
 }
 
-ChangeOutcome RowChanger::write(const RowChange& change, const Target& target,
-                                std::chrono::seconds timeout) {
+ChangeOutcome OdbcRowChanger::write(const RowChange& change, const Target& target,
+                                    std::chrono::seconds timeout) {
     const bool alone = change.kind == RowChange::Kind::Insert || holdsKey(change, target.facts);
-    if (!alone && link_->inTransaction()) {
+    if (!alone && connection_->inTransaction()) {
         requireOneRow(change, target, timeout);  // what the client has open cannot be undone
     }
     const ServerDialect::Answer answer = dialect().answerTo(change, target.facts);
-    LocalTransaction transaction(*link_, !alone || answer == ServerDialect::Answer::Counted);
+    LocalTransaction transaction(*connection_, !alone || answer == ServerDialect::Answer::Counted);
     ChangeOutcome outcome = answered(answer, change, target, timeout);
     if (outcome.rowsTouched > 1) {
         throw tooManyRows();
@@ -128,8 +129,8 @@ ChangeOutcome RowChanger::write(const RowChange& change, const Target& target,
     return outcome;
 }
 
-ChangeOutcome RowChanger::answered(ServerDialect::Answer answer, const RowChange& change,
-                                   const Target& target, std::chrono::seconds timeout) {
+ChangeOutcome OdbcRowChanger::answered(ServerDialect::Answer answer, const RowChange& change,
+                                       const Target& target, std::chrono::seconds timeout) {
     switch (answer) {
         case ServerDialect::Answer::Returned:
             break;
@@ -152,8 +153,8 @@ ChangeOutcome RowChanger::answered(ServerDialect::Answer answer, const RowChange
     return selected(change, target, timeout);
 }
 
-ChangeOutcome RowChanger::returned(const RowChange& change, const Target& target,
-                                   std::chrono::seconds timeout) {
+ChangeOutcome OdbcRowChanger::returned(const RowChange& change, const Target& target,
+                                       std::chrono::seconds timeout) {
     Writing writing = this->writing(change, target);
     const std::vector<Result> results =
         run({dialect().returning(writing.row), std::move(writing.values)}, timeout);
@@ -170,21 +171,22 @@ ChangeOutcome RowChanger::returned(const RowChange& change, const Target& target
 }
 
 // Triggers may have answered with counts and rows of their own: ours come last.
-ChangeOutcome RowChanger::selected(const RowChange& change, const Target& target,
-                                   std::chrono::seconds timeout) {
+ChangeOutcome OdbcRowChanger::selected(const RowChange& change, const Target& target,
+                                       std::chrono::seconds timeout) {
     Writing writing = this->writing(change, target);
-    std::optional<Command> second = readingBack(change, target);
-    const bool own = !link_->inTransaction();
-    Command command{dialect().selecting(writing.row, second ? second->text : std::string(), own),
-                    std::move(writing.values)};
+    std::optional<ParameterizedText> second = readingBack(change, target);
+    const bool own = !connection_->inTransaction();
+    ParameterizedText query{
+        dialect().selecting(writing.row, second ? second->text : std::string(), own),
+        std::move(writing.values)};
     if (second) {
-        std::ranges::move(second->values, std::back_inserter(command.values));
+        std::ranges::move(second->values, std::back_inserter(query.values));
     }
     std::vector<Result> results;
     try {
-        results = run(command, timeout);
+        results = run(query, timeout);
     } catch (const DriverError&) {
-        if (own && !link_->isLost()) {
+        if (own && !connection_->isLost()) {
             undo(timeout);
         }
         throw;
@@ -203,8 +205,8 @@ ChangeOutcome RowChanger::selected(const RowChange& change, const Target& target
     return outcome;
 }
 
-ChangeOutcome RowChanger::counted(const RowChange& change, const Target& target,
-                                  std::chrono::seconds timeout) {
+ChangeOutcome OdbcRowChanger::counted(const RowChange& change, const Target& target,
+                                      std::chrono::seconds timeout) {
     Writing writing = this->writing(change, target);
     std::vector<Result> results =
         run({ServerDialect::writing(writing.row), std::move(writing.values)}, timeout);
@@ -212,7 +214,7 @@ ChangeOutcome RowChanger::counted(const RowChange& change, const Target& target,
     for (const Result& result : results) {
         outcome.rowsTouched = result.rowsAffected.value_or(outcome.rowsTouched);
     }
-    const std::optional<Command> second = readingBack(change, target);
+    const std::optional<ParameterizedText> second = readingBack(change, target);
     if (second && outcome.rowsTouched == 1) {
         results = run(*second, timeout);
         if (!results.empty() && rowsOf(results.back()) == 1) {
@@ -223,12 +225,12 @@ ChangeOutcome RowChanger::counted(const RowChange& change, const Target& target,
 }
 
 // Nothing tells the rows of a table without key apart but their values.
-void RowChanger::requireOneRow(const RowChange& change, const Target& target,
-                               std::chrono::seconds timeout) {
-    Command command;
-    command.text = "SELECT COUNT(*) FROM " + target.name;
-    addCriteria(pointersTo(change.criteria), target, command.text, command.values);
-    const std::vector<Result> results = run(command, timeout);
+void OdbcRowChanger::requireOneRow(const RowChange& change, const Target& target,
+                                   std::chrono::seconds timeout) {
+    ParameterizedText query;
+    query.text = "SELECT COUNT(*) FROM " + target.name;
+    addCriteria(pointersTo(change.criteria), target, query.text, query.values);
+    const std::vector<Result> results = run(query, timeout);
     const bool one = !results.empty() && rowsOf(results.front()) == 1 &&
                      results.front().rows.front().integer(0) <= 1;
     if (!one) {
@@ -236,32 +238,33 @@ void RowChanger::requireOneRow(const RowChange& change, const Target& target,
     }
 }
 
-std::vector<Result> RowChanger::run(const Command& command, std::chrono::seconds timeout) {
-    PreparedStatements::InUse statement = prepared_.of(command.text, timeout);
+std::vector<Result> OdbcRowChanger::run(const ParameterizedText& query,
+                                        std::chrono::seconds timeout) {
+    PreparedStatements::InUse statement = prepared_.of(query.text, timeout);
     std::vector<Result> results;
     {
-        ParameterBinding parameters(*link_, statement.handle);
-        for (const ColumnValue* value : command.values) {
+        ParameterBinding parameters(*connection_, statement.handle);
+        for (const ColumnValue* value : query.values) {
             parameters.add(value->type, value->numericScale, value->value);
         }
-        ResultColumns columns(*link_, catalogue_, tables_);
-        ResultReader reader(link_, columns, false, timeout);
+        ResultColumns columns(*connection_, catalogue_, tables_);
+        ResultReader reader(connection_, columns, false, timeout);
         // Drivers tell where the columns of their answers come from, or it does not matter.
-        KnownQuery& known = queries_.of(command.text);
+        KnownQuery& known = queries_.of(query.text);
         known.analysis = {};
         known.oneResult = true;
-        const SQLRETURN code = PreparedStatements::run(statement, command.text);
+        const SQLRETURN code = PreparedStatements::run(statement, query.text);
         reader.readAll(code, statement.handle, known, results);
         if (reader.failed()) {
             throw DriverError(std::move(reader.messages()), kErrorSource);
         }
-        prepared_.giveBack(command.text, std::move(statement));
+        prepared_.giveBack(query.text, std::move(statement));
     }
     return results;
 }
 
 // What a text of several statements has left open.
-void RowChanger::undo(std::chrono::seconds timeout) {
+void OdbcRowChanger::undo(std::chrono::seconds timeout) {
     const std::string text = dialect().undoing();
     if (text.empty()) {
         return;
@@ -269,18 +272,19 @@ void RowChanger::undo(std::chrono::seconds timeout) {
     try {
         (void)run({text, {}}, timeout);
     } catch (const DriverError&) {
-        link_->giveUp();  // nothing must make it last
+        connection_->giveUp();  // nothing must make it last
     }
 }
 
-RowChanger::Writing RowChanger::writing(const RowChange& change, const Target& target) const {
+OdbcRowChanger::Writing OdbcRowChanger::writing(const RowChange& change,
+                                                const Target& target) const {
     Writing made;
     made.row.kind = change.kind;
     made.row.table = target.name;
     made.row.answer = quoted(change.readBack);
     for (const ColumnValue& value : change.values) {
         const TableFacts::Column* fact = target.facts.find(value.column);
-        made.row.columns.push_back(link_->abilities().quoted(value.column));
+        made.row.columns.push_back(connection_->abilities().quoted(value.column));
         made.row.marks.push_back(fact == nullptr ? "?" : dialect().mark(fact->type));
         made.values.push_back(&value);
     }
@@ -292,18 +296,18 @@ RowChanger::Writing RowChanger::writing(const RowChange& change, const Target& t
 
 // The statement that reads the row which the one before it has written; nothing when the row cannot
 // be told, or nothing of it is wanted.
-std::optional<Command> RowChanger::readingBack(const RowChange& change,
-                                               const Target& target) const {
+std::optional<ParameterizedText> OdbcRowChanger::readingBack(const RowChange& change,
+                                                             const Target& target) const {
     if (change.kind == RowChange::Kind::Delete || change.readBack.empty()) {
         return std::nullopt;
     }
-    Command command = selectOf(change.readBack, target);
+    ParameterizedText query = selectOf(change.readBack, target);
     const auto identity = std::ranges::find_if(target.facts.columns, &TableFacts::Column::identity);
     const std::string given = dialect().lastIdentity();
     if (change.kind == RowChange::Kind::Insert && identity != target.facts.columns.end() &&
         !given.empty()) {
-        command.text += " WHERE " + link_->abilities().quoted(identity->name) + " = " + given;
-        return command;
+        query.text += " WHERE " + connection_->abilities().quoted(identity->name) + " = " + given;
+        return query;
     }
     std::vector<const ColumnValue*> key;
     for (const std::string& part : target.facts.key) {
@@ -313,20 +317,21 @@ std::optional<Command> RowChanger::readingBack(const RowChange& change,
     if (key.empty() || std::ranges::find(key, nullptr) != key.end()) {
         return std::nullopt;
     }
-    addCriteria(key, target, command.text, command.values);
-    return command;
+    addCriteria(key, target, query.text, query.values);
+    return query;
 }
 
-std::vector<std::string> RowChanger::quoted(const std::vector<std::string>& names) const {
+std::vector<std::string> OdbcRowChanger::quoted(const std::vector<std::string>& names) const {
     std::vector<std::string> made;
     made.reserve(names.size());
     for (const std::string& name : names) {
-        made.push_back(link_->abilities().quoted(name));
+        made.push_back(connection_->abilities().quoted(name));
     }
     return made;
 }
 
-Command RowChanger::selectOf(const std::vector<std::string>& names, const Target& target) const {
+ParameterizedText OdbcRowChanger::selectOf(const std::vector<std::string>& names,
+                                           const Target& target) const {
     std::string list;
     for (const std::string& name : quoted(names)) {
         list += (list.empty() ? "" : ", ") + name;
@@ -334,12 +339,13 @@ Command RowChanger::selectOf(const std::vector<std::string>& names, const Target
     return {"SELECT " + (list.empty() ? "1" : list) + " FROM " + target.name, {}};
 }
 
-void RowChanger::addCriteria(const std::vector<const ColumnValue*>& criteria, const Target& target,
-                             std::string& text, std::vector<const ColumnValue*>& values) const {
+void OdbcRowChanger::addCriteria(const std::vector<const ColumnValue*>& criteria,
+                                 const Target& target, std::string& text,
+                                 std::vector<const ColumnValue*>& values) const {
     const char* joint = " WHERE ";
     for (const ColumnValue* value : criteria) {
         const TableFacts::Column* fact = target.facts.find(value->column);
-        const std::string name = link_->abilities().quoted(value->column);
+        const std::string name = connection_->abilities().quoted(value->column);
         text += joint;
         joint = " AND ";
         if (std::holds_alternative<std::monostate>(value->value)) {

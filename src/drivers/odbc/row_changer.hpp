@@ -11,7 +11,7 @@
 namespace kap::ado::odbc {
 
 // A statement with the values of its parameters.
-struct Command {
+struct ParameterizedText {
     std::string text;
     std::vector<const ColumnValue*> values;
 };
@@ -22,10 +22,14 @@ struct Command {
 // server can say them, in the same round trip and the same transaction: what drivers count is
 // falsified by triggers, and what is read later may be another client's. A row without a key is
 // written in a transaction that is undone when it was not alone.
-class RowChanger {
+class OdbcRowChanger {
 public:
-    RowChanger(std::shared_ptr<Link> link, TableCatalogue& catalogue, BaseTables& tables)
-        : link_(std::move(link)), catalogue_(catalogue), tables_(tables), prepared_(*link_) {}
+    OdbcRowChanger(std::shared_ptr<OdbcConnection> connection, TableCatalogue& catalogue,
+                   BaseTables& tables)
+        : connection_(std::move(connection)),
+          catalogue_(catalogue),
+          tables_(tables),
+          prepared_(*connection_) {}
 
     // The tables may have changed.
     void forget() {
@@ -62,21 +66,22 @@ private:
     [[nodiscard]] ChangeOutcome counted(const RowChange& change, const Target& target,
                                         std::chrono::seconds timeout);
     void requireOneRow(const RowChange& change, const Target& target, std::chrono::seconds timeout);
-    [[nodiscard]] std::vector<Result> run(const Command& command, std::chrono::seconds timeout);
+    [[nodiscard]] std::vector<Result> run(const ParameterizedText& query,
+                                          std::chrono::seconds timeout);
     void undo(std::chrono::seconds timeout);
 
     [[nodiscard]] Writing writing(const RowChange& change, const Target& target) const;
-    [[nodiscard]] std::optional<Command> readingBack(const RowChange& change,
-                                                     const Target& target) const;
+    [[nodiscard]] std::optional<ParameterizedText> readingBack(const RowChange& change,
+                                                               const Target& target) const;
     [[nodiscard]] std::vector<std::string> quoted(const std::vector<std::string>& names) const;
-    [[nodiscard]] Command selectOf(const std::vector<std::string>& names,
-                                   const Target& target) const;
+    [[nodiscard]] ParameterizedText selectOf(const std::vector<std::string>& names,
+                                             const Target& target) const;
     // Appends the criteria to a text, and their values.
     void addCriteria(const std::vector<const ColumnValue*>& criteria, const Target& target,
                      std::string& text, std::vector<const ColumnValue*>& values) const;
-    [[nodiscard]] const ServerDialect& dialect() const { return *link_->abilities().server; }
+    [[nodiscard]] const ServerDialect& dialect() const { return *connection_->abilities().server; }
 
-    std::shared_ptr<Link> link_;
+    std::shared_ptr<OdbcConnection> connection_;
     TableCatalogue& catalogue_;
     BaseTables& tables_;
     KnownQueries queries_;

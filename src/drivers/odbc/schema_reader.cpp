@@ -17,20 +17,20 @@ using Cells = std::vector<SchemaRows::Cell>;
 // Asks one catalogue function after the other and hands its rows over.
 class SchemaReader {
 public:
-    SchemaReader(Link& link, SchemaRows& rows, const SchemaRestrictions& wanted,
+    SchemaReader(OdbcConnection& connection, SchemaRows& rows, const SchemaRestrictions& wanted,
                  std::chrono::seconds timeout)
-        : link_(link), rows_(rows), wanted_(wanted), timeout_(timeout) {}
+        : connection_(connection), rows_(rows), wanted_(wanted), timeout_(timeout) {}
 
     void addTables() {
         constexpr std::size_t kTypePlace = 3;
-        Handle statement = link_.newStatement(timeout_);
+        Handle statement = connection_.newStatement(timeout_);
         CatalogueName type(at(kTypePlace));
         Names names(*this, 2, true);
         check(SQLTablesW(statement.get(), names.catalog.text(), names.catalog.length(),
                          names.schema.text(), names.schema.length(), names.table.text(),
                          names.table.length(), type.text(), type.length()),
               statement);
-        CatalogueRows found(link_, std::move(statement));
+        CatalogueRows found(connection_, std::move(statement));
         while (found.next()) {
             rows_.add({{"TABLE_CATALOG", schemaText(found.text(1))},
                        {"TABLE_SCHEMA", schemaText(found.text(2))},
@@ -42,7 +42,7 @@ public:
 
     void addColumns() {
         constexpr std::size_t kColumnPlace = 3;
-        Handle statement = link_.newStatement(timeout_);
+        Handle statement = connection_.newStatement(timeout_);
         CatalogueName column(at(kColumnPlace), true);
         Names names(*this, 2, true);
         names.table.orAny();
@@ -51,7 +51,7 @@ public:
                           names.schema.text(), names.schema.length(), names.table.text(),
                           names.table.length(), column.text(), column.length()),
               statement);
-        CatalogueRows found(link_, std::move(statement));
+        CatalogueRows found(connection_, std::move(statement));
         while (found.next()) {
             rows_.add(columnCells(found));
         }
@@ -59,14 +59,14 @@ public:
 
     void addPrimaryKeys() {
         for (const auto& [catalog, schema, table] : tablesWanted(2)) {
-            Handle statement = link_.newStatement(timeout_);
+            Handle statement = connection_.newStatement(timeout_);
             CatalogueName names[] = {CatalogueName(given(catalog)), CatalogueName(given(schema)),
                                      CatalogueName(table)};
             check(SQLPrimaryKeysW(statement.get(), names[0].text(), names[0].length(),
                                   names[1].text(), names[1].length(), names[2].text(),
                                   names[2].length()),
                   statement);
-            CatalogueRows found(link_, std::move(statement));
+            CatalogueRows found(connection_, std::move(statement));
             while (found.next()) {
                 rows_.add({{"TABLE_CATALOG", schemaText(found.text(1))},
                            {"TABLE_SCHEMA", schemaText(found.text(2))},
@@ -82,14 +82,14 @@ public:
         constexpr std::size_t kTablePlace = 4;
         for (const auto& [catalog, schema, table] : tablesWanted(kTablePlace)) {
             const std::string primary = primaryKeyName(catalog, schema, table);
-            Handle statement = link_.newStatement(timeout_);
+            Handle statement = connection_.newStatement(timeout_);
             CatalogueName names[] = {CatalogueName(given(catalog)), CatalogueName(given(schema)),
                                      CatalogueName(table)};
             check(SQLStatisticsW(statement.get(), names[0].text(), names[0].length(),
                                  names[1].text(), names[1].length(), names[2].text(),
                                  names[2].length(), SQL_INDEX_ALL, SQL_QUICK),
                   statement);
-            CatalogueRows found(link_, std::move(statement));
+            CatalogueRows found(connection_, std::move(statement));
             while (found.next()) {
                 addIndex(found, primary);
             }
@@ -97,7 +97,7 @@ public:
     }
 
     void addTypes() {
-        CatalogueRows found(link_, typesInfo());
+        CatalogueRows found(connection_, typesInfo());
         while (found.next()) {
             rows_.add(typeCells(found));
         }
@@ -130,11 +130,11 @@ private:
     }
 
     [[nodiscard]] Handle typesInfo() {
-        Handle statement = link_.newStatement(timeout_);
+        Handle statement = connection_.newStatement(timeout_);
         const SQLRETURN code = SQLGetTypeInfoW(statement.get(), SQL_ALL_TYPES);
-        const std::string text = link_.abilities().server->typesQuery();
+        const std::string text = connection_.abilities().server->typesQuery();
         if (!SQL_SUCCEEDED(code) && !text.empty()) {
-            statement = link_.newStatement(timeout_);
+            statement = connection_.newStatement(timeout_);
             const std::u16string units = String(text).units();
             check(
                 SQLExecDirectW(statement.get(), wide(units), static_cast<SQLINTEGER>(units.size())),
@@ -148,24 +148,24 @@ private:
     // Programs name a table as they write it in texts.
     [[nodiscard]] std::optional<std::string> folded(std::size_t place) const {
         const auto name = at(place);
-        return name ? std::optional(link_.abilities().folded(*name)) : std::nullopt;
+        return name ? std::optional(connection_.abilities().folded(*name)) : std::nullopt;
     }
 
-    void check(SQLRETURN code, const Handle& statement) { link_.check(code, statement); }
+    void check(SQLRETURN code, const Handle& statement) { connection_.check(code, statement); }
 
     // These functions take one table only: all are asked for in turn, unless it is given.
     [[nodiscard]] std::vector<Place> tablesWanted(std::size_t tablePlace) {
         if (const auto table = folded(tablePlace)) {
             return {{at(0).value_or(""), at(1).value_or(""), *table}};
         }
-        Handle statement = link_.newStatement(timeout_);
+        Handle statement = connection_.newStatement(timeout_);
         Names names(*this, tablePlace, true);
         CatalogueName type(std::string("TABLE"));
         check(SQLTablesW(statement.get(), names.catalog.text(), names.catalog.length(),
                          names.schema.text(), names.schema.length(), names.table.text(),
                          names.table.length(), type.text(), type.length()),
               statement);
-        CatalogueRows found(link_, std::move(statement));
+        CatalogueRows found(connection_, std::move(statement));
         std::vector<Place> places;
         while (found.next()) {
             Place place;
@@ -179,13 +179,13 @@ private:
 
     [[nodiscard]] std::string primaryKeyName(const std::string& catalog, const std::string& schema,
                                              const std::string& table) {
-        Handle statement = link_.newStatement(timeout_);
+        Handle statement = connection_.newStatement(timeout_);
         CatalogueName names[] = {CatalogueName(given(catalog)), CatalogueName(given(schema)),
                                  CatalogueName(table)};
         check(SQLPrimaryKeysW(statement.get(), names[0].text(), names[0].length(), names[1].text(),
                               names[1].length(), names[2].text(), names[2].length()),
               statement);
-        CatalogueRows found(link_, std::move(statement));
+        CatalogueRows found(connection_, std::move(statement));
         return found.next() ? found.text(6) : std::string();
     }
 
@@ -204,7 +204,7 @@ private:
         const std::string defaultValue = found.text(13);
         const std::int64_t ordinal = found.number(17).value_or(0);
         ColumnInfo info;
-        describeType(type, link_.abilities().server->inventedSize(), info);
+        describeType(type, connection_.abilities().server->inventedSize(), info);
         cells.emplace_back("ORDINAL_POSITION", schemaNumber(ordinal));
         cells.emplace_back("COLUMN_HASDEFAULT", schemaFlag(!defaultValue.empty()));
         cells.emplace_back("COLUMN_DEFAULT", schemaText(defaultValue));
@@ -312,7 +312,7 @@ private:
                 {"IS_FIXEDLENGTH", schemaFlag(info.fixedLength)}};
     }
 
-    Link& link_;
+    OdbcConnection& connection_;
     SchemaRows& rows_;
     const SchemaRestrictions& wanted_;
     std::chrono::seconds timeout_;
@@ -320,10 +320,10 @@ private:
 
 }  // namespace
 
-Result schemaRowset(Link& link, SchemaEnum kind, const SchemaRestrictions& wanted,
+Result schemaRowset(OdbcConnection& connection, SchemaEnum kind, const SchemaRestrictions& wanted,
                     std::chrono::seconds timeout) {
     SchemaRows rows(kind, wanted);
-    SchemaReader reader(link, rows, wanted, timeout);
+    SchemaReader reader(connection, rows, wanted, timeout);
     switch (kind) {
         case SchemaEnum::adSchemaTables:
             reader.addTables();

@@ -8,7 +8,7 @@
 namespace kap::ado::odbc {
 
 // A schema rowset, answered by the driver's catalogue functions in the server's order.
-[[nodiscard]] Result schemaRowset(Link& link, SchemaEnum kind, const SchemaRestrictions& wanted,
-                                  std::chrono::seconds timeout);
+[[nodiscard]] Result schemaRowset(OdbcConnection& connection, SchemaEnum kind,
+                                  const SchemaRestrictions& wanted, std::chrono::seconds timeout);
 
 }  // namespace kap::ado::odbc

@@ -40,8 +40,10 @@ std::string callOf(const Request& request) {
 
 }  // namespace
 
-OdbcSession::Work::Work(std::shared_ptr<Link> opened)
-    : link(std::move(opened)), catalogue(*link), changer(link, catalogue, tables) {}
+OdbcSession::Work::Work(std::shared_ptr<OdbcConnection> opened)
+    : connection(std::move(opened)),
+      catalogue(*connection),
+      changer(connection, catalogue, tables) {}
 
 OdbcSession::OdbcSession(const ConnectText& text)
     : text_(text),
@@ -49,39 +51,39 @@ OdbcSession::OdbcSession(const ConnectText& text)
       timeout_(text.timeout) {}
 
 OdbcSession::~OdbcSession() {
-    std::shared_ptr<Link> link = work_->link;
-    link->endReading();
+    std::shared_ptr<OdbcConnection> connection = work_->connection;
+    connection->endReading();
     work_.reset();
-    ConnectionPool::shared().close(text_, std::move(link));
+    ConnectionPool::shared().close(text_, std::move(connection));
 }
 
-Link& OdbcSession::link() {
-    Link& now = *work_->link;
+OdbcConnection& OdbcSession::connection() {
+    OdbcConnection& now = *work_->connection;
     if (text_.pooling.wanted && depth_ == 0 && now.isBlank() && now.hasEnded()) {
         work_ = std::make_unique<Work>(ConnectionPool::shared().open(text_));
     }
-    return *work_->link;
+    return *work_->connection;
 }
 
 void OdbcSession::execute(Request& request, Reply& reply) {
     timeout_ = request.timeout;
-    Link& link = this->link();
-    const auto limited = link.limit(timeout_);
+    OdbcConnection& connection = this->connection();
+    const auto limited = connection.limit(timeout_);
     KnownQuery procedure;
     KnownQuery& known = request.procedure ? procedure : work_->queries.of(request.text);
     const QueryAnalysis& query = known.analysis;
     if (query.leavesState) {
-        link.leaveState();
+        connection.leaveState();
     }
-    ResultColumns columns(link, work_->catalogue, work_->tables);
+    ResultColumns columns(connection, work_->catalogue, work_->tables);
     columns.prepare(query, timeout_);
-    Handle statement = link.newStatement(timeout_);
-    ParameterBinding parameters(link, statement);
+    Handle statement = connection.newStatement(timeout_);
+    ParameterBinding parameters(connection, statement);
     for (const RequestParameter& parameter : request.parameters) {
         parameters.add(parameter);
     }
     // FreeTDS goes on behind a failure, but not behind that of the first statement.
-    const Abilities& abilities = link.abilities();
+    const Abilities& abilities = connection.abilities();
     const bool inFront = abilities.losesBehindFailure && query.mayFollow &&
                          request.parameters.empty() && !request.procedure;
     const std::u16string text =
@@ -91,7 +93,7 @@ void OdbcSession::execute(Request& request, Reply& reply) {
                          (query.isOneQuery ? abilities.server->said(request.text) : request.text))
             .units();
     const bool mayStream = query.isOneQuery && std::ranges::none_of(request.parameters, comesBack);
-    ResultReader reader(work_->link, columns, mayStream, timeout_);
+    ResultReader reader(work_->connection, columns, mayStream, timeout_);
     const SQLRETURN code =
         SQLExecDirectW(statement.get(), wide(text), static_cast<SQLINTEGER>(text.size()));
     reader.readAll(code, statement, known, reply.results);
@@ -116,36 +118,36 @@ void OdbcSession::forgetTables() {
 }
 
 ChangeOutcome OdbcSession::apply(const RowChange& change) {
-    const auto limited = link().limit(timeout_);
+    const auto limited = connection().limit(timeout_);
     return work_->changer.apply(change, timeout_);
 }
 
 Result OdbcSession::schema(SchemaEnum kind, const SchemaRestrictions& wanted) {
-    const auto limited = link().limit(timeout_);
-    return schemaRowset(*work_->link, kind, wanted, timeout_);
+    const auto limited = connection().limit(timeout_);
+    return schemaRowset(*work_->connection, kind, wanted, timeout_);
 }
 
 std::string OdbcSession::quotedName(std::string_view name) const {
-    const Abilities& abilities = work_->link->abilities();
+    const Abilities& abilities = work_->connection->abilities();
     return abilities.quoted(abilities.folded(name));
 }
 
 void OdbcSession::setIsolation(IsolationLevelEnum level) {
-    const auto limited = link().limit(timeout_);
-    work_->link->setIsolation(level);
+    const auto limited = connection().limit(timeout_);
+    work_->connection->setIsolation(level);
 }
 
 // Servers seldom nest transactions: the inner ones are counted here.
 void OdbcSession::begin() {
     if (depth_ == 0) {
-        const auto limited = link().limit(timeout_);
-        work_->link->setAutoCommit(false);
+        const auto limited = connection().limit(timeout_);
+        work_->connection->setAutoCommit(false);
     }
     ++depth_;
 }
 
 Product OdbcSession::product() {
-    return productOf(work_->link->handle());
+    return productOf(work_->connection->handle());
 }
 
 void OdbcSession::commit() {
@@ -163,14 +165,14 @@ void OdbcSession::rollback() {
     if (depth_ == 0) {
         noTransaction("ROLLBACK");
     }
-    if (work_->link->isLost()) {
+    if (work_->connection->isLost()) {
         depth_ = 0;  // the server has undone it
         return;
     }
     try {
         endTransaction(false);
     } catch (const DriverError&) {
-        if (work_->link->isLost()) {
+        if (work_->connection->isLost()) {
             return;  // the server undoes it without being told
         }
         // An error may have ended it already, which is no failure of undoing it.
@@ -178,12 +180,12 @@ void OdbcSession::rollback() {
             throw;
         }
         depth_ = 0;
-        work_->link->setAutoCommit(true);
+        work_->connection->setAutoCommit(true);
     }
 }
 
 bool OdbcSession::hasNoTransaction() {
-    const std::string query = work_->link->abilities().server->openTransactions();
+    const std::string query = work_->connection->abilities().server->openTransactions();
     if (query.empty()) {
         return false;
     }
@@ -194,18 +196,18 @@ bool OdbcSession::hasNoTransaction() {
 
 // A commit that fails leaves the transaction open, as long as there is a connection.
 void OdbcSession::endTransaction(bool commit) {
-    Link& link = *work_->link;
-    const auto limited = link.limit(timeout_);
+    OdbcConnection& connection = *work_->connection;
+    const auto limited = connection.limit(timeout_);
     try {
-        link.endTransaction(commit);
+        connection.endTransaction(commit);
     } catch (const DriverError&) {
-        if (link.isLost()) {
+        if (connection.isLost()) {
             depth_ = 0;
         }
         throw;
     }
     depth_ = 0;
-    link.setAutoCommit(true);
+    connection.setAutoCommit(true);
 }
 
 }  // namespace kap::ado::odbc

@@ -31,18 +31,18 @@ public:
 private:
     // The connection and what is known of its server's tables.
     struct Work {
-        explicit Work(std::shared_ptr<Link> opened);
+        explicit Work(std::shared_ptr<OdbcConnection> opened);
 
-        std::shared_ptr<Link> link;
+        std::shared_ptr<OdbcConnection> connection;
         TableCatalogue catalogue;
         BaseTables tables;
         KnownQueries queries;
-        RowChanger changer;
+        OdbcRowChanger changer;
     };
 
     // The connection for a call that begins. Where the server has ended it while nobody used it,
     // and it was blank, it is another one; with a pool only, for else a loss is told.
-    Link& link();
+    OdbcConnection& connection();
     void endTransaction(bool commit);
     // Whether the server says that there is no transaction any more.
     [[nodiscard]] bool hasNoTransaction();

@@ -51,15 +51,15 @@ bool saysIdentity(const std::string& typeName, const std::string& defaultValue) 
 }
 
 // Schemas in the way of the search path may have a table of the same name: the first one holds.
-void readColumns(Link& link, const TableName& table, std::chrono::seconds timeout,
+void readColumns(OdbcConnection& connection, const TableName& table, std::chrono::seconds timeout,
                  TableFacts& facts) {
-    Handle statement = link.newStatement(timeout);
+    Handle statement = connection.newStatement(timeout);
     NameParts parts(table, true);
-    link.check(SQLColumnsW(statement.get(), parts.catalog.text(), parts.catalog.length(),
-                           parts.schema.text(), parts.schema.length(), parts.name.text(),
-                           parts.name.length(), nullptr, 0),
-               statement);
-    CatalogueRows rows(link, std::move(statement));
+    connection.check(SQLColumnsW(statement.get(), parts.catalog.text(), parts.catalog.length(),
+                                 parts.schema.text(), parts.schema.length(), parts.name.text(),
+                                 parts.name.length(), nullptr, 0),
+                     statement);
+    CatalogueRows rows(connection, std::move(statement));
     std::string schema;
     while (rows.next()) {
         const std::string own = rows.text(2);
@@ -84,15 +84,15 @@ void readColumns(Link& link, const TableName& table, std::chrono::seconds timeou
     }
 }
 
-std::vector<std::string> primaryKey(Link& link, const TableName& table,
+std::vector<std::string> primaryKey(OdbcConnection& connection, const TableName& table,
                                     std::chrono::seconds timeout) {
-    Handle statement = link.newStatement(timeout);
+    Handle statement = connection.newStatement(timeout);
     NameParts parts(table, false);
-    link.check(SQLPrimaryKeysW(statement.get(), parts.catalog.text(), parts.catalog.length(),
-                               parts.schema.text(), parts.schema.length(), parts.name.text(),
-                               parts.name.length()),
-               statement);
-    CatalogueRows rows(link, std::move(statement));
+    connection.check(SQLPrimaryKeysW(statement.get(), parts.catalog.text(), parts.catalog.length(),
+                                     parts.schema.text(), parts.schema.length(), parts.name.text(),
+                                     parts.name.length()),
+                     statement);
+    CatalogueRows rows(connection, std::move(statement));
     std::vector<std::string> key;
     while (rows.next()) {
         key.push_back(rows.text(4));
@@ -106,15 +106,15 @@ struct UniqueIndex {
     bool usable = true;
 };
 
-std::vector<UniqueIndex> uniqueIndexes(Link& link, const TableName& table,
+std::vector<UniqueIndex> uniqueIndexes(OdbcConnection& connection, const TableName& table,
                                        std::chrono::seconds timeout) {
-    Handle statement = link.newStatement(timeout);
+    Handle statement = connection.newStatement(timeout);
     NameParts parts(table, false);
-    link.check(SQLStatisticsW(statement.get(), parts.catalog.text(), parts.catalog.length(),
-                              parts.schema.text(), parts.schema.length(), parts.name.text(),
-                              parts.name.length(), SQL_INDEX_UNIQUE, SQL_QUICK),
-               statement);
-    CatalogueRows rows(link, std::move(statement));
+    connection.check(SQLStatisticsW(statement.get(), parts.catalog.text(), parts.catalog.length(),
+                                    parts.schema.text(), parts.schema.length(), parts.name.text(),
+                                    parts.name.length(), SQL_INDEX_UNIQUE, SQL_QUICK),
+                     statement);
+    CatalogueRows rows(connection, std::move(statement));
     std::vector<UniqueIndex> indexes;
     while (rows.next()) {
         const bool many = rows.number(4).value_or(SQL_TRUE) != SQL_FALSE;
@@ -169,11 +169,12 @@ const TableFacts* TableCatalogue::known(const TableName& table) const {
 }
 
 TableFacts TableCatalogue::query(const std::string& text, std::chrono::seconds timeout) const {
-    Handle statement = link_.newStatement(timeout);
+    Handle statement = connection_.newStatement(timeout);
     const std::u16string units = String(text).units();
-    link_.check(SQLExecDirectW(statement.get(), wide(units), static_cast<SQLINTEGER>(units.size())),
-                statement);
-    CatalogueRows rows(link_, std::move(statement));
+    connection_.check(
+        SQLExecDirectW(statement.get(), wide(units), static_cast<SQLINTEGER>(units.size())),
+        statement);
+    CatalogueRows rows(connection_, std::move(statement));
     TableFacts made;
     std::map<std::int64_t, std::string> key;
     while (rows.next()) {
@@ -189,18 +190,18 @@ TableFacts TableCatalogue::query(const std::string& text, std::chrono::seconds t
 }
 
 TableFacts TableCatalogue::ask(const TableName& table, std::chrono::seconds timeout) const {
-    const std::string text = link_.abilities().server->factsQuery(table);
+    const std::string text = connection_.abilities().server->factsQuery(table);
     if (!text.empty()) {
         return query(text, timeout);
     }
     TableFacts made;
-    readColumns(link_, table, timeout, made);
+    readColumns(connection_, table, timeout, made);
     if (made.columns.empty()) {
         return made;
     }
-    made.key = primaryKey(link_, table, timeout);
+    made.key = primaryKey(connection_, table, timeout);
     if (made.key.empty()) {
-        made.key = uniqueKey(uniqueIndexes(link_, table, timeout), made);
+        made.key = uniqueKey(uniqueIndexes(connection_, table, timeout), made);
     }
     return made;
 }

@@ -45,7 +45,7 @@ struct TableFacts {
 // The tables of a connection's database, asked for once each.
 class TableCatalogue {
 public:
-    explicit TableCatalogue(Link& link) : link_(link) {}
+    explicit TableCatalogue(OdbcConnection& connection) : connection_(connection) {}
 
     // Asks the database for a table that is not known yet.
     const TableFacts& facts(const TableName& table, std::chrono::seconds timeout);
@@ -60,7 +60,7 @@ private:
     [[nodiscard]] TableFacts ask(const TableName& table, std::chrono::seconds timeout) const;
     [[nodiscard]] TableFacts query(const std::string& text, std::chrono::seconds timeout) const;
 
-    Link& link_;
+    OdbcConnection& connection_;
     std::map<TableName, TableFacts> tables_;
 };
 

@@ -6,7 +6,7 @@
 
 namespace kap::cli {
 
-Command batchOptions() {
+CommandDescription batchOptions() {
     const auto batch = std::make_shared<BatchCommand>();
     return {
         .name = "batch",

@@ -5,6 +5,6 @@
 namespace kap::cli {
 
 // `kaputil batch` with its options.
-[[nodiscard]] Command batchOptions();
+[[nodiscard]] CommandDescription batchOptions();
 
 }  // namespace kap::cli

@@ -6,7 +6,7 @@
 
 namespace kap::cli {
 
-Command callOptions() {
+CommandDescription callOptions() {
     const auto call = std::make_shared<CallCommand>();
     const auto shownInHelp = std::make_shared<std::string>();  // the words are taken before
     return {

@@ -5,6 +5,6 @@
 namespace kap::cli {
 
 // `kaputil call` with its options.
-[[nodiscard]] Command callOptions();
+[[nodiscard]] CommandDescription callOptions();
 
 }  // namespace kap::cli

@@ -6,7 +6,7 @@
 
 namespace kap::cli {
 
-Command classesOptions() {
+CommandDescription classesOptions() {
     const auto classes = std::make_shared<ClassesCommand>();
     return {
         .name = "classes",

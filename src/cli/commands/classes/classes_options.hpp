@@ -5,6 +5,6 @@
 namespace kap::cli {
 
 // `kaputil classes` with its options.
-[[nodiscard]] Command classesOptions();
+[[nodiscard]] CommandDescription classesOptions();
 
 }  // namespace kap::cli

@@ -20,7 +20,7 @@ constexpr const char* kFileForm =
     "allowed = 15|20|25, flags = 0|1, note = TEXT and mandatory = yes. Texts in quotes are\n"
     "written as in JSON.";
 
-void addSource(Command& command, ConfigurationSource& source) {
+void addSource(CommandDescription& command, ConfigurationSource& source) {
     command.options.push_back({.name = "--connection",
                                .placeholder = "STRING",
                                .target = &source.connection,
@@ -34,7 +34,7 @@ void addSource(Command& command, ConfigurationSource& source) {
                                .fault = &tableNameFault});
 }
 
-void addGroup(Command& command, std::string& group) {
+void addGroup(CommandDescription& command, std::string& group) {
     command.options.push_back({.name = "--group",
                                .placeholder = "NAME",
                                .target = &group,
@@ -42,14 +42,14 @@ void addGroup(Command& command, std::string& group) {
                                .required = true});
 }
 
-void addPath(Command& command, ConfigurationSource& source) {
+void addPath(CommandDescription& command, ConfigurationSource& source) {
     command.options.push_back({.name = "--path",
                                .placeholder = "PATH",
                                .target = &source.path,
                                .help = "Only what is below it, for example 'Vendite\\Documenti'."});
 }
 
-void addDeclaration(Command& command, ConfigurationSource& source) {
+void addDeclaration(CommandDescription& command, ConfigurationSource& source) {
     command.options.push_back(
         {.name = "--declaration",
          .placeholder = "FILE",
@@ -58,15 +58,15 @@ void addDeclaration(Command& command, ConfigurationSource& source) {
                  "tells which there are."});
 }
 
-void addJson(Command& command, bool& json, const char* help = "Print one JSON object.") {
+void addJson(CommandDescription& command, bool& json, const char* help = "Print one JSON object.") {
     command.options.push_back({.name = "--json", .target = &json, .help = help});
 }
 
-Command showAction() {
+CommandDescription showAction() {
     const auto show = std::make_shared<ConfigShow>();
-    Command command{.name = "show",
-                    .summary = "Show what is in force for a group, and why.",
-                    .run = [show] { return show->run(); }};
+    CommandDescription command{.name = "show",
+                               .summary = "Show what is in force for a group, and why.",
+                               .run = [show] { return show->run(); }};
     addSource(command, show->source);
     addGroup(command, show->group);
     addPath(command, show->source);
@@ -75,19 +75,19 @@ Command showAction() {
     return command;
 }
 
-Command diffAction() {
+CommandDescription diffAction() {
     const auto diff = std::make_shared<ConfigDiff>();
-    Command command{.name = "diff",
-                    .summary = "Show where two groups differ.",
-                    .options = {{.name = "GROUP1",
-                                 .target = &diff->first,
-                                 .help = "A group of users.",
-                                 .required = true},
-                                {.name = "GROUP2",
-                                 .target = &diff->second,
-                                 .help = "Another one.",
-                                 .required = true}},
-                    .run = [diff] { return diff->run(); }};
+    CommandDescription command{.name = "diff",
+                               .summary = "Show where two groups differ.",
+                               .options = {{.name = "GROUP1",
+                                            .target = &diff->first,
+                                            .help = "A group of users.",
+                                            .required = true},
+                                           {.name = "GROUP2",
+                                            .target = &diff->second,
+                                            .help = "Another one.",
+                                            .required = true}},
+                               .run = [diff] { return diff->run(); }};
     addSource(command, diff->source);
     addPath(command, diff->source);
     addDeclaration(command, diff->source);
@@ -95,11 +95,11 @@ Command diffAction() {
     return command;
 }
 
-Command exportAction() {
+CommandDescription exportAction() {
     const auto exporting = std::make_shared<ConfigExport>();
-    Command command{.name = "export",
-                    .summary = "Write the rows of a group into a file.",
-                    .run = [exporting] { return exporting->run(); }};
+    CommandDescription command{.name = "export",
+                               .summary = "Write the rows of a group into a file.",
+                               .run = [exporting] { return exporting->run(); }};
     addSource(command, exporting->source);
     addGroup(command, exporting->group);
     addPath(command, exporting->source);
@@ -111,11 +111,12 @@ Command exportAction() {
     return command;
 }
 
-Command importAction() {
+CommandDescription importAction() {
     const auto import = std::make_shared<ConfigImport>();
-    Command command{.name = "import",
-                    .summary = "Write a file into the rows of a group, all of it or nothing.",
-                    .run = [import] { return import->run(); }};
+    CommandDescription command{
+        .name = "import",
+        .summary = "Write a file into the rows of a group, all of it or nothing.",
+        .run = [import] { return import->run(); }};
     addSource(command, import->source);
     addGroup(command, import->group);
     addDeclaration(command, import->source);
@@ -132,7 +133,7 @@ Command importAction() {
 
 }  // namespace
 
-Command configOptions() {
+CommandDescription configOptions() {
     return {.name = "config",
             .summary = "Show, compare and carry the settings of groups.",
             .details = kFileForm,

@@ -5,6 +5,6 @@
 namespace kap::cli {
 
 // `kaputil config` with its options.
-[[nodiscard]] Command configOptions();
+[[nodiscard]] CommandDescription configOptions();
 
 }  // namespace kap::cli

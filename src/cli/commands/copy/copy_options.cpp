@@ -6,7 +6,7 @@
 
 namespace kap::cli {
 
-Command copyOptions() {
+CommandDescription copyOptions() {
     const auto copy = std::make_shared<CopyCommand>();
     return {.name = "copy",
             .summary = "Copy the tables of a database to another one.",

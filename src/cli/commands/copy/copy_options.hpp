@@ -5,6 +5,6 @@
 namespace kap::cli {
 
 // `kaputil copy` with its options.
-[[nodiscard]] Command copyOptions();
+[[nodiscard]] CommandDescription copyOptions();
 
 }  // namespace kap::cli

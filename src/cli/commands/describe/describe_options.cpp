@@ -7,7 +7,7 @@
 
 namespace kap::cli {
 
-Command describeOptions() {
+CommandDescription describeOptions() {
     const auto describe = std::make_shared<DescribeCommand>();
     return {
         .name = "describe",

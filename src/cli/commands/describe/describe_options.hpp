@@ -5,6 +5,6 @@
 namespace kap::cli {
 
 // `kaputil describe` with its options.
-[[nodiscard]] Command describeOptions();
+[[nodiscard]] CommandDescription describeOptions();
 
 }  // namespace kap::cli

@@ -6,7 +6,7 @@
 
 namespace kap::cli {
 
-Command exportOptions() {
+CommandDescription exportOptions() {
     const auto exporting = std::make_shared<ExportCommand>();
     return {.name = "export",
             .summary = "Write the rows of a query to a text file.",

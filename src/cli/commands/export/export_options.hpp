@@ -5,6 +5,6 @@
 namespace kap::cli {
 
 // `kaputil export` with its options.
-[[nodiscard]] Command exportOptions();
+[[nodiscard]] CommandDescription exportOptions();
 
 }  // namespace kap::cli

@@ -7,7 +7,7 @@
 
 namespace kap::cli {
 
-Command numbersOptions() {
+CommandDescription numbersOptions() {
     const auto numbers = std::make_shared<NumbersCommand>();
     return {
         .name = "numbers",

@@ -5,6 +5,6 @@
 namespace kap::cli {
 
 // `kaputil numbers` with its options.
-[[nodiscard]] Command numbersOptions();
+[[nodiscard]] CommandDescription numbersOptions();
 
 }  // namespace kap::cli

@@ -11,8 +11,8 @@ namespace {
 using Action = RegistryCommand::Action;
 using Registry = std::shared_ptr<RegistryCommand>;
 
-Command registryAction(const Registry& registry, Action action, std::string name,
-                       std::string summary, std::vector<Option> options) {
+CommandDescription registryAction(const Registry& registry, Action action, std::string name,
+                                  std::string summary, std::vector<Option> options) {
     return {.name = std::move(name),
             .summary = std::move(summary),
             .options = std::move(options),
@@ -38,7 +38,7 @@ Option registryJson(const Registry& registry) {
     return {.name = "--json", .target = &registry->json, .help = "Print one JSON object."};
 }
 
-Command setValueAction(const Registry& registry) {
+CommandDescription setValueAction(const Registry& registry) {
     return registryAction(
         registry, Action::Set, "set", "Set a value of a key that is there.",
         {keyOption(registry, true),
@@ -52,7 +52,7 @@ Command setValueAction(const Registry& registry) {
           .showsDefault = true}});
 }
 
-Command exportKeyAction(const Registry& registry) {
+CommandDescription exportKeyAction(const Registry& registry) {
     return registryAction(
         registry, Action::Export, "export",
         "Write a key with everything below it as registration text.",
@@ -66,7 +66,7 @@ Command exportKeyAction(const Registry& registry) {
 
 }  // namespace
 
-Command registryOptions() {
+CommandDescription registryOptions() {
     const auto registry = std::make_shared<RegistryCommand>();
     return {
         .name = "registry",

@@ -5,6 +5,6 @@
 namespace kap::cli {
 
 // `kaputil registry` with its options.
-[[nodiscard]] Command registryOptions();
+[[nodiscard]] CommandDescription registryOptions();
 
 }  // namespace kap::cli

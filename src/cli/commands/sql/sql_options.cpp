@@ -6,7 +6,7 @@
 
 namespace kap::cli {
 
-Command sqlOptions() {
+CommandDescription sqlOptions() {
     const auto sql = std::make_shared<SqlCommand>();
     return {
         .name = "sql",

@@ -5,6 +5,6 @@
 namespace kap::cli {
 
 // `kaputil sql` with its options.
-[[nodiscard]] Command sqlOptions();
+[[nodiscard]] CommandDescription sqlOptions();
 
 }  // namespace kap::cli
