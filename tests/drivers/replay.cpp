@@ -35,7 +35,7 @@ std::string factsQueryLine(const std::string& table) {
         name.schema = table.substr(0, point);
         name.name = table.substr(point + 1);
     }
-    return "> " + ado::odbc::transactDialect().factsQuery(name) +
+    return "> " + ado::odbc::makeTransactDialect({})->factsQuery(name) +
            "\ncolumns a nvarchar(128), b nvarchar(128), c int, d int, e int, f int, g int, h int, "
            "i "
            "int, j int";

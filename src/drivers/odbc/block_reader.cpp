@@ -30,7 +30,7 @@ BlockReader::BlockReader(OdbcConnection& connection, const Handle& statement,
         cells_.emplace_back(column);
         rowBytes += cells_.back().rowBytes();
     }
-    const bool pieces = connection.abilities().cellPieces;
+    const bool pieces = connection.dialect().driver().cellPieces;
     const auto endless = std::ranges::find_if(columns, &ColumnInfo::isLong);
     bound_ =
         pieces ? columns.size() : static_cast<std::size_t>(std::distance(columns.begin(), endless));
@@ -122,7 +122,7 @@ void BlockReader::takeColumn(std::size_t column, ColumnInfo& info, ColumnStore& 
 void BlockReader::takePieces(std::size_t row, std::size_t column, ColumnInfo& info,
                              ColumnStore& store) {
     if (column < bound_) {
-        if (!connection_.abilities().cellPieces) {
+        if (!connection_.dialect().driver().cellPieces) {
             refuseValue(info, "it is longer than the database announced");
         }
         connection_.check(SQLSetPos(statement_.get(), static_cast<SQLSETPOSIROW>(row + 1),

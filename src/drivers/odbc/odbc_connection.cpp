@@ -79,8 +79,9 @@ OdbcConnection::OdbcConnection(const ConnectText& text)
     : line_(text.port), watchdog_([this] { line_.cut(); }), handle_(SQL_HANDLE_DBC, environment()) {
     const auto limited = limit(text.timeout);
     connect(text);
-    abilities_ = Abilities::of(handle_.get());
-    abilities_.concurrent = abilities_.concurrent && !text.oneResult;
+    DriverTraits driver = DriverTraits::of(handle_.get());
+    driver.concurrent = driver.concurrent && !text.oneResult;
+    dialect_ = dialectOf(std::move(driver));
     line_.find([this] { (void)exchangeSomething(); });
     if (watchdog_.hasFired()) {
         SQLDisconnect(handle_.get());
@@ -205,7 +206,7 @@ std::vector<ServerMessage> OdbcConnection::failure(const Handle& handle) {
     }
     for (ServerMessage& message : messages) {
         if (message.isError()) {
-            abilities_.server->refine(message);
+            dialect_->refine(message);
         }
     }
     return messages;
@@ -234,7 +235,7 @@ void OdbcConnection::setIsolation(IsolationLevelEnum level) {
         return;
     }
     const SQLULEN wanted = isolationOf(level);
-    if (wanted == 0 || (abilities_.isolationLevels & wanted) == 0) {
+    if (wanted == 0 || (dialect_->driver().isolationLevels & wanted) == 0) {
         throw driverError(errors::kFeatureNotAvailable, "HYC00",
                           "The database server has no transactions of this isolation level.");
     }
@@ -280,7 +281,7 @@ void OdbcConnection::reading(const std::shared_ptr<PendingRows>& rows) {
 }
 
 void OdbcConnection::makeWay() {
-    if (abilities_.concurrent) {
+    if (dialect_->driver().concurrent) {
         return;
     }
     for (const auto& each : std::exchange(reading_, {})) {

@@ -8,9 +8,9 @@
 #include <vector>
 
 #include "data/driver.hpp"
-#include "drivers/odbc/abilities.hpp"
 #include "drivers/odbc/connect_text.hpp"
 #include "drivers/odbc/handles.hpp"
+#include "drivers/odbc/server_dialect.hpp"
 #include "drivers/odbc/server_line.hpp"
 #include "drivers/odbc/watchdog.hpp"
 
@@ -29,7 +29,8 @@ public:
     OdbcConnection& operator=(const OdbcConnection&) = delete;
 
     [[nodiscard]] SQLHDBC handle() const noexcept { return handle_.get(); }
-    [[nodiscard]] const Abilities& abilities() const noexcept { return abilities_; }
+    // What differs from server to server, and from driver to driver.
+    [[nodiscard]] const ServerDialect& dialect() const noexcept { return *dialect_; }
 
     // How long the server may be silent while the object lives; 0: as long as it likes. A server
     // that does not answer in time, and not soon after either, is given up: the connection is lost.
@@ -87,7 +88,7 @@ private:
     ServerLine line_;
     Watchdog watchdog_;
     Handle handle_;
-    Abilities abilities_;
+    std::unique_ptr<const ServerDialect> dialect_;
     const std::chrono::steady_clock::time_point opened_ = std::chrono::steady_clock::now();
     bool lost_ = false;
     bool leftState_ = false;

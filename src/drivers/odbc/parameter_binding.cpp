@@ -207,7 +207,7 @@ void ParameterBinding::add(const RequestParameter& parameter) {
     if (bound.direction != SQL_PARAM_INPUT) {
         makeRoom(bound, parameter);
     }
-    bind(bound, connection_.abilities().server->namesParameters() ? parameter.name : std::string());
+    bind(bound, connection_.dialect().namesParameters() ? parameter.name : std::string());
 }
 
 // What comes back may be longer than what went in.

@@ -1,5 +1,6 @@
 // PostgreSQL.
 #include <algorithm>
+#include <utility>
 
 #include "base/ascii.hpp"
 #include "drivers/odbc/server_dialect.hpp"
@@ -50,6 +51,8 @@ std::string withLimit(const std::string& query, const std::vector<tsql::Token>& 
 
 class PostgresDialect final : public ServerDialect {
 public:
+    using ServerDialect::ServerDialect;
+
     [[nodiscard]] SQLULEN inventedSize() const override { return 255; }
 
     [[nodiscard]] std::string said(const std::string& query) const override {
@@ -111,9 +114,8 @@ public:
 
 }  // namespace
 
-const ServerDialect& postgresDialect() {
-    static const PostgresDialect dialect;
-    return dialect;
+std::unique_ptr<const ServerDialect> makePostgresDialect(DriverTraits driver) {
+    return std::make_unique<PostgresDialect>(std::move(driver));
 }
 
 }  // namespace kap::ado::odbc

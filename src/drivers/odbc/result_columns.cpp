@@ -55,9 +55,9 @@ struct Origin {
 }  // namespace
 
 TableName ResultColumns::nameOf(const QueryTable& table) const {
-    const Abilities& abilities = connection_.abilities();
-    return {abilities.folded(table.catalog), abilities.folded(table.schema),
-            abilities.folded(table.name)};
+    const ServerDialect& dialect = connection_.dialect();
+    return {dialect.folded(table.catalog), dialect.folded(table.schema),
+            dialect.folded(table.name)};
 }
 
 // Two tables of one name are told apart by their schemas and databases.
@@ -77,7 +77,7 @@ std::string ResultColumns::baseName(const TableName& table) {
 }
 
 void ResultColumns::prepare(const QueryAnalysis& query, std::chrono::seconds timeout) {
-    if (connection_.abilities().concurrent || !query.isReadable || query.isCombined) {
+    if (connection_.dialect().driver().concurrent || !query.isReadable || query.isCombined) {
         return;
     }
     for (const QueryTable& table : query.tables) {
@@ -136,7 +136,7 @@ ColumnInfo ResultColumns::describeOne(SQLHSTMT statement, SQLUSMALLINT number,
     type.decimals = announced.decimals;
     type.name = textAttribute(statement, number, SQL_DESC_TYPE_NAME);
     type.bytes = numberAttribute(statement, number, SQL_DESC_OCTET_LENGTH);
-    describeType(type, connection_.abilities().server->inventedSize(), info);
+    describeType(type, connection_.dialect().inventedSize(), info);
     const std::string table = textAttribute(statement, number, SQL_DESC_BASE_TABLE_NAME);
     const std::string column = textAttribute(statement, number, SQL_DESC_BASE_COLUMN_NAME);
     if (!table.empty() && !column.empty()) {
@@ -190,7 +190,7 @@ void ResultColumns::takeFromQuery(const QueryAnalysis& query, std::vector<Column
 }
 
 const TableFacts* ResultColumns::factsOf(const TableName& table, std::chrono::seconds timeout) {
-    if (connection_.abilities().concurrent) {
+    if (connection_.dialect().driver().concurrent) {
         return &catalogue_.facts(table, timeout);
     }
     // The query may have left out what the driver tells.
@@ -229,7 +229,7 @@ void ResultColumns::takeFromCatalogue(std::vector<ColumnInfo>& columns,
             column.generated = fact->generated;
             column.key = whole && std::ranges::find(facts->key, fact->name) != facts->key.end();
             ColumnInfo stored;
-            describeType(fact->type, connection_.abilities().server->inventedSize(), stored);
+            describeType(fact->type, connection_.dialect().inventedSize(), stored);
             if (stored.rowVersion) {
                 column.type = stored.type;
                 column.rowVersion = true;

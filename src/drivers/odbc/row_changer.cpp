@@ -86,13 +86,12 @@ OdbcRowChanger::Target OdbcRowChanger::targetOf(const RowChange& change,
     const auto found = tables_.find(change.table);
     const TableName table =
         found == tables_.end() ? TableName{{}, {}, change.table} : found->second;
-    const Abilities& abilities = connection_->abilities();
-    std::string name = abilities.quoted(table.name);
+    std::string name = dialect().quoted(table.name);
     if (!table.schema.empty() || !table.catalog.empty()) {
-        name.insert(0, (table.schema.empty() ? "" : abilities.quoted(table.schema)) + ".");
+        name.insert(0, (table.schema.empty() ? "" : dialect().quoted(table.schema)) + ".");
     }
     if (!table.catalog.empty()) {
-        name.insert(0, abilities.quoted(table.catalog) + ".");
+        name.insert(0, dialect().quoted(table.catalog) + ".");
     }
     return {table, std::move(name), catalogue_.facts(table, timeout)};
 }
@@ -284,7 +283,7 @@ OdbcRowChanger::Writing OdbcRowChanger::writing(const RowChange& change,
     made.row.answer = quoted(change.readBack);
     for (const ColumnValue& value : change.values) {
         const TableFacts::Column* fact = target.facts.find(value.column);
-        made.row.columns.push_back(connection_->abilities().quoted(value.column));
+        made.row.columns.push_back(dialect().quoted(value.column));
         made.row.marks.push_back(fact == nullptr ? "?" : dialect().mark(fact->type));
         made.values.push_back(&value);
     }
@@ -306,7 +305,7 @@ std::optional<ParameterizedText> OdbcRowChanger::readingBack(const RowChange& ch
     const std::string given = dialect().lastIdentity();
     if (change.kind == RowChange::Kind::Insert && identity != target.facts.columns.end() &&
         !given.empty()) {
-        query.text += " WHERE " + connection_->abilities().quoted(identity->name) + " = " + given;
+        query.text += " WHERE " + dialect().quoted(identity->name) + " = " + given;
         return query;
     }
     std::vector<const ColumnValue*> key;
@@ -325,7 +324,7 @@ std::vector<std::string> OdbcRowChanger::quoted(const std::vector<std::string>& 
     std::vector<std::string> made;
     made.reserve(names.size());
     for (const std::string& name : names) {
-        made.push_back(connection_->abilities().quoted(name));
+        made.push_back(dialect().quoted(name));
     }
     return made;
 }
@@ -345,7 +344,7 @@ void OdbcRowChanger::addCriteria(const std::vector<const ColumnValue*>& criteria
     const char* joint = " WHERE ";
     for (const ColumnValue* value : criteria) {
         const TableFacts::Column* fact = target.facts.find(value->column);
-        const std::string name = connection_->abilities().quoted(value->column);
+        const std::string name = dialect().quoted(value->column);
         text += joint;
         joint = " AND ";
         if (std::holds_alternative<std::monostate>(value->value)) {

@@ -79,7 +79,7 @@ private:
     // Appends the criteria to a text, and their values.
     void addCriteria(const std::vector<const ColumnValue*>& criteria, const Target& target,
                      std::string& text, std::vector<const ColumnValue*>& values) const;
-    [[nodiscard]] const ServerDialect& dialect() const { return *connection_->abilities().server; }
+    [[nodiscard]] const ServerDialect& dialect() const { return connection_->dialect(); }
 
     std::shared_ptr<OdbcConnection> connection_;
     TableCatalogue& catalogue_;

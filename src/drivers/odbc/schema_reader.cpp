@@ -132,7 +132,7 @@ private:
     [[nodiscard]] Handle typesInfo() {
         Handle statement = connection_.newStatement(timeout_);
         const SQLRETURN code = SQLGetTypeInfoW(statement.get(), SQL_ALL_TYPES);
-        const std::string text = connection_.abilities().server->typesQuery();
+        const std::string text = connection_.dialect().typesQuery();
         if (!SQL_SUCCEEDED(code) && !text.empty()) {
             statement = connection_.newStatement(timeout_);
             const std::u16string units = String(text).units();
@@ -148,7 +148,7 @@ private:
     // Programs name a table as they write it in texts.
     [[nodiscard]] std::optional<std::string> folded(std::size_t place) const {
         const auto name = at(place);
-        return name ? std::optional(connection_.abilities().folded(*name)) : std::nullopt;
+        return name ? std::optional(connection_.dialect().folded(*name)) : std::nullopt;
     }
 
     void check(SQLRETURN code, const Handle& statement) { connection_.check(code, statement); }
@@ -204,7 +204,7 @@ private:
         const std::string defaultValue = found.text(13);
         const std::int64_t ordinal = found.number(17).value_or(0);
         ColumnInfo info;
-        describeType(type, connection_.abilities().server->inventedSize(), info);
+        describeType(type, connection_.dialect().inventedSize(), info);
         cells.emplace_back("ORDINAL_POSITION", schemaNumber(ordinal));
         cells.emplace_back("COLUMN_HASDEFAULT", schemaFlag(!defaultValue.empty()));
         cells.emplace_back("COLUMN_DEFAULT", schemaText(defaultValue));

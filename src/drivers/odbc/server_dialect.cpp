@@ -1,12 +1,17 @@
 #include "drivers/odbc/server_dialect.hpp"
 
+#include <utility>
+
 #include "base/ascii.hpp"
 
 namespace kap::ado::odbc {
 namespace {
 
 // A server of which nothing is known.
-class PlainDialect final : public ServerDialect {};
+class PlainDialect final : public ServerDialect {
+public:
+    using ServerDialect::ServerDialect;
+};
 
 bool productHolds(std::string_view product, std::string_view part) {
     return asciiLower(product).find(part) != std::string::npos;
@@ -14,12 +19,37 @@ bool productHolds(std::string_view product, std::string_view part) {
 
 }  // namespace
 
-const ServerDialect& dialectOf(std::string_view product) {
-    static const PlainDialect plain;
-    if (productHolds(product, "sql server") || productHolds(product, "sybase")) {
-        return transactDialect();
+std::unique_ptr<const ServerDialect> dialectOf(DriverTraits driver) {
+    if (productHolds(driver.product, "sql server") || productHolds(driver.product, "sybase")) {
+        return makeTransactDialect(std::move(driver));
     }
-    return productHolds(product, "postgresql") ? postgresDialect() : plain;
+    if (productHolds(driver.product, "postgresql")) {
+        return makePostgresDialect(std::move(driver));
+    }
+    return std::make_unique<PlainDialect>(std::move(driver));
+}
+
+std::string ServerDialect::quoted(std::string_view name) const {
+    if (driver_.quote.empty()) {
+        return std::string(name);
+    }
+    std::string made = driver_.quote;
+    for (const char letter : name) {
+        made.append(driver_.quote.size() == 1 && letter == driver_.quote.front() ? 2 : 1, letter);
+    }
+    return made + driver_.quote;
+}
+
+std::string ServerDialect::folded(std::string_view name) const {
+    switch (driver_.folding) {
+        case DriverTraits::Folding::Lower:
+            return asciiLower(name);
+        case DriverTraits::Folding::Upper:
+            return asciiUpper(name);
+        case DriverTraits::Folding::AsWritten:
+            break;
+    }
+    return std::string(name);
 }
 
 std::string ServerDialect::joined(const std::vector<std::string>& parts, std::string_view before) {

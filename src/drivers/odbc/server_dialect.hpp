@@ -1,13 +1,16 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "data/driver.hpp"
 #include "drivers/odbc/api.hpp"
 #include "drivers/odbc/column_types.hpp"
+#include "drivers/odbc/driver_traits.hpp"
 
 namespace kap::ado::odbc {
 
@@ -30,9 +33,10 @@ struct Comparison {
     int marks = 1;
 };
 
-// What a kind of database servers does differently from others: the one place that knows. This
-// class is a server of which nothing is known but the standard; each known kind is a class in a
-// file of its own.
+// What a kind of database servers, and the driver that reaches it, does differently from others:
+// the one place that knows. This class is a server of which nothing is known but the standard and
+// what its driver announces; each known kind is a class in a file of its own. There is one a
+// connection.
 class ServerDialect {
 public:
     // How a written row comes back, and how many there were.
@@ -57,9 +61,16 @@ public:
         Binary,
     };
 
+    explicit ServerDialect(DriverTraits driver) : driver_(std::move(driver)) {}
     virtual ~ServerDialect() = default;
     ServerDialect(const ServerDialect&) = delete;
     ServerDialect& operator=(const ServerDialect&) = delete;
+
+    [[nodiscard]] const DriverTraits& driver() const noexcept { return driver_; }
+
+    [[nodiscard]] std::string quoted(std::string_view name) const;
+    // A name as the catalogue has it that a text writes without quotes.
+    [[nodiscard]] std::string folded(std::string_view name) const;
 
     // What texts without a limit are announced with; 0: they are told apart.
     [[nodiscard]] virtual SQLULEN inventedSize() const { return 0; }
@@ -116,17 +127,18 @@ public:
     virtual void refine(ServerMessage& /*message*/) const {}
 
 protected:
-    ServerDialect() = default;
-
     [[nodiscard]] static std::string joined(const std::vector<std::string>& parts,
                                             std::string_view before = {});
+
+private:
+    DriverTraits driver_;
 };
 
-// The dialect of the server that calls itself so.
-[[nodiscard]] const ServerDialect& dialectOf(std::string_view product);
+// The dialect of the server that this driver has connected to.
+[[nodiscard]] std::unique_ptr<const ServerDialect> dialectOf(DriverTraits driver);
 
 // The known kinds.
-[[nodiscard]] const ServerDialect& transactDialect();
-[[nodiscard]] const ServerDialect& postgresDialect();
+[[nodiscard]] std::unique_ptr<const ServerDialect> makeTransactDialect(DriverTraits driver);
+[[nodiscard]] std::unique_ptr<const ServerDialect> makePostgresDialect(DriverTraits driver);
 
 }  // namespace kap::ado::odbc

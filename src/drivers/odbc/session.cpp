@@ -83,14 +83,14 @@ void OdbcSession::execute(Request& request, Reply& reply) {
         parameters.add(parameter);
     }
     // FreeTDS goes on behind a failure, but not behind that of the first statement.
-    const Abilities& abilities = connection.abilities();
-    const bool inFront = abilities.losesBehindFailure && query.mayFollow &&
+    const ServerDialect& dialect = connection.dialect();
+    const bool inFront = dialect.driver().losesBehindFailure && query.mayFollow &&
                          request.parameters.empty() && !request.procedure;
     const std::u16string text =
         String(request.procedure
                    ? callOf(request)
-                   : (inFront ? abilities.server->noRows() : "") +
-                         (query.isOneQuery ? abilities.server->said(request.text) : request.text))
+                   : (inFront ? dialect.noRows() : "") +
+                         (query.isOneQuery ? dialect.said(request.text) : request.text))
             .units();
     const bool mayStream = query.isOneQuery && std::ranges::none_of(request.parameters, comesBack);
     ResultReader reader(work_->connection, columns, mayStream, timeout_);
@@ -128,8 +128,8 @@ Result OdbcSession::schema(SchemaEnum kind, const SchemaRestrictions& wanted) {
 }
 
 std::string OdbcSession::quotedName(std::string_view name) const {
-    const Abilities& abilities = work_->connection->abilities();
-    return abilities.quoted(abilities.folded(name));
+    const ServerDialect& dialect = work_->connection->dialect();
+    return dialect.quoted(dialect.folded(name));
 }
 
 void OdbcSession::setIsolation(IsolationLevelEnum level) {
@@ -185,7 +185,7 @@ void OdbcSession::rollback() {
 }
 
 bool OdbcSession::hasNoTransaction() {
-    const std::string query = work_->connection->abilities().server->openTransactions();
+    const std::string query = work_->connection->dialect().openTransactions();
     if (query.empty()) {
         return false;
     }

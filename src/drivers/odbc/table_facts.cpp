@@ -190,7 +190,7 @@ TableFacts TableCatalogue::query(const std::string& text, std::chrono::seconds t
 }
 
 TableFacts TableCatalogue::ask(const TableName& table, std::chrono::seconds timeout) const {
-    const std::string text = connection_.abilities().server->factsQuery(table);
+    const std::string text = connection_.dialect().factsQuery(table);
     if (!text.empty()) {
         return query(text, timeout);
     }

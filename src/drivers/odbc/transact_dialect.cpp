@@ -1,6 +1,7 @@
 // Servers that read Transact-SQL.
 #include <algorithm>
 #include <array>
+#include <utility>
 
 #include "base/ascii.hpp"
 #include "data/sql_states.hpp"
@@ -57,6 +58,8 @@ std::string fullNameOf(const TableName& table) {
 
 class TransactDialect final : public ServerDialect {
 public:
+    using ServerDialect::ServerDialect;
+
     [[nodiscard]] bool namesParameters() const override { return true; }
 
     // Types without an order are compared as others. A parameter has more decimals of a second than
@@ -181,9 +184,8 @@ public:
 
 }  // namespace
 
-const ServerDialect& transactDialect() {
-    static const TransactDialect dialect;
-    return dialect;
+std::unique_ptr<const ServerDialect> makeTransactDialect(DriverTraits driver) {
+    return std::make_unique<TransactDialect>(std::move(driver));
 }
 
 }  // namespace kap::ado::odbc

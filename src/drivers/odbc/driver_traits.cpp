@@ -1,4 +1,4 @@
-#include "drivers/odbc/abilities.hpp"
+#include "drivers/odbc/driver_traits.hpp"
 
 #include <array>
 
@@ -25,22 +25,22 @@ Number numberInfo(SQLHDBC connection, SQLUSMALLINT what, Number otherwise) {
     return SQL_SUCCEEDED(code) ? value : otherwise;
 }
 
-Abilities::Folding foldingOf(SQLUSMALLINT identifierCase) {
+DriverTraits::Folding foldingOf(SQLUSMALLINT identifierCase) {
     switch (identifierCase) {
         case SQL_IC_LOWER:
-            return Abilities::Folding::Lower;
+            return DriverTraits::Folding::Lower;
         case SQL_IC_UPPER:
-            return Abilities::Folding::Upper;
+            return DriverTraits::Folding::Upper;
         default:
-            return Abilities::Folding::AsWritten;
+            return DriverTraits::Folding::AsWritten;
     }
 }
 
 }  // namespace
 
-Abilities Abilities::of(SQLHDBC connection) {
-    Abilities made;
-    made.server = &dialectOf(textInfo(connection, SQL_DBMS_NAME));
+DriverTraits DriverTraits::of(SQLHDBC connection) {
+    DriverTraits made;
+    made.product = textInfo(connection, SQL_DBMS_NAME);
     made.quote = textInfo(connection, SQL_IDENTIFIER_QUOTE_CHAR);
     if (made.quote == " ") {  // the interface's way to say that names cannot be quoted
         made.quote.clear();
@@ -59,29 +59,6 @@ Abilities Abilities::of(SQLHDBC connection) {
 Product productOf(SQLHDBC connection) {
     return {textInfo(connection, SQL_DBMS_NAME), textInfo(connection, SQL_DBMS_VER),
             textInfo(connection, SQL_SERVER_NAME), textInfo(connection, SQL_USER_NAME)};
-}
-
-std::string Abilities::quoted(std::string_view name) const {
-    if (quote.empty()) {
-        return std::string(name);
-    }
-    std::string made = quote;
-    for (const char letter : name) {
-        made.append(quote.size() == 1 && letter == quote.front() ? 2 : 1, letter);
-    }
-    return made + quote;
-}
-
-std::string Abilities::folded(std::string_view name) const {
-    switch (folding) {
-        case Folding::Lower:
-            return asciiLower(name);
-        case Folding::Upper:
-            return asciiUpper(name);
-        case Folding::AsWritten:
-            break;
-    }
-    return std::string(name);
 }
 
 }  // namespace kap::ado::odbc
