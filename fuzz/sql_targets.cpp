@@ -7,6 +7,7 @@
 #include <kaputil/ado/recordset.hpp>
 #include <kaputil/automation/convert.hpp>
 
+#include "base/quoting.hpp"
 #include "base/unicode.hpp"
 #include "fuzz/reader_support.hpp"
 #include "fuzz/reader_targets.hpp"
@@ -58,11 +59,7 @@ void statements(std::u16string_view text) {
 }
 
 std::u16string quoted(std::u16string_view text) {
-    std::u16string quotedText = u"N'";
-    for (const char16_t unit : text) {
-        quotedText.append(unit == u'\'' ? 2 : 1, unit);
-    }
-    return quotedText + u"'";
+    return u"N" + enclosed(text, u'\'', u'\'');
 }
 
 // The first unit chooses a culture and a style, the rest is value and pattern.

@@ -5,6 +5,7 @@
 
 #include "ado/request_builder.hpp"
 #include "automation/class_builder.hpp"
+#include "base/quoting.hpp"
 #include "data/connection_string.hpp"
 #include "data/driver.hpp"
 #include "data/failures.hpp"
@@ -21,14 +22,6 @@ String keyOf(const String& connectionString, std::initializer_list<const char*> 
         }
     }
     return {};
-}
-
-std::u16string inBrackets(const String& name) {
-    std::u16string quoted = u"[";
-    for (const char16_t unit : name.view()) {
-        quoted.append(unit == u']' ? 2 : 1, unit);
-    }
-    return quoted + u"]";
 }
 
 }  // namespace
@@ -133,7 +126,7 @@ String Connection::DefaultDatabase() const {
 }
 
 void Connection::setDefaultDatabase(const String& value) {
-    static_cast<void>(Execute(String(u"USE ") + inBrackets(value)));
+    static_cast<void>(Execute(String(u"USE ") + enclosed(value.view(), u'[', u']')));
     database_ = value;
 }
 

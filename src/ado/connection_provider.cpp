@@ -7,6 +7,7 @@
 #include <kaputil/automation/convert.hpp>
 
 #include "automation/class_builder.hpp"
+#include "base/quoting.hpp"
 #include "data/connection_string.hpp"
 #include "data/driver.hpp"
 #include "data/failures.hpp"
@@ -49,14 +50,10 @@ Variant Connection::keyValue(const char* name, const char* otherName) const {
 void Connection::setKey(const char* name, const Variant& value) {
     requireClosed();
     const String given = convert::toString(value);
-    std::u16string text;
-    for (const char16_t unit : given.view()) {
-        text.append(unit == u'"' ? 2 : 1, unit);
-    }
     const String key(name);
     const String before = ConnectionString();
-    setConnectionString(before + (before.empty() ? u"" : u";") + key.units() + u"=\"" + text +
-                        u"\"");
+    setConnectionString(before + (before.empty() ? u"" : u";") + key.units() + u"=" +
+                        enclosed(given.view(), u'"', u'"'));
 }
 
 Ref<Properties> Connection::Properties() {

@@ -10,6 +10,7 @@
 #include <kaputil/data/error_numbers.hpp>
 
 #include "base/ascii.hpp"
+#include "base/quoting.hpp"
 #include "data/driver.hpp"
 #include "tsql/lexer.hpp"
 
@@ -75,14 +76,6 @@ std::string plainName(const String& given) {
     return name;
 }
 
-std::string literal(const std::string& text) {
-    std::string quoted = "'";
-    for (const char letter : text) {
-        quoted.append(letter == '\'' ? 2 : 1, letter);
-    }
-    return quoted + "'";
-}
-
 std::int32_t numberOr(const Variant& value, std::int32_t otherwise) {
     return value.isNull() ? otherwise : convert::toLong(value);
 }
@@ -118,7 +111,7 @@ Ref<Parameter> described(const Recordset& row) {
 }  // namespace
 
 std::vector<Ref<Parameter>> parametersOfProcedure(Connection& connection, const String& name) {
-    const std::string wanted = literal(plainName(name));
+    const std::string wanted = textConstant(plainName(name));
     const auto known = connection.Execute(
         "SELECT routine_name FROM information_schema.routines WHERE routine_name = " + wanted);
     if (known->Eof()) {

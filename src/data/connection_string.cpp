@@ -6,6 +6,7 @@
 #include <kaputil/automation/plain_text.hpp>
 
 #include "base/ascii.hpp"
+#include "base/quoting.hpp"
 #include "data/failures.hpp"
 
 namespace kap::ado {
@@ -134,14 +135,6 @@ bool holdsPassword(const std::string& key) {
 // Strings within strings, which some providers have.
 bool holdsString(const std::string& key) {
     return equalsIgnoringCase(key, "Extended Properties");
-}
-
-std::string inQuotes(std::string_view value) {
-    std::string made = "\"";
-    for (const char letter : value) {
-        made.append(letter == '"' ? 2 : 1, letter);
-    }
-    return made + "\"";
 }
 
 std::string withoutPasswords(std::string_view text) {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "base/quoting.hpp"
 #include "base/unicode.hpp"
 #include "data/failures.hpp"
 
@@ -37,11 +38,7 @@ Result Session::schema(SchemaEnum /*kind*/, const SchemaRestrictions& /*wanted*/
 }
 
 std::string Session::quotedName(std::string_view name) const {
-    std::string quoted = "[";
-    for (const char letter : name) {
-        quoted += letter == ']' ? "]]" : std::string(1, letter);
-    }
-    return quoted + "]";
+    return inBrackets(name);
 }
 
 DriverError::DriverError(std::vector<ServerMessage> messages, String source)

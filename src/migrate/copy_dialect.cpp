@@ -38,15 +38,7 @@ bool fits(const CopiedColumn& column, const std::string& constant) {
 
 }  // namespace
 
-std::string enclosed(std::string_view text, char open, char close) {
-    std::string made(1, open);
-    for (const char letter : text) {
-        made.append(letter == close ? 2 : 1, letter);
-    }
-    return made + close;
-}
-
-std::string inBrackets(int first, int second) {
+std::string inParentheses(int first, int second) {
     return "(" + plain::text(first) + (second < 0 ? "" : "," + plain::text(second)) + ")";
 }
 

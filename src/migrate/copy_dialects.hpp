@@ -12,10 +12,8 @@ namespace kap::migrate {
 [[nodiscard]] const CopyDialect& embeddedCopyDialect();
 [[nodiscard]] const CopyDialect& postgresCopyDialect();
 
-// A text between these signs, the second of which is doubled in it.
-[[nodiscard]] std::string enclosed(std::string_view text, char open, char close);
 // "(9,2)", or "(9)".
-[[nodiscard]] std::string inBrackets(int first, int second = -1);
+[[nodiscard]] std::string inParentheses(int first, int second = -1);
 [[nodiscard]] bool isNumeric(ado::DataTypeEnum type);
 [[nodiscard]] bool isBinary(ado::DataTypeEnum type);
 // The plain text of a value without the braces of an identifier, and a time in the form that

@@ -3,6 +3,7 @@
 #include <kaputil/automation/plain_text.hpp>
 
 #include "base/ascii.hpp"
+#include "base/quoting.hpp"
 #include "migrate/copy_dialects.hpp"
 
 namespace kap::migrate {
@@ -15,7 +16,7 @@ public:
     // Its own programs are not copied yet to another of its kind.
     [[nodiscard]] bool reads(const CopyDialect& /*other*/) const override { return false; }
     [[nodiscard]] std::string quoted(std::string_view name) const override {
-        return enclosed(name, '"', '"');
+        return inQuotes(name);
     }
     // Names without quotes are read in lower case.
     [[nodiscard]] std::string nameFor(std::string_view name) const override {
@@ -43,7 +44,7 @@ public:
         if (isBinary(column.type)) {
             return "'\\x" + text.substr(2) + "'";
         }
-        return enclosed(literalText(column, text), '\'', '\'');
+        return textConstant(literalText(column, text));
     }
     // A trigger keeps the row version; the type's name tells that it does.
     [[nodiscard]] std::string afterCreation(const std::string& table,
@@ -79,7 +80,7 @@ public:
                " END, 0, NULL, CASE WHEN a.attgenerated = '' THEN " + given +
                " END, 1, 1 FROM pg_attribute a LEFT JOIN pg_attrdef d ON d.adrelid = a.attrelid "
                "AND d.adnum = a.attnum WHERE a.attrelid = " +
-               enclosed(quoted(table), '\'', '\'') +
+               textConstant(quoted(table)) +
                "::regclass AND a.attnum > 0 AND NOT a.attisdropped ORDER BY a.attnum";
     }
     [[nodiscard]] std::string indexes(const std::string& table) const override {
@@ -91,7 +92,7 @@ public:
                "JOIN LATERAL unnest(i.indkey::int2[]) WITH ORDINALITY AS p(att, place) LEFT JOIN "
                "pg_attribute a ON a.attrelid = i.indrelid AND a.attnum = p.att WHERE i.indrelid "
                "= " +
-               enclosed(quoted(table), '\'', '\'') +
+               textConstant(quoted(table)) +
                "::regclass ORDER BY NOT i.indisprimary, c.relname, p.place";
     }
     [[nodiscard]] std::string otherTables() const override {
@@ -132,8 +133,8 @@ protected:
 
 private:
     [[nodiscard]] std::string sequence(const std::string& table, const std::string& column) const {
-        return "pg_get_serial_sequence(" + enclosed(quoted(table), '\'', '\'') + ", " +
-               enclosed(column, '\'', '\'') + ")";
+        return "pg_get_serial_sequence(" + textConstant(quoted(table)) + ", " +
+               textConstant(column) + ")";
     }
     static std::string action(const std::string& letter) {
         return "CASE " + letter +
@@ -156,16 +157,16 @@ private:
             case adDouble:
                 return "double precision";
             case adCurrency:
-                return "numeric" + inBrackets(kMoneyDigits, kMoneyScale);
+                return "numeric" + inParentheses(kMoneyDigits, kMoneyScale);
             case adNumeric:
             case adDecimal:
-                return "numeric" + inBrackets(column.precision, column.scale);
+                return "numeric" + inParentheses(column.precision, column.scale);
             case adDBDate:
                 return "date";
             case adDBTime:
                 return "time";
             case adDBTimeStamp:
-                return "timestamp" + inBrackets(std::min<int>(column.scale, 6));
+                return "timestamp" + inParentheses(std::min<int>(column.scale, 6));
             case adGUID:
                 return "uuid";
             default:
@@ -180,7 +181,7 @@ private:
             return "text";
         }
         const bool fixed = column.type == adChar || column.type == adWChar;
-        return (fixed ? "char" : "varchar") + inBrackets(column.size);
+        return (fixed ? "char" : "varchar") + inParentheses(column.size);
     }
 };
 

@@ -3,6 +3,7 @@
 #include <array>
 
 #include "base/ascii.hpp"
+#include "base/quoting.hpp"
 #include "migrate/copy_dialects.hpp"
 
 #include <kaputil/automation/plain_text.hpp>
@@ -35,7 +36,7 @@ public:
         return dynamic_cast<const TransactCopyDialect*>(&other) != nullptr;
     }
     [[nodiscard]] std::string quoted(std::string_view name) const override {
-        return enclosed(name, '[', ']');
+        return inBrackets(name);
     }
     [[nodiscard]] std::string nameFor(std::string_view name) const override {
         return std::string(name);
@@ -68,7 +69,7 @@ public:
         if (isNumeric(column.type) || isBinary(column.type) || column.type == adBoolean) {
             return text;
         }
-        return "N" + enclosed(literalText(column, text), '\'', '\'');
+        return nationalConstant(literalText(column, text));
     }
 
     [[nodiscard]] std::string columns(const std::string& table) const override {
@@ -156,11 +157,12 @@ protected:
     }
     [[nodiscard]] virtual int widestDecimal() const { return kWidestDecimal; }
     [[nodiscard]] virtual std::string timeType(const CopiedColumn& column) const {
-        return column.scale > kMilliseconds ? "datetime2" + inBrackets(column.scale) : "datetime";
+        return column.scale > kMilliseconds ? "datetime2" + inParentheses(column.scale)
+                                            : "datetime";
     }
 
     [[nodiscard]] std::string nameText(const std::string& table) const {
-        return "N" + enclosed(quoted("dbo") + "." + quoted(table), '\'', '\'');
+        return nationalConstant(quoted("dbo") + "." + quoted(table));
     }
 
 private:
@@ -197,8 +199,8 @@ private:
             case adDecimal:
                 return money ? "money"
                              : "decimal" +
-                                   inBrackets(std::min<int>(column.precision, widestDecimal()),
-                                              std::min<int>(column.scale, widestDecimal()));
+                                   inParentheses(std::min<int>(column.precision, widestDecimal()),
+                                                 std::min<int>(column.scale, widestDecimal()));
             case adDBDate:
                 return "date";
             case adDBTimeStamp:
@@ -214,14 +216,14 @@ private:
             column.type == adWChar || column.type == adVarWChar || column.type == adLongVarWChar;
         const bool longer = column.isLong || column.size > (wide ? kLongestWide : kLongestBytes);
         if (isBinary(column.type)) {
-            return longer ? "image" : "varbinary" + inBrackets(column.size);
+            return longer ? "image" : "varbinary" + inParentheses(column.size);
         }
         if (longer) {
             return wide ? "ntext" : "text";
         }
         const bool fixed = column.type == adChar || column.type == adWChar;
         return std::string(wide ? "n" : "") + (fixed ? "char" : "varchar") +
-               inBrackets(column.size);
+               inParentheses(column.size);
     }
 };
 

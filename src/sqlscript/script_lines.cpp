@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstddef>
 
+#include "base/quoting.hpp"
+
 namespace kap::sqlscript {
 namespace {
 
@@ -26,19 +28,6 @@ constexpr std::u16string_view kClosing =
     u"end_script:\r\n"
     u" SET NOCOUNT OFF \r\n";
 
-void appendDoublingQuotes(std::u16string& text, std::u16string_view more) {
-    for (std::size_t start = 0; start < more.size();) {
-        const std::size_t quote = more.find(u'\'', start);
-        if (quote == std::u16string_view::npos) {
-            text += more.substr(start);
-            return;
-        }
-        text += more.substr(start, quote - start);
-        text += u"''";
-        start = quote + 1;
-    }
-}
-
 }  // namespace
 
 void appendLine(std::u16string& script, std::initializer_list<std::u16string_view> pieces) {
@@ -61,7 +50,7 @@ std::u16string callOf(std::u16string_view body) {
     call.reserve(kCall.size() + kOpening.size() + body.size() + quotes + kClosing.size() + 1);
     call += kCall;
     call += kOpening;
-    appendDoublingQuotes(call, body);
+    appendDoubling(call, body, u'\'');
     call += kClosing;
     call += u'\'';
     return call;

@@ -9,6 +9,7 @@
 #include <kaputil/automation/convert.hpp>
 #include <kaputil/automation/error.hpp>
 
+#include "base/quoting.hpp"
 #include "base/unicode.hpp"
 #include "util/two_digit_year.hpp"
 
@@ -68,9 +69,7 @@ String kapApice(const Variant& sStringa) {
     }
     const String text = convert::toString(sStringa);
     std::u16string doubled;
-    for (const char16_t unit : text.view()) {
-        doubled.append(unit == u'\'' ? 2 : 1, unit);
-    }
+    appendDoubling(doubled, text.view(), u'\'');
     return doubled;
 }
 

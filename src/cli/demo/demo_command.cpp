@@ -10,6 +10,7 @@
 #include <kaputil/platform/folders.hpp>
 
 #include "automation/clock.hpp"
+#include "base/quoting.hpp"
 #include "cli/commands/numbers/numbers_output.hpp"
 #include "cli/demo/demo_report.hpp"
 #include "cli/demo/demo_story.hpp"
@@ -26,11 +27,7 @@ namespace {
 
 // A value in quotes may hold what would otherwise end it.
 String connectionStringFor(const std::string& file) {
-    std::string quoted;
-    for (const char unit : file) {
-        quoted.append(unit == '"' ? 2 : 1, unit);
-    }
-    return "Provider=KapLocal;Data Source=\"" + quoted + "\"";
+    return "Provider=KapLocal;Data Source=" + inQuotes(file);
 }
 
 bool isNew(const std::string& file) {

@@ -4,6 +4,8 @@
 
 #include <kaputil/automation/plain_text.hpp>
 
+#include "base/quoting.hpp"
+
 namespace kap::cli {
 namespace {
 
@@ -37,11 +39,7 @@ SqlRow& SqlRow::amount(std::int64_t value, std::size_t decimals) {
 }
 
 SqlRow& SqlRow::text(std::string_view value) {
-    std::string literal = "'";
-    for (const char unit : value) {
-        literal.append(unit == '\'' ? 2 : 1, unit);
-    }
-    add(literal + "'");
+    add(textConstant(value));
     return *this;
 }
 

@@ -10,6 +10,8 @@
 #include <kaputil/automation/error.hpp>
 #include <kaputil/automation/plain_text.hpp>
 
+#include "base/quoting.hpp"
+
 namespace kap::cli {
 namespace {
 
@@ -43,14 +45,6 @@ std::string currencyText(Currency value) {
 // Text that UTF-8 cannot carry is shown with U+FFFD in its place.
 std::string utf8For(const String& text) {
     return AutomationError(0, text).what();
-}
-
-std::string quoted(const String& text) {
-    std::string out = "\"";
-    for (const char unit : utf8For(text)) {
-        out.append(unit == '"' ? 2 : 1, unit);
-    }
-    return out + '"';
 }
 
 std::string objectText(const Ref<Object>& object) {
@@ -124,7 +118,7 @@ std::string literalText(const Variant& value) {
         case VarType::Date:
             return "#" + dateText(value.as<Date>()) + "#";
         case VarType::String:
-            return quoted(value.as<String>());
+            return inQuotes(utf8For(value.as<String>()));
         case VarType::Object:
             return objectText(value.as<Ref<Object>>());
         case VarType::Array:

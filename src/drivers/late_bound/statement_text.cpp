@@ -7,6 +7,7 @@
 #include <kaputil/automation/plain_text.hpp>
 
 #include "base/hexadecimal.hpp"
+#include "base/quoting.hpp"
 #include "data/cell_value.hpp"
 #include "data/value_type.hpp"
 
@@ -122,14 +123,7 @@ std::string update(const RowChange& change) {
 }  // namespace
 
 std::string textLiteral(const std::string& text) {
-    std::string made = "N'";
-    for (const char byte : text) {
-        made += byte;
-        if (byte == '\'') {
-            made += '\'';
-        }
-    }
-    return made + "'";
+    return nationalConstant(text);
 }
 
 std::string writingText(const RowChange& change) {

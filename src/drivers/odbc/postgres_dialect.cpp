@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "base/ascii.hpp"
+#include "base/quoting.hpp"
 #include "drivers/odbc/server_dialect.hpp"
 #include "drivers/odbc/table_facts.hpp"
 #include "tsql/lexer.hpp"
@@ -10,15 +11,6 @@
 
 namespace kap::ado::odbc {
 namespace {
-
-// A quoted name, and a text constant.
-std::string postgresQuoted(std::string_view name, char quote) {
-    std::string made(1, quote);
-    for (const char letter : name) {
-        made.append(letter == quote ? 2 : 1, letter);
-    }
-    return made + quote;
-}
 
 bool isWordOf(const tsql::Token& token, std::string_view word) {
     return token.kind == tsql::TokenKind::Word && equalsIgnoringCase(token.text, word);
@@ -65,7 +57,7 @@ public:
 
     // Parameters must be of exactly the type that they are compared with or stored as.
     [[nodiscard]] std::string mark(const AnnouncedType& type) const override {
-        return type.name.empty() ? "?" : "CAST(? AS " + postgresQuoted(type.name, '"') + ")";
+        return type.name.empty() ? "?" : "CAST(? AS " + inQuotes(type.name) + ")";
     }
     [[nodiscard]] Comparison comparison(const std::string& column,
                                         const AnnouncedType& type) const override {
@@ -85,9 +77,9 @@ public:
 
     // The first table of that name in the way of the search path, as in the query itself.
     [[nodiscard]] std::string factsQuery(const TableName& table) const override {
-        std::string name = postgresQuoted(table.name, '"');
+        std::string name = inQuotes(table.name);
         if (!table.schema.empty()) {
-            name.insert(0, postgresQuoted(table.schema, '"') + ".");
+            name.insert(0, inQuotes(table.schema) + ".");
         }
         return "SELECT a.attname, t.typname, CASE WHEN a.atttypmod > 4 THEN a.atttypmod - 4 ELSE 0 "
                "END, 0, CASE WHEN a.attnotnull OR t.typnotnull THEN 0 ELSE 1 END, "
@@ -107,8 +99,7 @@ public:
                "n.attnum = ANY(i.indkey) AND NOT n.attnotnull) "
                "ORDER BY i.indisprimary DESC, i.indexrelid LIMIT 1) k ON true "
                "WHERE a.attrelid = to_regclass(" +
-               postgresQuoted(name, '\'') +
-               ") AND a.attnum > 0 AND NOT a.attisdropped ORDER BY a.attnum";
+               textConstant(name) + ") AND a.attnum > 0 AND NOT a.attisdropped ORDER BY a.attnum";
     }
 };
 

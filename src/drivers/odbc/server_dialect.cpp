@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "base/ascii.hpp"
+#include "base/quoting.hpp"
 
 namespace kap::ado::odbc {
 namespace {
@@ -29,15 +30,11 @@ std::unique_ptr<const ServerDialect> dialectOf(DriverTraits driver) {
     return std::make_unique<PlainDialect>(std::move(driver));
 }
 
+// Signs of more than one letter have no way to stand in a name.
 std::string ServerDialect::quoted(std::string_view name) const {
-    if (driver_.quote.empty()) {
-        return std::string(name);
-    }
-    std::string made = driver_.quote;
-    for (const char letter : name) {
-        made.append(driver_.quote.size() == 1 && letter == driver_.quote.front() ? 2 : 1, letter);
-    }
-    return made + driver_.quote;
+    const std::string& quote = driver_.quote;
+    return quote.size() == 1 ? enclosed(name, quote.front(), quote.front())
+                             : quote + std::string(name) + quote;
 }
 
 std::string ServerDialect::folded(std::string_view name) const {

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "base/ascii.hpp"
+#include "base/quoting.hpp"
 #include "data/sql_states.hpp"
 #include "drivers/odbc/server_dialect.hpp"
 #include "drivers/odbc/table_facts.hpp"
@@ -20,40 +21,23 @@ bool isOneOf(const std::string& type, std::initializer_list<std::string_view> na
         names, [&](std::string_view name) { return equalsIgnoringCase(name, type); });
 }
 
-// A text constant.
-std::string transactText(std::string_view text) {
-    std::string made = "N'";
-    for (const char letter : text) {
-        made.append(letter == '\'' ? 2 : 1, letter);
-    }
-    return made + "'";
-}
-
-std::string bracketed(std::string_view name) {
-    std::string made = "[";
-    for (const char letter : name) {
-        made.append(letter == ']' ? 2 : 1, letter);
-    }
-    return made + "]";
-}
-
 // Where the catalogue views of a table's database are: of this one, or of the one named.
 std::string viewsOf(const TableName& table) {
     if (table.name.starts_with('#')) {
         return "tempdb.sys.";
     }
-    return table.catalog.empty() ? "sys." : bracketed(table.catalog) + ".sys.";
+    return table.catalog.empty() ? "sys." : inBrackets(table.catalog) + ".sys.";
 }
 
 std::string fullNameOf(const TableName& table) {
     if (table.name.starts_with('#')) {
-        return "tempdb.." + bracketed(table.name);
+        return "tempdb.." + inBrackets(table.name);
     }
-    std::string name = bracketed(table.name);
+    std::string name = inBrackets(table.name);
     if (!table.schema.empty() || !table.catalog.empty()) {
-        name = (table.schema.empty() ? "" : bracketed(table.schema)) + "." + name;
+        name = (table.schema.empty() ? "" : inBrackets(table.schema)) + "." + name;
     }
-    return table.catalog.empty() ? name : bracketed(table.catalog) + "." + name;
+    return table.catalog.empty() ? name : inBrackets(table.catalog) + "." + name;
 }
 
 class TransactDialect final : public ServerDialect {
@@ -146,7 +130,7 @@ public:
     // columns are never Null.
     [[nodiscard]] std::string factsQuery(const TableName& table) const override {
         const std::string views = viewsOf(table);
-        const std::string name = transactText(fullNameOf(table));
+        const std::string name = nationalConstant(fullNameOf(table));
         return "SELECT c.name, TYPE_NAME(c.system_type_id), CAST(c.max_length AS int), "
                "CAST(c.scale AS int), CAST(c.is_nullable AS int), CAST(c.is_identity AS int), "
                "CAST(c.is_computed AS int), CAST(COALESCE(k.key_ordinal, 0) AS int), "

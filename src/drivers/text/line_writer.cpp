@@ -9,6 +9,7 @@
 #include <kaputil/data/error_numbers.hpp>
 
 #include "base/code_page.hpp"
+#include "base/quoting.hpp"
 #include "base/unicode.hpp"
 #include "drivers/text/failure.hpp"
 #include "platform/text_encoding.hpp"
@@ -142,9 +143,7 @@ void LineWriter::appendDelimited(std::u16string& line, const Column& column,
         return;
     }
     line.push_back(u'"');
-    for (const char16_t unit : text.view()) {
-        line.append(unit == u'"' ? 2 : 1, unit);
-    }
+    appendDoubling(line, text.view(), u'"');
     line.push_back(u'"');
 }
 

@@ -11,6 +11,7 @@
 #include <kaputil/automation/plain_text.hpp>
 
 #include "automation/convert/scaled_text.hpp"
+#include "base/quoting.hpp"
 #include "data/cell_value.hpp"
 
 namespace kap::ado::text_files {
@@ -227,9 +228,7 @@ void RowLines::placeDelimited(std::string& lines, const Target& target, std::str
         return;
     }
     lines += '"';
-    for (const char letter : cell) {
-        lines.append(letter == '"' ? 2 : 1, letter);
-    }
+    appendDoubling(lines, cell, '"');
     lines += '"';
 }
 

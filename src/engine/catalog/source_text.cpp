@@ -4,6 +4,7 @@
 #include <utility>
 #include <vector>
 
+#include "base/quoting.hpp"
 #include "engine/catalog/definition_tokens.hpp"
 #include "engine/catalog/tables.hpp"
 #include "engine/catalog/view_rows.hpp"
@@ -135,10 +136,7 @@ std::string withColumnRenamed(const std::string& definition, std::string_view be
         const bool named =
             token.kind == tsql::TokenKind::Word || token.kind == tsql::TokenKind::QuotedName;
         if (!named || !sameName(token.text, before)) continue;
-        renamed += source.substr(done, token.start - done) + "[";
-        for (const char letter : after)
-            renamed.append(letter == ']' ? 2 : 1, letter);
-        renamed += "]";
+        renamed += source.substr(done, token.start - done) + inBrackets(after);
         done = token.end;
     }
     return definition.substr(0, start) + withoutStars(renamed + source.substr(done)) +

@@ -6,6 +6,7 @@
 
 #include "base/ascii.hpp"
 #include "base/hexadecimal.hpp"
+#include "base/quoting.hpp"
 
 namespace kap::engine {
 
@@ -17,20 +18,6 @@ constexpr int kScaleShift = 48;
 constexpr std::int64_t kByte = 0xFF;
 constexpr std::int64_t kWord = 0xFFFFFFFF;
 constexpr int kMoneyScale = 4;
-
-std::string quoted(std::string_view text, char quote) {
-    std::string result;
-    result.reserve(text.size() + 2);
-    result += quote;
-    for (std::size_t mark = 0; (mark = text.find(quote)) != std::string_view::npos;
-         text.remove_prefix(mark + 1)) {
-        result += text.substr(0, mark + 1);
-        result += quote;
-    }
-    result += text;
-    result += quote;
-    return result;
-}
 
 std::string realLiteral(double value) {
     std::string text = plain::shortest(value);
@@ -84,11 +71,11 @@ std::string sqlText(std::string_view text) {
     // SQLite's own literals end at a NUL character.
     if (text.find('\0') != std::string_view::npos)
         return "CAST(X'" + hex::ofBytes(text) + "' AS TEXT)";
-    return quoted(text, '\'');
+    return textConstant(text);
 }
 
 std::string sqlName(std::string_view name) {
-    return quoted(name, '"');
+    return inQuotes(name);
 }
 
 }  // namespace kap::engine

@@ -12,6 +12,7 @@
 #include <kaputil/automation/error.hpp>
 #include <kaputil/sqlscript/csql.hpp>
 
+#include "base/quoting.hpp"
 #include "cli/commands/batch/batch_file.hpp"
 #include "cli/commands/sql/script_text.hpp"
 #include "cli/output/exit_codes.hpp"
@@ -50,9 +51,7 @@ void printIndented(std::string_view text) {
 // A quote in a message has to be doubled by whoever gives the message.
 String quotesDoubled(const std::string& message) {
     std::string doubled;
-    for (const char letter : message) {
-        doubled.append(letter == '\'' ? 2 : 1, letter);
-    }
+    appendDoubling(doubled, message, '\'');
     return doubled;
 }
 

@@ -9,6 +9,7 @@
 #include <kaputil/automation/plain_text.hpp>
 
 #include "base/ascii.hpp"
+#include "base/quoting.hpp"
 #include "cli/names.hpp"
 
 namespace kap::cli {
@@ -35,14 +36,6 @@ private:
     Ref<ado::Recordset> rows_;
     Ref<ado::Fields> fields_;
 };
-
-std::string bracketed(const std::string& name) {
-    std::string text = "[";
-    for (const char unit : name) {
-        text.append(unit == ']' ? 2 : 1, unit);
-    }
-    return text + "]";
-}
 
 bool isOneOf(const std::string& type, std::initializer_list<std::string_view> types) {
     return std::ranges::find(types, type) != types.end();
@@ -106,8 +99,8 @@ private:
                 equalsIgnoringCase(schema + "." + name, *wanted_)) {
                 TableFact& table = tables_[rows.number(0)];
                 table.name = shown;
-                const FactRows count(connection_, "SELECT COUNT(*) FROM " + bracketed(schema) +
-                                                      "." + bracketed(name));
+                const FactRows count(connection_, "SELECT COUNT(*) FROM " + inBrackets(schema) +
+                                                      "." + inBrackets(name));
                 table.rows = count.number(0);
             }
         }

@@ -8,6 +8,7 @@
 #include <kaputil/ado/connection.hpp>
 #include <kaputil/ado/recordset.hpp>
 
+#include "base/quoting.hpp"
 #include "cli/commands/sql/csv_rows.hpp"
 #include "cli/commands/sql/json_rows.hpp"
 #include "cli/commands/sql/script_text.hpp"
@@ -112,14 +113,6 @@ int runScript(ado::Connection& connection, const std::string& script, const SqlC
     }
 }
 
-std::string quoted(const std::string& text) {
-    std::string result = "N'";
-    for (const char letter : text) {
-        result += letter == '\'' ? "''" : std::string(1, letter);
-    }
-    return result + "'";
-}
-
 // What the options ask for before the script, in the dialect.
 std::string preparation(const SqlCommand& options) {
     std::string script;
@@ -127,7 +120,7 @@ std::string preparation(const SqlCommand& options) {
         script += "DBCC CHECKDB\nGO\n";
     }
     if (options.backup) {
-        script += "BACKUP DATABASE this TO DISK = " + quoted(*options.backup) + "\nGO\n";
+        script += "BACKUP DATABASE this TO DISK = " + nationalConstant(*options.backup) + "\nGO\n";
     }
     if (options.plan) {
         script += "SET SHOWPLAN_TEXT ON\nGO\n";

@@ -4,6 +4,7 @@
 
 #include <kaputil/automation/plain_text.hpp>
 
+#include "base/quoting.hpp"
 #include "base/unicode.hpp"
 #include "engine/sqlite/functions/function_support.hpp"
 #include "engine/values/exact.hpp"
@@ -99,11 +100,7 @@ Value quoteName(const Arguments& arguments) {
     const bool quote = open != close || kAlike.find(mark) != std::string_view::npos;
     constexpr std::size_t kLongest = 128;
     if (!quote || unitLength(arguments.text(0)) > kLongest) return {};
-    std::string text(1, open);
-    for (const char letter : arguments.text(0)) {
-        text += letter == close ? std::string(2, close) : std::string(1, letter);
-    }
-    return text + close;
+    return enclosed(arguments.text(0), open, close);
 }
 
 Value right(const Arguments& arguments) {
