@@ -2,13 +2,9 @@
 
 #include <algorithm>
 #include <array>
-#include <utility>
-#include <variant>
 
 #include "base/ascii.hpp"
 #include "platform/stack.hpp"
-#include "tsql/lexer.hpp"
-#include "tsql/parser.hpp"
 #include "tsql/server_error.hpp"
 
 namespace kap::ado::odbc {
@@ -118,119 +114,17 @@ bool mayFollowQuery(std::string_view text) {
            });
 }
 
-// The part of a name that stands so many places before its last one; empty: there is none.
-std::string partBefore(const tsql::ObjectName& name, std::size_t places) {
-    return name.parts.size() > places ? name.parts[name.parts.size() - 1 - places] : std::string();
-}
-
-// Whether any function over many rows stands in an item.
-bool isAggregate(const tsql::Expression& expression) {
-    const auto* call = std::get_if<tsql::FunctionCall>(&expression.node);
-    if (call == nullptr || call->over) {
-        return false;
-    }
-    constexpr std::array<std::string_view, 10> kNames = {
-        "count", "sum", "avg", "min", "max", "count_big", "stdev", "stdevp", "var", "varp"};
-    return std::ranges::any_of(
-        kNames, [&](std::string_view name) { return equalsIgnoringCase(call->name.last(), name); });
-}
-
-class Reader {
-public:
-    explicit Reader(QueryAnalysis& found) : found_(found) {}
-
-    void read(const tsql::Query& query) {
-        if (query.terms.size() != 1 || !query.commonTables.empty()) {
-            found_.isCombined = query.terms.size() != 1;
-            return;
-        }
-        if (const auto* inner = std::get_if<tsql::QueryPtr>(&query.terms.front().node)) {
-            read(**inner);
-            return;
-        }
-        readSelect(std::get<tsql::Select>(query.terms.front().node));
-    }
-
-private:
-    void readSelect(const tsql::Select& select) {
-        found_.isCombined = select.distinct || !select.groupBy.empty() || select.having != nullptr;
-        found_.isReadable = true;
-        for (const tsql::TableSourcePtr& source : select.from) {
-            readSource(*source);
-        }
-        for (const tsql::SelectItem& item : select.items) {
-            readItem(item);
-        }
-    }
-
-    void readSource(const tsql::TableSource& source) {
-        if (const auto* join = std::get_if<tsql::Join>(&source.node)) {
-            readSource(*join->left);
-            readSource(*join->right);
-        } else if (const auto* table = std::get_if<tsql::NamedTable>(&source.node)) {
-            const std::string& name = table->name.last();
-            found_.tables.push_back({partBefore(table->name, 2), partBefore(table->name, 1), name,
-                                     table->alias.empty() ? name : table->alias});
-            // A table of another server is nothing that this one knows.
-            found_.isReadable = found_.isReadable && table->name.parts.size() <= 3;
-        } else {
-            found_.isReadable = false;  // columns of a derived table
-        }
-    }
-
-    void readItem(const tsql::SelectItem& item) {
-        using Kind = QueryItem::Kind;
-        if (const auto* star = std::get_if<tsql::StarItem>(&item.node)) {
-            const auto& parts = star->qualifier.parts;
-            found_.items.push_back({Kind::Star, parts.empty() ? "" : parts.back(), {}});
-            return;
-        }
-        const auto* expression = std::get_if<tsql::ExpressionItem>(&item.node);
-        if (expression == nullptr) {
-            found_.isReadable = false;
-            return;
-        }
-        const auto* column = std::get_if<tsql::ColumnReference>(&expression->value->node);
-        if (column == nullptr) {
-            found_.isCombined = found_.isCombined || isAggregate(*expression->value);
-            found_.items.push_back({});
-            return;
-        }
-        found_.items.push_back({Kind::Column, partBefore(column->name, 1), column->name.last()});
-    }
-
-    QueryAnalysis& found_;
-};
-
-bool writesTable(const tsql::Query& query) {
-    return std::ranges::any_of(query.terms, [](const tsql::QueryTerm& term) {
-        const auto* select = std::get_if<tsql::Select>(&term.node);
-        return select != nullptr && select->into.has_value();
-    });
-}
-
 QueryAnalysis read(std::string_view text) {
     QueryAnalysis found;
-    if (!beginsAsQuery(text)) {
-        found.changesTables = mayChangeTables(text);
-        return found;
-    }
-    platform::learnStack();
-    try {
-        const tsql::Script script = tsql::parseScript(text);
-        const auto* select =
-            script.size() == 1 ? std::get_if<tsql::SelectStatement>(&script.front().node) : nullptr;
-        if (select == nullptr || writesTable(*select->query)) {
-            found.changesTables = mayChangeTables(text);
-            return found;
+    if (beginsAsQuery(text)) {
+        platform::learnStack();
+        try {
+            static_cast<tsql::QuerySources&>(found) = tsql::sourcesOf(text);
+        } catch (const tsql::ServerError&) {
+            found = {};  // not the dialect, but perhaps the server's: then only the driver can tell
         }
-        found.isOneQuery = true;
-        Reader(found).read(*select->query);
-    } catch (const tsql::ServerError&) {
-        // Not the dialect, but perhaps the server's: then only the driver can tell.
-        found = {};
-        found.changesTables = mayChangeTables(text);
     }
+    found.changesTables = !found.isOneQuery && mayChangeTables(text);
     return found;
 }
 
