@@ -9,7 +9,7 @@
 #include <kaputil/ado/recordset.hpp>
 
 #include "base/ascii.hpp"
-#include "migrate/copy_dialect.hpp"
+#include "data/dialects/sql_dialect.hpp"
 
 // What a database tells of its tables, for a copy of them.
 namespace kap::migrate {

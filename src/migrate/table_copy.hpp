@@ -7,7 +7,7 @@
 #include <kaputil/ado/connection.hpp>
 #include <kaputil/ado/recordset.hpp>
 
-#include "migrate/copy_dialect.hpp"
+#include "data/dialects/sql_dialect.hpp"
 #include "migrate/table_digest.hpp"
 
 namespace kap::migrate {

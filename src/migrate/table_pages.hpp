@@ -8,7 +8,7 @@
 #include <kaputil/ado/connection.hpp>
 #include <kaputil/ado/recordset.hpp>
 
-#include "migrate/copy_dialect.hpp"
+#include "data/dialects/sql_dialect.hpp"
 
 namespace kap::migrate {
 

@@ -1,11 +1,11 @@
-#include "migrate/copy_dialect.hpp"
+#include "data/dialects/sql_dialect.hpp"
 
 #include <kaputil/ado/recordset.hpp>
 #include <kaputil/automation/convert.hpp>
 #include <kaputil/automation/plain_text.hpp>
 
 #include "base/ascii.hpp"
-#include "migrate/copy_dialects.hpp"
+#include "data/dialects/sql_dialects.hpp"
 
 namespace kap::migrate {
 namespace {

@@ -8,7 +8,7 @@
 #include <kaputil/ado/connection.hpp>
 #include <kaputil/ado/field.hpp>
 
-#include "migrate/default_value.hpp"
+#include "data/dialects/default_value.hpp"
 
 namespace kap::migrate {
 

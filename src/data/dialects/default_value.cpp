@@ -1,4 +1,4 @@
-#include "migrate/default_value.hpp"
+#include "data/dialects/default_value.hpp"
 
 #include <algorithm>
 #include <array>

@@ -4,7 +4,7 @@
 
 #include "base/ascii.hpp"
 #include "base/quoting.hpp"
-#include "migrate/copy_dialects.hpp"
+#include "data/dialects/sql_dialects.hpp"
 
 #include <kaputil/automation/plain_text.hpp>
 

@@ -3,7 +3,7 @@
 #include <string>
 #include <string_view>
 
-#include "migrate/copy_dialect.hpp"
+#include "data/dialects/sql_dialect.hpp"
 
 // The dialects that there are, and what they have in common.
 namespace kap::migrate {
