@@ -24,8 +24,8 @@ std::int64_t numberIn(const std::string& text, std::int64_t otherwise) {
     return number ? *number : otherwise;
 }
 
-CopiedColumn columnOf(const ado::Field& field) {
-    CopiedColumn column;
+ado::ColumnDefinition columnOf(const ado::Field& field) {
+    ado::ColumnDefinition column;
     column.name = field.Name().utf8();
     column.type = field.Type();
     column.size = field.DefinedSize();
@@ -37,8 +37,9 @@ CopiedColumn columnOf(const ado::Field& field) {
     return column;
 }
 
-// What the catalogue says of a column beyond that; the places are those of CopyDialect::columns.
-void describe(CopiedColumn& column, const Ref<ado::Recordset>& facts) {
+// What the catalogue says of a column beyond that; the places are those of
+// ado::SqlDialect::columns.
+void describe(ado::ColumnDefinition& column, const Ref<ado::Recordset>& facts) {
     column.declared = textOf(facts, 1);
     column.identity = isTrue(facts, 2);
     column.computed = textOf(facts, 3);
@@ -75,6 +76,10 @@ std::vector<std::string> CopiedIndex::columns() const {
     return names;
 }
 
+const ado::SqlDialect& dialectOf(ado::Connection& connection) {
+    return connection.session()->dialect();
+}
+
 Ref<ado::Recordset> opened(ado::Connection& connection, const std::string& query) {
     auto rows = make<ado::Recordset>();
     rows->setCursorLocation(ado::CursorLocationEnum::adUseClient);
@@ -100,7 +105,8 @@ std::string joined(const std::vector<std::string>& parts) {
     return all;
 }
 
-std::vector<std::string> otherTablesOf(ado::Connection& connection, const CopyDialect& dialect) {
+std::vector<std::string> otherTablesOf(ado::Connection& connection,
+                                       const ado::SqlDialect& dialect) {
     std::vector<std::string> names;
     const auto found = opened(connection, dialect.otherTables());
     for (; !found->Eof(); found->MoveNext()) {
@@ -109,7 +115,7 @@ std::vector<std::string> otherTablesOf(ado::Connection& connection, const CopyDi
     return names;
 }
 
-std::vector<std::string> tablesOf(ado::Connection& connection, const CopyDialect& dialect) {
+std::vector<std::string> tablesOf(ado::Connection& connection, const ado::SqlDialect& dialect) {
     const std::vector<std::string> others = otherTablesOf(connection, dialect);
     const auto found = connection.OpenSchema(
         ado::SchemaEnum::adSchemaTables,
@@ -126,18 +132,19 @@ std::vector<std::string> tablesOf(ado::Connection& connection, const CopyDialect
     return tables;
 }
 
-std::vector<CopiedColumn> columnsOf(ado::Connection& connection, const CopyDialect& dialect,
-                                    const std::string& table) {
+std::vector<ado::ColumnDefinition> columnsOf(ado::Connection& connection,
+                                             const ado::SqlDialect& dialect,
+                                             const std::string& table) {
     const auto fields =
         opened(connection, "SELECT * FROM " + dialect.quoted(table) + " WHERE 1 = 0")->Fields();
-    std::vector<CopiedColumn> columns;
+    std::vector<ado::ColumnDefinition> columns;
     columns.reserve(static_cast<std::size_t>(fields->Count()));
     for (std::int32_t i = 0; i < fields->Count(); ++i) {
         columns.push_back(columnOf(*fields->Item(i)));
     }
     const auto facts = opened(connection, dialect.columns(table));
     for (; !facts->Eof(); facts->MoveNext()) {
-        const auto column = std::ranges::find_if(columns, [&](const CopiedColumn& each) {
+        const auto column = std::ranges::find_if(columns, [&](const ado::ColumnDefinition& each) {
             return equalsIgnoringCase(each.name, textOf(facts, 0));
         });
         if (column != columns.end()) {
@@ -147,8 +154,8 @@ std::vector<CopiedColumn> columnsOf(ado::Connection& connection, const CopyDiale
     return columns;
 }
 
-// The places of a row's columns are those of CopyDialect::indexes.
-std::vector<CopiedIndex> indexesOf(ado::Connection& connection, const CopyDialect& dialect,
+// The places of a row's columns are those of ado::SqlDialect::indexes.
+std::vector<CopiedIndex> indexesOf(ado::Connection& connection, const ado::SqlDialect& dialect,
                                    const std::string& table) {
     std::vector<CopiedIndex> indexes;
     const auto found = opened(connection, dialect.indexes(table));
@@ -174,7 +181,7 @@ std::vector<CopiedIndex> indexesOf(ado::Connection& connection, const CopyDialec
     return indexes;
 }
 
-std::vector<std::string> keyOf(ado::Connection& connection, const CopyDialect& dialect,
+std::vector<std::string> keyOf(ado::Connection& connection, const ado::SqlDialect& dialect,
                                const std::string& table) {
     for (const CopiedIndex& index : indexesOf(connection, dialect, table)) {
         if (index.kind == CopiedIndex::Kind::PrimaryKey) {
@@ -184,9 +191,9 @@ std::vector<std::string> keyOf(ado::Connection& connection, const CopyDialect& d
     return {};
 }
 
-// The places of a row's columns are those of CopyDialect::foreignKeys.
+// The places of a row's columns are those of ado::SqlDialect::foreignKeys.
 std::vector<CopiedForeignKey> foreignKeysOf(ado::Connection& connection,
-                                            const CopyDialect& dialect) {
+                                            const ado::SqlDialect& dialect) {
     std::vector<CopiedForeignKey> keys;
     const auto found = opened(connection, dialect.foreignKeys());
     for (; !found->Eof(); found->MoveNext()) {
@@ -208,7 +215,7 @@ std::vector<CopiedForeignKey> foreignKeysOf(ado::Connection& connection,
     return keys;
 }
 
-std::vector<CopiedProgram> programsOf(ado::Connection& connection, const CopyDialect& dialect) {
+std::vector<CopiedProgram> programsOf(ado::Connection& connection, const ado::SqlDialect& dialect) {
     std::vector<CopiedProgram> programs;
     const auto found = opened(connection, dialect.programs());
     for (; !found->Eof(); found->MoveNext()) {
@@ -218,8 +225,9 @@ std::vector<CopiedProgram> programsOf(ado::Connection& connection, const CopyDia
     return programs;
 }
 
-std::optional<std::int64_t> lastIdentityOf(ado::Connection& connection, const CopyDialect& dialect,
-                                           const std::string& table, const std::string& column) {
+std::optional<std::int64_t> lastIdentityOf(ado::Connection& connection,
+                                           const ado::SqlDialect& dialect, const std::string& table,
+                                           const std::string& column) {
     return numberOf(connection, dialect.lastIdentity(table, column));
 }
 

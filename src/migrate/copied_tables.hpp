@@ -55,6 +55,9 @@ struct CopiedProgram {
     bool disabled = false;
 };
 
+// The dialect of an open connection's database.
+[[nodiscard]] const ado::SqlDialect& dialectOf(ado::Connection& connection);
+
 [[nodiscard]] std::string joined(const std::vector<std::string>& parts);
 // A query's rows, and the text of a cell; Null is empty.
 [[nodiscard]] Ref<ado::Recordset> opened(ado::Connection& connection, const std::string& query);
@@ -63,30 +66,31 @@ struct CopiedProgram {
 // The tables of the connection's own schema in the database's order, without the copy's notes; the
 // others with the name of their schema.
 [[nodiscard]] std::vector<std::string> tablesOf(ado::Connection& connection,
-                                                const CopyDialect& dialect);
+                                                const ado::SqlDialect& dialect);
 [[nodiscard]] std::vector<std::string> otherTablesOf(ado::Connection& connection,
-                                                     const CopyDialect& dialect);
-[[nodiscard]] std::vector<CopiedColumn> columnsOf(ado::Connection& connection,
-                                                  const CopyDialect& dialect,
-                                                  const std::string& table);
+                                                     const ado::SqlDialect& dialect);
+[[nodiscard]] std::vector<ado::ColumnDefinition> columnsOf(ado::Connection& connection,
+                                                           const ado::SqlDialect& dialect,
+                                                           const std::string& table);
 // The primary key comes first where there is one.
 [[nodiscard]] std::vector<CopiedIndex> indexesOf(ado::Connection& connection,
-                                                 const CopyDialect& dialect,
+                                                 const ado::SqlDialect& dialect,
                                                  const std::string& table);
 // The columns of the primary key, in order.
 [[nodiscard]] std::vector<std::string> keyOf(ado::Connection& connection,
-                                             const CopyDialect& dialect, const std::string& table);
+                                             const ado::SqlDialect& dialect,
+                                             const std::string& table);
 [[nodiscard]] std::vector<CopiedProgram> programsOf(ado::Connection& connection,
-                                                    const CopyDialect& dialect);
+                                                    const ado::SqlDialect& dialect);
 // The last identity that the table has given out.
 [[nodiscard]] std::optional<std::int64_t> lastIdentityOf(ado::Connection& connection,
-                                                         const CopyDialect& dialect,
+                                                         const ado::SqlDialect& dialect,
                                                          const std::string& table,
                                                          const std::string& column);
 // The value of a query that has one, Null for none.
 [[nodiscard]] std::optional<std::int64_t> numberOf(ado::Connection& connection,
                                                    const std::string& query);
 [[nodiscard]] std::vector<CopiedForeignKey> foreignKeysOf(ado::Connection& connection,
-                                                          const CopyDialect& dialect);
+                                                          const ado::SqlDialect& dialect);
 
 }  // namespace kap::migrate

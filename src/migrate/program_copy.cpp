@@ -26,10 +26,10 @@ std::string nameOf(const CopiedProgram& program) {
 ProgramCopy::ProgramCopy(ado::Connection& from, ado::Connection& to,
                          std::function<void(const std::string&)> tell)
     : to_(to),
-      toDialect_(CopyDialect::of(to)),
-      read_(toDialect_.reads(CopyDialect::of(from))),
+      toDialect_(dialectOf(to)),
+      read_(toDialect_.reads(dialectOf(from))),
       tell_(std::move(tell)),
-      programs_(programsOf(from, CopyDialect::of(from))) {
+      programs_(programsOf(from, dialectOf(from))) {
     std::ranges::stable_sort(programs_, {}, placeOf);
     if (read_) {
         there_ = programsOf(to_, toDialect_);
@@ -111,7 +111,7 @@ bool ProgramCopy::isThere(const CopiedProgram& program) const {
 void ProgramCopy::make(const CopiedProgram& program) {
     if (program.kind == "check") {
         to_.Execute("ALTER TABLE " + toDialect_.quoted(program.table) +
-                    (program.disabled ? " WITH NOCHECK" : "") + " ADD CONSTRAINT " +
+                    (program.disabled ? toDialect_.unchecked() : "") + " ADD CONSTRAINT " +
                     toDialect_.quoted(program.name) + " CHECK " + program.text);
     } else {
         to_.Execute(program.text);
@@ -120,9 +120,9 @@ void ProgramCopy::make(const CopiedProgram& program) {
 
 void ProgramCopy::switchOff(const CopiedProgram& program) {
     try {
-        to_.Execute("ALTER TABLE " + toDialect_.quoted(program.table) +
-                    (program.kind == "check" ? " NOCHECK CONSTRAINT " : " DISABLE TRIGGER ") +
-                    toDialect_.quoted(program.name));
+        to_.Execute(program.kind == "check"
+                        ? toDialect_.switchingOffConstraint(program.table, program.name)
+                        : toDialect_.switchingOffTrigger(program.table, program.name));
     } catch (const AutomationError& error) {
         tell_(nameOf(program) + " is switched on: " + error.description().utf8());
     }

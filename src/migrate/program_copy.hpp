@@ -36,7 +36,7 @@ private:
     void switchOff(const CopiedProgram& program);
 
     ado::Connection& to_;
-    const CopyDialect& toDialect_;
+    const ado::SqlDialect& toDialect_;
     bool read_;  // whether the target reads the source's dialect
     std::function<void(const std::string&)> tell_;
     std::vector<CopiedProgram> programs_;

@@ -19,8 +19,8 @@ RelationCopy::RelationCopy(ado::Connection& from, ado::Connection& to,
                            std::function<void(const std::string&)> tell)
     : from_(from),
       to_(to),
-      fromDialect_(CopyDialect::of(from)),
-      toDialect_(CopyDialect::of(to)),
+      fromDialect_(dialectOf(from)),
+      toDialect_(dialectOf(to)),
       tell_(std::move(tell)),
       foreignKeys_(foreignKeysOf(from, fromDialect_)) {}
 
@@ -105,25 +105,28 @@ void RelationCopy::addForeignKey(const CopiedForeignKey& key) {
     const std::string table = "ALTER TABLE " + toDialect_.quoted(toDialect_.nameFor(key.table));
     const std::string name = toDialect_.quoted(toDialect_.nameFor(key.name));
     const bool off = key.disabled && toDialect_.reads(fromDialect_);
-    const bool added = run(what, table + (off ? " WITH NOCHECK" : "") + " ADD CONSTRAINT " + name +
-                                     " FOREIGN KEY (" + columnList(key.columns) + ") REFERENCES " +
-                                     toDialect_.quoted(toDialect_.nameFor(key.referenced)) + " (" +
-                                     columnList(key.referencedColumns) + ") ON DELETE " +
-                                     key.onDelete + " ON UPDATE " + key.onUpdate);
+    const bool added =
+        run(what, table + (off ? toDialect_.unchecked() : "") + " ADD CONSTRAINT " + name +
+                      " FOREIGN KEY (" + columnList(key.columns) + ") REFERENCES " +
+                      toDialect_.quoted(toDialect_.nameFor(key.referenced)) + " (" +
+                      columnList(key.referencedColumns) + ") ON DELETE " + key.onDelete +
+                      " ON UPDATE " + key.onUpdate);
     if (added && off) {
-        run(what + ", as a switched-off one,", table + " NOCHECK CONSTRAINT " + name);
+        run(what + ", as a switched-off one,",
+            toDialect_.switchingOffConstraint(toDialect_.nameFor(key.table),
+                                              toDialect_.nameFor(key.name)));
     }
 }
 
 // What the definition of a table could not say: expressions, which may call what has come along.
 void RelationCopy::copyDefaults(const std::vector<std::string>& tables) {
     for (const std::string& table : tables) {
-        const std::vector<CopiedColumn> there =
+        const std::vector<ado::ColumnDefinition> there =
             columnsOf(to_, toDialect_, toDialect_.nameFor(table));
-        for (const CopiedColumn& column : columnsOf(from_, fromDialect_, table)) {
-            const bool other = column.defaultValue.kind != DefaultValue::Kind::None &&
+        for (const ado::ColumnDefinition& column : columnsOf(from_, fromDialect_, table)) {
+            const bool other = column.defaultValue.kind != ado::DefaultValue::Kind::None &&
                                toDialect_.defaultFor(column).empty();
-            const bool exists = std::ranges::any_of(there, [&](const CopiedColumn& each) {
+            const bool exists = std::ranges::any_of(there, [&](const ado::ColumnDefinition& each) {
                 return equalsIgnoringCase(each.name, column.name) && !each.defaultText.empty();
             });
             if (other && !exists) {
@@ -133,17 +136,13 @@ void RelationCopy::copyDefaults(const std::vector<std::string>& tables) {
     }
 }
 
-void RelationCopy::addDefault(const std::string& table, const CopiedColumn& column) {
+void RelationCopy::addDefault(const std::string& table, const ado::ColumnDefinition& column) {
     const std::string what = "The default of " + table + "." + column.name;
     if (!toDialect_.reads(fromDialect_)) {
         tell_(what + " stays behind: " + column.defaultText);
         return;
     }
-    const std::string name = column.defaultName.empty()
-                                 ? std::string()
-                                 : "CONSTRAINT " + toDialect_.quoted(column.defaultName) + " ";
-    run(what, "ALTER TABLE " + toDialect_.quoted(table) + " ADD " + name + "DEFAULT " +
-                  column.defaultText + " FOR " + toDialect_.quoted(column.name));
+    run(what, toDialect_.addingDefault(table, column));
 }
 
 // Names of indexes are the table's with some databases, and the whole database's with others.

@@ -33,13 +33,13 @@ private:
     void addIndexes(const std::string& table);
     [[nodiscard]] std::string creation(const CopiedIndex& index, const std::string& name,
                                        const std::string& target) const;
-    void addDefault(const std::string& table, const CopiedColumn& column);
+    void addDefault(const std::string& table, const ado::ColumnDefinition& column);
     void addForeignKey(const CopiedForeignKey& key);
 
     ado::Connection& from_;
     ado::Connection& to_;
-    const CopyDialect& fromDialect_;
-    const CopyDialect& toDialect_;
+    const ado::SqlDialect& fromDialect_;
+    const ado::SqlDialect& toDialect_;
     std::function<void(const std::string&)> tell_;
     std::vector<CopiedForeignKey> foreignKeys_;
     std::vector<std::string> namesGiven_;

@@ -25,25 +25,25 @@ constexpr int kRowsATransaction = 2000;
 struct TableCopy::Table {
     std::string source;  // the names as they stand in each database
     std::string target;
-    std::vector<CopiedColumn> columns;
+    std::vector<ado::ColumnDefinition> columns;
     std::vector<std::string> key;
     std::string keyName;
 
-    [[nodiscard]] const CopiedColumn* identity() const {
-        const auto found = std::ranges::find_if(columns, &CopiedColumn::identity);
+    [[nodiscard]] const ado::ColumnDefinition* identity() const {
+        const auto found = std::ranges::find_if(columns, &ado::ColumnDefinition::identity);
         return found == columns.end() ? nullptr : &*found;
     }
     [[nodiscard]] std::string rowVersion() const {
-        const auto found = std::ranges::find_if(columns, &CopiedColumn::rowVersion);
+        const auto found = std::ranges::find_if(columns, &ado::ColumnDefinition::rowVersion);
         return found == columns.end() ? std::string() : found->name;
     }
 };
 
 namespace {
 
-TableDigest digest(ado::Connection& connection, const CopyDialect& dialect,
+TableDigest digest(ado::Connection& connection, const ado::SqlDialect& dialect,
                    const std::string& table) {
-    const std::vector<CopiedColumn> columns = columnsOf(connection, dialect, table);
+    const std::vector<ado::ColumnDefinition> columns = columnsOf(connection, dialect, table);
     TableDigest made;
     TablePages(connection, dialect, table, columns, keyOf(connection, dialect, table))
         .read(0, [&](const Ref<ado::Recordset>& rows) {
@@ -61,8 +61,8 @@ TableCopy::TableCopy(ado::Connection& from, ado::Connection& to,
                      std::function<void(const std::string&)> tell)
     : from_(from),
       to_(to),
-      fromDialect_(CopyDialect::of(from)),
-      toDialect_(CopyDialect::of(to)),
+      fromDialect_(dialectOf(from)),
+      toDialect_(dialectOf(to)),
       tell_(std::move(tell)) {}
 
 void TableCopy::check(const std::vector<std::string>& tables) {
@@ -100,14 +100,9 @@ void TableCopy::begin() {
     }
     to_.Execute(std::string("CREATE TABLE ") + kCopyNotes +
                 " (Tabella varchar(128) NOT NULL PRIMARY KEY, Righe int NOT NULL)");
-    // What row versions are kept with, where the database has none of its own.
-    CopiedColumn version;
-    version.rowVersion = true;
-    if (toDialect_.typeFor(version) == "rowversion") {
-        to_.Execute(
-            "CREATE SEQUENCE IF NOT EXISTS kap_row_versions;"
-            "DO $$ BEGIN CREATE DOMAIN rowversion AS bytea; EXCEPTION WHEN duplicate_object THEN "
-            "NULL; END $$");
+    const std::string more = toDialect_.beforeRowVersions();
+    if (!more.empty()) {
+        to_.Execute(more);
     }
 }
 
@@ -148,7 +143,7 @@ TableCopy::Table TableCopy::describe(const std::string& name) {
 
 // The rows of a table that have arrived; -1 when the copy of it has not begun.
 std::int64_t TableCopy::rowsNoted(const std::string& target) {
-    CopiedColumn text;
+    ado::ColumnDefinition text;
     text.type = ado::DataTypeEnum::adVarChar;
     const auto notes = opened(to_, std::string("SELECT Righe FROM ") + kCopyNotes +
                                        " WHERE Tabella = " + toDialect_.literal(text, target));
@@ -162,7 +157,8 @@ void TableCopy::create(Table& table) {
         return;
     }
     const bool formulas = std::ranges::any_of(
-        table.columns, [](const CopiedColumn& column) { return !column.computed.empty(); });
+        table.columns,
+        [](const ado::ColumnDefinition& column) { return !column.computed.empty(); });
     std::string reason = "it is written in its database's dialect";
     if (formulas && toDialect_.reads(fromDialect_)) {
         try {
@@ -172,7 +168,7 @@ void TableCopy::create(Table& table) {
             reason = error.description().utf8();  // if it is another one it comes again
         }
     }
-    for (CopiedColumn& column : table.columns) {
+    for (ado::ColumnDefinition& column : table.columns) {
         if (!column.computed.empty()) {
             tell_("What " + table.source + "." + column.name +
                   " is computed from stays behind, its values do not: " + reason);
@@ -183,7 +179,7 @@ void TableCopy::create(Table& table) {
 }
 
 std::string TableCopy::noting(const Table& table) const {
-    CopiedColumn text;
+    ado::ColumnDefinition text;
     text.type = ado::DataTypeEnum::adVarChar;
     return std::string("INSERT INTO ") + kCopyNotes + " VALUES (" +
            toDialect_.literal(text, table.target) + ", 0)";
@@ -208,7 +204,7 @@ void TableCopy::makeTable(const Table& table) {
 
 std::string TableCopy::definition(const Table& table) const {
     std::vector<std::string> parts;
-    for (const CopiedColumn& column : table.columns) {
+    for (const ado::ColumnDefinition& column : table.columns) {
         parts.push_back(definition(table, column));
     }
     if (!table.key.empty()) {
@@ -217,7 +213,7 @@ std::string TableCopy::definition(const Table& table) const {
     return "CREATE TABLE " + toDialect_.quoted(table.target) + " (" + joined(parts) + ")";
 }
 
-std::string TableCopy::definition(const Table& table, const CopiedColumn& column) const {
+std::string TableCopy::definition(const Table& table, const ado::ColumnDefinition& column) const {
     const std::string name = toDialect_.quoted(toDialect_.nameFor(column.name));
     if (!column.computed.empty()) {
         return name + " AS " + column.computed + (column.persisted ? " PERSISTED" : "");
@@ -226,7 +222,8 @@ std::string TableCopy::definition(const Table& table, const CopiedColumn& column
         table.key, [&](const std::string& part) { return equalsIgnoringCase(part, column.name); });
     const bool read = toDialect_.reads(fromDialect_);
     std::string otherwise = toDialect_.defaultFor(column);
-    if (read && column.defaultValue.kind == DefaultValue::Kind::Constant && !otherwise.empty()) {
+    if (read && column.defaultValue.kind == ado::DefaultValue::Kind::Constant &&
+        !otherwise.empty()) {
         otherwise = column.defaultText;
     }
     const bool named = read && !column.defaultName.empty();
@@ -267,8 +264,8 @@ void TableCopy::requireEmpty(const Table& table) {
 void TableCopy::writeRows(const Table& table, std::int64_t done,
                           const std::function<void(std::int64_t, std::int64_t)>& progress) {
     Table written = table;
-    for (const CopiedColumn& there : columnsOf(to_, toDialect_, table.target)) {
-        for (CopiedColumn& column : written.columns) {
+    for (const ado::ColumnDefinition& there : columnsOf(to_, toDialect_, table.target)) {
+        for (ado::ColumnDefinition& column : written.columns) {
             if (equalsIgnoringCase(toDialect_.nameFor(column.name), there.name)) {
                 column.computed = there.computed;
             }
@@ -292,7 +289,7 @@ void TableCopy::writeRows(const Table& table, std::int64_t done,
 std::string TableCopy::literals(const Table& table, const ado::Fields& fields) const {
     std::string values;
     for (std::size_t i = 0; i < table.columns.size(); ++i) {
-        const CopiedColumn& column = table.columns[i];
+        const ado::ColumnDefinition& column = table.columns[i];
         if (!column.isWritten()) {
             continue;
         }
@@ -306,7 +303,7 @@ std::string TableCopy::literals(const Table& table, const ado::Fields& fields) c
 // One transaction of rows.
 void TableCopy::writePage(const Table& table, const Ref<ado::Recordset>& rows, std::int64_t& done) {
     std::vector<std::string> names;
-    for (const CopiedColumn& column : table.columns) {
+    for (const ado::ColumnDefinition& column : table.columns) {
         if (column.isWritten()) {
             names.push_back(toDialect_.quoted(toDialect_.nameFor(column.name)));
         }
@@ -317,7 +314,7 @@ void TableCopy::writePage(const Table& table, const Ref<ado::Recordset>& rows, s
                                joined(names) + ") VALUES ";
     const std::string behind = identity ? toDialect_.afterRows(table.target) : "";
     const auto fields = rows->Fields();
-    CopiedColumn text;
+    ado::ColumnDefinition text;
     text.type = ado::DataTypeEnum::adVarChar;
     const std::int64_t before = done;
     to_.BeginTrans();
@@ -342,7 +339,7 @@ void TableCopy::writePage(const Table& table, const Ref<ado::Recordset>& rows, s
 
 // The next identity is one that neither database has given out.
 void TableCopy::continueIdentity(const Table& table) {
-    const CopiedColumn* identity = table.identity();
+    const ado::ColumnDefinition* identity = table.identity();
     if (identity == nullptr) {
         return;
     }

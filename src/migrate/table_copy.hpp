@@ -61,7 +61,8 @@ private:
     [[nodiscard]] std::string noting(const Table& table) const;
     void makeTable(const Table& table);
     [[nodiscard]] std::string definition(const Table& table) const;
-    [[nodiscard]] std::string definition(const Table& table, const CopiedColumn& column) const;
+    [[nodiscard]] std::string definition(const Table& table,
+                                         const ado::ColumnDefinition& column) const;
     [[nodiscard]] std::string primaryKey(const Table& table) const;
     void requireEmpty(const Table& table);
     void writeRows(const Table& table, std::int64_t done,
@@ -72,8 +73,8 @@ private:
 
     ado::Connection& from_;
     ado::Connection& to_;
-    const CopyDialect& fromDialect_;
-    const CopyDialect& toDialect_;
+    const ado::SqlDialect& fromDialect_;
+    const ado::SqlDialect& toDialect_;
     std::function<void(const std::string&)> tell_;
 };
 

@@ -21,7 +21,7 @@ void mix(std::uint64_t& hash, unsigned char byte) {
 
 // A value's text without what databases write differently: zeros behind the point, blanks that fill
 // a fixed length, the braces and letters of an identifier.
-std::string comparable(const CopiedColumn& column, std::string text) {
+std::string comparable(const ado::ColumnDefinition& column, std::string text) {
     const bool number = column.type == DataTypeEnum::adCurrency ||
                         column.type == DataTypeEnum::adNumeric ||
                         column.type == DataTypeEnum::adDecimal;
@@ -47,7 +47,8 @@ std::string comparable(const CopiedColumn& column, std::string text) {
 
 }  // namespace
 
-void TableDigest::add(const std::vector<CopiedColumn>& columns, const ado::Fields& fields) {
+void TableDigest::add(const std::vector<ado::ColumnDefinition>& columns,
+                      const ado::Fields& fields) {
     std::uint64_t hash = kStart;
     for (std::size_t i = 0; i < columns.size(); ++i) {
         if (columns[i].rowVersion) {

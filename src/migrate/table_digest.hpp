@@ -16,7 +16,7 @@ struct TableDigest {
     std::uint64_t sum = 0;
 
     // Adds the recordset's current row; row versions are each database's own and do not count.
-    void add(const std::vector<CopiedColumn>& columns, const ado::Fields& fields);
+    void add(const std::vector<ado::ColumnDefinition>& columns, const ado::Fields& fields);
     [[nodiscard]] std::string text() const;  // of the sum: 16 hexadecimal digits
     friend bool operator==(const TableDigest&, const TableDigest&) = default;
 };

@@ -15,14 +15,15 @@ constexpr std::int32_t kRowsAPage = 20000;
 
 }  // namespace
 
-TablePages::TablePages(ado::Connection& connection, const CopyDialect& dialect, std::string table,
-                       std::vector<CopiedColumn> columns, const std::vector<std::string>& key)
+TablePages::TablePages(ado::Connection& connection, const ado::SqlDialect& dialect,
+                       std::string table, std::vector<ado::ColumnDefinition> columns,
+                       const std::vector<std::string>& key)
     : connection_(connection),
       dialect_(dialect),
       table_(std::move(table)),
       columns_(std::move(columns)) {
     for (const std::string& part : key) {
-        const auto found = std::ranges::find_if(columns_, [&](const CopiedColumn& column) {
+        const auto found = std::ranges::find_if(columns_, [&](const ado::ColumnDefinition& column) {
             return equalsIgnoringCase(column.name, part);
         });
         if (found == columns_.end()) {
@@ -61,7 +62,7 @@ void TablePages::read(std::int64_t first,
 
 std::string TablePages::query(std::int64_t first) const {
     std::vector<std::string> selected;
-    for (const CopiedColumn& column : columns_) {
+    for (const ado::ColumnDefinition& column : columns_) {
         selected.push_back(dialect_.selected(column));
     }
     std::string text = "SELECT " + joined(selected) + " FROM " + dialect_.quoted(table_);

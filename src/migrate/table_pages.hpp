@@ -16,8 +16,8 @@ namespace kap::migrate {
 // table without key comes in one piece.
 class TablePages {
 public:
-    TablePages(ado::Connection& connection, const CopyDialect& dialect, std::string table,
-               std::vector<CopiedColumn> columns, const std::vector<std::string>& key);
+    TablePages(ado::Connection& connection, const ado::SqlDialect& dialect, std::string table,
+               std::vector<ado::ColumnDefinition> columns, const std::vector<std::string>& key);
 
     // Calls with every page from the row `first` on (counted from 0), each at its first row.
     void read(std::int64_t first, const std::function<void(const Ref<ado::Recordset>&)>& page);
@@ -29,9 +29,9 @@ private:
     void remember(const Ref<ado::Recordset>& rows);
 
     ado::Connection& connection_;
-    const CopyDialect& dialect_;
+    const ado::SqlDialect& dialect_;
     std::string table_;
-    std::vector<CopiedColumn> columns_;
+    std::vector<ado::ColumnDefinition> columns_;
     std::vector<std::size_t> key_;   // places among the columns
     std::vector<std::string> last_;  // the key of the last row, as literals
 };

@@ -5,7 +5,7 @@
 
 #include "base/ascii.hpp"
 
-namespace kap::migrate {
+namespace kap::ado {
 namespace {
 
 // Where the text or bracket that begins the text ends; 0: there is none, or no end of it.
@@ -109,4 +109,4 @@ DefaultValue readDefault(std::string_view text) {
     return {Kind::Other, std::string(text)};
 }
 
-}  // namespace kap::migrate
+}  // namespace kap::ado

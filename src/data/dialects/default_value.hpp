@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-namespace kap::migrate {
+namespace kap::ado {
 
 // What a column gets that is not given a value, whichever database says it.
 struct DefaultValue {
@@ -22,4 +22,4 @@ struct DefaultValue {
 // Reads a default as the catalogues of databases write it: in brackets, with a type behind.
 [[nodiscard]] DefaultValue readDefault(std::string_view text);
 
-}  // namespace kap::migrate
+}  // namespace kap::ado

@@ -5,17 +5,16 @@
 #include <string_view>
 #include <vector>
 
-#include <kaputil/ado/connection.hpp>
-#include <kaputil/ado/field.hpp>
+#include <kaputil/data/enumerations.hpp>
 
 #include "data/dialects/default_value.hpp"
 
-namespace kap::migrate {
+namespace kap::ado {
 
 // What a column is, whichever database has it.
-struct CopiedColumn {
+struct ColumnDefinition {
     std::string name;
-    ado::DataTypeEnum type = ado::DataTypeEnum::adEmpty;
+    DataTypeEnum type = DataTypeEnum::adEmpty;
     std::int32_t size = 0;
     std::uint8_t precision = 0;
     std::uint8_t scale = 0;
@@ -36,32 +35,32 @@ struct CopiedColumn {
     [[nodiscard]] bool isWritten() const { return !rowVersion && computed.empty(); }
 };
 
-// How databases that a copy reads from and goes to want to be spoken to: the one place that knows.
-class CopyDialect {
+// The SQL of a kind of database, for those who describe and make tables with it: names, types and
+// constants, and where its catalogue tells what. The one place that knows; a session gives its
+// database's (Session::dialect), whichever driver reaches it.
+class SqlDialect {
 public:
-    CopyDialect() = default;
-    CopyDialect(const CopyDialect&) = delete;
-    CopyDialect& operator=(const CopyDialect&) = delete;
-    virtual ~CopyDialect() = default;
-    // The dialect of an open connection's database, told by the types that it has.
-    [[nodiscard]] static const CopyDialect& of(ado::Connection& connection);
+    SqlDialect() = default;
+    SqlDialect(const SqlDialect&) = delete;
+    SqlDialect& operator=(const SqlDialect&) = delete;
+    virtual ~SqlDialect() = default;
 
     // Whether what is written in the other dialect can be run here: expressions and programs.
-    [[nodiscard]] virtual bool reads(const CopyDialect& other) const = 0;
+    [[nodiscard]] virtual bool reads(const SqlDialect& other) const = 0;
 
     [[nodiscard]] virtual std::string quoted(std::string_view name) const = 0;
     // The name that a table or column gets, so that programs find it as they write it.
     [[nodiscard]] virtual std::string nameFor(std::string_view name) const = 0;
     // With what makes it an identity.
-    [[nodiscard]] virtual std::string typeFor(const CopiedColumn& column) const = 0;
+    [[nodiscard]] virtual std::string typeFor(const ColumnDefinition& column) const = 0;
     // The column in a query for its values: as it is, or as text where the library would cut them.
-    [[nodiscard]] virtual std::string selected(const CopiedColumn& column) const;
+    [[nodiscard]] virtual std::string selected(const ColumnDefinition& column) const;
     // A value's plain text (see cellText) as a literal.
-    [[nodiscard]] virtual std::string literal(const CopiedColumn& column,
+    [[nodiscard]] virtual std::string literal(const ColumnDefinition& column,
                                               const std::string& text) const = 0;
     // A column's default as an expression that stands in the table's definition; empty: it has
     // none, or none that every database can say.
-    [[nodiscard]] std::string defaultFor(const CopiedColumn& column) const;
+    [[nodiscard]] std::string defaultFor(const ColumnDefinition& column) const;
 
     // Queries that list what the database has. A table's columns in their order: name, type in the
     // words of Transact-SQL or Null, identity, what it is computed from, persisted, name and
@@ -81,6 +80,8 @@ public:
     [[nodiscard]] virtual std::string lastIdentity(const std::string& table,
                                                    const std::string& column) const = 0;
 
+    // What must be there before a table with a row version can be made; empty: nothing.
+    [[nodiscard]] virtual std::string beforeRowVersions() const { return {}; }
     // Scripts that prepare a new table behind its creation, and that stand around its rows when it
     // has an identity column; empty: none are needed.
     [[nodiscard]] virtual std::string afterCreation(const std::string& table,
@@ -90,8 +91,19 @@ public:
     // Behind the last row: the identities go on behind `last`, and behind those that are there.
     // `any`: whether there are rows.
     [[nodiscard]] virtual std::string afterLastRow(const std::string& table,
-                                                   const CopiedColumn& identity, std::int64_t last,
-                                                   bool any) const = 0;
+                                                   const ColumnDefinition& identity,
+                                                   std::int64_t last, bool any) const = 0;
+
+    // Of a dialect that reads another one (`reads`), for what comes along as it was written there.
+    // Behind the name of a table to which a constraint is added that its rows need not fulfil.
+    [[nodiscard]] virtual std::string unchecked() const { return {}; }
+    [[nodiscard]] virtual std::string switchingOffConstraint(std::string_view table,
+                                                             std::string_view name) const;
+    [[nodiscard]] virtual std::string switchingOffTrigger(std::string_view table,
+                                                          std::string_view name) const;
+    // The column's default in the words of the other database, under its name where it has one.
+    [[nodiscard]] virtual std::string addingDefault(std::string_view table,
+                                                    const ColumnDefinition& column) const;
 
 protected:
     // What stands for the present moment and for a new identifier.
@@ -99,4 +111,4 @@ protected:
     [[nodiscard]] virtual std::string newIdentifier() const = 0;
 };
 
-}  // namespace kap::migrate
+}  // namespace kap::ado

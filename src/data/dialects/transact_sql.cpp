@@ -8,10 +8,11 @@
 
 #include <kaputil/automation/plain_text.hpp>
 
-namespace kap::migrate {
+namespace kap::ado {
+namespace dialects {
 namespace {
 
-using enum ado::DataTypeEnum;
+using enum DataTypeEnum;
 
 constexpr std::int32_t kLongestBytes = 8000;
 constexpr std::int32_t kLongestWide = 4000;
@@ -30,10 +31,10 @@ std::string_view typeName(std::string_view declared) {
     return declared.substr(0, std::min(declared.find('('), declared.size()));
 }
 
-class TransactCopyDialect : public CopyDialect {
+class TransactSql : public SqlDialect {
 public:
-    [[nodiscard]] bool reads(const CopyDialect& other) const override {
-        return dynamic_cast<const TransactCopyDialect*>(&other) != nullptr;
+    [[nodiscard]] bool reads(const SqlDialect& other) const override {
+        return dynamic_cast<const TransactSql*>(&other) != nullptr;
     }
     [[nodiscard]] std::string quoted(std::string_view name) const override {
         return inBrackets(name);
@@ -41,7 +42,7 @@ public:
     [[nodiscard]] std::string nameFor(std::string_view name) const override {
         return std::string(name);
     }
-    [[nodiscard]] std::string typeFor(const CopiedColumn& column) const override {
+    [[nodiscard]] std::string typeFor(const ColumnDefinition& column) const override {
         if (column.rowVersion) {
             return "timestamp";
         }
@@ -51,7 +52,7 @@ public:
                                : type;
     }
     // What has more digits than the library's numbers and times, and what it does not know.
-    [[nodiscard]] std::string selected(const CopiedColumn& column) const override {
+    [[nodiscard]] std::string selected(const ColumnDefinition& column) const override {
         std::string name = quoted(column.name);
         const std::string_view type = typeName(column.declared);
         const bool times =
@@ -64,7 +65,7 @@ public:
         }
         return name;
     }
-    [[nodiscard]] std::string literal(const CopiedColumn& column,
+    [[nodiscard]] std::string literal(const ColumnDefinition& column,
                                       const std::string& text) const override {
         if (isNumeric(column.type) || isBinary(column.type) || column.type == adBoolean) {
             return text;
@@ -135,8 +136,9 @@ public:
         return ";SET IDENTITY_INSERT " + quoted(table) + " OFF";
     }
     // Where no row has ever been the first one gets the very number that is said here.
-    [[nodiscard]] std::string afterLastRow(const std::string& table, const CopiedColumn& identity,
-                                           std::int64_t last, bool any) const override {
+    [[nodiscard]] std::string afterLastRow(const std::string& table,
+                                           const ColumnDefinition& identity, std::int64_t last,
+                                           bool any) const override {
         const bool unused = !any && last == identity.seed;
         const std::int64_t next = any || unused ? last : last + identity.increment;
         // Not every server reads a national text here.
@@ -147,16 +149,34 @@ public:
                plain::text(next) + ") WITH NO_INFOMSGS";
     }
 
+    [[nodiscard]] std::string unchecked() const override { return " WITH NOCHECK"; }
+    [[nodiscard]] std::string switchingOffConstraint(std::string_view table,
+                                                     std::string_view name) const override {
+        return "ALTER TABLE " + quoted(table) + " NOCHECK CONSTRAINT " + quoted(name);
+    }
+    [[nodiscard]] std::string switchingOffTrigger(std::string_view table,
+                                                  std::string_view name) const override {
+        return "ALTER TABLE " + quoted(table) + " DISABLE TRIGGER " + quoted(name);
+    }
+    [[nodiscard]] std::string addingDefault(std::string_view table,
+                                            const ColumnDefinition& column) const override {
+        const std::string name = column.defaultName.empty()
+                                     ? std::string()
+                                     : "CONSTRAINT " + quoted(column.defaultName) + " ";
+        return "ALTER TABLE " + quoted(table) + " ADD " + name + "DEFAULT " + column.defaultText +
+               " FOR " + quoted(column.name);
+    }
+
 protected:
     [[nodiscard]] std::string now() const override { return "getdate()"; }
     [[nodiscard]] std::string newIdentifier() const override { return "newid()"; }
 
     // Whether the type that is declared can be had here.
-    [[nodiscard]] virtual bool has(const CopiedColumn& column) const {
+    [[nodiscard]] virtual bool has(const ColumnDefinition& column) const {
         return !column.declared.empty();
     }
     [[nodiscard]] virtual int widestDecimal() const { return kWidestDecimal; }
-    [[nodiscard]] virtual std::string timeType(const CopiedColumn& column) const {
+    [[nodiscard]] virtual std::string timeType(const ColumnDefinition& column) const {
         return column.scale > kMilliseconds ? "datetime2" + inParentheses(column.scale)
                                             : "datetime";
     }
@@ -176,7 +196,7 @@ private:
                "CAST(c.scale AS varchar(10)) + ')' WHEN y.name IN ('datetime2', 'time', "
                "'datetimeoffset') THEN '(' + CAST(c.scale AS varchar(10)) + ')' ELSE '' END";
     }
-    [[nodiscard]] std::string plainType(const CopiedColumn& column) const {
+    [[nodiscard]] std::string plainType(const ColumnDefinition& column) const {
         const bool money = column.precision == kMoneyDigits && column.scale == kMoneyScale;
         switch (column.type) {
             case adBoolean:
@@ -211,7 +231,7 @@ private:
                 return textType(column);
         }
     }
-    static std::string textType(const CopiedColumn& column) {
+    static std::string textType(const ColumnDefinition& column) {
         const bool wide =
             column.type == adWChar || column.type == adVarWChar || column.type == adLongVarWChar;
         const bool longer = column.isLong || column.size > (wide ? kLongestWide : kLongestBytes);
@@ -228,9 +248,9 @@ private:
 };
 
 // Has the types of older servers, and decimals of fewer digits.
-class EmbeddedCopyDialect final : public TransactCopyDialect {
+class EmbeddedSql final : public TransactSql {
 protected:
-    [[nodiscard]] bool has(const CopiedColumn& column) const override {
+    [[nodiscard]] bool has(const ColumnDefinition& column) const override {
         const std::string_view type = typeName(column.declared);
         if (isOneOf(type, {"decimal", "numeric"})) {
             return column.precision <= kWidestEmbedded;
@@ -259,21 +279,22 @@ protected:
                               "image"});
     }
     [[nodiscard]] int widestDecimal() const override { return kWidestEmbedded; }
-    [[nodiscard]] std::string timeType(const CopiedColumn& /*column*/) const override {
+    [[nodiscard]] std::string timeType(const ColumnDefinition& /*column*/) const override {
         return "datetime";
     }
 };
 
 }  // namespace
+}  // namespace dialects
 
-const CopyDialect& transactCopyDialect() {
-    static const TransactCopyDialect dialect;
+const SqlDialect& transactSql() {
+    static const dialects::TransactSql dialect;
     return dialect;
 }
 
-const CopyDialect& embeddedCopyDialect() {
-    static const EmbeddedCopyDialect dialect;
+const SqlDialect& embeddedSql() {
+    static const dialects::EmbeddedSql dialect;
     return dialect;
 }
 
-}  // namespace kap::migrate
+}  // namespace kap::ado

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "data/dialects/sql_dialects.hpp"
 #include "data/driver.hpp"
 #include "drivers/embedded/row_changer.hpp"
 #include "engine/engine_session.hpp"
@@ -18,6 +19,7 @@ public:
     [[nodiscard]] Result schema(SchemaEnum kind, const SchemaRestrictions& wanted) override;
     [[nodiscard]] Product product() override;
     [[nodiscard]] std::shared_ptr<void> precedence() override;
+    [[nodiscard]] const SqlDialect& dialect() override { return embeddedSql(); }
     void begin() override { engine_.begin(); }
     void commit() override { engine_.commit(); }
     void rollback() override { engine_.rollback(); }

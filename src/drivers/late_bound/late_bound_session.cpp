@@ -11,7 +11,9 @@
 #include <kaputil/data/error_numbers.hpp>
 
 #include "automation/late_bound.hpp"
+#include "base/ascii.hpp"
 #include "base/unicode.hpp"
+#include "data/dialects/sql_dialects.hpp"
 #include "data/failures.hpp"
 #include "drivers/late_bound/foreign_connection.hpp"
 #include "drivers/late_bound/late_bound_rows.hpp"
@@ -123,6 +125,27 @@ void LateBoundSession::execute(Request& request, Reply& reply) {
             recordset = nextRecordset(recordset, rowsAffected);
         }
     });
+}
+
+const SqlDialect& LateBoundSession::dialect() {
+    const String provider = asDriver([&] {
+        return connection_->memberId(u"Provider")
+                   ? convert::toString(late::get(Variant(connection_), u"Provider"))
+                   : String();
+    });
+    if (provider == u"KapLocal") {
+        return embeddedSql();
+    }
+    const Result types = schema(SchemaEnum::adSchemaProviderTypes, {});
+    for (std::size_t i = 0; i < types.columns.size(); ++i) {
+        for (std::size_t row = 0;
+             types.columns[i].name == "TYPE_NAME" && row < types.rows[i].size(); ++row) {
+            if (equalsIgnoringCase(types.rows[i].bytes(row), "int4")) {
+                return postgresSql();
+            }
+        }
+    }
+    return transactSql();
 }
 
 std::vector<std::string> LateBoundSession::keyOf(const std::string& table) {

@@ -20,6 +20,8 @@ public:
     void execute(Request& request, Reply& reply) override;
     ChangeOutcome apply(const RowChange& change) override;
     [[nodiscard]] Result schema(SchemaEnum kind, const SchemaRestrictions& wanted) override;
+    // Told by the provider's name, or by the types that the database has.
+    [[nodiscard]] const SqlDialect& dialect() override;
     void setIsolation(IsolationLevelEnum level) override;
     void begin() override;
     void commit() override;

@@ -45,6 +45,8 @@ class PostgresDialect final : public ServerDialect {
 public:
     using ServerDialect::ServerDialect;
 
+    [[nodiscard]] const SqlDialect& sql() const override { return postgresSql(); }
+
     [[nodiscard]] SQLULEN inventedSize() const override { return 255; }
 
     [[nodiscard]] std::string said(const std::string& query) const override {

@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "data/dialects/sql_dialects.hpp"
 #include "data/driver.hpp"
 #include "drivers/odbc/api.hpp"
 #include "drivers/odbc/column_types.hpp"
@@ -67,6 +68,9 @@ public:
     ServerDialect& operator=(const ServerDialect&) = delete;
 
     [[nodiscard]] const DriverTraits& driver() const noexcept { return driver_; }
+
+    // How tables are described and made there, whichever driver reaches it.
+    [[nodiscard]] virtual const SqlDialect& sql() const { return transactSql(); }
 
     [[nodiscard]] std::string quoted(std::string_view name) const;
     // A name as the catalogue has it that a text writes without quotes.

@@ -22,6 +22,9 @@ public:
     [[nodiscard]] Result schema(SchemaEnum kind, const SchemaRestrictions& wanted) override;
     [[nodiscard]] std::string quotedName(std::string_view name) const override;
     [[nodiscard]] Product product() override;
+    [[nodiscard]] const SqlDialect& dialect() override {
+        return work_->connection->dialect().sql();
+    }
     void setIsolation(IsolationLevelEnum level) override;
     void begin() override;
     void commit() override;

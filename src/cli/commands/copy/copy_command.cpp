@@ -1,7 +1,7 @@
 #include "cli/commands/copy/copy_command.hpp"
 
-#include <algorithm>
 #include <iostream>
+#include <optional>
 #include <stdexcept>
 
 #include <nlohmann/json.hpp>
@@ -14,11 +14,7 @@
 #include "cli/output/progress_bar.hpp"
 #include "cli/output/shown_text.hpp"
 #include "cli/output/terminal.hpp"
-#include "data/dialects/sql_dialect.hpp"
-#include "migrate/copied_tables.hpp"
-#include "migrate/program_copy.hpp"
-#include "migrate/relation_copy.hpp"
-#include "migrate/table_copy.hpp"
+#include "migrate/database_copy.hpp"
 
 namespace kap::cli {
 namespace {
@@ -52,63 +48,18 @@ void print(const CopyCommand& command, const std::string& table,
     std::cout << '\n';
 }
 
-// The tables to copy. Raises AutomationError when the source has one of them not.
-std::vector<std::string> chosenTables(const CopyCommand& command, ado::Connection& from) {
-    const migrate::CopyDialect& dialect = migrate::CopyDialect::of(from);
-    for (const std::string& table : command.tables) {
-        static_cast<void>(migrate::columnsOf(from, dialect, table));
-    }
-    return command.tables.empty() ? migrate::tablesOf(from, dialect) : command.tables;
-}
-
-bool copyTables(const CopyCommand& command, migrate::TableCopy& copy,
-                const std::vector<std::string>& tables) {
-    bool whole = true;
-    for (const std::string& table : tables) {
-        migrate::CopyOutcome outcome;
-        {
-            ProgressBar bar(std::cout, Terminal::ofStandardOutput(), "rows");
-            outcome =
-                copy.run(table, [&](std::int64_t done, std::int64_t all) { bar.show(done, all); });
-        }
-        print(command, table, outcome);
-        whole = whole && outcome.isWhole();
-    }
-    return whole;
-}
-
-bool copyAll(const CopyCommand& command, const std::vector<std::string>& chosen,
-             ado::Connection& from, ado::Connection& to) {
-    const auto tell = [](const std::string& left) { std::cerr << shownText(left) << '\n'; };
-    migrate::RelationCopy relations(from, to, tell);
-    migrate::ProgramCopy programs(from, to, tell);
-    const std::vector<std::string> tables = relations.inOrder(chosen);
-    migrate::TableCopy copy(from, to, tell);
-    copy.check(tables);
-    copy.begin();
-    bool whole = false;
-    try {
-        if (command.tables.empty()) {
-            programs.copyFunctions();
-        }
-        whole = copyTables(command, copy, tables);
-    } catch (const std::exception&) {
-        copy.abandon();
-        throw;
-    }
-    if (whole) {
-        relations.copy(tables);
-        programs.copyOthers(command.tables);
-        relations.copyDefaults(tables);
-        if (command.tables.empty()) {
-            for (const std::string& other :
-                 migrate::otherTablesOf(from, migrate::CopyDialect::of(from))) {
-                tell("The table " + other + " stays behind: it is in another schema.");
-            }
-        }
-        copy.finish();
-    }
-    return whole;
+migrate::CopyListener listenerFor(const CopyCommand& command, std::optional<ProgressBar>& bar) {
+    return {.tell = [](const std::string& left) { std::cerr << shownText(left) << '\n'; },
+            .begins =
+                [&](const std::string& /*table*/) {
+                    bar.emplace(std::cout, Terminal::ofStandardOutput(), "rows");
+                },
+            .progress = [&](std::int64_t done, std::int64_t all) { bar->show(done, all); },
+            .ends =
+                [&](const std::string& table, const migrate::CopyOutcome& outcome) {
+                    bar.reset();
+                    print(command, table, outcome);
+                }};
 }
 
 }  // namespace
@@ -126,11 +77,12 @@ int CopyCommand::run() const {
     }
     try {
         // A copy that is refused makes no file of the target, either.
-        const std::vector<std::string> chosen = chosenTables(*this, *source);
+        migrate::DatabaseCopy copy(*source, tables);
         if (!open(*target, to, json)) {
             return kNoDatabase;
         }
-        return copyAll(*this, chosen, *source, *target) ? kSuccess : kFailed;
+        std::optional<ProgressBar> bar;
+        return copy.run(*target, listenerFor(*this, bar)) ? kSuccess : kFailed;
     } catch (const AutomationError& error) {
         // Of the two connections the one that has failed knows more.
         reportFailures(failuresOf(target->Errors()->Count() > 0 ? *target : *source, error), json);
