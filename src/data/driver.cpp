@@ -5,7 +5,6 @@
 
 #include "base/quoting.hpp"
 #include "base/unicode.hpp"
-#include "data/dialects/sql_dialects.hpp"
 #include "data/failures.hpp"
 
 namespace kap::ado {
@@ -36,10 +35,6 @@ Result Session::schema(SchemaEnum /*kind*/, const SchemaRestrictions& /*wanted*/
     fail::notAvailable(
         u"Object or provider is not capable of performing requested operation: it does not "
         u"describe what it holds.");
-}
-
-const SqlDialect& Session::dialect() {
-    return transactSql();
 }
 
 std::string Session::quotedName(std::string_view name) const {

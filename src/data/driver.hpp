@@ -180,8 +180,6 @@ struct Product {
 // in their standard order; unset: any.
 using SchemaRestrictions = std::vector<std::optional<std::string>>;
 
-class SqlDialect;
-
 // One open database connection.
 class Session {
 public:
@@ -217,11 +215,6 @@ public:
     [[nodiscard]] virtual Result schema(SchemaEnum kind, const SchemaRestrictions& wanted);
 
     [[nodiscard]] virtual Product product() { return {}; }
-
-    // The SQL in which tables are described and made here; holds for ever. Unless a driver says
-    // otherwise its database reads Transact-SQL. Raises DriverError when the database must be asked
-    // and fails.
-    [[nodiscard]] virtual const SqlDialect& dialect();
 
     // How far the transactions that begin from now on are kept apart. Raises kFeatureNotAvailable
     // for a level that the database does not have. Unless a driver says otherwise its transactions

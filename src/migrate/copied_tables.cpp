@@ -7,6 +7,8 @@
 #include <kaputil/automation/convert.hpp>
 #include <kaputil/automation/plain_text.hpp>
 
+#include "data/table_session.hpp"
+
 namespace kap::migrate {
 namespace {
 
@@ -50,7 +52,7 @@ void describe(ado::ColumnDefinition& column, const Ref<ado::Recordset>& facts) {
     } else if (!column.rowVersion) {
         column.defaultName = textOf(facts, 5);
         column.defaultText = textOf(facts, 6);
-        column.defaultValue = readDefault(column.defaultText);
+        column.defaultValue = ado::readDefault(column.defaultText);
     }
 }
 
@@ -77,7 +79,23 @@ std::vector<std::string> CopiedIndex::columns() const {
 }
 
 const ado::SqlDialect& dialectOf(ado::Connection& connection) {
-    return connection.session()->dialect();
+    return ado::TableSession::of(*connection.session()).dialect();
+}
+
+ado::Result answerOf(ado::Connection& connection, const std::string& query) {
+    ado::Request request;
+    request.text = query;
+    ado::Reply reply;
+    connection.run(request, reply);
+    if (reply.results.empty()) {
+        return {};
+    }
+    ado::Result answer = std::move(reply.results.front());
+    if (answer.rest) {
+        connection.reporting([&] { answer.rest->fetch(answer.rows); });
+        answer.rest.reset();
+    }
+    return answer;
 }
 
 Ref<ado::Recordset> opened(ado::Connection& connection, const std::string& query) {

@@ -10,6 +10,7 @@
 
 #include "base/ascii.hpp"
 #include "data/dialects/sql_dialect.hpp"
+#include "data/driver.hpp"
 
 // What a database tells of its tables, for a copy of them.
 namespace kap::migrate {
@@ -59,6 +60,8 @@ struct CopiedProgram {
 [[nodiscard]] const ado::SqlDialect& dialectOf(ado::Connection& connection);
 
 [[nodiscard]] std::string joined(const std::vector<std::string>& parts);
+// What a query answers, every row of it, as it is stored. Raises AutomationError.
+[[nodiscard]] ado::Result answerOf(ado::Connection& connection, const std::string& query);
 // A query's rows, and the text of a cell; Null is empty.
 [[nodiscard]] Ref<ado::Recordset> opened(ado::Connection& connection, const std::string& query);
 [[nodiscard]] std::string textOf(const Ref<ado::Recordset>& rows, const Variant& column);

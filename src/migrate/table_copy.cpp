@@ -10,15 +10,14 @@
 #include <kaputil/automation/error.hpp>
 #include <kaputil/automation/plain_text.hpp>
 
-#include "migrate/cell_text.hpp"
+#include "data/table_session.hpp"
 #include "migrate/copied_tables.hpp"
 #include "migrate/table_pages.hpp"
 
 namespace kap::migrate {
 namespace {
 
-constexpr int kRowsAStatement = 100;
-constexpr int kRowsATransaction = 2000;
+constexpr std::size_t kRowsATransaction = 20000;
 
 }  // namespace
 
@@ -46,12 +45,8 @@ TableDigest digest(ado::Connection& connection, const ado::SqlDialect& dialect,
     const std::vector<ado::ColumnDefinition> columns = columnsOf(connection, dialect, table);
     TableDigest made;
     TablePages(connection, dialect, table, columns, keyOf(connection, dialect, table))
-        .read(0, [&](const Ref<ado::Recordset>& rows) {
-            const auto fields = rows->Fields();
-            for (; !rows->Eof(); rows->MoveNext()) {
-                made.add(columns, *fields);
-            }
-        });
+        .read(0,
+              [&](const ado::Result& page, std::size_t first) { made.add(columns, page, first); });
     return made;
 }
 
@@ -278,60 +273,51 @@ void TableCopy::writeRows(const Table& table, std::int64_t done,
         done = 0;
     }
     TablePages(from_, fromDialect_, table.source, table.columns, table.key)
-        .read(done, [&](const Ref<ado::Recordset>& rows) {
-            while (!rows->Eof()) {
-                writePage(written, rows, done);
+        .read(done, [&](const ado::Result& page, std::size_t first) {
+            ado::RowBatch batch = batchOf(written, page);
+            const std::size_t rows = page.rows.front().size();
+            for (batch.first = first; batch.first < rows; batch.first += batch.count) {
+                batch.count = std::min(kRowsATransaction, rows - batch.first);
+                append(written, batch, done + static_cast<std::int64_t>(batch.count));
+                done += static_cast<std::int64_t>(batch.count);
                 progress(done, all);
             }
         });
 }
 
-std::string TableCopy::literals(const Table& table, const ado::Fields& fields) const {
-    std::string values;
+ado::RowBatch TableCopy::batchOf(const Table& table, const ado::Result& page) const {
+    ado::RowBatch batch;
+    batch.table = toDialect_.quoted(table.target);
     for (std::size_t i = 0; i < table.columns.size(); ++i) {
         const ado::ColumnDefinition& column = table.columns[i];
-        if (!column.isWritten()) {
-            continue;
+        if (column.isWritten()) {
+            batch.columns.push_back({toDialect_.quoted(toDialect_.nameFor(column.name)),
+                                     toDialect_.mark(column), &page.columns[i], &page.rows[i]});
         }
-        const auto value = cellText(*fields.Item(static_cast<std::int32_t>(i)));
-        values += values.empty() ? "(" : ", ";
-        values += value ? toDialect_.literal(column, *value) : "NULL";
     }
-    return values + ")";
+    return batch;
 }
 
-// One transaction of rows.
-void TableCopy::writePage(const Table& table, const Ref<ado::Recordset>& rows, std::int64_t& done) {
-    std::vector<std::string> names;
-    for (const ado::ColumnDefinition& column : table.columns) {
-        if (column.isWritten()) {
-            names.push_back(toDialect_.quoted(toDialect_.nameFor(column.name)));
-        }
-    }
+// One transaction of rows, with the note that so many have arrived then.
+void TableCopy::append(const Table& table, const ado::RowBatch& batch, std::int64_t done) {
     const bool identity = table.identity() != nullptr;
-    const std::string insert = (identity ? toDialect_.beforeRows(table.target) : "") +
-                               "INSERT INTO " + toDialect_.quoted(table.target) + " (" +
-                               joined(names) + ") VALUES ";
+    const std::string before = identity ? toDialect_.beforeRows(table.target) : "";
     const std::string behind = identity ? toDialect_.afterRows(table.target) : "";
-    const auto fields = rows->Fields();
     ado::ColumnDefinition text;
     text.type = ado::DataTypeEnum::adVarChar;
-    const std::int64_t before = done;
     to_.BeginTrans();
     try {
-        for (int written = 0; written < kRowsATransaction && !rows->Eof();) {
-            std::string values;
-            for (int i = 0; i < kRowsAStatement && !rows->Eof(); ++i, ++written, ++done) {
-                values += (values.empty() ? "" : ",\n") + literals(table, *fields);
-                rows->MoveNext();
-            }
-            to_.Execute(insert + values + behind);
+        if (!before.empty()) {
+            to_.Execute(before);
+        }
+        to_.reporting([&] { ado::TableSession::of(*to_.session()).append(batch); });
+        if (!behind.empty()) {
+            to_.Execute(behind);
         }
         to_.Execute(std::string("UPDATE ") + kCopyNotes + " SET Righe = " + plain::text(done) +
                     " WHERE Tabella = " + toDialect_.literal(text, table.target));
         to_.CommitTrans();
     } catch (const AutomationError&) {
-        done = before;
         to_.RollbackTrans();
         throw;
     }

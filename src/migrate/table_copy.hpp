@@ -5,9 +5,9 @@
 #include <vector>
 
 #include <kaputil/ado/connection.hpp>
-#include <kaputil/ado/recordset.hpp>
 
 #include "data/dialects/sql_dialect.hpp"
+#include "data/row_batch.hpp"
 #include "migrate/table_digest.hpp"
 
 namespace kap::migrate {
@@ -67,8 +67,8 @@ private:
     void requireEmpty(const Table& table);
     void writeRows(const Table& table, std::int64_t done,
                    const std::function<void(std::int64_t, std::int64_t)>& progress);
-    [[nodiscard]] std::string literals(const Table& table, const ado::Fields& fields) const;
-    void writePage(const Table& table, const Ref<ado::Recordset>& rows, std::int64_t& done);
+    [[nodiscard]] ado::RowBatch batchOf(const Table& table, const ado::Result& page) const;
+    void append(const Table& table, const ado::RowBatch& batch, std::int64_t done);
     void continueIdentity(const Table& table);
 
     ado::Connection& from_;

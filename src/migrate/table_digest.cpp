@@ -1,9 +1,7 @@
 #include "migrate/table_digest.hpp"
 
-#include <kaputil/ado/field.hpp>
-
 #include "base/hexadecimal.hpp"
-#include "migrate/cell_text.hpp"
+#include "data/cell_text.hpp"
 
 namespace kap::migrate {
 namespace {
@@ -19,9 +17,9 @@ void mix(std::uint64_t& hash, unsigned char byte) {
     hash = (hash ^ byte) * kFactor;
 }
 
-// A value's text without what databases write differently: zeros behind the point, blanks that fill
-// a fixed length, the braces and letters of an identifier.
-std::string comparable(const ado::ColumnDefinition& column, std::string text) {
+// Takes from a value's text what databases write differently: zeros behind the point, blanks that
+// fill a fixed length, the braces and letters of an identifier.
+void makeComparable(const ado::ColumnDefinition& column, std::string& text) {
     const bool number = column.type == DataTypeEnum::adCurrency ||
                         column.type == DataTypeEnum::adNumeric ||
                         column.type == DataTypeEnum::adDecimal;
@@ -42,28 +40,30 @@ std::string comparable(const ado::ColumnDefinition& column, std::string text) {
             letter = letter >= 'A' && letter <= 'F' ? static_cast<char>(letter + 32) : letter;
         }
     }
-    return text;
 }
 
 }  // namespace
 
-void TableDigest::add(const std::vector<ado::ColumnDefinition>& columns,
-                      const ado::Fields& fields) {
-    std::uint64_t hash = kStart;
-    for (std::size_t i = 0; i < columns.size(); ++i) {
-        if (columns[i].rowVersion) {
-            continue;
-        }
-        const auto text = cellText(*fields.Item(static_cast<std::int32_t>(i)));
-        mix(hash, text ? kValueMark : kNullMark);
-        if (text) {
-            for (const char letter : comparable(columns[i], *text)) {
+void TableDigest::add(const std::vector<ado::ColumnDefinition>& columns, const ado::Result& page,
+                      std::size_t first) {
+    std::string text;
+    for (std::size_t row = first; row < page.rows.front().size(); ++row) {
+        std::uint64_t hash = kStart;
+        for (std::size_t i = 0; i < columns.size(); ++i) {
+            if (columns[i].rowVersion) {
+                continue;
+            }
+            text.clear();
+            const bool holds = ado::appendCellText(page.columns[i], page.rows[i], row, text);
+            mix(hash, holds ? kValueMark : kNullMark);
+            makeComparable(columns[i], text);
+            for (const char letter : text) {
                 mix(hash, static_cast<unsigned char>(letter));
             }
         }
+        ++rows;
+        sum += hash;
     }
-    ++rows;
-    sum += hash;
 }
 
 std::string TableDigest::text() const {

@@ -5,13 +5,13 @@
 
 #include <kaputil/automation/plain_text.hpp>
 
-#include "migrate/cell_text.hpp"
+#include "data/cell_text.hpp"
 #include "migrate/copied_tables.hpp"
 
 namespace kap::migrate {
 namespace {
 
-constexpr std::int32_t kRowsAPage = 20000;
+constexpr std::size_t kRowsAPage = 20000;
 
 }  // namespace
 
@@ -34,25 +34,22 @@ TablePages::TablePages(ado::Connection& connection, const ado::SqlDialect& diale
     }
 }
 
-void TablePages::read(std::int64_t first,
-                      const std::function<void(const Ref<ado::Recordset>&)>& page) {
+void TablePages::read(std::int64_t first, const Reader& reader) {
     last_.clear();
     for (;;) {
-        const auto rows = opened(connection_, query(first));
-        const std::int32_t count = rows->RecordCount();
+        const ado::Result page = answerOf(connection_, query(first));
+        const std::size_t count = page.rows.empty() ? 0 : page.rows.front().size();
         const bool whole = key_.empty();
         if (count == 0) {
             return;
         }
-        if (whole) {
-            rows->Move(static_cast<std::int32_t>(std::min<std::int64_t>(first, count)));
-        } else {
-            rows->MoveLast();
-            remember(rows);
-            rows->MoveFirst();
+        const std::size_t begin =
+            whole ? std::min(static_cast<std::size_t>(first), count) : std::size_t{0};
+        if (!whole) {
+            remember(page);
         }
-        if (!rows->Eof()) {
-            page(rows);
+        if (begin < count) {
+            reader(page, begin);
         }
         if (whole || count < kRowsAPage) {
             return;
@@ -76,7 +73,7 @@ std::string TablePages::query(std::int64_t first) const {
     const bool goesOn = !last_.empty();
     return text + (goesOn ? " WHERE " + behind(0) : std::string()) + " ORDER BY " + joined(order) +
            " OFFSET " + plain::text(goesOn ? 0 : first) + " ROWS FETCH NEXT " +
-           plain::text(kRowsAPage) + " ROWS ONLY";
+           plain::text(static_cast<std::int64_t>(kRowsAPage)) + " ROWS ONLY";
 }
 
 // Every part stands alone, too, so that the key's index finds the place.
@@ -90,12 +87,13 @@ std::string TablePages::behind(std::size_t part) const {
            "))";
 }
 
-void TablePages::remember(const Ref<ado::Recordset>& rows) {
+void TablePages::remember(const ado::Result& page) {
     last_.clear();
-    const auto fields = rows->Fields();
     for (const std::size_t part : key_) {
-        const auto text = cellText(*fields->Item(static_cast<std::int32_t>(part)));
-        last_.push_back(dialect_.literal(columns_[part], text.value_or("")));
+        std::string text;
+        const ado::ColumnStore& values = page.rows[part];
+        ado::appendCellText(page.columns[part], values, values.size() - 1, text);
+        last_.push_back(dialect_.literal(columns_[part], text));
     }
 }
 

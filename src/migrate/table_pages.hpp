@@ -6,9 +6,9 @@
 #include <vector>
 
 #include <kaputil/ado/connection.hpp>
-#include <kaputil/ado/recordset.hpp>
 
 #include "data/dialects/sql_dialect.hpp"
+#include "data/driver.hpp"
 
 namespace kap::migrate {
 
@@ -19,14 +19,16 @@ public:
     TablePages(ado::Connection& connection, const ado::SqlDialect& dialect, std::string table,
                std::vector<ado::ColumnDefinition> columns, const std::vector<std::string>& key);
 
-    // Calls with every page from the row `first` on (counted from 0), each at its first row.
-    void read(std::int64_t first, const std::function<void(const Ref<ado::Recordset>&)>& page);
+    // What is done with a page, or with the rows of it from `first` on.
+    using Reader = std::function<void(const ado::Result& page, std::size_t first)>;
+    // Calls with every page from the row `first` on (counted from 0).
+    void read(std::int64_t first, const Reader& reader);
 
 private:
     [[nodiscard]] std::string query(std::int64_t first) const;
     // What rows behind the last one have, from this part of the key on.
     [[nodiscard]] std::string behind(std::size_t part) const;
-    void remember(const Ref<ado::Recordset>& rows);
+    void remember(const ado::Result& page);
 
     ado::Connection& connection_;
     const ado::SqlDialect& dialect_;

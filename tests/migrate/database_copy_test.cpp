@@ -75,12 +75,12 @@ TEST_F(DatabaseCopyTest, TellsEachTableWhenItHasArrived) {
 }
 
 TEST_F(DatabaseCopyTest, GoesOnBehindTheRowsThatHaveArrived) {
-    fill(7000);
-    EXPECT_THROW(copy({}, 4000), std::runtime_error);
-    EXPECT_EQ(number(to_, u"SELECT COUNT(*) FROM Righe"), 4000);
+    fill(50000);
+    EXPECT_THROW(copy({}, 40000), std::runtime_error);
+    EXPECT_EQ(number(to_, u"SELECT COUNT(*) FROM Righe"), 40000);
     EXPECT_TRUE(copy());
-    EXPECT_EQ(progress_.front(), 6000);
-    EXPECT_EQ(number(to_, u"SELECT COUNT(*) FROM Righe"), 7000);
+    EXPECT_EQ(progress_, std::vector<std::int64_t>{50000});
+    EXPECT_EQ(number(to_, u"SELECT COUNT(*) FROM Righe"), 50000);
     EXPECT_EQ(number(to_, u"SELECT COUNT(*) FROM sysobjects WHERE name = 'KAP_COPY'"), 0);
 }
 

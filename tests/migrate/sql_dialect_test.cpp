@@ -50,6 +50,13 @@ TEST(SqlDialects, EncloseTextsAndNames) {
     EXPECT_EQ(postgresSql().literal(column(adVarBinary, 5), "0x0A1B"), "'\\x0A1B'");
 }
 
+TEST(SqlDialects, CutNoTextThatIsStored) {
+    EXPECT_EQ(postgresSql().mark(column(adVarChar, 5)), "CAST(? AS text)");
+    EXPECT_EQ(postgresSql().mark(column(adChar, 5)), "CAST(? AS text)");
+    EXPECT_EQ(postgresSql().mark(column(adBoolean)), "CAST(? AS boolean)");
+    EXPECT_EQ(transactSql().mark(column(adVarChar, 5)), "?");
+}
+
 TEST(SqlDialects, SayWhichDefaultsEveryDatabaseHas) {
     ColumnDefinition given = column(adInteger, 4, "int");
     given.defaultValue = readDefault("((7))");

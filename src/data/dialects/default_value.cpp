@@ -31,14 +31,14 @@ std::size_t endOfFirst(std::string_view text) {
 // "((1))" is "1", "'x'::character varying" is "'x'".
 std::string_view bare(std::string_view text) {
     for (;;) {
-        text = trimmed(text, " ");
+        text = kap::trimmed(text, " ");
         const bool bracket = text.starts_with('(');
         if (!bracket && !text.starts_with('\'')) {
             const std::size_t type = text.find("::");
-            return type == std::string_view::npos ? text : trimmed(text.substr(0, type), " ");
+            return type == std::string_view::npos ? text : kap::trimmed(text.substr(0, type), " ");
         }
         const std::size_t end = endOfFirst(text);
-        const std::string_view rest = trimmed(text.substr(end), " ");
+        const std::string_view rest = kap::trimmed(text.substr(end), " ");
         if (end == 0 || !(rest.empty() || rest.starts_with("::"))) {
             return text;
         }

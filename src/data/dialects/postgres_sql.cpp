@@ -37,6 +37,13 @@ public:
         const bool times = column.type == adDBTimeStamp && column.scale > kMilliseconds;
         return times ? "to_char(" + name + ", 'YYYY-MM-DD HH24:MI:SS.US') AS " + name : name;
     }
+    // Parameters must be of exactly the type that they are stored as. Texts are cast to no length,
+    // for that would cut them.
+    [[nodiscard]] std::string mark(const ColumnDefinition& column) const override {
+        const std::string type = plainType(column);
+        const bool text = type.starts_with("varchar") || type.starts_with("char");
+        return "CAST(? AS " + (text ? "text" : type) + ")";
+    }
     [[nodiscard]] std::string literal(const ColumnDefinition& column,
                                       const std::string& text) const override {
         if (isNumeric(column.type)) {

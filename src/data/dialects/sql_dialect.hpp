@@ -37,7 +37,7 @@ struct ColumnDefinition {
 
 // The SQL of a kind of database, for those who describe and make tables with it: names, types and
 // constants, and where its catalogue tells what. The one place that knows; a session gives its
-// database's (Session::dialect), whichever driver reaches it.
+// database's (TableSession::dialect), whichever driver reaches it.
 class SqlDialect {
 public:
     SqlDialect() = default;
@@ -55,7 +55,9 @@ public:
     [[nodiscard]] virtual std::string typeFor(const ColumnDefinition& column) const = 0;
     // The column in a query for its values: as it is, or as text where the library would cut them.
     [[nodiscard]] virtual std::string selected(const ColumnDefinition& column) const;
-    // A value's plain text (see cellText) as a literal.
+    // A parameter that is stored in the column, as a statement writes it.
+    [[nodiscard]] virtual std::string mark(const ColumnDefinition& /*column*/) const { return "?"; }
+    // A value's plain text (see appendCellText) as a literal.
     [[nodiscard]] virtual std::string literal(const ColumnDefinition& column,
                                               const std::string& text) const = 0;
     // A column's default as an expression that stands in the table's definition; empty: it has

@@ -130,10 +130,10 @@ public:
         return {};
     }
     [[nodiscard]] std::string beforeRows(const std::string& table) const override {
-        return "SET IDENTITY_INSERT " + quoted(table) + " ON;";
+        return "SET IDENTITY_INSERT " + quoted(table) + " ON";
     }
     [[nodiscard]] std::string afterRows(const std::string& table) const override {
-        return ";SET IDENTITY_INSERT " + quoted(table) + " OFF";
+        return "SET IDENTITY_INSERT " + quoted(table) + " OFF";
     }
     // Where no row has ever been the first one gets the very number that is said here.
     [[nodiscard]] std::string afterLastRow(const std::string& table,

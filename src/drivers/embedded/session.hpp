@@ -1,14 +1,14 @@
 #pragma once
 
 #include "data/dialects/sql_dialects.hpp"
-#include "data/driver.hpp"
+#include "data/table_session.hpp"
 #include "drivers/embedded/row_changer.hpp"
 #include "engine/engine_session.hpp"
 
 namespace kap::ado::embedded {
 
 // A connection to an embedded database.
-class EmbeddedSession : public Session {
+class EmbeddedSession : public TableSession {
 public:
     explicit EmbeddedSession(const engine::Options& options);
 

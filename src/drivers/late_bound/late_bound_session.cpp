@@ -13,8 +13,10 @@
 #include "automation/late_bound.hpp"
 #include "base/ascii.hpp"
 #include "base/unicode.hpp"
+#include "data/cell_text.hpp"
 #include "data/dialects/sql_dialects.hpp"
 #include "data/failures.hpp"
+#include "data/row_batch.hpp"
 #include "drivers/late_bound/foreign_connection.hpp"
 #include "drivers/late_bound/late_bound_rows.hpp"
 #include "drivers/late_bound/query_table.hpp"
@@ -60,6 +62,21 @@ bool contains(const std::vector<std::string>& names, const std::string& name) {
     return std::ranges::any_of(names, [&](const std::string& one) {
         return unicode::sameName(String(one), String(name));
     });
+}
+
+// The values of a row, as its database reads them.
+std::string literalsOf(const SqlDialect& dialect, const RowBatch& batch, std::size_t row) {
+    std::string list;
+    for (const RowBatch::Column& column : batch.columns) {
+        ColumnDefinition definition;
+        definition.type = column.info->type;
+        std::string text;
+        list += list.empty() ? "" : ", ";
+        list += appendCellText(*column.info, *column.values, row, text)
+                    ? dialect.literal(definition, text)
+                    : "NULL";
+    }
+    return list;
 }
 
 }  // namespace
@@ -125,6 +142,22 @@ void LateBoundSession::execute(Request& request, Reply& reply) {
             recordset = nextRecordset(recordset, rowsAffected);
         }
     });
+}
+
+// By literals, for there are no parameters.
+void LateBoundSession::append(const RowBatch& batch) {
+    constexpr std::size_t kRowsAStatement = 100;
+    const SqlDialect& speech = dialect();
+    for (std::size_t done = 0; done < batch.count;) {
+        const std::size_t end = std::min(done + kRowsAStatement, batch.count);
+        std::string text = batch.beginning();
+        for (std::size_t row = done; row < end; ++row) {
+            text +=
+                (row == done ? "(" : ", (") + literalsOf(speech, batch, batch.first + row) + ")";
+        }
+        static_cast<void>(write(text));
+        done = end;
+    }
 }
 
 const SqlDialect& LateBoundSession::dialect() {

@@ -2,7 +2,7 @@
 
 #include <kaputil/automation/object.hpp>
 
-#include "data/driver.hpp"
+#include "data/table_session.hpp"
 
 namespace kap::ado::late_bound {
 
@@ -12,13 +12,14 @@ namespace kap::ado::late_bound {
 // Scripts go to its Execute, and rows come back with what their fields tell. Rows are written by
 // statements made of literals, for these objects differ in what else they can. Requests with
 // parameters are not available. What fails is told with all that the connection's Errors hold.
-class LateBoundSession final : public Session {
+class LateBoundSession final : public TableSession {
 public:
     explicit LateBoundSession(Ref<Object> connection) : connection_(std::move(connection)) {}
 
     using Session::execute;
     void execute(Request& request, Reply& reply) override;
     ChangeOutcome apply(const RowChange& change) override;
+    void append(const RowBatch& batch) override;
     [[nodiscard]] Result schema(SchemaEnum kind, const SchemaRestrictions& wanted) override;
     // Told by the provider's name, or by the types that the database has.
     [[nodiscard]] const SqlDialect& dialect() override;

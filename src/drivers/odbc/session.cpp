@@ -115,11 +115,33 @@ void OdbcSession::forgetTables() {
     work_->catalogue.forget();
     work_->queries.forget();
     work_->changer.forget();
+    work_->insertion.reset();
 }
 
 ChangeOutcome OdbcSession::apply(const RowChange& change) {
     const auto limited = connection().limit(timeout_);
     return work_->changer.apply(change, timeout_);
+}
+
+// What is too few for a statement of many rows, or too long, goes by statements of its own.
+void OdbcSession::append(const RowBatch& batch) {
+    constexpr std::size_t kMostParameters = 2000;
+    RowBatch rest = batch;
+    {
+        const auto limited = connection().limit(timeout_);
+        std::optional<RowInsertion>& insertion = work_->insertion;
+        if (RowInsertion::fits(batch) && batch.count >= RowInsertion::rowsAtOnce(batch)) {
+            if (!insertion || !insertion->isFor(batch)) {
+                insertion.reset();
+                insertion.emplace(*work_->connection, batch, timeout_);
+            }
+            while (rest.count >= insertion->rows() && insertion->run(batch, rest.first, timeout_)) {
+                rest.first += insertion->rows();
+                rest.count -= insertion->rows();
+            }
+        }
+    }
+    appendByRequests(*this, rest, kMostParameters);
 }
 
 Result OdbcSession::schema(SchemaEnum kind, const SchemaRestrictions& wanted) {

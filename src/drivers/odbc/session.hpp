@@ -2,16 +2,18 @@
 
 #include <chrono>
 #include <memory>
+#include <optional>
 
-#include "data/driver.hpp"
+#include "data/table_session.hpp"
 #include "drivers/odbc/odbc_connection.hpp"
 #include "drivers/odbc/result_columns.hpp"
 #include "drivers/odbc/row_changer.hpp"
+#include "drivers/odbc/row_insertion.hpp"
 
 namespace kap::ado::odbc {
 
 // A connection to a database server.
-class OdbcSession : public Session {
+class OdbcSession : public TableSession {
 public:
     explicit OdbcSession(const ConnectText& text);
     ~OdbcSession() override;
@@ -19,6 +21,7 @@ public:
     using Session::execute;
     void execute(Request& request, Reply& reply) override;
     ChangeOutcome apply(const RowChange& change) override;
+    void append(const RowBatch& batch) override;
     [[nodiscard]] Result schema(SchemaEnum kind, const SchemaRestrictions& wanted) override;
     [[nodiscard]] std::string quotedName(std::string_view name) const override;
     [[nodiscard]] Product product() override;
@@ -41,6 +44,7 @@ private:
         BaseTables tables;
         KnownQueries queries;
         OdbcRowChanger changer;
+        std::optional<RowInsertion> insertion;  // of the table that was last appended to
     };
 
     // The connection for a call that begins. Where the server has ended it while nobody used it,
