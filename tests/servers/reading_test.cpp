@@ -273,6 +273,14 @@ TEST_F(ServerReading, TakesTheFirstRowsAsTransactSqlAsksForThem) {
     EXPECT_EQ(test::shown(test::fieldOf(live, 0)), "Long 1");
 }
 
+TEST_F(ServerReading, KnowsTheFunctionsThatTheLibrarysOwnQueriesCall) {
+    run("CREATE TABLE t (a varchar(5), d timestamp); INSERT INTO t VALUES (NULL, '2025-03-31')");
+    EXPECT_EQ(value("SELECT isnull(a, '') FROM t WHERE ISNULL(t.a,'')='' AND year(t.d) = '2025'"),
+              "String ");
+    EXPECT_EQ(value("SELECT TOP 1 'isnull(' FROM t WHERE Month(d) = 3 AND day ( d ) = 31"),
+              "String isnull(");
+}
+
 TEST_F(ServerReading, OpensATableByItsName) {
     run("CREATE TABLE clienti (codice int); INSERT INTO clienti VALUES (12)");
     auto rows = make<Recordset>();

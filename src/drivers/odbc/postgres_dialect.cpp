@@ -1,5 +1,6 @@
 // PostgreSQL.
 #include <algorithm>
+#include <array>
 #include <utility>
 
 #include "base/ascii.hpp"
@@ -41,6 +42,34 @@ std::string withLimit(const std::string& query, const std::vector<tsql::Token>& 
            tokens[number].text;
 }
 
+// What stands for a function of Transact-SQL that there is none of here, with its bracket.
+std::string_view inPlaceOf(const tsql::Token& function) {
+    constexpr std::array<std::pair<std::string_view, std::string_view>, 4> kFunctions = {{
+        {"isnull", "coalesce("},
+        {"year", "date_part('year', "},
+        {"month", "date_part('month', "},
+        {"day", "date_part('day', "},
+    }};
+    const auto found = std::ranges::find_if(
+        kFunctions, [&](const auto& each) { return isWordOf(function, each.first); });
+    return found == kFunctions.end() ? std::string_view() : found->second;
+}
+
+std::string withItsFunctions(const std::string& query, const std::vector<tsql::Token>& tokens) {
+    std::string made;
+    std::size_t done = 0;
+    for (std::size_t i = 0; i + 1 < tokens.size(); ++i) {
+        const std::string_view instead = inPlaceOf(tokens[i]);
+        const bool ofSchema = i > 0 && tokens[i - 1].text == ".";
+        if (!instead.empty() && !ofSchema && tokens[i + 1].text == "(") {
+            made += query.substr(done, tokens[i].start - done);
+            made += instead;
+            done = tokens[i + 1].end;
+        }
+    }
+    return made + query.substr(done);
+}
+
 class PostgresDialect final : public ServerDialect {
 public:
     using ServerDialect::ServerDialect;
@@ -51,7 +80,8 @@ public:
 
     [[nodiscard]] std::string said(const std::string& query) const override {
         try {
-            return withLimit(query, tsql::tokenize(query));
+            const std::string known = withItsFunctions(query, tsql::tokenize(query));
+            return withLimit(known, tsql::tokenize(known));
         } catch (const tsql::ServerError&) {
             return query;
         }
