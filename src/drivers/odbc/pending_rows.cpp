@@ -49,7 +49,7 @@ bool PendingRows::fetchSome(std::vector<ColumnStore>& rows) {
         return false;
     }
     try {
-        const auto limited = link_->limit(timeout_);
+        const auto limited = connection_->limit(timeout_);
         if (reader_->readBlock(columns_, rows) && !reader_->atEnd()) {
             return true;
         }
