@@ -14,6 +14,7 @@
 #include "base/ascii.hpp"
 #include "base/unicode.hpp"
 #include "data/cell_text.hpp"
+#include "data/cell_value.hpp"
 #include "data/dialects/sql_dialects.hpp"
 #include "data/failures.hpp"
 #include "data/row_batch.hpp"
