@@ -36,7 +36,7 @@ bool standardOutputTakesColours() {
     return ::isatty(STDOUT_FILENO) != 0 && std::getenv("NO_COLOR") == nullptr;
 }
 
-/// Runs the jobs and reports each when it is done. Returns whether every job's result was right.
+// Runs the jobs and reports each when it is done. Returns whether every job's result was right.
 bool runAll(const std::vector<Job>& jobs, const Options& options) {
     kap::bench::prepareMeasuring();
     kap::bench::Table table(std::cout, standardOutputTakesColours());

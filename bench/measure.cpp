@@ -10,7 +10,7 @@ namespace {
 
 constexpr double kNanosecondsPerSecond = 1e9;
 
-/// Collects the time per item of every repetition of one arm and prints nothing.
+// Collects the time per item of every repetition of one arm and prints nothing.
 class Collector : public benchmark::BenchmarkReporter {
 public:
     explicit Collector(std::string oursName) : oursName_(std::move(oursName)) {}

@@ -14,7 +14,7 @@ inline constexpr const char* kSampleQuery =
     "SELECT Id, Codice, Descrizione, Quantita, Prezzo, Sconto, Data, Magazzino, Peso, Nota FROM "
     "Righe";
 
-/// A table of a million rows, and a folder for what is made of it.
+// A table of a million rows, and a folder for what is made of it.
 class RowsSample {
 public:
     static RowsSample& get() {

@@ -13,16 +13,16 @@ namespace kap {
     return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
 }
 
-/// Upper case of the letters A-Z only: keywords and type names are plain Latin in every language.
+// Upper case of the letters A-Z only: keywords and type names are plain Latin in every language.
 [[nodiscard]] std::string asciiUpper(std::string_view text);
 
-/// Lower case of the letters A-Z only.
+// Lower case of the letters A-Z only.
 [[nodiscard]] std::string asciiLower(std::string_view text);
 
-/// Equality that ignores the case of the letters A-Z.
+// Equality that ignores the case of the letters A-Z.
 [[nodiscard]] bool equalsIgnoringCase(std::string_view left, std::string_view right);
 
-/// The text without the blanks at its beginning and end.
+// The text without the blanks at its beginning and end.
 [[nodiscard]] std::string_view trimmed(std::string_view text, std::string_view blanks);
 
 }  // namespace kap

@@ -9,8 +9,8 @@
 
 namespace kap {
 
-/// A signed whole number of 128 bits in two words, for compilers that have none of their own. It
-/// computes and wraps as theirs do; division by zero is not allowed.
+// A signed whole number of 128 bits in two words, for compilers that have none of their own. It
+// computes and wraps as theirs do; division by zero is not allowed.
 class WideInteger {
 public:
     constexpr WideInteger() = default;
@@ -23,7 +23,7 @@ public:
         return static_cast<T>(low_);
     }
 
-    /// The nearest one.
+    // The nearest one.
     explicit operator double() const {
         const WideInteger whole = magnitude();
         // Of more than one word the upper bits are enough, and one that says whether more follows.
@@ -81,7 +81,7 @@ public:
         left.high_ |= right.high_;
         return left;
     }
-    /// By 0 to 127 bits.
+    // By 0 to 127 bits.
     friend constexpr WideInteger operator<<(WideInteger value, int bits) {
         WideInteger moved;
         if (bits >= kWord) {
@@ -110,7 +110,7 @@ public:
     }
     constexpr WideInteger& operator*=(WideInteger factor) { return *this = *this * factor; }
 
-    /// left + right and left * right; true when it does not fit and `result` has wrapped.
+    // left + right and left * right; true when it does not fit and `result` has wrapped.
     [[nodiscard]] static constexpr bool addOverflows(WideInteger left, WideInteger right,
                                                      WideInteger& result) {
         result = left + right;

@@ -15,12 +15,12 @@ enum class Message : std::uint16_t {
 #undef KAP_MESSAGE
 };
 
-/// How far an error goes beyond the statement that it ends.
+// How far an error goes beyond the statement that it ends.
 enum class ErrorReach : std::uint8_t {
-    Statement,    ///< the script goes on behind it
-    Scope,        ///< ends the batch, procedure or trigger; its caller goes on
-    Batch,        ///< ends everything that was sent
-    Transaction,  ///< and undoes the open transaction
+    Statement,    // the script goes on behind it
+    Scope,        // ends the batch, procedure or trigger; its caller goes on
+    Batch,        // ends everything that was sent
+    Transaction,  // and undoes the open transaction
 };
 
 struct MessageFacts {
@@ -28,24 +28,24 @@ struct MessageFacts {
     int severity;
     int state;
     ErrorReach reach;
-    const char* sqlState;  ///< empty: an error of the command's text, no more is known
-    const char* text;      ///< with %1, %2 ... for the arguments
+    const char* sqlState;  // empty: an error of the command's text, no more is known
+    const char* text;      // with %1, %2 ... for the arguments
 };
 
 [[nodiscard]] const MessageFacts& factsOf(Message message);
 
-/// What is known of a number that a server reports; null: nothing.
+// What is known of a number that a server reports; null: nothing.
 [[nodiscard]] const MessageFacts* findMessage(int number);
 
 [[nodiscard]] int numberOf(Message message);
 
-/// Of a number that stands in no message: only the statement.
+// Of a number that stands in no message: only the statement.
 [[nodiscard]] ErrorReach reachOf(int number);
 
-/// The SQLSTATE of a number; "42000" when no other is known.
+// The SQLSTATE of a number; "42000" when no other is known.
 [[nodiscard]] const char* stateOf(int number);
 
-/// A message's text with its arguments (UTF-8), at most nine.
+// A message's text with its arguments (UTF-8), at most nine.
 [[nodiscard]] std::string textOf(Message message,
                                  std::initializer_list<std::string_view> arguments);
 

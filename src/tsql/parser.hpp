@@ -10,10 +10,10 @@
 
 namespace kap::tsql {
 
-/// How deep brackets, subqueries and chains of operators may go.
+// How deep brackets, subqueries and chains of operators may go.
 inline constexpr int kMaxNesting = 200;
 
-/// What a name given by CREATE TYPE or sp_addtype stands for.
+// What a name given by CREATE TYPE or sp_addtype stands for.
 struct AliasType {
     TypeSpec type;
     bool nullable = true;
@@ -21,33 +21,33 @@ struct AliasType {
 
 struct ParseOptions {
     int firstLine = 1;
-    bool quotedNames = true;  ///< whether "x" is a name at the start of the script, or a text
-    /// The variables that are declared before the script begins; null: what is declared is not
-    /// checked.
+    bool quotedNames = true;  // whether "x" is a name at the start of the script, or a text
+    // The variables that are declared before the script begins; null: what is declared is not
+    // checked.
     const std::vector<std::string>* variables = nullptr;
-    /// Finds the types that the database has names for; empty: none.
+    // Finds the types that the database has names for; empty: none.
     std::function<std::optional<AliasType>(std::string_view)> aliasType = {};
 };
 
-/// Reads one batch: any number of statements, separated by blanks or semicolons.
-///
-/// `sql` is UTF-8; lines are counted from `firstLine`. Throws ServerError: 102 and 156 for what
-/// cannot be read, 40517 for what the dialect knows and this database refuses, and the errors of
-/// tokenize().
+// Reads one batch: any number of statements, separated by blanks or semicolons.
+//
+// `sql` is UTF-8; lines are counted from `firstLine`. Throws ServerError: 102 and 156 for what
+// cannot be read, 40517 for what the dialect knows and this database refuses, and the errors of
+// tokenize().
 [[nodiscard]] Script parseScript(std::string_view sql, const ParseOptions& options = {});
 
-/// Reads the declarations of parameters, as sp_executesql takes them: "@a int, @b int OUTPUT".
+// Reads the declarations of parameters, as sp_executesql takes them: "@a int, @b int OUTPUT".
 [[nodiscard]] std::vector<ParameterDefinition> parseParameters(std::string_view text,
                                                                const ParseOptions& options);
 
-/// Reads a name with its owner, "dbo.[t]".
+// Reads a name with its owner, "dbo.[t]".
 [[nodiscard]] ObjectName parseObjectName(std::string_view text);
 
-/// Reads a list of names, "[a], [b]".
+// Reads a list of names, "[a], [b]".
 [[nodiscard]] std::vector<std::string> parseNames(std::string_view text);
 
-/// Reads the text of a type as typeText() writes it: "varchar(20)". Throws ServerError when it is
-/// not a type.
+// Reads the text of a type as typeText() writes it: "varchar(20)". Throws ServerError when it is
+// not a type.
 [[nodiscard]] TypeSpec parseType(std::string_view text);
 
 }  // namespace kap::tsql

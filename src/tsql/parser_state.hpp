@@ -14,21 +14,21 @@
 
 namespace kap::tsql {
 
-/// The recursive-descent parser: one class, and a source file for each part of the language.
-///
-///     parser.cpp               tokens, names, errors
-///     parser_scripts.cpp       batches, and which statement begins here
-///     parser_flow.cpp          BEGIN, IF, WHILE, TRY, GOTO
-///     parser_settings.cpp      SET
-///     parser_calls.cpp         EXEC and its arguments
-///     parser_escapes.cpp       what stands in braces; parser_escaped_calls.cpp {fn name(...)}
-///     parser_queries.cpp       SELECT; parser_sources.cpp FROM, parser_groups.cpp GROUP BY,
-///                              parser_windows.cpp OVER, parser_hints.cpp the hints
-///     parser_expressions.cpp   expressions; parser_predicates.cpp conditions
-///     parser_data.cpp          INSERT, UPDATE, DELETE; parser_merge.cpp MERGE
-///     parser_tables.cpp        CREATE and ALTER TABLE; parser_types.cpp the types of columns
-///     parser_definitions.cpp   other CREATE, ALTER and DROP
-///     parser_modules.cpp       procedures, functions, triggers
+// The recursive-descent parser: one class, and a source file for each part of the language.
+//
+//     parser.cpp               tokens, names, errors
+//     parser_scripts.cpp       batches, and which statement begins here
+//     parser_flow.cpp          BEGIN, IF, WHILE, TRY, GOTO
+//     parser_settings.cpp      SET
+//     parser_calls.cpp         EXEC and its arguments
+//     parser_escapes.cpp       what stands in braces; parser_escaped_calls.cpp {fn name(...)}
+//     parser_queries.cpp       SELECT; parser_sources.cpp FROM, parser_groups.cpp GROUP BY,
+//                              parser_windows.cpp OVER, parser_hints.cpp the hints
+//     parser_expressions.cpp   expressions; parser_predicates.cpp conditions
+//     parser_data.cpp          INSERT, UPDATE, DELETE; parser_merge.cpp MERGE
+//     parser_tables.cpp        CREATE and ALTER TABLE; parser_types.cpp the types of columns
+//     parser_definitions.cpp   other CREATE, ALTER and DROP
+//     parser_modules.cpp       procedures, functions, triggers
 class Parser {
 public:
     Parser(std::string_view source, std::vector<Token> tokens, const ParseOptions& options)

@@ -9,7 +9,7 @@
 
 #include "tsql/syntax.hpp"
 
-/// The statements of the dialect, as the parser reads them.
+// The statements of the dialect, as the parser reads them.
 namespace kap::tsql {
 
 struct Statement;
@@ -22,31 +22,31 @@ struct SelectStatement {
     QueryPtr query;
 };
 
-/// A value of an INSERT row or an assignment; a null `value` is the keyword DEFAULT.
+// A value of an INSERT row or an assignment; a null `value` is the keyword DEFAULT.
 struct ValueOrDefault {
     ExpressionPtr value;
 };
 
-/// OUTPUT items [INTO table (columns)].
+// OUTPUT items [INTO table (columns)].
 struct OutputClause {
     std::vector<SelectItem> items;
     std::optional<ObjectName> into;
     std::vector<std::string> columns;
 };
 
-/// A value for a parameter of a procedure.
+// A value for a parameter of a procedure.
 struct Argument {
-    std::string name;     ///< "@name"; empty: by position
-    ExpressionPtr value;  ///< null: DEFAULT
+    std::string name;     // "@name"; empty: by position
+    ExpressionPtr value;  // null: DEFAULT
     bool output = false;
 };
 
-/// EXEC procedure arguments; EXEC ('text'); EXEC sp_executesql.
+// EXEC procedure arguments; EXEC ('text'); EXEC sp_executesql.
 struct ExecuteStatement {
-    std::string resultVariable;     ///< of EXEC @r = p; empty when not given
-    ObjectName procedure;           ///< without parts when `text` is given
-    std::string procedureVariable;  ///< of EXEC @name; empty when not given
-    ExpressionPtr text;             ///< of EXEC (text)
+    std::string resultVariable;     // of EXEC @r = p; empty when not given
+    ObjectName procedure;           // without parts when `text` is given
+    std::string procedureVariable;  // of EXEC @name; empty when not given
+    ExpressionPtr text;             // of EXEC (text)
     std::vector<Argument> arguments;
 };
 
@@ -54,48 +54,48 @@ struct InsertStatement {
     std::vector<CommonTable> commonTables;
     std::optional<TopClause> top;
     ObjectName table;
-    std::vector<std::string> columns;  ///< empty when not given
+    std::vector<std::string> columns;  // empty when not given
     std::optional<OutputClause> output;
-    std::vector<std::vector<ValueOrDefault>> rows;  ///< of VALUES
-    QueryPtr query;                                 ///< of INSERT ... SELECT
-    std::unique_ptr<ExecuteStatement> execute;      ///< of INSERT ... EXEC
+    std::vector<std::vector<ValueOrDefault>> rows;  // of VALUES
+    QueryPtr query;                                 // of INSERT ... SELECT
+    std::unique_ptr<ExecuteStatement> execute;      // of INSERT ... EXEC
     bool defaultValues = false;
 };
 
-/// column = value, @variable = value, @variable = column = value.
+// column = value, @variable = value, @variable = column = value.
 struct Assignment {
-    ObjectName column;     ///< without parts when only a variable is assigned
-    std::string variable;  ///< empty when only a column is assigned
+    ObjectName column;     // without parts when only a variable is assigned
+    std::string variable;  // empty when only a column is assigned
     ValueOrDefault value;
 };
 
 struct UpdateStatement {
     std::vector<CommonTable> commonTables;
-    ObjectName table;  ///< a table, or an alias of FROM
+    ObjectName table;  // a table, or an alias of FROM
     std::optional<TopClause> top;
     std::vector<Assignment> assignments;
     std::optional<OutputClause> output;
     std::vector<TableSourcePtr> from;
     ExpressionPtr where;
-    int maxRecursion = kMaxRecursion;  ///< of OPTION (MAXRECURSION n); 0 is no limit
+    int maxRecursion = kMaxRecursion;  // of OPTION (MAXRECURSION n); 0 is no limit
 };
 
 struct DeleteStatement {
     std::vector<CommonTable> commonTables;
-    ObjectName table;  ///< a table, or an alias of FROM
+    ObjectName table;  // a table, or an alias of FROM
     std::optional<TopClause> top;
     std::optional<OutputClause> output;
     std::vector<TableSourcePtr> from;
     ExpressionPtr where;
-    int maxRecursion = kMaxRecursion;  ///< of OPTION (MAXRECURSION n); 0 is no limit
+    int maxRecursion = kMaxRecursion;  // of OPTION (MAXRECURSION n); 0 is no limit
 };
 
-/// WHEN [NOT] MATCHED [BY SOURCE] [AND condition] THEN action.
+// WHEN [NOT] MATCHED [BY SOURCE] [AND condition] THEN action.
 struct MergeAction {
     enum class When { Matched, NotMatched, NotMatchedBySource };
     When when = When::Matched;
-    ExpressionPtr condition;  ///< of AND; null when not given
-    /// What is done: a DELETE has no parts of its own. Their tables are the target's.
+    ExpressionPtr condition;  // of AND; null when not given
+    // What is done: a DELETE has no parts of its own. Their tables are the target's.
     std::variant<UpdateStatement, InsertStatement, DeleteStatement> action;
     int line = 1;
 };
@@ -104,12 +104,12 @@ struct MergeStatement {
     std::vector<CommonTable> commonTables;
     std::optional<TopClause> top;
     ObjectName table;
-    std::string alias;                   ///< empty when not given
-    std::vector<TableSourcePtr> source;  ///< of USING: one
+    std::string alias;                   // empty when not given
+    std::vector<TableSourcePtr> source;  // of USING: one
     ExpressionPtr condition;
     std::vector<MergeAction> actions;
     std::optional<OutputClause> output;
-    int maxRecursion = kMaxRecursion;  ///< of OPTION (MAXRECURSION n); 0 is no limit
+    int maxRecursion = kMaxRecursion;  // of OPTION (MAXRECURSION n); 0 is no limit
 };
 
 struct TruncateStatement {
@@ -119,19 +119,19 @@ struct TruncateStatement {
 // --- Tables
 
 struct IdentityOption {
-    ExpressionPtr seed;  ///< null when not given
+    ExpressionPtr seed;  // null when not given
     ExpressionPtr increment;
 };
 
 struct DefaultOption {
-    std::string constraintName;  ///< empty when not given
+    std::string constraintName;  // empty when not given
     ExpressionPtr value;
-    std::string text;         ///< as written
-    bool withValues = false;  ///< rows that are there get it, too, when the column is added
+    std::string text;         // as written
+    bool withValues = false;  // rows that are there get it, too, when the column is added
 };
 
 struct KeyConstraint {
-    std::string name;  ///< empty when not given
+    std::string name;  // empty when not given
     bool primary = false;
     std::vector<std::string> columns;
     int line = 1;
@@ -140,41 +140,41 @@ struct KeyConstraint {
 enum class ReferenceAction { None, Cascade, SetNull, SetDefault };
 
 struct ForeignKey {
-    std::string name;  ///< empty when not given
+    std::string name;  // empty when not given
     std::vector<std::string> columns;
     ObjectName parent;
-    std::vector<std::string> parentColumns;  ///< empty: the parent's primary key
+    std::vector<std::string> parentColumns;  // empty: the parent's primary key
     ReferenceAction onDelete = ReferenceAction::None;
     ReferenceAction onUpdate = ReferenceAction::None;
     int line = 1;
 };
 
 struct CheckConstraint {
-    std::string name;  ///< empty when not given
+    std::string name;  // empty when not given
     ExpressionPtr condition;
-    std::string column;  ///< the column it stands behind; empty for one of the table
-    std::string text;    ///< as written
+    std::string column;  // the column it stands behind; empty for one of the table
+    std::string text;    // as written
     int line = 1;
 };
 
 struct ColumnDefinition {
     std::string name;
     TypeSpec type;
-    std::optional<bool> nullable;  ///< absent when neither NULL nor NOT NULL is said
+    std::optional<bool> nullable;  // absent when neither NULL nor NOT NULL is said
     std::optional<IdentityOption> identity;
     std::optional<DefaultOption> defaultValue;
-    ExpressionPtr computed;    ///< of name AS expression
-    std::string computedText;  ///< as written
+    ExpressionPtr computed;    // of name AS expression
+    std::string computedText;  // as written
     int line = 1;
 };
 
-/// What stands between the brackets of CREATE TABLE, or behind ADD.
+// What stands between the brackets of CREATE TABLE, or behind ADD.
 struct TableElements {
     std::vector<ColumnDefinition> columns;
-    std::vector<KeyConstraint> keys;  ///< of columns and of the table alike
+    std::vector<KeyConstraint> keys;  // of columns and of the table alike
     std::vector<ForeignKey> foreignKeys;
     std::vector<CheckConstraint> checks;
-    /// ADD [CONSTRAINT name] DEFAULT value FOR column: definitions without a type.
+    // ADD [CONSTRAINT name] DEFAULT value FOR column: definitions without a type.
     std::vector<std::pair<std::string, DefaultOption>> defaults;
 };
 
@@ -186,13 +186,13 @@ struct AlterTableStatement {
     enum class Action { Add, AlterColumn, DropColumns, DropConstraints, Constraints, Triggers };
     Action action = Action::Add;
     ObjectName table;
-    TableElements added;             ///< of Add
-    ColumnDefinition column;         ///< of AlterColumn
-    std::vector<std::string> names;  ///< of the columns, constraints or triggers; empty: ALL
-    bool enable = true;              ///< of Constraints and Triggers
-    bool withCheck = false;          ///< the rows that are there must hold to a constraint that is
-                                     ///< switched on again
-    bool withoutCheck = false;       ///< ... need not hold to one that is added
+    TableElements added;             // of Add
+    ColumnDefinition column;         // of AlterColumn
+    std::vector<std::string> names;  // of the columns, constraints or triggers; empty: ALL
+    bool enable = true;              // of Constraints and Triggers
+    bool withCheck = false;          // the rows that are there must hold to a constraint that is
+                                     //< switched on again
+    bool withoutCheck = false;       // ... need not hold to one that is added
     bool ifExists = false;
 };
 
@@ -207,7 +207,7 @@ struct CreateIndexStatement {
     bool unique = false;
     std::vector<IndexColumn> columns;
     ExpressionPtr where;
-    std::string whereText;  ///< as written
+    std::string whereText;  // as written
 };
 
 // --- Views, procedures, functions, triggers: their text is kept as it was written
@@ -217,34 +217,34 @@ struct CreateViewStatement {
     std::vector<std::string> columns;
     QueryPtr query;
     std::string text;
-    bool replace = false;  ///< ALTER, or CREATE OR ALTER
+    bool replace = false;  // ALTER, or CREATE OR ALTER
     bool mustExist = false;
-    bool checksRows = false;  ///< WITH CHECK OPTION
+    bool checksRows = false;  // WITH CHECK OPTION
 };
 
 struct ParameterDefinition {
-    std::string name;  ///< with its @
+    std::string name;  // with its @
     TypeSpec type;
-    ExpressionPtr defaultValue;  ///< null when not given
+    ExpressionPtr defaultValue;  // null when not given
     bool output = false;
 };
 
 enum class ModuleKind { Procedure, Function, Trigger };
 
-/// What a trigger is fired by, as bits.
+// What a trigger is fired by, as bits.
 using TriggerEvents = std::uint8_t;
 inline constexpr TriggerEvents kOnInsert = 1;
 inline constexpr TriggerEvents kOnUpdate = 2;
 inline constexpr TriggerEvents kOnDelete = 4;
 
-/// A stored procedure, a scalar function or a trigger.
+// A stored procedure, a scalar function or a trigger.
 struct CreateModuleStatement {
     ModuleKind kind = ModuleKind::Procedure;
     ObjectName name;
     std::vector<ParameterDefinition> parameters;
-    TypeSpec returns;          ///< of a function
-    ObjectName table;          ///< of a trigger
-    TriggerEvents events = 0;  ///< of a trigger
+    TypeSpec returns;          // of a function
+    ObjectName table;          // of a trigger
+    TriggerEvents events = 0;  // of a trigger
     std::shared_ptr<Script> body;
     std::string text;
     bool replace = false;
@@ -255,11 +255,11 @@ enum class ObjectKind { Table, View, Procedure, Function, Trigger, Index, Type }
 
 struct DropStatement {
     ObjectKind kind = ObjectKind::Table;
-    std::vector<ObjectName> names;  ///< an index: table.index
+    std::vector<ObjectName> names;  // an index: table.index
     bool ifExists = false;
 };
 
-/// CREATE TYPE name FROM type.
+// CREATE TYPE name FROM type.
 struct CreateTypeStatement {
     ObjectName name;
     TypeSpec type;
@@ -271,33 +271,33 @@ struct CreateTypeStatement {
 struct DeclaredVariable {
     std::string name;
     TypeSpec type;
-    ExpressionPtr initial;  ///< null when not given
+    ExpressionPtr initial;  // null when not given
     int line = 1;
 };
 
 struct DeclareStatement {
     std::vector<DeclaredVariable> variables;
-    std::vector<CreateTableStatement> tables;  ///< their names start with @
+    std::vector<CreateTableStatement> tables;  // their names start with @
 };
 
-/// SET @variable = value.
+// SET @variable = value.
 struct AssignStatement {
     std::string variable;
     ExpressionPtr value;
 };
 
-/// SET option ON.
+// SET option ON.
 struct SetOptionStatement {
-    std::vector<std::string> options;  ///< in upper case
-    std::string value;                 ///< a word in upper case, or a number or a text
-    ExpressionPtr number;              ///< of SET ROWCOUNT @n, SET CONTEXT_INFO 0x01
-    ObjectName table;                  ///< of IDENTITY_INSERT
+    std::vector<std::string> options;  // in upper case
+    std::string value;                 // a word in upper case, or a number or a text
+    ExpressionPtr number;              // of SET ROWCOUNT @n, SET CONTEXT_INFO 0x01
+    ObjectName table;                  // of IDENTITY_INSERT
 };
 
 struct IfStatement {
     ExpressionPtr condition;
     StatementPtr then;
-    StatementPtr otherwise;  ///< null when not given
+    StatementPtr otherwise;  // null when not given
 };
 
 struct WhileStatement {
@@ -326,7 +326,7 @@ struct LabelStatement {
 };
 
 struct ReturnStatement {
-    ExpressionPtr value;  ///< null when not given
+    ExpressionPtr value;  // null when not given
 };
 
 struct PrintStatement {
@@ -334,7 +334,7 @@ struct PrintStatement {
 };
 
 struct RaiserrorStatement {
-    ExpressionPtr message;  ///< a text or a number
+    ExpressionPtr message;  // a text or a number
     ExpressionPtr severity;
     ExpressionPtr state;
     std::vector<ExpressionPtr> arguments;
@@ -342,22 +342,22 @@ struct RaiserrorStatement {
 };
 
 struct ThrowStatement {
-    ExpressionPtr number;  ///< null: the error that is being handled
+    ExpressionPtr number;  // null: the error that is being handled
     ExpressionPtr message;
     ExpressionPtr state;
 };
 
 struct WaitStatement {
     ExpressionPtr time;
-    bool until = false;  ///< WAITFOR TIME
+    bool until = false;  // WAITFOR TIME
 };
 
 enum class TransactionAction { Begin, Commit, Rollback, Save };
 
 struct TransactionStatement {
     TransactionAction action;
-    std::string name;      ///< empty when not given
-    std::string variable;  ///< that holds the name; empty when not given
+    std::string name;      // empty when not given
+    std::string variable;  // that holds the name; empty when not given
 };
 
 // --- Cursors
@@ -365,10 +365,10 @@ struct TransactionStatement {
 struct DeclareCursorStatement {
     std::string name;
     bool scroll = false;
-    bool local = false;     ///< it ends with the batch or module that declares it
-    bool readOnly = false;  ///< READ_ONLY, STATIC, INSENSITIVE, FAST_FORWARD, FOR READ ONLY
-    std::vector<std::string> updatable;  ///< of FOR UPDATE OF; empty: all columns
-    std::shared_ptr<Statement> query;    ///< a SelectStatement
+    bool local = false;     // it ends with the batch or module that declares it
+    bool readOnly = false;  // READ_ONLY, STATIC, INSENSITIVE, FAST_FORWARD, FOR READ ONLY
+    std::vector<std::string> updatable;  // of FOR UPDATE OF; empty: all columns
+    std::shared_ptr<Statement> query;    // a SelectStatement
 };
 
 enum class CursorAction { Open, Close, Deallocate };
@@ -381,7 +381,7 @@ struct CursorStatement {
 struct FetchStatement {
     enum class Direction { Next, Prior, First, Last, Absolute, Relative };
     Direction direction = Direction::Next;
-    ExpressionPtr distance;  ///< of ABSOLUTE and RELATIVE
+    ExpressionPtr distance;  // of ABSOLUTE and RELATIVE
     std::string cursor;
     std::vector<std::string> into;
 };
@@ -390,30 +390,30 @@ struct FetchStatement {
 
 enum class DatabaseAction { Use, Create, Alter, Drop };
 
-/// USE, CREATE DATABASE...: there is one database in a file.
+// USE, CREATE DATABASE...: there is one database in a file.
 struct DatabaseStatement {
     DatabaseAction action;
     std::string name;
 };
 
-/// BACKUP DATABASE name TO DISK = 'file'.
+// BACKUP DATABASE name TO DISK = 'file'.
 struct BackupStatement {
     ExpressionPtr file;
-    bool replace = false;  ///< WITH INIT or FORMAT
+    bool replace = false;  // WITH INIT or FORMAT
 };
 
-/// DBCC CHECKDB.
+// DBCC CHECKDB.
 struct CheckStatement {};
 
-/// DBCC CHECKIDENT (table [, NORESEED | RESEED [, value]]).
+// DBCC CHECKIDENT (table [, NORESEED | RESEED [, value]]).
 struct CheckIdentityStatement {
     ObjectName table;
-    bool reseeds = true;   ///< not NORESEED
-    ExpressionPtr value;   ///< the new one; null when not given
-    bool quietly = false;  ///< WITH NO_INFOMSGS
+    bool reseeds = true;   // not NORESEED
+    ExpressionPtr value;   // the new one; null when not given
+    bool quietly = false;  // WITH NO_INFOMSGS
 };
 
-/// A statement without meaning on one file: it is taken, and says so.
+// A statement without meaning on one file: it is taken, and says so.
 struct NoEffectStatement {
     std::string what;
 };

@@ -9,11 +9,11 @@
 
 #include "tsql/type_spec.hpp"
 
-/// The syntax tree of the dialect: what a script says, before any name is looked up.
-///
-/// Every node is a plain value owned by its parent. A node kind is a struct; Expression,
-/// TableSource and Statement hold one of theirs in a variant, so a new kind is a new struct and the
-/// compiler lists every place that must know of it.
+// The syntax tree of the dialect: what a script says, before any name is looked up.
+//
+// Every node is a plain value owned by its parent. A node kind is a struct; Expression,
+// TableSource and Statement hold one of theirs in a variant, so a new kind is a new struct and the
+// compiler lists every place that must know of it.
 namespace kap::tsql {
 
 struct Expression;
@@ -23,13 +23,13 @@ using ExpressionPtr = std::unique_ptr<Expression>;
 using QueryPtr = std::unique_ptr<Query>;
 using TableSourcePtr = std::unique_ptr<TableSource>;
 
-/// One to four names separated by points: table, owner.table, table.column, owner.table.column.
+// One to four names separated by points: table, owner.table, table.column, owner.table.column.
 struct ObjectName {
     std::vector<std::string> parts;
     int line = 1;
 
     [[nodiscard]] const std::string& last() const { return parts.back(); }
-    /// The parts joined again with points, as messages show them.
+    // The parts joined again with points, as messages show them.
     [[nodiscard]] std::string text() const;
 };
 
@@ -38,7 +38,7 @@ struct ObjectName {
 
 enum class LiteralKind { Null, Integer, Decimal, Float, Money, Text, NationalText, Binary };
 
-/// A constant; `text` is its value without quotes or signs (hexadecimal digits for Binary).
+// A constant; `text` is its value without quotes or signs (hexadecimal digits for Binary).
 struct Literal {
     LiteralKind kind = LiteralKind::Null;
     std::string text;
@@ -48,7 +48,7 @@ struct ColumnReference {
     ObjectName name;
 };
 
-/// @name or @@name; "?1", "?2"... for the marks of a request's parameters.
+// @name or @@name; "?1", "?2"... for the marks of a request's parameters.
 struct VariableReference {
     std::string name;
 };
@@ -78,7 +78,7 @@ struct Comparison {
 
 enum class LogicalOperator { And, Or };
 
-/// a AND b AND c...: a chain of any length is one flat node.
+// a AND b AND c...: a chain of any length is one flat node.
 struct LogicalExpression {
     LogicalOperator op;
     std::vector<ExpressionPtr> operands;
@@ -91,7 +91,7 @@ struct BetweenPredicate {
     bool negated = false;
 };
 
-/// value > ANY (query), value > ALL (query).
+// value > ANY (query), value > ALL (query).
 struct QuantifiedComparison {
     ComparisonOperator op;
     ExpressionPtr value;
@@ -101,7 +101,7 @@ struct QuantifiedComparison {
 
 struct InPredicate {
     ExpressionPtr value;
-    std::vector<ExpressionPtr> list;  ///< empty when `query` is given
+    std::vector<ExpressionPtr> list;  // empty when `query` is given
     QueryPtr query;
     bool negated = false;
 };
@@ -109,7 +109,7 @@ struct InPredicate {
 struct LikePredicate {
     ExpressionPtr value;
     ExpressionPtr pattern;
-    ExpressionPtr escape;  ///< null when not given
+    ExpressionPtr escape;  // null when not given
     bool negated = false;
 };
 
@@ -122,10 +122,10 @@ struct ExistsPredicate {
     QueryPtr query;
 };
 
-/// CURRENT OF cursor: the row of an UPDATE or DELETE on which the cursor stands.
+// CURRENT OF cursor: the row of an UPDATE or DELETE on which the cursor stands.
 struct CurrentOfPredicate {
     std::string cursor;
-    std::vector<std::string> columns;  ///< that the statement assigns
+    std::vector<std::string> columns;  // that the statement assigns
 };
 
 struct CaseBranch {
@@ -134,17 +134,17 @@ struct CaseBranch {
 };
 
 struct CaseExpression {
-    ExpressionPtr subject;  ///< null in the searched form, whose branches hold conditions
+    ExpressionPtr subject;  // null in the searched form, whose branches hold conditions
     std::vector<CaseBranch> branches;
-    ExpressionPtr otherwise;  ///< null when not given
+    ExpressionPtr otherwise;  // null when not given
 };
 
-/// CAST(value AS type) and CONVERT(type, value [, style]).
+// CAST(value AS type) and CONVERT(type, value [, style]).
 struct CastExpression {
     ExpressionPtr value;
     TypeSpec type;
-    ExpressionPtr style;  ///< null when not given
-    bool tries = false;   ///< TRY_CAST and TRY_CONVERT: null instead of an error
+    ExpressionPtr style;  // null when not given
+    bool tries = false;   // TRY_CAST and TRY_CONVERT: null instead of an error
 };
 
 struct OrderItem {
@@ -152,23 +152,23 @@ struct OrderItem {
     bool descending = false;
 };
 
-/// OVER (PARTITION BY ... ORDER BY ... ROWS BETWEEN ...).
+// OVER (PARTITION BY ... ORDER BY ... ROWS BETWEEN ...).
 struct Window {
     std::vector<ExpressionPtr> partitionBy;
     std::vector<OrderItem> orderBy;
-    std::string frame;  ///< the words of ROWS or RANGE; empty when not given
+    std::string frame;  // the words of ROWS or RANGE; empty when not given
 };
 
 struct FunctionCall {
     ObjectName name;
     std::vector<ExpressionPtr> arguments;
-    bool distinct = false;  ///< COUNT(DISTINCT x)
-    bool star = false;      ///< COUNT(*)
+    bool distinct = false;  // COUNT(DISTINCT x)
+    bool star = false;      // COUNT(*)
     std::optional<Window> over = std::nullopt;
-    std::vector<OrderItem> within = {};  ///< of WITHIN GROUP (ORDER BY ...)
+    std::vector<OrderItem> within = {};  // of WITHIN GROUP (ORDER BY ...)
 };
 
-/// DEFAULT as an argument of a stored function: the value that the function has for the parameter.
+// DEFAULT as an argument of a stored function: the value that the function has for the parameter.
 struct DefaultArgument {};
 
 struct ScalarSubquery {
@@ -183,9 +183,9 @@ struct Expression {
                      CaseExpression, CastExpression, FunctionCall, DefaultArgument, ScalarSubquery>;
     Node node;
     int line = 1;
-    int depth = 1;  ///< levels of operators below, kept within the parser's limit
+    int depth = 1;  // levels of operators below, kept within the parser's limit
 
-    /// True for what is a condition and not a value: comparisons, AND, NOT, IN...
+    // True for what is a condition and not a value: comparisons, AND, NOT, IN...
     [[nodiscard]] bool isPredicate() const;
 };
 
@@ -194,10 +194,10 @@ struct Expression {
 
 enum class JoinKind { Inner, Left, Right, Full, Cross };
 
-/// A table, a view, or a table variable (its name starts with @).
+// A table, a view, or a table variable (its name starts with @).
 struct NamedTable {
     ObjectName name;
-    std::string alias;  ///< empty when not given
+    std::string alias;  // empty when not given
 };
 
 struct DerivedTable {
@@ -210,7 +210,7 @@ struct Join {
     JoinKind kind;
     TableSourcePtr left;
     TableSourcePtr right;
-    ExpressionPtr condition;  ///< null for CROSS
+    ExpressionPtr condition;  // null for CROSS
 };
 
 struct TableSource {
@@ -219,17 +219,17 @@ struct TableSource {
     int depth = 1;
 };
 
-/// *, or table.* when `qualifier` has parts.
+// *, or table.* when `qualifier` has parts.
 struct StarItem {
     ObjectName qualifier;
 };
 
 struct ExpressionItem {
     ExpressionPtr value;
-    std::string alias;  ///< empty when not given
+    std::string alias;  // empty when not given
 };
 
-/// SELECT @variable = value.
+// SELECT @variable = value.
 struct AssignmentItem {
     std::string variable;
     ExpressionPtr value;
@@ -250,44 +250,44 @@ struct Select {
     bool distinct = false;
     std::optional<TopClause> top;
     std::vector<SelectItem> items;
-    std::optional<ObjectName> into;    ///< the table to make
-    std::vector<TableSourcePtr> from;  ///< the comma-separated sources
+    std::optional<ObjectName> into;    // the table to make
+    std::vector<TableSourcePtr> from;  // the comma-separated sources
     ExpressionPtr where;
     std::vector<ExpressionPtr> groupBy;
-    /// Of ROLLUP, CUBE and GROUPING SETS: which of `groupBy` each set has; empty: one set of all.
+    // Of ROLLUP, CUBE and GROUPING SETS: which of `groupBy` each set has; empty: one set of all.
     std::vector<std::vector<std::size_t>> groupingSets;
     ExpressionPtr having;
 };
 
 enum class SetOperator { Union, UnionAll, Except, Intersect };
 
-/// One arm of a query: a SELECT, or a query in brackets.
+// One arm of a query: a SELECT, or a query in brackets.
 struct QueryTerm {
     std::variant<Select, QueryPtr> node;
     SetOperator joinedBy =
-        SetOperator::Union;  ///< how it follows the term before it; unused in the first
+        SetOperator::Union;  // how it follows the term before it; unused in the first
     int line = 1;
 };
 
-/// WITH name (columns) AS (query).
+// WITH name (columns) AS (query).
 struct CommonTable {
     std::string name;
-    std::vector<std::string> columns;  ///< empty: as the query names them
+    std::vector<std::string> columns;  // empty: as the query names them
     QueryPtr query;
 };
 
-/// How often a common table may read itself when the statement does not say so.
+// How often a common table may read itself when the statement does not say so.
 inline constexpr int kMaxRecursion = 100;
 
-/// Terms joined from left to right, then ordered. INTERSECT, which binds tighter, has been put into
-/// a term of its own by the parser.
+// Terms joined from left to right, then ordered. INTERSECT, which binds tighter, has been put into
+// a term of its own by the parser.
 struct Query {
     std::vector<CommonTable> commonTables;
     std::vector<QueryTerm> terms;
     std::vector<OrderItem> orderBy;
-    ExpressionPtr offset;              ///< of OFFSET n ROWS; null when not given
-    ExpressionPtr fetch;               ///< of FETCH NEXT n ROWS ONLY; null when not given
-    int maxRecursion = kMaxRecursion;  ///< of OPTION (MAXRECURSION n); 0 is no limit
+    ExpressionPtr offset;              // of OFFSET n ROWS; null when not given
+    ExpressionPtr fetch;               // of FETCH NEXT n ROWS ONLY; null when not given
+    int maxRecursion = kMaxRecursion;  // of OPTION (MAXRECURSION n); 0 is no limit
     int line = 1;
     int depth = 1;
 };

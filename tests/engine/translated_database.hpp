@@ -13,7 +13,7 @@
 
 namespace kap::engine::testing {
 
-/// A database in memory that runs what the translator writes, with counters of its own.
+// A database in memory that runs what the translator writes, with counters of its own.
 class TranslatedDatabase {
 public:
     TranslatedDatabase();
@@ -21,17 +21,17 @@ public:
     TranslatedDatabase(const TranslatedDatabase&) = delete;
     TranslatedDatabase& operator=(const TranslatedDatabase&) = delete;
 
-    /// Runs a script and gives the rows of its last SELECT: cells separated by '|', rows by line
-    /// ends, each value as its type shows it. Throws tsql::ServerError.
+    // Runs a script and gives the rows of its last SELECT: cells separated by '|', rows by line
+    // ends, each value as its type shows it. Throws tsql::ServerError.
     std::string run(const std::string& script);
 
-    /// The error of a script as "number: text".
+    // The error of a script as "number: text".
     std::string error(const std::string& script);
 
-    /// The columns of a query as "name type null|notnull", separated by ", ".
+    // The columns of a query as "name type null|notnull", separated by ", ".
     std::string columns(const std::string& query);
 
-    /// The translation of one statement.
+    // The translation of one statement.
     Translation translation(const std::string& statement, Constants constants = Constants::InText);
 
 private:

@@ -6,17 +6,17 @@
 #include <string>
 #include <vector>
 
-/// Statements of the dialect made at random: nearly all are well-formed, many make no sense. They
-/// read and write the tables, views and functions of kRandomSchema.
+// Statements of the dialect made at random: nearly all are well-formed, many make no sense. They
+// read and write the tables, views and functions of kRandomSchema.
 namespace kap::test {
 
 class RandomStatements {
 public:
     explicit RandomStatements(unsigned seed) : random_(seed) {}
 
-    /// Batches, to be run in this order, that make what the statements name.
+    // Batches, to be run in this order, that make what the statements name.
     [[nodiscard]] static std::vector<std::string> schema();
-    /// The next statement; it is a batch of its own.
+    // The next statement; it is a batch of its own.
     [[nodiscard]] std::string next();
 
 private:

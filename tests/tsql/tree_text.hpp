@@ -6,12 +6,12 @@
 
 namespace kap::tsql::testing {
 
-/// A syntax tree as bracketed text, operators first: "a + 1" is "(+ a 1)".
+// A syntax tree as bracketed text, operators first: "a + 1" is "(+ a 1)".
 std::string treeText(const Expression& expression);
 std::string treeText(const Query& query);
 std::string treeText(const Statement& statement);
 
-/// The trees of all statements of a script, one a line.
+// The trees of all statements of a script, one a line.
 std::string parsed(const std::string& sql);
 
 }  // namespace kap::tsql::testing

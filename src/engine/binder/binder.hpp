@@ -16,49 +16,49 @@
 
 namespace kap::engine {
 
-/// One column of a bound query.
+// One column of a bound query.
 struct OutputColumn {
-    std::string name;  ///< empty for an expression without alias
+    std::string name;  // empty for an expression without alias
     BoundExpression value;
 };
 
-/// A query as SQLite text, with its columns.
+// A query as SQLite text, with its columns.
 struct BoundQuery {
     std::string sql;
     std::vector<OutputColumn> columns;
 };
 
-/// Where a query stands.
+// Where a query stands.
 enum class QueryPlace {
-    Whole,       ///< the statement itself: columns are read by position
-    InsertRows,  ///< the rows of an INSERT: columns are named c1, c2..., and their order counts
-    Nested,      ///< within another query: columns are named c1, c2..., and ORDER BY needs TOP
+    Whole,       // the statement itself: columns are read by position
+    InsertRows,  // the rows of an INSERT: columns are named c1, c2..., and their order counts
+    Nested,      // within another query: columns are named c1, c2..., and ORDER BY needs TOP
 };
 
-/// FROM as SQLite text, with what it brings into scope.
+// FROM as SQLite text, with what it brings into scope.
 struct BoundSource {
     std::string sql;
     std::vector<Source> sources;
     bool isJoin = false;
 };
 
-/// What a statement is to be run with: variables, constants, and whether its text holds what the
-/// schema says, which another connection may change.
+// What a statement is to be run with: variables, constants, and whether its text holds what the
+// schema says, which another connection may change.
 struct BoundValues {
-    std::vector<int> variables;  ///< their slots
+    std::vector<int> variables;  // their slots
     std::vector<Value> constants;
-    int firstConstant = 0;  ///< the slot of the first of them
+    int firstConstant = 0;  // the slot of the first of them
     bool readsSchema = false;
 };
 
-/// Gives names their columns, expressions their types, and writes both as SQLite text.
-///
-/// One class, one source file for each part of the language: bind_constants.cpp,
-/// bind_expressions.cpp, bind_operators.cpp, bind_comparisons.cpp, bind_conditions.cpp,
-/// bind_functions.cpp and its tables, bind_string_agg.cpp, bind_windows.cpp,
-/// bind_system_values.cpp, bind_queries.cpp, bind_unions.cpp, bind_selects.cpp, bind_groups.cpp,
-/// bind_order.cpp, bind_sources.cpp, bind_common_tables.cpp, bind_views.cpp, bind_cursors.cpp. All
-/// throw tsql::ServerError with a line.
+// Gives names their columns, expressions their types, and writes both as SQLite text.
+//
+// One class, one source file for each part of the language: bind_constants.cpp,
+// bind_expressions.cpp, bind_operators.cpp, bind_comparisons.cpp, bind_conditions.cpp,
+// bind_functions.cpp and its tables, bind_string_agg.cpp, bind_windows.cpp,
+// bind_system_values.cpp, bind_queries.cpp, bind_unions.cpp, bind_selects.cpp, bind_groups.cpp,
+// bind_order.cpp, bind_sources.cpp, bind_common_tables.cpp, bind_views.cpp, bind_cursors.cpp. All
+// throw tsql::ServerError with a line.
 class Binder {
 public:
     explicit Binder(const NameScope& names, Constants constants = Constants::InText)
@@ -66,36 +66,36 @@ public:
 
     [[nodiscard]] const NameScope& names() const { return names_; }
     [[nodiscard]] const Catalogue& catalogue() const { return names_.catalogue(); }
-    /// The slots of the variables that stand in what was bound.
+    // The slots of the variables that stand in what was bound.
     [[nodiscard]] const std::vector<int>& usedVariables() const { return usedVariables_; }
     [[nodiscard]] BoundValues boundValues() const;
     void noteSchema() const { readsSchema_ = true; }
-    /// Whether a subquery or a stored function was bound, which may read the table being written.
+    // Whether a subquery or a stored function was bound, which may read the table being written.
     [[nodiscard]] bool readsOtherRows() const { return readsOtherRows_; }
-    /// From now on variables are asked for their value again for each row.
+    // From now on variables are asked for their value again for each row.
     void readVariablesPerRow() { variablesPerRow_ = true; }
 
     // Expressions and conditions.
     [[nodiscard]] BoundExpression value(const tsql::Expression& expression, Scope& scope);
     [[nodiscard]] std::string condition(const tsql::Expression& expression, Scope& scope);
 
-    /// The value of a computed column, as its definition is to hold it.
+    // The value of a computed column, as its definition is to hold it.
     [[nodiscard]] BoundExpression computedValue(const tsql::Expression& expression, Scope& scope);
     [[nodiscard]] bool bindsComputedColumn() const { return computedColumn_; }
 
-    /// Brings a value to a type as the server does by itself. Errors 206 and 257 when it does not,
-    /// and those of convert() for a literal.
+    // Brings a value to a type as the server does by itself. Errors 206 and 257 when it does not,
+    // and those of convert() for a literal.
     [[nodiscard]] BoundExpression convertTo(const BoundExpression& value,
                                             const tsql::TypeSpec& type, int line) const;
-    /// CAST and CONVERT. Error 529.
+    // CAST and CONVERT. Error 529.
     [[nodiscard]] BoundExpression castTo(const BoundExpression& value, const tsql::TypeSpec& type,
                                          int style, int line) const;
-    /// The same as a call of `function`, kap_convert or kap_try_convert, when the statement runs;
-    /// the style is SQL.
+    // The same as a call of `function`, kap_convert or kap_try_convert, when the statement runs;
+    // the style is SQL.
     [[nodiscard]] BoundExpression castCall(const char* function, const BoundExpression& value,
                                            const tsql::TypeSpec& type, const std::string& style,
                                            int line) const;
-    /// A value on its way into a column of that type.
+    // A value on its way into a column of that type.
     [[nodiscard]] std::string stored(const BoundExpression& value, const tsql::TypeSpec& type,
                                      int line) const;
 
@@ -106,65 +106,65 @@ public:
                                              BoundExpression right, int line) const;
     [[nodiscard]] std::string compared(tsql::ComparisonOperator op, const BoundExpression& left,
                                        const BoundExpression& right, int line) const;
-    /// Values brought to one type in which SQLite's own comparison is the server's.
+    // Values brought to one type in which SQLite's own comparison is the server's.
     [[nodiscard]] std::vector<BoundExpression> comparable(std::vector<BoundExpression> values,
                                                           const char* operation, int line) const;
 
     // Queries.
     [[nodiscard]] BoundQuery query(const tsql::Query& query, Scope* outer, QueryPlace place);
-    /// A query whose values are computed row by row in the order of its rows.
+    // A query whose values are computed row by row in the order of its rows.
     [[nodiscard]] BoundQuery valuesInOrder(const tsql::Query& query);
     [[nodiscard]] BoundSource from(const std::vector<tsql::TableSourcePtr>& sources, Scope& scope);
-    /// The same for a statement that writes rows of one of its sources: see rowNumberOf().
+    // The same for a statement that writes rows of one of its sources: see rowNumberOf().
     [[nodiscard]] BoundSource targetFrom(const std::vector<tsql::TableSourcePtr>& sources,
                                          Scope& scope);
-    /// A stored table, a temporary one, or one of the script. Error 208 when there is none.
+    // A stored table, a temporary one, or one of the script. Error 208 when there is none.
     [[nodiscard]] BoundSource storedTable(const tsql::ObjectName& name,
                                           const std::string& alias) const;
-    /// Errors 1011 and 1013 when two sources have one name.
+    // Errors 1011 and 1013 when two sources have one name.
     static void checkNames(const std::vector<Source>& sources, int line);
     [[nodiscard]] std::string limitText(const tsql::TopClause& top, Scope& scope);
-    /// The same for TOP PERCENT of so many rows.
+    // The same for TOP PERCENT of so many rows.
     [[nodiscard]] std::string percentText(const tsql::TopClause& top, const std::string& count,
                                           Scope& scope);
-    /// "WITH a AS (...) " for what follows, which may name these tables as long as the binder
-    /// lives; empty when there are none. The one that is the target of UPDATE or DELETE brings the
-    /// numbers of the rows of the table behind it.
+    // "WITH a AS (...) " for what follows, which may name these tables as long as the binder
+    // lives; empty when there are none. The one that is the target of UPDATE or DELETE brings the
+    // numbers of the rows of the table behind it.
     [[nodiscard]] std::string commonTables(const std::vector<tsql::CommonTable>& tables,
                                            Scope* outer, const tsql::ObjectName* target = nullptr);
-    /// The query of a cursor through which rows may be written: where it allows that, the numbers
-    /// of the rows of its tables follow its columns, and `tables` names these tables.
+    // The query of a cursor through which rows may be written: where it allows that, the numbers
+    // of the rows of its tables follow its columns, and `tables` names these tables.
     [[nodiscard]] BoundQuery cursorQuery(const tsql::Query& query,
                                          std::vector<std::string>& tables);
-    /// How often a common table may read itself; 0: no limit.
+    // How often a common table may read itself; 0: no limit.
     void limitRecursion(int levels) { maxRecursion_ = levels; }
-    /// The table behind that common table, and the column that holds the numbers of its rows.
+    // The table behind that common table, and the column that holds the numbers of its rows.
     struct CommonTarget {
         const Table* table = nullptr;
         std::string rowNumber;
-        /// What the columns are in the table behind; null for those that are computed.
+        // What the columns are in the table behind; null for those that are computed.
         std::vector<std::pair<std::string, const Column*>> columns;
-        std::string view;  ///< its name; empty for a common table of the statement
-        /// Each answers a row when something written does not show in a view that wants it to.
+        std::string view;  // its name; empty for a common table of the statement
+        // Each answers a row when something written does not show in a view that wants it to.
         std::vector<std::string> checks;
     };
     [[nodiscard]] const CommonTarget& commonTarget() const { return commonTarget_; }
-    /// The column that an assignment means. Errors: 207, and 4406 for one that a view computes.
+    // The column that an assignment means. Errors: 207, and 4406 for one that a view computes.
     [[nodiscard]] const Column& targetColumn(const Table& table,
                                              const tsql::ObjectName& name) const;
-    /// Which columns a statement writes, where its target turns out to be a view of several tables.
+    // Which columns a statement writes, where its target turns out to be a view of several tables.
     void writesColumns(std::vector<std::string> names) { writtenColumns_ = std::move(names); }
-    /// The table that a view shows as it is, for INSERT: like the target of UPDATE, without rows.
+    // The table that a view shows as it is, for INSERT: like the target of UPDATE, without rows.
     void insertThrough(const View& view, const tsql::ObjectName& name);
-    /// The common table as a source, when it is the target.
+    // The common table as a source, when it is the target.
     [[nodiscard]] std::optional<BoundSource> targetSource(const tsql::ObjectName& target) const;
-    /// The values of a select list over sources that stand in `scope`.
+    // The values of a select list over sources that stand in `scope`.
     [[nodiscard]] std::vector<OutputColumn> itemValues(const std::vector<tsql::SelectItem>& items,
                                                        Scope& scope);
 
-    /// A stored table as a source of columns under a name.
+    // A stored table as a source of columns under a name.
     [[nodiscard]] static Source tableSource(const Table& table, const std::string& name);
-    /// The same for a place where columns stand without their table: its own definition.
+    // The same for a place where columns stand without their table: its own definition.
     [[nodiscard]] static Source ownColumns(const Table& table);
 
 private:
@@ -278,13 +278,13 @@ private:
     struct CommonName {
         std::string name;
         std::vector<OutputColumn> columns;
-        /// Of a table that reads itself, while it is being bound: the name under which the term at
-        /// hand reads it.
+        // Of a table that reads itself, while it is being bound: the name under which the term at
+        // hand reads it.
         std::string readAs;
         int reads = 0;
-        /// How deep within queries it is bound when it is known to read itself.
+        // How deep within queries it is bound when it is known to read itself.
         std::optional<int> recursiveAt = std::nullopt;
-        int depth = 0;  ///< levels of queries in it
+        int depth = 0;  // levels of queries in it
     };
     [[nodiscard]] std::string commonTable(const tsql::CommonTable& table, Scope* outer);
     [[nodiscard]] std::string boundCommonTable(const tsql::CommonTable& table, Scope* outer);
@@ -299,7 +299,7 @@ private:
 
     // bind_queries.cpp
     [[nodiscard]] BoundQuery body(const tsql::Query& query, Scope* outer, QueryPlace place);
-    /// The depth of queries in one another, unless it is more than can be followed.
+    // The depth of queries in one another, unless it is more than can be followed.
     static int checkedDepth(int depth, int line);
     [[nodiscard]] std::string rowLimits(const tsql::Query& query, Scope* outer);
     [[nodiscard]] static std::string nestedText(const BoundSelect& select);
@@ -327,7 +327,7 @@ private:
     [[nodiscard]] std::string percentText(const tsql::TopClause& top, const BoundSelect& bound);
 
     // bind_order.cpp
-    /// ORDER BY of a query around the one whose list is `columns`, to which it adds what it needs.
+    // ORDER BY of a query around the one whose list is `columns`, to which it adds what it needs.
     [[nodiscard]] static std::string orderedBy(const BoundSelect& select, std::string& columns);
     void orderRows(const std::vector<tsql::OrderItem>& items, BoundSelect& bound);
     [[nodiscard]] static std::string unionOrderText(const std::vector<tsql::OrderItem>& items,
@@ -366,33 +366,33 @@ private:
     bool withinBrackets_ = false;   // a join in a join is being bound
 };
 
-/// A SELECT before its items are put into text: what follows may still convert or order them.
+// A SELECT before its items are put into text: what follows may still convert or order them.
 struct Binder::BoundSelect {
     struct OrderKey {
-        std::optional<std::size_t> item;  ///< of the list
-        BoundExpression value;            ///< where it is none of the list
+        std::optional<std::size_t> item;  // of the list
+        BoundExpression value;            // where it is none of the list
         bool descending = false;
     };
     std::unique_ptr<Scope> scope;
     bool distinct = false;
     std::vector<OutputColumn> items;
-    std::string tail;            ///< FROM to HAVING, each part after a blank
-    std::string limit;           ///< what LIMIT takes; empty without TOP
-    std::string order;           ///< ORDER BY, after a blank
-    bool ties = false;           ///< TOP n WITH TIES
-    bool ranked = false;         ///< `limit` is compared with the numbers of the rows
-    std::vector<OrderKey> keys;  ///< what `order` holds, term by term
-    bool ordersByOuter = false;  ///< by columns of a query around, which SQLite cannot
+    std::string tail;            // FROM to HAVING, each part after a blank
+    std::string limit;           // what LIMIT takes; empty without TOP
+    std::string order;           // ORDER BY, after a blank
+    bool ties = false;           // TOP n WITH TIES
+    bool ranked = false;         // `limit` is compared with the numbers of the rows
+    std::vector<OrderKey> keys;  // what `order` holds, term by term
+    bool ordersByOuter = false;  // by columns of a query around, which SQLite cannot
     bool grouped = false;
 };
 
-/// The rows that number the grouping sets, to be joined with the rows that are grouped.
+// The rows that number the grouping sets, to be joined with the rows that are grouped.
 [[nodiscard]] std::string groupingSetsSource(std::size_t count, bool joins);
 
-/// True when an aggregate function stands in the expression, outside subqueries.
+// True when an aggregate function stands in the expression, outside subqueries.
 [[nodiscard]] bool containsAggregate(const tsql::Expression& expression);
 
-/// True for COUNT, SUM, AVG, MIN, MAX and COUNT_BIG.
+// True for COUNT, SUM, AVG, MIN, MAX and COUNT_BIG.
 [[nodiscard]] bool isAggregateName(const tsql::ObjectName& name);
 // STDEV, STDEVP, VAR and VARP, in small letters.
 [[nodiscard]] bool isStatisticsName(std::string_view name);

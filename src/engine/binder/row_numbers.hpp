@@ -5,18 +5,18 @@
 #include "engine/binder/scope.hpp"
 #include "engine/catalog/tables.hpp"
 
-/// The numbers by which SQLite knows the rows of tables, and the tables that catch written rows
-/// with their numbers.
+// The numbers by which SQLite knows the rows of tables, and the tables that catch written rows
+// with their numbers.
 namespace kap::engine {
 
-/// A name by which SQLite knows the row's number and that no column of the table hides.
+// A name by which SQLite knows the row's number and that no column of the table hides.
 [[nodiscard]] std::string rowNumberName(const Table& table);
-/// The number of a row of a source that is a stored table.
+// The number of a row of a source that is a stored table.
 [[nodiscard]] std::string rowNumberOf(const Source& source);
 
 enum class RowState { Inserted, Deleted };
 
-/// The table that holds the caught rows of a table, with its columns.
+// The table that holds the caught rows of a table, with its columns.
 [[nodiscard]] Table capturedRows(const Table& table, RowState state);
 
 }  // namespace kap::engine

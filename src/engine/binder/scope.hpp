@@ -11,24 +11,24 @@
 
 namespace kap::engine {
 
-/// A column that names can mean: of a stored table, or of a query in FROM.
+// A column that names can mean: of a stored table, or of a query in FROM.
 struct SourceColumn {
     std::string name;
     BoundExpression value;
 };
 
-/// A table or query of FROM under the name by which columns are qualified.
+// A table or query of FROM under the name by which columns are qualified.
 struct Source {
     std::string name;
-    const Table* table = nullptr;  ///< null for a query
+    const Table* table = nullptr;  // null for a query
     std::vector<SourceColumn> columns;
-    std::string common = {};  ///< the common table or written view that it reads; empty: none
-    /// The column that brings the numbers of the table's rows, where SQLite's own is out of sight;
-    /// empty: see rowNumberOf().
+    std::string common = {};  // the common table or written view that it reads; empty: none
+    // The column that brings the numbers of the table's rows, where SQLite's own is out of sight;
+    // empty: see rowNumberOf().
     std::string rowNumber = {};
 };
 
-/// Whether an aggregate function may stand at a place; where not, the error says why.
+// Whether an aggregate function may stand at a place; where not, the error says why.
 enum class AggregateUse {
     Allowed,
     Refused,
@@ -38,60 +38,60 @@ enum class AggregateUse {
     RefusedInSet
 };
 
-/// What names mean within one SELECT, and around it.
+// What names mean within one SELECT, and around it.
 struct Scope {
     Scope* outer = nullptr;
     std::vector<Source> sources;
-    std::size_t target = 0;  ///< which of `sources` the statement writes, when it writes one
+    std::size_t target = 0;  // which of `sources` the statement writes, when it writes one
     AggregateUse aggregates = AggregateUse::Refused;
     bool insideAggregate = false;
-    bool windowsRefused = false;  ///< of HAVING, where aggregates may stand
-    bool insideWindow = false;    ///< of the arguments and the OVER of a windowed function
-    /// Set while what comes after grouping is bound: only `groups` and aggregates have a value
-    /// then.
+    bool windowsRefused = false;  // of HAVING, where aggregates may stand
+    bool insideWindow = false;    // of the arguments and the OVER of a windowed function
+    // Set while what comes after grouping is bound: only `groups` and aggregates have a value
+    // then.
     bool grouped = false;
-    std::vector<std::string> groups;  ///< the SQL of the GROUP BY expressions
-    /// Of several grouping sets: what each of `groups` is once rows are grouped, null in the sets
-    /// that leave it out; and whether it is left out, 1 or 0.
+    std::vector<std::string> groups;  // the SQL of the GROUP BY expressions
+    // Of several grouping sets: what each of `groups` is once rows are grouped, null in the sets
+    // that leave it out; and whether it is left out, 1 or 0.
     std::vector<std::string> groupTexts;
     std::vector<std::string> groupsLeftOut;
     const char* groupedClause = "select list";
-    /// Where column names may not stand at all (defaults of columns, rows of VALUES): error 128.
+    // Where column names may not stand at all (defaults of columns, rows of VALUES): error 128.
     bool columnsRefused = false;
-    /// Of TOP, OFFSET and FETCH, which are computed before there are rows: `outer` is the query
-    /// that they belong to.
+    // Of TOP, OFFSET and FETCH, which are computed before there are rows: `outer` is the query
+    // that they belong to.
     bool limitsRows = false;
-    /// Whether names were found here, or in a query around: what an aggregate function asks.
+    // Whether names were found here, or in a query around: what an aggregate function asks.
     mutable bool readsOwn = false;
     mutable bool readsOuter = false;
-    /// Where subqueries may not stand (defaults of columns): error 1046.
+    // Where subqueries may not stand (defaults of columns): error 1046.
     bool subqueriesRefused = false;
 };
 
-/// The column a name means, as its source spells it. Errors: 207, 209, 4104, 128, and 8120 for a
-/// column that grouping leaves undefined.
+// The column a name means, as its source spells it. Errors: 207, 209, 4104, 128, and 8120 for a
+// column that grouping leaves undefined.
 [[nodiscard]] const SourceColumn& resolveColumn(const tsql::ObjectName& name, const Scope& scope);
 
-/// The source that "x" in "x.*" means. Error 107 when there is none.
+// The source that "x" in "x.*" means. Error 107 when there is none.
 [[nodiscard]] const Source& resolveQualifier(const tsql::ObjectName& name, const Scope& scope);
 
-/// The table a name means: one part, or the owner dbo before it. Errors 208, and 1087 for a table
-/// variable, when there is none.
+// The table a name means: one part, or the owner dbo before it. Errors 208, and 1087 for a table
+// variable, when there is none.
 [[nodiscard]] const Table& requireTable(const tsql::ObjectName& name, const NameScope& names);
 
-/// The table, or null.
+// The table, or null.
 [[nodiscard]] const Table* findTable(const tsql::ObjectName& name, const NameScope& names);
 
-/// What a table is called that a name means: a table variable, inserted and deleted have a name in
-/// the script and another in the file.
+// What a table is called that a name means: a table variable, inserted and deleted have a name in
+// the script and another in the file.
 [[nodiscard]] const std::string& shownName(const Table& table, const tsql::ObjectName& name,
                                            const NameScope& names);
 
-/// Whether a name can mean an object of this database: no owner, dbo, or this database's own name
-/// before it.
+// Whether a name can mean an object of this database: no owner, dbo, or this database's own name
+// before it.
 [[nodiscard]] bool isOwn(const tsql::ObjectName& name);
 
-/// The table as SQLite is to read or write it: main."t" or temp."#t".
+// The table as SQLite is to read or write it: main."t" or temp."#t".
 [[nodiscard]] std::string tableSql(const std::string& name, bool temporary);
 
 }  // namespace kap::engine

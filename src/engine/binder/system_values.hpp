@@ -5,8 +5,8 @@
 
 #include "engine/binder/bound_expression.hpp"
 
-/// What a session tells of itself: @@error, SCOPE_IDENTITY(), OBJECT_ID('t')... Each becomes a call
-/// of kap_system(kind, arguments...), which the session answers.
+// What a session tells of itself: @@error, SCOPE_IDENTITY(), OBJECT_ID('t')... Each becomes a call
+// of kap_system(kind, arguments...), which the session answers.
 namespace kap::engine {
 
 // What SET CONTEXT_INFO keeps: shorter bytes are filled up with zeros.
@@ -81,11 +81,11 @@ enum class SystemValue {
     ColumnsUpdated,
 };
 
-/// @@name, asked of the session by that function. Error 137 for one that does not exist.
+// @@name, asked of the session by that function. Error 137 for one that does not exist.
 [[nodiscard]] BoundExpression systemVariable(std::string_view name, const char* function, int line);
 
-/// kap_system and kap_call as the definitions of computed columns call them: what they answer is
-/// asked again for each row, though SQLite takes it for steady.
+// kap_system and kap_call as the definitions of computed columns call them: what they answer is
+// asked again for each row, though SQLite takes it for steady.
 inline constexpr const char* kColumnSystemCall = "kap_column_system";
 inline constexpr const char* kColumnStoredCall = "kap_column_call";
 

@@ -7,21 +7,21 @@
 
 namespace kap::engine {
 
-/// A key of a table being created.
+// A key of a table being created.
 struct TableKey {
-    std::string name;  ///< given, or made from the table's name
+    std::string name;  // given, or made from the table's name
     bool primary = false;
     std::vector<std::string> columns;
 };
 
-/// A table being created: what SQLite's schema cannot tell (identities, names of keys) and what it
-/// can.
+// A table being created: what SQLite's schema cannot tell (identities, names of keys) and what it
+// can.
 struct TableDefinition {
     Table table;
     std::vector<TableKey> keys;
 };
 
-/// A table to drop.
+// A table to drop.
 struct DroppedTable {
     std::string name;
     bool temporary = false;

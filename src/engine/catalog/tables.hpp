@@ -13,7 +13,7 @@
 
 namespace kap::engine {
 
-/// The start and the step of an identity column.
+// The start and the step of an identity column.
 struct Identity {
     std::int64_t seed = 1;
     std::int64_t increment = 1;
@@ -21,51 +21,51 @@ struct Identity {
     friend bool operator==(const Identity&, const Identity&) = default;
 };
 
-/// A column of a stored table.
+// A column of a stored table.
 struct Column {
     std::string name;
     tsql::TypeSpec type;
     bool nullable = true;
     std::optional<Identity> identity;
-    /// The place in the primary key from 1; 0 when not part of it.
+    // The place in the primary key from 1; 0 when not part of it.
     int keyOrdinal = 0;
-    /// The default as a SQLite expression in storage form, as the schema holds it.
+    // The default as a SQLite expression in storage form, as the schema holds it.
     std::optional<std::string> defaultSql;
-    /// What that was written as; empty in a file of before.
+    // What that was written as; empty in a file of before.
     std::string source;
-    std::string defaultName;  ///< of its constraint; empty when it was not named
-    /// Computed from other columns of the row (`defaultSql` says how): it cannot be written.
+    std::string defaultName;  // of its constraint; empty when it was not named
+    // Computed from other columns of the row (`defaultSql` says how): it cannot be written.
     bool computed = false;
 
     [[nodiscard]] bool isRowVersion() const { return type.type == tsql::SqlType::Timestamp; }
 };
 
-/// A stored table.
+// A stored table.
 struct Table {
     std::string name;
-    bool temporary = false;  ///< lives in SQLite's "temp" schema; its name starts with #
+    bool temporary = false;  // lives in SQLite's "temp" schema; its name starts with #
     std::vector<Column> columns;
-    /// The events (TriggerEvents) for which the table has triggers.
+    // The events (TriggerEvents) for which the table has triggers.
     std::uint8_t triggerEvents = 0;
 
-    /// The column of that name (case ignored), or null.
+    // The column of that name (case ignored), or null.
     [[nodiscard]] const Column* find(std::string_view column) const;
 };
 
-/// A stored query that is read like a table.
+// A stored query that is read like a table.
 struct View {
     std::string name;
-    std::vector<std::string> columns;  ///< empty: as the query names them
+    std::vector<std::string> columns;  // empty: as the query names them
     std::shared_ptr<const tsql::Query> query;
-    bool checksRows = false;  ///< WITH CHECK OPTION: what is written through it must show in it
+    bool checksRows = false;  // WITH CHECK OPTION: what is written through it must show in it
 };
 
-/// A stored scalar function.
+// A stored scalar function.
 struct Function {
     struct Parameter {
         std::string name;
         tsql::TypeSpec type;
-        /// What DEFAULT stands for; null without a default.
+        // What DEFAULT stands for; null without a default.
         std::shared_ptr<const tsql::Expression> defaultValue;
     };
     std::string name;
@@ -73,7 +73,7 @@ struct Function {
     tsql::TypeSpec returns;
 };
 
-/// A foreign key, as far as it changes rows by itself.
+// A foreign key, as far as it changes rows by itself.
 struct Reference {
     std::string table;
     std::string parent;
@@ -81,7 +81,7 @@ struct Reference {
     tsql::ReferenceAction onUpdate = tsql::ReferenceAction::None;
 };
 
-/// The rows of a view that describes the database itself.
+// The rows of a view that describes the database itself.
 struct SystemRows {
     struct ColumnType {
         std::string name;
@@ -91,7 +91,7 @@ struct SystemRows {
     std::vector<std::vector<Value>> rows;
 };
 
-/// The tables that a statement can name. The translator asks; whoever keeps the schema answers.
+// The tables that a statement can name. The translator asks; whoever keeps the schema answers.
 class Catalogue {
 public:
     Catalogue() = default;
@@ -99,38 +99,38 @@ public:
     Catalogue& operator=(const Catalogue&) = delete;
     virtual ~Catalogue() = default;
 
-    /// The table of that name (case ignored, without owner), or null. The answer stays valid until
-    /// the schema changes.
+    // The table of that name (case ignored, without owner), or null. The answer stays valid until
+    // the schema changes.
     [[nodiscard]] virtual const Table* find(std::string_view name) const = 0;
-    /// The same for views and functions.
+    // The same for views and functions.
     [[nodiscard]] virtual const View* findView(std::string_view /*name*/) const { return nullptr; }
     [[nodiscard]] virtual const Function* findFunction(std::string_view /*name*/) const {
         return nullptr;
     }
-    /// The columns of each key of a table that foreign keys can refer to.
+    // The columns of each key of a table that foreign keys can refer to.
     [[nodiscard]] virtual std::vector<std::vector<std::string>> candidateKeys(
         const Table& table) const;
-    /// The foreign keys of the file's tables.
+    // The foreign keys of the file's tables.
     [[nodiscard]] virtual std::vector<Reference> references() const { return {}; }
-    /// The name of a foreign key from or to a table of the file.
+    // The name of a foreign key from or to a table of the file.
     [[nodiscard]] virtual std::optional<std::string> referenceAt(const Table& /*table*/) const {
         return std::nullopt;
     }
-    /// The name of a check of a table of the file that is switched on.
+    // The name of a check of a table of the file that is switched on.
     [[nodiscard]] virtual std::optional<std::string> checkOf(const Table& /*table*/) const {
         return std::nullopt;
     }
-    /// The rows of sysobjects, INFORMATION_SCHEMA.TABLES...; absent when there is no such view.
+    // The rows of sysobjects, INFORMATION_SCHEMA.TABLES...; absent when there is no such view.
     [[nodiscard]] virtual std::optional<SystemRows> systemRows(
         const tsql::ObjectName& /*name*/) const {
         return std::nullopt;
     }
 };
 
-/// Whether two names of the database are the same: letter case is ignored in every language.
+// Whether two names of the database are the same: letter case is ignored in every language.
 [[nodiscard]] bool sameName(std::string_view left, std::string_view right);
 
-/// Whether the name belongs to a table that the file needs for itself; no object can have it.
+// Whether the name belongs to a table that the file needs for itself; no object can have it.
 [[nodiscard]] bool isKeptByTheFile(std::string_view name);
 
 }  // namespace kap::engine

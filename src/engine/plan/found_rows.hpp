@@ -8,41 +8,41 @@
 #include "engine/plan/capture.hpp"
 #include "engine/plan/translation.hpp"
 
-/// Statements that find all rows before they write any: MERGE, and UPDATE and DELETE whose OUTPUT
-/// reads other tables than the written one.
+// Statements that find all rows before they write any: MERGE, and UPDATE and DELETE whose OUTPUT
+// reads other tables than the written one.
 namespace kap::engine {
 
-/// The two temporary tables of such a statement: the rows that it finds, with the new values of its
-/// target and what OUTPUT wants of its sources, and those that it has written.
+// The two temporary tables of such a statement: the rows that it finds, with the new values of its
+// target and what OUTPUT wants of its sources, and those that it has written.
 class FoundRows {
 public:
     explicit FoundRows(const Table& target);
 
     [[nodiscard]] const std::string& found() const { return found_; }
 
-    /// Makes the tables and removes them. Each found row has so many new values, and so many
-    /// columns of sources; written rows are kept where triggers or OUTPUT want them.
+    // Makes the tables and removes them. Each found row has so many new values, and so many
+    // columns of sources; written rows are kept where triggers or OUTPUT want them.
     void makeTables(MergePlan& plan, std::size_t values, std::size_t sourceColumns,
                     bool kept) const;
-    /// "INSERT INTO found (...) SELECT number, action, values, source columns": without FROM.
+    // "INSERT INTO found (...) SELECT number, action, values, source columns": without FROM.
     [[nodiscard]] std::string findText(const std::string& rowNumber, std::size_t action,
                                        const std::vector<std::string>& values,
                                        const std::vector<std::string>& sourceColumns) const;
-    /// Sets aside what a step has written, each row with the found row that it comes from.
+    // Sets aside what a step has written, each row with the found row that it comes from.
     [[nodiscard]] std::string keepText(std::uint8_t event, const std::string& chosen) const;
-    /// Puts the written rows of one action back where triggers look for them.
+    // Puts the written rows of one action back where triggers look for them.
     void refill(MergePlan& plan) const;
 
-    /// The texts that write what was found for an action: `chosen` tells its rows.
+    // The texts that write what was found for an action: `chosen` tells its rows.
     [[nodiscard]] std::string deleteText(const std::string& chosen) const;
     [[nodiscard]] std::string updateText(const std::vector<const Column*>& columns,
                                          const std::string& chosen) const;
 
-    /// What OUTPUT reads: the written rows before or after, and the columns of a source, which are
-    /// those from `first` on among the found ones.
+    // What OUTPUT reads: the written rows before or after, and the columns of a source, which are
+    // those from `first` on among the found ones.
     [[nodiscard]] Source written(RowState state) const;
     [[nodiscard]] static Source foundSource(Source source, std::size_t first);
-    /// The rows of OUTPUT, in the order in which they were found.
+    // The rows of OUTPUT, in the order in which they were found.
     [[nodiscard]] std::string outputFrom() const;
 
 private:
@@ -51,9 +51,9 @@ private:
     std::string done_;
 };
 
-/// "\"c1\"", "\"s2\"": a numbered column of found rows, from 0.
+// "\"c1\"", "\"s2\"": a numbered column of found rows, from 0.
 [[nodiscard]] std::string foundColumn(const char* prefix, std::size_t index);
-/// "\"action\" = 2": the rows that were found for an action.
+// "\"action\" = 2": the rows that were found for an action.
 [[nodiscard]] std::string chosenBy(std::size_t action);
 
 }  // namespace kap::engine

@@ -7,7 +7,7 @@
 #include "engine/binder/row_numbers.hpp"
 #include "engine/plan/translation.hpp"
 
-/// The statements behind translate(), each in its own file.
+// The statements behind translate(), each in its own file.
 namespace kap::engine {
 
 [[nodiscard]] Translation translateSelect(const tsql::SelectStatement& statement,
@@ -29,86 +29,86 @@ namespace kap::engine {
 [[nodiscard]] Translation translateDrop(const tsql::DropStatement& statement, int line,
                                         const NameScope& names);
 
-/// SELECT ... INTO: makes the table that the columns describe and fills it.
+// SELECT ... INTO: makes the table that the columns describe and fills it.
 [[nodiscard]] Translation translateSelectInto(const tsql::Query& query,
                                               const tsql::ObjectName& table,
                                               const NameScope& names);
 
-/// A column of a result, as its query made it.
+// A column of a result, as its query made it.
 [[nodiscard]] ResultColumn resultColumn(const OutputColumn& output);
 
-/// Calls that give a row its next values; the session provides the functions.
+// Calls that give a row its next values; the session provides the functions.
 [[nodiscard]] std::string rowVersionCall();
 [[nodiscard]] std::string identityCall(const std::string& table);
-/// A value for an identity column that the statement itself gives.
+// A value for an identity column that the statement itself gives.
 [[nodiscard]] std::string givenIdentity(const Table& table, const std::string& value);
 
-/// A column with the text of the value that an UPDATE gives it.
+// A column with the text of the value that an UPDATE gives it.
 struct BoundAssignment {
     const Column* column;
     std::string value;
 };
 
-/// The assignments of an UPDATE of the target of `scope`. Errors of columns that cannot be
-/// assigned.
+// The assignments of an UPDATE of the target of `scope`. Errors of columns that cannot be
+// assigned.
 [[nodiscard]] std::vector<BoundAssignment> bindAssignments(const tsql::UpdateStatement& statement,
                                                            const Table& table, Binder& binder,
                                                            Scope& scope);
-/// ", column = next version" for a table with row versions, else empty.
+// ", column = next version" for a table with row versions, else empty.
 [[nodiscard]] std::string rowVersionAssignment(const Table& table);
 
-/// The columns that an INSERT names, or all that it may give values when it names none.
+// The columns that an INSERT names, or all that it may give values when it names none.
 [[nodiscard]] std::vector<const Column*> insertedColumns(const tsql::InsertStatement& statement,
                                                          const Table& table, const Binder& binder,
                                                          int line);
-/// Errors 271 and 544 for columns that the table fills itself.
+// Errors 271 and 544 for columns that the table fills itself.
 void checkAssignable(const std::vector<const Column*>& columns, const Table& table,
                      bool identityGiven, int line);
-/// Errors 109, 110 and 213 when there are not as many values as columns.
+// Errors 109, 110 and 213 when there are not as many values as columns.
 void checkCount(std::size_t given, std::size_t wanted, bool listed, int line);
-/// Error 273 for a value that is given for a row version.
+// Error 273 for a value that is given for a row version.
 [[noreturn]] void explicitRowVersion(int line);
 
-/// Tells a statement what it is to be run with.
+// Tells a statement what it is to be run with.
 void finish(Translation& translation, const Binder& binder);
-/// Lets what is written through a view be checked where the view wants it.
+// Lets what is written through a view be checked where the view wants it.
 void addChecks(Translation& translation, const Binder& binder);
-/// Whether WHERE names the row of a cursor.
+// Whether WHERE names the row of a cursor.
 [[nodiscard]] bool isPositioned(const tsql::ExpressionPtr& where);
 
-/// The rows that UPDATE or DELETE with FROM or TOP works on.
+// The rows that UPDATE or DELETE with FROM or TOP works on.
 struct TargetRows {
     const Table* table = nullptr;
-    std::string rowNumber;  ///< the number of the target's row, as FROM brings it
-    std::string tail;       ///< " FROM ... WHERE ..."
-    std::string limit;      ///< " LIMIT n" or empty
+    std::string rowNumber;  // the number of the target's row, as FROM brings it
+    std::string tail;       // " FROM ... WHERE ..."
+    std::string limit;      // " LIMIT n" or empty
 };
 
-/// The name of the table, view or common table that the target of UPDATE or DELETE means: that of
-/// the source whose alias it is, or its own.
+// The name of the table, view or common table that the target of UPDATE or DELETE means: that of
+// the source whose alias it is, or its own.
 [[nodiscard]] const tsql::ObjectName& targetName(const tsql::ObjectName& target,
                                                  const std::vector<tsql::TableSourcePtr>& from);
 
-/// Binds FROM and WHERE of such a statement into `scope`. The target is a table, an alias of FROM,
-/// or a common table over one table; it is added to FROM when it does not stand there. Error 208
-/// when there is no such table.
+// Binds FROM and WHERE of such a statement into `scope`. The target is a table, an alias of FROM,
+// or a common table over one table; it is added to FROM when it does not stand there. Error 208
+// when there is no such table.
 [[nodiscard]] TargetRows bindTarget(Binder& binder, const tsql::ObjectName& target,
                                     const std::vector<tsql::TableSourcePtr>& from,
                                     const tsql::ExpressionPtr& where,
                                     const std::optional<tsql::TopClause>& top, Scope& scope);
 
-/// An UPDATE or DELETE of bound rows, for outputOfSources().
+// An UPDATE or DELETE of bound rows, for outputOfSources().
 struct WriteFrom {
     const TargetRows& rows;
     const Scope& scope;
     tsql::TriggerEvents event;
     const std::optional<tsql::OutputClause>& output;
-    const std::vector<BoundAssignment>& assignments;  ///< empty for DELETE
+    const std::vector<BoundAssignment>& assignments;  // empty for DELETE
     const std::string& with;
 };
 
-/// Lets OUTPUT read columns of the other sources of FROM, as a plan that finds the rows before it
-/// writes them. False, with nothing done, when it reads none.
+// Lets OUTPUT read columns of the other sources of FROM, as a plan that finds the rows before it
+// writes them. False, with nothing done, when it reads none.
 [[nodiscard]] bool outputOfSources(const WriteFrom& write, Binder& binder, Translation& result);
 
 }  // namespace kap::engine

@@ -9,32 +9,32 @@
 
 namespace kap::engine {
 
-/// Puts a table together, column by column and constraint by constraint, and checks that they go
-/// with each other. It begins with no columns, or with those of a table that is being altered.
+// Puts a table together, column by column and constraint by constraint, and checks that they go
+// with each other. It begins with no columns, or with those of a table that is being altered.
 class TableBuilder {
 public:
-    /// A new table. Errors 2760 and 2714 when the name cannot be given.
+    // A new table. Errors 2760 and 2714 when the name cannot be given.
     TableBuilder(const NameScope& names, const tsql::ObjectName& name, int line);
-    /// More columns and constraints for a table that is there.
+    // More columns and constraints for a table that is there.
     TableBuilder(const NameScope& names, const Table& table);
-    /// A table of the script's own, under the name of the temporary table that holds its rows.
+    // A table of the script's own, under the name of the temporary table that holds its rows.
     TableBuilder(const NameScope& names, const std::string& temporaryName);
 
-    /// A name that is taken by a constraint of the table.
+    // A name that is taken by a constraint of the table.
     void reserveName(const std::string& name) { takenNames_.push_back(name); }
 
-    /// Columns first, then what names them.
+    // Columns first, then what names them.
     void add(const tsql::TableElements& elements);
     void add(Column column, int line);
 
     [[nodiscard]] const Table& table() const { return definition_.table; }
     [[nodiscard]] const std::vector<TableKey>& keys() const { return definition_.keys; }
-    /// CONSTRAINT ... CHECK and CONSTRAINT ... FOREIGN KEY, as the table's text holds them.
+    // CONSTRAINT ... CHECK and CONSTRAINT ... FOREIGN KEY, as the table's text holds them.
     [[nodiscard]] const std::vector<std::string>& constraints() const { return constraints_; }
 
-    /// A column as the table's text holds it.
+    // A column as the table's text holds it.
     [[nodiscard]] std::string columnSql(const Column& column) const;
-    /// The statements that make the table.
+    // The statements that make the table.
     [[nodiscard]] Translation translation();
 
 private:
@@ -65,19 +65,19 @@ private:
     std::vector<Reference> newReferences_;
 };
 
-/// Names as SQLite's list of them.
+// Names as SQLite's list of them.
 [[nodiscard]] std::string nameList(const std::vector<std::string>& names);
 
-/// The name that an index has in the file: on the server a name belongs to its table.
+// The name that an index has in the file: on the server a name belongs to its table.
 [[nodiscard]] std::string indexName(const Table& table, const std::string& name);
 
-/// Whether a computed column has the same value as long as its row does not change. Error 2729 for
-/// one that has not, in a key or an index.
+// Whether a computed column has the same value as long as its row does not change. Error 2729 for
+// one that has not, in a key or an index.
 [[nodiscard]] bool isSteady(const Column& column);
 [[noreturn]] void notSteady(const Column& column, const Table& table, int line);
 
-/// A unique index beside one over columns that may be null: SQLite takes any number of nulls, the
-/// server only one. Empty when no column may be null.
+// A unique index beside one over columns that may be null: SQLite takes any number of nulls, the
+// server only one. Empty when no column may be null.
 [[nodiscard]] std::string nullsIndex(const Table& table, const std::string& name,
                                      const std::vector<std::string>& columns);
 

@@ -14,15 +14,15 @@ namespace kap::engine {
 
 enum class StatementKind {
     Select,
-    Assign,  ///< the values of its rows go into variables
+    Assign,  // the values of its rows go into variables
     Insert,
     Update,
     Delete,
     Merge,
-    Define,  ///< changes the schema
+    Define,  // changes the schema
 };
 
-/// INSERT, UPDATE, DELETE or MERGE; empty for what writes no rows.
+// INSERT, UPDATE, DELETE or MERGE; empty for what writes no rows.
 [[nodiscard]] inline const char* verbOf(StatementKind kind) {
     switch (kind) {
         case StatementKind::Insert:
@@ -38,86 +38,86 @@ enum class StatementKind {
     }
 }
 
-/// What a result says about one of its columns.
+// What a result says about one of its columns.
 struct ResultColumn {
-    std::string name;  ///< empty for an expression without alias
+    std::string name;  // empty for an expression without alias
     tsql::TypeSpec type;
     bool nullable = true;
-    std::string baseTable;   ///< empty for an expression
-    std::string baseColumn;  ///< empty for an expression
-    bool key = false;        ///< part of the base table's primary key
+    std::string baseTable;   // empty for an expression
+    std::string baseColumn;  // empty for an expression
+    bool key = false;        // part of the base table's primary key
     bool identity = false;
     bool rowVersion = false;
 };
 
-/// What a write does beside writing: its rows are caught for triggers and for OUTPUT.
+// What a write does beside writing: its rows are caught for triggers and for OUTPUT.
 struct Capture {
     bool forTriggers = false;
-    std::uint8_t event = 0;             ///< a TriggerEvents
-    std::string outputSql;              ///< reads the rows of OUTPUT; empty: none
-    bool outputInto = false;            ///< `outputSql` writes them into a table
-    std::vector<ResultColumn> columns;  ///< of OUTPUT without INTO
-    /// Each answers a row when something written does not show in a view that wants it to.
+    std::uint8_t event = 0;             // a TriggerEvents
+    std::string outputSql;              // reads the rows of OUTPUT; empty: none
+    bool outputInto = false;            // `outputSql` writes them into a table
+    std::vector<ResultColumn> columns;  // of OUTPUT without INTO
+    // Each answers a row when something written does not show in a view that wants it to.
     std::vector<std::string> checks;
 };
 
-/// One action of a MERGE on the rows that were found for it.
+// One action of a MERGE on the rows that were found for it.
 struct MergeStep {
-    std::uint8_t event = 0;            ///< a TriggerEvents
-    std::string sql;                   ///< writes them
-    std::string keep;                  ///< sets what was caught of them aside
-    std::vector<std::string> columns;  ///< that an UPDATE assigns
+    std::uint8_t event = 0;            // a TriggerEvents
+    std::string sql;                   // writes them
+    std::string keep;                  // sets what was caught of them aside
+    std::vector<std::string> columns;  // that an UPDATE assigns
 };
 
-/// A MERGE, or an UPDATE or DELETE whose OUTPUT reads other tables: every row and its new values
-/// are found first, so that no action sees what another one has written.
+// A MERGE, or an UPDATE or DELETE whose OUTPUT reads other tables: every row and its new values
+// are found first, so that no action sees what another one has written.
 struct MergePlan {
-    std::vector<std::string> make;    ///< the tables of found and of written rows
-    std::vector<std::string> find;    ///< the rows of each action
-    std::string repeated;             ///< answers a row when a row of the target was found twice;
-                                      ///< empty where that is no error
-    std::string limit;                ///< of TOP: leaves so many of the found rows; empty without
-    std::vector<MergeStep> steps;     ///< deletes, then updates, then inserts
-    std::vector<std::string> refill;  ///< the caught rows of one event: ?1 is the action's name
-    std::vector<std::string> remove;  ///< the tables
+    std::vector<std::string> make;    // the tables of found and of written rows
+    std::vector<std::string> find;    // the rows of each action
+    std::string repeated;             // answers a row when a row of the target was found twice;
+                                      //< empty where that is no error
+    std::string limit;                // of TOP: leaves so many of the found rows; empty without
+    std::vector<MergeStep> steps;     // deletes, then updates, then inserts
+    std::vector<std::string> refill;  // the caught rows of one event: ?1 is the action's name
+    std::vector<std::string> remove;  // the tables
 };
 
-/// An index to drop.
+// An index to drop.
 struct DroppedIndex {
-    std::string name;   ///< in the file
-    std::string shown;  ///< as the statement names it
+    std::string name;   // in the file
+    std::string shown;  // as the statement names it
     bool temporary = false;
 };
 
-/// One statement of the dialect, ready for SQLite.
-///
-/// `sql` is run in order, in one transaction; all but the last return no rows. It calls the
-/// functions that registerFunctions() provides and, in writes, kap_rowversion() and
-/// kap_identity('table'), which the session provides. Values are in storage form: see value.hpp.
+// One statement of the dialect, ready for SQLite.
+//
+// `sql` is run in order, in one transaction; all but the last return no rows. It calls the
+// functions that registerFunctions() provides and, in writes, kap_rowversion() and
+// kap_identity('table'), which the session provides. Values are in storage form: see value.hpp.
 struct Translation {
     StatementKind kind = StatementKind::Select;
     std::vector<std::string> sql;
-    std::vector<ResultColumn> columns;  ///< of a Select
+    std::vector<ResultColumn> columns;  // of a Select
     bool writes = false;
-    std::string table;       ///< the table written, in the catalogue's spelling
-    bool temporary = false;  ///< the table written lives in SQLite's "temp" schema
+    std::string table;       // the table written, in the catalogue's spelling
+    bool temporary = false;  // the table written lives in SQLite's "temp" schema
     std::optional<TableDefinition> created;
     std::vector<DroppedTable> dropped;
     std::vector<DroppedIndex> dropsIndexes;
-    bool fills = false;            ///< `created` is filled by the last of `sql`
-    bool optional = false;         ///< IF EXISTS: what is dropped may be missing
-    std::vector<int> variables;    ///< the slots of the variables that `sql` is bound to as ?slot+1
-    std::vector<Value> constants;  ///< bound to `sql` behind all variables
-    int firstConstant = 0;         ///< the slot of the first of them
-    std::vector<int> assigned;     ///< of an Assign: the slot that each column goes to
+    bool fills = false;            // `created` is filled by the last of `sql`
+    bool optional = false;         // IF EXISTS: what is dropped may be missing
+    std::vector<int> variables;    // the slots of the variables that `sql` is bound to as ?slot+1
+    std::vector<Value> constants;  // bound to `sql` behind all variables
+    int firstConstant = 0;         // the slot of the first of them
+    std::vector<int> assigned;     // of an Assign: the slot that each column goes to
     std::optional<Capture> capture;
     std::shared_ptr<const MergePlan> merge;
-    /// Of a cursor: the tables whose row numbers are the last of `columns`.
+    // Of a cursor: the tables whose row numbers are the last of `columns`.
     std::vector<std::string> rowTables;
-    bool positioned = false;        ///< WHERE CURRENT OF: it must find its row
-    std::optional<Value> constant;  ///< of an Assign of one column: its value, known already
-    bool readsSchema = false;       ///< the text holds what the schema was when it was made
-    int line = 1;                   ///< of the statement, within the script
+    bool positioned = false;        // WHERE CURRENT OF: it must find its row
+    std::optional<Value> constant;  // of an Assign of one column: its value, known already
+    bool readsSchema = false;       // the text holds what the schema was when it was made
+    int line = 1;                   // of the statement, within the script
 };
 
 }  // namespace kap::engine

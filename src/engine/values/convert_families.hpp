@@ -5,23 +5,23 @@
 #include "engine/values/convert.hpp"
 #include "engine/values/exact.hpp"
 
-/// The conversions of one family of types into another, which convert() chooses from.
+// The conversions of one family of types into another, which convert() chooses from.
 namespace kap::engine {
 
-/// A wide whole number of the given scale, brought to an exact type.
+// A wide whole number of the given scale, brought to an exact type.
 [[nodiscard]] std::int64_t fitWide(Wide value, int scale, const tsql::TypeSpec& to,
                                    Rounding rounding, const std::string& from);
 
-/// Error 8115.
+// Error 8115.
 [[noreturn]] void overflow(const std::string& from, const std::string& to);
 
-/// The name of a type in messages: "numeric" stands for decimal too.
+// The name of a type in messages: "numeric" stands for decimal too.
 [[nodiscard]] std::string messageName(const tsql::TypeSpec& type);
 
-/// A double rounded as float or real; error 8115 or 232 when it is beyond real.
+// A double rounded as float or real; error 8115 or 232 when it is beyond real.
 [[nodiscard]] double fitApproximate(double value, const tsql::TypeSpec& to);
 
-/// A stored instant given another date type; error 242 beyond its range.
+// A stored instant given another date type; error 242 beyond its range.
 [[nodiscard]] double fitDate(double stored, const tsql::TypeSpec& from, const tsql::TypeSpec& to);
 
 // From a text.

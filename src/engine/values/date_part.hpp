@@ -6,7 +6,7 @@
 
 namespace kap::engine {
 
-/// The parts that DATEPART, DATENAME, DATEADD and DATEDIFF name.
+// The parts that DATEPART, DATENAME, DATEADD and DATEDIFF name.
 enum class DatePart {
     Year,
     Quarter,
@@ -21,23 +21,23 @@ enum class DatePart {
     Millisecond,
     Microsecond,
     Nanosecond,
-    TimeZone,  ///< which no type here has
+    TimeZone,  // which no type here has
     IsoWeek
 };
 
-/// A part by one of its names ("year", "yy", "yyyy"...), case ignored; nullopt for anything else.
+// A part by one of its names ("year", "yy", "yyyy"...), case ignored; nullopt for anything else.
 [[nodiscard]] std::optional<DatePart> datePartNamed(std::string_view name);
 
-/// The value of a part: weeks are counted from 1 January and start on Sunday, Sunday is day 1 of
-/// the week. The weeks of IsoWeek begin on Monday, and the first has the year's first Thursday.
+// The value of a part: weeks are counted from 1 January and start on Sunday, Sunday is day 1 of
+// the week. The weeks of IsoWeek begin on Monday, and the first has the year's first Thursday.
 [[nodiscard]] int partOf(DatePart part, double stored);
 
-/// The instant so many parts later; the day of the month is kept or becomes the last. nullopt
-/// beyond year 9999, and for parts that no date can be moved by: those below the millisecond, the
-/// zone and the week of the ISO year.
+// The instant so many parts later; the day of the month is kept or becomes the last. nullopt
+// beyond year 9999, and for parts that no date can be moved by: those below the millisecond, the
+// zone and the week of the ISO year.
 [[nodiscard]] std::optional<double> movedBy(DatePart part, std::int64_t count, double stored);
 
-/// How many boundaries of the part lie between two instants: 31 December to 1 January is one year.
+// How many boundaries of the part lie between two instants: 31 December to 1 January is one year.
 [[nodiscard]] std::int64_t boundariesBetween(DatePart part, double from, double to);
 
 }  // namespace kap::engine

@@ -7,7 +7,7 @@
 
 #include "base/wide_integer.hpp"
 
-/// Arithmetic on whole numbers that stand for decimals, with intermediate results of 128 bits.
+// Arithmetic on whole numbers that stand for decimals, with intermediate results of 128 bits.
 namespace kap::engine {
 
 #ifdef __SIZEOF_INT128__
@@ -16,25 +16,25 @@ __extension__ using Wide = __int128;
 using Wide = WideInteger;
 #endif
 
-/// Powers above are not representable in a Wide.
+// Powers above are not representable in a Wide.
 inline constexpr int kMaxPower = 38;
 
-/// 10^exponent, exponent from 0 to kMaxPower.
+// 10^exponent, exponent from 0 to kMaxPower.
 [[nodiscard]] Wide powerOfTen(int exponent);
 
 enum class Rounding { HalfAway, Truncate };
 
-/// numerator / denominator, which is not 0.
+// numerator / denominator, which is not 0.
 [[nodiscard]] Wide divide(Wide numerator, Wide denominator, Rounding rounding);
 
-/// The value with `to` digits behind the point instead of `from`; nullopt when it does not fit in
-/// 128 bits.
+// The value with `to` digits behind the point instead of `from`; nullopt when it does not fit in
+// 128 bits.
 [[nodiscard]] std::optional<Wide> rescale(Wide value, int from, int to, Rounding rounding);
 
-/// left * right; nullopt when it does not fit in 128 bits.
+// left * right; nullopt when it does not fit in 128 bits.
 [[nodiscard]] std::optional<Wide> multiply(Wide left, Wide right);
 
-/// The value as 64 bits, if it fits.
+// The value as 64 bits, if it fits.
 [[nodiscard]] std::optional<std::int64_t> narrow(Wide value);
 
 struct ScaledNumber {
@@ -42,14 +42,14 @@ struct ScaledNumber {
     int scale = 0;
 };
 
-/// Reads "[+-]digits[.digits]"; nullopt for anything else and for more digits than a Wide holds.
-/// Blanks are not expected.
+// Reads "[+-]digits[.digits]"; nullopt for anything else and for more digits than a Wide holds.
+// Blanks are not expected.
 [[nodiscard]] std::optional<ScaledNumber> parseScaled(std::string_view text);
 
-/// "-12.50" for -1250 with scale 2.
+// "-12.50" for -1250 with scale 2.
 [[nodiscard]] std::string scaledText(std::int64_t value, int scale);
 
-/// The nearest double of value / 10^scale.
+// The nearest double of value / 10^scale.
 [[nodiscard]] double scaledToDouble(std::int64_t value, int scale);
 
 }  // namespace kap::engine

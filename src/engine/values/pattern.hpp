@@ -5,11 +5,11 @@
 
 namespace kap::engine {
 
-/// Whether a text matches a pattern of LIKE, ignoring case.
-///
-/// `%` stands for any text, `_` for one code unit, `[a-z]` for one of a set, `[^a-z]` for one
-/// outside it. `escape`, one unit or 0, makes the unit after it stand for itself. Both are given
-/// folded (foldedUnits()). Blanks at the end of the text need no counterpart in the pattern.
+// Whether a text matches a pattern of LIKE, ignoring case.
+//
+// `%` stands for any text, `_` for one code unit, `[a-z]` for one of a set, `[^a-z]` for one
+// outside it. `escape`, one unit or 0, makes the unit after it stand for itself. Both are given
+// folded (foldedUnits()). Blanks at the end of the text need no counterpart in the pattern.
 [[nodiscard]] bool matchesPattern(std::u16string_view text, std::u16string_view pattern,
                                   char16_t escape = 0);
 

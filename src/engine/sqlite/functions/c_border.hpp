@@ -12,8 +12,8 @@
 // What stands between SQLite, which is C and carries no exception, and functions of ours.
 namespace kap::engine {
 
-/// The bytes of a text or number as text; empty for NULL. Raises std::bad_alloc when SQLite has no
-/// memory to make a text of it, which it tells by the same null pointer.
+// The bytes of a text or number as text; empty for NULL. Raises std::bad_alloc when SQLite has no
+// memory to make a text of it, which it tells by the same null pointer.
 [[nodiscard]] inline std::string_view textBytes(sqlite3_value* value) {
     const auto* text = reinterpret_cast<const char*>(sqlite3_value_text(value));
     if (text == nullptr) {
@@ -24,15 +24,15 @@ namespace kap::engine {
     return {text, static_cast<std::size_t>(sqlite3_value_bytes(value))};
 }
 
-/// The bytes of a binary value, for which SQLite answers a null pointer when there are none.
+// The bytes of a binary value, for which SQLite answers a null pointer when there are none.
 [[nodiscard]] inline std::string_view blobBytes(sqlite3_value* value) {
     const auto* bytes = static_cast<const char*>(sqlite3_value_blob(value));
     if (bytes == nullptr) return {};
     return {bytes, static_cast<std::size_t>(sqlite3_value_bytes(value))};
 }
 
-/// Does the work of a function that SQLite calls; what it raises becomes the call's error. The
-/// server's own goes through the slot.
+// Does the work of a function that SQLite calls; what it raises becomes the call's error. The
+// server's own goes through the slot.
 template <class Work>
 void atCBorder(sqlite3_context* context, ErrorSlot& slot, Work work) noexcept {
     try {

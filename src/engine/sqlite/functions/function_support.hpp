@@ -10,7 +10,7 @@
 
 namespace kap::engine {
 
-/// The arguments of one call of a SQL function.
+// The arguments of one call of a SQL function.
 class Arguments {
 public:
     Arguments(int count, sqlite3_value** values) : count_(count), values_(values) {}
@@ -20,18 +20,18 @@ public:
         return sqlite3_value_type(values_[index]) == SQLITE_NULL;
     }
     [[nodiscard]] bool anyNull() const;
-    /// SQLite's own kind of the value: SQLITE_INTEGER, SQLITE_NULL...
+    // SQLite's own kind of the value: SQLITE_INTEGER, SQLITE_NULL...
     [[nodiscard]] int kind(int index) const { return sqlite3_value_type(values_[index]); }
     [[nodiscard]] std::int64_t integer(int index) const {
         return sqlite3_value_int64(values_[index]);
     }
     [[nodiscard]] int small(int index) const { return sqlite3_value_int(values_[index]); }
     [[nodiscard]] double real(int index) const { return sqlite3_value_double(values_[index]); }
-    /// Valid until the call ends.
+    // Valid until the call ends.
     [[nodiscard]] std::string_view text(int index) const;
     [[nodiscard]] Blob blob(int index) const;
     [[nodiscard]] tsql::TypeSpec type(int index) const { return unpackType(integer(index)); }
-    /// The argument in the storage form of a type.
+    // The argument in the storage form of a type.
     [[nodiscard]] Value value(int index, const tsql::TypeSpec& type) const;
 
 private:
@@ -40,29 +40,29 @@ private:
 };
 
 enum class OnNull {
-    GiveNull,  ///< any NULL argument makes the result NULL, without a call
+    GiveNull,  // any NULL argument makes the result NULL, without a call
     Call,
 };
 
 enum class Stability {
-    Same,  ///< equal arguments give equal results within a statement: SQLite may compute once
+    Same,  // equal arguments give equal results within a statement: SQLite may compute once
     PerCall,
 };
 
 using FunctionBody = Value (*)(const Arguments&);
 
-/// Registers functions with one connection.
-///
-/// A body that throws tsql::ServerError fails the statement; the error goes to the slot.
+// Registers functions with one connection.
+//
+// A body that throws tsql::ServerError fails the statement; the error goes to the slot.
 class Registrar {
 public:
     Registrar(sqlite3* connection, ErrorSlot& slot) : connection_(connection), slot_(slot) {}
 
-    /// `argumentCount` -1 takes any number.
+    // `argumentCount` -1 takes any number.
     void scalar(const char* name, int argumentCount, FunctionBody body,
                 OnNull onNull = OnNull::GiveNull, Stability stability = Stability::Same);
 
-    /// A function of SQLite's own values, whatever their types; it cannot fail.
+    // A function of SQLite's own values, whatever their types; it cannot fail.
     void raw(const char* name, int argumentCount,
              void (*body)(sqlite3_context*, int, sqlite3_value**));
 
@@ -74,7 +74,7 @@ private:
     ErrorSlot& slot_;
 };
 
-/// Gives a value back to SQLite.
+// Gives a value back to SQLite.
 void setResult(sqlite3_context* context, const Value& value);
 
 void registerConversionFunctions(Registrar& registrar);
