@@ -108,10 +108,10 @@ TEST(SqlCommand, TellsWhatFailsBehindTheFirstRows) {
     EXPECT_EQ(csv.exitCode, 1);
     EXPECT_TRUE(csv.out.starts_with("N,D\r\n1,0\r\n"));
     EXPECT_TRUE(contains(csv.err, "8134")) << csv.err;
-    const Outcome json = sqlOn(file, query, {"--json"});
-    EXPECT_EQ(json.exitCode, 1);
-    EXPECT_EQ(jsonLinesOf(json.out).front()["complete"], false);
-    EXPECT_GT(jsonLinesOf(json.out).front()["rows"].size(), 100U);
+    const Outcome broken = sqlOn(file, query, {"--json"});
+    EXPECT_EQ(broken.exitCode, 1);
+    EXPECT_EQ(jsonLinesOf(broken.out).front()["complete"], false);
+    EXPECT_GT(jsonLinesOf(broken.out).front()["rows"].size(), 100U);
 }
 
 TEST(SqlCommand, PrintsMessagesAsJson) {
