@@ -1,6 +1,7 @@
 #include <kaputil/ado/command.hpp>
 
 #include <chrono>
+#include <memory>
 #include <utility>
 
 #include <kaputil/ado/recordset.hpp>
@@ -148,15 +149,16 @@ Ref<Recordset> Command::Execute(ByRef<Variant> recordsAffected, const Variant& p
     Execution execution{text_, CursorTypeEnum::adOpenForwardOnly, LockTypeEnum::adLockReadOnly,
                         options, Ref<Command>(this)};
     executing(connection_, execution, [&] {
-        Request request = this->request(parameters, execution.source(), execution.options);
+        const auto request = std::make_shared<Request>(
+            this->request(parameters, execution.source(), execution.options));
         const bool noRecords = wantsNoRecords(execution.options) || !connection_;
         auto records = noRecords ? make<Recordset>() : recordsetFor(connection_);
-        request.streaming = streamingFor(!noRecords && records->isReadOnce());
+        request->streaming = streamingFor(!noRecords && records->isReadOnce());
         Reply reply;
-        send(request, reply);
+        send(*request, reply);
         execution.rowsAffected = rowsWritten(reply.results);
         if (!noRecords) {
-            answer(*records, std::move(request), std::move(reply.results));
+            answer(*records, request, std::move(reply.results));
         }
         execution.recordset = std::move(records);
     });
@@ -172,11 +174,12 @@ void Command::Cancel() const {
 
 std::vector<Result> Command::run(const Execution& execution, bool readOnce,
                                  std::shared_ptr<const Request>& sent) {
-    Request request = this->request(Variant::missing(), execution.source(), execution.options);
-    request.streaming = streamingFor(readOnce);
+    const auto request = std::make_shared<Request>(
+        this->request(Variant::missing(), execution.source(), execution.options));
+    request->streaming = streamingFor(readOnce);
     Reply reply;
-    send(request, reply);
-    sent = std::make_shared<Request>(std::move(request));
+    send(*request, reply);
+    sent = request;
     return std::move(reply.results);
 }
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <memory>
 #include <utility>
 #include <vector>
 
@@ -216,16 +217,17 @@ Ref<Recordset> Connection::Execute(const String& commandText, ByRef<Variant> rec
                         LockTypeEnum::adLockReadOnly, options};
     executing(self, execution, [&] {
         requireOpen();
-        Request request = requestFor(execution.source(), execution.options);
-        request.timeout = std::chrono::seconds(CommandTimeout());
+        const auto request =
+            std::make_shared<Request>(requestFor(execution.source(), execution.options));
+        request->timeout = std::chrono::seconds(CommandTimeout());
         const bool noRecords = wantsNoRecords(execution.options);
         auto records = noRecords ? make<Recordset>() : recordsetFor(self);
-        request.streaming = streamingFor(!noRecords && records->isReadOnce());
+        request->streaming = streamingFor(!noRecords && records->isReadOnce());
         Reply reply;
-        run(request, reply);
+        run(*request, reply);
         execution.rowsAffected = rowsWritten(reply.results);
         if (!noRecords) {
-            ado::answer(*records, std::move(request), std::move(reply.results));
+            ado::answer(*records, request, std::move(reply.results));
         }
         execution.recordset = std::move(records);
     });

@@ -173,12 +173,13 @@ std::vector<Result> Recordset::answersOf(const Execution& execution) {
     if (command_) {
         return command_->run(execution, isReadOnce(), request_);
     }
-    Request request = requestFor(execution.source(), execution.options);
-    request.timeout = std::chrono::seconds(connection_->CommandTimeout());
-    request.streaming = streamingFor(isReadOnce());
+    const auto request =
+        std::make_shared<Request>(requestFor(execution.source(), execution.options));
+    request->timeout = std::chrono::seconds(connection_->CommandTimeout());
+    request->streaming = streamingFor(isReadOnce());
     Reply reply;
-    connection_->run(request, reply);
-    request_ = std::make_shared<Request>(std::move(request));
+    connection_->run(*request, reply);
+    request_ = request;
     return std::move(reply.results);
 }
 

@@ -29,8 +29,9 @@ Ref<Recordset> recordsetFor(const Ref<Connection>& connection) {
     return recordset;
 }
 
-void answer(Recordset& recordset, Request request, std::vector<Result> results) {
-    recordset.request_ = std::make_shared<Request>(std::move(request));
+void answer(Recordset& recordset, std::shared_ptr<const Request> request,
+            std::vector<Result> results) {
+    recordset.request_ = std::move(request);
     recordset.takeAnswers(std::move(results));
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <vector>
 
 #include <kaputil/ado/connection.hpp>
@@ -14,9 +15,11 @@ namespace kap::ado {
 
 // A closed recordset, and what a script answered in it: its first rows, read only, with what
 // follows them behind; it stays closed when there are none. It is made before the script is run,
-// which must not be said to have failed when only its answer has. `request` is what was sent.
+// which must not be said to have failed when only its answer has. `request` is what was sent,
+// made before for the same reason.
 [[nodiscard]] Ref<Recordset> recordsetFor(const Ref<Connection>& connection);
-void answer(Recordset& recordset, Request request, std::vector<Result> results);
+void answer(Recordset& recordset, std::shared_ptr<const Request> request,
+            std::vector<Result> results);
 
 // The restrictions that a client gives for a schema rowset: an array of values, Empty for any.
 // Raises 3001 for what is no array and for more values than the rowset has restrictions.

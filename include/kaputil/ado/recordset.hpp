@@ -269,7 +269,8 @@ private:
     friend class Connection;
     friend class Command;
     friend Ref<Recordset> recordsetFor(const Ref<Connection>& connection);
-    friend void answer(Recordset& recordset, Request request, std::vector<Result> results);
+    friend void answer(Recordset& recordset, std::shared_ptr<const Request> request,
+                       std::vector<Result> results);
     void adopt(Result result, Ref<Connection> connection);
     void show(std::shared_ptr<RowCursor> cursor);
     void takeAnswers(std::vector<Result> results);
