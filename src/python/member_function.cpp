@@ -81,7 +81,7 @@ PyObject* callOfPredeclared(PyObject* self, PyObject* const* values, std::size_t
                             PyObject* names) {
     return answering([&] {
         const MemberFunction& function = functionOf(self);
-        const Ref<StdFunctions> object = predeclared();
+        const Ref<StdFunctions>& object = predeclared();
         const auto count = static_cast<std::size_t>(PyVectorcall_NARGS(flags));
         return resultOf(*function.member,
                         callMember(*object, *function.member, InvokeKind::MethodOrGet,

@@ -51,8 +51,8 @@ int takeReadFailure(sqlite3* database) noexcept {
 }
 
 SqliteError lastError(sqlite3* database) {
-    const SqliteError error(sqlite3_extended_errcode(database), sqlite3_errmsg(database),
-                            sqlite3_system_errno(database));
+    SqliteError error(sqlite3_extended_errcode(database), sqlite3_errmsg(database),
+                      sqlite3_system_errno(database));
     const int primary = error.primaryCode();
     if (primary == SQLITE_CORRUPT || primary == SQLITE_NOTADB || primary == SQLITE_IOERR) {
         const int number = takeReadFailure(database);

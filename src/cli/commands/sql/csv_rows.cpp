@@ -1,5 +1,6 @@
 #include "cli/commands/sql/csv_rows.hpp"
 
+#include <cstddef>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -27,6 +28,7 @@ void appendValue(std::string& lines, const migrate::RowTexts& texts, std::size_t
 std::string namesOf(const ado::Recordset& rows) {
     std::vector<std::string> names;
     const auto fields = rows.Fields();
+    names.reserve(static_cast<std::size_t>(fields->Count()));
     for (std::int32_t i = 0; i < fields->Count(); ++i) {
         names.push_back(fields->Item(i)->Name().utf8());
     }
