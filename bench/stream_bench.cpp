@@ -3,15 +3,17 @@
 
 #include <fcntl.h>
 #include <spawn.h>
-#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 #include <filesystem>
+#include <fstream>
 #include <functional>
 #include <stdexcept>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "bench/job.hpp"
@@ -32,6 +34,19 @@ struct ProgramRun {
     double peakBytes = 0;
 };
 
+// The largest that a process has been until now, in bytes; 0 when it has ended. What the system
+// tells of a child that has ended begins with the size of the program that started it.
+double peakOfProcess(pid_t process) {
+    std::ifstream status("/proc/" + std::to_string(process) + "/status");
+    std::string word;
+    double kilobytes = 0;
+    while (status >> word) {
+        if (word == "VmHWM:") status >> kilobytes;
+    }
+    constexpr double kKilo = 1024;
+    return kilobytes * kKilo;
+}
+
 // Runs a program with its output in a file.
 ProgramRun runInto(const std::string& file, std::vector<std::string> arguments) {
     std::vector<char*> words;
@@ -49,14 +64,17 @@ ProgramRun runInto(const std::string& file, std::vector<std::string> arguments) 
         posix_spawnp(&child, words.front(), &actions, nullptr, words.data(), environ);
     posix_spawn_file_actions_destroy(&actions);
     int status = 0;
-    rusage used{};
-    if (failure != 0 || wait4(child, &status, 0, &used) != child || status != 0) {
+    double peak = 0;
+    pid_t ended = 0;
+    while (failure == 0 && (ended = waitpid(child, &status, WNOHANG)) == 0) {
+        peak = std::max(peak, peakOfProcess(child));
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    if (failure != 0 || ended != child || status != 0 || peak == 0) {
         throw std::runtime_error(arguments.front() + " failed");
     }
-    constexpr double kKilo = 1024;
     const auto end = std::chrono::steady_clock::now();
-    return {std::chrono::duration<double>(end - start).count(),
-            static_cast<double>(used.ru_maxrss) * kKilo};
+    return {std::chrono::duration<double>(end - start).count(), peak};
 }
 
 ProgramRun printRows(const std::string& query, const std::string& form) {
