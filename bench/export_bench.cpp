@@ -14,6 +14,7 @@
 #include <kaputil/host/text_export.hpp>
 
 #include "bench/job.hpp"
+#include "bench/processes.hpp"
 #include "bench/rows_sample.hpp"
 
 namespace {
@@ -22,6 +23,7 @@ using kap::String;
 using kap::Variant;
 using kap::bench::kSampleQuery;
 using kap::bench::kSampleRows;
+using kap::bench::peakMemory;
 using kap::bench::RowsSample;
 using kap::bench::Values;
 
@@ -87,18 +89,6 @@ Values rowsPerSecond() {
 // From now on the largest size of this process is counted anew.
 void forgetPeak() {
     std::ofstream("/proc/self/clear_refs") << "5";
-}
-
-// The largest that this process has been, in bytes.
-double peakMemory() {
-    std::ifstream status("/proc/self/status");
-    std::string word;
-    double kilobytes = 0;
-    while (status >> word) {
-        if (word == "VmHWM:") status >> kilobytes;
-    }
-    constexpr double kKilo = 1024;
-    return kilobytes * kKilo;
 }
 
 // What an export adds to the rows that it reads, which are all held by the recordset of the query.

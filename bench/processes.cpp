@@ -7,6 +7,7 @@
 #include <array>
 #include <cstring>
 #include <exception>
+#include <fstream>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -113,6 +114,17 @@ SharedWork inProcesses(int count, std::chrono::milliseconds time, const MakeWork
     all.meanMillis =
         milliseconds * count / static_cast<double>(std::max<std::int64_t>(all.done, 1));
     return all;
+}
+
+double peakMemory(const std::string& process) {
+    std::ifstream status("/proc/" + process + "/status");
+    std::string word;
+    double kilobytes = 0;
+    while (status >> word) {
+        if (word == "VmHWM:") status >> kilobytes;
+    }
+    constexpr double kKilo = 1024;
+    return kilobytes * kKilo;
 }
 
 }  // namespace kap::bench

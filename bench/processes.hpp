@@ -3,6 +3,7 @@
 #include <chrono>
 #include <cstdint>
 #include <functional>
+#include <string>
 
 // Work that several processes do at once.
 namespace kap::bench {
@@ -22,5 +23,9 @@ using MakeWorker = std::function<std::function<void()>(int process)>;
 // time. Must be called before this process has opened what the workers open. Throws
 // std::runtime_error when one of them fails, with its reason.
 SharedWork inProcesses(int count, std::chrono::milliseconds time, const MakeWorker& make);
+
+// The largest that a running process has been until now, in bytes; 0 when it has ended. `process`
+// is its number.
+double peakMemory(const std::string& process = "self");
 
 }  // namespace kap::bench

@@ -9,7 +9,6 @@
 #include <algorithm>
 #include <chrono>
 #include <filesystem>
-#include <fstream>
 #include <functional>
 #include <stdexcept>
 #include <string>
@@ -17,6 +16,7 @@
 #include <vector>
 
 #include "bench/job.hpp"
+#include "bench/processes.hpp"
 #include "bench/rows_sample.hpp"
 #include "tests/support/build_folders.hpp"
 
@@ -34,20 +34,8 @@ struct ProgramRun {
     double peakBytes = 0;
 };
 
-// The largest that a process has been until now, in bytes; 0 when it has ended. What the system
+// Runs a program with its output in a file. Its size is looked at while it runs: what the system
 // tells of a child that has ended begins with the size of the program that started it.
-double peakOfProcess(pid_t process) {
-    std::ifstream status("/proc/" + std::to_string(process) + "/status");
-    std::string word;
-    double kilobytes = 0;
-    while (status >> word) {
-        if (word == "VmHWM:") status >> kilobytes;
-    }
-    constexpr double kKilo = 1024;
-    return kilobytes * kKilo;
-}
-
-// Runs a program with its output in a file.
 ProgramRun runInto(const std::string& file, std::vector<std::string> arguments) {
     std::vector<char*> words;
     for (std::string& argument : arguments) {
@@ -67,7 +55,7 @@ ProgramRun runInto(const std::string& file, std::vector<std::string> arguments) 
     double peak = 0;
     pid_t ended = 0;
     while (failure == 0 && (ended = waitpid(child, &status, WNOHANG)) == 0) {
-        peak = std::max(peak, peakOfProcess(child));
+        peak = std::max(peak, kap::bench::peakMemory(std::to_string(child)));
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
     if (failure != 0 || ended != child || status != 0 || peak == 0) {

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstddef>
-#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -9,8 +8,8 @@
 
 namespace kap::migrate {
 
-// The values of a recordset's current record as cellText() writes them. What columns are full of is
-// written straight from the fetched rows, not by way of Variants: for readers of many rows.
+// The values of a recordset's current record as cellText() writes them, for readers of many rows:
+// written straight from the fetched rows where that is the same, not by way of Variants.
 class RowTexts {
 public:
     // The recordset must be open, and outlive this.
@@ -26,14 +25,11 @@ public:
     [[nodiscard]] bool waitsForNext() const;
 
 private:
-    enum class Way : std::uint8_t { Bytes, Whole, Scaled, Real, ByField };
     struct Column {
         Ref<ado::Field> field;
-        Way way = Way::ByField;
-        int scale = 0;
-        bool free = true;
+        bool asStored;  // the text of the stored cell is that of the field
+        bool free;
     };
-    [[nodiscard]] static Column columnOf(const Ref<ado::Field>& field);
 
     ado::Recordset& rows_;
     std::vector<Column> columns_;

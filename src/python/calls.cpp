@@ -130,9 +130,9 @@ PythonArguments givenIn(const py::tuple& positional, const py::dict& named) {
     return given;
 }
 
-// `member` is a name, an identifier or the description of one.
-template <class Target, class Member>
-void assign(Target& object, const Member& member, const py::tuple& indexes, Variant value) {
+// `member` is a name or an identifier.
+template <class Member>
+void assign(Object& object, Member member, const py::tuple& indexes, Variant value) {
     // Like languages with one statement for both, objects are assigned as values are.
     const InvokeKind kind = value.isObject() ? InvokeKind::LetOrSet : InvokeKind::Let;
     std::vector<Variant> given;
@@ -171,11 +171,6 @@ void assignMember(Object& object, const String& name, const py::tuple& indexes,
     const bool isItsOwn = member != nullptr && indexes.empty();
     assign(object, name.view(), indexes,
            argumentOf(value, isItsOwn ? member->result : VarType::Variant));
-}
-
-void assignMember(DescribedObject& object, const MemberDescription& member,
-                  const py::handle& value) {
-    assign(object, member, py::tuple(), argumentOf(value, member.result));
 }
 
 void assignDefault(Object& object, const py::tuple& indexes, const py::handle& value) {

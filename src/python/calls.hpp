@@ -41,10 +41,6 @@ struct PythonArguments {
 void assignMember(Object& object, const String& name, const py::tuple& indexes,
                   const py::handle& value);
 
-// The same for a member that was looked up before, without indexes.
-void assignMember(DescribedObject& object, const MemberDescription& member,
-                  const py::handle& value);
-
 // The same for the default member, `rows("Nome") = value`.
 void assignDefault(Object& object, const py::tuple& indexes, const py::handle& value);
 

@@ -22,10 +22,6 @@ namespace {
 
 using tsql::SqlType;
 
-constexpr int kReference = 8964;
-constexpr int kValue = 2570;
-constexpr int kStoredText = 8992;
-
 constexpr const char* kIsText = "kap_check_text";
 
 // Whether a text is UTF-8, as SQL.
@@ -183,7 +179,7 @@ private:
         while (lines.step()) {
             checkRead(lines.text(0));
             if (lines.text(0) != "ok") {
-                found_(kStructureFault, lines.text(0));
+                found_(tsql::Message::StructureFault, lines.text(0));
             }
         }
     }
@@ -207,8 +203,9 @@ private:
     void references() {
         PreparedStatement keys(connection_.handle(), "PRAGMA main.foreign_key_check");
         while (keys.step()) {
-            found_(kReference, "a row of table '" + keys.text(0) + "' refers to a row of table '" +
-                                   keys.text(2) + "' that is not there.");
+            found_(tsql::Message::ReferenceFault, "a row of table '" + keys.text(0) +
+                                                      "' refers to a row of table '" +
+                                                      keys.text(2) + "' that is not there.");
         }
     }
 
@@ -231,9 +228,10 @@ private:
         for (std::size_t i = 0; i < columns.size(); ++i) {
             const std::int64_t wrong = counts.integer(static_cast<int>(i));
             if (wrong > 0) {
-                found_(kValue, plain::text(wrong) + " values of column '" + columns[i]->name +
-                                   "' of table '" + table.name + "' are no values of type " +
-                                   tsql::typeText(columns[i]->type) + ".");
+                found_(tsql::Message::ValueFault, plain::text(wrong) + " values of column '" +
+                                                      columns[i]->name + "' of table '" +
+                                                      table.name + "' are no values of type " +
+                                                      tsql::typeText(columns[i]->type) + ".");
             }
         }
         const auto version = std::ranges::find_if(table.columns, &Column::isRowVersion);
@@ -253,8 +251,8 @@ private:
                 "'), count(" + name + ") - count(DISTINCT " + name + ") FROM main." +
                 sqlName(table.name));
         if (counts.step() && counts.integer(0) + counts.integer(1) > 0) {
-            found_(kValue, "row versions of table '" + table.name +
-                               "' are ahead of their counter or there twice.");
+            found_(tsql::Message::ValueFault, "row versions of table '" + table.name +
+                                                  "' are ahead of their counter or there twice.");
         }
     }
 
@@ -276,11 +274,11 @@ private:
         while (rows.step()) {
             const Table* table = tableOf(rows.text(0));
             if (table == nullptr) {
-                found_(kReference,
+                found_(tsql::Message::ReferenceFault,
                        "there is a counter of '" + rows.text(0) + "', and no such table.");
             } else if (!isCounterOf(*table, rows)) {
-                found_(kReference, "the counter of table '" + table->name +
-                                       "' is not that of its identity column.");
+                found_(tsql::Message::ReferenceFault, "the counter of table '" + table->name +
+                                                          "' is not that of its identity column.");
             }
         }
     }
@@ -300,10 +298,10 @@ private:
             try {
                 readObject(object);
             } catch (const tsql::ServerError& error) {
-                found_(kStoredText,
+                found_(tsql::Message::StoredTextFault,
                        "the text of '" + object.name + "' cannot be read: " + error.message());
             } catch (const SqliteError& error) {
-                found_(kStoredText, error.what() + std::string("."));
+                found_(tsql::Message::StoredTextFault, error.what() + std::string("."));
             }
         }
     }

@@ -6,14 +6,13 @@
 #include "engine/catalog/counters.hpp"
 #include "engine/catalog/schema_catalogue.hpp"
 #include "engine/sqlite/file_connection.hpp"
+#include "tsql/messages.hpp"
 
 namespace kap::engine {
 
-// The number of a finding about the file itself.
-inline constexpr int kStructureFault = 8939;
-
-// What a check has found, as the server numbers it.
-using Finding = std::function<void(int number, const std::string& sentence)>;
+// What a check has found: one of the messages ...Fault, of which StructureFault tells of the file
+// itself, and its sentence.
+using Finding = std::function<void(tsql::Message message, const std::string& sentence)>;
 
 // Compares all that a database holds twice, or that one part of it says of another: the file's own
 // structure, indexes with their tables, keys with the rows they refer to, values with the types and

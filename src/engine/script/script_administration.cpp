@@ -89,13 +89,14 @@ Faults faultsOf(const std::filesystem::path& file) {
     SchemaCatalogue catalogue(copy.database(), counters);
     Faults faults;
     copy.database().run("BEGIN");
-    checkDatabase(copy, catalogue, counters, [&](int number, const std::string& finding) {
-        if (number != kStructureFault) {
-            faults.values.push_back(finding);
-        } else if (faults.structure.empty()) {
-            faults.structure = finding;
-        }
-    });
+    checkDatabase(copy, catalogue, counters,
+                  [&](tsql::Message message, const std::string& finding) {
+                      if (message != tsql::Message::StructureFault) {
+                          faults.values.push_back(finding);
+                      } else if (faults.structure.empty()) {
+                          faults.structure = finding;
+                      }
+                  });
     copy.database().run("COMMIT");
     return faults;
 }
@@ -170,9 +171,9 @@ void ScriptRunner::checkDatabase() {
     const Transactions::ReadScope scope(transactions_);
     std::int64_t errors = 0;
     engine::checkDatabase(connection_, catalogue_, counters_,
-                          [&](int number, const std::string& finding) {
+                          [&](tsql::Message message, const std::string& finding) {
                               ++errors;
-                              report(ServerError(number, "Table error: " + finding));
+                              report(ServerError(message, {finding}));
                           });
     note("CHECKDB found 0 allocation errors and " + plain::text(errors) +
          " consistency errors in database '" + catalogue_.databaseName() + "'.");

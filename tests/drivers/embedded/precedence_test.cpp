@@ -48,6 +48,10 @@ TEST_F(Precedence, KeepsOtherWritersBehindThatWhichReadsAndWrites) {
 TEST_F(Precedence, LocksNothing) {
     const auto place = first_->precedence();
     EXPECT_EQ("1", rowsOf(*other_, "SELECT a FROM t"));
+    // Who has no time to wait does not wait behind it, and finds the file free.
+    const auto hurried = openSession(folder_.file("a.db"), "Lock Timeout=0");
+    static_cast<void>(hurried->execute("UPDATE t SET a = 3"));
+    EXPECT_EQ("3", rowsOf(*other_, "SELECT a FROM t"));
 }
 
 TEST_F(Precedence, IsNotTakenWithinATransaction) {

@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include "base/hexadecimal.hpp"
 #include "data/driver.hpp"
 #include "drivers/driver_registry.hpp"
 
@@ -35,14 +36,7 @@ inline std::string shown(const Value& value) {
         return "'" + *characters + "'";
     }
     if (const auto* blob = std::get_if<Blob>(&value)) {
-        constexpr std::string_view kDigits = "0123456789ABCDEF";
-        std::string text = "0x";
-        for (const char letter : blob->bytes) {
-            const auto byte = static_cast<unsigned char>(letter);
-            text.push_back(kDigits[byte >> 4]);
-            text.push_back(kDigits[byte & 0xFU]);
-        }
-        return text;
+        return "0x" + hex::ofBytes(blob->bytes);
     }
     return "Null";
 }
