@@ -54,14 +54,25 @@ class WineSession:
         self.screen.terminate()
         self.screen.wait()
 
-    def run(self, *command, folder=None, timeout=120, **variables):
+    def program_file(self, program, folder):
+        """The file of a program, as Wine runs it without help: it starts a bare name through a program of its own, which
+        takes as long again and now and then fails on a busy machine ("ShellExecuteEx failed: Internal error")."""
+        file = pathlib.Path(folder or ".") / str(program).replace("\\", "/")
+        if file.is_file():
+            return windows_path(file)
+        if (self.prefix / "drive_c" / "windows" / "system32" / f"{program}.exe").is_file():
+            return f"C:\\windows\\system32\\{program}.exe"
+        return str(program)
+
+    def run(self, program, *arguments, folder=None, timeout=120, **variables):
         """Runs a program of the session; its exit code and everything that it printed.
 
         What it prints goes to a file: a pipe would also be held open by services that it is the first to need.
         """
+        command = [self.program_file(program, folder), *map(str, arguments)]
         with tempfile.TemporaryFile() as printed:
             done = subprocess.run(
-                [self.loader, *map(str, command)], cwd=folder, env=dict(self.environment, **variables),
+                [self.loader, *command], cwd=folder, env=dict(self.environment, **variables),
                 stdin=subprocess.DEVNULL, stdout=printed, stderr=subprocess.STDOUT, timeout=timeout, check=False)
             printed.seek(0)
             return done.returncode, printed.read().decode("utf-8", "replace").replace("\r\n", "\n")
