@@ -21,6 +21,9 @@ using kap::Ref;
 constexpr int kInserts = 1000;
 constexpr int kQueries = 1000;
 constexpr int kDialectRows = 100;
+// An amount is kept as a whole number of ten-thousandths.
+constexpr std::int64_t kTenThousand = 10000;
+constexpr std::int64_t kQuarter = 2500;
 
 // The same table in two files, one for each arm, both in write-ahead mode with full
 // synchronisation.
@@ -73,18 +76,17 @@ private:
 };
 
 // One text of many statements, each with values of its own, in one transaction.
-std::string insertScript(const char* fraction) {
+std::string insertScript() {
     std::string script = "BEGIN TRANSACTION;\n";
     for (int i = 0; i < kInserts; ++i) {
         const std::string n = std::to_string(i);
-        script +=
-            "INSERT INTO t VALUES (" + n + ", 'name of number " + n + "', " + n + fraction + ");\n";
+        script += "INSERT INTO t VALUES (" + n + ", 'name of number " + n + "', " + n + ".25);\n";
     }
     return script + "COMMIT";
 }
 
 void insertBatch(benchmark::State& state) {
-    const kap::String script = insertScript(".25");
+    const kap::String script = insertScript();
     const auto& connection = Databases::get().ours();
     for (auto _ : state) {
         state.PauseTiming();
@@ -99,15 +101,30 @@ void insertBatch(benchmark::State& state) {
     state.SetItemsProcessed(state.iterations() * kInserts);
 }
 
+// The statement is prepared once, and its values are bound.
 void insertBatchBare(benchmark::State& state) {
-    const std::string script = insertScript("2500");
     const Databases& databases = Databases::get();
+    sqlite3_stmt* statement = nullptr;
+    sqlite3_prepare_v2(databases.bare(), "INSERT INTO t VALUES (?, ?, ?)", -1, &statement, nullptr);
     for (auto _ : state) {
         state.PauseTiming();
         databases.run("DELETE FROM t");
         state.ResumeTiming();
-        databases.run(script.c_str());
+        databases.run("BEGIN IMMEDIATE");
+        for (int i = 0; i < kInserts; ++i) {
+            const std::string name = "name of number " + std::to_string(i);
+            sqlite3_bind_int64(statement, 1, i);
+            sqlite3_bind_text(statement, 2, name.data(), static_cast<int>(name.size()),
+                              SQLITE_STATIC);
+            sqlite3_bind_int64(statement, 3, std::int64_t{i} * kTenThousand + kQuarter);
+            if (sqlite3_step(statement) != SQLITE_DONE) {
+                state.SkipWithError(sqlite3_errmsg(databases.bare()));
+            }
+            sqlite3_reset(statement);
+        }
+        databases.run("COMMIT");
     }
+    sqlite3_finalize(statement);
     state.SetItemsProcessed(state.iterations() * kInserts);
 }
 
@@ -188,10 +205,10 @@ void sameQueryBare(benchmark::State& state) {
     sqlite3_finalize(statement);
 }
 
-KAP_BENCH_PAIR("dialect: 1,000 inserts in one batch and transaction", insertBatch, insertBatchBare,
-               1.5);
+KAP_BENCH_PAIR("dialect: 1,000 inserts that differ in literals, in one text", insertBatch,
+               insertBatchBare, 1.3);
 KAP_BENCH_PAIR("dialect: different small queries, each seen for the first time", differentQueries,
-               differentQueriesBare, 3.0);
-KAP_BENCH_PAIR("dialect: the same query of 90 rows again", sameQuery, sameQueryBare, 1.3);
+               differentQueriesBare, 2.0);
+KAP_BENCH_PAIR("dialect: the same query of 90 rows again", sameQuery, sameQueryBare, 1.1);
 
 }  // namespace

@@ -21,7 +21,8 @@ struct AliasType {
 
 struct ParseOptions {
     int firstLine = 1;
-    bool quotedNames = true;  // whether "x" is a name at the start of the script, or a text
+    bool quotedNames = true;     // whether "x" is a name at the start of the script, or a text
+    bool marksLiterals = false;  // whether literals tell the places of their tokens
     // The variables that are declared before the script begins; null: what is declared is not
     // checked.
     const std::vector<std::string>* variables = nullptr;

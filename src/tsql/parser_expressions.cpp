@@ -176,8 +176,9 @@ ExpressionPtr Parser::primary(Place place) {
 }
 
 ExpressionPtr Parser::literal(LiteralKind kind) {
+    const std::size_t place = options_.marksLiterals ? position_ : kNoToken;
     const Token& token = next();
-    return make(Literal{kind, token.text}, token.line);
+    return make(Literal{kind, token.text, place}, token.line);
 }
 
 ExpressionPtr Parser::bracketed(Place place) {

@@ -12,20 +12,26 @@ Script Parser::script() {
     constexpr std::size_t kUsualTokens = 12;  // of a statement
     Script result;
     result.reserve(tokens_.size() / kUsualTokens + 1);
-    while (acceptOperator(";")) {
-    }
-    // The first statement of a batch may be a procedure's name alone.
-    const bool statementWord = atKeyword("TRIGGER", 1) || atKeyword("THROW");
-    if (atAlias() && !statementWord) {
-        const int line = peek().line;
-        result.push_back({procedureCall(), line});
-    }
-    while (!atEnd()) {
-        while (acceptOperator(";")) {
-        }
-        if (!atEnd()) result.push_back(statementOfSeveral());
+    while (atNextStatement()) {
+        result.push_back(nextStatement());
     }
     return result;
+}
+
+bool Parser::atNextStatement() {
+    while (acceptOperator(";")) {
+    }
+    return !atEnd();
+}
+
+Statement Parser::nextStatement() {
+    // The first statement of a batch may be a procedure's name alone.
+    const bool statementWord = atKeyword("TRIGGER", 1) || atKeyword("THROW");
+    if (std::exchange(first_, false) && atAlias() && !statementWord) {
+        const int line = peek().line;
+        return {procedureCall(), line};
+    }
+    return statementOfSeveral();
 }
 
 // WITH begins a statement only behind a semicolon, as it may also belong to the one before.

@@ -35,6 +35,16 @@ public:
         : source_(source), options_(options), tokens_(std::move(tokens)) {}
 
     Script script();
+    // What script() is made of; see ScriptReader.
+    [[nodiscard]] bool atNextStatement();
+    Statement nextStatement();
+    void pass(std::size_t tokens) {
+        first_ = false;
+        position_ += tokens;
+    }
+    [[nodiscard]] const std::vector<Token>& tokens() const { return tokens_; }
+    [[nodiscard]] std::size_t position() const { return position_; }
+
     TypeSpec wholeType();
     ObjectName wholeName();
     std::vector<std::string> wholeNames();
@@ -348,8 +358,9 @@ private:
     std::size_t position_ = 0;
     std::vector<std::string> declared_;  // variables, so far
     int nesting_ = 0;                    // of the rules being read
-    int deepest_ = 0;  // depth of the deepest expression or source made in the present query
-    int loops_ = 0;    // WHILE around the present statement
+    int deepest_ = 0;    // depth of the deepest expression or source made in the present query
+    int loops_ = 0;      // WHILE around the present statement
+    bool first_ = true;  // no statement has been read
     bool inTrigger_ = false;
     bool aliasNullable_ = true;  // of the alias type that was read last
 };

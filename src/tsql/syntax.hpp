@@ -36,12 +36,17 @@ struct ObjectName {
 // --- Expressions
 // ---------------------------------------------------------------------------------------------------
 
+inline constexpr std::size_t kNoToken = static_cast<std::size_t>(-1);
+
 enum class LiteralKind { Null, Integer, Decimal, Float, Money, Text, NationalText, Binary };
 
 // A constant; `text` is its value without quotes or signs (hexadecimal digits for Binary).
 struct Literal {
     LiteralKind kind = LiteralKind::Null;
     std::string text;
+    // Its place among the tokens of the script, where it was asked for; kNoToken where no token
+    // stands for it.
+    std::size_t token = kNoToken;
 };
 
 struct ColumnReference {

@@ -120,14 +120,21 @@ std::vector<BoundExpression> Binder::comparable(std::vector<BoundExpression> val
 }
 
 std::string Binder::compared(ComparisonOperator op, const BoundExpression& left,
-                             const BoundExpression& right, int line) const {
+                             const BoundExpression& right, int line,
+                             const WrittenLiteral& leftWritten,
+                             const WrittenLiteral& rightWritten) const {
     const OperatorText text = operatorText(op);
     const std::vector<BoundExpression> sides = comparable({left, right}, text.name, line);
     // SQLite takes the collation of either column; when neither side is one it has to be told.
     const bool told = sides[0].plainColumn || sides[1].plainColumn;
     const bool constants = sides[0].constant && sides[1].constant;
-    const std::string first = constants ? sides[0].sql : operand(sides[0]);
-    const std::string second = constants ? sides[1].sql : operand(sides[1]);
+    const auto side = [&](std::size_t at, const BoundExpression& before,
+                          const BoundExpression& other, const WrittenLiteral& written) {
+        if (constants) return sides[at].sql;
+        return operand(sides[at], comparedSource(written, before, sides[at], other, sides[1 - at]));
+    };
+    const std::string first = side(0, left, right, leftWritten);
+    const std::string second = side(1, right, left, rightWritten);
     return "(" + (told ? first : collated(sides[0], first)) + " " + text.sql + " " + second + ")";
 }
 

@@ -45,7 +45,8 @@ std::string Binder::test(const tsql::UnaryExpression& node, int /*line*/, Scope&
 std::string Binder::test(const tsql::Comparison& node, int line, Scope& scope) {
     const BoundExpression left = value(*node.left, scope);
     const BoundExpression right = value(*node.right, scope);
-    return compared(node.op, left, right, line);
+    return compared(node.op, left, right, line, writtenLiteral(*node.left),
+                    writtenLiteral(*node.right));
 }
 
 std::string Binder::test(const tsql::LogicalExpression& node, int /*line*/, Scope& scope) {
@@ -57,14 +58,17 @@ std::string Binder::test(const tsql::LogicalExpression& node, int /*line*/, Scop
 }
 
 std::string Binder::test(const tsql::BetweenPredicate& node, int line, Scope& scope) {
-    const std::vector<BoundExpression> values =
-        comparable({value(*node.value, scope), value(*node.low, scope), value(*node.high, scope)},
-                   "between", line);
-    const auto limit = [&](const BoundExpression& value) {
-        return collated(value, values[0].constant ? value.sql : operand(value));
+    const std::vector<BoundExpression> written{value(*node.value, scope), value(*node.low, scope),
+                                               value(*node.high, scope)};
+    const std::vector<BoundExpression> values = comparable(written, "between", line);
+    const auto limit = [&](std::size_t at, const tsql::Expression& expression) {
+        if (values[0].constant) return collated(values[at], values[at].sql);
+        const ConstantSource source = comparedSource(writtenLiteral(expression), written[at],
+                                                     values[at], written[0], values[0]);
+        return collated(values[at], operand(values[at], source));
     };
-    return "(" + collated(values[0]) + notIf(node.negated) + " BETWEEN " + limit(values[1]) +
-           " AND " + limit(values[2]) + ")";
+    return "(" + collated(values[0]) + notIf(node.negated) + " BETWEEN " + limit(1, *node.low) +
+           " AND " + limit(2, *node.high) + ")";
 }
 
 // Whether some row satisfies ("> ANY"), or all do ("> ALL"); unknown when only rows that cannot be
@@ -92,10 +96,15 @@ std::string Binder::test(const tsql::InPredicate& node, int line, Scope& scope) 
     std::vector<BoundExpression> values{value(*node.value, scope)};
     for (const auto& item : node.list)
         values.push_back(value(*item, scope));
+    const std::vector<BoundExpression> written = values;
     values = comparable(std::move(values), "equal to", line);
     std::string list;
-    for (std::size_t i = 1; i < values.size(); ++i)
-        list += (i > 1 ? ", " : "") + values[i].sql;
+    for (std::size_t i = 1; i < values.size(); ++i) {
+        const ConstantSource source = comparedSource(writtenLiteral(*node.list[i - 1]), written[i],
+                                                     values[i], written[0], values[0]);
+        list +=
+            (i > 1 ? ", " : "") + (values[0].constant ? values[i].sql : operand(values[i], source));
+    }
     return "(" + collated(values[0]) + notIf(node.negated) + " IN (" + list + "))";
 }
 
@@ -124,7 +133,11 @@ std::string Binder::test(const tsql::LikePredicate& node, int line, Scope& scope
         if (tsql::isText(bound.type.type)) return bound;
         return castTo(bound, textTypeOf(bound.type), 0, line);
     };
-    std::string call = "kap_like(" + text(*node.value).sql + ", " + operand(text(*node.pattern));
+    const BoundExpression tested = text(*node.value);
+    const BoundExpression pattern = text(*node.pattern);
+    const ConstantSource source =
+        comparedSource(writtenLiteral(*node.pattern), pattern, pattern, tested, tested);
+    std::string call = "kap_like(" + tested.sql + ", " + operand(pattern, source);
     if (node.escape) call += ", " + text(*node.escape).sql;
     call += ")";
     return node.negated ? "(NOT " + call + ")" : call;

@@ -5,6 +5,8 @@
 
 #include "base/ascii.hpp"
 #include "engine/binder/binder.hpp"
+#include "engine/values/exact.hpp"
+#include "tsql/server_error.hpp"
 
 // Constants that are bound instead of written: a program sends the same statement with other values
 // again and again, and SQLite then prepares it once.
@@ -25,7 +27,46 @@ bool isShort(const Value& value) {
     return blob == nullptr || blob->bytes.size() <= kLongestConstant;
 }
 
+// An exact number with as many digits behind the point as the value that it meets.
+std::optional<Value> atScaleOf(const BoundExpression& value, int scale) {
+    const auto* number = std::get_if<std::int64_t>(&*value.constant);
+    const int own = storedScale(value.type);
+    if (number == nullptr || !tsql::isExact(value.type.type) || own > scale) return std::nullopt;
+    const auto scaled = rescale(*number, own, scale, Rounding::HalfAway);
+    const auto result = scaled ? narrow(*scaled) : std::nullopt;
+    return result ? std::optional<Value>(*result) : std::nullopt;
+}
+
+std::optional<Value> converted(const BoundExpression& value, const tsql::TypeSpec& type,
+                               Overlength overlength) {
+    if (conversionRule(value.type.type, type.type) != ConversionRule::Implicit) return std::nullopt;
+    return convert(*value.constant, value.type, type, overlength, 0);
+}
+
 }  // namespace
+
+WrittenLiteral writtenLiteral(const tsql::Expression& expression) {
+    if (const auto* literal = std::get_if<tsql::Literal>(&expression.node)) return {literal, false};
+    const auto* unary = std::get_if<tsql::UnaryExpression>(&expression.node);
+    if (unary == nullptr || unary->op != tsql::UnaryOperator::Minus) return {};
+    return {std::get_if<tsql::Literal>(&unary->operand->node), true};
+}
+
+std::optional<Value> constantFrom(const ConstantSource& source, const tsql::Literal& literal) {
+    using Use = ConstantSource::Use;
+    try {
+        BoundExpression value = Binder::literal(literal, 0);
+        if (source.negative) value = Binder::negated(value, 0);
+        if (!value.constant) return std::nullopt;
+        if (source.use == Use::Stored) return converted(value, *source.type, Overlength::Refuse);
+        if (source.scale) return atScaleOf(value, *source.scale);
+        if (value.type.type != source.literalType) return std::nullopt;
+        if (source.type) return converted(value, *source.type, Overlength::Cut);
+        return value.constant;
+    } catch (const tsql::ServerError&) {
+        return std::nullopt;
+    }
+}
 
 bool Binder::bindsToo(const BoundExpression& value) const {
     return constantsStand_ == Constants::Bound && value.constant && !isNull(*value.constant) &&
@@ -36,29 +77,97 @@ std::string Binder::parameter(std::size_t constant) const {
     return "?" + plain::text(static_cast<std::int64_t>(names_.variables().size() + constant) + 1);
 }
 
+void Binder::met(const tsql::Literal& literal) {
+    if (constantsStand_ == Constants::Bound && literal.token != tsql::kNoToken) {
+        ++literals_[literal.token].met;
+    }
+}
+
+std::string Binder::addConstant(const Value& value, const ConstantSource& source) const {
+    constants_.push_back(value);
+    sources_.push_back(source);
+    if (source.use != ConstantSource::Use::Unknown) ++literals_[source.token].bound;
+    return parameter(constants_.size() - 1);
+}
+
 // What a condition compares with. The same constant has the same text: an expression of the select
-// list may have to be found again in GROUP BY.
-std::string Binder::operand(const BoundExpression& value) const {
+// list may have to be found again in GROUP BY. Two literals that share a place are not free to
+// differ.
+std::string Binder::operand(const BoundExpression& value, const ConstantSource& source) const {
     if (!bindsToo(value)) return value.sql;
     const auto found = std::find(constants_.begin(), constants_.end(), *value.constant);
     const auto place = static_cast<std::size_t>(found - constants_.begin());
     if (found == constants_.end()) {
-        if (constants_.size() == kMostConstants) return value.sql;
-        constants_.push_back(*value.constant);
+        return constants_.size() == kMostConstants ? value.sql
+                                                   : addConstant(*value.constant, source);
+    }
+    const bool same =
+        source.use != ConstantSource::Use::Unknown && sources_[place].token == source.token;
+    if (same) {
+        ++literals_[source.token].bound;
+    } else {
+        sources_[place].use = ConstantSource::Use::Unknown;
     }
     return parameter(place);
 }
 
 // What goes into a column: each has a place of its own, so that rows in which two values happen to
 // be equal have the text of the others.
-std::string Binder::storedConstant(const BoundExpression& value) const {
+std::string Binder::storedConstant(const BoundExpression& value,
+                                   const ConstantSource& source) const {
     if (!bindsToo(value) || constants_.size() == kMostConstants) return value.sql;
-    constants_.push_back(*value.constant);
-    return parameter(constants_.size() - 1);
+    return addConstant(*value.constant, source);
 }
 
+ConstantSource Binder::checkedSource(ConstantSource source, const WrittenLiteral& written,
+                                     const BoundExpression& constant) const {
+    if (constantsStand_ != Constants::Bound || written.literal == nullptr ||
+        written.literal->token == tsql::kNoToken || !constant.constant) {
+        return {};
+    }
+    source.negative = written.negative;
+    source.token = written.literal->token;
+    return constantFrom(source, *written.literal) == constant.constant ? source : ConstantSource();
+}
+
+// What a literal is compared with must stay as it is, whatever the literal is.
+ConstantSource Binder::comparedSource(const WrittenLiteral& written, const BoundExpression& literal,
+                                      const BoundExpression& operand, const BoundExpression& before,
+                                      const BoundExpression& after) const {
+    if (written.literal == nullptr || after.constant || after.sql != before.sql) return {};
+    ConstantSource source;
+    source.use = ConstantSource::Use::Compared;
+    source.literalType = literal.type.type;
+    if (tsql::isExact(literal.type.type) && tsql::isExact(before.type.type)) {
+        source.scale = storedScale(before.type);
+    } else if (operand.type != literal.type) {
+        if (operand.type != before.type) return {};
+        source.type = operand.type;
+    }
+    return checkedSource(source, written, operand);
+}
+
+// A source is one only while every use of its literal has gone into a constant that is known.
 BoundValues Binder::boundValues() const {
-    return {usedVariables_, constants_, static_cast<int>(names_.variables().size()), readsSchema_};
+    std::vector<ConstantSource> sources = sources_;
+    for (ConstantSource& source : sources) {
+        if (source.use == ConstantSource::Use::Unknown) continue;
+        const LiteralUse& use = literals_.at(source.token);
+        if (use.met != use.bound) source.use = ConstantSource::Use::Unknown;
+    }
+    // Where one place of a literal is not known, none is.
+    const auto unknown = [&](std::size_t token) {
+        return std::ranges::any_of(sources, [&](const ConstantSource& other) {
+            return other.token == token && other.use == ConstantSource::Use::Unknown;
+        });
+    };
+    for (ConstantSource& source : sources) {
+        if (source.token != tsql::kNoToken && unknown(source.token)) {
+            source.use = ConstantSource::Use::Unknown;
+        }
+    }
+    return {usedVariables_, constants_, std::move(sources),
+            static_cast<int>(names_.variables().size()), readsSchema_};
 }
 
 }  // namespace kap::engine

@@ -114,7 +114,7 @@ void checkImplicit(const BoundExpression& value, const TypeSpec& type, int line)
 
 }  // namespace
 
-BoundExpression Binder::literal(const tsql::Literal& literal, int line) const {
+BoundExpression Binder::literal(const tsql::Literal& literal, int line) {
     switch (literal.kind) {
         case LiteralKind::Null:
             return BoundExpression::null();
@@ -169,6 +169,7 @@ std::optional<BoundExpression> Binder::groupedValue(const tsql::Expression& expr
 }
 
 BoundExpression Binder::node(const tsql::Literal& node, int line, Scope& /*scope*/) {
+    met(node);
     return literal(node, line);
 }
 
@@ -321,10 +322,17 @@ BoundExpression Binder::castCall(const char* function, const BoundExpression& va
         value.nullable);
 }
 
-std::string Binder::stored(const BoundExpression& value, const TypeSpec& type, int line) const {
+std::string Binder::stored(const BoundExpression& value, const TypeSpec& type, int line,
+                           const WrittenLiteral& written) const {
     if (value.nullLiteral) return "NULL";
     checkImplicit(value, type, line);
-    if (value.constant) return storedConstant(folded(value, type, Overlength::Refuse, 0, line));
+    if (value.constant) {
+        const BoundExpression constant = folded(value, type, Overlength::Refuse, 0, line);
+        ConstantSource source;
+        source.use = ConstantSource::Use::Stored;
+        source.type = type;
+        return storedConstant(constant, checkedSource(source, written, constant));
+    }
     if (!needsConversion(value.type, type)) return value.sql;
     return callText("kap_store", value.sql, typeArgument(value.type), typeArgument(type));
 }

@@ -127,7 +127,7 @@ BoundExpression modulo(const BoundExpression& left, const BoundExpression& right
 
 }  // namespace
 
-BoundExpression Binder::negated(const BoundExpression& operand, int line) const {
+BoundExpression Binder::negated(const BoundExpression& operand, int line) {
     if (operand.nullLiteral) return operand;
     TypeSpec type = operand.type;
     if (tsql::isApproximate(type.type)) {

@@ -3,6 +3,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "engine/binder/bound_expression.hpp"
@@ -47,7 +48,8 @@ struct BoundSource {
 struct BoundValues {
     std::vector<int> variables;  // their slots
     std::vector<Value> constants;
-    int firstConstant = 0;  // the slot of the first of them
+    std::vector<ConstantSource> sources;  // of the constants, one each
+    int firstConstant = 0;                // the slot of the first of them
     bool readsSchema = false;
 };
 
@@ -95,17 +97,23 @@ public:
     [[nodiscard]] BoundExpression castCall(const char* function, const BoundExpression& value,
                                            const tsql::TypeSpec& type, const std::string& style,
                                            int line) const;
-    // A value on its way into a column of that type.
+    // A value on its way into a column of that type; `written` is the literal that it is.
     [[nodiscard]] std::string stored(const BoundExpression& value, const tsql::TypeSpec& type,
-                                     int line) const;
+                                     int line, const WrittenLiteral& written = {}) const;
+
+    // The constant that a literal is.
+    [[nodiscard]] static BoundExpression literal(const tsql::Literal& literal, int line);
 
     // Operators, on bound operands.
-    [[nodiscard]] BoundExpression negated(const BoundExpression& operand, int line) const;
+    [[nodiscard]] static BoundExpression negated(const BoundExpression& operand, int line);
     [[nodiscard]] BoundExpression bitwiseNot(const BoundExpression& operand, int line) const;
     [[nodiscard]] BoundExpression arithmetic(tsql::BinaryOperator op, BoundExpression left,
                                              BoundExpression right, int line) const;
+    // `leftWritten` and `rightWritten` are the literals that the sides are.
     [[nodiscard]] std::string compared(tsql::ComparisonOperator op, const BoundExpression& left,
-                                       const BoundExpression& right, int line) const;
+                                       const BoundExpression& right, int line,
+                                       const WrittenLiteral& leftWritten = {},
+                                       const WrittenLiteral& rightWritten = {}) const;
     // Values brought to one type in which SQLite's own comparison is the server's.
     [[nodiscard]] std::vector<BoundExpression> comparable(std::vector<BoundExpression> values,
                                                           const char* operation, int line) const;
@@ -171,13 +179,30 @@ private:
     struct BoundSelect;
 
     // bind_constants.cpp
-    [[nodiscard]] std::string operand(const BoundExpression& value) const;
-    [[nodiscard]] std::string storedConstant(const BoundExpression& value) const;
+    // How often a literal was met, and how often it went into a constant whose source is known.
+    struct LiteralUse {
+        int met = 0;
+        int bound = 0;
+    };
+    void met(const tsql::Literal& literal);
+    [[nodiscard]] std::string addConstant(const Value& value, const ConstantSource& source) const;
+    [[nodiscard]] std::string operand(const BoundExpression& value,
+                                      const ConstantSource& source = {}) const;
+    [[nodiscard]] std::string storedConstant(const BoundExpression& value,
+                                             const ConstantSource& source) const;
+    // The source, with its literal, if `constant` follows from it.
+    [[nodiscard]] ConstantSource checkedSource(ConstantSource source, const WrittenLiteral& written,
+                                               const BoundExpression& constant) const;
+    // The source of a literal that has become `operand` beside a value that was `before`.
+    [[nodiscard]] ConstantSource comparedSource(const WrittenLiteral& written,
+                                                const BoundExpression& literal,
+                                                const BoundExpression& operand,
+                                                const BoundExpression& before,
+                                                const BoundExpression& after) const;
     [[nodiscard]] bool bindsToo(const BoundExpression& value) const;
     [[nodiscard]] std::string parameter(std::size_t constant) const;
 
     // bind_expressions.cpp
-    [[nodiscard]] BoundExpression literal(const tsql::Literal& literal, int line) const;
     [[nodiscard]] BoundExpression node(const tsql::Literal& node, int line, Scope& scope);
     [[nodiscard]] BoundExpression node(const tsql::ColumnReference& node, int line, Scope& scope);
     [[nodiscard]] BoundExpression node(const tsql::VariableReference& node, int line, Scope& scope);
@@ -355,6 +380,8 @@ private:
     std::vector<int> usedVariables_;
     Constants constantsStand_;
     mutable std::vector<Value> constants_;
+    mutable std::vector<ConstantSource> sources_;                   // of the constants, one each
+    mutable std::unordered_map<std::size_t, LiteralUse> literals_;  // by their tokens
     mutable bool readsSchema_ = false;
     bool variablesPerRow_ = false;
     bool readsOtherRows_ = false;

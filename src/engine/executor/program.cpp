@@ -18,15 +18,22 @@ std::uint64_t nextSerial() {
 
 }  // namespace
 
-Program::Program(std::shared_ptr<const tsql::Script> script, const Catalogue& catalogue,
+Program::Program(ReadScript script, const Catalogue& catalogue,
                  const std::vector<tsql::DeclaredVariable>& parameters)
-    : script_(std::move(script)), names_(catalogue), serial_(nextSerial()) {
+    : script_(std::move(script.parsed)), names_(catalogue), serial_(nextSerial()) {
     for (const tsql::DeclaredVariable& parameter : parameters) {
         names_.declare(parameter.name, parameter.type, parameter.line);
     }
-    code_.reserve(script_->size());
-    for (const tsql::Statement& statement : *script_) {
-        add(statement);
+    code_.reserve(script_->size() + script.recognised.size());
+    std::size_t parsed = 0;
+    for (RecognisedStatement& recognised : script.recognised) {
+        for (; parsed < recognised.before; ++parsed) {
+            add((*script_)[parsed]);
+        }
+        add(std::move(recognised.compiled));
+    }
+    for (; parsed < script_->size(); ++parsed) {
+        add((*script_)[parsed]);
     }
     resolveGotos();
 }
@@ -41,6 +48,12 @@ std::size_t Program::emit(Operation operation, int line) {
 void Program::add(const tsql::Statement& statement) {
     tsql::requireStack(statement.line);
     std::visit([&](const auto& node) { addNode(statement, node); }, statement.node);
+}
+
+void Program::add(CompiledStatement recognised) {
+    Instruction& instruction = code_[emit(Operation::Statement, recognised.text.line)];
+    instruction.statement = &recognised.shape->statement;
+    instruction.parts.push_back(std::move(recognised));
 }
 
 template <typename Node>

@@ -6,24 +6,54 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "engine/binder/name_scope.hpp"
 #include "engine/catalog/schema_catalogue.hpp"
+#include "engine/plan/statement_shape.hpp"
 #include "engine/plan/translation.hpp"
 #include "engine/sqlite/sqlite.hpp"
 #include "tsql/statements.hpp"
 
 namespace kap::engine {
 
+// Where a statement stands in its script, for one that has not been parsed.
+struct StatementText {
+    std::shared_ptr<const std::string> script;
+    std::size_t start = 0;
+    std::size_t end = 0;
+    int line = 1;
+};
+
 // A statement or an expression with what was made of it. It is made when it is first run and made
 // anew when the schema has changed since: statements before it may make the tables it names.
 struct CompiledStatement {
     bool ready = false;
     std::uint64_t generation = 0;  // of the catalogue
-    Translation translation;
-    std::vector<ado::ColumnInfo> columns;
+    // Statements of one shape share these two.
+    std::shared_ptr<const Translation> translation;
+    std::shared_ptr<const std::vector<ado::ColumnInfo>> columns;
     std::vector<std::shared_ptr<PreparedStatement>> statements;  // of the connection's pool
+    // Of a statement that was recognised by its shape: the shape, whose syntax tree has the
+    // literals of another statement, its own constants, and its text, from which its own tree is
+    // made when it has to be translated after all.
+    std::shared_ptr<const StatementShape> shape;
+    std::vector<Value> constants;
+    StatementText text;
+    std::shared_ptr<const tsql::Script> own;
+};
+
+// A statement that was recognised by its shape, and how many parsed ones stand before it.
+struct RecognisedStatement {
+    std::size_t before = 0;
+    CompiledStatement compiled;
+};
+
+// A batch as it was read.
+struct ReadScript {
+    std::shared_ptr<const tsql::Script> parsed;
+    std::vector<RecognisedStatement> recognised;
 };
 
 enum class Operation : std::uint8_t {
@@ -60,7 +90,10 @@ public:
     // Errors 132 and 133 for labels that are there twice or not at all, 1026 for a jump into a TRY
     // or CATCH block.
     Program(std::shared_ptr<const tsql::Script> script, const Catalogue& catalogue,
-            const std::vector<tsql::DeclaredVariable>& parameters = {});
+            const std::vector<tsql::DeclaredVariable>& parameters = {})
+        : Program(ReadScript{std::move(script), {}}, catalogue, parameters) {}
+    Program(ReadScript script, const Catalogue& catalogue,
+            const std::vector<tsql::DeclaredVariable>& parameters);
     Program(const Program&) = delete;
     Program& operator=(const Program&) = delete;
 
@@ -89,6 +122,7 @@ private:
         std::vector<std::size_t> breaks;
     };
 
+    void add(CompiledStatement recognised);
     void add(const tsql::Statement& statement);
     void addNode(const tsql::Statement& statement, const tsql::IfStatement& node);
     void addNode(const tsql::Statement& statement, const tsql::WhileStatement& node);

@@ -15,7 +15,7 @@ void StatementRunner::define(CompiledStatement& prepared, const tsql::Statement&
     Transactions::WriteScope scope(transactions_);
     captures_.removeStale();
     translate(prepared, statement, state_.frame().program.names());
-    Translation& made = prepared.translation;
+    const Translation& made = *prepared.translation;
     checkReferences(made, statement);
     checkIndexes(made);
     for (const DroppedTable& table : made.dropped) {

@@ -9,6 +9,7 @@
 #include "engine/executor/violations.hpp"
 #include "engine/plan/capture.hpp"
 #include "engine/plan/translator.hpp"
+#include "tsql/parser.hpp"
 
 namespace kap::engine {
 namespace {
@@ -75,14 +76,16 @@ bool StatementRunner::isCurrent(const CompiledStatement& prepared) const {
 }
 
 bool StatementRunner::needsScope(const CompiledStatement& prepared) const {
-    return !isCurrent(prepared) || prepared.translation.readsSchema || !transactions_.isSettled();
+    return !isCurrent(prepared) || prepared.translation->readsSchema || !transactions_.isSettled();
 }
 
 void StatementRunner::use(CompiledStatement& prepared, Translation translation) {
     prepared.ready = false;
     prepared.statements.clear();
-    prepared.translation = std::move(translation);
-    prepared.columns = columnInfos(prepared.translation.columns, catalogue_);
+    prepared.columns = std::make_shared<const std::vector<ado::ColumnInfo>>(
+        columnInfos(translation.columns, catalogue_));
+    prepared.constants = translation.constants;
+    prepared.translation = std::make_shared<const Translation>(std::move(translation));
     prepared.generation = catalogue_.generation();
     prepared.ready = true;
 }
@@ -94,13 +97,28 @@ void StatementRunner::translate(CompiledStatement& prepared, const tsql::Stateme
 
 void StatementRunner::ensureCurrent(CompiledStatement& prepared, const tsql::Statement& statement) {
     if (!isCurrent(prepared)) {
-        translate(prepared, statement, state_.frame().program.names());
+        translate(prepared, exact(prepared, statement), state_.frame().program.names());
     }
     prepareAll(prepared);
 }
 
+// A statement that was recognised has the syntax tree of another one of its shape, which differs in
+// literals. Its own is made of its text.
+const tsql::Statement& StatementRunner::exact(CompiledStatement& prepared,
+                                              const tsql::Statement& statement) {
+    if (prepared.shape == nullptr) return statement;
+    if (prepared.own == nullptr) {
+        const StatementText& text = prepared.text;
+        tsql::ParseOptions options = catalogue_.parseOptions(state_.quotedNames);
+        options.firstLine = text.line;
+        prepared.own = std::make_shared<const tsql::Script>(tsql::parseScript(
+            std::string_view(*text.script).substr(text.start, text.end - text.start), options));
+    }
+    return prepared.own->front();
+}
+
 void StatementRunner::prepareAll(CompiledStatement& prepared) {
-    const std::vector<std::string>& sql = prepared.translation.sql;
+    const std::vector<std::string>& sql = prepared.translation->sql;
     prepared.statements.resize(sql.size());
     for (std::size_t i = 0; i < sql.size(); ++i) {
         auto& statement = prepared.statements[i];
@@ -111,7 +129,8 @@ void StatementRunner::prepareAll(CompiledStatement& prepared) {
 }
 
 // One text of several may hold fewer of the values than all together.
-void StatementRunner::bind(const Translation& made, PreparedStatement& statement) const {
+void StatementRunner::bind(const Translation& made, const std::vector<Value>& constants,
+                           PreparedStatement& statement) const {
     const int count = sqlite3_bind_parameter_count(statement.handle());
     if (count == 0) {
         return;
@@ -122,7 +141,7 @@ void StatementRunner::bind(const Translation& made, PreparedStatement& statement
         }
     }
     int slot = made.firstConstant;
-    for (const Value& constant : made.constants) {
+    for (const Value& constant : constants) {
         if (slot >= count) {
             return;
         }
@@ -139,18 +158,18 @@ void StatementRunner::requireHealthy() const {
 // --- Reading
 
 Value StatementRunner::firstValue(CompiledStatement& prepared) {
-    if (prepared.translation.constant) {
-        return *prepared.translation.constant;
+    if (prepared.translation->constant) {
+        return *prepared.translation->constant;
     }
     connection_.errorSlot().error.reset();
     prepareAll(prepared);
     PreparedStatement& statement = *prepared.statements.back();
-    bind(prepared.translation, statement);
+    bind(prepared, statement);
     const ResetGuard guard(statement);
     if (!statement.step()) {
         return std::monostate{};
     }
-    return valueOf(statement, 0, prepared.translation.columns.front().type);
+    return valueOf(statement, 0, prepared.translation->columns.front().type);
 }
 
 void StatementRunner::select(CompiledStatement& prepared, const tsql::Statement& statement,
@@ -159,13 +178,13 @@ void StatementRunner::select(CompiledStatement& prepared, const tsql::Statement&
     if (needsScope(prepared) || !trySelect(prepared, result)) {
         const Transactions::ReadScope scope(transactions_);
         ensureCurrent(prepared, statement);
-        if (prepared.translation.kind == StatementKind::Assign) {
+        if (prepared.translation->kind == StatementKind::Assign) {
             (void)assign(prepared, SchemaCheck::NotNeeded);
         } else {
             (void)fill(prepared, result, SchemaCheck::NotNeeded);
         }
     }
-    if (prepared.translation.kind != StatementKind::Assign) {
+    if (prepared.translation->kind != StatementKind::Assign) {
         results.push_back(std::move(result));
     }
 }
@@ -175,7 +194,7 @@ void StatementRunner::select(CompiledStatement& prepared, const tsql::Statement&
 bool StatementRunner::trySelect(CompiledStatement& prepared, ado::Result& result) {
     try {
         prepareAll(prepared);
-        const bool done = prepared.translation.kind == StatementKind::Assign
+        const bool done = prepared.translation->kind == StatementKind::Assign
                               ? assign(prepared, SchemaCheck::Needed)
                               : fill(prepared, result, SchemaCheck::Needed);
         if (done) {
@@ -197,15 +216,15 @@ bool StatementRunner::fill(CompiledStatement& prepared, ado::Result& result, Sch
     const auto start =
         mayStand ? std::chrono::steady_clock::now() : std::chrono::steady_clock::time_point::max();
     PreparedStatement& rows = *prepared.statements.back();
-    bind(prepared.translation, rows);
+    bind(prepared, rows);
     ResetGuard guard(rows);
     bool more = rows.step();
     if (rows.preparedAnew() && check == SchemaCheck::Needed) {
         return false;
     }
-    const RowReader reader(prepared.columns);
-    result.columns = prepared.columns;
-    result.rows.resize(prepared.columns.size());
+    const RowReader reader(*prepared.columns);
+    result.columns = *prepared.columns;
+    result.rows.resize(prepared.columns->size());
     const std::int64_t most = state_.writes.rowLimit;
     std::int64_t count = 0;
     while (more) {
@@ -215,7 +234,7 @@ bool StatementRunner::fill(CompiledStatement& prepared, ado::Result& result, Sch
         if (more && mayStand &&
             (count >= kFirstRows || std::chrono::steady_clock::now() - start >= kFirstWait)) {
             state_.standing = std::make_unique<StandingRows>(prepared.statements.back(),
-                                                             prepared.columns, count, most);
+                                                             *prepared.columns, count, most);
             guard.release();
             break;
         }
@@ -230,13 +249,13 @@ bool StatementRunner::fill(CompiledStatement& prepared, ado::Result& result, Sch
 // Each row leaves its values in the variables, so the last one's stay.
 bool StatementRunner::assign(CompiledStatement& prepared, SchemaCheck check) {
     PreparedStatement& rows = *prepared.statements.back();
-    bind(prepared.translation, rows);
+    bind(prepared, rows);
     const ResetGuard guard(rows);
     bool more = rows.step();
     if (rows.preparedAnew() && check == SchemaCheck::Needed) {
         return false;
     }
-    const Translation& made = prepared.translation;
+    const Translation& made = *prepared.translation;
     const std::int64_t most = state_.writes.rowLimit;
     std::int64_t count = 0;
     while (more) {
@@ -270,18 +289,18 @@ void StatementRunner::write(CompiledStatement& prepared, const tsql::Statement& 
         transactions_, oneRow ? Transactions::Writes::OneRow : Transactions::Writes::Several);
     captures_.removeStale();
     ensureCurrent(prepared, statement);
-    if (prepared.translation.merge != nullptr) {
-        merge(prepared.translation, statement, results);
-    } else if (prepared.translation.capture) {
+    if (prepared.translation->merge != nullptr) {
+        merge(*prepared.translation, statement, results);
+    } else if (prepared.translation->capture) {
         scope.expectSeveral();
         writeCaught(prepared, statement, results);
     } else {
         runAll(prepared, statement);
         state_.rowCount = connection_.database().changes();
-        noteIdentity(prepared.translation.kind);
+        noteIdentity(prepared.translation->kind);
         addCount(results);
     }
-    if (prepared.translation.positioned && state_.rowCount == 0) {
+    if (prepared.translation->positioned && state_.rowCount == 0) {
         throw tsql::ServerError(tsql::Message::NoRowsTouched);
     }
     scope.keep();
@@ -324,11 +343,11 @@ void StatementRunner::runAll(CompiledStatement& prepared, const tsql::Statement&
     bool inSteps = false;
     const auto run = [&] {
         if (inSteps) {
-            updateInSteps(statement);
+            updateInSteps(exact(prepared, statement));
             return;
         }
         for (const auto& each : prepared.statements) {
-            bind(prepared.translation, *each);
+            bind(prepared, *each);
             each->run();
         }
     };
@@ -337,7 +356,7 @@ void StatementRunner::runAll(CompiledStatement& prepared, const tsql::Statement&
             run();
         } catch (const SqliteError& error) {
             if (error.code() != SQLITE_CONSTRAINT_FOREIGNKEY) throw;
-            const Translation& made = prepared.translation;
+            const Translation& made = *prepared.translation;
             throw ForeignKeySearch(connection_, catalogue_)
                 .find({verbOf(made.kind), made.table, {}, assignedColumns(statement)}, run);
         }
@@ -345,7 +364,7 @@ void StatementRunner::runAll(CompiledStatement& prepared, const tsql::Statement&
     try {
         explained();
     } catch (const SqliteError& error) {
-        if (!canGoInSteps(error, statement, tableOf(prepared.translation))) throw;
+        if (!canGoInSteps(error, statement, tableOf(*prepared.translation))) throw;
         inSteps = true;
         explained();
     }
@@ -369,7 +388,7 @@ void StatementRunner::addCount(std::vector<ado::Result>& results) {
 
 void StatementRunner::writeCaught(CompiledStatement& prepared, const tsql::Statement& statement,
                                   std::vector<ado::Result>& results) {
-    const Translation& made = prepared.translation;
+    const Translation& made = *prepared.translation;
     const Capture capture = *made.capture;
     const Table table = tableOf(made);
     const bool firing = capture.forTriggers && fires(table, capture.event);

@@ -79,7 +79,16 @@ private:
     void use(CompiledStatement& prepared, Translation translation);
     void ensureCurrent(CompiledStatement& prepared, const tsql::Statement& statement);
     void prepareAll(CompiledStatement& prepared);
-    void bind(const Translation& made, PreparedStatement& statement) const;
+    [[nodiscard]] const tsql::Statement& exact(CompiledStatement& prepared,
+                                               const tsql::Statement& statement);
+    void bind(const Translation& made, const std::vector<Value>& constants,
+              PreparedStatement& statement) const;
+    void bind(const Translation& made, PreparedStatement& statement) const {
+        bind(made, made.constants, statement);
+    }
+    void bind(const CompiledStatement& prepared, PreparedStatement& statement) const {
+        bind(*prepared.translation, prepared.constants, statement);
+    }
     [[nodiscard]] Value firstValue(CompiledStatement& prepared);
     void requireHealthy() const;
 

@@ -61,16 +61,16 @@ void StatementRunner::updateInSteps(const tsql::Statement& statement) {
     use(steps, translateUpdateInSteps(std::get<tsql::UpdateStatement>(statement.node),
                                       state_.frame().program.names()));
     DeferredRules rules(connection_.database());
-    PreparedStatement first(connection_.handle(), steps.translation.sql.front());
-    bind(steps.translation, first);
+    PreparedStatement first(connection_.handle(), steps.translation->sql.front());
+    bind(steps, first);
     first.run();
     const Restored caught(state_.capturing);
     if (!state_.capturing.empty()) {
         state_.capturing.clear();
-        PreparedStatement(connection_.handle(), steps.translation.sql[1]).run();
+        PreparedStatement(connection_.handle(), steps.translation->sql[1]).run();
     }
     rules.checkAgain();
-    PreparedStatement(connection_.handle(), steps.translation.sql.back()).run();
+    PreparedStatement(connection_.handle(), steps.translation->sql.back()).run();
     if (hasBrokenReferences(connection_.handle())) {
         throw SqliteError(SQLITE_CONSTRAINT_FOREIGNKEY, "FOREIGN KEY constraint failed", 0);
     }

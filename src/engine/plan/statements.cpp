@@ -83,6 +83,7 @@ void finish(Translation& translation, const Binder& binder) {
     BoundValues values = binder.boundValues();
     translation.variables = std::move(values.variables);
     translation.constants = std::move(values.constants);
+    translation.sources = std::move(values.sources);
     translation.firstConstant = values.firstConstant;
     translation.readsSchema = values.readsSchema;
 }

@@ -230,12 +230,13 @@ private:
 
     std::string valueText(const tsql::ValueOrDefault& value, const Column& column, Scope& scope) {
         if (!value.value) return column.defaultSql ? "(" + *column.defaultSql + ")" : "NULL";
-        return stored(binder_.value(*value.value, scope), column, value.value->line);
+        return stored(binder_.value(*value.value, scope), column, value.value->line,
+                      writtenLiteral(*value.value));
     }
 
-    [[nodiscard]] std::string stored(const BoundExpression& value, const Column& column,
-                                     int line) const {
-        std::string sql = binder_.stored(value, column.type, line);
+    [[nodiscard]] std::string stored(const BoundExpression& value, const Column& column, int line,
+                                     const WrittenLiteral& written = {}) const {
+        std::string sql = binder_.stored(value, column.type, line, written);
         return column.identity ? givenIdentity(table_, sql) : sql;
     }
 

@@ -94,7 +94,7 @@ std::vector<BoundAssignment> bindAssignments(const UpdateStatement& statement, c
         if (assignment.value.value) {
             const BoundExpression bound = binder.value(*assignment.value.value, scope);
             value = binder.stored(throughVariable(assignment.variable, bound, line, binder),
-                                  column->type, line);
+                                  column->type, line, writtenLiteral(*assignment.value.value));
         } else if (column->defaultSql) {
             value = "(" + *column->defaultSql + ")";
         }

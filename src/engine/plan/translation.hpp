@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "engine/binder/constants.hpp"
 #include "engine/catalog/table_definition.hpp"
 #include "engine/catalog/tables.hpp"
 #include "tsql/type_spec.hpp"
@@ -108,8 +109,9 @@ struct Translation {
     bool optional = false;         // IF EXISTS: what is dropped may be missing
     std::vector<int> variables;    // the slots of the variables that `sql` is bound to as ?slot+1
     std::vector<Value> constants;  // bound to `sql` behind all variables
-    int firstConstant = 0;         // the slot of the first of them
-    std::vector<int> assigned;     // of an Assign: the slot that each column goes to
+    std::vector<ConstantSource> sources;  // of the constants, one each
+    int firstConstant = 0;                // the slot of the first of them
+    std::vector<int> assigned;            // of an Assign: the slot that each column goes to
     std::optional<Capture> capture;
     std::shared_ptr<const MergePlan> merge;
     // Of a cursor: the tables whose row numbers are the last of `columns`.

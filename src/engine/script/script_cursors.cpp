@@ -101,11 +101,11 @@ void ScriptRunner::useCursor(Frame& frame, const tsql::CursorStatement& node, in
     CompiledStatement prepared;
     statements_.openCursor(prepared, *cursor.query, cursor.rows);
     cursor.types.clear();
-    for (const ResultColumn& column : prepared.translation.columns) {
+    for (const ResultColumn& column : prepared.translation->columns) {
         cursor.types.push_back(column.type);
     }
     cursor.rowNumbers.clear();
-    const std::vector<std::string>& tables = prepared.translation.rowTables;
+    const std::vector<std::string>& tables = prepared.translation->rowTables;
     const std::size_t own = cursor.types.size() - tables.size();
     for (std::size_t i = 0; i < tables.size(); ++i) {
         cursor.rowNumbers.emplace_back(tables[i], std::move(cursor.rows.rows[own + i]));

@@ -49,8 +49,8 @@ RaisedError ScriptRunner::raisedBy(const SqliteError& error, const Instruction& 
         throw BatchEnded{true};
     }
     WriteContext context;
-    if (!instruction.parts.empty()) {
-        const Translation& made = instruction.parts.front().translation;
+    if (!instruction.parts.empty() && instruction.parts.front().translation != nullptr) {
+        const Translation& made = *instruction.parts.front().translation;
         context = {verbOf(made.kind), made.table, {}};
     }
     return raisedBy(explained(connection_, catalogue_, error, context), instruction.line);

@@ -14,7 +14,6 @@
 #include "engine/plan/translator.hpp"
 #include "engine/script/running.hpp"
 #include "engine/sqlite/time_limit.hpp"
-#include "tsql/parser.hpp"
 
 namespace kap::engine {
 namespace {
@@ -210,16 +209,18 @@ std::shared_ptr<Program> ScriptRunner::programOf(
         return *found;
     }
     tsql::ParseOptions options = catalogue_.parseOptions(state_.quotedNames);
+    options.marksLiterals = true;
     std::vector<std::string> declared;
     declared.reserve(parameters.size());
     for (const tsql::DeclaredVariable& parameter : parameters) {
         declared.push_back(parameter.name);
     }
     options.variables = &declared;
-    auto syntax = std::make_shared<const tsql::Script>(tsql::parseScript(script, options));
-    auto program = std::make_shared<Program>(std::move(syntax), catalogue_, parameters);
+    ReadScript read = this->read(script, options, !parameters.empty());
+    const bool keeps = script.size() <= kLongestKept && read.recognised.empty();
+    auto program = std::make_shared<Program>(std::move(read), catalogue_, parameters);
     program->names().follow(state_.writes);
-    if (script.size() <= kLongestKept && kept_.find(keyText) == nullptr) {
+    if (keeps && kept_.find(keyText) == nullptr) {
         kept_.insert(keyText, program);
     }
     return program;

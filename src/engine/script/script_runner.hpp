@@ -6,6 +6,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -19,9 +20,11 @@
 #include "engine/executor/statement_runner.hpp"
 #include "engine/executor/transactions.hpp"
 #include "engine/script/simple_values.hpp"
+#include "engine/script/statement_shapes.hpp"
 #include "engine/sqlite/file_connection.hpp"
 #include "engine/sqlite/journal_watch.hpp"
 #include "engine/sqlite/server_errors.hpp"
+#include "tsql/script_reader.hpp"
 #include "tsql/statements.hpp"
 
 namespace kap::engine {
@@ -33,7 +36,8 @@ class RowStream;
 // running prepared SQL.
 //
 // One class, a file for each part: script_runner.cpp requests and the flow, script_ahead.cpp what
-// is looked at before a script begins, script_errors.cpp what errors do, script_statements.cpp the
+// is looked at before a script begins, script_reading.cpp which statements are known by their
+// shapes, script_errors.cpp what errors do, script_statements.cpp the
 // statements that have no SQL, script_settings.cpp SET, script_calls.cpp procedures and dynamic
 // SQL, system_procedures.cpp the server's own, script_modules.cpp functions and triggers,
 // script_definitions.cpp what is stored by its text, script_cursors.cpp cursors,
@@ -123,6 +127,15 @@ private:
     [[nodiscard]] std::size_t runStatement(Frame& frame, Instruction& instruction, std::size_t at,
                                            std::vector<ado::Result>& results);
     void finishRequest(std::vector<ado::ServerMessage>& messages);
+
+    // script_reading.cpp
+    [[nodiscard]] ReadScript read(std::string_view script, const tsql::ParseOptions& options,
+                                  bool hasParameters);
+    [[nodiscard]] std::optional<StatementShapes::Found> recognise(tsql::ScriptReader& reader,
+                                                                  tsql::Script& parsed);
+    [[nodiscard]] std::shared_ptr<const StatementShape> learn(std::span<const tsql::Token> tokens,
+                                                              std::size_t first,
+                                                              tsql::Statement& statement);
 
     // script_streaming.cpp
     [[nodiscard]] bool mayStream(const ado::Request& request, Program& program) const;
@@ -256,6 +269,7 @@ private:
     Cursors cursors_;
     std::vector<ado::ServerMessage>* messages_ = nullptr;  // of the request that is running
     LruCache<std::shared_ptr<Program>> kept_;
+    StatementShapes shapes_;
     std::map<std::string, std::shared_ptr<Program>> modulePrograms_;
     std::weak_ptr<RowStream> standing_;  // the query that stands at its rows
     JournalWatch journal_;

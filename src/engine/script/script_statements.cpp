@@ -161,7 +161,7 @@ Value ScriptRunner::evaluateAny(Frame& frame, Instruction& instruction, std::siz
     CompiledStatement& prepared = part(instruction, index);
     Value value = statements_.value(
         prepared, [&] { return translateValue(expression, frame.program.names()); });
-    type = prepared.translation.columns.front().type;
+    type = prepared.translation->columns.front().type;
     return value;
 }
 

@@ -1,0 +1,103 @@
+#include "engine/plan/statement_shape.hpp"
+
+#include <algorithm>
+#include <array>
+#include <string_view>
+#include <utility>
+
+#include "base/ascii.hpp"
+#include "engine/binder/constants.hpp"
+
+namespace kap::engine {
+namespace {
+
+using tsql::LiteralKind;
+using tsql::Token;
+using tsql::TokenKind;
+
+LiteralKind literalKindOf(TokenKind kind) {
+    switch (kind) {
+        case TokenKind::Integer:
+            return LiteralKind::Integer;
+        case TokenKind::Decimal:
+            return LiteralKind::Decimal;
+        case TokenKind::Float:
+            return LiteralKind::Float;
+        case TokenKind::Money:
+            return LiteralKind::Money;
+        case TokenKind::Text:
+            return LiteralKind::Text;
+        case TokenKind::NationalText:
+            return LiteralKind::NationalText;
+        case TokenKind::Binary:
+            return LiteralKind::Binary;
+        default:
+            return LiteralKind::Null;
+    }
+}
+
+// Statements end without a mark. These words begin one and never go on with the one before.
+bool endsStatement(const Token& next) {
+    static constexpr std::array<std::string_view, 6> kFirstWords{"INSERT", "UPDATE", "DELETE",
+                                                                 "SELECT", "COMMIT", "IF"};
+    if (next.kind == TokenKind::End) return true;
+    if (next.kind == TokenKind::Operator) return next.text == ";";
+    return next.kind == TokenKind::Word &&
+           std::ranges::any_of(kFirstWords, [&](std::string_view word) {
+               return equalsIgnoringCase(next.text, word);
+           });
+}
+
+// One text, whose only values are its constants.
+bool canBeShared(const Translation& translation) {
+    const bool kind =
+        translation.kind == StatementKind::Select || translation.kind == StatementKind::Insert ||
+        translation.kind == StatementKind::Update || translation.kind == StatementKind::Delete;
+    return kind && translation.sql.size() == 1 && translation.variables.empty() &&
+           !translation.capture && translation.merge == nullptr && !translation.positioned &&
+           !translation.created && !translation.readsSchema;
+}
+
+bool fits(const ShapeToken& wanted, const Token& found) {
+    return wanted.kind == found.kind && (wanted.free || wanted.text == found.text);
+}
+
+}  // namespace
+
+std::optional<std::vector<Value>> StatementShape::constantsOf(std::span<const Token> from) const {
+    if (from.size() <= tokens.size() || !endsStatement(from[tokens.size()])) return std::nullopt;
+    if (!std::ranges::equal(tokens, from.first(tokens.size()), fits)) return std::nullopt;
+    std::vector<Value> constants = translation->constants;
+    for (std::size_t i = 0; i < constants.size(); ++i) {
+        const ConstantSource& source = translation->sources[i];
+        if (source.use == ConstantSource::Use::Unknown) continue;
+        const Token& token = from[source.token];
+        auto constant = constantFrom(source, {literalKindOf(token.kind), token.text});
+        if (!constant) return std::nullopt;
+        constants[i] = std::move(*constant);
+    }
+    return constants;
+}
+
+std::shared_ptr<StatementShape> shapeOf(std::span<const Token> statement, std::size_t first,
+                                        Translation translation) {
+    if (!canBeShared(translation)) return nullptr;
+    auto shape = std::make_shared<StatementShape>();
+    shape->tokens.reserve(statement.size());
+    for (const Token& token : statement)
+        shape->tokens.push_back({token.kind, token.text, false});
+    bool free = false;
+    for (ConstantSource& source : translation.sources) {
+        if (source.use == ConstantSource::Use::Unknown) continue;
+        source.token -= first;
+        ShapeToken& token = shape->tokens.at(source.token);
+        token.free = true;
+        token.text.clear();
+        free = true;
+    }
+    if (!free) return nullptr;
+    shape->translation = std::make_shared<const Translation>(std::move(translation));
+    return shape;
+}
+
+}  // namespace kap::engine
