@@ -17,6 +17,13 @@ void growBy(Values& values, std::size_t count) {
     }
 }
 
+// Moving a small column costs more than its room is worth.
+template <typename T>
+void giveBack(std::vector<T>& values) {
+    constexpr std::size_t kSmall = 4096;
+    if ((values.capacity() - values.size()) * sizeof(T) > kSmall) values.shrink_to_fit();
+}
+
 }  // namespace
 
 void ColumnStore::makeRoom(std::size_t rows, std::size_t bytes) {
@@ -89,9 +96,9 @@ void ColumnStore::clear() noexcept {
 }
 
 void ColumnStore::shrink() {
-    words_.shrink_to_fit();
-    cells_.shrink_to_fit();
-    arena_.shrink_to_fit();
+    giveBack(words_);
+    giveBack(cells_);
+    giveBack(arena_);
 }
 
 std::size_t ColumnStore::memory() const noexcept {

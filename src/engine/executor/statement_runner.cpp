@@ -18,6 +18,11 @@ namespace {
 // after so long a time.
 constexpr std::int64_t kFirstRows = 100;
 constexpr std::chrono::milliseconds kFirstWait{20};
+// Asking for the time costs as much as reading a small row: it is asked for at each of the first
+// rows, and then at every so many.
+constexpr std::int64_t kRowsBetweenLooks = 8;
+// Of a small result: most grow no more than once.
+constexpr std::size_t kUsualRows = 16;
 
 }  // namespace
 
@@ -215,6 +220,10 @@ bool StatementRunner::fill(CompiledStatement& prepared, ado::Result& result, Sch
     const bool mayStand = state_.mayStand && state_.frames.size() == 1;
     const auto start =
         mayStand ? std::chrono::steady_clock::now() : std::chrono::steady_clock::time_point::max();
+    const auto waitedLong = [start](std::int64_t rows) {
+        return (rows < kRowsBetweenLooks || rows % kRowsBetweenLooks == 0) &&
+               std::chrono::steady_clock::now() - start >= kFirstWait;
+    };
     PreparedStatement& rows = *prepared.statements.back();
     bind(prepared, rows);
     ResetGuard guard(rows);
@@ -227,12 +236,16 @@ bool StatementRunner::fill(CompiledStatement& prepared, ado::Result& result, Sch
     result.rows.resize(prepared.columns->size());
     const std::int64_t most = state_.writes.rowLimit;
     std::int64_t count = 0;
+    if (more) {
+        for (ado::ColumnStore& column : result.rows) {
+            column.reserve(kUsualRows);
+        }
+    }
     while (more) {
         reader.read(rows, result.rows);
         ++count;
         more = (most == 0 || count < most) && rows.step();
-        if (more && mayStand &&
-            (count >= kFirstRows || std::chrono::steady_clock::now() - start >= kFirstWait)) {
+        if (more && mayStand && (count >= kFirstRows || waitedLong(count))) {
             state_.standing = std::make_unique<StandingRows>(prepared.statements.back(),
                                                              *prepared.columns, count, most);
             guard.release();
