@@ -14,8 +14,6 @@ namespace kap::engine {
 
 namespace {
 
-// A statement with more of them than a row has columns is a list of rows, which does not come back.
-constexpr std::size_t kMostConstants = 64;
 // A statement that is kept holds what was last bound to it.
 constexpr std::size_t kLongestConstant = 1000;
 
@@ -73,8 +71,8 @@ bool Binder::bindsToo(const BoundExpression& value) const {
            isShort(*value.constant);
 }
 
-std::string Binder::parameter(std::size_t constant) const {
-    return "?" + plain::text(static_cast<std::int64_t>(names_.variables().size() + constant) + 1);
+std::string Binder::parameter(std::size_t constant) {
+    return "?" + plain::text(static_cast<std::int64_t>(constant) + 1);
 }
 
 void Binder::met(const tsql::Literal& literal) {
@@ -98,8 +96,7 @@ std::string Binder::operand(const BoundExpression& value, const ConstantSource& 
     const auto found = std::find(constants_.begin(), constants_.end(), *value.constant);
     const auto place = static_cast<std::size_t>(found - constants_.begin());
     if (found == constants_.end()) {
-        return constants_.size() == kMostConstants ? value.sql
-                                                   : addConstant(*value.constant, source);
+        return isFull() ? value.sql : addConstant(*value.constant, source);
     }
     const bool same =
         source.use != ConstantSource::Use::Unknown && sources_[place].token == source.token;
@@ -115,7 +112,7 @@ std::string Binder::operand(const BoundExpression& value, const ConstantSource& 
 // be equal have the text of the others.
 std::string Binder::storedConstant(const BoundExpression& value,
                                    const ConstantSource& source) const {
-    if (!bindsToo(value) || constants_.size() == kMostConstants) return value.sql;
+    if (!bindsToo(value) || isFull()) return value.sql;
     return addConstant(*value.constant, source);
 }
 
@@ -166,8 +163,7 @@ BoundValues Binder::boundValues() const {
             source.use = ConstantSource::Use::Unknown;
         }
     }
-    return {usedVariables_, constants_, std::move(sources),
-            static_cast<int>(names_.variables().size()), readsSchema_};
+    return {usedVariables_, constants_, std::move(sources), readsSchema_};
 }
 
 }  // namespace kap::engine

@@ -183,15 +183,16 @@ BoundExpression Binder::node(const tsql::VariableReference& node, int line, Scop
     if (variable == nullptr) {
         throw ServerError(tsql::Message::UndeclaredVariable, {node.name}, line);
     }
-    const std::string number = plain::text(variable->slot + (variablesPerRow_ ? 0 : 1));
     if (variablesPerRow_) {
-        return BoundExpression::expression(callText("kap_variable", number), variable->type, true);
+        return BoundExpression::expression(callText("kap_variable", plain::text(variable->slot)),
+                                           variable->type, true);
     }
     if (std::find(usedVariables_.begin(), usedVariables_.end(), variable->slot) ==
         usedVariables_.end()) {
         usedVariables_.push_back(variable->slot);
     }
-    return BoundExpression::expression("?" + number, variable->type, true);
+    return BoundExpression::expression("?" + plain::text(parameterOf(variable->slot)),
+                                       variable->type, true);
 }
 
 BoundExpression Binder::node(const tsql::UnaryExpression& node, int line, Scope& scope) {

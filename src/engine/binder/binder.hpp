@@ -49,7 +49,6 @@ struct BoundValues {
     std::vector<int> variables;  // their slots
     std::vector<Value> constants;
     std::vector<ConstantSource> sources;  // of the constants, one each
-    int firstConstant = 0;                // the slot of the first of them
     bool readsSchema = false;
 };
 
@@ -200,7 +199,10 @@ private:
                                                 const BoundExpression& before,
                                                 const BoundExpression& after) const;
     [[nodiscard]] bool bindsToo(const BoundExpression& value) const;
-    [[nodiscard]] std::string parameter(std::size_t constant) const;
+    [[nodiscard]] bool isFull() const {
+        return constants_.size() == static_cast<std::size_t>(kMostConstants);
+    }
+    [[nodiscard]] static std::string parameter(std::size_t constant);
 
     // bind_expressions.cpp
     [[nodiscard]] BoundExpression node(const tsql::Literal& node, int line, Scope& scope);

@@ -17,6 +17,15 @@ enum class Constants : std::uint8_t {
              // that differ in nothing else share one text
 };
 
+// A statement with more constants than this has the others in its text: it is a list of rows, which
+// does not come back. They are its first parameters, and variables the ones behind so many: so the
+// text of a statement does not depend on how many variables its script has.
+inline constexpr int kMostConstants = 64;
+// The number of the parameter that a variable's value is bound to.
+[[nodiscard]] constexpr int parameterOf(int slot) {
+    return kMostConstants + slot + 1;
+}
+
 // How a bound constant follows from a literal of the statement. Where one is known, nothing else of
 // the statement depends on that literal's value: another literal of the kind can take its place.
 struct ConstantSource {

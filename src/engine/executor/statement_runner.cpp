@@ -141,16 +141,17 @@ void StatementRunner::bind(const Translation& made, const std::vector<Value>& co
         return;
     }
     for (const int slot : made.variables) {
-        if (slot < count) {
-            statement.bind(slot + 1, state_.frame().values[static_cast<std::size_t>(slot)]);
+        if (parameterOf(slot) <= count) {
+            statement.bind(parameterOf(slot),
+                           state_.frame().values[static_cast<std::size_t>(slot)]);
         }
     }
-    int slot = made.firstConstant;
+    int parameter = 0;
     for (const Value& constant : constants) {
-        if (slot >= count) {
+        if (parameter == count) {
             return;
         }
-        statement.bind(++slot, constant);
+        statement.bind(++parameter, constant);
     }
 }
 

@@ -36,10 +36,11 @@ LiteralKind literalKindOf(TokenKind kind) {
     }
 }
 
-// Statements end without a mark. These words begin one and never go on with the one before.
+// Statements end without a mark. These words begin one and never go on with a whole one before.
 bool endsStatement(const Token& next) {
-    static constexpr std::array<std::string_view, 6> kFirstWords{"INSERT", "UPDATE", "DELETE",
-                                                                 "SELECT", "COMMIT", "IF"};
+    static constexpr std::array<std::string_view, 13> kFirstWords{
+        "SET",    "INSERT",   "UPDATE", "DELETE", "SELECT", "IF",   "DECLARE",
+        "COMMIT", "ROLLBACK", "PRINT",  "RETURN", "GOTO",   "BEGIN"};
     if (next.kind == TokenKind::End) return true;
     if (next.kind == TokenKind::Operator) return next.text == ";";
     return next.kind == TokenKind::Word &&

@@ -84,7 +84,6 @@ void finish(Translation& translation, const Binder& binder) {
     translation.variables = std::move(values.variables);
     translation.constants = std::move(values.constants);
     translation.sources = std::move(values.sources);
-    translation.firstConstant = values.firstConstant;
     translation.readsSchema = values.readsSchema;
 }
 

@@ -105,12 +105,11 @@ struct Translation {
     std::optional<TableDefinition> created;
     std::vector<DroppedTable> dropped;
     std::vector<DroppedIndex> dropsIndexes;
-    bool fills = false;            // `created` is filled by the last of `sql`
-    bool optional = false;         // IF EXISTS: what is dropped may be missing
-    std::vector<int> variables;    // the slots of the variables that `sql` is bound to as ?slot+1
-    std::vector<Value> constants;  // bound to `sql` behind all variables
+    bool fills = false;                   // `created` is filled by the last of `sql`
+    bool optional = false;                // IF EXISTS: what is dropped may be missing
+    std::vector<int> variables;           // their slots; see parameterOf()
+    std::vector<Value> constants;         // the first parameters of `sql`
     std::vector<ConstantSource> sources;  // of the constants, one each
-    int firstConstant = 0;                // the slot of the first of them
     std::vector<int> assigned;            // of an Assign: the slot that each column goes to
     std::optional<Capture> capture;
     std::shared_ptr<const MergePlan> merge;

@@ -17,14 +17,10 @@ namespace {
 using tsql::Token;
 using tsql::TokenKind;
 
-// Whether the tokens of the script mean the same wherever they stand in it. Variables have their
-// places among the values of a program, and a setting changes what quoted words are.
-bool standAlone(const std::vector<Token>& tokens) {
-    return std::ranges::none_of(tokens, [](const Token& token) {
-        return token.kind == TokenKind::Parameter ||
-               (token.kind == TokenKind::Variable && !token.text.starts_with("@@")) ||
-               (token.kind == TokenKind::Word &&
-                equalsIgnoringCase(token.text, "QUOTED_IDENTIFIER"));
+// Whether the script changes what quoted words are on its way.
+bool changesQuotes(const std::vector<Token>& tokens) {
+    return std::ranges::any_of(tokens, [](const Token& token) {
+        return token.kind == TokenKind::Word && equalsIgnoringCase(token.text, "QUOTED_IDENTIFIER");
     });
 }
 
@@ -50,10 +46,9 @@ CompiledStatement compiledOf(StatementShapes::Found found, StatementText text) {
 
 }  // namespace
 
-ReadScript ScriptRunner::read(std::string_view script, const tsql::ParseOptions& options,
-                              bool hasParameters) {
+ReadScript ScriptRunner::read(std::string_view script, const tsql::ParseOptions& options) {
     tsql::ScriptReader reader(script, options);
-    const bool byShapes = !hasParameters && !state_.showPlan && standAlone(reader.tokens());
+    const bool byShapes = !state_.showPlan && !changesQuotes(reader.tokens());
     tsql::Script parsed;
     std::vector<RecognisedStatement> recognised;
     std::shared_ptr<const std::string> text;

@@ -216,7 +216,7 @@ std::shared_ptr<Program> ScriptRunner::programOf(
         declared.push_back(parameter.name);
     }
     options.variables = &declared;
-    ReadScript read = this->read(script, options, !parameters.empty());
+    ReadScript read = this->read(script, options);
     const bool keeps = script.size() <= kLongestKept && read.recognised.empty();
     auto program = std::make_shared<Program>(std::move(read), catalogue_, parameters);
     program->names().follow(state_.writes);

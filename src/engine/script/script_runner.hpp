@@ -129,8 +129,7 @@ private:
     void finishRequest(std::vector<ado::ServerMessage>& messages);
 
     // script_reading.cpp
-    [[nodiscard]] ReadScript read(std::string_view script, const tsql::ParseOptions& options,
-                                  bool hasParameters);
+    [[nodiscard]] ReadScript read(std::string_view script, const tsql::ParseOptions& options);
     [[nodiscard]] std::optional<StatementShapes::Found> recognise(tsql::ScriptReader& reader,
                                                                   tsql::Script& parsed);
     [[nodiscard]] std::shared_ptr<const StatementShape> learn(std::span<const tsql::Token> tokens,
