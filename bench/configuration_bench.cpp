@@ -121,7 +121,7 @@ private:
             throw std::runtime_error("the configuration cannot be opened bare");
         }
         bare_.reset(handle);
-        kap::engine::registerCollation(handle);  // the columns name it
+        kap::engine::registerCollations(handle);  // the columns name it
     }
 
     struct Close {

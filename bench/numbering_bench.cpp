@@ -63,7 +63,7 @@ private:
             throw std::runtime_error("the sample company cannot be opened bare");
         }
         bare_.reset(handle);
-        kap::engine::registerCollation(bare_.get());  // the columns name it
+        kap::engine::registerCollations(bare_.get());  // the columns name it
         run("PRAGMA synchronous = FULL");
     }
     ~Company() {

@@ -80,7 +80,7 @@ public:
         database_.reset(handle);
         if (result != SQLITE_OK) throw std::runtime_error("the file cannot be opened bare");
         sqlite3_busy_timeout(handle, kBusyMillis);
-        kap::engine::registerCollation(handle);  // the columns name it
+        kap::engine::registerCollations(handle);  // the columns name it
         run("PRAGMA synchronous = FULL");
     }
     void run(const char* sql) {

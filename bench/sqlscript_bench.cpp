@@ -71,7 +71,7 @@ private:
             throw std::runtime_error("the database cannot be opened bare");
         }
         bare_.reset(handle);
-        kap::engine::registerCollation(handle);  // the columns name it
+        kap::engine::registerCollations(handle);  // the columns name it
         runBare("PRAGMA synchronous = OFF");
     }
 

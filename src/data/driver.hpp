@@ -42,6 +42,8 @@ struct ColumnInfo {
     bool generated = false;  // computed by the database from other columns of the row
     // A decimal of more digits than a word holds: kept as its plain text, without zeros at its end.
     bool wideDecimal = false;
+    // The type as the embedded engine has it, packed; 0: the column is another driver's.
+    std::int64_t engineType = 0;
     // Of a column made by hand: the bits of FieldAttributeEnum that its maker gave it.
     std::optional<std::int32_t> givenAttributes = {};
 

@@ -23,9 +23,11 @@ void makeComparable(const ado::ColumnDefinition& column, std::string& text) {
     const bool number = column.type == DataTypeEnum::adCurrency ||
                         column.type == DataTypeEnum::adNumeric ||
                         column.type == DataTypeEnum::adDecimal;
-    // Times have as many decimals as the database gives them.
-    if ((number || column.type == DataTypeEnum::adDBTimeStamp) &&
-        text.find('.') != std::string::npos) {
+    // Times have as many decimals as the database gives them, also where they come as texts.
+    const bool time = column.type == DataTypeEnum::adDBTimeStamp ||
+                      column.declared.starts_with("datetime2") ||
+                      column.declared.starts_with("time(");
+    if ((number || time) && text.find('.') != std::string::npos) {
         text.erase(text.find_last_not_of('0') + 1);
         if (text.ends_with('.')) {
             text.pop_back();

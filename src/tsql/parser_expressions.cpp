@@ -131,7 +131,18 @@ ExpressionPtr Parser::signedValue(Place place) {
         return make(UnaryExpression{op, std::move(operand)}, line, below);
     }
     ExpressionPtr result = primary(place);
-    if (atKeyword("COLLATE")) collation();
+    while (!result->isPredicate()) {
+        if (atKeyword("COLLATE")) {
+            collation();
+        } else if (atKeyword("AT") && atKeyword("TIME", 1) && atKeyword("ZONE", 2)) {
+            const int line = next().line;
+            next();
+            next();
+            result = invoked(kAtTimeZone, line, std::move(result), primary(Place::Value));
+        } else {
+            break;
+        }
+    }
     return result;
 }
 

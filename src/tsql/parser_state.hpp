@@ -305,6 +305,7 @@ private:
     TypeSpec type(const std::string& owner, int ordinal);
     TypeSpec sizedType(TypeSpec spec, const std::string& owner, int ordinal);
     void decimalSize(TypeSpec& spec, const std::string& owner, int ordinal);
+    void fractionSize(TypeSpec& spec);
     void lengthSize(TypeSpec& spec, const std::string& owner);
     int sizeNumber();
 

@@ -43,9 +43,8 @@ std::optional<SqlType> typeNamed(std::string_view word) {
     return std::nullopt;
 }
 
-constexpr std::array kRefusedWords{"datetime2",   "datetimeoffset", "time",      "xml",
-                                   "sql_variant", "hierarchyid",    "geography", "geometry",
-                                   "cursor",      "table"};
+constexpr std::array kRefusedWords{"xml",      "sql_variant", "hierarchyid", "geography",
+                                   "geometry", "cursor",      "table"};
 
 std::string place(const std::string& owner, int ordinal) {
     return owner.empty() ? "CAST or CONVERT"
@@ -110,6 +109,8 @@ TypeSpec Parser::sizedType(TypeSpec spec, const std::string& owner, int ordinal)
         lengthSize(spec, owner);
     } else if (isDecimal(spec.type)) {
         decimalSize(spec, owner, ordinal);
+    } else if (isFineDate(spec.type)) {
+        fractionSize(spec);
     } else if (spec.type == SqlType::Float) {
         const int precision = sizeNumber();
         if (precision > kMaxFloatPrecision) {
@@ -160,6 +161,17 @@ void Parser::decimalSize(TypeSpec& spec, const std::string& owner, int ordinal) 
         throw ServerError(Message::ScaleOutOfRange,
                           {plain::text(spec.scale), owner, plain::text(spec.precision)}, line);
     }
+}
+
+void Parser::fractionSize(TypeSpec& spec) {
+    if (peek().kind != TokenKind::Integer) unexpected();
+    const Token& token = next();
+    const auto size = plain::readInt(token.text);
+    const int most = factsOf(spec.type).scale;
+    if (!size || *size > most) {
+        throw ServerError(Message::InvalidScale, {plain::text(token.line), token.text}, token.line);
+    }
+    spec.scale = *size;
 }
 
 int Parser::sizeNumber() {

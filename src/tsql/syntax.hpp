@@ -173,6 +173,9 @@ struct FunctionCall {
     std::vector<OrderItem> within = {};  // of WITHIN GROUP (ORDER BY ...)
 };
 
+// What `date AT TIME ZONE name` is called as a function of both.
+inline constexpr const char* kAtTimeZone = "at time zone";
+
 // DEFAULT as an argument of a stored function: the value that the function has for the parameter.
 struct DefaultArgument {};
 

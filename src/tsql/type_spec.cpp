@@ -58,9 +58,9 @@ constexpr auto kTypeRows = std::to_array<TypeRow>({
     {SqlType::SmallMoney,    {"smallmoney",    {SqlType::SmallMoney},          122,    4, 10, 4, 17, kAdCurrency,        8,               10,    kNone, true}},
     {SqlType::Float,         {"float",         {SqlType::Float},                62,    8, 53, 0, 21, kAdDouble,          8,               15,    kNone, true}},
     {SqlType::Real,          {"real",          {SqlType::Real},                 59,    4, 24, 0, 20, kAdSingle,          4,               7,     kNone, true}},
-    {SqlType::Date,          {"date",          {SqlType::Date},                 40,    3, 10, 0, 22, kAdDbDate,          6,               10,    kNone, true}},
-    {SqlType::DateTime,      {"datetime",      {SqlType::DateTime},             61,    8, 23, 3, 24, kAdDbTimeStamp,     16,              23,    3,     true}},
-    {SqlType::SmallDateTime, {"smalldatetime", {SqlType::SmallDateTime},        58,    4, 16, 0, 23, kAdDbTimeStamp,     16,              16,    0,     true}},
+    {SqlType::Date,          {"date",          {SqlType::Date},                 40,    3, 10, 0, 23, kAdDbDate,          6,               10,    kNone, true}},
+    {SqlType::DateTime,      {"datetime",      {SqlType::DateTime},             61,    8, 23, 3, 25, kAdDbTimeStamp,     16,              23,    3,     true}},
+    {SqlType::SmallDateTime, {"smalldatetime", {SqlType::SmallDateTime},        58,    4, 16, 0, 24, kAdDbTimeStamp,     16,              16,    0,     true}},
     {SqlType::Char,          {"char",          {SqlType::Char, 1},             175, 8000,  0, 0,  3, kAdChar,            0,               kNone, kNone, true}},
     {SqlType::VarChar,       {"varchar",       {SqlType::VarChar, 1},          167, 8000,  0, 0,  4, kAdVarChar,         0,               kNone, kNone, false}},
     {SqlType::NChar,         {"nchar",         {SqlType::NChar, 1},            239, 8000,  0, 0,  5, kAdWChar,           0,               kNone, kNone, true}},
@@ -72,6 +72,9 @@ constexpr auto kTypeRows = std::to_array<TypeRow>({
     {SqlType::Image,         {"image",         {SqlType::Image, kMaxLength},    34,   16,  0, 0,  9, kAdLongVarBinary,   kLongBytes,      kNone, kNone, false}},
     {SqlType::Timestamp,     {"timestamp",     {SqlType::Timestamp, 8},        189,    8,  0, 0,  8, kAdBinary,          8,               kNone, kNone, true}},
     {SqlType::UniqueIdentifier, {"uniqueidentifier", {SqlType::UniqueIdentifier, 16}, 36, 16, 0, 0, 7, kAdGuid,          16,              kNone, kNone, true}},
+    {SqlType::Time,          {"time",          {SqlType::Time, 0, 0, 7},        41,    5, 16, 7, 22, kAdVarWChar,        0,               kNone, kNone, false}},
+    {SqlType::DateTime2,     {"datetime2",     {SqlType::DateTime2, 0, 0, 7},   42,    8, 27, 7, 26, kAdVarWChar,        0,               kNone, kNone, false}},
+    {SqlType::DateTimeOffset, {"datetimeoffset", {SqlType::DateTimeOffset, 0, 0, 7}, 43, 10, 34, 7, 27, kAdVarWChar,     0,               kNone, kNone, false}},
 });
 // clang-format on
 
@@ -88,6 +91,12 @@ static_assert(isInOrder());
 
 int bytesOfDecimal(int precision) {
     return precision <= 9 ? 5 : precision <= 19 ? 9 : precision <= 28 ? 13 : 17;
+}
+
+// Three days' bytes less for a time alone, two more for the offset.
+int bytesOfFineDate(const TypeSpec& type) {
+    const int time = type.scale <= 2 ? 3 : type.scale <= 4 ? 4 : 5;
+    return factsOf(type.type).bytes - factsOf(SqlType::Time).bytes + time;
 }
 
 bool between(SqlType type, SqlType first, SqlType last) {
@@ -117,17 +126,22 @@ TypeSpec widestOf(SqlType type) {
 int bytesOf(const TypeSpec& type) {
     constexpr int kNationalBytes = 2;
     if (isDecimal(type.type)) return bytesOfDecimal(type.precision);
+    if (isFineDate(type.type)) return bytesOfFineDate(type);
     if (!hasLength(type.type)) return factsOf(type.type).bytes;
     const bool wide = isNational(type.type) && type.length != kMaxLength;
     return type.length * (wide ? kNationalBytes : 1);
 }
 
 int precisionOf(const TypeSpec& type) {
-    return isDecimal(type.type) ? type.precision : factsOf(type.type).precision;
+    if (isDecimal(type.type)) return type.precision;
+    const TypeFacts& facts = factsOf(type.type);
+    if (!isFineDate(type.type)) return facts.precision;
+    // The characters of such a date; without decimals it has no point, either.
+    return facts.precision - facts.scale + (type.scale == 0 ? -1 : type.scale);
 }
 
 int scaleOf(const TypeSpec& type) {
-    return isDecimal(type.type) ? type.scale : factsOf(type.type).scale;
+    return isDecimal(type.type) || isFineDate(type.type) ? type.scale : factsOf(type.type).scale;
 }
 
 std::string typeText(const TypeSpec& spec) {
@@ -135,6 +149,7 @@ std::string typeText(const TypeSpec& spec) {
     if (isDecimal(spec.type)) {
         return name + "(" + plain::text(spec.precision) + "," + plain::text(spec.scale) + ")";
     }
+    if (isFineDate(spec.type)) return name + "(" + plain::text(spec.scale) + ")";
     if (!hasLength(spec.type)) return name;
     return name + "(" + (spec.length == kMaxLength ? "max" : plain::text(spec.length)) + ")";
 }
@@ -158,7 +173,13 @@ bool isNumber(SqlType type) {
     return between(type, SqlType::Bit, SqlType::Real);
 }
 bool isDate(SqlType type) {
-    return between(type, SqlType::Date, SqlType::SmallDateTime);
+    return between(type, SqlType::Date, SqlType::SmallDateTime) || isFineDate(type);
+}
+bool isDateTime(SqlType type) {
+    return type == SqlType::DateTime || type == SqlType::SmallDateTime;
+}
+bool isFineDate(SqlType type) {
+    return between(type, SqlType::Time, SqlType::DateTimeOffset);
 }
 bool isText(SqlType type) {
     return between(type, SqlType::Char, SqlType::NText);

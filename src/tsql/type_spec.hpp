@@ -30,13 +30,18 @@ enum class SqlType {
     Image,
     Timestamp,  // also written rowversion: eight bytes that change with every write of the row
     UniqueIdentifier,
+    // Behind the others: files hold texts in which a type is its number here.
+    Time,
+    DateTime2,
+    DateTimeOffset,
 };
 
 // The length of varchar(max), nvarchar(max), varbinary(max), text, ntext and image.
 inline constexpr int kMaxLength = -1;
 
 // A type with its length (characters of text, bytes of binary), precision and scale; what does not
-// apply is 0.
+// apply is 0. The scale of time, datetime2 and datetimeoffset is that of their seconds, how many
+// digits these have behind the point.
 struct TypeSpec {
     SqlType type = SqlType::Int;
     int length = 0;
@@ -66,7 +71,7 @@ struct TypeFacts {
 
 [[nodiscard]] const TypeFacts& factsOf(SqlType type);
 
-inline constexpr int kSqlTypes = static_cast<int>(SqlType::UniqueIdentifier) + 1;
+inline constexpr int kSqlTypes = static_cast<int>(SqlType::DateTimeOffset) + 1;
 
 // The name of a type in lower case: "varchar", "decimal", "timestamp".
 [[nodiscard]] const char* typeName(SqlType type);
@@ -99,8 +104,12 @@ inline constexpr int kSqlTypes = static_cast<int>(SqlType::UniqueIdentifier) + 1
 [[nodiscard]] bool isApproximate(SqlType type);
 // Exact or approximate.
 [[nodiscard]] bool isNumber(SqlType type);
-// date, datetime and smalldatetime.
+// date, datetime, smalldatetime, time, datetime2 and datetimeoffset.
 [[nodiscard]] bool isDate(SqlType type);
+// datetime and smalldatetime, which stand for numbers of days, too.
+[[nodiscard]] bool isDateTime(SqlType type);
+// time, datetime2 and datetimeoffset, whose seconds have as many decimals as the type says.
+[[nodiscard]] bool isFineDate(SqlType type);
 // char, varchar, nchar, nvarchar, text and ntext.
 [[nodiscard]] bool isText(SqlType type);
 // nchar, nvarchar and ntext.

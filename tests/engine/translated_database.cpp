@@ -76,7 +76,7 @@ private:
 TranslatedDatabase::TranslatedDatabase() : tables_(std::make_unique<Tables>()) {
     if (sqlite3_open(":memory:", &connection_) != SQLITE_OK)
         throw std::runtime_error("cannot open");
-    registerCollation(connection_);
+    registerCollations(connection_);
     registerFunctions(connection_, slot_);
     sqlite3_create_function(connection_, "kap_identity", 1, SQLITE_UTF8, &identity_, nextIdentity,
                             nullptr, nullptr);

@@ -255,27 +255,12 @@ protected:
         if (isOneOf(type, {"decimal", "numeric"})) {
             return column.precision <= kWidestEmbedded;
         }
-        return isOneOf(type, {"bit",
-                              "tinyint",
-                              "smallint",
-                              "int",
-                              "bigint",
-                              "real",
-                              "float",
-                              "money",
-                              "smallmoney",
-                              "date",
-                              "datetime",
-                              "smalldatetime",
-                              "uniqueidentifier",
-                              "char",
-                              "varchar",
-                              "text",
-                              "nchar",
-                              "nvarchar",
-                              "ntext",
-                              "binary",
-                              "varbinary",
+        return isOneOf(type, {"bit",        "tinyint", "smallint",       "int",
+                              "bigint",     "real",    "float",          "money",
+                              "smallmoney", "date",    "datetime",       "smalldatetime",
+                              "datetime2",  "time",    "datetimeoffset", "uniqueidentifier",
+                              "char",       "varchar", "text",           "nchar",
+                              "nvarchar",   "ntext",   "binary",         "varbinary",
                               "image"});
     }
     [[nodiscard]] int widestDecimal() const override { return kWidestEmbedded; }

@@ -58,10 +58,15 @@ std::string columnList(const std::vector<std::string>& names, const engine::Tabl
         const engine::Column& column = columnOf(table, name);
         const std::string sql = engine::sqlName(column.name);
         // RETURNING gives a value as it was bound, before the column has made it a float.
-        const bool real = tsql::isApproximate(column.type.type) || tsql::isDate(column.type.type);
+        const bool real = engine::storedAs(column.type.type) == Storage::Real;
         list += (list.empty() ? "" : ", ") + (real ? "CAST(" + sql + " AS REAL)" : sql);
     }
     return list.empty() ? "1" : list;
+}
+
+// A value that was read back, as clients get it; a column without a name is a row's number.
+Value toldColumn(const engine::Table& table, const std::string& name, Value value) {
+    return name.empty() ? std::move(value) : engine::toldValue(value, columnOf(table, name).type);
 }
 
 const char* verbOf(RowChange::Kind kind) {
@@ -128,7 +133,7 @@ ChangeOutcome EmbeddedRowChanger::write(const RowChange& change) {
         return outcome;
     }
     RowStatement command = commandFor(change, table, columnList(change.readBack, table));
-    ChangeOutcome outcome = runNamingKeys(change, command);
+    ChangeOutcome outcome = runNamingKeys(change, table, command);
     scope.keep();
     return outcome;
 }
@@ -146,7 +151,7 @@ ChangeOutcome EmbeddedRowChanger::writeWithTriggers(const RowChange& change,
     }
     scripts_.statements().withTriggers(table,
                                        {table.name, eventOf(change.kind), std::move(columns)},
-                                       [&] { outcome = runNamingKeys(numbered, command); });
+                                       [&] { outcome = runNamingKeys(numbered, table, command); });
     readAgain(change, table, outcome);
     return outcome;
 }
@@ -167,19 +172,22 @@ void EmbeddedRowChanger::readAgain(const RowChange& change, const engine::Table&
         return;
     }
     for (std::size_t i = 0; i < change.readBack.size(); ++i) {
-        outcome.readBack[i] = look.value(static_cast<int>(i));
+        outcome.readBack[i] =
+            toldColumn(table, change.readBack[i], look.value(static_cast<int>(i)));
     }
 }
 
-ChangeOutcome EmbeddedRowChanger::runNamingKeys(const RowChange& change, RowStatement& command) {
+ChangeOutcome EmbeddedRowChanger::runNamingKeys(const RowChange& change, const engine::Table& table,
+                                                RowStatement& command) {
     try {
-        return run(change, command);
+        return run(change, table, command);
     } catch (const engine::SqliteError& error) {
         if (error.code() != SQLITE_CONSTRAINT_FOREIGNKEY) {
             throw;
         }
         throw engine::ForeignKeySearch(connection_, catalogue_)
-            .find({verbOf(change.kind), change.table, {}}, [&] { (void)run(change, command); });
+            .find({verbOf(change.kind), change.table, {}},
+                  [&] { (void)run(change, table, command); });
     }
 }
 
@@ -187,7 +195,7 @@ ChangeOutcome EmbeddedRowChanger::read(const RowChange& change) {
     const engine::Transactions::ReadScope scope(transactions_);
     const engine::Table& table = tableOf(change);
     RowStatement command = commandFor(change, table, columnList(change.readBack, table));
-    return run(change, command);
+    return run(change, table, command);
 }
 
 const engine::Table& EmbeddedRowChanger::tableOf(const RowChange& change) const {
@@ -198,7 +206,8 @@ const engine::Table& EmbeddedRowChanger::tableOf(const RowChange& change) const 
     return *table;
 }
 
-ChangeOutcome EmbeddedRowChanger::run(const RowChange& change, RowStatement& command) {
+ChangeOutcome EmbeddedRowChanger::run(const RowChange& change, const engine::Table& table,
+                                      RowStatement& command) {
     engine::PreparedStatement& statement = prepared(command.sql);
     const engine::ResetGuard guard(statement);
     for (std::size_t i = 0; i < command.values.size(); ++i) {
@@ -210,7 +219,8 @@ ChangeOutcome EmbeddedRowChanger::run(const RowChange& change, RowStatement& com
             throw engine::tooManyRows();
         }
         for (std::size_t i = 0; i < change.readBack.size(); ++i) {
-            outcome.readBack.push_back(statement.value(static_cast<int>(i)));
+            outcome.readBack.push_back(
+                toldColumn(table, change.readBack[i], statement.value(static_cast<int>(i))));
         }
     }
     return outcome;
@@ -308,11 +318,12 @@ void EmbeddedRowChanger::addCriteria(const RowChange& change, const engine::Tabl
     const char* joint = " WHERE ";
     for (const ColumnValue& value : change.criteria) {
         const engine::Column& column = columnOf(table, value.column);
-        command.values.push_back(value.value);
+        command.values.push_back(
+            engine::isTold(column.type.type) ? engine::storedValue(value, column) : value.value);
         const std::string name = engine::sqlName(column.name);
         const std::string number = parameter(command.values.size());
         command.sql += joint + name + " IS " + number;
-        if (storageOf(value.type) == Storage::Text) {
+        if (engine::storedAs(column.type.type) == Storage::Text) {
             command.sql += " AND " + name + " COLLATE BINARY IS " + number;
         }
         joint = " AND ";

@@ -39,8 +39,10 @@ private:
     [[nodiscard]] const engine::Table& tableOf(const RowChange& change) const;
     [[nodiscard]] ChangeOutcome write(const RowChange& change);
     [[nodiscard]] ChangeOutcome read(const RowChange& change);
-    [[nodiscard]] ChangeOutcome run(const RowChange& change, RowStatement& command);
-    [[nodiscard]] ChangeOutcome runNamingKeys(const RowChange& change, RowStatement& command);
+    [[nodiscard]] ChangeOutcome run(const RowChange& change, const engine::Table& table,
+                                    RowStatement& command);
+    [[nodiscard]] ChangeOutcome runNamingKeys(const RowChange& change, const engine::Table& table,
+                                              RowStatement& command);
     [[nodiscard]] ChangeOutcome writeWithTriggers(const RowChange& change,
                                                   const engine::Table& table);
     void readAgain(const RowChange& change, const engine::Table& table, ChangeOutcome& outcome);

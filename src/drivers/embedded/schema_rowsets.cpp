@@ -32,9 +32,10 @@ std::int64_t flagsOf(const ColumnInfo& info, const engine::Column& column) {
 
 void addSizes(std::vector<SchemaRows::Cell>& cells, const tsql::TypeSpec& type,
               const ColumnInfo& info) {
-    if (tsql::isText(type.type) || tsql::isBinary(type.type)) {
+    const bool asText = tsql::isFineDate(type.type);
+    if (tsql::isText(type.type) || tsql::isBinary(type.type) || asText) {
         const std::int64_t size = info.definedSize;
-        const bool doubled = tsql::isNational(type.type);
+        const bool doubled = tsql::isNational(type.type) || asText;
         cells.emplace_back("CHARACTER_MAXIMUM_LENGTH", schemaNumber(size));
         cells.emplace_back("CHARACTER_OCTET_LENGTH", schemaNumber(doubled ? size * 2 : size));
     }
@@ -161,6 +162,9 @@ Value literalSign(tsql::SqlType type, bool opening) {
 Value createParameters(const tsql::TypeSpec& type, const ColumnInfo& info) {
     if (tsql::isDecimal(type.type)) {
         return "precision,scale";
+    }
+    if (tsql::isFineDate(type.type)) {
+        return "scale";
     }
     const bool sized = tsql::isText(type.type) || tsql::isBinary(type.type);
     const bool counts = sized && !info.isLong && type.type != tsql::SqlType::Timestamp;

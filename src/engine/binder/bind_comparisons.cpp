@@ -51,6 +51,10 @@ void refuseLarge(const std::vector<BoundExpression>& values, const char* operati
                       line);
 }
 
+bool countsDays(SqlType type) {
+    return tsql::isDate(type) && !tsql::isFineDate(type);
+}
+
 // How many digits behind the point a literal needs: those of 5.00 are none, so it meets an int as
 // it is.
 int neededScale(const BoundExpression& value) {
@@ -105,12 +109,13 @@ std::vector<BoundExpression> Binder::comparable(std::vector<BoundExpression> val
             continue;
         }
         if (exact && tsql::isExact(value.type.type)) continue;
-        // SQLite compares whole numbers with doubles exactly, and all dates are the same kind of
-        // number.
+        // SQLite compares whole numbers with doubles exactly, and the older dates are the same kind
+        // of number.
         const bool native =
             (tsql::isApproximate(type->type) && tsql::isInteger(value.type.type)) ||
             (tsql::isApproximate(type->type) && tsql::isApproximate(value.type.type)) ||
-            (tsql::isDate(type->type) && tsql::isDate(value.type.type)) ||
+            (countsDays(type->type) && countsDays(value.type.type)) ||
+            (tsql::isFineDate(type->type) && type->type == value.type.type) ||
             (tsql::isText(type->type) && tsql::isText(value.type.type)) ||
             (tsql::isBinary(type->type) && tsql::isBinary(value.type.type));
         if (!native) value = convertTo(value, *type, line);

@@ -302,10 +302,15 @@ BoundExpression Binder::dateArithmetic(BinaryOperator op, const BoundExpression&
     const bool sums = op == BinaryOperator::Add || op == BinaryOperator::Subtract;
     for (const BoundExpression* operand : {&left, &right}) {
         const BoundExpression& other = operand == &left ? right : left;
-        if (operand->type.type != SqlType::Date) continue;
+        if (tsql::isDateTime(operand->type.type) || !tsql::isDate(operand->type.type)) continue;
+        const bool fine = tsql::isFineDate(operand->type.type) || tsql::isFineDate(other.type.type);
+        if (fine && tsql::isDate(other.type.type) && operand->type.type != other.type.type) {
+            incompatible(op, left.type, right.type, line);
+        }
         if (tsql::isDate(other.type.type)) invalidOperand(operatorName(op), operand->type, line);
         throw ServerError(tsql::Message::OperandTypeClash,
-                          {"date", tsql::typeName(other.type.type)}, line);
+                          {tsql::typeName(operand->type.type), tsql::typeName(other.type.type)},
+                          line);
     }
     if (!sums) {
         const BoundExpression& date = tsql::isDate(left.type.type) ? left : right;

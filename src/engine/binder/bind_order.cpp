@@ -4,6 +4,7 @@
 
 #include "base/ascii.hpp"
 #include "engine/binder/binder.hpp"
+#include "engine/sqlite/collation.hpp"
 #include "tsql/server_error.hpp"
 
 namespace kap::engine {
@@ -56,8 +57,7 @@ void checkSortable(const BoundExpression& value, int line) {
 }
 
 std::string byPosition(std::size_t index, const BoundExpression& value) {
-    const std::string number = plain::text(static_cast<std::int64_t>(index) + 1);
-    return tsql::isText(value.type.type) ? number + " COLLATE KAP_CI" : number;
+    return plain::text(static_cast<std::int64_t>(index) + 1) + collationText(value.type);
 }
 
 std::string orderList(const std::vector<std::string>& terms, const std::vector<OrderItem>& items) {
@@ -116,7 +116,7 @@ std::string Binder::orderedBy(const BoundSelect& select, std::string& columns) {
         const BoundExpression& value = key.item ? select.items[*key.item].value : key.value;
         if (!key.item) columns += ", " + value.sql + " AS " + own;
         list += (list.empty() ? "ORDER BY " : ", ") + name;
-        if (tsql::isText(value.type.type)) list += " COLLATE KAP_CI";
+        list += collationText(value.type);
         if (key.descending) list += " DESC";
     }
     return list;

@@ -3,6 +3,7 @@
 #include <kaputil/automation/plain_text.hpp>
 
 #include "base/ascii.hpp"
+#include "engine/sqlite/collation.hpp"
 #include "engine/values/exact.hpp"
 
 namespace kap::engine {
@@ -37,8 +38,7 @@ BoundExpression BoundExpression::null() {
 }
 
 std::string collated(const BoundExpression& expression, const std::string& text) {
-    const bool applies = tsql::isText(expression.type.type) && !expression.plainColumn;
-    return applies ? text + " COLLATE KAP_CI" : text;
+    return expression.plainColumn ? text : text + collationText(expression.type);
 }
 
 std::string collated(const BoundExpression& expression) {

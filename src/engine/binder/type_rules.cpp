@@ -97,6 +97,11 @@ TypeSpec commonType(const TypeSpec& left, const TypeSpec& right) {
     const TypeSpec& higher =
         tsql::factsOf(left.type).precedence >= tsql::factsOf(right.type).precedence ? left : right;
     const TypeSpec& lower = &higher == &left ? right : left;
+    if (tsql::isFineDate(higher.type) && tsql::isDate(lower.type)) {
+        TypeSpec result = higher;
+        result.scale = std::max(tsql::scaleOf(left), tsql::scaleOf(right));
+        return result;
+    }
     if (tsql::isDecimal(higher.type) && tsql::isExact(lower.type))
         return commonDecimal(left, right);
     // A text next to bytes must have room for them all.
@@ -133,6 +138,8 @@ TypeSpec textTypeOf(const TypeSpec& type) {
         length = asDecimal(type).precision + (tsql::isDecimal(type.type) ? 3 : 2);
     } else if (tsql::isApproximate(type.type)) {
         length = kFloatLength;
+    } else if (tsql::isFineDate(type.type)) {
+        length = tsql::precisionOf(type);
     } else if (tsql::isDate(type.type)) {
         length = kDateLength;
     } else if (type.type == SqlType::UniqueIdentifier) {
@@ -166,6 +173,8 @@ bool needsConversion(const TypeSpec& from, const TypeSpec& to) {
     if (tsql::isDecimal(from.type) && tsql::isDecimal(to.type)) {
         return from.scale != to.scale || from.precision > to.precision;
     }
+    // Fine dates are kept with all decimals.
+    if (tsql::isFineDate(to.type)) return from.type != to.type || to.scale < from.scale;
     if (from.type == SqlType::SmallMoney && to.type == SqlType::Money) return false;
     if (from.type == SqlType::Real && to.type == SqlType::Float) return false;
     return !(tsql::isDate(from.type) && to.type == SqlType::DateTime &&

@@ -48,6 +48,8 @@ ado::ColumnInfo typeInfo(const tsql::TypeSpec& type) {
     info.numericScale = static_cast<std::uint8_t>(facts.clientScale);
     info.fixedLength = facts.clientFixed;
     info.isLong = tsql::isLarge(reportedType(type));
+    info.engineType = packType(type);
+    if (tsql::isFineDate(type.type)) info.definedSize = tsql::precisionOf(type);
     if (tsql::isDecimal(type.type)) {
         info.precision = static_cast<std::uint8_t>(type.precision);
         info.numericScale = static_cast<std::uint8_t>(type.scale);

@@ -13,7 +13,7 @@
 #include "base/hexadecimal.hpp"
 #include "base/unicode.hpp"
 #include "engine/sqlite/functions/c_border.hpp"
-#include "engine/values/value.hpp"
+#include "engine/values/fine_dates.hpp"
 #include "tsql/parser.hpp"
 #include "tsql/server_error.hpp"
 
@@ -39,6 +39,24 @@ void isSingleFunction(sqlite3_context* context, int /*count*/, sqlite3_value** v
     const bool fits = std::fabs(value) <= std::numeric_limits<float>::max();
     sqlite3_result_int(context,
                        fits && static_cast<double>(static_cast<float>(value)) == value ? 1 : 0);
+}
+
+constexpr const char* kIsInstant = "kap_check_instant";
+
+// Whether a text is a datetimeoffset of the packed type as it is stored, as SQL.
+void isInstantFunction(sqlite3_context* context, int /*count*/, sqlite3_value** values) {
+    ErrorSlot none;
+    atCBorder(context, none, [&] {
+        const Value stored = std::string(textBytes(values[0]));
+        const tsql::TypeSpec type = unpackType(sqlite3_value_int64(values[1]));
+        bool whole = false;
+        try {
+            whole = fitInstant(instantFrom(stored, type), type, type) == stored;
+        } catch (const tsql::ServerError&) {
+            // What cannot be read is none.
+        }
+        sqlite3_result_int(context, whole ? 1 : 0);
+    });
 }
 
 std::string whole(const std::string& column, const std::string& least, const std::string& most) {
@@ -95,6 +113,13 @@ std::string decimal(const std::string& column, int precision) {
     return whole(column, "-" + most, most);
 }
 
+// Of times in units of 100 nanoseconds: no more decimals of the second than their type has.
+std::string decimals(const std::string& column, int count) {
+    constexpr std::size_t kAll = 7;
+    const std::string unit = "1" + std::string(kAll - static_cast<std::size_t>(count), '0');
+    return " AND " + column + " % " + unit + " = 0";
+}
+
 // What holds for every value of a column but Null. Days are counted from 30 December 1899.
 std::string conditionOf(const std::string& column, const tsql::TypeSpec& type) {
     switch (type.type) {
@@ -141,6 +166,13 @@ std::string conditionOf(const std::string& column, const tsql::TypeSpec& type) {
             return "typeof(" + column + ") = 'blob'" + atMost(column, type.length);
         case SqlType::Timestamp:
             return "typeof(" + column + ") = 'blob' AND length(" + column + ") = 8";
+        case SqlType::Time:
+            return whole(column, "0", "863999999999") + decimals(column, type.scale);
+        case SqlType::DateTime2:
+            return whole(column, "0", "3155378975999999999") + decimals(column, type.scale);
+        case SqlType::DateTimeOffset:
+            return "typeof(" + column + ") = 'text' AND " + kIsInstant + "(" + column + ", " +
+                   plain::text(packType(type)) + ")";
         case SqlType::UniqueIdentifier:
             break;
     }
@@ -158,6 +190,9 @@ public:
                                    nullptr, nullptr, nullptr);
         sqlite3_create_function_v2(connection_.handle(), kIsSingle, 1,
                                    SQLITE_UTF8 | SQLITE_DETERMINISTIC, nullptr, &isSingleFunction,
+                                   nullptr, nullptr, nullptr);
+        sqlite3_create_function_v2(connection_.handle(), kIsInstant, 2,
+                                   SQLITE_UTF8 | SQLITE_DETERMINISTIC, nullptr, &isInstantFunction,
                                    nullptr, nullptr, nullptr);
     }
 

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 
+#include "engine/executor/stored_value.hpp"
 #include "engine/sqlite/functions/c_border.hpp"
 #include "tsql/server_error.hpp"
 
@@ -10,6 +11,8 @@ RowReader::RowReader(const std::vector<ado::ColumnInfo>& columns) : columns_(col
     storages_.reserve(columns.size());
     for (const ado::ColumnInfo& column : columns) {
         storages_.push_back(ado::storageOf(column.type));
+        const tsql::TypeSpec type = storedType(column);
+        told_.push_back(isTold(type.type) ? std::optional(type) : std::nullopt);
     }
 }
 
@@ -37,13 +40,25 @@ void RowReader::read(const PreparedStatement& statement,
                 store.appendReal(sqlite3_value_double(value));
                 break;
             case ado::Storage::Text:
-                store.appendBytes(textBytes(value));
+                if (told_[i]) {
+                    tell(i, value, store);
+                } else {
+                    store.appendBytes(textBytes(value));
+                }
                 break;
             case ado::Storage::Binary:
                 store.appendBytes(blobBytes(value));
                 break;
         }
     }
+}
+
+void RowReader::tell(std::size_t column, sqlite3_value* value, ado::ColumnStore& store) const {
+    const bool whole = sqlite3_value_type(value) == SQLITE_INTEGER;
+    const Value stored = whole ? Value(std::int64_t{sqlite3_value_int64(value)})
+                               : Value(std::string(textBytes(value)));
+    if (whole != (storedAs(told_[column]->type) == ado::Storage::Integer)) refuse(column);
+    ado::append(store, toldValue(stored, *told_[column]));
 }
 
 void RowReader::refuse(std::size_t column) const {

@@ -1,9 +1,11 @@
 #pragma once
 
+#include <optional>
 #include <vector>
 
 #include "data/driver.hpp"
 #include "engine/sqlite/sqlite.hpp"
+#include "tsql/type_spec.hpp"
 
 namespace kap::engine {
 
@@ -19,9 +21,11 @@ public:
 
 private:
     [[noreturn]] void refuse(std::size_t column) const;
+    void tell(std::size_t column, sqlite3_value* value, ado::ColumnStore& store) const;
 
     const std::vector<ado::ColumnInfo>& columns_;
     std::vector<ado::Storage> storages_;
+    std::vector<std::optional<tsql::TypeSpec>> told_;  // of columns that clients get otherwise
 };
 
 }  // namespace kap::engine

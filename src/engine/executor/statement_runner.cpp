@@ -29,7 +29,7 @@ constexpr std::size_t kUsualRows = 16;
 Value valueOf(const PreparedStatement& row, int column, const tsql::TypeSpec& type) {
     Value value = row.value(column);
     if (const auto* integer = std::get_if<std::int64_t>(&value)) {
-        const bool real = tsql::isApproximate(type.type) || tsql::isDate(type.type);
+        const bool real = storedAs(type.type) == ado::Storage::Real;
         return real ? Value(static_cast<double>(*integer)) : value;
     }
     if (auto* text = std::get_if<std::string>(&value);

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "engine/plan/statements.hpp"
+#include "engine/sqlite/collation.hpp"
 #include "tsql/server_error.hpp"
 
 namespace kap::engine {
@@ -109,7 +110,7 @@ std::vector<std::string> makeCapture(const Table& table) {
         std::string columns;
         for (const Column& column : table.columns) {
             columns += ", " + sqlName(column.name);
-            if (tsql::isText(column.type.type)) columns += " COLLATE KAP_CI";
+            columns += collationText(column.type);
         }
         sql.push_back("CREATE TABLE " + tableText(table, state) + " (" + kRowColumn +
                       " INTEGER PRIMARY KEY, " + kTargetColumn + columns + ")");

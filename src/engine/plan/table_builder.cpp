@@ -10,6 +10,7 @@
 #include "engine/binder/function_table.hpp"
 #include "engine/catalog/reference_rules.hpp"
 #include "engine/plan/statements.hpp"
+#include "engine/sqlite/collation.hpp"
 #include "tsql/server_error.hpp"
 
 namespace kap::engine {
@@ -73,7 +74,7 @@ std::string nullsIndex(const Table& table, const std::string& name,
         const std::string sql = sqlName(column);
         terms += (terms.empty() ? "" : ", ") + sql + " IS NULL, ifnull(" + sql + ", 0)";
         const Column* found = table.find(column);
-        if (found != nullptr && tsql::isText(found->type.type)) terms += " COLLATE KAP_CI";
+        if (found != nullptr) terms += collationText(found->type);
         if (found != nullptr && found->nullable)
             where += (where.empty() ? " WHERE " : " OR ") + sql + " IS NULL";
     }
@@ -395,7 +396,7 @@ std::string TableBuilder::columnSql(const Column& column) const {
     // SQLite's grammar has no word between the brackets of a type; as a quoted name
     // "nvarchar(max)" is one.
     std::string sql = sqlName(column.name) + " " + sqlName(tsql::typeText(column.type));
-    if (tsql::isText(column.type.type)) sql += " COLLATE KAP_CI";
+    sql += collationText(column.type);
     if (column.computed) return sql + " GENERATED ALWAYS AS (" + storedText(column) + ") VIRTUAL";
     if (!column.nullable) sql += " NOT NULL";
     if (!column.defaultSql) return sql;

@@ -21,7 +21,7 @@ Translation translateCreate(const tsql::CreateTableStatement& statement, int lin
 bool isSteady(const Column& column) {
     const std::string definition = column.defaultSql.value_or("");
     return std::ranges::none_of(
-        std::array<std::string, 3>{kColumnSystemCall, kColumnStoredCall, "kap_now"},
+        std::array<std::string, 4>{kColumnSystemCall, kColumnStoredCall, "kap_now", "kap_sysnow"},
         [&](const std::string& call) { return definition.find(call + "(") != std::string::npos; });
 }
 
@@ -57,8 +57,8 @@ std::string columnList(const tsql::CreateIndexStatement& statement, const Table&
 // there.
 void refuseChanging(const std::string& sql, const tsql::CreateIndexStatement& statement,
                     const Table& table, int line) {
-    for (const char* call : {"kap_system(", "kap_call(", "kap_now(", "kap_newid(", "kap_random(",
-                             "kap_random_bytes("}) {
+    for (const char* call : {"kap_system(", "kap_call(", "kap_now(", "kap_sysnow(", "kap_newid(",
+                             "kap_random(", "kap_random_bytes("}) {
         if (sql.find(call) == std::string::npos) continue;
         throw ServerError(tsql::Message::WrongIndexFilter, {statement.name, table.name}, line);
     }

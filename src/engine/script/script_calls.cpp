@@ -244,7 +244,7 @@ std::int64_t ScriptRunner::insertRows(const Frame& frame, const tsql::InsertStat
     for (const ado::ColumnInfo& column : result.columns) {
         tsql::DeclaredVariable& parameter = parameters.emplace_back();
         parameter.name = "?" + plain::text(static_cast<std::int64_t>(parameters.size()));
-        parameter.type = typeOf(column.type, column.numericScale);
+        parameter.type = storedType(column);
         insert.rows.back().push_back({std::make_unique<tsql::Expression>(
             tsql::Expression{tsql::VariableReference{parameter.name}, node.table.line, 1})});
     }
@@ -263,8 +263,7 @@ std::int64_t ScriptRunner::insertRows(const Frame& frame, const tsql::InsertStat
     const std::size_t count = std::min(result.rows.front().size(), static_cast<std::size_t>(most));
     for (std::size_t row = 0; row < count; ++row) {
         for (std::size_t i = 0; i < result.columns.size(); ++i) {
-            inner.values[i] =
-                ado::valueAt(result.rows[i], row, ado::storageOf(result.columns[i].type));
+            inner.values[i] = storedCell(result.columns[i], result.rows[i], row);
         }
         statements_.run(prepared, script->front(), ignored);
     }

@@ -198,9 +198,9 @@ void ScriptRunner::fetch(Frame& frame, Instruction& instruction, const tsql::Fet
     }
     const auto row = static_cast<std::size_t>(target);
     for (std::size_t i = 0; there && i < node.into.size(); ++i) {
-        const ado::Storage storage = ado::storageOf(cursor.rows.columns[i].type);
-        setVariable(frame, node.into[i], ado::valueAt(cursor.rows.rows[i], row, storage),
-                    cursor.types[i], instruction.line);
+        setVariable(frame, node.into[i],
+                    storedCell(cursor.rows.columns[i], cursor.rows.rows[i], row), cursor.types[i],
+                    instruction.line);
     }
     if (!node.into.empty()) return;
     ado::Result result;

@@ -9,21 +9,49 @@
 namespace kap::engine {
 namespace {
 
+constexpr const char* kTextCollation = "KAP_CI";
+constexpr const char* kInstantCollation = "KAP_INSTANT";
+
+std::string_view textOf(int size, const void* bytes) {
+    return {static_cast<const char*>(bytes), static_cast<std::size_t>(size)};
+}
+
 int compareForSqlite(void* /*context*/, int leftSize, const void* left, int rightSize,
                      const void* right) {
-    const auto order =
-        compareTexts({static_cast<const char*>(left), static_cast<std::size_t>(leftSize)},
-                     {static_cast<const char*>(right), static_cast<std::size_t>(rightSize)});
+    const auto order = compareTexts(textOf(leftSize, left), textOf(rightSize, right));
     return std::is_lt(order) ? -1 : (std::is_gt(order) ? 1 : 0);
+}
+
+// Universal time, up to its Z.
+int compareInstants(void* /*context*/, int leftSize, const void* left, int rightSize,
+                    const void* right) {
+    constexpr std::size_t kUniversal = 28;
+    return textOf(leftSize, left)
+        .substr(0, kUniversal)
+        .compare(textOf(rightSize, right).substr(0, kUniversal));
+}
+
+void registerCollation(sqlite3* database, const char* name,
+                       int (*compare)(void*, int, const void*, int, const void*)) {
+    if (sqlite3_create_collation_v2(database, name, SQLITE_UTF8, nullptr, compare, nullptr) !=
+        SQLITE_OK) {
+        throw lastError(database);
+    }
 }
 
 }  // namespace
 
-void registerCollation(sqlite3* database) {
-    if (sqlite3_create_collation_v2(database, kCollationName, SQLITE_UTF8, nullptr,
-                                    &compareForSqlite, nullptr) != SQLITE_OK) {
-        throw lastError(database);
+std::string collationText(const tsql::TypeSpec& type) {
+    if (tsql::isText(type.type)) return std::string(" COLLATE ") + kTextCollation;
+    if (type.type == tsql::SqlType::DateTimeOffset) {
+        return std::string(" COLLATE ") + kInstantCollation;
     }
+    return {};
+}
+
+void registerCollations(sqlite3* database) {
+    registerCollation(database, kTextCollation, &compareForSqlite);
+    registerCollation(database, kInstantCollation, &compareInstants);
 }
 
 }  // namespace kap::engine

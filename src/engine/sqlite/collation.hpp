@@ -1,13 +1,20 @@
 #pragma once
 
+#include <string>
+
+#include "tsql/type_spec.hpp"
+
 struct sqlite3;
 
 namespace kap::engine {
 
-// The name under which text columns ask SQLite for the order of texts (see text_order.hpp).
-inline constexpr const char* kCollationName = "KAP_CI";
+// What a value's text in SQL is followed by where SQLite has to be told the order of its type:
+// " COLLATE KAP_CI" for texts (see text_order.hpp), " COLLATE KAP_INSTANT" for datetimeoffset, of
+// which only the instant counts and not the clock that shows it; empty for what SQLite orders by
+// itself.
+[[nodiscard]] std::string collationText(const tsql::TypeSpec& type);
 
-// Makes the collation known to a connection.
-void registerCollation(sqlite3* database);
+// Makes the collations known to a connection.
+void registerCollations(sqlite3* database);
 
 }  // namespace kap::engine

@@ -143,7 +143,7 @@ FileConnection::FileConnection(const Options& options)
 }
 
 void FileConnection::prepare(const Options& options) {
-    registerCollation(handle());
+    registerCollations(handle());
     registerFunctions(handle(), errorSlot_);
     watchStack(handle());
     // A misspelt name in double quotes must be an error, not a text.

@@ -13,7 +13,7 @@ ConversionRule when(bool implicit) {
 ConversionRule fromNumber(SqlType from, SqlType to) {
     if (tsql::isNumber(to)) return ConversionRule::Implicit;
     if (tsql::isDate(to)) {
-        return to == SqlType::Date ? ConversionRule::Never : ConversionRule::Implicit;
+        return tsql::isDateTime(to) ? ConversionRule::Implicit : ConversionRule::Never;
     }
     if (tsql::isText(to)) return when(!tsql::isMoney(from));
     if (tsql::isBinary(to)) {
@@ -23,8 +23,11 @@ ConversionRule fromNumber(SqlType from, SqlType to) {
 }
 
 ConversionRule fromDate(SqlType from, SqlType to) {
+    const bool dayAndTime = (from == SqlType::Date && to == SqlType::Time) ||
+                            (from == SqlType::Time && to == SqlType::Date);
+    if (dayAndTime) return ConversionRule::Never;
     if (tsql::isDate(to) || tsql::isText(to)) return ConversionRule::Implicit;
-    if (tsql::isNumber(to) && from != SqlType::Date) return ConversionRule::ExplicitOnly;
+    if (tsql::isNumber(to) && tsql::isDateTime(from)) return ConversionRule::ExplicitOnly;
     return ConversionRule::Never;
 }
 

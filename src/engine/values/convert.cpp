@@ -8,6 +8,7 @@
 #include "base/ascii.hpp"
 #include "engine/values/convert_families.hpp"
 #include "engine/values/dates.hpp"
+#include "engine/values/fine_dates.hpp"
 #include "tsql/server_error.hpp"
 
 namespace kap::engine {
@@ -22,10 +23,6 @@ namespace {
                             {tsql::typeName(from.type), tsql::typeName(to.type)});
 }
 
-bool isInstant(SqlType type) {
-    return type == SqlType::DateTime || type == SqlType::SmallDateTime;
-}
-
 Value fromExact(std::int64_t value, const TypeSpec& from, const TypeSpec& to, Overlength overlength,
                 int style) {
     const int scale = storedScale(from);
@@ -36,7 +33,7 @@ Value fromExact(std::int64_t value, const TypeSpec& from, const TypeSpec& to, Ov
                        messageName(from));
     }
     if (tsql::isApproximate(to.type)) return fitApproximate(scaledToDouble(value, scale), to);
-    if (isInstant(to.type)) {
+    if (tsql::isDateTime(to.type)) {
         return fitDate(scaledToDouble(value, scale) + kServerEpochDay, from, to);
     }
     if (tsql::isText(to.type)) {
@@ -99,7 +96,7 @@ Value fromApproximate(double value, const TypeSpec& from, const TypeSpec& to, Ov
                        tsql::isDecimal(to.type) ? "float" : "expression");
     }
     if (tsql::isApproximate(to.type)) return fitApproximate(value, to);
-    if (isInstant(to.type)) return fitDate(value + kServerEpochDay, from, to);
+    if (tsql::isDateTime(to.type)) return fitDate(value + kServerEpochDay, from, to);
     if (tsql::isText(to.type)) {
         return fitText(textFromApproximate(value, from, style), from, to, overlength);
     }
@@ -126,11 +123,27 @@ Value fromDate(double stored, const TypeSpec& from, const TypeSpec& to, Overleng
     return fromApproximate(days, {SqlType::Float}, to, overlength, style);
 }
 
+// Where either has decimals of the second.
+Value fromFineDate(const Value& value, const TypeSpec& from, const TypeSpec& to,
+                   Overlength overlength, int style) {
+    if (tsql::isText(to.type)) {
+        auto text = fineDateToText(value, from, style);
+        if (!text) {
+            throw tsql::ServerError(tsql::Message::WrongStyle,
+                                    {plain::text(style), tsql::typeName(from.type)});
+        }
+        return fitText(std::move(*text), from, to, overlength);
+    }
+    if (conversionRule(from.type, to.type) == ConversionRule::Never) notConvertible(from, to);
+    return fitInstant(instantFrom(value, from), from, to);
+}
+
 Value fromText(const std::string& text, const TypeSpec& from, const TypeSpec& to,
                Overlength overlength, int style) {
     if (tsql::isText(to.type)) return fitText(text, from, to, overlength);
     if (tsql::isExact(to.type)) return exactFromText(text, from, to);
     if (tsql::isApproximate(to.type)) return approximateFromText(text, from, to);
+    if (tsql::isFineDate(to.type)) return fineDateFromText(text, to, style);
     if (tsql::isDate(to.type)) return parseDate(text, to.type, style);
     if (to.type == SqlType::UniqueIdentifier) return identifierFromText(text);
     if (tsql::isBinary(to.type))
@@ -161,8 +174,11 @@ Value convert(const Value& value, const TypeSpec& from, const TypeSpec& to, Over
     if (tsql::isApproximate(from.type)) {
         return fromApproximate(std::get<double>(value), from, to, overlength, style);
     }
-    if (tsql::isDate(from.type))
-        return fromDate(std::get<double>(value), from, to, overlength, style);
+    if (tsql::isDate(from.type)) {
+        const bool fine = tsql::isFineDate(from.type) || tsql::isFineDate(to.type);
+        return fine ? fromFineDate(value, from, to, overlength, style)
+                    : fromDate(std::get<double>(value), from, to, overlength, style);
+    }
     if (tsql::isText(from.type)) {
         return fromText(std::get<std::string>(value), from, to, overlength, style);
     }

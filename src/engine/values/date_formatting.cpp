@@ -1,3 +1,4 @@
+#include <cstdlib>
 #include <string>
 
 #include <kaputil/automation/plain_text.hpp>
@@ -11,16 +12,32 @@ namespace kap::engine {
 
 namespace {
 
+// What a fine date is written in when no style is asked for.
+constexpr int kInternationalStyle = 121;
+
 std::string digits(int value, std::size_t width, char fill = '0') {
     std::string text = plain::text(value);
     if (text.size() < width) text.insert(0, width - text.size(), fill);
     return text;
 }
 
+// Milliseconds, or behind a point as many decimals as a type has: without any, no separator either.
+void appendFraction(std::string& text, int fraction, std::optional<int> decimals) {
+    if (!decimals) {
+        text += digits(fraction / kFractionsPerMillisecond, 3);
+        return;
+    }
+    text.pop_back();
+    if (*decimals == 0) return;
+    constexpr int kAllDecimals = 7;
+    text += "." + digits(fraction, kAllDecimals).substr(0, static_cast<std::size_t>(*decimals));
+}
+
 // The pattern language of the styles: each letter is one part, everything else stands for itself.
 //   Y year of 4 digits, y of 2; M month, N month's short name; D day, d day filled with a blank; H
 //   hour of 24, h of 12 filled with a blank; m minute; s second; f milliseconds; p AM or PM
-std::string formatted(const DateParts& parts, std::string_view pattern) {
+std::string formatted(const DateParts& parts, std::string_view pattern,
+                      std::optional<int> decimals = std::nullopt) {
     const int hour12 = parts.hour % 12 == 0 ? 12 : parts.hour % 12;
     std::string result;
     for (const char c : pattern) {
@@ -56,7 +73,7 @@ std::string formatted(const DateParts& parts, std::string_view pattern) {
                 result += digits(parts.second, 2);
                 break;
             case 'f':
-                result += digits(millisecondsOf(parts.tick), 3);
+                appendFraction(result, parts.fraction, decimals);
                 break;
             case 'p':
                 result += parts.hour < 12 ? "AM" : "PM";
@@ -126,6 +143,7 @@ const char* datePattern(int style) {
         case 121:
         case 23:
         case 126:
+        case 127:
             return "Y-M-D";
         default:
             return nullptr;
@@ -152,6 +170,7 @@ const char* timePattern(int style) {
         case 121:
             return " H:m:s.f";
         case 126:
+        case 127:
             return "TH:m:s.f";
         default:
             return "";
@@ -178,8 +197,42 @@ std::optional<std::string> dateText(double stored, tsql::SqlType type, int style
         return formatted(parts, style == kDefaultDateStyle ? "Y-M-D" : date);
     }
     // The ISO style leaves out milliseconds that are zero.
-    const char* time = style == 126 && parts.tick == 0 ? "TH:m:s" : timePattern(style);
+    const bool iso = style == 126 || style == 127;
+    const char* time = iso && parts.fraction == 0 ? "TH:m:s" : timePattern(style);
     return formatted(parts, date) + formatted(parts, time);
+}
+
+std::string offsetText(int minutes) {
+    constexpr int kPerHour = 60;
+    const int ahead = std::abs(minutes);
+    return (minutes < 0 ? "-" : "+") + digits(ahead / kPerHour, 2) + ":" +
+           digits(ahead % kPerHour, 2);
+}
+
+std::optional<std::string> fineDateText(const FineDate& date, tsql::SqlType type, int style) {
+    refuseOtherCalendars(style);
+    if (style == kDefaultDateStyle) style = kInternationalStyle;
+    std::string_view day = "";
+    std::string_view time = timePattern(style);
+    if (style == 8 || style == 108) {
+        time = "H:m:s";
+    } else if (style == 14 || style == 114) {
+        time = "H:m:s:f";
+    } else if (const char* pattern = datePattern(style)) {
+        day = pattern;
+    } else {
+        return std::nullopt;
+    }
+    if (type == tsql::SqlType::Time) {
+        // A style without a time has nothing to tell of one.
+        if (time.empty()) return std::nullopt;
+        if (!day.empty()) time.remove_prefix(1);
+        day = "";
+    }
+    std::string text = formatted(date.parts, day) + formatted(date.parts, time, date.decimals);
+    if (!date.offset || time.empty()) return text;
+    if (style == 127) return text + "Z";
+    return text + (style == 126 ? "" : " ") + offsetText(*date.offset);
 }
 
 }  // namespace kap::engine

@@ -18,6 +18,11 @@ namespace {
 // Two-digit years up to this one belong to the present century.
 constexpr int kTwoDigitYearCutoff = 49;
 
+// The types that came with years before 1753 and decimals of the second.
+bool isNew(tsql::SqlType type) {
+    return type == tsql::SqlType::Date || tsql::isFineDate(type);
+}
+
 [[noreturn]] void notADate(tsql::SqlType target) {
     if (target == tsql::SqlType::SmallDateTime) {
         throw tsql::ServerError(tsql::Message::WrongSmallDateTimeText);
@@ -123,8 +128,21 @@ public:
     DateParser(std::string_view text, tsql::SqlType target, int style)
         : pieces_(piecesOf(text)), target_(target), order_(orderOf(style)) {}
 
-    // The day and the time of day, in either order; each may be missing.
     double parse() {
+        readAll();
+        const auto instant = instantOf(parts_);
+        if (!instant || !inRange(*instant, target_)) outOfRange(target_);
+        return roundedTo(*instant, target_);
+    }
+
+    DateReading read() {
+        readAll();
+        return {parts_, offset_};
+    }
+
+private:
+    // The day and the time of day, in either order; each may be missing.
+    void readAll() {
         if (startsWithTime()) parseTime();
         const bool timeFirst = position_ > 0;
         if (at(0) != nullptr) {
@@ -132,15 +150,12 @@ public:
             const bool marked = takeWord("T");
             if (!timeFirst && (marked || at(0) != nullptr)) parseTime();
             // The letter of universal time says nothing more to types without a zone.
-            if (marked) takeWord("Z");
+            const bool zone = marked || (tsql::isFineDate(target_) && !timeFirst);
+            if (zone && takeWord("Z")) offset_ = 0;
         }
         if (at(0) != nullptr) notADate(target_);
-        const auto instant = instantOf(parts_);
-        if (!instant || !inRange(*instant, target_)) outOfRange(target_);
-        return roundedTo(*instant, target_);
     }
 
-private:
     [[nodiscard]] const Piece* at(std::size_t ahead) const {
         return position_ + ahead < pieces_.size() ? &pieces_[position_ + ahead] : nullptr;
     }
@@ -219,9 +234,9 @@ private:
     }
 
     // Where the day comes first it comes first behind the year, too, as on the server: but not in
-    // the international form, nor for the type date, which knows no order of year, day and month.
+    // the international form, nor for the newer types, which know no order of year, day and month.
     [[nodiscard]] DateOrder orderFor(std::size_t year, bool international) const {
-        const bool plainDate = target_ == tsql::SqlType::Date;
+        const bool plainDate = isNew(target_);
         if (year == 0 && (plainDate || international)) return DateOrder::Ymd;
         return plainDate && order_ == DateOrder::Ydm ? DateOrder::Ymd : order_;
     }
@@ -307,6 +322,21 @@ private:
             notADate(target_);
         }
         parseHalfOfDay();
+        if (isNew(target_)) parseOffset();
+    }
+
+    // "+02:00", up to fourteen hours.
+    void parseOffset() {
+        const bool ahead = takeSign('+');
+        if (!ahead && !takeSign('-')) return;
+        constexpr int kPerHour = 60;
+        constexpr int kMost = 14 * kPerHour;
+        const int hours = takeNumber();
+        if (!takeSign(':')) notADate(target_);
+        const int minutes = takeNumber();
+        const int offset = hours * kPerHour + minutes;
+        if (hours > 14 || minutes >= kPerHour || offset > kMost) notADate(target_);
+        offset_ = ahead ? offset : -offset;
     }
 
     bool takeWord(std::string_view word) {
@@ -323,15 +353,18 @@ private:
     }
 
     void parseFraction(bool decimal) {
-        std::size_t digits = at(0) != nullptr ? at(0)->text.size() : 0;
-        if (digits > 3 && target_ != tsql::SqlType::Date) notADate(target_);
-        int milliseconds = takeNumber();
-        for (; decimal && digits < 3; ++digits)
-            milliseconds *= 10;
-        for (; digits > 3; --digits)
-            milliseconds /= 10;
-        // A fraction that rounds up to the whole second carries over through the instant.
-        parts_.tick = (milliseconds * 3 + 5) / 10;
+        constexpr std::size_t kMilliseconds = 3;
+        constexpr std::size_t kFraction = 7;
+        if (!numberAt(0)) notADate(target_);
+        std::string digits = pieces_[position_++].text;
+        const std::size_t most = decimal && tsql::isFineDate(target_) ? kFraction : kMilliseconds;
+        // A date takes no notice of what is behind its day.
+        if (digits.size() > most && target_ != tsql::SqlType::Date) notADate(target_);
+        if (!decimal && digits.size() < kMilliseconds) {
+            digits.insert(0, kMilliseconds - digits.size(), '0');
+        }
+        digits.resize(kFraction, '0');
+        parts_.fraction = plain::readInt(digits).value_or(0);
     }
 
     void parseHalfOfDay() {
@@ -347,6 +380,7 @@ private:
     tsql::SqlType target_;
     DateOrder order_;
     DateParts parts_;
+    std::optional<int> offset_;
 };
 
 }  // namespace
@@ -354,6 +388,11 @@ private:
 double parseDate(std::string_view text, tsql::SqlType target, int style) {
     refuseOtherCalendars(style);
     return DateParser(withoutBlanks(text), target, style).parse();
+}
+
+DateReading readDate(std::string_view text, tsql::SqlType target, int style) {
+    refuseOtherCalendars(style);
+    return DateParser(withoutBlanks(text), target, style).read();
 }
 
 }  // namespace kap::engine

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include <kaputil/automation/plain_text.hpp>
+
 #include "automation/convert/calendar.hpp"
 #include "base/ascii.hpp"
 #include "engine/values/date_settings.hpp"
@@ -138,8 +140,10 @@ std::optional<DatePart> datePartNamed(std::string_view name) {
 }
 
 int partOf(DatePart part, double stored) {
-    const DateParts parts = partsOf(stored);
-    const int day = dayNumber(stored);
+    return partOf(part, partsOf(stored), dayNumber(stored));
+}
+
+int partOf(DatePart part, const DateParts& parts, int day) {
     const int newYear = convert::serialDay({parts.year, 1, 1});
     switch (part) {
         case DatePart::Year:
@@ -163,11 +167,11 @@ int partOf(DatePart part, double stored) {
         case DatePart::Second:
             return parts.second;
         case DatePart::Millisecond:
-            return millisecondsOf(parts.tick);
+            return parts.fraction / kFractionsPerMillisecond;
         case DatePart::Microsecond:
-            return millisecondsOf(parts.tick) * 1000;
+            return parts.fraction / 10;
         case DatePart::Nanosecond:
-            return millisecondsOf(parts.tick) * 1000000;
+            return parts.fraction * 100;
         case DatePart::TimeZone:
             return 0;
         case DatePart::IsoWeek: {
@@ -181,6 +185,13 @@ int partOf(DatePart part, double stored) {
         }
     }
     return 0;
+}
+
+std::string nameOfPart(DatePart part, int value) {
+    const bool italian = dateSettings().italian;
+    if (part == DatePart::Month) return monthName(value, italian);
+    if (part != DatePart::WeekDay) return plain::text(value);
+    return dayName((value - 1 + dateSettings().firstDay) % kDaysPerWeek, italian);
 }
 
 std::optional<double> movedBy(DatePart part, std::int64_t count, double stored) {

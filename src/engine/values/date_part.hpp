@@ -2,7 +2,10 @@
 
 #include <cstdint>
 #include <optional>
+#include <string>
 #include <string_view>
+
+#include "engine/values/dates.hpp"
 
 namespace kap::engine {
 
@@ -21,7 +24,7 @@ enum class DatePart {
     Millisecond,
     Microsecond,
     Nanosecond,
-    TimeZone,  // which no type here has
+    TimeZone,  // the offset from universal time
     IsoWeek
 };
 
@@ -31,6 +34,11 @@ enum class DatePart {
 // The value of a part: weeks are counted from 1 January and start on Sunday, Sunday is day 1 of
 // the week. The weeks of IsoWeek begin on Monday, and the first has the year's first Thursday.
 [[nodiscard]] int partOf(DatePart part, double stored);
+// The same of a date in parts, with its day counted from 30 December 1899. It has no offset.
+[[nodiscard]] int partOf(DatePart part, const DateParts& parts, int day);
+
+// The name of a part's value, as DATENAME gives it: that of the month or weekday, or the digits.
+[[nodiscard]] std::string nameOfPart(DatePart part, int value);
 
 // The instant so many parts later; the day of the month is kept or becomes the last. nullopt
 // beyond year 9999, and for parts that no date can be moved by: those below the millisecond, the

@@ -1,6 +1,7 @@
 #include "engine/values/date_pattern.hpp"
 
 #include <algorithm>
+#include <cstdlib>
 
 #include <kaputil/automation/plain_text.hpp>
 
@@ -61,7 +62,7 @@ std::optional<std::u16string> standardPattern(char16_t letter, const Locale& loc
             return u"MMMM yyyy";
         case u'o':
         case u'O':
-            return u"yyyy-MM-dd'T'HH':'mm':'ss.fffffff";
+            return u"yyyy-MM-dd'T'HH':'mm':'ss.fffffffK";
         case u's':
             return u"yyyy-MM-dd'T'HH':'mm':'ss";
         case u'u':
@@ -76,8 +77,9 @@ std::optional<std::u16string> standardPattern(char16_t letter, const Locale& loc
 
 class DateWriter {
 public:
-    DateWriter(double stored, const Locale& locale)
-        : parts_(partsOf(stored)),
+    DateWriter(const FormattedDate& date, const Locale& locale)
+        : parts_(date.parts),
+          offset_(date.offset),
           weekday_(static_cast<std::size_t>(
               convert::weekdayOf({parts_.year, parts_.month, parts_.day}))),
           locale_(locale) {}
@@ -143,8 +145,9 @@ private:
                 return name(count == 1 ? half.substr(0, 1) : half);
             }
             case u'z':
+                return offset(count);
             case u'K':
-                return {};  // no type here has a zone
+                return offset(kName);
             case u'g':
                 return u"A.D.";
             case u':':
@@ -160,30 +163,111 @@ private:
         return std::u16string(text);
     }
 
+    // "+2", "+02" or "+02:00"; nothing for a date without a zone.
+    [[nodiscard]] std::u16string offset(std::size_t count) const {
+        constexpr int kMinutesPerHour = 60;
+        if (!offset_) return {};
+        std::string text = offsetText(*offset_);
+        if (count == 1) {
+            text = text.front() + plain::text(std::abs(*offset_) / kMinutesPerHour);
+        } else if (count == 2) {
+            text.resize(text.find(':'));
+        }
+        return {text.begin(), text.end()};
+    }
+
     // So many digits of the second's fraction; F leaves out the zeros at the end.
     [[nodiscard]] std::u16string fraction(char16_t letter, std::size_t count) const {
-        constexpr std::size_t kMilliseconds = 3;
-        std::u16string digits = paddedNumber(millisecondsOf(parts_.tick), kMilliseconds);
+        constexpr std::size_t kDecimals = 7;
+        std::u16string digits = paddedNumber(parts_.fraction, kDecimals);
         digits.resize(count, u'0');
         if (letter == u'F') digits.erase(digits.find_last_not_of(u'0') + 1);
         return digits;
     }
 
     DateParts parts_;
+    std::optional<int> offset_;
     std::size_t weekday_;  // from Sunday
     const Locale& locale_;
 };
 
+// What a row of equal letters stands for in the format of a time of day; nullopt for what is none.
+std::optional<std::u16string> partOfTime(const DateParts& time, char16_t letter,
+                                         std::size_t count) {
+    constexpr std::size_t kDecimals = 7;
+    const std::size_t most = letter == u'f' || letter == u'F' ? kDecimals : 2;
+    if (letter == u'%') return u"";
+    if (count > most && letter != u'd') return std::nullopt;
+    switch (letter) {
+        case u'd':
+            return std::u16string(count, u'0');
+        case u'h':
+            return paddedNumber(time.hour, count);
+        case u'm':
+            return paddedNumber(time.minute, count);
+        case u's':
+            return paddedNumber(time.second, count);
+        case u'f':
+        case u'F': {
+            std::u16string digits = paddedNumber(time.fraction, kDecimals).substr(0, count);
+            if (letter == u'F') digits.erase(digits.find_last_not_of(u'0') + 1);
+            return digits;
+        }
+        default:
+            return std::nullopt;
+    }
+}
+
 }  // namespace
 
-std::optional<std::u16string> formatDate(double stored, std::u16string_view format,
+std::optional<std::u16string> formatDate(const FormattedDate& date, std::u16string_view format,
                                          const Locale& locale) {
     if (format.empty()) format = u"G";
-    if (format.size() > 1) return DateWriter(stored, locale).write(format);
+    if (format.size() > 1) return DateWriter(date, locale).write(format);
     const auto pattern = standardPattern(format.front(), locale);
     if (!pattern) return std::nullopt;
     const bool english = format == u"r" || format == u"R";
-    return DateWriter(stored, english ? englishLocale() : locale).write(*pattern);
+    return DateWriter(date, english ? englishLocale() : locale).write(*pattern);
+}
+
+std::optional<std::u16string> formatTime(const DateParts& time, std::u16string_view format,
+                                         const Locale& locale) {
+    std::u16string pattern(format);
+    if (format.empty() || format == u"c" || format == u"t" || format == u"T") {
+        pattern = u"hh':'mm':'ss";
+        if (time.fraction != 0) pattern += u"'.'fffffff";
+    } else if (format == u"g") {
+        pattern = u"%h':'mm':'ss";
+        const std::u16string separator(1, locale.decimalSeparator);
+        if (time.fraction != 0) pattern += u"'" + separator + u"'FFFFFFF";
+    } else if (format == u"G") {
+        pattern = u"'0:'hh':'mm':'ss'" + std::u16string(1, locale.decimalSeparator) + u"'fffffff";
+    } else if (format.size() == 1) {
+        return std::nullopt;
+    }
+    std::u16string text;
+    for (std::size_t i = 0; i < pattern.size();) {
+        const char16_t c = pattern[i];
+        if (c == u'\\') {
+            if (i + 1 >= pattern.size()) return std::nullopt;
+            text += pattern[i + 1];
+            i += 2;
+            continue;
+        }
+        if (c == u'\'' || c == u'"') {
+            const std::size_t end = pattern.find(c, i + 1);
+            if (end == std::u16string::npos) return std::nullopt;
+            text += pattern.substr(i + 1, end - i - 1);
+            i = end + 1;
+            continue;
+        }
+        const std::size_t end = std::min(pattern.find_first_not_of(c, i), pattern.size());
+        const auto part = partOfTime(time, c, end - i);
+        if (!part) return std::nullopt;
+        text += *part;
+        i = end;
+    }
+    return text;
 }
 
 }  // namespace kap::engine

@@ -20,6 +20,12 @@ double firstDay(int year) {
     return convert::serialDay({year, 1, 1});
 }
 
+// The nearest tick; the second's last half one is the whole second.
+int ticksOfFraction(int fraction) {
+    constexpr int kTenths = 100000;
+    return (fraction * 3 + kTenths / 2) / kTenths;
+}
+
 // Whatever the user's own is: scripts name the language.
 const Locale& localeOf(bool italian) {
     return *std::ranges::find(knownLocales(), italian ? "it-IT" : "en-US", &Locale::name);
@@ -52,7 +58,7 @@ DateParts partsOf(double stored) {
             static_cast<int>(seconds / 3600),
             static_cast<int>(seconds / 60 % 60),
             static_cast<int>(seconds % 60),
-            static_cast<int>(rest % kTicksPerSecond)};
+            millisecondsOf(static_cast<int>(rest % kTicksPerSecond)) * kFractionsPerMillisecond};
 }
 
 std::optional<double> instantOf(const DateParts& parts) {
@@ -62,7 +68,7 @@ std::optional<double> instantOf(const DateParts& parts) {
     if (!convert::isValid(date) || !timeIsValid) return std::nullopt;
     const std::int64_t seconds = (parts.hour * 60 + parts.minute) * 60 + parts.second;
     return fromTicks(convert::serialDay(date) * kTicksPerDay + seconds * kTicksPerSecond +
-                     parts.tick);
+                     ticksOfFraction(parts.fraction));
 }
 
 double roundedTo(double stored, tsql::SqlType type) {

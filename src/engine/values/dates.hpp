@@ -17,7 +17,7 @@ inline constexpr std::int64_t kTicksPerDay = 86400 * kTicksPerSecond;
 // The stored day of 1 January 1900, from which the server counts numbers given as dates.
 inline constexpr int kServerEpochDay = 2;
 
-// A date and time in parts; `tick` is the fraction of the second in steps of 1/300.
+// A date and time in parts; `fraction` is that of the second, in units of 100 nanoseconds.
 struct DateParts {
     int year = 1900;
     int month = 1;
@@ -25,14 +25,21 @@ struct DateParts {
     int hour = 0;
     int minute = 0;
     int second = 0;
-    int tick = 0;
+    int fraction = 0;
 };
 
 [[nodiscard]] std::int64_t ticksOf(double stored);
 [[nodiscard]] double fromTicks(std::int64_t ticks);
 
+inline constexpr int kFractionsPerMillisecond = 10000;
+inline constexpr int kFractionsPerSecond = 1000 * kFractionsPerMillisecond;
+
+// The milliseconds that a fraction of ticks is shown as: .000, .003, .007.
+[[nodiscard]] int millisecondsOf(int tick);
+
+// The fraction of the second in the milliseconds that a datetime is shown with: .000, .003, .007.
 [[nodiscard]] DateParts partsOf(double stored);
-// The instant of parts that form a valid date; nullopt otherwise.
+// The instant of parts that form a valid date, to 1/300 of a second; nullopt otherwise.
 [[nodiscard]] std::optional<double> instantOf(const DateParts& parts);
 
 // The value rounded as the type does: to the day, the minute, or 1/300 of a second. Equal instants
@@ -42,9 +49,6 @@ struct DateParts {
 // Whether the type can hold the instant: datetime from 1753, smalldatetime from 1900 to 6 June
 // 2079, date from year 100, all others to 9999.
 [[nodiscard]] bool inRange(double stored, tsql::SqlType type);
-
-// The milliseconds that a fraction of ticks is shown as: .000, .003, .007.
-[[nodiscard]] int millisecondsOf(int tick);
 
 // The instant of the host's clock in the local zone, as datetime.
 [[nodiscard]] double localInstant();
@@ -56,11 +60,32 @@ void refuseOtherCalendars(int style);
 
 // Reads a text as the server does in its default language (month before day). `style` 103, 104,
 // 105 and their kin put the day first. Errors of the server: 241 for what is no date, 242 for a
-// date that does not exist.
+// date that does not exist. The target is date, datetime or smalldatetime.
 [[nodiscard]] double parseDate(std::string_view text, tsql::SqlType target, int style);
+
+// What a text says as time, datetime2 or datetimeoffset, by the same rules; error 241 for what it
+// does not. The day is 1 January 1900 when it names none.
+struct DateReading {
+    DateParts parts;
+    std::optional<int> offset;  // minutes ahead of universal time
+};
+[[nodiscard]] DateReading readDate(std::string_view text, tsql::SqlType target, int style);
 
 // The text of a date in one of the styles of CONVERT; nullopt for a style that is not known.
 [[nodiscard]] std::optional<std::string> dateText(double stored, tsql::SqlType type, int style);
+
+// What the styles of CONVERT make of parts whose seconds have so many decimals. `offset` is written
+// behind the time, where there is one.
+struct FineDate {
+    DateParts parts;
+    int decimals = 0;
+    std::optional<int> offset;
+};
+[[nodiscard]] std::optional<std::string> fineDateText(const FineDate& date, tsql::SqlType type,
+                                                      int style);
+
+// "+02:00" for 120 minutes ahead of universal time.
+[[nodiscard]] std::string offsetText(int minutes);
 
 // Month name from 1, in English or Italian.
 [[nodiscard]] std::string monthName(int month, bool italian = false);

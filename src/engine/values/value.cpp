@@ -44,6 +44,16 @@ struct LiteralWriter {
 
 }  // namespace
 
+ado::Storage storedAs(tsql::SqlType type) {
+    using tsql::SqlType;
+    if (tsql::isExact(type) || type == SqlType::Time || type == SqlType::DateTime2) {
+        return ado::Storage::Integer;
+    }
+    if (type == SqlType::DateTimeOffset) return ado::Storage::Text;
+    if (tsql::isApproximate(type) || tsql::isDate(type)) return ado::Storage::Real;
+    return tsql::isBinary(type) ? ado::Storage::Binary : ado::Storage::Text;
+}
+
 std::int64_t packType(const tsql::TypeSpec& type) {
     return static_cast<std::int64_t>(type.type) |
            (static_cast<std::int64_t>(type.length + 1) << kLengthShift) |

@@ -18,6 +18,11 @@
 // | date                                | double: whole days from 30 December 1899     |
 // | datetime                            | double: such days, to 1/300 of a second      |
 // | smalldatetime                       | double: such days, to the minute             |
+// | time                                | whole number: 100 nanoseconds from midnight  |
+// | datetime2                           | such from 1 January of year 1                |
+// | datetimeoffset                      | text: universal time in ISO form with seven  |
+// |                                     | decimals and Z, then the offset; compared    |
+// |                                     | by the first part                            |
 // | char, nchar                         | UTF-8 text padded with blanks to the length  |
 // | varchar, nvarchar, text, ntext      | UTF-8 text                                   |
 // | binary                              | bytes padded with zeros to the length        |
@@ -31,6 +36,9 @@ namespace kap::engine {
 using ado::Blob;
 using ado::isNull;
 using ado::Value;
+
+// Which of the forms a type's values have.
+[[nodiscard]] ado::Storage storedAs(tsql::SqlType type);
 
 // A type as one number, for the SQL functions that are told types.
 [[nodiscard]] std::int64_t packType(const tsql::TypeSpec& type);

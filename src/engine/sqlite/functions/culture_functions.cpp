@@ -17,6 +17,7 @@
 #include "engine/values/date_pattern.hpp"
 #include "engine/values/date_settings.hpp"
 #include "engine/values/dates.hpp"
+#include "engine/values/fine_dates.hpp"
 #include "engine/values/number_format.hpp"
 #include "engine/values/text_units.hpp"
 #include "tsql/server_error.hpp"
@@ -59,6 +60,20 @@ FormattedNumber numberOf(const Value& value, const TypeSpec& type) {
     return number;
 }
 
+std::optional<std::u16string> formatAnyDate(const Value& value, const TypeSpec& type,
+                                            const std::u16string& format, const Locale& culture) {
+    if (!tsql::isFineDate(type.type)) {
+        return formatDate({partsOf(std::get<double>(value))}, format, culture);
+    }
+    Instant instant = instantFrom(value, type);
+    if (type.type == SqlType::Time) return formatTime(partsOf(instant), format, culture);
+    if (type.type == SqlType::DateTime2) return formatDate({partsOf(instant)}, format, culture);
+    // Formats that name universal time tell it.
+    const bool universal = format == u"u" || format == u"r" || format == u"R";
+    if (universal) instant = instant.onClock(0);
+    return formatDate({partsOf(instant), instant.offset}, format, culture);
+}
+
 // kap_format(value, type, format, culture): NULL for a format that the value's kind does not have.
 Value formatValue(const Arguments& arguments) {
     const TypeSpec type = arguments.type(1);
@@ -66,7 +81,7 @@ Value formatValue(const Arguments& arguments) {
     const std::u16string format = toUnits(arguments.text(2));
     const Locale& culture = cultureNamed(arguments.text(3));
     const auto text = tsql::isDate(type.type)
-                          ? formatDate(std::get<double>(value), format, culture)
+                          ? formatAnyDate(value, type, format, culture)
                           : formatNumber(numberOf(value, type), format, culture);
     if (!text) return {};
     constexpr std::size_t kLongest = 4000;
@@ -177,7 +192,9 @@ Value parsedDate(const std::string& text, const TypeSpec& type, const Locale& cu
     if (weekday && *weekday != convert::weekdayOf({parts.year, parts.month, parts.day})) {
         throw tsql::ServerError(tsql::Message::WrongDateText);
     }
-    return fitDate(days, {SqlType::DateTime}, type);
+    constexpr TypeSpec kFrom{SqlType::DateTime};
+    return tsql::isFineDate(type.type) ? fitInstant(instantFrom(days, kFrom), kFrom, type)
+                                       : Value(fitDate(days, kFrom, type));
 }
 
 // kap_parse(text, type, culture)

@@ -2,14 +2,11 @@
 #include <array>
 #include <chrono>
 
-#include <kaputil/automation/plain_text.hpp>
-
 #include "automation/convert/calendar.hpp"
 #include "base/ascii.hpp"
 #include "engine/sqlite/functions/function_support.hpp"
 #include "engine/values/convert_families.hpp"
 #include "engine/values/date_part.hpp"
-#include "engine/values/date_settings.hpp"
 #include "engine/values/dates.hpp"
 #include "engine/values/exact.hpp"
 #include "tsql/server_error.hpp"
@@ -50,11 +47,11 @@ Value fromParts(const Arguments& arguments) {
         return index < arguments.count() ? arguments.small(index) : 0;
     };
     const int milliseconds = part(7);
+    const bool hasFraction = milliseconds >= 0 && milliseconds < kThousand;
     // A fraction that rounds up to the whole second carries over through the instant.
-    const int tick =
-        milliseconds >= 0 && milliseconds < kThousand ? (milliseconds * 3 + 5) / 10 : 0;
-    const auto instant = instantOf({part(1), part(2), part(3), part(4), part(5), part(6), tick});
-    const bool valid = milliseconds >= 0 && milliseconds < kThousand && instant;
+    const auto instant = instantOf({part(1), part(2), part(3), part(4), part(5), part(6),
+                                    hasFraction ? milliseconds * kFractionsPerMillisecond : 0});
+    const bool valid = hasFraction && instant;
     if (!valid || !inRange(*instant, type)) {
         throw tsql::ServerError(tsql::Message::WrongDateParts, {tsql::typeName(type)});
     }
@@ -67,14 +64,7 @@ Value datePart(const Arguments& arguments) {
 
 Value dateName(const Arguments& arguments) {
     const auto part = static_cast<DatePart>(arguments.integer(0));
-    const int value = partOf(part, arguments.real(1));
-    if (part == DatePart::Month) return monthName(value, dateSettings().italian);
-    constexpr int kDaysPerWeek = 7;
-    if (part == DatePart::WeekDay) {
-        return dayName((value - 1 + dateSettings().firstDay) % kDaysPerWeek,
-                       dateSettings().italian);
-    }
-    return plain::text(value);
+    return nameOfPart(part, partOf(part, arguments.real(1)));
 }
 
 // kap_dateadd(part, count, date, type)

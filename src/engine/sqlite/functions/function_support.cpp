@@ -65,9 +65,16 @@ Blob Arguments::blob(int index) const {
 
 Value Arguments::value(int index, const tsql::TypeSpec& type) const {
     if (isNull(index)) return {};
-    if (tsql::isExact(type.type)) return integer(index);
-    if (tsql::isApproximate(type.type) || tsql::isDate(type.type)) return real(index);
-    if (tsql::isBinary(type.type)) return blob(index);
+    switch (storedAs(type.type)) {
+        case ado::Storage::Integer:
+            return integer(index);
+        case ado::Storage::Real:
+            return real(index);
+        case ado::Storage::Binary:
+            return blob(index);
+        case ado::Storage::Text:
+            break;
+    }
     return std::string(text(index));
 }
 
@@ -114,6 +121,7 @@ void registerFunctions(sqlite3* connection, ErrorSlot& slot) {
     registerPercentiles(registrar);
     registerPatternFunctions(registrar);
     registerDateFunctions(registrar);
+    registerFineDateFunctions(registrar);
     registerAggregateFunctions(registrar);
     registerPackedValues(registrar);
 }

@@ -90,6 +90,7 @@ void registerJoinedTexts(Registrar& registrar);
 void registerPercentiles(Registrar& registrar);
 void registerPatternFunctions(Registrar& registrar);
 void registerDateFunctions(Registrar& registrar);
+void registerFineDateFunctions(Registrar& registrar);
 void registerAggregateFunctions(Registrar& registrar);
 void registerPackedValues(Registrar& registrar);
 
