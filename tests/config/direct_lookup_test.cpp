@@ -5,6 +5,7 @@
 #include <kaputil/data/error_numbers.hpp>
 
 #include "support/database.hpp"
+#include "support/prepared_tables.hpp"
 #include "support/recording_database.hpp"
 #include "support/shown.hpp"
 
@@ -16,7 +17,8 @@ using test::raisedBy;
 // A database with the table ABC_KAP_CFG and these rows: group, application, procedure, field, flag.
 Ref<ado::Connection> withRows(const std::string& rows) {
     auto connection = test::openMemory();
-    connection->Execute(
+    kap::test::prepare(
+        connection,
         u"CREATE TABLE ABC_KAP_CFG (Gruppo varchar(30), Applicazione varchar(30), "
         u"Procedura varchar(30), Modulo varchar(30), Campo varchar(30), Valore varchar(200), "
         u"Flag varchar(10))");

@@ -5,6 +5,7 @@
 #include <kaputil/data/error_numbers.hpp>
 
 #include "config/sample_tree.hpp"
+#include "support/prepared_tables.hpp"
 #include "support/recording_database.hpp"
 
 namespace kap {
@@ -120,8 +121,8 @@ TEST_F(FailedLoad, OnASecondRowForARunTimeField) {
 TEST_F(FailedLoad, OnNullInAColumn) {
     for (const char* column : {"Valore", "Flag", "Procedura", "Modulo", "Campo"}) {
         addRow(connection_, "UFFICIO", "Copie", "3");
-        connection_->Execute(String("UPDATE KAP_CFG SET ") + String(column).view() +
-                             u" = NULL WHERE Gruppo = 'UFFICIO'");
+        kap::test::prepare(connection_, String("UPDATE KAP_CFG SET ") + String(column).view() +
+                                            u" = NULL WHERE Gruppo = 'UFFICIO'");
         EXPECT_EQ(loadError(), errors::kInvalidUseOfNull) << column;
         connection_->Execute(u"DELETE KAP_CFG WHERE Gruppo = 'UFFICIO'");
         EXPECT_EQ(load(), "loaded");

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "config/sample_tree.hpp"
+#include "support/prepared_tables.hpp"
 #include "support/recording_database.hpp"
 
 namespace kap {
@@ -243,7 +244,8 @@ TEST_F(Load, ReadsTextsOfAnyLanguage) {
 }
 
 TEST_F(Load, ReadsATableWithMoreColumnsInAnyOrder) {
-    connection_->Execute(
+    kap::test::prepare(
+        connection_,
         u"CREATE TABLE ALTRA_CFG (Id int identity PRIMARY KEY, Flag varchar(10), "
         u"Valore varchar(max), Campo varchar(30), Modulo varchar(30), Procedura varchar(30), "
         u"Applicazione varchar(30), Gruppo varchar(30), AggID timestamp) "

@@ -9,6 +9,7 @@
 #include <kaputil/config/cfg_procedura.hpp>
 
 #include "support/database.hpp"
+#include "support/prepared_tables.hpp"
 
 namespace kap::test {
 
@@ -27,7 +28,8 @@ inline Ref<CFG_Campi> sampleFields(const Ref<CFG_Applicazioni>& root) {
 // A database with the empty configuration table KAP_CFG, whose columns take Null.
 inline Ref<ado::Connection> openConfiguration() {
     auto connection = openMemory();
-    connection->Execute(
+    kap::test::prepare(
+        connection,
         u"CREATE TABLE KAP_CFG (Gruppo varchar(30), Applicazione varchar(30), "
         u"Procedura varchar(30), Modulo varchar(30), Campo varchar(30), Valore varchar(200), "
         u"Flag varchar(10), Note varchar(40))");

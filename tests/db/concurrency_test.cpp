@@ -8,6 +8,7 @@
 
 #include "support/build_folders.hpp"
 #include "support/database.hpp"
+#include "support/prepared_tables.hpp"
 #include "support/shown.hpp"
 
 namespace kap::db {
@@ -29,9 +30,9 @@ TEST(Concurrency, TwoProcessesEditingTheSameRowThroughDbUpdateNeverLoseAnUpdate)
     constexpr int kTimes = 60;
     const test::TemporaryFolder folder;
     const auto connection = test::open(folder.database());
-    connection->Execute(
-        u"CREATE TABLE Contatore (Id int PRIMARY KEY, Valore int, AggID timestamp);"
-        u"INSERT INTO Contatore (Id, Valore) VALUES (1, 0)");
+    kap::test::prepare(connection,
+                       u"CREATE TABLE Contatore (Id int PRIMARY KEY, Valore int, AggID timestamp);"
+                       u"INSERT INTO Contatore (Id, Valore) VALUES (1, 0)");
     std::vector<pid_t> children;
     for (int i = 0; i < 2; ++i) {
         children.push_back(start(folder.database(), kTimes));

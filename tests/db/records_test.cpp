@@ -7,6 +7,7 @@
 #include <kaputil/data/error_numbers.hpp>
 
 #include "support/database.hpp"
+#include "support/prepared_tables.hpp"
 #include "support/shown.hpp"
 
 namespace kap::db {
@@ -27,7 +28,8 @@ constexpr const char16_t* kDeletedMeanwhile =
 class RecordsTest : public ::testing::Test {
 protected:
     RecordsTest() : connection_(openMemory()), error_(make<CErrore>()) {
-        connection_->Execute(
+        kap::test::prepare(
+            connection_,
             u"CREATE TABLE Doc (Codice varchar(5) NOT NULL PRIMARY KEY, Descr varchar(20), "
             u"Importo money, Sconto decimal(5,2), Peso real, Misura float, Data datetime, "
             u"Giorno date, Righe int, Note text, Chiuso bit, AggID timestamp);"
@@ -112,7 +114,7 @@ TEST_F(RecordsTest, DbReadOfAQueryWithNoRowsReturnsFalseAndEveryFieldWithItsNeut
 }
 
 TEST_F(RecordsTest, AMissingRecordWithALongWideTextIsOutOfStringSpace) {
-    connection_->Execute(u"CREATE TABLE Lunghi (Id int, Testo ntext)");
+    kap::test::prepare(connection_, u"CREATE TABLE Lunghi (Id int, Testo ntext)");
     Variant text = u"before";
     EXPECT_EQ(raisedBy([&] { return DB_Read(connection_, u"SELECT * FROM Lunghi", text); }), 14);
     EXPECT_EQ(shown(text), "String before");
@@ -257,7 +259,8 @@ TEST_F(RecordsTest, ANullPropertyStringIsAnInvalidUseOfNull) {
 }
 
 TEST_F(RecordsTest, ARecordWithAnIdentityIsReadAndSaved) {
-    connection_->Execute(
+    kap::test::prepare(
+        connection_,
         u"CREATE TABLE Ident (Id int IDENTITY PRIMARY KEY, Nome varchar(9), AggID timestamp);"
         u"INSERT INTO Ident (Nome) VALUES ('a')");
     Variant text;

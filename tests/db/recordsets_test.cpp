@@ -12,6 +12,7 @@
 
 #include "support/database.hpp"
 #include "support/fake_driver.hpp"
+#include "support/prepared_tables.hpp"
 #include "support/shown.hpp"
 
 namespace kap::db {
@@ -72,7 +73,8 @@ TEST_F(OpenRecordsetTest, LeavesOptionsThatWereGivenAsTheyAre) {
 }
 
 TEST_F(OpenRecordsetTest, ReplacesEveryNullOfATextNumericOrDateField) {
-    connection_->Execute(
+    kap::test::prepare(
+        connection_,
         u"CREATE TABLE Tutti (a smallint, b real, c float, d money, e decimal(9,2), "
         u"f numeric(9,2), g tinyint, h char(3), i varchar(3), j text, k nvarchar(3), l date);"
         u"INSERT INTO Tutti (a) VALUES (NULL)");
@@ -87,7 +89,8 @@ TEST_F(OpenRecordsetTest, ReplacesEveryNullOfATextNumericOrDateField) {
 }
 
 TEST_F(OpenRecordsetTest, LeavesTheNullsOfOtherTypes) {
-    connection_->Execute(
+    kap::test::prepare(
+        connection_,
         u"CREATE TABLE Altri (a int, b bit, c bigint, d nchar(2), e ntext, f varbinary(4), "
         u"g image, h datetime, i uniqueidentifier, j binary(4));"
         u"INSERT INTO Altri (a) VALUES (NULL)");
@@ -114,9 +117,9 @@ TEST_F(OpenRecordsetTest, KeepsValuesThatAreNotNullInAColumnWithNulls) {
 }
 
 TEST_F(OpenRecordsetTest, DoesNotWriteTheDatabaseWhenItReplacesNullsOfLiveRows) {
-    connection_->Execute(
-        u"CREATE TABLE T (Id int PRIMARY KEY, Testo varchar(5), AggID timestamp);"
-        u"INSERT INTO T (Id) VALUES (1), (2)");
+    kap::test::prepare(connection_,
+                       u"CREATE TABLE T (Id int PRIMARY KEY, Testo varchar(5), AggID timestamp);"
+                       u"INSERT INTO T (Id) VALUES (1), (2)");
     const auto before = valueOf(connection_, u"SELECT MAX(AggID) FROM T").as<Array>().bytes();
     static_cast<void>(OpenRecordset(u"SELECT * FROM T", connection_, std::int16_t{1},
                                     std::int16_t{3}, -1, true, false, std::int16_t{2}));

@@ -6,6 +6,7 @@
 #include <kaputil/numbering/used_numbers.hpp>
 
 #include "support/database.hpp"
+#include "support/prepared_tables.hpp"
 #include "support/shown.hpp"
 
 namespace kap::numbering::test {
@@ -39,7 +40,7 @@ public:
             "INSERT INTO con_TabCausali VALUES ('FVE', 'FAT')");
     }
 
-    void run(const std::string& script) const { connection_->Execute(String(script)); }
+    void run(const std::string& script) const { kap::test::prepare(connection_, String(script)); }
     // The counter FAT of 2025, values as literals.
     void counter(const std::string& definitive, const std::string& provisional = "0",
                  const std::string& gestProvv = "0") const {

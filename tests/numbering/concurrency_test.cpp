@@ -18,6 +18,7 @@
 
 #include "numbering/company.hpp"
 #include "support/build_folders.hpp"
+#include "support/prepared_tables.hpp"
 #include "support/seed.hpp"
 #include "support/temporary_folder.hpp"
 
@@ -100,7 +101,7 @@ void report(const std::string& what, const Taken& taken, Clock::duration time) {
 class Concurrency : public testing::Test {
 protected:
     Concurrency() {
-        database_->Execute(String(schema()));
+        kap::test::prepare(database_, String(schema()));
         database_->Execute(
             u"INSERT INTO vtx_TabDoc VALUES ('FAI', 'FAT');"
             u"INSERT INTO vtx_TabPro VALUES ('FAT', 2025, 0, 0, 0)");

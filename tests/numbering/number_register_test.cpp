@@ -275,7 +275,8 @@ TEST(RegisterWithoutTables, NeedsTheCountersAlone) {
     const auto database = open(memoryDatabase());
     Variant connection(database);
     EXPECT_THROW(static_cast<void>(readRegisters(connection)), AutomationError);
-    database->Execute(
+    kap::test::prepare(
+        database,
         u"CREATE TABLE vtx_TabPro (Codice varchar(5), Anno smallint, n_Def int, n_Prov int, "
         u"GestProvv int); INSERT INTO vtx_TabPro VALUES ('FAT', 2025, 3, 0, 0)");
     const auto found = readRegisters(connection);

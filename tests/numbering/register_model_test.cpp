@@ -18,6 +18,7 @@
 
 #include "numbering/company.hpp"
 #include "numbering/register_text.hpp"
+#include "support/prepared_tables.hpp"
 #include "support/processes.hpp"
 #include "support/seed.hpp"
 #include "support/temporary_folder.hpp"
@@ -321,7 +322,7 @@ Ref<ado::Connection> company(const kap::test::TemporaryFolder& folder, std::mt19
     const std::string file = folder.database(std::to_string(random()) + ".db");
     const std::string settings = file + ";Synchronous=Off";
     auto database = open(settings);
-    database->Execute(String(schema()));
+    kap::test::prepare(database, String(schema()));
     database->Execute(
         u"DROP TABLE vtx_TabProPrenotati;"
         u"CREATE TABLE vtx_TabProPrenotati (Codice varchar(5), Anno smallint, Numero int, Stato "

@@ -14,15 +14,20 @@
 
 namespace kap::test {
 
-// A Transact-SQL server that tests run on in place of embedded databases, when
-// KAPUTIL_TEST_CONNECTION names one: a connection string with "{database}" in it. Each test makes
-// databases of its own there; they are dropped when the program ends.
+// A database server that tests run on in place of embedded databases, when KAPUTIL_TEST_CONNECTION
+// names one: a connection string with "{database}" in it. Each test makes databases of its own
+// there; they are dropped when the program ends. What tests make beforehand they make by `prepare`
+// (prepared_tables.hpp), which PostgreSQL understands, too.
 class OtherServer {
 public:
     // What such a server does otherwise by nature; whoever compares answers asks here.
     static constexpr bool kWordsErrorsAlike = false;  // numbers are the same, texts need not be
     static constexpr bool kKeepsOrder = false;        // of rows that no ORDER BY has put in order
-    static constexpr const char* kMainDatabase = "master";
+    // The database that is always there.
+    [[nodiscard]] const char* mainDatabase() const { return isPostgres() ? "postgres" : "master"; }
+    [[nodiscard]] bool isPostgres() const {
+        return template_.find("PostgreSQL") != std::string::npos;
+    }
 
     // Null when there is none.
     static OtherServer* given() {
@@ -36,6 +41,9 @@ public:
             "kaptest_" + std::to_string(getpid()) + "_" + std::to_string(made_.size() + 1);
         main()->Execute("CREATE DATABASE " + name);
         made_.push_back(name);
+        if (isPostgres()) {
+            takeNumbersForTruth(name);
+        }
         return connection(name);
     }
 
@@ -68,9 +76,17 @@ private:
         const std::size_t at = text.find(kPlace);
         return at == std::string::npos ? text : text.replace(at, kPlace.size(), database);
     }
+    // The programs that the tests stand for write bits as 0 and 1.
+    void takeNumbersForTruth(const std::string& database) const {
+        auto opened = make<ado::Connection>();
+        opened->Open(connection(database));
+        opened->Execute(
+            "UPDATE pg_cast SET castcontext = 'i' WHERE castsource = 'int4'::regtype AND "
+            "casttarget = 'bool'::regtype");
+    }
     [[nodiscard]] Ref<ado::Connection> main() const {
         auto opened = make<ado::Connection>();
-        opened->Open(connection(kMainDatabase));
+        opened->Open(connection(mainDatabase()));
         return opened;
     }
 
