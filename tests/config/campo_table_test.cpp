@@ -195,8 +195,8 @@ TEST(FieldInTheTable, PassesTheDatabasesErrorsOn) {
     const auto root = sampleRoot();
     root->setActiveConnection(test::openMemory());
     const auto field = sampleFields(root)->Add(u"Copie");
-    EXPECT_EQ(raises([&] { field->Update(); }), ado::errors::kUnknownObject);
-    EXPECT_EQ(raises([&] { field->ResetDefault(true); }), ado::errors::kUnknownObject);
+    EXPECT_EQ(raises([&] { field->Update(); }), test::unknownTableNumber());
+    EXPECT_EQ(raises([&] { field->ResetDefault(true); }), test::unknownTableNumber());
     root->setActiveConnection({});
     EXPECT_EQ(raises([&] { field->Update(); }), ado::errors::kInvalidConnection);
     EXPECT_EQ(raises([&] { field->ResetDefault(true); }), ado::errors::kInvalidConnection);

@@ -106,7 +106,7 @@ TEST(DirectLookup, SendsItsStatementAsItIs) {
 TEST(DirectLookup, PassesTheDatabasesErrorsOn) {
     Variant session(test::openMemory());
     EXPECT_EQ(raisedBy([&] { return KapCFG(session, u"ABC", u"Ordini"); }),
-              ado::errors::kUnknownObject);
+              test::unknownTableNumber());
     EXPECT_EQ(raisedBy([&] { return KapCFG(session, u"ABC", u"L'ordine"); }),
               ado::errors::kCommandText);
 }

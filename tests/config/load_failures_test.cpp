@@ -192,7 +192,7 @@ TEST_F(FailedLoad, OnAConnectionThatIsClosed) {
 
 TEST_F(FailedLoad, OnATableThatIsNotThere) {
     root_->setNomeTabella(u"MANCA_CFG");
-    EXPECT_EQ(loadError(), ado::errors::kUnknownObject);
+    EXPECT_EQ(loadError(), test::unknownTableNumber());
     root_->setNomeTabella(u"KAP_CFG");
     EXPECT_EQ(load(), "loaded");
 }

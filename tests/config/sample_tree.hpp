@@ -31,7 +31,7 @@ inline Ref<ado::Connection> openConfiguration() {
     kap::test::prepare(
         connection,
         u"CREATE TABLE KAP_CFG (Gruppo varchar(30), Applicazione varchar(30), "
-        u"Procedura varchar(30), Modulo varchar(30), Campo varchar(30), Valore varchar(200), "
+        u"Procedura varchar(30), Modulo varchar(30), Campo varchar(30), Valore nvarchar(200), "
         u"Flag varchar(10), Note varchar(40))");
     return connection;
 }
@@ -43,7 +43,7 @@ inline void addRow(const Ref<ado::Connection>& connection, const std::string& gr
     connection->Execute(
         "INSERT INTO KAP_CFG (Gruppo, Applicazione, Procedura, Modulo, Campo, Valore, Flag) "
         "VALUES ('" +
-        group + "', 'Vendite', 'Ordini', 'Stampa', '" + field + "', '" + value + "', '" + flag +
+        group + "', 'Vendite', 'Ordini', 'Stampa', '" + field + "', N'" + value + "', '" + flag +
         "')");
 }
 

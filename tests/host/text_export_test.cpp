@@ -204,7 +204,7 @@ TEST_F(TextExport, PassesOnTheErrorsOfFilesAndQueries) {
     EXPECT_EQ(raisedBy([&] { return exportQuery("SELECT 1 AS A"); }), errors::kPathNotFound);
     path_ = folder_.file("scambio");
     EXPECT_EQ(raisedBy([&] { return exportQuery("SELECT * FROM Inesistente"); }),
-              ado::errors::kUnknownObject);
+              test::unknownTableNumber());
 }
 
 TEST_F(TextExport, LeavesTheRowsThatWereToldInTheFileWhenTheProgressIsBrokenOff) {

@@ -202,7 +202,7 @@ TEST(DocumentNumbers, PassTheDatabasesErrorsOn) {
     company.run("DROP TABLE vtx_TabPro");
     Caller caller(company);
     EXPECT_EQ(raisedBy([&] { return caller.progressivi({.counter = "FAT"}); }),
-              ado::errors::kUnknownObject);
+              test::unknownTableNumber());
 }
 
 TEST(DocumentNumbers, PassTheErrorOfAnExactStoringOn) {

@@ -272,6 +272,9 @@ TEST_F(RegisterOfNumbers, ANumberThatIsNoneIsToldWithItsColumn) {
 }
 
 TEST(RegisterWithoutTables, NeedsTheCountersAlone) {
+    if (test::unknownTableNumber() != ado::errors::kUnknownObject) {
+        GTEST_SKIP() << "this server does not tell that a table is missing";
+    }
     const auto database = open(memoryDatabase());
     Variant connection(database);
     EXPECT_THROW(static_cast<void>(readRegisters(connection)), AutomationError);

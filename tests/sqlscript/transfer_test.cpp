@@ -208,7 +208,7 @@ TEST(Transfer, FindsNoColumnsInAPermanentTableThatIsNotThere) {
 
 TEST(Transfer, RaisesTheDatabasesErrorForATemporaryTableThatIsNotThere) {
     const auto sql = transfer("CREATE TABLE #T (A int)", {{"FROM", "#T"}, {"TO", "#Manca"}});
-    EXPECT_EQ(test::raisedBy([&] { return sql->AddTmp(); }), ado::errors::kUnknownObject);
+    EXPECT_EQ(test::raisedBy([&] { return sql->AddTmp(); }), test::unknownTableNumber());
     EXPECT_EQ(sql->SQLString(), u"");
 }
 
@@ -237,7 +237,7 @@ TEST(Transfer, SeesTemporaryTablesOfItsOwnConnectionOnly) {
     sql->Parametri()->Scrivi(u"FROM", u"#T");
     sql->Parametri()->Scrivi(u"TO", u"Archivio");
     sql->setActiveConnection(others);
-    EXPECT_EQ(test::raisedBy([&] { return sql->AddTmp(); }), ado::errors::kUnknownObject);
+    EXPECT_EQ(test::raisedBy([&] { return sql->AddTmp(); }), test::unknownTableNumber());
     sql->setActiveConnection(mine);
     EXPECT_FALSE(sql->AddTmp().empty());
 }

@@ -1,10 +1,12 @@
 #pragma once
 
 #include <atomic>
+#include <cstdint>
 #include <string>
 
 #include <kaputil/ado/connection.hpp>
 #include <kaputil/ado/recordset.hpp>
+#include <kaputil/automation/error.hpp>
 
 #include "support/other_server.hpp"
 #include "support/temporary_folder.hpp"
@@ -49,6 +51,20 @@ inline Variant fieldOf(const Ref<ado::Recordset>& recordset, const Variant& inde
 // The first column of the first row of a query.
 inline Variant valueOf(const Ref<ado::Connection>& connection, const String& query) {
     return fieldOf(connection->Execute(query), 0);
+}
+
+// What a query of a table that is not there raises: -2147217865, but for servers that do not tell
+// that it was the table.
+inline std::int32_t unknownTableNumber() {
+    static const std::int32_t number = [] {
+        try {
+            openMemory()->Execute(u"SELECT * FROM TabellaCheManca");
+        } catch (const AutomationError& error) {
+            return error.number();
+        }
+        return std::int32_t{0};
+    }();
+    return number;
 }
 
 }  // namespace kap::test
