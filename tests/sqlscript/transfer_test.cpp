@@ -237,7 +237,7 @@ TEST(Transfer, SeesTemporaryTablesOfItsOwnConnectionOnly) {
     sql->Parametri()->Scrivi(u"FROM", u"#T");
     sql->Parametri()->Scrivi(u"TO", u"Archivio");
     sql->setActiveConnection(others);
-    EXPECT_EQ(test::raisedBy([&] { return sql->AddTmp(); }), test::unknownTableNumber());
+    EXPECT_EQ(test::raisedBy([&] { return sql->AddTmp(); }), ado::errors::kUnknownObject);
     sql->setActiveConnection(mine);
     EXPECT_FALSE(sql->AddTmp().empty());
 }
