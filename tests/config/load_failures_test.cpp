@@ -59,7 +59,7 @@ protected:
     // The rows that came before the failure are loaded; without its row the next load works.
     void expectPartlyLoadedAndNextWorking() {
         EXPECT_EQ(copies(), "2 DEFAULT");
-        connection_->Execute(u"DELETE KAP_CFG WHERE Gruppo = 'UFFICIO'");
+        connection_->Execute(u"DELETE FROM KAP_CFG WHERE Gruppo = 'UFFICIO'");
         EXPECT_EQ(load(), "loaded");
         EXPECT_EQ(copies(), "2 DEFAULT");
         EXPECT_EQ(sampleFields(root_)->Count(), 1);
@@ -104,7 +104,7 @@ TEST_F(FailedLoad, OnAFlagThatIsRefusedBehindItsValue) {
     addRow(connection_, "UFFICIO", "Copie", "3", "9");
     EXPECT_EQ(load(), "-2147221503 Valore 9 non consentito su CFG Copie");
     EXPECT_EQ(copies(), "3 DEFAULT");
-    connection_->Execute(u"DELETE KAP_CFG WHERE Gruppo = 'UFFICIO'");
+    connection_->Execute(u"DELETE FROM KAP_CFG WHERE Gruppo = 'UFFICIO'");
     EXPECT_EQ(load(), "loaded");
     EXPECT_EQ(copies(), "2 DEFAULT");
 }
@@ -114,7 +114,7 @@ TEST_F(FailedLoad, OnASecondRowForARunTimeField) {
     addRow(connection_, "UFFICIO", "Nuovo", "<ADD_RUNTIME>1</ADD_RUNTIME>");
     EXPECT_EQ(loadError(), errors::kDuplicateKey);
     EXPECT_EQ(sampleFields(root_)->Item(u"Nuovo")->Gruppo(), u"DEFAULT");
-    connection_->Execute(u"DELETE KAP_CFG WHERE Campo = 'Nuovo'");
+    connection_->Execute(u"DELETE FROM KAP_CFG WHERE Campo = 'Nuovo'");
     expectPartlyLoadedAndNextWorking();
 }
 
@@ -124,7 +124,7 @@ TEST_F(FailedLoad, OnNullInAColumn) {
         kap::test::prepare(connection_, String("UPDATE KAP_CFG SET ") + String(column).view() +
                                             u" = NULL WHERE Gruppo = 'UFFICIO'");
         EXPECT_EQ(loadError(), errors::kInvalidUseOfNull) << column;
-        connection_->Execute(u"DELETE KAP_CFG WHERE Gruppo = 'UFFICIO'");
+        connection_->Execute(u"DELETE FROM KAP_CFG WHERE Gruppo = 'UFFICIO'");
         EXPECT_EQ(load(), "loaded");
     }
 }

@@ -132,7 +132,7 @@ TEST_F(Load, LeavesFieldsWithoutARowAtTheirDefaults) {
 TEST_F(Load, ResetsWhatNoRowHoldsAnyMore) {
     addRow(connection_, "UFFICIO", "Copie", "3", "1");
     root_->CaricaCfgPersonalizzati();
-    connection_->Execute(u"DELETE KAP_CFG");
+    connection_->Execute(u"DELETE FROM KAP_CFG");
     root_->CaricaCfgPersonalizzati();
     EXPECT_EQ(field(u"Copie"), "1/0 ");
 }
@@ -197,7 +197,7 @@ TEST_F(Load, MakesThemAnewEveryTime) {
     EXPECT_EQ(sampleFields(root_)->Count(), 5);
     EXPECT_NE(sampleFields(root_)->Item(u"Uno"), before);
     EXPECT_EQ(before->Path(), u"UFFICIO\\Vendite\\Ordini\\Stampa\\Uno");
-    connection_->Execute(u"DELETE KAP_CFG WHERE Campo = 'Due'");
+    connection_->Execute(u"DELETE FROM KAP_CFG WHERE Campo = 'Due'");
     root_->CaricaCfgPersonalizzati();
     EXPECT_EQ(sampleFields(root_)->Count(), 4);
 }
@@ -224,7 +224,7 @@ TEST_F(Load, ResetsEveryFieldOfAModuleWhoseNeighboursGo) {
     }
     root_->CaricaCfgPersonalizzati();
     sampleFields(root_)->Add(u"Ultimo")->setValore(u"x");
-    connection_->Execute(u"DELETE KAP_CFG");
+    connection_->Execute(u"DELETE FROM KAP_CFG");
     root_->CaricaCfgPersonalizzati();
     EXPECT_EQ(sampleFields(root_)->Count(), 3);
     EXPECT_EQ(field(u"Ultimo"), "/0 ");

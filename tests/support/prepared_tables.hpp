@@ -43,6 +43,8 @@ public:
         std::vector<std::string> all = {made_};
         for (const auto& [table, column] : versions_) {
             all.push_back(ado::postgresSql().afterCreation(table, column));
+            // The rows that were filled in before have none yet.
+            all.push_back("UPDATE " + table + " SET " + column + " = " + column);
         }
         return all;
     }
@@ -62,7 +64,8 @@ private:
     }
 
     void take() {
-        static constexpr std::array<TypeWord, 14> kTypes = {{{"bit", "boolean"},
+        static constexpr std::array<TypeWord, 15> kTypes = {{{"bit", "boolean"},
+                                                             {"varchar", "varchar"},
                                                              {"tinyint", "smallint"},
                                                              {"datetime", "timestamp(3)"},
                                                              {"smalldatetime", "timestamp(0)"},
@@ -101,6 +104,10 @@ private:
         }
         if (type->given == "timestamp") {
             versions_.emplace_back(table_, asciiLower(tokens_[at_ - 1].text));
+        }
+        if (isWord(at_ + 2, "max")) {
+            replace(at_, at_ + 3, "text");
+            return;
         }
         const bool drops = !type->hasLength && tokens_[at_ + 1].text == "(";
         replace(at_, drops ? at_ + 3 : at_, type->made);
