@@ -1,6 +1,19 @@
 #include "cli/output/csv_line.hpp"
 
+#include <algorithm>
+#include <string_view>
+
 namespace kap::cli {
+namespace {
+
+// Most characters are behind the comma in their order, which one comparison tells.
+bool needsQuotes(std::string_view value) {
+    return std::ranges::any_of(value, [](char unit) {
+        return unit <= ',' && (unit == ',' || unit == '"' || unit == '\r' || unit == '\n');
+    });
+}
+
+}  // namespace
 
 std::string csvLine(const std::vector<std::string>& values) {
     std::string line;
@@ -14,7 +27,7 @@ std::string csvLine(const std::vector<std::string>& values) {
 }
 
 void quoteForCsv(std::string& line, std::size_t start) {
-    if (line.find_first_of(",\"\r\n", start) == std::string::npos) {
+    if (!needsQuotes(std::string_view(line).substr(start))) {
         return;
     }
     const std::string text = line.substr(start);
