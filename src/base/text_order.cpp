@@ -1,5 +1,6 @@
 #include "base/text_order.hpp"
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -37,6 +38,31 @@ constexpr auto kAsciiWeights = [] {
     return weights;
 }();
 
+// What counts last: an apostrophe or a hyphen.
+constexpr bool isWithinWords(std::uint32_t weight) {
+    return weight == (kSign | '\'') || weight == (kSign | '-');
+}
+
+// The letters that stand for two, in capitals; nothing for all others.
+std::u32string_view lettersOf(std::uint32_t point) {
+    switch (point) {
+        case 0xDF:
+        case 0x1E9E:
+            return U"SS";
+        case 0xC6:
+        case 0xE6:
+            return U"AE";
+        case 0x152:
+        case 0x153:
+            return U"OE";
+        case 0xDE:
+        case 0xFE:
+            return U"TH";
+        default:
+            return {};
+    }
+}
+
 bool isMark(utf8proc_category_t category) {
     return category == UTF8PROC_CATEGORY_MN || category == UTF8PROC_CATEGORY_ME;
 }
@@ -61,7 +87,9 @@ std::uint32_t weightOf(std::uint32_t point) {
     }
 }
 
-// The base letters and the marks of a text, one after the other, in upper case.
+// The base letters and the marks of a text, one after the other, in upper case. By words, some
+// letters are two.
+template <bool kByWords>
 class Elements {
 public:
     struct Element {
@@ -103,6 +131,14 @@ private:
             return true;
         }
         rest_.remove_prefix(static_cast<std::size_t>(length));
+        if constexpr (kByWords) {
+            if (const auto letters = lettersOf(static_cast<std::uint32_t>(point));
+                !letters.empty()) {
+                std::ranges::copy(letters, parts_.begin());
+                count_ = letters.size();
+                return true;
+            }
+        }
         const utf8proc_int32_t upper = utf8proc_toupper(point);
         int boundary = 0;
         const utf8proc_ssize_t made = utf8proc_decompose_char(
@@ -123,10 +159,11 @@ private:
 };
 
 // Zero at the end of the text; every weight is made larger by one for that.
-std::uint32_t nextBase(Elements& elements) noexcept {
-    Elements::Element element;
+template <bool kByWords>
+std::uint32_t nextBase(Elements<kByWords>& elements) noexcept {
+    typename Elements<kByWords>::Element element;
     while (elements.next(element)) {
-        if (!element.mark) {
+        if (!element.mark && !(kByWords && isWithinWords(element.value))) {
             return element.value + 1;
         }
     }
@@ -134,18 +171,37 @@ std::uint32_t nextBase(Elements& elements) noexcept {
 }
 
 // A base letter is 1 here, so that a letter without a mark stands before the same with one.
-std::uint32_t nextMark(Elements& elements) noexcept {
-    Elements::Element element;
-    if (!elements.next(element)) {
-        return 0;
+template <bool kByWords>
+std::uint32_t nextMark(Elements<kByWords>& elements) noexcept {
+    typename Elements<kByWords>::Element element;
+    while (elements.next(element)) {
+        if (element.mark) {
+            return element.value;
+        }
+        if (!(kByWords && isWithinWords(element.value))) {
+            return 1;
+        }
     }
-    return element.mark ? element.value : 1;
+    return 0;
 }
 
-template <class Next>
+// The next apostrophe or hyphen with the letters before it: one that stands earlier comes first.
+std::uint32_t nextWithinWord(Elements<true>& elements, std::uint32_t& letters) noexcept {
+    constexpr std::uint32_t kSigns = 2;
+    Elements<true>::Element element;
+    while (elements.next(element)) {
+        if (!element.mark && isWithinWords(element.value)) {
+            return 1 + letters * kSigns + (element.value == (kSign | '-') ? 1 : 0);
+        }
+        letters += element.mark ? 0 : 1;
+    }
+    return 0;
+}
+
+template <bool kByWords, class Next>
 std::weak_ordering compareBy(std::string_view left, std::string_view right, Next next) noexcept {
-    Elements leftElements(left);
-    Elements rightElements(right);
+    Elements<kByWords> leftElements(left);
+    Elements<kByWords> rightElements(right);
     while (true) {
         const std::uint32_t a = next(leftElements);
         const std::uint32_t b = next(rightElements);
@@ -158,18 +214,35 @@ std::weak_ordering compareBy(std::string_view left, std::string_view right, Next
     }
 }
 
+std::weak_ordering compareWithinWords(std::string_view left, std::string_view right) noexcept {
+    Elements<true> leftElements(left);
+    Elements<true> rightElements(right);
+    std::uint32_t leftLetters = 0;
+    std::uint32_t rightLetters = 0;
+    while (true) {
+        const std::uint32_t a = nextWithinWord(leftElements, leftLetters);
+        const std::uint32_t b = nextWithinWord(rightElements, rightLetters);
+        if (a != b) {
+            return a <=> b;
+        }
+        if (a == 0) {
+            return std::weak_ordering::equivalent;
+        }
+    }
+}
+
+template <bool kByWords>
 std::weak_ordering compareUnicode(std::string_view left, std::string_view right) noexcept {
-    const std::weak_ordering byLetters = compareBy(left, right, nextBase);
-    return std::is_neq(byLetters) ? byLetters : compareBy(left, right, nextMark);
+    const std::weak_ordering byLetters = compareBy<kByWords>(left, right, nextBase<kByWords>);
+    if (std::is_neq(byLetters)) {
+        return byLetters;
+    }
+    const std::weak_ordering byMarks = compareBy<kByWords>(left, right, nextMark<kByWords>);
+    return kByWords && std::is_eq(byMarks) ? compareWithinWords(left, right) : byMarks;
 }
 
-}  // namespace
-
-std::string_view withoutTrailingBlanks(std::string_view text) {
-    return text.substr(0, text.find_last_not_of(' ') + 1);
-}
-
-std::weak_ordering compareTexts(std::string_view leftText, std::string_view rightText) noexcept {
+template <bool kByWords>
+std::weak_ordering compareAll(std::string_view leftText, std::string_view rightText) noexcept {
     const std::string_view left = withoutTrailingBlanks(leftText);
     const std::string_view right = withoutTrailingBlanks(rightText);
     const std::size_t common = left.size() < right.size() ? left.size() : right.size();
@@ -178,13 +251,30 @@ std::weak_ordering compareTexts(std::string_view leftText, std::string_view righ
         const auto a = static_cast<unsigned char>(left[i]);
         const auto b = static_cast<unsigned char>(right[i]);
         if ((a | b) >= 0x80) {
-            return compareUnicode(left.substr(i), right.substr(i));
+            return compareUnicode<kByWords>(left.substr(i), right.substr(i));
         }
         if (kAsciiWeights[a] != kAsciiWeights[b]) {
+            if (kByWords && (isWithinWords(kAsciiWeights[a]) || isWithinWords(kAsciiWeights[b]))) {
+                return compareUnicode<kByWords>(left.substr(i), right.substr(i));
+            }
             return kAsciiWeights[a] <=> kAsciiWeights[b];
         }
     }
-    return compareUnicode(left.substr(common), right.substr(common));
+    return compareUnicode<kByWords>(left.substr(common), right.substr(common));
+}
+
+}  // namespace
+
+std::string_view withoutTrailingBlanks(std::string_view text) {
+    return text.substr(0, text.find_last_not_of(' ') + 1);
+}
+
+std::weak_ordering compareTexts(std::string_view left, std::string_view right) noexcept {
+    return compareAll<true>(left, right);
+}
+
+std::weak_ordering compareTextsBySigns(std::string_view left, std::string_view right) noexcept {
+    return compareAll<false>(left, right);
 }
 
 }  // namespace kap

@@ -14,9 +14,9 @@ namespace {
 
 // Strictly ascending.
 constexpr auto kAscending = std::to_array<std::string_view>({
-    "",  "-",    "_",    "€",     "0",    "10", "9",  "A", "à",   "a b", "Abaco",
-    "b", "cote", "coté", "côte",  "côté", "d",  "e",  "é", "e-z", "ea",  "èb",
-    "f", "nino", "niño", "ninon", "o",    "ö",  "oe", "z", "α",   "ω",   "я",
+    "",     "-",    "_",     "€",    "0", "10", "9", "A",  "à",  "a b", "Abaco", "b",
+    "cote", "coté", "côte",  "côté", "d", "e",  "é", "ea", "èb", "ez",  "e-z",   "f",
+    "nino", "niño", "ninon", "o",    "ö", "oe", "z", "α",  "ω",  "я",
 });
 
 TEST(Collation, OrdersLettersByBaseLetterThenByAccent) {
@@ -28,6 +28,32 @@ TEST(Collation, OrdersLettersByBaseLetterThenByAccent) {
                 << kAscending.at(j) << " and " << kAscending.at(i);
         }
     }
+}
+
+TEST(Collation, ApostrophesAndHyphensCountLast) {
+    constexpr auto kWords = std::to_array<std::string_view>(
+        {"Dabene", "Damico", "D'Amico", "D-Amico", "Dam'ico", "Damicone", "D'Andrea", "De Amicis"});
+    for (std::size_t i = 0; i + 1 < kWords.size(); ++i) {
+        EXPECT_TRUE(compareTexts(kWords.at(i), kWords.at(i + 1)) < 0)
+            << kWords.at(i) << " and " << kWords.at(i + 1);
+    }
+    EXPECT_TRUE(compareTexts("co-op", "co-op") == 0);
+    EXPECT_TRUE(compareTexts("perche-", "perché") < 0);
+}
+
+TEST(Collation, SomeLettersAreTwo) {
+    EXPECT_TRUE(compareTexts("Straße", "STRASSE") == 0);
+    EXPECT_TRUE(compareTexts("ẞ", "ss") == 0);
+    EXPECT_TRUE(compareTexts("Æsop", "aesop") == 0);
+    EXPECT_TRUE(compareTexts("œuvre", "OEUVRE") == 0);
+    EXPECT_TRUE(compareTexts("Masse", "Maße") == 0);
+    EXPECT_TRUE(compareTexts("Maßa", "Mast") < 0);
+}
+
+TEST(Collation, TheFormerOrderIsKeptForFilesThatWereMadeByIt) {
+    EXPECT_TRUE(compareTextsBySigns("D'Amico", "Dabene") < 0);
+    EXPECT_TRUE(compareTextsBySigns("Straße", "Strasse") != 0);
+    EXPECT_TRUE(compareTextsBySigns("Rossi", "rossi ") == 0);
 }
 
 TEST(Collation, IgnoresCase) {

@@ -3,6 +3,9 @@
 #include <algorithm>
 #include <array>
 
+#include <kaputil/automation/plain_text.hpp>
+
+#include "base/text_order.hpp"
 #include "engine/sqlite/functions/c_border.hpp"
 #include "engine/values/convert.hpp"
 #include "tsql/parser.hpp"
@@ -103,9 +106,19 @@ std::optional<Counters::Record> Counters::find(const Table& table) const {
     return Record{look.text(0), {look.integer(1), look.integer(2)}};
 }
 
+// With its first table of ours a file begins to have our indexes.
+void Counters::noteTextOrder() {
+    PreparedStatement version(database_.handle(), "PRAGMA main.user_version");
+    if (version.step() && version.integer(0) == 0) {
+        version.reset();
+        database_.run(("PRAGMA main.user_version = " + plain::text(kTextOrder)).c_str());
+    }
+}
+
 void Counters::add(const TableDefinition& definition) {
     const Table& table = definition.table;
     const std::string name = counters(table.temporary);
+    if (!table.temporary && !exists(false)) noteTextOrder();
     database_.run(("CREATE TABLE IF NOT EXISTS " + name +
                    " (owner TEXT NOT NULL PRIMARY KEY, last INTEGER, identity_column TEXT, "
                    "identity_type TEXT, seed INTEGER NOT NULL, increment INTEGER NOT NULL) "

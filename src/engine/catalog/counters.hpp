@@ -108,6 +108,7 @@ private:
     };
 
     [[nodiscard]] bool exists(bool temporary) const;
+    void noteTextOrder();
     [[nodiscard]] Kept& kept(bool temporary);
     void tellOthers(bool temporary);
     [[nodiscard]] Counter& current(const std::string& owner);

@@ -16,9 +16,10 @@ std::string_view textOf(int size, const void* bytes) {
     return {static_cast<const char*>(bytes), static_cast<std::size_t>(size)};
 }
 
+template <std::weak_ordering (*kCompare)(std::string_view, std::string_view) noexcept>
 int compareForSqlite(void* /*context*/, int leftSize, const void* left, int rightSize,
                      const void* right) {
-    const auto order = compareTexts(textOf(leftSize, left), textOf(rightSize, right));
+    const auto order = kCompare(textOf(leftSize, left), textOf(rightSize, right));
     return std::is_lt(order) ? -1 : (std::is_gt(order) ? 1 : 0);
 }
 
@@ -50,8 +51,12 @@ std::string collationText(const tsql::TypeSpec& type) {
 }
 
 void registerCollations(sqlite3* database) {
-    registerCollation(database, kTextCollation, &compareForSqlite);
+    registerCollation(database, kTextCollation, &compareForSqlite<compareTexts>);
     registerCollation(database, kInstantCollation, &compareInstants);
+}
+
+void registerFormerTextOrder(sqlite3* database) {
+    registerCollation(database, kTextCollation, &compareForSqlite<compareTextsBySigns>);
 }
 
 }  // namespace kap::engine

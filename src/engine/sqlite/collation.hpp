@@ -14,7 +14,10 @@ namespace kap::engine {
 // itself.
 [[nodiscard]] std::string collationText(const tsql::TypeSpec& type);
 
-// Makes the collations known to a connection.
+// Makes the collations known to a connection, texts in today's order.
 void registerCollations(sqlite3* database);
+
+// Texts in the order in which the indexes of older files were made.
+void registerFormerTextOrder(sqlite3* database);
 
 }  // namespace kap::engine

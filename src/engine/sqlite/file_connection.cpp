@@ -7,7 +7,10 @@
 #include <system_error>
 #include <thread>
 
+#include <kaputil/automation/plain_text.hpp>
+
 #include "base/hexadecimal.hpp"
+#include "base/text_order.hpp"
 #include "engine/sqlite/collation.hpp"
 #include "engine/sqlite/functions/registration.hpp"
 #include "engine/sqlite/sqlite_stack.hpp"
@@ -161,7 +164,45 @@ void FileConnection::prepare(const Options& options) {
         noteJournal();
     }
     database_.run(synchronousCommand(options.synchronous));
+    if (!options.inMemory()) {
+        useTextOrder(writesFile);
+    }
     database_.run("PRAGMA foreign_keys = ON");
+}
+
+// The indexes of a file that was made in another order of texts are made anew. Where that cannot be,
+// because the file is only read or a key would then have a value twice, its own order goes on.
+void FileConnection::useTextOrder(bool writesFile) {
+    const auto isCurrent = [this] {
+        PreparedStatement ours(handle(),
+                               "SELECT 1 FROM main.sqlite_schema WHERE name = 'kap_counters'");
+        if (!ours.step()) {
+            return true;  // the version is another program's, and no index is ours
+        }
+        PreparedStatement version(handle(), "PRAGMA main.user_version");
+        return version.step() && version.integer(0) >= kTextOrder;
+    };
+    if (isCurrent()) {
+        return;
+    }
+    if (!writesFile) {
+        registerFormerTextOrder(handle());
+        return;
+    }
+    database_.run("BEGIN IMMEDIATE");
+    try {
+        if (!isCurrent()) {
+            database_.run("REINDEX KAP_CI");
+            database_.run(("PRAGMA main.user_version = " + plain::text(kTextOrder)).c_str());
+        }
+        database_.run("COMMIT");
+    } catch (const SqliteError& error) {
+        database_.run("ROLLBACK");
+        if (error.primaryCode() != SQLITE_CONSTRAINT) {
+            throw;
+        }
+        registerFormerTextOrder(handle());
+    }
 }
 
 void FileConnection::requireWritable() const {

@@ -49,6 +49,7 @@ private:
     void requireWritable() const;
     void useWriteAheadJournal(const Options& options);
     void noteJournal();
+    void useTextOrder(bool writesFile);
 
     DatabasePlace place_;
     std::string journalFile_;
