@@ -10,8 +10,8 @@ namespace kap {
 
 // The order of texts in the database and in recordsets, for UTF-8: case and trailing blanks do not
 // count; accents keep words apart, but only after the base letters have been compared, so that "è"
-// stands after "e" and before "f". Signs come before digits and digits before letters. Apostrophes and
-// hyphens within words count last, when nothing else tells two texts apart ("Dabene" stands before
+// stands after "e" and before "f". Signs come before digits and digits before letters. Apostrophes
+// and hyphens count last, when nothing else tells two texts apart ("Dabene" stands before
 // "D'Amico", "coop" before "co-op"), and ß, æ, œ and þ are the two letters that they stand for.
 //
 // The order is the same on every machine and in every locale: a file's indexes depend on it.

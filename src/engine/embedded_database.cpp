@@ -57,6 +57,15 @@ std::string digitsOf(const ado::ColumnInfo& column, std::int64_t units) {
     return std::string(plain::ScaledText(units, scale).view());
 }
 
+// With as many zeros at its end as its column's decimals want.
+std::string withDecimals(std::string text, std::size_t scale) {
+    if (scale == 0) return text;
+    const std::size_t point = std::min(text.find('.'), text.size());
+    if (point == text.size()) text += '.';
+    text.resize(point + 1 + scale, '0');
+    return text;
+}
+
 ResultValue resultValueOf(const ado::ColumnInfo& column, const ado::ColumnStore& store,
                           std::size_t row) {
     if (store.cell(row) != ado::ColumnStore::Cell::Filled) {
@@ -64,6 +73,9 @@ ResultValue resultValueOf(const ado::ColumnInfo& column, const ado::ColumnStore&
     }
     const bool exact =
         column.type == ado::DataTypeEnum::adCurrency || column.type == ado::DataTypeEnum::adNumeric;
+    if (column.wideDecimal) {
+        return withDecimals(std::string(store.bytes(row)), column.numericScale);
+    }
     switch (ado::storageOf(column.type)) {
         case ado::Storage::Integer:
             return exact ? ResultValue(digitsOf(column, store.integer(row)))

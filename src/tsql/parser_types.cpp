@@ -109,6 +109,7 @@ TypeSpec Parser::sizedType(TypeSpec spec, const std::string& owner, int ordinal)
         lengthSize(spec, owner);
     } else if (isDecimal(spec.type)) {
         decimalSize(spec, owner, ordinal);
+        spec = decimalType(spec.type, spec.precision, spec.scale);
     } else if (isFineDate(spec.type)) {
         fractionSize(spec);
     } else if (spec.type == SqlType::Float) {

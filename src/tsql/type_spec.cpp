@@ -109,6 +109,14 @@ const TypeFacts& factsOf(SqlType type) {
     return kTypeRows.at(static_cast<std::size_t>(type)).facts;
 }
 
+TypeSpec decimalType(SqlType type, int precision, int scale) {
+    return {type, precision > kNarrowDigits ? kWideLength : 0, precision, scale};
+}
+
+bool isWideDecimal(const TypeSpec& type) {
+    return isDecimal(type.type) && type.length == kWideLength;
+}
+
 const char* typeName(SqlType type) {
     return factsOf(type).name;
 }
@@ -117,7 +125,7 @@ TypeSpec widestOf(SqlType type) {
     constexpr int kMostDigits = 38;
     constexpr int kNationalBytes = 2;
     TypeSpec spec = factsOf(type).usual;
-    if (isDecimal(type)) spec.precision = kMostDigits;
+    if (isDecimal(type)) spec = decimalType(type, kMostDigits, 0);
     if (hasLength(type))
         spec.length = factsOf(type).bytes / (isNational(type) ? kNationalBytes : 1);
     return spec;

@@ -51,6 +51,13 @@ struct TypeSpec {
     friend bool operator==(const TypeSpec&, const TypeSpec&) = default;
 };
 
+// Decimals of up to so many digits are kept as whole numbers of 64 bits.
+inline constexpr int kNarrowDigits = 18;
+
+// The length of decimals of more digits, whose values take sixteen bytes. Without it they are such
+// whole numbers, too: so files of older editions keep them, and so are sums that cannot be larger.
+inline constexpr int kWideLength = 16;
+
 // What is known of a type, whatever its length. The row of each type stands in type_spec.cpp.
 struct TypeFacts {
     const char* name;  // in lower case
@@ -72,6 +79,12 @@ struct TypeFacts {
 [[nodiscard]] const TypeFacts& factsOf(SqlType type);
 
 inline constexpr int kSqlTypes = static_cast<int>(SqlType::DateTimeOffset) + 1;
+
+// decimal or numeric of so many digits, wide when they are many.
+[[nodiscard]] TypeSpec decimalType(SqlType type, int precision, int scale);
+
+// Whether a type is that of a decimal kept in sixteen bytes.
+[[nodiscard]] bool isWideDecimal(const TypeSpec& type);
 
 // The name of a type in lower case: "varchar", "decimal", "timestamp".
 [[nodiscard]] const char* typeName(SqlType type);

@@ -14,7 +14,7 @@
 namespace kap::engine {
 namespace {
 
-class TextOrderOfFiles : public testing::Test {
+class TextOrderOfFiles : public ::testing::Test {
 protected:
     // A table with a unique index of names, as an older edition would have left it.
     void makeOldFile(const std::string& names) {
@@ -31,7 +31,8 @@ protected:
 
     static std::vector<std::string> names(EmbeddedDatabase& database, const std::string& query) {
         std::vector<std::string> found;
-        for (const auto& row : database.run(query).front().rows) {
+        const std::vector<ResultSet> results = database.run(query);
+        for (const auto& row : results.front().rows) {
             found.push_back(std::get<std::string>(row.front()));
         }
         return found;
@@ -65,7 +66,9 @@ TEST_F(TextOrderOfFiles, AFileThatWouldBreakItsKeysKeepsItsOrder) {
 
 TEST_F(TextOrderOfFiles, AFileThatIsOnlyReadKeepsItsOrder) {
     makeOldFile("(1, 'D''Amico'), (2, 'Dabene')");
-    EmbeddedDatabase database(file_, {.readOnly = true});
+    DatabaseSettings settings;
+    settings.readOnly = true;
+    EmbeddedDatabase database(file_, settings);
     const std::vector<std::string> expected = {"D'Amico", "Dabene"};
     EXPECT_EQ(expected, names(database, "SELECT nome FROM T ORDER BY nome"));
 }

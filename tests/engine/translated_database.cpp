@@ -28,13 +28,15 @@ void nextRowVersion(sqlite3_context* context, int /*count*/, sqlite3_value** /*v
 
 Value cell(sqlite3_stmt* statement, int column, const tsql::TypeSpec& type) {
     if (sqlite3_column_type(statement, column) == SQLITE_NULL) return {};
-    if (tsql::isExact(type.type)) return std::int64_t{sqlite3_column_int64(statement, column)};
+    if (tsql::isExact(type.type) && !tsql::isWideDecimal(type)) {
+        return std::int64_t{sqlite3_column_int64(statement, column)};
+    }
     if (tsql::isApproximate(type.type) || tsql::isDate(type.type))
         return sqlite3_column_double(statement, column);
     const auto* bytes = static_cast<const char*>(sqlite3_column_blob(statement, column));
     std::string text(bytes == nullptr ? "" : bytes,
                      static_cast<std::size_t>(sqlite3_column_bytes(statement, column)));
-    if (tsql::isBinary(type.type)) return Blob{std::move(text)};
+    if (storedAs(type) == ado::Storage::Binary) return Blob{std::move(text)};
     return text;
 }
 

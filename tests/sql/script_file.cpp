@@ -120,10 +120,20 @@ std::string dateText(double days, bool withTime) {
            plain::padded(rest % 1000, 3);
 }
 
+// A wide decimal comes without zeros at its end.
+std::string withDecimals(std::string text, std::size_t scale) {
+    if (scale == 0) return text;
+    const std::size_t point = std::min(text.find('.'), text.size());
+    if (point == text.size()) text += '.';
+    text.resize(point + 1 + scale, '0');
+    return text;
+}
+
 std::string shownCell(const ado::ColumnInfo& column, const ado::ColumnStore& store,
                       std::size_t row) {
     using ado::DataTypeEnum;
     if (store.cell(row) == ado::ColumnStore::Cell::Null) return "NULL";
+    if (column.wideDecimal) return withDecimals(std::string(store.bytes(row)), column.numericScale);
     switch (ado::storageOf(column.type)) {
         case ado::Storage::Integer:
             if (column.type == DataTypeEnum::adCurrency) return scaled(store.integer(row), 4);

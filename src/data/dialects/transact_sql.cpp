@@ -17,7 +17,7 @@ using enum DataTypeEnum;
 constexpr std::int32_t kLongestBytes = 8000;
 constexpr std::int32_t kLongestWide = 4000;
 constexpr int kWidestDecimal = 38;
-constexpr int kWidestEmbedded = 18;
+constexpr int kWidestEmbedded = 38;
 constexpr int kMostDecimals = 28;  // that the library's own numbers have
 constexpr int kMilliseconds = 3;
 

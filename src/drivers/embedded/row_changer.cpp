@@ -58,7 +58,7 @@ std::string columnList(const std::vector<std::string>& names, const engine::Tabl
         const engine::Column& column = columnOf(table, name);
         const std::string sql = engine::sqlName(column.name);
         // RETURNING gives a value as it was bound, before the column has made it a float.
-        const bool real = engine::storedAs(column.type.type) == Storage::Real;
+        const bool real = engine::storedAs(column.type) == Storage::Real;
         list += (list.empty() ? "" : ", ") + (real ? "CAST(" + sql + " AS REAL)" : sql);
     }
     return list.empty() ? "1" : list;
@@ -318,12 +318,12 @@ void EmbeddedRowChanger::addCriteria(const RowChange& change, const engine::Tabl
     const char* joint = " WHERE ";
     for (const ColumnValue& value : change.criteria) {
         const engine::Column& column = columnOf(table, value.column);
-        command.values.push_back(
-            engine::isTold(column.type.type) ? engine::storedValue(value, column) : value.value);
+        command.values.push_back(engine::isTold(column.type) ? engine::storedValue(value, column)
+                                                             : value.value);
         const std::string name = engine::sqlName(column.name);
         const std::string number = parameter(command.values.size());
         command.sql += joint + name + " IS " + number;
-        if (engine::storedAs(column.type.type) == Storage::Text) {
+        if (engine::storedAs(column.type) == Storage::Text) {
             command.sql += " AND " + name + " COLLATE BINARY IS " + number;
         }
         joint = " AND ";

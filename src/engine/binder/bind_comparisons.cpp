@@ -13,6 +13,7 @@ namespace kap::engine {
 using tsql::ComparisonOperator;
 using tsql::ServerError;
 using tsql::SqlType;
+using tsql::TypeSpec;
 
 namespace {
 
@@ -60,27 +61,43 @@ bool countsDays(SqlType type) {
 int neededScale(const BoundExpression& value) {
     int scale = storedScale(value.type);
     if (!value.constant) return scale;
-    auto rest = std::get<std::int64_t>(*value.constant);
+    Wide rest = exactOf(*value.constant);
     while (scale > 0 && rest % 10 == 0) {
-        rest /= 10;
+        rest = rest / 10;
         --scale;
     }
     return scale;
 }
 
+// A constant at so many decimals; beyond every decimal where it does not fit.
+Wide constantAt(const BoundExpression& value, int scale) {
+    const Wide constant = exactOf(*value.constant);
+    const auto scaled = rescale(constant, storedScale(value.type), scale, Rounding::HalfAway);
+    return scaled ? *scaled : farthest(constant < 0);
+}
+
+BoundExpression wideAt(const BoundExpression& value, int scale) {
+    constexpr int kMostDigits = 38;
+    const TypeSpec type = tsql::decimalType(SqlType::Numeric, kMostDigits, scale);
+    if (value.constant) {
+        return BoundExpression::literal(wideBytes(constantAt(value, scale)), type);
+    }
+    const int own = storedScale(value.type);
+    if (tsql::isWideDecimal(value.type) && own == scale) return value;
+    return BoundExpression::expression(callText("kap_wide", value.sql, plain::text(scale - own)),
+                                       type, value.nullable);
+}
+
 BoundExpression atScale(const BoundExpression& value, int scale) {
     const int own = storedScale(value.type);
-    if (own == scale) return value;
+    if (own == scale && !tsql::isWideDecimal(value.type)) return value;
     if (value.constant) {
-        const std::int64_t constant = std::get<std::int64_t>(*value.constant);
-        const auto scaled = rescale(constant, own, scale, Rounding::HalfAway);
-        if (const auto result = scaled ? narrow(*scaled) : std::nullopt) {
+        const Wide constant = constantAt(value, scale);
+        if (const auto result = narrow(constant)) {
             return BoundExpression::literal(*result, value.type);
         }
         // Beyond every stored number; a double says so, and SQLite compares the two exactly.
-        return BoundExpression::literal(
-            static_cast<double>(constant) * static_cast<double>(powerOfTen(scale - own)),
-            value.type);
+        return BoundExpression::literal(scaledToDouble(constant, 0), value.type);
     }
     return BoundExpression::expression(callText("kap_widen", value.sql, plain::text(scale - own)),
                                        value.type, value.nullable);
@@ -91,8 +108,14 @@ void alignScales(std::vector<BoundExpression>& values) {
     int scale = 0;
     for (const BoundExpression& value : values)
         scale = std::max(scale, neededScale(value));
+    // Constants alone do not make the others wide: an index of theirs has to serve.
+    const bool constants = std::ranges::all_of(
+        values, [](const BoundExpression& value) { return value.constant.has_value(); });
+    const bool wide = std::ranges::any_of(values, [&](const BoundExpression& value) {
+        return tsql::isWideDecimal(value.type) && (constants || !value.constant);
+    });
     for (BoundExpression& value : values)
-        value = atScale(value, scale);
+        value = wide ? wideAt(value, scale) : atScale(value, scale);
 }
 
 }  // namespace

@@ -27,25 +27,18 @@ constexpr int kMaxLiteralDigits = 38;
 // 12 is an int, 3000000000 a decimal; 1.50 is decimal(3,2).
 BoundExpression exactLiteral(const std::string& text, bool whole, int line) {
     const auto number = parseScaled(text);
-    const auto value = number ? narrow(number->value) : std::nullopt;
-    if (!value) {
-        const auto digits =
-            std::count_if(text.begin(), text.end(), [](char c) { return c != '.'; });
-        if (digits > kMaxLiteralDigits) {
-            throw ServerError(tsql::Message::NumberTooWide, {text}, line);
-        }
-        throw ServerError(tsql::Message::ArithmeticOverflow, {"expression", "numeric"}, line);
-    }
-    if (whole && *value <= 2147483647) return BoundExpression::literal(*value, {SqlType::Int});
     int digits = 1;
-    for (std::int64_t rest = *value / 10; rest != 0; rest /= 10)
+    for (Wide rest = number ? number->value / 10 : Wide{0}; rest != 0; rest = rest / 10)
         ++digits;
-    // The largest numbers of bigint have one digit more than a decimal can have here.
-    constexpr int kMostDecimalDigits = 18;
-    if (whole && digits > kMostDecimalDigits)
-        return BoundExpression::literal(*value, {SqlType::BigInt});
-    return BoundExpression::literal(
-        *value, {SqlType::Numeric, 0, std::max(digits, number->scale), number->scale});
+    if (!number || std::max(digits, number->scale) > kMaxLiteralDigits) {
+        throw ServerError(tsql::Message::NumberTooWide, {text}, line);
+    }
+    const TypeSpec type =
+        tsql::decimalType(SqlType::Numeric, std::max(digits, number->scale), number->scale);
+    if (whole && number->value <= 2147483647) {
+        return BoundExpression::literal(static_cast<std::int64_t>(number->value), {SqlType::Int});
+    }
+    return BoundExpression::literal(exactValue(number->value, type), type);
 }
 
 // -9223372036854775808: its digits alone are one more than bigint holds.

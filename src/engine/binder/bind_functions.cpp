@@ -68,7 +68,9 @@ std::string aggregateCall(const char* function, const std::string& argument, boo
 
 TypeSpec sumType(const TypeSpec& type) {
     constexpr int kWidest = 38;
-    if (tsql::isDecimal(type.type)) return {SqlType::Numeric, 0, kWidest, type.scale};
+    if (tsql::isDecimal(type.type)) {
+        return tsql::decimalType(SqlType::Numeric, kWidest, type.scale);
+    }
     if (tsql::isMoney(type.type)) return {SqlType::Money};
     if (tsql::isApproximate(type.type)) return {SqlType::Float};
     return type.type == SqlType::BigInt ? TypeSpec{SqlType::BigInt} : TypeSpec{SqlType::Int};

@@ -76,7 +76,7 @@ bool isSum(BinaryOperator op) {
 SumTerm sumTerm(const BoundExpression& value, bool minus) {
     SumTerm term{minus, value.sql, storedScale(value.type), std::nullopt};
     if (value.constant && tsql::isExact(value.type.type)) {
-        term.constant = std::get<std::int64_t>(*value.constant);
+        term.constant = narrow(exactOf(*value.constant));
     }
     return term;
 }
@@ -138,11 +138,10 @@ BoundExpression Binder::negated(const BoundExpression& operand, int line) {
     if (!tsql::isExact(type.type) || type.type == SqlType::Bit) invalidOperand("minus", type, line);
     if (type.type == SqlType::TinyInt) type = {SqlType::SmallInt};
     if (operand.constant) {
-        const auto value = narrow(-Wide{std::get<std::int64_t>(*operand.constant)});
         try {
             // The lowest bigint has no counterpart.
-            if (!value) overflow("expression", messageName(type));
-            return BoundExpression::literal(fitExact(*value, storedScale(type), type, "expression"),
+            return BoundExpression::literal(fitWide(-exactOf(*operand.constant), storedScale(type),
+                                                    type, Rounding::Truncate, "expression"),
                                             type);
         } catch (const ServerError& error) {
             throw error.at(line);

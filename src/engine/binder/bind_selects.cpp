@@ -191,8 +191,11 @@ std::string Binder::limitText(const tsql::TopClause& top, Scope& scope) {
     Scope constants;
     constants.outer = &scope;
     constants.limitsRows = true;
-    const BoundExpression count = value(*top.count, constants);
+    BoundExpression count = value(*top.count, constants);
     const int line = top.count->line;
+    // 9223372036854775807 is written by programs, and is a decimal.
+    const bool whole = count.constant && tsql::isDecimal(count.type.type) && count.type.scale == 0;
+    if (whole) count = convertTo(count, {SqlType::BigInt}, line);
     if (count.nullLiteral || !tsql::isInteger(count.type.type)) {
         throw ServerError(tsql::Message::RowCountNotInteger, {}, line);
     }

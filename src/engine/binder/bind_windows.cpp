@@ -189,7 +189,10 @@ BoundExpression Binder::windowAggregate(const FunctionCall& call, const std::str
         return result;
     }
     const BoundExpression sum = total(argument, false, name.c_str(), line);
-    const std::string added = "sum(" + argument.sql + ")" + over;
+    const bool decimal = tsql::isDecimal(argument.type.type);
+    std::string added = (tsql::isWideDecimal(argument.type) ? "kap_sum_numeric(" : "sum(") +
+                        argument.sql + ")" + over;
+    if (decimal && !tsql::isWideDecimal(argument.type)) added = callText("kap_wide", added, "0");
     if (name == "sum" && sum.type.type == SqlType::Int) {
         return convertTo(BoundExpression::expression(added, {SqlType::BigInt}, true), sum.type,
                          line);

@@ -9,7 +9,7 @@
 namespace kap::engine {
 
 std::string SumTerm::at(int wantedScale) const {
-    if (scale >= wantedScale) return sql;
+    if (scale == wantedScale) return sql;
     if (constant) {
         const auto scaled = rescale(*constant, scale, wantedScale, Rounding::HalfAway);
         if (const auto result = scaled ? narrow(*scaled) : std::nullopt) return sqlLiteral(*result);

@@ -19,7 +19,7 @@ struct SumTerm {
     int scale = 0;
     std::optional<std::int64_t> constant;
 
-    // The operand with so many digits behind the point, at least its own.
+    // The operand with so many digits behind the point.
     [[nodiscard]] std::string at(int wantedScale) const;
 };
 

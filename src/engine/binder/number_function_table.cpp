@@ -77,9 +77,15 @@ BoundExpression towards(ScalarCall& call, const char* exactFunction, const char*
     if (scale == 0) return value;
     const std::string whole = callText(exactFunction, value.sql, plain::text(scale));
     if (tsql::isMoney(value.type.type)) {
-        return result(value, callText("kap_scale", whole, plain::text(scale)), value.type);
+        return result(value,
+                      callText("kap_add", callText("kap_scale", whole, plain::text(scale)), "0",
+                               typeArgument(value.type)),
+                      value.type);
     }
-    return result(value, whole, {SqlType::Numeric, 0, value.type.precision, 0});
+    TypeSpec type = value.type;
+    type.type = SqlType::Numeric;
+    type.scale = 0;
+    return result(value, whole, type);
 }
 
 BoundExpression ceiling(ScalarCall& call) {
@@ -93,7 +99,9 @@ BoundExpression floorFunction(ScalarCall& call) {
 // become as large as one can be.
 BoundExpression power(ScalarCall& call) {
     TypeSpec type = argument(call).type;
-    if (tsql::isDecimal(type.type)) type = {SqlType::Numeric, 0, kMostDecimalDigits, type.scale};
+    if (tsql::isDecimal(type.type)) {
+        type = tsql::decimalType(SqlType::Numeric, kMostDecimalDigits, type.scale);
+    }
     const BoundExpression value = BoundExpression::expression(
         callText("kap_power", call.real(0), call.real(1)), {SqlType::Float}, call.anyNullable());
     return call.binder.castTo(value, type, 0, call.line);
@@ -134,19 +142,16 @@ BoundExpression angleOf(ScalarCall& call) {
                                        {SqlType::Float}, call.anyNullable());
 }
 
-// DEGREES and RADIANS keep the kind of number that they are given. Of a decimal the server gives 18
-// decimals; here as many as 64 bits have room for beside the whole part.
-TypeSpec angleType(const TypeSpec& type, int moreDigits) {
+// DEGREES and RADIANS keep the kind of number that they are given; of a decimal they have 18
+// decimals at least.
+TypeSpec angleType(const TypeSpec& type) {
     if (!tsql::isDecimal(type.type)) return type;
-    constexpr int kStoredDigits = 18;
-    constexpr int kFewestDecimals = 6;
-    const int whole = std::max(1, type.precision - type.scale + moreDigits);
-    return {SqlType::Numeric, 0, kMostDecimalDigits,
-            std::max(kStoredDigits - whole, kFewestDecimals)};
+    constexpr int kDecimals = 18;
+    return tsql::decimalType(SqlType::Numeric, kMostDecimalDigits, std::max(kDecimals, type.scale));
 }
 
-BoundExpression converted(ScalarCall& call, const char* factor, int moreDigits) {
-    const TypeSpec type = angleType(argument(call).type, moreDigits);
+BoundExpression converted(ScalarCall& call, const char* factor) {
+    const TypeSpec type = angleType(argument(call).type);
     const BoundExpression result = BoundExpression::expression(
         callText("kap_float_multiply", call.real(0), factor, typeArgument({SqlType::Float})),
         {SqlType::Float}, call.anyNullable());
@@ -154,12 +159,10 @@ BoundExpression converted(ScalarCall& call, const char* factor, int moreDigits) 
 }
 
 BoundExpression degrees(ScalarCall& call) {
-    constexpr int kMoreDigits = 2;  // 9 radians are 515 degrees
-    return converted(call, "57.295779513082323", kMoreDigits);
+    return converted(call, "57.295779513082323");
 }
 BoundExpression radians(ScalarCall& call) {
-    constexpr int kMoreDigits = -1;  // 99 degrees are 1 radian
-    return converted(call, "0.017453292519943295", kMoreDigits);
+    return converted(call, "0.017453292519943295");
 }
 
 BoundExpression random(ScalarCall& call) {

@@ -11,7 +11,6 @@ using tsql::TypeSpec;
 namespace {
 
 constexpr int kMaxPrecision = 38;
-constexpr int kStoredPrecision = 18;
 constexpr int kLeastScale = 6;
 constexpr int kMaxBytes = 8000;
 constexpr int kMaxNationalLength = 4000;
@@ -36,16 +35,31 @@ TypeSpec commonSized(const TypeSpec& left, const TypeSpec& right) {
     return result;
 }
 
-// What only brings decimals together loses none of their digits, whatever their number.
-TypeSpec sumDecimal(int precision, int scale) {
-    return {SqlType::Numeric, 0, std::min(precision, kMaxPrecision), scale};
+// What only brings decimals together gives up decimals where 38 digits do not hold them beside the
+// whole part. A sum may have one digit more.
+TypeSpec sumDecimal(int whole, int carry, int scale) {
+    scale = std::min(scale, kMaxPrecision - std::min(whole, kMaxPrecision));
+    const int precision = whole + carry + scale;
+    return tsql::decimalType(SqlType::Numeric, std::min(precision, kMaxPrecision), scale);
+}
+
+// Whether 64 bits hold every number of a type.
+bool isNarrow(const TypeSpec& type) {
+    return !tsql::isWideDecimal(type) && type.precision <= tsql::kNarrowDigits;
+}
+
+// An operation whose result cannot leave 64 bits keeps that form, also where its digits would allow
+// for more.
+TypeSpec narrowed(TypeSpec type) {
+    type.length = 0;
+    return type;
 }
 
 TypeSpec commonDecimal(const TypeSpec& left, const TypeSpec& right) {
     const TypeSpec a = asDecimal(left);
     const TypeSpec b = asDecimal(right);
     const int scale = std::max(a.scale, b.scale);
-    return sumDecimal(std::max(a.precision - a.scale, b.precision - b.scale) + scale, scale);
+    return sumDecimal(std::max(a.precision - a.scale, b.precision - b.scale), 0, scale);
 }
 
 }  // namespace
@@ -61,11 +75,7 @@ TypeSpec boundedDecimal(int precision, int scale) {
         scale = std::max(std::min(scale, kMaxPrecision - whole), std::min(scale, kLeastScale));
         precision = kMaxPrecision;
     }
-    if (precision > kStoredPrecision) {
-        const int whole = precision - scale;
-        scale = std::max(std::min(scale, kStoredPrecision - whole), std::min(scale, kLeastScale));
-    }
-    return {SqlType::Numeric, 0, precision, scale};
+    return tsql::decimalType(SqlType::Numeric, precision, scale);
 }
 
 TypeSpec decimalResult(BinaryOperator op, const TypeSpec& left, const TypeSpec& right) {
@@ -74,18 +84,22 @@ TypeSpec decimalResult(BinaryOperator op, const TypeSpec& left, const TypeSpec& 
     const int widerScale = std::max(a.scale, b.scale);
     switch (op) {
         case BinaryOperator::Multiply:
-            return boundedDecimal(a.precision + b.precision + 1, a.scale + b.scale);
+            return a.precision + b.precision <= tsql::kNarrowDigits && isNarrow(a) && isNarrow(b)
+                       ? narrowed(boundedDecimal(a.precision + b.precision + 1, a.scale + b.scale))
+                       : boundedDecimal(a.precision + b.precision + 1, a.scale + b.scale);
         case BinaryOperator::Divide: {
             const int scale = std::max(kLeastScale, a.scale + b.precision + 1);
             return boundedDecimal(a.precision - a.scale + b.scale + scale, scale);
         }
         case BinaryOperator::Modulo:
-            return sumDecimal(std::min(a.precision - a.scale, b.precision - b.scale) + widerScale,
+            return sumDecimal(std::min(a.precision - a.scale, b.precision - b.scale), 0,
                               widerScale);
-        default:
-            return sumDecimal(
-                std::max(a.precision - a.scale, b.precision - b.scale) + widerScale + 1,
-                widerScale);
+        default: {
+            const TypeSpec sum =
+                sumDecimal(std::max(a.precision - a.scale, b.precision - b.scale), 1, widerScale);
+            const bool small = sum.precision <= tsql::kNarrowDigits + 1;
+            return small && isNarrow(a) && isNarrow(b) ? narrowed(sum) : sum;
+        }
     }
 }
 
@@ -171,7 +185,8 @@ bool needsConversion(const TypeSpec& from, const TypeSpec& to) {
         tsql::factsOf(from.type).precedence < tsql::factsOf(to.type).precedence;
     if (widerInteger) return false;
     if (tsql::isDecimal(from.type) && tsql::isDecimal(to.type)) {
-        return from.scale != to.scale || from.precision > to.precision;
+        return from.scale != to.scale || from.precision > to.precision ||
+               tsql::isWideDecimal(from) != tsql::isWideDecimal(to);
     }
     // Fine dates are kept with all decimals.
     if (tsql::isFineDate(to.type)) return from.type != to.type || to.scale < from.scale;

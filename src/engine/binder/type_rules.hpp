@@ -21,16 +21,12 @@ namespace kap::engine {
 // decimal(19,4).
 [[nodiscard]] tsql::TypeSpec asDecimal(const tsql::TypeSpec& type);
 
-// The type of an operation on decimals.
-//
-// Precision and scale are the server's, up to 38 digits. Since stored decimals have 64 bits, a
-// result of more than 18 digits keeps as many decimals as leave room for its whole part, and never
-// less than six of those it should have: decimal(18,4) * decimal(18,4) has six decimals here and
-// eight on the server.
+// The type of an operation on decimals: precision and scale are the server's, up to 38 digits.
+// Beyond, decimals are given up for the whole part, but never the first six.
 [[nodiscard]] tsql::TypeSpec decimalResult(tsql::BinaryOperator op, const tsql::TypeSpec& left,
                                            const tsql::TypeSpec& right);
 
-// A decimal type of that precision and scale after both are brought within bounds, as above.
+// A decimal type of that precision and scale after both are brought within those bounds.
 [[nodiscard]] tsql::TypeSpec boundedDecimal(int precision, int scale);
 
 // The variable text type in which a value of a type fits without loss.

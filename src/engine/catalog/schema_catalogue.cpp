@@ -59,7 +59,7 @@ std::string_view unquoted(std::string_view declared) {
 tsql::TypeSpec columnType(const std::string& declared, bool ours) {
     if (ours) {
         try {
-            return tsql::parseType(unquoted(declared));
+            return typeDeclaredAs(unquoted(declared));
         } catch (const tsql::ServerError&) {
             // Another program has added a column: it has a type of SQLite's.
         }

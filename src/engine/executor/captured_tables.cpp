@@ -10,7 +10,7 @@ namespace {
 std::string columnsText(const Table& table) {
     std::string text;
     for (const Column& column : table.columns) {
-        text += sqlName(column.name) + tsql::typeText(column.type) + ",";
+        text += sqlName(column.name) + declaredType(column.type) + ",";
     }
     return text;
 }

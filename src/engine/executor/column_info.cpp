@@ -53,6 +53,7 @@ ado::ColumnInfo typeInfo(const tsql::TypeSpec& type) {
     if (tsql::isDecimal(type.type)) {
         info.precision = static_cast<std::uint8_t>(type.precision);
         info.numericScale = static_cast<std::uint8_t>(type.scale);
+        info.wideDecimal = tsql::isWideDecimal(type);
     }
     return info;
 }

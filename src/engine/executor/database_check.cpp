@@ -13,6 +13,7 @@
 #include "base/hexadecimal.hpp"
 #include "base/unicode.hpp"
 #include "engine/sqlite/functions/c_border.hpp"
+#include "engine/values/exact.hpp"
 #include "engine/values/fine_dates.hpp"
 #include "tsql/parser.hpp"
 #include "tsql/server_error.hpp"
@@ -104,9 +105,15 @@ std::string atMost(const std::string& column, int length) {
     return length <= 0 ? std::string() : " AND length(" + column + ") <= " + plain::text(length);
 }
 
-std::string decimal(const std::string& column, int precision) {
-    constexpr int kMostDigits = 18;
-    if (precision <= 0 || precision > kMostDigits) {
+std::string decimal(const std::string& column, const tsql::TypeSpec& type) {
+    const int precision = type.precision;
+    if (tsql::isWideDecimal(type)) {
+        const Wide most = powerOfTen(precision) - 1;
+        return "typeof(" + column + ") = 'blob'" + exactly(column, tsql::kWideLength) + " AND " +
+               column + " BETWEEN " + sqlLiteral(wideBytes(-most)) + " AND " +
+               sqlLiteral(wideBytes(most));
+    }
+    if (precision <= 0 || precision > tsql::kNarrowDigits) {
         return "typeof(" + column + ") = 'integer'";
     }
     const std::string most(static_cast<std::size_t>(precision), '9');
@@ -137,7 +144,7 @@ std::string conditionOf(const std::string& column, const tsql::TypeSpec& type) {
             return "typeof(" + column + ") = 'integer'";
         case SqlType::Decimal:
         case SqlType::Numeric:
-            return decimal(column, type.precision);
+            return decimal(column, type);
         case SqlType::Float:
             return "typeof(" + column + ") IN ('real', 'integer')";
         case SqlType::Real:

@@ -12,7 +12,8 @@ RowReader::RowReader(const std::vector<ado::ColumnInfo>& columns) : columns_(col
     for (const ado::ColumnInfo& column : columns) {
         storages_.push_back(ado::storageOf(column.type));
         const tsql::TypeSpec type = storedType(column);
-        told_.push_back(isTold(type.type) ? std::optional(type) : std::nullopt);
+        told_.push_back(isTold(type) ? std::optional(type) : std::nullopt);
+        if (told_.back()) storages_.back() = ado::Storage::Text;
     }
 }
 
@@ -54,11 +55,18 @@ void RowReader::read(const PreparedStatement& statement,
 }
 
 void RowReader::tell(std::size_t column, sqlite3_value* value, ado::ColumnStore& store) const {
-    const bool whole = sqlite3_value_type(value) == SQLITE_INTEGER;
-    const Value stored = whole ? Value(std::int64_t{sqlite3_value_int64(value)})
-                               : Value(std::string(textBytes(value)));
-    if (whole != (storedAs(told_[column]->type) == ado::Storage::Integer)) refuse(column);
-    ado::append(store, toldValue(stored, *told_[column]));
+    const tsql::TypeSpec& type = *told_[column];
+    const ado::Storage form = storedAs(type);
+    const int kind = sqlite3_value_type(value);
+    if (kind == SQLITE_INTEGER && form != ado::Storage::Text) {
+        ado::append(store, toldValue(Value(std::int64_t{sqlite3_value_int64(value)}), type));
+    } else if (kind == SQLITE_BLOB && form == ado::Storage::Binary) {
+        ado::append(store, toldValue(Blob{std::string(blobBytes(value))}, type));
+    } else if (kind == SQLITE_TEXT && form == ado::Storage::Text) {
+        ado::append(store, toldValue(std::string(textBytes(value)), type));
+    } else {
+        refuse(column);
+    }
 }
 
 void RowReader::refuse(std::size_t column) const {

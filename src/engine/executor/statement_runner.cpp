@@ -9,6 +9,7 @@
 #include "engine/executor/violations.hpp"
 #include "engine/plan/capture.hpp"
 #include "engine/plan/translator.hpp"
+#include "engine/values/exact.hpp"
 #include "tsql/parser.hpp"
 
 namespace kap::engine {
@@ -29,14 +30,16 @@ constexpr std::size_t kUsualRows = 16;
 Value valueOf(const PreparedStatement& row, int column, const tsql::TypeSpec& type) {
     Value value = row.value(column);
     if (const auto* integer = std::get_if<std::int64_t>(&value)) {
-        const bool real = storedAs(type.type) == ado::Storage::Real;
+        if (tsql::isWideDecimal(type)) return wideBytes(*integer);
+        const bool real = storedAs(type) == ado::Storage::Real;
         return real ? Value(static_cast<double>(*integer)) : value;
     }
     if (auto* text = std::get_if<std::string>(&value);
-        text != nullptr && tsql::isBinary(type.type)) {
+        text != nullptr && storedAs(type) == ado::Storage::Binary) {
         return Blob{std::move(*text)};
     }
-    if (auto* blob = std::get_if<Blob>(&value); blob != nullptr && !tsql::isBinary(type.type)) {
+    if (auto* blob = std::get_if<Blob>(&value);
+        blob != nullptr && storedAs(type) != ado::Storage::Binary) {
         return std::move(blob->bytes);
     }
     return value;

@@ -11,8 +11,8 @@ namespace kap::engine {
 [[nodiscard]] Value storedValue(const ado::ColumnValue& value, const Column& column);
 
 // Whether clients get values of the type in another form than the file has them: dates to 100
-// nanoseconds as texts.
-[[nodiscard]] bool isTold(tsql::SqlType type);
+// nanoseconds and wide decimals as texts.
+[[nodiscard]] bool isTold(const tsql::TypeSpec& type);
 
 // A value in storage form as clients get it.
 [[nodiscard]] Value toldValue(const Value& value, const tsql::TypeSpec& type);

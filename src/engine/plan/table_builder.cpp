@@ -11,6 +11,7 @@
 #include "engine/catalog/reference_rules.hpp"
 #include "engine/plan/statements.hpp"
 #include "engine/sqlite/collation.hpp"
+#include "engine/values/exact.hpp"
 #include "tsql/server_error.hpp"
 
 namespace kap::engine {
@@ -171,7 +172,11 @@ void TableBuilder::addColumn(const ColumnDefinition& definition,
     const bool needsValue =
         definition.identity || column.isRowVersion() || isPrimary(definition.name, elements);
     column.nullable = definition.nullable.value_or(!needsValue);
-    if (definition.identity) column.identity = identityOf(definition);
+    if (definition.identity) {
+        column.identity = identityOf(definition);
+        // What is counted has 64 bits.
+        if (tsql::isWideDecimal(column.type)) column.type.length = 0;
+    }
     if (definition.defaultValue) setDefault(column, *definition.defaultValue, definition.line);
     add(std::move(column), definition.line);
 }
@@ -231,7 +236,9 @@ std::int64_t TableBuilder::wholeConstant(const tsql::Expression& expression,
     const bool whole =
         value.constant && tsql::isExact(value.type.type) && storedScale(value.type) == 0;
     if (!whole) badIdentity(column);
-    return std::get<std::int64_t>(*value.constant);
+    const auto number = narrow(exactOf(*value.constant));
+    if (!number) badIdentity(column);
+    return *number;
 }
 
 void TableBuilder::setDefault(Column& column, const tsql::DefaultOption& option, int line) {
@@ -395,7 +402,7 @@ std::vector<std::string> TableBuilder::parentColumns(const tsql::ForeignKey& key
 std::string TableBuilder::columnSql(const Column& column) const {
     // SQLite's grammar has no word between the brackets of a type; as a quoted name
     // "nvarchar(max)" is one.
-    std::string sql = sqlName(column.name) + " " + sqlName(tsql::typeText(column.type));
+    std::string sql = sqlName(column.name) + " " + sqlName(declaredType(column.type));
     sql += collationText(column.type);
     if (column.computed) return sql + " GENERATED ALWAYS AS (" + storedText(column) + ") VIRTUAL";
     if (!column.nullable) sql += " NOT NULL";

@@ -170,8 +170,8 @@ void FileConnection::prepare(const Options& options) {
     database_.run("PRAGMA foreign_keys = ON");
 }
 
-// The indexes of a file that was made in another order of texts are made anew. Where that cannot be,
-// because the file is only read or a key would then have a value twice, its own order goes on.
+// The indexes of a file that was made in another order of texts are made anew. Where that cannot
+// be, because the file is only read or a key would then have a value twice, its order goes on.
 void FileConnection::useTextOrder(bool writesFile) {
     const auto isCurrent = [this] {
         PreparedStatement ours(handle(),

@@ -23,7 +23,7 @@ namespace {
                             {tsql::typeName(from.type), tsql::typeName(to.type)});
 }
 
-Value fromExact(std::int64_t value, const TypeSpec& from, const TypeSpec& to, Overlength overlength,
+Value fromExact(Wide value, const TypeSpec& from, const TypeSpec& to, Overlength overlength,
                 int style) {
     const int scale = storedScale(from);
     if (tsql::isExact(to.type)) {
@@ -40,7 +40,8 @@ Value fromExact(std::int64_t value, const TypeSpec& from, const TypeSpec& to, Ov
         return fitText(textFromExact(value, from, to, style), from, to, overlength);
     }
     if (tsql::isBinary(to.type) && tsql::isInteger(from.type)) {
-        return fitBinary(binaryFromExact(value, from, to), to, overlength);
+        return fitBinary(binaryFromExact(static_cast<std::int64_t>(value), from, to), to,
+                         overlength);
     }
     notConvertible(from, to);
 }
@@ -81,6 +82,10 @@ Value fromApproximate(double value, const TypeSpec& from, const TypeSpec& to, Ov
     if (tsql::isExact(to.type)) {
         if (to.type == SqlType::Bit) return std::int64_t{value != 0};
         const int scale = storedScale(to);
+        if (tsql::isWideDecimal(to)) {
+            if (!std::isfinite(value)) overflow("float", messageName(to));
+            return fitDigits(value, to);
+        }
         // Whole numbers drop the fraction, all others are rounded.
         const double scaled = value * static_cast<double>(powerOfTen(scale));
         const double whole = tsql::isInteger(to.type) ? std::trunc(scaled) : std::round(scaled);
@@ -169,7 +174,7 @@ Value convert(const Value& value, const TypeSpec& from, const TypeSpec& to, Over
               int style) {
     if (isNull(value)) return value;
     if (tsql::isExact(from.type)) {
-        return fromExact(std::get<std::int64_t>(value), from, to, overlength, style);
+        return fromExact(exactOf(value), from, to, overlength, style);
     }
     if (tsql::isApproximate(from.type)) {
         return fromApproximate(std::get<double>(value), from, to, overlength, style);
@@ -190,7 +195,7 @@ Value convert(const Value& value, const TypeSpec& from, const TypeSpec& to, Over
     notConvertible(from, to);
 }
 
-std::int64_t fitExact(std::int64_t value, int scale, const TypeSpec& to, const std::string& from) {
+Value fitExact(std::int64_t value, int scale, const TypeSpec& to, const std::string& from) {
     return fitWide(value, scale, to, Rounding::HalfAway, from);
 }
 

@@ -23,8 +23,8 @@ enum class Overlength {
 // A whole number of the given scale brought to an exact type, rounded half away from zero and
 // checked against its range. `from` names the source in the message of error 8115 ("expression" or
 // a type).
-[[nodiscard]] std::int64_t fitExact(std::int64_t value, int scale, const tsql::TypeSpec& to,
-                                    const std::string& from);
+[[nodiscard]] Value fitExact(std::int64_t value, int scale, const tsql::TypeSpec& to,
+                             const std::string& from);
 
 enum class ConversionRule { Implicit, ExplicitOnly, Never };
 

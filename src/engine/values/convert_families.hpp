@@ -9,8 +9,8 @@
 namespace kap::engine {
 
 // A wide whole number of the given scale, brought to an exact type.
-[[nodiscard]] std::int64_t fitWide(Wide value, int scale, const tsql::TypeSpec& to,
-                                   Rounding rounding, const std::string& from);
+[[nodiscard]] Value fitWide(Wide value, int scale, const tsql::TypeSpec& to, Rounding rounding,
+                            const std::string& from);
 
 // Error 8115.
 [[noreturn]] void overflow(const std::string& from, const std::string& to);
@@ -25,14 +25,14 @@ namespace kap::engine {
 [[nodiscard]] double fitDate(double stored, const tsql::TypeSpec& from, const tsql::TypeSpec& to);
 
 // From a text.
-[[nodiscard]] std::int64_t exactFromText(const std::string& text, const tsql::TypeSpec& from,
-                                         const tsql::TypeSpec& to);
+[[nodiscard]] Value exactFromText(const std::string& text, const tsql::TypeSpec& from,
+                                  const tsql::TypeSpec& to);
 [[nodiscard]] double approximateFromText(const std::string& text, const tsql::TypeSpec& from,
                                          const tsql::TypeSpec& to);
 [[nodiscard]] std::string identifierFromText(const std::string& text);
 
 // To a text; the length is applied by fitText.
-[[nodiscard]] std::string textFromExact(std::int64_t value, const tsql::TypeSpec& from,
+[[nodiscard]] std::string textFromExact(Wide value, const tsql::TypeSpec& from,
                                         const tsql::TypeSpec& to, int style);
 [[nodiscard]] std::string textFromApproximate(double value, const tsql::TypeSpec& from, int style);
 [[nodiscard]] std::string fitText(std::string text, const tsql::TypeSpec& from,

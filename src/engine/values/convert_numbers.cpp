@@ -19,9 +19,6 @@ using tsql::TypeSpec;
 
 namespace {
 
-// What 64 bits hold of a decimal: precisions above are accepted, values beyond are not.
-constexpr int kFullPrecision = 18;
-
 const std::string kExpression = "expression";
 
 struct Range {
@@ -45,13 +42,18 @@ Range rangeOf(const TypeSpec& type) {
                     std::numeric_limits<std::int32_t>::max()};
         case SqlType::Decimal:
         case SqlType::Numeric: {
-            if (type.precision > kFullPrecision) return {-kHigh, kHigh};
+            if (type.precision > tsql::kNarrowDigits) return {-kHigh, kHigh};
             const auto limit = static_cast<std::int64_t>(powerOfTen(type.precision)) - 1;
             return {-limit, limit};
         }
         default:
             return {kLow, kHigh};
     }
+}
+
+bool hasDigits(Wide value, int precision) {
+    const Wide limit = powerOfTen(precision);
+    return value < limit && value > -limit;
 }
 
 bool isSmallInteger(SqlType type) {
@@ -136,10 +138,14 @@ std::string messageName(const TypeSpec& type) {
     return tsql::isDecimal(type.type) ? "numeric" : tsql::typeName(type.type);
 }
 
-std::int64_t fitWide(Wide value, int scale, const TypeSpec& to, Rounding rounding,
-                     const std::string& from) {
-    if (to.type == SqlType::Bit) return value != 0 ? 1 : 0;
+Value fitWide(Wide value, int scale, const TypeSpec& to, Rounding rounding,
+              const std::string& from) {
+    if (to.type == SqlType::Bit) return std::int64_t{value != 0};
     const auto scaled = rescale(value, scale, storedScale(to), rounding);
+    if (tsql::isWideDecimal(to)) {
+        if (!scaled || !hasDigits(*scaled, to.precision)) overflow(from, messageName(to));
+        return wideBytes(*scaled);
+    }
     const auto narrowed = scaled ? narrow(*scaled) : std::nullopt;
     const Range range = rangeOf(to);
     if (narrowed && *narrowed >= range.low && *narrowed <= range.high) return *narrowed;
@@ -161,17 +167,21 @@ double fitApproximate(double value, const TypeSpec& to) {
     return static_cast<double>(static_cast<float>(value));
 }
 
-std::int64_t exactFromText(const std::string& text, const TypeSpec& from, const TypeSpec& to) {
+Value exactFromText(const std::string& text, const TypeSpec& from, const TypeSpec& to) {
     const std::string_view trimmed = withoutBlanks(text);
     if (to.type == SqlType::Bit) return bitFromText(text, trimmed, from, to);
     // An empty text is zero, but no decimal.
-    if (trimmed.empty() && !tsql::isDecimal(to.type)) return 0;
-    if (tsql::isInteger(to.type) && isSignAlone(trimmed)) return 0;
+    if (trimmed.empty() && !tsql::isDecimal(to.type)) return std::int64_t{0};
+    if (tsql::isInteger(to.type) && isSignAlone(trimmed)) return std::int64_t{0};
     const auto number = tsql::isMoney(to.type) ? parseAmount(trimmed) : parseScaled(trimmed);
     if (!number || (tsql::isInteger(to.type) && trimmed.find('.') != std::string_view::npos)) {
         notANumber(text, from, to);
     }
     const auto scaled = rescale(number->value, number->scale, storedScale(to), Rounding::HalfAway);
+    if (tsql::isWideDecimal(to)) {
+        if (!scaled || !hasDigits(*scaled, to.precision)) textOverflow(text, from, to);
+        return wideBytes(*scaled);
+    }
     const auto narrowed = scaled ? narrow(*scaled) : std::nullopt;
     const Range range = rangeOf(to);
     if (!narrowed || *narrowed < range.low || *narrowed > range.high) textOverflow(text, from, to);

@@ -22,11 +22,11 @@ bool isFixedText(SqlType type) {
 
 // Money is shown with two decimals, with commas between thousands in style 1, with all four in
 // style 2.
-std::string moneyText(std::int64_t value, int style) {
+std::string moneyText(Wide value, int style) {
     constexpr int kStored = 4;
     const int shown = style == 2 ? 4 : 2;
     const Wide rounded = *rescale(value, kStored, shown, Rounding::HalfAway);
-    std::string text = scaledText(static_cast<std::int64_t>(rounded), shown);
+    std::string text = scaledText(rounded, shown);
     if (style != 1) return text;
     const std::size_t first = text.front() == '-' ? 1 : 0;
     for (std::size_t place = text.find('.'); place > first + 3;) {
@@ -70,7 +70,7 @@ std::string textOfUnfittingNumber(const TypeSpec& from, const TypeSpec& to) {
 
 }  // namespace
 
-std::string textFromExact(std::int64_t value, const TypeSpec& from, const TypeSpec& to, int style) {
+std::string textFromExact(Wide value, const TypeSpec& from, const TypeSpec& to, int style) {
     std::string text =
         tsql::isMoney(from.type) ? moneyText(value, style) : scaledText(value, storedScale(from));
     return fits(to, text.size()) ? text : textOfUnfittingNumber(from, to);

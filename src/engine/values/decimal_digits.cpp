@@ -27,7 +27,7 @@ DecimalDigits digitsOfText(std::string_view text) {
 
 }  // namespace
 
-DecimalDigits DecimalDigits::of(std::int64_t value, int scale) {
+DecimalDigits DecimalDigits::of(Wide value, int scale) {
     return digitsOfText(scaledText(value, scale));
 }
 

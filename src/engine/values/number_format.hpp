@@ -7,6 +7,8 @@
 
 #include <kaputil/automation/locale.hpp>
 
+#include "engine/values/exact.hpp"
+
 // FORMAT of numbers: the patterns of the server's host language, standard ("N2", "C") and custom
 // ("#,##0.00;(0)").
 namespace kap::engine {
@@ -18,7 +20,7 @@ struct DecimalDigits {
     std::string fraction;
 
     // Whole number times 10^-scale.
-    [[nodiscard]] static DecimalDigits of(std::int64_t value, int scale);
+    [[nodiscard]] static DecimalDigits of(Wide value, int scale);
     // The fifteen digits that a double is shown with.
     [[nodiscard]] static DecimalDigits of(double value);
 

@@ -7,6 +7,7 @@
 #include "base/ascii.hpp"
 #include "base/hexadecimal.hpp"
 #include "base/quoting.hpp"
+#include "tsql/parser.hpp"
 
 namespace kap::engine {
 
@@ -18,6 +19,7 @@ constexpr int kScaleShift = 48;
 constexpr std::int64_t kByte = 0xFF;
 constexpr std::int64_t kWord = 0xFFFFFFFF;
 constexpr int kMoneyScale = 4;
+constexpr const char* kWideMark = " wide";
 
 std::string realLiteral(double value) {
     std::string text = plain::shortest(value);
@@ -44,14 +46,28 @@ struct LiteralWriter {
 
 }  // namespace
 
-ado::Storage storedAs(tsql::SqlType type) {
+ado::Storage storedAs(const tsql::TypeSpec& spec) {
     using tsql::SqlType;
+    const SqlType type = spec.type;
+    if (tsql::isWideDecimal(spec)) return ado::Storage::Binary;
     if (tsql::isExact(type) || type == SqlType::Time || type == SqlType::DateTime2) {
         return ado::Storage::Integer;
     }
     if (type == SqlType::DateTimeOffset) return ado::Storage::Text;
     if (tsql::isApproximate(type) || tsql::isDate(type)) return ado::Storage::Real;
     return tsql::isBinary(type) ? ado::Storage::Binary : ado::Storage::Text;
+}
+
+std::string declaredType(const tsql::TypeSpec& type) {
+    return tsql::typeText(type) + (tsql::isWideDecimal(type) ? kWideMark : "");
+}
+
+tsql::TypeSpec typeDeclaredAs(std::string_view declared) {
+    const bool wide = declared.ends_with(kWideMark);
+    if (wide) declared.remove_suffix(std::string_view(kWideMark).size());
+    tsql::TypeSpec type = tsql::parseType(declared);
+    if (tsql::isDecimal(type.type) && !wide) type.length = 0;
+    return type;
 }
 
 std::int64_t packType(const tsql::TypeSpec& type) {

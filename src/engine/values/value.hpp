@@ -13,6 +13,8 @@
 // |-------------------------------------|----------------------------------------------|
 // | bit, tinyint, smallint, int, bigint | whole number                                 |
 // | decimal(p,s), numeric(p,s)          | whole number times 10^s; 8115 beyond 64 bits |
+// | the same of more than 18 digits     | sixteen bytes: that number plus 2^127, the   |
+// |                                     | highest byte first                           |
 // | money, smallmoney                   | whole number times 10^4                      |
 // | float, real                         | double; a real is rounded to a single        |
 // | date                                | double: whole days from 30 December 1899     |
@@ -38,7 +40,12 @@ using ado::isNull;
 using ado::Value;
 
 // Which of the forms a type's values have.
-[[nodiscard]] ado::Storage storedAs(tsql::SqlType type);
+[[nodiscard]] ado::Storage storedAs(const tsql::TypeSpec& type);
+
+// A type as the file declares a column of it, and back. Decimals of more than 18 digits say that
+// they are wide: those that do not were made when all were kept in 64 bits, and stay so.
+[[nodiscard]] std::string declaredType(const tsql::TypeSpec& type);
+[[nodiscard]] tsql::TypeSpec typeDeclaredAs(std::string_view declared);
 
 // A type as one number, for the SQL functions that are told types.
 [[nodiscard]] std::int64_t packType(const tsql::TypeSpec& type);

@@ -24,7 +24,7 @@ constexpr SumKind kSums[] = {
     {"kap_sum_int", {tsql::SqlType::Int}},
     {"kap_sum_bigint", {tsql::SqlType::BigInt}},
     {"kap_sum_money", {tsql::SqlType::Money}},
-    {"kap_sum_numeric", {tsql::SqlType::Numeric, 0, kWidestPrecision, 0}},
+    {"kap_sum_numeric", {tsql::SqlType::Numeric, tsql::kWideLength, kWidestPrecision, 0}},
     {"kap_sum_float", {tsql::SqlType::Float}},
 };
 
@@ -40,6 +40,7 @@ struct SumState {
     std::uint64_t low;
     double approximate;
     std::int64_t count;
+    bool overflowed;
 
     [[nodiscard]] Wide exact() const { return (Wide{high} << 64) | low; }
     void addExact(std::int64_t value) {
@@ -47,10 +48,32 @@ struct SumState {
         high = static_cast<std::int64_t>(sum >> 64);
         low = static_cast<std::uint64_t>(sum);
     }
+    // A sum that leaves 128 bits stays beyond every type.
+    void addWide(Wide value) {
+        const auto sum = sumOf(exact(), value);
+        overflowed = overflowed || !sum;
+        if (!sum) return;
+        high = static_cast<std::int64_t>(*sum >> 64);
+        low = static_cast<std::uint64_t>(*sum);
+    }
 };
 
 const SumEntry& entryOf(sqlite3_context* context) {
     return *static_cast<const SumEntry*>(sqlite3_user_data(context));
+}
+
+// A value leaves the window.
+void leaveSum(sqlite3_context* context, int /*count*/, sqlite3_value** values) {
+    if (sqlite3_value_type(values[0]) == SQLITE_NULL) return;
+    auto* state = static_cast<SumState*>(sqlite3_aggregate_context(context, sizeof(SumState)));
+    if (state == nullptr) {
+        sqlite3_result_error_nomem(context);
+        return;
+    }
+    --state->count;
+    const bool wide = sqlite3_value_type(values[0]) == SQLITE_BLOB;
+    state->addWide(wide ? -wideFromBytes(blobBytes(values[0]))
+                        : -Wide{sqlite3_value_int64(values[0])});
 }
 
 void stepSum(sqlite3_context* context, int /*count*/, sqlite3_value** values) {
@@ -63,6 +86,8 @@ void stepSum(sqlite3_context* context, int /*count*/, sqlite3_value** values) {
     ++state->count;
     if (tsql::isApproximate(entryOf(context).kind.type.type)) {
         state->approximate += sqlite3_value_double(values[0]);
+    } else if (sqlite3_value_type(values[0]) == SQLITE_BLOB) {
+        state->addWide(wideFromBytes(blobBytes(values[0])));
     } else {
         state->addExact(sqlite3_value_int64(values[0]));
     }
@@ -70,6 +95,7 @@ void stepSum(sqlite3_context* context, int /*count*/, sqlite3_value** values) {
 
 Value total(const SumState& state, const tsql::TypeSpec& type) {
     if (tsql::isApproximate(type.type)) return fitApproximate(state.approximate, type);
+    if (state.overflowed) overflow("expression", messageName(type));
     return fitWide(state.exact(), storedScale(type), type, Rounding::Truncate, "expression");
 }
 
@@ -231,9 +257,12 @@ void destroySum(void* entry) {
 void registerAggregateFunctions(Registrar& registrar) {
     constexpr int kFlags = SQLITE_UTF8 | SQLITE_DETERMINISTIC | SQLITE_INNOCUOUS;
     for (const SumKind& kind : kSums) {
-        checkRegistered(sqlite3_create_function_v2(registrar.connection(), kind.name, 1, kFlags,
-                                                   new SumEntry{kind, &registrar.slot()}, nullptr,
-                                                   stepSum, finishSum, destroySum),
+        // Only decimals are added up so over a window.
+        const bool window = tsql::isDecimal(kind.type.type);
+        checkRegistered(sqlite3_create_window_function(
+                            registrar.connection(), kind.name, 1, kFlags,
+                            new SumEntry{kind, &registrar.slot()}, stepSum, finishSum,
+                            window ? finishSum : nullptr, window ? leaveSum : nullptr, destroySum),
                         registrar);
     }
     for (const SpreadKind& kind : kSpreads) {

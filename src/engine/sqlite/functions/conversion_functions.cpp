@@ -38,14 +38,23 @@ Value storeFunction(const Arguments& arguments) {
     return convert(arguments.value(0, from), from, arguments.type(2), Overlength::Refuse);
 }
 
-// kap_scale(value, digits): so many decimal digits appended.
+// kap_scale(value, digits): so many decimal digits appended, for the functions that take exact
+// numbers in either form.
 Value scaleFunction(const Arguments& arguments) {
-    const auto scaled = rescale(arguments.integer(0), 0, arguments.small(1), Rounding::HalfAway);
-    const auto result = scaled ? narrow(*scaled) : std::nullopt;
-    if (!result) {
+    const auto scaled = rescale(arguments.exact(0), 0, arguments.small(1), Rounding::HalfAway);
+    if (!scaled) {
         throw tsql::ServerError(tsql::Message::ArithmeticOverflow, {"numeric", "numeric"});
     }
-    return *result;
+    if (const auto result = narrow(*scaled)) return *result;
+    return wideBytes(*scaled);
+}
+
+// kap_wide(value, digits): the same as a wide decimal, for comparing: what goes beyond is larger
+// than all others.
+Value wideFunction(const Arguments& arguments) {
+    const Wide value = arguments.exact(0);
+    const auto scaled = rescale(value, 0, arguments.small(1), Rounding::HalfAway);
+    return wideBytes(scaled ? *scaled : farthest(value < 0));
 }
 
 // kap_widen(value, digits): the same for comparing only, where a number beyond 64 bits may become a
@@ -126,6 +135,7 @@ void registerConversionFunctions(Registrar& registrar) {
     registrar.scalar("kap_store", 3, storeFunction);
     registrar.scalar("kap_scale", 2, scaleFunction);
     registrar.scalar("kap_widen", 2, widenFunction);
+    registrar.scalar("kap_wide", 2, wideFunction);
     registrar.scalar("kap_deeper", 2, deeperFunction);
     registrar.scalar("kap_top", 1, topFunction, OnNull::Call);
     registrar.scalar("kap_top_percent", 2, topPercentFunction, OnNull::Call);

@@ -49,9 +49,9 @@ FormattedNumber numberOf(const Value& value, const TypeSpec& type) {
         number.approximate = true;
         return number;
     }
-    const auto whole = std::get<std::int64_t>(value);
-    number.digits = DecimalDigits::of(whole, storedScale(type));
+    number.digits = DecimalDigits::of(exactOf(value), storedScale(type));
     if (!tsql::isInteger(type.type)) return number;
+    const auto whole = std::get<std::int64_t>(value);
     constexpr int kIntBits = 32;
     constexpr int kSmallBits = 16;
     number.value = whole;

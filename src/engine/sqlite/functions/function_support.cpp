@@ -60,17 +60,23 @@ std::string_view Arguments::text(int index) const {
 }
 
 Blob Arguments::blob(int index) const {
-    return {std::string(blobBytes(values_[index]))};
+    return {std::string(bytes(index))};
+}
+
+std::string_view Arguments::bytes(int index) const {
+    return blobBytes(values_[index]);
 }
 
 Value Arguments::value(int index, const tsql::TypeSpec& type) const {
     if (isNull(index)) return {};
-    switch (storedAs(type.type)) {
+    switch (storedAs(type)) {
         case ado::Storage::Integer:
             return integer(index);
         case ado::Storage::Real:
             return real(index);
         case ado::Storage::Binary:
+            // A sum within another is told as it is shorter.
+            if (tsql::isWideDecimal(type) && kind(index) == SQLITE_INTEGER) return integer(index);
             return blob(index);
         case ado::Storage::Text:
             break;

@@ -6,6 +6,7 @@
 #include <sqlite3.h>
 
 #include "engine/values/error_slot.hpp"
+#include "engine/values/exact.hpp"
 #include "engine/values/value.hpp"
 
 namespace kap::engine {
@@ -25,6 +26,11 @@ public:
     [[nodiscard]] std::int64_t integer(int index) const {
         return sqlite3_value_int64(values_[index]);
     }
+    // A whole number that an exact type keeps, in either form.
+    [[nodiscard]] Wide exact(int index) const {
+        const bool wide = sqlite3_value_type(values_[index]) == SQLITE_BLOB;
+        return wide ? wideFromBytes(bytes(index)) : Wide{integer(index)};
+    }
     [[nodiscard]] int small(int index) const { return sqlite3_value_int(values_[index]); }
     [[nodiscard]] double real(int index) const { return sqlite3_value_double(values_[index]); }
     // Valid until the call ends.
@@ -35,6 +41,8 @@ public:
     [[nodiscard]] Value value(int index, const tsql::TypeSpec& type) const;
 
 private:
+    [[nodiscard]] std::string_view bytes(int index) const;
+
     int count_;
     sqlite3_value** values_;
 };

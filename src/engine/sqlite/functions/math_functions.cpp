@@ -23,7 +23,7 @@ Value floatResult(double value) {
 
 // kap_abs(value, type)
 Value absolute(const Arguments& arguments) {
-    const Wide value = arguments.integer(0);
+    const Wide value = arguments.exact(0);
     const tsql::TypeSpec type = arguments.type(1);
     return fitWide(value < 0 ? -value : value, storedScale(type), type, Rounding::Truncate,
                    "expression");
@@ -31,9 +31,10 @@ Value absolute(const Arguments& arguments) {
 
 // kap_sign(value, type): one in the type's own scale.
 Value sign(const Arguments& arguments) {
-    const std::int64_t value = arguments.integer(0);
-    const auto one = static_cast<std::int64_t>(powerOfTen(storedScale(arguments.type(1))));
-    return value == 0 ? std::int64_t{0} : value > 0 ? one : -one;
+    const Wide value = arguments.exact(0);
+    const tsql::TypeSpec type = arguments.type(1);
+    const Wide one = powerOfTen(storedScale(type));
+    return exactValue(value == 0 ? Wide{0} : value > 0 ? one : -one, type);
 }
 
 Value floatSign(const Arguments& arguments) {
@@ -48,7 +49,7 @@ Value roundFunction(const Arguments& arguments) {
     const int digits =
         static_cast<int>(std::clamp<std::int64_t>(arguments.integer(1), -kMaxPower, scale));
     const Rounding rounding = arguments.integer(2) == 0 ? Rounding::HalfAway : Rounding::Truncate;
-    const auto rounded = rescale(arguments.integer(0), scale, digits, rounding);
+    const auto rounded = rescale(arguments.exact(0), scale, digits, rounding);
     const auto restored = rescale(*rounded, digits, scale, rounding);
     if (!restored) overflow("expression", messageName(type));
     return fitWide(*restored, scale, type, Rounding::Truncate, "expression");
@@ -67,19 +68,25 @@ Value floatRound(const Arguments& arguments) {
     return digits >= 0 ? whole / power : whole * power;
 }
 
+// A result in the form of the first argument.
+Value alike(const Arguments& arguments, Wide value) {
+    if (arguments.kind(0) == SQLITE_BLOB) return wideBytes(value);
+    return static_cast<std::int64_t>(value);
+}
+
 // kap_ceiling(value, scale) and kap_floor(value, scale): a whole number of scale 0.
 Value ceiling(const Arguments& arguments) {
-    const Wide value = arguments.integer(0);
+    const Wide value = arguments.exact(0);
     const Wide power = powerOfTen(arguments.small(1));
     const Wide quotient = value / power;
-    return static_cast<std::int64_t>(value % power > 0 ? quotient + 1 : quotient);
+    return alike(arguments, value % power > 0 ? quotient + 1 : quotient);
 }
 
 Value floorFunction(const Arguments& arguments) {
-    const Wide value = arguments.integer(0);
+    const Wide value = arguments.exact(0);
     const Wide power = powerOfTen(arguments.small(1));
     const Wide quotient = value / power;
-    return static_cast<std::int64_t>(value % power < 0 ? quotient - 1 : quotient);
+    return alike(arguments, value % power < 0 ? quotient - 1 : quotient);
 }
 
 Value floatCeiling(const Arguments& arguments) {

@@ -19,19 +19,13 @@ Value exactResult(Wide value, const tsql::TypeSpec& type) {
     return fitWide(value, storedScale(type), type, Rounding::Truncate, "expression");
 }
 
-Wide wideProduct(Wide left, Wide right, const tsql::TypeSpec& type) {
-    const auto product = multiply(left, right);
-    if (!product) overflow("expression", messageName(type));
-    return *product;
-}
-
 // kap_add(left, right, type), both in the scale of the type.
 Value add(const Arguments& arguments) {
-    return exactResult(Wide{arguments.integer(0)} + arguments.integer(1), arguments.type(2));
+    return exactResult(arguments.exact(0) + arguments.exact(1), arguments.type(2));
 }
 
 Value subtract(const Arguments& arguments) {
-    return exactResult(Wide{arguments.integer(0)} - arguments.integer(1), arguments.type(2));
+    return exactResult(arguments.exact(0) - arguments.exact(1), arguments.type(2));
 }
 
 bool isMinus(std::string_view signs, int index) {
@@ -43,11 +37,11 @@ bool isMinus(std::string_view signs, int index) {
 Value accumulate(const Arguments& arguments) {
     const tsql::TypeSpec type = arguments.type(0);
     const std::string_view signs = arguments.text(1);
-    std::int64_t total = 0;
+    Value total = std::int64_t{0};
     for (int i = 2; i < arguments.count(); ++i) {
-        const Wide operand = arguments.integer(i);
-        const Wide next = isMinus(signs, i - 2) ? total - operand : total + operand;
-        total = fitWide(next, storedScale(type), type, Rounding::Truncate, "expression");
+        const Wide before = exactOf(total);
+        const Wide operand = arguments.exact(i);
+        total = exactResult(isMinus(signs, i - 2) ? before - operand : before + operand, type);
     }
     return total;
 }
@@ -66,8 +60,15 @@ Value floatAccumulate(const Arguments& arguments) {
 // kap_multiply(left, right, scale, type): `scale` is that of the plain product.
 Value multiplyFunction(const Arguments& arguments) {
     const tsql::TypeSpec type = arguments.type(3);
-    const Wide product = wideProduct(arguments.integer(0), arguments.integer(1), type);
-    return fitWide(product, arguments.small(2), type, Rounding::HalfAway, "expression");
+    const Wide left = arguments.exact(0);
+    const Wide right = arguments.exact(1);
+    const int scale = arguments.small(2);
+    if (const auto product = multiply(left, right)) {
+        return fitWide(*product, scale, type, Rounding::HalfAway, "expression");
+    }
+    const auto product = productWithout(left, right, scale - storedScale(type), Rounding::HalfAway);
+    if (!product) overflow("expression", messageName(type));
+    return exactResult(*product, type);
 }
 
 // kap_divide(left, right, shift, type): left / right with `shift` decimal digits more than the
@@ -75,24 +76,27 @@ Value multiplyFunction(const Arguments& arguments) {
 Value divideFunction(const Arguments& arguments) {
     const tsql::TypeSpec type = arguments.type(3);
     const int shift = arguments.small(2);
-    Wide left = arguments.integer(0);
-    Wide right = arguments.integer(1);
+    const Wide left = arguments.exact(0);
+    const Wide right = arguments.exact(1);
     if (right == 0) divisionByZero();
-    if (shift >= 0) {
-        left = wideProduct(left, powerOfTen(shift), type);
-    } else {
-        right = wideProduct(right, powerOfTen(-shift), type);
+    if (shift >= 0 && shift <= kMaxPower) {
+        if (const auto shifted = multiply(left, powerOfTen(shift))) {
+            return exactResult(divide(*shifted, right, Rounding::Truncate), type);
+        }
     }
-    return exactResult(divide(left, right, Rounding::Truncate), type);
+    const auto quotient = quotientWith(left, shift, right);
+    if (!quotient) overflow("expression", messageName(type));
+    return exactResult(*quotient, type);
 }
 
 Value modulo(const Arguments& arguments) {
-    if (arguments.integer(1) == 0) divisionByZero();
-    return exactResult(Wide{arguments.integer(0)} % arguments.integer(1), arguments.type(2));
+    const Wide divisor = arguments.exact(1);
+    if (divisor == 0) divisionByZero();
+    return exactResult(arguments.exact(0) % divisor, arguments.type(2));
 }
 
 Value negate(const Arguments& arguments) {
-    return exactResult(-Wide{arguments.integer(0)}, arguments.type(1));
+    return exactResult(-arguments.exact(0), arguments.type(1));
 }
 
 // kap_float_...(left, right, type)
