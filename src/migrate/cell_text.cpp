@@ -13,7 +13,14 @@ namespace {
 
 using ado::DataTypeEnum;
 
-// An exact number with at least this many decimals.
+std::string decimalText(const Decimal& value, const ado::Field& field) {
+    const std::uint8_t scale = field.NumericScale();
+    const bool scaled = field.Type() == DataTypeEnum::adNumeric && scale <= Decimal::kMaxScale;
+    return withDecimals(value.plainText(), scaled ? scale : 0);
+}
+
+}  // namespace
+
 std::string withDecimals(std::string text, std::size_t decimals) {
     if (decimals == 0) {
         return text;
@@ -26,14 +33,6 @@ std::string withDecimals(std::string text, std::size_t decimals) {
     const std::size_t present = text.size() - point - 1;
     return text + std::string(decimals > present ? decimals - present : 0, '0');
 }
-
-std::string decimalText(const Decimal& value, const ado::Field& field) {
-    const std::uint8_t scale = field.NumericScale();
-    const bool scaled = field.Type() == DataTypeEnum::adNumeric && scale <= Decimal::kMaxScale;
-    return withDecimals(value.plainText(), scaled ? scale : 0);
-}
-
-}  // namespace
 
 std::string typeNameOf(const ado::Field& field) {
     switch (field.Type()) {

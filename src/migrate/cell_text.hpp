@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
 
@@ -13,6 +14,9 @@ namespace kap::migrate {
 
 // Whether the field holds numbers, which are shown at the right of their column.
 [[nodiscard]] bool isNumber(const ado::Field& field);
+
+// The text of an exact number with at least so many decimals.
+[[nodiscard]] std::string withDecimals(std::string text, std::size_t decimals);
 
 // The current value, nullopt for Null: numbers with '.' and all decimals of their type, bits as 0
 // and 1, dates as "2025-03-31 10:30:00", bytes as "0x0A1B", texts as they are.

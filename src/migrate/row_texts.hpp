@@ -29,6 +29,7 @@ private:
         Ref<ado::Field> field;
         bool asStored;  // the text of the stored cell is that of the field
         bool free;
+        std::size_t decimals;  // of a decimal that is stored without zeros at its end
     };
 
     ado::Recordset& rows_;

@@ -75,6 +75,18 @@ TEST(SqlCommand, PrintsRowsAsCommaSeparatedValues) {
               "1\r\n");
 }
 
+TEST(SqlCommand, PrintsEveryDigitOfLongDecimalsAndTimes) {
+    const Outcome run = sqlInMemory(
+        "SELECT CAST(99999999999999999999999999999999999999 AS decimal(38,0)) AS a, "
+        "CAST(-0.5 AS decimal(38,20)) AS b, "
+        "CAST('2021-02-03 04:05:06.1234567 +02:00' AS datetimeoffset) AS c",
+        {"--csv"});
+    EXPECT_EQ(run.err, "");
+    EXPECT_EQ(run.out,
+              "a,b,c\r\n99999999999999999999999999999999999999,-0.50000000000000000000,"
+              "2021-02-03 04:05:06.1234567 +02:00\r\n");
+}
+
 TEST(SqlCommand, RowsArePrintedAsTheyCome) {
     const Folder folder;
     const std::string file = folder / "grande.db";
