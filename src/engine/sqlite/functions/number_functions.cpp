@@ -19,13 +19,19 @@ Value exactResult(Wide value, const tsql::TypeSpec& type) {
     return fitWide(value, storedScale(type), type, Rounding::Truncate, "expression");
 }
 
+Value sumResult(Wide left, Wide right, const tsql::TypeSpec& type) {
+    const auto sum = sumOf(left, right);
+    if (!sum) overflow("expression", messageName(type));
+    return exactResult(*sum, type);
+}
+
 // kap_add(left, right, type), both in the scale of the type.
 Value add(const Arguments& arguments) {
-    return exactResult(arguments.exact(0) + arguments.exact(1), arguments.type(2));
+    return sumResult(arguments.exact(0), arguments.exact(1), arguments.type(2));
 }
 
 Value subtract(const Arguments& arguments) {
-    return exactResult(arguments.exact(0) - arguments.exact(1), arguments.type(2));
+    return sumResult(arguments.exact(0), -arguments.exact(1), arguments.type(2));
 }
 
 bool isMinus(std::string_view signs, int index) {
@@ -41,7 +47,7 @@ Value accumulate(const Arguments& arguments) {
     for (int i = 2; i < arguments.count(); ++i) {
         const Wide before = exactOf(total);
         const Wide operand = arguments.exact(i);
-        total = exactResult(isMinus(signs, i - 2) ? before - operand : before + operand, type);
+        total = sumResult(before, isMinus(signs, i - 2) ? -operand : operand, type);
     }
     return total;
 }
