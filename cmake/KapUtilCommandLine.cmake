@@ -4,6 +4,7 @@ if(commandSources)
     if(NOT WIN32) # where their headers were found before
         find_package(CLI11 REQUIRED)
         find_package(nlohmann_json REQUIRED)
+        pkg_check_modules(libedit IMPORTED_TARGET libedit) # without it the shell reads plain lines
     endif()
     kaputil_sources(compiled kaputil-cli ${commandSources})
     add_executable(kaputil-cli ${compiled})
@@ -11,12 +12,41 @@ if(commandSources)
     target_include_directories(kaputil-cli PRIVATE "${PROJECT_SOURCE_DIR}/src")
     target_link_libraries(kaputil-cli PRIVATE kaputil CLI11::CLI11 nlohmann_json::nlohmann_json)
     kaputil_compile_rules(kaputil-cli)
+    if(TARGET PkgConfig::libedit)
+        target_link_libraries(kaputil-cli PRIVATE PkgConfig::libedit)
+        target_compile_definitions(kaputil-cli PRIVATE KAPUTIL_LIBEDIT)
+    endif()
     if(WIN32)
         target_link_options(kaputil-cli PRIVATE -municode)
     endif()
-    kaputil_precompile(kaputil-cli kaputil_headers)
+    if(KAPUTIL_SANITIZE)
+        # As for tests: optimizing the templates that read arguments takes longer than all that the program does. What is
+        # precompiled is optimized.
+        target_compile_options(kaputil-cli PRIVATE -O0)
+    else()
+        kaputil_precompile(kaputil-cli kaputil_headers)
+    endif()
     install(TARGETS kaputil-cli RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" OPTIONAL)
     # Named after the command: that is how the shell finds it when it is first needed.
     install(FILES "${PROJECT_SOURCE_DIR}/completions/kaputil.bash" RENAME kaputil
             DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions")
+    if(NOT CMAKE_CROSSCOMPILING)
+        # The command line writes its own pages of the manual and the scripts that complete it in other shells.
+        set(pages "${PROJECT_BINARY_DIR}/man1")
+        set(completions "${PROJECT_BINARY_DIR}/completions")
+        file(MAKE_DIRECTORY "${completions}")
+        add_custom_command(
+            OUTPUT "${pages}/kaputil.1" "${completions}/_kaputil" "${completions}/kaputil.fish"
+            COMMAND kaputil-cli manual --folder "${pages}"
+            COMMAND kaputil-cli completion zsh > "${completions}/_kaputil"
+            COMMAND kaputil-cli completion fish > "${completions}/kaputil.fish"
+            DEPENDS kaputil-cli
+            COMMENT "Writing the pages of the manual"
+            VERBATIM)
+        add_custom_target(kaputil-cli-pages ALL DEPENDS "${pages}/kaputil.1")
+        install(DIRECTORY "${pages}" DESTINATION "${CMAKE_INSTALL_MANDIR}" OPTIONAL)
+        install(FILES "${completions}/_kaputil" DESTINATION "${CMAKE_INSTALL_DATADIR}/zsh/site-functions" OPTIONAL)
+        install(FILES "${completions}/kaputil.fish" DESTINATION "${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d"
+                OPTIONAL)
+    endif()
 endif()

@@ -120,7 +120,9 @@ _kaputil_value() {
         mapfile -t COMPREPLY < <(compgen -d -- "$typed")
         compopt -o filenames 2>/dev/null || true
         ;;
-    --database | --declaration | --file | --message-log | --backup) _kaputil_files "$typed" ;;
+    --encoding) _kaputil_offer '' "$typed" '' < <(printf '%s\n' utf-8 utf-16 1252 850) ;;
+    --language) _kaputil_offer '' "$typed" '' < <(printf '%s\n' it en) ;;
+    --database | --declaration | --file | --message-log | --backup | --connection | --from | --to) _kaputil_files "$typed" ;;
     esac
 }
 
@@ -137,7 +139,7 @@ _kaputil() {
 
     case $before in
     := | :) return ;;
-    --locale | --database | --declaration | --file | --folder | --message-log | --connection | --from | --to | --command | --query | --name | --seed | --type | --group | --path | --table | --backup | --counter | --year)
+    --locale | --database | --declaration | --file | --folder | --message-log | --connection | --from | --to | --command | --query | --name | --seed | --type | --group | --path | --table | --backup | --counter | --year | --encoding | --language | --delimiter | --quote | --columns | --null | --max-errors | --variable)
         _kaputil_value "$before" "$typed"
         return
         ;;
@@ -149,11 +151,15 @@ _kaputil() {
             config | registry) [[ $COMP_CWORD -eq 2 ]] || command+=("${COMP_WORDS[2]}") ;;
         esac
         _kaputil_offer '' "$typed" '' < <(_kaputil_options "${command[@]}")
+    elif [[ $COMP_CWORD -eq 2 && ${COMP_WORDS[1]} == completion ]]; then
+        _kaputil_offer '' "$typed" '' < <(printf '%s\n' zsh fish)
+    elif [[ $COMP_CWORD -eq 2 && ${COMP_WORDS[1]} == manual ]]; then
+        _kaputil_offer '' "$typed" '' < <(_kaputil_commands)
     elif [[ $COMP_CWORD -eq 1 ]]; then
         _kaputil_offer '' "$typed" '' < <(_kaputil_commands)
     elif [[ ${COMP_WORDS[1]} == config && $COMP_CWORD -eq 2 ]]; then
         _kaputil_offer '' "$typed" '' < <(_kaputil_commands config)
-    elif [[ ${COMP_WORDS[1]} == batch ]]; then
+    elif [[ ${COMP_WORDS[1]} =~ ^(batch|sql|import)$ ]]; then
         _kaputil_files "$typed"
     elif [[ ${COMP_WORDS[1]} == call && $typed != :* ]]; then
         _kaputil_call "$typed"

@@ -53,6 +53,7 @@ MAY_INCLUDE = {
     "catalogue": LIBRARY | {"tsql", "core", "util", "db", "config", "sqlscript", "numbering", "host"},
     "com": LIBRARY | {"catalogue", "drivers", "drivers/late_bound"},
     "python": GROUND | {"catalogue"},
+    "sqlite_extension": SQLITE,
     "cli/output": GROUND,
     "cli/commands": GROUND | {"migrate", "cli", "cli/output"},
     "cli/demo": GROUND | {"cli", "cli/output", "cli/commands"},
@@ -64,11 +65,11 @@ MAY_INCLUDE = {
 CLIENTS = ("python", "cli")
 
 # Folders that may include what their host, database or language offers.
-SPECIAL = re.compile(r"^src/(platform/[^/]+/|engine/sqlite/|drivers/[^/]+/|com/|python/|cli/)")
+SPECIAL = re.compile(r"^src/(platform/[^/]+/|engine/sqlite/|drivers/[^/]+/|com/|python/|cli/|sqlite_extension/)")
 
-# The Unicode library, for case and for the order of texts.
+# The Unicode library, for case, for the order of texts and for their width.
 UNICODE_HEADER = "utf8proc.h"
-UNICODE_USERS = {"src/base/text_order.cpp", "src/base/unicode.cpp"}
+UNICODE_USERS = {"src/base/character_width.cpp", "src/base/text_order.cpp", "src/base/unicode.cpp"}
 
 HOST_CONDITION = re.compile(
     r"^\s*#\s*(?:if|ifdef|ifndef|elif)\b.*\b(_?WIN32|_WIN64|__MINGW\w+|__CYGWIN__|_?_?linux(?:__)?|_?_?unix(?:__)?"
@@ -125,7 +126,7 @@ def check_foreign_include(path, target):
         return None
     if target == UNICODE_HEADER and str(path) in UNICODE_USERS:
         return None
-    return f"<{target}> belongs under platform/<host>/, engine/sqlite/, drivers/<driver>/ or to a way in (com, python, cli)"
+    return f"<{target}> belongs under platform/<host>/, engine/sqlite/, drivers/<driver>/ or to a way in (com, python, cli, sqlite_extension)"
 
 
 def check_file(path):

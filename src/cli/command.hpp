@@ -11,11 +11,12 @@
 // the arguments is in command_reader.cpp alone.
 namespace kap::cli {
 
-// Where what was typed for an option goes. A flag has no text; texts of numbers are checked.
+// Where what was typed for an option goes. A flag (bool, a function without a text) has no text;
+// texts of numbers are checked.
 using OptionTarget =
     std::variant<bool*, std::string*, std::optional<std::string>*, std::vector<std::string>*,
                  std::uint64_t*, std::optional<int>*, std::optional<std::int64_t>*,
-                 std::function<void(const std::string&)>>;
+                 std::function<void(const std::string&)>, std::function<void()>>;
 
 // An option ("--file"), or a word known by its place ("FILE").
 struct Option {

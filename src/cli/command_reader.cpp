@@ -8,7 +8,9 @@
 #include <utility>
 
 #include <CLI/CLI.hpp>
+#include <nlohmann/json.hpp>
 
+#include <kaputil/automation/error.hpp>
 #include <kaputil/catalogue/catalogue.hpp>
 
 #include "cli/command_table.hpp"
@@ -16,9 +18,12 @@
 #include "cli/output/exit_codes.hpp"
 #include "cli/output/shown_text.hpp"
 #include "cli/output/usage_error.hpp"
+#include "cli/variables.hpp"
 
 namespace kap::cli {
 namespace {
+
+using Json = nlohmann::ordered_json;
 
 std::string versionText() {
     return (library().description + u" (" + library().fileVersion + u")").utf8();
@@ -28,7 +33,9 @@ CLI::Option* declare(CLI::App& app, const Option& option) {
     return std::visit(
         [&](const auto& target) -> CLI::Option* {
             using Target = std::remove_cvref_t<decltype(target)>;
-            if constexpr (std::is_same_v<Target, bool*>) {
+            if constexpr (std::is_same_v<Target, std::function<void()>>) {
+                return app.add_flag_callback(option.name, target, option.help);
+            } else if constexpr (std::is_same_v<Target, bool*>) {
                 return app.add_flag(option.name, *target, option.help);
             } else if constexpr (std::is_pointer_v<Target>) {
                 return app.add_option(option.name, *target, option.help);
@@ -41,7 +48,8 @@ CLI::Option* declare(CLI::App& app, const Option& option) {
 
 void addOption(CLI::App& app, const Option& option) {
     CLI::Option* added = declare(app, option);
-    if (!std::holds_alternative<bool*>(option.target)) {
+    if (!std::holds_alternative<bool*>(option.target) &&
+        !std::holds_alternative<std::function<void()>>(option.target)) {
         added->type_name(option.placeholder);
     }
     added->required(option.required);
@@ -86,11 +94,19 @@ const CommandDescription* typed(const std::vector<Declared>& commands) {
     return found->actions.empty() ? found->command : typed(found->actions);
 }
 
+// Also where the rest of what was typed makes no sense.
+bool asksForJson(const std::vector<std::string>& arguments) {
+    return std::ranges::any_of(arguments, [](const std::string& argument) {
+        return argument == "--json" || argument == "--json-lines";
+    });
+}
+
 // The commands and what was typed for each.
 class CommandLine {
 public:
     CommandLine() {
         app_.set_version_flag("--version", versionText());
+        app_.footer(helpOnVariables());
         app_.require_subcommand(0, 1);  // none is told below, after words that are no command
         for (const CommandDescription& command : commands_) {
             declared_.push_back(declare(app_, command));
@@ -98,16 +114,19 @@ public:
     }
 
     int run(std::vector<std::string> arguments) {
+        json_ = asksForJson(arguments);
         try {
             parse(std::move(arguments));
+            const CommandDescription* command = typed(declared_);
+            if (command == nullptr) {
+                throw CLI::RequiredError::Subcommand(1);
+            }
+            return runCommand(*command);
         } catch (const CLI::ParseError& error) {
-            return app_.exit(error) == 0 ? kSuccess : kWrongUsage;
+            return refuse(error);
+        } catch (const UsageError& error) {
+            return refuse(error.what());
         }
-        const CommandDescription* command = typed(declared_);
-        if (command == nullptr) {
-            return app_.exit(CLI::RequiredError::Subcommand(1)) == 0 ? kSuccess : kWrongUsage;
-        }
-        return runCommand(*command);
     }
 
 private:
@@ -125,16 +144,35 @@ private:
         app_.parse(std::move(arguments));
     }
 
+    // Help is asked for like this, too.
+    int refuse(const CLI::ParseError& error) {
+        if (!json_ || error.get_exit_code() == 0) {
+            return app_.exit(error) == 0 ? kSuccess : kWrongUsage;
+        }
+        return refuse(error.what());
+    }
+
+    [[nodiscard]] int refuse(const std::string& reason) const {
+        std::cout.flush();
+        if (json_) {
+            const Json error = {{"number", errors::kInvalidArgument},
+                                {"native", 0},
+                                {"line", 0},
+                                {"description", reason}};  // what was typed may be no UTF-8
+            std::cerr << Json{{"error", error}}.dump(-1, ' ', false, Json::error_handler_t::replace)
+                      << '\n';
+        } else {
+            std::cerr << "kaputil: " << shownText(reason) << '\n';
+        }
+        return kWrongUsage;
+    }
+
     static int runCommand(const CommandDescription& command) {
-        int code = kWrongUsage;
+        int code = kFailed;
         try {
             code = command.run();
-        } catch (const UsageError& error) {
-            std::cout.flush();
-            std::cerr << "kaputil: " << shownText(error.what()) << '\n';
         } catch (const std::bad_alloc&) {
             std::cerr << "kaputil: there is not enough memory\n";
-            code = kFailed;
         }
         // A full disk or a closed pipe shows only here.
         if (!std::cout.flush()) {
@@ -147,6 +185,7 @@ private:
     CLI::App app_{"The command line of KAP Utility.", "kaputil"};
     const std::vector<CommandDescription> commands_ = allCommands();
     std::vector<Declared> declared_;
+    bool json_ = false;  // errors are told as JSON
 };
 
 }  // namespace

@@ -2,8 +2,6 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <initializer_list>
-#include <optional>
 #include <vector>
 
 #include "base/ascii.hpp"
@@ -69,6 +67,26 @@ std::optional<std::string> valueOf(const std::vector<ConnectionKey>& keys,
 }
 
 }  // namespace
+
+bool isConnectionString(std::string_view text) {
+    const std::vector<ConnectionKey> keys = keysOf(text);
+    constexpr std::string_view kNoPartOfAKey = "./\\:";
+    return !keys.empty() && keys.front().name.find_first_of(kNoPartOfAKey) == std::string::npos;
+}
+
+std::optional<std::string> keyOf(std::string_view connectionString,
+                                 std::initializer_list<std::string_view> names) {
+    return valueOf(keysOf(connectionString), names);
+}
+
+std::string embeddedSource(std::string_view connectionString) {
+    const std::vector<ConnectionKey> keys = keysOf(connectionString);
+    const auto provider = valueOf(keys, {"Provider"});
+    if (!provider || !equalsIgnoringCase(*provider, "KapLocal")) {
+        return {};
+    }
+    return valueOf(keys, {"Data Source"}).value_or(std::string());
+}
 
 std::string databaseName(std::string_view connectionString) {
     const std::vector<ConnectionKey> keys = keysOf(connectionString);

@@ -8,15 +8,12 @@
 #include "cli/output/failure_report.hpp"
 
 namespace kap::cli {
-int withDatabase(const std::string& connectionString, Access access, bool json,
+int withDatabase(const std::string& given, Access access, bool json,
                  const std::function<int(ado::Connection&)>& work) {
     const auto connection = make<ado::Connection>();
     connection->setCursorLocation(ado::CursorLocationEnum::adUseClient);
-    if (access == Access::Reading) {
-        connection->setMode(ado::ConnectModeEnum::adModeRead);
-    }
     try {
-        connection->Open(connectionString);
+        openDatabase(*connection, given, access);
     } catch (const AutomationError& error) {
         reportFailures(failuresOf(*connection, error), json);
         return kNoDatabase;

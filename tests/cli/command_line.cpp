@@ -25,22 +25,23 @@ namespace {
 
 using test::contentOf;
 
-std::string nameOf(const std::string& variable) {
+std::string nameOfVariable(const std::string& variable) {
     return variable.substr(0, variable.find('='));
 }
 
-// The environment of this process, changed by `variables`.
+}  // namespace
+
 std::vector<std::string> environmentWith(const std::vector<std::string>& variables) {
     std::map<std::string, std::string> byName;
     for (char** entry = environ; *entry != nullptr; ++entry) {
-        byName[nameOf(*entry)] = *entry;
+        byName[nameOfVariable(*entry)] = *entry;
     }
     byName["KAPUTIL_LOCALE"] = "KAPUTIL_LOCALE=it-IT";
     static const Folder home;  // what a command keeps for its user
     byName["KAPUTIL_HOME"] = "KAPUTIL_HOME=" + home.path();
     byName["KAPUTIL"] = std::string("KAPUTIL=") + test::kCommandLine;
     for (const std::string& variable : variables) {
-        byName[nameOf(variable)] = variable;
+        byName[nameOfVariable(variable)] = variable;
     }
     std::vector<std::string> all;
     for (const auto& [name, variable] : byName) {
@@ -58,6 +59,8 @@ std::vector<char*> pointersTo(std::vector<std::string>& texts) {
     pointers.push_back(nullptr);
     return pointers;
 }
+
+namespace {
 
 void require(int error, const char* what) {
     if (error != 0) {

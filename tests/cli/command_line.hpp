@@ -26,6 +26,10 @@ Outcome kaputilOnTerminal(unsigned short columns, const std::vector<std::string>
 // Runs a line of shell, in which $KAPUTIL is the command line.
 Outcome shell(const std::string& line);
 
+// The environment of a run, changed by `variables`, and texts as the system takes lists of them.
+std::vector<std::string> environmentWith(const std::vector<std::string>& variables);
+std::vector<char*> pointersTo(std::vector<std::string>& texts);
+
 [[nodiscard]] inline bool contains(const std::string& text, const std::string& part) {
     return text.find(part) != std::string::npos;
 }

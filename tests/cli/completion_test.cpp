@@ -32,9 +32,11 @@ bool offers(const std::string& all, const std::string& one) {
 }
 
 TEST(Completion, OffersTheCommands) {
-    EXPECT_EQ(offered({"kaputil", ""}),
-              "demo classes call sql batch config registry export numbers copy describe");
-    EXPECT_EQ(offered({"kaputil", "c"}), "classes call config copy");
+    EXPECT_EQ(
+        offered({"kaputil", ""}),
+        "demo classes call sql batch config registry export import numbers copy describe manual "
+        "completion");
+    EXPECT_EQ(offered({"kaputil", "c"}), "classes call config copy completion");
 }
 
 TEST(Completion, OffersTheOptionsOfACommand) {
@@ -47,7 +49,7 @@ TEST(Completion, OffersTheOptionsOfACommand) {
 }
 
 TEST(Completion, OffersTheCommandsAndOptionsOfTheConfiguration) {
-    EXPECT_EQ(offered({"kaputil", "config", ""}), "show diff export import");
+    EXPECT_EQ(offered({"kaputil", "config", ""}), "groups show declared diff export import");
     EXPECT_EQ(offered({"kaputil", "config", "e"}), "export");
     EXPECT_EQ(offered({"kaputil", "config", "--"}), "--help");
     EXPECT_EQ(offered({"kaputil", "config", "import", "--"}),

@@ -31,7 +31,16 @@ json rowsOf(const std::string& database, const std::string& query) {
     const Outcome run =
         kaputil({"sql", "--json", "--connection", connectionTo(database), "--command", query});
     EXPECT_EQ(run.exitCode, 0) << run.err;
-    return json::parse(run.out)["rows"];
+    json rows = json::array();
+    const json answer = json::parse(run.out);
+    for (const json& row : answer["rows"]) {
+        json values = json::array();
+        for (const json& value : row) {
+            values.push_back(value);
+        }
+        rows.push_back(values);
+    }
+    return rows;
 }
 
 TEST(DemoCommand, ShowsTheEditingOfADocumentWithBothRefusals) {

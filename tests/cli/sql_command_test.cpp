@@ -320,19 +320,23 @@ TEST(SqlCommand, PrintsAJsonObjectForEveryResult) {
               nlohmann::json::parse(R"([{"name":"Codice","type":"int","size":4},
                                         {"name":"Nome","type":"varchar","size":20},
                                         {"name":"Prezzo","type":"money","size":8}])"));
-    EXPECT_EQ(results[1]["rows"], nlohmann::json::parse(R"([[7,"Vite",0.125],[120,null,12.5]])"));
+    EXPECT_EQ(results[1]["rows"],
+              nlohmann::json::parse(R"([{"Codice":7,"Nome":"Vite","Prezzo":"0.1250"},
+                                       {"Codice":120,"Nome":null,"Prezzo":"12.5000"}])"));
     EXPECT_EQ(results[1]["rowsAffected"], nullptr);
 }
 
-TEST(SqlCommand, WritesLongNumbersAsTextInJson) {
+TEST(SqlCommand, GivesAColumnOneTypeInJson) {
     const Outcome run = sqlInMemory(
-        "CREATE TABLE T (N decimal(28, 4), B bigint, S bigint, Q bit) "
-        "INSERT INTO T VALUES (123456789012345.6789, 9007199254740993, 42, 0) SELECT * FROM T",
+        "CREATE TABLE T (N decimal(28, 4), B bigint, S smallint, F float, Q bit) "
+        "INSERT INTO T VALUES (123456789012345.6789, 9007199254740993, 42, 0.5, 0), "
+        "(1, 1, 1, 1, 1) SELECT * FROM T",
         {"--json"});
     const auto results = jsonLinesOf(run.out);
     ASSERT_EQ(results.size(), 2U) << run.err;
-    EXPECT_EQ(results[1]["rows"],
-              nlohmann::json::parse(R"([["123456789012345.6789","9007199254740993",42,false]])"));
+    EXPECT_EQ(results[1]["rows"], nlohmann::json::parse(R"([
+                  {"N":"123456789012345.6789","B":"9007199254740993","S":42,"F":0.5,"Q":false},
+                  {"N":"1.0000","B":"1","S":1,"F":1,"Q":true}])"));
 }
 
 TEST(SqlCommand, WritesDatesAndBytesAsTextInJson) {
@@ -342,7 +346,108 @@ TEST(SqlCommand, WritesDatesAndBytesAsTextInJson) {
         {"--json"});
     const auto results = jsonLinesOf(run.out);
     ASSERT_EQ(results.size(), 2U) << run.err;
-    EXPECT_EQ(results[1]["rows"], nlohmann::json::parse(R"([["2025-03-31 00:00:00","0xFF"]])"));
+    EXPECT_EQ(results[1]["rows"],
+              nlohmann::json::parse(R"([{"D":"2025-03-31 00:00:00","V":"0xFF"}])"));
+}
+
+TEST(SqlCommand, GivesEachColumnANameOfItsOwnInJson) {
+    const Outcome run = sqlInMemory("SELECT 1 AS a, 2 AS a, 3, 4 AS a_2", {"--json"});
+    EXPECT_EQ(jsonLinesOf(run.out).at(0)["rows"],
+              nlohmann::json::parse(R"([{"a":1,"a_2":2,"column3":3,"a_2_2":4}])"));
+}
+
+constexpr const char* kOddRows =
+    "SELECT 1 AS N, 'a|b' AS Testo UNION ALL SELECT NULL, 'c' + CHAR(9) + CHAR(10) + '\\<' "
+    "SELECT CAST(2.5 AS money) AS Importo";
+
+TEST(SqlCommand, PrintsAnObjectForEachRow) {
+    EXPECT_EQ(sqlInMemory(kOddRows, {"--json-lines"}).out,
+              "{\"N\":1,\"Testo\":\"a|b\"}\n"
+              "{\"N\":null,\"Testo\":\"c\\t\\n\\\\<\"}\n"
+              "{\"Importo\":\"2.5000\"}\n");
+}
+
+TEST(SqlCommand, PrintsTabsBetweenValues) {
+    EXPECT_EQ(sqlInMemory(kOddRows, {"--tsv"}).out,
+              "N\tTesto\n1\ta|b\n\tc\\t\\n\\\\<\n\nImporto\n2.5000\n");
+}
+
+TEST(SqlCommand, PrintsTablesAsMarkdownHasThem) {
+    EXPECT_EQ(sqlInMemory(kOddRows, {"--markdown"}).out,
+              "| N | Testo |\n| ---: | --- |\n| 1 | a\\|b |\n|  | c\xE2\x90\x89<br>\\\\&lt; |\n"
+              "\n| Importo |\n| ---: |\n| 2.5000 |\n");
+}
+
+TEST(SqlCommand, PrintsOnePageForBrowsers) {
+    const std::string page = sqlInMemory(kOddRows, {"--html", "--language", "en"}).out;
+    EXPECT_TRUE(page.starts_with("<!DOCTYPE html>\n<html lang=\"en\">")) << page;
+    EXPECT_TRUE(page.ends_with("</body>\n</html>\n")) << page;
+    EXPECT_TRUE(contains(page, "<tr><td class=\"n\">1</td><td>a|b</td></tr>\n")) << page;
+    EXPECT_TRUE(contains(page, "<td class=\"soft\">NULL</td>")) << page;
+    EXPECT_TRUE(contains(page, "\\&lt;</td>")) << page;
+    EXPECT_TRUE(contains(page, ">2 rows</p>")) << page;
+    EXPECT_FALSE(contains(page, "http")) << page;
+    EXPECT_TRUE(sqlInMemory("PRINT 'x'", {"--html"}).out.ends_with("</html>\n"));
+}
+
+// A wide character takes two columns of a terminal, a mark that combines with another one none.
+TEST(SqlCommand, LaysColumnsOutAsATerminalCountsThem) {
+    EXPECT_EQ(sqlInMemory("SELECT N'\xE6\xBC\xA2\xE5\xAD\x97' AS a, 1 AS b UNION ALL "
+                          "SELECT N'e\xCC\x81', 2")
+                  .out,
+              "a     b\n----  -\n\xE6\xBC\xA2\xE5\xAD\x97  1\ne\xCC\x81     2\n(2 rows)\n");
+}
+
+// What editors on Windows save without a mark.
+TEST(SqlCommand, ReadsScriptsOfCodePages) {
+    const Folder folder;
+    const auto answer = [&](const std::string& script, const std::vector<std::string>& more = {}) {
+        std::vector<std::string> words = {"sql",
+                                          "--connection",
+                                          connectionTo(":memory:"),
+                                          "--file",
+                                          folder.file("s.sql", script),
+                                          "--csv"};
+        words.insert(words.end(), more.begin(), more.end());
+        return kaputil(words).out;
+    };
+    EXPECT_EQ(answer("SELECT N'citt\xE0' AS a\n"), "a\r\ncitt\xC3\xA0\r\n");
+    EXPECT_EQ(answer("SELECT N'citt\x85' AS a\n", {"--encoding", "850"}), "a\r\ncitt\xC3\xA0\r\n");
+}
+
+TEST(SqlCommand, PutsVariablesIntoScripts) {
+    const Folder folder;
+    const std::string other = folder.file("altro.sql", "SELECT '$(NOME)' AS Altro\nGO\n");
+    const std::string script =
+        folder.file("s.sql",
+                    ":setvar Tabella Clienti\r\n:setvar testo \"due parole\"\n"
+                    "CREATE TABLE $(TABELLA) (A varchar(20))\nGO\n"
+                    ":on error exit\n"
+                    "INSERT INTO $(tabella) VALUES ('$(Testo)'), ('$(ignoto) $(')\nGO\n"
+                    "SELECT '\n:setvar testo x\n' AS Due, A FROM Clienti\nGO\n"
+                    ":r \"" +
+                        other + "\"\nSELECT 1/0\n");
+    const Outcome run = kaputil({"sql", "--connection", connectionTo(":memory:"), "--file", script,
+                                 "--tsv", "--variable", "nome=Rossi"});
+    EXPECT_EQ(run.out,
+              "Due\tA\n\\n:setvar testo x\\n\tdue parole\n"
+              "\\n:setvar testo x\\n\t$(ignoto) $(\n\nAltro\nRossi\n");
+    EXPECT_TRUE(contains(run.err, "error 8134")) << run.err;
+    EXPECT_EQ(
+        kaputil({"sql", "--connection", ":memory:", "--command", "SELECT 1", "--variable", "senza"})
+            .err,
+        "kaputil: a variable is given as NAME=VALUE\n");
+}
+
+TEST(SqlCommand, TellsErrorsAsJsonBesideRowsInJson) {
+    const Outcome run = sqlInMemory("SELECT 1 AS a SELECT 1/0 AS b", {"--json-lines"});
+    EXPECT_EQ(run.exitCode, 1);
+    EXPECT_TRUE(run.out.starts_with("{\"a\":1}\n")) << run.out;
+    EXPECT_EQ(nlohmann::json::parse(run.err).at("error").at("native"), 8134) << run.err;
+}
+
+TEST(SqlCommand, TakesOneFormOfItsAnswers) {
+    EXPECT_EQ(sqlInMemory("SELECT 1", {"--json", "--tsv"}).exitCode, 2);
 }
 
 }  // namespace

@@ -116,10 +116,32 @@ TEST(WrongInput, ScriptInAnotherEncoding) {
     const Folder folder;
     const std::string script =
         folder.file("vecchio.sql", "SELECT 1\n-- citt\xE0\nSELECT 2\n");  // Latin 1
-    const Outcome run = sqlFile(script);
+    const Outcome run = kaputil(
+        {"sql", "--connection", connectionTo(":memory:"), "--file", script, "--encoding", "utf-8"});
     EXPECT_EQ(run.exitCode, 2);
-    EXPECT_EQ(run.err, "kaputil: " + script +
-                           ", line 2: not UTF-8; save the script as UTF-8 and run it again\n");
+    EXPECT_EQ(run.err,
+              "kaputil: " + script + ", line 2: not UTF-8; name its encoding with --encoding\n");
+}
+
+// Programs that read answers as JSON read what is wrong with their words the same way.
+TEST(WrongInput, IsToldAsJsonToThoseWhoAskForIt) {
+    const auto description = [](const std::vector<std::string>& words) {
+        const Outcome run = kaputil(words);
+        EXPECT_EQ(run.exitCode, 2);
+        EXPECT_EQ(run.out, "");
+        const auto error = nlohmann::json::parse(run.err).at("error");
+        EXPECT_EQ(error.at("number"), 5);
+        return error.at("description").get<std::string>();
+    };
+    EXPECT_TRUE(contains(description({"sql", "--json", "--comand", "SELECT 1"}), "--comand"));
+    EXPECT_TRUE(
+        contains(description({"sql", "--json", "--file", "manca.sql", "--connection", ":memory:"}),
+                 "cannot read manca.sql: No such file"));
+    EXPECT_TRUE(contains(description({"sql", "--command", "SELECT 1", "--json-lines"}),
+                         "--connection is required"));
+    EXPECT_TRUE(contains(description({"classes", "CPropieta", "--json"}), "CProprieta"));
+    EXPECT_TRUE(contains(description({"sql", "--json", "caff\xE8"}), "caff"));
+    EXPECT_EQ(kaputil({"sql", "--json", "--help"}).exitCode, 0);
 }
 
 TEST(WrongInput, UnknownProvider) {

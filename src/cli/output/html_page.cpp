@@ -67,8 +67,7 @@ std::string element(std::string_view tag, std::string_view text, std::string_vie
     return made + ">" + html(text) + "</" + std::string(tag) + ">";
 }
 
-std::string htmlPage(Language language, std::string_view title, std::string_view styles,
-                     std::string_view body) {
+std::string htmlPageBegin(Language language, std::string_view title, std::string_view styles) {
     std::string page = "<!DOCTYPE html>\n<html lang=\"";
     page += language == Language::Italian ? "it" : "en";
     page +=
@@ -78,9 +77,12 @@ std::string htmlPage(Language language, std::string_view title, std::string_view
         html(title) + "</title>\n<style>";
     page += kStyles;
     page += styles;
-    page += "</style>\n</head>\n<body>\n";
-    page += body;
-    return page + "</body>\n</html>\n";
+    return page + "</style>\n</head>\n<body>\n";
+}
+
+std::string htmlPage(Language language, std::string_view title, std::string_view styles,
+                     std::string_view body) {
+    return htmlPageBegin(language, title, styles) + std::string(body) + std::string(kHtmlPageEnd);
 }
 
 }  // namespace kap::cli

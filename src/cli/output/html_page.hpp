@@ -16,6 +16,11 @@ namespace kap::cli {
 [[nodiscard]] std::string element(std::string_view tag, std::string_view text,
                                   std::string_view className = {});
 
+// What stands in front of a page's body and behind it, for pages that are written as they come.
+[[nodiscard]] std::string htmlPageBegin(Language language, std::string_view title,
+                                        std::string_view styles);
+inline constexpr std::string_view kHtmlPageEnd = "</body>\n</html>\n";
+
 // The whole page around a body. `styles` are added to those that all pages share.
 [[nodiscard]] std::string htmlPage(Language language, std::string_view title,
                                    std::string_view styles, std::string_view body);

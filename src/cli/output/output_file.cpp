@@ -19,9 +19,15 @@ void writeWholeFile(const std::string& file, const std::function<void(std::ostre
     const std::string unfinished = file + ".part";
     const std::filesystem::path path = pathOf(unfinished);
     std::ofstream out(path, std::ios::binary | std::ios::trunc);
-    write(out);
-    out.close();
     std::error_code error;
+    try {
+        write(out);
+    } catch (...) {
+        out.close();
+        std::filesystem::remove(path, error);
+        throw;
+    }
+    out.close();
     if (out) {
         std::filesystem::rename(path, pathOf(file), error);
         if (!error) {

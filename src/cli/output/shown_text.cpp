@@ -1,13 +1,9 @@
 #include "cli/output/shown_text.hpp"
 
-#include <algorithm>
+#include "base/character_width.hpp"
 
 namespace kap::cli {
 namespace {
-
-bool continues(char unit) {
-    return (static_cast<unsigned char>(unit) & 0xC0U) == 0x80U;
-}
 
 // U+2400 and on hold a picture for each control character from 0.
 void appendPicture(std::string& out, unsigned char control) {
@@ -38,8 +34,13 @@ std::string shownText(std::string_view utf8) {
 }
 
 std::size_t columnsOf(std::string_view utf8) noexcept {
-    return static_cast<std::size_t>(
-        std::ranges::count_if(utf8, [](char unit) { return !continues(unit); }));
+    std::size_t columns = 0;
+    while (!utf8.empty()) {
+        const unicode::MeasuredCharacter character = unicode::firstCharacter(utf8);
+        columns += character.columns;
+        utf8.remove_prefix(character.bytes);
+    }
+    return columns;
 }
 
 std::string cutTo(std::string_view utf8, std::size_t columns) {
@@ -47,12 +48,14 @@ std::string cutTo(std::string_view utf8, std::size_t columns) {
         return std::string(utf8);
     }
     std::size_t end = 0;
-    for (std::size_t kept = 0; end < utf8.size(); ++end) {
-        if (!continues(utf8[end]) && kept++ == columns - 1) {
-            break;
+    for (std::size_t used = 0;;) {
+        const unicode::MeasuredCharacter character = unicode::firstCharacter(utf8.substr(end));
+        used += character.columns;
+        if (used > columns - 1) {
+            return std::string(utf8.substr(0, end)) + "…";
         }
+        end += character.bytes;
     }
-    return std::string(utf8.substr(0, end)) + "…";
 }
 
 std::string padded(std::string_view utf8, std::size_t columns) {

@@ -4,15 +4,15 @@
 #include <string>
 #include <string_view>
 
-// UTF-8 text as it stands in a line of output: one column a character, nothing in it that moves the
-// cursor.
+// UTF-8 text as it stands in a line of output: in the columns that a terminal gives its characters,
+// nothing in it that moves the cursor.
 namespace kap::cli {
 
 // The text with every control character shown by its picture ("␊" for a line feed), so that data
 // can neither break a table nor command the terminal.
 [[nodiscard]] std::string shownText(std::string_view utf8);
 
-// Characters of the text, which is the columns it takes.
+// The columns that the text takes: wide characters two, combining marks none.
 [[nodiscard]] std::size_t columnsOf(std::string_view utf8) noexcept;
 
 // The text when it fits in `columns` (at least 1), otherwise its beginning and "…".

@@ -13,31 +13,36 @@
 namespace kap::cli {
 namespace {
 
-constexpr std::size_t kUsualWidth = 80;
+struct ScreenSize {
+    std::size_t width;
+    std::size_t height;
+};
+constexpr ScreenSize kUsualSize{80, 24};
 
 #ifdef _WIN32
 bool isScreen() {
     return _isatty(1) != 0;
 }
 
-std::size_t screenWidth() {
+ScreenSize screenSize() {
     CONSOLE_SCREEN_BUFFER_INFO screen{};
     if (GetConsoleScreenBufferInfo(GetStdHandle(STD_OUTPUT_HANDLE), &screen) == FALSE) {
-        return kUsualWidth;
+        return kUsualSize;
     }
-    return static_cast<std::size_t>(screen.srWindow.Right - screen.srWindow.Left + 1);
+    return {static_cast<std::size_t>(screen.srWindow.Right - screen.srWindow.Left + 1),
+            static_cast<std::size_t>(screen.srWindow.Bottom - screen.srWindow.Top + 1)};
 }
 #else
 bool isScreen() {
     return isatty(STDOUT_FILENO) == 1;
 }
 
-std::size_t screenWidth() {
+ScreenSize screenSize() {
     winsize size{};
-    if (ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) != 0 || size.ws_col == 0) {
-        return kUsualWidth;
+    if (ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) != 0 || size.ws_col == 0 || size.ws_row == 0) {
+        return kUsualSize;
     }
-    return size.ws_col;
+    return {size.ws_col, size.ws_row};
 }
 #endif
 
@@ -68,7 +73,9 @@ Terminal Terminal::ofStandardOutput() {
     if (isScreen()) {
         const char* noColour = std::getenv("NO_COLOR");
         terminal.coloured_ = noColour == nullptr || *noColour == '\0';
-        terminal.width_ = screenWidth();
+        const ScreenSize size = screenSize();
+        terminal.width_ = size.width;
+        terminal.height_ = size.height;
     }
     return terminal;
 }

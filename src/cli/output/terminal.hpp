@@ -21,11 +21,16 @@ public:
     // The text in a style, or as it is without colours.
     [[nodiscard]] std::string styled(Style style, std::string_view text) const;
 
+    [[nodiscard]] bool isColoured() const noexcept { return coloured_; }
+
     // Columns of the screen; 0 when there is no screen and lines may be as long as they are.
     [[nodiscard]] std::size_t width() const noexcept { return width_; }
+    // Lines of the screen; 0 when there is none.
+    [[nodiscard]] std::size_t height() const noexcept { return height_; }
 
 private:
     std::size_t width_ = 0;
+    std::size_t height_ = 0;
     bool coloured_ = false;
 };
 

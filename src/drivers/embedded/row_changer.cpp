@@ -289,6 +289,10 @@ EmbeddedRowChanger::RowStatement EmbeddedRowChanger::insertion(const RowChange& 
     return command;
 }
 
+std::string EmbeddedRowChanger::insertionSql(const RowChange& change, const engine::Table& table) {
+    return insertion(change, table).sql;
+}
+
 EmbeddedRowChanger::RowStatement EmbeddedRowChanger::update(const RowChange& change,
                                                             const engine::Table& table) {
     RowStatement command;

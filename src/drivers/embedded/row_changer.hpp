@@ -29,6 +29,12 @@ public:
     // unless they have rolled it back, the row is written then.
     [[nodiscard]] ChangeOutcome apply(const RowChange& change);
 
+    // The table of a change, and the SQL that inserts a row into it, with a parameter for each of
+    // the values. Raise ServerError as apply() does.
+    [[nodiscard]] const engine::Table& tableOf(const RowChange& change) const;
+    [[nodiscard]] static std::string insertionSql(const RowChange& change,
+                                                  const engine::Table& table);
+
 private:
     // The SQL of a change and the values of its parameters, in order.
     struct RowStatement {
@@ -36,7 +42,6 @@ private:
         std::vector<Value> values;
     };
 
-    [[nodiscard]] const engine::Table& tableOf(const RowChange& change) const;
     [[nodiscard]] ChangeOutcome write(const RowChange& change);
     [[nodiscard]] ChangeOutcome read(const RowChange& change);
     [[nodiscard]] ChangeOutcome run(const RowChange& change, const engine::Table& table,

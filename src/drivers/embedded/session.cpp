@@ -1,5 +1,6 @@
 #include "drivers/embedded/session.hpp"
 
+#include "drivers/embedded/row_inserter.hpp"
 #include "drivers/embedded/schema_rowsets.hpp"
 
 namespace kap::ado::embedded {
@@ -16,6 +17,15 @@ ChangeOutcome EmbeddedSession::apply(const RowChange& change) {
             engine_.state().identity = engine_.counters().takeLastIdentity();
         }
         return outcome;
+    });
+}
+
+std::unique_ptr<RowInserter> EmbeddedSession::inserter(const RowTarget& target) {
+    return engine_.reported([&]() -> std::unique_ptr<RowInserter> {
+        if (!EmbeddedRowInserter::serves(engine_, changer_, target)) {
+            return nullptr;  // its triggers run row by row
+        }
+        return std::make_unique<EmbeddedRowInserter>(engine_, changer_, target);
     });
 }
 

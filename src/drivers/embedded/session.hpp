@@ -1,6 +1,9 @@
 #pragma once
 
+#include <memory>
+
 #include "data/dialects/sql_dialects.hpp"
+#include "data/row_inserter.hpp"
 #include "data/table_session.hpp"
 #include "drivers/embedded/row_changer.hpp"
 #include "engine/engine_session.hpp"
@@ -8,7 +11,7 @@
 namespace kap::ado::embedded {
 
 // A connection to an embedded database.
-class EmbeddedSession : public TableSession {
+class EmbeddedSession : public TableSession, public InsertsRows {
 public:
     explicit EmbeddedSession(const engine::Options& options);
 
@@ -16,6 +19,7 @@ public:
     void execute(Request& request, Reply& reply) override { engine_.execute(request, reply); }
     void cancel() noexcept override { engine_.cancel(); }
     ChangeOutcome apply(const RowChange& change) override;
+    [[nodiscard]] std::unique_ptr<RowInserter> inserter(const RowTarget& target) override;
     [[nodiscard]] Result schema(SchemaEnum kind, const SchemaRestrictions& wanted) override;
     [[nodiscard]] Product product() override;
     [[nodiscard]] std::shared_ptr<void> precedence() override;

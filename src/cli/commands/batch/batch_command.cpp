@@ -14,11 +14,12 @@
 
 #include "base/quoting.hpp"
 #include "cli/commands/batch/batch_file.hpp"
-#include "cli/commands/sql/script_text.hpp"
+#include "cli/commands/sql/script_access.hpp"
 #include "cli/output/exit_codes.hpp"
 #include "cli/output/failure_report.hpp"
 #include "cli/output/shown_text.hpp"
 #include "cli/output/usage_error.hpp"
+#include "cli/text_file.hpp"
 
 namespace kap::cli {
 namespace {
@@ -71,6 +72,12 @@ public:
 
     [[nodiscard]] CSQL& sql() const { return *sql_; }
     [[nodiscard]] std::size_t size() const { return statements_.size(); }
+    [[nodiscard]] Access access() const {
+        const bool makes = std::ranges::any_of(statements_, [](const BatchStatement& each) {
+            return accessOf(each.text) == Access::Making;
+        });
+        return makes ? Access::Making : Access::Changing;
+    }
 
     // What the run on a connection reported, told in lines of the file, and the failing statement.
     int report(const ado::Connection& connection, bool json) const {
@@ -122,10 +129,10 @@ private:
     Ref<CSQL> sql_ = make<CSQL>();
 };
 
-int runOn(const std::string& connectionString, const Batch& batch, bool json) {
+int runOn(const std::string& given, const Batch& batch, bool json) {
     const auto connection = make<ado::Connection>();
     try {
-        connection->Open(connectionString);
+        openDatabase(*connection, given, batch.access());
     } catch (const AutomationError& error) {
         reportFailures(failuresOf(*connection, error), json);
         return kNoDatabase;
@@ -144,31 +151,24 @@ int runOn(const std::string& connectionString, const Batch& batch, bool json) {
 }
 
 std::vector<BatchStatement> statementsOf(const std::string& file) {
-    const std::string script = readScript(file);
+    const std::string script = textOfFile(file);
     try {
         return readStatements(script, file);
     } catch (const AutomationError& error) {
-        throw ScriptError(file + ": " + error.what());
+        throw UsageError(file + ": " + error.what());
     }
 }
 
 }  // namespace
 
 int BatchCommand::run() const {
-    if (connection.empty() && !dryRun) {
-        throw UsageError("batch needs --connection, or --dry-run (see \"kaputil batch --help\")");
+    const std::string database = dryRun ? std::string() : connectionTextOf(connection);
+    const Batch batch(statementsOf(file));
+    if (dryRun) {
+        std::cout << batch.sql().SQL_Execute().utf8() << '\n';
+        return kSuccess;
     }
-    try {
-        const Batch batch(statementsOf(file));
-        if (dryRun) {
-            std::cout << batch.sql().SQL_Execute().utf8() << '\n';
-            return kSuccess;
-        }
-        return runOn(connection, batch, json);
-    } catch (const ScriptError& error) {
-        std::cerr << "kaputil: " << shownText(error.what()) << '\n';
-        return kWrongUsage;
-    }
+    return runOn(database, batch, json);
 }
 
 }  // namespace kap::cli

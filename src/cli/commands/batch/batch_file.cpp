@@ -7,8 +7,8 @@
 #include <kaputil/automation/plain_text.hpp>
 
 #include "base/ascii.hpp"
-#include "cli/commands/sql/script_text.hpp"
 #include "cli/names.hpp"
+#include "cli/output/usage_error.hpp"
 
 namespace kap::cli {
 namespace {
@@ -38,8 +38,8 @@ BatchStatement statementOf(std::string_view text, std::int32_t firstLine, const 
         trimmed(rest.substr(kMessageMark.size(), end - kMessageMark.size()), kBlanksAndBreaks);
     made.text = withoutBlankLines(rest.substr(end), made.line);
     if (made.text.empty()) {
-        throw ScriptError(name + ", line " + plain::text(messageLine) +
-                          ": a message without a statement");
+        throw UsageError(name + ", line " + plain::text(messageLine) +
+                         ": a message without a statement");
     }
     return made;
 }

@@ -21,7 +21,7 @@ struct BatchStatement {
 //     GO
 //     UPDATE Conti SET Saldo = Saldo + 50 WHERE Codice = 2
 //
-// "GO 3" stands for the statement three times. Throws ScriptError for a message without a
+// "GO 3" stands for the statement three times. Throws UsageError for a message without a
 // statement, AutomationError for a count that is none.
 [[nodiscard]] std::vector<BatchStatement> readStatements(const std::string& script,
                                                          const std::string& name);

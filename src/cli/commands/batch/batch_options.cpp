@@ -3,6 +3,7 @@
 #include <memory>
 
 #include "cli/commands/batch/batch_command.hpp"
+#include "cli/connection_option.hpp"
 
 namespace kap::cli {
 
@@ -27,10 +28,7 @@ CommandDescription batchOptions() {
                      .target = &batch->file,
                      .help = "The file of statements.",
                      .required = true},
-                    {.name = "--connection",
-                     .placeholder = "STRING",
-                     .target = &batch->connection,
-                     .help = "For example \"Provider=KapLocal;Data Source=azienda.db\"."},
+                    connectionOption(batch->connection),
                     {.name = "--dry-run",
                      .target = &batch->dryRun,
                      .help = "Print the script instead of running it."},

@@ -2,8 +2,10 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "cli/commands/config/configuration.hpp"
+#include "cli/output/language.hpp"
 
 namespace kap::cli {
 
@@ -19,13 +21,32 @@ struct ConfigShow {
     [[nodiscard]] int run() const;
 };
 
-// `config diff`: where two groups differ.
+// `config diff`: where groups differ.
 struct ConfigDiff {
     ConfigurationSource source;
-    std::string first;
-    std::string second;
+    std::vector<std::string> groups;  // two or more
+    bool json = false;
+    bool html = false;
+    Language language = Language::Italian;
+
+    // Throws UsageError when there is nothing to compare.
+    [[nodiscard]] int run() const;
+};
+
+// `config groups`: which groups there are, and how much is their own.
+struct ConfigGroups {
+    ConfigurationSource source;
     bool json = false;
 
+    [[nodiscard]] int run() const;
+};
+
+// `config declared`: what a program declares against the rows of all groups.
+struct ConfigDeclared {
+    ConfigurationSource source;  // its declaration is given
+    bool json = false;
+
+    // 4 when a row would end the program's load.
     [[nodiscard]] int run() const;
 };
 

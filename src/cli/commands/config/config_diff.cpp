@@ -6,9 +6,11 @@
 #include <nlohmann/json.hpp>
 
 #include "cli/commands/config/config_command.hpp"
+#include "cli/commands/config/settings_page.hpp"
 #include "cli/output/exit_codes.hpp"
 #include "cli/output/shown_text.hpp"
 #include "cli/output/terminal.hpp"
+#include "cli/output/usage_error.hpp"
 #include "cli/with_database.hpp"
 
 namespace kap::cli {
@@ -18,23 +20,20 @@ using Json = nlohmann::ordered_json;
 
 struct Difference {
     SettingPath path;
-    std::optional<SettingInForce> first;
-    std::optional<SettingInForce> second;
+    std::vector<std::optional<SettingInForce>> sides;  // one a group
 };
-
-bool isSame(const std::optional<SettingInForce>& one, const std::optional<SettingInForce>& other) {
-    if (!one || !other) {
-        return one.has_value() == other.has_value();
-    }
-    return one->value == other->value && one->flag == other->flag;
-}
 
 std::vector<Difference> differencesIn(const Configuration& configuration) {
     std::vector<Difference> differences;
     for (const Setting& setting : configuration.settings) {
-        Difference one = {setting.path, setting.inForce(0, configuration.groups[0]),
-                          setting.inForce(1, configuration.groups[1])};
-        if (!isSame(one.first, one.second)) {
+        Difference one = {setting.path, {}};
+        for (std::size_t i = 0; i < configuration.groups.size(); ++i) {
+            one.sides.push_back(setting.inForce(i, configuration.groups[i]));
+        }
+        const auto differs = [&](const std::optional<SettingInForce>& side) {
+            return !isSameInForce(one.sides.front(), side);
+        };
+        if (std::ranges::any_of(one.sides, differs)) {
             differences.push_back(std::move(one));
         }
     }
@@ -53,15 +52,17 @@ Json jsonOf(const std::optional<SettingInForce>& side) {
 void printDifferencesAsJson(const ConfigDiff& options, const std::vector<Difference>& differences) {
     Json all = Json::array();
     for (const Difference& one : differences) {
+        Json sides = Json::array();
+        for (const auto& side : one.sides) {
+            sides.push_back(jsonOf(side));
+        }
         all.push_back({{"application", one.path.application},
                        {"procedure", one.path.procedure},
                        {"module", one.path.module},
                        {"field", one.path.field},
-                       {"first", jsonOf(one.first)},
-                       {"second", jsonOf(one.second)}});
+                       {"groups", std::move(sides)}});
     }
-    std::cout << Json{{"first", options.first},
-                      {"second", options.second},
+    std::cout << Json{{"groups", options.groups},
                       {"table", options.source.table},
                       {"differences", std::move(all)}}
                      .dump(2)
@@ -109,14 +110,19 @@ void printSide(const std::string& group, std::size_t columns,
               << '\n';
 }
 
+// Of two groups only what differs is shown of a value with properties; of more the whole.
 void print(const ConfigDiff& options, const std::vector<Difference>& differences) {
     const Terminal terminal = Terminal::ofStandardOutput();
-    const std::size_t columns =
-        std::max(columnsOf(shownText(options.first)), columnsOf(shownText(options.second)));
+    std::size_t columns = 0;
+    for (const std::string& group : options.groups) {
+        columns = std::max(columns, columnsOf(shownText(group)));
+    }
     for (const Difference& one : differences) {
         std::cout << terminal.styled(Style::Bold, shownText(one.path.text())) << '\n';
-        printSide(options.first, columns, one.first, one.second, terminal);
-        printSide(options.second, columns, one.second, one.first, terminal);
+        for (std::size_t i = 0; i < one.sides.size(); ++i) {
+            const auto other = one.sides.size() == 2 ? one.sides[1 - i] : std::nullopt;
+            printSide(options.groups[i], columns, one.sides[i], other, terminal);
+        }
     }
     if (differences.empty()) {
         std::cout << "No differences.\n";
@@ -126,17 +132,21 @@ void print(const ConfigDiff& options, const std::vector<Difference>& differences
 }  // namespace
 
 int ConfigDiff::run() const {
-    return withDatabase(source.connection, Access::Reading, json,
-                        [this](ado::Connection& database) {
-                            const auto differences =
-                                differencesIn(readConfiguration(database, source, {first, second}));
-                            if (json) {
-                                printDifferencesAsJson(*this, differences);
-                            } else {
-                                print(*this, differences);
-                            }
-                            return kSuccess;
-                        });
+    if (groups.size() < 2) {
+        throw UsageError("two groups or more are compared (see \"kaputil config diff --help\")");
+    }
+    return withDatabase(
+        source.connection, Access::Reading, json, [this](ado::Connection& database) {
+            const Configuration configuration = readConfiguration(database, source, groups);
+            if (html) {
+                std::cout << settingsPage(configuration, source.table, language);
+            } else if (json) {
+                printDifferencesAsJson(*this, differencesIn(configuration));
+            } else {
+                print(*this, differencesIn(configuration));
+            }
+            return kSuccess;
+        });
 }
 
 }  // namespace kap::cli

@@ -12,10 +12,10 @@
 #include <kaputil/util/values.hpp>
 
 #include "cli/commands/config/config_command.hpp"
-#include "cli/commands/sql/script_text.hpp"
 #include "cli/output/exit_codes.hpp"
 #include "cli/output/shown_text.hpp"
 #include "cli/output/usage_error.hpp"
+#include "cli/text_file.hpp"
 #include "cli/with_database.hpp"
 
 namespace kap::cli {
@@ -24,12 +24,8 @@ namespace {
 using Json = nlohmann::ordered_json;
 
 std::vector<FileSetting> readFile(const std::optional<std::string>& file) {
-    const std::string name = file.value_or("standard input");
-    try {
-        return readSettings(file ? readScript(*file) : readScript(std::cin, name), name);
-    } catch (const ScriptError& error) {
-        throw UsageError(error.what());
-    }
+    const std::string name = file.value_or("");
+    return readSettings(textOfFile(name), shownNameOf(name));
 }
 
 bool isAddedAtRunTime(const FileSetting& setting) {
@@ -199,7 +195,7 @@ int ConfigImport::run() const {
         throw UsageError("a group without a name, or with ' or \\ in it, cannot be stored");
     }
     const std::vector<FileSetting> settings = readFile(file);
-    return withDatabase(source.connection, Access::Writing, json, [&](ado::Connection& database) {
+    return withDatabase(source.connection, Access::Changing, json, [&](ado::Connection& database) {
         const auto root = make<CFG_Applicazioni>();
         root->setGruppo(group);
         root->setNomeTabella(source.table);

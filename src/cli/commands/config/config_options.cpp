@@ -3,6 +3,8 @@
 #include <memory>
 
 #include "cli/commands/config/config_command.hpp"
+#include "cli/connection_option.hpp"
+#include "cli/language_option.hpp"
 #include "cli/table_name.hpp"
 
 namespace kap::cli {
@@ -21,11 +23,7 @@ constexpr const char* kFileForm =
     "written as in JSON.";
 
 void addSource(CommandDescription& command, ConfigurationSource& source) {
-    command.options.push_back({.name = "--connection",
-                               .placeholder = "STRING",
-                               .target = &source.connection,
-                               .help = "For example \"Provider=KapLocal;Data Source=azienda.db\".",
-                               .required = true});
+    command.options.push_back(connectionOption(source.connection));
     command.options.push_back({.name = "--table",
                                .placeholder = "NAME",
                                .target = &source.table,
@@ -78,20 +76,51 @@ CommandDescription showAction() {
 CommandDescription diffAction() {
     const auto diff = std::make_shared<ConfigDiff>();
     CommandDescription command{.name = "diff",
-                               .summary = "Show where two groups differ.",
-                               .options = {{.name = "GROUP1",
-                                            .target = &diff->first,
-                                            .help = "A group of users.",
-                                            .required = true},
-                                           {.name = "GROUP2",
-                                            .target = &diff->second,
-                                            .help = "Another one.",
+                               .summary = "Show where groups differ.",
+                               .options = {{.name = "GROUP",
+                                            .target = &diff->groups,
+                                            .help = "The groups of users, two or more.",
                                             .required = true}},
                                .run = [diff] { return diff->run(); }};
     addSource(command, diff->source);
     addPath(command, diff->source);
     addDeclaration(command, diff->source);
     addJson(command, diff->json);
+    command.options.push_back({.name = "--html",
+                               .target = &diff->html,
+                               .help = "Print a page for browsers: every field, a column for each "
+                                       "group, what differs marked.",
+                               .apart = {"--json"}});
+    command.options.push_back(languageOption(diff->language));
+    return command;
+}
+
+CommandDescription groupsAction() {
+    const auto groups = std::make_shared<ConfigGroups>();
+    CommandDescription command{.name = "groups",
+                               .summary = "List the groups, and how much is their own.",
+                               .run = [groups] { return groups->run(); }};
+    addSource(command, groups->source);
+    addPath(command, groups->source);
+    addDeclaration(command, groups->source);
+    addJson(command, groups->json);
+    return command;
+}
+
+CommandDescription declaredAction() {
+    const auto declared = std::make_shared<ConfigDeclared>();
+    CommandDescription command{
+        .name = "declared",
+        .summary = "Show what a program declares against the rows of all groups.",
+        .details =
+            "Exit codes: 0 done, 1 an error, 2 wrong usage, 3 no database, 4 a row would end\n"
+            "the program's load.",
+        .run = [declared] { return declared->run(); }};
+    addSource(command, declared->source);
+    addPath(command, declared->source);
+    addDeclaration(command, declared->source);
+    command.options.back().required = true;
+    addJson(command, declared->json);
     return command;
 }
 
@@ -137,7 +166,8 @@ CommandDescription configOptions() {
     return {.name = "config",
             .summary = "Show, compare and carry the settings of groups.",
             .details = kFileForm,
-            .actions = {showAction(), diffAction(), exportAction(), importAction()}};
+            .actions = {groupsAction(), showAction(), declaredAction(), diffAction(),
+                        exportAction(), importAction()}};
 }
 
 }  // namespace kap::cli

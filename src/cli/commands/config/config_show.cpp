@@ -7,6 +7,7 @@
 
 #include "base/ascii.hpp"
 #include "cli/commands/config/config_command.hpp"
+#include "cli/commands/config/setting_headings.hpp"
 #include "cli/names.hpp"
 #include "cli/output/exit_codes.hpp"
 #include "cli/output/shown_text.hpp"
@@ -64,7 +65,7 @@ Json jsonOf(const Setting& setting, const std::string& group) {
 class TreePrinter {
 public:
     TreePrinter(std::ostream& out, const Terminal& terminal, std::string group)
-        : out_(out), terminal_(terminal), group_(std::move(group)) {}
+        : out_(out), terminal_(terminal), headings_(out, terminal), group_(std::move(group)) {}
 
     void print(const std::vector<Setting>& settings) {
         for (std::size_t i = 0; i < settings.size();) {
@@ -75,7 +76,7 @@ public:
                     std::max(nameColumns_, columnsOf(shownText(settings[end].path.field)));
                 ++end;
             }
-            printHeadings(settings[i].path);
+            headings_.show(settings[i].path);
             for (; i < end; ++i) {
                 printSetting(settings[i]);
             }
@@ -86,23 +87,6 @@ private:
     static bool inSameModule(const SettingPath& one, const SettingPath& other) {
         return one.application == other.application && one.procedure == other.procedure &&
                one.module == other.module;
-    }
-
-    void printHeadings(const SettingPath& path) {
-        if (path.application != last_.application) {
-            last_ = {};
-            printHeading("", path.application);
-        }
-        if (path.procedure != last_.procedure) {
-            last_.module.clear();
-            printHeading("  ", path.procedure);
-        }
-        printHeading("    ", path.module);
-        last_ = path;
-    }
-
-    void printHeading(const char* indent, const std::string& name) {
-        out_ << indent << terminal_.styled(Style::Bold, shownText(name)) << '\n';
     }
 
     // What the value in force overrules: ", over 15 of DEFAULT and 10 of the program".
@@ -174,9 +158,9 @@ private:
 
     std::ostream& out_;
     Terminal terminal_;
+    SettingHeadings headings_;
     std::string group_;
     std::size_t nameColumns_ = 0;
-    SettingPath last_;
 };
 
 void printTreeAsJson(const ConfigShow& options, const Configuration& configuration) {

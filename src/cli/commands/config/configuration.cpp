@@ -207,14 +207,45 @@ std::optional<SettingInForce> Setting::inForce(std::size_t group, const std::str
         return SettingInForce{groups[group]->value.value_or(""), groups[group]->flag.value_or(""),
                               name};
     }
+    return inForceForEverybody();
+}
+
+std::optional<SettingInForce> Setting::inForceForEverybody() const {
     if (everybody) {
         return SettingInForce{everybody->value.value_or(""), everybody->flag.value_or(""),
                               kEverybody};
     }
+    return inForceOfProgram();
+}
+
+std::optional<SettingInForce> Setting::inForceOfProgram() const {
     if (declared && declared->value) {
         return SettingInForce{*declared->value, declared->flag.value_or("0"), ""};
     }
     return std::nullopt;
+}
+
+bool isSameInForce(const std::optional<SettingInForce>& one,
+                   const std::optional<SettingInForce>& other) {
+    if (!one || !other) {
+        return one.has_value() == other.has_value();
+    }
+    return one->isLike(*other);
+}
+
+std::vector<std::string> groupsIn(ado::Connection& connection, const std::string& table) {
+    const auto rows =
+        connection.Execute(u"SELECT DISTINCT Gruppo FROM " + String(table) + u" ORDER BY Gruppo");
+    const auto known = make<Collection>();
+    std::vector<std::string> groups;
+    for (; !rows->Eof(); rows->MoveNext()) {
+        const std::string group = textIn(*rows, u"Gruppo").value_or("");
+        if (!known->contains(String(group))) {
+            known->Add(Variant(), String(group));
+            groups.push_back(group);
+        }
+    }
+    return groups;
 }
 
 Configuration readConfiguration(ado::Connection& connection, const ConfigurationSource& source,

@@ -28,7 +28,15 @@ struct SettingInForce {
     std::string value;
     std::string flag;
     std::string from;
+
+    // Whether a field is the same for both, whoever says so.
+    [[nodiscard]] bool isLike(const SettingInForce& other) const {
+        return value == other.value && flag == other.flag;
+    }
 };
+
+[[nodiscard]] bool isSameInForce(const std::optional<SettingInForce>& one,
+                                 const std::optional<SettingInForce>& other);
 
 struct Setting {
     SettingPath path;
@@ -42,6 +50,10 @@ struct Setting {
     // nullopt when neither the program nor a row gives a value.
     [[nodiscard]] std::optional<SettingInForce> inForce(std::size_t group,
                                                         const std::string& name) const;
+    // The same for those who have no row of their own.
+    [[nodiscard]] std::optional<SettingInForce> inForceForEverybody() const;
+    // The same without any row.
+    [[nodiscard]] std::optional<SettingInForce> inForceOfProgram() const;
 };
 
 struct Configuration {
@@ -49,6 +61,10 @@ struct Configuration {
     bool hasDeclaration = false;
     std::vector<Setting> settings;  // as declared, then as the table sorts them
 };
+
+// The groups that have rows in the table, in its order, each in the letters of its first row.
+[[nodiscard]] std::vector<std::string> groupsIn(ado::Connection& connection,
+                                                const std::string& table);
 
 // Reads what a declaration file (throws UsageError for one that cannot be used) and the table say.
 // Raises the database's errors.

@@ -6,8 +6,8 @@
 #include <kaputil/config/cfg_applicazione.hpp>
 #include <kaputil/config/cfg_procedura.hpp>
 
-#include "cli/commands/sql/script_text.hpp"
 #include "cli/output/usage_error.hpp"
+#include "cli/text_file.hpp"
 
 namespace kap::cli {
 namespace {
@@ -20,11 +20,7 @@ std::vector<FileSetting> readDeclaration(const ConfigurationSource& source) {
     if (!source.declaration) {
         return {};
     }
-    try {
-        return readSettings(readScript(*source.declaration), *source.declaration);
-    } catch (const ScriptError& error) {
-        throw UsageError(error.what());
-    }
+    return readSettings(textOfFile(*source.declaration), *source.declaration);
 }
 
 Ref<CFG_Modulo> findModule(const CFG_Applicazioni& root, const SettingPath& path) {

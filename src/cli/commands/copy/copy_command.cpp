@@ -9,6 +9,7 @@
 #include <kaputil/ado/connection.hpp>
 #include <kaputil/automation/error.hpp>
 
+#include "cli/connection_text.hpp"
 #include "cli/output/exit_codes.hpp"
 #include "cli/output/failure_report.hpp"
 #include "cli/output/progress_bar.hpp"
@@ -19,9 +20,9 @@
 namespace kap::cli {
 namespace {
 
-bool open(ado::Connection& connection, const std::string& text, bool json) {
+bool open(ado::Connection& connection, const std::string& given, Access access, bool json) {
     try {
-        connection.Open(text);
+        openDatabase(connection, given, access);
         return true;
     } catch (const AutomationError& error) {
         reportFailures(failuresOf(connection, error), json);
@@ -67,9 +68,7 @@ migrate::CopyListener listenerFor(const CopyCommand& command, std::optional<Prog
 int CopyCommand::run() const {
     const auto source = make<ado::Connection>();
     const auto target = make<ado::Connection>();
-    // A wrong name of the source makes no file then.
-    source->setMode(ado::ConnectModeEnum::adModeRead);
-    if (!open(*source, from, json)) {
+    if (!open(*source, from, Access::Reading, json)) {
         return kNoDatabase;
     }
     for (const auto& connection : {source, target}) {
@@ -78,7 +77,7 @@ int CopyCommand::run() const {
     try {
         // A copy that is refused makes no file of the target, either.
         migrate::DatabaseCopy copy(*source, tables);
-        if (!open(*target, to, json)) {
+        if (!open(*target, to, Access::Making, json)) {
             return kNoDatabase;
         }
         std::optional<ProgressBar> bar;

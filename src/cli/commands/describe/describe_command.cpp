@@ -22,7 +22,8 @@ void print(std::ostream& out, const DescribeCommand& command, const DatabaseFact
     if (command.json) {
         printFactsJson(out, facts);
     } else if (command.html) {
-        printFactsHtml(out, facts, command.language, databaseName(command.connection), localNow());
+        printFactsHtml(out, facts, command.language,
+                       databaseName(connectionTextOf(command.connection)), localNow());
     } else {
         printFacts(out, facts, terminal);
     }
@@ -44,7 +45,7 @@ std::optional<std::int64_t> fileSize(const std::string& name) {
 int DescribeCommand::run() const {
     return withDatabase(connection, Access::Reading, json, [this](ado::Connection& database) {
         DatabaseFacts facts = readDatabaseFacts(database, table);
-        facts.bytes = fileSize(databaseName(connection));
+        facts.bytes = fileSize(databaseFile(connectionTextOf(connection)));
         if (table && facts.tables.empty()) {
             throw UsageError("there is no table " + *table);
         }

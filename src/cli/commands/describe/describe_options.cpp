@@ -3,6 +3,7 @@
 #include <memory>
 
 #include "cli/commands/describe/describe_command.hpp"
+#include "cli/connection_option.hpp"
 #include "cli/language_option.hpp"
 
 namespace kap::cli {
@@ -17,11 +18,7 @@ CommandDescription describeOptions() {
             "procedures\n"
             "and functions. The page for browsers draws which tables refer to which.\n"
             "Exit codes: 0 done, 1 an error, 2 wrong usage, 3 no database.",
-        .options = {{.name = "--connection",
-                     .placeholder = "STRING",
-                     .target = &describe->connection,
-                     .help = "The connection string.",
-                     .required = true},
+        .options = {connectionOption(describe->connection),
                     {.name = "--table",
                      .placeholder = "NAME",
                      .target = &describe->table,

@@ -3,6 +3,7 @@
 #include <memory>
 
 #include "cli/commands/export/export_command.hpp"
+#include "cli/connection_option.hpp"
 
 namespace kap::cli {
 
@@ -14,12 +15,10 @@ CommandDescription exportOptions() {
                 "The file gets lines of fixed length, described in its section of Schema.ini "
                 "beside it,\n"
                 "which is written anew; with --keep-schema the section is used as it stands.\n"
+                "A column is as wide as the bytes of its type, which is not enough for every\n"
+                "number; --fit leaves room for all, and --csv has no widths.\n"
                 "Exit codes: 0 done, 1 an error, 2 wrong usage, 3 no database.",
-            .options = {{.name = "--connection",
-                         .placeholder = "STRING",
-                         .target = &exporting->connection,
-                         .help = "The connection string.",
-                         .required = true},
+            .options = {connectionOption(exporting->connection),
                         {.name = "--query",
                          .placeholder = "TEXT",
                          .target = &exporting->query,
@@ -38,6 +37,15 @@ CommandDescription exportOptions() {
                         {.name = "--keep-schema",
                          .target = &exporting->keepSchema,
                          .help = "Use the Schema.ini that is there."},
+                        {.name = "--fit",
+                         .target = &exporting->fit,
+                         .help = "Make columns as wide as their values may be: an int takes 11 "
+                                 "characters, not 4.",
+                         .apart = {"--keep-schema"}},
+                        {.name = "--csv",
+                         .target = &exporting->csv,
+                         .help = "Write comma-separated values in UTF-8, and no Schema.ini.",
+                         .apart = {"--keep-schema", "--fit"}},
                         {.name = "--message-log",
                          .placeholder = "FILE",
                          .target = &exporting->messageLog,

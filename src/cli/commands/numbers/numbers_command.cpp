@@ -40,7 +40,8 @@ void print(std::ostream& out, const NumbersCommand& command, const NumbersView& 
     } else if (command.csv) {
         printNumbersCsv(out, view);
     } else if (command.html) {
-        printNumbersHtml(out, view, command.language, databaseName(command.connection), localNow());
+        printNumbersHtml(out, view, command.language,
+                         databaseName(connectionTextOf(command.connection)), localNow());
     } else {
         printNumbers(out, view, terminal);
     }

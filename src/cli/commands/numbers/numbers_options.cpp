@@ -3,6 +3,7 @@
 #include <memory>
 
 #include "cli/commands/numbers/numbers_command.hpp"
+#include "cli/connection_option.hpp"
 #include "cli/language_option.hpp"
 
 namespace kap::cli {
@@ -23,11 +24,7 @@ CommandDescription numbersOptions() {
             "counter. Nothing is changed.\n"
             "Exit codes: 0 done, 1 a table cannot be read, 2 wrong usage, 3 no database,\n"
             "4 anomalies, with --fail-on anomalies.",
-        .options = {{.name = "--connection",
-                     .placeholder = "STRING",
-                     .target = &numbers->connection,
-                     .help = "For example \"Provider=KapLocal;Data Source=azienda.db\".",
-                     .required = true},
+        .options = {connectionOption(numbers->connection),
                     {.name = "--counter",
                      .placeholder = "CODE",
                      .target = &numbers->counter,

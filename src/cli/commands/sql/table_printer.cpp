@@ -7,6 +7,7 @@
 
 #include "cli/output/shown_text.hpp"
 #include "migrate/cell_text.hpp"
+#include "migrate/row_texts.hpp"
 
 namespace kap::cli {
 namespace {
@@ -14,29 +15,35 @@ namespace {
 constexpr std::string_view kGap = "  ";
 constexpr std::size_t kWidestOnTerminal = 40;
 
-struct Column {
-    Ref<ado::Field> field;
+struct TableColumn {
     std::string title;
     bool right = false;
     std::size_t width = 0;
 };
 
-std::string shownCell(const ado::Field& field) {
-    const auto text = migrate::cellText(field);
-    return text ? shownText(*text) : "NULL";
+// A value as it is shown, and whether it is one.
+struct ShownCell {
+    std::string text;
+    bool filled = false;
+};
+
+ShownCell shownCell(const migrate::RowTexts& values, std::size_t column) {
+    std::string text;
+    const bool filled = values.append(text, column);
+    return {filled ? shownText(text) : "NULL", filled};
 }
 
-std::vector<Column> columnsOfRows(ado::Recordset& rows) {
-    std::vector<Column> columns;
+std::vector<TableColumn> columnsOfRows(const ado::Recordset& rows) {
+    std::vector<TableColumn> columns;
     const auto fields = rows.Fields();
     for (std::int32_t i = 0; i < fields->Count(); ++i) {
-        Column column;
-        column.field = fields->Item(i);
-        column.title = shownText(column.field->Name().utf8());
+        const Ref<ado::Field> field = fields->Item(i);
+        TableColumn column;
+        column.title = shownText(field->Name().utf8());
         if (column.title.empty()) {
             column.title = "(no name)";
         }
-        column.right = migrate::isNumber(*column.field);
+        column.right = migrate::isNumber(*field);
         column.width = columnsOf(column.title);
         columns.push_back(std::move(column));
     }
@@ -53,22 +60,23 @@ void forEachRow(ado::Recordset& rows, Visit visit) {
     }
 }
 
-void measure(ado::Recordset& rows, std::vector<Column>& columns, const Terminal& terminal) {
+void measure(ado::Recordset& rows, const migrate::RowTexts& values,
+             std::vector<TableColumn>& columns, const Terminal& terminal) {
     forEachRow(rows, [&] {
-        for (Column& column : columns) {
-            column.width = std::max(column.width, columnsOf(shownCell(*column.field)));
+        for (std::size_t i = 0; i < columns.size(); ++i) {
+            columns[i].width = std::max(columns[i].width, columnsOf(shownCell(values, i).text));
         }
     });
     if (terminal.width() == 0) {
         return;
     }
-    for (Column& column : columns) {
+    for (TableColumn& column : columns) {
         column.width = std::min(column.width, std::max(kWidestOnTerminal, terminal.width() / 2));
     }
 }
 
 // One cell of a line; the last one of a line is not filled up with blanks behind it.
-std::string laidOut(const std::string& text, const Column& column, bool last) {
+std::string laidOut(const std::string& text, const TableColumn& column, bool last) {
     const std::string cut = cutTo(text, column.width);
     if (column.right) {
         return rightAligned(cut, column.width);
@@ -77,33 +85,66 @@ std::string laidOut(const std::string& text, const Column& column, bool last) {
 }
 
 template <class CellOf>
-void printLine(std::ostream& out, const std::vector<Column>& columns, CellOf cellOf) {
+void printLine(std::ostream& out, const std::vector<TableColumn>& columns, CellOf cellOf) {
     for (std::size_t i = 0; i < columns.size(); ++i) {
-        out << (i == 0 ? std::string_view() : kGap) << cellOf(columns[i], i + 1 == columns.size());
+        out << (i == 0 ? std::string_view() : kGap) << cellOf(i, i + 1 == columns.size());
     }
     out << '\n';
 }
 
-}  // namespace
-
 void printTable(std::ostream& out, ado::Recordset& rows, const Terminal& terminal) {
-    std::vector<Column> columns = columnsOfRows(rows);
-    measure(rows, columns, terminal);
+    const migrate::RowTexts values(rows);
+    std::vector<TableColumn> columns = columnsOfRows(rows);
+    measure(rows, values, columns, terminal);
 
-    printLine(out, columns, [&](const Column& column, bool last) {
-        return terminal.styled(Style::Bold, laidOut(column.title, column, last));
+    printLine(out, columns, [&](std::size_t i, bool last) {
+        return terminal.styled(Style::Bold, laidOut(columns[i].title, columns[i], last));
     });
-    printLine(out, columns, [&](const Column& column, bool) {
-        return terminal.styled(Style::Dim, std::string(column.width, '-'));
+    printLine(out, columns, [&](std::size_t i, bool) {
+        return terminal.styled(Style::Dim, std::string(columns[i].width, '-'));
     });
     forEachRow(rows, [&] {
-        printLine(out, columns, [&](const Column& column, bool last) {
-            const std::string text = laidOut(shownCell(*column.field), column, last);
-            return column.field->Value().isNull() ? terminal.styled(Style::Dim, text) : text;
+        printLine(out, columns, [&](std::size_t i, bool last) {
+            const ShownCell cell = shownCell(values, i);
+            const std::string text = laidOut(cell.text, columns[i], last);
+            return cell.filled ? text : terminal.styled(Style::Dim, text);
         });
     });
     const std::int32_t count = rows.RecordCount();
     out << '(' << count << (count == 1 ? " row)\n" : " rows)\n");
+}
+
+class TableAnswers final : public AnswerWriter {
+public:
+    TableAnswers(std::ostream& out, const Terminal& terminal) : out_(out), terminal_(terminal) {}
+
+    std::int64_t write(ado::Recordset& answer) override {
+        const bool rows = answer.State() == ado::ObjectStateEnum::adStateOpen;
+        const auto written = answer.rowsAffected();
+        if (!rows && !written) {
+            return 0;  // CREATE TABLE, SET: there is nothing to tell
+        }
+        out_ << (any_ ? "\n" : "");
+        any_ = true;
+        if (rows) {
+            printTable(out_, answer, terminal_);
+            return answer.RecordCount();
+        }
+        out_ << '(' << *written << (*written == 1 ? " row affected)\n" : " rows affected)\n");
+        return 0;
+    }
+    [[nodiscard]] bool readsOnce() const override { return false; }
+
+private:
+    std::ostream& out_;
+    Terminal terminal_;
+    bool any_ = false;
+};
+
+}  // namespace
+
+std::unique_ptr<AnswerWriter> tableAnswers(std::ostream& out, const Terminal& terminal) {
+    return std::make_unique<TableAnswers>(out, terminal);
 }
 
 }  // namespace kap::cli

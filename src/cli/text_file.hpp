@@ -1,0 +1,27 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "cli/command.hpp"
+
+// Files of text that people give to a command: scripts, settings, rows.
+namespace kap::cli {
+
+// The bytes of a file, or of standard input for a name that is empty or "-". Throws UsageError when
+// they cannot be read.
+[[nodiscard]] std::string bytesOfFile(const std::string& file);
+
+// The same as UTF-8, without the mark that the text may begin with. `encoding` is a name for
+// encodingNamed(); without it the encoding is found. Throws UsageError for bytes that the encoding
+// does not have.
+[[nodiscard]] std::string textOfFile(const std::string& file,
+                                     const std::optional<std::string>& encoding = {});
+
+// How messages call a file.
+[[nodiscard]] std::string shownNameOf(const std::string& file);
+
+// --encoding
+[[nodiscard]] Option encodingOption(std::optional<std::string>& target);
+
+}  // namespace kap::cli

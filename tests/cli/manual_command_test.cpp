@@ -1,0 +1,110 @@
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <set>
+
+#include "cli/command_line.hpp"
+#include "support/text_files.hpp"
+
+// What is made from the table of commands: pages for man, completion for zsh and fish.
+namespace kap::tests {
+namespace {
+
+namespace fs = std::filesystem;
+
+// The long options that the help of a command names.
+std::set<std::string> optionsOf(const std::string& command) {
+    std::set<std::string> options;
+    const std::string help = kaputil({command, "--help"}).out;
+    for (std::size_t at = help.find("\n  "); at != std::string::npos;
+         at = help.find("\n  ", at + 1)) {
+        const std::size_t name = help.find("--", at);
+        if (name != std::string::npos && name < help.find('\n', at + 1) && name - at < 20) {
+            options.insert(help.substr(name, help.find_first_of(" ,\n", name) - name));
+        }
+    }
+    return options;
+}
+
+TEST(ManualCommand, DescribesEveryOptionOfACommand) {
+    const std::string page = kaputil({"manual", "import"}).out;
+    EXPECT_TRUE(page.starts_with(".TH \"KAPUTIL-IMPORT\" 1")) << page;
+    EXPECT_TRUE(contains(page, "kaputil\\-import \\- Bring the rows of a file into a table"))
+        << page;
+    for (const std::string& option : optionsOf("import")) {
+        std::string escaped;
+        for (const char unit : option) {
+            escaped += unit == '-' ? "\\-" : std::string(1, unit);
+        }
+        EXPECT_TRUE(contains(page, escaped)) << option;
+    }
+    EXPECT_TRUE(contains(page, "KAPUTIL_PASSWORD_FILE")) << page;
+    EXPECT_TRUE(contains(kaputil({"manual", "config"}).out, "kaputil config diff")) << page;
+    EXPECT_EQ(kaputil({"manual", "improt"}).err,
+              "kaputil: there is no command improt; did you mean import?\n");
+}
+
+TEST(ManualCommand, WritesAPageACommand) {
+    const Folder folder;
+    EXPECT_EQ(kaputil({"manual", "--folder", folder / "man1"}).exitCode, 0);
+    const std::string all = test::contentOf(folder / "man1/kaputil.1");
+    EXPECT_TRUE(contains(all, ".BR kaputil\\-sql (1)")) << all;
+    for (const char* command : {"sql", "import", "config", "completion"}) {
+        EXPECT_TRUE(fs::exists(folder / (std::string("man1/kaputil-") + command + ".1")))
+            << command;
+    }
+}
+
+TEST(ManualCommand, IsReadByManWithoutComplaint) {
+    if (shell("command -v man && command -v groff").exitCode != 0) {
+        GTEST_SKIP() << "there is no man";
+    }
+    const Folder folder;
+    EXPECT_EQ(kaputil({"manual", "--folder", folder.path()}).exitCode, 0);
+    for (const auto& page : fs::directory_iterator(folder.path())) {
+        const Outcome run =
+            shell("LC_ALL=C.UTF-8 MANWIDTH=80 man --warnings=w -l '" + page.path().string() + "'");
+        EXPECT_EQ(run.exitCode, 0) << page;
+        EXPECT_EQ(run.err, "") << page;
+        EXPECT_TRUE(contains(run.out, "SYNOPSIS")) << page;
+    }
+}
+
+TEST(CompletionCommand, OffersCommandsActionsAndOptionsInZsh) {
+    const std::string script = kaputil({"completion", "zsh"}).out;
+    EXPECT_TRUE(script.starts_with("#compdef kaputil\n")) << script;
+    EXPECT_TRUE(contains(script, "'import:Bring the rows of a file into a table")) << script;
+    EXPECT_TRUE(contains(script, "--encoding[How the file holds letters")) << script;
+    EXPECT_TRUE(contains(script, ":(utf-8 utf-16 1252 850)'")) << script;
+    EXPECT_TRUE(contains(script, "'diff:Show where groups differ.'")) << script;
+    if (shell("command -v zsh").exitCode == 0) {
+        const Folder folder;
+        const Outcome run = shell("zsh -n '" + folder.file("_kaputil", script) + "'");
+        EXPECT_EQ(run.exitCode, 0) << run.err;
+    }
+}
+
+TEST(CompletionCommand, OffersCommandsActionsAndOptionsInFish) {
+    const std::string script = kaputil({"completion", "fish"}).out;
+    EXPECT_TRUE(contains(script, "-n __fish_use_subcommand -a import -d 'Bring the rows"))
+        << script;
+    EXPECT_TRUE(contains(script,
+                         "-n '__fish_seen_subcommand_from import' -l encoding -x -a "
+                         "'utf-8 utf-16 1252 850' -d"))
+        << script;
+    if (shell("command -v fish").exitCode == 0) {
+        const Folder folder;
+        const std::string file = folder.file("kaputil.fish", script);
+        const auto offered = [&](const std::string& typed) {
+            return shell("fish --no-config -c 'source " + file + "; complete -C \"" + typed + "\"'")
+                .out;
+        };
+        EXPECT_TRUE(contains(offered("kaputil imp"), "import")) << offered("kaputil imp");
+        EXPECT_TRUE(contains(offered("kaputil config di"), "diff"));
+        EXPECT_TRUE(contains(offered("kaputil import --enc"), "--encoding"));
+    }
+    EXPECT_EQ(kaputil({"completion", "tcsh"}).exitCode, 2);
+}
+
+}  // namespace
+}  // namespace kap::tests
