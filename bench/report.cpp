@@ -13,7 +13,7 @@ constexpr const char* kGreen = "\033[32m";
 constexpr const char* kRed = "\033[31m";
 constexpr const char* kPlain = "\033[0m";
 
-constexpr std::size_t kFigureWidth = 20;
+constexpr std::size_t kFigureWidth = 26;
 constexpr std::size_t kRatioWidth = 8;
 
 #ifdef __clang__
