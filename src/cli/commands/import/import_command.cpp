@@ -36,6 +36,7 @@ char singleCharacter(const std::string& given, const char* option) {
 
 std::vector<std::string> namesOf(const std::vector<ado::ColumnDefinition>& columns) {
     std::vector<std::string> names;
+    names.reserve(columns.size());
     for (const ado::ColumnDefinition& column : columns) {
         names.push_back(column.name);
     }
@@ -113,6 +114,7 @@ std::vector<ado::ColumnDefinition> columnsFor(const ImportCommand& command,
     }
     if (!command.noHeader) {
         std::vector<std::string> names;
+        names.reserve(header.size());
         for (const DelimitedValue& name : header) {
             names.emplace_back(trimmed(name.text, " \t"));
         }

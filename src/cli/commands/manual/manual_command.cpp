@@ -45,6 +45,7 @@ int ManualCommand::run() const {
     const auto found = std::ranges::find(commands, command, &CommandDescription::name);
     if (found == commands.end()) {
         std::vector<std::string> names;
+        names.reserve(commands.size());
         for (const CommandDescription& each : commands) {
             names.push_back(each.name);
         }

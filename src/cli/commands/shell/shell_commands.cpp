@@ -222,6 +222,7 @@ const ShellCommand* find(const std::string& name) {
 
 std::vector<std::string> shellCommandNames() {
     std::vector<std::string> names;
+    names.reserve(kShellCommands.size());
     for (const ShellCommand& command : kShellCommands) {
         names.emplace_back(command.name);
     }

@@ -19,7 +19,7 @@ public:
         while (!rest_.empty()) {
             const std::size_t length = wordLength();
             if (length > 0) {
-                const std::string word = asciiUpper(rest_.substr(0, length));
+                std::string word = asciiUpper(rest_.substr(0, length));
                 rest_.remove_prefix(length);
                 return word;
             }
