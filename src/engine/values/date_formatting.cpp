@@ -29,8 +29,8 @@ void appendFraction(std::string& text, int fraction, std::optional<int> decimals
     }
     text.pop_back();
     if (*decimals == 0) return;
-    constexpr int kAllDecimals = 7;
-    text += "." + digits(fraction, kAllDecimals).substr(0, static_cast<std::size_t>(*decimals));
+    constexpr int kMostDecimals = 7;
+    text += "." + digits(fraction, kMostDecimals).substr(0, static_cast<std::size_t>(*decimals));
 }
 
 // The pattern language of the styles: each letter is one part, everything else stands for itself.

@@ -134,12 +134,12 @@ Value atTimeZone(const Arguments& arguments) {
 
 // The fraction of the second that so many units of a type's last decimal are; -1 for too many.
 int fractionOf(int units, int decimals) {
-    constexpr int kAllDecimals = 7;
+    constexpr int kMostDecimals = 7;
     int most = 1;
     for (int i = 0; i < decimals; ++i)
         most *= 10;
     if (units < 0 || units >= most) return -1;
-    for (int i = decimals; i < kAllDecimals; ++i)
+    for (int i = decimals; i < kMostDecimals; ++i)
         units *= 10;
     return units;
 }
