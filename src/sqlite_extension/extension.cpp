@@ -53,6 +53,9 @@ void extend(sqlite3* database) {
     registerReadableValues(database);
     registerReadableViews(database);
     try {
+        if (engine::hasFormerTextOrder(database)) {
+            engine::registerFormerTextOrder(database);
+        }
         makeReadableViews(database);
     } catch (const engine::SqliteError&) {
         // Without them the file can be read as well, and kap_views() says why there are none.

@@ -7,7 +7,6 @@
 #include "engine/sqlite/functions/function_support.hpp"
 #include "engine/sqlite/sqlite.hpp"
 #include "engine/values/convert.hpp"
-#include "tsql/parser.hpp"
 
 namespace kap::sqlite_extension {
 namespace {
@@ -27,7 +26,7 @@ TypeSpec typeOf(sqlite3_context* context, sqlite3_value* text) {
     if (const void* known = sqlite3_get_auxdata(context, 1)) {
         return *static_cast<const TypeSpec*>(known);
     }
-    auto type = std::make_unique<TypeSpec>(tsql::parseType(engine::textBytes(text)));
+    auto type = std::make_unique<TypeSpec>(engine::typeDeclaredAs(engine::textBytes(text)));
     const TypeSpec read = *type;
     sqlite3_set_auxdata(context, 1, type.release(), &forgetType);
     return read;
@@ -65,7 +64,10 @@ void readableFunction(sqlite3_context* context, int /*count*/, sqlite3_value** v
             sqlite3_result_null(context);
             return;
         }
-        const TypeSpec type = typeOf(context, values[1]);
+        TypeSpec type = typeOf(context, values[1]);
+        // Also where the type is written without the mark that the file puts behind it.
+        const bool bytes = arguments.kind(0) == SQLITE_BLOB;
+        if (bytes && tsql::isDecimal(type.type)) type.length = tsql::kWideLength;
         engine::setResult(context, convert(arguments.value(0, type), type));
     });
 }

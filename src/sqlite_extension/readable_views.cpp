@@ -7,7 +7,6 @@
 #include "engine/sqlite/functions/c_border.hpp"
 #include "engine/sqlite/sqlite.hpp"
 #include "engine/values/value.hpp"
-#include "tsql/parser.hpp"
 #include "tsql/server_error.hpp"
 
 namespace kap::sqlite_extension {
@@ -33,7 +32,7 @@ std::vector<std::string> tablesOf(sqlite3* database) {
 // Tables that other programs have made may have any type.
 std::optional<tsql::TypeSpec> typeDeclared(const std::string& type) {
     try {
-        return tsql::parseType(type);
+        return engine::typeDeclaredAs(type);
     } catch (const tsql::ServerError&) {
         return std::nullopt;
     }

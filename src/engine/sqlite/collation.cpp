@@ -55,6 +55,16 @@ void registerCollations(sqlite3* database) {
     registerCollation(database, kInstantCollation, &compareInstants);
 }
 
+bool hasFormerTextOrder(sqlite3* database) {
+    PreparedStatement ours(database,
+                           "SELECT 1 FROM main.sqlite_schema WHERE name = 'kap_counters'");
+    if (!ours.step()) {
+        return false;  // the version is another program's, and no index is ours
+    }
+    PreparedStatement version(database, "PRAGMA main.user_version");
+    return version.step() && version.integer(0) < kTextOrder;
+}
+
 void registerFormerTextOrder(sqlite3* database) {
     registerCollation(database, kTextCollation, &compareForSqlite<compareTextsBySigns>);
 }

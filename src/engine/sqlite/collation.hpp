@@ -17,7 +17,11 @@ namespace kap::engine {
 // Makes the collations known to a connection, texts in today's order.
 void registerCollations(sqlite3* database);
 
-// Texts in the order in which the indexes of older files were made.
+// Whether the indexes of the main file were made in the order of texts of older editions. Raises
+// SqliteError for what is no database.
+[[nodiscard]] bool hasFormerTextOrder(sqlite3* database);
+
+// Texts in that order.
 void registerFormerTextOrder(sqlite3* database);
 
 }  // namespace kap::engine

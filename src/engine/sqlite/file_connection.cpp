@@ -173,16 +173,7 @@ void FileConnection::prepare(const Options& options) {
 // The indexes of a file that was made in another order of texts are made anew. Where that cannot
 // be, because the file is only read or a key would then have a value twice, its order goes on.
 void FileConnection::useTextOrder(bool writesFile) {
-    const auto isCurrent = [this] {
-        PreparedStatement ours(handle(),
-                               "SELECT 1 FROM main.sqlite_schema WHERE name = 'kap_counters'");
-        if (!ours.step()) {
-            return true;  // the version is another program's, and no index is ours
-        }
-        PreparedStatement version(handle(), "PRAGMA main.user_version");
-        return version.step() && version.integer(0) >= kTextOrder;
-    };
-    if (isCurrent()) {
+    if (!hasFormerTextOrder(handle())) {
         return;
     }
     if (!writesFile) {
@@ -191,13 +182,15 @@ void FileConnection::useTextOrder(bool writesFile) {
     }
     database_.run("BEGIN IMMEDIATE");
     try {
-        if (!isCurrent()) {
+        if (hasFormerTextOrder(handle())) {
             database_.run("REINDEX KAP_CI");
             database_.run(("PRAGMA main.user_version = " + plain::text(kTextOrder)).c_str());
         }
         database_.run("COMMIT");
     } catch (const SqliteError& error) {
-        database_.run("ROLLBACK");
+        if (database_.inTransaction()) {
+            database_.run("ROLLBACK");
+        }
         if (error.primaryCode() != SQLITE_CONSTRAINT) {
             throw;
         }
