@@ -63,17 +63,39 @@ DataTypeEnum typeOfSql(const std::string& name) {
     return found == kSqlTypes.end() ? adVarWChar : found->second;
 }
 
-// The name alone, without the owner's in front of it and brackets around it.
-std::string plainName(const String& given) {
-    std::string name = given.utf8();
-    const std::size_t point = name.rfind('.');
-    if (point != std::string::npos) {
-        name.erase(0, point + 1);
-    }
+// A name of a procedure as it is given: [vendite].[Totale].
+struct ProcedureName {
+    std::string schema;  // empty: none is said
+    std::string name;
+};
+
+std::string withoutBrackets(std::string name) {
     if (name.size() > 1 && (name.front() == '[' || name.front() == '"')) {
         name = name.substr(1, name.size() - 2);
     }
     return name;
+}
+
+ProcedureName procedureName(const String& given) {
+    std::string rest = given.utf8();
+    const std::size_t point = rest.rfind('.');
+    if (point == std::string::npos) {
+        return {{}, withoutBrackets(std::move(rest))};
+    }
+    ProcedureName result{{}, withoutBrackets(rest.substr(point + 1))};
+    rest.erase(point);
+    const std::size_t before = rest.rfind('.');
+    result.schema = withoutBrackets(before == std::string::npos ? rest : rest.substr(before + 1));
+    return result;
+}
+
+// The rows of a view of the catalogue that are about a procedure.
+std::string conditionFor(const ProcedureName& wanted, const std::string& prefix) {
+    std::string condition = prefix + "_name = " + textConstant(wanted.name);
+    if (!wanted.schema.empty()) {
+        condition += " AND " + prefix + "_schema = " + textConstant(wanted.schema);
+    }
+    return condition;
 }
 
 std::int32_t numberOr(const Variant& value, std::int32_t otherwise) {
@@ -111,9 +133,10 @@ Ref<Parameter> described(const Recordset& row) {
 }  // namespace
 
 std::vector<Ref<Parameter>> parametersOfProcedure(Connection& connection, const String& name) {
-    const std::string wanted = textConstant(plainName(name));
-    const auto known = connection.Execute(
-        "SELECT routine_name FROM information_schema.routines WHERE routine_name = " + wanted);
+    const ProcedureName wanted = procedureName(name);
+    const auto known =
+        connection.Execute("SELECT routine_name FROM information_schema.routines WHERE " +
+                           conditionFor(wanted, "routine"));
     if (known->Eof()) {
         throw DriverError({{2812, errors::kCommandText, "42000",
                             "Could not find stored procedure '" + name.utf8() + "'.", 0}});
@@ -121,9 +144,8 @@ std::vector<Ref<Parameter>> parametersOfProcedure(Connection& connection, const 
     std::vector<Ref<Parameter>> parameters = {returnValue()};
     const auto rows = connection.Execute(
         "SELECT parameter_name, data_type, parameter_mode, character_maximum_length, "
-        "numeric_precision, numeric_scale FROM information_schema.parameters WHERE specific_name "
-        "= " +
-        wanted + " AND ordinal_position > 0 ORDER BY ordinal_position");
+        "numeric_precision, numeric_scale FROM information_schema.parameters WHERE " +
+        conditionFor(wanted, "specific") + " AND ordinal_position > 0 ORDER BY ordinal_position");
     for (; !rows->Eof(); rows->MoveNext()) {
         parameters.push_back(described(*rows));
     }

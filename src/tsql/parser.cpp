@@ -87,17 +87,20 @@ ObjectName Parser::objectName() {
     constexpr std::size_t kMaxParts = 4;
     ObjectName result;
     result.line = peek().line;
-    result.parts.push_back(name());
+    result.parts.push_back(partOfName());
     while (atOperator(".") && !atOperator("*", 1)) {
         next();
-        // "database..table": the owner between the points is the default one.
-        if (atOperator(".")) continue;
-        result.parts.push_back(name());
+        result.parts.push_back(partOfName());
         if (result.parts.size() > kMaxParts) {
             throw ServerError(Message::TooManyPrefixes, {result.text()}, result.line);
         }
     }
     return result;
+}
+
+// "database..table", "..table": what does not stand before a point is the default one.
+std::string Parser::partOfName() {
+    return atOperator(".") ? std::string() : name();
 }
 
 // A table's name, or a table variable's.

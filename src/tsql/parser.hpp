@@ -27,7 +27,7 @@ struct ParseOptions {
     // checked.
     const std::vector<std::string>* variables = nullptr;
     // Finds the types that the database has names for; empty: none.
-    std::function<std::optional<AliasType>(std::string_view)> aliasType = {};
+    std::function<std::optional<AliasType>(const ObjectName&)> aliasType = {};
 };
 
 // Reads one batch: any number of statements, separated by blanks or semicolons.

@@ -20,7 +20,7 @@ Statement::Node Parser::createStatement() {
     const bool index = atKeyword("UNIQUE") || atKeyword("CLUSTERED") || atKeyword("NONCLUSTERED") ||
                        atKeyword("INDEX");
     if (index) return createIndex();
-    if (atKeyword("SCHEMA")) return noEffect("CREATE SCHEMA");
+    if (atKeyword("SCHEMA")) return createSchema();
     for (const char* word : {"STATISTICS", "LOGIN", "USER", "ROLE"}) {
         if (atKeyword(word)) return noEffect(std::string("CREATE ") + word);
     }
@@ -31,6 +31,7 @@ Statement::Node Parser::createStatement() {
 Statement::Node Parser::alterStatement() {
     if (acceptKeyword("TABLE")) return alterTable();
     if (atModule()) return module(Making::Alter);
+    if (acceptKeyword("SCHEMA")) return alterSchema();
     if (acceptKeyword("DATABASE")) return databaseStatement(DatabaseAction::Alter);
     for (const char* word : {"AUTHORIZATION", "LOGIN", "USER", "ROLE"}) {
         if (atKeyword(word)) return noEffect(std::string("ALTER ") + word);
@@ -44,7 +45,8 @@ Statement::Node Parser::dropStatement() {
         {"TABLE", ObjectKind::Table},         {"VIEW", ObjectKind::View},
         {"PROCEDURE", ObjectKind::Procedure}, {"PROC", ObjectKind::Procedure},
         {"FUNCTION", ObjectKind::Function},   {"TRIGGER", ObjectKind::Trigger},
-        {"INDEX", ObjectKind::Index},         {"TYPE", ObjectKind::Type}};
+        {"INDEX", ObjectKind::Index},         {"TYPE", ObjectKind::Type},
+        {"SCHEMA", ObjectKind::Schema}};
     if (acceptKeyword("DATABASE")) {
         if (acceptKeyword("IF")) expectKeyword("EXISTS");
         return databaseStatement(DatabaseAction::Drop);
@@ -63,7 +65,7 @@ Statement::Node Parser::dropStatement() {
         } while (acceptOperator(","));
         return result;
     }
-    for (const char* word : {"STATISTICS", "LOGIN", "USER", "ROLE", "SCHEMA"}) {
+    for (const char* word : {"STATISTICS", "LOGIN", "USER", "ROLE"}) {
         if (atKeyword(word)) return noEffect(std::string("DROP ") + word);
     }
     if (atEnd()) unexpected();

@@ -36,11 +36,19 @@ void Parser::requireFirst(const char* what) const {
 }
 
 Statement::Node Parser::createView(Making making) {
-    requireFirst("VIEW");
-    next();
-    CreateViewStatement result;
+    requireFirst("CREATE/ALTER VIEW");
+    CreateViewStatement result = viewDefinition();
     result.replace = making != Making::Create;
     result.mustExist = making == Making::Alter;
+    acceptOperator(";");
+    if (!atEnd()) unexpected();
+    result.text = source_;
+    return result;
+}
+
+CreateViewStatement Parser::viewDefinition() {
+    next();
+    CreateViewStatement result;
     result.name = objectName();
     if (atOperator("(")) result.columns = nameList();
     moduleOptions();
@@ -51,9 +59,6 @@ Statement::Node Parser::createView(Making making) {
         expectKeyword("OPTION");
         result.checksRows = true;
     }
-    acceptOperator(";");
-    if (!atEnd()) unexpected();
-    result.text = source_;
     return result;
 }
 
@@ -110,7 +115,7 @@ std::shared_ptr<Script> Parser::restOfBatch() {
 }
 
 Statement::Node Parser::createProcedure(Making making) {
-    requireFirst("PROCEDURE");
+    requireFirst("CREATE/ALTER PROCEDURE");
     CreateModuleStatement result = moduleOf(ModuleKind::Procedure, making);
     const bool bracket = acceptOperator("(");
     result.parameters = parameterDefinitions();
@@ -123,7 +128,7 @@ Statement::Node Parser::createProcedure(Making making) {
 }
 
 Statement::Node Parser::createFunction(Making making) {
-    requireFirst("FUNCTION");
+    requireFirst("CREATE/ALTER FUNCTION");
     CreateModuleStatement result = moduleOf(ModuleKind::Function, making);
     expectOperator("(");
     result.parameters = parameterDefinitions();
@@ -144,7 +149,7 @@ Statement::Node Parser::createFunction(Making making) {
 }
 
 Statement::Node Parser::createTrigger(Making making) {
-    requireFirst("TRIGGER");
+    requireFirst("CREATE/ALTER TRIGGER");
     CreateModuleStatement result = moduleOf(ModuleKind::Trigger, making);
     expectKeyword("ON");
     if (atKeyword("DATABASE") || atKeyword("ALL")) refuse("trigger on the database");

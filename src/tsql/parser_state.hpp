@@ -27,7 +27,7 @@ namespace kap::tsql {
 //     parser_expressions.cpp   expressions; parser_predicates.cpp conditions
 //     parser_data.cpp          INSERT, UPDATE, DELETE; parser_merge.cpp MERGE
 //     parser_tables.cpp        CREATE and ALTER TABLE; parser_types.cpp the types of columns
-//     parser_definitions.cpp   other CREATE, ALTER and DROP
+//     parser_definitions.cpp   other CREATE, ALTER and DROP; parser_schemas.cpp schemas
 //     parser_modules.cpp       procedures, functions, triggers
 class Parser {
 public:
@@ -109,6 +109,7 @@ private:
     [[nodiscard]] bool atLabel() const { return atName() && atOperator(":", 1); }
     std::string name();
     ObjectName objectName();
+    std::string partOfName();
     ObjectName tableName();
     ObjectName writtenName();
     std::string variable();
@@ -284,6 +285,9 @@ private:
     Statement::Node dropIndex(bool ifExists);
     Statement::Node createIndex();
     Statement::Node createType();
+    Statement::Node createSchema();
+    Statement schemaElement(const std::string& schema);
+    Statement::Node alterSchema();
     Statement::Node databaseStatement(DatabaseAction action);
 
     // Views, procedures, functions, triggers.
@@ -291,6 +295,7 @@ private:
     bool atModule(std::size_t ahead = 0) const;
     Statement::Node module(Making making);
     Statement::Node createView(Making making);
+    CreateViewStatement viewDefinition();
     CreateModuleStatement moduleOf(ModuleKind kind, Making making);
     Statement::Node createProcedure(Making making);
     Statement::Node createFunction(Making making);

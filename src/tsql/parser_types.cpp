@@ -86,7 +86,7 @@ TypeSpec Parser::type(const std::string& owner, int ordinal) {
         return {SqlType::NVarChar, kNameLength};
     }
     if (options_.aliasType) {
-        if (const auto alias = options_.aliasType(typeName.last())) {
+        if (const auto alias = options_.aliasType(typeName)) {
             aliasNullable_ = alias->nullable;
             return alias->type;
         }

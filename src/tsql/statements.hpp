@@ -251,12 +251,26 @@ struct CreateModuleStatement {
     bool mustExist = false;
 };
 
-enum class ObjectKind { Table, View, Procedure, Function, Trigger, Index, Type };
+enum class ObjectKind { Table, View, Procedure, Function, Trigger, Index, Type, Schema };
 
 struct DropStatement {
     ObjectKind kind = ObjectKind::Table;
     std::vector<ObjectName> names;  // an index: table.index
     bool ifExists = false;
+};
+
+// CREATE SCHEMA name with what is made in it at once: tables and views, whose names have the schema
+// before them.
+struct CreateSchemaStatement {
+    std::string name;
+    Script elements;
+};
+
+// ALTER SCHEMA name TRANSFER object.
+struct AlterSchemaStatement {
+    std::string schema;
+    ObjectName object;
+    bool isType = false;
 };
 
 // CREATE TYPE name FROM type.
@@ -423,11 +437,12 @@ struct Statement {
         std::variant<SelectStatement, InsertStatement, UpdateStatement, DeleteStatement,
                      MergeStatement, TruncateStatement, CreateTableStatement, AlterTableStatement,
                      CreateIndexStatement, CreateViewStatement, CreateModuleStatement,
-                     DropStatement, CreateTypeStatement, DeclareStatement, AssignStatement,
-                     SetOptionStatement, IfStatement, WhileStatement, BlockStatement, TryStatement,
-                     BreakStatement, ContinueStatement, GotoStatement, LabelStatement,
-                     ReturnStatement, PrintStatement, RaiserrorStatement, ThrowStatement,
-                     WaitStatement, TransactionStatement, ExecuteStatement, DeclareCursorStatement,
+                     DropStatement, CreateSchemaStatement, AlterSchemaStatement,
+                     CreateTypeStatement, DeclareStatement, AssignStatement, SetOptionStatement,
+                     IfStatement, WhileStatement, BlockStatement, TryStatement, BreakStatement,
+                     ContinueStatement, GotoStatement, LabelStatement, ReturnStatement,
+                     PrintStatement, RaiserrorStatement, ThrowStatement, WaitStatement,
+                     TransactionStatement, ExecuteStatement, DeclareCursorStatement,
                      CursorStatement, FetchStatement, DatabaseStatement, BackupStatement,
                      CheckStatement, CheckIdentityStatement, NoEffectStatement>;
     Node node;

@@ -23,7 +23,8 @@ using ExpressionPtr = std::unique_ptr<Expression>;
 using QueryPtr = std::unique_ptr<Query>;
 using TableSourcePtr = std::unique_ptr<TableSource>;
 
-// One to four names separated by points: table, owner.table, table.column, owner.table.column.
+// One to four names separated by points: table, schema.table, table.column, schema.table.column.
+// Those before the last one may be empty: database..table.
 struct ObjectName {
     std::vector<std::string> parts;
     int line = 1;

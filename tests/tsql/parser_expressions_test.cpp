@@ -37,7 +37,7 @@ TEST(ParserExpressions, ReadsSignsAndBrackets) {
 
 TEST(ParserExpressions, ReadsNamesOfUpToFourParts) {
     EXPECT_EQ(value("[a].[b c].d.e"), "a.b c.d.e");
-    EXPECT_EQ(value("db..t"), "db.t");
+    EXPECT_EQ(value("db..t"), "db..t");
 }
 
 TEST(ParserExpressions, ReadsEveryLiteral) {

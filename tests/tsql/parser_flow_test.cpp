@@ -219,8 +219,8 @@ TEST(ParserFlow, RefusesWhatIsNotEnded) {
 
 TEST(ParserFlow, FindsTypesWithNames) {
     ParseOptions options;
-    options.aliasType = [](std::string_view name) -> std::optional<AliasType> {
-        if (name == "code") return AliasType{{SqlType::VarChar, 11}, false};
+    options.aliasType = [](const ObjectName& name) -> std::optional<AliasType> {
+        if (name.text() == "code") return AliasType{{SqlType::VarChar, 11}, false};
         return std::nullopt;
     };
     const Script script = parseScript("CREATE TABLE t (a code)", options);

@@ -199,7 +199,7 @@ std::string statementText(const CreateTableStatement& create) {
 
 std::string statementText(const DropStatement& drop) {
     static const char* const kKinds[] = {"",        "view",  "procedure", "function",
-                                         "trigger", "index", "type"};
+                                         "trigger", "index", "type",      "schema"};
     std::vector<std::string> parts{kKinds[static_cast<int>(drop.kind)],
                                    drop.ifExists ? "ifexists" : ""};
     for (const auto& name : drop.names)
@@ -340,6 +340,14 @@ std::string statementText(const CreateModuleStatement& module) {
     }
     parts.push_back(scriptText(*module.body));
     return node(kKinds[static_cast<int>(module.kind)], parts);
+}
+
+std::string statementText(const CreateSchemaStatement& schema) {
+    return node("schema", {schema.name, scriptText(schema.elements)});
+}
+
+std::string statementText(const AlterSchemaStatement& schema) {
+    return node("transfer", {schema.schema, schema.object.text(), schema.isType ? "type" : ""});
 }
 
 std::string statementText(const CreateTypeStatement& type) {

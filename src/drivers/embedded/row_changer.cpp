@@ -39,7 +39,7 @@ void requireAssignable(const RowChange& change, const engine::Table& table,
         throw ServerError(tsql::Message::ColumnNotModifiable, {column.name});
     }
     if (column.identity) {
-        throw insert ? ServerError(tsql::Message::IdentityInsertOff, {table.name})
+        throw insert ? ServerError(tsql::Message::IdentityInsertOff, {table.shown()})
                      : ServerError(tsql::Message::IdentityNotUpdatable, {column.name});
     }
 }

@@ -8,6 +8,7 @@
 #include "base/ascii.hpp"
 #include "data/schema_rows.hpp"
 #include "data/value_type.hpp"
+#include "engine/catalog/object_names.hpp"
 #include "engine/catalog/source_text.hpp"
 #include "engine/executor/column_info.hpp"
 #include "engine/values/value.hpp"
@@ -15,7 +16,13 @@
 namespace kap::ado::embedded {
 namespace {
 
-constexpr const char* kOwner = "dbo";
+Value schemaCell(std::string_view stored) {
+    return Value(std::string(engine::schemaOf(stored)));
+}
+
+Value nameCell(std::string_view stored) {
+    return Value(std::string(engine::bareName(stored)));
+}
 
 std::int64_t flagsOf(const ColumnInfo& info, const engine::Column& column) {
     const auto bit = [](bool set, FieldAttributeEnum flag) {
@@ -60,7 +67,9 @@ void addTables(SchemaRows& rows, const engine::SchemaCatalogue& catalogue) {
     }
     std::ranges::sort(found, {}, [](const auto& each) { return asciiLower(each.first); });
     for (const auto& [name, type] : found) {
-        rows.add({{"TABLE_SCHEMA", kOwner}, {"TABLE_NAME", name}, {"TABLE_TYPE", type}});
+        rows.add({{"TABLE_SCHEMA", schemaCell(name)},
+                  {"TABLE_NAME", nameCell(name)},
+                  {"TABLE_TYPE", type}});
     }
 }
 
@@ -72,8 +81,8 @@ void addColumns(SchemaRows& rows, const engine::SchemaCatalogue& catalogue) {
             const bool has = column.defaultSql && !column.computed;
             const std::string given = has ? engine::shownSource(column) : "";
             std::vector<SchemaRows::Cell> cells = {
-                {"TABLE_SCHEMA", kOwner},
-                {"TABLE_NAME", table->name},
+                {"TABLE_SCHEMA", schemaCell(table->name)},
+                {"TABLE_NAME", nameCell(table->name)},
                 {"COLUMN_NAME", column.name},
                 {"ORDINAL_POSITION", schemaNumber(++ordinal)},
                 {"COLUMN_HASDEFAULT", schemaFlag(!given.empty())},
@@ -115,8 +124,8 @@ void addPrimaryKeys(SchemaRows& rows, const engine::SchemaCatalogue& catalogue) 
         const std::string name = primaryKeyName(constraints, *table);
         std::int64_t ordinal = 0;
         for (const engine::Column* column : keyOf(*table)) {
-            rows.add({{"TABLE_SCHEMA", kOwner},
-                      {"TABLE_NAME", table->name},
+            rows.add({{"TABLE_SCHEMA", schemaCell(table->name)},
+                      {"TABLE_NAME", nameCell(table->name)},
                       {"COLUMN_NAME", column->name},
                       {"ORDINAL", schemaNumber(++ordinal)},
                       {"PK_NAME", schemaText(name)}});
@@ -130,9 +139,9 @@ void addIndexes(SchemaRows& rows, const engine::SchemaCatalogue& catalogue) {
     constexpr std::int64_t kDescending = 2;
     for (const engine::IndexInfo& index : catalogue.keysAndIndexes()) {
         for (std::size_t i = 0; i < index.columns.size(); ++i) {
-            rows.add({{"TABLE_SCHEMA", kOwner},
-                      {"TABLE_NAME", index.table},
-                      {"INDEX_SCHEMA", kOwner},
+            rows.add({{"TABLE_SCHEMA", schemaCell(index.table)},
+                      {"TABLE_NAME", nameCell(index.table)},
+                      {"INDEX_SCHEMA", schemaCell(index.table)},
                       {"INDEX_NAME", index.name},
                       {"PRIMARY_KEY", schemaFlag(index.key == "PK")},
                       {"UNIQUE", schemaFlag(index.unique)},

@@ -28,9 +28,8 @@ std::string Binder::commonTables(const std::vector<tsql::CommonTable>& tables, S
         sql += (sql.empty() ? "WITH RECURSIVE " : ", ") +
                (isTarget ? targetTable(table, outer) : commonTable(table, outer));
     }
-    if (target != nullptr && commonTarget_.table == nullptr &&
-        findTable(*target, names_) == nullptr) {
-        const View* view = isOwn(*target) ? catalogue().findView(target->last()) : nullptr;
+    if (target != nullptr && commonTarget_.table == nullptr && this->table(*target) == nullptr) {
+        const View* view = this->view(*target);
         if (view != nullptr) {
             sql += (sql.empty() ? "WITH RECURSIVE " : ", ") + targetView(*view, *target);
         }
@@ -182,7 +181,7 @@ std::string Binder::targetTable(const tsql::CommonTable& table, Scope* outer) {
                        !select->having && select->from.size() == 1;
     const auto* named =
         plain ? std::get_if<tsql::NamedTable>(&select->from.front()->node) : nullptr;
-    const Table* base = named == nullptr ? nullptr : findTable(named->name, names_);
+    const Table* base = named == nullptr ? nullptr : this->table(named->name);
     if (base == nullptr) {
         throw ServerError(tsql::Message::DerivedTableNotUpdatable, {table.name}, table.query->line);
     }
@@ -206,14 +205,23 @@ std::string Binder::targetTable(const tsql::CommonTable& table, Scope* outer) {
 
 std::optional<BoundSource> Binder::targetSource(const tsql::ObjectName& target) const {
     if (commonTarget_.table == nullptr) return std::nullopt;
-    return commonSource(*findCommon({{target.last()}, target.line}), target.last());
+    const std::string name = commonNameFor(target);
+    BoundSource source = commonSource(*findCommon({{name}, target.line}), name);
+    source.sources.front().object = commonTarget_.view;
+    return source;
 }
 
-// The view that is written through stands under its own name alone.
+// A view that is written through stands under its stored name.
 tsql::ObjectName Binder::commonNameOf(const tsql::ObjectName& name) const {
-    const bool written = name.parts.size() > 1 && isOwn(name) && !commonTarget_.view.empty() &&
-                         sameName(commonTarget_.view, name.last());
-    return written ? tsql::ObjectName{{name.last()}, name.line} : name;
+    const bool written = std::ranges::any_of(commonNames_, &CommonName::isView);
+    const View* own = written && findCommon(name) == nullptr ? view(name) : nullptr;
+    if (own == nullptr) return name;
+    const CommonName* common = findCommon({{own->name}, name.line});
+    return common != nullptr && common->isView ? tsql::ObjectName{{own->name}, name.line} : name;
+}
+
+std::string Binder::commonNameFor(const tsql::ObjectName& target) const {
+    return commonNameOf(target).last();
 }
 
 // The innermost one of that name.

@@ -8,6 +8,7 @@
 #include "engine/binder/server_functions.hpp"
 #include "engine/binder/system_values.hpp"
 #include "engine/binder/type_rules.hpp"
+#include "engine/catalog/object_names.hpp"
 #include "tsql/server_error.hpp"
 
 namespace kap::engine {
@@ -123,8 +124,8 @@ BoundExpression Binder::storedFunction(const FunctionCall& call, int line, Scope
         throw tsql::unsupported("$PARTITION", line);
     }
     if (isOfTheServer(call.name)) throw tsql::unsupported(call.name.text(), line);
-    const Function* function =
-        isOwn(call.name) ? catalogue().findFunction(call.name.last()) : nullptr;
+    const std::string stored = resolvedName(call.name, schema_, catalogue());
+    const Function* function = stored.empty() ? nullptr : catalogue().findFunction(stored);
     if (function == nullptr) {
         throw ServerError(tsql::Message::UnknownColumnOrFunction,
                           {call.name.parts.front(), call.name.text()}, line);
@@ -152,7 +153,8 @@ BoundExpression Binder::storedFunction(const FunctionCall& call, int line, Scope
 BoundExpression Binder::defaultArgument(const Function& function, std::size_t parameter, int line) {
     const Function::Parameter& wanted = function.parameters[parameter];
     if (wanted.defaultValue == nullptr) {
-        throw ServerError(tsql::Message::ParameterNotSupplied, {function.name, wanted.name}, line)
+        throw ServerError(tsql::Message::ParameterNotSupplied,
+                          {bareName(function.name), wanted.name}, line)
             .withState(3);
     }
     Scope constants;

@@ -7,6 +7,7 @@
 
 #include "base/ascii.hpp"
 #include "engine/binder/binder.hpp"
+#include "engine/catalog/object_names.hpp"
 #include "tsql/server_error.hpp"
 #include "tsql/stack_limit.hpp"
 
@@ -75,7 +76,7 @@ void Binder::checkNames(const std::vector<Source>& sources, int line) {
         for (std::size_t j = 0; j < i; ++j) {
             if (!sameName(sources[i].name, sources[j].name)) continue;
             const auto isTable = [](const Source& source) {
-                return source.table != nullptr && sameName(source.table->name, source.name);
+                return source.table != nullptr && !source.object.empty();
             };
             if (isTable(sources[i]) && isTable(sources[j])) {
                 throw ServerError(tsql::Message::SameExposedNames,
@@ -88,6 +89,7 @@ void Binder::checkNames(const std::vector<Source>& sources, int line) {
 
 Source Binder::tableSource(const Table& table, const std::string& name) {
     Source source{name, &table, {}};
+    if (sameName(name, table.name)) source.object = table.name;
     for (const Column& column : table.columns) {
         BoundExpression value =
             BoundExpression::expression(columnSql(name, column.name), column.type, column.nullable);
@@ -153,7 +155,7 @@ BoundSource Binder::namedTable(const tsql::NamedTable& named) {
         deepestRead_ = std::max(deepestRead_, common->depth);
         return commonSource(*common, common->readAs);
     }
-    if (findTable(named.name, names_) == nullptr) {
+    if (table(named.name) == nullptr) {
         if (auto view = viewSource(named)) return std::move(*view);
         if (auto system = systemSource(named)) return std::move(*system);
     }
@@ -161,7 +163,9 @@ BoundSource Binder::namedTable(const tsql::NamedTable& named) {
 }
 
 BoundSource Binder::storedTable(const tsql::ObjectName& named, const std::string& alias) const {
-    const Table& table = requireTable(named, names_);
+    const Table* found = table(named);
+    if (found == nullptr) noSuchTable(named);
+    const Table& table = *found;
     const std::string& name = alias.empty() ? shownName(table, named, names_) : alias;
     const std::string stored = tableSql(table.name, table.temporary);
     Source source = tableSource(table, name);
@@ -210,16 +214,17 @@ BoundSource Binder::commonSource(const CommonName& common, const std::string& na
 
 // A view is read as the query that it stands for.
 std::optional<BoundSource> Binder::viewSource(const tsql::NamedTable& named) {
-    const View* view = isOwn(named.name) ? catalogue().findView(named.name.last()) : nullptr;
+    const View* view = this->view(named.name);
     if (view == nullptr) return std::nullopt;
     if (std::find(openViews_.begin(), openViews_.end(), view) != openViews_.end()) {
-        throw ServerError(tsql::Message::ViewReadsItself, {view->name}, named.name.line);
+        throw ServerError(tsql::Message::ViewReadsItself, {bareName(view->name)}, named.name.line);
     }
     if (openViews_.size() >= kDeepestViews) {
         throw ServerError(tsql::Message::NestingLevelExceeded, {}, named.name.line);
     }
     openViews_.push_back(view);
     const std::vector<CommonName> outerNames = std::exchange(commonNames_, {});
+    const Restored schema(schema_, std::string(schemaOf(view->name)));
     BoundQuery bound = query(*view->query, nullptr, QueryPlace::Nested);
     // Views that read others twice double their text with every level.
     if (bound.sql.size() > kLongestView) {
@@ -227,8 +232,11 @@ std::optional<BoundSource> Binder::viewSource(const tsql::NamedTable& named) {
     }
     commonNames_ = outerNames;
     openViews_.pop_back();
-    return querySource(std::move(bound), view->columns,
-                       named.alias.empty() ? view->name : named.alias, named.name.line);
+    BoundSource source =
+        querySource(std::move(bound), view->columns, named.alias.empty() ? view->name : named.alias,
+                    named.name.line);
+    if (named.alias.empty()) source.sources.front().object = view->name;
+    return source;
 }
 
 // What the database tells of itself stands in the statement as rows of constants.
@@ -260,8 +268,16 @@ std::optional<BoundSource> Binder::systemSource(const tsql::NamedTable& named) c
         rows += " WHERE 0";
     }
     bound.sql = "SELECT " + items + " FROM (" + rows + ")";
-    return querySource(std::move(bound), {}, named.alias.empty() ? named.name.last() : named.alias,
-                       named.name.line);
+    BoundSource source =
+        querySource(std::move(bound), {}, named.alias.empty() ? named.name.last() : named.alias,
+                    named.name.line);
+    if (named.alias.empty()) {
+        const bool qualified = named.name.parts.size() > 1;
+        const std::string schema = qualified ? named.name.parts[named.name.parts.size() - 2] : "";
+        source.sources.front().object =
+            storedName(schema.empty() ? kDefaultSchema : schema, named.name.last());
+    }
+    return source;
 }
 
 BoundSource Binder::join(const tsql::Join& join, int line, Scope& scope) {

@@ -3,6 +3,7 @@
 
 #include "engine/binder/binder.hpp"
 #include "engine/binder/row_numbers.hpp"
+#include "engine/catalog/object_names.hpp"
 #include "tsql/server_error.hpp"
 
 // Views that are written through. Such a view stands in the statement as a common table that also
@@ -14,7 +15,7 @@ using tsql::ServerError;
 namespace {
 
 [[noreturn]] void severalTables(const View& view, int line) {
-    throw ServerError(tsql::Message::ViewOfSeveralTablesNotUpdatable, {view.name}, line);
+    throw ServerError(tsql::Message::ViewOfSeveralTablesNotUpdatable, {bareName(view.name)}, line);
 }
 
 // The SELECT of a view whose rows are rows of tables.
@@ -23,14 +24,15 @@ const tsql::Select& writableSelect(const View& view, int line) {
     const auto* select =
         query.terms.size() == 1 ? std::get_if<tsql::Select>(&query.terms.front().node) : nullptr;
     if (select == nullptr || !query.commonTables.empty()) {
-        throw ServerError(tsql::Message::UnionViewNotUpdatable, {view.name}, line);
+        throw ServerError(tsql::Message::UnionViewNotUpdatable, {bareName(view.name)}, line);
     }
     const bool aggregates = std::ranges::any_of(select->items, [](const tsql::SelectItem& item) {
         const auto* expression = std::get_if<tsql::ExpressionItem>(&item.node);
         return expression != nullptr && containsAggregate(*expression->value);
     });
     if (aggregates || select->distinct || !select->groupBy.empty() || select->having) {
-        throw ServerError(tsql::Message::ViewWithAggregatesNotUpdatable, {view.name}, line);
+        throw ServerError(tsql::Message::ViewWithAggregatesNotUpdatable, {bareName(view.name)},
+                          line);
     }
     return *select;
 }
@@ -43,8 +45,8 @@ const Column& Binder::targetColumn(const Table& table, const tsql::ObjectName& n
         for (const auto& [shown, column] : commonTarget_.columns) {
             if (!sameName(shown, own)) continue;
             if (column != nullptr && table.find(column->name) == column) return *column;
-            const std::string& view = commonTarget_.view;
-            throw ServerError(tsql::Message::DerivedFieldNotUpdatable, {view}, name.line);
+            throw ServerError(tsql::Message::DerivedFieldNotUpdatable,
+                              {bareName(commonTarget_.view)}, name.line);
         }
     } else if (const Column* column = table.find(own)) {
         return *column;
@@ -78,19 +80,20 @@ const Table& Binder::writtenTable(const View& view, int line,
         }
     }
     if (found != nullptr) return *found;
-    throw ServerError(tsql::Message::DerivedFieldNotUpdatable, {view.name}, line);
+    throw ServerError(tsql::Message::DerivedFieldNotUpdatable, {bareName(view.name)}, line);
 }
 
 std::string Binder::targetView(const View& view, const tsql::ObjectName& name) {
     const tsql::Select& select = writableSelect(view, name.line);
     std::vector<CommonName> outerNames = std::exchange(commonNames_, {});
+    const Restored schema(schema_, std::string(schemaOf(view.name)));
     // A view of a view brings the numbers of its rows along.
     std::string below;
     const auto* named = select.from.size() == 1
                             ? std::get_if<tsql::NamedTable>(&select.from.front()->node)
                             : nullptr;
-    if (named != nullptr && findTable(named->name, names_) == nullptr && isOwn(named->name)) {
-        const View* inner = catalogue().findView(named->name.last());
+    if (named != nullptr && this->table(named->name) == nullptr) {
+        const View* inner = this->view(named->name);
         if (inner != nullptr) below = targetView(*inner, named->name) + ", ";
     }
     const CommonTarget inner = std::exchange(commonTarget_, {});
@@ -107,6 +110,7 @@ std::string Binder::targetView(const View& view, const tsql::ObjectName& name) {
     }
     commonNames_ = std::move(outerNames);
     commonNames_.push_back({view.name, columns, ""});
+    commonNames_.back().isView = true;
     commonTarget_.table = inner.table;
     const std::vector<Source>& sources = bound.scope->sources;
     const Table& table = writtenTable(view, name.line, sources);

@@ -63,7 +63,7 @@ struct BoundValues {
 class Binder {
 public:
     explicit Binder(const NameScope& names, Constants constants = Constants::InText)
-        : names_(names), constantsStand_(constants) {}
+        : names_(names), schema_(names.schema()), constantsStand_(constants) {}
 
     [[nodiscard]] const NameScope& names() const { return names_; }
     [[nodiscard]] const Catalogue& catalogue() const { return names_.catalogue(); }
@@ -151,7 +151,7 @@ public:
         std::string rowNumber;
         // What the columns are in the table behind; null for those that are computed.
         std::vector<std::pair<std::string, const Column*>> columns;
-        std::string view;  // its name; empty for a common table of the statement
+        std::string view;  // its stored name; empty for a common table of the statement
         // Each answers a row when something written does not show in a view that wants it to.
         std::vector<std::string> checks;
     };
@@ -163,6 +163,8 @@ public:
     void writesColumns(std::vector<std::string> names) { writtenColumns_ = std::move(names); }
     // The table that a view shows as it is, for INSERT: like the target of UPDATE, without rows.
     void insertThrough(const View& view, const tsql::ObjectName& name);
+    // The name under which a common table or a view that is written stands among the sources.
+    [[nodiscard]] std::string commonNameFor(const tsql::ObjectName& target) const;
     // The common table as a source, when it is the target.
     [[nodiscard]] std::optional<BoundSource> targetSource(const tsql::ObjectName& target) const;
     // The values of a select list over sources that stand in `scope`.
@@ -311,7 +313,8 @@ private:
         int reads = 0;
         // How deep within queries it is bound when it is known to read itself.
         std::optional<int> recursiveAt = std::nullopt;
-        int depth = 0;  // levels of queries in it
+        int depth = 0;        // levels of queries in it
+        bool isView = false;  // one that is written through
     };
     [[nodiscard]] std::string commonTable(const tsql::CommonTable& table, Scope* outer);
     [[nodiscard]] std::string boundCommonTable(const tsql::CommonTable& table, Scope* outer);
@@ -320,6 +323,12 @@ private:
     [[nodiscard]] std::vector<OutputColumn> commonColumns(const tsql::CommonTable& table,
                                                           std::vector<OutputColumn> columns);
     [[nodiscard]] std::string targetTable(const tsql::CommonTable& table, Scope* outer);
+    [[nodiscard]] const Table* table(const tsql::ObjectName& name) const {
+        return findTable(name, names_, schema_);
+    }
+    [[nodiscard]] const View* view(const tsql::ObjectName& name) const {
+        return findView(name, names_, schema_);
+    }
     [[nodiscard]] tsql::ObjectName commonNameOf(const tsql::ObjectName& name) const;
     [[nodiscard]] const CommonName* findCommon(const tsql::ObjectName& name) const;
     [[nodiscard]] CommonName* findCommon(const tsql::ObjectName& name);
@@ -374,6 +383,7 @@ private:
     [[nodiscard]] BoundSource join(const tsql::Join& join, int line, Scope& scope);
 
     const NameScope& names_;
+    std::string schema_;  // where names without one are looked for first
     std::vector<CommonName> commonNames_;
     CommonTarget commonTarget_;
     std::vector<std::string> writtenColumns_;

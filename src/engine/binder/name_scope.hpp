@@ -6,6 +6,7 @@
 #include <string_view>
 #include <vector>
 
+#include "engine/catalog/object_names.hpp"
 #include "engine/catalog/tables.hpp"
 #include "tsql/type_spec.hpp"
 
@@ -27,8 +28,9 @@ struct LocalTable {
 
 // What the session has set for the statements that write.
 struct WriteSettings {
-    std::string identityInsert;  // the table whose identity column may be written; empty: none
-    std::int64_t rowLimit = 0;   // of SET ROWCOUNT; 0: none
+    std::string
+        identityInsert;  // the stored name of the table whose identity column may be written; empty: none
+    std::int64_t rowLimit = 0;  // of SET ROWCOUNT; 0: none
     bool operator==(const WriteSettings&) const = default;
 };
 
@@ -39,6 +41,9 @@ public:
     explicit NameScope(const Catalogue& catalogue) : catalogue_(&catalogue) {}
 
     [[nodiscard]] const Catalogue& catalogue() const { return *catalogue_; }
+    // Where names without a schema are looked for first: the schema of the module they stand in.
+    [[nodiscard]] const std::string& schema() const { return schema_; }
+    void setSchema(std::string_view schema) { schema_ = schema; }
 
     // The variable of that name (case ignored), or null.
     [[nodiscard]] const Variable* variable(std::string_view name) const;
@@ -57,6 +62,7 @@ public:
 
 private:
     const Catalogue* catalogue_;
+    std::string schema_{kDefaultSchema};
     std::deque<Variable> variables_;
     std::deque<LocalTable> localTables_;
     static const WriteSettings kNoSettings;

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "engine/catalog/object_names.hpp"
+
 #include "tsql/server_error.hpp"
 
 namespace kap::engine {
@@ -11,13 +13,13 @@ using tsql::ServerError;
 
 namespace {
 
-// "dbo.t" and "t" are the same source; another owner is another table.
+// "dbo.t" and "t" are the same source; another schema is another table.
 bool meansSource(const ObjectName& name, std::size_t parts, const Source& source) {
-    if (parts >= 2 && (source.table == nullptr || !sameName(name.parts[parts - 2], "dbo") ||
-                       !sameName(source.table->name, source.name))) {
-        return false;
-    }
-    return sameName(name.parts[parts - 1], source.name);
+    const std::string& own = name.parts[parts - 1];
+    if (source.object.empty()) return parts == 1 && sameName(own, source.name);
+    const std::string& schema = parts >= 2 ? name.parts[parts - 2] : std::string();
+    return sameName(own, bareName(source.object)) &&
+           (schema.empty() || sameName(schema, schemaOf(source.object)));
 }
 
 const SourceColumn* findIn(const Source& source, const std::string& name) {
@@ -116,24 +118,34 @@ const Source& resolveQualifier(const ObjectName& name, const Scope& scope) {
     throw ServerError(tsql::Message::PrefixMatchesNoTable, {name.text()}, name.line);
 }
 
-// "tempdb..#t" and "azienda.dbo.t" name objects here, too: there is one database, and temporary
-// tables are the connection's wherever they are said to be.
-bool isOwn(const ObjectName& name) {
-    if (name.parts.size() < 2) return true;
-    const std::string& owner = name.parts[name.parts.size() - 2];
-    return sameName(owner, "dbo") || sameName(owner, "tempdb");
-}
-
-const Table* findTable(const ObjectName& name, const NameScope& names) {
+const Table* findTable(const ObjectName& name, const NameScope& names, std::string_view schema) {
     if (name.parts.size() == 1) {
         if (const Table* local = names.localTable(name.last())) return local;
     }
-    return isOwn(name) ? names.catalogue().find(name.last()) : nullptr;
+    const std::string stored = resolvedName(name, schema, names.catalogue());
+    return stored.empty() ? nullptr : names.catalogue().find(stored);
+}
+
+const View* findView(const ObjectName& name, const NameScope& names, std::string_view schema) {
+    const std::string stored = resolvedName(name, schema, names.catalogue());
+    return stored.empty() ? nullptr : names.catalogue().findView(stored);
+}
+
+const Table* findTable(const ObjectName& name, const NameScope& names) {
+    return findTable(name, names, names.schema());
+}
+
+const View* findView(const ObjectName& name, const NameScope& names) {
+    return findView(name, names, names.schema());
 }
 
 const Table& requireTable(const ObjectName& name, const NameScope& names) {
     const Table* table = findTable(name, names);
-    if (table != nullptr) return *table;
+    if (table == nullptr) noSuchTable(name);
+    return *table;
+}
+
+void noSuchTable(const ObjectName& name) {
     if (name.last().front() == '@') {
         throw ServerError(tsql::Message::UndeclaredTableVariable, {name.last()}, name.line);
     }

@@ -19,10 +19,12 @@ struct SourceColumn {
 
 // A table or query of FROM under the name by which columns are qualified.
 struct Source {
-    std::string name;
+    std::string name;              // as SQLite knows it
     const Table* table = nullptr;  // null for a query
     std::vector<SourceColumn> columns;
     std::string common = {};  // the common table or written view that it reads; empty: none
+    // The stored name of the table or view that stands under its own name; empty for an alias.
+    std::string object = {};
     // The column that brings the numbers of the table's rows, where SQLite's own is out of sight;
     // empty: see rowNumberOf().
     std::string rowNumber = {};
@@ -75,21 +77,25 @@ struct Scope {
 // The source that "x" in "x.*" means. Error 107 when there is none.
 [[nodiscard]] const Source& resolveQualifier(const tsql::ObjectName& name, const Scope& scope);
 
-// The table a name means: one part, or the owner dbo before it. Errors 208, and 1087 for a table
-// variable, when there is none.
-[[nodiscard]] const Table& requireTable(const tsql::ObjectName& name, const NameScope& names);
-
-// The table, or null.
+// The table a name means, or null; likewise the view. Names without a schema are looked for in
+// `schema` and then in dbo.
+[[nodiscard]] const Table* findTable(const tsql::ObjectName& name, const NameScope& names,
+                                     std::string_view schema);
+[[nodiscard]] const View* findView(const tsql::ObjectName& name, const NameScope& names,
+                                   std::string_view schema);
+// The same with the schema of the script's own names.
 [[nodiscard]] const Table* findTable(const tsql::ObjectName& name, const NameScope& names);
+[[nodiscard]] const View* findView(const tsql::ObjectName& name, const NameScope& names);
+
+// Errors 208, and 1087 for a table variable: there is no such table.
+[[noreturn]] void noSuchTable(const tsql::ObjectName& name);
+// The table. Errors when there is none.
+[[nodiscard]] const Table& requireTable(const tsql::ObjectName& name, const NameScope& names);
 
 // What a table is called that a name means: a table variable, inserted and deleted have a name in
 // the script and another in the file.
 [[nodiscard]] const std::string& shownName(const Table& table, const tsql::ObjectName& name,
                                            const NameScope& names);
-
-// Whether a name can mean an object of this database: no owner, dbo, or this database's own name
-// before it.
-[[nodiscard]] bool isOwn(const tsql::ObjectName& name);
 
 // The table as SQLite is to read or write it: main."t" or temp."#t".
 [[nodiscard]] std::string tableSql(const std::string& name, bool temporary);

@@ -12,6 +12,7 @@ namespace kap::engine {
 // What SET CONTEXT_INFO keeps: shorter bytes are filled up with zeros.
 inline constexpr int kContextBytes = 128;
 
+// Definitions in the file hold these numbers: new ones come last.
 enum class SystemValue {
     Error,
     RowCount,
@@ -79,6 +80,7 @@ enum class SystemValue {
     FullTextProperty,
     CollationProperty,
     ColumnsUpdated,
+    SchemaName,
 };
 
 // @@name, asked of the session by that function. Error 137 for one that does not exist.

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "engine/catalog/definition_tokens.hpp"
+#include "engine/catalog/object_names.hpp"
 #include "engine/catalog/schema_catalogue.hpp"
 #include "engine/catalog/source_text.hpp"
 #include "engine/catalog/table_text.hpp"
@@ -75,6 +76,10 @@ std::string filterOf(const std::string& sql) {
 
 }  // namespace
 
+std::string storedName(const ConstraintInfo& constraint) {
+    return storedName(schemaOf(constraint.table), constraint.name);
+}
+
 std::vector<ConstraintInfo> SchemaCatalogue::constraints() const {
     std::vector<ConstraintInfo> result;
     for (const Table* table : tables()) {
@@ -93,7 +98,7 @@ std::vector<ConstraintInfo> SchemaCatalogue::constraints() const {
             if (column == nullptr || column->computed || !column->defaultSql) continue;
             ConstraintInfo info;
             info.name = defaultNameOf(element.text);
-            if (info.name.empty()) info.name = "DF_" + table->name + "_" + element.name;
+            if (info.name.empty()) info.name = unnamedDefault(*table, element.name);
             info.type = "D ";
             info.table = table->name;
             info.columns = {element.name};
@@ -104,13 +109,13 @@ std::vector<ConstraintInfo> SchemaCatalogue::constraints() const {
     }
     for (const StoredObject& object : objects()) {
         ConstraintInfo info;
-        info.name = object.name;
+        info.name = nameAtParent(object);
         info.table = object.parent;
         if (object.kind == StoredKind::PrimaryKey || object.kind == StoredKind::UniqueKey) {
             info.type = object.kind == StoredKind::PrimaryKey ? "PK" : "UQ";
             info.columns = tsql::parseNames(object.text);
         } else if (object.kind == StoredKind::DisabledConstraint) {
-            info = ofText(object.parent, object.name, object.text);
+            info = ofText(object.parent, info.name, object.text);
             info.enabled = false;
         } else {
             continue;
@@ -196,7 +201,7 @@ std::vector<Reference> SchemaCatalogue::references() const {
     // Those that are switched off come back as they were.
     for (const StoredObject& object : objects()) {
         if (object.kind != StoredKind::DisabledConstraint) continue;
-        const ConstraintInfo info = ofText(object.parent, object.name, object.text);
+        const ConstraintInfo info = ofText(object.parent, nameAtParent(object), object.text);
         if (std::string_view(info.type) != "F ") continue;
         result.push_back(
             {info.table, info.parent, actionNamed(info.onDelete), actionNamed(info.onUpdate)});

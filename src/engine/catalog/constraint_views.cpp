@@ -19,9 +19,15 @@ std::vector<SystemRows::ColumnType> constraintColumns() {
             {"is_ms_shipped", kBit}};
 }
 
-std::vector<Value> constraintRow(const ConstraintInfo& each, const char* description) {
-    return {text(each.name),   number(objectId(each.name)),  number(1),  text(each.type),
-            text(description), number(objectId(each.table)), flag(false)};
+std::vector<Value> constraintRow(const SchemaCatalogue& catalogue, const ConstraintInfo& each,
+                                 const char* description) {
+    return {text(each.name),
+            number(objectId(storedName(each))),
+            schemaNumber(catalogue, each.table),
+            text(each.type),
+            text(description),
+            number(objectId(each.table)),
+            flag(false)};
 }
 
 template <typename Add>
@@ -33,7 +39,7 @@ SystemRows constraintRows(const SchemaCatalogue& catalogue, std::string_view typ
                         std::make_move_iterator(more.end()));
     for (const ConstraintInfo& each : catalogue.constraints()) {
         if (std::string_view(each.type) != type) continue;
-        std::vector<Value> row = constraintRow(each, description);
+        std::vector<Value> row = constraintRow(catalogue, each, description);
         add(each, row);
         view.rows.push_back(std::move(row));
     }

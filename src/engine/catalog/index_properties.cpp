@@ -41,7 +41,7 @@ std::vector<NumberedIndex> numberedIndexes(const SchemaCatalogue& catalogue) {
 
 Value indexColumn(const SchemaCatalogue& catalogue, const std::string& table, std::int64_t index,
                   std::int64_t column) {
-    const auto found = indexOf(catalogue, objectId(plainObjectName(table)), index);
+    const auto found = indexOf(catalogue, objectId(objectNamed(catalogue, table)), index);
     if (!hasColumn(found, column)) return {};
     return found->columns[static_cast<std::size_t>(column) - 1];
 }

@@ -37,7 +37,7 @@ SystemRows foreignKeyColumns(const SchemaCatalogue& catalogue, bool modern) {
         const std::size_t count = std::min(key.columns.size(), key.parentColumns.size());
         for (std::size_t i = 0; i < count; ++i) {
             view.rows.push_back(
-                {number(objectId(key.name)), number(static_cast<std::int64_t>(i) + 1),
+                {number(objectId(storedName(key))), number(static_cast<std::int64_t>(i) + 1),
                  number(objectId(key.table)),
                  number(placeOfColumn(catalogue, key.table, key.columns[i])),
                  number(objectId(key.parent)),
@@ -51,7 +51,7 @@ SystemRows references(const SchemaCatalogue& catalogue) {
     SystemRows view{{{"constid", kInt}, {"fkeyid", kInt}, {"rkeyid", kInt}, {"keycnt", kSmallInt}},
                     {}};
     forForeignKeys(catalogue, [&](const ConstraintInfo& key) {
-        view.rows.push_back({number(objectId(key.name)), number(objectId(key.table)),
+        view.rows.push_back({number(objectId(storedName(key))), number(objectId(key.table)),
                              number(objectId(key.parent)),
                              number(static_cast<std::int64_t>(key.columns.size()))});
     });
@@ -86,9 +86,9 @@ SystemRows referentialConstraints(const SchemaCatalogue& catalogue) {
     const std::vector<ConstraintInfo> constraints = catalogue.constraints();
     const std::string& database = catalogue.databaseName();
     forForeignKeys(catalogue, [&](const ConstraintInfo& key) {
-        view.rows.push_back({text(database), text("dbo"), text(key.name), text(database),
-                             text("dbo"), text(referencedKey(constraints, key)), text("SIMPLE"),
-                             text(key.onUpdate), text(key.onDelete)});
+        view.rows.push_back({text(database), schemaText(key.table), text(key.name), text(database),
+                             schemaText(key.parent), text(referencedKey(constraints, key)),
+                             text("SIMPLE"), text(key.onUpdate), text(key.onDelete)});
     });
     return view;
 }
@@ -101,8 +101,8 @@ SystemRows checkConstraints(const SchemaCatalogue& catalogue) {
                     {}};
     for (const ConstraintInfo& each : catalogue.constraints()) {
         if (std::string_view(each.type) != "C ") continue;
-        view.rows.push_back(
-            {text(catalogue.databaseName()), text("dbo"), text(each.name), text(each.source)});
+        view.rows.push_back({text(catalogue.databaseName()), schemaText(each.table),
+                             text(each.name), text(each.source)});
     }
     return view;
 }

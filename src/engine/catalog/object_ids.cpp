@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "base/ascii.hpp"
+#include "engine/catalog/object_names.hpp"
 #include "engine/values/text_units.hpp"
 #include "tsql/parser.hpp"
 #include "tsql/server_error.hpp"
@@ -30,7 +31,7 @@ std::vector<Found> objectsOf(const SchemaCatalogue& catalogue) {
         result.push_back({table->name, "U", table});
     }
     for (const StoredObject& object : catalogue.objects()) {
-        if (object.kind != StoredKind::Type) {
+        if (object.kind != StoredKind::Type && object.kind != StoredKind::Schema) {
             result.push_back({object.name, typeCode(objectType(object.kind)), nullptr});
         }
     }
@@ -60,10 +61,9 @@ std::int64_t objectId(std::string_view name) {
     return !name.empty() && name.front() == '#' ? -id : id;
 }
 
-std::string plainObjectName(std::string_view text) {
+std::string objectNamed(const SchemaCatalogue& catalogue, std::string_view text) {
     try {
-        tsql::ObjectName name = tsql::parseObjectName(text);
-        return name.last();
+        return resolvedName(tsql::parseObjectName(text), kDefaultSchema, catalogue);
     } catch (const tsql::ServerError&) {
         return {};  // no name at all, so there is no such object
     }
@@ -86,6 +86,7 @@ const char* objectType(StoredKind kind) {
         case StoredKind::DisabledConstraint:
             return "C ";
         case StoredKind::Type:
+        case StoredKind::Schema:
             break;
     }
     return "";
@@ -93,7 +94,7 @@ const char* objectType(StoredKind kind) {
 
 Value idOfObject(const SchemaCatalogue& catalogue, const std::string& name,
                  const std::string& type) {
-    const std::string plain = plainObjectName(name);
+    const std::string plain = objectNamed(catalogue, name);
     if (plain.empty()) return std::monostate{};
     const std::string wanted = typeCode(type);
     if (plain.front() == '#') {
@@ -107,27 +108,28 @@ Value idOfObject(const SchemaCatalogue& catalogue, const std::string& name,
         }
     }
     for (const ConstraintInfo& constraint : catalogue.constraints()) {
-        if (sameName(constraint.name, plain) &&
-            (wanted.empty() || wanted == typeCode(constraint.type))) {
-            return objectId(constraint.name);
+        const std::string own = storedName(constraint);
+        if (sameName(own, plain) && (wanted.empty() || wanted == typeCode(constraint.type))) {
+            return objectId(own);
         }
     }
     return std::monostate{};
 }
 
-Value nameOfObject(const SchemaCatalogue& catalogue, std::int64_t id) {
+std::optional<std::string> storedNameOf(const SchemaCatalogue& catalogue, std::int64_t id) {
     for (const Found& object : objectsOf(catalogue)) {
         if (objectId(object.name) == id) return object.name;
     }
     for (const ConstraintInfo& constraint : catalogue.constraints()) {
-        if (objectId(constraint.name) == id) return constraint.name;
+        std::string own = storedName(constraint);
+        if (objectId(own) == id) return own;
     }
-    return std::monostate{};
+    return std::nullopt;
 }
 
 Value columnLength(const SchemaCatalogue& catalogue, const std::string& table,
                    const std::string& column) {
-    const Table* found = catalogue.find(plainObjectName(table));
+    const Table* found = catalogue.find(objectNamed(catalogue, table));
     const Column* own = found == nullptr ? nullptr : found->find(column);
     return own == nullptr ? Value() : Value(std::int64_t{tsql::bytesOf(own->type)});
 }

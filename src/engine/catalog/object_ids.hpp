@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -10,12 +11,13 @@
 // OBJECT_ID and its kin: what scripts ask before they make or drop something.
 namespace kap::engine {
 
-// The number of an object: it follows from the name, so it stays the same when the object is made
-// anew.
+// The number of an object: it follows from the stored name, so it stays the same when the object is
+// made anew.
 [[nodiscard]] std::int64_t objectId(std::string_view name);
 
-// "dbo.t", "[t]", "tempdb..#t": the name alone.
-[[nodiscard]] std::string plainObjectName(std::string_view text);
+// "dbo.t", "[t]", "tempdb..#t": the stored name that a text means; empty when it is no name, or one
+// of another database.
+[[nodiscard]] std::string objectNamed(const SchemaCatalogue& catalogue, std::string_view text);
 
 // The two-letter type by which the server knows a kind of object: "U ", "V ", "P ".
 [[nodiscard]] const char* objectType(StoredKind kind);
@@ -23,7 +25,9 @@ namespace kap::engine {
 // Null for what there is none of.
 [[nodiscard]] Value idOfObject(const SchemaCatalogue& catalogue, const std::string& name,
                                const std::string& type);
-[[nodiscard]] Value nameOfObject(const SchemaCatalogue& catalogue, std::int64_t id);
+// The stored name of what has that number; nothing when there is no such thing.
+[[nodiscard]] std::optional<std::string> storedNameOf(const SchemaCatalogue& catalogue,
+                                                      std::int64_t id);
 [[nodiscard]] Value columnLength(const SchemaCatalogue& catalogue, const std::string& table,
                                  const std::string& column);
 [[nodiscard]] Value columnName(const SchemaCatalogue& catalogue, std::int64_t table,

@@ -181,22 +181,28 @@ struct Described {
 
 std::optional<Described> described(const SchemaCatalogue& catalogue, std::int64_t id,
                                    const std::string& wanted) {
-    const bool owner = contains({"ownerid", "schemaid"}, wanted);
-    const auto answer = [&](std::string_view kind, const std::optional<bool>& own) {
-        if (owner) return Described{std::string(kind), number(1)};
+    const auto answer = [&](std::string_view name, std::string_view kind,
+                            const std::optional<bool>& own) {
+        if (wanted == "ownerid") return Described{std::string(kind), number(1)};
+        if (wanted == "schemaid") {
+            return Described{std::string(kind), views::schemaNumber(catalogue, name)};
+        }
         const std::optional<bool> general = ofKind(kind, wanted);
         return Described{std::string(kind), flagOf(general ? general : own)};
     };
     for (const Table* table : catalogue.tables()) {
-        if (objectId(table->name) == id) return answer("U ", ofTable(catalogue, *table, wanted));
+        if (objectId(table->name) == id) {
+            return answer(table->name, "U ", ofTable(catalogue, *table, wanted));
+        }
     }
     for (const StoredObject& object : catalogue.objects()) {
         if (object.kind > StoredKind::Trigger || objectId(object.name) != id) continue;
-        return answer(objectType(object.kind), ofModule(catalogue, object, wanted));
+        return answer(object.name, objectType(object.kind), ofModule(catalogue, object, wanted));
     }
     for (const ConstraintInfo& constraint : catalogue.constraints()) {
-        if (objectId(constraint.name) != id) continue;
-        return answer(constraint.type, ofConstraint(constraint, wanted));
+        const std::string own = storedName(constraint);
+        if (objectId(own) != id) continue;
+        return answer(own, constraint.type, ofConstraint(constraint, wanted));
     }
     return std::nullopt;
 }
@@ -295,8 +301,12 @@ Value columnProperty(const SchemaCatalogue& catalogue, std::int64_t object,
 
 Value typeProperty(const SchemaCatalogue& catalogue, const std::string& type,
                    const std::string& property) {
-    const std::string name = plainObjectName(type);
-    if (name.empty()) return {};
+    tsql::ObjectName name;
+    try {
+        name = tsql::parseObjectName(type);
+    } catch (const tsql::ServerError&) {
+        return {};  // no name, so there is no such type
+    }
     bool nullable = true;
     TypeSpec found;
     if (const auto alias = catalogue.aliasType(name)) {
@@ -304,7 +314,7 @@ Value typeProperty(const SchemaCatalogue& catalogue, const std::string& type,
         nullable = alias->nullable;
     } else {
         try {
-            found = tsql::parseType(name);
+            found = tsql::parseType(name.last());
         } catch (const tsql::ServerError&) {
             return {};  // there is no such type
         }

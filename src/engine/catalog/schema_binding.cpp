@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "engine/catalog/definition_tokens.hpp"
+#include "engine/catalog/object_names.hpp"
 #include "tsql/server_error.hpp"
 
 namespace kap::engine {
@@ -21,7 +22,8 @@ bool bindsSchema(const std::vector<tsql::Token>& tokens) {
 
 bool namesObject(const std::vector<tsql::Token>& tokens, std::string_view object) {
     for (std::size_t i = 2; i < tokens.size(); ++i) {
-        if (isName(tokens[i], object) && isSign(tokens[i - 1], ".") && isName(tokens[i - 2], "dbo"))
+        if (isName(tokens[i], bareName(object)) && isSign(tokens[i - 1], ".") &&
+            isName(tokens[i - 2], schemaOf(object)))
             return true;
     }
     return false;
@@ -40,7 +42,7 @@ std::optional<std::string> schemaBoundUser(const SchemaCatalogue& catalogue,
             column.empty() || std::ranges::any_of(tokens, [&](const tsql::Token& token) {
                 return isName(token, column);
             });
-        if (uses) return each.name;
+        if (uses) return std::string(bareName(each.name));
     }
     return std::nullopt;
 }

@@ -9,7 +9,7 @@
 // Views and functions WITH SCHEMABINDING, which hold what they name.
 namespace kap::engine {
 
-// The name of one that names this object as dbo.name; with a column, one that also names that.
+// The name of one that names this object with its schema; with a column, one that also names that.
 [[nodiscard]] std::optional<std::string> schemaBoundUser(const SchemaCatalogue& catalogue,
                                                          std::string_view object,
                                                          std::string_view column = {});

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "base/ascii.hpp"
+#include "engine/catalog/object_names.hpp"
 #include "engine/catalog/source_text.hpp"
 #include "engine/catalog/table_text.hpp"
 #include "engine/values/text_units.hpp"
@@ -96,6 +97,16 @@ SchemaCatalogue::SchemaCatalogue(Database& database, Counters& counters)
       version_(database.handle(), "PRAGMA main.schema_version", StatementLife::Kept),
       stored_(database),
       modules_(kKeptModules) {}
+
+bool SchemaCatalogue::knows(std::string_view name) const {
+    if (!namesRead_) {
+        readNames();
+    }
+    return tables_.contains(folded(name)) ||
+           std::ranges::any_of(objects(), [&](const StoredObject& object) {
+               return object.kind <= StoredKind::Trigger && sameName(object.name, name);
+           });
+}
 
 const Table* SchemaCatalogue::find(std::string_view name) const {
     if (!namesRead_) {
@@ -266,7 +277,11 @@ template <class Statement>
 Statement SchemaCatalogue::definitionOf(const StoredObject& object) const {
     tsql::Script script = tsql::parseScript(object.text, parseOptions(object.quotedNames));
     auto* statement = script.size() == 1 ? std::get_if<Statement>(&script.front().node) : nullptr;
-    if (statement == nullptr || !sameName(statement->name.last(), object.name)) {
+    // It may have been moved to another schema since.
+    const bool same =
+        statement != nullptr && (sameName(statement->name.last(), bareName(object.name)) ||
+                                 sameName(statement->name.last(), object.name));
+    if (!same) {
         throw SqliteError(SQLITE_CORRUPT, "the text of '" + object.name + "' is that of another",
                           0);
     }
@@ -329,16 +344,19 @@ std::vector<std::shared_ptr<const Module>> SchemaCatalogue::triggersOf(
 }
 
 std::shared_ptr<const Module> SchemaCatalogue::parsed(const StoredObject& object) const {
-    if (const auto* found = modules_.find(object.text)) {
+    // The same text may stand in two schemas.
+    const std::string key = object.name + '\n' + object.text;
+    if (const auto* found = modules_.find(key)) {
         return *found;
     }
     auto module = std::make_shared<const Module>(
         Module{object, definitionOf<tsql::CreateModuleStatement>(object)});
-    return modules_.insert(object.text, std::move(module));
+    return modules_.insert(key, std::move(module));
 }
 
-std::optional<tsql::AliasType> SchemaCatalogue::aliasType(std::string_view name) const {
-    const StoredObject* object = findObject(StoredKind::Type, name);
+std::optional<tsql::AliasType> SchemaCatalogue::aliasType(const tsql::ObjectName& name) const {
+    const StoredObject* object =
+        findObject(StoredKind::Type, resolvedName(name, kDefaultSchema, *this));
     if (object == nullptr) {
         return std::nullopt;
     }
@@ -349,7 +367,7 @@ std::optional<tsql::AliasType> SchemaCatalogue::aliasType(std::string_view name)
 tsql::ParseOptions SchemaCatalogue::parseOptions(bool quotedNames) const {
     tsql::ParseOptions options;
     options.quotedNames = quotedNames;
-    options.aliasType = [this](std::string_view name) { return aliasType(name); };
+    options.aliasType = [this](const tsql::ObjectName& name) { return aliasType(name); };
     return options;
 }
 

@@ -32,7 +32,7 @@ struct Module {
 
 // A constraint or key of a table.
 struct ConstraintInfo {
-    std::string name;
+    std::string name;  // without schema, which is its table's
     const char* type;  // as sysobjects says: "PK", "UQ", "F ", "C ", "D "
     std::string table;
     std::vector<std::string> columns;
@@ -45,6 +45,9 @@ struct ConstraintInfo {
     bool enabled = true;
 };
 
+// Its stored name.
+[[nodiscard]] std::string storedName(const ConstraintInfo& constraint);
+
 struct IndexInfo {
     std::string name;
     std::string table;
@@ -55,6 +58,13 @@ struct IndexInfo {
     std::string filter;            // of which rows it is, as it was written; empty: of all
 };
 
+// A schema of the database.
+struct SchemaInfo {
+    std::string name;
+    std::int64_t id = 0;
+    bool made = false;  // by CREATE SCHEMA: it can be dropped
+};
+
 class SchemaCatalogue : public Catalogue {
 public:
     SchemaCatalogue(Database& database, Counters& counters);
@@ -63,6 +73,14 @@ public:
     [[nodiscard]] const View* findView(std::string_view name) const override;
     [[nodiscard]] const Function* findFunction(std::string_view name) const override;
     [[nodiscard]] std::optional<SystemRows> systemRows(const tsql::ObjectName& name) const override;
+
+    [[nodiscard]] bool knows(std::string_view name) const override;
+    [[nodiscard]] std::optional<std::string> schemaNamed(std::string_view name) const override;
+    [[nodiscard]] bool isDatabase(std::string_view name) const override;
+    // The schemas, those of every database first.
+    [[nodiscard]] std::vector<SchemaInfo> schemas() const;
+    // The number of a schema; 0 when there is none of that name.
+    [[nodiscard]] std::int64_t schemaId(std::string_view name) const;
 
     // The tables of the file, by name.
     [[nodiscard]] std::vector<const Table*> tables() const;
@@ -75,7 +93,7 @@ public:
     [[nodiscard]] std::vector<std::shared_ptr<const Module>> triggersOf(
         std::string_view table) const;
     // The type that a name given by CREATE TYPE stands for.
-    [[nodiscard]] std::optional<tsql::AliasType> aliasType(std::string_view name) const;
+    [[nodiscard]] std::optional<tsql::AliasType> aliasType(const tsql::ObjectName& name) const;
     // How scripts are to be read here.
     [[nodiscard]] tsql::ParseOptions parseOptions(bool quotedNames) const;
 
@@ -100,9 +118,10 @@ public:
     // What statements are made of has changed, though not the schema.
     void settingsChanged() noexcept { ++generation_; }
 
-    // The name that the database goes by: its file's, or the one that USE has given it.
-    [[nodiscard]] const std::string& databaseName() const noexcept { return databaseName_; }
-    void setDatabaseName(std::string name) { databaseName_ = std::move(name); }
+    // The name that the database goes by: its file's, or the one that USE has given it. It goes on
+    // being known by the ones before.
+    [[nodiscard]] const std::string& databaseName() const noexcept { return databaseNames_.back(); }
+    void setDatabaseName(std::string name);
 
     // Compares with the file's schema and forgets everything when it has changed. What find() then
     // answers holds as long as the transaction that this is called in.
@@ -150,9 +169,9 @@ private:
     mutable std::optional<std::vector<StoredObject>> objects_;
     mutable std::map<std::string, View> views_;          // by the folded name
     mutable std::map<std::string, Function> functions_;  // by the folded name
-    // By the text, so that they outlive a change of something else.
+    // By the name and the text, so that they outlive a change of something else.
     mutable LruCache<std::shared_ptr<const Module>> modules_;
-    std::string databaseName_;
+    std::vector<std::string> databaseNames_{std::string()};  // the one that counts last
 };
 
 }  // namespace kap::engine

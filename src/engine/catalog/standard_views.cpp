@@ -18,7 +18,8 @@ SystemRows tables(const SchemaCatalogue& catalogue) {
                      {"TABLE_TYPE", {SqlType::VarChar, 10}}},
                     {}};
     const auto add = [&](const std::string& name, const char* type) {
-        view.rows.push_back({text(catalogue.databaseName()), text("dbo"), text(name), text(type)});
+        view.rows.push_back(
+            {text(catalogue.databaseName()), schemaText(name), bare(name), text(type)});
     };
     for (const Table* table : catalogue.tables())
         add(table->name, "BASE TABLE");
@@ -57,8 +58,9 @@ SystemRows columns(const SchemaCatalogue& catalogue) {
             const bool dated = tsql::isDate(type.type);
             const bool given = column.defaultSql && !column.computed;
             view.rows.push_back(
-                {text(catalogue.databaseName()), text("dbo"), text(table->name), text(column.name),
-                 number(++ordinal), given ? text(shownDefinition(shownSource(column))) : Value(),
+                {text(catalogue.databaseName()), schemaText(table->name), bare(table->name),
+                 text(column.name), number(++ordinal),
+                 given ? text(shownDefinition(shownSource(column))) : Value(),
                  text(column.nullable ? "YES" : "NO"), text(tsql::typeName(type.type)),
                  lengthOf(type), counts ? number(tsql::precisionOf(type)) : Value(),
                  counts && !tsql::isApproximate(type.type) ? number(tsql::scaleOf(type)) : Value(),
@@ -78,19 +80,24 @@ SystemRows constraints(const SchemaCatalogue& catalogue) {
     SystemRows view{{{"CONSTRAINT_CATALOG", kName},
                      {"CONSTRAINT_SCHEMA", kName},
                      {"CONSTRAINT_NAME", kName},
+                     {"TABLE_CATALOG", kName},
+                     {"TABLE_SCHEMA", kName},
                      {"TABLE_NAME", kName},
                      {"CONSTRAINT_TYPE", {SqlType::VarChar, 11}}},
                     {}};
     for (const ConstraintInfo& each : catalogue.constraints()) {
         if (std::string_view(each.type) == "D ") continue;
-        view.rows.push_back({text(catalogue.databaseName()), text("dbo"), text(each.name),
-                             text(each.table), text(standardType(each.type))});
+        const Value database = text(catalogue.databaseName());
+        view.rows.push_back({database, schemaText(each.table), text(each.name), database,
+                             schemaText(each.table), bare(each.table),
+                             text(standardType(each.type))});
     }
     return view;
 }
 
 SystemRows keyColumns(const SchemaCatalogue& catalogue) {
-    SystemRows view{{{"CONSTRAINT_NAME", kName},
+    SystemRows view{{{"CONSTRAINT_SCHEMA", kName},
+                     {"CONSTRAINT_NAME", kName},
                      {"TABLE_SCHEMA", kName},
                      {"TABLE_NAME", kName},
                      {"COLUMN_NAME", kName},
@@ -101,8 +108,8 @@ SystemRows keyColumns(const SchemaCatalogue& catalogue) {
         if (type == "D " || type == "C ") continue;
         std::int64_t ordinal = 0;
         for (const std::string& column : each.columns) {
-            view.rows.push_back(
-                {text(each.name), text("dbo"), text(each.table), text(column), number(++ordinal)});
+            view.rows.push_back({schemaText(each.table), text(each.name), schemaText(each.table),
+                                 bare(each.table), text(column), number(++ordinal)});
         }
     }
     return view;
@@ -116,8 +123,8 @@ SystemRows viewTexts(const SchemaCatalogue& catalogue) {
                     {}};
     for (const StoredObject& object : catalogue.objects()) {
         if (object.kind != StoredKind::View) continue;
-        view.rows.push_back(
-            {text(catalogue.databaseName()), text("dbo"), text(object.name), text(object.text)});
+        view.rows.push_back({text(catalogue.databaseName()), schemaText(object.name),
+                             bare(object.name), text(object.text)});
     }
     return view;
 }
@@ -130,7 +137,7 @@ SystemRows routines(const SchemaCatalogue& catalogue) {
                     {}};
     for (const StoredObject& object : catalogue.objects()) {
         if (object.kind != StoredKind::Procedure && object.kind != StoredKind::Function) continue;
-        view.rows.push_back({text("dbo"), text(object.name),
+        view.rows.push_back({schemaText(object.name), bare(object.name),
                              text(object.kind == StoredKind::Procedure ? "PROCEDURE" : "FUNCTION"),
                              text(object.text)});
     }
@@ -155,7 +162,7 @@ SystemRows parameters(const SchemaCatalogue& catalogue) {
         std::int64_t ordinal = 0;
         for (const tsql::ParameterDefinition& each : module->definition.parameters) {
             const bool exact = tsql::isDecimal(each.type.type);
-            view.rows.push_back({text("dbo"), text(object.name), number(++ordinal),
+            view.rows.push_back({schemaText(object.name), bare(object.name), number(++ordinal),
                                  text(each.output ? "INOUT" : "IN"), text(each.name),
                                  text(tsql::typeName(each.type.type)), lengthOf(each.type),
                                  exact ? number(each.type.precision) : Value(),
@@ -165,7 +172,15 @@ SystemRows parameters(const SchemaCatalogue& catalogue) {
     return view;
 }
 
+SystemRows schemata(const SchemaCatalogue& catalogue) {
+    SystemRows view{{{"CATALOG_NAME", kName}, {"SCHEMA_NAME", kName}, {"SCHEMA_OWNER", kName}}, {}};
+    for (const SchemaInfo& schema : catalogue.schemas())
+        view.rows.push_back({text(catalogue.databaseName()), text(schema.name), text("dbo")});
+    return view;
+}
+
 constexpr auto kStandardViews = std::to_array<View>({
+    {"information_schema", "schemata", schemata},
     {"information_schema", "tables", tables},
     {"information_schema", "columns", columns},
     {"information_schema", "views", viewTexts},

@@ -3,8 +3,16 @@
 #include <kaputil/automation/plain_text.hpp>
 
 #include "base/ascii.hpp"
+#include "engine/catalog/object_names.hpp"
+#include "engine/catalog/tables.hpp"
 
 namespace kap::engine {
+
+// A name with a point that was given before there were schemas has none.
+std::string nameAtParent(const StoredObject& object) {
+    const bool qualified = sameName(schemaOf(object.name), schemaOf(object.parent));
+    return qualified ? std::string(bareName(object.name)) : object.name;
+}
 
 bool StoredObjects::exists() const {
     PreparedStatement look(database_.handle(),
@@ -66,7 +74,17 @@ void StoredObjects::removeOf(std::string_view parent) {
     changed();
 }
 
-void StoredObjects::rename(std::string_view parent, std::string_view newName) {
+void StoredObjects::rename(StoredKind kind, std::string_view name, std::string_view newName) {
+    PreparedStatement rename(database_.handle(),
+                             "UPDATE main.kap_objects SET name = ?3 WHERE kind = ?1 AND name = ?2");
+    rename.bind(1, static_cast<std::int64_t>(kind));
+    rename.bind(2, name);
+    rename.bind(3, newName);
+    rename.run();
+    changed();
+}
+
+void StoredObjects::renameParent(std::string_view parent, std::string_view newName) {
     if (!exists()) {
         return;
     }

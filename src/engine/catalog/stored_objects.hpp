@@ -10,8 +10,8 @@
 namespace kap::engine {
 
 // The table of the file that holds what SQLite has no place for: views, procedures, functions and
-// triggers as they were written, types with names, keys that were added to a table later, and
-// constraints that are switched off. Clients see it only through the views that describe the
+// triggers as they were written, types with names, schemas, keys that were added to a table later,
+// and constraints that are switched off. Clients see it only through the views that describe the
 // database.
 inline constexpr const char* kObjectsTable = "kap_objects";
 
@@ -24,6 +24,7 @@ enum class StoredKind : std::uint8_t {
     PrimaryKey,
     UniqueKey,
     DisabledConstraint,
+    Schema,
 };
 
 // What stands for the parent of a type that takes no nulls.
@@ -32,12 +33,15 @@ inline constexpr std::string_view kNotNull = "not null";
 struct StoredObject {
     std::int64_t id = 0;
     StoredKind kind = StoredKind::View;
-    std::string name;
+    std::string name;    // its stored name (see object_names.hpp)
     std::string parent;  // the table of a trigger, a key or a constraint
     std::string text;
     bool enabled = true;
     bool quotedNames = true;  // what double quotes in the text mean
 };
+
+// The name of a constraint, key or trigger without its schema, which is that of its table.
+[[nodiscard]] std::string nameAtParent(const StoredObject& object);
 
 class StoredObjects {
 public:
@@ -50,7 +54,8 @@ public:
     void put(const StoredObject& object);
     void remove(StoredKind kind, std::string_view name);
     void removeOf(std::string_view parent);
-    void rename(std::string_view parent, std::string_view newName);
+    void rename(StoredKind kind, std::string_view name, std::string_view newName);
+    void renameParent(std::string_view parent, std::string_view newName);
     void setEnabled(StoredKind kind, std::string_view name, bool enabled);
 
 private:

@@ -4,6 +4,7 @@
 
 #include "base/ascii.hpp"
 #include "engine/catalog/object_ids.hpp"
+#include "engine/catalog/object_names.hpp"
 #include "engine/catalog/schema_catalogue.hpp"
 #include "engine/catalog/view_rows.hpp"
 
@@ -21,7 +22,7 @@ constexpr TypeSpec kTwo{SqlType::Char, 2};
 // --- Objects
 
 struct ObjectRow {
-    std::string name;
+    std::string name;  // with its schema, as the file stores it
     std::string type;
     std::string parent;
 };
@@ -36,7 +37,7 @@ std::vector<ObjectRow> objectRows(const SchemaCatalogue& catalogue) {
         }
     }
     for (const ConstraintInfo& constraint : catalogue.constraints()) {
-        rows.push_back({constraint.name, constraint.type, constraint.table});
+        rows.push_back({storedName(constraint), constraint.type, constraint.table});
     }
     return rows;
 }
@@ -80,9 +81,9 @@ SystemRows sysobjects(const SchemaCatalogue& catalogue) {
                     {}};
     for (const ObjectRow& row : objectRows(catalogue)) {
         const std::string older = row.type == "PK" || row.type == "UQ" ? "K " : row.type;
-        view.rows.push_back({text(row.name), number(objectId(row.name)), text(row.type),
-                             text(older), number(1), parentId(row), number(sysstat(row.type)),
-                             number(0)});
+        view.rows.push_back({bare(row.name), number(objectId(row.name)), text(row.type),
+                             text(older), schemaNumber(catalogue, row.name), parentId(row),
+                             number(sysstat(row.type)), number(0)});
     }
     return view;
 }
@@ -98,8 +99,9 @@ SystemRows sysObjects(const SchemaCatalogue& catalogue, std::string_view types) 
                     {}};
     for (const ObjectRow& row : objectRows(catalogue)) {
         if (!types.empty() && types.find(row.type) == std::string_view::npos) continue;
-        view.rows.push_back({text(row.name), number(objectId(row.name)), number(1), parentId(row),
-                             text(row.type), text(typeDescription(row.type)), flag(false)});
+        view.rows.push_back({bare(row.name), number(objectId(row.name)),
+                             schemaNumber(catalogue, row.name), parentId(row), text(row.type),
+                             text(typeDescription(row.type)), flag(false)});
     }
     return view;
 }
@@ -109,7 +111,7 @@ SystemRows sysTriggers(const SchemaCatalogue& catalogue) {
         {{"name", kName}, {"object_id", kInt}, {"parent_id", kInt}, {"is_disabled", kBit}}, {}};
     for (const StoredObject& object : catalogue.objects()) {
         if (object.kind != StoredKind::Trigger) continue;
-        view.rows.push_back({text(object.name), number(objectId(object.name)),
+        view.rows.push_back({bare(object.name), number(objectId(object.name)),
                              number(objectId(object.parent)), flag(!object.enabled)});
     }
     return view;
@@ -144,8 +146,9 @@ std::vector<SqlType> typesById() {
 // The number of the constraint that holds a column's default; 0 without one.
 Value defaultId(const Table& table, const Column& column) {
     if (!column.defaultSql || column.computed) return number(0);
-    const std::string made = "DF_" + table.name + "_" + column.name;
-    return number(objectId(column.defaultName.empty() ? made : column.defaultName));
+    const std::string& given = column.defaultName;
+    return number(objectId(storedName(schemaOf(table.name),
+                                      given.empty() ? unnamedDefault(table, column.name) : given)));
 }
 
 SystemRows columnRows(const SchemaCatalogue& catalogue, bool modern) {
@@ -198,7 +201,7 @@ SystemRows typeRows(const SchemaCatalogue& catalogue, bool modern) {
         if (object.kind != StoredKind::Type) continue;
         const TypeSpec type = tsql::parseType(object.text);
         constexpr std::int64_t kFirstUserType = 256;
-        view.rows.push_back({text(object.name), number(typeId(type.type)),
+        view.rows.push_back({bare(object.name), number(typeId(type.type)),
                              number(kFirstUserType + object.id), number(tsql::bytesOf(type)),
                              number(1)});
     }
@@ -207,25 +210,35 @@ SystemRows typeRows(const SchemaCatalogue& catalogue, bool modern) {
 
 // --- The database itself
 
+constexpr std::array kServersDatabases{"master", "tempdb", "model", "msdb"};
+
+bool isOfEveryServer(std::string_view database) {
+    return std::ranges::any_of(kServersDatabases,
+                               [&](const char* each) { return sameName(each, database); });
+}
+
 SystemRows databases(const SchemaCatalogue& catalogue, bool modern) {
     SystemRows view{{{"name", kName}, {modern ? "database_id" : "dbid", kInt}}, {}};
-    constexpr std::array kOwn{"master", "tempdb", "model", "msdb"};
     std::int64_t id = 0;
-    for (const char* name : kOwn)
+    for (const char* name : kServersDatabases)
         view.rows.push_back({text(name), number(++id)});
     // A new file has no database that a script could find and drop.
-    const bool listed =
-        !catalogue.tables().empty() && std::ranges::none_of(kOwn, [&](const char* own) {
-            return sameName(own, catalogue.databaseName());
-        });
-    if (listed) view.rows.push_back({text(catalogue.databaseName()), number(++id)});
+    if (!catalogue.tables().empty() && !isOfEveryServer(catalogue.databaseName()))
+        view.rows.push_back({text(catalogue.databaseName()), number(++id)});
     return view;
 }
 
-SystemRows owners(bool modern) {
-    SystemRows view{{{"name", kName}, {modern ? "schema_id" : "uid", kInt}}, {}};
+SystemRows owners(const SchemaCatalogue& /*catalogue*/) {
+    SystemRows view{{{"name", kName}, {"uid", kInt}}, {}};
     view.rows.push_back({text("dbo"), number(1)});
-    view.rows.push_back({text(modern ? "guest" : "public"), number(modern ? 2 : 0)});
+    view.rows.push_back({text("public"), number(0)});
+    return view;
+}
+
+SystemRows schemaRows(const SchemaCatalogue& catalogue) {
+    SystemRows view{{{"name", kName}, {"schema_id", kInt}, {"principal_id", kInt}}, {}};
+    for (const SchemaInfo& schema : catalogue.schemas())
+        view.rows.push_back({text(schema.name), number(schema.id), number(1)});
     return view;
 }
 
@@ -235,7 +248,7 @@ constexpr auto kSystemViews = std::to_array<views::View>({
     {"", "systypes", [](const SchemaCatalogue& c) { return typeRows(c, false); }},
     {"", "syscomments", [](const SchemaCatalogue& c) { return syscomments(c, false); }},
     {"", "sysdatabases", [](const SchemaCatalogue& c) { return databases(c, false); }},
-    {"", "sysusers", [](const SchemaCatalogue&) { return owners(false); }},
+    {"", "sysusers", owners},
     {"sys", "objects", [](const SchemaCatalogue& c) { return sysObjects(c, ""); }},
     {"sys", "tables", [](const SchemaCatalogue& c) { return sysObjects(c, "U "); }},
     {"sys", "views", [](const SchemaCatalogue& c) { return sysObjects(c, "V "); }},
@@ -245,7 +258,7 @@ constexpr auto kSystemViews = std::to_array<views::View>({
     {"sys", "types", [](const SchemaCatalogue& c) { return typeRows(c, true); }},
     {"sys", "sql_modules", [](const SchemaCatalogue& c) { return syscomments(c, true); }},
     {"sys", "databases", [](const SchemaCatalogue& c) { return databases(c, true); }},
-    {"sys", "schemas", [](const SchemaCatalogue&) { return owners(true); }},
+    {"sys", "schemas", schemaRows},
 });
 
 }  // namespace
@@ -254,8 +267,13 @@ constexpr auto kSystemViews = std::to_array<views::View>({
 // "master.dbo.sysdatabases" and "master..sysdatabases" are the same views: there is one database.
 std::optional<SystemRows> SchemaCatalogue::systemRows(const tsql::ObjectName& name) const {
     const std::string last = asciiLower(name.last());
-    std::string owner = name.parts.size() > 1 ? asciiLower(name.parts[name.parts.size() - 2]) : "";
-    if (owner == "dbo" || owner == "master" || sameName(owner, databaseName_)) owner.clear();
+    const std::size_t parts = name.parts.size();
+    if (parts > 3 || (parts == 3 && !isDatabase(name.parts.front()) &&
+                      !views::isOfEveryServer(name.parts.front()))) {
+        return std::nullopt;
+    }
+    std::string owner = parts > 1 ? asciiLower(name.parts[parts - 2]) : "";
+    if (owner == "dbo") owner.clear();
     for (const std::span<const views::View> list :
          {std::span<const views::View>(views::kSystemViews), views::keyViews(), views::indexViews(),
           views::constraintViews(), views::standardViews()}) {

@@ -4,6 +4,7 @@
 
 #include "base/ascii.hpp"
 #include "engine/catalog/counters.hpp"
+#include "engine/catalog/object_names.hpp"
 #include "engine/catalog/stored_objects.hpp"
 #include "engine/values/text_units.hpp"
 
@@ -15,12 +16,25 @@ const Column* Table::find(std::string_view column) const {
     return found == columns.end() ? nullptr : &*found;
 }
 
+std::string_view Table::shown() const {
+    return bareName(name);
+}
+
+std::optional<std::string> Catalogue::schemaNamed(std::string_view name) const {
+    return sameName(name, kDefaultSchema) ? std::optional(std::string(kDefaultSchema))
+                                          : std::nullopt;
+}
+
 std::vector<std::vector<std::string>> Catalogue::candidateKeys(const Table& table) const {
     std::vector<std::vector<std::string>> keys(1);
     for (const Column& column : table.columns) {
         if (column.keyOrdinal > 0) keys.front().push_back(column.name);
     }
     return keys;
+}
+
+std::string unnamedDefault(const Table& table, std::string_view column) {
+    return "DF_" + std::string(table.shown()) + "_" + std::string(column);
 }
 
 // Letters beyond A-Z are looked at only where there are any.

@@ -42,7 +42,7 @@ struct Column {
 
 // A stored table.
 struct Table {
-    std::string name;
+    std::string name;        // its stored name
     bool temporary = false;  // lives in SQLite's "temp" schema; its name starts with #
     std::vector<Column> columns;
     // The events (TriggerEvents) for which the table has triggers.
@@ -50,6 +50,8 @@ struct Table {
 
     // The column of that name (case ignored), or null.
     [[nodiscard]] const Column* find(std::string_view column) const;
+    // The name without its schema, as most messages show it.
+    [[nodiscard]] std::string_view shown() const;
 };
 
 // A stored query that is read like a table.
@@ -99,14 +101,25 @@ public:
     Catalogue& operator=(const Catalogue&) = delete;
     virtual ~Catalogue() = default;
 
-    // The table of that name (case ignored, without owner), or null. The answer stays valid until
-    // the schema changes.
+    // The table of that stored name (case ignored; see object_names.hpp), or null. The answer stays
+    // valid until the schema changes.
     [[nodiscard]] virtual const Table* find(std::string_view name) const = 0;
     // The same for views and functions.
     [[nodiscard]] virtual const View* findView(std::string_view /*name*/) const { return nullptr; }
     [[nodiscard]] virtual const Function* findFunction(std::string_view /*name*/) const {
         return nullptr;
     }
+    // Whether there is an object of that stored name that names can mean.
+    [[nodiscard]] virtual bool knows(std::string_view name) const {
+        return find(name) != nullptr || findView(name) != nullptr;
+    }
+    // A schema in its own spelling; nothing when there is none of that name.
+    [[nodiscard]] virtual std::optional<std::string> schemaNamed(std::string_view name) const;
+    [[nodiscard]] bool hasSchema(std::string_view name) const {
+        return schemaNamed(name).has_value();
+    }
+    // Whether this database goes by that name.
+    [[nodiscard]] virtual bool isDatabase(std::string_view /*name*/) const { return true; }
     // The columns of each key of a table that foreign keys can refer to.
     [[nodiscard]] virtual std::vector<std::vector<std::string>> candidateKeys(
         const Table& table) const;
@@ -126,6 +139,9 @@ public:
         return std::nullopt;
     }
 };
+
+// The name under which a default that was not named is listed.
+[[nodiscard]] std::string unnamedDefault(const Table& table, std::string_view column);
 
 // Whether two names of the database are the same: letter case is ignored in every language.
 [[nodiscard]] bool sameName(std::string_view left, std::string_view right);

@@ -3,7 +3,21 @@
 #include <algorithm>
 #include <utility>
 
+#include "engine/catalog/object_names.hpp"
+
 namespace kap::engine::views {
+
+Value bare(std::string_view storedName) {
+    return std::string(bareName(storedName));
+}
+
+Value schemaNumber(const SchemaCatalogue& catalogue, std::string_view storedName) {
+    return catalogue.schemaId(schemaOf(storedName));
+}
+
+Value schemaText(std::string_view storedName) {
+    return std::string(schemaOf(storedName));
+}
 
 std::int64_t placeOfColumn(const SchemaCatalogue& catalogue, std::string_view table,
                            std::string_view column) {

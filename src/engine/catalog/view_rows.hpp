@@ -31,6 +31,12 @@ inline Value text(std::string value) {
     return value;
 }
 
+// The name of an object, which is known with its schema, and the number of that schema.
+[[nodiscard]] Value bare(std::string_view storedName);
+[[nodiscard]] Value schemaNumber(const SchemaCatalogue& catalogue, std::string_view storedName);
+// The name of its schema.
+[[nodiscard]] Value schemaText(std::string_view storedName);
+
 // The place of a column in its table, from 1; 0 when there is no such table or column.
 [[nodiscard]] std::int64_t placeOfColumn(const SchemaCatalogue& catalogue, std::string_view table,
                                          std::string_view column);

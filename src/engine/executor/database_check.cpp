@@ -363,7 +363,9 @@ private:
                 static_cast<void>(catalogue_.findModule(object.kind, object.name));
                 return;
             case StoredKind::Type:
-                static_cast<void>(catalogue_.aliasType(object.name));
+                static_cast<void>(tsql::parseType(object.text));
+                return;
+            case StoredKind::Schema:
                 return;
             case StoredKind::PrimaryKey:
             case StoredKind::UniqueKey:

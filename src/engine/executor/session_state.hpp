@@ -57,6 +57,7 @@ struct Handler {
 struct Frame {
     explicit Frame(Program& ran) : program(ran), values(ran.names().variables().size()) {}
 
+    // The stored name of the module; empty for a batch.
     [[nodiscard]] std::string procedure() const {
         return program.module == nullptr ? std::string() : program.module->object.name;
     }

@@ -1,5 +1,6 @@
 #include <algorithm>
 
+#include "engine/catalog/object_names.hpp"
 #include "engine/catalog/schema_binding.hpp"
 #include "engine/executor/statement_runner.hpp"
 #include "engine/executor/violations.hpp"
@@ -64,7 +65,7 @@ void StatementRunner::runDefinition(const Translation& made, const tsql::Stateme
 namespace {
 
 tsql::ServerError indexExists(const std::string& name, const std::string& table) {
-    return {tsql::Message::IndexExists, {name, table}};
+    return {tsql::Message::IndexExists, {name, bareName(table)}};
 }
 
 }  // namespace
@@ -114,7 +115,7 @@ void StatementRunner::checkReferences(const Translation& translation,
     }
     if (truncates && !translation.temporary) tables.push_back(translation.table);
     for (const std::string& table : tables) {
-        if (!truncates) refuseSchemaBound(catalogue_, "DROP TABLE", table, "dbo." + table, 0);
+        if (!truncates) refuseSchemaBound(catalogue_, "DROP TABLE", table, withSchema(table), 0);
         PreparedStatement look(
             connection_.handle(),
             "SELECT m.name FROM main.sqlite_schema AS m, pragma_foreign_key_list(m.name, 'main') "

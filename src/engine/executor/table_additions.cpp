@@ -1,5 +1,6 @@
 #include <algorithm>
 
+#include "engine/catalog/object_names.hpp"
 #include "engine/executor/table_changer.hpp"
 #include "engine/executor/violations.hpp"
 #include "engine/plan/statements.hpp"
@@ -10,8 +11,9 @@ namespace kap::engine {
 
 using tsql::ServerError;
 
-// The name of a constraint is given once in the file.
-void TableChanger::checkNames(const tsql::TableElements& added, int line) const {
+// The name of a constraint is given once in its schema.
+void TableChanger::checkNames(const Table& table, const tsql::TableElements& added,
+                              int line) const {
     std::vector<std::string> names;
     const auto note = [&](const auto& list) {
         for (const auto& each : list)
@@ -23,6 +25,7 @@ void TableChanger::checkNames(const tsql::TableElements& added, int line) const 
     for (const auto& [column, option] : added.defaults)
         names.push_back(option.constraintName);
     for (const ConstraintInfo& known : catalogue_.constraints()) {
+        if (!sameName(schemaOf(known.table), schemaOf(table.name))) continue;
         const auto taken = std::ranges::find_if(
             names, [&](const std::string& name) { return sameName(name, known.name); });
         if (taken == names.end()) continue;
@@ -33,7 +36,7 @@ void TableChanger::checkNames(const tsql::TableElements& added, int line) const 
 void TableChanger::add(const Table& table, const tsql::AlterTableStatement& statement,
                        const NameScope& names, int line) {
     const tsql::TableElements& added = statement.added;
-    checkNames(added, line);
+    checkNames(table, added, line);
     TableBuilder builder(names, table);
     const TableText before = textOf(table);
     for (const TableText::Element& element : before.elements()) {
@@ -89,7 +92,8 @@ void TableChanger::addColumn(const Table& table, const Column& column,
         // A row that has no value of its own would read the default.
         value = fillsRows(column, added) ? *column.defaultSql : "NULL";
     } else if (!column.nullable && hasRows("SELECT 1 FROM " + target)) {
-        throw ServerError(tsql::Message::AddedColumnNeedsDefault, {column.name, table.name}, line);
+        throw ServerError(tsql::Message::AddedColumnNeedsDefault, {column.name, table.shown()},
+                          line);
     }
     if (!value.empty()) run("UPDATE " + target + " SET " + sqlName(column.name) + " = " + value);
     TableText text = textOf(table);
@@ -112,7 +116,8 @@ void TableChanger::addKeys(const Table& table, const TableBuilder& builder, int 
         }
         if (table.temporary) continue;
         catalogue_.stored().put({0, key.primary ? StoredKind::PrimaryKey : StoredKind::UniqueKey,
-                                 key.name, table.name, nameList(key.columns)});
+                                 storedName(schemaOf(table.name), key.name), table.name,
+                                 nameList(key.columns)});
     }
 }
 
@@ -159,7 +164,7 @@ void TableChanger::checkRows(const Table& table, const TableText::Element& const
     if (!violated) return;
     throw ServerError(tsql::Message::ConstraintConflict,
                       {"ALTER TABLE", constraint.isForeignKey() ? "FOREIGN KEY" : "CHECK",
-                       constraint.name, catalogue_.databaseName(), table.name, ""},
+                       constraint.name, catalogue_.databaseName(), withSchema(table.name), ""},
                       line);
 }
 

@@ -6,6 +6,7 @@
 
 #include "base/ascii.hpp"
 #include "engine/catalog/definition_tokens.hpp"
+#include "engine/catalog/object_names.hpp"
 #include "engine/catalog/schema_binding.hpp"
 #include "engine/catalog/source_text.hpp"
 #include "engine/plan/statements.hpp"
@@ -37,12 +38,6 @@ private:
 };
 
 }  // namespace
-
-const Table& TableChanger::requireTable(const std::string& name, int line) const {
-    const Table* table = catalogue_.find(name);
-    if (table != nullptr) return *table;
-    throw ServerError(tsql::Message::TableToAlterNotFound, {name}, line);
-}
 
 void TableChanger::run(const std::string& sql) {
     PreparedStatement(connection_.handle(), sql).run();
@@ -90,8 +85,11 @@ void TableChanger::setText(const Table& table, const TableText& text) {
 void TableChanger::alter(const tsql::AlterTableStatement& statement, const NameScope& names,
                          int line) {
     const Table* found = findTable(statement.table, names);
+    if (found == nullptr) {
+        throw ServerError(tsql::Message::TableToAlterNotFound, {statement.table.text()}, line);
+    }
     // The catalogue reads the table again while it is being changed.
-    const Table table = found != nullptr ? *found : requireTable(statement.table.text(), line);
+    const Table table = *found;
     switch (statement.action) {
         case Action::Add:
             add(table, statement, names, line);
@@ -121,7 +119,7 @@ void TableChanger::alterColumn(const Table& table, const tsql::ColumnDefinition&
     const Column* before = table.find(definition.name);
     if (before == nullptr) {
         throw ServerError(tsql::Message::ColumnToAlterNotFound,
-                          {"ALTER COLUMN", definition.name, table.name}, line);
+                          {"ALTER COLUMN", definition.name, table.shown()}, line);
     }
     if (before->computed || before->isRowVersion() ||
         definition.type.type == tsql::SqlType::Timestamp) {
@@ -138,7 +136,8 @@ void TableChanger::alterColumn(const Table& table, const tsql::ColumnDefinition&
     const std::string converted = binder.stored(value, after.type, line);
     if (converted != name) run("UPDATE " + target + " SET " + name + " = " + converted);
     if (!after.nullable && hasRows("SELECT 1 FROM " + target + " WHERE " + name + " IS NULL")) {
-        throw ServerError(tsql::Message::NullRefused, {before->name, table.name, "UPDATE"}, line);
+        throw ServerError(tsql::Message::NullRefused, {before->name, table.shown(), "UPDATE"},
+                          line);
     }
     const TableBuilder builder(names, table);
     TableText text = textOf(table);
@@ -148,19 +147,61 @@ void TableChanger::alterColumn(const Table& table, const tsql::ColumnDefinition&
     run("REINDEX " + target);
 }
 
-void TableChanger::renameTable(const std::string& name, const std::string& newName, int line) {
-    const Table table = requireTable(name, line);
-    if (catalogue_.find(newName) != nullptr || isKeptByTheFile(newName)) {
-        throw ServerError(tsql::Message::RenameTargetExists, {newName, "OBJECT"}, line);
-    }
+void TableChanger::renameTable(const Table& table, const std::string& newName) {
+    Table renamed = table;
+    renamed.name = newName;
     run("ALTER TABLE " + tableSql(table.name, table.temporary) + " RENAME TO " + sqlName(newName));
+    renameIndexes(table, renamed);
     counters_.rename(table, newName);
-    catalogue_.stored().rename(table.name, newName);
+    moveConstraints(table, renamed);
+    catalogue_.stored().renameParent(table.name, newName);
 }
 
-void TableChanger::renameColumn(const std::string& name, const std::string& column,
+// An index bears the name of its table before its own.
+void TableChanger::renameIndexes(const Table& before, const Table& after) {
+    const std::string prefix = indexName(before, "");
+    std::vector<std::pair<std::string, std::string>> indexes;  // by name, with what makes them
+    {
+        PreparedStatement look(connection_.handle(),
+                               std::string("SELECT name, sql FROM ") +
+                                   (after.temporary ? "temp" : "main") +
+                                   ".sqlite_schema WHERE type = 'index' AND tbl_name = ?1 AND sql "
+                                   "IS NOT NULL");
+        look.bind(1, std::string_view(after.name));
+        while (look.step())
+            indexes.emplace_back(look.text(0), look.text(1));
+    }
+    for (const auto& [name, sql] : indexes) {
+        const std::string quoted = sqlName(name);
+        const std::size_t place = sql.find(quoted);
+        if (!name.starts_with(prefix) || place == std::string::npos) continue;
+        const std::string own = indexName(after, name.substr(prefix.size()));
+        run(std::string("DROP INDEX ") + (after.temporary ? "temp." : "main.") + quoted);
+        run(std::string(sql).replace(
+            place, quoted.size(), std::string(after.temporary ? "temp." : "main.") + sqlName(own)));
+    }
+}
+
+// Triggers, keys and constraints go to another schema with their table. What refers to it by the
+// text of a constraint that is switched off goes on doing so.
+void TableChanger::moveConstraints(const Table& before, const Table& after) {
+    const std::string refers = "REFERENCES " + sqlName(before.name) + " (";
+    for (StoredObject object : std::vector<StoredObject>(catalogue_.stored().all())) {
+        const std::size_t place = object.kind == StoredKind::DisabledConstraint
+                                      ? object.text.find(refers)
+                                      : std::string::npos;
+        if (place != std::string::npos) {
+            object.text.replace(place, refers.size(), "REFERENCES " + sqlName(after.name) + " (");
+            catalogue_.stored().put(object);
+        }
+        if (!sameName(object.parent, before.name)) continue;
+        const std::string name = storedName(schemaOf(after.name), nameAtParent(object));
+        if (name != object.name) catalogue_.stored().rename(object.kind, object.name, name);
+    }
+}
+
+void TableChanger::renameColumn(const Table& table, const std::string& column,
                                 const std::string& newName, int line) {
-    const Table table = requireTable(name, line);
     const Column* found = table.find(column);
     if (found == nullptr) {
         throw ServerError(tsql::Message::AmbiguousRename, {}, line);
@@ -196,10 +237,10 @@ void TableChanger::dropColumns(const Table& table, const tsql::AlterTableStateme
         if (column == nullptr && statement.ifExists) continue;
         if (column == nullptr) {
             throw ServerError(tsql::Message::ColumnToAlterNotFound,
-                              {"DROP COLUMN", name, table.name}, line);
+                              {"DROP COLUMN", name, table.shown()}, line);
         }
         if (table.columns.size() == 1) {
-            throw ServerError(tsql::Message::OnlyDataColumn, {column->name, table.name}, line);
+            throw ServerError(tsql::Message::OnlyDataColumn, {column->name, table.shown()}, line);
         }
         const ServerError failed(tsql::Message::ColumnIsUsed, {column->name}, line);
         if (const std::string dependent = dependentOn(table, *column); !dependent.empty()) {
@@ -240,7 +281,7 @@ std::string TableChanger::dependentOn(const Table& table, const Column& column) 
     }
     // The constraints of temporary tables are not listed.
     if (table.temporary && column.defaultSql && !column.computed) {
-        return "The object 'DF_" + table.name + "_" + column.name + "'";
+        return "The object '" + unnamedDefault(table, column.name) + "'";
     }
     return {};
 }
@@ -266,7 +307,7 @@ void TableChanger::dropConstraints(const Table& table, const tsql::AlterTableSta
             const Column* own = table.find(element.name);
             const bool unnamed =
                 given.empty() && own != nullptr && own->defaultSql && !own->computed;
-            return sameName(unnamed ? "DF_" + table.name + "_" + element.name : given, name);
+            return sameName(unnamed ? unnamedDefault(table, element.name) : given, name);
         });
         if (column != text.elements().end()) {
             TableText::Element* changed = text.column(column->name);
@@ -283,10 +324,11 @@ bool TableChanger::dropLaterKey(const Table& table, const std::string& name) {
     for (const StoredObject& object : catalogue_.objects()) {
         const bool key =
             object.kind == StoredKind::PrimaryKey || object.kind == StoredKind::UniqueKey;
-        if (!key || !sameName(object.parent, table.name) || !sameName(object.name, name)) continue;
+        const std::string own = nameAtParent(object);
+        if (!key || !sameName(object.parent, table.name) || !sameName(own, name)) continue;
         const StoredObject found = object;
-        refuseServing(table, found.name, tsql::parseNames(found.text));
-        const std::string index = indexName(table, found.name);
+        refuseServing(table, own, tsql::parseNames(found.text));
+        const std::string index = indexName(table, own);
         run("DROP INDEX main." + sqlName(index));
         run("DROP INDEX IF EXISTS main." + sqlName(index + " (nulls)"));
         catalogue_.stored().remove(found.kind, found.name);
@@ -300,7 +342,8 @@ void TableChanger::refuseServing(const Table& table, const std::string& key,
                                  const std::vector<std::string>& columns) const {
     const auto foreign = catalogue_.servedBy(table, columns);
     if (!foreign) return;
-    throw ServerError(tsql::Message::ConstraintIsReferenced, {key, foreign->table, foreign->name});
+    throw ServerError(tsql::Message::ConstraintIsReferenced,
+                      {key, bareName(foreign->table), foreign->name});
 }
 
 // A key that was made with its table has an index that SQLite drops with nothing but the table: the
@@ -360,7 +403,7 @@ void TableChanger::switchConstraints(const Table& table, const tsql::AlterTableS
         const std::vector<StoredObject> objects = catalogue_.objects();
         for (const StoredObject& object : objects) {
             if (object.kind != StoredKind::DisabledConstraint ||
-                !sameName(object.parent, table.name) || !meant(object.name)) {
+                !sameName(object.parent, table.name) || !meant(nameAtParent(object))) {
                 continue;
             }
             added.push_back(constraintElement(object.text));
@@ -385,8 +428,9 @@ void TableChanger::switchConstraints(const Table& table, const tsql::AlterTableS
     }
     for (const TableText::Element& element : removed) {
         text.remove(text.constraint(element.name));
-        catalogue_.stored().put(
-            {0, StoredKind::DisabledConstraint, element.name, table.name, element.text});
+        catalogue_.stored().put({0, StoredKind::DisabledConstraint,
+                                 storedName(schemaOf(table.name), element.name), table.name,
+                                 element.text});
     }
     setText(table, text);
 }
@@ -397,17 +441,17 @@ void TableChanger::switchTriggers(const Table& table, const tsql::AlterTableStat
     const std::vector<StoredObject> objects = catalogue_.objects();
     for (const StoredObject& object : objects) {
         const bool own = object.kind == StoredKind::Trigger && sameName(object.parent, table.name);
-        if (own && statement.names.empty()) names.push_back(object.name);
+        if (own && statement.names.empty()) names.push_back(nameAtParent(object));
     }
     for (const std::string& name : names) {
-        const bool known = std::ranges::any_of(objects, [&](const StoredObject& object) {
+        const auto known = std::ranges::find_if(objects, [&](const StoredObject& object) {
             return object.kind == StoredKind::Trigger && sameName(object.parent, table.name) &&
-                   sameName(object.name, name);
+                   sameName(nameAtParent(object), name);
         });
-        if (!known) {
-            throw ServerError(tsql::Message::UnknownTrigger, {name, table.name}, line);
+        if (known == objects.end()) {
+            throw ServerError(tsql::Message::UnknownTrigger, {name, table.shown()}, line);
         }
-        catalogue_.stored().setEnabled(StoredKind::Trigger, name, statement.enable);
+        catalogue_.stored().setEnabled(StoredKind::Trigger, known->name, statement.enable);
     }
 }
 

@@ -26,25 +26,28 @@ public:
         : connection_(connection), catalogue_(catalogue), counters_(counters) {}
 
     void alter(const tsql::AlterTableStatement& statement, const NameScope& names, int line);
-    void renameTable(const std::string& name, const std::string& newName, int line);
-    void renameColumn(const std::string& table, const std::string& column,
-                      const std::string& newName, int line);
+    // Stored names, of which the new one is not taken: with its indexes, counters and triggers.
+    void renameTable(const Table& table, const std::string& newName);
+    // Errors 15248 and 15335.
+    void renameColumn(const Table& table, const std::string& column, const std::string& newName,
+                      int line);
 
     // What is to be said behind the error that was raised.
     [[nodiscard]] const std::optional<tsql::ServerError>& followUp() const { return followUp_; }
 
 private:
-    [[nodiscard]] const Table& requireTable(const std::string& name, int line) const;
     void run(const std::string& sql);
     [[nodiscard]] bool hasRows(const std::string& sql);
     [[nodiscard]] TableText textOf(const Table& table);
     // Puts another text in the place of a table's.
     void setText(const Table& table, const TableText& text);
+    void renameIndexes(const Table& before, const Table& after);
+    void moveConstraints(const Table& before, const Table& after);
     void renameInSources(const Table& table, const std::string& before, const std::string& after);
 
     void add(const Table& table, const tsql::AlterTableStatement& statement, const NameScope& names,
              int line);
-    void checkNames(const tsql::TableElements& added, int line) const;
+    void checkNames(const Table& table, const tsql::TableElements& added, int line) const;
     void addColumn(const Table& table, const Column& column, const tsql::TableElements& added,
                    const TableBuilder& builder, int line);
     void addKeys(const Table& table, const TableBuilder& builder, int line);

@@ -5,6 +5,7 @@
 
 #include "base/ascii.hpp"
 #include "engine/catalog/key_names.hpp"
+#include "engine/catalog/object_names.hpp"
 #include "engine/sqlite/time_limit.hpp"
 #include "engine/values/value.hpp"
 #include "tsql/lexer.hpp"
@@ -25,7 +26,7 @@ ServerError conflict(const SchemaCatalogue& catalogue, const std::string& verb,
     const std::string column =
         place.columns.size() == 1 ? ", column '" + place.columns.front() + "'" : "";
     return {tsql::Message::ConstraintConflict,
-            {verb, kind, name, catalogue.databaseName(), place.table, column}};
+            {verb, kind, name, catalogue.databaseName(), withSchema(place.table), column}};
 }
 
 // The columns that a condition names, as its text quotes them.
@@ -71,14 +72,14 @@ ServerError duplicate(const SchemaCatalogue& catalogue, const SqliteError& error
         if (!sameName(key.table, context.table) || !fits(key.name, key.columns)) continue;
         if (type != "PK" && type != "UQ") continue;
         return {tsql::Message::DuplicateKey,
-                {type == "PK" ? "PRIMARY" : "UNIQUE", key.name, context.table}};
+                {type == "PK" ? "PRIMARY" : "UNIQUE", key.name, withSchema(context.table)}};
     }
     for (const IndexInfo& index : catalogue.indexes()) {
         if (!sameName(index.table, context.table) || !index.unique ||
             !fits(index.name, index.columns)) {
             continue;
         }
-        return {tsql::Message::DuplicateIndexKey, {context.table, index.name}};
+        return {tsql::Message::DuplicateIndexKey, {withSchema(context.table), index.name}};
     }
     return serverError(error, {}, context);
 }
@@ -127,12 +128,13 @@ ServerError explained(FileConnection& connection, const SchemaCatalogue& catalog
             break;
     }
     WriteContext named = context;
+    named.shownTable = withSchema(context.table);
     named.database = catalogue.databaseName();
     return plainlyExplained(connection, error, named);
 }
 
 ServerError duplicateRows(const std::string& table, const std::string& index) {
-    return {tsql::Message::DuplicateKeyInNewIndex, {table, index}};
+    return {tsql::Message::DuplicateKeyInNewIndex, {withSchema(table), index}};
 }
 
 ForeignKeySearch::Trial::Trial(Database& database) : database_(database) {
@@ -151,7 +153,7 @@ ForeignKeySearch::Trial::~Trial() {
 }
 
 ServerError ForeignKeySearch::unnamed(const WriteContext& context) {
-    return {tsql::Message::ForeignKeyConflict, {context.verb, context.table}};
+    return {tsql::Message::ForeignKeyConflict, {context.verb, withSchema(context.table)}};
 }
 
 // The written table may be the one that refers or the one that is referred to.

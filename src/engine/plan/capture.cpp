@@ -46,12 +46,12 @@ std::string caught(const Table& table, RowState state) {
 // The table of OUTPUT INTO: nothing may happen there besides.
 const Table& outputTarget(const tsql::ObjectName& name, const Binder& binder) {
     const Table* found = findTable(name, binder.names());
-    if (found == nullptr && isOwn(name) && binder.catalogue().findView(name.last()) != nullptr) {
+    if (found == nullptr && findView(name, binder.names()) != nullptr) {
         throw tsql::ServerError(tsql::Message::OutputIntoView, {name.text()}, name.line);
     }
     const Table& target = requireTable(name, binder.names());
     const auto refuse = [&](tsql::Message message, std::string_view constraint) {
-        throw tsql::ServerError(message, {target.name, constraint}, name.line);
+        throw tsql::ServerError(message, {target.shown(), constraint}, name.line);
     };
     if (target.triggerEvents != 0) refuse(tsql::Message::OutputIntoWithTriggers, {});
     if (target.temporary) return target;
@@ -182,7 +182,7 @@ void showThroughView(Source& source, const Table& table, const Binder& binder) {
 void addOutput(Capture& capture, const tsql::OutputClause& output, const Table& table, Scope& scope,
                const std::string& from, Binder& binder) {
     if (capture.forTriggers && !output.into) {
-        throw tsql::ServerError(tsql::Message::OutputOfTableWithTriggers, {table.name});
+        throw tsql::ServerError(tsql::Message::OutputOfTableWithTriggers, {table.shown()});
     }
     const std::vector<OutputColumn> items = binder.itemValues(output.items, scope);
     std::string list;

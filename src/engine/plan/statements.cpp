@@ -25,17 +25,18 @@ const tsql::NamedTable* namedBy(const std::string& alias, const tsql::TableSourc
 
 // Which source of FROM the target means: the alias, or the only use of the table.
 std::optional<std::size_t> findTarget(const tsql::ObjectName& target,
-                                      const std::vector<Source>& sources, const NameScope& names) {
+                                      const std::vector<Source>& sources, const Binder& binder) {
     if (target.parts.size() == 1) {
         const auto named = std::ranges::find_if(
             sources, [&](const Source& source) { return sameName(source.name, target.last()); });
         if (named != sources.end()) return static_cast<std::size_t>(named - sources.begin());
     }
-    const Table* table = findTable(target, names);
+    const Table* table = findTable(target, binder.names());
+    const std::string common = binder.commonNameFor(target);
     std::optional<std::size_t> found;
     for (std::size_t i = 0; i < sources.size(); ++i) {
         const bool meant = sources[i].table != nullptr ? sources[i].table == table
-                                                       : sameName(sources[i].common, target.last());
+                                                       : sameName(sources[i].common, common);
         if (!meant) continue;
         if (found) {
             throw ServerError(tsql::Message::AmbiguousTable, {target.text()}, target.line);
@@ -103,7 +104,7 @@ TargetRows bindTarget(Binder& binder, const tsql::ObjectName& target,
                       const tsql::ExpressionPtr& where, const std::optional<tsql::TopClause>& top,
                       Scope& scope) {
     BoundSource bound = binder.targetFrom(from, scope);
-    auto found = findTarget(target, bound.sources, binder.names());
+    auto found = findTarget(target, bound.sources, binder);
     if (!found) {
         auto common = binder.targetSource(target);
         addTarget(common ? std::move(*common) : binder.storedTable(target, ""), bound, target.line);
@@ -116,7 +117,7 @@ TargetRows bindTarget(Binder& binder, const tsql::ObjectName& target,
         rows.table = source.table;
         rows.rowNumber = rowNumberOf(source);
     } else if (common.table != nullptr && !source.common.empty() &&
-               sameName(source.common, targetName(target, from).last())) {
+               sameName(source.common, binder.commonNameFor(targetName(target, from)))) {
         rows.table = common.table;
         rows.rowNumber = sqlName(source.name) + "." + common.rowNumber;
     } else {

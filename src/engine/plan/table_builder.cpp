@@ -4,6 +4,7 @@
 #include <utility>
 
 #include <kaputil/automation/plain_text.hpp>
+#include "engine/catalog/object_names.hpp"
 #include "engine/catalog/source_text.hpp"
 
 #include "base/ascii.hpp"
@@ -87,16 +88,12 @@ std::string nullsIndex(const Table& table, const std::string& name,
 
 TableBuilder::TableBuilder(const NameScope& names, const tsql::ObjectName& name, int line)
     : binder_(names) {
-    if (!isOwn(name)) {
-        throw ServerError(tsql::Message::UnknownSchema, {name.parts.front()}, line);
-    }
-    own().name = name.last();
+    const Catalogue& catalogue = binder_.catalogue();
+    own().name = nameToMake(name, catalogue, line);
     own().temporary = name.last().front() == '#';
     if (name.last().compare(0, 2, "##") == 0)
         throw tsql::unsupported("global temporary table", line);
-    const Catalogue& catalogue = binder_.catalogue();
-    if (isKeptByTheFile(name.last()) || catalogue.find(name.last()) != nullptr ||
-        catalogue.findView(name.last()) != nullptr) {
+    if (isKeptByTheFile(own().name) || catalogue.knows(own().name)) {
         throw ServerError(tsql::Message::ObjectExists, {name.last()}, line).withState(6);
     }
 }
@@ -142,12 +139,12 @@ void TableBuilder::add(const tsql::TableElements& elements) {
 
 void TableBuilder::add(Column column, int line) {
     if (table().find(column.name) != nullptr) {
-        throw ServerError(tsql::Message::DuplicateColumn, {column.name, table().name}, line);
+        throw ServerError(tsql::Message::DuplicateColumn, {column.name, table().shown()}, line);
     }
     if (column.isRowVersion()) checkOnlyRowVersion(column, line);
     constexpr std::size_t kMostColumns = 1024;
     if (table().columns.size() == kMostColumns) {
-        throw ServerError(tsql::Message::TooManyColumns, {column.name, table().name}, line);
+        throw ServerError(tsql::Message::TooManyColumns, {column.name, table().shown()}, line);
     }
     own().columns.push_back(std::move(column));
 }
@@ -201,7 +198,7 @@ void TableBuilder::checkOnlyRowVersion(const Column& column, int line) const {
     const bool other = std::any_of(table().columns.begin(), table().columns.end(),
                                    [](const Column& each) { return each.isRowVersion(); });
     if (!other) return;
-    throw ServerError(tsql::Message::SeveralTimestamps, {table().name, column.name}, line);
+    throw ServerError(tsql::Message::SeveralTimestamps, {table().shown(), column.name}, line);
 }
 
 Identity TableBuilder::identityOf(const ColumnDefinition& column) {
@@ -210,15 +207,15 @@ Identity TableBuilder::identityOf(const ColumnDefinition& column) {
         throw ServerError(tsql::Message::WrongIdentityType, {column.name}, line);
     }
     if (column.nullable.value_or(false)) {
-        throw ServerError(tsql::Message::IdentityOnNullable, {column.name, table().name}, line);
+        throw ServerError(tsql::Message::IdentityOnNullable, {column.name, table().shown()}, line);
     }
     if (column.defaultValue) {
-        throw ServerError(tsql::Message::DefaultOnIdentity, {table().name, column.name}, line);
+        throw ServerError(tsql::Message::DefaultOnIdentity, {table().shown(), column.name}, line);
     }
     const bool second = std::any_of(table().columns.begin(), table().columns.end(),
                                     [](const Column& other) { return other.identity.has_value(); });
     if (second) {
-        throw ServerError(tsql::Message::SeveralIdentities, {table().name}, line);
+        throw ServerError(tsql::Message::SeveralIdentities, {table().shown()}, line);
     }
     Identity identity;
     if (column.identity->seed) identity.seed = wholeConstant(*column.identity->seed, column);
@@ -243,7 +240,7 @@ std::int64_t TableBuilder::wholeConstant(const tsql::Expression& expression,
 
 void TableBuilder::setDefault(Column& column, const tsql::DefaultOption& option, int line) {
     if (column.type.type == SqlType::Timestamp) {
-        throw ServerError(tsql::Message::DefaultOnTimestamp, {table().name, column.name}, line);
+        throw ServerError(tsql::Message::DefaultOnTimestamp, {table().shown(), column.name}, line);
     }
     column.defaultName = option.constraintName;
     column.source = option.text;
@@ -275,19 +272,20 @@ void TableBuilder::addKey(const tsql::KeyConstraint& constraint) {
         key.primary && std::any_of(table().columns.begin(), table().columns.end(),
                                    [](const Column& column) { return column.keyOrdinal > 0; });
     if (second) {
-        throw ServerError(tsql::Message::SeveralPrimaryKeys, {table().name}, constraint.line);
+        throw ServerError(tsql::Message::SeveralPrimaryKeys, {table().shown()}, constraint.line);
     }
     for (const std::string& name : constraint.columns) {
         Column& column = requireColumn(name, constraint.line);
         if (key.primary && column.nullable) {
-            throw ServerError(tsql::Message::PrimaryKeyOnNullable, {table().name}, constraint.line);
+            throw ServerError(tsql::Message::PrimaryKeyOnNullable, {table().shown()},
+                              constraint.line);
         }
         if (column.computed && !isSteady(column)) notSteady(column, table(), constraint.line);
         key.columns.push_back(column.name);
         if (key.primary) column.keyOrdinal = static_cast<int>(key.columns.size());
     }
     if (key.name.empty())
-        key.name = key.primary ? "PK_" + table().name : numbered("UQ_" + table().name);
+        key.name = key.primary ? "PK_" + shownName() : numbered("UQ_" + shownName());
     takenNames_.push_back(key.name);
     definition_.keys.push_back(std::move(key));
 }
@@ -296,8 +294,7 @@ void TableBuilder::addCheck(const tsql::CheckConstraint& check) {
     Scope scope;
     scope.sources.push_back(Binder::ownColumns(table()));
     scope.subqueriesRefused = true;
-    const std::string stem =
-        "CK_" + table().name + (check.column.empty() ? "" : "_" + check.column);
+    const std::string stem = "CK_" + shownName() + (check.column.empty() ? "" : "_" + check.column);
     const std::string name = check.name.empty() ? numbered(stem) : check.name;
     takenNames_.push_back(name);
     constraints_.push_back("CONSTRAINT " + sqlName(name) + " CHECK (" +
@@ -317,13 +314,17 @@ void TableBuilder::addForeignKey(const tsql::ForeignKey& key) {
     for (const std::string& name : key.columns) {
         if (table().find(name) == nullptr) {
             throw ServerError(tsql::Message::ForeignKeyUnknownColumn,
-                              {key.name, name, table().name}, key.line);
+                              {key.name, name, table().shown()}, key.line);
         }
         columns.push_back(requireColumn(name, key.line).name);
     }
     // As on the server, temporary tables hold no references.
     if (table().temporary) return;
-    const bool self = isOwn(key.parent) && sameName(key.parent.last(), table().name);
+    const std::string meant =
+        resolvedName(key.parent, binder_.names().schema(), binder_.catalogue());
+    const bool alone = key.parent.parts.size() == 1 && !binder_.catalogue().knows(meant);
+    const bool self =
+        sameName(meant, table().name) || (alone && sameName(key.parent.last(), table().shown()));
     const Table* parent = self ? &table() : findTable(key.parent, binder_.names());
     if (parent == nullptr || parent->temporary) {
         throw ServerError(tsql::Message::ForeignKeyToUnknownTable, {key.name, key.parent.text()},
@@ -331,15 +332,17 @@ void TableBuilder::addForeignKey(const tsql::ForeignKey& key) {
     }
     const std::vector<std::string> parents = parentColumns(key, *parent);
     if (parents.size() != columns.size()) {
-        throw ServerError(tsql::Message::ForeignKeyColumnCount, {table().name}, key.line);
+        throw ServerError(tsql::Message::ForeignKeyColumnCount, {table().shown()}, key.line);
     }
     for (std::size_t i = 0; i < columns.size(); ++i) {
         if (parent->find(parents[i])->type.type == table().find(columns[i])->type.type) continue;
         throw ServerError(tsql::Message::ForeignKeyTypesDiffer,
-                          {parent->name, parents[i], table().name, columns[i], key.name}, key.line);
+                          {parent->shown(), parents[i], table().shown(), columns[i], key.name},
+                          key.line);
     }
     const std::string name =
-        key.name.empty() ? numbered("FK_" + table().name + "_" + parent->name) : key.name;
+        key.name.empty() ? numbered("FK_" + shownName() + "_" + std::string(parent->shown()))
+                         : key.name;
     takenNames_.push_back(name);
     checkReference(name, key, *parent, parents);
     constraints_.push_back("CONSTRAINT " + sqlName(name) + " FOREIGN KEY (" + nameList(columns) +
@@ -357,7 +360,7 @@ void TableBuilder::checkReference(const std::string& name, const tsql::ForeignKe
             keys.push_back(own.columns);
     }
     if (!hasKeyOf(keys, columns)) {
-        throw ServerError(tsql::Message::ForeignKeyWithoutCandidateKey, {parent.name, name},
+        throw ServerError(tsql::Message::ForeignKeyWithoutCandidateKey, {key.parent.text(), name},
                           key.line);
     }
     newReferences_.push_back({table().name, parent.name, key.onDelete, key.onUpdate});
@@ -368,7 +371,7 @@ void TableBuilder::checkReference(const std::string& name, const tsql::ForeignKe
     std::vector<Reference> references = binder_.catalogue().references();
     references.insert(references.end(), newReferences_.begin(), newReferences_.end());
     if (!reachesTwice(references)) return;
-    throw ServerError(tsql::Message::CascadePaths, {name, table().name}, key.line);
+    throw ServerError(tsql::Message::CascadePaths, {name, table().shown()}, key.line);
 }
 
 std::vector<std::string> TableBuilder::parentColumns(const tsql::ForeignKey& key,
@@ -378,7 +381,7 @@ std::vector<std::string> TableBuilder::parentColumns(const tsql::ForeignKey& key
         const Column* column = parent.find(name);
         if (column == nullptr) {
             throw ServerError(tsql::Message::ForeignKeyUnknownReferencedColumn,
-                              {key.name, name, parent.name}, key.line);
+                              {key.name, name, key.parent.text()}, key.line);
         }
         result.push_back(column->name);
     }
@@ -388,7 +391,7 @@ std::vector<std::string> TableBuilder::parentColumns(const tsql::ForeignKey& key
         if (column.keyOrdinal > 0) keys.push_back(&column);
     }
     if (keys.empty()) {
-        throw ServerError(tsql::Message::ForeignKeyWithoutPrimaryKey, {key.name, parent.name},
+        throw ServerError(tsql::Message::ForeignKeyWithoutPrimaryKey, {key.name, key.parent.text()},
                           key.line);
     }
     std::sort(keys.begin(), keys.end(), [](const Column* left, const Column* right) {

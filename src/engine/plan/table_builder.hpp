@@ -39,6 +39,7 @@ public:
 
 private:
     [[nodiscard]] Table& own() { return definition_.table; }
+    [[nodiscard]] std::string shownName() const { return std::string(table().shown()); }
     [[nodiscard]] Column& requireColumn(const std::string& name, int line);
     void addColumn(const tsql::ColumnDefinition& definition, const tsql::TableElements& elements);
     void addComputed(const tsql::ColumnDefinition& definition);

@@ -26,7 +26,8 @@ bool isSteady(const Column& column) {
 }
 
 void notSteady(const Column& column, const Table& table, int line) {
-    throw ServerError(tsql::Message::NonDeterministicIndexColumn, {column.name, table.name}, line);
+    throw ServerError(tsql::Message::NonDeterministicIndexColumn, {column.name, table.shown()},
+                      line);
 }
 
 namespace {
@@ -60,7 +61,7 @@ void refuseChanging(const std::string& sql, const tsql::CreateIndexStatement& st
     for (const char* call : {"kap_system(", "kap_call(", "kap_now(", "kap_sysnow(", "kap_newid(",
                              "kap_random(", "kap_random_bytes("}) {
         if (sql.find(call) == std::string::npos) continue;
-        throw ServerError(tsql::Message::WrongIndexFilter, {statement.name, table.name}, line);
+        throw ServerError(tsql::Message::WrongIndexFilter, {statement.name, table.shown()}, line);
     }
 }
 
@@ -142,7 +143,7 @@ Translation translateDrop(const tsql::DropStatement& statement, int line, const 
         if (table != nullptr) {
             result.sql.push_back("DROP TABLE " + tableSql(table->name, table->temporary));
             result.dropped.push_back({table->name, table->temporary});
-        } else if (isOwn(name) && names.catalogue().findView(name.last()) != nullptr) {
+        } else if (findView(name, names) != nullptr) {
             throw ServerError(tsql::Message::WrongDropKind, {"TABLE", name.text(), "view", "VIEW"},
                               line);
         } else if (!statement.ifExists) {

@@ -69,8 +69,7 @@ Translation translateDelete(const tsql::DeleteStatement& statement, const NameSc
 // All rows go, without triggers, and the identity begins anew.
 Translation translateTruncate(const tsql::TruncateStatement& statement, const NameScope& names) {
     const Table* table = findTable(statement.table, names);
-    if (table == nullptr && isOwn(statement.table) &&
-        names.catalogue().findView(statement.table.last()) != nullptr) {
+    if (table == nullptr && findView(statement.table, names) != nullptr) {
         throw tsql::ServerError(tsql::Message::TruncateOfNoTable, {statement.table.text()},
                                 statement.table.line);
     }

@@ -59,7 +59,7 @@ void checkAssignable(const std::vector<const Column*>& columns, const Table& tab
             throw ServerError(tsql::Message::ColumnNotModifiable, {column->name}, line);
         }
         if (!column->identity || identityGiven) continue;
-        throw ServerError(tsql::Message::IdentityInsertOff, {table.name}, line);
+        throw ServerError(tsql::Message::IdentityInsertOff, {table.shown()}, line);
     }
 }
 
@@ -85,7 +85,7 @@ const Table& insertTarget(const InsertStatement& statement, Binder& binder) {
     const tsql::ObjectName& name = statement.table;
     const Table* table = findTable(name, binder.names());
     if (table != nullptr) return *table;
-    const View* view = isOwn(name) ? binder.catalogue().findView(name.last()) : nullptr;
+    const View* view = findView(name, binder.names());
     if (view == nullptr) return requireTable(name, binder.names());
     binder.writesColumns(statement.columns);
     binder.insertThrough(*view, name);
@@ -141,7 +141,7 @@ private:
                                   [](const Column* c) { return c->identity.has_value(); });
         if (given) return;
         if (!listed) throw identityWithoutList();
-        throw ServerError(tsql::Message::IdentityValueNeeded, {table_.name}, line_);
+        throw ServerError(tsql::Message::IdentityValueNeeded, {table_.shown()}, line_);
     }
 
     // One value more than columns is taken for a value of the identity column.
@@ -152,7 +152,7 @@ private:
     }
 
     [[nodiscard]] ServerError identityWithoutList() const {
-        return {tsql::Message::IdentityNeedsColumnList, {table_.name}, line_};
+        return {tsql::Message::IdentityNeedsColumnList, {table_.shown()}, line_};
     }
 
     // What the table fills by itself, after the columns given.

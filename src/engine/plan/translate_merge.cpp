@@ -73,8 +73,7 @@ private:
 
     static const Table& target(const MergeStatement& statement, const NameScope& names) {
         const tsql::ObjectName& name = statement.table;
-        const bool view = findTable(name, names) == nullptr && isOwn(name) &&
-                          names.catalogue().findView(name.last()) != nullptr;
+        const bool view = findTable(name, names) == nullptr && findView(name, names) != nullptr;
         if (view) throw tsql::unsupported("MERGE into a view", name.line);
         return requireTable(name, names);
     }

@@ -127,7 +127,7 @@ Translation translateSelectInto(const tsql::Query& query, const tsql::ObjectName
         builder.add(std::move(column), query.line);
         columns += (i == 0 ? "" : ", ") + sqlName(output.name);
         values += (i == 0 ? "" : ", ") + (version    ? rowVersionCall()
-                                          : numbered ? identityCall(name.last())
+                                          : numbered ? identityCall(builder.table().name)
                                                      : numberedName(i));
     }
     Translation result = builder.translation();

@@ -32,7 +32,8 @@ constexpr const char* kColumns =
     "-9 WHEN 'time' THEN -9 WHEN 'datetime2' THEN -9 WHEN 'datetimeoffset' THEN -9 WHEN 'ntext' "
     "THEN "
     "-10 WHEN 'uniqueidentifier' THEN -11 END) AS DATA_TYPE, convert(sysname, "
-    "DATA_TYPE + CASE WHEN columnproperty(object_id(TABLE_NAME), COLUMN_NAME, 'IsIdentity') = 1 "
+    "DATA_TYPE + CASE WHEN columnproperty(object_id(quotename(TABLE_SCHEMA) + '.' + "
+    "quotename(TABLE_NAME)), COLUMN_NAME, 'IsIdentity') = 1 "
     "THEN ' identity' ELSE '' END) AS TYPE_NAME, convert(int, isnull(NUMERIC_PRECISION, CASE "
     "DATA_TYPE WHEN 'bit' THEN 1 WHEN 'datetime' THEN 23 WHEN 'smalldatetime' THEN 16 WHEN 'date' "
     "THEN 10 WHEN 'time' THEN 8 WHEN 'datetime2' THEN 19 WHEN 'datetimeoffset' THEN 26 ELSE "
@@ -66,8 +67,9 @@ constexpr const char* kPrimaryKeys =
     "COLUMN_NAME, convert(smallint, k.ORDINAL_POSITION) AS KEY_SEQ, convert(sysname, "
     "k.CONSTRAINT_NAME) AS PK_NAME FROM INFORMATION_SCHEMA.KEY_COLUMN_USAGE k JOIN "
     "INFORMATION_SCHEMA.TABLE_CONSTRAINTS c ON c.CONSTRAINT_NAME = k.CONSTRAINT_NAME AND "
-    "c.TABLE_NAME = k.TABLE_NAME WHERE c.CONSTRAINT_TYPE = 'PRIMARY KEY' AND k.TABLE_NAME = @name "
-    "ORDER BY 3, KEY_SEQ";
+    "c.TABLE_NAME = k.TABLE_NAME AND c.TABLE_SCHEMA = k.TABLE_SCHEMA WHERE c.CONSTRAINT_TYPE = "
+    "'PRIMARY KEY' AND k.TABLE_NAME = @name AND (@owner IS NULL OR k.TABLE_SCHEMA = @owner) "
+    "ORDER BY 2, 3, KEY_SEQ";
 
 struct CatalogueProcedure {
     std::string_view name;

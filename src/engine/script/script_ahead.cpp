@@ -2,6 +2,7 @@
 #include <utility>
 #include <vector>
 
+#include "engine/catalog/object_names.hpp"
 #include "engine/plan/capture.hpp"
 #include "engine/plan/translator.hpp"
 #include "engine/script/script_runner.hpp"
@@ -20,6 +21,8 @@ bool definesTables(const Instruction& instruction) {
     return std::holds_alternative<tsql::CreateTableStatement>(node) ||
            std::holds_alternative<tsql::AlterTableStatement>(node) ||
            std::holds_alternative<tsql::DropStatement>(node) ||
+           std::holds_alternative<tsql::CreateSchemaStatement>(node) ||
+           std::holds_alternative<tsql::AlterSchemaStatement>(node) ||
            std::holds_alternative<tsql::CreateTypeStatement>(node);
 }
 
@@ -130,8 +133,10 @@ void ScriptRunner::checkAhead(Program& program) {
 // Variables and labels that are there twice show when a module is made. What a procedure, function
 // or trigger says of tables that are there is looked at when it is made; a statement that names
 // another table is looked at when it runs.
-void ScriptRunner::checkColumns(const tsql::CreateModuleStatement& node, const std::string& table) {
+void ScriptRunner::checkColumns(const tsql::CreateModuleStatement& node, const std::string& name,
+                                const std::string& table) {
     Program program(node.body, catalogue_, declaredParameters(node));
+    program.names().setSchema(schemaOf(name));
     std::vector<Instruction>& code = program.code();
     if (std::ranges::any_of(code, definesStoredTables)) return;
     if (const Table* written = table.empty() ? nullptr : catalogue_.find(table)) {

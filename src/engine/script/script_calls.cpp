@@ -4,6 +4,7 @@
 
 #include "base/ascii.hpp"
 #include "engine/binder/scope.hpp"
+#include "engine/catalog/object_names.hpp"
 #include "engine/executor/column_info.hpp"
 #include "engine/executor/stored_value.hpp"
 #include "engine/plan/translator.hpp"
@@ -38,16 +39,16 @@ void ScriptRunner::execute(Frame& frame, Instruction& instruction,
         return;
     }
     const tsql::ObjectName name = procedureName(frame, instruction, node);
-    const std::string& plain = name.last();
-    const std::string lower = asciiLower(plain);
+    const std::string lower = asciiLower(name.last());
     // The server's own come before others of their names.
     if (executeSystem(frame, instruction, node, lower, results)) return;
     const std::shared_ptr<const Module> module = [&] {
         const Transactions::ReadScope scope(transactions_);
-        auto found = catalogue_.findModule(StoredKind::Procedure, plain);
-        return found != nullptr ? found : catalogue_.findModule(StoredKind::Function, plain);
+        const std::string stored = resolvedName(name, frame.program.names().schema(), catalogue_);
+        auto found = catalogue_.findModule(StoredKind::Procedure, stored);
+        return found != nullptr ? found : catalogue_.findModule(StoredKind::Function, stored);
     }();
-    if (module != nullptr && isOwn(name)) {
+    if (module != nullptr) {
         executeModule(frame, instruction, node, module, results);
         return;
     }
@@ -164,7 +165,7 @@ void ScriptRunner::bindArguments(Frame& frame, Instruction& instruction,
                                  const tsql::ExecuteStatement& node, const Module& module,
                                  Frame& called) {
     const auto& parameters = module.definition.parameters;
-    const std::string& procedure = module.object.name;
+    const std::string procedure(bareName(module.object.name));
     std::vector<bool> given(parameters.size());
     if (node.arguments.size() > parameters.size()) {
         throw ServerError(tsql::Message::TooManyArguments, {procedure}, instruction.line);
@@ -251,6 +252,7 @@ std::int64_t ScriptRunner::insertRows(const Frame& frame, const tsql::InsertStat
     auto script = std::make_shared<tsql::Script>();
     script->push_back({std::move(insert), node.table.line});
     Program program(script, catalogue_, parameters);
+    program.names().setSchema(frame.program.names().schema());
     program.names().follow(state_.writes);
     for (const LocalTable& table : frame.program.names().localTables()) {
         program.names().addLocalTable(table);

@@ -7,6 +7,7 @@
 #include "base/ascii.hpp"
 #include "engine/binder/binder.hpp"
 #include "engine/binder/system_values.hpp"
+#include "engine/catalog/object_names.hpp"
 #include "engine/catalog/schema_binding.hpp"
 #include "engine/catalog/source_text.hpp"
 #include "engine/executor/table_changer.hpp"
@@ -63,18 +64,47 @@ const char* kindName(StoredKind kind) {
     }
 }
 
-void requireOwn(const tsql::ObjectName& name, int line) {
-    if (isOwn(name)) return;
-    throw ServerError(tsql::Message::UnknownSchema, {name.parts.front()}, line);
+// As messages name it.
+const char* moduleWord(tsql::ModuleKind kind) {
+    switch (kind) {
+        case tsql::ModuleKind::Procedure:
+            return "PROCEDURE";
+        case tsql::ModuleKind::Function:
+            return "FUNCTION";
+        case tsql::ModuleKind::Trigger:
+            break;
+    }
+    return "TRIGGER";
+}
+
+// The table of a new trigger; one without schema is looked for in that of the trigger, too.
+const Table& tableOfTrigger(const tsql::CreateModuleStatement& node,
+                            const SchemaCatalogue& catalogue, int line) {
+    const bool qualified = node.name.parts.size() > 1;
+    const std::string& given = qualified ? node.name.parts[node.name.parts.size() - 2] : "";
+    const std::string_view schema = given.empty() ? kDefaultSchema : std::string_view(given);
+    const Table* table = catalogue.find(resolvedName(node.table, schema, catalogue));
+    if (table != nullptr && !table->temporary) return *table;
+    throw ServerError(tsql::Message::InvalidObjectForOperation, {node.table.text()}, line);
 }
 
 }  // namespace
 
+// What is stored by its text belongs to the database in which it is made.
+std::string ScriptRunner::newModuleName(const tsql::ObjectName& name, const char* kind,
+                                        int line) const {
+    if (name.parts.size() > 2) {
+        throw ServerError(tsql::Message::DatabaseBeforeName, {kind}, line);
+    }
+    return nameToMake(name, catalogue_, line);
+}
+
 void ScriptRunner::createView(const tsql::CreateViewStatement& node, int line) {
-    requireOwn(node.name, line);
     Transactions::WriteScope scope(transactions_);
+    const std::string name = newModuleName(node.name, "VIEW", line);
     // What cannot be read now would fail whoever reads the view.
-    const NameScope names(catalogue_);
+    NameScope names(catalogue_);
+    names.setSchema(schemaOf(name));
     Binder binder(names);
     const BoundQuery bound = binder.query(*node.query, nullptr, QueryPlace::Nested);
     if (!node.columns.empty() && node.columns.size() != bound.columns.size()) {
@@ -88,50 +118,47 @@ void ScriptRunner::createView(const tsql::CreateViewStatement& node, int line) {
         throw ServerError(tsql::Message::ViewColumnWithoutName,
                           {plain::text(static_cast<std::int64_t>(i) + 1)}, line);
     }
-    if (node.replace) {
-        refuseSchemaBound(catalogue_, "ALTER", node.name.last(), node.name.text(), line);
-    }
-    store({0, StoredKind::View, node.name.last(), "", node.text}, node.replace, node.mustExist,
-          line);
+    if (node.replace) refuseSchemaBound(catalogue_, "ALTER", name, node.name.text(), line);
+    store({0, StoredKind::View, name, "", node.text}, node.replace, node.mustExist, line);
     scope.keep();
 }
 
 void ScriptRunner::createModule(const tsql::CreateModuleStatement& node, int line) {
-    requireOwn(node.name, line);
     if (node.name.last().front() == '#') throw tsql::unsupported("temporary procedure", line);
     Transactions::WriteScope scope(transactions_);
+    std::string name = newModuleName(node.name, moduleWord(node.kind), line);
     if (node.kind == tsql::ModuleKind::Function) requireNoSideEffects(*node.body);
     std::string parent;
     if (node.kind == tsql::ModuleKind::Trigger) {
-        const Table* table = isOwn(node.table) ? catalogue_.find(node.table.last()) : nullptr;
-        if (table == nullptr || table->temporary) {
-            throw ServerError(tsql::Message::InvalidObjectForOperation, {node.table.text()}, line);
+        parent = tableOfTrigger(node, catalogue_, line).name;
+        // A trigger belongs to the schema of its table.
+        const std::string own = storedName(schemaOf(parent), node.name.last());
+        if (node.name.parts.size() > 1 && !sameName(own, name)) {
+            throw ServerError(tsql::Message::TriggerOfOtherSchema, {node.name.text()}, line);
         }
-        parent = table->name;
+        name = own;
     }
     if (node.kind == tsql::ModuleKind::Function && node.replace) {
-        refuseUsedFunction("ALTER", node.name, line);
-        refuseSchemaBound(catalogue_, "ALTER", node.name.last(), node.name.text(), line);
+        refuseUsedFunction("ALTER", name, node.name.text(), line);
+        refuseSchemaBound(catalogue_, "ALTER", name, node.name.text(), line);
     }
-    checkColumns(node, parent);
-    store({0, storedKind(node.kind), node.name.last(), parent, node.text}, node.replace,
-          node.mustExist, line);
+    checkColumns(node, name, parent);
+    store({0, storedKind(node.kind), name, parent, node.text}, node.replace, node.mustExist, line);
     scope.keep();
 }
 
 void ScriptRunner::createType(const tsql::CreateTypeStatement& node, int line) {
-    requireOwn(node.name, line);
     Transactions::WriteScope scope(transactions_);
     const bool nullable = node.nullable.value_or(true);
-    store({0, StoredKind::Type, node.name.last(), nullable ? "" : std::string(kNotNull),
-           tsql::typeText(node.type)},
+    store({0, StoredKind::Type, nameToMake(node.name, catalogue_, line),
+           nullable ? "" : std::string(kNotNull), tsql::typeText(node.type)},
           false, false, line);
     // What was read before did not know the name.
     kept_.clear();
     scope.keep();
 }
 
-// Names of tables, views, procedures, functions and triggers are one space.
+// Names of tables, views, procedures, functions and triggers are one space in each schema.
 void ScriptRunner::store(StoredObject object, bool replace, bool mustExist, int line) {
     bool there = false;
     bool taken = object.kind != StoredKind::Type && catalogue_.find(object.name) != nullptr;
@@ -146,12 +173,12 @@ void ScriptRunner::store(StoredObject object, bool replace, bool mustExist, int 
         }
     }
     if (mustExist && !there) {
-        throw ServerError(tsql::Message::InvalidObject, {object.name}, line).withState(6);
+        throw ServerError(tsql::Message::InvalidObject, {bareName(object.name)}, line).withState(6);
     }
     if (taken || (there && !replace)) {
         throw object.kind == StoredKind::Type
-            ? ServerError(tsql::Message::TypeExists, {object.name}, line)
-            : ServerError(tsql::Message::ObjectExists, {object.name}, line).withState(3);
+            ? ServerError(tsql::Message::TypeExists, {withSchema(object.name)}, line)
+            : ServerError(tsql::Message::ObjectExists, {bareName(object.name)}, line).withState(3);
     }
     object.quotedNames = state_.quotedNames;
     object.text = asCreation(object.text);
@@ -160,9 +187,9 @@ void ScriptRunner::store(StoredObject object, bool replace, bool mustExist, int 
 }
 
 // A function stays as long as the definition of a table calls it.
-void ScriptRunner::refuseUsedFunction(const char* action, const tsql::ObjectName& name,
-                                      int line) const {
-    const Function* function = catalogue_.findFunction(name.last());
+void ScriptRunner::refuseUsedFunction(const char* action, const std::string& stored,
+                                      const std::string& shown, int line) const {
+    const Function* function = catalogue_.findFunction(stored);
     if (function == nullptr) return;
     const auto calls = [&](const std::string& definition) {
         return std::ranges::any_of(
@@ -171,15 +198,15 @@ void ScriptRunner::refuseUsedFunction(const char* action, const tsql::ObjectName
                 return definition.find(call + "(" + sqlText(function->name)) != std::string::npos;
             });
     };
-    const auto refuse = [&](const std::string& user) {
-        refuseUsed(action, name.text(), user, line);
-    };
+    const auto refuse = [&](const std::string& user) { refuseUsed(action, shown, user, line); };
     for (const ConstraintInfo& each : catalogue_.constraints()) {
         if (calls(each.definition)) refuse(each.name);
     }
     for (const Table* table : catalogue_.tables()) {
         for (const Column& column : table->columns) {
-            if (column.computed && calls(column.defaultSql.value_or(""))) refuse(table->name);
+            if (column.computed && calls(column.defaultSql.value_or(""))) {
+                refuse(std::string(table->shown()));
+            }
         }
     }
 }
@@ -188,11 +215,12 @@ void ScriptRunner::dropStored(const tsql::DropStatement& node, int line) {
     const StoredKind kind = storedKind(node.kind);
     Transactions::WriteScope scope(transactions_);
     for (const tsql::ObjectName& name : node.names) {
+        const std::string stored = resolvedName(name, kDefaultSchema, catalogue_);
         bool there = false;
         for (const StoredObject& object : catalogue_.objects()) {
-            there = there || (object.kind == kind && sameName(object.name, name.last()));
+            there = there || (object.kind == kind && sameName(object.name, stored));
         }
-        if (!there && kind == StoredKind::View && catalogue_.find(name.last()) != nullptr) {
+        if (!there && kind == StoredKind::View && catalogue_.find(stored) != nullptr) {
             throw ServerError(tsql::Message::WrongDropKind, {"VIEW", name.text(), "table", "TABLE"},
                               line);
         }
@@ -200,12 +228,14 @@ void ScriptRunner::dropStored(const tsql::DropStatement& node, int line) {
         if (!there) {
             throw ServerError(tsql::Message::CannotDrop, {kindName(kind), name.text()}, line);
         }
-        if (kind == StoredKind::Function) refuseUsedFunction("DROP FUNCTION", name, line);
+        if (kind == StoredKind::Function) {
+            refuseUsedFunction("DROP FUNCTION", stored, name.text(), line);
+        }
         if (kind == StoredKind::Function || kind == StoredKind::View) {
             refuseSchemaBound(catalogue_, kind == StoredKind::View ? "DROP VIEW" : "DROP FUNCTION",
-                              name.last(), name.text(), line);
+                              stored, name.text(), line);
         }
-        catalogue_.stored().remove(kind, name.last());
+        catalogue_.stored().remove(kind, stored);
         catalogue_.invalidate();
     }
     if (kind == StoredKind::Type) kept_.clear();
@@ -217,11 +247,12 @@ void ScriptRunner::alterTable(Frame& frame, const tsql::AlterTableStatement& nod
     statements_.captures().removeStale();
     const Table* table = findTable(node.table, frame.program.names());
     if (table != nullptr) statements_.captures().remove(*table);
+    const std::string written = table != nullptr ? table->name : std::string();
     TableChanger changer(connection_, catalogue_, counters_);
     try {
         changer.alter(node, frame.program.names(), line);
     } catch (const SqliteError& error) {
-        throw explained(connection_, catalogue_, error, {"ALTER TABLE", node.table.last(), {}});
+        throw explained(connection_, catalogue_, error, {"ALTER TABLE", written, {}});
     } catch (const ServerError&) {
         state_.followUp = changer.followUp();
         throw;

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "engine/catalog/object_names.hpp"
 #include "engine/executor/violations.hpp"
 #include "engine/script/script_runner.hpp"
 #include "engine/sqlite/time_limit.hpp"
@@ -38,7 +39,8 @@ std::optional<tsql::ServerError> ScriptRunner::takeFollowUp(int number) {
 }
 
 RaisedError ScriptRunner::raisedBy(const tsql::ServerError& error, int line) const {
-    return {error.at(line), state_.frames.empty() ? "" : state_.frame().procedure(),
+    return {error.at(line),
+            state_.frames.empty() ? "" : std::string(bareName(state_.frame().procedure())),
             state_.frames.size()};
 }
 

@@ -240,6 +240,7 @@ std::shared_ptr<Program> ScriptRunner::programOf(const std::shared_ptr<const Mod
     }
     auto program = std::make_shared<Program>(definition.body, catalogue_, parameters);
     program->module = module;
+    program->names().setSchema(schemaOf(module->object.name));
     program->names().follow(state_.writes);
     if (kept == nullptr || !kept->running) {
         kept = program;

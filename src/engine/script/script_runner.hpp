@@ -40,7 +40,8 @@ class RowStream;
 // shapes, script_errors.cpp what errors do, script_statements.cpp the
 // statements that have no SQL, script_settings.cpp SET, script_calls.cpp procedures and dynamic
 // SQL, system_procedures.cpp the server's own, script_modules.cpp functions and triggers,
-// script_definitions.cpp what is stored by its text, script_cursors.cpp cursors,
+// script_definitions.cpp what is stored by its text, script_schemas.cpp schemas,
+// script_cursors.cpp cursors,
 // script_streaming.cpp queries whose rows come as they are needed, script_administration.cpp plans,
 // copies and checks.
 class ScriptRunner final : public TriggerHost {
@@ -144,7 +145,8 @@ private:
 
     // script_ahead.cpp
     void checkAhead(Program& program);
-    void checkColumns(const tsql::CreateModuleStatement& node, const std::string& table);
+    void checkColumns(const tsql::CreateModuleStatement& node, const std::string& name,
+                      const std::string& table);
     void checkAhead(Instruction& instruction, const NameScope& names);
 
     // script_errors.cpp
@@ -175,7 +177,7 @@ private:
     // script_settings.cpp
     void setOption(Frame& frame, Instruction& instruction, const tsql::SetOptionStatement& node);
     void setContext(const Value& value);
-    void setIdentityInsert(const tsql::SetOptionStatement& node, int line);
+    void setIdentityInsert(const NameScope& names, const tsql::SetOptionStatement& node, int line);
     void setNumber(const std::string& option, std::int64_t number, int line);
     void setSwitch(const std::string& option, bool on, int line);
     void print(Frame& frame, Instruction& instruction, const tsql::PrintStatement& node);
@@ -224,6 +226,7 @@ private:
     void addType(const std::vector<std::string>& arguments, int line);
     void dropType(const std::vector<std::string>& arguments, int line);
     void renameObject(const std::vector<std::string>& arguments, int line);
+    void refuseRename(const Table& table, const std::string& object, int line);
     void helpText(const std::vector<std::string>& arguments, int line,
                   std::vector<ado::Result>& results);
 
@@ -237,9 +240,20 @@ private:
     void createModule(const tsql::CreateModuleStatement& node, int line);
     void createType(const tsql::CreateTypeStatement& node, int line);
     void store(StoredObject object, bool replace, bool mustExist, int line);
-    void refuseUsedFunction(const char* action, const tsql::ObjectName& name, int line) const;
+    void refuseUsedFunction(const char* action, const std::string& stored, const std::string& shown,
+                            int line) const;
+    [[nodiscard]] std::string newModuleName(const tsql::ObjectName& name, const char* kind,
+                                            int line) const;
     void dropStored(const tsql::DropStatement& node, int line);
     void alterTable(Frame& frame, const tsql::AlterTableStatement& node, int line);
+
+    // script_schemas.cpp
+    void createSchema(const tsql::CreateSchemaStatement& node, int line,
+                      std::vector<ado::Result>& results);
+    void makeSchema(const tsql::CreateSchemaStatement& node, int line,
+                    std::vector<ado::Result>& results);
+    void dropSchema(const tsql::DropStatement& node, int line);
+    void transferObject(const tsql::AlterSchemaStatement& node, int line);
 
     // script_identities.cpp
     void checkIdentity(Frame& frame, Instruction& instruction,

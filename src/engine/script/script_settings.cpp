@@ -4,7 +4,9 @@
 #include <utility>
 
 #include "base/ascii.hpp"
+#include "engine/binder/scope.hpp"
 #include "engine/binder/system_values.hpp"
+#include "engine/catalog/object_names.hpp"
 #include "engine/executor/stored_value.hpp"
 #include "engine/script/script_runner.hpp"
 #include "engine/values/date_settings.hpp"
@@ -51,7 +53,7 @@ void ScriptRunner::setOption(Frame& frame, Instruction& instruction,
     const std::string& option = node.options.front();
     const int line = instruction.line;
     if (option == "IDENTITY_INSERT") {
-        setIdentityInsert(node, line);
+        setIdentityInsert(frame.program.names(), node, line);
     } else if (option == "CONTEXT_INFO") {
         setContext(
             evaluate(frame, instruction, 0, *node.number, {SqlType::VarBinary, kContextBytes}));
@@ -80,9 +82,10 @@ void ScriptRunner::setContext(const Value& value) {
     state_.context = std::move(bytes);
 }
 
-void ScriptRunner::setIdentityInsert(const tsql::SetOptionStatement& node, int line) {
+void ScriptRunner::setIdentityInsert(const NameScope& names, const tsql::SetOptionStatement& node,
+                                     int line) {
     const bool on = isOn(node.value, line);
-    const Table* table = catalogue_.find(node.table.last());
+    const Table* table = findTable(node.table, names);
     if (table == nullptr) {
         throw ServerError(tsql::Message::ObjectNotFound, {node.table.text()}, line);
     }
@@ -93,8 +96,9 @@ void ScriptRunner::setIdentityInsert(const tsql::SetOptionStatement& node, int l
     }
     std::string& current = state_.writes.identityInsert;
     if (on && !current.empty() && !sameName(current, table->name)) {
-        throw ServerError(tsql::Message::IdentityInsertOnElsewhere, {current, node.table.text()},
-                          line);
+        throw ServerError(
+            tsql::Message::IdentityInsertOnElsewhere,
+            {catalogue_.databaseName() + "." + withSchema(current), node.table.text()}, line);
     }
     if (on || sameName(current, table->name)) current = on ? table->name : "";
     catalogue_.settingsChanged();

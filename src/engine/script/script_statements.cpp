@@ -113,8 +113,16 @@ std::size_t ScriptRunner::runStatement(Frame& frame, Instruction& instruction, s
         createModule(*module, line);
     } else if (const auto* type = std::get_if<tsql::CreateTypeStatement>(&statement.node)) {
         createType(*type, line);
+    } else if (const auto* schema = std::get_if<tsql::CreateSchemaStatement>(&statement.node)) {
+        createSchema(*schema, line, results);
+    } else if (const auto* moved = std::get_if<tsql::AlterSchemaStatement>(&statement.node)) {
+        transferObject(*moved, line);
     } else if (const auto* dropped = std::get_if<tsql::DropStatement>(&statement.node)) {
-        dropStored(*dropped, line);
+        if (dropped->kind == tsql::ObjectKind::Schema) {
+            dropSchema(*dropped, line);
+        } else {
+            dropStored(*dropped, line);
+        }
     } else if (const auto* alter = std::get_if<tsql::AlterTableStatement>(&statement.node)) {
         alterTable(frame, *alter, line);
     } else if (const auto* cursor = std::get_if<tsql::DeclareCursorStatement>(&statement.node)) {

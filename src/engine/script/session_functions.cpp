@@ -6,6 +6,7 @@
 #include "base/ascii.hpp"
 #include "engine/binder/system_values.hpp"
 #include "engine/catalog/object_ids.hpp"
+#include "engine/catalog/object_names.hpp"
 #include "engine/catalog/object_properties.hpp"
 #include "engine/catalog/server_identity.hpp"
 #include "engine/executor/function_arguments.hpp"
@@ -156,7 +157,7 @@ Value SessionFunctions::ofStatement(SystemValue value, const Arguments& argument
             // A single row is written outside of any script, and may ask in a default.
             return orNull(state_.frames.empty() ? state_.identity : state_.frame().scopeIdentity);
         case SystemValue::IdentityOfTable: {
-            const Table* table = catalogue_.find(plainObjectName(textAt(arguments, 1)));
+            const Table* table = catalogue_.find(objectNamed(catalogue_, textAt(arguments, 1)));
             const bool has =
                 table != nullptr && std::ranges::any_of(table->columns, [](const Column& column) {
                     return column.identity.has_value();
@@ -254,12 +255,17 @@ Value SessionFunctions::ofServer(SystemValue value, const Arguments& arguments) 
     }
 }
 
+Value SessionFunctions::nameOfObject(std::int64_t id) const {
+    const auto name = storedNameOf(catalogue_, id);
+    return name ? Value(std::string(bareName(*name))) : Value();
+}
+
 Value SessionFunctions::ofSchema(SystemValue value, const Arguments& arguments) const {
     switch (value) {
         case SystemValue::ObjectId:
             return idOfObject(catalogue_, textAt(arguments, 1), textAt(arguments, 2));
         case SystemValue::ObjectName:
-            return nameOfObject(catalogue_, wholeAt(arguments, 1));
+            return nameOfObject(wholeAt(arguments, 1));
         case SystemValue::ObjectProperty:
             return objectProperty(catalogue_, wholeAt(arguments, 1), textAt(arguments, 2));
         case SystemValue::ColumnLength:

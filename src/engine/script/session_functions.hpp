@@ -50,9 +50,12 @@ private:
     [[nodiscard]] Value ofError(SystemValue value) const;
     [[nodiscard]] std::int64_t options() const;
     [[nodiscard]] Value ofServer(SystemValue value, const Arguments& arguments) const;
+    [[nodiscard]] Value nameOfObject(std::int64_t id) const;
     [[nodiscard]] Value ofSchema(SystemValue value, const Arguments& arguments) const;
     // session_names.cpp
     [[nodiscard]] Value ofNames(SystemValue value, const Arguments& arguments) const;
+    [[nodiscard]] Value schemaNumber(const std::string& name) const;
+    [[nodiscard]] Value schemaName(std::int64_t id) const;
     // session_properties.cpp
     [[nodiscard]] Value ofProperties(SystemValue value, const Arguments& arguments) const;
     [[nodiscard]] Value sessionProperty(const std::string& property) const;

@@ -3,6 +3,7 @@
 
 #include "base/ascii.hpp"
 #include "engine/catalog/object_ids.hpp"
+#include "engine/catalog/object_names.hpp"
 #include "engine/executor/function_arguments.hpp"
 #include "engine/script/session_functions.hpp"
 
@@ -59,6 +60,18 @@ Value definitionOf(const SchemaCatalogue& catalogue, std::int64_t id) {
 
 }  // namespace
 
+Value SessionFunctions::schemaNumber(const std::string& name) const {
+    const std::int64_t id = catalogue_.schemaId(name);
+    return id == 0 ? Value() : Value(id);
+}
+
+Value SessionFunctions::schemaName(std::int64_t id) const {
+    for (const SchemaInfo& schema : catalogue_.schemas()) {
+        if (schema.id == id) return schema.name;
+    }
+    return {};
+}
+
 Value SessionFunctions::ofNames(SystemValue value, const Arguments& arguments) const {
     constexpr std::size_t kTypeName = 0;  // the columns of systypes
     constexpr std::size_t kTypeId = 2;
@@ -69,7 +82,7 @@ Value SessionFunctions::ofNames(SystemValue value, const Arguments& arguments) c
             return std::string(state_.dates.italian ? "Italiano" : "us_english");
         case SystemValue::IdentitySeed:
         case SystemValue::IdentityIncrement: {
-            const Table* table = catalogue_.find(plainObjectName(textAt(arguments, 1)));
+            const Table* table = catalogue_.find(objectNamed(catalogue_, textAt(arguments, 1)));
             if (table == nullptr) return {};
             const auto column = std::ranges::find_if(
                 table->columns, [](const Column& each) { return each.identity.has_value(); });
@@ -88,8 +101,11 @@ Value SessionFunctions::ofNames(SystemValue value, const Arguments& arguments) c
             if (arguments.size() > 1 && isNull(arguments[1])) return {};
             return databaseName(catalogue_, givenNumberAt(arguments, 1));
         case SystemValue::SchemaId:
-            if (arguments.size() > 1 && !sameName(textAt(arguments, 1), "dbo")) return {};
-            return std::int64_t{1};
+            return schemaNumber(arguments.size() > 1 ? textAt(arguments, 1)
+                                                     : std::string(kDefaultSchema));
+        case SystemValue::SchemaName:
+            if (arguments.size() > 1 && isNull(arguments[1])) return {};
+            return schemaName(givenNumberAt(arguments, 1).value_or(1));
         case SystemValue::TypeId:
             return ofType(catalogue_, kTypeName, textAt(arguments, 1), kTypeId);
         case SystemValue::TypeName:

@@ -9,6 +9,7 @@
 #include "base/ascii.hpp"
 #include "engine/catalog/index_properties.hpp"
 #include "engine/catalog/object_ids.hpp"
+#include "engine/catalog/object_names.hpp"
 #include "engine/catalog/object_properties.hpp"
 #include "engine/catalog/server_identity.hpp"
 #include "engine/executor/function_arguments.hpp"
@@ -134,8 +135,8 @@ Value SessionFunctions::ofProperties(SystemValue value, const Arguments& argumen
         case SystemValue::HostProcess:
             return hostProcess();
         case SystemValue::ObjectSchema: {
-            const Value name = nameOfObject(catalogue_, number(1));
-            return givenOnly(std::string("dbo"), !isNull(name));
+            const auto name = storedNameOf(catalogue_, number(1));
+            return name ? Value(std::string(schemaOf(*name))) : Value();
         }
         case SystemValue::ObjectPropertyEx:
             return objectPropertyEx(catalogue_, number(1), text(2));

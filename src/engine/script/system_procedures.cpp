@@ -2,6 +2,8 @@
 #include <array>
 
 #include "base/ascii.hpp"
+#include "engine/catalog/object_ids.hpp"
+#include "engine/catalog/object_names.hpp"
 #include "engine/catalog/schema_binding.hpp"
 #include "engine/executor/column_info.hpp"
 #include "engine/executor/table_changer.hpp"
@@ -42,13 +44,15 @@ const std::string& argumentAt(const std::vector<std::string>& arguments, std::si
     throw ServerError(tsql::Message::ParameterNotSupplied, {procedure, name}, line);
 }
 
-// "dbo.t", "[t]": the name without owner and quotes.
-std::string plainName(const std::string& text) {
-    std::string name = text;
-    if (const std::size_t point = name.rfind('.'); point != std::string::npos)
-        name = name.substr(point + 1);
-    const bool quoted = name.size() > 1 && name.front() == '[' && name.back() == ']';
-    return quoted ? name.substr(1, name.size() - 2) : name;
+// The name that a text holds; one that cannot be read is a name as it is.
+tsql::ObjectName nameIn(const std::string& text, int line) {
+    try {
+        tsql::ObjectName name = tsql::parseObjectName(text);
+        name.line = line;
+        return name;
+    } catch (const ServerError&) {
+        return {{text}, line};
+    }
 }
 
 }  // namespace
@@ -158,7 +162,7 @@ std::vector<std::string> ScriptRunner::textArguments(Frame& frame, Instruction& 
 // sp_addtype name, 'varchar(11)', 'NOT NULL'.
 void ScriptRunner::addType(const std::vector<std::string>& arguments, int line) {
     tsql::CreateTypeStatement type;
-    type.name = {{plainName(argumentAt(arguments, 0, "sp_addtype", "@typename", line))}, line};
+    type.name = nameIn(argumentAt(arguments, 0, "sp_addtype", "@typename", line), line);
     type.type = tsql::parseType(argumentAt(arguments, 1, "sp_addtype", "@phystype", line));
     if (arguments.size() > 2 && !arguments[2].empty()) {
         type.nullable = !equalsIgnoringCase(arguments[2], "NOT NULL") &&
@@ -170,37 +174,39 @@ void ScriptRunner::addType(const std::vector<std::string>& arguments, int line) 
 void ScriptRunner::dropType(const std::vector<std::string>& arguments, int line) {
     tsql::DropStatement drop;
     drop.kind = tsql::ObjectKind::Type;
-    drop.names.push_back(
-        {{plainName(argumentAt(arguments, 0, "sp_droptype", "@typename", line))}, line});
+    drop.names.push_back(nameIn(argumentAt(arguments, 0, "sp_droptype", "@typename", line), line));
     dropStored(drop, line);
 }
 
-// sp_rename 'table', 'new'; sp_rename 'table.column', 'new', 'COLUMN'.
+// sp_rename 'table', 'new'; sp_rename 'table.column', 'new', 'COLUMN'. The new name stands in the
+// same schema.
 void ScriptRunner::renameObject(const std::vector<std::string>& arguments, int line) {
     const std::string& object = argumentAt(arguments, 0, "sp_rename", "@objname", line);
     const std::string& newName = argumentAt(arguments, 1, "sp_rename", "@newname", line);
     const std::string kind = arguments.size() > 2 ? asciiUpper(arguments[2]) : "OBJECT";
-    TableChanger changer(connection_, catalogue_, counters_);
     Transactions::WriteScope scope(transactions_);
     statements_.captures().removeStale();
-    const auto changing = [&](const std::string& name) {
-        if (schemaBoundUser(catalogue_, plainName(name))) {
-            throw ServerError(tsql::Message::RenameOfDependency, {object}, line);
-        }
-        const Table* table = catalogue_.find(plainName(name));
-        if (table != nullptr) statements_.captures().remove(*table);
-    };
+    tsql::ObjectName name = nameIn(object, line);
     if (kind == "COLUMN") {
-        const std::size_t point = object.rfind('.');
-        const std::string table = point == std::string::npos ? "" : object.substr(0, point);
-        changing(table);
-        changer.renameColumn(plainName(table), plainName(object), newName, line);
+        const std::string column = name.last();
+        name.parts.pop_back();
+        if (name.parts.empty()) throw ServerError(tsql::Message::AmbiguousRename, {}, line);
+        const Table* table = catalogue_.find(resolvedName(name, kDefaultSchema, catalogue_));
+        if (table == nullptr) throw ServerError(tsql::Message::AmbiguousRename, {}, line);
+        refuseRename(*table, object, line);
+        TableChanger(connection_, catalogue_, counters_)
+            .renameColumn(Table(*table), column, newName, line);
     } else if (kind == "OBJECT") {
-        if (catalogue_.find(plainName(object)) == nullptr) {
+        const Table* table = catalogue_.find(resolvedName(name, kDefaultSchema, catalogue_));
+        if (table == nullptr) {
             throw ServerError(tsql::Message::NoSuchItem, {object, catalogue_.databaseName()}, line);
         }
-        changing(object);
-        changer.renameTable(plainName(object), newName, line);
+        refuseRename(*table, object, line);
+        const std::string after = storedName(schemaOf(table->name), newName);
+        if (catalogue_.knows(after) || isKeptByTheFile(after)) {
+            throw ServerError(tsql::Message::RenameTargetExists, {newName, "OBJECT"}, line);
+        }
+        TableChanger(connection_, catalogue_, counters_).renameTable(Table(*table), after);
     } else {
         throw tsql::unsupported("sp_rename of " + kind, line);
     }
@@ -209,14 +215,22 @@ void ScriptRunner::renameObject(const std::vector<std::string>& arguments, int l
     note("Caution: Changing any part of an object name could break scripts and stored procedures.");
 }
 
+void ScriptRunner::refuseRename(const Table& table, const std::string& object, int line) {
+    if (schemaBoundUser(catalogue_, table.name)) {
+        throw ServerError(tsql::Message::RenameOfDependency, {object}, line);
+    }
+    statements_.captures().remove(table);
+}
+
 // sp_helptext 'name': the text of a view, procedure, function or trigger, line by line.
 void ScriptRunner::helpText(const std::vector<std::string>& arguments, int line,
                             std::vector<ado::Result>& results) {
     const std::string& name = argumentAt(arguments, 0, "sp_helptext", "@objname", line);
     const Transactions::ReadScope scope(transactions_);
+    const std::string wanted = objectNamed(catalogue_, name);
     for (const StoredObject& object : catalogue_.objects()) {
         const bool text = object.kind <= StoredKind::Trigger;
-        if (!text || !sameName(object.name, plainName(name))) continue;
+        if (!text || !sameName(object.name, wanted)) continue;
         ado::Result result;
         ResultColumn column;
         column.name = "Text";

@@ -43,7 +43,7 @@ std::string tableOf(std::string_view columns, const WriteContext& context) {
 std::string fullName(const std::string& table, const WriteContext& context) {
     if (table.starts_with('@')) return table.substr(0, table.find('/'));
     if (table.starts_with('#')) return "tempdb.dbo." + table;
-    return context.database.empty() ? table : context.database + ".dbo." + table;
+    return context.database.empty() ? table : context.database + "." + context.shownTable;
 }
 
 ServerError nullRefused(const SqliteError& error, const WriteContext& context) {
@@ -59,7 +59,9 @@ ServerError duplicateKey(const SqliteError& error, const WriteContext& context) 
     const bool primary = error.code() != SQLITE_CONSTRAINT_UNIQUE;
     const std::string name =
         context.keyName.empty() ? (primary ? "PK_" : "UQ_") + table : context.keyName;
-    return {Message::DuplicateKey, {primary ? "PRIMARY" : "UNIQUE", name, table}};
+    return {Message::DuplicateKey,
+            {primary ? "PRIMARY" : "UNIQUE", name,
+             context.shownTable.empty() ? "dbo." + table : context.shownTable}};
 }
 
 ServerError constraintError(const SqliteError& error, const WriteContext& context) {

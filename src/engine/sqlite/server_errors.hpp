@@ -26,9 +26,10 @@ struct DatabasePlace {
 // What was being done when SQLite refused; constraint errors name it.
 struct WriteContext {
     std::string verb;     // "INSERT" or "UPDATE"; empty when nothing was written
-    std::string table;    // the table written
+    std::string table;    // the stored name of the table written
     std::string keyName;  // of the key that was violated; empty: as the table's keys are named
     std::vector<std::string> columns = {};  // that an UPDATE assigns
+    std::string shownTable = {};            // with its schema; empty: as `table`
     std::string database = {};              // the name that it goes by; empty: not known
 };
 

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "tsql/syntax.hpp"
+
+// The names of objects and their schemas.
+//
+// The file knows an object of the schema dbo by its name alone, "Clienti", and one of another schema
+// by both with a point between them, "vendite.Ordini": its stored name, by which the whole engine
+// knows it, too. A name of dbo that has a point itself has its schema before it. Names of temporary
+// tables (#t) and of table variables belong to no schema.
+namespace kap::engine {
+
+class Catalogue;
+
+inline constexpr std::string_view kDefaultSchema = "dbo";
+
+[[nodiscard]] std::string storedName(std::string_view schema, std::string_view name);
+
+// The parts of a stored name.
+[[nodiscard]] std::string_view schemaOf(std::string_view stored);
+[[nodiscard]] std::string_view bareName(std::string_view stored);
+
+// "dbo.Clienti", "vendite.Ordini": a stored name as messages show it with its schema.
+[[nodiscard]] std::string withSchema(std::string_view stored);
+
+// The stored name that a name of the dialect means. A name without schema is looked for in
+// `ownSchema`, that of the module it stands in, and then in dbo. What there is none of has the name
+// that it would have in the last place; empty for a name of another database.
+[[nodiscard]] std::string resolvedName(const tsql::ObjectName& name, std::string_view ownSchema,
+                                       const Catalogue& catalogue);
+
+// The stored name for an object that is to be made, in dbo when no schema is said. Error 2760 for a
+// schema that is not there, 2702 for another database.
+[[nodiscard]] std::string nameToMake(const tsql::ObjectName& name, const Catalogue& catalogue,
+                                     int line);
+
+}  // namespace kap::engine
