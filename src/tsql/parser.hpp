@@ -17,6 +17,7 @@ inline constexpr int kMaxNesting = 200;
 struct AliasType {
     TypeSpec type;
     bool nullable = true;
+    std::string table = {};  // "(a int, ...)" for a table type; empty otherwise
 };
 
 struct ParseOptions {

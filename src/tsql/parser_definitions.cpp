@@ -121,7 +121,16 @@ Statement::Node Parser::createIndex() {
 Statement::Node Parser::createType() {
     CreateTypeStatement result;
     result.name = objectName();
-    if (atKeyword("AS")) refuse("CREATE TYPE AS TABLE");
+    if (acceptKeyword("AS")) {
+        expectKeyword("TABLE");
+        const std::size_t start = position_;
+        auto table = std::make_shared<CreateTableStatement>();
+        table->table = result.name;
+        tableBody(*table);
+        result.tableText = sourceText(start);
+        result.table = std::move(table);
+        return result;
+    }
     expectKeyword("FROM");
     result.type = type(result.name.last(), 0);
     if (acceptKeyword("NULL")) {

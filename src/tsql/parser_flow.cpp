@@ -25,6 +25,11 @@ Statement::Node Parser::declareStatement() {
             continue;
         }
         refuseKeyword("CURSOR", "cursor variable");
+        if (auto table = tableType(name)) {
+            table->table.line = line;
+            result.tables.push_back(std::move(*table));
+            continue;
+        }
         DeclaredVariable& declared = result.variables.emplace_back();
         declared.name = name;
         declared.line = line;

@@ -92,11 +92,20 @@ std::vector<ParameterDefinition> Parser::parameterDefinitions() {
         ParameterDefinition& parameter = result.emplace_back();
         parameter.name = newVariable();
         acceptKeyword("AS");
-        parameter.type = type(parameter.name, static_cast<int>(result.size()));
+        parameter.table = tableType(parameter.name);
+        if (parameter.table == nullptr) {
+            parameter.type = type(parameter.name, static_cast<int>(result.size()));
+        }
         acceptKeyword("NULL");
         if (acceptOperator("=")) parameter.defaultValue = argumentValue();
         parameter.output = acceptKeyword("OUTPUT") || acceptKeyword("OUT");
-        acceptKeyword("READONLY");
+        parameter.readOnly = acceptKeyword("READONLY");
+        if (parameter.table != nullptr && !parameter.readOnly) {
+            throw ServerError(Message::TableParameterNotReadOnly, {parameter.name}, peek().line);
+        }
+        if (parameter.table == nullptr && parameter.readOnly) {
+            throw ServerError(Message::ReadOnlyOfNoTable, {parameter.name}, peek().line);
+        }
         if (!acceptOperator(",")) break;
         if (peek().kind != TokenKind::Variable) unexpected();
     }
@@ -135,7 +144,10 @@ Statement::Node Parser::createFunction(Making making) {
     expectOperator(")");
     expectKeyword("RETURNS");
     if (atKeyword("TABLE") || peek().kind == TokenKind::Variable) {
-        refuse("function that returns a table");
+        tableFunction(result);
+        acceptOperator(";");
+        if (!atEnd()) unexpected();
+        return result;
     }
     result.returns = type(result.name.last(), 0);
     moduleOptions();
@@ -148,6 +160,35 @@ Statement::Node Parser::createFunction(Making making) {
     return result;
 }
 
+// RETURNS TABLE AS RETURN query; RETURNS @name TABLE (...) AS BEGIN ... END.
+void Parser::tableFunction(CreateModuleStatement& function) {
+    if (acceptKeyword("TABLE")) {
+        moduleOptions();
+        acceptKeyword("AS");
+        expectKeyword("RETURN");
+        std::size_t brackets = 0;
+        while (atOperator("(") && !atQuery()) {
+            next();
+            ++brackets;
+        }
+        function.rows = query();
+        for (; brackets > 0; --brackets)
+            expectOperator(")");
+        return;
+    }
+    auto table = std::make_shared<CreateTableStatement>();
+    const int line = peek().line;
+    table->table = {{newVariable()}, line};
+    expectKeyword("TABLE");
+    tableBody(*table);
+    function.returnTable = std::move(table);
+    moduleOptions();
+    acceptKeyword("AS");
+    if (!atKeyword("BEGIN")) unexpected();
+    function.body = std::make_shared<Script>();
+    function.body->push_back(statement());
+}
+
 Statement::Node Parser::createTrigger(Making making) {
     requireFirst("CREATE/ALTER TRIGGER");
     CreateModuleStatement result = moduleOf(ModuleKind::Trigger, making);
@@ -155,8 +196,12 @@ Statement::Node Parser::createTrigger(Making making) {
     if (atKeyword("DATABASE") || atKeyword("ALL")) refuse("trigger on the database");
     result.table = objectName();
     moduleOptions();
-    if (atKeyword("INSTEAD")) refuse("INSTEAD OF trigger");
-    if (!acceptKeyword("AFTER")) expectKeyword("FOR");
+    if (acceptKeyword("INSTEAD")) {
+        expectKeyword("OF");
+        result.insteadOf = true;
+    } else if (!acceptKeyword("AFTER")) {
+        expectKeyword("FOR");
+    }
     do {
         if (acceptKeyword("INSERT")) {
             result.events |= kOnInsert;

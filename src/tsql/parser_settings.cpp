@@ -146,11 +146,19 @@ void Parser::skipStatement() {
 Statement::Node Parser::databaseStatement(DatabaseAction action) {
     DatabaseStatement result{action, ""};
     do {
-        result.name = name();
+        result.name = acceptKeyword("CURRENT") ? std::string() : name();
     } while (acceptOperator(","));
     const bool alters = action == DatabaseAction::Alter;
-    while (!atStatement() || atKeyword("WITH") || (alters && atKeyword("SET")))
+    std::optional<SetOptionStatement> option;
+    while (!atStatement() || atKeyword("WITH") || (alters && atKeyword("SET"))) {
+        if (atKeyword("RECURSIVE_TRIGGERS") && (atKeyword("ON", 1) || atKeyword("OFF", 1))) {
+            option.emplace();
+            option->options = {"RECURSIVE_TRIGGERS"};
+            option->value = atKeyword("ON", 1) ? "ON" : "OFF";
+        }
         next();
+    }
+    if (option) return std::move(*option);
     return result;
 }
 

@@ -19,21 +19,24 @@ std::vector<TableSourcePtr> Parser::fromClause() {
 
 TableSourcePtr Parser::joinedSource() {
     const Level level(*this);
-    TableSourcePtr left = sourcePrimary();
+    TableSourcePtr left = pivoted(sourcePrimary());
     JoinKind kind = JoinKind::Inner;
     while (joinKind(kind)) {
         const int line = peek().line;
         Join join{kind, std::move(left), nullptr, nullptr};
+        const bool conditional =
+            kind != JoinKind::Cross && kind != JoinKind::CrossApply && kind != JoinKind::OuterApply;
         // "a JOIN b JOIN c ON ... ON ..." nests to the right: b's own joins come before its ON.
-        join.right = kind == JoinKind::Cross ? sourcePrimary() : joinedSource();
+        join.right = conditional ? joinedSource() : sourcePrimary();
         int below = std::max(join.left->depth, join.right->depth);
-        if (kind != JoinKind::Cross) {
+        if (conditional) {
             expectKeyword("ON");
             join.condition = condition();
             below = std::max(below, join.condition->depth);
         }
         if (below >= kMaxNesting) throw nestedTooDeeply(line);
-        left = std::make_unique<TableSource>(TableSource{std::move(join), line, below + 1});
+        left =
+            pivoted(std::make_unique<TableSource>(TableSource{std::move(join), line, below + 1}));
     }
     return left;
 }
@@ -42,7 +45,12 @@ bool Parser::joinKind(JoinKind& kind) {
     static constexpr std::array<std::pair<const char*, JoinKind>, 3> kOuter{
         {{"LEFT", JoinKind::Left}, {"RIGHT", JoinKind::Right}, {"FULL", JoinKind::Full}}};
     if (atKeyword("CROSS") || atKeyword("OUTER")) {
-        if (atKeyword("APPLY", 1)) refuse("APPLY");
+        if (atKeyword("APPLY", 1)) {
+            kind = atKeyword("CROSS") ? JoinKind::CrossApply : JoinKind::OuterApply;
+            next();
+            next();
+            return true;
+        }
         if (!acceptKeyword("CROSS")) return false;
         expectKeyword("JOIN");
         kind = JoinKind::Cross;
@@ -123,15 +131,32 @@ QueryPtr Parser::valuesQuery() {
 TableSourcePtr Parser::namedSource() {
     const int line = peek().line;
     NamedTable table{tableName(), ""};
-    if (atOperator("(") && !atTableHint(1)) refuse("table function " + table.name.text());
+    if (atOperator("(") && !atTableHint(1)) return functionSource(std::move(table.name), line);
     tableHints(HintsStand::Anywhere);
     table.alias = optionalTableAlias();
     // HOLDLOCK alone is how the first servers wrote it.
     if (!acceptKeyword("HOLDLOCK")) tableHints(HintsStand::Anywhere);
-    refuseKeyword("PIVOT", "PIVOT");
-    refuseKeyword("UNPIVOT", "UNPIVOT");
     refuseKeyword("TABLESAMPLE", "TABLESAMPLE");
     return std::make_unique<TableSource>(TableSource{std::move(table), line, 1});
+}
+
+// f(a, DEFAULT) AS x (columns).
+TableSourcePtr Parser::functionSource(ObjectName name, int line) {
+    FunctionTable function;
+    function.name = std::move(name);
+    expectOperator("(");
+    if (!atOperator(")")) function.arguments = functionArguments();
+    expectOperator(")");
+    if (atKeyword("WITH") && atOperator("(", 1)) refuse(function.name.text() + " WITH");
+    function.alias = optionalTableAlias();
+    if (!function.alias.empty()) function.columnAliases = optionalColumnAliases();
+    const int below = deepest(function.arguments);
+    if (below >= kMaxNesting) throw nestedTooDeeply(line);
+    return std::make_unique<TableSource>(TableSource{std::move(function), line, below + 1});
+}
+
+std::vector<std::string> Parser::optionalColumnAliases() {
+    return atOperator("(") ? nameList() : std::vector<std::string>();
 }
 
 std::string Parser::optionalTableAlias() {

@@ -22,7 +22,8 @@ namespace kap::tsql {
 //     parser_settings.cpp      SET
 //     parser_calls.cpp         EXEC and its arguments
 //     parser_escapes.cpp       what stands in braces; parser_escaped_calls.cpp {fn name(...)}
-//     parser_queries.cpp       SELECT; parser_sources.cpp FROM, parser_groups.cpp GROUP BY,
+//     parser_queries.cpp       SELECT; parser_sources.cpp FROM, parser_pivots.cpp PIVOT,
+//                              parser_groups.cpp GROUP BY,
 //                              parser_windows.cpp OVER, parser_hints.cpp the hints
 //     parser_expressions.cpp   expressions; parser_predicates.cpp conditions
 //     parser_data.cpp          INSERT, UPDATE, DELETE; parser_merge.cpp MERGE
@@ -47,6 +48,7 @@ public:
 
     TypeSpec wholeType();
     ObjectName wholeName();
+    CreateTableStatement wholeTableBody(const std::string& name);
     std::vector<std::string> wholeNames();
     std::vector<ParameterDefinition> wholeParameters();
 
@@ -208,6 +210,12 @@ private:
     TableSourcePtr bracketedSource();
     QueryPtr valuesQuery();
     TableSourcePtr namedSource();
+    TableSourcePtr functionSource(ObjectName name, int line);
+    TableSourcePtr pivoted(TableSourcePtr source);
+    ObjectName plainColumn();
+    TableSourcePtr pivotSource(QueryPtr rows, int line);
+    TableSourcePtr unpivotSource(QueryPtr rows, int line);
+    std::vector<std::string> optionalColumnAliases();
     bool joinKind(JoinKind& kind);
     std::string optionalTableAlias();
 
@@ -299,6 +307,7 @@ private:
     CreateModuleStatement moduleOf(ModuleKind kind, Making making);
     Statement::Node createProcedure(Making making);
     Statement::Node createFunction(Making making);
+    void tableFunction(CreateModuleStatement& function);
     Statement::Node createTrigger(Making making);
     std::vector<ParameterDefinition> parameterDefinitions();
     void moduleOptions();
@@ -308,6 +317,8 @@ private:
     // Types. `owner` is the column's name, or empty outside CREATE TABLE; `ordinal` its place
     // from 1.
     TypeSpec type(const std::string& owner, int ordinal);
+    // The table type whose name stands here, as the table of that name; null when it is none.
+    std::shared_ptr<CreateTableStatement> tableType(const std::string& owner);
     TypeSpec sizedType(TypeSpec spec, const std::string& owner, int ordinal);
     void decimalSize(TypeSpec& spec, const std::string& owner, int ordinal);
     void fractionSize(TypeSpec& spec);

@@ -3,6 +3,7 @@
 #include <kaputil/automation/plain_text.hpp>
 
 #include "base/ascii.hpp"
+#include "tsql/lexer.hpp"
 #include "tsql/parser_state.hpp"
 #include "tsql/server_error.hpp"
 
@@ -57,6 +58,29 @@ TypeSpec Parser::wholeType() {
     const TypeSpec result = type("", 0);
     if (!atEnd()) unexpected();
     return result;
+}
+
+std::shared_ptr<CreateTableStatement> Parser::tableType(const std::string& owner) {
+    if (!options_.aliasType || !atName() || typeNamed(peek().text)) return nullptr;
+    const std::size_t start = position_;
+    const ObjectName name = objectName();
+    const auto found = options_.aliasType(name);
+    if (!found || found->table.empty()) {
+        position_ = start;
+        return nullptr;
+    }
+    ParseOptions options;
+    options.aliasType = options_.aliasType;
+    return std::make_shared<CreateTableStatement>(
+        Parser(found->table, tokenize(found->table), options).wholeTableBody(owner));
+}
+
+CreateTableStatement Parser::wholeTableBody(const std::string& name) {
+    CreateTableStatement table;
+    table.table = {{name}, 1};
+    tableBody(table);
+    if (!atEnd()) unexpected();
+    return table;
 }
 
 TypeSpec Parser::type(const std::string& owner, int ordinal) {

@@ -227,6 +227,8 @@ struct ParameterDefinition {
     TypeSpec type;
     ExpressionPtr defaultValue;  // null when not given
     bool output = false;
+    std::shared_ptr<const CreateTableStatement> table;  // of a table-valued one, under its name
+    bool readOnly = false;
 };
 
 enum class ModuleKind { Procedure, Function, Trigger };
@@ -237,21 +239,33 @@ inline constexpr TriggerEvents kOnInsert = 1;
 inline constexpr TriggerEvents kOnUpdate = 2;
 inline constexpr TriggerEvents kOnDelete = 4;
 
-// A stored procedure, a scalar function or a trigger.
+// A stored procedure, a function or a trigger.
 struct CreateModuleStatement {
     ModuleKind kind = ModuleKind::Procedure;
     ObjectName name;
     std::vector<ParameterDefinition> parameters;
-    TypeSpec returns;          // of a function
-    ObjectName table;          // of a trigger
-    TriggerEvents events = 0;  // of a trigger
-    std::shared_ptr<Script> body;
+    TypeSpec returns;                                         // of a scalar function
+    std::shared_ptr<const Query> rows;                        // of RETURNS TABLE AS RETURN query
+    std::shared_ptr<const CreateTableStatement> returnTable;  // of RETURNS @name TABLE (...)
+    ObjectName table;                                         // of a trigger
+    TriggerEvents events = 0;                                 // of a trigger
+    bool insteadOf = false;                                   // of a trigger
+    std::shared_ptr<Script> body;                             // null when there are `rows`
     std::string text;
     bool replace = false;
     bool mustExist = false;
 };
 
-enum class ObjectKind { Table, View, Procedure, Function, Trigger, Index, Type, Schema };
+enum class ObjectKind {
+    Table,
+    View,
+    Procedure,
+    Function,
+    Trigger,
+    Index,
+    Type,
+    Schema,
+};
 
 struct DropStatement {
     ObjectKind kind = ObjectKind::Table;
@@ -273,11 +287,13 @@ struct AlterSchemaStatement {
     bool isType = false;
 };
 
-// CREATE TYPE name FROM type.
+// CREATE TYPE name FROM type; CREATE TYPE name AS TABLE (...).
 struct CreateTypeStatement {
     ObjectName name;
     TypeSpec type;
     std::optional<bool> nullable;
+    std::shared_ptr<const CreateTableStatement> table;  // null for a name of another type
+    std::string tableText;                              // its columns with the brackets, as written
 };
 
 // --- Variables and control of flow

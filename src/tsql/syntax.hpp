@@ -201,7 +201,8 @@ struct Expression {
 // --- Queries
 // -------------------------------------------------------------------------------------------------------
 
-enum class JoinKind { Inner, Left, Right, Full, Cross };
+// The right side of an APPLY may read the columns of the left one.
+enum class JoinKind { Inner, Left, Right, Full, Cross, CrossApply, OuterApply };
 
 // A table, a view, or a table variable (its name starts with @).
 struct NamedTable {
@@ -219,11 +220,41 @@ struct Join {
     JoinKind kind;
     TableSourcePtr left;
     TableSourcePtr right;
-    ExpressionPtr condition;  // null for CROSS
+    ExpressionPtr condition;  // null for CROSS and APPLY
+};
+
+// f(a, b): the rows of a function that returns a table.
+struct FunctionTable {
+    ObjectName name;
+    std::vector<ExpressionPtr> arguments;
+    std::string alias;  // empty when not given
+    std::vector<std::string> columnAliases;
+};
+
+// rows PIVOT (aggregate(value) FOR column IN ([a], [b])): a column for each name, with the
+// aggregate over the rows in which `column` is that name; the rows are grouped by what is left.
+struct PivotTable {
+    QueryPtr rows;  // SELECT * FROM what stands before
+    ObjectName column;
+    ObjectName value;                // of the aggregate; without parts for count(*)
+    std::vector<std::string> names;  // of the new columns
+    std::vector<ExpressionPtr> aggregates;
+    std::string alias;
+    std::vector<std::string> columnAliases;
+};
+
+// rows UNPIVOT (value FOR name IN (a, b)): a row for each of the columns that is not null.
+struct UnpivotTable {
+    QueryPtr rows;
+    std::string value;
+    std::string name;
+    std::vector<std::string> columns;
+    std::string alias;
+    std::vector<std::string> columnAliases;
 };
 
 struct TableSource {
-    std::variant<NamedTable, DerivedTable, Join> node;
+    std::variant<NamedTable, DerivedTable, Join, FunctionTable, PivotTable, UnpivotTable> node;
     int line = 1;
     int depth = 1;
 };

@@ -69,10 +69,25 @@ std::string sourceText(const TableSource& source) {
                                    names("columns", table.columnAliases)});
             },
             [](const Join& join) {
-                static const char* const kKinds[] = {"join", "left", "right", "full", "cross"};
+                static const char* const kKinds[] = {"join",  "left",       "right",     "full",
+                                                     "cross", "crossapply", "outerapply"};
                 return node(
                     kKinds[static_cast<int>(join.kind)],
                     {sourceText(*join.left), sourceText(*join.right), optional(join.condition)});
+            },
+            [](const FunctionTable& function) {
+                return node("rowsof", {function.name.text(), list("with", function.arguments),
+                                       function.alias, names("columns", function.columnAliases)});
+            },
+            [](const PivotTable& pivot) {
+                return node("pivot", {treeText(*pivot.rows), pivot.column.text(),
+                                      names("names", pivot.names), list("with", pivot.aggregates),
+                                      pivot.alias, names("columns", pivot.columnAliases)});
+            },
+            [](const UnpivotTable& unpivot) {
+                return node("unpivot", {treeText(*unpivot.rows), unpivot.value, unpivot.name,
+                                        names("from", unpivot.columns), unpivot.alias,
+                                        names("columns", unpivot.columnAliases)});
             }},
         source.node);
 }
@@ -338,7 +353,10 @@ std::string statementText(const CreateModuleStatement& module) {
             node(parameter.name, {typeText(parameter.type), optional(parameter.defaultValue),
                                   parameter.output ? "output" : ""}));
     }
-    parts.push_back(scriptText(*module.body));
+    if (module.insteadOf) parts.push_back("insteadof");
+    if (module.returnTable) parts.push_back(statementText(*module.returnTable));
+    if (module.rows) parts.push_back(treeText(*module.rows));
+    if (module.body) parts.push_back(scriptText(*module.body));
     return node(kKinds[static_cast<int>(module.kind)], parts);
 }
 

@@ -118,6 +118,9 @@ ChangeOutcome EmbeddedRowChanger::write(const RowChange& change) {
     engine::Transactions::WriteScope scope(transactions_);
     scripts_.statements().captures().removeStale();
     const engine::Table& table = tableOf(change);
+    if ((table.insteadOfEvents & eventOf(change.kind)) != 0) {
+        throw tsql::unsupported("a row of a recordset over a table with an INSTEAD OF trigger", 0);
+    }
     if (scripts_.statements().fires(table, eventOf(change.kind))) {
         std::vector<ServerMessage> messages;
         ChangeOutcome outcome;

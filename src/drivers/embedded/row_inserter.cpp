@@ -21,8 +21,9 @@ RowChange insertionInto(const RowTarget& target) {
 
 bool EmbeddedRowInserter::serves(engine::EngineSession& engine, const EmbeddedRowChanger& changer,
                                  const RowTarget& target) {
-    return !engine.scripts().statements().fires(changer.tableOf(insertionInto(target)),
-                                                tsql::kOnInsert);
+    const engine::Table& table = changer.tableOf(insertionInto(target));
+    return (table.insteadOfEvents & tsql::kOnInsert) == 0 &&
+           !engine.scripts().statements().fires(table, tsql::kOnInsert);
 }
 
 EmbeddedRowInserter::EmbeddedRowInserter(engine::EngineSession& engine,

@@ -105,6 +105,7 @@ std::string Binder::commonTable(const tsql::CommonTable& table, Scope* outer) {
     const int aside = std::exchange(deepestRead_, 0);
     std::string defined = boundCommonTable(table, outer);
     commonNames_.back().depth = checkedDepth(deepestRead_ + 1, table.query->line);
+    commonNames_.back().syntax = &table;
     deepestRead_ = aside;
     return defined;
 }

@@ -172,7 +172,12 @@ BoundExpression Binder::node(const tsql::ColumnReference& node, int /*line*/, Sc
 
 BoundExpression Binder::node(const tsql::VariableReference& node, int line, Scope& /*scope*/) {
     if (node.name.compare(0, 2, "@@") == 0) return systemVariable(node.name, systemCall(), line);
-    const Variable* variable = names_.variable(node.name);
+    if (parameters_) {
+        for (const auto& [name, given] : parameters_->values) {
+            if (sameName(name, node.name)) return givenThrough(given, parameters_->givenAround);
+        }
+    }
+    const Variable* variable = parameters_ ? nullptr : names_.variable(node.name);
     if (variable == nullptr) {
         throw ServerError(tsql::Message::UndeclaredVariable, {node.name}, line);
     }
@@ -184,8 +189,17 @@ BoundExpression Binder::node(const tsql::VariableReference& node, int line, Scop
         usedVariables_.end()) {
         usedVariables_.push_back(variable->slot);
     }
-    return BoundExpression::expression("?" + plain::text(parameterOf(variable->slot)),
-                                       variable->type, true);
+    return givenThrough(BoundExpression::expression("?" + plain::text(parameterOf(variable->slot)),
+                                                    variable->type, true),
+                        0);
+}
+
+// A value that stands around a query is given to it, one query after the other, from without.
+BoundExpression Binder::givenThrough(BoundExpression value, std::size_t first) const {
+    if (value.constant || value.nullLiteral) return value;
+    for (std::size_t i = first; i < givenTo_.size(); ++i)
+        value.sql = givenTo_[i]->given(value.sql);
+    return value;
 }
 
 BoundExpression Binder::node(const tsql::UnaryExpression& node, int line, Scope& scope) {

@@ -126,7 +126,7 @@ BoundExpression Binder::storedFunction(const FunctionCall& call, int line, Scope
     if (isOfTheServer(call.name)) throw tsql::unsupported(call.name.text(), line);
     const std::string stored = resolvedName(call.name, schema_, catalogue());
     const Function* function = stored.empty() ? nullptr : catalogue().findFunction(stored);
-    if (function == nullptr) {
+    if (function == nullptr || function->returnsTable()) {
         throw ServerError(tsql::Message::UnknownColumnOrFunction,
                           {call.name.parts.front(), call.name.text()}, line);
     }

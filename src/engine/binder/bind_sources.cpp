@@ -38,7 +38,10 @@ const char* joinWord(JoinKind kind) {
         case JoinKind::Full:
             return " FULL JOIN ";
         case JoinKind::Cross:
+        case JoinKind::CrossApply:
             return " CROSS JOIN ";
+        case JoinKind::OuterApply:
+            return " LEFT JOIN ";
     }
     return "";
 }
@@ -119,6 +122,15 @@ BoundSource Binder::source(const tsql::TableSource& source, Scope& scope) {
     if (const auto* table = std::get_if<tsql::NamedTable>(&source.node)) return namedTable(*table);
     if (const auto* derived = std::get_if<tsql::DerivedTable>(&source.node)) {
         return derivedTable(*derived, source.line, scope);
+    }
+    if (const auto* function = std::get_if<tsql::FunctionTable>(&source.node)) {
+        return functionTable(*function, source.line, scope);
+    }
+    if (const auto* pivot = std::get_if<tsql::PivotTable>(&source.node)) {
+        return pivotTable(*pivot, source.line, scope);
+    }
+    if (const auto* unpivot = std::get_if<tsql::UnpivotTable>(&source.node)) {
+        return unpivotTable(*unpivot, source.line, scope);
     }
     return join(std::get<tsql::Join>(source.node), source.line, scope);
 }
@@ -281,6 +293,9 @@ std::optional<BoundSource> Binder::systemSource(const tsql::NamedTable& named) c
 }
 
 BoundSource Binder::join(const tsql::Join& join, int line, Scope& scope) {
+    if (join.kind == JoinKind::CrossApply || join.kind == JoinKind::OuterApply) {
+        return apply(join, line, scope);
+    }
     BoundSource left = source(*join.left, scope);
     BoundSource right = bracketedSource(*join.right, scope);
     std::string sql = left.sql + joinWord(join.kind) + right.sql;

@@ -58,8 +58,9 @@ struct BoundValues {
 // bind_expressions.cpp, bind_operators.cpp, bind_comparisons.cpp, bind_conditions.cpp,
 // bind_functions.cpp and its tables, bind_string_agg.cpp, bind_windows.cpp,
 // bind_system_values.cpp, bind_queries.cpp, bind_unions.cpp, bind_selects.cpp, bind_groups.cpp,
-// bind_order.cpp, bind_sources.cpp, bind_common_tables.cpp, bind_views.cpp, bind_cursors.cpp. All
-// throw tsql::ServerError with a line.
+// bind_order.cpp, bind_sources.cpp, bind_apply.cpp, bind_table_functions.cpp, bind_pivots.cpp,
+// bind_common_tables.cpp, bind_views.cpp, bind_cursors.cpp. All throw tsql::ServerError with a
+// line.
 class Binder {
 public:
     explicit Binder(const NameScope& names, Constants constants = Constants::InText)
@@ -128,6 +129,11 @@ public:
     // A stored table, a temporary one, or one of the script. Error 208 when there is none.
     [[nodiscard]] BoundSource storedTable(const tsql::ObjectName& name,
                                           const std::string& alias) const;
+    // A table or view by its name, as a source.
+    [[nodiscard]] BoundSource namedSource(const tsql::ObjectName& name) {
+        const Restored numbers(needsRowNumbers_, true);
+        return namedTable({name, ""});
+    }
     // Errors 1011 and 1013 when two sources have one name.
     static void checkNames(const std::vector<Source>& sources, int line);
     [[nodiscard]] std::string limitText(const tsql::TopClause& top, Scope& scope);
@@ -313,8 +319,9 @@ private:
         int reads = 0;
         // How deep within queries it is bound when it is known to read itself.
         std::optional<int> recursiveAt = std::nullopt;
-        int depth = 0;        // levels of queries in it
-        bool isView = false;  // one that is written through
+        int depth = 0;                              // levels of queries in it
+        bool isView = false;                        // one that is written through
+        const tsql::CommonTable* syntax = nullptr;  // of one that a statement defines
     };
     [[nodiscard]] std::string commonTable(const tsql::CommonTable& table, Scope* outer);
     [[nodiscard]] std::string boundCommonTable(const tsql::CommonTable& table, Scope* outer);
@@ -382,8 +389,41 @@ private:
     [[nodiscard]] BoundSource derivedTable(const tsql::DerivedTable& table, int line, Scope& scope);
     [[nodiscard]] BoundSource join(const tsql::Join& join, int line, Scope& scope);
 
+    // bind_apply.cpp
+    [[nodiscard]] BoundSource apply(const tsql::Join& join, int line, Scope& scope);
+    [[nodiscard]] BoundSource appliedSource(const tsql::TableSource& source, Scope& beside,
+                                            GivenValues& given);
+    [[nodiscard]] std::string commonTablesAgain(std::size_t count, int line);
+    [[nodiscard]] static BoundSource givenRows(BoundSource source, const std::string& with,
+                                               const GivenValues& given, int line);
+
+    // bind_table_functions.cpp
+    [[nodiscard]] BoundSource functionTable(const tsql::FunctionTable& call, int line,
+                                            Scope& scope);
+    [[nodiscard]] std::vector<BoundExpression> functionArguments(const tsql::FunctionTable& call,
+                                                                 const Function& function, int line,
+                                                                 Scope& scope);
+    [[nodiscard]] BoundQuery inlineRows(const Function& function,
+                                        std::vector<BoundExpression> arguments, int line);
+    [[nodiscard]] BoundQuery splitText(const tsql::FunctionTable& call, int line, Scope& scope);
+
+    // bind_pivots.cpp
+    [[nodiscard]] BoundSource pivotTable(const tsql::PivotTable& pivot, int line, Scope& scope);
+    [[nodiscard]] BoundSource unpivotTable(const tsql::UnpivotTable& unpivot, int line,
+                                           Scope& scope);
+
+    // What the parameters of a function that stands as its query are.
+    struct ParameterValues {
+        std::vector<std::pair<std::string, BoundExpression>> values;
+        std::size_t givenAround = 0;  // how many of `givenTo_` there were when they were bound
+    };
+    [[nodiscard]] BoundExpression givenThrough(BoundExpression value, std::size_t first) const;
+
     const NameScope& names_;
-    std::string schema_;  // where names without one are looked for first
+    std::vector<GivenValues*> givenTo_;  // the queries being bound that are given values
+    std::optional<ParameterValues> parameters_;
+    int openFunctions_ = 0;  // whose queries are being bound
+    std::string schema_;     // where names without one are looked for first
     std::vector<CommonName> commonNames_;
     CommonTarget commonTarget_;
     std::vector<std::string> writtenColumns_;

@@ -30,6 +30,12 @@ const Table* NameScope::localTable(std::string_view name) const {
     return found == localTables_.end() ? nullptr : &found->table;
 }
 
+void NameScope::setReadOnly(std::string_view name) {
+    for (LocalTable& each : localTables_) {
+        if (sameName(each.name, name)) each.readOnly = true;
+    }
+}
+
 void NameScope::addLocalTable(LocalTable table) {
     localTables_.push_back(std::move(table));
 }

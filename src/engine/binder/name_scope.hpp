@@ -24,6 +24,7 @@ struct Variable {
 struct LocalTable {
     std::string name;
     Table table;
+    bool readOnly = false;  // a parameter
 };
 
 // What the session has set for the statements that write.
@@ -55,6 +56,7 @@ public:
     [[nodiscard]] const Table* localTable(std::string_view name) const;
     [[nodiscard]] const std::deque<LocalTable>& localTables() const { return localTables_; }
     void addLocalTable(LocalTable table);
+    void setReadOnly(std::string_view name);
 
     [[nodiscard]] const WriteSettings& settings() const { return *settings_; }
     // `settings` must live as long as the names do.

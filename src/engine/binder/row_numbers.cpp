@@ -1,5 +1,7 @@
 #include "engine/binder/row_numbers.hpp"
 
+#include <kaputil/automation/plain_text.hpp>
+
 #include "tsql/server_error.hpp"
 
 namespace kap::engine {
@@ -16,11 +18,19 @@ std::string rowNumberOf(const Source& source) {
     return sqlName(source.name) + "." + rowNumberName(*source.table);
 }
 
+std::string captureKey(const Table& table) {
+    return table.captureLevel == 0 ? table.name
+                                   : table.name + " (" + plain::text(table.captureLevel) + ")";
+}
+
 Table capturedRows(const Table& table, RowState state) {
     Table result = table;
-    result.name = (state == RowState::Inserted ? "kap inserted " : "kap deleted ") + table.name;
+    result.name =
+        (state == RowState::Inserted ? "kap inserted " : "kap deleted ") + captureKey(table);
     result.temporary = true;
     result.triggerEvents = 0;
+    result.insteadOfEvents = 0;
+    result.captureLevel = 0;
     for (Column& column : result.columns) {
         column.identity.reset();
         column.computed = false;

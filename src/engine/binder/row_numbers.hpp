@@ -16,6 +16,9 @@ namespace kap::engine {
 
 enum class RowState { Inserted, Deleted };
 
+// What caught rows of a table are known by: those of what its triggers write are kept apart.
+[[nodiscard]] std::string captureKey(const Table& table);
+
 // The table that holds the caught rows of a table, with its columns.
 [[nodiscard]] Table capturedRows(const Table& table, RowState state);
 

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include <kaputil/automation/plain_text.hpp>
+
 #include "engine/catalog/object_names.hpp"
 
 #include "tsql/server_error.hpp"
@@ -87,6 +89,34 @@ void checkGrouped(const BoundExpression& value, const ObjectName& name, const Sc
 
 }  // namespace
 
+std::string GivenValues::given(const std::string& value) {
+    const auto found = std::ranges::find(sql, value);
+    const auto place = found - sql.begin();
+    if (found == sql.end()) sql.push_back(value);
+    return "?" + plain::text(static_cast<std::int64_t>(place) + 1);
+}
+
+namespace {
+
+// A column of a level further out, as what stands at `scope` can read it.
+const SourceColumn& readFrom(const Scope& scope, const Scope* level, const SourceColumn& column) {
+    std::vector<GivenValues*> crossed;
+    for (const Scope* each = &scope;; each = each->outer) {
+        if (each->given != nullptr) crossed.push_back(each->given);
+        if (each == level) break;
+    }
+    if (crossed.empty()) return column;
+    SourceColumn& own = crossed.front()->columns.emplace_back(column);
+    own.value.plainColumn = false;
+    own.value.terms.clear();
+    own.value.joint.clear();
+    for (auto given = crossed.rbegin(); given != crossed.rend(); ++given)
+        own.value.sql = (*given)->given(own.value.sql);
+    return own;
+}
+
+}  // namespace
+
 const SourceColumn& resolveColumn(const ObjectName& name, const Scope& scope) {
     if (scope.columnsRefused) {
         throw ServerError(tsql::Message::NameNotPermitted, {name.text()}, name.line);
@@ -105,7 +135,7 @@ const SourceColumn& resolveColumn(const ObjectName& name, const Scope& scope) {
             throw tsql::unsupported("a group of several grouping sets within a subquery",
                                     name.line);
         }
-        return *found;
+        return readFrom(scope, level, *found);
     }
     if (!qualified) throw invalidColumn(name);
     throw ServerError(tsql::Message::MultiPartNotBound, {name.text()}, name.line);

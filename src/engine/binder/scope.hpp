@@ -1,5 +1,6 @@
 #pragma once
 
+#include <deque>
 #include <string>
 #include <type_traits>
 #include <vector>
@@ -40,9 +41,21 @@ enum class AggregateUse {
     RefusedInSet
 };
 
+// The values of the rows around that a query is given because SQLite does not let it read them: its
+// ?1, ?2 and so on.
+struct GivenValues {
+    std::vector<std::string> sql;      // in the words of the query around
+    std::deque<SourceColumn> columns;  // that stand for such values
+
+    // What stands for a value within the query.
+    [[nodiscard]] std::string given(const std::string& value);
+};
+
 // What names mean within one SELECT, and around it.
 struct Scope {
     Scope* outer = nullptr;
+    // Of the left side of an APPLY: what is found here or further out is given to the right side.
+    GivenValues* given = nullptr;
     std::vector<Source> sources;
     std::size_t target = 0;  // which of `sources` the statement writes, when it writes one
     AggregateUse aggregates = AggregateUse::Refused;

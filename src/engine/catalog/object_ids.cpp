@@ -31,8 +31,8 @@ std::vector<Found> objectsOf(const SchemaCatalogue& catalogue) {
         result.push_back({table->name, "U", table});
     }
     for (const StoredObject& object : catalogue.objects()) {
-        if (object.kind != StoredKind::Type && object.kind != StoredKind::Schema) {
-            result.push_back({object.name, typeCode(objectType(object.kind)), nullptr});
+        if (*objectType(catalogue, object) != 0) {
+            result.push_back({object.name, typeCode(objectType(catalogue, object)), nullptr});
         }
     }
     return result;
@@ -69,14 +69,17 @@ std::string objectNamed(const SchemaCatalogue& catalogue, std::string_view text)
     }
 }
 
-const char* objectType(StoredKind kind) {
-    switch (kind) {
+const char* objectType(const SchemaCatalogue& catalogue, const StoredObject& object) {
+    switch (object.kind) {
         case StoredKind::View:
             return "V ";
         case StoredKind::Procedure:
             return "P ";
-        case StoredKind::Function:
-            return "FN";
+        case StoredKind::Function: {
+            const auto module = catalogue.findModule(StoredKind::Function, object.name);
+            if (module != nullptr && module->definition.rows != nullptr) return "IF";
+            return module != nullptr && module->definition.returnTable != nullptr ? "TF" : "FN";
+        }
         case StoredKind::Trigger:
             return "TR";
         case StoredKind::PrimaryKey:
@@ -87,6 +90,8 @@ const char* objectType(StoredKind kind) {
             return "C ";
         case StoredKind::Type:
         case StoredKind::Schema:
+        case StoredKind::Setting:
+        case StoredKind::TriggerOrder:
             break;
     }
     return "";

@@ -19,8 +19,9 @@ namespace kap::engine {
 // of another database.
 [[nodiscard]] std::string objectNamed(const SchemaCatalogue& catalogue, std::string_view text);
 
-// The two-letter type by which the server knows a kind of object: "U ", "V ", "P ".
-[[nodiscard]] const char* objectType(StoredKind kind);
+// The two-letter type by which the server knows an object: "U ", "V ", "P ", and of functions "FN",
+// "IF" or "TF".
+[[nodiscard]] const char* objectType(const SchemaCatalogue& catalogue, const StoredObject& object);
 
 // Null for what there is none of.
 [[nodiscard]] Value idOfObject(const SchemaCatalogue& catalogue, const std::string& name,

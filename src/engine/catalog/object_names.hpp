@@ -7,10 +7,10 @@
 
 // The names of objects and their schemas.
 //
-// The file knows an object of the schema dbo by its name alone, "Clienti", and one of another schema
-// by both with a point between them, "vendite.Ordini": its stored name, by which the whole engine
-// knows it, too. A name of dbo that has a point itself has its schema before it. Names of temporary
-// tables (#t) and of table variables belong to no schema.
+// The file knows an object of the schema dbo by its name alone, "Clienti", and one of another
+// schema by both, "vendite.Ordini": its stored name, by which the whole engine knows it, too. A
+// name of dbo with a point in it has its schema before it. Names of temporary tables (#t) and of
+// table variables belong to no schema.
 namespace kap::engine {
 
 class Catalogue;

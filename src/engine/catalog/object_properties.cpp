@@ -42,11 +42,14 @@ std::optional<bool> ofKind(std::string_view type, std::string_view wanted) {
     if (wanted == "isconstraint") {
         return type == "PK" || type == "UQ" || type == "F " || type == "C " || type == "D ";
     }
+    const bool returnsTable = type == "IF" || type == "TF";
+    if (wanted == "istablefunction") return returnsTable;
+    if (wanted == "isinlinefunction") return type == "IF";
     if (wanted == "isexecuted") {
-        return type == "P " || type == "FN" || type == "TR" || type == "V ";
+        return type == "P " || type == "FN" || returnsTable || type == "TR" || type == "V ";
     }
-    if (contains({"istablefunction", "isinlinefunction", "isextendedproc", "isreplproc",
-                  "issystemtable", "ismsshipped", "isdefault", "isrule", "isqueue", "isencrypted"},
+    if (contains({"isextendedproc", "isreplproc", "issystemtable", "ismsshipped", "isdefault",
+                  "isrule", "isqueue", "isencrypted"},
                  wanted)) {
         return false;
     }
@@ -60,13 +63,13 @@ std::optional<bool> ofTriggers(const SchemaCatalogue& catalogue, const Table& ta
         {"tablehasupdatetrigger", tsql::kOnUpdate},
         {"tablehasdeletetrigger", tsql::kOnDelete},
         {"tablehasaftertrigger", tsql::kOnInsert | tsql::kOnUpdate | tsql::kOnDelete}};
+    if (wanted == "tablehasinsteadoftrigger") return table.insteadOfEvents != 0;
     for (const auto& one : kEvents) {
         if (wanted != one.first) continue;
         return std::ranges::any_of(catalogue.triggersOf(table.name), [&](const auto& trigger) {
-            return (trigger->definition.events & one.second) != 0;
+            return !trigger->definition.insteadOf && (trigger->definition.events & one.second) != 0;
         });
     }
-    if (wanted == "tablehasinsteadoftrigger") return false;
     return std::nullopt;
 }
 
@@ -145,13 +148,14 @@ std::optional<bool> ofModule(const SchemaCatalogue& catalogue, const StoredObjec
     if (wanted == "execisstartup") return false;
     if (object.kind != StoredKind::Trigger) return std::nullopt;
     if (wanted == "execistriggerdisabled") return !object.enabled;
-    if (wanted == "execisaftertrigger") return true;
-    if (wanted == "execisinsteadoftrigger") return false;
     static constexpr std::pair<std::string_view, tsql::TriggerEvents> kEvents[] = {
         {"execisinserttrigger", tsql::kOnInsert},
         {"execisupdatetrigger", tsql::kOnUpdate},
         {"execisdeletetrigger", tsql::kOnDelete}};
     const auto module = catalogue.findModule(StoredKind::Trigger, object.name);
+    const bool insteadOf = module != nullptr && module->definition.insteadOf;
+    if (wanted == "execisaftertrigger") return !insteadOf;
+    if (wanted == "execisinsteadoftrigger") return insteadOf;
     for (const auto& [property, event] : kEvents) {
         if (wanted == property) return module && (module->definition.events & event) != 0;
     }
@@ -197,7 +201,8 @@ std::optional<Described> described(const SchemaCatalogue& catalogue, std::int64_
     }
     for (const StoredObject& object : catalogue.objects()) {
         if (object.kind > StoredKind::Trigger || objectId(object.name) != id) continue;
-        return answer(object.name, objectType(object.kind), ofModule(catalogue, object, wanted));
+        return answer(object.name, objectType(catalogue, object),
+                      ofModule(catalogue, object, wanted));
     }
     for (const ConstraintInfo& constraint : catalogue.constraints()) {
         const std::string own = storedName(constraint);

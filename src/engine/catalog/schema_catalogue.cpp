@@ -120,6 +120,7 @@ const Table* SchemaCatalogue::find(std::string_view name) const {
     if (!entry.table) {
         entry.table = read(entry);
     }
+    entry.table->captureLevel = firingLevel(entry.name);
     return entry.table.get();
 }
 
@@ -197,7 +198,8 @@ std::unique_ptr<Table> SchemaCatalogue::read(const Entry& entry) const {
     addLaterKey(*table);
     if (!entry.temporary) {
         for (const auto& trigger : triggersOf(table->name)) {
-            table->triggerEvents |= trigger->definition.events;
+            const tsql::CreateModuleStatement& made = trigger->definition;
+            (made.insteadOf ? table->insteadOfEvents : table->triggerEvents) |= made.events;
         }
     }
     return table;
@@ -299,6 +301,8 @@ const View* SchemaCatalogue::findView(std::string_view name) const {
         auto statement = definitionOf<tsql::CreateViewStatement>(*object);
         View view{object->name, std::move(statement.columns), std::move(statement.query),
                   statement.checksRows};
+        for (const auto& trigger : triggersOf(view.name))
+            view.insteadOfEvents |= trigger->definition.events;
         found = views_.emplace(key, std::move(view)).first;
     }
     return &found->second;
@@ -315,6 +319,15 @@ const Function* SchemaCatalogue::findFunction(std::string_view name) const {
         Function function;
         function.name = module->object.name;
         function.returns = module->definition.returns;
+        function.rows = module->definition.rows;
+        if (module->definition.returnTable != nullptr) {
+            for (const tsql::ColumnDefinition& each : module->definition.returnTable->columns) {
+                Column& column = function.columns.emplace_back();
+                column.name = each.name;
+                column.type = each.type;
+                column.nullable = each.nullable.value_or(true);
+            }
+        }
         for (const tsql::ParameterDefinition& parameter : module->definition.parameters) {
             // The module lives as long as whoever holds one of its defaults.
             function.parameters.push_back(
@@ -360,6 +373,8 @@ std::optional<tsql::AliasType> SchemaCatalogue::aliasType(const tsql::ObjectName
     if (object == nullptr) {
         return std::nullopt;
     }
+    // A table type has its columns as text.
+    if (isTableType(*object)) return tsql::AliasType{{}, false, object->text};
     // The text is the type's own, and what it says of nulls stands in place of a parent.
     return tsql::AliasType{tsql::parseType(object->text), object->parent != kNotNull};
 }

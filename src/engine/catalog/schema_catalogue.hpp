@@ -65,6 +65,10 @@ struct SchemaInfo {
     bool made = false;  // by CREATE SCHEMA: it can be dropped
 };
 
+// Whether what a trigger does fires the same trigger again; whether it fires others.
+inline constexpr std::string_view kRecursiveTriggers = "recursive triggers";
+inline constexpr std::string_view kNestedTriggers = "nested triggers";
+
 class SchemaCatalogue : public Catalogue {
 public:
     SchemaCatalogue(Database& database, Counters& counters);
@@ -89,9 +93,27 @@ public:
     // A procedure, function or trigger, read; null when there is none of that name.
     [[nodiscard]] std::shared_ptr<const Module> findModule(StoredKind kind,
                                                            std::string_view name) const;
-    // The triggers of a table that are switched on, in the order in which they were made.
+    // The triggers of a table or view that are switched on, in the order in which they were made.
     [[nodiscard]] std::vector<std::shared_ptr<const Module>> triggersOf(
         std::string_view table) const;
+    // Those that an event fires now, in the order in which they do. A trigger is not fired by what
+    // it does itself, unless the database says so.
+    [[nodiscard]] std::vector<std::shared_ptr<const Module>> firedBy(std::string_view table,
+                                                                     std::uint8_t event,
+                                                                     bool insteadOf) const;
+    [[nodiscard]] bool firesInstead(std::string_view relation, std::uint8_t event) const override;
+
+    // What is firing, the innermost last.
+    struct Firing {
+        std::string table;
+        std::string trigger;  // that is running
+    };
+    [[nodiscard]] std::vector<Firing>& firing() noexcept { return firing_; }
+    [[nodiscard]] const std::vector<Firing>& firing() const noexcept { return firing_; }
+    [[nodiscard]] int firingLevel(std::string_view relation) const override;
+
+    // A setting of the database: kRecursiveTriggers, kNestedTriggers.
+    [[nodiscard]] bool isOn(std::string_view setting) const;
     // The type that a name given by CREATE TYPE stands for.
     [[nodiscard]] std::optional<tsql::AliasType> aliasType(const tsql::ObjectName& name) const;
     // How scripts are to be read here.
@@ -171,6 +193,7 @@ private:
     mutable std::map<std::string, Function> functions_;  // by the folded name
     // By the name and the text, so that they outlive a change of something else.
     mutable LruCache<std::shared_ptr<const Module>> modules_;
+    std::vector<Firing> firing_;
     std::vector<std::string> databaseNames_{std::string()};  // the one that counts last
 };
 

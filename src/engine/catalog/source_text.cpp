@@ -143,6 +143,19 @@ std::string withColumnRenamed(const std::string& definition, std::string_view be
            definition.substr(end);
 }
 
+std::string withObjectName(const std::string& text, const std::string& name) {
+    const std::vector<Token> tokens = tokensOf(text);
+    const auto kind = std::ranges::find_if(tokens, [](const Token& token) {
+        return isWord(token, "VIEW") || isWord(token, "PROC") || isWord(token, "PROCEDURE") ||
+               isWord(token, "FUNCTION") || isWord(token, "TRIGGER");
+    });
+    if (kind == tokens.end() || kind + 1 == tokens.end()) return text;
+    auto last = kind + 1;
+    while (last + 2 < tokens.end() && isSign(last[1], "."))
+        last += 2;
+    return text.substr(0, last->start) + inBrackets(name) + text.substr(last->end);
+}
+
 std::string asCreation(const std::string& text) {
     const std::vector<Token> tokens = tokensOf(text);
     if (tokens.empty() || !isWord(tokens.front(), "ALTER")) return text;

@@ -31,6 +31,9 @@ struct Column;
 [[nodiscard]] std::string withColumnRenamed(const std::string& definition, std::string_view before,
                                             const std::string& after);
 
+// The text of a view, procedure, function or trigger that goes by another name, in the same schema.
+[[nodiscard]] std::string withObjectName(const std::string& text, const std::string& name);
+
 // The text of ALTER VIEW and the like as the CREATE that makes the same.
 [[nodiscard]] std::string asCreation(const std::string& text);
 

@@ -8,6 +8,10 @@
 
 namespace kap::engine {
 
+bool isTableType(const StoredObject& object) {
+    return object.kind == StoredKind::Type && object.text.starts_with('(');
+}
+
 // A name with a point that was given before there were schemas has none.
 std::string nameAtParent(const StoredObject& object) {
     const bool qualified = sameName(schemaOf(object.name), schemaOf(object.parent));

@@ -25,6 +25,8 @@ enum class StoredKind : std::uint8_t {
     UniqueKey,
     DisabledConstraint,
     Schema,
+    Setting,       // of the database, on or off
+    TriggerOrder,  // "trigger/event", which fires first or last among those of its table
 };
 
 // What stands for the parent of a type that takes no nulls.
@@ -39,6 +41,9 @@ struct StoredObject {
     bool enabled = true;
     bool quotedNames = true;  // what double quotes in the text mean
 };
+
+// Whether a type is one of tables, whose text is "(a int, ...)".
+[[nodiscard]] bool isTableType(const StoredObject& object);
 
 // The name of a constraint, key or trigger without its schema, which is that of its table.
 [[nodiscard]] std::string nameAtParent(const StoredObject& object);

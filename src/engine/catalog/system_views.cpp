@@ -33,7 +33,7 @@ std::vector<ObjectRow> objectRows(const SchemaCatalogue& catalogue) {
         rows.push_back({table->name, "U ", ""});
     for (const StoredObject& object : catalogue.objects()) {
         if (object.kind <= StoredKind::Trigger) {
-            rows.push_back({object.name, objectType(object.kind), object.parent});
+            rows.push_back({object.name, objectType(catalogue, object), object.parent});
         }
     }
     for (const ConstraintInfo& constraint : catalogue.constraints()) {
@@ -54,11 +54,18 @@ std::int64_t sysstat(const std::string& type) {
 
 const char* typeDescription(const std::string& type) {
     static constexpr std::pair<std::string_view, const char*> kDescriptions[] = {
-        {"U ", "USER_TABLE"},           {"V ", "VIEW"},
-        {"P ", "SQL_STORED_PROCEDURE"}, {"FN", "SQL_SCALAR_FUNCTION"},
-        {"TR", "SQL_TRIGGER"},          {"PK", "PRIMARY_KEY_CONSTRAINT"},
-        {"UQ", "UNIQUE_CONSTRAINT"},    {"F ", "FOREIGN_KEY_CONSTRAINT"},
-        {"C ", "CHECK_CONSTRAINT"},     {"D ", "DEFAULT_CONSTRAINT"}};
+        {"U ", "USER_TABLE"},
+        {"V ", "VIEW"},
+        {"P ", "SQL_STORED_PROCEDURE"},
+        {"FN", "SQL_SCALAR_FUNCTION"},
+        {"IF", "SQL_INLINE_TABLE_VALUED_FUNCTION"},
+        {"TF", "SQL_TABLE_VALUED_FUNCTION"},
+        {"TR", "SQL_TRIGGER"},
+        {"PK", "PRIMARY_KEY_CONSTRAINT"},
+        {"UQ", "UNIQUE_CONSTRAINT"},
+        {"F ", "FOREIGN_KEY_CONSTRAINT"},
+        {"C ", "CHECK_CONSTRAINT"},
+        {"D ", "DEFAULT_CONSTRAINT"}};
     for (const auto& [known, description] : kDescriptions) {
         if (known == type) return description;
     }
@@ -107,12 +114,18 @@ SystemRows sysObjects(const SchemaCatalogue& catalogue, std::string_view types) 
 }
 
 SystemRows sysTriggers(const SchemaCatalogue& catalogue) {
-    SystemRows view{
-        {{"name", kName}, {"object_id", kInt}, {"parent_id", kInt}, {"is_disabled", kBit}}, {}};
+    SystemRows view{{{"name", kName},
+                     {"object_id", kInt},
+                     {"parent_id", kInt},
+                     {"is_disabled", kBit},
+                     {"is_instead_of_trigger", kBit}},
+                    {}};
     for (const StoredObject& object : catalogue.objects()) {
         if (object.kind != StoredKind::Trigger) continue;
+        const auto module = catalogue.findModule(StoredKind::Trigger, object.name);
         view.rows.push_back({bare(object.name), number(objectId(object.name)),
-                             number(objectId(object.parent)), flag(!object.enabled)});
+                             number(objectId(object.parent)), flag(!object.enabled),
+                             flag(module != nullptr && module->definition.insteadOf)});
     }
     return view;
 }
@@ -199,8 +212,14 @@ SystemRows typeRows(const SchemaCatalogue& catalogue, bool modern) {
     }
     for (const StoredObject& object : catalogue.objects()) {
         if (object.kind != StoredKind::Type) continue;
-        const TypeSpec type = tsql::parseType(object.text);
         constexpr std::int64_t kFirstUserType = 256;
+        if (isTableType(object)) {
+            constexpr std::int64_t kTableTypeId = 243;
+            view.rows.push_back({bare(object.name), number(kTableTypeId),
+                                 number(kFirstUserType + object.id), number(-1), number(1)});
+            continue;
+        }
+        const TypeSpec type = tsql::parseType(object.text);
         view.rows.push_back({bare(object.name), number(typeId(type.type)),
                              number(kFirstUserType + object.id), number(tsql::bytesOf(type)),
                              number(1)});

@@ -45,8 +45,13 @@ struct Table {
     std::string name;        // its stored name
     bool temporary = false;  // lives in SQLite's "temp" schema; its name starts with #
     std::vector<Column> columns;
-    // The events (TriggerEvents) for which the table has triggers.
+    // The events (TriggerEvents) for which the table has triggers that fire after them, and those
+    // for which it has one that fires instead.
     std::uint8_t triggerEvents = 0;
+    std::uint8_t insteadOfEvents = 0;
+    // How often triggers of the table are running: what is written meanwhile is caught beside what
+    // they were fired by.
+    int captureLevel = 0;
 
     // The column of that name (case ignored), or null.
     [[nodiscard]] const Column* find(std::string_view column) const;
@@ -60,9 +65,10 @@ struct View {
     std::vector<std::string> columns;  // empty: as the query names them
     std::shared_ptr<const tsql::Query> query;
     bool checksRows = false;  // WITH CHECK OPTION: what is written through it must show in it
+    std::uint8_t insteadOfEvents = 0;
 };
 
-// A stored scalar function.
+// A stored function.
 struct Function {
     struct Parameter {
         std::string name;
@@ -72,7 +78,11 @@ struct Function {
     };
     std::string name;
     std::vector<Parameter> parameters;
-    tsql::TypeSpec returns;
+    tsql::TypeSpec returns;                   // of a scalar one
+    std::shared_ptr<const tsql::Query> rows;  // of one that stands as its query
+    std::vector<Column> columns;              // of one that fills a table: its columns
+
+    [[nodiscard]] bool returnsTable() const { return rows != nullptr || !columns.empty(); }
 };
 
 // A foreign key, as far as it changes rows by itself.
@@ -129,6 +139,14 @@ public:
     [[nodiscard]] virtual std::optional<std::string> referenceAt(const Table& /*table*/) const {
         return std::nullopt;
     }
+    // Whether a trigger of a table or view fires instead of an event: one that is running is not
+    // fired by what it does itself.
+    [[nodiscard]] virtual bool firesInstead(std::string_view /*relation*/,
+                                            std::uint8_t /*event*/) const {
+        return false;
+    }
+    // How often triggers of a table or view are running.
+    [[nodiscard]] virtual int firingLevel(std::string_view /*relation*/) const { return 0; }
     // The name of a check of a table of the file that is switched on.
     [[nodiscard]] virtual std::optional<std::string> checkOf(const Table& /*table*/) const {
         return std::nullopt;

@@ -45,6 +45,7 @@ void CapturedTables::noticeUndoing() {
     }
     undoings_ = catalogue_.undoings();
     checked_ = 0;
+    shapes_.clear();
     for (auto& [name, capture] : captures_) {
         capture.columns.clear();
         capture.checked = 0;
@@ -54,13 +55,33 @@ void CapturedTables::noticeUndoing() {
 void CapturedTables::ensure(const Table& table) {
     noticeUndoing();
     std::string columns = columnsText(table);
-    Capture& capture = captures_[table.name];
+    Capture& capture = captures_[captureKey(table)];
     if (capture.columns != columns || !isThere(table)) {
         for (const std::string& sql : makeCapture(table)) {
             PreparedStatement(database_.handle(), sql).run();
         }
     }
-    capture = {std::move(columns), catalogue_.fileChanges(), table.temporary};
+    capture = {table.name, table.captureLevel, std::move(columns), catalogue_.fileChanges(),
+               table.temporary};
+}
+
+void CapturedTables::ensureRows(const Table& shape) {
+    noticeUndoing();
+    std::string columns = columnsText(shape);
+    std::string& known = shapes_[captureKey(shape)];
+    PreparedStatement look(database_.handle(),
+                           "SELECT count(*) FROM temp.sqlite_schema WHERE type = 'table' AND name "
+                           "IN (?1, ?2)");
+    const CaptureNames names = captureNames(shape);
+    look.bind(1, std::string_view(names.tables[0]));
+    look.bind(2, std::string_view(names.tables[1]));
+    if (known == columns && look.step() && look.integer(0) == 2) return;
+    look.reset();
+    known = std::move(columns);
+    for (const std::string& sql : removeCapture(shape))
+        PreparedStatement(database_.handle(), sql).run();
+    for (const std::string& sql : makeCapturedRows(shape))
+        PreparedStatement(database_.handle(), sql).run();
 }
 
 void CapturedTables::empty(const Table& table) {
@@ -70,11 +91,13 @@ void CapturedTables::empty(const Table& table) {
 }
 
 void CapturedTables::remove(const Table& table) {
-    if (!captures_.contains(table.name)) {
-        return;
-    }
-    for (const std::string& sql : removeCapture(table)) {
-        PreparedStatement(database_.handle(), sql).run();
+    for (const auto& [key, capture] : captures_) {
+        if (capture.table != table.name) continue;
+        Table level = table;
+        level.captureLevel = capture.level;
+        for (const std::string& sql : removeCapture(level)) {
+            PreparedStatement(database_.handle(), sql).run();
+        }
     }
 }
 
@@ -86,14 +109,16 @@ void CapturedTables::removeStale() {
         return;
     }
     bool removed = false;
-    for (auto& [name, capture] : captures_) {
+    for (auto& [key, capture] : captures_) {
         if (capture.temporary || capture.checked == catalogue_.fileChanges()) {
             continue;
         }
         // Without its table a trigger is no trouble, and SQLite does not find it to drop it.
-        const Table* now = catalogue_.find(name);
-        if (now != nullptr && columnsText(*now) != capture.columns && isThere(*now)) {
-            remove(*now);
+        const Table* found = catalogue_.find(capture.table);
+        Table now = found == nullptr ? Table() : *found;
+        now.captureLevel = capture.level;
+        if (found != nullptr && columnsText(now) != capture.columns && isThere(now)) {
+            remove(now);
             removed = true;
         } else {
             capture.checked = catalogue_.fileChanges();
@@ -103,18 +128,18 @@ void CapturedTables::removeStale() {
 }
 
 void CapturedTables::dropped(const std::string& name) noexcept {
-    const auto found = captures_.find(name);
-    if (found == captures_.end()) {
-        return;
-    }
     try {
-        Table table;
-        table.name = name;
-        for (const std::string& rows : captureNames(table).tables) {
-            const std::string sql = "DROP TABLE IF EXISTS temp." + sqlName(rows);
-            sqlite3_exec(database_.handle(), sql.c_str(), nullptr, nullptr, nullptr);
-        }
-        captures_.erase(found);
+        std::erase_if(captures_, [&](const auto& entry) {
+            if (entry.second.table != name) return false;
+            Table table;
+            table.name = name;
+            table.captureLevel = entry.second.level;
+            for (const std::string& rows : captureNames(table).tables) {
+                const std::string sql = "DROP TABLE IF EXISTS temp." + sqlName(rows);
+                sqlite3_exec(database_.handle(), sql.c_str(), nullptr, nullptr, nullptr);
+            }
+            return true;
+        });
     } catch (const std::bad_alloc&) {
         // They stay, and are known.
     }

@@ -23,6 +23,8 @@ public:
 
     // From here on a table's written rows can be caught. Within a writing transaction.
     void ensure(const Table& table);
+    // The same for rows that nothing writes: those that a trigger fires instead of.
+    void ensureRows(const Table& shape);
     // The rows that were caught are forgotten.
     void empty(const Table& table);
     // A table is about to change, or to get another name. Within a writing transaction.
@@ -35,6 +37,8 @@ public:
 
 private:
     struct Capture {
+        std::string table;
+        int level = 0;
         std::string columns;        // that are caught
         std::uint64_t checked = 0;  // the catalogue's changes of the file when they were compared
         bool temporary = false;
@@ -46,7 +50,8 @@ private:
     Database& database_;
     const SchemaCatalogue& catalogue_;
     PreparedStatement count_;
-    std::map<std::string, Capture> captures_;  // by table
+    std::map<std::string, Capture> captures_;    // by captureKey()
+    std::map<std::string, std::string> shapes_;  // the columns of ensureRows(), likewise
     std::uint64_t checked_ = 0;
     std::uint64_t undoings_ = 0;
 };

@@ -363,13 +363,15 @@ private:
                 static_cast<void>(catalogue_.findModule(object.kind, object.name));
                 return;
             case StoredKind::Type:
-                static_cast<void>(tsql::parseType(object.text));
+                if (!isTableType(object)) static_cast<void>(tsql::parseType(object.text));
                 return;
             case StoredKind::Schema:
+            case StoredKind::Setting:
                 return;
             case StoredKind::PrimaryKey:
             case StoredKind::UniqueKey:
             case StoredKind::DisabledConstraint:
+            case StoredKind::TriggerOrder:
                 requireParent(object);
                 return;
         }

@@ -31,6 +31,7 @@ struct FiringTrigger {
     std::string table;
     std::uint8_t event = 0;
     std::vector<std::string> columns;  // that an UPDATE assigns
+    bool insteadOf = false;
 
     // An INSERT assigns every column.
     [[nodiscard]] bool assigns(std::string_view column) const {
@@ -107,10 +108,9 @@ struct SessionState : SessionSettings {
 
     // What is running, the innermost last.
     std::vector<Frame*> frames;
-    int openTries = 0;                // in all frames
-    std::vector<std::string> firing;  // the tables whose triggers are running
-    std::string capturing;            // the table whose written rows are being caught
-    std::string transactionName;      // of the outermost BEGIN TRANSACTION
+    int openTries = 0;            // in all frames
+    std::string capturing;        // the captureKey() of the table whose rows are being caught
+    std::string transactionName;  // of the outermost BEGIN TRANSACTION
 
     // Whether the query that is run next may be left standing at its rows; and the one that was.
     bool mayStand = false;

@@ -62,8 +62,7 @@ std::int64_t StatementRunner::mergeRows(const Translation& made, bool captures) 
     return count;
 }
 
-void StatementRunner::merge(const Translation& made, const tsql::Statement& statement,
-                            std::vector<ado::Result>& results) {
+void StatementRunner::merge(const Translation& made, std::vector<ado::Result>& results) {
     // What is done within its triggers may make the translation anew.
     const std::shared_ptr<const MergePlan> plan = made.merge;
     const Table table = tableOf(made);
@@ -71,9 +70,6 @@ void StatementRunner::merge(const Translation& made, const tsql::Statement& stat
     const bool firing = made.capture && made.capture->forTriggers && fires(table, events);
     const bool answers = made.capture && !made.capture->outputSql.empty();
     const bool captures = firing || answers;
-    if (!firing && answers && std::ranges::find(state_.firing, table.name) != state_.firing.end()) {
-        throw tsql::unsupported("OUTPUT of a table within its own trigger", statement.line);
-    }
     if (captures) captures_.ensure(table);
     const MergeTables tables(connection_.handle(), *plan);
     for (const std::string& sql : plan->find) {

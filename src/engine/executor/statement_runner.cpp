@@ -80,7 +80,8 @@ void StatementRunner::run(CompiledStatement& prepared, const tsql::Statement& st
 // --- Preparing
 
 bool StatementRunner::isCurrent(const CompiledStatement& prepared) const {
-    return prepared.ready && prepared.generation == catalogue_.generation();
+    return prepared.ready && prepared.generation == catalogue_.generation() &&
+           fitsFiring(*prepared.translation);
 }
 
 bool StatementRunner::needsScope(const CompiledStatement& prepared) const {
@@ -93,6 +94,7 @@ void StatementRunner::use(CompiledStatement& prepared, Translation translation) 
     prepared.columns = std::make_shared<const std::vector<ado::ColumnInfo>>(
         columnInfos(translation.columns, catalogue_));
     prepared.constants = translation.constants;
+    translation.captureLevel = catalogue_.firingLevel(translation.table);
     prepared.translation = std::make_shared<const Translation>(std::move(translation));
     prepared.generation = catalogue_.generation();
     prepared.ready = true;
@@ -306,8 +308,15 @@ void StatementRunner::write(CompiledStatement& prepared, const tsql::Statement& 
         transactions_, oneRow ? Transactions::Writes::OneRow : Transactions::Writes::Several);
     captures_.removeStale();
     ensureCurrent(prepared, statement);
+    refuseReadOnly(*prepared.translation);
+    if (prepared.translation->instead != nullptr) {
+        scope.expectSeveral();
+        writeInstead(*prepared.translation, results);
+        scope.keep();
+        return;
+    }
     if (prepared.translation->merge != nullptr) {
-        merge(*prepared.translation, statement, results);
+        merge(*prepared.translation, results);
     } else if (prepared.translation->capture) {
         scope.expectSeveral();
         writeCaught(prepared, statement, results);
@@ -321,6 +330,13 @@ void StatementRunner::write(CompiledStatement& prepared, const tsql::Statement& 
         throw tsql::ServerError(tsql::Message::NoRowsTouched);
     }
     scope.keep();
+}
+
+void StatementRunner::refuseReadOnly(const Translation& made) const {
+    for (const LocalTable& local : state_.frame().program.names().localTables()) {
+        if (!local.readOnly || local.table.name != made.table) continue;
+        throw tsql::ServerError(tsql::Message::TableParameterIsReadOnly, {local.name});
+    }
 }
 
 namespace {
@@ -416,10 +432,6 @@ void StatementRunner::writeCaught(CompiledStatement& prepared, const tsql::State
         addCount(results);
         return;
     }
-    if (!firing && !state_.firing.empty() &&
-        std::ranges::find(state_.firing, table.name) != state_.firing.end()) {
-        throw tsql::unsupported("OUTPUT of a table within its own trigger", statement.line);
-    }
     captures_.ensure(table);
     catching(table, [&] { runAll(prepared, statement); });
     const std::int64_t count = connection_.database().changes();
@@ -475,25 +487,6 @@ const Table& StatementRunner::tableOf(const Translation& translation) const {
         }
     }
     return *catalogue_.find(translation.table);
-}
-
-// --- Triggers
-
-bool StatementRunner::fires(const Table& table, std::uint8_t event) const {
-    return (table.triggerEvents & event) != 0 &&
-           std::ranges::find(state_.firing, table.name) == state_.firing.end();
-}
-
-void StatementRunner::fire(const Table& table, const FiringTrigger& trigger,
-                           std::vector<ado::Result>& results) {
-    const Transactions::ImplicitScope transaction(transactions_);
-    triggers_.fire(table, trigger, results);
-    if (transactions_.depth() == 0) {
-        throw tsql::ServerError(tsql::Message::TransactionEndedInTrigger);
-    }
-    if (state_.doomed) {
-        throw tsql::ServerError(tsql::Message::ErrorInTrigger);
-    }
 }
 
 }  // namespace kap::engine

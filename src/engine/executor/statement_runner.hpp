@@ -74,6 +74,7 @@ public:
 
 private:
     [[nodiscard]] bool isCurrent(const CompiledStatement& prepared) const;
+    [[nodiscard]] bool fitsFiring(const Translation& made) const;
     // Whether it can be read only in a scope, which first ends a transaction that nobody owns.
     [[nodiscard]] bool needsScope(const CompiledStatement& prepared) const;
     void use(CompiledStatement& prepared, Translation translation);
@@ -103,12 +104,16 @@ private:
                std::vector<ado::Result>& results);
     void writeCaught(CompiledStatement& prepared, const tsql::Statement& statement,
                      std::vector<ado::Result>& results);
+    // Error 10700 for a table that the program was given.
+    void refuseReadOnly(const Translation& made) const;
     void runAll(CompiledStatement& prepared, const tsql::Statement& statement);
     void updateInSteps(const tsql::Statement& statement);
     void checkThroughView(const Translation& made);
+    // statement_triggers.cpp
+    void writeInstead(const Translation& made, std::vector<ado::Result>& results);
+    void fire(const Table& table, const FiringTrigger& trigger, std::vector<ado::Result>& results);
     // statement_merge.cpp
-    void merge(const Translation& made, const tsql::Statement& statement,
-               std::vector<ado::Result>& results);
+    void merge(const Translation& made, std::vector<ado::Result>& results);
     [[nodiscard]] std::int64_t mergeRows(const Translation& made, bool captures);
     void fireMerged(const MergePlan& plan, const Table& table, std::vector<ado::Result>& results);
     void runText(const Translation& made, const std::string& sql);
@@ -119,10 +124,9 @@ private:
     template <typename Work>
     void catching(const Table& table, const Work& work) {
         const Restored before(state_.capturing);
-        state_.capturing = table.name;
+        state_.capturing = captureKey(table);
         work();
     }
-    void fire(const Table& table, const FiringTrigger& trigger, std::vector<ado::Result>& results);
     [[nodiscard]] const Table& tableOf(const Translation& translation) const;
 
     void define(CompiledStatement& prepared, const tsql::Statement& statement,

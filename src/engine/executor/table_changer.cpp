@@ -8,7 +8,6 @@
 #include "engine/catalog/definition_tokens.hpp"
 #include "engine/catalog/object_names.hpp"
 #include "engine/catalog/schema_binding.hpp"
-#include "engine/catalog/source_text.hpp"
 #include "engine/plan/statements.hpp"
 #include "engine/sqlite/time_limit.hpp"
 #include "tsql/parser.hpp"
@@ -107,7 +106,7 @@ void TableChanger::alter(const tsql::AlterTableStatement& statement, const NameS
             switchConstraints(table, statement, line);
             return;
         case Action::Triggers:
-            switchTriggers(table, statement, line);
+            switchTriggers(table.name, statement, line);
             return;
     }
 }
@@ -145,87 +144,6 @@ void TableChanger::alterColumn(const Table& table, const tsql::ColumnDefinition&
     text.column(before->name)->text = builder.columnSql(after);
     setText(table, text);
     run("REINDEX " + target);
-}
-
-void TableChanger::renameTable(const Table& table, const std::string& newName) {
-    Table renamed = table;
-    renamed.name = newName;
-    run("ALTER TABLE " + tableSql(table.name, table.temporary) + " RENAME TO " + sqlName(newName));
-    renameIndexes(table, renamed);
-    counters_.rename(table, newName);
-    moveConstraints(table, renamed);
-    catalogue_.stored().renameParent(table.name, newName);
-}
-
-// An index bears the name of its table before its own.
-void TableChanger::renameIndexes(const Table& before, const Table& after) {
-    const std::string prefix = indexName(before, "");
-    std::vector<std::pair<std::string, std::string>> indexes;  // by name, with what makes them
-    {
-        PreparedStatement look(connection_.handle(),
-                               std::string("SELECT name, sql FROM ") +
-                                   (after.temporary ? "temp" : "main") +
-                                   ".sqlite_schema WHERE type = 'index' AND tbl_name = ?1 AND sql "
-                                   "IS NOT NULL");
-        look.bind(1, std::string_view(after.name));
-        while (look.step())
-            indexes.emplace_back(look.text(0), look.text(1));
-    }
-    for (const auto& [name, sql] : indexes) {
-        const std::string quoted = sqlName(name);
-        const std::size_t place = sql.find(quoted);
-        if (!name.starts_with(prefix) || place == std::string::npos) continue;
-        const std::string own = indexName(after, name.substr(prefix.size()));
-        run(std::string("DROP INDEX ") + (after.temporary ? "temp." : "main.") + quoted);
-        run(std::string(sql).replace(
-            place, quoted.size(), std::string(after.temporary ? "temp." : "main.") + sqlName(own)));
-    }
-}
-
-// Triggers, keys and constraints go to another schema with their table. What refers to it by the
-// text of a constraint that is switched off goes on doing so.
-void TableChanger::moveConstraints(const Table& before, const Table& after) {
-    const std::string refers = "REFERENCES " + sqlName(before.name) + " (";
-    for (StoredObject object : std::vector<StoredObject>(catalogue_.stored().all())) {
-        const std::size_t place = object.kind == StoredKind::DisabledConstraint
-                                      ? object.text.find(refers)
-                                      : std::string::npos;
-        if (place != std::string::npos) {
-            object.text.replace(place, refers.size(), "REFERENCES " + sqlName(after.name) + " (");
-            catalogue_.stored().put(object);
-        }
-        if (!sameName(object.parent, before.name)) continue;
-        const std::string name = storedName(schemaOf(after.name), nameAtParent(object));
-        if (name != object.name) catalogue_.stored().rename(object.kind, object.name, name);
-    }
-}
-
-void TableChanger::renameColumn(const Table& table, const std::string& column,
-                                const std::string& newName, int line) {
-    const Column* found = table.find(column);
-    if (found == nullptr) {
-        throw ServerError(tsql::Message::AmbiguousRename, {}, line);
-    }
-    if (table.find(newName) != nullptr && !sameName(newName, found->name)) {
-        throw ServerError(tsql::Message::RenameTargetExists, {newName, "COLUMN"}, line);
-    }
-    run("ALTER TABLE " + tableSql(table.name, table.temporary) + " RENAME COLUMN " +
-        sqlName(found->name) + " TO " + sqlName(newName));
-    renameInSources(table, found->name, newName);
-    if (found->identity) counters_.renameIdentity(table, newName);
-}
-
-// SQLite has renamed the column in its own words only.
-void TableChanger::renameInSources(const Table& table, const std::string& before,
-                                   const std::string& after) {
-    TableText text = textOf(table);
-    bool changed = false;
-    for (TableText::Element& element : text.elements()) {
-        std::string renamed = withColumnRenamed(element.text, before, after);
-        changed = changed || renamed != element.text;
-        element.text = std::move(renamed);
-    }
-    if (changed) setText(table, text);
 }
 
 // --- Dropping
@@ -435,21 +353,21 @@ void TableChanger::switchConstraints(const Table& table, const tsql::AlterTableS
     setText(table, text);
 }
 
-void TableChanger::switchTriggers(const Table& table, const tsql::AlterTableStatement& statement,
-                                  int line) {
+void TableChanger::switchTriggers(const std::string& parent,
+                                  const tsql::AlterTableStatement& statement, int line) {
     std::vector<std::string> names = statement.names;
     const std::vector<StoredObject> objects = catalogue_.objects();
     for (const StoredObject& object : objects) {
-        const bool own = object.kind == StoredKind::Trigger && sameName(object.parent, table.name);
+        const bool own = object.kind == StoredKind::Trigger && sameName(object.parent, parent);
         if (own && statement.names.empty()) names.push_back(nameAtParent(object));
     }
     for (const std::string& name : names) {
         const auto known = std::ranges::find_if(objects, [&](const StoredObject& object) {
-            return object.kind == StoredKind::Trigger && sameName(object.parent, table.name) &&
+            return object.kind == StoredKind::Trigger && sameName(object.parent, parent) &&
                    sameName(nameAtParent(object), name);
         });
         if (known == objects.end()) {
-            throw ServerError(tsql::Message::UnknownTrigger, {name, table.shown()}, line);
+            throw ServerError(tsql::Message::UnknownTrigger, {name, bareName(parent)}, line);
         }
         catalogue_.stored().setEnabled(StoredKind::Trigger, known->name, statement.enable);
     }

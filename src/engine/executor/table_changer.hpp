@@ -32,6 +32,16 @@ public:
     void renameColumn(const Table& table, const std::string& column, const std::string& newName,
                       int line);
 
+    // Constraints and indexes get other names that are not taken. False when the table has none of
+    // that name.
+    [[nodiscard]] bool renameConstraint(const Table& table, const std::string& name,
+                                        const std::string& newName);
+    [[nodiscard]] bool renameIndex(const Table& table, const std::string& name,
+                                   const std::string& newName);
+    // ENABLE and DISABLE TRIGGER of a table or view.
+    void switchTriggers(const std::string& parent, const tsql::AlterTableStatement& statement,
+                        int line);
+
     // What is to be said behind the error that was raised.
     [[nodiscard]] const std::optional<tsql::ServerError>& followUp() const { return followUp_; }
 
@@ -42,6 +52,8 @@ private:
     // Puts another text in the place of a table's.
     void setText(const Table& table, const TableText& text);
     void renameIndexes(const Table& before, const Table& after);
+    // Gives a stored index another stored name.
+    void remakeIndex(const Table& table, const std::string& stored, const std::string& newStored);
     void moveConstraints(const Table& before, const Table& after);
     void renameInSources(const Table& table, const std::string& before, const std::string& after);
 
@@ -68,7 +80,6 @@ private:
     void dropFirstKey(const Table& table, TableText& text, const TableText::Element& key);
     void switchConstraints(const Table& table, const tsql::AlterTableStatement& statement,
                            int line);
-    void switchTriggers(const Table& table, const tsql::AlterTableStatement& statement, int line);
 
     FileConnection& connection_;
     SchemaCatalogue& catalogue_;

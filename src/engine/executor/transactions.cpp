@@ -226,7 +226,9 @@ void Transactions::undoStatement() noexcept {
 }
 
 Transactions::WriteScope::WriteScope(Transactions& transactions, Writes writes)
-    : transactions_(transactions), own_(!transactions.joinsOpen()) {
+    : transactions_(transactions),
+      own_(transactions.calls_ == 0 && !transactions.joinsOpen()),
+      ended_(transactions.calls_ > 0) {
     if (own_) {
         transactions_.open(Access::Write);
     } else if (writes == Writes::Several) {
@@ -235,7 +237,7 @@ Transactions::WriteScope::WriteScope(Transactions& transactions, Writes writes)
 }
 
 void Transactions::WriteScope::expectSeveral() {
-    if (!own_ && !protected_) {
+    if (!own_ && !protected_ && !ended_) {
         const TimeLimit::Pause whole;
         transactions_.protect_.run();
         protected_ = true;
@@ -257,6 +259,9 @@ Transactions::WriteScope::~WriteScope() {
 }
 
 void Transactions::WriteScope::keep() {
+    if (ended_) {
+        return;
+    }
     if (!transactions_.database_.inTransaction()) {
         throw transactionLost();
     }

@@ -71,6 +71,22 @@ public:
         bool ended_ = false;
     };
 
+    // In its scope SQLite is in the middle of a statement, which has called a function of the
+    // dialect: the function's statements write tables of its own alone, and are undone with the
+    // statement. SQLite opens and ends neither transactions nor savepoints meanwhile.
+    class CallScope {
+    public:
+        explicit CallScope(Transactions& transactions) : transactions_(transactions) {
+            ++transactions_.calls_;
+        }
+        CallScope(const CallScope&) = delete;
+        CallScope& operator=(const CallScope&) = delete;
+        ~CallScope() { --transactions_.calls_; }
+
+    private:
+        Transactions& transactions_;
+    };
+
     // In its scope everything is read from one state of the database, the schema included.
     class ReadScope {
     public:
@@ -125,6 +141,7 @@ private:
     PreparedStatement release_;
     PreparedStatement rollback_;
     PreparedStatement undo_;
+    int calls_ = 0;  // that are running
     int depth_ = 0;
     bool implicit_ = false;  // `depth_` is that of an ImplicitScope
     bool lost_ = false;      // SQLite has ended the transaction that begin() began

@@ -27,13 +27,13 @@ std::string columnsOf(const Table& table, const std::string& row) {
 }
 
 std::string triggerName(const Table& table, const char* event) {
-    return std::string("kap ") + event + " " + table.name;
+    return std::string("kap ") + event + " " + captureKey(table);
 }
 
 std::string trigger(const Table& table, const char* event, const std::string& body) {
     return "CREATE TEMP TRIGGER " + sqlName(triggerName(table, event)) + " AFTER " + event +
            " ON " + tableSql(table.name, table.temporary) + " WHEN kap_capturing(" +
-           sqlText(table.name) + ") BEGIN " + body + " END";
+           sqlText(captureKey(table)) + ") BEGIN " + body + " END";
 }
 
 std::string caught(const Table& table, RowState state) {
@@ -106,6 +106,17 @@ std::string insertOutput(const tsql::OutputClause& output, const std::vector<Out
 
 std::vector<std::string> makeCapture(const Table& table) {
     std::vector<std::string> sql = removeCapture(table);
+    for (std::string& rows : makeCapturedRows(table))
+        sql.push_back(std::move(rows));
+    sql.push_back(trigger(table, "INSERT", caught(table, RowState::Inserted)));
+    sql.push_back(trigger(table, "UPDATE",
+                          caught(table, RowState::Deleted) + caught(table, RowState::Inserted)));
+    sql.push_back(trigger(table, "DELETE", caught(table, RowState::Deleted)));
+    return sql;
+}
+
+std::vector<std::string> makeCapturedRows(const Table& table) {
+    std::vector<std::string> sql;
     for (const RowState state : {RowState::Inserted, RowState::Deleted}) {
         std::string columns;
         for (const Column& column : table.columns) {
@@ -115,10 +126,6 @@ std::vector<std::string> makeCapture(const Table& table) {
         sql.push_back("CREATE TABLE " + tableText(table, state) + " (" + kRowColumn +
                       " INTEGER PRIMARY KEY, " + kTargetColumn + columns + ")");
     }
-    sql.push_back(trigger(table, "INSERT", caught(table, RowState::Inserted)));
-    sql.push_back(trigger(table, "UPDATE",
-                          caught(table, RowState::Deleted) + caught(table, RowState::Inserted)));
-    sql.push_back(trigger(table, "DELETE", caught(table, RowState::Deleted)));
     return sql;
 }
 

@@ -24,6 +24,8 @@ struct CaptureNames {
 };
 [[nodiscard]] CaptureNames captureNames(const Table& table);
 
+// The statements that make the tables of caught rows alone.
+[[nodiscard]] std::vector<std::string> makeCapturedRows(const Table& table);
 // The statements that make those tables and triggers, and those that remove them.
 [[nodiscard]] std::vector<std::string> makeCapture(const Table& table);
 [[nodiscard]] std::vector<std::string> removeCapture(const Table& table);

@@ -69,6 +69,24 @@ void checkCount(std::size_t given, std::size_t wanted, bool listed, int line);
 // Error 273 for a value that is given for a row version.
 [[noreturn]] void explicitRowVersion(int line);
 
+// What a statement writes that has a trigger which fires instead of this event.
+struct InsteadTarget {
+    std::string name;  // its stored name
+    const Table* table = nullptr;
+    const View* view = nullptr;
+    bool fires = false;  // not while it is running itself
+    int level = 0;       // how often its triggers are running
+};
+[[nodiscard]] std::optional<InsteadTarget> insteadTarget(const tsql::ObjectName& name,
+                                                         std::uint8_t event,
+                                                         const NameScope& names);
+// Remembers in a translation that it depends on such a trigger.
+void noteInstead(Translation& made, const std::optional<InsteadTarget>& target, std::uint8_t event);
+[[nodiscard]] Translation translateInstead(const tsql::UpdateStatement& statement,
+                                           const InsteadTarget& target, const NameScope& names);
+[[nodiscard]] Translation translateInstead(const tsql::DeleteStatement& statement,
+                                           const InsteadTarget& target, const NameScope& names);
+
 // Tells a statement what it is to be run with.
 void finish(Translation& translation, const Binder& binder);
 // Lets what is written through a view be checked where the view wants it.

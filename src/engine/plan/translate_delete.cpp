@@ -35,6 +35,9 @@ std::string deleteFrom(const TargetRows& rows) {
 
 Translation translateDelete(const tsql::DeleteStatement& statement, const NameScope& names,
                             Constants constants) {
+    const auto instead =
+        insteadTarget(targetName(statement.table, statement.from), tsql::kOnDelete, names);
+    if (instead && instead->fires) return translateInstead(statement, *instead, names);
     Binder binder(names, constants);
     Translation result;
     result.kind = StatementKind::Delete;
@@ -62,6 +65,7 @@ Translation translateDelete(const tsql::DeleteStatement& statement, const NameSc
         result.capture = captureFor(*table, tsql::kOnDelete, statement.output, binder);
     }
     result.positioned = isPositioned(statement.where);
+    noteInstead(result, instead, tsql::kOnDelete);
     finish(result, binder);
     return result;
 }

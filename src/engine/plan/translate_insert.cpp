@@ -80,9 +80,29 @@ void checkCount(std::size_t given, std::size_t wanted, bool listed, int line) {
 
 namespace {
 
+// What the trigger sees rows of: the table, or the columns of the view.
+Table insteadShape(const InsteadTarget& target, const tsql::ObjectName& name, Binder& binder) {
+    if (target.table != nullptr) return *target.table;
+    Table shape;
+    shape.name = target.name;
+    shape.captureLevel = target.level;
+    const BoundSource source = binder.namedSource(name);
+    for (const SourceColumn& each : source.sources.front().columns) {
+        Column& column = shape.columns.emplace_back();
+        column.name = each.name;
+        column.type = each.value.type;
+    }
+    return shape;
+}
+
 // The table of that name, or the one behind a view.
-const Table& insertTarget(const InsertStatement& statement, Binder& binder) {
+const Table& insertTarget(const InsertStatement& statement, Binder& binder,
+                          const std::optional<InsteadTarget>& instead, Table& shape) {
     const tsql::ObjectName& name = statement.table;
+    if (instead && instead->fires) {
+        shape = insteadShape(*instead, name, binder);
+        return shape;
+    }
     const Table* table = findTable(name, binder.names());
     if (table != nullptr) return *table;
     const View* view = findView(name, binder.names());
@@ -107,8 +127,9 @@ public:
                  Constants constants)
         : statement_(statement),
           line_(line),
-          binder_(names, constants),
-          table_(insertTarget(statement, binder_)) {}
+          instead_(insteadTarget(statement.table, tsql::kOnInsert, names)),
+          binder_(names, instead_ ? Constants::InText : constants),
+          table_(insertTarget(statement, binder_, instead_, shape_)) {}
 
     Translation write() {
         const bool listed = !statement_.columns.empty();
@@ -125,6 +146,11 @@ public:
         result.writes = true;
         result.table = table_.name;
         result.temporary = table_.temporary;
+        noteInstead(result, instead_, tsql::kOnInsert);
+        if (firesInstead()) {
+            writeInstead(result, with, source);
+            return result;
+        }
         result.sql.push_back(with + "INSERT INTO " + tableSql(table_.name, table_.temporary) +
                              columnList() + source);
         result.capture = captureFor(table_, tsql::kOnInsert, statement_.output, binder_);
@@ -134,6 +160,25 @@ public:
     }
 
 private:
+    [[nodiscard]] bool firesInstead() const { return instead_ && instead_->fires; }
+
+    void writeInstead(Translation& result, const std::string& with, const std::string& source) {
+        if (statement_.output && !statement_.output->into) {
+            throw ServerError(tsql::Message::OutputOfTableWithTriggers, {table_.shown()});
+        }
+        if (statement_.output) {
+            throw tsql::unsupported("OUTPUT INTO with an INSTEAD OF trigger", line_);
+        }
+        InsteadPlan plan;
+        plan.event = tsql::kOnInsert;
+        plan.fill.push_back(with + "INSERT INTO temp." +
+                            sqlName(capturedRows(table_, RowState::Inserted).name) + columnList() +
+                            source);
+        plan.shape = table_;
+        result.instead = std::make_shared<const InsteadPlan>(std::move(plan));
+        finish(result, binder_);
+    }
+
     // While IDENTITY_INSERT is on for a table, its identity column must be given, by name.
     void requireIdentity(bool listed) const {
         const bool given =
@@ -158,10 +203,26 @@ private:
     // What the table fills by itself, after the columns given.
     [[nodiscard]] std::vector<std::pair<const Column*, std::string>> generated() const {
         std::vector<std::pair<const Column*, std::string>> result;
+        if (firesInstead()) return insteadGenerated();
         for (const Column& column : table_.columns) {
             if (column.identity && !givesIdentity_)
                 result.emplace_back(&column, identityCall(table_.name));
             if (column.isRowVersion()) result.emplace_back(&column, rowVersionCall());
+        }
+        return result;
+    }
+
+    // What a trigger that fires instead sees of columns that the statement does not fill: their
+    // defaults, and no number of an identity yet.
+    [[nodiscard]] std::vector<std::pair<const Column*, std::string>> insteadGenerated() const {
+        std::vector<std::pair<const Column*, std::string>> result;
+        for (const Column& column : table_.columns) {
+            const bool given = std::ranges::find(columns_, &column) != columns_.end();
+            if (column.identity && !givesIdentity_) {
+                result.emplace_back(&column, "0");
+            } else if (!given && column.defaultSql && !column.computed) {
+                result.emplace_back(&column, "(" + *column.defaultSql + ")");
+            }
         }
         return result;
     }
@@ -237,7 +298,7 @@ private:
     [[nodiscard]] std::string stored(const BoundExpression& value, const Column& column, int line,
                                      const WrittenLiteral& written = {}) const {
         std::string sql = binder_.stored(value, column.type, line, written);
-        return column.identity ? givenIdentity(table_, sql) : sql;
+        return column.identity && !firesInstead() ? givenIdentity(table_, sql) : sql;
     }
 
     // `count` is how many rows there are, for TOP PERCENT.
@@ -269,6 +330,8 @@ private:
 
     const InsertStatement& statement_;
     int line_;
+    std::optional<InsteadTarget> instead_;
+    Table shape_;
     Binder binder_;
     const Table& table_;
     std::vector<const Column*> columns_;

@@ -75,6 +75,10 @@ private:
         const tsql::ObjectName& name = statement.table;
         const bool view = findTable(name, names) == nullptr && findView(name, names) != nullptr;
         if (view) throw tsql::unsupported("MERGE into a view", name.line);
+        const Table* table = findTable(name, names);
+        if (table != nullptr && table->insteadOfEvents != 0) {
+            throw tsql::unsupported("MERGE into a table with an INSTEAD OF trigger", name.line);
+        }
         return requireTable(name, names);
     }
 

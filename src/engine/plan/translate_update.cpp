@@ -210,6 +210,9 @@ Translation translateUpdateInSteps(const UpdateStatement& statement, const NameS
 
 Translation translateUpdate(const UpdateStatement& statement, const NameScope& names,
                             Constants constants) {
+    const auto instead =
+        insteadTarget(targetName(statement.table, statement.from), tsql::kOnUpdate, names);
+    if (instead && instead->fires) return translateInstead(statement, *instead, names);
     Binder binder(names, constants);
     const bool accumulates =
         std::any_of(statement.assignments.begin(), statement.assignments.end(),
@@ -245,6 +248,7 @@ Translation translateUpdate(const UpdateStatement& statement, const NameScope& n
         addChecks(result, binder);
     }
     result.positioned = isPositioned(statement.where);
+    noteInstead(result, instead, tsql::kOnUpdate);
     finish(result, binder);
     return result;
 }

@@ -83,6 +83,17 @@ struct MergePlan {
     std::vector<std::string> remove;  // the tables
 };
 
+// A statement that a trigger fires instead of.
+struct InsteadPlan {
+    Table shape;  // the table, or the columns of the view
+    std::uint8_t event = 0;
+    std::vector<std::string> columns;  // that an UPDATE assigns
+    std::vector<std::string> make;     // what the rows are found with
+    std::vector<std::string> fill;     // puts the rows where the trigger looks for them; the last
+                                       //< one writes as many as there are
+    std::vector<std::string> remove;
+};
+
 // An index to drop.
 struct DroppedIndex {
     std::string name;   // in the file
@@ -113,6 +124,12 @@ struct Translation {
     std::vector<int> assigned;            // of an Assign: the slot that each column goes to
     std::optional<Capture> capture;
     std::shared_ptr<const MergePlan> merge;
+    std::shared_ptr<const InsteadPlan> instead;
+    // The event of what has a trigger that fires instead, which `instead` is for unless this
+    // trigger is running; 0: there is none.
+    std::uint8_t insteadOfEvent = 0;
+    std::string relation;  // the stored name of that table or view
+    int captureLevel = 0;  // of the table written, when the statement was made
     // Of a cursor: the tables whose row numbers are the last of `columns`.
     std::vector<std::string> rowTables;
     bool positioned = false;        // WHERE CURRENT OF: it must find its row

@@ -3,6 +3,8 @@
 #include <utility>
 
 #include "base/ascii.hpp"
+#include "engine/catalog/object_ids.hpp"
+#include "engine/script/catalogue_procedures.hpp"
 #include "engine/script/script_runner.hpp"
 #include "engine/values/value.hpp"
 
@@ -71,13 +73,6 @@ constexpr const char* kPrimaryKeys =
     "'PRIMARY KEY' AND k.TABLE_NAME = @name AND (@owner IS NULL OR k.TABLE_SCHEMA = @owner) "
     "ORDER BY 2, 3, KEY_SEQ";
 
-struct CatalogueProcedure {
-    std::string_view name;
-    const char* query;
-    std::vector<std::pair<const char*, const char*>> parameters;  // of the procedure, the query
-    bool needsFirst;
-};
-
 const CatalogueProcedure* findProcedure(std::string_view name) {
     static const std::array kProcedures = std::to_array<CatalogueProcedure>({
         {"sp_tables", kTables, {{"@table_name", "@name"}, {"@table_owner", "@owner"}}, false},
@@ -91,7 +86,9 @@ const CatalogueProcedure* findProcedure(std::string_view name) {
         {"sp_pkeys", kPrimaryKeys, {{"@table_name", "@name"}, {"@table_owner", "@owner"}}, true},
     });
     const auto* const found = std::ranges::find(kProcedures, name, &CatalogueProcedure::name);
-    return found == kProcedures.end() ? nullptr : found;
+    if (found != kProcedures.end()) return found;
+    const auto help = std::ranges::find(helpProcedures(), name, &CatalogueProcedure::name);
+    return help == helpProcedures().end() ? nullptr : &*help;
 }
 
 }  // namespace
@@ -116,6 +113,11 @@ bool ScriptRunner::executeCatalogue(Frame& frame, Instruction& instruction,
     if (procedure->needsFirst && texts.empty()) {
         throw tsql::ServerError(tsql::Message::ParameterNotSupplied,
                                 {name, procedure->parameters.front().first}, instruction.line);
+    }
+    if (procedure->asksOfObject && !texts.empty() &&
+        isNull(idOfObject(catalogue_, texts.front(), ""))) {
+        throw tsql::ServerError(tsql::Message::NoSuchObject,
+                                {texts.front(), catalogue_.databaseName()}, instruction.line);
     }
     std::string declared;
     for (std::size_t i = 0; i < values.size(); ++i) {

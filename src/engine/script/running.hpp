@@ -41,7 +41,8 @@ private:
             // It stays until the connection ends: no other table has its name.
         }
         runner_.statements_.captures().dropped(table);
-        runner_.catalogue_.invalidate();
+        // Nobody else has seen a table variable.
+        if (!table.starts_with('@')) runner_.catalogue_.invalidate();
     }
 
     ScriptRunner& runner_;

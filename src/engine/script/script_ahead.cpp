@@ -4,6 +4,7 @@
 
 #include "engine/catalog/object_names.hpp"
 #include "engine/plan/capture.hpp"
+#include "engine/plan/table_builder.hpp"
 #include "engine/plan/translator.hpp"
 #include "engine/script/script_runner.hpp"
 
@@ -65,6 +66,7 @@ bool definesStoredTables(const Instruction& instruction) {
 std::vector<tsql::DeclaredVariable> declaredParameters(const tsql::CreateModuleStatement& node) {
     std::vector<tsql::DeclaredVariable> parameters;
     for (const tsql::ParameterDefinition& parameter : node.parameters) {
+        if (parameter.table != nullptr) continue;
         tsql::DeclaredVariable& variable = parameters.emplace_back();
         variable.name = parameter.name;
         variable.type = parameter.type;
@@ -137,6 +139,15 @@ void ScriptRunner::checkColumns(const tsql::CreateModuleStatement& node, const s
                                 const std::string& table) {
     Program program(node.body, catalogue_, declaredParameters(node));
     program.names().setSchema(schemaOf(name));
+    const auto addTable = [&](const tsql::CreateTableStatement& own) {
+        TableBuilder builder(program.names(), own.table.last());
+        builder.add(own);
+        program.names().addLocalTable({own.table.last(), builder.table()});
+    };
+    for (const tsql::ParameterDefinition& parameter : node.parameters) {
+        if (parameter.table != nullptr) addTable(*parameter.table);
+    }
+    if (node.returnTable != nullptr) addTable(*node.returnTable);
     std::vector<Instruction>& code = program.code();
     if (std::ranges::any_of(code, definesStoredTables)) return;
     if (const Table* written = table.empty() ? nullptr : catalogue_.find(table)) {

@@ -106,6 +106,11 @@ void ScriptRunner::executeModule(Frame& frame, Instruction& instruction,
                                  const tsql::ExecuteStatement& node,
                                  const std::shared_ptr<const Module>& module,
                                  std::vector<ado::Result>& results) {
+    const tsql::CreateModuleStatement& definition = module->definition;
+    if (definition.rows != nullptr || definition.returnTable != nullptr) {
+        throw ServerError(tsql::Message::CallOfTableFunction, {bareName(module->object.name)},
+                          instruction.line);
+    }
     const std::shared_ptr<Program> program = programOf(module);
     Frame called(*program);
     bindArguments(frame, instruction, node, *module, called);
@@ -183,6 +188,11 @@ void ScriptRunner::bindArguments(Frame& frame, Instruction& instruction,
             }
         }
         if (argument.value == nullptr) continue;  // DEFAULT
+        if (parameters[place].table != nullptr) {
+            giveTable(frame, &argument, *parameters[place].table, called, instruction.line);
+            given[place] = true;
+            continue;
+        }
         const bool variable = std::holds_alternative<tsql::VariableReference>(argument.value->node);
         if (argument.output && (!parameters[place].output || !variable)) {
             throw parameters[place].output
@@ -197,6 +207,10 @@ void ScriptRunner::bindArguments(Frame& frame, Instruction& instruction,
     for (std::size_t i = 0; i < parameters.size(); ++i) {
         if (given[i]) continue;
         const tsql::ParameterDefinition& parameter = parameters[i];
+        if (parameter.table != nullptr) {
+            giveTable(frame, nullptr, *parameter.table, called, instruction.line);
+            continue;
+        }
         if (parameter.defaultValue == nullptr) {
             throw ServerError(tsql::Message::ParameterNotSupplied, {procedure, parameter.name},
                               instruction.line);

@@ -12,6 +12,7 @@
 #include "engine/catalog/source_text.hpp"
 #include "engine/executor/table_changer.hpp"
 #include "engine/executor/violations.hpp"
+#include "engine/plan/table_builder.hpp"
 #include "engine/script/function_rules.hpp"
 #include "engine/script/script_runner.hpp"
 
@@ -77,15 +78,43 @@ const char* moduleWord(tsql::ModuleKind kind) {
     return "TRIGGER";
 }
 
-// The table of a new trigger; one without schema is looked for in that of the trigger, too.
-const Table& tableOfTrigger(const tsql::CreateModuleStatement& node,
+// The table of a new trigger, or the view of one that fires instead; without schema it is looked
+// for in that of the trigger, too.
+std::string parentOfTrigger(const tsql::CreateModuleStatement& node,
                             const SchemaCatalogue& catalogue, int line) {
     const bool qualified = node.name.parts.size() > 1;
     const std::string& given = qualified ? node.name.parts[node.name.parts.size() - 2] : "";
     const std::string_view schema = given.empty() ? kDefaultSchema : std::string_view(given);
-    const Table* table = catalogue.find(resolvedName(node.table, schema, catalogue));
-    if (table != nullptr && !table->temporary) return *table;
+    const std::string stored = resolvedName(node.table, schema, catalogue);
+    const Table* table = catalogue.find(stored);
+    if (table != nullptr && !table->temporary) return table->name;
+    const View* view = catalogue.findView(stored);
+    if (view != nullptr && node.insteadOf) return view->name;
     throw ServerError(tsql::Message::InvalidObjectForOperation, {node.table.text()}, line);
+}
+
+// For each event one trigger may fire instead. It cannot stand in for what references do.
+void refuseSecondInstead(const SchemaCatalogue& catalogue, const tsql::CreateModuleStatement& node,
+                         const std::string& parent, const std::string& name, int line) {
+    for (const auto& other : catalogue.triggersOf(parent)) {
+        const tsql::TriggerEvents both = other->definition.events & node.events;
+        if (!other->definition.insteadOf || both == 0 || sameName(other->object.name, name))
+            continue;
+        const char* event = (both & tsql::kOnInsert) != 0   ? "INSERT"
+                            : (both & tsql::kOnUpdate) != 0 ? "UPDATE"
+                                                            : "DELETE";
+        throw ServerError(tsql::Message::SecondInsteadOfTrigger,
+                          {node.name.last(), node.table.text(), event}, line);
+    }
+    for (const Reference& each : catalogue.references()) {
+        const bool acts =
+            ((node.events & tsql::kOnDelete) != 0 &&
+             each.onDelete != tsql::ReferenceAction::None) ||
+            ((node.events & tsql::kOnUpdate) != 0 && each.onUpdate != tsql::ReferenceAction::None);
+        if (!acts || !sameName(each.table, parent)) continue;
+        throw ServerError(tsql::Message::InsteadOfTriggerOnCascade,
+                          {node.name.last(), node.table.text()}, line);
+    }
 }
 
 }  // namespace
@@ -127,31 +156,60 @@ void ScriptRunner::createModule(const tsql::CreateModuleStatement& node, int lin
     if (node.name.last().front() == '#') throw tsql::unsupported("temporary procedure", line);
     Transactions::WriteScope scope(transactions_);
     std::string name = newModuleName(node.name, moduleWord(node.kind), line);
-    if (node.kind == tsql::ModuleKind::Function) requireNoSideEffects(*node.body);
+    if (node.kind == tsql::ModuleKind::Function && node.body != nullptr) {
+        requireNoSideEffects(*node.body);
+    }
     std::string parent;
     if (node.kind == tsql::ModuleKind::Trigger) {
-        parent = tableOfTrigger(node, catalogue_, line).name;
+        parent = parentOfTrigger(node, catalogue_, line);
         // A trigger belongs to the schema of its table.
         const std::string own = storedName(schemaOf(parent), node.name.last());
         if (node.name.parts.size() > 1 && !sameName(own, name)) {
             throw ServerError(tsql::Message::TriggerOfOtherSchema, {node.name.text()}, line);
         }
         name = own;
+        if (node.insteadOf) refuseSecondInstead(catalogue_, node, parent, name, line);
     }
     if (node.kind == tsql::ModuleKind::Function && node.replace) {
         refuseUsedFunction("ALTER", name, node.name.text(), line);
         refuseSchemaBound(catalogue_, "ALTER", name, node.name.text(), line);
     }
-    checkColumns(node, name, parent);
+    if (node.rows != nullptr) {
+        checkRows(node, name, line);
+    } else {
+        checkColumns(node, name, parent);
+    }
     store({0, storedKind(node.kind), name, parent, node.text}, node.replace, node.mustExist, line);
     scope.keep();
+}
+
+// What cannot be read now would fail whoever reads the function.
+void ScriptRunner::checkRows(const tsql::CreateModuleStatement& node, const std::string& name,
+                             int line) {
+    NameScope names(catalogue_);
+    names.setSchema(schemaOf(name));
+    for (const tsql::ParameterDefinition& parameter : node.parameters) {
+        if (parameter.table == nullptr) names.declare(parameter.name, parameter.type, line);
+    }
+    Binder binder(names);
+    const BoundQuery bound = binder.query(*node.rows, nullptr, QueryPlace::Nested);
+    for (std::size_t i = 0; i < bound.columns.size(); ++i) {
+        if (!bound.columns[i].name.empty()) continue;
+        throw ServerError(tsql::Message::FunctionColumnWithoutName,
+                          {plain::text(static_cast<std::int64_t>(i) + 1)}, line);
+    }
 }
 
 void ScriptRunner::createType(const tsql::CreateTypeStatement& node, int line) {
     Transactions::WriteScope scope(transactions_);
     const bool nullable = node.nullable.value_or(true);
+    if (node.table != nullptr) {
+        // What is wrong with its columns would fail whoever declares a table of it.
+        TableBuilder(NameScope(catalogue_), node.name.last()).add(*node.table);
+    }
     store({0, StoredKind::Type, nameToMake(node.name, catalogue_, line),
-           nullable ? "" : std::string(kNotNull), tsql::typeText(node.type)},
+           nullable ? "" : std::string(kNotNull),
+           node.table != nullptr ? node.tableText : tsql::typeText(node.type)},
           false, false, line);
     // What was read before did not know the name.
     kept_.clear();
@@ -236,6 +294,10 @@ void ScriptRunner::dropStored(const tsql::DropStatement& node, int line) {
                               stored, name.text(), line);
         }
         catalogue_.stored().remove(kind, stored);
+        if (kind == StoredKind::Trigger) {
+            for (const char* event : {"/INSERT", "/UPDATE", "/DELETE"})
+                catalogue_.stored().remove(StoredKind::TriggerOrder, stored + event);
+        }
         catalogue_.invalidate();
     }
     if (kind == StoredKind::Type) kept_.clear();
@@ -246,6 +308,14 @@ void ScriptRunner::alterTable(Frame& frame, const tsql::AlterTableStatement& nod
     Transactions::WriteScope scope(transactions_);
     statements_.captures().removeStale();
     const Table* table = findTable(node.table, frame.program.names());
+    if (table == nullptr && node.action == tsql::AlterTableStatement::Action::Triggers) {
+        if (const View* view = findView(node.table, frame.program.names())) {
+            TableChanger(connection_, catalogue_, counters_).switchTriggers(view->name, node, line);
+            catalogue_.invalidate();
+            scope.keep();
+            return;
+        }
+    }
     if (table != nullptr) statements_.captures().remove(*table);
     const std::string written = table != nullptr ? table->name : std::string();
     TableChanger changer(connection_, catalogue_, counters_);

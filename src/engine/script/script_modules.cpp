@@ -19,18 +19,60 @@ Value ScriptRunner::call(std::string_view function, std::vector<Value> arguments
     for (std::size_t i = 0; i < arguments.size() && i < frame.values.size(); ++i) {
         frame.values[i] = std::move(arguments[i]);
     }
-    // A function tells of nothing but its value.
+    runFunction(
+        frame, [] {}, [] {});
+    return frame.returned.value_or(Value());
+}
+
+GivenRows ScriptRunner::rowsOf(std::string_view function, std::vector<Value> arguments) {
+    const auto module = catalogue_.findModule(StoredKind::Function, function);
+    if (module == nullptr || module->definition.returnTable == nullptr) {
+        throw tsql::ServerError(tsql::Message::InvalidObject, {function});
+    }
+    const tsql::CreateTableStatement& table = *module->definition.returnTable;
+    const std::shared_ptr<Program> program = programOf(module);
+    Frame frame(*program);
+    for (std::size_t i = 0; i < arguments.size() && i < frame.values.size(); ++i) {
+        frame.values[i] = std::move(arguments[i]);
+    }
+    GivenRows rows;
+    runFunction(
+        frame, [&] { declareTable(frame, table); },
+        [&] { rows = rowsOfVariable(frame, table.table.last()); });
+    return rows;
+}
+
+GivenRows ScriptRunner::rowsOfVariable(const Frame& frame, const std::string& name) {
+    const Table& table = *frame.program.names().localTable(name);
+    std::string columns;
+    for (const Column& column : table.columns)
+        columns += (columns.empty() ? "" : ", ") + sqlName(column.name);
+    PreparedStatement look(connection_.handle(), "SELECT " + columns + " FROM temp." +
+                                                     sqlName(table.name) + " ORDER BY rowid");
+    GivenRows rows;
+    while (look.step()) {
+        std::vector<Value>& row = rows.emplace_back();
+        for (std::size_t i = 0; i < table.columns.size(); ++i)
+            row.push_back(valueOf(look, static_cast<int>(i), table.columns[i].type));
+    }
+    return rows;
+}
+
+// A function tells of nothing but its value.
+void ScriptRunner::runFunction(Frame& frame, const std::function<void()>& before,
+                               const std::function<void()>& behind) {
+    const Transactions::CallScope call(transactions_);
     const Restored error(state_.error);
     const Restored rowCount(state_.rowCount);
     std::vector<ado::ServerMessage> messages;
-    const Restored before(messages_);
+    const Restored reported(messages_);
     messages_ = &messages;
     // Its errors are those of the statement that calls it.
     const Restored tries(state_.openTries);
     ++state_.openTries;
     std::vector<ado::Result> ignored;
     try {
-        runFrame(frame, ignored);
+        runFrame(frame, ignored, before, behind);
     } catch (const RaisedError& raised) {
         throw raised.error.at(0);
     } catch (const ScopeEnded&) {
@@ -41,18 +83,19 @@ Value ScriptRunner::call(std::string_view function, std::vector<Value> arguments
         }
         throw tsql::ServerError(messages.back().nativeNumber, messages.back().text);
     }
-    return frame.returned.value_or(Value());
 }
 
 void ScriptRunner::fire(const Table& table, const FiringTrigger& trigger,
                         std::vector<ado::Result>& results) {
-    state_.firing.push_back(table.name);
+    std::vector<SchemaCatalogue::Firing>& firing = catalogue_.firing();
+    const auto fired = catalogue_.firedBy(table.name, trigger.event, trigger.insteadOf);
+    firing.push_back({table.name, {}});
     const Restored identity(state_.frames.empty() ? state_.identity : state_.frame().scopeIdentity);
     const Restored rowCount(state_.rowCount);
     try {
-        for (const auto& module : catalogue_.triggersOf(table.name)) {
-            if ((module->definition.events & trigger.event) == 0) continue;
-            const std::shared_ptr<Program> program = programOf(module);
+        for (const auto& module : fired) {
+            firing.back().trigger = module->object.name;
+            const std::shared_ptr<Program> program = programOf(module, table.captureLevel);
             if (program->names().localTables().empty()) {
                 program->names().addLocalTable(
                     {"inserted", capturedRows(table, RowState::Inserted)});
@@ -67,10 +110,10 @@ void ScriptRunner::fire(const Table& table, const FiringTrigger& trigger,
             runFrame(frame, results);
         }
     } catch (...) {
-        state_.firing.pop_back();
+        firing.pop_back();
         throw;
     }
-    state_.firing.pop_back();
+    firing.pop_back();
 }
 
 }  // namespace kap::engine

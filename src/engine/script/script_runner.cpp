@@ -226,9 +226,12 @@ std::shared_ptr<Program> ScriptRunner::programOf(
     return program;
 }
 
-std::shared_ptr<Program> ScriptRunner::programOf(const std::shared_ptr<const Module>& module) {
+std::shared_ptr<Program> ScriptRunner::programOf(const std::shared_ptr<const Module>& module,
+                                                 int level) {
     const tsql::CreateModuleStatement& definition = module->definition;
-    std::shared_ptr<Program>& kept = modulePrograms_[module->object.text];
+    std::shared_ptr<Program>& kept =
+        modulePrograms_[level == 0 ? module->object.text
+                                   : module->object.text + "\n" + plain::text(level)];
     if (kept != nullptr && !kept->running && kept->module == module) {
         return kept;
     }
@@ -251,6 +254,13 @@ std::shared_ptr<Program> ScriptRunner::programOf(const std::shared_ptr<const Mod
 // --- The flow
 
 void ScriptRunner::runFrame(Frame& frame, std::vector<ado::Result>& results) {
+    runFrame(
+        frame, results, [] {}, [] {});
+}
+
+void ScriptRunner::runFrame(Frame& frame, std::vector<ado::Result>& results,
+                            const std::function<void()>& before,
+                            const std::function<void()>& behind) {
     if (state_.frames.size() >= kDeepestCalls) {
         throw raisedBy(tsql::ServerError(tsql::Message::NestingLevelExceeded), 0);
     }
@@ -258,6 +268,7 @@ void ScriptRunner::runFrame(Frame& frame, std::vector<ado::Result>& results) {
         throw raisedBy(tsql::outOfStack(0), 0);
     }
     const Running running(*this, frame);
+    before();
     try {
         checkAhead(frame.program);
     } catch (const tsql::ServerError& error) {
@@ -270,6 +281,7 @@ void ScriptRunner::runFrame(Frame& frame, std::vector<ado::Result>& results) {
     while (at < frame.program.code().size()) {
         at = step(frame, at, results);
     }
+    behind();
 }
 
 std::size_t ScriptRunner::step(Frame& frame, std::size_t at, std::vector<ado::Result>& results) {

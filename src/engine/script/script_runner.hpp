@@ -23,6 +23,7 @@
 #include "engine/script/statement_shapes.hpp"
 #include "engine/sqlite/file_connection.hpp"
 #include "engine/sqlite/journal_watch.hpp"
+#include "engine/sqlite/row_functions.hpp"
 #include "engine/sqlite/server_errors.hpp"
 #include "tsql/script_reader.hpp"
 #include "tsql/statements.hpp"
@@ -68,6 +69,8 @@ public:
 
     // Calls a stored function with values of its parameters' types.
     [[nodiscard]] Value call(std::string_view function, std::vector<Value> arguments);
+    // The rows of one that fills a table.
+    [[nodiscard]] GivenRows rowsOf(std::string_view function, std::vector<Value> arguments);
     void fire(const Table& table, const FiringTrigger& trigger,
               std::vector<ado::Result>& results) override;
     // Writes rows to a table with its triggers, for a change that is no statement of a script.
@@ -122,8 +125,17 @@ private:
     void runProcedure(ado::Request& request, std::vector<ado::Result>& results);
     [[nodiscard]] std::shared_ptr<Program> programOf(
         std::string_view script, const std::vector<tsql::DeclaredVariable>& parameters);
-    [[nodiscard]] std::shared_ptr<Program> programOf(const std::shared_ptr<const Module>& module);
+    // `level` is that of the rows that a trigger looks at.
+    [[nodiscard]] std::shared_ptr<Program> programOf(const std::shared_ptr<const Module>& module,
+                                                     int level = 0);
     void runFrame(Frame& frame, std::vector<ado::Result>& results);
+    // The same with what is done before the first statement and behind the last one.
+    void runFrame(Frame& frame, std::vector<ado::Result>& results,
+                  const std::function<void()>& before, const std::function<void()>& behind);
+    // script_modules.cpp
+    void runFunction(Frame& frame, const std::function<void()>& before,
+                     const std::function<void()>& behind);
+    [[nodiscard]] GivenRows rowsOfVariable(const Frame& frame, const std::string& name);
     [[nodiscard]] std::size_t step(Frame& frame, std::size_t at, std::vector<ado::Result>& results);
     [[nodiscard]] std::size_t runStatement(Frame& frame, Instruction& instruction, std::size_t at,
                                            std::vector<ado::Result>& results);
@@ -173,6 +185,11 @@ private:
     void declareVariables(Frame& frame, Instruction& instruction,
                           const tsql::DeclareStatement& node);
     void declareTable(Frame& frame, const tsql::CreateTableStatement& table);
+    [[nodiscard]] bool hasTemporaryTable(const std::string& stored);
+    // Gives a called program a table that it may only read: the rows of the caller's variable, or
+    // none.
+    void giveTable(const Frame& frame, const tsql::Argument* argument,
+                   const tsql::CreateTableStatement& table, Frame& called, int line);
     void assign(Frame& frame, Instruction& instruction, const tsql::AssignStatement& node);
     // script_settings.cpp
     void setOption(Frame& frame, Instruction& instruction, const tsql::SetOptionStatement& node);
@@ -226,9 +243,20 @@ private:
     void addType(const std::vector<std::string>& arguments, int line);
     void dropType(const std::vector<std::string>& arguments, int line);
     void renameObject(const std::vector<std::string>& arguments, int line);
+    void renameByName(const tsql::ObjectName& name, const std::string& object,
+                      const std::string& newName, int line);
+    void renameStored(StoredKind kind, const std::string& stored, const std::string& object,
+                      const std::string& newName, int line);
     void refuseRename(const Table& table, const std::string& object, int line);
     void helpText(const std::vector<std::string>& arguments, int line,
                   std::vector<ado::Result>& results);
+
+    // trigger_procedures.cpp
+    void setDatabaseSetting(std::string_view setting, bool on);
+    // False when it says nothing of triggers.
+    [[nodiscard]] bool configureTriggers(const std::string& procedure,
+                                         const std::vector<std::string>& arguments);
+    void setTriggerOrder(const std::vector<std::string>& arguments, int line);
 
     // catalogue_procedures.cpp
     [[nodiscard]] bool executeCatalogue(Frame& frame, Instruction& instruction,
@@ -238,6 +266,7 @@ private:
     // script_definitions.cpp
     void createView(const tsql::CreateViewStatement& node, int line);
     void createModule(const tsql::CreateModuleStatement& node, int line);
+    void checkRows(const tsql::CreateModuleStatement& node, const std::string& name, int line);
     void createType(const tsql::CreateTypeStatement& node, int line);
     void store(StoredObject object, bool replace, bool mustExist, int line);
     void refuseUsedFunction(const char* action, const std::string& stored, const std::string& shown,

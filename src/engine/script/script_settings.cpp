@@ -145,6 +145,8 @@ void ScriptRunner::setSwitch(const std::string& option, bool on, int line) {
         state_.abortOnError = on;
     } else if (option == "SHOWPLAN_TEXT" || option == "SHOWPLAN_ALL") {
         state_.showPlan = on;
+    } else if (option == "RECURSIVE_TRIGGERS") {
+        setDatabaseSetting(kRecursiveTriggers, on);
     } else if (option == "QUOTED_IDENTIFIER") {
         state_.quotedNames = on;
     } else if (std::ranges::find(kAlwaysOn, option) != kAlwaysOn.end()) {

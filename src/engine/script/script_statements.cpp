@@ -231,9 +231,15 @@ void ScriptRunner::declareTable(Frame& frame, const tsql::CreateTableStatement& 
     builder.add(node);
     const Translation made = builder.translation();
     Transactions::WriteScope scope(transactions_);
-    connection_.database().run(("DROP TABLE IF EXISTS temp." + sqlName(stored)).c_str());
-    for (const std::string& sql : made.sql) {
-        PreparedStatement(connection_.handle(), sql).run();
+    // SQLite drops no table while a query stands at its rows, such as one that calls the function
+    // whose table this is: it is used again.
+    if (hasTemporaryTable(stored)) {
+        PreparedStatement(connection_.handle(), "DELETE FROM temp." + sqlName(stored)).run();
+        counters_.remove({stored, true});
+    } else {
+        for (const std::string& sql : made.sql) {
+            PreparedStatement(connection_.handle(), sql).run();
+        }
     }
     counters_.add(*made.created);
     scope.keep();
@@ -242,6 +248,39 @@ void ScriptRunner::declareTable(Frame& frame, const tsql::CreateTableStatement& 
     }
     // A table variable is its script's own, also in the batch of a client.
     frame.localTables.push_back({stored, made.sql, *made.created});
+}
+
+bool ScriptRunner::hasTemporaryTable(const std::string& stored) {
+    PreparedStatement look(connection_.handle(),
+                           "SELECT 1 FROM temp.sqlite_schema WHERE type = 'table' AND name = ?1");
+    look.bind(1, std::string_view(stored));
+    return look.step();
+}
+
+void ScriptRunner::giveTable(const Frame& frame, const tsql::Argument* argument,
+                             const tsql::CreateTableStatement& table, Frame& called, int line) {
+    declareTable(called, table);
+    const std::string& own = table.table.last();
+    const Table& given = *called.program.names().localTable(own);
+    called.program.names().setReadOnly(own);
+    if (argument == nullptr || argument->value == nullptr) return;
+    const auto* variable = std::get_if<tsql::VariableReference>(&argument->value->node);
+    const Table* source =
+        variable == nullptr ? nullptr : frame.program.names().localTable(variable->name);
+    if (source == nullptr || source->columns.size() != given.columns.size()) {
+        throw ServerError(tsql::Message::OperandTypeClash, {"int", own}, line);
+    }
+    std::string names;
+    std::string values;
+    for (std::size_t i = 0; i < given.columns.size(); ++i) {
+        if (given.columns[i].computed) continue;
+        names += (names.empty() ? "" : ", ") + sqlName(given.columns[i].name);
+        values += (values.empty() ? "" : ", ") + sqlName(source->columns[i].name);
+    }
+    PreparedStatement(connection_.handle(), "INSERT INTO temp." + sqlName(given.name) + " (" +
+                                                names + ") SELECT " + values + " FROM temp." +
+                                                sqlName(source->name) + " ORDER BY rowid")
+        .run();
 }
 
 void ScriptRunner::assign(Frame& frame, Instruction& instruction,

@@ -12,6 +12,7 @@
 #include "engine/executor/function_arguments.hpp"
 #include "engine/sqlite/functions/c_border.hpp"
 #include "engine/sqlite/functions/function_support.hpp"
+#include "engine/values/split_text.hpp"
 #include "tsql/server_error.hpp"
 
 namespace kap::engine {
@@ -70,6 +71,20 @@ SessionFunctions::SessionFunctions(FileConnection& connection, SchemaCatalogue& 
     provide(kColumnStoredCall, -1, &SessionFunctions::call, true);
     provide("kap_capturing", 1, &SessionFunctions::capturing);
     provide("kap_current_row", -1, &SessionFunctions::currentRow);
+    registerRowFunctions(connection.handle(), connection.errorSlot(),
+                         [this](const std::string& function, const Arguments& arguments) {
+                             return rowsBy(function, arguments);
+                         });
+}
+
+// The server's own functions have a point before their names.
+GivenRows SessionFunctions::rowsBy(const std::string& function, const Arguments& arguments) {
+    if (function != ".string_split") return scripts_.rowsOf(function, arguments);
+    GivenRows rows;
+    if (isNull(arguments.at(0))) return rows;
+    for (std::string& part : splitText(textAt(arguments, 0), textAt(arguments, 1)))
+        rows.push_back({std::move(part)});
+    return rows;
 }
 
 void SessionFunctions::provide(const char* name, int count, Member member, bool steady) {
@@ -296,7 +311,8 @@ Value SessionFunctions::columnUpdated(const std::string& column) const {
 Value SessionFunctions::columnsUpdated() const {
     const FiringTrigger& trigger = firingTrigger("COLUMNS_UPDATED()");
     constexpr std::size_t kBits = 8;
-    const Table* table = catalogue_.find(trigger.table);
+    // The rows of the trigger have the columns of its table or view.
+    const Table* table = state_.frame().program.names().localTable("inserted");
     if (table == nullptr) return {};
     std::string bytes((table->columns.size() + kBits - 1) / kBits, '\0');
     for (std::size_t i = 0; i < table->columns.size(); ++i) {

@@ -44,6 +44,7 @@ private:
     [[nodiscard]] Value call(const Arguments& arguments);
     [[nodiscard]] Value capturing(const Arguments& arguments);
     [[nodiscard]] Value currentRow(const Arguments& arguments);
+    [[nodiscard]] GivenRows rowsBy(const std::string& function, const Arguments& arguments);
 
     // What kap_system answers, by groups.
     [[nodiscard]] Value ofStatement(SystemValue value, const Arguments& arguments);
@@ -54,6 +55,7 @@ private:
     [[nodiscard]] Value ofSchema(SystemValue value, const Arguments& arguments) const;
     // session_names.cpp
     [[nodiscard]] Value ofNames(SystemValue value, const Arguments& arguments) const;
+    [[nodiscard]] Value triggerLevel(std::optional<std::int64_t> id) const;
     [[nodiscard]] Value schemaNumber(const std::string& name) const;
     [[nodiscard]] Value schemaName(std::int64_t id) const;
     // session_properties.cpp

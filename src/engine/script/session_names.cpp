@@ -60,6 +60,14 @@ Value definitionOf(const SchemaCatalogue& catalogue, std::int64_t id) {
 
 }  // namespace
 
+// All triggers that are running, or how often one of them is.
+Value SessionFunctions::triggerLevel(std::optional<std::int64_t> id) const {
+    return std::int64_t{
+        std::ranges::count_if(catalogue_.firing(), [&](const SchemaCatalogue::Firing& each) {
+            return !id || *id == 0 || objectId(each.trigger) == *id;
+        })};
+}
+
 Value SessionFunctions::schemaNumber(const std::string& name) const {
     const std::int64_t id = catalogue_.schemaId(name);
     return id == 0 ? Value() : Value(id);
@@ -113,7 +121,7 @@ Value SessionFunctions::ofNames(SystemValue value, const Arguments& arguments) c
         case SystemValue::ObjectDefinition:
             return definitionOf(catalogue_, givenNumberAt(arguments, 1).value_or(0));
         case SystemValue::TriggerLevel:
-            return static_cast<std::int64_t>(state_.firing.size());
+            return triggerLevel(givenNumberAt(arguments, 1));
         default:
             return ofProperties(value, arguments);
     }

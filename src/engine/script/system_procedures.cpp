@@ -5,6 +5,7 @@
 #include "engine/catalog/object_ids.hpp"
 #include "engine/catalog/object_names.hpp"
 #include "engine/catalog/schema_binding.hpp"
+#include "engine/catalog/source_text.hpp"
 #include "engine/executor/column_info.hpp"
 #include "engine/executor/table_changer.hpp"
 #include "engine/plan/translator.hpp"
@@ -66,7 +67,12 @@ bool ScriptRunner::executeSystem(Frame& frame, Instruction& instruction,
         executeSql(frame, instruction, node, results);
         return true;
     }
-    if (std::ranges::find(kNoEffect, name) != kNoEffect.end()) {
+    const bool configures = name == "sp_dboption" || name == "sp_configure";
+    if (configures && configureTriggers(name, textArguments(frame, instruction, node))) {
+        // The file remembers it.
+    } else if (name == "sp_settriggerorder") {
+        setTriggerOrder(textArguments(frame, instruction, node), line);
+    } else if (std::ranges::find(kNoEffect, name) != kNoEffect.end()) {
         note(name + " has no effect on a database of one file.");
     } else if (name == "sp_addtype") {
         addType(textArguments(frame, instruction, node), line);
@@ -95,10 +101,12 @@ void ScriptRunner::executeSql(Frame& frame, Instruction& instruction,
     }
     const std::string text = textOf(frame, instruction, 0, *node.arguments[0].value);
     std::vector<tsql::DeclaredVariable> declared;
+    std::vector<tsql::ParameterDefinition> parameters;
     if (node.arguments.size() > 1) {
         const std::string definitions = textOf(frame, instruction, 1, *node.arguments[1].value);
-        for (tsql::ParameterDefinition& parameter :
-             tsql::parseParameters(definitions, catalogue_.parseOptions(state_.quotedNames))) {
+        parameters =
+            tsql::parseParameters(definitions, catalogue_.parseOptions(state_.quotedNames));
+        for (const tsql::ParameterDefinition& parameter : parameters) {
             tsql::DeclaredVariable& variable = declared.emplace_back();
             variable.name = parameter.name;
             variable.type = parameter.type;
@@ -117,7 +125,9 @@ void ScriptRunner::executeSql(Frame& frame, Instruction& instruction,
         if (place >= declared.size()) {
             throw ServerError(tsql::Message::TooManyArguments, {"sp_executesql"}, instruction.line);
         }
-        if (argument.value != nullptr) {
+        if (parameters[place].table != nullptr) {
+            giveTable(frame, &argument, *parameters[place].table, called, instruction.line);
+        } else if (argument.value != nullptr) {
             // The same call may come with other definitions.
             instruction.parts.resize(std::min(instruction.parts.size(), i));
             called.values[place] =
@@ -196,23 +206,80 @@ void ScriptRunner::renameObject(const std::vector<std::string>& arguments, int l
         refuseRename(*table, object, line);
         TableChanger(connection_, catalogue_, counters_)
             .renameColumn(Table(*table), column, newName, line);
-    } else if (kind == "OBJECT") {
-        const Table* table = catalogue_.find(resolvedName(name, kDefaultSchema, catalogue_));
-        if (table == nullptr) {
+    } else if (kind == "INDEX") {
+        const std::string index = name.last();
+        name.parts.pop_back();
+        const Table* table = name.parts.empty()
+                                 ? nullptr
+                                 : catalogue_.find(resolvedName(name, kDefaultSchema, catalogue_));
+        if (table == nullptr || !TableChanger(connection_, catalogue_, counters_)
+                                     .renameIndex(Table(*table), index, newName)) {
             throw ServerError(tsql::Message::NoSuchItem, {object, catalogue_.databaseName()}, line);
         }
-        refuseRename(*table, object, line);
-        const std::string after = storedName(schemaOf(table->name), newName);
-        if (catalogue_.knows(after) || isKeptByTheFile(after)) {
-            throw ServerError(tsql::Message::RenameTargetExists, {newName, "OBJECT"}, line);
-        }
-        TableChanger(connection_, catalogue_, counters_).renameTable(Table(*table), after);
+    } else if (kind == "OBJECT") {
+        renameByName(name, object, newName, line);
+    } else if (kind == "USERDATATYPE") {
+        renameStored(StoredKind::Type, resolvedName(name, kDefaultSchema, catalogue_), object,
+                     newName, line);
+        kept_.clear();
     } else {
         throw tsql::unsupported("sp_rename of " + kind, line);
     }
     catalogue_.invalidate();
     scope.keep();
     note("Caution: Changing any part of an object name could break scripts and stored procedures.");
+}
+
+// A table, what is stored by its text, or a constraint.
+void ScriptRunner::renameByName(const tsql::ObjectName& name, const std::string& object,
+                                const std::string& newName, int line) {
+    const std::string stored = resolvedName(name, kDefaultSchema, catalogue_);
+    const std::string after = storedName(schemaOf(stored), newName);
+    TableChanger changer(connection_, catalogue_, counters_);
+    if (catalogue_.knows(after) || isKeptByTheFile(after)) {
+        throw ServerError(tsql::Message::RenameTargetExists, {newName, "OBJECT"}, line);
+    }
+    if (const Table* table = catalogue_.find(stored)) {
+        refuseRename(*table, object, line);
+        changer.renameTable(Table(*table), after);
+        return;
+    }
+    for (const ConstraintInfo& each : catalogue_.constraints()) {
+        if (!sameName(storedName(each), stored)) continue;
+        const Table* table = catalogue_.find(each.table);
+        statements_.captures().remove(*table);
+        (void)changer.renameConstraint(Table(*table), each.name, newName);
+        return;
+    }
+    for (const StoredObject& each : catalogue_.objects()) {
+        if (each.kind > StoredKind::Trigger || !sameName(each.name, stored)) continue;
+        renameStored(each.kind, stored, object, newName, line);
+        return;
+    }
+    throw ServerError(tsql::Message::NoSuchItem, {object, catalogue_.databaseName()}, line);
+}
+
+void ScriptRunner::renameStored(StoredKind kind, const std::string& stored,
+                                const std::string& object, const std::string& newName, int line) {
+    const std::vector<StoredObject> objects = catalogue_.objects();
+    const auto found = std::ranges::find_if(objects, [&](const StoredObject& each) {
+        return each.kind == kind && sameName(each.name, stored);
+    });
+    if (found == objects.end()) {
+        throw ServerError(tsql::Message::NoSuchItem, {object, catalogue_.databaseName()}, line);
+    }
+    if (schemaBoundUser(catalogue_, stored)) {
+        throw ServerError(tsql::Message::RenameOfDependency, {object}, line);
+    }
+    refuseUsedFunction("sp_rename", stored, object, line);
+    const std::string after = storedName(schemaOf(stored), newName);
+    catalogue_.stored().rename(kind, found->name, after);
+    if (kind == StoredKind::Type) return;
+    StoredObject other = *found;
+    other.name = after;
+    other.text = withObjectName(found->text, newName);
+    catalogue_.stored().put(other);
+    if (kind == StoredKind::View) catalogue_.stored().renameParent(found->name, after);
 }
 
 void ScriptRunner::refuseRename(const Table& table, const std::string& object, int line) {

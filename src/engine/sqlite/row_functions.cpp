@@ -134,7 +134,7 @@ int atTableBorder(sqlite3_vtab* table, ErrorSlot& slot, Work work) noexcept {
 std::string declaration() {
     std::string columns;
     for (std::size_t i = 1; i <= kRowFunctionColumns; ++i)
-        columns += "c" + plain::text(static_cast<std::int64_t>(i)) + ", ";
+        columns += "c" + plain::text(static_cast<std::int64_t>(i)) + " COLLATE KAP_CI, ";
     columns += "source HIDDEN";
     for (std::size_t i = 1; i <= kRowFunctionArguments; ++i)
         columns += ", a" + plain::text(static_cast<std::int64_t>(i)) + " HIDDEN";

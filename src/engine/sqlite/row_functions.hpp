@@ -12,8 +12,8 @@
 // Rows that depend on values of the row beside them, which SQLite knows only of table-valued
 // functions:
 //
-//     kap_rows_of(query, a1, a2, ...)      the rows of a query in SQLite's words whose ?1, ?2... are
-//                                          these values
+//     kap_rows_of(query, a1, a2, ...)      the rows of a query in SQLite's words whose ?1, ?2 and
+//                                          so on are these values
 //     kap_rows_by(function, a1, a2, ...)   those that a function of the host gives
 //
 // Their columns are called c1, c2 and so on; what a row has not is null.

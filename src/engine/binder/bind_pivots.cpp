@@ -1,0 +1,99 @@
+#include <algorithm>
+#include <utility>
+
+#include <kaputil/automation/plain_text.hpp>
+
+#include "engine/binder/binder.hpp"
+#include "tsql/server_error.hpp"
+
+// PIVOT and UNPIVOT.
+namespace kap::engine {
+
+using tsql::ServerError;
+
+namespace {
+
+// The name under which the rows stand that are turned.
+constexpr const char* kTurned = "kap turned";
+
+bool standsAmong(const std::vector<std::string>& names, const std::string& name) {
+    return std::ranges::any_of(names,
+                               [&](const std::string& each) { return sameName(each, name); });
+}
+
+}  // namespace
+
+// The rows are grouped by the columns that PIVOT does not name.
+BoundSource Binder::pivotTable(const tsql::PivotTable& pivot, int line, Scope& scope) {
+    BoundSource rows =
+        querySource(query(*pivot.rows, scope.outer, QueryPlace::Nested), {}, kTurned, line);
+    Scope turned;
+    turned.outer = scope.outer;
+    turned.sources = std::move(rows.sources);
+    turned.aggregates = AggregateUse::Allowed;
+    const tsql::ObjectName column{{pivot.column.last()}, line};
+    const SourceColumn& turnedColumn = resolveColumn(column, turned);
+    const SourceColumn* value =
+        pivot.value.parts.empty() ? nullptr : &resolveColumn({{pivot.value.last()}, line}, turned);
+    BoundQuery result;
+    std::string groups;
+    for (const SourceColumn& each : turned.sources.front().columns) {
+        if (&each == &turnedColumn || &each == value) continue;
+        if (standsAmong(pivot.names, each.name)) {
+            throw ServerError(tsql::Message::ColumnNamedTwice, {each.name, pivot.alias}, line);
+        }
+        const std::string name = numberedName(result.columns.size());
+        groups += (groups.empty() ? " GROUP BY " : ", ") + collated(each.value);
+        result.sql += (result.columns.empty() ? "SELECT " : ", ") + each.value.sql + " AS " + name;
+        result.columns.push_back({each.name, each.value});
+    }
+    for (std::size_t i = 0; i < pivot.names.size(); ++i) {
+        BoundExpression aggregate = this->value(*pivot.aggregates[i], turned);
+        aggregate.nullable = true;
+        result.sql += (result.columns.empty() ? "SELECT " : ", ") + aggregate.sql + " AS " +
+                      numberedName(result.columns.size());
+        result.columns.push_back({pivot.names[i], std::move(aggregate)});
+    }
+    result.sql += " FROM " + rows.sql + groups;
+    return querySource(std::move(result), pivot.columnAliases, pivot.alias, line);
+}
+
+// Each row is taken once for every column of the list, beside the numbers of these.
+BoundSource Binder::unpivotTable(const tsql::UnpivotTable& unpivot, int line, Scope& scope) {
+    BoundSource rows =
+        querySource(query(*unpivot.rows, scope.outer, QueryPlace::Nested), {}, kTurned, line);
+    Scope turned;
+    turned.sources = std::move(rows.sources);
+    std::string values = "CASE \"kap names\".column1";
+    std::string numbers;
+    const SourceColumn* first = nullptr;
+    for (std::size_t i = 0; i < unpivot.columns.size(); ++i) {
+        const SourceColumn& each = resolveColumn({{unpivot.columns[i]}, line}, turned);
+        if (first == nullptr) first = &each;
+        if (!(each.value.type == first->value.type)) {
+            throw ServerError(tsql::Message::UnpivotTypesDiffer, {each.name}, line);
+        }
+        const std::string number = plain::text(static_cast<std::int64_t>(i) + 1);
+        values += " WHEN " + number + " THEN " + each.value.sql;
+        numbers += (i == 0 ? "VALUES (" : ", (") + number + ", " + sqlText(each.name) + ")";
+    }
+    BoundQuery result;
+    const auto add = [&](const std::string& name, const std::string& sql,
+                         const tsql::TypeSpec& type, bool nullable) {
+        const std::string own = numberedName(result.columns.size());
+        result.sql += (result.columns.empty() ? "SELECT " : ", ") + sql + " AS " + own;
+        result.columns.push_back({name, BoundExpression::expression(own, type, nullable)});
+    };
+    for (const SourceColumn& each : turned.sources.front().columns) {
+        if (standsAmong(unpivot.columns, each.name)) continue;
+        add(each.name, collated(each.value), each.value.type, each.value.nullable);
+    }
+    constexpr int kNameLength = 128;
+    add(unpivot.value, values + " END", first->value.type, false);
+    add(unpivot.name, "\"kap names\".column2", {tsql::SqlType::NVarChar, kNameLength}, false);
+    result.sql += " FROM " + rows.sql + " CROSS JOIN (" + numbers + ") AS \"kap names\" WHERE " +
+                  values + " END IS NOT NULL";
+    return querySource(std::move(result), unpivot.columnAliases, unpivot.alias, line);
+}
+
+}  // namespace kap::engine

@@ -1,0 +1,214 @@
+#include <algorithm>
+#include <utility>
+
+#include "base/ascii.hpp"
+#include "engine/plan/capture.hpp"
+#include "engine/plan/found_rows.hpp"
+#include "engine/plan/statements.hpp"
+#include "tsql/server_error.hpp"
+
+// UPDATE and DELETE that a trigger fires instead of. The rows of the target, which may be a view,
+// are found with their new values, and put where the trigger looks for them.
+namespace kap::engine {
+
+using tsql::ServerError;
+
+namespace {
+
+std::string capturedText(const Table& shape, RowState state) {
+    return "temp." + sqlName(capturedRows(shape, state).name);
+}
+
+// The parts of both statements.
+struct InsteadWrite {
+    const tsql::ObjectName& table;
+    const std::vector<tsql::TableSourcePtr>& from;
+    const tsql::ExpressionPtr& where;
+    const std::optional<tsql::TopClause>& top;
+    const std::vector<tsql::CommonTable>& commonTables;
+    const std::optional<tsql::OutputClause>& output;
+    int maxRecursion;
+    const tsql::UpdateStatement* update;  // null for DELETE
+};
+
+class InsteadWriter {
+public:
+    InsteadWriter(const InsteadWrite& write, const InsteadTarget& target, std::uint8_t event,
+                  const NameScope& names)
+        : write_(write), target_(target), event_(event), binder_(names) {}
+
+    Translation translation() {
+        if (write_.output && !write_.output->into) {
+            throw ServerError(tsql::Message::OutputOfTableWithTriggers, {bareName(target_.name)});
+        }
+        if (write_.output) {
+            throw tsql::unsupported("OUTPUT INTO with an INSTEAD OF trigger", write_.table.line);
+        }
+        binder_.limitRecursion(write_.maxRecursion);
+        const std::string with = binder_.commonTables(write_.commonTables, nullptr);
+        Scope scope;
+        bindSources(scope);
+        const Source& source = scope.sources[scope.target];
+        shape_ = target_.table != nullptr ? *target_.table : shapeOf(source);
+        std::vector<BoundAssignment> assignments;
+        std::string tail = " FROM " + sql_;
+        if (write_.update != nullptr) {
+            assignments = bindAssignments(*write_.update, shape_, binder_, scope);
+        }
+        if (write_.where) {
+            scope.aggregates = AggregateUse::RefusedInWhere;
+            tail += " WHERE " + binder_.condition(*write_.where, scope);
+        }
+        if (write_.top) tail += " LIMIT " + binder_.limitText(*write_.top, scope);
+        return plan(with, tail, source, assignments);
+    }
+
+private:
+    void bindSources(Scope& scope) {
+        BoundSource bound = binder_.targetFrom(write_.from, scope);
+        const auto isTarget = [&](const Source& each) {
+            const bool named =
+                write_.table.parts.size() == 1 && sameName(each.name, write_.table.last());
+            return named || sameName(each.object, target_.name) ||
+                   (target_.table != nullptr && each.table == target_.table);
+        };
+        auto found = std::ranges::find_if(bound.sources, isTarget);
+        if (found == bound.sources.end()) {
+            BoundSource own = binder_.namedSource(write_.table);
+            const bool several = bound.sources.size() > 1;
+            if (!bound.sql.empty()) {
+                own.sql += " JOIN " + (several ? "(" + bound.sql + ")" : bound.sql);
+            }
+            bound.sql = std::move(own.sql);
+            bound.sources.insert(bound.sources.begin(), std::move(own.sources.front()));
+            found = bound.sources.begin();
+        }
+        scope.target = static_cast<std::size_t>(found - bound.sources.begin());
+        scope.sources = std::move(bound.sources);
+        sql_ = std::move(bound.sql);
+    }
+
+    [[nodiscard]] Table shapeOf(const Source& source) const {
+        Table shape;
+        shape.name = target_.name;
+        shape.captureLevel = target_.level;
+        for (const SourceColumn& each : source.columns) {
+            Column& column = shape.columns.emplace_back();
+            column.name = each.name;
+            column.type = each.value.type;
+        }
+        return shape;
+    }
+
+    Translation plan(const std::string& with, const std::string& tail, const Source& source,
+                     const std::vector<BoundAssignment>& assignments) {
+        const FoundRows found(shape_);
+        InsteadPlan plan;
+        MergePlan tables;
+        std::vector<std::string> values;
+        for (const BoundAssignment& each : assignments) {
+            values.push_back(each.value);
+            plan.columns.push_back(each.column->name);
+        }
+        std::vector<std::string> before;
+        for (const SourceColumn& column : source.columns)
+            before.push_back(column.value.sql);
+        found.makeTables(tables, values.size(), before.size(), false);
+        plan.make = std::move(tables.make);
+        plan.remove = std::move(tables.remove);
+        const bool rows = source.table != nullptr;
+        plan.fill.push_back(
+            with + found.findText(rows ? rowNumberOf(source) : "NULL", 0, values, before) + tail);
+        // A row of a table that was found several times is written once.
+        if (rows) {
+            plan.fill.push_back("DELETE FROM " + found.found() +
+                                " WHERE \"target row\" IS NULL OR \"row\" NOT IN (SELECT "
+                                "min(\"row\") FROM " +
+                                found.found() + " GROUP BY \"target row\")");
+        }
+        if (write_.update != nullptr) {
+            plan.fill.push_back(caught(found, RowState::Inserted, assignments));
+        }
+        plan.fill.push_back(caught(found, RowState::Deleted, {}));
+        Translation result;
+        result.kind = write_.update != nullptr ? StatementKind::Update : StatementKind::Delete;
+        result.writes = true;
+        result.table = target_.name;
+        result.relation = target_.name;
+        result.insteadOfEvent = event_;
+        plan.event = event_;
+        plan.shape = std::move(shape_);
+        result.instead = std::make_shared<const InsteadPlan>(std::move(plan));
+        finish(result, binder_);
+        return result;
+    }
+
+    [[nodiscard]] std::string caught(const FoundRows& found, RowState state,
+                                     const std::vector<BoundAssignment>& assignments) const {
+        std::string columns;
+        std::string values;
+        for (std::size_t i = 0; i < shape_.columns.size(); ++i) {
+            const auto assigned = std::ranges::find_if(
+                assignments,
+                [&](const BoundAssignment& each) { return each.column == &shape_.columns[i]; });
+            columns += ", " + sqlName(shape_.columns[i].name);
+            values +=
+                ", " +
+                (assigned == assignments.end()
+                     ? foundColumn("s", i)
+                     : foundColumn("c", static_cast<std::size_t>(assigned - assignments.begin())));
+        }
+        return "INSERT INTO " + capturedText(shape_, state) + " (\"kap row\", \"kap target\"" +
+               columns + ") SELECT \"row\", \"target row\"" + values + " FROM " + found.found() +
+               " ORDER BY \"row\"";
+    }
+
+    const InsteadWrite& write_;
+    const InsteadTarget& target_;
+    std::uint8_t event_;
+    Binder binder_;
+    std::string sql_;
+    Table shape_;
+};
+
+}  // namespace
+
+std::optional<InsteadTarget> insteadTarget(const tsql::ObjectName& name, std::uint8_t event,
+                                           const NameScope& names) {
+    InsteadTarget target;
+    target.table = findTable(name, names);
+    target.view = target.table == nullptr ? findView(name, names) : nullptr;
+    const std::uint8_t events = target.table != nullptr  ? target.table->insteadOfEvents
+                                : target.view != nullptr ? target.view->insteadOfEvents
+                                                         : 0;
+    if ((events & event) == 0) return std::nullopt;
+    target.name = target.table != nullptr ? target.table->name : target.view->name;
+    target.fires = names.catalogue().firesInstead(target.name, event);
+    target.level = names.catalogue().firingLevel(target.name);
+    return target;
+}
+
+void noteInstead(Translation& made, const std::optional<InsteadTarget>& target,
+                 std::uint8_t event) {
+    if (!target) return;
+    made.insteadOfEvent = event;
+    made.relation = target->name;
+}
+
+Translation translateInstead(const tsql::UpdateStatement& statement, const InsteadTarget& target,
+                             const NameScope& names) {
+    const InsteadWrite write{
+        statement.table,        statement.from,   statement.where,        statement.top,
+        statement.commonTables, statement.output, statement.maxRecursion, &statement};
+    return InsteadWriter(write, target, tsql::kOnUpdate, names).translation();
+}
+
+Translation translateInstead(const tsql::DeleteStatement& statement, const InsteadTarget& target,
+                             const NameScope& names) {
+    const InsteadWrite write{
+        statement.table,        statement.from,   statement.where,        statement.top,
+        statement.commonTables, statement.output, statement.maxRecursion, nullptr};
+    return InsteadWriter(write, target, tsql::kOnDelete, names).translation();
+}
+
+}  // namespace kap::engine
