@@ -29,6 +29,7 @@ namespace kap::cli {
 namespace {
 
 constexpr int kLinesOfBefore = 1000;
+constexpr char kEndOfInput = 4;
 
 bool endsWord(char unit) {
     return std::string_view(" \t\n(),;=<>+-*/[]'\"").find(unit) != std::string_view::npos;
@@ -102,7 +103,8 @@ struct LineEditor::Inside {
         return poll(&keys, 1, 0) == 1;
     }
 
-    // 1; 0 at the end, -1 for an error.
+    // 1; 0 at the end, -1 for an error. A Ctrl-D that was typed before the editor had the terminal
+    // is a zero now.
     int readCharacter(wchar_t* key) {
         while (true) {
             char byte = 0;
@@ -115,6 +117,9 @@ struct LineEditor::Inside {
             }
             if (count < 0) {
                 continue;
+            }
+            if (byte == '\0') {
+                byte = kEndOfInput;
             }
             const std::size_t length = std::mbrtowc(key, &byte, 1, &bytesOfKey);
             constexpr auto kMore = static_cast<std::size_t>(-2);
@@ -244,7 +249,8 @@ LineEditor::~LineEditor() {
 LineEditor::Outcome LineEditor::read(const std::string& prompt, std::string& line) {
     inside_->prompt = prompt;
     inside_->cancelled = false;
-    el_resize(inside_->editor);  // the window may be another size by now
+    el_resize(inside_->editor);                // the window may be another size by now
+    el_set(inside_->editor, EL_PREP_TERM, 1);  // before the prompt tells that keys are awaited
     int count = 0;
     const char* typed = el_gets(inside_->editor, &count);
     if (inside_->cancelled) {
