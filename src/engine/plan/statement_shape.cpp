@@ -59,7 +59,7 @@ bool canBeShared(const Translation& translation) {
            !translation.created && !translation.readsSchema;
 }
 
-bool fits(const ShapeToken& wanted, const Token& found) {
+bool tokenFits(const ShapeToken& wanted, const Token& found) {
     return wanted.kind == found.kind && (wanted.free || wanted.text == found.text);
 }
 
@@ -67,7 +67,7 @@ bool fits(const ShapeToken& wanted, const Token& found) {
 
 std::optional<std::vector<Value>> StatementShape::constantsOf(std::span<const Token> from) const {
     if (from.size() <= tokens.size() || !endsStatement(from[tokens.size()])) return std::nullopt;
-    if (!std::equal(tokens.begin(), tokens.end(), from.begin(), fits)) return std::nullopt;
+    if (!std::equal(tokens.begin(), tokens.end(), from.begin(), tokenFits)) return std::nullopt;
     std::vector<Value> constants = translation->constants;
     for (std::size_t i = 0; i < constants.size(); ++i) {
         const ConstantSource& source = translation->sources[i];
