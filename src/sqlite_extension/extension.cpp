@@ -87,6 +87,7 @@ int begin(sqlite3* database, char** message) noexcept {
 }  // namespace kap::sqlite_extension
 
 // SQLite finds the function by the name of the file, or by the second of these.
+// NOLINTBEGIN(readability-identifier-naming)
 extern "C" __attribute__((visibility("default"))) int sqlite3_kaputilsqlite_init(
     sqlite3* database, char** message, const sqlite3_api_routines* routines) {
     SQLITE_EXTENSION_INIT2(routines)
@@ -97,3 +98,4 @@ extern "C" __attribute__((visibility("default"))) int sqlite3_extension_init(
     sqlite3* database, char** message, const sqlite3_api_routines* routines) {
     return sqlite3_kaputilsqlite_init(database, message, routines);
 }
+// NOLINTEND(readability-identifier-naming)

@@ -43,7 +43,7 @@ TEST(StrangeRecordsets, HoldNoValueThatTheirTypeDoesNot) {
         const char* held;
         const char* notHeld;
     };
-    for (const auto& [type, held, notHeld] :
+    for (const Case& each :
          {Case{"dt:type='i1'", "-128", "-129"}, Case{"dt:type='ui1'", "255", "256"},
           Case{"dt:type='i2'", "32767", "32768"}, Case{"dt:type='ui2'", "65535", "-1"},
           Case{"dt:type='int'", "-2147483648", "2147483648"},
@@ -53,12 +53,13 @@ TEST(StrangeRecordsets, HoldNoValueThatTheirTypeDoesNot) {
           Case{"dt:type='boolean'", "True", "2"},
           Case{"dt:type='dateTime'", "9999-12-31T23:59:59", "9999-12-31T24:00:00"},
           Case{"dt:type='number' rs:scale='4'", "922337203685477.5807", "92233720368547758.07"}}) {
-        SCOPED_TRACE(type);
+        SCOPED_TRACE(each.type);
         const std::string row = "<z:row a='";
-        const auto rows = opened(saved(column("a", type), row + held + "'/>"));
+        const auto rows = opened(saved(column("a", each.type), row + each.held + "'/>"));
         EXPECT_NO_THROW(static_cast<void>(rows->Fields()->Item(0)->Value()));
         EXPECT_EQ(test::raisedBy([&] {
-                      static_cast<void>(opened(saved(column("a", type), row + notHeld + "'/>")));
+                      static_cast<void>(
+                          opened(saved(column("a", each.type), row + each.notHeld + "'/>")));
                   }),
                   errors::kReadingFile);
     }

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <kaputil/automation/error.hpp>
+#include <kaputil/data/error_numbers.hpp>
 
 #include "numbering/company.hpp"
 #include "numbering/register_text.hpp"

@@ -24,6 +24,7 @@ void addSchema(std::vector<SchemaInfo>& schemas, SchemaInfo schema) {
 
 std::vector<SchemaInfo> SchemaCatalogue::schemas() const {
     std::vector<SchemaInfo> result;
+    result.reserve(kEverySchema.size());
     for (const char* name : kEverySchema) {
         result.push_back({name, static_cast<std::int64_t>(result.size()) + 1, false});
     }
