@@ -20,21 +20,6 @@ namespace {
 
 constexpr std::size_t kFunctions = 9;
 
-Value valueOf(sqlite3_value* value) {
-    switch (sqlite3_value_type(value)) {
-        case SQLITE_INTEGER:
-            return std::int64_t{sqlite3_value_int64(value)};
-        case SQLITE_FLOAT:
-            return sqlite3_value_double(value);
-        case SQLITE_TEXT:
-            return std::string(textBytes(value));
-        case SQLITE_BLOB:
-            return Blob{std::string(blobBytes(value))};
-        default:
-            return std::monostate{};
-    }
-}
-
 Value orNull(const std::optional<std::int64_t>& number) {
     return number ? Value(*number) : Value();
 }
@@ -104,7 +89,7 @@ void SessionFunctions::called(sqlite3_context* context, int count, sqlite3_value
         Arguments arguments;
         arguments.reserve(static_cast<std::size_t>(count));
         for (int i = 0; i < count; ++i) {
-            arguments.push_back(valueOf(values[i]));
+            arguments.push_back(argumentValue(values[i]));
         }
         setResult(context, (self.*entry.member)(arguments));
     });

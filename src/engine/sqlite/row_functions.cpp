@@ -53,7 +53,7 @@ public:
         }
         std::vector<Value> arguments;
         for (int i = 1; i < count; ++i)
-            arguments.push_back(valueOfArgument(values[i]));
+            arguments.push_back(argumentValue(values[i]));
         rows_ = table_.module->host(source, arguments);
         ended_ = rows_.empty();
     }
@@ -81,21 +81,6 @@ public:
     }
 
 private:
-    static Value valueOfArgument(sqlite3_value* value) {
-        switch (sqlite3_value_type(value)) {
-            case SQLITE_INTEGER:
-                return std::int64_t{sqlite3_value_int64(value)};
-            case SQLITE_FLOAT:
-                return sqlite3_value_double(value);
-            case SQLITE_TEXT:
-                return std::string(textBytes(value));
-            case SQLITE_BLOB:
-                return Blob{std::string(blobBytes(value))};
-            default:
-                return std::monostate{};
-        }
-    }
-
     RowTable& table_;
     std::string source_;
     std::optional<PreparedStatement> query_;

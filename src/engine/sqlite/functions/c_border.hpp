@@ -1,12 +1,16 @@
 #pragma once
 
+#include <cstdint>
 #include <new>
+#include <string>
 #include <string_view>
+#include <variant>
 
 #include <sqlite3.h>
 
 #include "engine/sqlite/sqlite.hpp"
 #include "engine/values/error_slot.hpp"
+#include "engine/values/value.hpp"
 #include "tsql/server_error.hpp"
 
 // What stands between SQLite, which is C and carries no exception, and functions of ours.
@@ -29,6 +33,22 @@ namespace kap::engine {
     const auto* bytes = static_cast<const char*>(sqlite3_value_blob(value));
     if (bytes == nullptr) return {};
     return {bytes, static_cast<std::size_t>(sqlite3_value_bytes(value))};
+}
+
+// An argument of a function as it is.
+[[nodiscard]] inline Value argumentValue(sqlite3_value* value) {
+    switch (sqlite3_value_type(value)) {
+        case SQLITE_INTEGER:
+            return std::int64_t{sqlite3_value_int64(value)};
+        case SQLITE_FLOAT:
+            return sqlite3_value_double(value);
+        case SQLITE_TEXT:
+            return std::string(textBytes(value));
+        case SQLITE_BLOB:
+            return Blob{std::string(blobBytes(value))};
+        default:
+            return std::monostate{};
+    }
 }
 
 // Does the work of a function that SQLite calls; what it raises becomes the call's error. The
