@@ -55,7 +55,7 @@ MAY_INCLUDE = {
     "python": GROUND | {"catalogue"},
     "sqlite_extension": SQLITE,
     "cli/output": GROUND,
-    "cli/commands": GROUND | {"migrate", "cli", "cli/output"},
+    "cli/commands": GROUND | {"migrate", "platform", "cli", "cli/output"},
     "cli/demo": GROUND | {"cli", "cli/output", "cli/commands"},
     "cli": GROUND | {"cli/output", "cli/commands", "cli/demo"},
 }

@@ -2,6 +2,9 @@
 
 #include <new>
 
+#include <kaputil/automation/error.hpp>
+#include <kaputil/data/error_numbers.hpp>
+
 #include "drivers/odbc/diagnostics.hpp"
 
 namespace kap::ado::odbc {
@@ -12,6 +15,12 @@ SQLSMALLINT parentOf(SQLSMALLINT kind) {
 }
 
 Handle newEnvironment() {
+    if (!kDriverManager.isThere()) {
+        throw AutomationError(errors::kProviderNotFound,
+                              u"Database servers are reached through ODBC, which is not installed "
+                              u"here (on Debian the package libodbc2)",
+                              u"ADODB");
+    }
     Handle made(SQL_HANDLE_ENV, kNoHandle);
     SQLSetEnvAttr(made.get(), SQL_ATTR_ODBC_VERSION, asPointer(SQL_OV_ODBC3), 0);
     return made;

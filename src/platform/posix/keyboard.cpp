@@ -3,13 +3,13 @@
 #include <X11/Xlib.h>
 #include <X11/extensions/XTest.h>
 #include <X11/keysym.h>
-#include <dlfcn.h>
 
 #include <memory>
-#include <optional>
 #include <vector>
 
 #include <kaputil/platform/message_box.hpp>
+
+#include "platform/loaded_library.hpp"
 
 namespace kap::platform {
 namespace {
@@ -19,52 +19,22 @@ void warn(const char16_t* reason) {
                 String(u"Nessun tasto inviato: ") + reason);
 }
 
-// A library of the system that is loaded when it is first needed: a server has none of those of a
-// desktop. It stays loaded, for it keeps state of its own.
-class LoadedLibrary {
-public:
-    explicit LoadedLibrary(const char* file) : handle_(dlopen(file, RTLD_NOW | RTLD_LOCAL)) {}
+// A server has none of the libraries of a desktop.
+constexpr LoadedLibrary kWindows("libX11.so.6");
+constexpr LoadedLibrary kKeys("libXtst.so.6");
 
-    [[nodiscard]] bool isThere() const noexcept { return handle_ != nullptr; }
-
-    // Finds a function; `function` stays null when it is missing.
-    template <class Function>
-    void find(const char* name, Function& function) const {
-        function = reinterpret_cast<Function>(dlsym(handle_, name));
-    }
-
-private:
-    void* handle_;
-};
-
-// The functions of the window system that are used here.
-struct WindowSystem {
-    decltype(&XOpenDisplay) openDisplay = nullptr;
-    decltype(&XCloseDisplay) closeDisplay = nullptr;
-    decltype(&XKeysymToKeycode) keysymToKeycode = nullptr;
-    decltype(&XSync) sync = nullptr;
-    decltype(&XTestQueryExtension) queryExtension = nullptr;
-    decltype(&XTestFakeKeyEvent) fakeKeyEvent = nullptr;
-};
-
-std::optional<WindowSystem> load() {
-    const LoadedLibrary base("libX11.so.6");
-    const LoadedLibrary test("libXtst.so.6");
-    if (!base.isThere() || !test.isThere()) {
-        return std::nullopt;
-    }
-    WindowSystem functions;
-    base.find("XOpenDisplay", functions.openDisplay);
-    base.find("XCloseDisplay", functions.closeDisplay);
-    base.find("XKeysymToKeycode", functions.keysymToKeycode);
-    base.find("XSync", functions.sync);
-    test.find("XTestQueryExtension", functions.queryExtension);
-    test.find("XTestFakeKeyEvent", functions.fakeKeyEvent);
-    const bool complete = functions.openDisplay != nullptr && functions.closeDisplay != nullptr &&
-                          functions.keysymToKeycode != nullptr && functions.sync != nullptr &&
-                          functions.queryExtension != nullptr && functions.fakeKeyEvent != nullptr;
-    return complete ? std::optional(functions) : std::nullopt;
-}
+// The functions of the window system that are used here, called by their own names.
+// NOLINTBEGIN(readability-identifier-naming)
+constinit const LoadedFunction<decltype(::XOpenDisplay)> XOpenDisplay(kWindows, "XOpenDisplay");
+constinit const LoadedFunction<decltype(::XCloseDisplay)> XCloseDisplay(kWindows, "XCloseDisplay");
+constinit const LoadedFunction<decltype(::XKeysymToKeycode)> XKeysymToKeycode(kWindows,
+                                                                              "XKeysymToKeycode");
+constinit const LoadedFunction<decltype(::XSync)> XSync(kWindows, "XSync");
+constinit const LoadedFunction<decltype(::XTestQueryExtension)> XTestQueryExtension(
+    kKeys, "XTestQueryExtension");
+constinit const LoadedFunction<decltype(::XTestFakeKeyEvent)> XTestFakeKeyEvent(
+    kKeys, "XTestFakeKeyEvent");
+// NOLINTEND(readability-identifier-naming)
 
 KeySym symbolOf(VirtualKey key) {
     switch (key) {
@@ -97,11 +67,10 @@ KeySym symbolOf(VirtualKey key) {
 using DisplayHandle = std::unique_ptr<Display, int (*)(Display*)>;
 
 // The keys of this keyboard; empty when it lacks one.
-std::vector<KeyCode> codesOf(const WindowSystem& system, Display* display,
-                             std::span<const VirtualKey> keys) {
+std::vector<KeyCode> codesOf(Display* display, std::span<const VirtualKey> keys) {
     std::vector<KeyCode> codes;
     for (const VirtualKey key : keys) {
-        const KeyCode code = system.keysymToKeycode(display, symbolOf(key));
+        const KeyCode code = XKeysymToKeycode(display, symbolOf(key));
         if (code == 0) {
             return {};
         }
@@ -110,40 +79,39 @@ std::vector<KeyCode> codesOf(const WindowSystem& system, Display* display,
     return codes;
 }
 
-void press(const WindowSystem& system, Display* display, const std::vector<KeyCode>& codes) {
+void press(Display* display, const std::vector<KeyCode>& codes) {
     for (const KeyCode code : codes) {
-        system.fakeKeyEvent(display, code, True, CurrentTime);
+        XTestFakeKeyEvent(display, code, True, CurrentTime);
     }
     for (auto code = codes.rbegin(); code != codes.rend(); ++code) {
-        system.fakeKeyEvent(display, *code, False, CurrentTime);
+        XTestFakeKeyEvent(display, *code, False, CurrentTime);
     }
-    system.sync(display, False);
+    XSync(display, False);
 }
 
 }  // namespace
 
 void pressTogether(std::span<const VirtualKey> keys) {
-    static const std::optional<WindowSystem> system = load();
-    if (!system) {
+    if (!kWindows.isThere() || !kKeys.isThere()) {
         warn(u"il sistema grafico non è installato");
         return;
     }
-    const DisplayHandle display(system->openDisplay(nullptr), system->closeDisplay);
+    const DisplayHandle display(XOpenDisplay(nullptr), XCloseDisplay);
     if (!display) {
         warn(u"non c'è uno schermo");
         return;
     }
     int unused = 0;
-    if (system->queryExtension(display.get(), &unused, &unused, &unused, &unused) == False) {
+    if (XTestQueryExtension(display.get(), &unused, &unused, &unused, &unused) == False) {
         warn(u"lo schermo non accetta tasti da programmi");
         return;
     }
-    const std::vector<KeyCode> codes = codesOf(*system, display.get(), keys);
+    const std::vector<KeyCode> codes = codesOf(display.get(), keys);
     if (codes.empty()) {
         warn(u"la tastiera non ha il tasto");
         return;
     }
-    press(*system, display.get(), codes);
+    press(display.get(), codes);
 }
 
 }  // namespace kap::platform

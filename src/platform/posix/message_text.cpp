@@ -13,11 +13,55 @@
 #include <kaputil/automation/error.hpp>
 
 #include "platform/file_errors.hpp"
+#include "platform/loaded_library.hpp"
 #include "platform/mail/draft.hpp"
 #include "platform/whole_file.hpp"
 
 namespace kap::platform::mail {
 namespace {
+
+// What makes messages is loaded with the first of them. Its functions, and those of the libraries
+// that it stands on, are called by their own names.
+constexpr LoadedLibrary kMessages("libgmime-3.0.so.0");
+
+// NOLINTBEGIN(readability-identifier-naming)
+#define KAPUTIL_MESSAGES(name) \
+    constinit const LoadedFunction<decltype(::name)> name(kMessages, #name)
+KAPUTIL_MESSAGES(g_content_type_get_mime_type);
+KAPUTIL_MESSAGES(g_content_type_guess);
+KAPUTIL_MESSAGES(g_date_time_new_now_local);
+KAPUTIL_MESSAGES(g_date_time_unref);
+KAPUTIL_MESSAGES(g_free);
+KAPUTIL_MESSAGES(g_mime_data_wrapper_new_with_stream);
+KAPUTIL_MESSAGES(g_mime_format_options_free);
+KAPUTIL_MESSAGES(g_mime_format_options_new);
+KAPUTIL_MESSAGES(g_mime_format_options_set_newline_format);
+KAPUTIL_MESSAGES(g_mime_init);
+KAPUTIL_MESSAGES(g_mime_message_get_from);
+KAPUTIL_MESSAGES(g_mime_message_get_to);
+KAPUTIL_MESSAGES(g_mime_message_new);
+KAPUTIL_MESSAGES(g_mime_message_set_date);
+KAPUTIL_MESSAGES(g_mime_message_set_mime_part);
+KAPUTIL_MESSAGES(g_mime_message_set_subject);
+KAPUTIL_MESSAGES(g_mime_multipart_add);
+KAPUTIL_MESSAGES(g_mime_multipart_new_with_subtype);
+KAPUTIL_MESSAGES(g_mime_object_get_type);
+KAPUTIL_MESSAGES(g_mime_object_set_content_type_parameter);
+KAPUTIL_MESSAGES(g_mime_object_set_disposition);
+KAPUTIL_MESSAGES(g_mime_object_set_header);
+KAPUTIL_MESSAGES(g_mime_object_to_string);
+KAPUTIL_MESSAGES(g_mime_parser_options_get_default);
+KAPUTIL_MESSAGES(g_mime_part_new_with_type);
+KAPUTIL_MESSAGES(g_mime_part_set_content);
+KAPUTIL_MESSAGES(g_mime_part_set_content_encoding);
+KAPUTIL_MESSAGES(g_mime_part_set_filename);
+KAPUTIL_MESSAGES(g_mime_stream_mem_new_with_buffer);
+KAPUTIL_MESSAGES(g_object_unref);
+KAPUTIL_MESSAGES(g_type_check_instance_cast);
+KAPUTIL_MESSAGES(internet_address_list_append);
+KAPUTIL_MESSAGES(internet_address_list_parse);
+#undef KAPUTIL_MESSAGES
+// NOLINTEND(readability-identifier-naming)
 
 struct Unreference {
     void operator()(void* object) const { g_object_unref(object); }
@@ -138,8 +182,8 @@ void putHeaders(GMimeMessage* message, const Draft& draft) {
     }
     addAddresses(g_mime_message_get_to(message), draft.to);
     g_mime_message_set_subject(message, oneLine(draft.subject).c_str(), "utf-8");
-    const std::unique_ptr<GDateTime, decltype(&g_date_time_unref)> now(g_date_time_new_now_local(),
-                                                                       g_date_time_unref);
+    const std::unique_ptr<GDateTime, decltype(&::g_date_time_unref)> now(
+        g_date_time_new_now_local(), g_date_time_unref);
     g_mime_message_set_date(message, now.get());
     g_mime_object_set_header(GMIME_OBJECT(message), "X-Unsent", "1", nullptr);
 }
@@ -174,7 +218,7 @@ std::string messageText(const Draft& draft) {
     const Owned<GMimeObject> content = contentOf(draft);
     g_mime_message_set_mime_part(message.get(), content.get());
 
-    const std::unique_ptr<GMimeFormatOptions, decltype(&g_mime_format_options_free)> options(
+    const std::unique_ptr<GMimeFormatOptions, decltype(&::g_mime_format_options_free)> options(
         g_mime_format_options_new(), g_mime_format_options_free);
     g_mime_format_options_set_newline_format(options.get(), GMIME_NEWLINE_FORMAT_DOS);
     const OwnedText text(g_mime_object_to_string(GMIME_OBJECT(message.get()), options.get()));

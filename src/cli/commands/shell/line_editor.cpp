@@ -20,6 +20,7 @@
 #include <kaputil/automation/plain_text.hpp>
 
 #include "cli/output/shown_text.hpp"
+#include "platform/loaded_library.hpp"
 #endif
 
 namespace kap::cli {
@@ -27,6 +28,30 @@ namespace kap::cli {
 #ifdef KAPUTIL_LIBEDIT
 
 namespace {
+
+// The editor is loaded with the first shell: other commands have no use for it. Its functions are
+// called by their own names.
+constexpr platform::LoadedLibrary kEditor("libedit.so.2");
+
+// NOLINTBEGIN(readability-identifier-naming)
+#define KAPUTIL_EDITOR(name) \
+    constinit const platform::LoadedFunction<decltype(::name)> name(kEditor, #name)
+KAPUTIL_EDITOR(el_deletestr);
+KAPUTIL_EDITOR(el_end);
+KAPUTIL_EDITOR(el_get);
+KAPUTIL_EDITOR(el_gets);
+KAPUTIL_EDITOR(el_init);
+KAPUTIL_EDITOR(el_insertstr);
+KAPUTIL_EDITOR(el_line);
+KAPUTIL_EDITOR(el_resize);
+KAPUTIL_EDITOR(el_set);
+KAPUTIL_EDITOR(el_source);
+KAPUTIL_EDITOR(el_wset);
+KAPUTIL_EDITOR(history_end);
+KAPUTIL_EDITOR(history_init);
+#undef KAPUTIL_EDITOR
+// NOLINTEND(readability-identifier-naming)
+constinit const platform::LoadedFunction<decltype(::history)> editorHistory(kEditor, "history");
 
 constexpr int kLinesOfBefore = 1000;
 constexpr char kEndOfInput = 4;
@@ -211,15 +236,16 @@ LineEditor::LineEditor(std::filesystem::path history, Completer completer, Paint
     inside_->completer = std::move(completer);
     inside_->painter = std::move(painter);
     inside_->history = history_init();
-    ::history(inside_->history, &inside_->event, H_SETSIZE, kLinesOfBefore);
-    ::history(inside_->history, &inside_->event, H_SETUNIQUE, 1);
-    ::history(inside_->history, &inside_->event, H_LOAD, inside_->file.c_str());
+    editorHistory(inside_->history, &inside_->event, H_SETSIZE, kLinesOfBefore);
+    editorHistory(inside_->history, &inside_->event, H_SETUNIQUE, 1);
+    editorHistory(inside_->history, &inside_->event, H_LOAD, inside_->file.c_str());
     EditLine* editor = el_init("kaputil", stdin, stdout, stderr);
     inside_->editor = editor;
     el_set(editor, EL_CLIENTDATA, inside_.get());
     el_set(editor, EL_PROMPT, &Inside::promptOf);
     el_set(editor, EL_EDITOR, "emacs");
-    el_set(editor, EL_HIST, ::history, inside_->history);
+    using HistoryFunction = decltype(&::history);
+    el_set(editor, EL_HIST, static_cast<HistoryFunction>(editorHistory), inside_->history);
     // By the wide names: of the others the editor keeps copies, which it never frees.
     el_wset(editor, EL_ADDFN, L"kaputil-cancel", L"Gives up the line", &Inside::cancel);
     el_wset(editor, EL_ADDFN, L"kaputil-complete", L"Completes the word", &Inside::complete);
@@ -238,7 +264,7 @@ LineEditor::LineEditor(std::filesystem::path history, Completer completer, Paint
 LineEditor::~LineEditor() {
     std::error_code ignored;  // without a history the shell works as well
     std::filesystem::create_directories(inside_->file.parent_path(), ignored);
-    ::history(inside_->history, &inside_->event, H_SAVE, inside_->file.c_str());
+    editorHistory(inside_->history, &inside_->event, H_SAVE, inside_->file.c_str());
     std::filesystem::permissions(
         inside_->file, std::filesystem::perms::owner_read | std::filesystem::perms::owner_write,
         ignored);
@@ -271,7 +297,7 @@ LineEditor::Outcome LineEditor::read(const std::string& prompt, std::string& lin
 void LineEditor::remember(std::string_view statement) {
     std::string line(statement);
     std::ranges::replace(line, '\n', ' ');
-    ::history(inside_->history, &inside_->event, H_ENTER, line.c_str());
+    editorHistory(inside_->history, &inside_->event, H_ENTER, line.c_str());
 }
 
 #else
