@@ -107,9 +107,9 @@ endfunction()
 
 # kaputil_headers(name [header...]): the everyday standard headers, and those named, read once for the targets that
 # then call kaputil_precompile(target name). Off in the preset "lint", where every file shows that it includes what it
-# uses, and for a shared library, whose code and programs are compiled in different ways.
+# uses.
 function(kaputil_headers name)
-    if(KAPUTIL_PCH AND NOT BUILD_SHARED_LIBS)
+    if(KAPUTIL_PCH)
         set(empty "${CMAKE_CURRENT_BINARY_DIR}/${name}.cpp")
         file(CONFIGURE OUTPUT "${empty}" CONTENT "")
         add_library(${name} OBJECT "${empty}")

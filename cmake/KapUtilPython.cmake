@@ -26,7 +26,7 @@ pybind11_add_module(kaputil-python-extension MODULE NO_EXTRAS ${compiled})
 set_target_properties(kaputil-python-extension PROPERTIES OUTPUT_NAME _native LIBRARY_OUTPUT_DIRECTORY
                                                                               "${pythonPackage}")
 target_include_directories(kaputil-python-extension PRIVATE "${PROJECT_SOURCE_DIR}/src")
-target_link_libraries(kaputil-python-extension PRIVATE kaputil)
+target_link_libraries(kaputil-python-extension PRIVATE kaputil_whole)
 kaputil_compile_rules(kaputil-python-extension)
 
 # The package's own Python code beside the extension.

@@ -8,6 +8,7 @@
 #include <kaputil/ado/parameter.hpp>
 #include <kaputil/automation/by_ref.hpp>
 #include <kaputil/automation/class_description.hpp>
+#include <kaputil/base/export.hpp>
 #include <kaputil/data/enumerations.hpp>
 
 namespace kap::ado {
@@ -22,7 +23,7 @@ struct Request;
 //     command->setActiveConnection(connection);
 //     command->setCommandText(u"UPDATE Clienti SET Fido = ? WHERE Codice = ?");
 //     command->Execute(Variant(), Array::ofVariants({kap::Currency{1'000'0000}, 12}));
-class Command final : public DescribedObject {
+class KAPUTIL_EXPORT Command final : public DescribedObject {
 public:
     Command();
     ~Command() override;

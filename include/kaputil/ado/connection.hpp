@@ -12,6 +12,7 @@
 #include <kaputil/automation/by_ref.hpp>
 #include <kaputil/automation/class_description.hpp>
 #include <kaputil/automation/event_source.hpp>
+#include <kaputil/base/export.hpp>
 #include <kaputil/data/enumerations.hpp>
 
 namespace kap::ado {
@@ -47,7 +48,7 @@ struct ScriptBatch {
 //     Synchronous    Full (default: committed is on disk), Normal, Off
 //
 // Its events are those of ConnectionEvents, in <kaputil/ado/events.hpp>.
-class Connection final : public DescribedObject, public EventSource {
+class KAPUTIL_EXPORT Connection final : public DescribedObject, public EventSource {
 public:
     Connection();
     ~Connection() override;
@@ -220,11 +221,11 @@ private:
 
 // Whether a value is a connection: one of the library's, or of another maker whose object has the
 // members of one.
-[[nodiscard]] bool isConnection(const Variant& value);
+[[nodiscard]] KAPUTIL_EXPORT bool isConnection(const Variant& value);
 
 // The connection that a client names: an object, also of another maker, or a connection string,
 // which is opened; unset for Null, Empty and an unset object. Raises 3001 for another object, 3709
 // for a connection that is not open.
-[[nodiscard]] Ref<Connection> connectionOf(const Variant& value);
+[[nodiscard]] KAPUTIL_EXPORT Ref<Connection> connectionOf(const Variant& value);
 
 }  // namespace kap::ado

@@ -4,12 +4,13 @@
 #include <vector>
 
 #include <kaputil/automation/class_description.hpp>
+#include <kaputil/base/export.hpp>
 
 namespace kap::ado {
 
 // One error or message that the database reported. Of a message that is no error, such as what a
 // script prints, Number is 0.
-class Error final : public DescribedObject {
+class KAPUTIL_EXPORT Error final : public DescribedObject {
 public:
     struct Details {
         std::int32_t number = 0;       // the data-access code that clients compare
@@ -42,7 +43,7 @@ private:
 
 // The errors and messages of the last operation of a connection that had any, in the database's
 // order. What reports nothing leaves them as they are; Clear forgets them.
-class Errors final : public DescribedObject {
+class KAPUTIL_EXPORT Errors final : public DescribedObject {
 public:
     static const ClassDescription& classDescription();
     [[nodiscard]] const ClassDescription& description() const override {

@@ -6,6 +6,7 @@
 #include <kaputil/ado/error.hpp>
 #include <kaputil/automation/by_ref.hpp>
 #include <kaputil/automation/class_description.hpp>
+#include <kaputil/base/export.hpp>
 #include <kaputil/data/enumerations.hpp>
 
 // The events of connections and recordsets. A sink has members of these names and arguments; it
@@ -29,7 +30,7 @@ namespace kap::ado {
 
 class Command;
 
-class ConnectionEvents : public DescribedObject {
+class KAPUTIL_EXPORT ConnectionEvents : public DescribedObject {
 public:
     static const ClassDescription& classDescription();
     [[nodiscard]] const ClassDescription& description() const override {
@@ -69,7 +70,7 @@ public:
     virtual void Disconnect(ByRef<EventStatusEnum> adStatus, const Ref<Connection>& pConnection);
 };
 
-class RecordsetEvents : public DescribedObject {
+class KAPUTIL_EXPORT RecordsetEvents : public DescribedObject {
 public:
     static const ClassDescription& classDescription();
     [[nodiscard]] const ClassDescription& description() const override {

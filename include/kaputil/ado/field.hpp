@@ -9,6 +9,7 @@
 
 #include <kaputil/ado/property.hpp>
 #include <kaputil/automation/class_description.hpp>
+#include <kaputil/base/export.hpp>
 #include <kaputil/data/enumerations.hpp>
 
 namespace kap::ado {
@@ -18,7 +19,7 @@ struct ColumnInfo;
 
 // One column of a recordset, and its value in the current record. Once the recordset has been
 // closed or the column has been taken from it every member raises 3420.
-class Field final : public DescribedObject {
+class KAPUTIL_EXPORT Field final : public DescribedObject {
 public:
     Field(std::shared_ptr<RowCursor> cursor, std::size_t ordinal);
     ~Field() override;
@@ -107,7 +108,7 @@ private:
 //     recordset->Fields()->Append(u"Codice", DataTypeEnum::adVarChar, 20);
 //     recordset->Open();
 //     recordset->AddNew(u"Codice", u"A12");
-class Fields final : public DescribedObject {
+class KAPUTIL_EXPORT Fields final : public DescribedObject {
 public:
     Fields();
     ~Fields() override;

@@ -5,6 +5,7 @@
 
 #include <kaputil/ado/property.hpp>
 #include <kaputil/automation/class_description.hpp>
+#include <kaputil/base/export.hpp>
 #include <kaputil/data/enumerations.hpp>
 
 namespace kap::ado {
@@ -12,7 +13,7 @@ namespace kap::ado {
 class Command;
 
 // A typed value that goes with a command, comes back from it, or both.
-class Parameter final : public DescribedObject {
+class KAPUTIL_EXPORT Parameter final : public DescribedObject {
 public:
     static const ClassDescription& classDescription();
     [[nodiscard]] const ClassDescription& description() const override {
@@ -61,7 +62,7 @@ private:
 };
 
 // The parameters of a command, in the order of its marks or of its procedure's parameters.
-class Parameters final : public DescribedObject {
+class KAPUTIL_EXPORT Parameters final : public DescribedObject {
 public:
     static const ClassDescription& classDescription();
     [[nodiscard]] const ClassDescription& description() const override {

@@ -5,13 +5,14 @@
 #include <vector>
 
 #include <kaputil/automation/class_description.hpp>
+#include <kaputil/base/export.hpp>
 #include <kaputil/data/enumerations.hpp>
 
 namespace kap::ado {
 
 // What a provider tells of a connection, a command, a recordset or a field beyond their members,
 // and lets be chosen.
-class Property final : public DescribedObject {
+class KAPUTIL_EXPORT Property final : public DescribedObject {
 public:
     // Without `write` the value can only be read.
     struct Details {
@@ -41,7 +42,7 @@ private:
 };
 
 // The properties of one object, as they are when they are asked for.
-class Properties final : public DescribedObject {
+class KAPUTIL_EXPORT Properties final : public DescribedObject {
 public:
     explicit Properties(std::vector<Property::Details> details);
     ~Properties() override;

@@ -12,6 +12,7 @@
 #include <kaputil/automation/by_ref.hpp>
 #include <kaputil/automation/class_description.hpp>
 #include <kaputil/automation/event_source.hpp>
+#include <kaputil/base/export.hpp>
 #include <kaputil/data/enumerations.hpp>
 
 namespace kap::ado {
@@ -44,7 +45,7 @@ class RowTable;
 // A recordset can also be made by hand: see Fields.
 //
 // Its events are those of RecordsetEvents, in <kaputil/ado/events.hpp>.
-class Recordset final : public DescribedObject, public EventSource {
+class KAPUTIL_EXPORT Recordset final : public DescribedObject, public EventSource {
 public:
     Recordset();
     ~Recordset() override;

@@ -5,6 +5,7 @@
 #include <string>
 
 #include <kaputil/automation/class_description.hpp>
+#include <kaputil/base/export.hpp>
 #include <kaputil/data/enumerations.hpp>
 
 namespace kap::ado {
@@ -20,7 +21,7 @@ namespace kap::ado {
 //
 // Positions and sizes are bytes, of texts too. Every member but the properties that say how it is
 // opened raises 3704 while the stream is closed.
-class Stream final : public DescribedObject {
+class KAPUTIL_EXPORT Stream final : public DescribedObject {
 public:
     Stream();
     ~Stream() override;

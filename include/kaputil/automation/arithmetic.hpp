@@ -3,6 +3,7 @@
 #include <optional>
 
 #include <kaputil/automation/variant.hpp>
+#include <kaputil/base/export.hpp>
 
 // Arithmetic between Variants, as the runtime does it.
 //
@@ -17,33 +18,33 @@
 namespace kap::arithmetic {
 
 // The sum; of two texts, both joined. With a Date it is a Date.
-[[nodiscard]] Variant add(const Variant& left, const Variant& right);
+[[nodiscard]] KAPUTIL_EXPORT Variant add(const Variant& left, const Variant& right);
 
 // The difference; of two Dates it is a Double.
-[[nodiscard]] Variant subtract(const Variant& left, const Variant& right);
+[[nodiscard]] KAPUTIL_EXPORT Variant subtract(const Variant& left, const Variant& right);
 
 // The product; a Date in it counts as a Double, and Currency with a Single or a Double is Double.
-[[nodiscard]] Variant multiply(const Variant& left, const Variant& right);
+[[nodiscard]] KAPUTIL_EXPORT Variant multiply(const Variant& left, const Variant& right);
 
 // The quotient: Decimal when one operand is, Single when one is and none is wider, else Double.
 // Zero by zero is an overflow.
-[[nodiscard]] Variant divide(const Variant& left, const Variant& right);
+[[nodiscard]] KAPUTIL_EXPORT Variant divide(const Variant& left, const Variant& right);
 
 // The quotient, cut off to a whole number, of both operands rounded to whole numbers, and what it
 // leaves: Byte, Integer or Long.
-[[nodiscard]] Variant integerDivide(const Variant& left, const Variant& right);
-[[nodiscard]] Variant modulo(const Variant& left, const Variant& right);
+[[nodiscard]] KAPUTIL_EXPORT Variant integerDivide(const Variant& left, const Variant& right);
+[[nodiscard]] KAPUTIL_EXPORT Variant modulo(const Variant& left, const Variant& right);
 
 // A Double. Raises 5 where the power is no real number, as of a negative base and a fraction.
-[[nodiscard]] Variant power(const Variant& base, const Variant& exponent);
-[[nodiscard]] Variant negate(const Variant& value);
+[[nodiscard]] KAPUTIL_EXPORT Variant power(const Variant& base, const Variant& exponent);
+[[nodiscard]] KAPUTIL_EXPORT Variant negate(const Variant& value);
 
 // Joins the texts of both; Null counts as empty text unless both are Null.
-[[nodiscard]] Variant concatenate(const Variant& left, const Variant& right);
+[[nodiscard]] KAPUTIL_EXPORT Variant concatenate(const Variant& left, const Variant& right);
 
 // Negative, zero or positive as `left` is less than, equal to or greater than `right`; nullopt when
 // one of them is Null. With a number on one side a text on the other is read as one; two texts are
 // compared code unit by code unit, Empty then being the empty text.
-[[nodiscard]] std::optional<int> compare(const Variant& left, const Variant& right);
+[[nodiscard]] KAPUTIL_EXPORT std::optional<int> compare(const Variant& left, const Variant& right);
 
 }  // namespace kap::arithmetic

@@ -6,13 +6,14 @@
 #include <vector>
 
 #include <kaputil/automation/variant.hpp>
+#include <kaputil/base/export.hpp>
 
 namespace kap {
 
 // An automation array: one or more dimensions, each with its own lower bound, of elements of one
 // type. Byte arrays are kept as plain bytes. Arrays in arrays may be nested 500 deep: putting a
 // deeper one into another raises 28 (out of stack).
-class Array {
+class KAPUTIL_EXPORT Array {
 public:
     struct Dimension {
         std::int32_t lower = 0;

@@ -9,6 +9,7 @@
 
 #include <kaputil/automation/object.hpp>
 #include <kaputil/automation/variant.hpp>
+#include <kaputil/base/export.hpp>
 
 namespace kap {
 
@@ -64,7 +65,7 @@ struct MemberDescription {
 
 // Everything the library tells about one of its classes. Dispatch, the command line's object
 // browser and every other list of members read this table; nothing repeats it.
-class ClassDescription {
+class KAPUTIL_EXPORT ClassDescription {
 public:
     String name;
     String classId;      // lower-case text of the identity, without braces
@@ -100,7 +101,7 @@ private:
 };
 
 // An object whose members are described by a table.
-class DescribedObject : public Object {
+class KAPUTIL_EXPORT DescribedObject : public Object {
 public:
     [[nodiscard]] virtual const ClassDescription& description() const = 0;
 
@@ -114,6 +115,6 @@ public:
 };
 
 // The table of an object's members; null for an object that has none (a client's own).
-[[nodiscard]] const ClassDescription* descriptionOf(const Object& object);
+[[nodiscard]] KAPUTIL_EXPORT const ClassDescription* descriptionOf(const Object& object);
 
 }  // namespace kap

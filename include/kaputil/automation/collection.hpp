@@ -9,6 +9,7 @@
 #include <vector>
 
 #include <kaputil/automation/linked_object.hpp>
+#include <kaputil/base/export.hpp>
 
 namespace kap {
 
@@ -23,7 +24,7 @@ namespace kap {
 //
 // Looking up a key takes constant time however many elements there are; so does going through the
 // positions in either direction.
-class Collection final : public LinkedObject {
+class KAPUTIL_EXPORT Collection final : public LinkedObject {
 public:
     Collection();
     ~Collection() override;

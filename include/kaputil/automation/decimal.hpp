@@ -7,11 +7,13 @@
 #include <string>
 #include <string_view>
 
+#include <kaputil/base/export.hpp>
+
 namespace kap {
 
 // The exact decimal of the automation runtime: a 96-bit whole number, a sign, and a scale of 0 to
 // 28 that says how many of its digits stand after the decimal point.
-class Decimal {
+class KAPUTIL_EXPORT Decimal {
 public:
     static constexpr int kMaxScale = 28;
 

@@ -5,6 +5,7 @@
 #include <string>
 
 #include <kaputil/automation/string.hpp>
+#include <kaputil/base/export.hpp>
 
 namespace kap {
 
@@ -45,7 +46,7 @@ inline constexpr std::int32_t kObjectError = -2147221503;
 // `number` is the code that clients compare (see `errors`, and the data-access codes in
 // <kaputil/data/error_numbers.hpp>), `source` names the component that raised it and may be empty,
 // `description` is the sentence for people.
-class AutomationError : public std::exception {
+class KAPUTIL_EXPORT AutomationError : public std::exception {
 public:
     // An error with the runtime's own text for `number`.
     explicit AutomationError(std::int32_t number);

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include <kaputil/automation/class_description.hpp>
+#include <kaputil/base/export.hpp>
 
 namespace kap {
 
@@ -16,7 +17,7 @@ class EventSinks;
 // A sink is called on the thread of the object, while the member that raises the event runs, and
 // may call the object itself. What a sink raises reaches the caller of that member. The object
 // keeps its sinks: one that refers to the object in turn has to be disconnected, or neither ends.
-class EventSource {
+class KAPUTIL_EXPORT EventSource {
 public:
     EventSource(const EventSource&) = delete;
     EventSource& operator=(const EventSource&) = delete;

@@ -3,6 +3,7 @@
 #include <string_view>
 
 #include <kaputil/automation/variant.hpp>
+#include <kaputil/base/export.hpp>
 
 namespace kap::convert {
 
@@ -34,8 +35,8 @@ enum class FirstWeek : unsigned char { System = 0, Jan1 = 1, FourDays = 2, FullW
 //
 // Empty and Null give the empty text unless the format has a section for them. Raises 13 for a
 // value without a text (an array), 5 for a format that is malformed.
-[[nodiscard]] String format(const Variant& value, std::u16string_view pattern,
-                            FirstDay firstDay = FirstDay::Sunday,
-                            FirstWeek firstWeek = FirstWeek::Jan1);
+[[nodiscard]] KAPUTIL_EXPORT String format(const Variant& value, std::u16string_view pattern,
+                                           FirstDay firstDay = FirstDay::Sunday,
+                                           FirstWeek firstWeek = FirstWeek::Jan1);
 
 }  // namespace kap::convert

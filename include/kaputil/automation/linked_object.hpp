@@ -4,6 +4,7 @@
 #include <vector>
 
 #include <kaputil/automation/class_description.hpp>
+#include <kaputil/base/export.hpp>
 
 namespace kap {
 
@@ -21,7 +22,7 @@ class LinkGroup;
 //
 // A part that was cut off and is not held any more ends a little later, when looking for such parts
 // is worth it, and at the latest with the structure.
-class LinkedObject : public DescribedObject {
+class KAPUTIL_EXPORT LinkedObject : public DescribedObject {
 protected:
     LinkedObject() = default;
     ~LinkedObject() override;
@@ -44,12 +45,12 @@ private:
 namespace link {
 
 // `from` refers to `to` from now on.
-void joined(LinkedObject& from, LinkedObject& to);
+KAPUTIL_EXPORT void joined(LinkedObject& from, LinkedObject& to);
 // The same for an object that has just been made for `from` and that nobody else knows of: it ends
 // when there is no memory to join it.
-void joinedNew(LinkedObject& from, LinkedObject& made);
+KAPUTIL_EXPORT void joinedNew(LinkedObject& from, LinkedObject& made);
 // `from` no longer refers to something that it referred to.
-void cut(LinkedObject& from);
+KAPUTIL_EXPORT void cut(LinkedObject& from);
 
 }  // namespace link
 
@@ -95,7 +96,7 @@ private:
 
 // A place of a linked object for any value: an object that can be linked is, everything else is
 // held as usual.
-class AnyLink {
+class KAPUTIL_EXPORT AnyLink {
 public:
     AnyLink() = default;
     AnyLink(AnyLink&&) noexcept = default;

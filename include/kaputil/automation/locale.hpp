@@ -3,6 +3,8 @@
 #include <array>
 #include <string_view>
 
+#include <kaputil/base/export.hpp>
+
 namespace kap {
 
 // The order in which a numeric date text is read and printed.
@@ -39,14 +41,14 @@ struct Locale {
 // The locale of conversions on this thread: the one set with `setLocale`, else the one that the
 // environment names (KAPUTIL_LOCALE, LC_ALL, LC_NUMERIC, LANG, the first that is known), else
 // Italian.
-[[nodiscard]] const Locale& currentLocale();
+[[nodiscard]] KAPUTIL_EXPORT const Locale& currentLocale();
 
 // Sets this thread's locale ("it-IT", "it_IT.UTF-8", "en-US", "en-GB", or just the language).
 // Raises 5 for a name that the library does not know.
-void setLocale(std::string_view name);
+KAPUTIL_EXPORT void setLocale(std::string_view name);
 
 // Sets this thread's locale for as long as the object lives.
-class LocaleScope {
+class KAPUTIL_EXPORT LocaleScope {
 public:
     explicit LocaleScope(std::string_view name);
     ~LocaleScope();

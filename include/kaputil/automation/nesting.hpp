@@ -1,6 +1,7 @@
 #pragma once
 
 #include <kaputil/automation/error.hpp>
+#include <kaputil/base/export.hpp>
 
 namespace kap {
 
@@ -10,7 +11,7 @@ inline constexpr int kDeepestNesting = 500;
 
 // One level of a walk through nested values, for as long as it lives. Raises 28 (out of stack) at a
 // level below the deepest.
-class NestingGuard {
+class KAPUTIL_EXPORT NestingGuard {
 public:
     NestingGuard() {
         if (level() == kDeepestNesting) {

@@ -8,6 +8,7 @@
 
 #include <kaputil/automation/ref.hpp>
 #include <kaputil/automation/string.hpp>
+#include <kaputil/base/export.hpp>
 
 namespace kap {
 
@@ -38,7 +39,7 @@ inline constexpr std::int32_t kDefaultMember = 0;
 //
 // Objects are counted by reference and live on the thread that made them; hold them in a
 // `Ref<T>`.
-class Object {
+class KAPUTIL_EXPORT Object {
 public:
     Object(const Object&) = delete;
     Object& operator=(const Object&) = delete;

@@ -7,6 +7,8 @@
 #include <string_view>
 #include <utility>
 
+#include <kaputil/base/export.hpp>
+
 namespace kap {
 
 // The counted wide-character text of the automation world.
@@ -15,7 +17,7 @@ namespace kap {
 // UTF-16 throughout: one `char16_t` is one character for every member that counts. C++ callers
 // may hand in UTF-8 (a `const char*` or `std::string_view`) and ask for UTF-8 back with `utf8()`;
 // the conversion is exact or it is an error (AutomationError 5), never a silent replacement.
-class String {
+class KAPUTIL_EXPORT String {
 public:
     String() = default;
     String(std::u16string text) noexcept : text_(std::move(text)) {}

@@ -11,6 +11,7 @@
 #include <kaputil/automation/object.hpp>
 #include <kaputil/automation/ref.hpp>
 #include <kaputil/automation/string.hpp>
+#include <kaputil/base/export.hpp>
 
 namespace kap {
 
@@ -37,7 +38,7 @@ enum class VarType : std::uint16_t {
 };
 
 // The English name of a type ("Integer", "String", ...).
-[[nodiscard]] std::string_view typeName(VarType type) noexcept;
+[[nodiscard]] KAPUTIL_EXPORT std::string_view typeName(VarType type) noexcept;
 
 // An amount with four decimals, exact: the value times 10,000 as a whole number.
 struct Currency {
@@ -57,7 +58,7 @@ struct Date {
 // Copies share text and arrays and count references to objects, so a copy is cheap whatever it
 // holds. `as<T>()` reads the exact type; the conversions between types are in
 // <kaputil/automation/convert.hpp>.
-class Variant {
+class KAPUTIL_EXPORT Variant {
 public:
     struct Empty {
         friend bool operator==(Empty, Empty) = default;

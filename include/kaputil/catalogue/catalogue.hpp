@@ -5,6 +5,7 @@
 #include <vector>
 
 #include <kaputil/automation/class_description.hpp>
+#include <kaputil/base/export.hpp>
 #include <kaputil/platform/creatable_objects.hpp>
 
 // What the library publishes: its classes with their identities, its enumerations, and what its
@@ -23,7 +24,7 @@ struct LibraryDescription {
     String fileVersion;      // "2.6.0.5"
     String fileVersionText;  // "2.06.0005"
 };
-[[nodiscard]] const LibraryDescription& library();
+[[nodiscard]] KAPUTIL_EXPORT const LibraryDescription& library();
 
 // One public class. Identities are lower-case texts without braces.
 struct PublishedClass {
@@ -37,7 +38,7 @@ struct PublishedClass {
     const ClassDescription* description = nullptr;
 };
 // Every class, in the order of the type library.
-[[nodiscard]] std::span<const PublishedClass> publishedClasses();
+[[nodiscard]] KAPUTIL_EXPORT std::span<const PublishedClass> publishedClasses();
 
 struct EnumerationDescription {
     struct Value {
@@ -49,17 +50,17 @@ struct EnumerationDescription {
     String summary;
     std::vector<Value> values;
 };
-[[nodiscard]] std::span<const EnumerationDescription> publishedEnumerations();
+[[nodiscard]] KAPUTIL_EXPORT std::span<const EnumerationDescription> publishedEnumerations();
 // Those of data access beside them (adUseClient, ...), whose C++ names are in
 // <kaputil/data/enumerations.hpp>.
-[[nodiscard]] std::span<const EnumerationDescription> dataAccessEnumerations();
+[[nodiscard]] KAPUTIL_EXPORT std::span<const EnumerationDescription> dataAccessEnumerations();
 
 // The classes of the platform that can be created by name beside the library's own: those of data
 // access and those of the host.
-[[nodiscard]] std::span<const PlatformClass> platformClasses();
+[[nodiscard]] KAPUTIL_EXPORT std::span<const PlatformClass> platformClasses();
 
 // The instance behind the global members, which are called without naming an object. Each thread
 // has its own, made when it is first asked for.
-[[nodiscard]] const Ref<StdFunctions>& predeclared();
+[[nodiscard]] KAPUTIL_EXPORT const Ref<StdFunctions>& predeclared();
 
 }  // namespace kap

@@ -3,6 +3,7 @@
 #include <string_view>
 
 #include <kaputil/automation/object.hpp>
+#include <kaputil/base/export.hpp>
 #include <kaputil/platform/creatable_objects.hpp>
 
 namespace kap {
@@ -10,6 +11,6 @@ namespace kap {
 // A new object by its programmatic name, compared ignoring case: "KapUtil.CProprieta",
 // "ADODB.Connection", or a name for which the client registered a factory. Raises 429 for a name
 // that stands for nothing or for a class that cannot be created.
-[[nodiscard]] Ref<Object> createObject(std::u16string_view programmaticName);
+[[nodiscard]] KAPUTIL_EXPORT Ref<Object> createObject(std::u16string_view programmaticName);
 
 }  // namespace kap

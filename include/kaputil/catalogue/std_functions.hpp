@@ -5,6 +5,7 @@
 #include <kaputil/ado/recordset.hpp>
 #include <kaputil/automation/by_ref.hpp>
 #include <kaputil/automation/class_description.hpp>
+#include <kaputil/base/export.hpp>
 #include <kaputil/core/cerrore.hpp>
 #include <kaputil/core/cproprieta.hpp>
 
@@ -23,7 +24,7 @@ namespace kap {
 //     auto f = kap::make<kap::StdFunctions>();
 //     kap::Variant record;
 //     f->DB_Read(connection, u"SELECT * FROM Clienti WHERE Codice = 12", record);
-class StdFunctions final : public DescribedObject {
+class KAPUTIL_EXPORT StdFunctions final : public DescribedObject {
 public:
     static const ClassDescription& classDescription();
     [[nodiscard]] const ClassDescription& description() const override {

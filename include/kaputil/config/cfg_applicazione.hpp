@@ -1,12 +1,13 @@
 #pragma once
 
+#include <kaputil/base/export.hpp>
 #include <kaputil/config/cfg_applicazioni.hpp>
 #include <kaputil/config/cfg_procedure.hpp>
 
 namespace kap {
 
 // An application of a configuration.
-class CFG_Applicazione final : public LinkedObject {
+class KAPUTIL_EXPORT CFG_Applicazione final : public LinkedObject {
 public:
     CFG_Applicazione();
     static const ClassDescription& classDescription();

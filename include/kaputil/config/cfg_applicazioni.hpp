@@ -1,6 +1,7 @@
 #pragma once
 
 #include <kaputil/ado/connection.hpp>
+#include <kaputil/base/export.hpp>
 #include <kaputil/config/cfg_collection.hpp>
 
 namespace kap {
@@ -20,7 +21,7 @@ class CFG_Applicazione;
 // What the company and its groups changed is in a table with the text columns Gruppo, Applicazione,
 // Procedura, Modulo, Campo, Valore and Flag, the first five of which identify a row. The rows of
 // the group "DEFAULT" are for everybody.
-class CFG_Applicazioni final : public CfgCollection {
+class KAPUTIL_EXPORT CFG_Applicazioni final : public CfgCollection {
 public:
     static const ClassDescription& classDescription();
     [[nodiscard]] const ClassDescription& description() const override {

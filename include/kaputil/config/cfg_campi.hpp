@@ -1,5 +1,6 @@
 #pragma once
 
+#include <kaputil/base/export.hpp>
 #include <kaputil/config/cfg_collection.hpp>
 
 namespace kap {
@@ -7,7 +8,7 @@ namespace kap {
 class CFG_Campo;
 
 // The fields of a module, by name.
-class CFG_Campi final : public InnerCfgCollection {
+class KAPUTIL_EXPORT CFG_Campi final : public InnerCfgCollection {
 public:
     static const ClassDescription& classDescription();
     [[nodiscard]] const ClassDescription& description() const override {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <kaputil/base/export.hpp>
 #include <kaputil/config/cfg_campi.hpp>
 
 namespace kap {
@@ -8,7 +9,7 @@ namespace kap {
 //
 // Two texts have a meaning of their own, in exactly this form: "<non definito>" is a value or flag
 // that was never set, which reads as its default; "<nessuno>" is a default value that there is not.
-class CFG_Campo final : public LinkedObject {
+class KAPUTIL_EXPORT CFG_Campo final : public LinkedObject {
 public:
     static const ClassDescription& classDescription();
     [[nodiscard]] const ClassDescription& description() const override {

@@ -4,6 +4,7 @@
 
 #include <kaputil/automation/collection.hpp>
 #include <kaputil/automation/linked_object.hpp>
+#include <kaputil/base/export.hpp>
 
 namespace kap {
 
@@ -11,7 +12,7 @@ namespace kap {
 //
 // The whole tree lives as long as anybody holds one of its nodes, also one that was deleted from
 // its collection: it keeps its `Parent` and so its `Path`.
-class CfgCollection : public LinkedObject {
+class KAPUTIL_EXPORT CfgCollection : public LinkedObject {
 public:
     // The keyed collection itself, not a copy: it enumerates the elements in the order in which
     // they were added, and what is changed through it is changed here, without setting a `Parent`.
@@ -50,7 +51,7 @@ private:
 };
 
 // A collection that belongs to an element of the level above.
-class InnerCfgCollection : public CfgCollection {
+class KAPUTIL_EXPORT InnerCfgCollection : public CfgCollection {
 public:
     // The element that owns the collection, or an unset object.
     [[nodiscard]] Ref<Object> Parent() const;

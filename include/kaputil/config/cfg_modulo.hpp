@@ -1,12 +1,13 @@
 #pragma once
 
+#include <kaputil/base/export.hpp>
 #include <kaputil/config/cfg_campi.hpp>
 #include <kaputil/config/cfg_moduli.hpp>
 
 namespace kap {
 
 // A module of a procedure: the one that holds fields.
-class CFG_Modulo final : public LinkedObject {
+class KAPUTIL_EXPORT CFG_Modulo final : public LinkedObject {
 public:
     CFG_Modulo();
     static const ClassDescription& classDescription();

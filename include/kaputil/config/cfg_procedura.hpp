@@ -1,11 +1,12 @@
 #pragma once
 
+#include <kaputil/base/export.hpp>
 #include <kaputil/config/cfg_moduli.hpp>
 
 namespace kap {
 
 // A procedure of an application.
-class CFG_Procedura final : public LinkedObject {
+class KAPUTIL_EXPORT CFG_Procedura final : public LinkedObject {
 public:
     CFG_Procedura();
     static const ClassDescription& classDescription();

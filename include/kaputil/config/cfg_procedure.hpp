@@ -1,5 +1,6 @@
 #pragma once
 
+#include <kaputil/base/export.hpp>
 #include <kaputil/config/cfg_collection.hpp>
 
 namespace kap {
@@ -7,7 +8,7 @@ namespace kap {
 class CFG_Procedura;
 
 // The procedures of an application, by name.
-class CFG_Procedure final : public InnerCfgCollection {
+class KAPUTIL_EXPORT CFG_Procedure final : public InnerCfgCollection {
 public:
     static const ClassDescription& classDescription();
     [[nodiscard]] const ClassDescription& description() const override {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <kaputil/base/export.hpp>
 #include <kaputil/config/cfg_campo.hpp>
 #include <kaputil/core/cproprieta.hpp>
 
@@ -17,7 +18,7 @@ namespace kap {
 // which the field may refuse (-2147221503; the view keeps the attribute all the same), or in
 // default mode into its default value. Nothing goes to the database before the field's `Update`.
 // What others do to the field is seen at the next `Init`.
-class CFG_Stampa final : public DescribedObject {
+class KAPUTIL_EXPORT CFG_Stampa final : public DescribedObject {
 public:
     CFG_Stampa();
     static const ClassDescription& classDescription();

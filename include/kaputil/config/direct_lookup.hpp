@@ -2,6 +2,7 @@
 
 #include <kaputil/automation/by_ref.hpp>
 #include <kaputil/automation/variant.hpp>
+#include <kaputil/base/export.hpp>
 #include <kaputil/core/cproprieta.hpp>
 
 // One answer of a configuration table, for programs that have no tree.
@@ -16,8 +17,10 @@ namespace kap::config {
 // the search; "°°°", the default, leaves them open, while "" looks for an empty name. Names stand
 // in the statement as they are. Raises what the database raises: -2147217865 for a table that is
 // not there.
-[[nodiscard]] Ref<CProprieta> KapCFG(ByRef<Variant> connessione, const String& sPrefissoProgramma,
-                                     const String& sProcedura, const String& sApplicazione = u"°°°",
-                                     const String& sCampo = u"°°°");
+[[nodiscard]] KAPUTIL_EXPORT Ref<CProprieta> KapCFG(ByRef<Variant> connessione,
+                                                    const String& sPrefissoProgramma,
+                                                    const String& sProcedura,
+                                                    const String& sApplicazione = u"°°°",
+                                                    const String& sCampo = u"°°°");
 
 }  // namespace kap::config

@@ -3,6 +3,7 @@
 #include <cstdint>
 
 #include <kaputil/automation/class_description.hpp>
+#include <kaputil/base/export.hpp>
 
 namespace kap {
 
@@ -18,7 +19,7 @@ enum CostantiNumeriche : std::int32_t {
 
 // An empty class, which carries `CostantiNumeriche` into the list of public classes. A client knows
 // it and cannot create it.
-class CConstant final : public DescribedObject {
+class KAPUTIL_EXPORT CConstant final : public DescribedObject {
 public:
     static const ClassDescription& classDescription();
     [[nodiscard]] const ClassDescription& description() const override {

@@ -5,6 +5,7 @@
 #include <kaputil/automation/class_description.hpp>
 #include <kaputil/automation/string.hpp>
 #include <kaputil/automation/variant.hpp>
+#include <kaputil/base/export.hpp>
 #include <kaputil/core/cproprieta.hpp>
 
 namespace kap {
@@ -21,7 +22,7 @@ namespace kap {
 // ERR_MSG1, ERR_MSG2 and so on. `ToString` gives that string and `Init` takes it, so the object
 // travels as text. A new object holds the number 0 and an empty ERR_MSG1, which keeps the first
 // message right behind the number.
-class CErrore final : public DescribedObject {
+class KAPUTIL_EXPORT CErrore final : public DescribedObject {
 public:
     CErrore();
 

@@ -7,6 +7,7 @@
 #include <kaputil/automation/class_description.hpp>
 #include <kaputil/automation/string.hpp>
 #include <kaputil/automation/variant.hpp>
+#include <kaputil/base/export.hpp>
 
 namespace kap {
 
@@ -29,7 +30,7 @@ class TaggedText;
 //
 // Reading and writing by name take constant time however big the bag is. Only names that hold '<'
 // or '>' or begin with '/', and the rewriting of a name that occurs twice, look through all of it.
-class CProprieta final : public DescribedObject {
+class KAPUTIL_EXPORT CProprieta final : public DescribedObject {
 public:
     CProprieta();
     ~CProprieta() override;

@@ -2,6 +2,7 @@
 
 #include <kaputil/automation/by_ref.hpp>
 #include <kaputil/automation/class_description.hpp>
+#include <kaputil/base/export.hpp>
 #include <kaputil/core/cerrore.hpp>
 
 namespace kap {
@@ -10,7 +11,7 @@ namespace kap {
 //
 // A program's own classes derive from it and override what they offer; here every member does
 // nothing: reading gives Empty (an unset object for `Errore`), assigning discards the value.
-class IClassi : public DescribedObject {
+class KAPUTIL_EXPORT IClassi : public DescribedObject {
 public:
     static const ClassDescription& classDescription();
     [[nodiscard]] const ClassDescription& description() const override {

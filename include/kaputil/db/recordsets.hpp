@@ -5,6 +5,7 @@
 #include <kaputil/ado/recordset.hpp>
 #include <kaputil/automation/by_ref.hpp>
 #include <kaputil/automation/variant.hpp>
+#include <kaputil/base/export.hpp>
 
 // Opening and positioning recordsets: the one road by which the library reads the database.
 namespace kap::db {
@@ -22,26 +23,25 @@ namespace kap::db {
 // An unknown table (-2147217865) and an error in the command text (-2147217900) are raised at once.
 // After any other failure the opening is tried again, eleven times in all; the result then is a
 // closed recordset if both switches are off, and otherwise the first access to it raises 3704.
-[[nodiscard]] Ref<ado::Recordset> OpenRecordset(const String& sqlString, ByRef<Variant> connessione,
-                                                ByRef<std::int16_t> cursorType = -1,
-                                                ByRef<std::int16_t> lockType = -1,
-                                                ByRef<std::int16_t> options = -1,
-                                                ByRef<bool> deleteNull = true,
-                                                ByRef<bool> closeConnection = true,
-                                                ByRef<std::int16_t> cursorLocation = -1);
+[[nodiscard]] KAPUTIL_EXPORT Ref<ado::Recordset> OpenRecordset(
+    const String& sqlString, ByRef<Variant> connessione, ByRef<std::int16_t> cursorType = -1,
+    ByRef<std::int16_t> lockType = -1, ByRef<std::int16_t> options = -1,
+    ByRef<bool> deleteNull = true, ByRef<bool> closeConnection = true,
+    ByRef<std::int16_t> cursorLocation = -1);
 
 // Makes sure that `connessione` is an open connection: an object is left alone, a connection string
 // is opened and replaced by the connection. Raises what the opening raises.
-void ControllaConnessione(ByRef<Variant> connessione);
+KAPUTIL_EXPORT void ControllaConnessione(ByRef<Variant> connessione);
 
 // Moves a recordset, also one of another maker, to "FIRST" or "LAST" (any case), or to a row number
 // counted from 1. The result is always False; a movement that is not possible raises 3021.
-bool kapGoTo(ByRef<Ref<Object>> rst, const Variant& posizione);
+KAPUTIL_EXPORT bool kapGoTo(ByRef<Ref<Object>> rst, const Variant& posizione);
 
 // The next line number after the one that `sSQL` finds in its first column: the next multiple of
 // `nPasso` above it, a Double; `nInizio`, an Integer, when there is no line yet (Null). A step or a
 // start of 0 becomes 1. Raises 3021 when the query has no row.
-[[nodiscard]] Variant Riga_Prog(ByRef<Variant> connessione, ByRef<String> sSQL,
-                                ByRef<std::int16_t> nPasso = 1, ByRef<std::int16_t> nInizio = 1);
+[[nodiscard]] KAPUTIL_EXPORT Variant Riga_Prog(ByRef<Variant> connessione, ByRef<String> sSQL,
+                                               ByRef<std::int16_t> nPasso = 1,
+                                               ByRef<std::int16_t> nInizio = 1);
 
 }  // namespace kap::db

@@ -10,6 +10,8 @@
 #include <variant>
 #include <vector>
 
+#include <kaputil/base/export.hpp>
+
 // The embedded database by itself: one file that reads the Transact-SQL dialect, without
 // connections and recordsets. Everything is UTF-8.
 //
@@ -57,7 +59,7 @@ struct TableFacts {
 };
 
 // An error with the server's number, as scripts know it. `what()` is its text.
-class DatabaseError : public std::runtime_error {
+class KAPUTIL_EXPORT DatabaseError : public std::runtime_error {
 public:
     DatabaseError(int number, const std::string& text, int line, int severity)
         : std::runtime_error(text), number_(number), line_(line), severity_(severity) {}
@@ -81,7 +83,7 @@ struct DatabaseSettings {
 
 // One open database. Objects of several threads and processes may have the same file open; one
 // object belongs to one thread at a time. Closing undoes an open transaction.
-class EmbeddedDatabase {
+class KAPUTIL_EXPORT EmbeddedDatabase {
 public:
     // Opens a file, which is made when it is missing. ":memory:NAME" is a database that lives in
     // this process until its last object goes. Raises DatabaseError when it cannot be opened.

@@ -2,6 +2,7 @@
 
 #include <kaputil/automation/by_ref.hpp>
 #include <kaputil/automation/class_description.hpp>
+#include <kaputil/base/export.hpp>
 #include <kaputil/core/cerrore.hpp>
 
 namespace kap {
@@ -21,7 +22,7 @@ namespace kap {
 //
 // A folder of contacts is named by the path from its store, with "/" between: "Personale/Clienti".
 // "°°°" and the empty text stand for the client's own folder of contacts.
-class CEMail final : public DescribedObject {
+class KAPUTIL_EXPORT CEMail final : public DescribedObject {
 public:
     static const ClassDescription& classDescription();
     [[nodiscard]] const ClassDescription& description() const override {
@@ -96,8 +97,9 @@ private:
 namespace host {
 
 // A message made and shown by a new `CEMail`.
-void kapInviaEMail(const String& sDestinatario, const String& sOggetto, const String& sBody = {},
-                   const String& sBodyHtml = {}, const String& sFileAllegato = {});
+KAPUTIL_EXPORT void kapInviaEMail(const String& sDestinatario, const String& sOggetto,
+                                  const String& sBody = {}, const String& sBodyHtml = {},
+                                  const String& sFileAllegato = {});
 
 }  // namespace host
 }  // namespace kap

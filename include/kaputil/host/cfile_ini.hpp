@@ -4,12 +4,13 @@
 
 #include <kaputil/automation/by_ref.hpp>
 #include <kaputil/automation/class_description.hpp>
+#include <kaputil/base/export.hpp>
 
 namespace kap {
 
 // Reads and writes keys of profile files ("INI files"). How such a file is read and written, and
 // where a name without a folder leads, is told in <kaputil/platform/profile_file.hpp>.
-class CFileINI final : public DescribedObject {
+class KAPUTIL_EXPORT CFileINI final : public DescribedObject {
 public:
     static const ClassDescription& classDescription();
     [[nodiscard]] const ClassDescription& description() const override {

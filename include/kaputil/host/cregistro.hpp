@@ -2,6 +2,7 @@
 
 #include <kaputil/automation/by_ref.hpp>
 #include <kaputil/automation/class_description.hpp>
+#include <kaputil/base/export.hpp>
 #include <kaputil/core/cerrore.hpp>
 
 namespace kap {
@@ -16,7 +17,7 @@ namespace kap {
 // made here: it must be there.
 //
 // Where the host has no registry, <kaputil/platform/registry.hpp> says what stands for it.
-class CRegistro final : public DescribedObject {
+class KAPUTIL_EXPORT CRegistro final : public DescribedObject {
 public:
     static const ClassDescription& classDescription();
     [[nodiscard]] const ClassDescription& description() const override {

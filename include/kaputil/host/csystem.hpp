@@ -1,11 +1,12 @@
 #pragma once
 
 #include <kaputil/automation/class_description.hpp>
+#include <kaputil/base/export.hpp>
 
 namespace kap {
 
 // The host's system folder.
-class CSystem final : public DescribedObject {
+class KAPUTIL_EXPORT CSystem final : public DescribedObject {
 public:
     static const ClassDescription& classDescription();
     [[nodiscard]] const ClassDescription& description() const override {

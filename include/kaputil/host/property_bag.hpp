@@ -8,6 +8,7 @@
 #include <kaputil/automation/class_description.hpp>
 #include <kaputil/automation/object.hpp>
 #include <kaputil/automation/variant.hpp>
+#include <kaputil/base/export.hpp>
 
 namespace kap {
 
@@ -22,7 +23,7 @@ namespace kap {
 // plain value or a reference); one that is not there is made by assigning it, and raises 438 when
 // it is read. Arguments for a property are for the default member of the object that it holds, and
 // raise 450 when it holds none.
-class PropertyBag final : public Object {
+class KAPUTIL_EXPORT PropertyBag final : public Object {
 public:
     // `className` is what the object says it is; `defaultProperty` names the property that stands
     // for the object where a plain value is wanted, none when it is empty.

@@ -6,6 +6,7 @@
 #include <kaputil/automation/by_ref.hpp>
 #include <kaputil/automation/string.hpp>
 #include <kaputil/automation/variant.hpp>
+#include <kaputil/base/export.hpp>
 
 namespace kap::host {
 
@@ -33,8 +34,9 @@ using ExportProgress = std::function<void(std::int64_t done, std::int64_t all)>;
 // that is to be used and is not there. Everything else raises: the errors of the file-system object
 // and of the query, and -2147217833 for a value that does not fit into its column; its text names
 // the row and the column. The file may then be empty or written in part.
-bool EsportaTXT(ByRef<String> stringaSql, ByRef<Variant> connessione, ByRef<String> sNomeTxt,
-                ByRef<String> sPathTxt, ByRef<bool> lRicreoSchemaIni = true,
-                const ExportProgress& progress = {});
+KAPUTIL_EXPORT bool EsportaTXT(ByRef<String> stringaSql, ByRef<Variant> connessione,
+                               ByRef<String> sNomeTxt, ByRef<String> sPathTxt,
+                               ByRef<bool> lRicreoSchemaIni = true,
+                               const ExportProgress& progress = {});
 
 }  // namespace kap::host

@@ -4,6 +4,7 @@
 
 #include <kaputil/automation/by_ref.hpp>
 #include <kaputil/automation/variant.hpp>
+#include <kaputil/base/export.hpp>
 #include <kaputil/core/cerrore.hpp>
 
 // Progressive numbers of documents, without duplicates however many programs take them.
@@ -47,21 +48,19 @@ namespace kap::numbering {
 // are tried again up to five attempts (one when an exact number has to be stored) and then told in
 // `errore`; a number that is stored as it is gets no second attempt. Raises 94 when a Null counter
 // is to be written or compared with numbers in use.
-[[nodiscard]] Variant Progressivi(const String& sTipoDoc, const String& cDefinitivoProvvisorio,
-                                  const String& cLeggoScrivo, std::int16_t nAnno, double nNumero,
-                                  ByRef<Variant> connessione, const String& sTipoProgressivo,
-                                  const String& sAliasTabDoc, std::int16_t gestionePrenotati,
-                                  Ref<CErrore>& errore);
+[[nodiscard]] KAPUTIL_EXPORT Variant Progressivi(
+    const String& sTipoDoc, const String& cDefinitivoProvvisorio, const String& cLeggoScrivo,
+    std::int16_t nAnno, double nNumero, ByRef<Variant> connessione, const String& sTipoProgressivo,
+    const String& sAliasTabDoc, std::int16_t gestionePrenotati, Ref<CErrore>& errore);
 
 // The same in its earlier form, for programs built against it. It knows nothing of reservations and
 // numbers in use, so every number taken is the counter's last one plus one, with up to five
 // attempts. By document type a provisional number is looked at in n_Prov whatever GestProvv says,
 // and on a counter without provisional sequence a provisional number taken stores `nNumero` into
 // n_Def.
-[[nodiscard]] Variant Progressivi_OLD(const String& sTipoDoc, const String& cDefinitivoProvvisorio,
-                                      const String& cLeggoScrivo, std::int16_t nAnno,
-                                      double nNumero, ByRef<Variant> connessione,
-                                      const String& sTipoProgressivo, const String& sAliasTabDoc,
-                                      Ref<CErrore>& errore);
+[[nodiscard]] KAPUTIL_EXPORT Variant Progressivi_OLD(
+    const String& sTipoDoc, const String& cDefinitivoProvvisorio, const String& cLeggoScrivo,
+    std::int16_t nAnno, double nNumero, ByRef<Variant> connessione, const String& sTipoProgressivo,
+    const String& sAliasTabDoc, Ref<CErrore>& errore);
 
 }  // namespace kap::numbering

@@ -10,6 +10,7 @@
 #include <kaputil/automation/by_ref.hpp>
 #include <kaputil/automation/string.hpp>
 #include <kaputil/automation/variant.hpp>
+#include <kaputil/base/export.hpp>
 
 // The register of document numbers: whether every number of a counter and year can be accounted
 // for. It lists the numbers from 1 to the counter's definitive value with who carries each, and
@@ -132,16 +133,17 @@ struct RegisterRequest {
 // counters must be there. Of the others each may be missing in a database whose programs do not
 // need it, and the columns mag_TDocumenti.Data and MC_Registrazione, too; what they would show is
 // then left out. Raises the database's errors, and 13 for a number or year that is none.
-[[nodiscard]] std::vector<NumberRegister> readRegisters(ByRef<Variant> connessione,
-                                                        const RegisterRequest& request = {});
+[[nodiscard]] KAPUTIL_EXPORT std::vector<NumberRegister> readRegisters(
+    ByRef<Variant> connessione, const RegisterRequest& request = {});
 
 // The names that programs know them by: "missing", "entryWithoutDocument", "document".
-[[nodiscard]] std::string_view nameOf(NumberState state);
-[[nodiscard]] std::string_view nameOf(AnomalyKind kind);
-[[nodiscard]] std::string_view nameOf(CarrierKind kind);
+[[nodiscard]] KAPUTIL_EXPORT std::string_view nameOf(NumberState state);
+[[nodiscard]] KAPUTIL_EXPORT std::string_view nameOf(AnomalyKind kind);
+[[nodiscard]] KAPUTIL_EXPORT std::string_view nameOf(CarrierKind kind);
 
 // The lines of a register: every number from 1 to the definitive value, and what is carried outside
 // of that, by number.
-[[nodiscard]] std::vector<RegisterLine> linesOf(const NumberRegister& numberRegister);
+[[nodiscard]] KAPUTIL_EXPORT std::vector<RegisterLine> linesOf(
+    const NumberRegister& numberRegister);
 
 }  // namespace kap::numbering

@@ -2,6 +2,7 @@
 
 #include <kaputil/automation/by_ref.hpp>
 #include <kaputil/automation/variant.hpp>
+#include <kaputil/base/export.hpp>
 
 namespace kap::numbering {
 
@@ -22,8 +23,10 @@ namespace kap::numbering {
 // Everything stands in the statement as it is given, between single quotes. Raises the database's
 // errors, also for any other `ricerca`, which makes no statement, and for a table that the program
 // does not have; 6 for more than 32,767 rows.
-[[nodiscard]] Variant RicercaNumeriDocPre(ByRef<Variant> connessione, const String& progressivo,
-                                          const String& anno, double daNumero, double aNumero,
-                                          const String& ricerca = u"T");
+[[nodiscard]] KAPUTIL_EXPORT Variant RicercaNumeriDocPre(ByRef<Variant> connessione,
+                                                         const String& progressivo,
+                                                         const String& anno, double daNumero,
+                                                         double aNumero,
+                                                         const String& ricerca = u"T");
 
 }  // namespace kap::numbering

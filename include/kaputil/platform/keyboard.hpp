@@ -3,6 +3,8 @@
 #include <cstdint>
 #include <span>
 
+#include <kaputil/base/export.hpp>
+
 namespace kap::platform {
 
 // The keys that the library presses, by their virtual-key codes.
@@ -23,6 +25,6 @@ enum class VirtualKey : std::uint8_t {
 // Presses the keys in their order and releases them in reverse, for whatever window has the
 // keyboard. Where there is no screen, or it takes no such events, nothing is pressed, a warning
 // goes to the message log, and nothing is raised.
-void pressTogether(std::span<const VirtualKey> keys);
+KAPUTIL_EXPORT void pressTogether(std::span<const VirtualKey> keys);
 
 }  // namespace kap::platform

@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include <kaputil/automation/string.hpp>
+#include <kaputil/base/export.hpp>
 
 // Profile files ("INI files"): sections in brackets, and in each lines of a key, '=' and a value.
 //
@@ -16,9 +17,10 @@ namespace kap::platform {
 // The value of a key without the blanks and the pair of quotes around it, cut to one character less
 // than `capacity`. `otherwise`, without the blanks behind it, when the file, the section or the key
 // is not there, or the file cannot be read.
-[[nodiscard]] String readProfile(std::u16string_view section, std::u16string_view key,
-                                 std::u16string_view otherwise, std::size_t capacity,
-                                 std::u16string_view file);
+[[nodiscard]] KAPUTIL_EXPORT String readProfile(std::u16string_view section,
+                                                std::u16string_view key,
+                                                std::u16string_view otherwise, std::size_t capacity,
+                                                std::u16string_view file);
 
 // Writes a key in its place, or at the end of its section, or in a new section at the end of the
 // file, which is made when it is missing. Everything else in the file stays as it is: comments,
@@ -27,12 +29,12 @@ namespace kap::platform {
 //
 // False, and nothing written, when a name or the value cannot stand in such a file (line breaks,
 // '=' in a key, characters that the file's encoding lacks) or the file cannot be written.
-[[nodiscard]] bool writeProfile(std::u16string_view section, std::u16string_view key,
-                                std::u16string_view value, std::u16string_view file);
+[[nodiscard]] KAPUTIL_EXPORT bool writeProfile(std::u16string_view section, std::u16string_view key,
+                                               std::u16string_view value, std::u16string_view file);
 
 // The same, raising why it cannot be written: 5 for a name or a value that cannot stand in such a
 // file, or the file-system object's errors.
-void changeProfile(std::u16string_view section, std::u16string_view key, std::u16string_view value,
-                   std::u16string_view file);
+KAPUTIL_EXPORT void changeProfile(std::u16string_view section, std::u16string_view key,
+                                  std::u16string_view value, std::u16string_view file);
 
 }  // namespace kap::platform

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include <kaputil/automation/string.hpp>
+#include <kaputil/base/export.hpp>
 
 // The registry: keys in a tree, each with named values of many types.
 //
@@ -41,45 +42,47 @@ struct NamedValue {
 
 // Values made of a text and of a number, and the text of one of type text: without the NUL at its
 // end.
-[[nodiscard]] Value textValue(std::u16string_view text);
-[[nodiscard]] Value numberValue(std::int32_t number);
-[[nodiscard]] String textOf(const Value& value);
-[[nodiscard]] std::int32_t numberOf(const Value& value);
+[[nodiscard]] KAPUTIL_EXPORT Value textValue(std::u16string_view text);
+[[nodiscard]] KAPUTIL_EXPORT Value numberValue(std::int32_t number);
+[[nodiscard]] KAPUTIL_EXPORT String textOf(const Value& value);
+[[nodiscard]] KAPUTIL_EXPORT std::int32_t numberOf(const Value& value);
 
 // The name of the root with this predefined handle (-2147483647 is HKEY_CURRENT_USER); nullopt for
 // any other number.
-[[nodiscard]] std::optional<String> rootName(std::int32_t handle);
+[[nodiscard]] KAPUTIL_EXPORT std::optional<String> rootName(std::int32_t handle);
 
-[[nodiscard]] bool hasKey(std::u16string_view key);
+[[nodiscard]] KAPUTIL_EXPORT bool hasKey(std::u16string_view key);
 // The value; nullopt when the key or the value is not there.
-[[nodiscard]] std::optional<Value> value(std::u16string_view key, std::u16string_view name);
+[[nodiscard]] KAPUTIL_EXPORT std::optional<Value> value(std::u16string_view key,
+                                                        std::u16string_view name);
 
 // The names of the keys right below a key and its values, in the order of the store. Empty when the
 // key is not there. Of the empty path the keys are the roots.
-[[nodiscard]] std::vector<String> keysBelow(std::u16string_view key);
-[[nodiscard]] std::vector<NamedValue> valuesOf(std::u16string_view key);
+[[nodiscard]] KAPUTIL_EXPORT std::vector<String> keysBelow(std::u16string_view key);
+[[nodiscard]] KAPUTIL_EXPORT std::vector<NamedValue> valuesOf(std::u16string_view key);
 
 // Sets a value of a key; false, and nothing written, when the key is not there.
-[[nodiscard]] bool setValue(std::u16string_view key, std::u16string_view name, const Value& value);
+[[nodiscard]] KAPUTIL_EXPORT bool setValue(std::u16string_view key, std::u16string_view name,
+                                           const Value& value);
 
 // Makes a key and those above it; false when it was there.
-bool createKey(std::u16string_view key);
+KAPUTIL_EXPORT bool createKey(std::u16string_view key);
 
 // Removes a key with everything below it, or one of its values; false when it was not there. A root
 // cannot be removed (5).
-bool deleteKey(std::u16string_view key);
-bool deleteValue(std::u16string_view key, std::u16string_view name);
+KAPUTIL_EXPORT bool deleteKey(std::u16string_view key);
+KAPUTIL_EXPORT bool deleteValue(std::u16string_view key, std::u16string_view name);
 
 // Does what a registration text says: sets values, makes keys, removes those with a '-'. It may be
 // in UTF-8, in UTF-16 or, in the older form, in code page 1252. Raises 5, and changes nothing, for
 // a text that is none; the description names the line.
-void importText(std::string_view bytes);
+KAPUTIL_EXPORT void importText(std::string_view bytes);
 
 // A key with everything below it, or with an empty path everything, as a registration text in
 // UTF-8. Raises 76 when the key is not there.
-[[nodiscard]] std::string exportText(std::u16string_view key);
+[[nodiscard]] KAPUTIL_EXPORT std::string exportText(std::u16string_view key);
 
 // The same in the bytes that registry editors read: UTF-16 with CR LF.
-[[nodiscard]] std::string exportForEditors(std::u16string_view key);
+[[nodiscard]] KAPUTIL_EXPORT std::string exportForEditors(std::u16string_view key);
 
 }  // namespace kap::platform::registry

@@ -7,6 +7,7 @@
 #include <kaputil/automation/class_description.hpp>
 #include <kaputil/automation/string.hpp>
 #include <kaputil/automation/variant.hpp>
+#include <kaputil/base/export.hpp>
 #include <kaputil/core/cerrore.hpp>
 #include <kaputil/core/cproprieta.hpp>
 
@@ -27,7 +28,7 @@ namespace kap {
 //
 // A fresh object has no connection: give it one with `ActiveConnection`, which stays the client's,
 // or a connection string with `ConnectionString`; what that opens is closed when the object ends.
-class CSQL final : public DescribedObject {
+class KAPUTIL_EXPORT CSQL final : public DescribedObject {
 public:
     CSQL();
     ~CSQL() override;

@@ -73,7 +73,7 @@ SQL_TIMESTAMP_STRUCT stampOf(const std::string& text) {
 }
 
 std::string shownStamp(const SQL_TIMESTAMP_STRUCT& stamp) {
-    std::array<char, 40> text{};
+    std::array<char, 64> text{};
     std::snprintf(text.data(), text.size(), "%04d-%02u-%02u %02u:%02u:%02u.%06u", stamp.year,
                   stamp.month, stamp.day, stamp.hour, stamp.minute, stamp.second,
                   static_cast<unsigned>(stamp.fraction / 1000));
