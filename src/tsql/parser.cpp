@@ -35,6 +35,11 @@ std::vector<std::string> parseNames(std::string_view text) {
     return Parser(text, tokenize(text), options).wholeNames();
 }
 
+SequenceStatement parseSequenceOptions(std::string_view text) {
+    const ParseOptions options;
+    return Parser(text, tokenize(text), options).wholeSequence();
+}
+
 Parser::Level::Level(Parser& parser) : parser_(parser) {
     const int line = parser_.peek().line;
     if (parser_.nesting_ >= kMaxNesting) throw nestedTooDeeply(line);

@@ -48,6 +48,9 @@ struct ParseOptions {
 // Reads a list of names, "[a], [b]".
 [[nodiscard]] std::vector<std::string> parseNames(std::string_view text);
 
+// Reads the options of a sequence as they stand behind its name: "AS int START WITH 1".
+[[nodiscard]] SequenceStatement parseSequenceOptions(std::string_view text);
+
 // Reads the text of a type as typeText() writes it: "varchar(20)". Throws ServerError when it is
 // not a type.
 [[nodiscard]] TypeSpec parseType(std::string_view text);

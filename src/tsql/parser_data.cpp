@@ -1,5 +1,6 @@
 #include <utility>
 
+#include "base/restored.hpp"
 #include "tsql/parser_state.hpp"
 #include "tsql/server_error.hpp"
 
@@ -24,9 +25,11 @@ ValueOrDefault Parser::valueOrDefault() {
 std::optional<OutputClause> Parser::outputClause() {
     if (!acceptKeyword("OUTPUT")) return std::nullopt;
     OutputClause result;
+    const std::size_t draws = draws_;
     do {
         result.items.push_back(selectItem());
     } while (acceptOperator(","));
+    refuseDraws(draws, Message::DrawInClause);
     if (!acceptKeyword("INTO")) return result;
     result.into = tableName();
     if (atOperator("(") && !atQuery()) result.columns = nameList();
@@ -137,12 +140,17 @@ UpdateStatement Parser::updateStatement() {
     result.table = writtenName();
     tableHints(HintsStand::Anywhere);
     expectKeyword("SET");
-    do {
-        result.assignments.push_back(assignment());
-    } while (acceptOperator(","));
+    {
+        const Restored order(orderRefused_, true);
+        do {
+            result.assignments.push_back(assignment());
+        } while (acceptOperator(","));
+    }
     result.output = outputClause();
+    const std::size_t draws = draws_;
     if (atKeyword("FROM")) result.from = fromClause();
     result.where = writtenRows(result.assignments);
+    refuseDraws(draws, Message::DrawInClause);
     result.maxRecursion = queryHints();
     return result;
 }
@@ -169,8 +177,10 @@ DeleteStatement Parser::deleteStatement() {
     result.table = writtenName();
     tableHints(HintsStand::Anywhere);
     result.output = outputClause();
+    const std::size_t draws = draws_;
     if (atKeyword("FROM")) result.from = fromClause();
     result.where = writtenRows({});
+    refuseDraws(draws, Message::DrawInClause);
     result.maxRecursion = queryHints();
     return result;
 }

@@ -21,6 +21,8 @@ Statement::Node Parser::createStatement() {
                        atKeyword("INDEX");
     if (index) return createIndex();
     if (atKeyword("SCHEMA")) return createSchema();
+    if (acceptKeyword("SEQUENCE")) return createSequence();
+    if (acceptKeyword("SYNONYM")) return createSynonym();
     for (const char* word : {"STATISTICS", "LOGIN", "USER", "ROLE"}) {
         if (atKeyword(word)) return noEffect(std::string("CREATE ") + word);
     }
@@ -32,6 +34,7 @@ Statement::Node Parser::alterStatement() {
     if (acceptKeyword("TABLE")) return alterTable();
     if (atModule()) return module(Making::Alter);
     if (acceptKeyword("SCHEMA")) return alterSchema();
+    if (acceptKeyword("SEQUENCE")) return alterSequence();
     if (acceptKeyword("DATABASE")) return databaseStatement(DatabaseAction::Alter);
     for (const char* word : {"AUTHORIZATION", "LOGIN", "USER", "ROLE"}) {
         if (atKeyword(word)) return noEffect(std::string("ALTER ") + word);
@@ -46,7 +49,8 @@ Statement::Node Parser::dropStatement() {
         {"PROCEDURE", ObjectKind::Procedure}, {"PROC", ObjectKind::Procedure},
         {"FUNCTION", ObjectKind::Function},   {"TRIGGER", ObjectKind::Trigger},
         {"INDEX", ObjectKind::Index},         {"TYPE", ObjectKind::Type},
-        {"SCHEMA", ObjectKind::Schema}};
+        {"SCHEMA", ObjectKind::Schema},       {"SEQUENCE", ObjectKind::Sequence},
+        {"SYNONYM", ObjectKind::Synonym}};
     if (acceptKeyword("DATABASE")) {
         if (acceptKeyword("IF")) expectKeyword("EXISTS");
         return databaseStatement(DatabaseAction::Drop);

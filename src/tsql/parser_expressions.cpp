@@ -216,7 +216,7 @@ ExpressionPtr Parser::wordExpression() {
     if ((atKeyword("PARSE") || atKeyword("TRY_PARSE")) && atOperator("(", 1)) return parseCall();
     if (atKeyword("IIF") && atOperator("(", 1)) return iifCall();
     if (atKeyword("CHOOSE") && atOperator("(", 1)) return chooseCall();
-    if (atKeyword("NEXT") && atKeyword("VALUE", 1)) refuse("NEXT VALUE FOR");
+    if (atKeyword("NEXT") && atKeyword("VALUE", 1)) return nextValue();
     if (atKeyword("IDENTITYCOL")) {
         const int line = next().line;
         return make(ColumnReference{{{"$IDENTITY"}, line}}, line);
@@ -251,6 +251,7 @@ ExpressionPtr Parser::nameOrCall() {
 ExpressionPtr Parser::call(ObjectName name) {
     const int line = name.line;
     FunctionCall result{std::move(name), {}};
+    const std::size_t draws = draws_;
     expectOperator("(");
     if (acceptOperator("*")) {
         result.star = true;
@@ -261,6 +262,7 @@ ExpressionPtr Parser::call(ObjectName name) {
         result.arguments = stored ? functionArguments() : valueList();
     }
     expectOperator(")");
+    if (draws_ != draws) refuseDrawsOf(result.name, draws);
     if (atKeyword("WITHIN") && atKeyword("GROUP", 1)) {
         next();
         next();
@@ -305,6 +307,7 @@ std::vector<ExpressionPtr> Parser::valueList() {
 
 ExpressionPtr Parser::caseExpression() {
     const int line = next().line;
+    const std::size_t draws = draws_;
     CaseExpression result;
     int below = 0;
     const auto measured = [&below](ExpressionPtr part) {
@@ -322,6 +325,7 @@ ExpressionPtr Parser::caseExpression() {
     if (result.branches.empty()) unexpected();
     if (acceptKeyword("ELSE")) result.otherwise = measured(value());
     expectKeyword("END");
+    refuseDraws(draws, Message::DrawInChoice);
     return make(std::move(result), line, below);
 }
 
@@ -333,6 +337,7 @@ ExpressionPtr Parser::tried(ExpressionPtr cast) {
 // IIF(condition, a, b) is CASE WHEN condition THEN a ELSE b END.
 ExpressionPtr Parser::iifCall() {
     const int line = next().line;
+    const std::size_t draws = draws_;
     CaseExpression result;
     expectOperator("(");
     CaseBranch branch;
@@ -342,6 +347,7 @@ ExpressionPtr Parser::iifCall() {
     expectOperator(",");
     result.otherwise = value();
     expectOperator(")");
+    refuseDraws(draws, Message::DrawInChoice);
     const int below = std::max({branch.when->depth, branch.then->depth, result.otherwise->depth});
     result.branches.push_back(std::move(branch));
     return make(std::move(result), line, below);
@@ -350,6 +356,7 @@ ExpressionPtr Parser::iifCall() {
 // CHOOSE(n, a, b...) is CASE n WHEN 1 THEN a WHEN 2 THEN b... END.
 ExpressionPtr Parser::chooseCall() {
     const int line = next().line;
+    const std::size_t draws = draws_;
     CaseExpression result;
     expectOperator("(");
     result.subject = value();
@@ -364,6 +371,7 @@ ExpressionPtr Parser::chooseCall() {
     }
     if (result.branches.empty()) unexpected();
     expectOperator(")");
+    refuseDraws(draws, Message::DrawInChoice);
     return make(std::move(result), line, below);
 }
 

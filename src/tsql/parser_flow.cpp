@@ -160,7 +160,9 @@ Statement::Node Parser::tryStatement() {
 
 Statement::Node Parser::returnStatement() {
     ReturnStatement result;
+    const std::size_t draws = draws_;
     if (!atStatement()) result.value = value();
+    refuseDraws(draws, Message::DrawNotHere);
     return result;
 }
 

@@ -51,6 +51,7 @@ void checkAction(const MergeStatement& merge, const MergeAction& action) {
 
 MergeStatement Parser::mergeStatement() {
     MergeStatement result;
+    const std::size_t draws = draws_;
     result.top = optionalTop();
     acceptKeyword("INTO");
     result.table = tableName();
@@ -69,6 +70,7 @@ MergeStatement Parser::mergeStatement() {
     if (result.actions.empty()) unexpected();
     result.output = outputClause();
     result.maxRecursion = queryHints();
+    refuseDraws(draws, Message::DrawInMerge);
     if (!atOperator(";")) {
         throw ServerError(Message::MergeWithoutSemicolon, {}, peek().line);
     }

@@ -53,7 +53,9 @@ CreateViewStatement Parser::viewDefinition() {
     if (atOperator("(")) result.columns = nameList();
     moduleOptions();
     expectKeyword("AS");
+    const std::size_t draws = draws_;
     result.query = query();
+    refuseDraws(draws, Message::DrawNotHere);
     if (acceptKeyword("WITH")) {
         expectKeyword("CHECK");
         expectKeyword("OPTION");
@@ -139,12 +141,14 @@ Statement::Node Parser::createProcedure(Making making) {
 Statement::Node Parser::createFunction(Making making) {
     requireFirst("CREATE/ALTER FUNCTION");
     CreateModuleStatement result = moduleOf(ModuleKind::Function, making);
+    const std::size_t draws = draws_;
     expectOperator("(");
     result.parameters = parameterDefinitions();
     expectOperator(")");
     expectKeyword("RETURNS");
     if (atKeyword("TABLE") || peek().kind == TokenKind::Variable) {
         tableFunction(result);
+        refuseDraws(draws, Message::DrawNotHere);
         acceptOperator(";");
         if (!atEnd()) unexpected();
         return result;
@@ -155,6 +159,7 @@ Statement::Node Parser::createFunction(Making making) {
     if (!atKeyword("BEGIN")) unexpected();
     result.body = std::make_shared<Script>();
     result.body->push_back(statement());
+    refuseDraws(draws, Message::DrawNotHere);
     acceptOperator(";");
     if (!atEnd()) unexpected();
     return result;

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "base/restored.hpp"
 #include "tsql/parser_state.hpp"
 #include "tsql/server_error.hpp"
 
@@ -39,6 +40,9 @@ QueryPtr Parser::bracketedQuery() {
 QueryPtr Parser::query() {
     const Level level(*this);
     const int outerDeepest = std::exchange(deepest_, 0);
+    const Restored inner(queries_, queries_ + 1);
+    const std::size_t draws = draws_;
+    const std::size_t unordered = unorderedDraws_;
     auto result = std::make_unique<Query>();
     result->line = peek().line;
     result->commonTables = commonTables();
@@ -58,6 +62,7 @@ QueryPtr Parser::query() {
         result->orderBy = orderItems();
     }
     queryEnding(*result);
+    if (draws_ != draws) refuseDraws(*result, draws, unordered);
     if (deepest_ >= kMaxNesting) throw nestedTooDeeply(result->line);
     result->depth = deepest_ + 1;
     deepest_ = std::max(outerDeepest, result->depth);
@@ -127,12 +132,16 @@ Select Parser::select() {
     expectKeyword("SELECT");
     result.distinct = acceptKeyword("DISTINCT");
     if (!result.distinct) acceptKeyword("ALL");
+    const std::size_t before = draws_;
     if (atKeyword("TOP")) result.top = topClause();
+    refuseDraws(before, Message::DrawInClause);
     do {
         result.items.push_back(selectItem());
     } while (acceptOperator(","));
     if (acceptKeyword("INTO")) result.into = objectName();
+    const std::size_t drawn = draws_;
     selectTail(result);
+    refuseDraws(drawn, Message::DrawInClause);
     return result;
 }
 
@@ -213,6 +222,7 @@ std::string Parser::optionalItemAlias() {
 }
 
 std::vector<OrderItem> Parser::orderItems() {
+    const std::size_t draws = draws_;
     std::vector<OrderItem> items;
     do {
         OrderItem item;
@@ -221,6 +231,7 @@ std::vector<OrderItem> Parser::orderItems() {
         if (!item.descending) acceptKeyword("ASC");
         items.push_back(std::move(item));
     } while (acceptOperator(","));
+    refuseDraws(draws, Message::DrawInClause);
     return items;
 }
 

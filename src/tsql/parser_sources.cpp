@@ -145,7 +145,9 @@ TableSourcePtr Parser::functionSource(ObjectName name, int line) {
     FunctionTable function;
     function.name = std::move(name);
     expectOperator("(");
+    const std::size_t draws = draws_;
     if (!atOperator(")")) function.arguments = functionArguments();
+    refuseDraws(draws, Message::DrawAsTableArgument);
     expectOperator(")");
     if (atKeyword("WITH") && atOperator("(", 1)) refuse(function.name.text() + " WITH");
     function.alias = optionalTableAlias();

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "base/ascii.hpp"
+#include "tsql/messages.hpp"
 #include "tsql/parser.hpp"
 #include "tsql/statements.hpp"
 #include "tsql/token.hpp"
@@ -28,7 +29,8 @@ namespace kap::tsql {
 //     parser_expressions.cpp   expressions; parser_predicates.cpp conditions
 //     parser_data.cpp          INSERT, UPDATE, DELETE; parser_merge.cpp MERGE
 //     parser_tables.cpp        CREATE and ALTER TABLE; parser_types.cpp the types of columns
-//     parser_definitions.cpp   other CREATE, ALTER and DROP; parser_schemas.cpp schemas
+//     parser_definitions.cpp   other CREATE, ALTER and DROP; parser_schemas.cpp schemas,
+//                              parser_sequences.cpp sequences and synonyms
 //     parser_modules.cpp       procedures, functions, triggers
 class Parser {
 public:
@@ -49,6 +51,7 @@ public:
     TypeSpec wholeType();
     ObjectName wholeName();
     CreateTableStatement wholeTableBody(const std::string& name);
+    SequenceStatement wholeSequence();
     std::vector<std::string> wholeNames();
     std::vector<ParameterDefinition> wholeParameters();
 
@@ -145,6 +148,11 @@ private:
     ExpressionPtr typeAsValue(int line);
     ExpressionPtr parseCall();
     ExpressionPtr identityCall();
+    ExpressionPtr nextValue();
+    // NEXT VALUE FOR stands in what was read since there were so many of them.
+    void refuseDraws(std::size_t before, Message message) const;
+    void refuseDrawsOf(const ObjectName& function, std::size_t before) const;
+    void refuseDraws(const Query& query, std::size_t before, std::size_t unordered) const;
     ExpressionPtr castCall();
     static ExpressionPtr tried(ExpressionPtr cast);
     ExpressionPtr escaped();
@@ -293,6 +301,16 @@ private:
     Statement::Node dropIndex(bool ifExists);
     Statement::Node createIndex();
     Statement::Node createType();
+    Statement::Node createSequence();
+    Statement::Node alterSequence();
+    void sequenceOptions(SequenceStatement& sequence);
+    bool sequenceOption(SequenceStatement& sequence, std::vector<std::string>& said);
+    bool sequenceLimit(const char* word, SequenceLimit& limit, std::vector<std::string>& said);
+    bool sequenceSwitch(const char* word, std::optional<bool>& choice,
+                        std::vector<std::string>& said);
+    void sayOnce(const char* argument, std::vector<std::string>& said) const;
+    std::int64_t sequenceNumber(const char* argument);
+    Statement::Node createSynonym();
     Statement::Node createSchema();
     Statement schemaElement(const std::string& schema);
     Statement::Node alterSchema();
@@ -375,9 +393,16 @@ private:
     std::size_t position_ = 0;
     std::vector<std::string> declared_;  // variables, so far
     int nesting_ = 0;                    // of the rules being read
-    int deepest_ = 0;    // depth of the deepest expression or source made in the present query
-    int loops_ = 0;      // WHILE around the present statement
-    bool first_ = true;  // no statement has been read
+    int deepest_ = 0;  // depth of the deepest expression or source made in the present query
+    int loops_ = 0;    // WHILE around the present statement
+    int queries_ = 0;  // around the present place
+    // NEXT VALUE FOR, so far: all, those without OVER, and the line of the last one.
+    std::size_t draws_ = 0;
+    std::size_t unorderedDraws_ = 0;
+    int drawLine_ = 1;
+    bool inDefault_ = false;     // of a column
+    bool orderRefused_ = false;  // of NEXT VALUE FOR
+    bool first_ = true;          // no statement has been read
     bool inTrigger_ = false;
     bool aliasNullable_ = true;  // of the alias type that was read last
 };

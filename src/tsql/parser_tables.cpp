@@ -2,6 +2,7 @@
 #include <array>
 #include <utility>
 
+#include "base/restored.hpp"
 #include "tsql/parser_state.hpp"
 #include "tsql/server_error.hpp"
 
@@ -190,7 +191,9 @@ CheckConstraint Parser::checkConstraint(std::string name) {
     }
     const std::size_t start = position_;
     expectOperator("(");
+    const std::size_t draws = draws_;
     check.condition = condition();
+    refuseDraws(draws, Message::DrawNotHere);
     expectOperator(")");
     check.text = sourceText(start);
     return check;
@@ -200,7 +203,11 @@ DefaultOption Parser::defaultOption(std::string name) {
     DefaultOption option;
     option.constraintName = std::move(name);
     const std::size_t start = position_;
-    option.value = value();
+    {
+        const Restored here(inDefault_, true);
+        const Restored order(orderRefused_, true);
+        option.value = value();
+    }
     option.text = sourceText(start);
     if (atKeyword("WITH") && atKeyword("VALUES", 1)) {
         next();
@@ -236,7 +243,9 @@ void Parser::columnDefinition(TableElements& table) {
 
 void Parser::computedColumn(ColumnDefinition& column) {
     const std::size_t start = position_;
+    const std::size_t draws = draws_;
     column.computed = value();
+    refuseDraws(draws, Message::DrawNotHere);
     column.computedText = sourceText(start);
     acceptKeyword("PERSISTED");
 }

@@ -10,6 +10,7 @@
 #include "tsql/syntax.hpp"
 
 // The statements of the dialect, as the parser reads them.
+// length: a list of plain nodes, which is looked through as one
 namespace kap::tsql {
 
 struct Statement;
@@ -41,13 +42,35 @@ struct Argument {
     bool output = false;
 };
 
+// A column of WITH RESULT SETS.
+struct ResultSetColumn {
+    std::string name;
+    TypeSpec type;
+    bool nullable = true;
+};
+
+// WITH RESULT SETS: what a call's results are to be shown as. A set is told by its columns, or by
+// an object that has such columns.
+struct ResultSets {
+    enum class Kind { Undefined, None, Listed };
+    struct Set {
+        std::vector<ResultSetColumn> columns;
+        ObjectName object;  // of AS OBJECT and AS TYPE; without parts when there are `columns`
+        bool isType = false;
+    };
+    Kind kind = Kind::Undefined;
+    std::vector<Set> sets;  // of Listed
+};
+
 // EXEC procedure arguments; EXEC ('text'); EXEC sp_executesql.
 struct ExecuteStatement {
     std::string resultVariable;     // of EXEC @r = p; empty when not given
     ObjectName procedure;           // without parts when `text` is given
+    int number = 1;                 // of EXEC p;2
     std::string procedureVariable;  // of EXEC @name; empty when not given
     ExpressionPtr text;             // of EXEC (text)
     std::vector<Argument> arguments;
+    std::optional<ResultSets> resultSets;
 };
 
 struct InsertStatement {
@@ -229,6 +252,7 @@ struct ParameterDefinition {
     bool output = false;
     std::shared_ptr<const CreateTableStatement> table;  // of a table-valued one, under its name
     bool readOnly = false;
+    bool cursor = false;  // CURSOR VARYING OUTPUT
 };
 
 enum class ModuleKind { Procedure, Function, Trigger };
@@ -243,6 +267,7 @@ inline constexpr TriggerEvents kOnDelete = 4;
 struct CreateModuleStatement {
     ModuleKind kind = ModuleKind::Procedure;
     ObjectName name;
+    int number = 1;  // of CREATE PROCEDURE p;2
     std::vector<ParameterDefinition> parameters;
     TypeSpec returns;                                         // of a scalar function
     std::shared_ptr<const Query> rows;                        // of RETURNS TABLE AS RETURN query
@@ -265,6 +290,8 @@ enum class ObjectKind {
     Index,
     Type,
     Schema,
+    Sequence,
+    Synonym,
 };
 
 struct DropStatement {
@@ -296,6 +323,33 @@ struct CreateTypeStatement {
     std::string tableText;                              // its columns with the brackets, as written
 };
 
+// MINVALUE 1, NO MINVALUE.
+struct SequenceLimit {
+    std::optional<std::int64_t> value;
+    bool none = false;  // it is that of the type
+};
+
+// CREATE SEQUENCE and ALTER SEQUENCE: what is not said has no value.
+struct SequenceStatement {
+    ObjectName name;
+    bool alters = false;
+    std::optional<TypeSpec> type;
+    std::optional<std::int64_t> start;  // of START WITH and RESTART WITH
+    bool restarts = false;
+    std::optional<std::int64_t> increment;
+    SequenceLimit minimum;
+    SequenceLimit maximum;
+    std::optional<bool> cycles;
+    std::optional<bool> caches;
+    std::optional<std::int64_t> cacheSize;
+};
+
+// CREATE SYNONYM name FOR object.
+struct CreateSynonymStatement {
+    ObjectName name;
+    ObjectName target;
+};
+
 // --- Variables and control of flow
 
 struct DeclaredVariable {
@@ -308,6 +362,7 @@ struct DeclaredVariable {
 struct DeclareStatement {
     std::vector<DeclaredVariable> variables;
     std::vector<CreateTableStatement> tables;  // their names start with @
+    std::vector<std::string> cursors;          // variables that hold cursors
 };
 
 // SET @variable = value.
@@ -392,8 +447,11 @@ struct TransactionStatement {
 
 // --- Cursors
 
+enum class CursorKind { Unsaid, Static, Keyset, Dynamic, FastForward };
+
 struct DeclareCursorStatement {
-    std::string name;
+    std::string name;  // of a variable when it starts with @
+    CursorKind kind = CursorKind::Unsaid;
     bool scroll = false;
     bool local = false;     // it ends with the batch or module that declares it
     bool readOnly = false;  // READ_ONLY, STATIC, INSENSITIVE, FAST_FORWARD, FOR READ ONLY
@@ -401,18 +459,27 @@ struct DeclareCursorStatement {
     std::shared_ptr<Statement> query;    // a SelectStatement
 };
 
+// SET @cursor = CURSOR FOR query; SET @cursor = another one.
+struct AssignCursorStatement {
+    std::string variable;
+    std::string source;  // a cursor or a variable; empty when there is a definition
+    std::shared_ptr<DeclareCursorStatement> definition;
+};
+
 enum class CursorAction { Open, Close, Deallocate };
 
 struct CursorStatement {
     CursorAction action;
-    std::string name;
+    std::string name;  // of a variable when it starts with @
+    bool global = false;
 };
 
 struct FetchStatement {
     enum class Direction { Next, Prior, First, Last, Absolute, Relative };
     Direction direction = Direction::Next;
     ExpressionPtr distance;  // of ABSOLUTE and RELATIVE
-    std::string cursor;
+    std::string cursor;      // a variable when it starts with @
+    bool global = false;
     std::vector<std::string> into;
 };
 
@@ -449,18 +516,17 @@ struct NoEffectStatement {
 };
 
 struct Statement {
-    using Node =
-        std::variant<SelectStatement, InsertStatement, UpdateStatement, DeleteStatement,
-                     MergeStatement, TruncateStatement, CreateTableStatement, AlterTableStatement,
-                     CreateIndexStatement, CreateViewStatement, CreateModuleStatement,
-                     DropStatement, CreateSchemaStatement, AlterSchemaStatement,
-                     CreateTypeStatement, DeclareStatement, AssignStatement, SetOptionStatement,
-                     IfStatement, WhileStatement, BlockStatement, TryStatement, BreakStatement,
-                     ContinueStatement, GotoStatement, LabelStatement, ReturnStatement,
-                     PrintStatement, RaiserrorStatement, ThrowStatement, WaitStatement,
-                     TransactionStatement, ExecuteStatement, DeclareCursorStatement,
-                     CursorStatement, FetchStatement, DatabaseStatement, BackupStatement,
-                     CheckStatement, CheckIdentityStatement, NoEffectStatement>;
+    using Node = std::variant<
+        SelectStatement, InsertStatement, UpdateStatement, DeleteStatement, MergeStatement,
+        TruncateStatement, CreateTableStatement, AlterTableStatement, CreateIndexStatement,
+        CreateViewStatement, CreateModuleStatement, DropStatement, CreateSchemaStatement,
+        AlterSchemaStatement, CreateTypeStatement, SequenceStatement, CreateSynonymStatement,
+        DeclareStatement, AssignStatement, SetOptionStatement, IfStatement, WhileStatement,
+        BlockStatement, TryStatement, BreakStatement, ContinueStatement, GotoStatement,
+        LabelStatement, ReturnStatement, PrintStatement, RaiserrorStatement, ThrowStatement,
+        WaitStatement, TransactionStatement, ExecuteStatement, DeclareCursorStatement,
+        AssignCursorStatement, CursorStatement, FetchStatement, DatabaseStatement, BackupStatement,
+        CheckStatement, CheckIdentityStatement, NoEffectStatement>;
     Node node;
     int line = 1;
 };

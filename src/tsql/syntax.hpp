@@ -177,6 +177,10 @@ struct FunctionCall {
 // What `date AT TIME ZONE name` is called as a function of both.
 inline constexpr const char* kAtTimeZone = "at time zone";
 
+// What NEXT VALUE FOR name [OVER (ORDER BY ...)] is called as a function of the sequence, whose
+// name stands as a column's.
+inline constexpr const char* kNextValue = "next value for";
+
 // DEFAULT as an argument of a stored function: the value that the function has for the parameter.
 struct DefaultArgument {};
 

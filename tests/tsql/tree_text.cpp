@@ -213,13 +213,38 @@ std::string statementText(const CreateTableStatement& create) {
 }
 
 std::string statementText(const DropStatement& drop) {
-    static const char* const kKinds[] = {"",        "view",  "procedure", "function",
-                                         "trigger", "index", "type",      "schema"};
+    static const char* const kKinds[] = {"",      "view", "procedure", "function", "trigger",
+                                         "index", "type", "schema",    "sequence", "synonym"};
     std::vector<std::string> parts{kKinds[static_cast<int>(drop.kind)],
                                    drop.ifExists ? "ifexists" : ""};
     for (const auto& name : drop.names)
         parts.push_back(name.text());
     return node("drop", parts);
+}
+
+std::string limitText(const SequenceLimit& limit) {
+    if (limit.none) return "none";
+    return limit.value ? plain::text(*limit.value) : "";
+}
+
+std::string statementText(const SequenceStatement& sequence) {
+    const auto number = [](const std::optional<std::int64_t>& value) {
+        return value ? plain::text(*value) : std::string();
+    };
+    const auto choice = [](const std::optional<bool>& value, const char* word) {
+        if (!value) return std::string();
+        return std::string(*value ? "" : "no ") + word;
+    };
+    return node(
+        sequence.alters ? "altersequence" : "sequence",
+        {sequence.name.text(), sequence.type ? typeText(*sequence.type) : "",
+         sequence.restarts ? "restart" : "", number(sequence.start), number(sequence.increment),
+         limitText(sequence.minimum), limitText(sequence.maximum), choice(sequence.cycles, "cycle"),
+         choice(sequence.caches, "cache"), number(sequence.cacheSize)});
+}
+
+std::string statementText(const CreateSynonymStatement& synonym) {
+    return node("synonym", {synonym.name.text(), synonym.target.text()});
 }
 
 std::string statementText(const TransactionStatement& transaction) {
@@ -374,6 +399,11 @@ std::string statementText(const CreateTypeStatement& type) {
 
 std::string statementText(const DeclareCursorStatement& cursor) {
     return node("cursor", {cursor.name, cursor.scroll ? "scroll" : "", treeText(*cursor.query)});
+}
+
+std::string statementText(const AssignCursorStatement& assign) {
+    return node("assigncursor", {assign.variable, assign.source,
+                                 assign.definition ? statementText(*assign.definition) : ""});
 }
 
 std::string statementText(const CursorStatement& cursor) {

@@ -163,7 +163,8 @@ BoundValues Binder::boundValues() const {
             source.use = ConstantSource::Use::Unknown;
         }
     }
-    return {usedVariables_, constants_, std::move(sources), readsSchema_};
+    return {usedVariables_, constants_,   std::move(sources),
+            readsSchema_,   readsMoment_, drawsNumbers_};
 }
 
 }  // namespace kap::engine

@@ -99,6 +99,7 @@ bool isStatisticsName(std::string_view name) {
 }
 
 BoundExpression Binder::node(const FunctionCall& node, int line, Scope& scope) {
+    if (node.name.last() == tsql::kNextValue) return nextValue(node, line, scope);
     if (node.over) return windowed(node, line, scope);
     if (isAggregateName(node.name)) return aggregate(node, line, scope);
     if (node.name.parts.size() > 1) return storedFunction(node, line, scope);
@@ -124,7 +125,7 @@ BoundExpression Binder::storedFunction(const FunctionCall& call, int line, Scope
         throw tsql::unsupported("$PARTITION", line);
     }
     if (isOfTheServer(call.name)) throw tsql::unsupported(call.name.text(), line);
-    const std::string stored = resolvedName(call.name, schema_, catalogue());
+    const std::string stored = followedName(call.name, schema_, catalogue());
     const Function* function = stored.empty() ? nullptr : catalogue().findFunction(stored);
     if (function == nullptr || function->returnsTable()) {
         throw ServerError(tsql::Message::UnknownColumnOrFunction,

@@ -178,9 +178,10 @@ BoundSource Binder::storedTable(const tsql::ObjectName& named, const std::string
     const Table* found = table(named);
     if (found == nullptr) noSuchTable(named);
     const Table& table = *found;
-    const std::string& name = alias.empty() ? shownName(table, named, names_) : alias;
+    const std::string name = alias.empty() ? shownName(table, named, names_) : alias;
     const std::string stored = tableSql(table.name, table.temporary);
     Source source = tableSource(table, name);
+    if (alias.empty() && catalogue().findSynonym(name) != nullptr) source.object = name;
     if (!needsRowNumbers_ || !withinBrackets_) {
         return {stored + " AS " + sqlName(name), {std::move(source)}, false};
     }
@@ -244,10 +245,10 @@ std::optional<BoundSource> Binder::viewSource(const tsql::NamedTable& named) {
     }
     commonNames_ = outerNames;
     openViews_.pop_back();
-    BoundSource source =
-        querySource(std::move(bound), view->columns, named.alias.empty() ? view->name : named.alias,
-                    named.name.line);
-    if (named.alias.empty()) source.sources.front().object = view->name;
+    const std::string exposed = exposedName(view->name, named.name, names_);
+    BoundSource source = querySource(std::move(bound), view->columns,
+                                     named.alias.empty() ? exposed : named.alias, named.name.line);
+    if (named.alias.empty()) source.sources.front().object = exposed;
     return source;
 }
 
@@ -256,6 +257,7 @@ std::optional<BoundSource> Binder::systemSource(const tsql::NamedTable& named) c
     const auto system = catalogue().systemRows(named.name);
     if (!system) return std::nullopt;
     noteSchema();
+    if (system->ofTheMoment) noteMoment();
     BoundQuery bound;
     for (std::size_t i = 0; i < system->columns.size(); ++i) {
         const auto& [name, type] = system->columns[i];

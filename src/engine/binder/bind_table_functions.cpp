@@ -40,7 +40,7 @@ bool readsColumns(const BoundExpression& value) {
 }  // namespace
 
 BoundSource Binder::functionTable(const tsql::FunctionTable& call, int line, Scope& scope) {
-    const std::string stored = resolvedName(call.name, schema_, catalogue());
+    const std::string stored = followedName(call.name, schema_, catalogue());
     const Function* function = stored.empty() ? nullptr : catalogue().findFunction(stored);
     BoundQuery rows;
     if (function != nullptr && function->returnsTable()) {

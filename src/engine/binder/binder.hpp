@@ -50,13 +50,15 @@ struct BoundValues {
     std::vector<Value> constants;
     std::vector<ConstantSource> sources;  // of the constants, one each
     bool readsSchema = false;
+    bool ofTheMoment = false;   // the text holds what another statement may change
+    bool drawsNumbers = false;  // of sequences
 };
 
 // Gives names their columns, expressions their types, and writes both as SQLite text.
 //
 // One class, one source file for each part of the language: bind_constants.cpp,
 // bind_expressions.cpp, bind_operators.cpp, bind_comparisons.cpp, bind_conditions.cpp,
-// bind_functions.cpp and its tables, bind_string_agg.cpp, bind_windows.cpp,
+// bind_functions.cpp and its tables, bind_string_agg.cpp, bind_sequences.cpp, bind_windows.cpp,
 // bind_system_values.cpp, bind_queries.cpp, bind_unions.cpp, bind_selects.cpp, bind_groups.cpp,
 // bind_order.cpp, bind_sources.cpp, bind_apply.cpp, bind_table_functions.cpp, bind_pivots.cpp,
 // bind_common_tables.cpp, bind_views.cpp, bind_cursors.cpp. All throw tsql::ServerError with a
@@ -72,6 +74,7 @@ public:
     [[nodiscard]] const std::vector<int>& usedVariables() const { return usedVariables_; }
     [[nodiscard]] BoundValues boundValues() const;
     void noteSchema() const { readsSchema_ = true; }
+    void noteMoment() const { readsMoment_ = true; }
     // Whether a subquery or a stored function was bound, which may read the table being written.
     [[nodiscard]] bool readsOtherRows() const { return readsOtherRows_; }
     // From now on variables are asked for their value again for each row.
@@ -296,6 +299,9 @@ private:
     [[nodiscard]] BoundExpression defaultArgument(const Function& function, std::size_t parameter,
                                                   int line);
 
+    // bind_sequences.cpp
+    [[nodiscard]] BoundExpression nextValue(const tsql::FunctionCall& call, int line, Scope& scope);
+
     // bind_windows.cpp
     [[nodiscard]] BoundExpression windowed(const tsql::FunctionCall& call, int line, Scope& scope);
     [[nodiscard]] BoundExpression percentile(const tsql::FunctionCall& call,
@@ -435,6 +441,8 @@ private:
     mutable std::vector<ConstantSource> sources_;                   // of the constants, one each
     mutable std::unordered_map<std::size_t, LiteralUse> literals_;  // by their tokens
     mutable bool readsSchema_ = false;
+    mutable bool readsMoment_ = false;
+    bool drawsNumbers_ = false;
     bool variablesPerRow_ = false;
     bool readsOtherRows_ = false;
     int queryDepth_ = 0;            // queries being bound within each other

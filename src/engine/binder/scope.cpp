@@ -152,12 +152,12 @@ const Table* findTable(const ObjectName& name, const NameScope& names, std::stri
     if (name.parts.size() == 1) {
         if (const Table* local = names.localTable(name.last())) return local;
     }
-    const std::string stored = resolvedName(name, schema, names.catalogue());
+    const std::string stored = followedName(name, schema, names.catalogue());
     return stored.empty() ? nullptr : names.catalogue().find(stored);
 }
 
 const View* findView(const ObjectName& name, const NameScope& names, std::string_view schema) {
-    const std::string stored = resolvedName(name, schema, names.catalogue());
+    const std::string stored = followedName(name, schema, names.catalogue());
     return stored.empty() ? nullptr : names.catalogue().findView(stored);
 }
 
@@ -167,6 +167,11 @@ const Table* findTable(const ObjectName& name, const NameScope& names) {
 
 const View* findView(const ObjectName& name, const NameScope& names) {
     return findView(name, names, names.schema());
+}
+
+const Table* findOwnTable(const ObjectName& name, const NameScope& names) {
+    const std::string stored = resolvedName(name, names.schema(), names.catalogue());
+    return names.catalogue().findSynonym(stored) != nullptr ? nullptr : findTable(name, names);
 }
 
 const Table& requireTable(const ObjectName& name, const NameScope& names) {
@@ -182,9 +187,14 @@ void noSuchTable(const ObjectName& name) {
     throw ServerError(tsql::Message::InvalidObject, {name.text()}, name.line);
 }
 
-const std::string& shownName(const Table& table, const ObjectName& name, const NameScope& names) {
+std::string exposedName(const std::string& stored, const ObjectName& name, const NameScope& names) {
+    std::string own = resolvedName(name, names.schema(), names.catalogue());
+    return names.catalogue().findSynonym(own) != nullptr ? own : stored;
+}
+
+std::string shownName(const Table& table, const ObjectName& name, const NameScope& names) {
     const bool local = name.parts.size() == 1 && names.localTable(name.last()) == &table;
-    return local ? name.last() : table.name;
+    return local ? name.last() : exposedName(table.name, name, names);
 }
 
 std::string tableSql(const std::string& name, bool temporary) {

@@ -79,6 +79,8 @@ struct Scope {
     // Whether names were found here, or in a query around: what an aggregate function asks.
     mutable bool readsOwn = false;
     mutable bool readsOuter = false;
+    // The sequences that numbers of the row are drawn from, so far.
+    std::vector<std::string> drawnFrom;
     // Where subqueries may not stand (defaults of columns): error 1046.
     bool subqueriesRefused = false;
 };
@@ -99,6 +101,8 @@ struct Scope {
 // The same with the schema of the script's own names.
 [[nodiscard]] const Table* findTable(const tsql::ObjectName& name, const NameScope& names);
 [[nodiscard]] const View* findView(const tsql::ObjectName& name, const NameScope& names);
+// The table that has the name itself, for what defines it: no synonym stands for it there.
+[[nodiscard]] const Table* findOwnTable(const tsql::ObjectName& name, const NameScope& names);
 
 // Errors 208, and 1087 for a table variable: there is no such table.
 [[noreturn]] void noSuchTable(const tsql::ObjectName& name);
@@ -107,8 +111,12 @@ struct Scope {
 
 // What a table is called that a name means: a table variable, inserted and deleted have a name in
 // the script and another in the file.
-[[nodiscard]] const std::string& shownName(const Table& table, const tsql::ObjectName& name,
-                                           const NameScope& names);
+[[nodiscard]] std::string shownName(const Table& table, const tsql::ObjectName& name,
+                                    const NameScope& names);
+// The stored name by which columns of a table or view are qualified that has none in the script:
+// that of the synonym it is read by, or its own.
+[[nodiscard]] std::string exposedName(const std::string& stored, const tsql::ObjectName& name,
+                                      const NameScope& names);
 
 // The table as SQLite is to read or write it: main."t" or temp."#t".
 [[nodiscard]] std::string tableSql(const std::string& name, bool temporary);

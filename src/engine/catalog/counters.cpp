@@ -115,15 +115,19 @@ void Counters::noteTextOrder() {
     }
 }
 
-void Counters::add(const TableDefinition& definition) {
-    const Table& table = definition.table;
-    const std::string name = counters(table.temporary);
-    if (!table.temporary && !exists(false)) noteTextOrder();
-    database_.run(("CREATE TABLE IF NOT EXISTS " + name +
+void Counters::makeTable(bool temporary) {
+    if (!temporary && !exists(false)) noteTextOrder();
+    database_.run(("CREATE TABLE IF NOT EXISTS " + counters(temporary) +
                    " (owner TEXT NOT NULL PRIMARY KEY, last INTEGER, identity_column TEXT, "
                    "identity_type TEXT, seed INTEGER NOT NULL, increment INTEGER NOT NULL) "
                    "WITHOUT ROWID")
                       .c_str());
+}
+
+void Counters::add(const TableDefinition& definition) {
+    const Table& table = definition.table;
+    const std::string name = counters(table.temporary);
+    makeTable(table.temporary);
     const auto identity = std::ranges::find_if(
         table.columns, [](const Column& column) { return column.identity.has_value(); });
     const bool has = identity != table.columns.end();

@@ -16,6 +16,8 @@
 
 namespace kap::engine {
 
+struct Sequence;
+
 // The table of the file that holds what SQLite's own schema cannot: which tables were made by this
 // library, their identity columns, and the last values given out. Clients do not see it.
 inline constexpr const char* kCountersTable = "kap_counters";
@@ -67,6 +69,24 @@ public:
     [[nodiscard]] std::optional<std::int64_t> lastIdentityOf(const std::string& table);
     // The last number that a table has given out, or its first one when it has given none.
     [[nodiscard]] std::int64_t currentIdentity(const std::string& table);
+    // Sequences have counters, too. Within a writing transaction.
+    void addSequence(const Sequence& sequence);
+    // The counter goes on with the step that the sequence has now, from its start when it begins
+    // anew.
+    void changeSequence(const Sequence& sequence, bool restarts);
+    // The numbers that were drawn: the first and the last one, and how often the sequence went
+    // through all of its numbers meanwhile.
+    struct Drawn {
+        std::int64_t first = 0;
+        std::int64_t last = 0;
+        std::int64_t cycles = 0;
+    };
+    // Draws so many numbers, at least one. Error 11728 when there are none left, and 11732, with
+    // nothing drawn, when there are fewer.
+    Drawn draw(const Sequence& sequence, std::int64_t count = 1);
+    // The number with which the owner of a counter begins.
+    [[nodiscard]] std::int64_t firstOf(const std::string& owner) { return current(owner).first; }
+
     // The identity that was given out last since this was asked before.
     [[nodiscard]] std::optional<std::int64_t> takeLastIdentity() {
         return std::exchange(lastIdentity_, std::nullopt);
@@ -108,6 +128,7 @@ private:
     };
 
     [[nodiscard]] bool exists(bool temporary) const;
+    void makeTable(bool temporary);
     void noteTextOrder();
     [[nodiscard]] Kept& kept(bool temporary);
     void tellOthers(bool temporary);

@@ -88,6 +88,10 @@ const char* objectType(const SchemaCatalogue& catalogue, const StoredObject& obj
             return "UQ";
         case StoredKind::DisabledConstraint:
             return "C ";
+        case StoredKind::Sequence:
+            return "SO";
+        case StoredKind::Synonym:
+            return "SN";
         case StoredKind::Type:
         case StoredKind::Schema:
         case StoredKind::Setting:

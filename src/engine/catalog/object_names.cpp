@@ -83,6 +83,22 @@ std::string resolvedName(const ObjectName& name, std::string_view ownSchema,
     return inSchema(kDefaultSchema, own, catalogue);
 }
 
+std::string followedName(const ObjectName& name, std::string_view ownSchema,
+                         const Catalogue& catalogue) {
+    std::string stored = resolvedName(name, ownSchema, catalogue);
+    const ObjectName* target = catalogue.findSynonym(stored);
+    if (target == nullptr) return stored;
+    std::string meant = resolvedName(*target, schemaOf(stored), catalogue);
+    if (meant.empty()) {
+        throw tsql::unsupported("synonym of another database (" + target->text() + ")", name.line);
+    }
+    if (catalogue.findSynonym(meant) != nullptr) {
+        throw tsql::ServerError(tsql::Message::SynonymChain, {name.text(), target->text()},
+                                name.line);
+    }
+    return meant;
+}
+
 std::string nameToMake(const ObjectName& name, const Catalogue& catalogue, int line) {
     const std::string& own = name.last();
     if (isOfNoSchema(own)) return own;

@@ -32,6 +32,12 @@ inline constexpr std::string_view kDefaultSchema = "dbo";
 [[nodiscard]] std::string resolvedName(const tsql::ObjectName& name, std::string_view ownSchema,
                                        const Catalogue& catalogue);
 
+// The same for a name that is to be read, written, called or drawn from: that of a synonym means
+// what the synonym stands for. Errors 470 for a synonym of a synonym, and 40517 for one of another
+// database.
+[[nodiscard]] std::string followedName(const tsql::ObjectName& name, std::string_view ownSchema,
+                                       const Catalogue& catalogue);
+
 // The stored name for an object that is to be made, in dbo when no schema is said. Error 2760 for a
 // schema that is not there, 2702 for another database.
 [[nodiscard]] std::string nameToMake(const tsql::ObjectName& name, const Catalogue& catalogue,

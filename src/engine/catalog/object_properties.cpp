@@ -200,7 +200,7 @@ std::optional<Described> described(const SchemaCatalogue& catalogue, std::int64_
         }
     }
     for (const StoredObject& object : catalogue.objects()) {
-        if (object.kind > StoredKind::Trigger || objectId(object.name) != id) continue;
+        if (!hasTableName(object.kind) || objectId(object.name) != id) continue;
         return answer(object.name, objectType(catalogue, object),
                       ofModule(catalogue, object, wanted));
     }

@@ -53,6 +53,15 @@ void refuseSchemaBound(const SchemaCatalogue& catalogue, const char* action,
         refuseUsed(action, shown, *user, line);
 }
 
+void refuseUsedSequence(const SchemaCatalogue& catalogue, const char* action,
+                        std::string_view sequence, const std::string& shown, int line) {
+    const std::string call = "kap_next_value(" + sqlText(std::string(sequence)) + ")";
+    for (const ConstraintInfo& each : catalogue.constraints()) {
+        if (each.definition.find(call) != std::string::npos)
+            refuseUsed(action, shown, each.name, line);
+    }
+}
+
 void refuseUsed(const char* action, const std::string& shown, const std::string& user, int line) {
     throw tsql::ServerError(tsql::Message::ReferencedByObject, {action, shown, user}, line);
 }

@@ -19,6 +19,10 @@ namespace kap::engine {
 void refuseSchemaBound(const SchemaCatalogue& catalogue, const char* action,
                        std::string_view object, const std::string& shown, int line);
 
+// The same for a sequence that defaults draw from.
+void refuseUsedSequence(const SchemaCatalogue& catalogue, const char* action,
+                        std::string_view sequence, const std::string& shown, int line);
+
 // The same, for whatever has that user.
 [[noreturn]] void refuseUsed(const char* action, const std::string& shown, const std::string& user,
                              int line);

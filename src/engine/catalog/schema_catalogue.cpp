@@ -104,7 +104,7 @@ bool SchemaCatalogue::knows(std::string_view name) const {
     }
     return tables_.contains(folded(name)) ||
            std::ranges::any_of(objects(), [&](const StoredObject& object) {
-               return object.kind <= StoredKind::Trigger && sameName(object.name, name);
+               return hasTableName(object.kind) && sameName(object.name, name);
            });
 }
 
@@ -152,6 +152,8 @@ void SchemaCatalogue::invalidate() {
     objects_.reset();
     views_.clear();
     functions_.clear();
+    sequences_.clear();
+    synonyms_.clear();
     counters_.schemaChanged();
 }
 
@@ -336,6 +338,34 @@ const Function* SchemaCatalogue::findFunction(std::string_view name) const {
         found = functions_.emplace(key, std::move(function)).first;
     }
     return &found->second;
+}
+
+const Sequence* SchemaCatalogue::findSequence(std::string_view name) const {
+    const StoredObject* object = findObject(StoredKind::Sequence, name);
+    if (object == nullptr) return nullptr;
+    const auto [found, added] = sequences_.try_emplace(folded(name));
+    if (added) found->second = sequenceOf(*object);
+    return &found->second;
+}
+
+const tsql::ObjectName* SchemaCatalogue::findSynonym(std::string_view name) const {
+    const StoredObject* object = findObject(StoredKind::Synonym, name);
+    if (object == nullptr) return nullptr;
+    const auto [found, added] = synonyms_.try_emplace(folded(name));
+    if (added) found->second = tsql::parseObjectName(object->text);
+    return &found->second;
+}
+
+std::vector<SchemaCatalogue::SequenceState> SchemaCatalogue::sequences() const {
+    std::vector<SequenceState> result;
+    for (const StoredObject& object : objects()) {
+        if (object.kind != StoredKind::Sequence) continue;
+        SequenceState& state = result.emplace_back();
+        state.definition = sequenceOf(object);
+        state.last = counters_.lastIdentityOf(object.name);
+        state.first = counters_.firstOf(object.name);
+    }
+    return result;
 }
 
 std::shared_ptr<const Module> SchemaCatalogue::findModule(StoredKind kind,

@@ -12,6 +12,7 @@
 
 #include "base/lru_cache.hpp"
 #include "engine/catalog/counters.hpp"
+#include "engine/catalog/sequences.hpp"
 #include "engine/catalog/stored_objects.hpp"
 #include "engine/catalog/tables.hpp"
 #include "engine/sqlite/sqlite.hpp"
@@ -76,6 +77,8 @@ public:
     [[nodiscard]] const Table* find(std::string_view name) const override;
     [[nodiscard]] const View* findView(std::string_view name) const override;
     [[nodiscard]] const Function* findFunction(std::string_view name) const override;
+    [[nodiscard]] const Sequence* findSequence(std::string_view name) const override;
+    [[nodiscard]] const tsql::ObjectName* findSynonym(std::string_view name) const override;
     [[nodiscard]] std::optional<SystemRows> systemRows(const tsql::ObjectName& name) const override;
 
     [[nodiscard]] bool knows(std::string_view name) const override;
@@ -130,6 +133,14 @@ public:
 
     // The constraints and keys of the file's tables, switched on or off.
     [[nodiscard]] std::vector<ConstraintInfo> constraints() const;
+    // A sequence as it stands.
+    struct SequenceState {
+        Sequence definition;
+        std::optional<std::int64_t> last;  // that was given out; absent: it begins at `next`
+        std::int64_t first = 0;
+    };
+    [[nodiscard]] std::vector<SequenceState> sequences() const;
+
     // The indexes that were made by CREATE INDEX.
     [[nodiscard]] std::vector<IndexInfo> indexes() const;
     // Those and the ones that serve keys, table by table.
@@ -191,6 +202,8 @@ private:
     mutable std::optional<std::vector<StoredObject>> objects_;
     mutable std::map<std::string, View> views_;          // by the folded name
     mutable std::map<std::string, Function> functions_;  // by the folded name
+    mutable std::map<std::string, Sequence> sequences_;
+    mutable std::map<std::string, tsql::ObjectName> synonyms_;
     // By the name and the text, so that they outlive a change of something else.
     mutable LruCache<std::shared_ptr<const Module>> modules_;
     std::vector<Firing> firing_;

@@ -27,7 +27,15 @@ enum class StoredKind : std::uint8_t {
     Schema,
     Setting,       // of the database, on or off
     TriggerOrder,  // "trigger/event", which fires first or last among those of its table
+    Sequence,
+    Synonym,  // its text is the name that it stands for
 };
+
+// Whether objects of the kind share the names of their schema with tables.
+[[nodiscard]] constexpr bool hasTableName(StoredKind kind) {
+    return kind <= StoredKind::Trigger || kind == StoredKind::Sequence ||
+           kind == StoredKind::Synonym;
+}
 
 // What stands for the parent of a type that takes no nulls.
 inline constexpr std::string_view kNotNull = "not null";

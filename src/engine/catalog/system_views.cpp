@@ -32,7 +32,7 @@ std::vector<ObjectRow> objectRows(const SchemaCatalogue& catalogue) {
     for (const Table* table : catalogue.tables())
         rows.push_back({table->name, "U ", ""});
     for (const StoredObject& object : catalogue.objects()) {
-        if (object.kind <= StoredKind::Trigger) {
+        if (hasTableName(object.kind)) {
             rows.push_back({object.name, objectType(catalogue, object), object.parent});
         }
     }
@@ -61,6 +61,8 @@ const char* typeDescription(const std::string& type) {
         {"IF", "SQL_INLINE_TABLE_VALUED_FUNCTION"},
         {"TF", "SQL_TABLE_VALUED_FUNCTION"},
         {"TR", "SQL_TRIGGER"},
+        {"SO", "SEQUENCE_OBJECT"},
+        {"SN", "SYNONYM"},
         {"PK", "PRIMARY_KEY_CONSTRAINT"},
         {"UQ", "UNIQUE_CONSTRAINT"},
         {"F ", "FOREIGN_KEY_CONSTRAINT"},
@@ -295,7 +297,7 @@ std::optional<SystemRows> SchemaCatalogue::systemRows(const tsql::ObjectName& na
     if (owner == "dbo") owner.clear();
     for (const std::span<const views::View> list :
          {std::span<const views::View>(views::kSystemViews), views::keyViews(), views::indexViews(),
-          views::constraintViews(), views::standardViews()}) {
+          views::constraintViews(), views::standardViews(), views::sequenceViews()}) {
         if (auto rows = rowsOf(list, *this, owner, last)) return rows;
     }
     return std::nullopt;

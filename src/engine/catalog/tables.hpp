@@ -40,6 +40,8 @@ struct Column {
     [[nodiscard]] bool isRowVersion() const { return type.type == tsql::SqlType::Timestamp; }
 };
 
+struct Sequence;
+
 // A stored table.
 struct Table {
     std::string name;        // its stored name
@@ -101,6 +103,7 @@ struct SystemRows {
     };
     std::vector<ColumnType> columns;
     std::vector<std::vector<Value>> rows;
+    bool ofTheMoment = false;  // they change though the schema does not
 };
 
 // The tables that a statement can name. The translator asks; whoever keeps the schema answers.
@@ -117,6 +120,14 @@ public:
     // The same for views and functions.
     [[nodiscard]] virtual const View* findView(std::string_view /*name*/) const { return nullptr; }
     [[nodiscard]] virtual const Function* findFunction(std::string_view /*name*/) const {
+        return nullptr;
+    }
+    // The sequence of that stored name, or null.
+    [[nodiscard]] virtual const Sequence* findSequence(std::string_view /*name*/) const {
+        return nullptr;
+    }
+    // The name that a synonym of that stored name stands for, or null.
+    [[nodiscard]] virtual const tsql::ObjectName* findSynonym(std::string_view /*name*/) const {
         return nullptr;
     }
     // Whether there is an object of that stored name that names can mean.

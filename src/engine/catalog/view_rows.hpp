@@ -58,5 +58,6 @@ struct View {
 [[nodiscard]] std::span<const View> indexViews();
 [[nodiscard]] std::span<const View> constraintViews();
 [[nodiscard]] std::span<const View> standardViews();
+[[nodiscard]] std::span<const View> sequenceViews();
 
 }  // namespace kap::engine::views

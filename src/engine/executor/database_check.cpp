@@ -315,6 +315,7 @@ private:
                 kCountersTable + " WHERE owner <> ''");
         while (rows.step()) {
             const Table* table = tableOf(rows.text(0));
+            if (table == nullptr && catalogue_.findSequence(rows.text(0)) != nullptr) continue;
             if (table == nullptr) {
                 found_(tsql::Message::ReferenceFault,
                        "there is a counter of '" + rows.text(0) + "', and no such table.");
@@ -364,6 +365,12 @@ private:
                 return;
             case StoredKind::Type:
                 if (!isTableType(object)) static_cast<void>(tsql::parseType(object.text));
+                return;
+            case StoredKind::Sequence:
+                static_cast<void>(sequenceOf(object));
+                return;
+            case StoredKind::Synonym:
+                static_cast<void>(tsql::parseObjectName(object.text));
                 return;
             case StoredKind::Schema:
             case StoredKind::Setting:

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -99,6 +101,8 @@ struct SessionState : SessionSettings {
     std::optional<Blob> context;  // of SET CONTEXT_INFO, which outlives the procedure that says it
     std::optional<std::int64_t> identity;
     std::optional<std::int64_t> batchIdentity;  // of the client's batches, which are one scope
+    // The numbers that the statement at hand has drawn of sequences OVER an order, by their names.
+    std::map<std::string, std::vector<std::int64_t>, std::less<>> rankedNumbers;
     std::int32_t fetchStatus = 0;
     std::int32_t cursorRows = 0;  // of the cursor that was opened last; -1: not known ahead
     // What the server says behind the error that is being raised.

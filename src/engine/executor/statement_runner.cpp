@@ -81,11 +81,12 @@ void StatementRunner::run(CompiledStatement& prepared, const tsql::Statement& st
 
 bool StatementRunner::isCurrent(const CompiledStatement& prepared) const {
     return prepared.ready && prepared.generation == catalogue_.generation() &&
-           fitsFiring(*prepared.translation);
+           !prepared.translation->ofTheMoment && fitsFiring(*prepared.translation);
 }
 
 bool StatementRunner::needsScope(const CompiledStatement& prepared) const {
-    return !isCurrent(prepared) || prepared.translation->readsSchema || !transactions_.isSettled();
+    return !isCurrent(prepared) || prepared.translation->readsSchema ||
+           prepared.translation->drawsNumbers || !transactions_.isSettled();
 }
 
 void StatementRunner::use(CompiledStatement& prepared, Translation translation) {
@@ -187,12 +188,25 @@ void StatementRunner::select(CompiledStatement& prepared, const tsql::Statement&
                              std::vector<ado::Result>& results) {
     ado::Result result;
     if (needsScope(prepared) || !trySelect(prepared, result)) {
-        const Transactions::ReadScope scope(transactions_);
-        ensureCurrent(prepared, statement);
-        if (prepared.translation->kind == StatementKind::Assign) {
-            (void)assign(prepared, SchemaCheck::NotNeeded);
-        } else {
-            (void)fill(prepared, result, SchemaCheck::NotNeeded);
+        const auto read = [&] {
+            if (prepared.translation->kind == StatementKind::Assign) {
+                (void)assign(prepared, SchemaCheck::NotNeeded);
+            } else {
+                (void)fill(prepared, result, SchemaCheck::NotNeeded);
+            }
+        };
+        bool draws = false;
+        {
+            const Transactions::ReadScope scope(transactions_);
+            ensureCurrent(prepared, statement);
+            draws = prepared.translation->drawsNumbers;
+            if (!draws) read();
+        }
+        if (draws) {
+            drawing([&] {
+                ensureCurrent(prepared, statement);
+                read();
+            });
         }
     }
     if (prepared.translation->kind != StatementKind::Assign) {
@@ -308,6 +322,7 @@ void StatementRunner::write(CompiledStatement& prepared, const tsql::Statement& 
         transactions_, oneRow ? Transactions::Writes::OneRow : Transactions::Writes::Several);
     captures_.removeStale();
     ensureCurrent(prepared, statement);
+    state_.rankedNumbers.clear();
     refuseReadOnly(*prepared.translation);
     if (prepared.translation->instead != nullptr) {
         scope.expectSeveral();
@@ -354,10 +369,6 @@ bool canGoInSteps(const SqliteError& error, const tsql::Statement& statement, co
            std::ranges::none_of(table.columns, &Column::computed);
 }
 
-}  // namespace
-
-namespace {
-
 std::vector<std::string> assignedColumns(const tsql::Statement& statement) {
     std::vector<std::string> names;
     if (const auto* update = std::get_if<tsql::UpdateStatement>(&statement.node)) {
@@ -401,15 +412,6 @@ void StatementRunner::runAll(CompiledStatement& prepared, const tsql::Statement&
         inSteps = true;
         explained();
     }
-}
-
-void StatementRunner::noteIdentity(StatementKind kind) {
-    const auto identity = counters_.takeLastIdentity();
-    if (kind != StatementKind::Insert) {
-        return;
-    }
-    state_.identity = identity;
-    state_.frame().scopeIdentity = identity;
 }
 
 void StatementRunner::addCount(std::vector<ado::Result>& results) {

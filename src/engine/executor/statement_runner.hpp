@@ -46,14 +46,20 @@ public:
     // The value of an expression, of the type that its translation says.
     template <typename Make>
     [[nodiscard]] Value value(CompiledStatement& prepared, const Make& make) {
-        if (needsScope(prepared)) {
+        if (!needsScope(prepared)) return firstValue(prepared);
+        {
             const Transactions::ReadScope scope(transactions_);
             if (!isCurrent(prepared)) {
                 use(prepared, make());
             }
-            return firstValue(prepared);
+            if (!prepared.translation->drawsNumbers) return firstValue(prepared);
         }
-        return firstValue(prepared);
+        Value result;
+        drawing([&] {
+            if (!isCurrent(prepared)) use(prepared, make());
+            result = firstValue(prepared);
+        });
+        return result;
     }
     // Translates a statement ahead of its run, so that what is wrong with it shows early.
     void translate(CompiledStatement& prepared, const tsql::Statement& statement,
@@ -91,6 +97,7 @@ private:
         bind(*prepared.translation, prepared.constants, statement);
     }
     [[nodiscard]] Value firstValue(CompiledStatement& prepared);
+    void drawing(const std::function<void()>& read);
     void requireHealthy() const;
 
     void select(CompiledStatement& prepared, const tsql::Statement& statement,

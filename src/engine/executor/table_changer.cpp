@@ -83,7 +83,7 @@ void TableChanger::setText(const Table& table, const TableText& text) {
 
 void TableChanger::alter(const tsql::AlterTableStatement& statement, const NameScope& names,
                          int line) {
-    const Table* found = findTable(statement.table, names);
+    const Table* found = findOwnTable(statement.table, names);
     if (found == nullptr) {
         throw ServerError(tsql::Message::TableToAlterNotFound, {statement.table.text()}, line);
     }

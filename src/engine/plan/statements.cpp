@@ -86,6 +86,8 @@ void finish(Translation& translation, const Binder& binder) {
     translation.constants = std::move(values.constants);
     translation.sources = std::move(values.sources);
     translation.readsSchema = values.readsSchema;
+    translation.ofTheMoment = values.ofTheMoment;
+    translation.drawsNumbers = values.drawsNumbers;
 }
 
 void addChecks(Translation& translation, const Binder& binder) {

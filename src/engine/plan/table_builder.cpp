@@ -325,7 +325,7 @@ void TableBuilder::addForeignKey(const tsql::ForeignKey& key) {
     const bool alone = key.parent.parts.size() == 1 && !binder_.catalogue().knows(meant);
     const bool self =
         sameName(meant, table().name) || (alone && sameName(key.parent.last(), table().shown()));
-    const Table* parent = self ? &table() : findTable(key.parent, binder_.names());
+    const Table* parent = self ? &table() : findOwnTable(key.parent, binder_.names());
     if (parent == nullptr || parent->temporary) {
         throw ServerError(tsql::Message::ForeignKeyToUnknownTable, {key.name, key.parent.text()},
                           key.line);

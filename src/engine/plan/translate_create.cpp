@@ -69,7 +69,7 @@ void refuseChanging(const std::string& sql, const tsql::CreateIndexStatement& st
 
 Translation translateIndex(const tsql::CreateIndexStatement& statement, int line,
                            const NameScope& names) {
-    const Table* table = findTable(statement.table, names);
+    const Table* table = findOwnTable(statement.table, names);
     if (table == nullptr) {
         throw ServerError(tsql::Message::ObjectNotFound, {statement.table.text()}, line);
     }
@@ -117,7 +117,7 @@ Translation dropIndexes(const tsql::DropStatement& statement, int line, const Na
     for (const tsql::ObjectName& name : statement.names) {
         tsql::ObjectName owner = name;
         owner.parts.pop_back();
-        const Table* table = findTable(owner, names);
+        const Table* table = findOwnTable(owner, names);
         if (table == nullptr && !statement.ifExists) nothingToDrop("index", name.text(), line);
         if (table == nullptr) continue;
         const std::string place = table->temporary ? "temp." : "main.";
@@ -139,7 +139,7 @@ Translation translateDrop(const tsql::DropStatement& statement, int line, const 
     result.kind = StatementKind::Define;
     result.writes = true;
     for (const tsql::ObjectName& name : statement.names) {
-        const Table* table = findTable(name, names);
+        const Table* table = findOwnTable(name, names);
         if (table != nullptr) {
             result.sql.push_back("DROP TABLE " + tableSql(table->name, table->temporary));
             result.dropped.push_back({table->name, table->temporary});

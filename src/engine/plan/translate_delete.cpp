@@ -9,7 +9,7 @@ namespace {
 std::string plainDelete(const tsql::DeleteStatement& statement, const Table& table,
                         Binder& binder) {
     Scope scope;
-    const std::string& shown = shownName(table, statement.table, binder.names());
+    const std::string shown = shownName(table, statement.table, binder.names());
     scope.sources.push_back(Binder::tableSource(table, shown));
     std::string sql =
         "DELETE FROM " + tableSql(table.name, table.temporary) + " AS " + sqlName(shown);

@@ -83,7 +83,7 @@ private:
     }
 
     void bindSources() {
-        const std::string& own = shownName(table_, statement_.table, binder_.names());
+        const std::string own = shownName(table_, statement_.table, binder_.names());
         const std::string& name = statement_.alias.empty() ? own : statement_.alias;
         Scope outside;
         BoundSource source = binder_.from(statement_.source, outside);

@@ -115,7 +115,7 @@ namespace {
 
 std::string plainUpdate(const UpdateStatement& statement, const Table& table, Binder& binder) {
     Scope scope;
-    const std::string& shown = shownName(table, statement.table, binder.names());
+    const std::string shown = shownName(table, statement.table, binder.names());
     scope.sources.push_back(Binder::tableSource(table, shown));
     std::string list;
     for (const BoundAssignment& assignment : bindAssignments(statement, table, binder, scope)) {

@@ -135,6 +135,8 @@ struct Translation {
     bool positioned = false;        // WHERE CURRENT OF: it must find its row
     std::optional<Value> constant;  // of an Assign of one column: its value, known already
     bool readsSchema = false;       // the text holds what the schema was when it was made
+    bool ofTheMoment = false;       // the text holds what another statement may have changed
+    bool drawsNumbers = false;      // of sequences: also a query writes their counters then
     int line = 1;                   // of the statement, within the script
 };
 

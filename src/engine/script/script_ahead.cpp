@@ -24,6 +24,8 @@ bool definesTables(const Instruction& instruction) {
            std::holds_alternative<tsql::DropStatement>(node) ||
            std::holds_alternative<tsql::CreateSchemaStatement>(node) ||
            std::holds_alternative<tsql::AlterSchemaStatement>(node) ||
+           std::holds_alternative<tsql::SequenceStatement>(node) ||
+           std::holds_alternative<tsql::CreateSynonymStatement>(node) ||
            std::holds_alternative<tsql::CreateTypeStatement>(node);
 }
 

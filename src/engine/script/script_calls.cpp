@@ -44,7 +44,7 @@ void ScriptRunner::execute(Frame& frame, Instruction& instruction,
     if (executeSystem(frame, instruction, node, lower, results)) return;
     const std::shared_ptr<const Module> module = [&] {
         const Transactions::ReadScope scope(transactions_);
-        const std::string stored = resolvedName(name, frame.program.names().schema(), catalogue_);
+        const std::string stored = followedName(name, frame.program.names().schema(), catalogue_);
         auto found = catalogue_.findModule(StoredKind::Procedure, stored);
         return found != nullptr ? found : catalogue_.findModule(StoredKind::Function, stored);
     }();

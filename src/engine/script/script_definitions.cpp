@@ -45,6 +45,10 @@ StoredKind storedKind(tsql::ObjectKind kind) {
             return StoredKind::Function;
         case tsql::ObjectKind::Trigger:
             return StoredKind::Trigger;
+        case tsql::ObjectKind::Sequence:
+            return StoredKind::Sequence;
+        case tsql::ObjectKind::Synonym:
+            return StoredKind::Synonym;
         default:
             return StoredKind::Type;
     }
@@ -60,6 +64,10 @@ const char* kindName(StoredKind kind) {
             return "function";
         case StoredKind::Trigger:
             return "trigger";
+        case StoredKind::Sequence:
+            return "sequence object";
+        case StoredKind::Synonym:
+            return "synonym";
         default:
             return "type";
     }
@@ -226,7 +234,7 @@ void ScriptRunner::store(StoredObject object, bool replace, bool mustExist, int 
             there = true;
             object.name = other.name;
             object.enabled = other.enabled;
-        } else if (other.kind <= StoredKind::Trigger && object.kind <= StoredKind::Trigger) {
+        } else if (hasTableName(other.kind) && hasTableName(object.kind)) {
             taken = true;
         }
     }
@@ -239,7 +247,7 @@ void ScriptRunner::store(StoredObject object, bool replace, bool mustExist, int 
             : ServerError(tsql::Message::ObjectExists, {bareName(object.name)}, line).withState(3);
     }
     object.quotedNames = state_.quotedNames;
-    object.text = asCreation(object.text);
+    if (object.kind <= StoredKind::Trigger) object.text = asCreation(object.text);
     catalogue_.stored().put(object);
     catalogue_.invalidate();
 }
@@ -293,6 +301,10 @@ void ScriptRunner::dropStored(const tsql::DropStatement& node, int line) {
             refuseSchemaBound(catalogue_, kind == StoredKind::View ? "DROP VIEW" : "DROP FUNCTION",
                               stored, name.text(), line);
         }
+        if (kind == StoredKind::Sequence) {
+            refuseUsedSequence(catalogue_, "DROP SEQUENCE", stored, name.text(), line);
+            counters_.remove({stored, false});
+        }
         catalogue_.stored().remove(kind, stored);
         if (kind == StoredKind::Trigger) {
             for (const char* event : {"/INSERT", "/UPDATE", "/DELETE"})
@@ -307,7 +319,7 @@ void ScriptRunner::dropStored(const tsql::DropStatement& node, int line) {
 void ScriptRunner::alterTable(Frame& frame, const tsql::AlterTableStatement& node, int line) {
     Transactions::WriteScope scope(transactions_);
     statements_.captures().removeStale();
-    const Table* table = findTable(node.table, frame.program.names());
+    const Table* table = findOwnTable(node.table, frame.program.names());
     if (table == nullptr && node.action == tsql::AlterTableStatement::Action::Triggers) {
         if (const View* view = findView(node.table, frame.program.names())) {
             TableChanger(connection_, catalogue_, counters_).switchTriggers(view->name, node, line);

@@ -29,7 +29,7 @@ void ScriptRunner::checkIdentity(Frame& frame, Instruction& instruction,
         if (const auto* number = std::get_if<std::int64_t>(&value)) wanted = *number;
     }
     Transactions::WriteScope scope(transactions_);
-    const Table* table = findTable(node.table, frame.program.names());
+    const Table* table = findOwnTable(node.table, frame.program.names());
     if (table == nullptr) {
         throw ServerError(tsql::Message::CheckedObjectNotFound, {node.table.text()}, line);
     }

@@ -42,6 +42,7 @@ class RowStream;
 // statements that have no SQL, script_settings.cpp SET, script_calls.cpp procedures and dynamic
 // SQL, system_procedures.cpp the server's own, script_modules.cpp functions and triggers,
 // script_definitions.cpp what is stored by its text, script_schemas.cpp schemas,
+// script_sequences.cpp sequences and synonyms,
 // script_cursors.cpp cursors,
 // script_streaming.cpp queries whose rows come as they are needed, script_administration.cpp plans,
 // copies and checks.
@@ -283,6 +284,11 @@ private:
                     std::vector<ado::Result>& results);
     void dropSchema(const tsql::DropStatement& node, int line);
     void transferObject(const tsql::AlterSchemaStatement& node, int line);
+
+    // script_sequences.cpp
+    void defineSequence(const tsql::SequenceStatement& node, int line);
+    void createSynonym(const tsql::CreateSynonymStatement& node, int line);
+    void drawRange(Frame& frame, Instruction& instruction, const tsql::ExecuteStatement& node);
 
     // script_identities.cpp
     void checkIdentity(Frame& frame, Instruction& instruction,

@@ -34,7 +34,8 @@ std::string objectIn(const SchemaCatalogue& catalogue, std::string_view schema) 
         if (sameName(schemaOf(table->name), schema)) return std::string(table->shown());
     }
     for (const StoredObject& object : catalogue.objects()) {
-        const bool own = object.kind <= StoredKind::Type && sameName(schemaOf(object.name), schema);
+        const bool own = (object.kind == StoredKind::Type || hasTableName(object.kind)) &&
+                         sameName(schemaOf(object.name), schema);
         if (own) return std::string(bareName(object.name));
     }
     return {};
@@ -106,8 +107,9 @@ void ScriptRunner::transferObject(const tsql::AlterSchemaStatement& node, int li
     const std::string before = resolvedName(node.object, kDefaultSchema, catalogue_);
     const std::string after = storedName(*schema, bareName(before));
     const auto movable = [&](const StoredObject& object) {
-        const bool kind =
-            node.isType ? object.kind == StoredKind::Type : object.kind < StoredKind::Trigger;
+        const bool kind = node.isType
+                              ? object.kind == StoredKind::Type
+                              : object.kind != StoredKind::Trigger && hasTableName(object.kind);
         return kind && sameName(object.name, before);
     };
     const Table* table = node.isType ? nullptr : catalogue_.find(before);
@@ -129,6 +131,12 @@ void ScriptRunner::transferObject(const tsql::AlterSchemaStatement& node, int li
         TableChanger(connection_, catalogue_, counters_).renameTable(Table(*table), after);
     } else {
         const StoredKind kind = stored->kind;
+        if (kind == StoredKind::Sequence) {
+            refuseUsedSequence(catalogue_, "ALTER SCHEMA", before, node.object.text(), line);
+            Table counter;
+            counter.name = before;
+            counters_.rename(counter, after);
+        }
         catalogue_.stored().rename(kind, before, after);
     }
     kept_.clear();

@@ -85,7 +85,7 @@ void ScriptRunner::setContext(const Value& value) {
 void ScriptRunner::setIdentityInsert(const NameScope& names, const tsql::SetOptionStatement& node,
                                      int line) {
     const bool on = isOn(node.value, line);
-    const Table* table = findTable(node.table, names);
+    const Table* table = findOwnTable(node.table, names);
     if (table == nullptr) {
         throw ServerError(tsql::Message::ObjectNotFound, {node.table.text()}, line);
     }

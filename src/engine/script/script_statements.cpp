@@ -115,6 +115,10 @@ std::size_t ScriptRunner::runStatement(Frame& frame, Instruction& instruction, s
         createType(*type, line);
     } else if (const auto* schema = std::get_if<tsql::CreateSchemaStatement>(&statement.node)) {
         createSchema(*schema, line, results);
+    } else if (const auto* sequence = std::get_if<tsql::SequenceStatement>(&statement.node)) {
+        defineSequence(*sequence, line);
+    } else if (const auto* synonym = std::get_if<tsql::CreateSynonymStatement>(&statement.node)) {
+        createSynonym(*synonym, line);
     } else if (const auto* moved = std::get_if<tsql::AlterSchemaStatement>(&statement.node)) {
         transferObject(*moved, line);
     } else if (const auto* dropped = std::get_if<tsql::DropStatement>(&statement.node)) {

@@ -18,7 +18,7 @@
 namespace kap::engine {
 namespace {
 
-constexpr std::size_t kFunctions = 9;
+constexpr std::size_t kFunctions = 12;
 
 Value orNull(const std::optional<std::int64_t>& number) {
     return number ? Value(*number) : Value();
@@ -56,6 +56,7 @@ SessionFunctions::SessionFunctions(FileConnection& connection, SchemaCatalogue& 
     provide(kColumnStoredCall, -1, &SessionFunctions::call, true);
     provide("kap_capturing", 1, &SessionFunctions::capturing);
     provide("kap_current_row", -1, &SessionFunctions::currentRow);
+    provideSequences();
     registerRowFunctions(connection.handle(), connection.errorSlot(),
                          [this](const std::string& function, const Arguments& arguments) {
                              return rowsBy(function, arguments);

@@ -15,7 +15,7 @@ namespace kap::engine {
 // The SQL functions by which translated statements ask their session: kap_system for what it tells
 // of itself, kap_variable and kap_assign for variables that change from row to row, kap_call for
 // stored functions, kap_capturing for the triggers that catch written rows, kap_current_row for the
-// row of a cursor.
+// row of a cursor, kap_next_value and its kin for the numbers of sequences.
 class SessionFunctions {
 public:
     SessionFunctions(FileConnection& connection, SchemaCatalogue& catalogue, Counters& counters,
@@ -44,6 +44,12 @@ private:
     [[nodiscard]] Value call(const Arguments& arguments);
     [[nodiscard]] Value capturing(const Arguments& arguments);
     [[nodiscard]] Value currentRow(const Arguments& arguments);
+    // session_sequences.cpp
+    void provideSequences();
+    [[nodiscard]] Value nextValue(const Arguments& arguments);
+    [[nodiscard]] Value sameValue(const Arguments& arguments);
+    [[nodiscard]] Value rankedValue(const Arguments& arguments);
+    [[nodiscard]] const Sequence& sequence(const std::string& name) const;
     [[nodiscard]] GivenRows rowsBy(const std::string& function, const Arguments& arguments);
 
     // What kap_system answers, by groups.

@@ -70,6 +70,8 @@ bool ScriptRunner::executeSystem(Frame& frame, Instruction& instruction,
     const bool configures = name == "sp_dboption" || name == "sp_configure";
     if (configures && configureTriggers(name, textArguments(frame, instruction, node))) {
         // The file remembers it.
+    } else if (name == "sp_sequence_get_range") {
+        drawRange(frame, instruction, node);
     } else if (name == "sp_settriggerorder") {
         setTriggerOrder(textArguments(frame, instruction, node), line);
     } else if (std::ranges::find(kNoEffect, name) != kNoEffect.end()) {
@@ -252,7 +254,7 @@ void ScriptRunner::renameByName(const tsql::ObjectName& name, const std::string&
         return;
     }
     for (const StoredObject& each : catalogue_.objects()) {
-        if (each.kind > StoredKind::Trigger || !sameName(each.name, stored)) continue;
+        if (!hasTableName(each.kind) || !sameName(each.name, stored)) continue;
         renameStored(each.kind, stored, object, newName, line);
         return;
     }
@@ -273,8 +275,15 @@ void ScriptRunner::renameStored(StoredKind kind, const std::string& stored,
     }
     refuseUsedFunction("sp_rename", stored, object, line);
     const std::string after = storedName(schemaOf(stored), newName);
+    if (kind == StoredKind::Sequence)
+        refuseUsedSequence(catalogue_, "sp_rename", stored, object, line);
     catalogue_.stored().rename(kind, found->name, after);
-    if (kind == StoredKind::Type) return;
+    if (kind == StoredKind::Sequence) {
+        Table counter;
+        counter.name = found->name;
+        counters_.rename(counter, after);
+    }
+    if (kind > StoredKind::Trigger) return;
     StoredObject other = *found;
     other.name = after;
     other.text = withObjectName(found->text, newName);

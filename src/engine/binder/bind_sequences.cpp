@@ -1,0 +1,43 @@
+#include <algorithm>
+
+#include "engine/binder/binder.hpp"
+#include "engine/catalog/object_names.hpp"
+#include "engine/catalog/sequences.hpp"
+#include "tsql/server_error.hpp"
+
+// NEXT VALUE FOR. Numbers of one sequence within one row are the same, so only the first of them is
+// drawn. With OVER it is the one at the place that the row has in this order.
+namespace kap::engine {
+
+using tsql::ServerError;
+
+BoundExpression Binder::nextValue(const tsql::FunctionCall& call, int line, Scope& scope) {
+    const tsql::ObjectName& name =
+        std::get<tsql::ColumnReference>(call.arguments.front()->node).name;
+    const std::string stored = followedName(name, schema_, catalogue());
+    const Sequence* sequence = catalogue().findSequence(stored);
+    if (sequence == nullptr) {
+        const bool other = !stored.empty() && catalogue().knows(stored);
+        throw ServerError(other ? tsql::Message::NoSequence : tsql::Message::InvalidObject,
+                          {name.text()}, line);
+    }
+    if (names_.settings().rowLimit > 0) throw ServerError(tsql::Message::DrawWithTop, {}, line);
+    drawsNumbers_ = true;
+    const std::string own = sqlText(sequence->name);
+    std::string drawn;
+    if (call.over) {
+        const Restored inside(scope.insideWindow, true);
+        ++windowsBound_;
+        drawn =
+            callText("kap_ranked_value", own, "row_number()" + overText(*call.over, line, scope));
+    } else {
+        const bool again =
+            std::ranges::find(scope.drawnFrom, sequence->name) != scope.drawnFrom.end();
+        if (!again) scope.drawnFrom.push_back(sequence->name);
+        drawn = callText(again ? "kap_same_value" : "kap_next_value", own);
+    }
+    if (tsql::isWideDecimal(sequence->type)) drawn = callText("kap_wide", drawn, "0");
+    return BoundExpression::expression(drawn, sequence->type, false);
+}
+
+}  // namespace kap::engine

@@ -1,0 +1,147 @@
+#include "engine/catalog/sequences.hpp"
+
+#include <array>
+#include <limits>
+#include <utility>
+
+#include <kaputil/automation/plain_text.hpp>
+
+#include "engine/catalog/object_names.hpp"
+#include "tsql/parser.hpp"
+#include "tsql/server_error.hpp"
+
+namespace kap::engine {
+namespace {
+
+using tsql::Message;
+using tsql::ServerError;
+using tsql::SqlType;
+using tsql::TypeSpec;
+
+struct SequenceRange {
+    std::int64_t least;
+    std::int64_t most;
+};
+
+template <typename Number>
+constexpr SequenceRange rangeOf() {
+    return {std::numeric_limits<Number>::min(), std::numeric_limits<Number>::max()};
+}
+
+// The numbers of a type, as far as 64 bits hold them; nothing for a type that counts nothing.
+std::optional<SequenceRange> rangeOf(const TypeSpec& type) {
+    switch (type.type) {
+        case SqlType::TinyInt:
+            return rangeOf<std::uint8_t>();
+        case SqlType::SmallInt:
+            return rangeOf<std::int16_t>();
+        case SqlType::Int:
+            return rangeOf<std::int32_t>();
+        case SqlType::BigInt:
+            return rangeOf<std::int64_t>();
+        case SqlType::Decimal:
+        case SqlType::Numeric: {
+            if (type.scale != 0) return std::nullopt;
+            constexpr int kDigits = std::numeric_limits<std::int64_t>::digits10;
+            if (type.precision > kDigits) return rangeOf<std::int64_t>();
+            std::int64_t most = 1;
+            for (int i = 0; i < type.precision; ++i)
+                most *= 10;
+            return SequenceRange{1 - most, most - 1};
+        }
+        default:
+            return std::nullopt;
+    }
+}
+
+std::uint64_t distance(std::int64_t from, std::int64_t to) {
+    return static_cast<std::uint64_t>(to) - static_cast<std::uint64_t>(from);
+}
+
+std::uint64_t magnitude(std::int64_t number) {
+    const auto bits = static_cast<std::uint64_t>(number);
+    return number < 0 ? 0 - bits : bits;
+}
+
+// What no order of the options can make right.
+void check(const Sequence& sequence, int line) {
+    const std::string_view name = bareName(sequence.name);
+    const auto range = rangeOf(sequence.type);
+    if (!range) throw ServerError(Message::WrongSequenceType, {name}, line);
+    const std::array<std::pair<const char*, std::int64_t>, 4> values{
+        {{"START WITH", sequence.start},
+         {"MINVALUE", sequence.minimum},
+         {"MAXVALUE", sequence.maximum},
+         {"INCREMENT BY", sequence.increment}}};
+    for (const auto& [argument, value] : values) {
+        // A step back counts in types that have no negative numbers, too.
+        const bool step = value == sequence.increment && value < 0 && range->least == 0;
+        if (step || (value >= range->least && value <= range->most)) continue;
+        throw ServerError(Message::WrongSequenceValue, {argument}, line);
+    }
+    if (sequence.increment == 0) throw ServerError(Message::ZeroIncrement, {name}, line);
+    if (sequence.minimum >= sequence.maximum) {
+        throw ServerError(Message::MinimumNotLess, {name}, line);
+    }
+    if (magnitude(sequence.increment) > distance(sequence.minimum, sequence.maximum)) {
+        throw ServerError(Message::IncrementTooLarge, {name}, line);
+    }
+    if (!sequence.holds(sequence.start)) throw ServerError(Message::StartOutOfRange, {name}, line);
+    if (sequence.caches && sequence.cacheSize && *sequence.cacheSize <= 0) {
+        throw ServerError(Message::WrongCacheSize, {name}, line);
+    }
+}
+
+// What a statement says of the limits, the step and the cache.
+void take(Sequence& sequence, const tsql::SequenceStatement& statement) {
+    const auto range = rangeOf(sequence.type);
+    if (statement.increment) sequence.increment = *statement.increment;
+    if (range && statement.minimum.none) sequence.minimum = range->least;
+    if (range && statement.maximum.none) sequence.maximum = range->most;
+    if (statement.minimum.value) sequence.minimum = *statement.minimum.value;
+    if (statement.maximum.value) sequence.maximum = *statement.maximum.value;
+    if (statement.cycles) sequence.cycles = *statement.cycles;
+    if (!statement.caches) return;
+    sequence.caches = *statement.caches;
+    sequence.cacheSize = statement.cacheSize;
+}
+
+}  // namespace
+
+Sequence sequenceOf(const tsql::SequenceStatement& statement, const std::string& stored, int line) {
+    Sequence result;
+    result.name = stored;
+    if (statement.type) result.type = *statement.type;
+    if (const auto range = rangeOf(result.type)) {
+        result.minimum = range->least;
+        result.maximum = range->most;
+    }
+    take(result, statement);
+    result.start = statement.start.value_or(result.increment < 0 ? result.maximum : result.minimum);
+    check(result, line);
+    return result;
+}
+
+Sequence altered(const Sequence& sequence, const tsql::SequenceStatement& statement, int line) {
+    Sequence result = sequence;
+    take(result, statement);
+    if (statement.start) result.start = *statement.start;
+    check(result, line);
+    return result;
+}
+
+StoredObject storedObject(const Sequence& sequence) {
+    std::string text =
+        "AS " + tsql::typeText(sequence.type) + " START WITH " + plain::text(sequence.start) +
+        " INCREMENT BY " + plain::text(sequence.increment) + " MINVALUE " +
+        plain::text(sequence.minimum) + " MAXVALUE " + plain::text(sequence.maximum) +
+        (sequence.cycles ? " CYCLE" : " NO CYCLE") + (sequence.caches ? " CACHE" : " NO CACHE");
+    if (sequence.cacheSize) text += " " + plain::text(*sequence.cacheSize);
+    return {0, StoredKind::Sequence, sequence.name, "", std::move(text)};
+}
+
+Sequence sequenceOf(const StoredObject& object) {
+    return sequenceOf(tsql::parseSequenceOptions(object.text), object.name, 0);
+}
+
+}  // namespace kap::engine
