@@ -20,6 +20,9 @@ if(commandSources)
     endif()
     if(WIN32)
         target_link_options(kaputil-cli PRIVATE -municode)
+    elseif(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND NOT KAPUTIL_SANITIZE)
+        # The names of the C++ runtime are half of what a start looks up; scripts start the command once a statement.
+        target_link_options(kaputil-cli PRIVATE -static-libstdc++ -static-libgcc)
     endif()
     if(KAPUTIL_SANITIZE)
         # As for tests: optimizing the templates that read arguments takes longer than all that the program does. What is

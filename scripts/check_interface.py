@@ -31,11 +31,11 @@ def visible_symbols(build):
 
 
 def libraries_at_start(build):
-    """What the host loads before a program begins; itself and the sanitizers' own libraries do not count."""
+    """What the host loads before a program begins, beside the runtime of C++ and the sanitizers."""
     lines = []
     for name in ("libkaputil.so", "kaputil"):
         needed = re.findall(r"NEEDED\s+(\S+)", output_of("objdump", "--private-headers", str(build / name)))
-        lines += [f"{name}  {library}" for library in needed if not re.match(r"lib\w+san\.|ld-", library)]
+        lines += [f"{name}  {library}" for library in needed if not re.match(r"lib(\w+san|c|m|gcc_s|stdc\+\+)\.|ld-", library)]
     return sorted(lines)
 
 
