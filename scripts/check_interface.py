@@ -24,9 +24,11 @@ def output_of(*command):
 
 
 def visible_symbols(build):
-    """What a program finds in the shared library. A function counts once, however many entries the compiler makes for it."""
+    """What a program finds in the shared library. A function counts once, however many entries the compiler makes for it; the
+    constants of headers, which programs have themselves, do not count."""
     listing = output_of("nm", "--dynamic", "--defined-only", "--demangle", str(build / "libkaputil.so"))
-    names = (line.split(" ", 2)[2] for line in listing.splitlines())
+    entries = [line.split(" ", 2)[1:] for line in listing.splitlines()]
+    names = [name for kind, name in entries if kind not in "Vu" or re.match(r"(vtable|typeinfo|typeinfo name) for ", name)]
     return sorted({re.sub(r"@@?KAPUTIL_\d+$", "", name) for name in names})
 
 
