@@ -50,8 +50,8 @@ KAPUTIL_EDITOR(el_wset);
 KAPUTIL_EDITOR(history_end);
 KAPUTIL_EDITOR(history_init);
 #undef KAPUTIL_EDITOR
-// NOLINTEND(readability-identifier-naming)
 constinit const platform::LoadedFunction<decltype(::history)> editorHistory(kEditor, "history");
+// NOLINTEND(readability-identifier-naming)
 
 constexpr int kLinesOfBefore = 1000;
 constexpr char kEndOfInput = 4;
