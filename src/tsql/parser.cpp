@@ -35,6 +35,11 @@ std::vector<std::string> parseNames(std::string_view text) {
     return Parser(text, tokenize(text), options).wholeNames();
 }
 
+CreateTableStatement parseTableBody(std::string_view text, const std::string& name) {
+    const ParseOptions options;
+    return Parser(text, tokenize(text), options).wholeTableBody(name);
+}
+
 SequenceStatement parseSequenceOptions(std::string_view text) {
     const ParseOptions options;
     return Parser(text, tokenize(text), options).wholeSequence();

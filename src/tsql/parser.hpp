@@ -45,6 +45,9 @@ struct ParseOptions {
 // Reads a name with its owner, "dbo.[t]".
 [[nodiscard]] ObjectName parseObjectName(std::string_view text);
 
+// Reads the columns of a table type, "(a int, b int)", as the table of that name.
+[[nodiscard]] CreateTableStatement parseTableBody(std::string_view text, const std::string& name);
+
 // Reads a list of names, "[a], [b]".
 [[nodiscard]] std::vector<std::string> parseNames(std::string_view text);
 

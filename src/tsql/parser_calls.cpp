@@ -16,7 +16,7 @@ ExecuteStatement Parser::executeStatement() {
         expectOperator(")");
         refuseKeyword("AS", "EXECUTE AS");
         refuseKeyword("AT", "EXECUTE AT");
-        callOptions();
+        callOptions(result);
         return result;
     }
     refuseKeyword("AS", "EXECUTE AS");
@@ -42,7 +42,7 @@ ExecuteStatement Parser::executeStatement() {
         result.procedureVariable = name;
     }
     if (!atStatement()) arguments(result);
-    callOptions();
+    callOptions(result);
     return result;
 }
 
@@ -61,19 +61,75 @@ void Parser::arguments(ExecuteStatement& call) {
 ExecuteStatement Parser::procedureCall() {
     ExecuteStatement result;
     result.procedure = objectName();
-    if (atOperator(";") && peek(1).kind == TokenKind::Integer) refuse("numbered procedures");
+    result.number = procedureNumber();
     if (!atStatement()) arguments(result);
-    callOptions();
+    callOptions(result);
     return result;
 }
 
+// The 2 of p;2.
+int Parser::procedureNumber() {
+    if (!atOperator(";") || peek(1).kind != TokenKind::Integer) return 1;
+    next();
+    const Token& token = next();
+    const auto number = plain::readInt(token.text);
+    constexpr int kMost = 32767;
+    if (!number || *number < 1 || *number > kMost) throw syntaxError(token.text, token.line);
+    return *number;
+}
+
 // WITH belongs to a call only with these words behind it.
-void Parser::callOptions() {
+void Parser::callOptions(ExecuteStatement& call) {
     if (!atKeyword("WITH")) return;
-    if (atKeyword("RESULT", 1)) refuse("EXECUTE WITH RESULT SETS");
-    if (!atKeyword("RECOMPILE", 1)) return;
+    if (!atKeyword("RECOMPILE", 1) && !atKeyword("RESULT", 1)) return;
     next();
-    next();
+    do {
+        if (acceptKeyword("RECOMPILE")) continue;
+        expectKeyword("RESULT");
+        expectKeyword("SETS");
+        call.resultSets = resultSets();
+    } while (acceptOperator(","));
+}
+
+// UNDEFINED, NONE, or a list in brackets.
+ResultSets Parser::resultSets() {
+    ResultSets result;
+    if (acceptKeyword("UNDEFINED")) return result;
+    result.kind = ResultSets::Kind::None;
+    if (acceptKeyword("NONE")) return result;
+    result.kind = ResultSets::Kind::Listed;
+    expectOperator("(");
+    do {
+        ResultSets::Set& set = result.sets.emplace_back();
+        if (acceptKeyword("AS")) {
+            if (atKeyword("FOR")) refuse("WITH RESULT SETS AS FOR XML");
+            set.isType = acceptKeyword("TYPE");
+            if (!set.isType) expectKeyword("OBJECT");
+            set.object = objectName();
+            continue;
+        }
+        expectOperator("(");
+        do {
+            set.columns.push_back(resultSetColumn(static_cast<int>(set.columns.size()) + 1));
+        } while (acceptOperator(","));
+        expectOperator(")");
+    } while (acceptOperator(","));
+    expectOperator(")");
+    return result;
+}
+
+ResultSetColumn Parser::resultSetColumn(int ordinal) {
+    ResultSetColumn result;
+    result.name = name();
+    result.type = type(result.name, ordinal);
+    if (atKeyword("COLLATE")) collation();
+    if (acceptKeyword("NOT")) {
+        expectKeyword("NULL");
+        result.nullable = false;
+    } else {
+        acceptKeyword("NULL");
+    }
+    return result;
 }
 
 Argument Parser::argument() {
@@ -82,7 +138,12 @@ Argument Parser::argument() {
         result.name = next().text;
         next();
     }
-    if (!acceptKeyword("DEFAULT")) result.value = argumentValue();
+    if (peek().kind == TokenKind::Variable && isCursorVariable(peek().text)) {
+        const Token& cursor = next();
+        result.value = make(VariableReference{cursor.text}, cursor.line);
+    } else if (!acceptKeyword("DEFAULT")) {
+        result.value = argumentValue();
+    }
     result.output = acceptKeyword("OUTPUT") || acceptKeyword("OUT");
     return result;
 }

@@ -162,8 +162,7 @@ ExpressionPtr Parser::writtenRows(const std::vector<Assignment>& assignments) {
     const int line = next().line;
     next();
     acceptKeyword("GLOBAL");
-    if (peek().kind == TokenKind::Variable) refuse("cursor variable");
-    CurrentOfPredicate result{name(), {}};
+    CurrentOfPredicate result{cursorName(), {}};
     for (const Assignment& each : assignments) {
         if (!each.column.parts.empty()) result.columns.push_back(each.column.last());
     }

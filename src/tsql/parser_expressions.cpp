@@ -165,6 +165,9 @@ ExpressionPtr Parser::primary(Place place) {
             return literal(LiteralKind::Binary);
         case TokenKind::Variable: {
             checkDeclared(peek());
+            if (!cursorVariables_.empty() && isCursorVariable(peek().text)) {
+                throw ServerError(Message::CursorVariableMisplaced, {peek().text}, peek().line);
+            }
             const Token& variable = next();
             return make(VariableReference{variable.text}, variable.line);
         }

@@ -24,7 +24,11 @@ Statement::Node Parser::declareStatement() {
             tableBody(table);
             continue;
         }
-        refuseKeyword("CURSOR", "cursor variable");
+        if (acceptKeyword("CURSOR")) {
+            cursorVariables_.push_back(name);
+            result.cursors.push_back(name);
+            continue;
+        }
         if (auto table = tableType(name)) {
             table->table.line = line;
             result.tables.push_back(std::move(*table));
@@ -37,56 +41,6 @@ Statement::Node Parser::declareStatement() {
         if (acceptOperator("=")) declared.initial = value();
     } while (acceptOperator(","));
     return result;
-}
-
-Statement::Node Parser::declareCursor(std::string name) {
-    DeclareCursorStatement result;
-    result.name = std::move(name);
-    result.readOnly = acceptKeyword("INSENSITIVE");
-    result.scroll = acceptKeyword("SCROLL");
-    expectKeyword("CURSOR");
-    cursorOptions(result);
-    const int line = peek().line;
-    result.query = std::make_shared<Statement>(Statement{SelectStatement{query()}, line});
-    cursorPurpose(result);
-    return result;
-}
-
-// A static cursor can be scrolled and not written through; a fast one neither.
-void Parser::cursorOptions(DeclareCursorStatement& cursor) {
-    bool forwardOnly = false;
-    while (!acceptKeyword("FOR")) {
-        const bool fixed = atKeyword("STATIC");
-        if (fixed || atKeyword("SCROLL") || atKeyword("KEYSET") || atKeyword("DYNAMIC")) {
-            cursor.scroll = true;
-            cursor.readOnly = cursor.readOnly || fixed;
-        } else if (atKeyword("FAST_FORWARD") || atKeyword("READ_ONLY")) {
-            cursor.readOnly = true;
-        } else if (atKeyword("LOCAL")) {
-            cursor.local = true;
-        } else if (atKeyword("FORWARD_ONLY")) {
-            forwardOnly = true;
-        } else if (!atKeyword("GLOBAL") && !atKeyword("OPTIMISTIC") && !atKeyword("SCROLL_LOCKS") &&
-                   !atKeyword("TYPE_WARNING")) {
-            unexpected();
-        }
-        next();
-    }
-    cursor.scroll = cursor.scroll && !forwardOnly;
-}
-
-void Parser::cursorPurpose(DeclareCursorStatement& cursor) {
-    if (!acceptKeyword("FOR")) return;
-    if (acceptKeyword("READ")) {
-        expectKeyword("ONLY");
-        cursor.readOnly = true;
-        return;
-    }
-    expectKeyword("UPDATE");
-    if (!acceptKeyword("OF")) return;
-    do {
-        cursor.updatable.push_back(name());
-    } while (acceptOperator(","));
 }
 
 StatementPtr Parser::subStatement() {
@@ -211,37 +165,6 @@ Statement::Node Parser::waitStatement() {
     result.until = acceptKeyword("TIME");
     if (!result.until) expectKeyword("DELAY");
     result.time = value();
-    return result;
-}
-
-Statement::Node Parser::openCursor(CursorAction action) {
-    acceptKeyword("GLOBAL");
-    return CursorStatement{action, name()};
-}
-
-Statement::Node Parser::fetchStatement() {
-    using Direction = FetchStatement::Direction;
-    static constexpr std::pair<const char*, Direction> kDirections[] = {
-        {"NEXT", Direction::Next},         {"PRIOR", Direction::Prior},
-        {"FIRST", Direction::First},       {"LAST", Direction::Last},
-        {"ABSOLUTE", Direction::Absolute}, {"RELATIVE", Direction::Relative}};
-    FetchStatement result;
-    for (const auto& [word, direction] : kDirections) {
-        if (!atKeyword(word) || atKeyword("INTO", 1)) continue;
-        next();
-        result.direction = direction;
-        if (direction == Direction::Absolute || direction == Direction::Relative) {
-            result.distance = value();
-        }
-        break;
-    }
-    acceptKeyword("FROM");
-    acceptKeyword("GLOBAL");
-    result.cursor = name();
-    if (!acceptKeyword("INTO")) return result;
-    do {
-        result.into.push_back(variable());
-    } while (acceptOperator(","));
     return result;
 }
 

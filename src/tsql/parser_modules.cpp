@@ -94,6 +94,12 @@ std::vector<ParameterDefinition> Parser::parameterDefinitions() {
         ParameterDefinition& parameter = result.emplace_back();
         parameter.name = newVariable();
         acceptKeyword("AS");
+        if (acceptKeyword("CURSOR")) {
+            cursorParameter(parameter);
+            if (!acceptOperator(",")) break;
+            if (peek().kind != TokenKind::Variable) unexpected();
+            continue;
+        }
         parameter.table = tableType(parameter.name);
         if (parameter.table == nullptr) {
             parameter.type = type(parameter.name, static_cast<int>(result.size()));
@@ -114,6 +120,16 @@ std::vector<ParameterDefinition> Parser::parameterDefinitions() {
     return result;
 }
 
+// CURSOR VARYING OUTPUT: a procedure gives a cursor, and takes none.
+void Parser::cursorParameter(ParameterDefinition& parameter) {
+    expectKeyword("VARYING");
+    if (!acceptKeyword("OUTPUT")) expectKeyword("OUT");
+    parameter.cursor = true;
+    parameter.output = true;
+    parameter.type = {SqlType::Int};  // its place among the variables is not used
+    cursorVariables_.push_back(parameter.name);
+}
+
 std::shared_ptr<Script> Parser::restOfBatch() {
     auto body = std::make_shared<Script>();
     while (true) {
@@ -128,6 +144,7 @@ std::shared_ptr<Script> Parser::restOfBatch() {
 Statement::Node Parser::createProcedure(Making making) {
     requireFirst("CREATE/ALTER PROCEDURE");
     CreateModuleStatement result = moduleOf(ModuleKind::Procedure, making);
+    result.number = procedureNumber();
     const bool bracket = acceptOperator("(");
     result.parameters = parameterDefinitions();
     if (bracket) expectOperator(")");

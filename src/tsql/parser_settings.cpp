@@ -12,7 +12,8 @@ namespace kap::tsql {
 Statement::Node Parser::setStatement() {
     if (peek().kind != TokenKind::Variable) return setOption();
     const std::string name = variable();
-    if (atOperator("=") && atKeyword("CURSOR", 1)) refuse("cursor variable");
+    const bool cursor = atOperator("=") && atKeyword("CURSOR", 1);
+    if (cursor || isCursorVariable(name)) return assignCursor(name);
     AssignStatement result{name, nullptr};
     result.value = assignedValue([&] { return VariableReference{name}; });
     return result;

@@ -19,7 +19,7 @@ namespace kap::tsql {
 //
 //     parser.cpp               tokens, names, errors
 //     parser_scripts.cpp       batches, and which statement begins here
-//     parser_flow.cpp          BEGIN, IF, WHILE, TRY, GOTO
+//     parser_flow.cpp          BEGIN, IF, WHILE, TRY, GOTO; parser_cursors.cpp cursors
 //     parser_settings.cpp      SET
 //     parser_calls.cpp         EXEC and its arguments
 //     parser_escapes.cpp       what stands in braces; parser_escaped_calls.cpp {fn name(...)}
@@ -328,6 +328,7 @@ private:
     void tableFunction(CreateModuleStatement& function);
     Statement::Node createTrigger(Making making);
     std::vector<ParameterDefinition> parameterDefinitions();
+    void cursorParameter(ParameterDefinition& parameter);
     void moduleOptions();
     void requireFirst(const char* what) const;
     std::shared_ptr<Script> restOfBatch();
@@ -356,7 +357,13 @@ private:
     Statement::Node raiserrorStatement();
     Statement::Node throwStatement();
     Statement::Node waitStatement();
+    [[nodiscard]] bool isCursorVariable(const std::string& name) const;
+    std::string cursorName();
+    void cursorDefinition(DeclareCursorStatement& cursor);
+    Statement::Node assignCursor(std::string variable);
     void cursorOptions(DeclareCursorStatement& cursor);
+    void cursorOption(DeclareCursorStatement& cursor, std::vector<std::string>& said);
+    void refuseCursorOption(std::string_view option, const std::vector<std::string>& said) const;
     void cursorPurpose(DeclareCursorStatement& cursor);
     Statement::Node openCursor(CursorAction action);
     Statement::Node fetchStatement();
@@ -373,7 +380,10 @@ private:
     ExecuteStatement executeStatement();
     ExecuteStatement procedureCall();
     void arguments(ExecuteStatement& call);
-    void callOptions();
+    void callOptions(ExecuteStatement& call);
+    int procedureNumber();
+    ResultSets resultSets();
+    ResultSetColumn resultSetColumn(int ordinal);
     Argument argument();
     ExpressionPtr argumentValue();
 
@@ -392,7 +402,8 @@ private:
     std::vector<Token> tokens_;
     std::size_t position_ = 0;
     std::vector<std::string> declared_;  // variables, so far
-    int nesting_ = 0;                    // of the rules being read
+    std::vector<std::string> cursorVariables_;
+    int nesting_ = 0;  // of the rules being read
     int deepest_ = 0;  // depth of the deepest expression or source made in the present query
     int loops_ = 0;    // WHILE around the present statement
     int queries_ = 0;  // around the present place

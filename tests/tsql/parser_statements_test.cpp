@@ -253,9 +253,9 @@ INSTANTIATE_TEST_SUITE_P(
         StatementRefusal{"CREATE RULE r AS 1 = 1", 40517, 1, REFUSED("CREATE RULE")},
         StatementRefusal{"DROP RULE r", 40517, 1, REFUSED("DROP RULE")},
         StatementRefusal{"DBCC CHECKIDENT ('t', 1)", 102, 1, "Incorrect syntax near '1'."},
-        StatementRefusal{"UPDATE t SET a = 1 WHERE CURRENT OF @c", 40517, 1,
-                         REFUSED("cursor variable")},
-        StatementRefusal{"DECLARE @c CURSOR", 40517, 1, REFUSED("cursor variable")},
+        StatementRefusal{"UPDATE t SET a = 1 WHERE CURRENT OF @c", 16948, 1,
+                         "The variable '@c' is not a cursor variable, but it is used in a place "
+                         "where a cursor variable is expected."},
         StatementRefusal{"BEGIN DISTRIBUTED TRAN", 40517, 1,
                          REFUSED("BEGIN DISTRIBUTED TRANSACTION")},
         StatementRefusal{"CREATE FUNCTION f (@a int) RETURNS TABLE AS SELECT 1 AS a", 156, 1,

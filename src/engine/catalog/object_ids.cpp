@@ -96,6 +96,7 @@ const char* objectType(const SchemaCatalogue& catalogue, const StoredObject& obj
         case StoredKind::Schema:
         case StoredKind::Setting:
         case StoredKind::TriggerOrder:
+        case StoredKind::NumberedProcedure:
             break;
     }
     return "";
@@ -108,8 +109,10 @@ Value idOfObject(const SchemaCatalogue& catalogue, const std::string& name,
     const std::string wanted = typeCode(type);
     if (plain.front() == '#') {
         const Table* table = catalogue.find(plain);
-        const bool fits = wanted.empty() || wanted == "U";
-        return table != nullptr && fits ? Value(objectId(table->name)) : Value();
+        if (table != nullptr && (wanted.empty() || wanted == "U")) return objectId(table->name);
+        const bool procedure = (wanted.empty() || wanted == "P") &&
+                               catalogue.findModule(StoredKind::Procedure, plain) != nullptr;
+        return procedure ? Value(objectId(plain)) : Value();
     }
     for (const Found& object : objectsOf(catalogue)) {
         if (sameName(object.name, plain) && (wanted.empty() || wanted == object.type)) {

@@ -281,10 +281,11 @@ template <class Statement>
 Statement SchemaCatalogue::definitionOf(const StoredObject& object) const {
     tsql::Script script = tsql::parseScript(object.text, parseOptions(object.quotedNames));
     auto* statement = script.size() == 1 ? std::get_if<Statement>(&script.front().node) : nullptr;
-    // It may have been moved to another schema since.
-    const bool same =
-        statement != nullptr && (sameName(statement->name.last(), bareName(object.name)) ||
-                                 sameName(statement->name.last(), object.name));
+    // It may have been moved to another schema since. One of a group is called as its group.
+    const std::string& name =
+        object.kind == StoredKind::NumberedProcedure ? object.parent : object.name;
+    const bool same = statement != nullptr && (sameName(statement->name.last(), bareName(name)) ||
+                                               sameName(statement->name.last(), name));
     if (!same) {
         throw SqliteError(SQLITE_CORRUPT, "the text of '" + object.name + "' is that of another",
                           0);
@@ -370,8 +371,21 @@ std::vector<SchemaCatalogue::SequenceState> SchemaCatalogue::sequences() const {
 
 std::shared_ptr<const Module> SchemaCatalogue::findModule(StoredKind kind,
                                                           std::string_view name) const {
+    if (kind == StoredKind::Procedure && name.starts_with('#')) {
+        const auto found = temporary_.find(folded(name));
+        return found == temporary_.end() ? nullptr : found->second;
+    }
     const StoredObject* object = findObject(kind, name);
     return object == nullptr ? nullptr : parsed(*object);
+}
+
+void SchemaCatalogue::addTemporary(std::shared_ptr<const Module> procedure) {
+    std::string key = folded(procedure->object.name);
+    temporary_.insert_or_assign(std::move(key), std::move(procedure));
+}
+
+bool SchemaCatalogue::removeTemporary(std::string_view procedure) {
+    return temporary_.erase(folded(procedure)) > 0;
 }
 
 std::vector<std::shared_ptr<const Module>> SchemaCatalogue::triggersOf(

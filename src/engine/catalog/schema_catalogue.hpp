@@ -96,6 +96,10 @@ public:
     // A procedure, function or trigger, read; null when there is none of that name.
     [[nodiscard]] std::shared_ptr<const Module> findModule(StoredKind kind,
                                                            std::string_view name) const;
+    // The temporary procedures of the connection, #p, which no file has.
+    void addTemporary(std::shared_ptr<const Module> procedure);
+    // False when there is none of that name.
+    bool removeTemporary(std::string_view procedure);
     // The triggers of a table or view that are switched on, in the order in which they were made.
     [[nodiscard]] std::vector<std::shared_ptr<const Module>> triggersOf(
         std::string_view table) const;
@@ -206,6 +210,7 @@ private:
     mutable std::map<std::string, tsql::ObjectName> synonyms_;
     // By the name and the text, so that they outlive a change of something else.
     mutable LruCache<std::shared_ptr<const Module>> modules_;
+    std::map<std::string, std::shared_ptr<const Module>> temporary_;  // by the folded name
     std::vector<Firing> firing_;
     std::vector<std::string> databaseNames_{std::string()};  // the one that counts last
 };

@@ -8,6 +8,10 @@
 
 namespace kap::engine {
 
+std::string numberedName(std::string_view procedure, int number) {
+    return std::string(procedure) + ";" + plain::text(number);
+}
+
 bool isTableType(const StoredObject& object) {
     return object.kind == StoredKind::Type && object.text.starts_with('(');
 }

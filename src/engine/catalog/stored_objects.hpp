@@ -28,7 +28,8 @@ enum class StoredKind : std::uint8_t {
     Setting,       // of the database, on or off
     TriggerOrder,  // "trigger/event", which fires first or last among those of its table
     Sequence,
-    Synonym,  // its text is the name that it stands for
+    Synonym,            // its text is the name that it stands for
+    NumberedProcedure,  // "p;2", of the group of the procedure p, which is its parent
 };
 
 // Whether objects of the kind share the names of their schema with tables.
@@ -49,6 +50,9 @@ struct StoredObject {
     bool enabled = true;
     bool quotedNames = true;  // what double quotes in the text mean
 };
+
+// What a procedure of a group is called that has a number above 1.
+[[nodiscard]] std::string numberedName(std::string_view procedure, int number);
 
 // Whether a type is one of tables, whose text is "(a int, ...)".
 [[nodiscard]] bool isTableType(const StoredObject& object);

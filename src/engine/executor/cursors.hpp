@@ -17,6 +17,7 @@ namespace kap::engine {
 // it is open, the rows that the query had then.
 struct Cursor {
     std::string name;
+    tsql::CursorKind kind = tsql::CursorKind::Unsaid;
     bool scroll = false;
     bool readOnly = false;
     std::vector<std::string> updatable;  // of FOR UPDATE OF; empty: all columns
@@ -36,7 +37,8 @@ struct Cursor {
     }
 };
 
-// The cursors of a connection, by name in lower case.
-using Cursors = std::map<std::string, Cursor>;
+// Cursors by name in lower case, or by the variable that holds them: null for one that holds none.
+// A cursor lasts as long as a name or a variable means it.
+using Cursors = std::map<std::string, std::shared_ptr<Cursor>>;
 
 }  // namespace kap::engine

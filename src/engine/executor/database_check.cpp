@@ -361,6 +361,7 @@ private:
                 [[fallthrough]];
             case StoredKind::Procedure:
             case StoredKind::Function:
+            case StoredKind::NumberedProcedure:
                 static_cast<void>(catalogue_.findModule(object.kind, object.name));
                 return;
             case StoredKind::Type:

@@ -72,7 +72,7 @@ struct Frame {
     std::vector<RaisedError> handled;    // by the CATCH blocks that are running
     std::vector<std::string> ownTables;  // temporary tables that end with it
     std::vector<VariableTable> localTables;
-    Cursors cursors;  // LOCAL ones
+    Cursors cursors;  // LOCAL ones, and those of variables
     std::optional<FiringTrigger> trigger;
     std::optional<Value> returned;
     bool streams = false;      // its last query may be left standing at its rows
@@ -107,6 +107,7 @@ struct SessionState : SessionSettings {
     std::int32_t cursorRows = 0;  // of the cursor that was opened last; -1: not known ahead
     // What the server says behind the error that is being raised.
     std::optional<tsql::ServerError> followUp;
+    bool insertingExecuted = false;  // the results of the call that is running go into a table
     // A transaction in which an error was caught that allows no more than rolling back.
     bool doomed = false;
 

@@ -185,6 +185,11 @@ void ScriptRunner::checkAhead(Instruction& instruction, const NameScope& names) 
     if (const auto* cursor = std::get_if<tsql::DeclareCursorStatement>(&statement->node)) {
         (void)translateCursor(*std::get<tsql::SelectStatement>(cursor->query->node).query, names);
     }
+    if (const auto* held = std::get_if<tsql::AssignCursorStatement>(&statement->node);
+        held != nullptr && held->definition != nullptr) {
+        const tsql::Statement& query = *held->definition->query;
+        (void)translateCursor(*std::get<tsql::SelectStatement>(query.node).query, names);
+    }
     for (const tsql::Expression* value : valuesIn(*statement)) {
         if (mayNameTables(*value)) (void)translateValue(*value, names);
     }

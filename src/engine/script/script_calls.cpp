@@ -1,4 +1,5 @@
-#include <limits>
+#include <algorithm>
+#include <iterator>
 
 #include <kaputil/automation/plain_text.hpp>
 
@@ -34,6 +35,20 @@ ServerError noProcedure(const std::string& name, int line) {
 
 void ScriptRunner::execute(Frame& frame, Instruction& instruction,
                            const tsql::ExecuteStatement& node, std::vector<ado::Result>& results) {
+    if (!node.resultSets || node.resultSets->kind == tsql::ResultSets::Kind::Undefined) {
+        executeCall(frame, instruction, node, results);
+        return;
+    }
+    const auto columns = promised(*node.resultSets, frame, instruction.line);
+    std::vector<ado::Result> given;
+    executeCall(frame, instruction, node, given);
+    keepPromise(columns, given, instruction.line);
+    std::ranges::move(given, std::back_inserter(results));
+}
+
+void ScriptRunner::executeCall(Frame& frame, Instruction& instruction,
+                               const tsql::ExecuteStatement& node,
+                               std::vector<ado::Result>& results) {
     if (node.text != nullptr) {
         executeText(textOf(frame, instruction, 0, *node.text), instruction.line, results);
         return;
@@ -42,13 +57,7 @@ void ScriptRunner::execute(Frame& frame, Instruction& instruction,
     const std::string lower = asciiLower(name.last());
     // The server's own come before others of their names.
     if (executeSystem(frame, instruction, node, lower, results)) return;
-    const std::shared_ptr<const Module> module = [&] {
-        const Transactions::ReadScope scope(transactions_);
-        const std::string stored = followedName(name, frame.program.names().schema(), catalogue_);
-        auto found = catalogue_.findModule(StoredKind::Procedure, stored);
-        return found != nullptr ? found : catalogue_.findModule(StoredKind::Function, stored);
-    }();
-    if (module != nullptr) {
+    if (const auto module = calledModule(name, node.number, frame)) {
         executeModule(frame, instruction, node, module, results);
         return;
     }
@@ -114,11 +123,13 @@ void ScriptRunner::executeModule(Frame& frame, Instruction& instruction,
     const std::shared_ptr<Program> program = programOf(module);
     Frame called(*program);
     bindArguments(frame, instruction, node, *module, called);
+    takeCursors(frame, node, definition, called, instruction.line);
     const int depth = transactions_.depth();
     runCalled(called, results);
     const std::int32_t error = state_.error;
     const std::int64_t rowCount = state_.rowCount;
     const auto& parameters = module->definition.parameters;
+    giveCursors(frame, node, definition, called);
     for (std::size_t i = 0; i < node.arguments.size(); ++i) {
         const tsql::Argument& argument = node.arguments[i];
         if (!argument.output || argument.value == nullptr) continue;
@@ -127,6 +138,7 @@ void ScriptRunner::executeModule(Frame& frame, Instruction& instruction,
         for (std::size_t j = 0; !argument.name.empty() && j < parameters.size(); ++j) {
             if (sameName(parameters[j].name, argument.name)) place = j;
         }
+        if (parameters[place].cursor) continue;
         setVariable(frame, variable->name, called.values[place], parameters[place].type,
                     instruction.line);
     }
@@ -188,6 +200,10 @@ void ScriptRunner::bindArguments(Frame& frame, Instruction& instruction,
             }
         }
         if (argument.value == nullptr) continue;  // DEFAULT
+        if (parameters[place].cursor) {
+            given[place] = true;
+            continue;
+        }
         if (parameters[place].table != nullptr) {
             giveTable(frame, &argument, *parameters[place].table, called, instruction.line);
             given[place] = true;
@@ -218,72 +234,6 @@ void ScriptRunner::bindArguments(Frame& frame, Instruction& instruction,
         called.values[i] = evaluate(frame, instruction, node.arguments.size() + i,
                                     *parameter.defaultValue, parameter.type);
     }
-}
-
-// INSERT ... EXEC: every result of the call goes into the table.
-void ScriptRunner::insertExecuted(Frame& frame, Instruction& instruction,
-                                  const tsql::InsertStatement& node,
-                                  std::vector<ado::Result>& results) {
-    std::vector<ado::Result> rows;
-    execute(frame, instruction, *node.execute, rows);
-    std::int64_t count = 0;
-    std::int64_t most =
-        node.top ? mostRows(frame, instruction, node) : std::numeric_limits<std::int64_t>::max();
-    Transactions::WriteScope scope(transactions_);
-    for (const ado::Result& result : rows) {
-        if (!result.columns.empty()) count += insertRows(frame, node, result, most - count);
-    }
-    scope.keep();
-    state_.rowCount = count;
-    if (!state_.noCount) results.emplace_back().rowsAffected = count;
-}
-
-// TOP of INSERT ... EXEC.
-std::int64_t ScriptRunner::mostRows(Frame& frame, Instruction& instruction,
-                                    const tsql::InsertStatement& node) {
-    if (node.top->percent) throw tsql::unsupported("INSERT TOP PERCENT EXEC", instruction.line);
-    // Behind what the call itself computes.
-    const std::size_t part = node.execute->arguments.size() + 1;
-    const Value most = evaluate(frame, instruction, part, *node.top->count, {SqlType::BigInt});
-    return std::max<std::int64_t>(wholeOr(most, 0), 0);
-}
-
-// Each row is inserted as a row of VALUES.
-std::int64_t ScriptRunner::insertRows(const Frame& frame, const tsql::InsertStatement& node,
-                                      const ado::Result& result, std::int64_t most) {
-    std::vector<tsql::DeclaredVariable> parameters;
-    tsql::InsertStatement insert;
-    insert.table = node.table;
-    insert.columns = node.columns;
-    insert.rows.emplace_back();
-    for (const ado::ColumnInfo& column : result.columns) {
-        tsql::DeclaredVariable& parameter = parameters.emplace_back();
-        parameter.name = "?" + plain::text(static_cast<std::int64_t>(parameters.size()));
-        parameter.type = storedType(column);
-        insert.rows.back().push_back({std::make_unique<tsql::Expression>(
-            tsql::Expression{tsql::VariableReference{parameter.name}, node.table.line, 1})});
-    }
-    auto script = std::make_shared<tsql::Script>();
-    script->push_back({std::move(insert), node.table.line});
-    Program program(script, catalogue_, parameters);
-    program.names().setSchema(frame.program.names().schema());
-    program.names().follow(state_.writes);
-    for (const LocalTable& table : frame.program.names().localTables()) {
-        program.names().addLocalTable(table);
-    }
-    Frame inner(program);
-    inner.keepsTables = true;
-    const Running running(*this, inner);
-    CompiledStatement prepared;
-    std::vector<ado::Result> ignored;
-    const std::size_t count = std::min(result.rows.front().size(), static_cast<std::size_t>(most));
-    for (std::size_t row = 0; row < count; ++row) {
-        for (std::size_t i = 0; i < result.columns.size(); ++i) {
-            inner.values[i] = storedCell(result.columns[i], result.rows[i], row);
-        }
-        statements_.run(prepared, script->front(), ignored);
-    }
-    return static_cast<std::int64_t>(count);
 }
 
 }  // namespace kap::engine

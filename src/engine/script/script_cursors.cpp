@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <array>
 #include <utility>
 
 #include "base/ascii.hpp"
@@ -28,12 +29,18 @@ void ScriptRunner::declareCursor(Frame& frame, const tsql::DeclareCursorStatemen
     if (cursors.contains(key)) {
         throw ServerError(tsql::Message::CursorExists, {node.name}, line);
     }
-    Cursor cursor;
-    cursor.name = node.name;
-    cursor.scroll = node.scroll;
-    cursor.readOnly = node.readOnly;
-    cursor.updatable = node.updatable;
-    cursor.query = node.query;
+    cursors.emplace(key, newCursor(frame, node));
+}
+
+std::shared_ptr<Cursor> ScriptRunner::newCursor(Frame& frame,
+                                                const tsql::DeclareCursorStatement& node) {
+    auto cursor = std::make_shared<Cursor>();
+    cursor->name = node.name;
+    cursor->kind = node.kind;
+    cursor->scroll = node.scroll;
+    cursor->readOnly = node.readOnly;
+    cursor->updatable = node.updatable;
+    cursor->query = node.query;
     // The variables have the values of now whenever it is opened.
     std::vector<tsql::DeclaredVariable> variables;
     for (const Variable& variable : frame.program.names().variables()) {
@@ -41,57 +48,100 @@ void ScriptRunner::declareCursor(Frame& frame, const tsql::DeclareCursorStatemen
         declared.name = variable.name;
         declared.type = variable.type;
     }
-    cursor.program =
+    cursor->program =
         std::make_shared<Program>(std::make_shared<const tsql::Script>(), catalogue_, variables);
     for (const LocalTable& table : frame.program.names().localTables()) {
-        cursor.program->names().addLocalTable(table);
+        cursor->program->names().addLocalTable(table);
     }
     // What cannot be read now would fail whoever opens it.
     {
         const Transactions::ReadScope scope(transactions_);
         (void)translateCursor(*std::get<tsql::SelectStatement>(node.query->node).query,
-                              cursor.program->names());
+                              cursor->program->names());
     }
-    cursor.values = frame.values;
-    cursors.emplace(key, std::move(cursor));
+    cursor->values = frame.values;
+    return cursor;
+}
+
+// A variable takes a new cursor, or one that is there: both names mean the same then.
+void ScriptRunner::assignCursor(Frame& frame, const tsql::AssignCursorStatement& node, int line) {
+    std::shared_ptr<Cursor> cursor =
+        node.definition != nullptr ? newCursor(frame, *node.definition) : cursorNamed(node.source);
+    if (cursor == nullptr && !node.source.starts_with('@')) {
+        throw ServerError(tsql::Message::UnknownCursor, {node.source}, line);
+    }
+    frame.cursors[asciiLower(node.variable)] = std::move(cursor);
 }
 
 // A script's own cursor comes before a global one of that name.
-const Cursor* ScriptRunner::findCursor(const std::string& name) const {
+std::shared_ptr<Cursor> ScriptRunner::cursorNamed(const std::string& name, bool global) const {
     const std::string key = asciiLower(name);
-    for (const Cursors* cursors : {&std::as_const(state_.frame().cursors), &cursors_}) {
+    const std::array<const Cursors*, 2> places{&state_.frame().cursors, &cursors_};
+    for (const Cursors* cursors : places) {
+        if (global && cursors != &cursors_) continue;
         const auto found = cursors->find(key);
-        if (found != cursors->end()) return &found->second;
+        if (found != cursors->end()) return found->second;
     }
     return nullptr;
 }
 
-Cursor& ScriptRunner::requireCursor(const std::string& name, int line) {
-    const Cursor* cursor = findCursor(name);
+const Cursor* ScriptRunner::findCursor(const std::string& name) const {
+    return cursorNamed(name).get();
+}
+
+std::int64_t ScriptRunner::cursorStatus(std::string_view kind, const std::string& name) const {
+    constexpr std::int64_t kNone = -3;
+    constexpr std::int64_t kEmptyVariable = -2;
+    constexpr std::int64_t kClosed = -1;
+    const bool variable = equalsIgnoringCase(kind, "variable");
+    const bool global = equalsIgnoringCase(kind, "global");
+    const bool known = variable || global || equalsIgnoringCase(kind, "local");
+    if (!known || variable != name.starts_with('@')) return kNone;
+    const Cursors& cursors = global ? cursors_ : state_.frame().cursors;
+    const auto found = cursors.find(asciiLower(name));
+    if (found == cursors.end()) return kNone;
+    if (found->second == nullptr) return kEmptyVariable;
+    const Cursor& cursor = *found->second;
+    if (!cursor.open) return kClosed;
+    return cursor.count() > 0 || cursor.kind == tsql::CursorKind::Dynamic ? 1 : 0;
+}
+
+std::shared_ptr<Cursor> ScriptRunner::requireCursor(const std::string& name, bool global,
+                                                    int line) const {
+    std::shared_ptr<Cursor> cursor = cursorNamed(name, global);
     if (cursor == nullptr) {
-        throw ServerError(tsql::Message::UnknownCursor, {name}, line);
+        throw name.starts_with('@') ? ServerError(tsql::Message::NoCursorOfVariable, {name}, line)
+                                    : ServerError(tsql::Message::UnknownCursor, {name}, line);
     }
-    return const_cast<Cursor&>(*cursor);
+    return cursor;
 }
 
 void ScriptRunner::useCursor(Frame& frame, const tsql::CursorStatement& node, int line) {
-    Cursor& cursor = requireCursor(node.name, line);
+    const std::shared_ptr<Cursor> cursor = requireCursor(node.name, node.global, line);
+    const std::string key = asciiLower(node.name);
     switch (node.action) {
         case tsql::CursorAction::Deallocate:
-            if (frame.cursors.erase(asciiLower(node.name)) == 0) {
-                cursors_.erase(asciiLower(node.name));
+            // A variable stays, and holds none.
+            if (node.name.starts_with('@')) {
+                frame.cursors[key] = nullptr;
+            } else if (node.global || frame.cursors.erase(key) == 0) {
+                cursors_.erase(key);
             }
             return;
         case tsql::CursorAction::Close:
-            if (!cursor.open) throw ServerError(tsql::Message::CursorNotOpen, {}, line);
-            cursor.open = false;
-            cursor.rows = {};
-            cursor.rowNumbers.clear();
+            if (!cursor->open) throw ServerError(tsql::Message::CursorNotOpen, {}, line);
+            cursor->open = false;
+            cursor->rows = {};
+            cursor->rowNumbers.clear();
             state_.cursorRows = 0;
             return;
         case tsql::CursorAction::Open:
-            break;
+            openCursor(*cursor, line);
+            return;
     }
+}
+
+void ScriptRunner::openCursor(Cursor& cursor, int line) {
     if (cursor.open) throw ServerError(tsql::Message::CursorAlreadyOpen, {}, line);
     Frame inner(*cursor.program);
     inner.values = cursor.values;
@@ -115,7 +165,60 @@ void ScriptRunner::useCursor(Frame& frame, const tsql::CursorStatement& node, in
     cursor.rows.columns.resize(own);
     cursor.position = -1;
     cursor.open = true;
-    state_.cursorRows = cursor.scroll ? static_cast<std::int32_t>(cursor.count()) : -1;
+    // How many rows a dynamic cursor will have is not known.
+    const bool counted = cursor.scroll && cursor.kind != tsql::CursorKind::Dynamic;
+    state_.cursorRows = counted ? static_cast<std::int32_t>(cursor.count()) : -1;
+}
+
+namespace {
+
+// The argument that a parameter of a procedure is given; null when it is given none.
+const tsql::Argument* argumentFor(const tsql::ExecuteStatement& call,
+                                  const tsql::ParameterDefinition& parameter, std::size_t place) {
+    for (std::size_t i = 0; i < call.arguments.size(); ++i) {
+        const tsql::Argument& argument = call.arguments[i];
+        const bool meant =
+            argument.name.empty() ? i == place : sameName(argument.name, parameter.name);
+        if (meant) return &argument;
+    }
+    return nullptr;
+}
+
+std::string cursorVariableOf(const tsql::Argument* argument) {
+    if (argument == nullptr || argument->value == nullptr) return {};
+    const auto* variable = std::get_if<tsql::VariableReference>(&argument->value->node);
+    return variable == nullptr ? std::string() : asciiLower(variable->name);
+}
+
+}  // namespace
+
+void ScriptRunner::takeCursors(const Frame& frame, const tsql::ExecuteStatement& node,
+                               const tsql::CreateModuleStatement& module, Frame& called,
+                               int line) const {
+    for (std::size_t i = 0; i < module.parameters.size(); ++i) {
+        const tsql::ParameterDefinition& parameter = module.parameters[i];
+        if (!parameter.cursor) continue;
+        called.cursors[asciiLower(parameter.name)] = nullptr;
+        const auto held = frame.cursors.find(cursorVariableOf(argumentFor(node, parameter, i)));
+        if (held == frame.cursors.end() || held->second == nullptr) continue;
+        throw ServerError(tsql::Message::CursorParameterTaken, {held->first}, line);
+    }
+}
+
+// A cursor that was closed again is not given.
+void ScriptRunner::giveCursors(Frame& frame, const tsql::ExecuteStatement& node,
+                               const tsql::CreateModuleStatement& module, const Frame& called) {
+    for (std::size_t i = 0; i < module.parameters.size(); ++i) {
+        const tsql::ParameterDefinition& parameter = module.parameters[i];
+        const tsql::Argument* argument =
+            parameter.cursor ? argumentFor(node, parameter, i) : nullptr;
+        const std::string variable = cursorVariableOf(argument);
+        if (variable.empty() || !argument->output) continue;
+        const auto given = called.cursors.find(asciiLower(parameter.name));
+        const bool open =
+            given != called.cursors.end() && given->second != nullptr && given->second->open;
+        frame.cursors[variable] = open ? given->second : nullptr;
+    }
 }
 
 // What WHERE CURRENT OF stands for: the number of the table's row that was fetched last.
@@ -152,10 +255,13 @@ Value ScriptRunner::currentRow(const std::string& name, const std::string& table
 std::int64_t ScriptRunner::fetchTarget(Frame& frame, Instruction& instruction,
                                        const tsql::FetchStatement& node, const Cursor& cursor) {
     using Direction = tsql::FetchStatement::Direction;
+    static constexpr std::array kWords{"next", "prior", "first", "last", "absolute", "relative"};
+    const char* word = kWords.at(static_cast<std::size_t>(node.direction));
     if (node.direction != Direction::Next && !cursor.scroll) {
-        throw ServerError(tsql::Message::FetchTypeOfForwardOnly,
-                          {node.direction == Direction::Prior ? "prior" : "first"},
-                          instruction.line);
+        throw ServerError(tsql::Message::FetchTypeOfForwardOnly, {word}, instruction.line);
+    }
+    if (node.direction == Direction::Absolute && cursor.kind == tsql::CursorKind::Dynamic) {
+        throw ServerError(tsql::Message::FetchTypeOfDynamic, {word}, instruction.line);
     }
     std::int64_t distance = 0;
     if (node.distance) {
@@ -187,7 +293,8 @@ void ScriptRunner::fetch(Frame& frame, Instruction& instruction, const tsql::Fet
                          std::vector<ado::Result>& results) {
     // A fetch that fails must end the loop that asks how it went.
     state_.fetchStatus = kNoMoreRows;
-    Cursor& cursor = requireCursor(node.cursor, instruction.line);
+    const std::shared_ptr<Cursor> held = requireCursor(node.cursor, node.global, instruction.line);
+    Cursor& cursor = *held;
     if (!cursor.open) throw ServerError(tsql::Message::CursorNotOpen, {}, instruction.line);
     const std::int64_t target = fetchTarget(frame, instruction, node, cursor);
     const bool there = target >= 0 && target < cursor.count();

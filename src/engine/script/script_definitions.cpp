@@ -161,7 +161,10 @@ void ScriptRunner::createView(const tsql::CreateViewStatement& node, int line) {
 }
 
 void ScriptRunner::createModule(const tsql::CreateModuleStatement& node, int line) {
-    if (node.name.last().front() == '#') throw tsql::unsupported("temporary procedure", line);
+    if (node.name.last().front() == '#') {
+        createTemporary(node, line);
+        return;
+    }
     Transactions::WriteScope scope(transactions_);
     std::string name = newModuleName(node.name, moduleWord(node.kind), line);
     if (node.kind == tsql::ModuleKind::Function && node.body != nullptr) {
@@ -187,7 +190,12 @@ void ScriptRunner::createModule(const tsql::CreateModuleStatement& node, int lin
     } else {
         checkColumns(node, name, parent);
     }
-    store({0, storedKind(node.kind), name, parent, node.text}, node.replace, node.mustExist, line);
+    if (node.number > 1) {
+        storeNumbered(node, name, line);
+    } else {
+        store({0, storedKind(node.kind), name, parent, node.text}, node.replace, node.mustExist,
+              line);
+    }
     scope.keep();
 }
 
@@ -247,7 +255,9 @@ void ScriptRunner::store(StoredObject object, bool replace, bool mustExist, int 
             : ServerError(tsql::Message::ObjectExists, {bareName(object.name)}, line).withState(3);
     }
     object.quotedNames = state_.quotedNames;
-    if (object.kind <= StoredKind::Trigger) object.text = asCreation(object.text);
+    if (object.kind <= StoredKind::Trigger || object.kind == StoredKind::NumberedProcedure) {
+        object.text = asCreation(object.text);
+    }
     catalogue_.stored().put(object);
     catalogue_.invalidate();
 }
@@ -281,6 +291,7 @@ void ScriptRunner::dropStored(const tsql::DropStatement& node, int line) {
     const StoredKind kind = storedKind(node.kind);
     Transactions::WriteScope scope(transactions_);
     for (const tsql::ObjectName& name : node.names) {
+        if (kind == StoredKind::Procedure && catalogue_.removeTemporary(name.last())) continue;
         const std::string stored = resolvedName(name, kDefaultSchema, catalogue_);
         bool there = false;
         for (const StoredObject& object : catalogue_.objects()) {
@@ -306,6 +317,8 @@ void ScriptRunner::dropStored(const tsql::DropStatement& node, int line) {
             counters_.remove({stored, false});
         }
         catalogue_.stored().remove(kind, stored);
+        // The whole group goes.
+        if (kind == StoredKind::Procedure) catalogue_.stored().removeOf(stored);
         if (kind == StoredKind::Trigger) {
             for (const char* event : {"/INSERT", "/UPDATE", "/DELETE"})
                 catalogue_.stored().remove(StoredKind::TriggerOrder, stored + event);

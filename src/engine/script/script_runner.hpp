@@ -38,14 +38,13 @@ class RowStream;
 //
 // One class, a file for each part: script_runner.cpp requests and the flow, script_ahead.cpp what
 // is looked at before a script begins, script_reading.cpp which statements are known by their
-// shapes, script_errors.cpp what errors do, script_statements.cpp the
-// statements that have no SQL, script_settings.cpp SET, script_calls.cpp procedures and dynamic
-// SQL, system_procedures.cpp the server's own, script_modules.cpp functions and triggers,
-// script_definitions.cpp what is stored by its text, script_schemas.cpp schemas,
-// script_sequences.cpp sequences and synonyms,
-// script_cursors.cpp cursors,
-// script_streaming.cpp queries whose rows come as they are needed, script_administration.cpp plans,
-// copies and checks.
+// shapes, script_errors.cpp what errors do, script_statements.cpp the statements that have no SQL,
+// script_settings.cpp SET, script_calls.cpp procedures and dynamic SQL, script_procedures.cpp
+// temporary and numbered ones, script_result_sets.cpp WITH RESULT SETS, script_insert_exec.cpp
+// INSERT ... EXEC, system_procedures.cpp the server's own, script_modules.cpp functions and
+// triggers, script_definitions.cpp what is stored by its text, script_schemas.cpp schemas,
+// script_sequences.cpp sequences and synonyms, script_cursors.cpp cursors, script_streaming.cpp
+// queries whose rows come as they are needed, script_administration.cpp plans, copies and checks.
 class ScriptRunner final : public TriggerHost {
 public:
     ScriptRunner(FileConnection& connection, SchemaCatalogue& catalogue, Counters& counters,
@@ -105,6 +104,8 @@ public:
 
     // The cursor that a name means in what is running, or null.
     [[nodiscard]] const Cursor* findCursor(const std::string& name) const;
+    // What CURSOR_STATUS('local', name) tells.
+    [[nodiscard]] std::int64_t cursorStatus(std::string_view kind, const std::string& name) const;
     // The number of the row of a table on which a cursor stands, for a statement that writes these
     // columns. Errors 16916, 16917, 16929, 16931, 16932 and 16933.
     [[nodiscard]] Value currentRow(const std::string& name, const std::string& table,
@@ -210,12 +211,21 @@ private:
     // script_calls.cpp
     void execute(Frame& frame, Instruction& instruction, const tsql::ExecuteStatement& node,
                  std::vector<ado::Result>& results);
+    void executeCall(Frame& frame, Instruction& instruction, const tsql::ExecuteStatement& node,
+                     std::vector<ado::Result>& results);
+    // script_result_sets.cpp
+    [[nodiscard]] std::vector<std::vector<ResultColumn>> promised(const tsql::ResultSets& sets,
+                                                                  const Frame& frame, int line);
+    void keepPromise(const std::vector<std::vector<ResultColumn>>& promised,
+                     std::vector<ado::Result>& given, int line) const;
+    // script_insert_exec.cpp
     void insertExecuted(Frame& frame, Instruction& instruction, const tsql::InsertStatement& node,
                         std::vector<ado::Result>& results);
     [[nodiscard]] std::int64_t mostRows(Frame& frame, Instruction& instruction,
                                         const tsql::InsertStatement& node);
-    [[nodiscard]] std::int64_t insertRows(const Frame& frame, const tsql::InsertStatement& node,
-                                          const ado::Result& result, std::int64_t most);
+    void insertRows(Frame& frame, const tsql::InsertStatement& node,
+                    std::span<const ado::Result* const> given, std::int64_t most,
+                    std::vector<ado::Result>& results);
     void executeText(const std::string& text, int line, std::vector<ado::Result>& results);
     [[nodiscard]] tsql::ObjectName procedureName(Frame& frame, Instruction& instruction,
                                                  const tsql::ExecuteStatement& node);
@@ -267,6 +277,11 @@ private:
     // script_definitions.cpp
     void createView(const tsql::CreateViewStatement& node, int line);
     void createModule(const tsql::CreateModuleStatement& node, int line);
+    // script_procedures.cpp
+    void createTemporary(const tsql::CreateModuleStatement& node, int line);
+    void storeNumbered(const tsql::CreateModuleStatement& node, const std::string& group, int line);
+    [[nodiscard]] std::shared_ptr<const Module> calledModule(const tsql::ObjectName& name,
+                                                             int number, const Frame& frame);
     void checkRows(const tsql::CreateModuleStatement& node, const std::string& name, int line);
     void createType(const tsql::CreateTypeStatement& node, int line);
     void store(StoredObject object, bool replace, bool mustExist, int line);
@@ -301,10 +316,22 @@ private:
 
     // script_cursors.cpp
     void declareCursor(Frame& frame, const tsql::DeclareCursorStatement& node, int line);
+    [[nodiscard]] std::shared_ptr<Cursor> newCursor(Frame& frame,
+                                                    const tsql::DeclareCursorStatement& node);
+    void assignCursor(Frame& frame, const tsql::AssignCursorStatement& node, int line);
+    void openCursor(Cursor& cursor, int line);
+    [[nodiscard]] std::shared_ptr<Cursor> cursorNamed(const std::string& name,
+                                                      bool global = false) const;
+    // CURSOR VARYING OUTPUT parameters, before the call and behind it.
+    void takeCursors(const Frame& frame, const tsql::ExecuteStatement& node,
+                     const tsql::CreateModuleStatement& module, Frame& called, int line) const;
+    static void giveCursors(Frame& frame, const tsql::ExecuteStatement& node,
+                            const tsql::CreateModuleStatement& module, const Frame& called);
     void useCursor(Frame& frame, const tsql::CursorStatement& node, int line);
     void fetch(Frame& frame, Instruction& instruction, const tsql::FetchStatement& node,
                std::vector<ado::Result>& results);
-    [[nodiscard]] Cursor& requireCursor(const std::string& name, int line);
+    [[nodiscard]] std::shared_ptr<Cursor> requireCursor(const std::string& name, bool global,
+                                                        int line) const;
     [[nodiscard]] std::int64_t fetchTarget(Frame& frame, Instruction& instruction,
                                            const tsql::FetchStatement& node, const Cursor& cursor);
 

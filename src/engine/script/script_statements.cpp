@@ -131,6 +131,8 @@ std::size_t ScriptRunner::runStatement(Frame& frame, Instruction& instruction, s
         alterTable(frame, *alter, line);
     } else if (const auto* cursor = std::get_if<tsql::DeclareCursorStatement>(&statement.node)) {
         declareCursor(frame, *cursor, line);
+    } else if (const auto* held = std::get_if<tsql::AssignCursorStatement>(&statement.node)) {
+        assignCursor(frame, *held, line);
     } else if (const auto* used = std::get_if<tsql::CursorStatement>(&statement.node)) {
         useCursor(frame, *used, line);
     } else if (const auto* fetched = std::get_if<tsql::FetchStatement>(&statement.node)) {
@@ -219,6 +221,9 @@ void ScriptRunner::declareVariables(Frame& frame, Instruction& instruction,
     for (const tsql::CreateTableStatement& table : node.tables) {
         declareTable(frame, table);
     }
+    // One that holds a cursor keeps it when its declaration is passed again.
+    for (const std::string& name : node.cursors)
+        frame.cursors.try_emplace(asciiLower(name));
 }
 
 // The rows of a table variable lie in a temporary table whose name belongs to the program.
@@ -441,6 +446,7 @@ void ScriptRunner::rollBack(const std::string& name) {
     const bool whole =
         name.empty() || (transactions_.depth() > 0 && sameName(name, state_.transactionName) &&
                          !transactions_.hasSavePoint(name));
+    if (state_.insertingExecuted) throw ServerError(tsql::Message::RollbackInInsertExec);
     const TimeLimit::Pause all;
     KeptTables kept(connection_.database(), counters_, state_.frames);
     if (whole) {

@@ -138,7 +138,7 @@ Value SessionFunctions::system(const Arguments& arguments) {
         return columnUpdated(textAt(arguments, 1));
     }
     if (value == SystemValue::CursorStatus) {
-        return cursorStatus(textAt(arguments, 2));
+        return scripts_.cursorStatus(textAt(arguments, 1), textAt(arguments, 2));
     }
     if (value >= SystemValue::CursorRows) return ofNames(value, arguments);
     return ofStatement(value, arguments);
@@ -307,14 +307,6 @@ Value SessionFunctions::columnsUpdated() const {
         byte = static_cast<char>(static_cast<unsigned char>(byte) | (1U << (i % kBits)));
     }
     return Blob{std::move(bytes)};
-}
-
-// 1 open with rows, 0 open without, -1 closed, -3 not there.
-Value SessionFunctions::cursorStatus(const std::string& name) const {
-    const Cursor* cursor = scripts_.findCursor(name);
-    if (cursor == nullptr) return std::int64_t{-3};
-    if (!cursor->open) return std::int64_t{-1};
-    return std::int64_t{cursor->count() > 0 ? 1 : 0};
 }
 
 }  // namespace kap::engine

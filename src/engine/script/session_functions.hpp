@@ -70,7 +70,6 @@ private:
     [[nodiscard]] Value columnsUpdated() const;
     [[nodiscard]] const FiringTrigger& firingTrigger(const char* asked) const;
     [[nodiscard]] Value columnUpdated(const std::string& column) const;
-    [[nodiscard]] Value cursorStatus(const std::string& name) const;
 
     FileConnection& connection_;
     SchemaCatalogue& catalogue_;
