@@ -12,6 +12,9 @@ if(NOT KAPUTIL_FUZZ)
     list(APPEND KAPUTIL_SANITIZER_FLAGS -fno-sanitize=null,alignment)
 endif()
 
+# Each program of a sanitizer build holds the library with its lines of code.
+find_program(KAPUTIL_MOLD mold)
+
 set(KAPUTIL_PCH_HEADERS
     <algorithm>
     <array>
@@ -95,6 +98,9 @@ function(kaputil_compile_rules target)
         target_compile_options(${target} PRIVATE -O1 -fno-omit-frame-pointer ${KAPUTIL_SANITIZER_FLAGS})
         target_compile_definitions(${target} PRIVATE _GLIBCXX_ASSERTIONS)
         target_link_options(${target} PRIVATE ${KAPUTIL_SANITIZER_FLAGS})
+        if(KAPUTIL_MOLD AND NOT WIN32)
+            target_link_options(${target} PRIVATE -fuse-ld=mold)
+        endif()
         if(KAPUTIL_FUZZ)
             target_compile_options(${target} PRIVATE -fsanitize=fuzzer-no-link)
         endif()
