@@ -108,9 +108,11 @@ Values memoryBesideRows() {
     return {peakMemory(), rows};
 }
 
-KAP_BENCH_VALUES("export: 1,000,000 rows of 10 columns", "rows per second", rowsPerSecond,
-                 kap::bench::atLeast(2.0));
-KAP_BENCH_VALUES("export: memory beside that of the query's rows", "bytes", memoryBesideRows,
-                 kap::bench::atMost(1.1));
+KAP_BENCH_VALUES("export: 1,000,000 rows of 10 columns", "rows per second",
+                 "EsportaTXT, fixed widths", "sqlite3 -csv", rowsPerSecond,
+                 kap::bench::atLeast(2.5));
+KAP_BENCH_VALUES("export: memory beside that of the query's rows", "bytes",
+                 "the process while EsportaTXT runs", "the process with the recordset alone",
+                 memoryBesideRows, kap::bench::atMost(1.1));
 
 }  // namespace

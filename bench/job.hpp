@@ -4,7 +4,6 @@
 
 #include <functional>
 #include <string>
-#include <string_view>
 #include <vector>
 
 // What a benchmark file is made of: jobs, each with the library's way of doing something, the
@@ -17,11 +16,12 @@
 //         if (sum != kExpectedSum) state.SkipWithError("the values read do not add up");
 //         state.SetItemsProcessed(state.iterations() * kValues);
 //     }
-//     KAP_BENCH_PAIR("property string: read by name, 1,000 values", readByName, readFromMap, 3.0);
+//     KAP_BENCH_PAIR("property string: read by name, 1,000 values", {"Leggi", readByName},
+//                    {"std::map::find", readFromMap}, 3.0);
 //
 // Both arms do the same work with the same settings, check their own result, and call
 // SetItemsProcessed when the work is counted in items: the figures are then per item instead of
-// per iteration.
+// per iteration. A name is its group, a colon, and what is done.
 namespace kap::bench {
 
 // The ratio that a job should reach.
@@ -49,7 +49,13 @@ inline Aim atLeast(double ratio) {
     return {ratio, Aim::Direction::AtLeast};
 }
 
-using Arm = std::function<void(benchmark::State&)>;
+using Loop = std::function<void(benchmark::State&)>;
+
+// One way to do the work: in the words of the report, and as a loop.
+struct Arm {
+    std::string words;
+    Loop loop;
+};
 
 // Two plain values, for what is not a time of a loop: bytes a row, numbers a second over several
 // processes.
@@ -62,7 +68,7 @@ struct Values {
 // own check fails.
 using Measure = std::function<Values()>;
 
-// A job is timed (two arms) or measured (one function); the other members are then empty.
+// A job is timed (its arms have loops) or measured (one function takes both values).
 struct Job {
     std::string name;
     Aim aim;
@@ -72,15 +78,36 @@ struct Job {
     std::string unit = "ns";
 };
 
+// What one size of a growth job came to.
+struct Growth {
+    double nanoseconds = 0;  // of one item
+    double bytes = 0;        // of one item; 0 where memory is not what the job is about
+};
+
+// How the cost of one item grows with the size of what it belongs to. `take` is called with one
+// size after the other, smallest first, and throws as a Measure does.
+struct GrowthJob {
+    std::string name;
+    std::string sizes;  // what is counted: "rows"
+    std::string item;   // what the cost is of: "one row read"
+    std::vector<double> at;
+    std::function<Growth(double size)> take;
+    // The largest size's cost over the smallest's.
+    double most;
+};
+
 // Every registered job, ordered by name.
 std::vector<Job> allJobs();
+std::vector<GrowthJob> allGrowthJobs();
 
 // Adds its job to the list when it is made; the macros below make one for the length of the
 // program.
 class Registration {
 public:
-    Registration(std::string_view name, Arm ours, Arm baseline, Aim aim);
-    Registration(std::string_view name, std::string_view unit, Measure measure, Aim aim);
+    Registration(std::string name, Arm ours, Arm baseline, Aim aim);
+    Registration(std::string name, std::string unit, std::string ours, std::string baseline,
+                 Measure measure, Aim aim);
+    Registration(GrowthJob job);
 };
 
 }  // namespace kap::bench
@@ -88,14 +115,20 @@ public:
 #define KAP_BENCH_JOIN_(left, right) left##right
 #define KAP_BENCH_NAME_(count) KAP_BENCH_JOIN_(kBenchJob, count)
 
-// Registers a timed job: KAP_BENCH_PAIR(name, ours, baseline, aim).
+// Registers a timed job: KAP_BENCH_PAIR(name, {words, ours}, {words, baseline}, aim).
 #define KAP_BENCH_PAIR(...)                                                \
     static const ::kap::bench::Registration KAP_BENCH_NAME_(__COUNTER__) { \
         __VA_ARGS__                                                        \
     }
 
-// Registers a measured job: KAP_BENCH_VALUES(name, unit, measure, aim).
+// Registers a measured job: KAP_BENCH_VALUES(name, unit, words, words, measure, aim).
 #define KAP_BENCH_VALUES(...)                                              \
     static const ::kap::bench::Registration KAP_BENCH_NAME_(__COUNTER__) { \
         __VA_ARGS__                                                        \
+    }
+
+// Registers a growth job: KAP_BENCH_GROWTH({.name = ..., ...}).
+#define KAP_BENCH_GROWTH(...)                                              \
+    static const ::kap::bench::Registration KAP_BENCH_NAME_(__COUNTER__) { \
+        ::kap::bench::GrowthJob __VA_ARGS__                                \
     }

@@ -4,31 +4,39 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <cstddef>
 #include <cstdlib>
 #include <iostream>
+#include <optional>
 #include <regex>
+#include <stdexcept>
+#include <string>
+#include <vector>
 
+#include "bench/earlier_run.hpp"
 #include "bench/job.hpp"
+#include "bench/machine.hpp"
 #include "bench/measure.hpp"
 #include "bench/report.hpp"
 
 namespace {
 
+using kap::bench::EarlierRun;
 using kap::bench::Job;
-using kap::bench::Method;
-using kap::bench::Result;
 
 struct Options {
     std::string filter;
+    std::string compare;
     bool json = false;
     bool list = false;
-    Method method;
+    bool growth = false;
+    kap::bench::Method method;
 };
 
-std::vector<Job> matchingJobs(const std::string& filter) {
+template <class AnyJob>
+std::vector<AnyJob> matching(std::vector<AnyJob> jobs, const std::string& filter) {
     const std::regex pattern(filter, std::regex::ECMAScript | std::regex::icase);
-    auto jobs = kap::bench::allJobs();
-    std::erase_if(jobs, [&](const Job& job) { return !std::regex_search(job.name, pattern); });
+    std::erase_if(jobs, [&](const AnyJob& job) { return !std::regex_search(job.name, pattern); });
     return jobs;
 }
 
@@ -36,32 +44,79 @@ bool standardOutputTakesColours() {
     return ::isatty(STDOUT_FILENO) != 0 && std::getenv("NO_COLOR") == nullptr;
 }
 
-// Runs the jobs and reports each when it is done. Returns whether every job's result was right.
-bool runAll(const std::vector<Job>& jobs, const Options& options) {
-    kap::bench::prepareMeasuring();
-    kap::bench::Table table(std::cout, standardOutputTakesColours());
-    if (!options.json) {
-        const auto longest =
-            std::ranges::max(jobs, {}, [](const Job& job) { return job.name.size(); });
-        table.writeHeading(options.method, longest.name.size());
+std::size_t longestWords(const std::vector<Job>& jobs) {
+    std::size_t longest = 0;
+    for (const Job& job : jobs)
+        longest = std::max({longest, job.ours.words.size(), job.baseline.words.size()});
+    return longest;
+}
+
+std::size_t longestWords(const std::vector<kap::bench::GrowthJob>& /*jobs*/) {
+    return 0;
+}
+
+// Runs jobs, reports each when it is done, and counts.
+class Runner {
+public:
+    explicit Runner(const Options& options) : options_(options) {
+        if (!options.compare.empty()) earlier_.emplace(options.compare);
     }
 
-    std::size_t met = 0;
-    bool allRight = true;
-    for (const Job& job : jobs) {
-        const Result result = kap::bench::run(job, options.method);
-        met += result.isMet() ? 1U : 0U;
-        allRight = allRight && result.failure.empty();
-        if (options.json) {
-            std::cout << kap::bench::toJson(result) << std::endl;
+    // Whether every job's result was right.
+    template <class AnyJob>
+    bool runAll(const std::vector<AnyJob>& jobs) {
+        kap::bench::prepareMeasuring();
+        kap::bench::Report report(std::cout, standardOutputTakesColours(), longestWords(jobs));
+        const kap::bench::Machine machine = kap::bench::thisMachine();
+        if (options_.json) {
+            std::cout << kap::bench::toJson(machine, options_.method) << std::endl;
         } else {
-            table.writeResult(result);
+            report.writeHeading(machine, options_.method);
         }
+        for (const AnyJob& job : jobs)
+            run(job, report);
+        if (!options_.json) report.writeSummary(met_, jobs.size());
+        return allRight_;
     }
-    if (!options.json) {
-        table.writeSummary(met, jobs.size());
+
+private:
+    void run(const Job& job, kap::bench::Report& report) {
+        const auto result = kap::bench::run(job, options_.method);
+        const EarlierRun::Figure* earlier = earlier_ ? earlier_->find(result.name) : nullptr;
+        if (!options_.json) report.write(result, earlier);
+        count(result);
     }
-    return allRight;
+    void run(const kap::bench::GrowthJob& job, kap::bench::Report& report) {
+        const auto result = kap::bench::run(job);
+        if (!options_.json) report.write(result);
+        count(result);
+    }
+
+    template <class AnyResult>
+    void count(const AnyResult& result) {
+        if (options_.json) std::cout << kap::bench::toJson(result) << std::endl;
+        met_ += result.isMet() ? 1U : 0U;
+        allRight_ = allRight_ && result.failure.empty();
+    }
+
+    const Options& options_;
+    std::optional<EarlierRun> earlier_;
+    std::size_t met_ = 0;
+    bool allRight_ = true;
+};
+
+template <class AnyJob>
+int runOrList(const std::vector<AnyJob>& jobs, const Options& options) {
+    if (jobs.empty()) {
+        std::cerr << "kaputil-bench: no job is named like \"" << options.filter << "\"\n";
+        return 2;
+    }
+    if (options.list) {
+        for (const AnyJob& job : jobs)
+            std::cout << job.name << "\n";
+        return 0;
+    }
+    return Runner(options).runAll(jobs) ? 0 : 1;
 }
 
 }  // namespace
@@ -71,7 +126,11 @@ int main(int argc, char** argv) {
     CLI::App app(
         "Measures the library beside its baselines. Exits with 1 when a job's result is wrong.");
     app.add_option("filter", options.filter, "run only the jobs whose names match this pattern");
+    app.add_flag("--growth", options.growth,
+                 "run the jobs that tell how time and memory grow with size (minutes)");
     app.add_flag("--json", options.json, "print one JSON object a line; times are nanoseconds");
+    app.add_option("--compare", options.compare, "compare with what --json had printed into a file")
+        ->type_name("FILE");
     app.add_flag("--list", options.list, "print the names of the jobs and stop");
     app.add_option("--repetitions", options.method.repetitions, "repetitions of each arm")
         ->check(CLI::PositiveNumber);
@@ -79,23 +138,15 @@ int main(int argc, char** argv) {
         ->check(CLI::PositiveNumber);
     CLI11_PARSE(app, argc, argv);
 
-    std::vector<Job> jobs;
     try {
-        jobs = matchingJobs(options.filter);
+        return options.growth
+                   ? runOrList(matching(kap::bench::allGrowthJobs(), options.filter), options)
+                   : runOrList(matching(kap::bench::allJobs(), options.filter), options);
     } catch (const std::regex_error& error) {
         std::cerr << "kaputil-bench: \"" << options.filter
                   << "\" is not a pattern: " << error.what() << "\n";
-        return 2;
+    } catch (const std::runtime_error& error) {
+        std::cerr << "kaputil-bench: " << error.what() << "\n";
     }
-    if (jobs.empty()) {
-        std::cerr << "kaputil-bench: no job is named like \"" << options.filter << "\"\n";
-        return 2;
-    }
-    if (options.list) {
-        for (const Job& job : jobs) {
-            std::cout << job.name << "\n";
-        }
-        return 0;
-    }
-    return runAll(jobs, options) ? 0 : 1;
+    return 2;
 }

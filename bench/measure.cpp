@@ -2,7 +2,10 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
+#include <random>
 #include <stdexcept>
+#include <utility>
 #include <vector>
 
 namespace kap::bench {
@@ -54,8 +57,15 @@ double medianOf(std::vector<double> values) {
     return *middle;
 }
 
+std::vector<double> resampled(const std::vector<double>& values, std::mt19937& random) {
+    std::uniform_int_distribution<std::size_t> pick(0, values.size() - 1);
+    std::vector<double> result(values.size());
+    std::ranges::generate(result, [&] { return values[pick(random)]; });
+    return result;
+}
+
 void registerArm(const std::string& name, const Arm& arm, const Method& method) {
-    benchmark::RegisterBenchmark(name.c_str(), arm)
+    benchmark::RegisterBenchmark(name.c_str(), arm.loop)
         ->Repetitions(method.repetitions)
         ->MinTime(method.secondsEach)
         ->UseRealTime()
@@ -73,12 +83,13 @@ void time(const Job& job, const Method& method, Result& result) {
     benchmark::ClearRegisteredBenchmarks();
 
     result.failure = collector.failure;
-    if (result.failure.empty()) {
-        result.ours = medianOf(collector.ours);
-        result.baseline = medianOf(collector.baseline);
-        result.ratio = job.aim.direction == Aim::Direction::AtMost ? result.ours / result.baseline
-                                                                   : result.baseline / result.ours;
-    }
+    if (!result.failure.empty()) return;
+    result.ours = medianOf(collector.ours);
+    result.baseline = medianOf(collector.baseline);
+    const bool slowness = job.aim.direction == Aim::Direction::AtMost;
+    result.ratio = slowness ? result.ours / result.baseline : result.baseline / result.ours;
+    result.interval = slowness ? ratioInterval(collector.ours, collector.baseline)
+                               : ratioInterval(collector.baseline, collector.ours);
 }
 
 void measure(const Job& job, Result& result) {
@@ -102,14 +113,58 @@ void prepareMeasuring() {
     benchmark::Initialize(&count, arguments.data());
 }
 
+Interval ratioInterval(const std::vector<double>& above, const std::vector<double>& below) {
+    constexpr std::size_t kResamples = 2000;
+    constexpr std::size_t kBeyond = kResamples / 40;  // 2.5 % on either side
+    std::mt19937 random(1);  // NOLINT(*-msc51-cpp): the same samples give the same interval
+    std::vector<double> ratios(kResamples);
+    std::ranges::generate(ratios, [&] {
+        const double over = medianOf(resampled(above, random));
+        return over / medianOf(resampled(below, random));
+    });
+    std::ranges::sort(ratios);
+    return {ratios[kBeyond], ratios[kResamples - 1 - kBeyond]};
+}
+
 Result run(const Job& job, const Method& method) {
-    Result result{.name = job.name, .unit = job.unit, .aim = job.aim, .failure = {}};
+    Result result{.name = job.name,
+                  .unit = job.unit,
+                  .oursWords = job.ours.words,
+                  .baselineWords = job.baseline.words,
+                  .interval = std::nullopt,
+                  .aim = job.aim,
+                  .failure = {}};
     if (job.measure) {
         measure(job, result);
     } else {
         time(job, method, result);
     }
     return result;
+}
+
+GrowthResult run(const GrowthJob& job) {
+    GrowthResult result{.name = job.name,
+                        .sizes = job.sizes,
+                        .item = job.item,
+                        .at = job.at,
+                        .figures = {},
+                        .most = job.most,
+                        .failure = {}};
+    try {
+        for (const double size : job.at)
+            result.figures.push_back(job.take(size));
+    } catch (const std::runtime_error& error) {
+        result.failure = error.what();
+    }
+    return result;
+}
+
+double GrowthResult::timeGrowth() const {
+    return figures.back().nanoseconds / figures.front().nanoseconds;
+}
+
+double GrowthResult::memoryGrowth() const {
+    return figures.front().bytes == 0 ? 0 : figures.back().bytes / figures.front().bytes;
 }
 
 }  // namespace kap::bench

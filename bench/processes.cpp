@@ -17,7 +17,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-struct Report {
+struct ProcessReport {
     std::int64_t done = 0;
     double longestMillis = 0;
     std::array<char, 200> failure{};  // empty: none
@@ -27,8 +27,8 @@ double millis(Clock::duration time) {
     return std::chrono::duration<double, std::milli>(time).count();
 }
 
-Report work(const std::function<void()>& piece, Clock::time_point end) {
-    Report report;
+ProcessReport work(const std::function<void()>& piece, Clock::time_point end) {
+    ProcessReport report;
     for (Clock::time_point now = Clock::now(); now < end;) {
         piece();
         const Clock::time_point after = Clock::now();
@@ -66,7 +66,7 @@ private:
 // own to close.
 [[noreturn]] void child(int process, const MakeWorker& make, std::chrono::milliseconds time,
                         Pipe& start, Pipe& reports) {
-    Report report;
+    ProcessReport report;
     try {
         const std::function<void()> piece = make(process);
         start.closeEnd(1);
@@ -97,7 +97,7 @@ SharedWork inProcesses(int count, std::chrono::milliseconds time, const MakeWork
     SharedWork all;
     std::string failure;
     for (int i = 0; i < count; ++i) {
-        Report report;
+        ProcessReport report;
         if (read(reports.end(0), &report, sizeof(report)) != sizeof(report)) {
             failure = "a process has ended early";
             break;

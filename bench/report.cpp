@@ -1,32 +1,20 @@
 #include "bench/report.hpp"
 
 #include <algorithm>
-#include <array>
-#include <cstdio>
-#include <nlohmann/json.hpp>
-#include <thread>
+
+#include "bench/figures.hpp"
 
 namespace kap::bench {
 namespace {
 
 constexpr const char* kGreen = "\033[32m";
 constexpr const char* kRed = "\033[31m";
+constexpr const char* kBold = "\033[1m";
 constexpr const char* kPlain = "\033[0m";
 
-constexpr std::size_t kFigureWidth = 26;
-constexpr std::size_t kRatioWidth = 8;
-
-#ifdef __clang__
-constexpr const char* kCompiler = "Clang " __clang_version__;
-#else
-constexpr const char* kCompiler = "GCC " __VERSION__;
-#endif
-
-std::string formatted(const char* format, double value) {
-    std::array<char, 64> text{};
-    std::snprintf(text.data(), text.size(), format, value);
-    return text.data();
-}
+constexpr std::size_t kFigureWidth = 22;
+constexpr std::size_t kSizeWidth = 16;
+constexpr double kGigabyte = 1024.0 * 1024 * 1024;
 
 std::string padLeft(const std::string& text, std::size_t width) {
     return std::string(width - std::min(width, text.size()), ' ') + text;
@@ -36,75 +24,81 @@ std::string padRight(const std::string& text, std::size_t width) {
     return text + std::string(width - std::min(width, text.size()), ' ');
 }
 
-std::string figure(double value, const std::string& unit) {
-    if (unit != "ns") {
-        return formatted(value < 100 ? "%.2f " : "%.0f ", value) + unit;
-    }
-    if (value < 1e3) {
-        return formatted("%.1f ns", value);
-    }
-    if (value < 1e6) {
-        return formatted("%.2f us", value / 1e3);
-    }
-    return formatted("%.2f ms", value / 1e6);
-}
-
-std::string bound(const Aim& aim) {
-    const bool atMost = aim.direction == Aim::Direction::AtMost;
-    return (atMost ? "<= " : ">= ") + formatted("%.2f", aim.ratio);
-}
-
 }  // namespace
 
-void Table::writeHeading(const Method& method, std::size_t nameWidth) {
-    nameWidth_ = std::max<std::size_t>(nameWidth, 3);
-    out_ << "Compiler: " << kCompiler << ", build: " << KAPUTIL_BUILD_TYPE
-         << ", cores: " << std::thread::hardware_concurrency() << "\n"
-         << "Method: median of " << method.repetitions << " repetitions of at least "
-         << formatted("%.2f", method.secondsEach)
-         << " s, the two arms in turn in one process, real time per item\n\n"
-         << padRight("job", nameWidth_) << padLeft("ours", kFigureWidth)
-         << padLeft("baseline", kFigureWidth) << padLeft("ratio", kRatioWidth)
-         << padLeft("aim", kRatioWidth + 1) << "  met\n";
+void Report::writeHeading(const Machine& machine, const Method& method) {
+    out_ << machine.day << ", " << machine.compiler << ", build " << machine.build << "\n"
+         << machine.processor << ", " << machine.cores << " cores, "
+         << formatted("%.0f GiB, ", machine.memory / kGigabyte) << machine.system << "\n"
+         << "Real time per item: the median of " << method.repetitions
+         << " repetitions of at least " << formatted("%.2f", method.secondsEach)
+         << " s, both arms in turn in one process.\n"
+         << "Below each job's name the library, then what it is compared with; the ratio, where it "
+            "lies\nwith a confidence of 95 %, and the aim.\n";
     out_.flush();
 }
 
-void Table::writeResult(const Result& result) {
-    out_ << padRight(result.name, nameWidth_);
+void Report::writeName(const std::string& name) {
+    const auto colon = name.find(": ");
+    const std::string group = name.substr(0, colon);
+    if (group != group_) out_ << "\n" << paint(group, kBold) << "\n";
+    group_ = group;
+    out_ << "  " << (colon == std::string::npos ? name : name.substr(colon + 2)) << "\n";
+}
+
+void Report::writeArm(const std::string& words, const std::string& figure) {
+    out_ << "    " << padRight(words, wordsWidth_) << padLeft(figure, kFigureWidth);
+}
+
+void Report::write(const Result& result, const EarlierRun::Figure* earlier) {
+    writeName(result.name);
     if (!result.failure.empty()) {
-        out_ << "  " << paint("wrong result: " + result.failure, kRed) << "\n";
-    } else {
-        out_ << padLeft(figure(result.ours, result.unit), kFigureWidth)
-             << padLeft(figure(result.baseline, result.unit), kFigureWidth)
-             << padLeft(formatted("%.2f", result.ratio), kRatioWidth)
-             << padLeft(bound(result.aim), kRatioWidth + 1) << "  "
-             << (result.isMet() ? paint("yes", kGreen) : paint("NO", kRed)) << "\n";
+        out_ << "    " << paint("wrong result: " + result.failure, kRed) << "\n";
+        out_.flush();
+        return;
     }
+    writeArm(result.oursWords, figure(result.ours, result.unit));
+    out_ << "\n";
+    writeArm(result.baselineWords, figure(result.baseline, result.unit));
+    out_ << "   " << ratioText(result.ratio, result.interval) << ", aim " << aimText(result.aim)
+         << ": " << verdict(result.isMet()) << "\n";
+    if (earlier != nullptr) out_ << "    " << comparison(result, *earlier) << "\n";
     out_.flush();
 }
 
-void Table::writeSummary(std::size_t met, std::size_t total) {
+void Report::write(const GrowthResult& result) {
+    writeName(result.name);
+    if (!result.failure.empty()) {
+        out_ << "    " << paint("wrong result: " + result.failure, kRed) << "\n";
+        out_.flush();
+        return;
+    }
+    out_ << "    " << padLeft(result.sizes, kSizeWidth) << "   " << result.item << "\n";
+    for (std::size_t i = 0; i < result.at.size(); ++i) {
+        const Growth& cost = result.figures[i];
+        out_ << "    " << padLeft(counted(result.at[i]), kSizeWidth)
+             << padLeft(figure(cost.nanoseconds, "ns"), kFigureWidth);
+        if (cost.bytes != 0) out_ << padLeft(figure(cost.bytes, "bytes"), kFigureWidth);
+        out_ << "\n";
+    }
+    out_ << "    the last over the first: time " << formatted("%.2f", result.timeGrowth());
+    if (result.memoryGrowth() != 0) {
+        out_ << ", memory " << formatted("%.2f", result.memoryGrowth());
+    }
+    out_ << ", aim " << aimText(atMost(result.most)) << ": " << verdict(result.isMet()) << "\n";
+    out_.flush();
+}
+
+void Report::writeSummary(std::size_t met, std::size_t total) {
     out_ << "\n" << met << " of " << total << " aims met\n";
 }
 
-std::string Table::paint(const std::string& text, const char* colour) const {
-    return coloured_ ? colour + text + kPlain : text;
+std::string Report::verdict(bool met) const {
+    return met ? paint("met", kGreen) : paint("NOT MET", kRed);
 }
 
-std::string toJson(const Result& result) {
-    nlohmann::ordered_json object = {{"name", result.name}};
-    if (result.failure.empty()) {
-        object["ours"] = result.ours;
-        object["baseline"] = result.baseline;
-        object["unit"] = result.unit;
-        object["ratio"] = result.ratio;
-    } else {
-        object["error"] = result.failure;
-    }
-    object["aim"] = result.aim.ratio;
-    object["direction"] = result.aim.direction == Aim::Direction::AtMost ? "at most" : "at least";
-    object["met"] = result.isMet();
-    return object.dump();
+std::string Report::paint(const std::string& text, const char* colour) const {
+    return coloured_ ? colour + text + kPlain : text;
 }
 
 }  // namespace kap::bench
