@@ -86,11 +86,7 @@ Counters::Counters(Database& database, ErrorSlot& errorSlot)
 }
 
 bool Counters::exists(bool temporary) const {
-    PreparedStatement look(database_.handle(),
-                           temporary ? "SELECT 1 FROM temp.sqlite_schema WHERE name = ?1"
-                                     : "SELECT 1 FROM main.sqlite_schema WHERE name = ?1");
-    look.bind(1, std::string_view(kCountersTable));
-    return look.step();
+    return database_.hasTable(temporary ? "temp" : "main", std::string(kCountersTable));
 }
 
 std::optional<Counters::Record> Counters::find(const Table& table) const {

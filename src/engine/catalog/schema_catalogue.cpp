@@ -124,24 +124,39 @@ const Table* SchemaCatalogue::find(std::string_view name) const {
     return entry.table.get();
 }
 
-void SchemaCatalogue::refresh() {
-    std::int64_t version = -1;
-    {
-        const ResetGuard guard(version_);
-        version_.step();
-        version = version_.integer(0);
+std::int64_t SchemaCatalogue::versionInFile() {
+    const ResetGuard guard(version_);
+    version_.step();
+    return version_.integer(0);
+}
+
+void SchemaCatalogue::noteFileVersion(std::int64_t version) {
+    knownVersion_ = version;
+    if (version != fileVersion_) {
+        fileVersion_ = version;
+        ++fileChanges_;
     }
+}
+
+void SchemaCatalogue::refresh() {
+    const std::int64_t version = versionInFile();
     if (version == knownVersion_) {
         return;
     }
     invalidate();
     // SQLite keeps a schema of its own, which only running a statement brings up to date.
     PreparedStatement(database_.handle(), "SELECT 1 FROM main.sqlite_schema LIMIT 1").run();
-    knownVersion_ = version;
-    if (version != fileVersion_) {
-        fileVersion_ = version;
-        ++fileChanges_;
-    }
+    noteFileVersion(version);
+}
+
+void SchemaCatalogue::added(const Table& table) {
+    ++generation_;
+    objects_.reset();
+    views_.clear();
+    functions_.clear();
+    counters_.schemaChanged();
+    tables_.insert_or_assign(folded(table.name), Entry{table.name, table.temporary, nullptr});
+    noteFileVersion(versionInFile());
 }
 
 void SchemaCatalogue::invalidate() {

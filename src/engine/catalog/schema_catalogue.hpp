@@ -165,6 +165,9 @@ public:
     void refresh();
     // The schema is being changed by this connection.
     void invalidate();
+    // The same where a table was made and nothing else: what is known of the others holds. Within
+    // the transaction that has made it.
+    void added(const Table& table);
     // What this connection has changed of the schema was undone.
     void undone();
     [[nodiscard]] std::uint64_t undoings() const noexcept { return undoings_; }
@@ -180,6 +183,8 @@ private:
         std::unique_ptr<Table> table;  // read when it is first asked for
     };
 
+    [[nodiscard]] std::int64_t versionInFile();
+    void noteFileVersion(std::int64_t version);
     void readNames() const;
     void readNames(const char* sql, bool temporary) const;
     [[nodiscard]] std::unique_ptr<Table> read(const Entry& entry) const;

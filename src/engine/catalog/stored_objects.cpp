@@ -23,9 +23,7 @@ std::string nameAtParent(const StoredObject& object) {
 }
 
 bool StoredObjects::exists() const {
-    PreparedStatement look(database_.handle(),
-                           "SELECT 1 FROM main.sqlite_schema WHERE name = 'kap_objects'");
-    return look.step();
+    return database_.hasTable("main", "kap_objects");
 }
 
 std::vector<StoredObject> StoredObjects::all() const {

@@ -34,9 +34,7 @@ KeptTables::KeptTables(Database& database, Counters& counters, const std::vector
 }
 
 bool KeptTables::exists(const VariableTable& table) {
-    PreparedStatement look(database_.handle(), "SELECT 1 FROM temp.sqlite_schema WHERE name = ?1");
-    look.bind(1, std::string_view(table.name));
-    return look.step();
+    return database_.hasTable("temp", table.name);
 }
 
 void KeptTables::remember(const VariableTable& table) {

@@ -43,7 +43,11 @@ void StatementRunner::define(CompiledStatement& prepared, const tsql::Statement&
     }
     noteTables(made);
     prepared.ready = false;
-    catalogue_.invalidate();
+    if (std::holds_alternative<tsql::CreateTableStatement>(statement.node) && made.created) {
+        catalogue_.added(made.created->table);
+    } else {
+        catalogue_.invalidate();
+    }
     scope.keep();
 }
 

@@ -193,4 +193,12 @@ void Database::run(const char* sql) {
     }
 }
 
+bool Database::hasTable(const char* schema, const std::string& name) const {
+    const int result = sqlite3_table_column_metadata(handle(), schema, name.c_str(), nullptr,
+                                                     nullptr, nullptr, nullptr, nullptr, nullptr);
+    // What is no table is a plain error; any other is one of reading the schema.
+    if (result != SQLITE_OK && result != SQLITE_ERROR) throw lastError(handle());
+    return result == SQLITE_OK;
+}
+
 }  // namespace kap::engine

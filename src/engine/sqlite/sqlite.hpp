@@ -125,6 +125,8 @@ public:
 
     // Runs one or more statements that return nothing of interest.
     void run(const char* sql);
+    // Whether a table exists in the schema "main" or "temp", found without running a statement.
+    [[nodiscard]] bool hasTable(const char* schema, const std::string& name) const;
     [[nodiscard]] bool inTransaction() const noexcept {
         return sqlite3_get_autocommit(handle()) == 0;
     }
