@@ -2,10 +2,11 @@
 """Measures the Python package: calls of members beside a method of one of the interpreter's own extensions, and rows
 beside the interpreter's own database module. Each pair prints both arms and their ratio; what they give is compared first.
 
-usage: run.py [FILTER]
+usage: run.py [--json] [FILTER]
 """
 
 import collections
+import json
 import sqlite3
 import sys
 import timeit
@@ -63,13 +64,16 @@ def own_rows(database):
     return [tuple(row) for row in database.execute("SELECT a, b, c, d, e FROM t ORDER BY a")]
 
 
+CALL, ROW = "a method of collections.deque", "the interpreter's own sqlite3"
+
+
 def pairs():
-    """Name, the library's way, the baseline, how often, what is counted, the aim."""
+    """Name, the library's way and what it is, the baseline and what it is, how often, what is counted, the aim."""
     bag = kaputil.Dispatch("KapUtil.CProprieta")
     bag.Scrivi("Codice", "A")
     queue = collections.deque("A")
-    yield ("a member without arguments", bag.Count, lambda: queue.count("A"), CALLS, 1, 4)
-    yield ("a member with a text", lambda: bag.Leggi("Codice"), lambda: queue.count("Codice"), CALLS, 1, 4)
+    yield ("a member without arguments", bag.Count, "CProprieta.Count", lambda: queue.count("A"), CALL, CALLS, 1, 4)
+    yield ("a member with a text", lambda: bag.Leggi("Codice"), "CProprieta.Leggi", lambda: queue.count("Codice"), CALL, CALLS, 1, 4)
     recordset, database = made_tables()
     expected = own_rows(database)
     for way in (library_rows, library_fields):
@@ -78,25 +82,46 @@ def pairs():
     columns = library_get_rows(recordset)
     if list(zip(*columns)) != expected:
         raise SystemExit("GetRows gives other values than the interpreter's own module")
-    yield ("reading a property", lambda: recordset.EOF, lambda: queue.maxlen, CALLS, 1, 4)
-    yield ("a loop over the rows", lambda: library_rows(recordset), lambda: own_rows(database), 1, ROWS, 3)
-    yield ("a loop by MoveNext and fields", lambda: library_fields(recordset), lambda: own_rows(database), 1, ROWS, 3)
-    yield ("all rows at once", lambda: library_get_rows(recordset),
-           lambda: database.execute("SELECT a, b, c, d, e FROM t ORDER BY a").fetchall(), 1, ROWS, 1)
+    yield ("reading a property", lambda: recordset.EOF, "Recordset.EOF", lambda: queue.maxlen, "an attribute of collections.deque",
+           CALLS, 1, 4)
+    yield ("a loop over the rows", lambda: library_rows(recordset), "for row in recordset", lambda: own_rows(database), ROW, 1, ROWS, 3)
+    yield ("a loop by MoveNext and fields", lambda: library_fields(recordset), "MoveNext and Field.Value", lambda: own_rows(database),
+           ROW, 1, ROWS, 3)
+    yield ("all rows at once", lambda: library_get_rows(recordset), "GetRows",
+           lambda: database.execute("SELECT a, b, c, d, e FROM t ORDER BY a").fetchall(), f"{ROW}, fetchall", 1, ROWS, 1)
 
 
-def main(wanted):
+def results(wanted):
+    """What was found of each pair, as kaputil-bench gives it with --json."""
+    for name, work, words, baseline, baseline_words, times, counted, aim in pairs():
+        if wanted in name:
+            own, other = (nanoseconds(each, times) / counted for each in (work, baseline))
+            yield {"name": f"Python: {name}", "oursIs": words, "baselineIs": baseline_words, "ours": own, "baseline": other,
+                   "unit": "ns", "ratio": own / other, "aim": aim, "direction": "at most", "met": own <= aim * other}
+
+
+def print_table(found):
     print("The fastest of seven series; nanoseconds a call or a row of five columns, and the ratio to the baseline: a")
     print("method or attribute of collections.deque, and sqlite3 with the same rows.\n")
     print(f"{'':32}{'kaputil':>10}{'baseline':>10}{'ratio':>8}{'aim':>6}")
-    for name, work, baseline, times, counted, aim in pairs():
-        if wanted in name:
-            own, other = (nanoseconds(each, times) / counted for each in (work, baseline))
-            print(f"{name:32}{own:10.0f}{other:10.0f}{own / other:8.2f}{aim:6}")
+    for one in found:
+        name = one["name"].split(": ", 1)[1]
+        print(f"{name:32}{one['ours']:10.0f}{one['baseline']:10.0f}{one['ratio']:8.2f}{one['aim']:6}")
+
+
+def main(arguments):
+    as_json = "--json" in arguments
+    rest = [argument for argument in arguments if argument != "--json"]
+    if len(rest) > 1 or any(argument.startswith("-") for argument in rest):
+        print(__doc__, file=sys.stderr)
+        sys.exit(2)
+    found = results(rest[0] if rest else "")
+    if as_json:
+        for one in found:
+            print(json.dumps(one))
+    else:
+        print_table(found)
 
 
 if __name__ == "__main__":
-    if len(sys.argv) > 2:
-        print(__doc__, file=sys.stderr)
-        sys.exit(2)
-    main(sys.argv[1] if len(sys.argv) == 2 else "")
+    main(sys.argv[1:])

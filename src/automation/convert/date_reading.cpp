@@ -123,6 +123,9 @@ private:
     // A part of a date, or a whole time: what follows the number tells.
     bool readNumbers() {
         std::array<int, 3> numbers{takeNumber()};
+        if (endsDatePart()) {
+            return addPart({numbers[0], false});
+        }
         std::size_t count = 1;
         while (takeTimeSeparator()) {
             if (count == numbers.size() || rest_.empty() || !isDigit(rest_.front())) {
@@ -142,6 +145,15 @@ private:
         return pieces_.time.has_value();
     }
 
+    // Behind most numbers: nothing that could make them a time.
+    [[nodiscard]] bool endsDatePart() const {
+        if (rest_.empty()) {
+            return true;
+        }
+        const char16_t next = rest_.front();
+        return (next == u'/' || next == u'-') && next != locale_.timeSeparator;
+    }
+
     // A time stands before or behind the date, not within.
     bool addPart(Part part) {
         if (pieces_.count == pieces_.parts.size() || (pieces_.time && partsBeforeTime_ > 0)) {
@@ -153,9 +165,11 @@ private:
 
     int takeNumber() {
         int value = 0;
-        for (; !rest_.empty() && isDigit(rest_.front()); rest_.remove_prefix(1)) {
-            value = std::min(kTooLarge, value * 10 + (rest_.front() - u'0'));
+        std::size_t length = 0;
+        for (; length < rest_.size() && isDigit(rest_[length]); ++length) {
+            value = std::min(kTooLarge, value * 10 + (rest_[length] - u'0'));
         }
+        rest_.remove_prefix(length);
         return value;
     }
 
@@ -257,20 +271,21 @@ std::optional<CivilDate> arrange(std::span<const Part> parts, std::span<const Or
     return std::nullopt;
 }
 
+constexpr std::array<Order, 4> kDayAndMonth = {u"DM", u"MD", u"MY", u"YM"};
+constexpr std::array<Order, 4> kMonthAndDay = {u"MD", u"DM", u"MY", u"YM"};
+constexpr std::array<Order, 4> kDayFirst = {u"DMY", u"YMD", u"MDY", u"YDM"};
+constexpr std::array<Order, 4> kMonthFirst = {u"MDY", u"YMD", u"DMY", u"YDM"};
+constexpr std::array<Order, 4> kYearFirst = {u"YMD", u"DMY", u"MDY", u"YDM"};
+
 // The locale's own order first, then those that people mean when it makes no sense: a day beyond
 // the month's end is a year.
-std::optional<CivilDate> dateOf(std::span<const Part> parts, const Locale& locale) {
-    const bool monthFirst = locale.dateOrder == DateOrder::MonthDayYear;
+std::optional<CivilDate> dateOf(std::span<const Part> parts, DateOrder order) {
     if (parts.size() == 2) {
-        const std::array<Order, 4> orders = {monthFirst ? u"MD" : u"DM", monthFirst ? u"DM" : u"MD",
-                                             u"MY", u"YM"};
-        return arrange(parts, orders);
+        return arrange(parts, order == DateOrder::MonthDayYear ? kMonthAndDay : kDayAndMonth);
     }
-    const Order own = monthFirst                                    ? u"MDY"
-                      : locale.dateOrder == DateOrder::DayMonthYear ? u"DMY"
-                                                                    : u"YMD";
-    const std::array<Order, 5> orders = {own, u"YMD", u"DMY", u"MDY", u"YDM"};
-    return arrange(parts, orders);
+    return arrange(parts, order == DateOrder::MonthDayYear   ? kMonthFirst
+                          : order == DateOrder::DayMonthYear ? kDayFirst
+                                                             : kYearFirst);
 }
 
 }  // namespace
@@ -280,7 +295,7 @@ std::optional<Date> readDate(std::u16string_view text, const Locale& locale) {
     if (!pieces || pieces->count == 1 || (pieces->count == 0 && !pieces->time)) {
         return std::nullopt;
     }
-    const auto date = pieces->count == 0 ? CivilDate{} : dateOf(pieces->date(), locale);
+    const auto date = pieces->count == 0 ? CivilDate{} : dateOf(pieces->date(), locale.dateOrder);
     return date ? std::optional(makeDate(*date, pieces->time.value_or(TimeOfDay{}))) : std::nullopt;
 }
 
