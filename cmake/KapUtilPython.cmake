@@ -62,7 +62,7 @@ add_custom_command(
     VERBATIM)
 add_custom_target(kaputil-python ALL DEPENDS ${pythonStubs})
 
-set(KAPUTIL_PYTHON_DIR "" CACHE PATH "The folder to install the Python package into; empty: below the prefix")
+set(KAPUTIL_PYTHON_DIR "" CACHE STRING "The folder to install the Python package into, below the prefix unless absolute")
 configure_file("${PROJECT_SOURCE_DIR}/cmake/install_python_package.cmake.in"
                "${PROJECT_BINARY_DIR}/install_python_package.cmake" @ONLY)
 install(SCRIPT "${PROJECT_BINARY_DIR}/install_python_package.cmake" COMPONENT python)

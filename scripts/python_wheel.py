@@ -6,6 +6,7 @@
 
 import base64
 import hashlib
+import os
 import pathlib
 import re
 import subprocess
@@ -76,8 +77,8 @@ def record_line(name, data):
     return f"{name},sha256={digest},{len(data)}\n"
 
 
-def run(*command):
-    subprocess.run([str(part) for part in command], check=True, stdout=sys.stderr)
+def run(*command, **variables):
+    subprocess.run([str(part) for part in command], check=True, stdout=sys.stderr, env={**os.environ, **variables})
 
 
 def pack(build, folder):
@@ -85,7 +86,8 @@ def pack(build, folder):
     folder_of_information = f"kaputil-{version()}.dist-info"
     files = {f"{folder_of_information}/{name}": text.encode() for name, text in information().items()}
     with tempfile.TemporaryDirectory() as staged:
-        run("cmake", "--install", build, "--component", "python", "--strip", "--prefix", staged)
+        # Below a root of its own: the build may be for a folder that does not depend on the prefix.
+        run("cmake", "--install", build, "--component", "python", "--strip", DESTDIR=staged)
         package = next(pathlib.Path(staged).glob("**/kaputil"))
         for path in sorted(package.iterdir()):
             files[f"kaputil/{path.name}"] = path.read_bytes()
