@@ -25,10 +25,10 @@ def output_of(*command):
 
 def visible_symbols(build):
     """What a program finds in the shared library. A function counts once, however many entries the compiler makes for it; the
-    constants of headers, which programs have themselves, do not count."""
+    constants of headers, which programs have themselves, do not count, nor does the name of the interface's version."""
     listing = output_of("nm", "--dynamic", "--defined-only", "--demangle", str(build / "libkaputil.so"))
     entries = [line.split(" ", 2)[1:] for line in listing.splitlines()]
-    names = [name for kind, name in entries if kind not in "Vu" or re.match(r"(vtable|typeinfo|typeinfo name) for ", name)]
+    names = [name for kind, name in entries if kind not in "AVu" or re.match(r"(vtable|typeinfo|typeinfo name) for ", name)]
     return sorted({re.sub(r"@@?KAPUTIL_\d+$", "", name) for name in names})
 
 
