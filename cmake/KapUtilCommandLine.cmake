@@ -37,19 +37,26 @@ if(commandSources)
             DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions" COMPONENT tools)
     if(NOT CMAKE_CROSSCOMPILING)
         # The command line writes its own pages of the manual and the scripts that complete it in other shells.
-        set(pages "${PROJECT_BINARY_DIR}/man1")
+        set(pages "${PROJECT_BINARY_DIR}/man")
         set(completions "${PROJECT_BINARY_DIR}/completions")
         file(MAKE_DIRECTORY "${completions}")
         add_custom_command(
             OUTPUT "${pages}/kaputil.1" "${completions}/_kaputil" "${completions}/kaputil.fish"
-            COMMAND kaputil-cli manual --folder "${pages}"
+            COMMAND kaputil-cli manual --folder "${pages}" --language en
+            COMMAND kaputil-cli manual --folder "${pages}/it" --language it
             COMMAND kaputil-cli completion zsh > "${completions}/_kaputil"
             COMMAND kaputil-cli completion fish > "${completions}/kaputil.fish"
             DEPENDS kaputil-cli
             COMMENT "Writing the pages of the manual"
             VERBATIM)
         add_custom_target(kaputil-cli-pages ALL DEPENDS "${pages}/kaputil.1")
-        install(DIRECTORY "${pages}" DESTINATION "${CMAKE_INSTALL_MANDIR}" COMPONENT tools OPTIONAL)
+        # Those on commands are in English, those on classes in both languages.
+        install(DIRECTORY "${pages}/" DESTINATION "${CMAKE_INSTALL_MANDIR}/man1" COMPONENT tools OPTIONAL
+                FILES_MATCHING PATTERN "*.1" PATTERN "it" EXCLUDE)
+        install(DIRECTORY "${pages}/" DESTINATION "${CMAKE_INSTALL_MANDIR}/man3" COMPONENT tools OPTIONAL
+                FILES_MATCHING PATTERN "*.3" PATTERN "it" EXCLUDE)
+        install(DIRECTORY "${pages}/it/" DESTINATION "${CMAKE_INSTALL_MANDIR}/it/man3" COMPONENT tools OPTIONAL
+                FILES_MATCHING PATTERN "*.3")
         install(FILES "${completions}/_kaputil" DESTINATION "${CMAKE_INSTALL_DATADIR}/zsh/site-functions"
                 COMPONENT tools OPTIONAL)
         install(FILES "${completions}/kaputil.fish" DESTINATION "${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d"

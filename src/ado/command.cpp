@@ -63,39 +63,30 @@ const ClassDescription& Command::classDescription() {
     static const ClassDescription description =
         ClassBuilder<Command>(u"Command", u"e6d06f3b-5a86-4b3b-9c1d-0a6d4a6f7b13",
                               u"e6d06f3b-5a86-4b3b-9c1d-0a6d4a6f7b23")
-            .summary(u"A text to run again and again, with parameters and a time limit.")
             .property<&Command::ActiveConnection, &Command::setActiveConnection>(
-                u"ActiveConnection", u"The connection.")
+                u"ActiveConnection")
             .alsoSet()
-            .property<&Command::CommandText, &Command::setCommandText>(
-                u"CommandText", u"A script, a table's or a procedure's name.")
-            .property<&Command::CommandTimeout, &Command::setCommandTimeout>(
-                u"CommandTimeout", u"Seconds that it may run; 0: no limit.")
-            .property<&Command::CommandType, &Command::setCommandType>(
-                u"CommandType", u"1 text, 2 table, 4 stored procedure, 8 unknown.")
-            .property<&Command::Name, &Command::setName>(u"Name", u"The name.")
-            .property<&Command::NamedParameters, &Command::setNamedParameters>(
-                u"NamedParameters", u"Whether a procedure's parameters go by name.")
-            .property<&Command::Parameters>(u"Parameters", u"The parameters.")
-            .property<&Command::Prepared, &Command::setPrepared>(
-                u"Prepared", u"Whether the text is worth preparing.")
-            .property<&Command::State>(u"State", u"0: no call is running.")
-            .method<&Command::Cancel>(u"Cancel", {}, u"Ends what is running.")
+            .property<&Command::CommandText, &Command::setCommandText>(u"CommandText")
+            .property<&Command::CommandTimeout, &Command::setCommandTimeout>(u"CommandTimeout")
+            .property<&Command::CommandType, &Command::setCommandType>(u"CommandType")
+            .property<&Command::Name, &Command::setName>(u"Name")
+            .property<&Command::NamedParameters, &Command::setNamedParameters>(u"NamedParameters")
+            .property<&Command::Parameters>(u"Parameters")
+            .property<&Command::Prepared, &Command::setPrepared>(u"Prepared")
+            .property<&Command::State>(u"State")
+            .method<&Command::Cancel>(u"Cancel")
             .method<&Command::CreateParameter>(
                 u"CreateParameter",
                 {kap::Parameter(u"Name").otherwise(u""), kap::Parameter(u"Type").otherwise(0),
                  kap::Parameter(u"Direction").otherwise(1), kap::Parameter(u"Size").otherwise(0),
-                 missing(u"Value")},
-                u"Makes a parameter.")
+                 missing(u"Value")})
             .method<&Command::Execute>(u"Execute",
                                        {missing(u"RecordsAffected"), missing(u"Parameters"),
-                                        kap::Parameter(u"Options").otherwise(-1)},
-                                       u"Runs the command.")
-            .property<&Command::CommandStream, &Command::setCommandStream>(
-                u"CommandStream", u"A stream that holds the text.")
+                                        kap::Parameter(u"Options").otherwise(-1)})
+            .property<&Command::CommandStream, &Command::setCommandStream>(u"CommandStream")
             .alsoSet()
-            .property<&Command::Dialect, &Command::setDialect>(u"Dialect", u"How the text is read.")
-            .property<&Command::Properties>(u"Properties", u"What the provider lets be chosen.")
+            .property<&Command::Dialect, &Command::setDialect>(u"Dialect")
+            .property<&Command::Properties>(u"Properties")
             .build(u"CommandText");
     return description;
 }

@@ -31,50 +31,42 @@ const ClassDescription& Connection::classDescription() {
     static const ClassDescription description =
         ClassBuilder<Connection>(u"Connection", u"e6d06f3b-5a86-4b3b-9c1d-0a6d4a6f7b11",
                                  u"e6d06f3b-5a86-4b3b-9c1d-0a6d4a6f7b21")
-            .summary(u"An open session with a database.")
             .events(&ConnectionEvents::classDescription)
             .property<&Connection::CommandTimeout, &Connection::setCommandTimeout>(
-                u"CommandTimeout", u"Seconds that a script may run; 0: no limit.")
+                u"CommandTimeout")
             .property<&Connection::ConnectionString, &Connection::setConnectionString>(
-                u"ConnectionString", u"The keys that say which database to open.")
+                u"ConnectionString")
             .property<&Connection::ConnectionTimeout, &Connection::setConnectionTimeout>(
-                u"ConnectionTimeout", u"Seconds that opening may take; 0: no limit.")
+                u"ConnectionTimeout")
             .property<&Connection::CursorLocation, &Connection::setCursorLocation>(
-                u"CursorLocation", u"Where the cursors of Execute's recordsets live.")
+                u"CursorLocation")
             .property<&Connection::DefaultDatabase, &Connection::setDefaultDatabase>(
-                u"DefaultDatabase", u"The server's database in use.")
-            .property<&Connection::Errors>(u"Errors", u"The errors of the last failed operation.")
+                u"DefaultDatabase")
+            .property<&Connection::Errors>(u"Errors")
             .property<&Connection::IsolationLevel, &Connection::setIsolationLevel>(
-                u"IsolationLevel", u"How far transactions are kept apart.")
-            .property<&Connection::Mode, &Connection::setMode>(u"Mode", u"1 read, 2 write, 3 both.")
-            .property<&Connection::Provider, &Connection::setProvider>(u"Provider",
-                                                                       u"The provider's name.")
-            .property<&Connection::State>(u"State", u"0 closed, 1 open.")
-            .property<&Connection::Version>(u"Version", u"The version of the data-access objects.")
-            .method<&Connection::BeginTrans>(u"BeginTrans", {},
-                                             u"Begins a transaction; gives the nesting level.")
-            .method<&Connection::Cancel>(u"Cancel", {}, u"Ends what is running.")
-            .method<&Connection::Close>(u"Close", {}, u"Closes the database.")
-            .method<&Connection::CommitTrans>(u"CommitTrans", {}, u"Commits the transaction.")
+                u"IsolationLevel")
+            .property<&Connection::Mode, &Connection::setMode>(u"Mode")
+            .property<&Connection::Provider, &Connection::setProvider>(u"Provider")
+            .property<&Connection::State>(u"State")
+            .property<&Connection::Version>(u"Version")
+            .method<&Connection::BeginTrans>(u"BeginTrans")
+            .method<&Connection::Cancel>(u"Cancel")
+            .method<&Connection::Close>(u"Close")
+            .method<&Connection::CommitTrans>(u"CommitTrans")
             .method<&Connection::Execute>(
                 u"Execute",
                 {u"CommandText", Parameter(u"RecordsAffected").otherwise(Variant::missing()),
-                 Parameter(u"Options").otherwise(-1)},
-                u"Runs a script.")
+                 Parameter(u"Options").otherwise(-1)})
             .method<&Connection::Open>(
                 u"Open",
                 {Parameter(u"ConnectionString").otherwise(u""), Parameter(u"UserID").otherwise(u""),
-                 Parameter(u"Password").otherwise(u""), Parameter(u"Options").otherwise(-1)},
-                u"Opens the database.")
+                 Parameter(u"Password").otherwise(u""), Parameter(u"Options").otherwise(-1)})
             .method<&Connection::OpenSchema>(
-                u"OpenSchema",
-                {u"Schema", Parameter(u"Restrictions").otherwise(Variant::missing()),
-                 Parameter(u"SchemaID").otherwise(Variant::missing())},
-                u"Describes tables, columns, keys, indexes or types.")
-            .method<&Connection::RollbackTrans>(u"RollbackTrans", {}, u"Undoes the transaction.")
-            .property<&Connection::Attributes, &Connection::setAttributes>(
-                u"Attributes", u"What follows the end of a transaction.")
-            .property<&Connection::Properties>(u"Properties", u"What the provider tells.")
+                u"OpenSchema", {u"Schema", Parameter(u"Restrictions").otherwise(Variant::missing()),
+                                Parameter(u"SchemaID").otherwise(Variant::missing())})
+            .method<&Connection::RollbackTrans>(u"RollbackTrans")
+            .property<&Connection::Attributes, &Connection::setAttributes>(u"Attributes")
+            .property<&Connection::Properties>(u"Properties")
             .build(u"ConnectionString");
     return description;
 }

@@ -14,40 +14,28 @@ const ClassDescription& ConnectionEvents::classDescription() {
     static const ClassDescription description =
         ClassBuilder<ConnectionEvents>(u"ConnectionEvents", u"e6d06f3b-5a86-4b3b-9c1d-0a6d4a6f7b31",
                                        u"e6d06f3b-5a86-4b3b-9c1d-0a6d4a6f7b31")
-            .summary(u"What a connection tells its clients.")
             .instancing(Instancing::NotCreatable)
-            .method<&ConnectionEvents::InfoMessage>(
-                u"InfoMessage", {u"pError", u"adStatus", u"pConnection"},
-                u"A script has printed something, or the database has warned.")
+            .method<&ConnectionEvents::InfoMessage>(u"InfoMessage",
+                                                    {u"pError", u"adStatus", u"pConnection"})
             .method<&ConnectionEvents::BeginTransComplete>(
                 u"BeginTransComplete",
-                {u"TransactionLevel", u"pError", u"adStatus", u"pConnection"},
-                u"A transaction has begun.")
+                {u"TransactionLevel", u"pError", u"adStatus", u"pConnection"})
             .method<&ConnectionEvents::RollbackTransComplete>(
-                u"RollbackTransComplete", {u"pError", u"adStatus", u"pConnection"},
-                u"A transaction has been undone.")
+                u"RollbackTransComplete", {u"pError", u"adStatus", u"pConnection"})
             .method<&ConnectionEvents::CommitTransComplete>(
-                u"CommitTransComplete", {u"pError", u"adStatus", u"pConnection"},
-                u"A transaction has been committed.")
+                u"CommitTransComplete", {u"pError", u"adStatus", u"pConnection"})
             .method<&ConnectionEvents::WillExecute>(
-                u"WillExecute",
-                {u"Source", u"CursorType", u"LockType", u"Options", u"adStatus", u"pCommand",
-                 u"pRecordset", u"pConnection"},
-                u"A script is about to be run.")
+                u"WillExecute", {u"Source", u"CursorType", u"LockType", u"Options", u"adStatus",
+                                 u"pCommand", u"pRecordset", u"pConnection"})
             .method<&ConnectionEvents::ExecuteComplete>(
-                u"ExecuteComplete",
-                {u"RecordsAffected", u"pError", u"adStatus", u"pCommand", u"pRecordset",
-                 u"pConnection"},
-                u"A script has been run.")
-            .method<&ConnectionEvents::WillConnect>(u"WillConnect",
-                                                    {u"ConnectionString", u"UserID", u"Password",
-                                                     u"Options", u"adStatus", u"pConnection"},
-                                                    u"The connection is about to be opened.")
+                u"ExecuteComplete", {u"RecordsAffected", u"pError", u"adStatus", u"pCommand",
+                                     u"pRecordset", u"pConnection"})
+            .method<&ConnectionEvents::WillConnect>(
+                u"WillConnect", {u"ConnectionString", u"UserID", u"Password", u"Options",
+                                 u"adStatus", u"pConnection"})
             .method<&ConnectionEvents::ConnectComplete>(u"ConnectComplete",
-                                                        {u"pError", u"adStatus", u"pConnection"},
-                                                        u"The connection has been opened.")
-            .method<&ConnectionEvents::Disconnect>(u"Disconnect", {u"adStatus", u"pConnection"},
-                                                   u"The connection has been closed.")
+                                                        {u"pError", u"adStatus", u"pConnection"})
+            .method<&ConnectionEvents::Disconnect>(u"Disconnect", {u"adStatus", u"pConnection"})
             .build();
     return description;
 }
@@ -56,37 +44,27 @@ const ClassDescription& RecordsetEvents::classDescription() {
     static const ClassDescription description =
         ClassBuilder<RecordsetEvents>(u"RecordsetEvents", u"e6d06f3b-5a86-4b3b-9c1d-0a6d4a6f7b32",
                                       u"e6d06f3b-5a86-4b3b-9c1d-0a6d4a6f7b32")
-            .summary(u"What a recordset tells its clients.")
             .instancing(Instancing::NotCreatable)
             .method<&RecordsetEvents::WillChangeField>(
-                u"WillChangeField", {u"cFields", u"Fields", u"adStatus", u"pRecordset"},
-                u"Fields are about to be assigned.")
+                u"WillChangeField", {u"cFields", u"Fields", u"adStatus", u"pRecordset"})
             .method<&RecordsetEvents::FieldChangeComplete>(
                 u"FieldChangeComplete",
-                {u"cFields", u"Fields", u"pError", u"adStatus", u"pRecordset"},
-                u"Fields have been assigned.")
+                {u"cFields", u"Fields", u"pError", u"adStatus", u"pRecordset"})
             .method<&RecordsetEvents::WillChangeRecord>(
-                u"WillChangeRecord", {u"adReason", u"cRecords", u"adStatus", u"pRecordset"},
-                u"Records are about to be changed.")
+                u"WillChangeRecord", {u"adReason", u"cRecords", u"adStatus", u"pRecordset"})
             .method<&RecordsetEvents::RecordChangeComplete>(
                 u"RecordChangeComplete",
-                {u"adReason", u"cRecords", u"pError", u"adStatus", u"pRecordset"},
-                u"Records have been changed.")
+                {u"adReason", u"cRecords", u"pError", u"adStatus", u"pRecordset"})
             .method<&RecordsetEvents::WillChangeRecordset>(
-                u"WillChangeRecordset", {u"adReason", u"adStatus", u"pRecordset"},
-                u"The recordset is about to have other records.")
+                u"WillChangeRecordset", {u"adReason", u"adStatus", u"pRecordset"})
             .method<&RecordsetEvents::RecordsetChangeComplete>(
-                u"RecordsetChangeComplete", {u"adReason", u"pError", u"adStatus", u"pRecordset"},
-                u"The recordset has other records.")
+                u"RecordsetChangeComplete", {u"adReason", u"pError", u"adStatus", u"pRecordset"})
             .method<&RecordsetEvents::WillMove>(u"WillMove",
-                                                {u"adReason", u"adStatus", u"pRecordset"},
-                                                u"Another record is about to be the current one.")
+                                                {u"adReason", u"adStatus", u"pRecordset"})
             .method<&RecordsetEvents::MoveComplete>(
-                u"MoveComplete", {u"adReason", u"pError", u"adStatus", u"pRecordset"},
-                u"Another record is the current one.")
+                u"MoveComplete", {u"adReason", u"pError", u"adStatus", u"pRecordset"})
             .method<&RecordsetEvents::EndOfRecordset>(u"EndOfRecordset",
-                                                      {u"fMoreData", u"adStatus", u"pRecordset"},
-                                                      u"A movement has gone past the last record.")
+                                                      {u"fMoreData", u"adStatus", u"pRecordset"})
             .build();
     return description;
 }

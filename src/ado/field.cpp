@@ -37,31 +37,20 @@ const ClassDescription& Field::classDescription() {
     static const ClassDescription description =
         ClassBuilder<Field>(u"Field", u"e6d06f3b-5a86-4b3b-9c1d-0a6d4a6f7b16",
                             u"e6d06f3b-5a86-4b3b-9c1d-0a6d4a6f7b26")
-            .summary(u"One column of a recordset, and its value in the current record.")
-            .property<&Field::ActualSize>(u"ActualSize",
-                                          u"Characters or bytes of the current value.")
-            .property<&Field::Attributes, &Field::setAttributes>(u"Attributes",
-                                                                 u"Bits of FieldAttributeEnum.")
-            .property<&Field::DefinedSize, &Field::setDefinedSize>(
-                u"DefinedSize", u"Characters or bytes that the column can hold.")
-            .property<&Field::Name>(u"Name", u"The column's name.")
-            .property<&Field::NumericScale, &Field::setNumericScale>(
-                u"NumericScale", u"Digits after the decimal point, or 255.")
-            .property<&Field::OriginalValue>(u"OriginalValue",
-                                             u"What the database held when it was read.")
-            .property<&Field::Precision, &Field::setPrecision>(
-                u"Precision", u"Digits that the type can hold, or 255.")
-            .property<&Field::Type, &Field::setType>(u"Type", u"The data type, of DataTypeEnum.")
-            .property<&Field::UnderlyingValue>(
-                u"UnderlyingValue", u"What the database held when it was last compared with it.")
-            .property<&Field::Value, &Field::setValue>(u"Value",
-                                                       u"The value in the current record.")
-            .method<&Field::AppendChunk>(u"AppendChunk", {u"Data"},
-                                         u"Adds a piece to a long text or binary.")
-            .method<&Field::GetChunk>(u"GetChunk", {u"Length"},
-                                      u"The next piece of a long text or binary.")
-            .property<&Field::Properties>(u"Properties", u"What the provider tells of the column.")
-            .property<&Field::Status>(u"Status", u"0: the field could be read and written.")
+            .property<&Field::ActualSize>(u"ActualSize")
+            .property<&Field::Attributes, &Field::setAttributes>(u"Attributes")
+            .property<&Field::DefinedSize, &Field::setDefinedSize>(u"DefinedSize")
+            .property<&Field::Name>(u"Name")
+            .property<&Field::NumericScale, &Field::setNumericScale>(u"NumericScale")
+            .property<&Field::OriginalValue>(u"OriginalValue")
+            .property<&Field::Precision, &Field::setPrecision>(u"Precision")
+            .property<&Field::Type, &Field::setType>(u"Type")
+            .property<&Field::UnderlyingValue>(u"UnderlyingValue")
+            .property<&Field::Value, &Field::setValue>(u"Value")
+            .method<&Field::AppendChunk>(u"AppendChunk", {u"Data"})
+            .method<&Field::GetChunk>(u"GetChunk", {u"Length"})
+            .property<&Field::Properties>(u"Properties")
+            .property<&Field::Status>(u"Status")
             .build(u"Value");
     return description;
 }

@@ -58,21 +58,17 @@ const ClassDescription& Fields::classDescription() {
     static const ClassDescription description =
         ClassBuilder<Fields>(u"Fields", u"e6d06f3b-5a86-4b3b-9c1d-0a6d4a6f7b17",
                              u"e6d06f3b-5a86-4b3b-9c1d-0a6d4a6f7b27")
-            .summary(u"The columns of a recordset, in the order of the query.")
-            .property<&Fields::Count>(u"Count", u"How many there are.")
-            .property<&Fields::Item>(u"Item", u"A field by position from 0 or by name.", {u"Index"})
+            .property<&Fields::Count>(u"Count")
+            .property<&Fields::Item>(u"Item", {u"Index"})
             .method<&Fields::Append>(u"Append",
                                      {u"Name", u"Type", kap::Parameter(u"DefinedSize").otherwise(0),
                                       kap::Parameter(u"Attrib").otherwise(-1),
-                                      kap::Parameter(u"FieldValue").otherwise(Variant::missing())},
-                                     u"Adds a column to a recordset made by hand.")
-            .method<&Fields::Delete>(u"Delete", {u"Index"},
-                                     u"Takes a column from a recordset made by hand.")
-            .method<&Fields::CancelUpdate>(u"CancelUpdate", {}, u"Of resources only.")
-            .method<&Fields::Refresh>(u"Refresh", {}, u"Has no effect.")
-            .method<&Fields::Resync>(u"Resync", {kap::Parameter(u"ResyncValues").otherwise(2)},
-                                     u"Of resources only.")
-            .method<&Fields::Update>(u"Update", {}, u"Of resources only.")
+                                      kap::Parameter(u"FieldValue").otherwise(Variant::missing())})
+            .method<&Fields::Delete>(u"Delete", {u"Index"})
+            .method<&Fields::CancelUpdate>(u"CancelUpdate")
+            .method<&Fields::Refresh>(u"Refresh")
+            .method<&Fields::Resync>(u"Resync", {kap::Parameter(u"ResyncValues").otherwise(2)})
+            .method<&Fields::Update>(u"Update")
             .build(u"Item");
     return description;
 }

@@ -16,23 +16,16 @@ const ClassDescription& Parameter::classDescription() {
     static const ClassDescription description =
         ClassBuilder<Parameter>(u"Parameter", u"e6d06f3b-5a86-4b3b-9c1d-0a6d4a6f7b14",
                                 u"e6d06f3b-5a86-4b3b-9c1d-0a6d4a6f7b24")
-            .summary(u"A typed value that goes with a command or comes back from it.")
-            .property<&Parameter::Direction, &Parameter::setDirection>(
-                u"Direction", u"1 input, 2 output, 3 both, 4 return value.")
-            .property<&Parameter::Name, &Parameter::setName>(u"Name", u"The name.")
-            .property<&Parameter::NumericScale, &Parameter::setNumericScale>(
-                u"NumericScale", u"Digits after the decimal point.")
-            .property<&Parameter::Precision, &Parameter::setPrecision>(
-                u"Precision", u"Digits in all; 0: as the value has.")
-            .property<&Parameter::Size, &Parameter::setSize>(
-                u"Size", u"Characters or bytes; 0: as the value has.")
-            .property<&Parameter::Type, &Parameter::setType>(u"Type", u"The type, of DataTypeEnum.")
-            .property<&Parameter::Value, &Parameter::setValue>(u"Value", u"The value.")
-            .property<&Parameter::Attributes, &Parameter::setAttributes>(
-                u"Attributes", u"Bits of ParameterAttributesEnum.")
-            .property<&Parameter::Properties>(u"Properties", u"Empty.")
-            .method<&Parameter::AppendChunk>(u"AppendChunk", {u"Data"},
-                                             u"Adds a piece to a long text or binary.")
+            .property<&Parameter::Direction, &Parameter::setDirection>(u"Direction")
+            .property<&Parameter::Name, &Parameter::setName>(u"Name")
+            .property<&Parameter::NumericScale, &Parameter::setNumericScale>(u"NumericScale")
+            .property<&Parameter::Precision, &Parameter::setPrecision>(u"Precision")
+            .property<&Parameter::Size, &Parameter::setSize>(u"Size")
+            .property<&Parameter::Type, &Parameter::setType>(u"Type")
+            .property<&Parameter::Value, &Parameter::setValue>(u"Value")
+            .property<&Parameter::Attributes, &Parameter::setAttributes>(u"Attributes")
+            .property<&Parameter::Properties>(u"Properties")
+            .method<&Parameter::AppendChunk>(u"AppendChunk", {u"Data"})
             .build(u"Value");
     return description;
 }
@@ -81,14 +74,12 @@ const ClassDescription& Parameters::classDescription() {
     static const ClassDescription description =
         ClassBuilder<Parameters>(u"Parameters", u"e6d06f3b-5a86-4b3b-9c1d-0a6d4a6f7b15",
                                  u"e6d06f3b-5a86-4b3b-9c1d-0a6d4a6f7b25")
-            .summary(u"The parameters of a command, in their order.")
             .instancing(Instancing::NotCreatable)
-            .property<&Parameters::Count>(u"Count", u"How many there are.")
-            .property<&Parameters::Item>(u"Item", u"A parameter by position from 0 or by name.",
-                                         {u"Index"})
-            .method<&Parameters::Append>(u"Append", {u"Object"}, u"Adds a parameter.")
-            .method<&Parameters::Delete>(u"Delete", {u"Index"}, u"Takes a parameter away.")
-            .method<&Parameters::Refresh>(u"Refresh", {}, u"Asks the database for them.")
+            .property<&Parameters::Count>(u"Count")
+            .property<&Parameters::Item>(u"Item", {u"Index"})
+            .method<&Parameters::Append>(u"Append", {u"Object"})
+            .method<&Parameters::Delete>(u"Delete", {u"Index"})
+            .method<&Parameters::Refresh>(u"Refresh")
             .build(u"Item");
     return description;
 }

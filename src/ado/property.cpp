@@ -19,11 +19,10 @@ const ClassDescription& Property::classDescription() {
     static const ClassDescription description =
         ClassBuilder<Property>(u"Property", u"e6d06f3b-5a86-4b3b-9c1d-0a6d4a6f7b52",
                                u"e6d06f3b-5a86-4b3b-9c1d-0a6d4a6f7b42")
-            .summary(u"What a provider tells of an object beyond its members.")
-            .property<&Property::Attributes>(u"Attributes", u"Bits of PropertyAttributesEnum.")
-            .property<&Property::Name>(u"Name", u"The name.")
-            .property<&Property::Type>(u"Type", u"The type, of DataTypeEnum.")
-            .property<&Property::Value, &Property::setValue>(u"Value", u"The value.")
+            .property<&Property::Attributes>(u"Attributes")
+            .property<&Property::Name>(u"Name")
+            .property<&Property::Type>(u"Type")
+            .property<&Property::Value, &Property::setValue>(u"Value")
             .build(u"Value");
     return description;
 }
@@ -56,11 +55,9 @@ const ClassDescription& Properties::classDescription() {
     static const ClassDescription description =
         ClassBuilder<Properties>(u"Properties", u"e6d06f3b-5a86-4b3b-9c1d-0a6d4a6f7b53",
                                  u"e6d06f3b-5a86-4b3b-9c1d-0a6d4a6f7b43")
-            .summary(u"The properties of a connection, a command, a recordset or a field.")
-            .property<&Properties::Count>(u"Count", u"How many there are.")
-            .property<&Properties::Item>(u"Item", u"A property by position from 0 or by name.",
-                                         {u"Index"})
-            .method<&Properties::Refresh>(u"Refresh", {}, u"Asks for them again.")
+            .property<&Properties::Count>(u"Count")
+            .property<&Properties::Item>(u"Item", {u"Index"})
+            .method<&Properties::Refresh>(u"Refresh")
             .build(u"Item");
     return description;
 }

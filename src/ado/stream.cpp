@@ -43,45 +43,37 @@ TextCharset charsetOf(const String& name) {
 
 ClassBuilder<Stream>&& streamProperties(ClassBuilder<Stream>&& builder) {
     return std::move(builder)
-        .property<&Stream::Charset, &Stream::setCharset>(u"Charset", u"The encoding of its text.")
-        .property<&Stream::EOS>(u"EOS", u"Whether the position is at the end.")
-        .property<&Stream::LineSeparator, &Stream::setLineSeparator>(
-            u"LineSeparator", u"What ends a line: -1 CR LF, 13 CR, 10 LF.")
-        .property<&Stream::Mode, &Stream::setMode>(u"Mode", u"1 read, 2 write, 3 both.")
-        .property<&Stream::Position, &Stream::setPosition>(u"Position", u"The position in bytes.")
-        .property<&Stream::Size>(u"Size", u"The size in bytes.")
-        .property<&Stream::State>(u"State", u"0 closed, 1 open.")
-        .property<&Stream::Type, &Stream::setType>(u"Type", u"1 binary, 2 text.");
+        .property<&Stream::Charset, &Stream::setCharset>(u"Charset")
+        .property<&Stream::EOS>(u"EOS")
+        .property<&Stream::LineSeparator, &Stream::setLineSeparator>(u"LineSeparator")
+        .property<&Stream::Mode, &Stream::setMode>(u"Mode")
+        .property<&Stream::Position, &Stream::setPosition>(u"Position")
+        .property<&Stream::Size>(u"Size")
+        .property<&Stream::State>(u"State")
+        .property<&Stream::Type, &Stream::setType>(u"Type");
 }
 
 ClassBuilder<Stream>&& streamMethods(ClassBuilder<Stream>&& builder) {
     using kap::Parameter;
     return std::move(builder)
-        .method<&Stream::Cancel>(u"Cancel", {}, u"Ends what is running.")
-        .method<&Stream::Close>(u"Close", {}, u"Closes the stream.")
+        .method<&Stream::Cancel>(u"Cancel")
+        .method<&Stream::Close>(u"Close")
         .method<&Stream::CopyTo>(u"CopyTo",
-                                 {u"DestStream", Parameter(u"CharNumber").otherwise(kAll)},
-                                 u"Copies into another stream.")
-        .method<&Stream::Flush>(u"Flush", {}, u"Nothing is kept back.")
-        .method<&Stream::LoadFromFile>(u"LoadFromFile", {u"FileName"}, u"Takes a file's content.")
+                                 {u"DestStream", Parameter(u"CharNumber").otherwise(kAll)})
+        .method<&Stream::Flush>(u"Flush")
+        .method<&Stream::LoadFromFile>(u"LoadFromFile", {u"FileName"})
         .method<&Stream::Open>(
-            u"Open",
-            {Parameter(u"Source").otherwise(Variant::missing()), Parameter(u"Mode").otherwise(0),
-             Parameter(u"Options").otherwise(-1), Parameter(u"UserName").otherwise(u""),
-             Parameter(u"Password").otherwise(u"")},
-            u"Opens the stream, empty.")
-        .method<&Stream::Read>(u"Read", {Parameter(u"NumBytes").otherwise(kAll)},
-                               u"The next bytes.")
-        .method<&Stream::ReadText>(u"ReadText", {Parameter(u"NumChars").otherwise(kAll)},
-                                   u"The next characters, or the next line (-2).")
+            u"Open", {Parameter(u"Source").otherwise(Variant::missing()),
+                      Parameter(u"Mode").otherwise(0), Parameter(u"Options").otherwise(-1),
+                      Parameter(u"UserName").otherwise(u""), Parameter(u"Password").otherwise(u"")})
+        .method<&Stream::Read>(u"Read", {Parameter(u"NumBytes").otherwise(kAll)})
+        .method<&Stream::ReadText>(u"ReadText", {Parameter(u"NumChars").otherwise(kAll)})
         .method<&Stream::SaveToFile>(u"SaveToFile",
-                                     {u"FileName", Parameter(u"Options").otherwise(1)},
-                                     u"Writes a file; 2: over one that is there.")
-        .method<&Stream::SetEOS>(u"SetEOS", {}, u"Ends the stream at the position.")
-        .method<&Stream::SkipLine>(u"SkipLine", {}, u"Passes over a line.")
-        .method<&Stream::Write>(u"Write", {u"Buffer"}, u"Writes bytes.")
-        .method<&Stream::WriteText>(u"WriteText", {u"Data", Parameter(u"Options").otherwise(0)},
-                                    u"Writes text; 1: and the end of a line.");
+                                     {u"FileName", Parameter(u"Options").otherwise(1)})
+        .method<&Stream::SetEOS>(u"SetEOS")
+        .method<&Stream::SkipLine>(u"SkipLine")
+        .method<&Stream::Write>(u"Write", {u"Buffer"})
+        .method<&Stream::WriteText>(u"WriteText", {u"Data", Parameter(u"Options").otherwise(0)});
 }
 
 }  // namespace
@@ -92,11 +84,9 @@ Stream::~Stream() = default;
 
 const ClassDescription& Stream::classDescription() {
     static const ClassDescription description =
-        streamMethods(
-            streamProperties(
-                ClassBuilder<Stream>(u"Stream", u"e6d06f3b-5a86-4b3b-9c1d-0a6d4a6f7b51",
-                                     u"e6d06f3b-5a86-4b3b-9c1d-0a6d4a6f7b41")
-                    .summary(u"Bytes or text in memory, read and written, loaded and saved.")))
+        streamMethods(streamProperties(
+                          ClassBuilder<Stream>(u"Stream", u"e6d06f3b-5a86-4b3b-9c1d-0a6d4a6f7b51",
+                                               u"e6d06f3b-5a86-4b3b-9c1d-0a6d4a6f7b41")))
             .build();
     return description;
 }

@@ -307,10 +307,6 @@ public:
         }
     }
 
-    ClassBuilder&& summary(const char16_t* text) && {
-        made_.summary = text;
-        return std::move(*this);
-    }
     ClassBuilder&& instancing(Instancing value) && {
         made_.instancing = value;
         return std::move(*this);
@@ -323,34 +319,31 @@ public:
     }
 
     template <auto Function>
-    ClassBuilder&& method(const char16_t* name, std::vector<Parameter> parameters,
-                          const char16_t* text) && {
-        MemberDescription& member = add<Function>(name, MemberKind::Method, parameters, text);
+    ClassBuilder&& method(const char16_t* name, std::vector<Parameter> parameters = {}) && {
+        MemberDescription& member = add<Function>(name, MemberKind::Method, parameters);
         member.method = &dispatch::call<Class, Function>;
         return std::move(*this);
     }
 
     // A property that is read only.
     template <auto Get>
-    ClassBuilder&& property(const char16_t* name, const char16_t* text,
-                            std::vector<Parameter> parameters = {}) && {
-        MemberDescription& member = add<Get>(name, MemberKind::Property, parameters, text);
+    ClassBuilder&& property(const char16_t* name, std::vector<Parameter> parameters = {}) && {
+        MemberDescription& member = add<Get>(name, MemberKind::Property, parameters);
         member.get = &dispatch::call<Class, Get>;
         return std::move(*this);
     }
 
     // A property that is read and assigned; of objects it is assigned as a reference (Set).
     template <auto Get, auto Put>
-    ClassBuilder&& property(const char16_t* name, const char16_t* text,
-                            std::vector<Parameter> parameters = {}) && {
-        addAssignable<Get, Put>(name, MemberKind::Property, parameters, text);
+    ClassBuilder&& property(const char16_t* name, std::vector<Parameter> parameters = {}) && {
+        addAssignable<Get, Put>(name, MemberKind::Property, parameters);
         return std::move(*this);
     }
 
     // The same for a public field of the class, which only has an identifier of another range.
     template <auto Get, auto Put>
-    ClassBuilder&& field(const char16_t* name, const char16_t* text) && {
-        addAssignable<Get, Put>(name, MemberKind::Field, {}, text);
+    ClassBuilder&& field(const char16_t* name) && {
+        addAssignable<Get, Put>(name, MemberKind::Field, {});
         return std::move(*this);
     }
 
@@ -358,12 +351,6 @@ public:
     ClassBuilder&& alsoSet() && {
         MemberDescription& member = made_.members.back();
         member.set = member.let;
-        return std::move(*this);
-    }
-
-    // What the member before raises and when.
-    ClassBuilder&& raises(const char16_t* text) && {
-        made_.members.back().errors = text;
         return std::move(*this);
     }
 
@@ -375,8 +362,8 @@ public:
 private:
     template <auto Get, auto Put>
     void addAssignable(const char16_t* name, MemberKind kind,
-                       const std::vector<Parameter>& parameters, const char16_t* text) {
-        MemberDescription& member = add<Get>(name, kind, parameters, text);
+                       const std::vector<Parameter>& parameters) {
+        MemberDescription& member = add<Get>(name, kind, parameters);
         member.get = &dispatch::call<Class, Get>;
         if (member.result == VarType::Object) {
             member.set = &dispatch::call<Class, Put>;
@@ -387,10 +374,9 @@ private:
 
     template <auto Function>
     MemberDescription& add(const char16_t* name, MemberKind kind,
-                           const std::vector<Parameter>& parameters, const char16_t* text) {
+                           const std::vector<Parameter>& parameters) {
         using Shape = dispatch::Signature<decltype(Function)>;
         MemberDescription& member = made_.add(name, kind);
-        member.summary = text;
         member.result = dispatch::resultType<typename Shape::Result>();
         member.resultClass = dispatch::kClassOf<std::remove_cvref_t<typename Shape::Result>>;
         describeParameters<typename Shape::Parameters>(member, parameters,

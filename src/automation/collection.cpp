@@ -21,19 +21,13 @@ Collection::~Collection() = default;
 const ClassDescription& Collection::classDescription() {
     static const ClassDescription description =
         ClassBuilder<Collection>(u"Collection", u"", u"")
-            .summary(u"Elements in order, found by key or position.")
-            .method<&Collection::Item>(u"Item", {u"Index"},
-                                       u"The element with a key or at a position from 1.")
-            .raises(u"5 for a key that no element has, 9 for a position that there is not.")
+            .method<&Collection::Item>(u"Item", {u"Index"})
             .method<&Collection::Add>(u"Add",
                                       {u"Item", Parameter(u"Key").otherwise(Variant::missing()),
                                        Parameter(u"Before").otherwise(Variant::missing()),
-                                       Parameter(u"After").otherwise(Variant::missing())},
-                                      u"Appends an element, or puts it next to another one.")
-            .raises(u"457 for a key that an element has.")
-            .property<&Collection::Count>(u"Count", u"The number of elements.")
-            .method<&Collection::Remove>(u"Remove", {u"Index"}, u"Takes an element out.")
-            .raises(u"5 for a key that no element has, 9 for a position that there is not.")
+                                       Parameter(u"After").otherwise(Variant::missing())})
+            .property<&Collection::Count>(u"Count")
+            .method<&Collection::Remove>(u"Remove", {u"Index"})
             .build(u"Item");
     return description;
 }

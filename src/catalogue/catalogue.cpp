@@ -28,10 +28,13 @@ namespace {
 
 PublishedClass published(const ClassDescription& description) {
     const MemberDescription* member = description.find(kDefaultMember);
-    return {description.name,        description.classId,
-            u"_" + description.name, description.interfaceId,
-            description.instancing,  member == nullptr ? String() : member->name,
-            description.summary,     &description};
+    return {description.name,
+            description.classId,
+            u"_" + description.name,
+            description.interfaceId,
+            description.instancing,
+            member == nullptr ? String() : member->name,
+            &description};
 }
 
 std::vector<PublishedClass> makeClasses() {

@@ -40,15 +40,11 @@ const ClassDescription& StdFunctions::classDescription() {
     static const ClassDescription description =
         ClassBuilder<StdFunctions>(u"StdFunctions", u"ebe940f4-1cec-417c-9ee1-7425c4fae5fc",
                                    u"fca6683b-acb8-41e7-8f8f-351624e536e7")
-            .summary(u"The general functions of the library.")
             .instancing(Instancing::Global)
-            .property<&StdFunctions::Errore, &StdFunctions::setErrore>(
-                u"Errore", u"What went wrong in the last record member.")
+            .property<&StdFunctions::Errore, &StdFunctions::setErrore>(u"Errore")
             .method<&StdFunctions::kapSendKeys>(u"kapSendKeys",
-                                                {Parameter(u"KeyString").byReference()},
-                                                u"Presses keys for the active window.")
-            .method<&StdFunctions::AspettaDueSecondi>(u"AspettaDueSecondi", {},
-                                                      u"Waits between one and two seconds.")
+                                                {Parameter(u"KeyString").byReference()})
+            .method<&StdFunctions::AspettaDueSecondi>(u"AspettaDueSecondi")
             .method<&StdFunctions::OpenRecordset>(
                 u"OpenRecordset",
                 {Parameter(u"SQLString").byReference(), u"Connessione",
@@ -56,147 +52,82 @@ const ClassDescription& StdFunctions::classDescription() {
                  Parameter(u"LockType").otherwise(kChoose),
                  Parameter(u"Options").otherwise(kChoose), Parameter(u"DeleteNull").otherwise(true),
                  Parameter(u"CloseConnection").otherwise(true),
-                 Parameter(u"CursorLocation").otherwise(kChoose)},
-                u"Opens a query with the library's defaults and fetches every row.")
-            .raises(u"The database's errors, without a source, after the library's attempts.")
+                 Parameter(u"CursorLocation").otherwise(kChoose)})
             .method<&StdFunctions::DB_Read>(
-                u"DB_Read", {u"Connessione", Parameter(u"sSQL").byReference(), u"StringaProprieta"},
-                u"Reads the first record of a query into a property string.")
+                u"DB_Read", {u"Connessione", Parameter(u"sSQL").byReference(), u"StringaProprieta"})
             .method<&StdFunctions::DB_Update>(
                 u"DB_Update",
-                {u"Connessione", Parameter(u"sSQL").byReference(), u"StringaProprieta"},
-                u"Writes a property string into the first record of a query, or as a new one.")
+                {u"Connessione", Parameter(u"sSQL").byReference(), u"StringaProprieta"})
             .method<&StdFunctions::DB_Delete>(
                 u"DB_Delete",
-                {u"Connessione", Parameter(u"sSQL").byReference(), u"StringaProprieta"},
-                u"Deletes the first record of a query.")
+                {u"Connessione", Parameter(u"sSQL").byReference(), u"StringaProprieta"})
             .method<&StdFunctions::kapLeggiRecord>(
-                u"kapLeggiRecord",
-                {u"Connessione", Parameter(u"sStringaSQL").byReference(),
-                 Parameter(u"sNomeCampi").otherwise(u"°°°").byReference()},
-                u"Reads chosen fields of the first record of a query.")
-            .method<&StdFunctions::TrovaTop>(
-                u"TrovaTop",
-                {Parameter(u"frmPadre").byReference(), Parameter(u"nTop").byReference()},
-                u"Where a form stands below the bars of its parent.")
-            .raises(u"6 beyond 32767; the form's own errors.")
+                u"kapLeggiRecord", {u"Connessione", Parameter(u"sStringaSQL").byReference(),
+                                    Parameter(u"sNomeCampi").otherwise(u"°°°").byReference()})
+            .method<&StdFunctions::TrovaTop>(u"TrovaTop", {Parameter(u"frmPadre").byReference(),
+                                                           Parameter(u"nTop").byReference()})
             .method<&StdFunctions::PosizionaForm>(
                 u"PosizionaForm",
                 {Parameter(u"frmFiglio").byReference(), Parameter(u"frmPadre").byReference(),
-                 Parameter(u"nTop").byReference()},
-                u"Places a form inside its parent.")
-            .raises(u"6 when the form's Top is beyond 32767; the forms' own errors.")
+                 Parameter(u"nTop").byReference()})
             .method<&StdFunctions::KapCFG>(
-                u"KapCFG",
-                {u"Connessione", Parameter(u"sPrefissoProgramma").byReference(),
-                 Parameter(u"sProcedura").byReference(),
-                 Parameter(u"sApplicazione").otherwise(u"°°°").byReference(),
-                 Parameter(u"sCampo").otherwise(u"°°°").byReference()},
-                u"The flag that a program's configuration table gives for a procedure.")
-            .raises(u"The database's errors.")
-            .method<&StdFunctions::Progressivi_OLD>(
-                u"Progressivi_OLD", numberParameters(),
-                u"The next number of a counter, without regard to reservations and numbers in use.")
-            .raises(u"The database's errors; 94 for a Null counter.")
-            .method<&StdFunctions::WLog>(
-                u"WLog",
-                {Parameter(u"sLog_File").byReference(), Parameter(u"sLog_Messaggio").byReference()},
-                u"Appends a line to a log file, which is made when it is missing.")
-            .raises(u"The file-system object's errors: 76 for a folder that is not there, 70.")
+                u"KapCFG", {u"Connessione", Parameter(u"sPrefissoProgramma").byReference(),
+                            Parameter(u"sProcedura").byReference(),
+                            Parameter(u"sApplicazione").otherwise(u"°°°").byReference(),
+                            Parameter(u"sCampo").otherwise(u"°°°").byReference()})
+            .method<&StdFunctions::Progressivi_OLD>(u"Progressivi_OLD", numberParameters())
+            .method<&StdFunctions::WLog>(u"WLog", {Parameter(u"sLog_File").byReference(),
+                                                   Parameter(u"sLog_Messaggio").byReference()})
             .method<&StdFunctions::EsportaTXT>(
-                u"EsportaTXT",
-                {u"stringaSql", u"Connessione", u"sNomeTxt", u"sPathTxt",
-                 Parameter(u"lRicreoSchemaIni").otherwise(true)},
-                u"Writes the rows of a query into a text file, as a schema file describes it.")
-            .raises(
-                u"The errors of the database and of the file-system object; -2147217833 for a "
-                u"value that does not fit into its column.")
-            .method<&StdFunctions::ControllaConnessione>(
-                u"ControllaConnessione", {u"Connessione"},
-                u"Opens a connection string in the caller's variable.")
-            .method<&StdFunctions::kapNomeUtente>(u"kapNomeUtente", {},
-                                                  u"The name of the user who is logged on.")
+                u"EsportaTXT", {u"stringaSql", u"Connessione", u"sNomeTxt", u"sPathTxt",
+                                Parameter(u"lRicreoSchemaIni").otherwise(true)})
+            .method<&StdFunctions::ControllaConnessione>(u"ControllaConnessione", {u"Connessione"})
+            .method<&StdFunctions::kapNomeUtente>(u"kapNomeUtente")
             .method<&StdFunctions::AttributiFile>(
-                u"AttributiFile",
-                {Parameter(u"sNomeFile").byReference(),
-                 Parameter(u"sAttributo").otherwise(u"MOD").byReference()},
-                u"When a file was last changed (MOD); Empty for any other attribute.")
-            .raises(u"53 when the file is not there.")
-            .method<&StdFunctions::kapEmpty>(u"kapEmpty", {u"vValore"},
-                                             u"Whether a value is blank.")
-            .raises(u"13 for a value without a text.")
+                u"AttributiFile", {Parameter(u"sNomeFile").byReference(),
+                                   Parameter(u"sAttributo").otherwise(u"MOD").byReference()})
+            .method<&StdFunctions::kapEmpty>(u"kapEmpty", {u"vValore"})
             .method<&StdFunctions::kapVal>(
-                u"kapVal", {u"vValore", Parameter(u"sDataType").otherwise(u"Double").byReference()},
-                u"A value as a number of a named type, 0 when it is none.")
-            .raises(u"6 when a number is too large for Single.")
+                u"kapVal", {u"vValore", Parameter(u"sDataType").otherwise(u"Double").byReference()})
             .method<&StdFunctions::ConvertiData>(
-                u"ConvertiData", {u"sData", Parameter(u"sLingua").otherwise(u"ING")},
-                u"A date as day, month's name and year, followed by a blank.")
-            .raises(u"13 for a text that is no date.")
-            .method<&StdFunctions::NomeMese>(
-                u"NomeMese", {u"nMese", Parameter(u"sLingua").otherwise(u"ING")},
-                u"The name of a month in Italian (ITA), French (FRA) or English.")
-            .method<&StdFunctions::kapApice>(u"kapApice", {u"sStringa"},
-                                             u"A text made safe between single quotes in SQL.")
-            .raises(u"13 for a value without a text.")
+                u"ConvertiData", {u"sData", Parameter(u"sLingua").otherwise(u"ING")})
+            .method<&StdFunctions::NomeMese>(u"NomeMese",
+                                             {u"nMese", Parameter(u"sLingua").otherwise(u"ING")})
+            .method<&StdFunctions::kapApice>(u"kapApice", {u"sStringa"})
             .method<&StdFunctions::kapInviaEMail>(
                 u"kapInviaEMail",
                 {Parameter(u"sDestinatario").byReference(), Parameter(u"sOggetto").byReference(),
                  Parameter(u"sBody").otherwise(u"").byReference(),
                  Parameter(u"sBodyHtml").otherwise(u"").byReference(),
-                 Parameter(u"sFileAllegato").otherwise(u"").byReference()},
-                u"Makes a message and shows it for the user to send.")
-            .raises(u"The mail client's errors.")
+                 Parameter(u"sFileAllegato").otherwise(u"").byReference()})
             .method<&StdFunctions::Riga_Prog>(
                 u"Riga_Prog",
                 {u"Connessione", u"sSQL", Parameter(u"nPasso").otherwise(std::int16_t{1}),
-                 Parameter(u"nInizio").otherwise(std::int16_t{1})},
-                u"The next line number of a document.")
-            .method<&StdFunctions::TSToHex>(u"TSToHex", {Parameter(u"sBinRep").byReference()},
-                                            u"A row version as the text of its number.")
-            .raises(u"5 when there are fewer than 8 bytes.")
+                 Parameter(u"nInizio").otherwise(std::int16_t{1})})
+            .method<&StdFunctions::TSToHex>(u"TSToHex", {Parameter(u"sBinRep").byReference()})
             .method<&StdFunctions::CalcVal>(
                 u"CalcVal",
                 {u"Connessione", Parameter(u"sValuta").byReference(),
                  Parameter(u"nPrezzo").byReference(), Parameter(u"nQta").byReference(),
                  Parameter(u"nSc1").otherwise(kNone), Parameter(u"nSc2").otherwise(kNone),
-                 Parameter(u"nsc3").otherwise(kNone), Parameter(u"nScTestata").otherwise(kNone)},
-                u"Quantity times price less discounts, with the currency's decimals; Empty for a "
-                u"currency that is not known.")
-            .raises(
-                u"The database's errors; 13 for a discount that is no number, 94 for Null, 6 when "
-                u"the value is too large.")
-            .method<&StdFunctions::Ripeti>(
-                u"Ripeti",
-                {Parameter(u"txtDA_Campo").byReference(), Parameter(u"txtA_Campo").byReference()},
-                u"Where a field holds a dot, puts the value of another field in its place.")
+                 Parameter(u"nsc3").otherwise(kNone), Parameter(u"nScTestata").otherwise(kNone)})
+            .method<&StdFunctions::Ripeti>(u"Ripeti", {Parameter(u"txtDA_Campo").byReference(),
+                                                       Parameter(u"txtA_Campo").byReference()})
             .method<&StdFunctions::KapRound>(
-                u"KapRound",
-                {u"Numero", Parameter(u"Decimali").otherwise(kNone).byReference(),
-                 Parameter(u"Arrotonda").otherwise(u"A").byReference()},
-                u"A number rounded to nearest (A), up (S) or down (I); -1 for any other letter.")
-            .raises(u"6 when the number is too large, 13 for what is no number, 94 for Null.")
-            .method<&StdFunctions::Progressivi>(
-                u"Progressivi", numberParameters(),
-                u"The next number of a counter, looked at or taken.")
-            .raises(u"The database's errors; 94 for a Null counter.")
+                u"KapRound", {u"Numero", Parameter(u"Decimali").otherwise(kNone).byReference(),
+                              Parameter(u"Arrotonda").otherwise(u"A").byReference()})
+            .method<&StdFunctions::Progressivi>(u"Progressivi", numberParameters())
             .method<&StdFunctions::RicercaNumeriDocPre>(
                 u"RicercaNumeriDocPre",
                 {u"Connessione", Parameter(u"Progressivo").byReference(),
                  Parameter(u"Anno").byReference(), Parameter(u"DaNumero").byReference(),
                  Parameter(u"ANumero").byReference(),
-                 Parameter(u"Ricerca").otherwise(u"T").byReference()},
-                u"Who carries the numbers of a range of a counter, as a property string.")
-            .raises(u"The database's errors; 6 for more than 32,767 rows.")
+                 Parameter(u"Ricerca").otherwise(u"T").byReference()})
             .method<&StdFunctions::kapControllaData>(
-                u"kapControllaData", {u"Valore", Parameter(u"sFormat").otherwise(u"dd/mm/yyyy")},
-                u"A typed date written by a format, empty when it is none or before 1753.")
-            .raises(u"13 for a value without a text.")
-            .method<&StdFunctions::DtoSQL>(u"DtoSQL", {u"Valore"},
-                                           u"A day-first date as year-month-day.")
+                u"kapControllaData", {u"Valore", Parameter(u"sFormat").otherwise(u"dd/mm/yyyy")})
+            .method<&StdFunctions::DtoSQL>(u"DtoSQL", {u"Valore"})
             .method<&StdFunctions::kapGoTo>(u"kapGoTo",
-                                            {u"rst", Parameter(u"Posizione").byReference()},
-                                            u"Moves to FIRST, LAST or a row number.")
+                                            {u"rst", Parameter(u"Posizione").byReference()})
             .build();
     return description;
 }

@@ -1,16 +1,23 @@
 #include "cli/language_option.hpp"
 
+#include <kaputil/catalogue/documentation.hpp>
+
 namespace kap::cli {
 
-Option languageOption(Language& language) {
+Option languageOption(Language& language, const char* help) {
     return {.name = "--language",
             .placeholder = "it|en",
             .target =
                 [&language](const std::string& given) {
                     language = given == "en" ? Language::English : Language::Italian;
                 },
-            .help = "The language of the page, Italian unless given.",
+            .help = help,
             .fault = oneOf({"it", "en"})};
+}
+
+Language userLanguage() {
+    return userDocumentationLanguage() == DocumentationLanguage::Italian ? Language::Italian
+                                                                         : Language::English;
 }
 
 }  // namespace kap::cli

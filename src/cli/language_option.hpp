@@ -5,7 +5,11 @@
 
 namespace kap::cli {
 
-// "--language it|en", which goes into `language`.
-[[nodiscard]] Option languageOption(Language& language);
+// "--language it|en", which goes into `language`; `help` tells what it is without.
+[[nodiscard]] Option languageOption(
+    Language& language, const char* help = "The language of the page, Italian unless given.");
+
+// The language of the user's locale: Italian, or English for every other one.
+[[nodiscard]] Language userLanguage();
 
 }  // namespace kap::cli

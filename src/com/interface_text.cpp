@@ -56,9 +56,11 @@ private:
     [[nodiscard]] std::string interfaceNameOf(ClassReference reference) const;
     [[nodiscard]] std::string typeText(VarType type, ClassReference objectClass) const;
     [[nodiscard]] std::string parameterText(const ParameterDescription& parameter) const;
-    [[nodiscard]] std::string memberText(const MemberDescription& member, const char* kind,
+    [[nodiscard]] std::string memberText(const ClassDescription& owner,
+                                         const MemberDescription& member, const char* kind,
                                          bool assigns) const;
-    [[nodiscard]] std::string memberText(const MemberDescription& member) const;
+    [[nodiscard]] std::string memberText(const ClassDescription& owner,
+                                         const MemberDescription& member) const;
     [[nodiscard]] std::string classText(const PublishedClass& one) const;
     [[nodiscard]] std::string eventsText(const ClassDescription& events) const;
 
@@ -137,10 +139,11 @@ std::string InterfaceText::parameterText(const ParameterDescription& parameter) 
            (parameter.byReference ? " *" : " ") + encoded(parameter.name);
 }
 
-std::string InterfaceText::memberText(const MemberDescription& member, const char* kind,
+std::string InterfaceText::memberText(const ClassDescription& owner,
+                                      const MemberDescription& member, const char* kind,
                                       bool assigns) const {
     std::string text = "            [id(" + plain::text(member.dispatchId) + ")" + kind +
-                       ", helpstring(" + quoted(member.summary) + ")]\n            ";
+                       ", helpstring(" + quoted(helpOf(owner, member)) + ")]\n            ";
     text += assigns ? "void" : typeText(member.result, member.resultClass);
     text += " " + encoded(member.name) + "(";
     const char* separator = "";
@@ -155,19 +158,20 @@ std::string InterfaceText::memberText(const MemberDescription& member, const cha
     return text + ");\n";
 }
 
-std::string InterfaceText::memberText(const MemberDescription& member) const {
+std::string InterfaceText::memberText(const ClassDescription& owner,
+                                      const MemberDescription& member) const {
     std::string text;
     if (member.method != nullptr) {
-        text += memberText(member, "", false);
+        text += memberText(owner, member, "", false);
     }
     if (member.get != nullptr) {
-        text += memberText(member, ", propget", false);
+        text += memberText(owner, member, ", propget", false);
     }
     if (member.let != nullptr) {
-        text += memberText(member, ", propput", true);
+        text += memberText(owner, member, ", propput", true);
     }
     if (member.set != nullptr) {
-        text += memberText(member, ", propputref", true);
+        text += memberText(owner, member, ", propputref", true);
     }
     return text;
 }
@@ -191,14 +195,14 @@ std::string InterfaceText::classText(const PublishedClass& one) const {
                        encoded(one.interfaceName) + " {\n        properties:\n        methods:\n";
     if (one.description != nullptr) {
         for (const MemberDescription& member : one.description->members) {
-            text += memberText(member);
+            text += memberText(*one.description, member);
         }
         if (isCollection(*one.description)) {
             text += "            [id(-4), propget, restricted] IUnknown *_NewEnum();\n";
         }
     }
-    text +=
-        "    };\n    [uuid(" + one.classId.utf8() + "), helpstring(" + quoted(one.summary) + ")";
+    text += "    };\n    [uuid(" + one.classId.utf8() + "), helpstring(" +
+            quoted(helpOf(*one.description)) + ")";
     if (one.instancing == Instancing::Global) {
         text += ", appobject";
     }
@@ -216,10 +220,10 @@ std::string InterfaceText::classText(const PublishedClass& one) const {
 // The interface that sinks implement.
 std::string InterfaceText::eventsText(const ClassDescription& events) const {
     std::string text = "    [uuid(" + events.interfaceId.utf8() + "), helpstring(" +
-                       quoted(events.summary) + ")]\n    dispinterface " + encoded(events.name) +
+                       quoted(helpOf(events)) + ")]\n    dispinterface " + encoded(events.name) +
                        " {\n        properties:\n        methods:\n";
     for (const MemberDescription& member : events.members) {
-        text += memberText(member);
+        text += memberText(events, member);
     }
     return text + "    };\n";
 }

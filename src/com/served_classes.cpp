@@ -10,8 +10,8 @@ std::vector<ServedClass> makeClasses() {
     for (const TypeLibrary& types : typeLibraries()) {
         for (const PublishedClass& one : types.classes) {
             if (one.description != nullptr && one.instancing != Instancing::NotCreatable) {
-                classes.push_back({types.name + u"." + one.name, one.classId, one.summary,
-                                   one.description, &types});
+                classes.push_back({types.name + u"." + one.name, one.classId,
+                                   helpOf(*one.description), one.description, &types});
             }
         }
     }

@@ -11,16 +11,20 @@
 #include <kaputil/ado/property.hpp>
 #include <kaputil/ado/recordset.hpp>
 #include <kaputil/ado/stream.hpp>
+#include <kaputil/catalogue/documentation.hpp>
 
 namespace kap::com {
 namespace {
 
 PublishedClass ofDataAccess(const ClassDescription& description, Instancing instancing) {
     const MemberDescription* member = description.find(kDefaultMember);
-    return {
-        description.name,        description.classId, u"_" + description.name,
-        description.interfaceId, instancing,          member == nullptr ? String() : member->name,
-        description.summary,     &description};
+    return {description.name,
+            description.classId,
+            u"_" + description.name,
+            description.interfaceId,
+            instancing,
+            member == nullptr ? String() : member->name,
+            &description};
 }
 
 template <class Class>
@@ -57,6 +61,14 @@ std::vector<TypeLibrary> makeTypeLibraries() {
 }
 
 }  // namespace
+
+String helpOf(const ClassDescription& description) {
+    return String(summaryOf(description, DocumentationLanguage::Italian));
+}
+
+String helpOf(const ClassDescription& description, const MemberDescription& member) {
+    return String(summaryOf(description, member, DocumentationLanguage::Italian));
+}
 
 std::span<const TypeLibrary> typeLibraries() {
     static const std::vector<TypeLibrary> libraries = makeTypeLibraries();

@@ -23,6 +23,11 @@ struct TypeLibrary {
 // each other: a member of one that gives an object of the other gives any object.
 [[nodiscard]] std::span<const TypeLibrary> typeLibraries();
 
+// What object browsers and the registry say of a class or a member: the first sentence of its
+// documentation, in Italian, as everything else that users of programs see.
+[[nodiscard]] String helpOf(const ClassDescription& description);
+[[nodiscard]] String helpOf(const ClassDescription& description, const MemberDescription& member);
+
 // The interface of a class's events; null when it raises none.
 [[nodiscard]] const ClassDescription* eventsOf(const PublishedClass& one);
 

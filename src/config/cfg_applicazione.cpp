@@ -13,13 +13,10 @@ const ClassDescription& CFG_Applicazione::classDescription() {
     static const ClassDescription description =
         ClassBuilder<CFG_Applicazione>(u"CFG_Applicazione", u"0a766aae-60de-4642-bc23-1824483c3a3a",
                                        u"e698acc0-57a2-4c8a-916b-907e57f58f76")
-            .summary(u"A configured application.")
-            .field<&CFG_Applicazione::Nome, &CFG_Applicazione::setNome>(u"Nome", u"The name.")
-            .field<&CFG_Applicazione::Procedure, &CFG_Applicazione::setProcedure>(
-                u"Procedure", u"The application's procedures.")
-            .property<&CFG_Applicazione::Parent, &CFG_Applicazione::setParent>(
-                u"Parent", u"The root that the application was added to.")
-            .property<&CFG_Applicazione::Path>(u"Path", u"Group and name.")
+            .field<&CFG_Applicazione::Nome, &CFG_Applicazione::setNome>(u"Nome")
+            .field<&CFG_Applicazione::Procedure, &CFG_Applicazione::setProcedure>(u"Procedure")
+            .property<&CFG_Applicazione::Parent, &CFG_Applicazione::setParent>(u"Parent")
+            .property<&CFG_Applicazione::Path>(u"Path")
             .build(u"Procedure");
     return description;
 }

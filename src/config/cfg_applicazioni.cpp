@@ -11,32 +11,18 @@ const ClassDescription& CFG_Applicazioni::classDescription() {
     static const ClassDescription description =
         ClassBuilder<CFG_Applicazioni>(u"CFG_Applicazioni", u"a1493e40-ee46-4833-8ef1-58e3b80d0cef",
                                        u"cee9d7b3-31a7-492b-8740-f94992332c8a")
-            .summary(u"The root of a configuration: its applications.")
-            .field<&CFG_Applicazioni::Gruppo, &CFG_Applicazioni::setGruppo>(u"Gruppo",
-                                                                            u"The group of users.")
+            .field<&CFG_Applicazioni::Gruppo, &CFG_Applicazioni::setGruppo>(u"Gruppo")
             .property<&CFG_Applicazioni::NomeTabella, &CFG_Applicazioni::setNomeTabella>(
-                u"NomeTabella", u"The configuration table.")
+                u"NomeTabella")
             .property<&CFG_Applicazioni::ActiveConnection, &CFG_Applicazioni::setActiveConnection>(
-                u"ActiveConnection", u"The connection to the configuration table.")
-            .property<&CFG_Applicazioni::Path>(u"Path", u"The group.")
-            .method<&CFG_Applicazioni::Add>(
-                u"Add", {u"Item"}, u"Adopts an application, or appends a new one of a name.")
-            .raises(u"457 when the name is there already.")
-            .method<&CFG_Applicazioni::Delete>(u"Delete", {u"Nome"}, u"Takes an application out.")
-            .raises(u"5 when the name is not there.")
-            .property<&CFG_Applicazioni::Item>(
-                u"Item", u"The application of a name, ignoring case.", {u"Nome"})
-            .raises(u"-2147221503 when the name is not there.")
-            .property<&CFG_Applicazioni::Collezione>(
-                u"Collezione", u"The keyed collection itself, which enumerates the applications.")
-            .property<&CFG_Applicazioni::Count>(u"Count", u"The number of applications.")
-            .raises(u"6 beyond 32767.")
-            .method<&CFG_Applicazioni::CaricaCfgPersonalizzati>(
-                u"CaricaCfgPersonalizzati", {},
-                u"Loads what the table holds for everybody and for the group.")
-            .raises(
-                u"-2147221503 for what is not declared or not allowed; 457, 94, and the database's "
-                u"errors.")
+                u"ActiveConnection")
+            .property<&CFG_Applicazioni::Path>(u"Path")
+            .method<&CFG_Applicazioni::Add>(u"Add", {u"Item"})
+            .method<&CFG_Applicazioni::Delete>(u"Delete", {u"Nome"})
+            .property<&CFG_Applicazioni::Item>(u"Item", {u"Nome"})
+            .property<&CFG_Applicazioni::Collezione>(u"Collezione")
+            .property<&CFG_Applicazioni::Count>(u"Count")
+            .method<&CFG_Applicazioni::CaricaCfgPersonalizzati>(u"CaricaCfgPersonalizzati")
             .build(u"Item");
     return description;
 }

@@ -9,7 +9,7 @@ namespace kap {
 const ClassDescription& CFG_Campi::classDescription() {
     static const ClassDescription description = config::describeInnerCollection<CFG_Campi>(
         u"CFG_Campi", u"e20b2bad-f777-4633-ab8e-5e9b00307ad2",
-        u"d83a0c09-6a68-435b-9557-f8485cc61f84", u"The fields of a configuration module.");
+        u"d83a0c09-6a68-435b-9557-f8485cc61f84");
     return description;
 }
 

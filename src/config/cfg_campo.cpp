@@ -40,39 +40,22 @@ const ClassDescription& CFG_Campo::classDescription() {
     static const ClassDescription description =
         ClassBuilder<CFG_Campo>(u"CFG_Campo", u"a4169f44-3a5d-48b9-b45d-da6731b9f27a",
                                 u"9cf3faee-d251-4c33-8601-1139e8470dce")
-            .summary(u"A configuration field.")
-            .property<&CFG_Campo::Parent, &CFG_Campo::setParent>(
-                u"Parent", u"The collection that the field was added to.")
-            .property<&CFG_Campo::Obbligatorio, &CFG_Campo::setObbligatorio>(
-                u"Obbligatorio", u"Whether the program wants a value.")
-            .property<&CFG_Campo::Nome, &CFG_Campo::setNome>(u"Nome", u"The name.")
-            .property<&CFG_Campo::Gruppo, &CFG_Campo::setGruppo>(
-                u"Gruppo", u"The group whose row gave the field its value.")
-            .property<&CFG_Campo::ValoreDefault, &CFG_Campo::setValoreDefault>(
-                u"ValoreDefault", u"The default value; \"<nessuno>\" when there is none.")
-            .property<&CFG_Campo::Valore, &CFG_Campo::setValore>(u"Valore", u"The value.")
-            .raises(u"-2147221503 for a value that is not allowed.")
-            .property<&CFG_Campo::FlagDefault, &CFG_Campo::setFlagDefault>(
-                u"FlagDefault", u"Takes the default flag; reads the flag as it is stored.")
-            .property<&CFG_Campo::Flag, &CFG_Campo::setFlag>(u"Flag", u"The flag.")
-            .raises(u"-2147221503 for a flag that is not allowed.")
-            .property<&CFG_Campo::Note, &CFG_Campo::setNote>(u"Note", u"A free note.")
+            .property<&CFG_Campo::Parent, &CFG_Campo::setParent>(u"Parent")
+            .property<&CFG_Campo::Obbligatorio, &CFG_Campo::setObbligatorio>(u"Obbligatorio")
+            .property<&CFG_Campo::Nome, &CFG_Campo::setNome>(u"Nome")
+            .property<&CFG_Campo::Gruppo, &CFG_Campo::setGruppo>(u"Gruppo")
+            .property<&CFG_Campo::ValoreDefault, &CFG_Campo::setValoreDefault>(u"ValoreDefault")
+            .property<&CFG_Campo::Valore, &CFG_Campo::setValore>(u"Valore")
+            .property<&CFG_Campo::FlagDefault, &CFG_Campo::setFlagDefault>(u"FlagDefault")
+            .property<&CFG_Campo::Flag, &CFG_Campo::setFlag>(u"Flag")
+            .property<&CFG_Campo::Note, &CFG_Campo::setNote>(u"Note")
             .property<&CFG_Campo::ValoriConsentiti, &CFG_Campo::setValoriConsentiti>(
-                u"ValoriConsentiti", u"The values allowed, with | between; empty for any.")
-            .property<&CFG_Campo::FlagConsentiti, &CFG_Campo::setFlagConsentiti>(
-                u"FlagConsentiti", u"The flags allowed, with | between; empty for any.")
-            .property<&CFG_Campo::Personalizzato>(
-                u"Personalizzato", u"Whether value or flag were assigned since the last reset.")
-            .method<&CFG_Campo::Update>(u"Update", {}, u"Writes value and flag into the table.")
-            .raises(u"91 for a field outside a tree, and the database's errors.")
-            .method<&CFG_Campo::ResetDefault>(
-                u"ResetDefault", {u"ResetTabella"},
-                u"Back to the defaults, with or without deleting the row in the table.")
-            .raises(
-                u"-2147221503 for a default that is not allowed; 91 for a field outside a tree, "
-                u"and "
-                u"the database's errors.")
-            .property<&CFG_Campo::Path>(u"Path", u"The names from the group down to the field.")
+                u"ValoriConsentiti")
+            .property<&CFG_Campo::FlagConsentiti, &CFG_Campo::setFlagConsentiti>(u"FlagConsentiti")
+            .property<&CFG_Campo::Personalizzato>(u"Personalizzato")
+            .method<&CFG_Campo::Update>(u"Update")
+            .method<&CFG_Campo::ResetDefault>(u"ResetDefault", {u"ResetTabella"})
+            .property<&CFG_Campo::Path>(u"Path")
             .build();
     return description;
 }

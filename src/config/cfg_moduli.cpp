@@ -9,7 +9,7 @@ namespace kap {
 const ClassDescription& CFG_Moduli::classDescription() {
     static const ClassDescription description = config::describeInnerCollection<CFG_Moduli>(
         u"CFG_Moduli", u"c3381f15-199b-4b0b-8249-307c7495cbfd",
-        u"1f519c02-76a0-438d-86e9-075d9d3384aa", u"The modules of a configuration procedure.");
+        u"1f519c02-76a0-438d-86e9-075d9d3384aa");
     return description;
 }
 

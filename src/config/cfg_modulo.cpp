@@ -13,12 +13,10 @@ const ClassDescription& CFG_Modulo::classDescription() {
     static const ClassDescription description =
         ClassBuilder<CFG_Modulo>(u"CFG_Modulo", u"9c372610-0bee-45bf-b14d-921dea05c6f2",
                                  u"bf7b3016-c968-4b36-afc2-9407aa5cf7ca")
-            .summary(u"A configuration module.")
-            .field<&CFG_Modulo::Nome, &CFG_Modulo::setNome>(u"Nome", u"The name.")
-            .field<&CFG_Modulo::Campi, &CFG_Modulo::setCampi>(u"Campi", u"The module's fields.")
-            .property<&CFG_Modulo::Parent, &CFG_Modulo::setParent>(
-                u"Parent", u"The collection that the module was added to.")
-            .property<&CFG_Modulo::Path>(u"Path", u"Group, application, procedure and name.")
+            .field<&CFG_Modulo::Nome, &CFG_Modulo::setNome>(u"Nome")
+            .field<&CFG_Modulo::Campi, &CFG_Modulo::setCampi>(u"Campi")
+            .property<&CFG_Modulo::Parent, &CFG_Modulo::setParent>(u"Parent")
+            .property<&CFG_Modulo::Path>(u"Path")
             .build(u"Campi");
     return description;
 }

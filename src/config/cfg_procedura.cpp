@@ -15,16 +15,11 @@ const ClassDescription& CFG_Procedura::classDescription() {
     static const ClassDescription description =
         ClassBuilder<CFG_Procedura>(u"CFG_Procedura", u"da5fdcb9-22b5-40a9-868e-c536c872ce49",
                                     u"f9899346-9239-442d-bec8-9975c40c39f4")
-            .summary(u"A configuration procedure.")
-            .field<&CFG_Procedura::Nome, &CFG_Procedura::setNome>(u"Nome", u"The name.")
-            .field<&CFG_Procedura::Moduli, &CFG_Procedura::setModuli>(u"Moduli",
-                                                                      u"The procedure's modules.")
-            .property<&CFG_Procedura::NomeMenu, &CFG_Procedura::setNomeMenu>(
-                u"NomeMenu", u"Always empty; it cannot be set.")
-            .raises(u"28 when it is assigned.")
-            .property<&CFG_Procedura::Parent, &CFG_Procedura::setParent>(
-                u"Parent", u"The collection that the procedure was added to.")
-            .property<&CFG_Procedura::Path>(u"Path", u"Group, application and name.")
+            .field<&CFG_Procedura::Nome, &CFG_Procedura::setNome>(u"Nome")
+            .field<&CFG_Procedura::Moduli, &CFG_Procedura::setModuli>(u"Moduli")
+            .property<&CFG_Procedura::NomeMenu, &CFG_Procedura::setNomeMenu>(u"NomeMenu")
+            .property<&CFG_Procedura::Parent, &CFG_Procedura::setParent>(u"Parent")
+            .property<&CFG_Procedura::Path>(u"Path")
             .build(u"Moduli");
     return description;
 }

@@ -9,7 +9,7 @@ namespace kap {
 const ClassDescription& CFG_Procedure::classDescription() {
     static const ClassDescription description = config::describeInnerCollection<CFG_Procedure>(
         u"CFG_Procedure", u"1078f8da-19d3-4206-8eab-6a543fa334b1",
-        u"496399e7-9b32-488b-be65-dca3df5610dd", u"The procedures of a configured application.");
+        u"496399e7-9b32-488b-be65-dca3df5610dd");
     return description;
 }
 

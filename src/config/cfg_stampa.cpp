@@ -13,41 +13,26 @@ const ClassDescription& CFG_Stampa::classDescription() {
     static const ClassDescription description =
         ClassBuilder<CFG_Stampa>(u"CFG_Stampa", u"751365ef-c473-43b7-8dc1-8e404c5fb3a2",
                                  u"1286c8fd-6205-4973-a472-388401bca382")
-            .summary(u"The configuration of a print, kept in a configuration field.")
             .method<&CFG_Stampa::InitDefault>(u"InitDefault",
-                                              {Parameter(u"vNewValue").byReference()},
-                                              u"Attaches a field in default mode.")
-            .method<&CFG_Stampa::Init>(u"Init", {Parameter(u"vNewValue").byReference()},
-                                       u"Attaches a field.")
-            .property<&CFG_Stampa::CFGCampo, &CFG_Stampa::setCFGCampo>(u"CFGCampo",
-                                                                       u"The attached field.")
-            .raises(u"438 when it is assigned.")
-            .property<&CFG_Stampa::Nome>(u"Nome", u"The field's name.")
-            .property<&CFG_Stampa::AddRunTime>(u"AddRunTime",
-                                               u"Whether the print was made at run time.")
-            .property<&CFG_Stampa::Titolo, &CFG_Stampa::setTitolo>(u"Titolo", u"The title.")
-            .property<&CFG_Stampa::Flag, &CFG_Stampa::setFlag>(u"Flag", u"The field's flag.")
-            .property<&CFG_Stampa::EMail, &CFG_Stampa::setEMail>(
-                u"EMail", u"How the print is sent by mail; \"0\" where there is none.")
-            .property<&CFG_Stampa::EsportaReport, &CFG_Stampa::setEsportaReport>(
-                u"EsportaReport", u"How the report is exported; \"0\" where there is none.")
-            .property<&CFG_Stampa::InElenco, &CFG_Stampa::setInElenco>(
-                u"InElenco", u"Whether the print is listed.")
-            .property<&CFG_Stampa::Sigla, &CFG_Stampa::setSigla>(u"Sigla", u"The print's sign.")
-            .property<&CFG_Stampa::CodiceBreve, &CFG_Stampa::setCodiceBreve>(u"CodiceBreve",
-                                                                             u"The short code.")
-            .property<&CFG_Stampa::ClasseEsterna, &CFG_Stampa::setClasseEsterna>(
-                u"ClasseEsterna", u"The class outside the program that prints.")
-            .property<&CFG_Stampa::Stampante, &CFG_Stampa::setStampante>(u"Stampante",
-                                                                         u"The printer.")
-            .property<&CFG_Stampa::Layout, &CFG_Stampa::setLayout>(u"Layout", u"The layout.")
-            .property<&CFG_Stampa::Vidsta, &CFG_Stampa::setVidsta>(
-                u"Vidsta", u"Screen or printer; \"V\" where there is none.")
-            .property<&CFG_Stampa::Copie, &CFG_Stampa::setCopie>(
-                u"Copie", u"The number of copies; \"1\" where there is none.")
-            .property<&CFG_Stampa::OrigineCarta, &CFG_Stampa::setOrigineCarta>(u"OrigineCarta",
-                                                                               u"The paper source.")
-            .property<&CFG_Stampa::Note, &CFG_Stampa::setNote>(u"Note", u"The field's note.")
+                                              {Parameter(u"vNewValue").byReference()})
+            .method<&CFG_Stampa::Init>(u"Init", {Parameter(u"vNewValue").byReference()})
+            .property<&CFG_Stampa::CFGCampo, &CFG_Stampa::setCFGCampo>(u"CFGCampo")
+            .property<&CFG_Stampa::Nome>(u"Nome")
+            .property<&CFG_Stampa::AddRunTime>(u"AddRunTime")
+            .property<&CFG_Stampa::Titolo, &CFG_Stampa::setTitolo>(u"Titolo")
+            .property<&CFG_Stampa::Flag, &CFG_Stampa::setFlag>(u"Flag")
+            .property<&CFG_Stampa::EMail, &CFG_Stampa::setEMail>(u"EMail")
+            .property<&CFG_Stampa::EsportaReport, &CFG_Stampa::setEsportaReport>(u"EsportaReport")
+            .property<&CFG_Stampa::InElenco, &CFG_Stampa::setInElenco>(u"InElenco")
+            .property<&CFG_Stampa::Sigla, &CFG_Stampa::setSigla>(u"Sigla")
+            .property<&CFG_Stampa::CodiceBreve, &CFG_Stampa::setCodiceBreve>(u"CodiceBreve")
+            .property<&CFG_Stampa::ClasseEsterna, &CFG_Stampa::setClasseEsterna>(u"ClasseEsterna")
+            .property<&CFG_Stampa::Stampante, &CFG_Stampa::setStampante>(u"Stampante")
+            .property<&CFG_Stampa::Layout, &CFG_Stampa::setLayout>(u"Layout")
+            .property<&CFG_Stampa::Vidsta, &CFG_Stampa::setVidsta>(u"Vidsta")
+            .property<&CFG_Stampa::Copie, &CFG_Stampa::setCopie>(u"Copie")
+            .property<&CFG_Stampa::OrigineCarta, &CFG_Stampa::setOrigineCarta>(u"OrigineCarta")
+            .property<&CFG_Stampa::Note, &CFG_Stampa::setNote>(u"Note")
             .build();
     return description;
 }

@@ -31,29 +31,19 @@ const ClassDescription& CErrore::classDescription() {
     static const ClassDescription kDescription =
         ClassBuilder<CErrore>(u"CErrore", u"feb2ec34-3b6a-45b8-90c5-87f442d1898e",
                               u"fb6ea86a-741a-4273-9191-c3873d6b8657")
-            .summary(u"An error number with its messages and attributes.")
-            .property<&CErrore::Numero, &CErrore::setNumero>(u"Numero",
-                                                             u"The error number, as text.")
-            .method<&CErrore::AddMessaggio>(
-                u"AddMessaggio", {Parameter(u"Messaggio").byReference()}, u"Appends a message.")
-            .raises(u"6 beyond 32767 messages.")
-            .method<&CErrore::Clear>(u"Clear", {}, u"Back to number 0 and no messages.")
-            .method<&CErrore::MsgToArray>(u"MsgToArray", {},
-                                          u"The messages in an array that counts from 1.")
-            .raises(u"9 when there is no message.")
-            .method<&CErrore::MsgToString>(u"MsgToString", {},
-                                           u"The messages, each followed by CR LF.")
-            .raises(u"94 when a message is absent.")
-            .method<&CErrore::ToString>(u"ToString", {}, u"The whole property string.")
-            .method<&CErrore::Init>(u"Init", {Parameter(u"Stringa").byReference()},
-                                    u"Becomes what a property string says.")
+            .property<&CErrore::Numero, &CErrore::setNumero>(u"Numero")
+            .method<&CErrore::AddMessaggio>(u"AddMessaggio",
+                                            {Parameter(u"Messaggio").byReference()})
+            .method<&CErrore::Clear>(u"Clear")
+            .method<&CErrore::MsgToArray>(u"MsgToArray")
+            .method<&CErrore::MsgToString>(u"MsgToString")
+            .method<&CErrore::ToString>(u"ToString")
+            .method<&CErrore::Init>(u"Init", {Parameter(u"Stringa").byReference()})
             .method<&CErrore::LeggiAttributo>(u"LeggiAttributo",
-                                              {Parameter(u"NomeAttributo").byReference()},
-                                              u"The value of any property.")
+                                              {Parameter(u"NomeAttributo").byReference()})
             .method<&CErrore::ScriviAttributo>(
                 u"ScriviAttributo",
-                {Parameter(u"NomeAttributo").byReference(), Parameter(u"Valore").byReference()},
-                u"Sets any property.")
+                {Parameter(u"NomeAttributo").byReference(), Parameter(u"Valore").byReference()})
             .build();
     return kDescription;
 }

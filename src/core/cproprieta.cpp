@@ -37,27 +37,14 @@ const ClassDescription& CProprieta::classDescription() {
     static const ClassDescription kDescription =
         ClassBuilder<CProprieta>(u"CProprieta", u"80368bd9-a134-4db3-b976-3eff993d4529",
                                  u"47799a54-02c1-4447-9acc-eb0cc14f0d34")
-            .summary(u"A bag of named values kept as one tagged text.")
-            .method<&CProprieta::Elimina>(u"Elimina", {Parameter(u"sNomeProprieta").byReference()},
-                                          u"Removes a property.")
+            .method<&CProprieta::Elimina>(u"Elimina", {Parameter(u"sNomeProprieta").byReference()})
             .method<&CProprieta::Leggi>(
-                u"Leggi", {Parameter(u"sNomeProprieta").otherwise(kWholeText).byReference()},
-                u"The value of a property by name or position, Null when there is none; the whole "
-                u"text for \"DEFAULT\".")
-            .raises(
-                u"5 when the property is opened and not closed; 94 for a Null position; 6 for one "
-                u"beyond 32767.")
-            .method<&CProprieta::Scrivi>(
-                u"Scrivi",
-                {Parameter(u"sNomeProprieta").byReference(), Parameter(u"sValore").byReference()},
-                u"Sets a property; with an empty name the whole text.")
-            .raises(
-                u"5 when the property is opened and not closed; 94 for Null with an empty name.")
-            .method<&CProprieta::Count>(u"Count", {}, u"The number of closing tags.")
-            .raises(u"6 beyond 32767.")
-            .method<&CProprieta::NomeProprieta>(
-                u"NomeProprieta", {Parameter(u"PosizioneCampo").byReference()},
-                u"The name of the property at a position, empty when there is none.")
+                u"Leggi", {Parameter(u"sNomeProprieta").otherwise(kWholeText).byReference()})
+            .method<&CProprieta::Scrivi>(u"Scrivi", {Parameter(u"sNomeProprieta").byReference(),
+                                                     Parameter(u"sValore").byReference()})
+            .method<&CProprieta::Count>(u"Count")
+            .method<&CProprieta::NomeProprieta>(u"NomeProprieta",
+                                                {Parameter(u"PosizioneCampo").byReference()})
             .build();
     return kDescription;
 }

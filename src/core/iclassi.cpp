@@ -8,17 +8,13 @@ const ClassDescription& IClassi::classDescription() {
     static const ClassDescription kDescription =
         ClassBuilder<IClassi>(u"IClassi", u"736ffbea-1819-44c2-b5a7-6ec1539a1fec",
                               u"961feff4-57e1-4aba-9225-10c1227daf97")
-            .summary(u"The contract of business classes; its own members do nothing.")
-            .property<&IClassi::Errore>(u"Errore", u"What went wrong in the last call.")
-            .property<&IClassi::Proprieta, &IClassi::setProprieta>(
-                u"Proprieta", u"The object's data as a property string.")
-            .method<&IClassi::Read>(u"Read", {u"Connessione"}, u"Reads the object.")
-            .method<&IClassi::Update>(u"Update", {u"Connessione"}, u"Saves the object.")
-            .method<&IClassi::Delete>(u"Delete", {u"Connessione"}, u"Deletes the object.")
-            .method<&IClassi::PgUpDown>(u"PgUpDown", {u"sTasto", u"Connessione"},
-                                        u"Moves to the neighbour that a navigation key asks for.")
-            .method<&IClassi::XCP>(u"XCP", {u"CampoAttivo", u"Parametri", u"Connessione"},
-                                   u"Checks or completes a field of the form.")
+            .property<&IClassi::Errore>(u"Errore")
+            .property<&IClassi::Proprieta, &IClassi::setProprieta>(u"Proprieta")
+            .method<&IClassi::Read>(u"Read", {u"Connessione"})
+            .method<&IClassi::Update>(u"Update", {u"Connessione"})
+            .method<&IClassi::Delete>(u"Delete", {u"Connessione"})
+            .method<&IClassi::PgUpDown>(u"PgUpDown", {u"sTasto", u"Connessione"})
+            .method<&IClassi::XCP>(u"XCP", {u"CampoAttivo", u"Parametri", u"Connessione"})
             .build();
     return kDescription;
 }

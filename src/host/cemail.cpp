@@ -46,34 +46,23 @@ const ClassDescription& CEMail::classDescription() {
     static const ClassDescription description =
         ClassBuilder<CEMail>(u"CEMail", u"6ad333e0-4535-4a1f-9d0c-6075308b5714",
                              u"dfb00056-0c60-4a29-a43a-4f09fee6c732")
-            .summary(u"Contacts of the mail client.")
-            .property<&CEMail::IClassi_Errore>(u"IClassi_Errore", u"What went wrong.")
-            .property<&CEMail::EMail, &CEMail::setEMail>(u"EMail", u"The e-mail address.")
-            .property<&CEMail::Nome, &CEMail::setNome>(u"Nome", u"The first name.")
-            .property<&CEMail::Cognome, &CEMail::setCognome>(u"Cognome", u"The surname.")
-            .property<&CEMail::RagioneSociale, &CEMail::setRagioneSociale>(
-                u"RagioneSociale", u"The name of the company.")
-            .property<&CEMail::Indirizzo, &CEMail::setIndirizzo>(u"Indirizzo", u"The address.")
-            .property<&CEMail::Telefono, &CEMail::setTelefono>(u"Telefono",
-                                                               u"The telephone number.")
-            .property<&CEMail::CodAna, &CEMail::setCodAna>(u"CodAna",
-                                                           u"The customer's code in the program.")
-            .property<&CEMail::VisualizzaCome, &CEMail::setVisualizzaCome>(
-                u"VisualizzaCome", u"The name the contact is filed and shown by.")
-            .property<&CEMail::Chiave, &CEMail::setChiave>(
-                u"Chiave", u"What the contact is found by; empty, the e-mail address.")
-            .method<&CEMail::Update>(u"Update", {Parameter(u"sFolderName").otherwise(u"°°°")},
-                                     u"Changes the contact in a folder, or makes it.")
-            .method<&CEMail::Delete>(u"Delete", {Parameter(u"sFolderName").otherwise(u"°°°")},
-                                     u"Removes the contact from a folder.")
-            .method<&CEMail::Count>(u"Count", {Parameter(u"sFolderName").otherwise(u"°°°")},
-                                    u"How many items a folder has.")
+            .property<&CEMail::IClassi_Errore>(u"IClassi_Errore")
+            .property<&CEMail::EMail, &CEMail::setEMail>(u"EMail")
+            .property<&CEMail::Nome, &CEMail::setNome>(u"Nome")
+            .property<&CEMail::Cognome, &CEMail::setCognome>(u"Cognome")
+            .property<&CEMail::RagioneSociale, &CEMail::setRagioneSociale>(u"RagioneSociale")
+            .property<&CEMail::Indirizzo, &CEMail::setIndirizzo>(u"Indirizzo")
+            .property<&CEMail::Telefono, &CEMail::setTelefono>(u"Telefono")
+            .property<&CEMail::CodAna, &CEMail::setCodAna>(u"CodAna")
+            .property<&CEMail::VisualizzaCome, &CEMail::setVisualizzaCome>(u"VisualizzaCome")
+            .property<&CEMail::Chiave, &CEMail::setChiave>(u"Chiave")
+            .method<&CEMail::Update>(u"Update", {Parameter(u"sFolderName").otherwise(u"°°°")})
+            .method<&CEMail::Delete>(u"Delete", {Parameter(u"sFolderName").otherwise(u"°°°")})
+            .method<&CEMail::Count>(u"Count", {Parameter(u"sFolderName").otherwise(u"°°°")})
             .method<&CEMail::InviaMail>(
                 u"InviaMail",
                 {u"sDestinatario", u"sOggetto", Parameter(u"sBody").otherwise(u""),
-                 Parameter(u"sBodyHtml").otherwise(u""), Parameter(u"sAllegato").otherwise(u"")},
-                u"Makes a message and shows it for the user to send.")
-            .raises(u"The mail client's errors.")
+                 Parameter(u"sBodyHtml").otherwise(u""), Parameter(u"sAllegato").otherwise(u"")})
             .build();
     return description;
 }

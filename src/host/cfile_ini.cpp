@@ -37,19 +37,12 @@ const ClassDescription& CFileINI::classDescription() {
     static const ClassDescription description =
         ClassBuilder<CFileINI>(u"CFileINI", u"6d508732-1be6-4a1b-b796-8fe52569b49e",
                                u"3f65d614-9991-4046-97ea-fd7a2eac2c21")
-            .summary(u"Values of profile files.")
-            .method<&CFileINI::ReadIni>(u"ReadIni", {u"ApplicationName", u"KeyName", u"FileINI"},
-                                        u"The value of a key, empty when there is none.")
-            .raises(u"6 for a value longer than 255 characters.")
+            .method<&CFileINI::ReadIni>(u"ReadIni", {u"ApplicationName", u"KeyName", u"FileINI"})
             .method<&CFileINI::WriteIni>(u"WriteIni",
-                                         {u"ApplicationName", u"KeyName", u"Value", u"FileINI"},
-                                         u"Writes a key; not 0 when it was written.")
-            .method<&CFileINI::NomeFileINI>(
-                u"NomeFileINI",
-                {Parameter(u"sPath").otherwise(u""),
-                 Parameter(u"sNomeApplicazione").otherwise(u"Vertex")},
-                u"The user's INI file when the folder has one, else the application's.")
-            .raises(u"76 when the folder is not there.")
+                                         {u"ApplicationName", u"KeyName", u"Value", u"FileINI"})
+            .method<&CFileINI::NomeFileINI>(u"NomeFileINI",
+                                            {Parameter(u"sPath").otherwise(u""),
+                                             Parameter(u"sNomeApplicazione").otherwise(u"Vertex")})
             .build();
     return description;
 }

@@ -93,26 +93,15 @@ const ClassDescription& CRegistro::classDescription() {
     static const ClassDescription description =
         ClassBuilder<CRegistro>(u"CRegistro", u"1312d785-c222-48a5-808f-95b7d63f149b",
                                 u"9f2fdde1-9264-4fd3-ad53-59409a82c19e")
-            .summary(u"Values of the registry.")
-            .property<&CRegistro::IClassi_Errore>(u"IClassi_Errore", u"Always the unset object.")
-            .property<&CRegistro::NomeValore, &CRegistro::setNomeValore>(
-                u"NomeValore", u"The path of the key where a call names none.")
-            .property<&CRegistro::Chiave, &CRegistro::setChiave>(
-                u"Chiave", u"The name of the value where Leggi is given none.")
-            .method<&CRegistro::Leggi>(
-                u"Leggi",
-                {u"sWhere", Parameter(u"sNomeValore").otherwise(u""),
-                 Parameter(u"sChiave").otherwise(u"")},
-                u"A value: a text, 0 for a number, Empty when there is none.")
-            .raises(u"91 for an empty root; 13 for one that is no name and no number.")
-            .method<&CRegistro::Scrivi>(
-                u"Scrivi",
-                {u"sWhere", u"sValoreDaImpostare", u"sTipo",
-                 Parameter(u"sNomeValore").otherwise(u""), Parameter(u"sChiave").otherwise(u"")},
-                u"Sets a value of a key that is there; \"Done\" in any case.")
-            .raises(
-                u"91 for an empty root or value; 13 and 6 for a root, a type or a number that is "
-                u"none.")
+            .property<&CRegistro::IClassi_Errore>(u"IClassi_Errore")
+            .property<&CRegistro::NomeValore, &CRegistro::setNomeValore>(u"NomeValore")
+            .property<&CRegistro::Chiave, &CRegistro::setChiave>(u"Chiave")
+            .method<&CRegistro::Leggi>(u"Leggi",
+                                       {u"sWhere", Parameter(u"sNomeValore").otherwise(u""),
+                                        Parameter(u"sChiave").otherwise(u"")})
+            .method<&CRegistro::Scrivi>(u"Scrivi", {u"sWhere", u"sValoreDaImpostare", u"sTipo",
+                                                    Parameter(u"sNomeValore").otherwise(u""),
+                                                    Parameter(u"sChiave").otherwise(u"")})
             .build();
     return description;
 }

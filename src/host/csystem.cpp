@@ -12,9 +12,7 @@ const ClassDescription& CSystem::classDescription() {
     static const ClassDescription description =
         ClassBuilder<CSystem>(u"CSystem", u"71c6409f-464e-4b9b-9829-a930eabaef1c",
                               u"a2c17a63-37ab-4d29-9e05-faee796d2a41")
-            .summary(u"The host's system folder.")
-            .method<&CSystem::WindowsDirectory>(u"WindowsDirectory", {},
-                                                u"The Windows directory, with a \\ at the end.")
+            .method<&CSystem::WindowsDirectory>(u"WindowsDirectory")
             .build();
     return description;
 }

@@ -6,8 +6,10 @@
 #include <vector>
 
 #include <kaputil/catalogue/catalogue.hpp>
+#include <kaputil/catalogue/documentation.hpp>
 #include <kaputil/catalogue/std_functions.hpp>
 
+#include "python/docstrings.hpp"
 #include "python/member_function.hpp"
 #include "python/package.hpp"
 #include "python/values.hpp"
@@ -52,8 +54,7 @@ py::dict describe(const ClassDescription& owner, const MemberDescription& member
     made["parameters"] = parameters;
     made["type"] = textOf(typeName(member.result));
     made["object_class"] = nameOf(member.resultClass);
-    made["summary"] = toPython(member.summary);
-    made["errors"] = toPython(member.errors);
+    made["documentation"] = docstringOf(owner, member, attribute);
     return made;
 }
 
@@ -64,7 +65,7 @@ py::dict describe(const ClassDescription& description) {
     }
     py::dict made;
     made["name"] = toPython(description.name);
-    made["summary"] = toPython(description.summary);
+    made["documentation"] = docstringOf(description);
     made["members"] = members;
     return made;
 }
@@ -130,6 +131,32 @@ void addName(py::list& names, const String& programmaticName, const ClassDescrip
     }
 }
 
+py::list classNames() {
+    py::list names;
+    for (const ClassDescription* description : knownClasses()) {
+        names.append(toPython(description->name));
+    }
+    return names;
+}
+
+void addNamedExample(py::list& made, const std::string& name, const std::string& script) {
+    if (!script.empty()) {
+        made.append(py::make_tuple(name, script));
+    }
+}
+
+py::list examples() {
+    py::list made;
+    for (const ClassDescription* description : documentedClasses()) {
+        const std::string name = description->name.utf8();
+        addNamedExample(made, name, exampleOf(*description));
+        for (const MemberDescription& member : description->members) {
+            addNamedExample(made, name + "." + member.name.utf8(), exampleOf(*description, member));
+        }
+    }
+    return made;
+}
+
 py::list programmaticNames() {
     py::list names;
     for (const PublishedClass& published : publishedClasses()) {
@@ -173,10 +200,12 @@ py::object classFor(const ClassDescription& description) {
 
 void bindClassTable(py::module_& module) {
     module.def("class_descriptions", &classDescriptions);
+    module.def("class_names", &classNames);
+    module.def("examples", &examples);
     module.def("class_named", &classNamed);
     module.def("programmatic_names", &programmaticNames);
     module.def("enumerations", &enumerations);
-    module.def("global_class", [] { return toPython(StdFunctions::classDescription().name); });
+    module.def("global_class", [] { return describe(StdFunctions::classDescription()); });
 }
 
 }  // namespace kap::python

@@ -17,7 +17,9 @@ namespace py = pybind11;
 //   class_named(name)       the Python class of one of them, or None
 //   programmatic_names()    pairs of a name for Dispatch and the class that it makes
 //   enumerations()          pairs of a name and the names and values in it
-//   global_class()          the name of the class of the predeclared object
+//   class_names()           their names
+//   examples()              the documentation's examples: (name, Python program)
+//   global_class()          the description of the class of the predeclared object
 void bindClassTable(py::module_& module);
 
 }  // namespace kap::python

@@ -38,11 +38,15 @@ def quoted(text):
     return f'"""{text} """' if text.endswith('"') else f'"""{text}"""'
 
 
-def documented(indent, header, documentation):
+def docstring(indent, documentation):
     first, *rest = documentation.splitlines()
-    lines = [first, *(f"{indent}    {line}" if line else "" for line in rest)]
-    end = f"\n{indent}    " if rest else ""
-    return f"{indent}{header}\n{indent}    {quoted(chr(10).join(lines) + end)}\n"
+    lines = [first, *(f"{indent}{line}" if line else "" for line in rest)]
+    end = f"\n{indent}" if rest else ""
+    return f"{indent}{quoted(chr(10).join(lines) + end)}\n"
+
+
+def documented(indent, header, documentation):
+    return f"{indent}{header}\n{docstring(indent + '    ', documentation)}"
 
 
 def result_type(member):
@@ -79,7 +83,7 @@ def function_text(indent, member, *leading):
 
 def attribute_text(indent, member):
     if member.assignable:
-        return f"{indent}{member.name}: {result_type(member)}\n{indent}{quoted(member.summary)}\n"
+        return f"{indent}{member.name}: {result_type(member)}\n{docstring(indent, member.documentation)}"
     header = f"def {member.name}(self) -> {result_type(member)}:"
     return f"{indent}@property\n" + documented(indent, header, member.documentation)
 
@@ -94,7 +98,7 @@ def aliases():
 
 def class_text(described):
     base = getattr(kaputil.classes, described.name).__base__.__name__
-    parts = [f"class {described.name}({base}):\n    {quoted(described.summary)}\n"]
+    parts = [f"class {described.name}({base}):\n{docstring('    ', described.documentation)}"]
     parts += [member_text("    ", one, "self") for one in described.members if not keyword.iskeyword(one.name)]
     return "\n".join(parts)
 
@@ -148,6 +152,7 @@ def classes_stub():
 
 def main():
     folder = pathlib.Path(sys.argv[1])
+    kaputil.set_locale("en-GB")  # the language of the documentation, whatever the environment says
     (folder / "__init__.pyi").write_text(package_stub(), encoding="utf-8")
     (folder / "classes.pyi").write_text(classes_stub(), encoding="utf-8")
 

@@ -60,27 +60,17 @@ const ClassDescription& CSQL::classDescription() {
     static const ClassDescription description =
         ClassBuilder<CSQL>(u"CSQL", u"4ac5a4f4-d431-4aa4-8211-93d6a4754c2f",
                            u"913252bc-c034-4f8e-8135-2bef7b1c2cf5")
-            .summary(u"Statements that are sent at once and all happen or none.")
-            .field<&CSQL::Parametri, &CSQL::setParametri>(u"Parametri",
-                                                          u"The parameters of AddTmp.")
-            .field<&CSQL::SQLString, &CSQL::setSQLString>(u"SQLString",
-                                                          u"The statements collected so far.")
-            .field<&CSQL::Errore, &CSQL::setErrore>(u"Errore", u"The outcome of the last call.")
-            .property<&CSQL::ConnectionString, &CSQL::setConnectionString>(
-                u"ConnectionString",
-                u"The connection string; assigning opens the connection on it.")
-            .property<&CSQL::ActiveConnection, &CSQL::setActiveConnection>(u"ActiveConnection",
-                                                                           u"The connection.")
-            .raises(u"13 when what is assigned is no connection.")
-            .property<&CSQL::SQL_Execute>(u"SQL_Execute", u"The script as it is sent.")
-            .method<&CSQL::Execute>(u"Execute", {}, u"Sends the script; True when all happened.")
-            .raises(u"3709 when the connection is not open.")
+            .field<&CSQL::Parametri, &CSQL::setParametri>(u"Parametri")
+            .field<&CSQL::SQLString, &CSQL::setSQLString>(u"SQLString")
+            .field<&CSQL::Errore, &CSQL::setErrore>(u"Errore")
+            .property<&CSQL::ConnectionString, &CSQL::setConnectionString>(u"ConnectionString")
+            .property<&CSQL::ActiveConnection, &CSQL::setActiveConnection>(u"ActiveConnection")
+            .property<&CSQL::SQL_Execute>(u"SQL_Execute")
+            .method<&CSQL::Execute>(u"Execute")
             .method<&CSQL::Command>(u"Command",
-                                    {u"CommandText", Parameter(u"MessaggioErrore").otherwise(u"")},
-                                    u"Appends a statement and the message that its failure raises.")
-            .method<&CSQL::AddTmp>(u"AddTmp", {},
-                                   u"Appends the copying of rows from table to table.")
-            .method<&CSQL::Clear>(u"Clear", {}, u"Forgets statements, parameters and messages.")
+                                    {u"CommandText", Parameter(u"MessaggioErrore").otherwise(u"")})
+            .method<&CSQL::AddTmp>(u"AddTmp")
+            .method<&CSQL::Clear>(u"Clear")
             .build();
     return description;
 }

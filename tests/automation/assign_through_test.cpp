@@ -23,7 +23,7 @@ public:
     static const ClassDescription& classDescription() {
         static const ClassDescription kDescription =
             ClassBuilder<Cell>(u"Cell", u"7", u"8")
-                .property<&Cell::value, &Cell::setValue>(u"Value", u"")
+                .property<&Cell::value, &Cell::setValue>(u"Value")
                 .build(u"Value");
         return kDescription;
     }
@@ -43,9 +43,9 @@ public:
     static const ClassDescription& classDescription() {
         static const ClassDescription kDescription =
             ClassBuilder<Sheet>(u"Sheet", u"9", u"10")
-                .property<&Sheet::item>(u"Item", u"", {u"Row", Parameter(u"Column").otherwise(1)})
-                .method<&Sheet::find>(u"Find", {u"Row"}, u"")
-                .property<&Sheet::stamp>(u"Stamp", u"", {u"Row"})
+                .property<&Sheet::item>(u"Item", {u"Row", Parameter(u"Column").otherwise(1)})
+                .method<&Sheet::find>(u"Find", {u"Row"})
+                .property<&Sheet::stamp>(u"Stamp", {u"Row"})
                 .build(u"Item");
         return kDescription;
     }
@@ -77,9 +77,9 @@ public:
     static const ClassDescription& classDescription() {
         static const ClassDescription kDescription =
             ClassBuilder<Binder>(u"Binder", u"11", u"12")
-                .property<&Binder::sheet>(u"Sheet", u"")
-                .property<&Binder::sheet, &Binder::setSheet>(u"Chosen", u"")
-                .property<&Binder::note, &Binder::setNote>(u"Note", u"")
+                .property<&Binder::sheet>(u"Sheet")
+                .property<&Binder::sheet, &Binder::setSheet>(u"Chosen")
+                .property<&Binder::note, &Binder::setNote>(u"Note")
                 .alsoSet()
                 .build(u"Sheet");
         return kDescription;

@@ -25,13 +25,13 @@ public:
     static const ClassDescription& classDescription() {
         static const ClassDescription kDescription =
             ClassBuilder<Assigner>(u"Assigner", u"5", u"6")
-                .method<&Assigner::leave>(u"Leave", {u"Text", u"Number", u"Truth", u"Any"}, u"")
-                .method<&Assigner::leaveObject>(u"LeaveObject", {u"Thing"}, u"")
-                .method<&Assigner::assignSame>(u"AssignSame", {u"Number"}, u"")
+                .method<&Assigner::leave>(u"Leave", {u"Text", u"Number", u"Truth", u"Any"})
+                .method<&Assigner::leaveObject>(u"LeaveObject", {u"Thing"})
+                .method<&Assigner::assignSame>(u"AssignSame", {u"Number"})
                 .method<&Assigner::failAfterwards>(u"FailAfterwards",
-                                                   {u"Number", u"Text", u"Other", u"Any"}, u"")
-                .method<&Assigner::throwAfterwards>(u"ThrowAfterwards", {u"Number"}, u"")
-                .property<&Assigner::text>(u"Value", u"")
+                                                   {u"Number", u"Text", u"Other", u"Any"})
+                .method<&Assigner::throwAfterwards>(u"ThrowAfterwards", {u"Number"})
+                .property<&Assigner::text>(u"Value")
                 .build(u"Value");
         return kDescription;
     }

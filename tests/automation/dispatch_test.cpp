@@ -29,7 +29,7 @@ public:
     static const ClassDescription& classDescription() {
         static const ClassDescription kDescription =
             ClassBuilder<Shelf>(u"Shelf", u"1", u"2")
-                .property<&Shelf::item>(u"Item", u"An item.", {Parameter(u"Index")})
+                .property<&Shelf::item>(u"Item", {Parameter(u"Index")})
                 .build(u"Item");
         return kDescription;
     }
@@ -56,20 +56,16 @@ public:
     static const ClassDescription& classDescription() {
         static const ClassDescription kDescription =
             ClassBuilder<Sample>(u"Sample", u"3", u"4")
-                .summary(u"For these tests.")
-                .method<&Sample::join>(u"Join", {u"First", Parameter(u"Second").otherwise(u"!")},
-                                       u"Joins two texts.")
-                .method<&Sample::advance>(u"Advance", {u"Counter", Parameter(u"Step").otherwise(1)},
-                                          u"Moves a counter on.")
-                .method<&Sample::fill>(u"Fill", {u"Target"}, u"Fills a variable.")
+                .method<&Sample::join>(u"Join", {u"First", Parameter(u"Second").otherwise(u"!")})
+                .method<&Sample::advance>(u"Advance", {u"Counter", Parameter(u"Step").otherwise(1)})
+                .method<&Sample::fill>(u"Fill", {u"Target"})
                 .method<&Sample::optionalOut>(u"OptionalOut",
-                                              {Parameter(u"Target").otherwise(std::int16_t{-1})},
-                                              u"Fills a variable when there is one.")
-                .method<&Sample::swap>(u"Swap", {u"Shelf", u"Other"}, u"Exchanges shelves.")
-                .property<&Sample::value, &Sample::setValue>(u"Value", u"The value.")
-                .property<&Sample::shelf, &Sample::setShelf>(u"Shelf", u"The shelf.")
-                .property<&Sample::colour, &Sample::setColour>(u"Colour", u"The colour.")
-                .property<&Sample::constant>(u"Constant", u"Never changes.")
+                                              {Parameter(u"Target").otherwise(std::int16_t{-1})})
+                .method<&Sample::swap>(u"Swap", {u"Shelf", u"Other"})
+                .property<&Sample::value, &Sample::setValue>(u"Value")
+                .property<&Sample::shelf, &Sample::setShelf>(u"Shelf")
+                .property<&Sample::colour, &Sample::setColour>(u"Colour")
+                .property<&Sample::constant>(u"Constant")
                 .build(u"Value");
         return kDescription;
     }

@@ -20,8 +20,7 @@ public:
     ~Part() override { alive_.erase(this); }
 
     [[nodiscard]] const ClassDescription& description() const override {
-        static const ClassDescription kDescription =
-            ClassBuilder<Part>(u"Part", u"", u"").summary(u"").build();
+        static const ClassDescription kDescription = ClassBuilder<Part>(u"Part", u"", u"").build();
         return kDescription;
     }
 
@@ -246,7 +245,7 @@ public:
 
     [[nodiscard]] const ClassDescription& description() const override {
         static const ClassDescription kDescription =
-            ClassBuilder<Maker>(u"Maker", u"", u"").summary(u"").build();
+            ClassBuilder<Maker>(u"Maker", u"", u"").build();
         return kDescription;
     }
 

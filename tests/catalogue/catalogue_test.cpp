@@ -103,7 +103,6 @@ TEST(Catalogue, PublishesEveryClassWithItsIdentitiesInTheirOrder) {
     std::vector<std::string> published;
     for (const PublishedClass& one : publishedClasses()) {
         published.push_back(line(one));
-        EXPECT_FALSE(one.summary.empty()) << one.name.utf8();
     }
     EXPECT_EQ(published, expected);
 }

@@ -22,6 +22,7 @@
 #include <kaputil/ado/property.hpp>
 #include <kaputil/ado/recordset.hpp>
 #include <kaputil/ado/stream.hpp>
+#include <kaputil/catalogue/documentation.hpp>
 
 #include "support/build_folders.hpp"
 
@@ -68,12 +69,13 @@ std::string membersTable(const std::map<std::string, std::string>& notes) {
     std::string text;
     for (const ClassDescription* description : pageClasses()) {
         const std::string name = description->name.utf8();
-        text += "\n### " + name + "\n\n" + description->summary.utf8() +
+        text += "\n### " + name + "\n\n" + summaryOf(*description, DocumentationLanguage::English) +
                 "\n\n| member | kind | what it is | differs |\n|---|---|---|---|\n";
         for (const MemberDescription& member : description->members) {
             const std::string full = name + "." + member.name.utf8();
             const auto note = notes.find(full);
-            text += "| `" + full + "` | " + kindOf(member) + " | " + member.summary.utf8() + " | " +
+            text += "| `" + full + "` | " + kindOf(member) + " | " +
+                    summaryOf(*description, member, DocumentationLanguage::English) + " | " +
                     (note == notes.end() ? "" : note->second) + " |\n";
         }
     }

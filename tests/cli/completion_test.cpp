@@ -42,7 +42,7 @@ TEST(Completion, OffersTheCommands) {
 TEST(Completion, OffersTheOptionsOfACommand) {
     EXPECT_EQ(offered({"kaputil", "-"}), "--help --version");
     EXPECT_EQ(offered({"kaputil", "call", "--"}), "--help --json --locale --message-log");
-    EXPECT_EQ(offered({"kaputil", "classes", "--"}), "--help --json --names");
+    EXPECT_EQ(offered({"kaputil", "classes", "--"}), "--help --html --json --language --names");
     EXPECT_EQ(offered({"kaputil", "sql", "--c"}), "--check --command --connection --csv");
     EXPECT_EQ(offered({"kaputil", "demo", "--d"}), "--database");
     EXPECT_EQ(offered({"kaputil", "batch", "--"}), "--connection --dry-run --help --json");

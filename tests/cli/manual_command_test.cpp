@@ -53,6 +53,19 @@ TEST(ManualCommand, WritesAPageACommand) {
         EXPECT_TRUE(fs::exists(folder / (std::string("man1/kaputil-") + command + ".1")))
             << command;
     }
+    for (const char* name : {"CSQL", "StdFunctions", "Recordset", "MailItem"}) {
+        EXPECT_TRUE(fs::exists(folder / (std::string("man1/kaputil-") + name + ".3"))) << name;
+    }
+}
+
+TEST(ManualCommand, DescribesAClassWithItsMembers) {
+    const std::string page = kaputil({"manual", "csql", "--language", "en"}).out;
+    EXPECT_TRUE(page.starts_with(".TH \"KAPUTIL-CSQL\" 3")) << page;
+    EXPECT_TRUE(contains(page, ".SH AddTmp\n.PP\nFunction AddTmp() As String\n")) << page;
+    EXPECT_TRUE(contains(page, "\\fB3709 (\\-2146824579)\\fR\nThe connection is not open."))
+        << page;
+    EXPECT_TRUE(contains(kaputil({"manual", "CSQL", "--language", "it"}).out,
+                         "La connessione non è aperta."));
 }
 
 TEST(ManualCommand, IsReadByManWithoutComplaint) {

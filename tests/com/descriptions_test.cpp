@@ -49,6 +49,13 @@ TEST(InterfaceText, HasMembersWithIdentifiersTypesAndDefaults) {
     EXPECT_TRUE(contains(text, "[in] _CErrore * rhs"));
 }
 
+TEST(InterfaceText, HelpsWithTheFirstSentenceOfTheDocumentation) {
+    const std::string text = interfaceText(typeLibraries().front());
+    EXPECT_TRUE(contains(
+        text, "helpstring(\"Legge il primo record di una query in una stringa propriet\xE0.\")]"));
+    EXPECT_TRUE(contains(text, "helpstring(\"D\xE0 il nome di un mese.\")]"));
+}
+
 TEST(InterfaceText, IsInTheCodePageOfTheCompiler) {
     EXPECT_FALSE(contains(interfaceText(typeLibraries().front()), "\xC2\xB0"));
 }

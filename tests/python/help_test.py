@@ -1,12 +1,23 @@
 """What help(), dir(), repr() and completion show, all of it from the catalogue."""
 
 import inspect
+import os
 import pydoc
 import rlcompleter
 import unittest
 
-import kaputil
-from support import ItalianTest, connection
+os.environ["KAPUTIL_LOCALE"] = "en-GB"  # of what is documented when the package is imported
+
+import kaputil  # noqa: E402
+from support import ItalianTest, connection  # noqa: E402
+
+
+class EnglishTest(ItalianTest):
+    """A test under the English locale, in whose language classes are documented when they are first used."""
+
+    def setUp(self):
+        super().setUp()
+        kaputil.set_locale("en-GB")
 
 
 def shown(subject):
@@ -14,7 +25,7 @@ def shown(subject):
     return pydoc.plain(pydoc.render_doc(subject))
 
 
-class Objects(ItalianTest):
+class Objects(EnglishTest):
     def test_they_show_their_class(self):
         self.assertEqual(repr(kaputil.Dispatch("KapUtil.CProprieta")), "<kaputil CProprieta>")
         self.assertEqual(repr(kaputil.OpenRecordset("SELECT 1 AS A", connection()).Fields), "<kaputil Fields>")
@@ -31,21 +42,29 @@ class Objects(ItalianTest):
                          "(self, Source: Any = Ellipsis, ActiveConnection: Any = Ellipsis, CursorType: int = -1, "
                          "LockType: int = -1, Options: int = -1) -> None")
 
-    def test_methods_are_documented_with_types_and_errors(self):
+    def test_methods_are_documented_with_parameters_errors_and_an_example(self):
         bag = kaputil.Dispatch("KapUtil.CProprieta")
-        self.assertEqual(bag.Scrivi.__doc__, "\n".join([
-            "Sets a property; with an empty name the whole text.",
+        self.assertEqual(bag.Elimina.__doc__, "\n".join([
+            "Removes a property, its tags with its value.",
+            "",
+            "Only the first property of that name goes; when there is none nothing happens.",
             "",
             "sNomeProprieta: String, by reference",
-            "sValore: Variant, by reference",
+            "    The name, in any case. It is only read.",
             "",
-            "Errors: 5 when the property is opened and not closed; 94 for Null with an empty name.",
+            "Example",
+            '    p.Scrivi("A", 1)',
+            '    p.Scrivi("B", 2)',
+            '    p.Elimina("a")',
+            "    print(p.Leggi())  # <B>2</B>",
         ]))
+        for part in ('    94: The name is empty and the value Null.', '        "": the value becomes the whole property string'):
+            self.assertIn(part, bag.Scrivi.__doc__)
 
     def test_help_shows_signature_and_documentation(self):
         text = shown(kaputil.Dispatch("KapUtil.CProprieta").Scrivi)
         self.assertIn("Scrivi(sNomeProprieta: str, sValore: Any) -> None method of kaputil.classes.CProprieta", text)
-        self.assertIn("Sets a property; with an empty name the whole text.", text)
+        self.assertIn("Sets a property, or the whole text when the name is empty.", text)
 
     def test_help_of_an_object_shows_its_class_with_every_member(self):
         text = shown(kaputil.OpenRecordset("SELECT 1 AS A", connection()))
@@ -60,7 +79,7 @@ class Objects(ItalianTest):
         self.assertEqual([word.rstrip("()") for word in found], ["rows.EOF", "rows.EditMode"])
 
 
-class Package(ItalianTest):
+class Package(EnglishTest):
     def test_its_directory_holds_the_global_members(self):
         for name in ("KapRound", "Errore", "Dispatch", "AutomationError", "kaHBarra", "classes"):
             self.assertIn(name, dir(kaputil))
@@ -75,7 +94,7 @@ class Package(ItalianTest):
             self.assertEqual(getattr(kaputil, name).__module__, "kaputil")
 
 
-class Classes(ItalianTest):
+class Classes(EnglishTest):
     def test_every_class_of_the_catalogue_is_there_and_those_that_members_give(self):
         for name in ("CErrore", "CProprieta", "IClassi", "StdFunctions", "Connection", "Recordset", "Fields", "Field"):
             self.assertIn(name, dir(kaputil.classes))

@@ -55,23 +55,21 @@ struct MemberDescription {
     std::vector<ParameterDescription> parameters;
     VarType result = VarType::Empty;       // Empty: a method without result
     ClassReference resultClass = nullptr;  // of an Object; null when it may be any object
-    String summary;
-    String errors;  // what it raises and when, beyond what converting the arguments raises
     MemberCall method = nullptr;
     MemberCall get = nullptr;
     MemberCall let = nullptr;
     MemberCall set = nullptr;
 };
 
-// Everything the library tells about one of its classes. Dispatch, the command line's object
-// browser and every other list of members read this table; nothing repeats it.
+// The shape of one of the library's classes. Dispatch, the command line's object browser and every
+// other list of members read this table; nothing repeats it. What the members are for is told by
+// <kaputil/catalogue/documentation.hpp>.
 class KAPUTIL_EXPORT ClassDescription {
 public:
     String name;
     String classId;      // lower-case text of the identity, without braces
     String interfaceId;  // of the class's only interface, named "_" + name
     Instancing instancing = Instancing::Creatable;
-    String summary;
     std::vector<MemberDescription> members;  // in interface order
     Ref<Object> (*create)() = nullptr;
     ClassReference events = nullptr;  // the interface of its events; null when it raises none

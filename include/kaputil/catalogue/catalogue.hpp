@@ -34,7 +34,6 @@ struct PublishedClass {
     String interfaceId;
     Instancing instancing = Instancing::Creatable;
     String defaultMember;  // empty: none
-    String summary;
     const ClassDescription* description = nullptr;
 };
 // Every class, in the order of the type library.

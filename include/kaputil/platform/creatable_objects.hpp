@@ -39,6 +39,10 @@ namespace platform {
 // client. Empty where the host has them.
 [[nodiscard]] KAPUTIL_EXPORT std::span<const PlatformClass> hostClasses();
 
+// The classes of the objects that members of these give where any object may come: messages and
+// contacts of the mail client.
+[[nodiscard]] KAPUTIL_EXPORT std::span<const ClassReference> hostObjectClasses();
+
 // A new object of the host by its programmatic name: of the classes above, or of any that is
 // registered there. Null when there is none of that name; raises what its making raises.
 [[nodiscard]] KAPUTIL_EXPORT Ref<Object> createHostObject(std::u16string_view programmaticName);

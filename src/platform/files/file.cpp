@@ -34,25 +34,18 @@ const ClassDescription& File::classDescription() {
     constexpr std::int32_t kReading = static_cast<std::int32_t>(IoMode::Reading);
     static const ClassDescription description =
         ClassBuilder<File>(u"File", u"", u"")
-            .summary(u"A file.")
-            .property<&File::Path>(u"Path", u"Where it is.")
-            .property<&File::Name>(u"Name", u"Its name without the folder.")
-            .property<&File::ParentFolder>(u"ParentFolder", u"The folder it is in.")
-            .property<&File::DateLastModified>(u"DateLastModified", u"When it was last changed.")
-            .property<&File::Size>(u"Size", u"Its length in bytes.")
-            .method<&File::Delete>(u"Delete", {Parameter(u"Force").otherwise(false)},
-                                   u"Removes it.")
+            .property<&File::Path>(u"Path")
+            .property<&File::Name>(u"Name")
+            .property<&File::ParentFolder>(u"ParentFolder")
+            .property<&File::DateLastModified>(u"DateLastModified")
+            .property<&File::Size>(u"Size")
+            .method<&File::Delete>(u"Delete", {Parameter(u"Force").otherwise(false)})
             .method<&File::Copy>(u"Copy",
-                                 {u"Destination", Parameter(u"OverWriteFiles").otherwise(true)},
-                                 u"Copies it.")
-            .raises(u"58 when the copy is there and not to be overwritten.")
-            .method<&File::Move>(u"Move", {u"Destination"}, u"Moves it.")
-            .raises(u"58 when the destination is there.")
-            .method<&File::OpenAsTextStream>(
-                u"OpenAsTextStream",
-                {Parameter(u"IOMode").otherwise(kReading),
-                 Parameter(u"Format").otherwise(std::int32_t{0})},
-                u"Opens it as text: 1 to read, 2 to write, 8 to append.")
+                                 {u"Destination", Parameter(u"OverWriteFiles").otherwise(true)})
+            .method<&File::Move>(u"Move", {u"Destination"})
+            .method<&File::OpenAsTextStream>(u"OpenAsTextStream",
+                                             {Parameter(u"IOMode").otherwise(kReading),
+                                              Parameter(u"Format").otherwise(std::int32_t{0})})
             .build(u"Path");
     return description;
 }

@@ -48,58 +48,32 @@ const ClassDescription& FileSystemObject::classDescription() {
     constexpr std::int32_t kReading = static_cast<std::int32_t>(IoMode::Reading);
     static const ClassDescription description =
         ClassBuilder<FileSystemObject>(u"FileSystemObject", u"", u"")
-            .summary(u"Files and folders by name.")
-            .method<&FileSystemObject::BuildPath>(u"BuildPath", {u"Path", u"Name"},
-                                                  u"A path with a name behind it.")
-            .method<&FileSystemObject::GetAbsolutePathName>(u"GetAbsolutePathName", {u"Path"},
-                                                            u"A path from its root.")
-            .method<&FileSystemObject::GetBaseName>(u"GetBaseName", {u"Path"},
-                                                    u"The last name without its extension.")
-            .method<&FileSystemObject::GetExtensionName>(u"GetExtensionName", {u"Path"},
-                                                         u"What follows the last name's point.")
-            .method<&FileSystemObject::GetFileName>(u"GetFileName", {u"Path"},
-                                                    u"The last name of a path.")
-            .method<&FileSystemObject::GetParentFolderName>(u"GetParentFolderName", {u"Path"},
-                                                            u"A path without its last name.")
-            .method<&FileSystemObject::FileExists>(u"FileExists", {u"FileSpec"},
-                                                   u"Whether there is such a file.")
-            .method<&FileSystemObject::FolderExists>(u"FolderExists", {u"FolderSpec"},
-                                                     u"Whether there is such a folder.")
-            .method<&FileSystemObject::GetFile>(u"GetFile", {u"FilePath"}, u"A file.")
-            .raises(u"53 when it is not there.")
-            .method<&FileSystemObject::GetFolder>(u"GetFolder", {u"FolderPath"}, u"A folder.")
-            .raises(u"76 when it is not there.")
+            .method<&FileSystemObject::BuildPath>(u"BuildPath", {u"Path", u"Name"})
+            .method<&FileSystemObject::GetAbsolutePathName>(u"GetAbsolutePathName", {u"Path"})
+            .method<&FileSystemObject::GetBaseName>(u"GetBaseName", {u"Path"})
+            .method<&FileSystemObject::GetExtensionName>(u"GetExtensionName", {u"Path"})
+            .method<&FileSystemObject::GetFileName>(u"GetFileName", {u"Path"})
+            .method<&FileSystemObject::GetParentFolderName>(u"GetParentFolderName", {u"Path"})
+            .method<&FileSystemObject::FileExists>(u"FileExists", {u"FileSpec"})
+            .method<&FileSystemObject::FolderExists>(u"FolderExists", {u"FolderSpec"})
+            .method<&FileSystemObject::GetFile>(u"GetFile", {u"FilePath"})
+            .method<&FileSystemObject::GetFolder>(u"GetFolder", {u"FolderPath"})
             .method<&FileSystemObject::CreateTextFile>(
-                u"CreateTextFile",
-                {u"FileName", Parameter(u"Overwrite").otherwise(true),
-                 Parameter(u"Unicode").otherwise(false)},
-                u"Makes an empty text file to write.")
-            .raises(u"58 when it is there and not to be overwritten; 76 without its folder.")
+                u"CreateTextFile", {u"FileName", Parameter(u"Overwrite").otherwise(true),
+                                    Parameter(u"Unicode").otherwise(false)})
             .method<&FileSystemObject::OpenTextFile>(
-                u"OpenTextFile",
-                {u"FileName", Parameter(u"IOMode").otherwise(kReading),
-                 Parameter(u"Create").otherwise(false),
-                 Parameter(u"Format").otherwise(std::int32_t{0})},
-                u"Opens a text file: 1 to read, 2 to write, 8 to append.")
-            .raises(u"53 when it is not there and not to be made; 5 for another mode.")
-            .method<&FileSystemObject::CreateFolder>(u"CreateFolder", {u"Path"}, u"Makes a folder.")
-            .raises(u"58 when it is there.")
+                u"OpenTextFile", {u"FileName", Parameter(u"IOMode").otherwise(kReading),
+                                  Parameter(u"Create").otherwise(false),
+                                  Parameter(u"Format").otherwise(std::int32_t{0})})
+            .method<&FileSystemObject::CreateFolder>(u"CreateFolder", {u"Path"})
             .method<&FileSystemObject::DeleteFile>(
-                u"DeleteFile", {u"FileSpec", Parameter(u"Force").otherwise(false)},
-                u"Removes a file.")
-            .raises(u"53 when it is not there.")
+                u"DeleteFile", {u"FileSpec", Parameter(u"Force").otherwise(false)})
             .method<&FileSystemObject::DeleteFolder>(
-                u"DeleteFolder", {u"FolderSpec", Parameter(u"Force").otherwise(false)},
-                u"Removes a folder with everything in it.")
-            .raises(u"76 when it is not there.")
+                u"DeleteFolder", {u"FolderSpec", Parameter(u"Force").otherwise(false)})
             .method<&FileSystemObject::CopyFile>(
                 u"CopyFile",
-                {u"Source", u"Destination", Parameter(u"OverWriteFiles").otherwise(true)},
-                u"Copies a file.")
-            .raises(u"53 when it is not there; 58 when the copy is and not to be overwritten.")
-            .method<&FileSystemObject::MoveFile>(u"MoveFile", {u"Source", u"Destination"},
-                                                 u"Moves a file.")
-            .raises(u"53 when it is not there; 58 when the destination is.")
+                {u"Source", u"Destination", Parameter(u"OverWriteFiles").otherwise(true)})
+            .method<&FileSystemObject::MoveFile>(u"MoveFile", {u"Source", u"Destination"})
             .build();
     return description;
 }

@@ -33,9 +33,8 @@ FolderEntries::FolderEntries(fs::path folder, Kind kind)
 const ClassDescription& FolderEntries::classDescription() {
     static const ClassDescription description =
         ClassBuilder<FolderEntries>(u"FolderEntries", u"", u"")
-            .summary(u"The files of a folder, or the folders in it.")
-            .property<&FolderEntries::Item>(u"Item", u"The one with a name.", {u"Key"})
-            .property<&FolderEntries::Count>(u"Count", u"How many there are.")
+            .property<&FolderEntries::Item>(u"Item", {u"Key"})
+            .property<&FolderEntries::Count>(u"Count")
             .build(u"Item");
     return description;
 }
@@ -91,16 +90,14 @@ Folder::Folder(fs::path path) : path_(std::move(path)) {}
 const ClassDescription& Folder::classDescription() {
     static const ClassDescription description =
         ClassBuilder<Folder>(u"Folder", u"", u"")
-            .summary(u"A folder.")
-            .property<&Folder::Path>(u"Path", u"Where it is.")
-            .property<&Folder::Name>(u"Name", u"Its name without the folder it is in.")
-            .property<&Folder::ParentFolder>(u"ParentFolder", u"The folder it is in.")
-            .property<&Folder::IsRootFolder>(u"IsRootFolder", u"Whether it is in no other.")
-            .property<&Folder::DateLastModified>(u"DateLastModified", u"When it was last changed.")
-            .property<&Folder::Files>(u"Files", u"Its files.")
-            .property<&Folder::SubFolders>(u"SubFolders", u"The folders in it.")
-            .method<&Folder::Delete>(u"Delete", {Parameter(u"Force").otherwise(false)},
-                                     u"Removes it with everything in it.")
+            .property<&Folder::Path>(u"Path")
+            .property<&Folder::Name>(u"Name")
+            .property<&Folder::ParentFolder>(u"ParentFolder")
+            .property<&Folder::IsRootFolder>(u"IsRootFolder")
+            .property<&Folder::DateLastModified>(u"DateLastModified")
+            .property<&Folder::Files>(u"Files")
+            .property<&Folder::SubFolders>(u"SubFolders")
+            .method<&Folder::Delete>(u"Delete", {Parameter(u"Force").otherwise(false)})
             .build(u"Path");
     return description;
 }

@@ -12,12 +12,9 @@ namespace kap::platform::mail {
 const ClassDescription& Namespace::classDescription() {
     static const ClassDescription description =
         ClassBuilder<Namespace>(u"NameSpace", u"", u"")
-            .summary(u"The stores of the user's contacts.")
             .instancing(Instancing::NotCreatable)
-            .property<&Namespace::Folders>(u"Folders", u"The stores.")
-            .method<&Namespace::GetDefaultFolder>(u"GetDefaultFolder", {u"FolderType"},
-                                                  u"The folder of contacts (10).")
-            .raises(u"5 for any other folder.")
+            .property<&Namespace::Folders>(u"Folders")
+            .method<&Namespace::GetDefaultFolder>(u"GetDefaultFolder", {u"FolderType"})
             .build();
     return description;
 }
@@ -37,13 +34,8 @@ Ref<MailFolder> Namespace::GetDefaultFolder(std::int32_t folderType) {
 const ClassDescription& Application::classDescription() {
     static const ClassDescription description =
         ClassBuilder<Application>(u"Application", u"", u"")
-            .summary(u"The mail client: contacts in folders, messages as drafts.")
-            .method<&Application::GetNamespace>(u"GetNamespace", {u"Type"},
-                                                u"The stores of the user's contacts (MAPI).")
-            .raises(u"5 for any other name.")
-            .method<&Application::CreateItem>(u"CreateItem", {u"ItemType"},
-                                              u"A new message (0) or contact (2).")
-            .raises(u"5 for any other item.")
+            .method<&Application::GetNamespace>(u"GetNamespace", {u"Type"})
+            .method<&Application::CreateItem>(u"CreateItem", {u"ItemType"})
             .build();
     return description;
 }

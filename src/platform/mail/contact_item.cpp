@@ -54,30 +54,25 @@ std::optional<ContactField> contactFieldNamed(std::u16string_view name) {
 ContactItem::ContactItem(fs::path file, Card card)
     : file_(std::move(file)), card_(std::move(card)) {}
 
-#define KAP_FIELD(name, Field, text)                                                               \
-    property<&ContactItem::get<ContactField::Field>, &ContactItem::let<ContactField::Field>>(name, \
-                                                                                             text)
+#define KAP_FIELD(name, Field) \
+    property<&ContactItem::get<ContactField::Field>, &ContactItem::let<ContactField::Field>>(name)
 
 const ClassDescription& ContactItem::classDescription() {
     static const ClassDescription description =
         ClassBuilder<ContactItem>(u"ContactItem", u"", u"")
-            .summary(u"A contact.")
             .instancing(Instancing::NotCreatable)
-            .KAP_FIELD(u"CustomerID", CustomerId, u"The key that a program gave it.")
-            .KAP_FIELD(u"Email1Address", Email, u"The e-mail address.")
-            .KAP_FIELD(u"FirstName", FirstName, u"The first name.")
-            .KAP_FIELD(u"LastName", LastName, u"The surname.")
-            .KAP_FIELD(u"CompanyName", Company, u"The company.")
-            .KAP_FIELD(u"HomeTelephoneNumber", HomePhone, u"The telephone number.")
-            .KAP_FIELD(u"HomeAddress", HomeAddress, u"The address.")
-            .KAP_FIELD(u"GovernmentIDNumber", GovernmentId, u"A code of the contact's.")
-            .KAP_FIELD(u"FileAs", FileAs, u"The name it is filed and shown by.")
-            .method<&ContactItem::Move>(u"Move", {u"DestFldr"}, u"Puts it into another folder.")
-            .raises(u"13 for an object that is no folder.")
-            .method<&ContactItem::Save>(u"Save", {}, u"Keeps what was assigned.")
-            .raises(u"The errors of files.")
-            .method<&ContactItem::Delete>(u"Delete", {}, u"Removes it.")
-            .raises(u"53 when it is not there any more.")
+            .KAP_FIELD(u"CustomerID", CustomerId)
+            .KAP_FIELD(u"Email1Address", Email)
+            .KAP_FIELD(u"FirstName", FirstName)
+            .KAP_FIELD(u"LastName", LastName)
+            .KAP_FIELD(u"CompanyName", Company)
+            .KAP_FIELD(u"HomeTelephoneNumber", HomePhone)
+            .KAP_FIELD(u"HomeAddress", HomeAddress)
+            .KAP_FIELD(u"GovernmentIDNumber", GovernmentId)
+            .KAP_FIELD(u"FileAs", FileAs)
+            .method<&ContactItem::Move>(u"Move", {u"DestFldr"})
+            .method<&ContactItem::Save>(u"Save")
+            .method<&ContactItem::Delete>(u"Delete")
             .build();
     return description;
 }

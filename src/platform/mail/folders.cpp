@@ -52,13 +52,11 @@ Filter filterOf(const String& text) {
 MailFolder::MailFolder(fs::path path) : path_(std::move(path)) {}
 
 const ClassDescription& MailFolder::classDescription() {
-    static const ClassDescription description =
-        ClassBuilder<MailFolder>(u"MAPIFolder", u"", u"")
-            .summary(u"A folder of contacts.")
-            .property<&MailFolder::Name>(u"Name", u"Its name.")
-            .property<&MailFolder::Folders>(u"Folders", u"The folders in it.")
-            .property<&MailFolder::Items>(u"Items", u"Its contacts.")
-            .build(u"Name");
+    static const ClassDescription description = ClassBuilder<MailFolder>(u"MAPIFolder", u"", u"")
+                                                    .property<&MailFolder::Name>(u"Name")
+                                                    .property<&MailFolder::Folders>(u"Folders")
+                                                    .property<&MailFolder::Items>(u"Items")
+                                                    .build(u"Name");
     return description;
 }
 
@@ -77,15 +75,11 @@ Ref<ItemList> MailFolder::Items() {
 FolderList::FolderList(fs::path path) : path_(std::move(path)) {}
 
 const ClassDescription& FolderList::classDescription() {
-    static const ClassDescription description =
-        ClassBuilder<FolderList>(u"Folders", u"", u"")
-            .summary(u"The folders in a folder, or the stores.")
-            .property<&FolderList::Count>(u"Count", u"How many there are.")
-            .method<&FolderList::Item>(u"Item", {u"Index"}, u"One by name or position from 1.")
-            .raises(u"76 when it is not there; 9 for a position out of range.")
-            .method<&FolderList::Add>(u"Add", {u"Name"}, u"Makes one.")
-            .raises(u"58 when it is there; 52 for a name that it cannot have.")
-            .build(u"Item");
+    static const ClassDescription description = ClassBuilder<FolderList>(u"Folders", u"", u"")
+                                                    .property<&FolderList::Count>(u"Count")
+                                                    .method<&FolderList::Item>(u"Item", {u"Index"})
+                                                    .method<&FolderList::Add>(u"Add", {u"Name"})
+                                                    .build(u"Item");
     return description;
 }
 
@@ -122,16 +116,11 @@ std::vector<Variant> FolderList::elements() {
 ItemList::ItemList(fs::path folder) : folder_(std::move(folder)) {}
 
 const ClassDescription& ItemList::classDescription() {
-    static const ClassDescription description =
-        ClassBuilder<ItemList>(u"Items", u"", u"")
-            .summary(u"The contacts of a folder.")
-            .property<&ItemList::Count>(u"Count", u"How many there are.")
-            .method<&ItemList::Item>(u"Item", {u"Index"}, u"One by position from 1.")
-            .raises(u"9 for a position out of range.")
-            .method<&ItemList::Find>(u"Find", {u"Filter"},
-                                     u"The first for which \"[Field] = value\" is true.")
-            .raises(u"5 for a filter that is none.")
-            .build(u"Item");
+    static const ClassDescription description = ClassBuilder<ItemList>(u"Items", u"", u"")
+                                                    .property<&ItemList::Count>(u"Count")
+                                                    .method<&ItemList::Item>(u"Item", {u"Index"})
+                                                    .method<&ItemList::Find>(u"Find", {u"Filter"})
+                                                    .build(u"Item");
     return description;
 }
 

@@ -13,11 +13,9 @@ namespace kap::platform::mail {
 const ClassDescription& AttachmentList::classDescription() {
     static const ClassDescription description =
         ClassBuilder<AttachmentList>(u"Attachments", u"", u"")
-            .summary(u"The files that go with a message.")
             .instancing(Instancing::NotCreatable)
-            .property<&AttachmentList::Count>(u"Count", u"How many there are.")
-            .method<&AttachmentList::Add>(u"Add", {u"Source"}, u"Adds a file.")
-            .raises(u"53 when it is not there.")
+            .property<&AttachmentList::Count>(u"Count")
+            .method<&AttachmentList::Add>(u"Add", {u"Source"})
             .build();
     return description;
 }
@@ -38,16 +36,13 @@ void AttachmentList::Add(const String& source) {
 const ClassDescription& MailItem::classDescription() {
     static const ClassDescription description =
         ClassBuilder<MailItem>(u"MailItem", u"", u"")
-            .summary(u"A message in the making.")
             .instancing(Instancing::NotCreatable)
-            .property<&MailItem::To, &MailItem::setTo>(u"To", u"The addresses it goes to.")
-            .property<&MailItem::Subject, &MailItem::setSubject>(u"Subject", u"What it is about.")
-            .property<&MailItem::Body, &MailItem::setBody>(u"Body", u"The body as plain text.")
-            .property<&MailItem::HTMLBody, &MailItem::setHTMLBody>(u"HTMLBody",
-                                                                   u"The body as HTML.")
-            .property<&MailItem::Attachments>(u"Attachments", u"The files that go with it.")
-            .method<&MailItem::Display>(u"Display", {}, u"Shows it in the user's mail program.")
-            .raises(u"The errors of files.")
+            .property<&MailItem::To, &MailItem::setTo>(u"To")
+            .property<&MailItem::Subject, &MailItem::setSubject>(u"Subject")
+            .property<&MailItem::Body, &MailItem::setBody>(u"Body")
+            .property<&MailItem::HTMLBody, &MailItem::setHTMLBody>(u"HTMLBody")
+            .property<&MailItem::Attachments>(u"Attachments")
+            .method<&MailItem::Display>(u"Display")
             .build();
     return description;
 }

@@ -13,6 +13,10 @@ std::span<const PlatformClass> hostClasses() {
     return {};
 }
 
+std::span<const ClassReference> hostObjectClasses() {
+    return {};
+}
+
 Ref<Object> createHostObject(std::u16string_view programmaticName) {
     CLSID identity{};
     if (FAILED(CLSIDFromProgID(wide(std::u16string(programmaticName)), &identity))) {

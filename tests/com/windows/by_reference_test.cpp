@@ -54,26 +54,25 @@ public:
 const ClassDescription& Probe::classDescription() {
     static const ClassDescription description =
         ClassBuilder<Probe>(u"Probe", u"", u"")
-            .method<&Probe::AByte>(u"AByte", {Parameter(u"v").otherwise(std::uint8_t{0})}, u"")
-            .method<&Probe::AnInteger>(u"AnInteger", {Parameter(u"v").otherwise(std::int16_t{0})},
-                                       u"")
-            .method<&Probe::ALong>(u"ALong", {Parameter(u"v").otherwise(std::int32_t{0})}, u"")
-            .method<&Probe::ASingle>(u"ASingle", {Parameter(u"v").otherwise(0.0F)}, u"")
-            .method<&Probe::ADouble>(u"ADouble", {Parameter(u"v").otherwise(0.0)}, u"")
-            .method<&Probe::ACurrency>(u"ACurrency", {Parameter(u"v").otherwise(Currency{})}, u"")
-            .method<&Probe::ADate>(u"ADate", {Parameter(u"v").otherwise(Date{})}, u"")
-            .method<&Probe::AText>(u"AText", {Parameter(u"v").otherwise(u"")}, u"")
-            .method<&Probe::ABoolean>(u"ABoolean", {Parameter(u"v").otherwise(false)}, u"")
-            .method<&Probe::AnObject>(u"AnObject", {Parameter(u"v").otherwise(Ref<Object>())}, u"")
-            .method<&Probe::AVariant>(u"AVariant", {Parameter(u"v").otherwise(u"")}, u"")
-            .method<&Probe::Untouched>(u"Untouched", {Parameter(u"v").otherwise(u"")}, u"")
-            .method<&Probe::First>(u"First", {u"a", u"b"}, u"")
-            .method<&Probe::Many>(
-                u"Many", {u"a", u"b", u"c", u"d", u"e", u"f", u"g", u"h", u"i", u"last"}, u"")
-            .method<&Probe::ThenFails>(u"ThenFails", {u"v"}, u"")
-            .method<&Probe::ThenFailsWithText>(u"ThenFailsWithText", {u"v", u"o"}, u"")
-            .method<&Probe::Both>(u"Both", {u"v", u"o"}, u"")
-            .method<&Probe::Reads>(u"Reads", {u"v"}, u"")
+            .method<&Probe::AByte>(u"AByte", {Parameter(u"v").otherwise(std::uint8_t{0})})
+            .method<&Probe::AnInteger>(u"AnInteger", {Parameter(u"v").otherwise(std::int16_t{0})})
+            .method<&Probe::ALong>(u"ALong", {Parameter(u"v").otherwise(std::int32_t{0})})
+            .method<&Probe::ASingle>(u"ASingle", {Parameter(u"v").otherwise(0.0F)})
+            .method<&Probe::ADouble>(u"ADouble", {Parameter(u"v").otherwise(0.0)})
+            .method<&Probe::ACurrency>(u"ACurrency", {Parameter(u"v").otherwise(Currency{})})
+            .method<&Probe::ADate>(u"ADate", {Parameter(u"v").otherwise(Date{})})
+            .method<&Probe::AText>(u"AText", {Parameter(u"v").otherwise(u"")})
+            .method<&Probe::ABoolean>(u"ABoolean", {Parameter(u"v").otherwise(false)})
+            .method<&Probe::AnObject>(u"AnObject", {Parameter(u"v").otherwise(Ref<Object>())})
+            .method<&Probe::AVariant>(u"AVariant", {Parameter(u"v").otherwise(u"")})
+            .method<&Probe::Untouched>(u"Untouched", {Parameter(u"v").otherwise(u"")})
+            .method<&Probe::First>(u"First", {u"a", u"b"})
+            .method<&Probe::Many>(u"Many",
+                                  {u"a", u"b", u"c", u"d", u"e", u"f", u"g", u"h", u"i", u"last"})
+            .method<&Probe::ThenFails>(u"ThenFails", {u"v"})
+            .method<&Probe::ThenFailsWithText>(u"ThenFailsWithText", {u"v", u"o"})
+            .method<&Probe::Both>(u"Both", {u"v", u"o"})
+            .method<&Probe::Reads>(u"Reads", {u"v"})
             .build();
     return description;
 }

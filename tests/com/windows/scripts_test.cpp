@@ -43,10 +43,9 @@ class Host final : public DescribedObject {
 public:
     explicit Host(const Module& module) : module_(module) {}
     static const ClassDescription& classDescription() {
-        static const ClassDescription description =
-            ClassBuilder<Host>(u"Host", u"", u"")
-                .method<&Host::Create>(u"Create", {u"name"}, u"")
-                .build();
+        static const ClassDescription description = ClassBuilder<Host>(u"Host", u"", u"")
+                                                        .method<&Host::Create>(u"Create", {u"name"})
+                                                        .build();
         return description;
     }
     [[nodiscard]] const ClassDescription& description() const override {

@@ -168,7 +168,7 @@ TEST_P(TypeLibrary, HasEveryClassWithItsInterface) {
         const auto type = find(one.classId);
         ASSERT_TRUE(type);
         EXPECT_EQ(one.name, textsOf(type.get(), MEMBERID_NIL).name);
-        EXPECT_EQ(one.summary, textsOf(type.get(), MEMBERID_NIL).help);
+        EXPECT_EQ(com::helpOf(*one.description), textsOf(type.get(), MEMBERID_NIL).help);
         const Attributes attributes(type);
         EXPECT_EQ(TKIND_COCLASS, attributes.held->typekind);
         const WORD flags = attributes.held->wTypeFlags;
@@ -213,7 +213,7 @@ void expectMembers(const Pointer<ITypeInfo>& type, const String& name,
             const Function function(type, own[next++]);
             const Texts texts = textsOf(type.get(), function.held->memid);
             EXPECT_EQ(member.name, texts.name);
-            EXPECT_EQ(member.summary, texts.help) << place.utf8();
+            EXPECT_EQ(com::helpOf(description, member), texts.help) << place.utf8();
             EXPECT_EQ(member.dispatchId, function.held->memid) << place.utf8();
             EXPECT_EQ(kind, function.held->invkind) << place.utf8();
             const bool assigns = kind != INVOKE_FUNC && kind != INVOKE_PROPERTYGET;

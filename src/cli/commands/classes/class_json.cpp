@@ -1,6 +1,7 @@
 #include "cli/commands/classes/class_json.hpp"
 
 #include "cli/commands/classes/member_text.hpp"
+#include "cli/commands/classes/page_words.hpp"
 #include "cli/output/value_text.hpp"
 
 namespace kap::cli {
@@ -24,18 +25,18 @@ Json libraryJson() {
 }
 
 // What is told of a class wherever it is named.
-Json headOf(const ShownClass& shown) {
+Json headOf(const ShownClass& shown, Language language) {
     return {{"name", shown.name},
             {"programmaticName", shown.programmaticName},
             {"classId", shown.classId},
             {"interface", {{"name", shown.interfaceName}, {"id", shown.interfaceId}}},
             {"instancing", instancingText(shown.instancing)},
             {"defaultMember", orNull(shown.defaultMember)},
-            {"summary", shown.summary}};
+            {"summary", summaryOf(*shown.members, documentationLanguage(language))}};
 }
 
-Json listed(const ShownClass& shown) {
-    Json json = headOf(shown);
+Json listed(const ShownClass& shown, Language language) {
+    Json json = headOf(shown, language);
     json["members"] = shown.members->members.size();
     return json;
 }
@@ -51,7 +52,37 @@ Json parameterJson(const ParameterDescription& parameter) {
     return json;
 }
 
-Json describe(const MemberDescription& member) {
+Json valuesJson(const std::vector<DocumentedValue>& values) {
+    Json json = Json::array();
+    for (const DocumentedValue& value : values) {
+        json.push_back({{"value", value.value}, {"text", value.text}});
+    }
+    return json;
+}
+
+Json documentationJson(const Documentation* documentation) {
+    if (documentation == nullptr) {
+        return {};
+    }
+    Json parameters = Json::object();
+    for (const DocumentedParameter& parameter : documentation->parameters) {
+        parameters[parameter.name] = {{"text", parameter.text},
+                                      {"values", valuesJson(parameter.values)}};
+    }
+    Json errors = Json::array();
+    for (const DocumentedError& error : documentation->errors) {
+        errors.push_back(
+            {{"number", error.number ? Json(*error.number) : Json()}, {"text", error.text}});
+    }
+    return {{"paragraphs", documentation->paragraphs},
+            {"parameters", std::move(parameters)},
+            {"result", orNull(documentation->result)},
+            {"values", valuesJson(documentation->values)},
+            {"errors", std::move(errors)},
+            {"example", orNull(documentation->example)}};
+}
+
+Json describe(const ShownClass& shown, const MemberDescription& member, Language language) {
     Json parameters = Json::array();
     for (const ParameterDescription& parameter : member.parameters) {
         parameters.push_back(parameterJson(parameter));
@@ -65,16 +96,17 @@ Json describe(const MemberDescription& member) {
             {"default", member.dispatchId == kDefaultMember},
             {"parameters", std::move(parameters)},
             {"result", member.result == VarType::Empty ? Json() : Json(typeName(member.result))},
-            {"summary", member.summary.utf8()},
-            {"errors", orNull(member.errors.utf8())}};
+            {"summary", summaryOf(*shown.members, member, documentationLanguage(language))},
+            {"documentation", documentationJson(documentationOf(*shown.members, member,
+                                                                documentationLanguage(language)))}};
 }
 
 }  // namespace
 
-Json catalogueJson() {
+Json catalogueJson(Language language) {
     Json classes = Json::array();
     for (const ShownClass& shown : libraryClasses()) {
-        classes.push_back(listed(shown));
+        classes.push_back(listed(shown, language));
     }
     Json enumerations = Json::array();
     for (const EnumerationDescription& enumeration : publishedEnumerations()) {
@@ -82,7 +114,7 @@ Json catalogueJson() {
     }
     Json platform = Json::array();
     for (const ShownClass& shown : platformClassList()) {
-        platform.push_back(listed(shown));
+        platform.push_back(listed(shown, language));
     }
     return {{"library", libraryJson()},
             {"classes", std::move(classes)},
@@ -90,18 +122,23 @@ Json catalogueJson() {
             {"platform", std::move(platform)}};
 }
 
-Json classJson(const ShownClass& shown) {
-    Json json = headOf(shown);
+Json classJson(const ShownClass& shown, Language language) {
+    Json json = headOf(shown, language);
+    const ClassDocumentation* documentation =
+        documentationOf(*shown.members, documentationLanguage(language));
+    json["documentation"] =
+        documentationJson(documentation == nullptr ? nullptr : &documentation->itself);
+    json["setup"] = orNull(documentation == nullptr ? std::string() : documentation->setup);
     json["members"] = Json::array();
     for (const MemberDescription& member : shown.members->members) {
-        json["members"].push_back(describe(member));
+        json["members"].push_back(describe(shown, member, language));
     }
     return json;
 }
 
-Json memberJson(const ShownClass& shown, const MemberDescription& member) {
+Json memberJson(const ShownClass& shown, const MemberDescription& member, Language language) {
     Json json = {{"class", shown.programmaticName}};
-    json.update(describe(member));
+    json.update(describe(shown, member, language));
     return json;
 }
 

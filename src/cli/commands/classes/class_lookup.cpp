@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include <kaputil/catalogue/documentation.hpp>
+
 #include "base/ascii.hpp"
 #include "cli/names.hpp"
 
@@ -20,7 +22,6 @@ std::vector<ShownClass> makeLibraryClasses() {
         shown.interfaceId = published.interfaceId.utf8();
         shown.instancing = published.instancing;
         shown.defaultMember = published.defaultMember.utf8();
-        shown.summary = published.summary.utf8();
         shown.members = published.description;
         classes.push_back(std::move(shown));
     }
@@ -32,20 +33,38 @@ std::string defaultMemberOf(const ClassDescription& description) {
     return member == nullptr ? std::string() : member->name.utf8();
 }
 
+ShownClass shownAs(const ClassDescription& description, const String& programmaticName) {
+    ShownClass shown;
+    shown.programmaticName = programmaticName.utf8();
+    shown.name = description.name.utf8();
+    shown.classId = description.classId.utf8();
+    shown.interfaceName = "_" + shown.name;
+    shown.interfaceId = description.interfaceId.utf8();
+    shown.instancing = description.instancing;
+    shown.defaultMember = defaultMemberOf(description);
+    shown.members = &description;
+    return shown;
+}
+
 std::vector<ShownClass> makePlatformClasses() {
     std::vector<ShownClass> classes;
     for (const auto& platform : kap::platformClasses()) {
-        ShownClass shown;
-        shown.programmaticName = platform.programmaticName.utf8();
-        shown.name = platform.description->name.utf8();
-        shown.classId = platform.description->classId.utf8();
-        shown.interfaceName = "_" + shown.name;
-        shown.interfaceId = platform.description->interfaceId.utf8();
-        shown.instancing = platform.description->instancing;
-        shown.defaultMember = defaultMemberOf(*platform.description);
-        shown.summary = platform.description->summary.utf8();
-        shown.members = platform.description;
-        classes.push_back(std::move(shown));
+        classes.push_back(shownAs(*platform.description, platform.programmaticName));
+    }
+    return classes;
+}
+
+bool isListed(const std::vector<ShownClass>& classes, const ClassDescription* description) {
+    return std::ranges::find(classes, description, &ShownClass::members) != classes.end();
+}
+
+std::vector<ShownClass> makeObjectClasses() {
+    std::vector<ShownClass> classes;
+    for (const ClassDescription* description : documentedClasses()) {
+        if (!isListed(libraryClasses(), description) &&
+            !isListed(platformClassList(), description)) {
+            classes.push_back(shownAs(*description, description->name));
+        }
     }
     return classes;
 }
@@ -72,9 +91,17 @@ const std::vector<ShownClass>& platformClassList() {
     return classes;
 }
 
+const std::vector<ShownClass>& objectClasses() {
+    static const std::vector<ShownClass> classes = makeObjectClasses();
+    return classes;
+}
+
 const ShownClass* findClass(std::string_view name) {
     const ShownClass* found = findIn(libraryClasses(), name, /*shortNames=*/true);
-    return found != nullptr ? found : findIn(platformClassList(), name, /*shortNames=*/false);
+    if (found == nullptr) {
+        found = findIn(platformClassList(), name, /*shortNames=*/false);
+    }
+    return found != nullptr ? found : findIn(objectClasses(), name, /*shortNames=*/true);
 }
 
 const EnumerationDescription* findEnumeration(std::string_view name) {

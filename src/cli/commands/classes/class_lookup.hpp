@@ -19,13 +19,14 @@ struct ShownClass {
     std::string interfaceId;
     Instancing instancing = Instancing::Creatable;
     std::string defaultMember;  // empty: none
-    std::string summary;
-    const ClassDescription* members = nullptr;  // null: not written yet
+    const ClassDescription* members = nullptr;
 };
 
 // Every class of the library in the order of its table, and those of the platform.
 [[nodiscard]] const std::vector<ShownClass>& libraryClasses();
 [[nodiscard]] const std::vector<ShownClass>& platformClassList();
+// Those of the objects that members of these take and give, and the interfaces of events.
+[[nodiscard]] const std::vector<ShownClass>& objectClasses();
 
 // A class by its name, with or without its library's in front, or null; an enumeration. Case does
 // not matter.

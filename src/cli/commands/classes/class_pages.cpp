@@ -3,12 +3,15 @@
 #include <algorithm>
 #include <ostream>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
 #include <kaputil/automation/plain_text.hpp>
 
+#include "cli/commands/classes/documentation_text.hpp"
 #include "cli/commands/classes/member_text.hpp"
+#include "cli/commands/classes/page_words.hpp"
 #include "cli/output/shown_text.hpp"
 #include "cli/output/wrapped_text.hpp"
 
@@ -83,44 +86,64 @@ void printLibrary(std::ostream& out, const Terminal& terminal) {
         << about.typeLibraryVersion.utf8() << "; module " << about.moduleName.utf8() << "\n\n";
 }
 
-void printClasses(std::ostream& out, const std::vector<ShownClass>& classes,
+std::string summaryOf(const ShownClass& shown, Language language) {
+    return kap::summaryOf(*shown.members, documentationLanguage(language));
+}
+
+// In a word or two.
+std::string instancingCell(const ShownClass& shown, const PageWords& words) {
+    const std::string_view text = instancingWords(shown.instancing, words);
+    return std::string(text.substr(0, text.find(',')));
+}
+
+void printClasses(std::ostream& out, const std::vector<ShownClass>& classes, Language language,
                   const Terminal& terminal) {
     constexpr std::size_t kMembersColumn = 3;
-    Listing listing({"Class", "Instancing", "Default", "Members", "What it is"});
+    const PageWords& words = pageWords(language);
+    Listing listing({std::string(words.classTitle), std::string(words.instancing),
+                     std::string(words.defaultMember), std::string(words.membersTitle),
+                     std::string(words.whatItIs)});
     for (const ShownClass& shown : classes) {
-        listing.add(
-            {shown.name,
-             shown.instancing == Instancing::Global ? "global" : instancingText(shown.instancing),
-             shown.defaultMember.empty() ? "-" : shown.defaultMember, memberCount(shown),
-             shown.summary});
+        listing.add({shown.name, instancingCell(shown, words),
+                     shown.defaultMember.empty() ? "-" : shown.defaultMember, memberCount(shown),
+                     summaryOf(shown, language)});
     }
     listing.print(out, terminal, kMembersColumn);
 }
 
-void printPlatform(std::ostream& out, const Terminal& terminal) {
+void printOthers(std::ostream& out, std::string_view title, const std::vector<ShownClass>& classes,
+                 Language language, const Terminal& terminal) {
     constexpr std::size_t kMembersColumn = 1;
-    Listing listing({"Also made by name", "Members", "What it is"});
-    for (const ShownClass& shown : platformClassList()) {
-        listing.add({shown.programmaticName, memberCount(shown), shown.summary});
+    const PageWords& words = pageWords(language);
+    Listing listing(
+        {std::string(title), std::string(words.membersTitle), std::string(words.whatItIs)});
+    for (const ShownClass& shown : classes) {
+        listing.add({shown.programmaticName, memberCount(shown), summaryOf(shown, language)});
     }
     listing.print(out, terminal, kMembersColumn);
 }
 
-void printFact(std::ostream& out, const Terminal& terminal, const std::string& name,
+void printFact(std::ostream& out, const Terminal& terminal, std::string_view name,
                const std::string& fact) {
     constexpr std::size_t kNameColumns = 16;
     out << std::string(kIndent, ' ') << terminal.styled(Style::Dim, padded(name, kNameColumns))
         << fact << '\n';
 }
 
-void printFacts(std::ostream& out, const ShownClass& shown, const Terminal& terminal) {
+void printFacts(std::ostream& out, const ShownClass& shown, Language language,
+                const Terminal& terminal) {
+    const PageWords& words = pageWords(language);
     if (!shown.classId.empty()) {  // of the platform's classes only their names are known
-        printFact(out, terminal, "Identity", shown.classId);
-        printFact(out, terminal, "Interface", shown.interfaceName + "  " + shown.interfaceId);
+        printFact(out, terminal, words.identity, shown.classId);
+        printFact(out, terminal, words.interface, shown.interfaceName + "  " + shown.interfaceId);
     }
-    printFact(out, terminal, "Instancing", instancingText(shown.instancing));
-    printFact(out, terminal, "Default member",
-              shown.defaultMember.empty() ? "none" : shown.defaultMember);
+    printFact(out, terminal, words.instancing,
+              std::string(instancingWords(shown.instancing, words)));
+    printFact(out, terminal, words.defaultMember,
+              shown.defaultMember.empty() ? std::string(words.none) : shown.defaultMember);
+    if (shown.members->events != nullptr) {
+        printFact(out, terminal, words.events, shown.members->events().name.utf8());
+    }
 }
 
 // On one line where it fits, otherwise with a line for each parameter.
@@ -145,65 +168,67 @@ void printSignature(std::ostream& out, const MemberDescription& member, const Te
         << terminal.styled(Style::Bold, name) << parameters << result << '\n';
 }
 
-void printText(std::ostream& out, const Terminal& terminal, const std::string& text) {
-    if (!text.empty()) {
-        out << wrapped(shownText(text), kTextIndent, terminal.width());
-    }
-}
-
-void printMemberBody(std::ostream& out, const MemberDescription& member, const Terminal& terminal) {
+void printMemberBody(std::ostream& out, const ShownClass& shown, const MemberDescription& member,
+                     Language language, const Terminal& terminal) {
+    const PageWords& words = pageWords(language);
     printSignature(out, member, terminal);
-    printText(out, terminal, member.summary.utf8());
-    const String& errors = member.errors;
-    printText(out, terminal, errors.empty() ? std::string() : "Errors: " + errors.utf8());
-    const bool isDefault = member.dispatchId == kDefaultMember;
-    out << std::string(kTextIndent, ' ')
-        << terminal.styled(Style::Dim, "Identifier " + hexText(member.dispatchId) +
-                                           (isDefault ? ", the default member" : ""))
-        << '\n';
+    const Documentation* documentation =
+        documentationOf(*shown.members, member, documentationLanguage(language));
+    if (documentation != nullptr) {
+        printDocumentation(out, *documentation, kTextIndent, language, terminal);
+    }
+    std::string identifier = std::string(words.identifier) + " " + hexText(member.dispatchId);
+    if (member.dispatchId == kDefaultMember) {
+        identifier += ", " + std::string(words.isDefault);
+    }
+    out << std::string(kTextIndent, ' ') << terminal.styled(Style::Dim, identifier) << '\n';
 }
 
 }  // namespace
 
-void printCatalogue(std::ostream& out, const Terminal& terminal) {
+void printCatalogue(std::ostream& out, Language language, const Terminal& terminal) {
+    const PageWords& words = pageWords(language);
     printLibrary(out, terminal);
-    printClasses(out, libraryClasses(), terminal);
+    printClasses(out, libraryClasses(), language, terminal);
     for (const EnumerationDescription& enumeration : publishedEnumerations()) {
         out << '\n';
         printEnumeration(out, enumeration, terminal);
     }
     out << '\n';
-    printPlatform(out, terminal);
-    out << '\n'
-        << wrapped(
-               "\"kaputil classes NAME\" shows a class, \"kaputil classes NAME.MEMBER\" one "
-               "member of it.",
-               0, terminal.width());
+    printOthers(out, words.alsoMade, platformClassList(), language, terminal);
+    out << '\n';
+    printOthers(out, words.objects, objectClasses(), language, terminal);
+    out << '\n' << wrapped(words.hint, 0, terminal.width());
 }
 
-void printClass(std::ostream& out, const ShownClass& shown, const Terminal& terminal) {
+void printClass(std::ostream& out, const ShownClass& shown, Language language,
+                const Terminal& terminal) {
+    const PageWords& words = pageWords(language);
+    const ClassDocumentation* documentation =
+        documentationOf(*shown.members, documentationLanguage(language));
     out << terminal.styled(Style::Bold, shown.programmaticName) << '\n';
-    if (!shown.summary.empty()) {
-        out << wrapped(shown.summary, 0, terminal.width());
+    if (documentation != nullptr) {
+        printDocumentation(out, documentation->itself, 0, language, terminal);
+        printScript(out, words.setup, documentation->setup, 0, terminal);
     }
     out << '\n';
-    printFacts(out, shown, terminal);
+    printFacts(out, shown, language, terminal);
     out << '\n';
     if (shown.members->members.empty()) {
-        out << "It has no members.\n";
+        out << words.noMembers << '\n';
         return;
     }
-    out << terminal.styled(Style::Bold, "Members") << '\n';
+    out << terminal.styled(Style::Bold, words.membersTitle) << '\n';
     for (const MemberDescription& member : shown.members->members) {
         out << '\n';
-        printMemberBody(out, member, terminal);
+        printMemberBody(out, shown, member, language, terminal);
     }
 }
 
 void printMember(std::ostream& out, const ShownClass& shown, const MemberDescription& member,
-                 const Terminal& terminal) {
+                 Language language, const Terminal& terminal) {
     out << terminal.styled(Style::Bold, shown.programmaticName + "." + member.name.utf8()) << '\n';
-    printMemberBody(out, member, terminal);
+    printMemberBody(out, shown, member, language, terminal);
 }
 
 void printEnumeration(std::ostream& out, const EnumerationDescription& enumeration,

@@ -3,18 +3,20 @@
 #include <iosfwd>
 
 #include "cli/commands/classes/class_lookup.hpp"
+#include "cli/output/language.hpp"
 #include "cli/output/terminal.hpp"
 
 // The catalogue as people read it; on a terminal lines are cut between words to fit its width.
 namespace kap::cli {
 
 // The library, a line for each class, the enumerations, and what else can be made by name.
-void printCatalogue(std::ostream& out, const Terminal& terminal);
+void printCatalogue(std::ostream& out, Language language, const Terminal& terminal);
 
 // One class with all its members, one member of it, one enumeration with its values.
-void printClass(std::ostream& out, const ShownClass& shown, const Terminal& terminal);
+void printClass(std::ostream& out, const ShownClass& shown, Language language,
+                const Terminal& terminal);
 void printMember(std::ostream& out, const ShownClass& shown, const MemberDescription& member,
-                 const Terminal& terminal);
+                 Language language, const Terminal& terminal);
 void printEnumeration(std::ostream& out, const EnumerationDescription& enumeration,
                       const Terminal& terminal);
 

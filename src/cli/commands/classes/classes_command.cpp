@@ -9,6 +9,7 @@
 #include "cli/commands/classes/class_json.hpp"
 #include "cli/commands/classes/class_lookup.hpp"
 #include "cli/commands/classes/class_pages.hpp"
+#include "cli/commands/classes/reference_pages.hpp"
 #include "cli/names.hpp"
 #include "cli/output/exit_codes.hpp"
 #include "cli/output/terminal.hpp"
@@ -79,23 +80,23 @@ void printNamesBelow(const Named& named) {
     }
 }
 
-void printPageAsJson(const Named& named) {
+void printPageAsJson(const Named& named, Language language) {
     if (named.member != nullptr) {
-        std::cout << memberJson(*named.shown, *named.member).dump(2) << '\n';
+        std::cout << memberJson(*named.shown, *named.member, language).dump(2) << '\n';
     } else if (named.enumeration != nullptr) {
         std::cout << enumerationJson(*named.enumeration).dump(2) << '\n';
     } else {
-        std::cout << classJson(*named.shown).dump(2) << '\n';
+        std::cout << classJson(*named.shown, language).dump(2) << '\n';
     }
 }
 
-void print(const Named& named, const Terminal& terminal) {
+void print(const Named& named, Language language, const Terminal& terminal) {
     if (named.member != nullptr) {
-        printMember(std::cout, *named.shown, *named.member, terminal);
+        printMember(std::cout, *named.shown, *named.member, language, terminal);
     } else if (named.enumeration != nullptr) {
         printEnumeration(std::cout, *named.enumeration, terminal);
     } else {
-        printClass(std::cout, *named.shown, terminal);
+        printClass(std::cout, *named.shown, language, terminal);
     }
 }
 
@@ -103,15 +104,19 @@ void printTable(const ClassesCommand& options) {
     if (options.names) {
         printNames(classNames());
     } else if (options.json) {
-        std::cout << catalogueJson().dump(2) << '\n';
+        std::cout << catalogueJson(options.language).dump(2) << '\n';
     } else {
-        printCatalogue(std::cout, Terminal::ofStandardOutput());
+        printCatalogue(std::cout, options.language, Terminal::ofStandardOutput());
     }
 }
 
 }  // namespace
 
 int ClassesCommand::run() const {
+    if (html) {
+        writeReference(*html);
+        return kSuccess;
+    }
     if (name.empty()) {
         printTable(*this);
         return kSuccess;
@@ -120,9 +125,9 @@ int ClassesCommand::run() const {
     if (names) {
         printNamesBelow(named);
     } else if (json) {
-        printPageAsJson(named);
+        printPageAsJson(named, language);
     } else {
-        print(named, Terminal::ofStandardOutput());
+        print(named, language, Terminal::ofStandardOutput());
     }
     return kSuccess;
 }

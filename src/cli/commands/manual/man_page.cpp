@@ -11,26 +11,6 @@
 namespace kap::cli {
 namespace {
 
-// A text in which nothing is a request: those begin a line, or follow a backslash.
-std::string roff(std::string_view text) {
-    std::string escaped;
-    bool lineBegins = true;
-    for (const char unit : text) {
-        if (lineBegins && (unit == '.' || unit == '\'')) {
-            escaped += "\\&";
-        }
-        lineBegins = unit == '\n';
-        if (unit == '\\') {
-            escaped += "\\e";
-        } else if (unit == '-') {
-            escaped += "\\-";
-        } else {
-            escaped += unit;
-        }
-    }
-    return escaped;
-}
-
 std::string heading(const std::string& name) {
     return ".TH \"" + asciiUpper(name) + "\" 1 \"\" \"" +
            roff((library().description + u" (" + library().fileVersion + u")").utf8()) + "\"\n";
@@ -95,6 +75,25 @@ std::string variableSection() {
 }
 
 }  // namespace
+
+std::string roff(std::string_view text) {
+    std::string escaped;
+    bool lineBegins = true;
+    for (const char unit : text) {
+        if (lineBegins && (unit == '.' || unit == '\'')) {
+            escaped += "\\&";
+        }
+        lineBegins = unit == '\n';
+        if (unit == '\\') {
+            escaped += "\\e";
+        } else if (unit == '-') {
+            escaped += "\\-";
+        } else {
+            escaped += unit;
+        }
+    }
+    return escaped;
+}
 
 std::string manPage(const std::vector<CommandDescription>& commands) {
     std::string page =

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "cli/command.hpp"
@@ -10,5 +11,8 @@ namespace kap::cli {
 // The page on the command line as man reads it, and the one on a command with its actions.
 [[nodiscard]] std::string manPage(const std::vector<CommandDescription>& commands);
 [[nodiscard]] std::string manPage(const CommandDescription& command);
+
+// A text in which nothing is a request: those begin a line, or follow a backslash.
+[[nodiscard]] std::string roff(std::string_view text);
 
 }  // namespace kap::cli

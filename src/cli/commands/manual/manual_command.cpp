@@ -6,6 +6,9 @@
 #include <vector>
 
 #include "cli/command_table.hpp"
+#include "cli/commands/classes/class_lookup.hpp"
+#include "cli/commands/classes/reference_pages.hpp"
+#include "cli/commands/manual/class_man_page.hpp"
 #include "cli/commands/manual/man_page.hpp"
 #include "cli/commands/manual/shell_completion.hpp"
 #include "cli/names.hpp"
@@ -18,16 +21,29 @@ namespace {
 
 void writePage(const std::filesystem::path& folder, const std::string& name,
                const std::string& page) {
-    writeWholeFile((folder / (name + ".1")).string(), [&](std::ostream& out) { out << page; });
+    writeWholeFile((folder / name).string(), [&](std::ostream& out) { out << page; });
 }
 
-void writePages(const std::string& folder, const std::vector<CommandDescription>& commands) {
+void writePages(const std::string& folder, const std::vector<CommandDescription>& commands,
+                Language language) {
     std::error_code error;
     std::filesystem::create_directories(folder, error);
-    writePage(folder, "kaputil", manPage(commands));
+    writePage(folder, "kaputil.1", manPage(commands));
     for (const CommandDescription& command : commands) {
-        writePage(folder, "kaputil-" + command.name, manPage(command));
+        writePage(folder, "kaputil-" + command.name + ".1", manPage(command));
     }
+    for (const ShownClass* shown : pagedClasses()) {
+        writePage(folder, manName(*shown) + ".3", manPage(*shown, language));
+    }
+}
+
+[[noreturn]] void refuseName(const std::string& name,
+                             const std::vector<CommandDescription>& commands) {
+    std::vector<std::string> names = classNames();
+    for (const CommandDescription& command : commands) {
+        names.push_back(command.name);
+    }
+    throw UsageError("there is no command " + name + suggestion(name, names));
 }
 
 }  // namespace
@@ -35,7 +51,7 @@ void writePages(const std::string& folder, const std::vector<CommandDescription>
 int ManualCommand::run() const {
     const std::vector<CommandDescription> commands = allCommands();
     if (folder) {
-        writePages(*folder, commands);
+        writePages(*folder, commands, language);
         return kSuccess;
     }
     if (command.empty()) {
@@ -43,15 +59,13 @@ int ManualCommand::run() const {
         return kSuccess;
     }
     const auto found = std::ranges::find(commands, command, &CommandDescription::name);
-    if (found == commands.end()) {
-        std::vector<std::string> names;
-        names.reserve(commands.size());
-        for (const CommandDescription& each : commands) {
-            names.push_back(each.name);
-        }
-        throw UsageError("there is no command " + command + suggestion(command, names));
+    if (found != commands.end()) {
+        std::cout << manPage(*found);
+    } else if (const ShownClass* shown = findClass(command)) {
+        std::cout << manPage(*shown, language);
+    } else {
+        refuseName(command, commands);
     }
-    std::cout << manPage(*found);
     return kSuccess;
 }
 

@@ -3,14 +3,18 @@
 #include <optional>
 #include <string>
 
+#include "cli/language_option.hpp"
+
 namespace kap::cli {
 
-// `kaputil manual`: the pages for man, made from the table of commands.
+// `kaputil manual`: the pages for man, made from the table of commands and from the classes.
 struct ManualCommand {
-    std::string command;                // "sql"; empty: the page on all of them
+    std::string command;                // "sql", "CSQL"; empty: the page on all commands
     std::optional<std::string> folder;  // writes every page there instead
+    Language language = userLanguage();
 
-    // Prints the page, or writes kaputil.1, kaputil-sql.1 and so on. Throws UsageError.
+    // Prints the page, or writes kaputil.1, kaputil-sql.1, kaputil-CSQL.3 and so on. Throws
+    // UsageError.
     [[nodiscard]] int run() const;
 };
 

@@ -3,23 +3,28 @@
 #include <memory>
 
 #include "cli/commands/manual/manual_command.hpp"
+#include "cli/language_option.hpp"
 
 namespace kap::cli {
 
 CommandDescription manualOptions() {
     const auto manual = std::make_shared<ManualCommand>();
     return {.name = "manual",
-            .summary = "Print the page of the manual on a command.",
+            .summary = "Print the page of the manual on a command or a class.",
             .details =
                 "The page is for man: kaputil manual sql | man -l -\n"
+                "With --folder those on commands are in section 1, those on classes in section 3.\n"
                 "Exit codes: 0 done, 2 wrong usage.",
             .options = {{.name = "COMMAND",
                          .target = &manual->command,
-                         .help = "The command; without it the page on all of them."},
+                         .help = "The command or class; without it the page on all commands."},
                         {.name = "--folder",
                          .placeholder = "FOLDER",
                          .target = &manual->folder,
-                         .help = "Write all pages as files into this folder."}},
+                         .help = "Write all pages as files into this folder."},
+                        languageOption(manual->language,
+                                       "The language of the pages on classes, that of the locale "
+                                       "unless given.")},
             .run = [manual] { return manual->run(); }};
 }
 

@@ -46,8 +46,6 @@ class Parameter:
     def python_name(self) -> str:
         return f"{self.name}_" if keyword.iskeyword(self.name) else self.name
 
-    def __str__(self) -> str:
-        return f"{self.name}: {self.object_class or self.type}" + (", by reference" if self.by_reference else "")
 
 
 @dataclass(frozen=True)
@@ -63,8 +61,7 @@ class Member:
     parameters: Tuple[Parameter, ...]
     type: str  # of its value; "Empty" when it gives none
     object_class: Optional[str]
-    summary: str
-    errors: str
+    documentation: str
 
     @classmethod
     def described(cls, description: Mapping[str, Any]) -> Member:
@@ -75,17 +72,6 @@ class Member:
     @property
     def gives_value(self) -> bool:
         return self.type != "Empty"
-
-    @property
-    def documentation(self) -> str:
-        """Its line, then types that the signature does not show, and what it raises."""
-        lines = [self.summary + (" The default member." if self.default else ""), ""]
-        lines += [str(parameter) for parameter in self.parameters]
-        if self.gives_value:
-            lines.append(f"{'value' if self.attribute else 'result'}: {self.object_class or self.type}")
-        if self.errors:
-            lines += ["", f"Errors: {self.errors}"]
-        return "\n".join(lines).rstrip()
 
     def signature(self, *leading: str) -> inspect.Signature:
         """Its signature, behind parameters with the names given."""
@@ -108,13 +94,13 @@ class Class:
     """A class of the catalogue, its members in interface order."""
 
     name: str
-    summary: str
+    documentation: str
     members: Tuple[Member, ...]
 
     @classmethod
     def described(cls, description: Mapping[str, Any]) -> Class:
         members = tuple(Member.described(one) for one in description["members"])
-        return cls(description["name"], description["summary"], members)
+        return cls(description["name"], description["documentation"], members)
 
 
 def all_classes() -> List[Class]:
@@ -124,5 +110,4 @@ def all_classes() -> List[Class]:
 
 def global_class() -> Class:
     """The class of the predeclared object, whose members are called without naming it."""
-    name = _native.global_class()
-    return next(one for one in all_classes() if one.name == name)
+    return Class.described(_native.global_class())

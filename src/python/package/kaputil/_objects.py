@@ -46,7 +46,7 @@ def make_class(description: Mapping[str, Any], bases: Mapping[str, type]) -> typ
     """The class of the objects that a description of the catalogue stands for, on the base that its name has, if any."""
     described = Class.described(description)
     body: Dict[str, Any] = {
-        "__doc__": described.summary,
+        "__doc__": described.documentation,
         "__module__": "kaputil.classes",
         "__slots__": (),  # the layout of its base: an object gets its class when it has been made
     }

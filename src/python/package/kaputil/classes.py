@@ -22,4 +22,4 @@ def __getattr__(name: str) -> Any:
 
 
 def __dir__() -> List[str]:
-    return sorted(one["name"] for one in _native.class_descriptions())
+    return sorted(_native.class_names())
