@@ -46,6 +46,23 @@ protected:
         return answer;
     }
 
+    // What the check of the script's database finds.
+    std::vector<std::string> damage() {
+        if (OtherServer::given() != nullptr) return {};
+        ado::Request request;
+        request.text = "DBCC CHECKDB";
+        ado::Reply reply;
+        std::vector<std::string> found;
+        try {
+            session(1).execute(request, reply);
+        } catch (const ado::DriverError& error) {
+            for (const ado::ServerMessage& message : error.messages()) {
+                if (message.isError()) found.push_back(message.text);
+            }
+        }
+        return found;
+    }
+
 private:
     // Two connections with one name share a database; each test has its own, by its file's name.
     ado::Session& session(int connection) {
@@ -134,11 +151,19 @@ void check(const ScriptBlock& block, const Answer& answer) {
     }
 }
 
+// Scripts that end with rows which a constraint let in while it was switched off.
+bool leavesViolations(const std::string& script) {
+    return script == "alter/nocheck" || script == "schemas/constraints";
+}
+
 TEST_P(ScriptFiles, AnswersAsTheServerDoes) {
     for (const ScriptBlock& block : GetParam().blocks()) {
         SCOPED_TRACE(GetParam().name + ".test, line " + std::to_string(block.line) + ":\n" +
                      block.sql);
         check(block, run(block));
+    }
+    if (!leavesViolations(GetParam().name)) {
+        EXPECT_EQ(lines(damage()), "") << "the check of the database";
     }
 }
 
