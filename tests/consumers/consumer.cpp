@@ -27,8 +27,9 @@ int errorOf(const char16_t* name) {
 int main() {
     const auto connection = kap::make<kap::ado::Connection>();
     connection->Open(u"Provider=KapLocal;Data Source=:memory:");
-    connection->Execute(u"CREATE TABLE Clienti (Codice int PRIMARY KEY, Nome varchar(40)) "
-                        u"INSERT INTO Clienti VALUES (12, 'Ferramenta Rossi')");
+    connection->Execute(
+        u"CREATE TABLE Clienti (Codice int PRIMARY KEY, Nome varchar(40)) "
+        u"INSERT INTO Clienti VALUES (12, 'Ferramenta Rossi')");
     kap::Variant session = connection;
     kap::Variant record;
     const auto functions = kap::make<kap::StdFunctions>();
