@@ -3,6 +3,7 @@
 
 #include "engine/binder/binder.hpp"
 #include "engine/sqlite/row_functions.hpp"
+#include "engine/sqlite/sql_writer.hpp"
 #include "tsql/server_error.hpp"
 
 // CROSS APPLY and OUTER APPLY. SQLite lets no query in FROM read the rows beside it, but functions:
@@ -27,7 +28,7 @@ BoundSource Binder::apply(const tsql::Join& join, int line, Scope& scope) {
     const int before = reads();
     BoundSource right = appliedSource(*join.right, beside, given);
     std::string with;
-    if (reads() != before && !given.sql.empty()) {
+    if (reads() != before && !given.values.empty()) {
         given = {};
         std::vector<GivenValues*> around = givenTo_;
         around.push_back(&given);
@@ -40,7 +41,7 @@ BoundSource Binder::apply(const tsql::Join& join, int line, Scope& scope) {
         commonNames_.resize(count);
     }
     left.sources = std::move(beside.sources);
-    if (!given.sql.empty()) {
+    if (!given.values.empty()) {
         right = givenRows(std::move(right), with, given, line);
     } else if (std::holds_alternative<tsql::Join>(join.right->node)) {
         right.sql = "(" + right.sql + ")";
@@ -85,32 +86,29 @@ std::string Binder::commonTablesAgain(std::size_t count, int line) {
 // The rows of sources that are given values, as the function gives them.
 BoundSource Binder::givenRows(BoundSource source, const std::string& with, const GivenValues& given,
                               int line) {
-    if (given.sql.size() > kRowFunctionArguments) {
+    if (given.values.size() > kRowFunctionArguments) {
         throw tsql::unsupported("APPLY that reads so many columns", line);
     }
-    const std::string name = sqlName(source.sources.front().name);
+    const std::string name = source.sources.front().name;
     std::string list;
     std::size_t place = 0;
     for (Source& each : source.sources) {
         each.table = nullptr;
-        each.rowNumber.clear();
+        each.rowNumber = {};
         for (SourceColumn& column : each.columns) {
             BoundExpression& value = column.value;
-            list += (place == 0 ? "" : ", ") + value.sql;
-            value.sql = name + "." + numberedName(place++);
+            if (place > 0) list += ", ";
+            appendSql(list, value.tree);
+            value = value.readBy(numberedColumn(name, place++));
             value.plainColumn = false;
-            value.constant.reset();
-            value.terms.clear();
-            value.joint.clear();
         }
     }
     if (place > kRowFunctionColumns) {
         throw tsql::unsupported("APPLY of so many columns", line);
     }
-    std::string arguments = sqlText(with + "SELECT " + list + " FROM " + source.sql);
-    for (const std::string& value : given.sql)
-        arguments += ", " + value;
-    source.sql = callText(kRowsOfQuery, arguments) + " AS " + name;
+    sql::Call rows{fn::kRowsOfQuery, {sql::text(with + "SELECT " + list + " FROM " + source.sql)}};
+    rows.arguments.insert(rows.arguments.end(), given.values.begin(), given.values.end());
+    source.sql = sqlOf(std::move(rows)) + " AS " + sqlName(name);
     return source;
 }
 

@@ -1,8 +1,6 @@
 #include <algorithm>
 #include <utility>
 
-#include <kaputil/automation/plain_text.hpp>
-
 #include "base/ascii.hpp"
 #include "engine/binder/binder.hpp"
 #include "engine/binder/row_numbers.hpp"
@@ -48,7 +46,7 @@ std::vector<OutputColumn> Binder::commonColumns(const tsql::CommonTable& table,
     for (std::size_t i = 0; i < columns.size(); ++i) {
         if (!table.columns.empty()) columns[i].name = table.columns[i];
         BoundExpression& value = columns[i].value;
-        value = BoundExpression::expression(numberedName(i), value.type, true);
+        value = BoundExpression::expression(numberedColumn(i), value.type, true);
     }
     checkOwnNames(columns, table.name, table.query->line);
     return columns;
@@ -137,7 +135,7 @@ std::string Binder::recursiveTable(const tsql::CommonTable& table, CommonName ow
     const std::size_t mark = commonNames_.size();
     own.recursiveAt = queryDepth_;
     commonNames_.push_back(std::move(own));
-    const std::string level = numberedName(commonNames_[mark].columns.size());
+    const std::size_t level = commonNames_[mark].columns.size();
     std::vector<BoundSelect> terms;
     bool recursive = false;
     for (const tsql::QueryTerm& each : table.query->terms) {
@@ -158,13 +156,12 @@ std::string Binder::recursiveTable(const tsql::CommonTable& table, CommonName ow
                                     each.line);
         }
         recursive = recursive || !readAs.empty();
-        const std::string sql =
-            readAs.empty()
-                ? "0"
-                : callText("kap_deeper", sqlName(readAs) + "." + level, plain::text(maxRecursion_));
+        sql::Expression deeper =
+            readAs.empty() ? sql::number(0)
+                           : sql::call(fn::kDeeper, numberedColumn(readAs, level), maxRecursion_);
         if (!readAs.empty()) checkRecursiveTypes(table, terms.front().items, terms.back().items);
         terms.back().items.push_back(
-            {"", BoundExpression::expression(sql, {tsql::SqlType::BigInt}, false)});
+            {"", BoundExpression::expression(std::move(deeper), {tsql::SqlType::BigInt}, false)});
     }
     std::vector<OutputColumn> columns = unify(terms, table.query->line, *this);
     const std::size_t count = columns.size();
@@ -191,14 +188,14 @@ std::string Binder::targetTable(const tsql::CommonTable& table, Scope* outer) {
     std::vector<OutputColumn> columns = bound.items;
     const std::string& source = named->alias.empty() ? base->name : named->alias;
     bound.items.push_back(
-        {"", BoundExpression::expression(sqlName(source) + "." + rowNumberName(*base),
+        {"", BoundExpression::expression(sql::Column{source, rowNumberName(*base), true},
                                          {tsql::SqlType::BigInt}, false)});
-    commonTarget_ = {base, numberedName(columns.size()), {}, "", {}};
+    commonTarget_ = {base, columns.size(), {}, "", {}};
     for (std::size_t i = 0; i < columns.size(); ++i) {
         if (i < table.columns.size()) columns[i].name = table.columns[i];
         commonTarget_.columns.emplace_back(columns[i].name, columns[i].value.column);
         columns[i].value =
-            BoundExpression::expression(numberedName(i), columns[i].value.type, true);
+            BoundExpression::expression(numberedColumn(i), columns[i].value.type, true);
     }
     commonNames_.push_back({table.name, std::move(columns), ""});
     return definition(table.name, bound.items.size(), selectText(bound));

@@ -1,6 +1,5 @@
 #include <algorithm>
-
-#include <kaputil/automation/plain_text.hpp>
+#include <utility>
 
 #include "base/ascii.hpp"
 #include "engine/binder/binder.hpp"
@@ -17,27 +16,27 @@ using tsql::TypeSpec;
 
 namespace {
 
-struct OperatorText {
-    const char* sql;
+struct OperatorFacts {
+    sql::BinaryOperator op;
     const char* name;
 };
 
-OperatorText operatorText(ComparisonOperator op) {
+OperatorFacts factsOf(ComparisonOperator op) {
     switch (op) {
         case ComparisonOperator::Equal:
-            return {"=", "equal to"};
+            return {sql::BinaryOperator::Equal, "equal to"};
         case ComparisonOperator::NotEqual:
-            return {"<>", "not equal to"};
+            return {sql::BinaryOperator::NotEqual, "not equal to"};
         case ComparisonOperator::Less:
-            return {"<", "less than"};
+            return {sql::BinaryOperator::Less, "less than"};
         case ComparisonOperator::LessOrEqual:
-            return {"<=", "less than or equal to"};
+            return {sql::BinaryOperator::LessOrEqual, "less than or equal to"};
         case ComparisonOperator::Greater:
-            return {">", "greater than"};
+            return {sql::BinaryOperator::Greater, "greater than"};
         case ComparisonOperator::GreaterOrEqual:
-            return {">=", "greater than or equal to"};
+            return {sql::BinaryOperator::GreaterOrEqual, "greater than or equal to"};
     }
-    return {"", ""};
+    return {sql::BinaryOperator::Equal, ""};
 }
 
 void refuseLarge(const std::vector<BoundExpression>& values, const char* operation, int line) {
@@ -60,8 +59,8 @@ bool countsDays(SqlType type) {
 // it is.
 int neededScale(const BoundExpression& value) {
     int scale = storedScale(value.type);
-    if (!value.constant) return scale;
-    Wide rest = exactOf(*value.constant);
+    if (value.constant() == nullptr) return scale;
+    Wide rest = exactOf(*value.constant());
     while (scale > 0 && rest % 10 == 0) {
         rest = rest / 10;
         --scale;
@@ -71,7 +70,7 @@ int neededScale(const BoundExpression& value) {
 
 // A constant at so many decimals; beyond every decimal where it does not fit.
 Wide constantAt(const BoundExpression& value, int scale) {
-    const Wide constant = exactOf(*value.constant);
+    const Wide constant = exactOf(*value.constant());
     const auto scaled = rescale(constant, storedScale(value.type), scale, Rounding::HalfAway);
     return scaled ? *scaled : farthest(constant < 0);
 }
@@ -79,19 +78,19 @@ Wide constantAt(const BoundExpression& value, int scale) {
 BoundExpression wideAt(const BoundExpression& value, int scale) {
     constexpr int kMostDigits = 38;
     const TypeSpec type = tsql::decimalType(SqlType::Numeric, kMostDigits, scale);
-    if (value.constant) {
+    if (value.constant() != nullptr) {
         return BoundExpression::literal(wideBytes(constantAt(value, scale)), type);
     }
     const int own = storedScale(value.type);
     if (tsql::isWideDecimal(value.type) && own == scale) return value;
-    return BoundExpression::expression(callText("kap_wide", value.sql, plain::text(scale - own)),
-                                       type, value.nullable);
+    return BoundExpression::expression(sql::call(fn::kWide, value.tree, scale - own), type,
+                                       value.nullable);
 }
 
 BoundExpression atScale(const BoundExpression& value, int scale) {
     const int own = storedScale(value.type);
     if (own == scale && !tsql::isWideDecimal(value.type)) return value;
-    if (value.constant) {
+    if (value.constant() != nullptr) {
         const Wide constant = constantAt(value, scale);
         if (const auto result = narrow(constant)) {
             return BoundExpression::literal(*result, value.type);
@@ -99,8 +98,8 @@ BoundExpression atScale(const BoundExpression& value, int scale) {
         // Beyond every stored number; a double says so, and SQLite compares the two exactly.
         return BoundExpression::literal(scaledToDouble(constant, 0), value.type);
     }
-    return BoundExpression::expression(callText("kap_widen", value.sql, plain::text(scale - own)),
-                                       value.type, value.nullable);
+    return BoundExpression::expression(sql::call(fn::kWiden, value.tree, scale - own), value.type,
+                                       value.nullable);
 }
 
 // Stored whole numbers compare natively once they stand for the same fractions.
@@ -110,9 +109,9 @@ void alignScales(std::vector<BoundExpression>& values) {
         scale = std::max(scale, neededScale(value));
     // Constants alone do not make the others wide: an index of theirs has to serve.
     const bool constants = std::ranges::all_of(
-        values, [](const BoundExpression& value) { return value.constant.has_value(); });
+        values, [](const BoundExpression& value) { return value.constant() != nullptr; });
     const bool wide = std::ranges::any_of(values, [&](const BoundExpression& value) {
-        return tsql::isWideDecimal(value.type) && (constants || !value.constant);
+        return tsql::isWideDecimal(value.type) && (constants || value.constant() == nullptr);
     });
     for (BoundExpression& value : values)
         value = wide ? wideAt(value, scale) : atScale(value, scale);
@@ -128,7 +127,7 @@ std::vector<BoundExpression> Binder::comparable(std::vector<BoundExpression> val
     const bool exact = tsql::isExact(type->type);
     for (BoundExpression& value : values) {
         if (value.nullLiteral) {
-            value = BoundExpression::expression("NULL", *type, true);
+            value = BoundExpression::nullOf(*type);
             continue;
         }
         if (exact && tsql::isExact(value.type.type)) continue;
@@ -147,23 +146,24 @@ std::vector<BoundExpression> Binder::comparable(std::vector<BoundExpression> val
     return values;
 }
 
-std::string Binder::compared(ComparisonOperator op, const BoundExpression& left,
-                             const BoundExpression& right, int line,
-                             const WrittenLiteral& leftWritten,
-                             const WrittenLiteral& rightWritten) const {
-    const OperatorText text = operatorText(op);
-    const std::vector<BoundExpression> sides = comparable({left, right}, text.name, line);
+sql::Expression Binder::compared(ComparisonOperator op, const BoundExpression& left,
+                                 const BoundExpression& right, int line,
+                                 const WrittenLiteral& leftWritten,
+                                 const WrittenLiteral& rightWritten) const {
+    const OperatorFacts facts = factsOf(op);
+    const std::vector<BoundExpression> sides = comparable({left, right}, facts.name, line);
     // SQLite takes the collation of either column; when neither side is one it has to be told.
     const bool told = sides[0].plainColumn || sides[1].plainColumn;
-    const bool constants = sides[0].constant && sides[1].constant;
+    const bool constants = sides[0].constant() != nullptr && sides[1].constant() != nullptr;
     const auto side = [&](std::size_t at, const BoundExpression& before,
                           const BoundExpression& other, const WrittenLiteral& written) {
-        if (constants) return sides[at].sql;
+        if (constants) return sides[at].tree;
         return operand(sides[at], comparedSource(written, before, sides[at], other, sides[1 - at]));
     };
-    const std::string first = side(0, left, right, leftWritten);
-    const std::string second = side(1, right, left, rightWritten);
-    return "(" + (told ? first : collated(sides[0], first)) + " " + text.sql + " " + second + ")";
+    sql::Expression first = side(0, left, right, leftWritten);
+    sql::Expression second = side(1, right, left, rightWritten);
+    if (!told) first = collated(sides[0], std::move(first));
+    return sql::Binary{facts.op, std::move(first), std::move(second)};
 }
 
 }  // namespace kap::engine

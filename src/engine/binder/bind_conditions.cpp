@@ -1,7 +1,8 @@
-#include <span>
+#include <utility>
 
 #include "engine/binder/binder.hpp"
 #include "engine/binder/type_rules.hpp"
+#include "engine/sqlite/sql_writer.hpp"
 #include "tsql/server_error.hpp"
 #include "tsql/stack_limit.hpp"
 
@@ -11,22 +12,16 @@ using tsql::ServerError;
 
 namespace {
 
-// Halves joined again and again: SQLite counts the depth of a condition, and a flat chain would be
-// a deep one.
-std::string balanced(std::span<const std::string> parts, const char* joint) {
-    if (parts.size() == 1) return parts.front();
-    const std::size_t half = parts.size() / 2;
-    return "(" + balanced(parts.first(half), joint) + joint + balanced(parts.subspan(half), joint) +
-           ")";
-}
-
-std::string notIf(bool negated) {
-    return negated ? " NOT" : "";
+// The only column of a query, as what is around it reads it.
+BoundExpression onlyColumn(const BoundQuery& query) {
+    BoundExpression column = query.columns[0].value.readBy(numberedColumn(0));
+    column.plainColumn = false;
+    return column;
 }
 
 }  // namespace
 
-std::string Binder::condition(const tsql::Expression& expression, Scope& scope) {
+sql::Expression Binder::condition(const tsql::Expression& expression, Scope& scope) {
     tsql::requireStack(expression.line);
     return std::visit([&](const auto& kind) { return test(kind, expression.line, scope); },
                       expression.node);
@@ -34,100 +29,104 @@ std::string Binder::condition(const tsql::Expression& expression, Scope& scope) 
 
 // What yields a value tests nothing: the grammar keeps values out of condition places.
 template <typename Value>
-std::string Binder::test(const Value& /*node*/, int line, Scope& /*scope*/) {
+sql::Expression Binder::test(const Value& /*node*/, int line, Scope& /*scope*/) {
     throw ServerError(tsql::Message::NoCondition, {}, line);
 }
 
-std::string Binder::test(const tsql::UnaryExpression& node, int /*line*/, Scope& scope) {
-    return "(NOT " + condition(*node.operand, scope) + ")";
+sql::Expression Binder::test(const tsql::UnaryExpression& node, int /*line*/, Scope& scope) {
+    return sql::negation(condition(*node.operand, scope));
 }
 
-std::string Binder::test(const tsql::Comparison& node, int line, Scope& scope) {
+sql::Expression Binder::test(const tsql::Comparison& node, int line, Scope& scope) {
     const BoundExpression left = value(*node.left, scope);
     const BoundExpression right = value(*node.right, scope);
     return compared(node.op, left, right, line, writtenLiteral(*node.left),
                     writtenLiteral(*node.right));
 }
 
-std::string Binder::test(const tsql::LogicalExpression& node, int /*line*/, Scope& scope) {
-    std::vector<std::string> parts;
-    parts.reserve(node.operands.size());
+sql::Expression Binder::test(const tsql::LogicalExpression& node, int /*line*/, Scope& scope) {
+    const bool both = node.op == tsql::LogicalOperator::And;
+    sql::Chain result{both ? sql::ChainOperator::And : sql::ChainOperator::Or, {}};
+    result.parts.reserve(node.operands.size());
     for (const auto& operand : node.operands)
-        parts.push_back(condition(*operand, scope));
-    return balanced(parts, node.op == tsql::LogicalOperator::And ? " AND " : " OR ");
+        result.parts.push_back(condition(*operand, scope));
+    return result;
 }
 
-std::string Binder::test(const tsql::BetweenPredicate& node, int line, Scope& scope) {
+sql::Expression Binder::test(const tsql::BetweenPredicate& node, int line, Scope& scope) {
     const std::vector<BoundExpression> written{value(*node.value, scope), value(*node.low, scope),
                                                value(*node.high, scope)};
     const std::vector<BoundExpression> values = comparable(written, "between", line);
     const auto limit = [&](std::size_t at, const tsql::Expression& expression) {
-        if (values[0].constant) return collated(values[at], values[at].sql);
+        if (values[0].constant() != nullptr) return collated(values[at], values[at].tree);
         const ConstantSource source = comparedSource(writtenLiteral(expression), written[at],
                                                      values[at], written[0], values[0]);
         return collated(values[at], operand(values[at], source));
     };
-    return "(" + collated(values[0]) + notIf(node.negated) + " BETWEEN " + limit(1, *node.low) +
-           " AND " + limit(2, *node.high) + ")";
+    sql::Expression low = limit(1, *node.low);
+    sql::Expression high = limit(2, *node.high);
+    return sql::Between{collated(values[0]), std::move(low), std::move(high), node.negated};
 }
 
 // Whether some row satisfies ("> ANY"), or all do ("> ALL"); unknown when only rows that cannot be
 // compared stand in the way.
-std::string Binder::test(const tsql::QuantifiedComparison& node, int line, Scope& scope) {
+sql::Expression Binder::test(const tsql::QuantifiedComparison& node, int line, Scope& scope) {
     const BoundExpression left = value(*node.value, scope);
     const BoundQuery bound = query(*node.query, &scope, QueryPlace::Nested);
     if (bound.columns.size() != 1) {
         throw ServerError(tsql::Message::OneExpressionInSubquery, {}, line);
     }
-    BoundExpression column = bound.columns[0].value;
-    column.sql = "\"c1\"";
-    column.constant.reset();
-    column.plainColumn = false;
-    const std::string rows = "SELECT " + compared(node.op, left, column, line) +
-                             " AS \"holds\" FROM (" + bound.sql + ")";
-    const std::string decided =
-        node.all ? "min(\"holds\") = 0 THEN 0" : "max(\"holds\") = 1 THEN 1";
-    return "(SELECT CASE WHEN " + decided + " WHEN count(\"holds\") < count(*) THEN NULL ELSE " +
-           (node.all ? "1" : "0") + " END FROM (" + rows + "))";
+    const sql::Expression holds = sql::column("holds");
+    const std::string rows = "SELECT " + sqlOf(compared(node.op, left, onlyColumn(bound), line)) +
+                             " AS " + sqlOf(holds) + " FROM (" + bound.sql + ")";
+    // The row that decides: one that does not hold among all, one that holds among any.
+    const sql::Expression decisive = sql::number(node.all ? 0 : 1);
+    const sql::Expression found = sql::call(node.all ? fn::kMin : fn::kMax, holds);
+    const sql::Expression known = sql::call(fn::kCount, holds);
+    sql::Case result;
+    result.branches = {
+        {sql::Binary{sql::BinaryOperator::Equal, found, decisive}, decisive},
+        {sql::Binary{sql::BinaryOperator::Less, known, sql::call(fn::kCount, sql::Star())},
+         sql::null()}};
+    result.otherwise = sql::number(node.all ? 1 : 0);
+    return sql::Subquery{"SELECT " + sqlOf(std::move(result)) + " FROM (" + rows + ")"};
 }
 
-std::string Binder::test(const tsql::InPredicate& node, int line, Scope& scope) {
+sql::Expression Binder::test(const tsql::InPredicate& node, int line, Scope& scope) {
     if (node.query) return inQuery(node, line, scope);
     std::vector<BoundExpression> values{value(*node.value, scope)};
     for (const auto& item : node.list)
         values.push_back(value(*item, scope));
     const std::vector<BoundExpression> written = values;
     values = comparable(std::move(values), "equal to", line);
-    std::string list;
+    sql::In result{collated(values[0]), {}, node.negated};
+    result.list.reserve(values.size() - 1);
+    const bool isConstant = values[0].constant() != nullptr;
     for (std::size_t i = 1; i < values.size(); ++i) {
         const ConstantSource source = comparedSource(writtenLiteral(*node.list[i - 1]), written[i],
                                                      values[i], written[0], values[0]);
-        list +=
-            (i > 1 ? ", " : "") + (values[0].constant ? values[i].sql : operand(values[i], source));
+        result.list.push_back(isConstant ? values[i].tree : operand(values[i], source));
     }
-    return "(" + collated(values[0]) + notIf(node.negated) + " IN (" + list + "))";
+    return result;
 }
 
 // The column of the query is brought to the common type outside it, so that the query stays as it
 // is.
-std::string Binder::inQuery(const tsql::InPredicate& node, int line, Scope& scope) {
+sql::Expression Binder::inQuery(const tsql::InPredicate& node, int line, Scope& scope) {
     const BoundExpression left = value(*node.value, scope);
     const BoundQuery bound = query(*node.query, &scope, QueryPlace::Nested);
     if (bound.columns.size() != 1) {
         throw ServerError(tsql::Message::OneExpressionInSubquery, {}, line);
     }
-    BoundExpression column = bound.columns[0].value;
-    column.sql = "\"c1\"";
-    column.constant.reset();
-    column.plainColumn = false;
+    const BoundExpression column = onlyColumn(bound);
     const std::vector<BoundExpression> sides = comparable({left, column}, "equal to", line);
-    const std::string rows = sides[1].sql == column.sql
-                                 ? bound.sql
-                                 : "SELECT " + sides[1].sql + " FROM (" + bound.sql + ")";
-    return "(" + collated(sides[0]) + notIf(node.negated) + " IN (" + rows + "))";
+    std::string rows = sides[1].tree == column.tree
+                           ? bound.sql
+                           : "SELECT " + sqlOf(sides[1].tree) + " FROM (" + bound.sql + ")";
+    return sql::InQuery{collated(sides[0]), std::move(rows), node.negated};
 }
 
-std::string Binder::test(const tsql::LikePredicate& node, int line, Scope& scope) {
+sql::Expression Binder::test(const tsql::LikePredicate& node, int line, Scope& scope) {
     const auto text = [&](const tsql::Expression& expression) {
         BoundExpression bound = value(expression, scope);
         if (tsql::isText(bound.type.type)) return bound;
@@ -137,18 +136,18 @@ std::string Binder::test(const tsql::LikePredicate& node, int line, Scope& scope
     const BoundExpression pattern = text(*node.pattern);
     const ConstantSource source =
         comparedSource(writtenLiteral(*node.pattern), pattern, pattern, tested, tested);
-    std::string call = "kap_like(" + tested.sql + ", " + operand(pattern, source);
-    if (node.escape) call += ", " + text(*node.escape).sql;
-    call += ")";
-    return node.negated ? "(NOT " + call + ")" : call;
+    sql::Call call{fn::kLike, {tested.tree, operand(pattern, source)}};
+    if (node.escape) call.arguments.push_back(text(*node.escape).tree);
+    return node.negated ? sql::negation(std::move(call)) : std::move(call);
 }
 
-std::string Binder::test(const tsql::NullPredicate& node, int /*line*/, Scope& scope) {
-    return "(" + value(*node.value, scope).sql + " IS" + notIf(node.negated) + " NULL)";
+sql::Expression Binder::test(const tsql::NullPredicate& node, int /*line*/, Scope& scope) {
+    sql::Expression tested = value(*node.value, scope).tree;
+    return node.negated ? sql::isNotNull(std::move(tested)) : sql::isNull(std::move(tested));
 }
 
-std::string Binder::test(const tsql::ExistsPredicate& node, int /*line*/, Scope& scope) {
-    return "EXISTS (" + query(*node.query, &scope, QueryPlace::Nested).sql + ")";
+sql::Expression Binder::test(const tsql::ExistsPredicate& node, int /*line*/, Scope& scope) {
+    return sql::Exists{query(*node.query, &scope, QueryPlace::Nested).sql};
 }
 
 }  // namespace kap::engine

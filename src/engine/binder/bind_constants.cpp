@@ -1,8 +1,6 @@
 #include <algorithm>
 #include <variant>
 
-#include <kaputil/automation/plain_text.hpp>
-
 #include "base/ascii.hpp"
 #include "engine/binder/binder.hpp"
 #include "engine/values/exact.hpp"
@@ -27,7 +25,7 @@ bool isShort(const Value& value) {
 
 // An exact number with as many digits behind the point as the value that it meets.
 std::optional<Value> atScaleOf(const BoundExpression& value, int scale) {
-    const auto* number = std::get_if<std::int64_t>(&*value.constant);
+    const auto* number = std::get_if<std::int64_t>(value.constant());
     const int own = storedScale(value.type);
     if (number == nullptr || !tsql::isExact(value.type.type) || own > scale) return std::nullopt;
     const auto scaled = rescale(*number, own, scale, Rounding::HalfAway);
@@ -38,7 +36,7 @@ std::optional<Value> atScaleOf(const BoundExpression& value, int scale) {
 std::optional<Value> converted(const BoundExpression& value, const tsql::TypeSpec& type,
                                Overlength overlength) {
     if (conversionRule(value.type.type, type.type) != ConversionRule::Implicit) return std::nullopt;
-    return convert(*value.constant, value.type, type, overlength, 0);
+    return convert(*value.constant(), value.type, type, overlength, 0);
 }
 
 }  // namespace
@@ -55,24 +53,24 @@ std::optional<Value> constantFrom(const ConstantSource& source, const tsql::Lite
     try {
         BoundExpression value = Binder::literal(literal, 0);
         if (source.negative) value = Binder::negated(value, 0);
-        if (!value.constant) return std::nullopt;
+        if (value.constant() == nullptr) return std::nullopt;
         if (source.use == Use::Stored) return converted(value, *source.type, Overlength::Refuse);
         if (source.scale) return atScaleOf(value, *source.scale);
         if (value.type.type != source.literalType) return std::nullopt;
         if (source.type) return converted(value, *source.type, Overlength::Cut);
-        return value.constant;
+        return *value.constant();
     } catch (const tsql::ServerError&) {
         return std::nullopt;
     }
 }
 
 bool Binder::bindsToo(const BoundExpression& value) const {
-    return constantsStand_ == Constants::Bound && value.constant && !isNull(*value.constant) &&
-           isShort(*value.constant);
+    const Value* constant = constantsStand_ == Constants::Bound ? value.constant() : nullptr;
+    return constant != nullptr && !isNull(*constant) && isShort(*constant);
 }
 
-std::string Binder::parameter(std::size_t constant) {
-    return "?" + plain::text(static_cast<std::int64_t>(constant) + 1);
+sql::Expression Binder::parameter(std::size_t constant) {
+    return sql::Parameter{static_cast<int>(constant) + 1};
 }
 
 void Binder::met(const tsql::Literal& literal) {
@@ -81,22 +79,22 @@ void Binder::met(const tsql::Literal& literal) {
     }
 }
 
-std::string Binder::addConstant(const Value& value, const ConstantSource& source) const {
+sql::Expression Binder::addConstant(const Value& value, const ConstantSource& source) const {
     constants_.push_back(value);
     sources_.push_back(source);
     if (source.use != ConstantSource::Use::Unknown) ++literals_[source.token].bound;
     return parameter(constants_.size() - 1);
 }
 
-// What a condition compares with. The same constant has the same text: an expression of the select
+// What a condition compares with. The same constant has the same place: an expression of the select
 // list may have to be found again in GROUP BY. Two literals that share a place are not free to
 // differ.
-std::string Binder::operand(const BoundExpression& value, const ConstantSource& source) const {
-    if (!bindsToo(value)) return value.sql;
-    const auto found = std::find(constants_.begin(), constants_.end(), *value.constant);
+sql::Expression Binder::operand(const BoundExpression& value, const ConstantSource& source) const {
+    if (!bindsToo(value)) return value.tree;
+    const auto found = std::find(constants_.begin(), constants_.end(), *value.constant());
     const auto place = static_cast<std::size_t>(found - constants_.begin());
     if (found == constants_.end()) {
-        return isFull() ? value.sql : addConstant(*value.constant, source);
+        return isFull() ? value.tree : addConstant(*value.constant(), source);
     }
     const bool same =
         source.use != ConstantSource::Use::Unknown && sources_[place].token == source.token;
@@ -110,28 +108,31 @@ std::string Binder::operand(const BoundExpression& value, const ConstantSource& 
 
 // What goes into a column: each has a place of its own, so that rows in which two values happen to
 // be equal have the text of the others.
-std::string Binder::storedConstant(const BoundExpression& value,
-                                   const ConstantSource& source) const {
-    if (!bindsToo(value) || isFull()) return value.sql;
-    return addConstant(*value.constant, source);
+sql::Expression Binder::storedConstant(const BoundExpression& value,
+                                       const ConstantSource& source) const {
+    if (!bindsToo(value) || isFull()) return value.tree;
+    return addConstant(*value.constant(), source);
 }
 
 ConstantSource Binder::checkedSource(ConstantSource source, const WrittenLiteral& written,
                                      const BoundExpression& constant) const {
     if (constantsStand_ != Constants::Bound || written.literal == nullptr ||
-        written.literal->token == tsql::kNoToken || !constant.constant) {
+        written.literal->token == tsql::kNoToken || constant.constant() == nullptr) {
         return {};
     }
     source.negative = written.negative;
     source.token = written.literal->token;
-    return constantFrom(source, *written.literal) == constant.constant ? source : ConstantSource();
+    return constantFrom(source, *written.literal) == *constant.constant() ? source
+                                                                          : ConstantSource();
 }
 
 // What a literal is compared with must stay as it is, whatever the literal is.
 ConstantSource Binder::comparedSource(const WrittenLiteral& written, const BoundExpression& literal,
                                       const BoundExpression& operand, const BoundExpression& before,
                                       const BoundExpression& after) const {
-    if (written.literal == nullptr || after.constant || after.sql != before.sql) return {};
+    if (written.literal == nullptr || after.constant() != nullptr || after.tree != before.tree) {
+        return {};
+    }
     ConstantSource source;
     source.use = ConstantSource::Use::Compared;
     source.literalType = literal.type.type;

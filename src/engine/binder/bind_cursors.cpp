@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <utility>
 
 #include "engine/binder/binder.hpp"
 #include "engine/binder/row_numbers.hpp"
@@ -40,16 +41,16 @@ BoundQuery Binder::cursorQuery(const tsql::Query& query, std::vector<std::string
 }
 
 // The session knows where the cursor stands.
-std::string Binder::test(const tsql::CurrentOfPredicate& node, int line, Scope& scope) {
+sql::Expression Binder::test(const tsql::CurrentOfPredicate& node, int line, Scope& scope) {
     const Source* target =
         scope.target < scope.sources.size() ? &scope.sources[scope.target] : nullptr;
     if (target == nullptr || target->table == nullptr) {
         throw tsql::ServerError(tsql::Message::TableNotInCursor, {}, line);
     }
-    std::string arguments = sqlText(node.cursor) + ", " + sqlText(target->table->name);
+    sql::Call row{fn::kCurrentRow, {sql::text(node.cursor), sql::text(target->table->name)}};
     for (const std::string& column : node.columns)
-        arguments += ", " + sqlText(column);
-    return rowNumberOf(*target) + " = " + callText("kap_current_row", arguments);
+        row.arguments.push_back(sql::text(column));
+    return sql::Binary{sql::BinaryOperator::Equal, rowNumberOf(*target), std::move(row)};
 }
 
 }  // namespace kap::engine

@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <limits>
+#include <utility>
 
 #include <kaputil/automation/plain_text.hpp>
 
@@ -7,6 +8,7 @@
 #include "engine/binder/binder.hpp"
 #include "engine/binder/system_values.hpp"
 #include "engine/binder/type_rules.hpp"
+#include "engine/sqlite/sql_writer.hpp"
 #include "engine/values/dates.hpp"
 #include "engine/values/exact.hpp"
 #include "engine/values/text_units.hpp"
@@ -86,7 +88,7 @@ BoundExpression folded(const BoundExpression& value, const TypeSpec& type, Overl
                        int style, int line) {
     try {
         return BoundExpression::literal(
-            convert(*value.constant, value.type, type, overlength, style), type);
+            convert(*value.constant(), value.type, type, overlength, style), type);
     } catch (const ServerError& error) {
         throw error.at(line);
     }
@@ -148,7 +150,7 @@ BoundExpression Binder::computedValue(const tsql::Expression& expression, Scope&
 // After grouping an expression may stand that repeats one of GROUP BY, such as a + 1 or year(d).
 std::optional<BoundExpression> Binder::groupedValue(const tsql::Expression& expression,
                                                     Scope& scope) {
-    if (!scope.groupTexts.empty()) return groupedOfSets(expression, scope);
+    if (scope.groupingSets) return groupedOfSets(expression, scope);
     const bool simple = std::holds_alternative<tsql::Literal>(expression.node) ||
                         std::holds_alternative<tsql::ColumnReference>(expression.node) ||
                         std::holds_alternative<tsql::ScalarSubquery>(expression.node);
@@ -156,7 +158,7 @@ std::optional<BoundExpression> Binder::groupedValue(const tsql::Expression& expr
         return std::nullopt;
     const Restored before(scope.grouped, false);
     const BoundExpression bound = value(expression, scope);
-    if (std::find(scope.groups.begin(), scope.groups.end(), bound.sql) == scope.groups.end())
+    if (std::find(scope.groups.begin(), scope.groups.end(), bound.tree) == scope.groups.end())
         return std::nullopt;
     return bound;
 }
@@ -182,23 +184,23 @@ BoundExpression Binder::node(const tsql::VariableReference& node, int line, Scop
         throw ServerError(tsql::Message::UndeclaredVariable, {node.name}, line);
     }
     if (variablesPerRow_) {
-        return BoundExpression::expression(callText("kap_variable", plain::text(variable->slot)),
-                                           variable->type, true);
+        return BoundExpression::expression(sql::call(fn::kVariable, variable->slot), variable->type,
+                                           true);
     }
     if (std::find(usedVariables_.begin(), usedVariables_.end(), variable->slot) ==
         usedVariables_.end()) {
         usedVariables_.push_back(variable->slot);
     }
-    return givenThrough(BoundExpression::expression("?" + plain::text(parameterOf(variable->slot)),
+    return givenThrough(BoundExpression::expression(sql::Parameter{parameterOf(variable->slot)},
                                                     variable->type, true),
                         0);
 }
 
 // A value that stands around a query is given to it, one query after the other, from without.
 BoundExpression Binder::givenThrough(BoundExpression value, std::size_t first) const {
-    if (value.constant || value.nullLiteral) return value;
+    if (value.constant() != nullptr || value.nullLiteral) return value;
     for (std::size_t i = first; i < givenTo_.size(); ++i)
-        value.sql = givenTo_[i]->given(value.sql);
+        value = value.readBy(givenTo_[i]->given(value.tree));
     return value;
 }
 
@@ -235,13 +237,13 @@ BoundExpression Binder::node(const tsql::CastExpression& node, int line, Scope& 
     BoundExpression style =
         BoundExpression::literal(std::int64_t{kDefaultDateStyle}, {SqlType::Int});
     if (node.style) style = convertTo(value(*node.style, scope), {SqlType::Int}, line);
-    if (!node.tries && style.constant) {
-        return castTo(operand, node.type, static_cast<int>(std::get<std::int64_t>(*style.constant)),
-                      line);
+    if (!node.tries && style.constant() != nullptr) {
+        return castTo(operand, node.type,
+                      static_cast<int>(std::get<std::int64_t>(*style.constant())), line);
     }
     // What is tried is tried when the statement runs, also a constant.
-    BoundExpression result = castCall(node.tries ? "kap_try_convert" : "kap_convert", operand,
-                                      node.type, style.sql, line);
+    BoundExpression result =
+        castCall(node.tries ? fn::kTryConvert : fn::kConvert, operand, node.type, style.tree, line);
     result.nullable = true;
     return result;
 }
@@ -252,16 +254,20 @@ BoundExpression Binder::node(const tsql::ScalarSubquery& node, int line, Scope& 
     if (bound.columns.size() != 1) {
         throw ServerError(tsql::Message::OneExpressionInSubquery, {}, line);
     }
-    return BoundExpression::expression("(SELECT kap_single(\"c1\") FROM (" + bound.sql + "))",
-                                       bound.columns[0].value.type, true);
+    const std::string value = sqlOf(sql::call(fn::kSingle, numberedColumn(0)));
+    return BoundExpression::expression(
+        sql::Subquery{"SELECT " + value + " FROM (" + bound.sql + ")"}, bound.columns[0].value.type,
+        true);
 }
 
 BoundExpression Binder::node(const tsql::CaseExpression& node, int line, Scope& scope) {
-    std::vector<std::string> whens;
+    sql::Case choice;
+    std::vector<sql::Expression> whens;
     std::vector<BoundExpression> results;
-    std::string sql = "CASE";
+    whens.reserve(node.branches.size());
+    results.reserve(node.branches.size() + 1);
     if (node.subject) {
-        sql += " " + caseSubject(node, whens, line, scope);
+        choice.subject = caseSubject(node, whens, line, scope);
     } else {
         for (const auto& branch : node.branches)
             whens.push_back(condition(*branch.when, scope));
@@ -275,34 +281,37 @@ BoundExpression Binder::node(const tsql::CaseExpression& node, int line, Scope& 
     }
     bool nullable = !node.otherwise;
     for (std::size_t i = 0; i < results.size(); ++i) {
-        const BoundExpression result = convertTo(results[i], *type, line);
+        BoundExpression result = convertTo(results[i], *type, line);
         nullable = nullable || result.nullable;
-        sql +=
-            i < whens.size() ? " WHEN " + whens[i] + " THEN " + result.sql : " ELSE " + result.sql;
+        if (i < whens.size()) {
+            choice.branches.push_back({std::move(whens[i]), std::move(result.tree)});
+        } else {
+            choice.otherwise = std::move(result.tree);
+        }
     }
-    return BoundExpression::expression("(" + sql + " END)", *type, nullable);
+    return BoundExpression::expression(std::move(choice), *type, nullable);
 }
 
-std::string Binder::caseSubject(const tsql::CaseExpression& node, std::vector<std::string>& whens,
-                                int line, Scope& scope) {
+sql::Expression Binder::caseSubject(const tsql::CaseExpression& node,
+                                    std::vector<sql::Expression>& whens, int line, Scope& scope) {
     std::vector<BoundExpression> values{value(*node.subject, scope)};
     for (const auto& branch : node.branches)
         values.push_back(value(*branch.when, scope));
     values = comparable(std::move(values), "equal to", line);
     for (std::size_t i = 1; i < values.size(); ++i)
-        whens.push_back(values[i].sql);
+        whens.push_back(values[i].tree);
     return collated(values.front());
 }
 
 BoundExpression Binder::convertTo(const BoundExpression& value, const TypeSpec& type,
                                   int line) const {
-    if (value.nullLiteral) return BoundExpression::expression("NULL", type, true);
+    if (value.nullLiteral) return BoundExpression::nullOf(type);
     if (value.type == type) return value;
     checkImplicit(value, type, line);
-    if (value.constant) return folded(value, type, Overlength::Cut, 0, line);
+    if (value.constant() != nullptr) return folded(value, type, Overlength::Cut, 0, line);
     if (!needsConversion(value.type, type)) return value.as(type);
     return BoundExpression::expression(
-        callText("kap_convert", value.sql, typeArgument(value.type), typeArgument(type), "0"), type,
+        sql::Conversion{fn::kConvert, value.tree, value.type, type, sql::number(0)}, type,
         value.nullable);
 }
 
@@ -310,39 +319,41 @@ BoundExpression Binder::castTo(const BoundExpression& value, const TypeSpec& typ
                                int line) const {
     const bool allowed =
         conversionRule(value.type.type, type.type) != ConversionRule::Never || value.nullLiteral;
-    if (value.constant && allowed) return folded(value, type, Overlength::Cut, style, line);
-    return castCall("kap_convert", value, type, plain::text(style), line);
+    if (value.constant() != nullptr && allowed) {
+        return folded(value, type, Overlength::Cut, style, line);
+    }
+    return castCall(fn::kConvert, value, type, sql::number(style), line);
 }
 
-BoundExpression Binder::castCall(const char* function, const BoundExpression& value,
-                                 const TypeSpec& type, const std::string& style, int line) const {
-    if (value.nullLiteral) return BoundExpression::expression("NULL", type, true);
+BoundExpression Binder::castCall(const fn::Function& function, const BoundExpression& value,
+                                 const TypeSpec& type, sql::Expression style, int line) const {
+    if (value.nullLiteral) return BoundExpression::nullOf(type);
     if (conversionRule(value.type.type, type.type) == ConversionRule::Never) {
         throw ServerError(tsql::Message::ExplicitConversionNotAllowed,
                           {tsql::typeName(value.type.type), tsql::typeName(type.type)}, line);
     }
     if (!needsConversion(value.type, type)) {
         // The type was asked for, so the result is an expression of it and no longer the column.
-        return BoundExpression::expression(value.sql, type, value.nullable);
+        return BoundExpression::expression(value.tree, type, value.nullable);
     }
     return BoundExpression::expression(
-        callText(function, value.sql, typeArgument(value.type), typeArgument(type), style), type,
+        sql::Conversion{function, value.tree, value.type, type, std::move(style)}, type,
         value.nullable);
 }
 
-std::string Binder::stored(const BoundExpression& value, const TypeSpec& type, int line,
-                           const WrittenLiteral& written) const {
-    if (value.nullLiteral) return "NULL";
+sql::Expression Binder::stored(const BoundExpression& value, const TypeSpec& type, int line,
+                               const WrittenLiteral& written) const {
+    if (value.nullLiteral) return sql::null();
     checkImplicit(value, type, line);
-    if (value.constant) {
+    if (value.constant() != nullptr) {
         const BoundExpression constant = folded(value, type, Overlength::Refuse, 0, line);
         ConstantSource source;
         source.use = ConstantSource::Use::Stored;
         source.type = type;
         return storedConstant(constant, checkedSource(source, written, constant));
     }
-    if (!needsConversion(value.type, type)) return value.sql;
-    return callText("kap_store", value.sql, typeArgument(value.type), typeArgument(type));
+    if (!needsConversion(value.type, type)) return value.tree;
+    return sql::Conversion{fn::kStore, value.tree, value.type, type};
 }
 
 }  // namespace kap::engine

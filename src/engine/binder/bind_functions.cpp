@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <utility>
 
 #include <kaputil/automation/plain_text.hpp>
 
@@ -6,7 +7,6 @@
 #include "engine/binder/binder.hpp"
 #include "engine/binder/function_table.hpp"
 #include "engine/binder/server_functions.hpp"
-#include "engine/binder/system_values.hpp"
 #include "engine/binder/type_rules.hpp"
 #include "engine/catalog/object_names.hpp"
 #include "tsql/server_error.hpp"
@@ -63,8 +63,9 @@ void refuseServerFunction(const std::string& name, int line) {
     if (isServerFunction(name)) throw tsql::unsupported(asciiUpper(name), line);
 }
 
-std::string aggregateCall(const char* function, const std::string& argument, bool distinct) {
-    return std::string(function) + "(" + (distinct ? "DISTINCT " : "") + argument + ")";
+sql::Expression aggregateCall(const fn::Function& function, sql::Expression argument,
+                              bool distinct) {
+    return sql::Call{function, {std::move(argument)}, distinct};
 }
 
 TypeSpec sumType(const TypeSpec& type) {
@@ -77,19 +78,25 @@ TypeSpec sumType(const TypeSpec& type) {
     return type.type == SqlType::BigInt ? TypeSpec{SqlType::BigInt} : TypeSpec{SqlType::Int};
 }
 
-const char* sumFunction(const TypeSpec& type) {
+const fn::Function& sumFunction(const TypeSpec& type) {
     switch (type.type) {
         case SqlType::Numeric:
-            return "kap_sum_numeric";
+            return fn::kSumNumeric;
         case SqlType::Money:
-            return "kap_sum_money";
+            return fn::kSumMoney;
         case SqlType::Float:
-            return "kap_sum_float";
+            return fn::kSumFloat;
         case SqlType::BigInt:
-            return "kap_sum_bigint";
+            return fn::kSumBigint;
         default:
-            return "kap_sum_int";
+            return fn::kSumInt;
     }
+}
+
+const fn::Function& statisticsFunction(std::string_view name) {
+    if (name == "stdev") return fn::kStdev;
+    if (name == "stdevp") return fn::kStdevp;
+    return name == "var" ? fn::kVar : fn::kVarp;
 }
 
 }  // namespace
@@ -125,8 +132,8 @@ BoundExpression Binder::storedFunction(const FunctionCall& call, int line, Scope
         throw tsql::unsupported("$PARTITION", line);
     }
     if (isOfTheServer(call.name)) throw tsql::unsupported(call.name.text(), line);
-    const std::string stored = followedName(call.name, schema_, catalogue());
-    const Function* function = stored.empty() ? nullptr : catalogue().findFunction(stored);
+    const std::string name = followedName(call.name, schema_, catalogue());
+    const Function* function = name.empty() ? nullptr : catalogue().findFunction(name);
     if (function == nullptr || function->returnsTable()) {
         throw ServerError(tsql::Message::UnknownColumnOrFunction,
                           {call.name.parts.front(), call.name.text()}, line);
@@ -138,17 +145,17 @@ BoundExpression Binder::storedFunction(const FunctionCall& call, int line, Scope
             : ServerError(tsql::Message::TooManyArguments, {call.name.text()}, line).withState(1);
     }
     readsOtherRows_ = true;
-    std::string arguments = sqlText(function->name);
+    sql::Call stored{computedColumn_ ? fn::kColumnCall : fn::kCall, {}};
+    stored.arguments.reserve(call.arguments.size() + 1);
+    stored.arguments.push_back(sql::text(function->name));
     for (std::size_t i = 0; i < call.arguments.size(); ++i) {
         const BoundExpression argument =
             std::holds_alternative<tsql::DefaultArgument>(call.arguments[i]->node)
                 ? defaultArgument(*function, i, line)
                 : value(*call.arguments[i], scope);
-        arguments += ", " + convertTo(argument, function->parameters[i].type, line).sql;
+        stored.arguments.push_back(convertTo(argument, function->parameters[i].type, line).tree);
     }
-    return BoundExpression::expression(
-        callText(computedColumn_ ? kColumnStoredCall : "kap_call", arguments), function->returns,
-        true);
+    return BoundExpression::expression(std::move(stored), function->returns, true);
 }
 
 BoundExpression Binder::defaultArgument(const Function& function, std::size_t parameter, int line) {
@@ -182,7 +189,9 @@ BoundExpression Binder::aggregate(const FunctionCall& call, int line, Scope& sco
     if (name == "string_agg") return joinedTexts(call, line, scope);
     const bool counts = name == "count" || name == "count_big";
     const TypeSpec countType = name == "count" ? TypeSpec{SqlType::Int} : TypeSpec{SqlType::BigInt};
-    if (call.star && counts) return BoundExpression::expression("count(*)", countType, false);
+    if (call.star && counts) {
+        return BoundExpression::expression(sql::call(fn::kCount, sql::Star()), countType, false);
+    }
     if (call.star || call.arguments.size() != 1) {
         throw ServerError(tsql::Message::WrongArgumentCount, {name, "1"}, line);
     }
@@ -195,14 +204,14 @@ BoundExpression Binder::aggregate(const FunctionCall& call, int line, Scope& sco
     }
     if (counts)
         return BoundExpression::expression(
-            aggregateCall("count", collated(argument), call.distinct), countType, false);
+            aggregateCall(fn::kCount, collated(argument), call.distinct), countType, false);
     if (argument.nullLiteral) {
         throw ServerError(tsql::Message::InvalidOperandType, {"NULL", name}, line);
     }
     if (name == "sum") return total(argument, call.distinct, "sum", line);
     if (name == "checksum_agg") {
         return BoundExpression::expression(
-            aggregateCall("kap_checksum_agg", convertTo(argument, {SqlType::Int}, line).sql,
+            aggregateCall(fn::kChecksumAgg, convertTo(argument, {SqlType::Int}, line).tree,
                           call.distinct),
             {SqlType::Int}, true);
     }
@@ -214,43 +223,47 @@ BoundExpression Binder::aggregate(const FunctionCall& call, int line, Scope& sco
         throw ServerError(tsql::Message::InvalidOperandType, {tsql::typeName(type), name}, line);
     }
     return BoundExpression::expression(
-        aggregateCall(name.c_str(), collated(argument), call.distinct), argument.type, true);
+        aggregateCall(name == "min" ? fn::kMin : fn::kMax, collated(argument), call.distinct),
+        argument.type, true);
 }
 
-BoundExpression Binder::total(const BoundExpression& argument, bool distinct, const char* function,
-                              int line) const {
+BoundExpression Binder::total(const BoundExpression& argument, bool distinct,
+                              std::string_view function, int line) const {
     if (!tsql::isNumber(argument.type.type) || argument.type.type == SqlType::Bit) {
         throw ServerError(tsql::Message::InvalidOperandType,
                           {tsql::typeName(argument.type.type), function}, line);
     }
     const TypeSpec type = sumType(argument.type);
-    return BoundExpression::expression(aggregateCall(sumFunction(type), argument.sql, distinct),
+    return BoundExpression::expression(aggregateCall(sumFunction(type), argument.tree, distinct),
                                        type, true);
 }
 
 // The deviation or the variance, of a sample or of the whole population: a float.
 BoundExpression Binder::statistics(const std::string& name, const BoundExpression& argument,
                                    bool distinct, int line) const {
-    (void)total(argument, distinct, name.c_str(), line);  // refuses what is no number
+    (void)total(argument, distinct, name, line);  // refuses what is no number
     const BoundExpression number = convertTo(argument, {SqlType::Float}, line);
-    return BoundExpression::expression(aggregateCall(("kap_" + name).c_str(), number.sql, distinct),
-                                       {SqlType::Float}, true);
+    return BoundExpression::expression(
+        aggregateCall(statisticsFunction(name), number.tree, distinct), {SqlType::Float}, true);
 }
 
 // The sum divided by the count: whole numbers give a whole number, decimals at least six decimals.
 BoundExpression Binder::average(const BoundExpression& argument, bool distinct, int line) const {
     const BoundExpression sum = total(argument, distinct, "avg", line);
-    const std::string count = aggregateCall("count", argument.sql, distinct);
+    return quotient(sum, aggregateCall(fn::kCount, argument.tree, distinct));
+}
+
+BoundExpression Binder::quotient(const BoundExpression& sum, const sql::Expression& count) {
     if (tsql::isApproximate(sum.type.type)) {
-        return BoundExpression::expression(
-            callText("kap_float_divide", sum.sql, count, typeArgument(sum.type)), sum.type, true);
+        return BoundExpression::expression(sql::call(fn::kFloatDivide, sum.tree, count, sum.type),
+                                           sum.type, true);
     }
     TypeSpec type = sum.type;
     constexpr int kLeastScale = 6;
     if (tsql::isDecimal(type.type)) type.scale = std::max(type.scale, kLeastScale);
     const int shift = storedScale(type) - storedScale(sum.type);
-    return BoundExpression::expression(
-        callText("kap_divide", sum.sql, count, plain::text(shift), typeArgument(type)), type, true);
+    return BoundExpression::expression(sql::call(fn::kDivide, sum.tree, count, shift, type), type,
+                                       true);
 }
 
 }  // namespace kap::engine

@@ -1,9 +1,11 @@
 #include <algorithm>
+#include <utility>
 
 #include <kaputil/automation/plain_text.hpp>
 
 #include "base/ascii.hpp"
 #include "engine/binder/binder.hpp"
+#include "engine/sqlite/sql_writer.hpp"
 #include "tsql/server_error.hpp"
 
 // ROLLUP, CUBE and GROUPING SETS. Each row is there once for each set, under the set's number; what
@@ -16,28 +18,33 @@ using tsql::SqlType;
 
 namespace {
 
-constexpr const char* kSetNumber = "\"kap sets\".column1";
+constexpr const char* kSets = "kap sets";
+
+// The number of the set that a row is for: SQLite names the columns of VALUES.
+sql::Expression setNumber() {
+    return sql::Column{kSets, "column1", true};
+}
 
 std::string numberText(std::size_t number) {
     return plain::text(static_cast<std::int64_t>(number));
 }
 
 // "column1 IN (0, 2)": the sets that hold one of the equal expressions.
-std::string inSets(const tsql::Select& select, const std::vector<std::size_t>& expressions) {
-    std::string sets;
+sql::Expression inSets(const tsql::Select& select, const std::vector<std::size_t>& expressions) {
+    sql::In sets{setNumber(), {}};
     for (std::size_t i = 0; i < select.groupingSets.size(); ++i) {
         const auto& set = select.groupingSets[i];
         const bool holds = std::ranges::any_of(expressions, [&](std::size_t each) {
             return std::ranges::find(set, each) != set.end();
         });
-        if (holds) sets += (sets.empty() ? "" : ", ") + numberText(i);
+        if (holds) sets.list.push_back(sql::number(static_cast<std::int64_t>(i)));
     }
-    return std::string(kSetNumber) + " IN (" + sets + ")";
+    return sets;
 }
 
 // The group that an expression repeats, or none.
-std::optional<std::size_t> groupOf(const Scope& scope, const std::string& sql) {
-    const auto found = std::ranges::find(scope.groups, sql);
+std::optional<std::size_t> groupOf(const Scope& scope, const sql::Expression& expression) {
+    const auto found = std::ranges::find(scope.groups, expression);
     if (found == scope.groups.end()) return std::nullopt;
     return static_cast<std::size_t>(found - scope.groups.begin());
 }
@@ -48,7 +55,7 @@ std::string groupingSetsSource(std::size_t count, bool joins) {
     std::string rows;
     for (std::size_t i = 0; i < count; ++i)
         rows += (i == 0 ? "(" : ", (") + numberText(i) + ")";
-    return (joins ? " CROSS JOIN (VALUES " : " FROM (VALUES ") + rows + ") AS \"kap sets\"";
+    return (joins ? " CROSS JOIN (VALUES " : " FROM (VALUES ") + rows + ") AS " + sqlName(kSets);
 }
 
 // The groups come out in the order of what they are grouped by, each total behind what it totals:
@@ -56,24 +63,22 @@ std::string groupingSetsSource(std::size_t count, bool joins) {
 std::string Binder::groupingSets(const tsql::Select& select, Scope& scope,
                                  const std::vector<BoundExpression>& groups) {
     std::string list = " GROUP BY ";
-    std::vector<std::string> texts;
     for (std::size_t i = 0; i < groups.size(); ++i) {
         std::vector<std::size_t> equal;
         for (std::size_t j = 0; j < groups.size(); ++j) {
             if (scope.groups[j] == scope.groups[i]) equal.push_back(j);
         }
-        const std::string held = inSets(select, equal);
-        const std::string leftOut = "(CASE WHEN " + held + " THEN 0 ELSE 1 END)";
-        BoundExpression value = groups[i];
-        value.sql = "(CASE WHEN " + held + " THEN " + value.sql + " END)";
-        value.plainColumn = false;
-        if (equal.front() == i) list += leftOut + ", " + collated(value) + ", ";
-        texts.push_back(value.sql);
+        const sql::Expression held = inSets(select, equal);
+        const sql::Expression leftOut = sql::when(held, sql::number(0), sql::number(1));
+        const sql::Expression value = sql::when(held, groups[i].tree);
+        if (equal.front() == i) {
+            list += sqlOf(leftOut) + ", " + sqlOf(sql::collated(value, groups[i].type)) + ", ";
+        }
+        scope.groupedValues.push_back(value);
         scope.groupsLeftOut.push_back(leftOut);
     }
-    scope.groupTexts = std::move(texts);
-    if (scope.groupTexts.empty()) scope.groupTexts.emplace_back();
-    return list + kSetNumber;
+    scope.groupingSets = true;
+    return list + sqlOf(setNumber());
 }
 
 // What repeats an expression of GROUP BY is null in the sets that leave it out.
@@ -91,10 +96,10 @@ std::optional<BoundExpression> Binder::groupedOfSets(const tsql::Expression& exp
     {
         const Restored before(scope.grouped, false);
         bound = value(expression, scope);
-        group = groupOf(scope, bound.sql);
+        group = groupOf(scope, bound.tree);
     }
     if (!group) return std::nullopt;
-    return BoundExpression::expression(scope.groupTexts[*group], bound.type, true);
+    return BoundExpression::expression(scope.groupedValues[*group], bound.type, true);
 }
 
 // GROUPING(a): 1 in the rows of sets without a; GROUPING_ID(a, b): the same as digits of a number.
@@ -106,20 +111,26 @@ std::optional<BoundExpression> Binder::groupingCall(const tsql::FunctionCall& ca
     if (call.arguments.empty() || (!several && call.arguments.size() != 1)) {
         throw ServerError(tsql::Message::WrongArgumentCount, {name, "1"}, line);
     }
-    std::string sql;
+    sql::Expression result;
     for (std::size_t i = 0; i < call.arguments.size(); ++i) {
         const Restored before(scope.grouped, false);
         const BoundExpression bound = value(*call.arguments[i], scope);
-        const auto group = groupOf(scope, bound.sql);
+        const auto group = groupOf(scope, bound.tree);
         if (!group) {
             throw ServerError(tsql::Message::ArgumentNotInGroupBy,
                               {numberText(i + 1), asciiUpper(name)}, line);
         }
-        const std::string leftOut =
-            *group < scope.groupsLeftOut.size() ? scope.groupsLeftOut[*group] : "0";
-        sql = sql.empty() ? leftOut : "(" + sql + " * 2 + " + leftOut + ")";
+        const sql::Expression leftOut =
+            *group < scope.groupsLeftOut.size() ? scope.groupsLeftOut[*group] : sql::number(0);
+        if (result) {
+            result = sql::Binary{sql::BinaryOperator::Multiply, std::move(result), sql::number(2)};
+            result = sql::Binary{sql::BinaryOperator::Add, std::move(result), leftOut};
+        } else {
+            result = leftOut;
+        }
     }
-    return BoundExpression::expression(sql, {several ? SqlType::Int : SqlType::TinyInt}, false);
+    return BoundExpression::expression(std::move(result),
+                                       {several ? SqlType::Int : SqlType::TinyInt}, false);
 }
 
 }  // namespace kap::engine

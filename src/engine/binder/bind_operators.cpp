@@ -1,6 +1,5 @@
 #include <algorithm>
-
-#include <kaputil/automation/plain_text.hpp>
+#include <utility>
 
 #include "base/ascii.hpp"
 #include "engine/binder/binder.hpp"
@@ -58,9 +57,9 @@ bool isBitwise(BinaryOperator op) {
 
 // A whole-number literal among decimals has as many digits as are written.
 TypeSpec decimalOperand(const BoundExpression& value) {
-    if (!value.constant || !tsql::isInteger(value.type.type)) return value.type;
+    if (value.constant() == nullptr || !tsql::isInteger(value.type.type)) return value.type;
     int digits = 1;
-    for (auto rest = std::get<std::int64_t>(*value.constant) / 10; rest != 0; rest /= 10)
+    for (auto rest = std::get<std::int64_t>(*value.constant()) / 10; rest != 0; rest /= 10)
         ++digits;
     return {SqlType::Numeric, 0, digits, 0};
 }
@@ -73,56 +72,37 @@ bool isSum(BinaryOperator op) {
     return op == BinaryOperator::Add || op == BinaryOperator::Subtract;
 }
 
-SumTerm sumTerm(const BoundExpression& value, bool minus) {
-    SumTerm term{minus, value.sql, storedScale(value.type), std::nullopt};
-    if (value.constant && tsql::isExact(value.type.type)) {
-        term.constant = narrow(exactOf(*value.constant));
-    }
-    return term;
-}
-
-// The name of a sum: "kap_add", "kap_float_subtract", "kap_accumulate"...
-std::string sumFunction(const std::vector<SumTerm>& terms, const TypeSpec& type) {
-    const std::string family = tsql::isApproximate(type.type) ? "kap_float_" : "kap_";
-    if (terms.size() > 2) return family + "accumulate";
-    return family + (terms[1].minus ? "subtract" : "add");
-}
-
-std::string sumText(const std::vector<SumTerm>& terms, const TypeSpec& type, int scale) {
-    const std::string function = sumFunction(terms, type);
-    if (terms.size() == 2) {
-        return callText(function.c_str(), terms[0].at(scale), terms[1].at(scale),
-                        typeArgument(type));
-    }
-    std::string signs;
-    std::string operands;
-    for (const SumTerm& term : terms) {
-        signs += term.minus ? '-' : '+';
-        operands += ", " + term.at(scale);
-    }
-    return function + "(" + typeArgument(type) + ", " + sqlText(signs) + operands + ")";
-}
-
-// A sum of many terms is one flat call: SQLite's parser has room for some thirty calls within each
-// other only. A function takes at most 127 arguments, so a longer sum goes on in a new call.
+// A sum goes on with what stands before it, and in a new one where that has so many terms already:
+// a function takes at most 127 arguments.
 BoundExpression sum(BinaryOperator op, const BoundExpression& left, const BoundExpression& right,
                     const TypeSpec& type, int scale) {
     constexpr std::size_t kMostTerms = 100;
-    BoundExpression result = BoundExpression::expression("", type, nullable(left, right));
-    const bool continues = !left.terms.empty() && left.terms.size() < kMostTerms &&
+    sql::Sum result{type, scale, {}};
+    const auto* before = left.chain.as<sql::Sum>();
+    const bool continues = before != nullptr && before->terms.size() < kMostTerms &&
                            (left.type == type || tsql::isDecimal(left.type.type));
-    result.terms = continues ? left.terms : std::vector<SumTerm>{sumTerm(left, false)};
-    result.terms.push_back(sumTerm(right, op == BinaryOperator::Subtract));
-    result.sql = sumText(result.terms, type, scale);
-    return result;
+    if (continues) {
+        result.terms.reserve(before->terms.size() + 1);
+        result.terms = before->terms;
+    } else {
+        result.terms.reserve(2);
+        result.terms.push_back({false, left.tree, storedScale(left.type)});
+    }
+    const bool minus = op == BinaryOperator::Subtract;
+    result.terms.push_back({minus, right.tree, storedScale(right.type)});
+    BoundExpression value =
+        BoundExpression::expression(std::move(result), type, nullable(left, right));
+    value.chain = value.tree;
+    return value;
 }
 
 BoundExpression modulo(const BoundExpression& left, const BoundExpression& right,
                        const TypeSpec& type, int scale) {
-    return BoundExpression::expression(
-        callText("kap_modulo", sumTerm(left, false).at(scale), sumTerm(right, false).at(scale),
-                 typeArgument(type)),
-        type, nullable(left, right));
+    const auto operand = [&](const BoundExpression& value) {
+        return sql::scaled({false, value.tree, storedScale(value.type)}, scale);
+    };
+    return BoundExpression::expression(sql::call(fn::kModulo, operand(left), operand(right), type),
+                                       type, nullable(left, right));
 }
 
 }  // namespace
@@ -131,39 +111,44 @@ BoundExpression Binder::negated(const BoundExpression& operand, int line) {
     if (operand.nullLiteral) return operand;
     TypeSpec type = operand.type;
     if (tsql::isApproximate(type.type)) {
-        if (operand.constant)
-            return BoundExpression::literal(-std::get<double>(*operand.constant), type);
-        return BoundExpression::expression("(-" + operand.sql + ")", type, operand.nullable);
+        if (const Value* constant = operand.constant())
+            return BoundExpression::literal(-std::get<double>(*constant), type);
+        return BoundExpression::expression(sql::Unary{sql::UnaryOperator::Minus, operand.tree},
+                                           type, operand.nullable);
     }
     if (!tsql::isExact(type.type) || type.type == SqlType::Bit) invalidOperand("minus", type, line);
     if (type.type == SqlType::TinyInt) type = {SqlType::SmallInt};
-    if (operand.constant) {
+    if (const Value* constant = operand.constant()) {
         try {
             // The lowest bigint has no counterpart.
-            return BoundExpression::literal(fitWide(-exactOf(*operand.constant), storedScale(type),
-                                                    type, Rounding::Truncate, "expression"),
+            return BoundExpression::literal(fitWide(-exactOf(*constant), storedScale(type), type,
+                                                    Rounding::Truncate, "expression"),
                                             type);
         } catch (const ServerError& error) {
             throw error.at(line);
         }
     }
-    return BoundExpression::expression(callText("kap_negate", operand.sql, typeArgument(type)),
-                                       type, operand.nullable);
+    return BoundExpression::expression(sql::call(fn::kNegate, operand.tree, type), type,
+                                       operand.nullable);
 }
 
 BoundExpression Binder::bitwiseNot(const BoundExpression& operand, int line) const {
     const TypeSpec& type = operand.type;
     if (!tsql::isInteger(type.type)) invalidOperand("'~'", type, line);
-    std::string sql = "(~" + operand.sql + ")";
-    if (type.type == SqlType::TinyInt) sql = "(~" + operand.sql + " & 255)";
-    if (type.type == SqlType::Bit) sql = "(1 - " + operand.sql + ")";
-    return BoundExpression::expression(sql, type, operand.nullable);
+    constexpr std::int64_t kByte = 255;
+    sql::Expression result = sql::Unary{sql::UnaryOperator::BitNot, operand.tree};
+    if (type.type == SqlType::TinyInt) {
+        result = sql::Binary{sql::BinaryOperator::BitAnd, std::move(result), sql::number(kByte)};
+    } else if (type.type == SqlType::Bit) {
+        result = sql::Binary{sql::BinaryOperator::Subtract, sql::number(1), operand.tree};
+    }
+    return BoundExpression::expression(std::move(result), type, operand.nullable);
 }
 
 BoundExpression Binder::arithmetic(BinaryOperator op, BoundExpression left, BoundExpression right,
                                    int line) const {
-    if (left.nullLiteral) left = BoundExpression::expression("NULL", right.type, true);
-    if (right.nullLiteral) right = BoundExpression::expression("NULL", left.type, true);
+    if (left.nullLiteral) left = BoundExpression::nullOf(right.type);
+    if (right.nullLiteral) right = BoundExpression::nullOf(left.type);
     for (const BoundExpression* operand : {&left, &right}) {
         const SqlType type = operand->type.type;
         const bool large =
@@ -176,7 +161,7 @@ BoundExpression Binder::arithmetic(BinaryOperator op, BoundExpression left, Boun
                         tsql::isDate(left.type.type) || tsql::isDate(right.type.type);
     const bool binaries = tsql::isBinary(left.type.type) || tsql::isBinary(right.type.type);
     if (!others) {
-        if (op == BinaryOperator::Add) return joined(left, right, line);
+        if (op == BinaryOperator::Add) return joined(std::move(left), right, line);
         if (texts && !binaries) invalidOperand(operatorName(op), left.type, line);
         incompatible(op, left.type, right.type, line);
     }
@@ -194,28 +179,36 @@ BoundExpression Binder::arithmetic(BinaryOperator op, BoundExpression left, Boun
     return exactArithmetic(op, left, right, line);
 }
 
-BoundExpression Binder::joined(const BoundExpression& left, const BoundExpression& right,
-                               int line) const {
+BoundExpression Binder::joined(BoundExpression left, const BoundExpression& right, int line) const {
     const bool binary = tsql::isBinary(left.type.type);
     if (binary != tsql::isBinary(right.type.type))
         incompatible(BinaryOperator::Add, left.type, right.type, line);
     const TypeSpec type = joinedType(left.type, right.type);
-    BoundExpression result = BoundExpression::expression("", type, nullable(left, right));
-    result.joint = (left.joint.empty() ? left.sql : left.joint) + " || " + right.sql;
-    result.sql = "(" + result.joint + ")";
+    const bool goesOn = left.chain.as<sql::Chain>() != nullptr;
+    const bool leftIsCut = goesOn && !left.tree.isSame(left.chain);
+    sql::Chain chain{sql::ChainOperator::Join, {}};
+    if (goesOn) {
+        left.tree = {};
+        chain = std::move(left.chain).take<sql::Chain>();
+    } else {
+        chain.parts.push_back(std::move(left.tree));
+    }
+    chain.parts.push_back(right.tree);
+    BoundExpression result =
+        BoundExpression::expression(std::move(chain), type, nullable(left, right));
+    result.chain = result.tree;
     if (binary) {
-        result.sql = "CAST(" + result.sql + " AS BLOB)";
+        result.tree = sql::Bytes{std::move(result.tree)};
         return result;
     }
     // What goes beyond the longest text is cut, as the server does without a word. In a chain it is
     // enough to cut once.
     const bool mayBeLonger =
         type.length != tsql::kMaxLength && left.type.length + right.type.length > type.length;
-    if (mayBeLonger || left.cut) {
+    if (mayBeLonger || leftIsCut) {
         const BoundExpression whole =
-            BoundExpression::expression(result.sql, {type.type, tsql::kMaxLength}, result.nullable);
-        result.sql = castTo(whole, type, 0, line).sql;
-        result.cut = true;
+            BoundExpression::expression(result.chain, {type.type, tsql::kMaxLength}, true);
+        result.tree = castTo(whole, type, 0, line).tree;
     }
     return result;
 }
@@ -241,25 +234,23 @@ BoundExpression Binder::wholeArithmetic(BinaryOperator op, const BoundExpression
                                         const BoundExpression& right, const TypeSpec& type) const {
     const int scale = storedScale(type);
     if (isSum(op)) return sum(op, left, right, type, scale);
-    const std::string packed = typeArgument(type);
-    const auto result = [&](std::string sql) {
-        return BoundExpression::expression(std::move(sql), type, nullable(left, right));
+    const auto result = [&](sql::Expression tree) {
+        return BoundExpression::expression(std::move(tree), type, nullable(left, right));
     };
     switch (op) {
         case BinaryOperator::BitAnd:
-            return result("(" + left.sql + " & " + right.sql + ")");
+            return result(sql::Binary{sql::BinaryOperator::BitAnd, left.tree, right.tree});
         case BinaryOperator::BitOr:
-            return result("(" + left.sql + " | " + right.sql + ")");
+            return result(sql::Binary{sql::BinaryOperator::BitOr, left.tree, right.tree});
         case BinaryOperator::BitXor:
-            return result(callText("kap_xor", left.sql, right.sql));
+            return result(sql::call(fn::kXor, left.tree, right.tree));
         case BinaryOperator::Multiply: {
             const int productScale = storedScale(left.type) + storedScale(right.type);
-            return result(
-                callText("kap_multiply", left.sql, right.sql, plain::text(productScale), packed));
+            return result(sql::call(fn::kMultiply, left.tree, right.tree, productScale, type));
         }
         case BinaryOperator::Divide: {
             const int shift = scale - storedScale(left.type) + storedScale(right.type);
-            return result(callText("kap_divide", left.sql, right.sql, plain::text(shift), packed));
+            return result(sql::call(fn::kDivide, left.tree, right.tree, shift, type));
         }
         default:
             return modulo(left, right, type, scale);
@@ -271,14 +262,13 @@ BoundExpression Binder::decimalArithmetic(BinaryOperator op, const BoundExpressi
     const TypeSpec type = decimalResult(op, decimalOperand(left), decimalOperand(right));
     if (isSum(op)) return sum(op, left, right, type, type.scale);
     if (op == BinaryOperator::Modulo) return modulo(left, right, type, type.scale);
-    const std::string packed = typeArgument(type);
     const int leftScale = storedScale(left.type);
     const int rightScale = storedScale(right.type);
     const bool product = op == BinaryOperator::Multiply;
     const int shift = product ? leftScale + rightScale : type.scale - leftScale + rightScale;
-    return BoundExpression::expression(callText(product ? "kap_multiply" : "kap_divide", left.sql,
-                                                right.sql, plain::text(shift), packed),
-                                       type, nullable(left, right));
+    return BoundExpression::expression(
+        sql::call(product ? fn::kMultiply : fn::kDivide, left.tree, right.tree, shift, type), type,
+        nullable(left, right));
 }
 
 BoundExpression Binder::floatArithmetic(BinaryOperator op, const BoundExpression& left,
@@ -291,9 +281,9 @@ BoundExpression Binder::floatArithmetic(BinaryOperator op, const BoundExpression
     const BoundExpression first = convertTo(left, type, line);
     const BoundExpression second = convertTo(right, type, line);
     if (isSum(op)) return sum(op, first, second, type, 0);
-    return BoundExpression::expression(callText(product ? "kap_float_multiply" : "kap_float_divide",
-                                                first.sql, second.sql, typeArgument(type)),
-                                       type, nullable(left, right));
+    return BoundExpression::expression(
+        sql::call(product ? fn::kFloatMultiply : fn::kFloatDivide, first.tree, second.tree, type),
+        type, nullable(left, right));
 }
 
 BoundExpression Binder::dateArithmetic(BinaryOperator op, const BoundExpression& left,
@@ -318,9 +308,9 @@ BoundExpression Binder::dateArithmetic(BinaryOperator op, const BoundExpression&
     const TypeSpec type = commonType(left.type, right.type);
     const BoundExpression first = convertTo(left, type, line);
     const BoundExpression second = convertTo(right, type, line);
-    const char* function = op == BinaryOperator::Add ? "kap_date_sum" : "kap_date_difference";
-    return BoundExpression::expression(
-        callText(function, first.sql, second.sql, typeArgument(type)), type, nullable(left, right));
+    const fn::Function& function = op == BinaryOperator::Add ? fn::kDateSum : fn::kDateDifference;
+    return BoundExpression::expression(sql::call(function, first.tree, second.tree, type), type,
+                                       nullable(left, right));
 }
 
 }  // namespace kap::engine

@@ -4,7 +4,7 @@
 
 #include "base/ascii.hpp"
 #include "engine/binder/binder.hpp"
-#include "engine/sqlite/collation.hpp"
+#include "engine/sqlite/sql_writer.hpp"
 #include "tsql/server_error.hpp"
 
 namespace kap::engine {
@@ -42,7 +42,7 @@ std::optional<std::size_t> namedItem(const OrderItem& item,
     std::optional<std::size_t> found;
     for (std::size_t i = 0; i < columns.size(); ++i) {
         if (!sameName(columns[i].name, name)) continue;
-        if (found && columns[*found].value.sql != columns[i].value.sql) {
+        if (found && columns[*found].value.tree != columns[i].value.tree) {
             throw ServerError(tsql::Message::AmbiguousColumn, {name}, item.value->line);
         }
         if (!found) found = i;
@@ -56,18 +56,21 @@ void checkSortable(const BoundExpression& value, int line) {
     throw ServerError(tsql::Message::LargeTypeNotComparable, {}, line);
 }
 
-std::string byPosition(std::size_t index, const BoundExpression& value) {
-    return plain::text(static_cast<std::int64_t>(index) + 1) + collationText(value.type);
+sql::Expression byPosition(std::size_t index, const BoundExpression& value) {
+    return sql::collated(sql::number(static_cast<std::int64_t>(index) + 1), value.type);
 }
 
-std::string orderList(const std::vector<std::string>& terms, const std::vector<OrderItem>& items) {
+std::string orderList(const std::vector<sql::Expression>& terms,
+                      const std::vector<OrderItem>& items) {
     std::string result;
     for (std::size_t i = 0; i < terms.size(); ++i) {
         const auto own = terms.begin() + static_cast<std::ptrdiff_t>(i);
         if (std::find(terms.begin(), own, terms[i]) != own) {
             throw ServerError(tsql::Message::OrderColumnTwice, {}, items[i].value->line);
         }
-        result += (i == 0 ? " ORDER BY " : ", ") + terms[i] + (items[i].descending ? " DESC" : "");
+        result += i == 0 ? " ORDER BY " : ", ";
+        appendSql(result, terms[i]);
+        if (items[i].descending) result += " DESC";
     }
     return result;
 }
@@ -75,7 +78,7 @@ std::string orderList(const std::vector<std::string>& terms, const std::vector<O
 }  // namespace
 
 void Binder::orderRows(const std::vector<OrderItem>& items, BoundSelect& bound) {
-    std::vector<std::string> terms;
+    std::vector<sql::Expression> terms;
     const Restored clause(bound.scope->groupedClause, "ORDER BY clause");
     for (const OrderItem& item : items) {
         const int line = item.value->line;
@@ -91,12 +94,13 @@ void Binder::orderRows(const std::vector<OrderItem>& items, BoundSelect& bound) 
         BoundExpression value = this->value(*item.value, *bound.scope);
         bound.ordersByOuter = bound.ordersByOuter || bound.scope->readsOuter;
         checkSortable(value, line);
-        if (value.constant || value.nullLiteral) {
+        if (value.constant() != nullptr || value.nullLiteral) {
             throw ServerError(tsql::Message::ConstantInOrderBy,
                               {plain::text(static_cast<std::int64_t>(terms.size()) + 1)}, line);
         }
-        const auto listed = std::ranges::find_if(
-            bound.items, [&](const OutputColumn& column) { return column.value.sql == value.sql; });
+        const auto listed = std::ranges::find_if(bound.items, [&](const OutputColumn& column) {
+            return column.value.tree == value.tree;
+        });
         if (bound.distinct && listed == bound.items.end()) {
             throw ServerError(tsql::Message::OrderByNotInDistinctList, {}, line);
         }
@@ -110,13 +114,12 @@ void Binder::orderRows(const std::vector<OrderItem>& items, BoundSelect& bound) 
 std::string Binder::orderedBy(const BoundSelect& select, std::string& columns) {
     std::string list;
     for (const BoundSelect::OrderKey& key : select.keys) {
-        const std::string own =
-            sqlName("o" + plain::text(static_cast<std::int64_t>(&key - select.keys.data())));
-        const std::string name = key.item ? numberedName(*key.item) : own;
+        const sql::Expression own =
+            sql::column("o" + plain::text(static_cast<std::int64_t>(&key - select.keys.data())));
         const BoundExpression& value = key.item ? select.items[*key.item].value : key.value;
-        if (!key.item) columns += ", " + value.sql + " AS " + own;
-        list += (list.empty() ? "ORDER BY " : ", ") + name;
-        list += collationText(value.type);
+        if (!key.item) columns += ", " + sqlOf(value.tree) + " AS " + sqlOf(own);
+        list += list.empty() ? "ORDER BY " : ", ";
+        appendSql(list, sql::collated(key.item ? numberedColumn(*key.item) : own, value.type));
         if (key.descending) list += " DESC";
     }
     return list;
@@ -124,7 +127,7 @@ std::string Binder::orderedBy(const BoundSelect& select, std::string& columns) {
 
 std::string Binder::unionOrderText(const std::vector<OrderItem>& items,
                                    const std::vector<OutputColumn>& columns) {
-    std::vector<std::string> terms;
+    std::vector<sql::Expression> terms;
     for (const OrderItem& item : items) {
         auto index = position(item, columns.size());
         if (!index) index = namedItem(item, columns);

@@ -4,6 +4,7 @@
 #include <kaputil/automation/plain_text.hpp>
 
 #include "engine/binder/binder.hpp"
+#include "engine/sqlite/sql_writer.hpp"
 #include "tsql/server_error.hpp"
 
 // PIVOT and UNPIVOT.
@@ -15,6 +16,12 @@ namespace {
 
 // The name under which the rows stand that are turned.
 constexpr const char* kTurned = "kap turned";
+// The numbers and the names of the columns that UNPIVOT lists, as SQLite names columns of VALUES.
+constexpr const char* kNames = "kap names";
+
+sql::Expression nameColumn(int place) {
+    return sql::Column{kNames, "column" + plain::text(place), true};
+}
 
 bool standsAmong(const std::vector<std::string>& names, const std::string& name) {
     return std::ranges::any_of(names,
@@ -36,25 +43,25 @@ BoundSource Binder::pivotTable(const tsql::PivotTable& pivot, int line, Scope& s
     const SourceColumn* value =
         pivot.value.parts.empty() ? nullptr : &resolveColumn({{pivot.value.last()}, line}, turned);
     BoundQuery result;
+    std::string items;
     std::string groups;
     for (const SourceColumn& each : turned.sources.front().columns) {
         if (&each == &turnedColumn || &each == value) continue;
         if (standsAmong(pivot.names, each.name)) {
             throw ServerError(tsql::Message::ColumnNamedTwice, {each.name, pivot.alias}, line);
         }
-        const std::string name = numberedName(result.columns.size());
-        groups += (groups.empty() ? " GROUP BY " : ", ") + collated(each.value);
-        result.sql += (result.columns.empty() ? "SELECT " : ", ") + each.value.sql + " AS " + name;
+        groups += groups.empty() ? " GROUP BY " : ", ";
+        appendSql(groups, collated(each.value));
+        appendItem(items, each.value.tree, result.columns.size());
         result.columns.push_back({each.name, each.value});
     }
     for (std::size_t i = 0; i < pivot.names.size(); ++i) {
         BoundExpression aggregate = this->value(*pivot.aggregates[i], turned);
         aggregate.nullable = true;
-        result.sql += (result.columns.empty() ? "SELECT " : ", ") + aggregate.sql + " AS " +
-                      numberedName(result.columns.size());
+        appendItem(items, aggregate.tree, result.columns.size());
         result.columns.push_back({pivot.names[i], std::move(aggregate)});
     }
-    result.sql += " FROM " + rows.sql + groups;
+    result.sql = "SELECT " + items + " FROM " + rows.sql + groups;
     return querySource(std::move(result), pivot.columnAliases, pivot.alias, line);
 }
 
@@ -64,7 +71,7 @@ BoundSource Binder::unpivotTable(const tsql::UnpivotTable& unpivot, int line, Sc
         querySource(query(*unpivot.rows, scope.outer, QueryPlace::Nested), {}, kTurned, line);
     Scope turned;
     turned.sources = std::move(rows.sources);
-    std::string values = "CASE \"kap names\".column1";
+    sql::Case values{nameColumn(1), {}};
     std::string numbers;
     const SourceColumn* first = nullptr;
     for (std::size_t i = 0; i < unpivot.columns.size(); ++i) {
@@ -73,26 +80,30 @@ BoundSource Binder::unpivotTable(const tsql::UnpivotTable& unpivot, int line, Sc
         if (!(each.value.type == first->value.type)) {
             throw ServerError(tsql::Message::UnpivotTypesDiffer, {each.name}, line);
         }
-        const std::string number = plain::text(static_cast<std::int64_t>(i) + 1);
-        values += " WHEN " + number + " THEN " + each.value.sql;
-        numbers += (i == 0 ? "VALUES (" : ", (") + number + ", " + sqlText(each.name) + ")";
+        const auto number = static_cast<std::int64_t>(i) + 1;
+        values.branches.push_back({sql::number(number), each.value.tree});
+        numbers +=
+            (i == 0 ? "VALUES (" : ", (") + plain::text(number) + ", " + sqlText(each.name) + ")";
     }
     BoundQuery result;
-    const auto add = [&](const std::string& name, const std::string& sql,
+    std::string items;
+    const auto add = [&](const std::string& name, const sql::Expression& tree,
                          const tsql::TypeSpec& type, bool nullable) {
-        const std::string own = numberedName(result.columns.size());
-        result.sql += (result.columns.empty() ? "SELECT " : ", ") + sql + " AS " + own;
-        result.columns.push_back({name, BoundExpression::expression(own, type, nullable)});
+        const std::size_t place = result.columns.size();
+        appendItem(items, tree, place);
+        result.columns.push_back(
+            {name, BoundExpression::expression(numberedColumn(place), type, nullable)});
     };
     for (const SourceColumn& each : turned.sources.front().columns) {
         if (standsAmong(unpivot.columns, each.name)) continue;
         add(each.name, collated(each.value), each.value.type, each.value.nullable);
     }
     constexpr int kNameLength = 128;
-    add(unpivot.value, values + " END", first->value.type, false);
-    add(unpivot.name, "\"kap names\".column2", {tsql::SqlType::NVarChar, kNameLength}, false);
-    result.sql += " FROM " + rows.sql + " CROSS JOIN (" + numbers + ") AS \"kap names\" WHERE " +
-                  values + " END IS NOT NULL";
+    const sql::Expression value = std::move(values);
+    add(unpivot.value, value, first->value.type, false);
+    add(unpivot.name, nameColumn(2), {tsql::SqlType::NVarChar, kNameLength}, false);
+    result.sql = "SELECT " + items + " FROM " + rows.sql + " CROSS JOIN (" + numbers + ") AS " +
+                 sqlName(kNames) + " WHERE " + sqlOf(sql::isNotNull(value));
     return querySource(std::move(result), unpivot.columnAliases, unpivot.alias, line);
 }
 

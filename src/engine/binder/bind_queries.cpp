@@ -7,6 +7,7 @@
 #include "base/ascii.hpp"
 #include "engine/binder/binder.hpp"
 #include "engine/binder/type_rules.hpp"
+#include "engine/sqlite/sql_writer.hpp"
 #include "tsql/parser.hpp"
 #include "tsql/server_error.hpp"
 #include "tsql/stack_limit.hpp"
@@ -27,6 +28,11 @@ const tsql::Query& withoutBrackets(const tsql::Query& query) {
         inner = bracketed->get();
     }
     return *inner;
+}
+
+// " LIMIT n", or nothing.
+std::string limitText(const sql::Expression& limit) {
+    return limit ? " LIMIT " + sqlOf(limit) : std::string();
 }
 
 bool hasTop(const tsql::Query& query) {
@@ -105,20 +111,20 @@ BoundQuery Binder::valuesInOrder(const tsql::Query& query) {
     outside.sources = rows.scope->sources;
     for (Source& source : outside.sources) {
         for (SourceColumn& column : source.columns) {
-            const std::string name = numberedName(rows.items.size());
+            sql::Expression own = numberedColumn(rows.items.size());
             rows.items.push_back({"", column.value});
-            column.value = BoundExpression::expression(name, column.value.type, true);
+            column.value = BoundExpression::expression(std::move(own), column.value.type, true);
         }
     }
     BoundQuery result;
     result.columns = itemValues(select->items, outside);
     std::string list;
     for (std::size_t i = 0; i < result.columns.size(); ++i) {
-        list += (i == 0 ? "" : ", ") + result.columns[i].value.sql + " AS " + numberedName(i);
+        appendItem(list, result.columns[i].value.tree, i);
     }
     // A part with OFFSET is never merged into the whole, so it stays sorted first.
     result.sql = with + "SELECT " + list + " FROM (" + selectText(rows) +
-                 (rows.limit.empty() ? " LIMIT -1" : "") + " OFFSET 0)";
+                 (rows.limit ? "" : " LIMIT -1") + " OFFSET 0)";
     return result;
 }
 
@@ -133,20 +139,18 @@ std::string Binder::nestedText(const BoundSelect& select) {
     std::string names;
     std::string columns;
     for (std::size_t i = 0; i < select.items.size(); ++i) {
-        const std::string comma = i == 0 ? "" : ", ";
-        names += comma + numberedName(i);
-        columns += comma + collated(select.items[i].value) + " AS " + numberedName(i);
+        names += (i == 0 ? "" : ", ") + numberedName(i);
+        appendItem(columns, collated(select.items[i].value), i);
     }
     const std::string order = orderedBy(select, columns);
     const std::string rows =
         (select.distinct ? "SELECT DISTINCT " : "SELECT ") + columns + select.tail;
     if (!select.ranked) {
-        return "SELECT " + names + " FROM (" + rows + ") " + order +
-               (select.limit.empty() ? "" : " LIMIT " + select.limit);
+        return "SELECT " + names + " FROM (" + rows + ") " + order + limitText(select.limit);
     }
     return "SELECT " + names + " FROM (SELECT *, " + (select.ties ? "rank()" : "row_number()") +
-           " OVER (" + order + ") AS \"rank\", " + select.limit + " AS \"most\" FROM (" + rows +
-           ")) WHERE \"rank\" <= \"most\" ORDER BY \"rank\"";
+           " OVER (" + order + ") AS \"rank\", " + sqlOf(select.limit) + " AS \"most\" FROM (" +
+           rows + ")) WHERE \"rank\" <= \"most\" ORDER BY \"rank\"";
 }
 
 // OFFSET n ROWS FETCH NEXT m ROWS ONLY.
@@ -157,11 +161,11 @@ std::string Binder::rowLimits(const tsql::Query& query, Scope* outer) {
     constants.limitsRows = true;
     const auto count = [&](const tsql::Expression& expression) {
         const BoundExpression bound = value(expression, constants);
-        return convertTo(bound, {tsql::SqlType::BigInt}, expression.line).sql;
+        return sql::call(fn::kTop, convertTo(bound, {tsql::SqlType::BigInt}, expression.line).tree);
     };
-    const std::string offset = callText("kap_top", count(*query.offset));
-    const std::string limit = query.fetch ? callText("kap_top", count(*query.fetch)) : "-1";
-    return " LIMIT " + limit + " OFFSET " + offset;
+    const sql::Expression offset = count(*query.offset);
+    const sql::Expression most = query.fetch ? count(*query.fetch) : sql::number(-1);
+    return " LIMIT " + sqlOf(most) + " OFFSET " + sqlOf(offset);
 }
 
 Binder::BoundSelect Binder::term(const tsql::QueryTerm& term,
@@ -180,23 +184,22 @@ Binder::BoundSelect Binder::term(const tsql::QueryTerm& term,
     bound.scope->outer = outer;
     bound.items = inner.columns;
     for (std::size_t i = 0; i < bound.items.size(); ++i) {
-        bound.items[i].value.sql = numberedName(i);
-        bound.items[i].value.constant.reset();
+        bound.items[i].value = bound.items[i].value.readBy(numberedColumn(i));
     }
     bound.tail = " FROM (" + inner.sql + ")";
     return bound;
 }
 
 std::string Binder::selectText(const BoundSelect& select) {
-    const bool ranks = select.ranked && !select.limit.empty();
+    const bool ranks = select.ranked && select.limit;
     if (ranks || select.ordersByOuter) return nestedText(select);
     std::string sql = select.distinct ? "SELECT DISTINCT " : "SELECT ";
     for (std::size_t i = 0; i < select.items.size(); ++i) {
-        if (i > 0) sql += ", ";
-        sql += collated(select.items[i].value) + " AS " + numberedName(i);
+        appendItem(sql, collated(select.items[i].value), i);
     }
-    sql += select.tail + select.order;
-    if (!select.limit.empty()) sql += " LIMIT " + select.limit;
+    sql += select.tail;
+    sql += select.order;
+    if (select.limit) sql += limitText(select.limit);
     return sql;
 }
 

@@ -1,7 +1,9 @@
 #include <algorithm>
+#include <utility>
 
 #include "engine/binder/binder.hpp"
 #include "engine/binder/type_rules.hpp"
+#include "engine/sqlite/sql_writer.hpp"
 #include "tsql/server_error.hpp"
 
 namespace kap::engine {
@@ -65,7 +67,9 @@ Binder::BoundSelect Binder::select(const tsql::Select& select,
     }
     if (select.where) {
         bound.scope->aggregates = AggregateUse::RefusedInWhere;
-        bound.tail += " WHERE " + condition(*select.where, *bound.scope);
+        const sql::Expression where = condition(*select.where, *bound.scope);
+        bound.tail += " WHERE ";
+        appendSql(bound.tail, where);
     }
     bound.grouped = isAggregateQuery(select, orderBy);
     if (bound.grouped) grouping(select, bound);
@@ -74,7 +78,7 @@ Binder::BoundSelect Binder::select(const tsql::Select& select,
     if (select.having) {
         const Restored clause(bound.scope->groupedClause, "HAVING clause");
         const Restored windows(bound.scope->windowsRefused, true);
-        bound.tail += " HAVING " + condition(*select.having, *bound.scope);
+        bound.tail += " HAVING " + sqlOf(condition(*select.having, *bound.scope));
     }
     if (select.top) {
         // The rows that a share is of can be counted beside them only where the counting need not
@@ -82,8 +86,7 @@ Binder::BoundSelect Binder::select(const tsql::Select& select,
         const bool percent = select.top->percent;
         bound.ties = select.top->withTies;
         bound.ranked = bound.ties || (percent && outer != nullptr);
-        bound.limit =
-            percent ? percentText(*select.top, bound) : limitText(*select.top, *bound.scope);
+        bound.limit = percent ? percentLimit(*select.top, bound) : limit(*select.top, *bound.scope);
     }
     return bound;
 }
@@ -100,11 +103,12 @@ void Binder::grouping(const tsql::Select& select, BoundSelect& bound) {
         if (bound.scope->readsOuter && bound.scope->readsOwn) {
             throw tsql::unsupported("GROUP BY with columns of an outer query", expression->line);
         }
-        if (value.constant || value.nullLiteral || bound.scope->readsOuter) {
+        if (value.constant() != nullptr || value.nullLiteral || bound.scope->readsOuter) {
             throw ServerError(tsql::Message::GroupByWithoutColumn, {}, expression->line);
         }
-        list += (list.empty() ? " GROUP BY " : ", ") + collated(value);
-        bound.scope->groups.push_back(value.sql);
+        list += list.empty() ? " GROUP BY " : ", ";
+        appendSql(list, collated(value));
+        bound.scope->groups.push_back(value.tree);
         if (!select.groupingSets.empty()) groups.push_back(value);
     }
     if (!select.groupingSets.empty()) list = groupingSets(select, *bound.scope, groups);
@@ -172,38 +176,42 @@ std::vector<OutputColumn> Binder::itemValues(const std::vector<tsql::SelectItem>
 }
 
 // TOP n PERCENT of the rows, which are counted first.
-std::string Binder::percentText(const tsql::TopClause& top, const BoundSelect& bound) {
-    if (bound.ranked) return percentText(top, "count(*) OVER ()", *bound.scope);
-    return percentText(top, "(SELECT count(*) FROM (" + selectText(bound) + "))", *bound.scope);
+sql::Expression Binder::percentLimit(const tsql::TopClause& top, const BoundSelect& bound) {
+    if (bound.ranked) {
+        return percentLimit(top, sql::Over{sql::call(fn::kCount, sql::Star()), sql::Window()},
+                            *bound.scope);
+    }
+    return percentLimit(top, rowCount(selectText(bound)), *bound.scope);
 }
 
-std::string Binder::percentText(const tsql::TopClause& top, const std::string& count,
-                                Scope& scope) {
+sql::Expression Binder::percentLimit(const tsql::TopClause& top, sql::Expression count,
+                                     Scope& scope) {
     Scope constants;
     constants.outer = &scope;
     constants.limitsRows = true;
     const BoundExpression percent = value(*top.count, constants);
     const BoundExpression share = convertTo(percent, {tsql::SqlType::Float}, top.count->line);
-    return callText("kap_top_percent", count, share.sql);
+    return sql::call(fn::kTopPercent, std::move(count), share.tree);
 }
 
-std::string Binder::limitText(const tsql::TopClause& top, Scope& scope) {
+sql::Expression Binder::limit(const tsql::TopClause& top, Scope& scope) {
     Scope constants;
     constants.outer = &scope;
     constants.limitsRows = true;
     BoundExpression count = value(*top.count, constants);
     const int line = top.count->line;
     // 9223372036854775807 is written by programs, and is a decimal.
-    const bool whole = count.constant && tsql::isDecimal(count.type.type) && count.type.scale == 0;
+    const bool whole =
+        count.constant() != nullptr && tsql::isDecimal(count.type.type) && count.type.scale == 0;
     if (whole) count = convertTo(count, {SqlType::BigInt}, line);
     if (count.nullLiteral || !tsql::isInteger(count.type.type)) {
         throw ServerError(tsql::Message::RowCountNotInteger, {}, line);
     }
-    if (!count.constant) return callText("kap_top", count.sql);
-    if (std::get<std::int64_t>(*count.constant) < 0) {
+    if (count.constant() == nullptr) return sql::call(fn::kTop, count.tree);
+    if (std::get<std::int64_t>(*count.constant()) < 0) {
         throw ServerError(tsql::Message::NegativeRowCount, {}, line);
     }
-    return count.sql;
+    return count.tree;
 }
 
 }  // namespace kap::engine

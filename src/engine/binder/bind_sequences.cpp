@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <utility>
 
 #include "engine/binder/binder.hpp"
 #include "engine/catalog/object_names.hpp"
@@ -23,20 +24,21 @@ BoundExpression Binder::nextValue(const tsql::FunctionCall& call, int line, Scop
     }
     if (names_.settings().rowLimit > 0) throw ServerError(tsql::Message::DrawWithTop, {}, line);
     drawsNumbers_ = true;
-    const std::string own = sqlText(sequence->name);
-    std::string drawn;
+    const sql::Expression own = sql::text(sequence->name);
+    sql::Expression drawn;
     if (call.over) {
         const Restored inside(scope.insideWindow, true);
         ++windowsBound_;
-        drawn =
-            callText("kap_ranked_value", own, "row_number()" + overText(*call.over, line, scope));
+        const sql::Expression place =
+            sql::Over{sql::call(fn::kRowNumber), windowOf(*call.over, line, scope)};
+        drawn = sql::call(fn::kRankedValue, own, place);
     } else {
         const bool again =
             std::ranges::find(scope.drawnFrom, sequence->name) != scope.drawnFrom.end();
         if (!again) scope.drawnFrom.push_back(sequence->name);
-        drawn = callText(again ? "kap_same_value" : "kap_next_value", own);
+        drawn = sql::call(again ? fn::kSameValue : fn::kNextValue, own);
     }
-    if (tsql::isWideDecimal(sequence->type)) drawn = callText("kap_wide", drawn, "0");
+    if (tsql::isWideDecimal(sequence->type)) drawn = sql::call(fn::kWide, std::move(drawn), 0);
     return BoundExpression::expression(drawn, sequence->type, false);
 }
 

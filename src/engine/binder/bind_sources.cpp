@@ -7,11 +7,11 @@
 
 #include "base/ascii.hpp"
 #include "engine/binder/binder.hpp"
+#include "engine/binder/row_numbers.hpp"
 #include "engine/catalog/object_names.hpp"
+#include "engine/sqlite/sql_writer.hpp"
 #include "tsql/server_error.hpp"
 #include "tsql/stack_limit.hpp"
-
-#include "engine/binder/row_numbers.hpp"
 
 namespace kap::engine {
 
@@ -23,9 +23,7 @@ namespace {
 constexpr std::size_t kDeepestViews = 32;
 constexpr std::size_t kLongestView = std::size_t{16} * 1024 * 1024;
 
-std::string columnSql(const std::string& source, const std::string& column) {
-    return sqlName(source) + "." + sqlName(column);
-}
+constexpr const char* kRowNumber = "kap row number";
 
 const char* joinWord(JoinKind kind) {
     switch (kind) {
@@ -94,8 +92,8 @@ Source Binder::tableSource(const Table& table, const std::string& name) {
     Source source{name, &table, {}};
     if (sameName(name, table.name)) source.object = table.name;
     for (const Column& column : table.columns) {
-        BoundExpression value =
-            BoundExpression::expression(columnSql(name, column.name), column.type, column.nullable);
+        BoundExpression value = BoundExpression::expression(sql::column(name, column.name),
+                                                            column.type, column.nullable);
         value.table = &table;
         value.column = &column;
         value.plainColumn = true;
@@ -153,7 +151,7 @@ BoundSource Binder::bracketedSource(const tsql::TableSource& source, Scope& scop
 Source Binder::ownColumns(const Table& table) {
     Source source = tableSource(table, table.name);
     for (std::size_t i = 0; i < source.columns.size(); ++i)
-        source.columns[i].value.sql = sqlName(table.columns[i].name);
+        source.columns[i].value.tree = sql::column(table.columns[i].name);
     return source;
 }
 
@@ -185,9 +183,9 @@ BoundSource Binder::storedTable(const tsql::ObjectName& named, const std::string
     if (!needsRowNumbers_ || !withinBrackets_) {
         return {stored + " AS " + sqlName(name), {std::move(source)}, false};
     }
-    source.rowNumber = columnSql(name, "kap row number");
-    return {"(SELECT " + rowNumberName(table) + " AS \"kap row number\", * FROM " + stored +
-                ") AS " + sqlName(name),
+    source.rowNumber = sql::column(name, kRowNumber);
+    return {"(SELECT " + rowNumberName(table) + " AS " + sqlName(kRowNumber) + ", * FROM " +
+                stored + ") AS " + sqlName(name),
             {std::move(source)},
             false};
 }
@@ -204,12 +202,8 @@ BoundSource Binder::querySource(BoundQuery bound, const std::vector<std::string>
     checkOwnNames(bound.columns, name, line);
     Source result{name, nullptr, {}};
     for (std::size_t i = 0; i < bound.columns.size(); ++i) {
-        BoundExpression value = std::move(bound.columns[i].value);
-        value.sql = sqlName(name) + "." + numberedName(i);
-        value.constant.reset();
+        BoundExpression value = bound.columns[i].value.readBy(numberedColumn(name, i));
         value.nullLiteral = false;
-        value.terms.clear();
-        value.joint.clear();
         result.columns.push_back({std::move(bound.columns[i].name), std::move(value)});
     }
     return {"(" + bound.sql + ") AS " + sqlName(name), {std::move(result)}, false};
@@ -218,9 +212,8 @@ BoundSource Binder::querySource(BoundQuery bound, const std::vector<std::string>
 BoundSource Binder::commonSource(const CommonName& common, const std::string& name) const {
     Source result{name, nullptr, {}, common.name};
     for (std::size_t i = 0; i < common.columns.size(); ++i) {
-        BoundExpression value = common.columns[i].value;
-        value.sql = sqlName(name) + "." + numberedName(i);
-        result.columns.push_back({common.columns[i].name, std::move(value)});
+        result.columns.push_back(
+            {common.columns[i].name, common.columns[i].value.readBy(numberedColumn(name, i))});
     }
     return {sqlName(common.name) + " AS " + sqlName(name), {std::move(result)}, false};
 }
@@ -261,7 +254,7 @@ std::optional<BoundSource> Binder::systemSource(const tsql::NamedTable& named) c
     BoundQuery bound;
     for (std::size_t i = 0; i < system->columns.size(); ++i) {
         const auto& [name, type] = system->columns[i];
-        bound.columns.push_back({name, BoundExpression::expression(numberedName(i), type, true)});
+        bound.columns.push_back({name, BoundExpression::expression(numberedColumn(i), type, true)});
     }
     std::string items;
     for (std::size_t i = 0; i < system->columns.size(); ++i) {
@@ -310,7 +303,8 @@ BoundSource Binder::join(const tsql::Join& join, int line, Scope& scope) {
         joined.outer = scope.outer;
         joined.sources = std::move(left.sources);
         joined.aggregates = AggregateUse::RefusedInOn;
-        sql += " ON " + condition(*join.condition, joined);
+        sql += " ON ";
+        appendSql(sql, condition(*join.condition, joined));
         left.sources = std::move(joined.sources);
     }
     return {std::move(sql), std::move(left.sources), true};

@@ -1,8 +1,9 @@
 #include "engine/binder/binder.hpp"
 
-#include <kaputil/automation/plain_text.hpp>
+#include <algorithm>
+#include <iterator>
+#include <utility>
 
-#include "base/ascii.hpp"
 #include "tsql/server_error.hpp"
 
 namespace kap::engine {
@@ -19,7 +20,7 @@ BoundExpression Binder::joinedTexts(const tsql::FunctionCall& call, int line, Sc
     const Restored inside(scope.insideAggregate, true);
     const BoundExpression argument = value(*call.arguments[0], scope);
     const BoundExpression separator = value(*call.arguments[1], scope);
-    if (!separator.constant &&
+    if (separator.constant() == nullptr &&
         !std::holds_alternative<tsql::VariableReference>(call.arguments[1]->node)) {
         throw ServerError(tsql::Message::SeparatorNotLiteral, {}, line);
     }
@@ -34,17 +35,17 @@ BoundExpression Binder::joinedTexts(const tsql::FunctionCall& call, int line, Sc
                                                                                     : kMostBytes};
     const TypeSpec wide{type.type, tsql::kMaxLength};
     std::string directions;
-    std::string keys;
+    std::vector<sql::Expression> keys;
     for (const tsql::OrderItem& item : call.within) {
         directions += item.descending ? 'd' : 'a';
-        keys += ", " + value(*item.value, scope).sql;
+        keys.push_back(value(*item.value, scope).tree);
     }
-    const std::string most = unlimited ? "0" : plain::text(kMostBytes);
-    return BoundExpression::expression(
-        callText("kap_string_agg", convertTo(argument, wide, line).sql,
-                 convertTo(separator, wide, line).sql, sqlText(directions), most,
-                 (national ? "1" : "0") + keys),
-        type, true);
+    sql::Call joined{fn::kStringAgg,
+                     {convertTo(argument, wide, line).tree, convertTo(separator, wide, line).tree,
+                      sql::text(directions), sql::number(unlimited ? 0 : kMostBytes),
+                      sql::number(national ? 1 : 0)}};
+    std::ranges::move(keys, std::back_inserter(joined.arguments));
+    return BoundExpression::expression(std::move(joined), type, true);
 }
 
 }  // namespace kap::engine

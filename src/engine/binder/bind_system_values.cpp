@@ -166,17 +166,17 @@ bool takesNumber(Takes takes, std::size_t index) {
     }
 }
 
-std::string kindText(SystemValue value) {
-    return plain::text(static_cast<int>(value));
+sql::Expression kindOf(SystemValue value) {
+    return sql::number(static_cast<int>(value));
 }
 
 }  // namespace
 
-const char* Binder::systemCall() const {
-    return computedColumn_ ? kColumnSystemCall : "kap_system";
+const fn::Function& Binder::systemCall() const {
+    return computedColumn_ ? fn::kColumnSystem : fn::kSystem;
 }
 
-BoundExpression systemVariable(std::string_view name, const char* function, int line) {
+BoundExpression systemVariable(std::string_view name, const fn::Function& function, int line) {
     const std::string lower = asciiLower(name);
     if (lower == "@@max_precision") {
         return BoundExpression::literal(std::int64_t{kIdentityPrecision}, {SqlType::TinyInt});
@@ -184,7 +184,7 @@ BoundExpression systemVariable(std::string_view name, const char* function, int 
     if (lower == "@@max_connections") {
         return BoundExpression::literal(std::int64_t{kMostConnections}, kWholeNumber);
     }
-    if (lower == "@@remserver") return BoundExpression::expression("NULL", kNameType, true);
+    if (lower == "@@remserver") return BoundExpression::nullOf(kNameType);
     const auto* const found =
         std::find_if(kVariables.begin(), kVariables.end(),
                      [&](const SystemVariable& each) { return each.name == lower; });
@@ -194,7 +194,7 @@ BoundExpression systemVariable(std::string_view name, const char* function, int 
         }
         throw ServerError(tsql::Message::UndeclaredVariable, {name}, line);
     }
-    return BoundExpression::expression(callText(function, kindText(found->value)), found->type,
+    return BoundExpression::expression(sql::call(function, kindOf(found->value)), found->type,
                                        true);
 }
 
@@ -205,8 +205,8 @@ std::optional<BoundExpression> Binder::systemFunction(const tsql::FunctionCall& 
         const auto* column = std::get_if<tsql::ColumnReference>(&call.arguments[0]->node);
         if (column == nullptr) throw tsql::syntaxError("UPDATE", line);
         return BoundExpression::expression(
-            callText(systemCall(), kindText(SystemValue::ColumnUpdated),
-                     sqlText(column->name.last())),
+            sql::call(systemCall(), kindOf(SystemValue::ColumnUpdated),
+                      sql::text(column->name.last())),
             kWholeNumber, false);
     }
     const auto* const found =
@@ -219,12 +219,14 @@ std::optional<BoundExpression> Binder::systemFunction(const tsql::FunctionCall& 
                           line);
     }
     if (found->ofSchema) noteSchema();
-    std::string arguments = kindText(found->value);
+    sql::Call asked{systemCall(), {}};
+    asked.arguments.reserve(call.arguments.size() + 1);
+    asked.arguments.push_back(kindOf(found->value));
     for (std::size_t i = 0; i < call.arguments.size(); ++i) {
         const TypeSpec type = takesNumber(found->takes, i) ? kWholeNumber : kMessageType;
-        arguments += ", " + convertTo(value(*call.arguments[i], scope), type, line).sql;
+        asked.arguments.push_back(convertTo(value(*call.arguments[i], scope), type, line).tree);
     }
-    return BoundExpression::expression(callText(systemCall(), arguments), found->type, true);
+    return BoundExpression::expression(std::move(asked), found->type, true);
 }
 
 }  // namespace kap::engine

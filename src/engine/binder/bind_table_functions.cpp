@@ -2,14 +2,13 @@
 #include <array>
 #include <utility>
 
-#include <kaputil/automation/plain_text.hpp>
-
 #include "base/ascii.hpp"
 #include "engine/binder/binder.hpp"
 #include "engine/binder/server_functions.hpp"
 #include "engine/binder/type_rules.hpp"
 #include "engine/catalog/object_names.hpp"
 #include "engine/sqlite/row_functions.hpp"
+#include "engine/sqlite/sql_writer.hpp"
 #include "tsql/server_error.hpp"
 
 // Functions that return tables, in FROM. One that returns a query stands as this query, like a view
@@ -32,9 +31,11 @@ bool isServersOwn(const tsql::ObjectName& name) {
            std::ranges::find(kRowFunctions, last) != kRowFunctions.end() || isServerFunction(last);
 }
 
-// Column names are quoted, and nothing else is but within texts.
+// Also a query is given the columns that it reads.
 bool readsColumns(const BoundExpression& value) {
-    return value.sql.find('"') != std::string::npos;
+    return sql::contains(value.tree, [](const sql::Kind& kind) {
+        return std::holds_alternative<sql::Column>(kind) || sql::holdsQuery(kind);
+    });
 }
 
 }  // namespace
@@ -48,16 +49,17 @@ BoundSource Binder::functionTable(const tsql::FunctionTable& call, int line, Sco
         if (function->rows != nullptr) {
             rows = inlineRows(*function, std::move(arguments), line);
         } else {
-            std::string values = sqlText(function->name);
-            for (const BoundExpression& value : arguments)
-                values += ", " + value.sql;
+            sql::Call filled{fn::kRowsOfFunction, {sql::text(function->name)}};
+            for (BoundExpression& value : arguments)
+                filled.arguments.push_back(std::move(value.tree));
             for (const Column& column : function->columns) {
-                const std::string name = numberedName(rows.columns.size());
-                rows.sql += (rows.columns.empty() ? "SELECT " : ", ") + name;
+                const std::size_t place = rows.columns.size();
+                rows.sql += (place == 0 ? "SELECT " : ", ") + numberedName(place);
                 rows.columns.push_back(
-                    {column.name, BoundExpression::expression(name, column.type, column.nullable)});
+                    {column.name, BoundExpression::expression(numberedColumn(place), column.type,
+                                                              column.nullable)});
             }
-            rows.sql += " FROM " + callText(kRowsOfFunction, values);
+            rows.sql += " FROM " + sqlOf(std::move(filled));
         }
         readsOtherRows_ = true;
     } else if (call.name.parts.size() == 1 &&
@@ -110,7 +112,9 @@ BoundQuery Binder::inlineRows(const Function& function, std::vector<BoundExpress
     for (std::size_t i = 0; i < arguments.size(); ++i) {
         BoundExpression value = std::move(arguments[i]);
         value.plainColumn = false;
-        if (correlated && !value.constant && !value.nullLiteral) value.sql = given.given(value.sql);
+        if (correlated && value.constant() == nullptr && !value.nullLiteral) {
+            value = value.readBy(given.given(value.tree));
+        }
         parameters.values.emplace_back(function.parameters[i].name, std::move(value));
     }
     if (correlated) around.push_back(&given);
@@ -125,12 +129,12 @@ BoundQuery Binder::inlineRows(const Function& function, std::vector<BoundExpress
     if (!correlated) return rows;
     BoundSource source = givenRows(querySource(std::move(rows), {}, "rows", line), {}, given, line);
     BoundQuery result;
+    std::string items;
     for (SourceColumn& column : source.sources.front().columns) {
-        result.sql += (result.columns.empty() ? "SELECT " : ", ") + column.value.sql + " AS " +
-                      numberedName(result.columns.size());
+        appendItem(items, column.value.tree, result.columns.size());
         result.columns.push_back({std::move(column.name), std::move(column.value)});
     }
-    result.sql += " FROM " + source.sql;
+    result.sql = "SELECT " + items + " FROM " + source.sql;
     return result;
 }
 
@@ -147,10 +151,11 @@ BoundQuery Binder::splitText(const tsql::FunctionTable& call, int line, Scope& s
     const tsql::TypeSpec type = textTypeOf(text.type);
     const tsql::TypeSpec one{tsql::SqlType::NVarChar, tsql::kMaxLength};
     BoundQuery rows;
-    rows.columns.push_back({"value", BoundExpression::expression(numberedName(0), type, true)});
-    rows.sql = "SELECT " + numberedName(0) + " FROM " +
-               callText(kRowsOfFunction, sqlText(".string_split"), convertTo(text, type, line).sql,
-                        convertTo(separator, one, line).sql);
+    rows.columns.push_back({"value", BoundExpression::expression(numberedColumn(0), type, true)});
+    rows.sql =
+        "SELECT " + numberedName(0) + " FROM " +
+        sqlOf(sql::call(fn::kRowsOfFunction, sql::text(".string_split"),
+                        convertTo(text, type, line).tree, convertTo(separator, one, line).tree));
     return rows;
 }
 

@@ -56,7 +56,7 @@ std::vector<OutputColumn> Binder::unify(std::vector<BoundSelect>& terms, int lin
             nullable = nullable || value.nullable;
         }
         columns.push_back({terms.front().items[i].name,
-                           BoundExpression::expression(numberedName(i), type, nullable)});
+                           BoundExpression::expression(numberedColumn(i), type, nullable)});
     }
     return columns;
 }
@@ -70,7 +70,7 @@ std::string Binder::unionText(std::vector<BoundSelect>& terms, const tsql::Query
         if (i > 0) sql += operatorText(query.terms[i].joinedBy);
         const std::string text = selectText(terms[i]);
         // SQLite allows LIMIT only behind the whole.
-        const bool whole = terms[i].limit.empty() && !terms[i].ranked;
+        const bool whole = !terms[i].limit && !terms[i].ranked;
         sql += whole ? text : "SELECT * FROM (" + text + ")";
     }
     return sql;

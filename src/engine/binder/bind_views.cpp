@@ -104,7 +104,7 @@ std::string Binder::targetView(const View& view, const tsql::ObjectName& name) {
     for (std::size_t i = 0; i < columns.size(); ++i) {
         if (i < view.columns.size()) columns[i].name = view.columns[i];
         const BoundExpression& shown = bound.items[i].value;
-        columns[i].value = BoundExpression::expression(numberedName(i), shown.type, true);
+        columns[i].value = BoundExpression::expression(numberedColumn(i), shown.type, true);
         columns[i].value.table = shown.table;
         columns[i].value.column = shown.column;
     }
@@ -120,12 +120,12 @@ std::string Binder::targetView(const View& view, const tsql::ObjectName& name) {
     const bool twice = std::ranges::count_if(
                            sources, [&](const Source& each) { return each.table == &table; }) > 1;
     if (twice) severalTables(view, name.line);
-    const std::string number = source->table != nullptr
-                                   ? rowNumberOf(*source)
-                                   : sqlName(source->name) + "." + inner.rowNumber;
+    sql::Expression number = source->table != nullptr
+                                 ? rowNumberOf(*source)
+                                 : numberedColumn(source->name, inner.rowNumber);
     bound.items.push_back(
-        {"", BoundExpression::expression(number, {tsql::SqlType::BigInt}, false)});
-    commonTarget_ = {&table, numberedName(columns.size()), {}, view.name, inner.checks};
+        {"", BoundExpression::expression(std::move(number), {tsql::SqlType::BigInt}, false)});
+    commonTarget_ = {&table, columns.size(), {}, view.name, inner.checks};
     std::string list;
     for (std::size_t i = 0; i < bound.items.size(); ++i)
         list += (i == 0 ? "" : ", ") + numberedName(i);
@@ -135,8 +135,9 @@ std::string Binder::targetView(const View& view, const tsql::ObjectName& name) {
     if (view.checksRows) {
         commonTarget_.checks = {"WITH RECURSIVE " + sql + " SELECT 1 FROM temp." +
                                 sqlName(capturedRows(table, RowState::Inserted).name) +
-                                " WHERE \"kap target\" NOT IN (SELECT " + commonTarget_.rowNumber +
-                                " FROM " + sqlName(view.name) + ")"};
+                                " WHERE \"kap target\" NOT IN (SELECT " +
+                                numberedName(commonTarget_.rowNumber) + " FROM " +
+                                sqlName(view.name) + ")"};
     }
     return sql;
 }

@@ -1,7 +1,6 @@
 #include <algorithm>
 #include <array>
-
-#include <kaputil/automation/plain_text.hpp>
+#include <utility>
 
 #include "base/ascii.hpp"
 #include "engine/binder/binder.hpp"
@@ -15,12 +14,20 @@ namespace kap::engine {
 using tsql::FunctionCall;
 using tsql::ServerError;
 using tsql::SqlType;
-using tsql::TypeSpec;
 
 namespace {
 
 // Functions that number the rows of a window.
-constexpr std::array kRankings{"row_number", "rank", "dense_rank"};
+constexpr std::array kRankings{fn::kRowNumber, fn::kRank, fn::kDenseRank};
+
+const fn::Function* rankingNamed(std::string_view name) {
+    const auto* const found = std::ranges::find(kRankings, name, &fn::Function::name);
+    return found == kRankings.end() ? nullptr : found;
+}
+
+sql::Expression over(sql::Expression call, const sql::Expression& window) {
+    return sql::Over{std::move(call), window};
+}
 
 bool isOneOf(std::string_view name, std::initializer_list<std::string_view> names) {
     return std::find(names.begin(), names.end(), name) != names.end();
@@ -45,34 +52,27 @@ void refuseFrame(const FunctionCall& call, const std::string& name, int line) {
 
 void refuseWithoutWindow(const FunctionCall& call, int line) {
     const std::string name = asciiLower(call.name.last());
-    const bool windowed =
-        std::ranges::find(kRankings, name) != kRankings.end() || isPercentile(name) ||
-        isOneOf(name,
-                {"ntile", "first_value", "last_value", "lag", "lead", "cume_dist", "percent_rank"});
+    const bool windowed = rankingNamed(name) != nullptr || isPercentile(name) ||
+                          isOneOf(name, {"ntile", "first_value", "last_value", "lag", "lead",
+                                         "cume_dist", "percent_rank"});
     if (!windowed) return;
     throw ServerError(tsql::Message::OverNeeded, {name}, line);
 }
 
-std::string Binder::overText(const tsql::Window& window, int line, Scope& scope) {
-    std::string text;
-    for (const auto& expression : window.partitionBy) {
-        text += (text.empty() ? "PARTITION BY " : ", ") + collated(value(*expression, scope));
+sql::Expression Binder::windowOf(const tsql::Window& window, int line, Scope& scope) {
+    sql::Window result;
+    result.partitions.reserve(window.partitionBy.size());
+    for (const auto& expression : window.partitionBy)
+        result.partitions.push_back(collated(value(*expression, scope)));
+    result.order.reserve(window.orderBy.size());
+    // ORDER BY (SELECT NULL) says that any order will do.
+    for (const tsql::OrderItem& item : window.orderBy)
+        result.order.push_back({collated(value(*item.value, scope)), item.descending});
+    if (!window.frame.empty() && window.orderBy.empty()) {
+        throw ServerError(tsql::Message::FrameWithoutOrder, {}, line);
     }
-    std::string order;
-    for (const tsql::OrderItem& item : window.orderBy) {
-        const BoundExpression bound = value(*item.value, scope);
-        // ORDER BY (SELECT NULL) says that any order will do.
-        order += (order.empty() ? "ORDER BY " : ", ") + collated(bound);
-        if (item.descending) order += " DESC";
-    }
-    if (!order.empty()) text += (text.empty() ? "" : " ") + order;
-    if (!window.frame.empty()) {
-        if (window.orderBy.empty()) {
-            throw ServerError(tsql::Message::FrameWithoutOrder, {}, line);
-        }
-        text += " " + window.frame;
-    }
-    return " OVER (" + text + ")";
+    result.frame = window.frame;
+    return result;
 }
 
 BoundExpression Binder::windowed(const FunctionCall& call, int line, Scope& scope) {
@@ -85,34 +85,40 @@ BoundExpression Binder::windowed(const FunctionCall& call, int line, Scope& scop
     }
     const Restored inside(scope.insideWindow, true);
     ++windowsBound_;
-    const std::string over = overText(*call.over, line, scope);
-    if (isAggregateName(call.name)) return windowAggregate(call, over, line, scope);
-    if (isPercentile(name)) return percentile(call, over, line, scope);
+    const sql::Expression window = windowOf(*call.over, line, scope);
+    if (isAggregateName(call.name)) return windowAggregate(call, window, line, scope);
+    if (isPercentile(name)) return percentile(call, window, line, scope);
     std::vector<BoundExpression> arguments;
     for (const auto& argument : call.arguments)
         arguments.push_back(value(*argument, scope));
-    if (std::find(kRankings.begin(), kRankings.end(), name) != kRankings.end()) {
+    if (const fn::Function* ranking = rankingNamed(name)) {
         requireOrder(call, name, line);
         refuseFrame(call, name, line);
-        return BoundExpression::expression(name + "()" + over, {SqlType::BigInt}, false);
+        return BoundExpression::expression(over(sql::call(*ranking), window), {SqlType::BigInt},
+                                           false);
     }
     if (name == "ntile" && arguments.size() == 1) {
         requireOrder(call, name, line);
         refuseFrame(call, name, line);
         const BoundExpression groups = convertTo(arguments[0], {SqlType::BigInt}, line);
-        return BoundExpression::expression("ntile(" + groups.sql + ")" + over, {SqlType::BigInt},
-                                           false);
+        return BoundExpression::expression(over(sql::call(fn::kNtile, groups.tree), window),
+                                           {SqlType::BigInt}, false);
     }
     if (isOneOf(name, {"first_value", "last_value"}) && arguments.size() == 1) {
         requireOrder(call, name, line);
-        return BoundExpression::expression(name + "(" + arguments[0].sql + ")" + over,
+        const fn::Function& function =
+            name == fn::kFirstValue.name ? fn::kFirstValue : fn::kLastValue;
+        return BoundExpression::expression(over(sql::call(function, arguments[0].tree), window),
                                            arguments[0].type, true);
     }
     const bool offset =
         isOneOf(name, {"lag", "lead"}) && !arguments.empty() && arguments.size() <= 3;
     if (isOneOf(name, {"cume_dist", "percent_rank"}) && arguments.empty()) {
         requireOrder(call, name, line);
-        return BoundExpression::expression(name + "()" + over, {SqlType::Float}, false);
+        const fn::Function& function =
+            name == fn::kCumeDist.name ? fn::kCumeDist : fn::kPercentRank;
+        return BoundExpression::expression(over(sql::call(function), window), {SqlType::Float},
+                                           false);
     }
     if (!offset) {
         if (isServerFunction(name)) throw tsql::unsupported(asciiUpper(name), line);
@@ -120,16 +126,20 @@ BoundExpression Binder::windowed(const FunctionCall& call, int line, Scope& scop
     }
     requireOrder(call, name, line);
     refuseFrame(call, name, line);
-    std::string list = arguments[0].sql;
-    if (arguments.size() > 1) list += ", " + convertTo(arguments[1], {SqlType::BigInt}, line).sql;
-    if (arguments.size() > 2) list += ", " + convertTo(arguments[2], arguments[0].type, line).sql;
-    return BoundExpression::expression(name + "(" + list + ")" + over, arguments[0].type, true);
+    sql::Call other{name == fn::kLag.name ? fn::kLag : fn::kLead, {arguments[0].tree}};
+    if (arguments.size() > 1) {
+        other.arguments.push_back(convertTo(arguments[1], {SqlType::BigInt}, line).tree);
+    }
+    if (arguments.size() > 2) {
+        other.arguments.push_back(convertTo(arguments[2], arguments[0].type, line).tree);
+    }
+    return BoundExpression::expression(over(std::move(other), window), arguments[0].type, true);
 }
 
 // PERCENTILE_CONT(0.5) WITHIN GROUP (ORDER BY value) OVER (PARTITION BY ...): the order is that of
 // the values, and the window is the whole partition.
-BoundExpression Binder::percentile(const FunctionCall& call, const std::string& over, int line,
-                                   Scope& scope) {
+BoundExpression Binder::percentile(const FunctionCall& call, const sql::Expression& window,
+                                   int line, Scope& scope) {
     const std::string name = asciiLower(call.name.last());
     if (call.arguments.size() != 1) {
         throw ServerError(tsql::Message::WrongArgumentCount, {name, "1"}, line);
@@ -147,68 +157,56 @@ BoundExpression Binder::percentile(const FunctionCall& call, const std::string& 
     const bool continuous = name == "percentile_cont";
     const BoundExpression given = continuous ? convertTo(ordered, {SqlType::Float}, line) : ordered;
     return BoundExpression::expression(
-        callText(continuous ? "kap_percentile_cont" : "kap_percentile_disc", fraction.sql,
-                 given.sql, call.within.front().descending ? "1" : "0") +
-            over,
+        over(sql::call(continuous ? fn::kPercentileCont : fn::kPercentileDisc, fraction.tree,
+                       given.tree, call.within.front().descending ? 1 : 0),
+             window),
         given.type, true);
 }
 
 // SQLite adds up within a window by itself; what the sum must fit in is checked behind it.
-BoundExpression Binder::windowAggregate(const FunctionCall& call, const std::string& over, int line,
-                                        Scope& scope) {
-    FunctionCall plain{call.name, {}, call.distinct, call.star};
+BoundExpression Binder::windowAggregate(const FunctionCall& call, const sql::Expression& window,
+                                        int line, Scope& scope) {
     if (call.distinct) {
         throw ServerError(tsql::Message::DistinctWithOver, {}, line);
     }
     const std::string name = asciiLower(call.name.last());
-    if (call.star) return BoundExpression::expression("count(*)" + over, {SqlType::Int}, false);
+    if (call.star) {
+        return BoundExpression::expression(over(sql::call(fn::kCount, sql::Star()), window),
+                                           {SqlType::Int}, false);
+    }
     if (call.arguments.size() != 1) {
         throw ServerError(tsql::Message::WrongArgumentCount, {name, "1"}, line);
     }
     const BoundExpression argument = value(*call.arguments.front(), scope);
-    if (name == "count") {
-        return BoundExpression::expression("count(" + argument.sql + ")" + over, {SqlType::Int},
-                                           false);
-    }
-    if (name == "count_big") {
-        return BoundExpression::expression("count(" + argument.sql + ")" + over, {SqlType::BigInt},
-                                           false);
-    }
+    const auto count = [&] { return over(sql::call(fn::kCount, argument.tree), window); };
+    if (name == "count") return BoundExpression::expression(count(), {SqlType::Int}, false);
+    if (name == "count_big") return BoundExpression::expression(count(), {SqlType::BigInt}, false);
     if (name == "min" || name == "max") {
-        return BoundExpression::expression(name + "(" + collated(argument) + ")" + over,
+        const fn::Function& function = name == "min" ? fn::kMin : fn::kMax;
+        return BoundExpression::expression(over(sql::call(function, collated(argument)), window),
                                            argument.type, true);
     }
     if (name == "checksum_agg") {
         const BoundExpression number = convertTo(argument, {SqlType::Int}, line);
-        return BoundExpression::expression(callText("kap_checksum_agg", number.sql) + over,
+        return BoundExpression::expression(over(sql::call(fn::kChecksumAgg, number.tree), window),
                                            {SqlType::Int}, true);
     }
     if (isStatisticsName(name)) {
         BoundExpression result = statistics(name, argument, false, line);
-        result.sql += over;
+        result.tree = over(std::move(result.tree), window);
         return result;
     }
-    const BoundExpression sum = total(argument, false, name.c_str(), line);
+    BoundExpression sum = total(argument, false, name, line);
     const bool decimal = tsql::isDecimal(argument.type.type);
-    std::string added = (tsql::isWideDecimal(argument.type) ? "kap_sum_numeric(" : "sum(") +
-                        argument.sql + ")" + over;
-    if (decimal && !tsql::isWideDecimal(argument.type)) added = callText("kap_wide", added, "0");
+    const bool wide = tsql::isWideDecimal(argument.type);
+    sum.tree = over(sql::call(wide ? fn::kSumNumeric : fn::kSum, argument.tree), window);
+    if (decimal && !wide) sum.tree = sql::call(fn::kWide, std::move(sum.tree), 0);
     if (name == "sum" && sum.type.type == SqlType::Int) {
-        return convertTo(BoundExpression::expression(added, {SqlType::BigInt}, true), sum.type,
+        return convertTo(BoundExpression::expression(sum.tree, {SqlType::BigInt}, true), sum.type,
                          line);
     }
-    if (name == "sum") return BoundExpression::expression(added, sum.type, true);
-    const std::string count = "count(" + argument.sql + ")" + over;
-    if (tsql::isApproximate(sum.type.type)) {
-        return BoundExpression::expression(
-            callText("kap_float_divide", added, count, typeArgument(sum.type)), sum.type, true);
-    }
-    TypeSpec type = sum.type;
-    constexpr int kLeastScale = 6;
-    if (tsql::isDecimal(type.type)) type.scale = std::max(type.scale, kLeastScale);
-    const int shift = storedScale(type) - storedScale(sum.type);
-    return BoundExpression::expression(
-        callText("kap_divide", added, count, plain::text(shift), typeArgument(type)), type, true);
+    if (name == "sum") return sum;
+    return quotient(sum, count());
 }
 
 }  // namespace kap::engine

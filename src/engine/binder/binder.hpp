@@ -54,7 +54,8 @@ struct BoundValues {
     bool drawsNumbers = false;  // of sequences
 };
 
-// Gives names their columns, expressions their types, and writes both as SQLite text.
+// Gives names their columns and expressions their types, and makes trees of them; queries and
+// sources become SQLite text.
 //
 // One class, one source file for each part of the language: bind_constants.cpp,
 // bind_expressions.cpp, bind_operators.cpp, bind_comparisons.cpp, bind_conditions.cpp,
@@ -82,7 +83,7 @@ public:
 
     // Expressions and conditions.
     [[nodiscard]] BoundExpression value(const tsql::Expression& expression, Scope& scope);
-    [[nodiscard]] std::string condition(const tsql::Expression& expression, Scope& scope);
+    [[nodiscard]] sql::Expression condition(const tsql::Expression& expression, Scope& scope);
 
     // The value of a computed column, as its definition is to hold it.
     [[nodiscard]] BoundExpression computedValue(const tsql::Expression& expression, Scope& scope);
@@ -95,14 +96,13 @@ public:
     // CAST and CONVERT. Error 529.
     [[nodiscard]] BoundExpression castTo(const BoundExpression& value, const tsql::TypeSpec& type,
                                          int style, int line) const;
-    // The same as a call of `function`, kap_convert or kap_try_convert, when the statement runs;
-    // the style is SQL.
-    [[nodiscard]] BoundExpression castCall(const char* function, const BoundExpression& value,
-                                           const tsql::TypeSpec& type, const std::string& style,
-                                           int line) const;
+    // The same by `function`, kap_convert or kap_try_convert, when the statement runs.
+    [[nodiscard]] BoundExpression castCall(const fn::Function& function,
+                                           const BoundExpression& value, const tsql::TypeSpec& type,
+                                           sql::Expression style, int line) const;
     // A value on its way into a column of that type; `written` is the literal that it is.
-    [[nodiscard]] std::string stored(const BoundExpression& value, const tsql::TypeSpec& type,
-                                     int line, const WrittenLiteral& written = {}) const;
+    [[nodiscard]] sql::Expression stored(const BoundExpression& value, const tsql::TypeSpec& type,
+                                         int line, const WrittenLiteral& written = {}) const;
 
     // The constant that a literal is.
     [[nodiscard]] static BoundExpression literal(const tsql::Literal& literal, int line);
@@ -113,10 +113,10 @@ public:
     [[nodiscard]] BoundExpression arithmetic(tsql::BinaryOperator op, BoundExpression left,
                                              BoundExpression right, int line) const;
     // `leftWritten` and `rightWritten` are the literals that the sides are.
-    [[nodiscard]] std::string compared(tsql::ComparisonOperator op, const BoundExpression& left,
-                                       const BoundExpression& right, int line,
-                                       const WrittenLiteral& leftWritten = {},
-                                       const WrittenLiteral& rightWritten = {}) const;
+    [[nodiscard]] sql::Expression compared(tsql::ComparisonOperator op, const BoundExpression& left,
+                                           const BoundExpression& right, int line,
+                                           const WrittenLiteral& leftWritten = {},
+                                           const WrittenLiteral& rightWritten = {}) const;
     // Values brought to one type in which SQLite's own comparison is the server's.
     [[nodiscard]] std::vector<BoundExpression> comparable(std::vector<BoundExpression> values,
                                                           const char* operation, int line) const;
@@ -139,10 +139,11 @@ public:
     }
     // Errors 1011 and 1013 when two sources have one name.
     static void checkNames(const std::vector<Source>& sources, int line);
-    [[nodiscard]] std::string limitText(const tsql::TopClause& top, Scope& scope);
+    // How many rows TOP lets through.
+    [[nodiscard]] sql::Expression limit(const tsql::TopClause& top, Scope& scope);
     // The same for TOP PERCENT of so many rows.
-    [[nodiscard]] std::string percentText(const tsql::TopClause& top, const std::string& count,
-                                          Scope& scope);
+    [[nodiscard]] sql::Expression percentLimit(const tsql::TopClause& top, sql::Expression count,
+                                               Scope& scope);
     // "WITH a AS (...) " for what follows, which may name these tables as long as the binder
     // lives; empty when there are none. The one that is the target of UPDATE or DELETE brings the
     // numbers of the rows of the table behind it.
@@ -157,7 +158,7 @@ public:
     // The table behind that common table, and the column that holds the numbers of its rows.
     struct CommonTarget {
         const Table* table = nullptr;
-        std::string rowNumber;
+        std::size_t rowNumber = 0;  // its place among the columns
         // What the columns are in the table behind; null for those that are computed.
         std::vector<std::pair<std::string, const Column*>> columns;
         std::string view;  // its stored name; empty for a common table of the statement
@@ -195,11 +196,12 @@ private:
         int bound = 0;
     };
     void met(const tsql::Literal& literal);
-    [[nodiscard]] std::string addConstant(const Value& value, const ConstantSource& source) const;
-    [[nodiscard]] std::string operand(const BoundExpression& value,
-                                      const ConstantSource& source = {}) const;
-    [[nodiscard]] std::string storedConstant(const BoundExpression& value,
-                                             const ConstantSource& source) const;
+    [[nodiscard]] sql::Expression addConstant(const Value& value,
+                                              const ConstantSource& source) const;
+    [[nodiscard]] sql::Expression operand(const BoundExpression& value,
+                                          const ConstantSource& source = {}) const;
+    [[nodiscard]] sql::Expression storedConstant(const BoundExpression& value,
+                                                 const ConstantSource& source) const;
     // The source, with its literal, if `constant` follows from it.
     [[nodiscard]] ConstantSource checkedSource(ConstantSource source, const WrittenLiteral& written,
                                                const BoundExpression& constant) const;
@@ -213,7 +215,7 @@ private:
     [[nodiscard]] bool isFull() const {
         return constants_.size() == static_cast<std::size_t>(kMostConstants);
     }
-    [[nodiscard]] static std::string parameter(std::size_t constant);
+    [[nodiscard]] static sql::Expression parameter(std::size_t constant);
 
     // bind_expressions.cpp
     [[nodiscard]] BoundExpression node(const tsql::Literal& node, int line, Scope& scope);
@@ -229,8 +231,9 @@ private:
     [[nodiscard]] BoundExpression node(const Predicate& node, int line, Scope& scope);
     [[nodiscard]] std::optional<BoundExpression> groupedValue(const tsql::Expression& expression,
                                                               Scope& scope);
-    [[nodiscard]] std::string caseSubject(const tsql::CaseExpression& node,
-                                          std::vector<std::string>& whens, int line, Scope& scope);
+    [[nodiscard]] sql::Expression caseSubject(const tsql::CaseExpression& node,
+                                              std::vector<sql::Expression>& whens, int line,
+                                              Scope& scope);
 
     // bind_operators.cpp
     [[nodiscard]] BoundExpression exactArithmetic(tsql::BinaryOperator op,
@@ -249,7 +252,7 @@ private:
     [[nodiscard]] BoundExpression dateArithmetic(tsql::BinaryOperator op,
                                                  const BoundExpression& left,
                                                  const BoundExpression& right, int line) const;
-    [[nodiscard]] BoundExpression joined(const BoundExpression& left, const BoundExpression& right,
+    [[nodiscard]] BoundExpression joined(BoundExpression left, const BoundExpression& right,
                                          int line) const;
 
     // bind_groups.cpp
@@ -266,26 +269,31 @@ private:
                                             const std::vector<Source>& sources) const;
 
     // bind_conditions.cpp
-    [[nodiscard]] std::string test(const tsql::UnaryExpression& node, int line, Scope& scope);
-    [[nodiscard]] std::string test(const tsql::Comparison& node, int line, Scope& scope);
-    [[nodiscard]] std::string test(const tsql::LogicalExpression& node, int line, Scope& scope);
-    [[nodiscard]] std::string test(const tsql::BetweenPredicate& node, int line, Scope& scope);
-    [[nodiscard]] std::string test(const tsql::QuantifiedComparison& node, int line, Scope& scope);
-    [[nodiscard]] std::string test(const tsql::InPredicate& node, int line, Scope& scope);
-    [[nodiscard]] std::string test(const tsql::LikePredicate& node, int line, Scope& scope);
-    [[nodiscard]] std::string test(const tsql::NullPredicate& node, int line, Scope& scope);
-    [[nodiscard]] std::string test(const tsql::ExistsPredicate& node, int line, Scope& scope);
-    [[nodiscard]] std::string test(const tsql::CurrentOfPredicate& node, int line, Scope& scope);
+    [[nodiscard]] sql::Expression test(const tsql::UnaryExpression& node, int line, Scope& scope);
+    [[nodiscard]] sql::Expression test(const tsql::Comparison& node, int line, Scope& scope);
+    [[nodiscard]] sql::Expression test(const tsql::LogicalExpression& node, int line, Scope& scope);
+    [[nodiscard]] sql::Expression test(const tsql::BetweenPredicate& node, int line, Scope& scope);
+    [[nodiscard]] sql::Expression test(const tsql::QuantifiedComparison& node, int line,
+                                       Scope& scope);
+    [[nodiscard]] sql::Expression test(const tsql::InPredicate& node, int line, Scope& scope);
+    [[nodiscard]] sql::Expression test(const tsql::LikePredicate& node, int line, Scope& scope);
+    [[nodiscard]] sql::Expression test(const tsql::NullPredicate& node, int line, Scope& scope);
+    [[nodiscard]] sql::Expression test(const tsql::ExistsPredicate& node, int line, Scope& scope);
+    [[nodiscard]] sql::Expression test(const tsql::CurrentOfPredicate& node, int line,
+                                       Scope& scope);
     template <typename Value>
-    [[nodiscard]] std::string test(const Value& node, int line, Scope& scope);
-    [[nodiscard]] std::string inQuery(const tsql::InPredicate& node, int line, Scope& scope);
+    [[nodiscard]] sql::Expression test(const Value& node, int line, Scope& scope);
+    [[nodiscard]] sql::Expression inQuery(const tsql::InPredicate& node, int line, Scope& scope);
 
     // bind_functions.cpp
     [[nodiscard]] BoundExpression aggregate(const tsql::FunctionCall& call, int line, Scope& scope);
     [[nodiscard]] BoundExpression total(const BoundExpression& argument, bool distinct,
-                                        const char* function, int line) const;
+                                        std::string_view function, int line) const;
     [[nodiscard]] BoundExpression average(const BoundExpression& argument, bool distinct,
                                           int line) const;
+    // The average that a sum and a count are.
+    [[nodiscard]] static BoundExpression quotient(const BoundExpression& sum,
+                                                  const sql::Expression& count);
     [[nodiscard]] BoundExpression statistics(const std::string& name,
                                              const BoundExpression& argument, bool distinct,
                                              int line) const;
@@ -305,13 +313,14 @@ private:
     // bind_windows.cpp
     [[nodiscard]] BoundExpression windowed(const tsql::FunctionCall& call, int line, Scope& scope);
     [[nodiscard]] BoundExpression percentile(const tsql::FunctionCall& call,
-                                             const std::string& over, int line, Scope& scope);
+                                             const sql::Expression& window, int line, Scope& scope);
     [[nodiscard]] BoundExpression windowAggregate(const tsql::FunctionCall& call,
-                                                  const std::string& over, int line, Scope& scope);
-    [[nodiscard]] std::string overText(const tsql::Window& window, int line, Scope& scope);
+                                                  const sql::Expression& window, int line,
+                                                  Scope& scope);
+    [[nodiscard]] sql::Expression windowOf(const tsql::Window& window, int line, Scope& scope);
 
     // bind_system_values.cpp
-    [[nodiscard]] const char* systemCall() const;
+    [[nodiscard]] const fn::Function& systemCall() const;
     [[nodiscard]] std::optional<BoundExpression> systemFunction(const tsql::FunctionCall& call,
                                                                 int line, Scope& scope);
 
@@ -373,7 +382,8 @@ private:
     void selectItems(const tsql::Select& select, BoundSelect& bound, int line);
     void addItem(const tsql::SelectItem& item, Scope& scope, std::vector<OutputColumn>& items);
     void grouping(const tsql::Select& select, BoundSelect& bound);
-    [[nodiscard]] std::string percentText(const tsql::TopClause& top, const BoundSelect& bound);
+    [[nodiscard]] sql::Expression percentLimit(const tsql::TopClause& top,
+                                               const BoundSelect& bound);
 
     // bind_order.cpp
     // ORDER BY of a query around the one whose list is `columns`, to which it adds what it needs.
@@ -464,7 +474,7 @@ struct Binder::BoundSelect {
     bool distinct = false;
     std::vector<OutputColumn> items;
     std::string tail;            // FROM to HAVING, each part after a blank
-    std::string limit;           // what LIMIT takes; empty without TOP
+    sql::Expression limit;       // what LIMIT takes; none without TOP
     std::string order;           // ORDER BY, after a blank
     bool ties = false;           // TOP n WITH TIES
     bool ranked = false;         // `limit` is compared with the numbers of the rows

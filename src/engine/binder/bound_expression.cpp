@@ -2,55 +2,80 @@
 
 #include <kaputil/automation/plain_text.hpp>
 
-#include "base/ascii.hpp"
-#include "engine/sqlite/collation.hpp"
-#include "engine/values/exact.hpp"
+#include "engine/sqlite/sql_writer.hpp"
 
 namespace kap::engine {
 
-std::string SumTerm::at(int wantedScale) const {
-    if (scale == wantedScale) return sql;
-    if (constant) {
-        const auto scaled = rescale(*constant, scale, wantedScale, Rounding::HalfAway);
-        if (const auto result = scaled ? narrow(*scaled) : std::nullopt) return sqlLiteral(*result);
-    }
-    return callText("kap_scale", sql, plain::text(wantedScale - scale));
+namespace {
+
+std::string nameAt(std::size_t index) {
+    return "c" + plain::text(static_cast<std::int64_t>(index) + 1);
 }
+
+}  // namespace
 
 BoundExpression BoundExpression::as(const tsql::TypeSpec& other) const {
     BoundExpression result = *this;
     result.type = other;
-    result.terms.clear();
-    result.joint.clear();
+    result.chain = {};
     return result;
 }
 
-BoundExpression BoundExpression::literal(const Value& value, tsql::TypeSpec type) {
-    BoundExpression result = expression(sqlLiteral(value), type, isNull(value));
-    result.constant = value;
+BoundExpression BoundExpression::readBy(sql::Expression reader) const {
+    BoundExpression result = *this;
+    result.tree = std::move(reader);
+    result.isLiteral = false;
+    result.chain = {};
     return result;
+}
+
+BoundExpression BoundExpression::literal(const Value& value, const tsql::TypeSpec& type) {
+    BoundExpression result = expression(sql::Constant{value}, type, isNull(value));
+    result.isLiteral = true;
+    return result;
+}
+
+BoundExpression BoundExpression::nullOf(const tsql::TypeSpec& type) {
+    return expression(sql::null(), type, true);
 }
 
 BoundExpression BoundExpression::null() {
-    BoundExpression result = expression("NULL", {tsql::SqlType::Int}, true);
+    BoundExpression result = nullOf({tsql::SqlType::Int});
     result.nullLiteral = true;
     return result;
 }
 
-std::string collated(const BoundExpression& expression, const std::string& text) {
-    return expression.plainColumn ? text : text + collationText(expression.type);
+sql::Expression collated(const BoundExpression& expression, sql::Expression tree) {
+    return expression.plainColumn ? std::move(tree)
+                                  : sql::collated(std::move(tree), expression.type);
 }
 
-std::string collated(const BoundExpression& expression) {
-    return collated(expression, expression.sql);
+sql::Expression collated(const BoundExpression& expression) {
+    return collated(expression, expression.tree);
 }
 
 std::string numberedName(std::size_t index) {
-    return "\"c" + plain::text(static_cast<std::int64_t>(index) + 1) + "\"";
+    return "\"" + nameAt(index) + "\"";
 }
 
-std::string typeArgument(const tsql::TypeSpec& type) {
-    return plain::text(packType(type));
+sql::Expression numberedColumn(std::size_t index) {
+    return sql::column(nameAt(index));
+}
+
+sql::Expression numberedColumn(const std::string& source, std::size_t index) {
+    return sql::column(source, nameAt(index));
+}
+
+sql::Expression rowCount(const std::string& query) {
+    const std::string count = sqlOf(sql::call(fn::kCount, sql::Star()));
+    return sql::Subquery{"SELECT " + count + " FROM (" + query + ")"};
+}
+
+void appendItem(std::string& list, const sql::Expression& value, std::size_t index) {
+    if (index > 0) list += ", ";
+    appendSql(list, value);
+    list += " AS ";
+    list += numberedName(index);
 }
 
 }  // namespace kap::engine

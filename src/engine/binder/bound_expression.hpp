@@ -1,85 +1,75 @@
 #pragma once
 
-#include <cstdint>
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <utility>
-#include <vector>
 
 #include "engine/catalog/tables.hpp"
+#include "engine/sqlite/expression_tree.hpp"
 #include "engine/values/value.hpp"
 #include "tsql/type_spec.hpp"
 
 namespace kap::engine {
 
-// One operand of a sum of exact numbers.
-struct SumTerm {
-    bool minus = false;
-    std::string sql;
-    int scale = 0;
-    std::optional<std::int64_t> constant;
-
-    // The operand with so many digits behind the point.
-    [[nodiscard]] std::string at(int wantedScale) const;
-};
-
-// An expression that has been bound: its SQLite text, which yields storage form, and its static
-// type.
+// An expression that has been bound: its tree, which yields storage form, and its static type.
 struct BoundExpression {
-    std::string sql;
+    sql::Expression tree;
     tsql::TypeSpec type;
     bool nullable = true;
     // The word NULL: it takes the type of what it meets.
     bool nullLiteral = false;
-    // Of a literal, so that it is converted now and not for each row.
-    std::optional<Value> constant;
+    // A column as it is: SQLite knows its collation.
+    bool plainColumn = false;
+    // A literal; see constant().
+    bool isLiteral = false;
     // Of a plain column of a stored table.
     const Table* table = nullptr;
     const Column* column = nullptr;
-    // A column as it is: SQLite knows its collation.
-    bool plainColumn = false;
-    // The operands of a sum, for a longer one to take over.
-    std::vector<SumTerm> terms;
-    // Texts joined, without brackets ("a || b"), for the same reason.
-    std::string joint;
-    // Texts joined and cut to the longest text.
-    bool cut = false;
+    // The sum or the joined texts that this is, for a longer one to take over. Texts that are cut
+    // to the longest one are a conversion of these.
+    sql::Expression chain = {};
     // IDENTITY(...) of SELECT ... INTO, whose numbers are given when the rows are written.
-    std::optional<Identity> newIdentity;
+    std::optional<Identity> newIdentity = std::nullopt;
 
-    [[nodiscard]] static BoundExpression expression(std::string sql, tsql::TypeSpec type,
-                                                    bool nullable) {
+    [[nodiscard]] static BoundExpression expression(sql::Expression tree,
+                                                    const tsql::TypeSpec& type, bool nullable) {
         BoundExpression result;
-        result.sql = std::move(sql);
+        result.tree = std::move(tree);
         result.type = type;
         result.nullable = nullable;
         return result;
     }
+    // The value of a literal, which is converted now and not for each row; null for anything else.
+    [[nodiscard]] const Value* constant() const {
+        const auto* found = isLiteral ? tree.as<sql::Constant>() : nullptr;
+        return found == nullptr ? nullptr : &found->value;
+    }
     // The same value under another type of the same storage form.
     [[nodiscard]] BoundExpression as(const tsql::TypeSpec& other) const;
-    [[nodiscard]] static BoundExpression literal(const Value& value, tsql::TypeSpec type);
+    // The same value as what is around its query reads it: by a column of that query.
+    [[nodiscard]] BoundExpression readBy(sql::Expression reader) const;
+    [[nodiscard]] static BoundExpression literal(const Value& value, const tsql::TypeSpec& type);
+    // NULL as a value of a type.
+    [[nodiscard]] static BoundExpression nullOf(const tsql::TypeSpec& type);
     [[nodiscard]] static BoundExpression null();
 };
 
-// The text of an expression with the collation of texts, where SQLite would not apply it by
-// itself.
-[[nodiscard]] std::string collated(const BoundExpression& expression);
-// The same for an expression whose value stands in another text: a constant that is bound.
-[[nodiscard]] std::string collated(const BoundExpression& expression, const std::string& text);
+// An expression with the collation of texts, where SQLite would not apply it by itself.
+[[nodiscard]] sql::Expression collated(const BoundExpression& expression);
+// The same for an expression in whose place another tree stands: a constant that is bound.
+[[nodiscard]] sql::Expression collated(const BoundExpression& expression, sql::Expression tree);
 
-// The quoted name of a query's column by its place from 0: "c1", "c2"...
+// The name of a query's column by its place from 0, between quotes: "c1", "c2"...
 [[nodiscard]] std::string numberedName(std::size_t index);
+// The same column as an expression; of a source, or of the only one there is.
+[[nodiscard]] sql::Expression numberedColumn(std::size_t index);
+[[nodiscard]] sql::Expression numberedColumn(const std::string& source, std::size_t index);
 
-// A call of a SQL function.
-template <typename... Parts>
-[[nodiscard]] std::string callText(const char* function, const Parts&... parts) {
-    std::string result = std::string(function) + "(";
-    bool first = true;
-    ((result += (std::exchange(first, false) ? "" : ", ") + std::string(parts)), ...);
-    return result + ")";
-}
+// How many rows a query has.
+[[nodiscard]] sql::Expression rowCount(const std::string& query);
 
-// A type as an argument of a SQL function.
-[[nodiscard]] std::string typeArgument(const tsql::TypeSpec& type);
+// Appends an item to the text of a select list under that name: a AS "c1", b AS "c2"...
+void appendItem(std::string& list, const sql::Expression& value, std::size_t index);
 
 }  // namespace kap::engine

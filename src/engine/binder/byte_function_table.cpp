@@ -1,4 +1,5 @@
 #include <array>
+#include <utility>
 
 #include <kaputil/automation/plain_text.hpp>
 
@@ -26,13 +27,13 @@ BoundExpression hashBytes(ScalarCall& call) {
     if (!taken || tsql::isLarge(type)) call.refuseType(1);
     const BoundExpression bytes =
         call.binder.castTo(call[1], {SqlType::VarBinary, tsql::kMaxLength}, 0, call.line);
-    return BoundExpression::expression(callText("kap_hashbytes", call.text(0), bytes.sql),
+    return BoundExpression::expression(sql::call(fn::kHashbytes, call.text(0), bytes.tree),
                                        {SqlType::VarBinary, kLongestBinary}, true);
 }
 
 // The seed makes no difference to bytes that the system makes.
 BoundExpression randomBytes(ScalarCall& call) {
-    return BoundExpression::expression(callText("kap_random_bytes", call.shortInteger(0)),
+    return BoundExpression::expression(sql::call(fn::kRandomBytes, call.shortInteger(0)),
                                        {SqlType::VarBinary, kLongestBinary}, true);
 }
 
@@ -56,13 +57,14 @@ BoundExpression formatMessage(ScalarCall& call) {
             {tsql::typeName(call[i].type.type), plain::text(static_cast<std::int64_t>(i) + 1)},
             call.line);
     }
-    if (tsql::isInteger(call[0].type.type)) return BoundExpression::expression("NULL", type, true);
-    std::string values;
+    if (tsql::isInteger(call[0].type.type)) return BoundExpression::nullOf(type);
+    sql::Call message{fn::kFormatmessage, {call.text(0)}};
+    message.arguments.reserve(call.arguments.size());
     for (std::size_t i = 1; i < call.arguments.size(); ++i) {
-        values += ", " + (tsql::isInteger(call[i].type.type) ? call[i].sql : call.text(i));
+        const bool whole = tsql::isInteger(call[i].type.type);
+        message.arguments.push_back(whole ? call[i].tree : call.text(i));
     }
-    return BoundExpression::expression(callText("kap_formatmessage", call.text(0) + values), type,
-                                       true);
+    return BoundExpression::expression(std::move(message), type, true);
 }
 
 constexpr std::array kByteFunctions = std::to_array<ScalarFunction>({

@@ -1,4 +1,5 @@
 #include <array>
+#include <utility>
 
 #include <kaputil/automation/plain_text.hpp>
 
@@ -14,8 +15,8 @@ using tsql::TypeSpec;
 
 namespace {
 
-std::string partCode(DatePart part) {
-    return plain::text(static_cast<int>(part));
+sql::Expression partCode(DatePart part) {
+    return sql::number(static_cast<int>(part));
 }
 
 bool isTimeOfDay(DatePart part) {
@@ -58,7 +59,7 @@ DatePart wordPart(const ScalarCall& call) {
     return *part;
 }
 
-std::string namedPart(const ScalarCall& call, SqlType type) {
+sql::Expression namedPart(const ScalarCall& call, SqlType type) {
     const DatePart part = wordPart(call);
     if (!isSupported(part, type, call.name())) refusePart(call, call.word(0), type);
     return partCode(part);
@@ -70,7 +71,7 @@ BoundExpression readDate(const ScalarCall& call, std::size_t index, DatePart par
     if (!tsql::isText(argument.type.type)) return call.instant(index);
     if (part == DatePart::TimeZone) return call.binder.convertTo(argument, kOffsetDate, call.line);
     if (isFine(part)) return call.binder.convertTo(argument, kFineDate, call.line);
-    if (!argument.constant) return call.instant(index);
+    if (argument.constant() == nullptr) return call.instant(index);
     try {
         return call.instant(index);
     } catch (const tsql::ServerError&) {
@@ -82,17 +83,20 @@ bool isFine(const BoundExpression& date) {
     return tsql::isFineDate(date.type.type);
 }
 
+BoundExpression partCall(const BoundExpression& date, const sql::Expression& part) {
+    return BoundExpression::expression(isFine(date)
+                                           ? sql::call(fn::kFinePart, part, date.tree, date.type)
+                                           : sql::call(fn::kDatepart, part, date.tree),
+                                       {SqlType::Int}, date.nullable);
+}
+
 BoundExpression partOfDate(ScalarCall& call, DatePart part, std::string_view word) {
     const BoundExpression date = readDate(call, 0, part);
     if (!isSupported(part, date.type.type, "datepart")) {
         throw tsql::ServerError(tsql::Message::DatePartNotSupported,
                                 {word, "datepart", tsql::typeName(date.type.type)}, call.line);
     }
-    const std::string code = partCode(part);
-    return BoundExpression::expression(
-        isFine(date) ? callText("kap_fine_part", code, date.sql, typeArgument(date.type))
-                     : callText("kap_datepart", code, date.sql),
-        {SqlType::Int}, date.nullable);
+    return partCall(date, partCode(part));
 }
 
 BoundExpression year(ScalarCall& call) {
@@ -108,46 +112,41 @@ BoundExpression day(ScalarCall& call) {
 // The arguments that are bound start behind the word.
 BoundExpression datePart(ScalarCall& call) {
     const BoundExpression date = readDate(call, 0, wordPart(call));
-    const std::string part = namedPart(call, date.type.type);
-    return BoundExpression::expression(
-        isFine(date) ? callText("kap_fine_part", part, date.sql, typeArgument(date.type))
-                     : callText("kap_datepart", part, date.sql),
-        {SqlType::Int}, date.nullable);
+    return partCall(date, namedPart(call, date.type.type));
 }
 
 BoundExpression dateName(ScalarCall& call) {
     const BoundExpression date = readDate(call, 0, wordPart(call));
-    const std::string part = namedPart(call, date.type.type);
+    const sql::Expression part = namedPart(call, date.type.type);
     constexpr int kNameLength = 30;
-    return BoundExpression::expression(
-        isFine(date) ? callText("kap_fine_name", part, date.sql, typeArgument(date.type))
-                     : callText("kap_datename", part, date.sql),
-        {SqlType::NVarChar, kNameLength}, date.nullable);
+    return BoundExpression::expression(isFine(date)
+                                           ? sql::call(fn::kFineName, part, date.tree, date.type)
+                                           : sql::call(fn::kDatename, part, date.tree),
+                                       {SqlType::NVarChar, kNameLength}, date.nullable);
 }
 
 BoundExpression dateAdd(ScalarCall& call) {
     const BoundExpression date = call.instant(1);
     const BoundExpression count = call.binder.castTo(call[0], {SqlType::BigInt}, 0, call.line);
     return BoundExpression::expression(
-        callText(isFine(date) ? "kap_fine_dateadd" : "kap_dateadd", namedPart(call, date.type.type),
-                 count.sql, date.sql, typeArgument(date.type)),
+        sql::call(isFine(date) ? fn::kFineDateadd : fn::kDateadd, namedPart(call, date.type.type),
+                  count.tree, date.tree, date.type),
         date.type, call.anyNullable());
 }
 
-std::string fineDifference(const char* function, const std::string& part,
-                           const BoundExpression& from, const BoundExpression& to) {
-    return callText(function, part, from.sql, typeArgument(from.type), to.sql,
-                    typeArgument(to.type));
+sql::Expression fineDifference(const fn::Function& function, const sql::Expression& part,
+                               const BoundExpression& from, const BoundExpression& to) {
+    return sql::call(function, part, from.tree, from.type, to.tree, to.type);
 }
 
 BoundExpression dateDiff(ScalarCall& call) {
     const DatePart part = wordPart(call);
     const BoundExpression from = readDate(call, 0, part);
     const BoundExpression to = readDate(call, 1, part);
-    const std::string code = namedPart(call, from.type.type);
+    const sql::Expression code = namedPart(call, from.type.type);
     return BoundExpression::expression(isFine(from) || isFine(to)
-                                           ? fineDifference("kap_fine_datediff", code, from, to)
-                                           : callText("kap_datediff", code, from.sql, to.sql),
+                                           ? fineDifference(fn::kFineDatediff, code, from, to)
+                                           : sql::call(fn::kDatediff, code, from.tree, to.tree),
                                        {SqlType::Int}, call.anyNullable());
 }
 
@@ -155,43 +154,43 @@ BoundExpression bigDateDiff(ScalarCall& call) {
     const DatePart part = wordPart(call);
     const BoundExpression from = readDate(call, 0, part);
     return BoundExpression::expression(
-        fineDifference("kap_datediff_big", namedPart(call, from.type.type), from,
+        fineDifference(fn::kDatediffBig, namedPart(call, from.type.type), from,
                        readDate(call, 1, part)),
         {SqlType::BigInt}, call.anyNullable());
 }
 
 BoundExpression now(ScalarCall& /*call*/) {
-    return BoundExpression::expression("kap_now()", {SqlType::DateTime}, false);
+    return BoundExpression::expression(sql::call(fn::kNow), {SqlType::DateTime}, false);
 }
 
 BoundExpression universalNow(ScalarCall& /*call*/) {
-    return BoundExpression::expression("kap_utcnow()", {SqlType::DateTime}, false);
+    return BoundExpression::expression(sql::call(fn::kUtcnow), {SqlType::DateTime}, false);
 }
 
-BoundExpression systemTime(const TypeSpec& type, const char* universal) {
-    return BoundExpression::expression(callText("kap_sysnow", typeArgument(type), universal), type,
+BoundExpression systemTime(const TypeSpec& type, bool universal) {
+    return BoundExpression::expression(sql::call(fn::kSysnow, type, universal ? 1 : 0), type,
                                        false);
 }
 
 BoundExpression systemNow(ScalarCall& /*call*/) {
-    return systemTime(kFineDate, "0");
+    return systemTime(kFineDate, false);
 }
 
 BoundExpression systemUniversalNow(ScalarCall& /*call*/) {
-    return systemTime(kFineDate, "1");
+    return systemTime(kFineDate, true);
 }
 
 BoundExpression systemOffsetNow(ScalarCall& /*call*/) {
-    return systemTime(kOffsetDate, "0");
+    return systemTime(kOffsetDate, false);
 }
 
 // EOMONTH(date [, months]): the last day of the month so many months on.
 BoundExpression endOfMonth(ScalarCall& call) {
-    const std::string months = call.arguments.size() > 1 ? call.shortInteger(1) : "0";
+    sql::Expression months = call.arguments.size() > 1 ? call.shortInteger(1) : sql::number(0);
     BoundExpression date = readDate(call, 0, DatePart::Month);
     if (isFine(date)) date = call.binder.castTo(date, {SqlType::Date}, 0, call.line);
-    return BoundExpression::expression(callText("kap_eomonth", date.sql, months), {SqlType::Date},
-                                       call.anyNullable());
+    return BoundExpression::expression(sql::call(fn::kEomonth, date.tree, std::move(months)),
+                                       {SqlType::Date}, call.anyNullable());
 }
 
 TypeSpec offsetTypeOf(const BoundExpression& date) {
@@ -200,15 +199,15 @@ TypeSpec offsetTypeOf(const BoundExpression& date) {
 }
 
 // An offset is a text or a number of minutes.
-std::string zoneArgument(const ScalarCall& call) {
-    return tsql::isText(call.arguments[1].type.type) ? call.arguments[1].sql : call.integer(1);
+sql::Expression zoneArgument(const ScalarCall& call) {
+    return tsql::isText(call.arguments[1].type.type) ? call.arguments[1].tree : call.integer(1);
 }
 
 BoundExpression switchOffset(ScalarCall& call) {
     const BoundExpression date = call.binder.convertTo(call[0], offsetTypeOf(call[0]), call.line);
     return BoundExpression::expression(
-        callText("kap_switchoffset", date.sql, typeArgument(date.type), zoneArgument(call)),
-        date.type, call.anyNullable());
+        sql::call(fn::kSwitchoffset, date.tree, date.type, zoneArgument(call)), date.type,
+        call.anyNullable());
 }
 
 BoundExpression toDateTimeOffset(ScalarCall& call) {
@@ -216,9 +215,8 @@ BoundExpression toDateTimeOffset(ScalarCall& call) {
     const TypeSpec local{SqlType::DateTime2, 0, 0, result.scale};
     const BoundExpression date = call.binder.castTo(call[0], local, 0, call.line);
     return BoundExpression::expression(
-        callText("kap_todatetimeoffset", date.sql, typeArgument(local), zoneArgument(call),
-                 typeArgument(result)),
-        result, call.anyNullable());
+        sql::call(fn::kTodatetimeoffset, date.tree, local, zoneArgument(call), result), result,
+        call.anyNullable());
 }
 
 // date AT TIME ZONE name
@@ -232,16 +230,14 @@ BoundExpression atTimeZone(ScalarCall& call) {
     }
     const TypeSpec result = offsetTypeOf(date);
     return BoundExpression::expression(
-        callText("kap_at_time_zone", date.sql, typeArgument(date.type), call.text(1),
-                 typeArgument(result)),
-        result, true);
+        sql::call(fn::kAtTimeZone, date.tree, date.type, call.text(1), result), result, true);
 }
 
 // TIMEFROMPARTS and its kin: the last argument says the decimals and must be written out.
 template <SqlType kType>
 BoundExpression fineFromParts(ScalarCall& call) {
     const BoundExpression& last = call.arguments.back();
-    const auto* scale = last.constant ? std::get_if<std::int64_t>(&*last.constant) : nullptr;
+    const auto* scale = std::get_if<std::int64_t>(last.constant());
     if (scale == nullptr || !tsql::isInteger(last.type.type)) {
         throw tsql::ServerError(tsql::Message::WrongScaleArgument, {tsql::typeName(kType)},
                                 call.line);
@@ -251,30 +247,27 @@ BoundExpression fineFromParts(ScalarCall& call) {
                                 {plain::text(call.line), plain::text(*scale)}, call.line);
     }
     const TypeSpec type{kType, 0, 0, static_cast<int>(*scale)};
-    std::string parts = typeArgument(type);
+    sql::Call parts{fn::kFineFromparts, {sql::typeNumber(type)}};
     for (std::size_t i = 0; i + 1 < call.arguments.size(); ++i)
-        parts += ", " + call.shortInteger(i);
-    return BoundExpression::expression(callText("kap_fine_fromparts", parts), type,
-                                       call.anyNullable());
+        parts.arguments.push_back(call.shortInteger(i));
+    return BoundExpression::expression(std::move(parts), type, call.anyNullable());
 }
 
 // DATEFROMPARTS(year, month, day) and its kin, which take the parts of the time behind them.
 template <SqlType kType>
 BoundExpression fromParts(ScalarCall& call) {
-    std::string parts = typeArgument({kType});
+    sql::Call parts{fn::kFromparts, {sql::typeNumber({kType})}};
     for (std::size_t i = 0; i < call.arguments.size(); ++i)
-        parts += ", " + call.shortInteger(i);
-    return BoundExpression::expression(callText("kap_fromparts", parts), {kType},
-                                       call.anyNullable());
+        parts.arguments.push_back(call.shortInteger(i));
+    return BoundExpression::expression(std::move(parts), {kType}, call.anyNullable());
 }
 
 BoundExpression isDate(ScalarCall& call) {
     if (isFine(call[0])) call.refuseType(0);
     if (tsql::isDate(call[0].type.type)) {
-        return BoundExpression::expression("(" + call[0].sql + " IS NOT NULL)", {SqlType::Int},
-                                           false);
+        return BoundExpression::expression(sql::isNotNull(call[0].tree), {SqlType::Int}, false);
     }
-    return BoundExpression::expression(callText("kap_isdate", call.text(0)), {SqlType::Int}, false);
+    return BoundExpression::expression(sql::call(fn::kIsdate, call.text(0)), {SqlType::Int}, false);
 }
 
 constexpr std::array kDateFunctions = std::to_array<ScalarFunction>({

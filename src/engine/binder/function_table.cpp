@@ -18,22 +18,26 @@ bool ScalarCall::anyNullable() const {
                        [](const BoundExpression& argument) { return argument.nullable; });
 }
 
-std::string ScalarCall::text(std::size_t index) const {
+sql::Expression ScalarCall::text(std::size_t index) const {
     const BoundExpression& argument = arguments[index];
-    if (tsql::isText(argument.type.type) || argument.nullLiteral) return argument.sql;
-    return binder.castTo(argument, textTypeOf(argument.type), 0, line).sql;
+    if (tsql::isText(argument.type.type) || argument.nullLiteral) return argument.tree;
+    return binder.castTo(argument, textTypeOf(argument.type), 0, line).tree;
 }
 
-std::string ScalarCall::integer(std::size_t index) const {
-    return binder.convertTo(arguments[index], {SqlType::BigInt}, line).sql;
+sql::Expression ScalarCall::integer(std::size_t index) const {
+    return binder.convertTo(arguments[index], {SqlType::BigInt}, line).tree;
 }
 
-std::string ScalarCall::shortInteger(std::size_t index) const {
-    return binder.convertTo(arguments[index], {SqlType::Int}, line).sql;
+sql::Expression ScalarCall::integer(std::size_t index, std::int64_t otherwise) const {
+    return index < arguments.size() ? integer(index) : sql::number(otherwise);
 }
 
-std::string ScalarCall::real(std::size_t index) const {
-    return binder.convertTo(arguments[index], {SqlType::Float}, line).sql;
+sql::Expression ScalarCall::shortInteger(std::size_t index) const {
+    return binder.convertTo(arguments[index], {SqlType::Int}, line).tree;
+}
+
+sql::Expression ScalarCall::real(std::size_t index) const {
+    return binder.convertTo(arguments[index], {SqlType::Float}, line).tree;
 }
 
 BoundExpression ScalarCall::instant(std::size_t index) const {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <span>
 #include <string_view>
 #include <vector>
@@ -18,13 +19,14 @@ struct ScalarCall {
 
     [[nodiscard]] BoundExpression& operator[](std::size_t index) { return arguments[index]; }
     [[nodiscard]] bool anyNullable() const;
-    // The SQL of an argument as text, converted when it is not.
-    [[nodiscard]] std::string text(std::size_t index) const;
-    // The SQL of an argument as a whole number.
-    [[nodiscard]] std::string integer(std::size_t index) const;
+    // An argument as text, converted when it is not.
+    [[nodiscard]] sql::Expression text(std::size_t index) const;
+    // An argument as a whole number; the other form where it is left out.
+    [[nodiscard]] sql::Expression integer(std::size_t index) const;
+    [[nodiscard]] sql::Expression integer(std::size_t index, std::int64_t otherwise) const;
     // The same as an int, with the server's error for what is none.
-    [[nodiscard]] std::string shortInteger(std::size_t index) const;
-    [[nodiscard]] std::string real(std::size_t index) const;
+    [[nodiscard]] sql::Expression shortInteger(std::size_t index) const;
+    [[nodiscard]] sql::Expression real(std::size_t index) const;
     // An argument as the date type it has, or as datetime.
     [[nodiscard]] BoundExpression instant(std::size_t index) const;
     // The variable text type of an argument.

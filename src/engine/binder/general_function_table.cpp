@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <array>
+#include <utility>
 
 #include "base/ascii.hpp"
 #include "engine/binder/function_table.hpp"
@@ -21,7 +22,7 @@ BoundExpression isNull(ScalarCall& call) {
     const TypeSpec type = call[0].nullLiteral ? call[1].type : call[0].type;
     const BoundExpression first = call.binder.convertTo(call[0], type, call.line);
     const BoundExpression second = call.binder.convertTo(call[1], type, call.line);
-    return BoundExpression::expression(callText("ifnull", first.sql, second.sql), type,
+    return BoundExpression::expression(sql::call(fn::kIfnull, first.tree, second.tree), type,
                                        first.nullable && second.nullable);
 }
 
@@ -30,25 +31,26 @@ BoundExpression coalesce(ScalarCall& call) {
     if (!type) {
         throw tsql::ServerError(tsql::Message::CoalesceOfNulls, {}, call.line);
     }
-    std::string sql;
+    sql::Call first{fn::kCoalesce, {}};
+    first.arguments.reserve(call.arguments.size());
     // As the server has it, COALESCE is null where any of its arguments can be; ISNULL is not.
     bool nullable = false;
     for (const BoundExpression& argument : call.arguments) {
-        const BoundExpression converted = call.binder.convertTo(argument, *type, call.line);
-        sql += (sql.empty() ? "" : ", ") + converted.sql;
+        BoundExpression converted = call.binder.convertTo(argument, *type, call.line);
         nullable = nullable || converted.nullable;
+        first.arguments.push_back(std::move(converted.tree));
     }
-    return BoundExpression::expression("coalesce(" + sql + ")", *type, nullable);
+    return BoundExpression::expression(std::move(first), *type, nullable);
 }
 
 BoundExpression nullIf(ScalarCall& call) {
     if (call[0].nullLiteral) {
         throw tsql::ServerError(tsql::Message::NullifOfNull, {}, call.line);
     }
-    const std::string equal =
+    sql::Expression equal =
         call.binder.compared(tsql::ComparisonOperator::Equal, call[0], call[1], call.line);
-    return BoundExpression::expression(
-        "(CASE WHEN " + equal + " THEN NULL ELSE " + call[0].sql + " END)", call[0].type, true);
+    return BoundExpression::expression(sql::when(std::move(equal), sql::null(), call[0].tree),
+                                       call[0].type, true);
 }
 
 BoundExpression newIdentifier(ScalarCall& call) {
@@ -57,7 +59,8 @@ BoundExpression newIdentifier(ScalarCall& call) {
         throw tsql::unsupported("NEWID in a computed column", call.line);
     }
     constexpr int kBytes = 16;
-    return BoundExpression::expression("kap_newid()", {SqlType::UniqueIdentifier, kBytes}, false);
+    return BoundExpression::expression(sql::call(fn::kNewid), {SqlType::UniqueIdentifier, kBytes},
+                                       false);
 }
 
 // What a default is made of is seen there; anywhere else it is none.
@@ -66,28 +69,26 @@ BoundExpression newSequentialIdentifier(ScalarCall& call) {
 }
 
 // CHECKSUM(a, b...): texts that compare as equal give the same; BINARY_CHECKSUM tells them apart.
-template <const char* const& kFunction>
+template <const fn::Function& kFunction>
 BoundExpression checksum(ScalarCall& call) {
-    std::string arguments;
+    sql::Call sum{kFunction, {}};
+    sum.arguments.reserve(call.arguments.size());
     for (const BoundExpression& argument : call.arguments)
-        arguments += (arguments.empty() ? "" : ", ") + argument.sql;
-    return BoundExpression::expression(callText(kFunction, arguments), {SqlType::Int}, false);
+        sum.arguments.push_back(argument.tree);
+    return BoundExpression::expression(std::move(sum), {SqlType::Int}, false);
 }
-
-constexpr const char* kChecksum = "kap_checksum";
-constexpr const char* kBinaryChecksum = "kap_binary_checksum";
 
 // IDENTITY(type, seed, increment) numbers the rows that SELECT ... INTO writes; what writes them
 // knows how, here it is nothing yet.
 BoundExpression newIdentity(ScalarCall& call) {
-    BoundExpression value = BoundExpression::expression("NULL", call[0].type, false);
+    BoundExpression value = BoundExpression::expression(sql::null(), call[0].type, false);
     constexpr Identity kFirst;
     const auto number = [&](std::size_t index, std::int64_t otherwise) {
-        const bool given = index < call.arguments.size() && call[index].constant &&
-                           std::holds_alternative<std::int64_t>(*call[index].constant);
-        return given ? std::get<std::int64_t>(*call[index].constant) : otherwise;
+        const Value* constant = index < call.arguments.size() ? call[index].constant() : nullptr;
+        const auto* given = std::get_if<std::int64_t>(constant);
+        return given != nullptr ? *given : otherwise;
     };
-    value.newIdentity = {number(1, kFirst.seed), number(2, kFirst.increment)};
+    value.newIdentity = Identity{number(1, kFirst.seed), number(2, kFirst.increment)};
     return value;
 }
 
@@ -97,8 +98,8 @@ constexpr std::array kGeneralFunctions = std::to_array<ScalarFunction>({
     {"nullif", 2, 2, nullIf},
     {"newid", 0, 0, newIdentifier},
     {"newsequentialid", 0, 0, newSequentialIdentifier},
-    {"checksum", 1, kMostArguments, checksum<kChecksum>},
-    {"binary_checksum", 1, kMostArguments, checksum<kBinaryChecksum>},
+    {"checksum", 1, kMostArguments, checksum<fn::kChecksum>},
+    {"binary_checksum", 1, kMostArguments, checksum<fn::kBinaryChecksum>},
     {"identity", 1, 3, newIdentity},
 });
 

@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <array>
+#include <utility>
 
 #include <kaputil/automation/plain_text.hpp>
 
@@ -39,47 +40,46 @@ BoundExpression argument(ScalarCall& call) {
     return call.binder.convertTo(number, widened(number.type), call.line);
 }
 
-BoundExpression result(const BoundExpression& source, std::string sql, TypeSpec type) {
-    return BoundExpression::expression(std::move(sql), type, source.nullable);
+BoundExpression result(const BoundExpression& source, sql::Expression tree, const TypeSpec& type) {
+    return BoundExpression::expression(std::move(tree), type, source.nullable);
 }
 
 BoundExpression absolute(ScalarCall& call) {
     const BoundExpression value = argument(call);
     if (tsql::isApproximate(value.type.type))
-        return result(value, callText("kap_float_abs", value.sql), value.type);
-    return result(value, callText("kap_abs", value.sql, typeArgument(value.type)), value.type);
+        return result(value, sql::call(fn::kFloatAbs, value.tree), value.type);
+    return result(value, sql::call(fn::kAbs, value.tree, value.type), value.type);
 }
 
 BoundExpression sign(ScalarCall& call) {
     const BoundExpression value = argument(call);
     if (tsql::isApproximate(value.type.type))
-        return result(value, callText("kap_float_sign", value.sql), value.type);
-    return result(value, callText("kap_sign", value.sql, typeArgument(value.type)), value.type);
+        return result(value, sql::call(fn::kFloatSign, value.tree), value.type);
+    return result(value, sql::call(fn::kSign, value.tree, value.type), value.type);
 }
 
 BoundExpression rounded(ScalarCall& call) {
     const BoundExpression value = argument(call);
-    const std::string truncate = call.arguments.size() > 2 ? call.integer(2) : "0";
-    const bool nullable = call.anyNullable();
-    const std::string sql =
+    const sql::Expression truncate = call.integer(2, 0);
+    return BoundExpression::expression(
         tsql::isApproximate(value.type.type)
-            ? callText("kap_float_round", value.sql, call.integer(1), truncate)
-            : callText("kap_round", value.sql, call.integer(1), truncate, typeArgument(value.type));
-    return BoundExpression::expression(sql, value.type, nullable);
+            ? sql::call(fn::kFloatRound, value.tree, call.integer(1), truncate)
+            : sql::call(fn::kRound, value.tree, call.integer(1), truncate, value.type),
+        value.type, call.anyNullable());
 }
 
 // A whole number in the type of the argument; decimals lose their fraction, money keeps its own.
-BoundExpression towards(ScalarCall& call, const char* exactFunction, const char* floatFunction) {
+BoundExpression towards(ScalarCall& call, const fn::Function& exactFunction,
+                        const fn::Function& floatFunction) {
     BoundExpression value = argument(call);
     if (tsql::isApproximate(value.type.type))
-        return result(value, callText(floatFunction, value.sql), value.type);
+        return result(value, sql::call(floatFunction, value.tree), value.type);
     const int scale = storedScale(value.type);
     if (scale == 0) return value;
-    const std::string whole = callText(exactFunction, value.sql, plain::text(scale));
+    const sql::Expression whole = sql::call(exactFunction, value.tree, scale);
     if (tsql::isMoney(value.type.type)) {
         return result(value,
-                      callText("kap_add", callText("kap_scale", whole, plain::text(scale)), "0",
-                               typeArgument(value.type)),
+                      sql::call(fn::kAdd, sql::call(fn::kScale, whole, scale), 0, value.type),
                       value.type);
     }
     TypeSpec type = value.type;
@@ -89,10 +89,10 @@ BoundExpression towards(ScalarCall& call, const char* exactFunction, const char*
 }
 
 BoundExpression ceiling(ScalarCall& call) {
-    return towards(call, "kap_ceiling", "kap_float_ceiling");
+    return towards(call, fn::kCeiling, fn::kFloatCeiling);
 }
 BoundExpression floorFunction(ScalarCall& call) {
-    return towards(call, "kap_floor", "kap_float_floor");
+    return towards(call, fn::kFloor, fn::kFloatFloor);
 }
 
 // The result has the type of the base: POWER(2, 0.5) is 1. A decimal keeps its decimals and may
@@ -103,42 +103,30 @@ BoundExpression power(ScalarCall& call) {
         type = tsql::decimalType(SqlType::Numeric, kMostDecimalDigits, type.scale);
     }
     const BoundExpression value = BoundExpression::expression(
-        callText("kap_power", call.real(0), call.real(1)), {SqlType::Float}, call.anyNullable());
+        sql::call(fn::kPower, call.real(0), call.real(1)), {SqlType::Float}, call.anyNullable());
     return call.binder.castTo(value, type, 0, call.line);
 }
 
 // LOG(x) is the natural one, LOG(x, base) any other.
 BoundExpression logarithm(ScalarCall& call) {
-    const std::string sql = call.arguments.size() > 1
-                                ? callText("kap_log", call.real(0), call.real(1))
-                                : callText("kap_log", call.real(0));
-    return BoundExpression::expression(sql, {SqlType::Float}, call.anyNullable());
+    return BoundExpression::expression(call.arguments.size() > 1
+                                           ? sql::call(fn::kLog, call.real(0), call.real(1))
+                                           : sql::call(fn::kLog, call.real(0)),
+                                       {SqlType::Float}, call.anyNullable());
 }
 
-template <const char* const& kFunction>
+template <const fn::Function& kFunction>
 BoundExpression ofFloat(ScalarCall& call) {
-    return BoundExpression::expression(callText(kFunction, call.real(0)), {SqlType::Float},
+    return BoundExpression::expression(sql::call(kFunction, call.real(0)), {SqlType::Float},
                                        call.anyNullable());
 }
-
-constexpr const char* kSquareRoot = "kap_sqrt";
-constexpr const char* kSquare = "kap_square";
-constexpr const char* kExponential = "kap_exp";
-constexpr const char* kLogarithm10 = "kap_log10";
-constexpr const char* kSine = "kap_sin";
-constexpr const char* kCosine = "kap_cos";
-constexpr const char* kTangent = "kap_tan";
-constexpr const char* kCotangent = "kap_cot";
-constexpr const char* kArcSine = "kap_asin";
-constexpr const char* kArcCosine = "kap_acos";
-constexpr const char* kArcTangent = "kap_atan";
 
 BoundExpression pi(ScalarCall& /*call*/) {
     return BoundExpression::literal(3.141592653589793, {SqlType::Float});
 }
 
 BoundExpression angleOf(ScalarCall& call) {
-    return BoundExpression::expression(callText("kap_atn2", call.real(0), call.real(1)),
+    return BoundExpression::expression(sql::call(fn::kAtn2, call.real(0), call.real(1)),
                                        {SqlType::Float}, call.anyNullable());
 }
 
@@ -150,35 +138,38 @@ TypeSpec angleType(const TypeSpec& type) {
     return tsql::decimalType(SqlType::Numeric, kMostDecimalDigits, std::max(kDecimals, type.scale));
 }
 
-BoundExpression converted(ScalarCall& call, const char* factor) {
+BoundExpression converted(ScalarCall& call, double factor) {
     const TypeSpec type = angleType(argument(call).type);
-    const BoundExpression result = BoundExpression::expression(
-        callText("kap_float_multiply", call.real(0), factor, typeArgument({SqlType::Float})),
-        {SqlType::Float}, call.anyNullable());
+    const BoundExpression result =
+        BoundExpression::expression(sql::call(fn::kFloatMultiply, call.real(0),
+                                              sql::Constant{factor}, TypeSpec{SqlType::Float}),
+                                    {SqlType::Float}, call.anyNullable());
     return call.binder.castTo(result, type, 0, call.line);
 }
 
 BoundExpression degrees(ScalarCall& call) {
-    return converted(call, "57.295779513082323");
+    return converted(call, 57.295779513082323);
 }
 BoundExpression radians(ScalarCall& call) {
-    return converted(call, "0.017453292519943295");
+    return converted(call, 0.017453292519943295);
 }
 
 BoundExpression random(ScalarCall& call) {
     if (call.arguments.empty() && call.binder.bindsComputedColumn()) {
         throw tsql::unsupported("RAND in a computed column", call.line);
     }
-    const std::string seed = call.arguments.empty() ? "" : call.integer(0);
-    return BoundExpression::expression("kap_random(" + seed + ")", {SqlType::Float}, !seed.empty());
+    if (call.arguments.empty()) {
+        return BoundExpression::expression(sql::call(fn::kRandom), {SqlType::Float}, false);
+    }
+    return BoundExpression::expression(sql::call(fn::kRandom, call.integer(0)), {SqlType::Float},
+                                       true);
 }
 
 BoundExpression isNumeric(ScalarCall& call) {
     if (tsql::isNumber(call[0].type.type)) {
-        return BoundExpression::expression("(" + call[0].sql + " IS NOT NULL)", {SqlType::Int},
-                                           false);
+        return BoundExpression::expression(sql::isNotNull(call[0].tree), {SqlType::Int}, false);
     }
-    return BoundExpression::expression(callText("kap_isnumeric", call.text(0)), {SqlType::Int},
+    return BoundExpression::expression(sql::call(fn::kIsnumeric, call.text(0)), {SqlType::Int},
                                        false);
 }
 
@@ -189,18 +180,18 @@ constexpr std::array kNumberFunctions = std::to_array<ScalarFunction>({
     {"ceiling", 1, 1, ceiling},
     {"floor", 1, 1, floorFunction},
     {"power", 2, 2, power},
-    {"sqrt", 1, 1, ofFloat<kSquareRoot>},
-    {"square", 1, 1, ofFloat<kSquare>},
-    {"exp", 1, 1, ofFloat<kExponential>},
+    {"sqrt", 1, 1, ofFloat<fn::kSqrt>},
+    {"square", 1, 1, ofFloat<fn::kSquare>},
+    {"exp", 1, 1, ofFloat<fn::kExp>},
     {"log", 1, 2, logarithm},
-    {"log10", 1, 1, ofFloat<kLogarithm10>},
-    {"sin", 1, 1, ofFloat<kSine>},
-    {"cos", 1, 1, ofFloat<kCosine>},
-    {"tan", 1, 1, ofFloat<kTangent>},
-    {"cot", 1, 1, ofFloat<kCotangent>},
-    {"asin", 1, 1, ofFloat<kArcSine>},
-    {"acos", 1, 1, ofFloat<kArcCosine>},
-    {"atan", 1, 1, ofFloat<kArcTangent>},
+    {"log10", 1, 1, ofFloat<fn::kLog10>},
+    {"sin", 1, 1, ofFloat<fn::kSin>},
+    {"cos", 1, 1, ofFloat<fn::kCos>},
+    {"tan", 1, 1, ofFloat<fn::kTan>},
+    {"cot", 1, 1, ofFloat<fn::kCot>},
+    {"asin", 1, 1, ofFloat<fn::kAsin>},
+    {"acos", 1, 1, ofFloat<fn::kAcos>},
+    {"atan", 1, 1, ofFloat<fn::kAtan>},
     {"atn2", 2, 2, angleOf},
     {"degrees", 1, 1, degrees},
     {"radians", 1, 1, radians},

@@ -1,4 +1,6 @@
 #include <array>
+#include <initializer_list>
+#include <utility>
 
 #include "engine/binder/function_table.hpp"
 
@@ -9,24 +11,38 @@ using tsql::SqlType;
 
 namespace {
 
-constexpr const char* kDatabaseRoles =
-    "'public', 'db_owner', 'db_accessadmin', 'db_securityadmin', 'db_ddladmin', "
-    "'db_backupoperator', 'db_datareader', 'db_datawriter'";
-constexpr const char* kServerRoles =
-    "'public', 'sysadmin', 'securityadmin', 'serveradmin', 'setupadmin', 'processadmin', "
-    "'diskadmin', 'dbcreator', 'bulkadmin'";
+using Roles = std::initializer_list<const char*>;
 
-BoundExpression number(const char* value) {
-    return BoundExpression::expression(value, {SqlType::Int}, false);
+constexpr Roles kDatabaseRoles = {"public",           "db_owner",     "db_accessadmin",
+                                  "db_securityadmin", "db_ddladmin",  "db_backupoperator",
+                                  "db_datareader",    "db_datawriter"};
+constexpr Roles kServerRoles = {"public",      "sysadmin",   "securityadmin",
+                                "serveradmin", "setupadmin", "processadmin",
+                                "diskadmin",   "dbcreator",  "bulkadmin"};
+constexpr Roles kDenyingRoles = {"db_denydatareader", "db_denydatawriter"};
+
+BoundExpression one() {
+    return BoundExpression::expression(sql::number(1), {SqlType::Int}, false);
+}
+
+sql::Expression nameArgument(const ScalarCall& call) {
+    return sql::collated(call.text(0), {SqlType::NVarChar});
+}
+
+sql::Expression isOneOfRoles(const sql::Expression& role, Roles roles) {
+    sql::In result{role, {}};
+    for (const char* each : roles)
+        result.list.push_back(sql::text(each));
+    return result;
 }
 
 // 1 for a role that the owner has, 0 for one that only takes rights away, NULL for none.
-BoundExpression memberOf(ScalarCall& call, const char* roles) {
-    const std::string role = "(" + call.text(0) + ") COLLATE KAP_CI";
-    return BoundExpression::expression(
-        "(CASE WHEN " + role + " IN (" + roles + ") THEN 1 WHEN " + role +
-            " IN ('db_denydatareader', 'db_denydatawriter') THEN 0 END)",
-        {SqlType::Int}, true);
+BoundExpression memberOf(ScalarCall& call, Roles roles) {
+    const sql::Expression role = nameArgument(call);
+    sql::Case answer;
+    answer.branches = {{isOneOfRoles(role, roles), sql::number(1)},
+                       {isOneOfRoles(role, kDenyingRoles), sql::number(0)}};
+    return BoundExpression::expression(std::move(answer), {SqlType::Int}, true);
 }
 
 BoundExpression isMember(ScalarCall& call) {
@@ -38,14 +54,15 @@ BoundExpression isServerMember(ScalarCall& call) {
 }
 
 BoundExpression mayEverything(ScalarCall& /*call*/) {
-    return number("1");
+    return one();
 }
 
 BoundExpression ownerId(ScalarCall& call) {
-    if (call.arguments.empty()) return number("1");
-    return BoundExpression::expression(
-        "(CASE WHEN (" + call.text(0) + ") COLLATE KAP_CI = 'dbo' THEN 1 END)", {SqlType::Int},
-        true);
+    if (call.arguments.empty()) return one();
+    sql::Expression owns =
+        sql::Binary{sql::BinaryOperator::Equal, nameArgument(call), sql::text("dbo")};
+    return BoundExpression::expression(sql::when(std::move(owns), sql::number(1)), {SqlType::Int},
+                                       true);
 }
 
 constexpr std::array kPrincipalFunctions = std::to_array<ScalarFunction>({

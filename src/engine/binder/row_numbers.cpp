@@ -13,9 +13,9 @@ std::string rowNumberName(const Table& table) {
     throw tsql::unsupported("a table with columns rowid, _rowid_ and oid", 0);
 }
 
-std::string rowNumberOf(const Source& source) {
-    if (!source.rowNumber.empty()) return source.rowNumber;
-    return sqlName(source.name) + "." + rowNumberName(*source.table);
+sql::Expression rowNumberOf(const Source& source) {
+    if (source.rowNumber) return source.rowNumber;
+    return sql::Column{source.name, rowNumberName(*source.table), true};
 }
 
 std::string captureKey(const Table& table) {

@@ -12,7 +12,7 @@ namespace kap::engine {
 // A name by which SQLite knows the row's number and that no column of the table hides.
 [[nodiscard]] std::string rowNumberName(const Table& table);
 // The number of a row of a source that is a stored table.
-[[nodiscard]] std::string rowNumberOf(const Source& source);
+[[nodiscard]] sql::Expression rowNumberOf(const Source& source);
 
 enum class RowState { Inserted, Deleted };
 

@@ -2,8 +2,6 @@
 
 #include <algorithm>
 
-#include <kaputil/automation/plain_text.hpp>
-
 #include "engine/catalog/object_names.hpp"
 
 #include "tsql/server_error.hpp"
@@ -67,7 +65,7 @@ const SourceColumn* findQualified(const ObjectName& name, const Scope& scope) {
 void checkGrouped(const BoundExpression& value, const ObjectName& name, const Scope& scope) {
     if (!scope.grouped || scope.insideAggregate) return;
     const bool grouped =
-        std::find(scope.groups.begin(), scope.groups.end(), value.sql) != scope.groups.end();
+        std::find(scope.groups.begin(), scope.groups.end(), value.tree) != scope.groups.end();
     if (grouped) return;
     const std::string shown = value.table != nullptr && name.parts.size() == 1
                                   ? value.table->name + "." + value.column->name
@@ -89,11 +87,11 @@ void checkGrouped(const BoundExpression& value, const ObjectName& name, const Sc
 
 }  // namespace
 
-std::string GivenValues::given(const std::string& value) {
-    const auto found = std::ranges::find(sql, value);
-    const auto place = found - sql.begin();
-    if (found == sql.end()) sql.push_back(value);
-    return "?" + plain::text(static_cast<std::int64_t>(place) + 1);
+sql::Expression GivenValues::given(const sql::Expression& value) {
+    const auto found = std::ranges::find(values, value);
+    const auto place = static_cast<int>(found - values.begin());
+    if (found == values.end()) values.push_back(value);
+    return sql::Parameter{place + 1};
 }
 
 namespace {
@@ -108,10 +106,8 @@ const SourceColumn& readFrom(const Scope& scope, const Scope* level, const Sourc
     if (crossed.empty()) return column;
     SourceColumn& own = crossed.front()->columns.emplace_back(column);
     own.value.plainColumn = false;
-    own.value.terms.clear();
-    own.value.joint.clear();
     for (auto given = crossed.rbegin(); given != crossed.rend(); ++given)
-        own.value.sql = (*given)->given(own.value.sql);
+        own.value = own.value.readBy((*given)->given(own.value.tree));
     return own;
 }
 
@@ -131,7 +127,7 @@ const SourceColumn& resolveColumn(const ObjectName& name, const Scope& scope) {
         if (limits != nullptr) columnInLimit(name, limits->outer == level);
         (level == &scope ? scope.readsOwn : scope.readsOuter) = true;
         checkGrouped(found->value, name, *level);
-        if (level != &scope && level->grouped && !level->groupTexts.empty()) {
+        if (level != &scope && level->grouped && level->groupingSets) {
             throw tsql::unsupported("a group of several grouping sets within a subquery",
                                     name.line);
         }

@@ -27,8 +27,8 @@ struct Source {
     // The stored name of the table or view that stands under its own name; empty for an alias.
     std::string object = {};
     // The column that brings the numbers of the table's rows, where SQLite's own is out of sight;
-    // empty: see rowNumberOf().
-    std::string rowNumber = {};
+    // none: see rowNumberOf().
+    sql::Expression rowNumber = {};
 };
 
 // Whether an aggregate function may stand at a place; where not, the error says why.
@@ -44,11 +44,11 @@ enum class AggregateUse {
 // The values of the rows around that a query is given because SQLite does not let it read them: its
 // ?1, ?2 and so on.
 struct GivenValues {
-    std::vector<std::string> sql;      // in the words of the query around
-    std::deque<SourceColumn> columns;  // that stand for such values
+    std::vector<sql::Expression> values;  // as the query around reads them
+    std::deque<SourceColumn> columns;     // that stand for such values
 
     // What stands for a value within the query.
-    [[nodiscard]] std::string given(const std::string& value);
+    [[nodiscard]] sql::Expression given(const sql::Expression& value);
 };
 
 // What names mean within one SELECT, and around it.
@@ -65,11 +65,12 @@ struct Scope {
     // Set while what comes after grouping is bound: only `groups` and aggregates have a value
     // then.
     bool grouped = false;
-    std::vector<std::string> groups;  // the SQL of the GROUP BY expressions
+    std::vector<sql::Expression> groups;  // the expressions of GROUP BY
     // Of several grouping sets: what each of `groups` is once rows are grouped, null in the sets
     // that leave it out; and whether it is left out, 1 or 0.
-    std::vector<std::string> groupTexts;
-    std::vector<std::string> groupsLeftOut;
+    bool groupingSets = false;
+    std::vector<sql::Expression> groupedValues;
+    std::vector<sql::Expression> groupsLeftOut;
     const char* groupedClause = "select list";
     // Where column names may not stand at all (defaults of columns, rows of VALUES): error 128.
     bool columnsRefused = false;

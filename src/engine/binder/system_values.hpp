@@ -84,11 +84,12 @@ enum class SystemValue {
 };
 
 // @@name, asked of the session by that function. Error 137 for one that does not exist.
-[[nodiscard]] BoundExpression systemVariable(std::string_view name, const char* function, int line);
+[[nodiscard]] BoundExpression systemVariable(std::string_view name, const fn::Function& function,
+                                             int line);
 
 // kap_system and kap_call as the definitions of computed columns call them: what they answer is
 // asked again for each row, though SQLite takes it for steady.
-inline constexpr const char* kColumnSystemCall = "kap_column_system";
-inline constexpr const char* kColumnStoredCall = "kap_column_call";
+inline constexpr const char* kColumnSystemCall = fn::kColumnSystem.name.data();
+inline constexpr const char* kColumnStoredCall = fn::kColumnCall.name.data();
 
 }  // namespace kap::engine

@@ -1,8 +1,7 @@
 #include <algorithm>
 #include <array>
 #include <optional>
-
-#include <kaputil/automation/plain_text.hpp>
+#include <utility>
 
 #include "base/ascii.hpp"
 #include "engine/binder/function_table.hpp"
@@ -20,8 +19,8 @@ constexpr int kMostTextBytes = 8000;
 // That CONCAT takes.
 constexpr int kMostTexts = 254;
 
-BoundExpression result(ScalarCall& call, std::string sql, TypeSpec type) {
-    return BoundExpression::expression(std::move(sql), type, call.anyNullable());
+BoundExpression result(ScalarCall& call, sql::Expression tree, const TypeSpec& type) {
+    return BoundExpression::expression(std::move(tree), type, call.anyNullable());
 }
 
 TypeSpec ofLength(TypeSpec type, int length) {
@@ -35,9 +34,8 @@ int longest(const TypeSpec& type) {
 
 // The value of a whole-number literal.
 std::optional<std::int64_t> constantOf(const BoundExpression& argument) {
-    if (!argument.constant || !std::holds_alternative<std::int64_t>(*argument.constant))
-        return std::nullopt;
-    return std::get<std::int64_t>(*argument.constant);
+    const auto* value = std::get_if<std::int64_t>(argument.constant());
+    return value == nullptr ? std::nullopt : std::optional(*value);
 }
 
 // A length as a literal says it, within bounds; the longest when it is computed.
@@ -57,8 +55,8 @@ TypeSpec countType(const BoundExpression& text) {
 
 // The units that a result of this type holds at most, for the functions that make texts longer; 0:
 // any number.
-std::string limitArgument(const TypeSpec& type) {
-    return plain::text(type.length == tsql::kMaxLength ? 0 : longest(type));
+int mostUnits(const TypeSpec& type) {
+    return type.length == tsql::kMaxLength ? 0 : longest(type);
 }
 
 // What a function that makes texts longer gives for a text of this type: as many as fit in 8,000
@@ -76,24 +74,18 @@ int partLength(const TypeSpec& type, const BoundExpression& count) {
 }
 
 // Functions of one text that give a text of the same length.
-template <const char* const& kFunction>
+template <const fn::Function& kFunction>
 BoundExpression sameText(ScalarCall& call) {
-    return result(call, callText(kFunction, call.text(0)), call.textType(0));
+    return result(call, sql::call(kFunction, call.text(0)), call.textType(0));
 }
 
-constexpr const char* kUpper = "kap_upper";
-constexpr const char* kLower = "kap_lower";
-constexpr const char* kTrimLeft = "kap_ltrim";
-constexpr const char* kTrimRight = "kap_rtrim";
-constexpr const char* kReverse = "kap_reverse";
-
 BoundExpression trim(ScalarCall& call) {
-    return result(call, callText("kap_ltrim", callText("kap_rtrim", call.text(0))),
+    return result(call, sql::call(fn::kLtrim, sql::call(fn::kRtrim, call.text(0))),
                   call.textType(0));
 }
 
 BoundExpression length(ScalarCall& call) {
-    return result(call, callText("kap_len", call.text(0)), countType(call[0]));
+    return result(call, sql::call(fn::kLen, call.text(0)), countType(call[0]));
 }
 
 // The bytes that the server stores for the value.
@@ -102,39 +94,39 @@ BoundExpression dataLength(ScalarCall& call) {
     const SqlType type = argument.type.type;
     if (tsql::isText(type)) {
         return result(call,
-                      callText("kap_text_bytes", argument.sql, tsql::isNational(type) ? "2" : "1"),
+                      sql::call(fn::kTextBytes, argument.tree, tsql::isNational(type) ? 2 : 1),
                       countType(argument));
     }
     if (tsql::isBinary(type)) {
-        return result(call, callText("length", argument.sql), countType(argument));
+        return result(call, sql::call(fn::kLength, argument.tree), countType(argument));
     }
-    return result(call,
-                  "(CASE WHEN " + argument.sql + " IS NOT NULL THEN " +
-                      plain::text(tsql::bytesOf(argument.type)) + " END)",
-                  {SqlType::Int});
+    return result(
+        call, sql::when(sql::isNotNull(argument.tree), sql::number(tsql::bytesOf(argument.type))),
+        {SqlType::Int});
 }
 
 BoundExpression substring(ScalarCall& call) {
     if (tsql::isBinary(call[0].type.type)) {
-        return result(call, callText("kap_subbytes", call[0].sql, call.integer(1), call.integer(2)),
+        return result(call,
+                      sql::call(fn::kSubbytes, call[0].tree, call.integer(1), call.integer(2)),
                       {SqlType::VarBinary, call[0].type.length});
     }
     const TypeSpec type = call.textType(0);
-    return result(call, callText("kap_substring", call.text(0), call.integer(1), call.integer(2)),
+    return result(call, sql::call(fn::kSubstring, call.text(0), call.integer(1), call.integer(2)),
                   ofLength(type, partLength(type, call[2])));
 }
 
-BoundExpression side(ScalarCall& call, const char* function) {
+BoundExpression side(ScalarCall& call, const fn::Function& function) {
     const TypeSpec type = call.textType(0);
-    return result(call, callText(function, call.text(0), call.integer(1)),
+    return result(call, sql::call(function, call.text(0), call.integer(1)),
                   ofLength(type, partLength(type, call[1])));
 }
 
 BoundExpression left(ScalarCall& call) {
-    return side(call, "kap_left");
+    return side(call, fn::kLeft);
 }
 BoundExpression right(ScalarCall& call) {
-    return side(call, "kap_right");
+    return side(call, fn::kRight);
 }
 
 BoundExpression replace(ScalarCall& call) {
@@ -144,95 +136,90 @@ BoundExpression replace(ScalarCall& call) {
     }
     type = grown(type);
     return result(
-        call,
-        callText("kap_replace", call.text(0), call.text(1), call.text(2), limitArgument(type)),
+        call, sql::call(fn::kReplace, call.text(0), call.text(1), call.text(2), mostUnits(type)),
         type);
 }
 
 BoundExpression stuff(ScalarCall& call) {
     const TypeSpec type = joinedType(call.textType(0), call.textType(3));
     BoundExpression value = result(call,
-                                   callText("kap_stuff", call.text(0), call.integer(1),
-                                            call.integer(2), call.text(3), limitArgument(type)),
+                                   sql::call(fn::kStuff, call.text(0), call.integer(1),
+                                             call.integer(2), call.text(3), mostUnits(type)),
                                    type);
     value.nullable = true;
     return value;
 }
 
 BoundExpression charIndex(ScalarCall& call) {
-    const std::string start = call.arguments.size() > 2 ? call.integer(2) : "1";
-    return result(call, callText("kap_charindex", call.text(0), call.text(1), start),
+    return result(call, sql::call(fn::kCharindex, call.text(0), call.text(1), call.integer(2, 1)),
                   countType(call[1]));
 }
 
 BoundExpression patternIndex(ScalarCall& call) {
-    return result(call, callText("kap_patindex", call.text(0), call.text(1)), countType(call[1]));
+    return result(call, sql::call(fn::kPatindex, call.text(0), call.text(1)), countType(call[1]));
 }
 
 BoundExpression replicate(ScalarCall& call) {
     const TypeSpec type = grown(call.textType(0));
     BoundExpression value = result(
-        call, callText("kap_replicate", call.text(0), call.integer(1), limitArgument(type)), type);
+        call, sql::call(fn::kReplicate, call.text(0), call.integer(1), mostUnits(type)), type);
     value.nullable = true;
     return value;
 }
 
 BoundExpression space(ScalarCall& call) {
     BoundExpression value =
-        result(call, callText("kap_space", call.integer(0)), {SqlType::VarChar, lengthOf(call[0])});
+        result(call, sql::call(fn::kSpace, call.integer(0)), {SqlType::VarChar, lengthOf(call[0])});
     value.nullable = true;
     return value;
 }
 
 // STR(number, length = 10, decimals = 0): right-aligned; stars when it does not fit.
 BoundExpression str(ScalarCall& call) {
-    const std::string width = call.arguments.size() > 1 ? call.integer(1) : "10";
-    const std::string decimals = call.arguments.size() > 2 ? call.integer(2) : "0";
-    const int length = call.arguments.size() > 1 ? lengthOf(call[1]) : 10;
-    return result(call, callText("kap_str", call.real(0), width, decimals),
+    constexpr int kWidth = 10;
+    const int length = call.arguments.size() > 1 ? lengthOf(call[1]) : kWidth;
+    const sql::Expression width = call.integer(1, kWidth);
+    return result(call, sql::call(fn::kStr, call.real(0), width, call.integer(2, 0)),
                   {SqlType::VarChar, length});
 }
 
 BoundExpression character(ScalarCall& call) {
-    BoundExpression value = result(call, callText("kap_char", call.integer(0)), {SqlType::Char, 1});
+    BoundExpression value = result(call, sql::call(fn::kChar, call.integer(0)), {SqlType::Char, 1});
     value.nullable = true;
     return value;
 }
 
 BoundExpression nationalCharacter(ScalarCall& call) {
     BoundExpression value =
-        result(call, callText("kap_nchar", call.integer(0)), {SqlType::NChar, 1});
+        result(call, sql::call(fn::kNchar, call.integer(0)), {SqlType::NChar, 1});
     value.nullable = true;
     return value;
 }
 
-template <const char* const& kFunction>
+template <const fn::Function& kFunction>
 BoundExpression firstCode(ScalarCall& call) {
-    BoundExpression value = result(call, callText(kFunction, call.text(0)), {SqlType::Int});
+    BoundExpression value = result(call, sql::call(kFunction, call.text(0)), {SqlType::Int});
     value.nullable = true;
     return value;
 }
-
-constexpr const char* kAscii = "kap_ascii";
-constexpr const char* kUnicode = "kap_unicode";
 
 // CONCAT(a, b...): everything as text, and null as no text. What goes beyond the longest text is
 // cut unless one of them is a varchar(max).
 BoundExpression concatenated(ScalarCall& call) {
-    std::string sql;
+    sql::Chain chain{sql::ChainOperator::Join, {}};
     SqlType type = SqlType::VarChar;
     int length = 0;
     for (std::size_t i = 0; i < call.arguments.size(); ++i) {
         if (call[i].nullLiteral) continue;
         const TypeSpec own = call.textType(i);
-        sql += (sql.empty() ? "ifnull(" : " || ifnull(") + call.text(i) + ", '')";
+        chain.parts.push_back(sql::call(fn::kIfnull, call.text(i), sql::text("")));
         if (tsql::isNational(own.type)) type = SqlType::NVarChar;
         const bool fits = own.length != tsql::kMaxLength && length != tsql::kMaxLength;
         length = fits ? length + own.length : tsql::kMaxLength;
     }
-    if (sql.empty()) sql = "''";
+    if (chain.parts.empty()) chain.parts.push_back(sql::text(""));
     const BoundExpression whole =
-        BoundExpression::expression("(" + sql + ")", {type, tsql::kMaxLength}, false);
+        BoundExpression::expression(std::move(chain), {type, tsql::kMaxLength}, false);
     const TypeSpec joined{type, length == tsql::kMaxLength ? length : std::max(length, 1)};
     if (joined.length <= longest(joined)) return whole.as(joined);
     return call.binder.castTo(whole, ofLength(joined, longest(joined)), 0, call.line);
@@ -240,35 +227,35 @@ BoundExpression concatenated(ScalarCall& call) {
 
 BoundExpression quoteName(ScalarCall& call) {
     constexpr int kQuoted = 258;
-    const std::string mark = call.arguments.size() > 1 ? call.text(1) : "'['";
+    const sql::Expression mark = call.arguments.size() > 1 ? call.text(1) : sql::text("[");
     BoundExpression value =
-        result(call, callText("kap_quotename", call.text(0), mark), {SqlType::NVarChar, kQuoted});
+        result(call, sql::call(fn::kQuotename, call.text(0), mark), {SqlType::NVarChar, kQuoted});
     value.nullable = true;
     return value;
 }
 
 BoundExpression soundCode(ScalarCall& call) {
-    return result(call, callText("kap_soundex", call.text(0)), {SqlType::VarChar, 4});
+    return result(call, sql::call(fn::kSoundex, call.text(0)), {SqlType::VarChar, 4});
 }
 
 BoundExpression soundDifference(ScalarCall& call) {
-    return result(call, callText("kap_difference", call.text(0), call.text(1)), {SqlType::Int});
+    return result(call, sql::call(fn::kDifference, call.text(0), call.text(1)), {SqlType::Int});
 }
 
 BoundExpression namePart(ScalarCall& call) {
     constexpr int kNameLength = 128;
-    BoundExpression value = result(call, callText("kap_parsename", call.text(0), call.integer(1)),
+    BoundExpression value = result(call, sql::call(fn::kParsename, call.text(0), call.integer(1)),
                                    {SqlType::NVarChar, kNameLength});
     value.nullable = true;
     return value;
 }
 
 constexpr std::array kTextFunctions = std::to_array<ScalarFunction>({
-    {"upper", 1, 1, sameText<kUpper>},
-    {"lower", 1, 1, sameText<kLower>},
-    {"ltrim", 1, 1, sameText<kTrimLeft>},
-    {"rtrim", 1, 1, sameText<kTrimRight>},
-    {"reverse", 1, 1, sameText<kReverse>},
+    {"upper", 1, 1, sameText<fn::kUpper>},
+    {"lower", 1, 1, sameText<fn::kLower>},
+    {"ltrim", 1, 1, sameText<fn::kLtrim>},
+    {"rtrim", 1, 1, sameText<fn::kRtrim>},
+    {"reverse", 1, 1, sameText<fn::kReverse>},
     {"trim", 1, 1, trim},
     {"len", 1, 1, length},
     {"datalength", 1, 1, dataLength},
@@ -284,8 +271,8 @@ constexpr std::array kTextFunctions = std::to_array<ScalarFunction>({
     {"str", 1, 3, str},
     {"char", 1, 1, character},
     {"nchar", 1, 1, nationalCharacter},
-    {"ascii", 1, 1, firstCode<kAscii>},
-    {"unicode", 1, 1, firstCode<kUnicode>},
+    {"ascii", 1, 1, firstCode<fn::kAscii>},
+    {"unicode", 1, 1, firstCode<fn::kUnicode>},
     {"concat", 2, kMostTexts, concatenated},
     {"quotename", 1, 2, quoteName},
     {"soundex", 1, 1, soundCode},

@@ -18,37 +18,36 @@ namespace {
 
 constexpr tsql::TypeSpec kAnswer{SqlType::NVarChar, 128};
 
-BoundExpression always(const ScalarCall& call, const std::string& answer) {
+BoundExpression always(const ScalarCall& call, std::string answer) {
     return BoundExpression::expression(
-        "(CASE WHEN " + call.arguments[0].sql + " IS NOT NULL THEN " + answer + " END)", kAnswer,
+        sql::when(sql::isNotNull(call.arguments[0].tree), sql::text(std::move(answer))), kAnswer,
         true);
 }
 
 BoundExpression propertyOfValue(ScalarCall& call) {
     const BoundExpression& value = call[0];
-    const auto* property =
-        call[1].constant ? std::get_if<std::string>(&*call[1].constant) : nullptr;
+    const auto* property = std::get_if<std::string>(call[1].constant());
     if (property == nullptr) {
         throw tsql::unsupported("SQL_VARIANT_PROPERTY of a computed name", call.line);
     }
     if (value.nullLiteral || value.type.length == tsql::kMaxLength) {
-        return BoundExpression::expression("NULL", kAnswer, true);
+        return BoundExpression::nullOf(kAnswer);
     }
     const std::string wanted = asciiLower(*property);
     const SqlType type = value.type.type;
-    const auto text = [](std::int64_t number) { return sqlText(plain::text(number)); };
-    if (wanted == "basetype") return always(call, sqlText(tsql::typeName(type)));
+    const auto text = [](std::int64_t number) { return plain::text(number); };
+    if (wanted == "basetype") return always(call, tsql::typeName(type));
     if (wanted == "precision") return always(call, text(tsql::precisionOf(value.type)));
     if (wanted == "scale") return always(call, text(tsql::scaleOf(value.type)));
     if (wanted == "maxlength") return always(call, text(tsql::bytesOf(value.type)));
     if (wanted == "collation") {
-        return tsql::isText(type) ? always(call, "'Latin1_General_CI_AS'")
-                                  : BoundExpression::expression("NULL", kAnswer, true);
+        return tsql::isText(type) ? always(call, "Latin1_General_CI_AS")
+                                  : BoundExpression::nullOf(kAnswer);
     }
     if (wanted == "totalbytes") {
         throw tsql::unsupported("SQL_VARIANT_PROPERTY of TotalBytes", call.line);
     }
-    return BoundExpression::expression("NULL", kAnswer, true);
+    return BoundExpression::nullOf(kAnswer);
 }
 
 constexpr std::array kVariantFunctions = std::to_array<ScalarFunction>({

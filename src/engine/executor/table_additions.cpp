@@ -4,6 +4,7 @@
 #include "engine/executor/table_changer.hpp"
 #include "engine/executor/violations.hpp"
 #include "engine/plan/statements.hpp"
+#include "engine/sqlite/sql_writer.hpp"
 #include "tsql/server_error.hpp"
 
 // ALTER TABLE ... ADD.
@@ -83,19 +84,21 @@ void TableChanger::addColumn(const Table& table, const Column& column,
         TableDefinition definition{builder.table(), {}};
         counters_.add(definition);
     }
-    std::string value;
+    sql::Expression value;
     if (column.identity) {
         value = identityCall(table.name);
     } else if (column.isRowVersion()) {
         value = rowVersionCall();
     } else if (column.defaultSql) {
         // A row that has no value of its own would read the default.
-        value = fillsRows(column, added) ? *column.defaultSql : "NULL";
+        value = fillsRows(column, added) ? defaultOf(column) : sql::null();
     } else if (!column.nullable && hasRows("SELECT 1 FROM " + target)) {
         throw ServerError(tsql::Message::AddedColumnNeedsDefault, {column.name, table.shown()},
                           line);
     }
-    if (!value.empty()) run("UPDATE " + target + " SET " + sqlName(column.name) + " = " + value);
+    if (value) {
+        run("UPDATE " + target + " SET " + sqlName(column.name) + " = " + sqlOf(value));
+    }
     TableText text = textOf(table);
     text.column(column.name)->text = full;
     setText(table, text);

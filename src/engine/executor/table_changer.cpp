@@ -9,6 +9,7 @@
 #include "engine/catalog/object_names.hpp"
 #include "engine/catalog/schema_binding.hpp"
 #include "engine/plan/statements.hpp"
+#include "engine/sqlite/sql_writer.hpp"
 #include "engine/sqlite/time_limit.hpp"
 #include "tsql/parser.hpp"
 #include "tsql/server_error.hpp"
@@ -131,9 +132,12 @@ void TableChanger::alterColumn(const Table& table, const tsql::ColumnDefinition&
     const std::string target = tableSql(table.name, table.temporary);
     const std::string name = sqlName(before->name);
     Binder binder(names);
-    const BoundExpression value = BoundExpression::expression(name, before->type, before->nullable);
-    const std::string converted = binder.stored(value, after.type, line);
-    if (converted != name) run("UPDATE " + target + " SET " + name + " = " + converted);
+    const BoundExpression value =
+        BoundExpression::expression(sql::column(before->name), before->type, before->nullable);
+    const sql::Expression converted = binder.stored(value, after.type, line);
+    if (converted != value.tree) {
+        run("UPDATE " + target + " SET " + name + " = " + sqlOf(converted));
+    }
     if (!after.nullable && hasRows("SELECT 1 FROM " + target + " WHERE " + name + " IS NULL")) {
         throw ServerError(tsql::Message::NullRefused, {before->name, table.shown(), "UPDATE"},
                           line);

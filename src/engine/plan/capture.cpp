@@ -4,6 +4,7 @@
 
 #include "engine/plan/statements.hpp"
 #include "engine/sqlite/collation.hpp"
+#include "engine/sqlite/sql_writer.hpp"
 #include "tsql/server_error.hpp"
 
 namespace kap::engine {
@@ -32,8 +33,9 @@ std::string triggerName(const Table& table, const char* event) {
 
 std::string trigger(const Table& table, const char* event, const std::string& body) {
     return "CREATE TEMP TRIGGER " + sqlName(triggerName(table, event)) + " AFTER " + event +
-           " ON " + tableSql(table.name, table.temporary) + " WHEN kap_capturing(" +
-           sqlText(captureKey(table)) + ") BEGIN " + body + " END";
+           " ON " + tableSql(table.name, table.temporary) + " WHEN " +
+           sqlOf(sql::call(fn::kCapturing, sql::text(captureKey(table)))) + " BEGIN " + body +
+           " END";
 }
 
 std::string caught(const Table& table, RowState state) {
@@ -87,16 +89,15 @@ std::string insertOutput(const tsql::OutputClause& output, const std::vector<Out
     std::string names;
     std::string values;
     for (std::size_t i = 0; i < columns.size(); ++i) {
-        BoundExpression value = items[i].value;
-        value.sql = numberedName(i);
-        value.constant.reset();
+        const BoundExpression value = items[i].value.readBy(numberedColumn(i));
         names += (i == 0 ? "" : ", ") + sqlName(columns[i]->name);
-        values += (i == 0 ? "" : ", ") + binder.stored(value, columns[i]->type, output.into->line);
+        if (i > 0) values += ", ";
+        appendSql(values, binder.stored(value, columns[i]->type, output.into->line));
     }
     for (const Column& column : target.columns) {
         if (!column.identity) continue;
         names += ", " + sqlName(column.name);
-        values += ", " + identityCall(target.name);
+        values += ", " + sqlOf(identityCall(target.name));
     }
     return "INSERT INTO " + tableSql(target.name, target.temporary) + " (" + names + ") SELECT " +
            values + " FROM (" + rows + ")";
@@ -170,7 +171,7 @@ std::optional<Capture> captureFor(const Table& table, tsql::TriggerEvents event,
     }
     for (Source& source : scope.sources)
         showThroughView(source, table, binder);
-    addOutput(capture, *output, table, scope, from + " ORDER BY " + kRowColumn, binder);
+    (void)addOutput(capture, *output, table, scope, from + " ORDER BY " + kRowColumn, binder);
     return capture;
 }
 
@@ -186,15 +187,16 @@ void showThroughView(Source& source, const Table& table, const Binder& binder) {
     source.columns = std::move(shown);
 }
 
-void addOutput(Capture& capture, const tsql::OutputClause& output, const Table& table, Scope& scope,
-               const std::string& from, Binder& binder) {
+std::vector<OutputColumn> addOutput(Capture& capture, const tsql::OutputClause& output,
+                                    const Table& table, Scope& scope, const std::string& from,
+                                    Binder& binder) {
     if (capture.forTriggers && !output.into) {
         throw tsql::ServerError(tsql::Message::OutputOfTableWithTriggers, {table.shown()});
     }
-    const std::vector<OutputColumn> items = binder.itemValues(output.items, scope);
+    std::vector<OutputColumn> items = binder.itemValues(output.items, scope);
     std::string list;
     for (std::size_t i = 0; i < items.size(); ++i)
-        list += (i == 0 ? "" : ", ") + items[i].value.sql + " AS " + numberedName(i);
+        appendItem(list, items[i].value.tree, i);
     const std::string rows = "SELECT " + list + " FROM " + from;
     capture.outputInto = output.into.has_value();
     capture.outputSql = capture.outputInto ? insertOutput(output, items, rows, binder) : rows;
@@ -205,6 +207,7 @@ void addOutput(Capture& capture, const tsql::OutputClause& output, const Table& 
         column.nullable = item.value.nullable;
         capture.columns.push_back(std::move(column));
     }
+    return items;
 }
 
 }  // namespace kap::engine

@@ -41,8 +41,10 @@ struct CaptureNames {
 void showThroughView(Source& source, const Table& table, const Binder& binder);
 
 // Lets OUTPUT answer rows of the written table: `from` brings them, with what stands in `scope`.
-// Errors 334 for one whose triggers would fire, 330 to 333 for an INTO that cannot take them.
-void addOutput(Capture& capture, const tsql::OutputClause& output, const Table& table, Scope& scope,
-               const std::string& from, Binder& binder);
+// Answers the columns. Errors 334 for one whose triggers would fire, 330 to 333 for an INTO that
+// cannot take them.
+std::vector<OutputColumn> addOutput(Capture& capture, const tsql::OutputClause& output,
+                                    const Table& table, Scope& scope, const std::string& from,
+                                    Binder& binder);
 
 }  // namespace kap::engine

@@ -6,6 +6,7 @@
 
 #include "base/ascii.hpp"
 #include "engine/plan/statements.hpp"
+#include "engine/sqlite/sql_writer.hpp"
 
 namespace kap::engine {
 
@@ -50,8 +51,16 @@ std::string capturedTable(const Table& table, RowState state) {
 
 }  // namespace
 
+std::string foundName(const char* prefix, std::size_t index) {
+    return prefix + plain::text(static_cast<std::int64_t>(index) + 1);
+}
+
 std::string foundColumn(const char* prefix, std::size_t index) {
-    return sqlName(prefix + plain::text(static_cast<std::int64_t>(index) + 1));
+    return sqlName(foundName(prefix, index));
+}
+
+sql::Expression foundValue(std::size_t index) {
+    return sql::column("found", foundName("s", index));
 }
 
 std::string chosenBy(std::size_t action) {
@@ -75,17 +84,20 @@ void FoundRows::makeTables(MergePlan& plan, std::size_t values, std::size_t sour
     plan.remove.push_back("DROP TABLE " + done_);
 }
 
-std::string FoundRows::findText(const std::string& rowNumber, std::size_t action,
-                                const std::vector<std::string>& values,
-                                const std::vector<std::string>& sourceColumns) const {
+std::string FoundRows::findText(const sql::Expression& rowNumber, std::size_t action,
+                                std::span<const sql::Expression> values,
+                                std::span<const sql::Expression> sourceColumns) const {
     std::string list;
-    for (const std::string& value : values)
-        list += ", " + value;
-    for (const std::string& column : sourceColumns)
-        list += ", " + column;
+    for (const auto& part : {values, sourceColumns}) {
+        for (const sql::Expression& value : part) {
+            list += ", ";
+            appendSql(list, value);
+        }
+    }
     return "INSERT INTO " + found_ + " (\"target row\", \"action\"" +
            foundColumns("c", values.size()) + foundColumns("s", sourceColumns.size()) +
-           ") SELECT " + rowNumber + ", " + plain::text(static_cast<std::int64_t>(action)) + list;
+           ") SELECT " + sqlOf(rowNumber) + ", " + plain::text(static_cast<std::int64_t>(action)) +
+           list;
 }
 
 std::string FoundRows::keepText(std::uint8_t event, const std::string& chosen) const {
@@ -152,7 +164,7 @@ Source FoundRows::written(RowState state) const {
     Source source = Binder::tableSource(target_, after ? "inserted" : "deleted");
     for (std::size_t i = 0; i < source.columns.size(); ++i) {
         BoundExpression& value = source.columns[i].value;
-        value = BoundExpression::expression("\"done\"." + foundColumn(after ? "i" : "d", i),
+        value = BoundExpression::expression(sql::column("done", foundName(after ? "i" : "d", i)),
                                             value.type, true);
     }
     return source;
@@ -162,8 +174,7 @@ Source FoundRows::foundSource(Source source, std::size_t first) {
     source.table = nullptr;
     for (std::size_t i = 0; i < source.columns.size(); ++i) {
         BoundExpression& value = source.columns[i].value;
-        value = BoundExpression::expression("\"found\"." + foundColumn("s", first + i), value.type,
-                                            true);
+        value = BoundExpression::expression(foundValue(first + i), value.type, true);
     }
     return source;
 }

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <string>
 
 #include "engine/binder/scope.hpp"
@@ -25,9 +26,9 @@ public:
     void makeTables(MergePlan& plan, std::size_t values, std::size_t sourceColumns,
                     bool kept) const;
     // "INSERT INTO found (...) SELECT number, action, values, source columns": without FROM.
-    [[nodiscard]] std::string findText(const std::string& rowNumber, std::size_t action,
-                                       const std::vector<std::string>& values,
-                                       const std::vector<std::string>& sourceColumns) const;
+    [[nodiscard]] std::string findText(const sql::Expression& rowNumber, std::size_t action,
+                                       std::span<const sql::Expression> values,
+                                       std::span<const sql::Expression> sourceColumns) const;
     // Sets aside what a step has written, each row with the found row that it comes from.
     [[nodiscard]] std::string keepText(std::uint8_t event, const std::string& chosen) const;
     // Puts the written rows of one action back where triggers look for them.
@@ -51,8 +52,11 @@ private:
     std::string done_;
 };
 
-// "\"c1\"", "\"s2\"": a numbered column of found rows, from 0.
+// A numbered column of found rows, from 0: c1, s2... as a name, and as the text of one.
+[[nodiscard]] std::string foundName(const char* prefix, std::size_t index);
 [[nodiscard]] std::string foundColumn(const char* prefix, std::size_t index);
+// A column of a source as OUTPUT reads it among the found rows.
+[[nodiscard]] sql::Expression foundValue(std::size_t index);
 // "\"action\" = 2": the rows that were found for an action.
 [[nodiscard]] std::string chosenBy(std::size_t action);
 

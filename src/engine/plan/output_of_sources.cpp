@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "engine/plan/capture.hpp"
 #include "engine/plan/found_rows.hpp"
 #include "engine/plan/statements.hpp"
@@ -12,7 +14,7 @@ namespace {
 // The other sources as OUTPUT reads them, and what their columns are where rows are found.
 struct OtherSources {
     std::vector<Source> sources;
-    std::vector<std::string> columns;
+    std::vector<sql::Expression> columns;
 };
 
 OtherSources otherSources(const Scope& scope) {
@@ -21,18 +23,30 @@ OtherSources otherSources(const Scope& scope) {
         if (i == scope.target) continue;
         others.sources.push_back(FoundRows::foundSource(scope.sources[i], others.columns.size()));
         for (const SourceColumn& column : scope.sources[i].columns)
-            others.columns.push_back(column.value.sql);
+            others.columns.push_back(column.value.tree);
     }
     return others;
 }
 
+// Whether OUTPUT reads a column of the found rows; a query in it may read any of them.
+bool reads(const std::vector<OutputColumn>& items, std::size_t column) {
+    const sql::Expression wanted = foundValue(column);
+    const auto& name = *wanted.as<sql::Column>();
+    return std::ranges::any_of(items, [&](const OutputColumn& item) {
+        return sql::contains(item.value.tree, [&](const sql::Kind& kind) {
+            const auto* own = std::get_if<sql::Column>(&kind);
+            return own != nullptr ? *own == name : sql::holdsQuery(kind);
+        });
+    });
+}
+
 // Forgets the columns that OUTPUT does not read; whether any is left.
-bool keepRead(std::vector<std::string>& columns, const std::string& outputSql) {
+bool keepRead(std::vector<sql::Expression>& columns, const std::vector<OutputColumn>& items) {
     bool any = false;
     for (std::size_t i = 0; i < columns.size(); ++i) {
-        const bool read = outputSql.find("\"found\"." + foundColumn("s", i)) != std::string::npos;
+        const bool read = reads(items, i);
         any = any || read;
-        if (!read) columns[i] = "NULL";
+        if (!read) columns[i] = sql::null();
     }
     return any;
 }
@@ -55,12 +69,13 @@ bool outputOfSources(const WriteFrom& write, Binder& binder, Translation& result
     Capture capture;
     capture.event = write.event;
     capture.forTriggers = (table.triggerEvents & write.event) != 0;
-    addOutput(capture, *write.output, table, scope, found.outputFrom(), binder);
-    if (!keepRead(others.columns, capture.outputSql)) return false;
+    const std::vector<OutputColumn> items =
+        addOutput(capture, *write.output, table, scope, found.outputFrom(), binder);
+    if (!keepRead(others.columns, items)) return false;
     if (!binder.commonTarget().checks.empty()) {
         throw tsql::unsupported("OUTPUT of other tables through a view WITH CHECK OPTION", 0);
     }
-    std::vector<std::string> values;
+    std::vector<sql::Expression> values;
     std::vector<const Column*> columns;
     MergeStep step;
     for (const BoundAssignment& each : write.assignments) {

@@ -1,10 +1,12 @@
 #include "engine/plan/statements.hpp"
 
 #include <algorithm>
+#include <utility>
 
 #include <kaputil/automation/plain_text.hpp>
 
 #include "base/ascii.hpp"
+#include "engine/sqlite/sql_writer.hpp"
 #include "tsql/server_error.hpp"
 
 namespace kap::engine {
@@ -68,16 +70,20 @@ const tsql::ObjectName& targetName(const tsql::ObjectName& target,
     return target;
 }
 
-std::string rowVersionCall() {
-    return "kap_rowversion()";
+sql::Expression rowVersionCall() {
+    return sql::call(fn::kRowversion);
 }
 
-std::string identityCall(const std::string& table) {
-    return callText("kap_identity", sqlText(table));
+sql::Expression identityCall(const std::string& table) {
+    return sql::call(fn::kIdentity, sql::text(table));
 }
 
-std::string givenIdentity(const Table& table, const std::string& value) {
-    return callText("kap_identity_given", sqlText(table.name), value);
+sql::Expression givenIdentity(const Table& table, sql::Expression value) {
+    return sql::call(fn::kIdentityGiven, sql::text(table.name), std::move(value));
+}
+
+sql::Expression defaultOf(const Column& column) {
+    return column.defaultSql ? sql::Expression(sql::Definition{*column.defaultSql}) : sql::null();
 }
 
 void finish(Translation& translation, const Binder& binder) {
@@ -121,7 +127,7 @@ TargetRows bindTarget(Binder& binder, const tsql::ObjectName& target,
     } else if (common.table != nullptr && !source.common.empty() &&
                sameName(source.common, binder.commonNameFor(targetName(target, from)))) {
         rows.table = common.table;
-        rows.rowNumber = sqlName(source.name) + "." + common.rowNumber;
+        rows.rowNumber = numberedColumn(source.name, common.rowNumber);
     } else {
         throw ServerError(tsql::Message::DerivedViewNotUpdatable, {target.text()}, target.line);
     }
@@ -130,13 +136,16 @@ TargetRows bindTarget(Binder& binder, const tsql::ObjectName& target,
     rows.tail = " FROM " + bound.sql;
     if (where) {
         scope.aggregates = AggregateUse::RefusedInWhere;
-        rows.tail += " WHERE " + binder.condition(*where, scope);
+        rows.tail += " WHERE " + sqlOf(binder.condition(*where, scope));
     }
     if (top) {
-        const std::string count =
-            "(SELECT count(DISTINCT " + rows.rowNumber + ")" + rows.tail + ")";
-        rows.limit = " LIMIT " + (top->percent ? binder.percentText(*top, count, scope)
-                                               : binder.limitText(*top, scope));
+        const sql::Expression count = sql::Call{fn::kCount, {rows.rowNumber}, true};
+        rows.limit =
+            " LIMIT " +
+            sqlOf(top->percent
+                      ? binder.percentLimit(
+                            *top, sql::Subquery{"SELECT " + sqlOf(count) + rows.tail}, scope)
+                      : binder.limit(*top, scope));
     } else if (const std::int64_t most = binder.names().settings().rowLimit; most > 0) {
         rows.limit = " LIMIT " + plain::text(most);
     }

@@ -38,15 +38,17 @@ namespace kap::engine {
 [[nodiscard]] ResultColumn resultColumn(const OutputColumn& output);
 
 // Calls that give a row its next values; the session provides the functions.
-[[nodiscard]] std::string rowVersionCall();
-[[nodiscard]] std::string identityCall(const std::string& table);
+[[nodiscard]] sql::Expression rowVersionCall();
+[[nodiscard]] sql::Expression identityCall(const std::string& table);
 // A value for an identity column that the statement itself gives.
-[[nodiscard]] std::string givenIdentity(const Table& table, const std::string& value);
+[[nodiscard]] sql::Expression givenIdentity(const Table& table, sql::Expression value);
+// What DEFAULT stands for, NULL where a column has none.
+[[nodiscard]] sql::Expression defaultOf(const Column& column);
 
-// A column with the text of the value that an UPDATE gives it.
+// A column with the value that an UPDATE gives it.
 struct BoundAssignment {
     const Column* column;
-    std::string value;
+    sql::Expression value;
 };
 
 // The assignments of an UPDATE of the target of `scope`. Errors of columns that cannot be
@@ -97,9 +99,9 @@ void addChecks(Translation& translation, const Binder& binder);
 // The rows that UPDATE or DELETE with FROM or TOP works on.
 struct TargetRows {
     const Table* table = nullptr;
-    std::string rowNumber;  // the number of the target's row, as FROM brings it
-    std::string tail;       // " FROM ... WHERE ..."
-    std::string limit;      // " LIMIT n" or empty
+    sql::Expression rowNumber;  // the number of the target's row, as FROM brings it
+    std::string tail;           // " FROM ... WHERE ..."
+    std::string limit;          // " LIMIT n" or empty
 };
 
 // The name of the table, view or common table that the target of UPDATE or DELETE means: that of

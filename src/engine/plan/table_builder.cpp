@@ -12,6 +12,7 @@
 #include "engine/catalog/reference_rules.hpp"
 #include "engine/plan/statements.hpp"
 #include "engine/sqlite/collation.hpp"
+#include "engine/sqlite/sql_writer.hpp"
 #include "engine/values/exact.hpp"
 #include "tsql/server_error.hpp"
 
@@ -189,7 +190,7 @@ void TableBuilder::addComputed(const ColumnDefinition& definition) {
     column.type = value.type;
     column.nullable = value.nullable;
     column.computed = true;
-    column.defaultSql = value.sql;
+    column.defaultSql = sqlOf(value.tree);
     column.source = definition.computedText;
     add(std::move(column), definition.line);
 }
@@ -230,10 +231,10 @@ std::int64_t TableBuilder::wholeConstant(const tsql::Expression& expression,
     Scope scope;
     scope.columnsRefused = true;
     const BoundExpression value = binder_.value(expression, scope);
-    const bool whole =
-        value.constant && tsql::isExact(value.type.type) && storedScale(value.type) == 0;
+    const bool whole = value.constant() != nullptr && tsql::isExact(value.type.type) &&
+                       storedScale(value.type) == 0;
     if (!whole) badIdentity(column);
-    const auto number = narrow(exactOf(*value.constant));
+    const auto number = narrow(exactOf(*value.constant()));
     if (!number) badIdentity(column);
     return *number;
 }
@@ -245,7 +246,7 @@ void TableBuilder::setDefault(Column& column, const tsql::DefaultOption& option,
     column.defaultName = option.constraintName;
     column.source = option.text;
     if (isSequentialIdentifier(*option.value) && column.type.type == SqlType::UniqueIdentifier) {
-        column.defaultSql = "kap_newsequentialid()";
+        column.defaultSql = sqlOf(sql::call(fn::kNewsequentialid));
         return;
     }
     Scope scope;
@@ -253,7 +254,7 @@ void TableBuilder::setDefault(Column& column, const tsql::DefaultOption& option,
     scope.subqueriesRefused = true;
     const BoundExpression value = binder_.value(*option.value, scope);
     requireNoVariables(option.value->line);
-    column.defaultSql = binder_.stored(value, column.type, line);
+    column.defaultSql = sqlOf(binder_.stored(value, column.type, line));
 }
 
 // PK_table, UQ_table_1, FK_table_2: the first number that is free.
@@ -297,9 +298,9 @@ void TableBuilder::addCheck(const tsql::CheckConstraint& check) {
     const std::string stem = "CK_" + shownName() + (check.column.empty() ? "" : "_" + check.column);
     const std::string name = check.name.empty() ? numbered(stem) : check.name;
     takenNames_.push_back(name);
-    constraints_.push_back("CONSTRAINT " + sqlName(name) + " CHECK (" +
-                           withSource(binder_.condition(*check.condition, scope), check.text) +
-                           ")");
+    constraints_.push_back(
+        "CONSTRAINT " + sqlName(name) + " CHECK (" +
+        withSource(sqlOf(binder_.condition(*check.condition, scope)), check.text) + ")");
     requireNoVariables(check.line);
 }
 

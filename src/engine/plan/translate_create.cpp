@@ -1,10 +1,10 @@
 #include <algorithm>
 #include <array>
 
-#include "engine/binder/system_values.hpp"
 #include "engine/catalog/source_text.hpp"
 #include "engine/plan/statements.hpp"
 #include "engine/plan/table_builder.hpp"
+#include "engine/sqlite/sql_writer.hpp"
 #include "tsql/server_error.hpp"
 
 namespace kap::engine {
@@ -20,9 +20,12 @@ Translation translateCreate(const tsql::CreateTableStatement& statement, int lin
 
 bool isSteady(const Column& column) {
     const std::string definition = column.defaultSql.value_or("");
+    // It is the file's text.
     return std::ranges::none_of(
-        std::array<std::string, 4>{kColumnSystemCall, kColumnStoredCall, "kap_now", "kap_sysnow"},
-        [&](const std::string& call) { return definition.find(call + "(") != std::string::npos; });
+        std::array{fn::kColumnSystem, fn::kColumnCall, fn::kNow, fn::kUtcnow, fn::kSysnow},
+        [&](const fn::Function& function) {
+            return definition.find(std::string(function.name) + "(") != std::string::npos;
+        });
 }
 
 void notSteady(const Column& column, const Table& table, int line) {
@@ -56,13 +59,16 @@ std::string columnList(const tsql::CreateIndexStatement& statement, const Table&
 
 // A filter whose answer changes by itself would leave rows in the index that no longer belong
 // there.
-void refuseChanging(const std::string& sql, const tsql::CreateIndexStatement& statement,
+void refuseChanging(const sql::Expression& filter, const tsql::CreateIndexStatement& statement,
                     const Table& table, int line) {
-    for (const char* call : {"kap_system(", "kap_call(", "kap_now(", "kap_sysnow(", "kap_newid(",
-                             "kap_random(", "kap_random_bytes("}) {
-        if (sql.find(call) == std::string::npos) continue;
-        throw ServerError(tsql::Message::WrongIndexFilter, {statement.name, table.shown()}, line);
-    }
+    static constexpr std::array kChanging{fn::kSystem, fn::kCall,  fn::kNow,    fn::kUtcnow,
+                                          fn::kSysnow, fn::kNewid, fn::kRandom, fn::kRandomBytes};
+    const bool changes = sql::contains(filter, [](const sql::Kind& kind) {
+        const auto* call = std::get_if<sql::Call>(&kind);
+        return call != nullptr && std::ranges::find(kChanging, call->function) != kChanging.end();
+    });
+    if (!changes) return;
+    throw ServerError(tsql::Message::WrongIndexFilter, {statement.name, table.shown()}, line);
 }
 
 }  // namespace
@@ -82,12 +88,12 @@ Translation translateIndex(const tsql::CreateIndexStatement& statement, int line
         Scope scope;
         scope.sources.push_back(Binder::ownColumns(*table));
         scope.subqueriesRefused = true;
-        sql += " WHERE " + binder.condition(*statement.where, scope);
+        const sql::Expression filter = binder.condition(*statement.where, scope);
         if (!binder.usedVariables().empty()) {
             throw ServerError(tsql::Message::VariablesNotAllowed, {"CREATE INDEX"}, line);
         }
-        refuseChanging(sql, statement, *table, line);
-        sql = withSource(sql, statement.whereText);
+        refuseChanging(filter, statement, *table, line);
+        sql = withSource(sql + " WHERE " + sqlOf(filter), statement.whereText);
     }
     Translation result;
     result.kind = StatementKind::Define;

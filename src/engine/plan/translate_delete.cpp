@@ -1,5 +1,6 @@
 #include "engine/plan/capture.hpp"
 #include "engine/plan/statements.hpp"
+#include "engine/sqlite/sql_writer.hpp"
 #include "tsql/server_error.hpp"
 
 namespace kap::engine {
@@ -15,14 +16,15 @@ std::string plainDelete(const tsql::DeleteStatement& statement, const Table& tab
         "DELETE FROM " + tableSql(table.name, table.temporary) + " AS " + sqlName(shown);
     if (statement.where) {
         scope.aggregates = AggregateUse::RefusedInWhere;
-        sql += " WHERE " + binder.condition(*statement.where, scope);
+        sql += " WHERE ";
+        appendSql(sql, binder.condition(*statement.where, scope));
     }
     return sql;
 }
 
 // TOP counts rows of the target, however often FROM brings them.
 std::string deleteFrom(const TargetRows& rows) {
-    const std::string found = "SELECT " + rows.rowNumber + " AS \"target row\"" + rows.tail;
+    const std::string found = "SELECT " + sqlOf(rows.rowNumber) + " AS \"target row\"" + rows.tail;
     return "DELETE FROM " + tableSql(rows.table->name, rows.table->temporary) + " WHERE " +
            rowNumberName(*rows.table) + " IN (" +
            (rows.limit.empty() ? found

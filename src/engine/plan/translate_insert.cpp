@@ -1,10 +1,12 @@
 #include <algorithm>
+#include <utility>
 
 #include <kaputil/automation/plain_text.hpp>
 
 #include "base/ascii.hpp"
 #include "engine/plan/capture.hpp"
 #include "engine/plan/statements.hpp"
+#include "engine/sqlite/sql_writer.hpp"
 #include "tsql/server_error.hpp"
 
 namespace kap::engine {
@@ -201,8 +203,9 @@ private:
     }
 
     // What the table fills by itself, after the columns given.
-    [[nodiscard]] std::vector<std::pair<const Column*, std::string>> generated() const {
-        std::vector<std::pair<const Column*, std::string>> result;
+    using Generated = std::vector<std::pair<const Column*, sql::Expression>>;
+    [[nodiscard]] Generated generated() const {
+        Generated result;
         if (firesInstead()) return insteadGenerated();
         for (const Column& column : table_.columns) {
             if (column.identity && !givesIdentity_)
@@ -214,14 +217,14 @@ private:
 
     // What a trigger that fires instead sees of columns that the statement does not fill: their
     // defaults, and no number of an identity yet.
-    [[nodiscard]] std::vector<std::pair<const Column*, std::string>> insteadGenerated() const {
-        std::vector<std::pair<const Column*, std::string>> result;
+    [[nodiscard]] Generated insteadGenerated() const {
+        Generated result;
         for (const Column& column : table_.columns) {
             const bool given = std::ranges::find(columns_, &column) != columns_.end();
             if (column.identity && !givesIdentity_) {
-                result.emplace_back(&column, "0");
+                result.emplace_back(&column, sql::number(0));
             } else if (!given && column.defaultSql && !column.computed) {
-                result.emplace_back(&column, "(" + *column.defaultSql + ")");
+                result.emplace_back(&column, defaultOf(column));
             }
         }
         return result;
@@ -237,21 +240,21 @@ private:
         return list.empty() ? "" : " (" + list + ")";
     }
 
-    [[nodiscard]] std::string generatedValues() const {
-        std::string list;
-        for (const auto& [column, call] : generated())
-            list += ", " + call;
-        return list;
+    // Behind the values that a row has already.
+    void addGenerated(std::vector<sql::Expression>& row) const {
+        for (auto& [column, call] : generated())
+            row.push_back(std::move(call));
     }
 
     std::string rowsText(bool listed) {
         if (statement_.defaultValues) {
             columns_.clear();
-            const std::string values = generatedValues();
+            std::vector<sql::Expression> values;
+            addGenerated(values);
             if (values.empty() && statement_.top) {
                 throw tsql::unsupported("INSERT TOP DEFAULT VALUES", line_);
             }
-            return values.empty() ? " DEFAULT VALUES" : limited("(" + values.substr(2) + ")", 1);
+            return values.empty() ? " DEFAULT VALUES" : limited("(" + sqlOf(values) + ")", 1);
         }
         std::string text;
         for (const auto& row : statement_.rows) {
@@ -260,7 +263,9 @@ private:
             }
             if (!listed && row.size() == columns_.size() + 1) refuseIdentity();
             checkCount(row.size(), columns_.size(), listed, line_);
-            text += (text.empty() ? "" : ", ") + rowText(row);
+            text += text.empty() ? "(" : ", (";
+            SqlWriter(text).write(rowValues(row));
+            text += ')';
         }
         return limited(text, statement_.rows.size());
     }
@@ -269,63 +274,63 @@ private:
     std::string limited(const std::string& rows, std::size_t count) {
         std::string values = " VALUES " + rows;
         if (!statement_.top && count <= 1) return values;
-        const std::string most = limit(plain::text(static_cast<std::int64_t>(count)));
+        const std::string most = limit(sql::number(static_cast<std::int64_t>(count)));
         return most.empty() ? values : " SELECT * FROM (" + values + ")" + most;
     }
 
-    std::string rowText(const std::vector<tsql::ValueOrDefault>& row) {
+    std::vector<sql::Expression> rowValues(const std::vector<tsql::ValueOrDefault>& row) {
         Scope scope;
         scope.columnsRefused = true;
-        std::string list;
+        std::vector<sql::Expression> values;
+        values.reserve(row.size());
         for (std::size_t i = 0; i < row.size(); ++i) {
             const Column& column = *columns_[i];
             if (column.isRowVersion()) {
                 if (row[i].value) explicitRowVersion(line_);
                 continue;
             }
-            list += (list.empty() ? "" : ", ") + valueText(row[i], column, scope);
+            values.push_back(valueOf(row[i], column, scope));
         }
-        list += generatedValues();
-        return "(" + (list.compare(0, 2, ", ") == 0 ? list.substr(2) : list) + ")";
+        addGenerated(values);
+        return values;
     }
 
-    std::string valueText(const tsql::ValueOrDefault& value, const Column& column, Scope& scope) {
-        if (!value.value) return column.defaultSql ? "(" + *column.defaultSql + ")" : "NULL";
+    sql::Expression valueOf(const tsql::ValueOrDefault& value, const Column& column, Scope& scope) {
+        if (!value.value) return defaultOf(column);
         return stored(binder_.value(*value.value, scope), column, value.value->line,
                       writtenLiteral(*value.value));
     }
 
-    [[nodiscard]] std::string stored(const BoundExpression& value, const Column& column, int line,
-                                     const WrittenLiteral& written = {}) const {
-        std::string sql = binder_.stored(value, column.type, line, written);
-        return column.identity && !firesInstead() ? givenIdentity(table_, sql) : sql;
+    [[nodiscard]] sql::Expression stored(const BoundExpression& value, const Column& column,
+                                         int line, const WrittenLiteral& written = {}) const {
+        sql::Expression result = binder_.stored(value, column.type, line, written);
+        return column.identity && !firesInstead() ? givenIdentity(table_, std::move(result))
+                                                  : result;
     }
 
     // `count` is how many rows there are, for TOP PERCENT.
-    std::string limit(const std::string& count) {
+    std::string limit(const sql::Expression& count) {
         const std::int64_t rowLimit = binder_.names().settings().rowLimit;
         if (!statement_.top) return rowLimit > 0 ? " LIMIT " + plain::text(rowLimit) : "";
         Scope scope;
         if (statement_.top->percent) {
-            return " LIMIT " + binder_.percentText(*statement_.top, count, scope);
+            return " LIMIT " + sqlOf(binder_.percentLimit(*statement_.top, count, scope));
         }
-        return " LIMIT " + binder_.limitText(*statement_.top, scope);
+        return " LIMIT " + sqlOf(binder_.limit(*statement_.top, scope));
     }
 
     std::string queryText(bool listed) {
         const BoundQuery rows = binder_.query(*statement_.query, nullptr, QueryPlace::InsertRows);
         checkSelectCount(rows.columns.size(), columns_.size(), listed, line_);
-        std::string list;
+        std::vector<sql::Expression> values;
+        values.reserve(columns_.size());
         for (std::size_t i = 0; i < columns_.size(); ++i) {
             if (columns_[i]->isRowVersion()) explicitRowVersion(line_);
-            BoundExpression value = rows.columns[i].value;
-            value.sql = numberedName(i);
-            value.constant.reset();
-            list += (list.empty() ? "" : ", ") + stored(value, *columns_[i], line_);
+            const BoundExpression value = rows.columns[i].value.readBy(numberedColumn(i));
+            values.push_back(stored(value, *columns_[i], line_));
         }
-        list += generatedValues();
-        return " SELECT " + list + " FROM (" + rows.sql + ")" +
-               limit("(SELECT count(*) FROM (" + rows.sql + "))");
+        addGenerated(values);
+        return " SELECT " + sqlOf(values) + " FROM (" + rows.sql + ")" + limit(rowCount(rows.sql));
     }
 
     const InsertStatement& statement_;

@@ -5,6 +5,7 @@
 #include "engine/plan/capture.hpp"
 #include "engine/plan/found_rows.hpp"
 #include "engine/plan/statements.hpp"
+#include "engine/sqlite/sql_writer.hpp"
 #include "tsql/server_error.hpp"
 
 // UPDATE and DELETE that a trigger fires instead of. The rows of the target, which may be a view,
@@ -57,9 +58,9 @@ public:
         }
         if (write_.where) {
             scope.aggregates = AggregateUse::RefusedInWhere;
-            tail += " WHERE " + binder_.condition(*write_.where, scope);
+            tail += " WHERE " + sqlOf(binder_.condition(*write_.where, scope));
         }
-        if (write_.top) tail += " LIMIT " + binder_.limitText(*write_.top, scope);
+        if (write_.top) tail += " LIMIT " + sqlOf(binder_.limit(*write_.top, scope));
         return plan(with, tail, source, assignments);
     }
 
@@ -105,20 +106,21 @@ private:
         const FoundRows found(shape_);
         InsteadPlan plan;
         MergePlan tables;
-        std::vector<std::string> values;
+        std::vector<sql::Expression> values;
         for (const BoundAssignment& each : assignments) {
             values.push_back(each.value);
             plan.columns.push_back(each.column->name);
         }
-        std::vector<std::string> before;
+        std::vector<sql::Expression> before;
         for (const SourceColumn& column : source.columns)
-            before.push_back(column.value.sql);
+            before.push_back(column.value.tree);
         found.makeTables(tables, values.size(), before.size(), false);
         plan.make = std::move(tables.make);
         plan.remove = std::move(tables.remove);
         const bool rows = source.table != nullptr;
         plan.fill.push_back(
-            with + found.findText(rows ? rowNumberOf(source) : "NULL", 0, values, before) + tail);
+            with + found.findText(rows ? rowNumberOf(source) : sql::null(), 0, values, before) +
+            tail);
         // A row of a table that was found several times is written once.
         if (rows) {
             plan.fill.push_back("DELETE FROM " + found.found() +

@@ -6,6 +6,7 @@
 #include "engine/plan/capture.hpp"
 #include "engine/plan/found_rows.hpp"
 #include "engine/plan/statements.hpp"
+#include "engine/sqlite/sql_writer.hpp"
 #include "tsql/server_error.hpp"
 
 // MERGE. The rows of every action are found before anything is written, with their new values, in a
@@ -63,10 +64,10 @@ public:
     }
 
 private:
-    // What is done with the found rows of an action, and the texts of their values.
+    // What is done with the found rows of an action, and their values.
     struct Bound {
-        std::string condition;
-        std::vector<std::string> values;
+        sql::Expression condition;  // none: any row
+        std::vector<sql::Expression> values;
         std::vector<const Column*> columns;  // that take them
         bool defaults = false;               // DEFAULT VALUES
     };
@@ -89,7 +90,7 @@ private:
         BoundSource source = binder_.from(statement_.source, outside);
         targetSource_ = Binder::tableSource(table_, name);
         targetSql_ = tableSql(table_.name, table_.temporary) + " AS " + sqlName(name);
-        targetRow_ = sqlName(name) + "." + rowNumberName(table_);
+        targetRow_ = rowNumberOf(targetSource_);
         source_ = std::move(source.sources.front());
         sourceSql_ = source.sql;
         if (sameName(source_.name, name)) {
@@ -147,7 +148,7 @@ private:
                 const BoundExpression value = binder_.value(*row[i].value, scope);
                 bound.values.push_back(binder_.stored(value, column.type, line));
             } else {
-                bound.values.push_back(column.defaultSql ? "(" + *column.defaultSql + ")" : "NULL");
+                bound.values.push_back(defaultOf(column));
             }
         }
     }
@@ -157,10 +158,10 @@ private:
         std::string text;
         for (std::size_t i = 0; i < index; ++i) {
             if (statement_.actions[i].when != statement_.actions[index].when) continue;
-            text += " AND (" + bound_[i].condition + ") IS NOT TRUE";
+            text += " AND " + sqlOf(sql::Unary{sql::UnaryOperator::IsNotTrue, bound_[i].condition});
         }
-        const std::string& own = bound_[index].condition;
-        return own.empty() ? text : text + " AND (" + own + ")";
+        const sql::Expression& own = bound_[index].condition;
+        return own ? text + " AND " + sqlOf(own) : text;
     }
 
     std::string findText(std::size_t index) const {
@@ -170,16 +171,21 @@ private:
         const bool source = action.when != MergeAction::When::NotMatchedBySource;
         std::string from;
         if (target && source) {
-            from = sourceSql_ + " CROSS JOIN " + targetSql_ + " ON " + condition_ + " WHERE 1";
+            from =
+                sourceSql_ + " CROSS JOIN " + targetSql_ + " ON " + sqlOf(condition_) + " WHERE 1";
         } else {
             const std::string& own = target ? targetSql_ : sourceSql_;
             const std::string& other = target ? sourceSql_ : targetSql_;
-            from = own + " WHERE NOT EXISTS (SELECT 1 FROM " + other + " WHERE " + condition_ + ")";
+            const sql::Expression found =
+                sql::Exists{"SELECT 1 FROM " + other + " WHERE " + sqlOf(condition_)};
+            from = own + " WHERE " + sqlOf(sql::negation(found));
         }
-        std::vector<std::string> columns;
+        std::vector<sql::Expression> columns;
+        columns.reserve(sourceColumns_);
         for (std::size_t i = 0; i < sourceColumns_; ++i)
-            columns.push_back(source ? source_.columns[i].value.sql : "NULL");
-        return with_ + rows_.findText(target ? targetRow_ : "NULL", index, bound.values, columns) +
+            columns.push_back(source ? source_.columns[i].value.tree : sql::null());
+        return with_ +
+               rows_.findText(target ? targetRow_ : sql::null(), index, bound.values, columns) +
                " FROM " + from + conditionsOf(index);
     }
 
@@ -188,7 +194,7 @@ private:
         if (statement_.top) {
             if (statement_.top->percent) throw tsql::unsupported("MERGE TOP PERCENT", line_);
             Scope scope;
-            most = binder_.limitText(*statement_.top, scope);
+            most = sqlOf(binder_.limit(*statement_.top, scope));
         } else if (const std::int64_t rows = binder_.names().settings().rowLimit; rows > 0) {
             most = plain::text(rows);
         }
@@ -215,22 +221,21 @@ private:
     std::string insertText(const Bound& bound, const std::string& chosen) const {
         std::string columns;
         std::string values;
-        const auto add = [&](const Column& column, const std::string& value) {
+        const auto add = [&](const Column& column, const sql::Expression& value) {
             columns += (columns.empty() ? "" : ", ") + sqlName(column.name);
-            values += (values.empty() ? "" : ", ") + value;
+            if (!values.empty()) values += ", ";
+            appendSql(values, value);
         };
         for (std::size_t i = 0; i < bound.columns.size(); ++i) {
             const Column& column = *bound.columns[i];
-            const std::string value = foundColumn("c", i);
+            const sql::Expression value = sql::column(foundName("c", i));
             add(column, column.identity ? givenIdentity(table_, value) : value);
         }
         for (const Column& column : table_.columns) {
             if (column.identity && !givesIdentity_) add(column, identityCall(table_.name));
             if (column.isRowVersion()) add(column, rowVersionCall());
             const bool own = !column.identity && !column.isRowVersion() && !column.computed;
-            if (bound.defaults && own) {
-                add(column, column.defaultSql ? "(" + *column.defaultSql + ")" : "NULL");
-            }
+            if (bound.defaults && own) add(column, defaultOf(column));
         }
         return "INSERT INTO " + tableSql(table_.name, table_.temporary) + " (" + columns +
                ") SELECT " + values + " FROM " + rows_.found() + " WHERE " + chosen +
@@ -254,13 +259,14 @@ private:
         Source action{"", nullptr, {}};
         constexpr int kActionLength = 10;
         action.columns.push_back({"$action", BoundExpression::expression(
-                                                 "\"done\".\"action\"",
+                                                 sql::column("done", "action"),
                                                  {tsql::SqlType::NVarChar, kActionLength}, false)});
         scope.sources.push_back(std::move(action));
         scope.sources.push_back(rows_.written(RowState::Inserted));
         scope.sources.push_back(rows_.written(RowState::Deleted));
         scope.sources.push_back(FoundRows::foundSource(source_, 0));
-        engine::addOutput(capture, *statement_.output, table_, scope, rows_.outputFrom(), binder_);
+        (void)engine::addOutput(capture, *statement_.output, table_, scope, rows_.outputFrom(),
+                                binder_);
     }
 
     const MergeStatement& statement_;
@@ -272,9 +278,9 @@ private:
     Source targetSource_;
     Source source_;
     std::string targetSql_;
-    std::string targetRow_;
+    sql::Expression targetRow_;
     std::string sourceSql_;
-    std::string condition_;
+    sql::Expression condition_;
     std::vector<Bound> bound_;
     std::size_t widest_ = 0;
     std::size_t sourceColumns_ = 0;

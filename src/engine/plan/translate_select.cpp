@@ -5,6 +5,7 @@
 #include "base/ascii.hpp"
 #include "engine/plan/statements.hpp"
 #include "engine/plan/table_builder.hpp"
+#include "engine/sqlite/sql_writer.hpp"
 #include "tsql/server_error.hpp"
 
 namespace kap::engine {
@@ -64,11 +65,10 @@ Translation assignment(const tsql::Query& query, const std::vector<int>& slots,
     std::string items;
     for (std::size_t i = 0; i < slots.size(); ++i) {
         const tsql::TypeSpec& type = names.variables()[static_cast<std::size_t>(slots[i])].type;
-        BoundExpression value = bound.columns[i].value;
-        value.sql = numberedName(i);
-        value.constant.reset();
+        const BoundExpression value = bound.columns[i].value.readBy(numberedColumn(i));
         const BoundExpression converted = binder.convertTo(value, type, query.line);
-        items += (i == 0 ? "" : ", ") + converted.sql;
+        if (i > 0) items += ", ";
+        appendSql(items, converted.tree);
         result.columns.push_back(resultColumn({"", converted}));
     }
     result.sql.push_back("SELECT " + items + " FROM (" + bound.sql + ")");
@@ -126,9 +126,10 @@ Translation translateSelectInto(const tsql::Query& query, const tsql::ObjectName
         const bool version = column.isRowVersion();
         builder.add(std::move(column), query.line);
         columns += (i == 0 ? "" : ", ") + sqlName(output.name);
-        values += (i == 0 ? "" : ", ") + (version    ? rowVersionCall()
-                                          : numbered ? identityCall(builder.table().name)
-                                                     : numberedName(i));
+        if (i > 0) values += ", ";
+        appendSql(values, version    ? rowVersionCall()
+                          : numbered ? identityCall(builder.table().name)
+                                     : numberedColumn(i));
     }
     Translation result = builder.translation();
     const Table& table = result.created->table;

@@ -1,11 +1,11 @@
 #include <algorithm>
-
-#include <kaputil/automation/plain_text.hpp>
+#include <utility>
 
 #include "base/ascii.hpp"
 #include "engine/plan/capture.hpp"
 #include "engine/plan/statements.hpp"
 #include "engine/plan/translator.hpp"
+#include "engine/sqlite/sql_writer.hpp"
 #include "tsql/server_error.hpp"
 
 namespace kap::engine {
@@ -27,22 +27,23 @@ void checkUpdatable(const Column& column, int line) {
 }
 
 // "@x = value" leaves the value of each row in a variable, and gives it on.
-std::string assignedTo(const std::string& name, const BoundExpression& value, int line,
-                       Binder& binder) {
+sql::Expression assignedTo(const std::string& name, const BoundExpression& value, int line,
+                           Binder& binder) {
     const Variable* variable = binder.names().variable(name);
     if (variable == nullptr) {
         throw ServerError(tsql::Message::UndeclaredVariable, {name}, line);
     }
-    return callText("kap_assign", plain::text(variable->slot),
-                    binder.convertTo(value, variable->type, line).sql);
+    return sql::call(fn::kAssign, variable->slot,
+                     binder.convertTo(value, variable->type, line).tree);
 }
 
 // The type that a value has once it has passed through a variable.
 BoundExpression throughVariable(const std::string& name, const BoundExpression& value, int line,
                                 Binder& binder) {
     if (name.empty()) return value;
-    const std::string sql = assignedTo(name, value, line, binder);
-    return BoundExpression::expression(sql, binder.names().variable(name)->type, true);
+    sql::Expression assigned = assignedTo(name, value, line, binder);
+    return BoundExpression::expression(std::move(assigned), binder.names().variable(name)->type,
+                                       true);
 }
 
 // A column of the target that is given the value that it has.
@@ -54,7 +55,7 @@ BoundAssignment unchanged(const Table& table, const Binder& binder, const Scope&
             common.table == &table ? common.columns[i].second : &table.columns[i];
         const bool own = column != nullptr && table.find(column->name) == column;
         if (!own || column->computed || column->identity || column->isRowVersion()) continue;
-        return {column, source.columns[i].value.sql};
+        return {column, source.columns[i].value.tree};
     }
     throw tsql::unsupported("SET @variable in UPDATE of this table", line);
 }
@@ -66,9 +67,9 @@ void addVariables(const UpdateStatement& statement, const Table& table, Binder& 
         if (!assignment.column.parts.empty()) continue;
         const int line = assignment.value.value->line;
         const BoundExpression value = binder.value(*assignment.value.value, scope);
-        const std::string sql = assignedTo(assignment.variable, value, line, binder);
+        sql::Expression assigned = assignedTo(assignment.variable, value, line, binder);
         if (result.empty()) result.push_back(unchanged(table, binder, scope, line));
-        result.front().value = callText("kap_first", result.front().value, sql);
+        result.front().value = sql::call(fn::kFirst, result.front().value, std::move(assigned));
     }
 }
 
@@ -90,15 +91,14 @@ std::vector<BoundAssignment> bindAssignments(const UpdateStatement& statement, c
         if (repeated) {
             throw ServerError(tsql::Message::ColumnAssignedTwice, {name}, line);
         }
-        std::string value = "NULL";
-        if (assignment.value.value) {
-            const BoundExpression bound = binder.value(*assignment.value.value, scope);
-            value = binder.stored(throughVariable(assignment.variable, bound, line, binder),
-                                  column->type, line, writtenLiteral(*assignment.value.value));
-        } else if (column->defaultSql) {
-            value = "(" + *column->defaultSql + ")";
+        if (!assignment.value.value) {
+            result.push_back({column, defaultOf(*column)});
+            continue;
         }
-        result.push_back({column, std::move(value)});
+        const BoundExpression bound = binder.value(*assignment.value.value, scope);
+        result.push_back(
+            {column, binder.stored(throughVariable(assignment.variable, bound, line, binder),
+                                   column->type, line, writtenLiteral(*assignment.value.value))});
     }
     addVariables(statement, table, binder, scope, result);
     return result;
@@ -107,8 +107,9 @@ std::vector<BoundAssignment> bindAssignments(const UpdateStatement& statement, c
 std::string rowVersionAssignment(const Table& table) {
     const auto found = std::find_if(table.columns.begin(), table.columns.end(),
                                     [](const Column& column) { return column.isRowVersion(); });
-    return found == table.columns.end() ? ""
-                                        : ", " + sqlName(found->name) + " = " + rowVersionCall();
+    return found == table.columns.end()
+               ? ""
+               : ", " + sqlName(found->name) + " = " + sqlOf(rowVersionCall());
 }
 
 namespace {
@@ -119,14 +120,15 @@ std::string plainUpdate(const UpdateStatement& statement, const Table& table, Bi
     scope.sources.push_back(Binder::tableSource(table, shown));
     std::string list;
     for (const BoundAssignment& assignment : bindAssignments(statement, table, binder, scope)) {
-        list += (list.empty() ? "" : ", ") + sqlName(assignment.column->name) + " = " +
-                assignment.value;
+        list += (list.empty() ? "" : ", ") + sqlName(assignment.column->name) + " = ";
+        appendSql(list, assignment.value);
     }
     std::string sql = "UPDATE " + tableSql(table.name, table.temporary) + " AS " + sqlName(shown) +
                       " SET " + list + rowVersionAssignment(table);
     if (statement.where) {
         scope.aggregates = AggregateUse::RefusedInWhere;
-        sql += " WHERE " + binder.condition(*statement.where, scope);
+        sql += " WHERE ";
+        appendSql(sql, binder.condition(*statement.where, scope));
     }
     return sql;
 }
@@ -137,10 +139,10 @@ std::string plainUpdate(const UpdateStatement& statement, const Table& table, Bi
 std::string updateFrom(const TargetRows& rows, const std::vector<BoundAssignment>& assignments) {
     const Table& table = *rows.table;
     const std::string rowNumber = rowNumberName(table);
-    std::string values = rows.rowNumber + " AS \"target row\"";
+    std::string values = sqlOf(rows.rowNumber) + " AS \"target row\"";
     std::string list;
     for (std::size_t i = 0; i < assignments.size(); ++i) {
-        values += ", " + assignments[i].value + " AS " + numberedName(i);
+        values += ", " + sqlOf(assignments[i].value) + " AS " + numberedName(i);
         list += (list.empty() ? "" : ", ") + sqlName(assignments[i].column->name) +
                 " = \"found rows\"." + numberedName(i);
     }
@@ -173,8 +175,9 @@ std::vector<std::string> assignedNames(const UpdateStatement& statement) {
 std::string unpacked(const std::vector<BoundAssignment>& assignments) {
     std::string list;
     for (const BoundAssignment& each : assignments) {
-        const std::string name = sqlName(each.column->name);
-        list += (list.empty() ? "" : ", ") + name + " = " + callText("kap_unpack", name);
+        const sql::Expression own = sql::column(each.column->name);
+        list +=
+            (list.empty() ? "" : ", ") + sqlOf(own) + " = " + sqlOf(sql::call(fn::kUnpack, own));
     }
     return list;
 }
@@ -193,7 +196,7 @@ Translation translateUpdateInSteps(const UpdateStatement& statement, const NameS
     const Table& table = *rows.table;
     std::vector<BoundAssignment> assignments = bindAssignments(statement, table, binder, scope);
     for (BoundAssignment& each : assignments)
-        each.value = callText("kap_pack", rows.rowNumber, each.value);
+        each.value = sql::call(fn::kPack, rows.rowNumber, each.value);
     const std::string values = unpacked(assignments);
     const std::string caught = sqlName(capturedRows(table, RowState::Inserted).name);
     Translation result;
@@ -203,7 +206,7 @@ Translation translateUpdateInSteps(const UpdateStatement& statement, const NameS
     result.temporary = table.temporary;
     result.sql = {with + updateFrom(rows, assignments), "UPDATE temp." + caught + " SET " + values,
                   "UPDATE " + tableSql(table.name, table.temporary) + " SET " + values + " WHERE " +
-                      callText("kap_packed", sqlName(assignments.front().column->name))};
+                      sqlOf(sql::call(fn::kPacked, sql::column(assignments.front().column->name)))};
     finish(result, binder);
     return result;
 }

@@ -1,6 +1,9 @@
 #include "engine/plan/translator.hpp"
 
+#include <utility>
+
 #include "engine/plan/statements.hpp"
+#include "engine/sqlite/sql_writer.hpp"
 #include "tsql/server_error.hpp"
 
 namespace kap::engine {
@@ -48,8 +51,11 @@ struct Dispatch {
 Translation ofValue(const BoundExpression& value, const Binder& binder) {
     Translation result;
     result.kind = StatementKind::Assign;
-    result.constant = value.constant;
-    if (!result.constant) result.sql.push_back("SELECT " + value.sql);
+    if (const Value* constant = value.constant()) {
+        result.constant = *constant;
+    } else {
+        result.sql.push_back("SELECT " + sqlOf(value.tree));
+    }
     result.columns.push_back(resultColumn({"", value}));
     finish(result, binder);
     return result;
@@ -141,8 +147,10 @@ Translation translateValue(const tsql::Expression& expression, const NameScope& 
 Translation translateCondition(const tsql::Expression& condition, const NameScope& names) {
     Binder binder(names);
     Scope scope;
-    const std::string sql = "(" + binder.condition(condition, scope) + ") IS TRUE";
-    return ofValue(BoundExpression::expression(sql, {tsql::SqlType::Int}, false), binder);
+    sql::Expression holds =
+        sql::Unary{sql::UnaryOperator::IsTrue, binder.condition(condition, scope)};
+    return ofValue(BoundExpression::expression(std::move(holds), {tsql::SqlType::Int}, false),
+                   binder);
 }
 
 }  // namespace kap::engine

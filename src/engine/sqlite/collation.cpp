@@ -42,12 +42,14 @@ void registerCollation(sqlite3* database, const char* name,
 
 }  // namespace
 
+std::string_view collationOf(const tsql::TypeSpec& type) {
+    if (tsql::isText(type.type)) return kTextCollation;
+    return type.type == tsql::SqlType::DateTimeOffset ? kInstantCollation : "";
+}
+
 std::string collationText(const tsql::TypeSpec& type) {
-    if (tsql::isText(type.type)) return std::string(" COLLATE ") + kTextCollation;
-    if (type.type == tsql::SqlType::DateTimeOffset) {
-        return std::string(" COLLATE ") + kInstantCollation;
-    }
-    return {};
+    const std::string_view collation = collationOf(type);
+    return collation.empty() ? std::string() : " COLLATE " + std::string(collation);
 }
 
 void registerCollations(sqlite3* database) {

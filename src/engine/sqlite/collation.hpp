@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 #include "tsql/type_spec.hpp"
 
@@ -8,10 +9,12 @@ struct sqlite3;
 
 namespace kap::engine {
 
-// What a value's text in SQL is followed by where SQLite has to be told the order of its type:
-// " COLLATE KAP_CI" for texts (see text_order.hpp), " COLLATE KAP_INSTANT" for datetimeoffset, of
-// which only the instant counts and not the clock that shows it; empty for what SQLite orders by
-// itself.
+// The collation that SQLite has to be told for values of a type: KAP_CI for texts (see
+// text_order.hpp), KAP_INSTANT for datetimeoffset, of which only the instant counts and not the
+// clock that shows it; empty for what SQLite orders by itself.
+[[nodiscard]] std::string_view collationOf(const tsql::TypeSpec& type);
+
+// The same as the definition of a column has it: " COLLATE KAP_CI", or empty.
 [[nodiscard]] std::string collationText(const tsql::TypeSpec& type);
 
 // Makes the collations known to a connection, texts in today's order.

@@ -8,6 +8,7 @@
 
 #include <kaputil/automation/plain_text.hpp>
 
+#include "engine/sqlite/function_names.hpp"
 #include "engine/sqlite/functions/c_border.hpp"
 #include "engine/sqlite/functions/function_support.hpp"
 
@@ -235,15 +236,15 @@ void destroyModule(void* module) {
 
 void registerRowFunctions(sqlite3* connection, ErrorSlot& slot, RowHost host) {
     static const sqlite3_module kModule = rowModule();
-    const auto provide = [&](const char* name, RowModule made) {
+    const auto provide = [&](const fn::Function& function, RowModule made) {
         // SQLite takes the module over, also when it fails.
-        if (sqlite3_create_module_v2(connection, name, &kModule, new RowModule(std::move(made)),
-                                     destroyModule) != SQLITE_OK) {
+        if (sqlite3_create_module_v2(connection, function.name.data(), &kModule,
+                                     new RowModule(std::move(made)), destroyModule) != SQLITE_OK) {
             throw lastError(connection);
         }
     };
-    provide(kRowsOfQuery, {slot, nullptr, true});
-    provide(kRowsOfFunction, {slot, std::move(host), false});
+    provide(fn::kRowsOfQuery, {slot, nullptr, true});
+    provide(fn::kRowsOfFunction, {slot, std::move(host), false});
 }
 
 }  // namespace kap::engine

@@ -22,9 +22,6 @@ namespace kap::engine {
 inline constexpr std::size_t kRowFunctionColumns = 256;
 inline constexpr std::size_t kRowFunctionArguments = 100;
 
-inline constexpr const char* kRowsOfQuery = "kap_rows_of";
-inline constexpr const char* kRowsOfFunction = "kap_rows_by";
-
 using GivenRows = std::vector<std::vector<Value>>;
 using RowHost =
     std::function<GivenRows(const std::string& function, const std::vector<Value>& arguments)>;

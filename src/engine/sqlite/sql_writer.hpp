@@ -1,0 +1,60 @@
+#pragma once
+
+#include <span>
+#include <string>
+
+#include "engine/sqlite/expression_tree.hpp"
+
+namespace kap::engine {
+
+// Writes expressions as SQLite reads them: the only place that knows how. Error 8631 where the
+// stack ends before the expression does.
+class SqlWriter {
+public:
+    // What is written goes behind what `text` holds.
+    explicit SqlWriter(std::string& text) : text_(text) {}
+
+    void write(const sql::Expression& expression);
+    // Expressions with commas between them.
+    void write(std::span<const sql::Expression> list);
+
+private:
+    void node(const sql::Column& column);
+    void node(const sql::Constant& constant);
+    void node(const sql::Parameter& parameter);
+    void node(const sql::Star& star);
+    void node(const sql::Call& call);
+    void node(const sql::Conversion& conversion);
+    void node(const sql::Sum& sum);
+    void node(const sql::Unary& unary);
+    void node(const sql::Binary& binary);
+    void node(const sql::Chain& chain);
+    void node(const sql::Bytes& bytes);
+    void node(const sql::Collated& collated);
+    void node(const sql::Case& choice);
+    void node(const sql::In& in);
+    void node(const sql::InQuery& in);
+    void node(const sql::Between& between);
+    void node(const sql::Exists& exists);
+    void node(const sql::Subquery& subquery);
+    void node(const sql::Window& window);
+    void node(const sql::Over& over);
+    void node(const sql::Definition& definition);
+
+    void name(std::string_view name);
+    void number(std::int64_t value);
+    void balanced(std::span<const sql::Expression> parts, const char* joint);
+
+    std::string& text_;
+};
+
+// An expression as SQLite reads it.
+[[nodiscard]] std::string sqlOf(const sql::Expression& expression);
+
+// Expressions with commas between them.
+[[nodiscard]] std::string sqlOf(std::span<const sql::Expression> list);
+
+// An expression behind a text.
+void appendSql(std::string& text, const sql::Expression& expression);
+
+}  // namespace kap::engine
