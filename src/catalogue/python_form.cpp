@@ -236,7 +236,7 @@ private:
             return assigned(tokens.first(assignment), tokens.subspan(assignment + 1));
         }
         const std::size_t end = endOfCalled(tokens);
-        const std::string called = expression(tokens.first(end));
+        std::string called = expression(tokens.first(end));
         if (end == tokens.size() && called.ends_with(')')) {
             return called;
         }
