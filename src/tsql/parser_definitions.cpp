@@ -111,14 +111,13 @@ Statement::Node Parser::createIndex() {
         result.columns.push_back(std::move(column));
     } while (acceptOperator(","));
     expectOperator(")");
-    // Columns that the index only carries along change no result.
-    if (acceptKeyword("INCLUDE")) nameList();
+    if (acceptKeyword("INCLUDE")) result.included = nameList();
     if (acceptKeyword("WHERE")) {
         const std::size_t start = position_;
         result.where = condition();
         result.whereText = sourceText(start);
     }
-    indexOptions();
+    result.ignoresDuplicates = indexOptions();
     return result;
 }
 

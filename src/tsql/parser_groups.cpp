@@ -62,7 +62,7 @@ void checkNumber(std::size_t sets, int line) {
 void Parser::groupByClause(Select& select) {
     const int line = peek().line;
     expectKeyword("BY");
-    refuseKeyword("ALL", "GROUP BY ALL");
+    allGroups_ = acceptKeyword("ALL");
     Grouping sets{{}};
     bool plain = true;
     do {
@@ -84,6 +84,7 @@ void Parser::groupByClause(Select& select) {
         sets = cube ? cubed(elements) : rolledUp(elements);
         plain = false;
     }
+    if (!plain && allGroups_) throw unsupported("GROUP BY ALL with ROLLUP or CUBE", line);
     if (!plain) select.groupingSets = std::move(sets);
 }
 

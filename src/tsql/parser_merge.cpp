@@ -62,7 +62,7 @@ MergeStatement Parser::mergeStatement() {
         result.alias = name();
     }
     expectKeyword("USING");
-    result.source.push_back(mergeSource());
+    result.source.push_back(joinedSource());
     expectKeyword("ON");
     result.condition = condition();
     while (atKeyword("WHEN"))
@@ -75,12 +75,6 @@ MergeStatement Parser::mergeStatement() {
         throw ServerError(Message::MergeWithoutSemicolon, {}, peek().line);
     }
     return result;
-}
-
-TableSourcePtr Parser::mergeSource() {
-    TableSourcePtr source = joinedSource();
-    if (std::holds_alternative<Join>(source->node)) refuse("MERGE with a join behind USING");
-    return source;
 }
 
 MergeAction Parser::mergeAction(const MergeStatement& merge) {

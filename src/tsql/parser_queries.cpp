@@ -59,7 +59,11 @@ QueryPtr Parser::query() {
     }
     if (acceptKeyword("ORDER")) {
         expectKeyword("BY");
+        const std::size_t where = result->terms.size() == 1 ? allGroupsWhere_ : 0;
         result->orderBy = orderItems();
+        for (OrderItem& item : result->orderBy) {
+            if (where != 0) filterAggregates(item.value, where);
+        }
     }
     queryEnding(*result);
     if (draws_ != draws) refuseDraws(*result, draws, unordered);
@@ -147,9 +151,17 @@ Select Parser::select() {
 
 void Parser::selectTail(Select& select) {
     if (atKeyword("FROM")) select.from = fromClause();
-    if (acceptKeyword("WHERE")) select.where = condition();
+    std::size_t where = 0;
+    if (acceptKeyword("WHERE")) {
+        where = position_;
+        select.where = condition();
+    }
+    allGroups_ = false;
     if (acceptKeyword("GROUP")) groupByClause(select);
+    const bool all = allGroups_ && select.where != nullptr;
     if (acceptKeyword("HAVING")) select.having = condition();
+    if (all) groupAll(select, where);
+    allGroupsWhere_ = all ? where : 0;
 }
 
 TopClause Parser::topClause() {

@@ -62,6 +62,7 @@ std::optional<Statement::Node> Parser::dataStatement() {
     if (acceptKeyword("UPDATE")) return updateStatement();
     if (acceptKeyword("DELETE")) return deleteStatement();
     if (acceptKeyword("MERGE")) return mergeStatement();
+    if (atKeyword("BULK") && atKeyword("INSERT", 1)) return bulkInsert();
     if (acceptKeyword("TRUNCATE")) {
         expectKeyword("TABLE");
         return TruncateStatement{objectName()};
@@ -120,6 +121,10 @@ std::optional<Statement::Node> Parser::databaseWideStatement() {
     if (atKeyword("DBCC") && atKeyword("CHECKDB", 1)) {
         skipStatement();
         return CheckStatement{};
+    }
+    if (atKeyword("DBCC") && atKeyword("USEROPTIONS", 1)) {
+        skipStatement();
+        return ShowOptionsStatement{};
     }
     for (const char* word : {"GRANT", "DENY", "REVOKE", "CHECKPOINT", "DBCC"}) {
         if (atKeyword(word)) return noEffect(word);

@@ -50,8 +50,14 @@ Statement::Node Parser::setOption() {
     if (acceptKeyword("TRANSACTION")) {
         expectKeyword("ISOLATION");
         expectKeyword("LEVEL");
-        skipStatement();
-        return NoEffectStatement{"SET TRANSACTION ISOLATION LEVEL"};
+        result.options.emplace_back("TRANSACTION ISOLATION LEVEL");
+        const bool two = atKeyword("READ") || atKeyword("REPEATABLE");
+        if (peek().kind != TokenKind::Word) unexpected();
+        result.value = asciiUpper(next().text);
+        if (!two) return result;
+        if (peek().kind != TokenKind::Word) unexpected();
+        result.value += " " + asciiUpper(next().text);
+        return result;
     }
     for (const char* option : {"STATISTICS", "DEADLOCK_PRIORITY"}) {
         if (!acceptKeyword(option)) continue;

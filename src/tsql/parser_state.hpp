@@ -24,10 +24,11 @@ namespace kap::tsql {
 //     parser_calls.cpp         EXEC and its arguments
 //     parser_escapes.cpp       what stands in braces; parser_escaped_calls.cpp {fn name(...)}
 //     parser_queries.cpp       SELECT; parser_sources.cpp FROM, parser_pivots.cpp PIVOT,
-//                              parser_groups.cpp GROUP BY,
+//                              parser_groups.cpp GROUP BY, parser_group_all.cpp its ALL,
 //                              parser_windows.cpp OVER, parser_hints.cpp the hints
 //     parser_expressions.cpp   expressions; parser_predicates.cpp conditions
-//     parser_data.cpp          INSERT, UPDATE, DELETE; parser_merge.cpp MERGE
+//     parser_data.cpp          INSERT, UPDATE, DELETE; parser_merge.cpp MERGE,
+//                              parser_bulk.cpp BULK INSERT
 //     parser_tables.cpp        CREATE and ALTER TABLE; parser_types.cpp the types of columns
 //     parser_definitions.cpp   other CREATE, ALTER and DROP; parser_schemas.cpp schemas,
 //                              parser_sequences.cpp sequences and synonyms
@@ -207,6 +208,11 @@ private:
     using GroupSet = std::vector<std::size_t>;
     using Grouping = std::vector<GroupSet>;
     void groupByClause(Select& select);
+    // parser_group_all.cpp
+    void groupAll(Select& select, std::size_t where);
+    void filterAggregates(ExpressionPtr& expression, std::size_t where);
+    void filterAggregate(FunctionCall& call, std::size_t where);
+    ExpressionPtr conditionAt(std::size_t start);
     Grouping grouping(Select& select);
     std::vector<GroupSet> groupElements(Select& select);
     GroupSet groupElement(Select& select);
@@ -262,12 +268,18 @@ private:
     // "= value", and "+= value" as target + value.
     ExpressionPtr assignedValue(const std::function<Expression::Node()>& target);
 
+    // BULK INSERT.
+    Statement::Node bulkInsert();
+    void bulkOption(BulkInsertStatement& bulk);
+    bool bulkNumber(BulkInsertStatement& bulk, const std::string& option);
+    bool bulkText(BulkInsertStatement& bulk, const std::string& option);
+    std::string bulkWord();
+
     // MERGE.
     MergeStatement mergeStatement();
     MergeAction mergeAction(const MergeStatement& merge);
     MergeAction::When mergeWhen();
     InsertStatement mergeInsert();
-    TableSourcePtr mergeSource();
 
     // Tables.
     Statement::Node createTable();
@@ -287,7 +299,8 @@ private:
     ReferenceAction referenceAction();
     CheckConstraint checkConstraint(std::string name);
     DefaultOption defaultOption(std::string name);
-    void indexOptions();
+    bool indexOptions();  // true: duplicates are ignored
+    void keyOptions();
     Statement::Node alterTable();
     void alterAdd(AlterTableStatement& alter);
     void alterDrop(AlterTableStatement& alter);
@@ -411,9 +424,11 @@ private:
     std::size_t draws_ = 0;
     std::size_t unorderedDraws_ = 0;
     int drawLine_ = 1;
-    bool inDefault_ = false;     // of a column
-    bool orderRefused_ = false;  // of NEXT VALUE FOR
-    bool first_ = true;          // no statement has been read
+    bool allGroups_ = false;          // of the GROUP BY that was read last
+    std::size_t allGroupsWhere_ = 0;  // where the condition of a GROUP BY ALL began; 0: none
+    bool inDefault_ = false;          // of a column
+    bool orderRefused_ = false;       // of NEXT VALUE FOR
+    bool first_ = true;               // no statement has been read
     bool inTrigger_ = false;
     bool aliasNullable_ = true;  // of the alias type that was read last
 };

@@ -97,7 +97,7 @@ void Parser::tableConstraint(TableElements& table) {
     } else {
         KeyConstraint key = keyConstraint(std::move(constraintName));
         keyColumns(key);
-        indexOptions();
+        keyOptions();
         table.keys.push_back(std::move(key));
     }
 }
@@ -113,23 +113,29 @@ void Parser::keyColumns(KeyConstraint& key) {
 
 // WITH FILLFACTOR = 90, WITH (PAD_INDEX = OFF): how rows lie on disk is not the schema's choice
 // here.
-void Parser::indexOptions() {
+bool Parser::indexOptions() {
+    bool ignores = false;
     if (acceptKeyword("WITH")) {
         if (acceptOperator("(")) {
             while (!acceptOperator(")")) {
                 if (atEnd()) unexpected();
-                if (atKeyword("IGNORE_DUP_KEY") && atKeyword("ON", 2)) refuse("IGNORE_DUP_KEY");
+                if (atKeyword("IGNORE_DUP_KEY") && atKeyword("ON", 2)) ignores = true;
                 next();
             }
         } else {
             do {
-                refuseKeyword("IGNORE_DUP_KEY", "IGNORE_DUP_KEY");
+                ignores = ignores || atKeyword("IGNORE_DUP_KEY");
                 next();
                 if (acceptOperator("=")) next();
             } while (acceptOperator(","));
         }
     }
     fileGroup();
+    return ignores;
+}
+
+void Parser::keyOptions() {
+    if (indexOptions()) refuse("IGNORE_DUP_KEY of a constraint");
 }
 
 KeyConstraint Parser::keyConstraint(std::string name) {
@@ -284,7 +290,7 @@ bool Parser::columnOption(ColumnDefinition& column, TableElements& table) {
         } else {
             key.columns.push_back(column.name);
         }
-        indexOptions();
+        keyOptions();
         table.keys.push_back(std::move(key));
     } else if (atKeyword("CHECK")) {
         CheckConstraint check = checkConstraint(std::move(constraintName));

@@ -229,6 +229,8 @@ struct CreateIndexStatement {
     ObjectName table;
     bool unique = false;
     std::vector<IndexColumn> columns;
+    std::vector<std::string> included;
+    bool ignoresDuplicates = false;  // WITH IGNORE_DUP_KEY
     ExpressionPtr where;
     std::string whereText;  // as written
 };
@@ -502,6 +504,26 @@ struct BackupStatement {
 // DBCC CHECKDB.
 struct CheckStatement {};
 
+// BULK INSERT table FROM 'file' WITH (options).
+struct BulkInsertStatement {
+    ObjectName table;
+    std::string file;
+    std::string fieldTerminator = "\t";
+    std::string rowTerminator = "\n";
+    std::string codePage;   // in upper case; empty: what the file shows
+    bool wideText = false;  // UTF-16
+    char quote = '\0';      // around fields of CSV
+    std::int64_t firstRow = 1;
+    std::int64_t lastRow = 0;  // 0: the last one of the file
+    std::int64_t maxErrors = 10;
+    bool keepsNulls = false;
+    bool keepsIdentity = false;
+    bool firesTriggers = false;
+};
+
+// DBCC USEROPTIONS.
+struct ShowOptionsStatement {};
+
 // DBCC CHECKIDENT (table [, NORESEED | RESEED [, value]]).
 struct CheckIdentityStatement {
     ObjectName table;
@@ -526,7 +548,8 @@ struct Statement {
         LabelStatement, ReturnStatement, PrintStatement, RaiserrorStatement, ThrowStatement,
         WaitStatement, TransactionStatement, ExecuteStatement, DeclareCursorStatement,
         AssignCursorStatement, CursorStatement, FetchStatement, DatabaseStatement, BackupStatement,
-        CheckStatement, CheckIdentityStatement, NoEffectStatement>;
+        CheckStatement, BulkInsertStatement, ShowOptionsStatement, CheckIdentityStatement,
+        NoEffectStatement>;
     Node node;
     int line = 1;
 };

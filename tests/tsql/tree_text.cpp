@@ -243,6 +243,15 @@ std::string statementText(const SequenceStatement& sequence) {
          choice(sequence.caches, "cache"), number(sequence.cacheSize)});
 }
 
+std::string statementText(const BulkInsertStatement& bulk) {
+    return node("bulk", {bulk.table.text(), bulk.file, plain::text(bulk.firstRow),
+                         plain::text(bulk.lastRow)});
+}
+
+std::string statementText(const ShowOptionsStatement&) {
+    return "useroptions";
+}
+
 std::string statementText(const CreateSynonymStatement& synonym) {
     return node("synonym", {synonym.name.text(), synonym.target.text()});
 }

@@ -24,6 +24,7 @@ constexpr int kRowVersionBytes = 8;
 constexpr int kMostConnections = 32767;  // as a server allows that bounds them by nothing else
 constexpr int kHostProcessLength = 10;
 constexpr int kColumnBitsBytes = 128;
+constexpr int kLockModeLength = 32;
 
 constexpr TypeSpec kIdentityType{SqlType::Numeric, 0, kIdentityPrecision, 0};
 constexpr TypeSpec kNameType{SqlType::NVarChar, kSystemNameLength};
@@ -144,6 +145,13 @@ constexpr std::array kSystemFunctions = std::to_array<SystemFunction>({
     {"col_name", 2, 2, Takes::Numbers, SystemValue::ColumnName, kNameType, true},
     {"columnproperty", 3, 3, Takes::NumberText, SystemValue::ColumnProperty, kWholeNumber, true},
     {"serverproperty", 1, 1, Takes::Text, SystemValue::ServerProperty, kNameType},
+    {"applock_mode",
+     3,
+     3,
+     Takes::Text,
+     SystemValue::ApplicationLockMode,
+     {SqlType::NVarChar, kLockModeLength}},
+    {"applock_test", 4, 4, Takes::Text, SystemValue::ApplicationLockTest, {SqlType::SmallInt}},
     {"cursor_status", 2, 2, Takes::TwoTexts, SystemValue::CursorStatus, {SqlType::SmallInt}},
 });
 

@@ -11,8 +11,6 @@ namespace {
 
 // What the server's editions know, as far as it is not in the tables of functions. In order.
 constexpr std::array kServersNames = std::to_array<std::string_view>({
-    "applock_mode",
-    "applock_test",
     "approx_count_distinct",
     "approx_percentile_cont",
     "approx_percentile_disc",

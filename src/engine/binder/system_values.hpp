@@ -81,6 +81,8 @@ enum class SystemValue {
     CollationProperty,
     ColumnsUpdated,
     SchemaName,
+    ApplicationLockMode,
+    ApplicationLockTest,
 };
 
 // @@name, asked of the session by that function. Error 137 for one that does not exist.

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "engine/catalog/definition_tokens.hpp"
+#include "engine/catalog/index_notes.hpp"
 #include "engine/catalog/object_names.hpp"
 #include "engine/catalog/schema_catalogue.hpp"
 #include "engine/catalog/source_text.hpp"
@@ -213,7 +214,7 @@ std::vector<IndexInfo> SchemaCatalogue::indexes() const {
     std::vector<IndexInfo> result;
     PreparedStatement rows(
         database_.handle(),
-        "SELECT l.name, m.name, l.\"unique\", CASE WHEN l.partial THEN i.sql END FROM "
+        "SELECT l.name, m.name, l.\"unique\", CASE WHEN l.partial THEN i.sql END, i.sql FROM "
         "main.sqlite_schema AS m, pragma_index_list(m.name, 'main') AS l, "
         "main.sqlite_schema AS i WHERE m.type = 'table' AND l.origin = 'c' AND "
         "i.type = 'index' AND i.name = l.name ORDER BY m.name, l.name");
@@ -226,6 +227,9 @@ std::vector<IndexInfo> SchemaCatalogue::indexes() const {
         info.name = own ? stored.substr(info.table.size() + 1) : stored;
         if (own && info.name.ends_with(" (nulls)")) continue;
         if (!rows.isNull(3)) info.filter = filterOf(rows.text(3));
+        IndexNotes notes = notesOf(rows.text(4));
+        info.ignoresDuplicates = notes.ignoresDuplicates;
+        info.included = std::move(notes.included);
         PreparedStatement columns(database_.handle(),
                                   "SELECT name, \"desc\" FROM pragma_index_xinfo(?1, 'main') "
                                   "WHERE \"key\" ORDER BY seqno");

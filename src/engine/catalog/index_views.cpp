@@ -37,7 +37,7 @@ SystemRows sysIndexes(const SchemaCatalogue& catalogue) {
         const bool primary = id == 1;
         view.rows.push_back({number(objectId(index.table)), text(index.name), number(id),
                              number(primary ? 1 : 2), text(primary ? "CLUSTERED" : "NONCLUSTERED"),
-                             flag(index.unique), flag(false), flag(primary),
+                             flag(index.unique), flag(index.ignoresDuplicates), flag(primary),
                              flag(index.key == "UQ"), number(0), flag(false), flag(false),
                              flag(false), flag(!index.filter.empty()),
                              index.filter.empty() ? Value() : text(index.filter)});
@@ -52,11 +52,13 @@ SystemRows olderIndexes(const SchemaCatalogue& catalogue) {
                      {"status", kInt},
                      {"keycnt", kSmallInt}},
                     {}};
+    constexpr std::int64_t kIgnoresDuplicates = 1;
     constexpr std::int64_t kUnique = 2;
     constexpr std::int64_t kPrimary = 2048;
     constexpr std::int64_t kUniqueKey = 4096;
     forIndexes(catalogue, [&](const IndexInfo& index, std::int64_t id) {
-        const std::int64_t status = (index.unique ? kUnique : 0) + (id == 1 ? kPrimary : 0) +
+        const std::int64_t status = (index.ignoresDuplicates ? kIgnoresDuplicates : 0) +
+                                    (index.unique ? kUnique : 0) + (id == 1 ? kPrimary : 0) +
                                     (index.key == "UQ" ? kUniqueKey : 0);
         view.rows.push_back({number(objectId(index.table)), text(index.name), number(id),
                              number(status),
@@ -82,6 +84,12 @@ SystemRows indexColumns(const SchemaCatalogue& catalogue) {
             view.rows.push_back({number(objectId(index.table)), number(id), number(place),
                                  number(placeOfColumn(catalogue, index.table, index.columns[i])),
                                  number(place), number(0), flag(index.descending[i]), flag(false)});
+        }
+        auto place = static_cast<std::int64_t>(index.columns.size());
+        for (const std::string& column : index.included) {
+            view.rows.push_back({number(objectId(index.table)), number(id), number(++place),
+                                 number(placeOfColumn(catalogue, index.table, column)), number(0),
+                                 number(0), flag(false), flag(true)});
         }
     });
     return view;

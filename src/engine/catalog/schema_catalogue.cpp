@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "base/ascii.hpp"
+#include "engine/catalog/index_notes.hpp"
 #include "engine/catalog/object_names.hpp"
 #include "engine/catalog/source_text.hpp"
 #include "engine/catalog/table_text.hpp"
@@ -213,6 +214,7 @@ std::unique_ptr<Table> SchemaCatalogue::read(const Entry& entry) const {
     }
     addDefinitions(*table);
     addLaterKey(*table);
+    addIgnoring(*table);
     if (!entry.temporary) {
         for (const auto& trigger : triggersOf(table->name)) {
             const tsql::CreateModuleStatement& made = trigger->definition;
@@ -259,6 +261,18 @@ void SchemaCatalogue::addLaterKey(Table& table) const {
                 }
             }
         }
+    }
+}
+
+void SchemaCatalogue::addIgnoring(Table& table) const {
+    PreparedStatement look(database_.handle(),
+                           std::string("SELECT sql FROM ") + (table.temporary ? "temp" : "main") +
+                               ".sqlite_schema WHERE type = 'index' AND tbl_name = ?1 AND sql LIKE "
+                               "'%/*~ ignore%'");
+    look.bind(1, std::string_view(table.name));
+    while (look.step()) {
+        if (auto target = conflictTarget(look.text(0)))
+            table.ignoring.push_back(std::move(*target));
     }
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -57,6 +58,8 @@ struct IndexInfo {
     std::vector<std::string> columns;
     std::vector<bool> descending;  // of each column
     std::string filter;            // of which rows it is, as it was written; empty: of all
+    bool ignoresDuplicates = false;
+    std::vector<std::string> included = {};
 };
 
 // A schema of the database.
@@ -152,6 +155,10 @@ public:
 
     // Where those things are kept; whoever changes them calls invalidate() then.
     [[nodiscard]] StoredObjects& stored() noexcept { return stored_; }
+    // A view whose rows somebody else knows; names in lower case.
+    void addView(std::string_view owner, std::string_view name, std::function<SystemRows()> rows) {
+        addedViews_.push_back({owner, name, std::move(rows)});
+    }
     // What statements are made of has changed, though not the schema.
     void settingsChanged() noexcept { ++generation_; }
 
@@ -190,6 +197,7 @@ private:
     [[nodiscard]] std::unique_ptr<Table> read(const Entry& entry) const;
     void addDefinitions(Table& table) const;
     void addLaterKey(Table& table) const;
+    void addIgnoring(Table& table) const;
     [[nodiscard]] std::shared_ptr<const Module> parsed(const StoredObject& object) const;
     // The statement that made an object. Raises SqliteError when its text is that of another.
     template <class Statement>
@@ -216,6 +224,12 @@ private:
     // By the name and the text, so that they outlive a change of something else.
     mutable LruCache<std::shared_ptr<const Module>> modules_;
     std::map<std::string, std::shared_ptr<const Module>> temporary_;  // by the folded name
+    struct AddedView {
+        std::string_view owner;
+        std::string_view name;
+        std::function<SystemRows()> rows;
+    };
+    std::vector<AddedView> addedViews_;
     std::vector<Firing> firing_;
     std::vector<std::string> databaseNames_{std::string()};  // the one that counts last
 };

@@ -297,8 +297,12 @@ std::optional<SystemRows> SchemaCatalogue::systemRows(const tsql::ObjectName& na
     if (owner == "dbo") owner.clear();
     for (const std::span<const views::View> list :
          {std::span<const views::View>(views::kSystemViews), views::keyViews(), views::indexViews(),
-          views::constraintViews(), views::standardViews(), views::sequenceViews()}) {
+          views::constraintViews(), views::standardViews(), views::sequenceViews(),
+          views::dependencyViews()}) {
         if (auto rows = rowsOf(list, *this, owner, last)) return rows;
+    }
+    for (const AddedView& view : addedViews_) {
+        if (view.owner == owner && view.name == last) return view.rows();
     }
     return std::nullopt;
 }

@@ -47,6 +47,8 @@ struct Table {
     std::string name;        // its stored name
     bool temporary = false;  // lives in SQLite's "temp" schema; its name starts with #
     std::vector<Column> columns;
+    // What ON CONFLICT takes for the indexes that ignore duplicates.
+    std::vector<std::string> ignoring;
     // The events (TriggerEvents) for which the table has triggers that fire after them, and those
     // for which it has one that fires instead.
     std::uint8_t triggerEvents = 0;

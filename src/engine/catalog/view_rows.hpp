@@ -59,5 +59,6 @@ struct View {
 [[nodiscard]] std::span<const View> constraintViews();
 [[nodiscard]] std::span<const View> standardViews();
 [[nodiscard]] std::span<const View> sequenceViews();
+[[nodiscard]] std::span<const View> dependencyViews();
 
 }  // namespace kap::engine::views

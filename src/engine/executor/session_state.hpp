@@ -82,8 +82,20 @@ struct Frame {
 // Where nobody has set another, and what 0 stands for.
 inline constexpr std::int64_t kDefaultTextSize = 4096;
 
+// Of SET TRANSACTION ISOLATION LEVEL, by the server's numbers. Readers see one state of the file at
+// each level, and writers come one after the other: it is told, and changes nothing.
+enum class IsolationLevel : std::uint8_t {
+    Unspecified,
+    ReadUncommitted,
+    ReadCommitted,
+    RepeatableRead,
+    Serializable,
+    Snapshot,
+};
+
 // What SET has set.
 struct SessionSettings {
+    IsolationLevel isolation = IsolationLevel::ReadCommitted;
     bool noCount = false;
     bool abortOnError = false;
     bool quotedNames = true;
@@ -107,6 +119,8 @@ struct SessionState : SessionSettings {
     std::int32_t cursorRows = 0;  // of the cursor that was opened last; -1: not known ahead
     // What the server says behind the error that is being raised.
     std::optional<tsql::ServerError> followUp;
+    std::int64_t offeredRows = 0;    // to indexes that ignore duplicates
+    bool duplicatesIgnored = false;  // by the statement at hand
     bool insertingExecuted = false;  // the results of the call that is running go into a table
     // A transaction in which an error was caught that allows no more than rolling back.
     bool doomed = false;

@@ -322,6 +322,7 @@ void StatementRunner::write(CompiledStatement& prepared, const tsql::Statement& 
         transactions_, oneRow ? Transactions::Writes::OneRow : Transactions::Writes::Several);
     captures_.removeStale();
     ensureCurrent(prepared, statement);
+    state_.offeredRows = 0;
     state_.rankedNumbers.clear();
     refuseReadOnly(*prepared.translation);
     if (prepared.translation->instead != nullptr) {
@@ -411,6 +412,9 @@ void StatementRunner::runAll(CompiledStatement& prepared, const tsql::Statement&
         if (!canGoInSteps(error, statement, tableOf(*prepared.translation))) throw;
         inSteps = true;
         explained();
+    }
+    if (prepared.translation->ignoresDuplicates) {
+        state_.duplicatesIgnored = state_.offeredRows > connection_.database().changes();
     }
 }
 

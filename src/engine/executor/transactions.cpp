@@ -90,6 +90,7 @@ void Transactions::close() {
     }
     scoped_ = false;
     counters_.transactionEnded();
+    ended_();
 }
 
 // After some failures (a full disk) SQLite has ended the transaction itself, and has nothing more
@@ -119,6 +120,7 @@ void Transactions::forget() noexcept {
     if (catalogue_.generation() != startGeneration_) {
         catalogue_.undone();
     }
+    ended_();
 }
 
 bool Transactions::takeLost() {

@@ -1,7 +1,9 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "engine/catalog/counters.hpp"
@@ -42,6 +44,9 @@ public:
     // Whether a failure (a full disk) has ended the transaction that was begun last, which the
     // client does not know until it ends it, too. True once.
     [[nodiscard]] bool takeLost();
+
+    // Called whenever a transaction has ended, one way or the other.
+    void whenEnded(std::function<void()> ended) { ended_ = std::move(ended); }
 
     // SAVE TRANSACTION: a place within the open transaction to go back to. Error 628 without one.
     void save(const std::string& name);
@@ -148,6 +153,7 @@ private:
     bool scoped_ = false;    // a WriteScope or ReadScope has begun the transaction and will end it
     std::vector<std::string> savePoints_;
     std::uint64_t startGeneration_ = 0;
+    std::function<void()> ended_ = [] {};
 };
 
 }  // namespace kap::engine

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <array>
 
+#include "engine/catalog/index_notes.hpp"
 #include "engine/catalog/source_text.hpp"
 #include "engine/plan/statements.hpp"
 #include "engine/plan/table_builder.hpp"
@@ -57,6 +58,27 @@ std::string columnList(const tsql::CreateIndexStatement& statement, const Table&
     return list;
 }
 
+IndexNotes notesFor(const tsql::CreateIndexStatement& statement, const Table& table, int line) {
+    if (statement.ignoresDuplicates && !statement.unique) {
+        throw ServerError(tsql::Message::IgnoringOfNotUnique, {}, line);
+    }
+    IndexNotes notes{statement.ignoresDuplicates, {}};
+    for (const std::string& name : statement.included) {
+        const Column* column = table.find(name);
+        if (column == nullptr) throw ServerError(tsql::Message::IndexColumnNotFound, {name}, line);
+        const bool key = std::ranges::any_of(statement.columns, [&](const tsql::IndexColumn& each) {
+            return sameName(each.name, name);
+        });
+        const bool twice = std::ranges::any_of(
+            notes.included, [&](const std::string& each) { return sameName(each, name); });
+        if (key || twice) {
+            throw ServerError(tsql::Message::DuplicateIndexColumn, {name}, line);
+        }
+        notes.included.push_back(column->name);
+    }
+    return notes;
+}
+
 // A filter whose answer changes by itself would leave rows in the index that no longer belong
 // there.
 void refuseChanging(const sql::Expression& filter, const tsql::CreateIndexStatement& statement,
@@ -82,7 +104,8 @@ Translation translateIndex(const tsql::CreateIndexStatement& statement, int line
     std::string sql = std::string("CREATE ") + (statement.unique ? "UNIQUE " : "") + "INDEX " +
                       (table->temporary ? "temp." : "main.") +
                       sqlName(indexName(*table, statement.name)) + " ON " + sqlName(table->name) +
-                      " (" + columnList(statement, *table, line) + ")";
+                      " (" + columnList(statement, *table, line) + ")" +
+                      commentOf(notesFor(statement, *table, line));
     if (statement.where) {
         Binder binder(names);
         Scope scope;
@@ -106,7 +129,10 @@ Translation translateIndex(const tsql::CreateIndexStatement& statement, int line
     for (const tsql::IndexColumn& column : statement.columns)
         columns.push_back(column.name);
     std::string nulls = nullsIndex(*table, statement.name, columns);
-    if (!nulls.empty()) result.sql.push_back(std::move(nulls));
+    if (!nulls.empty()) {
+        nulls += commentOf({statement.ignoresDuplicates, {}});
+        result.sql.push_back(std::move(nulls));
+    }
     return result;
 }
 

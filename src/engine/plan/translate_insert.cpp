@@ -154,7 +154,8 @@ public:
             return result;
         }
         result.sql.push_back(with + "INSERT INTO " + tableSql(table_.name, table_.temporary) +
-                             columnList() + source);
+                             columnList() + source + ignoring());
+        result.ignoresDuplicates = !table_.ignoring.empty();
         result.capture = captureFor(table_, tsql::kOnInsert, statement_.output, binder_);
         addChecks(result, binder_);
         finish(result, binder_);
@@ -163,6 +164,20 @@ public:
 
 private:
     [[nodiscard]] bool firesInstead() const { return instead_ && instead_->fires; }
+
+    // What leaves out rows that an index of the table has already, when it is made so.
+    [[nodiscard]] std::string ignoring() const {
+        std::string text;
+        for (const std::string& target : table_.ignoring)
+            text += " ON CONFLICT " + target + " DO NOTHING";
+        return text;
+    }
+
+    // Counts a row that is offered to such an index: what is not written then was left out.
+    [[nodiscard]] sql::Expression offered(sql::Expression value, bool first) const {
+        const bool counts = first && !table_.ignoring.empty();
+        return counts ? sql::call(fn::kOffered, std::move(value)) : value;
+    }
 
     void writeInstead(Translation& result, const std::string& with, const std::string& source) {
         if (statement_.output && !statement_.output->into) {
@@ -289,7 +304,7 @@ private:
                 if (row[i].value) explicitRowVersion(line_);
                 continue;
             }
-            values.push_back(valueOf(row[i], column, scope));
+            values.push_back(offered(valueOf(row[i], column, scope), values.empty()));
         }
         addGenerated(values);
         return values;
@@ -327,10 +342,13 @@ private:
         for (std::size_t i = 0; i < columns_.size(); ++i) {
             if (columns_[i]->isRowVersion()) explicitRowVersion(line_);
             const BoundExpression value = rows.columns[i].value.readBy(numberedColumn(i));
-            values.push_back(stored(value, *columns_[i], line_));
+            values.push_back(offered(stored(value, *columns_[i], line_), values.empty()));
         }
         addGenerated(values);
-        return " SELECT " + sqlOf(values) + " FROM (" + rows.sql + ")" + limit(rowCount(rows.sql));
+        // ON would be read as that of a join.
+        const std::string all = table_.ignoring.empty() ? "" : " WHERE true";
+        return " SELECT " + sqlOf(values) + " FROM (" + rows.sql + ")" + all +
+               limit(rowCount(rows.sql));
     }
 
     const InsertStatement& statement_;

@@ -47,7 +47,10 @@ public:
         result.temporary = table_.temporary;
         result.capture = capture();
         const bool kept = result.capture.has_value();
-        sourceColumns_ = kept && statement_.output ? source_.columns.size() : 0;
+        if (kept && statement_.output) {
+            for (const Source& source : sources_)
+                sourceColumns_ += source.columns.size();
+        }
         rows_.makeTables(plan_, widest_, sourceColumns_, kept);
         for (std::size_t i = 0; i < statement_.actions.size(); ++i)
             plan_.find.push_back(findText(i));
@@ -91,13 +94,15 @@ private:
         targetSource_ = Binder::tableSource(table_, name);
         targetSql_ = tableSql(table_.name, table_.temporary) + " AS " + sqlName(name);
         targetRow_ = rowNumberOf(targetSource_);
-        source_ = std::move(source.sources.front());
+        sources_ = std::move(source.sources);
         sourceSql_ = source.sql;
-        if (sameName(source_.name, name)) {
+        for (const Source& each : sources_) {
+            if (!sameName(each.name, name)) continue;
             throw ServerError(tsql::Message::MergeSameCorrelationName, {name}, line_);
         }
         Scope scope;
-        scope.sources = {targetSource_, source_};
+        scope.sources = {targetSource_};
+        scope.sources.insert(scope.sources.end(), sources_.begin(), sources_.end());
         scope.aggregates = AggregateUse::RefusedInOn;
         condition_ = binder_.condition(*statement_.condition, scope);
     }
@@ -107,7 +112,9 @@ private:
         Scope scope;
         scope.aggregates = AggregateUse::RefusedInWhere;
         if (action.when != MergeAction::When::NotMatched) scope.sources.push_back(targetSource_);
-        if (action.when != MergeAction::When::NotMatchedBySource) scope.sources.push_back(source_);
+        if (action.when != MergeAction::When::NotMatchedBySource) {
+            scope.sources.insert(scope.sources.end(), sources_.begin(), sources_.end());
+        }
         return scope;
     }
 
@@ -182,8 +189,10 @@ private:
         }
         std::vector<sql::Expression> columns;
         columns.reserve(sourceColumns_);
-        for (std::size_t i = 0; i < sourceColumns_; ++i)
-            columns.push_back(source ? source_.columns[i].value.tree : sql::null());
+        for (const Source& each : sources_) {
+            for (std::size_t i = 0; i < each.columns.size() && sourceColumns_ > 0; ++i)
+                columns.push_back(source ? each.columns[i].value.tree : sql::null());
+        }
         return with_ +
                rows_.findText(target ? targetRow_ : sql::null(), index, bound.values, columns) +
                " FROM " + from + conditionsOf(index);
@@ -264,7 +273,11 @@ private:
         scope.sources.push_back(std::move(action));
         scope.sources.push_back(rows_.written(RowState::Inserted));
         scope.sources.push_back(rows_.written(RowState::Deleted));
-        scope.sources.push_back(FoundRows::foundSource(source_, 0));
+        std::size_t first = 0;
+        for (const Source& source : sources_) {
+            scope.sources.push_back(FoundRows::foundSource(source, first));
+            first += source.columns.size();
+        }
         (void)engine::addOutput(capture, *statement_.output, table_, scope, rows_.outputFrom(),
                                 binder_);
     }
@@ -276,7 +289,7 @@ private:
     FoundRows rows_;
     std::string with_;
     Source targetSource_;
-    Source source_;
+    std::vector<Source> sources_;
     std::string targetSql_;
     sql::Expression targetRow_;
     std::string sourceSql_;

@@ -132,12 +132,13 @@ struct Translation {
     int captureLevel = 0;  // of the table written, when the statement was made
     // Of a cursor: the tables whose row numbers are the last of `columns`.
     std::vector<std::string> rowTables;
-    bool positioned = false;        // WHERE CURRENT OF: it must find its row
-    std::optional<Value> constant;  // of an Assign of one column: its value, known already
-    bool readsSchema = false;       // the text holds what the schema was when it was made
-    bool ofTheMoment = false;       // the text holds what another statement may have changed
-    bool drawsNumbers = false;      // of sequences: also a query writes their counters then
-    int line = 1;                   // of the statement, within the script
+    bool positioned = false;         // WHERE CURRENT OF: it must find its row
+    std::optional<Value> constant;   // of an Assign of one column: its value, known already
+    bool readsSchema = false;        // the text holds what the schema was when it was made
+    bool ofTheMoment = false;        // the text holds what another statement may have changed
+    bool ignoresDuplicates = false;  // rows that an index has already are left out
+    bool drawsNumbers = false;       // of sequences: also a query writes their counters then
+    int line = 1;                    // of the statement, within the script
 };
 
 }  // namespace kap::engine

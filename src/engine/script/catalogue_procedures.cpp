@@ -73,6 +73,69 @@ constexpr const char* kPrimaryKeys =
     "'PRIMARY KEY' AND k.TABLE_NAME = @name AND (@owner IS NULL OR k.TABLE_SCHEMA = @owner) "
     "ORDER BY 2, 3, KEY_SEQ";
 
+constexpr const char* kDatabases =
+    "SELECT convert(sysname, name) AS DATABASE_NAME, convert(int, NULL) AS DATABASE_SIZE, "
+    "convert(varchar(254), NULL) AS REMARKS FROM sys.databases ORDER BY 1";
+
+// Rules have the numbers of ODBC: 0 cascades, 1 does nothing, 2 sets nulls, 3 sets defaults.
+constexpr const char* kForeignKeys =
+    "SELECT convert(sysname, db_name()) AS PKTABLE_QUALIFIER, convert(sysname, "
+    "object_schema_name(c.referenced_object_id)) AS PKTABLE_OWNER, convert(sysname, "
+    "object_name(c.referenced_object_id)) AS PKTABLE_NAME, convert(sysname, "
+    "col_name(c.referenced_object_id, c.referenced_column_id)) AS PKCOLUMN_NAME, convert(sysname, "
+    "db_name()) AS FKTABLE_QUALIFIER, convert(sysname, object_schema_name(c.parent_object_id)) AS "
+    "FKTABLE_OWNER, convert(sysname, object_name(c.parent_object_id)) AS FKTABLE_NAME, "
+    "convert(sysname, col_name(c.parent_object_id, c.parent_column_id)) AS FKCOLUMN_NAME, "
+    "convert(smallint, c.constraint_column_id) AS KEY_SEQ, convert(smallint, CASE r.UPDATE_RULE "
+    "WHEN 'CASCADE' THEN 0 WHEN 'SET NULL' THEN 2 WHEN 'SET DEFAULT' THEN 3 ELSE 1 END) AS "
+    "UPDATE_RULE, convert(smallint, CASE r.DELETE_RULE WHEN 'CASCADE' THEN 0 WHEN 'SET NULL' THEN "
+    "2 WHEN 'SET DEFAULT' THEN 3 ELSE 1 END) AS DELETE_RULE, convert(sysname, f.name) AS FK_NAME, "
+    "convert(sysname, r.UNIQUE_CONSTRAINT_NAME) AS PK_NAME, convert(smallint, 7) AS DEFERRABILITY "
+    "FROM sys.foreign_key_columns c JOIN sys.foreign_keys f ON f.object_id = "
+    "c.constraint_object_id JOIN INFORMATION_SCHEMA.REFERENTIAL_CONSTRAINTS r ON "
+    "r.CONSTRAINT_NAME = f.name AND r.CONSTRAINT_SCHEMA = schema_name(f.schema_id) WHERE (@pk IS "
+    "NULL OR object_name(c.referenced_object_id) = @pk) AND (@pkowner IS NULL OR "
+    "object_schema_name(c.referenced_object_id) = @pkowner) AND (@fk IS NULL OR "
+    "object_name(c.parent_object_id) = @fk) AND (@fkowner IS NULL OR "
+    "object_schema_name(c.parent_object_id) = @fkowner) ORDER BY 5, 6, 7, KEY_SEQ";
+
+// The first row is of the table, and has no index.
+constexpr const char* kStatistics =
+    "SELECT convert(sysname, db_name()) AS TABLE_QUALIFIER, convert(sysname, "
+    "object_schema_name(i.object_id)) AS TABLE_OWNER, convert(sysname, object_name(i.object_id)) "
+    "AS TABLE_NAME, convert(smallint, 1 - i.is_unique) AS NON_UNIQUE, convert(sysname, "
+    "object_name(i.object_id)) AS INDEX_QUALIFIER, convert(sysname, i.name) AS INDEX_NAME, "
+    "convert(smallint, CASE i.type WHEN 1 THEN 1 ELSE 3 END) AS TYPE, convert(smallint, "
+    "k.key_ordinal) AS SEQ_IN_INDEX, convert(sysname, col_name(k.object_id, k.column_id)) AS "
+    "COLUMN_NAME, convert(char(1), CASE k.is_descending_key WHEN 1 THEN 'D' ELSE 'A' END) AS "
+    "COLLATION, convert(int, NULL) AS CARDINALITY, convert(int, NULL) AS PAGES, "
+    "convert(varchar(128), i.filter_definition) AS FILTER_CONDITION FROM sys.indexes i JOIN "
+    "sys.index_columns k ON k.object_id = i.object_id AND k.index_id = i.index_id AND "
+    "k.is_included_column = 0 WHERE object_name(i.object_id) = @name AND (@owner IS NULL OR "
+    "object_schema_name(i.object_id) = @owner) AND (@index IS NULL OR i.name LIKE @index) AND "
+    "(@unique IS NULL OR @unique <> 'Y' OR i.is_unique = 1) UNION ALL SELECT db_name(), "
+    "schema_name(t.schema_id), t.name, NULL, NULL, NULL, 0, NULL, NULL, NULL, NULL, NULL, NULL "
+    "FROM sys.tables t WHERE t.name = @name AND (@owner IS NULL OR schema_name(t.schema_id) = "
+    "@owner) ORDER BY NON_UNIQUE, TYPE, INDEX_NAME, SEQ_IN_INDEX";
+
+constexpr const char* kStoredProcedures =
+    "SELECT convert(sysname, db_name()) AS PROCEDURE_QUALIFIER, convert(sysname, "
+    "schema_name(o.schema_id)) AS PROCEDURE_OWNER, convert(nvarchar(134), o.name + CASE o.type "
+    "WHEN 'P' THEN ';1' ELSE ';0' END) AS PROCEDURE_NAME, convert(int, -1) AS NUM_INPUT_PARAMS, "
+    "convert(int, -1) AS NUM_OUTPUT_PARAMS, convert(int, -1) AS NUM_RESULT_SETS, "
+    "convert(varchar(254), NULL) AS REMARKS, convert(smallint, 2) AS PROCEDURE_TYPE FROM "
+    "sys.objects o WHERE o.type IN ('P', 'FN', 'IF', 'TF') AND (@name IS NULL OR o.name LIKE "
+    "@name) "
+    "AND (@owner IS NULL OR schema_name(o.schema_id) LIKE @owner) ORDER BY 1, 2, 3";
+
+constexpr const char* kWho =
+    "SELECT session_id AS spid, convert(smallint, 0) AS ecid, convert(nchar(30), status) AS "
+    "status, "
+    "login_name AS loginame, host_name AS hostname, convert(char(5), '0') AS blk, db_name() AS "
+    "dbname, convert(nchar(16), 'SELECT') AS cmd, convert(int, 0) AS request_id FROM "
+    "sys.dm_exec_sessions WHERE @login IS NULL OR @login = 'active' OR login_name = @login OR "
+    "convert(nvarchar(10), session_id) = @login";
+
 const CatalogueProcedure* findProcedure(std::string_view name) {
     static const std::array kProcedures = std::to_array<CatalogueProcedure>({
         {"sp_tables", kTables, {{"@table_name", "@name"}, {"@table_owner", "@owner"}}, false},
@@ -83,6 +146,30 @@ const CatalogueProcedure* findProcedure(std::string_view name) {
           {"@table_qualifier", "@qualifier"},
           {"@column_name", "@column"}},
          true},
+        {"sp_databases", kDatabases, {}, false},
+        {"sp_fkeys",
+         kForeignKeys,
+         {{"@pktable_name", "@pk"},
+          {"@pktable_owner", "@pkowner"},
+          {"@pktable_qualifier", "@pkqualifier"},
+          {"@fktable_name", "@fk"},
+          {"@fktable_owner", "@fkowner"},
+          {"@fktable_qualifier", "@fkqualifier"}},
+         true},
+        {"sp_statistics",
+         kStatistics,
+         {{"@table_name", "@name"},
+          {"@table_owner", "@owner"},
+          {"@table_qualifier", "@qualifier"},
+          {"@index_name", "@index"},
+          {"@is_unique", "@unique"},
+          {"@accuracy", "@accuracy"}},
+         true},
+        {"sp_stored_procedures",
+         kStoredProcedures,
+         {{"@sp_name", "@name"}, {"@sp_owner", "@owner"}, {"@sp_qualifier", "@qualifier"}},
+         false},
+        {"sp_who", kWho, {{"@loginame", "@login"}}, false},
         {"sp_pkeys", kPrimaryKeys, {{"@table_name", "@name"}, {"@table_owner", "@owner"}}, true},
     });
     const auto* const found = std::ranges::find(kProcedures, name, &CatalogueProcedure::name);

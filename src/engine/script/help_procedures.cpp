@@ -14,13 +14,16 @@ constexpr const char* kObjects =
 
 constexpr const char* kIndexQuery =
     "SELECT i.name AS index_name, convert(varchar(210), CASE i.type WHEN 1 THEN 'clustered' ELSE "
-    "'nonclustered' END + CASE WHEN i.is_unique = 1 THEN ', unique' ELSE '' END + CASE WHEN "
+    "'nonclustered' END + CASE WHEN i.ignore_dup_key = 1 THEN ', ignore duplicate keys' ELSE '' "
+    "END "
+    "+ CASE WHEN i.is_unique = 1 THEN ', unique' ELSE '' END + CASE WHEN "
     "i.is_primary_key = 1 THEN ', primary key' ELSE '' END + CASE WHEN i.is_unique_constraint = 1 "
     "THEN ', unique key' ELSE '' END + ' located on PRIMARY') AS index_description, "
     "convert(nvarchar(2078), (SELECT STRING_AGG(c.name + CASE WHEN k.is_descending_key = 1 THEN "
     "'(-)' ELSE '' END, ', ') WITHIN GROUP (ORDER BY k.key_ordinal) FROM sys.index_columns k JOIN "
     "sys.columns c ON c.object_id = k.object_id AND c.column_id = k.column_id WHERE k.object_id = "
-    "i.object_id AND k.index_id = i.index_id)) AS index_keys FROM sys.indexes i WHERE i.object_id "
+    "i.object_id AND k.index_id = i.index_id AND k.is_included_column = 0)) AS index_keys FROM "
+    "sys.indexes i WHERE i.object_id "
     "= object_id(@name) ORDER BY i.name";
 
 constexpr const char* kConstraintQuery =
@@ -51,6 +54,25 @@ constexpr const char* kTriggerQuery =
     "objectproperty(t.object_id, 'ExecIsInsteadOfTrigger') AS isinsteadof, "
     "object_schema_name(t.object_id) AS trigger_schema FROM sys.triggers t WHERE t.parent_id = "
     "object_id(@name) ORDER BY 1";
+
+// What the object names, and who names it.
+constexpr const char* kDependsQuery =
+    "IF EXISTS (SELECT * FROM sys.sql_expression_dependencies WHERE referencing_id = "
+    "object_id(@name)) SELECT convert(nvarchar(257), d.referenced_schema_name + '.' + "
+    "d.referenced_entity_name) AS name, convert(nvarchar(60), lower(replace(replace(o.type_desc, "
+    "'SQL_', "
+    "''), '_', ' '))) AS type FROM sys.sql_expression_dependencies d JOIN sys.objects o ON "
+    "o.object_id = "
+    "d.referenced_id WHERE d.referencing_id = object_id(@name) ORDER BY 1 IF EXISTS (SELECT * FROM "
+    "sys.sql_expression_dependencies WHERE referenced_id = object_id(@name)) SELECT "
+    "convert(nvarchar(257), object_schema_name(d.referencing_id) + '.' + "
+    "object_name(d.referencing_id)) AS name, convert(nvarchar(60), "
+    "lower(replace(replace(o.type_desc, 'SQL_', "
+    "''), '_', ' '))) AS type FROM sys.sql_expression_dependencies d JOIN sys.objects o ON "
+    "o.object_id = "
+    "d.referencing_id WHERE d.referenced_id = object_id(@name) ORDER BY 1 IF NOT EXISTS (SELECT * "
+    "FROM sys.sql_expression_dependencies WHERE object_id(@name) IN (referencing_id, "
+    "referenced_id)) PRINT 'Object does not reference any object, and no objects reference it.'";
 
 std::string helpOfOne() {
     return std::string(
@@ -90,6 +112,7 @@ const std::vector<CatalogueProcedure>& helpProcedures() {
         {"sp_help", help(), {{"@objname", "@name"}}, false, true},
         {"sp_helpindex", kIndexQuery, {{"@objname", "@name"}}, true, true},
         {"sp_helpconstraint", kConstraintQuery, {{"@objname", "@name"}}, true, true},
+        {"sp_depends", kDependsQuery, {{"@objname", "@name"}}, true, true},
         {"sp_helptrigger", kTriggerQuery, {{"@tabname", "@name"}}, true, true},
     };
     return kProcedures;

@@ -139,6 +139,12 @@ void ScriptRunner::report(const tsql::ServerError& message) {
     messages_->push_back(serverMessage(message));
 }
 
+// Rows that an index has already were left out.
+void ScriptRunner::tellIgnored(int line) {
+    if (!std::exchange(state_.duplicatesIgnored, false)) return;
+    report(ServerError(tsql::Message::DuplicateIgnored, {}, line));
+}
+
 void ScriptRunner::rollBackAll() {
     state_.doomed = false;
     if (transactions_.depth() > 0) {

@@ -165,6 +165,7 @@ void ScriptRunner::insertRows(Frame& frame, const tsql::InsertStatement& node,
         if (!isAboutCount(error.number())) throw;
         throw ServerError(tsql::Message::ValuesDoNotMatchTable, {}, node.table.line);
     }
+    tellIgnored(node.table.line);
     frame.scopeIdentity = inner.scopeIdentity;
     // What triggers have answered; the count is told for all rows together.
     for (ado::Result& each : written) {

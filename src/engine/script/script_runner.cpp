@@ -52,6 +52,12 @@ private:
     std::optional<std::int64_t>* identity_;
 };
 
+// Empty for a database in memory.
+std::string fileOf(FileConnection& connection) {
+    const char* name = sqlite3_db_filename(connection.handle(), "main");
+    return name == nullptr || connection.place().name.starts_with(":memory:") ? "" : name;
+}
+
 bool comesBack(const ado::RequestParameter& parameter) {
     return parameter.direction == ado::ParameterDirectionEnum::adParamOutput ||
            parameter.direction == ado::ParameterDirectionEnum::adParamInputOutput;
@@ -67,8 +73,17 @@ ScriptRunner::ScriptRunner(FileConnection& connection, SchemaCatalogue& catalogu
       transactions_(transactions),
       state_(state),
       statements_(connection, catalogue, counters, transactions, state, *this),
+      applicationLocks_(fileOf(connection), connection.place().name),
       kept_(kKeptScripts),
-      journal_(connection.journalFile()) {}
+      journal_(connection.journalFile()) {
+    transactions_.whenEnded([this]() noexcept { applicationLocks_.transactionEnded(); });
+    catalogue_.addView("sys", "dm_exec_sessions", [this] { return sessionRows(); });
+}
+
+// Its transactions may outlast it.
+ScriptRunner::~ScriptRunner() {
+    transactions_.whenEnded([] {});
+}
 
 // --- Requests
 

@@ -14,6 +14,7 @@
 #include "base/lru_cache.hpp"
 #include "data/driver.hpp"
 #include "engine/catalog/schema_catalogue.hpp"
+#include "engine/executor/application_locks.hpp"
 #include "engine/executor/cursors.hpp"
 #include "engine/executor/program.hpp"
 #include "engine/executor/session_state.hpp"
@@ -49,6 +50,8 @@ class ScriptRunner final : public TriggerHost {
 public:
     ScriptRunner(FileConnection& connection, SchemaCatalogue& catalogue, Counters& counters,
                  Transactions& transactions, SessionState& state);
+
+    ~ScriptRunner() override;
 
     // Raises DriverError with every message when one of them is an error.
     void run(ado::Request& request, ado::Reply& reply);
@@ -104,6 +107,8 @@ public:
 
     // The cursor that a name means in what is running, or null.
     [[nodiscard]] const Cursor* findCursor(const std::string& name) const;
+    // The locks that applications take by name.
+    [[nodiscard]] ApplicationLocks& applicationLocks() noexcept { return applicationLocks_; }
     // What CURSOR_STATUS('local', name) tells.
     [[nodiscard]] std::int64_t cursorStatus(std::string_view kind, const std::string& name) const;
     // The number of the row of a table on which a cursor stands, for a statement that writes these
@@ -207,6 +212,7 @@ private:
     void rollBack(const std::string& name);
     void database(const tsql::DatabaseStatement& node, int line);
     void note(const std::string& text);
+    void tellIgnored(int line);
 
     // script_calls.cpp
     void execute(Frame& frame, Instruction& instruction, const tsql::ExecuteStatement& node,
@@ -305,6 +311,30 @@ private:
     void createSynonym(const tsql::CreateSynonymStatement& node, int line);
     void drawRange(Frame& frame, Instruction& instruction, const tsql::ExecuteStatement& node);
 
+    // script_bulk_insert.cpp
+    void bulkInsert(Frame& frame, const tsql::BulkInsertStatement& node, int line,
+                    std::vector<ado::Result>& results);
+    [[nodiscard]] bool bulkValues(const std::vector<const Column*>& columns,
+                                  const std::vector<std::optional<std::string>>& fields,
+                                  const tsql::BulkInsertStatement& node, std::int64_t row,
+                                  std::vector<Value>& values, std::vector<bool>& given, int line);
+
+    // script_application_locks.cpp
+    void takeApplicationLock(Frame& frame, Instruction& instruction,
+                             const tsql::ExecuteStatement& node);
+    void releaseApplicationLock(Frame& frame, Instruction& instruction,
+                                const tsql::ExecuteStatement& node);
+    [[nodiscard]] std::string resourceOf(Frame& frame, const tsql::ExecuteStatement& node,
+                                         const std::string& procedure,
+                                         const std::optional<std::string>& given, int line);
+    [[noreturn]] void wrongLockCall(Frame& frame, const tsql::ExecuteStatement& node,
+                                    const std::string& procedure, int line);
+    void returnNumber(Frame& frame, const tsql::ExecuteStatement& node, int number, int line);
+
+    // session_views.cpp
+    [[nodiscard]] SystemRows sessionRows() const;
+    void showOptions(std::vector<ado::Result>& results);
+
     // script_identities.cpp
     void checkIdentity(Frame& frame, Instruction& instruction,
                        const tsql::CheckIdentityStatement& node);
@@ -342,6 +372,7 @@ private:
     SessionState& state_;
     StatementRunner statements_;
     Cursors cursors_;
+    ApplicationLocks applicationLocks_;
     std::vector<ado::ServerMessage>* messages_ = nullptr;  // of the request that is running
     LruCache<std::shared_ptr<Program>> kept_;
     StatementShapes shapes_;

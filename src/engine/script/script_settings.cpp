@@ -29,6 +29,19 @@ DateOrder dateOrderOf(const std::string& word, int line) {
     throw ServerError(tsql::Message::InvalidDateFormat, {asciiLower(word)}, line);
 }
 
+IsolationLevel levelNamed(const std::string& words, int line) {
+    static constexpr std::pair<std::string_view, IsolationLevel> kLevels[] = {
+        {"READ UNCOMMITTED", IsolationLevel::ReadUncommitted},
+        {"READ COMMITTED", IsolationLevel::ReadCommitted},
+        {"REPEATABLE READ", IsolationLevel::RepeatableRead},
+        {"SERIALIZABLE", IsolationLevel::Serializable},
+        {"SNAPSHOT", IsolationLevel::Snapshot}};
+    for (const auto& [name, level] : kLevels) {
+        if (words == name) return level;
+    }
+    throw tsql::syntaxError(words, line);
+}
+
 bool isOn(const std::string& word, int line) {
     if (word != "ON" && word != "OFF") throw tsql::syntaxError(word, line);
     return word == "ON";
@@ -60,6 +73,8 @@ void ScriptRunner::setOption(Frame& frame, Instruction& instruction,
     } else if (node.number) {
         const Value number = evaluate(frame, instruction, 0, *node.number, {SqlType::BigInt});
         setNumber(option, wholeOr(number, 0), line);
+    } else if (option == "TRANSACTION ISOLATION LEVEL") {
+        state_.isolation = levelNamed(node.value, line);
     } else if (option == "DATEFORMAT") {
         state_.dates.order = dateOrderOf(node.value, line);
         catalogue_.settingsChanged();

@@ -68,6 +68,7 @@ std::size_t ScriptRunner::runStatement(Frame& frame, Instruction& instruction, s
     }
     if (isTranslated(statement)) {
         statements_.run(part(instruction, 0), statement, results);
+        tellIgnored(line);
         state_.error = 0;
         return at + 1;
     }
@@ -104,6 +105,9 @@ std::size_t ScriptRunner::runStatement(Frame& frame, Instruction& instruction, s
     } else if (const auto* called = std::get_if<tsql::ExecuteStatement>(&statement.node)) {
         execute(frame, instruction, *called, results);
         return at + 1;  // @@error and @@rowcount are those of its last statement
+    } else if (const auto* bulk = std::get_if<tsql::BulkInsertStatement>(&statement.node)) {
+        bulkInsert(frame, *bulk, line, results);
+        rowCount = state_.rowCount;
     } else if (const auto* insert = std::get_if<tsql::InsertStatement>(&statement.node)) {
         insertExecuted(frame, instruction, *insert, results);
         rowCount = state_.rowCount;
@@ -144,6 +148,8 @@ std::size_t ScriptRunner::runStatement(Frame& frame, Instruction& instruction, s
         backup(textOf(frame, instruction, 0, *copied->file), copied->replace, line);
     } else if (std::holds_alternative<tsql::CheckStatement>(statement.node)) {
         checkDatabase();
+    } else if (std::holds_alternative<tsql::ShowOptionsStatement>(statement.node)) {
+        showOptions(results);
     } else if (const auto* checked = std::get_if<tsql::CheckIdentityStatement>(&statement.node)) {
         checkIdentity(frame, instruction, *checked);
     } else if (const auto* nothing = std::get_if<tsql::NoEffectStatement>(&statement.node)) {

@@ -18,7 +18,7 @@
 namespace kap::engine {
 namespace {
 
-constexpr std::size_t kFunctions = 12;
+constexpr std::size_t kFunctions = 13;
 
 Value orNull(const std::optional<std::int64_t>& number) {
     return number ? Value(*number) : Value();
@@ -56,6 +56,7 @@ SessionFunctions::SessionFunctions(FileConnection& connection, SchemaCatalogue& 
     provide(kColumnStoredCall, -1, &SessionFunctions::call, true);
     provide("kap_capturing", 1, &SessionFunctions::capturing);
     provide("kap_current_row", -1, &SessionFunctions::currentRow);
+    provide("kap_offered", 1, &SessionFunctions::offered);
     provideSequences();
     registerRowFunctions(connection.handle(), connection.errorSlot(),
                          [this](const std::string& function, const Arguments& arguments) {
@@ -109,6 +110,11 @@ Value SessionFunctions::first(const Arguments& arguments) {
     return arguments[0];
 }
 
+Value SessionFunctions::offered(const Arguments& arguments) {
+    ++state_.offeredRows;
+    return arguments[0];
+}
+
 Value SessionFunctions::call(const Arguments& arguments) {
     return scripts_.call(textAt(arguments, 0), {arguments.begin() + 1, arguments.end()});
 }
@@ -140,6 +146,7 @@ Value SessionFunctions::system(const Arguments& arguments) {
     if (value == SystemValue::CursorStatus) {
         return scripts_.cursorStatus(textAt(arguments, 1), textAt(arguments, 2));
     }
+    if (value >= SystemValue::ApplicationLockMode) return ofLocks(value, arguments);
     if (value >= SystemValue::CursorRows) return ofNames(value, arguments);
     return ofStatement(value, arguments);
 }

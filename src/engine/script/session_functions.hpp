@@ -15,7 +15,8 @@ namespace kap::engine {
 // The SQL functions by which translated statements ask their session: kap_system for what it tells
 // of itself, kap_variable and kap_assign for variables that change from row to row, kap_call for
 // stored functions, kap_capturing for the triggers that catch written rows, kap_current_row for the
-// row of a cursor, kap_next_value and its kin for the numbers of sequences.
+// row of a cursor, kap_next_value and its kin for the numbers of sequences, kap_offered for
+// rows that an index may leave out.
 class SessionFunctions {
 public:
     SessionFunctions(FileConnection& connection, SchemaCatalogue& catalogue, Counters& counters,
@@ -41,6 +42,7 @@ private:
     [[nodiscard]] Value variable(const Arguments& arguments);
     [[nodiscard]] Value assign(const Arguments& arguments);
     [[nodiscard]] Value first(const Arguments& arguments);
+    [[nodiscard]] Value offered(const Arguments& arguments);
     [[nodiscard]] Value call(const Arguments& arguments);
     [[nodiscard]] Value capturing(const Arguments& arguments);
     [[nodiscard]] Value currentRow(const Arguments& arguments);
@@ -64,6 +66,8 @@ private:
     [[nodiscard]] Value triggerLevel(std::optional<std::int64_t> id) const;
     [[nodiscard]] Value schemaNumber(const std::string& name) const;
     [[nodiscard]] Value schemaName(std::int64_t id) const;
+    // session_locks.cpp
+    [[nodiscard]] Value ofLocks(SystemValue value, const Arguments& arguments) const;
     // session_properties.cpp
     [[nodiscard]] Value ofProperties(SystemValue value, const Arguments& arguments) const;
     [[nodiscard]] Value sessionProperty(const std::string& property) const;

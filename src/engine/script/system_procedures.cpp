@@ -72,6 +72,10 @@ bool ScriptRunner::executeSystem(Frame& frame, Instruction& instruction,
         // The file remembers it.
     } else if (name == "sp_sequence_get_range") {
         drawRange(frame, instruction, node);
+    } else if (name == "sp_getapplock") {
+        takeApplicationLock(frame, instruction, node);
+    } else if (name == "sp_releaseapplock") {
+        releaseApplicationLock(frame, instruction, node);
     } else if (name == "sp_settriggerorder") {
         setTriggerOrder(textArguments(frame, instruction, node), line);
     } else if (std::ranges::find(kNoEffect, name) != kNoEffect.end()) {

@@ -1,0 +1,85 @@
+#include "engine/catalog/index_notes.hpp"
+
+#include "tsql/parser.hpp"
+#include "tsql/server_error.hpp"
+
+namespace kap::engine {
+namespace {
+
+constexpr std::string_view kOpens = "/*~";
+constexpr std::string_view kCloses = "*/";
+constexpr std::string_view kIgnores = " ignore_dup_key";
+constexpr std::string_view kIncludes = " include ";
+
+// "[a], [b]"; whatever the names are, they end no comment.
+std::string listed(const std::vector<std::string>& names) {
+    std::string text;
+    for (const std::string& name : names) {
+        text += text.empty() ? "[" : ", [";
+        for (const char letter : name) {
+            if (letter == '*') {
+                text += "%2A";
+            } else if (letter == '%') {
+                text += "%25";
+            } else {
+                text.append(letter == ']' ? 2 : 1, letter);
+            }
+        }
+        text += ']';
+    }
+    return text;
+}
+
+std::string decoded(const std::string& name) {
+    std::string text;
+    for (std::size_t i = 0; i < name.size(); ++i) {
+        const std::string code = name.substr(i, 3);
+        const bool coded = code == "%2A" || code == "%25";
+        text += coded ? (code == "%2A" ? '*' : '%') : name[i];
+        if (coded) i += 2;
+    }
+    return text;
+}
+
+}  // namespace
+
+std::string commentOf(const IndexNotes& notes) {
+    if (!notes.ignoresDuplicates && notes.included.empty()) return {};
+    std::string text = " " + std::string(kOpens);
+    if (notes.ignoresDuplicates) text += kIgnores;
+    if (!notes.included.empty()) text += std::string(kIncludes) + listed(notes.included);
+    return text + " " + std::string(kCloses);
+}
+
+IndexNotes notesOf(std::string_view createIndex) {
+    IndexNotes notes;
+    const std::size_t start = createIndex.find(kOpens);
+    if (start == std::string_view::npos) return notes;
+    const std::size_t end = createIndex.find(kCloses, start);
+    if (end == std::string_view::npos) return notes;
+    const std::string_view text =
+        createIndex.substr(start + kOpens.size(), end - start - kOpens.size());
+    const std::size_t includes = text.find(kIncludes);
+    notes.ignoresDuplicates = text.substr(0, includes).find(kIgnores) != std::string_view::npos;
+    if (includes == std::string_view::npos) return notes;
+    try {
+        for (const std::string& name : tsql::parseNames(text.substr(includes + kIncludes.size())))
+            notes.included.push_back(decoded(name));
+    } catch (const tsql::ServerError&) {
+        notes.included.clear();  // another program's comment
+    }
+    return notes;
+}
+
+std::optional<std::string> conflictTarget(std::string_view createIndex) {
+    if (!notesOf(createIndex).ignoresDuplicates) return std::nullopt;
+    // The columns stand in brackets behind the table's name, which is quoted.
+    bool quoted = false;
+    for (std::size_t i = 0; i < createIndex.size(); ++i) {
+        if (createIndex[i] == '"') quoted = !quoted;
+        if (!quoted && createIndex[i] == '(') return std::string(createIndex.substr(i));
+    }
+    return std::nullopt;
+}
+
+}  // namespace kap::engine

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace kap::engine {
+
+// What SQLite has no word for in an index stands in its text as a comment behind its columns.
+struct IndexNotes {
+    bool ignoresDuplicates = false;     // WITH (IGNORE_DUP_KEY = ON)
+    std::vector<std::string> included;  // columns of INCLUDE
+};
+
+// The comment with a blank before it; empty when there is nothing to note.
+[[nodiscard]] std::string commentOf(const IndexNotes& notes);
+// What the text of an index has noted.
+[[nodiscard]] IndexNotes notesOf(std::string_view createIndex);
+
+// What "ON CONFLICT" takes for an index that ignores duplicates: its columns and its filter, as
+// they stand in its text. Nothing for any other index.
+[[nodiscard]] std::optional<std::string> conflictTarget(std::string_view createIndex);
+
+}  // namespace kap::engine

@@ -1,0 +1,138 @@
+#include <fstream>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "support/database.hpp"
+#include "support/shown.hpp"
+
+namespace kap::test {
+namespace {
+
+// A table of its own and a file beside the database.
+class BulkInsert : public testing::Test {
+protected:
+    BulkInsert() : connection_(open(folder_.database())) {
+        connection_->Execute(
+            u"CREATE TABLE t (id int NOT NULL, nome varchar(10) DEFAULT 'senza', prezzo money)");
+    }
+
+    void write(const std::string& content) const {
+        std::ofstream(file(), std::ios::binary) << content;
+    }
+    [[nodiscard]] std::string file() const { return folder_.file("dati.txt"); }
+    void load(const std::string& options) const {
+        connection_->Execute(String("BULK INSERT t FROM '" + file() + "'" +
+                                    (options.empty() ? "" : " WITH (" + options + ")")));
+    }
+    // "1|a|2.00;2|b|NULL".
+    [[nodiscard]] std::string rows() const {
+        return text(
+            "SELECT isnull(STRING_AGG(convert(varchar(10), id) + '|' + isnull(nome, 'NULL') + '|' "
+            "+ isnull(convert(varchar(20), prezzo), 'NULL'), ';') WITHIN GROUP (ORDER BY id), '') "
+            "FROM t");
+    }
+    [[nodiscard]] std::string text(const std::string& query) const {
+        return shown(valueOf(connection_, String(query)));
+    }
+    [[nodiscard]] std::string failure(const std::string& options) const {
+        try {
+            load(options);
+        } catch (const std::exception& error) {
+            return error.what();
+        }
+        return "none";
+    }
+
+    TemporaryFolder folder_;
+    Ref<ado::Connection> connection_;
+};
+
+TEST_F(BulkInsert, ReadsTabsAndEndsOfLinesOfEitherKind) {
+    write("1\ta\t2.50\r\n2\tb\t\n3\tc\t4");
+    load("");
+    EXPECT_EQ(rows(), "String 1|a|2.50;2|b|NULL;3|c|4.00");
+}
+
+TEST_F(BulkInsert, ReadsOtherTerminatorsAndSomeOfTheRows) {
+    write("id;nome;prezzo|1;a;1|2;b;2|3;c;3|");
+    load("FIELDTERMINATOR = ';', ROWTERMINATOR = '|', FIRSTROW = 2, LASTROW = 3, TABLOCK");
+    EXPECT_EQ(rows(), "String 1|a|1.00;2|b|2.00");
+    connection_->Execute(u"DELETE FROM t");
+    write("1,a,1\n2,b,2\n");
+    load("FIELDTERMINATOR = ',', ROWTERMINATOR = '0x0a', BATCHSIZE = 1");
+    EXPECT_EQ(rows(), "String 1|a|1.00;2|b|2.00");
+}
+
+TEST_F(BulkInsert, GivesEmptyFieldsTheirDefaultsUnlessNullsAreKept) {
+    write("1,,5\n");
+    load("FIELDTERMINATOR = ','");
+    EXPECT_EQ(rows(), "String 1|senza|5.00");
+    connection_->Execute(u"DELETE FROM t");
+    load("FIELDTERMINATOR = ',', KEEPNULLS");
+    EXPECT_EQ(rows(), "String 1|NULL|5.00");
+}
+
+TEST_F(BulkInsert, ReadsQuotedFieldsOfCsv) {
+    write("1,\"a, \"\"b\"\"\",\"7\"\n2,\"\",\n");
+    load("FORMAT = 'CSV'");
+    EXPECT_EQ(rows(), "String 1|a, \"b\"|7.00;2||NULL");
+}
+
+TEST_F(BulkInsert, ReadsTheLettersOfItsCodePage) {
+    write("1\tperch\xE9\t1\n");
+    load("CODEPAGE = '1252'");
+    write("2\tperch\xC3\xA9\t1\n");
+    load("CODEPAGE = '65001'");
+    write(
+        std::string("3\0\t\0\xE9\0\t\0"
+                    "1\0\n\0",
+                    12));
+    load("DATAFILETYPE = 'widechar'");
+    EXPECT_EQ(rows(), "String 1|perch\u00E9|1.00;2|perch\u00E9|1.00;3|\u00E9|1.00");
+}
+
+TEST_F(BulkInsert, TellsWhichFieldsCannotBeReadAndLeavesTheirRowsOut) {
+    write("1\ta\t1\nx\tb\t2\n3\ttoo long a name\t3\n4\td\t4\n");
+    EXPECT_NE(failure("").find("row 2, column 1 (id)"), std::string::npos);
+    EXPECT_EQ(rows(), "String 1|a|1.00;4|d|4.00");
+    connection_->Execute(u"DELETE FROM t");
+    EXPECT_NE(failure("FIRSTROW = 3").find("(truncation) for row 3, column 2 (nome)"),
+              std::string::npos);
+    connection_->Execute(u"DELETE FROM t");
+    EXPECT_NE(failure("MAXERRORS = 1"), "none");
+    EXPECT_EQ(rows(), "String ");
+}
+
+TEST_F(BulkInsert, RefusesFilesThatAreNotThereOrEndTooEarly) {
+    EXPECT_NE(failure("").find("does not exist"), std::string::npos);
+    write("1\ta\t1\n2\tb");
+    EXPECT_NE(failure("").find("unexpected end of file"), std::string::npos);
+    EXPECT_EQ(rows(), "String ");
+    EXPECT_NE(failure("DATAFILETYPE = 'native'").find("DATAFILETYPE"), std::string::npos);
+    EXPECT_NE(failure("FORMATFILE = 'x'").find("FORMATFILE"), std::string::npos);
+}
+
+TEST_F(BulkInsert, KeepsIdentitiesAndFiresTriggersWhenItIsTold) {
+    connection_->Execute(
+        u"DROP TABLE t CREATE TABLE t (id int IDENTITY(1, 1), nome varchar(10), prezzo money) "
+        u"CREATE TABLE log (n int)");
+    connection_->Execute(u"CREATE TRIGGER tr ON t AFTER INSERT AS INSERT INTO log VALUES (1)");
+    write("50\ta\t1\n60\tb\t2\n");
+    load("");
+    EXPECT_EQ(rows(), "String 1|a|1.00;2|b|2.00");
+    EXPECT_EQ(text("SELECT count(*) FROM log"), "Long 0");
+    load("KEEPIDENTITY, FIRE_TRIGGERS");
+    EXPECT_EQ(rows(), "String 1|a|1.00;2|b|2.00;50|a|1.00;60|b|2.00");
+    EXPECT_EQ(text("SELECT count(*) FROM log"), "Long 2");
+}
+
+TEST_F(BulkInsert, ChecksConstraintsAndKeepsAllRowsOrNone) {
+    connection_->Execute(u"ALTER TABLE t ADD CONSTRAINT positivo CHECK (prezzo > 0)");
+    write("1\ta\t1\n2\tb\t-1\n");
+    EXPECT_NE(failure("").find("positivo"), std::string::npos);
+    EXPECT_EQ(rows(), "String ");
+}
+
+}  // namespace
+}  // namespace kap::test
