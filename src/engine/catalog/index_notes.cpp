@@ -6,8 +6,8 @@
 namespace kap::engine {
 namespace {
 
-constexpr std::string_view kOpens = "/*~";
-constexpr std::string_view kCloses = "*/";
+constexpr std::string_view kNoteOpens = "/*~";
+constexpr std::string_view kNoteCloses = "*/";
 constexpr std::string_view kIgnores = " ignore_dup_key";
 constexpr std::string_view kIncludes = " include ";
 
@@ -45,20 +45,20 @@ std::string decoded(const std::string& name) {
 
 std::string commentOf(const IndexNotes& notes) {
     if (!notes.ignoresDuplicates && notes.included.empty()) return {};
-    std::string text = " " + std::string(kOpens);
+    std::string text = " " + std::string(kNoteOpens);
     if (notes.ignoresDuplicates) text += kIgnores;
     if (!notes.included.empty()) text += std::string(kIncludes) + listed(notes.included);
-    return text + " " + std::string(kCloses);
+    return text + " " + std::string(kNoteCloses);
 }
 
 IndexNotes notesOf(std::string_view createIndex) {
     IndexNotes notes;
-    const std::size_t start = createIndex.find(kOpens);
+    const std::size_t start = createIndex.find(kNoteOpens);
     if (start == std::string_view::npos) return notes;
-    const std::size_t end = createIndex.find(kCloses, start);
+    const std::size_t end = createIndex.find(kNoteCloses, start);
     if (end == std::string_view::npos) return notes;
     const std::string_view text =
-        createIndex.substr(start + kOpens.size(), end - start - kOpens.size());
+        createIndex.substr(start + kNoteOpens.size(), end - start - kNoteOpens.size());
     const std::size_t includes = text.find(kIncludes);
     notes.ignoresDuplicates = text.substr(0, includes).find(kIgnores) != std::string_view::npos;
     if (includes == std::string_view::npos) return notes;

@@ -155,6 +155,8 @@ void SchemaCatalogue::added(const Table& table) {
     objects_.reset();
     views_.clear();
     functions_.clear();
+    sequences_.clear();
+    synonyms_.clear();
     counters_.schemaChanged();
     tables_.insert_or_assign(folded(table.name), Entry{table.name, table.temporary, nullptr});
     noteFileVersion(versionInFile());
@@ -170,6 +172,7 @@ void SchemaCatalogue::invalidate() {
     functions_.clear();
     sequences_.clear();
     synonyms_.clear();
+    ignoring_.reset();
     counters_.schemaChanged();
 }
 
@@ -264,16 +267,23 @@ void SchemaCatalogue::addLaterKey(Table& table) const {
     }
 }
 
+// Few indexes ignore duplicates: all of them are looked for at once.
 void SchemaCatalogue::addIgnoring(Table& table) const {
-    PreparedStatement look(database_.handle(),
-                           std::string("SELECT sql FROM ") + (table.temporary ? "temp" : "main") +
-                               ".sqlite_schema WHERE type = 'index' AND tbl_name = ?1 AND sql LIKE "
-                               "'%/*~ ignore%'");
-    look.bind(1, std::string_view(table.name));
-    while (look.step()) {
-        if (auto target = conflictTarget(look.text(0)))
-            table.ignoring.push_back(std::move(*target));
+    if (!ignoring_) {
+        ignoring_.emplace();
+        PreparedStatement look(database_.handle(),
+                               "SELECT tbl_name, sql FROM main.sqlite_schema WHERE type = 'index' "
+                               "AND sql LIKE '%/*~ ignore%' UNION ALL SELECT tbl_name, sql FROM "
+                               "temp.sqlite_schema WHERE type = 'index' AND sql LIKE '%/*~ "
+                               "ignore%'");
+        while (look.step()) {
+            if (auto target = conflictTarget(look.text(1)))
+                ignoring_->emplace(look.text(0), std::move(*target));
+        }
     }
+    const auto own = ignoring_->equal_range(table.name);
+    for (auto each = own.first; each != own.second; ++each)
+        table.ignoring.push_back(each->second);
 }
 
 std::vector<const Table*> SchemaCatalogue::tables() const {

@@ -221,6 +221,8 @@ private:
     mutable std::map<std::string, Function> functions_;  // by the folded name
     mutable std::map<std::string, Sequence> sequences_;
     mutable std::map<std::string, tsql::ObjectName> synonyms_;
+    // What ON CONFLICT takes for indexes that ignore duplicates, by their tables' names.
+    mutable std::optional<std::multimap<std::string, std::string, std::less<>>> ignoring_;
     // By the name and the text, so that they outlive a change of something else.
     mutable LruCache<std::shared_ptr<const Module>> modules_;
     std::map<std::string, std::shared_ptr<const Module>> temporary_;  // by the folded name

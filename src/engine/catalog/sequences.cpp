@@ -24,26 +24,26 @@ struct SequenceRange {
 };
 
 template <typename Number>
-constexpr SequenceRange rangeOf() {
+constexpr SequenceRange numbersOf() {
     return {std::numeric_limits<Number>::min(), std::numeric_limits<Number>::max()};
 }
 
 // The numbers of a type, as far as 64 bits hold them; nothing for a type that counts nothing.
-std::optional<SequenceRange> rangeOf(const TypeSpec& type) {
+std::optional<SequenceRange> numbersOf(const TypeSpec& type) {
     switch (type.type) {
         case SqlType::TinyInt:
-            return rangeOf<std::uint8_t>();
+            return numbersOf<std::uint8_t>();
         case SqlType::SmallInt:
-            return rangeOf<std::int16_t>();
+            return numbersOf<std::int16_t>();
         case SqlType::Int:
-            return rangeOf<std::int32_t>();
+            return numbersOf<std::int32_t>();
         case SqlType::BigInt:
-            return rangeOf<std::int64_t>();
+            return numbersOf<std::int64_t>();
         case SqlType::Decimal:
         case SqlType::Numeric: {
             if (type.scale != 0) return std::nullopt;
             constexpr int kDigits = std::numeric_limits<std::int64_t>::digits10;
-            if (type.precision > kDigits) return rangeOf<std::int64_t>();
+            if (type.precision > kDigits) return numbersOf<std::int64_t>();
             std::int64_t most = 1;
             for (int i = 0; i < type.precision; ++i)
                 most *= 10;
@@ -58,7 +58,7 @@ std::uint64_t distance(std::int64_t from, std::int64_t to) {
     return static_cast<std::uint64_t>(to) - static_cast<std::uint64_t>(from);
 }
 
-std::uint64_t magnitude(std::int64_t number) {
+std::uint64_t stepSize(std::int64_t number) {
     const auto bits = static_cast<std::uint64_t>(number);
     return number < 0 ? 0 - bits : bits;
 }
@@ -66,7 +66,7 @@ std::uint64_t magnitude(std::int64_t number) {
 // What no order of the options can make right.
 void check(const Sequence& sequence, int line) {
     const std::string_view name = bareName(sequence.name);
-    const auto range = rangeOf(sequence.type);
+    const auto range = numbersOf(sequence.type);
     if (!range) throw ServerError(Message::WrongSequenceType, {name}, line);
     const std::array<std::pair<const char*, std::int64_t>, 4> values{
         {{"START WITH", sequence.start},
@@ -83,7 +83,7 @@ void check(const Sequence& sequence, int line) {
     if (sequence.minimum >= sequence.maximum) {
         throw ServerError(Message::MinimumNotLess, {name}, line);
     }
-    if (magnitude(sequence.increment) > distance(sequence.minimum, sequence.maximum)) {
+    if (stepSize(sequence.increment) > distance(sequence.minimum, sequence.maximum)) {
         throw ServerError(Message::IncrementTooLarge, {name}, line);
     }
     if (!sequence.holds(sequence.start)) throw ServerError(Message::StartOutOfRange, {name}, line);
@@ -94,7 +94,7 @@ void check(const Sequence& sequence, int line) {
 
 // What a statement says of the limits, the step and the cache.
 void take(Sequence& sequence, const tsql::SequenceStatement& statement) {
-    const auto range = rangeOf(sequence.type);
+    const auto range = numbersOf(sequence.type);
     if (statement.increment) sequence.increment = *statement.increment;
     if (range && statement.minimum.none) sequence.minimum = range->least;
     if (range && statement.maximum.none) sequence.maximum = range->most;
@@ -112,7 +112,7 @@ Sequence sequenceOf(const tsql::SequenceStatement& statement, const std::string&
     Sequence result;
     result.name = stored;
     if (statement.type) result.type = *statement.type;
-    if (const auto range = rangeOf(result.type)) {
+    if (const auto range = numbersOf(result.type)) {
         result.minimum = range->least;
         result.maximum = range->most;
     }

@@ -29,7 +29,7 @@ struct BulkRow {
     CompiledStatement prepared;
 };
 
-std::string counted(std::int64_t number) {
+std::string placeText(std::int64_t number) {
     return plain::text(number);
 }
 
@@ -60,7 +60,7 @@ void ScriptRunner::bulkInsert(Frame& frame, const tsql::BulkInsertStatement& nod
         std::vector<bool> given;
         if (!bulkValues(columns, *fields, node, row, values, given, line)) {
             if (++errors <= node.maxErrors) continue;
-            throw ServerError(tsql::Message::TooManyBulkErrors, {counted(node.maxErrors)}, line);
+            throw ServerError(tsql::Message::TooManyBulkErrors, {placeText(node.maxErrors)}, line);
         }
         BulkRow& kind = kinds[given];
         if (kind.program == nullptr) {
@@ -75,7 +75,7 @@ void ScriptRunner::bulkInsert(Frame& frame, const tsql::BulkInsertStatement& nod
                 tsql::ValueOrDefault& value = insert.rows.back().emplace_back();
                 if (!given[place++]) continue;
                 tsql::DeclaredVariable& variable = variables.emplace_back();
-                variable.name = "?" + counted(static_cast<std::int64_t>(variables.size()));
+                variable.name = "?" + placeText(static_cast<std::int64_t>(variables.size()));
                 variable.type = column.type;
                 value.value = std::make_unique<tsql::Expression>(
                     tsql::Expression{tsql::VariableReference{variable.name}, line, 1});
@@ -131,7 +131,7 @@ bool ScriptRunner::bulkValues(const std::vector<const Column*>& columns,
             report(ServerError(
                 error.number() == kTruncated ? tsql::Message::BulkTruncation
                                              : tsql::Message::BulkConversion,
-                {counted(row), counted(static_cast<std::int64_t>(i) + 1), column.name}, line));
+                {placeText(row), placeText(static_cast<std::int64_t>(i) + 1), column.name}, line));
             return false;
         }
     }
