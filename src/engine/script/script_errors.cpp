@@ -142,7 +142,7 @@ void ScriptRunner::report(const tsql::ServerError& message) {
 // Rows that an index has already were left out.
 void ScriptRunner::tellIgnored(int line) {
     if (!std::exchange(state_.duplicatesIgnored, false)) return;
-    report(ServerError(tsql::Message::DuplicateIgnored, {}, line));
+    report(tsql::ServerError(tsql::Message::DuplicateIgnored, {}, line));
 }
 
 void ScriptRunner::rollBackAll() {
