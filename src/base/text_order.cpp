@@ -263,6 +263,35 @@ std::weak_ordering compareAll(std::string_view leftText, std::string_view rightT
     return compareUnicode<kByWords>(left.substr(common), right.substr(common));
 }
 
+// 1 for a small letter, 2 for a capital, 0 at the end. What is no letter counts as small.
+std::uint32_t nextCase(std::string_view& rest) noexcept {
+    while (!rest.empty()) {
+        utf8proc_int32_t point = -1;
+        const auto* bytes = reinterpret_cast<const utf8proc_uint8_t*>(rest.data());
+        const utf8proc_ssize_t length =
+            utf8proc_iterate(bytes, static_cast<utf8proc_ssize_t>(rest.size()), &point);
+        rest.remove_prefix(length <= 0 ? 1 : static_cast<std::size_t>(length));
+        if (length > 0 && isMark(utf8proc_category(point))) {
+            continue;
+        }
+        return length > 0 && utf8proc_tolower(point) != point ? 2 : 1;
+    }
+    return 0;
+}
+
+std::weak_ordering compareCases(std::string_view left, std::string_view right) noexcept {
+    while (true) {
+        const std::uint32_t a = nextCase(left);
+        const std::uint32_t b = nextCase(right);
+        if (a != b) {
+            return a <=> b;
+        }
+        if (a == 0) {
+            return std::weak_ordering::equivalent;
+        }
+    }
+}
+
 }  // namespace
 
 std::string_view withoutTrailingBlanks(std::string_view text) {
@@ -275,6 +304,34 @@ std::weak_ordering compareTexts(std::string_view left, std::string_view right) n
 
 std::weak_ordering compareTextsBySigns(std::string_view left, std::string_view right) noexcept {
     return compareAll<false>(left, right);
+}
+
+std::weak_ordering compareTextsAs(std::string_view leftText, std::string_view rightText,
+                                  TextMatching matching) noexcept {
+    const std::string_view left = withoutTrailingBlanks(leftText);
+    const std::string_view right = withoutTrailingBlanks(rightText);
+    if (matching.binary) {
+        return left <=> right;
+    }
+    std::weak_ordering order = std::weak_ordering::equivalent;
+    if (matching.accents) {
+        order = compareTexts(left, right);
+    } else {
+        order = compareBy<true>(left, right, nextBase<true>);
+        if (std::is_eq(order)) {
+            order = compareWithinWords(left, right);
+        }
+    }
+    return std::is_eq(order) && matching.cases ? compareCases(left, right) : order;
+}
+
+char16_t withoutMarks(char16_t unit) noexcept {
+    std::array<utf8proc_int32_t, 8> parts{};
+    int boundary = 0;
+    const utf8proc_ssize_t made = utf8proc_decompose_char(
+        unit, parts.data(), static_cast<int>(parts.size()), UTF8PROC_DECOMPOSE, &boundary);
+    const bool one = made > 0 && parts[0] > 0 && parts[0] < 0x10000;
+    return one ? static_cast<char16_t>(parts[0]) : unit;
 }
 
 }  // namespace kap

@@ -26,4 +26,19 @@ inline constexpr int kTextOrder = 1;
 [[nodiscard]] std::weak_ordering compareTextsBySigns(std::string_view left,
                                                      std::string_view right) noexcept;
 
+// What tells texts apart where it is not the order above.
+struct TextMatching {
+    bool cases = false;
+    bool accents = true;
+    bool binary = false;  // the code points alone
+};
+
+// The order above without accents, or with case: a small letter stands before its capital where
+// nothing else tells two texts apart. Trailing blanks count in none of them.
+[[nodiscard]] std::weak_ordering compareTextsAs(std::string_view left, std::string_view right,
+                                                TextMatching matching) noexcept;
+
+// A letter without its accent; any other unit as it is.
+[[nodiscard]] char16_t withoutMarks(char16_t unit) noexcept;
+
 }  // namespace kap

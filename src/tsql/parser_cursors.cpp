@@ -39,7 +39,9 @@ void Parser::cursorDefinition(DeclareCursorStatement& cursor) {
     cursorOptions(cursor);
     const int line = peek().line;
     const std::size_t draws = draws_;
-    cursor.query = std::make_shared<Statement>(Statement{SelectStatement{query()}, line});
+    QueryPtr rows = query();
+    refuseRowsAsText(*rows, "DECLARE CURSOR");
+    cursor.query = std::make_shared<Statement>(Statement{SelectStatement{std::move(rows)}, line});
     refuseDraws(draws, Message::DrawNotHere);
     cursorPurpose(cursor);
 }

@@ -90,6 +90,7 @@ InsertStatement Parser::insertStatement() {
         insertRows(result);
     } else if (atKeyword("SELECT") || atKeyword("WITH") || atQuery()) {
         result.query = query();
+        refuseRowsAsText(*result.query, "INSERT");
     } else if (acceptKeyword("EXEC") || acceptKeyword("EXECUTE")) {
         result.execute = std::make_unique<ExecuteStatement>(executeStatement());
     } else {

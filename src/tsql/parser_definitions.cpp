@@ -17,6 +17,7 @@ Statement::Node Parser::createStatement() {
     if (atModule()) return module(Making::Create);
     if (acceptKeyword("DATABASE")) return databaseStatement(DatabaseAction::Create);
     if (acceptKeyword("TYPE")) return createType();
+    if (atKeyword("DEFAULT") || atKeyword("RULE")) return createRule();
     const bool index = atKeyword("UNIQUE") || atKeyword("CLUSTERED") || atKeyword("NONCLUSTERED") ||
                        atKeyword("INDEX");
     if (index) return createIndex();
@@ -49,7 +50,8 @@ Statement::Node Parser::dropStatement() {
         {"PROCEDURE", ObjectKind::Procedure}, {"PROC", ObjectKind::Procedure},
         {"FUNCTION", ObjectKind::Function},   {"TRIGGER", ObjectKind::Trigger},
         {"INDEX", ObjectKind::Index},         {"TYPE", ObjectKind::Type},
-        {"SCHEMA", ObjectKind::Schema},       {"SEQUENCE", ObjectKind::Sequence},
+        {"SCHEMA", ObjectKind::Schema},       {"DEFAULT", ObjectKind::Default},
+        {"RULE", ObjectKind::Rule},           {"SEQUENCE", ObjectKind::Sequence},
         {"SYNONYM", ObjectKind::Synonym}};
     if (acceptKeyword("DATABASE")) {
         if (acceptKeyword("IF")) expectKeyword("EXISTS");

@@ -132,8 +132,10 @@ ExpressionPtr Parser::signedValue(Place place) {
     }
     ExpressionPtr result = primary(place);
     while (!result->isPredicate()) {
-        if (atKeyword("COLLATE")) {
-            collation();
+        if (atOperator(".") && std::holds_alternative<ScalarSubquery>(result->node)) {
+            result = xmlMethod(std::move(result));
+        } else if (atKeyword("COLLATE")) {
+            result = collated(std::move(result));
         } else if (atKeyword("AT") && atKeyword("TIME", 1) && atKeyword("ZONE", 2)) {
             const int line = next().line;
             next();
@@ -275,6 +277,7 @@ ExpressionPtr Parser::call(ObjectName name) {
         result.within = orderItems();
         expectOperator(")");
     }
+    if (isXmlMethod(result)) return xmlMethodOfColumn(std::move(result), line);
     if (acceptKeyword("OVER")) result.over = window();
     const int below = deepest(result.arguments);
     return make(std::move(result), line, below);
@@ -288,6 +291,16 @@ std::vector<ExpressionPtr> Parser::functionArguments() {
         values.push_back(acceptKeyword("DEFAULT") ? make(DefaultArgument{}, line) : value());
     } while (acceptOperator(","));
     return values;
+}
+
+// text COLLATE name, as a function of both; a name of the database's own order changes nothing.
+ExpressionPtr Parser::collated(ExpressionPtr text) {
+    const int line = next().line;
+    if (!atName()) unexpected();
+    const std::string name = next().text;
+    if (equalsIgnoringCase(name, "database_default")) return text;
+    return invoked("collate", line, std::move(text),
+                   make(Literal{LiteralKind::NationalText, name}, line));
 }
 
 // Texts compare as the database's collation says: letter case ignored, accents not. Another one

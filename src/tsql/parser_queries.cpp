@@ -77,6 +77,7 @@ QueryPtr Parser::query() {
 std::vector<CommonTable> Parser::commonTables() {
     std::vector<CommonTable> result;
     if (!acceptKeyword("WITH")) return result;
+    if (atKeyword("XMLNAMESPACES") && atOperator("(", 1)) refuse("WITH XMLNAMESPACES");
     do {
         CommonTable& table = result.emplace_back();
         table.name = name();
@@ -113,7 +114,10 @@ void Parser::queryEnding(Query& query) {
     rowLimits(query);
     refuseKeyword("COMPUTE", "COMPUTE");
     // DECLARE c CURSOR FOR query FOR UPDATE is the cursor's own.
-    if (atKeyword("FOR") && !atKeyword("UPDATE", 1) && !atKeyword("READ", 1)) {
+    if (atRowsAsText()) {
+        query.asText = rowsAsText();
+        checkRowsAsText(query);
+    } else if (atKeyword("FOR") && !atKeyword("UPDATE", 1) && !atKeyword("READ", 1)) {
         refuse("FOR " + peek(1).text);
     }
     query.maxRecursion = queryHints();

@@ -149,7 +149,12 @@ TableSourcePtr Parser::functionSource(ObjectName name, int line) {
     if (!atOperator(")")) function.arguments = functionArguments();
     refuseDraws(draws, Message::DrawAsTableArgument);
     expectOperator(")");
-    if (atKeyword("WITH") && atOperator("(", 1)) refuse(function.name.text() + " WITH");
+    if (atKeyword("WITH") && atOperator("(", 1)) {
+        if (!equalsIgnoringCase(function.name.text(), "openjson")) {
+            refuse(function.name.text() + " WITH");
+        }
+        function.jsonColumns = jsonColumns();
+    }
     function.alias = optionalTableAlias();
     if (!function.alias.empty()) function.columnAliases = optionalColumnAliases();
     const int below = deepest(function.arguments);

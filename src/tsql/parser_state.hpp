@@ -25,7 +25,8 @@ namespace kap::tsql {
 //     parser_escapes.cpp       what stands in braces; parser_escaped_calls.cpp {fn name(...)}
 //     parser_queries.cpp       SELECT; parser_sources.cpp FROM, parser_pivots.cpp PIVOT,
 //                              parser_groups.cpp GROUP BY, parser_group_all.cpp its ALL,
-//                              parser_windows.cpp OVER, parser_hints.cpp the hints
+//                              parser_windows.cpp OVER, parser_hints.cpp the hints,
+//                              parser_rows_as_text.cpp FOR XML and FOR JSON
 //     parser_expressions.cpp   expressions; parser_predicates.cpp conditions
 //     parser_data.cpp          INSERT, UPDATE, DELETE; parser_merge.cpp MERGE,
 //                              parser_bulk.cpp BULK INSERT
@@ -144,6 +145,7 @@ private:
     ExpressionPtr wordExpression();
     ExpressionPtr nameOrCall();
     ExpressionPtr call(ObjectName name);
+    ExpressionPtr collated(ExpressionPtr text);
     void collation();
     ExpressionPtr caseExpression();
     ExpressionPtr typeAsValue(int line);
@@ -198,6 +200,21 @@ private:
     std::vector<CommonTable> commonTables();
     void queryEnding(Query& query);
     void rowLimits(Query& query);
+
+    // Rows as XML and JSON.
+    [[nodiscard]] bool atRowsAsText() const;
+    RowsAsText rowsAsText();
+    void rowsAsTextOption(RowsAsText& rows);
+    std::optional<std::string> optionalBracketedText();
+    static void refuseRowsAsText(const Query& query, const char* statement);
+    static void checkRowsAsText(const Query& query);
+    ExpressionPtr xmlMethod(ExpressionPtr xml);
+    ExpressionPtr xmlMethodOfColumn(FunctionCall call, int line);
+    [[nodiscard]] static bool isXmlMethod(const FunctionCall& call);
+    TypeSpec typeInText();
+    TypeSpec typeOfText(const std::string& text, int line);
+    std::vector<JsonColumn> jsonColumns();
+
     Select select();
     TopClause topClause();
     SelectItem selectItem();
@@ -314,6 +331,8 @@ private:
     Statement::Node dropIndex(bool ifExists);
     Statement::Node createIndex();
     Statement::Node createType();
+    Statement::Node createRule();
+    std::string ruleVariable() const;
     Statement::Node createSequence();
     Statement::Node alterSequence();
     void sequenceOptions(SequenceStatement& sequence);

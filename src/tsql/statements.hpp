@@ -294,6 +294,8 @@ enum class ObjectKind {
     Schema,
     Sequence,
     Synonym,
+    Default,
+    Rule,
 };
 
 struct DropStatement {
@@ -350,6 +352,14 @@ struct SequenceStatement {
 struct CreateSynonymStatement {
     ObjectName name;
     ObjectName target;
+};
+
+// CREATE DEFAULT name AS value, CREATE RULE name AS condition of one variable: what sp_bindefault
+// and sp_bindrule give to columns and types.
+struct CreateRuleStatement {
+    ObjectName name;
+    bool isDefault = false;
+    std::string text;  // of the value or the condition, as written
 };
 
 // --- Variables and control of flow
@@ -542,14 +552,14 @@ struct Statement {
         SelectStatement, InsertStatement, UpdateStatement, DeleteStatement, MergeStatement,
         TruncateStatement, CreateTableStatement, AlterTableStatement, CreateIndexStatement,
         CreateViewStatement, CreateModuleStatement, DropStatement, CreateSchemaStatement,
-        AlterSchemaStatement, CreateTypeStatement, SequenceStatement, CreateSynonymStatement,
-        DeclareStatement, AssignStatement, SetOptionStatement, IfStatement, WhileStatement,
-        BlockStatement, TryStatement, BreakStatement, ContinueStatement, GotoStatement,
-        LabelStatement, ReturnStatement, PrintStatement, RaiserrorStatement, ThrowStatement,
-        WaitStatement, TransactionStatement, ExecuteStatement, DeclareCursorStatement,
-        AssignCursorStatement, CursorStatement, FetchStatement, DatabaseStatement, BackupStatement,
-        CheckStatement, BulkInsertStatement, ShowOptionsStatement, CheckIdentityStatement,
-        NoEffectStatement>;
+        AlterSchemaStatement, CreateTypeStatement, CreateRuleStatement, SequenceStatement,
+        CreateSynonymStatement, DeclareStatement, AssignStatement, SetOptionStatement, IfStatement,
+        WhileStatement, BlockStatement, TryStatement, BreakStatement, ContinueStatement,
+        GotoStatement, LabelStatement, ReturnStatement, PrintStatement, RaiserrorStatement,
+        ThrowStatement, WaitStatement, TransactionStatement, ExecuteStatement,
+        DeclareCursorStatement, AssignCursorStatement, CursorStatement, FetchStatement,
+        DatabaseStatement, BackupStatement, CheckStatement, BulkInsertStatement,
+        ShowOptionsStatement, CheckIdentityStatement, NoEffectStatement>;
     Node node;
     int line = 1;
 };

@@ -227,12 +227,22 @@ struct Join {
     ExpressionPtr condition;  // null for CROSS and APPLY
 };
 
+// One column of OPENJSON(...) WITH (name type 'path' AS JSON).
+struct JsonColumn {
+    std::string name;
+    TypeSpec type;
+    std::optional<std::string> path;  // absent: the member of the column's name
+    bool asJson = false;
+    int line = 1;
+};
+
 // f(a, b): the rows of a function that returns a table.
 struct FunctionTable {
     ObjectName name;
     std::vector<ExpressionPtr> arguments;
     std::string alias;  // empty when not given
     std::vector<std::string> columnAliases;
+    std::vector<JsonColumn> jsonColumns = {};  // of OPENJSON; empty when not given
 };
 
 // rows PIVOT (aggregate(value) FOR column IN ([a], [b])): a column for each name, with the
@@ -323,6 +333,25 @@ struct CommonTable {
 // How often a common table may read itself when the statement does not say so.
 inline constexpr int kMaxRecursion = 100;
 
+// FOR XML and FOR JSON: what the rows of a query become as one text.
+struct RowsAsText {
+    enum class Language { Xml, Json };
+    enum class Mode { Raw, Auto, Path };
+    Language language = Language::Xml;
+    Mode mode = Mode::Auto;
+    std::optional<std::string> rowName;  // of RAW('name') and PATH('name')
+    std::optional<std::string> root;
+    bool elements = false;      // ELEMENTS: no attributes
+    bool marksNulls = false;    // ELEMENTS XSINIL, INCLUDE_NULL_VALUES
+    bool binary = false;        // BINARY BASE64
+    bool typed = false;         // TYPE: the text is XML to what is around it
+    bool withoutArray = false;  // WITHOUT_ARRAY_WRAPPER
+    int line = 1;
+};
+
+// What `xml.value('path', 'type')` is called as a function of XML and path.
+inline constexpr const char* kXmlValue = "xml value";
+
 // Terms joined from left to right, then ordered. INTERSECT, which binds tighter, has been put into
 // a term of its own by the parser.
 struct Query {
@@ -332,6 +361,7 @@ struct Query {
     ExpressionPtr offset;              // of OFFSET n ROWS; null when not given
     ExpressionPtr fetch;               // of FETCH NEXT n ROWS ONLY; null when not given
     int maxRecursion = kMaxRecursion;  // of OPTION (MAXRECURSION n); 0 is no limit
+    std::optional<RowsAsText> asText;  // of FOR XML and FOR JSON
     int line = 1;
     int depth = 1;
 };

@@ -154,11 +154,11 @@ INSTANTIATE_TEST_SUITE_P(
             "SELECT CAST(a AS xml)", 40517,
             "Keyword or statement option 'xml' is not supported in this version of the "
             "database."},
+        ExpressionRefusal{"SELECT a COLLATE 'x'", 102, "Incorrect syntax near 'x'."},
         ExpressionRefusal{
-            "SELECT a COLLATE Latin1_General_BIN", 40517,
-            "Keyword or statement option 'COLLATE Latin1_General_BIN' is not supported in this "
-            "version of the "
-            "database."},
+            "SELECT (SELECT 1 FOR XML PATH, TYPE).exist('x')", 40517,
+            "Keyword or statement option 'the xml method exist' is not supported in this version "
+            "of the database."},
         ExpressionRefusal{
             "SELECT a.b.c.d.e", 117,
             "The object name 'a.b.c.d.e' contains more than the maximum number of prefixes. "

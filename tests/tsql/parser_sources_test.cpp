@@ -31,6 +31,23 @@ TEST(ParserSources, ReadsFunctionsThatReturnTables) {
               "(function f (create @t (a int)) (block (return)))");
 }
 
+TEST(ParserSources, ReadsRowsAsXmlAndJson) {
+    EXPECT_EQ(parsed("SELECT a FROM t ORDER BY a FOR XML PATH('r'), ROOT, ELEMENTS XSINIL, TYPE"),
+              "(xml path (order (select a (from t)) a) row:r root:root elements nulls type)");
+    EXPECT_EQ(parsed("SELECT a FROM t FOR JSON AUTO, WITHOUT_ARRAY_WRAPPER"),
+              "(json auto (select a (from t)) single)");
+    EXPECT_EQ(
+        parsed("SELECT * FROM OPENJSON(@j, '$.a') WITH (b int '$.c', d nvarchar(max) AS JSON)"),
+        "(select * (from (rowsof OPENJSON (with @j '$.a') (json b:int:$.c "
+        "d:nvarchar(max):json))))");
+}
+
+TEST(ParserSources, ReadsDefaultsAndRules) {
+    EXPECT_EQ(parsed("CREATE DEFAULT dbo.zero AS 0"), "(default dbo.zero 0)");
+    EXPECT_EQ(parsed("CREATE RULE r AS @a > 0 AND @A < 9"), "(rule r @a > 0 AND @A < 9)");
+    EXPECT_EQ(parsed("DROP RULE r, s"), "(drop rule r s)");
+}
+
 TEST(ParserSources, ReadsSchemas) {
     EXPECT_EQ(parsed("CREATE SCHEMA s AUTHORIZATION dbo CREATE TABLE t (a int) CREATE VIEW v AS "
                      "SELECT 1 AS a"),

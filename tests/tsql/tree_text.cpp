@@ -76,8 +76,15 @@ std::string sourceText(const TableSource& source) {
                     {sourceText(*join.left), sourceText(*join.right), optional(join.condition)});
             },
             [](const FunctionTable& function) {
-                return node("rowsof", {function.name.text(), list("with", function.arguments),
-                                       function.alias, names("columns", function.columnAliases)});
+                std::vector<std::string> paths;
+                for (const JsonColumn& column : function.jsonColumns) {
+                    paths.push_back(column.name + ":" + typeText(column.type) +
+                                    (column.asJson ? ":json" : "") +
+                                    (column.path ? ":" + *column.path : ""));
+                }
+                return node("rowsof",
+                            {function.name.text(), list("with", function.arguments), function.alias,
+                             names("columns", function.columnAliases), names("json", paths)});
             },
             [](const PivotTable& pivot) {
                 return node("pivot", {treeText(*pivot.rows), pivot.column.text(),
@@ -213,8 +220,9 @@ std::string statementText(const CreateTableStatement& create) {
 }
 
 std::string statementText(const DropStatement& drop) {
-    static const char* const kKinds[] = {"",      "view", "procedure", "function", "trigger",
-                                         "index", "type", "schema",    "sequence", "synonym"};
+    static const char* const kKinds[] = {"",         "view",    "procedure", "function",
+                                         "trigger",  "index",   "type",      "schema",
+                                         "sequence", "synonym", "default",   "rule"};
     std::vector<std::string> parts{kKinds[static_cast<int>(drop.kind)],
                                    drop.ifExists ? "ifexists" : ""};
     for (const auto& name : drop.names)
@@ -406,6 +414,10 @@ std::string statementText(const CreateTypeStatement& type) {
     return node("type", {type.name.text(), typeText(type.type)});
 }
 
+std::string statementText(const CreateRuleStatement& rule) {
+    return node(rule.isDefault ? "default" : "rule", {rule.name.text(), rule.text});
+}
+
 std::string statementText(const DeclareCursorStatement& cursor) {
     return node("cursor", {cursor.name, cursor.scroll ? "scroll" : "", treeText(*cursor.query)});
 }
@@ -547,6 +559,24 @@ std::string treeText(const Expression& expression) {
         expression.node);
 }
 
+// FOR XML and FOR JSON with what was said of them.
+std::string rowsAsTextNode(const RowsAsText& rows, const std::string& query) {
+    static const char* const kModes[] = {"raw", "auto", "path"};
+    const bool json = rows.language == RowsAsText::Language::Json;
+    std::vector<std::string> parts{kModes[static_cast<int>(rows.mode)], query};
+    const std::pair<bool, const char*> flags[] = {{rows.elements, "elements"},
+                                                  {rows.marksNulls, "nulls"},
+                                                  {rows.binary, "binary"},
+                                                  {rows.typed, "type"},
+                                                  {rows.withoutArray, "single"}};
+    if (rows.rowName) parts.push_back("row:" + *rows.rowName);
+    if (rows.root) parts.push_back("root:" + *rows.root);
+    for (const auto& [set, name] : flags) {
+        if (set) parts.emplace_back(name);
+    }
+    return node(json ? "json" : "xml", parts);
+}
+
 std::string treeText(const Query& query) {
     std::string result;
     for (const QueryTerm& term : query.terms) {
@@ -565,13 +595,15 @@ std::string treeText(const Query& query) {
     }
     if (query.offset) result = node("offset", {result, treeText(*query.offset)});
     if (query.fetch) result = node("fetchrows", {result, treeText(*query.fetch)});
-    if (query.orderBy.empty()) return result;
-    std::vector<std::string> order{result};
-    for (const OrderItem& item : query.orderBy) {
-        const std::string text = treeText(*item.value);
-        order.push_back(item.descending ? node("desc", {text}) : text);
+    if (!query.orderBy.empty()) {
+        std::vector<std::string> order{result};
+        for (const OrderItem& item : query.orderBy) {
+            const std::string text = treeText(*item.value);
+            order.push_back(item.descending ? node("desc", {text}) : text);
+        }
+        result = node("order", order);
     }
-    return node("order", order);
+    return query.asText ? rowsAsTextNode(*query.asText, result) : result;
 }
 
 std::string treeText(const Statement& statement) {

@@ -3,6 +3,7 @@
 
 #include "base/ascii.hpp"
 #include "engine/binder/binder.hpp"
+#include "engine/binder/collations.hpp"
 #include "engine/binder/type_rules.hpp"
 #include "engine/values/exact.hpp"
 #include "tsql/server_error.hpp"
@@ -143,6 +144,7 @@ std::vector<BoundExpression> Binder::comparable(std::vector<BoundExpression> val
         if (!native) value = convertTo(value, *type, line);
     }
     if (exact) alignScales(values);
+    if (tsql::isText(type->type)) compareInOneCollation(values, operation, line);
     return values;
 }
 

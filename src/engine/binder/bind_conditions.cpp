@@ -1,6 +1,7 @@
 #include <utility>
 
 #include "engine/binder/binder.hpp"
+#include "engine/binder/collations.hpp"
 #include "engine/binder/type_rules.hpp"
 #include "engine/sqlite/sql_writer.hpp"
 #include "tsql/server_error.hpp"
@@ -138,6 +139,11 @@ sql::Expression Binder::test(const tsql::LikePredicate& node, int line, Scope& s
         comparedSource(writtenLiteral(*node.pattern), pattern, pattern, tested, tested);
     sql::Call call{fn::kLike, {tested.tree, operand(pattern, source)}};
     if (node.escape) call.arguments.push_back(text(*node.escape).tree);
+    if (const auto collation = commonCollation({tested, pattern}, "like", line)) {
+        call.function = fn::kLikeAs;
+        call.arguments.insert(call.arguments.begin(),
+                              sql::number(packMatching(collation->matching)));
+    }
     return node.negated ? sql::negation(std::move(call)) : std::move(call);
 }
 

@@ -6,6 +6,7 @@
 
 #include "base/ascii.hpp"
 #include "engine/binder/binder.hpp"
+#include "engine/binder/collations.hpp"
 #include "engine/binder/system_values.hpp"
 #include "engine/binder/type_rules.hpp"
 #include "engine/sqlite/sql_writer.hpp"
@@ -223,7 +224,13 @@ BoundExpression Binder::node(const tsql::UnaryExpression& node, int line, Scope&
 BoundExpression Binder::node(const tsql::BinaryExpression& node, int line, Scope& scope) {
     BoundExpression left = value(*node.left, scope);
     BoundExpression right = value(*node.right, scope);
-    return arithmetic(node.op, std::move(left), std::move(right), line);
+    std::shared_ptr<const TextCollation> collation;
+    if (left.collation != nullptr || right.collation != nullptr) {
+        collation = commonCollation({left, right}, "add", line);
+    }
+    BoundExpression result = arithmetic(node.op, std::move(left), std::move(right), line);
+    if (tsql::isText(result.type.type)) result.collation = collation;
+    return result;
 }
 
 // What tests is no value: the grammar keeps conditions out of value places.
@@ -255,9 +262,11 @@ BoundExpression Binder::node(const tsql::ScalarSubquery& node, int line, Scope& 
         throw ServerError(tsql::Message::OneExpressionInSubquery, {}, line);
     }
     const std::string value = sqlOf(sql::call(fn::kSingle, numberedColumn(0)));
-    return BoundExpression::expression(
-        sql::Subquery{"SELECT " + value + " FROM (" + bound.sql + ")"}, bound.columns[0].value.type,
-        true);
+    BoundExpression single =
+        BoundExpression::expression(sql::Subquery{"SELECT " + value + " FROM (" + bound.sql + ")"},
+                                    bound.columns[0].value.type, true);
+    single.markup = bound.columns[0].value.markup;
+    return single;
 }
 
 BoundExpression Binder::node(const tsql::CaseExpression& node, int line, Scope& scope) {

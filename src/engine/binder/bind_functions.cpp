@@ -5,6 +5,7 @@
 
 #include "base/ascii.hpp"
 #include "engine/binder/binder.hpp"
+#include "engine/binder/collations.hpp"
 #include "engine/binder/function_table.hpp"
 #include "engine/binder/server_functions.hpp"
 #include "engine/binder/type_rules.hpp"
@@ -123,7 +124,12 @@ BoundExpression Binder::node(const FunctionCall& node, int line, Scope& scope) {
     for (std::size_t i = function->firstIsWord ? 1 : 0; i < node.arguments.size(); ++i) {
         call.arguments.push_back(value(*node.arguments[i], scope));
     }
-    return function->bind(call);
+    BoundExpression result = function->bind(call);
+    if (result.collation == nullptr && tsql::isText(result.type.type) &&
+        !equalsIgnoringCase(function->name, "collate")) {
+        result.collation = commonCollation(call.arguments, function->name.data(), line);
+    }
+    return result;
 }
 
 // dbo.f(a, b): the values are brought to the types of its parameters, and the session runs it.

@@ -57,7 +57,7 @@ void checkSortable(const BoundExpression& value, int line) {
 }
 
 sql::Expression byPosition(std::size_t index, const BoundExpression& value) {
-    return sql::collated(sql::number(static_cast<std::int64_t>(index) + 1), value.type);
+    return inOrderOf(value, sql::number(static_cast<std::int64_t>(index) + 1));
 }
 
 std::string orderList(const std::vector<sql::Expression>& terms,
@@ -119,7 +119,7 @@ std::string Binder::orderedBy(const BoundSelect& select, std::string& columns) {
         const BoundExpression& value = key.item ? select.items[*key.item].value : key.value;
         if (!key.item) columns += ", " + sqlOf(value.tree) + " AS " + sqlOf(own);
         list += list.empty() ? "ORDER BY " : ", ";
-        appendSql(list, sql::collated(key.item ? numberedColumn(*key.item) : own, value.type));
+        appendSql(list, inOrderOf(value, key.item ? numberedColumn(*key.item) : own));
         if (key.descending) list += " DESC";
     }
     return list;

@@ -56,6 +56,7 @@ BoundQuery Binder::query(const tsql::Query& query, Scope* outer, QueryPlace plac
     const std::string with = commonTables(query.commonTables, outer);
     BoundQuery bound = body(query, outer, place);
     bound.sql = with + bound.sql + rowLimits(query, outer);
+    if (query.asText) bound = rowsAsText(query, std::move(bound), place);
     const int depth = checkedDepth(deepestRead_ + 1, query.line);
     deepestRead_ = std::max(aside, depth);
     return bound;
@@ -75,7 +76,8 @@ int Binder::checkedDepth(int depth, int line) {
 BoundQuery Binder::body(const tsql::Query& query, Scope* outer, QueryPlace place) {
     const std::vector<tsql::OrderItem>& orderBy = query.orderBy;
     const tsql::Query& body = withoutBrackets(query);
-    const bool ordered = place == QueryPlace::Nested && !orderBy.empty() && !query.offset;
+    const bool ordered =
+        place == QueryPlace::Nested && !orderBy.empty() && !query.offset && !query.asText;
     if (ordered && !hasTop(body)) {
         throw ServerError(tsql::Message::OrderByWithoutTop, {}, query.line);
     }
@@ -86,7 +88,9 @@ BoundQuery Binder::body(const tsql::Query& query, Scope* outer, QueryPlace place
     BoundSelect bound = term(body.terms.front(), orderBy, outer);
     orderRows(orderBy, bound);
     std::string sql = selectText(bound);
-    return {std::move(sql), std::move(bound.items)};
+    if (!query.asText) return {std::move(sql), std::move(bound.items)};
+    std::vector<BoundQuery::Origin> origins = originsOf(bound.items, *bound.scope);
+    return {std::move(sql), std::move(bound.items), std::move(origins)};
 }
 
 // The rows are put in order first, with every column that a value could name, and the values are

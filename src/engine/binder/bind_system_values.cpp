@@ -152,6 +152,7 @@ constexpr std::array kSystemFunctions = std::to_array<SystemFunction>({
      SystemValue::ApplicationLockMode,
      {SqlType::NVarChar, kLockModeLength}},
     {"applock_test", 4, 4, Takes::Text, SystemValue::ApplicationLockTest, {SqlType::SmallInt}},
+    {"session_context", 1, 1, Takes::Text, SystemValue::SessionContext, kMessageType},
     {"cursor_status", 2, 2, Takes::TwoTexts, SystemValue::CursorStatus, {SqlType::SmallInt}},
 });
 

@@ -22,9 +22,9 @@ namespace {
 constexpr int kDeepestFunctions = 32;
 
 bool isServersOwn(const tsql::ObjectName& name) {
-    static constexpr std::array<std::string_view, 8> kRowFunctions{
-        "openjson",          "generate_series",   "containstable",           "freetexttable",
-        "fn_trace_gettable", "fn_helpcollations", "fn_listextendedproperty", "openxml"};
+    static constexpr std::array<std::string_view, 7> kRowFunctions{
+        "generate_series",   "containstable",           "freetexttable", "fn_trace_gettable",
+        "fn_helpcollations", "fn_listextendedproperty", "openxml"};
     const std::string last = asciiLower(name.last());
     const bool prefixed = name.parts.size() > 1 && equalsIgnoringCase(name.parts.front(), "sys");
     return prefixed || last.starts_with("dm_") ||
@@ -65,6 +65,10 @@ BoundSource Binder::functionTable(const tsql::FunctionTable& call, int line, Sco
     } else if (call.name.parts.size() == 1 &&
                equalsIgnoringCase(call.name.last(), "string_split")) {
         rows = splitText(call, line, scope);
+    } else if (call.name.parts.size() == 1 && equalsIgnoringCase(call.name.last(), "openjson")) {
+        rows = jsonRows(call, line, scope);
+    } else if (equalsIgnoringCase(call.name.last(), "fn_helpcollations")) {
+        rows = collationRows();
     } else {
         if (isServersOwn(call.name)) throw tsql::unsupported(call.name.text(), line);
         throw ServerError(tsql::Message::InvalidObject, {call.name.text()}, line);

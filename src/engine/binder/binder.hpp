@@ -1,3 +1,4 @@
+// length: the declarations of one class
 #pragma once
 
 #include <memory>
@@ -27,6 +28,12 @@ struct OutputColumn {
 struct BoundQuery {
     std::string sql;
     std::vector<OutputColumn> columns;
+    // Of FOR XML and FOR JSON: where each column is from.
+    struct Origin {
+        std::size_t source = 0;        // its place in FROM; as many as there are: from none
+        const Table* table = nullptr;  // null where the source is a query
+    };
+    std::vector<Origin> origins = {};
 };
 
 // Where a query stands.
@@ -60,10 +67,10 @@ struct BoundValues {
 // One class, one source file for each part of the language: bind_constants.cpp,
 // bind_expressions.cpp, bind_operators.cpp, bind_comparisons.cpp, bind_conditions.cpp,
 // bind_functions.cpp and its tables, bind_string_agg.cpp, bind_sequences.cpp, bind_windows.cpp,
-// bind_system_values.cpp, bind_queries.cpp, bind_unions.cpp, bind_selects.cpp, bind_groups.cpp,
-// bind_order.cpp, bind_sources.cpp, bind_apply.cpp, bind_table_functions.cpp, bind_pivots.cpp,
-// bind_common_tables.cpp, bind_views.cpp, bind_cursors.cpp. All throw tsql::ServerError with a
-// line.
+// bind_system_values.cpp, bind_queries.cpp, bind_rows_as_text.cpp, bind_unions.cpp,
+// bind_selects.cpp, bind_groups.cpp, bind_order.cpp, bind_sources.cpp, bind_apply.cpp,
+// bind_table_functions.cpp, bind_json_rows.cpp, bind_pivots.cpp, bind_common_tables.cpp,
+// bind_views.cpp, bind_cursors.cpp. All throw tsql::ServerError with a line.
 class Binder {
 public:
     explicit Binder(const NameScope& names, Constants constants = Constants::InText)
@@ -362,6 +369,13 @@ private:
     [[nodiscard]] std::string rowLimits(const tsql::Query& query, Scope* outer);
     [[nodiscard]] static std::string nestedText(const BoundSelect& select);
 
+    // bind_rows_as_text.cpp
+    [[nodiscard]] static std::vector<BoundQuery::Origin> originsOf(
+        const std::vector<OutputColumn>& columns, const Scope& scope);
+    static void levelsOf(const tsql::Query& query, const BoundQuery& bound, RowFormat& format);
+    [[nodiscard]] static BoundQuery rowsAsText(const tsql::Query& query, BoundQuery bound,
+                                               QueryPlace place);
+
     // bind_unions.cpp
     [[nodiscard]] BoundSelect term(const tsql::QueryTerm& term,
                                    const std::vector<tsql::OrderItem>& orderBy, Scope* outer);
@@ -422,6 +436,14 @@ private:
     [[nodiscard]] BoundQuery inlineRows(const Function& function,
                                         std::vector<BoundExpression> arguments, int line);
     [[nodiscard]] BoundQuery splitText(const tsql::FunctionTable& call, int line, Scope& scope);
+
+    // bind_collations.cpp
+    [[nodiscard]] static BoundQuery collationRows();
+
+    // bind_json_rows.cpp
+    [[nodiscard]] BoundQuery jsonRows(const tsql::FunctionTable& call, int line, Scope& scope);
+    [[nodiscard]] BoundQuery jsonColumns(const tsql::FunctionTable& call, sql::Call opened,
+                                         int line) const;
 
     // bind_pivots.cpp
     [[nodiscard]] BoundSource pivotTable(const tsql::PivotTable& pivot, int line, Scope& scope);

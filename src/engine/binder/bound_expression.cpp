@@ -45,9 +45,13 @@ BoundExpression BoundExpression::null() {
     return result;
 }
 
+sql::Expression inOrderOf(const BoundExpression& expression, sql::Expression tree) {
+    if (expression.collation == nullptr) return sql::collated(std::move(tree), expression.type);
+    return sql::Collated{std::move(tree), expression.collation->inSqlite};
+}
+
 sql::Expression collated(const BoundExpression& expression, sql::Expression tree) {
-    return expression.plainColumn ? std::move(tree)
-                                  : sql::collated(std::move(tree), expression.type);
+    return expression.plainColumn ? std::move(tree) : inOrderOf(expression, std::move(tree));
 }
 
 sql::Expression collated(const BoundExpression& expression) {

@@ -1,12 +1,15 @@
 #pragma once
 
 #include <cstddef>
+#include <memory>
 #include <optional>
 #include <string>
 #include <utility>
 
 #include "engine/catalog/tables.hpp"
 #include "engine/sqlite/expression_tree.hpp"
+#include "engine/values/row_format.hpp"
+#include "engine/values/text_collation.hpp"
 #include "engine/values/value.hpp"
 #include "tsql/type_spec.hpp"
 
@@ -29,6 +32,10 @@ struct BoundExpression {
     // The sum or the joined texts that this is, for a longer one to take over. Texts that are cut
     // to the longest one are a conversion of these.
     sql::Expression chain = {};
+    // The order that COLLATE says; null: that of its type.
+    std::shared_ptr<const TextCollation> collation = nullptr;
+    // A text that is XML or JSON to FOR XML and FOR JSON.
+    Markup markup = Markup::None;
     // IDENTITY(...) of SELECT ... INTO, whose numbers are given when the rows are written.
     std::optional<Identity> newIdentity = std::nullopt;
 
@@ -54,6 +61,9 @@ struct BoundExpression {
     [[nodiscard]] static BoundExpression nullOf(const tsql::TypeSpec& type);
     [[nodiscard]] static BoundExpression null();
 };
+
+// Another tree in the order in which an expression is compared: a place of it.
+[[nodiscard]] sql::Expression inOrderOf(const BoundExpression& expression, sql::Expression tree);
 
 // An expression with the collation of texts, where SQLite would not apply it by itself.
 [[nodiscard]] sql::Expression collated(const BoundExpression& expression);

@@ -80,7 +80,8 @@ std::string ScalarCall::name() const {
 const ScalarFunction* findFunction(std::string_view name) {
     for (const auto table :
          {textFunctions(), numberFunctions(), dateFunctions(), generalFunctions(),
-          principalFunctions(), cultureFunctions(), byteFunctions(), variantFunctions()}) {
+          principalFunctions(), cultureFunctions(), byteFunctions(), variantFunctions(),
+          markupFunctions(), textBuilders(), collatingFunctions()}) {
         const auto found =
             std::find_if(table.begin(), table.end(), [&](const ScalarFunction& function) {
                 return equalsIgnoringCase(function.name, name);

@@ -58,6 +58,9 @@ struct ScalarFunction {
 [[nodiscard]] std::span<const ScalarFunction> cultureFunctions();
 [[nodiscard]] std::span<const ScalarFunction> byteFunctions();
 [[nodiscard]] std::span<const ScalarFunction> variantFunctions();
+[[nodiscard]] std::span<const ScalarFunction> markupFunctions();
+[[nodiscard]] std::span<const ScalarFunction> textBuilders();
+[[nodiscard]] std::span<const ScalarFunction> collatingFunctions();
 
 // NEWSEQUENTIALID(), which stands alone in the default of a column and nowhere else.
 [[nodiscard]] bool isSequentialIdentifier(const tsql::Expression& value);

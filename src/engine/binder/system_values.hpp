@@ -81,6 +81,7 @@ enum class SystemValue {
     CollationProperty,
     ColumnsUpdated,
     SchemaName,
+    SessionContext,
     ApplicationLockMode,
     ApplicationLockTest,
 };

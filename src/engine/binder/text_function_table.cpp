@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "base/ascii.hpp"
+#include "engine/binder/collations.hpp"
 #include "engine/binder/function_table.hpp"
 #include "engine/binder/type_rules.hpp"
 #include "tsql/server_error.hpp"
@@ -135,6 +136,12 @@ BoundExpression replace(ScalarCall& call) {
         if (tsql::isNational(argument.type.type)) type.type = SqlType::NVarChar;
     }
     type = grown(type);
+    if (const auto collation = commonCollation(call.arguments, "replace", call.line)) {
+        return result(call,
+                      sql::call(fn::kReplaceAs, packMatching(collation->matching), call.text(0),
+                                call.text(1), call.text(2)),
+                      type);
+    }
     return result(
         call, sql::call(fn::kReplace, call.text(0), call.text(1), call.text(2), mostUnits(type)),
         type);
@@ -151,11 +158,23 @@ BoundExpression stuff(ScalarCall& call) {
 }
 
 BoundExpression charIndex(ScalarCall& call) {
+    if (const auto collation = commonCollation({call[0], call[1]}, "charindex", call.line)) {
+        return result(call,
+                      sql::call(fn::kCharindexAs, packMatching(collation->matching), call.text(0),
+                                call.text(1), call.integer(2, 1)),
+                      countType(call[1]));
+    }
     return result(call, sql::call(fn::kCharindex, call.text(0), call.text(1), call.integer(2, 1)),
                   countType(call[1]));
 }
 
 BoundExpression patternIndex(ScalarCall& call) {
+    if (const auto collation = commonCollation(call.arguments, "patindex", call.line)) {
+        return result(call,
+                      sql::call(fn::kPatindexAs, packMatching(collation->matching), call.text(0),
+                                call.text(1)),
+                      countType(call[1]));
+    }
     return result(call, sql::call(fn::kPatindex, call.text(0), call.text(1)), countType(call[1]));
 }
 

@@ -92,6 +92,10 @@ const char* objectType(const SchemaCatalogue& catalogue, const StoredObject& obj
             return "SO";
         case StoredKind::Synonym:
             return "SN";
+        case StoredKind::Default:
+            return "D ";
+        case StoredKind::Rule:
+            return "R ";
         case StoredKind::Type:
         case StoredKind::Schema:
         case StoredKind::Setting:

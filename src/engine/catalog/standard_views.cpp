@@ -3,6 +3,7 @@
 
 #include "engine/catalog/source_text.hpp"
 #include "engine/catalog/view_rows.hpp"
+#include "tsql/parser.hpp"
 
 // The standard's INFORMATION_SCHEMA, but for what its keys refer to.
 namespace kap::engine::views {
@@ -179,6 +180,30 @@ SystemRows schemata(const SchemaCatalogue& catalogue) {
     return view;
 }
 
+// The types that have names of their own.
+SystemRows domains(const SchemaCatalogue& catalogue) {
+    SystemRows view{{{"DOMAIN_CATALOG", kName},
+                     {"DOMAIN_SCHEMA", kName},
+                     {"DOMAIN_NAME", kName},
+                     {"DATA_TYPE", kName},
+                     {"CHARACTER_MAXIMUM_LENGTH", kInt},
+                     {"NUMERIC_PRECISION", kInt},
+                     {"NUMERIC_SCALE", kInt},
+                     {"DOMAIN_DEFAULT", kName}},
+                    {}};
+    for (const StoredObject& object : catalogue.objects()) {
+        if (object.kind != StoredKind::Type || isTableType(object)) continue;
+        const tsql::TypeSpec type = tsql::parseType(object.text);
+        const int precision = tsql::precisionOf(type);
+        const bool numeric = tsql::isNumber(type.type) && precision > 0;
+        view.rows.push_back({text(catalogue.databaseName()), schemaText(object.name),
+                             bare(object.name), text(tsql::typeName(type.type)), lengthOf(type),
+                             numeric ? number(precision) : Value(),
+                             numeric ? number(tsql::scaleOf(type)) : Value(), Value()});
+    }
+    return view;
+}
+
 constexpr auto kStandardViews = std::to_array<View>({
     {"information_schema", "schemata", schemata},
     {"information_schema", "tables", tables},
@@ -186,6 +211,7 @@ constexpr auto kStandardViews = std::to_array<View>({
     {"information_schema", "views", viewTexts},
     {"information_schema", "routines", routines},
     {"information_schema", "parameters", parameters},
+    {"information_schema", "domains", domains},
     {"information_schema", "table_constraints", constraints},
     {"information_schema", "key_column_usage", keyColumns},
 });

@@ -30,12 +30,14 @@ enum class StoredKind : std::uint8_t {
     Sequence,
     Synonym,            // its text is the name that it stands for
     NumberedProcedure,  // "p;2", of the group of the procedure p, which is its parent
+    Default,            // its text is the value
+    Rule,               // its text is the condition, with its one variable
 };
 
 // Whether objects of the kind share the names of their schema with tables.
 [[nodiscard]] constexpr bool hasTableName(StoredKind kind) {
     return kind <= StoredKind::Trigger || kind == StoredKind::Sequence ||
-           kind == StoredKind::Synonym;
+           kind == StoredKind::Synonym || kind == StoredKind::Default || kind == StoredKind::Rule;
 }
 
 // What stands for the parent of a type that takes no nulls.

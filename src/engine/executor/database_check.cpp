@@ -15,6 +15,7 @@
 #include "engine/sqlite/functions/c_border.hpp"
 #include "engine/values/exact.hpp"
 #include "engine/values/fine_dates.hpp"
+#include "tsql/lexer.hpp"
 #include "tsql/parser.hpp"
 #include "tsql/server_error.hpp"
 
@@ -372,6 +373,10 @@ private:
                 return;
             case StoredKind::Synonym:
                 static_cast<void>(tsql::parseObjectName(object.text));
+                return;
+            case StoredKind::Default:
+            case StoredKind::Rule:
+                static_cast<void>(tsql::tokenize(object.text));
                 return;
             case StoredKind::Schema:
             case StoredKind::Setting:

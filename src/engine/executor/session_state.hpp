@@ -111,6 +111,12 @@ struct SessionState : SessionSettings {
     std::int32_t error = 0;
     std::int64_t rowCount = 0;
     std::optional<Blob> context;  // of SET CONTEXT_INFO, which outlives the procedure that says it
+    // Of sp_set_session_context: a text or null for each key.
+    struct ContextValue {
+        Value value;
+        bool readOnly = false;
+    };
+    std::map<std::string, ContextValue> sessionContext;
     std::optional<std::int64_t> identity;
     std::optional<std::int64_t> batchIdentity;  // of the client's batches, which are one scope
     // The numbers that the statement at hand has drawn of sequences OVER an order, by their names.

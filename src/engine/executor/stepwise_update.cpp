@@ -1,48 +1,12 @@
-#include <cstddef>
-#include <memory>
-
+#include "engine/executor/deferred_rules.hpp"
 #include "engine/executor/statement_runner.hpp"
 #include "engine/plan/capture.hpp"
 #include "engine/plan/translator.hpp"
-#include "engine/sqlite/time_limit.hpp"
 
 // Updates that shift or exchange the keys of rows.
 namespace kap::engine {
 
 namespace {
-
-// While rows hold what stands in for their values, checks and references would refuse them.
-class DeferredRules {
-public:
-    explicit DeferredRules(Database& database) : database_(database) {
-        const TimeLimit::Pause whole;
-        database_.run("PRAGMA defer_foreign_keys = ON");
-        database_.run("PRAGMA ignore_check_constraints = ON");
-    }
-    DeferredRules(const DeferredRules&) = delete;
-    DeferredRules& operator=(const DeferredRules&) = delete;
-    ~DeferredRules() {
-        const TimeLimit::Pause whole;
-        reserve_.reset();
-        for (const char* sql :
-             {"PRAGMA ignore_check_constraints = OFF", "PRAGMA defer_foreign_keys = OFF"}) {
-            for (int attempts = 0; attempts < kAttempts; ++attempts) {
-                if (sqlite3_exec(database_.handle(), sql, nullptr, nullptr, nullptr) == SQLITE_OK) {
-                    break;
-                }
-            }
-        }
-    }
-    void checkAgain() { database_.run("PRAGMA ignore_check_constraints = OFF"); }
-
-private:
-    static constexpr int kAttempts = 3;
-    // Memory to go back with: rules that stay off would let anything in.
-    static constexpr std::size_t kReserve = 65536;
-
-    Database& database_;
-    std::unique_ptr<char[]> reserve_ = std::make_unique<char[]>(kReserve);
-};
 
 bool hasBrokenReferences(sqlite3* database) {
     int broken = 0;

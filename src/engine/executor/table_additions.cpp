@@ -1,6 +1,7 @@
 #include <algorithm>
 
 #include "engine/catalog/object_names.hpp"
+#include "engine/executor/deferred_rules.hpp"
 #include "engine/executor/table_changer.hpp"
 #include "engine/executor/violations.hpp"
 #include "engine/plan/statements.hpp"
@@ -133,7 +134,9 @@ void TableChanger::addDefaults(const Table& table, const TableBuilder& builder,
         if (before != nullptr && before->defaultSql) {
             throw ServerError(tsql::Message::ColumnHasDefault, {}, line);
         }
-        // Rows from before the column keep their null only when it is written into them.
+        // Rows from before the column keep their null only when it is written into them. What they
+        // hold stays, also where a check was added WITH NOCHECK.
+        const DeferredRules asTheyAre(connection_.database());
         const std::string own = sqlName(name);
         run("UPDATE " + tableSql(table.name, table.temporary) + " SET " + own + " = " + own);
         text.column(name)->text = builder.columnSql(*builder.table().find(name));

@@ -4,6 +4,7 @@
 #include <set>
 
 #include "base/ascii.hpp"
+#include "engine/catalog/bound_rules.hpp"
 #include "engine/catalog/key_names.hpp"
 #include "engine/catalog/object_names.hpp"
 #include "engine/sqlite/time_limit.hpp"
@@ -53,6 +54,10 @@ ServerError checkViolated(const SchemaCatalogue& catalogue, const SqliteError& e
         if (sameName(each.name, name) && sameName(each.table, context.table)) {
             columns = columnsIn(each.definition, catalogue.find(context.table));
         }
+    }
+    if (isBoundRule(name) && !columns.empty()) {
+        return {tsql::Message::RuleViolated,
+                {catalogue.databaseName(), withSchema(context.table), columns.front()}};
     }
     return conflict(catalogue, context.verb, "CHECK", name, {context.table, columns});
 }

@@ -49,6 +49,10 @@ StoredKind storedKind(tsql::ObjectKind kind) {
             return StoredKind::Sequence;
         case tsql::ObjectKind::Synonym:
             return StoredKind::Synonym;
+        case tsql::ObjectKind::Default:
+            return StoredKind::Default;
+        case tsql::ObjectKind::Rule:
+            return StoredKind::Rule;
         default:
             return StoredKind::Type;
     }
@@ -68,6 +72,10 @@ const char* kindName(StoredKind kind) {
             return "sequence object";
         case StoredKind::Synonym:
             return "synonym";
+        case StoredKind::Default:
+            return "default";
+        case StoredKind::Rule:
+            return "rule";
         default:
             return "type";
     }
@@ -315,6 +323,9 @@ void ScriptRunner::dropStored(const tsql::DropStatement& node, int line) {
         if (kind == StoredKind::Sequence) {
             refuseUsedSequence(catalogue_, "DROP SEQUENCE", stored, name.text(), line);
             counters_.remove({stored, false});
+        }
+        if (kind == StoredKind::Default || kind == StoredKind::Rule) {
+            refuseBoundRule(kind, stored, name.text(), line);
         }
         catalogue_.stored().remove(kind, stored);
         // The whole group goes.

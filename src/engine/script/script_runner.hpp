@@ -274,6 +274,8 @@ private:
     [[nodiscard]] bool configureTriggers(const std::string& procedure,
                                          const std::vector<std::string>& arguments);
     void setTriggerOrder(const std::vector<std::string>& arguments, int line);
+    void setSessionContext(Frame& frame, Instruction& instruction,
+                           const tsql::ExecuteStatement& node);
 
     // catalogue_procedures.cpp
     [[nodiscard]] bool executeCatalogue(Frame& frame, Instruction& instruction,
@@ -290,6 +292,23 @@ private:
                                                              int number, const Frame& frame);
     void checkRows(const tsql::CreateModuleStatement& node, const std::string& name, int line);
     void createType(const tsql::CreateTypeStatement& node, int line);
+
+    // script_rules.cpp
+    void createRule(const tsql::CreateRuleStatement& node, int line);
+    void refuseBoundRule(StoredKind kind, const std::string& stored, const std::string& shown,
+                         int line) const;
+    [[nodiscard]] bool bindRule(const std::string& procedure,
+                                const std::vector<std::string>& arguments, int line,
+                                std::vector<ado::Result>& results);
+    // A column that a default or a rule is bound to.
+    struct RuledColumn {
+        const Table* table = nullptr;
+        const Column* column = nullptr;
+    };
+    [[nodiscard]] RuledColumn ruledColumn(const std::string& name, int line) const;
+    [[nodiscard]] const ConstraintInfo* boundConstraint(
+        const std::vector<ConstraintInfo>& constraints, const RuledColumn& place,
+        const char* type) const;
     void store(StoredObject object, bool replace, bool mustExist, int line);
     void refuseUsedFunction(const char* action, const std::string& stored, const std::string& shown,
                             int line) const;

@@ -117,6 +117,8 @@ std::size_t ScriptRunner::runStatement(Frame& frame, Instruction& instruction, s
         createModule(*module, line);
     } else if (const auto* type = std::get_if<tsql::CreateTypeStatement>(&statement.node)) {
         createType(*type, line);
+    } else if (const auto* rule = std::get_if<tsql::CreateRuleStatement>(&statement.node)) {
+        createRule(*rule, line);
     } else if (const auto* schema = std::get_if<tsql::CreateSchemaStatement>(&statement.node)) {
         createSchema(*schema, line, results);
     } else if (const auto* sequence = std::get_if<tsql::SequenceStatement>(&statement.node)) {

@@ -12,6 +12,7 @@
 #include "engine/executor/function_arguments.hpp"
 #include "engine/sqlite/functions/c_border.hpp"
 #include "engine/sqlite/functions/function_support.hpp"
+#include "engine/values/json_text.hpp"
 #include "engine/values/split_text.hpp"
 #include "tsql/server_error.hpp"
 
@@ -64,11 +65,22 @@ SessionFunctions::SessionFunctions(FileConnection& connection, SchemaCatalogue& 
                          });
 }
 
+// OPENJSON(text, path), and behind them the paths of its own columns.
+GivenRows SessionFunctions::rowsOfJson(const Arguments& arguments) {
+    std::vector<std::string> columns;
+    for (std::size_t i = 2; i < arguments.size(); ++i)
+        columns.push_back(textAt(arguments, i));
+    const std::string json = textAt(arguments, 0);
+    const std::string path = textAt(arguments, 1);
+    return columns.empty() ? openedJson(json, path) : openedJson(json, path, columns);
+}
+
 // The server's own functions have a point before their names.
 GivenRows SessionFunctions::rowsBy(const std::string& function, const Arguments& arguments) {
-    if (function != ".string_split") return scripts_.rowsOf(function, arguments);
+    if (!function.starts_with('.')) return scripts_.rowsOf(function, arguments);
     GivenRows rows;
     if (isNull(arguments.at(0))) return rows;
+    if (function == ".openjson") return rowsOfJson(arguments);
     for (std::string& part : splitText(textAt(arguments, 0), textAt(arguments, 1)))
         rows.push_back({std::move(part)});
     return rows;

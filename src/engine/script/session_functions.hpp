@@ -53,6 +53,7 @@ private:
     [[nodiscard]] Value rankedValue(const Arguments& arguments);
     [[nodiscard]] const Sequence& sequence(const std::string& name) const;
     [[nodiscard]] GivenRows rowsBy(const std::string& function, const Arguments& arguments);
+    [[nodiscard]] static GivenRows rowsOfJson(const Arguments& arguments);
 
     // What kap_system answers, by groups.
     [[nodiscard]] Value ofStatement(SystemValue value, const Arguments& arguments);

@@ -93,10 +93,19 @@ Value databaseProperty(std::string_view wanted) {
 
 // The one collation that the database has, under each of its names.
 Value collationProperty(const std::string& collation, std::string_view wanted) {
-    static constexpr auto kProperties = std::to_array<Flag>(
-        {{"codepage", 1252}, {"comparisonstyle", 196609}, {"lcid", 1033}, {"version", 0}});
-    if (asciiUpper(collation).find("_CI_AS") == std::string::npos) return {};
-    return flagNamed(kProperties, wanted);
+    static constexpr auto kProperties =
+        std::to_array<Flag>({{"codepage", 1252}, {"lcid", 1033}, {"version", 0}});
+    static constexpr std::pair<std::string_view, std::int64_t> kStyles[] = {{"_CI_AS", 196609},
+                                                                            {"_CS_AS", 196608},
+                                                                            {"_CI_AI", 196611},
+                                                                            {"_CS_AI", 196610},
+                                                                            {"_BIN", 0}};
+    const std::string upper = asciiUpper(collation);
+    for (const auto& [ending, style] : kStyles) {
+        if (upper.find(ending) == std::string::npos) continue;
+        return wanted == "comparisonstyle" ? Value(style) : flagNamed(kProperties, wanted);
+    }
+    return {};
 }
 
 Value givenOnly(const Value& value, bool there) {
@@ -132,6 +141,10 @@ Value SessionFunctions::ofProperties(SystemValue value, const Arguments& argumen
             return state_.textSize;
         case SystemValue::ContextInfo:
             return state_.context ? Value(*state_.context) : Value();
+        case SystemValue::SessionContext: {
+            const auto kept = state_.sessionContext.find(text(1));
+            return kept == state_.sessionContext.end() ? Value() : kept->second.value;
+        }
         case SystemValue::HostProcess:
             return hostProcess();
         case SystemValue::ObjectSchema: {

@@ -80,10 +80,14 @@ bool ScriptRunner::executeSystem(Frame& frame, Instruction& instruction,
         setTriggerOrder(textArguments(frame, instruction, node), line);
     } else if (std::ranges::find(kNoEffect, name) != kNoEffect.end()) {
         note(name + " has no effect on a database of one file.");
+    } else if (name == "sp_set_session_context") {
+        setSessionContext(frame, instruction, node);
     } else if (name == "sp_addtype") {
         addType(textArguments(frame, instruction, node), line);
     } else if (name == "sp_droptype") {
         dropType(textArguments(frame, instruction, node), line);
+    } else if (name.find("bindefault") != std::string::npos || name.ends_with("bindrule")) {
+        if (!bindRule(name, textArguments(frame, instruction, node), line, results)) return false;
     } else if (name == "sp_rename") {
         renameObject(textArguments(frame, instruction, node), line);
     } else if (name == "sp_helptext") {

@@ -32,6 +32,12 @@ int compareInstants(void* /*context*/, int leftSize, const void* left, int right
         .compare(textOf(rightSize, right).substr(0, kUniversal));
 }
 
+// The orders that COLLATE asks for.
+template <bool kCases, bool kAccents, bool kBinary>
+std::weak_ordering compareMatching(std::string_view left, std::string_view right) noexcept {
+    return compareTextsAs(left, right, {kCases, kAccents, kBinary});
+}
+
 void registerCollation(sqlite3* database, const char* name,
                        int (*compare)(void*, int, const void*, int, const void*)) {
     if (sqlite3_create_collation_v2(database, name, SQLITE_UTF8, nullptr, compare, nullptr) !=
@@ -55,6 +61,12 @@ std::string collationText(const tsql::TypeSpec& type) {
 void registerCollations(sqlite3* database) {
     registerCollation(database, kTextCollation, &compareForSqlite<compareTexts>);
     registerCollation(database, kInstantCollation, &compareInstants);
+    registerCollation(database, "KAP_CS", &compareForSqlite<compareMatching<true, true, false>>);
+    registerCollation(database, "KAP_CI_AI",
+                      &compareForSqlite<compareMatching<false, false, false>>);
+    registerCollation(database, "KAP_CS_AI",
+                      &compareForSqlite<compareMatching<true, false, false>>);
+    registerCollation(database, "KAP_BIN", &compareForSqlite<compareMatching<true, true, true>>);
 }
 
 bool hasFormerTextOrder(sqlite3* database) {

@@ -189,4 +189,21 @@ inline constexpr Function kTextBytes{"kap_text_bytes"};
 inline constexpr Function kUnicode{"kap_unicode"};
 inline constexpr Function kUpper{"kap_upper"};
 
+// XML and JSON.
+inline constexpr Function kRowsAsText{"kap_rows_as_text"};
+inline constexpr Function kXmlValue{"kap_xml_value"};
+inline constexpr Function kIsjson{"kap_isjson"};
+inline constexpr Function kJsonValue{"kap_json_value"};
+inline constexpr Function kJsonQuery{"kap_json_query"};
+inline constexpr Function kJsonModify{"kap_json_modify"};
+
+// Texts that are built, and texts in an order that COLLATE says.
+inline constexpr Function kConcatWs{"kap_concat_ws"};
+inline constexpr Function kTranslate{"kap_translate"};
+inline constexpr Function kStringEscape{"kap_string_escape"};
+inline constexpr Function kLikeAs{"kap_like_as"};
+inline constexpr Function kPatindexAs{"kap_patindex_as"};
+inline constexpr Function kCharindexAs{"kap_charindex_as"};
+inline constexpr Function kReplaceAs{"kap_replace_as"};
+
 }  // namespace kap::engine::fn

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -12,5 +13,9 @@ namespace kap::engine {
 // folded (foldedUnits()). Blanks at the end of the text need no counterpart in the pattern.
 [[nodiscard]] bool matchesPattern(std::u16string_view text, std::u16string_view pattern,
                                   char16_t escape = 0);
+
+// Where the part of the text between the outer % of the pattern starts, from 1; 0 when there is
+// none. Both are given folded.
+[[nodiscard]] std::size_t patternPlace(std::u16string_view pattern, std::u16string_view text);
 
 }  // namespace kap::engine

@@ -32,8 +32,8 @@ public:
     explicit SourceReader(QuerySources& found) : found_(found) {}
 
     void read(const Query& query) {
-        if (query.terms.size() != 1 || !query.commonTables.empty()) {
-            found_.isCombined = query.terms.size() != 1;
+        if (query.terms.size() != 1 || !query.commonTables.empty() || query.asText) {
+            found_.isCombined = query.terms.size() != 1 || query.asText;
             return;
         }
         if (const auto* inner = std::get_if<QueryPtr>(&query.terms.front().node)) {

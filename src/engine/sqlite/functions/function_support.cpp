@@ -124,6 +124,9 @@ void registerFunctions(sqlite3* connection, ErrorSlot& slot) {
     registerCultureFunctions(registrar);
     registerSoundFunctions(registrar);
     registerJoinedTexts(registrar);
+    registerMarkupFunctions(registrar);
+    registerTextBuilders(registrar);
+    registerCollatedFunctions(registrar);
     registerPercentiles(registrar);
     registerPatternFunctions(registrar);
     registerDateFunctions(registrar);

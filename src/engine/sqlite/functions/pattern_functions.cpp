@@ -87,18 +87,8 @@ Value like(const Arguments& arguments) {
 
 // kap_patindex(pattern, text): where the part between the outer % starts.
 Value patternIndex(const Arguments& arguments) {
-    const std::u16string pattern = foldedUnits(arguments.text(0));
-    const std::u16string text = foldedUnits(arguments.text(1));
-    const bool anywhere = !pattern.empty() && pattern.front() == u'%';
-    const std::u16string_view rest = std::u16string_view(pattern).substr(anywhere ? 1 : 0);
-    const std::size_t last = anywhere ? text.size() : 0;
-    const std::size_t blanks = endWithoutBlanks(text);
-    for (std::size_t start = 0; start <= last; ++start) {
-        const Match match = matchFrom(text, start, blanks, rest, 0);
-        if (match == Match::Yes) return static_cast<std::int64_t>(start) + 1;
-        if (match == Match::NoMore) break;
-    }
-    return std::int64_t{0};
+    return static_cast<std::int64_t>(
+        patternPlace(foldedUnits(arguments.text(0)), foldedUnits(arguments.text(1))));
 }
 
 Match matchFrom(std::u16string_view text, std::size_t position, std::size_t blanks,
@@ -133,6 +123,19 @@ Match matchFrom(std::u16string_view text, std::size_t position, std::size_t blan
 
 bool matchesPattern(std::u16string_view text, std::u16string_view pattern, char16_t escape) {
     return matchFrom(text, 0, endWithoutBlanks(text), pattern, escape) == Match::Yes;
+}
+
+std::size_t patternPlace(std::u16string_view pattern, std::u16string_view text) {
+    const bool anywhere = !pattern.empty() && pattern.front() == u'%';
+    const std::u16string_view rest = pattern.substr(anywhere ? 1 : 0);
+    const std::size_t last = anywhere ? text.size() : 0;
+    const std::size_t blanks = endWithoutBlanks(text);
+    for (std::size_t start = 0; start <= last; ++start) {
+        const Match match = matchFrom(text, start, blanks, rest, 0);
+        if (match == Match::Yes) return start + 1;
+        if (match == Match::NoMore) break;
+    }
+    return 0;
 }
 
 void registerPatternFunctions(Registrar& registrar) {
