@@ -23,7 +23,7 @@ public:
     static const ClassDescription& classDescription() {
         static const ClassDescription description =
             ClassBuilder<Adder>(u"Adder", u"", u"")
-                .method<&Adder::Add>(u"Add", {u"Left", u"Right"}, u"The sum of two Doubles.")
+                .method<&Adder::Add>(u"Add", {u"Left", u"Right"})
                 .build();
         return description;
     }

@@ -64,7 +64,7 @@ def compiler(command):
 
 def test_framework(command):
     """Every test includes the framework first or nearly so; its headers are half of what there is to read, and read once."""
-    options = tuple(word for word in command.words[1:] if word.startswith(("-std", "-D", "-fPIC")))
+    options = tuple(word for word in command.words[1:] if word.startswith(("-std", "-D", "-fPIC", "-fvisibility")))
     if "-DGTEST_HAS_PTHREAD=1" not in options:
         return []
     with PRECOMPILING:

@@ -29,9 +29,9 @@ public:
     static const ClassDescription& classDescription() {
         static const ClassDescription description =
             ClassBuilder<Described>(u"Described", u"", u"")
-                .method<&Described::Add>(u"Add", {u"a", u"b"}, u"")
-                .method<&Described::Next>(u"Next", {u"value"}, u"")
-                .method<&Described::Echo>(u"Echo", {u"text"}, u"")
+                .method<&Described::Add>(u"Add", {u"a", u"b"})
+                .method<&Described::Next>(u"Next", {u"value"})
+                .method<&Described::Echo>(u"Echo", {u"text"})
                 .build();
         return description;
     }

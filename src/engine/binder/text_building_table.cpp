@@ -33,7 +33,7 @@ BoundExpression concatenatedWithSeparator(ScalarCall& call) {
         unlimited = unlimited || own.length == tsql::kMaxLength;
         length += own.length + (i > 1 ? separator.length : 0);
     }
-    const BoundExpression whole =
+    BoundExpression whole =
         BoundExpression::expression(std::move(joined), {type, tsql::kMaxLength}, false);
     const int longest = tsql::isNational(type) ? kMostBytes / 2 : kMostBytes;
     if (unlimited) return whole;
