@@ -10,6 +10,11 @@
 namespace kap::bench {
 namespace {
 
+[[noreturn]] void refuseLine(const std::string& file, int number) {
+    throw std::runtime_error(file + ", line " + std::to_string(number) +
+                             ": not an object of a run with --json");
+}
+
 std::string change(double now, double before) {
     constexpr double kPercent = 100;
     const double difference = (now / before - 1) * kPercent;
@@ -25,16 +30,18 @@ EarlierRun::EarlierRun(const std::string& file) {
     for (std::string line; std::getline(lines, line);) {
         ++number;
         const auto object = nlohmann::json::parse(line, nullptr, false);
-        if (!object.is_object()) {
-            throw std::runtime_error(file + ", line " + std::to_string(number) +
-                                     ": not an object of a run with --json");
-        }
+        if (!object.is_object()) refuseLine(file, number);
         if (!object.contains("ratio")) continue;
-        Figure figure{.ratio = object["ratio"], .interval = std::nullopt};
-        if (object.contains("interval")) {
-            figure.interval = {object["interval"][0], object["interval"][1]};
+        try {
+            Figure figure{.ratio = object.at("ratio"), .interval = std::nullopt};
+            if (object.contains("interval")) {
+                const auto& bounds = object.at("interval");
+                figure.interval = {bounds.at(0), bounds.at(1)};
+            }
+            figures_[object.at("name")] = figure;
+        } catch (const nlohmann::json::exception&) {
+            refuseLine(file, number);
         }
-        figures_[object["name"]] = figure;
     }
 }
 

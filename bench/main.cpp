@@ -55,7 +55,7 @@ std::size_t longestWords(const std::vector<kap::bench::GrowthJob>& /*jobs*/) {
     return 0;
 }
 
-// Runs jobs, reports each when it is done, and counts.
+// Runs jobs and reports each when it is done.
 class Runner {
 public:
     explicit Runner(const Options& options) : options_(options) {
@@ -84,16 +84,16 @@ private:
         const auto result = kap::bench::run(job, options_.method);
         const EarlierRun::Figure* earlier = earlier_ ? earlier_->find(result.name) : nullptr;
         if (!options_.json) report.write(result, earlier);
-        count(result);
+        note(result);
     }
     void run(const kap::bench::GrowthJob& job, kap::bench::Report& report) {
         const auto result = kap::bench::run(job);
         if (!options_.json) report.write(result);
-        count(result);
+        note(result);
     }
 
     template <class AnyResult>
-    void count(const AnyResult& result) {
+    void note(const AnyResult& result) {
         if (options_.json) std::cout << kap::bench::toJson(result) << std::endl;
         met_ += result.isMet() ? 1U : 0U;
         allRight_ = allRight_ && result.failure.empty();
@@ -126,11 +126,13 @@ int main(int argc, char** argv) {
     CLI::App app(
         "Measures the library beside its baselines. Exits with 1 when a job's result is wrong.");
     app.add_option("filter", options.filter, "run only the jobs whose names match this pattern");
-    app.add_flag("--growth", options.growth,
-                 "run the jobs that tell how time and memory grow with size (minutes)");
+    auto* growth =
+        app.add_flag("--growth", options.growth,
+                     "run the jobs that tell how time and memory grow with size (minutes)");
     app.add_flag("--json", options.json, "print one JSON object a line; times are nanoseconds");
     app.add_option("--compare", options.compare, "compare with what --json had printed into a file")
-        ->type_name("FILE");
+        ->type_name("FILE")
+        ->excludes(growth);
     app.add_flag("--list", options.list, "print the names of the jobs and stop");
     app.add_option("--repetitions", options.method.repetitions, "repetitions of each arm")
         ->check(CLI::PositiveNumber);

@@ -24,7 +24,7 @@ const ReferenceText* referenceTextOf(std::string_view className) {
 }
 
 // The documentation that has been asked for.
-class DocumentationShelf {
+class DocumentationCache {
 public:
     const ClassDocumentation* find(const ClassDescription& description,
                                    DocumentationLanguage language) {
@@ -104,8 +104,8 @@ const Documentation* ClassDocumentation::find(std::string_view memberName) const
 
 const ClassDocumentation* documentationOf(const ClassDescription& description,
                                           DocumentationLanguage language) {
-    static DocumentationShelf shelf;
-    return shelf.find(description, language);
+    static DocumentationCache cache;
+    return cache.find(description, language);
 }
 
 const Documentation* documentationOf(const ClassDescription& description,

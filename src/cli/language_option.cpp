@@ -16,8 +16,7 @@ Option languageOption(Language& language, const char* help) {
 }
 
 Language userLanguage() {
-    return userDocumentationLanguage() == DocumentationLanguage::Italian ? Language::Italian
-                                                                         : Language::English;
+    return userDocumentationLanguage();
 }
 
 }  // namespace kap::cli

@@ -1,10 +1,10 @@
 #pragma once
 
-#include <cstdint>
+#include <kaputil/catalogue/documentation.hpp>
 
 namespace kap::cli {
 
 // Of what is made for people to read.
-enum class Language : std::uint8_t { Italian, English };
+using Language = DocumentationLanguage;
 
 }  // namespace kap::cli

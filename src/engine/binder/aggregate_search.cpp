@@ -1,5 +1,6 @@
 #include <algorithm>
 
+#include "engine/binder/aggregates.hpp"
 #include "engine/binder/binder.hpp"
 #include "tsql/stack_limit.hpp"
 

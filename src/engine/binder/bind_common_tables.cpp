@@ -3,6 +3,7 @@
 
 #include "base/ascii.hpp"
 #include "engine/binder/binder.hpp"
+#include "engine/binder/bound_select.hpp"
 #include "engine/binder/row_numbers.hpp"
 #include "tsql/server_error.hpp"
 

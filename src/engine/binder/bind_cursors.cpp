@@ -2,6 +2,7 @@
 #include <utility>
 
 #include "engine/binder/binder.hpp"
+#include "engine/binder/bound_select.hpp"
 #include "engine/binder/row_numbers.hpp"
 
 // Cursors through which rows may be written.

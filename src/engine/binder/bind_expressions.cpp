@@ -5,6 +5,7 @@
 #include <kaputil/automation/plain_text.hpp>
 
 #include "base/ascii.hpp"
+#include "engine/binder/aggregates.hpp"
 #include "engine/binder/binder.hpp"
 #include "engine/binder/collations.hpp"
 #include "engine/binder/system_values.hpp"

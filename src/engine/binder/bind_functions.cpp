@@ -4,6 +4,7 @@
 #include <kaputil/automation/plain_text.hpp>
 
 #include "base/ascii.hpp"
+#include "engine/binder/aggregates.hpp"
 #include "engine/binder/binder.hpp"
 #include "engine/binder/collations.hpp"
 #include "engine/binder/function_table.hpp"

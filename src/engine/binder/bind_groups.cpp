@@ -4,7 +4,9 @@
 #include <kaputil/automation/plain_text.hpp>
 
 #include "base/ascii.hpp"
+#include "engine/binder/aggregates.hpp"
 #include "engine/binder/binder.hpp"
+#include "engine/binder/bound_select.hpp"
 #include "engine/sqlite/sql_writer.hpp"
 #include "tsql/server_error.hpp"
 

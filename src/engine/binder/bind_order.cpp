@@ -4,6 +4,7 @@
 
 #include "base/ascii.hpp"
 #include "engine/binder/binder.hpp"
+#include "engine/binder/bound_select.hpp"
 #include "engine/sqlite/sql_writer.hpp"
 #include "tsql/server_error.hpp"
 

@@ -6,6 +6,7 @@
 
 #include "base/ascii.hpp"
 #include "engine/binder/binder.hpp"
+#include "engine/binder/bound_select.hpp"
 #include "engine/binder/type_rules.hpp"
 #include "engine/sqlite/sql_writer.hpp"
 #include "tsql/parser.hpp"

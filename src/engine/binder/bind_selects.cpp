@@ -1,7 +1,9 @@
 #include <algorithm>
 #include <utility>
 
+#include "engine/binder/aggregates.hpp"
 #include "engine/binder/binder.hpp"
+#include "engine/binder/bound_select.hpp"
 #include "engine/binder/type_rules.hpp"
 #include "engine/sqlite/sql_writer.hpp"
 #include "tsql/server_error.hpp"

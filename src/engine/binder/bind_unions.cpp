@@ -1,4 +1,5 @@
 #include "engine/binder/binder.hpp"
+#include "engine/binder/bound_select.hpp"
 #include "engine/binder/type_rules.hpp"
 #include "tsql/server_error.hpp"
 

@@ -1,7 +1,9 @@
 #include <algorithm>
 #include <utility>
 
+#include "engine/binder/aggregates.hpp"
 #include "engine/binder/binder.hpp"
+#include "engine/binder/bound_select.hpp"
 #include "engine/binder/row_numbers.hpp"
 #include "engine/catalog/object_names.hpp"
 #include "tsql/server_error.hpp"

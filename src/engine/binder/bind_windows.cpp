@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "base/ascii.hpp"
+#include "engine/binder/aggregates.hpp"
 #include "engine/binder/binder.hpp"
 #include "engine/binder/server_functions.hpp"
 #include "engine/binder/type_rules.hpp"

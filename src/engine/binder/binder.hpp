@@ -1,4 +1,3 @@
-// length: the declarations of one class
 #pragma once
 
 #include <memory>
@@ -484,39 +483,5 @@ private:
     bool needsRowNumbers_ = false;  // of the tables in FROM, for a statement that writes them
     bool withinBrackets_ = false;   // a join in a join is being bound
 };
-
-// A SELECT before its items are put into text: what follows may still convert or order them.
-struct Binder::BoundSelect {
-    struct OrderKey {
-        std::optional<std::size_t> item;  // of the list
-        BoundExpression value;            // where it is none of the list
-        bool descending = false;
-    };
-    std::unique_ptr<Scope> scope;
-    bool distinct = false;
-    std::vector<OutputColumn> items;
-    std::string tail;            // FROM to HAVING, each part after a blank
-    sql::Expression limit;       // what LIMIT takes; none without TOP
-    std::string order;           // ORDER BY, after a blank
-    bool ties = false;           // TOP n WITH TIES
-    bool ranked = false;         // `limit` is compared with the numbers of the rows
-    std::vector<OrderKey> keys;  // what `order` holds, term by term
-    bool ordersByOuter = false;  // by columns of a query around, which SQLite cannot
-    bool grouped = false;
-};
-
-// The rows that number the grouping sets, to be joined with the rows that are grouped.
-[[nodiscard]] std::string groupingSetsSource(std::size_t count, bool joins);
-
-// True when an aggregate function stands in the expression, outside subqueries.
-[[nodiscard]] bool containsAggregate(const tsql::Expression& expression);
-
-// True for COUNT, SUM, AVG, MIN, MAX and COUNT_BIG.
-[[nodiscard]] bool isAggregateName(const tsql::ObjectName& name);
-// STDEV, STDEVP, VAR and VARP, in small letters.
-[[nodiscard]] bool isStatisticsName(std::string_view name);
-[[nodiscard]] tsql::ServerError aggregateOfAggregate(int line);
-// A function that numbers or compares the rows of a window has no meaning without OVER.
-void refuseWithoutWindow(const tsql::FunctionCall& call, int line);
 
 }  // namespace kap::engine

@@ -9,27 +9,10 @@
 namespace kap::engine {
 namespace {
 
-// So far apart are the first and the last of a sequence's numbers, in steps.
-std::uint64_t stepsBetween(std::int64_t from, std::int64_t to, std::int64_t increment) {
-    const auto distance = increment > 0
-                              ? static_cast<std::uint64_t>(to) - static_cast<std::uint64_t>(from)
-                              : static_cast<std::uint64_t>(from) - static_cast<std::uint64_t>(to);
-    const auto bits = static_cast<std::uint64_t>(increment);
-    return distance / (increment > 0 ? bits : 0 - bits);
-}
-
 // `number` so many steps on; it stays within the limits of the sequence.
 std::int64_t stepped(std::int64_t number, std::uint64_t steps, std::int64_t increment) {
     return static_cast<std::int64_t>(static_cast<std::uint64_t>(number) +
                                      steps * static_cast<std::uint64_t>(increment));
-}
-
-std::int64_t farEnd(const Sequence& sequence) {
-    return sequence.increment > 0 ? sequence.maximum : sequence.minimum;
-}
-
-std::int64_t nearEnd(const Sequence& sequence) {
-    return sequence.increment > 0 ? sequence.minimum : sequence.maximum;
 }
 
 }  // namespace
@@ -71,23 +54,22 @@ Counters::Drawn Counters::draw(const Sequence& sequence, std::int64_t count) {
     }
     Counter& counter = current(sequence.name);
     Drawn drawn{counter.first, counter.first, 0};
-    const std::int64_t end = farEnd(sequence);
+    const std::int64_t end = sequence.farEnd();
     const auto passed = [&](std::int64_t last) {
         return sequence.increment > 0 ? last >= end : last <= end;
     };
     if (counter.started) {
-        const bool more =
-            !passed(counter.last) && stepsBetween(counter.last, end, sequence.increment) > 0;
+        const bool more = !passed(counter.last) && sequence.stepsBetween(counter.last, end) > 0;
         if (!more && !sequence.cycles) {
             throw tsql::ServerError(
                 count > 1 ? tsql::Message::RangeTooLarge : tsql::Message::SequenceExhausted,
                 {bareName(sequence.name)});
         }
-        drawn.first = more ? stepped(counter.last, 1, sequence.increment) : nearEnd(sequence);
+        drawn.first = more ? stepped(counter.last, 1, sequence.increment) : sequence.nearEnd();
         drawn.cycles = more ? 0 : 1;
     }
     auto steps = static_cast<std::uint64_t>(count - 1);
-    const std::uint64_t room = stepsBetween(drawn.first, end, sequence.increment);
+    const std::uint64_t room = sequence.stepsBetween(drawn.first, end);
     if (steps > room && !sequence.cycles) {
         throw tsql::ServerError(tsql::Message::RangeTooLarge, {bareName(sequence.name)});
     }
@@ -95,13 +77,13 @@ Counters::Drawn Counters::draw(const Sequence& sequence, std::int64_t count) {
     if (steps > room) {
         // The first step beyond the end leads to the other one.
         steps -= room + 1;
-        const std::uint64_t whole = stepsBetween(nearEnd(sequence), end, sequence.increment);
+        const std::uint64_t whole = sequence.stepsBetween(sequence.nearEnd(), end);
         drawn.cycles += 1;
         if (whole < std::numeric_limits<std::uint64_t>::max()) {
             drawn.cycles += static_cast<std::int64_t>(steps / (whole + 1));
             steps %= whole + 1;
         }
-        drawn.last = nearEnd(sequence);
+        drawn.last = sequence.nearEnd();
     }
     drawn.last = stepped(drawn.last, steps, sequence.increment);
     counter.last = drawn.last;

@@ -1,5 +1,6 @@
 #include "engine/catalog/index_notes.hpp"
 
+#include "base/quoting.hpp"
 #include "tsql/parser.hpp"
 #include "tsql/server_error.hpp"
 
@@ -11,21 +12,27 @@ constexpr std::string_view kNoteCloses = "*/";
 constexpr std::string_view kIgnores = " ignore_dup_key";
 constexpr std::string_view kIncludes = " include ";
 
-// "[a], [b]"; whatever the names are, they end no comment.
+// A name that ends no comment, whatever it is.
+std::string encoded(const std::string& name) {
+    std::string text;
+    for (const char letter : name) {
+        if (letter == '*') {
+            text += "%2A";
+        } else if (letter == '%') {
+            text += "%25";
+        } else {
+            text += letter;
+        }
+    }
+    return text;
+}
+
+// "[a], [b]".
 std::string listed(const std::vector<std::string>& names) {
     std::string text;
     for (const std::string& name : names) {
-        text += text.empty() ? "[" : ", [";
-        for (const char letter : name) {
-            if (letter == '*') {
-                text += "%2A";
-            } else if (letter == '%') {
-                text += "%25";
-            } else {
-                text.append(letter == ']' ? 2 : 1, letter);
-            }
-        }
-        text += ']';
+        if (!text.empty()) text += ", ";
+        text += inBrackets(encoded(name));
     }
     return text;
 }

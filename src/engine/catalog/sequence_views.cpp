@@ -20,7 +20,10 @@ bool isExhausted(const SchemaCatalogue::SequenceState& state) {
     return __builtin_add_overflow(*state.last, own.increment, &next) || !own.holds(next);
 }
 
-SystemRows sysSequences(const SchemaCatalogue& catalogue) {
+using Columns = decltype(SystemRows::columns);
+
+// A view of objects: what is told of all of them, and what of these.
+SystemRows viewOfObjects(const Columns& own) {
     SystemRows view{{{"name", kName},
                      {"object_id", kInt},
                      {"principal_id", kInt},
@@ -28,22 +31,27 @@ SystemRows sysSequences(const SchemaCatalogue& catalogue) {
                      {"parent_object_id", kInt},
                      {"type", kType},
                      {"type_desc", kShort},
-                     {"is_ms_shipped", kBit},
-                     {"start_value", kNumber},
-                     {"increment", kNumber},
-                     {"minimum_value", kNumber},
-                     {"maximum_value", kNumber},
-                     {"is_cycling", kBit},
-                     {"is_cached", kBit},
-                     {"cache_size", kInt},
-                     {"system_type_id", kTinyInt},
-                     {"user_type_id", kInt},
-                     {"precision", kTinyInt},
-                     {"scale", kTinyInt},
-                     {"current_value", kNumber},
-                     {"is_exhausted", kBit},
-                     {"last_used_value", kNumber}},
+                     {"is_ms_shipped", kBit}},
                     {}};
+    view.columns.insert(view.columns.end(), own.begin(), own.end());
+    return view;
+}
+
+SystemRows sysSequences(const SchemaCatalogue& catalogue) {
+    SystemRows view = viewOfObjects({{"start_value", kNumber},
+                                     {"increment", kNumber},
+                                     {"minimum_value", kNumber},
+                                     {"maximum_value", kNumber},
+                                     {"is_cycling", kBit},
+                                     {"is_cached", kBit},
+                                     {"cache_size", kInt},
+                                     {"system_type_id", kTinyInt},
+                                     {"user_type_id", kInt},
+                                     {"precision", kTinyInt},
+                                     {"scale", kTinyInt},
+                                     {"current_value", kNumber},
+                                     {"is_exhausted", kBit},
+                                     {"last_used_value", kNumber}});
     view.ofTheMoment = true;
     for (const SchemaCatalogue::SequenceState& state : catalogue.sequences()) {
         const Sequence& own = state.definition;
@@ -75,16 +83,7 @@ SystemRows sysSequences(const SchemaCatalogue& catalogue) {
 }
 
 SystemRows sysSynonyms(const SchemaCatalogue& catalogue) {
-    SystemRows view{{{"name", kName},
-                     {"object_id", kInt},
-                     {"principal_id", kInt},
-                     {"schema_id", kInt},
-                     {"parent_object_id", kInt},
-                     {"type", kType},
-                     {"type_desc", kShort},
-                     {"is_ms_shipped", kBit},
-                     {"base_object_name", kLongName}},
-                    {}};
+    SystemRows view = viewOfObjects({{"base_object_name", kLongName}});
     for (const StoredObject& object : catalogue.objects()) {
         if (object.kind != StoredKind::Synonym) continue;
         view.rows.push_back({bare(object.name), number(objectId(object.name)), Value(),

@@ -54,15 +54,6 @@ std::optional<SequenceRange> numbersOf(const TypeSpec& type) {
     }
 }
 
-std::uint64_t distance(std::int64_t from, std::int64_t to) {
-    return static_cast<std::uint64_t>(to) - static_cast<std::uint64_t>(from);
-}
-
-std::uint64_t stepSize(std::int64_t number) {
-    const auto bits = static_cast<std::uint64_t>(number);
-    return number < 0 ? 0 - bits : bits;
-}
-
 // What no order of the options can make right.
 void check(const Sequence& sequence, int line) {
     const std::string_view name = bareName(sequence.name);
@@ -83,7 +74,7 @@ void check(const Sequence& sequence, int line) {
     if (sequence.minimum >= sequence.maximum) {
         throw ServerError(Message::MinimumNotLess, {name}, line);
     }
-    if (stepSize(sequence.increment) > distance(sequence.minimum, sequence.maximum)) {
+    if (sequence.stepsBetween(sequence.nearEnd(), sequence.farEnd()) == 0) {
         throw ServerError(Message::IncrementTooLarge, {name}, line);
     }
     if (!sequence.holds(sequence.start)) throw ServerError(Message::StartOutOfRange, {name}, line);
@@ -107,6 +98,16 @@ void take(Sequence& sequence, const tsql::SequenceStatement& statement) {
 }
 
 }  // namespace
+
+// Without a sign, for the ends of 64 bits are further apart than a number of 64 bits with one.
+std::uint64_t Sequence::stepsBetween(std::int64_t from, std::int64_t to) const {
+    const bool grows = increment > 0;
+    const std::uint64_t distance =
+        grows ? static_cast<std::uint64_t>(to) - static_cast<std::uint64_t>(from)
+              : static_cast<std::uint64_t>(from) - static_cast<std::uint64_t>(to);
+    const auto step = static_cast<std::uint64_t>(increment);
+    return distance / (grows ? step : 0 - step);
+}
 
 Sequence sequenceOf(const tsql::SequenceStatement& statement, const std::string& stored, int line) {
     Sequence result;

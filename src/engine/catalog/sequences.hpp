@@ -26,6 +26,11 @@ struct Sequence {
     [[nodiscard]] bool holds(std::int64_t value) const {
         return value >= minimum && value <= maximum;
     }
+    // The limits in the order in which it counts.
+    [[nodiscard]] std::int64_t nearEnd() const { return increment > 0 ? minimum : maximum; }
+    [[nodiscard]] std::int64_t farEnd() const { return increment > 0 ? maximum : minimum; }
+    // How many steps lead from one number to another that it counts later.
+    [[nodiscard]] std::uint64_t stepsBetween(std::int64_t from, std::int64_t to) const;
 };
 
 // What CREATE SEQUENCE makes, under that stored name. Errors 11700 to 11703, 11705, 11706 and

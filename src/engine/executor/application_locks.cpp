@@ -23,8 +23,8 @@ constexpr int kBusyMilliseconds = 10'000;
 
 constexpr const char* kMakeTable =
     "CREATE TABLE IF NOT EXISTS locks (id INTEGER PRIMARY KEY, base TEXT NOT NULL, session TEXT "
-    "NOT "
-    "NULL, process TEXT NOT NULL, resource TEXT NOT NULL, owner INTEGER NOT NULL, modes INTEGER "
+    "NOT NULL, process TEXT NOT NULL, resource TEXT NOT NULL, owner INTEGER NOT NULL, modes "
+    "INTEGER "
     "NOT NULL, count INTEGER NOT NULL, waits INTEGER NOT NULL)";
 
 // For databases without a file, and where no folder can be written: one of the process alone.
@@ -37,7 +37,9 @@ std::filesystem::path storeFolder() {
     folder /= "kaputil-locks-" + loginName();
     std::filesystem::create_directories(folder, failure);
     if (failure) return {};
+    // Another user's folder is left alone: it would take what this one writes.
     std::filesystem::permissions(folder, std::filesystem::perms::owner_all, failure);
+    if (failure) return {};
     return folder;
 }
 
@@ -108,6 +110,25 @@ private:
     std::optional<Database> file_;
 };
 
+// A transaction on the store, undone unless it is kept: one that stayed open would hold everybody
+// up.
+class ApplicationLocks::Change {
+public:
+    explicit Change(ApplicationLocks& locks) : store_((locks.open(), *locks.store_)) {
+        store_.run("BEGIN IMMEDIATE");
+    }
+    Change(const Change&) = delete;
+    Change& operator=(const Change&) = delete;
+    ~Change() {
+        if (store_.inTransaction())
+            sqlite3_exec(store_.handle(), "ROLLBACK", nullptr, nullptr, nullptr);
+    }
+    void keep() { store_.run("COMMIT"); }
+
+private:
+    Database& store_;
+};
+
 ApplicationLocks::ApplicationLocks(std::string file, std::string name)
     : file_(std::move(file)), base_(std::move(name)) {}
 
@@ -168,15 +189,6 @@ void ApplicationLocks::open() {
     store_->run(kMakeTable);
 }
 
-void ApplicationLocks::begin() {
-    open();
-    store_->run("BEGIN IMMEDIATE");
-}
-
-void ApplicationLocks::end() {
-    store_->run("COMMIT");
-}
-
 // Those of one resource, or of all.
 std::vector<ApplicationLocks::Entry> ApplicationLocks::entries(const std::string* resource) {
     PreparedStatement rows(store_->handle(),
@@ -201,9 +213,9 @@ std::vector<ApplicationLocks::Entry> ApplicationLocks::living(std::vector<Entry>
         if (!added) continue;
         process->second = presence_->isAlive(entry.process);
         if (process->second) continue;
-        PreparedStatement bury(store_->handle(), "DELETE FROM locks WHERE process = ?1");
-        bury.bind(1, std::string_view(entry.process));
-        bury.run();
+        PreparedStatement remove(store_->handle(), "DELETE FROM locks WHERE process = ?1");
+        remove.bind(1, std::string_view(entry.process));
+        remove.run();
     }
     std::erase_if(found, [&](const Entry& entry) { return !known.find(entry.process)->second; });
     return found;
@@ -228,27 +240,31 @@ bool ApplicationLocks::isInTheWay(const std::vector<Entry>& all, Modes wanted) c
 
 ApplicationLocks::Answer ApplicationLocks::attempt(const std::string& resource, Modes wanted,
                                                    Owner owner, bool waits) {
-    begin();
-    try {
-        const std::vector<Entry> all = living(entries(&resource));
-        // Who waits looks past those who came later, and not past those who hold it.
-        std::vector<Entry> holders = all;
-        std::erase_if(holders, [](const Entry& entry) { return entry.waits; });
-        Answer answer = Answer::Granted;
-        if (isInTheWay(all, wanted) || isInTheWay(holders, wanted)) {
-            answer = Answer::Refused;
-            if (waits) wait(all, resource, wanted, owner);
-            if (waits && closesCircle()) answer = Answer::Deadlock;
-        } else {
-            grant(all, resource, wanted, owner);
-        }
-        end();
-        return answer;
-    } catch (...) {
-        if (store_->inTransaction())
-            sqlite3_exec(store_->handle(), "ROLLBACK", nullptr, nullptr, nullptr);
-        throw;
+    Change change(*this);
+    const std::vector<Entry> all = living(entries(&resource));
+    // Who waits looks past those who came later, and not past those who hold it.
+    std::vector<Entry> holders = all;
+    std::erase_if(holders, [](const Entry& entry) { return entry.waits; });
+    Answer answer = Answer::Granted;
+    if (isInTheWay(all, wanted) || isInTheWay(holders, wanted)) {
+        answer = Answer::Refused;
+        if (waits) wait(all, resource, wanted, owner);
+        if (waits && closesCircle()) answer = Answer::Deadlock;
+    } else {
+        grant(all, resource, wanted, owner);
     }
+    change.keep();
+    return answer;
+}
+
+void ApplicationLocks::describe(PreparedStatement& write, const std::string& resource, Modes wanted,
+                                Owner owner) const {
+    write.bind(1, std::string_view(base_));
+    write.bind(2, std::string_view(session_));
+    write.bind(3, std::string_view(presence_->name()));
+    write.bind(4, std::string_view(resource));
+    write.bind(5, static_cast<std::int64_t>(owner));
+    write.bind(6, std::int64_t{wanted});
 }
 
 void ApplicationLocks::grant(const std::vector<Entry>& all, const std::string& resource,
@@ -260,14 +276,9 @@ void ApplicationLocks::grant(const std::vector<Entry>& all, const std::string& r
         store_->handle(),
         own == all.end() ? "INSERT INTO locks VALUES (NULL, ?1, ?2, ?3, ?4, ?5, ?6, 1, 0)"
                          : "UPDATE locks SET modes = modes | ?6, count = count + 1 WHERE base = ?1 "
-                           "AND session = "
-                           "?2 AND process = ?3 AND resource = ?4 AND owner = ?5 AND waits = 0");
-    write.bind(1, std::string_view(base_));
-    write.bind(2, std::string_view(session_));
-    write.bind(3, std::string_view(presence_->name()));
-    write.bind(4, std::string_view(resource));
-    write.bind(5, static_cast<std::int64_t>(owner));
-    write.bind(6, std::int64_t{wanted});
+                           "AND session = ?2 AND process = ?3 AND resource = ?4 AND owner = ?5 AND "
+                           "waits = 0");
+    describe(write, resource, wanted, owner);
     write.run();
     PreparedStatement done(store_->handle(), "DELETE FROM locks WHERE session = ?1 AND waits = 1");
     done.bind(1, std::string_view(session_));
@@ -282,12 +293,7 @@ void ApplicationLocks::wait(const std::vector<Entry>& all, const std::string& re
     if (there) return;
     PreparedStatement write(store_->handle(),
                             "INSERT INTO locks VALUES (NULL, ?1, ?2, ?3, ?4, ?5, ?6, 0, 1)");
-    write.bind(1, std::string_view(base_));
-    write.bind(2, std::string_view(session_));
-    write.bind(3, std::string_view(presence_->name()));
-    write.bind(4, std::string_view(resource));
-    write.bind(5, static_cast<std::int64_t>(owner));
-    write.bind(6, std::int64_t{wanted});
+    describe(write, resource, wanted, owner);
     write.run();
 }
 
@@ -338,7 +344,7 @@ int ApplicationLocks::take(const std::string& resource, Modes wanted, Owner owne
 }
 
 bool ApplicationLocks::giveBack(const std::string& resource, Owner owner) {
-    begin();
+    Change change(*this);
     PreparedStatement less(
         store_->handle(),
         "UPDATE locks SET count = count - 1 WHERE base = ?1 AND session = ?2 AND "
@@ -350,7 +356,7 @@ bool ApplicationLocks::giveBack(const std::string& resource, Owner owner) {
     less.run();
     const bool held = store_->changes() > 0;
     store_->run("DELETE FROM locks WHERE count = 0 AND waits = 0");
-    end();
+    change.keep();
     return held;
 }
 
@@ -365,9 +371,9 @@ ApplicationLocks::Modes ApplicationLocks::held(const std::string& resource, Owne
 }
 
 bool ApplicationLocks::isFree(const std::string& resource, Modes wanted) {
-    begin();
+    Change change(*this);
     const std::vector<Entry> all = living(entries(&resource));
-    end();
+    change.keep();
     return !isInTheWay(all, wanted);
 }
 

@@ -61,6 +61,7 @@ public:
 
 private:
     class Presence;
+    class Change;
 
     // A lock that is held or waited for.
     struct Entry {
@@ -77,14 +78,15 @@ private:
 
     [[nodiscard]] static bool goTogether(Modes left, Modes right);
     void open();
-    void begin();
-    void end();
     [[nodiscard]] std::vector<Entry> entries(const std::string* resource);
     [[nodiscard]] std::vector<Entry> living(std::vector<Entry> found);
     [[nodiscard]] Answer attempt(const std::string& resource, Modes wanted, Owner owner,
                                  bool waits);
     [[nodiscard]] bool isInTheWay(const std::vector<Entry>& all, Modes wanted) const;
     [[nodiscard]] bool closesCircle();
+    // Binds the values 1 to 6 of a statement that writes a lock of this session.
+    void describe(PreparedStatement& write, const std::string& resource, Modes wanted,
+                  Owner owner) const;
     void grant(const std::vector<Entry>& all, const std::string& resource, Modes wanted,
                Owner owner);
     void wait(const std::vector<Entry>& all, const std::string& resource, Modes wanted,

@@ -1,4 +1,3 @@
-#include <algorithm>
 #include <array>
 #include <chrono>
 
@@ -6,6 +5,7 @@
 
 #include "base/ascii.hpp"
 #include "engine/executor/stored_value.hpp"
+#include "engine/script/procedure_arguments.hpp"
 #include "engine/script/script_runner.hpp"
 #include "engine/sqlite/time_limit.hpp"
 
@@ -33,20 +33,7 @@ std::vector<std::optional<std::string>> byParameter(const tsql::ExecuteStatement
                                                     const std::string& procedure, int line) {
     std::vector<std::optional<std::string>> result(parameters.size());
     for (std::size_t i = 0; i < texts.size(); ++i) {
-        const std::string& name = call.arguments[i].name;
-        std::size_t place = i;
-        if (!name.empty()) {
-            const auto found = std::ranges::find_if(parameters, [&](const char* parameter) {
-                return equalsIgnoringCase(parameter, name);
-            });
-            if (found == parameters.end()) {
-                throw ServerError(tsql::Message::NoParameterOfProcedure, {name, procedure}, line);
-            }
-            place = static_cast<std::size_t>(found - parameters.begin());
-        }
-        if (place >= result.size()) {
-            throw ServerError(tsql::Message::TooManyArguments, {procedure}, line);
-        }
+        const std::size_t place = placeOfArgument(call, i, parameters, procedure, line);
         const auto* value = call.arguments[i].value.get();
         const auto* literal = value == nullptr ? nullptr : std::get_if<tsql::Literal>(&value->node);
         const bool absent =

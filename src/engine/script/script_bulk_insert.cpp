@@ -22,18 +22,19 @@ namespace {
 
 constexpr tsql::TypeSpec kFieldText{SqlType::NVarChar, tsql::kMaxLength};
 
+// Whether a field of the file goes into the column: what the database gives is passed over.
+bool takesField(const Column& column, const tsql::BulkInsertStatement& bulk) {
+    return !column.isRowVersion() && (!column.identity || bulk.keepsIdentity);
+}
+
+}  // namespace
+
 // An INSERT of one row, whose columns have values or, where there is none, their defaults.
-struct BulkRow {
+struct ScriptRunner::BulkRow {
     std::shared_ptr<tsql::Script> script;
     std::unique_ptr<Program> program;
     CompiledStatement prepared;
 };
-
-std::string placeText(std::int64_t number) {
-    return plain::text(number);
-}
-
-}  // namespace
 
 void ScriptRunner::bulkInsert(Frame& frame, const tsql::BulkInsertStatement& node, int line,
                               std::vector<ado::Result>& results) {
@@ -44,9 +45,6 @@ void ScriptRunner::bulkInsert(Frame& frame, const tsql::BulkInsertStatement& nod
     for (const Column& column : table.columns) {
         if (!column.computed) columns.push_back(&column);
     }
-    WriteSettings settings = state_.writes;
-    settings.rowLimit = 0;
-    if (node.keepsIdentity) settings.identityInsert = table.name;
     // By which columns have a value.
     std::map<std::vector<bool>, BulkRow> kinds;
     std::int64_t row = 0;
@@ -60,38 +58,11 @@ void ScriptRunner::bulkInsert(Frame& frame, const tsql::BulkInsertStatement& nod
         std::vector<bool> given;
         if (!bulkValues(columns, *fields, node, row, values, given, line)) {
             if (++errors <= node.maxErrors) continue;
-            throw ServerError(tsql::Message::TooManyBulkErrors, {placeText(node.maxErrors)}, line);
+            throw ServerError(tsql::Message::TooManyBulkErrors, {plain::text(node.maxErrors)},
+                              line);
         }
         BulkRow& kind = kinds[given];
-        if (kind.program == nullptr) {
-            std::vector<tsql::DeclaredVariable> variables;
-            tsql::InsertStatement insert;
-            insert.table = node.table;
-            insert.rows.emplace_back();
-            for (std::size_t i = 0, place = 0; i < columns.size(); ++i) {
-                const Column& column = *columns[i];
-                if (column.isRowVersion() || (column.identity && !node.keepsIdentity)) continue;
-                insert.columns.push_back(column.name);
-                tsql::ValueOrDefault& value = insert.rows.back().emplace_back();
-                if (!given[place++]) continue;
-                tsql::DeclaredVariable& variable = variables.emplace_back();
-                variable.name = "?" + placeText(static_cast<std::int64_t>(variables.size()));
-                variable.type = column.type;
-                value.value = std::make_unique<tsql::Expression>(
-                    tsql::Expression{tsql::VariableReference{variable.name}, line, 1});
-            }
-            kind.script = std::make_shared<tsql::Script>();
-            kind.script->push_back({std::move(insert), line});
-            kind.program = std::make_unique<Program>(kind.script, catalogue_, variables);
-            kind.program->names().setSchema(frame.program.names().schema());
-            kind.program->names().follow(settings);
-            statements_.translate(kind.prepared, kind.script->front(), kind.program->names());
-            if (!node.firesTriggers) {
-                auto plain = std::make_shared<Translation>(*kind.prepared.translation);
-                plain->capture.reset();
-                kind.prepared.translation = std::move(plain);
-            }
-        }
+        if (kind.program == nullptr) makeBulkRow(kind, columns, given, frame, node, line);
         Frame inner(*kind.program);
         inner.keepsTables = true;
         inner.values = std::move(values);
@@ -106,6 +77,42 @@ void ScriptRunner::bulkInsert(Frame& frame, const tsql::BulkInsertStatement& nod
     if (!state_.noCount) results.emplace_back().rowsAffected = count;
 }
 
+void ScriptRunner::makeBulkRow(BulkRow& row, const std::vector<const Column*>& columns,
+                               const std::vector<bool>& given, const Frame& frame,
+                               const tsql::BulkInsertStatement& node, int line) {
+    std::vector<tsql::DeclaredVariable> variables;
+    tsql::InsertStatement insert;
+    insert.table = node.table;
+    insert.rows.emplace_back();
+    std::size_t place = 0;
+    for (const Column* column : columns) {
+        if (!takesField(*column, node)) continue;
+        insert.columns.push_back(column->name);
+        tsql::ValueOrDefault& value = insert.rows.back().emplace_back();
+        if (!given[place++]) continue;
+        tsql::DeclaredVariable& variable = variables.emplace_back();
+        variable.name = "?" + plain::text(static_cast<std::int64_t>(variables.size()));
+        variable.type = column->type;
+        value.value = std::make_unique<tsql::Expression>(
+            tsql::Expression{tsql::VariableReference{variable.name}, line, 1});
+    }
+    row.script = std::make_shared<tsql::Script>();
+    row.script->push_back({std::move(insert), line});
+    row.program = std::make_unique<Program>(row.script, catalogue_, variables);
+    WriteSettings settings = state_.writes;
+    settings.rowLimit = 0;
+    if (node.keepsIdentity) {
+        settings.identityInsert = requireTable(node.table, frame.program.names()).name;
+    }
+    row.program->names().setSchema(frame.program.names().schema());
+    row.program->names().follow(settings);
+    statements_.translate(row.prepared, row.script->front(), row.program->names());
+    if (node.firesTriggers) return;
+    auto silent = std::make_shared<Translation>(*row.prepared.translation);
+    silent->capture.reset();
+    row.prepared.translation = std::move(silent);
+}
+
 // The fields of a row as values of its columns, those that have one. False when one of them cannot
 // be read, which has been told.
 bool ScriptRunner::bulkValues(const std::vector<const Column*>& columns,
@@ -115,7 +122,7 @@ bool ScriptRunner::bulkValues(const std::vector<const Column*>& columns,
     constexpr int kTruncated = 8152;
     for (std::size_t i = 0; i < columns.size(); ++i) {
         const Column& column = *columns[i];
-        if (column.isRowVersion() || (column.identity && !node.keepsIdentity)) continue;
+        if (!takesField(column, node)) continue;
         // What is not there is the default, or a null that is to stay one.
         given.push_back(fields[i] || node.keepsNulls || !column.defaultSql);
         if (!given.back()) continue;
@@ -131,7 +138,8 @@ bool ScriptRunner::bulkValues(const std::vector<const Column*>& columns,
             report(ServerError(
                 error.number() == kTruncated ? tsql::Message::BulkTruncation
                                              : tsql::Message::BulkConversion,
-                {placeText(row), placeText(static_cast<std::int64_t>(i) + 1), column.name}, line));
+                {plain::text(row), plain::text(static_cast<std::int64_t>(i) + 1), column.name},
+                line));
             return false;
         }
     }

@@ -3,7 +3,7 @@
 #include <utility>
 #include <vector>
 
-#include "base/ascii.hpp"
+#include "base/quoting.hpp"
 #include "engine/catalog/bound_rules.hpp"
 #include "engine/catalog/object_names.hpp"
 #include "engine/script/script_runner.hpp"
@@ -21,13 +21,6 @@ namespace {
 
 constexpr const char* kDefaultConstraint = "D ";
 constexpr const char* kCheckConstraint = "C ";
-
-std::string inBrackets(std::string_view name) {
-    std::string result = "[";
-    for (const char c : name)
-        result += c == ']' ? std::string("]]") : std::string(1, c);
-    return result + "]";
-}
 
 std::string tableInBrackets(const Table& table) {
     return inBrackets(schemaOf(table.name)) + "." + inBrackets(bareName(table.name));
@@ -53,6 +46,19 @@ void refuseColumn(const Column& column, bool isDefault, int line) {
     if (!isDefault && (computed || tsql::isLarge(type))) {
         throw ServerError(tsql::Message::RuleOfComputed, {}, line);
     }
+}
+
+// The statement that binds a default or rule to a column, as a constraint of its table.
+std::string bindingOf(const StoredObject& rule, const Table& table, const std::string& column) {
+    const std::string name =
+        inBrackets(boundRuleName(bareName(rule.name), bareName(table.name), column));
+    const std::string alter = "ALTER TABLE " + tableInBrackets(table);
+    if (rule.kind == StoredKind::Default) {
+        return alter + " ADD CONSTRAINT " + name + " DEFAULT (" + rule.text + ") FOR " +
+               inBrackets(column);
+    }
+    return alter + " WITH NOCHECK ADD CONSTRAINT " + name + " CHECK (" +
+           conditionOf(rule.text, column) + ")";
 }
 
 }  // namespace
@@ -107,6 +113,18 @@ const ConstraintInfo* ScriptRunner::boundConstraint(const std::vector<Constraint
     return found == constraints.end() ? nullptr : &*found;
 }
 
+const StoredObject& ScriptRunner::requireRule(StoredKind kind, const std::string& name,
+                                              int line) const {
+    const std::string stored =
+        resolvedName(tsql::parseObjectName(name), kDefaultSchema, catalogue_);
+    for (const StoredObject& object : catalogue_.objects()) {
+        if (object.kind == kind && sameName(object.name, stored)) return object;
+    }
+    throw ServerError(
+        kind == StoredKind::Default ? tsql::Message::NoSuchDefault : tsql::Message::NoSuchRule,
+        {name}, line);
+}
+
 // sp_bindefault and sp_bindrule 'name', 'table.column'; sp_unbindefault and sp_unbindrule
 // 'table.column'. Whether it was one of them.
 bool ScriptRunner::bindRule(const std::string& procedure, const std::vector<std::string>& arguments,
@@ -127,18 +145,7 @@ bool ScriptRunner::bindRule(const std::string& procedure, const std::vector<std:
     }
     Transactions::WriteScope scope(transactions_);
     const StoredKind kind = isDefault ? StoredKind::Default : StoredKind::Rule;
-    const StoredObject* rule = nullptr;
-    if (!unbinds) {
-        const std::string stored =
-            resolvedName(tsql::parseObjectName(arguments[0]), kDefaultSchema, catalogue_);
-        for (const StoredObject& object : catalogue_.objects()) {
-            if (object.kind == kind && sameName(object.name, stored)) rule = &object;
-        }
-        if (rule == nullptr) {
-            throw ServerError(isDefault ? tsql::Message::NoSuchDefault : tsql::Message::NoSuchRule,
-                              {arguments[0]}, line);
-        }
-    }
+    const StoredObject* rule = unbinds ? nullptr : &requireRule(kind, arguments[0], line);
     const RuledColumn place = ruledColumn(arguments[wanted - 1], line);
     refuseColumn(*place.column, isDefault, line);
     const std::vector<ConstraintInfo> constraints = catalogue_.constraints();
@@ -151,22 +158,15 @@ bool ScriptRunner::bindRule(const std::string& procedure, const std::vector<std:
         throw ServerError(isDefault ? tsql::Message::NoDefaultBound : tsql::Message::NoRuleBound,
                           {arguments[0]}, line);
     }
-    const std::string table = tableInBrackets(*place.table);
-    const std::string column = place.column->name;
-    std::string made;
-    if (rule != nullptr) {
-        const std::string name =
-            inBrackets(boundRuleName(bareName(rule->name), bareName(place.table->name), column));
-        made = "ALTER TABLE " + table + (isDefault ? "" : " WITH NOCHECK") + " ADD CONSTRAINT " +
-               name +
-               (isDefault ? " DEFAULT (" + rule->text + ") FOR " + inBrackets(column)
-                          : " CHECK (" + conditionOf(rule->text, column) + ")");
-    }
+    // Before anything is executed, which may read the catalogue anew.
+    const std::string binding =
+        rule == nullptr ? std::string() : bindingOf(*rule, *place.table, place.column->name);
     if (bound != nullptr) {
-        executeText("ALTER TABLE " + table + " DROP CONSTRAINT " + inBrackets(bound->name), line,
-                    results);
+        executeText("ALTER TABLE " + tableInBrackets(*place.table) + " DROP CONSTRAINT " +
+                        inBrackets(bound->name),
+                    line, results);
     }
-    if (!made.empty()) executeText(made, line, results);
+    if (!binding.empty()) executeText(binding, line, results);
     scope.keep();
     note(std::string(isDefault ? "Default" : "Rule") +
          (unbinds ? " unbound from column." : " bound to column."));

@@ -306,6 +306,8 @@ private:
         const Column* column = nullptr;
     };
     [[nodiscard]] RuledColumn ruledColumn(const std::string& name, int line) const;
+    [[nodiscard]] const StoredObject& requireRule(StoredKind kind, const std::string& name,
+                                                  int line) const;
     [[nodiscard]] const ConstraintInfo* boundConstraint(
         const std::vector<ConstraintInfo>& constraints, const RuledColumn& place,
         const char* type) const;
@@ -333,6 +335,10 @@ private:
     // script_bulk_insert.cpp
     void bulkInsert(Frame& frame, const tsql::BulkInsertStatement& node, int line,
                     std::vector<ado::Result>& results);
+    struct BulkRow;
+    void makeBulkRow(BulkRow& row, const std::vector<const Column*>& columns,
+                     const std::vector<bool>& given, const Frame& frame,
+                     const tsql::BulkInsertStatement& node, int line);
     [[nodiscard]] bool bulkValues(const std::vector<const Column*>& columns,
                                   const std::vector<std::optional<std::string>>& fields,
                                   const tsql::BulkInsertStatement& node, std::int64_t row,

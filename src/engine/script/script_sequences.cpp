@@ -1,14 +1,14 @@
-#include <algorithm>
 #include <array>
 #include <utility>
 
 #include <kaputil/automation/plain_text.hpp>
 
-#include "base/ascii.hpp"
+#include "base/quoting.hpp"
 #include "engine/catalog/object_ids.hpp"
 #include "engine/catalog/object_names.hpp"
 #include "engine/catalog/sequences.hpp"
 #include "engine/executor/stored_value.hpp"
+#include "engine/script/procedure_arguments.hpp"
 #include "engine/script/script_runner.hpp"
 #include "tsql/parser.hpp"
 
@@ -20,27 +20,12 @@ using tsql::SqlType;
 
 namespace {
 
+constexpr const char* kRangeProcedure = "sp_sequence_get_range";
+
 // The parameters of sp_sequence_get_range; those behind the first two are written.
 constexpr std::array kRangeParameters{
     "@sequence_name",     "@range_size",         "@range_first_value",  "@range_last_value",
     "@range_cycle_count", "@sequence_increment", "@sequence_min_value", "@sequence_max_value"};
-
-std::size_t placeOfParameter(const tsql::ExecuteStatement& call, std::size_t argument, int line) {
-    const std::string& name = call.arguments[argument].name;
-    std::size_t place = argument;
-    if (!name.empty()) {
-        const auto* const found = std::ranges::find_if(
-            kRangeParameters,
-            [&](const char* parameter) { return equalsIgnoringCase(parameter, name); });
-        if (found == kRangeParameters.end()) {
-            throw ServerError(tsql::Message::NoParameterOfProcedure,
-                              {name, "sp_sequence_get_range"}, line);
-        }
-        place = static_cast<std::size_t>(found - kRangeParameters.begin());
-    }
-    if (place < kRangeParameters.size()) return place;
-    throw ServerError(tsql::Message::TooManyArguments, {"sp_sequence_get_range"}, line);
-}
 
 // "[dbo].[t]".
 std::string bracketedName(const tsql::ObjectName& name) {
@@ -48,10 +33,7 @@ std::string bracketedName(const tsql::ObjectName& name) {
     for (const std::string& part : name.parts) {
         if (&part != &name.parts.front()) text += '.';
         if (part.empty()) continue;
-        text += '[';
-        for (const char letter : part)
-            text.append(letter == ']' ? 2 : 1, letter);
-        text += ']';
+        text += inBrackets(part);
     }
     return text;
 }
@@ -109,7 +91,7 @@ void ScriptRunner::drawRange(Frame& frame, Instruction& instruction,
     std::array<const tsql::Argument*, kRangeParameters.size()> given{};
     std::array<std::size_t, kRangeParameters.size()> parts{};
     for (std::size_t i = 0; i < node.arguments.size(); ++i) {
-        const std::size_t place = placeOfParameter(node, i, line);
+        const std::size_t place = placeOfArgument(node, i, kRangeParameters, kRangeProcedure, line);
         given.at(place) = &node.arguments[i];
         parts.at(place) = i;
     }
@@ -117,7 +99,7 @@ void ScriptRunner::drawRange(Frame& frame, Instruction& instruction,
     for (std::size_t i = 0; i < 3; ++i) {
         if (given.at(i) != nullptr && given.at(i)->value != nullptr) continue;
         throw ServerError(tsql::Message::ParameterNotSupplied,
-                          {"sp_sequence_get_range", kRangeParameters.at(i)}, line);
+                          {kRangeProcedure, kRangeParameters.at(i)}, line);
     }
     const std::string name = textOf(frame, instruction, parts[0], *given[0]->value);
     const Value size = evaluate(frame, instruction, parts[1], *given[1]->value, {SqlType::BigInt});

@@ -193,12 +193,21 @@ private:
     }
 
     void takeCharacter() {
-        const std::size_t end = rest_.find(';');
-        const std::string referred = rest_.front() == '&' && end != std::string_view::npos
-                                         ? referredCharacter(rest_.substr(1, end - 1))
-                                         : std::string();
-        text_ += referred.empty() ? std::string(1, rest_.front()) : referred;
-        rest_.remove_prefix(referred.empty() ? 1 : end + 1);
+        if (rest_.front() == '&') {
+            // The longest reference is "&#x10FFFF;": no text is searched to its end.
+            constexpr std::size_t kLongest = 10;
+            const std::size_t end = rest_.substr(0, kLongest).find(';');
+            const std::string referred = end == std::string_view::npos
+                                             ? std::string()
+                                             : referredCharacter(rest_.substr(1, end - 1));
+            if (!referred.empty()) {
+                text_ += referred;
+                rest_.remove_prefix(end + 1);
+                return;
+            }
+        }
+        text_ += rest_.front();
+        rest_.remove_prefix(1);
     }
 
     std::string_view rest_;

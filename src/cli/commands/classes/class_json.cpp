@@ -32,7 +32,7 @@ Json headOf(const ShownClass& shown, Language language) {
             {"interface", {{"name", shown.interfaceName}, {"id", shown.interfaceId}}},
             {"instancing", instancingText(shown.instancing)},
             {"defaultMember", orNull(shown.defaultMember)},
-            {"summary", summaryOf(*shown.members, documentationLanguage(language))}};
+            {"summary", summaryOf(*shown.members, language)}};
 }
 
 Json listed(const ShownClass& shown, Language language) {
@@ -89,16 +89,16 @@ Json describe(const ShownClass& shown, const MemberDescription& member, Language
     }
     const bool property = member.kind == MemberKind::Property;
     const char* kind = member.kind == MemberKind::Method ? "method" : "field";
-    return {{"name", member.name.utf8()},
-            {"kind", property ? "property" : kind},
-            {"access", accessOf(member)},
-            {"dispatchId", member.dispatchId},
-            {"default", member.dispatchId == kDefaultMember},
-            {"parameters", std::move(parameters)},
-            {"result", member.result == VarType::Empty ? Json() : Json(typeName(member.result))},
-            {"summary", summaryOf(*shown.members, member, documentationLanguage(language))},
-            {"documentation", documentationJson(documentationOf(*shown.members, member,
-                                                                documentationLanguage(language)))}};
+    return {
+        {"name", member.name.utf8()},
+        {"kind", property ? "property" : kind},
+        {"access", accessOf(member)},
+        {"dispatchId", member.dispatchId},
+        {"default", member.dispatchId == kDefaultMember},
+        {"parameters", std::move(parameters)},
+        {"result", member.result == VarType::Empty ? Json() : Json(typeName(member.result))},
+        {"summary", summaryOf(*shown.members, member, language)},
+        {"documentation", documentationJson(documentationOf(*shown.members, member, language))}};
 }
 
 }  // namespace
@@ -124,8 +124,7 @@ Json catalogueJson(Language language) {
 
 Json classJson(const ShownClass& shown, Language language) {
     Json json = headOf(shown, language);
-    const ClassDocumentation* documentation =
-        documentationOf(*shown.members, documentationLanguage(language));
+    const ClassDocumentation* documentation = documentationOf(*shown.members, language);
     json["documentation"] =
         documentationJson(documentation == nullptr ? nullptr : &documentation->itself);
     json["setup"] = orNull(documentation == nullptr ? std::string() : documentation->setup);

@@ -87,7 +87,7 @@ void printLibrary(std::ostream& out, const Terminal& terminal) {
 }
 
 std::string summaryOf(const ShownClass& shown, Language language) {
-    return kap::summaryOf(*shown.members, documentationLanguage(language));
+    return kap::summaryOf(*shown.members, language);
 }
 
 // In a word or two.
@@ -172,8 +172,7 @@ void printMemberBody(std::ostream& out, const ShownClass& shown, const MemberDes
                      Language language, const Terminal& terminal) {
     const PageWords& words = pageWords(language);
     printSignature(out, member, terminal);
-    const Documentation* documentation =
-        documentationOf(*shown.members, member, documentationLanguage(language));
+    const Documentation* documentation = documentationOf(*shown.members, member, language);
     if (documentation != nullptr) {
         printDocumentation(out, *documentation, kTextIndent, language, terminal);
     }
@@ -204,8 +203,7 @@ void printCatalogue(std::ostream& out, Language language, const Terminal& termin
 void printClass(std::ostream& out, const ShownClass& shown, Language language,
                 const Terminal& terminal) {
     const PageWords& words = pageWords(language);
-    const ClassDocumentation* documentation =
-        documentationOf(*shown.members, documentationLanguage(language));
+    const ClassDocumentation* documentation = documentationOf(*shown.members, language);
     out << terminal.styled(Style::Bold, shown.programmaticName) << '\n';
     if (documentation != nullptr) {
         printDocumentation(out, documentation->itself, 0, language, terminal);

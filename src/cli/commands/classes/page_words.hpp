@@ -140,9 +140,4 @@ inline const PageWords& pageWords(Language language) {
     return {};
 }
 
-[[nodiscard]] inline DocumentationLanguage documentationLanguage(Language language) {
-    return language == Language::Italian ? DocumentationLanguage::Italian
-                                         : DocumentationLanguage::English;
-}
-
 }  // namespace kap::cli

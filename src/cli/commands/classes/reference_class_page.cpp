@@ -109,8 +109,7 @@ std::string memberSection(const ShownClass& shown, const MemberDescription& memb
     const std::string name = member.name.utf8();
     std::string section = "<section id=\"" + html(name) + "\">\n" + element("h2", name) + "\n" +
                           signatureBlock(member);
-    if (const Documentation* documentation =
-            documentationOf(*shown.members, member, documentationLanguage(language))) {
+    if (const Documentation* documentation = documentationOf(*shown.members, member, language)) {
         section += paragraphBlock(*documentation) + parameterList(*documentation, words);
         if (!documentation->result.empty()) {
             section += element("h3", words.result) + "\n" + element("p", documentation->result);
@@ -132,8 +131,7 @@ std::string memberTable(const ShownClass& shown, Language language) {
     for (const MemberDescription& member : shown.members->members) {
         const std::string name = html(member.name.utf8());
         table += "<tr><td><a href=\"#" + name + "\"><code>" + name + "</code></a></td><td>" +
-                 html(summaryOf(*shown.members, member, documentationLanguage(language))) +
-                 "</td></tr>\n";
+                 html(summaryOf(*shown.members, member, language)) + "</td></tr>\n";
     }
     return table + "</table>\n";
 }
@@ -165,8 +163,7 @@ std::string classPage(const ShownClass& shown, Language language) {
     const PageWords& words = pageWords(language);
     std::string body =
         classNavigation(shown, language) + element("h1", shown.programmaticName) + "\n";
-    const ClassDocumentation* documentation =
-        documentationOf(*shown.members, documentationLanguage(language));
+    const ClassDocumentation* documentation = documentationOf(*shown.members, language);
     if (documentation != nullptr) {
         body += paragraphBlock(documentation->itself) + classFacts(shown, words) +
                 valuesTable(documentation->itself.values) +

@@ -49,7 +49,7 @@ search();
 )js";
 
 std::string summaryText(const ShownClass& shown, Language language) {
-    return summaryOf(*shown.members, documentationLanguage(language));
+    return summaryOf(*shown.members, language);
 }
 
 std::string listOf(std::string_view title, const std::vector<ShownClass>& classes,
@@ -71,9 +71,8 @@ std::string entriesOf(Language language) {
         entries.push_back({shown->name, page, summaryText(*shown, language)});
         for (const MemberDescription& member : shown->members->members) {
             const std::string name = member.name.utf8();
-            entries.push_back(
-                {shown->name + "." + name, page + "#" + name,
-                 summaryOf(*shown->members, member, documentationLanguage(language))});
+            entries.push_back({shown->name + "." + name, page + "#" + name,
+                               summaryOf(*shown->members, member, language)});
         }
     }
     std::string text = entries.dump();

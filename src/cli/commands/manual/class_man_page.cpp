@@ -85,12 +85,11 @@ std::string manName(const ShownClass& shown) {
 
 std::string manPage(const ShownClass& shown, Language language) {
     const PageWords& words = pageWords(language);
-    const DocumentationLanguage wanted = documentationLanguage(language);
-    const ClassDocumentation* documentation = documentationOf(*shown.members, wanted);
+    const ClassDocumentation* documentation = documentationOf(*shown.members, language);
     std::string page = ".TH \"" + asciiUpper(manName(shown)) + "\" 3 \"\" \"" +
                        roff((library().description + u" (" + library().fileVersion + u")").utf8()) +
                        "\"\n.SH " + std::string(words.manName) + "\n" + roff(manName(shown)) +
-                       " \\- " + roff(trimmed(summaryOf(*shown.members, wanted), ".")) +
+                       " \\- " + roff(trimmed(summaryOf(*shown.members, language), ".")) +
                        "\n.SH SYNOPSIS\n" + roff(shown.programmaticName) + "\n.SH " +
                        std::string(words.manDescription) + "\n";
     if (documentation != nullptr) {
@@ -99,7 +98,7 @@ std::string manPage(const ShownClass& shown, Language language) {
     }
     for (const MemberDescription& member : shown.members->members) {
         page += ".SH " + roff(member.name.utf8()) + "\n" + manSignature(member);
-        if (const Documentation* told = documentationOf(*shown.members, member, wanted)) {
+        if (const Documentation* told = documentationOf(*shown.members, member, language)) {
             page += manBody(*told, words);
         }
     }

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "engine/binder/binder.hpp"
+
+namespace kap::engine {
+
+// A SELECT before its items are put into text: what follows may still convert or order them.
+struct Binder::BoundSelect {
+    struct OrderKey {
+        std::optional<std::size_t> item;  // of the list
+        BoundExpression value;            // where it is none of the list
+        bool descending = false;
+    };
+    std::unique_ptr<Scope> scope;
+    bool distinct = false;
+    std::vector<OutputColumn> items;
+    std::string tail;            // FROM to HAVING, each part after a blank
+    sql::Expression limit;       // what LIMIT takes; none without TOP
+    std::string order;           // ORDER BY, after a blank
+    bool ties = false;           // TOP n WITH TIES
+    bool ranked = false;         // `limit` is compared with the numbers of the rows
+    std::vector<OrderKey> keys;  // what `order` holds, term by term
+    bool ordersByOuter = false;  // by columns of a query around, which SQLite cannot
+    bool grouped = false;
+};
+
+// The rows that number the grouping sets, to be joined with the rows that are grouped.
+[[nodiscard]] std::string groupingSetsSource(std::size_t count, bool joins);
+
+}  // namespace kap::engine
