@@ -32,13 +32,13 @@ constexpr std::array<CollationEnding, 6> kEndings{{{"CI_AS", {false, true, false
                                                    {"BIN", {true, true, true}},
                                                    {"BIN2", {true, true, true}}}};
 
-std::string withoutSuffixes(std::string name) {
+std::string_view withoutSuffixes(std::string_view name) {
     bool found = true;
     while (found) {
         found = false;
         for (const std::string_view suffix : {"_KS", "_WS", "_SC", "_UTF8", "_VSS"}) {
             if (!name.ends_with(suffix)) continue;
-            name.resize(name.size() - suffix.size());
+            name.remove_suffix(suffix.size());
             found = true;
         }
     }
@@ -67,13 +67,14 @@ char16_t baseLetter(char16_t unit) {
 }  // namespace
 
 std::shared_ptr<const TextCollation> textCollation(std::string_view name, int line) {
-    const std::string upper = withoutSuffixes(asciiUpper(name));
+    const std::string whole = asciiUpper(name);
+    const std::string_view upper = withoutSuffixes(whole);
     if (upper == "DATABASE_DEFAULT" || upper == "CATALOG_DEFAULT") return nullptr;
     const CollationEnding* ending = endingOf(upper);
     if (ending == nullptr) throw ServerError(tsql::Message::InvalidCollation, {name}, line);
     const TextMatching matching = ending->matching;
     if (!matching.cases && matching.accents) return nullptr;
-    const std::string language = upper.substr(0, upper.size() - ending->text.size());
+    const std::string_view language = upper.substr(0, upper.size() - ending->text.size());
     if (std::ranges::find(kOwnLetters, language) == kOwnLetters.end() && !matching.binary) {
         throw tsql::unsupported("COLLATE " + std::string(name), line);
     }
