@@ -33,22 +33,26 @@ void Fields::show(std::shared_ptr<RowCursor> cursor, bool open) {
     const bool same = open_ && open && sameColumns(cursor_->columns(), cursor->columns());
     if (!same) {
         hide();
-        fields_.reserve(cursor->columns().size());
-        for (std::size_t i = 0; i < cursor->columns().size(); ++i) {
-            fields_.push_back(make<Field>(cursor, i));
-        }
-    } else {
-        for (std::size_t i = 0; i < fields_.size(); ++i) {
-            fields_[i]->follow(cursor, i);
-        }
+        fields_.resize(cursor->columns().size());
     }
     cursor_ = std::move(cursor);
     open_ = open;
+    followFrom(0);
+}
+
+void Fields::followFrom(std::size_t first) {
+    for (std::size_t i = first; i < fields_.size(); ++i) {
+        if (fields_[i]) {
+            fields_[i]->follow(cursor_, i);
+        }
+    }
 }
 
 void Fields::hide() {
     for (const Ref<Field>& field : fields_) {
-        field->follow({}, 0);
+        if (field) {
+            field->follow({}, 0);
+        }
     }
     fields_.clear();
     open_ = false;
@@ -78,7 +82,24 @@ std::int32_t Fields::Count() const {
 }
 
 Ref<Field> Fields::Item(const Variant& index) const {
-    return fields_[positionOf(index)];
+    return at(positionOf(index));
+}
+
+const Ref<Field>& Fields::at(std::size_t position) const {
+    Ref<Field>& field = fields_[position];
+    if (!field) {
+        field = make<Field>(cursor_, position);
+    }
+    return field;
+}
+
+std::vector<Variant> Fields::elements() {
+    std::vector<Variant> all;
+    all.reserve(fields_.size());
+    for (std::size_t i = 0; i < fields_.size(); ++i) {
+        all.emplace_back(at(i));
+    }
+    return all;
 }
 
 std::size_t Fields::positionOf(const Variant& index) const {
@@ -124,7 +145,7 @@ void Fields::Append(const String& name, DataTypeEnum type, std::int32_t definedS
     describeByHand(column, type, definedSize,
                    attributesGiven(static_cast<std::int32_t>(attributes)));
     cursor_->table().addColumn(std::move(column));
-    fields_.push_back(make<Field>(cursor_, fields_.size()));
+    fields_.emplace_back();
 }
 
 void Fields::Update() {
@@ -146,11 +167,11 @@ void Fields::Delete(const Variant& index) {
     requireUnopened();
     const std::size_t position = positionOf(index);
     cursor_->table().removeColumn(position);
-    fields_[position]->follow({}, 0);
-    fields_.erase(fields_.begin() + static_cast<std::ptrdiff_t>(position));
-    for (std::size_t i = position; i < fields_.size(); ++i) {
-        fields_[i]->follow(cursor_, i);
+    if (fields_[position]) {
+        fields_[position]->follow({}, 0);
     }
+    fields_.erase(fields_.begin() + static_cast<std::ptrdiff_t>(position));
+    followFrom(position);
 }
 
 }  // namespace kap::ado

@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
 #include <cstdint>
+#include <cstring>
 
 #include <utf8proc.h>
 
@@ -16,6 +18,20 @@ constexpr bool isHighSurrogate(char16_t unit) {
 }
 constexpr bool isLowSurrogate(char16_t unit) {
     return unit >= 0xDC00 && unit <= 0xDFFF;
+}
+
+// How many bytes at the beginning are ASCII.
+std::size_t asciiPrefix(std::string_view bytes) noexcept {
+    constexpr std::uint64_t kHighBits = 0x8080808080808080U;
+    std::size_t i = 0;
+    for (std::uint64_t word = 0; i + sizeof(word) <= bytes.size(); i += sizeof(word)) {
+        std::memcpy(&word, bytes.data() + i, sizeof(word));
+        if ((word & kHighBits) != 0) break;
+    }
+    while (i < bytes.size() && static_cast<unsigned char>(bytes[i]) < 0x80) {
+        ++i;
+    }
+    return i;
 }
 
 void appendUtf16(std::u16string& out, char32_t point) {
@@ -101,11 +117,8 @@ const CaseTable& upperTable() {
 
 std::optional<std::u16string> utf16(std::string_view utf8) {
     const auto* bytes = reinterpret_cast<const utf8proc_uint8_t*>(utf8.data());
-    // Most texts are plain ASCII, one unit a byte; the rest begins at the first byte that is not.
-    std::size_t i = 0;
-    while (i < utf8.size() && bytes[i] < 0x80) {
-        ++i;
-    }
+    // Most texts are plain ASCII, one unit a byte.
+    std::size_t i = asciiPrefix(utf8);
     std::u16string out(bytes, bytes + i);
     while (i < utf8.size()) {
         if (bytes[i] < 0x80) {
@@ -126,7 +139,7 @@ std::optional<std::u16string> utf16(std::string_view utf8) {
 
 bool isUtf8(std::string_view bytes) noexcept {
     const auto* units = reinterpret_cast<const utf8proc_uint8_t*>(bytes.data());
-    for (std::size_t i = 0; i < bytes.size();) {
+    for (std::size_t i = asciiPrefix(bytes); i < bytes.size();) {
         if (units[i] < 0x80) {
             ++i;
             continue;

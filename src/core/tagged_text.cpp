@@ -1,5 +1,8 @@
 #include "core/tagged_text.hpp"
 
+#include <algorithm>
+#include <utility>
+
 #include <kaputil/automation/error.hpp>
 
 #include "core/tag_search.hpp"
@@ -9,6 +12,12 @@ namespace {
 
 constexpr std::size_t kAbsent = std::u16string_view::npos;
 constexpr std::u16string_view kMarker = u"</";
+constexpr std::size_t kSpareRoom = 1024;  // characters
+constexpr std::size_t kUsualTags = 32;
+
+constexpr std::u16string_view openingOf(bool closing) {
+    return closing ? kMarker : kMarker.substr(0, 1);
+}
 
 std::size_t countMarkers(std::u16string_view gap) {
     std::size_t count = 0;
@@ -46,22 +55,38 @@ TagExtent findTag(std::u16string_view text) {
 
 }  // namespace
 
-TaggedText::TaggedText() : tags_(1) {}
+TaggedText::TaggedText() {
+    tags_.reserve(kUsualTags);
+    tags_.emplace_back();
+}
 
 std::u16string TaggedText::text() const {
+    std::size_t size = gapsUsed_;
+    for (Place place = after(kEnds); place != kEnds; place = after(place)) {
+        size += tags_[place].name->first.size() + (tags_[place].closing ? 3 : 2);
+    }
     std::u16string out;
-    for (const Tag& tag : tags_) {
-        appendTo(out, tag);
+    out.reserve(size);
+    out += gapOf(kEnds);
+    for (Place place = after(kEnds); place != kEnds; place = after(place)) {
+        appendTo(out, place);
     }
     return out;
 }
 
-void TaggedText::assign(std::u16string_view text) {
+void TaggedText::clear() {
     tags_.assign(1, Tag{});
+    free_ = kEnds;
+    gaps_.clear();
+    gapsUsed_ = 0;
     names_.clear();
     markerCount_ = 0;
     markers_.clear();
-    fill(tags_.begin(), text);
+}
+
+void TaggedText::assign(std::u16string_view text) {
+    clear();
+    fill(kEnds, text);
 }
 
 std::optional<std::u16string> TaggedText::read(const std::u16string& name) const {
@@ -76,14 +101,14 @@ std::optional<std::u16string> TaggedText::read(const std::u16string& name) const
     if (pair.closing.count == 0) {
         throw AutomationError(errors::kInvalidArgument);
     }
-    const Place opening = firstOf(pair.opening);
     const Place closing = firstOf(pair.closing);
-    std::u16string value = opening->gap;
-    for (Place place = std::next(opening); place != closing; ++place) {
-        if (place == tags_.end()) {
+    Place place = firstOf(pair.opening);
+    std::u16string value(gapOf(place));
+    for (place = after(place); place != closing; place = after(place)) {
+        if (place == kEnds) {
             throw AutomationError(errors::kInvalidArgument);
         }
-        appendTo(value, *place);
+        appendTo(value, place);
     }
     return value;
 }
@@ -96,8 +121,8 @@ void TaggedText::write(std::u16string name, std::u16string_view value) {
     Names::value_type& entry = *names_.try_emplace(std::move(name)).first;
     const TagPair& pair = entry.second;
     if (pair.opening.count == 0) {
-        fill(insertTag(tags_.end(), entry, false), value);
-        insertTag(tags_.end(), entry, true);
+        fill(insertTag(kEnds, entry, false), value);
+        insertTag(kEnds, entry, true);
         return;
     }
     if (pair.closing.count == 0) {
@@ -125,9 +150,10 @@ void TaggedText::erase(const std::u16string& name) {
         const Place opening = firstOf(found->second.opening);
         const Place closing = firstOf(found->second.closing);
         if (leadsTo(opening, closing)) {
-            const Place before = std::prev(opening);
-            const std::u16string joined = before->gap + closing->gap;
-            replaceBetween(before, std::next(closing), joined);
+            const Place before = tags_[opening].previous;
+            std::u16string joined(gapOf(before));
+            joined += gapOf(closing);
+            replaceBetween(before, after(closing), joined);
             return;
         }
     }
@@ -138,31 +164,68 @@ std::u16string TaggedText::markerName(std::size_t rank) const {
     findMarkers(rank);
     const Marker& marker = markers_[rank];
     if (marker.position == kAtTag) {
-        return marker.tag->name->first;
+        return tags_[marker.tag].name->first;
     }
     // No '>' follows a '<' inside a gap, so the first one is that of the next tag.
-    const auto next = std::next(marker.tag);
-    if (next == tags_.end()) {
+    const Place next = after(marker.tag);
+    if (next == kEnds) {
         throw AutomationError(errors::kInvalidArgument);
     }
-    return marker.tag->gap.substr(marker.position + kMarker.size()) +
-           (next->closing ? u"</" : u"<") + next->name->first;
+    std::u16string name(gapOf(marker.tag).substr(marker.position + kMarker.size()));
+    name += openingOf(tags_[next].closing);
+    name += tags_[next].name->first;
+    return name;
 }
 
-void TaggedText::appendTo(std::u16string& out, const Tag& tag) {
-    if (tag.name != nullptr) {
-        out += tag.closing ? u"</" : u"<";
-        out += tag.name->first;
-        out += u'>';
+void TaggedText::appendTo(std::u16string& out, Place place) const {
+    const Tag& tag = tags_[place];
+    const std::u16string_view opening = openingOf(tag.closing);
+    const std::u16string& name = tag.name->first;
+    const std::u16string_view gap = gapOf(place);
+    const std::size_t at = out.size();
+    out.resize(at + opening.size() + name.size() + 1 + gap.size());
+    char16_t* to = std::ranges::copy(opening, out.data() + at).out;
+    to = std::ranges::copy(name, to).out;
+    *to++ = u'>';
+    std::ranges::copy(gap, to);
+}
+
+void TaggedText::setGap(Place place, std::u16string_view text) {
+    Tag& tag = tags_[place];
+    if (text.size() <= tag.gapSize) {
+        text.copy(gaps_.data() + tag.gap, text.size());
+    } else {
+        gaps_ += text;
+        tag.gap = gaps_.size() - text.size();
     }
-    out += tag.gap;
+    gapsUsed_ += text.size();
+    gapsUsed_ -= tag.gapSize;
+    tag.gapSize = text.size();
+    dropUnusedGaps();
+}
+
+// So that gaps which have been replaced by longer ones take at most the room of the others.
+void TaggedText::dropUnusedGaps() {
+    if (gaps_.size() <= 2 * gapsUsed_ + kSpareRoom) {
+        return;
+    }
+    std::u16string kept;
+    kept.reserve(gapsUsed_);
+    Place place = kEnds;
+    do {
+        const std::size_t begin = kept.size();
+        kept += gapOf(place);
+        tags_[place].gap = begin;
+        place = after(place);
+    } while (place != kEnds);
+    gaps_ = std::move(kept);
 }
 
 // When the first occurrence of one name is unknown, one pass finds those of all such names.
 TaggedText::Place TaggedText::firstOf(const Occurrences& occurrences) const {
     if (!occurrences.firstKnown) {
-        for (Place place = std::next(tags_.begin()); place != tags_.end(); ++place) {
-            Occurrences& candidate = place->occurrences();
+        for (Place place = after(kEnds); place != kEnds; place = after(place)) {
+            Occurrences& candidate = tags_[place].occurrences();
             if (!candidate.firstKnown) {
                 candidate.first = place;
                 candidate.firstKnown = true;
@@ -173,19 +236,36 @@ TaggedText::Place TaggedText::firstOf(const Occurrences& occurrences) const {
 }
 
 bool TaggedText::leadsTo(Place opening, Place closing) const {
-    while (opening != tags_.end() && opening != closing) {
-        ++opening;
+    while (opening != kEnds && opening != closing) {
+        opening = after(opening);
     }
     return opening == closing;
 }
 
+TaggedText::Place TaggedText::newTag() {
+    if (free_ == kEnds) {
+        tags_.emplace_back();
+        return static_cast<Place>(tags_.size() - 1);
+    }
+    const Place place = free_;
+    free_ = after(place);
+    return place;
+}
+
 TaggedText::Place TaggedText::insertTag(Place before, Names::value_type& name, bool closing) {
-    const Place place = tags_.insert(before, Tag{&name, closing});
-    Occurrences& occurrences = place->occurrences();
+    const Place place = newTag();
+    Tag& tag = tags_[place];
+    tag.name = &name;
+    tag.closing = closing;
+    tag.previous = tags_[before].previous;
+    tag.next = before;
+    tags_[tag.previous].next = place;
+    tags_[before].previous = place;
+    Occurrences& occurrences = tag.occurrences();
     if (occurrences.count == 0) {
         occurrences.first = place;
         occurrences.firstKnown = true;
-    } else if (before != tags_.end()) {
+    } else if (before != kEnds) {
         occurrences.firstKnown = false;
     }
     ++occurrences.count;
@@ -194,14 +274,19 @@ TaggedText::Place TaggedText::insertTag(Place before, Names::value_type& name, b
 }
 
 void TaggedText::removeTag(Place place) {
-    Names::value_type& name = *place->name;
-    Occurrences& occurrences = place->occurrences();
+    Tag& tag = tags_[place];
+    Names::value_type& name = *tag.name;
+    Occurrences& occurrences = tag.occurrences();
     --occurrences.count;
     if (occurrences.firstKnown && occurrences.first == place) {
         occurrences.firstKnown = false;
     }
-    markerCount_ -= (place->closing ? 1 : 0) + countMarkers(place->gap);
-    tags_.erase(place);
+    markerCount_ -= (tag.closing ? 1 : 0) + countMarkers(gapOf(place));
+    gapsUsed_ -= tag.gapSize;
+    tags_[tag.previous].next = tag.next;
+    tags_[tag.next].previous = tag.previous;
+    tag = Tag{.next = free_};
+    free_ = place;
     if (name.second.opening.count == 0 && name.second.closing.count == 0) {
         names_.erase(names_.find(name.first));
     }
@@ -209,11 +294,12 @@ void TaggedText::removeTag(Place place) {
 
 // Puts `text` behind a tag whose gap is empty.
 void TaggedText::fill(Place tag, std::u16string_view text) {
-    const Place end = std::next(tag);
+    const Place end = after(tag);
     TagExtent extent = findTag(text);
     while (true) {
-        tag->gap = text.substr(0, extent.begin);
-        markerCount_ += countMarkers(tag->gap);
+        const std::u16string_view gap = text.substr(0, extent.begin);
+        setGap(tag, gap);
+        markerCount_ += countMarkers(gap);
         if (extent.begin == kAbsent) {
             return;
         }
@@ -229,22 +315,20 @@ void TaggedText::fill(Place tag, std::u16string_view text) {
 // Makes `text` all that stands between two tags. Only tags inside `text` can come of it: before it
 // stands a '>' (or nothing), behind it a '<' (or nothing).
 void TaggedText::replaceBetween(Place first, Place last, std::u16string_view text) {
-    if (std::next(first) == last && first->gap.find(u'<') == kAbsent &&
-        text.find(u'<') == kAbsent) {
-        first->gap = text;  // no tags and no markers, before and after
+    if (after(first) == last && gapOf(first).find(u'<') == kAbsent && text.find(u'<') == kAbsent) {
+        setGap(first, text);  // no tags and no markers, before and after
         return;
     }
     markers_.clear();
-    for (Place place = std::next(first); place != last;) {
-        removeTag(place++);
+    while (after(first) != last) {
+        removeTag(after(first));
     }
-    markerCount_ -= countMarkers(first->gap);
-    first->gap.clear();
+    markerCount_ -= countMarkers(gapOf(first));
     fill(first, text);
 }
 
 void TaggedText::findMarkers(std::size_t rank) const {
-    auto tag = tags_.cbegin();
+    Place tag = kEnds;
     std::size_t from = 0;
     if (!markers_.empty()) {
         const Marker& last = markers_.back();
@@ -252,15 +336,15 @@ void TaggedText::findMarkers(std::size_t rank) const {
         from = last.position == kAtTag ? 0 : last.position + 1;
     }
     while (markers_.size() <= rank) {
-        const std::size_t position = tag->gap.find(kMarker, from);
+        const std::size_t position = gapOf(tag).find(kMarker, from);
         if (position != kAbsent) {
             markers_.push_back({tag, position});
             from = position + 1;
             continue;
         }
-        ++tag;
+        tag = after(tag);
         from = 0;
-        if (tag->closing) {
+        if (tags_[tag].closing) {
             markers_.push_back({tag, kAtTag});
         }
     }

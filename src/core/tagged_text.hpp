@@ -1,12 +1,11 @@
 #pragma once
 
 #include <cstddef>
-#include <list>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
-#include <utility>
 #include <vector>
 
 namespace kap {
@@ -19,9 +18,12 @@ namespace kap {
 //
 // A tag is any '<', characters that are neither '<' nor '>', and '>'. Tags cannot overlap, so every
 // text is exactly a row of tags and the gaps between them, and a name without '<' and '>' is found
-// at a tag or nowhere. The row is kept as a list, a table tells where each name occurs first, and
-// an operation changes only the stretch of text between two tags. Names that a tag cannot hold, and
-// the rewriting of duplicates, work on the text as a whole.
+// at a tag or nowhere. The row is kept as a linked list, a table tells where each name occurs
+// first, and an operation changes only the stretch of text between two tags. Names that a tag
+// cannot hold, and the rewriting of duplicates, work on the text as a whole.
+//
+// A property costs no allocation but its name's: the list's links are positions in one vector, and
+// the gaps stand one behind the other in one string, in the order in which they were written.
 class TaggedText {
 public:
     TaggedText();
@@ -45,16 +47,17 @@ public:
     [[nodiscard]] std::u16string markerName(std::size_t rank) const;
 
 private:
-    struct Tag;
-    using Tags = std::list<Tag>;
-    using Place = Tags::iterator;
+    // Of a tag, in `tags_`.
+    using Place = std::uint32_t;
+    // The start of the text, which is also what follows the last tag.
+    static constexpr Place kEnds = 0;
 
     // The tags of one kind that carry one name. Which of them is the first is forgotten when a
     // change in the middle of the text makes it uncertain, and looked up again when next asked.
     struct Occurrences {
-        std::size_t count = 0;
+        std::uint32_t count = 0;
         bool firstKnown = false;
-        Place first{};
+        Place first = kEnds;
     };
     struct TagPair {
         Occurrences opening;
@@ -64,8 +67,11 @@ private:
 
     struct Tag {
         Names::value_type* name = nullptr;  // null: the start of the text
+        std::size_t gap = 0;                // the text up to the next tag: its place in `gaps_`
+        std::size_t gapSize = 0;
+        Place previous = kEnds;
+        Place next = kEnds;
         bool closing = false;
-        std::u16string gap{};  // the text up to the next tag
 
         [[nodiscard]] Occurrences& occurrences() const {
             return closing ? name->second.closing : name->second.opening;
@@ -74,21 +80,32 @@ private:
 
     // A marker stands at the beginning of a closing tag or inside a gap.
     struct Marker {
-        Tags::const_iterator tag;
+        Place tag;
         std::size_t position;  // in the tag's gap; kAtTag: the tag itself
     };
     static constexpr std::size_t kAtTag = static_cast<std::size_t>(-1);
 
-    static void appendTo(std::u16string& out, const Tag& tag);
+    void clear();
+    [[nodiscard]] Place after(Place place) const { return tags_[place].next; }
+    [[nodiscard]] std::u16string_view gapOf(Place place) const {
+        return std::u16string_view(gaps_).substr(tags_[place].gap, tags_[place].gapSize);
+    }
+    void setGap(Place place, std::u16string_view text);
+    void dropUnusedGaps();
+    void appendTo(std::u16string& out, Place place) const;
     [[nodiscard]] Place firstOf(const Occurrences& occurrences) const;
     [[nodiscard]] bool leadsTo(Place opening, Place closing) const;
+    Place newTag();
     Place insertTag(Place before, Names::value_type& name, bool closing);
     void removeTag(Place place);
     void fill(Place tag, std::u16string_view text);
     void replaceBetween(Place first, Place last, std::u16string_view text);
     void findMarkers(std::size_t rank) const;
 
-    mutable Tags tags_;  // begins with the start of the text; reading notes first occurrences
+    std::vector<Tag> tags_;  // begins with the start of the text
+    Place free_ = kEnds;     // the first tag that was taken out; its `next` is another one
+    std::u16string gaps_;
+    std::size_t gapsUsed_ = 0;  // characters of `gaps_` that are some tag's gap
     Names names_;
     std::size_t markerCount_ = 0;
     mutable std::vector<Marker> markers_;  // the first ones, as far as they have been asked for

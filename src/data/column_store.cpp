@@ -109,6 +109,7 @@ std::size_t ColumnStore::memory() const noexcept {
 std::uint64_t ColumnStore::store(std::string_view bytes) {
     const std::uint64_t start = arena_.size();
     std::size_t length = bytes.size();
+    growBy(arena_, length + kMostLengthBytes);  // in one step, whatever the entry's parts
     while (length >= 0x80) {
         arena_.push_back(static_cast<char>((length & 0x7FU) | 0x80U));
         length >>= 7;

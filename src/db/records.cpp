@@ -1,5 +1,6 @@
 #include <kaputil/db/records.hpp>
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -10,11 +11,13 @@
 #include <kaputil/db/recordsets.hpp>
 #include <kaputil/util/values.hpp>
 
+#include "ado/row_cursor.hpp"
+
 namespace kap::db {
 namespace {
 
+using ado::ColumnInfo;
 using ado::DataTypeEnum;
-using ado::Field;
 using ado::Recordset;
 
 constexpr const char16_t* kVersionField = u"AggID";
@@ -33,23 +36,23 @@ constexpr const char16_t* kTextDeletedMeanwhile =
 constexpr std::int32_t kOutOfStringSpace = 14;
 constexpr std::int32_t kLongestText = 0x1FFFFFFF;
 
+// Without the field objects, which nobody but a client needs.
 template <class Visit>
-void forEachField(const Recordset& recordset, Visit visit) {
-    const auto fields = recordset.Fields();
-    for (std::int32_t i = 0; i < fields->Count(); ++i) {
-        visit(*fields->Item(i));
+void forEachColumn(const Recordset& recordset, Visit visit) {
+    const auto& columns = recordset.rows().columns();
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+        visit(columns[i], i);
     }
 }
 
-Variant readableValue(const Field& field) {
-    Variant value = field.Value();
+Variant readableValue(DataTypeEnum type, Variant value) {
     if (value.isNull()) {
         return u"";
     }
-    if (field.Type() == DataTypeEnum::adSingle) {
+    if (type == DataTypeEnum::adSingle) {
         return convert::toCurrency(value);
     }
-    if (field.Type() == DataTypeEnum::adBinary) {
+    if (type == DataTypeEnum::adBinary) {
         return util::TSToHex(value);
     }
     return value;
@@ -64,8 +67,8 @@ String blanks(std::int32_t width) {
 
 // What a field of a missing record reads as. Blanks of the field's width for every type that is not
 // named, numbers among them: clients bind the string to inputs of fixed width.
-Variant neutralValue(const Field& field) {
-    switch (field.Type()) {
+Variant neutralValue(const ColumnInfo& column) {
+    switch (column.type) {
         case DataTypeEnum::adSingle:
         case DataTypeEnum::adDouble:
         case DataTypeEnum::adCurrency:
@@ -78,7 +81,7 @@ Variant neutralValue(const Field& field) {
         case DataTypeEnum::adLongVarChar:
             return u"";
         default:
-            return blanks(field.DefinedSize());
+            return blanks(column.definedSize);
     }
 }
 
@@ -151,10 +154,11 @@ void report(CErrore& errore, const char16_t* message) {
 }
 
 void assignFields(Recordset& recordset, const CProprieta& properties) {
-    forEachField(recordset, [&](Field& field) {
-        const Variant text = properties.Leggi(field.Name());
+    const auto fields = recordset.Fields();
+    forEachColumn(recordset, [&](const ColumnInfo& column, std::size_t i) {
+        const Variant text = properties.Leggi(column.name);
         if (!text.isNull()) {
-            field.setValue(valueFor(field.Type(), text));
+            fields->Item(static_cast<std::int32_t>(i))->setValue(valueFor(column.type, text));
         }
     });
 }
@@ -215,10 +219,11 @@ void readWanted(CProprieta& properties, const Recordset& recordset) {
 }
 
 void readAll(CProprieta& properties, const Recordset& recordset) {
-    forEachField(recordset, [&](const Field& field) {
+    forEachColumn(recordset, [&](const ColumnInfo& column, std::size_t i) {
+        const String name = column.name;
         // Case-sensitive, unlike everywhere else; deliberate.
-        if (field.Name() != kVersionField) {
-            properties.Scrivi(field.Name(), field.Value());
+        if (name != kVersionField) {
+            properties.Scrivi(name, recordset.rows().value(i));
         }
     });
 }
@@ -230,8 +235,10 @@ bool DB_Read(ByRef<Variant> connessione, const String& sSQL, ByRef<Variant> stri
     const auto recordset = OpenRecordset(sSQL, connessione, -1, -1, -1, /*deleteNull=*/true,
                                          /*closeConnection=*/true);
     const bool found = recordset->RecordCount() >= 1;
-    forEachField(*recordset, [&](const Field& field) {
-        properties->Scrivi(field.Name(), found ? readableValue(field) : neutralValue(field));
+    forEachColumn(*recordset, [&](const ColumnInfo& column, std::size_t i) {
+        properties->Scrivi(column.name, found
+                                            ? readableValue(column.type, recordset->rows().value(i))
+                                            : neutralValue(column));
     });
     *stringaProprieta = properties->Leggi();
     recordset->Close();

@@ -1,6 +1,7 @@
 #include <kaputil/db/recordsets.hpp>
 
 #include <cmath>
+#include <cstddef>
 
 #include <kaputil/automation/arithmetic.hpp>
 #include <kaputil/automation/convert.hpp>
@@ -8,6 +9,7 @@
 #include <kaputil/data/error_numbers.hpp>
 #include <kaputil/platform/two_second_wait.hpp>
 
+#include "ado/row_cursor.hpp"
 #include "automation/late_bound.hpp"
 #include "base/unicode.hpp"
 
@@ -101,22 +103,21 @@ bool hasNeutralValue(DataTypeEnum type) {
     }
 }
 
-bool mayBeAssigned(const ado::Field& field) {
+bool mayBeAssigned(const ado::RowCursor& rows, std::size_t column) {
     constexpr auto kAssignable =
         static_cast<std::int32_t>(FieldAttributeEnum::adFldUpdatable) |
         static_cast<std::int32_t>(FieldAttributeEnum::adFldUnknownUpdatable);
-    return (field.Attributes() & kAssignable) != 0;
+    return (rows.attributes(column) & kAssignable) != 0;
 }
 
 void replaceNulls(Recordset& recordset) {
     if (recordset.Eof()) {
         return;
     }
-    const auto fields = recordset.Fields();
-    for (std::int32_t i = 0; i < fields->Count(); ++i) {
-        const auto field = fields->Item(i);
-        if (hasNeutralValue(field->Type()) && mayBeAssigned(*field)) {
-            recordset.replaceNulls(static_cast<std::size_t>(i));
+    const ado::RowCursor& rows = recordset.rows();
+    for (std::size_t i = 0; i < rows.columns().size(); ++i) {
+        if (hasNeutralValue(rows.columns()[i].type) && mayBeAssigned(rows, i)) {
+            recordset.replaceNulls(i);
         }
     }
     recordset.MoveFirst();

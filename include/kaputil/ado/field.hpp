@@ -121,9 +121,7 @@ public:
     // A field by position from 0 or by name (a text, compared ignoring case); raises 3265 when
     // there is none.
     [[nodiscard]] Ref<Field> Item(const Variant& index) const;
-    [[nodiscard]] std::vector<Variant> elements() override {
-        return {fields_.begin(), fields_.end()};
-    }
+    [[nodiscard]] std::vector<Variant> elements() override;
 
     // Adds a column: its data type, for texts and binaries the characters or bytes that it holds,
     // and bits of FieldAttributeEnum, of which adFldFixed and adFldLong count. Raises 3219 once the
@@ -144,6 +142,9 @@ public:
 
 private:
     [[nodiscard]] std::size_t positionOf(const Variant& index) const;
+    [[nodiscard]] const Ref<Field>& at(std::size_t position) const;
+    // Tells the fields from this one on that they are those of `cursor_`.
+    void followFrom(std::size_t first);
     void requireUnopened() const;
 
     friend class Recordset;
@@ -154,7 +155,7 @@ private:
     void hide();
 
     std::shared_ptr<RowCursor> cursor_;
-    std::vector<Ref<Field>> fields_;
+    mutable std::vector<Ref<Field>> fields_;  // one each column; unset: nobody has asked for it yet
     bool open_ = false;
 };
 

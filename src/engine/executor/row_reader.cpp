@@ -9,6 +9,7 @@
 namespace kap::engine {
 RowReader::RowReader(const std::vector<ado::ColumnInfo>& columns) : columns_(columns) {
     storages_.reserve(columns.size());
+    told_.reserve(columns.size());
     for (const ado::ColumnInfo& column : columns) {
         storages_.push_back(ado::storageOf(column.type));
         const tsql::TypeSpec type = storedType(column);
