@@ -19,8 +19,8 @@ EngineSession::EngineSession(const Options& options) try
       counters_(connection_.database(), connection_.errorSlot()),
       catalogue_(connection_.database(), counters_),
       transactions_(connection_, counters_, catalogue_),
-      scripts_(connection_, catalogue_, counters_, transactions_, state_),
-      functions_(connection_, catalogue_, counters_, transactions_, state_, scripts_) {
+      scripts_(context_),
+      functions_(context_, scripts_) {
     catalogue_.setDatabaseName(databaseNameOf(options));
 } catch (const SqliteError& error) {
     throw openError(error, options.place());

@@ -3,6 +3,7 @@
 #include "data/driver.hpp"
 #include "engine/catalog/counters.hpp"
 #include "engine/catalog/schema_catalogue.hpp"
+#include "engine/executor/engine_context.hpp"
 #include "engine/executor/session_state.hpp"
 #include "engine/executor/transactions.hpp"
 #include "engine/script/script_runner.hpp"
@@ -58,6 +59,7 @@ private:
     SchemaCatalogue catalogue_;
     Transactions transactions_;
     SessionState state_;
+    EngineContext context_{connection_, catalogue_, counters_, transactions_, state_};
     ScriptRunner scripts_;
     SessionFunctions functions_;
 };

@@ -13,7 +13,7 @@ TEST(TranslateDefinition, WritesEveryTypeAsTheDialectSpellsIt) {
         "float, k real, l date, m datetime, n smalldatetime, o char(5), p varchar(20), q nchar(6), "
         "r nvarchar(max), s "
         "text, u ntext, v binary(3), w varbinary(max), x image, y timestamp, z uniqueidentifier";
-    const Translation created = database.translation("CREATE TABLE t (" + types + ")");
+    const auto created = database.planOf<CreateTablePlan>("CREATE TABLE t (" + types + ")");
     EXPECT_EQ(created.sql[0],
               "CREATE TABLE main.\"t\" (\"a\" \"bit\", \"b\" \"tinyint\", \"c\" \"smallint\", "
               "\"d\" \"int\", \"e\" "
@@ -56,13 +56,11 @@ TEST(TranslateDefinition, StoresEveryTypeAndReadsItBack) {
 
 TEST(TranslateDefinition, DescribesTheTable) {
     testing::TranslatedDatabase database;
-    const Translation created = database.translation(
+    const auto created = database.planOf<CreateTablePlan>(
         "CREATE TABLE dbo.Righe (Id int IDENTITY(5,-2) NOT NULL, Doc varchar(8), Riga smallint, "
         "Nota varchar(9) NULL "
         "DEFAULT 'x', CONSTRAINT PK_R PRIMARY KEY NONCLUSTERED (Doc, Riga), UNIQUE (Nota))");
-    EXPECT_EQ(created.kind, StatementKind::Define);
-    EXPECT_TRUE(created.writes);
-    const TableDefinition& definition = *created.created;
+    const TableDefinition& definition = created.created;
     EXPECT_EQ(definition.table.name, "Righe");
     EXPECT_EQ(definition.table.columns[0].identity, (Identity{5, -2}));
     EXPECT_EQ(definition.table.columns[1].keyOrdinal, 1);
@@ -79,12 +77,12 @@ TEST(TranslateDefinition, DescribesTheTable) {
 TEST(TranslateDefinition, StoresDefaultsInStorageForm) {
     testing::TranslatedDatabase database;
     const auto columns = database
-                             .translation(
+                             .planOf<CreateTablePlan>(
                                  "CREATE TABLE t (a money DEFAULT 1.5, b decimal(9,3) DEFAULT '2', "
                                  "c datetime DEFAULT "
                                  "'19000101', d char(3) DEFAULT 'a', e datetime DEFAULT "
                                  "(getdate()), f int DEFAULT NULL)")
-                             .created->table.columns;
+                             .created.table.columns;
     EXPECT_EQ(columns[0].defaultSql, "15000");
     EXPECT_EQ(columns[1].defaultSql, "2000");
     EXPECT_EQ(columns[2].defaultSql, "2.0");

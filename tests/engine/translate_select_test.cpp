@@ -32,7 +32,7 @@ protected:
 TEST_F(TranslateSelect, ReadsAllColumnsWithTheirMetadata) {
     EXPECT_EQ(run("SELECT * FROM Clienti WHERE Codice = 'c1'"),
               "C1|Rossi|10.00|0x0000000000000001");
-    const auto columns = database_.translation("SELECT * FROM dbo.CLIENTI").columns;
+    const auto columns = database_.planOf<QueryPlan>("SELECT * FROM dbo.CLIENTI").columns;
     ASSERT_EQ(columns.size(), 4U);
     EXPECT_EQ(columns[0].name, "Codice");
     EXPECT_EQ(columns[0].baseTable, "Clienti");
@@ -41,16 +41,18 @@ TEST_F(TranslateSelect, ReadsAllColumnsWithTheirMetadata) {
     EXPECT_FALSE(columns[0].nullable);
     EXPECT_TRUE(columns[1].nullable);
     EXPECT_TRUE(columns[3].rowVersion);
-    EXPECT_TRUE(database_.translation("SELECT Id FROM Righe").columns[0].identity);
+    EXPECT_TRUE(database_.planOf<QueryPlan>("SELECT Id FROM Righe").columns[0].identity);
 }
 
 TEST_F(TranslateSelect, NamesColumnsAsTheTableSpellsThemUnlessAliased) {
     EXPECT_EQ(
         database_.columns("SELECT CODICE, codice AS Cod, 1, x = nome FROM clienti"),
         "Codice varchar(10) notnull, Cod varchar(10) notnull,  int notnull, x nvarchar(30) null");
-    EXPECT_EQ(database_.translation("SELECT codice AS Cod FROM clienti").columns[0].baseColumn,
-              "Codice");
-    EXPECT_EQ(database_.translation("SELECT codice + '' FROM clienti").columns[0].baseColumn, "");
+    EXPECT_EQ(
+        database_.planOf<QueryPlan>("SELECT codice AS Cod FROM clienti").columns[0].baseColumn,
+        "Codice");
+    EXPECT_EQ(database_.planOf<QueryPlan>("SELECT codice + '' FROM clienti").columns[0].baseColumn,
+              "");
 }
 
 TEST_F(TranslateSelect, ComparesTextsIgnoringCaseAndTrailingBlanks) {
@@ -68,7 +70,7 @@ TEST_F(TranslateSelect, ComparesNumbersWithQuotedNumbersAsNumbers) {
 
 TEST_F(TranslateSelect, KeepsAnIndexUsableNextToALiteralOfAnotherScale) {
     const std::string sql =
-        database_.translation("SELECT Id FROM Righe WHERE Qta = 5.00 AND Prezzo > 3").sql[0];
+        database_.planOf<QueryPlan>("SELECT Id FROM Righe WHERE Qta = 5.00 AND Prezzo > 3").sql;
     EXPECT_NE(sql.find("\"Righe\".\"Qta\" = 5)"), std::string::npos) << sql;
     EXPECT_NE(sql.find("\"Righe\".\"Prezzo\" > 30000)"), std::string::npos) << sql;
 }

@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <string>
 #include <utility>
+#include <vector>
 
 #include "translated_database.hpp"
 
@@ -42,13 +44,14 @@ TEST_F(TranslateWrite, BindsConstantsSoThatStatementsShareATextOrWritesThemIntoI
              std::pair("DELETE T WHERE Data BETWEEN '20240101' AND '20240131' AND Nome LIKE 'x%'",
                        "DELETE T WHERE Data BETWEEN '20250201' AND '20250228' AND Nome LIKE '%y'"),
          }) {
-        const Translation first = database_.translation(one, Constants::Bound);
-        const Translation second = database_.translation(other, Constants::Bound);
-        EXPECT_EQ(first.sql, second.sql);
-        EXPECT_NE(first.constants, second.constants);
-        const Translation inText = database_.translation(one);
-        EXPECT_NE(inText.sql, first.sql);
-        EXPECT_TRUE(inText.constants.empty());
+        const StatementPlan first = database_.plan(one, Constants::Bound);
+        const StatementPlan second = database_.plan(other, Constants::Bound);
+        const std::string& shared = std::get<WritePlan>(first.kind).sql;
+        EXPECT_EQ(shared, std::get<WritePlan>(second.kind).sql);
+        EXPECT_NE(first.values.constants, second.values.constants);
+        const StatementPlan inText = database_.plan(one);
+        EXPECT_NE(std::get<WritePlan>(inText.kind).sql, shared);
+        EXPECT_TRUE(inText.values.constants.empty());
     }
 }
 
@@ -120,8 +123,8 @@ TEST_F(TranslateWrite, KeepsTemporaryTablesApart) {
     run("CREATE TABLE #T (A int) INSERT #T VALUES (1) INSERT INTO #T SELECT A + 1 FROM #T");
     run("UPDATE #T SET A = A * 10 DELETE #T WHERE A = 10");
     EXPECT_EQ(run("SELECT #T.A FROM #T"), "20");
-    const Translation created = database_.translation("CREATE TABLE #U (A int)");
-    EXPECT_TRUE(created.created->table.temporary);
+    const auto created = database_.planOf<CreateTablePlan>("CREATE TABLE #U (A int)");
+    EXPECT_TRUE(created.created.table.temporary);
 }
 
 TEST_F(TranslateWrite, PadsAndCutsTextsToTheirColumns) {
@@ -234,15 +237,17 @@ TEST_F(TranslateWrite, RefusesAColumnGivenTwice) {
               "264: The column name 'nome' is specified more than once in t");
 }
 
-TEST_F(TranslateWrite, SaysWhatKindOfStatementItIs) {
-    EXPECT_EQ(database_.translation("SELECT 1").kind, StatementKind::Select);
-    EXPECT_EQ(database_.translation("DELETE T").kind, StatementKind::Delete);
-    const Translation update = database_.translation("\nUPDATE t SET Nome = 'a'");
-    EXPECT_EQ(update.kind, StatementKind::Update);
-    EXPECT_TRUE(update.writes);
-    EXPECT_EQ(update.table, "T");
-    EXPECT_EQ(update.line, 2);
-    EXPECT_FALSE(database_.translation("SELECT 1").writes);
+TEST_F(TranslateWrite, SaysWhatItWritesAndWhere) {
+    EXPECT_TRUE(std::holds_alternative<QueryPlan>(database_.plan("SELECT 1").kind));
+    EXPECT_EQ(database_.planOf<WritePlan>("DELETE T").verb, Verb::Delete);
+    const auto update = database_.planOf<WritePlan>("UPDATE t SET Nome = 'a', qta = 1");
+    EXPECT_EQ(update.verb, Verb::Update);
+    EXPECT_EQ(update.target.table, "T");
+    EXPECT_FALSE(update.target.temporary);
+    EXPECT_EQ(update.columns, (std::vector<std::string>{"Nome", "qta"}));
+    const auto context = contextOf(database_.plan("UPDATE t SET Nome = 'a'"));
+    EXPECT_EQ(context.verb, "UPDATE");
+    EXPECT_EQ(context.table, "T");
 }
 
 }  // namespace

@@ -53,6 +53,30 @@ std::string shown(const Value& value, const tsql::TypeSpec& type) {
         convert(value, type, {tsql::SqlType::VarChar, tsql::kMaxLength}, Overlength::Cut, style));
 }
 
+// The texts of a plan, in the order in which they are run.
+struct PlanTexts {
+    using Texts = std::vector<std::string>;
+    Texts operator()(const QueryPlan& plan) const { return {plan.sql}; }
+    Texts operator()(const AssignmentPlan& plan) const { return {plan.sql}; }
+    Texts operator()(const WritePlan& plan) const { return {plan.sql}; }
+    Texts operator()(const MergePlan& /*plan*/) const {
+        throw std::runtime_error("a MERGE needs a session");
+    }
+    Texts operator()(const InsteadPlan& /*plan*/) const {
+        throw std::runtime_error("a trigger needs a session");
+    }
+    Texts operator()(const CreateTablePlan& plan) const { return plan.sql; }
+    Texts operator()(const SelectIntoPlan& plan) const {
+        Texts texts = plan.table.sql;
+        texts.push_back(plan.fill);
+        return texts;
+    }
+    Texts operator()(const CreateIndexPlan& plan) const { return plan.sql; }
+    Texts operator()(const DropTablesPlan& plan) const { return plan.sql; }
+    Texts operator()(const DropIndexesPlan& plan) const { return plan.sql; }
+    Texts operator()(const TruncatePlan& plan) const { return plan.sql; }
+};
+
 }  // namespace
 
 class TranslatedDatabase::Tables : public Catalogue {
@@ -64,11 +88,17 @@ public:
         return nullptr;
     }
 
-    void apply(const Translation& translation) {
-        for (const DroppedTable& dropped : translation.dropped) {
-            std::erase_if(tables_, [&](const Table& table) { return table.name == dropped.name; });
+    void apply(const StatementPlan& plan) {
+        if (const auto* drops = std::get_if<DropTablesPlan>(&plan.kind)) {
+            for (const DroppedTable& dropped : drops->dropped) {
+                std::erase_if(tables_,
+                              [&](const Table& table) { return table.name == dropped.name; });
+            }
+        } else if (const auto* creates = std::get_if<CreateTablePlan>(&plan.kind)) {
+            tables_.push_back(creates->created.table);
+        } else if (const auto* fills = std::get_if<SelectIntoPlan>(&plan.kind)) {
+            tables_.push_back(fills->table.created.table);
         }
-        if (translation.created) tables_.push_back(translation.created->table);
     }
 
 private:
@@ -90,17 +120,17 @@ TranslatedDatabase::~TranslatedDatabase() {
     sqlite3_close(connection_);
 }
 
-Translation TranslatedDatabase::translation(const std::string& statement, Constants constants) {
+StatementPlan TranslatedDatabase::plan(const std::string& statement, Constants constants) {
     return translate(tsql::parseScript(statement).at(0), NameScope(*tables_), constants);
 }
 
 std::string TranslatedDatabase::run(const std::string& script) {
     std::string result;
     for (const tsql::Statement& statement : tsql::parseScript(script)) {
-        const Translation translated = translate(statement, NameScope(*tables_));
-        const std::string rows = execute(translated);
-        tables_->apply(translated);
-        if (translated.kind == StatementKind::Select) result = rows;
+        const StatementPlan plan = translate(statement, NameScope(*tables_));
+        const std::string rows = execute(plan);
+        tables_->apply(plan);
+        if (std::holds_alternative<QueryPlan>(plan.kind)) result = rows;
     }
     return result;
 }
@@ -115,7 +145,7 @@ std::string TranslatedDatabase::error(const std::string& script) {
 
 std::string TranslatedDatabase::columns(const std::string& query) {
     std::string result;
-    for (const ResultColumn& column : translation(query).columns) {
+    for (const ResultColumn& column : planOf<QueryPlan>(query).columns) {
         if (!result.empty()) result += ", ";
         result += column.name + " " + tsql::typeText(column.type) +
                   (column.nullable ? " null" : " notnull");
@@ -123,28 +153,32 @@ std::string TranslatedDatabase::columns(const std::string& query) {
     return result;
 }
 
-std::string TranslatedDatabase::execute(const Translation& translation) {
+std::string TranslatedDatabase::execute(const StatementPlan& plan) {
+    const auto* query = std::get_if<QueryPlan>(&plan.kind);
+    const std::vector<ResultColumn> columns =
+        query == nullptr ? std::vector<ResultColumn>() : query->columns;
     std::string result;
-    for (const std::string& sql : translation.sql) {
+    for (const std::string& sql : std::visit(PlanTexts(), plan.kind)) {
         sqlite3_stmt* prepared = nullptr;
         if (sqlite3_prepare_v2(connection_, sql.c_str(), -1, &prepared, nullptr) != SQLITE_OK) {
             throw std::runtime_error(std::string(sqlite3_errmsg(connection_)) + " in " + sql);
         }
         const std::unique_ptr<sqlite3_stmt, decltype(&sqlite3_finalize)> statement(
             prepared, sqlite3_finalize);
-        result = rows(statement.get(), translation);
+        result = rows(statement.get(), columns);
     }
     return result;
 }
 
-std::string TranslatedDatabase::rows(sqlite3_stmt* statement, const Translation& translation) {
+std::string TranslatedDatabase::rows(sqlite3_stmt* statement,
+                                     const std::vector<ResultColumn>& columns) {
     std::string result;
     slot_.error.reset();
     int code = sqlite3_step(statement);
     for (; code == SQLITE_ROW; code = sqlite3_step(statement)) {
         if (!result.empty()) result += "\n";
-        for (std::size_t i = 0; i < translation.columns.size(); ++i) {
-            const tsql::TypeSpec& type = translation.columns[i].type;
+        for (std::size_t i = 0; i < columns.size(); ++i) {
+            const tsql::TypeSpec& type = columns[i].type;
             result += (i > 0 ? "|" : "") + shown(cell(statement, static_cast<int>(i), type), type);
         }
     }

@@ -3,12 +3,14 @@
 #include <deque>
 #include <memory>
 #include <string>
+#include <variant>
+#include <vector>
 
 #include <sqlite3.h>
 
 #include "engine/binder/constants.hpp"
 #include "engine/catalog/tables.hpp"
-#include "engine/plan/translation.hpp"
+#include "engine/plan/statement_plan.hpp"
 #include "engine/values/error_slot.hpp"
 
 namespace kap::engine::testing {
@@ -31,14 +33,18 @@ public:
     // The columns of a query as "name type null|notnull", separated by ", ".
     std::string columns(const std::string& query);
 
-    // The translation of one statement.
-    Translation translation(const std::string& statement, Constants constants = Constants::InText);
+    // The plan of one statement, and the part of it that only its kind has.
+    StatementPlan plan(const std::string& statement, Constants constants = Constants::InText);
+    template <typename Plan>
+    Plan planOf(const std::string& statement) {
+        return std::get<Plan>(plan(statement).kind);
+    }
 
 private:
     class Tables;
 
-    std::string execute(const Translation& translation);
-    std::string rows(sqlite3_stmt* statement, const Translation& translation);
+    std::string execute(const StatementPlan& plan);
+    std::string rows(sqlite3_stmt* statement, const std::vector<ResultColumn>& columns);
     [[noreturn]] void fail();
 
     ErrorSlot slot_;

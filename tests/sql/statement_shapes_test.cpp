@@ -287,5 +287,21 @@ TEST(StatementShapes, KeysThatPassEachOtherAreUpdatedWithTheStatementsOwnLiteral
     EXPECT_NE(shown.find("2 | 1\n3 | 1\n5 | 2\n6 | 2\n"), std::string::npos) << shown;
 }
 
+TEST(StatementShapes, MessagesTellTheLineOfTheStatementAndNotOfTheFirstOne) {
+    const auto database = connect("shapes");
+    ASSERT_EQ(shownReply(*database, "CREATE TABLE once (n int, t varchar(4))"), "");
+    ASSERT_EQ(
+        shownReply(*database, "CREATE UNIQUE INDEX ix_once ON once (n) WITH (IGNORE_DUP_KEY = ON)"),
+        "");
+    ASSERT_EQ(shownReply(*database, "INSERT INTO once (n, t) VALUES (1, 'a')"), "1 rows\n");
+    std::string batch;
+    for (int i = 0; i < 4; ++i)
+        batch += "INSERT INTO once (n, t) VALUES (1, 'b" + std::to_string(i) + "')\n";
+    const std::string shown = shownReply(*database, batch);
+    for (int line = 1; line <= 4; ++line) {
+        EXPECT_NE(shown.find("3604 at " + std::to_string(line) + ":"), std::string::npos) << shown;
+    }
+}
+
 }  // namespace
 }  // namespace kap::test

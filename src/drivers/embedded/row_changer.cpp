@@ -116,12 +116,12 @@ ChangeOutcome EmbeddedRowChanger::apply(const RowChange& change) {
 
 ChangeOutcome EmbeddedRowChanger::write(const RowChange& change) {
     engine::Transactions::WriteScope scope(transactions_);
-    scripts_.statements().captures().removeStale();
+    scripts_.execution().captures.removeStale();
     const engine::Table& table = tableOf(change);
     if ((table.insteadOfEvents & eventOf(change.kind)) != 0) {
         throw tsql::unsupported("a row of a recordset over a table with an INSTEAD OF trigger", 0);
     }
-    if (scripts_.statements().fires(table, eventOf(change.kind))) {
+    if (scripts_.execution().fires(table, eventOf(change.kind))) {
         std::vector<ServerMessage> messages;
         ChangeOutcome outcome;
         const bool whole = scripts_.collect(
@@ -152,9 +152,8 @@ ChangeOutcome EmbeddedRowChanger::writeWithTriggers(const RowChange& change,
     for (const ColumnValue& value : change.values) {
         columns.push_back(value.column);
     }
-    scripts_.statements().withTriggers(table,
-                                       {table.name, eventOf(change.kind), std::move(columns)},
-                                       [&] { outcome = runNamingKeys(numbered, table, command); });
+    scripts_.execution().withTriggers(table, {table.name, eventOf(change.kind), std::move(columns)},
+                                      [&] { outcome = runNamingKeys(numbered, table, command); });
     readAgain(change, table, outcome);
     return outcome;
 }

@@ -23,7 +23,7 @@ bool EmbeddedRowInserter::serves(engine::EngineSession& engine, const EmbeddedRo
                                  const RowTarget& target) {
     const engine::Table& table = changer.tableOf(insertionInto(target));
     return (table.insteadOfEvents & tsql::kOnInsert) == 0 &&
-           !engine.scripts().statements().fires(table, tsql::kOnInsert);
+           !engine.scripts().execution().fires(table, tsql::kOnInsert);
 }
 
 EmbeddedRowInserter::EmbeddedRowInserter(engine::EngineSession& engine,

@@ -49,17 +49,6 @@ struct BoundSource {
     bool isJoin = false;
 };
 
-// What a statement is to be run with: variables, constants, and whether its text holds what the
-// schema says, which another connection may change.
-struct BoundValues {
-    std::vector<int> variables;  // their slots
-    std::vector<Value> constants;
-    std::vector<ConstantSource> sources;  // of the constants, one each
-    bool readsSchema = false;
-    bool ofTheMoment = false;   // the text holds what another statement may change
-    bool drawsNumbers = false;  // of sequences
-};
-
 // Gives names their columns and expressions their types, and makes trees of them; queries and
 // sources become SQLite text.
 //

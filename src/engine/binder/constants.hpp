@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <vector>
 
 #include "engine/values/value.hpp"
 #include "tsql/syntax.hpp"
@@ -41,6 +42,17 @@ struct ConstantSource {
     std::optional<tsql::TypeSpec> type = std::nullopt;  // Compared: none when it stays as it is
     // Compared, of exact numbers: the digits behind the point of the value that it meets.
     std::optional<int> scale = std::nullopt;
+};
+
+// What a statement is to be run with: variables, constants, and whether its text holds what the
+// schema says, which another connection may change.
+struct BoundValues {
+    std::vector<int> variables;  // their slots; see parameterOf()
+    std::vector<Value> constants;
+    std::vector<ConstantSource> sources;  // of the constants, one each
+    bool readsSchema = false;             // the text holds what the schema was when it was made
+    bool ofTheMoment = false;             // the text holds what another statement may change
+    bool drawsNumbers = false;            // of sequences: also a query writes their counters then
 };
 
 // A literal as it stands in a statement, with the minus before it.

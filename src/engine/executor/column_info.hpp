@@ -4,7 +4,7 @@
 
 #include "data/driver.hpp"
 #include "engine/catalog/tables.hpp"
-#include "engine/plan/translation.hpp"
+#include "engine/plan/statement_plan.hpp"
 
 namespace kap::engine {
 

@@ -53,7 +53,7 @@ void Program::add(const tsql::Statement& statement) {
 void Program::add(CompiledStatement recognised) {
     Instruction& instruction = code_[emit(Operation::Statement, recognised.text.line)];
     instruction.statement = &recognised.shape->statement;
-    instruction.parts.push_back(std::move(recognised));
+    instruction.compiled = std::move(recognised);
 }
 
 template <typename Node>

@@ -11,8 +11,8 @@
 
 #include "engine/binder/name_scope.hpp"
 #include "engine/catalog/schema_catalogue.hpp"
+#include "engine/plan/statement_plan.hpp"
 #include "engine/plan/statement_shape.hpp"
-#include "engine/plan/translation.hpp"
 #include "engine/sqlite/sqlite.hpp"
 #include "tsql/statements.hpp"
 
@@ -26,15 +26,15 @@ struct StatementText {
     int line = 1;
 };
 
-// A statement or an expression with what was made of it. It is made when it is first run and made
-// anew when the schema has changed since: statements before it may make the tables it names.
+// A statement with its plan. That is made when the statement is first run and made anew when the
+// schema has changed since: statements before it may make the tables it names.
 struct CompiledStatement {
     bool ready = false;
     std::uint64_t generation = 0;  // of the catalogue
     // Statements of one shape share these two.
-    std::shared_ptr<const Translation> translation;
-    std::shared_ptr<const std::vector<ado::ColumnInfo>> columns;
-    std::vector<std::shared_ptr<PreparedStatement>> statements;  // of the connection's pool
+    std::shared_ptr<const StatementPlan> plan;
+    std::shared_ptr<const std::vector<ado::ColumnInfo>> columns;  // of a query
+    std::shared_ptr<PreparedStatement> prepared;  // the plan's only text, of the connection's pool
     // Of a statement that was recognised by its shape: the shape, whose syntax tree has the
     // literals of another statement, its own constants, and its text, from which its own tree is
     // made when it has to be translated after all.
@@ -42,6 +42,14 @@ struct CompiledStatement {
     std::vector<Value> constants;
     StatementText text;
     std::shared_ptr<const tsql::Script> own;
+};
+
+// The same of an expression of a script.
+struct CompiledValue {
+    bool ready = false;
+    std::uint64_t generation = 0;
+    std::shared_ptr<const ValuePlan> plan;
+    std::shared_ptr<PreparedStatement> prepared;
 };
 
 // A statement that was recognised by its shape, and how many parsed ones stand before it.
@@ -76,9 +84,9 @@ struct Instruction {
     std::size_t target = 0;
     LeftBlocks leaves;
     int line = 1;
-    // What was made of the statement, of the condition, or of the statement's expressions, in the
-    // order in which they are evaluated.
-    std::vector<CompiledStatement> parts;
+    CompiledStatement compiled;  // of a statement that is planned
+    // Of the condition, or of the statement's expressions in the order in which they are evaluated.
+    std::vector<CompiledValue> values;
 };
 
 // A batch or the body of a module, laid out flat: blocks, loops and handlers are jumps.

@@ -1,8 +1,8 @@
-#include <algorithm>
+#include <string_view>
+#include <utility>
 
-#include "engine/executor/statement_runner.hpp"
+#include "engine/executor/plan_handlers.hpp"
 #include "engine/executor/violations.hpp"
-#include "engine/plan/capture.hpp"
 #include "engine/sqlite/time_limit.hpp"
 
 // MERGE: finds the rows of all its actions, writes them, and tells OUTPUT and the triggers.
@@ -37,77 +37,27 @@ constexpr const char* actionOf(std::uint8_t event) {
     return event == tsql::kOnInsert ? "INSERT" : event == tsql::kOnUpdate ? "UPDATE" : "DELETE";
 }
 
-}  // namespace
-
-void StatementRunner::runText(const Translation& made, const std::string& sql) {
-    PreparedStatement statement(connection_.handle(), sql);
-    bind(made, statement);
-    statement.run();
-}
-
 // Writes the found rows; the answer is how many there were.
-std::int64_t StatementRunner::mergeRows(const Translation& made, bool captures) {
+std::int64_t mergeRows(const MergePlan& plan, const StatementRun& run, bool captures) {
+    ExecutionContext& context = run.context;
     std::int64_t count = 0;
     bool inserted = false;
-    for (const MergeStep& step : made.merge->steps) {
-        runText(made, step.sql);
-        const std::int64_t changes = connection_.database().changes();
+    for (const MergeStep& step : plan.steps) {
+        context.runText(run.plan.values, step.sql);
+        const std::int64_t changes = context.connection.database().changes();
         count += changes;
         inserted = inserted || (step.event == tsql::kOnInsert && changes > 0);
         if (!captures) continue;
-        runText(made, step.keep);
-        captures_.empty(tableOf(made));
+        context.runText(run.plan.values, step.keep);
+        context.captures.empty(context.tableOf(plan.target.table));
     }
-    noteIdentity(inserted ? StatementKind::Insert : StatementKind::Merge);
+    context.noteIdentity(inserted);
     return count;
 }
 
-void StatementRunner::merge(const Translation& made, std::vector<ado::Result>& results) {
-    // What is done within its triggers may make the translation anew.
-    const std::shared_ptr<const MergePlan> plan = made.merge;
-    const Table table = tableOf(made);
-    const std::uint8_t events = made.capture ? made.capture->event : 0;
-    const bool firing = made.capture && made.capture->forTriggers && fires(table, events);
-    const bool answers = made.capture && !made.capture->outputSql.empty();
-    const bool captures = firing || answers;
-    if (captures) captures_.ensure(table);
-    const MergeTables tables(connection_.handle(), *plan);
-    for (const std::string& sql : plan->find) {
-        runText(made, sql);
-    }
-    if (!plan->limit.empty()) runText(made, plan->limit);
-    const bool repeated =
-        !plan->repeated.empty() && PreparedStatement(connection_.handle(), plan->repeated).step();
-    if (repeated) {
-        throw tsql::ServerError(tsql::Message::MergeTouchedRowTwice);
-    }
-    std::int64_t count = 0;
-    const auto write = [&] { count = mergeRows(made, captures); };
-    const auto explained = [&] {
-        try {
-            write();
-        } catch (const SqliteError& error) {
-            if (error.code() != SQLITE_CONSTRAINT_FOREIGNKEY) throw;
-            throw ForeignKeySearch(connection_, catalogue_)
-                .find({verbOf(made.kind), made.table, {}}, write);
-        }
-    };
-    if (captures) {
-        catching(table, explained);
-    } else {
-        explained();
-    }
-    if (answers) output(made, results);
-    const bool counted = !answers || made.capture->outputInto;
-    state_.rowCount = count;
-    if (firing) fireMerged(*plan, table, results);
-    state_.rowCount = count;
-    if (counted) addCount(results);
-}
-
 // The triggers of each kind of action see the rows of that kind, once all is written.
-void StatementRunner::fireMerged(const MergePlan& plan, const Table& table,
-                                 std::vector<ado::Result>& results) {
+void fireMerged(const MergePlan& plan, const Table& table, StatementRun& run) {
+    ExecutionContext& context = run.context;
     for (const std::uint8_t event : {tsql::kOnInsert, tsql::kOnUpdate, tsql::kOnDelete}) {
         std::vector<std::string> columns;
         bool taken = false;
@@ -116,15 +66,66 @@ void StatementRunner::fireMerged(const MergePlan& plan, const Table& table,
             taken = true;
             columns.insert(columns.end(), step.columns.begin(), step.columns.end());
         }
-        if (!taken || !fires(table, event)) continue;
+        if (!taken || !context.fires(table, event)) continue;
         for (const std::string& sql : plan.refill) {
-            PreparedStatement refill(connection_.handle(), sql);
+            PreparedStatement refill(context.connection.handle(), sql);
             refill.bind(1, std::string_view(actionOf(event)));
             refill.run();
         }
-        fire(table, {table.name, event, std::move(columns)}, results);
-        captures_.empty(table);
+        context.fire(table, {table.name, event, std::move(columns)}, run.results);
+        context.captures.empty(table);
     }
+}
+
+void merge(const MergePlan& plan, StatementRun& run) {
+    ExecutionContext& context = run.context;
+    sqlite3* database = context.connection.handle();
+    // What its triggers do may change the catalogue.
+    const Table table = context.tableOf(plan.target.table);
+    const bool firing =
+        plan.capture && plan.capture->forTriggers && context.fires(table, plan.capture->event);
+    const bool answers = plan.capture && !plan.capture->outputSql.empty();
+    const bool captures = firing || answers;
+    if (captures) context.captures.ensure(table);
+    const MergeTables tables(database, plan);
+    for (const std::string& sql : plan.find) {
+        context.runText(run.plan.values, sql);
+    }
+    if (!plan.limit.empty()) context.runText(run.plan.values, plan.limit);
+    const bool repeated =
+        !plan.repeated.empty() && PreparedStatement(database, plan.repeated).step();
+    if (repeated) {
+        throw tsql::ServerError(tsql::Message::MergeTouchedRowTwice);
+    }
+    std::int64_t count = 0;
+    const auto write = [&] { count = mergeRows(plan, run, captures); };
+    const auto explained = [&] {
+        try {
+            write();
+        } catch (const SqliteError& error) {
+            if (error.code() != SQLITE_CONSTRAINT_FOREIGNKEY) throw;
+            throw ForeignKeySearch(context.connection, context.catalogue)
+                .find({nameOf(plan.verb), plan.target.table, {}}, write);
+        }
+    };
+    if (captures) {
+        context.catching(table, explained);
+    } else {
+        explained();
+    }
+    if (answers) output(*plan.capture, run);
+    context.state.rowCount = count;
+    if (firing) fireMerged(plan, table, run);
+    context.state.rowCount = count;
+    if (!answers || plan.capture->outputInto) context.addCount(run.results);
+}
+
+}  // namespace
+
+void execute(const MergePlan& plan, StatementRun& run) {
+    refuseReadOnly(plan.target, run.context);
+    merge(plan, run);
+    requireRow(plan.positioned, run.context);
 }
 
 }  // namespace kap::engine

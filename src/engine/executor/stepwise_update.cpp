@@ -1,6 +1,5 @@
 #include "engine/executor/deferred_rules.hpp"
-#include "engine/executor/statement_runner.hpp"
-#include "engine/plan/capture.hpp"
+#include "engine/executor/plan_handlers.hpp"
 #include "engine/plan/translator.hpp"
 
 // Updates that shift or exchange the keys of rows.
@@ -20,22 +19,20 @@ bool hasBrokenReferences(sqlite3* database) {
 // The server looks at keys when a statement is done, SQLite at each row: SET Riga = Riga + 1 would
 // end at the first row whose neighbour has not moved yet. So the rows first get stand-ins that
 // differ from everything, and then the values that these hold.
-void StatementRunner::updateInSteps(const tsql::Statement& statement) {
-    CompiledStatement steps;
-    use(steps, translateUpdateInSteps(std::get<tsql::UpdateStatement>(statement.node),
-                                      state_.frame().program.names()));
-    DeferredRules rules(connection_.database());
-    PreparedStatement first(connection_.handle(), steps.translation->sql.front());
-    bind(steps, first);
-    first.run();
-    const Restored caught(state_.capturing);
-    if (!state_.capturing.empty()) {
-        state_.capturing.clear();
-        PreparedStatement(connection_.handle(), steps.translation->sql[1]).run();
+void updateInSteps(const tsql::UpdateStatement& statement, ExecutionContext& context) {
+    SessionState& state = context.state;
+    const SteppedUpdatePlan plan = translateUpdateInSteps(statement, state.frame().program.names());
+    sqlite3* database = context.connection.handle();
+    DeferredRules rules(context.connection.database());
+    context.runText(plan.values, plan.pack);
+    const Restored caught(state.capturing);
+    if (!state.capturing.empty()) {
+        state.capturing.clear();
+        PreparedStatement(database, plan.unpackCaught).run();
     }
     rules.checkAgain();
-    PreparedStatement(connection_.handle(), steps.translation->sql.back()).run();
-    if (hasBrokenReferences(connection_.handle())) {
+    PreparedStatement(database, plan.unpack).run();
+    if (hasBrokenReferences(database)) {
         throw SqliteError(SQLITE_CONSTRAINT_FOREIGNKEY, "FOREIGN KEY constraint failed", 0);
     }
 }

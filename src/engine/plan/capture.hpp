@@ -6,7 +6,7 @@
 
 #include "engine/binder/binder.hpp"
 #include "engine/binder/row_numbers.hpp"
-#include "engine/plan/translation.hpp"
+#include "engine/plan/statement_plan.hpp"
 #include "tsql/statements.hpp"
 
 // Catching the rows that a statement writes, for triggers and for OUTPUT.

@@ -7,7 +7,7 @@
 
 #include "engine/binder/scope.hpp"
 #include "engine/plan/capture.hpp"
-#include "engine/plan/translation.hpp"
+#include "engine/plan/statement_plan.hpp"
 
 // Statements that find all rows before they write any: MERGE, and UPDATE and DELETE whose OUTPUT
 // reads other tables than the written one.

@@ -53,8 +53,8 @@ bool keepRead(std::vector<sql::Expression>& columns, const std::vector<OutputCol
 
 }  // namespace
 
-bool outputOfSources(const WriteFrom& write, Binder& binder, Translation& result) {
-    if (!write.output || write.scope.sources.size() < 2) return false;
+std::optional<MergePlan> outputOfSources(const WriteFrom& write, Binder& binder) {
+    if (!write.output || write.scope.sources.size() < 2) return std::nullopt;
     const Table& table = *write.rows.table;
     const FoundRows found(table);
     OtherSources others = otherSources(write.scope);
@@ -71,7 +71,7 @@ bool outputOfSources(const WriteFrom& write, Binder& binder, Translation& result
     capture.forTriggers = (table.triggerEvents & write.event) != 0;
     const std::vector<OutputColumn> items =
         addOutput(capture, *write.output, table, scope, found.outputFrom(), binder);
-    if (!keepRead(others.columns, items)) return false;
+    if (!keepRead(others.columns, items)) return std::nullopt;
     if (!binder.commonTarget().checks.empty()) {
         throw tsql::unsupported("OUTPUT of other tables through a view WITH CHECK OPTION", 0);
     }
@@ -88,6 +88,9 @@ bool outputOfSources(const WriteFrom& write, Binder& binder, Translation& result
     step.sql = updates ? found.updateText(columns, chosen) : found.deleteText(chosen);
     step.keep = found.keepText(write.event, chosen);
     MergePlan plan;
+    plan.verb = updates ? Verb::Update : Verb::Delete;
+    plan.target = writeTarget(table, binder.names());
+    plan.capture = std::move(capture);
     found.makeTables(plan, values.size(), others.columns.size(), true);
     plan.find = {write.with + found.findText(write.rows.rowNumber, 0, values, others.columns) +
                      write.rows.tail + write.rows.limit,
@@ -97,9 +100,7 @@ bool outputOfSources(const WriteFrom& write, Binder& binder, Translation& result
                      found.found() + " GROUP BY \"target row\")"};
     plan.steps.push_back(std::move(step));
     found.refill(plan);
-    result.capture = std::move(capture);
-    result.merge = std::make_shared<const MergePlan>(std::move(plan));
-    return true;
+    return plan;
 }
 
 }  // namespace kap::engine

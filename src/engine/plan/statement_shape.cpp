@@ -50,13 +50,12 @@ bool endsStatement(const Token& next) {
 }
 
 // One text, whose only values are its constants.
-bool canBeShared(const Translation& translation) {
-    const bool kind =
-        translation.kind == StatementKind::Select || translation.kind == StatementKind::Insert ||
-        translation.kind == StatementKind::Update || translation.kind == StatementKind::Delete;
-    return kind && translation.sql.size() == 1 && translation.variables.empty() &&
-           !translation.capture && translation.merge == nullptr && !translation.positioned &&
-           !translation.created && !translation.readsSchema;
+bool canBeShared(const StatementPlan& plan) {
+    if (!plan.values.variables.empty() || plan.values.readsSchema) return false;
+    if (const auto* write = std::get_if<WritePlan>(&plan.kind)) {
+        return !write->capture && !write->positioned;
+    }
+    return std::holds_alternative<QueryPlan>(plan.kind);
 }
 
 bool tokenFits(const ShapeToken& wanted, const Token& found) {
@@ -68,9 +67,9 @@ bool tokenFits(const ShapeToken& wanted, const Token& found) {
 std::optional<std::vector<Value>> StatementShape::constantsOf(std::span<const Token> from) const {
     if (from.size() <= tokens.size() || !endsStatement(from[tokens.size()])) return std::nullopt;
     if (!std::equal(tokens.begin(), tokens.end(), from.begin(), tokenFits)) return std::nullopt;
-    std::vector<Value> constants = translation->constants;
+    std::vector<Value> constants = plan->values.constants;
     for (std::size_t i = 0; i < constants.size(); ++i) {
-        const ConstantSource& source = translation->sources[i];
+        const ConstantSource& source = plan->values.sources[i];
         if (source.use == ConstantSource::Use::Unknown) continue;
         const Token& token = from[source.token];
         auto constant = constantFrom(source, {literalKindOf(token.kind), token.text});
@@ -81,14 +80,14 @@ std::optional<std::vector<Value>> StatementShape::constantsOf(std::span<const To
 }
 
 std::shared_ptr<StatementShape> shapeOf(std::span<const Token> statement, std::size_t first,
-                                        Translation translation) {
-    if (!canBeShared(translation)) return nullptr;
+                                        StatementPlan plan) {
+    if (!canBeShared(plan)) return nullptr;
     auto shape = std::make_shared<StatementShape>();
     shape->tokens.reserve(statement.size());
     for (const Token& token : statement)
         shape->tokens.push_back({token.kind, token.text, false});
     bool free = false;
-    for (ConstantSource& source : translation.sources) {
+    for (ConstantSource& source : plan.values.sources) {
         if (source.use == ConstantSource::Use::Unknown) continue;
         source.token -= first;
         ShapeToken& token = shape->tokens.at(source.token);
@@ -97,7 +96,7 @@ std::shared_ptr<StatementShape> shapeOf(std::span<const Token> statement, std::s
         free = true;
     }
     if (!free) return nullptr;
-    shape->translation = std::make_shared<const Translation>(std::move(translation));
+    shape->plan = std::make_shared<const StatementPlan>(std::move(plan));
     return shape;
 }
 

@@ -86,21 +86,23 @@ sql::Expression defaultOf(const Column& column) {
     return column.defaultSql ? sql::Expression(sql::Definition{*column.defaultSql}) : sql::null();
 }
 
-void finish(Translation& translation, const Binder& binder) {
-    BoundValues values = binder.boundValues();
-    translation.variables = std::move(values.variables);
-    translation.constants = std::move(values.constants);
-    translation.sources = std::move(values.sources);
-    translation.readsSchema = values.readsSchema;
-    translation.ofTheMoment = values.ofTheMoment;
-    translation.drawsNumbers = values.drawsNumbers;
+StatementPlan finished(StatementPlan::Kind plan, const Binder& binder) {
+    return {std::move(plan), binder.boundValues()};
 }
 
-void addChecks(Translation& translation, const Binder& binder) {
+WriteTarget writeTarget(const Table& table, const NameScope& names) {
+    WriteTarget target;
+    target.table = table.name;
+    target.temporary = table.temporary;
+    target.firingLevel = names.catalogue().firingLevel(table.name);
+    return target;
+}
+
+void addChecks(std::optional<Capture>& capture, const Binder& binder) {
     const std::vector<std::string>& checks = binder.commonTarget().checks;
     if (checks.empty()) return;
-    if (!translation.capture) translation.capture.emplace();
-    translation.capture->checks = checks;
+    if (!capture) capture.emplace();
+    capture->checks = checks;
 }
 
 bool isPositioned(const tsql::ExpressionPtr& where) {

@@ -5,35 +5,37 @@
 
 #include "engine/binder/binder.hpp"
 #include "engine/binder/row_numbers.hpp"
-#include "engine/plan/translation.hpp"
+#include "engine/plan/statement_plan.hpp"
 
 // The statements behind translate(), each in its own file.
 namespace kap::engine {
 
-[[nodiscard]] Translation translateSelect(const tsql::SelectStatement& statement,
-                                          const NameScope& names, Constants constants);
-[[nodiscard]] Translation translateInsert(const tsql::InsertStatement& statement, int line,
-                                          const NameScope& names, Constants constants);
-[[nodiscard]] Translation translateUpdate(const tsql::UpdateStatement& statement,
-                                          const NameScope& names, Constants constants);
-[[nodiscard]] Translation translateDelete(const tsql::DeleteStatement& statement,
-                                          const NameScope& names, Constants constants);
-[[nodiscard]] Translation translateMerge(const tsql::MergeStatement& statement, int line,
-                                         const NameScope& names);
-[[nodiscard]] Translation translateTruncate(const tsql::TruncateStatement& statement,
+[[nodiscard]] StatementPlan translateSelect(const tsql::SelectStatement& statement,
+                                            const NameScope& names, Constants constants);
+[[nodiscard]] StatementPlan translateInsert(const tsql::InsertStatement& statement, int line,
+                                            const NameScope& names, Constants constants);
+[[nodiscard]] StatementPlan translateUpdate(const tsql::UpdateStatement& statement,
+                                            const NameScope& names, Constants constants);
+[[nodiscard]] StatementPlan translateDelete(const tsql::DeleteStatement& statement,
+                                            const NameScope& names, Constants constants);
+[[nodiscard]] StatementPlan translateMerge(const tsql::MergeStatement& statement, int line,
+                                           const NameScope& names);
+[[nodiscard]] StatementPlan translateTruncate(const tsql::TruncateStatement& statement,
+                                              const NameScope& names);
+[[nodiscard]] StatementPlan translateCreate(const tsql::CreateTableStatement& statement, int line,
                                             const NameScope& names);
-[[nodiscard]] Translation translateCreate(const tsql::CreateTableStatement& statement, int line,
+[[nodiscard]] StatementPlan translateIndex(const tsql::CreateIndexStatement& statement, int line,
+                                           const NameScope& names);
+[[nodiscard]] StatementPlan translateDrop(const tsql::DropStatement& statement, int line,
                                           const NameScope& names);
-[[nodiscard]] Translation translateIndex(const tsql::CreateIndexStatement& statement, int line,
-                                         const NameScope& names);
-[[nodiscard]] Translation translateDrop(const tsql::DropStatement& statement, int line,
-                                        const NameScope& names);
 
 // SELECT ... INTO: makes the table that the columns describe and fills it.
-[[nodiscard]] Translation translateSelectInto(const tsql::Query& query,
-                                              const tsql::ObjectName& table,
-                                              const NameScope& names);
+[[nodiscard]] StatementPlan translateSelectInto(const tsql::Query& query,
+                                                const tsql::ObjectName& table,
+                                                const NameScope& names);
 
+// A query that answers its rows.
+[[nodiscard]] QueryPlan queryPlan(BoundQuery bound);
 // A column of a result, as its query made it.
 [[nodiscard]] ResultColumn resultColumn(const OutputColumn& output);
 
@@ -82,17 +84,20 @@ struct InsteadTarget {
 [[nodiscard]] std::optional<InsteadTarget> insteadTarget(const tsql::ObjectName& name,
                                                          std::uint8_t event,
                                                          const NameScope& names);
-// Remembers in a translation that it depends on such a trigger.
-void noteInstead(Translation& made, const std::optional<InsteadTarget>& target, std::uint8_t event);
-[[nodiscard]] Translation translateInstead(const tsql::UpdateStatement& statement,
-                                           const InsteadTarget& target, const NameScope& names);
-[[nodiscard]] Translation translateInstead(const tsql::DeleteStatement& statement,
-                                           const InsteadTarget& target, const NameScope& names);
+// Remembers in what a plan writes that it depends on such a trigger.
+void noteInstead(WriteTarget& written, const std::optional<InsteadTarget>& target,
+                 std::uint8_t event);
+[[nodiscard]] StatementPlan translateInstead(const tsql::UpdateStatement& statement,
+                                             const InsteadTarget& target, const NameScope& names);
+[[nodiscard]] StatementPlan translateInstead(const tsql::DeleteStatement& statement,
+                                             const InsteadTarget& target, const NameScope& names);
 
-// Tells a statement what it is to be run with.
-void finish(Translation& translation, const Binder& binder);
+// A plan with what it is to be run with.
+[[nodiscard]] StatementPlan finished(StatementPlan::Kind plan, const Binder& binder);
+// A table as a plan writes it.
+[[nodiscard]] WriteTarget writeTarget(const Table& table, const NameScope& names);
 // Lets what is written through a view be checked where the view wants it.
-void addChecks(Translation& translation, const Binder& binder);
+void addChecks(std::optional<Capture>& capture, const Binder& binder);
 // Whether WHERE names the row of a cursor.
 [[nodiscard]] bool isPositioned(const tsql::ExpressionPtr& where);
 
@@ -128,7 +133,7 @@ struct WriteFrom {
 };
 
 // Lets OUTPUT read columns of the other sources of FROM, as a plan that finds the rows before it
-// writes them. False, with nothing done, when it reads none.
-[[nodiscard]] bool outputOfSources(const WriteFrom& write, Binder& binder, Translation& result);
+// writes them. None when it reads none.
+[[nodiscard]] std::optional<MergePlan> outputOfSources(const WriteFrom& write, Binder& binder);
 
 }  // namespace kap::engine

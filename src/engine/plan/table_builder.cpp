@@ -431,18 +431,12 @@ std::string TableBuilder::createSql() const {
     return sql + ")";
 }
 
-Translation TableBuilder::translation() {
-    Translation result;
-    result.kind = StatementKind::Define;
-    result.writes = true;
-    result.table = table().name;
-    result.temporary = table().temporary;
-    result.sql.push_back(createSql());
+CreateTablePlan TableBuilder::plan() const {
+    CreateTablePlan result{definition_, {createSql()}};
     for (const TableKey& key : keys()) {
         const std::string nulls = key.primary ? "" : nullsIndex(table(), key.name, key.columns);
         if (!nulls.empty()) result.sql.push_back(nulls);
     }
-    result.created = definition_;
     return result;
 }
 

@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "engine/binder/binder.hpp"
-#include "engine/plan/translation.hpp"
+#include "engine/plan/statement_plan.hpp"
 #include "tsql/statements.hpp"
 
 namespace kap::engine {
@@ -34,8 +34,8 @@ public:
 
     // A column as the table's text holds it.
     [[nodiscard]] std::string columnSql(const Column& column) const;
-    // The statements that make the table.
-    [[nodiscard]] Translation translation();
+    // The table with the texts that make it.
+    [[nodiscard]] CreateTablePlan plan() const;
 
 private:
     [[nodiscard]] Table& own() { return definition_.table; }

@@ -12,11 +12,11 @@ namespace kap::engine {
 
 using tsql::ServerError;
 
-Translation translateCreate(const tsql::CreateTableStatement& statement, int line,
-                            const NameScope& names) {
+StatementPlan translateCreate(const tsql::CreateTableStatement& statement, int line,
+                              const NameScope& names) {
     TableBuilder builder(names, statement.table, line);
     builder.add(statement);
-    return builder.translation();
+    return {builder.plan(), {}};
 }
 
 bool isSteady(const Column& column) {
@@ -95,8 +95,8 @@ void refuseChanging(const sql::Expression& filter, const tsql::CreateIndexStatem
 
 }  // namespace
 
-Translation translateIndex(const tsql::CreateIndexStatement& statement, int line,
-                           const NameScope& names) {
+StatementPlan translateIndex(const tsql::CreateIndexStatement& statement, int line,
+                             const NameScope& names) {
     const Table* table = findOwnTable(statement.table, names);
     if (table == nullptr) {
         throw ServerError(tsql::Message::ObjectNotFound, {statement.table.text()}, line);
@@ -118,22 +118,17 @@ Translation translateIndex(const tsql::CreateIndexStatement& statement, int line
         refuseChanging(filter, statement, *table, line);
         sql = withSource(sql + " WHERE " + sqlOf(filter), statement.whereText);
     }
-    Translation result;
-    result.kind = StatementKind::Define;
-    result.writes = true;
-    result.table = table->name;
-    result.temporary = table->temporary;
-    result.sql.push_back(std::move(sql));
-    if (!statement.unique || statement.where) return result;
+    CreateIndexPlan plan{table->name, table->temporary, statement.name, {std::move(sql)}};
+    if (!statement.unique || statement.where) return {std::move(plan), {}};
     std::vector<std::string> columns;
     for (const tsql::IndexColumn& column : statement.columns)
         columns.push_back(column.name);
     std::string nulls = nullsIndex(*table, statement.name, columns);
     if (!nulls.empty()) {
         nulls += commentOf({statement.ignoresDuplicates, {}});
-        result.sql.push_back(std::move(nulls));
+        plan.sql.push_back(std::move(nulls));
     }
-    return result;
+    return {std::move(plan), {}};
 }
 
 namespace {
@@ -142,10 +137,9 @@ namespace {
     throw ServerError(tsql::Message::CannotDrop, {kind, name}, line);
 }
 
-Translation dropIndexes(const tsql::DropStatement& statement, int line, const NameScope& names) {
-    Translation result;
-    result.kind = StatementKind::Define;
-    result.writes = true;
+DropIndexesPlan dropIndexes(const tsql::DropStatement& statement, int line,
+                            const NameScope& names) {
+    DropIndexesPlan plan;
     for (const tsql::ObjectName& name : statement.names) {
         tsql::ObjectName owner = name;
         owner.parts.pop_back();
@@ -154,27 +148,25 @@ Translation dropIndexes(const tsql::DropStatement& statement, int line, const Na
         if (table == nullptr) continue;
         const std::string place = table->temporary ? "temp." : "main.";
         const std::string index = indexName(*table, name.last());
-        result.table = table->name;
-        result.dropsIndexes.push_back({index, name.text(), table->temporary});
-        result.sql.push_back("DROP INDEX IF EXISTS " + place + sqlName(index));
-        result.sql.push_back("DROP INDEX IF EXISTS " + place + sqlName(index + " (nulls)"));
+        plan.dropped.push_back({table->name, index, name.text(), table->temporary});
+        plan.sql.push_back("DROP INDEX IF EXISTS " + place + sqlName(index));
+        plan.sql.push_back("DROP INDEX IF EXISTS " + place + sqlName(index + " (nulls)"));
     }
-    result.optional = statement.ifExists;
-    return result;
+    plan.optional = statement.ifExists;
+    return plan;
 }
 
 }  // namespace
 
-Translation translateDrop(const tsql::DropStatement& statement, int line, const NameScope& names) {
-    if (statement.kind == tsql::ObjectKind::Index) return dropIndexes(statement, line, names);
-    Translation result;
-    result.kind = StatementKind::Define;
-    result.writes = true;
+StatementPlan translateDrop(const tsql::DropStatement& statement, int line,
+                            const NameScope& names) {
+    if (statement.kind == tsql::ObjectKind::Index) return {dropIndexes(statement, line, names), {}};
+    DropTablesPlan plan;
     for (const tsql::ObjectName& name : statement.names) {
         const Table* table = findOwnTable(name, names);
         if (table != nullptr) {
-            result.sql.push_back("DROP TABLE " + tableSql(table->name, table->temporary));
-            result.dropped.push_back({table->name, table->temporary});
+            plan.sql.push_back("DROP TABLE " + tableSql(table->name, table->temporary));
+            plan.dropped.push_back({table->name, table->temporary});
         } else if (findView(name, names) != nullptr) {
             throw ServerError(tsql::Message::WrongDropKind, {"TABLE", name.text(), "view", "VIEW"},
                               line);
@@ -182,7 +174,7 @@ Translation translateDrop(const tsql::DropStatement& statement, int line, const 
             nothingToDrop("table", name.text(), line);
         }
     }
-    return result;
+    return {std::move(plan), {}};
 }
 
 }  // namespace kap::engine

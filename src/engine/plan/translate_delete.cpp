@@ -1,3 +1,5 @@
+#include <utility>
+
 #include "engine/plan/capture.hpp"
 #include "engine/plan/statements.hpp"
 #include "engine/sqlite/sql_writer.hpp"
@@ -35,15 +37,15 @@ std::string deleteFrom(const TargetRows& rows) {
 
 }  // namespace
 
-Translation translateDelete(const tsql::DeleteStatement& statement, const NameScope& names,
-                            Constants constants) {
+StatementPlan translateDelete(const tsql::DeleteStatement& statement, const NameScope& names,
+                              Constants constants) {
     const auto instead =
         insteadTarget(targetName(statement.table, statement.from), tsql::kOnDelete, names);
     if (instead && instead->fires) return translateInstead(statement, *instead, names);
     Binder binder(names, constants);
-    Translation result;
-    result.kind = StatementKind::Delete;
-    result.writes = true;
+    WritePlan plan;
+    plan.verb = Verb::Delete;
+    plan.positioned = isPositioned(statement.where);
     binder.limitRecursion(statement.maxRecursion);
     const std::string with = binder.commonTables(statement.commonTables, nullptr,
                                                  &targetName(statement.table, statement.from));
@@ -52,28 +54,28 @@ Translation translateDelete(const tsql::DeleteStatement& statement, const NameSc
                        binder.commonTarget().table == nullptr;
     if (whole) {
         table = &requireTable(statement.table, names);
-        result.sql.push_back(with + plainDelete(statement, *table, binder));
+        plan.sql = with + plainDelete(statement, *table, binder);
     } else {
         Scope scope;
         const TargetRows rows = bindTarget(binder, statement.table, statement.from, statement.where,
                                            statement.top, scope);
         table = rows.table;
         const WriteFrom write{rows, scope, tsql::kOnDelete, statement.output, {}, with};
-        if (!outputOfSources(write, binder, result)) result.sql.push_back(with + deleteFrom(rows));
+        if (auto found = outputOfSources(write, binder)) {
+            found->positioned = plan.positioned;
+            noteInstead(found->target, instead, tsql::kOnDelete);
+            return finished(std::move(*found), binder);
+        }
+        plan.sql = with + deleteFrom(rows);
     }
-    result.table = table->name;
-    result.temporary = table->temporary;
-    if (result.merge == nullptr) {
-        result.capture = captureFor(*table, tsql::kOnDelete, statement.output, binder);
-    }
-    result.positioned = isPositioned(statement.where);
-    noteInstead(result, instead, tsql::kOnDelete);
-    finish(result, binder);
-    return result;
+    plan.target = writeTarget(*table, names);
+    plan.capture = captureFor(*table, tsql::kOnDelete, statement.output, binder);
+    noteInstead(plan.target, instead, tsql::kOnDelete);
+    return finished(std::move(plan), binder);
 }
 
-// All rows go, without triggers, and the identity begins anew.
-Translation translateTruncate(const tsql::TruncateStatement& statement, const NameScope& names) {
+// All rows go, without triggers.
+StatementPlan translateTruncate(const tsql::TruncateStatement& statement, const NameScope& names) {
     const Table* table = findTable(statement.table, names);
     if (table == nullptr && findView(statement.table, names) != nullptr) {
         throw tsql::ServerError(tsql::Message::TruncateOfNoTable, {statement.table.text()},
@@ -83,15 +85,11 @@ Translation translateTruncate(const tsql::TruncateStatement& statement, const Na
         throw tsql::ServerError(tsql::Message::TableToTruncateNotFound, {statement.table.text()},
                                 statement.table.line);
     }
-    Translation result;
-    result.kind = StatementKind::Define;
-    result.writes = true;
-    result.table = table->name;
-    result.temporary = table->temporary;
-    result.sql.push_back("DELETE FROM " + tableSql(table->name, table->temporary));
-    result.sql.push_back("UPDATE " + std::string(table->temporary ? "temp" : "main") +
-                         ".kap_counters SET last = NULL WHERE owner = " + sqlText(table->name));
-    return result;
+    TruncatePlan plan{table->name, table->temporary, {}};
+    plan.sql.push_back("DELETE FROM " + tableSql(table->name, table->temporary));
+    plan.sql.push_back("UPDATE " + std::string(table->temporary ? "temp" : "main") +
+                       ".kap_counters SET last = NULL WHERE owner = " + sqlText(table->name));
+    return {std::move(plan), {}};
 }
 
 }  // namespace kap::engine

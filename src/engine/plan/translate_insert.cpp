@@ -133,7 +133,7 @@ public:
           binder_(names, instead_ ? Constants::InText : constants),
           table_(insertTarget(statement, binder_, instead_, shape_)) {}
 
-    Translation write() {
+    StatementPlan plan() {
         const bool listed = !statement_.columns.empty();
         columns_ = insertedColumns(statement_, table_, binder_, line_);
         const bool mayGive = sameName(binder_.names().settings().identityInsert, table_.name);
@@ -143,23 +143,20 @@ public:
         if (statement_.query) binder_.limitRecursion(statement_.query->maxRecursion);
         const std::string with = binder_.commonTables(statement_.commonTables, nullptr);
         const std::string source = statement_.query ? queryText(listed) : rowsText(listed);
-        Translation result;
-        result.kind = StatementKind::Insert;
-        result.writes = true;
-        result.table = table_.name;
-        result.temporary = table_.temporary;
-        noteInstead(result, instead_, tsql::kOnInsert);
+        WriteTarget target = writeTarget(table_, binder_.names());
+        noteInstead(target, instead_, tsql::kOnInsert);
         if (firesInstead()) {
-            writeInstead(result, with, source);
-            return result;
+            return finished(writeInstead(std::move(target), with, source), binder_);
         }
-        result.sql.push_back(with + "INSERT INTO " + tableSql(table_.name, table_.temporary) +
-                             columnList() + source + ignoring());
-        result.ignoresDuplicates = !table_.ignoring.empty();
-        result.capture = captureFor(table_, tsql::kOnInsert, statement_.output, binder_);
-        addChecks(result, binder_);
-        finish(result, binder_);
-        return result;
+        WritePlan plan;
+        plan.verb = Verb::Insert;
+        plan.target = std::move(target);
+        plan.sql = with + "INSERT INTO " + tableSql(table_.name, table_.temporary) + columnList() +
+                   source + ignoring();
+        plan.ignoresDuplicates = !table_.ignoring.empty();
+        plan.capture = captureFor(table_, tsql::kOnInsert, statement_.output, binder_);
+        addChecks(plan.capture, binder_);
+        return finished(std::move(plan), binder_);
     }
 
 private:
@@ -179,7 +176,8 @@ private:
         return counts ? sql::call(fn::kOffered, std::move(value)) : value;
     }
 
-    void writeInstead(Translation& result, const std::string& with, const std::string& source) {
+    [[nodiscard]] InsteadPlan writeInstead(WriteTarget target, const std::string& with,
+                                           const std::string& source) const {
         if (statement_.output && !statement_.output->into) {
             throw ServerError(tsql::Message::OutputOfTableWithTriggers, {table_.shown()});
         }
@@ -187,13 +185,13 @@ private:
             throw tsql::unsupported("OUTPUT INTO with an INSTEAD OF trigger", line_);
         }
         InsteadPlan plan;
-        plan.event = tsql::kOnInsert;
+        plan.verb = Verb::Insert;
+        plan.target = std::move(target);
         plan.fill.push_back(with + "INSERT INTO temp." +
                             sqlName(capturedRows(table_, RowState::Inserted).name) + columnList() +
                             source);
         plan.shape = table_;
-        result.instead = std::make_shared<const InsteadPlan>(std::move(plan));
-        finish(result, binder_);
+        return plan;
     }
 
     // While IDENTITY_INSERT is on for a table, its identity column must be given, by name.
@@ -363,9 +361,9 @@ private:
 
 }  // namespace
 
-Translation translateInsert(const InsertStatement& statement, int line, const NameScope& names,
-                            Constants constants) {
-    return InsertWriter(statement, line, names, constants).write();
+StatementPlan translateInsert(const InsertStatement& statement, int line, const NameScope& names,
+                              Constants constants) {
+    return InsertWriter(statement, line, names, constants).plan();
 }
 
 }  // namespace kap::engine

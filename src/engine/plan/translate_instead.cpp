@@ -38,7 +38,7 @@ public:
                   const NameScope& names)
         : write_(write), target_(target), event_(event), binder_(names) {}
 
-    Translation translation() {
+    StatementPlan plan() {
         if (write_.output && !write_.output->into) {
             throw ServerError(tsql::Message::OutputOfTableWithTriggers, {bareName(target_.name)});
         }
@@ -61,7 +61,7 @@ public:
             tail += " WHERE " + sqlOf(binder_.condition(*write_.where, scope));
         }
         if (write_.top) tail += " LIMIT " + sqlOf(binder_.limit(*write_.top, scope));
-        return plan(with, tail, source, assignments);
+        return planOf(with, tail, source, assignments);
     }
 
 private:
@@ -101,8 +101,8 @@ private:
         return shape;
     }
 
-    Translation plan(const std::string& with, const std::string& tail, const Source& source,
-                     const std::vector<BoundAssignment>& assignments) {
+    StatementPlan planOf(const std::string& with, const std::string& tail, const Source& source,
+                         const std::vector<BoundAssignment>& assignments) {
         const FoundRows found(shape_);
         InsteadPlan plan;
         MergePlan tables;
@@ -132,17 +132,13 @@ private:
             plan.fill.push_back(caught(found, RowState::Inserted, assignments));
         }
         plan.fill.push_back(caught(found, RowState::Deleted, {}));
-        Translation result;
-        result.kind = write_.update != nullptr ? StatementKind::Update : StatementKind::Delete;
-        result.writes = true;
-        result.table = target_.name;
-        result.relation = target_.name;
-        result.insteadOfEvent = event_;
-        plan.event = event_;
+        plan.verb = write_.update != nullptr ? Verb::Update : Verb::Delete;
+        plan.target.table = target_.name;
+        plan.target.firingLevel = target_.level;
+        plan.target.relation = target_.name;
+        plan.target.insteadOfEvent = event_;
         plan.shape = std::move(shape_);
-        result.instead = std::make_shared<const InsteadPlan>(std::move(plan));
-        finish(result, binder_);
-        return result;
+        return finished(std::move(plan), binder_);
     }
 
     [[nodiscard]] std::string caught(const FoundRows& found, RowState state,
@@ -190,27 +186,27 @@ std::optional<InsteadTarget> insteadTarget(const tsql::ObjectName& name, std::ui
     return target;
 }
 
-void noteInstead(Translation& made, const std::optional<InsteadTarget>& target,
+void noteInstead(WriteTarget& written, const std::optional<InsteadTarget>& target,
                  std::uint8_t event) {
     if (!target) return;
-    made.insteadOfEvent = event;
-    made.relation = target->name;
+    written.insteadOfEvent = event;
+    written.relation = target->name;
 }
 
-Translation translateInstead(const tsql::UpdateStatement& statement, const InsteadTarget& target,
-                             const NameScope& names) {
+StatementPlan translateInstead(const tsql::UpdateStatement& statement, const InsteadTarget& target,
+                               const NameScope& names) {
     const InsteadWrite write{
         statement.table,        statement.from,   statement.where,        statement.top,
         statement.commonTables, statement.output, statement.maxRecursion, &statement};
-    return InsteadWriter(write, target, tsql::kOnUpdate, names).translation();
+    return InsteadWriter(write, target, tsql::kOnUpdate, names).plan();
 }
 
-Translation translateInstead(const tsql::DeleteStatement& statement, const InsteadTarget& target,
-                             const NameScope& names) {
+StatementPlan translateInstead(const tsql::DeleteStatement& statement, const InsteadTarget& target,
+                               const NameScope& names) {
     const InsteadWrite write{
         statement.table,        statement.from,   statement.where,        statement.top,
         statement.commonTables, statement.output, statement.maxRecursion, nullptr};
-    return InsteadWriter(write, target, tsql::kOnDelete, names).translation();
+    return InsteadWriter(write, target, tsql::kOnDelete, names).plan();
 }
 
 }  // namespace kap::engine

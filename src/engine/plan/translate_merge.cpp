@@ -35,18 +35,15 @@ public:
           table_(target(statement, names)),
           rows_(table_) {}
 
-    Translation write() {
+    StatementPlan plan() {
         binder_.limitRecursion(statement_.maxRecursion);
         with_ = binder_.commonTables(statement_.commonTables, nullptr);
         bindSources();
         bindActions();
-        Translation result;
-        result.kind = StatementKind::Merge;
-        result.writes = true;
-        result.table = table_.name;
-        result.temporary = table_.temporary;
-        result.capture = capture();
-        const bool kept = result.capture.has_value();
+        plan_.verb = Verb::Merge;
+        plan_.target = writeTarget(table_, binder_.names());
+        plan_.capture = capture();
+        const bool kept = plan_.capture.has_value();
         if (kept && statement_.output) {
             for (const Source& source : sources_)
                 sourceColumns_ += source.columns.size();
@@ -61,9 +58,7 @@ public:
         // A unique value that goes is free for the row that comes.
         for (const std::uint8_t event : {tsql::kOnDelete, tsql::kOnUpdate, tsql::kOnInsert})
             addSteps(event, kept);
-        result.merge = std::make_shared<const MergePlan>(std::move(plan_));
-        finish(result, binder_);
-        return result;
+        return finished(std::move(plan_), binder_);
     }
 
 private:
@@ -303,8 +298,8 @@ private:
 
 }  // namespace
 
-Translation translateMerge(const MergeStatement& statement, int line, const NameScope& names) {
-    return MergeWriter(statement, line, names).write();
+StatementPlan translateMerge(const MergeStatement& statement, int line, const NameScope& names) {
+    return MergeWriter(statement, line, names).plan();
 }
 
 }  // namespace kap::engine

@@ -49,8 +49,8 @@ bool readsWhatItAssigns(const Binder& binder, const std::vector<int>& slots) {
 }
 
 // The values are brought to the types of the variables outside the query, row by row.
-Translation assignment(const tsql::Query& query, const std::vector<int>& slots,
-                       const NameScope& names) {
+StatementPlan assignment(const tsql::Query& query, const std::vector<int>& slots,
+                         const NameScope& names) {
     Binder binder(names);
     BoundQuery bound = binder.query(query, nullptr, QueryPlace::InsertRows);
     const bool accumulates = readsWhatItAssigns(binder, slots);
@@ -60,8 +60,8 @@ Translation assignment(const tsql::Query& query, const std::vector<int>& slots,
         bound = query.orderBy.empty() ? perRow.query(query, nullptr, QueryPlace::InsertRows)
                                       : perRow.valuesInOrder(query);
     }
-    Translation result;
-    result.kind = StatementKind::Assign;
+    AssignmentPlan plan;
+    plan.targets.reserve(slots.size());
     std::string items;
     for (std::size_t i = 0; i < slots.size(); ++i) {
         const tsql::TypeSpec& type = names.variables()[static_cast<std::size_t>(slots[i])].type;
@@ -69,18 +69,16 @@ Translation assignment(const tsql::Query& query, const std::vector<int>& slots,
         const BoundExpression converted = binder.convertTo(value, type, query.line);
         if (i > 0) items += ", ";
         appendSql(items, converted.tree);
-        result.columns.push_back(resultColumn({"", converted}));
+        plan.targets.push_back({slots[i], converted.type});
     }
-    result.sql.push_back("SELECT " + items + " FROM (" + bound.sql + ")");
-    result.assigned = slots;
-    finish(result, accumulates ? perRow : binder);
-    return result;
+    plan.sql = "SELECT " + items + " FROM (" + bound.sql + ")";
+    return finished(std::move(plan), accumulates ? perRow : binder);
 }
 
 }  // namespace
 
-Translation translateSelect(const tsql::SelectStatement& statement, const NameScope& names,
-                            Constants constants) {
+StatementPlan translateSelect(const tsql::SelectStatement& statement, const NameScope& names,
+                              Constants constants) {
     const tsql::Query& query = *statement.query;
     if (const tsql::Select* select = onlySelect(query)) {
         if (select->into) return translateSelectInto(query, *select->into, names);
@@ -93,18 +91,21 @@ Translation translateSelect(const tsql::SelectStatement& statement, const NameSc
         if (!column.value.newIdentity) continue;
         throw ServerError(tsql::Message::IdentityWithoutInto, {}, query.line);
     }
-    Translation result;
-    result.kind = StatementKind::Select;
-    result.sql.push_back(std::move(bound.sql));
+    return finished(queryPlan(std::move(bound)), binder);
+}
+
+QueryPlan queryPlan(BoundQuery bound) {
+    QueryPlan plan;
+    plan.sql = std::move(bound.sql);
+    plan.columns.reserve(bound.columns.size());
     for (const OutputColumn& column : bound.columns)
-        result.columns.push_back(resultColumn(column));
-    finish(result, binder);
-    return result;
+        plan.columns.push_back(resultColumn(column));
+    return plan;
 }
 
 // The new table has the columns' types; an identity column of one table stays one.
-Translation translateSelectInto(const tsql::Query& query, const tsql::ObjectName& name,
-                                const NameScope& names) {
+StatementPlan translateSelectInto(const tsql::Query& query, const tsql::ObjectName& name,
+                                  const NameScope& names) {
     Binder binder(names);
     const BoundQuery rows = binder.query(query, nullptr, QueryPlace::InsertRows);
     TableBuilder builder(names, name, query.line);
@@ -131,15 +132,13 @@ Translation translateSelectInto(const tsql::Query& query, const tsql::ObjectName
                           : numbered ? identityCall(builder.table().name)
                                      : numberedColumn(i));
     }
-    Translation result = builder.translation();
-    const Table& table = result.created->table;
-    result.fills = true;
+    SelectIntoPlan plan{builder.plan(), {}};
+    const Table& table = plan.table.created.table;
     const std::int64_t most = names.settings().rowLimit;
     const std::string limit = most > 0 ? " LIMIT " + plain::text(most) : "";
-    result.sql.push_back("INSERT INTO " + tableSql(table.name, table.temporary) + " (" + columns +
-                         ") SELECT " + values + " FROM (" + rows.sql + ")" + limit);
-    finish(result, binder);
-    return result;
+    plan.fill = "INSERT INTO " + tableSql(table.name, table.temporary) + " (" + columns +
+                ") SELECT " + values + " FROM (" + rows.sql + ")" + limit;
+    return finished(std::move(plan), binder);
 }
 
 }  // namespace kap::engine

@@ -184,7 +184,7 @@ std::string unpacked(const std::vector<BoundAssignment>& assignments) {
 
 }  // namespace
 
-Translation translateUpdateInSteps(const UpdateStatement& statement, const NameScope& names) {
+SteppedUpdatePlan translateUpdateInSteps(const UpdateStatement& statement, const NameScope& names) {
     Binder binder(names);
     binder.limitRecursion(statement.maxRecursion);
     binder.writesColumns(assignedNames(statement));
@@ -199,20 +199,17 @@ Translation translateUpdateInSteps(const UpdateStatement& statement, const NameS
         each.value = sql::call(fn::kPack, rows.rowNumber, each.value);
     const std::string values = unpacked(assignments);
     const std::string caught = sqlName(capturedRows(table, RowState::Inserted).name);
-    Translation result;
-    result.kind = StatementKind::Update;
-    result.writes = true;
-    result.table = table.name;
-    result.temporary = table.temporary;
-    result.sql = {with + updateFrom(rows, assignments), "UPDATE temp." + caught + " SET " + values,
-                  "UPDATE " + tableSql(table.name, table.temporary) + " SET " + values + " WHERE " +
-                      sqlOf(sql::call(fn::kPacked, sql::column(assignments.front().column->name)))};
-    finish(result, binder);
-    return result;
+    SteppedUpdatePlan plan;
+    plan.pack = with + updateFrom(rows, assignments);
+    plan.unpackCaught = "UPDATE temp." + caught + " SET " + values;
+    plan.unpack = "UPDATE " + tableSql(table.name, table.temporary) + " SET " + values + " WHERE " +
+                  sqlOf(sql::call(fn::kPacked, sql::column(assignments.front().column->name)));
+    plan.values = binder.boundValues();
+    return plan;
 }
 
-Translation translateUpdate(const UpdateStatement& statement, const NameScope& names,
-                            Constants constants) {
+StatementPlan translateUpdate(const UpdateStatement& statement, const NameScope& names,
+                              Constants constants) {
     const auto instead =
         insteadTarget(targetName(statement.table, statement.from), tsql::kOnUpdate, names);
     if (instead && instead->fires) return translateInstead(statement, *instead, names);
@@ -221,18 +218,19 @@ Translation translateUpdate(const UpdateStatement& statement, const NameScope& n
         std::any_of(statement.assignments.begin(), statement.assignments.end(),
                     [](const Assignment& each) { return !each.variable.empty(); });
     if (accumulates) binder.readVariablesPerRow();
-    Translation result;
-    result.kind = StatementKind::Update;
-    result.writes = true;
+    WritePlan plan;
+    plan.verb = Verb::Update;
+    plan.positioned = isPositioned(statement.where);
+    plan.columns = assignedNames(statement);
     binder.limitRecursion(statement.maxRecursion);
     const Table* table = findTable(statement.table, names);
-    binder.writesColumns(assignedNames(statement));
+    binder.writesColumns(plan.columns);
     const std::string with = binder.commonTables(statement.commonTables, nullptr,
                                                  &targetName(statement.table, statement.from));
     std::optional<std::string> plain;
     if (table != nullptr) plain = plainly(statement, names, *table, binder);
     if (plain) {
-        result.sql.push_back(with + *plain);
+        plan.sql = with + *plain;
     } else {
         Scope scope;
         const TargetRows rows = bindTarget(binder, statement.table, statement.from, statement.where,
@@ -240,20 +238,18 @@ Translation translateUpdate(const UpdateStatement& statement, const NameScope& n
         table = rows.table;
         const auto assignments = bindAssignments(statement, *table, binder, scope);
         const WriteFrom write{rows, scope, tsql::kOnUpdate, statement.output, assignments, with};
-        if (!outputOfSources(write, binder, result)) {
-            result.sql.push_back(with + updateFrom(rows, assignments));
+        if (auto found = outputOfSources(write, binder)) {
+            found->positioned = plan.positioned;
+            noteInstead(found->target, instead, tsql::kOnUpdate);
+            return finished(std::move(*found), binder);
         }
+        plan.sql = with + updateFrom(rows, assignments);
     }
-    result.table = table->name;
-    result.temporary = table->temporary;
-    if (result.merge == nullptr) {
-        result.capture = captureFor(*table, tsql::kOnUpdate, statement.output, binder);
-        addChecks(result, binder);
-    }
-    result.positioned = isPositioned(statement.where);
-    noteInstead(result, instead, tsql::kOnUpdate);
-    finish(result, binder);
-    return result;
+    plan.target = writeTarget(*table, names);
+    plan.capture = captureFor(*table, tsql::kOnUpdate, statement.output, binder);
+    addChecks(plan.capture, binder);
+    noteInstead(plan.target, instead, tsql::kOnUpdate);
+    return finished(std::move(plan), binder);
 }
 
 }  // namespace kap::engine

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "engine/plan/statement_kinds.hpp"
 #include "engine/plan/statements.hpp"
 #include "engine/sqlite/sql_writer.hpp"
 #include "tsql/server_error.hpp"
@@ -15,50 +16,76 @@ struct Dispatch {
     int line;
     Constants constants;
 
-    Translation operator()(const tsql::SelectStatement& statement) const {
+    StatementPlan operator()(const tsql::SelectStatement& statement) const {
         return translateSelect(statement, names, constants);
     }
-    Translation operator()(const tsql::InsertStatement& statement) const {
+    StatementPlan operator()(const tsql::InsertStatement& statement) const {
         return translateInsert(statement, line, names, constants);
     }
-    Translation operator()(const tsql::UpdateStatement& statement) const {
+    StatementPlan operator()(const tsql::UpdateStatement& statement) const {
         return translateUpdate(statement, names, constants);
     }
-    Translation operator()(const tsql::DeleteStatement& statement) const {
+    StatementPlan operator()(const tsql::DeleteStatement& statement) const {
         return translateDelete(statement, names, constants);
     }
-    Translation operator()(const tsql::MergeStatement& statement) const {
+    StatementPlan operator()(const tsql::MergeStatement& statement) const {
         return translateMerge(statement, line, names);
     }
-    Translation operator()(const tsql::TruncateStatement& statement) const {
+    StatementPlan operator()(const tsql::TruncateStatement& statement) const {
         return translateTruncate(statement, names);
     }
-    Translation operator()(const tsql::CreateTableStatement& statement) const {
+    StatementPlan operator()(const tsql::CreateTableStatement& statement) const {
         return translateCreate(statement, line, names);
     }
-    Translation operator()(const tsql::CreateIndexStatement& statement) const {
+    StatementPlan operator()(const tsql::CreateIndexStatement& statement) const {
         return translateIndex(statement, line, names);
     }
-    Translation operator()(const tsql::DropStatement& statement) const {
+    StatementPlan operator()(const tsql::DropStatement& statement) const {
         return translateDrop(statement, line, names);
     }
-    template <typename Other>
-    Translation operator()(const Other& /*statement*/) const {
+    template <ScriptStatement Node>
+    StatementPlan operator()(const Node& /*statement*/) const {
+        throw tsql::unsupported("this statement here", line);
+    }
+    template <FlowStatement Node>
+    StatementPlan operator()(const Node& /*statement*/) const {
         throw tsql::unsupported("this statement here", line);
     }
 };
 
-Translation ofValue(const BoundExpression& value, const Binder& binder) {
-    Translation result;
-    result.kind = StatementKind::Assign;
-    if (const Value* constant = value.constant()) {
-        result.constant = *constant;
-    } else {
-        result.sql.push_back("SELECT " + sqlOf(value.tree));
+// Whether a statement is planned.
+struct IsPlanned {
+    template <PlannedStatement Node>
+    bool operator()(const Node& /*statement*/) const {
+        return true;
     }
-    result.columns.push_back(resultColumn({"", value}));
-    finish(result, binder);
-    return result;
+    bool operator()(const tsql::InsertStatement& statement) const {
+        return statement.execute == nullptr;
+    }
+    bool operator()(const tsql::DropStatement& statement) const {
+        return statement.kind == tsql::ObjectKind::Table ||
+               statement.kind == tsql::ObjectKind::Index;
+    }
+    template <ScriptStatement Node>
+    bool operator()(const Node& /*statement*/) const {
+        return false;
+    }
+    template <FlowStatement Node>
+    bool operator()(const Node& /*statement*/) const {
+        return false;
+    }
+};
+
+ValuePlan ofValue(const BoundExpression& value, const Binder& binder) {
+    ValuePlan plan;
+    plan.type = value.type;
+    if (const Value* constant = value.constant()) {
+        plan.constant = *constant;
+    } else {
+        plan.sql = "SELECT " + sqlOf(value.tree);
+    }
+    plan.values = binder.boundValues();
+    return plan;
 }
 
 }  // namespace
@@ -84,53 +111,45 @@ ResultColumn resultColumn(const OutputColumn& output) {
 }
 
 bool isTranslated(const tsql::Statement& statement) {
-    if (const auto* drop = std::get_if<tsql::DropStatement>(&statement.node)) {
-        return drop->kind == tsql::ObjectKind::Table || drop->kind == tsql::ObjectKind::Index;
-    }
-    if (const auto* insert = std::get_if<tsql::InsertStatement>(&statement.node)) {
-        return insert->execute == nullptr;
-    }
-    return std::holds_alternative<tsql::SelectStatement>(statement.node) ||
-           std::holds_alternative<tsql::UpdateStatement>(statement.node) ||
-           std::holds_alternative<tsql::DeleteStatement>(statement.node) ||
-           std::holds_alternative<tsql::MergeStatement>(statement.node) ||
-           std::holds_alternative<tsql::TruncateStatement>(statement.node) ||
-           std::holds_alternative<tsql::CreateTableStatement>(statement.node) ||
-           std::holds_alternative<tsql::CreateIndexStatement>(statement.node);
+    return std::visit(IsPlanned(), statement.node);
 }
 
-Translation translate(const tsql::Statement& statement, const NameScope& names,
-                      Constants constants) {
-    Translation result;
+const tsql::ObjectName* tableMadeBy(const tsql::SelectStatement& statement) {
+    const std::vector<tsql::QueryTerm>& terms = statement.query->terms;
+    const auto* first = terms.empty() ? nullptr : std::get_if<tsql::Select>(&terms.front().node);
+    return first != nullptr && first->into ? &*first->into : nullptr;
+}
+
+bool isPlainQuery(const tsql::Statement& statement) {
+    const auto* query = std::get_if<tsql::SelectStatement>(&statement.node);
+    return query != nullptr && tableMadeBy(*query) == nullptr;
+}
+
+StatementPlan translate(const tsql::Statement& statement, const NameScope& names,
+                        Constants constants) {
     try {
-        result = std::visit(Dispatch{names, statement.line, constants}, statement.node);
+        return std::visit(Dispatch{names, statement.line, constants}, statement.node);
     } catch (const tsql::ServerError& error) {
         throw error.at(statement.line);
     }
-    result.line = statement.line;
-    return result;
 }
 
-Translation translateCursor(const tsql::Query& query, const NameScope& names) {
+StatementPlan translateCursor(const tsql::Query& query, const NameScope& names) {
     Binder binder(names);
-    Translation result;
+    std::vector<std::string> rowTables;
     BoundQuery bound;
     try {
-        bound = binder.cursorQuery(query, result.rowTables);
+        bound = binder.cursorQuery(query, rowTables);
     } catch (const tsql::ServerError& error) {
         throw error.at(query.line);
     }
-    result.kind = StatementKind::Select;
-    result.sql.push_back(std::move(bound.sql));
-    for (const OutputColumn& column : bound.columns)
-        result.columns.push_back(resultColumn(column));
-    result.line = query.line;
-    finish(result, binder);
-    return result;
+    QueryPlan plan = queryPlan(std::move(bound));
+    plan.rowTables = std::move(rowTables);
+    return finished(std::move(plan), binder);
 }
 
-Translation translateValue(const tsql::Expression& expression, const tsql::TypeSpec& type,
-                           const NameScope& names) {
+ValuePlan translateValue(const tsql::Expression& expression, const tsql::TypeSpec& type,
+                         const NameScope& names) {
     Binder binder(names);
     Scope scope;
     const BoundExpression value =
@@ -138,13 +157,13 @@ Translation translateValue(const tsql::Expression& expression, const tsql::TypeS
     return ofValue(value, binder);
 }
 
-Translation translateValue(const tsql::Expression& expression, const NameScope& names) {
+ValuePlan translateValue(const tsql::Expression& expression, const NameScope& names) {
     Binder binder(names);
     Scope scope;
     return ofValue(binder.value(expression, scope), binder);
 }
 
-Translation translateCondition(const tsql::Expression& condition, const NameScope& names) {
+ValuePlan translateCondition(const tsql::Expression& condition, const NameScope& names) {
     Binder binder(names);
     Scope scope;
     sql::Expression holds =

@@ -40,7 +40,7 @@ private:
         } catch (const std::bad_alloc&) {
             // It stays until the connection ends: no other table has its name.
         }
-        runner_.statements_.captures().dropped(table);
+        runner_.execution_.captures.dropped(table);
         // Nobody else has seen a table variable.
         if (!table.starts_with('@')) runner_.catalogue_.invalidate();
     }

@@ -101,35 +101,55 @@ Faults faultsOf(const std::filesystem::path& file) {
     return faults;
 }
 
+// What SHOWPLAN tells of a plan: texts as they are, and one whose steps SQLite tells.
+struct ExplainedPlan {
+    std::vector<std::string> shown;
+    std::string explained;
+};
+
+struct ExplainedTexts {
+    ExplainedPlan operator()(const QueryPlan& plan) const { return {{}, plan.sql}; }
+    ExplainedPlan operator()(const AssignmentPlan& plan) const { return {{}, plan.sql}; }
+    ExplainedPlan operator()(const WritePlan& plan) const { return {{}, plan.sql}; }
+    ExplainedPlan operator()(const MergePlan& plan) const { return {plan.find, {}}; }
+    ExplainedPlan operator()(const InsteadPlan& plan) const { return {plan.fill, {}}; }
+    ExplainedPlan operator()(const CreateTablePlan& plan) const { return {plan.sql, {}}; }
+    ExplainedPlan operator()(const SelectIntoPlan& plan) const {
+        ExplainedPlan result{plan.table.sql, {}};
+        result.shown.push_back(plan.fill);
+        return result;
+    }
+    ExplainedPlan operator()(const CreateIndexPlan& plan) const { return {plan.sql, {}}; }
+    ExplainedPlan operator()(const DropTablesPlan& plan) const { return {plan.sql, {}}; }
+    ExplainedPlan operator()(const DropIndexesPlan& plan) const { return {plan.sql, {}}; }
+    ExplainedPlan operator()(const TruncatePlan& plan) const { return {plan.sql, {}}; }
+};
+
 }  // namespace
 
 // SET SHOWPLAN_TEXT ON: each statement answers its plan, one step a row, indented by depth.
 void ScriptRunner::explain(Frame& frame, Instruction& instruction,
                            std::vector<ado::Result>& results) {
     const Transactions::ReadScope scope(transactions_);
-    const Translation made = translate(*instruction.statement, frame.program.names());
+    const StatementPlan made = translate(*instruction.statement, frame.program.names());
     ResultColumn column;
     column.name = "StmtText";
     column.type = {tsql::SqlType::NVarChar, tsql::kMaxLength};
     ado::Result result;
     result.columns = columnInfos({column}, catalogue_);
     ado::ColumnStore& steps = result.rows.emplace_back();
-    for (const std::string& sql : made.merge ? made.merge->find : std::vector<std::string>{}) {
+    const ExplainedPlan plan = std::visit(ExplainedTexts(), made.kind);
+    for (const std::string& sql : plan.shown)
         steps.appendBytes(sql);
-    }
-    for (const std::string& sql : made.sql) {
-        if (made.kind == StatementKind::Define) {
-            steps.appendBytes(sql);
-            continue;
-        }
+    if (!plan.explained.empty()) {
         std::map<std::int64_t, std::size_t> depths;
-        PreparedStatement plan(connection_.handle(), "EXPLAIN QUERY PLAN " + sql);
-        while (plan.step()) {
+        PreparedStatement step(connection_.handle(), "EXPLAIN QUERY PLAN " + plan.explained);
+        while (step.step()) {
             constexpr std::size_t kIndent = 2;
-            const std::int64_t parent = plan.integer(1);
+            const std::int64_t parent = step.integer(1);
             const std::size_t depth = parent == 0 ? 0 : depths[parent] + 1;
-            depths[plan.integer(0)] = depth;
-            steps.appendBytes(std::string(depth * kIndent, ' ') + plan.text(3));
+            depths[step.integer(0)] = depth;
+            steps.appendBytes(std::string(depth * kIndent, ' ') + step.text(3));
         }
     }
     results.push_back(std::move(result));

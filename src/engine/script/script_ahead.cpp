@@ -16,8 +16,7 @@ bool definesTables(const Instruction& instruction) {
     if (instruction.statement == nullptr) return false;
     const tsql::Statement::Node& node = instruction.statement->node;
     if (const auto* query = std::get_if<tsql::SelectStatement>(&node)) {
-        const auto* first = std::get_if<tsql::Select>(&query->query->terms.front().node);
-        return first != nullptr && first->into;
+        return tableMadeBy(*query) != nullptr;
     }
     return std::holds_alternative<tsql::CreateTableStatement>(node) ||
            std::holds_alternative<tsql::AlterTableStatement>(node) ||
@@ -60,7 +59,7 @@ bool definesStoredTables(const Instruction& instruction) {
         return std::ranges::any_of(dropped->names, isStored);
     }
     if (const auto* query = std::get_if<tsql::SelectStatement>(&node)) {
-        return isStored(*std::get<tsql::Select>(query->query->terms.front().node).into);
+        return isStored(*tableMadeBy(*query));
     }
     return true;
 }
@@ -124,7 +123,7 @@ void ScriptRunner::checkAhead(Program& program) {
     }
     const Transactions::ReadScope scope(transactions_);
     for (Instruction& instruction : code) {
-        if (!instruction.parts.empty()) continue;
+        if (instruction.compiled.ready || !instruction.values.empty()) continue;
         try {
             checkAhead(instruction, program.names());
         } catch (const tsql::ServerError& error) {
@@ -173,9 +172,7 @@ void ScriptRunner::checkColumns(const tsql::CreateModuleStatement& node, const s
 void ScriptRunner::checkAhead(Instruction& instruction, const NameScope& names) {
     const tsql::Statement* statement = instruction.statement;
     if (statement != nullptr && isData(*statement)) {
-        CompiledStatement prepared;
-        statements_.translate(prepared, *statement, names);
-        instruction.parts.push_back(std::move(prepared));
+        statements_.translate(instruction.compiled, *statement, names);
         return;
     }
     if (instruction.condition != nullptr && mayNameTables(*instruction.condition)) {

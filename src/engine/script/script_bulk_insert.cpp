@@ -108,9 +108,9 @@ void ScriptRunner::makeBulkRow(BulkRow& row, const std::vector<const Column*>& c
     row.program->names().follow(settings);
     statements_.translate(row.prepared, row.script->front(), row.program->names());
     if (node.firesTriggers) return;
-    auto silent = std::make_shared<Translation>(*row.prepared.translation);
-    silent->capture.reset();
-    row.prepared.translation = std::move(silent);
+    auto silent = std::make_shared<StatementPlan>(*row.prepared.plan);
+    if (auto* write = std::get_if<WritePlan>(&silent->kind)) write->capture.reset();
+    row.prepared.plan = std::move(silent);
 }
 
 // The fields of a row as values of its columns, those that have one. False when one of them cannot

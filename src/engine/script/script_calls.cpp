@@ -75,7 +75,7 @@ tsql::ObjectName ScriptRunner::procedureName(Frame& frame, Instruction& instruct
                            : convert(frame.values[static_cast<std::size_t>(variable->slot)],
                                      variable->type, kOutputText, Overlength::Cut);
     // Another procedure's parameters may have other types.
-    instruction.parts.clear();
+    instruction.values.clear();
     const auto* name = std::get_if<std::string>(&text);
     if (name == nullptr || name->empty()) return {{""}, instruction.line};
     try {

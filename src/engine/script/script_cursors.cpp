@@ -151,11 +151,12 @@ void ScriptRunner::openCursor(Cursor& cursor, int line) {
     CompiledStatement prepared;
     statements_.openCursor(prepared, *cursor.query, cursor.rows);
     cursor.types.clear();
-    for (const ResultColumn& column : prepared.translation->columns) {
+    const auto& query = std::get<QueryPlan>(prepared.plan->kind);
+    for (const ResultColumn& column : query.columns) {
         cursor.types.push_back(column.type);
     }
     cursor.rowNumbers.clear();
-    const std::vector<std::string>& tables = prepared.translation->rowTables;
+    const std::vector<std::string>& tables = query.rowTables;
     const std::size_t own = cursor.types.size() - tables.size();
     for (std::size_t i = 0; i < tables.size(); ++i) {
         cursor.rowNumbers.emplace_back(tables[i], std::move(cursor.rows.rows[own + i]));

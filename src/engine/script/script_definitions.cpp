@@ -342,7 +342,7 @@ void ScriptRunner::dropStored(const tsql::DropStatement& node, int line) {
 
 void ScriptRunner::alterTable(Frame& frame, const tsql::AlterTableStatement& node, int line) {
     Transactions::WriteScope scope(transactions_);
-    statements_.captures().removeStale();
+    execution_.captures.removeStale();
     const Table* table = findOwnTable(node.table, frame.program.names());
     if (table == nullptr && node.action == tsql::AlterTableStatement::Action::Triggers) {
         if (const View* view = findView(node.table, frame.program.names())) {
@@ -352,7 +352,7 @@ void ScriptRunner::alterTable(Frame& frame, const tsql::AlterTableStatement& nod
             return;
         }
     }
-    if (table != nullptr) statements_.captures().remove(*table);
+    if (table != nullptr) execution_.captures.remove(*table);
     const std::string written = table != nullptr ? table->name : std::string();
     TableChanger changer(connection_, catalogue_, counters_);
     try {

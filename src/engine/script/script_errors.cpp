@@ -51,10 +51,7 @@ RaisedError ScriptRunner::raisedBy(const SqliteError& error, const Instruction& 
         throw BatchEnded{true};
     }
     WriteContext context;
-    if (!instruction.parts.empty() && instruction.parts.front().translation != nullptr) {
-        const Translation& made = *instruction.parts.front().translation;
-        context = {verbOf(made.kind), made.table, {}};
-    }
+    if (instruction.compiled.plan != nullptr) context = contextOf(*instruction.compiled.plan);
     return raisedBy(explained(connection_, catalogue_, error, context), instruction.line);
 }
 

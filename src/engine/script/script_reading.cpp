@@ -36,7 +36,7 @@ CompiledStatement compiledOf(StatementShapes::Found found, StatementText text) {
     CompiledStatement compiled;
     compiled.ready = true;
     compiled.generation = found.shape->generation;
-    compiled.translation = found.shape->translation;
+    compiled.plan = found.shape->plan;
     compiled.columns = found.shape->columns;
     compiled.constants = std::move(found.constants);
     compiled.text = std::move(text);
@@ -83,7 +83,7 @@ std::optional<StatementShapes::Found> ScriptRunner::recognise(tsql::ScriptReader
     if (learns && isQueryOrWrite(statement)) {
         const auto tokens = rest.first(reader.position() - first);
         if (const auto shape = learn(tokens, first, statement)) {
-            return StatementShapes::Found{shape, shape->translation->constants};
+            return StatementShapes::Found{shape, shape->plan->values.constants};
         }
     }
     parsed.push_back(std::move(statement));
@@ -101,8 +101,10 @@ std::shared_ptr<const StatementShape> ScriptRunner::learn(std::span<const Token>
         const Transactions::ReadScope scope(transactions_);
         const auto shape = shapeOf(tokens, first, translate(statement, names, Constants::Bound));
         if (shape == nullptr) return nullptr;
-        shape->columns = std::make_shared<const std::vector<ado::ColumnInfo>>(
-            columnInfos(shape->translation->columns, catalogue_));
+        if (const auto* query = std::get_if<QueryPlan>(&shape->plan->kind)) {
+            shape->columns = std::make_shared<const std::vector<ado::ColumnInfo>>(
+                columnInfos(query->columns, catalogue_));
+        }
         shape->generation = catalogue_.generation();
         shape->statement = std::move(statement);
         shapes_.learn(tokens, shape);

@@ -102,7 +102,8 @@ std::vector<std::vector<ResultColumn>> ScriptRunner::promised(const tsql::Result
             tsql::TableSource{tsql::NamedTable{set.object, ""}, line, 1}));
         query->terms.push_back({std::move(all), tsql::SetOperator::Union, line});
         const tsql::Statement select{tsql::SelectStatement{std::move(query)}, line};
-        for (const ResultColumn& column : translate(select, names).columns)
+        const StatementPlan plan = translate(select, names);
+        for (const ResultColumn& column : std::get<QueryPlan>(plan.kind).columns)
             columns.push_back(promisedColumn(column.name, column.type, column.nullable));
     }
     return result;

@@ -65,17 +65,17 @@ bool comesBack(const ado::RequestParameter& parameter) {
 
 }  // namespace
 
-ScriptRunner::ScriptRunner(FileConnection& connection, SchemaCatalogue& catalogue,
-                           Counters& counters, Transactions& transactions, SessionState& state)
-    : connection_(connection),
-      catalogue_(catalogue),
-      counters_(counters),
-      transactions_(transactions),
-      state_(state),
-      statements_(connection, catalogue, counters, transactions, state, *this),
-      applicationLocks_(fileOf(connection), connection.place().name),
+ScriptRunner::ScriptRunner(const EngineContext& engine)
+    : connection_(engine.connection),
+      catalogue_(engine.catalogue),
+      counters_(engine.counters),
+      transactions_(engine.transactions),
+      state_(engine.state),
+      execution_(engine, *this),
+      statements_(execution_),
+      applicationLocks_(fileOf(connection_), connection_.place().name),
       kept_(kKeptScripts),
-      journal_(connection.journalFile()) {
+      journal_(connection_.journalFile()) {
     transactions_.whenEnded([this]() noexcept { applicationLocks_.transactionEnded(); });
     catalogue_.addView("sys", "dm_exec_sessions", [this] { return sessionRows(); });
 }

@@ -16,6 +16,8 @@
 #include "engine/catalog/schema_catalogue.hpp"
 #include "engine/executor/application_locks.hpp"
 #include "engine/executor/cursors.hpp"
+#include "engine/executor/engine_context.hpp"
+#include "engine/executor/execution_context.hpp"
 #include "engine/executor/program.hpp"
 #include "engine/executor/session_state.hpp"
 #include "engine/executor/statement_runner.hpp"
@@ -39,7 +41,8 @@ class RowStream;
 //
 // One class, a file for each part: script_runner.cpp requests and the flow, script_ahead.cpp what
 // is looked at before a script begins, script_reading.cpp which statements are known by their
-// shapes, script_errors.cpp what errors do, script_statements.cpp the statements that have no SQL,
+// shapes, script_errors.cpp what errors do, script_dispatch.cpp which part runs which statement,
+// script_statements.cpp variables, messages and transactions,
 // script_settings.cpp SET, script_calls.cpp procedures and dynamic SQL, script_procedures.cpp
 // temporary and numbered ones, script_result_sets.cpp WITH RESULT SETS, script_insert_exec.cpp
 // INSERT ... EXEC, system_procedures.cpp the server's own, script_modules.cpp functions and
@@ -48,8 +51,7 @@ class RowStream;
 // queries whose rows come as they are needed, script_administration.cpp plans, copies and checks.
 class ScriptRunner final : public TriggerHost {
 public:
-    ScriptRunner(FileConnection& connection, SchemaCatalogue& catalogue, Counters& counters,
-                 Transactions& transactions, SessionState& state);
+    explicit ScriptRunner(const EngineContext& engine);
 
     ~ScriptRunner() override;
 
@@ -76,8 +78,8 @@ public:
     [[nodiscard]] GivenRows rowsOf(std::string_view function, std::vector<Value> arguments);
     void fire(const Table& table, const FiringTrigger& trigger,
               std::vector<ado::Result>& results) override;
-    // Writes rows to a table with its triggers, for a change that is no statement of a script.
-    [[nodiscard]] StatementRunner& statements() noexcept { return statements_; }
+    // For a change that is no statement of a script: catches its rows and fires triggers.
+    [[nodiscard]] ExecutionContext& execution() noexcept { return execution_; }
     // Runs `work`, which may fire triggers, as a request of its own, and collects what is reported.
     // False when it ended before its end.
     template <typename Work>
@@ -126,6 +128,8 @@ private:
 
     // Counts a program as running for as long as it lives, and ends what is the call's own.
     class Running;
+    // Which member runs which statement.
+    class Dispatch;
 
     // script_runner.cpp
     void runRequest(ado::Request& request, std::vector<ado::Result>& results);
@@ -144,9 +148,14 @@ private:
                      const std::function<void()>& behind);
     [[nodiscard]] GivenRows rowsOfVariable(const Frame& frame, const std::string& name);
     [[nodiscard]] std::size_t step(Frame& frame, std::size_t at, std::vector<ado::Result>& results);
+    void finishRequest(std::vector<ado::ServerMessage>& messages);
+
+    // script_dispatch.cpp
+    // Gives the place to go on at.
     [[nodiscard]] std::size_t runStatement(Frame& frame, Instruction& instruction, std::size_t at,
                                            std::vector<ado::Result>& results);
-    void finishRequest(std::vector<ado::ServerMessage>& messages);
+    void runPlanned(Frame& frame, Instruction& instruction, std::vector<ado::Result>& results);
+    void returnValue(Frame& frame, Instruction& instruction, const tsql::ReturnStatement& node);
 
     // script_reading.cpp
     [[nodiscard]] ReadScript read(std::string_view script, const tsql::ParseOptions& options);
@@ -180,7 +189,7 @@ private:
     void rollBackAll();
     void rollBackWithoutMemory() noexcept;
 
-    // script_statements.cpp: each gives the place to go on at.
+    // script_statements.cpp
     [[nodiscard]] SystemNumbers systemNumbers() const;
     [[nodiscard]] Value evaluate(Frame& frame, Instruction& instruction, std::size_t part,
                                  const tsql::Expression& expression, const tsql::TypeSpec& type);
@@ -395,6 +404,7 @@ private:
     Counters& counters_;
     Transactions& transactions_;
     SessionState& state_;
+    ExecutionContext execution_;
     StatementRunner statements_;
     Cursors cursors_;
     ApplicationLocks applicationLocks_;

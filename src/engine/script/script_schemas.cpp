@@ -126,8 +126,8 @@ void ScriptRunner::transferObject(const tsql::AlterSchemaStatement& node, int li
     refuseSchemaBound(catalogue_, "ALTER SCHEMA", before, node.object.text(), line);
     refuseUsedFunction("ALTER SCHEMA", before, node.object.text(), line);
     if (table != nullptr) {
-        statements_.captures().removeStale();
-        statements_.captures().remove(*table);
+        execution_.captures.removeStale();
+        execution_.captures.remove(*table);
         TableChanger(connection_, catalogue_, counters_).renameTable(Table(*table), after);
     } else {
         const StoredKind kind = stored->kind;

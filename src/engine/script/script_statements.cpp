@@ -2,6 +2,7 @@
 #include <array>
 #include <chrono>
 #include <cmath>
+#include <utility>
 
 #include <kaputil/automation/plain_text.hpp>
 
@@ -29,11 +30,9 @@ namespace {
 constexpr TypeSpec kText{SqlType::NVarChar, tsql::kMaxLength};
 constexpr TypeSpec kInt{SqlType::Int};
 
-CompiledStatement& part(Instruction& instruction, std::size_t index) {
-    while (instruction.parts.size() <= index) {
-        instruction.parts.emplace_back();
-    }
-    return instruction.parts[index];
+CompiledValue& valueAt(Instruction& instruction, std::size_t index) {
+    if (instruction.values.size() <= index) instruction.values.resize(index + 1);
+    return instruction.values[index];
 }
 
 // The time of day of an instant.
@@ -57,111 +56,6 @@ std::int64_t timeOfDay(const std::string& text, int line) {
 
 }  // namespace
 
-std::size_t ScriptRunner::runStatement(Frame& frame, Instruction& instruction, std::size_t at,
-                                       std::vector<ado::Result>& results) {
-    const tsql::Statement& statement = *instruction.statement;
-    const int line = statement.line;
-    const std::size_t end = frame.program.code().size();
-    if (isTranslated(statement) && state_.showPlan) {
-        explain(frame, instruction, results);
-        return at + 1;
-    }
-    if (isTranslated(statement)) {
-        statements_.run(part(instruction, 0), statement, results);
-        tellIgnored(line);
-        state_.error = 0;
-        return at + 1;
-    }
-    std::int64_t rowCount = 0;
-    if (const auto* declare = std::get_if<tsql::DeclareStatement>(&statement.node)) {
-        declareVariables(frame, instruction, *declare);
-        return at + 1;
-    }
-    if (const auto* assigned = std::get_if<tsql::AssignStatement>(&statement.node)) {
-        assign(frame, instruction, *assigned);
-        rowCount = 1;
-    } else if (const auto* option = std::get_if<tsql::SetOptionStatement>(&statement.node)) {
-        setOption(frame, instruction, *option);
-    } else if (const auto* returned = std::get_if<tsql::ReturnStatement>(&statement.node)) {
-        if (returned->value) {
-            const TypeSpec type =
-                frame.program.module != nullptr &&
-                        frame.program.module->definition.kind == tsql::ModuleKind::Function
-                    ? frame.program.module->definition.returns
-                    : kInt;
-            frame.returned = evaluate(frame, instruction, 0, *returned->value, type);
-        }
-        return end;
-    } else if (const auto* printed = std::get_if<tsql::PrintStatement>(&statement.node)) {
-        print(frame, instruction, *printed);
-    } else if (const auto* raised = std::get_if<tsql::RaiserrorStatement>(&statement.node)) {
-        raiseError(frame, instruction, *raised);
-    } else if (const auto* thrown = std::get_if<tsql::ThrowStatement>(&statement.node)) {
-        throwError(frame, instruction, *thrown);
-    } else if (const auto* waited = std::get_if<tsql::WaitStatement>(&statement.node)) {
-        wait(frame, instruction, *waited);
-    } else if (const auto* ended = std::get_if<tsql::TransactionStatement>(&statement.node)) {
-        transaction(frame, *ended);
-    } else if (const auto* called = std::get_if<tsql::ExecuteStatement>(&statement.node)) {
-        execute(frame, instruction, *called, results);
-        return at + 1;  // @@error and @@rowcount are those of its last statement
-    } else if (const auto* bulk = std::get_if<tsql::BulkInsertStatement>(&statement.node)) {
-        bulkInsert(frame, *bulk, line, results);
-        rowCount = state_.rowCount;
-    } else if (const auto* insert = std::get_if<tsql::InsertStatement>(&statement.node)) {
-        insertExecuted(frame, instruction, *insert, results);
-        rowCount = state_.rowCount;
-    } else if (const auto* view = std::get_if<tsql::CreateViewStatement>(&statement.node)) {
-        createView(*view, line);
-    } else if (const auto* module = std::get_if<tsql::CreateModuleStatement>(&statement.node)) {
-        createModule(*module, line);
-    } else if (const auto* type = std::get_if<tsql::CreateTypeStatement>(&statement.node)) {
-        createType(*type, line);
-    } else if (const auto* rule = std::get_if<tsql::CreateRuleStatement>(&statement.node)) {
-        createRule(*rule, line);
-    } else if (const auto* schema = std::get_if<tsql::CreateSchemaStatement>(&statement.node)) {
-        createSchema(*schema, line, results);
-    } else if (const auto* sequence = std::get_if<tsql::SequenceStatement>(&statement.node)) {
-        defineSequence(*sequence, line);
-    } else if (const auto* synonym = std::get_if<tsql::CreateSynonymStatement>(&statement.node)) {
-        createSynonym(*synonym, line);
-    } else if (const auto* moved = std::get_if<tsql::AlterSchemaStatement>(&statement.node)) {
-        transferObject(*moved, line);
-    } else if (const auto* dropped = std::get_if<tsql::DropStatement>(&statement.node)) {
-        if (dropped->kind == tsql::ObjectKind::Schema) {
-            dropSchema(*dropped, line);
-        } else {
-            dropStored(*dropped, line);
-        }
-    } else if (const auto* alter = std::get_if<tsql::AlterTableStatement>(&statement.node)) {
-        alterTable(frame, *alter, line);
-    } else if (const auto* cursor = std::get_if<tsql::DeclareCursorStatement>(&statement.node)) {
-        declareCursor(frame, *cursor, line);
-    } else if (const auto* held = std::get_if<tsql::AssignCursorStatement>(&statement.node)) {
-        assignCursor(frame, *held, line);
-    } else if (const auto* used = std::get_if<tsql::CursorStatement>(&statement.node)) {
-        useCursor(frame, *used, line);
-    } else if (const auto* fetched = std::get_if<tsql::FetchStatement>(&statement.node)) {
-        fetch(frame, instruction, *fetched, results);
-        rowCount = state_.fetchStatus == 0 ? 1 : 0;
-    } else if (const auto* named = std::get_if<tsql::DatabaseStatement>(&statement.node)) {
-        database(*named, line);
-    } else if (const auto* copied = std::get_if<tsql::BackupStatement>(&statement.node)) {
-        backup(textOf(frame, instruction, 0, *copied->file), copied->replace, line);
-    } else if (std::holds_alternative<tsql::CheckStatement>(statement.node)) {
-        checkDatabase();
-    } else if (std::holds_alternative<tsql::ShowOptionsStatement>(statement.node)) {
-        showOptions(results);
-    } else if (const auto* checked = std::get_if<tsql::CheckIdentityStatement>(&statement.node)) {
-        checkIdentity(frame, instruction, *checked);
-    } else if (const auto* nothing = std::get_if<tsql::NoEffectStatement>(&statement.node)) {
-        note(nothing->what + " has no effect on a database of one file.");
-    }
-    state_.rowCount = rowCount;
-    state_.error = 0;
-    return at + 1;
-}
-
 // --- Values
 
 SystemNumbers ScriptRunner::systemNumbers() const {
@@ -173,17 +67,17 @@ Value ScriptRunner::evaluate(Frame& frame, Instruction& instruction, std::size_t
     if (auto known = simpleValue(expression, type, frame, systemNumbers())) {
         return std::move(*known);
     }
-    return statements_.value(part(instruction, index), [&] {
+    return statements_.value(valueAt(instruction, index), [&] {
         return translateValue(expression, type, frame.program.names());
     });
 }
 
 Value ScriptRunner::evaluateAny(Frame& frame, Instruction& instruction, std::size_t index,
                                 const tsql::Expression& expression, TypeSpec& type) {
-    CompiledStatement& prepared = part(instruction, index);
+    CompiledValue& compiled = valueAt(instruction, index);
     Value value = statements_.value(
-        prepared, [&] { return translateValue(expression, frame.program.names()); });
-    type = prepared.translation->columns.front().type;
+        compiled, [&] { return translateValue(expression, frame.program.names()); });
+    type = compiled.plan->type;
     return value;
 }
 
@@ -207,7 +101,7 @@ bool ScriptRunner::test(Frame& frame, Instruction& instruction) {
         state_.rowCount = 0;
         return *known;
     }
-    const Value value = statements_.value(part(instruction, 0), [&] {
+    const Value value = statements_.value(valueAt(instruction, 0), [&] {
         return translateCondition(*instruction.condition, frame.program.names());
     });
     state_.error = 0;
@@ -246,7 +140,7 @@ void ScriptRunner::declareTable(Frame& frame, const tsql::CreateTableStatement& 
     if (passed) return;
     TableBuilder builder(names, stored);
     builder.add(node);
-    const Translation made = builder.translation();
+    CreateTablePlan made = builder.plan();
     Transactions::WriteScope scope(transactions_);
     // SQLite drops no table while a query stands at its rows, such as one that calls the function
     // whose table this is: it is used again.
@@ -258,13 +152,13 @@ void ScriptRunner::declareTable(Frame& frame, const tsql::CreateTableStatement& 
             PreparedStatement(connection_.handle(), sql).run();
         }
     }
-    counters_.add(*made.created);
+    counters_.add(made.created);
     scope.keep();
     if (names.localTable(name) == nullptr) {
-        names.addLocalTable({name, made.created->table});
+        names.addLocalTable({name, made.created.table});
     }
     // A table variable is its script's own, also in the batch of a client.
-    frame.localTables.push_back({stored, made.sql, *made.created});
+    frame.localTables.push_back({stored, std::move(made.sql), std::move(made.created)});
 }
 
 bool ScriptRunner::hasTemporaryTable(const std::string& stored) {

@@ -3,19 +3,13 @@
 #include <system_error>
 #include <utility>
 
+#include "engine/plan/translator.hpp"
 #include "engine/script/row_stream.hpp"
 #include "engine/script/script_runner.hpp"
 #include "engine/sqlite/time_limit.hpp"
 
 namespace kap::engine {
 namespace {
-
-bool isPlainQuery(const tsql::Statement& statement) {
-    const auto* query = std::get_if<tsql::SelectStatement>(&statement.node);
-    const auto* first =
-        query == nullptr ? nullptr : std::get_if<tsql::Select>(&query->query->terms.front().node);
-    return query != nullptr && (first == nullptr || !first->into);
-}
 
 bool onlyReads(const Instruction& instruction) {
     if (instruction.operation != Operation::Statement) {

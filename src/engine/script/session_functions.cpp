@@ -38,14 +38,12 @@ Value versionBytes(std::int64_t version) {
 
 }  // namespace
 
-SessionFunctions::SessionFunctions(FileConnection& connection, SchemaCatalogue& catalogue,
-                                   Counters& counters, Transactions& transactions,
-                                   SessionState& state, ScriptRunner& scripts)
-    : connection_(connection),
-      catalogue_(catalogue),
-      counters_(counters),
-      transactions_(transactions),
-      state_(state),
+SessionFunctions::SessionFunctions(const EngineContext& engine, ScriptRunner& scripts)
+    : connection_(engine.connection),
+      catalogue_(engine.catalogue),
+      counters_(engine.counters),
+      transactions_(engine.transactions),
+      state_(engine.state),
       scripts_(scripts) {
     entries_.reserve(kFunctions);  // SQLite keeps the addresses
     provide("kap_system", -1, &SessionFunctions::system);
@@ -59,7 +57,7 @@ SessionFunctions::SessionFunctions(FileConnection& connection, SchemaCatalogue& 
     provide("kap_current_row", -1, &SessionFunctions::currentRow);
     provide("kap_offered", 1, &SessionFunctions::offered);
     provideSequences();
-    registerRowFunctions(connection.handle(), connection.errorSlot(),
+    registerRowFunctions(connection_.handle(), connection_.errorSlot(),
                          [this](const std::string& function, const Arguments& arguments) {
                              return rowsBy(function, arguments);
                          });

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "engine/binder/system_values.hpp"
+#include "engine/executor/engine_context.hpp"
 #include "engine/script/script_runner.hpp"
 #include "engine/sqlite/file_connection.hpp"
 
@@ -19,8 +20,7 @@ namespace kap::engine {
 // rows that an index may leave out.
 class SessionFunctions {
 public:
-    SessionFunctions(FileConnection& connection, SchemaCatalogue& catalogue, Counters& counters,
-                     Transactions& transactions, SessionState& state, ScriptRunner& scripts);
+    SessionFunctions(const EngineContext& engine, ScriptRunner& scripts);
     SessionFunctions(const SessionFunctions&) = delete;
     SessionFunctions& operator=(const SessionFunctions&) = delete;
 

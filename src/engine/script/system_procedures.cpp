@@ -139,7 +139,7 @@ void ScriptRunner::executeSql(Frame& frame, Instruction& instruction,
             giveTable(frame, &argument, *parameters[place].table, called, instruction.line);
         } else if (argument.value != nullptr) {
             // The same call may come with other definitions.
-            instruction.parts.resize(std::min(instruction.parts.size(), i));
+            instruction.values.resize(std::min(instruction.values.size(), i));
             called.values[place] =
                 evaluate(frame, instruction, i, *argument.value, declared[place].type);
         }
@@ -205,7 +205,7 @@ void ScriptRunner::renameObject(const std::vector<std::string>& arguments, int l
     const std::string& newName = argumentAt(arguments, 1, "sp_rename", "@newname", line);
     const std::string kind = arguments.size() > 2 ? asciiUpper(arguments[2]) : "OBJECT";
     Transactions::WriteScope scope(transactions_);
-    statements_.captures().removeStale();
+    execution_.captures.removeStale();
     tsql::ObjectName name = nameIn(object, line);
     if (kind == "COLUMN") {
         const std::string column = name.last();
@@ -257,7 +257,7 @@ void ScriptRunner::renameByName(const tsql::ObjectName& name, const std::string&
     for (const ConstraintInfo& each : catalogue_.constraints()) {
         if (!sameName(storedName(each), stored)) continue;
         const Table* table = catalogue_.find(each.table);
-        statements_.captures().remove(*table);
+        execution_.captures.remove(*table);
         (void)changer.renameConstraint(Table(*table), each.name, newName);
         return;
     }
@@ -303,7 +303,7 @@ void ScriptRunner::refuseRename(const Table& table, const std::string& object, i
     if (schemaBoundUser(catalogue_, table.name)) {
         throw ServerError(tsql::Message::RenameOfDependency, {object}, line);
     }
-    statements_.captures().remove(table);
+    execution_.captures.remove(table);
 }
 
 // sp_helptext 'name': the text of a view, procedure, function or trigger, line by line.
