@@ -4,6 +4,7 @@
 #include <set>
 
 #include "cli/command_line.hpp"
+#include "support/build_folders.hpp"
 #include "support/text_files.hpp"
 
 // What is made from the table of commands: pages for man, completion for zsh and fish.
@@ -90,6 +91,8 @@ TEST(CompletionCommand, OffersCommandsActionsAndOptionsInZsh) {
     EXPECT_TRUE(contains(script, "--encoding[How the file holds letters")) << script;
     EXPECT_TRUE(contains(script, ":(utf-8 utf-16 1252 850)'")) << script;
     EXPECT_TRUE(contains(script, "'diff:Show where groups differ.'")) << script;
+    EXPECT_TRUE(contains(script, "'::name:_kaputil_names'")) << script;
+    EXPECT_TRUE(contains(script, "_kaputil_names StdFunctions'")) << script;
     if (shell("command -v zsh").exitCode == 0) {
         const Folder folder;
         const Outcome run = shell("zsh -n '" + folder.file("_kaputil", script) + "'");
@@ -109,12 +112,17 @@ TEST(CompletionCommand, OffersCommandsActionsAndOptionsInFish) {
         const Folder folder;
         const std::string file = folder.file("kaputil.fish", script);
         const auto offered = [&](const std::string& typed) {
-            return shell("fish --no-config -c 'source " + file + "; complete -C \"" + typed + "\"'")
+            return shell("PATH=$(dirname " + std::string(test::kCommandLine) +
+                         "):$PATH fish --no-config -c 'source " + file + "; complete -C \"" +
+                         typed + "\"'")
                 .out;
         };
         EXPECT_TRUE(contains(offered("kaputil imp"), "import")) << offered("kaputil imp");
         EXPECT_TRUE(contains(offered("kaputil config di"), "diff"));
         EXPECT_TRUE(contains(offered("kaputil import --enc"), "--encoding"));
+        EXPECT_TRUE(contains(offered("kaputil classes CProp"), "CProprieta\n"));
+        EXPECT_TRUE(contains(offered("kaputil classes CProprieta.Le"), "CProprieta.Leggi\n"));
+        EXPECT_TRUE(contains(offered("kaputil call KapRo"), "KapRound\n"));
     }
     EXPECT_EQ(kaputil({"completion", "tcsh"}).exitCode, 2);
 }

@@ -38,21 +38,42 @@ std::vector<std::string> allNames() {
                      suggestion(member, memberNames(shown)));
 }
 
+// A general function by its own name, as it is called: KapRound is a member of StdFunctions.
+Named generalFunction(const std::string& name) {
+    const ShownClass* functions = findClass("StdFunctions");
+    const MemberDescription* member = findMember(*functions, name);
+    if (member == nullptr) {
+        std::vector<std::string> names = allNames();
+        for (std::string& function : memberNames(*functions)) {
+            names.push_back(std::move(function));
+        }
+        throw UsageError("there is no class " + name + suggestion(name, names));
+    }
+    return {functions, member, nullptr};
+}
+
 Named lookUp(const std::string& name) {
-    Named named;
-    named.shown = findClass(name);
-    named.enumeration = findEnumeration(name);
+    Named named = {findClass(name), nullptr, findEnumeration(name)};
     if (named.shown != nullptr || named.enumeration != nullptr) {
         return named;
     }
     const std::size_t point = name.rfind('.');
-    if (point != std::string::npos) {
-        named.shown = findClass(name.substr(0, point));
+    if (point == std::string::npos) {
+        return generalFunction(name);
     }
-    if (named.shown == nullptr) {
-        throw UsageError("there is no class " + name + suggestion(name, allNames()));
-    }
+    const std::string className = point == 0 ? name : name.substr(0, point);
     const std::string member = name.substr(point + 1);
+    named.shown = findClass(className);
+    if (named.shown == nullptr) {
+        // "ADODB.Conection" is a class, too.
+        const std::string meant = suggestion(name, allNames());
+        throw UsageError(meant.empty()
+                             ? "there is no class " + className + suggestion(className, allNames())
+                             : "there is no class " + name + meant);
+    }
+    if (member.empty()) {
+        throw UsageError("no member is named behind " + name);
+    }
     named.member = findMember(*named.shown, member);
     if (named.member == nullptr) {
         refuseMember(*named.shown, member);

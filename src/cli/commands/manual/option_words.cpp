@@ -40,6 +40,8 @@ OptionWords wordsOf(const Option& option) {
     const std::string kind = asciiUpper(words.place.empty() ? option.placeholder : words.place);
     words.takesFile = words.takesText && (kind == "F" || kind == "FILE" || kind == "DATABASE");
     words.takesFolder = words.takesText && kind == "FOLDER";
+    words.takesClass = words.place == "name";  // only those of the catalogue are so called
+    words.takesMember = words.place.starts_with("MEMBER");
     return words;
 }
 

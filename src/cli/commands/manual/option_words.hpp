@@ -16,6 +16,8 @@ struct OptionWords {
     bool takesText = false;
     bool takesFile = false;
     bool takesFolder = false;
+    bool takesClass = false;   // the name of a class, or CLASS.MEMBER
+    bool takesMember = false;  // what can be called: a general function or CLASS.MEMBER
 };
 
 [[nodiscard]] OptionWords wordsOf(const Option& option);

@@ -44,8 +44,35 @@ std::string joinedWith(const std::vector<std::string>& texts, std::string_view m
     return joined;
 }
 
+// Names of the catalogue are asked of the command itself: those of all classes, behind "CLASS."
+// those of its members. What is called may also be a general function, a member of StdFunctions.
+constexpr std::string_view kZshNames = R"zsh(_kaputil_names() {
+    local -a names
+    names=(${(f)"$(kaputil classes $1 --names 2>/dev/null)"} ${(f)"$(kaputil classes --names 2>/dev/null)"})
+    if [[ $PREFIX == *.* ]]; then
+        names=(${PREFIX%.*}.${^${(f)"$(kaputil classes ${PREFIX%.*} --names 2>/dev/null)"}})
+    fi
+    compadd -M 'm:{[:lower:]}={[:upper:]}' -- $names
+}
+)zsh";
+
+constexpr std::string_view kFishNames = R"fish(function __kaputil_names
+    set -l typed (commandline -ct)
+    if string match -q '*.*' -- $typed
+        set -l class (string replace -r '\.[^.]*$' '' -- $typed)
+        kaputil classes $class --names 2>/dev/null | string replace -r '^' "$class."
+    else
+        kaputil classes $argv --names 2>/dev/null
+        kaputil classes --names 2>/dev/null
+    end
+end
+)fish";
+
 // What may stand where an option wants a text.
 std::string zshTexts(const OptionWords& words) {
+    if (words.takesClass || words.takesMember) {
+        return words.takesMember ? "_kaputil_names StdFunctions" : "_kaputil_names";
+    }
     if (!words.texts.empty()) {
         return "(" + joinedWith(words.texts, " ") + ")";
     }
@@ -120,7 +147,10 @@ std::string fishOptions(const CommandDescription& command, const std::string& co
                      (words.takesText ? (files ? " -r -F" : " -x") + texts : "") + " -d " +
                      fishQuoted(option.help) + "\n";
         }
-        if (!words.place.empty() && (files || !texts.empty())) {
+        if (words.takesClass || words.takesMember) {
+            lines += "complete -c kaputil -n " + fishQuoted(condition) + " -a '(__kaputil_names" +
+                     (words.takesMember ? " StdFunctions" : "") + ")'\n";
+        } else if (!words.place.empty() && (files || !texts.empty())) {
             lines += "complete -c kaputil -n " + fishQuoted(condition) + (files ? " -F" : "") +
                      texts + "\n";
         }
@@ -153,9 +183,8 @@ std::string fishCommand(const CommandDescription& command) {
 std::string zshCompletion(const std::vector<CommandDescription>& commands) {
     std::string script =
         "#compdef kaputil\n"
-        "# Completion of the kaputil command line for zsh, made by: kaputil completion zsh\n"
-        "_kaputil() {\n" +
-        zshList("commands", commands, "    ") +
+        "# Completion of the kaputil command line for zsh, made by: kaputil completion zsh\n" +
+        std::string(kZshNames) + "_kaputil() {\n" + zshList("commands", commands, "    ") +
         "    if (( CURRENT == 2 )); then\n"
         "        _describe command commands\n"
         "        return\n"
@@ -180,7 +209,8 @@ std::string fishCompletion(const std::vector<CommandDescription>& commands) {
     std::string script =
         "# Completion of the kaputil command line for fish, made by: kaputil completion fish\n"
         "complete -c kaputil -f\n"
-        "complete -c kaputil -l help -d 'Print a short help.'\n";
+        "complete -c kaputil -l help -d 'Print a short help.'\n" +
+        std::string(kFishNames);
     for (const CommandDescription& command : commands) {
         script += "complete -c kaputil -n __fish_use_subcommand -a " + command.name + " -d " +
                   fishQuoted(command.summary) + "\n";
