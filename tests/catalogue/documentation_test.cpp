@@ -132,14 +132,19 @@ TEST(Documentation, ShowsEveryMemberOfTheLibrarysClassesInAnExample) {
     }
 }
 
-TEST(Documentation, CanShowEveryExampleAsPythonWritesIt) {
+TEST(Documentation, CanShowEveryExampleAsPythonAndCppWriteIt) {
     for (const ClassDescription* description : documentedClasses()) {
         const auto& documentation = *documentationOf(*description, Language::English);
         EXPECT_NO_THROW(
             static_cast<void>(pythonForm(documentation.setup + documentation.itself.example)))
             << description->name.utf8();
+        EXPECT_NO_THROW(
+            static_cast<void>(cppForm(documentation.itself.example, documentation.setup)))
+            << description->name.utf8();
         for (const auto& [name, member] : documentation.members) {
             EXPECT_NO_THROW(static_cast<void>(pythonForm(member.example)))
+                << description->name.utf8() << "." << name;
+            EXPECT_NO_THROW(static_cast<void>(cppForm(member.example, documentation.setup)))
                 << description->name.utf8() << "." << name;
         }
     }

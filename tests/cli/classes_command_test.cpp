@@ -213,11 +213,27 @@ TEST(ClassesCommand, WritesThePagesOfTheReferenceInBothLanguages) {
     const std::string italian = fileIn(root, "it/StdFunctions.html");
     EXPECT_TRUE(contains(italian, "<html lang=\"it\">"));
     EXPECT_TRUE(contains(italian, "<section id=\"Progressivi\">"));
-    EXPECT_TRUE(contains(italian, "<td><code>&quot;P&quot;</code></td><td>provvisoria (n_Prov)"));
+    EXPECT_TRUE(contains(italian, "<code>&quot;P&quot;</code></th><td>provvisoria (n_Prov)"));
     EXPECT_TRUE(contains(italian, "<h3>Errori</h3>"));
     EXPECT_TRUE(contains(italian, "f.Progressivi(&quot;FAI&quot;"));
     EXPECT_TRUE(contains(fileIn(root, "en/StdFunctions.html"), "provisional (n_Prov)"));
     EXPECT_TRUE(contains(fileIn(root, "en/Recordset.html"), "<a href=\"Fields.html\">Fields</a>"));
+}
+
+TEST(ClassesCommand, ShowsEveryExampleInThreeLanguagesOnItsPages) {
+    const Folder folder;
+    EXPECT_EQ(kaputil({"classes", "--html", folder.path()}).exitCode, 0);
+    const std::string page = fileIn(folder.path(), "it/CProprieta.html");
+    EXPECT_TRUE(contains(page, "<legend>Esempi in</legend>"));
+    EXPECT_TRUE(contains(
+        page, "<h4>VBScript</h4><pre>Set p = CreateObject(&quot;KapUtil.CProprieta&quot;)\n"));
+    EXPECT_TRUE(
+        contains(page,
+                 "#include &lt;kaputil/core/cproprieta.hpp&gt;\n#include &lt;iostream&gt;\n\n"
+                 "const auto p = kap::make&lt;kap::CProprieta&gt;();\n"));
+    EXPECT_TRUE(contains(
+        page, "<h4>Python</h4><pre>p = kaputil.Dispatch(&quot;KapUtil.CProprieta&quot;)\n"));
+    EXPECT_FALSE(contains(fileIn(folder.path(), "it/Error.html"), "<legend>"));
 }
 
 TEST(ClassesCommand, WritesPagesThatLeadToEachOtherAndNowhereElse) {
@@ -259,6 +275,32 @@ TEST(ClassesCommand, HasAnIndexToSearchInWithoutAServer) {
     EXPECT_TRUE(has("CProprieta", "CProprieta.html"));
     EXPECT_TRUE(has("StdFunctions.Progressivi", "StdFunctions.html#Progressivi"));
     EXPECT_TRUE(has("Recordset.MoveNext", "Recordset.html#MoveNext"));
+}
+
+TEST(ClassesCommand, ShowsAGeneralFunctionByItsOwnName) {
+    EXPECT_EQ(kaputil({"classes", "kapround"}).out,
+              kaputil({"classes", "StdFunctions.KapRound"}).out);
+}
+
+TEST(ClassesCommand, TellsWhatIsWrongWithAName) {
+    const auto said = [](const std::string& name) {
+        const Outcome run = kaputil({"classes", name});
+        EXPECT_EQ(run.exitCode, 2) << name;
+        EXPECT_EQ(run.out, "") << name;
+        return run.err;
+    };
+    EXPECT_EQ(said("CPropieta.Leggi"),
+              "kaputil: there is no class CPropieta; did you mean CProprieta?\n");
+    EXPECT_EQ(said("CProprieta."), "kaputil: no member is named behind CProprieta.\n");
+    EXPECT_EQ(said("CProprieta.Leggi.x"),
+              "kaputil: there is no class CProprieta.Leggi; did you mean CProprieta?\n");
+    EXPECT_EQ(said("ADODB.Conection"),
+              "kaputil: there is no class ADODB.Conection; did you mean ADODB.Connection?\n");
+    EXPECT_EQ(said("ADODB.Connection.Opn"),
+              "kaputil: Connection has no member Opn; did you mean Open?\n");
+    EXPECT_EQ(said("KapRond"),
+              "kaputil: there is no class KapRond; did you mean KapRound or kapGoTo?\n");
+    EXPECT_EQ(said("Perché"), "kaputil: there is no class Perché\n");
 }
 
 TEST(ClassesCommand, FindsNamesIgnoringCase) {

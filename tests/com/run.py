@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
 """Tests the COM module in a fresh Windows session: the client that knows only the system's interfaces, every script in
-its script host, registration by the system's own tool, the examples, and a program in each language that does all the steps
-of the command line's demo. A 32-bit module is looked at from outside, and
-tested the same way where 32-bit Wine is installed.
+its script host, registration by the system's own tool, the examples and those of the reference, and a program in each
+language that does all the steps of the command line's demo. A 32-bit module is looked at from outside, and tested the
+same way where 32-bit Wine is installed.
 
 usage: run.py BUILD-FOLDER [FILTER]
 """
@@ -16,6 +16,7 @@ import tempfile
 ROOT = pathlib.Path(__file__).resolve().parent.parent.parent
 sys.path.insert(0, str(ROOT / "scripts"))
 
+import reference_script  # noqa: E402
 from wine_session import LOADERS, WineSession, windows_path  # noqa: E402
 
 SCRIPTS = ROOT / "tests" / "com" / "scripts"
@@ -96,6 +97,13 @@ def run_example(report, session, example, build):
     report.add(f"example {example.name}", output == example.with_suffix(".txt").read_text("utf-8"), output)
 
 
+def run_reference(report, session, build):
+    """The examples of the reference, as its pages show them for scripts."""
+    with tempfile.TemporaryDirectory() as folder:
+        found = reference_script.run(session, build / "kaputil.exe", pathlib.Path(folder))
+    report.add("the reference's examples", not found, "\n".join(found))
+
+
 def run_stories(report, session, build, place):
     """The demo as clients of several languages do it, each with a company of its own: all tell the same."""
     made = place / "company.db"
@@ -126,6 +134,7 @@ def test_module(report, session, build):
             run_test_script(report, session, script, pathlib.Path(copies))
     for example in sorted([*EXAMPLES.glob("*.vbs"), *EXAMPLES.glob("*.js"), *EXAMPLES.glob("*.cpp")]):
         run_example(report, session, example, build)
+    run_reference(report, session, build)
     with tempfile.TemporaryDirectory() as place:
         run_stories(report, session, build, pathlib.Path(place))
     code, output = session.run("regsvr32", "/s", "/u", "KapUtil26.dll", folder=folder)

@@ -86,8 +86,16 @@ struct KAPUTIL_EXPORT ClassDocumentation {
 // How an error's number is shown: "13", and of data access "3021 (-2146825267)".
 [[nodiscard]] KAPUTIL_EXPORT std::string errorNumberText(std::int32_t number);
 
-// A script as Python writes it. What the examples are made of is known; anything else raises
-// std::invalid_argument.
+// A script as other languages write it. What the examples are made of is known; anything else
+// raises std::invalid_argument.
 [[nodiscard]] KAPUTIL_EXPORT std::string pythonForm(std::string_view script);
+// In C++ variables have types, also those of a setup that stands in front.
+[[nodiscard]] KAPUTIL_EXPORT std::string cppForm(std::string_view script,
+                                                 std::string_view setup = {});
+// As scripts on Windows have it, where data access of this library has a name of its own.
+[[nodiscard]] KAPUTIL_EXPORT std::string vbscriptForm(std::string_view script);
+
+// The lines that include what such C++ statements need.
+[[nodiscard]] KAPUTIL_EXPORT std::string cppHeaders(std::string_view code);
 
 }  // namespace kap

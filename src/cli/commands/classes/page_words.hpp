@@ -37,7 +37,7 @@ struct PageWords {
     std::string_view nothingFound;
     std::string_view allClasses;
     std::string_view otherLanguage;
-    std::string_view inPython;
+    std::string_view examplesIn;
     std::string_view events;
     std::string_view creatable;
     std::string_view global;
@@ -78,7 +78,7 @@ inline const PageWords& pageWords(Language language) {
         .nothingFound = "Nothing has a name or a sentence like that.",
         .allClasses = "All classes",
         .otherLanguage = "Italiano",
-        .inPython = "In Python",
+        .examplesIn = "Examples in",
         .events = "Events",
         .creatable = "creatable",
         .global = "global, creatable",
@@ -93,7 +93,7 @@ inline const PageWords& pageWords(Language language) {
         .membersTitle = "Membri",
         .whatItIs = "Che cos'è",
         .alsoMade = "Creabili per nome",
-        .objects = "Che cosa i membri prendono e danno",
+        .objects = "Oggetti che i membri ricevono e restituiscono",
         .none = "nessuno",
         .noMembers = "Non ha membri.",
         .identity = "Identità",
@@ -116,7 +116,7 @@ inline const PageWords& pageWords(Language language) {
         .nothingFound = "Nessun nome e nessuna frase corrispondono.",
         .allClasses = "Tutte le classi",
         .otherLanguage = "English",
-        .inPython = "In Python",
+        .examplesIn = "Esempi in",
         .events = "Eventi",
         .creatable = "creabile",
         .global = "globale, creabile",

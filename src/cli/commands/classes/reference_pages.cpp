@@ -16,10 +16,10 @@ namespace {
 
 constexpr std::string_view kIndexStyles = R"css(
 nav { margin-bottom: 1rem; font-size: .9rem; }
-input { width: 100%; font: inherit; padding: .5rem .6rem; margin: .6rem 0; border: 1px solid var(--line); }
-td:first-child { white-space: nowrap; width: 1%; }
-td { overflow-wrap: anywhere; }
-@media (max-width: 40rem) { td:first-child { white-space: normal; } }
+input { width: 100%; font: inherit; padding: .5rem .6rem; margin: .6rem 0; border: 1px solid var(--soft);
+        background: var(--paper); color: var(--ink); }
+td, tbody th { overflow-wrap: anywhere; }
+@media (max-width: 40rem) { tr { border-bottom: 1px solid var(--line); } tbody th, td { display: block; width: auto; border: 0; } td { padding-top: 0; } }
 @media print { nav, input { display: none; } h2 { break-before: auto; } }
 )css";
 
@@ -38,9 +38,9 @@ function search() {
     return last === words[0] || name === words[0] ? 0 : last.startsWith(words[0]) ? 1 : name.includes(words[0]) ? 2 : 3; };
   hits.sort((a, b) => rank(a) - rank(b) || a.name.localeCompare(b.name));
   for (const hit of hits) {
-    const row = found.insertRow(), link = document.createElement("a");
-    link.href = hit.href; link.textContent = hit.name;
-    row.insertCell().append(link); row.insertCell().textContent = hit.text;
+    const row = found.insertRow(), head = document.createElement("th"), link = document.createElement("a");
+    link.href = hit.href; link.textContent = hit.name; head.scope = "row";
+    head.append(link); row.append(head); row.insertCell().textContent = hit.text;
   }
   none.hidden = !words.length || hits.length > 0;
 }
@@ -56,8 +56,8 @@ std::string listOf(std::string_view title, const std::vector<ShownClass>& classe
                    Language language) {
     std::string table = element("h2", title) + "\n<table>\n";
     for (const ShownClass& shown : classes) {
-        table += "<tr><td><a href=\"" + html(shown.name) + ".html\">" +
-                 html(shown.programmaticName) + "</a></td><td>" +
+        table += "<tr><th scope=\"row\"><a href=\"" + html(shown.name) + ".html\">" +
+                 html(shown.programmaticName) + "</a></th><td>" +
                  html(summaryText(shown, language)) + "</td></tr>\n";
     }
     return table + "</table>\n";
@@ -95,7 +95,7 @@ void writeLanguage(const std::filesystem::path& folder, Language language) {
 
 // The page that leads to the languages.
 std::string entrancePage() {
-    return htmlPage(Language::Italian, library().description.utf8(), "",
+    return htmlPage(Language::Italian, library().description.utf8(), kReferenceStyles,
                     element("h1", library().description.utf8()) +
                         "\n<p><a href=\"it/index.html\" hreflang=\"it\">Riferimento in "
                         "italiano</a></p>\n<p><a href=\"en/index.html\" hreflang=\"en\">Reference "
@@ -119,10 +119,10 @@ std::string indexPage(Language language) {
     const char* other = language == Language::Italian ? "en" : "it";
     const std::string title = library().description.utf8() + ": " + std::string(words.reference);
     std::string body = std::string("<nav><a href=\"../") + other + "/index.html\" hreflang=\"" +
-                       other + "\">" + html(words.otherLanguage) + "</a></nav>\n" +
+                       other + "\">" + html(words.otherLanguage) + "</a></nav>\n<main>\n" +
                        element("h1", title) + "\n<input id=\"search\" type=\"search\" autofocus " +
                        "placeholder=\"" + html(words.search) + "\" aria-label=\"" +
-                       html(words.search) + "\">\n<p id=\"none\" hidden>" +
+                       html(words.search) + "\">\n<p id=\"none\" role=\"status\" hidden>" +
                        html(words.nothingFound) + "</p>\n<table id=\"found\"></table>\n" +
                        "<div id=\"classes\">\n";
     body += listOf(library().name.utf8(), libraryClasses(), language);
@@ -130,7 +130,8 @@ std::string indexPage(Language language) {
     body += listOf(words.objects, objectClasses(), language);
     body += "</div>\n<script>\nconst ENTRIES = " + entriesOf(language) + ";";
     body += kSearchScript;
-    return htmlPage(language, title, kIndexStyles, body + "</script>\n");
+    return htmlPage(language, title, std::string(kReferenceStyles) + std::string(kIndexStyles),
+                    body + "</script>\n</main>\n");
 }
 
 void writeReference(const std::string& folder) {
