@@ -8,7 +8,7 @@
 #include <kaputil/automation/array.hpp>
 #include <kaputil/automation/convert.hpp>
 
-#include "ado/connection_notices.hpp"
+#include "ado/later_execution.hpp"
 #include "ado/parameter_cell.hpp"
 #include "ado/request_builder.hpp"
 #include "ado/results.hpp"
@@ -53,6 +53,7 @@ Command::Command() : parameters_(make<ado::Parameters>()) {
 }
 
 Command::~Command() {
+    awaits(nullptr);
     parameters_->command_ = nullptr;
 }
 
@@ -96,6 +97,9 @@ Variant Command::ActiveConnection() const {
 }
 
 void Command::setActiveConnection(const Variant& value) {
+    if (State() == ObjectStateEnum::adStateExecuting) {
+        fail::stillExecuting();
+    }
     connection_ = connectionOf(value);
 }
 
@@ -137,6 +141,10 @@ Ref<Parameter> Command::CreateParameter(const String& name, DataTypeEnum type,
 
 Ref<Recordset> Command::Execute(ByRef<Variant> recordsAffected, const Variant& parameters,
                                 std::int32_t options) {
+    if (connection_ && connection_->runsLater(options)) {
+        *recordsAffected = std::int32_t{-1};
+        return executeLater(parameters, options);
+    }
     Execution execution{text_, CursorTypeEnum::adOpenForwardOnly, LockTypeEnum::adLockReadOnly,
                         options, Ref<Command>(this)};
     executing(connection_, execution, [&] {
@@ -144,17 +152,71 @@ Ref<Recordset> Command::Execute(ByRef<Variant> recordsAffected, const Variant& p
             this->request(parameters, execution.source(), execution.options));
         const bool noRecords = wantsNoRecords(execution.options) || !connection_;
         auto records = noRecords ? make<Recordset>() : recordsetFor(connection_);
-        request->streaming = streamingFor(!noRecords && records->isReadOnce());
+        if (!noRecords) {
+            comeAsNeeded(*request, records->isReadOnce(), execution.options);
+        }
         Reply reply;
         send(*request, reply);
         execution.rowsAffected = rowsWritten(reply.results);
         if (!noRecords) {
-            answer(*records, request, std::move(reply.results));
+            answer(*records, request, std::move(reply));
+            records->executed_ = Ref<Command>(this);
         }
         execution.recordset = std::move(records);
     });
     *recordsAffected = execution.rowsAffected;
     return execution.recordset;
+}
+
+// Parameters that come back have their new values when it has ended.
+Ref<Recordset> Command::executeLater(const Variant& given, std::int32_t options) {
+    const auto later = std::make_shared<LaterExecution>(text_, options);
+    const bool noRecords = wantsNoRecords(options);
+    auto records = noRecords ? make<Recordset>() : recordsetFor(connection_);
+    later->command = this;
+    connection_->runLater(
+        later,
+        [&](const LaterExecution& wanted) {
+            later->recordset = noRecords ? nullptr : records.get();
+            Request request =
+                this->request(given, wanted.execution.source(), wanted.execution.options);
+            if (!noRecords) {
+                comeAsNeeded(request, records->isReadOnce(), wanted.execution.options);
+            }
+            return request;
+        },
+        [noRecords, connection = connection_.get()](LaterExecution& ran) {
+            if (ran.execution.command) {
+                ran.execution.command->takeBack(*ran.request);
+            }
+            takeRecords(ran, Ref<Connection>(connection), noRecords);
+            if (ran.execution.recordset) {
+                ran.execution.recordset->executed_ = ran.execution.command;
+            }
+        });
+    awaits(later);
+    if (!noRecords) {
+        records->awaits(later);
+    }
+    return records;
+}
+
+void Command::awaits(std::shared_ptr<LaterExecution> later) {
+    if (awaited_ != nullptr) {
+        awaited_->command = nullptr;
+    }
+    awaited_ = std::move(later);
+}
+
+ObjectStateEnum Command::State() const {
+    if (connection_) {
+        connection_->settle();
+    }
+    return awaited_ != nullptr ? ObjectStateEnum::adStateExecuting : ObjectStateEnum::adStateClosed;
+}
+
+Request Command::requestOf(const Execution& execution) const {
+    return request(Variant::missing(), execution.source(), execution.options);
 }
 
 void Command::Cancel() const {
@@ -163,15 +225,15 @@ void Command::Cancel() const {
     }
 }
 
-std::vector<Result> Command::run(const Execution& execution, bool readOnce,
-                                 std::shared_ptr<const Request>& sent) {
+Reply Command::run(const Execution& execution, bool readOnce,
+                   std::shared_ptr<const Request>& sent) {
     const auto request = std::make_shared<Request>(
         this->request(Variant::missing(), execution.source(), execution.options));
-    request->streaming = streamingFor(readOnce);
+    comeAsNeeded(*request, readOnce, execution.options);
     Reply reply;
     send(*request, reply);
     sent = request;
-    return std::move(reply.results);
+    return reply;
 }
 
 void Command::send(Request& request, Reply& reply) {
@@ -183,9 +245,10 @@ void Command::send(Request& request, Reply& reply) {
 }
 
 Request Command::request(const Variant& given, const String& text, std::int32_t options) const {
-    constexpr std::int32_t kAnyKind = 0xF | 0x200;  // bits of CommandTypeEnum
-    const bool saysKind = options >= 0 && (options & kAnyKind) != 0;
-    Request made = requestFor(text, saysKind ? options : static_cast<std::int32_t>(type_));
+    if (connection_ && text.empty()) {
+        fail::noCommandText();
+    }
+    Request made = requestFor(text, saysKind(options) ? options : static_cast<std::int32_t>(type_));
     made.timeout = std::chrono::seconds(timeout_);
     const std::vector<Variant> values = valuesGiven(given);
     if (parameters_->Count() == 0) {

@@ -12,7 +12,10 @@
 #include <kaputil/automation/error.hpp>
 #include <kaputil/data/error_numbers.hpp>
 
+#include "ado/background.hpp"
 #include "ado/connection_notices.hpp"
+#include "ado/gradual_rows.hpp"
+#include "ado/later_execution.hpp"
 #include "ado/request_builder.hpp"
 #include "ado/results.hpp"
 #include "ado/row_cursor.hpp"
@@ -42,22 +45,14 @@ private:
     std::atomic<int>& count_;
 };
 
-String withLogin(const String& keys, const String& userId, const String& password) {
-    String all = keys;
-    if (!userId.empty()) {
-        all += u";User ID=\"" + userId.units() + u"\"";
-    }
-    if (!password.empty()) {
-        all += u";Password=\"" + password.units() + u"\"";
-    }
-    return all;
-}
-
 }  // namespace
 
-Connection::Connection() : errors_(make<ado::Errors>()) {}
+Connection::Connection()
+    : errors_(make<ado::Errors>()), inBackground_(std::make_unique<InBackground>()) {}
 
-Connection::~Connection() = default;
+Connection::~Connection() {
+    inBackground_.reset();  // it uses the rest until it has ended
+}
 
 const ClassDescription& Connection::events() const {
     return ConnectionEvents::classDescription();
@@ -65,12 +60,14 @@ const ClassDescription& Connection::events() const {
 
 // Another maker's object refuses by itself what its state does not allow.
 void Connection::requireClosed() const {
+    requireSettled();
     if (!foreign_ && session_ != nullptr) {
         fail::objectOpen();
     }
 }
 
 void Connection::requireOpen() const {
+    requireSettled();
     if (session_ == nullptr) {
         fail::objectClosed();
     }
@@ -97,31 +94,30 @@ void Connection::Open(const String& connectionString, const String& userId, cons
         return;
     }
     requireClosed();
+    Opening wanted{connectionString, userId, password, options};
+    if (options == static_cast<std::int32_t>(ConnectOptionEnum::adAsyncConnect)) {
+        openLater(wanted);
+        return;
+    }
     if (!isObserved()) {
         openAs(connectionString, userId, password);
         return;
     }
-    ConnectionNotices(*this).aroundOpening(
-        {connectionString.empty() ? keys_ : connectionString, userId, password, options},
-        [&](const Opening& wanted) {
-            openAs(wanted.connectionString, wanted.userId, wanted.password);
-        });
+    if (connectionString.empty()) {
+        wanted.connectionString = keys_;
+    }
+    ConnectionNotices(*this).aroundOpening(wanted, [&](const Opening& told) {
+        openAs(told.connectionString, told.userId, told.password);
+    });
 }
 
-// The options are not looked at: there is no asynchronous opening.
 void Connection::openAs(const String& connectionString, const String& userId,
                         const String& password) {
-    requireClosed();
-    if (!connectionString.empty()) {
-        setConnectionString(connectionString);
-    }
-    const String login = withLogin(keys_, userId, password);
-    reporting([&] {
-        const auto keys = ado::ConnectionString::parse(completed(login).utf8());
-        session_ = driverFor(keys).open(keys, std::chrono::seconds(connectionTimeout_));
-    });
-    keys_ = login;
-    connectionString_ = String(ado::ConnectionString::shown(connectionString_.utf8()));
+    const Opening wanted{connectionString, userId, password};
+    const ado::ConnectionString keys = prepared(wanted);
+    reporting(
+        [&] { session_ = driverFor(keys).open(keys, std::chrono::seconds(connectionTimeout_)); });
+    opened(wanted);
 }
 
 Ref<Connection> Connection::openAnother() const {
@@ -155,6 +151,7 @@ void Connection::Close() {
             std::make_shared<late_bound::LateBoundSession>(foreign_);  // without transactions
         return;
     }
+    endBackground();
     requireOpen();
     closeRecordsets();
     session_.reset();
@@ -171,18 +168,29 @@ void Connection::closeRecordsets() {
 }
 
 ObjectStateEnum Connection::State() const {
+    settle();
+    if (inBackground_->doing == ObjectStateEnum::adStateConnecting) {
+        return ObjectStateEnum::adStateConnecting;
+    }
     const bool open = foreign_ ? late_bound::isOpen(foreign_) : session_ != nullptr;
     if (!open) {
         return ObjectStateEnum::adStateClosed;
     }
     constexpr auto kOpen = static_cast<std::int32_t>(ObjectStateEnum::adStateOpen);
     constexpr auto kExecuting = static_cast<std::int32_t>(ObjectStateEnum::adStateExecuting);
-    return static_cast<ObjectStateEnum>(kOpen | (running_ > 0 ? kExecuting : 0));
+    const bool executing =
+        running_ > 0 || inBackground_->doing == ObjectStateEnum::adStateExecuting;
+    return static_cast<ObjectStateEnum>(kOpen | (executing ? kExecuting : 0));
 }
 
 void Connection::Cancel() const {
-    if (running_ > 0) {
+    if (const auto running = background()) {
+        running->cancel();
+    } else if (running_ > 0) {
         session_->cancel();
+    }
+    if (const auto rows = rowsInBackground()) {
+        rows->cancel();
     }
 }
 
@@ -201,17 +209,39 @@ void Connection::run(Request& request, Reply& reply) {
         const Counted running(running_);
         used->execute(request, reply);
     });
-    if (!reply.messages.empty()) {
-        report(reply.messages, {});
-        if (isObserved()) {
-            ConnectionNotices(*this).informed();
-        }
+    tell(reply.messages);
+}
+
+// What has been printed while nothing failed.
+void Connection::tell(const std::vector<ServerMessage>& printed) {
+    if (printed.empty()) {
+        return;
     }
+    report(printed, {});
+    if (isObserved()) {
+        ConnectionNotices(*this).informed();
+    }
+}
+
+std::optional<Result> Connection::nextOf(ResultSource& script) {
+    std::optional<Result> result;
+    std::vector<ServerMessage> printed;
+    reporting([&] {
+        const std::shared_ptr<Session> used = session();
+        const Counted running(running_);
+        result = script.next(printed);
+    });
+    tell(printed);
+    return result;
 }
 
 Ref<Recordset> Connection::Execute(const String& commandText, ByRef<Variant> recordsAffected,
                                    std::int32_t options) {
     requireOpen();
+    if (runsLater(options)) {
+        *recordsAffected = std::int32_t{-1};
+        return executeLater(commandText, options);
+    }
     const Ref<Connection> self(this);
     Execution execution{commandText, CursorTypeEnum::adOpenForwardOnly,
                         LockTypeEnum::adLockReadOnly, options};
@@ -222,12 +252,14 @@ Ref<Recordset> Connection::Execute(const String& commandText, ByRef<Variant> rec
         request->timeout = std::chrono::seconds(CommandTimeout());
         const bool noRecords = wantsNoRecords(execution.options);
         auto records = noRecords ? make<Recordset>() : recordsetFor(self);
-        request->streaming = streamingFor(!noRecords && records->isReadOnce());
+        if (!noRecords) {
+            comeAsNeeded(*request, records->isReadOnce(), execution.options);
+        }
         Reply reply;
         run(*request, reply);
         execution.rowsAffected = rowsWritten(reply.results);
         if (!noRecords) {
-            ado::answer(*records, request, std::move(reply.results));
+            ado::answer(*records, request, std::move(reply));
         }
         execution.recordset = std::move(records);
     });
@@ -300,11 +332,12 @@ Ref<Recordset> Connection::OpenSchema(SchemaEnum queryType, const Variant& restr
     requireOpen();
     const SchemaRestrictions wanted = restrictionsOf(queryType, restrictions);
     Result result;
-    reporting([&] { result = session_->schema(queryType, wanted); });
+    reporting([&] { result = session()->schema(queryType, wanted); });
     return answer(std::move(result));
 }
 
 std::int32_t Connection::BeginTrans() {
+    requireOpen();
     std::int32_t level = 0;
     const auto begin = [&] {
         if (isolationChosen_ && session()->transactionDepth() == 0) {
@@ -339,18 +372,24 @@ void Connection::endingTransaction(const std::function<void()>& end, XactAttribu
 }
 
 void Connection::CommitTrans() {
+    requireOpen();
     inTransaction(*this, u"CommitTransComplete", [&] {
         endingTransaction([&] { session()->commit(); }, XactAttributeEnum::adXactCommitRetaining);
     });
 }
 
 void Connection::RollbackTrans() {
+    requireOpen();
     inTransaction(*this, u"RollbackTransComplete", [&] {
         endingTransaction([&] { session()->rollback(); }, XactAttributeEnum::adXactAbortRetaining);
     });
 }
 
 std::shared_ptr<Session> Connection::session() const {
+    requireSettled();
+    if (const auto rows = rowsInBackground()) {
+        rows->waitForAll();
+    }
     if (session_ == nullptr) {
         fail::invalidConnection();
     }

@@ -42,14 +42,22 @@ public:
 
     // `open` gets what the sinks have made of it.
     void aroundOpening(Opening opening, const std::function<void(const Opening&)>& open) const;
+    // The same of one that ends later, which `begin` begins.
+    void beforeOpening(Opening& opening, const std::function<void()>& begin) const;
+    void afterOpening(const std::function<void()>& conclude) const;
     void disconnected() const;
     // The work leaves in the execution what came of it.
     void aroundExecution(Execution& execution, const std::function<void()>& work) const;
+    void beforeExecution(Execution& execution, const std::function<void()>& begin) const;
+    void afterExecution(Execution& execution, const std::function<void()>& conclude) const;
     void informed() const;
     void afterTransaction(std::u16string_view complete, const std::function<void()>& work,
                           const EventCalls::Telling& given = {}) const;
 
 private:
+    void ask(Opening& opening) const;
+    void ask(Execution& execution) const;
+
     Ref<Connection> connection_;  // a sink may drop the client's reference
     EventCalls calls_;
 };

@@ -1,11 +1,13 @@
 // What the provider of a connection tells, and lets be chosen before it is opened.
 #include <functional>
+#include <optional>
 #include <utility>
 #include <vector>
 
 #include <kaputil/ado/connection.hpp>
 #include <kaputil/automation/convert.hpp>
 
+#include "ado/connection_notices.hpp"
 #include "automation/class_builder.hpp"
 #include "base/quoting.hpp"
 #include "data/connection_string.hpp"
@@ -25,7 +27,37 @@ Details constant(const char16_t* name, DataTypeEnum type, const Variant& value) 
     return {name, type, [value] { return value; }};
 }
 
+String withLogin(const String& keys, const String& userId, const String& password) {
+    String all = keys;
+    if (!userId.empty()) {
+        all += u";User ID=\"" + userId.units() + u"\"";
+    }
+    if (!password.empty()) {
+        all += u";Password=\"" + password.units() + u"\"";
+    }
+    return all;
+}
+
 }  // namespace
+
+// What a driver is given.
+ado::ConnectionString Connection::prepared(const Opening& wanted) {
+    requireClosed();
+    if (!wanted.connectionString.empty()) {
+        setConnectionString(wanted.connectionString);
+    }
+    std::optional<ado::ConnectionString> keys;
+    reporting([&] {
+        keys = ado::ConnectionString::parse(
+            completed(withLogin(keys_, wanted.userId, wanted.password)).utf8());
+    });
+    return std::move(*keys);
+}
+
+void Connection::opened(const Opening& wanted) {
+    keys_ = withLogin(keys_, wanted.userId, wanted.password);
+    connectionString_ = String(ado::ConnectionString::shown(connectionString_.utf8()));
+}
 
 void Connection::setAttributes(std::int32_t value) {
     constexpr auto kKnown = static_cast<std::int32_t>(XactAttributeEnum::adXactCommitRetaining) |

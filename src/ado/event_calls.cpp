@@ -85,18 +85,22 @@ void EventCalls::tellFailure(std::u16string_view complete, Values given,
     }
 }
 
-void EventCalls::completing(std::u16string_view complete, const Telling& given,
-                            const std::function<void()>& work, const Telling& between) const {
-    const auto others = [&] { return between ? between() : Values(); };
+void EventCalls::beginning(std::u16string_view complete, const Telling& given,
+                           const std::function<void()>& work, const Telling& between) const {
     try {
         work();
     } catch (const AutomationError& error) {
-        tellFailure(complete, given(), error, others());
+        tellFailure(complete, given(), error, between ? between() : Values());
         throw;
     }
+}
+
+void EventCalls::completing(std::u16string_view complete, const Telling& given,
+                            const std::function<void()>& work, const Telling& between) const {
+    beginning(complete, given, work, between);
     Values told = given();
     told.emplace_back(Ref<Object>());
-    tell(complete, told, EventStatusEnum::adStatusOK, others());
+    tell(complete, told, EventStatusEnum::adStatusOK, between ? between() : Values());
 }
 
 void EventCalls::around(std::u16string_view will, std::u16string_view complete, const Values& given,

@@ -45,6 +45,9 @@ public:
     // work is done or has failed; the error is added. What was raised reaches the caller.
     void completing(std::u16string_view complete, const Telling& given,
                     const std::function<void()>& work, const Telling& between = {}) const;
+    // Begins what ends later: raises `complete` only when the beginning has failed.
+    void beginning(std::u16string_view complete, const Telling& given,
+                   const std::function<void()>& work, const Telling& between = {}) const;
     // Asks with `will`, does the work, and raises `complete`, both with the same values.
     void around(std::u16string_view will, std::u16string_view complete, const Values& given,
                 const std::function<void()>& work,

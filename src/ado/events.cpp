@@ -65,6 +65,10 @@ const ClassDescription& RecordsetEvents::classDescription() {
                 u"MoveComplete", {u"adReason", u"pError", u"adStatus", u"pRecordset"})
             .method<&RecordsetEvents::EndOfRecordset>(u"EndOfRecordset",
                                                       {u"fMoreData", u"adStatus", u"pRecordset"})
+            .method<&RecordsetEvents::FetchProgress>(
+                u"FetchProgress", {u"Progress", u"MaxProgress", u"adStatus", u"pRecordset"})
+            .method<&RecordsetEvents::FetchComplete>(u"FetchComplete",
+                                                     {u"pError", u"adStatus", u"pRecordset"})
             .build();
     return description;
 }
@@ -149,5 +153,13 @@ void RecordsetEvents::MoveComplete(EventReasonEnum /*adReason*/, const Ref<Error
 
 void RecordsetEvents::EndOfRecordset(ByRef<bool> /*fMoreData*/, ByRef<EventStatusEnum> /*adStatus*/,
                                      const Ref<Recordset>& /*pRecordset*/) {}
+
+void RecordsetEvents::FetchProgress(std::int32_t /*Progress*/, std::int32_t /*MaxProgress*/,
+                                    ByRef<EventStatusEnum> /*adStatus*/,
+                                    const Ref<Recordset>& /*pRecordset*/) {}
+
+void RecordsetEvents::FetchComplete(const Ref<Error>& /*pError*/,
+                                    ByRef<EventStatusEnum> /*adStatus*/,
+                                    const Ref<Recordset>& /*pRecordset*/) {}
 
 }  // namespace kap::ado

@@ -9,6 +9,7 @@
 #include <kaputil/automation/convert.hpp>
 
 #include "ado/connection_notices.hpp"
+#include "ado/later_execution.hpp"
 #include "ado/recordset_notices.hpp"
 #include "ado/request_builder.hpp"
 #include "ado/results.hpp"
@@ -24,6 +25,7 @@ Recordset::Recordset() : fields_(make<ado::Fields>()) {
 }
 
 Recordset::~Recordset() {
+    awaits(nullptr);
     leave();
     if (fieldNotices_ != nullptr) {
         fieldNotices_->forget();
@@ -49,12 +51,18 @@ RowCursor& Recordset::opened() const {
 }
 
 void Recordset::requireOpen() const {
+    if (cursor_ == nullptr && isExecuting()) {
+        fail::stillExecuting();
+    }
     if (cursor_ == nullptr) {
         fail::objectClosed();
     }
 }
 
 void Recordset::requireClosed() const {
+    if (isExecuting()) {
+        fail::stillExecuting();
+    }
     if (cursor_ != nullptr) {
         fail::objectOpen();
     }
@@ -71,6 +79,8 @@ void Recordset::forget() {
     }
     cursor_.reset();
     request_.reset();
+    executed_ = {};
+    more_.reset();
     draft_ = std::make_shared<RowCursor>(RowTable::madeByHand(), RowCursor::Options{});
     fields_->show(draft_, /*open=*/false);
     filter_ = u"";
@@ -98,6 +108,10 @@ void Recordset::Open(const Variant& source, const Variant& activeConnection,
         setLockType(lockType);
     }
     options_ = options;
+    if (draft_->columns().empty() && asksNotToWait(options) && !opensSaved(options)) {
+        openLater(options);
+        return;
+    }
     const auto open = [&] {
         const Variant filter = filter_;
         const String sort = sort_;
@@ -163,24 +177,24 @@ void Recordset::run(std::int32_t options) {
             setCursorType(execution.cursorType);
             setLockType(execution.lockType);
         }
-        std::vector<Result> results = answersOf(execution);
-        execution.rowsAffected = rowsWritten(results);
-        takeAnswers(std::move(results));
+        Reply reply = answersOf(execution);
+        execution.rowsAffected = rowsWritten(reply.results);
+        take(std::move(reply));
     });
 }
 
-std::vector<Result> Recordset::answersOf(const Execution& execution) {
+Reply Recordset::answersOf(const Execution& execution) {
     if (command_) {
         return command_->run(execution, isReadOnce(), request_);
     }
     const auto request =
         std::make_shared<Request>(requestFor(execution.source(), execution.options));
     request->timeout = std::chrono::seconds(connection_->CommandTimeout());
-    request->streaming = streamingFor(isReadOnce());
+    comeAsNeeded(*request, isReadOnce(), execution.options);
     Reply reply;
     connection_->run(*request, reply);
     request_ = request;
-    return std::move(reply.results);
+    return reply;
 }
 
 void Recordset::Cancel() const {
@@ -202,44 +216,6 @@ void Recordset::fetchAll() {
     }
 }
 
-// The first records have been passed and are here no longer.
-void Recordset::runAgain() {
-    if (request_ == nullptr || !connection_) {
-        fail::cannotFetchBackward();
-    }
-    cursor_->table().abandonRest();  // else it were read to make way for the request
-    Request request = *request_;
-    Reply reply;
-    try {
-        connection_->run(request, reply);
-        std::erase_if(reply.results, [](const Result& result) { return result.columns.empty(); });
-        if (answerNumber_ >= reply.results.size() ||
-            !cursor_->table().startAgain(reply.results[answerNumber_])) {
-            fail::cannotFetchBackward();
-        }
-    } catch (...) {
-        forget();  // what is left of the window would end like all of the records
-        throw;
-    }
-    cursor_->startAgain();
-    if (cursor_->table().size() > 0) {
-        cursor_->moveFirst();
-    }
-}
-
-// Shows the first rows; what statements before them wrote is passed over.
-void Recordset::takeAnswers(std::vector<Result> results) {
-    const auto rows =
-        std::ranges::find_if(results, [](const Result& result) { return !result.columns.empty(); });
-    following_.clear();
-    answerNumber_ = 0;
-    if (rows == results.end()) {
-        return;
-    }
-    std::move(rows + 1, results.end(), std::back_inserter(following_));
-    adopt(std::move(*rows), connection_);
-}
-
 void Recordset::adopt(Result result, Ref<Connection> connection) {
     attach(std::move(connection));
     if (cursorLocation_ == CursorLocationEnum::adUseClient) {
@@ -248,6 +224,7 @@ void Recordset::adopt(Result result, Ref<Connection> connection) {
         cursorType_ = CursorTypeEnum::adOpenKeyset;
     }
     auto table = std::make_shared<RowTable>(std::move(result));
+    fetchGradually(*table);
     table->limit(static_cast<std::size_t>(maxRecords_));
     RowCursor::Options options;
     options.location = cursorLocation_;
@@ -321,15 +298,16 @@ void Recordset::Requery(std::int32_t options) {
         if (cursor_->table().isReadOnce()) {
             cursor_->table().abandonRest();  // else it were read to make way for the request
         }
+        more_.reset();
         try {
             const bool told = command_ || !source_.isString() || !source_.as<String>().empty();
             if (told || request_ == nullptr || !connection_) {
-                run(options == -1 ? options_ : options);
+                run(saysKind(options) || options_ == -1 ? options : options_);
             } else {  // what Execute sent
                 Request request = *request_;
                 Reply reply;
                 connection_->run(request, reply);
-                takeAnswers(std::move(reply.results));
+                take(std::move(reply));
             }
         } catch (...) {
             if (cursor_ != nullptr && cursor_->table().isReadOnce()) {
@@ -340,31 +318,6 @@ void Recordset::Requery(std::int32_t options) {
     };
     changingAll(*this, EventReasonEnum::adRsnRequery,
                 [&] { moving(*this, EventReasonEnum::adRsnRequery, query); });
-}
-
-Ref<Recordset> Recordset::NextRecordset(ByRef<Variant> recordsAffected) {
-    const auto next = std::ranges::find_if(following_, [](const Result& result) {
-        return !result.columns.empty() || result.rowsAffected;
-    });
-    if (next == following_.end()) {
-        following_.clear();
-        return {};
-    }
-    auto recordset = make<Recordset>();
-    recordset->cursorType_ = cursorType_;
-    recordset->lockType_ = lockType_;
-    recordset->cursorLocation_ = cursorLocation_;
-    recordset->rowsAffected_ = next->rowsAffected;
-    recordset->request_ = request_;
-    recordset->answerNumber_ = answerNumber_ + (next->columns.empty() ? 0 : 1);
-    const std::int64_t written = next->rowsAffected.value_or(-1);
-    *recordsAffected = next->columns.empty() ? static_cast<std::int32_t>(written) : -1;
-    std::move(next + 1, following_.end(), std::back_inserter(recordset->following_));
-    if (!next->columns.empty()) {
-        recordset->adopt(std::move(*next), connection_);
-    }
-    following_.clear();
-    return recordset;
 }
 
 Ref<Recordset> Recordset::Clone(LockTypeEnum lockType) {
@@ -386,7 +339,18 @@ Ref<Recordset> Recordset::Clone(LockTypeEnum lockType) {
 }
 
 ObjectStateEnum Recordset::State() const {
-    return cursor_ == nullptr ? ObjectStateEnum::adStateClosed : ObjectStateEnum::adStateOpen;
+    if (isExecuting()) {
+        return ObjectStateEnum::adStateExecuting;
+    }
+    if (cursor_ == nullptr) {
+        return ObjectStateEnum::adStateClosed;
+    }
+    if (fetchesOn_) {
+        takeReady();
+    }
+    constexpr auto kOpen = static_cast<std::int32_t>(ObjectStateEnum::adStateOpen);
+    constexpr auto kFetching = static_cast<std::int32_t>(ObjectStateEnum::adStateFetching);
+    return static_cast<ObjectStateEnum>(kOpen | (fetchesOn_ ? kFetching : 0));
 }
 
 Variant Recordset::ActiveConnection() const {
@@ -394,6 +358,9 @@ Variant Recordset::ActiveConnection() const {
 }
 
 void Recordset::setActiveConnection(const Variant& value) {
+    if (isExecuting()) {
+        fail::stillExecuting();
+    }
     Ref<Connection> connection = connectionOf(value);
     if (cursor_ != nullptr) {
         fetchAll();  // nobody else can, once it is disconnected
@@ -402,11 +369,16 @@ void Recordset::setActiveConnection(const Variant& value) {
 }
 
 Variant Recordset::ActiveCommand() const {
-    return Variant(command_);
+    return Variant(command_ ? command_ : executed_);
 }
 
+// Of what Execute gave the text that was sent.
 Variant Recordset::Source() const {
-    return command_ ? Variant(command_->CommandText()) : source_;
+    if (command_) {
+        return command_->CommandText();
+    }
+    const bool told = !source_.isString() || !source_.as<String>().empty();
+    return told || request_ == nullptr ? source_ : Variant(String(request_->text));
 }
 
 void Recordset::setSource(const Variant& value) {

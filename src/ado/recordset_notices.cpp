@@ -55,6 +55,24 @@ void RecordsetNotices::afterOpening(const std::function<void()>& open) const {
     });
 }
 
+void RecordsetNotices::fetching(const std::function<void()>& take) const {
+    calls_.beginning(
+        u"FetchComplete", [] { return EventCalls::Values(); }, take);
+}
+
+// How many there are going to be is known when they are all here.
+void RecordsetNotices::fetched(std::size_t rows, std::size_t all, bool complete) const {
+    const Variant count(static_cast<std::int32_t>(all));
+    if (rows > 0) {
+        EventCalls::Values progress = {count, count};
+        calls_.tell(u"FetchProgress", progress, EventStatusEnum::adStatusOK);
+    }
+    if (complete) {
+        EventCalls::Values noError = {Ref<Object>()};
+        calls_.tell(u"FetchComplete", noError, EventStatusEnum::adStatusOK);
+    }
+}
+
 void RecordsetNotices::aroundAll(EventReasonEnum reason, const std::function<void()>& work) const {
     const EventStatusEnum asked = reason == EventReasonEnum::adRsnClose
                                       ? EventStatusEnum::adStatusCantDeny

@@ -25,6 +25,10 @@ public:
     // There is nothing yet that a sink could look at before.
     void afterOpening(const std::function<void()>& open) const;
     void aroundAll(EventReasonEnum reason, const std::function<void()>& work) const;
+    // Takes rows that have come in the background: what it tells when they do not come, and when
+    // they have.
+    void fetching(const std::function<void()>& take) const;
+    void fetched(std::size_t rows, std::size_t all, bool complete) const;
 
 private:
     void move(const std::function<void()>& work) const;
@@ -48,6 +52,7 @@ void moving(Recordset& recordset, EventReasonEnum reason, const Work& work) {
     } else {
         fetching();
     }
+    recordset.takeReady();
 }
 
 // Adds, writes or deletes records, or forgets their changes.

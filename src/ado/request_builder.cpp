@@ -7,8 +7,7 @@
 namespace kap::ado {
 namespace {
 
-// What is said about how the text is run, beside its kind: not to wait, and to want no rows. A call
-// always ends when its work has ended, so that the former changes nothing.
+// What is said about how the text is run, beside its kind: not to wait, and to want no rows.
 constexpr std::int32_t kHow = 0x10 | 0x20 | 0x40 | 0x80 | 0x400;
 
 }  // namespace
@@ -35,6 +34,24 @@ Request requestFor(const String& text, std::int32_t options) {
             }
     }
     return request;
+}
+
+void comeAsNeeded(Request& request, bool readOnce, std::int32_t options) noexcept {
+    const auto asks = [options](ExecuteOptionEnum option) {
+        return options >= 0 && (options & static_cast<std::int32_t>(option)) != 0;
+    };
+    if (!readOnce && asks(ExecuteOptionEnum::adAsyncFetchNonBlocking)) {
+        request.fetching = Request::Fetching::NonBlocking;
+    } else if (!readOnce && asks(ExecuteOptionEnum::adAsyncFetch)) {
+        request.fetching = Request::Fetching::Background;
+    }
+    const bool streams = readOnce || request.fetching != Request::Fetching::WhenNeeded;
+    request.streaming = streams ? Request::Streaming::OfReading : Request::Streaming::Never;
+    request.oneByOne = readOnce;
+}
+
+bool saysKind(std::int32_t options) noexcept {
+    return options >= 0 && (options & ~kHow) != 0;
 }
 
 bool wantsNoRecords(std::int32_t options) noexcept {

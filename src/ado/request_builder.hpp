@@ -14,10 +14,12 @@ namespace kap::ado {
 // script. Raises 3001 for a kind that does not exist.
 [[nodiscard]] Request requestFor(const String& text, std::int32_t options);
 
-// How the rows may come for who reads them once, or for anybody else.
-[[nodiscard]] inline Request::Streaming streamingFor(bool readOnce) noexcept {
-    return readOnce ? Request::Streaming::OfReading : Request::Streaming::Never;
-}
+// How the rows and the results come, as the options of a call say: as they are needed for who reads
+// them once, in the background for who asks for that, at once for anybody else.
+void comeAsNeeded(Request& request, bool readOnce, std::int32_t options) noexcept;
+
+// Whether the options say what the text is.
+[[nodiscard]] bool saysKind(std::int32_t options) noexcept;
 
 // Whether the options ask for the rows to be thrown away.
 [[nodiscard]] bool wantsNoRecords(std::int32_t options) noexcept;

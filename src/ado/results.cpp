@@ -5,6 +5,7 @@
 #include <kaputil/automation/array.hpp>
 #include <kaputil/automation/convert.hpp>
 
+#include "ado/later_execution.hpp"
 #include "data/failures.hpp"
 #include "data/schema_rows.hpp"
 
@@ -29,10 +30,20 @@ Ref<Recordset> recordsetFor(const Ref<Connection>& connection) {
     return recordset;
 }
 
-void answer(Recordset& recordset, std::shared_ptr<const Request> request,
-            std::vector<Result> results) {
+void answer(Recordset& recordset, std::shared_ptr<const Request> request, Reply reply) {
     recordset.request_ = std::move(request);
-    recordset.takeAnswers(std::move(results));
+    recordset.take(std::move(reply));
+}
+
+void takeRecords(LaterExecution& ran, const Ref<Connection>& connection, bool noRecords) {
+    if (noRecords) {
+        return;
+    }
+    Ref<Recordset>& records = ran.execution.recordset;
+    if (!records) {
+        records = recordsetFor(connection);
+    }
+    answer(*records, ran.request, std::move(ran.reply));
 }
 
 SchemaRestrictions restrictionsOf(SchemaEnum kind, const Variant& given) {

@@ -56,7 +56,11 @@ bool RowCursor::eof() const noexcept {
 }
 
 std::size_t RowCursor::count() {
-    table_->fetchAll();
+    if (table_->isGradual()) {
+        table_->takeReady();
+    } else {
+        table_->fetchAll();
+    }
     view_.takeNewRows();
     return view_.count() + (editMode_ == EditModeEnum::adEditAdd ? 1 : 0);
 }
@@ -116,6 +120,13 @@ void RowCursor::requireBackward() const {
 // the position then counts from where these begin.
 void RowCursor::fetchFor(std::int64_t records) {
     while (!table_->complete() && records >= end() - position_) {
+        if (table_->isGradual()) {
+            if (!table_->waitForSome()) {
+                return;
+            }
+            view_.takeNewRows();
+            continue;
+        }
         if (!table_->isReadOnce()) {
             table_->fetchAll();
             return;

@@ -211,6 +211,9 @@ void RowCursor::remove(Session* session) {
 }
 
 void RowCursor::removeRow(Session* session, std::size_t row) {
+    if (table_->isGradual()) {
+        table_->fetchAll();
+    }
     table_->makeRoomForDeletion();
     if (options_.batch) {
         PendingRow& waiting = pendingRow(*table_, row, PendingRow::Kind::Deleted);

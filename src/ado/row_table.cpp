@@ -60,6 +60,31 @@ void RowTable::fetchMore() {
     }
 }
 
+void RowTable::comeGradually(std::shared_ptr<RowSource> rows, bool waits) {
+    result_.rest = std::move(rows);
+    gradual_ = true;
+    waits_ = waits;
+}
+
+bool RowTable::takeReady() {
+    const std::size_t before = size();
+    if (!complete()) {
+        received(result_.rest->fetchReady(result_.rows));
+    }
+    return size() > before;
+}
+
+bool RowTable::waitForSome() {
+    if (!waits_) {
+        return takeReady();
+    }
+    const std::size_t before = size();
+    while (!complete() && size() == before) {
+        fetchMore();
+    }
+    return size() > before;
+}
+
 bool RowTable::nextWindow() {
     window_.resize(columns().size());
     bool more = !complete();

@@ -54,6 +54,15 @@ public:
     // The same with some of them.
     void fetchMore();
 
+    // Lets `rows` give the rows that the database has not sent yet: they come while the client does
+    // something else. Who needs one that is not here waits for it only when `waits`.
+    void comeGradually(std::shared_ptr<RowSource> rows, bool waits);
+    [[nodiscard]] bool isGradual() const noexcept { return gradual_ && !complete(); }
+    // The same with the rows that have come; or, where that is chosen, waits for one at least.
+    // False when none has come.
+    bool takeReady();
+    [[nodiscard]] bool waitForSome();
+
     // Of rows that are read once, forward: the next ones may take the place of those before.
     void readOnce() noexcept { once_ = true; }
     [[nodiscard]] bool isReadOnce() const noexcept { return once_; }
@@ -136,6 +145,8 @@ private:
     std::vector<bool> nullsReplaced_;  // by column; empty until it is done
     std::size_t limit_ = 0;
     bool once_ = false;
+    bool gradual_ = false;
+    bool waits_ = true;
     std::size_t passed_ = 0;
     std::vector<ColumnStore> window_;  // room for the next rows, while they are fetched
     mutable std::unordered_map<std::u16string, std::size_t, unicode::NameHash, unicode::NameEqual>

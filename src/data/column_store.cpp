@@ -119,6 +119,16 @@ std::uint64_t ColumnStore::store(std::string_view bytes) {
     return start;
 }
 
+void ColumnStore::appendAll(const ColumnStore& other, bool bytes) {
+    makeRoom(other.size(), 0);
+    const std::size_t start = arena_.size();
+    arena_.insert(arena_.end(), other.arena_.begin(), other.arena_.end());
+    for (std::size_t row = 0; row < other.size(); ++row) {
+        const bool moves = bytes && other.cells_[row] == Cell::Filled;
+        append(other.words_[row] + (moves ? start : 0), other.cells_[row]);
+    }
+}
+
 Value valueAt(const ColumnStore& store, std::size_t row, Storage storage) {
     if (store.cell(row) != ColumnStore::Cell::Filled) {
         return std::monostate{};

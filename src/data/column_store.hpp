@@ -37,6 +37,9 @@ public:
     void appendReal(double value) { append(std::bit_cast<std::uint64_t>(value), Cell::Filled); }
     // Text as UTF-8, or binary.
     void appendBytes(std::string_view bytes) { append(store(bytes), Cell::Filled); }
+    // The cells of another store; `bytes` says that both hold texts or binary. Whole, or not at all
+    // when there is no memory for them.
+    void appendAll(const ColumnStore& other, bool bytes);
 
     [[nodiscard]] Cell cell(std::size_t row) const noexcept { return cells_[row]; }
     [[nodiscard]] std::int64_t integer(std::size_t row) const noexcept {

@@ -69,6 +69,10 @@ public:
         fetch(rows);
         return false;
     }
+    // The same with those that have come, of a source that does not wait for them.
+    [[nodiscard]] virtual bool fetchReady(std::vector<ColumnStore>& rows) {
+        return fetchSome(rows);
+    }
 };
 
 // What one statement of a script answered: rows, or a count of rows written, or neither.
@@ -146,12 +150,37 @@ struct Request {
     // start again; always.
     enum class Streaming : std::uint8_t { Never, OfReading, Always };
     Streaming streaming = Streaming::Never;
+    // Whether a script that only reads may stand still behind a query, for somebody who takes its
+    // results one after the other.
+    bool oneByOne = false;
+    // Whether the recordset fetches its rows in the background, and then whether who needs one that
+    // has not come waits for it.
+    enum class Fetching : std::uint8_t { WhenNeeded, Background, NonBlocking };
+    Fetching fetching = Fetching::WhenNeeded;
+};
+
+// The results that a request has still to answer.
+class ResultSource {
+public:
+    ResultSource() = default;
+    ResultSource(const ResultSource&) = delete;
+    ResultSource& operator=(const ResultSource&) = delete;
+    virtual ~ResultSource() = default;
+
+    // Lets the request go on to its next result; unset when it has ended. Rows of the result before
+    // that have not been fetched are lost. What was printed meanwhile is appended to `messages`.
+    // Raises DriverError with every message when one of them is an error; the next call goes on
+    // behind it, where the error has not ended the request.
+    [[nodiscard]] virtual std::optional<Result> next(std::vector<ServerMessage>& messages) = 0;
 };
 
 // What came back.
 struct Reply {
     std::vector<Result> results;
     std::vector<ServerMessage> messages;  // what the script printed, and its warnings
+    // Of a request whose results are taken one by one: those behind the first; unset: there are
+    // none, or all are here.
+    std::shared_ptr<ResultSource> rest = {};
 };
 
 // One row to insert, update, delete, or only to read again.

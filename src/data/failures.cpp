@@ -116,6 +116,20 @@ void operationCancelled() {
     raise(errors::kOperationCancelled, u"Operation has been cancelled by the user.");
 }
 
+void noCommandText() {
+    raise(errors::kNoCommandText, u"Command text was not set for the command object.");
+}
+
+void stillExecuting() {
+    raise(errors::kStillExecuting,
+          u"Operation cannot be performed while executing asynchronously.");
+}
+
+void stillConnecting() {
+    raise(errors::kStillConnecting,
+          u"Operation cannot be performed while connecting asynchronously.");
+}
+
 void badBookmark() {
     raise(errors::kBadBookmark, u"The bookmark is invalid.");
 }

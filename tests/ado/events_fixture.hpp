@@ -95,6 +95,10 @@ public:
                         const Ref<Recordset>& /*recordset*/) override {
         told_.add(std::string("end") + (*moreData ? " with more" : ""), status);
     }
+    void FetchComplete(const Ref<Error>& error, ByRef<EventStatusEnum> status,
+                       const Ref<Recordset>& /*recordset*/) override {
+        told_.add("all fetched", status, error);
+    }
 
 private:
     static std::string of(EventReasonEnum reason) {

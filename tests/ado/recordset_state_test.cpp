@@ -217,6 +217,28 @@ TEST_F(RecordsetStateTest, EndingATransactionThatWasNotBegunIsAnError) {
     EXPECT_EQ(raisedBy([&] { connection_->RollbackTrans(); }), errors::kNoTransaction);
 }
 
+TEST_F(RecordsetStateTest, AClosedConnectionHasNoTransactions) {
+    const auto closed = make<Connection>();
+    EXPECT_EQ(raisedBy([&] { closed->BeginTrans(); }), errors::kObjectClosed);
+    EXPECT_EQ(raisedBy([&] { closed->CommitTrans(); }), errors::kObjectClosed);
+    EXPECT_EQ(raisedBy([&] { closed->RollbackTrans(); }), errors::kObjectClosed);
+}
+
+TEST_F(RecordsetStateTest, WhatExecuteGaveTellsWhatItCameOf) {
+    EXPECT_EQ(shown(connection_->Execute(u"SELECT 1 AS A")->Source()), "String SELECT 1 AS A");
+    auto command = make<Command>();
+    command->setActiveConnection(Variant(connection_));
+    EXPECT_EQ(raisedBy([&] { command->Execute(); }), errors::kNoCommandText);
+    command->setCommandText(u"SELECT ? AS A");
+    const auto rows = command->Execute(Variant::missing(), 7);
+    EXPECT_EQ(shown(rows->Source()), "String SELECT ? AS A");
+    EXPECT_EQ(rows->ActiveCommand(), Variant(command));
+    rows->Requery();
+    EXPECT_EQ(shown(test::fieldOf(rows, 0)), "Long 7");
+    rows->Close();
+    EXPECT_EQ(rows->ActiveCommand(), Variant(Ref<Object>()));
+}
+
 TEST_F(RecordsetStateTest, FiltersThatTheReferenceRefusesAreRefused) {
     const auto rows = all();
     for (const char16_t* criteria :

@@ -142,6 +142,88 @@ TEST_F(RowStreamTest, TheLastQueryOfAScriptThatOnlyReadsStreams) {
     EXPECT_EQ(sumOf(rows), kSum - 55);
 }
 
+constexpr const char16_t* kTwoQueries = u"SELECT N FROM T ORDER BY N; SELECT @@ROWCOUNT AS Prima";
+
+TEST_F(RowStreamTest, AScriptStandsStillBehindEachQuery) {
+    const auto first = connection_->Execute(
+        u"SELECT 1 AS A; SELECT 1/0 AS B; SELECT N FROM T ORDER BY N; SELECT 4 AS D");
+    EXPECT_EQ(shown(fieldOf(first, 0)), "Long 1");
+    EXPECT_EQ(raisedBy([&] { first->NextRecordset(); }), errors::kCommandText);
+    EXPECT_EQ(shown(fieldOf(first, 0)), "Long 1") << "there is nothing in its place";
+    const auto third = first->NextRecordset();
+    EXPECT_EQ(first->State(), ObjectStateEnum::adStateClosed);
+    EXPECT_FALSE(isComplete(third));
+    EXPECT_EQ(sumOf(third), kSum);
+    const auto fourth = third->NextRecordset();
+    EXPECT_EQ(shown(fieldOf(fourth, u"D")), "Long 4");
+    EXPECT_FALSE(fourth->NextRecordset());
+    EXPECT_EQ(fourth->State(), ObjectStateEnum::adStateOpen);
+}
+
+TEST_F(RowStreamTest, RowsThatNobodyTookAreCountedAllTheSame) {
+    const auto first = connection_->Execute(kTwoQueries);
+    EXPECT_FALSE(isComplete(first));
+    EXPECT_EQ(shown(fieldOf(first->NextRecordset(), 0)), "Long 5000");
+}
+
+TEST_F(RowStreamTest, TheRestOfAScriptMakesWayForAnythingElse) {
+    const auto first = connection_->Execute(kTwoQueries);
+    connection_->Execute(u"DELETE FROM T WHERE N > 10");
+    EXPECT_EQ(sumOf(first), kSum);
+    EXPECT_EQ(shown(fieldOf(first->NextRecordset(), 0)), "Long 5000");
+    EXPECT_EQ(shown(test::valueOf(connection_, u"SELECT COUNT(*) FROM T")), "Long 10");
+}
+
+TEST_F(RowStreamTest, TheRestOfAScriptEndsWithItsRecordset) {
+    auto first = connection_->Execute(kTwoQueries);
+    first->Close();
+    EXPECT_FALSE(first->NextRecordset());
+    first = connection_->Execute(kTwoQueries);
+    connection_->Close();
+    EXPECT_FALSE(first->NextRecordset());
+}
+
+TEST_F(RowStreamTest, LoopsAndConditionsGoOn) {
+    auto rows = connection_->Execute(
+        u"DECLARE @n int SET @n = 0 WHILE 1 = 1 BEGIN SET @n = @n + 1 SELECT @n AS N END");
+    for (int n = 1; n < 200; ++n) {
+        EXPECT_EQ(fieldOf(rows, 0).as<std::int32_t>(), n);
+        rows = rows->NextRecordset();
+    }
+}
+
+TEST_F(RowStreamTest, ALaterQueryIsRunAgainForItsFirstRow) {
+    const auto rows = connection_->Execute(u"SELECT 1 AS A; SELECT N FROM T ORDER BY N; SELECT 3")
+                          ->NextRecordset();
+    EXPECT_EQ(sumOf(rows), kSum);
+    rows->MoveFirst();
+    EXPECT_EQ(shown(fieldOf(rows, 0)), "Long 1");
+    EXPECT_EQ(shown(fieldOf(rows->NextRecordset(), 0)), "Long 3");
+}
+
+TEST_F(RowStreamTest, WhatWritesOrSetsOptionsIsRunToItsEnd) {
+    for (const char16_t* script :
+         {u"SELECT 1 AS A; DELETE FROM T; SELECT 2", u"SELECT 1 AS A; SET NOCOUNT ON; SELECT 2"}) {
+        const auto rows = connection_->Execute(script);
+        EXPECT_EQ(shown(fieldOf(rows, 0)), "Long 1");
+        EXPECT_EQ(shown(fieldOf(rows->NextRecordset(), 0)), "Long 2");
+    }
+    EXPECT_EQ(shown(test::valueOf(connection_, u"SELECT COUNT(*) FROM T")), "Long 0");
+    connection_->Execute(u"SELECT 1; SELECT N FROM T", Variant::missing(), 128);
+    EXPECT_EQ(
+        raisedBy([&] { connection_->Execute(u"SELECT 1; SELECT 1/0", Variant::missing(), 128); }),
+        errors::kCommandText)
+        << "nobody is going to ask for the second";
+}
+
+TEST_F(RowStreamTest, WhatEndsTheBatchInTheRowsEndsTheScript) {
+    const auto rows = connection_->Execute(
+        u"SELECT CAST(CASE WHEN N < 3000 THEN '1' ELSE 'x' END AS int) FROM T ORDER BY N; "
+        u"SELECT 2");
+    EXPECT_NE(raisedBy([&] { sumOf(rows); }), 0);
+    EXPECT_FALSE(rows->NextRecordset());
+}
+
 TEST_F(RowStreamTest, FindsFiltersAndTakesManyRows) {
     const auto rows = all();
     rows->Find(u"N = 4321");

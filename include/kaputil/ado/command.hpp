@@ -14,6 +14,7 @@
 namespace kap::ado {
 
 struct Execution;
+struct LaterExecution;
 struct Reply;
 struct Request;
 
@@ -52,9 +53,9 @@ public:
     // Whether a procedure's parameters are known by their names and not by their places.
     [[nodiscard]] bool NamedParameters() const { return namedParameters_; }
     void setNamedParameters(bool value) { namedParameters_ = value; }
-    // Always closed: every call ends before the next can be made.
-    [[nodiscard]] ObjectStateEnum State() const { return ObjectStateEnum::adStateClosed; }
-    // That of the connection, which ends what another thread runs.
+    // Closed, or adStateExecuting while it runs in the background.
+    [[nodiscard]] ObjectStateEnum State() const;
+    // That of the connection, which ends what is run in the background or by another thread.
     void Cancel() const;
 
     // How the text is read: there is the one dialect, which is every driver's default. Raises 3001
@@ -86,8 +87,8 @@ public:
 
     // For a recordset that opens the command: runs it as it stands. `sent` receives what was sent.
     // C++ only.
-    [[nodiscard]] std::vector<Result> run(const Execution& execution, bool readOnce,
-                                          std::shared_ptr<const Request>& sent);
+    [[nodiscard]] Reply run(const Execution& execution, bool readOnce,
+                            std::shared_ptr<const Request>& sent);
     [[nodiscard]] const Ref<Connection>& connection() const { return connection_; }
 
 private:
@@ -97,7 +98,13 @@ private:
                                   std::int32_t options) const;
     void send(Request& request, Reply& reply);
     void takeBack(const Request& request);
+    friend class Connection;
+    friend class Recordset;
+    void awaits(std::shared_ptr<LaterExecution> later);
+    Ref<Recordset> executeLater(const Variant& given, std::int32_t options);
+    [[nodiscard]] Request requestOf(const Execution& execution) const;
 
+    std::shared_ptr<LaterExecution> awaited_;  // what it runs in the background
     Ref<Connection> connection_;
     Ref<ado::Parameters> parameters_;
     String text_;

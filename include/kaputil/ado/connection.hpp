@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <unordered_set>
 #include <vector>
 
@@ -17,8 +18,16 @@
 
 namespace kap::ado {
 
+class Background;
+struct BackgroundTask;
+class ConnectionString;
 class DriverError;
+class GradualRows;
+struct InBackground;
+struct LaterExecution;
+struct Opening;
 class Recordset;
+class ResultSource;
 class Session;
 struct Reply;
 struct Request;
@@ -158,7 +167,7 @@ public:
     void setIsolationLevel(IsolationLevelEnum value);
     // The version of the data-access objects whose behaviour clients find here.
     [[nodiscard]] String Version() const { return u"2.8"; }
-    // Ends what another thread runs on the connection, which raises -2146824576 there, or nothing.
+    // Ends what is run in the background, or by another thread, which raises -2146824576 there.
     // This and State are the only members for another thread.
     void Cancel() const;
 
@@ -183,6 +192,23 @@ public:
     void reporting(const std::function<void()>& work);
     // Runs a request; what it printed goes into Errors.
     void run(Request& request, Reply& reply);
+    // Has a script that stands still behind a result go on to the next one; unset when it has none.
+    [[nodiscard]] std::optional<Result> nextOf(ResultSource& script);
+    // Runs what the execution asks for in the background. `request` makes what is sent of what the
+    // sinks have made of it; `take` takes what came back, and `around`, when it is set, calls what
+    // takes it, both on this thread, when the connection is next asked for anything. Raises 3711
+    // while something else is run in the background.
+    void runLater(const std::shared_ptr<LaterExecution>& later,
+                  const std::function<Request(const LaterExecution&)>& request,
+                  const std::function<void(LaterExecution&)>& take,
+                  const std::function<void(const std::function<void()>&)>& around = {});
+    // Whether a call runs without its client's waiting for it: as the options say, and unless the
+    // connection is another maker's.
+    [[nodiscard]] bool runsLater(std::int32_t options) const;
+    // Takes what came of a call that has ended in the background.
+    void settle() const;
+    // Rows that come in the background: everything else on the connection waits for them.
+    void fetching(const std::shared_ptr<GradualRows>& rows);
     // Puts all of these failures into Errors and raises the first.
     [[noreturn]] void raiseAll(const std::vector<DriverError>& failures);
 
@@ -190,12 +216,24 @@ private:
     std::atomic<int> running_{0};  // requests that are being run
     friend class Recordset;
     void closeRecordsets();
+    void requireSettled() const;
+    [[nodiscard]] std::shared_ptr<Background> background() const;
+    [[nodiscard]] std::shared_ptr<GradualRows> rowsInBackground() const;
+    void begin(ObjectStateEnum doing, const BackgroundTask& task);
+    void endBackground();
+    void openLater(Opening& wanted);
+    Ref<Recordset> executeLater(const String& commandText, std::int32_t options);
+    void conclude(LaterExecution& later, const std::function<void()>& outcome,
+                  const std::function<void(LaterExecution&)>& take);
     void openAs(const String& connectionString, const String& userId, const String& password);
+    [[nodiscard]] ado::ConnectionString prepared(const Opening& wanted);
+    void opened(const Opening& wanted);
     void endingTransaction(const std::function<void()>& end, XactAttributeEnum retaining);
     [[nodiscard]] Variant keyValue(const char* name, const char* otherName) const;
     void setKey(const char* name, const Variant& value);
     void executeEach(const String& script, std::vector<Ref<Recordset>>& answers, Reading reading);
     void report(const std::vector<ServerMessage>& messages, const String& source);
+    void tell(const std::vector<ServerMessage>& printed);
     [[nodiscard]] Ref<Recordset> answer(Result result, Reading reading = Reading::Freely);
     [[nodiscard]] String completed(const String& text) const;
     void requireClosed() const;
@@ -217,6 +255,7 @@ private:
     ConnectModeEnum mode_ = ConnectModeEnum::adModeUnknown;
     IsolationLevelEnum isolationLevel_ = IsolationLevelEnum::adXactReadCommitted;
     bool isolationChosen_ = false;
+    std::unique_ptr<InBackground> inBackground_;
 };
 
 // Whether a value is a connection: one of the library's, or of another maker whose object has the

@@ -24,6 +24,9 @@
 // (3712 from Open and Execute of a connection and what runs a command). Any sink may set adStatus
 // to adStatusUnwantedEvent: it is not told of that event again.
 //
+// What was done in the background (adAsyncConnect, adAsyncExecute, adAsyncFetch) is told on the
+// client's own thread, when it next asks the object for anything, its State, say.
+//
 // In the ...Complete events adStatus is adStatusOK, or adStatusErrorsOccurred with the error that
 // the caller gets in pError, which is unset otherwise.
 namespace kap::ado {
@@ -109,6 +112,13 @@ public:
     // move on to them.
     virtual void EndOfRecordset(ByRef<bool> fMoreData, ByRef<EventStatusEnum> adStatus,
                                 const Ref<Recordset>& pRecordset);
+    // Of rows that are fetched in the background (adAsyncFetch) so many have come. How many there
+    // are going to be is not known before they are all here: maxProgress is as many.
+    virtual void FetchProgress(std::int32_t progress, std::int32_t maxProgress,
+                               ByRef<EventStatusEnum> adStatus, const Ref<Recordset>& pRecordset);
+    // They are all here, or the others do not come.
+    virtual void FetchComplete(const Ref<Error>& pError, ByRef<EventStatusEnum> adStatus,
+                               const Ref<Recordset>& pRecordset);
 };
 
 }  // namespace kap::ado

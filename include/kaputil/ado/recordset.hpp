@@ -20,7 +20,10 @@ namespace kap::ado {
 class Command;
 class FieldNotices;
 struct Execution;
+struct LaterExecution;
+struct Reply;
 struct Request;
+class ResultSource;
 class RowCursor;
 class RowTable;
 
@@ -261,6 +264,8 @@ public:
     // fails then stands among the connection's errors, too. For the library's own movements.
     [[nodiscard]] bool fetches() const;
     void reportingFetch(const std::function<void()>& work);
+    // Takes the rows that have come in the background, and tells the sinks of them. C++ only.
+    void takeReady() const;
 
     // For the library's own readers of many rows: the rows and the way through them. Raises 3704
     // when the recordset is closed.
@@ -270,11 +275,16 @@ private:
     friend class Connection;
     friend class Command;
     friend Ref<Recordset> recordsetFor(const Ref<Connection>& connection);
-    friend void answer(Recordset& recordset, std::shared_ptr<const Request> request,
-                       std::vector<Result> results);
+    friend void answer(Recordset& recordset, std::shared_ptr<const Request> request, Reply reply);
     void adopt(Result result, Ref<Connection> connection);
     void show(std::shared_ptr<RowCursor> cursor);
+    void take(Reply reply);
     void takeAnswers(std::vector<Result> results);
+    void awaits(std::shared_ptr<LaterExecution> later);
+    void openLater(std::int32_t options);
+    [[nodiscard]] bool isExecuting() const;
+    void fetchGradually(RowTable& table);
+    [[nodiscard]] std::optional<Result> nextAnswer();
     void forget();
     void closeWithConnection();
     void attach(Ref<Connection> connection);
@@ -295,7 +305,7 @@ private:
     void openMadeByHand();
     void run(std::int32_t options);
     void runAgain();
-    [[nodiscard]] std::vector<Result> answersOf(const Execution& execution);
+    [[nodiscard]] Reply answersOf(const Execution& execution);
     void assignAll(const Variant& names, const Variant& values);
     void savePending();
     void save();
@@ -339,6 +349,10 @@ private:
     String sort_;
     std::optional<std::int64_t> rowsAffected_;
     std::vector<Result> following_;               // the script's other answers
+    std::shared_ptr<ResultSource> more_;          // and those that it has still to give
+    Ref<Command> executed_;                       // of which Execute has made it
+    std::shared_ptr<LaterExecution> awaited_;     // what is run for it in the background
+    mutable bool fetchesOn_ = false;              // rows that come in the background
     std::shared_ptr<const Request> request_;      // what the records came of, to be sent again
     std::size_t answerNumber_ = 0;                // among its answers with records
     std::shared_ptr<FieldNotices> fieldNotices_;  // since there was a sink

@@ -22,7 +22,9 @@ inline constexpr std::int32_t kObjectOpen = -2146824583;           // 800A0E79
 inline constexpr std::int32_t kIncompleteParameter = -2146824580;  // 800A0E7C
 inline constexpr std::int32_t kProviderNotFound = -2146824582;     // 800A0E7A
 inline constexpr std::int32_t kInvalidConnection = -2146824579;    // 800A0E7D
+inline constexpr std::int32_t kStillExecuting = -2146824577;       // 800A0E7F
 inline constexpr std::int32_t kOperationCancelled = -2146824576;   // 800A0E80
+inline constexpr std::int32_t kStillConnecting = -2146824575;      // 800A0E81
 inline constexpr std::int32_t kFeatureNotAvailable = -2146825037;  // 800A0CB3
 
 // Raised by the driver and passed on.
@@ -32,6 +34,7 @@ inline constexpr std::int32_t kDataTypeMismatch = -2147217913;     // 80040E07: 
 inline constexpr std::int32_t kBadBookmark = -2147217906;          // 80040E0E
 inline constexpr std::int32_t kCannotFetchBackward = -2147217884;  // 80040E24
 inline constexpr std::int32_t kRowNotFound = -2147217885;          // 80040E23: row was deleted
+inline constexpr std::int32_t kNoCommandText = -2147217908;        // 80040E0C
 inline constexpr std::int32_t kCommandText = -2147217900;          // 80040E14
 inline constexpr std::int32_t kMultipleStep = -2147217887;         // 80040E21
 inline constexpr std::int32_t kIntegrity = -2147217873;            // 80040E2F

@@ -76,6 +76,9 @@ struct Frame {
     std::optional<FiringTrigger> trigger;
     std::optional<Value> returned;
     bool streams = false;      // its last query may be left standing at its rows
+    bool oneByOne = false;     // it stands still behind each query, until the next is asked for
+    std::size_t at = 0;        // where it goes on when it stands still; 0: it does not
+    bool ended = false;        // an error in the rows of a query has ended it
     bool keepsTables = false;  // the batch of a client: its temporary tables are the connection's
 };
 

@@ -59,11 +59,12 @@ void RowStream::finish() noexcept {
     }
 }
 
-void RowStream::raiseFailure() const {
+void RowStream::raiseFailure() {
     if (outOfMemory_) {
         throw std::bad_alloc();
     }
     if (failure_) {
+        raised_ = true;
         throw *failure_;
     }
 }
@@ -142,9 +143,33 @@ bool RowStream::fetchSome(std::vector<ado::ColumnStore>& rows) {
         return standing_ != nullptr && read(rows, /*all=*/false, Wait::Limited);
     } catch (const ado::DriverError&) {
         if (rows.front().size() > before) {
+            raised_ = false;
             return true;  // it is raised behind them
         }
         throw;
+    }
+}
+
+void RowStream::passOver() {
+    if (runner_ == nullptr) {
+        return;
+    }
+    const std::lock_guard lock(runner_->journal().guard());
+    ahead_.clear();
+    if (standing_ != nullptr) {
+        try {
+            failure_ = runner_->during(*frame_, timeout_, undone_, [&] {
+                while (standing_->next()) {
+                }
+            });
+        } catch (const std::bad_alloc&) {
+            outOfMemory_ = true;
+        }
+        finish();
+    }
+    undone_ = false;
+    if (!raised_) {
+        raiseFailure();
     }
 }
 
@@ -154,7 +179,8 @@ void RowStream::takeRest() noexcept {
             ahead_.resize(columns_.size());
             static_cast<void>(read(ahead_, /*all=*/true, Wait::Endless));
         }
-    } catch (const ado::DriverError&) {  // it has been kept
+    } catch (const ado::DriverError&) {
+        raised_ = false;  // it has been kept
     } catch (const std::bad_alloc&) {
         outOfMemory_ = true;
         finish();

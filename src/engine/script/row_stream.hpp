@@ -39,6 +39,9 @@ public:
     // Takes the rest into memory. A failure is kept for the fetch that meets it, but raised here,
     // too, when it has undone the open transaction: nothing more may be done as if it were there.
     void readAhead();
+    // Goes to the end without taking what is left. Raises DriverError for a failure that nobody has
+    // met yet.
+    void passOver();
     void takeRest() noexcept override;
     // Whether it stands in the middle of the rows, and so holds a state of the database.
     [[nodiscard]] bool stands();
@@ -50,7 +53,7 @@ private:
     // Reads until so many rows have come or so much time has passed.
     [[nodiscard]] bool read(std::vector<ado::ColumnStore>& rows, bool all, Wait wait);
     void takeAhead(std::vector<ado::ColumnStore>& rows);
-    void raiseFailure() const;
+    void raiseFailure();
     void finish() noexcept;
 
     ScriptRunner* runner_;  // null: the connection has been closed
@@ -63,6 +66,7 @@ private:
     std::vector<ado::ColumnStore> ahead_;
     std::optional<ado::DriverError> failure_;
     bool outOfMemory_ = false;
+    bool raised_ = false;  // the failure has reached the client
     bool undone_ = false;  // the failure has undone the open transaction, and nobody knows it yet
 };
 

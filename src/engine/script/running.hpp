@@ -1,7 +1,9 @@
 #pragma once
 
+#include <chrono>
 #include <new>
 #include <string>
+#include <vector>
 
 #include "engine/script/script_runner.hpp"
 #include "engine/sqlite/time_limit.hpp"
@@ -48,5 +50,35 @@ private:
     ScriptRunner& runner_;
     Frame& frame_;
 };
+
+template <typename Work>
+void ScriptRunner::asRequest(std::chrono::seconds timeout,
+                             std::vector<ado::ServerMessage>& messages, const Work& work) {
+    const Restored before(messages_);
+    messages_ = &messages;
+    connection_.forgetCancel();
+    const TimeLimit limit(connection_.handle(), timeout, &connection_.cancelled());
+    const DateSettingsScope dates(state_.dates);
+    bool interrupted = false;
+    try {
+        work();
+    } catch (const BatchEnded& ended) {
+        interrupted = ended.interrupted;
+    } catch (const ScopeEnded&) {
+    } catch (const RaisedError& raised) {
+        report(raised);
+    } catch (const SqliteError& error) {
+        if (error.primaryCode() != SQLITE_INTERRUPT) throw;
+        interrupted = true;
+    } catch (const std::bad_alloc&) {
+        rollBackWithoutMemory();
+        throw;
+    }
+    if (interrupted || limit.passed()) {
+        messages.push_back(interruption());
+        if (state_.abortOnError) rollBackAll();
+    }
+    finishRequest(messages);
+}
 
 }  // namespace kap::engine

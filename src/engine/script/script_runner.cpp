@@ -90,40 +90,16 @@ ScriptRunner::~ScriptRunner() {
 void ScriptRunner::run(ado::Request& request, ado::Reply& reply) {
     state_.standing.reset();
     std::vector<ado::ServerMessage> messages;
-    const Restored before(messages_);
-    messages_ = &messages;
-    connection_.forgetCancel();
-    const TimeLimit limit(connection_.handle(), request.timeout, &connection_.cancelled());
-    const DateSettingsScope dates(state_.dates);
-    bool interrupted = false;
-    try {
-        runRequest(request, reply.results);
-    } catch (const BatchEnded& ended) {
-        interrupted = ended.interrupted;
-    } catch (const ScopeEnded&) {
-    } catch (const RaisedError& raised) {
-        report(raised);
-    } catch (const SqliteError& error) {
-        if (error.primaryCode() != SQLITE_INTERRUPT) throw;
-        interrupted = true;
-    } catch (const std::bad_alloc&) {
-        rollBackWithoutMemory();
-        throw;
-    }
-    if (interrupted || limit.passed()) {
-        messages.push_back(interruption());
-        if (state_.abortOnError) rollBackAll();
-    }
-    finishRequest(messages);
+    asRequest(request.timeout, messages, [&] { runRequest(request, reply); });
     raiseIfFailed(messages);
     reply.messages = std::move(messages);
 }
 
-void ScriptRunner::runRequest(ado::Request& request, std::vector<ado::Result>& results) {
+void ScriptRunner::runRequest(ado::Request& request, ado::Reply& reply) {
     std::shared_ptr<Program> program;
     try {
         if (request.procedure) {
-            runProcedure(request, results);
+            runProcedure(request, reply);
             return;
         }
         program = programOf(request.text, parametersOf(request));
@@ -135,15 +111,14 @@ void ScriptRunner::runRequest(ado::Request& request, std::vector<ado::Result>& r
     Frame& frame = *held;
     frame.keepsTables = true;
     frame.streams = mayStream(request, *program);
+    frame.oneByOne = mayStopBetween(request, *program);
     for (std::size_t i = 0; i < request.parameters.size(); ++i) {
         frame.values[i] = request.parameters[i].value;
     }
     const bool batch = request.parameters.empty();
     const BatchScope scope(frame, batch ? &state_.batchIdentity : nullptr);
-    runFrame(frame, results);
-    if (state_.standing != nullptr) {
-        leaveStanding(program, held, results.back(), request.timeout);
-    }
+    runFrame(frame, reply.results);
+    leave(program, held, reply, request.timeout);
     for (std::size_t i = 0; i < request.parameters.size(); ++i) {
         if (comesBack(request.parameters[i])) {
             request.parameters[i].value = frame.values[i];
@@ -152,7 +127,7 @@ void ScriptRunner::runRequest(ado::Request& request, std::vector<ado::Result>& r
 }
 
 // A procedure by its name is a script of one call, whose arguments are the request's parameters.
-void ScriptRunner::runProcedure(ado::Request& request, std::vector<ado::Result>& results) {
+void ScriptRunner::runProcedure(ado::Request& request, ado::Reply& reply) {
     const bool returns =
         !request.parameters.empty() &&
         request.parameters.front().direction == ado::ParameterDirectionEnum::adParamReturnValue;
@@ -172,7 +147,7 @@ void ScriptRunner::runProcedure(ado::Request& request, std::vector<ado::Result>&
     if (returns) {
         script.parameters.front().direction = ado::ParameterDirectionEnum::adParamOutput;
     }
-    runRequest(script, results);
+    runRequest(script, reply);
     for (std::size_t i = 0; i < request.parameters.size(); ++i) {
         request.parameters[i].value = script.parameters[i].value;
     }
@@ -292,9 +267,15 @@ void ScriptRunner::runFrame(Frame& frame, std::vector<ado::Result>& results,
     } catch (const SqliteError& error) {
         throw raisedBy(error, Instruction());
     }
-    std::size_t at = 0;
+    const std::size_t had = results.size();
+    std::size_t at = std::exchange(frame.at, 0);
     while (at < frame.program.code().size()) {
         at = step(frame, at, results);
+        if (frame.oneByOne && results.size() > had && !results.back().columns.empty() &&
+            at < frame.program.code().size() && mayBeLeft(frame)) {
+            frame.at = at;
+            break;
+        }
     }
     behind();
 }
@@ -305,7 +286,8 @@ std::size_t ScriptRunner::step(Frame& frame, std::size_t at, std::vector<ado::Re
         switch (instruction.operation) {
             case Operation::Statement:
                 TimeLimit::check(connection_.handle());
-                state_.mayStand = frame.streams && isLastQuery(frame, at);
+                state_.mayStand = frame.streams && mayBeLeft(frame) &&
+                                  (frame.oneByOne || at + 1 == frame.program.code().size());
                 return runStatement(frame, instruction, at, results);
             case Operation::Test:
                 return test(frame, instruction) ? at + 1 : instruction.target;

@@ -34,6 +34,7 @@
 namespace kap::engine {
 
 class RowStream;
+class ScriptRest;
 
 // Runs scripts of the dialect: reads them, lays them out as programs, follows their flow, and keeps
 // what it has made by the script's text, so that running a script again costs little more than
@@ -59,7 +60,8 @@ public:
     void run(ado::Request& request, ado::Reply& reply);
 
     // Before anything else is done on the connection: takes the rest of a query that stands at its
-    // rows into memory. Raises DriverError when that has undone the open transaction.
+    // rows, and of its script, into memory. Raises DriverError when that has undone the open
+    // transaction.
     void makeWay();
     // The connection ends, and with it such a query.
     void dropStanding();
@@ -71,6 +73,12 @@ public:
                                                          const std::function<void()>& work);
     // So many rows it has had.
     void finishedStanding(std::int64_t count) noexcept;
+    // Lets a script that stands still go on to its next query, or to its end, once it has passed
+    // over the rows of the one before.
+    void goOn(const std::shared_ptr<Program>& program, const std::shared_ptr<Frame>& frame,
+              std::chrono::seconds timeout, std::vector<ado::Result>& results,
+              std::vector<ado::ServerMessage>& messages);
+    [[nodiscard]] bool inTransaction() const { return transactions_.depth() > 0; }
 
     // Calls a stored function with values of its parameters' types.
     [[nodiscard]] Value call(std::string_view function, std::vector<Value> arguments);
@@ -132,8 +140,12 @@ private:
     class Dispatch;
 
     // script_runner.cpp
-    void runRequest(ado::Request& request, std::vector<ado::Result>& results);
-    void runProcedure(ado::Request& request, std::vector<ado::Result>& results);
+    // Runs `work` as a request does, within its time, and collects what is reported.
+    template <typename Work>
+    void asRequest(std::chrono::seconds timeout, std::vector<ado::ServerMessage>& messages,
+                   const Work& work);
+    void runRequest(ado::Request& request, ado::Reply& reply);
+    void runProcedure(ado::Request& request, ado::Reply& reply);
     [[nodiscard]] std::shared_ptr<Program> programOf(
         std::string_view script, const std::vector<tsql::DeclaredVariable>& parameters);
     // `level` is that of the rows that a trigger looks at.
@@ -167,7 +179,10 @@ private:
 
     // script_streaming.cpp
     [[nodiscard]] bool mayStream(const ado::Request& request, Program& program) const;
-    [[nodiscard]] bool isLastQuery(const Frame& frame, std::size_t at) const;
+    [[nodiscard]] static bool mayStopBetween(const ado::Request& request, Program& program);
+    [[nodiscard]] bool mayBeLeft(const Frame& frame) const;
+    void leave(const std::shared_ptr<Program>& program, const std::shared_ptr<Frame>& frame,
+               ado::Reply& reply, std::chrono::seconds timeout);
     void leaveStanding(const std::shared_ptr<Program>& program, const std::shared_ptr<Frame>& frame,
                        ado::Result& result, std::chrono::seconds timeout);
 
@@ -413,6 +428,7 @@ private:
     StatementShapes shapes_;
     std::map<std::string, std::shared_ptr<Program>> modulePrograms_;
     std::weak_ptr<RowStream> standing_;  // the query that stands at its rows
+    std::weak_ptr<ScriptRest> stopped_;  // the script that stands still behind it
     JournalWatch journal_;
 };
 

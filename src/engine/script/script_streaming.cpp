@@ -1,10 +1,13 @@
-// Queries that are left standing at their rows when their request has ended.
+// Queries that are left standing at their rows when their request has ended, and scripts that stand
+// still behind them.
 #include <algorithm>
 #include <system_error>
 #include <utility>
 
 #include "engine/plan/translator.hpp"
 #include "engine/script/row_stream.hpp"
+#include "engine/script/running.hpp"
+#include "engine/script/script_rest.hpp"
 #include "engine/script/script_runner.hpp"
 #include "engine/sqlite/time_limit.hpp"
 
@@ -22,9 +25,15 @@ bool onlyReads(const Instruction& instruction) {
            std::holds_alternative<tsql::SetOptionStatement>(node);
 }
 
+bool setsOption(const Instruction& instruction) {
+    return instruction.operation == Operation::Statement &&
+           std::holds_alternative<tsql::SetOptionStatement>(instruction.statement->node);
+}
+
 }  // namespace
 
-// The last statement's rows are left standing; the script has ended with it.
+// The last statement's rows are left standing, with which the script has ended; or those of a query
+// behind which it stands still.
 bool ScriptRunner::mayStream(const ado::Request& request, Program& program) const {
     using Streaming = ado::Request::Streaming;
     const std::vector<Instruction>& code = program.code();
@@ -34,9 +43,61 @@ bool ScriptRunner::mayStream(const ado::Request& request, Program& program) cons
            journal_.allows();
 }
 
-bool ScriptRunner::isLastQuery(const Frame& frame, std::size_t at) const {
-    return at + 1 == frame.program.code().size() && frame.localTables.empty() &&
-           frame.handlers.empty() && !state_.showPlan;
+// Who takes the results one by one may leave the rest of them, so that nothing but queries may come
+// behind the first.
+bool ScriptRunner::mayStopBetween(const ado::Request& request, Program& program) {
+    const std::vector<Instruction>& code = program.code();
+    const auto first = std::ranges::find_if(code, [](const Instruction& one) {
+        return one.operation == Operation::Statement && isPlainQuery(*one.statement);
+    });
+    return request.oneByOne && first != code.end() && std::ranges::all_of(code, onlyReads) &&
+           std::none_of(first, code.end(), setsOption) &&
+           std::ranges::all_of(request.parameters, [](const ado::RequestParameter& parameter) {
+               return parameter.direction == ado::ParameterDirectionEnum::adParamInput;
+           });
+}
+
+// What would end with the call is not left behind, nor a block of TRY.
+bool ScriptRunner::mayBeLeft(const Frame& frame) const {
+    return frame.localTables.empty() && frame.handlers.empty() && !state_.showPlan;
+}
+
+void ScriptRunner::leave(const std::shared_ptr<Program>& program,
+                         const std::shared_ptr<Frame>& frame, ado::Reply& reply,
+                         std::chrono::seconds timeout) {
+    if (state_.standing != nullptr) {
+        leaveStanding(program, frame, reply.results.back(), timeout);
+    }
+    if (frame->at > 0) {
+        auto rest = std::make_shared<ScriptRest>(*this, program, frame, timeout);
+        stopped_ = rest;
+        reply.rest = std::move(rest);
+    }
+}
+
+void ScriptRunner::goOn(const std::shared_ptr<Program>& program,
+                        const std::shared_ptr<Frame>& frame, std::chrono::seconds timeout,
+                        std::vector<ado::Result>& results,
+                        std::vector<ado::ServerMessage>& messages) {
+    if (const auto rows = standing_.lock()) {
+        standing_.reset();
+        rows->passOver();
+    }
+    if (frame->ended || frame->at == 0) {
+        frame->at = 0;
+        return;
+    }
+    state_.standing.reset();
+    try {
+        asRequest(timeout, messages, [&] {
+            runFrame(*frame, results);
+            if (state_.standing != nullptr) {
+                leaveStanding(program, frame, results.back(), timeout);
+            }
+        });
+    } catch (const SqliteError& error) {
+        throw driverError(serverError(error, connection_.place()));
+    }
 }
 
 void ScriptRunner::leaveStanding(const std::shared_ptr<Program>& program,
@@ -69,7 +130,9 @@ std::optional<ado::DriverError> ScriptRunner::during(Frame& frame, std::chrono::
     const bool inTransaction = transactions_.depth() > 0;
     const auto failed = [&](const RaisedError& raised) {
         report(raised);
-        if (reachOfRaised(raised) == tsql::ErrorReach::Transaction) {
+        const tsql::ErrorReach reach = reachOfRaised(raised);
+        frame.ended = reach != tsql::ErrorReach::Statement;
+        if (reach == tsql::ErrorReach::Transaction) {
             rollBackAll();
         }
     };
@@ -88,6 +151,7 @@ std::optional<ado::DriverError> ScriptRunner::during(Frame& frame, std::chrono::
         }
     } catch (const BatchEnded& ended) {
         interrupted = ended.interrupted;
+        frame.ended = true;
     } catch (...) {
         state_.frames.pop_back();
         throw;
@@ -109,6 +173,10 @@ void ScriptRunner::makeWay() {
         standing_.reset();
         rows->readAhead();
     }
+    if (const auto rest = stopped_.lock()) {
+        stopped_.reset();
+        rest->readAhead();
+    }
 }
 
 void ScriptRunner::dropStanding() {
@@ -116,6 +184,10 @@ void ScriptRunner::dropStanding() {
         rows->drop();
     }
     standing_.reset();
+    if (const auto rest = stopped_.lock()) {
+        rest->drop();
+    }
+    stopped_.reset();
 }
 
 }  // namespace kap::engine

@@ -130,6 +130,7 @@ _CLASS_OF_NUMBER = {
     -2147217900: ProgrammingError,
     -2147217865: ProgrammingError,
     -2147217904: ProgrammingError,  # a parameter without value
+    -2147217908: ProgrammingError,  # a statement without text
     -2147217871: OperationalError,
     -2147217843: OperationalError,
     -2147467259: OperationalError,
@@ -144,6 +145,8 @@ _CLASS_OF_NUMBER = {
     -2146825287: ProgrammingError,
     -2146824584: ProgrammingError,
     -2146824579: ProgrammingError,
+    -2146824577: ProgrammingError,  # another call is being executed
+    -2146824576: OperationalError,  # the call was cancelled
 }
 
 
