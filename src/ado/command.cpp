@@ -245,9 +245,6 @@ void Command::send(Request& request, Reply& reply) {
 }
 
 Request Command::request(const Variant& given, const String& text, std::int32_t options) const {
-    if (connection_ && text.empty()) {
-        fail::noCommandText();
-    }
     Request made = requestFor(text, saysKind(options) ? options : static_cast<std::int32_t>(type_));
     made.timeout = std::chrono::seconds(timeout_);
     const std::vector<Variant> values = valuesGiven(given);

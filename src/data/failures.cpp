@@ -116,10 +116,6 @@ void operationCancelled() {
     raise(errors::kOperationCancelled, u"Operation has been cancelled by the user.");
 }
 
-void noCommandText() {
-    raise(errors::kNoCommandText, u"Command text was not set for the command object.");
-}
-
 void stillExecuting() {
     raise(errors::kStillExecuting,
           u"Operation cannot be performed while executing asynchronously.");

@@ -32,8 +32,6 @@ namespace kap::ado::fail {
 // A sink of events did not allow what a recordset or a connection was to do.
 [[noreturn]] void cancelled();
 [[noreturn]] void operationCancelled();
-// A command without a text.
-[[noreturn]] void noCommandText();
 // What runs in the background has not ended yet.
 [[noreturn]] void stillExecuting();
 [[noreturn]] void stillConnecting();

@@ -206,7 +206,12 @@ TEST_F(RowStreamTest, WhatWritesOrSetsOptionsIsRunToItsEnd) {
          {u"SELECT 1 AS A; DELETE FROM T; SELECT 2", u"SELECT 1 AS A; SET NOCOUNT ON; SELECT 2"}) {
         const auto rows = connection_->Execute(script);
         EXPECT_EQ(shown(fieldOf(rows, 0)), "Long 1");
-        EXPECT_EQ(shown(fieldOf(rows->NextRecordset(), 0)), "Long 2");
+        auto next = rows->NextRecordset();
+        while (next && next->State() == ObjectStateEnum::adStateClosed) {
+            next = next->NextRecordset();
+        }
+        ASSERT_TRUE(next);
+        EXPECT_EQ(shown(fieldOf(next, 0)), "Long 2");
     }
     EXPECT_EQ(shown(test::valueOf(connection_, u"SELECT COUNT(*) FROM T")), "Long 0");
     connection_->Execute(u"SELECT 1; SELECT N FROM T", Variant::missing(), 128);

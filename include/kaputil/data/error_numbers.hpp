@@ -34,7 +34,6 @@ inline constexpr std::int32_t kDataTypeMismatch = -2147217913;     // 80040E07: 
 inline constexpr std::int32_t kBadBookmark = -2147217906;          // 80040E0E
 inline constexpr std::int32_t kCannotFetchBackward = -2147217884;  // 80040E24
 inline constexpr std::int32_t kRowNotFound = -2147217885;          // 80040E23: row was deleted
-inline constexpr std::int32_t kNoCommandText = -2147217908;        // 80040E0C
 inline constexpr std::int32_t kCommandText = -2147217900;          // 80040E14
 inline constexpr std::int32_t kMultipleStep = -2147217887;         // 80040E21
 inline constexpr std::int32_t kIntegrity = -2147217873;            // 80040E2F

@@ -130,7 +130,6 @@ _CLASS_OF_NUMBER = {
     -2147217900: ProgrammingError,
     -2147217865: ProgrammingError,
     -2147217904: ProgrammingError,  # a parameter without value
-    -2147217908: ProgrammingError,  # a statement without text
     -2147217871: OperationalError,
     -2147217843: OperationalError,
     -2147467259: OperationalError,
