@@ -91,6 +91,7 @@ void Recordset::openLater(std::int32_t options) {
 // Where the system has no thread left the rows come when they are needed.
 void Recordset::fetchGradually(RowTable& table) {
     using Fetching = Request::Fetching;
+    fetchesOn_ = false;
     if (request_ == nullptr || request_->fetching == Fetching::WhenNeeded || isReadOnce()) {
         return;
     }

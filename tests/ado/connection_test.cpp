@@ -92,8 +92,8 @@ TEST(Connection, GivesTheAnswersBeforeAFailure) {
 
 TEST(Connection, KeepsTheErrorsOfAFailedScript) {
     const auto connection = openMemory();
-    EXPECT_EQ(raisedBy([&] { return connection->Execute(u"SELECT 1\nSELECT * FROM Manca"); }),
-              errors::kUnknownObject);
+    const auto rows = connection->Execute(u"SELECT 1\nSELECT * FROM Manca");
+    EXPECT_EQ(raisedBy([&] { return rows->NextRecordset(); }), errors::kUnknownObject);
     ASSERT_EQ(connection->Errors()->Count(), 1);
     const auto error = connection->Errors()->Item(0);
     EXPECT_EQ(error->Number(), errors::kUnknownObject);

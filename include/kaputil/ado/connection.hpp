@@ -98,7 +98,8 @@ public:
     // recordset when there are none; what follows is for its NextRecordset. `recordsAffected`
     // receives the number of rows that the statements wrote, as a Long. When the script fails, the
     // first error is raised and Errors has every message; what a successful script printed is
-    // there, too.
+    // there, too. A script that only reads is run no further than to its first rows: NextRecordset
+    // lets it go on, and raises what fails there. With adAsyncExecute the call comes back at once.
     Ref<Recordset> Execute(const String& commandText,
                            ByRef<Variant> recordsAffected = Variant::missing(),
                            std::int32_t options = -1);
