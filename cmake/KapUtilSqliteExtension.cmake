@@ -6,7 +6,8 @@ file(GLOB extensionSources CONFIGURE_DEPENDS "${sourceFolder}/sqlite_extension/*
      "${sourceFolder}/engine/sqlite/functions/*.cpp" "${sourceFolder}/engine/values/*.cpp")
 list(FILTER extensionSources EXCLUDE REGEX "/optimizations\\.cpp$")
 list(APPEND extensionSources "${sourceFolder}/engine/sqlite/collation.cpp" "${sourceFolder}/engine/sqlite/sqlite.cpp"
-     "${sourceFolder}/engine/sqlite/sqlite_stack.cpp" "${sourceFolder}/engine/sqlite/time_limit.cpp"
+     "${sourceFolder}/engine/sqlite/flat_text.cpp" "${sourceFolder}/engine/sqlite/sqlite_stack.cpp"
+     "${sourceFolder}/engine/sqlite/time_limit.cpp"
      "${sourceFolder}/platform/posix/digest.cpp" "${sourceFolder}/platform/posix/loaded_library.cpp")
 
 kaputil_sources(compiled kaputil-sqlite ${extensionSources})

@@ -10,8 +10,10 @@
 
 namespace kap::tsql {
 
-// How deep brackets, subqueries and chains of operators may go.
-inline constexpr int kMaxNesting = 200;
+// How many levels calls, brackets, conditions and chains of operators may have.
+inline constexpr int kMaxNesting = 1200;
+// ... and queries within queries, counted through the views and common tables that they read.
+inline constexpr int kMaxQueries = 200;
 
 // What a name given by CREATE TYPE or sp_addtype stands for.
 struct AliasType {

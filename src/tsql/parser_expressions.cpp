@@ -39,7 +39,6 @@ ExpressionPtr Parser::condition() {
 }
 
 ExpressionPtr Parser::disjunction(Place place) {
-    const Level level(*this);
     return logical(LogicalOperator::Or, place);
 }
 
@@ -65,8 +64,8 @@ ExpressionPtr Parser::logical(LogicalOperator op, Place place) {
 }
 
 ExpressionPtr Parser::negation(Place place) {
-    const Level level(*this);
     if (!atKeyword("NOT")) return predicate(place);
+    const Level level(*this);
     const int line = next().line;
     ExpressionPtr operand = negation(place);
     if (!operand->isPredicate()) unexpected();

@@ -5,6 +5,7 @@
 #include "base/ascii.hpp"
 #include "base/restored.hpp"
 #include "tsql/parser_state.hpp"
+#include "tsql/stack_limit.hpp"
 
 // GROUP BY ALL makes groups of all rows, and its aggregates look at those alone for which WHERE
 // holds: count(a) is count(CASE WHEN condition THEN a END).
@@ -54,6 +55,7 @@ void Parser::filterAggregate(FunctionCall& call, std::size_t where) {
 
 void Parser::filterAggregates(ExpressionPtr& expression, std::size_t where) {
     if (expression == nullptr) return;
+    requireStack(expression->line);
     const auto each = [&](std::initializer_list<ExpressionPtr*> parts) {
         for (ExpressionPtr* part : parts)
             filterAggregates(*part, where);

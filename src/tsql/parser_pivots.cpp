@@ -7,9 +7,10 @@
 namespace kap::tsql {
 
 TableSourcePtr Parser::pivoted(TableSourcePtr source) {
-    while (atKeyword("PIVOT") || atKeyword("UNPIVOT")) {
+    for (int pivots = 0; atKeyword("PIVOT") || atKeyword("UNPIVOT"); ++pivots) {
         const Level level(*this);
         const int line = peek().line;
+        if (pivots >= kMaxQueries) throw nestedTooDeeply(line);
         Select all;
         all.items.push_back({StarItem{}, line});
         const int below = source->depth;
@@ -19,10 +20,11 @@ TableSourcePtr Parser::pivoted(TableSourcePtr source) {
         rows->line = line;
         rows->depth = below + 1;
         rows->terms.push_back({std::move(all), SetOperator::Union, line});
-        const bool pivots = atKeyword("PIVOT");
+        const bool isPivot = atKeyword("PIVOT");
         next();
         expectOperator("(");
-        source = pivots ? pivotSource(std::move(rows), line) : unpivotSource(std::move(rows), line);
+        source =
+            isPivot ? pivotSource(std::move(rows), line) : unpivotSource(std::move(rows), line);
         source->depth = below + 1;
     }
     return source;

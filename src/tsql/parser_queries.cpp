@@ -11,9 +11,11 @@ namespace kap::tsql {
 // of inner brackets tells: "((SELECT 1) UNION SELECT 2)" is a query, "((SELECT 1) + 1)" a value,
 // and "((SELECT 1 AS a) AS x JOIN t ON 1 = 1)" a joined source.
 bool Parser::atQuery() const {
+    constexpr std::size_t kMost = kMaxNesting;
     std::size_t ahead = 0;
-    while (atOperator("(", ahead))
+    while (ahead <= kMost && atOperator("(", ahead))
         ++ahead;
+    if (ahead > kMost) throw nestedTooDeeply(peek().line);
     if (ahead == 0 || !atKeyword("SELECT", ahead)) return false;
     std::size_t open = ahead;
     for (std::size_t level = ahead; level > 1; ++ahead) {

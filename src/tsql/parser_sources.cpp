@@ -21,8 +21,9 @@ TableSourcePtr Parser::joinedSource() {
     const Level level(*this);
     TableSourcePtr left = pivoted(sourcePrimary());
     JoinKind kind = JoinKind::Inner;
-    while (joinKind(kind)) {
+    for (int joins = 0; joinKind(kind); ++joins) {
         const int line = peek().line;
+        if (joins >= kMaxQueries) throw nestedTooDeeply(line);
         Join join{kind, std::move(left), nullptr, nullptr};
         const bool conditional =
             kind != JoinKind::Cross && kind != JoinKind::CrossApply && kind != JoinKind::OuterApply;

@@ -19,7 +19,15 @@ namespace kap::tsql {
 struct Expression;
 struct Query;
 struct TableSource;
-using ExpressionPtr = std::unique_ptr<Expression>;
+// Ends chains of operators, which nothing bounds, step by step instead of by recursion.
+struct ExpressionDeleter {
+    ExpressionDeleter() = default;
+    // What std::make_unique answers is taken, too.
+    // NOLINTNEXTLINE(google-explicit-constructor)
+    ExpressionDeleter(std::default_delete<Expression> /*usual*/) noexcept {}
+    void operator()(Expression* expression) const noexcept;
+};
+using ExpressionPtr = std::unique_ptr<Expression, ExpressionDeleter>;
 using QueryPtr = std::unique_ptr<Query>;
 using TableSourcePtr = std::unique_ptr<TableSource>;
 

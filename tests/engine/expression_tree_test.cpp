@@ -173,9 +173,13 @@ TEST(SqlWriter, WritesLongConditionsWithFewBrackets) {
     EXPECT_EQ("((\"a\" = 0) AND (\"a\" = 1))", sqlOf(sql::allOf(conditions(2))));
 }
 
-TEST(SqlWriter, WritesJoinedTextsFlat) {
-    std::vector<Expression> parts(1000, sql::column("a"));
-    EXPECT_EQ(1, depthOf(sqlOf(sql::Chain{sql::ChainOperator::Join, std::move(parts)})));
+TEST(SqlWriter, WritesJoinedTextsFlatAndManyOfThemAsHalves) {
+    const auto depthOfJoined = [](std::size_t count) {
+        return depthOf(sqlOf(sql::Chain{sql::ChainOperator::Join,
+                                        std::vector<Expression>(count, sql::column("a"))}));
+    };
+    EXPECT_EQ(1, depthOfJoined(64));
+    EXPECT_EQ(10, depthOfJoined(1000));
 }
 
 TEST(SqlWriter, WritesWindows) {

@@ -215,7 +215,7 @@ TEST(ParserExpressions, RefusesChainsOfOperatorsTooLong) {
 }
 
 TEST(ParserExpressions, MeasuresDepthThroughSubqueriesAndCases) {
-    const std::string chain = repeated(" + 1", 150);
+    const std::string chain = repeated(" + 1", 800);
     expectTooDeep("SELECT (SELECT (SELECT 1" + chain + ")" + chain + ")");
     expectTooDeep("SELECT CASE WHEN 1 = 1 THEN CASE WHEN 1 = 1 THEN 1" + chain + " END" + chain +
                   " END");

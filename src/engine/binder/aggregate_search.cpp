@@ -33,8 +33,15 @@ struct Search {
     bool operator()(const tsql::DefaultArgument&) const { return false; }
     bool operator()(const tsql::CurrentOfPredicate&) const { return false; }
     bool operator()(const tsql::UnaryExpression& e) const { return contains(e.operand); }
+    // A long chain is deep on its left side.
     bool operator()(const tsql::BinaryExpression& e) const {
-        return contains(e.left) || contains(e.right);
+        const tsql::BinaryExpression* at = &e;
+        while (!contains(at->right)) {
+            const auto* inner = std::get_if<tsql::BinaryExpression>(&at->left->node);
+            if (inner == nullptr) return contains(at->left);
+            at = inner;
+        }
+        return true;
     }
     bool operator()(const tsql::Comparison& e) const {
         return contains(e.left) || contains(e.right);

@@ -222,14 +222,37 @@ BoundExpression Binder::node(const tsql::UnaryExpression& node, int line, Scope&
     }
 }
 
+// A chain a + b + c... is as deep as it is long, and nothing bounds its length: its operators are
+// taken one after the other, from the innermost on the left.
 BoundExpression Binder::node(const tsql::BinaryExpression& node, int line, Scope& scope) {
-    BoundExpression left = value(*node.left, scope);
-    BoundExpression right = value(*node.right, scope);
+    struct Operator {
+        const tsql::BinaryExpression* node;
+        int line;
+    };
+    std::vector<Operator> outward{{&node, line}};
+    const tsql::Expression* left = node.left.get();
+    std::optional<BoundExpression> result;
+    while (const auto* inner = std::get_if<tsql::BinaryExpression>(&left->node)) {
+        if (scope.grouped && !scope.insideAggregate) result = groupedValue(*left, scope);
+        if (result) break;
+        outward.push_back({inner, left->line});
+        left = inner->left.get();
+    }
+    if (!result) result = value(*left, scope);
+    for (auto each = outward.rbegin(); each != outward.rend(); ++each) {
+        BoundExpression right = value(*each->node->right, scope);
+        result = operated(each->node->op, std::move(*result), std::move(right), each->line);
+    }
+    return std::move(*result);
+}
+
+BoundExpression Binder::operated(tsql::BinaryOperator op, BoundExpression left,
+                                 BoundExpression right, int line) const {
     std::shared_ptr<const TextCollation> collation;
     if (left.collation != nullptr || right.collation != nullptr) {
         collation = commonCollation({left, right}, "add", line);
     }
-    BoundExpression result = arithmetic(node.op, std::move(left), std::move(right), line);
+    BoundExpression result = arithmetic(op, std::move(left), std::move(right), line);
     if (tsql::isText(result.type.type)) result.collation = collation;
     return result;
 }

@@ -66,7 +66,7 @@ BoundQuery Binder::query(const tsql::Query& query, Scope* outer, QueryPlace plac
 // Views and common tables nest queries further than their texts show. SQLite follows them by
 // recursion.
 int Binder::checkedDepth(int depth, int line) {
-    if (depth > tsql::kMaxNesting) throw tsql::nestedTooDeeply(line);
+    if (depth > tsql::kMaxQueries) throw tsql::nestedTooDeeply(line);
     constexpr std::size_t kLevel = 1024;
     if (stackLeft() < kStackReserve + static_cast<std::size_t>(depth) * kLevel) {
         throw tsql::outOfStack(line);

@@ -221,6 +221,8 @@ private:
     [[nodiscard]] BoundExpression node(const tsql::CaseExpression& node, int line, Scope& scope);
     [[nodiscard]] BoundExpression node(const tsql::CastExpression& node, int line, Scope& scope);
     [[nodiscard]] BoundExpression node(const tsql::FunctionCall& node, int line, Scope& scope);
+    [[nodiscard]] BoundExpression operated(tsql::BinaryOperator op, BoundExpression left,
+                                           BoundExpression right, int line) const;
     [[nodiscard]] BoundExpression node(const tsql::ScalarSubquery& node, int line, Scope& scope);
     template <typename Predicate>
     [[nodiscard]] BoundExpression node(const Predicate& node, int line, Scope& scope);

@@ -195,7 +195,7 @@ void SqlWriter::node(const sql::Binary& binary) {
     text_ += ')';
 }
 
-// Conditions are halves joined again and again: SQLite counts the depth of one, and a flat chain
+// Long chains are halves joined again and again: SQLite counts the depth of one, and a flat chain
 // would be a deep one.
 void SqlWriter::balanced(std::span<const sql::Expression> parts, const char* joint) {
     if (parts.size() == 1) {
@@ -211,8 +211,13 @@ void SqlWriter::balanced(std::span<const sql::Expression> parts, const char* joi
 }
 
 void SqlWriter::node(const sql::Chain& chain) {
+    constexpr std::size_t kMostTexts = 64;  // that are joined from left to right
     if (chain.op != sql::ChainOperator::Join) {
         balanced(chain.parts, chain.op == sql::ChainOperator::And ? " AND " : " OR ");
+        return;
+    }
+    if (chain.parts.size() > kMostTexts) {
+        balanced(chain.parts, " || ");
         return;
     }
     text_ += '(';

@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <new>
 
+#include "engine/sqlite/flat_text.hpp"
 #include "engine/sqlite/sqlite_stack.hpp"
 #include "engine/sqlite/time_limit.hpp"
 
@@ -13,6 +14,8 @@ const char* sqliteVersion() noexcept {
 }
 
 namespace {
+
+constexpr std::string_view kParserOverflow = "parser stack overflow";
 
 // On these hosts SQLite takes some errors of the system for damage of the file.
 bool hasOwnFiles(sqlite3* database) {
@@ -65,15 +68,21 @@ SqliteError lastError(sqlite3* database) {
 }
 
 PreparedStatement::PreparedStatement(sqlite3* database, std::string_view sql, StatementLife life) {
-    const unsigned flags = life == StatementLife::Kept ? SQLITE_PREPARE_PERSISTENT : 0U;
     limitNesting(database);
+    if (prepare(database, sql, life) == SQLITE_OK) return;
+    const SqliteError error = lastError(database);
+    if (std::string_view(error.what()) != kParserOverflow) throw error;
+    const std::string flat = flattened(sql);
+    if (flat.empty() || prepare(database, flat, life) != SQLITE_OK) throw error;
+}
+
+int PreparedStatement::prepare(sqlite3* database, std::string_view sql, StatementLife life) {
+    const unsigned flags = life == StatementLife::Kept ? SQLITE_PREPARE_PERSISTENT : 0U;
     sqlite3_stmt* made = nullptr;
     const int code = sqlite3_prepare_v3(database, sql.data(), static_cast<int>(sql.size()), flags,
                                         &made, nullptr);
     statement_.reset(made);
-    if (code != SQLITE_OK) {
-        throw lastError(database);
-    }
+    return code;
 }
 
 void PreparedStatement::check(int code) const {

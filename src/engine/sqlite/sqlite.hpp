@@ -92,6 +92,7 @@ private:
         void operator()(sqlite3_stmt* statement) const noexcept { sqlite3_finalize(statement); }
     };
     [[nodiscard]] sqlite3* database() const noexcept { return sqlite3_db_handle(handle()); }
+    [[nodiscard]] int prepare(sqlite3* database, std::string_view sql, StatementLife life);
     [[nodiscard]] bool isDoneNevertheless(const SqliteError& error) const;
     void check(int code) const;
 

@@ -17,6 +17,7 @@ struct Limit {
 
 constexpr std::array kRefusedLimits = std::to_array<Limit>({
     {"at most 64 tables in a join", "more than 64 tables in one query"},
+    {"too many FROM clause terms", "more than 64 tables in one query"},
     {"too many columns", "more than 2000 columns in one query"},
     {"too many terms in", "more terms than a query can have here"},
     {"too many arguments on function", "more than 127 arguments of a function"},
