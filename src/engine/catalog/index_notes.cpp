@@ -1,6 +1,7 @@
 #include "engine/catalog/index_notes.hpp"
 
 #include "base/quoting.hpp"
+#include "engine/catalog/tables.hpp"
 #include "tsql/parser.hpp"
 #include "tsql/server_error.hpp"
 
@@ -76,6 +77,18 @@ IndexNotes notesOf(std::string_view createIndex) {
         notes.included.clear();  // another program's comment
     }
     return notes;
+}
+
+std::string withIncludedRenamed(const std::string& createIndex, std::string_view before,
+                                const std::string& after) {
+    IndexNotes notes = notesOf(createIndex);
+    const std::string comment = commentOf(notes);
+    const std::size_t at = createIndex.find(comment);
+    if (notes.included.empty() || at == std::string::npos) return createIndex;
+    for (std::string& name : notes.included) {
+        if (sameName(name, before)) name = after;
+    }
+    return std::string(createIndex).replace(at, comment.size(), commentOf(notes));
 }
 
 std::optional<std::string> conflictTarget(std::string_view createIndex) {

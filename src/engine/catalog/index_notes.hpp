@@ -18,6 +18,10 @@ struct IndexNotes {
 // What the text of an index has noted.
 [[nodiscard]] IndexNotes notesOf(std::string_view createIndex);
 
+// The text of an index whose included column has got another name.
+[[nodiscard]] std::string withIncludedRenamed(const std::string& createIndex,
+                                              std::string_view before, const std::string& after);
+
 // What "ON CONFLICT" takes for an index that ignores duplicates: its columns and its filter, as
 // they stand in its text. Nothing for any other index.
 [[nodiscard]] std::optional<std::string> conflictTarget(std::string_view createIndex);

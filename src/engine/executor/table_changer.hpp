@@ -56,6 +56,7 @@ private:
     void remakeIndex(const Table& table, const std::string& stored, const std::string& newStored);
     void moveConstraints(const Table& before, const Table& after);
     void renameInSources(const Table& table, const std::string& before, const std::string& after);
+    void renameInNotes(const Table& table, const std::string& before, const std::string& after);
 
     void add(const Table& table, const tsql::AlterTableStatement& statement, const NameScope& names,
              int line);

@@ -1,6 +1,8 @@
 #include <string>
+#include <utility>
 #include <vector>
 
+#include "engine/catalog/index_notes.hpp"
 #include "engine/catalog/object_names.hpp"
 #include "engine/catalog/source_text.hpp"
 #include "engine/executor/table_changer.hpp"
@@ -159,6 +161,7 @@ void TableChanger::renameColumn(const Table& table, const std::string& column,
     run("ALTER TABLE " + tableSql(table.name, table.temporary) + " RENAME COLUMN " +
         sqlName(found->name) + " TO " + sqlName(newName));
     renameInSources(table, found->name, newName);
+    renameInNotes(table, found->name, newName);
     if (found->identity) counters_.renameIdentity(table, newName);
 }
 
@@ -173,6 +176,31 @@ void TableChanger::renameInSources(const Table& table, const std::string& before
         element.text = std::move(renamed);
     }
     if (changed) setText(table, text);
+}
+
+// Included columns stand in a comment of their index.
+void TableChanger::renameInNotes(const Table& table, const std::string& before,
+                                 const std::string& after) {
+    const std::string place = table.temporary ? "temp" : "main";
+    std::vector<std::pair<std::string, std::string>> indexes;
+    {
+        PreparedStatement look(connection_.handle(),
+                               "SELECT name, sql FROM " + place +
+                                   ".sqlite_schema WHERE type = 'index' AND tbl_name = ?1 COLLATE "
+                                   "NOCASE AND sql IS NOT NULL");
+        look.bind(1, std::string_view(table.name));
+        while (look.step())
+            indexes.emplace_back(look.text(0), look.text(1));
+    }
+    for (const auto& [name, sql] : indexes) {
+        const std::string renamed = withIncludedRenamed(sql, before, after);
+        if (renamed == sql) continue;
+        const std::string quoted = sqlName(name);
+        const std::size_t at = renamed.find(quoted);
+        if (at == std::string::npos) continue;
+        run("DROP INDEX " + place + "." + quoted);
+        run(std::string(renamed).insert(at, place + "."));
+    }
 }
 
 }  // namespace kap::engine

@@ -2,6 +2,7 @@
 #include <array>
 
 #include "base/ascii.hpp"
+#include "engine/catalog/column_users.hpp"
 #include "engine/catalog/object_ids.hpp"
 #include "engine/catalog/object_names.hpp"
 #include "engine/catalog/schema_binding.hpp"
@@ -217,6 +218,9 @@ void ScriptRunner::renameObject(const std::vector<std::string>& arguments, int l
         TableChanger(connection_, catalogue_, counters_)
             .renameColumn(Table(*table), column, newName, line);
     } else if (kind == "INDEX") {
+        if (isNamedByDefinitions(catalogue_, *table, column)) {
+            throw ServerError(tsql::Message::RenameOfDependency, {object}, line);
+        }
         const std::string index = name.last();
         name.parts.pop_back();
         const Table* table = name.parts.empty()
