@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <string>
+#include <utility>
 
 #include <kaputil/automation/error.hpp>
 
@@ -75,6 +76,13 @@ LocaleScope::LocaleScope(std::string_view name) : previous_(threadLocale) {
 }
 
 LocaleScope::~LocaleScope() {
+    threadLocale = previous_;
+}
+
+CultureScope::CultureScope(const Locale& culture) noexcept
+    : previous_(std::exchange(threadLocale, &culture)) {}
+
+CultureScope::~CultureScope() {
     threadLocale = previous_;
 }
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <initializer_list>
 
 #include <kaputil/automation/plain_text.hpp>
 
@@ -34,6 +35,23 @@ std::u16string joined(std::u16string_view date, std::u16string_view time) {
     return std::u16string(date) + u" " + std::u16string(time);
 }
 
+// The part of the long date, or the usual one where that has none of these.
+std::u16string partOf(std::u16string_view longDate,
+                      std::initializer_list<std::u16string_view> parts, std::u16string_view usual) {
+    for (const std::u16string_view part : parts) {
+        if (longDate.find(part) != std::u16string_view::npos) return std::u16string(part);
+    }
+    return std::u16string(usual);
+}
+
+std::u16string dayAndMonth(const Locale& locale) {
+    return partOf(locale.longDate, {u"MMMM d", u"d. MMMM", u"d 'de' MMMM"}, u"d MMMM");
+}
+
+std::u16string monthAndYear(const Locale& locale) {
+    return partOf(locale.longDate, {u"MMMM 'de' yyyy"}, u"MMMM yyyy");
+}
+
 // The custom pattern behind a standard format.
 std::optional<std::u16string> standardPattern(char16_t letter, const Locale& locale) {
     switch (letter) {
@@ -56,10 +74,10 @@ std::optional<std::u16string> standardPattern(char16_t letter, const Locale& loc
             return joined(locale.shortDate, locale.timeFormat);
         case u'm':
         case u'M':
-            return locale.dateOrder == kap::DateOrder::MonthDayYear ? u"MMMM d" : u"d MMMM";
+            return dayAndMonth(locale);
         case u'y':
         case u'Y':
-            return u"MMMM yyyy";
+            return monthAndYear(locale);
         case u'o':
         case u'O':
             return u"yyyy-MM-dd'T'HH':'mm':'ss.fffffffK";

@@ -2,6 +2,7 @@
 #include <cmath>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include <kaputil/automation/convert.hpp>
 #include <kaputil/automation/error.hpp>
@@ -34,10 +35,12 @@ using tsql::TypeSpec;
 const Locale& cultureNamed(std::string_view name) {
     const std::string_view wanted =
         !name.empty() ? name : std::string_view(dateSettings().italian ? "it-IT" : "en-US");
-    for (const Locale& locale : knownLocales()) {
-        const bool language = wanted.size() == 2 && locale.name.size() > 2 &&
-                              equalsIgnoringCase(locale.name.substr(0, 2), wanted);
-        if (language || equalsIgnoringCase(locale.name, wanted)) return locale;
+    for (const auto& cultures : {knownLocales(), otherCultures()}) {
+        for (const Locale& locale : cultures) {
+            const bool language = wanted.size() == 2 && locale.name.size() > 2 &&
+                                  equalsIgnoringCase(locale.name.substr(0, 2), wanted);
+            if (language || equalsIgnoringCase(locale.name, wanted)) return locale;
+        }
     }
     throw tsql::ServerError(tsql::Message::UnknownCulture, {name});
 }
@@ -179,10 +182,20 @@ std::optional<int> takeWeekday(std::u16string& text, const Locale& culture) {
     return std::nullopt;
 }
 
+// "05.02.2021" and "5. Februar 2021" as the conversions of the runtime read them.
+std::u16string withoutPoints(std::u16string text) {
+    for (std::size_t at = text.find(u'.'); at != std::u16string::npos; at = text.find(u'.', at)) {
+        const bool within = at + 1 < text.size() && text[at + 1] >= u'0' && text[at + 1] <= u'9';
+        text[at] = within ? u'/' : u' ';
+    }
+    return text;
+}
+
 Value parsedDate(const std::string& text, const TypeSpec& type, const Locale& culture) {
-    const LocaleScope scope(culture.name);
+    const CultureScope scope(culture);
     std::u16string units = toUnits(text);
     const auto weekday = takeWeekday(units, culture);
+    if (culture.dateSeparator == u'.') units = withoutPoints(std::move(units));
     const Variant given = String(units);
     if (!convert::isDate(given)) throw tsql::ServerError(tsql::Message::WrongDateText);
     double days = convert::linearDays(convert::toDate(given));
