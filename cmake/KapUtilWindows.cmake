@@ -33,6 +33,7 @@ target_compile_definitions(
     kaputil_sqlite
     PRIVATE SQLITE_THREADSAFE=1
             SQLITE_ENABLE_COLUMN_METADATA
+            SQLITE_ENABLE_DBSTAT_VTAB
             SQLITE_ENABLE_MATH_FUNCTIONS
             SQLITE_LIKE_DOESNT_MATCH_BLOBS
             SQLITE_MAX_SCHEMA_RETRY=25

@@ -464,6 +464,13 @@ std::optional<tsql::AliasType> SchemaCatalogue::aliasType(const tsql::ObjectName
 
 tsql::ParseOptions SchemaCatalogue::parseOptions(bool quotedNames) const {
     tsql::ParseOptions options;
+std::int64_t SchemaCatalogue::countRows(const Table& table) const {
+    PreparedStatement count(database_.handle(), std::string("SELECT count(*) FROM ") +
+                                                    (table.temporary ? "temp." : "main.") +
+                                                    sqlName(table.name));
+    return count.step() ? count.integer(0) : 0;
+}
+
     options.quotedNames = quotedNames;
     options.aliasType = [this](const tsql::ObjectName& name) { return aliasType(name); };
     return options;

@@ -122,7 +122,9 @@ public:
     [[nodiscard]] const std::vector<Firing>& firing() const noexcept { return firing_; }
     [[nodiscard]] int firingLevel(std::string_view relation) const override;
 
-    // A setting of the database: kRecursiveTriggers, kNestedTriggers.
+    // How many rows a table has.
+    [[nodiscard]] std::int64_t countRows(const Table& table) const;
+    // A setting of the database: kRecursiveTriggers, kNestedTriggers, kLevel80.
     [[nodiscard]] bool isOn(std::string_view setting) const;
     // The type that a name given by CREATE TYPE stands for.
     [[nodiscard]] std::optional<tsql::AliasType> aliasType(const tsql::ObjectName& name) const;

@@ -115,6 +115,18 @@ SystemRows sysObjects(const SchemaCatalogue& catalogue, std::string_view types) 
     return view;
 }
 
+// What else tools ask of tables, none of which is ever so.
+SystemRows sysTables(const SchemaCatalogue& catalogue) {
+    SystemRows view = sysObjects(catalogue, "U ");
+    for (const char* name : {"is_memory_optimized", "is_filetable", "is_external", "is_replicated"})
+        view.columns.push_back({name, kBit});
+    for (const char* name : {"temporal_type", "durability"})
+        view.columns.push_back({name, kTinyInt});
+    for (std::vector<Value>& row : view.rows)
+        row.resize(view.columns.size(), number(0));
+    return view;
+}
+
 SystemRows sysTriggers(const SchemaCatalogue& catalogue) {
     SystemRows view{{{"name", kName},
                      {"object_id", kInt},
@@ -195,18 +207,37 @@ SystemRows columnRows(const SchemaCatalogue& catalogue, bool modern) {
     return view;
 }
 
-SystemRows typeRows(const SchemaCatalogue& catalogue, bool modern) {
-    SystemRows view;
-    view.columns = modern ? std::vector<SystemRows::ColumnType>{{"name", kName},
-                                                                {"system_type_id", kTinyInt},
-                                                                {"user_type_id", kInt},
-                                                                {"max_length", kSmallInt},
-                                                                {"is_user_defined", kBit}}
-                          : std::vector<SystemRows::ColumnType>{{"name", kName},
-                                                                {"xtype", kTinyInt},
-                                                                {"xusertype", kSmallInt},
-                                                                {"length", kSmallInt},
-                                                                {"status", kTinyInt}};
+// A type with a name of its own.
+struct UserType {
+    explicit UserType(const StoredObject& object)
+        : number(kFirstUserType + object.id), isTable(isTableType(object)) {
+        if (isTable) return;
+        const TypeSpec type = tsql::parseType(object.text);
+        systemType = typeId(type.type);
+        bytes = tsql::bytesOf(type);
+        precision = tsql::precisionOf(type);
+        scale = tsql::scaleOf(type);
+        nullable = object.parent != kNotNull;
+    }
+
+    static constexpr std::int64_t kFirstUserType = 256;
+    static constexpr std::int64_t kTableTypeId = 243;
+    std::int64_t number;
+    bool isTable;
+    std::int64_t systemType = kTableTypeId;
+    std::int64_t bytes = -1;
+    std::int64_t precision = 0;
+    std::int64_t scale = 0;
+    bool nullable = false;
+};
+
+SystemRows olderTypes(const SchemaCatalogue& catalogue) {
+    SystemRows view{{{"name", kName},
+                     {"xtype", kTinyInt},
+                     {"xusertype", kSmallInt},
+                     {"length", kSmallInt},
+                     {"status", kTinyInt}},
+                    {}};
     for (const SqlType type : typesById()) {
         const tsql::TypeFacts& facts = tsql::factsOf(type);
         view.rows.push_back(
@@ -214,17 +245,42 @@ SystemRows typeRows(const SchemaCatalogue& catalogue, bool modern) {
     }
     for (const StoredObject& object : catalogue.objects()) {
         if (object.kind != StoredKind::Type) continue;
-        constexpr std::int64_t kFirstUserType = 256;
-        if (isTableType(object)) {
-            constexpr std::int64_t kTableTypeId = 243;
-            view.rows.push_back({bare(object.name), number(kTableTypeId),
-                                 number(kFirstUserType + object.id), number(-1), number(1)});
-            continue;
-        }
-        const TypeSpec type = tsql::parseType(object.text);
-        view.rows.push_back({bare(object.name), number(typeId(type.type)),
-                             number(kFirstUserType + object.id), number(tsql::bytesOf(type)),
-                             number(1)});
+        const UserType user(object);
+        view.rows.push_back({bare(object.name), number(user.systemType), number(user.number),
+                             number(user.bytes), number(1)});
+    }
+    return view;
+}
+
+SystemRows sysTypes(const SchemaCatalogue& catalogue) {
+    SystemRows view{{{"name", kName},
+                     {"system_type_id", kTinyInt},
+                     {"user_type_id", kInt},
+                     {"schema_id", kInt},
+                     {"max_length", kSmallInt},
+                     {"precision", kTinyInt},
+                     {"scale", kTinyInt},
+                     {"is_nullable", kBit},
+                     {"is_user_defined", kBit},
+                     {"is_assembly_type", kBit},
+                     {"is_table_type", kBit}},
+                    {}};
+    constexpr std::int64_t kSysSchema = 4;
+    for (const SqlType type : typesById()) {
+        const tsql::TypeFacts& facts = tsql::factsOf(type);
+        const TypeSpec spec{type};
+        view.rows.push_back({text(facts.name), number(facts.id), number(facts.id),
+                             number(kSysSchema), number(facts.bytes),
+                             number(tsql::precisionOf(spec)), number(tsql::scaleOf(spec)),
+                             flag(true), flag(false), flag(false), flag(false)});
+    }
+    for (const StoredObject& object : catalogue.objects()) {
+        if (object.kind != StoredKind::Type) continue;
+        const UserType user(object);
+        view.rows.push_back({bare(object.name), number(user.systemType), number(user.number),
+                             schemaNumber(catalogue, object.name), number(user.bytes),
+                             number(user.precision), number(user.scale), flag(user.nullable),
+                             flag(true), flag(false), flag(user.isTable)});
     }
     return view;
 }
@@ -266,17 +322,17 @@ SystemRows schemaRows(const SchemaCatalogue& catalogue) {
 constexpr auto kSystemViews = std::to_array<views::View>({
     {"", "sysobjects", sysobjects},
     {"", "syscolumns", [](const SchemaCatalogue& c) { return columnRows(c, false); }},
-    {"", "systypes", [](const SchemaCatalogue& c) { return typeRows(c, false); }},
+    {"", "systypes", olderTypes},
     {"", "syscomments", [](const SchemaCatalogue& c) { return syscomments(c, false); }},
     {"", "sysdatabases", [](const SchemaCatalogue& c) { return databases(c, false); }},
     {"", "sysusers", owners},
     {"sys", "objects", [](const SchemaCatalogue& c) { return sysObjects(c, ""); }},
-    {"sys", "tables", [](const SchemaCatalogue& c) { return sysObjects(c, "U "); }},
+    {"sys", "tables", sysTables},
     {"sys", "views", [](const SchemaCatalogue& c) { return sysObjects(c, "V "); }},
     {"sys", "procedures", [](const SchemaCatalogue& c) { return sysObjects(c, "P "); }},
     {"sys", "triggers", sysTriggers},
     {"sys", "columns", [](const SchemaCatalogue& c) { return columnRows(c, true); }},
-    {"sys", "types", [](const SchemaCatalogue& c) { return typeRows(c, true); }},
+    {"sys", "types", sysTypes},
     {"sys", "sql_modules", [](const SchemaCatalogue& c) { return syscomments(c, true); }},
     {"sys", "databases", [](const SchemaCatalogue& c) { return databases(c, true); }},
     {"sys", "schemas", schemaRows},
@@ -298,7 +354,7 @@ std::optional<SystemRows> SchemaCatalogue::systemRows(const tsql::ObjectName& na
     for (const std::span<const views::View> list :
          {std::span<const views::View>(views::kSystemViews), views::keyViews(), views::indexViews(),
           views::constraintViews(), views::standardViews(), views::sequenceViews(),
-          views::dependencyViews()}) {
+          views::dependencyViews(), views::toolViews()}) {
         if (auto rows = rowsOf(list, *this, owner, last)) return rows;
     }
     for (const AddedView& view : addedViews_) {

@@ -60,5 +60,6 @@ struct View {
 [[nodiscard]] std::span<const View> standardViews();
 [[nodiscard]] std::span<const View> sequenceViews();
 [[nodiscard]] std::span<const View> dependencyViews();
+[[nodiscard]] std::span<const View> toolViews();
 
 }  // namespace kap::engine::views

@@ -136,6 +136,14 @@ constexpr const char* kWho =
     "sys.dm_exec_sessions WHERE @login IS NULL OR @login = 'active' OR login_name = @login OR "
     "convert(nvarchar(10), session_id) = @login";
 
+// The own session uses its database; who else waits or writes is known to the file's locks alone.
+constexpr const char* kLock =
+    "SELECT session_id AS spid, convert(smallint, db_id()) AS dbid, convert(int, 0) AS ObjId, "
+    "convert(smallint, 0) AS IndId, convert(nchar(4), 'DB') AS Type, convert(nchar(32), '') AS "
+    "Resource, convert(nvarchar(8), 'S') AS Mode, convert(nvarchar(5), 'GRANT') AS Status FROM "
+    "sys.dm_exec_sessions WHERE @first IS NULL OR session_id IN (convert(int, @first), "
+    "convert(int, @second))";
+
 const CatalogueProcedure* findProcedure(std::string_view name) {
     static const std::array kProcedures = std::to_array<CatalogueProcedure>({
         {"sp_tables", kTables, {{"@table_name", "@name"}, {"@table_owner", "@owner"}}, false},
@@ -169,6 +177,7 @@ const CatalogueProcedure* findProcedure(std::string_view name) {
          kStoredProcedures,
          {{"@sp_name", "@name"}, {"@sp_owner", "@owner"}, {"@sp_qualifier", "@qualifier"}},
          false},
+        {"sp_lock", kLock, {{"@spid1", "@first"}, {"@spid2", "@second"}}, false},
         {"sp_who", kWho, {{"@loginame", "@login"}}, false},
         {"sp_pkeys", kPrimaryKeys, {{"@table_name", "@name"}, {"@table_owner", "@owner"}}, true},
     });

@@ -49,7 +49,8 @@ class ScriptRest;
 // INSERT ... EXEC, system_procedures.cpp the server's own, script_modules.cpp functions and
 // triggers, script_definitions.cpp what is stored by its text, script_schemas.cpp schemas,
 // script_sequences.cpp sequences and synonyms, script_cursors.cpp cursors, script_streaming.cpp
-// queries whose rows come as they are needed, script_administration.cpp plans, copies and checks.
+// queries whose rows come as they are needed, script_administration.cpp plans, copies and checks,
+// script_space.cpp what is in how much of the file.
 class ScriptRunner final : public TriggerHost {
 public:
     explicit ScriptRunner(const EngineContext& engine);
@@ -289,6 +290,10 @@ private:
     void renameStored(StoredKind kind, const std::string& stored, const std::string& object,
                       const std::string& newName, int line);
     void refuseRename(const Table& table, const std::string& object, int line);
+    // script_space.cpp
+    void spaceUsed(const std::vector<std::string>& arguments, int line,
+                   std::vector<ado::Result>& results);
+    void spaceOfTable(const std::string& name, int line, std::vector<ado::Result>& results);
     void helpText(const std::vector<std::string>& arguments, int line,
                   std::vector<ado::Result>& results);
 

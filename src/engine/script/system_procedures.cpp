@@ -90,6 +90,10 @@ bool ScriptRunner::executeSystem(Frame& frame, Instruction& instruction,
     } else if (name.find("bindefault") != std::string::npos || name.ends_with("bindrule")) {
         if (!bindRule(name, textArguments(frame, instruction, node), line, results)) return false;
     } else if (name == "sp_rename") {
+    } else if (name == "sp_dbcmptlevel") {
+        compatibilityLevel(textArguments(frame, instruction, node), line);
+    } else if (name == "sp_spaceused") {
+        spaceUsed(textArguments(frame, instruction, node), line, results);
         renameObject(textArguments(frame, instruction, node), line);
     } else if (name == "sp_helptext") {
         helpText(textArguments(frame, instruction, node), line, results);
