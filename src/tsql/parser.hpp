@@ -31,6 +31,8 @@ struct ParseOptions {
     const std::vector<std::string>* variables = nullptr;
     // Finds the types that the database has names for; empty: none.
     std::function<std::optional<AliasType>(const ObjectName&)> aliasType = {};
+    // Whether *= and =* are operators, as they were once; empty: they are not.
+    std::function<bool()> oldOuterJoins = {};
 };
 
 // Reads one batch: any number of statements, separated by blanks or semicolons.

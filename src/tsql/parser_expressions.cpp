@@ -32,7 +32,7 @@ ExpressionPtr Parser::value() {
 ExpressionPtr Parser::condition() {
     ExpressionPtr result = disjunction(Place::Condition);
     if (!result->isPredicate()) {
-        if (atOperator("*=")) outerJoinOperator();
+        if (atOperator("*=")) requireOldOuterJoins();
         throw ServerError(Message::NoConditionNear, {peek().text}, peek().line);
     }
     return result;

@@ -26,6 +26,7 @@ ExpressionPtr Parser::predicate(Place place) {
     }
     ExpressionPtr left = sum(place);
     if (place == Place::Value || left->isPredicate()) return left;
+    if (atOperator("*=")) return oldOuterJoin(std::move(left), OldOuterJoin::KeepsLeft);
     for (const auto& [symbol, op] : kComparisons) {
         if (atOperator(symbol)) return comparison(std::move(left), op);
     }
@@ -34,13 +35,21 @@ ExpressionPtr Parser::predicate(Place place) {
 }
 
 // a.x *= b.x and a.x =* b.x: outer joins as they were written once.
-void Parser::outerJoinOperator() const {
-    throw ServerError(Message::OldOuterJoin, {}, peek().line);
+ExpressionPtr Parser::oldOuterJoin(ExpressionPtr left, OldOuterJoin outer) {
+    requireOldOuterJoins();
+    const int line = next().line;
+    ++oldJoins_;
+    ExpressionPtr right = value();
+    const int below = std::max(left->depth, right->depth);
+    return make(Comparison{ComparisonOperator::Equal, std::move(left), std::move(right), outer},
+                line, below);
 }
 
 ExpressionPtr Parser::comparison(ExpressionPtr left, ComparisonOperator op) {
     const int line = next().line;
-    if (atOperator("*")) outerJoinOperator();
+    if (op == ComparisonOperator::Equal && atOperator("*")) {
+        return oldOuterJoin(std::move(left), OldOuterJoin::KeepsRight);
+    }
     if (atKeyword("ANY") || atKeyword("SOME") || atKeyword("ALL")) {
         return quantified(std::move(left), op, line);
     }

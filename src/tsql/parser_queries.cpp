@@ -160,7 +160,9 @@ void Parser::selectTail(Select& select) {
     std::size_t where = 0;
     if (acceptKeyword("WHERE")) {
         where = position_;
+        const int joins = oldJoins_;
         select.where = condition();
+        if (oldJoins_ != joins) joinOldWay(select);
     }
     allGroups_ = false;
     if (acceptKeyword("GROUP")) groupByClause(select);

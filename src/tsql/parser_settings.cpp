@@ -162,6 +162,10 @@ Statement::Node Parser::databaseStatement(DatabaseAction action) {
             option.emplace();
             option->options = {"RECURSIVE_TRIGGERS"};
             option->value = atKeyword("ON", 1) ? "ON" : "OFF";
+        } else if (atKeyword("COMPATIBILITY_LEVEL") && atOperator("=", 1)) {
+            option.emplace();
+            option->options = {"COMPATIBILITY_LEVEL"};
+            option->value = peek(2).text;
         }
         next();
     }

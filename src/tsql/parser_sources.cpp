@@ -76,6 +76,7 @@ bool Parser::joinKind(JoinKind& kind) {
 
 TableSourcePtr Parser::sourcePrimary() {
     if (atOperator("(")) return bracketedSource();
+    if (atBulkRowset()) return bulkRowset();
     for (const char* function : {"OPENQUERY", "OPENROWSET", "OPENDATASOURCE", "OPENXML"}) {
         refuseKeyword(function, function);
     }
@@ -137,7 +138,10 @@ TableSourcePtr Parser::namedSource() {
     table.alias = optionalTableAlias();
     // HOLDLOCK alone is how the first servers wrote it.
     if (!acceptKeyword("HOLDLOCK")) tableHints(HintsStand::Anywhere);
-    refuseKeyword("TABLESAMPLE", "TABLESAMPLE");
+    if (acceptKeyword("TABLESAMPLE")) {
+        table.sample = tableSample();
+        tableHints(HintsStand::Anywhere);
+    }
     return std::make_unique<TableSource>(TableSource{std::move(table), line, 1});
 }
 

@@ -25,6 +25,7 @@ namespace kap::tsql {
 //     parser_escapes.cpp       what stands in braces; parser_escaped_calls.cpp {fn name(...)}
 //     parser_queries.cpp       SELECT; parser_sources.cpp FROM, parser_pivots.cpp PIVOT,
 //                              parser_groups.cpp GROUP BY, parser_group_all.cpp its ALL,
+//                              parser_old_joins.cpp *= and =*, parser_samples.cpp TABLESAMPLE,
 //                              parser_windows.cpp OVER, parser_hints.cpp the hints,
 //                              parser_rows_as_text.cpp FOR XML and FOR JSON
 //     parser_expressions.cpp   expressions; parser_predicates.cpp conditions
@@ -181,8 +182,12 @@ private:
     std::vector<ExpressionPtr> functionArguments();
 
     // Predicates.
-    [[noreturn]] void outerJoinOperator() const;
+    void requireOldOuterJoins() const;
+    // parser_old_joins.cpp
+    void joinOldWay(Select& select);
+    ExpressionPtr allOf(std::vector<ExpressionPtr> conditions);
     ExpressionPtr comparison(ExpressionPtr left, ComparisonOperator op);
+    ExpressionPtr oldOuterJoin(ExpressionPtr left, OldOuterJoin outer);
     ExpressionPtr quantified(ExpressionPtr left, ComparisonOperator op, int line);
     ExpressionPtr negatablePredicate(ExpressionPtr left);
     ExpressionPtr betweenPredicate(ExpressionPtr left, bool negated);
@@ -241,6 +246,10 @@ private:
     TableSourcePtr bracketedSource();
     QueryPtr valuesQuery();
     TableSourcePtr namedSource();
+    std::optional<TableSample> tableSample();
+    [[nodiscard]] bool atBulkRowset() const;
+    TableSourcePtr bulkRowset();
+    ExpressionPtr sampleNumber();
     TableSourcePtr functionSource(ObjectName name, int line);
     TableSourcePtr pivoted(TableSourcePtr source);
     ObjectName plainColumn();
@@ -435,10 +444,11 @@ private:
     std::size_t position_ = 0;
     std::vector<std::string> declared_;  // variables, so far
     std::vector<std::string> cursorVariables_;
-    int nesting_ = 0;  // of the rules being read
-    int deepest_ = 0;  // depth of the deepest expression or source made in the present query
-    int loops_ = 0;    // WHILE around the present statement
-    int queries_ = 0;  // around the present place
+    int nesting_ = 0;   // of the rules being read
+    int oldJoins_ = 0;  // how many *= and =* were read
+    int deepest_ = 0;   // depth of the deepest expression or source made in the present query
+    int loops_ = 0;     // WHILE around the present statement
+    int queries_ = 0;   // around the present place
     // NEXT VALUE FOR, so far: all, those without OVER, and the line of the last one.
     std::size_t draws_ = 0;
     std::size_t unorderedDraws_ = 0;

@@ -84,10 +84,14 @@ struct BinaryExpression {
 
 enum class ComparisonOperator { Equal, NotEqual, Less, LessOrEqual, Greater, GreaterOrEqual };
 
+// a *= b keeps the rows of a's table, a =* b those of b's.
+enum class OldOuterJoin { None, KeepsLeft, KeepsRight };
+
 struct Comparison {
     ComparisonOperator op;
     ExpressionPtr left;
     ExpressionPtr right;
+    OldOuterJoin outer = OldOuterJoin::None;
 };
 
 enum class LogicalOperator { And, Or };
@@ -216,10 +220,18 @@ struct Expression {
 // The right side of an APPLY may read the columns of the left one.
 enum class JoinKind { Inner, Left, Right, Full, Cross, CrossApply, OuterApply };
 
+// TABLESAMPLE (size PERCENT) REPEATABLE (seed).
+struct TableSample {
+    ExpressionPtr size;
+    bool rows = false;   // the size is a number of rows
+    ExpressionPtr seed;  // null when not given
+};
+
 // A table, a view, or a table variable (its name starts with @).
 struct NamedTable {
     ObjectName name;
     std::string alias;  // empty when not given
+    std::optional<TableSample> sample = std::nullopt;
 };
 
 struct DerivedTable {
@@ -356,6 +368,9 @@ struct RowsAsText {
     bool withoutArray = false;  // WITHOUT_ARRAY_WRAPPER
     int line = 1;
 };
+
+// What OPENROWSET(BULK 'file', SINGLE_CLOB) is called as a function of the file and the word.
+inline constexpr const char* kBulkFile = "openrowset bulk";
 
 // What `xml.value('path', 'type')` is called as a function of XML and path.
 inline constexpr const char* kXmlValue = "xml value";

@@ -134,5 +134,54 @@ TEST_F(BulkInsert, ChecksConstraintsAndKeepsAllRowsOrNone) {
     EXPECT_EQ(rows(), "String ");
 }
 
+// OPENROWSET(BULK ...): one row of one column, whose type says how the bytes are read.
+TEST_F(BulkInsert, AWholeFileIsOneValue) {
+    write("prezzo \xC3\xA8 5\r\n");
+    const std::string from = " FROM OPENROWSET(BULK '" + file() + "', ";
+    EXPECT_EQ(text("SELECT BulkColumn" + from + "SINGLE_CLOB) AS x"),
+              "String prezzo \xC3\xA8 5\r\n");
+    EXPECT_EQ(text("SELECT len(x.c)" + from + "single_clob) AS x (c)"), "Decimal 12");
+    EXPECT_EQ(text("SELECT convert(varchar(40), BulkColumn, 2)" + from + "SINGLE_BLOB) x"),
+              "String 7072657A7A6F20C3A820350D0A");
+    EXPECT_EQ(text("SELECT count(*) FROM t RIGHT JOIN OPENROWSET(BULK N'" + file() +
+                   "', SINGLE_BLOB) AS x ON t.id = datalength(x.BulkColumn)"),
+              "Long 1");
+    connection_->Execute(
+        String("UPDATE t SET nome = 'x'; INSERT INTO t (id, nome) SELECT 7, "
+               "left(BulkColumn, 6)" +
+               from + "SINGLE_CLOB) AS f"));
+    EXPECT_EQ(rows(), "String 7|prezzo|NULL");
+    // What is in the file counts when the statement runs.
+    write("z");
+    EXPECT_EQ(text("SELECT BulkColumn" + from + "SINGLE_CLOB) AS x"), "String z");
+}
+
+TEST_F(BulkInsert, AWholeWideFileIsOneValue) {
+    write(
+        std::string("\xFF\xFE"
+                    "a\0\xE8\0",
+                    6));
+    EXPECT_EQ(text("SELECT BulkColumn FROM OPENROWSET(BULK '" + file() + "', SINGLE_NCLOB) AS x"),
+              "String a\xC3\xA8");
+    const auto failureOf = [&](const std::string& query) {
+        try {
+            (void)text(query);
+        } catch (const std::exception& error) {
+            return std::string(error.what());
+        }
+        return std::string("none");
+    };
+    EXPECT_NE(failureOf("SELECT 1 FROM OPENROWSET(BULK '" + file() + "', SINGLE_CLOB)")
+                  .find("correlation name"),
+              std::string::npos);
+    EXPECT_NE(failureOf("SELECT * FROM OPENROWSET(BULK '" + file() + ".no', SINGLE_CLOB) AS x")
+                  .find("does not exist"),
+              std::string::npos);
+    write("narrow");
+    EXPECT_NE(failureOf("SELECT * FROM OPENROWSET(BULK '" + file() + "', SINGLE_NCLOB) AS x")
+                  .find("SINGLE_NCLOB requires a UNICODE"),
+              std::string::npos);
+}
+
 }  // namespace
 }  // namespace kap::test

@@ -39,6 +39,7 @@ sql::Expression Binder::test(const tsql::UnaryExpression& node, int /*line*/, Sc
 }
 
 sql::Expression Binder::test(const tsql::Comparison& node, int line, Scope& scope) {
+    if (node.outer != tsql::OldOuterJoin::None) throw tsql::unsupported("*= within OR", line);
     const BoundExpression left = value(*node.left, scope);
     const BoundExpression right = value(*node.right, scope);
     return compared(node.op, left, right, line, writtenLiteral(*node.left),

@@ -88,7 +88,12 @@ Binder::BoundSelect Binder::select(const tsql::Select& select,
         const bool percent = select.top->percent;
         bound.ties = select.top->withTies;
         bound.ranked = bound.ties || (percent && outer != nullptr);
-        bound.limit = percent ? percentLimit(*select.top, bound) : limit(*select.top, *bound.scope);
+        // SQLite's LIMIT reads no columns: where those of a query around say how many, the rows are
+        // numbered.
+        bool readsOuter = false;
+        bound.limit = percent ? percentLimit(*select.top, bound)
+                              : limit(*select.top, *bound.scope, &readsOuter);
+        bound.ranked = bound.ranked || readsOuter;
     }
     return bound;
 }
@@ -196,12 +201,14 @@ sql::Expression Binder::percentLimit(const tsql::TopClause& top, sql::Expression
     return sql::call(fn::kTopPercent, std::move(count), share.tree);
 }
 
-sql::Expression Binder::limit(const tsql::TopClause& top, Scope& scope) {
+sql::Expression Binder::limit(const tsql::TopClause& top, Scope& scope, bool* readsOuter) {
     Scope constants;
     constants.outer = &scope;
     constants.limitsRows = true;
+    constants.limitReadsOuter = readsOuter != nullptr;
     BoundExpression count = value(*top.count, constants);
     const int line = top.count->line;
+    if (readsOuter != nullptr) *readsOuter = constants.readsOuter;
     // 9223372036854775807 is written by programs, and is a decimal.
     const bool whole =
         count.constant() != nullptr && tsql::isDecimal(count.type.type) && count.type.scale == 0;

@@ -23,8 +23,6 @@ namespace {
 constexpr std::size_t kDeepestViews = 32;
 constexpr std::size_t kLongestView = std::size_t{16} * 1024 * 1024;
 
-constexpr const char* kRowNumber = "kap row number";
-
 const char* joinWord(JoinKind kind) {
     switch (kind) {
         case JoinKind::Inner:
@@ -156,6 +154,7 @@ Source Binder::ownColumns(const Table& table) {
 }
 
 BoundSource Binder::namedTable(const tsql::NamedTable& named) {
+    if (named.sample) return sampledTable(named);
     if (CommonName* common = findCommon(commonNameOf(named.name))) {
         common->readAs = named.alias.empty() ? named.name.last() : named.alias;
         ++common->reads;

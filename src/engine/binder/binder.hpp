@@ -57,7 +57,8 @@ struct BoundSource {
 // bind_functions.cpp and its tables, bind_string_agg.cpp, bind_sequences.cpp, bind_windows.cpp,
 // bind_system_values.cpp, bind_queries.cpp, bind_rows_as_text.cpp, bind_unions.cpp,
 // bind_selects.cpp, bind_groups.cpp, bind_order.cpp, bind_sources.cpp, bind_apply.cpp,
-// bind_table_functions.cpp, bind_json_rows.cpp, bind_pivots.cpp, bind_common_tables.cpp,
+// bind_table_functions.cpp, bind_json_rows.cpp, bind_pivots.cpp, bind_samples.cpp,
+// bind_common_tables.cpp,
 // bind_views.cpp, bind_cursors.cpp. All throw tsql::ServerError with a line.
 class Binder {
 public:
@@ -134,8 +135,10 @@ public:
     }
     // Errors 1011 and 1013 when two sources have one name.
     static void checkNames(const std::vector<Source>& sources, int line);
-    // How many rows TOP lets through.
-    [[nodiscard]] sql::Expression limit(const tsql::TopClause& top, Scope& scope);
+    // How many rows TOP lets through. `readsOuter` becomes true where columns of a query around
+    // say how many; null where none may.
+    [[nodiscard]] sql::Expression limit(const tsql::TopClause& top, Scope& scope,
+                                        bool* readsOuter = nullptr);
     // The same for TOP PERCENT of so many rows.
     [[nodiscard]] sql::Expression percentLimit(const tsql::TopClause& top, sql::Expression count,
                                                Scope& scope);
@@ -218,11 +221,11 @@ private:
     [[nodiscard]] BoundExpression node(const tsql::VariableReference& node, int line, Scope& scope);
     [[nodiscard]] BoundExpression node(const tsql::UnaryExpression& node, int line, Scope& scope);
     [[nodiscard]] BoundExpression node(const tsql::BinaryExpression& node, int line, Scope& scope);
+    [[nodiscard]] BoundExpression operated(tsql::BinaryOperator op, BoundExpression left,
+                                           BoundExpression right, int line) const;
     [[nodiscard]] BoundExpression node(const tsql::CaseExpression& node, int line, Scope& scope);
     [[nodiscard]] BoundExpression node(const tsql::CastExpression& node, int line, Scope& scope);
     [[nodiscard]] BoundExpression node(const tsql::FunctionCall& node, int line, Scope& scope);
-    [[nodiscard]] BoundExpression operated(tsql::BinaryOperator op, BoundExpression left,
-                                           BoundExpression right, int line) const;
     [[nodiscard]] BoundExpression node(const tsql::ScalarSubquery& node, int line, Scope& scope);
     template <typename Predicate>
     [[nodiscard]] BoundExpression node(const Predicate& node, int line, Scope& scope);
@@ -399,6 +402,9 @@ private:
     // bind_sources.cpp
     [[nodiscard]] BoundSource source(const tsql::TableSource& source, Scope& scope);
     [[nodiscard]] BoundSource bracketedSource(const tsql::TableSource& source, Scope& scope);
+    // bind_samples.cpp
+    [[nodiscard]] BoundSource sampledTable(const tsql::NamedTable& named);
+    [[nodiscard]] double sampleSize(const tsql::TableSample& sample, const Table& table, int line);
     [[nodiscard]] BoundSource namedTable(const tsql::NamedTable& table);
     [[nodiscard]] BoundSource commonSource(const CommonName& common, const std::string& name) const;
     [[nodiscard]] std::optional<BoundSource> viewSource(const tsql::NamedTable& table);

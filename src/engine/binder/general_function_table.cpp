@@ -92,6 +92,17 @@ BoundExpression newIdentity(ScalarCall& call) {
     return value;
 }
 
+// OPENROWSET(BULK file, kind).
+BoundExpression wholeFile(ScalarCall& call) {
+    const Value* kind = call[1].constant();
+    const auto* word = kind == nullptr ? nullptr : std::get_if<std::string>(kind);
+    SqlType type = SqlType::VarChar;
+    if (word != nullptr && *word == "SINGLE_NCLOB") type = SqlType::NVarChar;
+    if (word != nullptr && *word == "SINGLE_BLOB") type = SqlType::VarBinary;
+    return BoundExpression::expression(sql::call(fn::kFile, call.text(0), call.text(1)),
+                                       {type, tsql::kMaxLength}, true);
+}
+
 constexpr std::array kGeneralFunctions = std::to_array<ScalarFunction>({
     {"isnull", 2, 2, isNull},
     {"coalesce", 2, -1, coalesce},
@@ -101,6 +112,7 @@ constexpr std::array kGeneralFunctions = std::to_array<ScalarFunction>({
     {"checksum", 1, kMostArguments, checksum<fn::kChecksum>},
     {"binary_checksum", 1, kMostArguments, checksum<fn::kBinaryChecksum>},
     {"identity", 1, 3, newIdentity},
+    {tsql::kBulkFile, 2, 2, wholeFile},
 });
 
 }  // namespace

@@ -9,6 +9,9 @@
 // with their numbers.
 namespace kap::engine {
 
+// What a query that stands for a table calls the numbers of its rows.
+inline constexpr const char* kRowNumber = "kap row number";
+
 // A name by which SQLite knows the row's number and that no column of the table hides.
 [[nodiscard]] std::string rowNumberName(const Table& table);
 // The number of a row of a source that is a stored table.

@@ -124,7 +124,10 @@ const SourceColumn& resolveColumn(const ObjectName& name, const Scope& scope) {
             qualified ? findQualified(name, *level) : findUnqualified(name, *level);
         if (level->limitsRows) limits = level;
         if (found == nullptr) continue;
-        if (limits != nullptr) columnInLimit(name, limits->outer == level);
+        const bool ofOwnQuery = limits != nullptr && limits->outer == level;
+        if (limits != nullptr && (ofOwnQuery || !limits->limitReadsOuter)) {
+            columnInLimit(name, ofOwnQuery);
+        }
         (level == &scope ? scope.readsOwn : scope.readsOuter) = true;
         checkGrouped(found->value, name, *level);
         if (level != &scope && level->grouped && level->groupingSets) {

@@ -77,6 +77,7 @@ struct Scope {
     // Of TOP, OFFSET and FETCH, which are computed before there are rows: `outer` is the query
     // that they belong to.
     bool limitsRows = false;
+    bool limitReadsOuter = false;  // TOP of a query whose rows can be numbered instead
     // Whether names were found here, or in a query around: what an aggregate function asks.
     mutable bool readsOwn = false;
     mutable bool readsOuter = false;

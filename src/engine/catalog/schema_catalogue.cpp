@@ -318,7 +318,9 @@ const StoredObject* SchemaCatalogue::findObject(StoredKind kind, std::string_vie
 // A damaged file may hold any text.
 template <class Statement>
 Statement SchemaCatalogue::definitionOf(const StoredObject& object) const {
-    tsql::Script script = tsql::parseScript(object.text, parseOptions(object.quotedNames));
+    tsql::ParseOptions options = parseOptions(object.quotedNames);
+    options.oldOuterJoins = [] { return true; };  // the level was right when it was made
+    tsql::Script script = tsql::parseScript(object.text, options);
     auto* statement = script.size() == 1 ? std::get_if<Statement>(&script.front().node) : nullptr;
     // It may have been moved to another schema since. One of a group is called as its group.
     const std::string& name =
@@ -462,8 +464,6 @@ std::optional<tsql::AliasType> SchemaCatalogue::aliasType(const tsql::ObjectName
     return tsql::AliasType{tsql::parseType(object->text), object->parent != kNotNull};
 }
 
-tsql::ParseOptions SchemaCatalogue::parseOptions(bool quotedNames) const {
-    tsql::ParseOptions options;
 std::int64_t SchemaCatalogue::countRows(const Table& table) const {
     PreparedStatement count(database_.handle(), std::string("SELECT count(*) FROM ") +
                                                     (table.temporary ? "temp." : "main.") +
@@ -471,8 +471,11 @@ std::int64_t SchemaCatalogue::countRows(const Table& table) const {
     return count.step() ? count.integer(0) : 0;
 }
 
+tsql::ParseOptions SchemaCatalogue::parseOptions(bool quotedNames) const {
+    tsql::ParseOptions options;
     options.quotedNames = quotedNames;
     options.aliasType = [this](const tsql::ObjectName& name) { return aliasType(name); };
+    options.oldOuterJoins = [this] { return isOn(kLevel80); };
     return options;
 }
 

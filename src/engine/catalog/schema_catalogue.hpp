@@ -72,6 +72,8 @@ struct SchemaInfo {
 // Whether what a trigger does fires the same trigger again; whether it fires others.
 inline constexpr std::string_view kRecursiveTriggers = "recursive triggers";
 inline constexpr std::string_view kNestedTriggers = "nested triggers";
+// Whether the dialect is that of compatibility level 80.
+inline constexpr std::string_view kLevel80 = "compatibility level 80";
 
 class SchemaCatalogue : public Catalogue {
 public:

@@ -17,22 +17,6 @@ namespace {
 using platform::TextEncoding;
 using tsql::ServerError;
 
-std::string bytesOf(const std::string& name, int line) {
-    const std::filesystem::path path(std::u8string(name.begin(), name.end()));
-    std::error_code error;
-    if (std::filesystem::is_directory(path, error)) {
-        throw ServerError(tsql::Message::BulkFileNotOpened, {name, "5(Access is denied.)"}, line);
-    }
-    std::optional<std::string> bytes;
-    try {
-        bytes = platform::readFile(path);
-    } catch (const std::exception& failure) {
-        throw ServerError(tsql::Message::BulkFileNotOpened, {name, failure.what()}, line);
-    }
-    if (!bytes) throw ServerError(tsql::Message::NoBulkFile, {name}, line);
-    return std::move(*bytes);
-}
-
 // Which bytes stand for which letters is said by the statement, or shown by the file itself.
 TextEncoding encodingOf(const tsql::BulkInsertStatement& bulk, std::string_view bytes, int line) {
     constexpr std::string_view kMark = "\xEF\xBB\xBF";
@@ -48,7 +32,7 @@ TextEncoding encodingOf(const tsql::BulkInsertStatement& bulk, std::string_view 
 }
 
 std::string textIn(const tsql::BulkInsertStatement& bulk, int line) {
-    const std::string bytes = bytesOf(bulk.file, line);
+    const std::string bytes = bytesOfFile(bulk.file, line);
     constexpr std::string_view kWideMark = "\xFF\xFE";
     if (bulk.wideText && !std::string_view(bytes).starts_with(kWideMark)) {
         return fromUnits(platform::fromUtf16Bytes(bytes));
@@ -57,6 +41,22 @@ std::string textIn(const tsql::BulkInsertStatement& bulk, int line) {
 }
 
 }  // namespace
+
+std::string bytesOfFile(const std::string& name, int line) {
+    const std::filesystem::path path(std::u8string(name.begin(), name.end()));
+    std::error_code error;
+    if (std::filesystem::is_directory(path, error)) {
+        throw ServerError(tsql::Message::BulkFileNotOpened, {name, "5(Access is denied.)"}, line);
+    }
+    std::optional<std::string> bytes;
+    try {
+        bytes = platform::readFile(path);
+    } catch (const std::exception& failure) {
+        throw ServerError(tsql::Message::BulkFileNotOpened, {name, failure.what()}, line);
+    }
+    if (!bytes) throw ServerError(tsql::Message::NoBulkFile, {name}, line);
+    return std::move(*bytes);
+}
 
 BulkFile::BulkFile(const tsql::BulkInsertStatement& bulk, int line)
     : fieldTerminator_(bulk.fieldTerminator),

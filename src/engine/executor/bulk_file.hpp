@@ -9,6 +9,10 @@
 
 namespace kap::engine {
 
+// All bytes of a file of this machine. Raises ServerError 4860 and 4861 when it is not there or
+// cannot be read.
+[[nodiscard]] std::string bytesOfFile(const std::string& name, int line);
+
 // The rows of a file that BULK INSERT reads: fields that end with a terminator, the last one of a
 // row with that of the row. A row has as many fields as the table has columns, whatever lines the
 // file has.

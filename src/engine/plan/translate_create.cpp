@@ -2,6 +2,7 @@
 #include <array>
 
 #include "engine/catalog/index_notes.hpp"
+#include "engine/catalog/object_names.hpp"
 #include "engine/catalog/source_text.hpp"
 #include "engine/plan/statements.hpp"
 #include "engine/plan/table_builder.hpp"
@@ -99,6 +100,10 @@ StatementPlan translateIndex(const tsql::CreateIndexStatement& statement, int li
                              const NameScope& names) {
     const Table* table = findOwnTable(statement.table, names);
     if (table == nullptr) {
+        const std::string stored = resolvedName(statement.table, names.schema(), names.catalogue());
+        if (!stored.empty() && names.catalogue().findView(stored) != nullptr) {
+            throw tsql::unsupported("an index on a view", line);
+        }
         throw ServerError(tsql::Message::ObjectNotFound, {statement.table.text()}, line);
     }
     std::string sql = std::string("CREATE ") + (statement.unique ? "UNIQUE " : "") + "INDEX " +

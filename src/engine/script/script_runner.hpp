@@ -299,6 +299,9 @@ private:
 
     // trigger_procedures.cpp
     void setDatabaseSetting(std::string_view setting, bool on);
+    // script_compatibility.cpp
+    void setCompatibilityLevel(const std::string& text, int line);
+    void compatibilityLevel(const std::vector<std::string>& arguments, int line);
     // False when it says nothing of triggers.
     [[nodiscard]] bool configureTriggers(const std::string& procedure,
                                          const std::vector<std::string>& arguments);

@@ -75,6 +75,8 @@ void ScriptRunner::setOption(Frame& frame, Instruction& instruction,
         setNumber(option, wholeOr(number, 0), line);
     } else if (option == "TRANSACTION ISOLATION LEVEL") {
         state_.isolation = levelNamed(node.value, line);
+    } else if (option == "COMPATIBILITY_LEVEL") {
+        setCompatibilityLevel(node.value, line);
     } else if (option == "DATEFORMAT") {
         state_.dates.order = dateOrderOf(node.value, line);
         catalogue_.settingsChanged();

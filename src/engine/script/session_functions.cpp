@@ -19,8 +19,6 @@
 namespace kap::engine {
 namespace {
 
-constexpr std::size_t kFunctions = 13;
-
 Value orNull(const std::optional<std::int64_t>& number) {
     return number ? Value(*number) : Value();
 }
@@ -45,7 +43,6 @@ SessionFunctions::SessionFunctions(const EngineContext& engine, ScriptRunner& sc
       transactions_(engine.transactions),
       state_(engine.state),
       scripts_(scripts) {
-    entries_.reserve(kFunctions);  // SQLite keeps the addresses
     provide("kap_system", -1, &SessionFunctions::system);
     provide("kap_variable", 1, &SessionFunctions::variable);
     provide("kap_assign", 2, &SessionFunctions::assign);
@@ -57,6 +54,7 @@ SessionFunctions::SessionFunctions(const EngineContext& engine, ScriptRunner& sc
     provide("kap_current_row", -1, &SessionFunctions::currentRow);
     provide("kap_offered", 1, &SessionFunctions::offered);
     provideSequences();
+    provideFiles();
     registerRowFunctions(connection_.handle(), connection_.errorSlot(),
                          [this](const std::string& function, const Arguments& arguments) {
                              return rowsBy(function, arguments);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <deque>
 #include <string>
 #include <vector>
 
@@ -46,6 +47,9 @@ private:
     [[nodiscard]] Value call(const Arguments& arguments);
     [[nodiscard]] Value capturing(const Arguments& arguments);
     [[nodiscard]] Value currentRow(const Arguments& arguments);
+    // session_files.cpp
+    void provideFiles();
+    [[nodiscard]] Value wholeFile(const Arguments& arguments);
     // session_sequences.cpp
     void provideSequences();
     [[nodiscard]] Value nextValue(const Arguments& arguments);
@@ -82,7 +86,7 @@ private:
     Transactions& transactions_;
     SessionState& state_;
     ScriptRunner& scripts_;
-    std::vector<Entry> entries_;
+    std::deque<Entry> entries_;  // SQLite keeps the addresses
 };
 
 }  // namespace kap::engine

@@ -37,7 +37,6 @@ constexpr std::array kNoEffect{"sp_dboption",
                                "sp_tableoption",
                                "sp_refreshview",
                                "sp_bindsession",
-                               "sp_dbcmptlevel",
                                "sp_fulltext_database"};
 
 const std::string& argumentAt(const std::vector<std::string>& arguments, std::size_t index,
@@ -90,11 +89,11 @@ bool ScriptRunner::executeSystem(Frame& frame, Instruction& instruction,
     } else if (name.find("bindefault") != std::string::npos || name.ends_with("bindrule")) {
         if (!bindRule(name, textArguments(frame, instruction, node), line, results)) return false;
     } else if (name == "sp_rename") {
+        renameObject(textArguments(frame, instruction, node), line);
     } else if (name == "sp_dbcmptlevel") {
         compatibilityLevel(textArguments(frame, instruction, node), line);
     } else if (name == "sp_spaceused") {
         spaceUsed(textArguments(frame, instruction, node), line, results);
-        renameObject(textArguments(frame, instruction, node), line);
     } else if (name == "sp_helptext") {
         helpText(textArguments(frame, instruction, node), line, results);
     } else {
@@ -219,12 +218,12 @@ void ScriptRunner::renameObject(const std::vector<std::string>& arguments, int l
         const Table* table = catalogue_.find(resolvedName(name, kDefaultSchema, catalogue_));
         if (table == nullptr) throw ServerError(tsql::Message::AmbiguousRename, {}, line);
         refuseRename(*table, object, line);
-        TableChanger(connection_, catalogue_, counters_)
-            .renameColumn(Table(*table), column, newName, line);
-    } else if (kind == "INDEX") {
         if (isNamedByDefinitions(catalogue_, *table, column)) {
             throw ServerError(tsql::Message::RenameOfDependency, {object}, line);
         }
+        TableChanger(connection_, catalogue_, counters_)
+            .renameColumn(Table(*table), column, newName, line);
+    } else if (kind == "INDEX") {
         const std::string index = name.last();
         name.parts.pop_back();
         const Table* table = name.parts.empty()

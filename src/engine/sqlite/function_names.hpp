@@ -96,6 +96,7 @@ inline constexpr Function kFirst{"kap_first"};
 inline constexpr Function kCurrentRow{"kap_current_row"};
 inline constexpr Function kCapturing{"kap_capturing"};
 inline constexpr Function kNextValue{"kap_next_value"};
+inline constexpr Function kFile{"kap_file"};
 inline constexpr Function kOffered{"kap_offered"};
 inline constexpr Function kSameValue{"kap_same_value"};
 inline constexpr Function kRankedValue{"kap_ranked_value"};
