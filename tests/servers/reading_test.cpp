@@ -281,6 +281,17 @@ TEST_F(ServerReading, KnowsTheFunctionsThatTheLibrarysOwnQueriesCall) {
               "String isnull(");
 }
 
+TEST_F(ServerReading, DeletesAsTransactSqlAsksForIt) {
+    run("CREATE TABLE t (a int); INSERT INTO t SELECT generate_series(1, 9)");
+    run(" DELETE t  WHERE a > 6");
+    EXPECT_EQ(value("SELECT 'x' || count(*) FROM t"), "String x6");
+    run("delete \"t\" where a > 4; DELETE FROM t WHERE a = 1");
+    EXPECT_EQ(value("SELECT 'x' || count(*) FROM t"), "String x3");
+    run("DELETE -- all\nt");
+    EXPECT_EQ(value("SELECT 'x' || count(*) FROM t"), "String x0");
+    EXPECT_EQ(test::raisedBy([&] { run("DELETE"); }), errors::kCommandText);
+}
+
 TEST_F(ServerReading, OpensATableByItsName) {
     run("CREATE TABLE clienti (codice int); INSERT INTO clienti VALUES (12)");
     auto rows = make<Recordset>();

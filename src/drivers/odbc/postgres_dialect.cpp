@@ -70,6 +70,20 @@ std::string withItsFunctions(const std::string& query, const std::vector<tsql::T
     return made + query.substr(done);
 }
 
+// "DELETE t" is "DELETE FROM t".
+std::string withFrom(std::string text) {
+    constexpr std::string_view kWord = "DELETE";
+    const std::size_t first = std::min(text.find_first_not_of(" \t\r\n"), text.size());
+    if (!equalsIgnoringCase(std::string_view(text).substr(first, kWord.size()), kWord)) {
+        return text;
+    }
+    const std::vector<tsql::Token> tokens = tsql::tokenize(text);
+    const bool name =
+        tokens.size() > 1 && isWordOf(tokens[0], kWord) &&
+        (tokens[1].kind == tsql::TokenKind::Word || tokens[1].kind == tsql::TokenKind::QuotedName);
+    return name && !isWordOf(tokens[1], "FROM") ? text.insert(tokens[1].start, "FROM ") : text;
+}
+
 class PostgresDialect final : public ServerDialect {
 public:
     using ServerDialect::ServerDialect;
@@ -78,12 +92,15 @@ public:
 
     [[nodiscard]] SQLULEN inventedSize() const override { return 255; }
 
-    [[nodiscard]] std::string said(const std::string& query) const override {
+    [[nodiscard]] std::string said(const std::string& text, bool isQuery) const override {
         try {
-            const std::string known = withItsFunctions(query, tsql::tokenize(query));
+            if (!isQuery) {
+                return withFrom(text);
+            }
+            const std::string known = withItsFunctions(text, tsql::tokenize(text));
             return withLimit(known, tsql::tokenize(known));
         } catch (const tsql::ServerError&) {
-            return query;
+            return text;
         }
     }
 

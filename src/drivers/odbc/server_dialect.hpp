@@ -97,9 +97,11 @@ public:
     static constexpr std::string_view kNoRows = "kap_no_rows";
     [[nodiscard]] virtual std::string noRows() const { return {}; }
 
-    // A query as the server reads it, in words that others would use: nothing but what would be an
-    // error there is said otherwise.
-    [[nodiscard]] virtual std::string said(const std::string& query) const { return query; }
+    // A text as the server reads it, in words that others would use: nothing but what would be an
+    // error there is said otherwise. `isQuery`: it is one query and nothing else.
+    [[nodiscard]] virtual std::string said(const std::string& text, bool /*isQuery*/) const {
+        return text;
+    }
 
     // The statement alone.
     [[nodiscard]] static std::string writing(const RowStatement& row);

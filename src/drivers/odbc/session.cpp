@@ -87,10 +87,9 @@ void OdbcSession::execute(Request& request, Reply& reply) {
     const bool inFront = dialect.driver().losesBehindFailure && query.mayFollow &&
                          request.parameters.empty() && !request.procedure;
     const std::u16string text =
-        String(request.procedure
-                   ? callOf(request)
-                   : (inFront ? dialect.noRows() : "") +
-                         (query.isOneQuery ? dialect.said(request.text) : request.text))
+        String(request.procedure ? callOf(request)
+                                 : (inFront ? dialect.noRows() : "") +
+                                       dialect.said(request.text, query.isOneQuery))
             .units();
     const bool mayStream = query.isOneQuery && std::ranges::none_of(request.parameters, comesBack);
     ResultReader reader(work_->connection, columns, mayStream, timeout_);
