@@ -53,6 +53,11 @@ void describe(ado::ColumnDefinition& column, const Ref<ado::Recordset>& facts) {
         column.defaultName = textOf(facts, 5);
         column.defaultText = textOf(facts, 6);
         column.defaultValue = ado::readDefault(column.defaultText);
+        // Elsewhere the cast would round it.
+        const bool cast = equalsIgnoringCase(column.defaultText.substr(0, 4), "cast");
+        if (cast && column.defaultValue.kind == ado::DefaultValue::Kind::Constant) {
+            column.defaultText = "(" + column.defaultValue.text + ")";
+        }
     }
 }
 
@@ -123,38 +128,51 @@ std::string joined(const std::vector<std::string>& parts) {
     return all;
 }
 
-std::vector<std::string> otherTablesOf(ado::Connection& connection,
-                                       const ado::SqlDialect& dialect) {
-    std::vector<std::string> names;
+std::vector<ado::ObjectName> otherTablesOf(ado::Connection& connection,
+                                           const ado::SqlDialect& dialect) {
+    std::vector<ado::ObjectName> names;
     const auto found = opened(connection, dialect.otherTables());
     for (; !found->Eof(); found->MoveNext()) {
-        names.push_back(textOf(found, 0) + "." + textOf(found, 1));
+        names.emplace_back(textOf(found, 1), textOf(found, 0));
     }
     return names;
 }
 
 std::vector<std::string> tablesOf(ado::Connection& connection, const ado::SqlDialect& dialect) {
-    const std::vector<std::string> others = otherTablesOf(connection, dialect);
+    const std::vector<ado::ObjectName> others = otherTablesOf(connection, dialect);
     const auto found = connection.OpenSchema(
         ado::SchemaEnum::adSchemaTables,
         Variant(Array::ofVariants({Variant(), Variant(), Variant(), Variant(u"TABLE")})));
     std::vector<std::string> tables;
     for (; !found->Eof(); found->MoveNext()) {
         std::string name = textOf(found, u"TABLE_NAME");
-        const std::string whole = textOf(found, u"TABLE_SCHEMA") + "." + name;
-        if (!equalsIgnoringCase(name, kCopyNotes) &&
-            std::ranges::find(others, whole) == others.end()) {
+        const std::string schema = textOf(found, u"TABLE_SCHEMA");
+        const bool other = std::ranges::any_of(others, [&](const ado::ObjectName& each) {
+            return each.name == name && each.schema == schema;
+        });
+        if (!equalsIgnoringCase(name, kCopyNotes) && !other) {
             tables.push_back(std::move(name));
         }
     }
     return tables;
 }
 
+std::vector<ado::ObjectName> allTablesOf(ado::Connection& connection,
+                                         const ado::SqlDialect& dialect) {
+    std::vector<ado::ObjectName> all;
+    for (const std::string& name : tablesOf(connection, dialect)) {
+        all.emplace_back(name);
+    }
+    const std::vector<ado::ObjectName> others = otherTablesOf(connection, dialect);
+    all.insert(all.end(), others.begin(), others.end());
+    return all;
+}
+
 std::vector<ado::ColumnDefinition> columnsOf(ado::Connection& connection,
                                              const ado::SqlDialect& dialect,
-                                             const std::string& table) {
+                                             const ado::ObjectName& table) {
     const auto fields =
-        opened(connection, "SELECT * FROM " + dialect.quoted(table) + " WHERE 1 = 0")->Fields();
+        opened(connection, "SELECT * FROM " + dialect.qualified(table) + " WHERE 1 = 0")->Fields();
     std::vector<ado::ColumnDefinition> columns;
     columns.reserve(static_cast<std::size_t>(fields->Count()));
     for (std::int32_t i = 0; i < fields->Count(); ++i) {
@@ -174,7 +192,7 @@ std::vector<ado::ColumnDefinition> columnsOf(ado::Connection& connection,
 
 // The places of a row's columns are those of ado::SqlDialect::indexes.
 std::vector<CopiedIndex> indexesOf(ado::Connection& connection, const ado::SqlDialect& dialect,
-                                   const std::string& table) {
+                                   const ado::ObjectName& table) {
     std::vector<CopiedIndex> indexes;
     const auto found = opened(connection, dialect.indexes(table));
     for (; !found->Eof(); found->MoveNext()) {
@@ -200,7 +218,7 @@ std::vector<CopiedIndex> indexesOf(ado::Connection& connection, const ado::SqlDi
 }
 
 std::vector<std::string> keyOf(ado::Connection& connection, const ado::SqlDialect& dialect,
-                               const std::string& table) {
+                               const ado::ObjectName& table) {
     for (const CopiedIndex& index : indexesOf(connection, dialect, table)) {
         if (index.kind == CopiedIndex::Kind::PrimaryKey) {
             return index.columns();
@@ -216,12 +234,12 @@ std::vector<CopiedForeignKey> foreignKeysOf(ado::Connection& connection,
     const auto found = opened(connection, dialect.foreignKeys());
     for (; !found->Eof(); found->MoveNext()) {
         const std::string name = textOf(found, 0);
-        const std::string table = textOf(found, 1);
-        if (keys.empty() || keys.back().name != name || keys.back().table != table) {
+        const ado::ObjectName table(textOf(found, 1), textOf(found, 8));
+        if (keys.empty() || keys.back().name != name || !keys.back().table.isAlike(table)) {
             keys.push_back({name,
                             table,
                             {},
-                            textOf(found, 3),
+                            ado::ObjectName(textOf(found, 3), textOf(found, 9)),
                             {},
                             action(textOf(found, 5)),
                             action(textOf(found, 6)),
@@ -237,14 +255,16 @@ std::vector<CopiedProgram> programsOf(ado::Connection& connection, const ado::Sq
     std::vector<CopiedProgram> programs;
     const auto found = opened(connection, dialect.programs());
     for (; !found->Eof(); found->MoveNext()) {
-        programs.push_back({textOf(found, 0), textOf(found, 1), textOf(found, 2), textOf(found, 3),
+        programs.push_back({textOf(found, 0), ado::ObjectName(textOf(found, 1), textOf(found, 5)),
+                            textOf(found, 2), ado::ObjectName(textOf(found, 3), textOf(found, 6)),
                             isTrue(found, 4)});
     }
     return programs;
 }
 
 std::optional<std::int64_t> lastIdentityOf(ado::Connection& connection,
-                                           const ado::SqlDialect& dialect, const std::string& table,
+                                           const ado::SqlDialect& dialect,
+                                           const ado::ObjectName& table,
                                            const std::string& column) {
     return numberOf(connection, dialect.lastIdentity(table, column));
 }

@@ -38,9 +38,9 @@ struct CopiedIndex {
 
 struct CopiedForeignKey {
     std::string name;
-    std::string table;
+    ado::ObjectName table;
     std::vector<std::string> columns;
-    std::string referenced;
+    ado::ObjectName referenced;
     std::vector<std::string> referencedColumns;
     std::string onDelete;  // NO ACTION, CASCADE, SET NULL, SET DEFAULT
     std::string onUpdate;
@@ -50,9 +50,9 @@ struct CopiedForeignKey {
 // What a database keeps as the text of its dialect.
 struct CopiedProgram {
     std::string kind;  // "view", "procedure", "function", "trigger", "check", "synonym", "type"
-    std::string name;
-    std::string text;   // empty: the database does not tell
-    std::string table;  // of a check or trigger
+    ado::ObjectName name;
+    std::string text;       // empty: the database does not tell
+    ado::ObjectName table;  // of a check or trigger
     bool disabled = false;
 };
 
@@ -66,29 +66,31 @@ struct CopiedProgram {
 [[nodiscard]] Ref<ado::Recordset> opened(ado::Connection& connection, const std::string& query);
 [[nodiscard]] std::string textOf(const Ref<ado::Recordset>& rows, const Variant& column);
 
-// The tables of the connection's own schema in the database's order, without the copy's notes; the
-// others with the name of their schema.
+// The tables of the connection's own schema in the database's order, without the copy's notes;
+// those of other schemas; and all of them.
 [[nodiscard]] std::vector<std::string> tablesOf(ado::Connection& connection,
                                                 const ado::SqlDialect& dialect);
-[[nodiscard]] std::vector<std::string> otherTablesOf(ado::Connection& connection,
-                                                     const ado::SqlDialect& dialect);
+[[nodiscard]] std::vector<ado::ObjectName> otherTablesOf(ado::Connection& connection,
+                                                         const ado::SqlDialect& dialect);
+[[nodiscard]] std::vector<ado::ObjectName> allTablesOf(ado::Connection& connection,
+                                                       const ado::SqlDialect& dialect);
 [[nodiscard]] std::vector<ado::ColumnDefinition> columnsOf(ado::Connection& connection,
                                                            const ado::SqlDialect& dialect,
-                                                           const std::string& table);
+                                                           const ado::ObjectName& table);
 // The primary key comes first where there is one.
 [[nodiscard]] std::vector<CopiedIndex> indexesOf(ado::Connection& connection,
                                                  const ado::SqlDialect& dialect,
-                                                 const std::string& table);
+                                                 const ado::ObjectName& table);
 // The columns of the primary key, in order.
 [[nodiscard]] std::vector<std::string> keyOf(ado::Connection& connection,
                                              const ado::SqlDialect& dialect,
-                                             const std::string& table);
+                                             const ado::ObjectName& table);
 [[nodiscard]] std::vector<CopiedProgram> programsOf(ado::Connection& connection,
                                                     const ado::SqlDialect& dialect);
 // The last identity that the table has given out.
 [[nodiscard]] std::optional<std::int64_t> lastIdentityOf(ado::Connection& connection,
                                                          const ado::SqlDialect& dialect,
-                                                         const std::string& table,
+                                                         const ado::ObjectName& table,
                                                          const std::string& column);
 // The value of a query that has one, Null for none.
 [[nodiscard]] std::optional<std::int64_t> numberOf(ado::Connection& connection,

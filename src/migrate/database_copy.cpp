@@ -1,7 +1,8 @@
 #include "migrate/database_copy.hpp"
 
+#include <algorithm>
 #include <exception>
-#include <utility>
+#include <set>
 
 #include "migrate/copied_tables.hpp"
 #include "migrate/program_copy.hpp"
@@ -9,25 +10,33 @@
 
 namespace kap::migrate {
 
-DatabaseCopy::DatabaseCopy(ado::Connection& from, std::vector<std::string> tables)
-    : from_(from), chosen_(std::move(tables)) {
+DatabaseCopy::DatabaseCopy(ado::Connection& from, const std::vector<std::string>& tables)
+    : from_(from), all_(tables.empty()) {
     const ado::SqlDialect& dialect = dialectOf(from_);
-    for (const std::string& table : chosen_) {
-        static_cast<void>(columnsOf(from_, dialect, table));
+    const std::vector<ado::ObjectName> there = allTablesOf(from_, dialect);
+    if (all_) {
+        tables_ = there;
     }
-    tables_ = chosen_.empty() ? tablesOf(from_, dialect) : chosen_;
+    for (const std::string& name : tables) {
+        const auto found = std::ranges::find_if(there, [&](const ado::ObjectName& table) {
+            return equalsIgnoringCase(table.text(), name);
+        });
+        tables_.push_back(found == there.end() ? ado::ObjectName(name) : *found);
+        static_cast<void>(columnsOf(from_, dialect, tables_.back()));
+    }
 }
 
 bool DatabaseCopy::run(ado::Connection& to, const CopyListener& listener) {
     RelationCopy relations(from_, to, listener.tell);
     ProgramCopy programs(from_, to, listener.tell);
-    const std::vector<std::string> tables = relations.inOrder(tables_);
+    const std::vector<ado::ObjectName> tables = relations.inOrder(tables_);
     TableCopy copy(from_, to, listener.tell);
     copy.check(tables);
     copy.begin();
     bool whole = false;
     try {
-        if (chosen_.empty()) {
+        makeSchemas(to, all_ ? programs.schemas() : std::vector<std::string>());
+        if (all_) {
             programs.copyFunctions();
         }
         whole = copyTables(copy, tables, listener);
@@ -37,31 +46,36 @@ bool DatabaseCopy::run(ado::Connection& to, const CopyListener& listener) {
     }
     if (whole) {
         relations.copy(tables);
-        programs.copyOthers(chosen_);
+        programs.copyOthers(all_ ? std::vector<ado::ObjectName>() : tables);
         relations.copyDefaults(tables);
-        if (chosen_.empty()) {
-            tellOthers(listener);
-        }
         copy.finish();
     }
     return whole;
 }
 
-bool DatabaseCopy::copyTables(TableCopy& copy, const std::vector<std::string>& tables,
+bool DatabaseCopy::copyTables(TableCopy& copy, const std::vector<ado::ObjectName>& tables,
                               const CopyListener& listener) {
     bool whole = true;
-    for (const std::string& table : tables) {
-        listener.begins(table);
+    for (const ado::ObjectName& table : tables) {
+        listener.begins(table.text());
         const CopyOutcome outcome = copy.run(table, listener.progress);
-        listener.ends(table, outcome);
+        listener.ends(table.text(), outcome);
         whole = whole && outcome.isWhole();
     }
     return whole;
 }
 
-void DatabaseCopy::tellOthers(const CopyListener& listener) {
-    for (const std::string& other : otherTablesOf(from_, dialectOf(from_))) {
-        listener.tell("The table " + other + " stays behind: it is in another schema.");
+// Those of the tables, and `more`.
+void DatabaseCopy::makeSchemas(ado::Connection& to, const std::vector<std::string>& more) {
+    std::set<std::string> schemas(more.begin(), more.end());
+    for (const ado::ObjectName& table : tables_) {
+        schemas.insert(table.schema);
+    }
+    const ado::SqlDialect& dialect = dialectOf(to);
+    for (const std::string& schema : schemas) {
+        if (!schema.empty()) {
+            to.Execute(dialect.creatingSchema(dialect.nameFor(schema)));
+        }
     }
 }
 

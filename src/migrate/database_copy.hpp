@@ -26,22 +26,22 @@ struct CopyListener {
 // interrupted goes on where it stopped.
 class DatabaseCopy {
 public:
-    // `tables`: only these; empty: all of them, and what belongs to no table. Raises
-    // AutomationError when the source does not have one of them.
-    DatabaseCopy(ado::Connection& from, std::vector<std::string> tables);
+    // `tables`: only these, those of other schemas as "schema.name"; empty: all of them, and what
+    // belongs to no table. Raises AutomationError when the source does not have one of them.
+    DatabaseCopy(ado::Connection& from, const std::vector<std::string>& tables);
 
     // Whether every table has arrived as it was; where one has not, what ties them together is not
     // made, and another run goes on. Raises what TableCopy raises.
     [[nodiscard]] bool run(ado::Connection& to, const CopyListener& listener);
 
 private:
-    [[nodiscard]] bool copyTables(TableCopy& copy, const std::vector<std::string>& tables,
+    [[nodiscard]] bool copyTables(TableCopy& copy, const std::vector<ado::ObjectName>& tables,
                                   const CopyListener& listener);
-    void tellOthers(const CopyListener& listener);
+    void makeSchemas(ado::Connection& to, const std::vector<std::string>& more);
 
     ado::Connection& from_;
-    std::vector<std::string> chosen_;
-    std::vector<std::string> tables_;
+    bool all_;
+    std::vector<ado::ObjectName> tables_;
 };
 
 }  // namespace kap::migrate

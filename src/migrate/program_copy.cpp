@@ -18,7 +18,7 @@ std::size_t placeOf(const CopiedProgram& program) {
 }
 
 std::string nameOf(const CopiedProgram& program) {
-    return "The " + program.kind + " " + program.name;
+    return "The " + program.kind + " " + program.name.text();
 }
 
 }  // namespace
@@ -36,6 +36,16 @@ ProgramCopy::ProgramCopy(ado::Connection& from, ado::Connection& to,
     }
 }
 
+std::vector<std::string> ProgramCopy::schemas() const {
+    std::vector<std::string> names;
+    for (const CopiedProgram& program : programs_) {
+        if (read_ && placeOf(program) < kKinds.size()) {
+            names.push_back(program.name.schema);
+        }
+    }
+    return names;
+}
+
 void ProgramCopy::copyFunctions() {
     std::vector<const CopiedProgram*> functions;
     for (const CopiedProgram& program : programs_) {
@@ -46,12 +56,12 @@ void ProgramCopy::copyFunctions() {
     copy(functions, false);
 }
 
-void ProgramCopy::copyOthers(const std::vector<std::string>& tables) {
+void ProgramCopy::copyOthers(const std::vector<ado::ObjectName>& tables) {
     std::vector<const CopiedProgram*> others;
     for (const CopiedProgram& program : programs_) {
         const bool wanted =
-            tables.empty() || std::ranges::any_of(tables, [&](const std::string& table) {
-                return equalsIgnoringCase(table, program.table);
+            tables.empty() || std::ranges::any_of(tables, [&](const ado::ObjectName& table) {
+                return table.isAlike(program.table);
             });
         if (!wanted) {
             continue;
@@ -104,15 +114,15 @@ std::vector<ProgramCopy::Refusal> ProgramCopy::attempt(
 
 bool ProgramCopy::isThere(const CopiedProgram& program) const {
     return std::ranges::any_of(there_, [&](const CopiedProgram& other) {
-        return other.kind == program.kind && equalsIgnoringCase(other.name, program.name);
+        return other.kind == program.kind && other.name.isAlike(program.name);
     });
 }
 
 void ProgramCopy::make(const CopiedProgram& program) {
     if (program.kind == "check") {
-        to_.Execute("ALTER TABLE " + toDialect_.quoted(program.table) +
+        to_.Execute("ALTER TABLE " + toDialect_.qualified(program.table) +
                     (program.disabled ? toDialect_.unchecked() : "") + " ADD CONSTRAINT " +
-                    toDialect_.quoted(program.name) + " CHECK " + program.text);
+                    toDialect_.quoted(program.name.name) + " CHECK " + program.text);
     } else {
         to_.Execute(program.text);
     }
@@ -121,8 +131,8 @@ void ProgramCopy::make(const CopiedProgram& program) {
 void ProgramCopy::switchOff(const CopiedProgram& program) {
     try {
         to_.Execute(program.kind == "check"
-                        ? toDialect_.switchingOffConstraint(program.table, program.name)
-                        : toDialect_.switchingOffTrigger(program.table, program.name));
+                        ? toDialect_.switchingOffConstraint(program.table, program.name.name)
+                        : toDialect_.switchingOffTrigger(program.table, program.name.name));
     } catch (const AutomationError& error) {
         tell_(nameOf(program) + " is switched on: " + error.description().utf8());
     }

@@ -16,11 +16,13 @@ public:
     ProgramCopy(ado::Connection& from, ado::Connection& to,
                 std::function<void(const std::string&)> tell);
 
+    // The schemas that have any which the target can be given.
+    [[nodiscard]] std::vector<std::string> schemas() const;
     // The functions, which tables may need. Those that need tables themselves come later.
     void copyFunctions();
     // Everything else, behind the rows of the tables: triggers would write more of them. With
     // `tables` only what belongs to one of them.
-    void copyOthers(const std::vector<std::string>& tables);
+    void copyOthers(const std::vector<ado::ObjectName>& tables);
 
 private:
     struct Refusal {

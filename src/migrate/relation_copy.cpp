@@ -8,9 +8,9 @@
 namespace kap::migrate {
 namespace {
 
-bool contains(const std::vector<std::string>& names, const std::string& name) {
-    return std::ranges::any_of(
-        names, [&](const std::string& each) { return equalsIgnoringCase(each, name); });
+bool contains(const std::vector<ado::ObjectName>& names, const ado::ObjectName& name) {
+    return std::ranges::any_of(names,
+                               [&](const ado::ObjectName& each) { return each.isAlike(name); });
 }
 
 }  // namespace
@@ -24,16 +24,17 @@ RelationCopy::RelationCopy(ado::Connection& from, ado::Connection& to,
       tell_(std::move(tell)),
       foreignKeys_(foreignKeysOf(from, fromDialect_)) {}
 
-std::vector<std::string> RelationCopy::inOrder(const std::vector<std::string>& tables) const {
-    std::vector<std::string> ordered;
-    std::vector<std::string> begun;
-    const std::function<void(const std::string&)> add = [&](const std::string& table) {
+std::vector<ado::ObjectName> RelationCopy::inOrder(
+    const std::vector<ado::ObjectName>& tables) const {
+    std::vector<ado::ObjectName> ordered;
+    std::vector<ado::ObjectName> begun;
+    const std::function<void(const ado::ObjectName&)> add = [&](const ado::ObjectName& table) {
         if (contains(begun, table)) {
             return;  // also a circle ends here
         }
         begun.push_back(table);
         for (const CopiedForeignKey& key : foreignKeys_) {
-            if (equalsIgnoringCase(key.table, table) && contains(tables, key.referenced)) {
+            if (key.table.isAlike(table) && contains(tables, key.referenced)) {
                 add(key.referenced);
             }
         }
@@ -43,16 +44,16 @@ std::vector<std::string> RelationCopy::inOrder(const std::vector<std::string>& t
     return ordered;
 }
 
-void RelationCopy::copy(const std::vector<std::string>& tables) {
-    for (const std::string& table : tables) {
+void RelationCopy::copy(const std::vector<ado::ObjectName>& tables) {
+    for (const ado::ObjectName& table : tables) {
         addIndexes(table);
     }
-    const std::vector<std::string> there = tablesOf(to_, toDialect_);
+    const std::vector<ado::ObjectName> there = allTablesOf(to_, toDialect_);
     const std::vector<CopiedForeignKey> known = foreignKeysOf(to_, toDialect_);
     for (const CopiedForeignKey& key : foreignKeys_) {
         const bool exists = std::ranges::any_of(known, [&](const CopiedForeignKey& other) {
             return equalsIgnoringCase(other.name, toDialect_.nameFor(key.name)) &&
-                   equalsIgnoringCase(other.table, toDialect_.nameFor(key.table));
+                   other.table.isAlike(toDialect_.nameFor(key.table));
         });
         if (contains(tables, key.table) && contains(there, toDialect_.nameFor(key.referenced)) &&
             !exists) {
@@ -61,15 +62,15 @@ void RelationCopy::copy(const std::vector<std::string>& tables) {
     }
 }
 
-void RelationCopy::addIndexes(const std::string& table) {
-    const std::string target = toDialect_.nameFor(table);
+void RelationCopy::addIndexes(const ado::ObjectName& table) {
+    const ado::ObjectName target = toDialect_.nameFor(table);
     const std::vector<CopiedIndex> known = indexesOf(to_, toDialect_, target);
     for (const CopiedIndex& index : indexesOf(from_, fromDialect_, table)) {
         if (index.kind == CopiedIndex::Kind::PrimaryKey) {
             continue;
         }
         if (index.expressions || (!index.filter.empty() && !toDialect_.reads(fromDialect_))) {
-            tell_("The index " + index.name + " of " + table +
+            tell_("The index " + index.name + " of " + table.text() +
                   " stays behind: it is of expressions or of some rows only.");
             continue;
         }
@@ -77,13 +78,13 @@ void RelationCopy::addIndexes(const std::string& table) {
         const bool exists = std::ranges::any_of(
             known, [&](const CopiedIndex& other) { return equalsIgnoringCase(other.name, name); });
         if (!exists) {
-            run("The index " + index.name + " of " + table, creation(index, name, target));
+            run("The index " + index.name + " of " + table.text(), creation(index, name, target));
         }
     }
 }
 
 std::string RelationCopy::creation(const CopiedIndex& index, const std::string& name,
-                                   const std::string& target) const {
+                                   const ado::ObjectName& target) const {
     std::vector<std::string> parts;
     for (const CopiedIndex::Part& part : index.parts) {
         parts.push_back(toDialect_.quoted(toDialect_.nameFor(part.column)) +
@@ -91,24 +92,24 @@ std::string RelationCopy::creation(const CopiedIndex& index, const std::string& 
     }
     const std::string columns = " (" + joined(parts) + ")";
     if (index.kind == CopiedIndex::Kind::UniqueKey) {
-        return "ALTER TABLE " + toDialect_.quoted(target) + " ADD CONSTRAINT " +
+        return "ALTER TABLE " + toDialect_.qualified(target) + " ADD CONSTRAINT " +
                toDialect_.quoted(name) + " UNIQUE (" + columnList(index.columns()) + ")";
     }
     return std::string(index.unique ? "CREATE UNIQUE INDEX " : "CREATE INDEX ") +
-           toDialect_.quoted(name) + " ON " + toDialect_.quoted(target) + columns +
+           toDialect_.quoted(name) + " ON " + toDialect_.qualified(target) + columns +
            (index.carried.empty() ? "" : " INCLUDE (" + columnList(index.carried) + ")") +
            (index.filter.empty() ? "" : " WHERE " + index.filter);
 }
 
 void RelationCopy::addForeignKey(const CopiedForeignKey& key) {
-    const std::string what = "The foreign key " + key.name + " of " + key.table;
-    const std::string table = "ALTER TABLE " + toDialect_.quoted(toDialect_.nameFor(key.table));
+    const std::string what = "The foreign key " + key.name + " of " + key.table.text();
+    const std::string table = "ALTER TABLE " + toDialect_.qualified(toDialect_.nameFor(key.table));
     const std::string name = toDialect_.quoted(toDialect_.nameFor(key.name));
     const bool off = key.disabled && toDialect_.reads(fromDialect_);
     const bool added =
         run(what, table + (off ? toDialect_.unchecked() : "") + " ADD CONSTRAINT " + name +
                       " FOREIGN KEY (" + columnList(key.columns) + ") REFERENCES " +
-                      toDialect_.quoted(toDialect_.nameFor(key.referenced)) + " (" +
+                      toDialect_.qualified(toDialect_.nameFor(key.referenced)) + " (" +
                       columnList(key.referencedColumns) + ") ON DELETE " + key.onDelete +
                       " ON UPDATE " + key.onUpdate);
     if (added && off) {
@@ -119,8 +120,8 @@ void RelationCopy::addForeignKey(const CopiedForeignKey& key) {
 }
 
 // What the definition of a table could not say: expressions, which may call what has come along.
-void RelationCopy::copyDefaults(const std::vector<std::string>& tables) {
-    for (const std::string& table : tables) {
+void RelationCopy::copyDefaults(const std::vector<ado::ObjectName>& tables) {
+    for (const ado::ObjectName& table : tables) {
         const std::vector<ado::ColumnDefinition> there =
             columnsOf(to_, toDialect_, toDialect_.nameFor(table));
         for (const ado::ColumnDefinition& column : columnsOf(from_, fromDialect_, table)) {
@@ -136,8 +137,8 @@ void RelationCopy::copyDefaults(const std::vector<std::string>& tables) {
     }
 }
 
-void RelationCopy::addDefault(const std::string& table, const ado::ColumnDefinition& column) {
-    const std::string what = "The default of " + table + "." + column.name;
+void RelationCopy::addDefault(const ado::ObjectName& table, const ado::ColumnDefinition& column) {
+    const std::string what = "The default of " + table.text() + "." + column.name;
     if (!toDialect_.reads(fromDialect_)) {
         tell_(what + " stays behind: " + column.defaultText);
         return;
@@ -145,14 +146,14 @@ void RelationCopy::addDefault(const std::string& table, const ado::ColumnDefinit
     run(what, toDialect_.addingDefault(table, column));
 }
 
-// Names of indexes are the table's with some databases, and the whole database's with others.
-std::string RelationCopy::newName(const std::string& name, const std::string& table) {
-    std::string made = toDialect_.nameFor(name);
-    if (contains(namesGiven_, made)) {
-        made = table + "_" + made;
+// Names of indexes are the table's with some databases, and the whole schema's with others.
+std::string RelationCopy::newName(const std::string& name, const ado::ObjectName& table) {
+    ado::ObjectName made(toDialect_.nameFor(name), table.schema);
+    if (!toDialect_.reads(fromDialect_) && contains(namesGiven_, made)) {
+        made.name.insert(0, table.name + "_");
     }
     namesGiven_.push_back(made);
-    return made;
+    return made.name;
 }
 
 std::string RelationCopy::columnList(const std::vector<std::string>& columns) const {

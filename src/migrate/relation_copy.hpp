@@ -18,22 +18,23 @@ public:
                  std::function<void(const std::string&)> tell);
 
     // The tables so that each stands behind those that it refers to.
-    [[nodiscard]] std::vector<std::string> inOrder(const std::vector<std::string>& tables) const;
+    [[nodiscard]] std::vector<ado::ObjectName> inOrder(
+        const std::vector<ado::ObjectName>& tables) const;
 
     // For tables that have been copied.
-    void copy(const std::vector<std::string>& tables);
+    void copy(const std::vector<ado::ObjectName>& tables);
     // The defaults that the tables were not made with.
-    void copyDefaults(const std::vector<std::string>& tables);
+    void copyDefaults(const std::vector<ado::ObjectName>& tables);
 
 private:
     [[nodiscard]] std::string columnList(const std::vector<std::string>& columns) const;
-    [[nodiscard]] std::string newName(const std::string& name, const std::string& table);
+    [[nodiscard]] std::string newName(const std::string& name, const ado::ObjectName& table);
     // Whether the target has taken the script; else that is told.
     bool run(const std::string& what, const std::string& script);
-    void addIndexes(const std::string& table);
+    void addIndexes(const ado::ObjectName& table);
     [[nodiscard]] std::string creation(const CopiedIndex& index, const std::string& name,
-                                       const std::string& target) const;
-    void addDefault(const std::string& table, const ado::ColumnDefinition& column);
+                                       const ado::ObjectName& target) const;
+    void addDefault(const ado::ObjectName& table, const ado::ColumnDefinition& column);
     void addForeignKey(const CopiedForeignKey& key);
 
     ado::Connection& from_;
@@ -42,7 +43,7 @@ private:
     const ado::SqlDialect& toDialect_;
     std::function<void(const std::string&)> tell_;
     std::vector<CopiedForeignKey> foreignKeys_;
-    std::vector<std::string> namesGiven_;
+    std::vector<ado::ObjectName> namesGiven_;
 };
 
 }  // namespace kap::migrate

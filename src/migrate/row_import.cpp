@@ -32,7 +32,7 @@ ado::DataTypeEnum importedType(const ado::ColumnDefinition& column) {
 
 std::vector<ado::ColumnDefinition> importableColumns(ado::Connection& connection,
                                                      const std::string& table) {
-    return columnsOf(connection, dialectOf(connection), table);
+    return columnsOf(connection, dialectOf(connection), ado::ObjectName(table));
 }
 
 RowImport::RowImport(ado::Connection& connection, const std::string& table,

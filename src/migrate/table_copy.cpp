@@ -22,8 +22,8 @@ constexpr std::size_t kRowsATransaction = 20000;
 }  // namespace
 
 struct TableCopy::Table {
-    std::string source;  // the names as they stand in each database
-    std::string target;
+    ado::ObjectName source;  // the names as they stand in each database
+    ado::ObjectName target;
     std::vector<ado::ColumnDefinition> columns;
     std::vector<std::string> key;
     std::string keyName;
@@ -41,7 +41,7 @@ struct TableCopy::Table {
 namespace {
 
 TableDigest digest(ado::Connection& connection, const ado::SqlDialect& dialect,
-                   const std::string& table) {
+                   const ado::ObjectName& table) {
     const std::vector<ado::ColumnDefinition> columns = columnsOf(connection, dialect, table);
     TableDigest made;
     TablePages(connection, dialect, table, columns, keyOf(connection, dialect, table))
@@ -60,18 +60,14 @@ TableCopy::TableCopy(ado::Connection& from, ado::Connection& to,
       toDialect_(dialectOf(to)),
       tell_(std::move(tell)) {}
 
-void TableCopy::check(const std::vector<std::string>& tables) {
+void TableCopy::check(const std::vector<ado::ObjectName>& tables) {
     const bool noted = hasNotes();
-    for (const std::string& name : tables) {
+    for (const ado::ObjectName& name : tables) {
         const Table table = describe(name);
-        if ((!noted || rowsNoted(table.target) < 0) && isInTarget(table)) {
+        if ((!noted || rowsNoted(table) < 0) && isInTarget(table)) {
             requireEmpty(table);
         }
     }
-}
-
-std::string TableCopy::targetName(const std::string& table) const {
-    return toDialect_.nameFor(table);
 }
 
 bool TableCopy::hasNotes() {
@@ -94,7 +90,7 @@ void TableCopy::begin() {
         return;
     }
     to_.Execute(std::string("CREATE TABLE ") + kCopyNotes +
-                " (Tabella varchar(128) NOT NULL PRIMARY KEY, Righe int NOT NULL)");
+                " (Tabella varchar(300) NOT NULL PRIMARY KEY, Righe int NOT NULL)");
     const std::string more = toDialect_.beforeRowVersions();
     if (!more.empty()) {
         to_.Execute(more);
@@ -105,10 +101,10 @@ void TableCopy::finish() {
     to_.Execute(std::string("DROP TABLE ") + kCopyNotes);
 }
 
-CopyOutcome TableCopy::run(const std::string& name,
+CopyOutcome TableCopy::run(const ado::ObjectName& name,
                            const std::function<void(std::int64_t, std::int64_t)>& progress) {
     Table table = describe(name);
-    std::int64_t done = rowsNoted(table.target);
+    std::int64_t done = rowsNoted(table);
     if (done < 0) {
         create(table);
         done = 0;
@@ -122,10 +118,10 @@ CopyOutcome TableCopy::run(const std::string& name,
     return outcome;
 }
 
-TableCopy::Table TableCopy::describe(const std::string& name) {
+TableCopy::Table TableCopy::describe(const ado::ObjectName& name) {
     Table table;
     table.source = name;
-    table.target = targetName(name);
+    table.target = toDialect_.nameFor(name);
     table.columns = columnsOf(from_, fromDialect_, name);
     for (const CopiedIndex& index : indexesOf(from_, fromDialect_, name)) {
         if (index.kind == CopiedIndex::Kind::PrimaryKey) {
@@ -137,11 +133,9 @@ TableCopy::Table TableCopy::describe(const std::string& name) {
 }
 
 // The rows of a table that have arrived; -1 when the copy of it has not begun.
-std::int64_t TableCopy::rowsNoted(const std::string& target) {
-    ado::ColumnDefinition text;
-    text.type = ado::DataTypeEnum::adVarChar;
-    const auto notes = opened(to_, std::string("SELECT Righe FROM ") + kCopyNotes +
-                                       " WHERE Tabella = " + toDialect_.literal(text, target));
+std::int64_t TableCopy::rowsNoted(const Table& table) {
+    const auto notes = opened(
+        to_, std::string("SELECT Righe FROM ") + kCopyNotes + " WHERE Tabella = " + noted(table));
     return notes->Eof() ? -1 : convert::toLong(notes->Fields()->Item(0)->Value());
 }
 
@@ -165,7 +159,7 @@ void TableCopy::create(Table& table) {
     }
     for (ado::ColumnDefinition& column : table.columns) {
         if (!column.computed.empty()) {
-            tell_("What " + table.source + "." + column.name +
+            tell_("What " + table.source.text() + "." + column.name +
                   " is computed from stays behind, its values do not: " + reason);
             column.computed.clear();
         }
@@ -174,10 +168,15 @@ void TableCopy::create(Table& table) {
 }
 
 std::string TableCopy::noting(const Table& table) const {
+    return std::string("INSERT INTO ") + kCopyNotes + " VALUES (" + noted(table) + ", 0)";
+}
+
+// In quotes where it is in another schema, lest it be taken for a name with a point in it.
+std::string TableCopy::noted(const Table& table) const {
     ado::ColumnDefinition text;
     text.type = ado::DataTypeEnum::adVarChar;
-    return std::string("INSERT INTO ") + kCopyNotes + " VALUES (" +
-           toDialect_.literal(text, table.target) + ", 0)";
+    return toDialect_.literal(
+        text, table.target.schema.empty() ? table.target.name : toDialect_.qualified(table.target));
 }
 
 void TableCopy::makeTable(const Table& table) {
@@ -205,7 +204,7 @@ std::string TableCopy::definition(const Table& table) const {
     if (!table.key.empty()) {
         parts.push_back(primaryKey(table));
     }
-    return "CREATE TABLE " + toDialect_.quoted(table.target) + " (" + joined(parts) + ")";
+    return "CREATE TABLE " + toDialect_.qualified(table.target) + " (" + joined(parts) + ")";
 }
 
 std::string TableCopy::definition(const Table& table, const ado::ColumnDefinition& column) const {
@@ -241,15 +240,15 @@ std::string TableCopy::primaryKey(const Table& table) const {
 }
 
 bool TableCopy::isInTarget(const Table& table) {
-    const std::vector<std::string> there = tablesOf(to_, toDialect_);
+    const std::vector<ado::ObjectName> there = allTablesOf(to_, toDialect_);
     return std::ranges::any_of(
-        there, [&](const std::string& other) { return equalsIgnoringCase(other, table.target); });
+        there, [&](const ado::ObjectName& other) { return other.isAlike(table.target); });
 }
 
 void TableCopy::requireEmpty(const Table& table) {
-    const auto count = opened(to_, "SELECT COUNT(*) FROM " + toDialect_.quoted(table.target));
+    const auto count = opened(to_, "SELECT COUNT(*) FROM " + toDialect_.qualified(table.target));
     if (convert::toLong(count->Fields()->Item(0)->Value()) != 0) {
-        throw std::runtime_error("the target has a table " + table.target +
+        throw std::runtime_error("the target has a table " + table.target.text() +
                                  " with rows in it; empty or drop it first");
     }
 }
@@ -267,9 +266,9 @@ void TableCopy::writeRows(const Table& table, std::int64_t done,
         }
     }
     const std::int64_t all =
-        numberOf(from_, "SELECT COUNT(*) FROM " + fromDialect_.quoted(table.source)).value_or(0);
+        numberOf(from_, "SELECT COUNT(*) FROM " + fromDialect_.qualified(table.source)).value_or(0);
     if (table.key.empty() && done < all) {  // in no order: nobody knows which ones have arrived
-        to_.Execute("DELETE FROM " + toDialect_.quoted(table.target));
+        to_.Execute("DELETE FROM " + toDialect_.qualified(table.target));
         done = 0;
     }
     TablePages(from_, fromDialect_, table.source, table.columns, table.key)
@@ -287,7 +286,7 @@ void TableCopy::writeRows(const Table& table, std::int64_t done,
 
 ado::RowBatch TableCopy::batchOf(const Table& table, const ado::Result& page) const {
     ado::RowBatch batch;
-    batch.table = toDialect_.quoted(table.target);
+    batch.table = toDialect_.qualified(table.target);
     for (std::size_t i = 0; i < table.columns.size(); ++i) {
         const ado::ColumnDefinition& column = table.columns[i];
         if (column.isWritten()) {
@@ -303,8 +302,6 @@ void TableCopy::append(const Table& table, const ado::RowBatch& batch, std::int6
     const bool identity = table.identity() != nullptr;
     const std::string before = identity ? toDialect_.beforeRows(table.target) : "";
     const std::string behind = identity ? toDialect_.afterRows(table.target) : "";
-    ado::ColumnDefinition text;
-    text.type = ado::DataTypeEnum::adVarChar;
     to_.BeginTrans();
     try {
         if (!before.empty()) {
@@ -315,7 +312,7 @@ void TableCopy::append(const Table& table, const ado::RowBatch& batch, std::int6
             to_.Execute(behind);
         }
         to_.Execute(std::string("UPDATE ") + kCopyNotes + " SET Righe = " + plain::text(done) +
-                    " WHERE Tabella = " + toDialect_.literal(text, table.target));
+                    " WHERE Tabella = " + noted(table));
         to_.CommitTrans();
     } catch (const AutomationError&) {
         to_.RollbackTrans();
@@ -332,7 +329,7 @@ void TableCopy::continueIdentity(const Table& table) {
     const bool up = identity->increment > 0;
     const auto furthest = numberOf(to_, std::string(up ? "SELECT MAX(" : "SELECT MIN(") +
                                             toDialect_.quoted(toDialect_.nameFor(identity->name)) +
-                                            ") FROM " + toDialect_.quoted(table.target));
+                                            ") FROM " + toDialect_.qualified(table.target));
     std::int64_t last =
         lastIdentityOf(from_, fromDialect_, table.source, identity->name).value_or(identity->seed);
     if (furthest) {

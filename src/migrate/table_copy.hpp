@@ -36,28 +36,28 @@ public:
     // Looks whether each of these tables can be copied, before anything is written into the target.
     // Raises AutomationError when the source has no such table, and std::runtime_error when the
     // target has one that is not empty and not of an interrupted copy.
-    void check(const std::vector<std::string>& tables);
+    void check(const std::vector<ado::ObjectName>& tables);
     // Makes the table of notes where there is none; `abandon` takes it away again while it holds no
     // note.
     void begin();
     void abandon();
-    // The target's name for a table.
-    [[nodiscard]] std::string targetName(const std::string& table) const;
     // Raises AutomationError when a database refuses something, and std::runtime_error when the
     // target's table is not empty and not of an interrupted copy. `progress` is told the rows done
     // and those there are.
-    [[nodiscard]] CopyOutcome run(const std::string& table,
+    [[nodiscard]] CopyOutcome run(const ado::ObjectName& table,
                                   const std::function<void(std::int64_t, std::int64_t)>& progress);
     // Forgets the notes: everything has arrived.
     void finish();
 
 private:
     struct Table;
-    [[nodiscard]] Table describe(const std::string& name);
+    [[nodiscard]] Table describe(const ado::ObjectName& name);
     [[nodiscard]] bool hasNotes();
     [[nodiscard]] bool isInTarget(const Table& table);
-    [[nodiscard]] std::int64_t rowsNoted(const std::string& target);
+    [[nodiscard]] std::int64_t rowsNoted(const Table& table);
     void create(Table& table);
+    // The table's name in the notes, as a constant.
+    [[nodiscard]] std::string noted(const Table& table) const;
     [[nodiscard]] std::string noting(const Table& table) const;
     void makeTable(const Table& table);
     [[nodiscard]] std::string definition(const Table& table) const;

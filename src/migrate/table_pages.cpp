@@ -16,7 +16,7 @@ constexpr std::size_t kRowsAPage = 20000;
 }  // namespace
 
 TablePages::TablePages(ado::Connection& connection, const ado::SqlDialect& dialect,
-                       std::string table, std::vector<ado::ColumnDefinition> columns,
+                       ado::ObjectName table, std::vector<ado::ColumnDefinition> columns,
                        const std::vector<std::string>& key)
     : connection_(connection),
       dialect_(dialect),
@@ -62,13 +62,13 @@ std::string TablePages::query(std::int64_t first) const {
     for (const ado::ColumnDefinition& column : columns_) {
         selected.push_back(dialect_.selected(column));
     }
-    std::string text = "SELECT " + joined(selected) + " FROM " + dialect_.quoted(table_);
+    std::string text = "SELECT " + joined(selected) + " FROM " + dialect_.qualified(table_);
     if (key_.empty()) {
         return text;
     }
     std::vector<std::string> order;
     for (const std::size_t part : key_) {
-        order.push_back(dialect_.quoted(table_) + "." + dialect_.quoted(columns_[part].name));
+        order.push_back(dialect_.qualified(table_) + "." + dialect_.quoted(columns_[part].name));
     }
     const bool goesOn = !last_.empty();
     return text + (goesOn ? " WHERE " + behind(0) : std::string()) + " ORDER BY " + joined(order) +

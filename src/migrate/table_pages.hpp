@@ -16,7 +16,7 @@ namespace kap::migrate {
 // table without key comes in one piece.
 class TablePages {
 public:
-    TablePages(ado::Connection& connection, const ado::SqlDialect& dialect, std::string table,
+    TablePages(ado::Connection& connection, const ado::SqlDialect& dialect, ado::ObjectName table,
                std::vector<ado::ColumnDefinition> columns, const std::vector<std::string>& key);
 
     // What is done with a page, or with the rows of it from `first` on.
@@ -32,7 +32,7 @@ private:
 
     ado::Connection& connection_;
     const ado::SqlDialect& dialect_;
-    std::string table_;
+    ado::ObjectName table_;
     std::vector<ado::ColumnDefinition> columns_;
     std::vector<std::size_t> key_;   // places among the columns
     std::vector<std::string> last_;  // the key of the last row, as literals

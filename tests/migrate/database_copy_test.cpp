@@ -27,12 +27,12 @@ std::int32_t number(const Ref<ado::Connection>& connection, const String& query)
 class DatabaseCopyTest : public testing::Test {
 protected:
     // Runs a copy; `rowsTillFailure`: it is given up behind so many rows of a table.
-    bool copy(std::vector<std::string> tables = {},
+    bool copy(const std::vector<std::string>& tables = {},
               std::optional<std::int64_t> rowsTillFailure = std::nullopt) {
         told_.clear();
         ended_.clear();
         progress_.clear();
-        return DatabaseCopy(*from_, std::move(tables))
+        return DatabaseCopy(*from_, tables)
             .run(*to_, {.tell = [&](const std::string& left) { told_.push_back(left); },
                         .begins = [](const std::string& /*table*/) {},
                         .progress =

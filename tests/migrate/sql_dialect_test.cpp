@@ -66,13 +66,21 @@ TEST(SqlDialects, SayWhichDefaultsEveryDatabaseHas) {
     EXPECT_EQ(transactSql().defaultFor(given), "getdate()");
     given.defaultValue = readDefault("(dateadd(day, 1, getdate()))");
     EXPECT_EQ(postgresSql().defaultFor(given), "");
+    for (const char* cast : {"CAST('-1.5' AS numeric)", "(CAST('-1.5' AS NUMERIC))"}) {
+        given.defaultValue = readDefault(cast);
+        EXPECT_EQ(transactSql().defaultFor(given), "-1.5") << cast;
+    }
+    for (const char* other : {"CAST('-1.5' AS numeric(3,0))", "CAST('x' AS numeric", "cast('",
+                              "CAST('x' AS numeric) + 1"}) {
+        EXPECT_EQ(readDefault(other).kind, DefaultValue::Kind::Other) << other;
+    }
 }
 
 TEST(SqlDialects, ReadEachOthersProgramsWhereTheyAreOfOneKind) {
     EXPECT_TRUE(transactSql().reads(embeddedSql()));
     EXPECT_TRUE(embeddedSql().reads(transactSql()));
     EXPECT_FALSE(postgresSql().reads(transactSql()));
-    EXPECT_EQ(embeddedSql().switchingOffTrigger("T", "Segna"),
+    EXPECT_EQ(embeddedSql().switchingOffTrigger(ObjectName("T"), "Segna"),
               "ALTER TABLE [T] DISABLE TRIGGER [Segna]");
 }
 

@@ -9,6 +9,7 @@
 
 #include "cli/command_line.hpp"
 #include "server.hpp"
+#include "support/killed_copies.hpp"
 #include "support/shown.hpp"
 #include "support/temporary_folder.hpp"
 
@@ -96,6 +97,66 @@ TEST_F(ServerCopy, GoesOnWhereItWasInterrupted) {
     EXPECT_EQ(value("SELECT count(*) FROM grande"), "Decimal 5000");
     EXPECT_EQ(test::raisedBy([&] { return query("SELECT * FROM kap_copy"); }),
               errors::kUnknownObject);
+}
+
+TEST_F(ServerCopy, GoesOnBehindProgramsThatWereKilled) {
+    test::fillForKilledCopies(*test::open(folder_.database()));
+    const std::string back = folder_.database("ritorno.db");
+    EXPECT_TRUE(test::copiesThoughKilled(folder_.database(), database_->connection()));
+    EXPECT_TRUE(test::copiesThoughKilled(database_->connection(), back));
+    EXPECT_EQ(value("SELECT 'x' || count(*) || ' ' || sum(prezzo) FROM righe"),
+              "String x25000 78165625.0000");
+    run("INSERT INTO testate (nome) VALUES ('nuova')");
+    EXPECT_EQ(value("SELECT max(id) FROM testate"), "Long 25007");
+    EXPECT_EQ(test::shown(test::valueOf(test::open(back), u"SELECT COUNT(*) FROM Righe")),
+              "Long 25000");
+}
+
+TEST_F(ServerCopy, TakesTheTablesOfOtherSchemas) {
+    const auto source = test::open(folder_.database());
+    for (const char16_t* batch :
+         {u"CREATE SCHEMA Storico", u"CREATE TABLE Clienti (Id int PRIMARY KEY, Nome varchar(20))",
+          u"CREATE TABLE Storico.Clienti (Id int IDENTITY(10,1) PRIMARY KEY, Nome varchar(20) NOT "
+          u"NULL DEFAULT 'vecchio', AggID timestamp)",
+          u"CREATE TABLE Storico.Note (Cliente int CONSTRAINT FK_sc REFERENCES Storico.Clienti)",
+          u"CREATE INDEX ix_nome ON Clienti (Nome)",
+          u"CREATE INDEX ix_nome ON Storico.Clienti (Nome)",
+          u"INSERT INTO Clienti VALUES (1, 'Rossi')", u"INSERT INTO Storico.Clienti DEFAULT VALUES",
+          u"INSERT INTO Storico.Note VALUES (10)"}) {
+        source->Execute(batch);
+    }
+    const Outcome there = copy(folder_.database(), database_->connection());
+    EXPECT_EQ(there.exitCode, 0) << there.out << there.err;
+    EXPECT_EQ(there.err, "");
+    run("INSERT INTO storico.clienti (nome) VALUES ('nuovo')");
+    EXPECT_EQ(value("SELECT max(id) FROM storico.clienti WHERE aggid IS NOT NULL"), "Long 11");
+    EXPECT_EQ(test::raisedBy([&] { run("INSERT INTO storico.note VALUES (9)"); }),
+              errors::kIntegrity);
+    EXPECT_EQ(value("SELECT 'x' || count(*) FROM pg_indexes WHERE indexname = 'ix_nome'"),
+              "String x2");
+    run("DELETE FROM storico.clienti WHERE id = 11");
+    const Outcome back = copy(database_->connection(), folder_.database("ritorno.db"));
+    EXPECT_EQ(back.exitCode, 0) << back.out << back.err;
+    EXPECT_EQ(back.err, "");
+    EXPECT_EQ(sortedLines(there.out), sortedLines(back.out));
+    const auto returned = test::open(folder_.database("ritorno.db"));
+    EXPECT_EQ(test::shown(test::valueOf(returned, u"SELECT nome FROM storico.clienti")),
+              "String vecchio");
+    EXPECT_EQ(test::raisedBy([&] { returned->Execute(u"INSERT INTO storico.note VALUES (9)"); }),
+              errors::kIntegrity);
+}
+
+TEST_F(ServerCopy, TakesATableOfAnotherSchemaByItsName) {
+    const auto source = test::open(folder_.database());
+    source->Execute(u"CREATE SCHEMA storico");
+    source->Execute(u"CREATE TABLE storico.A (x int); CREATE TABLE A (y int)");
+    const Outcome one =
+        copy(folder_.database(), database_->connection(), {"--table", "STORICO.A", "--json"});
+    EXPECT_EQ(one.exitCode, 0) << one.err;
+    EXPECT_EQ(
+        one.out,
+        "{\"table\":\"storico.A\",\"rows\":0,\"checksum\":\"0000000000000000\",\"equal\":true}"
+        "\n");
 }
 
 TEST_F(ServerCopy, TellsADifference) {

@@ -42,7 +42,7 @@ public:
     [[nodiscard]] std::vector<std::string> statements() const {
         std::vector<std::string> all = {made_};
         for (const auto& [table, column] : versions_) {
-            all.push_back(ado::postgresSql().afterCreation(table, column));
+            all.push_back(ado::postgresSql().afterCreation(ado::ObjectName(table), column));
             // The rows that were filled in before have none yet.
             all.push_back("UPDATE " + table + " SET " + column + " = " + column);
         }

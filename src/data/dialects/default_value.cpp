@@ -50,6 +50,20 @@ std::string_view bare(std::string_view text) {
     }
 }
 
+// "CAST('-1.5' AS numeric)" is "-1.5": so does a server keep numbers below nothing, and rounds
+// none of them by that.
+std::string_view withoutCast(std::string_view text) {
+    constexpr std::string_view kCast = "cast(";
+    if (!equalsIgnoringCase(text.substr(0, kCast.size()), kCast)) {
+        return text;
+    }
+    const std::string_view inside = text.substr(kCast.size());
+    const std::size_t end = inside.starts_with('\'') ? endOfFirst(inside) : 0;
+    const std::string type = asciiLower(kap::trimmed(inside.substr(end), " "));
+    const bool number = type == "as numeric)" || type == "as int)" || type == "as bigint)";
+    return end != 0 && number ? inside.substr(1, end - 2) : text;
+}
+
 bool isPlainNumber(std::string_view text) {
     text.remove_prefix(text.starts_with('-') || text.starts_with('+') ? 1 : 0);
     const auto isDigit = [](char letter) { return letter >= '0' && letter <= '9'; };
@@ -82,7 +96,7 @@ DefaultValue readDefault(std::string_view text) {
         "localtimestamp", "current_timestamp()", "sysdatetime()",     "statement_timestamp()"};
     constexpr std::array<std::string_view, 4> kIdentifier = {
         "newid()", "kap_newid()", "gen_random_uuid()", "uuid_generate_v4()"};
-    std::string_view plain = bare(text);
+    std::string_view plain = withoutCast(bare(text));
     if (plain.starts_with("N'") || plain.starts_with("n'")) {
         plain.remove_prefix(1);
     }

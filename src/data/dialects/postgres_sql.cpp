@@ -20,6 +20,7 @@ public:
         return inQuotes(name);
     }
     // Names without quotes are read in lower case.
+    using SqlDialect::nameFor;
     [[nodiscard]] std::string nameFor(std::string_view name) const override {
         return asciiLower(name);
     }
@@ -54,50 +55,54 @@ public:
         }
         return textConstant(literalText(column, text));
     }
+    [[nodiscard]] std::string creatingSchema(const std::string& schema) const override {
+        return "CREATE SCHEMA IF NOT EXISTS " + quoted(schema);
+    }
     [[nodiscard]] std::string beforeRowVersions() const override {
         return "CREATE SEQUENCE IF NOT EXISTS kap_row_versions;"
                "DO $$ BEGIN CREATE DOMAIN rowversion AS bytea; EXCEPTION WHEN duplicate_object "
                "THEN NULL; END $$";
     }
     // A trigger keeps the row version; the type's name tells that it does.
-    [[nodiscard]] std::string afterCreation(const std::string& table,
+    [[nodiscard]] std::string afterCreation(const ObjectName& table,
                                             const std::string& rowVersion) const override {
         if (rowVersion.empty()) {
             return {};
         }
-        const std::string function = quoted("kap_version_" + table);
+        const std::string function =
+            qualified(ObjectName("kap_version_" + table.name, table.schema));
         return "CREATE OR REPLACE FUNCTION " + function +
                "() RETURNS trigger LANGUAGE plpgsql AS $body$ BEGIN NEW." + quoted(rowVersion) +
                " := int8send(nextval('kap_row_versions')); RETURN NEW; END $body$;"
                "CREATE TRIGGER kap_version BEFORE INSERT OR UPDATE ON " +
-               quoted(table) + " FOR EACH ROW EXECUTE FUNCTION " + function + "()";
+               qualified(table) + " FOR EACH ROW EXECUTE FUNCTION " + function + "()";
     }
-    [[nodiscard]] std::string beforeRows(const std::string& /*table*/) const override { return {}; }
-    [[nodiscard]] std::string afterRows(const std::string& /*table*/) const override { return {}; }
-    [[nodiscard]] std::string afterLastRow(const std::string& table,
+    [[nodiscard]] std::string beforeRows(const ObjectName& /*table*/) const override { return {}; }
+    [[nodiscard]] std::string afterRows(const ObjectName& /*table*/) const override { return {}; }
+    [[nodiscard]] std::string afterLastRow(const ObjectName& table,
                                            const ColumnDefinition& identity, std::int64_t last,
                                            bool any) const override {
         const std::int64_t least = any || last != identity.seed ? last + 1 : last;
         const std::string name = nameFor(identity.name);
         return "SELECT setval(" + sequence(table, name) + ", greatest(coalesce(max(" +
                quoted(name) + "), 0) + 1, " + plain::text(least) + "), false) FROM " +
-               quoted(table);
+               qualified(table);
     }
-    [[nodiscard]] std::string lastIdentity(const std::string& table,
+    [[nodiscard]] std::string lastIdentity(const ObjectName& table,
                                            const std::string& column) const override {
         return "SELECT pg_sequence_last_value(" + sequence(table, column) + "::regclass)";
     }
-    [[nodiscard]] std::string columns(const std::string& table) const override {
+    [[nodiscard]] std::string columns(const ObjectName& table) const override {
         const std::string given = "pg_get_expr(d.adbin, d.adrelid)";
         return "SELECT a.attname::text, NULL, (a.attidentity <> '' OR coalesce(" + given +
                " LIKE 'nextval(%', false))::int, CASE WHEN a.attgenerated <> '' THEN " + given +
                " END, 0, NULL, CASE WHEN a.attgenerated = '' THEN " + given +
                " END, 1, 1 FROM pg_attribute a LEFT JOIN pg_attrdef d ON d.adrelid = a.attrelid "
                "AND d.adnum = a.attnum WHERE a.attrelid = " +
-               textConstant(quoted(table)) +
+               textConstant(qualified(table)) +
                "::regclass AND a.attnum > 0 AND NOT a.attisdropped ORDER BY a.attnum";
     }
-    [[nodiscard]] std::string indexes(const std::string& table) const override {
+    [[nodiscard]] std::string indexes(const ObjectName& table) const override {
         return "SELECT c.relname::text, CASE WHEN i.indisprimary THEN 'PK' WHEN EXISTS (SELECT 1 "
                "FROM pg_constraint k WHERE k.conindid = i.indexrelid AND k.contype = 'u') THEN "
                "'UQ' ELSE 'IX' END, i.indisunique::int, pg_get_expr(i.indpred, i.indrelid), "
@@ -106,7 +111,7 @@ public:
                "JOIN LATERAL unnest(i.indkey::int2[]) WITH ORDINALITY AS p(att, place) LEFT JOIN "
                "pg_attribute a ON a.attrelid = i.indrelid AND a.attnum = p.att WHERE i.indrelid "
                "= " +
-               textConstant(quoted(table)) +
+               textConstant(qualified(table)) +
                "::regclass ORDER BY NOT i.indisprimary, c.relname, p.place";
     }
     [[nodiscard]] std::string otherTables() const override {
@@ -117,27 +122,35 @@ public:
         return "SELECT c.conname::text, t.relname::text, a.attname::text, r.relname::text, "
                "b.attname::text, " +
                action("c.confdeltype") + ", " + action("c.confupdtype") +
-               ", 0 FROM pg_constraint c CROSS JOIN LATERAL unnest(c.conkey, c.confkey) WITH "
+               ", 0, NULLIF(tn.nspname, current_schema())::text, NULLIF(rn.nspname, "
+               "current_schema())::text FROM pg_constraint c CROSS JOIN LATERAL unnest(c.conkey, "
+               "c.confkey) WITH "
                "ORDINALITY AS k(own, other, place) JOIN pg_class t ON t.oid = c.conrelid JOIN "
-               "pg_class r ON r.oid = c.confrelid JOIN pg_attribute a ON a.attrelid = c.conrelid "
+               "pg_class r ON r.oid = c.confrelid JOIN pg_namespace tn ON tn.oid = t.relnamespace "
+               "JOIN pg_namespace rn ON rn.oid = r.relnamespace JOIN pg_attribute a ON a.attrelid "
+               "= c.conrelid "
                "AND a.attnum = k.own JOIN pg_attribute b ON b.attrelid = c.confrelid AND b.attnum "
-               "= k.other WHERE c.contype = 'f' ORDER BY t.relname, c.conname, k.place";
+               "= k.other WHERE c.contype = 'f' ORDER BY tn.nspname, t.relname, c.conname, k.place";
     }
     // Without what keeps row versions, which a copy makes itself.
     [[nodiscard]] std::string programs() const override {
         const std::string own = "n.nspname NOT IN ('pg_catalog', 'information_schema')";
         const std::string schema = " JOIN pg_namespace n ON n.oid = ";
-        return "SELECT 'view' AS kind, c.relname::text AS name, NULL::text, NULL::text, 0 FROM "
-               "pg_class c" +
+        const std::string where =
+            ", NULL, NULL, 0, NULLIF(n.nspname, current_schema())::text, NULL";
+        return "SELECT 'view' AS kind, c.relname::text AS name, NULL::text, NULL::text, 0, "
+               "NULLIF(n.nspname, current_schema())::text, NULL::text FROM pg_class c" +
                schema + "c.relnamespace WHERE c.relkind IN ('v', 'm') AND " + own +
                " UNION ALL SELECT CASE p.prokind WHEN 'p' THEN 'procedure' ELSE 'function' END, "
-               "p.proname::text, NULL, NULL, 0 FROM pg_proc p" +
-               schema + "p.pronamespace WHERE p.proname NOT LIKE 'kap\\_version\\_%' AND " + own +
-               " UNION ALL SELECT 'trigger', g.tgname::text, NULL, NULL, 0 FROM pg_trigger g WHERE "
-               "NOT "
-               "g.tgisinternal AND g.tgname <> 'kap_version' UNION ALL SELECT 'check', "
-               "c.conname::text, NULL, NULL, 0 FROM pg_constraint c" +
-               schema + "c.connamespace WHERE c.contype = 'c' AND c.conrelid <> 0 AND " + own +
+               "p.proname::text" +
+               where + " FROM pg_proc p" + schema +
+               "p.pronamespace WHERE p.proname NOT LIKE 'kap\\_version\\_%' AND " + own +
+               " UNION ALL SELECT 'trigger', g.tgname::text" + where +
+               " FROM pg_trigger g JOIN pg_class c ON c.oid = g.tgrelid" + schema +
+               "c.relnamespace WHERE NOT g.tgisinternal AND g.tgname <> 'kap_version' UNION ALL "
+               "SELECT 'check', c.conname::text" +
+               where + " FROM pg_constraint c" + schema +
+               "c.connamespace WHERE c.contype = 'c' AND c.conrelid <> 0 AND " + own +
                " ORDER BY 1, 2";
     }
 
@@ -146,8 +159,8 @@ protected:
     [[nodiscard]] std::string newIdentifier() const override { return "gen_random_uuid()"; }
 
 private:
-    [[nodiscard]] std::string sequence(const std::string& table, const std::string& column) const {
-        return "pg_get_serial_sequence(" + textConstant(quoted(table)) + ", " +
+    [[nodiscard]] std::string sequence(const ObjectName& table, const std::string& column) const {
+        return "pg_get_serial_sequence(" + textConstant(qualified(table)) + ", " +
                textConstant(column) + ")";
     }
     static std::string action(const std::string& letter) {

@@ -67,17 +67,27 @@ bool fits(const ColumnDefinition& column, const std::string& constant) {
 }  // namespace
 }  // namespace dialects
 
-std::string SqlDialect::switchingOffConstraint(std::string_view /*table*/,
+std::string SqlDialect::qualified(const ObjectName& object) const {
+    return (object.schema.empty() ? std::string() : quoted(object.schema) + ".") +
+           quoted(object.name);
+}
+
+ObjectName SqlDialect::nameFor(const ObjectName& object) const {
+    return ObjectName(nameFor(std::string_view(object.name)),
+                      nameFor(std::string_view(object.schema)));
+}
+
+std::string SqlDialect::switchingOffConstraint(const ObjectName& /*table*/,
                                                std::string_view /*name*/) const {
     return {};
 }
 
-std::string SqlDialect::switchingOffTrigger(std::string_view /*table*/,
+std::string SqlDialect::switchingOffTrigger(const ObjectName& /*table*/,
                                             std::string_view /*name*/) const {
     return {};
 }
 
-std::string SqlDialect::addingDefault(std::string_view /*table*/,
+std::string SqlDialect::addingDefault(const ObjectName& /*table*/,
                                       const ColumnDefinition& /*column*/) const {
     return {};
 }

@@ -8,6 +8,7 @@
 #include <kaputil/data/enumerations.hpp>
 
 #include "data/dialects/default_value.hpp"
+#include "data/dialects/object_name.hpp"
 
 namespace kap::ado {
 
@@ -49,8 +50,11 @@ public:
     [[nodiscard]] virtual bool reads(const SqlDialect& other) const = 0;
 
     [[nodiscard]] virtual std::string quoted(std::string_view name) const = 0;
+    // With its schema in front where it has one.
+    [[nodiscard]] std::string qualified(const ObjectName& object) const;
     // The name that a table or column gets, so that programs find it as they write it.
     [[nodiscard]] virtual std::string nameFor(std::string_view name) const = 0;
+    [[nodiscard]] ObjectName nameFor(const ObjectName& object) const;
     // With what makes it an identity.
     [[nodiscard]] virtual std::string typeFor(const ColumnDefinition& column) const = 0;
     // The column in a query for its values: as it is, or as text where the library would cut them.
@@ -67,44 +71,48 @@ public:
     // Queries that list what the database has. A table's columns in their order: name, type in the
     // words of Transact-SQL or Null, identity, what it is computed from, persisted, name and
     // definition of its default, seed, increment.
-    [[nodiscard]] virtual std::string columns(const std::string& table) const = 0;
+    [[nodiscard]] virtual std::string columns(const ObjectName& table) const = 0;
     // The parts of its keys and indexes in order: name, kind (PK, UQ, IX), unique, of which rows
     // it is, column (Null: an expression), descending, whether it is only carried along.
-    [[nodiscard]] virtual std::string indexes(const std::string& table) const = 0;
+    [[nodiscard]] virtual std::string indexes(const ObjectName& table) const = 0;
     // The foreign keys, a row for each of their columns in order: name, table, column, referenced
-    // table and column, actions on delete and on update, switched off.
+    // table and column, actions on delete and on update, switched off, schemas of the table and of
+    // the referenced one (Null: the connection's own).
     [[nodiscard]] virtual std::string foreignKeys() const = 0;
-    // What is written in its dialect: kind, name, text, table, switched off.
+    // What is written in its dialect: kind, name, text, table, switched off, schemas of itself and
+    // of its table (Null: the connection's own).
     [[nodiscard]] virtual std::string programs() const = 0;
     // The tables in other schemas than the connection's own: schema, name.
     [[nodiscard]] virtual std::string otherTables() const = 0;
     // The last identity that the table has given out, Null when it has none.
-    [[nodiscard]] virtual std::string lastIdentity(const std::string& table,
+    [[nodiscard]] virtual std::string lastIdentity(const ObjectName& table,
                                                    const std::string& column) const = 0;
 
+    // Makes a schema where there is none of that name.
+    [[nodiscard]] virtual std::string creatingSchema(const std::string& schema) const = 0;
     // What must be there before a table with a row version can be made; empty: nothing.
     [[nodiscard]] virtual std::string beforeRowVersions() const { return {}; }
     // Scripts that prepare a new table behind its creation, and that stand around its rows when it
     // has an identity column; empty: none are needed.
-    [[nodiscard]] virtual std::string afterCreation(const std::string& table,
+    [[nodiscard]] virtual std::string afterCreation(const ObjectName& table,
                                                     const std::string& rowVersion) const = 0;
-    [[nodiscard]] virtual std::string beforeRows(const std::string& table) const = 0;
-    [[nodiscard]] virtual std::string afterRows(const std::string& table) const = 0;
+    [[nodiscard]] virtual std::string beforeRows(const ObjectName& table) const = 0;
+    [[nodiscard]] virtual std::string afterRows(const ObjectName& table) const = 0;
     // Behind the last row: the identities go on behind `last`, and behind those that are there.
     // `any`: whether there are rows.
-    [[nodiscard]] virtual std::string afterLastRow(const std::string& table,
+    [[nodiscard]] virtual std::string afterLastRow(const ObjectName& table,
                                                    const ColumnDefinition& identity,
                                                    std::int64_t last, bool any) const = 0;
 
     // Of a dialect that reads another one (`reads`), for what comes along as it was written there.
     // Behind the name of a table to which a constraint is added that its rows need not fulfil.
     [[nodiscard]] virtual std::string unchecked() const { return {}; }
-    [[nodiscard]] virtual std::string switchingOffConstraint(std::string_view table,
+    [[nodiscard]] virtual std::string switchingOffConstraint(const ObjectName& table,
                                                              std::string_view name) const;
-    [[nodiscard]] virtual std::string switchingOffTrigger(std::string_view table,
+    [[nodiscard]] virtual std::string switchingOffTrigger(const ObjectName& table,
                                                           std::string_view name) const;
     // The column's default in the words of the other database, under its name where it has one.
-    [[nodiscard]] virtual std::string addingDefault(std::string_view table,
+    [[nodiscard]] virtual std::string addingDefault(const ObjectName& table,
                                                     const ColumnDefinition& column) const;
 
 protected:

@@ -39,6 +39,7 @@ public:
     [[nodiscard]] std::string quoted(std::string_view name) const override {
         return inBrackets(name);
     }
+    using SqlDialect::nameFor;
     [[nodiscard]] std::string nameFor(std::string_view name) const override {
         return std::string(name);
     }
@@ -55,8 +56,10 @@ public:
     [[nodiscard]] std::string selected(const ColumnDefinition& column) const override {
         std::string name = quoted(column.name);
         const std::string_view type = typeName(column.declared);
+        // A driver may give times of a day as moments of some day.
         const bool times =
-            isOneOf(type, {"datetime2", "time", "datetimeoffset"}) && column.scale > kMilliseconds;
+            isOneOf(type, {"time"}) ||
+            (isOneOf(type, {"datetime2", "datetimeoffset"}) && column.scale > kMilliseconds);
         if (times) {
             return "CONVERT(varchar(40), " + name + ", 121) AS " + name;
         }
@@ -73,7 +76,7 @@ public:
         return nationalConstant(literalText(column, text));
     }
 
-    [[nodiscard]] std::string columns(const std::string& table) const override {
+    [[nodiscard]] std::string columns(const ObjectName& table) const override {
         const std::string name = nameText(table);
         return "SELECT c.name, " + typeText() +
                ", c.is_identity, x.definition, x.is_persisted, d.name, d.definition, "
@@ -86,7 +89,7 @@ public:
                "OBJECT_ID(" +
                name + ") ORDER BY c.column_id";
     }
-    [[nodiscard]] std::string indexes(const std::string& table) const override {
+    [[nodiscard]] std::string indexes(const ObjectName& table) const override {
         return "SELECT i.name, CASE WHEN i.is_primary_key = 1 THEN 'PK' WHEN "
                "i.is_unique_constraint = 1 THEN 'UQ' ELSE 'IX' END, i.is_unique, "
                "i.filter_definition, c.name, k.is_descending_key, k.is_included_column FROM "
@@ -98,45 +101,58 @@ public:
     [[nodiscard]] std::string foreignKeys() const override {
         return "SELECT f.name, object_name(f.parent_object_id), c.name, "
                "object_name(f.referenced_object_id), r.name, f.delete_referential_action_desc, "
-               "f.update_referential_action_desc, f.is_disabled FROM sys.foreign_keys f JOIN "
+               "f.update_referential_action_desc, f.is_disabled, "
+               "NULLIF(schema_name(f.schema_id), 'dbo'), NULLIF(schema_name(t.schema_id), 'dbo') "
+               "FROM sys.foreign_keys f JOIN "
+               "sys.tables t ON t.object_id = f.referenced_object_id JOIN "
                "sys.foreign_key_columns k ON k.constraint_object_id = f.object_id JOIN sys.columns "
                "c ON c.object_id = k.parent_object_id AND c.column_id = k.parent_column_id JOIN "
                "sys.columns r ON r.object_id = k.referenced_object_id AND r.column_id = "
-               "k.referenced_column_id ORDER BY f.name, k.constraint_column_id";
+               "k.referenced_column_id ORDER BY f.name, f.object_id, k.constraint_column_id";
     }
     // In the order in which they were made, which is that in which triggers fire.
     [[nodiscard]] std::string programs() const override {
         return "SELECT CASE o.type WHEN 'V' THEN 'view' WHEN 'P' THEN 'procedure' WHEN 'TR' THEN "
                "'trigger' WHEN 'SN' THEN 'synonym' ELSE 'function' END AS kind, o.name, "
-               "m.definition, p.name, g.is_disabled FROM sys.objects o LEFT JOIN sys.sql_modules m "
+               "m.definition, p.name, g.is_disabled, NULLIF(schema_name(o.schema_id), 'dbo'), "
+               "NULLIF(schema_name(p.schema_id), 'dbo') FROM sys.objects o LEFT JOIN "
+               "sys.sql_modules m "
                "ON m.object_id = o.object_id LEFT JOIN sys.triggers g ON g.object_id = o.object_id "
                "LEFT JOIN sys.objects p ON p.object_id = g.parent_id WHERE o.is_ms_shipped = 0 AND "
                "o.type IN ('V', 'P', 'TR', 'FN', 'IF', 'TF', 'SN') UNION ALL SELECT 'check', "
-               "c.name, c.definition, p.name, c.is_disabled FROM sys.check_constraints c JOIN "
+               "c.name, c.definition, p.name, c.is_disabled, NULLIF(schema_name(c.schema_id), "
+               "'dbo'), "
+               "NULLIF(schema_name(p.schema_id), 'dbo') FROM sys.check_constraints c JOIN "
                "sys.objects p ON p.object_id = c.parent_object_id UNION ALL SELECT 'type', name, "
-               "NULL, NULL, NULL FROM sys.types WHERE is_user_defined = 1";
+               "NULL, NULL, NULL, NULL, NULL FROM sys.types WHERE "
+               "is_user_defined = 1";
     }
     [[nodiscard]] std::string otherTables() const override {
         return "SELECT s.name, t.name FROM sys.tables t JOIN sys.schemas s ON s.schema_id = "
                "t.schema_id WHERE s.name <> 'dbo' ORDER BY 1, 2";
     }
-    [[nodiscard]] std::string lastIdentity(const std::string& table,
+    [[nodiscard]] std::string lastIdentity(const ObjectName& table,
                                            const std::string& /*column*/) const override {
         return "SELECT CAST(IDENT_CURRENT(" + nameText(table) + ") AS bigint)";
     }
 
-    [[nodiscard]] std::string afterCreation(const std::string& /*table*/,
+    // The statement must stand alone.
+    [[nodiscard]] std::string creatingSchema(const std::string& schema) const override {
+        return "IF NOT EXISTS (SELECT 1 FROM sys.schemas WHERE name = " + nationalConstant(schema) +
+               ") EXEC (" + nationalConstant("CREATE SCHEMA " + quoted(schema)) + ")";
+    }
+    [[nodiscard]] std::string afterCreation(const ObjectName& /*table*/,
                                             const std::string& /*rowVersion*/) const override {
         return {};
     }
-    [[nodiscard]] std::string beforeRows(const std::string& table) const override {
-        return "SET IDENTITY_INSERT " + quoted(table) + " ON";
+    [[nodiscard]] std::string beforeRows(const ObjectName& table) const override {
+        return "SET IDENTITY_INSERT " + qualified(table) + " ON";
     }
-    [[nodiscard]] std::string afterRows(const std::string& table) const override {
-        return "SET IDENTITY_INSERT " + quoted(table) + " OFF";
+    [[nodiscard]] std::string afterRows(const ObjectName& table) const override {
+        return "SET IDENTITY_INSERT " + qualified(table) + " OFF";
     }
     // Where no row has ever been the first one gets the very number that is said here.
-    [[nodiscard]] std::string afterLastRow(const std::string& table,
+    [[nodiscard]] std::string afterLastRow(const ObjectName& table,
                                            const ColumnDefinition& identity, std::int64_t last,
                                            bool any) const override {
         const bool unused = !any && last == identity.seed;
@@ -150,21 +166,21 @@ public:
     }
 
     [[nodiscard]] std::string unchecked() const override { return " WITH NOCHECK"; }
-    [[nodiscard]] std::string switchingOffConstraint(std::string_view table,
+    [[nodiscard]] std::string switchingOffConstraint(const ObjectName& table,
                                                      std::string_view name) const override {
-        return "ALTER TABLE " + quoted(table) + " NOCHECK CONSTRAINT " + quoted(name);
+        return "ALTER TABLE " + qualified(table) + " NOCHECK CONSTRAINT " + quoted(name);
     }
-    [[nodiscard]] std::string switchingOffTrigger(std::string_view table,
+    [[nodiscard]] std::string switchingOffTrigger(const ObjectName& table,
                                                   std::string_view name) const override {
-        return "ALTER TABLE " + quoted(table) + " DISABLE TRIGGER " + quoted(name);
+        return "ALTER TABLE " + qualified(table) + " DISABLE TRIGGER " + quoted(name);
     }
-    [[nodiscard]] std::string addingDefault(std::string_view table,
+    [[nodiscard]] std::string addingDefault(const ObjectName& table,
                                             const ColumnDefinition& column) const override {
         const std::string name = column.defaultName.empty()
                                      ? std::string()
                                      : "CONSTRAINT " + quoted(column.defaultName) + " ";
-        return "ALTER TABLE " + quoted(table) + " ADD " + name + "DEFAULT " + column.defaultText +
-               " FOR " + quoted(column.name);
+        return "ALTER TABLE " + qualified(table) + " ADD " + name + "DEFAULT " +
+               column.defaultText + " FOR " + quoted(column.name);
     }
 
 protected:
@@ -181,8 +197,9 @@ protected:
                                             : "datetime";
     }
 
-    [[nodiscard]] std::string nameText(const std::string& table) const {
-        return nationalConstant(quoted("dbo") + "." + quoted(table));
+    [[nodiscard]] std::string nameText(const ObjectName& table) const {
+        return nationalConstant(quoted(table.schema.empty() ? "dbo" : table.schema) + "." +
+                                quoted(table.name));
     }
 
 private:

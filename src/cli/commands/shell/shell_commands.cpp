@@ -105,7 +105,7 @@ void showIndexes(const ShellWords& words, ShellState& state) {
     std::ostream shown(&buffer);
     for (const std::string& table : tables) {
         for (const migrate::CopiedIndex& index :
-             migrate::indexesOf(state.connection, dialect, table)) {
+             migrate::indexesOf(state.connection, dialect, ado::ObjectName(table))) {
             shown << shownText(table) << "  " << shownText(index.name) << "  " << kindOf(index)
                   << " (" << shownText(migrate::joined(index.columns())) << ")\n";
         }
