@@ -111,6 +111,70 @@ row NERI
                    u"SELECT * FROM #prova");
 }
 
+// What the catalogue writes otherwise than the query is known by its own name.
+TEST(ReplayedKindsOfTables, NamesInAnotherCaseAreThoseOfTheTable) {
+    changesTheName(R"(
+facts SOCI
+fact Id int key 1
+fact Nome nvarchar(20)
+> SELECT * FROM SOCI
+columns Id int, Nome nvarchar(20)
+row 1 | Rossi
+> UPDATE "SOCI" SET "Nome" = ? OUTPUT inserted."Nome" WHERE "Id" = ? AND "Nome" = ?
+? nvarchar Neri
+? int 1
+? nvarchar Rossi
+columns Nome nvarchar(20)
+row NERI
+)",
+                   u"SELECT * FROM SOCI");
+}
+
+// A view has no key: its row is the one that holds all that was read, and must be the only one.
+TEST(ReplayedKindsOfTables, ARowOfAViewIsFoundByAllItsColumns) {
+    changesTheName(R"(
+facts Elenco
+fact nome nvarchar(20)
+fact id int
+> SELECT * FROM Elenco
+columns nome nvarchar(20), id int
+row Rossi | 1
+> !autocommit off
+> UPDATE "Elenco" SET "nome" = ? OUTPUT inserted."nome" WHERE "nome" = ? AND "id" = ? AND
+  "nome" = ?
+? nvarchar Neri
+? nvarchar Rossi
+? int 1
+? nvarchar Rossi
+columns nome nvarchar(20)
+row NERI
+> !commit
+> !autocommit on
+)",
+                   u"SELECT * FROM Elenco");
+}
+
+// A unique index of columns that may be Null is no key.
+TEST(ReplayedKindsOfTables, ANullIsComparedAsOne) {
+    changesTheName(R"(
+facts t
+fact codice int
+fact nome nvarchar(20)
+> SELECT * FROM t
+columns codice int, nome nvarchar(20)
+row NULL | NULL
+> !autocommit off
+> UPDATE "t" SET "nome" = ? OUTPUT inserted."nome" WHERE "codice" IS NULL AND "nome"
+  IS NULL AND "nome" IS NULL
+? nvarchar Neri
+columns nome nvarchar(20)
+row NERI
+> !commit
+> !autocommit on
+)",
+                   u"SELECT * FROM t");
+}
+
 // A datetime keeps three hundredths of a second: 10:00:00.003, .007, .010.
 TEST(ReplayedKindsOfTables, AKeyOfOddMillisecondsIsComparedAsItsColumnKeepsIt) {
     changesTheName(R"(

@@ -1,6 +1,10 @@
 // Connections that the process keeps when clients have closed them.
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <set>
+#include <thread>
+
 #include <kaputil/data/error_numbers.hpp>
 
 #include "server.hpp"
@@ -124,6 +128,34 @@ TEST_F(ServerPool, TellsTheLossWhereSomethingIs) {
 
 TEST_F(ServerPool, KeepsAConnectionNoLongerThanItsLifetime) {
     EXPECT_TRUE(isKeptBehind(u"SELECT 1", ";Pooling=True;Connection Lifetime=3600"));
+    const std::string brief = ";Pooling=True;Connection Lifetime=1";
+    auto first = pooled(brief);
+    const std::string process = processOf(first);
+    std::this_thread::sleep_for(std::chrono::milliseconds(1100));
+    first->Close();
+    EXPECT_NE(processOf(pooled(brief)), process);
+}
+
+TEST_F(ServerPool, KeepsNoMoreConnectionsThanItMay) {
+    const std::string one = ";Pooling=True;Max Pool Size=1";
+    std::set<std::string> processes;
+    {
+        const auto first = pooled(one);
+        const auto second = pooled(one);
+        processes = {processOf(first), processOf(second)};
+    }
+    const auto first = pooled(one);
+    const auto second = pooled(one);
+    EXPECT_TRUE(processes.contains(processOf(first)));
+    EXPECT_FALSE(processes.contains(processOf(second)));
+}
+
+TEST_F(ServerPool, IsOfOneConnectionStringOnly) {
+    auto first = pooled();
+    const std::string process = processOf(first);
+    first->Close();
+    EXPECT_NE(processOf(pooled(";Pooling=True;ApplicationIntent=ReadOnly")), process);
+    EXPECT_EQ(processOf(pooled()), process);
 }
 
 TEST_F(ServerPool, OfCopiesForReadingConnectsToTheServerWhereThereIsNone) {
