@@ -132,5 +132,21 @@ TEST_F(WholeFile, IsNoPipeThatWouldBeWaitedFor) {
     EXPECT_FALSE(writeProfile(u"A", u"x", u"1", String(file_)));
 }
 
+TEST_F(WholeFile, IsNoDeviceThatWouldBeReadForEver) {
+    EXPECT_EQ(test::raisedBy([] { return readFile("/dev/zero"); }), errors::kPermissionDenied);
+    EXPECT_EQ("", readFile("/dev/null"));
+}
+
+TEST_F(WholeFile, TakesThePlaceOfNoPipeOrDevice) {
+    ASSERT_EQ(mkfifo(file_.c_str(), 0600), 0);
+    EXPECT_EQ(test::raisedBy([&] {
+                  replaceFile(file_, "x", FileAccess::Shared);
+                  return 0;
+              }),
+              errors::kPermissionDenied);
+    EXPECT_TRUE(fs::is_fifo(file_));
+    EXPECT_EQ(std::distance(fs::directory_iterator(fs::path(file_).parent_path()), {}), 1);
+}
+
 }  // namespace
 }  // namespace kap::platform

@@ -53,6 +53,15 @@ bool isStillAt(int descriptor, const fs::path& path) {
            opened.st_dev == named.st_dev && opened.st_ino == named.st_ino;
 }
 
+bool isRegular(int descriptor) {
+    struct stat status {};
+    return fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode);
+}
+
+[[noreturn]] void refuse() {
+    throwFileError(std::make_error_code(std::errc::permission_denied));
+}
+
 bool lockAtOnce(int descriptor) {
     return flock(descriptor, LOCK_EX | LOCK_NB) == 0;
 }
@@ -150,6 +159,7 @@ std::optional<std::string> readFile(const fs::path& file) {
         throwFileError(lastError());
     }
     refusePipe(opened.get());
+    const bool mayHaveNoEnd = !isRegular(opened.get());
     std::string content;
     std::array<char, 1 << 16> buffer{};
     for (;;) {
@@ -160,6 +170,9 @@ std::optional<std::string> readFile(const fs::path& file) {
         if (got < 0 && errno != EINTR) {
             throwFileError(lastError());
         }
+        if (got > 0 && mayHaveNoEnd) {
+            refuse();  // a device: one that is empty may be read, another has no content of its own
+        }
         if (got > 0) {
             content.append(buffer.data(), static_cast<std::size_t>(got));
         }
@@ -168,10 +181,13 @@ std::optional<std::string> readFile(const fs::path& file) {
 
 void replaceFile(const fs::path& file, std::string_view content, FileAccess access) {
     const fs::path real = realFile(file);
-    Replacement replacement(real, access == FileAccess::Private ? kPrivateMode : kSharedMode);
     struct stat before {};
-    if (stat(real.c_str(), &before) == 0 &&
-        fchmod(replacement.descriptor(), before.st_mode & 07777U) != 0) {
+    const bool isThere = stat(real.c_str(), &before) == 0;
+    if (isThere && !S_ISREG(before.st_mode) && !S_ISDIR(before.st_mode)) {
+        refuse();  // a pipe or a device would be a file afterwards, for everybody
+    }
+    Replacement replacement(real, access == FileAccess::Private ? kPrivateMode : kSharedMode);
+    if (isThere && fchmod(replacement.descriptor(), before.st_mode & 07777U) != 0) {
         throwFileError(lastError());
     }
     writeAll(replacement.descriptor(), content);
