@@ -126,8 +126,15 @@ py::object proxyOf(const Ref<Object>& object) {
         py::detail::make_new_instance(reinterpret_cast<PyTypeObject*>(type.ptr())));
     auto* const instance = reinterpret_cast<py::detail::instance*>(made.ptr());
     instance->owned = true;
-    instance->get_value_and_holder().value_ptr() = held.release();
-    info.init_instance(instance, nullptr);
+    Proxy* const proxy = held.release();
+    instance->get_value_and_holder().value_ptr() = proxy;
+    try {
+        info.init_instance(instance, nullptr);
+    } catch (...) {
+        // Without a holder only the memory is given back: what it refers to would never end.
+        std::destroy_at(proxy);
+        throw;
+    }
     return made;
 }
 

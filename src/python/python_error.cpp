@@ -25,7 +25,18 @@ void PythonError::restore() const {
     py::error_already_set(*original_).restore();
 }
 
-void raiseInPython() noexcept {
+namespace {
+
+void raiseAutomationError(const AutomationError& error) {
+    const bool noMember = error.number() == errors::kMemberNotFound;
+    const py::object& type = noMember ? package().memberNotFound : package().automationError;
+    PyErr_SetObject(type.ptr(), py::make_tuple(error.number(), toPython(error.description()),
+                                               toPython(error.source()))
+                                    .ptr());
+}
+
+// Of the exception that is being handled. To tell of one may fail as well, for want of memory.
+void raiseHandled() {
     try {
         throw;
     } catch (py::error_already_set& error) {
@@ -35,15 +46,23 @@ void raiseInPython() noexcept {
     } catch (const PythonError& error) {
         error.restore();
     } catch (const AutomationError& error) {
-        const bool noMember = error.number() == errors::kMemberNotFound;
-        const py::object& type = noMember ? package().memberNotFound : package().automationError;
-        PyErr_SetObject(type.ptr(), py::make_tuple(error.number(), toPython(error.description()),
-                                                   toPython(error.source()))
-                                        .ptr());
+        raiseAutomationError(error);
     } catch (const std::bad_alloc& error) {
         PyErr_SetString(PyExc_MemoryError, error.what());
     } catch (const std::exception& error) {
         PyErr_SetString(PyExc_RuntimeError, error.what());
+    }
+}
+
+}  // namespace
+
+void raiseInPython() noexcept {
+    try {
+        raiseHandled();
+    } catch (py::error_already_set& error) {
+        error.restore();
+    } catch (const std::exception&) {
+        PyErr_NoMemory();
     }
 }
 
