@@ -98,7 +98,7 @@ class MemoryThatEnds(unittest.TestCase):
         counts = dict(line.split() for line in done.stdout.splitlines())
         self.assertEqual([work.__name__ for work in WORKS], list(counts))
         for name, count in counts.items():
-            self.assertGreater(int(count), 3, name)
+            self.assertGreater(int(count), 0, name)
 
 
 if __name__ == "__main__":
