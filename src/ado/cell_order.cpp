@@ -2,8 +2,14 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <optional>
+#include <variant>
+
+#include <kaputil/automation/convert.hpp>
 
 #include "base/text_order.hpp"
+#include "data/cell_value.hpp"
+#include "data/variant_cell.hpp"
 
 namespace kap::ado {
 namespace {
@@ -51,6 +57,43 @@ std::string_view bytesOf(const ColumnStore& store, std::size_t row) {
 
 }  // namespace
 
+namespace {
+
+// Cells with types of their own: numbers before dates, and these before all else.
+std::weak_ordering compareOwnTypes(std::string_view left, std::string_view right) {
+    const VariantCell one = unpackVariantCell(left);
+    const VariantCell other = unpackVariantCell(right);
+    const bool wholes = std::holds_alternative<std::int64_t>(one.value) &&
+                        std::holds_alternative<std::int64_t>(other.value) &&
+                        one.column.type == other.column.type;
+    if (wholes) {
+        return std::get<std::int64_t>(one.value) <=> std::get<std::int64_t>(other.value);
+    }
+    const auto numberOf = [](const VariantCell& cell) -> std::optional<double> {
+        const auto* real = std::get_if<double>(&cell.value);
+        if (real != nullptr) {
+            return *real;
+        }
+        if (std::holds_alternative<std::int64_t>(cell.value) || cell.column.wideDecimal) {
+            ColumnStore store;
+            append(store, cell.value);
+            return convert::toDouble(toVariant(cell.column, store, 0));
+        }
+        return std::nullopt;
+    };
+    const auto first = numberOf(one);
+    const auto second = numberOf(other);
+    if (first && second) {
+        return std::weak_order(*first, *second);
+    }
+    if (first || second) {
+        return second.has_value() <=> first.has_value();
+    }
+    return compareTexts(variantCellText(left), variantCellText(right));
+}
+
+}  // namespace
+
 std::weak_ordering compareDecimals(std::string_view left, std::string_view right) {
     const PlainDecimal one(left.empty() ? "0" : left);
     const PlainDecimal other(right.empty() ? "0" : right);
@@ -69,6 +112,9 @@ std::weak_ordering compareCells(const ColumnInfo& column, const ColumnStore& sto
     }
     if (column.wideDecimal) {
         return compareDecimals(bytesOf(store, left), bytesOf(store, right));
+    }
+    if (column.type == DataTypeEnum::adVariant) {
+        return compareOwnTypes(bytesOf(store, left), bytesOf(store, right));
     }
     switch (storageOf(column.type)) {
         case Storage::Integer:

@@ -22,6 +22,7 @@
 #include "base/text_order.hpp"
 #include "base/unicode.hpp"
 #include "data/failures.hpp"
+#include "data/variant_cell.hpp"
 
 namespace kap::ado {
 namespace {
@@ -199,21 +200,43 @@ bool matchesPattern(std::u16string_view text, std::u16string_view pattern) {
     return pattern.find_first_not_of(u"*%", wanted) == std::u16string_view::npos;
 }
 
-RowTest likeTest(const ColumnStore& store, const Node& node) {
+// The text of a cell that criteria compare.
+std::string shownText(const ColumnInfo& column, const ColumnStore& store, std::size_t row) {
+    return column.type == DataTypeEnum::adVariant ? variantCellText(store.bytes(row))
+                                                  : std::string(store.bytes(row));
+}
+
+RowTest likeTest(const ColumnInfo& column, const ColumnStore& store, const Node& node) {
     const std::u16string pattern = unicode::upper(String(node.value).view());
-    return [&store, pattern](std::size_t row) {
+    return [&column, &store, pattern](std::size_t row) {
         if (store.cell(row) == Cell::Null) {
             return false;
         }
         const bool replaced = store.cell(row) == Cell::ReplacedNull;
-        const String text(replaced ? std::string_view() : store.bytes(row));
+        const String text(replaced ? std::string() : shownText(column, store, row));
         return matchesPattern(unicode::upper(text.view()), pattern);
     };
 }
 
+// A cell with a type of its own: numbers are compared with numbers, all else as text.
+RowTest variantTest(const ColumnStore& store, const Node& node) {
+    const std::string value = node.value;
+    const bool number = node.literal == Node::Literal::Number;
+    return comparing(store, node.comparison, [&store, value, number](auto row, bool replaced) {
+        const std::string text = replaced ? std::string() : variantCellText(store.bytes(row));
+        const auto one = number ? Decimal::parse(text) : std::nullopt;
+        const auto other = number ? Decimal::parse(value) : std::nullopt;
+        return one && other ? std::partial_ordering(*one <=> *other)
+                            : std::partial_ordering(compareTexts(text, value));
+    });
+}
+
 RowTest textTest(const ColumnInfo& column, const ColumnStore& store, const Node& node) {
     if (node.comparison == Node::Operator::Like) {
-        return likeTest(store, node);
+        return likeTest(column, store, node);
+    }
+    if (column.type == DataTypeEnum::adVariant) {
+        return variantTest(store, node);
     }
     std::string value = node.value;
     if (column.type == DataTypeEnum::adGUID && value.starts_with('{') && value.ends_with('}')) {

@@ -99,7 +99,8 @@ std::int32_t Field::ActualSize() const {
     if (value.isNull() || value.isEmpty()) {
         return 0;
     }
-    switch (storageOf(Type())) {
+    const DataTypeEnum type = Type() == DataTypeEnum::adVariant ? dataTypeOf(value) : Type();
+    switch (storageOf(type)) {
         case Storage::Text:
             return static_cast<std::int32_t>(value.as<String>().size());
         case Storage::Binary:
@@ -108,7 +109,7 @@ std::int32_t Field::ActualSize() const {
         case Storage::Real:
             break;
     }
-    return DefinedSize();
+    return Type() == DataTypeEnum::adVariant ? widthOf(type) : DefinedSize();
 }
 
 std::uint8_t Field::Precision() const {
@@ -170,7 +171,7 @@ std::int32_t Field::Attributes() const {
 }
 
 std::string_view Field::utf8Value() const {
-    if (storageOf(Type()) != Storage::Text) {
+    if (storageOf(Type()) != Storage::Text || Type() == DataTypeEnum::adVariant) {
         throw AutomationError(kap::errors::kTypeMismatch);
     }
     return cursor().bytes(ordinal_);

@@ -17,6 +17,20 @@ std::string ofBytes(std::string_view bytes, Case letters) {
                    letters);
 }
 
+std::optional<std::string> toBytes(std::string_view digits) {
+    constexpr int kBase = 16;
+    if (digits.size() % 2 != 0) return std::nullopt;
+    std::string bytes;
+    bytes.reserve(digits.size() / 2);
+    for (std::size_t i = 0; i < digits.size(); i += 2) {
+        const int high = valueOf(static_cast<unsigned char>(digits[i]));
+        const int low = valueOf(static_cast<unsigned char>(digits[i + 1]));
+        if (high < 0 || low < 0) return std::nullopt;
+        bytes += static_cast<char>(high * kBase + low);
+    }
+    return bytes;
+}
+
 std::string ofNumber(std::uint64_t number, Case letters, std::size_t digits) {
     std::string text;
     for (; number != 0 || text.size() < digits; number >>= 4U) {

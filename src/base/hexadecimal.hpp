@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -27,6 +28,9 @@ enum class Case : std::uint8_t { Lower, Upper };
 // Two digits a byte.
 [[nodiscard]] std::string ofBytes(std::string_view bytes, Case letters = Case::Upper);
 [[nodiscard]] std::string ofBytes(std::span<const std::uint8_t> bytes, Case letters = Case::Upper);
+
+// The bytes that such digits of either case stand for; nullopt for anything else.
+[[nodiscard]] std::optional<std::string> toBytes(std::string_view digits);
 
 // A number without zeros in front, or with so many that it has `digits`.
 [[nodiscard]] std::string ofNumber(std::uint64_t number, Case letters, std::size_t digits = 1);

@@ -4,6 +4,7 @@
 
 #include "automation/convert/calendar.hpp"
 #include "base/hexadecimal.hpp"
+#include "data/variant_cell.hpp"
 
 namespace kap::ado {
 namespace {
@@ -68,6 +69,10 @@ bool appendCellText(const ColumnInfo& column, const ColumnStore& store, std::siz
     }
     if (column.wideDecimal) {
         text += store.bytes(row);
+        return true;
+    }
+    if (column.type == DataTypeEnum::adVariant) {
+        text += variantCellText(store.bytes(row));
         return true;
     }
     switch (storageOf(column.type)) {

@@ -11,6 +11,8 @@
 
 #include "automation/convert/calendar.hpp"
 #include "data/failures.hpp"
+#include "data/value_type.hpp"
+#include "data/variant_cell.hpp"
 
 namespace kap::ado {
 namespace {
@@ -69,7 +71,16 @@ Variant binaryVariant(std::string_view value) {
     return Array::ofBytes({bytes, bytes + value.size()});
 }
 
+// The value of a cell that has a type of its own.
+Variant ownVariant(std::string_view text) {
+    const VariantCell cell = unpackVariantCell(text);
+    return toVariant(cell.column, cell.value);
+}
+
 Variant bytesVariant(const ColumnInfo& column, std::string_view value) {
+    if (column.type == DataTypeEnum::adVariant) {
+        return ownVariant(value);
+    }
     return storageOf(column.type) == Storage::Binary ? binaryVariant(value)
                                                      : textVariant(column, value);
 }
@@ -172,7 +183,24 @@ Blob toBinary(const ColumnInfo& column, const Variant& value) {
     return {{bytes.begin(), bytes.end()}};
 }
 
+// A value that keeps its type; a text of a text stays one.
+std::string ownCell(const Variant& value) {
+    ColumnInfo own;
+    own.type = dataTypeOf(value);
+    own.definedSize = std::numeric_limits<std::int32_t>::max();
+    if (!isDecimalType(own.type)) {
+        return packVariantCell(own, toCell(own, value));
+    }
+    const Decimal decimal = convert::toDecimal(value);
+    own.wideDecimal = true;
+    own.numericScale = static_cast<std::uint8_t>(decimal.scale());
+    return packVariantCell(own, decimal.plainText());
+}
+
 Value convertCell(const ColumnInfo& column, const Variant& value) {
+    if (column.type == DataTypeEnum::adVariant) {
+        return ownCell(value);
+    }
     if (column.wideDecimal) {
         return convert::toDecimal(value).plainText();
     }
@@ -223,7 +251,7 @@ Variant toVariant(const ColumnInfo& column, const Value& value) {
         return realVariant(column, *real);
     }
     if (const auto* text = std::get_if<std::string>(&value)) {
-        return column.wideDecimal ? wideVariant(column, *text) : textVariant(column, *text);
+        return column.wideDecimal ? wideVariant(column, *text) : bytesVariant(column, *text);
     }
     if (const auto* blob = std::get_if<Blob>(&value)) {
         return binaryVariant(blob->bytes);

@@ -5,6 +5,7 @@
 #include <kaputil/automation/plain_text.hpp>
 
 #include "automation/convert/scaled_text.hpp"
+#include "data/variant_cell.hpp"
 #include "engine/engine_session.hpp"
 
 namespace kap::engine {
@@ -75,6 +76,12 @@ ResultValue resultValueOf(const ado::ColumnInfo& column, const ado::ColumnStore&
         column.type == ado::DataTypeEnum::adCurrency || column.type == ado::DataTypeEnum::adNumeric;
     if (column.wideDecimal) {
         return withDecimals(std::string(store.bytes(row)), column.numericScale);
+    }
+    if (column.type == ado::DataTypeEnum::adVariant) {
+        const ado::VariantCell cell = ado::unpackVariantCell(store.bytes(row));
+        ado::ColumnStore own;
+        ado::append(own, cell.value);
+        return resultValueOf(cell.column, own, 0);
     }
     switch (ado::storageOf(column.type)) {
         case ado::Storage::Integer:

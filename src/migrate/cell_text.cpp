@@ -82,6 +82,8 @@ std::string typeNameOf(const ado::Field& field) {
             return "image";
         case DataTypeEnum::adGUID:
             return "uniqueidentifier";
+        case DataTypeEnum::adVariant:
+            return "sql_variant";
         default:
             return "type " + plain::text(static_cast<std::int32_t>(field.Type()));
     }

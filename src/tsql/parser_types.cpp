@@ -44,7 +44,7 @@ std::optional<SqlType> typeNamed(std::string_view word) {
     return std::nullopt;
 }
 
-constexpr std::array kRefusedWords{"xml",      "sql_variant", "hierarchyid", "geography",
+constexpr std::array kRefusedWords{"xml",      "hierarchyid", "geography",
                                    "geometry", "cursor",      "table"};
 
 std::string place(const std::string& owner, int ordinal) {

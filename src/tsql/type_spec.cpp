@@ -26,6 +26,7 @@ constexpr int kAdSingle = 4;
 constexpr int kAdDouble = 5;
 constexpr int kAdCurrency = 6;
 constexpr int kAdBoolean = 11;
+constexpr int kAdVariant = 12;
 constexpr int kAdUnsignedTinyInt = 17;
 constexpr int kAdBigInt = 20;
 constexpr int kAdGuid = 72;
@@ -75,6 +76,7 @@ constexpr auto kTypeRows = std::to_array<TypeRow>({
     {SqlType::Time,          {"time",          {SqlType::Time, 0, 0, 7},        41,    5, 16, 7, 22, kAdVarWChar,        0,               kNone, kNone, false}},
     {SqlType::DateTime2,     {"datetime2",     {SqlType::DateTime2, 0, 0, 7},   42,    8, 27, 7, 26, kAdVarWChar,        0,               kNone, kNone, false}},
     {SqlType::DateTimeOffset, {"datetimeoffset", {SqlType::DateTimeOffset, 0, 0, 7}, 43, 10, 34, 7, 27, kAdVarWChar,     0,               kNone, kNone, false}},
+    {SqlType::SqlVariant,    {"sql_variant",   {SqlType::SqlVariant},           98, 8016,  0, 0, 28, kAdVariant,         8016,            kNone, kNone, false}},
 });
 // clang-format on
 
@@ -188,6 +190,9 @@ bool isDateTime(SqlType type) {
 }
 bool isFineDate(SqlType type) {
     return between(type, SqlType::Time, SqlType::DateTimeOffset);
+}
+bool isVariant(SqlType type) {
+    return type == SqlType::SqlVariant;
 }
 bool isText(SqlType type) {
     return between(type, SqlType::Char, SqlType::NText);

@@ -34,6 +34,7 @@ enum class SqlType {
     Time,
     DateTime2,
     DateTimeOffset,
+    SqlVariant,  // a value with the type that it has by itself
 };
 
 // The length of varchar(max), nvarchar(max), varbinary(max), text, ntext and image.
@@ -78,7 +79,7 @@ struct TypeFacts {
 
 [[nodiscard]] const TypeFacts& factsOf(SqlType type);
 
-inline constexpr int kSqlTypes = static_cast<int>(SqlType::DateTimeOffset) + 1;
+inline constexpr int kSqlTypes = static_cast<int>(SqlType::SqlVariant) + 1;
 
 // decimal or numeric of so many digits, wide when they are many.
 [[nodiscard]] TypeSpec decimalType(SqlType type, int precision, int scale);
@@ -123,6 +124,8 @@ inline constexpr int kSqlTypes = static_cast<int>(SqlType::DateTimeOffset) + 1;
 [[nodiscard]] bool isDateTime(SqlType type);
 // time, datetime2 and datetimeoffset, whose seconds have as many decimals as the type says.
 [[nodiscard]] bool isFineDate(SqlType type);
+// sql_variant, whose values have types of their own.
+[[nodiscard]] bool isVariant(SqlType type);
 // char, varchar, nchar, nvarchar, text and ntext.
 [[nodiscard]] bool isText(SqlType type);
 // nchar, nvarchar and ntext.

@@ -14,6 +14,7 @@
 #include "base/ascii.hpp"
 #include "base/hexadecimal.hpp"
 #include "data/failures.hpp"
+#include "data/variant_cell.hpp"
 
 namespace kap::ado::persist {
 namespace {
@@ -261,6 +262,9 @@ std::string realText(const ColumnInfo& column, double value) {
 }
 
 std::string textText(const ColumnInfo& column, const std::string& value) {
+    if (column.type == adVariant) {
+        return variantCellText(value);
+    }
     return column.type == adGUID ? "{" + value + "}" : value;
 }
 

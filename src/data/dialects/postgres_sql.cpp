@@ -196,6 +196,8 @@ private:
                 return "timestamp" + inParentheses(std::min<int>(column.scale, 6));
             case adGUID:
                 return "uuid";
+            case adVariant:
+                return "text";
             default:
                 return textType(column);
         }

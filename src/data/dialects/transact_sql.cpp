@@ -244,6 +244,8 @@ private:
                 return column.scale == 0 ? "smalldatetime" : timeType(column);
             case adGUID:
                 return "uniqueidentifier";
+            case adVariant:
+                return "sql_variant";
             default:
                 return textType(column);
         }

@@ -5,6 +5,7 @@
 
 #include <kaputil/data/error_numbers.hpp>
 
+#include "data/variant_cell.hpp"
 #include "drivers/odbc/diagnostics.hpp"
 #include "drivers/odbc/values.hpp"
 
@@ -177,6 +178,12 @@ void ParameterBinding::putNull(Bound& bound, DataTypeEnum type, std::uint8_t sca
 
 void ParameterBinding::put(Bound& bound, DataTypeEnum type, std::uint8_t scale,
                            const Value& value) {
+    if (const auto* cell = std::get_if<std::string>(&value);
+        cell != nullptr && type == DataTypeEnum::adVariant) {
+        const VariantCell own = unpackVariantCell(*cell);
+        put(bound, own.column.type, own.column.numericScale, own.value);
+        return;
+    }
     if (const auto* whole = std::get_if<std::int64_t>(&value)) {
         putWhole(bound, type, scale, *whole);
     } else if (const auto* real = std::get_if<double>(&value)) {

@@ -87,6 +87,9 @@ bool RowInsertion::fits(const RowBatch& batch) {
         const ColumnInfo& info = *column.info;
         const std::int32_t most =
             storageOf(info.type) == Storage::Binary ? kLongestBinary : kLongestUnits;
+        if (info.type == DataTypeEnum::adVariant) {
+            return false;  // each value has another form
+        }
         const bool digits = !info.wideDecimal || info.numericScale <= kWidestPrecision;
         return digits && (isFixed(info) ||
                           (!info.isLong && info.definedSize > 0 && info.definedSize <= most));

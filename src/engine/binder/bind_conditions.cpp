@@ -129,17 +129,21 @@ sql::Expression Binder::inQuery(const tsql::InPredicate& node, int line, Scope& 
 }
 
 sql::Expression Binder::test(const tsql::LikePredicate& node, int line, Scope& scope) {
-    const auto text = [&](const tsql::Expression& expression) {
+    const auto text = [&](const tsql::Expression& expression, const char* place) {
         BoundExpression bound = value(expression, scope);
         if (tsql::isText(bound.type.type)) return bound;
+        if (tsql::isVariant(bound.type.type)) {
+            throw ServerError(tsql::Message::InvalidArgumentType,
+                              {tsql::typeName(bound.type.type), place, "like"}, line);
+        }
         return castTo(bound, textTypeOf(bound.type), 0, line);
     };
-    const BoundExpression tested = text(*node.value);
-    const BoundExpression pattern = text(*node.pattern);
+    const BoundExpression tested = text(*node.value, "1");
+    const BoundExpression pattern = text(*node.pattern, "2");
     const ConstantSource source =
         comparedSource(writtenLiteral(*node.pattern), pattern, pattern, tested, tested);
     sql::Call call{fn::kLike, {tested.tree, operand(pattern, source)}};
-    if (node.escape) call.arguments.push_back(text(*node.escape).tree);
+    if (node.escape) call.arguments.push_back(text(*node.escape, "3").tree);
     if (const auto collation = commonCollation({tested, pattern}, "like", line)) {
         call.function = fn::kLikeAs;
         call.arguments.insert(call.arguments.begin(),

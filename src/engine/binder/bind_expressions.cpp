@@ -81,9 +81,25 @@ BoundExpression binaryLiteral(const std::string& digits) {
     return BoundExpression::literal(convert(even, text, type, Overlength::Cut, kPlainDigits), type);
 }
 
+// A type in messages about conversions into sql_variant, which takes nothing without limit.
+std::string nameWithLimit(const TypeSpec& type) {
+    const bool limitless = tsql::hasLength(type.type) && type.length == tsql::kMaxLength;
+    return tsql::typeName(type.type) + std::string(limitless ? "(max)" : "");
+}
+
+ConversionRule ruleFor(const TypeSpec& from, const TypeSpec& to) {
+    const bool limitless = from.length == tsql::kMaxLength;
+    return limitless && tsql::isVariant(to.type) ? ConversionRule::Never
+                                                 : conversionRule(from.type, to.type);
+}
+
 [[noreturn]] void clash(const BoundExpression& value, const TypeSpec& type, int line) {
-    throw ServerError(tsql::Message::OperandTypeClash,
-                      {tsql::typeName(value.type.type), tsql::typeName(type.type)}, line);
+    const bool variant = tsql::isVariant(type.type);
+    throw ServerError(
+        tsql::Message::OperandTypeClash,
+        {variant ? nameWithLimit(value.type) : tsql::typeName(value.type.type),
+         tsql::typeName(type.type)},
+        line);
 }
 
 BoundExpression folded(const BoundExpression& value, const TypeSpec& type, Overlength overlength,
@@ -97,7 +113,7 @@ BoundExpression folded(const BoundExpression& value, const TypeSpec& type, Overl
 }
 
 void checkImplicit(const BoundExpression& value, const TypeSpec& type, int line) {
-    switch (conversionRule(value.type.type, type.type)) {
+    switch (ruleFor(value.type, type)) {
         case ConversionRule::Implicit:
             return;
         case ConversionRule::Never:
@@ -350,8 +366,7 @@ BoundExpression Binder::convertTo(const BoundExpression& value, const TypeSpec& 
 
 BoundExpression Binder::castTo(const BoundExpression& value, const TypeSpec& type, int style,
                                int line) const {
-    const bool allowed =
-        conversionRule(value.type.type, type.type) != ConversionRule::Never || value.nullLiteral;
+    const bool allowed = ruleFor(value.type, type) != ConversionRule::Never || value.nullLiteral;
     if (value.constant() != nullptr && allowed) {
         return folded(value, type, Overlength::Cut, style, line);
     }
@@ -361,9 +376,13 @@ BoundExpression Binder::castTo(const BoundExpression& value, const TypeSpec& typ
 BoundExpression Binder::castCall(const fn::Function& function, const BoundExpression& value,
                                  const TypeSpec& type, sql::Expression style, int line) const {
     if (value.nullLiteral) return BoundExpression::nullOf(type);
-    if (conversionRule(value.type.type, type.type) == ConversionRule::Never) {
-        throw ServerError(tsql::Message::ExplicitConversionNotAllowed,
-                          {tsql::typeName(value.type.type), tsql::typeName(type.type)}, line);
+    if (ruleFor(value.type, type) == ConversionRule::Never) {
+        const bool variant = tsql::isVariant(type.type);
+        throw ServerError(
+            tsql::Message::ExplicitConversionNotAllowed,
+            {variant ? nameWithLimit(value.type) : tsql::typeName(value.type.type),
+             tsql::typeName(type.type)},
+            line);
     }
     if (!needsConversion(value.type, type)) {
         // The type was asked for, so the result is an expression of it and no longer the column.

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <array>
 #include <utility>
 
 #include <kaputil/automation/plain_text.hpp>
@@ -59,6 +60,24 @@ bool isOfTheServer(const tsql::ObjectName& name) {
     return equalsIgnoringCase(name.parts.front(), "sys") ||
            (equalsIgnoringCase(name.parts.front(), "master") &&
             asciiLower(name.last()).starts_with("fn_"));
+}
+
+// Few functions take a sql_variant as it is.
+void refuseVariantArguments(const ScalarFunction& function, const ScalarCall& call) {
+    static constexpr auto kTakingAny = std::to_array<std::string_view>(
+        {"binary_checksum", "checksum", "choose", "coalesce", "datalength", "iif", "isnull",
+         "isnumeric", "nullif", "sql_variant_property", "collate"});
+    const auto variant = std::ranges::find_if(call.arguments, [](const BoundExpression& argument) {
+        return tsql::isVariant(argument.type.type);
+    });
+    if (variant == call.arguments.end() ||
+        std::ranges::find(kTakingAny, function.name) != kTakingAny.end()) {
+        return;
+    }
+    const auto place = variant - call.arguments.begin() + (function.firstIsWord ? 2 : 1);
+    throw ServerError(
+        tsql::Message::InvalidArgumentType,
+        {"sql_variant", plain::text(static_cast<std::int64_t>(place)), call.name()}, call.line);
 }
 
 void refuseServerFunction(const std::string& name, int line) {
@@ -125,6 +144,7 @@ BoundExpression Binder::node(const FunctionCall& node, int line, Scope& scope) {
     for (std::size_t i = function->firstIsWord ? 1 : 0; i < node.arguments.size(); ++i) {
         call.arguments.push_back(value(*node.arguments[i], scope));
     }
+    refuseVariantArguments(*function, call);
     BoundExpression result = function->bind(call);
     if (result.collation == nullptr && tsql::isText(result.type.type) &&
         !equalsIgnoringCase(function->name, "collate")) {

@@ -64,6 +64,20 @@ TypeSpec decimalOperand(const BoundExpression& value) {
     return {SqlType::Numeric, 0, digits, 0};
 }
 
+// A sql_variant has to be converted before anything is computed with it.
+void refuseVariants(BinaryOperator op, const TypeSpec& left, const TypeSpec& right, int line) {
+    const bool leftIs = tsql::isVariant(left.type);
+    const bool rightIs = tsql::isVariant(right.type);
+    if (!leftIs && !rightIs) return;
+    if (leftIs && rightIs) invalidOperand(operatorName(op), left, line);
+    const TypeSpec& other = leftIs ? right : left;
+    if (tsql::isText(other.type) || tsql::isBinary(other.type)) {
+        incompatible(op, left, right, line);
+    }
+    throw ServerError(tsql::Message::ImplicitConversionNotAllowed,
+                      {"sql_variant", tsql::typeName(other.type)}, line);
+}
+
 bool nullable(const BoundExpression& left, const BoundExpression& right) {
     return left.nullable || right.nullable;
 }
@@ -156,6 +170,7 @@ BoundExpression Binder::arithmetic(BinaryOperator op, BoundExpression left, Boun
         if (large || type == SqlType::UniqueIdentifier)
             invalidOperand(operatorName(op), operand->type, line);
     }
+    refuseVariants(op, left.type, right.type, line);
     const bool texts = tsql::isText(left.type.type) || tsql::isText(right.type.type);
     const bool others = tsql::isNumber(left.type.type) || tsql::isNumber(right.type.type) ||
                         tsql::isDate(left.type.type) || tsql::isDate(right.type.type);

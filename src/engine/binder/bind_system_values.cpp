@@ -29,6 +29,7 @@ constexpr int kLockModeLength = 32;
 constexpr TypeSpec kIdentityType{SqlType::Numeric, 0, kIdentityPrecision, 0};
 constexpr TypeSpec kNameType{SqlType::NVarChar, kSystemNameLength};
 constexpr TypeSpec kWholeNumber{SqlType::Int};
+constexpr TypeSpec kVariant{SqlType::SqlVariant};
 
 struct SystemVariable {
     std::string_view name;
@@ -85,7 +86,7 @@ constexpr std::array kSystemFunctions = std::to_array<SystemFunction>({
     {"ident_seed", 1, 1, Takes::Text, SystemValue::IdentitySeed, kIdentityType, true},
     {"ident_incr", 1, 1, Takes::Text, SystemValue::IdentityIncrement, kIdentityType, true},
     {"db_id", 0, 1, Takes::Text, SystemValue::DatabaseId, {SqlType::SmallInt}},
-    {"databasepropertyex", 2, 2, Takes::TwoTexts, SystemValue::DatabaseProperty, kNameType},
+    {"databasepropertyex", 2, 2, Takes::TwoTexts, SystemValue::DatabaseProperty, kVariant},
     {"schema_id", 0, 1, Takes::Text, SystemValue::SchemaId, kWholeNumber, true},
     {"type_id", 1, 1, Takes::Text, SystemValue::TypeId, kWholeNumber, true},
     {"type_name", 1, 1, Takes::Number, SystemValue::TypeName, kNameType, true},
@@ -111,7 +112,7 @@ constexpr std::array kSystemFunctions = std::to_array<SystemFunction>({
     {"object_id", 1, 2, Takes::TwoTexts, SystemValue::ObjectId, kWholeNumber, true},
     {"object_name", 1, 2, Takes::Numbers, SystemValue::ObjectName, kNameType, true},
     {"object_schema_name", 1, 2, Takes::Numbers, SystemValue::ObjectSchema, kNameType, true},
-    {"objectpropertyex", 2, 2, Takes::NumberText, SystemValue::ObjectPropertyEx, kNameType, true},
+    {"objectpropertyex", 2, 2, Takes::NumberText, SystemValue::ObjectPropertyEx, kVariant, true},
     {"index_col", 3, 3, Takes::TextNumbers, SystemValue::IndexColumn, kNameType, true},
     {"indexkey_property", 4, 4, Takes::NumbersText, SystemValue::IndexKeyProperty, kWholeNumber,
      true},
@@ -144,7 +145,7 @@ constexpr std::array kSystemFunctions = std::to_array<SystemFunction>({
     {"col_length", 2, 2, Takes::TwoTexts, SystemValue::ColumnLength, {SqlType::SmallInt}, true},
     {"col_name", 2, 2, Takes::Numbers, SystemValue::ColumnName, kNameType, true},
     {"columnproperty", 3, 3, Takes::NumberText, SystemValue::ColumnProperty, kWholeNumber, true},
-    {"serverproperty", 1, 1, Takes::Text, SystemValue::ServerProperty, kNameType},
+    {"serverproperty", 1, 1, Takes::Text, SystemValue::ServerProperty, kVariant},
     {"applock_mode",
      3,
      3,
@@ -152,7 +153,7 @@ constexpr std::array kSystemFunctions = std::to_array<SystemFunction>({
      SystemValue::ApplicationLockMode,
      {SqlType::NVarChar, kLockModeLength}},
     {"applock_test", 4, 4, Takes::Text, SystemValue::ApplicationLockTest, {SqlType::SmallInt}},
-    {"session_context", 1, 1, Takes::Text, SystemValue::SessionContext, kMessageType},
+    {"session_context", 1, 1, Takes::Text, SystemValue::SessionContext, kVariant},
     {"cursor_status", 2, 2, Takes::TwoTexts, SystemValue::CursorStatus, {SqlType::SmallInt}},
 });
 
@@ -234,6 +235,13 @@ std::optional<BoundExpression> Binder::systemFunction(const tsql::FunctionCall& 
     for (std::size_t i = 0; i < call.arguments.size(); ++i) {
         const TypeSpec type = takesNumber(found->takes, i) ? kWholeNumber : kMessageType;
         asked.arguments.push_back(convertTo(value(*call.arguments[i], scope), type, line).tree);
+    }
+    // The session answers with a number or a name; what it was given to keep has its type already.
+    const bool typed = tsql::isVariant(found->type.type) &&
+                       found->value != SystemValue::SessionContext;
+    if (typed) {
+        return BoundExpression::expression(sql::call(fn::kVariant, sql::Expression(std::move(asked))),
+                                           found->type, true);
     }
     return BoundExpression::expression(std::move(asked), found->type, true);
 }

@@ -101,6 +101,9 @@ BoundExpression dataLength(ScalarCall& call) {
     if (tsql::isBinary(type)) {
         return result(call, sql::call(fn::kLength, argument.tree), countType(argument));
     }
+    if (tsql::isVariant(type)) {
+        return result(call, sql::call(fn::kVariantBytes, argument.tree), {SqlType::Int});
+    }
     return result(
         call, sql::when(sql::isNotNull(argument.tree), sql::number(tsql::bytesOf(argument.type))),
         {SqlType::Int});

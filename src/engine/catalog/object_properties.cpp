@@ -278,8 +278,7 @@ Value objectPropertyEx(const SchemaCatalogue& catalogue, std::int64_t id,
     const auto found = described(catalogue, id, wanted);
     if (!found) return {};
     if (wanted == "basetype") return found->kind;
-    const auto* whole = std::get_if<std::int64_t>(&found->answer);
-    return whole == nullptr ? Value() : Value(plain::text(*whole));
+    return std::holds_alternative<std::int64_t>(found->answer) ? found->answer : Value();
 }
 
 Value columnProperty(const SchemaCatalogue& catalogue, std::int64_t object,

@@ -50,16 +50,19 @@ Value serverProperty(std::string_view name) {
         {"productversion", kProductVersion},
         {"productlevel", "SP3"},
         {"edition", "Express Edition"},
-        {"engineedition", "4"},
-        {"collation", "Latin1_General_CI_AS"},
-        {"issingleuser", "0"},
-        {"isintegratedsecurityonly", "0"},
-        {"isfulltextinstalled", "0"},
-        {"isclustered", "0"}};
+        {"collation", "Latin1_General_CI_AS"}};
+    static constexpr std::pair<std::string_view, std::int64_t> kNumbers[] = {
+        {"engineedition", 4},   {"issingleuser", 0}, {"isintegratedsecurityonly", 0},
+        {"isfulltextinstalled", 0}, {"isclustered", 0}};
     const std::string lower = asciiLower(name);
     for (const auto& [property, value] : kProperties) {
         if (property == lower) {
             return std::string(value);
+        }
+    }
+    for (const auto& [property, value] : kNumbers) {
+        if (property == lower) {
+            return value;
         }
     }
     if (lower == "servername" || lower == "machinename") {

@@ -32,6 +32,7 @@ SystemRows tables(const SchemaCatalogue& catalogue) {
 
 Value lengthOf(const TypeSpec& type) {
     constexpr std::int64_t kLargest = 2147483647;
+    if (tsql::isVariant(type.type)) return std::int64_t{0};
     if (!tsql::isText(type.type) && !tsql::isBinary(type.type)) return std::monostate{};
     return number(tsql::isLarge(type.type) ? kLargest / (type.type == SqlType::NText ? 2 : 1)
                                            : type.length);

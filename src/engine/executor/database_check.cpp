@@ -15,6 +15,7 @@
 #include "engine/sqlite/functions/c_border.hpp"
 #include "engine/values/exact.hpp"
 #include "engine/values/fine_dates.hpp"
+#include "engine/values/variant.hpp"
 #include "tsql/lexer.hpp"
 #include "tsql/parser.hpp"
 #include "tsql/server_error.hpp"
@@ -44,6 +45,15 @@ void isSingleFunction(sqlite3_context* context, int /*count*/, sqlite3_value** v
 }
 
 constexpr const char* kIsInstant = "kap_check_instant";
+constexpr const char* kIsVariant = "kap_check_variant";
+
+// Whether a text is a sql_variant as it is stored, as SQL.
+void isVariantFunction(sqlite3_context* context, int /*count*/, sqlite3_value** values) {
+    ErrorSlot none;
+    atCBorder(context, none, [&] {
+        sqlite3_result_int(context, isVariantText(textBytes(values[0])) ? 1 : 0);
+    });
+}
 
 // Whether a text is a datetimeoffset of the packed type as it is stored, as SQL.
 void isInstantFunction(sqlite3_context* context, int /*count*/, sqlite3_value** values) {
@@ -181,6 +191,8 @@ std::string conditionOf(const std::string& column, const tsql::TypeSpec& type) {
         case SqlType::DateTimeOffset:
             return "typeof(" + column + ") = 'text' AND " + kIsInstant + "(" + column + ", " +
                    plain::text(packType(type)) + ")";
+        case SqlType::SqlVariant:
+            return "typeof(" + column + ") = 'text' AND " + kIsVariant + "(" + column + ")";
         case SqlType::UniqueIdentifier:
             break;
     }
@@ -201,6 +213,9 @@ public:
                                    nullptr, nullptr, nullptr);
         sqlite3_create_function_v2(connection_.handle(), kIsInstant, 2,
                                    SQLITE_UTF8 | SQLITE_DETERMINISTIC, nullptr, &isInstantFunction,
+                                   nullptr, nullptr, nullptr);
+        sqlite3_create_function_v2(connection_.handle(), kIsVariant, 1,
+                                   SQLITE_UTF8 | SQLITE_DETERMINISTIC, nullptr, &isVariantFunction,
                                    nullptr, nullptr, nullptr);
     }
 

@@ -28,6 +28,7 @@ std::size_t contextParameter(const tsql::Argument& argument, std::size_t place, 
 void ScriptRunner::setSessionContext(Frame& frame, Instruction& instruction,
                                      const tsql::ExecuteStatement& node) {
     constexpr tsql::TypeSpec kText{tsql::SqlType::NVarChar, 4000};
+    constexpr tsql::TypeSpec kVariant{tsql::SqlType::SqlVariant};
     const int line = instruction.line;
     std::array<Value, 3> given;
     std::array<bool, 3> isGiven{};
@@ -38,7 +39,7 @@ void ScriptRunner::setSessionContext(Frame& frame, Instruction& instruction,
         if (argument.value == nullptr) continue;
         tsql::TypeSpec type;
         const Value value = evaluateAny(frame, instruction, i, *argument.value, type);
-        given[place] = convert(value, type, kText, Overlength::Cut);
+        given[place] = convert(value, type, place == 1 ? kVariant : kText, Overlength::Cut);
     }
     for (const std::size_t needed : {std::size_t{0}, std::size_t{1}}) {
         if (isGiven[needed] && (needed == 1 || !isNull(given[0]))) continue;

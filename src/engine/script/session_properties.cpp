@@ -70,25 +70,26 @@ Value databaseFlag(std::string_view wanted) {
     return flagNamed(kFlags, wanted);
 }
 
-// DATABASEPROPERTYEX: texts, and what is yes or no.
+// DATABASEPROPERTYEX: names, numbers, and what is yes or no.
 Value databaseProperty(std::string_view wanted) {
     static constexpr std::pair<std::string_view, const char*> kTexts[] = {
         {"collation", "Latin1_General_CI_AS"},
-        {"comparisonstyle", "196609"},
-        {"lcid", "1033"},
         {"recovery", "FULL"},
-        {"sqlsortorder", "0"},
         {"status", "ONLINE"},
         {"updateability", "READ_WRITE"},
         {"useraccess", "MULTI_USER"},
-        {"version", "661"},
     };
+    static constexpr auto kNumbers = std::to_array<Flag>({
+        {"comparisonstyle", 196609},
+        {"lcid", 1033},
+        {"sqlsortorder", 0},
+        {"version", 661},
+    });
     for (const auto& [property, answer] : kTexts) {
         if (property == wanted) return std::string(answer);
     }
-    const Value flag = databaseFlag(wanted);
-    const auto* whole = std::get_if<std::int64_t>(&flag);
-    return whole == nullptr ? Value() : Value(plain::text(*whole));
+    Value number = flagNamed(kNumbers, wanted);
+    return isNull(number) ? databaseFlag(wanted) : number;
 }
 
 // The one collation that the database has, under each of its names.

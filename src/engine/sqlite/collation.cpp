@@ -5,12 +5,14 @@
 
 #include "base/text_order.hpp"
 #include "engine/sqlite/sqlite.hpp"
+#include "engine/values/variant.hpp"
 
 namespace kap::engine {
 namespace {
 
 constexpr const char* kTextCollation = "KAP_CI";
 constexpr const char* kInstantCollation = "KAP_INSTANT";
+constexpr const char* kVariantCollation = "KAP_VARIANT";
 
 std::string_view textOf(int size, const void* bytes) {
     return {static_cast<const char*>(bytes), static_cast<std::size_t>(size)};
@@ -50,7 +52,8 @@ void registerCollation(sqlite3* database, const char* name,
 
 std::string_view collationOf(const tsql::TypeSpec& type) {
     if (tsql::isText(type.type)) return kTextCollation;
-    return type.type == tsql::SqlType::DateTimeOffset ? kInstantCollation : "";
+    if (type.type == tsql::SqlType::DateTimeOffset) return kInstantCollation;
+    return tsql::isVariant(type.type) ? kVariantCollation : "";
 }
 
 std::string collationText(const tsql::TypeSpec& type) {
@@ -61,6 +64,7 @@ std::string collationText(const tsql::TypeSpec& type) {
 void registerCollations(sqlite3* database) {
     registerCollation(database, kTextCollation, &compareForSqlite<compareTexts>);
     registerCollation(database, kInstantCollation, &compareInstants);
+    registerCollation(database, kVariantCollation, &compareForSqlite<compareVariants>);
     registerCollation(database, "KAP_CS", &compareForSqlite<compareMatching<true, true, false>>);
     registerCollation(database, "KAP_CI_AI",
                       &compareForSqlite<compareMatching<false, false, false>>);

@@ -11,7 +11,7 @@ namespace kap::engine {
 
 // The collation that SQLite has to be told for values of a type: KAP_CI for texts (see
 // text_order.hpp), KAP_INSTANT for datetimeoffset, of which only the instant counts and not the
-// clock that shows it; empty for what SQLite orders by itself.
+// clock that shows it, KAP_VARIANT for sql_variant; empty for what SQLite orders by itself.
 [[nodiscard]] std::string_view collationOf(const tsql::TypeSpec& type);
 
 // The same as the definition of a column has it: " COLLATE KAP_CI", or empty.

@@ -187,6 +187,9 @@ inline constexpr Function kStuff{"kap_stuff"};
 inline constexpr Function kSubbytes{"kap_subbytes"};
 inline constexpr Function kSubstring{"kap_substring"};
 inline constexpr Function kTextBytes{"kap_text_bytes"};
+inline constexpr Function kVariant{"kap_variant"};
+inline constexpr Function kVariantProperty{"kap_variant_property"};
+inline constexpr Function kVariantBytes{"kap_variant_bytes"};
 inline constexpr Function kUnicode{"kap_unicode"};
 inline constexpr Function kUpper{"kap_upper"};
 

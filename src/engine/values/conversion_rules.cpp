@@ -46,10 +46,19 @@ ConversionRule fromBinary(SqlType from, SqlType to) {
     return ConversionRule::Never;
 }
 
+// What a sql_variant can hold goes in by itself, and comes out on request only.
+ConversionRule withVariant(SqlType other, bool into) {
+    const bool held = !tsql::isLarge(other) && other != SqlType::Timestamp;
+    if (!held) return ConversionRule::Never;
+    return into ? ConversionRule::Implicit : ConversionRule::ExplicitOnly;
+}
+
 }  // namespace
 
 ConversionRule conversionRule(SqlType from, SqlType to) {
     if (from == to) return ConversionRule::Implicit;
+    if (tsql::isVariant(to)) return withVariant(from, true);
+    if (tsql::isVariant(from)) return withVariant(to, false);
     // Large types take part only where their own kind of value is expected.
     if (tsql::isLarge(to) && tsql::isText(to) != tsql::isText(from)) return ConversionRule::Never;
     if (tsql::isNumber(from)) return fromNumber(from, to);

@@ -9,6 +9,7 @@
 #include "engine/values/convert_families.hpp"
 #include "engine/values/dates.hpp"
 #include "engine/values/fine_dates.hpp"
+#include "engine/values/variant.hpp"
 #include "tsql/server_error.hpp"
 
 namespace kap::engine {
@@ -173,6 +174,13 @@ Value fromBinary(const Blob& blob, const TypeSpec& from, const TypeSpec& to, Ove
 Value convert(const Value& value, const TypeSpec& from, const TypeSpec& to, Overlength overlength,
               int style) {
     if (isNull(value)) return value;
+    if (tsql::isVariant(to.type)) {
+        return tsql::isVariant(from.type) ? value : Value(variantOf(value, from));
+    }
+    if (tsql::isVariant(from.type)) {
+        const TypedValue typed = valueOfVariant(std::get<std::string>(value));
+        return convert(typed.value, typed.type, to, overlength, style);
+    }
     if (tsql::isExact(from.type)) {
         return fromExact(exactOf(value), from, to, overlength, style);
     }

@@ -4,6 +4,7 @@
 
 #include "base/ascii.hpp"
 #include "engine/values/convert.hpp"
+#include "engine/values/variant.hpp"
 
 namespace kap::engine {
 namespace {
@@ -54,6 +55,10 @@ std::string base64(std::string_view bytes) {
 }
 
 std::string formattedValue(const Value& value, const tsql::TypeSpec& type) {
+    if (tsql::isVariant(type.type)) {
+        const TypedValue typed = valueOfVariant(std::get<std::string>(value));
+        return formattedValue(typed.value, typed.type);
+    }
     if (tsql::isBinary(type.type)) return base64(std::get<Blob>(value).bytes);
     if (tsql::isText(type.type)) return std::get<std::string>(value);
     const tsql::TypeSpec text{tsql::SqlType::NVarChar, tsql::kMaxLength};

@@ -8,6 +8,7 @@
 #include "engine/values/formatted_value.hpp"
 #include "engine/values/json_text.hpp"
 #include "engine/values/text_units.hpp"
+#include "engine/values/variant.hpp"
 #include "tsql/server_error.hpp"
 
 namespace kap::engine {
@@ -353,6 +354,10 @@ std::string jsonString(std::string_view text) {
 
 std::string jsonOf(const Value& value, const tsql::TypeSpec& type, Markup markup) {
     if (isNull(value)) return "null";
+    if (tsql::isVariant(type.type)) {
+        const TypedValue typed = valueOfVariant(std::get<std::string>(value));
+        return jsonOf(typed.value, typed.type, markup);
+    }
     if (type.type == tsql::SqlType::Bit) {
         return std::get<std::int64_t>(value) != 0 ? "true" : "false";
     }

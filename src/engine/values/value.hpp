@@ -30,6 +30,7 @@
 // | binary                              | bytes padded with zeros to the length        |
 // | varbinary, image, timestamp         | bytes                                        |
 // | uniqueidentifier                    | text of 36 upper-case characters             |
+// | sql_variant                         | text that names the type, too (variant.hpp)  |
 //
 // So numbers and dates compare, sort and index as SQLite's own numbers do. Lengths of text count
 // UTF-16 code units.

@@ -133,6 +133,7 @@ void registerFunctions(sqlite3* connection, ErrorSlot& slot) {
     registerFineDateFunctions(registrar);
     registerAggregateFunctions(registrar);
     registerPackedValues(registrar);
+    registerVariantFunctions(registrar);
 }
 
 }  // namespace kap::engine

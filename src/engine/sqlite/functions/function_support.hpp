@@ -104,5 +104,6 @@ void registerDateFunctions(Registrar& registrar);
 void registerFineDateFunctions(Registrar& registrar);
 void registerAggregateFunctions(Registrar& registrar);
 void registerPackedValues(Registrar& registrar);
+void registerVariantFunctions(Registrar& registrar);
 
 }  // namespace kap::engine
