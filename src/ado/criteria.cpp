@@ -221,13 +221,14 @@ RowTest likeTest(const ColumnInfo& column, const ColumnStore& store, const Node&
 // A cell with a type of its own: numbers are compared with numbers, all else as text.
 RowTest variantTest(const ColumnStore& store, const Node& node) {
     const std::string value = node.value;
-    const bool number = node.literal == Node::Literal::Number;
+    const bool number = node.literal == Node::Literal::Word;
     return comparing(store, node.comparison, [&store, value, number](auto row, bool replaced) {
         const std::string text = replaced ? std::string() : variantCellText(store.bytes(row));
         const auto one = number ? Decimal::parse(text) : std::nullopt;
         const auto other = number ? Decimal::parse(value) : std::nullopt;
-        return one && other ? std::partial_ordering(*one <=> *other)
-                            : std::partial_ordering(compareTexts(text, value));
+        return one && other
+                   ? std::partial_ordering(compareDecimals(one->plainText(), other->plainText()))
+                   : std::partial_ordering(compareTexts(text, value));
     });
 }
 

@@ -54,6 +54,7 @@ constexpr auto kSqlTypes = std::to_array<Named>({
     {"bytea", adLongVarBinary},
     {"image", adLongVarBinary},
     {"uniqueidentifier", adGUID},
+    {"sql_variant", adVariant},
     {"uuid", adGUID},
 });
 

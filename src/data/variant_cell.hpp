@@ -6,7 +6,7 @@
 #include "data/driver.hpp"
 #include "data/value.hpp"
 
-// Cells of the type adVariant: each value has a type of its own. A cell is kept as a text that holds
+// Cells of the type adVariant: each value has a type of its own. A cell is a text that holds
 // both; nobody but these functions looks into it.
 namespace kap::ado {
 

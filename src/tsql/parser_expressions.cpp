@@ -292,12 +292,11 @@ std::vector<ExpressionPtr> Parser::functionArguments() {
     return values;
 }
 
-// text COLLATE name, as a function of both; a name of the database's own order changes nothing.
+// text COLLATE name, as a function of both.
 ExpressionPtr Parser::collated(ExpressionPtr text) {
     const int line = next().line;
     if (!atName()) unexpected();
     const std::string name = next().text;
-    if (equalsIgnoringCase(name, "database_default")) return text;
     return invoked("collate", line, std::move(text),
                    make(Literal{LiteralKind::NationalText, name}, line));
 }

@@ -326,7 +326,7 @@ private:
     CheckConstraint checkConstraint(std::string name);
     DefaultOption defaultOption(std::string name);
     bool indexOptions();  // true: duplicates are ignored
-    void keyOptions();
+    void keyOptions(KeyConstraint& key);
     Statement::Node alterTable();
     void alterAdd(AlterTableStatement& alter);
     void alterDrop(AlterTableStatement& alter);

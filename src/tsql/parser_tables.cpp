@@ -97,7 +97,7 @@ void Parser::tableConstraint(TableElements& table) {
     } else {
         KeyConstraint key = keyConstraint(std::move(constraintName));
         keyColumns(key);
-        keyOptions();
+        keyOptions(key);
         table.keys.push_back(std::move(key));
     }
 }
@@ -134,8 +134,8 @@ bool Parser::indexOptions() {
     return ignores;
 }
 
-void Parser::keyOptions() {
-    if (indexOptions()) refuse("IGNORE_DUP_KEY of a constraint");
+void Parser::keyOptions(KeyConstraint& key) {
+    key.ignoresDuplicates = indexOptions();
 }
 
 KeyConstraint Parser::keyConstraint(std::string name) {
@@ -257,8 +257,9 @@ void Parser::computedColumn(ColumnDefinition& column) {
 }
 
 bool Parser::columnOption(ColumnDefinition& column, TableElements& table) {
-    if (atKeyword("COLLATE")) {
-        collation();
+    if (acceptKeyword("COLLATE")) {
+        if (!atName()) unexpected();
+        column.collation = next().text;
         return true;
     }
     refuseKeyword("SPARSE", "SPARSE");
@@ -290,7 +291,7 @@ bool Parser::columnOption(ColumnDefinition& column, TableElements& table) {
         } else {
             key.columns.push_back(column.name);
         }
-        keyOptions();
+        keyOptions(key);
         table.keys.push_back(std::move(key));
     } else if (atKeyword("CHECK")) {
         CheckConstraint check = checkConstraint(std::move(constraintName));
@@ -339,7 +340,10 @@ Statement::Node Parser::alterTable() {
         result.column.line = peek().line;
         result.column.name = name();
         result.column.type = type(result.column.name, 1);
-        if (atKeyword("COLLATE")) collation();
+        if (acceptKeyword("COLLATE")) {
+            if (!atName()) unexpected();
+            result.column.collation = next().text;
+        }
         if (acceptKeyword("NULL")) {
             result.column.nullable = true;
         } else if (acceptKeyword("NOT")) {

@@ -157,6 +157,7 @@ struct KeyConstraint {
     std::string name;  // empty when not given
     bool primary = false;
     std::vector<std::string> columns;
+    bool ignoresDuplicates = false;  // WITH IGNORE_DUP_KEY
     int line = 1;
 };
 
@@ -188,6 +189,7 @@ struct ColumnDefinition {
     std::optional<DefaultOption> defaultValue;
     ExpressionPtr computed;    // of name AS expression
     std::string computedText;  // as written
+    std::string collation;     // that COLLATE names; empty: none
     int line = 1;
 };
 

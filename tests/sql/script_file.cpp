@@ -8,6 +8,8 @@
 
 #include <kaputil/automation/plain_text.hpp>
 
+#include "data/variant_cell.hpp"
+
 namespace kap::test {
 namespace {
 
@@ -134,6 +136,12 @@ std::string shownCell(const ado::ColumnInfo& column, const ado::ColumnStore& sto
     using ado::DataTypeEnum;
     if (store.cell(row) == ado::ColumnStore::Cell::Null) return "NULL";
     if (column.wideDecimal) return withDecimals(std::string(store.bytes(row)), column.numericScale);
+    if (column.type == DataTypeEnum::adVariant) {
+        const ado::VariantCell own = ado::unpackVariantCell(store.bytes(row));
+        ado::ColumnStore alone;
+        ado::append(alone, own.value);
+        return shownCell(own.column, alone, 0);
+    }
     switch (ado::storageOf(column.type)) {
         case ado::Storage::Integer:
             if (column.type == DataTypeEnum::adCurrency) return scaled(store.integer(row), 4);

@@ -164,7 +164,8 @@ std::string Binder::recursiveTable(const tsql::CommonTable& table, CommonName ow
         terms.back().items.push_back(
             {"", BoundExpression::expression(std::move(deeper), {tsql::SqlType::BigInt}, false)});
     }
-    std::vector<OutputColumn> columns = unify(terms, table.query->line, *this);
+    std::vector<OutputColumn> columns =
+        unify(terms, tsql::SetOperator::UnionAll, table.query->line, *this);
     const std::size_t count = columns.size();
     columns.pop_back();
     commonNames_[mark] = {table.name, commonColumns(table, std::move(columns)), ""};

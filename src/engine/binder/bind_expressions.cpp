@@ -95,11 +95,10 @@ ConversionRule ruleFor(const TypeSpec& from, const TypeSpec& to) {
 
 [[noreturn]] void clash(const BoundExpression& value, const TypeSpec& type, int line) {
     const bool variant = tsql::isVariant(type.type);
-    throw ServerError(
-        tsql::Message::OperandTypeClash,
-        {variant ? nameWithLimit(value.type) : tsql::typeName(value.type.type),
-         tsql::typeName(type.type)},
-        line);
+    throw ServerError(tsql::Message::OperandTypeClash,
+                      {variant ? nameWithLimit(value.type) : tsql::typeName(value.type.type),
+                       tsql::typeName(type.type)},
+                      line);
 }
 
 BoundExpression folded(const BoundExpression& value, const TypeSpec& type, Overlength overlength,
@@ -110,6 +109,15 @@ BoundExpression folded(const BoundExpression& value, const TypeSpec& type, Overl
     } catch (const ServerError& error) {
         throw error.at(line);
     }
+}
+
+// A text that is converted to another keeps its order.
+BoundExpression keptOrder(const BoundExpression& value, BoundExpression converted) {
+    if (tsql::isText(value.type.type) && tsql::isText(converted.type.type)) {
+        converted.collation = value.collation;
+        converted.coercibility = value.coercibility;
+    }
+    return converted;
 }
 
 void checkImplicit(const BoundExpression& value, const TypeSpec& type, int line) {
@@ -264,12 +272,18 @@ BoundExpression Binder::node(const tsql::BinaryExpression& node, int line, Scope
 
 BoundExpression Binder::operated(tsql::BinaryOperator op, BoundExpression left,
                                  BoundExpression right, int line) const {
-    std::shared_ptr<const TextCollation> collation;
-    if (left.collation != nullptr || right.collation != nullptr) {
-        collation = commonCollation({left, right}, "add", line);
+    Coercion together;
+    if (tsql::isText(left.type.type) && tsql::isText(right.type.type)) {
+        const Coercibility strongest = std::max(left.coercibility, right.coercibility);
+        together = left.collation == nullptr && right.collation == nullptr
+                       ? Coercion{nullptr, strongest}
+                       : coerced({left, right}, "add", line);
     }
     BoundExpression result = arithmetic(op, std::move(left), std::move(right), line);
-    if (tsql::isText(result.type.type)) result.collation = collation;
+    if (tsql::isText(result.type.type)) {
+        result.collation = std::move(together.collation);
+        result.coercibility = together.coercibility;
+    }
     return result;
 }
 
@@ -306,6 +320,8 @@ BoundExpression Binder::node(const tsql::ScalarSubquery& node, int line, Scope& 
         BoundExpression::expression(sql::Subquery{"SELECT " + value + " FROM (" + bound.sql + ")"},
                                     bound.columns[0].value.type, true);
     single.markup = bound.columns[0].value.markup;
+    single.collation = bound.columns[0].value.collation;
+    single.coercibility = bound.columns[0].value.coercibility;
     return single;
 }
 
@@ -338,7 +354,9 @@ BoundExpression Binder::node(const tsql::CaseExpression& node, int line, Scope& 
             choice.otherwise = std::move(result.tree);
         }
     }
-    return BoundExpression::expression(std::move(choice), *type, nullable);
+    BoundExpression chosen = BoundExpression::expression(std::move(choice), *type, nullable);
+    inheritCollation(chosen, results, "CASE", line);
+    return chosen;
 }
 
 sql::Expression Binder::caseSubject(const tsql::CaseExpression& node,
@@ -357,18 +375,21 @@ BoundExpression Binder::convertTo(const BoundExpression& value, const TypeSpec& 
     if (value.nullLiteral) return BoundExpression::nullOf(type);
     if (value.type == type) return value;
     checkImplicit(value, type, line);
-    if (value.constant() != nullptr) return folded(value, type, Overlength::Cut, 0, line);
+    if (value.constant() != nullptr) {
+        return keptOrder(value, folded(value, type, Overlength::Cut, 0, line));
+    }
     if (!needsConversion(value.type, type)) return value.as(type);
-    return BoundExpression::expression(
-        sql::Conversion{fn::kConvert, value.tree, value.type, type, sql::number(0)}, type,
-        value.nullable);
+    return keptOrder(
+        value, BoundExpression::expression(
+                   sql::Conversion{fn::kConvert, value.tree, value.type, type, sql::number(0)},
+                   type, value.nullable));
 }
 
 BoundExpression Binder::castTo(const BoundExpression& value, const TypeSpec& type, int style,
                                int line) const {
     const bool allowed = ruleFor(value.type, type) != ConversionRule::Never || value.nullLiteral;
     if (value.constant() != nullptr && allowed) {
-        return folded(value, type, Overlength::Cut, style, line);
+        return keptOrder(value, folded(value, type, Overlength::Cut, style, line));
     }
     return castCall(fn::kConvert, value, type, sql::number(style), line);
 }
@@ -378,25 +399,26 @@ BoundExpression Binder::castCall(const fn::Function& function, const BoundExpres
     if (value.nullLiteral) return BoundExpression::nullOf(type);
     if (ruleFor(value.type, type) == ConversionRule::Never) {
         const bool variant = tsql::isVariant(type.type);
-        throw ServerError(
-            tsql::Message::ExplicitConversionNotAllowed,
-            {variant ? nameWithLimit(value.type) : tsql::typeName(value.type.type),
-             tsql::typeName(type.type)},
-            line);
+        throw ServerError(tsql::Message::ExplicitConversionNotAllowed,
+                          {variant ? nameWithLimit(value.type) : tsql::typeName(value.type.type),
+                           tsql::typeName(type.type)},
+                          line);
     }
     if (!needsConversion(value.type, type)) {
         // The type was asked for, so the result is an expression of it and no longer the column.
-        return BoundExpression::expression(value.tree, type, value.nullable);
+        return keptOrder(value, BoundExpression::expression(value.tree, type, value.nullable));
     }
-    return BoundExpression::expression(
-        sql::Conversion{function, value.tree, value.type, type, std::move(style)}, type,
-        value.nullable);
+    return keptOrder(
+        value, BoundExpression::expression(
+                   sql::Conversion{function, value.tree, value.type, type, std::move(style)}, type,
+                   value.nullable));
 }
 
 sql::Expression Binder::stored(const BoundExpression& value, const TypeSpec& type, int line,
                                const WrittenLiteral& written) const {
     if (value.nullLiteral) return sql::null();
     checkImplicit(value, type, line);
+    requireCollation(value, type, line);
     if (value.constant() != nullptr) {
         const BoundExpression constant = folded(value, type, Overlength::Refuse, 0, line);
         ConstantSource source;

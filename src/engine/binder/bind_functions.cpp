@@ -25,12 +25,10 @@ namespace {
 
 void checkArgumentCount(const ScalarFunction& function, const FunctionCall& call, int line) {
     const int count = static_cast<int>(call.arguments.size());
+    if (call.star && function.name.ends_with("checksum")) return;
     if (!call.star && count >= function.fewest && (function.most < 0 || count <= function.most))
         return;
     const std::string name(function.name);
-    if (call.star && name.ends_with("checksum")) {
-        throw tsql::unsupported(asciiUpper(name) + "(*)", line);
-    }
     if (function.fewest == function.most) {
         throw ServerError(tsql::Message::WrongArgumentCount, {name, plain::text(function.fewest)},
                           line);
@@ -62,6 +60,26 @@ bool isOfTheServer(const tsql::ObjectName& name) {
             asciiLower(name.last()).starts_with("fn_"));
 }
 
+// The columns that the star of CHECKSUM(*) stands for: those that can be compared.
+std::vector<BoundExpression> everyColumn(const Scope& scope, int line) {
+    constexpr std::size_t kMost = 127;  // that a call within the database takes
+    std::vector<BoundExpression> columns;
+    for (const Source& source : scope.sources) {
+        for (const SourceColumn& column : source.columns) {
+            if (tsql::isLarge(column.value.type.type)) continue;
+            columns.push_back(scope.grouped
+                                  ? resolveColumn({{source.name, column.name}, line}, scope).value
+                                  : column.value);
+        }
+    }
+    scope.readsOwn = true;
+    if (columns.empty()) throw tsql::syntaxError("*", line);
+    if (columns.size() > kMost) {
+        throw tsql::unsupported("CHECKSUM(*) of more than 127 columns", line);
+    }
+    return columns;
+}
+
 // Few functions take a sql_variant as it is.
 void refuseVariantArguments(const ScalarFunction& function, const ScalarCall& call) {
     static constexpr auto kTakingAny = std::to_array<std::string_view>(
@@ -75,9 +93,9 @@ void refuseVariantArguments(const ScalarFunction& function, const ScalarCall& ca
         return;
     }
     const auto place = variant - call.arguments.begin() + (function.firstIsWord ? 2 : 1);
-    throw ServerError(
-        tsql::Message::InvalidArgumentType,
-        {"sql_variant", plain::text(static_cast<std::int64_t>(place)), call.name()}, call.line);
+    throw ServerError(tsql::Message::InvalidArgumentType,
+                      {"sql_variant", plain::text(static_cast<std::int64_t>(place)), call.name()},
+                      call.line);
 }
 
 void refuseServerFunction(const std::string& name, int line) {
@@ -144,11 +162,11 @@ BoundExpression Binder::node(const FunctionCall& node, int line, Scope& scope) {
     for (std::size_t i = function->firstIsWord ? 1 : 0; i < node.arguments.size(); ++i) {
         call.arguments.push_back(value(*node.arguments[i], scope));
     }
+    if (node.star) call.arguments = everyColumn(scope, line);
     refuseVariantArguments(*function, call);
     BoundExpression result = function->bind(call);
-    if (result.collation == nullptr && tsql::isText(result.type.type) &&
-        !equalsIgnoringCase(function->name, "collate")) {
-        result.collation = commonCollation(call.arguments, function->name.data(), line);
+    if (!equalsIgnoringCase(function->name, "collate")) {
+        inheritCollation(result, call.arguments, function->name.data(), line);
     }
     return result;
 }
@@ -249,9 +267,12 @@ BoundExpression Binder::aggregate(const FunctionCall& call, int line, Scope& sco
         type == SqlType::Image) {
         throw ServerError(tsql::Message::InvalidOperandType, {tsql::typeName(type), name}, line);
     }
-    return BoundExpression::expression(
+    BoundExpression result = BoundExpression::expression(
         aggregateCall(name == "min" ? fn::kMin : fn::kMax, collated(argument), call.distinct),
         argument.type, true);
+    result.collation = argument.collation;
+    result.coercibility = argument.coercibility;
+    return result;
 }
 
 BoundExpression Binder::total(const BoundExpression& argument, bool distinct,

@@ -4,6 +4,7 @@
 #include "engine/binder/aggregates.hpp"
 #include "engine/binder/binder.hpp"
 #include "engine/binder/bound_select.hpp"
+#include "engine/binder/collations.hpp"
 #include "engine/binder/type_rules.hpp"
 #include "engine/sqlite/sql_writer.hpp"
 #include "tsql/server_error.hpp"
@@ -77,6 +78,8 @@ Binder::BoundSelect Binder::select(const tsql::Select& select,
     if (bound.grouped) grouping(select, bound);
     bound.scope->aggregates = AggregateUse::Allowed;
     selectItems(select, bound, line);
+    for (std::size_t i = 0; i < bound.items.size(); ++i)
+        requireCollation(bound.items[i].value, i + 1, line);
     if (select.having) {
         const Restored clause(bound.scope->groupedClause, "HAVING clause");
         const Restored windows(bound.scope->windowsRefused, true);

@@ -95,6 +95,8 @@ Source Binder::tableSource(const Table& table, const std::string& name) {
         value.table = &table;
         value.column = &column;
         value.plainColumn = true;
+        value.collation = column.collation;
+        value.coercibility = Coercibility::Implicit;
         source.columns.push_back({column.name, std::move(value)});
     }
     return source;

@@ -237,11 +237,11 @@ std::optional<BoundExpression> Binder::systemFunction(const tsql::FunctionCall& 
         asked.arguments.push_back(convertTo(value(*call.arguments[i], scope), type, line).tree);
     }
     // The session answers with a number or a name; what it was given to keep has its type already.
-    const bool typed = tsql::isVariant(found->type.type) &&
-                       found->value != SystemValue::SessionContext;
+    const bool typed =
+        tsql::isVariant(found->type.type) && found->value != SystemValue::SessionContext;
     if (typed) {
-        return BoundExpression::expression(sql::call(fn::kVariant, sql::Expression(std::move(asked))),
-                                           found->type, true);
+        return BoundExpression::expression(
+            sql::call(fn::kVariant, sql::Expression(std::move(asked))), found->type, true);
     }
     return BoundExpression::expression(std::move(asked), found->type, true);
 }

@@ -374,7 +374,8 @@ private:
                                    const std::vector<tsql::OrderItem>& orderBy, Scope* outer);
     [[nodiscard]] BoundQuery unionQuery(const tsql::Query& query,
                                         const std::vector<tsql::OrderItem>& orderBy, Scope* outer);
-    [[nodiscard]] static std::vector<OutputColumn> unify(std::vector<BoundSelect>& terms, int line,
+    [[nodiscard]] static std::vector<OutputColumn> unify(std::vector<BoundSelect>& terms,
+                                                         tsql::SetOperator joinedBy, int line,
                                                          const Binder& binder);
     [[nodiscard]] static std::string unionText(std::vector<BoundSelect>& terms,
                                                const tsql::Query& query);

@@ -47,7 +47,7 @@ BoundExpression BoundExpression::null() {
 
 sql::Expression inOrderOf(const BoundExpression& expression, sql::Expression tree) {
     if (expression.collation == nullptr) return sql::collated(std::move(tree), expression.type);
-    return sql::Collated{std::move(tree), expression.collation->inSqlite};
+    return sql::Collated{std::move(tree), expression.collation->name};
 }
 
 sql::Expression collated(const BoundExpression& expression, sql::Expression tree) {

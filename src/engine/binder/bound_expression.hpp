@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -14,6 +15,10 @@
 #include "tsql/type_spec.hpp"
 
 namespace kap::engine {
+
+// Whose order of texts wins where two meet: that of COLLATE, of a column, of anything else. Columns
+// of two orders have none together.
+enum class Coercibility : std::uint8_t { Default, Implicit, Explicit, None };
 
 // An expression that has been bound: its tree, which yields storage form, and its static type.
 struct BoundExpression {
@@ -32,8 +37,10 @@ struct BoundExpression {
     // The sum or the joined texts that this is, for a longer one to take over. Texts that are cut
     // to the longest one are a conversion of these.
     sql::Expression chain = {};
-    // The order that COLLATE says; null: that of its type.
+    // The order that COLLATE says, here or of a column; null: that of its type. Without an order
+    // it tells what does not go together.
     std::shared_ptr<const TextCollation> collation = nullptr;
+    Coercibility coercibility = Coercibility::Default;
     // A text that is XML or JSON to FOR XML and FOR JSON.
     Markup markup = Markup::None;
     // IDENTITY(...) of SELECT ... INTO, whose numbers are given when the rows are written.

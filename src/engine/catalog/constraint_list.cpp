@@ -263,6 +263,8 @@ std::vector<IndexInfo> SchemaCatalogue::keysAndIndexes() const {
                                   key.columns,
                                   std::vector<bool>(key.columns.size()),
                                   {}});
+                result.back().ignoresDuplicates =
+                    !table->ignoring.empty() && ignoresDuplicates(*table, key, made);
             }
         }
         std::ranges::copy_if(made, std::back_inserter(result), [&](const IndexInfo& index) {

@@ -1,7 +1,10 @@
 #include "engine/catalog/index_notes.hpp"
 
+#include <utility>
+
 #include "base/quoting.hpp"
 #include "engine/catalog/tables.hpp"
+#include "engine/catalog/table_text.hpp"
 #include "tsql/parser.hpp"
 #include "tsql/server_error.hpp"
 
@@ -89,6 +92,22 @@ std::string withIncludedRenamed(const std::string& createIndex, std::string_view
         if (sameName(name, before)) name = after;
     }
     return std::string(createIndex).replace(at, comment.size(), commentOf(notes));
+}
+
+std::vector<std::string> conflictTargetsOfKeys(std::string_view createTable) {
+    std::vector<std::string> targets;
+    const TableText text(createTable);
+    for (const TableText::Element& element : text.elements()) {
+        if (!element.isKey()) continue;
+        if (auto target = conflictTarget(element.text)) targets.push_back(std::move(*target));
+    }
+    return targets;
+}
+
+bool keyIgnores(std::string_view createTable, std::string_view key) {
+    TableText text(createTable);
+    const TableText::Element* element = text.constraint(key);
+    return element != nullptr && notesOf(element->text).ignoresDuplicates;
 }
 
 std::optional<std::string> conflictTarget(std::string_view createIndex) {

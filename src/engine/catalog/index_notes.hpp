@@ -22,6 +22,12 @@ struct IndexNotes {
 [[nodiscard]] std::string withIncludedRenamed(const std::string& createIndex,
                                               std::string_view before, const std::string& after);
 
+// What "ON CONFLICT" takes for the keys of a table that ignore duplicates: their columns, as they
+// stand in its text, each with the note behind them within the brackets.
+[[nodiscard]] std::vector<std::string> conflictTargetsOfKeys(std::string_view createTable);
+// Whether the key of that name is one of them.
+[[nodiscard]] bool keyIgnores(std::string_view createTable, std::string_view key);
+
 // What "ON CONFLICT" takes for an index that ignores duplicates: its columns and its filter, as
 // they stand in its text. Nothing for any other index.
 [[nodiscard]] std::optional<std::string> conflictTarget(std::string_view createIndex);

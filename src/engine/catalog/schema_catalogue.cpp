@@ -6,10 +6,10 @@
 #include <utility>
 
 #include "base/ascii.hpp"
-#include "engine/catalog/index_notes.hpp"
 #include "engine/catalog/object_names.hpp"
 #include "engine/catalog/source_text.hpp"
 #include "engine/catalog/table_text.hpp"
+#include "engine/sqlite/collation.hpp"
 #include "engine/values/text_units.hpp"
 #include "engine/values/value.hpp"
 #include "tsql/parser.hpp"
@@ -90,6 +90,11 @@ Column readColumn(const PreparedStatement& row, const std::optional<Counters::Re
     return column;
 }
 
+// That of a column which COLLATE has given another order than the database's.
+std::shared_ptr<const TextCollation> ownCollation(std::string_view name) {
+    return name.empty() || name.starts_with("KAP_") ? nullptr : knownCollation(name);
+}
+
 }  // namespace
 
 SchemaCatalogue::SchemaCatalogue(Database& database, Counters& counters)
@@ -157,6 +162,7 @@ void SchemaCatalogue::added(const Table& table) {
     functions_.clear();
     sequences_.clear();
     synonyms_.clear();
+    if (!table.ignoring.empty()) ignoring_.reset();
     counters_.schemaChanged();
     tables_.insert_or_assign(folded(table.name), Entry{table.name, table.temporary, nullptr});
     noteFileVersion(versionInFile());
@@ -212,7 +218,12 @@ std::unique_ptr<Table> SchemaCatalogue::read(const Entry& entry) const {
                                                    ".table_xinfo(" + sqlName(entry.name) + ")");
     while (rows.step()) {
         if (rows.integer(XInfo::Hidden) != kHiddenColumn) {
-            table->columns.push_back(readColumn(rows, record));
+            Column column = readColumn(rows, record);
+            if (tsql::isText(column.type.type)) {
+                column.collation = ownCollation(collationOfColumn(
+                    database_.handle(), entry.temporary, entry.name, column.name));
+            }
+            table->columns.push_back(std::move(column));
         }
     }
     addDefinitions(*table);
@@ -265,25 +276,6 @@ void SchemaCatalogue::addLaterKey(Table& table) const {
             }
         }
     }
-}
-
-// Few indexes ignore duplicates: all of them are looked for at once.
-void SchemaCatalogue::addIgnoring(Table& table) const {
-    if (!ignoring_) {
-        ignoring_.emplace();
-        PreparedStatement look(database_.handle(),
-                               "SELECT tbl_name, sql FROM main.sqlite_schema WHERE type = 'index' "
-                               "AND sql LIKE '%/*~ ignore%' UNION ALL SELECT tbl_name, sql FROM "
-                               "temp.sqlite_schema WHERE type = 'index' AND sql LIKE '%/*~ "
-                               "ignore%'");
-        while (look.step()) {
-            if (auto target = conflictTarget(look.text(1)))
-                ignoring_->emplace(look.text(0), std::move(*target));
-        }
-    }
-    const auto own = ignoring_->equal_range(table.name);
-    for (auto each = own.first; each != own.second; ++each)
-        table.ignoring.push_back(each->second);
 }
 
 std::vector<const Table*> SchemaCatalogue::tables() const {

@@ -225,6 +225,9 @@ private:
     mutable std::map<std::string, Function> functions_;  // by the folded name
     mutable std::map<std::string, Sequence> sequences_;
     mutable std::map<std::string, tsql::ObjectName> synonyms_;
+    [[nodiscard]] bool ignoresDuplicates(const Table& table, const ConstraintInfo& key,
+                                         const std::vector<IndexInfo>& indexes) const;
+
     // What ON CONFLICT takes for indexes that ignore duplicates, by their tables' names.
     mutable std::optional<std::multimap<std::string, std::string, std::less<>>> ignoring_;
     // By the name and the text, so that they outlive a change of something else.

@@ -50,10 +50,13 @@ Value serverProperty(std::string_view name) {
         {"productversion", kProductVersion},
         {"productlevel", "SP3"},
         {"edition", "Express Edition"},
-        {"collation", "Latin1_General_CI_AS"}};
+        {"collation", kDatabaseCollation}};
     static constexpr std::pair<std::string_view, std::int64_t> kNumbers[] = {
-        {"engineedition", 4},   {"issingleuser", 0}, {"isintegratedsecurityonly", 0},
-        {"isfulltextinstalled", 0}, {"isclustered", 0}};
+        {"engineedition", 4},
+        {"issingleuser", 0},
+        {"isintegratedsecurityonly", 0},
+        {"isfulltextinstalled", 0},
+        {"isclustered", 0}};
     const std::string lower = asciiLower(name);
     for (const auto& [property, value] : kProperties) {
         if (property == lower) {

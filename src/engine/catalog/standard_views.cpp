@@ -38,6 +38,20 @@ Value lengthOf(const TypeSpec& type) {
                                            : type.length);
 }
 
+// The same in bytes.
+Value octetsOf(const TypeSpec& type) {
+    constexpr std::int64_t kBytesOfUnit = 2;
+    const Value length = lengthOf(type);
+    const auto* units = std::get_if<std::int64_t>(&length);
+    const bool wide = tsql::isNational(type.type) && units != nullptr && *units > 0;
+    return wide ? number(*units * kBytesOfUnit) : length;
+}
+
+Value characterSet(const TypeSpec& type) {
+    if (!tsql::isText(type.type)) return {};
+    return text(tsql::isNational(type.type) ? "UNICODE" : "iso_1");
+}
+
 SystemRows columns(const SchemaCatalogue& catalogue) {
     SystemRows view{{{"TABLE_CATALOG", kName},
                      {"TABLE_SCHEMA", kName},
@@ -48,9 +62,12 @@ SystemRows columns(const SchemaCatalogue& catalogue) {
                      {"IS_NULLABLE", {SqlType::VarChar, 3}},
                      {"DATA_TYPE", kName},
                      {"CHARACTER_MAXIMUM_LENGTH", kInt},
+                     {"CHARACTER_OCTET_LENGTH", kInt},
                      {"NUMERIC_PRECISION", kTinyInt},
                      {"NUMERIC_SCALE", kInt},
-                     {"DATETIME_PRECISION", kSmallInt}},
+                     {"DATETIME_PRECISION", kSmallInt},
+                     {"CHARACTER_SET_NAME", kName},
+                     {"COLLATION_NAME", kName}},
                     {}};
     for (const Table* table : catalogue.tables()) {
         std::int64_t ordinal = 0;
@@ -64,9 +81,10 @@ SystemRows columns(const SchemaCatalogue& catalogue) {
                  text(column.name), number(++ordinal),
                  given ? text(shownDefinition(shownSource(column))) : Value(),
                  text(column.nullable ? "YES" : "NO"), text(tsql::typeName(type.type)),
-                 lengthOf(type), counts ? number(tsql::precisionOf(type)) : Value(),
+                 lengthOf(type), octetsOf(type), counts ? number(tsql::precisionOf(type)) : Value(),
                  counts && !tsql::isApproximate(type.type) ? number(tsql::scaleOf(type)) : Value(),
-                 dated ? number(tsql::scaleOf(type)) : Value()});
+                 dated ? number(tsql::scaleOf(type)) : Value(), characterSet(type),
+                 collationOf(column)});
         }
     }
     return view;

@@ -184,13 +184,15 @@ SystemRows columnRows(const SchemaCatalogue& catalogue, bool modern) {
         view.columns = {
             {"object_id", kInt},          {"name", kName},        {"column_id", kInt},
             {"system_type_id", kTinyInt}, {"user_type_id", kInt}, {"max_length", kSmallInt},
-            {"precision", kTinyInt},      {"scale", kTinyInt},    {"is_nullable", kBit},
-            {"is_identity", kBit},        {"is_computed", kBit},  {"default_object_id", kInt}};
+            {"precision", kTinyInt},      {"scale", kTinyInt},    {"collation_name", kName},
+            {"is_nullable", kBit},        {"is_identity", kBit},  {"is_computed", kBit},
+            {"default_object_id", kInt}};
     } else {
-        view.columns = {{"id", kInt},           {"name", kName},          {"colid", kSmallInt},
-                        {"xtype", kTinyInt},    {"xusertype", kSmallInt}, {"length", kSmallInt},
-                        {"prec", kSmallInt},    {"scale", kInt},          {"isnullable", kInt},
-                        {"colstat", kSmallInt}, {"iscomputed", kInt},     {"cdefault", kInt}};
+        view.columns = {{"id", kInt},         {"name", kName},          {"colid", kSmallInt},
+                        {"xtype", kTinyInt},  {"xusertype", kSmallInt}, {"length", kSmallInt},
+                        {"prec", kSmallInt},  {"scale", kInt},          {"collation", kName},
+                        {"isnullable", kInt}, {"colstat", kSmallInt},   {"iscomputed", kInt},
+                        {"cdefault", kInt}};
     }
     for (const Table* table : catalogue.tables()) {
         std::int64_t ordinal = 0;
@@ -199,8 +201,8 @@ SystemRows columnRows(const SchemaCatalogue& catalogue, bool modern) {
                 {number(objectId(table->name)), text(column.name), number(++ordinal),
                  number(typeId(column.type.type)), number(typeId(column.type.type)),
                  number(tsql::bytesOf(column.type)), number(tsql::precisionOf(column.type)),
-                 number(tsql::scaleOf(column.type)), flag(column.nullable),
-                 flag(column.identity.has_value()), flag(column.computed),
+                 number(tsql::scaleOf(column.type)), views::collationOf(column),
+                 flag(column.nullable), flag(column.identity.has_value()), flag(column.computed),
                  defaultId(*table, column)});
         }
     }

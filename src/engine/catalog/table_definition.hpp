@@ -12,6 +12,7 @@ struct TableKey {
     std::string name;  // given, or made from the table's name
     bool primary = false;
     std::vector<std::string> columns;
+    bool ignoresDuplicates = false;
 };
 
 // A table being created: what SQLite's schema cannot tell (identities, names of keys) and what it

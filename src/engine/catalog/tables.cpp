@@ -1,5 +1,7 @@
 #include "engine/catalog/tables.hpp"
 
+#include "engine/sqlite/collation.hpp"
+
 #include <algorithm>
 
 #include "base/ascii.hpp"
@@ -9,6 +11,11 @@
 #include "engine/values/text_units.hpp"
 
 namespace kap::engine {
+
+std::string collationText(const Column& column) {
+    if (column.collation != nullptr) return " COLLATE " + column.collation->name;
+    return collationText(column.type);
+}
 
 const Column* Table::find(std::string_view column) const {
     const auto found = std::ranges::find_if(

@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "engine/values/text_collation.hpp"
 #include "engine/values/value.hpp"
 #include "tsql/statements.hpp"
 #include "tsql/type_spec.hpp"
@@ -34,11 +35,16 @@ struct Column {
     // What that was written as; empty in a file of before.
     std::string source;
     std::string defaultName;  // of its constraint; empty when it was not named
+    // Of a text, where it is not the database's.
+    std::shared_ptr<const TextCollation> collation = nullptr;
     // Computed from other columns of the row (`defaultSql` says how): it cannot be written.
     bool computed = false;
 
     [[nodiscard]] bool isRowVersion() const { return type.type == tsql::SqlType::Timestamp; }
 };
+
+// What its definition in the file says of its order: " COLLATE KAP_CI", or empty.
+[[nodiscard]] std::string collationText(const Column& column);
 
 struct Sequence;
 

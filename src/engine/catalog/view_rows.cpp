@@ -7,6 +7,11 @@
 
 namespace kap::engine::views {
 
+Value collationOf(const Column& column) {
+    if (!tsql::isText(column.type.type)) return {};
+    return column.collation == nullptr ? text(kDatabaseCollation) : text(column.collation->name);
+}
+
 Value bare(std::string_view storedName) {
     return std::string(bareName(storedName));
 }

@@ -50,9 +50,8 @@ constexpr const char* kIsVariant = "kap_check_variant";
 // Whether a text is a sql_variant as it is stored, as SQL.
 void isVariantFunction(sqlite3_context* context, int /*count*/, sqlite3_value** values) {
     ErrorSlot none;
-    atCBorder(context, none, [&] {
-        sqlite3_result_int(context, isVariantText(textBytes(values[0])) ? 1 : 0);
-    });
+    atCBorder(context, none,
+              [&] { sqlite3_result_int(context, isVariantText(textBytes(values[0])) ? 1 : 0); });
 }
 
 // Whether a text is a datetimeoffset of the packed type as it is stored, as SQL.

@@ -57,8 +57,8 @@ Value storedVariant(std::string_view cell) {
     if (own.column.engineType != 0) {
         const tsql::TypeSpec type = unpackType(own.column.engineType);
         const bool told = isTold(type) || tsql::isDecimal(type.type);
-        return variantOf(
-            told ? convert(own.value, kText, type, Overlength::Refuse) : own.value, type);
+        return variantOf(told ? convert(own.value, kText, type, Overlength::Refuse) : own.value,
+                         type);
     }
     if (!own.column.wideDecimal) {
         return variantOf(own.value, typeOf(own.column.type, own.column.numericScale));
@@ -68,8 +68,8 @@ Value storedVariant(std::string_view cell) {
     int count = 1;
     for (Wide rest = digits.value / 10; rest != 0; rest = rest / 10)
         ++count;
-    const tsql::TypeSpec type = tsql::decimalType(tsql::SqlType::Numeric,
-                                                  std::max(count, digits.scale), digits.scale);
+    const tsql::TypeSpec type =
+        tsql::decimalType(tsql::SqlType::Numeric, std::max(count, digits.scale), digits.scale);
     return variantOf(exactValue(digits.value, type), type);
 }
 

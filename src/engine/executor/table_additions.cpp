@@ -1,5 +1,6 @@
 #include <algorithm>
 
+#include "engine/catalog/index_notes.hpp"
 #include "engine/catalog/object_names.hpp"
 #include "engine/executor/deferred_rules.hpp"
 #include "engine/executor/table_changer.hpp"
@@ -112,8 +113,8 @@ void TableChanger::addKeys(const Table& table, const TableBuilder& builder, int 
         try {
             run("CREATE UNIQUE INDEX " + std::string(table.temporary ? "temp." : "main.") +
                 sqlName(indexName(table, key.name)) + " ON " + sqlName(table.name) + " (" +
-                nameList(key.columns) + ")");
-            if (!nulls.empty()) run(nulls);
+                nameList(key.columns) + ")" + commentOf({key.ignoresDuplicates, {}}));
+            if (!nulls.empty()) run(nulls + commentOf({key.ignoresDuplicates, {}}));
         } catch (const SqliteError& error) {
             if (error.code() != SQLITE_CONSTRAINT_UNIQUE) throw;
             throw duplicateRows(table.name, key.name).at(line);

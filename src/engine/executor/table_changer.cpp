@@ -128,6 +128,8 @@ void TableChanger::alterColumn(const Table& table, const tsql::ColumnDefinition&
     }
     Column after = *before;
     after.type = definition.type;
+    after.collation = collationOf(definition);
+    if (after.collation != before->collation) refuseDependents(table, *before, line);
     after.nullable = definition.nullable.value_or(true) && before->keyOrdinal == 0;
     const std::string target = tableSql(table.name, table.temporary);
     const std::string name = sqlName(before->name);
@@ -148,6 +150,14 @@ void TableChanger::alterColumn(const Table& table, const tsql::ColumnDefinition&
     text.column(before->name)->text = builder.columnSql(after);
     setText(table, text);
     run("REINDEX " + target);
+}
+
+// What has been ordered by a column keeps it in its order.
+void TableChanger::refuseDependents(const Table& table, const Column& column, int line) {
+    const std::string dependent = dependentOn(table, column);
+    if (dependent.empty()) return;
+    followUp_ = ServerError(tsql::Message::ColumnIsAltered, {column.name}, line);
+    throw ServerError(tsql::Message::DependentObject, {dependent, column.name}, line);
 }
 
 // --- Dropping

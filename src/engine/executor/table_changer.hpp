@@ -71,6 +71,7 @@ private:
     void checkRows(const Table& table, const TableText::Element& constraint, int line);
     void alterColumn(const Table& table, const tsql::ColumnDefinition& definition,
                      const NameScope& names, int line);
+    void refuseDependents(const Table& table, const Column& column, int line);
     void dropColumns(const Table& table, const tsql::AlterTableStatement& statement, int line);
     // What keeps a column from being dropped, as the server names it: "The object 'df_b'".
     [[nodiscard]] std::string dependentOn(const Table& table, const Column& column) const;

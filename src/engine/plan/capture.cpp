@@ -122,7 +122,7 @@ std::vector<std::string> makeCapturedRows(const Table& table) {
         std::string columns;
         for (const Column& column : table.columns) {
             columns += ", " + sqlName(column.name);
-            columns += collationText(column.type);
+            columns += collationText(column);
         }
         sql.push_back("CREATE TABLE " + tableText(table, state) + " (" + kRowColumn +
                       " INTEGER PRIMARY KEY, " + kTargetColumn + columns + ")");

@@ -9,6 +9,7 @@
 
 #include "base/ascii.hpp"
 #include "engine/binder/function_table.hpp"
+#include "engine/catalog/index_notes.hpp"
 #include "engine/catalog/reference_rules.hpp"
 #include "engine/plan/statements.hpp"
 #include "engine/sqlite/collation.hpp"
@@ -31,6 +32,14 @@ bool canBeIdentity(const tsql::TypeSpec& type) {
 
 [[noreturn]] void badIdentity(const ColumnDefinition& column) {
     throw ServerError(tsql::Message::InvalidSeed, {column.name}, column.line);
+}
+
+bool isComparedAlike(const Column& left, const Column& right) {
+    const auto nameOf = [](const Column& column) {
+        return column.collation == nullptr ? std::string_view(kDatabaseCollation)
+                                           : std::string_view(column.collation->name);
+    };
+    return nameOf(left) == nameOf(right);
 }
 
 bool isPrimary(const std::string& name, const tsql::TableElements& elements) {
@@ -65,6 +74,15 @@ std::string nameList(const std::vector<std::string>& names) {
     return list;
 }
 
+std::shared_ptr<const TextCollation> collationOf(const ColumnDefinition& column) {
+    if (column.collation.empty()) return nullptr;
+    if (!tsql::isText(column.type.type)) {
+        throw ServerError(tsql::Message::CollationOfOtherType, {tsql::typeName(column.type.type)},
+                          column.line);
+    }
+    return textCollation(column.collation, column.line);
+}
+
 std::string indexName(const Table& table, const std::string& name) {
     return table.name + "." + name;
 }
@@ -77,7 +95,7 @@ std::string nullsIndex(const Table& table, const std::string& name,
         const std::string sql = sqlName(column);
         terms += (terms.empty() ? "" : ", ") + sql + " IS NULL, ifnull(" + sql + ", 0)";
         const Column* found = table.find(column);
-        if (found != nullptr) terms += collationText(found->type);
+        if (found != nullptr) terms += collationText(*found);
         if (found != nullptr && found->nullable)
             where += (where.empty() ? " WHERE " : " OR ") + sql + " IS NULL";
     }
@@ -165,6 +183,7 @@ void TableBuilder::addColumn(const ColumnDefinition& definition,
     Column column;
     column.name = definition.name;
     column.type = definition.type;
+    column.collation = collationOf(definition);
     // What must have a value is not nullable unless the definition says otherwise, and then it
     // is refused below.
     const bool needsValue =
@@ -189,6 +208,7 @@ void TableBuilder::addComputed(const ColumnDefinition& definition) {
     column.name = definition.name;
     column.type = value.type;
     column.nullable = value.nullable;
+    column.collation = value.collation;
     column.computed = true;
     column.defaultSql = sqlOf(value.tree);
     column.source = definition.computedText;
@@ -268,7 +288,7 @@ std::string TableBuilder::numbered(const std::string& stem) {
 }
 
 void TableBuilder::addKey(const tsql::KeyConstraint& constraint) {
-    TableKey key{constraint.name, constraint.primary, {}};
+    TableKey key{constraint.name, constraint.primary, {}, constraint.ignoresDuplicates};
     const bool second =
         key.primary && std::any_of(table().columns.begin(), table().columns.end(),
                                    [](const Column& column) { return column.keyOrdinal > 0; });
@@ -288,7 +308,16 @@ void TableBuilder::addKey(const tsql::KeyConstraint& constraint) {
     if (key.name.empty())
         key.name = key.primary ? "PK_" + shownName() : numbered("UQ_" + shownName());
     takenNames_.push_back(key.name);
+    if (key.ignoresDuplicates) noteIgnoring(key);
     definition_.keys.push_back(std::move(key));
+}
+
+// A table of the script's own is not read from the file.
+void TableBuilder::noteIgnoring(const TableKey& key) {
+    own().ignoring.push_back("(" + nameList(key.columns) + ")");
+    const std::string nulls = key.primary ? "" : nullsIndex(table(), key.name, key.columns);
+    auto target = conflictTarget(nulls + commentOf({true, {}}));
+    if (!nulls.empty() && target) own().ignoring.push_back(std::move(*target));
 }
 
 void TableBuilder::addCheck(const tsql::CheckConstraint& check) {
@@ -336,7 +365,14 @@ void TableBuilder::addForeignKey(const tsql::ForeignKey& key) {
         throw ServerError(tsql::Message::ForeignKeyColumnCount, {table().shown()}, key.line);
     }
     for (std::size_t i = 0; i < columns.size(); ++i) {
-        if (parent->find(parents[i])->type.type == table().find(columns[i])->type.type) continue;
+        const Column& referred = *parent->find(parents[i]);
+        const Column& referring = *table().find(columns[i]);
+        if (!isComparedAlike(referred, referring)) {
+            throw ServerError(tsql::Message::ForeignKeyCollationsDiffer,
+                              {parent->shown(), parents[i], table().shown(), columns[i], key.name},
+                              key.line);
+        }
+        if (referred.type.type == referring.type.type) continue;
         throw ServerError(tsql::Message::ForeignKeyTypesDiffer,
                           {parent->shown(), parents[i], table().shown(), columns[i], key.name},
                           key.line);
@@ -407,7 +443,7 @@ std::string TableBuilder::columnSql(const Column& column) const {
     // SQLite's grammar has no word between the brackets of a type; as a quoted name
     // "nvarchar(max)" is one.
     std::string sql = sqlName(column.name) + " " + sqlName(declaredType(column.type));
-    sql += collationText(column.type);
+    sql += collationText(column);
     if (column.computed) return sql + " GENERATED ALWAYS AS (" + storedText(column) + ") VIRTUAL";
     if (!column.nullable) sql += " NOT NULL";
     if (!column.defaultSql) return sql;
@@ -424,7 +460,8 @@ std::string TableBuilder::createSql() const {
     }
     for (const TableKey& key : keys()) {
         sql += ", CONSTRAINT " + sqlName(key.name) +
-               (key.primary ? " PRIMARY KEY (" : " UNIQUE (") + nameList(key.columns) + ")";
+               (key.primary ? " PRIMARY KEY (" : " UNIQUE (") + nameList(key.columns) +
+               commentOf({key.ignoresDuplicates, {}}) + ")";
     }
     for (const std::string& constraint : constraints_)
         sql += ", " + constraint;
@@ -435,7 +472,7 @@ CreateTablePlan TableBuilder::plan() const {
     CreateTablePlan result{definition_, {createSql()}};
     for (const TableKey& key : keys()) {
         const std::string nulls = key.primary ? "" : nullsIndex(table(), key.name, key.columns);
-        if (!nulls.empty()) result.sql.push_back(nulls);
+        if (!nulls.empty()) result.sql.push_back(nulls + commentOf({key.ignoresDuplicates, {}}));
     }
     return result;
 }

@@ -49,6 +49,7 @@ private:
                                              const tsql::ColumnDefinition& column);
     void setDefault(Column& column, const tsql::DefaultOption& option, int line);
     void addKey(const tsql::KeyConstraint& constraint);
+    void noteIgnoring(const TableKey& key);
     void addForeignKey(const tsql::ForeignKey& key);
     void checkReference(const std::string& name, const tsql::ForeignKey& key, const Table& parent,
                         const std::vector<std::string>& columns);
@@ -65,6 +66,11 @@ private:
     std::vector<std::string> takenNames_;
     std::vector<Reference> newReferences_;
 };
+
+// What COLLATE says of a column; null: the database's order. Errors: 447 for a column that is no
+// text, and those of textCollation().
+[[nodiscard]] std::shared_ptr<const TextCollation> collationOf(
+    const tsql::ColumnDefinition& column);
 
 // Names as SQLite's list of them.
 [[nodiscard]] std::string nameList(const std::vector<std::string>& names);

@@ -120,6 +120,7 @@ StatementPlan translateSelectInto(const tsql::Query& query, const tsql::ObjectNa
         column.name = output.name;
         column.type = output.value.type;
         column.nullable = output.value.nullable;
+        column.collation = output.value.collation;
         const bool plain = output.value.column != nullptr && output.value.plainColumn;
         if (plain && output.value.column->identity) column.identity = output.value.column->identity;
         const bool numbered = output.value.newIdentity.has_value();

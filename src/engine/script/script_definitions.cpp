@@ -13,6 +13,7 @@
 #include "engine/executor/table_changer.hpp"
 #include "engine/executor/violations.hpp"
 #include "engine/plan/table_builder.hpp"
+#include "engine/script/bound_names.hpp"
 #include "engine/script/function_rules.hpp"
 #include "engine/script/script_runner.hpp"
 
@@ -147,6 +148,7 @@ std::string ScriptRunner::newModuleName(const tsql::ObjectName& name, const char
 void ScriptRunner::createView(const tsql::CreateViewStatement& node, int line) {
     Transactions::WriteScope scope(transactions_);
     const std::string name = newModuleName(node.name, "VIEW", line);
+    requireBoundNames(*node.query, "view", node.name, node.text, line);
     // What cannot be read now would fail whoever reads the view.
     NameScope names(catalogue_);
     names.setSchema(schemaOf(name));
@@ -194,6 +196,7 @@ void ScriptRunner::createModule(const tsql::CreateModuleStatement& node, int lin
         refuseSchemaBound(catalogue_, "ALTER", name, node.name.text(), line);
     }
     if (node.rows != nullptr) {
+        requireBoundNames(*node.rows, "function", node.name, node.text, line);
         checkRows(node, name, line);
     } else {
         checkColumns(node, name, parent);

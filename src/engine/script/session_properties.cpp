@@ -73,11 +73,8 @@ Value databaseFlag(std::string_view wanted) {
 // DATABASEPROPERTYEX: names, numbers, and what is yes or no.
 Value databaseProperty(std::string_view wanted) {
     static constexpr std::pair<std::string_view, const char*> kTexts[] = {
-        {"collation", "Latin1_General_CI_AS"},
-        {"recovery", "FULL"},
-        {"status", "ONLINE"},
-        {"updateability", "READ_WRITE"},
-        {"useraccess", "MULTI_USER"},
+        {"collation", kDatabaseCollation}, {"recovery", "FULL"},         {"status", "ONLINE"},
+        {"updateability", "READ_WRITE"},   {"useraccess", "MULTI_USER"},
     };
     static constexpr auto kNumbers = std::to_array<Flag>({
         {"comparisonstyle", 196609},
@@ -92,21 +89,14 @@ Value databaseProperty(std::string_view wanted) {
     return isNull(number) ? databaseFlag(wanted) : number;
 }
 
-// The one collation that the database has, under each of its names.
+// Of any collation that a server knows.
 Value collationProperty(const std::string& collation, std::string_view wanted) {
     static constexpr auto kProperties =
         std::to_array<Flag>({{"codepage", 1252}, {"lcid", 1033}, {"version", 0}});
-    static constexpr std::pair<std::string_view, std::int64_t> kStyles[] = {{"_CI_AS", 196609},
-                                                                            {"_CS_AS", 196608},
-                                                                            {"_CI_AI", 196611},
-                                                                            {"_CS_AI", 196610},
-                                                                            {"_BIN", 0}};
-    const std::string upper = asciiUpper(collation);
-    for (const auto& [ending, style] : kStyles) {
-        if (upper.find(ending) == std::string::npos) continue;
-        return wanted == "comparisonstyle" ? Value(style) : flagNamed(kProperties, wanted);
-    }
-    return {};
+    const auto style = comparisonStyle(collation);
+    if (!style) return {};
+    return wanted == "comparisonstyle" ? Value(std::int64_t{*style})
+                                       : flagNamed(kProperties, wanted);
 }
 
 Value givenOnly(const Value& value, bool there) {

@@ -1,13 +1,16 @@
 #include "engine/sqlite/collation.hpp"
 
 #include <cstddef>
+#include <new>
 #include <string_view>
 
 #include "base/text_order.hpp"
 #include "engine/sqlite/sqlite.hpp"
+#include "engine/values/text_collation.hpp"
 #include "engine/values/variant.hpp"
 
 namespace kap::engine {
+
 namespace {
 
 constexpr const char* kTextCollation = "KAP_CI";
@@ -34,10 +37,35 @@ int compareInstants(void* /*context*/, int leftSize, const void* left, int right
         .compare(textOf(rightSize, right).substr(0, kUniversal));
 }
 
-// The orders that COLLATE asks for.
+// The orders that COLLATE asks for, by the names that definitions of older editions hold.
 template <bool kCases, bool kAccents, bool kBinary>
 std::weak_ordering compareMatching(std::string_view left, std::string_view right) noexcept {
     return compareTextsAs(left, right, {kCases, kAccents, kBinary});
+}
+
+// A collation of the server's, which SQLite knows by the same name.
+int compareAsCollation(void* collation, int leftSize, const void* left, int rightSize,
+                       const void* right) {
+    const TextMatching& matching = static_cast<const TextCollation*>(collation)->matching;
+    const auto order = compareTextsAs(textOf(leftSize, left), textOf(rightSize, right), matching);
+    return std::is_lt(order) ? -1 : (std::is_gt(order) ? 1 : 0);
+}
+
+bool knowsCollation(sqlite3* database, const char* name) {
+    const auto collation = knownCollation(name);
+    if (collation == nullptr) return false;
+    // The collation lives as long as the process.
+    return sqlite3_create_collation_v2(database, collation->name.c_str(), SQLITE_UTF8,
+                                       const_cast<TextCollation*>(collation.get()),
+                                       &compareAsCollation, nullptr) == SQLITE_OK;
+}
+
+void provideCollation(void* /*context*/, sqlite3* database, int /*encoding*/, const char* name) {
+    try {
+        (void)knowsCollation(database, name);
+    } catch (const std::bad_alloc&) {
+        return;  // SQLite then says that there is none
+    }
 }
 
 void registerCollation(sqlite3* database, const char* name,
@@ -71,6 +99,16 @@ void registerCollations(sqlite3* database) {
     registerCollation(database, "KAP_CS_AI",
                       &compareForSqlite<compareMatching<true, false, false>>);
     registerCollation(database, "KAP_BIN", &compareForSqlite<compareMatching<true, true, true>>);
+    sqlite3_collation_needed(database, nullptr, &provideCollation);
+}
+
+std::string collationOfColumn(sqlite3* database, bool temporary, const std::string& table,
+                              const std::string& column) {
+    const char* name = nullptr;
+    const int code =
+        sqlite3_table_column_metadata(database, temporary ? "temp" : "main", table.c_str(),
+                                      column.c_str(), nullptr, &name, nullptr, nullptr, nullptr);
+    return code == SQLITE_OK && name != nullptr ? name : "";
 }
 
 bool hasFormerTextOrder(sqlite3* database) {

@@ -17,7 +17,12 @@ namespace kap::engine {
 // The same as the definition of a column has it: " COLLATE KAP_CI", or empty.
 [[nodiscard]] std::string collationText(const tsql::TypeSpec& type);
 
-// Makes the collations known to a connection, texts in today's order.
+// The name of the collation with which the file declares a column; empty when it cannot be told.
+[[nodiscard]] std::string collationOfColumn(sqlite3* database, bool temporary,
+                                            const std::string& table, const std::string& column);
+
+// Makes the collations known to a connection, texts in today's order. Those that COLLATE names are
+// made known when they are first met.
 void registerCollations(sqlite3* database);
 
 // Whether the indexes of the main file were made in the order of texts of older editions. Raises

@@ -2,6 +2,10 @@
 
 #include <algorithm>
 #include <array>
+#include <functional>
+#include <map>
+#include <mutex>
+#include <utility>
 
 #include "base/ascii.hpp"
 #include "base/unicode.hpp"
@@ -13,50 +17,224 @@ namespace {
 
 using tsql::ServerError;
 
+// The languages whose collations a server has, as it spells them. Behind each may stand the number
+// of a version: Latin1_General_100.
+constexpr auto kLanguages = std::to_array<std::string_view>({
+    "Albanian",
+    "Arabic",
+    "Assamese",
+    "Azeri_Cyrillic",
+    "Azeri_Latin",
+    "Bashkir",
+    "Bengali",
+    "Bosnian_Cyrillic",
+    "Bosnian_Latin",
+    "Breton",
+    "Chinese_Hong_Kong_Stroke",
+    "Chinese_PRC",
+    "Chinese_PRC_Stroke",
+    "Chinese_Simplified_Pinyin",
+    "Chinese_Simplified_Stroke_Order",
+    "Chinese_Taiwan_Bopomofo",
+    "Chinese_Taiwan_Stroke",
+    "Chinese_Traditional_Bopomofo",
+    "Chinese_Traditional_Pinyin",
+    "Chinese_Traditional_Stroke_Count",
+    "Chinese_Traditional_Stroke_Order",
+    "Corsican",
+    "Croatian",
+    "Cyrillic_General",
+    "Czech",
+    "Danish_Greenlandic",
+    "Danish_Norwegian",
+    "Dari",
+    "Divehi",
+    "Estonian",
+    "Finnish_Swedish",
+    "French",
+    "Frisian",
+    "Georgian_Modern_Sort",
+    "German_PhoneBook",
+    "Greek",
+    "Hebrew",
+    "Hungarian",
+    "Hungarian_Technical",
+    "Icelandic",
+    "Indic_General",
+    "Japanese",
+    "Japanese_Bushu_Kakusu",
+    "Japanese_Unicode",
+    "Japanese_XJIS",
+    "Kazakh",
+    "Khmer",
+    "Korean",
+    "Korean_Wansung",
+    "Lao",
+    "Latin1_General",
+    "Latvian",
+    "Lithuanian",
+    "Macedonian_FYROM",
+    "Maltese",
+    "Maori",
+    "Mapudungan",
+    "Modern_Spanish",
+    "Mohawk",
+    "Nepali",
+    "Norwegian",
+    "Pashto",
+    "Persian",
+    "Polish",
+    "Romanian",
+    "Romansh",
+    "Sami_Norway",
+    "Sami_Sweden_Finland",
+    "Serbian_Cyrillic",
+    "Serbian_Latin",
+    "Slovak",
+    "Slovenian",
+    "Syriac",
+    "Tamazight",
+    "Tatar",
+    "Thai",
+    "Tibetan",
+    "Traditional_Spanish",
+    "Turkish",
+    "Turkmen",
+    "Uighur",
+    "Ukrainian",
+    "Upper_Sorbian",
+    "Urdu",
+    "Uzbek_Latin",
+    "Vietnamese",
+    "Welsh",
+    "Yakut",
+    "SQL_1xCompat_CP850",
+    "SQL_AltDiction_CP1253",
+    "SQL_AltDiction_CP850",
+    "SQL_AltDiction_Pref_CP850",
+    "SQL_Croatian_CP1250",
+    "SQL_Czech_CP1250",
+    "SQL_Danish_Pref_CP1",
+    "SQL_EBCDIC037_CP1",
+    "SQL_EBCDIC273_CP1",
+    "SQL_EBCDIC280_CP1",
+    "SQL_Estonian_CP1257",
+    "SQL_Hungarian_CP1250",
+    "SQL_Icelandic_Pref_CP1",
+    "SQL_Latin1_General_CP1",
+    "SQL_Latin1_General_CP1250",
+    "SQL_Latin1_General_CP1251",
+    "SQL_Latin1_General_CP1252",
+    "SQL_Latin1_General_CP1253",
+    "SQL_Latin1_General_CP1254",
+    "SQL_Latin1_General_CP1255",
+    "SQL_Latin1_General_CP1256",
+    "SQL_Latin1_General_CP1257",
+    "SQL_Latin1_General_CP437",
+    "SQL_Latin1_General_CP850",
+    "SQL_Latin1_General_Pref_CP1",
+    "SQL_Latin1_General_Pref_CP437",
+    "SQL_Latin1_General_Pref_CP850",
+    "SQL_Latvian_CP1257",
+    "SQL_Lithuanian_CP1257",
+    "SQL_Polish_CP1250",
+    "SQL_Romanian_CP1250",
+    "SQL_Scandinavian_CP850",
+    "SQL_Scandinavian_Pref_CP850",
+    "SQL_Slovak_CP1250",
+    "SQL_Slovenian_CP1250",
+    "SQL_SwedishPhone_Pref_CP1",
+    "SQL_SwedishStd_Pref_CP1",
+    "SQL_Ukrainian_CP1251",
+});
+
+constexpr auto kVersions = std::to_array<std::string_view>({"", "_90", "_100", "_140", "_160"});
+
 // Those whose letters stand in the order of ours.
-constexpr std::array<std::string_view, 8> kOwnLetters{
-    "LATIN1_GENERAL_",           "LATIN1_GENERAL_90_",        "LATIN1_GENERAL_100_",
-    "LATIN1_GENERAL_140_",       "SQL_LATIN1_GENERAL_CP1_",   "SQL_LATIN1_GENERAL_CP437_",
-    "SQL_LATIN1_GENERAL_CP850_", "SQL_LATIN1_GENERAL_CP1252_"};
+constexpr auto kOwnLetters = std::to_array<std::string_view>(
+    {"Latin1_General", "SQL_Latin1_General_CP1", "SQL_Latin1_General_CP437",
+     "SQL_Latin1_General_CP850", "SQL_Latin1_General_CP1252"});
 
 // What stands behind the language: case and accents, and what Latin letters know nothing of.
 struct CollationEnding {
     std::string_view text;
     TextMatching matching;
+    int style;
 };
 
-constexpr std::array<CollationEnding, 6> kEndings{{{"CI_AS", {false, true, false}},
-                                                   {"CS_AS", {true, true, false}},
-                                                   {"CI_AI", {false, false, false}},
-                                                   {"CS_AI", {true, false, false}},
-                                                   {"BIN", {true, true, true}},
-                                                   {"BIN2", {true, true, true}}}};
+constexpr std::array<CollationEnding, 6> kEndings{{{"_CI_AS", {false, true, false}, 196609},
+                                                   {"_CS_AS", {true, true, false}, 196608},
+                                                   {"_CI_AI", {false, false, false}, 196611},
+                                                   {"_CS_AI", {true, false, false}, 196610},
+                                                   {"_BIN", {true, true, true}, 0},
+                                                   {"_BIN2", {true, true, true}, 0}}};
 
-std::string_view withoutSuffixes(std::string_view name) {
-    bool found = true;
-    while (found) {
-        found = false;
-        for (const std::string_view suffix : {"_KS", "_WS", "_SC", "_UTF8", "_VSS"}) {
-            if (!name.ends_with(suffix)) continue;
-            name.remove_suffix(suffix.size());
-            found = true;
-        }
+// Behind it: kinds of kana, widths, letters beyond 16 bits, and how they are kept.
+constexpr auto kSuffixes = std::to_array<std::string_view>({"_KS", "_WS", "_SC", "_VSS", "_UTF8"});
+
+// A name taken apart and in the server's spelling.
+struct CollationWords {
+    std::string_view language;
+    std::string name;
+    const CollationEnding* ending;
+};
+
+bool startsWith(std::string_view text, std::string_view start) {
+    return text.size() >= start.size() && equalsIgnoringCase(text.substr(0, start.size()), start);
+}
+
+// What is behind the language: a version, an ending and suffixes; nothing else.
+std::optional<CollationWords> readBehind(std::string_view language, std::string_view rest) {
+    std::string name(language);
+    for (const std::string_view version : kVersions) {
+        if (version.empty() || !startsWith(rest, version)) continue;
+        name += version;
+        rest.remove_prefix(version.size());
+        break;
     }
-    return name;
+    const CollationEnding* found = nullptr;
+    for (const CollationEnding& ending : kEndings) {
+        const bool longer = found == nullptr || ending.text.size() > found->text.size();
+        if (startsWith(rest, ending.text) && longer) found = &ending;
+    }
+    if (found == nullptr) return std::nullopt;
+    name += found->text;
+    rest.remove_prefix(found->text.size());
+    for (const std::string_view suffix : kSuffixes) {
+        if (!startsWith(rest, suffix)) continue;
+        name += suffix;
+        rest.remove_prefix(suffix.size());
+    }
+    if (!rest.empty()) return std::nullopt;
+    return CollationWords{language, std::move(name), found};
 }
 
-const CollationEnding* endingOf(std::string_view name) {
-    const auto* found = std::ranges::find_if(kEndings, [&](const CollationEnding& ending) {
-        return name.size() > ending.text.size() && name.ends_with(ending.text) &&
-               name[name.size() - ending.text.size() - 1] == '_';
-    });
-    return found == kEndings.end() ? nullptr : found;
+std::optional<CollationWords> wordsOf(std::string_view name) {
+    for (const std::string_view language : kLanguages) {
+        if (!startsWith(name, language)) continue;
+        if (auto words = readBehind(language, name.substr(language.size()))) return words;
+    }
+    return std::nullopt;
 }
 
-const char* nameInSqlite(TextMatching matching) {
-    if (matching.binary) return "KAP_BIN";
-    if (matching.cases) return matching.accents ? "KAP_CS" : "KAP_CS_AI";
-    return "KAP_CI_AI";
+// Whether its order is one of ours.
+bool isHere(const CollationWords& words) {
+    const TextMatching& matching = words.ending->matching;
+    return matching.binary || (!matching.cases && matching.accents) ||
+           std::ranges::find(kOwnLetters, words.language) != kOwnLetters.end();
+}
+
+// Trees hold views of the names, so that none may end.
+std::shared_ptr<const TextCollation> kept(const CollationWords& words) {
+    static std::mutex guard;
+    static std::map<std::string, std::shared_ptr<const TextCollation>, std::less<>> all;
+    const std::lock_guard lock(guard);
+    std::shared_ptr<const TextCollation>& found = all[words.name];
+    if (found == nullptr) {
+        found = std::make_shared<const TextCollation>(
+            TextCollation{words.name, words.ending->matching});
+    }
+    return found;
 }
 
 // The letter without its marks, where both are one unit.
@@ -67,19 +245,26 @@ char16_t baseLetter(char16_t unit) {
 }  // namespace
 
 std::shared_ptr<const TextCollation> textCollation(std::string_view name, int line) {
-    const std::string whole = asciiUpper(name);
-    const std::string_view upper = withoutSuffixes(whole);
-    if (upper == "DATABASE_DEFAULT" || upper == "CATALOG_DEFAULT") return nullptr;
-    const CollationEnding* ending = endingOf(upper);
-    if (ending == nullptr) throw ServerError(tsql::Message::InvalidCollation, {name}, line);
-    const TextMatching matching = ending->matching;
-    if (!matching.cases && matching.accents) return nullptr;
-    const std::string_view language = upper.substr(0, upper.size() - ending->text.size());
-    if (std::ranges::find(kOwnLetters, language) == kOwnLetters.end() && !matching.binary) {
-        throw tsql::unsupported("COLLATE " + std::string(name), line);
+    if (equalsIgnoringCase(name, "database_default") ||
+        equalsIgnoringCase(name, "catalog_default")) {
+        return nullptr;
     }
-    return std::make_shared<const TextCollation>(
-        TextCollation{std::string(name), matching, nameInSqlite(matching)});
+    const auto words = wordsOf(name);
+    if (!words) throw ServerError(tsql::Message::InvalidCollation, {name}, line);
+    const TextMatching& matching = words->ending->matching;
+    if (!matching.cases && matching.accents) return nullptr;
+    if (!isHere(*words)) throw tsql::unsupported("COLLATE " + std::string(name), line);
+    return kept(*words);
+}
+
+std::shared_ptr<const TextCollation> knownCollation(std::string_view name) {
+    const auto words = wordsOf(name);
+    return words && isHere(*words) ? kept(*words) : nullptr;
+}
+
+std::optional<int> comparisonStyle(std::string_view name) {
+    const auto words = wordsOf(name);
+    return words ? std::optional(words->ending->style) : std::nullopt;
 }
 
 std::u16string matchingUnits(std::string_view text, TextMatching matching) {

@@ -12,6 +12,7 @@
 #include "base/text_order.hpp"
 #include "engine/values/exact.hpp"
 #include "engine/values/fine_dates.hpp"
+#include "engine/values/text_collation.hpp"
 #include "engine/values/text_units.hpp"
 #include "tsql/server_error.hpp"
 
@@ -22,7 +23,6 @@ using tsql::TypeSpec;
 
 namespace {
 
-constexpr std::string_view kDatabaseCollation = "Latin1_General_CI_AS";
 constexpr int kLongestBytes = 8000;
 
 // A variant taken apart without copying anything.
@@ -47,9 +47,8 @@ bool readNumbers(std::string_view text, TypeSpec& type) {
     const auto first = plain::readInt(text.substr(0, comma));
     if (!first) return false;
     if (tsql::isDecimal(type.type)) {
-        const auto second = comma == std::string_view::npos
-                                ? std::nullopt
-                                : plain::readInt(text.substr(comma + 1));
+        const auto second =
+            comma == std::string_view::npos ? std::nullopt : plain::readInt(text.substr(comma + 1));
         if (!second) return false;
         type = tsql::decimalType(type.type, *first, *second);
         return true;
@@ -110,13 +109,13 @@ std::optional<Value> contentOf(const VariantParts& parts) {
 TypeSpec limitedType(const Value& value, TypeSpec type) {
     if (type.length != tsql::kMaxLength) return type;
     const bool binary = tsql::isBinary(type.type);
-    const std::size_t length = binary ? std::get<Blob>(value).bytes.size()
-                                      : unitLength(std::get<std::string>(value));
+    const std::size_t length =
+        binary ? std::get<Blob>(value).bytes.size() : unitLength(std::get<std::string>(value));
     const std::size_t most = tsql::isNational(type.type) ? kLongestBytes / 2 : kLongestBytes;
     if (length > most) throw tsql::ServerError(tsql::Message::Truncated);
-    type.type = binary                          ? SqlType::VarBinary
+    type.type = binary                        ? SqlType::VarBinary
                 : tsql::isNational(type.type) ? SqlType::NVarChar
-                                                : SqlType::VarChar;
+                                              : SqlType::VarChar;
     type.length = std::max(1, static_cast<int>(length));
     return type;
 }
@@ -172,8 +171,7 @@ std::weak_ordering compareExact(const VariantParts& left, const VariantParts& ri
 
 std::weak_ordering compareParts(const VariantParts& left, const VariantParts& right) {
     const SqlType type = left.type.type;
-    if (const auto families = familyOf(type) <=> familyOf(right.type.type);
-        std::is_neq(families)) {
+    if (const auto families = familyOf(type) <=> familyOf(right.type.type); std::is_neq(families)) {
         return families;
     }
     if (tsql::isExact(type)) return compareExact(left, right);

@@ -29,9 +29,9 @@ struct TypedValue {
 // Whether a text is a sql_variant.
 [[nodiscard]] bool isVariantText(std::string_view text);
 
-// The order of the server: first by the families of the base types (identifiers, bytes, texts, exact
-// numbers, approximate numbers, dates), within a family by what the values mean, so that an int and
-// a decimal of the same number are equal.
+// The order of the server: first by the families of the base types (identifiers, bytes, texts,
+// exact numbers, approximate numbers, dates), within a family by what the values mean, so that an
+// int and a decimal of the same number are equal.
 [[nodiscard]] std::weak_ordering compareVariants(std::string_view left,
                                                  std::string_view right) noexcept;
 
