@@ -3,8 +3,8 @@
 #include <utility>
 
 #include "base/quoting.hpp"
-#include "engine/catalog/tables.hpp"
 #include "engine/catalog/table_text.hpp"
+#include "engine/catalog/tables.hpp"
 #include "tsql/parser.hpp"
 #include "tsql/server_error.hpp"
 
