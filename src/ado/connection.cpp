@@ -115,9 +115,11 @@ void Connection::openAs(const String& connectionString, const String& userId,
                         const String& password) {
     const Opening wanted{connectionString, userId, password};
     const ado::ConnectionString keys = prepared(wanted);
+    std::shared_ptr<Session> session;
     reporting(
-        [&] { session_ = driverFor(keys).open(keys, std::chrono::seconds(connectionTimeout_)); });
+        [&] { session = driverFor(keys).open(keys, std::chrono::seconds(connectionTimeout_)); });
     opened(wanted);
+    session_ = std::move(session);  // last: what cannot be finished leaves it closed
 }
 
 Ref<Connection> Connection::openAnother() const {

@@ -112,8 +112,8 @@ void Connection::openLater(Opening& wanted) {
         const auto finish = [this, wanted, opening](const std::function<void()>& outcome) {
             const auto conclude = [&] {
                 reporting(outcome);
-                session_ = std::move(*opening);
                 opened(wanted);
+                session_ = std::move(*opening);  // last: what cannot be finished leaves it closed
             };
             if (isObserved()) {
                 ConnectionNotices(*this).afterOpening(conclude);

@@ -56,7 +56,7 @@ def make(folder, *targets):
 
 
 def install(build, folder):
-    shutil.rmtree(folder, ignore_errors=True)
+    shutil.rmtree(folder / "prefix", ignore_errors=True)  # the other ways may be at work beside it
     for component in ("library", "development"):
         run("cmake", "--install", build, "--prefix", folder / "prefix", "--component", component)
 

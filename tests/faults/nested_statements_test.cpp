@@ -1,8 +1,6 @@
 // Statements nested ever deeper, in a thread that has little stack: they run or are refused.
 #include <gtest/gtest.h>
 
-#include <pthread.h>
-
 #include <functional>
 #include <iostream>
 #include <set>
@@ -12,28 +10,13 @@
 #include <kaputil/automation/error.hpp>
 
 #include "support/database.hpp"
+#include "support/thread_stack.hpp"
 
 namespace kap {
 namespace {
 
 constexpr std::size_t kLittleStack = std::size_t{256} * 1024;
 constexpr std::size_t kUsualStack = std::size_t{8} * 1024 * 1024;
-
-void inThreadOf(std::size_t stack, std::function<void()> work) {
-    pthread_attr_t attributes;
-    ASSERT_EQ(0, pthread_attr_init(&attributes));
-    ASSERT_EQ(0, pthread_attr_setstacksize(&attributes, stack));
-    pthread_t thread{};
-    ASSERT_EQ(0, pthread_create(
-                     &thread, &attributes,
-                     [](void* given) -> void* {
-                         (*static_cast<std::function<void()>*>(given))();
-                         return nullptr;
-                     },
-                     &work));
-    ASSERT_EQ(0, pthread_join(thread, nullptr));
-    pthread_attr_destroy(&attributes);
-}
 
 std::string times(int count, const std::string& text) {
     std::string all;

@@ -10,14 +10,14 @@ using tsql::SqlType;
 
 namespace {
 
-constexpr tsql::TypeSpec kVariant{SqlType::SqlVariant};
+constexpr tsql::TypeSpec kAnyType{SqlType::SqlVariant};
 
 BoundExpression propertyOfValue(ScalarCall& call) {
     constexpr tsql::TypeSpec kName{SqlType::NVarChar, 128};
-    const BoundExpression value = call.binder.convertTo(call[0], kVariant, call.line);
+    const BoundExpression value = call.binder.convertTo(call[0], kAnyType, call.line);
     const BoundExpression name = call.binder.convertTo(call[1], kName, call.line);
     return BoundExpression::expression(sql::call(fn::kVariantProperty, value.tree, name.tree),
-                                       kVariant, true);
+                                       kAnyType, true);
 }
 
 constexpr std::array kVariantFunctions = std::to_array<ScalarFunction>({

@@ -9,17 +9,17 @@
 namespace kap::engine {
 namespace {
 
-constexpr std::string_view kWideMark = "\xFF\xFE";
+constexpr std::string_view kByteOrderMark = "\xFF\xFE";
 
 std::string narrowText(const std::string& bytes) {
     return fromUnits(platform::decodeText(platform::encodingOf(bytes), bytes));
 }
 
 std::string wideText(const std::string& bytes) {
-    if (!std::string_view(bytes).starts_with(kWideMark)) {
+    if (!std::string_view(bytes).starts_with(kByteOrderMark)) {
         throw tsql::ServerError(tsql::Message::NoWideFile);
     }
-    return fromUnits(platform::fromUtf16Bytes(bytes.substr(kWideMark.size())));
+    return fromUnits(platform::fromUtf16Bytes(bytes.substr(kByteOrderMark.size())));
 }
 
 }  // namespace

@@ -64,7 +64,7 @@ constexpr std::array kBoundToTheirPlace{
     fn::kRowsOfFunction,
 };
 
-bool isOneOf(std::string_view word, std::initializer_list<std::string_view> words) {
+bool isWordOf(std::string_view word, std::initializer_list<std::string_view> words) {
     return std::ranges::any_of(
         words, [&](std::string_view each) { return equalsIgnoringCase(word, each); });
 }
@@ -142,12 +142,12 @@ private:
         Part& part = parts_.back();
         const bool first = !part.begun;
         if (first && parts_.size() == 1) beginStatement(word);
-        if (first && parts_.size() > 1 && isOneOf(word, {"SELECT", "VALUES", "WITH"})) {
-            part.kind = isOneOf(word, {"VALUES"}) ? PartKind::Other : PartKind::Query;
-            part.namesTables = isOneOf(word, {"WITH"});
+        if (first && parts_.size() > 1 && isWordOf(word, {"SELECT", "VALUES", "WITH"})) {
+            part.kind = isWordOf(word, {"VALUES"}) ? PartKind::Other : PartKind::Query;
+            part.namesTables = isWordOf(word, {"WITH"});
         }
-        if (isOneOf(word, {"CASE"})) part.isCase = true;
-        if (isOneOf(word, {"VALUES"})) part.isRows = true;
+        if (isWordOf(word, {"CASE"})) part.isCase = true;
+        if (isWordOf(word, {"VALUES"})) part.isRows = true;
         wordAt_ = part.text.size();
         previous_ = word;
         take(end);
@@ -155,8 +155,9 @@ private:
     }
 
     void beginStatement(std::string_view word) {
-        writesOrReads_ = isOneOf(word, {"SELECT", "WITH", "INSERT", "REPLACE", "UPDATE", "DELETE"});
-        beginsWithTables_ = isOneOf(word, {"WITH"});
+        writesOrReads_ =
+            isWordOf(word, {"SELECT", "WITH", "INSERT", "REPLACE", "UPDATE", "DELETE"});
+        beginsWithTables_ = isWordOf(word, {"WITH"});
     }
 
     // The names go to the front of the statement, or behind its own WITH.
@@ -181,13 +182,13 @@ private:
             const auto isCalled = [&](const fn::Function& each) { return each.name == part.text; };
             part.isBound = std::ranges::any_of(kBoundToTheirPlace, isCalled);
         } else if (!outer.isRows &&
-                   !isOneOf(previous_, {"FROM", "JOIN", "IN", "INTO", "VALUES", "AS", "OVER",
-                                        "FILTER", "USING", "MATERIALIZED", "\"", "SET"})) {
+                   !isWordOf(previous_, {"FROM", "JOIN", "IN", "INTO", "VALUES", "AS", "OVER",
+                                         "FILTER", "USING", "MATERIALIZED", "\"", "SET"})) {
             part.kind = PartKind::Brackets;
         }
-        part.isBound = part.isBound || isOneOf(previous_, {"OVER", "FILTER"});
+        part.isBound = part.isBound || isWordOf(previous_, {"OVER", "FILTER"});
         part.text += '(';
-        part.isDefinition = isOneOf(previous_, {"AS", "MATERIALIZED"});
+        part.isDefinition = isWordOf(previous_, {"AS", "MATERIALIZED"});
         parts_.push_back(std::move(part));
         previous_ = "(";
         ++place_;

@@ -19,7 +19,7 @@ constexpr int kScaleShift = 48;
 constexpr std::int64_t kByte = 0xFF;
 constexpr std::int64_t kWord = 0xFFFFFFFF;
 constexpr int kMoneyScale = 4;
-constexpr const char* kWideMark = " wide";
+constexpr const char* kWideSuffix = " wide";
 
 std::string realLiteral(double value) {
     std::string text = plain::shortest(value);
@@ -59,12 +59,12 @@ ado::Storage storedAs(const tsql::TypeSpec& spec) {
 }
 
 std::string declaredType(const tsql::TypeSpec& type) {
-    return tsql::typeText(type) + (tsql::isWideDecimal(type) ? kWideMark : "");
+    return tsql::typeText(type) + (tsql::isWideDecimal(type) ? kWideSuffix : "");
 }
 
 tsql::TypeSpec typeDeclaredAs(std::string_view declared) {
-    const bool wide = declared.ends_with(kWideMark);
-    if (wide) declared.remove_suffix(std::string_view(kWideMark).size());
+    const bool wide = declared.ends_with(kWideSuffix);
+    if (wide) declared.remove_suffix(std::string_view(kWideSuffix).size());
     tsql::TypeSpec type = tsql::parseType(declared);
     if (tsql::isDecimal(type.type) && !wide) type.length = 0;
     return type;
