@@ -7,6 +7,7 @@
 
 #include "base/ascii.hpp"
 #include "engine/sqlite/sqlite.hpp"
+#include "engine/values/text_collation.hpp"
 #include "platform/process.hpp"
 
 namespace kap::engine {
