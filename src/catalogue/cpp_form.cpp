@@ -11,6 +11,7 @@
 #include <kaputil/automation/plain_text.hpp>
 #include <kaputil/catalogue/documentation.hpp>
 
+#include "catalogue/code_lines.hpp"
 #include "catalogue/cpp_names.hpp"
 #include "catalogue/cpp_values.hpp"
 #include "catalogue/script_tree.hpp"
@@ -48,8 +49,10 @@ struct CppVariable {
     std::optional<VarType> writtenAs;
 };
 
-class CppWriter {
+class CppWriter : CodeLines {
 public:
+    CppWriter() : CodeLines("//", " {") {}
+
     std::string write(std::string_view setup, std::string_view script) {
         const std::vector<ScriptStatement> before = readScript(setup);
         const std::vector<ScriptStatement> statements = readScript(script);
@@ -62,10 +65,10 @@ public:
         for (int round = 0; round < 2; ++round) {
             types_.clear();
             write(before);
-            cpp_.clear();
+            clear();
             write(statements);
         }
-        return std::move(cpp_);
+        return take();
     }
 
 private:
@@ -82,24 +85,11 @@ private:
         }
     }
 
-    void put(const std::string& statement, const std::string& comment = {}) {
-        std::string line = std::string(static_cast<std::size_t>(depth_) * 4, ' ') + statement;
-        if (!comment.empty()) {
-            line += (statement.empty() ? "//" : "  //") + comment;
-        }
-        cpp_ += line.substr(0, line.find_last_not_of(' ') + 1) + '\n';
-    }
-
-    void begin(const std::string& statement, const std::string& comment) {
-        put(statement + " {", comment);
-        ++depth_;
-    }
-
     void writeStatement(const ScriptStatement& statement) {
         const Expressions& parts = statement.parts;
         const std::string& comment = statement.comment;
         if (statement.looksAtError && trying_) {
-            --depth_;
+            end();
             begin("} catch (const kap::AutomationError& error)", {});
             trying_ = false;
         }
@@ -117,7 +107,7 @@ private:
             case ScriptAction::If:
                 return begin("if (" + condition(parts[0]) + ")", comment);
             case ScriptAction::Else:
-                --depth_;
+                end();
                 return begin("} else", comment);
             case ScriptAction::Until:
                 return begin("while (" + denied(parts[0]) + ")", comment);
@@ -130,10 +120,11 @@ private:
             case ScriptAction::Try:
                 trying_ = true;
                 return begin("try", {});
-            case ScriptAction::End:
             case ScriptAction::EndTry:
-                --depth_;
                 trying_ = false;
+                [[fallthrough]];
+            case ScriptAction::End:
+                end();
                 return put("}");
         }
     }
@@ -415,8 +406,6 @@ private:
 
     std::map<std::string, CppVariable> variables_;
     std::map<std::string, CppType> types_;
-    std::string cpp_;
-    int depth_ = 0;
     bool trying_ = false;
 };
 

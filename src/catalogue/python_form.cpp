@@ -9,6 +9,7 @@
 
 #include <kaputil/catalogue/documentation.hpp>
 
+#include "catalogue/code_lines.hpp"
 #include "catalogue/script_tree.hpp"
 
 namespace kap {
@@ -73,15 +74,17 @@ void addHandedOver(const ScriptExpression& expression, std::set<std::string>& na
     }
 }
 
-class PythonWriter {
+class PythonWriter : CodeLines {
 public:
+    PythonWriter() : CodeLines("#", ":") {}
+
     std::string write(std::string_view script) {
         const std::vector<ScriptStatement> statements = readScript(script);
         findReferences(statements);
         for (const ScriptStatement& statement : statements) {
             writeStatement(statement);
         }
-        return std::move(python_);
+        return take();
     }
 
 private:
@@ -107,24 +110,11 @@ private:
         }
     }
 
-    void put(const std::string& statement, const std::string& comment = {}) {
-        std::string line = std::string(static_cast<std::size_t>(depth_) * 4, ' ') + statement;
-        if (!comment.empty()) {
-            line += (statement.empty() ? "#" : "  #") + comment;
-        }
-        python_ += line.substr(0, line.find_last_not_of(' ') + 1) + '\n';
-    }
-
-    void begin(const std::string& statement, const std::string& comment) {
-        put(statement + ":", comment);
-        ++depth_;
-    }
-
     void writeStatement(const ScriptStatement& statement) {
         const auto& parts = statement.parts;
         const std::string& comment = statement.comment;
         if (statement.looksAtError && trying_) {
-            --depth_;
+            end();
             begin("except kaputil.AutomationError as error", {});
             trying_ = false;
         }
@@ -142,7 +132,7 @@ private:
             case ScriptAction::If:
                 return begin("if " + expression(parts[0]), comment);
             case ScriptAction::Else:
-                --depth_;
+                end();
                 return begin("else", comment);
             case ScriptAction::Until:
                 return begin("while not " + expression(parts[0]), comment);
@@ -158,10 +148,10 @@ private:
                 trying_ = true;
                 return begin("try", {});
             case ScriptAction::End:
-                --depth_;
+                end();
                 return;
             case ScriptAction::EndTry:
-                --depth_;
+                end();
                 trying_ = false;
                 return;
         }
@@ -229,8 +219,6 @@ private:
 
     std::set<std::string> references_;
     std::set<std::string> known_;
-    std::string python_;
-    int depth_ = 0;
     bool trying_ = false;
 };
 

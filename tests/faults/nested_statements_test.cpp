@@ -364,6 +364,16 @@ TEST_P(NestedStatements, RunWhenTheyAreNestedAsProgramsNestThem) {
     EXPECT_EQ(0, outcome(4, kUsualStack));
 }
 
+// The limit of depth has one error, and so has a stack that ends before it.
+TEST(NestedCalls, AreRefusedForTheirDepthWhereTheStackHoldsIt) {
+    inThreadOf(8 * kUsualStack, [] {
+        const auto connection = test::openMemory();
+        connection->Execute(u"CREATE TABLE t (a int, b varchar(20))");
+        EXPECT_EQ(
+            191, outcomeOf(connection, {"SELECT " + around(5000, "UPPER(", "b", ")") + " FROM t"}));
+    });
+}
+
 INSTANTIATE_TEST_SUITE_P(Shapes, NestedStatements, testing::ValuesIn(shapes()),
                          [](const auto& shape) {
                              std::string name;

@@ -36,7 +36,7 @@ void checkPlace(const Options& options) {
     if (fs::is_directory(status)) {
         throw openError(place, "it is a directory");
     }
-    if (fs::is_fifo(status) || fs::is_socket(status)) {
+    if (fs::exists(status) && !fs::is_regular_file(status)) {  // a pipe, a device
         throw openError(place, "it is no file");
     }
     if (fs::exists(status)) {

@@ -82,6 +82,18 @@ TEST(EmbeddedConnection, RefusesADirectory) {
               "Cannot open the database '" + folder.file("dir") + "': it is a directory.");
 }
 
+// A device gives bytes without end, or none, whatever the database is opened for.
+TEST(EmbeddedConnection, RefusesADevice) {
+    for (const char* const device : {"/dev/zero", "/dev/null"}) {
+        for (const char* const keys : {"", "Mode=Read"}) {
+            const ServerMessage error = openingError(device, keys);
+            EXPECT_EQ(error.number, errors::kLogin) << device << keys;
+            EXPECT_EQ(error.text,
+                      "Cannot open the database '" + std::string(device) + "': it is no file.");
+        }
+    }
+}
+
 TEST(EmbeddedConnection, ReadingDoesNotMakeAMissingFile) {
     const TemporaryFolder folder;
     const ServerMessage error = openingError(folder.file("a.db"), "Mode=Read");
