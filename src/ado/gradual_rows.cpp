@@ -38,9 +38,7 @@ void GradualRows::run() noexcept {
         }
         const std::lock_guard lock(guard_);
         try {
-            for (std::size_t column = 0; column < rows.size(); ++column) {
-                here_[column].appendAll(rows[column], holdsBytes_[column]);
-            }
+            appendEach(here_, rows);
         } catch (...) {
             failure = std::current_exception();
             more = false;
@@ -49,6 +47,22 @@ void GradualRows::run() noexcept {
         more = more && !stopped_;
         over_ = !more;
         changed_.notify_all();
+    }
+}
+
+// Without memory for all of them no column has any.
+void GradualRows::appendEach(std::vector<ColumnStore>& to,
+                             const std::vector<ColumnStore>& from) const {
+    const std::size_t before = to.front().size();
+    try {
+        for (std::size_t column = 0; column < to.size(); ++column) {
+            to[column].appendAll(from[column], holdsBytes_[column]);
+        }
+    } catch (...) {
+        for (ColumnStore& column : to) {
+            column.truncate(before);
+        }
+        throw;
     }
 }
 
@@ -64,9 +78,11 @@ bool GradualRows::take(std::vector<ColumnStore>& rows, Wanted wanted) {
         over_ = true;  // in a process that was forked off
     }
     const bool any = here_.front().size() > 0;
-    for (std::size_t column = 0; any && column < rows.size(); ++column) {
-        rows[column].appendAll(here_[column], holdsBytes_[column]);
-        here_[column].clear();
+    if (any) {
+        appendEach(rows, here_);
+        for (ColumnStore& column : here_) {
+            column.clear();
+        }
     }
     if (any && wanted != Wanted::All && (failure_ || cancelled_)) {
         return true;  // it is raised behind them

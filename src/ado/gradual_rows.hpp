@@ -35,6 +35,7 @@ private:
     enum class Wanted { WhatIsHere, Something, All };
     void run() noexcept;
     bool take(std::vector<ColumnStore>& rows, Wanted wanted);
+    void appendEach(std::vector<ColumnStore>& to, const std::vector<ColumnStore>& from) const;
 
     std::shared_ptr<RowSource> source_;
     std::vector<bool> holdsBytes_;  // by column

@@ -4,7 +4,9 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
 #include <filesystem>
+#include <memory>
 #include <new>
 #include <random>
 #include <vector>
@@ -20,7 +22,10 @@
 #include <kaputil/platform/message_box.hpp>
 #include <kaputil/sqlscript/csql.hpp>
 
+#include "ado/gradual_rows.hpp"
 #include "automation/same_value.hpp"
+#include "data/column_store.hpp"
+#include "data/driver.hpp"
 #include "faults/library/failing_memory.hpp"
 #include "faults/random_runs.hpp"
 #include "support/database.hpp"
@@ -152,6 +157,50 @@ TEST_F(ExhaustedMemory, LeavesRecordsWithoutTheNewOneOrWithAllOfIt) {
                 records->CancelUpdate();
             }
             EXPECT_EQ(done ? 3 : 2, wholeRows(records));
+        });
+}
+
+// Three columns of texts, all at once.
+class ThreeTexts : public ado::RowSource {
+public:
+    static constexpr std::size_t kRows = 400;
+    void fetch(std::vector<ado::ColumnStore>& rows) override {
+        for (ado::ColumnStore& column : rows) {
+            for (std::size_t row = 0; row < kRows; ++row) {
+                column.appendBytes("a text that needs some room");
+            }
+        }
+    }
+};
+
+// What the client's and the fetching thread share is taken whole or not at all.
+TEST_F(ExhaustedMemory, LeavesRowsThatCameInTheBackgroundWhole) {
+    ado::ColumnInfo text;
+    text.type = ado::DataTypeEnum::adVarChar;
+    struct Taking {
+        std::shared_ptr<ado::GradualRows> source;
+        std::vector<ado::ColumnStore> rows;
+    };
+    withEveryRequestFailing(
+        [&] {
+            Taking taking{std::make_shared<ado::GradualRows>(std::make_shared<ThreeTexts>(),
+                                                             std::vector<ado::ColumnInfo>(3, text)),
+                          std::vector<ado::ColumnStore>(3)};
+            taking.source->waitForAll();
+            return taking;
+        },
+        [](Taking& taking) { taking.source->fetch(taking.rows); },
+        [](Taking& taking, bool done) {
+            if (!done) {
+                for (const ado::ColumnStore& column : taking.rows) {
+                    EXPECT_EQ(0U, column.size());
+                }
+                taking.source->fetch(taking.rows);
+            }
+            for (const ado::ColumnStore& column : taking.rows) {
+                ASSERT_EQ(ThreeTexts::kRows, column.size());
+                EXPECT_EQ("a text that needs some room", column.bytes(ThreeTexts::kRows - 1));
+            }
         });
 }
 

@@ -13,7 +13,7 @@ using tsql::ServerError;
 
 constexpr int kOldLevel = 80;
 constexpr int kUsualLevel = 130;
-constexpr std::array kLevels{80, 90, 100, 110, 120, 130, 140, 150, 160};
+constexpr std::array kCompatibilityLevels{80, 90, 100, 110, 120, 130, 140, 150, 160};
 
 }  // namespace
 
@@ -21,7 +21,7 @@ constexpr std::array kLevels{80, 90, 100, 110, 120, 130, 140, 150, 160};
 // database is not at 80.
 void ScriptRunner::setCompatibilityLevel(const std::string& text, int line) {
     const auto level = plain::readInt(text);
-    if (!level || std::ranges::find(kLevels, *level) == kLevels.end()) {
+    if (!level || std::ranges::find(kCompatibilityLevels, *level) == kCompatibilityLevels.end()) {
         throw ServerError(tsql::Message::WrongCompatibilityLevel, {}, line);
     }
     setDatabaseSetting(kLevel80, *level == kOldLevel);

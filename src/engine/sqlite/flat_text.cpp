@@ -21,7 +21,7 @@ constexpr int kSymbolsOfBrackets = 4;
 // What a part may hold before it gets a name.
 constexpr int kMostSymbols = 34;
 
-constexpr std::string_view kName = "\"kap part ";
+constexpr std::string_view kPartName = "\"kap part ";
 
 // What is called once for each row or group that its place belongs to: a query of its own would
 // call it in another place.
@@ -232,7 +232,7 @@ private:
 
     // Gives the part a name, and answers what stands for it.
     std::string named(const Part& part) {
-        const std::string name = std::string(kName) + plain::text(++count_) + '"';
+        const std::string name = std::string(kPartName) + plain::text(++count_) + '"';
         if (!named_.empty()) named_ += ", ";
         named_ += name;
         named_ += part.kind == PartKind::Query ? " AS " + part.text : " AS (SELECT " + part.text;
