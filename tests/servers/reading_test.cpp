@@ -230,6 +230,47 @@ TEST_F(ServerReading, ReadsOneResultWhileAnotherIsOpen) {
     EXPECT_EQ(shown(fieldOf(first, 0)), "Long 20000");
 }
 
+// The statement of a query that was read at once is run again for the next one of its kind.
+TEST_F(ServerReading, ReadsTheSameQueryAgainWhateverHasChanged) {
+    const auto other = database_->open();
+    run("CREATE TABLE t (a int PRIMARY KEY, b varchar(10)); INSERT INTO t VALUES (1, 'uno'), (2, "
+        "NULL)");
+    const auto read = [&](int key) {
+        return shown(
+            fieldOf(query("SELECT b FROM t WHERE a = " + std::to_string(key) + " OR a > 2"), 0));
+    };
+    EXPECT_EQ(read(1), "String uno");
+    EXPECT_EQ(read(2), "Null");
+    other->Execute(u"ALTER TABLE t ALTER b TYPE int USING 7");
+    EXPECT_EQ(read(1), "Long 7");
+    other->Execute(u"ALTER TABLE t ALTER b TYPE varchar(2000) USING repeat('x', 1500)");
+    EXPECT_EQ(read(2), "String " + std::string(1500, 'x'));
+    other->Execute(u"INSERT INTO t SELECT n, n FROM generate_series(3, 5000) AS n");
+    EXPECT_EQ(query("SELECT b FROM t WHERE a = 1 OR a > 2")->RecordCount(), 4999);
+    other->Execute(u"DELETE FROM t WHERE a > 2");
+    other->Execute(u"ALTER TABLE t RENAME TO u");
+    EXPECT_NE(test::raisedBy([&] { (void)read(1); }), 0);
+    other->Execute(u"ALTER TABLE u ALTER b TYPE numeric(30,2) USING 1.5");
+    other->Execute(u"ALTER TABLE u RENAME TO t");
+    EXPECT_EQ(read(1), "Decimal 1,5");
+    other->Execute(u"ALTER TABLE t ALTER b TYPE varchar(10) USING 'due'");
+    EXPECT_EQ(read(1), "String due");
+    other->Execute(u"DELETE FROM t");
+    EXPECT_TRUE(query("SELECT b FROM t WHERE a = 1 OR a > 2")->Eof());
+}
+
+TEST_F(ServerReading, ReadsTheSameQueryWhileItIsStillOpen) {
+    run("CREATE TABLE t AS SELECT n AS a, n % 3 AS b FROM generate_series(1, 20000) AS n");
+    const auto rest = query("SELECT a FROM t WHERE b = 0 ORDER BY a");
+    EXPECT_EQ(shown(fieldOf(query("SELECT a FROM t WHERE b = 7 OR a = 5"), 0)), "Long 5");
+    const auto again = query("SELECT a FROM t WHERE b = 1 ORDER BY a");
+    EXPECT_EQ(rest->RecordCount(), 6666);
+    EXPECT_EQ(again->RecordCount(), 6667);
+    rest->MoveLast();
+    again->MoveLast();
+    EXPECT_EQ(shown(fieldOf(rest, 0)) + shown(fieldOf(again, 0)), "Long 19998Long 19999");
+}
+
 TEST_F(ServerReading, ReadsTheFirstResultToItsEndWhereOnlyOneCanBeOpen) {
     run("CREATE TABLE t AS SELECT generate_series(1, 20000) AS a; ALTER TABLE t ADD PRIMARY KEY "
         "(a)");

@@ -30,13 +30,31 @@ BlockReader::BlockReader(OdbcConnection& connection, const Handle& statement,
         cells_.emplace_back(column);
         rowBytes += cells_.back().rowBytes();
     }
-    const bool pieces = connection.dialect().driver().cellPieces;
-    const auto endless = std::ranges::find_if(columns, &ColumnInfo::isLong);
-    bound_ =
-        pieces ? columns.size() : static_cast<std::size_t>(std::distance(columns.begin(), endless));
+    bound_ = boundOf(columns);
     const bool rowByRow = bound_ < columns.size();
     fullRows_ = rowByRow ? 1 : rowsIn(kBlockBytes, rowBytes);
-    bind(rowByRow ? 1 : rowsIn(kFirstBlockBytes, rowBytes));
+    firstRows_ = rowByRow ? 1 : rowsIn(kFirstBlockBytes, rowBytes);
+    bind(firstRows_);
+}
+
+std::size_t BlockReader::boundOf(const std::vector<ColumnInfo>& columns) const {
+    if (connection_.dialect().driver().cellPieces) {
+        return columns.size();
+    }
+    const auto endless = std::ranges::find_if(columns, &ColumnInfo::isLong);
+    return static_cast<std::size_t>(std::distance(columns.begin(), endless));
+}
+
+bool BlockReader::fits(const std::vector<ColumnInfo>& columns) const {
+    return blockRows_ == firstRows_ && bound_ == boundOf(columns) &&
+           std::ranges::equal(
+               cells_, columns,
+               [](const CellBuffer& cell, const ColumnInfo& column) { return cell.fits(column); });
+}
+
+void BlockReader::restart() noexcept {
+    fetched_ = 0;
+    atEnd_ = false;
 }
 
 // The statement outlives the buffers that it knows.

@@ -23,6 +23,12 @@ public:
     BlockReader(const BlockReader&) = delete;
     BlockReader& operator=(const BlockReader&) = delete;
 
+    // Whether a result with these columns can be read into the same memory: the reader has not gone
+    // beyond the first block of the one before.
+    [[nodiscard]] bool fits(const std::vector<ColumnInfo>& columns) const;
+    // The statement has been run again.
+    void restart() noexcept;
+
     // Appends one block; false when there was none any more. Raises DriverError; the stores have
     // then all the same number of rows.
     [[nodiscard]] bool readBlock(std::vector<ColumnInfo>& columns, std::vector<ColumnStore>& rows);
@@ -30,6 +36,7 @@ public:
     [[nodiscard]] bool atEnd() const noexcept { return atEnd_; }
 
 private:
+    [[nodiscard]] std::size_t boundOf(const std::vector<ColumnInfo>& columns) const;
     void bind(std::size_t rows);
     void checkRows();
     void takeColumn(std::size_t column, ColumnInfo& info, ColumnStore& store);
@@ -40,6 +47,7 @@ private:
     std::vector<CellBuffer> cells_;
     std::size_t bound_ = 0;  // the columns in the block; those behind are read in pieces
     std::size_t blockRows_ = 0;
+    std::size_t firstRows_ = 0;
     std::size_t fullRows_ = 0;  // of every block but the first
     std::vector<SQLUSMALLINT> states_;
     SQLULEN fetched_ = 0;

@@ -85,15 +85,15 @@ CellBuffer::CellBuffer(const ColumnInfo& column) {
     cellBytes_ = shape.bytes;
     terminator_ = shape.terminator;
     open_ = shape.open;
-}
-
-void CellBuffer::allocate(std::size_t rows) {
     // Texts stand where their characters want them; cells of one size stand one behind the other,
     // because drivers do not look at the length of the buffer then.
     constexpr std::size_t kAlignment = 8;
     if (open_) {
         cellBytes_ = (cellBytes_ + kAlignment - 1) / kAlignment * kAlignment;
     }
+}
+
+void CellBuffer::allocate(std::size_t rows) {
     cells_ = std::make_unique_for_overwrite<char[]>(rows * cellBytes_);
     lengths_.resize(rows);
 }

@@ -18,6 +18,9 @@ class CellBuffer {
 public:
     explicit CellBuffer(const ColumnInfo& column);
 
+    // Whether cells of this column can be put there, too.
+    [[nodiscard]] bool fits(const ColumnInfo& column) const { return isLike(CellBuffer(column)); }
+
     // Bytes of one row, with what tells its length.
     [[nodiscard]] std::size_t rowBytes() const noexcept { return cellBytes_ + sizeof(SQLLEN); }
     // Whether a cell may be longer than its place.
@@ -45,6 +48,10 @@ public:
                                        bool& isNull) const;
 
 private:
+    [[nodiscard]] bool isLike(const CellBuffer& other) const noexcept {
+        return form_ == other.form_ && cellBytes_ == other.cellBytes_ &&
+               terminator_ == other.terminator_ && open_ == other.open_;
+    }
     template <class Value>
     [[nodiscard]] const Value& valueAt(std::size_t row) const {
         return *reinterpret_cast<const Value*>(cells_.get() + row * cellBytes_);

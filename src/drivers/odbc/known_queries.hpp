@@ -25,6 +25,7 @@ struct AnnouncedColumn {
 struct KnownQuery {
     QueryAnalysis analysis;
     bool oneResult = false;                  // only then are columns worth remembering
+    bool saidAsWritten = false;              // the server reads it as it is
     std::vector<AnnouncedColumn> announced;  // empty: it has not been run yet
     std::vector<ColumnInfo> columns;         // of a result that was announced so
 };

@@ -1,5 +1,6 @@
 #include "drivers/odbc/pending_rows.hpp"
 
+#include <algorithm>
 #include <utility>
 
 #include <kaputil/data/error_numbers.hpp>
@@ -17,18 +18,13 @@ void appendRow(const ColumnInfo& column, const ColumnStore& from, std::size_t ro
 
 }  // namespace
 
-PendingRows::PendingRows(std::shared_ptr<OdbcConnection> connection, Handle statement,
-                         std::vector<ColumnInfo> columns, std::chrono::seconds timeout)
+PendingRows::PendingRows(std::shared_ptr<OdbcConnection> connection,
+                         std::unique_ptr<BoundStatement> statement, std::vector<ColumnInfo> columns,
+                         std::chrono::seconds timeout)
     : connection_(std::move(connection)),
       statement_(std::move(statement)),
       columns_(std::move(columns)),
-      timeout_(timeout) {
-    reader_.emplace(*connection_, statement_, columns_);
-}
-
-bool PendingRows::readBlock(std::vector<ColumnInfo>& columns, std::vector<ColumnStore>& rows) {
-    return reader_->readBlock(columns, rows);
-}
+      timeout_(timeout) {}
 
 void PendingRows::fetch(std::vector<ColumnStore>& rows) {
     for (std::size_t column = 0; column < ahead_.size(); ++column) {
@@ -44,13 +40,13 @@ void PendingRows::fetch(std::vector<ColumnStore>& rows) {
 }
 
 bool PendingRows::fetchSome(std::vector<ColumnStore>& rows) {
-    if (!ahead_.empty() || failure_ || !reader_) {
+    if (!ahead_.empty() || failure_ || !statement_) {
         fetch(rows);
         return false;
     }
     try {
         const auto limited = connection_->limit(timeout_);
-        if (reader_->readBlock(columns_, rows) && !reader_->atEnd()) {
+        if (statement_->reader().readBlock(columns_, rows) && !statement_->isRead()) {
             return true;
         }
     } catch (const DriverError& error) {
@@ -62,7 +58,7 @@ bool PendingRows::fetchSome(std::vector<ColumnStore>& rows) {
 }
 
 void PendingRows::readAhead() {
-    if (reader_ && !failure_) {
+    if (statement_ && !failure_) {
         ahead_.resize(columns_.size());
         try {
             readAll(ahead_);
@@ -79,18 +75,30 @@ void PendingRows::drop() {
 }
 
 void PendingRows::readAll(std::vector<ColumnStore>& rows) {
-    if (!reader_) {
+    if (!statement_) {
         return;
     }
     try {
         const auto limited = connection_->limit(timeout_);
-        while (reader_->readBlock(columns_, rows)) {
+        makeRoom(rows);
+        while (statement_->reader().readBlock(columns_, rows)) {
         }
     } catch (const DriverError& error) {
         failure_ = error;
         throw;
     }
     release();
+}
+
+// Some drivers know how many rows there are: the stores need not grow then.
+void PendingRows::makeRoom(std::vector<ColumnStore>& rows) {
+    constexpr SQLLEN kMostBelieved = 10'000'000;
+    SQLLEN count = -1;
+    if (SQL_SUCCEEDED(SQLRowCount(statement_->handle().get(), &count)) && count > 0) {
+        for (ColumnStore& store : rows) {
+            store.reserve(static_cast<std::size_t>(std::min(count, kMostBelieved)));
+        }
+    }
 }
 
 // The connection ends when nobody needs it any more.
@@ -100,8 +108,7 @@ void PendingRows::release() {
     }
     {
         const auto limited = connection_->endLimit();
-        reader_.reset();
-        statement_ = Handle();
+        statement_.reset();
     }
     connection_.reset();
 }

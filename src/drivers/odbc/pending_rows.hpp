@@ -6,24 +6,21 @@
 #include <vector>
 
 #include "data/driver.hpp"
-#include "drivers/odbc/block_reader.hpp"
+#include "drivers/odbc/kept_statements.hpp"
 
 namespace kap::ado::odbc {
 
 // The rows of an open result that have not been read yet.
 class PendingRows final : public RowSource {
 public:
-    // `timeout` is what reading may take before the server sends anything; 0: no limit.
-    PendingRows(std::shared_ptr<OdbcConnection> connection, Handle statement,
-                std::vector<ColumnInfo> columns, std::chrono::seconds timeout);
+    // Of a statement whose first block has been read. `timeout` is what reading may take before the
+    // server sends anything; 0: no limit.
+    PendingRows(std::shared_ptr<OdbcConnection> connection,
+                std::unique_ptr<BoundStatement> statement, std::vector<ColumnInfo> columns,
+                std::chrono::seconds timeout);
     ~PendingRows() override { release(); }
     PendingRows(const PendingRows&) = delete;
     PendingRows& operator=(const PendingRows&) = delete;
-
-    // Appends the next block; false when there was none.
-    [[nodiscard]] bool readBlock(std::vector<ColumnInfo>& columns, std::vector<ColumnStore>& rows);
-    [[nodiscard]] bool atEnd() const noexcept { return reader_->atEnd(); }
-    [[nodiscard]] const Handle& statement() const noexcept { return statement_; }
 
     void fetch(std::vector<ColumnStore>& rows) override;
     [[nodiscard]] bool fetchSome(std::vector<ColumnStore>& rows) override;
@@ -35,13 +32,13 @@ public:
 
 private:
     void readAll(std::vector<ColumnStore>& rows);
+    void makeRoom(std::vector<ColumnStore>& rows);
     void release();
 
     std::shared_ptr<OdbcConnection> connection_;
-    Handle statement_;
+    std::unique_ptr<BoundStatement> statement_;  // unset: read to its end, or dropped
     std::vector<ColumnInfo> columns_;
     std::chrono::seconds timeout_;
-    std::optional<BlockReader> reader_;  // unset: read, failed or dropped
     std::vector<ColumnStore> ahead_;
     std::optional<DriverError> failure_;
 };

@@ -38,7 +38,7 @@ bool ResultReader::failed() const {
     return std::ranges::any_of(messages_, &ServerMessage::isError);
 }
 
-void ResultReader::readAll(SQLRETURN code, Handle& statement, KnownQuery& query,
+void ResultReader::readAll(SQLRETURN code, const Handle& statement, KnownQuery& query,
                            std::vector<Result>& results) {
     note(code, statement);
     if (code == SQL_NO_DATA) {
@@ -46,10 +46,15 @@ void ResultReader::readAll(SQLRETURN code, Handle& statement, KnownQuery& query,
     } else if (SQL_SUCCEEDED(code)) {
         take(statement, query, results);
     }
-    while (statement.get() != kNoHandle && !connection_->isLost() &&
-           advance(statement) == Next::Result) {
+    while (!left_ && !connection_->isLost() && advance(statement) == Next::Result) {
         take(statement, query, results);
     }
+}
+
+void ResultReader::readFirst(SQLRETURN code, std::unique_ptr<BoundStatement>& statement,
+                             KnownQuery& query, std::vector<Result>& results) {
+    streamed_ = &statement;
+    readAll(code, statement->handle(), query, results);
 }
 
 void ResultReader::note(SQLRETURN code, const Handle& statement) {
@@ -84,7 +89,7 @@ ResultReader::Next ResultReader::advance(const Handle& statement) {
     }
 }
 
-void ResultReader::take(Handle& statement, KnownQuery& query, std::vector<Result>& results) {
+void ResultReader::take(const Handle& statement, KnownQuery& query, std::vector<Result>& results) {
     SQLSMALLINT count = 0;
     connection_->check(SQLNumResultCols(statement.get(), &count), statement);
     if (count == 0) {
@@ -112,18 +117,12 @@ void ResultReader::takeCount(const Handle& statement, std::vector<Result>& resul
     }
 }
 
-void ResultReader::takeRows(Handle& statement, Result& result) {
+void ResultReader::takeRows(const Handle& statement, Result& result) {
     // The scale of a wide decimal is known when the last row is there.
     const bool streams =
-        mayStream_ && std::ranges::none_of(result.columns, &ColumnInfo::wideDecimal);
+        streamed_ != nullptr && std::ranges::none_of(result.columns, &ColumnInfo::wideDecimal);
     if (streams) {
-        auto rows = std::make_shared<PendingRows>(connection_, std::move(statement), result.columns,
-                                                  timeout_);
-        (void)rows->readBlock(result.columns, result.rows);
-        if (!rows->atEnd()) {
-            connection_->reading(rows);
-            result.rest = std::move(rows);
-        }
+        takeFirstRows(result);
         return;
     }
     BlockReader reader(*connection_, statement, result.columns);
@@ -131,6 +130,18 @@ void ResultReader::takeRows(Handle& statement, Result& result) {
     }
     for (ColumnStore& store : result.rows) {
         store.shrink();
+    }
+}
+
+void ResultReader::takeFirstRows(Result& result) {
+    left_ = true;
+    BlockReader& reader = (*streamed_)->begin(*connection_, result.columns);
+    (void)reader.readBlock(result.columns, result.rows);
+    if (!reader.atEnd()) {
+        auto rows = std::make_shared<PendingRows>(connection_, std::move(*streamed_),
+                                                  result.columns, timeout_);
+        connection_->reading(rows);
+        result.rest = std::move(rows);
     }
 }
 

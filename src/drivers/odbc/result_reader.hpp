@@ -12,16 +12,17 @@ namespace kap::ado::odbc {
 // middle of a script are gathered, and what comes behind them is taken all the same.
 class ResultReader {
 public:
-    // `mayStream`: nothing comes behind the first result, so that its rows may be left to be
-    // fetched when they are needed.
     ResultReader(const std::shared_ptr<OdbcConnection>& connection, ResultColumns& columns,
-                 bool mayStream, std::chrono::seconds timeout)
-        : connection_(connection), columns_(columns), mayStream_(mayStream), timeout_(timeout) {}
+                 std::chrono::seconds timeout)
+        : connection_(connection), columns_(columns), timeout_(timeout) {}
 
-    // `code` is what running the statement gave. The statement is taken over when rows are left in
-    // it.
-    void readAll(SQLRETURN code, Handle& statement, KnownQuery& query,
+    // `code` is what running the statement gave.
+    void readAll(SQLRETURN code, const Handle& statement, KnownQuery& query,
                  std::vector<Result>& results);
+    // The same for a statement behind whose first result nothing comes, so that its rows may be
+    // left to be fetched when they are needed: then the statement is taken over.
+    void readFirst(SQLRETURN code, std::unique_ptr<BoundStatement>& statement, KnownQuery& query,
+                   std::vector<Result>& results);
 
     // Errors and informations, in the server's order.
     [[nodiscard]] std::vector<ServerMessage>& messages() noexcept { return messages_; }
@@ -30,16 +31,19 @@ public:
 private:
     enum class Next { Result, End };
     void note(SQLRETURN code, const Handle& statement);
-    void take(Handle& statement, KnownQuery& query, std::vector<Result>& results);
+    void take(const Handle& statement, KnownQuery& query, std::vector<Result>& results);
     static void takeCount(const Handle& statement, std::vector<Result>& results);
-    void takeRows(Handle& statement, Result& result);
+    void takeRows(const Handle& statement, Result& result);
+    void takeFirstRows(Result& result);
     [[nodiscard]] Next advance(const Handle& statement);
 
     std::shared_ptr<OdbcConnection> connection_;
     ResultColumns& columns_;
-    bool mayStream_;
     std::chrono::seconds timeout_;
     bool first_ = true;  // no result has been taken yet
+    // The statement whose rows may be left in it; unset: none.
+    std::unique_ptr<BoundStatement>* streamed_ = nullptr;
+    bool left_ = false;  // nothing more is to be asked of it
     std::vector<ServerMessage> messages_;
 };
 

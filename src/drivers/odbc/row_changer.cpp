@@ -247,7 +247,7 @@ std::vector<Result> OdbcRowChanger::run(const ParameterizedText& query,
             parameters.add(value->type, value->numericScale, value->value);
         }
         ResultColumns columns(*connection_, catalogue_, tables_);
-        ResultReader reader(connection_, columns, false, timeout);
+        ResultReader reader(connection_, columns, timeout);
         // Drivers tell where the columns of their answers come from, or it does not matter.
         KnownQuery& known = queries_.of(query.text);
         known.analysis = {};

@@ -77,25 +77,23 @@ void OdbcSession::execute(Request& request, Reply& reply) {
     }
     ResultColumns columns(connection, work_->catalogue, work_->tables);
     columns.prepare(query, timeout_);
-    Handle statement = connection.newStatement(timeout_);
-    ParameterBinding parameters(connection, statement);
+    const bool again = query.isOneQuery && request.parameters.empty();
+    std::unique_ptr<BoundStatement> statement =
+        again ? statementFor(known)
+              : std::make_unique<BoundStatement>(connection.newStatement(timeout_));
+    ParameterBinding parameters(connection, statement->handle());
     for (const RequestParameter& parameter : request.parameters) {
         parameters.add(parameter);
     }
-    // FreeTDS goes on behind a failure, but not behind that of the first statement.
-    const ServerDialect& dialect = connection.dialect();
-    const bool inFront = dialect.driver().losesBehindFailure && query.mayFollow &&
-                         request.parameters.empty() && !request.procedure;
-    const std::u16string text =
-        String(request.procedure ? callOf(request)
-                                 : (inFront ? dialect.noRows() : "") +
-                                       dialect.said(request.text, query.isOneQuery))
-            .units();
-    const bool mayStream = query.isOneQuery && std::ranges::none_of(request.parameters, comesBack);
-    ResultReader reader(work_->connection, columns, mayStream, timeout_);
-    const SQLRETURN code =
-        SQLExecDirectW(statement.get(), wide(text), static_cast<SQLINTEGER>(text.size()));
-    reader.readAll(code, statement, known, reply.results);
+    const String text(said(request, known));
+    ResultReader reader(work_->connection, columns, timeout_);
+    const SQLRETURN code = SQLExecDirectW(statement->handle().get(), wide(text.units()),
+                                          static_cast<SQLINTEGER>(text.size()));
+    if (query.isOneQuery && std::ranges::none_of(request.parameters, comesBack)) {
+        reader.readFirst(code, statement, known, reply.results);
+    } else {
+        reader.readAll(code, statement->handle(), known, reply.results);
+    }
     if (query.changesTables || request.procedure) {
         forgetTables();
     }
@@ -108,11 +106,40 @@ void OdbcSession::execute(Request& request, Reply& reply) {
             request.parameters[i].value = parameters.result(i, request.parameters[i]);
         }
     }
+    if (again && statement != nullptr && statement->isRead()) {
+        work_->statements.keep(known, std::move(statement));
+    }
+}
+
+std::unique_ptr<BoundStatement> OdbcSession::statementFor(const KnownQuery& query) {
+    OdbcConnection& connection = *work_->connection;
+    if (auto statement = work_->statements.take(query)) {
+        connection.renew(statement->handle(), timeout_);
+        return statement;
+    }
+    return std::make_unique<BoundStatement>(connection.newStatement(timeout_));
+}
+
+std::string OdbcSession::said(const Request& request, KnownQuery& query) const {
+    if (request.procedure) {
+        return callOf(request);
+    }
+    if (query.saidAsWritten) {
+        return request.text;
+    }
+    // FreeTDS goes on behind a failure, but not behind that of the first statement.
+    const ServerDialect& dialect = work_->connection->dialect();
+    const bool inFront = dialect.driver().losesBehindFailure && query.analysis.mayFollow &&
+                         request.parameters.empty();
+    std::string text = dialect.said(request.text, query.analysis.isOneQuery);
+    query.saidAsWritten = query.oneResult && text == request.text;
+    return inFront ? dialect.noRows() + text : text;
 }
 
 void OdbcSession::forgetTables() {
     work_->catalogue.forget();
     work_->queries.forget();
+    work_->statements.forget();
     work_->changer.forget();
     work_->insertion.reset();
 }

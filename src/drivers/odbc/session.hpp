@@ -5,6 +5,7 @@
 #include <optional>
 
 #include "data/table_session.hpp"
+#include "drivers/odbc/kept_statements.hpp"
 #include "drivers/odbc/odbc_connection.hpp"
 #include "drivers/odbc/result_columns.hpp"
 #include "drivers/odbc/row_changer.hpp"
@@ -43,6 +44,7 @@ private:
         TableCatalogue catalogue;
         BaseTables tables;
         KnownQueries queries;
+        KeptStatements statements;
         OdbcRowChanger changer;
         std::optional<RowInsertion> insertion;  // of the table that was last appended to
     };
@@ -50,6 +52,10 @@ private:
     // The connection for a call that begins. Where the server has ended it while nobody used it,
     // and it was blank, it is another one; with a pool only, for else a loss is told.
     OdbcConnection& connection();
+    // The statement that has run the query before, or else a new one.
+    [[nodiscard]] std::unique_ptr<BoundStatement> statementFor(const KnownQuery& query);
+    // The text of a request as the server reads it.
+    [[nodiscard]] std::string said(const Request& request, KnownQuery& query) const;
     void endTransaction(bool commit);
     // Whether the server says that there is no transaction any more.
     [[nodiscard]] bool hasNoTransaction();
