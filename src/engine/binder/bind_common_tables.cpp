@@ -169,7 +169,7 @@ std::string Binder::recursiveTable(const tsql::CommonTable& table, CommonName ow
     const std::size_t count = columns.size();
     columns.pop_back();
     commonNames_[mark] = {table.name, commonColumns(table, std::move(columns)), ""};
-    return definition(table.name, count, unionText(terms, *table.query));
+    return definition(table.name, count, sqlOf(unionOf(terms, *table.query)));
 }
 
 // UPDATE and DELETE of a common table write the one table that it reads.
@@ -200,7 +200,7 @@ std::string Binder::targetTable(const tsql::CommonTable& table, Scope* outer) {
             BoundExpression::expression(numberedColumn(i), columns[i].value.type, true);
     }
     commonNames_.push_back({table.name, std::move(columns), ""});
-    return definition(table.name, bound.items.size(), selectText(bound));
+    return definition(table.name, bound.items.size(), sqlOf(selectOf(bound)));
 }
 
 std::optional<BoundSource> Binder::targetSource(const tsql::ObjectName& target) const {

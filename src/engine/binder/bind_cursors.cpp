@@ -38,7 +38,7 @@ BoundQuery Binder::cursorQuery(const tsql::Query& query, std::vector<std::string
         bound.items.push_back(
             {"", BoundExpression::expression(rowNumberOf(source), {tsql::SqlType::BigInt}, true)});
     }
-    return {with + selectText(bound), std::move(bound.items)};
+    return {with + sqlOf(selectOf(bound)), std::move(bound.items)};
 }
 
 // The session knows where the cursor stands.

@@ -57,14 +57,14 @@ std::string groupingSetsSource(std::size_t count, bool joins) {
     std::string rows;
     for (std::size_t i = 0; i < count; ++i)
         rows += (i == 0 ? "(" : ", (") + numberText(i) + ")";
-    return (joins ? " CROSS JOIN (VALUES " : " FROM (VALUES ") + rows + ") AS " + sqlName(kSets);
+    return (joins ? " CROSS JOIN (VALUES " : "(VALUES ") + rows + ") AS " + sqlName(kSets);
 }
 
 // The groups come out in the order of what they are grouped by, each total behind what it totals:
 // scripts of old read them so without saying ORDER BY.
-std::string Binder::groupingSets(const tsql::Select& select, Scope& scope,
-                                 const std::vector<BoundExpression>& groups) {
-    std::string list = " GROUP BY ";
+std::vector<sql::Expression> Binder::groupingSets(const tsql::Select& select, Scope& scope,
+                                                  const std::vector<BoundExpression>& groups) {
+    std::vector<sql::Expression> list;
     for (std::size_t i = 0; i < groups.size(); ++i) {
         std::vector<std::size_t> equal;
         for (std::size_t j = 0; j < groups.size(); ++j) {
@@ -74,13 +74,15 @@ std::string Binder::groupingSets(const tsql::Select& select, Scope& scope,
         const sql::Expression leftOut = sql::when(held, sql::number(0), sql::number(1));
         const sql::Expression value = sql::when(held, groups[i].tree);
         if (equal.front() == i) {
-            list += sqlOf(leftOut) + ", " + sqlOf(sql::collated(value, groups[i].type)) + ", ";
+            list.push_back(leftOut);
+            list.push_back(sql::collated(value, groups[i].type));
         }
         scope.groupedValues.push_back(value);
         scope.groupsLeftOut.push_back(leftOut);
     }
     scope.groupingSets = true;
-    return list + sqlOf(setNumber());
+    list.push_back(setNumber());
+    return list;
 }
 
 // What repeats an expression of GROUP BY is null in the sets that leave it out.

@@ -61,17 +61,16 @@ sql::Expression byPosition(std::size_t index, const BoundExpression& value) {
     return inOrderOf(value, sql::number(static_cast<std::int64_t>(index) + 1));
 }
 
-std::string orderList(const std::vector<sql::Expression>& terms,
-                      const std::vector<OrderItem>& items) {
-    std::string result;
+// The terms of the items of ORDER BY, in their directions.
+std::vector<sql::OrderTerm> orderTerms(std::vector<sql::Expression> terms,
+                                       const std::vector<OrderItem>& items) {
+    std::vector<sql::OrderTerm> result;
+    result.reserve(terms.size());
     for (std::size_t i = 0; i < terms.size(); ++i) {
-        const auto own = terms.begin() + static_cast<std::ptrdiff_t>(i);
-        if (std::find(terms.begin(), own, terms[i]) != own) {
-            throw ServerError(tsql::Message::OrderColumnTwice, {}, items[i].value->line);
-        }
-        result += i == 0 ? " ORDER BY " : ", ";
-        appendSql(result, terms[i]);
-        if (items[i].descending) result += " DESC";
+        const bool twice = std::ranges::any_of(
+            result, [&](const sql::OrderTerm& before) { return before.value == terms[i]; });
+        if (twice) throw ServerError(tsql::Message::OrderColumnTwice, {}, items[i].value->line);
+        result.push_back({std::move(terms[i]), items[i].descending});
     }
     return result;
 }
@@ -102,32 +101,33 @@ void Binder::orderRows(const std::vector<OrderItem>& items, BoundSelect& bound) 
         const auto listed = std::ranges::find_if(bound.items, [&](const OutputColumn& column) {
             return column.value.tree == value.tree;
         });
-        if (bound.distinct && listed == bound.items.end()) {
+        if (bound.tree.distinct && listed == bound.items.end()) {
             throw ServerError(tsql::Message::OrderByNotInDistinctList, {}, line);
         }
         terms.push_back(collated(value));
-        if (bound.distinct) index = static_cast<std::size_t>(listed - bound.items.begin());
+        if (bound.tree.distinct) index = static_cast<std::size_t>(listed - bound.items.begin());
         bound.keys.push_back({index, std::move(value), item.descending});
     }
-    bound.order = orderList(terms, items);
+    bound.tree.order = orderTerms(std::move(terms), items);
 }
 
-std::string Binder::orderedBy(const BoundSelect& select, std::string& columns) {
-    std::string list;
+std::vector<sql::OrderTerm> Binder::orderedBy(const BoundSelect& select,
+                                              std::vector<sql::Item>& columns) {
+    std::vector<sql::OrderTerm> list;
+    list.reserve(select.keys.size());
     for (const BoundSelect::OrderKey& key : select.keys) {
-        const sql::Expression own =
-            sql::column("o" + plain::text(static_cast<std::int64_t>(&key - select.keys.data())));
+        const std::string own =
+            "o" + plain::text(static_cast<std::int64_t>(&key - select.keys.data()));
         const BoundExpression& value = key.item ? select.items[*key.item].value : key.value;
-        if (!key.item) columns += ", " + sqlOf(value.tree) + " AS " + sqlOf(own);
-        list += list.empty() ? "ORDER BY " : ", ";
-        appendSql(list, inOrderOf(value, key.item ? numberedColumn(*key.item) : own));
-        if (key.descending) list += " DESC";
+        if (!key.item) columns.push_back({value.tree, own});
+        list.push_back({inOrderOf(value, key.item ? numberedColumn(*key.item) : sql::column(own)),
+                        key.descending});
     }
     return list;
 }
 
-std::string Binder::unionOrderText(const std::vector<OrderItem>& items,
-                                   const std::vector<OutputColumn>& columns) {
+std::vector<sql::OrderTerm> Binder::unionOrder(const std::vector<OrderItem>& items,
+                                               const std::vector<OutputColumn>& columns) {
     std::vector<sql::Expression> terms;
     for (const OrderItem& item : items) {
         auto index = position(item, columns.size());
@@ -138,7 +138,7 @@ std::string Binder::unionOrderText(const std::vector<OrderItem>& items,
         checkSortable(columns[*index].value, item.value->line);
         terms.push_back(byPosition(*index, columns[*index].value));
     }
-    return orderList(terms, items);
+    return orderTerms(std::move(terms), items);
 }
 
 }  // namespace kap::engine

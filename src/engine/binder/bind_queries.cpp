@@ -31,11 +31,6 @@ const tsql::Query& withoutBrackets(const tsql::Query& query) {
     return *inner;
 }
 
-// " LIMIT n", or nothing.
-std::string limitText(const sql::Expression& limit) {
-    return limit ? " LIMIT " + sqlOf(limit) : std::string();
-}
-
 bool hasTop(const tsql::Query& query) {
     const auto* select =
         query.terms.size() == 1 ? std::get_if<tsql::Select>(&query.terms.front().node) : nullptr;
@@ -88,7 +83,7 @@ BoundQuery Binder::body(const tsql::Query& query, Scope* outer, QueryPlace place
     if (body.terms.size() > 1) return unionQuery(body, orderBy, outer);
     BoundSelect bound = term(body.terms.front(), orderBy, outer);
     orderRows(orderBy, bound);
-    std::string sql = selectText(bound);
+    std::string sql = sqlOf(selectOf(bound));
     if (!query.asText) return {std::move(sql), std::move(bound.items)};
     std::vector<BoundQuery::Origin> origins = originsOf(bound.items, *bound.scope);
     return {std::move(sql), std::move(bound.items), std::move(origins)};
@@ -104,7 +99,7 @@ BoundQuery Binder::valuesInOrder(const tsql::Query& query) {
     const std::string with = commonTables(query.commonTables, nullptr);
     BoundSelect rows = term(withoutBrackets(query).terms.front(), query.orderBy, nullptr);
     const bool plain = select != nullptr && withoutBrackets(query).terms.size() == 1 &&
-                       !rows.grouped && !rows.distinct && !rows.ranked && !byPosition &&
+                       !rows.grouped && !rows.tree.distinct && !rows.ranked && !byPosition &&
                        !rows.scope->sources.empty();
     if (!plain) {
         throw tsql::unsupported("SELECT @variable = @variable + ... of groups with ORDER BY",
@@ -123,13 +118,16 @@ BoundQuery Binder::valuesInOrder(const tsql::Query& query) {
     }
     BoundQuery result;
     result.columns = itemValues(select->items, outside);
-    std::string list;
+    sql::Select values;
     for (std::size_t i = 0; i < result.columns.size(); ++i) {
-        appendItem(list, result.columns[i].value.tree, i);
+        values.items.push_back(numberedItem(result.columns[i].value.tree, i));
     }
     // A part with OFFSET is never merged into the whole, so it stays sorted first.
-    result.sql = with + "SELECT " + list + " FROM (" + selectText(rows) +
-                 (rows.limit ? "" : " LIMIT -1") + " OFFSET 0)";
+    sql::Select sorted = selectOf(rows);
+    if (!sorted.limit) sorted.limit = sql::number(-1);
+    sorted.offset = sql::number(0);
+    values.from = sql::fromQuery(std::move(sorted));
+    result.sql = with + sqlOf(values);
     return result;
 }
 
@@ -137,25 +135,39 @@ BoundQuery Binder::valuesInOrder(const tsql::Query& query) {
 //
 // TOP n WITH TIES takes the rows whose rank is at most n; where n depends on the number of rows,
 // their own numbers are compared with it. ORDER BY may not name columns of a query around.
-std::string Binder::nestedText(const BoundSelect& select) {
+sql::Select Binder::nestedSelect(const BoundSelect& select) {
     if (select.ties && select.keys.empty()) {
         throw ServerError(tsql::Message::TiesWithoutOrder);
     }
-    std::string names;
-    std::string columns;
+    sql::Select around;
+    sql::Select rows = select.tree;
+    rows.order.clear();
+    rows.limit = {};
     for (std::size_t i = 0; i < select.items.size(); ++i) {
-        names += (i == 0 ? "" : ", ") + numberedName(i);
-        appendItem(columns, collated(select.items[i].value), i);
+        around.items.push_back({numberedColumn(i), ""});
+        rows.items.push_back(numberedItem(collated(select.items[i].value), i));
     }
-    const std::string order = orderedBy(select, columns);
-    const std::string rows =
-        (select.distinct ? "SELECT DISTINCT " : "SELECT ") + columns + select.tail;
+    std::vector<sql::OrderTerm> order = orderedBy(select, rows.items);
     if (!select.ranked) {
-        return "SELECT " + names + " FROM (" + rows + ") " + order + limitText(select.limit);
+        around.from = sql::fromQuery(std::move(rows));
+        around.order = std::move(order);
+        around.limit = select.tree.limit;
+        return around;
     }
-    return "SELECT " + names + " FROM (SELECT *, " + (select.ties ? "rank()" : "row_number()") +
-           " OVER (" + order + ") AS \"rank\", " + sqlOf(select.limit) + " AS \"most\" FROM (" +
-           rows + ")) WHERE \"rank\" <= \"most\" ORDER BY \"rank\"";
+    sql::Window window;
+    window.order = std::move(order);
+    sql::Select ranked;
+    ranked.items.push_back({sql::Star(), ""});
+    ranked.items.push_back(
+        {sql::Over{sql::call(select.ties ? fn::kRank : fn::kRowNumber), std::move(window)},
+         "rank"});
+    ranked.items.push_back({select.tree.limit, "most"});
+    ranked.from = sql::fromQuery(std::move(rows));
+    around.from = sql::fromQuery(std::move(ranked));
+    around.where =
+        sql::Binary{sql::BinaryOperator::LessOrEqual, sql::column("rank"), sql::column("most")};
+    around.order.push_back({sql::column("rank"), false});
+    return around;
 }
 
 // OFFSET n ROWS FETCH NEXT m ROWS ONLY.
@@ -191,21 +203,19 @@ Binder::BoundSelect Binder::term(const tsql::QueryTerm& term,
     for (std::size_t i = 0; i < bound.items.size(); ++i) {
         bound.items[i].value = bound.items[i].value.readBy(numberedColumn(i));
     }
-    bound.tail = " FROM (" + inner.sql + ")";
+    bound.tree.from.text = "(" + inner.sql + ")";
     return bound;
 }
 
-std::string Binder::selectText(const BoundSelect& select) {
-    const bool ranks = select.ranked && select.limit;
-    if (ranks || select.ordersByOuter) return nestedText(select);
-    std::string sql = select.distinct ? "SELECT DISTINCT " : "SELECT ";
+sql::Select Binder::selectOf(const BoundSelect& select) {
+    const bool ranks = select.ranked && select.tree.limit;
+    if (ranks || select.ordersByOuter) return nestedSelect(select);
+    sql::Select result = select.tree;
+    result.items.reserve(select.items.size());
     for (std::size_t i = 0; i < select.items.size(); ++i) {
-        appendItem(sql, collated(select.items[i].value), i);
+        result.items.push_back(numberedItem(collated(select.items[i].value), i));
     }
-    sql += select.tail;
-    sql += select.order;
-    if (select.limit) sql += limitText(select.limit);
-    return sql;
+    return result;
 }
 
 void Binder::checkOwnNames(const std::vector<OutputColumn>& columns, const std::string& alias,

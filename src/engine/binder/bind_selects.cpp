@@ -59,20 +59,19 @@ Binder::BoundSelect Binder::select(const tsql::Select& select,
     BoundSelect bound;
     bound.scope = std::make_unique<Scope>();
     bound.scope->outer = outer;
-    bound.distinct = select.distinct;
+    bound.tree.distinct = select.distinct;
     if (!select.from.empty()) {
         BoundSource source = from(select.from, *bound.scope);
         bound.scope->sources = std::move(source.sources);
-        bound.tail = " FROM " + source.sql;
+        bound.tree.from.text = std::move(source.sql);
     }
     if (!select.groupingSets.empty()) {
-        bound.tail += groupingSetsSource(select.groupingSets.size(), !select.from.empty());
+        bound.tree.from.text +=
+            groupingSetsSource(select.groupingSets.size(), !select.from.empty());
     }
     if (select.where) {
         bound.scope->aggregates = AggregateUse::RefusedInWhere;
-        const sql::Expression where = condition(*select.where, *bound.scope);
-        bound.tail += " WHERE ";
-        appendSql(bound.tail, where);
+        bound.tree.where = condition(*select.where, *bound.scope);
     }
     bound.grouped = isAggregateQuery(select, orderBy);
     if (bound.grouped) grouping(select, bound);
@@ -83,7 +82,7 @@ Binder::BoundSelect Binder::select(const tsql::Select& select,
     if (select.having) {
         const Restored clause(bound.scope->groupedClause, "HAVING clause");
         const Restored windows(bound.scope->windowsRefused, true);
-        bound.tail += " HAVING " + sqlOf(condition(*select.having, *bound.scope));
+        bound.tree.having = condition(*select.having, *bound.scope);
     }
     if (select.top) {
         // The rows that a share is of can be counted beside them only where the counting need not
@@ -94,15 +93,15 @@ Binder::BoundSelect Binder::select(const tsql::Select& select,
         // SQLite's LIMIT reads no columns: where those of a query around say how many, the rows are
         // numbered.
         bool readsOuter = false;
-        bound.limit = percent ? percentLimit(*select.top, bound)
-                              : limit(*select.top, *bound.scope, &readsOuter);
+        bound.tree.limit = percent ? percentLimit(*select.top, bound)
+                                   : limit(*select.top, *bound.scope, &readsOuter);
         bound.ranked = bound.ranked || readsOuter;
     }
     return bound;
 }
 
 void Binder::grouping(const tsql::Select& select, BoundSelect& bound) {
-    std::string list;
+    std::vector<sql::Expression>& list = bound.tree.groups;
     std::vector<BoundExpression> groups;
     bound.scope->aggregates = AggregateUse::RefusedInGroupBy;
     for (const auto& expression : select.groupBy) {
@@ -116,16 +115,14 @@ void Binder::grouping(const tsql::Select& select, BoundSelect& bound) {
         if (value.constant() != nullptr || value.nullLiteral || bound.scope->readsOuter) {
             throw ServerError(tsql::Message::GroupByWithoutColumn, {}, expression->line);
         }
-        list += list.empty() ? " GROUP BY " : ", ";
-        appendSql(list, collated(value));
+        list.push_back(collated(value));
         bound.scope->groups.push_back(value.tree);
         if (!select.groupingSets.empty()) groups.push_back(value);
     }
     if (!select.groupingSets.empty()) list = groupingSets(select, *bound.scope, groups);
     // HAVING alone makes one group of all rows; SQLite has to be told where no aggregate in the
     // list says so.
-    if (list.empty() && select.having && !hasAggregateItem(select)) list = " GROUP BY NULL";
-    bound.tail += list;
+    if (list.empty() && select.having && !hasAggregateItem(select)) list.push_back(sql::null());
     bound.scope->grouped = true;
 }
 
@@ -154,7 +151,7 @@ void Binder::selectItems(const tsql::Select& select, BoundSelect& bound, int lin
         }
         addItem(item, *bound.scope, bound.items);
     }
-    if (!bound.distinct) return;
+    if (!bound.tree.distinct) return;
     for (const OutputColumn& item : bound.items)
         refuseLargeType(item.value, line);
 }
@@ -191,7 +188,7 @@ sql::Expression Binder::percentLimit(const tsql::TopClause& top, const BoundSele
         return percentLimit(top, sql::Over{sql::call(fn::kCount, sql::Star()), sql::Window()},
                             *bound.scope);
     }
-    return percentLimit(top, rowCount(selectText(bound)), *bound.scope);
+    return percentLimit(top, rowCount(sqlOf(selectOf(bound))), *bound.scope);
 }
 
 sql::Expression Binder::percentLimit(const tsql::TopClause& top, sql::Expression count,

@@ -1,7 +1,11 @@
+#include <utility>
+#include <variant>
+
 #include "engine/binder/binder.hpp"
 #include "engine/binder/bound_select.hpp"
 #include "engine/binder/collations.hpp"
 #include "engine/binder/type_rules.hpp"
+#include "engine/sqlite/sql_writer.hpp"
 #include "tsql/server_error.hpp"
 
 namespace kap::engine {
@@ -11,18 +15,25 @@ using tsql::SetOperator;
 
 namespace {
 
-const char* operatorText(SetOperator op) {
+sql::SetOperator operatorOf(SetOperator op) {
     switch (op) {
         case SetOperator::Union:
-            return " UNION ";
+            return sql::SetOperator::Union;
         case SetOperator::UnionAll:
-            return " UNION ALL ";
+            return sql::SetOperator::UnionAll;
         case SetOperator::Except:
-            return " EXCEPT ";
+            return sql::SetOperator::Except;
         case SetOperator::Intersect:
-            return " INTERSECT ";
+            break;
     }
-    return "";
+    return sql::SetOperator::Intersect;
+}
+
+sql::Select allOfQuery(std::variant<sql::Select, sql::Compound> query) {
+    sql::Select all;
+    all.items.push_back({sql::Star(), ""});
+    all.from = sql::fromQuery(std::move(query));
+    return all;
 }
 
 // SQLite compares rows in the order that the first term's columns have.
@@ -61,8 +72,9 @@ BoundQuery Binder::unionQuery(const tsql::Query& query, const std::vector<tsql::
     std::vector<OutputColumn> columns =
         unify(terms, query.terms.size() > 1 ? query.terms[1].joinedBy : SetOperator::UnionAll,
               query.line, *this);
-    std::string sql = unionText(terms, query) + unionOrderText(orderBy, columns);
-    return {std::move(sql), std::move(columns)};
+    sql::Compound rows = unionOf(terms, query);
+    rows.order = unionOrder(orderBy, columns);
+    return {sqlOf(rows), std::move(columns)};
 }
 
 // Brings the columns of all terms to common types; they have the names of the first term's.
@@ -99,19 +111,22 @@ std::vector<OutputColumn> Binder::unify(std::vector<BoundSelect>& terms, SetOper
     return columns;
 }
 
-std::string Binder::unionText(std::vector<BoundSelect>& terms, const tsql::Query& query) {
+sql::Compound Binder::unionOf(const std::vector<BoundSelect>& terms, const tsql::Query& query) {
     // SQLite takes five hundred at a time; what is joined so far then counts as one.
     constexpr std::size_t kMostTerms = 400;
-    std::string sql;
+    sql::Compound result;
     for (std::size_t i = 0; i < terms.size(); ++i) {
-        if (i > 0 && i % kMostTerms == 0) sql = "SELECT * FROM (" + sql + ")";
-        if (i > 0) sql += operatorText(query.terms[i].joinedBy);
-        const std::string text = selectText(terms[i]);
+        if (i > 0 && i % kMostTerms == 0) {
+            sql::Select before = allOfQuery(std::exchange(result, {}));
+            result.terms.push_back({sql::SetOperator::Union, std::move(before)});
+        }
+        sql::Select select = selectOf(terms[i]);
         // SQLite allows LIMIT only behind the whole.
-        const bool whole = !terms[i].limit && !terms[i].ranked;
-        sql += whole ? text : "SELECT * FROM (" + text + ")";
+        const bool whole = !terms[i].tree.limit && !terms[i].ranked;
+        if (!whole) select = allOfQuery(std::move(select));
+        result.terms.push_back({operatorOf(query.terms[i].joinedBy), std::move(select)});
     }
-    return sql;
+    return result;
 }
 
 }  // namespace kap::engine

@@ -133,7 +133,8 @@ std::string Binder::targetView(const View& view, const tsql::ObjectName& name) {
         list += (i == 0 ? "" : ", ") + numberedName(i);
     for (const OutputColumn& column : columns)
         commonTarget_.columns.emplace_back(column.name, column.value.column);
-    std::string sql = below + sqlName(view.name) + " (" + list + ") AS (" + selectText(bound) + ")";
+    std::string sql =
+        below + sqlName(view.name) + " (" + list + ") AS (" + sqlOf(selectOf(bound)) + ")";
     if (view.checksRows) {
         commonTarget_.checks = {"WITH RECURSIVE " + sql + " SELECT 1 FROM temp." +
                                 sqlName(capturedRows(table, RowState::Inserted).name) +

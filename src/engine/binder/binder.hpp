@@ -49,8 +49,8 @@ struct BoundSource {
     bool isJoin = false;
 };
 
-// Gives names their columns and expressions their types, and makes trees of them; queries and
-// sources become SQLite text.
+// Gives names their columns and expressions their types, and makes trees of them and of queries;
+// sources become SQLite text, and so does a query where it ends.
 //
 // One class, one source file for each part of the language: bind_constants.cpp,
 // bind_expressions.cpp, bind_operators.cpp, bind_comparisons.cpp, bind_conditions.cpp,
@@ -260,8 +260,8 @@ private:
                                                                Scope& scope);
     [[nodiscard]] std::optional<BoundExpression> groupingCall(const tsql::FunctionCall& call,
                                                               int line, Scope& scope);
-    [[nodiscard]] static std::string groupingSets(const tsql::Select& select, Scope& scope,
-                                                  const std::vector<BoundExpression>& groups);
+    [[nodiscard]] static std::vector<sql::Expression> groupingSets(
+        const tsql::Select& select, Scope& scope, const std::vector<BoundExpression>& groups);
 
     // bind_views.cpp
     [[nodiscard]] std::string targetView(const View& view, const tsql::ObjectName& name);
@@ -360,7 +360,7 @@ private:
     // The depth of queries in one another, unless it is more than can be followed.
     static int checkedDepth(int depth, int line);
     [[nodiscard]] std::string rowLimits(const tsql::Query& query, Scope* outer);
-    [[nodiscard]] static std::string nestedText(const BoundSelect& select);
+    [[nodiscard]] static sql::Select nestedSelect(const BoundSelect& select);
 
     // bind_rows_as_text.cpp
     [[nodiscard]] static std::vector<BoundQuery::Origin> originsOf(
@@ -377,9 +377,10 @@ private:
     [[nodiscard]] static std::vector<OutputColumn> unify(std::vector<BoundSelect>& terms,
                                                          tsql::SetOperator joinedBy, int line,
                                                          const Binder& binder);
-    [[nodiscard]] static std::string unionText(std::vector<BoundSelect>& terms,
+    [[nodiscard]] static sql::Compound unionOf(const std::vector<BoundSelect>& terms,
                                                const tsql::Query& query);
-    [[nodiscard]] static std::string selectText(const BoundSelect& select);
+    // The tree of a SELECT with its items.
+    [[nodiscard]] static sql::Select selectOf(const BoundSelect& select);
     static void checkOwnNames(const std::vector<OutputColumn>& columns, const std::string& alias,
                               int line);
 
@@ -395,10 +396,11 @@ private:
 
     // bind_order.cpp
     // ORDER BY of a query around the one whose list is `columns`, to which it adds what it needs.
-    [[nodiscard]] static std::string orderedBy(const BoundSelect& select, std::string& columns);
+    [[nodiscard]] static std::vector<sql::OrderTerm> orderedBy(const BoundSelect& select,
+                                                               std::vector<sql::Item>& columns);
     void orderRows(const std::vector<tsql::OrderItem>& items, BoundSelect& bound);
-    [[nodiscard]] static std::string unionOrderText(const std::vector<tsql::OrderItem>& items,
-                                                    const std::vector<OutputColumn>& columns);
+    [[nodiscard]] static std::vector<sql::OrderTerm> unionOrder(
+        const std::vector<tsql::OrderItem>& items, const std::vector<OutputColumn>& columns);
 
     // bind_sources.cpp
     [[nodiscard]] BoundSource source(const tsql::TableSource& source, Scope& scope);

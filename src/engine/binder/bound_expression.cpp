@@ -58,6 +58,10 @@ sql::Expression collated(const BoundExpression& expression) {
     return collated(expression, expression.tree);
 }
 
+sql::Item numberedItem(sql::Expression value, std::size_t index) {
+    return {std::move(value), nameAt(index)};
+}
+
 std::string numberedName(std::size_t index) {
     return "\"" + nameAt(index) + "\"";
 }

@@ -9,6 +9,7 @@
 
 #include "engine/catalog/tables.hpp"
 #include "engine/sqlite/expression_tree.hpp"
+#include "engine/sqlite/query_tree.hpp"
 #include "engine/values/row_format.hpp"
 #include "engine/values/text_collation.hpp"
 #include "engine/values/value.hpp"
@@ -77,6 +78,8 @@ struct BoundExpression {
 // The same for an expression in whose place another tree stands: a constant that is bound.
 [[nodiscard]] sql::Expression collated(const BoundExpression& expression, sql::Expression tree);
 
+// A value as the column of a query that is read by its place from 0.
+[[nodiscard]] sql::Item numberedItem(sql::Expression value, std::size_t index);
 // The name of a query's column by its place from 0, between quotes: "c1", "c2"...
 [[nodiscard]] std::string numberedName(std::size_t index);
 // The same column as an expression; of a source, or of the only one there is.

@@ -7,10 +7,11 @@
 #include <vector>
 
 #include "engine/binder/binder.hpp"
+#include "engine/sqlite/query_tree.hpp"
 
 namespace kap::engine {
 
-// A SELECT before its items are put into text: what follows may still convert or order them.
+// A SELECT before its items are put into its tree: what follows may still convert or order them.
 struct Binder::BoundSelect {
     struct OrderKey {
         std::optional<std::size_t> item;  // of the list
@@ -18,14 +19,11 @@ struct Binder::BoundSelect {
         bool descending = false;
     };
     std::unique_ptr<Scope> scope;
-    bool distinct = false;
     std::vector<OutputColumn> items;
-    std::string tail;            // FROM to HAVING, each part after a blank
-    sql::Expression limit;       // what LIMIT takes; none without TOP
-    std::string order;           // ORDER BY, after a blank
+    sql::Select tree;            // all of it but the items
     bool ties = false;           // TOP n WITH TIES
-    bool ranked = false;         // `limit` is compared with the numbers of the rows
-    std::vector<OrderKey> keys;  // what `order` holds, term by term
+    bool ranked = false;         // the limit of `tree` is compared with the numbers of the rows
+    std::vector<OrderKey> keys;  // what the order of `tree` holds, term by term
     bool ordersByOuter = false;  // by columns of a query around, which SQLite cannot
     bool grouped = false;
 };

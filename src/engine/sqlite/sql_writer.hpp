@@ -4,11 +4,12 @@
 #include <string>
 
 #include "engine/sqlite/expression_tree.hpp"
+#include "engine/sqlite/query_tree.hpp"
 
 namespace kap::engine {
 
-// Writes expressions as SQLite reads them: the only place that knows how. Error 8631 where the
-// stack ends before the expression does.
+// Writes expressions and queries as SQLite reads them: the only place that knows how. Error 8631
+// where the stack ends before the expression does.
 class SqlWriter {
 public:
     // What is written goes behind what `text` holds.
@@ -17,6 +18,8 @@ public:
     void write(const sql::Expression& expression);
     // Expressions with commas between them.
     void write(std::span<const sql::Expression> list);
+    void write(const sql::Select& select);
+    void write(const sql::Compound& compound);
 
 private:
     void node(const sql::Column& column);
@@ -41,6 +44,8 @@ private:
     void node(const sql::Over& over);
     void node(const sql::Definition& definition);
 
+    void from(const sql::From& from);
+    void orderBy(std::span<const sql::OrderTerm> order);
     void name(std::string_view name);
     void number(std::int64_t value);
     void balanced(std::span<const sql::Expression> parts, const char* joint);
@@ -53,6 +58,10 @@ private:
 
 // Expressions with commas between them.
 [[nodiscard]] std::string sqlOf(std::span<const sql::Expression> list);
+
+// A query as SQLite reads it.
+[[nodiscard]] std::string sqlOf(const sql::Select& select);
+[[nodiscard]] std::string sqlOf(const sql::Compound& compound);
 
 // An expression behind a text.
 void appendSql(std::string& text, const sql::Expression& expression);
