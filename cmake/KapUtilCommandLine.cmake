@@ -45,17 +45,18 @@ if(commandSources)
             OUTPUT "${pages}/kaputil.1" "${completions}/_kaputil" "${completions}/kaputil.fish"
             COMMAND kaputil-cli manual --folder "${pages}" --language en
             COMMAND kaputil-cli manual --folder "${pages}/it" --language it
-            COMMAND kaputil-cli completion zsh > "${completions}/_kaputil"
-            COMMAND kaputil-cli completion fish > "${completions}/kaputil.fish"
+            COMMAND kaputil-cli completion zsh --language en > "${completions}/_kaputil"
+            COMMAND kaputil-cli completion fish --language en > "${completions}/kaputil.fish"
             DEPENDS kaputil-cli
             COMMENT "Writing the pages of the manual"
             VERBATIM)
         add_custom_target(kaputil-cli-pages ALL DEPENDS "${pages}/kaputil.1")
-        # Those on commands are in English, those on classes in both languages.
         install(DIRECTORY "${pages}/" DESTINATION "${CMAKE_INSTALL_MANDIR}/man1" COMPONENT tools OPTIONAL
                 FILES_MATCHING PATTERN "*.1" PATTERN "it" EXCLUDE)
         install(DIRECTORY "${pages}/" DESTINATION "${CMAKE_INSTALL_MANDIR}/man3" COMPONENT tools OPTIONAL
                 FILES_MATCHING PATTERN "*.3" PATTERN "it" EXCLUDE)
+        install(DIRECTORY "${pages}/it/" DESTINATION "${CMAKE_INSTALL_MANDIR}/it/man1" COMPONENT tools OPTIONAL
+                FILES_MATCHING PATTERN "*.1")
         install(DIRECTORY "${pages}/it/" DESTINATION "${CMAKE_INSTALL_MANDIR}/it/man3" COMPONENT tools OPTIONAL
                 FILES_MATCHING PATTERN "*.3")
         install(FILES "${completions}/_kaputil" DESTINATION "${CMAKE_INSTALL_DATADIR}/zsh/site-functions"

@@ -19,13 +19,18 @@ _kaputil_names() {
     "$_kaputil_program" classes "$@" --names 2>/dev/null
 }
 
+# The help with the headings that are looked for here, whatever language the user reads.
+_kaputil_help() {
+    KAPUTIL_LOCALE=en-US "$_kaputil_program" "$@" --help 2>/dev/null
+}
+
 # The commands, or the actions of the command given.
 _kaputil_commands() {
-    "$_kaputil_program" "$@" --help 2>/dev/null | sed -n '/^Subcommands:/,$ s/^  \([a-z][a-z]*\) .*/\1/p'
+    _kaputil_help "$@" | sed -n '/^Subcommands:/,$ s/^  \([a-z][a-z]*\) .*/\1/p'
 }
 
 _kaputil_options() {
-    "$_kaputil_program" "$@" --help 2>/dev/null | sed -n '/^Options:/,/^$/ s/^  \(-[a-z],\)\{0,1\}\(--[a-z][a-z-]*\).*/\2/p' | sort -u
+    _kaputil_help "$@" | sed -n '/^Options:/,/^$/ s/^  \(-[a-z],\)\{0,1\}\(--[a-z][a-z-]*\).*/\2/p' | sort -u
 }
 
 # The next character is typed right behind what was completed.

@@ -2,11 +2,13 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <initializer_list>
 #include <string>
 #include <utility>
 
 #include <kaputil/automation/error.hpp>
 
+#include "automation/locale_of_texts.hpp"
 #include "automation/locale_tables.hpp"
 
 namespace kap {
@@ -40,17 +42,20 @@ const Locale* findLocale(std::string_view name) {
     return same == locales.end() ? nullptr : &*same;
 }
 
-const Locale& environmentLocale() {
-    static const Locale& chosen = [&]() -> const Locale& {
-        for (const char* variable : {"KAPUTIL_LOCALE", "LC_ALL", "LC_NUMERIC", "LANG"}) {
-            const char* value = std::getenv(variable);  // NOLINT(concurrency-mt-unsafe)
-            const Locale* known = value == nullptr ? nullptr : findLocale(value);
-            if (known != nullptr) {
-                return *known;
-            }
+// The first of these variables of the environment that names a known locale says it.
+const Locale& localeOf(std::initializer_list<const char*> variables) {
+    for (const char* variable : variables) {
+        const char* value = std::getenv(variable);  // NOLINT(concurrency-mt-unsafe)
+        const Locale* known = value == nullptr ? nullptr : findLocale(value);
+        if (known != nullptr) {
+            return *known;
         }
-        return knownLocales().front();
-    }();
+    }
+    return knownLocales().front();
+}
+
+const Locale& environmentLocale() {
+    static const Locale& chosen = localeOf({"KAPUTIL_LOCALE", "LC_ALL", "LC_NUMERIC", "LANG"});
     return chosen;
 }
 
@@ -60,6 +65,11 @@ thread_local const Locale* threadLocale = nullptr;
 
 const Locale& currentLocale() {
     return threadLocale != nullptr ? *threadLocale : environmentLocale();
+}
+
+const Locale& localeOfTexts() {
+    static const Locale& chosen = localeOf({"KAPUTIL_LOCALE", "LC_ALL", "LC_MESSAGES", "LANG"});
+    return threadLocale != nullptr ? *threadLocale : chosen;
 }
 
 void setLocale(std::string_view name) {

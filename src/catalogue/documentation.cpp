@@ -10,6 +10,7 @@
 #include <kaputil/automation/plain_text.hpp>
 #include <kaputil/catalogue/catalogue.hpp>
 
+#include "automation/locale_of_texts.hpp"
 #include "catalogue/reference_reader.hpp"
 #include "catalogue/reference_texts.hpp"
 
@@ -83,7 +84,7 @@ std::vector<const ClassDescription*> findDocumented() {
 }  // namespace
 
 DocumentationLanguage userDocumentationLanguage() {
-    return currentLocale().name.starts_with("it") ? DocumentationLanguage::Italian
+    return localeOfTexts().name.starts_with("it") ? DocumentationLanguage::Italian
                                                   : DocumentationLanguage::English;
 }
 

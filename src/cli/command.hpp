@@ -7,6 +7,8 @@
 #include <variant>
 #include <vector>
 
+#include "cli/output/language.hpp"
+
 // A command as the command line and its help know it. Each command's folder makes one; what reads
 // the arguments is in command_reader.cpp alone.
 namespace kap::cli {
@@ -23,7 +25,7 @@ struct Option {
     std::string name = {};
     std::string placeholder = {};  // of its text, in the help; empty for flags and words by place
     OptionTarget target = {};
-    std::string help = {};
+    BothLanguages help = {};
     bool required = false;
     bool showsDefault = false;            // the help tells what the target holds before
     std::vector<std::string> apart = {};  // options that it cannot be given with
@@ -33,8 +35,8 @@ struct Option {
 
 struct CommandDescription {
     std::string name = {};
-    std::string summary = {};
-    std::string details = {};  // stands below the options in the help
+    BothLanguages summary = {};
+    BothLanguages details = {};  // stands below the options in the help
     std::vector<Option> options = {};
     std::function<int()> run = nullptr;  // gives the exit code; none where an action must be named
     std::vector<CommandDescription> actions = {};  // "list" of "kaputil registry list"

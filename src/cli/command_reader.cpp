@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <iostream>
 #include <iterator>
+#include <memory>
 #include <new>
+#include <string>
 #include <type_traits>
 #include <utility>
 
@@ -15,7 +17,10 @@
 
 #include "cli/command_table.hpp"
 #include "cli/command_words.hpp"
+#include "cli/language_option.hpp"
 #include "cli/output/exit_codes.hpp"
+#include "cli/output/help_words.hpp"
+#include "cli/output/language.hpp"
 #include "cli/output/shown_text.hpp"
 #include "cli/output/usage_error.hpp"
 #include "cli/variables.hpp"
@@ -29,28 +34,29 @@ std::string versionText() {
     return (library().description + u" (" + library().fileVersion + u")").utf8();
 }
 
-CLI::Option* declare(CLI::App& app, const Option& option) {
+CLI::Option* declare(CLI::App& app, const Option& option, Language language) {
+    const std::string& help = option.help.in(language);
     return std::visit(
         [&](const auto& target) -> CLI::Option* {
             using Target = std::remove_cvref_t<decltype(target)>;
             if constexpr (std::is_same_v<Target, std::function<void()>>) {
-                return app.add_flag_callback(option.name, target, option.help);
+                return app.add_flag_callback(option.name, target, help);
             } else if constexpr (std::is_same_v<Target, bool*>) {
-                return app.add_flag(option.name, *target, option.help);
+                return app.add_flag(option.name, *target, help);
             } else if constexpr (std::is_pointer_v<Target>) {
-                return app.add_option(option.name, *target, option.help);
+                return app.add_option(option.name, *target, help);
             } else {
-                return app.add_option_function<std::string>(option.name, target, option.help);
+                return app.add_option_function<std::string>(option.name, target, help);
             }
         },
         option.target);
 }
 
-void addOption(CLI::App& app, const Option& option) {
-    CLI::Option* added = declare(app, option);
+void addOption(CLI::App& app, const Option& option, Language language) {
+    CLI::Option* added = declare(app, option, language);
     if (!std::holds_alternative<bool*>(option.target) &&
         !std::holds_alternative<std::function<void()>>(option.target)) {
-        added->type_name(option.placeholder);
+        added->type_name(placeholderIn(option.placeholder, language));
     }
     added->required(option.required);
     if (option.showsDefault) {
@@ -64,6 +70,28 @@ void addOption(CLI::App& app, const Option& option) {
     }
 }
 
+// The help in a language: what CLI11 says by itself, and names of what is known by its place.
+class HelpFormatter : public CLI::Formatter {
+public:
+    explicit HelpFormatter(Language language) : language_(language) {
+        const HelpWords& words = helpWords(language);
+        label("Usage", std::string(words.usage));
+        label("OPTIONS", std::string(words.anyOptions));
+        label("Positionals", std::string(words.words));
+        label("SUBCOMMAND", std::string(words.anyCommand));
+        label("REQUIRED", std::string(words.required));
+        label("Excludes", std::string(words.apart));
+    }
+
+    std::string make_option_name(const CLI::Option* option, bool byPlace) const override {
+        const std::string name = CLI::Formatter::make_option_name(option, byPlace);
+        return byPlace ? placeholderIn(name, language_) : name;
+    }
+
+private:
+    Language language_;
+};
+
 // A command as it was declared, and what was typed of it.
 struct Declared {
     const CommandDescription* command;
@@ -71,14 +99,17 @@ struct Declared {
     std::vector<Declared> actions = {};
 };
 
-Declared declare(CLI::App& above, const CommandDescription& command) {
-    Declared declared{&command, above.add_subcommand(command.name, command.summary)};
-    declared.app->footer(command.details);
+Declared declare(CLI::App& above, const CommandDescription& command, Language language) {
+    Declared declared{&command, above.add_subcommand(command.name, command.summary.in(language))};
+    declared.app->footer(command.details.in(language));
+    const HelpWords& words = helpWords(language);
+    declared.app->group(std::string(words.commands));
+    declared.app->get_help_ptr()->group(std::string(words.options));
     for (const Option& option : command.options) {
-        addOption(*declared.app, option);
+        addOption(*declared.app, option, language);
     }
     for (const CommandDescription& action : command.actions) {
-        declared.actions.push_back(declare(*declared.app, action));
+        declared.actions.push_back(declare(*declared.app, action, language));
     }
     declared.app->require_subcommand(declared.actions.empty() ? 0 : 1);
     return declared;
@@ -105,11 +136,15 @@ bool asksForJson(const std::vector<std::string>& arguments) {
 class CommandLine {
 public:
     CommandLine() {
-        app_.set_version_flag("--version", versionText());
-        app_.footer(helpOnVariables());
+        const HelpWords& words = helpWords(language_);
+        app_.formatter(std::make_shared<HelpFormatter>(language_));
+        app_.option_defaults()->group(std::string(words.options));
+        app_.set_help_flag("-h,--help", std::string(words.helpOption));
+        app_.set_version_flag("--version", versionText(), std::string(words.versionOption));
+        app_.footer(helpOnVariables(language_));
         app_.require_subcommand(0, 1);  // none is told below, after words that are no command
         for (const CommandDescription& command : commands_) {
-            declared_.push_back(declare(app_, command));
+            declared_.push_back(declare(app_, command, language_));
         }
     }
 
@@ -182,7 +217,8 @@ private:
         return code;
     }
 
-    CLI::App app_{"The command line of KAP Utility.", "kaputil"};
+    const Language language_ = userLanguage();
+    CLI::App app_{std::string(helpWords(language_).program), "kaputil"};
     const std::vector<CommandDescription> commands_ = allCommands();
     std::vector<Declared> declared_;
     bool json_ = false;  // errors are told as JSON

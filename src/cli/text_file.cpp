@@ -59,7 +59,8 @@ Option encodingOption(std::optional<std::string>& target) {
     return {.name = "--encoding",
             .placeholder = "utf-8|utf-16|1252|850",
             .target = &target,
-            .help = "How the file holds letters; else it is found.",
+            .help = {"How the file holds letters; else it is found.",
+                     "Come il file contiene le lettere; altrimenti viene riconosciuto."},
             .fault = oneOf({"utf-8", "utf-16", "1252", "850"})};
 }
 

@@ -2,18 +2,19 @@
 
 #include <cstddef>
 
+#include "cli/output/help_words.hpp"
 #include "cli/output/shown_text.hpp"
 #include "cli/output/wrapped_text.hpp"
 
 namespace kap::cli {
 
-std::string helpOnVariables() {
+std::string helpOnVariables(Language language) {
     constexpr std::size_t kRoomForNames = 25;
     constexpr std::size_t kWidth = 80;
-    std::string help = "Variables:\n";
+    std::string help = std::string(helpWords(language).variables) + ":\n";
     for (const EnvironmentVariable& variable : kVariables) {
         help += padded("  " + std::string(variable.name), kRoomForNames);
-        help += wrappedBehind(variable.help, kRoomForNames, kWidth);
+        help += wrappedBehind(helpOn(variable, language), kRoomForNames, kWidth);
     }
     return help;
 }

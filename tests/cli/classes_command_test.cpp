@@ -261,13 +261,36 @@ TEST(ClassesCommand, WritesPagesThatLeadToEachOtherAndNowhereElse) {
     }
 }
 
+// What the index of a language searches in.
+json searchedEntries(const std::string& folder, const std::string& language) {
+    const std::string index = fileIn(folder, language + "/index.html");
+    const std::string begin = "const ENTRIES = ";
+    const std::size_t from = index.find(begin) + begin.size();
+    return json::parse(index.substr(from, index.find(";\n", from) - from));
+}
+
+TEST(ClassesCommand, FindsNothingThatIsNotThere) {
+    const Folder folder;
+    EXPECT_EQ(kaputil({"classes", "--html", folder.path()}).exitCode, 0);
+    for (const std::string language : {"it", "en"}) {
+        const json entries = searchedEntries(folder.path(), language);
+        EXPECT_GT(entries.size(), 300U);
+        for (const json& entry : entries) {
+            const std::string href = entry[1].get<std::string>();
+            const std::size_t mark = href.find('#');
+            const std::string page = fileIn(folder.path(), language + "/" + href.substr(0, mark));
+            EXPECT_TRUE(mark == std::string::npos ||
+                        contains(page, "id=\"" + href.substr(mark + 1) + "\""))
+                << href;
+            EXPECT_FALSE(page.empty()) << href;
+        }
+    }
+}
+
 TEST(ClassesCommand, HasAnIndexToSearchInWithoutAServer) {
     const Folder folder;
     EXPECT_EQ(kaputil({"classes", "--html", folder.path()}).exitCode, 0);
-    const std::string index = fileIn(folder.path(), "it/index.html");
-    const std::string begin = "const ENTRIES = ";
-    const std::size_t from = index.find(begin) + begin.size();
-    const json entries = json::parse(index.substr(from, index.find(";\n", from) - from));
+    const json entries = searchedEntries(folder.path(), "it");
     const auto has = [&](const std::string& name, const std::string& href) {
         return std::ranges::any_of(
             entries, [&](const json& one) { return one[0] == name && one[1] == href; });

@@ -60,7 +60,7 @@ std::vector<std::string> splitWords(const std::string& text) {
 std::string helpOf(const std::string& command) {
     std::vector<std::string> words = splitWords(command);
     words.emplace_back("--help");
-    return kaputil(words).out;
+    return kaputil(words, {}, {"KAPUTIL_LOCALE=en-US"}).out;
 }
 
 // Every command of the table, and the actions of those that have some.

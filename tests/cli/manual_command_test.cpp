@@ -28,7 +28,7 @@ std::set<std::string> optionsOf(const std::string& command) {
 }
 
 TEST(ManualCommand, DescribesEveryOptionOfACommand) {
-    const std::string page = kaputil({"manual", "import"}).out;
+    const std::string page = kaputil({"manual", "import", "--language", "en"}).out;
     EXPECT_TRUE(page.starts_with(".TH \"KAPUTIL-IMPORT\" 1")) << page;
     EXPECT_TRUE(contains(page, "kaputil\\-import \\- Bring the rows of a file into a table"))
         << page;
@@ -69,23 +69,44 @@ TEST(ManualCommand, DescribesAClassWithItsMembers) {
                          "La connessione non è aperta."));
 }
 
-TEST(ManualCommand, IsReadByManWithoutComplaint) {
-    if (shell("command -v man && command -v groff").exitCode != 0) {
-        GTEST_SKIP() << "there is no man";
-    }
+// Shows every page in a language by man; each must have this heading.
+void expectPagesThatManReads(const char* language, const char* heading) {
     const Folder folder;
-    EXPECT_EQ(kaputil({"manual", "--folder", folder.path()}).exitCode, 0);
+    EXPECT_EQ(kaputil({"manual", "--folder", folder.path(), "--language", language}).exitCode, 0);
     for (const auto& page : fs::directory_iterator(folder.path())) {
         const Outcome run =
             shell("LC_ALL=C.UTF-8 MANWIDTH=80 man --warnings=w -l '" + page.path().string() + "'");
         EXPECT_EQ(run.exitCode, 0) << page;
         EXPECT_EQ(run.err, "") << page;
-        EXPECT_TRUE(contains(run.out, "SYNOPSIS")) << page;
+        EXPECT_TRUE(contains(run.out, heading)) << page;
     }
 }
 
+TEST(ManualCommand, IsReadByManWithoutComplaint) {
+    if (shell("command -v man && command -v groff").exitCode != 0) {
+        GTEST_SKIP() << "there is no man";
+    }
+    expectPagesThatManReads("en", "SYNOPSIS");
+    expectPagesThatManReads("it", "SINTASSI");
+}
+
+TEST(ManualCommand, WritesPagesOnCommandsInTheLanguageThatIsGiven) {
+    const Folder folder;
+    EXPECT_EQ(kaputil({"manual", "--folder", folder.path(), "--language", "it"}).exitCode, 0);
+    const std::string page = test::contentOf(folder / "kaputil-import.1");
+    EXPECT_TRUE(contains(page, ".SH NOME\nkaputil\\-import \\- Porta le righe di un file")) << page;
+    EXPECT_TRUE(contains(page, ".SH OPZIONI\n")) << page;
+    EXPECT_TRUE(
+        contains(page, "\\fB\\-\\-table NOME\\fR\nLa tabella, che deve già esserci. Obbligatorio."))
+        << page;
+    EXPECT_TRUE(contains(page, ".SH AMBIENTE\n")) << page;
+    EXPECT_EQ(kaputil({"manual", "import"}).out, page) << "it is that of the user";
+    EXPECT_TRUE(contains(test::contentOf(folder / "kaputil.1"), ".SH COMANDI\n"));
+    EXPECT_TRUE(contains(test::contentOf(folder / "kaputil-CSQL.3"), ".SH SINTASSI\n"));
+}
+
 TEST(CompletionCommand, OffersCommandsActionsAndOptionsInZsh) {
-    const std::string script = kaputil({"completion", "zsh"}).out;
+    const std::string script = kaputil({"completion", "zsh", "--language", "en"}).out;
     EXPECT_TRUE(script.starts_with("#compdef kaputil\n")) << script;
     EXPECT_TRUE(contains(script, "'import:Bring the rows of a file into a table")) << script;
     EXPECT_TRUE(contains(script, "--encoding[How the file holds letters")) << script;
@@ -101,7 +122,7 @@ TEST(CompletionCommand, OffersCommandsActionsAndOptionsInZsh) {
 }
 
 TEST(CompletionCommand, OffersCommandsActionsAndOptionsInFish) {
-    const std::string script = kaputil({"completion", "fish"}).out;
+    const std::string script = kaputil({"completion", "fish", "--language", "en"}).out;
     EXPECT_TRUE(contains(script, "-n __fish_use_subcommand -a import -d 'Bring the rows"))
         << script;
     EXPECT_TRUE(contains(script,
@@ -125,6 +146,13 @@ TEST(CompletionCommand, OffersCommandsActionsAndOptionsInFish) {
         EXPECT_TRUE(contains(offered("kaputil call KapRo"), "KapRound\n"));
     }
     EXPECT_EQ(kaputil({"completion", "tcsh"}).exitCode, 2);
+}
+
+TEST(CompletionCommand, DescribesInTheLanguageThatIsGiven) {
+    EXPECT_TRUE(contains(kaputil({"completion", "zsh", "--language", "it"}).out,
+                         "'import:Porta le righe di un file in una tabella"));
+    EXPECT_TRUE(contains(kaputil({"completion", "fish", "--language", "it"}).out,
+                         "-a import -d 'Porta le righe di un file in una tabella"));
 }
 
 }  // namespace

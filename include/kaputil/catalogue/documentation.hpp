@@ -21,7 +21,9 @@ namespace kap {
 
 enum class DocumentationLanguage : std::uint8_t { English, Italian };
 
-// The language of the user's locale: Italian, or English for every other one.
+// The language that the user reads: the locale set with `setLocale` says it, else the first of the
+// variables KAPUTIL_LOCALE, LC_ALL, LC_MESSAGES and LANG that names a known one, else it is
+// Italian. Locales that are not Italian mean English.
 [[nodiscard]] KAPUTIL_EXPORT DocumentationLanguage userDocumentationLanguage();
 
 // One of the values that are told apart, as it is written in a program: "\"P\"", "3".

@@ -42,9 +42,6 @@ struct PageWords {
     std::string_view creatable;
     std::string_view global;
     std::string_view notCreatable;
-    std::string_view manName;
-    std::string_view manDescription;
-    std::string_view manSeeAlso;
 };
 
 inline const PageWords& pageWords(Language language) {
@@ -82,10 +79,7 @@ inline const PageWords& pageWords(Language language) {
         .events = "Events",
         .creatable = "creatable",
         .global = "global, creatable",
-        .notCreatable = "not creatable",
-        .manName = "NAME",
-        .manDescription = "DESCRIPTION",
-        .manSeeAlso = "SEE ALSO"};
+        .notCreatable = "not creatable"};
     static constexpr PageWords kItalian = {
         .classTitle = "Classe",
         .instancing = "Creazione",
@@ -120,10 +114,7 @@ inline const PageWords& pageWords(Language language) {
         .events = "Eventi",
         .creatable = "creabile",
         .global = "globale, creabile",
-        .notCreatable = "non creabile",
-        .manName = "NOME",
-        .manDescription = "DESCRIZIONE",
-        .manSeeAlso = "VEDERE ANCHE"};
+        .notCreatable = "non creabile"};
     return language == Language::Italian ? kItalian : kEnglish;
 }
 

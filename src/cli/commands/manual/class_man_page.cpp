@@ -6,6 +6,7 @@
 #include "cli/commands/classes/member_text.hpp"
 #include "cli/commands/classes/page_words.hpp"
 #include "cli/commands/manual/man_page.hpp"
+#include "cli/output/help_words.hpp"
 #include "cli/output/shown_text.hpp"
 
 namespace kap::cli {
@@ -85,13 +86,15 @@ std::string manName(const ShownClass& shown) {
 
 std::string manPage(const ShownClass& shown, Language language) {
     const PageWords& words = pageWords(language);
+    const HelpWords& headings = helpWords(language);
     const ClassDocumentation* documentation = documentationOf(*shown.members, language);
     std::string page = ".TH \"" + asciiUpper(manName(shown)) + "\" 3 \"\" \"" +
                        roff((library().description + u" (" + library().fileVersion + u")").utf8()) +
-                       "\"\n.SH " + std::string(words.manName) + "\n" + roff(manName(shown)) +
+                       "\"\n.SH " + std::string(headings.manName) + "\n" + roff(manName(shown)) +
                        " \\- " + roff(trimmed(summaryOf(*shown.members, language), ".")) +
-                       "\n.SH SYNOPSIS\n" + roff(shown.programmaticName) + "\n.SH " +
-                       std::string(words.manDescription) + "\n";
+                       "\n.SH " + std::string(headings.manSynopsis) + "\n" +
+                       roff(shown.programmaticName) + "\n.SH " +
+                       std::string(headings.manDescription) + "\n";
     if (documentation != nullptr) {
         page +=
             manBody(documentation->itself, words) + manScript(words.setup, documentation->setup);
@@ -102,7 +105,7 @@ std::string manPage(const ShownClass& shown, Language language) {
             page += manBody(*told, words);
         }
     }
-    return page + ".SH " + std::string(words.manSeeAlso) + "\n.BR kaputil\\-classes (1)\n";
+    return page + ".SH " + std::string(headings.manSeeAlso) + "\n.BR kaputil\\-classes (1)\n";
 }
 
 }  // namespace kap::cli

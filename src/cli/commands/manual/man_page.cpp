@@ -6,6 +6,7 @@
 
 #include "base/ascii.hpp"
 #include "cli/commands/manual/option_words.hpp"
+#include "cli/output/help_words.hpp"
 #include "cli/variables.hpp"
 
 namespace kap::cli {
@@ -16,8 +17,14 @@ std::string heading(const std::string& name) {
            roff((library().description + u" (" + library().fileVersion + u")").utf8()) + "\"\n";
 }
 
-std::string nameSection(const std::string& name, const std::string& summary) {
-    return ".SH NAME\n" + roff(name) + " \\- " + roff(trimmed(summary, ".")) + "\n";
+std::string nameSection(const std::string& name, const std::string& summary,
+                        const HelpWords& words) {
+    return ".SH " + std::string(words.manName) + "\n" + roff(name) + " \\- " +
+           roff(trimmed(summary, ".")) + "\n";
+}
+
+std::string anyOptions(Language language) {
+    return asciiLower(helpWords(language).anyOptions);
 }
 
 // Lines stand as they are in the help.
@@ -29,47 +36,52 @@ std::string item(const std::string& term, const std::string& text) {
     return ".TP\n\\fB" + roff(term) + "\\fR\n" + roff(text) + "\n";
 }
 
-std::string itemOf(const Option& option) {
+std::string itemOf(const Option& option, Language language) {
     const OptionWords words = wordsOf(option);
     std::string term;
     for (const std::string& name : words.names) {
         term += (term.empty() ? "" : ", ") + name;
     }
     if (term.empty()) {
-        term = words.place;
+        term = placeholderIn(words.place, language);
     } else if (!option.placeholder.empty()) {
-        term += " " + option.placeholder;
+        term += " " + placeholderIn(option.placeholder, language);
     }
-    return item(term, option.help + (option.required ? " Required." : ""));
+    return item(term,
+                option.help.in(language) +
+                    (option.required ? " " + std::string(helpWords(language).manRequired) : ""));
 }
 
-std::string optionItems(const CommandDescription& command) {
+std::string optionItems(const CommandDescription& command, Language language) {
     std::string items;
     for (const Option& option : command.options) {
-        items += itemOf(option);
+        items += itemOf(option, language);
     }
-    return items + item("--help", "Print a short help and exit.");
+    return items + item("--help", std::string(helpWords(language).helpOption) + ".");
 }
 
-std::string synopsis(const std::string& name, const CommandDescription& command) {
+std::string synopsis(const std::string& name, const CommandDescription& command,
+                     Language language) {
     std::string line = ".B " + roff(name) + "\n";
     bool any = false;
     for (const Option& option : command.options) {
         const OptionWords words = wordsOf(option);
         any = any || !option.required;
         if (!words.place.empty()) {
-            line += (option.required ? roff(words.place) : "[" + roff(words.place) + "]") + "\n";
+            const std::string place = roff(placeholderIn(words.place, language));
+            line += (option.required ? place : "[" + place + "]") + "\n";
         } else if (option.required) {
-            line += "\\fB" + roff(words.names.front()) + "\\fR " + roff(option.placeholder) + "\n";
+            line += "\\fB" + roff(words.names.front()) + "\\fR " +
+                    roff(placeholderIn(option.placeholder, language)) + "\n";
         }
     }
-    return line + (any ? "[\\fIoptions\\fR]\n" : "") + ".br\n";
+    return line + (any ? "[\\fI" + anyOptions(language) + "\\fR]\n" : "") + ".br\n";
 }
 
-std::string variableSection() {
-    std::string section = ".SH ENVIRONMENT\n";
+std::string variableSection(Language language) {
+    std::string section = ".SH " + std::string(helpWords(language).manEnvironment) + "\n";
     for (const EnvironmentVariable& variable : kVariables) {
-        section += item(std::string(variable.name), std::string(variable.help) + ".");
+        section += item(std::string(variable.name), std::string(helpOn(variable, language)) + ".");
     }
     return section;
 }
@@ -95,38 +107,47 @@ std::string roff(std::string_view text) {
     return escaped;
 }
 
-std::string manPage(const std::vector<CommandDescription>& commands) {
+std::string manPage(const std::vector<CommandDescription>& commands, Language language) {
+    const HelpWords& words = helpWords(language);
     std::string page =
-        heading("kaputil") + nameSection("kaputil", "the command line of KAP Utility");
-    page += ".SH SYNOPSIS\n.B kaputil\n\\fIcommand\\fR [\\fIoptions\\fR]\n.SH COMMANDS\n";
+        heading("kaputil") + nameSection("kaputil", std::string(words.program), words);
+    page += ".SH " + std::string(words.manSynopsis) + "\n.B kaputil\n\\fI" +
+            asciiLower(words.anyCommand) + "\\fR [\\fI" + anyOptions(language) + "\\fR]\n.SH " +
+            std::string(words.manCommands) + "\n";
     std::string others;
     for (const CommandDescription& command : commands) {
-        page += item("kaputil " + command.name, command.summary);
+        page += item("kaputil " + command.name, command.summary.in(language));
         others +=
             (others.empty() ? "" : ",\n") + (".BR " + roff("kaputil-" + command.name)) + " (1)";
     }
-    return page + variableSection() + ".SH SEE ALSO\n" + others + "\n";
+    return page + variableSection(language) + ".SH " + std::string(words.manSeeAlso) + "\n" +
+           others + "\n";
 }
 
-std::string manPage(const CommandDescription& command) {
+std::string manPage(const CommandDescription& command, Language language) {
+    const HelpWords& words = helpWords(language);
+    const std::string& summary = command.summary.in(language);
     const std::string name = "kaputil " + command.name;
     std::string page = heading("kaputil-" + command.name) +
-                       nameSection("kaputil-" + command.name, command.summary) + ".SH SYNOPSIS\n";
+                       nameSection("kaputil-" + command.name, summary, words) + ".SH " +
+                       std::string(words.manSynopsis) + "\n";
     if (command.actions.empty()) {
-        page += synopsis(name, command);
+        page += synopsis(name, command, language);
     }
     for (const CommandDescription& action : command.actions) {
-        page += synopsis(name + " " + action.name, action);
+        page += synopsis(name + " " + action.name, action, language);
     }
-    page += ".SH DESCRIPTION\n" + roff(command.summary) + "\n" + verbatim(command.details);
+    page += ".SH " + std::string(words.manDescription) + "\n" + roff(summary) + "\n" +
+            verbatim(command.details.in(language));
     if (command.actions.empty()) {
-        page += ".SH OPTIONS\n" + optionItems(command);
+        page += ".SH " + std::string(words.manOptions) + "\n" + optionItems(command, language);
     }
     for (const CommandDescription& action : command.actions) {
-        page += ".SH " + roff(asciiUpper(action.name)) + "\n" + roff(action.summary) + "\n" +
-                verbatim(action.details) + optionItems(action);
+        page += ".SH " + roff(asciiUpper(action.name)) + "\n" + roff(action.summary.in(language)) +
+                "\n" + verbatim(action.details.in(language)) + optionItems(action, language);
     }
-    return page + variableSection() + ".SH SEE ALSO\n.BR kaputil (1)\n";
+    return page + variableSection(language) + ".SH " + std::string(words.manSeeAlso) +
+           "\n.BR kaputil (1)\n";
 }
 
 }  // namespace kap::cli

@@ -28,9 +28,9 @@ void writePages(const std::string& folder, const std::vector<CommandDescription>
                 Language language) {
     std::error_code error;
     std::filesystem::create_directories(folder, error);
-    writePage(folder, "kaputil.1", manPage(commands));
+    writePage(folder, "kaputil.1", manPage(commands, language));
     for (const CommandDescription& command : commands) {
-        writePage(folder, "kaputil-" + command.name + ".1", manPage(command));
+        writePage(folder, "kaputil-" + command.name + ".1", manPage(command, language));
     }
     for (const ShownClass* shown : pagedClasses()) {
         writePage(folder, manName(*shown) + ".3", manPage(*shown, language));
@@ -55,12 +55,12 @@ int ManualCommand::run() const {
         return kSuccess;
     }
     if (command.empty()) {
-        std::cout << manPage(commands);
+        std::cout << manPage(commands, language);
         return kSuccess;
     }
     const auto found = std::ranges::find(commands, command, &CommandDescription::name);
     if (found != commands.end()) {
-        std::cout << manPage(*found);
+        std::cout << manPage(*found, language);
     } else if (const ShownClass* shown = findClass(command)) {
         std::cout << manPage(*shown, language);
     } else {
@@ -70,7 +70,8 @@ int ManualCommand::run() const {
 }
 
 int CompletionCommand::run() const {
-    std::cout << (shell == "zsh" ? zshCompletion(allCommands()) : fishCompletion(allCommands()));
+    std::cout << (shell == "zsh" ? zshCompletion(allCommands(), language)
+                                 : fishCompletion(allCommands(), language));
     return kSuccess;
 }
 

@@ -21,6 +21,7 @@ struct ManualCommand {
 // `kaputil completion`: the script that completes the command line in a shell.
 struct CompletionCommand {
     std::string shell;  // zsh, fish
+    Language language = userLanguage();
 
     [[nodiscard]] int run() const;
 };

@@ -3,6 +3,7 @@
 #include <string_view>
 
 #include "cli/commands/manual/option_words.hpp"
+#include "cli/output/help_words.hpp"
 
 namespace kap::cli {
 namespace {
@@ -82,14 +83,15 @@ std::string zshTexts(const OptionWords& words) {
     return words.takesFile ? "_files" : " ";
 }
 
-std::string zshOptions(const CommandDescription& command, const std::string& indent) {
+std::string zshOptions(const CommandDescription& command, const std::string& indent,
+                       Language language) {
     std::string lines;
     for (const Option& option : command.options) {
         const OptionWords words = wordsOf(option);
         for (const std::string& name : words.names) {
             const std::string kind = option.placeholder.empty() ? "text" : option.placeholder;
             lines += " \\\n" + indent +
-                     zshQuoted(name + "[" + zshDescription(option.help) + "]" +
+                     zshQuoted(name + "[" + zshDescription(option.help.in(language)) + "]" +
                                (words.takesText ? ":" + zshDescription(kind) + ":" + zshTexts(words)
                                                 : ""));
         }
@@ -99,26 +101,27 @@ std::string zshOptions(const CommandDescription& command, const std::string& ind
                                zshTexts(words));
         }
     }
-    return lines + " \\\n" + indent + zshQuoted("--help[print a short help]") + "\n";
+    return lines + " \\\n" + indent +
+           zshQuoted("--help[" + zshDescription(helpWords(language).helpOption) + "]") + "\n";
 }
 
 std::string zshList(const std::string& variable, const std::vector<CommandDescription>& commands,
-                    const std::string& indent) {
+                    const std::string& indent, Language language) {
     std::string list = indent + "local -a " + variable + "\n" + indent + variable + "=(\n";
     for (const CommandDescription& command : commands) {
-        list += indent + "    " + zshQuoted(command.name + ":" + zshDescription(command.summary)) +
-                "\n";
+        list += indent + "    " +
+                zshQuoted(command.name + ":" + zshDescription(command.summary.in(language))) + "\n";
     }
     return list + indent + ")\n";
 }
 
-std::string zshCommand(const CommandDescription& command) {
+std::string zshCommand(const CommandDescription& command, Language language) {
     std::string part = "        " + command.name + ")\n";
     if (command.actions.empty()) {
-        return part + "            _arguments -s" + zshOptions(command, "                ") +
-               "            ;;\n";
+        return part + "            _arguments -s" +
+               zshOptions(command, "                ", language) + "            ;;\n";
     }
-    part += zshList("actions", command.actions, "            ");
+    part += zshList("actions", command.actions, "            ", language);
     part +=
         "            if (( CURRENT == 2 )); then\n"
         "                _describe action actions\n"
@@ -129,13 +132,15 @@ std::string zshCommand(const CommandDescription& command) {
         "            case $words[1] in\n";
     for (const CommandDescription& action : command.actions) {
         part += "                " + action.name + ")\n                    _arguments -s" +
-                zshOptions(action, "                        ") + "                    ;;\n";
+                zshOptions(action, "                        ", language) +
+                "                    ;;\n";
     }
     return part + "            esac\n            ;;\n";
 }
 
 // When a condition on the words before the cursor holds, fish offers what follows.
-std::string fishOptions(const CommandDescription& command, const std::string& condition) {
+std::string fishOptions(const CommandDescription& command, const std::string& condition,
+                        Language language) {
     std::string lines;
     for (const Option& option : command.options) {
         const OptionWords words = wordsOf(option);
@@ -145,7 +150,7 @@ std::string fishOptions(const CommandDescription& command, const std::string& co
         for (const std::string& name : words.names) {
             lines += "complete -c kaputil -n " + fishQuoted(condition) + " -l " + name.substr(2) +
                      (words.takesText ? (files ? " -r -F" : " -x") + texts : "") + " -d " +
-                     fishQuoted(option.help) + "\n";
+                     fishQuoted(option.help.in(language)) + "\n";
         }
         if (words.takesClass || words.takesMember) {
             lines += "complete -c kaputil -n " + fishQuoted(condition) + " -a '(__kaputil_names" +
@@ -158,10 +163,10 @@ std::string fishOptions(const CommandDescription& command, const std::string& co
     return lines;
 }
 
-std::string fishCommand(const CommandDescription& command) {
+std::string fishCommand(const CommandDescription& command, Language language) {
     const std::string seen = "__fish_seen_subcommand_from " + command.name;
     if (command.actions.empty()) {
-        return fishOptions(command, seen);
+        return fishOptions(command, seen, language);
     }
     std::vector<std::string> names;
     for (const CommandDescription& action : command.actions) {
@@ -172,19 +177,21 @@ std::string fishCommand(const CommandDescription& command) {
         lines +=
             "complete -c kaputil -n " +
             fishQuoted(seen + "; and not __fish_seen_subcommand_from " + joinedWith(names, " ")) +
-            " -a " + action.name + " -d " + fishQuoted(action.summary) + "\n";
-        lines += fishOptions(action, seen + "; and __fish_seen_subcommand_from " + action.name);
+            " -a " + action.name + " -d " + fishQuoted(action.summary.in(language)) + "\n";
+        lines += fishOptions(action, seen + "; and __fish_seen_subcommand_from " + action.name,
+                             language);
     }
     return lines;
 }
 
 }  // namespace
 
-std::string zshCompletion(const std::vector<CommandDescription>& commands) {
+std::string zshCompletion(const std::vector<CommandDescription>& commands, Language language) {
     std::string script =
         "#compdef kaputil\n"
         "# Completion of the kaputil command line for zsh, made by: kaputil completion zsh\n" +
-        std::string(kZshNames) + "_kaputil() {\n" + zshList("commands", commands, "    ") +
+        std::string(kZshNames) + "_kaputil() {\n" +
+        zshList("commands", commands, "    ", language) +
         "    if (( CURRENT == 2 )); then\n"
         "        _describe command commands\n"
         "        return\n"
@@ -193,7 +200,7 @@ std::string zshCompletion(const std::vector<CommandDescription>& commands) {
         "    (( CURRENT-- ))\n"
         "    case $words[1] in\n";
     for (const CommandDescription& command : commands) {
-        script += zshCommand(command);
+        script += zshCommand(command, language);
     }
     return script +
            "    esac\n"
@@ -205,18 +212,18 @@ std::string zshCompletion(const std::vector<CommandDescription>& commands) {
            "fi\n";
 }
 
-std::string fishCompletion(const std::vector<CommandDescription>& commands) {
+std::string fishCompletion(const std::vector<CommandDescription>& commands, Language language) {
     std::string script =
         "# Completion of the kaputil command line for fish, made by: kaputil completion fish\n"
         "complete -c kaputil -f\n"
-        "complete -c kaputil -l help -d 'Print a short help.'\n" +
-        std::string(kFishNames);
+        "complete -c kaputil -l help -d " +
+        fishQuoted(helpWords(language).helpOption) + "\n" + std::string(kFishNames);
     for (const CommandDescription& command : commands) {
         script += "complete -c kaputil -n __fish_use_subcommand -a " + command.name + " -d " +
-                  fishQuoted(command.summary) + "\n";
+                  fishQuoted(command.summary.in(language)) + "\n";
     }
     for (const CommandDescription& command : commands) {
-        script += fishCommand(command);
+        script += fishCommand(command, language);
     }
     return script;
 }

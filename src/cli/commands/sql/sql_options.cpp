@@ -1,6 +1,7 @@
 #include "cli/commands/sql/sql_options.hpp"
 
 #include <memory>
+#include <utility>
 
 #include "cli/commands/sql/sql_command.hpp"
 #include "cli/connection_option.hpp"
@@ -19,7 +20,7 @@ Option database(std::string& target) {
 }
 
 // Of a few forms one can be chosen.
-Option formFlag(SqlCommand& sql, const char* name, AnswerForm form, const char* help) {
+Option formFlag(SqlCommand& sql, const char* name, AnswerForm form, BothLanguages help) {
     return {.name = name,
             .target = std::function<void()>([&sql, form] {
                 if (sql.form && *sql.form != form) {
@@ -27,7 +28,7 @@ Option formFlag(SqlCommand& sql, const char* name, AnswerForm form, const char* 
                 }
                 sql.form = form;
             }),
-            .help = help};
+            .help = std::move(help)};
 }
 
 }  // namespace
@@ -36,56 +37,71 @@ CommandDescription sqlOptions() {
     const auto sql = std::make_shared<SqlCommand>();
     return {
         .name = "sql",
-        .summary = "Run a script in the dialect on a database.",
+        .summary = {"Run a script in the dialect on a database.",
+                    "Esegue uno script nel dialetto su una base dati."},
         .details =
-            "Without --file and --command the script is read from standard input; on a terminal "
-            "a\n"
-            "shell reads statements. The script is UTF-8, UTF-16 or, when it is neither, in code "
-            "page\n"
-            "1252; lines that hold only GO cut it into batches. It ends at the first batch with "
-            "an\n"
-            "error. What it prints goes to standard error.\n"
-            "Exit codes: 0 done, 1 an error in the script, 2 wrong usage, 3 no database.",
-        .options = {database(sql->connection),
-                    {.name = "--file",
-                     .placeholder = "F",
-                     .target = &sql->file,
-                     .help = "The file that holds the script."},
-                    encodingOption(sql->encoding),
-                    {.name = "--command",
-                     .placeholder = "TEXT",
-                     .target = &sql->command,
-                     .help = "The script itself.",
-                     .apart = {"--file"}},
-                    formFlag(*sql, "--json", AnswerForm::Json,
-                             "Print one JSON object a line for each result."),
-                    formFlag(*sql, "--csv", AnswerForm::Csv,
-                             "Print rows as comma-separated values, and no counts."),
-                    formFlag(*sql, "--json-lines", AnswerForm::JsonLines,
-                             "Print one JSON object a line for each row."),
-                    formFlag(*sql, "--tsv", AnswerForm::Tsv,
-                             "Print the rows with tabs between their values."),
-                    formFlag(*sql, "--markdown", AnswerForm::Markdown,
-                             "Print tables as Markdown has them."),
-                    formFlag(*sql, "--html", AnswerForm::Html, "Print one page for browsers."),
-                    languageOption(sql->language),
-                    {.name = "--variable",
-                     .placeholder = "NAME=VALUE",
-                     .target = &sql->variables,
-                     .help = "What stands for $(NAME) in the script; several may be given."},
-                    {.name = "--keep-going",
-                     .target = &sql->keepGoing,
-                     .help = "Go on behind a batch with an error."},
-                    {.name = "--plan",
-                     .target = &sql->plan,
-                     .help = "Print how each statement would be gone about instead of running it."},
-                    {.name = "--backup",
-                     .placeholder = "F",
-                     .target = &sql->backup,
-                     .help = "Copy the database to a new file first; it may be in use meanwhile."},
-                    {.name = "--check",
-                     .target = &sql->check,
-                     .help = "Check the database first."}},
+            {R"(Without --file and --command the script is read from standard input; on a terminal a
+shell reads statements. The script is UTF-8, UTF-16 or, when it is neither, in code page
+1252; lines that hold only GO cut it into batches. It ends at the first batch with an
+error. What it prints goes to standard error.
+Exit codes: 0 done, 1 an error in the script, 2 wrong usage, 3 no database.)",
+             R"(Senza --file e --command lo script si legge dallo standard input; su un terminale le
+istruzioni le legge una shell. Lo script è in UTF-8, UTF-16 o, se non è nessuno dei due,
+nella tabella codici 1252; righe con il solo GO lo dividono in batch. Finisce al primo
+batch con un errore. Quello che stampa va sullo standard error.
+Codici d'uscita: 0 eseguito, 1 un errore nello script, 2 uso errato, 3 nessuna base dati.)"},
+        .options =
+            {database(sql->connection),
+             {.name = "--file",
+              .placeholder = "F",
+              .target = &sql->file,
+              .help = {"The file that holds the script.", "Il file che contiene lo script."}},
+             encodingOption(sql->encoding),
+             {.name = "--command",
+              .placeholder = "TEXT",
+              .target = &sql->command,
+              .help = {"The script itself.", "Lo script stesso."},
+              .apart = {"--file"}},
+             formFlag(*sql, "--json", AnswerForm::Json,
+                      {"Print one JSON object a line for each result.",
+                       "Stampa un oggetto JSON per riga, uno per risultato."}),
+             formFlag(*sql, "--csv", AnswerForm::Csv,
+                      {"Print rows as comma-separated values, and no counts.",
+                       "Stampa le righe come valori separati da virgole, senza i conteggi."}),
+             formFlag(*sql, "--json-lines", AnswerForm::JsonLines,
+                      {"Print one JSON object a line for each row.",
+                       "Stampa un oggetto JSON per riga, uno per riga di dati."}),
+             formFlag(*sql, "--tsv", AnswerForm::Tsv,
+                      {"Print the rows with tabs between their values.",
+                       "Stampa le righe con tabulazioni fra i valori."}),
+             formFlag(
+                 *sql, "--markdown", AnswerForm::Markdown,
+                 {"Print tables as Markdown has them.", "Stampa le tabelle come in Markdown."}),
+             formFlag(*sql, "--html", AnswerForm::Html,
+                      {"Print one page for browsers.", "Stampa una pagina per il browser."}),
+             languageOption(sql->language),
+             {.name = "--variable",
+              .placeholder = "NAME=VALUE",
+              .target = &sql->variables,
+              .help =
+                  {"What stands for $(NAME) in the script; several may be given.",
+                   "Che cosa sta al posto di $(NOME) nello script; se ne possono dare più d'una."}},
+             {.name = "--keep-going",
+              .target = &sql->keepGoing,
+              .help = {"Go on behind a batch with an error.",
+                       "Prosegue dopo un batch con un errore."}},
+             {.name = "--plan",
+              .target = &sql->plan,
+              .help = {"Print how each statement would be gone about instead of running it.",
+                       "Stampa come verrebbe eseguita ogni istruzione invece di eseguirla."}},
+             {.name = "--backup",
+              .placeholder = "F",
+              .target = &sql->backup,
+              .help = {"Copy the database to a new file first; it may be in use meanwhile.",
+                       "Prima copia la base dati in un file nuovo; intanto può essere in uso."}},
+             {.name = "--check",
+              .target = &sql->check,
+              .help = {"Check the database first.", "Prima controlla la base dati."}}},
         .run = [sql] { return sql->run(); }};
 }
 
