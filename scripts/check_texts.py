@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Checks the texts of the project: long files, references that lead nowhere for a reader, examples in the guides.
+"""Checks the texts of the project: long files, references and links that lead nowhere for a reader, examples in the guides.
 
 With --update it first copies the examples into the guides.
 """
@@ -20,6 +20,12 @@ OUTSIDE = re.compile(r"\bParts? \d+\.\d+|\bspec\.md\b|\.\./shared\b|\bDESIGN\.md
 # In a guide, a line <!-- example: path --> stands before the block that repeats that file.
 EXAMPLE = re.compile(r"^(<!-- example: (\S+) -->\s*```\w*\n)(.*?)(?=^```)", re.DOTALL | re.MULTILINE)
 USING = re.compile(r"^using (?:\w+::)+(\w+);")
+
+# Links of a page, but none to other sites, and headings; blocks of code hold neither.
+LINK = re.compile(r"\]\((?!\w+:)([^)\s]+)\)")
+HEADING = re.compile(r"^#+ +(.*)$", re.MULTILINE)
+BLOCK = re.compile(r"^```.*?^```$", re.DOTALL | re.MULTILINE)
+CODE = re.compile(rf"{BLOCK.pattern}|`[^`\n]*`", re.DOTALL | re.MULTILINE)
 
 EXAMPLE_MARK = re.compile(r"^<!-- example: \S+ -->", re.MULTILINE)
 
@@ -67,6 +73,25 @@ def check_examples(path, text):
     return faults
 
 
+def anchor_of(heading):
+    """What a heading is called in links, as the usual viewers of Markdown have it."""
+    plain = re.sub(r"\[([^\]]*)\]\([^)]*\)", r"\1", heading).strip().lower()
+    return re.sub(r"[^\w\- ]", "", plain).replace(" ", "-")
+
+
+def check_links(path, text):
+    """Links of a page lead to files that are there, and to headings in them."""
+    faults = []
+    for target in LINK.findall(CODE.sub("", text)):
+        name, _, anchor = target.partition("#")
+        file = (sources.ROOT / path).parent / name if name else sources.ROOT / path
+        if not file.exists():
+            faults.append(f"{path}:1: the link {target} leads nowhere")
+        elif anchor and anchor not in map(anchor_of, HEADING.findall(BLOCK.sub("", file.read_text(encoding="utf-8")))):
+            faults.append(f"{path}:1: there is no heading for the link {target}")
+    return faults
+
+
 def update_examples():
     for path in sources.project_files("*.md"):
         old = sources.read(path)
@@ -92,7 +117,7 @@ def main():
             faults += check_usings(path, lines)
             faults += check_comment_width(path, lines)
         if path.suffix == ".md":
-            faults += check_examples(path, text)
+            faults += check_examples(path, text) + check_links(path, text)
     for fault in faults:
         print(fault, file=sys.stderr)
     return 1 if faults else 0
