@@ -1,71 +1,26 @@
-"""Every command and program of the guides, in their order, each guide in a folder of its own.
-
-A block behind a line <!-- file: NAME --> is written to that file. In a block `console` each line `$ ...` is a command, and the
-lines below it are what it prints. A block `python` is a program, and the block `text` behind it what that prints. With
-KAPUTIL_UPDATE_DOCS in the environment what is printed is written into the guides.
+"""Every command and program of the guides, in their order, each guide in a folder of its own. What stands in a guide how:
+guide_reader.py. With KAPUTIL_UPDATE_DOCS in the environment what is printed is written into the guides.
 """
 
 import os
 import pathlib
 import re
-import subprocess
 import sys
 import tempfile
 import unittest
 
-GUIDES = pathlib.Path(__file__).parents[2] / "docs" / "guide"
+from guide_reader import BLOCK, GUIDES, Reader, pages
+
 BUILD = os.environ["KAPUTIL_BUILD"]
-BLOCK = re.compile(r"(?:^<!-- (?P<kind>file|example): (?P<name>\S+) -->\n)?^```(?P<language>\w*)\n(?P<text>.*?)^```$",
-                   re.DOTALL | re.MULTILINE)
 
 
-def pages():
-    return sorted(GUIDES.glob("*/*.md"))
-
-
-class Reader:
-    """Somebody who does what a guide says."""
+class BuildReader(Reader):
+    """Somebody who does what a guide says with what was built."""
 
     def __init__(self, folder):
-        self.folder = folder
-        self.environment = {**os.environ, "KAPUTIL_HOME": str(folder / "settings"), "KAPUTIL_LOCALE": "it-IT",
-                            "LC_ALL": "C.UTF-8", "PATH": f"{BUILD}{os.pathsep}{os.environ['PATH']}"}
-        self.environment.pop("KAPUTIL_CONNECTION", None)
-
-    def run(self, *command, **changes):
-        environment = {**self.environment, **changes}
-        done = subprocess.run(command, cwd=self.folder, env=environment, stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
-                              encoding="utf-8", timeout=120)
-        return "".join(f"{line.rstrip()}\n" for line in done.stdout.splitlines())
-
-    def console(self, text):
-        """The block with what its commands print, in the place of what stands there."""
-        shown = ""
-        for line in text.splitlines():
-            if line.startswith("$ "):
-                # What must be loaded first into an interpreter with the package is not for other programs.
-                shown += f"{line}\n" + self.run("bash", "-c", line[2:], LD_PRELOAD="")
-        return shown
-
-    def follow(self, page):
-        """The page as it should be."""
-        printed = None
-
-        def block(found):
-            nonlocal printed
-            text, language = found["text"], found["language"]
-            whole = found[0]
-            if found["kind"] == "file":
-                (self.folder / found["name"]).write_text(text, encoding="utf-8")
-            elif found["kind"] is None and language == "console":
-                return whole.replace(f"\n{text}```", f"\n{self.console(text)}```")
-            elif found["kind"] is None and language == "python":
-                printed = self.run(sys.executable, "-c", text, PYTHONIOENCODING="utf-8")
-            elif language == "text" and printed is not None:
-                whole, printed = f"```text\n{printed}```", None
-            return whole
-
-        return BLOCK.sub(block, page)
+        super().__init__(folder, sys.executable,
+                         {**os.environ, "KAPUTIL_HOME": str(folder / "settings"), "KAPUTIL_LOCALE": "it-IT",
+                          "LC_ALL": "C.UTF-8", "PATH": f"{BUILD}{os.pathsep}{os.environ['PATH']}"})
 
 
 class Guides(unittest.TestCase):
@@ -75,7 +30,7 @@ class Guides(unittest.TestCase):
         for path in pages():
             with self.subTest(path.relative_to(GUIDES)), tempfile.TemporaryDirectory() as folder:
                 text = path.read_text(encoding="utf-8")
-                followed = Reader(pathlib.Path(folder)).follow(text)
+                followed = BuildReader(pathlib.Path(folder)).follow(text)
                 if "KAPUTIL_UPDATE_DOCS" in os.environ:
                     path.write_text(followed, encoding="utf-8")
                 else:
