@@ -6,5 +6,5 @@ set -uo pipefail
 begun=$SECONDS
 said=$("$1" --gtest_brief=1 2>&1)
 status=$?
-printf '%s: %d s\n%s\n' "${1##*/}" $((SECONDS - begun)) "$said"
+printf '%s%s: %d s\n%s\n' "${1##*/}" "${TZ:+, $TZ}" $((SECONDS - begun)) "$said"
 exit "$status"

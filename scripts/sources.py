@@ -36,6 +36,7 @@ def includes(path):
     return found
 
 
+@functools.lru_cache(maxsize=None)
 def included_file(target, including="."):
     """The project's file that an include names, below the root; None when it is not one of the project's."""
     beside = pathlib.PurePosixPath(including).parent

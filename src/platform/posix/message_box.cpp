@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <mutex>
 #include <string>
+#include <system_error>
 
 #include <kaputil/automation/format.hpp>
 

@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <ostream>
+#include <system_error>
 
 #include <nlohmann/json.hpp>
 

@@ -6,6 +6,7 @@
 #include <fstream>
 #include <iterator>
 #include <string_view>
+#include <system_error>
 #include <vector>
 
 #include <kaputil/ado/recordset.hpp>

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <iostream>
+#include <system_error>
 #include <vector>
 
 #include "cli/command_table.hpp"
