@@ -129,6 +129,10 @@ public:
     // A query that answers as SQLGetTypeInfo does, for drivers that fail to; empty: none.
     [[nodiscard]] virtual std::string typesQuery() const { return {}; }
 
+    // A query that reads an escaped quotation mark out of a JSON text, as a table's column. What
+    // else it answers, or a failure, says that there are no such tables. Empty: there are none.
+    [[nodiscard]] virtual std::string jsonQuery() const { return {}; }
+
     // What the server's own number says better than the SQLSTATE that the driver gives.
     virtual void refine(ServerMessage& /*message*/) const {}
 

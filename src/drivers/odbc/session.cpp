@@ -43,7 +43,8 @@ std::string callOf(const Request& request) {
 OdbcSession::Work::Work(std::shared_ptr<OdbcConnection> opened)
     : connection(std::move(opened)),
       catalogue(*connection),
-      changer(connection, catalogue, tables) {}
+      changer(connection, catalogue, tables),
+      insertion(*connection) {}
 
 OdbcSession::OdbcSession(const ConnectText& text)
     : text_(text),
@@ -141,7 +142,7 @@ void OdbcSession::forgetTables() {
     work_->queries.forget();
     work_->statements.forget();
     work_->changer.forget();
-    work_->insertion.reset();
+    work_->insertion.forget();
 }
 
 ChangeOutcome OdbcSession::apply(const RowChange& change) {
@@ -149,25 +150,9 @@ ChangeOutcome OdbcSession::apply(const RowChange& change) {
     return work_->changer.apply(change, timeout_);
 }
 
-// What is too few for a statement of many rows, or too long, goes by statements of its own.
 void OdbcSession::append(const RowBatch& batch) {
-    constexpr std::size_t kMostParameters = 2000;
-    RowBatch rest = batch;
-    {
-        const auto limited = connection().limit(timeout_);
-        std::optional<RowInsertion>& insertion = work_->insertion;
-        if (RowInsertion::fits(batch) && batch.count >= RowInsertion::rowsAtOnce(batch)) {
-            if (!insertion || !insertion->isFor(batch)) {
-                insertion.reset();
-                insertion.emplace(*work_->connection, batch, timeout_);
-            }
-            while (rest.count >= insertion->rows() && insertion->run(batch, rest.first, timeout_)) {
-                rest.first += insertion->rows();
-                rest.count -= insertion->rows();
-            }
-        }
-    }
-    appendByRequests(*this, rest, kMostParameters);
+    const auto limited = connection().limit(timeout_);
+    work_->insertion.append(*this, batch, timeout_);
 }
 
 Result OdbcSession::schema(SchemaEnum kind, const SchemaRestrictions& wanted) {

@@ -2,14 +2,14 @@
 
 #include <chrono>
 #include <memory>
-#include <optional>
+#include <string>
 
 #include "data/table_session.hpp"
+#include "drivers/odbc/batch_insertion.hpp"
 #include "drivers/odbc/kept_statements.hpp"
 #include "drivers/odbc/odbc_connection.hpp"
 #include "drivers/odbc/result_columns.hpp"
 #include "drivers/odbc/row_changer.hpp"
-#include "drivers/odbc/row_insertion.hpp"
 
 namespace kap::ado::odbc {
 
@@ -46,7 +46,7 @@ private:
         KnownQueries queries;
         KeptStatements statements;
         OdbcRowChanger changer;
-        std::optional<RowInsertion> insertion;  // of the table that was last appended to
+        BatchInsertion insertion;
     };
 
     // The connection for a call that begins. Where the server has ended it while nobody used it,

@@ -157,6 +157,13 @@ public:
         return "EXEC sp_datatype_info @ODBCVer = 3";
     }
 
+    // Older servers do not know the function: a text of its own fails for itself, without ending a
+    // transaction that is open.
+    [[nodiscard]] std::string jsonQuery() const override {
+        return "BEGIN TRY EXEC (N'SELECT v FROM OPENJSON(N''[[\"\\\"\"]]'') WITH (v nvarchar(9) "
+               "''$[0]'')') END TRY BEGIN CATCH SELECT N'' END CATCH";
+    }
+
     void refine(ServerMessage& message) const override {
         const tsql::MessageFacts* known = tsql::findMessage(message.nativeNumber);
         if (known != nullptr && *known->sqlState != '\0') {
