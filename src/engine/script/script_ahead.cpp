@@ -1,9 +1,11 @@
 #include <algorithm>
 #include <utility>
+#include <variant>
 #include <vector>
 
 #include "engine/catalog/object_names.hpp"
 #include "engine/plan/capture.hpp"
+#include "engine/plan/statement_kinds.hpp"
 #include "engine/plan/table_builder.hpp"
 #include "engine/plan/translator.hpp"
 #include "engine/script/script_runner.hpp"
@@ -12,20 +14,46 @@
 namespace kap::engine {
 namespace {
 
-bool definesTables(const Instruction& instruction) {
-    if (instruction.statement == nullptr) return false;
-    const tsql::Statement::Node& node = instruction.statement->node;
-    if (const auto* query = std::get_if<tsql::SelectStatement>(&node)) {
-        return tableMadeBy(*query) != nullptr;
+// Those that make or change what later statements may name.
+template <typename Node>
+concept DefiningStatement =
+    OneOf<Node, tsql::CreateTableStatement, tsql::AlterTableStatement, tsql::DropStatement,
+          tsql::CreateSchemaStatement, tsql::AlterSchemaStatement, tsql::SequenceStatement,
+          tsql::CreateSynonymStatement, tsql::CreateTypeStatement>;
+
+// Those behind which the tables are what they were, and those that tell when they run: a script is
+// not taken as it comes because it makes a view or calls a procedure.
+template <typename Node>
+concept OtherStatement = FlowStatement<Node> ||
+    OneOf<Node, tsql::InsertStatement, tsql::UpdateStatement, tsql::DeleteStatement,
+          tsql::MergeStatement, tsql::TruncateStatement, tsql::CreateIndexStatement,
+          tsql::CreateViewStatement, tsql::CreateModuleStatement, tsql::CreateRuleStatement,
+          tsql::DeclareStatement, tsql::AssignStatement, tsql::SetOptionStatement,
+          tsql::ReturnStatement, tsql::PrintStatement, tsql::RaiserrorStatement,
+          tsql::ThrowStatement, tsql::WaitStatement, tsql::TransactionStatement,
+          tsql::ExecuteStatement, tsql::DeclareCursorStatement, tsql::AssignCursorStatement,
+          tsql::CursorStatement, tsql::FetchStatement, tsql::DatabaseStatement,
+          tsql::BackupStatement, tsql::CheckStatement, tsql::BulkInsertStatement,
+          tsql::ShowOptionsStatement, tsql::CheckIdentityStatement, tsql::NoEffectStatement>;
+
+// A statement that stands in neither list does not compile.
+struct DefinesTables {
+    bool operator()(const tsql::SelectStatement& statement) const {
+        return tableMadeBy(statement) != nullptr;
     }
-    return std::holds_alternative<tsql::CreateTableStatement>(node) ||
-           std::holds_alternative<tsql::AlterTableStatement>(node) ||
-           std::holds_alternative<tsql::DropStatement>(node) ||
-           std::holds_alternative<tsql::CreateSchemaStatement>(node) ||
-           std::holds_alternative<tsql::AlterSchemaStatement>(node) ||
-           std::holds_alternative<tsql::SequenceStatement>(node) ||
-           std::holds_alternative<tsql::CreateSynonymStatement>(node) ||
-           std::holds_alternative<tsql::CreateTypeStatement>(node);
+    template <DefiningStatement Node>
+    bool operator()(const Node& /*statement*/) const {
+        return true;
+    }
+    template <OtherStatement Node>
+    bool operator()(const Node& /*statement*/) const {
+        return false;
+    }
+};
+
+bool definesTables(const Instruction& instruction) {
+    return instruction.statement != nullptr &&
+           std::visit(DefinesTables(), instruction.statement->node);
 }
 
 // Errors that belong to the run: a table that may be made by a procedure that is called before, and

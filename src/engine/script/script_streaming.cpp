@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <system_error>
 #include <utility>
+#include <variant>
 
+#include "engine/plan/statement_kinds.hpp"
 #include "engine/plan/translator.hpp"
 #include "engine/script/row_stream.hpp"
 #include "engine/script/running.hpp"
@@ -14,15 +16,45 @@
 namespace kap::engine {
 namespace {
 
-bool onlyReads(const Instruction& instruction) {
-    if (instruction.operation != Operation::Statement) {
+// Those that change variables and options of the session only.
+template <typename Node>
+concept SettingStatement =
+    OneOf<Node, tsql::DeclareStatement, tsql::AssignStatement, tsql::SetOptionStatement>;
+
+// Those that write, define, call or tell something: nothing of theirs may wait for rows to be read.
+template <typename Node>
+concept ActingStatement = FlowStatement<Node> ||
+    OneOf<Node, tsql::InsertStatement, tsql::UpdateStatement, tsql::DeleteStatement,
+          tsql::MergeStatement, tsql::TruncateStatement, tsql::CreateTableStatement,
+          tsql::CreateIndexStatement, tsql::DropStatement, tsql::AlterTableStatement,
+          tsql::CreateViewStatement, tsql::CreateModuleStatement, tsql::CreateSchemaStatement,
+          tsql::AlterSchemaStatement, tsql::CreateTypeStatement, tsql::CreateRuleStatement,
+          tsql::SequenceStatement, tsql::CreateSynonymStatement, tsql::ReturnStatement,
+          tsql::PrintStatement, tsql::RaiserrorStatement, tsql::ThrowStatement, tsql::WaitStatement,
+          tsql::TransactionStatement, tsql::ExecuteStatement, tsql::DeclareCursorStatement,
+          tsql::AssignCursorStatement, tsql::CursorStatement, tsql::FetchStatement,
+          tsql::DatabaseStatement, tsql::BackupStatement, tsql::CheckStatement,
+          tsql::BulkInsertStatement, tsql::ShowOptionsStatement, tsql::CheckIdentityStatement,
+          tsql::NoEffectStatement>;
+
+// A statement that stands in neither list does not compile.
+struct OnlyReads {
+    bool operator()(const tsql::SelectStatement& statement) const {
+        return tableMadeBy(statement) == nullptr;
+    }
+    template <SettingStatement Node>
+    bool operator()(const Node& /*statement*/) const {
         return true;
     }
-    const auto& node = instruction.statement->node;
-    return isPlainQuery(*instruction.statement) ||
-           std::holds_alternative<tsql::DeclareStatement>(node) ||
-           std::holds_alternative<tsql::AssignStatement>(node) ||
-           std::holds_alternative<tsql::SetOptionStatement>(node);
+    template <ActingStatement Node>
+    bool operator()(const Node& /*statement*/) const {
+        return false;
+    }
+};
+
+bool onlyReads(const Instruction& instruction) {
+    return instruction.operation != Operation::Statement ||
+           std::visit(OnlyReads(), instruction.statement->node);
 }
 
 bool setsOption(const Instruction& instruction) {
