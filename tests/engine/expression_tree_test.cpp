@@ -11,6 +11,7 @@
 #include <variant>
 #include <vector>
 
+#include "engine/sqlite/query_tree.hpp"
 #include "engine/sqlite/sql_writer.hpp"
 #include "platform/stack.hpp"
 #include "tsql/server_error.hpp"
@@ -30,6 +31,11 @@ std::vector<Expression> conditions(int count) {
     for (int i = 0; i < count; ++i)
         result.push_back(equal(sql::column("a"), sql::number(i)));
     return result;
+}
+
+// SELECT number
+sql::QueryTree queryOf(int number) {
+    return sql::one(sql::number(number), {});
 }
 
 // How deep brackets stand in one another.
@@ -58,9 +64,9 @@ TEST(ExpressionTree, IsEqualToOneOfTheSameShape) {
 }
 
 TEST(ExpressionTree, TellsAQueryFromAnother) {
-    EXPECT_EQ(Expression(sql::Subquery{"SELECT 1"}), Expression(sql::Subquery{"SELECT 1"}));
-    EXPECT_NE(Expression(sql::Subquery{"SELECT 1"}), Expression(sql::Subquery{"SELECT 2"}));
-    EXPECT_NE(Expression(sql::Subquery{"SELECT 1"}), Expression(sql::Exists{"SELECT 1"}));
+    EXPECT_EQ(Expression(sql::Subquery{queryOf(1)}), Expression(sql::Subquery{queryOf(1)}));
+    EXPECT_NE(Expression(sql::Subquery{queryOf(1)}), Expression(sql::Subquery{queryOf(2)}));
+    EXPECT_NE(Expression(sql::Subquery{queryOf(1)}), Expression(sql::Exists{queryOf(1)}));
 }
 
 TEST(ExpressionTree, IsSharedByItsCopies) {
@@ -198,10 +204,10 @@ TEST(SqlWriter, WritesWindows) {
 TEST(SqlWriter, WritesConditions) {
     const Expression a = sql::column("a");
     EXPECT_EQ("(\"a\" NOT IN (1, 2))", sqlOf(sql::In{a, {sql::number(1), sql::number(2)}, true}));
-    EXPECT_EQ("(\"a\" IN (SELECT 1))", sqlOf(sql::InQuery{a, "SELECT 1"}));
+    EXPECT_EQ("(\"a\" IN (SELECT 1))", sqlOf(sql::InQuery{a, queryOf(1)}));
     EXPECT_EQ("(\"a\" NOT BETWEEN 1 AND 2)",
               sqlOf(sql::Between{a, sql::number(1), sql::number(2), true}));
-    EXPECT_EQ("(NOT EXISTS (SELECT 1))", sqlOf(sql::negation(sql::Exists{"SELECT 1"})));
+    EXPECT_EQ("(NOT EXISTS (SELECT 1))", sqlOf(sql::negation(sql::Exists{queryOf(1)})));
     EXPECT_EQ("(CASE \"a\" WHEN 1 THEN 2 ELSE 3 END)",
               sqlOf(sql::Case{a, {{sql::number(1), sql::number(2)}}, sql::number(3)}));
 }

@@ -3,7 +3,6 @@
 
 #include "engine/binder/binder.hpp"
 #include "engine/sqlite/row_functions.hpp"
-#include "engine/sqlite/sql_writer.hpp"
 #include "tsql/server_error.hpp"
 
 // CROSS APPLY and OUTER APPLY. SQLite lets no query in FROM read the rows beside it, but functions:
@@ -27,7 +26,7 @@ BoundSource Binder::apply(const tsql::Join& join, int line, Scope& scope) {
     };
     const int before = reads();
     BoundSource right = appliedSource(*join.right, beside, given);
-    std::string with;
+    std::vector<sql::CommonTable> with;
     if (reads() != before && !given.values.empty()) {
         given = {};
         std::vector<GivenValues*> around = givenTo_;
@@ -42,19 +41,17 @@ BoundSource Binder::apply(const tsql::Join& join, int line, Scope& scope) {
     }
     left.sources = std::move(beside.sources);
     if (!given.values.empty()) {
-        right = givenRows(std::move(right), with, given, line);
-    } else if (std::holds_alternative<tsql::Join>(join.right->node)) {
-        right.sql = "(" + right.sql + ")";
+        right = givenRows(std::move(right), std::move(with), given, line);
     }
     const bool outer = join.kind == tsql::JoinKind::OuterApply;
-    left.sql += (outer ? " LEFT JOIN " : " CROSS JOIN ") + right.sql + (outer ? " ON 1" : "");
+    sql::join(left.from, outer ? sql::JoinOperator::Left : sql::JoinOperator::Cross,
+              std::move(right.from), outer ? sql::number(1) : sql::Expression());
     for (Source& each : right.sources) {
         for (SourceColumn& column : each.columns)
             column.value.nullable = column.value.nullable || outer;
         left.sources.push_back(std::move(each));
     }
     checkNames(left.sources, line);
-    left.isJoin = true;
     return left;
 }
 
@@ -73,32 +70,32 @@ BoundSource Binder::appliedSource(const tsql::TableSource& source, Scope& beside
     return this->source(source, own);
 }
 
-std::string Binder::commonTablesAgain(std::size_t count, int line) {
-    std::string sql;
+std::vector<sql::CommonTable> Binder::commonTablesAgain(std::size_t count, int line) {
+    std::vector<sql::CommonTable> with;
+    with.reserve(count);
     for (std::size_t i = 0; i < count; ++i) {
         const tsql::CommonTable* table = commonNames_[i].syntax;
         if (table == nullptr) throw tsql::unsupported("the written view within APPLY", line);
-        sql += (sql.empty() ? "WITH RECURSIVE " : ", ") + commonTable(*table, nullptr);
+        with.push_back(commonTable(*table, nullptr));
     }
-    return sql + " ";
+    return with;
 }
 
 // The rows of sources that are given values, as the function gives them.
-BoundSource Binder::givenRows(BoundSource source, const std::string& with, const GivenValues& given,
-                              int line) {
+BoundSource Binder::givenRows(BoundSource source, std::vector<sql::CommonTable> with,
+                              const GivenValues& given, int line) {
     if (given.values.size() > kRowFunctionArguments) {
         throw tsql::unsupported("APPLY that reads so many columns", line);
     }
     const std::string name = source.sources.front().name;
-    std::string list;
+    sql::Select select;
     std::size_t place = 0;
     for (Source& each : source.sources) {
         each.table = nullptr;
         each.rowNumber = {};
         for (SourceColumn& column : each.columns) {
             BoundExpression& value = column.value;
-            if (place > 0) list += ", ";
-            appendSql(list, value.tree);
+            select.items.push_back({value.tree});
             value = value.readBy(numberedColumn(name, place++));
             value.plainColumn = false;
         }
@@ -106,9 +103,11 @@ BoundSource Binder::givenRows(BoundSource source, const std::string& with, const
     if (place > kRowFunctionColumns) {
         throw tsql::unsupported("APPLY of so many columns", line);
     }
-    sql::Call rows{fn::kRowsOfQuery, {sql::text(with + "SELECT " + list + " FROM " + source.sql)}};
+    select.from = std::move(source.from);
+    sql::Call rows{fn::kRowsOfQuery,
+                   {sql::QueryText{sql::Query{std::move(select), std::move(with)}}}};
     rows.arguments.insert(rows.arguments.end(), given.values.begin(), given.values.end());
-    source.sql = sqlOf(std::move(rows)) + " AS " + sqlName(name);
+    source.from = sql::from(sql::RowsOf{std::move(rows), name});
     return source;
 }
 

@@ -160,11 +160,14 @@ BoundQuery Binder::collationRows() {
     rows.columns.push_back({"name", BoundExpression::expression(numberedColumn(0), kName, false)});
     rows.columns.push_back(
         {"description", BoundExpression::expression(numberedColumn(1), kDescription, false)});
+    sql::Compound all;
     for (const CollationName& each : collationNames()) {
-        rows.sql += (rows.sql.empty() ? "SELECT " : " UNION ALL SELECT ") + sqlText(each.name) +
-                    " AS " + numberedName(0) + ", " + sqlText(each.description) + " AS " +
-                    numberedName(1);
+        sql::Select row;
+        row.items = {numberedItem(sql::text(std::string(each.name)), 0),
+                     numberedItem(sql::text(std::string(each.description)), 1)};
+        all.terms.push_back({sql::SetOperator::UnionAll, std::move(row)});
     }
+    rows.tree = {std::move(all)};
     return rows;
 }
 

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 #include "base/ascii.hpp"
@@ -11,9 +12,10 @@ namespace kap::engine {
 
 using tsql::ServerError;
 
-std::string Binder::commonTables(const std::vector<tsql::CommonTable>& tables, Scope* outer,
-                                 const tsql::ObjectName* target) {
-    std::string sql;
+std::vector<sql::CommonTable> Binder::commonTables(const std::vector<tsql::CommonTable>& tables,
+                                                   Scope* outer, const tsql::ObjectName* target) {
+    std::vector<sql::CommonTable> with;
+    with.reserve(tables.size());
     for (const tsql::CommonTable& table : tables) {
         const bool repeated =
             std::any_of(tables.begin(), tables.end(), [&](const tsql::CommonTable& other) {
@@ -24,16 +26,14 @@ std::string Binder::commonTables(const std::vector<tsql::CommonTable>& tables, S
         }
         const bool isTarget =
             target != nullptr && target->parts.size() == 1 && sameName(target->last(), table.name);
-        sql += (sql.empty() ? "WITH RECURSIVE " : ", ") +
-               (isTarget ? targetTable(table, outer) : commonTable(table, outer));
+        with.push_back(isTarget ? targetTable(table, outer) : commonTable(table, outer));
     }
     if (target != nullptr && commonTarget_.table == nullptr && this->table(*target) == nullptr) {
         const View* view = this->view(*target);
-        if (view != nullptr) {
-            sql += (sql.empty() ? "WITH RECURSIVE " : ", ") + targetView(*view, *target);
-        }
+        if (view != nullptr)
+            std::ranges::move(targetView(*view, *target), std::back_inserter(with));
     }
-    return sql.empty() ? sql : sql + " ";
+    return with;
 }
 
 std::vector<OutputColumn> Binder::commonColumns(const tsql::CommonTable& table,
@@ -55,11 +55,8 @@ std::vector<OutputColumn> Binder::commonColumns(const tsql::CommonTable& table,
 
 namespace {
 
-std::string definition(const std::string& name, std::size_t columns, const std::string& sql) {
-    std::string list;
-    for (std::size_t i = 0; i < columns; ++i)
-        list += (i == 0 ? "" : ", ") + numberedName(i);
-    return sqlName(name) + " (" + list + ") AS (" + sql + ")";
+sql::CommonTable numberedTable(const std::string& name, std::size_t columns, sql::QueryTree query) {
+    return {name, numberedNames(columns), std::move(query)};
 }
 
 // A recursion must not change the types that it began with; texts would be cut unseen.
@@ -100,16 +97,16 @@ void checkRecursion(const std::string& table, const tsql::QueryTerm& term, bool 
 }  // namespace
 
 // A table that reads itself has the columns of its first term, so that is bound first, alone.
-std::string Binder::commonTable(const tsql::CommonTable& table, Scope* outer) {
+sql::CommonTable Binder::commonTable(const tsql::CommonTable& table, Scope* outer) {
     const int aside = std::exchange(deepestRead_, 0);
-    std::string defined = boundCommonTable(table, outer);
+    sql::CommonTable defined = boundCommonTable(table, outer);
     commonNames_.back().depth = checkedDepth(deepestRead_ + 1, table.query->line);
     commonNames_.back().syntax = &table;
     deepestRead_ = aside;
     return defined;
 }
 
-std::string Binder::boundCommonTable(const tsql::CommonTable& table, Scope* outer) {
+sql::CommonTable Binder::boundCommonTable(const tsql::CommonTable& table, Scope* outer) {
     const std::size_t mark = commonNames_.size();
     const bool several = table.query->terms.size() > 1 &&
                          std::holds_alternative<tsql::Select>(table.query->terms.front().node);
@@ -127,12 +124,13 @@ std::string Binder::boundCommonTable(const tsql::CommonTable& table, Scope* oute
     commonNames_.resize(mark);
     const std::size_t count = bound.columns.size();
     commonNames_.push_back({table.name, commonColumns(table, std::move(bound.columns)), ""});
-    return definition(table.name, count, bound.sql);
+    return numberedTable(table.name, count, std::move(bound.tree));
 }
 
 // Each row of a table that reads itself carries its level in one more column, so that a recursion
 // without end is found out.
-std::string Binder::recursiveTable(const tsql::CommonTable& table, CommonName own, Scope* outer) {
+sql::CommonTable Binder::recursiveTable(const tsql::CommonTable& table, CommonName own,
+                                        Scope* outer) {
     const std::size_t mark = commonNames_.size();
     own.recursiveAt = queryDepth_;
     commonNames_.push_back(std::move(own));
@@ -169,11 +167,11 @@ std::string Binder::recursiveTable(const tsql::CommonTable& table, CommonName ow
     const std::size_t count = columns.size();
     columns.pop_back();
     commonNames_[mark] = {table.name, commonColumns(table, std::move(columns)), ""};
-    return definition(table.name, count, sqlOf(unionOf(terms, *table.query)));
+    return numberedTable(table.name, count, sql::Query{unionOf(terms, *table.query)});
 }
 
 // UPDATE and DELETE of a common table write the one table that it reads.
-std::string Binder::targetTable(const tsql::CommonTable& table, Scope* outer) {
+sql::CommonTable Binder::targetTable(const tsql::CommonTable& table, Scope* outer) {
     const auto* select = table.query->terms.size() == 1
                              ? std::get_if<tsql::Select>(&table.query->terms.front().node)
                              : nullptr;
@@ -200,7 +198,7 @@ std::string Binder::targetTable(const tsql::CommonTable& table, Scope* outer) {
             BoundExpression::expression(numberedColumn(i), columns[i].value.type, true);
     }
     commonNames_.push_back({table.name, std::move(columns), ""});
-    return definition(table.name, bound.items.size(), sqlOf(selectOf(bound)));
+    return numberedTable(table.name, bound.items.size(), selectOf(bound));
 }
 
 std::optional<BoundSource> Binder::targetSource(const tsql::ObjectName& target) const {

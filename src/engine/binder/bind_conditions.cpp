@@ -74,13 +74,14 @@ sql::Expression Binder::test(const tsql::BetweenPredicate& node, int line, Scope
 // compared stand in the way.
 sql::Expression Binder::test(const tsql::QuantifiedComparison& node, int line, Scope& scope) {
     const BoundExpression left = value(*node.value, scope);
-    const BoundQuery bound = query(*node.query, &scope, QueryPlace::Nested);
+    BoundQuery bound = query(*node.query, &scope, QueryPlace::Nested);
     if (bound.columns.size() != 1) {
         throw ServerError(tsql::Message::OneExpressionInSubquery, {}, line);
     }
     const sql::Expression holds = sql::column("holds");
-    const std::string rows = "SELECT " + sqlOf(compared(node.op, left, onlyColumn(bound), line)) +
-                             " AS " + sqlOf(holds) + " FROM (" + bound.sql + ")";
+    sql::Select rows;
+    rows.items.push_back({compared(node.op, left, onlyColumn(bound), line), "holds"});
+    rows.from = sql::from(sql::Derived{std::move(bound.tree)});
     // The row that decides: one that does not hold among all, one that holds among any.
     const sql::Expression decisive = sql::number(node.all ? 0 : 1);
     const sql::Expression found = sql::call(node.all ? fn::kMin : fn::kMax, holds);
@@ -91,7 +92,7 @@ sql::Expression Binder::test(const tsql::QuantifiedComparison& node, int line, S
         {sql::Binary{sql::BinaryOperator::Less, known, sql::call(fn::kCount, sql::Star())},
          sql::null()}};
     result.otherwise = sql::number(node.all ? 1 : 0);
-    return sql::Subquery{"SELECT " + sqlOf(std::move(result)) + " FROM (" + rows + ")"};
+    return sql::Subquery{sql::one(std::move(result), sql::from(sql::Derived{std::move(rows)}))};
 }
 
 sql::Expression Binder::test(const tsql::InPredicate& node, int line, Scope& scope) {
@@ -116,15 +117,16 @@ sql::Expression Binder::test(const tsql::InPredicate& node, int line, Scope& sco
 // is.
 sql::Expression Binder::inQuery(const tsql::InPredicate& node, int line, Scope& scope) {
     const BoundExpression left = value(*node.value, scope);
-    const BoundQuery bound = query(*node.query, &scope, QueryPlace::Nested);
+    BoundQuery bound = query(*node.query, &scope, QueryPlace::Nested);
     if (bound.columns.size() != 1) {
         throw ServerError(tsql::Message::OneExpressionInSubquery, {}, line);
     }
     const BoundExpression column = onlyColumn(bound);
     const std::vector<BoundExpression> sides = comparable({left, column}, "equal to", line);
-    std::string rows = sides[1].tree == column.tree
-                           ? bound.sql
-                           : "SELECT " + sqlOf(sides[1].tree) + " FROM (" + bound.sql + ")";
+    sql::QueryTree rows = std::move(bound.tree);
+    if (sides[1].tree != column.tree) {
+        rows = sql::one(sides[1].tree, sql::from(sql::Derived{std::move(rows)}));
+    }
     return sql::InQuery{collated(sides[0]), std::move(rows), node.negated};
 }
 
@@ -158,7 +160,7 @@ sql::Expression Binder::test(const tsql::NullPredicate& node, int /*line*/, Scop
 }
 
 sql::Expression Binder::test(const tsql::ExistsPredicate& node, int /*line*/, Scope& scope) {
-    return sql::Exists{query(*node.query, &scope, QueryPlace::Nested).sql};
+    return sql::Exists{query(*node.query, &scope, QueryPlace::Nested).tree};
 }
 
 }  // namespace kap::engine

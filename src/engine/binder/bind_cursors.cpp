@@ -27,7 +27,7 @@ BoundQuery Binder::cursorQuery(const tsql::Query& query, std::vector<std::string
     tables.clear();
     if (!showsRows(query)) return this->query(query, nullptr, QueryPlace::Whole);
     if (!query.commonTables.empty()) limitRecursion(query.maxRecursion);
-    const std::string with = commonTables(query.commonTables, nullptr);
+    std::vector<sql::CommonTable> with = commonTables(query.commonTables, nullptr);
     const Restored numbers(needsRowNumbers_, true);
     BoundSelect bound = term(query.terms.front(), query.orderBy, nullptr);
     orderRows(query.orderBy, bound);
@@ -38,7 +38,8 @@ BoundQuery Binder::cursorQuery(const tsql::Query& query, std::vector<std::string
         bound.items.push_back(
             {"", BoundExpression::expression(rowNumberOf(source), {tsql::SqlType::BigInt}, true)});
     }
-    return {with + sqlOf(selectOf(bound)), std::move(bound.items)};
+    sql::Select select = selectOf(bound);
+    return {{std::move(select), std::move(with)}, std::move(bound.items)};
 }
 
 // The session knows where the cursor stands.

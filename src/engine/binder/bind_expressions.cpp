@@ -311,14 +311,14 @@ BoundExpression Binder::node(const tsql::CastExpression& node, int line, Scope& 
 
 BoundExpression Binder::node(const tsql::ScalarSubquery& node, int line, Scope& scope) {
     if (scope.insideAggregate) throw aggregateOfAggregate(line);
-    const BoundQuery bound = query(*node.query, &scope, QueryPlace::Nested);
+    BoundQuery bound = query(*node.query, &scope, QueryPlace::Nested);
     if (bound.columns.size() != 1) {
         throw ServerError(tsql::Message::OneExpressionInSubquery, {}, line);
     }
-    const std::string value = sqlOf(sql::call(fn::kSingle, numberedColumn(0)));
-    BoundExpression single =
-        BoundExpression::expression(sql::Subquery{"SELECT " + value + " FROM (" + bound.sql + ")"},
-                                    bound.columns[0].value.type, true);
+    sql::Select value = sql::one(sql::call(fn::kSingle, numberedColumn(0)),
+                                 sql::from(sql::Derived{std::move(bound.tree)}));
+    BoundExpression single = BoundExpression::expression(sql::Subquery{std::move(value)},
+                                                         bound.columns[0].value.type, true);
     single.markup = bound.columns[0].value.markup;
     single.collation = bound.columns[0].value.collation;
     single.coercibility = bound.columns[0].value.coercibility;

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <cstdint>
 #include <utility>
 
 #include <kaputil/automation/plain_text.hpp>
@@ -7,7 +8,6 @@
 #include "engine/binder/aggregates.hpp"
 #include "engine/binder/binder.hpp"
 #include "engine/binder/bound_select.hpp"
-#include "engine/sqlite/sql_writer.hpp"
 #include "tsql/server_error.hpp"
 
 // ROLLUP, CUBE and GROUPING SETS. Each row is there once for each set, under the set's number; what
@@ -25,10 +25,6 @@ constexpr const char* kSets = "kap sets";
 // The number of the set that a row is for: SQLite names the columns of VALUES.
 sql::Expression setNumber() {
     return sql::Column{kSets, "column1", true};
-}
-
-std::string numberText(std::size_t number) {
-    return plain::text(static_cast<std::int64_t>(number));
 }
 
 // "column1 IN (0, 2)": the sets that hold one of the equal expressions.
@@ -53,11 +49,12 @@ std::optional<std::size_t> groupOf(const Scope& scope, const sql::Expression& ex
 
 }  // namespace
 
-std::string groupingSetsSource(std::size_t count, bool joins) {
-    std::string rows;
+sql::From groupingSetsSource(std::size_t count) {
+    sql::Values numbers;
+    numbers.rows.reserve(count);
     for (std::size_t i = 0; i < count; ++i)
-        rows += (i == 0 ? "(" : ", (") + numberText(i) + ")";
-    return (joins ? " CROSS JOIN (VALUES " : "(VALUES ") + rows + ") AS " + sqlName(kSets);
+        numbers.rows.push_back({sql::number(static_cast<std::int64_t>(i))});
+    return sql::from(sql::Derived{sql::Query{std::move(numbers)}, kSets});
 }
 
 // The groups come out in the order of what they are grouped by, each total behind what it totals:
@@ -122,7 +119,8 @@ std::optional<BoundExpression> Binder::groupingCall(const tsql::FunctionCall& ca
         const auto group = groupOf(scope, bound.tree);
         if (!group) {
             throw ServerError(tsql::Message::ArgumentNotInGroupBy,
-                              {numberText(i + 1), asciiUpper(name)}, line);
+                              {plain::text(static_cast<std::int64_t>(i) + 1), asciiUpper(name)},
+                              line);
         }
         const sql::Expression leftOut =
             *group < scope.groupsLeftOut.size() ? scope.groupsLeftOut[*group] : sql::number(0);

@@ -3,7 +3,6 @@
 #include "engine/binder/binder.hpp"
 #include "engine/binder/type_rules.hpp"
 #include "engine/sqlite/row_functions.hpp"
-#include "engine/sqlite/sql_writer.hpp"
 #include "engine/values/json_text.hpp"
 #include "tsql/server_error.hpp"
 
@@ -58,8 +57,11 @@ BoundQuery Binder::jsonRows(const tsql::FunctionTable& call, int line, Scope& sc
         {"value", BoundExpression::expression(numberedColumn(1), kJsonText, true)});
     rows.columns.push_back(
         {"type", BoundExpression::expression(numberedColumn(2), {SqlType::Int}, false)});
-    rows.sql = "SELECT " + numberedName(0) + ", " + numberedName(1) + ", " + numberedName(2) +
-               " FROM " + sqlOf(std::move(opened));
+    sql::Select select;
+    for (std::size_t i = 0; i < rows.columns.size(); ++i)
+        select.items.push_back({numberedColumn(i)});
+    select.from = sql::from(sql::RowsOf{std::move(opened)});
+    rows.tree = {std::move(select)};
     return rows;
 }
 
@@ -69,19 +71,20 @@ BoundQuery Binder::jsonColumns(const tsql::FunctionTable& call, sql::Call opened
         throw tsql::unsupported("OPENJSON WITH so many columns", line);
     }
     BoundQuery rows;
+    sql::Select select;
     for (const tsql::JsonColumn& column : call.jsonColumns) {
         const std::size_t place = rows.columns.size();
         opened.arguments.push_back(sql::text(pathOf(column)));
         const BoundExpression text =
             BoundExpression::expression(numberedColumn(place), kJsonText, true);
         BoundExpression value = castTo(text, column.type, 0, column.line);
-        rows.sql += place == 0 ? "SELECT " : "";
-        appendItem(rows.sql, value.tree, place);
+        select.items.push_back(numberedItem(value.tree, place));
         value = value.readBy(numberedColumn(place));
         if (column.asJson) value.markup = Markup::Json;
         rows.columns.push_back({column.name, std::move(value)});
     }
-    rows.sql += " FROM " + sqlOf(std::move(opened));
+    select.from = sql::from(sql::RowsOf{std::move(opened)});
+    rows.tree = {std::move(select)};
     return rows;
 }
 

@@ -4,7 +4,6 @@
 #include <kaputil/automation/plain_text.hpp>
 
 #include "engine/binder/binder.hpp"
-#include "engine/sqlite/sql_writer.hpp"
 #include "tsql/server_error.hpp"
 
 // PIVOT and UNPIVOT.
@@ -43,25 +42,24 @@ BoundSource Binder::pivotTable(const tsql::PivotTable& pivot, int line, Scope& s
     const SourceColumn* value =
         pivot.value.parts.empty() ? nullptr : &resolveColumn({{pivot.value.last()}, line}, turned);
     BoundQuery result;
-    std::string items;
-    std::string groups;
+    sql::Select select;
     for (const SourceColumn& each : turned.sources.front().columns) {
         if (&each == &turnedColumn || &each == value) continue;
         if (standsAmong(pivot.names, each.name)) {
             throw ServerError(tsql::Message::ColumnNamedTwice, {each.name, pivot.alias}, line);
         }
-        groups += groups.empty() ? " GROUP BY " : ", ";
-        appendSql(groups, collated(each.value));
-        appendItem(items, each.value.tree, result.columns.size());
+        select.groups.push_back(collated(each.value));
+        select.items.push_back(numberedItem(each.value.tree, result.columns.size()));
         result.columns.push_back({each.name, each.value});
     }
     for (std::size_t i = 0; i < pivot.names.size(); ++i) {
         BoundExpression aggregate = this->value(*pivot.aggregates[i], turned);
         aggregate.nullable = true;
-        appendItem(items, aggregate.tree, result.columns.size());
+        select.items.push_back(numberedItem(aggregate.tree, result.columns.size()));
         result.columns.push_back({pivot.names[i], std::move(aggregate)});
     }
-    result.sql = "SELECT " + items + " FROM " + rows.sql + groups;
+    select.from = std::move(rows.from);
+    result.tree = {std::move(select)};
     return querySource(std::move(result), pivot.columnAliases, pivot.alias, line);
 }
 
@@ -72,7 +70,7 @@ BoundSource Binder::unpivotTable(const tsql::UnpivotTable& unpivot, int line, Sc
     Scope turned;
     turned.sources = std::move(rows.sources);
     sql::Case values{nameColumn(1), {}};
-    std::string numbers;
+    sql::Values numbers;
     const SourceColumn* first = nullptr;
     for (std::size_t i = 0; i < unpivot.columns.size(); ++i) {
         const SourceColumn& each = resolveColumn({{unpivot.columns[i]}, line}, turned);
@@ -82,15 +80,14 @@ BoundSource Binder::unpivotTable(const tsql::UnpivotTable& unpivot, int line, Sc
         }
         const auto number = static_cast<std::int64_t>(i) + 1;
         values.branches.push_back({sql::number(number), each.value.tree});
-        numbers +=
-            (i == 0 ? "VALUES (" : ", (") + plain::text(number) + ", " + sqlText(each.name) + ")";
+        numbers.rows.push_back({sql::number(number), sql::text(each.name)});
     }
     BoundQuery result;
-    std::string items;
+    sql::Select select;
     const auto add = [&](const std::string& name, const sql::Expression& tree,
                          const tsql::TypeSpec& type, bool nullable) {
         const std::size_t place = result.columns.size();
-        appendItem(items, tree, place);
+        select.items.push_back(numberedItem(tree, place));
         result.columns.push_back(
             {name, BoundExpression::expression(numberedColumn(place), type, nullable)});
     };
@@ -102,8 +99,11 @@ BoundSource Binder::unpivotTable(const tsql::UnpivotTable& unpivot, int line, Sc
     const sql::Expression value = std::move(values);
     add(unpivot.value, value, first->value.type, false);
     add(unpivot.name, nameColumn(2), {tsql::SqlType::NVarChar, kNameLength}, false);
-    result.sql = "SELECT " + items + " FROM " + rows.sql + " CROSS JOIN (" + numbers + ") AS " +
-                 sqlName(kNames) + " WHERE " + sqlOf(sql::isNotNull(value));
+    select.from = std::move(rows.from);
+    sql::join(select.from, sql::JoinOperator::Cross,
+              sql::from(sql::Derived{sql::Query{std::move(numbers)}, kNames}));
+    select.where = sql::isNotNull(value);
+    result.tree = {std::move(select)};
     return querySource(std::move(result), unpivot.columnAliases, unpivot.alias, line);
 }
 

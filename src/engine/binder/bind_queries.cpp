@@ -8,7 +8,6 @@
 #include "engine/binder/binder.hpp"
 #include "engine/binder/bound_select.hpp"
 #include "engine/binder/type_rules.hpp"
-#include "engine/sqlite/sql_writer.hpp"
 #include "tsql/parser.hpp"
 #include "tsql/server_error.hpp"
 #include "tsql/stack_limit.hpp"
@@ -49,9 +48,10 @@ BoundQuery Binder::query(const tsql::Query& query, Scope* outer, QueryPlace plac
     const Restored deeper(queryDepth_, queryDepth_ + 1);
     if (!query.commonTables.empty()) limitRecursion(query.maxRecursion);
     const int aside = std::exchange(deepestRead_, 0);
-    const std::string with = commonTables(query.commonTables, outer);
+    std::vector<sql::CommonTable> with = commonTables(query.commonTables, outer);
     BoundQuery bound = body(query, outer, place);
-    bound.sql = with + bound.sql + rowLimits(query, outer);
+    bound.tree.with = std::move(with);
+    limitRows(query, outer, bound.tree);
     if (query.asText) bound = rowsAsText(query, std::move(bound), place);
     const int depth = checkedDepth(deepestRead_ + 1, query.line);
     deepestRead_ = std::max(aside, depth);
@@ -83,10 +83,10 @@ BoundQuery Binder::body(const tsql::Query& query, Scope* outer, QueryPlace place
     if (body.terms.size() > 1) return unionQuery(body, orderBy, outer);
     BoundSelect bound = term(body.terms.front(), orderBy, outer);
     orderRows(orderBy, bound);
-    std::string sql = sqlOf(selectOf(bound));
-    if (!query.asText) return {std::move(sql), std::move(bound.items)};
-    std::vector<BoundQuery::Origin> origins = originsOf(bound.items, *bound.scope);
-    return {std::move(sql), std::move(bound.items), std::move(origins)};
+    BoundQuery result{{selectOf(bound)}, {}};
+    if (query.asText) result.origins = originsOf(bound.items, *bound.scope);
+    result.columns = std::move(bound.items);
+    return result;
 }
 
 // The rows are put in order first, with every column that a value could name, and the values are
@@ -96,7 +96,7 @@ BoundQuery Binder::valuesInOrder(const tsql::Query& query) {
     const bool byPosition = std::ranges::any_of(query.orderBy, [](const tsql::OrderItem& item) {
         return std::holds_alternative<tsql::Literal>(item.value->node);
     });
-    const std::string with = commonTables(query.commonTables, nullptr);
+    std::vector<sql::CommonTable> with = commonTables(query.commonTables, nullptr);
     BoundSelect rows = term(withoutBrackets(query).terms.front(), query.orderBy, nullptr);
     const bool plain = select != nullptr && withoutBrackets(query).terms.size() == 1 &&
                        !rows.grouped && !rows.tree.distinct && !rows.ranked && !byPosition &&
@@ -126,8 +126,8 @@ BoundQuery Binder::valuesInOrder(const tsql::Query& query) {
     sql::Select sorted = selectOf(rows);
     if (!sorted.limit) sorted.limit = sql::number(-1);
     sorted.offset = sql::number(0);
-    values.from = sql::fromQuery(std::move(sorted));
-    result.sql = with + sqlOf(values);
+    values.from = sql::from(sql::Derived{std::move(sorted)});
+    result.tree = {std::move(values), std::move(with)};
     return result;
 }
 
@@ -135,23 +135,23 @@ BoundQuery Binder::valuesInOrder(const tsql::Query& query) {
 //
 // TOP n WITH TIES takes the rows whose rank is at most n; where n depends on the number of rows,
 // their own numbers are compared with it. ORDER BY may not name columns of a query around.
-sql::Select Binder::nestedSelect(const BoundSelect& select) {
+sql::Select Binder::nestedSelect(BoundSelect& select) {
     if (select.ties && select.keys.empty()) {
         throw ServerError(tsql::Message::TiesWithoutOrder);
     }
     sql::Select around;
-    sql::Select rows = select.tree;
+    sql::Select rows = std::move(select.tree);
     rows.order.clear();
-    rows.limit = {};
+    const sql::Expression most = std::exchange(rows.limit, {});
     for (std::size_t i = 0; i < select.items.size(); ++i) {
         around.items.push_back({numberedColumn(i), ""});
         rows.items.push_back(numberedItem(collated(select.items[i].value), i));
     }
     std::vector<sql::OrderTerm> order = orderedBy(select, rows.items);
     if (!select.ranked) {
-        around.from = sql::fromQuery(std::move(rows));
+        around.from = sql::from(sql::Derived{std::move(rows)});
         around.order = std::move(order);
-        around.limit = select.tree.limit;
+        around.limit = most;
         return around;
     }
     sql::Window window;
@@ -161,9 +161,9 @@ sql::Select Binder::nestedSelect(const BoundSelect& select) {
     ranked.items.push_back(
         {sql::Over{sql::call(select.ties ? fn::kRank : fn::kRowNumber), std::move(window)},
          "rank"});
-    ranked.items.push_back({select.tree.limit, "most"});
-    ranked.from = sql::fromQuery(std::move(rows));
-    around.from = sql::fromQuery(std::move(ranked));
+    ranked.items.push_back({most, "most"});
+    ranked.from = sql::from(sql::Derived{std::move(rows)});
+    around.from = sql::from(sql::Derived{std::move(ranked)});
     around.where =
         sql::Binary{sql::BinaryOperator::LessOrEqual, sql::column("rank"), sql::column("most")};
     around.order.push_back({sql::column("rank"), false});
@@ -171,8 +171,8 @@ sql::Select Binder::nestedSelect(const BoundSelect& select) {
 }
 
 // OFFSET n ROWS FETCH NEXT m ROWS ONLY.
-std::string Binder::rowLimits(const tsql::Query& query, Scope* outer) {
-    if (!query.offset) return {};
+void Binder::limitRows(const tsql::Query& query, Scope* outer, sql::Query& tree) {
+    if (!query.offset) return;
     Scope constants;
     constants.outer = outer;
     constants.limitsRows = true;
@@ -180,9 +180,17 @@ std::string Binder::rowLimits(const tsql::Query& query, Scope* outer) {
         const BoundExpression bound = value(expression, constants);
         return sql::call(fn::kTop, convertTo(bound, {tsql::SqlType::BigInt}, expression.line).tree);
     };
-    const sql::Expression offset = count(*query.offset);
-    const sql::Expression most = query.fetch ? count(*query.fetch) : sql::number(-1);
-    return " LIMIT " + sqlOf(most) + " OFFSET " + sqlOf(offset);
+    sql::Expression offset = count(*query.offset);
+    sql::Expression most = query.fetch ? count(*query.fetch) : sql::number(-1);
+    const auto limit = [&](auto& rows) {
+        rows.limit = std::move(most);
+        rows.offset = std::move(offset);
+    };
+    if (auto* select = std::get_if<sql::Select>(&tree.body)) {
+        limit(*select);
+    } else {
+        limit(std::get<sql::Compound>(tree.body));
+    }
 }
 
 Binder::BoundSelect Binder::term(const tsql::QueryTerm& term,
@@ -195,22 +203,22 @@ Binder::BoundSelect Binder::term(const tsql::QueryTerm& term,
                                bracketed.commonTables.empty() && !bracketed.offset;
     if (plainBrackets) return this->term(bracketed.terms.front(), orderBy, outer);
     // A bracketed query is read from as from a table of its columns.
-    const BoundQuery inner = query(bracketed, outer, QueryPlace::Nested);
+    BoundQuery inner = query(bracketed, outer, QueryPlace::Nested);
     BoundSelect bound;
     bound.scope = std::make_unique<Scope>();
     bound.scope->outer = outer;
-    bound.items = inner.columns;
+    bound.items = std::move(inner.columns);
     for (std::size_t i = 0; i < bound.items.size(); ++i) {
         bound.items[i].value = bound.items[i].value.readBy(numberedColumn(i));
     }
-    bound.tree.from.text = "(" + inner.sql + ")";
+    bound.tree.from = sql::from(sql::Derived{std::move(inner.tree)});
     return bound;
 }
 
-sql::Select Binder::selectOf(const BoundSelect& select) {
+sql::Select Binder::selectOf(BoundSelect& select) {
     const bool ranks = select.ranked && select.tree.limit;
     if (ranks || select.ordersByOuter) return nestedSelect(select);
-    sql::Select result = select.tree;
+    sql::Select result = std::move(select.tree);
     result.items.reserve(select.items.size());
     for (std::size_t i = 0; i < select.items.size(); ++i) {
         result.items.push_back(numberedItem(collated(select.items[i].value), i));

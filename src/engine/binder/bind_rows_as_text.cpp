@@ -2,7 +2,6 @@
 #include <utility>
 
 #include "engine/binder/binder.hpp"
-#include "engine/sqlite/sql_writer.hpp"
 #include "engine/values/rows_as_text.hpp"
 #include "tsql/server_error.hpp"
 
@@ -157,9 +156,11 @@ BoundQuery Binder::rowsAsText(const tsql::Query& query, BoundQuery bound, QueryP
     const bool whole = place == QueryPlace::Whole;
     BoundQuery result;
     written.arguments.front() = sql::text(packRowFormat(format));
-    result.sql = "SELECT ";
-    appendItem(result.sql, std::move(written), 0);
-    result.sql += " FROM (" + bound.sql + ")" + (whole ? " GROUP BY NULL" : "");
+    sql::Select select;
+    select.items.push_back(numberedItem(std::move(written), 0));
+    select.from = sql::from(sql::Derived{std::move(bound.tree)});
+    if (whole) select.groups.push_back(sql::null());
+    result.tree = {std::move(select)};
     BoundExpression text = BoundExpression::expression(
         numberedColumn(0), {tsql::SqlType::NVarChar, tsql::kMaxLength}, true);
     if (format.isJson()) {

@@ -1,12 +1,12 @@
 #include <cstdint>
-#include <string>
+#include <optional>
+#include <utility>
 
 #include <kaputil/automation/plain_text.hpp>
 
 #include "engine/binder/binder.hpp"
 #include "engine/binder/row_numbers.hpp"
 #include "engine/catalog/object_names.hpp"
-#include "engine/sqlite/sql_writer.hpp"
 #include "tsql/server_error.hpp"
 
 // TABLESAMPLE: each row of a table is taken or left by itself.
@@ -22,13 +22,37 @@ constexpr double kWhole = 100;
 
 // A row's lot, from 0 to kChances - 1. With a seed it is the same each time: the row's number by a
 // large odd one, of whose product the middle bits are taken.
-std::string lotOf(const std::string& rowNumber, std::optional<std::int64_t> seed) {
-    const std::string mask = plain::text(kChances - 1);
-    if (!seed) return "(random() & " + mask + ")";
+sql::Expression lotOf(const sql::Expression& rowNumber, std::optional<std::int64_t> seed) {
+    const auto both = [](sql::BinaryOperator op, sql::Expression left, std::int64_t right) {
+        return sql::Binary{op, std::move(left), sql::number(right)};
+    };
+    constexpr std::int64_t kMask = kChances - 1;
+    if (!seed) return both(sql::BinaryOperator::BitAnd, sql::call(fn::kRandomWhole), kMask);
+    constexpr std::int64_t kMostRows = 0xFFFFFFF;
     constexpr std::int64_t kMostSeed = 0xFFFFFF;
     constexpr std::int64_t kSpread = 2654435761;
-    return "((((" + rowNumber + " & 268435455) * " + plain::text(kSpread) + " + " +
-           plain::text((*seed & kMostSeed) * kSpread) + ") >> 12) & " + mask + ")";
+    constexpr std::int64_t kLowBits = 12;
+    sql::Expression product = both(sql::BinaryOperator::BitAnd, rowNumber, kMostRows);
+    product = both(sql::BinaryOperator::Multiply, std::move(product), kSpread);
+    product = both(sql::BinaryOperator::Add, std::move(product), (*seed & kMostSeed) * kSpread);
+    product = both(sql::BinaryOperator::ShiftRight, std::move(product), kLowBits);
+    return both(sql::BinaryOperator::BitAnd, std::move(product), kMask);
+}
+
+// Whether the row's lot is among those that are taken: so many rows of the table, or so many of a
+// hundred.
+sql::Expression isTaken(sql::Expression lot, double size, bool rows, const sql::From& table) {
+    if (!rows) {
+        const auto most = static_cast<std::int64_t>(size * static_cast<double>(kChances) / kWhole);
+        return sql::Binary{sql::BinaryOperator::Less, std::move(lot), sql::number(most)};
+    }
+    const auto wanted = static_cast<std::int64_t>(size);
+    const sql::Expression count =
+        sql::Subquery{sql::one(sql::call(fn::kCount, sql::Star()), table)};
+    return sql::Binary{
+        sql::BinaryOperator::Less,
+        sql::Binary{sql::BinaryOperator::Multiply, std::move(lot), count},
+        sql::Binary{sql::BinaryOperator::Multiply, sql::number(wanted), sql::number(kChances)}};
 }
 
 // The whole number that a constant is.
@@ -76,19 +100,14 @@ BoundSource Binder::sampledTable(const tsql::NamedTable& named) {
         Scope constants;
         seed = wholeOf(value(*sample.seed, constants), *found, line);
     }
-    const std::string stored = tableSql(found->name, found->temporary);
-    const std::string lot = lotOf(rowNumberName(*found), seed);
-    const std::string rows = sample.rows ? lot + " * (SELECT count(*) FROM " + stored + ") < " +
-                                               plain::text(static_cast<std::int64_t>(size)) +
-                                               " * " + plain::text(kChances)
-                                         : lot + " < " +
-                                               plain::text(static_cast<std::int64_t>(
-                                                   size * static_cast<double>(kChances) / kWhole));
+    const sql::From stored = sql::from(tableName(*found));
     BoundSource source = storedTable(named.name, named.alias);
     Source& columns = source.sources.front();
     columns.rowNumber = sql::column(columns.name, kRowNumber);
-    source.sql = "(SELECT " + rowNumberName(*found) + " AS " + sqlName(kRowNumber) + ", * FROM " +
-                 stored + " WHERE " + rows + ") AS " + sqlName(columns.name);
+    sql::Select rows = numberedRows(*found);
+    rows.where = isTaken(lotOf(sql::Column{{}, rowNumberName(*found), true}, seed), size,
+                         sample.rows, stored);
+    source.from = sql::from(sql::Derived{std::move(rows), columns.name});
     return source;
 }
 

@@ -63,11 +63,11 @@ Binder::BoundSelect Binder::select(const tsql::Select& select,
     if (!select.from.empty()) {
         BoundSource source = from(select.from, *bound.scope);
         bound.scope->sources = std::move(source.sources);
-        bound.tree.from.text = std::move(source.sql);
+        bound.tree.from = std::move(source.from);
     }
     if (!select.groupingSets.empty()) {
-        bound.tree.from.text +=
-            groupingSetsSource(select.groupingSets.size(), !select.from.empty());
+        sql::join(bound.tree.from, sql::JoinOperator::Cross,
+                  groupingSetsSource(select.groupingSets.size()));
     }
     if (select.where) {
         bound.scope->aggregates = AggregateUse::RefusedInWhere;
@@ -183,12 +183,15 @@ std::vector<OutputColumn> Binder::itemValues(const std::vector<tsql::SelectItem>
 }
 
 // TOP n PERCENT of the rows, which are counted first.
-sql::Expression Binder::percentLimit(const tsql::TopClause& top, const BoundSelect& bound) {
+sql::Expression Binder::percentLimit(const tsql::TopClause& top, BoundSelect& bound) {
     if (bound.ranked) {
         return percentLimit(top, sql::Over{sql::call(fn::kCount, sql::Star()), sql::Window()},
                             *bound.scope);
     }
-    return percentLimit(top, rowCount(sqlOf(selectOf(bound))), *bound.scope);
+    const sql::Select kept = bound.tree;
+    sql::Expression count = rowCount(selectOf(bound));
+    bound.tree = kept;
+    return percentLimit(top, std::move(count), *bound.scope);
 }
 
 sql::Expression Binder::percentLimit(const tsql::TopClause& top, sql::Expression count,

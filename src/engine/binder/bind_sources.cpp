@@ -9,7 +9,6 @@
 #include "engine/binder/binder.hpp"
 #include "engine/binder/row_numbers.hpp"
 #include "engine/catalog/object_names.hpp"
-#include "engine/sqlite/sql_writer.hpp"
 #include "tsql/server_error.hpp"
 #include "tsql/stack_limit.hpp"
 
@@ -21,25 +20,25 @@ using tsql::ServerError;
 namespace {
 
 constexpr std::size_t kDeepestViews = 32;
-constexpr std::size_t kLongestView = std::size_t{16} * 1024 * 1024;
+// In one statement: views that read others twice are read twice as often with every level.
+constexpr std::size_t kMostViews = 20'000;
 
-const char* joinWord(JoinKind kind) {
+sql::JoinOperator operatorOf(JoinKind kind) {
     switch (kind) {
         case JoinKind::Inner:
-            return " JOIN ";
+            return sql::JoinOperator::Inner;
         case JoinKind::Left:
-            return " LEFT JOIN ";
+        case JoinKind::OuterApply:
+            return sql::JoinOperator::Left;
         case JoinKind::Right:
-            return " RIGHT JOIN ";
+            return sql::JoinOperator::Right;
         case JoinKind::Full:
-            return " FULL JOIN ";
+            return sql::JoinOperator::Full;
         case JoinKind::Cross:
         case JoinKind::CrossApply:
-            return " CROSS JOIN ";
-        case JoinKind::OuterApply:
-            return " LEFT JOIN ";
+            break;
     }
-    return "";
+    return sql::JoinOperator::Cross;
 }
 
 void makeNullable(std::vector<Source>& sources) {
@@ -61,6 +60,32 @@ void nameColumns(std::vector<OutputColumn>& columns, const std::vector<std::stri
     }
     for (std::size_t i = 0; i < columns.size(); ++i)
         columns[i].name = names[i];
+}
+
+// Rows of constants under the names of a query's columns.
+sql::Select constantRows(std::size_t columns, std::vector<std::vector<Value>> rows) {
+    sql::Select result;
+    sql::Select nothing;
+    for (std::size_t i = 0; i < columns; ++i) {
+        std::string own = "column" + plain::text(static_cast<std::int64_t>(i) + 1);
+        nothing.items.push_back({sql::null(), own});
+        result.items.push_back(numberedItem(sql::Column{{}, std::move(own), true}, i));
+    }
+    if (rows.empty()) {
+        nothing.where = sql::number(0);
+        result.from = sql::from(sql::Derived{std::move(nothing)});
+        return result;
+    }
+    sql::Values values;
+    values.rows.reserve(rows.size());
+    for (std::vector<Value>& row : rows) {
+        std::vector<sql::Expression>& cells = values.rows.emplace_back();
+        cells.reserve(row.size());
+        for (Value& value : row)
+            cells.emplace_back(sql::Constant{std::move(value)});
+    }
+    result.from = sql::from(sql::Derived{sql::Query{std::move(values)}});
+    return result;
 }
 
 void append(std::vector<Source>& all, std::vector<Source> more) {
@@ -106,9 +131,13 @@ BoundSource Binder::from(const std::vector<tsql::TableSourcePtr>& sources, Scope
     BoundSource result;
     for (const auto& each : sources) {
         // Joins bind closer than commas, which SQLite would read from left to right.
-        BoundSource bound =
-            result.sql.empty() ? source(*each, scope) : bracketedSource(*each, scope);
-        result.sql += (result.sql.empty() ? "" : " CROSS JOIN ") + bound.sql;
+        const bool first = result.from.empty();
+        BoundSource bound = first ? source(*each, scope) : bracketedSource(*each, scope);
+        if (first) {
+            result.from = std::move(bound.from);
+        } else {
+            sql::join(result.from, sql::JoinOperator::Cross, std::move(bound.from));
+        }
         append(result.sources, std::move(bound.sources));
     }
     if (!sources.empty()) checkNames(result.sources, sources.front()->line);
@@ -139,13 +168,11 @@ BoundSource Binder::targetFrom(const std::vector<tsql::TableSourcePtr>& sources,
 }
 
 // A join as one side of another. SQLite reads it like a query, so that the numbers of its rows are
-// out of sight; one table in brackets would lose its alias.
+// out of sight.
 BoundSource Binder::bracketedSource(const tsql::TableSource& source, Scope& scope) {
     if (!std::holds_alternative<tsql::Join>(source.node)) return this->source(source, scope);
     const Restored brackets(withinBrackets_, true);
-    BoundSource bound = this->source(source, scope);
-    bound.sql = "(" + bound.sql + ")";
-    return bound;
+    return this->source(source, scope);
 }
 
 Source Binder::ownColumns(const Table& table) {
@@ -178,17 +205,13 @@ BoundSource Binder::storedTable(const tsql::ObjectName& named, const std::string
     if (found == nullptr) noSuchTable(named);
     const Table& table = *found;
     const std::string name = alias.empty() ? shownName(table, named, names_) : alias;
-    const std::string stored = tableSql(table.name, table.temporary);
     Source source = tableSource(table, name);
     if (alias.empty() && catalogue().findSynonym(name) != nullptr) source.object = name;
     if (!needsRowNumbers_ || !withinBrackets_) {
-        return {stored + " AS " + sqlName(name), {std::move(source)}, false};
+        return {sql::from(tableName(table, name)), {std::move(source)}};
     }
     source.rowNumber = sql::column(name, kRowNumber);
-    return {"(SELECT " + rowNumberName(table) + " AS " + sqlName(kRowNumber) + ", * FROM " +
-                stored + ") AS " + sqlName(name),
-            {std::move(source)},
-            false};
+    return {sql::from(sql::Derived{numberedRows(table), name}), {std::move(source)}};
 }
 
 BoundSource Binder::derivedTable(const tsql::DerivedTable& derived, int line, Scope& scope) {
@@ -207,7 +230,7 @@ BoundSource Binder::querySource(BoundQuery bound, const std::vector<std::string>
         value.nullLiteral = false;
         result.columns.push_back({std::move(bound.columns[i].name), std::move(value)});
     }
-    return {"(" + bound.sql + ") AS " + sqlName(name), {std::move(result)}, false};
+    return {sql::from(sql::Derived{std::move(bound.tree), name}), {std::move(result)}};
 }
 
 BoundSource Binder::commonSource(const CommonName& common, const std::string& name) const {
@@ -216,7 +239,7 @@ BoundSource Binder::commonSource(const CommonName& common, const std::string& na
         result.columns.push_back(
             {common.columns[i].name, common.columns[i].value.readBy(numberedColumn(name, i))});
     }
-    return {sqlName(common.name) + " AS " + sqlName(name), {std::move(result)}, false};
+    return {sql::from(sql::TableName{sql::Database::None, common.name, name}), {std::move(result)}};
 }
 
 // A view is read as the query that it stands for.
@@ -229,14 +252,13 @@ std::optional<BoundSource> Binder::viewSource(const tsql::NamedTable& named) {
     if (openViews_.size() >= kDeepestViews) {
         throw ServerError(tsql::Message::NestingLevelExceeded, {}, named.name.line);
     }
+    if (++viewsRead_ > kMostViews) {
+        throw ServerError(tsql::Message::OutOfInternalResources, {}, named.name.line);
+    }
     openViews_.push_back(view);
     const std::vector<CommonName> outerNames = std::exchange(commonNames_, {});
     const Restored schema(schema_, std::string(schemaOf(view->name)));
     BoundQuery bound = query(*view->query, nullptr, QueryPlace::Nested);
-    // Views that read others twice double their text with every level.
-    if (bound.sql.size() > kLongestView) {
-        throw ServerError(tsql::Message::OutOfInternalResources, {}, named.name.line);
-    }
     commonNames_ = outerNames;
     openViews_.pop_back();
     const std::string exposed = exposedName(view->name, named.name, names_);
@@ -248,7 +270,7 @@ std::optional<BoundSource> Binder::viewSource(const tsql::NamedTable& named) {
 
 // What the database tells of itself stands in the statement as rows of constants.
 std::optional<BoundSource> Binder::systemSource(const tsql::NamedTable& named) const {
-    const auto system = catalogue().systemRows(named.name);
+    auto system = catalogue().systemRows(named.name);
     if (!system) return std::nullopt;
     noteSchema();
     if (system->ofTheMoment) noteMoment();
@@ -257,25 +279,7 @@ std::optional<BoundSource> Binder::systemSource(const tsql::NamedTable& named) c
         const auto& [name, type] = system->columns[i];
         bound.columns.push_back({name, BoundExpression::expression(numberedColumn(i), type, true)});
     }
-    std::string items;
-    for (std::size_t i = 0; i < system->columns.size(); ++i) {
-        const std::string own = "column" + plain::text(static_cast<std::int64_t>(i) + 1);
-        items += (i == 0 ? "" : ", ") + own + " AS " + numberedName(i);
-    }
-    std::string rows;
-    for (const auto& row : system->rows) {
-        rows += rows.empty() ? "VALUES (" : ", (";
-        for (std::size_t i = 0; i < row.size(); ++i)
-            rows += (i == 0 ? "" : ", ") + sqlLiteral(row[i]);
-        rows += ")";
-    }
-    if (rows.empty()) {
-        for (std::size_t i = 0; i < system->columns.size(); ++i)
-            rows += (i == 0 ? "SELECT NULL AS column" : ", NULL AS column") +
-                    plain::text(static_cast<std::int64_t>(i) + 1);
-        rows += " WHERE 0";
-    }
-    bound.sql = "SELECT " + items + " FROM (" + rows + ")";
+    bound.tree = {constantRows(system->columns.size(), std::move(system->rows))};
     BoundSource source =
         querySource(std::move(bound), {}, named.alias.empty() ? named.name.last() : named.alias,
                     named.name.line);
@@ -294,21 +298,21 @@ BoundSource Binder::join(const tsql::Join& join, int line, Scope& scope) {
     }
     BoundSource left = source(*join.left, scope);
     BoundSource right = bracketedSource(*join.right, scope);
-    std::string sql = left.sql + joinWord(join.kind) + right.sql;
     if (join.kind == JoinKind::Left || join.kind == JoinKind::Full) makeNullable(right.sources);
     if (join.kind == JoinKind::Right || join.kind == JoinKind::Full) makeNullable(left.sources);
     append(left.sources, std::move(right.sources));
     checkNames(left.sources, line);
+    sql::Expression matches;
     if (join.condition) {
         Scope joined;
         joined.outer = scope.outer;
         joined.sources = std::move(left.sources);
         joined.aggregates = AggregateUse::RefusedInOn;
-        sql += " ON ";
-        appendSql(sql, condition(*join.condition, joined));
+        matches = condition(*join.condition, joined);
         left.sources = std::move(joined.sources);
     }
-    return {std::move(sql), std::move(left.sources), true};
+    sql::join(left.from, operatorOf(join.kind), std::move(right.from), std::move(matches));
+    return left;
 }
 
 }  // namespace kap::engine

@@ -8,7 +8,6 @@
 #include "engine/binder/type_rules.hpp"
 #include "engine/catalog/object_names.hpp"
 #include "engine/sqlite/row_functions.hpp"
-#include "engine/sqlite/sql_writer.hpp"
 #include "tsql/server_error.hpp"
 
 // Functions that return tables, in FROM. One that returns a query stands as this query, like a view
@@ -52,14 +51,16 @@ BoundSource Binder::functionTable(const tsql::FunctionTable& call, int line, Sco
             sql::Call filled{fn::kRowsOfFunction, {sql::text(function->name)}};
             for (BoundExpression& value : arguments)
                 filled.arguments.push_back(std::move(value.tree));
+            sql::Select select;
             for (const Column& column : function->columns) {
                 const std::size_t place = rows.columns.size();
-                rows.sql += (place == 0 ? "SELECT " : ", ") + numberedName(place);
+                select.items.push_back({numberedColumn(place)});
                 rows.columns.push_back(
                     {column.name, BoundExpression::expression(numberedColumn(place), column.type,
                                                               column.nullable)});
             }
-            rows.sql += " FROM " + sqlOf(std::move(filled));
+            select.from = sql::from(sql::RowsOf{std::move(filled)});
+            rows.tree = {std::move(select)};
         }
         readsOtherRows_ = true;
     } else if (call.name.parts.size() == 1 &&
@@ -133,12 +134,13 @@ BoundQuery Binder::inlineRows(const Function& function, std::vector<BoundExpress
     if (!correlated) return rows;
     BoundSource source = givenRows(querySource(std::move(rows), {}, "rows", line), {}, given, line);
     BoundQuery result;
-    std::string items;
+    sql::Select select;
     for (SourceColumn& column : source.sources.front().columns) {
-        appendItem(items, column.value.tree, result.columns.size());
+        select.items.push_back(numberedItem(column.value.tree, result.columns.size()));
         result.columns.push_back({std::move(column.name), std::move(column.value)});
     }
-    result.sql = "SELECT " + items + " FROM " + source.sql;
+    select.from = std::move(source.from);
+    result.tree = {std::move(select)};
     return result;
 }
 
@@ -156,10 +158,10 @@ BoundQuery Binder::splitText(const tsql::FunctionTable& call, int line, Scope& s
     const tsql::TypeSpec one{tsql::SqlType::NVarChar, tsql::kMaxLength};
     BoundQuery rows;
     rows.columns.push_back({"value", BoundExpression::expression(numberedColumn(0), type, true)});
-    rows.sql =
-        "SELECT " + numberedName(0) + " FROM " +
-        sqlOf(sql::call(fn::kRowsOfFunction, sql::text(".string_split"),
-                        convertTo(text, type, line).tree, convertTo(separator, one, line).tree));
+    sql::Expression split =
+        sql::call(fn::kRowsOfFunction, sql::text(".string_split"), convertTo(text, type, line).tree,
+                  convertTo(separator, one, line).tree);
+    rows.tree = {sql::one(numberedColumn(0), sql::from(sql::RowsOf{std::move(split)}))};
     return rows;
 }
 

@@ -29,11 +29,8 @@ sql::SetOperator operatorOf(SetOperator op) {
     return sql::SetOperator::Intersect;
 }
 
-sql::Select allOfQuery(std::variant<sql::Select, sql::Compound> query) {
-    sql::Select all;
-    all.items.push_back({sql::Star(), ""});
-    all.from = sql::fromQuery(std::move(query));
-    return all;
+sql::Select allOfQuery(sql::QueryTree query) {
+    return sql::allOf(sql::from(sql::Derived{std::move(query)}));
 }
 
 // SQLite compares rows in the order that the first term's columns have.
@@ -74,7 +71,7 @@ BoundQuery Binder::unionQuery(const tsql::Query& query, const std::vector<tsql::
               query.line, *this);
     sql::Compound rows = unionOf(terms, query);
     rows.order = unionOrder(orderBy, columns);
-    return {sqlOf(rows), std::move(columns)};
+    return {sql::Query{std::move(rows)}, std::move(columns)};
 }
 
 // Brings the columns of all terms to common types; they have the names of the first term's.
@@ -111,18 +108,18 @@ std::vector<OutputColumn> Binder::unify(std::vector<BoundSelect>& terms, SetOper
     return columns;
 }
 
-sql::Compound Binder::unionOf(const std::vector<BoundSelect>& terms, const tsql::Query& query) {
+sql::Compound Binder::unionOf(std::vector<BoundSelect>& terms, const tsql::Query& query) {
     // SQLite takes five hundred at a time; what is joined so far then counts as one.
     constexpr std::size_t kMostTerms = 400;
     sql::Compound result;
     for (std::size_t i = 0; i < terms.size(); ++i) {
         if (i > 0 && i % kMostTerms == 0) {
-            sql::Select before = allOfQuery(std::exchange(result, {}));
+            sql::Select before = allOfQuery(sql::Query{std::exchange(result, {})});
             result.terms.push_back({sql::SetOperator::Union, std::move(before)});
         }
-        sql::Select select = selectOf(terms[i]);
         // SQLite allows LIMIT only behind the whole.
         const bool whole = !terms[i].tree.limit && !terms[i].ranked;
+        sql::Select select = selectOf(terms[i]);
         if (!whole) select = allOfQuery(std::move(select));
         result.terms.push_back({operatorOf(query.terms[i].joinedBy), std::move(select)});
     }

@@ -39,6 +39,20 @@ const tsql::Select& writableSelect(const View& view, int line) {
     return *select;
 }
 
+// A row for each written row of the table that the view does not show: `rowNumber` is the column of
+// the view that brings the numbers of its rows.
+sql::QueryTree rowsOutside(const View& view, const Table& table, sql::Expression rowNumber,
+                           std::vector<sql::CommonTable> with) {
+    const sql::TableName written{sql::Database::Temporary,
+                                 capturedRows(table, RowState::Inserted).name};
+    sql::Select rows = sql::one(sql::number(1), sql::from(written));
+    rows.where = sql::InQuery{
+        sql::column("kap target"),
+        sql::one(std::move(rowNumber), sql::from(sql::TableName{sql::Database::None, view.name})),
+        true};
+    return sql::Query{std::move(rows), std::move(with)};
+}
+
 }  // namespace
 
 const Column& Binder::targetColumn(const Table& table, const tsql::ObjectName& name) const {
@@ -85,18 +99,18 @@ const Table& Binder::writtenTable(const View& view, int line,
     throw ServerError(tsql::Message::DerivedFieldNotUpdatable, {bareName(view.name)}, line);
 }
 
-std::string Binder::targetView(const View& view, const tsql::ObjectName& name) {
+std::vector<sql::CommonTable> Binder::targetView(const View& view, const tsql::ObjectName& name) {
     const tsql::Select& select = writableSelect(view, name.line);
     std::vector<CommonName> outerNames = std::exchange(commonNames_, {});
     const Restored schema(schema_, std::string(schemaOf(view.name)));
     // A view of a view brings the numbers of its rows along.
-    std::string below;
+    std::vector<sql::CommonTable> with;
     const auto* named = select.from.size() == 1
                             ? std::get_if<tsql::NamedTable>(&select.from.front()->node)
                             : nullptr;
     if (named != nullptr && this->table(named->name) == nullptr) {
         const View* inner = this->view(named->name);
-        if (inner != nullptr) below = targetView(*inner, named->name) + ", ";
+        if (inner != nullptr) with = targetView(*inner, named->name);
     }
     const CommonTarget inner = std::exchange(commonTarget_, {});
     const Restored numbers(needsRowNumbers_, true);
@@ -128,21 +142,14 @@ std::string Binder::targetView(const View& view, const tsql::ObjectName& name) {
     bound.items.push_back(
         {"", BoundExpression::expression(std::move(number), {tsql::SqlType::BigInt}, false)});
     commonTarget_ = {&table, columns.size(), {}, view.name, inner.checks};
-    std::string list;
-    for (std::size_t i = 0; i < bound.items.size(); ++i)
-        list += (i == 0 ? "" : ", ") + numberedName(i);
     for (const OutputColumn& column : columns)
         commonTarget_.columns.emplace_back(column.name, column.value.column);
-    std::string sql =
-        below + sqlName(view.name) + " (" + list + ") AS (" + sqlOf(selectOf(bound)) + ")";
+    const std::size_t count = bound.items.size();
+    with.push_back({view.name, numberedNames(count), selectOf(bound)});
     if (view.checksRows) {
-        commonTarget_.checks = {"WITH RECURSIVE " + sql + " SELECT 1 FROM temp." +
-                                sqlName(capturedRows(table, RowState::Inserted).name) +
-                                " WHERE \"kap target\" NOT IN (SELECT " +
-                                numberedName(commonTarget_.rowNumber) + " FROM " +
-                                sqlName(view.name) + ")"};
+        commonTarget_.checks = {rowsOutside(view, table, numberedColumn(columns.size()), with)};
     }
-    return sql;
+    return with;
 }
 
 void Binder::insertThrough(const View& view, const tsql::ObjectName& name) {

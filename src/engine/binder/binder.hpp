@@ -11,6 +11,7 @@
 #include "engine/binder/name_scope.hpp"
 #include "engine/binder/scope.hpp"
 #include "engine/catalog/tables.hpp"
+#include "engine/sqlite/query_tree.hpp"
 #include "engine/values/convert.hpp"
 #include "tsql/server_error.hpp"
 #include "tsql/statements.hpp"
@@ -23,9 +24,9 @@ struct OutputColumn {
     BoundExpression value;
 };
 
-// A query as SQLite text, with its columns.
+// A query with its columns.
 struct BoundQuery {
-    std::string sql;
+    sql::Query tree;
     std::vector<OutputColumn> columns;
     // Of FOR XML and FOR JSON: where each column is from.
     struct Origin {
@@ -42,15 +43,14 @@ enum class QueryPlace {
     Nested,      // within another query: columns are named c1, c2..., and ORDER BY needs TOP
 };
 
-// FROM as SQLite text, with what it brings into scope.
+// FROM with what it brings into scope.
 struct BoundSource {
-    std::string sql;
+    sql::From from;
     std::vector<Source> sources;
-    bool isJoin = false;
 };
 
-// Gives names their columns and expressions their types, and makes trees of them and of queries;
-// sources become SQLite text, and so does a query where it ends.
+// Gives names their columns and expressions their types, and makes trees of expressions, of
+// queries and of what they read: nothing here is text of SQLite.
 //
 // One class, one source file for each part of the language: bind_constants.cpp,
 // bind_expressions.cpp, bind_operators.cpp, bind_comparisons.cpp, bind_conditions.cpp,
@@ -142,11 +142,12 @@ public:
     // The same for TOP PERCENT of so many rows.
     [[nodiscard]] sql::Expression percentLimit(const tsql::TopClause& top, sql::Expression count,
                                                Scope& scope);
-    // "WITH a AS (...) " for what follows, which may name these tables as long as the binder
-    // lives; empty when there are none. The one that is the target of UPDATE or DELETE brings the
-    // numbers of the rows of the table behind it.
-    [[nodiscard]] std::string commonTables(const std::vector<tsql::CommonTable>& tables,
-                                           Scope* outer, const tsql::ObjectName* target = nullptr);
+    // What WITH defines for what follows, which may name these tables as long as the binder lives.
+    // The one that is the target of UPDATE or DELETE brings the numbers of the rows of the table
+    // behind it; so does the view that is the target, which stands among them.
+    [[nodiscard]] std::vector<sql::CommonTable> commonTables(
+        const std::vector<tsql::CommonTable>& tables, Scope* outer,
+        const tsql::ObjectName* target = nullptr);
     // The query of a cursor through which rows may be written: where it allows that, the numbers
     // of the rows of its tables follow its columns, and `tables` names these tables.
     [[nodiscard]] BoundQuery cursorQuery(const tsql::Query& query,
@@ -161,7 +162,7 @@ public:
         std::vector<std::pair<std::string, const Column*>> columns;
         std::string view;  // its stored name; empty for a common table of the statement
         // Each answers a row when something written does not show in a view that wants it to.
-        std::vector<std::string> checks;
+        std::vector<sql::QueryTree> checks;
     };
     [[nodiscard]] const CommonTarget& commonTarget() const { return commonTarget_; }
     // The column that an assignment means. Errors: 207, and 4406 for one that a view computes.
@@ -264,7 +265,8 @@ private:
         const tsql::Select& select, Scope& scope, const std::vector<BoundExpression>& groups);
 
     // bind_views.cpp
-    [[nodiscard]] std::string targetView(const View& view, const tsql::ObjectName& name);
+    [[nodiscard]] std::vector<sql::CommonTable> targetView(const View& view,
+                                                           const tsql::ObjectName& name);
     [[nodiscard]] const Table& writtenTable(const View& view, int line,
                                             const std::vector<Source>& sources) const;
 
@@ -338,13 +340,13 @@ private:
         bool isView = false;                        // one that is written through
         const tsql::CommonTable* syntax = nullptr;  // of one that a statement defines
     };
-    [[nodiscard]] std::string commonTable(const tsql::CommonTable& table, Scope* outer);
-    [[nodiscard]] std::string boundCommonTable(const tsql::CommonTable& table, Scope* outer);
-    [[nodiscard]] std::string recursiveTable(const tsql::CommonTable& table, CommonName own,
-                                             Scope* outer);
+    [[nodiscard]] sql::CommonTable commonTable(const tsql::CommonTable& table, Scope* outer);
+    [[nodiscard]] sql::CommonTable boundCommonTable(const tsql::CommonTable& table, Scope* outer);
+    [[nodiscard]] sql::CommonTable recursiveTable(const tsql::CommonTable& table, CommonName own,
+                                                  Scope* outer);
     [[nodiscard]] std::vector<OutputColumn> commonColumns(const tsql::CommonTable& table,
                                                           std::vector<OutputColumn> columns);
-    [[nodiscard]] std::string targetTable(const tsql::CommonTable& table, Scope* outer);
+    [[nodiscard]] sql::CommonTable targetTable(const tsql::CommonTable& table, Scope* outer);
     [[nodiscard]] const Table* table(const tsql::ObjectName& name) const {
         return findTable(name, names_, schema_);
     }
@@ -359,8 +361,8 @@ private:
     [[nodiscard]] BoundQuery body(const tsql::Query& query, Scope* outer, QueryPlace place);
     // The depth of queries in one another, unless it is more than can be followed.
     static int checkedDepth(int depth, int line);
-    [[nodiscard]] std::string rowLimits(const tsql::Query& query, Scope* outer);
-    [[nodiscard]] static sql::Select nestedSelect(const BoundSelect& select);
+    void limitRows(const tsql::Query& query, Scope* outer, sql::Query& tree);
+    [[nodiscard]] static sql::Select nestedSelect(BoundSelect& select);
 
     // bind_rows_as_text.cpp
     [[nodiscard]] static std::vector<BoundQuery::Origin> originsOf(
@@ -377,10 +379,10 @@ private:
     [[nodiscard]] static std::vector<OutputColumn> unify(std::vector<BoundSelect>& terms,
                                                          tsql::SetOperator joinedBy, int line,
                                                          const Binder& binder);
-    [[nodiscard]] static sql::Compound unionOf(const std::vector<BoundSelect>& terms,
+    // The trees of SELECTs, which are taken out of them, with their items.
+    [[nodiscard]] static sql::Compound unionOf(std::vector<BoundSelect>& terms,
                                                const tsql::Query& query);
-    // The tree of a SELECT with its items.
-    [[nodiscard]] static sql::Select selectOf(const BoundSelect& select);
+    [[nodiscard]] static sql::Select selectOf(BoundSelect& select);
     static void checkOwnNames(const std::vector<OutputColumn>& columns, const std::string& alias,
                               int line);
 
@@ -391,8 +393,7 @@ private:
     void selectItems(const tsql::Select& select, BoundSelect& bound, int line);
     void addItem(const tsql::SelectItem& item, Scope& scope, std::vector<OutputColumn>& items);
     void grouping(const tsql::Select& select, BoundSelect& bound);
-    [[nodiscard]] sql::Expression percentLimit(const tsql::TopClause& top,
-                                               const BoundSelect& bound);
+    [[nodiscard]] sql::Expression percentLimit(const tsql::TopClause& top, BoundSelect& bound);
 
     // bind_order.cpp
     // ORDER BY of a query around the one whose list is `columns`, to which it adds what it needs.
@@ -422,8 +423,9 @@ private:
     [[nodiscard]] BoundSource apply(const tsql::Join& join, int line, Scope& scope);
     [[nodiscard]] BoundSource appliedSource(const tsql::TableSource& source, Scope& beside,
                                             GivenValues& given);
-    [[nodiscard]] std::string commonTablesAgain(std::size_t count, int line);
-    [[nodiscard]] static BoundSource givenRows(BoundSource source, const std::string& with,
+    [[nodiscard]] std::vector<sql::CommonTable> commonTablesAgain(std::size_t count, int line);
+    [[nodiscard]] static BoundSource givenRows(BoundSource source,
+                                               std::vector<sql::CommonTable> with,
                                                const GivenValues& given, int line);
 
     // bind_table_functions.cpp
@@ -466,6 +468,7 @@ private:
     std::vector<std::string> writtenColumns_;
     int maxRecursion_ = tsql::kMaxRecursion;
     std::vector<const View*> openViews_;  // being read, to refuse one that reads itself
+    std::size_t viewsRead_ = 0;
     std::vector<int> usedVariables_;
     Constants constantsStand_;
     mutable std::vector<Value> constants_;

@@ -66,6 +66,14 @@ std::string numberedName(std::size_t index) {
     return "\"" + nameAt(index) + "\"";
 }
 
+std::vector<std::string> numberedNames(std::size_t count) {
+    std::vector<std::string> names;
+    names.reserve(count);
+    for (std::size_t i = 0; i < count; ++i)
+        names.push_back(nameAt(i));
+    return names;
+}
+
 sql::Expression numberedColumn(std::size_t index) {
     return sql::column(nameAt(index));
 }
@@ -74,9 +82,9 @@ sql::Expression numberedColumn(const std::string& source, std::size_t index) {
     return sql::column(source, nameAt(index));
 }
 
-sql::Expression rowCount(const std::string& query) {
-    const std::string count = sqlOf(sql::call(fn::kCount, sql::Star()));
-    return sql::Subquery{"SELECT " + count + " FROM (" + query + ")"};
+sql::Expression rowCount(sql::QueryTree query) {
+    return sql::Subquery{
+        sql::one(sql::call(fn::kCount, sql::Star()), sql::from(sql::Derived{std::move(query)}))};
 }
 
 void appendItem(std::string& list, const sql::Expression& value, std::size_t index) {

@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "engine/catalog/tables.hpp"
 #include "engine/sqlite/expression_tree.hpp"
@@ -82,12 +83,14 @@ struct BoundExpression {
 [[nodiscard]] sql::Item numberedItem(sql::Expression value, std::size_t index);
 // The name of a query's column by its place from 0, between quotes: "c1", "c2"...
 [[nodiscard]] std::string numberedName(std::size_t index);
+// The names of the first columns of a query, without quotes.
+[[nodiscard]] std::vector<std::string> numberedNames(std::size_t count);
 // The same column as an expression; of a source, or of the only one there is.
 [[nodiscard]] sql::Expression numberedColumn(std::size_t index);
 [[nodiscard]] sql::Expression numberedColumn(const std::string& source, std::size_t index);
 
 // How many rows a query has.
-[[nodiscard]] sql::Expression rowCount(const std::string& query);
+[[nodiscard]] sql::Expression rowCount(sql::QueryTree query);
 
 // Appends an item to the text of a select list under that name: a AS "c1", b AS "c2"...
 void appendItem(std::string& list, const sql::Expression& value, std::size_t index);

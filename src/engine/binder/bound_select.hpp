@@ -29,6 +29,6 @@ struct Binder::BoundSelect {
 };
 
 // The rows that number the grouping sets, to be joined with the rows that are grouped.
-[[nodiscard]] std::string groupingSetsSource(std::size_t count, bool joins);
+[[nodiscard]] sql::From groupingSetsSource(std::size_t count);
 
 }  // namespace kap::engine

@@ -1,5 +1,7 @@
 #include "engine/binder/row_numbers.hpp"
 
+#include <utility>
+
 #include <kaputil/automation/plain_text.hpp>
 
 #include "tsql/server_error.hpp"
@@ -16,6 +18,19 @@ std::string rowNumberName(const Table& table) {
 sql::Expression rowNumberOf(const Source& source) {
     if (source.rowNumber) return source.rowNumber;
     return sql::Column{source.name, rowNumberName(*source.table), true};
+}
+
+sql::TableName tableName(const Table& table, std::string alias) {
+    return {table.temporary ? sql::Database::Temporary : sql::Database::Main, table.name,
+            std::move(alias)};
+}
+
+sql::Select numberedRows(const Table& table) {
+    sql::Select rows;
+    rows.items.push_back({sql::Column{{}, rowNumberName(table), true}, kRowNumber});
+    rows.items.push_back({sql::Star()});
+    rows.from = sql::from(tableName(table));
+    return rows;
 }
 
 std::string captureKey(const Table& table) {

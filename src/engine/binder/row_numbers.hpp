@@ -4,6 +4,7 @@
 
 #include "engine/binder/scope.hpp"
 #include "engine/catalog/tables.hpp"
+#include "engine/sqlite/query_tree.hpp"
 
 // The numbers by which SQLite knows the rows of tables, and the tables that catch written rows
 // with their numbers.
@@ -16,6 +17,11 @@ inline constexpr const char* kRowNumber = "kap row number";
 [[nodiscard]] std::string rowNumberName(const Table& table);
 // The number of a row of a source that is a stored table.
 [[nodiscard]] sql::Expression rowNumberOf(const Source& source);
+
+// A stored table as FROM reads it.
+[[nodiscard]] sql::TableName tableName(const Table& table, std::string alias = {});
+// All rows of a table with their numbers as the column kRowNumber.
+[[nodiscard]] sql::Select numberedRows(const Table& table);
 
 enum class RowState { Inserted, Deleted };
 

@@ -1,6 +1,7 @@
 #include "engine/plan/found_rows.hpp"
 
 #include <atomic>
+#include <utility>
 
 #include <kaputil/automation/plain_text.hpp>
 
@@ -84,20 +85,24 @@ void FoundRows::makeTables(MergePlan& plan, std::size_t values, std::size_t sour
     plan.remove.push_back("DROP TABLE " + done_);
 }
 
-std::string FoundRows::findText(const sql::Expression& rowNumber, std::size_t action,
-                                std::span<const sql::Expression> values,
-                                std::span<const sql::Expression> sourceColumns) const {
-    std::string list;
+std::vector<sql::Item> FoundRows::foundItems(sql::Expression rowNumber, std::size_t action,
+                                             std::span<const sql::Expression> values,
+                                             std::span<const sql::Expression> sourceColumns) {
+    std::vector<sql::Item> items;
+    items.reserve(values.size() + sourceColumns.size() + 2);
+    items.push_back({std::move(rowNumber)});
+    items.push_back({sql::number(static_cast<std::int64_t>(action))});
     for (const auto& part : {values, sourceColumns}) {
-        for (const sql::Expression& value : part) {
-            list += ", ";
-            appendSql(list, value);
-        }
+        for (const sql::Expression& value : part)
+            items.push_back({value});
     }
-    return "INSERT INTO " + found_ + " (\"target row\", \"action\"" +
-           foundColumns("c", values.size()) + foundColumns("s", sourceColumns.size()) +
-           ") SELECT " + sqlOf(rowNumber) + ", " + plain::text(static_cast<std::int64_t>(action)) +
-           list;
+    return items;
+}
+
+std::string FoundRows::findText(std::size_t values, std::size_t sourceColumns,
+                                sql::Select rows) const {
+    return "INSERT INTO " + found_ + " (\"target row\", \"action\"" + foundColumns("c", values) +
+           foundColumns("s", sourceColumns) + ") " + sqlOf(sql::Query{std::move(rows)});
 }
 
 std::string FoundRows::keepText(std::uint8_t event, const std::string& chosen) const {

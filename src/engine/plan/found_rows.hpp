@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <span>
 #include <string>
+#include <vector>
 
 #include "engine/binder/scope.hpp"
 #include "engine/plan/capture.hpp"
@@ -25,10 +26,13 @@ public:
     // columns of sources; written rows are kept where triggers or OUTPUT want them.
     void makeTables(MergePlan& plan, std::size_t values, std::size_t sourceColumns,
                     bool kept) const;
-    // "INSERT INTO found (...) SELECT number, action, values, source columns": without FROM.
-    [[nodiscard]] std::string findText(const sql::Expression& rowNumber, std::size_t action,
-                                       std::span<const sql::Expression> values,
-                                       std::span<const sql::Expression> sourceColumns) const;
+    // The columns of a query that finds rows for an action.
+    [[nodiscard]] static std::vector<sql::Item> foundItems(
+        sql::Expression rowNumber, std::size_t action, std::span<const sql::Expression> values,
+        std::span<const sql::Expression> sourceColumns);
+    // The text that puts the rows of such a query, which has so many of both, among those found.
+    [[nodiscard]] std::string findText(std::size_t values, std::size_t sourceColumns,
+                                       sql::Select rows) const;
     // Sets aside what a step has written, each row with the found row that it comes from.
     [[nodiscard]] std::string keepText(std::uint8_t event, const std::string& chosen) const;
     // Puts the written rows of one action back where triggers look for them.

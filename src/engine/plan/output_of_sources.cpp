@@ -3,6 +3,7 @@
 #include "engine/plan/capture.hpp"
 #include "engine/plan/found_rows.hpp"
 #include "engine/plan/statements.hpp"
+#include "engine/sqlite/sql_writer.hpp"
 #include "tsql/server_error.hpp"
 
 // OUTPUT that reads columns of the other tables of FROM. What they hold is gone or changed once the
@@ -92,12 +93,15 @@ std::optional<MergePlan> outputOfSources(const WriteFrom& write, Binder& binder)
     plan.target = writeTarget(table, binder.names());
     plan.capture = std::move(capture);
     found.makeTables(plan, values.size(), others.columns.size(), true);
-    plan.find = {write.with + found.findText(write.rows.rowNumber, 0, values, others.columns) +
-                     write.rows.tail + write.rows.limit,
-                 // A row that was found several times is written once.
-                 "DELETE FROM " + found.found() +
-                     " WHERE \"target row\" IS NULL OR \"row\" NOT IN (SELECT min(\"row\") FROM " +
-                     found.found() + " GROUP BY \"target row\")"};
+    sql::Select rows =
+        write.rows.select(found.foundItems(write.rows.rowNumber, 0, values, others.columns));
+    rows.limit = write.rows.limit;
+    plan.find = {
+        sqlOf(write.with) + found.findText(values.size(), others.columns.size(), std::move(rows)),
+        // A row that was found several times is written once.
+        "DELETE FROM " + found.found() +
+            " WHERE \"target row\" IS NULL OR \"row\" NOT IN (SELECT min(\"row\") FROM " +
+            found.found() + " GROUP BY \"target row\")"};
     plan.steps.push_back(std::move(step));
     found.refill(plan);
     return plan;

@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <utility>
 
-#include <kaputil/automation/plain_text.hpp>
-
 #include "base/ascii.hpp"
 #include "engine/sqlite/sql_writer.hpp"
 #include "tsql/server_error.hpp"
@@ -48,13 +46,12 @@ std::optional<std::size_t> findTarget(const tsql::ObjectName& target,
     return found;
 }
 
-// A target that FROM does not list stands beside it. One table in brackets would lose its alias.
+// A target that FROM does not list stands beside it.
 void addTarget(BoundSource target, BoundSource& from, int line) {
-    if (!from.sql.empty()) {
-        const bool several = from.sources.size() > 1;
-        target.sql += " JOIN " + (several ? "(" + from.sql + ")" : from.sql);
+    if (!from.from.empty()) {
+        sql::join(target.from, sql::JoinOperator::Inner, std::move(from.from));
     }
-    from.sql = std::move(target.sql);
+    from.from = std::move(target.from);
     from.sources.insert(from.sources.begin(), std::move(target.sources.front()));
     Binder::checkNames(from.sources, line);
 }
@@ -99,14 +96,25 @@ WriteTarget writeTarget(const Table& table, const NameScope& names) {
 }
 
 void addChecks(std::optional<Capture>& capture, const Binder& binder) {
-    const std::vector<std::string>& checks = binder.commonTarget().checks;
+    const std::vector<sql::QueryTree>& checks = binder.commonTarget().checks;
     if (checks.empty()) return;
     if (!capture) capture.emplace();
-    capture->checks = checks;
+    capture->checks.clear();
+    capture->checks.reserve(checks.size());
+    for (const sql::QueryTree& check : checks)
+        capture->checks.push_back(sqlOf(*check));
 }
 
 bool isPositioned(const tsql::ExpressionPtr& where) {
     return where != nullptr && std::holds_alternative<tsql::CurrentOfPredicate>(where->node);
+}
+
+sql::Select TargetRows::select(std::vector<sql::Item> items) const {
+    sql::Select result;
+    result.items = std::move(items);
+    result.from = from;
+    result.where = where;
+    return result;
 }
 
 TargetRows bindTarget(Binder& binder, const tsql::ObjectName& target,
@@ -135,21 +143,19 @@ TargetRows bindTarget(Binder& binder, const tsql::ObjectName& target,
     }
     scope.sources = std::move(bound.sources);
     scope.target = *found;
-    rows.tail = " FROM " + bound.sql;
+    rows.from = std::move(bound.from);
     if (where) {
         scope.aggregates = AggregateUse::RefusedInWhere;
-        rows.tail += " WHERE " + sqlOf(binder.condition(*where, scope));
+        rows.where = binder.condition(*where, scope);
     }
-    if (top) {
-        const sql::Expression count = sql::Call{fn::kCount, {rows.rowNumber}, true};
-        rows.limit =
-            " LIMIT " +
-            sqlOf(top->percent
-                      ? binder.percentLimit(
-                            *top, sql::Subquery{"SELECT " + sqlOf(count) + rows.tail}, scope)
-                      : binder.limit(*top, scope));
+    if (top && top->percent) {
+        sql::Select count = sql::one(sql::Call{fn::kCount, {rows.rowNumber}, true}, rows.from);
+        count.where = rows.where;
+        rows.limit = binder.percentLimit(*top, sql::Subquery{std::move(count)}, scope);
+    } else if (top) {
+        rows.limit = binder.limit(*top, scope);
     } else if (const std::int64_t most = binder.names().settings().rowLimit; most > 0) {
-        rows.limit = " LIMIT " + plain::text(most);
+        rows.limit = sql::number(most);
     }
     return rows;
 }

@@ -35,7 +35,7 @@ namespace kap::engine {
                                                 const NameScope& names);
 
 // A query that answers its rows.
-[[nodiscard]] QueryPlan queryPlan(BoundQuery bound);
+[[nodiscard]] QueryPlan queryPlan(const BoundQuery& bound);
 // A column of a result, as its query made it.
 [[nodiscard]] ResultColumn resultColumn(const OutputColumn& output);
 
@@ -105,8 +105,12 @@ void addChecks(std::optional<Capture>& capture, const Binder& binder);
 struct TargetRows {
     const Table* table = nullptr;
     sql::Expression rowNumber;  // the number of the target's row, as FROM brings it
-    std::string tail;           // " FROM ... WHERE ..."
-    std::string limit;          // " LIMIT n" or empty
+    sql::From from;
+    sql::Expression where;  // none: all rows
+    sql::Expression limit;  // how many of them; none: all
+
+    // These rows, without their limit, as a query of the given columns.
+    [[nodiscard]] sql::Select select(std::vector<sql::Item> items) const;
 };
 
 // The name of the table, view or common table that the target of UPDATE or DELETE means: that of
@@ -129,7 +133,7 @@ struct WriteFrom {
     tsql::TriggerEvents event;
     const std::optional<tsql::OutputClause>& output;
     const std::vector<BoundAssignment>& assignments;  // empty for DELETE
-    const std::string& with;
+    const std::vector<sql::CommonTable>& with;
 };
 
 // Lets OUTPUT read columns of the other sources of FROM, as a plan that finds the rows before it

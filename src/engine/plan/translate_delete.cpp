@@ -26,13 +26,17 @@ std::string plainDelete(const tsql::DeleteStatement& statement, const Table& tab
 
 // TOP counts rows of the target, however often FROM brings them.
 std::string deleteFrom(const TargetRows& rows) {
-    const std::string found = "SELECT " + sqlOf(rows.rowNumber) + " AS \"target row\"" + rows.tail;
+    sql::Select found = rows.select({{rows.rowNumber, "target row"}});
+    if (rows.limit) {
+        const sql::Expression number = sql::column("target row");
+        sql::Select most = sql::one(number, sql::from(sql::Derived{std::move(found)}));
+        most.distinct = true;
+        most.where = sql::isNotNull(number);
+        most.limit = rows.limit;
+        found = std::move(most);
+    }
     return "DELETE FROM " + tableSql(rows.table->name, rows.table->temporary) + " WHERE " +
-           rowNumberName(*rows.table) + " IN (" +
-           (rows.limit.empty() ? found
-                               : "SELECT DISTINCT \"target row\" FROM (" + found +
-                                     ") WHERE \"target row\" IS NOT NULL" + rows.limit) +
-           ")";
+           sqlOf(sql::InQuery{sql::Column{{}, rowNumberName(*rows.table), true}, std::move(found)});
 }
 
 }  // namespace
@@ -47,14 +51,14 @@ StatementPlan translateDelete(const tsql::DeleteStatement& statement, const Name
     plan.verb = Verb::Delete;
     plan.positioned = isPositioned(statement.where);
     binder.limitRecursion(statement.maxRecursion);
-    const std::string with = binder.commonTables(statement.commonTables, nullptr,
-                                                 &targetName(statement.table, statement.from));
+    const std::vector<sql::CommonTable> with = binder.commonTables(
+        statement.commonTables, nullptr, &targetName(statement.table, statement.from));
     const Table* table = nullptr;
     const bool whole = statement.from.empty() && !statement.top && names.settings().rowLimit == 0 &&
                        binder.commonTarget().table == nullptr;
     if (whole) {
         table = &requireTable(statement.table, names);
-        plan.sql = with + plainDelete(statement, *table, binder);
+        plan.sql = sqlOf(with) + plainDelete(statement, *table, binder);
     } else {
         Scope scope;
         const TargetRows rows = bindTarget(binder, statement.table, statement.from, statement.where,
@@ -66,7 +70,7 @@ StatementPlan translateDelete(const tsql::DeleteStatement& statement, const Name
             noteInstead(found->target, instead, tsql::kOnDelete);
             return finished(std::move(*found), binder);
         }
-        plan.sql = with + deleteFrom(rows);
+        plan.sql = sqlOf(with) + deleteFrom(rows);
     }
     plan.target = writeTarget(*table, names);
     plan.capture = captureFor(*table, tsql::kOnDelete, statement.output, binder);

@@ -141,7 +141,7 @@ public:
         checkAssignable(columns_, table_, mayGive, line_);
         givesIdentity_ = mayGive;
         if (statement_.query) binder_.limitRecursion(statement_.query->maxRecursion);
-        const std::string with = binder_.commonTables(statement_.commonTables, nullptr);
+        const std::string with = sqlOf(binder_.commonTables(statement_.commonTables, nullptr));
         const std::string source = statement_.query ? queryText(listed) : rowsText(listed);
         WriteTarget target = writeTarget(table_, binder_.names());
         noteInstead(target, instead_, tsql::kOnInsert);
@@ -333,7 +333,7 @@ private:
     }
 
     std::string queryText(bool listed) {
-        const BoundQuery rows = binder_.query(*statement_.query, nullptr, QueryPlace::InsertRows);
+        BoundQuery rows = binder_.query(*statement_.query, nullptr, QueryPlace::InsertRows);
         checkSelectCount(rows.columns.size(), columns_.size(), listed, line_);
         std::vector<sql::Expression> values;
         values.reserve(columns_.size());
@@ -345,8 +345,9 @@ private:
         addGenerated(values);
         // ON would be read as that of a join.
         const std::string all = table_.ignoring.empty() ? "" : " WHERE true";
-        return " SELECT " + sqlOf(values) + " FROM (" + rows.sql + ")" + all +
-               limit(rowCount(rows.sql));
+        const sql::QueryTree tree = std::move(rows.tree);
+        return " SELECT " + sqlOf(values) + " FROM " + sqlOf(sql::from(sql::Derived{tree})) + all +
+               limit(rowCount(tree));
     }
 
     const InsertStatement& statement_;

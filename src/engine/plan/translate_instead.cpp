@@ -46,22 +46,24 @@ public:
             throw tsql::unsupported("OUTPUT INTO with an INSTEAD OF trigger", write_.table.line);
         }
         binder_.limitRecursion(write_.maxRecursion);
-        const std::string with = binder_.commonTables(write_.commonTables, nullptr);
+        const std::vector<sql::CommonTable> with =
+            binder_.commonTables(write_.commonTables, nullptr);
         Scope scope;
         bindSources(scope);
         const Source& source = scope.sources[scope.target];
         shape_ = target_.table != nullptr ? *target_.table : shapeOf(source);
         std::vector<BoundAssignment> assignments;
-        std::string tail = " FROM " + sql_;
+        sql::Select rows;
+        rows.from = std::move(from_);
         if (write_.update != nullptr) {
             assignments = bindAssignments(*write_.update, shape_, binder_, scope);
         }
         if (write_.where) {
             scope.aggregates = AggregateUse::RefusedInWhere;
-            tail += " WHERE " + sqlOf(binder_.condition(*write_.where, scope));
+            rows.where = binder_.condition(*write_.where, scope);
         }
-        if (write_.top) tail += " LIMIT " + sqlOf(binder_.limit(*write_.top, scope));
-        return planOf(with, tail, source, assignments);
+        if (write_.top) rows.limit = binder_.limit(*write_.top, scope);
+        return planOf(with, std::move(rows), source, assignments);
     }
 
 private:
@@ -76,17 +78,16 @@ private:
         auto found = std::ranges::find_if(bound.sources, isTarget);
         if (found == bound.sources.end()) {
             BoundSource own = binder_.namedSource(write_.table);
-            const bool several = bound.sources.size() > 1;
-            if (!bound.sql.empty()) {
-                own.sql += " JOIN " + (several ? "(" + bound.sql + ")" : bound.sql);
+            if (!bound.from.empty()) {
+                sql::join(own.from, sql::JoinOperator::Inner, std::move(bound.from));
             }
-            bound.sql = std::move(own.sql);
+            bound.from = std::move(own.from);
             bound.sources.insert(bound.sources.begin(), std::move(own.sources.front()));
             found = bound.sources.begin();
         }
         scope.target = static_cast<std::size_t>(found - bound.sources.begin());
         scope.sources = std::move(bound.sources);
-        sql_ = std::move(bound.sql);
+        from_ = std::move(bound.from);
     }
 
     [[nodiscard]] Table shapeOf(const Source& source) const {
@@ -101,8 +102,8 @@ private:
         return shape;
     }
 
-    StatementPlan planOf(const std::string& with, const std::string& tail, const Source& source,
-                         const std::vector<BoundAssignment>& assignments) {
+    StatementPlan planOf(const std::vector<sql::CommonTable>& with, sql::Select select,
+                         const Source& source, const std::vector<BoundAssignment>& assignments) {
         const FoundRows found(shape_);
         InsteadPlan plan;
         MergePlan tables;
@@ -118,9 +119,10 @@ private:
         plan.make = std::move(tables.make);
         plan.remove = std::move(tables.remove);
         const bool rows = source.table != nullptr;
-        plan.fill.push_back(
-            with + found.findText(rows ? rowNumberOf(source) : sql::null(), 0, values, before) +
-            tail);
+        select.items =
+            FoundRows::foundItems(rows ? rowNumberOf(source) : sql::null(), 0, values, before);
+        plan.fill.push_back(sqlOf(with) +
+                            found.findText(values.size(), before.size(), std::move(select)));
         // A row of a table that was found several times is written once.
         if (rows) {
             plan.fill.push_back("DELETE FROM " + found.found() +
@@ -165,7 +167,7 @@ private:
     const InsteadTarget& target_;
     std::uint8_t event_;
     Binder binder_;
-    std::string sql_;
+    sql::From from_;
     Table shape_;
 };
 

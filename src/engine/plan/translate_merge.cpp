@@ -37,7 +37,7 @@ public:
 
     StatementPlan plan() {
         binder_.limitRecursion(statement_.maxRecursion);
-        with_ = binder_.commonTables(statement_.commonTables, nullptr);
+        with_ = sqlOf(binder_.commonTables(statement_.commonTables, nullptr));
         bindSources();
         bindActions();
         plan_.verb = Verb::Merge;
@@ -87,10 +87,10 @@ private:
         Scope outside;
         BoundSource source = binder_.from(statement_.source, outside);
         targetSource_ = Binder::tableSource(table_, name);
-        targetSql_ = tableSql(table_.name, table_.temporary) + " AS " + sqlName(name);
+        targetFrom_ = sql::from(tableName(table_, name));
         targetRow_ = rowNumberOf(targetSource_);
         sources_ = std::move(source.sources);
-        sourceSql_ = source.sql;
+        sourceFrom_ = std::move(source.from);
         for (const Source& each : sources_) {
             if (!sameName(each.name, name)) continue;
             throw ServerError(tsql::Message::MergeSameCorrelationName, {name}, line_);
@@ -156,14 +156,12 @@ private:
     }
 
     // Of several actions for the same rows the first whose condition holds is taken.
-    std::string conditionsOf(std::size_t index) const {
-        std::string text;
+    void addConditionsOf(std::size_t index, std::vector<sql::Expression>& conditions) const {
         for (std::size_t i = 0; i < index; ++i) {
             if (statement_.actions[i].when != statement_.actions[index].when) continue;
-            text += " AND " + sqlOf(sql::Unary{sql::UnaryOperator::IsNotTrue, bound_[i].condition});
+            conditions.emplace_back(sql::Unary{sql::UnaryOperator::IsNotTrue, bound_[i].condition});
         }
-        const sql::Expression& own = bound_[index].condition;
-        return own ? text + " AND " + sqlOf(own) : text;
+        if (bound_[index].condition) conditions.push_back(bound_[index].condition);
     }
 
     std::string findText(std::size_t index) const {
@@ -171,26 +169,28 @@ private:
         const Bound& bound = bound_[index];
         const bool target = action.when != MergeAction::When::NotMatched;
         const bool source = action.when != MergeAction::When::NotMatchedBySource;
-        std::string from;
+        sql::Select rows;
+        std::vector<sql::Expression> conditions;
         if (target && source) {
-            from =
-                sourceSql_ + " CROSS JOIN " + targetSql_ + " ON " + sqlOf(condition_) + " WHERE 1";
+            rows.from = sourceFrom_;
+            sql::join(rows.from, sql::JoinOperator::Cross, targetFrom_, condition_);
         } else {
-            const std::string& own = target ? targetSql_ : sourceSql_;
-            const std::string& other = target ? sourceSql_ : targetSql_;
-            const sql::Expression found =
-                sql::Exists{"SELECT 1 FROM " + other + " WHERE " + sqlOf(condition_)};
-            from = own + " WHERE " + sqlOf(sql::negation(found));
+            rows.from = target ? targetFrom_ : sourceFrom_;
+            sql::Select other = sql::one(sql::number(1), target ? sourceFrom_ : targetFrom_);
+            other.where = condition_;
+            conditions.push_back(sql::negation(sql::Exists{std::move(other)}));
         }
+        addConditionsOf(index, conditions);
+        if (!conditions.empty()) rows.where = sql::allOf(std::move(conditions));
         std::vector<sql::Expression> columns;
         columns.reserve(sourceColumns_);
         for (const Source& each : sources_) {
             for (std::size_t i = 0; i < each.columns.size() && sourceColumns_ > 0; ++i)
                 columns.push_back(source ? each.columns[i].value.tree : sql::null());
         }
-        return with_ +
-               rows_.findText(target ? targetRow_ : sql::null(), index, bound.values, columns) +
-               " FROM " + from + conditionsOf(index);
+        rows.items =
+            FoundRows::foundItems(target ? targetRow_ : sql::null(), index, bound.values, columns);
+        return with_ + rows_.findText(bound.values.size(), columns.size(), std::move(rows));
     }
 
     std::string limitText() {
@@ -285,9 +285,9 @@ private:
     std::string with_;
     Source targetSource_;
     std::vector<Source> sources_;
-    std::string targetSql_;
+    sql::From targetFrom_;
     sql::Expression targetRow_;
-    std::string sourceSql_;
+    sql::From sourceFrom_;
     sql::Expression condition_;
     std::vector<Bound> bound_;
     std::size_t widest_ = 0;

@@ -1,6 +1,5 @@
 #include <algorithm>
-
-#include <kaputil/automation/plain_text.hpp>
+#include <utility>
 
 #include "base/ascii.hpp"
 #include "engine/plan/statements.hpp"
@@ -62,16 +61,16 @@ StatementPlan assignment(const tsql::Query& query, const std::vector<int>& slots
     }
     AssignmentPlan plan;
     plan.targets.reserve(slots.size());
-    std::string items;
+    sql::Select select;
     for (std::size_t i = 0; i < slots.size(); ++i) {
         const tsql::TypeSpec& type = names.variables()[static_cast<std::size_t>(slots[i])].type;
         const BoundExpression value = bound.columns[i].value.readBy(numberedColumn(i));
         const BoundExpression converted = binder.convertTo(value, type, query.line);
-        if (i > 0) items += ", ";
-        appendSql(items, converted.tree);
+        select.items.push_back({converted.tree});
         plan.targets.push_back({slots[i], converted.type});
     }
-    plan.sql = "SELECT " + items + " FROM (" + bound.sql + ")";
+    select.from = sql::from(sql::Derived{std::move(bound.tree)});
+    plan.sql = sqlOf(sql::Query{std::move(select)});
     return finished(std::move(plan), accumulates ? perRow : binder);
 }
 
@@ -86,17 +85,17 @@ StatementPlan translateSelect(const tsql::SelectStatement& statement, const Name
         if (!slots.empty()) return assignment(query, slots, names);
     }
     Binder binder(names, constants);
-    BoundQuery bound = binder.query(query, nullptr, QueryPlace::Whole);
+    const BoundQuery bound = binder.query(query, nullptr, QueryPlace::Whole);
     for (const OutputColumn& column : bound.columns) {
         if (!column.value.newIdentity) continue;
         throw ServerError(tsql::Message::IdentityWithoutInto, {}, query.line);
     }
-    return finished(queryPlan(std::move(bound)), binder);
+    return finished(queryPlan(bound), binder);
 }
 
-QueryPlan queryPlan(BoundQuery bound) {
+QueryPlan queryPlan(const BoundQuery& bound) {
     QueryPlan plan;
-    plan.sql = std::move(bound.sql);
+    plan.sql = sqlOf(bound.tree);
     plan.columns.reserve(bound.columns.size());
     for (const OutputColumn& column : bound.columns)
         plan.columns.push_back(resultColumn(column));
@@ -107,10 +106,10 @@ QueryPlan queryPlan(BoundQuery bound) {
 StatementPlan translateSelectInto(const tsql::Query& query, const tsql::ObjectName& name,
                                   const NameScope& names) {
     Binder binder(names);
-    const BoundQuery rows = binder.query(query, nullptr, QueryPlace::InsertRows);
+    BoundQuery rows = binder.query(query, nullptr, QueryPlace::InsertRows);
     TableBuilder builder(names, name, query.line);
     std::string columns;
-    std::string values;
+    sql::Select values;
     for (std::size_t i = 0; i < rows.columns.size(); ++i) {
         const OutputColumn& output = rows.columns[i];
         if (output.name.empty()) {
@@ -128,17 +127,17 @@ StatementPlan translateSelectInto(const tsql::Query& query, const tsql::ObjectNa
         const bool version = column.isRowVersion();
         builder.add(std::move(column), query.line);
         columns += (i == 0 ? "" : ", ") + sqlName(output.name);
-        if (i > 0) values += ", ";
-        appendSql(values, version    ? rowVersionCall()
-                          : numbered ? identityCall(builder.table().name)
-                                     : numberedColumn(i));
+        values.items.push_back({version    ? rowVersionCall()
+                                : numbered ? identityCall(builder.table().name)
+                                           : numberedColumn(i)});
     }
     SelectIntoPlan plan{builder.plan(), {}};
     const Table& table = plan.table.created.table;
     const std::int64_t most = names.settings().rowLimit;
-    const std::string limit = most > 0 ? " LIMIT " + plain::text(most) : "";
-    plan.fill = "INSERT INTO " + tableSql(table.name, table.temporary) + " (" + columns +
-                ") SELECT " + values + " FROM (" + rows.sql + ")" + limit;
+    values.from = sql::from(sql::Derived{std::move(rows.tree)});
+    if (most > 0) values.limit = sql::number(most);
+    plan.fill = "INSERT INTO " + tableSql(table.name, table.temporary) + " (" + columns + ") " +
+                sqlOf(sql::Query{std::move(values)});
     return finished(std::move(plan), binder);
 }
 

@@ -139,16 +139,19 @@ std::string plainUpdate(const UpdateStatement& statement, const Table& table, Bi
 std::string updateFrom(const TargetRows& rows, const std::vector<BoundAssignment>& assignments) {
     const Table& table = *rows.table;
     const std::string rowNumber = rowNumberName(table);
-    std::string values = sqlOf(rows.rowNumber) + " AS \"target row\"";
+    std::vector<sql::Item> items{{rows.rowNumber, "target row"}};
     std::string list;
     for (std::size_t i = 0; i < assignments.size(); ++i) {
-        values += ", " + sqlOf(assignments[i].value) + " AS " + numberedName(i);
+        items.push_back(numberedItem(assignments[i].value, i));
         list += (list.empty() ? "" : ", ") + sqlName(assignments[i].column->name) +
                 " = \"found rows\"." + numberedName(i);
     }
+    sql::Select found = rows.select(std::move(items));
+    found.limit = rows.limit;
     return "UPDATE " + tableSql(table.name, table.temporary) + " AS \"target\" SET " + list +
-           rowVersionAssignment(table) + " FROM (SELECT " + values + rows.tail + rows.limit +
-           ") AS \"found rows\" WHERE \"target\"." + rowNumber + " = \"found rows\".\"target row\"";
+           rowVersionAssignment(table) + " FROM " +
+           sqlOf(sql::from(sql::Derived{std::move(found), "found rows"})) + " WHERE \"target\"." +
+           rowNumber + " = \"found rows\".\"target row\"";
 }
 
 // UPDATE of the whole table or of the rows that WHERE names, in SQLite's own words; nothing when
@@ -188,8 +191,8 @@ SteppedUpdatePlan translateUpdateInSteps(const UpdateStatement& statement, const
     Binder binder(names);
     binder.limitRecursion(statement.maxRecursion);
     binder.writesColumns(assignedNames(statement));
-    const std::string with = binder.commonTables(statement.commonTables, nullptr,
-                                                 &targetName(statement.table, statement.from));
+    const std::vector<sql::CommonTable> with = binder.commonTables(
+        statement.commonTables, nullptr, &targetName(statement.table, statement.from));
     Scope scope;
     const TargetRows rows =
         bindTarget(binder, statement.table, statement.from, statement.where, statement.top, scope);
@@ -200,7 +203,7 @@ SteppedUpdatePlan translateUpdateInSteps(const UpdateStatement& statement, const
     const std::string values = unpacked(assignments);
     const std::string caught = sqlName(capturedRows(table, RowState::Inserted).name);
     SteppedUpdatePlan plan;
-    plan.pack = with + updateFrom(rows, assignments);
+    plan.pack = sqlOf(with) + updateFrom(rows, assignments);
     plan.unpackCaught = "UPDATE temp." + caught + " SET " + values;
     plan.unpack = "UPDATE " + tableSql(table.name, table.temporary) + " SET " + values + " WHERE " +
                   sqlOf(sql::call(fn::kPacked, sql::column(assignments.front().column->name)));
@@ -225,12 +228,12 @@ StatementPlan translateUpdate(const UpdateStatement& statement, const NameScope&
     binder.limitRecursion(statement.maxRecursion);
     const Table* table = findTable(statement.table, names);
     binder.writesColumns(plan.columns);
-    const std::string with = binder.commonTables(statement.commonTables, nullptr,
-                                                 &targetName(statement.table, statement.from));
+    const std::vector<sql::CommonTable> with = binder.commonTables(
+        statement.commonTables, nullptr, &targetName(statement.table, statement.from));
     std::optional<std::string> plain;
     if (table != nullptr) plain = plainly(statement, names, *table, binder);
     if (plain) {
-        plan.sql = with + *plain;
+        plan.sql = sqlOf(with) + *plain;
     } else {
         Scope scope;
         const TargetRows rows = bindTarget(binder, statement.table, statement.from, statement.where,
@@ -243,7 +246,7 @@ StatementPlan translateUpdate(const UpdateStatement& statement, const NameScope&
             noteInstead(found->target, instead, tsql::kOnUpdate);
             return finished(std::move(*found), binder);
         }
-        plan.sql = with + updateFrom(rows, assignments);
+        plan.sql = sqlOf(with) + updateFrom(rows, assignments);
     }
     plan.target = writeTarget(*table, names);
     plan.capture = captureFor(*table, tsql::kOnUpdate, statement.output, binder);

@@ -82,7 +82,7 @@ ValuePlan ofValue(const BoundExpression& value, const Binder& binder) {
     if (const Value* constant = value.constant()) {
         plan.constant = *constant;
     } else {
-        plan.sql = "SELECT " + sqlOf(value.tree);
+        plan.sql = sqlOf(sql::Query{sql::one(value.tree, {})});
     }
     plan.values = binder.boundValues();
     return plan;
@@ -143,7 +143,7 @@ StatementPlan translateCursor(const tsql::Query& query, const NameScope& names) 
     } catch (const tsql::ServerError& error) {
         throw error.at(query.line);
     }
-    QueryPlan plan = queryPlan(std::move(bound));
+    QueryPlan plan = queryPlan(bound);
     plan.rowTables = std::move(rowTables);
     return finished(std::move(plan), binder);
 }

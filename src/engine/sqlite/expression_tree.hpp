@@ -11,14 +11,13 @@
 #include <vector>
 
 #include "engine/sqlite/function_names.hpp"
+#include "engine/sqlite/shared_query.hpp"
 #include "engine/values/value.hpp"
 #include "tsql/type_spec.hpp"
 
 // Expressions and conditions of SQLite as trees: what the binder makes and SqlWriter
 // (sql_writer.hpp) writes. They know nothing of the dialect, so they stand beside the writer and
-// below the binder.
-//
-// A query within an expression is its text.
+// below the binder. Queries are in query_tree.hpp.
 namespace kap::engine::sql {
 
 struct Column;
@@ -42,10 +41,11 @@ struct Subquery;
 struct Window;
 struct Over;
 struct Definition;
+struct QueryText;
 
 using Kind = std::variant<Column, Constant, Parameter, Star, Call, Conversion, Sum, Unary, Binary,
                           Chain, Bytes, Collated, Case, In, InQuery, Between, Exists, Subquery,
-                          Window, Over, Definition>;
+                          Window, Over, Definition, QueryText>;
 
 template <typename Type, typename Variant>
 inline constexpr bool kIsOneOf = false;
@@ -56,7 +56,6 @@ template <typename Type>
 concept NodeKind = kIsOneOf<Type, Kind>;
 
 struct Node;
-
 // An expression, or none. It never changes, so that those who hold it share one tree; copies cost
 // nothing. All holders of a tree belong to one thread.
 class Expression {
@@ -219,6 +218,7 @@ enum class BinaryOperator : std::uint8_t {
     Multiply,
     BitAnd,
     BitOr,
+    ShiftRight,
 };
 
 struct Binary {
@@ -311,7 +311,7 @@ struct In {
 
 struct InQuery {
     Expression value;
-    std::string query;
+    QueryTree query;
     bool negated = false;
 
     template <typename Self, typename Visit>
@@ -337,7 +337,7 @@ struct Between {
 };
 
 struct Exists {
-    std::string query;
+    QueryTree query;
 
     template <typename Self, typename Visit>
     static void eachPart(Self& /*self*/, const Visit& /*visit*/) {}
@@ -346,7 +346,7 @@ struct Exists {
 
 // The one value of a query of one row.
 struct Subquery {
-    std::string query;
+    QueryTree query;
 
     template <typename Self, typename Visit>
     static void eachPart(Self& /*self*/, const Visit& /*visit*/) {}
@@ -396,6 +396,15 @@ struct Definition {
     template <typename Self, typename Visit>
     static void eachPart(Self& /*self*/, const Visit& /*visit*/) {}
     friend bool operator==(const Definition&, const Definition&) = default;
+};
+
+// What a query is written as, for a function that runs it.
+struct QueryText {
+    QueryTree query;
+
+    template <typename Self, typename Visit>
+    static void eachPart(Self& /*self*/, const Visit& /*visit*/) {}
+    friend bool operator==(const QueryText&, const QueryText&) = default;
 };
 
 struct Node {
@@ -469,7 +478,7 @@ template <typename... Arguments>
     return result;
 }
 
-// Whether a node is the text of a query, which may read anything.
+// Whether a node is a query, which may read anything.
 [[nodiscard]] bool holdsQuery(const Kind& kind);
 
 // Whether some part of an expression, or it itself, is such a node. Queries within it are not

@@ -22,6 +22,7 @@ inline constexpr Function kMin{"min"};
 inline constexpr Function kMax{"max"};
 inline constexpr Function kSum{"sum"};
 inline constexpr Function kRowNumber{"row_number"};
+inline constexpr Function kRandomWhole{"random"};
 inline constexpr Function kRank{"rank"};
 inline constexpr Function kDenseRank{"dense_rank"};
 inline constexpr Function kNtile{"ntile"};

@@ -61,6 +61,8 @@ const char* textOf(sql::BinaryOperator op) {
             return " & ";
         case sql::BinaryOperator::BitOr:
             return " | ";
+        case sql::BinaryOperator::ShiftRight:
+            return " >> ";
     }
     return "";
 }
@@ -272,9 +274,9 @@ void SqlWriter::node(const sql::InQuery& in) {
     text_ += '(';
     write(in.value);
     text_ += notIf(in.negated);
-    text_ += " IN (";
-    text_ += in.query;
-    text_ += "))";
+    text_ += " IN ";
+    bracketed(in.query);
+    text_ += ')';
 }
 
 void SqlWriter::node(const sql::Between& between) {
@@ -289,15 +291,12 @@ void SqlWriter::node(const sql::Between& between) {
 }
 
 void SqlWriter::node(const sql::Exists& exists) {
-    text_ += "EXISTS (";
-    text_ += exists.query;
-    text_ += ')';
+    text_ += "EXISTS ";
+    bracketed(exists.query);
 }
 
 void SqlWriter::node(const sql::Subquery& subquery) {
-    text_ += '(';
-    text_ += subquery.query;
-    text_ += ')';
+    bracketed(subquery.query);
 }
 
 void SqlWriter::node(const sql::Window& window) {
@@ -330,99 +329,8 @@ void SqlWriter::node(const sql::Definition& definition) {
     text_ += ')';
 }
 
-// --- Queries
-
-namespace {
-
-const char* textOf(sql::SetOperator op) {
-    switch (op) {
-        case sql::SetOperator::Union:
-            return " UNION ";
-        case sql::SetOperator::UnionAll:
-            return " UNION ALL ";
-        case sql::SetOperator::Except:
-            return " EXCEPT ";
-        case sql::SetOperator::Intersect:
-            break;
-    }
-    return " INTERSECT ";
-}
-
-}  // namespace
-
-void SqlWriter::orderBy(std::span<const sql::OrderTerm> order) {
-    const char* before = "ORDER BY ";
-    for (const sql::OrderTerm& term : order) {
-        text_ += std::exchange(before, ", ");
-        write(term.value);
-        if (term.descending) text_ += " DESC";
-    }
-}
-
-void SqlWriter::from(const sql::From& from) {
-    if (!from) return;
-    text_ += " FROM ";
-    text_ += from.text;
-    if (from.query == nullptr) return;
-    text_ += '(';
-    std::visit([&](const auto& query) { write(query); }, from.query->kind);
-    text_ += ')';
-}
-
-void SqlWriter::write(const sql::Select& select) {
-    const char* before = select.distinct ? "SELECT DISTINCT " : "SELECT ";
-    for (const sql::Item& item : select.items) {
-        text_ += std::exchange(before, ", ");
-        write(item.value);
-        if (item.name.empty()) continue;
-        text_ += " AS ";
-        name(item.name);
-    }
-    from(select.from);
-    if (select.where) {
-        text_ += " WHERE ";
-        write(select.where);
-    }
-    if (!select.groups.empty()) {
-        text_ += " GROUP BY ";
-        write(select.groups);
-    }
-    if (select.having) {
-        text_ += " HAVING ";
-        write(select.having);
-    }
-    if (!select.order.empty()) {
-        text_ += ' ';
-        orderBy(select.order);
-    }
-    if (!select.limit) return;
-    text_ += " LIMIT ";
-    write(select.limit);
-    if (!select.offset) return;
-    text_ += " OFFSET ";
-    write(select.offset);
-}
-
-void SqlWriter::write(const sql::Compound& compound) {
-    for (const sql::Compound::Term& term : compound.terms) {
-        if (&term != &compound.terms.front()) text_ += textOf(term.joinedBy);
-        write(term.select);
-    }
-    if (compound.order.empty()) return;
-    text_ += ' ';
-    orderBy(compound.order);
-}
-
-std::string sqlOf(const sql::Select& select) {
-    std::string text;
-    SqlWriter(text).write(select);
-    return text;
-}
-
-std::string sqlOf(const sql::Compound& compound) {
-    std::string text;
-    SqlWriter(text).write(compound);
-    return text;
+void SqlWriter::node(const sql::QueryText& text) {
+    text_ += sqlLiteral(sqlOf(*text.query));
 }
 
 std::string sqlOf(const sql::Expression& expression) {

@@ -18,8 +18,11 @@ public:
     void write(const sql::Expression& expression);
     // Expressions with commas between them.
     void write(std::span<const sql::Expression> list);
-    void write(const sql::Select& select);
-    void write(const sql::Compound& compound);
+    void write(const sql::Query& query);
+    // What stands behind FROM.
+    void write(const sql::From& from);
+    // WITH and a blank; nothing without tables.
+    void write(std::span<const sql::CommonTable> tables);
 
 private:
     void node(const sql::Column& column);
@@ -43,8 +46,18 @@ private:
     void node(const sql::Window& window);
     void node(const sql::Over& over);
     void node(const sql::Definition& definition);
+    void node(const sql::QueryText& text);
 
-    void from(const sql::From& from);
+    void body(const sql::Select& select);
+    void body(const sql::Compound& compound);
+    void body(const sql::Values& values);
+    void source(const sql::TableName& table);
+    void source(const sql::Derived& derived);
+    void source(const sql::RowsOf& rows);
+    void source(const sql::From& sources);
+    void alias(std::string_view name);
+    void bracketed(const sql::QueryTree& query);
+    void limits(const sql::Expression& limit, const sql::Expression& offset);
     void orderBy(std::span<const sql::OrderTerm> order);
     void name(std::string_view name);
     void number(std::int64_t value);
@@ -60,8 +73,11 @@ private:
 [[nodiscard]] std::string sqlOf(std::span<const sql::Expression> list);
 
 // A query as SQLite reads it.
-[[nodiscard]] std::string sqlOf(const sql::Select& select);
-[[nodiscard]] std::string sqlOf(const sql::Compound& compound);
+[[nodiscard]] std::string sqlOf(const sql::Query& query);
+// What stands behind FROM.
+[[nodiscard]] std::string sqlOf(const sql::From& from);
+// WITH and a blank, before the statement that reads these tables; empty without any.
+[[nodiscard]] std::string sqlOf(std::span<const sql::CommonTable> tables);
 
 // An expression behind a text.
 void appendSql(std::string& text, const sql::Expression& expression);
