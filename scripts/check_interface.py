@@ -62,9 +62,9 @@ def published_members(build):
     kaputil = str(build / "kaputil")
     described = json.loads(output_of(kaputil, "classes", "--json"))
     lines = [f"library  {described['library']['typeLibrary']['id']}"]
-    for each in described["classes"] + described["platform"]:
+    for each in described["classes"] + described["platform"] + described["objects"]:
         lines += class_lines(kaputil, each["programmaticName"])
-    for enumeration in described["enumerations"]:
+    for enumeration in described["enumerations"] + described["dataAccessEnumerations"]:
         lines += [f"{enumeration['name']}.{value['name']}  {value['value']}" for value in enumeration["values"]]
     return sorted(lines)
 

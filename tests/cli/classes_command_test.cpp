@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <map>
 #include <sstream>
 #include <string_view>
 
@@ -84,9 +85,9 @@ TEST(ClassesCommand, ShowsEachClassOfTheTableOnALine) {
 TEST(ClassesCommand, TellsTheIdentityOfTheLibrary) {
     const Outcome run = kaputil({"classes"});
     EXPECT_TRUE(
-        run.out.starts_with("KapUtil  KAP Utility 2.6, version 2.06.0005\n"
-                            "type library 749c4a7f-4612-49ed-994a-2e3285c059ca, version "
-                            "1.0; module KapUtil26\n"))
+        run.out.starts_with("KapUtil  KAP Utility 2.6, versione 2.06.0005\n"
+                            "libreria dei tipi 749c4a7f-4612-49ed-994a-2e3285c059ca, versione "
+                            "1.0; modulo KapUtil26\n"))
         << run.out;
 }
 
@@ -275,10 +276,15 @@ TEST(ClassesCommand, FindsNothingThatIsNotThere) {
     for (const std::string language : {"it", "en"}) {
         const json entries = searchedEntries(folder.path(), language);
         EXPECT_GT(entries.size(), 300U);
+        std::map<std::string, std::string> pages;
         for (const json& entry : entries) {
             const std::string href = entry[1].get<std::string>();
             const std::size_t mark = href.find('#');
-            const std::string page = fileIn(folder.path(), language + "/" + href.substr(0, mark));
+            const std::string name = href.substr(0, mark);
+            if (!pages.contains(name)) {
+                pages[name] = fileIn(folder.path(), language + "/" + name);
+            }
+            const std::string& page = pages[name];
             EXPECT_TRUE(mark == std::string::npos ||
                         contains(page, "id=\"" + href.substr(mark + 1) + "\""))
                 << href;
@@ -361,12 +367,42 @@ TEST(ClassesCommand, DescribesAMemberToPrograms) {
 
 TEST(ClassesCommand, ShowsTheEnumeration) {
     EXPECT_EQ(classesJson({"costantinumeriche"})["values"].size(), 6U);
-    const std::string shown = kaputil({"classes", "CostantiNumeriche"}).out;
+    EXPECT_EQ(kaputil({"classes", "CostantiNumeriche", "--language", "en"}).out,
+              "CostantiNumeriche  Value  Meaning\n"
+              "kaOK                   0  success\n"
+              "kaerror                1  failure\n"
+              "kaCodiceFiscale        2  kind of code: Italian personal tax code\n"
+              "kaPartitaIva           3  kind of code: Italian VAT number\n"
+              "kaHBordo              60  height of a window border, in twips\n"
+              "kaHBarra             270  height of a title or tool bar, in twips\n");
+    const std::string italian = kaputil({"classes", "CostantiNumeriche"}).out;
     EXPECT_TRUE(
-        shown.starts_with("CostantiNumeriche  Value  Meaning\n"
-                          "kaOK                   0  "))
-        << shown;
-    EXPECT_TRUE(contains(shown, "\nkaHBarra             270  ")) << shown;
+        italian.starts_with("CostantiNumeriche  Valore  Significato\n"
+                            "kaOK                    0  riuscito\n"))
+        << italian;
+}
+
+TEST(ClassesCommand, ShowsTheConstantsOfDataAccess) {
+    EXPECT_EQ(kaputil({"classes", "cursorlocationenum"}).out,
+              "CursorLocationEnum  Valore\n"
+              "adUseServer         2\n"
+              "adUseClient         3\n"
+              "adUseNone           1\n"
+              "adUseClientBatch    3\n");
+    EXPECT_TRUE(
+        contains(kaputil({"classes"}).out, "\nCostanti dell'accesso ai dati\nCursorTypeEnum, "));
+    const json all = classesJson({});
+    EXPECT_GT(all["dataAccessEnumerations"].size(), 10U);
+    EXPECT_EQ(all["dataAccessEnumerations"][0]["values"][1]["name"], "adOpenForwardOnly");
+    const auto names = [&](const char* list) {
+        std::string joined;
+        for (const json& one : all[list]) {
+            joined += one["name"].get<std::string>() + " ";
+        }
+        return joined;
+    };
+    EXPECT_TRUE(contains(names("objects"), "Field ")) << names("objects");
+    EXPECT_TRUE(contains(names("objects"), "RecordsetEvents ")) << names("objects");
 }
 
 TEST(ClassesCommand, PrintsPlainNamesForOtherTools) {

@@ -1,5 +1,8 @@
 #include "cli/commands/classes/class_json.hpp"
 
+#include <span>
+#include <vector>
+
 #include "cli/commands/classes/member_text.hpp"
 #include "cli/commands/classes/page_words.hpp"
 #include "cli/output/value_text.hpp"
@@ -38,6 +41,22 @@ Json headOf(const ShownClass& shown, Language language) {
 Json listed(const ShownClass& shown, Language language) {
     Json json = headOf(shown, language);
     json["members"] = shown.members->members.size();
+    return json;
+}
+
+Json listed(const std::vector<ShownClass>& classes, Language language) {
+    Json json = Json::array();
+    for (const ShownClass& shown : classes) {
+        json.push_back(listed(shown, language));
+    }
+    return json;
+}
+
+Json listed(std::span<const EnumerationDescription> enumerations) {
+    Json json = Json::array();
+    for (const EnumerationDescription& enumeration : enumerations) {
+        json.push_back(enumerationJson(enumeration));
+    }
     return json;
 }
 
@@ -104,22 +123,12 @@ Json describe(const ShownClass& shown, const MemberDescription& member, Language
 }  // namespace
 
 Json catalogueJson(Language language) {
-    Json classes = Json::array();
-    for (const ShownClass& shown : libraryClasses()) {
-        classes.push_back(listed(shown, language));
-    }
-    Json enumerations = Json::array();
-    for (const EnumerationDescription& enumeration : publishedEnumerations()) {
-        enumerations.push_back(enumerationJson(enumeration));
-    }
-    Json platform = Json::array();
-    for (const ShownClass& shown : platformClassList()) {
-        platform.push_back(listed(shown, language));
-    }
     return {{"library", libraryJson()},
-            {"classes", std::move(classes)},
-            {"enumerations", std::move(enumerations)},
-            {"platform", std::move(platform)}};
+            {"classes", listed(libraryClasses(), language)},
+            {"enumerations", listed(publishedEnumerations())},
+            {"platform", listed(platformClassList(), language)},
+            {"objects", listed(objectClasses(), language)},
+            {"dataAccessEnumerations", listed(dataAccessEnumerations())}};
 }
 
 Json classJson(const ShownClass& shown, Language language) {

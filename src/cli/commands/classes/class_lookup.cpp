@@ -106,10 +106,12 @@ const ShownClass* findClass(std::string_view name) {
 
 const EnumerationDescription* findEnumeration(std::string_view name) {
     const std::string prefix = library().name.utf8() + ".";
-    for (const EnumerationDescription& enumeration : publishedEnumerations()) {
-        const std::string known = enumeration.name.utf8();
-        if (equalsIgnoringCase(known, name) || equalsIgnoringCase(prefix + known, name)) {
-            return &enumeration;
+    for (const auto enumerations : {publishedEnumerations(), dataAccessEnumerations()}) {
+        for (const EnumerationDescription& enumeration : enumerations) {
+            const std::string known = enumeration.name.utf8();
+            if (equalsIgnoringCase(known, name) || equalsIgnoringCase(prefix + known, name)) {
+                return &enumeration;
+            }
         }
     }
     return nullptr;
@@ -132,8 +134,10 @@ std::vector<std::string> classNames() {
 
 std::vector<std::string> enumerationNames() {
     std::vector<std::string> names;
-    for (const EnumerationDescription& enumeration : publishedEnumerations()) {
-        names.push_back(enumeration.name.utf8());
+    for (const auto enumerations : {publishedEnumerations(), dataAccessEnumerations()}) {
+        for (const EnumerationDescription& enumeration : enumerations) {
+            names.push_back(enumeration.name.utf8());
+        }
     }
     return names;
 }

@@ -78,12 +78,13 @@ std::string memberCount(const ShownClass& shown) {
     return plain::text(shown.members->members.size());
 }
 
-void printLibrary(std::ostream& out, const Terminal& terminal) {
+void printLibrary(std::ostream& out, const PageWords& words, const Terminal& terminal) {
     const LibraryDescription& about = library();
     out << terminal.styled(Style::Bold, about.name.utf8()) << "  " << about.description.utf8()
-        << ", version " << about.fileVersionText.utf8() << '\n'
-        << "type library " << about.typeLibraryId.utf8() << ", version "
-        << about.typeLibraryVersion.utf8() << "; module " << about.moduleName.utf8() << "\n\n";
+        << ", " << words.version << ' ' << about.fileVersionText.utf8() << '\n'
+        << words.typeLibrary << ' ' << about.typeLibraryId.utf8() << ", " << words.version << ' '
+        << about.typeLibraryVersion.utf8() << "; " << words.module << ' ' << about.moduleName.utf8()
+        << "\n\n";
 }
 
 std::string summaryOf(const ShownClass& shown, Language language) {
@@ -183,20 +184,42 @@ void printMemberBody(std::ostream& out, const ShownClass& shown, const MemberDes
     out << std::string(kTextIndent, ' ') << terminal.styled(Style::Dim, identifier) << '\n';
 }
 
+// The values of the library's own enumeration are documented with the class that carries it; those
+// of data access with the members that take them.
+std::string meaningOf(const EnumerationDescription::Value& value, Language language) {
+    const ClassDocumentation* carrier = documentationOf(*findClass("CConstant")->members, language);
+    const std::string documented = value.name.utf8() + " (" + plain::text(value.value) + ")";
+    const auto found =
+        std::ranges::find(carrier->itself.values, documented, &DocumentedValue::value);
+    return found == carrier->itself.values.end() ? std::string() : found->text;
+}
+
+void printDataAccessEnumerations(std::ostream& out, const PageWords& words,
+                                 const Terminal& terminal) {
+    std::string names;
+    for (const EnumerationDescription& enumeration : dataAccessEnumerations()) {
+        names += (names.empty() ? "" : ", ") + enumeration.name.utf8();
+    }
+    out << terminal.styled(Style::Bold, words.enumerations) << '\n'
+        << wrapped(names, 0, terminal.width());
+}
+
 }  // namespace
 
 void printCatalogue(std::ostream& out, Language language, const Terminal& terminal) {
     const PageWords& words = pageWords(language);
-    printLibrary(out, terminal);
+    printLibrary(out, words, terminal);
     printClasses(out, libraryClasses(), language, terminal);
     for (const EnumerationDescription& enumeration : publishedEnumerations()) {
         out << '\n';
-        printEnumeration(out, enumeration, terminal);
+        printEnumeration(out, enumeration, language, terminal);
     }
     out << '\n';
     printOthers(out, words.alsoMade, platformClassList(), language, terminal);
     out << '\n';
     printOthers(out, words.objects, objectClasses(), language, terminal);
+    out << '\n';
+    printDataAccessEnumerations(out, words, terminal);
     out << '\n' << wrapped(words.hint, 0, terminal.width());
 }
 
@@ -230,12 +253,23 @@ void printMember(std::ostream& out, const ShownClass& shown, const MemberDescrip
 }
 
 void printEnumeration(std::ostream& out, const EnumerationDescription& enumeration,
-                      const Terminal& terminal) {
-    constexpr std::size_t kValueColumn = 1;
-    Listing listing({enumeration.name.utf8(), "Value", "Meaning"});
-    for (const auto& value : enumeration.values) {
-        listing.add({value.name.utf8(), plain::text(value.value), value.summary.utf8()});
+                      Language language, const Terminal& terminal) {
+    const PageWords& words = pageWords(language);
+    const bool told = std::ranges::any_of(
+        enumeration.values, [&](const auto& value) { return !meaningOf(value, language).empty(); });
+    std::vector<std::string> titles = {enumeration.name.utf8(), std::string(words.value)};
+    if (told) {
+        titles.emplace_back(words.meaning);
     }
+    Listing listing(std::move(titles));
+    for (const auto& value : enumeration.values) {
+        std::vector<std::string> cells = {value.name.utf8(), plain::text(value.value)};
+        if (told) {
+            cells.push_back(meaningOf(value, language));
+        }
+        listing.add(std::move(cells));
+    }
+    constexpr std::size_t kValueColumn = 1;
     listing.print(out, terminal, kValueColumn);
 }
 

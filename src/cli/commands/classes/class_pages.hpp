@@ -9,7 +9,8 @@
 // The catalogue as people read it; on a terminal lines are cut between words to fit its width.
 namespace kap::cli {
 
-// The library, a line for each class, the enumerations, and what else can be made by name.
+// The library, a line for each class, its enumeration, what else can be made by name, and the names
+// of the enumerations of data access.
 void printCatalogue(std::ostream& out, Language language, const Terminal& terminal);
 
 // One class with all its members, one member of it, one enumeration with its values.
@@ -18,6 +19,6 @@ void printClass(std::ostream& out, const ShownClass& shown, Language language,
 void printMember(std::ostream& out, const ShownClass& shown, const MemberDescription& member,
                  Language language, const Terminal& terminal);
 void printEnumeration(std::ostream& out, const EnumerationDescription& enumeration,
-                      const Terminal& terminal);
+                      Language language, const Terminal& terminal);
 
 }  // namespace kap::cli

@@ -115,7 +115,7 @@ void print(const Named& named, Language language, const Terminal& terminal) {
     if (named.member != nullptr) {
         printMember(std::cout, *named.shown, *named.member, language, terminal);
     } else if (named.enumeration != nullptr) {
-        printEnumeration(std::cout, *named.enumeration, terminal);
+        printEnumeration(std::cout, *named.enumeration, language, terminal);
     } else {
         printClass(std::cout, *named.shown, language, terminal);
     }

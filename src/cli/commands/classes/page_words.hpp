@@ -10,6 +10,9 @@
 namespace kap::cli {
 
 struct PageWords {
+    std::string_view version;
+    std::string_view typeLibrary;
+    std::string_view module;
     std::string_view classTitle;
     std::string_view instancing;
     std::string_view defaultMember;
@@ -17,6 +20,7 @@ struct PageWords {
     std::string_view whatItIs;
     std::string_view alsoMade;
     std::string_view objects;
+    std::string_view enumerations;
     std::string_view none;
     std::string_view noMembers;
     std::string_view identity;
@@ -46,6 +50,9 @@ struct PageWords {
 
 inline const PageWords& pageWords(Language language) {
     static constexpr PageWords kEnglish = {
+        .version = "version",
+        .typeLibrary = "type library",
+        .module = "module",
         .classTitle = "Class",
         .instancing = "Instancing",
         .defaultMember = "Default member",
@@ -53,6 +60,7 @@ inline const PageWords& pageWords(Language language) {
         .whatItIs = "What it is",
         .alsoMade = "Also made by name",
         .objects = "What members take and give",
+        .enumerations = "Constants of data access",
         .none = "none",
         .noMembers = "It has no members.",
         .identity = "Identity",
@@ -81,6 +89,9 @@ inline const PageWords& pageWords(Language language) {
         .global = "global, creatable",
         .notCreatable = "not creatable"};
     static constexpr PageWords kItalian = {
+        .version = "versione",
+        .typeLibrary = "libreria dei tipi",
+        .module = "modulo",
         .classTitle = "Classe",
         .instancing = "Creazione",
         .defaultMember = "Predefinito",
@@ -88,6 +99,7 @@ inline const PageWords& pageWords(Language language) {
         .whatItIs = "Che cos'è",
         .alsoMade = "Creabili per nome",
         .objects = "Oggetti che i membri ricevono e restituiscono",
+        .enumerations = "Costanti dell'accesso ai dati",
         .none = "nessuno",
         .noMembers = "Non ha membri.",
         .identity = "Identità",
