@@ -35,6 +35,7 @@ std::optional<Value> atScaleOf(const BoundExpression& value, int scale) {
 
 std::optional<Value> converted(const BoundExpression& value, const tsql::TypeSpec& type,
                                Overlength overlength) {
+    if (value.type == type) return *value.constant();
     if (conversionRule(value.type.type, type.type) != ConversionRule::Implicit) return std::nullopt;
     return convert(*value.constant(), value.type, type, overlength, 0);
 }

@@ -1,5 +1,10 @@
 #include <algorithm>
+#include <charconv>
+#include <cstdint>
 #include <limits>
+#include <optional>
+#include <string_view>
+#include <system_error>
 #include <utility>
 
 #include <kaputil/automation/plain_text.hpp>
@@ -29,7 +34,19 @@ namespace {
 constexpr int kMaxLiteralDigits = 38;
 
 // 12 is an int, 3000000000 a decimal; 1.50 is decimal(3,2).
+// A whole number that is an int whatever its digits are; nullopt for one that may be longer.
+std::optional<BoundExpression> shortLiteral(std::string_view digits) {
+    if (digits.size() > std::numeric_limits<std::int32_t>::digits10) return std::nullopt;
+    std::int64_t value = 0;
+    const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), value);
+    if (error != std::errc{} || end != digits.data() + digits.size()) return std::nullopt;
+    return BoundExpression::literal(value, {SqlType::Int});
+}
+
 BoundExpression exactLiteral(const std::string& text, bool whole, int line) {
+    if (whole) {
+        if (auto literal = shortLiteral(text)) return *std::move(literal);
+    }
     const auto number = parseScaled(text);
     int digits = 1;
     for (Wide rest = number ? number->value / 10 : Wide{0}; rest != 0; rest = rest / 10)
