@@ -177,6 +177,7 @@ std::vector<ado::ColumnDefinition> columnsOf(ado::Connection& connection,
     columns.reserve(static_cast<std::size_t>(fields->Count()));
     for (std::int32_t i = 0; i < fields->Count(); ++i) {
         columns.push_back(columnOf(*fields->Item(i)));
+        columns.back().type = dialect.keptAs(columns.back().type);
     }
     const auto facts = opened(connection, dialect.columns(table));
     for (; !facts->Eof(); facts->MoveNext()) {

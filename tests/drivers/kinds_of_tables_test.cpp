@@ -111,6 +111,46 @@ row NERI
                    u"SELECT * FROM #prova");
 }
 
+// Some servers tell nothing of temporary tables: their rows are found by all that was read. They
+// are asked again, for the table may have been made meanwhile.
+TEST(ReplayedKindsOfTables, ATemporaryTableIsWrittenOfWhichTheServerTellsNothing) {
+    const std::string written = R"(
+columns id int, nome nvarchar(20)
+row 1 | Rossi
+facts #prova
+> !autocommit off
+> UPDATE "#prova" SET "nome" = ? OUTPUT inserted."nome" WHERE "id" = ? AND "nome" = ? AND
+  "nome" = ?
+? nvarchar Neri
+? int 1
+? nvarchar Rossi
+? nvarchar Rossi
+columns nome nvarchar(20)
+row NERI
+> !commit
+> !autocommit on
+)";
+    for (const char* query :
+         {"SELECT * FROM #prova", "SELECT id, nome FROM #prova", "SELECT p.* FROM #prova p"}) {
+        changesTheName("facts #prova\n> " + std::string(query) + written,
+                       String(query).units().c_str());
+    }
+}
+
+// A star beside other things: only what the table has is known by its names.
+TEST(ReplayedKindsOfTables, AnExpressionIsNoColumnOfATableThatIsNotToldOf) {
+    test::Replay replay(R"(
+facts #prova
+> SELECT id + 1 AS dopo, p.* FROM #prova p
+columns dopo int, id int, nome nvarchar(20)
+row 2 | 1 | Rossi
+)");
+    const auto connection = replay.open();
+    const auto rows = test::openLive(connection, u"SELECT id + 1 AS dopo, p.* FROM #prova p");
+    EXPECT_NE(raisedBy([&] { rows->Fields()->Item(0)->setValue(5); }), 0);
+    EXPECT_EQ(raisedBy([&] { rows->Fields()->Item(2)->setValue(u"Neri"); }), 0);
+}
+
 // What the catalogue writes otherwise than the query is known by its own name.
 TEST(ReplayedKindsOfTables, NamesInAnotherCaseAreThoseOfTheTable) {
     changesTheName(R"(

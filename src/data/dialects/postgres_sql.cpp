@@ -40,6 +40,9 @@ public:
     }
     // Parameters must be of exactly the type that they are stored as. Texts are cast to no length,
     // for that would cut them.
+    [[nodiscard]] DataTypeEnum keptAs(DataTypeEnum announced) const override {
+        return announced == adLongVarChar ? adLongVarWChar : announced;  // every text is Unicode
+    }
     [[nodiscard]] std::string mark(const ColumnDefinition& column) const override {
         const std::string type = plainType(column);
         const bool text = type.starts_with("varchar") || type.starts_with("char");

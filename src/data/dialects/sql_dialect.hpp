@@ -57,6 +57,8 @@ public:
     [[nodiscard]] ObjectName nameFor(const ObjectName& object) const;
     // With what makes it an identity.
     [[nodiscard]] virtual std::string typeFor(const ColumnDefinition& column) const = 0;
+    // What a column that is announced so has to become elsewhere, for nothing to be lost.
+    [[nodiscard]] virtual DataTypeEnum keptAs(DataTypeEnum announced) const { return announced; }
     // The column in a query for its values: as it is, or as text where the library would cut them.
     [[nodiscard]] virtual std::string selected(const ColumnDefinition& column) const;
     // A parameter that is stored in the column, as a statement writes it.

@@ -133,8 +133,12 @@ bool isRowVersion(const AnnouncedType& type, DataTypeEnum code) {
 
 }  // namespace
 
-void describeType(const AnnouncedType& type, SQLULEN inventedSize, ColumnInfo& info) {
+void describeType(const AnnouncedType& type, SQLULEN inventedSize, DataTypeEnum longText,
+                  ColumnInfo& info) {
     info.type = typeOf(type, inventedSize);
+    if (info.type == adLongVarWChar) {
+        info.type = longText;
+    }
     info.rowVersion = isRowVersion(type, info.type);
     if (info.rowVersion) {
         info.type = adBinary;

@@ -20,6 +20,8 @@ struct AnnouncedType {
 
 // Fills in the type, sizes and row version of a column.
 // `inventedSize`: what texts without a limit are announced with; 0: they are told apart.
-void describeType(const AnnouncedType& type, SQLULEN inventedSize, ColumnInfo& info);
+// `longText`: what those are that are announced as wide ones.
+void describeType(const AnnouncedType& type, SQLULEN inventedSize, DataTypeEnum longText,
+                  ColumnInfo& info);
 
 }  // namespace kap::ado::odbc

@@ -91,6 +91,9 @@ public:
     [[nodiscard]] const SqlDialect& sql() const override { return postgresSql(); }
 
     [[nodiscard]] SQLULEN inventedSize() const override { return 255; }
+    // Programs that come from a database with narrow and wide texts know long ones as narrow: a
+    // missing record has an empty text there, and not one of a wide one's width.
+    [[nodiscard]] DataTypeEnum longText() const override { return DataTypeEnum::adLongVarChar; }
 
     [[nodiscard]] std::string said(const std::string& text, bool isQuery) const override {
         try {

@@ -136,7 +136,7 @@ ColumnInfo ResultColumns::describeOne(SQLHSTMT statement, SQLUSMALLINT number,
     type.decimals = announced.decimals;
     type.name = textAttribute(statement, number, SQL_DESC_TYPE_NAME);
     type.bytes = numberAttribute(statement, number, SQL_DESC_OCTET_LENGTH);
-    describeType(type, connection_.dialect().inventedSize(), info);
+    connection_.dialect().describe(type, info);
     const std::string table = textAttribute(statement, number, SQL_DESC_BASE_TABLE_NAME);
     const std::string column = textAttribute(statement, number, SQL_DESC_BASE_COLUMN_NAME);
     if (!table.empty() && !column.empty()) {
@@ -149,11 +149,26 @@ ColumnInfo ResultColumns::describeOne(SQLHSTMT statement, SQLUSMALLINT number,
 }
 
 // Goes through the items of the query, stars replaced by their tables' columns, beside the columns
-// of the result; when these are not as many, the query has not been understood.
+// of the result; when these are not as many, the query has not been understood. Of some tables, as
+// temporary ones, servers tell nothing: the columns of a query of one such table are its own, by
+// their names.
 void ResultColumns::takeFromQuery(const QueryAnalysis& query, std::vector<ColumnInfo>& columns) {
     std::vector<Origin> origins;
+    const auto isUntold = [&](const QueryTable& table) {
+        const TableFacts* facts = catalogue_.known(nameOf(table));
+        return query.tables.size() == 1 && (facts == nullptr || facts->columns.empty());
+    };
+    const auto addUntold = [&](const QueryTable& table) {
+        const std::size_t others = query.items.size() - 1;
+        const std::size_t end = origins.size() + columns.size() - std::min(others, columns.size());
+        for (std::size_t i = origins.size(); i < std::min(end, columns.size()); ++i) {
+            origins.push_back({&table, columns[i].name});
+        }
+    };
     const auto addTable = [&](const QueryTable& table) {
-        if (const TableFacts* facts = catalogue_.known(nameOf(table))) {
+        if (isUntold(table)) {
+            addUntold(table);
+        } else if (const TableFacts* facts = catalogue_.known(nameOf(table))) {
             for (const TableFacts::Column& column : facts->columns) {
                 origins.push_back({&table, column.name});
             }
@@ -168,7 +183,8 @@ void ResultColumns::takeFromQuery(const QueryAnalysis& query, std::vector<Column
         } else if (item.kind == QueryItem::Kind::Column) {
             for (const QueryTable& each : query.tables) {
                 const TableFacts* facts = catalogue_.known(nameOf(each));
-                const bool here = facts != nullptr && facts->find(item.column) != nullptr;
+                const bool here =
+                    isUntold(each) || (facts != nullptr && facts->find(item.column) != nullptr);
                 if (table == nullptr && item.qualifier.empty() && here) {
                     table = &each;
                 }
@@ -229,7 +245,7 @@ void ResultColumns::takeFromCatalogue(std::vector<ColumnInfo>& columns,
             column.generated = fact->generated;
             column.key = whole && std::ranges::find(facts->key, fact->name) != facts->key.end();
             ColumnInfo stored;
-            describeType(fact->type, connection_.dialect().inventedSize(), stored);
+            connection_.dialect().describe(fact->type, stored);
             if (stored.rowVersion) {
                 column.type = stored.type;
                 column.rowVersion = true;

@@ -204,7 +204,7 @@ private:
         const std::string defaultValue = found.text(13);
         const std::int64_t ordinal = found.number(17).value_or(0);
         ColumnInfo info;
-        describeType(type, connection_.dialect().inventedSize(), info);
+        connection_.dialect().describe(type, info);
         cells.emplace_back("ORDINAL_POSITION", schemaNumber(ordinal));
         cells.emplace_back("COLUMN_HASDEFAULT", schemaFlag(!defaultValue.empty()));
         cells.emplace_back("COLUMN_DEFAULT", schemaText(defaultValue));
@@ -293,7 +293,7 @@ private:
         const std::int64_t money = found.number(11).value_or(0);
         const std::int64_t automatic = found.number(12).value_or(0);
         ColumnInfo info;
-        describeType(type, 0, info);
+        describeType(type, 0, connection_.dialect().longText(), info);
         return {{"TYPE_NAME", schemaText(type.name)},
                 {"DATA_TYPE", schemaNumber(static_cast<std::int64_t>(schemaType(info.type)))},
                 {"COLUMN_SIZE", schemaNumber(static_cast<std::int64_t>(type.size))},

@@ -30,6 +30,10 @@ std::unique_ptr<const ServerDialect> dialectOf(DriverTraits driver) {
     return std::make_unique<PlainDialect>(std::move(driver));
 }
 
+void ServerDialect::describe(const AnnouncedType& type, ColumnInfo& info) const {
+    describeType(type, inventedSize(), longText(), info);
+}
+
 // Signs of more than one letter have no way to stand in a name.
 std::string ServerDialect::quoted(std::string_view name) const {
     const std::string& quote = driver_.quote;

@@ -76,8 +76,12 @@ public:
     // A name as the catalogue has it that a text writes without quotes.
     [[nodiscard]] std::string folded(std::string_view name) const;
 
+    // Fills in the type, sizes and row version of a column.
+    void describe(const AnnouncedType& type, ColumnInfo& info) const;
     // What texts without a limit are announced with; 0: they are told apart.
     [[nodiscard]] virtual SQLULEN inventedSize() const { return 0; }
+    // The type of texts without a limit that are announced as wide ones.
+    [[nodiscard]] virtual DataTypeEnum longText() const { return DataTypeEnum::adLongVarWChar; }
     // Whether parameters of a procedure are known by their names.
     [[nodiscard]] virtual bool namesParameters() const { return false; }
 
