@@ -21,15 +21,11 @@ namespace {
 
 using sql::Expression;
 
-Expression equal(Expression left, Expression right) {
-    return sql::Binary{sql::BinaryOperator::Equal, std::move(left), std::move(right)};
-}
-
 std::vector<Expression> conditions(int count) {
     std::vector<Expression> result;
     result.reserve(static_cast<std::size_t>(count));
     for (int i = 0; i < count; ++i)
-        result.push_back(equal(sql::column("a"), sql::number(i)));
+        result.push_back(sql::equal(sql::column("a"), sql::number(i)));
     return result;
 }
 
@@ -51,7 +47,7 @@ int depthOf(const std::string& text) {
 
 TEST(ExpressionTree, IsEqualToOneOfTheSameShape) {
     const auto make = [](std::int64_t number) {
-        return sql::call(fn::kUpper, equal(sql::column("t", "a"), sql::number(number)));
+        return sql::call(fn::kUpper, sql::equal(sql::column("t", "a"), sql::number(number)));
     };
     EXPECT_EQ(make(1), make(1));
     EXPECT_NE(make(1), make(2));

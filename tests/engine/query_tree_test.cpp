@@ -65,7 +65,7 @@ TEST(QueryWriter, ReadsTheRowsOfAQueryWithinBrackets) {
     sql::Compound inner;
     inner.terms.push_back({sql::SetOperator::Union, selectColumn("a")});
     inner.terms.push_back({sql::SetOperator::UnionAll, selectColumn("b")});
-    sql::Select outer = sql::allOf(sql::from(sql::Derived{sql::Query{std::move(inner)}}));
+    sql::Select outer = sql::allColumns(sql::from(sql::Derived{sql::Query{std::move(inner)}}));
     outer.where = above("a", 1);
     EXPECT_EQ(sqlOf(sql::Query{outer}),
               "SELECT * FROM (SELECT \"a\" UNION ALL SELECT \"b\") WHERE (\"a\" > 1)");
@@ -105,7 +105,7 @@ TEST(QueryWriter, WritesEveryKindOfSource) {
 }
 
 TEST(QueryWriter, DefinesCommonTablesBeforeTheQuery) {
-    sql::Query query{sql::allOf(table("b"))};
+    sql::Query query{sql::allColumns(table("b"))};
     query.with = {{"a", {"c1", "c2"}, rowsOf("t")}, {"b", {"c1"}, rowsOf("a")}};
     EXPECT_EQ(
         sqlOf(query),
@@ -125,6 +125,45 @@ TEST(QueryWriter, QuotesAQueryThatAFunctionRuns) {
     EXPECT_EQ(sqlOf(text), "'SELECT ''it''''s'' FROM \"t\"'");
 }
 
+TEST(WriteWriter, InsertsRowsOfValuesOrOfAQuery) {
+    sql::Values values{{{sql::number(1)}, {sql::text("x")}}};
+    sql::Insert insert{{sql::Database::Main, "t"}, {"a"}, sql::Query{std::move(values)}};
+    EXPECT_EQ(sqlOf(sql::Write{insert}), "INSERT INTO main.\"t\" (\"a\") VALUES (1), ('x')");
+    insert.columns = {"a", "b\"c"};
+    insert.rows = sql::Query{sql::allColumns(table("u"))};
+    insert.ignored = {"(\"a\")", "(\"b\") WHERE 1"};
+    EXPECT_EQ(
+        sqlOf(sql::Write{insert}),
+        "INSERT INTO main.\"t\" (\"a\", \"b\"\"c\") SELECT * FROM \"u\" ON CONFLICT (\"a\") DO "
+        "NOTHING ON CONFLICT (\"b\") WHERE 1 DO NOTHING");
+}
+
+TEST(WriteWriter, InsertsDefaults) {
+    const sql::Insert insert{{sql::Database::Temporary, "#t"}, {}, sql::DefaultValues()};
+    EXPECT_EQ(sqlOf(sql::Write{insert}), "INSERT INTO temp.\"#t\" DEFAULT VALUES");
+}
+
+TEST(WriteWriter, UpdatesATableAloneOrBesideOthers) {
+    sql::Update update{{sql::Database::Main, "t", "x"}, {{"a", sql::number(1)}}};
+    EXPECT_EQ(sqlOf(sql::Write{update}), "UPDATE main.\"t\" AS \"x\" SET \"a\" = 1");
+    update.assignments.push_back({"b", sql::column("u", "c")});
+    update.from = table("u");
+    update.where = above("a", 2);
+    EXPECT_EQ(
+        sqlOf(sql::Write{update}),
+        "UPDATE main.\"t\" AS \"x\" SET \"a\" = 1, \"b\" = \"u\".\"c\" FROM \"u\" WHERE (\"a\" "
+        "> 2)");
+}
+
+TEST(WriteWriter, DeletesAndDefinesCommonTablesBefore) {
+    sql::Write write{sql::Delete{{sql::Database::Main, "t"}}};
+    EXPECT_EQ(sqlOf(write), "DELETE FROM main.\"t\"");
+    write = {sql::Delete{{sql::Database::Main, "t"}, above("a", 1)}, {{"b", {"c1"}, rowsOf("u")}}};
+    EXPECT_EQ(sqlOf(write),
+              "WITH RECURSIVE \"b\" (\"c1\") AS (SELECT \"a\" FROM \"u\") DELETE FROM main.\"t\" "
+              "WHERE (\"a\" > 1)");
+}
+
 TEST(QueryTree, IsEqualToOneThatIsWrittenAlike) {
     EXPECT_EQ(rowsOf("t"), rowsOf("t"));
     EXPECT_NE(rowsOf("t"), rowsOf("u"));
@@ -133,7 +172,7 @@ TEST(QueryTree, IsEqualToOneThatIsWrittenAlike) {
               sql::Expression(sql::Subquery{rowsOf("t")}));
     sql::From joined = table("t");
     sql::join(joined, sql::JoinOperator::Cross, table("u"));
-    EXPECT_NE(sql::QueryTree(sql::allOf(joined)), sql::QueryTree(sql::allOf(table("t"))));
+    EXPECT_NE(sql::QueryTree(sql::allColumns(joined)), sql::QueryTree(sql::allColumns(table("t"))));
 }
 
 }  // namespace

@@ -30,7 +30,7 @@ sql::SetOperator operatorOf(SetOperator op) {
 }
 
 sql::Select allOfQuery(sql::QueryTree query) {
-    return sql::allOf(sql::from(sql::Derived{std::move(query)}));
+    return sql::allColumns(sql::from(sql::Derived{std::move(query)}));
 }
 
 // SQLite compares rows in the order that the first term's columns have.

@@ -2,8 +2,6 @@
 
 #include <kaputil/automation/plain_text.hpp>
 
-#include "engine/sqlite/sql_writer.hpp"
-
 namespace kap::engine {
 
 namespace {
@@ -62,10 +60,6 @@ sql::Item numberedItem(sql::Expression value, std::size_t index) {
     return {std::move(value), nameAt(index)};
 }
 
-std::string numberedName(std::size_t index) {
-    return "\"" + nameAt(index) + "\"";
-}
-
 std::vector<std::string> numberedNames(std::size_t count) {
     std::vector<std::string> names;
     names.reserve(count);
@@ -85,13 +79,6 @@ sql::Expression numberedColumn(const std::string& source, std::size_t index) {
 sql::Expression rowCount(sql::QueryTree query) {
     return sql::Subquery{
         sql::one(sql::call(fn::kCount, sql::Star()), sql::from(sql::Derived{std::move(query)}))};
-}
-
-void appendItem(std::string& list, const sql::Expression& value, std::size_t index) {
-    if (index > 0) list += ", ";
-    appendSql(list, value);
-    list += " AS ";
-    list += numberedName(index);
 }
 
 }  // namespace kap::engine

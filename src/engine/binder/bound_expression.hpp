@@ -81,18 +81,13 @@ struct BoundExpression {
 
 // A value as the column of a query that is read by its place from 0.
 [[nodiscard]] sql::Item numberedItem(sql::Expression value, std::size_t index);
-// The name of a query's column by its place from 0, between quotes: "c1", "c2"...
-[[nodiscard]] std::string numberedName(std::size_t index);
-// The names of the first columns of a query, without quotes.
+// The names of a query's first columns by their places: c1, c2...
 [[nodiscard]] std::vector<std::string> numberedNames(std::size_t count);
-// The same column as an expression; of a source, or of the only one there is.
+// Such a column by its place from 0, as an expression; of a source, or of the only one there is.
 [[nodiscard]] sql::Expression numberedColumn(std::size_t index);
 [[nodiscard]] sql::Expression numberedColumn(const std::string& source, std::size_t index);
 
 // How many rows a query has.
 [[nodiscard]] sql::Expression rowCount(sql::QueryTree query);
-
-// Appends an item to the text of a select list under that name: a AS "c1", b AS "c2"...
-void appendItem(std::string& list, const sql::Expression& value, std::size_t index);
 
 }  // namespace kap::engine

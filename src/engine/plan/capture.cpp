@@ -12,6 +12,7 @@ namespace kap::engine {
 namespace {
 
 // Numbers the caught rows, the same before and after an update.
+constexpr const char* kRowName = "kap row";
 constexpr const char* kRowColumn = "\"kap row\"";
 // The number of the row in its table.
 constexpr const char* kTargetColumn = "\"kap target\"";
@@ -67,8 +68,8 @@ const Table& outputTarget(const tsql::ObjectName& name, const Binder& binder) {
 }
 
 // Rows of OUTPUT INTO are brought to the columns of their table.
-std::string insertOutput(const tsql::OutputClause& output, const std::vector<OutputColumn>& items,
-                         const std::string& rows, Binder& binder) {
+sql::Insert insertOutput(const tsql::OutputClause& output, const std::vector<OutputColumn>& items,
+                         sql::Select rows, Binder& binder) {
     const Table& target = outputTarget(*output.into, binder);
     std::vector<const Column*> columns;
     for (const std::string& name : output.columns) {
@@ -86,21 +87,21 @@ std::string insertOutput(const tsql::OutputClause& output, const std::vector<Out
     if (columns.size() != items.size()) {
         throw tsql::ServerError(tsql::Message::ValuesDoNotMatchTable, {}, output.into->line);
     }
-    std::string names;
-    std::string values;
+    sql::Insert insert{tableName(target)};
+    sql::Select values;
     for (std::size_t i = 0; i < columns.size(); ++i) {
         const BoundExpression value = items[i].value.readBy(numberedColumn(i));
-        names += (i == 0 ? "" : ", ") + sqlName(columns[i]->name);
-        if (i > 0) values += ", ";
-        appendSql(values, binder.stored(value, columns[i]->type, output.into->line));
+        insert.columns.push_back(columns[i]->name);
+        values.items.push_back({binder.stored(value, columns[i]->type, output.into->line)});
     }
     for (const Column& column : target.columns) {
         if (!column.identity) continue;
-        names += ", " + sqlName(column.name);
-        values += ", " + sqlOf(identityCall(target.name));
+        insert.columns.push_back(column.name);
+        values.items.push_back({identityCall(target.name)});
     }
-    return "INSERT INTO " + tableSql(target.name, target.temporary) + " (" + names + ") SELECT " +
-           values + " FROM (" + rows + ")";
+    values.from = sql::from(sql::Derived{std::move(rows)});
+    insert.rows = sql::Query{std::move(values)};
+    return insert;
 }
 
 }  // namespace
@@ -158,20 +159,24 @@ std::optional<Capture> captureFor(const Table& table, tsql::TriggerEvents event,
     const Table inserted = capturedRows(table, RowState::Inserted);
     const Table deleted = capturedRows(table, RowState::Deleted);
     Scope scope;
-    std::string from;
+    sql::Select rows;
     if (event != tsql::kOnDelete) {
         scope.sources.push_back(Binder::tableSource(inserted, "inserted"));
-        from = tableText(table, RowState::Inserted) + " AS \"inserted\"";
+        rows.from = sql::from(tableName(inserted, "inserted"));
     }
     if (event != tsql::kOnInsert) {
         scope.sources.push_back(Binder::tableSource(deleted, "deleted"));
-        from += (from.empty() ? "" : " JOIN ") + tableText(table, RowState::Deleted) +
-                " AS \"deleted\"";
-        if (event == tsql::kOnUpdate) from += std::string(" USING (") + kRowColumn + ")";
+        sql::Expression same;
+        if (event == tsql::kOnUpdate) {
+            same = sql::equal(sql::column("inserted", kRowName), sql::column("deleted", kRowName));
+        }
+        sql::join(rows.from, sql::JoinOperator::Inner, sql::from(tableName(deleted, "deleted")),
+                  std::move(same));
     }
+    rows.order.push_back({sql::column(scope.sources.front().name, kRowName)});
     for (Source& source : scope.sources)
         showThroughView(source, table, binder);
-    (void)addOutput(capture, *output, table, scope, from + " ORDER BY " + kRowColumn, binder);
+    (void)addOutput(capture, *output, table, scope, std::move(rows), binder);
     return capture;
 }
 
@@ -188,18 +193,18 @@ void showThroughView(Source& source, const Table& table, const Binder& binder) {
 }
 
 std::vector<OutputColumn> addOutput(Capture& capture, const tsql::OutputClause& output,
-                                    const Table& table, Scope& scope, const std::string& from,
+                                    const Table& table, Scope& scope, sql::Select rows,
                                     Binder& binder) {
     if (capture.forTriggers && !output.into) {
         throw tsql::ServerError(tsql::Message::OutputOfTableWithTriggers, {table.shown()});
     }
     std::vector<OutputColumn> items = binder.itemValues(output.items, scope);
-    std::string list;
     for (std::size_t i = 0; i < items.size(); ++i)
-        appendItem(list, items[i].value.tree, i);
-    const std::string rows = "SELECT " + list + " FROM " + from;
+        rows.items.push_back(numberedItem(items[i].value.tree, i));
     capture.outputInto = output.into.has_value();
-    capture.outputSql = capture.outputInto ? insertOutput(output, items, rows, binder) : rows;
+    capture.outputSql =
+        capture.outputInto ? sqlOf(sql::Write{insertOutput(output, items, std::move(rows), binder)})
+                           : sqlOf(sql::Query{std::move(rows)});
     for (const OutputColumn& item : items) {
         ResultColumn column;
         column.name = item.name;

@@ -40,11 +40,12 @@ struct CaptureNames {
 // gives them.
 void showThroughView(Source& source, const Table& table, const Binder& binder);
 
-// Lets OUTPUT answer rows of the written table: `from` brings them, with what stands in `scope`.
+// Lets OUTPUT answer rows of the written table: `rows`, which has no columns yet, brings them, with
+// what stands in `scope`.
 // Answers the columns. Errors 334 for one whose triggers would fire, 330 to 333 for an INTO that
 // cannot take them.
 std::vector<OutputColumn> addOutput(Capture& capture, const tsql::OutputClause& output,
-                                    const Table& table, Scope& scope, const std::string& from,
+                                    const Table& table, Scope& scope, sql::Select rows,
                                     Binder& binder);
 
 }  // namespace kap::engine

@@ -13,41 +13,52 @@ namespace kap::engine {
 
 namespace {
 
-std::string nextName(const char* what) {
+sql::TableName nextTable(const char* what) {
     static std::atomic<std::int64_t> last{0};
-    return "temp." + sqlName(std::string("kap merge ") + what + " " + plain::text(++last));
+    return {sql::Database::Temporary, std::string("kap merge ") + what + " " + plain::text(++last)};
 }
+
+constexpr const char* kFound = "found";
+constexpr const char* kDoneRows = "done";
+constexpr const char* kRow = "row";
+constexpr const char* kTargetRow = "target row";
+constexpr const char* kAction = "action";
 
 // ", "c1", "c2"": so many columns, each after a comma.
 std::string foundColumns(const char* prefix, std::size_t count) {
     std::string list;
     for (std::size_t i = 0; i < count; ++i)
-        list += ", " + foundColumn(prefix, i);
+        list += ", " + sqlName(foundName(prefix, i));
     return list;
 }
 
-std::string nulls(std::size_t count) {
-    std::string list;
+void addNames(std::vector<std::string>& names, const char* prefix, std::size_t count) {
     for (std::size_t i = 0; i < count; ++i)
-        list += ", NULL";
-    return list;
+        names.push_back(foundName(prefix, i));
 }
 
-std::string tableColumns(const Table& table, const char* row) {
-    std::string list;
+void addNulls(std::vector<sql::Item>& items, std::size_t count) {
+    items.insert(items.end(), count, sql::Item{sql::null()});
+}
+
+void addColumns(std::vector<sql::Item>& items, const Table& table, const char* source) {
     for (const Column& column : table.columns)
-        list += ", " + std::string(row) + "." + sqlName(column.name);
-    return list;
+        items.push_back({sql::column(source, column.name)});
 }
 
-const char* nameOfEvent(std::uint8_t event) {
-    return event == tsql::kOnInsert   ? "'INSERT'"
-           : event == tsql::kOnUpdate ? "'UPDATE'"
-                                      : "'DELETE'";
+sql::Expression nameOfEvent(std::uint8_t event) {
+    return sql::text(event == tsql::kOnInsert   ? "INSERT"
+                     : event == tsql::kOnUpdate ? "UPDATE"
+                                                : "DELETE");
 }
 
-std::string capturedTable(const Table& table, RowState state) {
-    return "temp." + sqlName(capturedRows(table, state).name);
+// Rows with their numbers in an order, for tables that are joined row by row.
+sql::Select numberedBy(const char* order, sql::Expression column, const sql::TableName& table) {
+    sql::Window window;
+    window.order.push_back({sql::column(order)});
+    sql::Select rows = sql::one(std::move(column), sql::from(table));
+    rows.items.push_back({sql::Over{sql::call(fn::kRowNumber), std::move(window)}, "kap number"});
+    return rows;
 }
 
 }  // namespace
@@ -56,33 +67,25 @@ std::string foundName(const char* prefix, std::size_t index) {
     return prefix + plain::text(static_cast<std::int64_t>(index) + 1);
 }
 
-std::string foundColumn(const char* prefix, std::size_t index) {
-    return sqlName(foundName(prefix, index));
-}
-
 sql::Expression foundValue(std::size_t index) {
-    return sql::column("found", foundName("s", index));
-}
-
-std::string chosenBy(std::size_t action) {
-    return "\"action\" = " + plain::text(static_cast<std::int64_t>(action));
+    return sql::column(kFound, foundName("s", index));
 }
 
 FoundRows::FoundRows(const Table& target)
-    : target_(target), found_(nextName("found")), done_(nextName("done")) {}
+    : target_(target), found_(nextTable(kFound)), done_(nextTable(kDoneRows)) {}
 
 void FoundRows::makeTables(MergePlan& plan, std::size_t values, std::size_t sourceColumns,
                            bool kept) const {
-    plan.make.push_back("CREATE TABLE " + found_ +
+    plan.make.push_back("CREATE TABLE " + tableSql(found_.name, true) +
                         " (\"row\" INTEGER PRIMARY KEY, \"target row\", \"action\"" +
                         foundColumns("c", values) + foundColumns("s", sourceColumns) + ")");
-    plan.remove.push_back("DROP TABLE " + found_);
+    plan.remove.push_back("DROP TABLE " + tableSql(found_.name, true));
     if (!kept) return;
     const std::size_t count = target_.columns.size();
-    plan.make.push_back("CREATE TABLE " + done_ +
+    plan.make.push_back("CREATE TABLE " + tableSql(done_.name, true) +
                         " (\"row\" INTEGER PRIMARY KEY, \"action\", \"found row\"" +
                         foundColumns("i", count) + foundColumns("d", count) + ")");
-    plan.remove.push_back("DROP TABLE " + done_);
+    plan.remove.push_back("DROP TABLE " + tableSql(done_.name, true));
 }
 
 std::vector<sql::Item> FoundRows::foundItems(sql::Expression rowNumber, std::size_t action,
@@ -99,69 +102,102 @@ std::vector<sql::Item> FoundRows::foundItems(sql::Expression rowNumber, std::siz
     return items;
 }
 
-std::string FoundRows::findText(std::size_t values, std::size_t sourceColumns,
-                                sql::Select rows) const {
-    return "INSERT INTO " + found_ + " (\"target row\", \"action\"" + foundColumns("c", values) +
-           foundColumns("s", sourceColumns) + ") " + sqlOf(sql::Query{std::move(rows)});
+sql::Insert FoundRows::find(std::size_t values, std::size_t sourceColumns, sql::Select rows) const {
+    sql::Insert insert{found_, {kTargetRow, kAction}, sql::Query{std::move(rows)}};
+    addNames(insert.columns, "c", values);
+    addNames(insert.columns, "s", sourceColumns);
+    return insert;
 }
 
-std::string FoundRows::keepText(std::uint8_t event, const std::string& chosen) const {
-    const std::string inserted = capturedTable(target_, RowState::Inserted);
-    const std::string deleted = capturedTable(target_, RowState::Deleted);
+sql::Expression FoundRows::isChosen(std::size_t action, const char* source) {
+    return sql::equal(sql::column(source, kAction), sql::number(static_cast<std::int64_t>(action)));
+}
+
+sql::Delete FoundRows::keepFirst() const {
+    sql::Select first = sql::one(sql::call(fn::kMin, sql::column(kRow)), sql::from(found_));
+    first.groups = {sql::column(kTargetRow)};
+    return {found_, sql::Chain{sql::ChainOperator::Or,
+                               {sql::isNull(sql::column(kTargetRow)),
+                                sql::InQuery{sql::column(kRow), std::move(first), true}}}};
+}
+
+sql::Insert FoundRows::keep(std::uint8_t event, std::size_t action) const {
+    constexpr const char* kNew = "new";
+    constexpr const char* kOld = "old";
+    const sql::TableName inserted = tableName(capturedRows(target_, RowState::Inserted));
     const std::size_t count = target_.columns.size();
-    std::string text = "INSERT INTO " + done_ + " (\"action\", \"found row\"" +
-                       foundColumns("i", count) + foundColumns("d", count) + ") SELECT " +
-                       nameOfEvent(event) + ", \"found\".\"row\"";
+    sql::Insert insert{done_, {kAction, "found row"}};
+    addNames(insert.columns, "i", count);
+    addNames(insert.columns, "d", count);
+    sql::Select rows;
+    rows.items.push_back({nameOfEvent(event)});
+    rows.items.push_back({sql::column(kFound, kRow)});
+    rows.order.push_back({sql::column(kFound, kRow)});
     if (event == tsql::kOnInsert) {
-        return text + tableColumns(target_, "\"new\"") + nulls(count) +
-               " FROM (SELECT *, row_number() OVER (ORDER BY \"kap row\") AS \"kap number\" FROM " +
-               inserted +
-               ") AS \"new\" JOIN (SELECT \"row\", row_number() OVER (ORDER BY \"row\") AS \"kap "
-               "number\" FROM " +
-               found_ + " WHERE " + chosen +
-               ") AS \"found\" ON \"new\".\"kap number\" = \"found\".\"kap number\" ORDER BY "
-               "\"found\".\"row\"";
+        addColumns(rows.items, target_, kNew);
+        addNulls(rows.items, count);
+        sql::Select numbered = numberedBy(kRow, sql::column(kRow), found_);
+        numbered.where = isChosen(action);
+        rows.from = sql::from(sql::Derived{numberedBy("kap row", sql::Star(), inserted), kNew});
+        sql::join(rows.from, sql::JoinOperator::Inner,
+                  sql::from(sql::Derived{std::move(numbered), kFound}),
+                  sql::equal(sql::column(kNew, "kap number"), sql::column(kFound, "kap number")));
+    } else {
+        const bool changed = event == tsql::kOnUpdate;
+        if (changed) addColumns(rows.items, target_, kNew);
+        if (!changed) addNulls(rows.items, count);
+        addColumns(rows.items, target_, kOld);
+        rows.from = sql::from(sql::TableName{found_.database, found_.name, kFound});
+        sql::join(rows.from, sql::JoinOperator::Inner,
+                  sql::from(tableName(capturedRows(target_, RowState::Deleted), kOld)),
+                  sql::equal(sql::column(kOld, "kap target"), sql::column(kFound, kTargetRow)));
+        if (changed) {
+            sql::join(rows.from, sql::JoinOperator::Inner,
+                      sql::from(tableName(capturedRows(target_, RowState::Inserted), kNew)),
+                      sql::equal(sql::column(kNew, "kap row"), sql::column(kOld, "kap row")));
+        }
+        rows.where = isChosen(action, kFound);
     }
-    const bool update = event == tsql::kOnUpdate;
-    text += update ? tableColumns(target_, "\"new\"") : nulls(count);
-    text += tableColumns(target_, "\"old\"") + " FROM " + found_ + " AS \"found\" JOIN " + deleted +
-            " AS \"old\" ON \"old\".\"kap target\" = \"found\".\"target row\"";
-    if (update) {
-        text += " JOIN " + inserted + " AS \"new\" ON \"new\".\"kap row\" = \"old\".\"kap row\"";
-    }
-    return text + " WHERE \"found\"." + chosen + " ORDER BY \"found\".\"row\"";
+    insert.rows = sql::Query{std::move(rows)};
+    return insert;
 }
 
 void FoundRows::refill(MergePlan& plan) const {
     for (const RowState state : {RowState::Inserted, RowState::Deleted}) {
         const bool before = state == RowState::Deleted;
-        std::string columns;
-        for (const Column& column : target_.columns)
-            columns += ", " + sqlName(column.name);
-        plan.refill.push_back("INSERT INTO " + capturedTable(target_, state) + " (\"kap row\"" +
-                              columns + ") SELECT \"row\"" +
-                              foundColumns(before ? "d" : "i", target_.columns.size()) + " FROM " +
-                              done_ + " WHERE \"action\" = ?1 AND \"action\" <> " +
-                              (before ? "'INSERT'" : "'DELETE'"));
+        sql::Insert insert{tableName(capturedRows(target_, state)), {"kap row"}};
+        sql::Select rows = sql::one(sql::column(kRow), sql::from(done_));
+        for (std::size_t i = 0; i < target_.columns.size(); ++i) {
+            insert.columns.push_back(target_.columns[i].name);
+            rows.items.push_back({sql::column(foundName(before ? "d" : "i", i))});
+        }
+        rows.where =
+            sql::allOf({sql::equal(sql::column(kAction), sql::Parameter{1}),
+                        sql::Binary{sql::BinaryOperator::NotEqual, sql::column(kAction),
+                                    nameOfEvent(before ? tsql::kOnInsert : tsql::kOnDelete)}});
+        insert.rows = sql::Query{std::move(rows)};
+        plan.refill.push_back(sqlOf(sql::Write{std::move(insert)}));
     }
 }
 
-std::string FoundRows::deleteText(const std::string& chosen) const {
-    return "DELETE FROM " + tableSql(target_.name, target_.temporary) + " WHERE " +
-           rowNumberName(target_) + " IN (SELECT \"target row\" FROM " + found_ + " WHERE " +
-           chosen + ")";
+sql::Delete FoundRows::removal(std::size_t action) const {
+    sql::Select chosen = sql::one(sql::column(kTargetRow), sql::from(found_));
+    chosen.where = isChosen(action);
+    return {tableName(target_),
+            sql::InQuery{sql::Column{{}, rowNumberName(target_), true}, std::move(chosen)}};
 }
 
-std::string FoundRows::updateText(const std::vector<const Column*>& columns,
-                                  const std::string& chosen) const {
-    std::string list;
-    for (std::size_t i = 0; i < columns.size(); ++i) {
-        list += (i == 0 ? "" : ", ") + sqlName(columns[i]->name) + " = \"found\"." +
-                foundColumn("c", i);
-    }
-    return "UPDATE " + tableSql(target_.name, target_.temporary) + " AS \"target\" SET " + list +
-           rowVersionAssignment(target_) + " FROM " + found_ + " AS \"found\" WHERE \"found\"." +
-           chosen + " AND \"target\"." + rowNumberName(target_) + " = \"found\".\"target row\"";
+sql::Update FoundRows::update(const std::vector<const Column*>& columns, std::size_t action) const {
+    constexpr const char* kChanged = "target";
+    sql::Update result{tableName(target_, kChanged)};
+    for (std::size_t i = 0; i < columns.size(); ++i)
+        result.assignments.push_back({columns[i]->name, sql::column(kFound, foundName("c", i))});
+    addRowVersion(result.assignments, target_);
+    result.from = sql::from(sql::TableName{found_.database, found_.name, kFound});
+    result.where = sql::allOf(
+        {isChosen(action, kFound), sql::equal(sql::Column{kChanged, rowNumberName(target_), true},
+                                              sql::column(kFound, kTargetRow))});
+    return result;
 }
 
 Source FoundRows::written(RowState state) const {
@@ -184,9 +220,14 @@ Source FoundRows::foundSource(Source source, std::size_t first) {
     return source;
 }
 
-std::string FoundRows::outputFrom() const {
-    return done_ + " AS \"done\" JOIN " + found_ +
-           " AS \"found\" ON \"found\".\"row\" = \"done\".\"found row\" ORDER BY \"done\".\"row\"";
+sql::Select FoundRows::output() const {
+    sql::Select rows;
+    rows.from = sql::from(sql::TableName{done_.database, done_.name, kDoneRows});
+    sql::join(rows.from, sql::JoinOperator::Inner,
+              sql::from(sql::TableName{found_.database, found_.name, kFound}),
+              sql::equal(sql::column(kFound, kRow), sql::column(kDoneRows, "found row")));
+    rows.order.push_back({sql::column(kDoneRows, kRow)});
+    return rows;
 }
 
 }  // namespace kap::engine

@@ -71,7 +71,7 @@ std::optional<MergePlan> outputOfSources(const WriteFrom& write, Binder& binder)
     capture.event = write.event;
     capture.forTriggers = (table.triggerEvents & write.event) != 0;
     const std::vector<OutputColumn> items =
-        addOutput(capture, *write.output, table, scope, found.outputFrom(), binder);
+        addOutput(capture, *write.output, table, scope, found.output(), binder);
     if (!keepRead(others.columns, items)) return std::nullopt;
     if (!binder.commonTarget().checks.empty()) {
         throw tsql::unsupported("OUTPUT of other tables through a view WITH CHECK OPTION", 0);
@@ -84,10 +84,10 @@ std::optional<MergePlan> outputOfSources(const WriteFrom& write, Binder& binder)
         columns.push_back(each.column);
         step.columns.push_back(each.column->name);
     }
-    const std::string chosen = chosenBy(0);
     step.event = write.event;
-    step.sql = updates ? found.updateText(columns, chosen) : found.deleteText(chosen);
-    step.keep = found.keepText(write.event, chosen);
+    step.sql =
+        updates ? sqlOf(sql::Write{found.update(columns, 0)}) : sqlOf(sql::Write{found.removal(0)});
+    step.keep = sqlOf(sql::Write{found.keep(write.event, 0)});
     MergePlan plan;
     plan.verb = updates ? Verb::Update : Verb::Delete;
     plan.target = writeTarget(table, binder.names());
@@ -96,12 +96,10 @@ std::optional<MergePlan> outputOfSources(const WriteFrom& write, Binder& binder)
     sql::Select rows =
         write.rows.select(found.foundItems(write.rows.rowNumber, 0, values, others.columns));
     rows.limit = write.rows.limit;
-    plan.find = {
-        sqlOf(write.with) + found.findText(values.size(), others.columns.size(), std::move(rows)),
-        // A row that was found several times is written once.
-        "DELETE FROM " + found.found() +
-            " WHERE \"target row\" IS NULL OR \"row\" NOT IN (SELECT min(\"row\") FROM " +
-            found.found() + " GROUP BY \"target row\")"};
+    plan.find = {sqlOf(sql::Write{found.find(values.size(), others.columns.size(), std::move(rows)),
+                                  write.with}),
+                 // A row that was found several times is written once.
+                 sqlOf(sql::Write{found.keepFirst()})};
     plan.steps.push_back(std::move(step));
     found.refill(plan);
     return plan;

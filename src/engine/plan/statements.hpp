@@ -6,6 +6,7 @@
 #include "engine/binder/binder.hpp"
 #include "engine/binder/row_numbers.hpp"
 #include "engine/plan/statement_plan.hpp"
+#include "engine/sqlite/write_tree.hpp"
 
 // The statements behind translate(), each in its own file.
 namespace kap::engine {
@@ -58,8 +59,8 @@ struct BoundAssignment {
 [[nodiscard]] std::vector<BoundAssignment> bindAssignments(const tsql::UpdateStatement& statement,
                                                            const Table& table, Binder& binder,
                                                            Scope& scope);
-// ", column = next version" for a table with row versions, else empty.
-[[nodiscard]] std::string rowVersionAssignment(const Table& table);
+// Assigns the next version of a row in a table with row versions.
+void addRowVersion(std::vector<sql::Assignment>& assignments, const Table& table);
 
 // The columns that an INSERT names, or all that it may give values when it names none.
 [[nodiscard]] std::vector<const Column*> insertedColumns(const tsql::InsertStatement& statement,

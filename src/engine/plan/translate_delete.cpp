@@ -9,23 +9,21 @@ namespace kap::engine {
 
 namespace {
 
-std::string plainDelete(const tsql::DeleteStatement& statement, const Table& table,
+sql::Delete plainDelete(const tsql::DeleteStatement& statement, const Table& table,
                         Binder& binder) {
     Scope scope;
     const std::string shown = shownName(table, statement.table, binder.names());
     scope.sources.push_back(Binder::tableSource(table, shown));
-    std::string sql =
-        "DELETE FROM " + tableSql(table.name, table.temporary) + " AS " + sqlName(shown);
+    sql::Delete result{tableName(table, shown)};
     if (statement.where) {
         scope.aggregates = AggregateUse::RefusedInWhere;
-        sql += " WHERE ";
-        appendSql(sql, binder.condition(*statement.where, scope));
+        result.where = binder.condition(*statement.where, scope);
     }
-    return sql;
+    return result;
 }
 
 // TOP counts rows of the target, however often FROM brings them.
-std::string deleteFrom(const TargetRows& rows) {
+sql::Delete deleteFrom(const TargetRows& rows) {
     sql::Select found = rows.select({{rows.rowNumber, "target row"}});
     if (rows.limit) {
         const sql::Expression number = sql::column("target row");
@@ -35,8 +33,8 @@ std::string deleteFrom(const TargetRows& rows) {
         most.limit = rows.limit;
         found = std::move(most);
     }
-    return "DELETE FROM " + tableSql(rows.table->name, rows.table->temporary) + " WHERE " +
-           sqlOf(sql::InQuery{sql::Column{{}, rowNumberName(*rows.table), true}, std::move(found)});
+    return {tableName(*rows.table),
+            sql::InQuery{sql::Column{{}, rowNumberName(*rows.table), true}, std::move(found)}};
 }
 
 }  // namespace
@@ -51,14 +49,14 @@ StatementPlan translateDelete(const tsql::DeleteStatement& statement, const Name
     plan.verb = Verb::Delete;
     plan.positioned = isPositioned(statement.where);
     binder.limitRecursion(statement.maxRecursion);
-    const std::vector<sql::CommonTable> with = binder.commonTables(
+    std::vector<sql::CommonTable> with = binder.commonTables(
         statement.commonTables, nullptr, &targetName(statement.table, statement.from));
     const Table* table = nullptr;
     const bool whole = statement.from.empty() && !statement.top && names.settings().rowLimit == 0 &&
                        binder.commonTarget().table == nullptr;
     if (whole) {
         table = &requireTable(statement.table, names);
-        plan.sql = sqlOf(with) + plainDelete(statement, *table, binder);
+        plan.sql = sqlOf(sql::Write{plainDelete(statement, *table, binder), std::move(with)});
     } else {
         Scope scope;
         const TargetRows rows = bindTarget(binder, statement.table, statement.from, statement.where,
@@ -70,7 +68,7 @@ StatementPlan translateDelete(const tsql::DeleteStatement& statement, const Name
             noteInstead(found->target, instead, tsql::kOnDelete);
             return finished(std::move(*found), binder);
         }
-        plan.sql = sqlOf(with) + deleteFrom(rows);
+        plan.sql = sqlOf(sql::Write{deleteFrom(rows), std::move(with)});
     }
     plan.target = writeTarget(*table, names);
     plan.capture = captureFor(*table, tsql::kOnDelete, statement.output, binder);
@@ -90,9 +88,12 @@ StatementPlan translateTruncate(const tsql::TruncateStatement& statement, const 
                                 statement.table.line);
     }
     TruncatePlan plan{table->name, table->temporary, {}};
-    plan.sql.push_back("DELETE FROM " + tableSql(table->name, table->temporary));
-    plan.sql.push_back("UPDATE " + std::string(table->temporary ? "temp" : "main") +
-                       ".kap_counters SET last = NULL WHERE owner = " + sqlText(table->name));
+    sql::Update counter{
+        {table->temporary ? sql::Database::Temporary : sql::Database::Main, "kap_counters"},
+        {{"last", sql::null()}}};
+    counter.where = sql::equal(sql::column("owner"), sql::text(table->name));
+    plan.sql.push_back(sqlOf(sql::Write{sql::Delete{tableName(*table)}}));
+    plan.sql.push_back(sqlOf(sql::Write{std::move(counter)}));
     return {std::move(plan), {}};
 }
 

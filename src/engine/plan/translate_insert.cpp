@@ -1,7 +1,7 @@
 #include <algorithm>
 #include <utility>
-
-#include <kaputil/automation/plain_text.hpp>
+#include <variant>
+#include <vector>
 
 #include "base/ascii.hpp"
 #include "engine/plan/capture.hpp"
@@ -141,18 +141,22 @@ public:
         checkAssignable(columns_, table_, mayGive, line_);
         givesIdentity_ = mayGive;
         if (statement_.query) binder_.limitRecursion(statement_.query->maxRecursion);
-        const std::string with = sqlOf(binder_.commonTables(statement_.commonTables, nullptr));
-        const std::string source = statement_.query ? queryText(listed) : rowsText(listed);
+        std::vector<sql::CommonTable> with = binder_.commonTables(statement_.commonTables, nullptr);
+        sql::Insert insert{tableName(table_)};
+        insert.rows = insertedRows(listed);
+        insert.columns = columnNames();
         WriteTarget target = writeTarget(table_, binder_.names());
         noteInstead(target, instead_, tsql::kOnInsert);
         if (firesInstead()) {
-            return finished(writeInstead(std::move(target), with, source), binder_);
+            insert.table = tableName(capturedRows(table_, RowState::Inserted));
+            return finished(writeInstead(std::move(target), {std::move(insert), std::move(with)}),
+                            binder_);
         }
         WritePlan plan;
         plan.verb = Verb::Insert;
         plan.target = std::move(target);
-        plan.sql = with + "INSERT INTO " + tableSql(table_.name, table_.temporary) + columnList() +
-                   source + ignoring();
+        insert.ignored = table_.ignoring;
+        plan.sql = sqlOf(sql::Write{std::move(insert), std::move(with)});
         plan.ignoresDuplicates = !table_.ignoring.empty();
         plan.capture = captureFor(table_, tsql::kOnInsert, statement_.output, binder_);
         addChecks(plan.capture, binder_);
@@ -162,22 +166,14 @@ public:
 private:
     [[nodiscard]] bool firesInstead() const { return instead_ && instead_->fires; }
 
-    // What leaves out rows that an index of the table has already, when it is made so.
-    [[nodiscard]] std::string ignoring() const {
-        std::string text;
-        for (const std::string& target : table_.ignoring)
-            text += " ON CONFLICT " + target + " DO NOTHING";
-        return text;
-    }
-
-    // Counts a row that is offered to such an index: what is not written then was left out.
+    // Counts a row that is offered to an index of the table that leaves out what it has already:
+    // what is not written then was left out.
     [[nodiscard]] sql::Expression offered(sql::Expression value, bool first) const {
         const bool counts = first && !table_.ignoring.empty();
         return counts ? sql::call(fn::kOffered, std::move(value)) : value;
     }
 
-    [[nodiscard]] InsteadPlan writeInstead(WriteTarget target, const std::string& with,
-                                           const std::string& source) const {
+    [[nodiscard]] InsteadPlan writeInstead(WriteTarget target, const sql::Write& write) const {
         if (statement_.output && !statement_.output->into) {
             throw ServerError(tsql::Message::OutputOfTableWithTriggers, {table_.shown()});
         }
@@ -187,9 +183,7 @@ private:
         InsteadPlan plan;
         plan.verb = Verb::Insert;
         plan.target = std::move(target);
-        plan.fill.push_back(with + "INSERT INTO temp." +
-                            sqlName(capturedRows(table_, RowState::Inserted).name) + columnList() +
-                            source);
+        plan.fill.push_back(sqlOf(write));
         plan.shape = table_;
         return plan;
     }
@@ -243,14 +237,30 @@ private:
         return result;
     }
 
-    [[nodiscard]] std::string columnList() const {
-        std::string list;
+    [[nodiscard]] std::vector<std::string> columnNames() const {
+        std::vector<std::string> names;
+        names.reserve(columns_.size());
         for (const Column* column : columns_) {
-            if (!column->isRowVersion()) list += (list.empty() ? "" : ", ") + sqlName(column->name);
+            if (!column->isRowVersion()) names.push_back(column->name);
         }
         for (const auto& [column, call] : generated())
-            list += (list.empty() ? "" : ", ") + sqlName(column->name);
-        return list.empty() ? "" : " (" + list + ")";
+            names.push_back(column->name);
+        return names;
+    }
+
+    std::variant<sql::Query, sql::DefaultValues> insertedRows(bool listed) {
+        if (statement_.query) return sql::Query{queryRows(listed)};
+        if (!statement_.defaultValues) return givenRows(listed);
+        columns_.clear();
+        std::vector<sql::Expression> values;
+        addGenerated(values);
+        if (values.empty() && statement_.top) {
+            throw tsql::unsupported("INSERT TOP DEFAULT VALUES", line_);
+        }
+        if (values.empty()) return sql::DefaultValues();
+        sql::Values row;
+        row.rows.push_back(std::move(values));
+        return limited(std::move(row));
     }
 
     // Behind the values that a row has already.
@@ -259,36 +269,29 @@ private:
             row.push_back(std::move(call));
     }
 
-    std::string rowsText(bool listed) {
-        if (statement_.defaultValues) {
-            columns_.clear();
-            std::vector<sql::Expression> values;
-            addGenerated(values);
-            if (values.empty() && statement_.top) {
-                throw tsql::unsupported("INSERT TOP DEFAULT VALUES", line_);
-            }
-            return values.empty() ? " DEFAULT VALUES" : limited("(" + sqlOf(values) + ")", 1);
-        }
-        std::string text;
+    sql::Query givenRows(bool listed) {
+        sql::Values values;
+        values.rows.reserve(statement_.rows.size());
         for (const auto& row : statement_.rows) {
             if (row.size() != statement_.rows.front().size()) {
                 throw ServerError(tsql::Message::UnequalRowLengths, {}, line_);
             }
             if (!listed && row.size() == columns_.size() + 1) refuseIdentity();
             checkCount(row.size(), columns_.size(), listed, line_);
-            text += text.empty() ? "(" : ", (";
-            SqlWriter(text).write(rowValues(row));
-            text += ')';
+            values.rows.push_back(rowValues(row));
         }
-        return limited(text, statement_.rows.size());
+        return limited(std::move(values));
     }
 
     // The rows of VALUES, as many as TOP or SET ROWCOUNT allows.
-    std::string limited(const std::string& rows, std::size_t count) {
-        std::string values = " VALUES " + rows;
-        if (!statement_.top && count <= 1) return values;
-        const std::string most = limit(sql::number(static_cast<std::int64_t>(count)));
-        return most.empty() ? values : " SELECT * FROM (" + values + ")" + most;
+    sql::Query limited(sql::Values values) {
+        const std::size_t count = values.rows.size();
+        if (!statement_.top && count <= 1) return {std::move(values)};
+        sql::Expression most = limit(sql::number(static_cast<std::int64_t>(count)));
+        if (!most) return {std::move(values)};
+        sql::Select some = sql::allColumns(sql::from(sql::Derived{sql::Query{std::move(values)}}));
+        some.limit = std::move(most);
+        return {std::move(some)};
     }
 
     std::vector<sql::Expression> rowValues(const std::vector<tsql::ValueOrDefault>& row) {
@@ -322,17 +325,15 @@ private:
     }
 
     // `count` is how many rows there are, for TOP PERCENT.
-    std::string limit(const sql::Expression& count) {
+    sql::Expression limit(const sql::Expression& count) {
         const std::int64_t rowLimit = binder_.names().settings().rowLimit;
-        if (!statement_.top) return rowLimit > 0 ? " LIMIT " + plain::text(rowLimit) : "";
+        if (!statement_.top) return rowLimit > 0 ? sql::number(rowLimit) : sql::Expression();
         Scope scope;
-        if (statement_.top->percent) {
-            return " LIMIT " + sqlOf(binder_.percentLimit(*statement_.top, count, scope));
-        }
-        return " LIMIT " + sqlOf(binder_.limit(*statement_.top, scope));
+        return statement_.top->percent ? binder_.percentLimit(*statement_.top, count, scope)
+                                       : binder_.limit(*statement_.top, scope);
     }
 
-    std::string queryText(bool listed) {
+    sql::Select queryRows(bool listed) {
         BoundQuery rows = binder_.query(*statement_.query, nullptr, QueryPlace::InsertRows);
         checkSelectCount(rows.columns.size(), columns_.size(), listed, line_);
         std::vector<sql::Expression> values;
@@ -343,11 +344,16 @@ private:
             values.push_back(offered(stored(value, *columns_[i], line_), values.empty()));
         }
         addGenerated(values);
-        // ON would be read as that of a join.
-        const std::string all = table_.ignoring.empty() ? "" : " WHERE true";
+        sql::Select select;
+        select.items.reserve(values.size());
+        for (sql::Expression& value : values)
+            select.items.push_back({std::move(value)});
         const sql::QueryTree tree = std::move(rows.tree);
-        return " SELECT " + sqlOf(values) + " FROM " + sqlOf(sql::from(sql::Derived{tree})) + all +
-               limit(rowCount(tree));
+        select.from = sql::from(sql::Derived{tree});
+        // ON would be read as that of a join.
+        if (!table_.ignoring.empty()) select.where = sql::number(1);
+        select.limit = limit(rowCount(tree));
+        return select;
     }
 
     const InsertStatement& statement_;

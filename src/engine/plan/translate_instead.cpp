@@ -16,10 +16,6 @@ using tsql::ServerError;
 
 namespace {
 
-std::string capturedText(const Table& shape, RowState state) {
-    return "temp." + sqlName(capturedRows(shape, state).name);
-}
-
 // The parts of both statements.
 struct InsteadWrite {
     const tsql::ObjectName& table;
@@ -46,8 +42,7 @@ public:
             throw tsql::unsupported("OUTPUT INTO with an INSTEAD OF trigger", write_.table.line);
         }
         binder_.limitRecursion(write_.maxRecursion);
-        const std::vector<sql::CommonTable> with =
-            binder_.commonTables(write_.commonTables, nullptr);
+        std::vector<sql::CommonTable> with = binder_.commonTables(write_.commonTables, nullptr);
         Scope scope;
         bindSources(scope);
         const Source& source = scope.sources[scope.target];
@@ -63,7 +58,7 @@ public:
             rows.where = binder_.condition(*write_.where, scope);
         }
         if (write_.top) rows.limit = binder_.limit(*write_.top, scope);
-        return planOf(with, std::move(rows), source, assignments);
+        return planOf(std::move(with), std::move(rows), source, assignments);
     }
 
 private:
@@ -102,7 +97,7 @@ private:
         return shape;
     }
 
-    StatementPlan planOf(const std::vector<sql::CommonTable>& with, sql::Select select,
+    StatementPlan planOf(std::vector<sql::CommonTable> with, sql::Select select,
                          const Source& source, const std::vector<BoundAssignment>& assignments) {
         const FoundRows found(shape_);
         InsteadPlan plan;
@@ -121,19 +116,14 @@ private:
         const bool rows = source.table != nullptr;
         select.items =
             FoundRows::foundItems(rows ? rowNumberOf(source) : sql::null(), 0, values, before);
-        plan.fill.push_back(sqlOf(with) +
-                            found.findText(values.size(), before.size(), std::move(select)));
+        plan.fill.push_back(sqlOf(sql::Write{
+            found.find(values.size(), before.size(), std::move(select)), std::move(with)}));
         // A row of a table that was found several times is written once.
-        if (rows) {
-            plan.fill.push_back("DELETE FROM " + found.found() +
-                                " WHERE \"target row\" IS NULL OR \"row\" NOT IN (SELECT "
-                                "min(\"row\") FROM " +
-                                found.found() + " GROUP BY \"target row\")");
-        }
+        if (rows) plan.fill.push_back(sqlOf(sql::Write{found.keepFirst()}));
         if (write_.update != nullptr) {
-            plan.fill.push_back(caught(found, RowState::Inserted, assignments));
+            plan.fill.push_back(sqlOf(sql::Write{caught(found, RowState::Inserted, assignments)}));
         }
-        plan.fill.push_back(caught(found, RowState::Deleted, {}));
+        plan.fill.push_back(sqlOf(sql::Write{caught(found, RowState::Deleted, {})}));
         plan.verb = write_.update != nullptr ? Verb::Update : Verb::Delete;
         plan.target.table = target_.name;
         plan.target.firingLevel = target_.level;
@@ -143,24 +133,23 @@ private:
         return finished(std::move(plan), binder_);
     }
 
-    [[nodiscard]] std::string caught(const FoundRows& found, RowState state,
+    [[nodiscard]] sql::Insert caught(const FoundRows& found, RowState state,
                                      const std::vector<BoundAssignment>& assignments) const {
-        std::string columns;
-        std::string values;
+        sql::Insert insert{tableName(capturedRows(shape_, state)), {"kap row", "kap target"}};
+        sql::Select rows = sql::one(sql::column("row"), sql::from(found.found()));
+        rows.items.push_back({sql::column("target row")});
         for (std::size_t i = 0; i < shape_.columns.size(); ++i) {
             const auto assigned = std::ranges::find_if(
                 assignments,
                 [&](const BoundAssignment& each) { return each.column == &shape_.columns[i]; });
-            columns += ", " + sqlName(shape_.columns[i].name);
-            values +=
-                ", " +
-                (assigned == assignments.end()
-                     ? foundColumn("s", i)
-                     : foundColumn("c", static_cast<std::size_t>(assigned - assignments.begin())));
+            insert.columns.push_back(shape_.columns[i].name);
+            const bool kept = assigned == assignments.end();
+            const auto place = kept ? i : static_cast<std::size_t>(assigned - assignments.begin());
+            rows.items.push_back({sql::column(foundName(kept ? "s" : "c", place))});
         }
-        return "INSERT INTO " + capturedText(shape_, state) + " (\"kap row\", \"kap target\"" +
-               columns + ") SELECT \"row\", \"target row\"" + values + " FROM " + found.found() +
-               " ORDER BY \"row\"";
+        rows.order.push_back({sql::column("row")});
+        insert.rows = sql::Query{std::move(rows)};
+        return insert;
     }
 
     const InsteadWrite& write_;

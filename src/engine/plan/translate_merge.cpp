@@ -1,6 +1,7 @@
 #include <algorithm>
-
-#include <kaputil/automation/plain_text.hpp>
+#include <optional>
+#include <utility>
+#include <vector>
 
 #include "base/ascii.hpp"
 #include "engine/plan/capture.hpp"
@@ -37,7 +38,7 @@ public:
 
     StatementPlan plan() {
         binder_.limitRecursion(statement_.maxRecursion);
-        with_ = sqlOf(binder_.commonTables(statement_.commonTables, nullptr));
+        with_ = binder_.commonTables(statement_.commonTables, nullptr);
         bindSources();
         bindActions();
         plan_.verb = Verb::Merge;
@@ -50,11 +51,9 @@ public:
         }
         rows_.makeTables(plan_, widest_, sourceColumns_, kept);
         for (std::size_t i = 0; i < statement_.actions.size(); ++i)
-            plan_.find.push_back(findText(i));
-        plan_.repeated = "SELECT 1 FROM " + rows_.found() +
-                         " WHERE \"target row\" IS NOT NULL GROUP BY \"target row\" HAVING "
-                         "count(*) > 1 LIMIT 1";
-        plan_.limit = limitText();
+            plan_.find.push_back(sqlOf(sql::Write{find(i), with_}));
+        plan_.repeated = sqlOf(sql::Query{repeated()});
+        if (const auto limit = limited()) plan_.limit = sqlOf(sql::Write{*limit});
         // A unique value that goes is free for the row that comes.
         for (const std::uint8_t event : {tsql::kOnDelete, tsql::kOnUpdate, tsql::kOnInsert})
             addSteps(event, kept);
@@ -164,7 +163,7 @@ private:
         if (bound_[index].condition) conditions.push_back(bound_[index].condition);
     }
 
-    std::string findText(std::size_t index) const {
+    sql::Insert find(std::size_t index) const {
         const MergeAction& action = statement_.actions[index];
         const Bound& bound = bound_[index];
         const bool target = action.when != MergeAction::When::NotMatched;
@@ -190,19 +189,34 @@ private:
         }
         rows.items =
             FoundRows::foundItems(target ? targetRow_ : sql::null(), index, bound.values, columns);
-        return with_ + rows_.findText(bound.values.size(), columns.size(), std::move(rows));
+        return rows_.find(bound.values.size(), columns.size(), std::move(rows));
     }
 
-    std::string limitText() {
-        std::string most;
+    // A row of the target that was found twice.
+    sql::Select repeated() const {
+        const sql::Expression row = sql::column("target row");
+        sql::Select rows = sql::one(sql::number(1), sql::from(rows_.found()));
+        rows.where = sql::isNotNull(row);
+        rows.groups = {row};
+        rows.having = sql::Binary{sql::BinaryOperator::Greater, sql::call(fn::kCount, sql::Star()),
+                                  sql::number(1)};
+        rows.limit = sql::number(1);
+        return rows;
+    }
+
+    // Forgets what TOP or SET ROWCOUNT does not let through of the found rows.
+    std::optional<sql::Delete> limited() {
+        sql::Expression most;
         if (statement_.top) {
             if (statement_.top->percent) throw tsql::unsupported("MERGE TOP PERCENT", line_);
             Scope scope;
-            most = sqlOf(binder_.limit(*statement_.top, scope));
+            most = binder_.limit(*statement_.top, scope);
         } else if (const std::int64_t rows = binder_.names().settings().rowLimit; rows > 0) {
-            most = plain::text(rows);
+            most = sql::number(rows);
         }
-        return most.empty() ? most : "DELETE FROM " + rows_.found() + " WHERE \"row\" > " + most;
+        if (!most) return std::nullopt;
+        return sql::Delete{rows_.found(), sql::Binary{sql::BinaryOperator::Greater,
+                                                      sql::column("row"), std::move(most)}};
     }
 
     void addSteps(std::uint8_t event, bool kept) {
@@ -211,24 +225,25 @@ private:
             if (eventOf(action) != event) continue;
             MergeStep step;
             step.event = event;
-            const std::string chosen = chosenBy(i);
-            step.sql = event == tsql::kOnDelete   ? rows_.deleteText(chosen)
-                       : event == tsql::kOnUpdate ? rows_.updateText(bound_[i].columns, chosen)
-                                                  : insertText(bound_[i], chosen);
-            if (kept) step.keep = rows_.keepText(event, chosen);
+            if (event == tsql::kOnDelete) step.sql = sqlOf(sql::Write{rows_.removal(i)});
+            if (event == tsql::kOnUpdate) {
+                step.sql = sqlOf(sql::Write{rows_.update(bound_[i].columns, i)});
+            }
+            if (event == tsql::kOnInsert) step.sql = sqlOf(sql::Write{insertion(i)});
+            if (kept) step.keep = sqlOf(sql::Write{rows_.keep(event, i)});
             for (const Column* column : bound_[i].columns)
                 step.columns.push_back(column->name);
             plan_.steps.push_back(std::move(step));
         }
     }
 
-    std::string insertText(const Bound& bound, const std::string& chosen) const {
-        std::string columns;
-        std::string values;
-        const auto add = [&](const Column& column, const sql::Expression& value) {
-            columns += (columns.empty() ? "" : ", ") + sqlName(column.name);
-            if (!values.empty()) values += ", ";
-            appendSql(values, value);
+    sql::Insert insertion(std::size_t action) const {
+        const Bound& bound = bound_[action];
+        sql::Insert insert{tableName(table_)};
+        sql::Select rows;
+        const auto add = [&](const Column& column, sql::Expression value) {
+            insert.columns.push_back(column.name);
+            rows.items.push_back({std::move(value)});
         };
         for (std::size_t i = 0; i < bound.columns.size(); ++i) {
             const Column& column = *bound.columns[i];
@@ -241,9 +256,11 @@ private:
             const bool own = !column.identity && !column.isRowVersion() && !column.computed;
             if (bound.defaults && own) add(column, defaultOf(column));
         }
-        return "INSERT INTO " + tableSql(table_.name, table_.temporary) + " (" + columns +
-               ") SELECT " + values + " FROM " + rows_.found() + " WHERE " + chosen +
-               " ORDER BY \"row\"";
+        rows.from = sql::from(rows_.found());
+        rows.where = FoundRows::isChosen(action);
+        rows.order.push_back({sql::column("row")});
+        insert.rows = sql::Query{std::move(rows)};
+        return insert;
     }
 
     // Written rows are kept for OUTPUT and for triggers of any of the actions.
@@ -273,7 +290,7 @@ private:
             scope.sources.push_back(FoundRows::foundSource(source, first));
             first += source.columns.size();
         }
-        (void)engine::addOutput(capture, *statement_.output, table_, scope, rows_.outputFrom(),
+        (void)engine::addOutput(capture, *statement_.output, table_, scope, rows_.output(),
                                 binder_);
     }
 
@@ -282,7 +299,7 @@ private:
     Binder binder_;
     const Table& table_;
     FoundRows rows_;
-    std::string with_;
+    std::vector<sql::CommonTable> with_;
     Source targetSource_;
     std::vector<Source> sources_;
     sql::From targetFrom_;

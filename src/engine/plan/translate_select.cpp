@@ -108,7 +108,7 @@ StatementPlan translateSelectInto(const tsql::Query& query, const tsql::ObjectNa
     Binder binder(names);
     BoundQuery rows = binder.query(query, nullptr, QueryPlace::InsertRows);
     TableBuilder builder(names, name, query.line);
-    std::string columns;
+    std::vector<std::string> columns;
     sql::Select values;
     for (std::size_t i = 0; i < rows.columns.size(); ++i) {
         const OutputColumn& output = rows.columns[i];
@@ -126,7 +126,7 @@ StatementPlan translateSelectInto(const tsql::Query& query, const tsql::ObjectNa
         if (numbered) column.identity = output.value.newIdentity;
         const bool version = column.isRowVersion();
         builder.add(std::move(column), query.line);
-        columns += (i == 0 ? "" : ", ") + sqlName(output.name);
+        columns.push_back(output.name);
         values.items.push_back({version    ? rowVersionCall()
                                 : numbered ? identityCall(builder.table().name)
                                            : numberedColumn(i)});
@@ -136,8 +136,8 @@ StatementPlan translateSelectInto(const tsql::Query& query, const tsql::ObjectNa
     const std::int64_t most = names.settings().rowLimit;
     values.from = sql::from(sql::Derived{std::move(rows.tree)});
     if (most > 0) values.limit = sql::number(most);
-    plan.fill = "INSERT INTO " + tableSql(table.name, table.temporary) + " (" + columns + ") " +
-                sqlOf(sql::Query{std::move(values)});
+    plan.fill = sqlOf(sql::Write{
+        sql::Insert{tableName(table), std::move(columns), sql::Query{std::move(values)}}});
     return finished(std::move(plan), binder);
 }
 

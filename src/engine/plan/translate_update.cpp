@@ -104,66 +104,62 @@ std::vector<BoundAssignment> bindAssignments(const UpdateStatement& statement, c
     return result;
 }
 
-std::string rowVersionAssignment(const Table& table) {
+void addRowVersion(std::vector<sql::Assignment>& assignments, const Table& table) {
     const auto found = std::find_if(table.columns.begin(), table.columns.end(),
                                     [](const Column& column) { return column.isRowVersion(); });
-    return found == table.columns.end()
-               ? ""
-               : ", " + sqlName(found->name) + " = " + sqlOf(rowVersionCall());
+    if (found != table.columns.end()) assignments.push_back({found->name, rowVersionCall()});
 }
 
 namespace {
 
-std::string plainUpdate(const UpdateStatement& statement, const Table& table, Binder& binder) {
+sql::Update plainUpdate(const UpdateStatement& statement, const Table& table, Binder& binder) {
     Scope scope;
     const std::string shown = shownName(table, statement.table, binder.names());
     scope.sources.push_back(Binder::tableSource(table, shown));
-    std::string list;
-    for (const BoundAssignment& assignment : bindAssignments(statement, table, binder, scope)) {
-        list += (list.empty() ? "" : ", ") + sqlName(assignment.column->name) + " = ";
-        appendSql(list, assignment.value);
-    }
-    std::string sql = "UPDATE " + tableSql(table.name, table.temporary) + " AS " + sqlName(shown) +
-                      " SET " + list + rowVersionAssignment(table);
+    sql::Update update{tableName(table, shown)};
+    for (BoundAssignment& each : bindAssignments(statement, table, binder, scope))
+        update.assignments.push_back({each.column->name, std::move(each.value)});
+    addRowVersion(update.assignments, table);
     if (statement.where) {
         scope.aggregates = AggregateUse::RefusedInWhere;
-        sql += " WHERE ";
-        appendSql(sql, binder.condition(*statement.where, scope));
+        update.where = binder.condition(*statement.where, scope);
     }
-    return sql;
+    return update;
 }
 
 // The rows and their new values are found first, by the number of the row: so any FROM is possible,
 // also one in which the target stands under another name or beside itself, and no value sees what
 // the statement has written already.
-std::string updateFrom(const TargetRows& rows, const std::vector<BoundAssignment>& assignments) {
+sql::Update updateFrom(const TargetRows& rows, const std::vector<BoundAssignment>& assignments) {
+    constexpr const char* kWritten = "target";
+    constexpr const char* kNewValues = "found rows";
+    constexpr const char* kItsRow = "target row";
     const Table& table = *rows.table;
-    const std::string rowNumber = rowNumberName(table);
-    std::vector<sql::Item> items{{rows.rowNumber, "target row"}};
-    std::string list;
+    sql::Update update{tableName(table, kWritten)};
+    std::vector<sql::Item> items{{rows.rowNumber, kItsRow}};
     for (std::size_t i = 0; i < assignments.size(); ++i) {
         items.push_back(numberedItem(assignments[i].value, i));
-        list += (list.empty() ? "" : ", ") + sqlName(assignments[i].column->name) +
-                " = \"found rows\"." + numberedName(i);
+        update.assignments.push_back({assignments[i].column->name, numberedColumn(kNewValues, i)});
     }
+    addRowVersion(update.assignments, table);
     sql::Select found = rows.select(std::move(items));
     found.limit = rows.limit;
-    return "UPDATE " + tableSql(table.name, table.temporary) + " AS \"target\" SET " + list +
-           rowVersionAssignment(table) + " FROM " +
-           sqlOf(sql::from(sql::Derived{std::move(found), "found rows"})) + " WHERE \"target\"." +
-           rowNumber + " = \"found rows\".\"target row\"";
+    update.from = sql::from(sql::Derived{std::move(found), kNewValues});
+    update.where = sql::equal(sql::Column{kWritten, rowNumberName(table), true},
+                              sql::column(kNewValues, kItsRow));
+    return update;
 }
 
 // UPDATE of the whole table or of the rows that WHERE names, in SQLite's own words; nothing when
 // the values have to be found first.
-std::optional<std::string> plainly(const UpdateStatement& statement, const NameScope& names,
+std::optional<sql::Update> plainly(const UpdateStatement& statement, const NameScope& names,
                                    const Table& table, Binder& binder) {
     const bool whole = statement.from.empty() && !statement.top && names.settings().rowLimit == 0 &&
                        binder.commonTarget().table == nullptr;
     if (!whole) return std::nullopt;
-    std::string sql = plainUpdate(statement, table, binder);
+    sql::Update update = plainUpdate(statement, table, binder);
     if (binder.readsOtherRows()) return std::nullopt;
-    return sql;
+    return update;
 }
 
 std::vector<std::string> assignedNames(const UpdateStatement& statement) {
@@ -174,15 +170,15 @@ std::vector<std::string> assignedNames(const UpdateStatement& statement) {
     return names;
 }
 
-// "a" = kap_unpack("a"), ...
-std::string unpacked(const std::vector<BoundAssignment>& assignments) {
-    std::string list;
+// "a" = kap_unpack("a"), ... of the table that is to be named.
+sql::Update unpacked(const std::vector<BoundAssignment>& assignments) {
+    sql::Update update;
+    update.assignments.reserve(assignments.size());
     for (const BoundAssignment& each : assignments) {
-        const sql::Expression own = sql::column(each.column->name);
-        list +=
-            (list.empty() ? "" : ", ") + sqlOf(own) + " = " + sqlOf(sql::call(fn::kUnpack, own));
+        update.assignments.push_back(
+            {each.column->name, sql::call(fn::kUnpack, sql::column(each.column->name))});
     }
-    return list;
+    return update;
 }
 
 }  // namespace
@@ -191,7 +187,7 @@ SteppedUpdatePlan translateUpdateInSteps(const UpdateStatement& statement, const
     Binder binder(names);
     binder.limitRecursion(statement.maxRecursion);
     binder.writesColumns(assignedNames(statement));
-    const std::vector<sql::CommonTable> with = binder.commonTables(
+    std::vector<sql::CommonTable> with = binder.commonTables(
         statement.commonTables, nullptr, &targetName(statement.table, statement.from));
     Scope scope;
     const TargetRows rows =
@@ -200,13 +196,14 @@ SteppedUpdatePlan translateUpdateInSteps(const UpdateStatement& statement, const
     std::vector<BoundAssignment> assignments = bindAssignments(statement, table, binder, scope);
     for (BoundAssignment& each : assignments)
         each.value = sql::call(fn::kPack, rows.rowNumber, each.value);
-    const std::string values = unpacked(assignments);
-    const std::string caught = sqlName(capturedRows(table, RowState::Inserted).name);
     SteppedUpdatePlan plan;
-    plan.pack = sqlOf(with) + updateFrom(rows, assignments);
-    plan.unpackCaught = "UPDATE temp." + caught + " SET " + values;
-    plan.unpack = "UPDATE " + tableSql(table.name, table.temporary) + " SET " + values + " WHERE " +
-                  sqlOf(sql::call(fn::kPacked, sql::column(assignments.front().column->name)));
+    plan.pack = sqlOf(sql::Write{updateFrom(rows, assignments), std::move(with)});
+    sql::Update values = unpacked(assignments);
+    values.table = tableName(capturedRows(table, RowState::Inserted));
+    plan.unpackCaught = sqlOf(sql::Write{values});
+    values.table = tableName(table);
+    values.where = sql::call(fn::kPacked, sql::column(assignments.front().column->name));
+    plan.unpack = sqlOf(sql::Write{std::move(values)});
     plan.values = binder.boundValues();
     return plan;
 }
@@ -228,12 +225,12 @@ StatementPlan translateUpdate(const UpdateStatement& statement, const NameScope&
     binder.limitRecursion(statement.maxRecursion);
     const Table* table = findTable(statement.table, names);
     binder.writesColumns(plan.columns);
-    const std::vector<sql::CommonTable> with = binder.commonTables(
+    std::vector<sql::CommonTable> with = binder.commonTables(
         statement.commonTables, nullptr, &targetName(statement.table, statement.from));
-    std::optional<std::string> plain;
+    std::optional<sql::Update> plain;
     if (table != nullptr) plain = plainly(statement, names, *table, binder);
     if (plain) {
-        plan.sql = sqlOf(with) + *plain;
+        plan.sql = sqlOf(sql::Write{std::move(*plain), std::move(with)});
     } else {
         Scope scope;
         const TargetRows rows = bindTarget(binder, statement.table, statement.from, statement.where,
@@ -246,7 +243,7 @@ StatementPlan translateUpdate(const UpdateStatement& statement, const NameScope&
             noteInstead(found->target, instead, tsql::kOnUpdate);
             return finished(std::move(*found), binder);
         }
-        plan.sql = sqlOf(with) + updateFrom(rows, assignments);
+        plan.sql = sqlOf(sql::Write{updateFrom(rows, assignments), std::move(with)});
     }
     plan.target = writeTarget(*table, names);
     plan.capture = captureFor(*table, tsql::kOnUpdate, statement.output, binder);

@@ -88,6 +88,10 @@ Expression collated(Expression value, const tsql::TypeSpec& type) {
     return Collated{std::move(value), collation};
 }
 
+Expression equal(Expression left, Expression right) {
+    return Binary{BinaryOperator::Equal, std::move(left), std::move(right)};
+}
+
 Expression negation(Expression condition) {
     return Unary{UnaryOperator::Not, std::move(condition)};
 }

@@ -450,6 +450,7 @@ Type Expression::take() && {
 // Texts and instants with their collation; what SQLite orders by itself stays as it is.
 [[nodiscard]] Expression collated(Expression value, const tsql::TypeSpec& type);
 
+[[nodiscard]] Expression equal(Expression left, Expression right);
 [[nodiscard]] Expression negation(Expression condition);
 [[nodiscard]] Expression isNull(Expression value);
 [[nodiscard]] Expression isNotNull(Expression value);

@@ -37,7 +37,7 @@ void join(From& left, JoinOperator joinedBy, From right, Expression condition) {
     }
 }
 
-Select allOf(From from) {
+Select allColumns(From from) {
     return one(Star(), std::move(from));
 }
 

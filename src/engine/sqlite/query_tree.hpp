@@ -128,7 +128,7 @@ struct Query {
 };
 
 // All columns of what is read.
-[[nodiscard]] Select allOf(From from);
+[[nodiscard]] Select allColumns(From from);
 
 // One expression over what is read.
 [[nodiscard]] Select one(Expression value, From from);

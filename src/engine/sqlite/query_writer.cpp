@@ -66,6 +66,20 @@ void SqlWriter::orderBy(std::span<const sql::OrderTerm> order) {
     }
 }
 
+void SqlWriter::names(std::span<const std::string> list) {
+    const char* before = "";
+    for (const std::string& each : list) {
+        text_ += std::exchange(before, ", ");
+        name(each);
+    }
+}
+
+void SqlWriter::where(const sql::Expression& condition) {
+    if (!condition) return;
+    text_ += " WHERE ";
+    write(condition);
+}
+
 void SqlWriter::limits(const sql::Expression& limit, const sql::Expression& offset) {
     if (!limit) return;
     text_ += " LIMIT ";
@@ -131,10 +145,7 @@ void SqlWriter::body(const sql::Select& select) {
         text_ += " FROM ";
         write(select.from);
     }
-    if (select.where) {
-        text_ += " WHERE ";
-        write(select.where);
-    }
+    where(select.where);
     if (!select.groups.empty()) {
         text_ += " GROUP BY ";
         write(select.groups);
@@ -171,16 +182,13 @@ void SqlWriter::body(const sql::Values& values) {
     }
 }
 
-void SqlWriter::write(std::span<const sql::CommonTable> tables) {
+void SqlWriter::with(std::span<const sql::CommonTable> tables) {
     const char* before = "WITH RECURSIVE ";
     for (const sql::CommonTable& table : tables) {
         text_ += std::exchange(before, ", ");
         name(table.name);
-        const char* column = " (";
-        for (const std::string& each : table.columns) {
-            text_ += std::exchange(column, ", ");
-            name(each);
-        }
+        text_ += " (";
+        names(table.columns);
         text_ += ") AS ";
         bracketed(table.query);
     }
@@ -189,7 +197,7 @@ void SqlWriter::write(std::span<const sql::CommonTable> tables) {
 
 void SqlWriter::write(const sql::Query& query) {
     tsql::requireStack(0);
-    write(query.with);
+    with(query.with);
     std::visit([&](const auto& kind) { body(kind); }, query.body);
 }
 
@@ -202,12 +210,6 @@ std::string sqlOf(const sql::Query& query) {
 std::string sqlOf(const sql::From& from) {
     std::string text;
     SqlWriter(text).write(from);
-    return text;
-}
-
-std::string sqlOf(std::span<const sql::CommonTable> tables) {
-    std::string text;
-    SqlWriter(text).write(tables);
     return text;
 }
 

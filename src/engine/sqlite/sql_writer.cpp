@@ -345,8 +345,4 @@ std::string sqlOf(std::span<const sql::Expression> list) {
     return text;
 }
 
-void appendSql(std::string& text, const sql::Expression& expression) {
-    SqlWriter(text).write(expression);
-}
-
 }  // namespace kap::engine

@@ -5,10 +5,12 @@
 
 #include "engine/sqlite/expression_tree.hpp"
 #include "engine/sqlite/query_tree.hpp"
+#include "engine/sqlite/write_tree.hpp"
 
 namespace kap::engine {
 
-// Writes expressions and queries as SQLite reads them: the only place that knows how. Error 8631
+// Writes expressions, queries and what writes rows as SQLite reads them: the only place that knows
+// how. Error 8631
 // where the stack ends before the expression does.
 class SqlWriter {
 public:
@@ -19,10 +21,9 @@ public:
     // Expressions with commas between them.
     void write(std::span<const sql::Expression> list);
     void write(const sql::Query& query);
+    void write(const sql::Write& statement);
     // What stands behind FROM.
     void write(const sql::From& from);
-    // WITH and a blank; nothing without tables.
-    void write(std::span<const sql::CommonTable> tables);
 
 private:
     void node(const sql::Column& column);
@@ -51,12 +52,18 @@ private:
     void body(const sql::Select& select);
     void body(const sql::Compound& compound);
     void body(const sql::Values& values);
+    void body(const sql::Insert& insert);
+    void body(const sql::Update& update);
+    void body(const sql::Delete& removal);
+    void names(std::span<const std::string> list);
+    void where(const sql::Expression& condition);
     void source(const sql::TableName& table);
     void source(const sql::Derived& derived);
     void source(const sql::RowsOf& rows);
     void source(const sql::From& sources);
     void alias(std::string_view name);
     void bracketed(const sql::QueryTree& query);
+    void with(std::span<const sql::CommonTable> tables);
     void limits(const sql::Expression& limit, const sql::Expression& offset);
     void orderBy(std::span<const sql::OrderTerm> order);
     void name(std::string_view name);
@@ -76,10 +83,7 @@ private:
 [[nodiscard]] std::string sqlOf(const sql::Query& query);
 // What stands behind FROM.
 [[nodiscard]] std::string sqlOf(const sql::From& from);
-// WITH and a blank, before the statement that reads these tables; empty without any.
-[[nodiscard]] std::string sqlOf(std::span<const sql::CommonTable> tables);
-
-// An expression behind a text.
-void appendSql(std::string& text, const sql::Expression& expression);
+// A statement as SQLite reads it.
+[[nodiscard]] std::string sqlOf(const sql::Write& statement);
 
 }  // namespace kap::engine
