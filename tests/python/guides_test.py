@@ -12,6 +12,7 @@ import unittest
 from guide_reader import BLOCK, GUIDES, Reader, pages
 
 BUILD = os.environ["KAPUTIL_BUILD"]
+FRONT_PAGE = GUIDES.parents[1] / "README.md"
 
 
 class BuildReader(Reader):
@@ -44,6 +45,25 @@ class Guides(unittest.TestCase):
             programs = [[found["text"] for found in BLOCK.finditer((GUIDES / language / name).read_text(encoding="utf-8"))
                          if found["language"] in ("python", "sql")] for language in ("it", "en")]
             self.assertEqual(programs[0], programs[1], name)
+
+    def test_the_front_page_shows_what_happens(self):
+        page = FRONT_PAGE.read_text(encoding="utf-8")
+        with tempfile.TemporaryDirectory() as folder:
+            reader = BuildReader(pathlib.Path(folder))
+            printed = reader.run("kaputil", "demo", "--database", "azienda.db").splitlines()
+            shown = page.split("Part of what the demo shows:\n")[1].split("\n`./run demo")[0]
+            lines = [line.removeprefix("    ") for line in shown.splitlines() if line]
+            self.assertGreater(len(lines), 8)
+            for line in lines:
+                self.assertIn(line, printed)
+            query, table = re.search(r"azienda> (SELECT .*?);\n(.*?) *azienda> :quit\n", page, re.DOTALL).groups()
+            self.assertEqual(reader.run("kaputil", "sql", "azienda.db", "--command", query).splitlines(),
+                             [line.removeprefix("    ") for line in table.splitlines()])
+            called, result = re.search(r"\$ kaputil (call .*)\n    (.*)\n", page).groups()
+            self.assertEqual(reader.run("kaputil", *called.split()), f"{result}\n")
+
+    def test_the_front_page_is_short(self):
+        self.assertLess(len(FRONT_PAGE.read_text(encoding="utf-8").splitlines()), 150)
 
     def test_their_references_lead_somewhere(self):
         for path in pages():
