@@ -21,6 +21,7 @@ void writeReference(const std::string& folder);
 
 // What the pages of the reference look like beside what all pages do; after sunset, too.
 inline constexpr std::string_view kReferenceStyles = R"css(
+h1, h2 { overflow-wrap: anywhere; }
 tbody th { background: none; font-weight: 400; white-space: nowrap; width: 1%; }
 a:focus-visible, input:focus-visible { outline: 2px solid var(--link); outline-offset: 2px; }
 :root { --link: #1f5fa8; }
