@@ -1,9 +1,11 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <map>
 #include <set>
 #include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "cli/command_line.hpp"
@@ -12,9 +14,15 @@
 namespace kap::tests {
 namespace {
 
-std::string helpIn(const char* locale, std::vector<std::string> command) {
-    command.emplace_back("--help");
-    return kaputil(command, {}, {std::string("KAPUTIL_LOCALE=") + locale}).out;
+// Each is asked for once: the tests go over all commands in both languages.
+const std::string& helpIn(const std::string& locale, std::vector<std::string> command) {
+    static std::map<std::pair<std::string, std::vector<std::string>>, std::string> known;
+    std::string& help = known[{locale, command}];
+    if (help.empty()) {
+        command.emplace_back("--help");
+        help = kaputil(command, {}, {"KAPUTIL_LOCALE=" + locale}).out;
+    }
+    return help;
 }
 
 std::vector<std::string> linesOfHelp(const std::string& help) {
@@ -52,7 +60,7 @@ std::vector<std::vector<std::string>> everyCommand() {
 }
 
 TEST(Help, IsInTheLanguageOfTheUser) {
-    const std::string italian = helpIn("it-IT", {"import"});
+    const std::string italian = helpIn("it", {"import"});
     EXPECT_TRUE(
         italian.starts_with("Porta le righe di un file in una tabella, tutte o nessuna.\n"
                             "Uso: kaputil import [OPZIONI] [FILE]\n"))
@@ -61,7 +69,7 @@ TEST(Help, IsInTheLanguageOfTheUser) {
     EXPECT_TRUE(contains(italian, "\nOpzioni:\n  -h,--help                   Stampa questo aiuto"))
         << italian;
     EXPECT_TRUE(contains(italian, "  --table NOME OBBLIGATORIO ")) << italian;
-    const std::string english = helpIn("en-GB", {"import"});
+    const std::string english = helpIn("en", {"import"});
     EXPECT_TRUE(
         english.starts_with("Bring the rows of a file into a table, all of them or none.\n"
                             "Usage: kaputil import [OPTIONS] [FILE]\n"))
@@ -70,7 +78,7 @@ TEST(Help, IsInTheLanguageOfTheUser) {
 }
 
 TEST(Help, ListsCommandsAndVariablesInTheLanguageOfTheUser) {
-    const std::string italian = helpIn("it-IT", {});
+    const std::string italian = helpIn("it", {});
     EXPECT_TRUE(
         italian.starts_with("La riga di comando di KAP Utility.\n"
                             "Uso: kaputil [OPZIONI] [COMANDO]\n"))

@@ -15,8 +15,10 @@
 #include "cli/commands/shell/shell_commands.hpp"
 #include "cli/commands/shell/statement_colours.hpp"
 #include "cli/commands/sql/statement_scan.hpp"
+#include "cli/language_option.hpp"
 #include "cli/output/exit_codes.hpp"
 #include "cli/output/failure_report.hpp"
+#include "cli/output/language.hpp"
 #include "cli/output/terminal.hpp"
 #include "migrate/copied_tables.hpp"
 
@@ -54,7 +56,10 @@ public:
               painter()) {}
 
     int run() {
-        std::cout << "Statements end with ; or GO. :help tells the commands, :quit leaves.\n";
+        std::cout
+            << (userLanguage() == Language::Italian
+                    ? "Le istruzioni finiscono con ; o GO. :help elenca i comandi, :quit esce.\n"
+                    : "Statements end with ; or GO. :help tells the commands, :quit leaves.\n");
         while (!state_.done) {
             std::string line;
             switch (editor_.read(prompt(), line)) {

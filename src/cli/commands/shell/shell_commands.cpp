@@ -11,8 +11,10 @@
 #include "cli/commands/describe/describe_output.hpp"
 #include "cli/commands/import/import_command.hpp"
 #include "cli/commands/shell/pager.hpp"
+#include "cli/language_option.hpp"
 #include "cli/names.hpp"
 #include "cli/output/failure_report.hpp"
+#include "cli/output/language.hpp"
 #include "cli/output/shown_text.hpp"
 #include "cli/output/usage_error.hpp"
 #include "cli/text_file.hpp"
@@ -27,6 +29,7 @@ struct ShellCommand {
     const char* name;
     const char* arguments;
     const char* help;
+    const char* italianHelp;
     void (*run)(const ShellWords& words, ShellState& state);
 };
 
@@ -185,28 +188,40 @@ void quit(const ShellWords& /*words*/, ShellState& state) {
 void help(const ShellWords& words, ShellState& state);
 
 constexpr auto kShellCommands = std::to_array<ShellCommand>(
-    {{":tables", "", "the tables and views", &showTables},
-     {":describe", "TABLE", "a table's columns, keys and triggers", &describeTable},
-     {":indexes", "[TABLE]", "the keys and indexes", &showIndexes},
-     {":procs", "", "the procedures and functions", &showPrograms},
-     {":mode", "[MODE]", "how rows are shown: table, vertical, csv, ...", &chooseMode},
-     {":timing", "[on|off]", "how long each statement takes", &switchTiming},
-     {":plan", "[on|off]", "explains statements instead of running them", &switchPlan},
-     {":import", "TABLE FILE [LOCALE]", "brings the rows of a file into a table", &importFile},
+    {{":tables", "", "the tables and views", "le tabelle e le viste", &showTables},
+     {":describe", "TABLE", "a table's columns, keys and triggers",
+      "colonne, chiavi e trigger di una tabella", &describeTable},
+     {":indexes", "[TABLE]", "the keys and indexes", "le chiavi e gli indici", &showIndexes},
+     {":procs", "", "the procedures and functions", "le procedure e le funzioni", &showPrograms},
+     {":mode", "[MODE]", "how rows are shown: table, vertical, csv, ...",
+      "come si mostrano le righe: table, vertical, csv, ...", &chooseMode},
+     {":timing", "[on|off]", "how long each statement takes", "quanto dura ogni istruzione",
+      &switchTiming},
+     {":plan", "[on|off]", "explains statements instead of running them",
+      "spiega le istruzioni invece di eseguirle", &switchPlan},
+     {":import", "TABLE FILE [LOCALE]", "brings the rows of a file into a table",
+      "porta le righe di un file in una tabella", &importFile},
      {":export", "FILE \"QUERY\"", "writes rows to a .csv, .tsv, .md, .html, .json, .jsonl",
-      &exportRows},
-     {":r", "FILE", "runs a script", &runFile},
-     {":setvar", "[NAME [VALUE]]", "what stands for $(NAME) in statements", &setShellVariable},
-     {":help", "", "this text", &help},
-     {":quit", "", "leaves, as Ctrl-D does", &quit}});
+      "scrive righe in un .csv, .tsv, .md, .html, .json, .jsonl", &exportRows},
+     {":r", "FILE", "runs a script", "esegue uno script", &runFile},
+     {":setvar", "[NAME [VALUE]]", "what stands for $(NAME) in statements",
+      "che cosa sta al posto di $(NAME) nelle istruzioni", &setShellVariable},
+     {":help", "", "this text", "questo testo", &help},
+     {":quit", "", "leaves, as Ctrl-D does", "esce, come Ctrl-D", &quit}});
 
 void help(const ShellWords& /*words*/, ShellState& /*state*/) {
     constexpr std::size_t kRoom = 30;
-    std::cout << "A statement ends with ; at the end of a line, or with a line GO; what makes a\n"
-                 "procedure, function or trigger ends with GO alone. Ctrl-C cancels.\n";
+    const bool italian = userLanguage() == Language::Italian;
+    std::cout
+        << (italian
+                ? "Un'istruzione finisce con ; in fondo alla riga, o con una riga GO; quello che "
+                  "crea\n"
+                  "procedure, funzioni o trigger finisce solo con GO. Ctrl-C annulla.\n"
+                : "A statement ends with ; at the end of a line, or with a line GO; what makes a\n"
+                  "procedure, function or trigger ends with GO alone. Ctrl-C cancels.\n");
     for (const ShellCommand& command : kShellCommands) {
         std::cout << "  " << padded(std::string(command.name) + " " + command.arguments, kRoom)
-                  << command.help << '\n';
+                  << (italian ? command.italianHelp : command.help) << '\n';
     }
     std::cout << std::flush;
 }
