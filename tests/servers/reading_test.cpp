@@ -173,10 +173,10 @@ TEST_F(ServerReading, DescribesItsColumns) {
     run("CREATE TABLE t (a int PRIMARY KEY, b varchar(20), c numeric(10,2), d timestamp, e bytea,"
         " f char(5), g text, h bool, i money, j real)");
     EXPECT_EQ(described("SELECT a FROM t"), "3 4 10 255");
-    EXPECT_EQ(described("SELECT b FROM t"), "202 20 255 255");
+    EXPECT_EQ(described("SELECT b FROM t"), "200 20 255 255");
     EXPECT_EQ(described("SELECT c FROM t"), "131 19 10 2");
     EXPECT_EQ(described("SELECT e FROM t"), "205 2147483647 255 255");
-    EXPECT_EQ(described("SELECT f FROM t"), "130 5 255 255");
+    EXPECT_EQ(described("SELECT f FROM t"), "129 5 255 255");
     EXPECT_EQ(described("SELECT g FROM t"), "201 2147483647 255 255");
     EXPECT_EQ(described("SELECT h FROM t"), "11 2 255 255");
     EXPECT_EQ(described("SELECT i FROM t"), "6 8 19 255");

@@ -107,7 +107,7 @@ TEST_F(ServerSchema, ListsColumnsInTheTablesOrder) {
         schema(SchemaEnum::adSchemaColumns, {Variant(), Variant(), Variant(u"T"), Variant()});
     EXPECT_EQ(column(found, u"COLUMN_NAME"), "String a|String b|String c|");
     found->MoveFirst();
-    EXPECT_EQ(column(found, u"DATA_TYPE"), "Long 3|Long 130|Long 131|");
+    EXPECT_EQ(column(found, u"DATA_TYPE"), "Long 3|Long 129|Long 131|");
     found->MoveFirst();
     EXPECT_EQ(column(found, u"IS_NULLABLE"), "Boolean Falso|Boolean Vero|Boolean Falso|");
     found->MoveFirst();

@@ -40,8 +40,18 @@ public:
     }
     // Parameters must be of exactly the type that they are stored as. Texts are cast to no length,
     // for that would cut them.
+    // Every text is Unicode, whatever it is announced as.
     [[nodiscard]] DataTypeEnum keptAs(DataTypeEnum announced) const override {
-        return announced == adLongVarChar ? adLongVarWChar : announced;  // every text is Unicode
+        switch (announced) {
+            case adChar:
+                return adWChar;
+            case adVarChar:
+                return adVarWChar;
+            case adLongVarChar:
+                return adLongVarWChar;
+            default:
+                return announced;
+        }
     }
     [[nodiscard]] std::string mark(const ColumnDefinition& column) const override {
         const std::string type = plainType(column);

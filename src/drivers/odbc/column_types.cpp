@@ -126,6 +126,19 @@ std::uint8_t small(SQLULEN number) {
     return static_cast<std::uint8_t>(std::min<SQLULEN>(number, kNone));
 }
 
+DataTypeEnum narrow(DataTypeEnum type) {
+    switch (type) {
+        case adWChar:
+            return adChar;
+        case adVarWChar:
+            return adVarChar;
+        case adLongVarWChar:
+            return adLongVarChar;
+        default:
+            return type;
+    }
+}
+
 bool isRowVersion(const AnnouncedType& type, DataTypeEnum code) {
     const std::string name = asciiLower(type.name);
     return storageOf(code) == Storage::Binary && (name == "timestamp" || name == "rowversion");
@@ -133,11 +146,11 @@ bool isRowVersion(const AnnouncedType& type, DataTypeEnum code) {
 
 }  // namespace
 
-void describeType(const AnnouncedType& type, SQLULEN inventedSize, DataTypeEnum longText,
+void describeType(const AnnouncedType& type, SQLULEN inventedSize, TextKind wideTexts,
                   ColumnInfo& info) {
     info.type = typeOf(type, inventedSize);
-    if (info.type == adLongVarWChar) {
-        info.type = longText;
+    if (wideTexts == TextKind::Narrow) {
+        info.type = narrow(info.type);
     }
     info.rowVersion = isRowVersion(type, info.type);
     if (info.rowVersion) {

@@ -18,10 +18,13 @@ struct AnnouncedType {
     bool isUnsigned = false;
 };
 
+// Whether a program is to know texts as wide or as narrow ones; their letters are the same.
+enum class TextKind : std::uint8_t { Wide, Narrow };
+
 // Fills in the type, sizes and row version of a column.
 // `inventedSize`: what texts without a limit are announced with; 0: they are told apart.
-// `longText`: what those are that are announced as wide ones.
-void describeType(const AnnouncedType& type, SQLULEN inventedSize, DataTypeEnum longText,
+// `wideTexts`: what those are to be that are announced as wide.
+void describeType(const AnnouncedType& type, SQLULEN inventedSize, TextKind wideTexts,
                   ColumnInfo& info);
 
 }  // namespace kap::ado::odbc

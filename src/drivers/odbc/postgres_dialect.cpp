@@ -91,9 +91,11 @@ public:
     [[nodiscard]] const SqlDialect& sql() const override { return postgresSql(); }
 
     [[nodiscard]] SQLULEN inventedSize() const override { return 255; }
-    // Programs that come from a database with narrow and wide texts know long ones as narrow: a
-    // missing record has an empty text there, and not one of a wide one's width.
-    [[nodiscard]] DataTypeEnum longText() const override { return DataTypeEnum::adLongVarChar; }
+    // There is one kind of texts. Programs that come from a database with two have narrow ones
+    // nearly everywhere, and treat them otherwise where the library tells them apart: an empty
+    // property is written as an empty text and not as Null, a missing record has no text of a wide
+    // one's width, exports can write them.
+    [[nodiscard]] TextKind wideTexts() const override { return TextKind::Narrow; }
 
     [[nodiscard]] std::string said(const std::string& text, bool isQuery) const override {
         try {

@@ -293,7 +293,7 @@ private:
         const std::int64_t money = found.number(11).value_or(0);
         const std::int64_t automatic = found.number(12).value_or(0);
         ColumnInfo info;
-        describeType(type, 0, connection_.dialect().longText(), info);
+        describeType(type, 0, connection_.dialect().wideTexts(), info);
         return {{"TYPE_NAME", schemaText(type.name)},
                 {"DATA_TYPE", schemaNumber(static_cast<std::int64_t>(schemaType(info.type)))},
                 {"COLUMN_SIZE", schemaNumber(static_cast<std::int64_t>(type.size))},

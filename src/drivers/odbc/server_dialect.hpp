@@ -80,8 +80,8 @@ public:
     void describe(const AnnouncedType& type, ColumnInfo& info) const;
     // What texts without a limit are announced with; 0: they are told apart.
     [[nodiscard]] virtual SQLULEN inventedSize() const { return 0; }
-    // The type of texts without a limit that are announced as wide ones.
-    [[nodiscard]] virtual DataTypeEnum longText() const { return DataTypeEnum::adLongVarWChar; }
+    // What texts that are announced as wide ones are to programs.
+    [[nodiscard]] virtual TextKind wideTexts() const { return TextKind::Wide; }
     // Whether parameters of a procedure are known by their names.
     [[nodiscard]] virtual bool namesParameters() const { return false; }
 
