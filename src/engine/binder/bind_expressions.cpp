@@ -1,10 +1,8 @@
 #include <algorithm>
-#include <charconv>
 #include <cstdint>
 #include <limits>
 #include <optional>
 #include <string_view>
-#include <system_error>
 #include <utility>
 
 #include <kaputil/automation/plain_text.hpp>
@@ -37,10 +35,9 @@ constexpr int kMaxLiteralDigits = 38;
 // A whole number that is an int whatever its digits are; nullopt for one that may be longer.
 std::optional<BoundExpression> shortLiteral(std::string_view digits) {
     if (digits.size() > std::numeric_limits<std::int32_t>::digits10) return std::nullopt;
-    std::int64_t value = 0;
-    const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), value);
-    if (error != std::errc{} || end != digits.data() + digits.size()) return std::nullopt;
-    return BoundExpression::literal(value, {SqlType::Int});
+    const auto value = plain::readWhole(digits);
+    if (!value) return std::nullopt;
+    return BoundExpression::literal(*value, {SqlType::Int});
 }
 
 BoundExpression exactLiteral(const std::string& text, bool whole, int line) {
