@@ -14,6 +14,7 @@
 
 #include "ado/background.hpp"
 #include "ado/connection_notices.hpp"
+#include "ado/counted.hpp"
 #include "ado/gradual_rows.hpp"
 #include "ado/later_execution.hpp"
 #include "ado/request_builder.hpp"
@@ -32,18 +33,6 @@ namespace {
 
 constexpr std::int32_t kNothingToCommit = 3902;
 constexpr std::int32_t kNothingToRollBack = 3903;
-
-// One more for a scope.
-class Counted {
-public:
-    explicit Counted(std::atomic<int>& count) noexcept : count_(count) { ++count_; }
-    Counted(const Counted&) = delete;
-    Counted& operator=(const Counted&) = delete;
-    ~Counted() { --count_; }
-
-private:
-    std::atomic<int>& count_;
-};
 
 }  // namespace
 

@@ -4,6 +4,7 @@
 #include <kaputil/ado/recordset.hpp>
 #include <kaputil/automation/convert.hpp>
 
+#include "ado/counted.hpp"
 #include "ado/recordset_notices.hpp"
 #include "ado/row_cursor.hpp"
 #include "data/failures.hpp"
@@ -24,6 +25,7 @@ bool Recordset::fetches() const {
 
 void Recordset::reportingFetch(const std::function<void()>& work) {
     const Ref<Connection> connection = connection_;
+    const Counted running(connection->running_);
     connection->reporting(work);
 }
 

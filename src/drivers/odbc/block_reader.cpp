@@ -91,6 +91,9 @@ bool BlockReader::readBlock(std::vector<ColumnInfo>& columns, std::vector<Column
     }
     fetched_ = 0;
     const SQLRETURN code = SQLFetch(statement_.get());
+    if (SQL_SUCCEEDED(code) || code == SQL_NO_DATA) {
+        connection_.requireNotCancelled();
+    }
     if (code == SQL_NO_DATA) {
         atEnd_ = true;
         return false;

@@ -23,18 +23,18 @@ void BoundStatement::close() {
     SQLFreeStmt(statement_.get(), SQL_CLOSE);
 }
 
-std::unique_ptr<BoundStatement> KeptStatements::take(const KnownQuery& query) {
+std::shared_ptr<BoundStatement> KeptStatements::take(const KnownQuery& query) {
     const auto found = std::ranges::find(kept_, &query, &Kept::query);
     if (found == kept_.end()) {
         return nullptr;
     }
-    std::unique_ptr<BoundStatement> statement = std::move(found->statement);
+    std::shared_ptr<BoundStatement> statement = std::move(found->statement);
     kept_.erase(found);
     statement->reopen();
     return statement;
 }
 
-void KeptStatements::keep(const KnownQuery& query, std::unique_ptr<BoundStatement> statement) {
+void KeptStatements::keep(const KnownQuery& query, std::shared_ptr<BoundStatement> statement) {
     statement->close();
     kept_.push_front({&query, std::move(statement)});
     if (kept_.size() > kMost) {

@@ -29,6 +29,8 @@ public:
     [[nodiscard]] BlockReader& reader() noexcept { return *reader_; }
     // Whether a result has been begun and read to its end.
     [[nodiscard]] bool isRead() const noexcept { return reader_ && reader_->atEnd(); }
+    // The statement goes on to its next result, which may have other columns.
+    void leaveResult() { reader_.reset(); }
     // Ends the result; the statement can be run again.
     void close();
 
@@ -44,16 +46,16 @@ private:
 class KeptStatements {
 public:
     // The statement that has run this query, or else null.
-    [[nodiscard]] std::unique_ptr<BoundStatement> take(const KnownQuery& query);
+    [[nodiscard]] std::shared_ptr<BoundStatement> take(const KnownQuery& query);
     // Its result has been read to the end.
-    void keep(const KnownQuery& query, std::unique_ptr<BoundStatement> statement);
+    void keep(const KnownQuery& query, std::shared_ptr<BoundStatement> statement);
     void forget() { kept_.clear(); }
 
 private:
     static constexpr std::size_t kMost = 4;
     struct Kept {
         const KnownQuery* query;  // only compared; the columns are looked at anew each time
-        std::unique_ptr<BoundStatement> statement;
+        std::shared_ptr<BoundStatement> statement;
     };
     std::list<Kept> kept_;  // the last used first
 };

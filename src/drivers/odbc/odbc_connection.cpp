@@ -7,7 +7,6 @@
 
 #include "base/unicode.hpp"
 #include "drivers/odbc/diagnostics.hpp"
-#include "drivers/odbc/pending_rows.hpp"
 
 namespace kap::ado::odbc {
 namespace {
@@ -67,6 +66,7 @@ void limitStatement(const Handle& statement, std::chrono::seconds timeout) {
 }
 
 constexpr const char* kLost = "The connection to the database server has been lost";
+constexpr const char* kCancelled = "The operation has been cancelled.";
 constexpr const char* kOpenAgain = "Close it and open it again.";
 
 // What the server has been asked to keep itself is its own affair for so long.
@@ -181,6 +181,12 @@ void OdbcConnection::requireAlive() const {
     }
 }
 
+void OdbcConnection::requireNotCancelled() const {
+    if (cancelling_.isWanted()) {
+        throw driverError(errors::kOperationCancelled, "HY008", kCancelled);
+    }
+}
+
 void OdbcConnection::check(SQLRETURN code, const Handle& handle) {
     if (!SQL_SUCCEEDED(code)) {
         throw DriverError(failure(handle), kErrorSource);
@@ -205,7 +211,12 @@ std::vector<ServerMessage> OdbcConnection::failure(const Handle& handle) {
         return messages;
     }
     for (ServerMessage& message : messages) {
-        if (message.isError()) {
+        if (!message.isError()) {
+            continue;
+        }
+        if (cancelling_.isWanted()) {
+            message.number = errors::kOperationCancelled;
+        } else {
             dialect_->refine(message);
         }
     }
@@ -275,9 +286,9 @@ void OdbcConnection::endTransaction(bool commit) {
     throw DriverError(std::move(messages), kErrorSource);
 }
 
-void OdbcConnection::reading(const std::shared_ptr<PendingRows>& rows) {
+void OdbcConnection::reading(const std::shared_ptr<Unread>& unread) {
     std::erase_if(reading_, [](const auto& each) { return each.expired(); });
-    reading_.push_back(rows);
+    reading_.push_back(unread);
 }
 
 void OdbcConnection::makeWay() {
@@ -285,16 +296,16 @@ void OdbcConnection::makeWay() {
         return;
     }
     for (const auto& each : std::exchange(reading_, {})) {
-        if (const auto rows = each.lock()) {
-            rows->readAhead();
+        if (const auto unread = each.lock()) {
+            unread->readAhead();
         }
     }
 }
 
 void OdbcConnection::endReading() {
     for (const auto& each : std::exchange(reading_, {})) {
-        if (const auto rows = each.lock()) {
-            rows->drop();
+        if (const auto unread = each.lock()) {
+            unread->drop();
         }
     }
 }

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "data/driver.hpp"
+#include "drivers/odbc/cancelling.hpp"
 #include "drivers/odbc/connect_text.hpp"
 #include "drivers/odbc/handles.hpp"
 #include "drivers/odbc/server_dialect.hpp"
@@ -16,7 +17,21 @@
 
 namespace kap::ado::odbc {
 
-class PendingRows;
+// What a statement has still to give. Where only one can be open at a time it is in the way of the
+// next.
+class Unread {
+public:
+    Unread() = default;
+    Unread(const Unread&) = delete;
+    Unread& operator=(const Unread&) = delete;
+    virtual ~Unread() = default;
+
+    // Reads everything that is left; a failure is raised by whoever asks for what it stands in the
+    // place of.
+    virtual void readAhead() = 0;
+    // Ends the reading: nothing can be fetched any more.
+    virtual void drop() = 0;
+};
 
 // The connection itself, shared by the session and by the results that are still being read.
 class OdbcConnection {
@@ -39,6 +54,11 @@ public:
     [[nodiscard]] Watchdog::Limit endLimit();
     // The server has answered: it has its time anew.
     void progress() { watchdog_.progress(); }
+
+    // What can be ended from another thread.
+    [[nodiscard]] Cancelling& cancelling() noexcept { return cancelling_; }
+    // Raises kOperationCancelled when what runs has been told to end.
+    void requireNotCancelled() const;
 
     // A new statement. Where the driver has but one result open at a time, what is left of an
     // earlier one is read first. Raises at once when the connection has been lost.
@@ -73,9 +93,9 @@ public:
     [[nodiscard]] bool inTransaction() const noexcept { return inTransaction_; }
     void endTransaction(bool commit);
 
-    // The rows that a result still has to read: one that is being read, of this connection.
-    void reading(const std::shared_ptr<PendingRows>& rows);
-    // Ends what is being read: the rows that were not fetched are lost.
+    // Something of this connection that is being read.
+    void reading(const std::shared_ptr<Unread>& unread);
+    // Ends what is being read: what has not been fetched is lost.
     void endReading();
 
 private:
@@ -87,6 +107,7 @@ private:
 
     ServerLine line_;
     Watchdog watchdog_;
+    Cancelling cancelling_;
     Handle handle_;
     std::unique_ptr<const ServerDialect> dialect_;
     const std::chrono::steady_clock::time_point opened_ = std::chrono::steady_clock::now();
@@ -96,7 +117,7 @@ private:
     // The level that the connection has been given; unset: the server's own.
     std::optional<SQLULEN> isolation_;
     bool connected_ = false;
-    std::vector<std::weak_ptr<PendingRows>> reading_;
+    std::vector<std::weak_ptr<Unread>> reading_;
 };
 
 }  // namespace kap::ado::odbc

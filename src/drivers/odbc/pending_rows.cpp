@@ -19,7 +19,7 @@ void appendRow(const ColumnInfo& column, const ColumnStore& from, std::size_t ro
 }  // namespace
 
 PendingRows::PendingRows(std::shared_ptr<OdbcConnection> connection,
-                         std::unique_ptr<BoundStatement> statement, std::vector<ColumnInfo> columns,
+                         std::shared_ptr<BoundStatement> statement, std::vector<ColumnInfo> columns,
                          std::chrono::seconds timeout)
     : connection_(std::move(connection)),
       statement_(std::move(statement)),
@@ -46,6 +46,7 @@ bool PendingRows::fetchSome(std::vector<ColumnStore>& rows) {
     }
     try {
         const auto limited = connection_->limit(timeout_);
+        const auto cancellable = this->cancellable();
         if (statement_->reader().readBlock(columns_, rows) && !statement_->isRead()) {
             return true;
         }
@@ -80,6 +81,7 @@ void PendingRows::readAll(std::vector<ColumnStore>& rows) {
     }
     try {
         const auto limited = connection_->limit(timeout_);
+        const auto cancellable = this->cancellable();
         makeRoom(rows);
         while (statement_->reader().readBlock(columns_, rows)) {
         }
@@ -99,6 +101,10 @@ void PendingRows::makeRoom(std::vector<ColumnStore>& rows) {
             store.reserve(static_cast<std::size_t>(std::min(count, kMostBelieved)));
         }
     }
+}
+
+Cancelling::Scope PendingRows::cancellable() const {
+    return {connection_->cancelling(), statement_->handle().get()};
 }
 
 // The connection ends when nobody needs it any more.

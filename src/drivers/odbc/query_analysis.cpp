@@ -114,6 +114,36 @@ bool mayFollowQuery(std::string_view text) {
            });
 }
 
+// Whether every statement is a query, a variable or a message, as far as words can tell. Functions
+// of sequences, of settings and of locks write, too; what some servers quote in ways of their own
+// may hide a word.
+bool readsAlone(std::string_view text) {
+    constexpr std::array<std::string_view, 4> kFirst = {"select", "with", "declare", "print"};
+    constexpr std::array<std::string_view, 35> kWrites = {
+        "insert",  "update", "delete", "merge",      "into",     "exec",      "execute",
+        "call",    "do",     "create", "alter",      "drop",     "truncate",  "rename",
+        "grant",   "revoke", "deny",   "begin",      "start",    "commit",    "rollback",
+        "save",    "use",    "copy",   "lock",       "waitfor",  "raiserror", "throw",
+        "nextval", "setval", "value",  "set_config", "get_lock", "openquery", "openrowset"};
+    const bool quotesOtherwise =
+        text.find('\\') != std::string_view::npos || text.find("/*!") != std::string_view::npos;
+    const std::vector<std::string> words = wordsOf(text);
+    if (quotesOtherwise || words.empty() ||
+        std::ranges::find(kFirst, words.front()) == kFirst.end()) {
+        return false;
+    }
+    for (std::size_t i = 0; i < words.size(); ++i) {
+        const std::string& word = words[i];
+        const bool sets =
+            word == "set" && (i + 1 == words.size() || !words[i + 1].starts_with('@'));
+        if (sets || std::ranges::find(kWrites, word) != kWrites.end() || word.starts_with("pg_") ||
+            word.starts_with("sp_") || word.starts_with("xp_") || word.starts_with("dblink")) {
+            return false;
+        }
+    }
+    return true;
+}
+
 QueryAnalysis read(std::string_view text) {
     QueryAnalysis found;
     if (beginsAsQuery(text)) {
@@ -133,6 +163,7 @@ QueryAnalysis read(std::string_view text) {
 QueryAnalysis analyse(std::string_view text) {
     QueryAnalysis found = read(text);
     found.mayFollow = !found.isOneQuery && mayFollowQuery(text);
+    found.onlyReads = found.isOneQuery || readsAlone(text);
     found.leavesState = found.changesTables || mayLeaveState(text, found.isOneQuery);
     return found;
 }

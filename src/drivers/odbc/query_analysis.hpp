@@ -14,6 +14,7 @@ struct QueryAnalysis : tsql::QuerySources {
     bool changesTables = false;  // it may create, change or drop a table
     bool leavesState = true;     // it may leave something on the connection: a setting, a temporary
                                  // table, a cursor, a lock, a transaction
+    bool onlyReads = false;      // nobody would miss what is not run of it
     bool mayFollow = false;      // a query may run in front of it, in one text with it, unnoticed
 };
 

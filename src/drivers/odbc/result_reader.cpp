@@ -40,21 +40,63 @@ bool ResultReader::failed() const {
 
 void ResultReader::readAll(SQLRETURN code, const Handle& statement, KnownQuery& query,
                            std::vector<Result>& results) {
-    note(code, statement);
-    if (code == SQL_NO_DATA) {
-        takeCount(statement, results);  // a write that found no row, with some drivers
-    } else if (SQL_SUCCEEDED(code)) {
-        take(statement, query, results);
-    }
-    while (!left_ && !connection_->isLost() && advance(statement) == Next::Result) {
+    begin(code, statement, query, results);
+    while (!left_ && goesOn() && advance(statement) == Next::Result) {
         take(statement, query, results);
     }
 }
 
-void ResultReader::readFirst(SQLRETURN code, std::unique_ptr<BoundStatement>& statement,
+void ResultReader::begin(SQLRETURN code, const Handle& statement, KnownQuery& query,
+                         std::vector<Result>& results) {
+    note(code, statement);
+    if (code == SQL_NO_DATA) {
+        takeCount(statement, results);  // a write that found no row, with some drivers
+    } else if (SQL_SUCCEEDED(code)) {
+        connection_->requireNotCancelled();
+        take(statement, query, results);
+    }
+}
+
+bool ResultReader::goesOn() const {
+    return !connection_->isLost() && !connection_->cancelling().isWanted();
+}
+
+void ResultReader::readFirst(SQLRETURN code, std::shared_ptr<BoundStatement> statement,
                              KnownQuery& query, std::vector<Result>& results) {
-    streamed_ = &statement;
-    readAll(code, statement->handle(), query, results);
+    streamed_ = std::move(statement);
+    readAll(code, streamed_->handle(), query, results);
+}
+
+bool ResultReader::readUpToRows(SQLRETURN code, std::shared_ptr<BoundStatement> statement,
+                                KnownQuery& query, std::vector<Result>& results) {
+    const auto hasRows = [](const Result& result) { return !result.columns.empty(); };
+    streamed_ = std::move(statement);
+    begin(code, streamed_->handle(), query, results);
+    while (std::ranges::none_of(results, hasRows)) {
+        if (!readNext(streamed_, query, results)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+bool ResultReader::readNext(std::shared_ptr<BoundStatement> statement, KnownQuery& query,
+                            std::vector<Result>& results) {
+    streamed_ = std::move(statement);
+    streamed_->leaveResult();
+    if (!goesOn() || advance(streamed_->handle()) == Next::End) {
+        return false;
+    }
+    take(streamed_->handle(), query, results);
+    return true;
+}
+
+void ResultReader::readRest(BoundStatement& statement, KnownQuery& query,
+                            std::vector<Result>& results) {
+    statement.leaveResult();
+    while (goesOn() && advance(statement.handle()) == Next::Result) {
+        take(statement.handle(), query, results);
+    }
 }
 
 void ResultReader::note(SQLRETURN code, const Handle& statement) {
@@ -75,6 +117,7 @@ ResultReader::Next ResultReader::advance(const Handle& statement) {
             return Next::End;
         }
         if (SQL_SUCCEEDED(code)) {
+            connection_->requireNotCancelled();
             note(code, statement);
             return Next::Result;
         }
@@ -83,7 +126,7 @@ ResultReader::Next ResultReader::advance(const Handle& statement) {
             return Next::End;
         }
         std::ranges::move(told, std::back_inserter(messages_));
-        if (connection_->isLost()) {
+        if (!goesOn()) {
             return Next::End;
         }
     }
@@ -135,11 +178,11 @@ void ResultReader::takeRows(const Handle& statement, Result& result) {
 
 void ResultReader::takeFirstRows(Result& result) {
     left_ = true;
-    BlockReader& reader = (*streamed_)->begin(*connection_, result.columns);
+    BlockReader& reader = streamed_->begin(*connection_, result.columns);
     (void)reader.readBlock(result.columns, result.rows);
     if (!reader.atEnd()) {
-        auto rows = std::make_shared<PendingRows>(connection_, std::move(*streamed_),
-                                                  result.columns, timeout_);
+        auto rows = std::make_shared<PendingRows>(connection_, streamed_, result.columns, timeout_);
+        rowsLeft_ = rows;
         connection_->reading(rows);
         result.rest = std::move(rows);
     }

@@ -21,8 +21,21 @@ public:
                  std::vector<Result>& results);
     // The same for a statement behind whose first result nothing comes, so that its rows may be
     // left to be fetched when they are needed: then the statement is taken over.
-    void readFirst(SQLRETURN code, std::unique_ptr<BoundStatement>& statement, KnownQuery& query,
+    void readFirst(SQLRETURN code, std::shared_ptr<BoundStatement> statement, KnownQuery& query,
                    std::vector<Result>& results);
+    // The same up to the first result with rows, which may be left to be fetched while the
+    // statement stands still. Whether anything may come behind it.
+    [[nodiscard]] bool readUpToRows(SQLRETURN code, std::shared_ptr<BoundStatement> statement,
+                                    KnownQuery& query, std::vector<Result>& results);
+    // The next result of a statement that stands still behind one, in the same way. What has failed
+    // in front of it is among the messages.
+    [[nodiscard]] bool readNext(std::shared_ptr<BoundStatement> statement, KnownQuery& query,
+                                std::vector<Result>& results);
+    // All that come behind the one that it stands still at.
+    void readRest(BoundStatement& statement, KnownQuery& query, std::vector<Result>& results);
+
+    // The rows that have been left to be fetched.
+    [[nodiscard]] const std::weak_ptr<PendingRows>& rowsLeft() const noexcept { return rowsLeft_; }
 
     // Errors and informations, in the server's order.
     [[nodiscard]] std::vector<ServerMessage>& messages() noexcept { return messages_; }
@@ -30,6 +43,9 @@ public:
 
 private:
     enum class Next { Result, End };
+    void begin(SQLRETURN code, const Handle& statement, KnownQuery& query,
+               std::vector<Result>& results);
+    [[nodiscard]] bool goesOn() const;
     void note(SQLRETURN code, const Handle& statement);
     void take(const Handle& statement, KnownQuery& query, std::vector<Result>& results);
     static void takeCount(const Handle& statement, std::vector<Result>& results);
@@ -42,8 +58,9 @@ private:
     std::chrono::seconds timeout_;
     bool first_ = true;  // no result has been taken yet
     // The statement whose rows may be left in it; unset: none.
-    std::unique_ptr<BoundStatement>* streamed_ = nullptr;
-    bool left_ = false;  // nothing more is to be asked of it
+    std::shared_ptr<BoundStatement> streamed_;
+    std::weak_ptr<PendingRows> rowsLeft_;
+    bool left_ = false;  // the rows of a result have been left in it
     std::vector<ServerMessage> messages_;
 };
 

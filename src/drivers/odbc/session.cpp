@@ -9,6 +9,7 @@
 #include "drivers/odbc/connection_pool.hpp"
 #include "drivers/odbc/diagnostics.hpp"
 #include "drivers/odbc/parameter_binding.hpp"
+#include "drivers/odbc/pending_results.hpp"
 #include "drivers/odbc/result_reader.hpp"
 #include "drivers/odbc/schema_reader.hpp"
 
@@ -61,7 +62,9 @@ OdbcSession::~OdbcSession() {
 OdbcConnection& OdbcSession::connection() {
     OdbcConnection& now = *work_->connection;
     if (text_.pooling.wanted && depth_ == 0 && now.isBlank() && now.hasEnded()) {
-        work_ = std::make_unique<Work>(ConnectionPool::shared().open(text_));
+        auto work = std::make_unique<Work>(ConnectionPool::shared().open(text_));
+        const std::lock_guard lock(replacing_);
+        work_ = std::move(work);
     }
     return *work_->connection;
 }
@@ -79,9 +82,10 @@ void OdbcSession::execute(Request& request, Reply& reply) {
     ResultColumns columns(connection, work_->catalogue, work_->tables);
     columns.prepare(query, timeout_);
     const bool again = query.isOneQuery && request.parameters.empty();
-    std::unique_ptr<BoundStatement> statement =
+    std::shared_ptr<BoundStatement> statement =
         again ? statementFor(known)
-              : std::make_unique<BoundStatement>(connection.newStatement(timeout_));
+              : std::make_shared<BoundStatement>(connection.newStatement(timeout_));
+    const Cancelling::Scope cancellable(connection.cancelling(), statement->handle().get());
     ParameterBinding parameters(connection, statement->handle());
     for (const RequestParameter& parameter : request.parameters) {
         parameters.add(parameter);
@@ -92,6 +96,13 @@ void OdbcSession::execute(Request& request, Reply& reply) {
                                           static_cast<SQLINTEGER>(text.size()));
     if (query.isOneQuery && std::ranges::none_of(request.parameters, comesBack)) {
         reader.readFirst(code, statement, known, reply.results);
+    } else if (request.oneByOne && query.onlyReads && request.parameters.empty()) {
+        if (reader.readUpToRows(code, statement, known, reply.results) && !reader.failed()) {
+            const auto rest = std::make_shared<PendingResults>(
+                work_->connection, statement, reader.rowsLeft(), columns, known, timeout_);
+            connection.reading(rest);
+            reply.rest = rest;
+        }
     } else {
         reader.readAll(code, statement->handle(), known, reply.results);
     }
@@ -107,18 +118,23 @@ void OdbcSession::execute(Request& request, Reply& reply) {
             request.parameters[i].value = parameters.result(i, request.parameters[i]);
         }
     }
-    if (again && statement != nullptr && statement->isRead()) {
+    if (again && statement->isRead()) {
         work_->statements.keep(known, std::move(statement));
     }
 }
 
-std::unique_ptr<BoundStatement> OdbcSession::statementFor(const KnownQuery& query) {
+void OdbcSession::cancel() noexcept {
+    const std::lock_guard lock(replacing_);
+    work_->connection->cancelling().cancel();
+}
+
+std::shared_ptr<BoundStatement> OdbcSession::statementFor(const KnownQuery& query) {
     OdbcConnection& connection = *work_->connection;
     if (auto statement = work_->statements.take(query)) {
         connection.renew(statement->handle(), timeout_);
         return statement;
     }
-    return std::make_unique<BoundStatement>(connection.newStatement(timeout_));
+    return std::make_shared<BoundStatement>(connection.newStatement(timeout_));
 }
 
 std::string OdbcSession::said(const Request& request, KnownQuery& query) const {

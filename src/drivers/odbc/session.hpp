@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <memory>
+#include <mutex>
 #include <string>
 
 #include "data/table_session.hpp"
@@ -21,6 +22,7 @@ public:
 
     using Session::execute;
     void execute(Request& request, Reply& reply) override;
+    void cancel() noexcept override;
     ChangeOutcome apply(const RowChange& change) override;
     void append(const RowBatch& batch) override;
     [[nodiscard]] Result schema(SchemaEnum kind, const SchemaRestrictions& wanted) override;
@@ -53,7 +55,7 @@ private:
     // and it was blank, it is another one; with a pool only, for else a loss is told.
     OdbcConnection& connection();
     // The statement that has run the query before, or else a new one.
-    [[nodiscard]] std::unique_ptr<BoundStatement> statementFor(const KnownQuery& query);
+    [[nodiscard]] std::shared_ptr<BoundStatement> statementFor(const KnownQuery& query);
     // The text of a request as the server reads it.
     [[nodiscard]] std::string said(const Request& request, KnownQuery& query) const;
     void endTransaction(bool commit);
@@ -63,6 +65,7 @@ private:
 
     ConnectText text_;
     std::unique_ptr<Work> work_;
+    std::mutex replacing_;  // another thread that cancels meets a whole one
     int depth_ = 0;
     // Of the last request, before the first that of the opening: what belongs to a recordset, and
     // transactions, have no limit of their own.

@@ -1,10 +1,12 @@
 // An ODBC driver without a server: it follows a file of traffic (see traffic.hpp), which the key
 // Traffic of the connection string names, and notes beside it what it was asked.
 #include <algorithm>
+#include <condition_variable>
 #include <cstring>
 #include <fstream>
 #include <map>
 #include <memory>
+#include <mutex>
 
 #include "cells.hpp"
 
@@ -40,6 +42,9 @@ struct Statement {
     SQLULEN rowsOfBlock = 1;
     SQLULEN* fetched = nullptr;
     SQLUSMALLINT* states = nullptr;
+    std::mutex guard;
+    std::condition_variable changed;
+    bool cancelled = false;
 };
 
 Line& lineOf(SQLHDBC handle) {
@@ -102,6 +107,10 @@ SQLRETURN next(Statement& statement) {
     statement.now = std::move(statement.answers.front());
     statement.answers.pop_front();
     statement.reports = statement.now.reports;
+    if (statement.now.waits) {
+        std::unique_lock lock(statement.guard);
+        statement.changed.wait(lock, [&] { return statement.cancelled; });
+    }
     return codeOf(*statement.line, statement.now);
 }
 
@@ -361,6 +370,14 @@ SQLRETURN SQL_API SQLNumResultCols(SQLHSTMT handle, SQLSMALLINT* count) {
 
 SQLRETURN SQL_API SQLRowCount(SQLHSTMT handle, SQLLEN* count) {
     *count = statementOf(handle).now.count;
+    return SQL_SUCCESS;
+}
+
+SQLRETURN SQL_API SQLCancel(SQLHSTMT handle) {
+    Statement& statement = statementOf(handle);
+    const std::lock_guard lock(statement.guard);
+    statement.cancelled = true;
+    statement.changed.notify_all();
     return SQL_SUCCESS;
 }
 

@@ -121,6 +121,8 @@ private:
             separate_ = true;
         } else if (word == "info") {
             waiting_.push_back(reportOf(rest));
+        } else if (word == "waits") {
+            waits_ = true;
         } else if (word == "lost") {
             answers.back().lost = true;
         } else {
@@ -133,6 +135,7 @@ private:
         answer.kind = kind;
         answer.reports = std::move(waiting_);
         waiting_.clear();
+        answer.waits = std::exchange(waits_, false);
         separate_ = false;
     }
 
@@ -140,6 +143,7 @@ private:
     std::string whole_;
     std::vector<Report> waiting_;
     bool separate_ = true;
+    bool waits_ = false;
 };
 
 }  // namespace

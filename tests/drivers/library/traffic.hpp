@@ -21,6 +21,7 @@
 //     error 23000 2627 text          a failure: state, number, text. Several are told at once
 //     then                           ... unless this stands between them
 //     info 01000 0 text              a message that goes with what comes next
+//     waits                          what comes next comes when the statement is cancelled
 //     lost                           the connection ends with the failure before it
 //     > !commit                      other calls: !commit, !rollback, !autocommit on or off,
 //                                    !tables NAME, !columns NAME, !keys NAME, !indexes NAME, !types
@@ -49,6 +50,7 @@ struct Answer {
     long count = -1;
     std::vector<Report> reports;
     bool lost = false;
+    bool waits = false;
 };
 
 struct Exchange {
