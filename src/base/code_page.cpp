@@ -42,6 +42,14 @@ const UpperHalf& upperHalf(CodePage page) {
     return page == CodePage::Windows1252 ? kWindows1252 : kDos850;
 }
 
+std::optional<char> byteOf(CodePage page, char16_t unit) {
+    if (unit < kAscii) return static_cast<char>(unit);
+    const UpperHalf& upper = upperHalf(page);
+    const auto found = std::ranges::find(upper, unit);
+    if (found == upper.end()) return std::nullopt;
+    return static_cast<char>(kAscii + static_cast<std::size_t>(found - upper.begin()));
+}
+
 }  // namespace
 
 std::u16string decode(CodePage page, std::string_view bytes) {
@@ -56,21 +64,21 @@ std::u16string decode(CodePage page, std::string_view bytes) {
 }
 
 std::optional<std::string> encode(CodePage page, std::u16string_view text) {
-    const UpperHalf& upper = upperHalf(page);
     std::string bytes;
     bytes.reserve(text.size());
     for (const char16_t unit : text) {
-        if (unit < kAscii) {
-            bytes.push_back(static_cast<char>(unit));
-            continue;
-        }
-        const auto found = std::ranges::find(upper, unit);
-        if (found == upper.end()) {
-            return std::nullopt;
-        }
-        bytes.push_back(
-            static_cast<char>(kAscii + static_cast<std::size_t>(found - upper.begin())));
+        const auto byte = byteOf(page, unit);
+        if (!byte) return std::nullopt;
+        bytes.push_back(*byte);
     }
+    return bytes;
+}
+
+std::string encodeLossy(CodePage page, std::u16string_view text) {
+    std::string bytes;
+    bytes.reserve(text.size());
+    for (const char16_t unit : text)
+        bytes.push_back(byteOf(page, unit).value_or('?'));
     return bytes;
 }
 

@@ -18,4 +18,7 @@ enum class CodePage : unsigned char {
 // nullopt when the text holds a character that the code page lacks.
 [[nodiscard]] std::optional<std::string> encode(CodePage page, std::u16string_view text);
 
+// The same with a question mark for each code unit that the code page lacks.
+[[nodiscard]] std::string encodeLossy(CodePage page, std::u16string_view text);
+
 }  // namespace kap

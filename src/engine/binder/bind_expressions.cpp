@@ -14,6 +14,7 @@
 #include "engine/binder/system_values.hpp"
 #include "engine/binder/type_rules.hpp"
 #include "engine/sqlite/sql_writer.hpp"
+#include "engine/values/code_page_text.hpp"
 #include "engine/values/dates.hpp"
 #include "engine/values/exact.hpp"
 #include "engine/values/text_units.hpp"
@@ -77,7 +78,8 @@ BoundExpression floatLiteral(std::string text, int line) {
     return BoundExpression::literal(number->value, {SqlType::Float});
 }
 
-BoundExpression textLiteral(const std::string& text, bool national) {
+BoundExpression textLiteral(const std::string& written, bool national) {
+    const std::string text = national ? written : inCodePage(written);
     constexpr std::size_t kMaxBytes = 8000;
     const std::size_t limit = national ? kMaxBytes / 2 : kMaxBytes;
     const std::size_t units = unitLength(text);

@@ -175,8 +175,10 @@ bool needsConversion(const TypeSpec& from, const TypeSpec& to) {
     if (from == to) return false;
     const bool roomier = to.length == tsql::kMaxLength ||
                          (from.length != tsql::kMaxLength && from.length <= to.length);
-    if (tsql::isText(from.type) && tsql::isText(to.type))
-        return tsql::isPadded(to.type) || !roomier;
+    if (tsql::isText(from.type) && tsql::isText(to.type)) {
+        const bool losesLetters = tsql::isNational(from.type) && !tsql::isNational(to.type);
+        return tsql::isPadded(to.type) || !roomier || losesLetters;
+    }
     if (tsql::isBinary(from.type) && tsql::isBinary(to.type)) {
         return tsql::isPadded(to.type) || to.type == SqlType::Timestamp || !roomier;
     }

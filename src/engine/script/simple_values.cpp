@@ -5,6 +5,7 @@
 #include <kaputil/automation/plain_text.hpp>
 
 #include "base/ascii.hpp"
+#include "engine/values/code_page_text.hpp"
 #include "engine/values/text_units.hpp"
 
 namespace kap::engine {
@@ -85,7 +86,8 @@ std::optional<Value> simpleValue(const tsql::Expression& expression, const tsql:
                                  const Frame& frame, const SystemNumbers& numbers) {
     const auto* literal = std::get_if<tsql::Literal>(&expression.node);
     if (literal != nullptr && literal->kind == tsql::LiteralKind::Text) {
-        return hasRoom(type, literal->text) ? std::optional<Value>(literal->text) : std::nullopt;
+        if (!hasRoom(type, literal->text)) return std::nullopt;
+        return inCodePage(literal->text);
     }
     const Number number = numberOf(expression, frame, numbers);
     if (!number.known || !hasRoom(type, number.value.value_or(0))) return std::nullopt;

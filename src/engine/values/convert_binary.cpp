@@ -1,6 +1,7 @@
 #include <algorithm>
 
 #include "base/hexadecimal.hpp"
+#include "engine/values/code_page_text.hpp"
 #include "engine/values/convert_families.hpp"
 #include "engine/values/text_units.hpp"
 #include "tsql/server_error.hpp"
@@ -86,14 +87,11 @@ Blob binaryFromText(const std::string& text, const TypeSpec& from, int style) {
         return fromHexadecimal(std::string_view(text).substr(2), from);
     }
     if (style == 2) return fromHexadecimal(text, from);
+    if (!tsql::isNational(from.type)) return Blob{codePageBytes(text)};
     Blob result;
     for (const char16_t unit : toUnits(text)) {
-        if (tsql::isNational(from.type)) {
-            result.bytes += static_cast<char>(unit & 0xFFU);
-            result.bytes += static_cast<char>(unit >> kBitsPerByte);
-        } else {
-            result.bytes += unit <= 0xFF ? static_cast<char>(unit) : '?';
-        }
+        result.bytes += static_cast<char>(unit & 0xFFU);
+        result.bytes += static_cast<char>(unit >> kBitsPerByte);
     }
     return result;
 }
@@ -104,16 +102,12 @@ std::string textFromBinary(const Blob& blob, const TypeSpec& to, int style) {
         const std::string literal = sqlLiteral(blob);
         return (style == 1 ? "0x" : "") + literal.substr(2, literal.size() - 3);
     }
+    if (!tsql::isNational(to.type)) return codePageText(blob.bytes);
     std::u16string units;
-    if (tsql::isNational(to.type)) {
-        for (std::size_t i = 0; i + 1 < blob.bytes.size(); i += 2) {
-            units += static_cast<char16_t>(
-                static_cast<unsigned char>(blob.bytes[i]) |
-                (static_cast<unsigned char>(blob.bytes[i + 1]) << kBitsPerByte));
-        }
-    } else {
-        for (const char c : blob.bytes)
-            units += static_cast<unsigned char>(c);
+    for (std::size_t i = 0; i + 1 < blob.bytes.size(); i += 2) {
+        units +=
+            static_cast<char16_t>(static_cast<unsigned char>(blob.bytes[i]) |
+                                  (static_cast<unsigned char>(blob.bytes[i + 1]) << kBitsPerByte));
     }
     return fromUnits(units);
 }

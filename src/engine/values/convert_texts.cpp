@@ -1,8 +1,10 @@
 #include <algorithm>
+#include <utility>
 
 #include <kaputil/automation/plain_text.hpp>
 
 #include "base/ascii.hpp"
+#include "engine/values/code_page_text.hpp"
 #include "engine/values/convert_families.hpp"
 #include "engine/values/text_units.hpp"
 #include "tsql/server_error.hpp"
@@ -85,6 +87,7 @@ std::string textFromApproximate(double value, const TypeSpec& from, int style) {
 
 std::string fitText(std::string text, const TypeSpec& from, const TypeSpec& to,
                     Overlength overlength) {
+    if (!tsql::isNational(to.type)) text = inCodePage(std::move(text));
     if (to.length == tsql::kMaxLength) return text;
     const auto length = static_cast<std::size_t>(to.length);
     // As many bytes as units at least: only longer texts need counting.
