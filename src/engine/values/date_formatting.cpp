@@ -6,6 +6,7 @@
 #include "base/ascii.hpp"
 #include "engine/values/date_settings.hpp"
 #include "engine/values/dates.hpp"
+#include "engine/values/hijri.hpp"
 #include "tsql/server_error.hpp"
 
 namespace kap::engine {
@@ -34,8 +35,9 @@ void appendFraction(std::string& text, int fraction, std::optional<int> decimals
 }
 
 // The pattern language of the styles: each letter is one part, everything else stands for itself.
-//   Y year of 4 digits, y of 2; M month, N month's short name; D day, d day filled with a blank; H
-//   hour of 24, h of 12 filled with a blank; m minute; s second; f milliseconds; p AM or PM
+//   Y year of 4 digits, y of 2; M month, N its short name, A its Hijri name; D day, d day filled
+//   with a blank; H hour of 24, h of 12 filled with a blank; m minute; s second; f milliseconds
+//   p AM or PM
 std::string formatted(const DateParts& parts, std::string_view pattern,
                       std::optional<int> decimals = std::nullopt) {
     const int hour12 = parts.hour % 12 == 0 ? 12 : parts.hour % 12;
@@ -53,6 +55,9 @@ std::string formatted(const DateParts& parts, std::string_view pattern,
                 break;
             case 'N':
                 result += monthName(parts.month, dateSettings().italian).substr(0, 3);
+                break;
+            case 'A':
+                result += hijriMonthName(parts.month);
                 break;
             case 'D':
                 result += digits(parts.day, 2);
@@ -145,6 +150,10 @@ const char* datePattern(int style) {
         case 126:
         case 127:
             return "Y-M-D";
+        case 130:
+            return "d A Y";
+        case 131:
+            return "d/M/Y";
         default:
             return nullptr;
     }
@@ -158,6 +167,8 @@ const char* timePattern(int style) {
             return " h:mp";
         case 9:
         case 109:
+        case 130:
+        case 131:
             return " h:m:s:fp";
         case 13:
         case 113:
@@ -177,17 +188,18 @@ const char* timePattern(int style) {
     }
 }
 
-}  // namespace
-
-void refuseOtherCalendars(int style) {
-    if (style == 130 || style == 131) {
-        throw tsql::unsupported("CONVERT with style " + plain::text(style), 0);
-    }
+// The day as the calendar of the style has it.
+DateParts inCalendarOf(const DateParts& parts, tsql::SqlType type, int style) {
+    if (!isHijriStyle(style)) return parts;
+    const auto found = hijriOf(parts);
+    if (found) return *found;
+    throw tsql::ServerError(tsql::Message::DateOutOfRange, {tsql::typeName(type), "varchar"});
 }
 
+}  // namespace
+
 std::optional<std::string> dateText(double stored, tsql::SqlType type, int style) {
-    refuseOtherCalendars(style);
-    const DateParts parts = partsOf(stored);
+    const DateParts parts = inCalendarOf(partsOf(stored), type, style);
     if (style == 8 || style == 108) return formatted(parts, "H:m:s");
     if (style == 14 || style == 114) return formatted(parts, "H:m:s:f");
     const char* date = datePattern(style);
@@ -210,8 +222,9 @@ std::string offsetText(int minutes) {
 }
 
 std::optional<std::string> fineDateText(const FineDate& date, tsql::SqlType type, int style) {
-    refuseOtherCalendars(style);
     if (style == kDefaultDateStyle) style = kInternationalStyle;
+    const DateParts parts =
+        type == tsql::SqlType::Time ? date.parts : inCalendarOf(date.parts, type, style);
     std::string_view day = "";
     std::string_view time = timePattern(style);
     if (style == 8 || style == 108) {
@@ -229,7 +242,7 @@ std::optional<std::string> fineDateText(const FineDate& date, tsql::SqlType type
         if (!day.empty()) time.remove_prefix(1);
         day = "";
     }
-    std::string text = formatted(date.parts, day) + formatted(date.parts, time, date.decimals);
+    std::string text = formatted(parts, day) + formatted(parts, time, date.decimals);
     if (!date.offset || time.empty()) return text;
     if (style == 127) return text + "Z";
     return text + (style == 126 ? "" : " ") + offsetText(*date.offset);

@@ -7,6 +7,7 @@
 #include "base/ascii.hpp"
 #include "engine/values/date_settings.hpp"
 #include "engine/values/dates.hpp"
+#include "engine/values/hijri.hpp"
 #include "engine/values/text_units.hpp"
 #include "tsql/server_error.hpp"
 #include "tsql/type_spec.hpp"
@@ -97,6 +98,8 @@ DateOrder orderOf(int style) {
         case 5:
         case 6:
         case 13:
+        case 30:
+        case 31:
             return DateOrder::Dmy;
         case 2:
         case 11:
@@ -126,7 +129,10 @@ bool isName(const Piece& piece) {
 class DateParser {
 public:
     DateParser(std::string_view text, tsql::SqlType target, int style)
-        : pieces_(piecesOf(text)), target_(target), order_(orderOf(style)) {}
+        : pieces_(piecesOf(text)),
+          target_(target),
+          order_(orderOf(style)),
+          hijri_(isHijriStyle(style)) {}
 
     double parse() {
         readAll();
@@ -147,6 +153,7 @@ private:
         const bool timeFirst = position_ > 0;
         if (at(0) != nullptr) {
             parseDay();
+            hasDay_ = true;
             const bool marked = takeWord("T");
             if (!timeFirst && (marked || at(0) != nullptr)) parseTime();
             // The letter of universal time says nothing more to types without a zone.
@@ -154,6 +161,13 @@ private:
             if (zone && takeWord("Z")) offset_ = 0;
         }
         if (at(0) != nullptr) notADate(target_);
+        if (hijri_ && hasDay_) leaveHijri();
+    }
+
+    void leaveHijri() {
+        const auto day = gregorianOf(parts_);
+        if (!day) outOfRange(target_);
+        parts_ = *day;
     }
 
     [[nodiscard]] const Piece* at(std::size_t ahead) const {
@@ -180,6 +194,8 @@ private:
         const auto year = plain::readInt(digits);
         if (!year || (digits.size() > 2 && digits.size() != 4)) notADate(target_);
         if (digits.size() == 4) return *year;
+        // Which century would be meant is not said of the other calendar.
+        if (hijri_) notADate(target_);
         return *year + (*year <= kTwoDigitYearCutoff ? 2000 : 1900);
     }
 
@@ -379,6 +395,8 @@ private:
     std::size_t position_ = 0;
     tsql::SqlType target_;
     DateOrder order_;
+    bool hijri_;
+    bool hasDay_ = false;
     DateParts parts_;
     std::optional<int> offset_;
 };
@@ -386,12 +404,10 @@ private:
 }  // namespace
 
 double parseDate(std::string_view text, tsql::SqlType target, int style) {
-    refuseOtherCalendars(style);
     return DateParser(withoutBlanks(text), target, style).parse();
 }
 
 DateReading readDate(std::string_view text, tsql::SqlType target, int style) {
-    refuseOtherCalendars(style);
     return DateParser(withoutBlanks(text), target, style).read();
 }
 

@@ -55,12 +55,9 @@ inline constexpr int kFractionsPerSecond = 1000 * kFractionsPerMillisecond;
 
 inline constexpr int kDefaultDateStyle = 0;
 
-// Refuses the styles of the Hijri calendar by name, 130 and 131.
-void refuseOtherCalendars(int style);
-
-// Reads a text as the server does in its default language (month before day). `style` 103, 104,
-// 105 and their kin put the day first. Errors of the server: 241 for what is no date, 242 for a
-// date that does not exist. The target is date, datetime or smalldatetime.
+// Reads a text as the server does in its default language: month before day; `style` 103 and kin
+// put the day first, 130 and 131 are of the Hijri calendar. Errors: 241 for what is no date, 242
+// for a date that does not exist. The target is date, datetime or smalldatetime.
 [[nodiscard]] double parseDate(std::string_view text, tsql::SqlType target, int style);
 
 // What a text says as time, datetime2 or datetimeoffset, by the same rules; error 241 for what it
