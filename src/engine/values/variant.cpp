@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <exception>
 #include <optional>
+#include <unordered_map>
 #include <utility>
 
 #include <kaputil/automation/plain_text.hpp>
@@ -31,12 +32,18 @@ struct VariantParts {
     std::string_view content;
 };
 
+// Looked up for each value that is compared.
 std::optional<SqlType> typeOfName(std::string_view name) {
-    for (int i = 0; i < tsql::kSqlTypes; ++i) {
-        const auto type = static_cast<SqlType>(i);
-        if (name == tsql::typeName(type)) return type;
-    }
-    return std::nullopt;
+    static const std::unordered_map<std::string_view, SqlType> kTypes = [] {
+        std::unordered_map<std::string_view, SqlType> types;
+        for (int i = 0; i < tsql::kSqlTypes; ++i) {
+            const auto type = static_cast<SqlType>(i);
+            types.emplace(tsql::typeName(type), type);
+        }
+        return types;
+    }();
+    const auto found = kTypes.find(name);
+    return found == kTypes.end() ? std::nullopt : std::optional(found->second);
 }
 
 // "(8,2)" or "(20)" as the numbers of a type; false for anything else.
