@@ -27,10 +27,29 @@ bool hasAggregateItem(const tsql::Select& select) {
 }
 
 bool isAggregateQuery(const tsql::Select& select, const std::vector<tsql::OrderItem>& orderBy) {
-    if (!select.groupBy.empty() || select.having) return true;
+    if (!select.groupBy.empty() || !select.groupingSets.empty() || select.having) return true;
     return hasAggregateItem(select) ||
            std::any_of(orderBy.begin(), orderBy.end(),
                        [](const tsql::OrderItem& item) { return containsAggregate(*item.value); });
+}
+
+// GROUP BY () and GROUPING SETS (()): one group of all rows, also of none.
+bool isTotal(const tsql::Select& select) {
+    return select.groupingSets.size() == 1 && select.groupingSets.front().empty();
+}
+
+bool hasSets(const tsql::Select& select) {
+    return !select.groupingSets.empty() && !isTotal(select);
+}
+
+// SQLite makes one group of all rows only where the list has an aggregate.
+void makeOneGroup(BoundExpression& item) {
+    const sql::Expression counted = sql::isNotNull(sql::call(fn::kCount, sql::Star()));
+    BoundExpression total =
+        BoundExpression::expression(sql::when(counted, item.tree), item.type, true);
+    total.collation = item.collation;
+    total.coercibility = item.coercibility;
+    item = std::move(total);
 }
 
 void addColumns(const Source& source, std::vector<OutputColumn>& items) {
@@ -77,6 +96,8 @@ Binder::BoundSelect Binder::select(const tsql::Select& select,
     if (bound.grouped) grouping(select, bound);
     bound.scope->aggregates = AggregateUse::Allowed;
     selectItems(select, bound, line);
+    const bool wholly = select.groupBy.empty() && (isTotal(select) || select.having);
+    if (wholly && !hasAggregateItem(select)) makeOneGroup(bound.items.front().value);
     for (std::size_t i = 0; i < bound.items.size(); ++i)
         requireCollation(bound.items[i].value, i + 1, line);
     if (select.having) {
@@ -117,12 +138,9 @@ void Binder::grouping(const tsql::Select& select, BoundSelect& bound) {
         }
         list.push_back(collated(value));
         bound.scope->groups.push_back(value.tree);
-        if (!select.groupingSets.empty()) groups.push_back(value);
+        if (hasSets(select)) groups.push_back(value);
     }
-    if (!select.groupingSets.empty()) list = groupingSets(select, *bound.scope, groups);
-    // HAVING alone makes one group of all rows; SQLite has to be told where no aggregate in the
-    // list says so.
-    if (list.empty() && select.having && !hasAggregateItem(select)) list.push_back(sql::null());
+    if (hasSets(select)) list = groupingSets(select, *bound.scope, groups);
     bound.scope->grouped = true;
 }
 
@@ -144,7 +162,7 @@ void Binder::selectItems(const tsql::Select& select, BoundSelect& bound, int lin
             for (std::size_t i = first; i < bound.items.size(); ++i) {
                 (void)resolveColumn({{bound.items[i].name}, item.line}, *bound.scope);
             }
-            if (!select.groupingSets.empty()) {
+            if (hasSets(select)) {
                 throw tsql::unsupported("SELECT * with several grouping sets", line);
             }
             continue;
