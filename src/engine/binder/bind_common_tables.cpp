@@ -201,11 +201,13 @@ sql::CommonTable Binder::targetTable(const tsql::CommonTable& table, Scope* oute
     return numberedTable(table.name, bound.items.size(), selectOf(bound));
 }
 
-std::optional<BoundSource> Binder::targetSource(const tsql::ObjectName& target) const {
+std::optional<BoundSource> Binder::targetSource(const tsql::ObjectName& target,
+                                                const std::string& shown) const {
     if (commonTarget_.table == nullptr) return std::nullopt;
     const std::string name = commonNameFor(target);
-    BoundSource source = commonSource(*findCommon({{name}, target.line}), name);
-    source.sources.front().object = commonTarget_.view;
+    BoundSource source =
+        commonSource(*findCommon({{name}, target.line}), shown.empty() ? name : shown);
+    if (shown.empty()) source.sources.front().object = commonTarget_.view;
     return source;
 }
 

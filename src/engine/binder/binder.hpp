@@ -174,8 +174,10 @@ public:
     void insertThrough(const View& view, const tsql::ObjectName& name);
     // The name under which a common table or a view that is written stands among the sources.
     [[nodiscard]] std::string commonNameFor(const tsql::ObjectName& target) const;
-    // The common table as a source, when it is the target.
-    [[nodiscard]] std::optional<BoundSource> targetSource(const tsql::ObjectName& target) const;
+    // The common table as a source, when it is the target: under a name of the statement, or its
+    // own when that is empty.
+    [[nodiscard]] std::optional<BoundSource> targetSource(const tsql::ObjectName& target,
+                                                          const std::string& shown = {}) const;
     // The values of a select list over sources that stand in `scope`.
     [[nodiscard]] std::vector<OutputColumn> itemValues(const std::vector<tsql::SelectItem>& items,
                                                        Scope& scope);

@@ -53,6 +53,8 @@ enum class SchemaCheck : std::uint8_t { Needed, NotNeeded };
 void refuseReadOnly(const WriteTarget& target, const EngineContext& context);
 // Error 16947 when WHERE CURRENT OF has found no row.
 void requireRow(bool positioned, const EngineContext& context);
+// Error 550 for a caught row that has left the view through which it was written.
+void checkThroughView(const Capture& capture, const StatementRun& run);
 // Answers the rows of OUTPUT, or puts them into its table.
 void output(const Capture& capture, StatementRun& run);
 

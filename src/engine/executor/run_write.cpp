@@ -40,6 +40,16 @@ void output(const Capture& capture, StatementRun& run) {
     run.results.push_back(std::move(result));
 }
 
+// WITH CHECK OPTION: a row must not leave the view through which it is written.
+void checkThroughView(const Capture& capture, const StatementRun& run) {
+    for (const std::string& sql : capture.checks) {
+        PreparedStatement hidden(run.context.connection.handle(), sql);
+        run.context.bind(run.plan.values, hidden);
+        if (!hidden.step()) continue;
+        throw tsql::ServerError(tsql::Message::CheckOptionViolated);
+    }
+}
+
 namespace {
 
 // Whether an UPDATE ended at a key that it may not yet have looked at; what it has left in
@@ -90,16 +100,6 @@ std::int64_t writeRows(const WritePlan& plan, StatementRun& run) {
         context.state.duplicatesIgnored = context.state.offeredRows > count;
     }
     return count;
-}
-
-// WITH CHECK OPTION: a row must not leave the view through which it is written.
-void checkThroughView(const Capture& capture, const StatementRun& run) {
-    for (const std::string& sql : capture.checks) {
-        PreparedStatement hidden(run.context.connection.handle(), sql);
-        run.context.bind(run.plan.values, hidden);
-        if (!hidden.step()) continue;
-        throw tsql::ServerError(tsql::Message::CheckOptionViolated);
-    }
 }
 
 void writePlainly(const WritePlan& plan, StatementRun& run) {

@@ -48,6 +48,7 @@ std::int64_t mergeRows(const MergePlan& plan, const StatementRun& run, bool capt
         count += changes;
         inserted = inserted || (step.event == tsql::kOnInsert && changes > 0);
         if (!captures) continue;
+        checkThroughView(*plan.capture, run);
         context.runText(run.plan.values, step.keep);
         context.captures.empty(context.tableOf(plan.target.table));
     }
@@ -85,7 +86,8 @@ void merge(const MergePlan& plan, StatementRun& run) {
     const bool firing =
         plan.capture && plan.capture->forTriggers && context.fires(table, plan.capture->event);
     const bool answers = plan.capture && !plan.capture->outputSql.empty();
-    const bool captures = firing || answers;
+    const bool checked = plan.capture && !plan.capture->checks.empty();
+    const bool captures = firing || answers || checked;
     if (captures) context.captures.ensure(table);
     const MergeTables tables(database, plan);
     for (const std::string& sql : plan.find) {

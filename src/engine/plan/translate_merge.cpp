@@ -27,18 +27,32 @@ std::uint8_t eventOf(const MergeAction& action) {
                                                                         : tsql::kOnDelete;
 }
 
+// The columns that its actions give values.
+std::vector<std::string> writtenNames(const MergeStatement& statement) {
+    std::vector<std::string> names;
+    for (const MergeAction& action : statement.actions) {
+        if (const auto* update = std::get_if<tsql::UpdateStatement>(&action.action)) {
+            for (const tsql::Assignment& each : update->assignments) {
+                if (!each.column.parts.empty()) names.push_back(each.column.last());
+            }
+        } else if (const auto* insert = std::get_if<tsql::InsertStatement>(&action.action)) {
+            names.insert(names.end(), insert->columns.begin(), insert->columns.end());
+        }
+    }
+    return names;
+}
+
 class MergeWriter {
 public:
     MergeWriter(const MergeStatement& statement, int line, const NameScope& names)
         : statement_(statement),
           line_(line),
           binder_(names),
-          table_(target(statement, names)),
+          with_(boundTables(statement, binder_)),
+          table_(target(statement, binder_)),
           rows_(table_) {}
 
     StatementPlan plan() {
-        binder_.limitRecursion(statement_.maxRecursion);
-        with_ = binder_.commonTables(statement_.commonTables, nullptr);
         bindSources();
         bindActions();
         plan_.verb = Verb::Merge;
@@ -69,25 +83,35 @@ private:
         bool defaults = false;               // DEFAULT VALUES
     };
 
-    static const Table& target(const MergeStatement& statement, const NameScope& names) {
+    // A view or a common table that is written through brings the rows of the table behind it.
+    static std::vector<sql::CommonTable> boundTables(const MergeStatement& statement,
+                                                     Binder& binder) {
+        binder.limitRecursion(statement.maxRecursion);
+        binder.writesColumns(writtenNames(statement));
+        return binder.commonTables(statement.commonTables, nullptr, &statement.table);
+    }
+
+    static const Table& target(const MergeStatement& statement, const Binder& binder) {
         const tsql::ObjectName& name = statement.table;
-        const bool view = findTable(name, names) == nullptr && findView(name, names) != nullptr;
-        if (view) throw tsql::unsupported("MERGE into a view", name.line);
-        const Table* table = findTable(name, names);
-        if (table != nullptr && table->insteadOfEvents != 0) {
+        const Table* table = findTable(name, binder.names());
+        const View* view = table == nullptr ? findView(name, binder.names()) : nullptr;
+        const bool instead = (table != nullptr && table->insteadOfEvents != 0) ||
+                             (view != nullptr && view->insteadOfEvents != 0);
+        if (instead) {
             throw tsql::unsupported("MERGE into a table with an INSTEAD OF trigger", name.line);
         }
-        return requireTable(name, names);
+        const Table* behind = binder.commonTarget().table;
+        return behind != nullptr ? *behind : requireTable(name, binder.names());
     }
 
     void bindSources() {
-        const std::string own = shownName(table_, statement_.table, binder_.names());
+        const std::string own = binder_.commonTarget().table != nullptr
+                                    ? statement_.table.last()
+                                    : shownName(table_, statement_.table, binder_.names());
         const std::string& name = statement_.alias.empty() ? own : statement_.alias;
         Scope outside;
         BoundSource source = binder_.from(statement_.source, outside);
-        targetSource_ = Binder::tableSource(table_, name);
-        targetFrom_ = sql::from(tableName(table_, name));
-        targetRow_ = rowNumberOf(targetSource_);
+        bindTargetAs(name);
         sources_ = std::move(source.sources);
         sourceFrom_ = std::move(source.from);
         for (const Source& each : sources_) {
@@ -99,6 +123,19 @@ private:
         scope.sources.insert(scope.sources.end(), sources_.begin(), sources_.end());
         scope.aggregates = AggregateUse::RefusedInOn;
         condition_ = binder_.condition(*statement_.condition, scope);
+    }
+
+    void bindTargetAs(const std::string& name) {
+        if (binder_.commonTarget().table == nullptr) {
+            targetSource_ = Binder::tableSource(table_, name);
+            targetFrom_ = sql::from(tableName(table_, name));
+            targetRow_ = rowNumberOf(targetSource_);
+            return;
+        }
+        BoundSource own = *binder_.targetSource(statement_.table, name);
+        targetSource_ = std::move(own.sources.front());
+        targetFrom_ = std::move(own.from);
+        targetRow_ = numberedColumn(name, binder_.commonTarget().rowNumber);
     }
 
     // What an action may name: the rows that there are when it is taken.
@@ -269,10 +306,13 @@ private:
         for (const MergeAction& action : statement_.actions)
             capture.event |= eventOf(action);
         capture.forTriggers = (table_.triggerEvents & capture.event) != 0;
-        if (!capture.forTriggers && !statement_.output) return std::nullopt;
+        const bool checked = !binder_.commonTarget().checks.empty();
+        if (!capture.forTriggers && !statement_.output && !checked) return std::nullopt;
         if (statement_.output) addOutput(capture);
         rows_.refill(plan_);
-        return capture;
+        std::optional<Capture> result(std::move(capture));
+        addChecks(result, binder_);
+        return result;
     }
 
     void addOutput(Capture& capture) {
@@ -283,8 +323,10 @@ private:
                                                  sql::column("done", "action"),
                                                  {tsql::SqlType::NVarChar, kActionLength}, false)});
         scope.sources.push_back(std::move(action));
-        scope.sources.push_back(rows_.written(RowState::Inserted));
-        scope.sources.push_back(rows_.written(RowState::Deleted));
+        for (const RowState state : {RowState::Inserted, RowState::Deleted}) {
+            scope.sources.push_back(rows_.written(state));
+            showThroughView(scope.sources.back(), table_, binder_);
+        }
         std::size_t first = 0;
         for (const Source& source : sources_) {
             scope.sources.push_back(FoundRows::foundSource(source, first));
@@ -297,9 +339,9 @@ private:
     const MergeStatement& statement_;
     int line_;
     Binder binder_;
+    std::vector<sql::CommonTable> with_;
     const Table& table_;
     FoundRows rows_;
-    std::vector<sql::CommonTable> with_;
     Source targetSource_;
     std::vector<Source> sources_;
     sql::From targetFrom_;
