@@ -133,6 +133,8 @@ ExpressionPtr Parser::signedValue(Place place) {
     while (!result->isPredicate()) {
         if (atOperator(".") && std::holds_alternative<ScalarSubquery>(result->node)) {
             result = xmlMethod(std::move(result));
+        } else if (atOperator(":") && atOperator(":", 1)) {
+            refuse("method of a type (::)");
         } else if (atKeyword("COLLATE")) {
             result = collated(std::move(result));
         } else if (atKeyword("AT") && atKeyword("TIME", 1) && atKeyword("ZONE", 2)) {

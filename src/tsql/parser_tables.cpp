@@ -351,6 +351,9 @@ Statement::Node Parser::alterTable() {
             result.column.nullable = false;
         }
     } else {
+        for (const char* word : {"SWITCH", "REBUILD", "SET"}) {
+            if (atKeyword(word)) refuse(std::string("ALTER TABLE ") + word);
+        }
         unexpected();
     }
     return result;
@@ -365,6 +368,9 @@ bool Parser::alterSwitch(AlterTableStatement& alter) {
     alter.action = constraints ? Action::Constraints : Action::Triggers;
     alter.enable = atKeyword("CHECK") || atKeyword("ENABLE");
     next();
+    for (const char* word : {"CHANGE_TRACKING", "FILETABLE_NAMESPACE"}) {
+        if (triggers && atKeyword(word)) refuse(std::string("ALTER TABLE ... ") + word);
+    }
     expectKeyword(constraints ? "CONSTRAINT" : "TRIGGER");
     if (acceptKeyword("ALL")) return true;
     do {

@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
+#include "engine/binder/server_functions.hpp"
 #include "engine/catalog/object_names.hpp"
-
 #include "tsql/server_error.hpp"
 
 namespace kap::engine {
@@ -183,6 +183,7 @@ void noSuchTable(const ObjectName& name) {
     if (name.last().front() == '@') {
         throw ServerError(tsql::Message::UndeclaredTableVariable, {name.last()}, name.line);
     }
+    if (isServerView(name)) throw tsql::unsupported("view " + name.text(), name.line);
     throw ServerError(tsql::Message::InvalidObject, {name.text()}, name.line);
 }
 

@@ -114,10 +114,128 @@ constexpr std::array kServersNames = std::to_array<std::string_view>({
 
 static_assert(std::ranges::is_sorted(kServersNames));
 
+// In order, as far as they are not in the catalogue. Those about a server's work (dm_...) are known
+// by how they begin.
+constexpr std::array kServersViews = std::to_array<std::string_view>({
+    "allocation_units",
+    "assembly_files",
+    "assembly_modules",
+    "assembly_references",
+    "assembly_types",
+    "asymmetric_keys",
+    "backup_devices",
+    "certificates",
+    "change_tracking_databases",
+    "change_tracking_tables",
+    "column_encryption_keys",
+    "column_master_keys",
+    "column_store_row_groups",
+    "column_store_segments",
+    "column_type_usages",
+    "configurations",
+    "conversation_endpoints",
+    "credentials",
+    "crypt_properties",
+    "database_audit_specifications",
+    "database_credentials",
+    "database_files",
+    "database_mirroring",
+    "database_permissions",
+    "database_recovery_status",
+    "database_role_members",
+    "database_scoped_configurations",
+    "endpoints",
+    "event_notifications",
+    "events",
+    "external_data_sources",
+    "external_tables",
+    "filetables",
+    "fulltext_catalogs",
+    "fulltext_index_columns",
+    "fulltext_stoplists",
+    "function_order_columns",
+    "hash_indexes",
+    "internal_tables",
+    "key_encryptions",
+    "linked_logins",
+    "login_token",
+    "masked_columns",
+    "master_files",
+    "memory_optimized_tables_internal_attributes",
+    "message_types",
+    "messages",
+    "module_assembly_usages",
+    "numbered_procedures",
+    "openkeys",
+    "parameter_type_usages",
+    "partition_functions",
+    "partition_parameters",
+    "partition_range_values",
+    "partition_schemes",
+    "periods",
+    "plan_guides",
+    "query_store_plan",
+    "query_store_query",
+    "query_store_query_text",
+    "query_store_runtime_stats",
+    "registered_search_properties",
+    "remote_logins",
+    "routes",
+    "securable_classes",
+    "security_policies",
+    "security_predicates",
+    "selective_xml_index_paths",
+    "server_audits",
+    "server_event_sessions",
+    "server_permissions",
+    "server_role_members",
+    "server_triggers",
+    "servers",
+    "service_contracts",
+    "service_queues",
+    "services",
+    "spatial_indexes",
+    "spatial_reference_systems",
+    "sql_dependencies",
+    "sql_logins",
+    "stats_columns",
+    "symmetric_keys",
+    "sysprocesses",
+    "system_columns",
+    "system_components_surface_area_configuration",
+    "system_objects",
+    "system_parameters",
+    "system_sql_modules",
+    "system_views",
+    "time_zone_info",
+    "trace_events",
+    "traces",
+    "transmission_queue",
+    "trigger_event_types",
+    "type_assembly_usages",
+    "user_token",
+    "xml_indexes",
+    "xml_schema_attributes",
+    "xml_schema_components",
+    "xml_schema_elements",
+    "xml_schema_namespaces",
+    "xml_schema_types",
+});
+
+static_assert(std::ranges::is_sorted(kServersViews));
+
 }  // namespace
 
 bool isServerFunction(std::string_view name) {
     return std::ranges::binary_search(kServersNames, std::string_view(asciiLower(name)));
+}
+
+bool isServerView(const tsql::ObjectName& name) {
+    const std::size_t count = name.parts.size();
+    if (count < 2 || !equalsIgnoringCase(name.parts[count - 2], "sys")) return false;
+    const std::string own = asciiLower(name.last());
+    return own.starts_with("dm_") ||
+           std::ranges::binary_search(kServersViews, std::string_view(own));
 }
 
 }  // namespace kap::engine
