@@ -6,6 +6,7 @@
 #include <kaputil/automation/plain_text.hpp>
 
 #include "base/text_order.hpp"
+#include "engine/catalog/global_tables.hpp"
 #include "engine/sqlite/functions/c_border.hpp"
 #include "engine/values/convert.hpp"
 #include "tsql/parser.hpp"
@@ -19,7 +20,7 @@ const std::string kRowVersions;
 constexpr std::int64_t kRowVersionStart = 2000;
 
 bool isTemporary(std::string_view owner) {
-    return owner.starts_with('#') || owner.starts_with('@');
+    return (owner.starts_with('#') && !isGlobalTable(owner)) || owner.starts_with('@');
 }
 
 std::string counters(bool temporary) {

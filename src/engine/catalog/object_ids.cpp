@@ -101,6 +101,7 @@ const char* objectType(const SchemaCatalogue& catalogue, const StoredObject& obj
         case StoredKind::Setting:
         case StoredKind::TriggerOrder:
         case StoredKind::NumberedProcedure:
+        case StoredKind::GlobalTable:
             break;
     }
     return "";

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "base/ascii.hpp"
+#include "engine/catalog/global_tables.hpp"
 #include "engine/catalog/object_names.hpp"
 #include "engine/catalog/source_text.hpp"
 #include "engine/catalog/table_text.hpp"
@@ -284,7 +285,7 @@ std::vector<const Table*> SchemaCatalogue::tables() const {
     }
     std::vector<const Table*> result;
     for (auto& [key, entry] : tables_) {
-        if (entry.temporary) {
+        if (entry.temporary || isGlobalTable(entry.name)) {
             continue;
         }
         result.push_back(find(entry.name));

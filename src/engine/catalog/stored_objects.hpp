@@ -32,6 +32,7 @@ enum class StoredKind : std::uint8_t {
     NumberedProcedure,  // "p;2", of the group of the procedure p, which is its parent
     Default,            // its text is the value
     Rule,               // its text is the condition, with its one variable
+    GlobalTable,        // ##t, which is its parent too; its text is who has made it
 };
 
 // Whether objects of the kind share the names of their schema with tables.

@@ -12,6 +12,7 @@
 #include "base/ascii.hpp"
 #include "base/hexadecimal.hpp"
 #include "base/unicode.hpp"
+#include "engine/catalog/global_tables.hpp"
 #include "engine/sqlite/functions/c_border.hpp"
 #include "engine/values/exact.hpp"
 #include "engine/values/fine_dates.hpp"
@@ -329,6 +330,7 @@ private:
                         "FROM main.") +
                 kCountersTable + " WHERE owner <> ''");
         while (rows.step()) {
+            if (isGlobalTable(rows.text(0))) continue;
             const Table* table = tableOf(rows.text(0));
             if (table == nullptr && catalogue_.findSequence(rows.text(0)) != nullptr) continue;
             if (table == nullptr) {
@@ -394,6 +396,7 @@ private:
                 return;
             case StoredKind::Schema:
             case StoredKind::Setting:
+            case StoredKind::GlobalTable:
                 return;
             case StoredKind::PrimaryKey:
             case StoredKind::UniqueKey:

@@ -24,6 +24,8 @@ public:
     // The rows are in the tables that catch them; what answers the triggers give goes to `results`.
     virtual void fire(const Table& table, const FiringTrigger& trigger,
                       std::vector<ado::Result>& results) = 0;
+    // What is noted of the session with a global temporary table that it makes.
+    virtual std::string ownerOfGlobalTables() = 0;
 };
 
 // What those who run plans have in common, beside the engine's parts: prepared statements, the

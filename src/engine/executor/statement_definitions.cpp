@@ -1,5 +1,6 @@
 #include <algorithm>
 
+#include "engine/catalog/global_tables.hpp"
 #include "engine/catalog/object_names.hpp"
 #include "engine/catalog/schema_binding.hpp"
 #include "engine/executor/plan_handlers.hpp"
@@ -22,9 +23,16 @@ void finishDefinition(StatementRun& run) {
     run.context.catalogue.invalidate();
 }
 
-// Temporary tables end with the procedure that made them.
-void noteCreated(const Table& table, SessionState& state) {
-    if (table.temporary) state.frame().ownTables.push_back(table.name);
+// Temporary tables end with the procedure that made them, global ones with the session.
+void noteCreated(const Table& table, ExecutionContext& context) {
+    if (table.temporary) context.state.frame().ownTables.push_back(table.name);
+    if (!isGlobalTable(table.name)) return;
+    StoredObject note;
+    note.kind = StoredKind::GlobalTable;
+    note.name = table.name;
+    note.parent = table.name;
+    note.text = context.triggers.ownerOfGlobalTables();
+    context.catalogue.stored().put(note);
 }
 
 // Unless it has dropped them before.
@@ -57,7 +65,7 @@ void execute(const CreateTablePlan& plan, StatementRun& run) {
     runInOrder(plan.sql, run.context);
     run.context.counters.add(plan.created);
     run.context.state.rowCount = 0;
-    noteCreated(plan.created.table, run.context.state);
+    noteCreated(plan.created.table, run.context);
     run.compiled.ready = false;
     run.context.catalogue.added(plan.created.table);
 }
@@ -71,7 +79,7 @@ void execute(const SelectIntoPlan& plan, StatementRun& run) {
     context.state.rowCount = context.connection.database().changes();
     continueIdentity(table, context);
     context.addCount(run.results);
-    noteCreated(table, context.state);
+    noteCreated(table, context);
     finishDefinition(run);
 }
 

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include <kaputil/automation/plain_text.hpp>
+#include "engine/catalog/global_tables.hpp"
 #include "engine/catalog/object_names.hpp"
 #include "engine/catalog/source_text.hpp"
 
@@ -109,9 +110,7 @@ TableBuilder::TableBuilder(const NameScope& names, const tsql::ObjectName& name,
     : binder_(names) {
     const Catalogue& catalogue = binder_.catalogue();
     own().name = nameToMake(name, catalogue, line);
-    own().temporary = name.last().front() == '#';
-    if (name.last().compare(0, 2, "##") == 0)
-        throw tsql::unsupported("global temporary table", line);
+    own().temporary = name.last().front() == '#' && !isGlobalTable(name.last());
     if (isKeptByTheFile(own().name) || catalogue.knows(own().name)) {
         throw ServerError(tsql::Message::ObjectExists, {name.last()}, line).withState(6);
     }
@@ -349,14 +348,14 @@ void TableBuilder::addForeignKey(const tsql::ForeignKey& key) {
         columns.push_back(requireColumn(name, key.line).name);
     }
     // As on the server, temporary tables hold no references.
-    if (table().temporary) return;
+    if (table().temporary || isGlobalTable(table().name)) return;
     const std::string meant =
         resolvedName(key.parent, binder_.names().schema(), binder_.catalogue());
     const bool alone = key.parent.parts.size() == 1 && !binder_.catalogue().knows(meant);
     const bool self =
         sameName(meant, table().name) || (alone && sameName(key.parent.last(), table().shown()));
     const Table* parent = self ? &table() : findOwnTable(key.parent, binder_.names());
-    if (parent == nullptr || parent->temporary) {
+    if (parent == nullptr || parent->temporary || isGlobalTable(parent->name)) {
         throw ServerError(tsql::Message::ForeignKeyToUnknownTable, {key.name, key.parent.text()},
                           key.line);
     }

@@ -7,6 +7,7 @@
 #include "base/ascii.hpp"
 #include "engine/binder/binder.hpp"
 #include "engine/binder/system_values.hpp"
+#include "engine/catalog/global_tables.hpp"
 #include "engine/catalog/object_names.hpp"
 #include "engine/catalog/schema_binding.hpp"
 #include "engine/catalog/source_text.hpp"
@@ -104,7 +105,8 @@ std::string parentOfTrigger(const tsql::CreateModuleStatement& node,
     const std::string_view schema = given.empty() ? kDefaultSchema : std::string_view(given);
     const std::string stored = resolvedName(node.table, schema, catalogue);
     const Table* table = catalogue.find(stored);
-    if (table != nullptr && !table->temporary) return table->name;
+    const bool inFile = table != nullptr && !table->temporary && !isGlobalTable(table->name);
+    if (inFile) return table->name;
     const View* view = catalogue.findView(stored);
     if (view != nullptr && node.insteadOf) return view->name;
     throw ServerError(tsql::Message::InvalidObjectForOperation, {node.table.text()}, line);

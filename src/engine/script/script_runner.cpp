@@ -82,6 +82,7 @@ ScriptRunner::ScriptRunner(const EngineContext& engine)
 
 // Its transactions may outlast it.
 ScriptRunner::~ScriptRunner() {
+    dropOwnGlobalTables();
     transactions_.whenEnded([] {});
 }
 
@@ -90,7 +91,10 @@ ScriptRunner::~ScriptRunner() {
 void ScriptRunner::run(ado::Request& request, ado::Reply& reply) {
     state_.standing.reset();
     std::vector<ado::ServerMessage> messages;
-    asRequest(request.timeout, messages, [&] { runRequest(request, reply); });
+    asRequest(request.timeout, messages, [&] {
+        dropAbandonedTables();
+        runRequest(request, reply);
+    });
     raiseIfFailed(messages);
     reply.messages = std::move(messages);
 }

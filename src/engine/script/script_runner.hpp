@@ -87,6 +87,7 @@ public:
     [[nodiscard]] GivenRows rowsOf(std::string_view function, std::vector<Value> arguments);
     void fire(const Table& table, const FiringTrigger& trigger,
               std::vector<ado::Result>& results) override;
+    std::string ownerOfGlobalTables() override;
     // For a change that is no statement of a script: catches its rows and fires triggers.
     [[nodiscard]] ExecutionContext& execution() noexcept { return execution_; }
     // Runs `work`, which may fire triggers, as a request of its own, and collects what is reported.
@@ -422,6 +423,11 @@ private:
     [[nodiscard]] std::int64_t fetchTarget(Frame& frame, Instruction& instruction,
                                            const tsql::FetchStatement& node, const Cursor& cursor);
 
+    // Global temporary tables (script_global_tables.cpp).
+    void dropGlobalTables(const std::vector<std::string>& names);
+    void dropAbandonedTables();
+    void dropOwnGlobalTables() noexcept;
+
     FileConnection& connection_;
     SchemaCatalogue& catalogue_;
     Counters& counters_;
@@ -431,6 +437,8 @@ private:
     StatementRunner statements_;
     Cursors cursors_;
     ApplicationLocks applicationLocks_;
+    std::string globalOwner_;  // what the session is known by as the maker of global tables
+    bool lookedForAbandoned_ = false;
     std::vector<ado::ServerMessage>* messages_ = nullptr;  // of the request that is running
     LruCache<std::shared_ptr<Program>> kept_;
     StatementShapes shapes_;
