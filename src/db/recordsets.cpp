@@ -12,6 +12,7 @@
 #include "ado/row_cursor.hpp"
 #include "automation/late_bound.hpp"
 #include "base/unicode.hpp"
+#include "db/passing_rows.hpp"
 
 namespace kap::db {
 namespace {
@@ -123,6 +124,16 @@ void replaceNulls(Recordset& recordset) {
     recordset.MoveFirst();
 }
 
+// The same of one that cannot be written, as if it could.
+void replaceNullsRead(Recordset& recordset) {
+    const auto& columns = recordset.rows().columns();
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+        if (hasNeutralValue(columns[i].type) && !columns[i].identity && !columns[i].rowVersion) {
+            recordset.replaceNulls(i);
+        }
+    }
+}
+
 // Of any maker's recordset.
 bool isEmpty(const Variant& recordset) {
     return convert::toBoolean(late::get(recordset, u"BOF")) &&
@@ -157,6 +168,19 @@ Ref<Recordset> OpenRecordset(const String& sqlString, ByRef<Variant> connessione
     }
     if (*deleteNull) {
         replaceNulls(*recordset);
+    }
+    return recordset;
+}
+
+Ref<Recordset> openPassingRows(const String& sqlString, ByRef<Variant> connessione) {
+    auto recordset = make<Recordset>();
+    recordset->setCursorLocation(ado::CursorLocationEnum::adUseServer);
+    retrying(*recordset, [&] {
+        recordset->Open(sqlString, *connessione, ado::CursorTypeEnum::adOpenForwardOnly,
+                        ado::LockTypeEnum::adLockReadOnly, kDefaultOptions);
+    });
+    if (!recordset->Eof()) {
+        replaceNullsRead(*recordset);
     }
     return recordset;
 }

@@ -12,6 +12,7 @@
 
 #include "ado/row_cursor.hpp"
 #include "automation/late_bound.hpp"
+#include "db/passing_rows.hpp"
 #include "drivers/text/text_driver.hpp"
 #include "drivers/text/text_session.hpp"
 
@@ -110,16 +111,23 @@ Ref<ado::Connection> openFolder(const String& folder) {
 }
 
 // Deliberately, Null is written like the euro sign: it does not differ from it.
-ado::text_files::CopiedRows copiedRows(const ado::Recordset& source,
-                                       const ExportProgress& progress) {
+ado::text_files::CopiedRows copiedRows(ado::Recordset& source, const ExportProgress& progress) {
     ado::text_files::CopiedRows copied;
-    copied.rows = source.rows().rowsShown();
-    copied.result = &source.rows().table().result();
+    const ado::RowTable& rows = source.rows().table();
+    copied.result = &rows.result();
     copied.replaced = "€";
     copied.instead = "EUR";
+    copied.next = [&source, &rows] {
+        if (!source.Eof()) {
+            source.Move(static_cast<std::int32_t>(rows.size()));
+        }
+        return !source.Eof();
+    };
     if (progress) {
-        copied.progress = [all = static_cast<std::int64_t>(copied.rows.size()),
-                           &progress](std::int64_t done) { progress(done, all); };
+        copied.progress = [&rows, &progress](std::int64_t done) {
+            const std::size_t all = rows.complete() ? rows.passedRows() + rows.size() : 0;
+            progress(done, static_cast<std::int64_t>(all));
+        };
     }
     return copied;
 }
@@ -136,15 +144,12 @@ bool EsportaTXT(ByRef<String> stringaSql, ByRef<Variant> connessione, ByRef<Stri
     const Variant files = platform::createObject(u"Scripting.FileSystemObject");
     late::call(files, u"CreateTextFile", {*sPathTxt + *sNomeTxt});
     const auto folder = openFolder(*sPathTxt);
-    const auto source = db::OpenRecordset(*stringaSql, connessione);
+    const auto source = db::openPassingRows(*stringaSql, connessione);
 
     const bool described = *lRicreoSchemaIni ? writeSchema(*source, *sNomeTxt, *sPathTxt)
                                              : hasSchema(files, *sPathTxt);
     if (!described) {
         return false;
-    }
-    if (!source->Eof()) {
-        source->MoveFirst();
     }
     const auto destination = make<ado::Recordset>();
     destination->setCursorLocation(ado::CursorLocationEnum::adUseClient);

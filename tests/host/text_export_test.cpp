@@ -228,6 +228,35 @@ TEST_F(TextExport, TellsItsProgress) {
     EXPECT_EQ(told, "1/2 2/2 ");
 }
 
+// Not all of them are ever here at once: how many there are is known when the last ones have come.
+TEST_F(TextExport, PassesRowsOnWindowByWindow) {
+    const auto database = test::open("Provider=KapLocal;Data Source=" + folder_.file("molte.db"));
+    database->Execute(
+        u"CREATE TABLE Righe (N int PRIMARY KEY, T varchar(5));"
+        u"WITH c AS (SELECT 1 AS n UNION ALL SELECT n + 1 FROM c WHERE n < 5000) "
+        u"INSERT INTO Righe SELECT n, NULL FROM c OPTION (MAXRECURSION 0)");
+    std::int64_t unknown = 0;
+    std::string last;
+    EXPECT_TRUE(EsportaTXT(u"SELECT N, T FROM Righe ORDER BY N", Variant(database), u"EXPORT.TXT",
+                           path_, true, [&](std::int64_t done, std::int64_t all) {
+                               unknown += all == 0 ? 1 : 0;
+                               last = std::to_string(done) + "/" + std::to_string(all);
+                           }));
+    EXPECT_GT(unknown, 2500);
+    EXPECT_EQ(last, "5000/5000");
+    const std::string lines = content();
+    std::size_t at = 0;
+    for (int row = 1; row <= 5000; ++row) {
+        const std::size_t end = lines.find("\r\n", at);
+        ASSERT_NE(end, std::string::npos);
+        const std::string number = std::to_string(row);
+        EXPECT_EQ(lines.substr(at, end - at),
+                  std::string(4 - number.size(), ' ') + number + "     ");
+        at = end + 2;
+    }
+    EXPECT_EQ(at, lines.size());
+}
+
 class TextSource : public TextExport {
 protected:
     [[nodiscard]] Ref<ado::Connection> open() const {

@@ -10,7 +10,7 @@
 
 namespace kap::host {
 
-// Told how many rows are written, of how many, after each.
+// Told how many rows are written, of how many, after each; of 0 until the last have come.
 using ExportProgress = std::function<void(std::int64_t done, std::int64_t all)>;
 
 // Writes the rows of a query into a text file for other programs; true when it was done.

@@ -30,8 +30,15 @@ void ProgressBar::clear() {
 // Drawn again only when it looks different: a terminal is slower than the work.
 void ProgressBar::show(std::int64_t done, std::int64_t all) {
     constexpr int kSteps = 1000;
-    if (width_ == 0 || all <= 0) {
+    if (width_ == 0) {
         return;
+    }
+    if (all <= 0) {
+        showCount(done);
+        return;
+    }
+    if (std::exchange(counts_, false)) {
+        shown_ = -1;
     }
     const int now = static_cast<int>(done * kSteps / all);
     if (now == shown_) {
@@ -44,6 +51,17 @@ void ProgressBar::show(std::int64_t done, std::int64_t all) {
     const std::size_t full = bar * static_cast<std::size_t>(now) / kSteps;
     out_ << '\r' << '[' << std::string(full, '#') << std::string(bar - full, '.') << ']' << text
          << std::flush;
+}
+
+void ProgressBar::showCount(std::int64_t done) {
+    constexpr std::int64_t kStep = 1000;
+    const int now = static_cast<int>(done / kStep);
+    if (counts_ && now == shown_) {
+        return;
+    }
+    counts_ = true;
+    shown_ = now;
+    out_ << '\r' << plain::text(done) << ' ' << unit_ << std::flush;
 }
 
 }  // namespace kap::cli

@@ -36,22 +36,26 @@ public:
     // What was complete before a row fails, or whoever is told of its progress, is in the file.
     void copy(const CopiedRows& copied) {
         constexpr std::size_t kPiece = 64 * 1024;
+        constexpr std::size_t kRoom = kPiece + kPiece / 2;
         RowLines source(writer_, sourcesOf(*copied.result), copied.replaced, copied.instead);
         std::string lines;
-        lines.reserve(kPiece + kPiece / 2);
-        for (const std::size_t row : copied.rows) {
-            try {
-                source.append(lines, row, rows_ + 1);
-                ++rows_;
-                if (copied.progress) copied.progress(rows_);
-            } catch (...) {
-                file_.write(lines);
-                throw;
+        lines.reserve(kRoom);
+        const auto& rows = copied.result->rows;
+        try {
+            for (bool more = !rows.empty(); more; more = copied.next()) {
+                for (std::size_t row = 0; row < rows.front().size(); ++row) {
+                    source.append(lines, row, rows_ + 1);
+                    ++rows_;
+                    if (copied.progress) copied.progress(rows_);
+                    if (lines.size() >= kPiece) {
+                        file_.write(std::exchange(lines, {}));
+                        lines.reserve(kRoom);
+                    }
+                }
             }
-            if (lines.size() >= kPiece) {
-                file_.write(lines);
-                lines.clear();
-            }
+        } catch (...) {
+            file_.write(lines);
+            throw;
         }
         file_.write(lines);
     }

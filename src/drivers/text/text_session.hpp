@@ -1,13 +1,11 @@
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <map>
 #include <memory>
 #include <string>
-#include <vector>
 
 #include <kaputil/automation/string.hpp>
 
@@ -20,7 +18,8 @@ namespace kap::ado::text_files {
 // Rows of a result that are to be copied into a file.
 struct CopiedRows {
     const ado::Result* result = nullptr;
-    std::vector<std::size_t> rows;  // which of them, in their order
+    // Puts the rows behind those of the result into their place; false when there are none.
+    std::function<bool()> next;
     // What stands for Null and for the text `replaced`, cut to the width of its column.
     std::string replaced;
     std::string instead;
