@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <chrono>
 #include <memory>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -25,8 +26,6 @@
 #include "drivers/driver_registry.hpp"
 #include "drivers/late_bound/foreign_connection.hpp"
 #include "drivers/late_bound/late_bound_session.hpp"
-#include "tsql/script_split.hpp"
-#include "tsql/server_error.hpp"
 
 namespace kap::ado {
 namespace {
@@ -256,66 +255,6 @@ Ref<Recordset> Connection::Execute(const String& commandText, ByRef<Variant> rec
     });
     *recordsAffected = execution.rowsAffected;
     return execution.recordset;
-}
-
-void Connection::executeAll(const String& script, std::vector<Ref<Recordset>>& answers,
-                            Reading reading) {
-    requireOpen();
-    Execution execution{script};
-    executing(Ref<Connection>(this), execution,
-              [&] { executeEach(execution.source(), answers, reading); });
-}
-
-void Connection::executeEach(const String& script, std::vector<Ref<Recordset>>& answers,
-                             Reading reading) {
-    requireOpen();
-    Request request;
-    request.text = script.utf8();
-    if (reading == Reading::Once) {
-        request.streaming = Request::Streaming::Always;
-    }
-    Reply reply;
-    const auto handOver = [&] {
-        for (Result& result : reply.results) {
-            answers.push_back(answer(std::move(result), reading));
-        }
-    };
-    try {
-        run(request, reply);
-    } catch (const AutomationError&) {
-        handOver();
-        throw;
-    }
-    handOver();
-}
-
-std::vector<ScriptBatch> Connection::batchesOf(const String& script) {
-    std::vector<ScriptBatch> batches;
-    reporting([&] {
-        try {
-            for (const tsql::Batch& batch : tsql::splitScript(script.utf8())) {
-                batches.push_back({batch.text, batch.firstLine, batch.count});
-            }
-        } catch (const tsql::ServerError& error) {
-            throw DriverError(
-                {{error.number(), errors::kCommandText, "42000", error.message(), error.line()}});
-        }
-    });
-    return batches;
-}
-
-// A statement's answer: its rows, or a closed recordset that tells how many rows it wrote.
-Ref<Recordset> Connection::answer(Result result, Reading reading) {
-    auto recordset = make<Recordset>();
-    recordset->rowsAffected_ = result.rowsAffected;
-    if (!result.columns.empty()) {
-        if (reading == Reading::Freely) {
-            recordset->cursorLocation_ = cursorLocation_;
-            recordset->cursorType_ = CursorTypeEnum::adOpenStatic;
-        }
-        recordset->adopt(std::move(result), Ref<Connection>(this));
-    }
-    return recordset;
 }
 
 Ref<Recordset> Connection::OpenSchema(SchemaEnum queryType, const Variant& restrictions,

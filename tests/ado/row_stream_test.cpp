@@ -160,6 +160,24 @@ TEST_F(RowStreamTest, AScriptStandsStillBehindEachQuery) {
     EXPECT_EQ(fourth->State(), ObjectStateEnum::adStateOpen);
 }
 
+TEST_F(RowStreamTest, EachAnswerOfAScriptIsHandedOverWhileItsRowsCome) {
+    std::string told;
+    std::size_t most = 0;
+    const auto take = [&](Recordset& answer) {
+        most = std::max(most, answer.rows().table().size());
+        EXPECT_FALSE(answer.rows().table().complete());
+        told += std::to_string(sumOf(Ref<Recordset>(&answer))) + " ";
+    };
+    const auto run = [&] {
+        connection_->executeEach(u"SELECT N FROM T; SELECT 1/0 AS B; SELECT N FROM T WHERE N > 1",
+                                 take, Connection::Reading::Once);
+    };
+    EXPECT_EQ(raisedBy(run), errors::kCommandText);
+    EXPECT_LT(most, 2000U);
+    EXPECT_EQ(told, std::to_string(kSum) + " " + std::to_string(kSum - 1) + " ");
+    EXPECT_EQ(connection_->Errors()->Count(), 1);
+}
+
 TEST_F(RowStreamTest, RowsThatNobodyTookAreCountedAllTheSame) {
     const auto first = connection_->Execute(kTwoQueries);
     EXPECT_FALSE(isComplete(first));

@@ -111,6 +111,12 @@ public:
     enum class Reading : std::uint8_t { Freely, Once };
     void executeAll(const String& script, std::vector<Ref<Recordset>>& answers,
                     Reading reading = Reading::Freely);
+    // The same one after the other: each answer is handed over as soon as it is there, and what a
+    // script that only reads has still to answer is run when `take` has come back. Rows that it has
+    // not read by then are lost. What fails is raised when the script has ended, with every message
+    // in Errors; what `take` raises, at once.
+    void executeEach(const String& script, const std::function<void(Recordset&)>& take,
+                     Reading reading = Reading::Freely);
 
     // Cuts the text of a script file at its GO lines, each of which may name a count ("GO 5").
     // Raises -2147217900 for a count that is not a whole number. C++ only.
@@ -232,7 +238,9 @@ private:
     void endingTransaction(const std::function<void()>& end, XactAttributeEnum retaining);
     [[nodiscard]] Variant keyValue(const char* name, const char* otherName) const;
     void setKey(const char* name, const Variant& value);
-    void executeEach(const String& script, std::vector<Ref<Recordset>>& answers, Reading reading);
+    void runAll(const String& script, std::vector<Ref<Recordset>>& answers, Reading reading);
+    void runEach(const String& script, const std::function<void(Recordset&)>& take,
+                 Reading reading);
     void report(const std::vector<ServerMessage>& messages, const String& source);
     void tell(const std::vector<ServerMessage>& printed);
     [[nodiscard]] Ref<Recordset> answer(Result result, Reading reading = Reading::Freely);

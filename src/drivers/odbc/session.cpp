@@ -97,7 +97,7 @@ void OdbcSession::execute(Request& request, Reply& reply) {
     if (query.isOneQuery && std::ranges::none_of(request.parameters, comesBack)) {
         reader.readFirst(code, statement, known, reply.results);
     } else if (request.oneByOne && query.onlyReads && request.parameters.empty()) {
-        if (reader.readUpToRows(code, statement, known, reply.results) && !reader.failed()) {
+        if (reader.readUpToRows(code, statement, known, reply.results)) {
             const auto rest = std::make_shared<PendingResults>(
                 work_->connection, statement, reader.rowsLeft(), columns, known, timeout_);
             connection.reading(rest);

@@ -81,11 +81,9 @@ std::int64_t writeCsv(const ExportCommand& command, ado::Connection& database) {
     const std::filesystem::path file = std::filesystem::path(command.folder) / command.name;
     writeWholeFile(file.string(), [&](std::ostream& out) {
         const auto writer = answerWriter(AnswerForm::Csv, out, Language::English);
-        std::vector<Ref<ado::Recordset>> answers;
-        database.executeAll(String(command.query), answers, readingFor(*writer));
-        for (const auto& answer : answers) {
-            rows += writer->write(*answer);
-        }
+        database.executeEach(
+            String(command.query), [&](ado::Recordset& answer) { rows += writer->write(answer); },
+            readingFor(*writer));
         writer->finish();
     });
     return rows;

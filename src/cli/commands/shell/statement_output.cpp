@@ -64,18 +64,11 @@ bool runBatch(ado::Connection& connection, const ado::ScriptBatch& batch,
     {
         const Interruption interruption(connection);
         connection.Errors()->Clear();
-        std::vector<Ref<ado::Recordset>> answers;
         try {
-            connection.executeAll(batch.text, answers, readingFor(*writer));
+            connection.executeEach(
+                batch.text, [&](ado::Recordset& answer) { print(out, *writer, answer, settings); },
+                readingFor(*writer));
         } catch (const AutomationError& error) {
-            told = failuresOf(connection, error, batch.firstLine);
-            failed = true;
-        }
-        try {
-            for (const auto& answer : answers) {
-                print(out, *writer, *answer, settings);
-            }
-        } catch (const AutomationError& error) {  // while rows were still coming
             told = failuresOf(connection, error, batch.firstLine);
             failed = true;
         }
@@ -156,11 +149,8 @@ void runInto(ado::Connection& connection, const std::string& script, AnswerForm 
     writeWholeFile(file, [&](std::ostream& out) {
         const auto writer = answerWriter(form, out, Language::Italian);
         const Interruption interruption(connection);
-        std::vector<Ref<ado::Recordset>> answers;
-        connection.executeAll(script, answers, readingFor(*writer));
-        for (const auto& answer : answers) {
-            writer->write(*answer);
-        }
+        connection.executeEach(
+            script, [&](ado::Recordset& answer) { writer->write(answer); }, readingFor(*writer));
         writer->finish();
     });
 }

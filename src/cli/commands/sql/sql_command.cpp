@@ -68,19 +68,13 @@ private:
 
     // The answers of the statements before a failing one are printed, too.
     bool runBatch(const ado::ScriptBatch& batch) {
-        std::vector<Ref<ado::Recordset>> answers;
         std::vector<Failure> failures;
         database_.Errors()->Clear();
         try {
-            database_.executeAll(batch.text, answers, readingFor(writer_));
+            database_.executeEach(
+                batch.text, [&](ado::Recordset& answer) { writer_.write(answer); },
+                readingFor(writer_));
         } catch (const AutomationError& error) {
-            failures = failuresOf(database_, error, batch.firstLine);
-        }
-        try {
-            for (const auto& answer : answers) {
-                writer_.write(*answer);
-            }
-        } catch (const AutomationError& error) {  // while rows were still coming
             failures = failuresOf(database_, error, batch.firstLine);
         }
         // What a script prints goes beside its results, so that these can be processed.
