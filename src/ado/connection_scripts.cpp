@@ -25,11 +25,11 @@ void Connection::executeAll(const String& script, std::vector<Ref<Recordset>>& a
     requireOpen();
     Execution execution{script};
     executing(Ref<Connection>(this), execution,
-              [&] { runAll(execution.source(), answers, reading); });
+              [&] { executeEach(execution.source(), answers, reading); });
 }
 
-void Connection::runAll(const String& script, std::vector<Ref<Recordset>>& answers,
-                        Reading reading) {
+void Connection::executeEach(const String& script, std::vector<Ref<Recordset>>& answers,
+                             Reading reading) {
     requireOpen();
     Request request;
     request.text = script.utf8();

@@ -238,7 +238,7 @@ private:
     void endingTransaction(const std::function<void()>& end, XactAttributeEnum retaining);
     [[nodiscard]] Variant keyValue(const char* name, const char* otherName) const;
     void setKey(const char* name, const Variant& value);
-    void runAll(const String& script, std::vector<Ref<Recordset>>& answers, Reading reading);
+    void executeEach(const String& script, std::vector<Ref<Recordset>>& answers, Reading reading);
     void runEach(const String& script, const std::function<void(Recordset&)>& take,
                  Reading reading);
     void report(const std::vector<ServerMessage>& messages, const String& source);
