@@ -22,7 +22,10 @@ TEST(ApplicationLocks, AreKnownToOtherProcessesAndFreeWhenTheseDie) {
     const std::string isFree =
         "SELECT convert(int, applock_test('public', 'stampa', 'Exclusive', 'Session'))";
     EXPECT_EQ(lockAnswer(connection, isFree), "Long 1");
-    StartedProgram holder("hold_lock", std::vector<std::string>{folder.database(), "stampa"});
+    StartedProgram holder(
+        "hold_session",
+        std::vector<std::string>{folder.database(),
+                                 "EXEC sp_getapplock 'stampa', 'Exclusive', 'Session'"});
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
     while (lockAnswer(connection, isFree) == "Long 1" &&
            std::chrono::steady_clock::now() < deadline) {

@@ -21,9 +21,10 @@ constexpr const char* kIsThere = "SELECT isnull(sign(object_id('tempdb..##g')), 
 TEST(GlobalTables, AreSharedWithOtherProcessesAndGoWhenTheirMakerDies) {
     const TemporaryFolder folder;
     const auto connection = open(folder.database());
-    StartedProgram maker("hold_table", std::vector<std::string>{
-                                           folder.database(),
-                                           "CREATE TABLE ##g (a int) INSERT INTO ##g VALUES (5)"});
+    StartedProgram maker(
+        "hold_session",
+        std::vector<std::string>{folder.database(),
+                                 "CREATE TABLE ##g (a int) INSERT INTO ##g VALUES (5)"});
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
     while (globalAnswer(connection, kIsThere) == "Long 0" &&
            std::chrono::steady_clock::now() < deadline) {

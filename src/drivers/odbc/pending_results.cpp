@@ -43,14 +43,14 @@ bool PendingResults::goOn(std::vector<ServerMessage>& messages) {
     if (!statement_) {
         return false;
     }
-    if (const auto rows = rows_.lock()) {
-        rows->passOver();
-    }
     const auto limited = connection_->limit(timeout_);
     ResultReader reader(connection_, columns_, timeout_);
     std::vector<Result> results;
     bool more = false;
     try {
+        if (const auto rows = rows_.lock()) {
+            rows->passOver();
+        }
         const Cancelling::Scope cancellable(connection_->cancelling(), statement_->handle().get());
         more = reader.readNext(statement_, query_, results);
     } catch (const DriverError&) {

@@ -1,6 +1,6 @@
 // Runs a text, says so, and keeps its connection until it is killed.
 //
-//     hold_table CONNECTION_STRING TEXT
+//     hold_session CONNECTION_STRING TEXT
 
 #include <chrono>
 #include <cstdlib>
@@ -13,7 +13,7 @@
 
 int main(int count, char** arguments) {
     if (count != 3) {
-        std::cerr << "hold_table CONNECTION_STRING TEXT\n";
+        std::cerr << "hold_session CONNECTION_STRING TEXT\n";
         return EXIT_FAILURE;
     }
     try {
