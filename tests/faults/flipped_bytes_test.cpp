@@ -108,18 +108,16 @@ TEST_F(FlippedBytes, AreFoundByACheckAsFarAsAnythingShowsThem) {
     put(bytes_);
     ASSERT_EQ(Seen::Same, read());
     ASSERT_FALSE(fails("DBCC CHECKDB"));
-    int flips = 0;
     int errors = 0;
     int others = 0;
     int found = 0;
     int stopped = 0;
-    test::withRandomSeeds([&](std::uint32_t seed) {
+    const auto flip = [&](std::uint32_t seed) {
         std::mt19937 random(seed);
         std::string damaged = bytes_;
         char& byte = damaged[random() % damaged.size()];
         byte = static_cast<char>(byte ^ static_cast<char>(1 + random() % 255));
         put(damaged);
-        ++flips;
         const Seen seen = read();
         errors += seen == Seen::Error ? 1 : 0;
         if (seen != Seen::Other) {
@@ -133,11 +131,12 @@ TEST_F(FlippedBytes, AreFoundByACheckAsFarAsAnythingShowsThem) {
         const bool refused = fails("BACKUP DATABASE a TO DISK = '" + copy + "'");
         stopped += refused ? 1 : 0;
         EXPECT_EQ(!refused, std::filesystem::exists(copy));
+    };
+    test::withRandomSeeds(flip, [&] {
+        return ": " + std::to_string(errors) + " changed bytes end in an error, " +
+               std::to_string(others) + " are read as other values; of these a check finds " +
+               std::to_string(found) + ", a back-up " + std::to_string(stopped);
     });
-    std::printf(
-        "%d bytes changed: %d end in an error, %d are read as other values; of these a check finds "
-        "%d, a back-up %d\n",
-        flips, errors, others, found, stopped);
 }
 
 }  // namespace

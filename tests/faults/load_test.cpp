@@ -12,6 +12,7 @@
 #include <kaputil/automation/error.hpp>
 
 #include "faults/ledger.hpp"
+#include "faults/progress.hpp"
 #include "faults/random_runs.hpp"
 #include "support/temporary_folder.hpp"
 
@@ -78,9 +79,15 @@ TEST(ManyWriters, LoseNothingAndStandInNobodysWay) {
     }
     close(ends[1]);
     std::set<int> acknowledged;
+    const auto told = [&] {
+        return std::to_string(acknowledged.size()) + " steps of " + std::to_string(kPrograms) +
+               " programs with " + std::to_string(kThreads) + " threads each";
+    };
+    test::Progress progress;
     int number = 0;
     while (read(ends[0], &number, sizeof number) == sizeof number) {
         EXPECT_TRUE(acknowledged.insert(number).second);
+        progress.tell(told);
     }
     close(ends[0]);
     for (const pid_t program : programs) {
@@ -88,8 +95,7 @@ TEST(ManyWriters, LoseNothingAndStandInNobodysWay) {
         waitpid(program, &status, 0);
         EXPECT_EQ(0, status);
     }
-    std::printf("%zu steps of %d programs with %d threads each\n", acknowledged.size(), kPrograms,
-                kThreads);
+    std::printf("%s\n", told().c_str());
     EXPECT_GT(acknowledged.size(), 0U);
     EXPECT_EQ("", Ledger::fault(test::open(string), acknowledged));
 }

@@ -13,6 +13,7 @@
 
 #include <kaputil/automation/error.hpp>
 
+#include "faults/progress.hpp"
 #include "faults/random_runs.hpp"
 #include "faults/troubles.hpp"
 #include "support/database.hpp"
@@ -293,8 +294,13 @@ protected:
         while (tell(story, at, trouble, nth) && !HasFailure()) {
             const std::int64_t most = all || nth < kEach ? 1 : nth / 3;
             nth += 1 + static_cast<std::int64_t>(random() % static_cast<std::uint64_t>(most));
+            progress_.tell([&] { return told(trouble, runs_ + nth); });
         }
         runs_ += nth;
+    }
+
+    static std::string told(const Trouble& trouble, std::int64_t occasions) {
+        return trouble.name() + ": " + std::to_string(occasions) + " occasions";
     }
 
     test::TemporaryFolder folder_;
@@ -303,6 +309,7 @@ protected:
     Ref<ado::Connection> connection_;
     int ends_ = 0;
     std::int64_t runs_ = 0;
+    test::Progress progress_;
 };
 
 TEST_F(Transitions, AreMadeOrNotWhateverGoesWrongInThem) {
@@ -313,8 +320,7 @@ TEST_F(Transitions, AreMadeOrNotWhateverGoesWrongInThem) {
                 walk(story, at, *trouble, random);
             }
         }
-        std::printf("%s: %lld occasions\n", trouble->name().c_str(),
-                    static_cast<long long>(std::exchange(runs_, 0)));
+        std::printf("%s\n", told(*trouble, std::exchange(runs_, 0)).c_str());
     }
 }
 
