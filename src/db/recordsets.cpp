@@ -12,6 +12,7 @@
 #include "ado/row_cursor.hpp"
 #include "automation/late_bound.hpp"
 #include "base/unicode.hpp"
+#include "data/driver.hpp"
 #include "db/passing_rows.hpp"
 
 namespace kap::db {
@@ -53,9 +54,15 @@ void fetchAll(Recordset& recordset) {
     recordset.MoveFirst();
 }
 
-bool healsByRetrying(const AutomationError& error) {
+// A connection of the caller's that is lost stays so; a string opens another one each time.
+bool hasLost(const AutomationError& error, const Variant& connection) {
+    const auto* told = dynamic_cast<const ado::DriverError*>(&error);
+    return told != nullptr && told->messages().front().state == "08S01" && !connection.isString();
+}
+
+bool healsByRetrying(const AutomationError& error, const Variant& connection) {
     return error.number() != ado::errors::kUnknownObject &&
-           error.number() != ado::errors::kCommandText;
+           error.number() != ado::errors::kCommandText && !hasLost(error, connection);
 }
 
 void closeIfOpen(Recordset& recordset) {
@@ -66,13 +73,13 @@ void closeIfOpen(Recordset& recordset) {
 
 // Calls `open` until it works; gives up quietly after the last failure.
 template <class Open>
-void retrying(Recordset& recordset, Open open) {
+void retrying(Recordset& recordset, const Variant& connection, Open open) {
     for (int failures = 0; failures < kMaxFailures; ++failures) {
         try {
             open();
             return;
         } catch (const AutomationError& error) {
-            if (!healsByRetrying(error)) {
+            if (!healsByRetrying(error, connection)) {
                 // Callers see the number and the description; the source is left out.
                 throw AutomationError(error.number(), error.description());
             }
@@ -158,7 +165,7 @@ Ref<Recordset> OpenRecordset(const String& sqlString, ByRef<Variant> connessione
     substitute(*cursorLocation, kDefaultLocation);
     auto recordset = make<Recordset>();
     recordset->setCursorLocation(static_cast<ado::CursorLocationEnum>(*cursorLocation));
-    retrying(*recordset, [&] {
+    retrying(*recordset, *connessione, [&] {
         recordset->Open(sqlString, *connessione, static_cast<ado::CursorTypeEnum>(*cursorType),
                         static_cast<ado::LockTypeEnum>(*lockType), *options);
         fetchAll(*recordset);
@@ -175,7 +182,7 @@ Ref<Recordset> OpenRecordset(const String& sqlString, ByRef<Variant> connessione
 Ref<Recordset> openPassingRows(const String& sqlString, ByRef<Variant> connessione) {
     auto recordset = make<Recordset>();
     recordset->setCursorLocation(ado::CursorLocationEnum::adUseServer);
-    retrying(*recordset, [&] {
+    retrying(*recordset, *connessione, [&] {
         recordset->Open(sqlString, *connessione, ado::CursorTypeEnum::adOpenForwardOnly,
                         ado::LockTypeEnum::adLockReadOnly, kDefaultOptions);
     });

@@ -231,6 +231,19 @@ TEST_F(FailingOpenTest, AConnectionStringThatCannotBeOpenedIsRetriedToo) {
     EXPECT_TRUE(connection.isString());
 }
 
+// A connection object stays lost; a string opens another one each time.
+TEST_F(FailingOpenTest, ALostConnectionIsRaisedAtOnceUnlessAnotherIsOpened) {
+    const ado::ServerMessage lost{0, ado::errors::kUnspecified, "08S01", "The connection is lost."};
+    driver_.database.answers.push_back({lost, {}, {}, {}});
+    driver_.database.answer({test::oneNumber(7)});
+    EXPECT_EQ(raisedBy([&] { return OpenRecordset(u"SELECT N", connection_); }),
+              ado::errors::kUnspecified);
+    EXPECT_EQ(driver_.database.scripts.size(), 1U);
+    driver_.database.answers.push_front({lost, {}, {}, {}});
+    Variant text(u"Provider=Fake");
+    EXPECT_EQ(shown(fieldOf(OpenRecordset(u"SELECT N", text), 0)), "Long 7");
+}
+
 TEST_F(FailingOpenTest, AnEmptyAnswerIsNotFetched) {
     ado::Result none = test::oneNumber(1);
     none.rows.front() = {};

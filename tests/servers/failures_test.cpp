@@ -2,12 +2,18 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <functional>
+#include <random>
+#include <thread>
 
 #include <kaputil/data/error_numbers.hpp>
+#include <kaputil/db/records.hpp>
 #include <kaputil/db/recordsets.hpp>
+#include <kaputil/numbering/document_numbers.hpp>
 
 #include "relay.hpp"
 #include "server.hpp"
+#include "support/seed.hpp"
 #include "support/shown.hpp"
 
 namespace kap::ado {
@@ -150,6 +156,161 @@ TEST_F(ServerFailures, AServerRestartedInMidFetchFailsTheMovement) {
     connection->Close();
     connection->Open();
     EXPECT_EQ(shown(test::valueOf(connection, u"SELECT 5")), "Long 5");
+}
+
+// Whatever meets the end of a connection says it in the same way.
+class ServerLosses : public test::ServerTest {
+protected:
+    using Work = std::function<void(Variant&)>;
+
+    void SetUp() override {
+        ServerTest::SetUp();
+        if (!IsSkipped()) {
+            run(test::kRowVersions);
+            run("CREATE TABLE t (id int PRIMARY KEY, nome varchar(20), aggid rowversion);"
+                "INSERT INTO t VALUES (1, 'Rossi', '\\x0000000000000001')");
+        }
+    }
+    static std::string processOf(const Ref<Connection>& connection) {
+        return shown(test::valueOf(connection, u"SELECT 'p' || pg_backend_pid()")).substr(8);
+    }
+    void end(const std::string& process) const {
+        const std::string there = "FROM pg_stat_activity WHERE pid = " + process;
+        (void)value("SELECT pg_terminate_backend(pid) " + there);
+        while (value("SELECT 'x' || count(*) " + there) != "String x0") {
+        }
+    }
+    static void expectLoss(const Work& work, Variant& connection, const std::string& where) {
+        const AutomationError error = errorOf([&] { work(connection); });
+        EXPECT_EQ(error.number(), errors::kUnspecified) << where;
+        EXPECT_TRUE(error.description().utf8().starts_with(kSentence))
+            << where << ": " << error.description().utf8();
+        const auto reported = connectionOf(connection)->Errors();
+        ASSERT_GT(reported->Count(), 0) << where;
+        EXPECT_EQ(reported->Item(0)->SQLState().utf8(), "08S01") << where;
+    }
+
+    static constexpr const char* kSentence = "The connection to the database server has been lost";
+    const std::vector<std::pair<const char*, Work>> members_ = {
+        {"Execute", [](Variant& on) { connectionOf(on)->Execute(u"SELECT 1"); }},
+        {"Execute that writes", [](Variant& on) { connectionOf(on)->Execute(u"DELETE FROM t"); }},
+        {"OpenSchema",
+         [](Variant& on) { (void)connectionOf(on)->OpenSchema(SchemaEnum::adSchemaTables); }},
+        {"OpenRecordset", [](Variant& on) { (void)db::OpenRecordset(u"SELECT * FROM t", on); }},
+        {"a recordset that keeps its Nulls",
+         [](Variant& on) {
+             (void)db::OpenRecordset(u"SELECT * FROM t", on, -1, -1, -1, /*deleteNull=*/false);
+         }},
+        {"a keyset on the server",
+         [](Variant& on) {
+             (void)db::OpenRecordset(u"SELECT * FROM t", on, std::int16_t{1}, std::int16_t{3}, -1,
+                                     false, false, std::int16_t{2});
+         }},
+        {"DB_Read",
+         [](Variant& on) {
+             Variant text;
+             (void)db::DB_Read(on, u"SELECT * FROM t", text);
+         }},
+        {"DB_Update",
+         [](Variant& on) {
+             const auto error = make<CErrore>();
+             (void)db::DB_Update(on, u"SELECT * FROM t", u"", *error);
+         }},
+        {"kapLeggiRecord",
+         [](Variant& on) { (void)db::kapLeggiRecord(on, u"SELECT * FROM t", u"nome"); }},
+        {"Riga_Prog",
+         [](Variant& on) { (void)db::Riga_Prog(on, String(u"SELECT max(id) FROM t")); }},
+        {"Progressivi", [](Variant& on) {
+             Ref<CErrore> error;
+             (void)numbering::Progressivi(u"FAI", u"D", u"S", 2025, 0, on, u"°°°", u"t", 0, error);
+         }}};
+};
+
+TEST_F(ServerLosses, AreToldAlikeByEveryMember) {
+    for (const auto& [name, work] : members_) {
+        for (const bool pooled : {false, true}) {
+            for (const bool transaction : {false, true}) {
+                Variant connection(database_->open(pooled ? ";Pooling=True" : ""));
+                const auto opened = connectionOf(connection);
+                const std::string process = processOf(opened);
+                if (transaction) {
+                    opened->BeginTrans();
+                    opened->Execute(u"UPDATE t SET nome = 'x'");
+                } else if (pooled) {
+                    opened->Execute(u"SET work_mem = '1MB'");  // else there is nothing to lose
+                }
+                end(process);
+                const std::string where = std::string(name) + (pooled ? ", pooled" : "") +
+                                          (transaction ? ", in a transaction" : "");
+                expectLoss(work, connection, where);
+                expectLoss(work, connection, where + ", again");
+            }
+        }
+    }
+    EXPECT_EQ(value("SELECT nome FROM t"), "String Rossi");
+}
+
+TEST_F(ServerLosses, AreToldByWhatGoesOnWithRecordsThatAreOpen) {
+    const std::vector<std::pair<const char*, std::function<void(Recordset&)>>> all = {
+        {"Update", [](Recordset& rows) { rows.Update(u"nome", u"Neri"); }},
+        {"Delete", [](Recordset& rows) { rows.Delete(); }},
+        {"AddNew",
+         [](Recordset& rows) {
+             rows.AddNew();
+             rows.Fields()->Item(u"id")->setValue(2);
+             rows.Update();
+         }},
+        {"Requery", [](Recordset& rows) { rows.Requery(); }},
+        {"Resync", [](Recordset& rows) { rows.Resync(); }}};
+    for (const auto& [name, work] : all) {
+        Variant connection(database_->open());
+        const auto rows = test::openLive(connectionOf(connection), u"SELECT * FROM t");
+        end(processOf(connectionOf(connection)));
+        expectLoss([&](Variant&) { work(*rows); }, connection, name);
+    }
+}
+
+// The driver asks for a hundred rows at a time: the end comes between two blocks.
+TEST_F(ServerLosses, AreToldByTheMovementThatNeedsTheNextRows) {
+    for (const auto location : {CursorLocationEnum::adUseClient, CursorLocationEnum::adUseServer}) {
+        Variant connection(database_->open(";UseDeclareFetch=1;Fetch=100"));
+        const std::string process = processOf(connectionOf(connection));
+        const auto rows = make<Recordset>();
+        rows->setCursorLocation(location);
+        rows->Open(u"SELECT generate_series(1, 100000) AS a, repeat('x', 200) AS b", connection);
+        end(process);
+        expectLoss(
+            [&](Variant&) {
+                while (!rows->Eof()) {
+                    rows->MoveNext();
+                }
+            },
+            connection, "MoveNext");
+    }
+}
+
+// At any moment, in the midst of whatever is running.
+TEST_F(ServerLosses, AreToldAtAnyMoment) {
+    std::mt19937 random(test::randomSeed());
+    for (int round = 0; round < 40; ++round) {
+        const auto& [name, work] = members_[3 + random() % (members_.size() - 4)];
+        Variant connection(database_->open(random() % 2 == 0 ? "" : ";Pooling=True"));
+        connectionOf(connection)->Execute(u"SET work_mem = '1MB'");
+        const std::string process = processOf(connectionOf(connection));
+        const auto pause = std::chrono::microseconds(random() % 20000);
+        std::thread killer([&] {
+            std::this_thread::sleep_for(pause);
+            end(process);
+        });
+        expectLoss(
+            [&](Variant& on) {
+                for (;;) {
+                    work(on);
+                }
+            },
+            connection, name);
+        killer.join();
+    }
 }
 
 TEST_F(ServerFailures, RowsLeftBehindByAClosedConnectionAreToldAsLost) {

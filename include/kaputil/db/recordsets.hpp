@@ -20,9 +20,9 @@ namespace kap::db {
 // the database keeps its Nulls. With `closeConnection` the recordset is disconnected; the caller's
 // connection stays as it was.
 //
-// An unknown table (-2147217865) and an error in the command text (-2147217900) are raised at once.
-// After any other failure the opening is tried again, eleven times in all; the result then is a
-// closed recordset if both switches are off, and otherwise the first access to it raises 3704.
+// An unknown table (-2147217865), an error in the command text (-2147217900) and the loss of an
+// open connection (-2147467259) are raised at once. Else eleven attempts are made in all: then the
+// result is a closed recordset if both switches are off, otherwise its first access raises 3704.
 [[nodiscard]] KAPUTIL_EXPORT Ref<ado::Recordset> OpenRecordset(
     const String& sqlString, ByRef<Variant> connessione, ByRef<std::int16_t> cursorType = -1,
     ByRef<std::int16_t> lockType = -1, ByRef<std::int16_t> options = -1,

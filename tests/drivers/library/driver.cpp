@@ -426,6 +426,11 @@ SQLRETURN SQL_API SQLFetch(SQLHSTMT handle) {
     if (statement.fetched != nullptr) {
         *statement.fetched = last - first;
     }
+    if (statement.now.breaks && last - first < statement.rowsOfBlock) {
+        statement.reports = {*statement.now.breaks};
+        statement.line->dead = true;
+        return SQL_ERROR;
+    }
     if (first == last) {
         return SQL_NO_DATA;
     }

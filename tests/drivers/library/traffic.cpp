@@ -125,6 +125,8 @@ private:
             waits_ = true;
         } else if (word == "lost") {
             answers.back().lost = true;
+        } else if (word == "breaks") {
+            answers.back().breaks = reportOf(rest);
         } else {
             std::abort();  // no word of these files
         }

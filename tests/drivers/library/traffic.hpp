@@ -1,6 +1,7 @@
 #pragma once
 
 #include <deque>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -23,6 +24,8 @@
 //     info 01000 0 text              a message that goes with what comes next
 //     waits                          what comes next comes when the statement is cancelled
 //     lost                           the connection ends with the failure before it
+//     breaks 08S01 20004 text        the block that begins behind the rows, or that they do not
+//                                    fill, cannot be fetched, for the connection has ended
 //     > !commit                      other calls: !commit, !rollback, !autocommit on or off,
 //                                    !tables NAME, !columns NAME, !keys NAME, !indexes NAME, !types
 // clang-format on
@@ -51,6 +54,7 @@ struct Answer {
     std::vector<Report> reports;
     bool lost = false;
     bool waits = false;
+    std::optional<Report> breaks;
 };
 
 struct Exchange {
