@@ -7,6 +7,7 @@
 #include <kaputil/ado/command.hpp>
 #include <kaputil/ado/recordset.hpp>
 #include <kaputil/automation/convert.hpp>
+#include <kaputil/data/error_numbers.hpp>
 
 #include "ado/gradual_rows.hpp"
 #include "ado/later_execution.hpp"
@@ -108,7 +109,8 @@ void Recordset::fetchGradually(RowTable& table) {
     }
 }
 
-// Nobody waits for the rows who could be told why they do not come: the sinks are.
+// Nobody waits for the rows who could be told why they do not come: the sinks are, and whoever goes
+// beyond the rows that have come. Those that the client has ended are all.
 void Recordset::takeReady() const {
     if (!fetchesOn_ || cursor_ == nullptr) {
         return;
@@ -128,8 +130,10 @@ void Recordset::takeReady() const {
         } else {
             fetch();
         }
-    } catch (const AutomationError&) {
-        table.abandonRest();
+    } catch (const AutomationError& error) {
+        if (error.number() == errors::kOperationCancelled) {
+            table.abandonRest();
+        }
         fetchesOn_ = false;
         return;
     }
