@@ -221,6 +221,87 @@ row 5
     EXPECT_EQ(shown(fieldOf(rows, u"id")), "Long 5");
 }
 
+// The trigger writes rows of its own, which have identities, counts and answers.
+TEST(ReplayedWriting, InsertsIntoATableWhoseTriggersInsertElsewhere) {
+    test::Replay replay(R"(
+facts t triggers
+fact id int key 1 identity
+fact nome nvarchar(20)
+> SELECT * FROM t
+columns id int, nome nvarchar(20)
+> BEGIN TRANSACTION; INSERT INTO "t" ("nome") VALUES (?); SELECT @@ROWCOUNT;
+  SELECT "id", "nome" FROM "t" WHERE "id" = SCOPE_IDENTITY(); COMMIT TRANSACTION
+? nvarchar Neri
+count 5
+columns id int, nome nvarchar(20)
+row 900 | registro
+count 1
+columns n int
+row 1
+columns id int, nome nvarchar(20)
+row 17 | NERI
+)");
+    const auto connection = replay.open();
+    const auto rows = test::openLive(connection, u"SELECT * FROM t");
+    rows->AddNew();
+    rows->Fields()->Item(u"nome")->setValue(u"Neri");
+    rows->Update();
+    EXPECT_EQ(shown(fieldOf(rows, u"id")), "Long 17");
+    EXPECT_EQ(shown(fieldOf(rows, u"nome")), "String NERI");
+}
+
+// Texts of the older types are neither compared nor given back as they are.
+TEST(ReplayedWriting, FindsAndReadsTextsWithoutALimit) {
+    test::Replay replay(R"(
+facts t
+fact nota text
+fact foto image
+> SELECT * FROM t
+columns nota text, foto varbinary(8)
+row lunga | 0102
+> !autocommit off
+> UPDATE "t" SET "nota" = ? WHERE CAST("nota" AS varchar(max)) = ? AND
+  CAST("foto" AS varbinary(max)) = ? AND CAST("nota" AS varchar(max)) = ?; SELECT @@ROWCOUNT
+? nvarchar breve
+? nvarchar lunga
+? varbinary 0102
+? nvarchar lunga
+columns n int
+row 1
+> !commit
+> !autocommit on
+)");
+    const auto connection = replay.open();
+    const auto rows = test::openLive(connection, u"SELECT * FROM t");
+    rows->Update(u"nota", u"breve");
+    EXPECT_EQ(shown(fieldOf(rows, u"nota")), "String breve");
+}
+
+// Every moment of a second that a datetime can hold, in a key.
+TEST(ReplayedWriting, FindsEachRowOfATableOfOddMilliseconds) {
+    constexpr int kTicks = 300;
+    std::string rows;
+    std::string updates;
+    for (int tick = 0; tick < kTicks; ++tick) {
+        const std::string digits = std::to_string(1000 + (tick * 10 + 1) / 3).substr(1);
+        const std::string moment = "2025-03-31 10:00:00." + digits;
+        rows += "row " + moment + " | 0\n";
+        updates +=
+            "> UPDATE \"t\" SET \"n\" = ? OUTPUT inserted.\"n\" WHERE \"quando\" = CAST(? AS "
+            "datetime) AND \"n\" = ?\n? int 1\n? datetime " +
+            moment + "000\n? int 0\ncolumns n int\nrow 1\n";
+    }
+    test::Replay replay(
+        "facts t\nfact quando datetime key 1\nfact n int\n> SELECT * FROM t\ncolumns "
+        "quando datetime(3), n int\n" +
+        rows + updates);
+    const auto connection = replay.open();
+    const auto records = test::openLive(connection, u"SELECT * FROM t");
+    for (; !records->Eof(); records->MoveNext()) {
+        records->Update(u"n", 1);
+    }
+}
+
 TEST(ReplayedWriting, ComparesTimesAsTheirColumnsKeepThem) {
     test::Replay replay(R"(
 facts t

@@ -7,6 +7,8 @@
 #include <algorithm>
 #include <chrono>
 #include <csignal>
+#include <cstdio>
+#include <cstdlib>
 #include <fstream>
 #include <functional>
 #include <random>
@@ -80,16 +82,21 @@ protected:
             "s");
     }
 
-    // Kills programs and ends connections, by turns, until enough has been written down. How often.
+    // Kills programs and ends connections, by turns, until enough has been written down, and for as
+    // many seconds as KAPUTIL_FAULT_SECONDS says. How often.
     int endProgramsAndConnections(const std::function<pid_t()>& begin) {
         constexpr std::size_t kNumbers = 200;
         constexpr int kFewestEnds = 12;
         constexpr std::chrono::milliseconds kPause(100);
+        const char* seconds = std::getenv("KAPUTIL_FAULT_SECONDS");
+        const auto end = std::chrono::steady_clock::now() +
+                         std::chrono::seconds(seconds == nullptr ? 0 : std::atoi(seconds));
         std::mt19937 random(seed_);
         std::vector<pid_t> children(kProcesses);
         std::ranges::generate(children, begin);
         int ends = 0;
-        while (taken().size() < kNumbers || ends < kFewestEnds) {
+        while (taken().size() < kNumbers || ends < kFewestEnds ||
+               std::chrono::steady_clock::now() < end) {
             std::this_thread::sleep_for(kPause);
             if (taken().empty()) {
                 continue;
@@ -127,6 +134,8 @@ protected:
         EXPECT_GE(last, numbers.size()) << "seed " << seed_;
         EXPECT_LE(last, numbers.size() + static_cast<std::size_t>(ends) + kProcesses)
             << "seed " << seed_;
+        std::printf("%zu told, %zu of them different, the server's last %lu; %d ends\n",
+                    numbers.size(), different.size(), last, ends);
     }
 
     const std::uint32_t seed_ = test::randomSeed();

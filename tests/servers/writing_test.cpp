@@ -141,6 +141,46 @@ TEST_F(ServerWriting, LocatesByAUniqueIndexWhereThereIsNoPrimaryKey) {
     EXPECT_EQ(value("SELECT b FROM u WHERE a = 2"), "String y");
 }
 
+// A trigger tells something, writes other rows and changes the one that is written.
+TEST_F(ServerWriting, TakesNothingThatATriggerDoesForItsOwn) {
+    run("CREATE TABLE registro (id serial PRIMARY KEY, testo varchar(20));"
+        "CREATE TABLE soci (id serial PRIMARY KEY, nome varchar(20));"
+        "CREATE FUNCTION annota() RETURNS trigger LANGUAGE plpgsql AS $$ BEGIN "
+        "RAISE NOTICE 'scritto %', NEW.nome; "
+        "INSERT INTO registro (testo) SELECT NEW.nome FROM generate_series(1, 5); "
+        "UPDATE registro SET testo = upper(testo); NEW.nome := upper(NEW.nome); RETURN NEW; END $$;"
+        "CREATE TRIGGER t BEFORE INSERT OR UPDATE ON soci FOR EACH ROW EXECUTE FUNCTION annota();"
+        "INSERT INTO soci (nome) VALUES ('Rossi')");
+    const auto rows = live("SELECT * FROM soci ORDER BY id");
+    rows->Update(u"nome", u"Neri");
+    EXPECT_EQ(shown(fieldOf(rows, u"nome")), "String NERI");
+    rows->AddNew();
+    rows->Fields()->Item(u"nome")->setValue(u"Verdi");
+    rows->Update();
+    EXPECT_EQ(shown(fieldOf(rows, u"id")), "Long 2");
+    EXPECT_EQ(shown(fieldOf(rows, u"nome")), "String VERDI");
+    rows->Delete();
+    EXPECT_EQ(value("SELECT string_agg(id || nome, ' ') FROM soci"), "String 1NERI");
+    EXPECT_EQ(value("SELECT 'x' || count(*) FROM registro"), "String x15");
+}
+
+// Without a key every row is found by the moment that it holds.
+TEST_F(ServerWriting, FindsEachRowOfATableOfOddMilliseconds) {
+    run("CREATE TABLE letture (quando timestamp(3), fine timestamp, n int);"
+        "INSERT INTO letture SELECT '2025-03-31 10:00:00'::timestamp + m * interval '1 "
+        "millisecond',"
+        "'2025-03-31 10:00:00'::timestamp + m * interval '1001 microseconds', 0 "
+        "FROM generate_series(0, 999) m");
+    const auto rows = live("SELECT * FROM letture");
+    int written = 0;
+    for (; !rows->Eof(); rows->MoveNext()) {
+        rows->Update(u"n", ++written);
+    }
+    EXPECT_EQ(written, 1000);
+    EXPECT_EQ(value("SELECT count(DISTINCT n) || ' ' || sum(n) FROM letture"),
+              "String 1000 500500");
+}
+
 TEST_F(ServerWriting, LocatesByAllColumnsWithoutAKeyAndRefusesTwins) {
     run("CREATE TABLE k (a int, b varchar(10), c numeric(5,2), d timestamp);"
         "INSERT INTO k VALUES (1, 'x', 2.5, '2003-12-31 10:00:00.123456'), (2, NULL, NULL, NULL), "
