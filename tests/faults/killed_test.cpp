@@ -1,18 +1,12 @@
 // A program that is killed at one of its calls of the file system.
 #include <gtest/gtest.h>
 
-#include <sys/wait.h>
-#include <unistd.h>
-
-#include <array>
-#include <csignal>
 #include <filesystem>
 
-#include <kaputil/automation/error.hpp>
 #include <kaputil/platform/profile_file.hpp>
 
+#include "faults/killed_at.hpp"
 #include "faults/ledger.hpp"
-#include "faults/library/failing_calls.hpp"
 #include "faults/random_runs.hpp"
 #include "support/temporary_folder.hpp"
 #include "support/text_files.hpp"
@@ -22,43 +16,13 @@ namespace {
 
 using test::Ledger;
 
-// Runs `work(acknowledge)` in a process of its own that is killed at the n-th file call in the
-// folder; gives the numbers that it has acknowledged before.
-template <class Work>
-std::set<int> killedAt(int nth, const std::string& folder, Work work) {
-    std::array<int, 2> ends{};
-    EXPECT_EQ(0, pipe(ends.data()));
-    const pid_t child = fork();
-    if (child == 0) {
-        close(ends[0]);
-        faults::start({folder, {}, nth, faults::kKill});
-        try {
-            work([&](int number) { static_cast<void>(!write(ends[1], &number, sizeof number)); });
-        } catch (...) {
-            _exit(3);
-        }
-        _exit(0);
-    }
-    close(ends[1]);
-    std::set<int> acknowledged;
-    int number = 0;
-    while (read(ends[0], &number, sizeof number) == sizeof number) {
-        acknowledged.insert(number);
-    }
-    close(ends[0]);
-    int status = 0;
-    waitpid(child, &status, 0);
-    EXPECT_TRUE(WIFSIGNALED(status) || WEXITSTATUS(status) == 0);
-    return acknowledged;
-}
-
 TEST(KilledProgram, LeavesWhatWasAcknowledgedAndNothingInPart) {
     test::withRandomSeeds([](std::uint32_t seed) {
         std::mt19937 random(seed);
         const test::TemporaryFolder folder;
         Ledger::create(test::open(folder.database("libri.db")));
-        const auto acknowledged =
-            killedAt(1 + static_cast<int>(random() % 150), folder.file(""), [&](auto acknowledge) {
+        const auto acknowledged = test::killedAt(
+            1 + static_cast<int>(random() % 150), folder.file(""), [&](auto acknowledge) {
                 const auto connection = test::open(folder.database("libri.db"));
                 for (int i = 0; i < 20; ++i) {
                     const int number = static_cast<int>(random() % 6) + 6 * i;
@@ -77,7 +41,7 @@ TEST(KilledProgram, LeavesNoTemporaryFileInTheWay) {
     const String file(folder.file("p.ini"));
     for (int nth = 1; nth < 20; ++nth) {
         SCOPED_TRACE(nth);
-        static_cast<void>(killedAt(nth, folder.file(""), [&](auto) {
+        static_cast<void>(test::killedAt(nth, folder.file(""), [&](auto) {
             static_cast<void>(platform::writeProfile(u"A", u"x", u"ucciso", file));
         }));
         EXPECT_TRUE(platform::writeProfile(u"A", u"x", u"vivo", file));

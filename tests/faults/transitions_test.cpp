@@ -13,11 +13,13 @@
 
 #include <kaputil/automation/error.hpp>
 
+#include "faults/killed_at.hpp"
 #include "faults/progress.hpp"
 #include "faults/random_runs.hpp"
 #include "faults/troubles.hpp"
 #include "support/database.hpp"
 #include "support/seed.hpp"
+#include "support/temporary_folder.hpp"
 
 namespace kap {
 namespace {
@@ -147,18 +149,31 @@ const std::vector<Story>& stories() {
     return kStories;
 }
 
+void makeTables(const Ref<ado::Connection>& connection) {
+    connection->Execute(
+        u"CREATE TABLE Righe (Numero int IDENTITY PRIMARY KEY, Passo int NOT NULL UNIQUE, "
+        u"AggID timestamp) CREATE TABLE Prime (Passo int)"
+        u"CREATE TABLE Segni (n int)");
+    connection->Execute(
+        u"CREATE TRIGGER Seconde ON Prime FOR INSERT AS INSERT INTO Righe (Passo) SELECT "
+        u"Passo FROM inserted INSERT INTO Righe (Passo) SELECT Passo + 1 FROM inserted");
+}
+
+std::set<int> rowsReadBy(const Ref<ado::Connection>& connection) {
+    std::set<int> there;
+    const auto rows = connection->Execute(kSeen);
+    for (; !rows->Eof(); rows->MoveNext()) {
+        there.insert(test::fieldOf(rows, 0).as<std::int32_t>());
+    }
+    return there;
+}
+
 class Transitions : public testing::Test {
 protected:
     Transitions()
         : file_(folder_.file("libri.db")),
           other_(test::open(folder_.database("libri.db") + ";Synchronous=Off;Lock Timeout=0")) {
-        other_->Execute(
-            u"CREATE TABLE Righe (Numero int IDENTITY PRIMARY KEY, Passo int NOT NULL UNIQUE, "
-            u"AggID timestamp) CREATE TABLE Prime (Passo int)"
-            u"CREATE TABLE Segni (n int)");
-        other_->Execute(
-            u"CREATE TRIGGER Seconde ON Prime FOR INSERT AS INSERT INTO Righe (Passo) SELECT "
-            u"Passo FROM inserted INSERT INTO Righe (Passo) SELECT Passo + 1 FROM inserted");
+        makeTables(other_);
         reopen();
     }
 
@@ -268,12 +283,7 @@ protected:
 
     [[nodiscard]] std::set<int> rowsOf(const Ref<ado::Connection>& connection) const {
         SCOPED_TRACE(connection == other_ ? "by the other" : "by itself");
-        std::set<int> there;
-        const auto rows = connection->Execute(kSeen);
-        for (; !rows->Eof(); rows->MoveNext()) {
-            there.insert(test::fieldOf(rows, 0).as<std::int32_t>());
-        }
-        return there;
+        return rowsReadBy(connection);
     }
 
     // What others find in the file.
@@ -352,6 +362,55 @@ TEST_F(Transitions, FailWholeWhenAnotherHasTheLock) {
         step.run(connection_, 1);
         connection_->Execute(u"WHILE @@TRANCOUNT > 0 COMMIT DELETE FROM Righe");
     }
+}
+
+// Tells a story in a program that is killed at its n-th call of the file system; what was said to be
+// done is there, and of the step in which it died all or nothing. False when it came to its end.
+bool tellUntilKilled(const Story& story, const test::TemporaryFolder& folder, int nth) {
+    const std::string string = folder.database("libri.db") + ";Synchronous=Off";
+    test::open(string)->Execute(u"DELETE FROM Righe DELETE FROM Prime");
+    const std::set<int> done = test::killedAt(nth, folder.file(""), [&](auto acknowledge) {
+        const auto connection = test::open(string);
+        for (int i = 0; i < static_cast<int>(story.size()); ++i) {
+            story[static_cast<std::size_t>(i)].run(connection, 1 + 2 * i);
+            acknowledge(i);
+        }
+    });
+    Books books;
+    int row = 1;
+    for (std::size_t i = 0; i < done.size(); ++i, row += 2) {
+        books = story[i].effect(books, row);
+    }
+    const auto connection = test::open(string);
+    const std::set<int> kept = rowsReadBy(connection);
+    const bool finished = done.size() == story.size();
+    if (finished || kept == books.kept) {
+        EXPECT_EQ(books.kept, kept);
+    } else {
+        EXPECT_EQ(story[done.size()].effect(books, row).kept, kept) << story[done.size()].name;
+    }
+    EXPECT_NO_THROW(connection->Execute(u"DBCC CHECKDB"));
+    return !finished;
+}
+
+TEST(KilledTransitions, AreMadeOrNotWhereverAProgramDiesInThem) {
+    std::mt19937 random(test::randomSeed());
+    const test::TemporaryFolder folder;
+    makeTables(test::open(folder.database("libri.db")));
+    const bool all = std::getenv("KAPUTIL_FAULT_SECONDS") != nullptr;
+    test::Progress progress;
+    int kills = 0;
+    for (const Story& story : stories()) {
+        int nth = 1;
+        while (tellUntilKilled(story, folder, nth) && !testing::Test::HasFailure()) {
+            const int most = all ? 1 : 1 + nth / 4;
+            nth += 1 + static_cast<int>(random() % static_cast<unsigned>(most));
+            ++kills;
+            progress.tell([&] { return std::to_string(kills) + " kills"; });
+        }
+    }
+    EXPECT_GT(kills, 50);
+    std::printf("%d kills\n", kills);
 }
 
 }  // namespace
