@@ -1,5 +1,5 @@
-// Values that are nested ever deeper, or hold themselves: they are read or refused, and nothing of a
-// program's stack shows.
+// Values that are nested ever deeper, or hold one another: they are read or refused, however little
+// stack there is.
 #include <gtest/gtest.h>
 
 #include <string>

@@ -364,8 +364,8 @@ TEST_F(Transitions, FailWholeWhenAnotherHasTheLock) {
     }
 }
 
-// Tells a story in a program that is killed at its n-th call of the file system; what was said to be
-// done is there, and of the step in which it died all or nothing. False when it came to its end.
+// Tells a story in a program that is killed at its n-th call of the file system; what was said to
+// be done is there, and of the step in which it died all or nothing. False when it came to its end.
 bool tellUntilKilled(const Story& story, const test::TemporaryFolder& folder, int nth) {
     const std::string string = folder.database("libri.db") + ";Synchronous=Off";
     test::open(string)->Execute(u"DELETE FROM Righe DELETE FROM Prime");
