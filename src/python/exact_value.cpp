@@ -1,7 +1,11 @@
 #include "python/exact_value.hpp"
 
+#include <memory>
+#include <utility>
+
 #include <kaputil/automation/convert.hpp>
 
+#include "python/instance.hpp"
 #include "python/values.hpp"
 
 namespace kap::python {
@@ -29,14 +33,22 @@ const Variant& ExactValue::value() const {
     return value_;
 }
 
+py::object exactObject(Variant value) {
+    static auto* const type = reinterpret_cast<PyTypeObject*>(
+        py::detail::get_type_handle(typeid(ExactValue), /*throw_if_missing=*/true).ptr());
+    return instanceOf(type, std::make_unique<ExactValue>(std::move(value)));
+}
+
 void bindExactValue(py::module_& module) {
     py::class_<ExactValue>(module, "ExactValue")
-        .def(py::init<const std::string&, const py::object&>())
         .def_property_readonly(
             "type",
             [](const ExactValue& self) { return std::string(typeName(self.value().type())); })
         .def_property_readonly("value",
                                [](const ExactValue& self) { return toPython(self.value()); });
+    module.def("exact_value", [](const std::string& type, const py::object& value) {
+        return exactObject(ExactValue(type, value).value());
+    });
 }
 
 }  // namespace kap::python

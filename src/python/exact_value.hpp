@@ -27,7 +27,10 @@ private:
     OwnerThread owner_;
 };
 
-// Binds its class into the module.
+// The Python object that keeps it.
+[[nodiscard]] py::object exactObject(Variant value);
+
+// Binds its class into the module, and the function exact_value that makes one.
 void bindExactValue(py::module_& module);
 
 }  // namespace kap::python

@@ -41,7 +41,7 @@ void translate(std::exception_ptr raised) {
 }
 
 // A member of any object, Python's own among them, called as the library calls it.
-ExactValue invokeExact(const py::object& target, const py::str& member, const py::tuple& positional,
+py::object invokeExact(const py::object& target, const py::str& member, const py::tuple& positional,
                        const py::dict& named) {
     const Variant value = toVariant(target);
     if (!value.isObject()) {
@@ -51,7 +51,7 @@ ExactValue invokeExact(const py::object& target, const py::str& member, const py
     if (!object) {
         throw AutomationError(errors::kObjectNotSet);
     }
-    return ExactValue(
+    return exactObject(
         callMember(*object, toText(member), InvokeKind::MethodOrGet, positional, named));
 }
 

@@ -9,6 +9,7 @@
 
 #include "python/calls.hpp"
 #include "python/class_table.hpp"
+#include "python/instance.hpp"
 #include "python/package.hpp"
 #include "python/python_error.hpp"
 #include "python/python_object.hpp"
@@ -118,24 +119,10 @@ Proxy::Proxy(Ref<Object> object)
 
 // Made in its class at once: to be given another class later costs more than all the rest.
 py::object proxyOf(const Ref<Object>& object) {
-    static const py::detail::type_info& info = *py::detail::get_type_info(proxyType);
     auto held = std::make_unique<Proxy>(object);
     const py::object type =
         held->description() == nullptr ? package().object : classFor(*held->description());
-    auto made = py::reinterpret_steal<py::object>(
-        py::detail::make_new_instance(reinterpret_cast<PyTypeObject*>(type.ptr())));
-    auto* const instance = reinterpret_cast<py::detail::instance*>(made.ptr());
-    instance->owned = true;
-    Proxy* const proxy = held.release();
-    instance->get_value_and_holder().value_ptr() = proxy;
-    try {
-        info.init_instance(instance, nullptr);
-    } catch (...) {
-        // Without a holder only the memory is given back: what it refers to would never end.
-        std::destroy_at(proxy);
-        throw;
-    }
-    return made;
+    return instanceOf(reinterpret_cast<PyTypeObject*>(type.ptr()), std::move(held));
 }
 
 const Proxy* proxyBehind(const py::handle& value) {

@@ -49,7 +49,23 @@ def values():
     return reference.value
 
 
-WORKS = [bag, rows, transaction, refused, values]
+class Held:
+    """An object of Python's that counts how many of its kind are alive."""
+
+    alive = 0
+
+    def __init__(self):
+        Held.alive += 1
+
+    def __del__(self):
+        Held.alive -= 1
+
+
+def exact():
+    return kaputil.Variant("Object", Held()).type
+
+
+WORKS = [bag, rows, transaction, refused, values, exact]
 
 
 def with_requests_failing(work, library):
@@ -66,6 +82,8 @@ def with_requests_failing(work, library):
                 pass
             finally:
                 failed = library.kaputil_stop_memory() == 1
+            if Held.alive != 0:
+                raise AssertionError(f"{work.__name__} holds an object after request {nth}")
             work()  # nothing is left of the one before, such as an open connection to its database
         failures += failed
         nth += 1 + nth // 24

@@ -33,7 +33,7 @@ class Variant:
     __slots__ = ("_exact",)
 
     def __init__(self, type_name: str, value: object = None) -> None:
-        self._exact: Any = _native.ExactValue(type_name, value)
+        self._exact: Any = _native.exact_value(type_name, value)
 
     @property
     def type(self) -> str:
