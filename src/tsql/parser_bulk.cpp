@@ -115,6 +115,7 @@ bool Parser::bulkText(BulkInsertStatement& bulk, const std::string& option) {
         bulk.fieldTerminator = terminatorOf(text, line);
     } else if (option == "ROWTERMINATOR") {
         bulk.rowTerminator = terminatorOf(text, line);
+        if (text.empty()) refuse("BULK INSERT WITH ROWTERMINATOR = ''");
     } else if (option == "CODEPAGE") {
         bulk.codePage = asciiUpper(text);
     } else if (option == "FIELDQUOTE") {

@@ -92,6 +92,35 @@ TEST_F(BulkInsert, ReadsTheLettersOfItsCodePage) {
     EXPECT_EQ(rows(), "String 1|perch\u00E9|1.00;2|perch\u00E9|1.00;3|\u00E9|1.00");
 }
 
+TEST_F(BulkInsert, TellsWhichFieldIsNotOfItsCodePage) {
+    write("1\ta\t1\n2\tperch\xE9\t2\n3\tc\t3\n");
+    EXPECT_NE(failure("CODEPAGE = '65001'")
+                  .find("invalid character for the specified codepage) for row 2, column 2 (nome)"),
+              std::string::npos);
+    EXPECT_EQ(rows(), "String 1|a|1.00;3|c|3.00");
+}
+
+// A row would have no end, and the file none either.
+TEST_F(BulkInsert, RefusesRowsWithoutAnEnd) {
+    write("1\ta\t1\n");
+    EXPECT_NE(failure("ROWTERMINATOR = ''").find("ROWTERMINATOR"), std::string::npos);
+    EXPECT_NE(failure("ROWTERMINATOR = '', FIELDTERMINATOR = ''").find("ROWTERMINATOR"),
+              std::string::npos);
+    EXPECT_EQ(rows(), "String ");
+}
+
+TEST_F(BulkInsert, EndsWhenItsTimeIsOver) {
+    std::string many;
+    for (int i = 0; i < 200'000; ++i) {
+        many += "1\ta\t1\n";
+    }
+    write(many);
+    connection_->setCommandTimeout(1);
+    EXPECT_NE(failure("").find("imeout"), std::string::npos);
+    connection_->setCommandTimeout(0);
+    EXPECT_EQ(rows(), "String ");
+}
+
 TEST_F(BulkInsert, TellsWhichFieldsCannotBeReadAndLeavesTheirRowsOut) {
     write("1\ta\t1\nx\tb\t2\n3\ttoo long a name\t3\n4\td\t4\n");
     EXPECT_NE(failure("").find("row 2, column 1 (id)"), std::string::npos);

@@ -17,10 +17,11 @@ namespace {
 using platform::TextEncoding;
 using tsql::ServerError;
 
+constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
+
 // Which bytes stand for which letters is said by the statement, or shown by the file itself.
 TextEncoding encodingOf(const tsql::BulkInsertStatement& bulk, std::string_view bytes, int line) {
-    constexpr std::string_view kMark = "\xEF\xBB\xBF";
-    const bool marked = bytes.starts_with(kMark);
+    const bool marked = bytes.starts_with(kUtf8Mark);
     if (bulk.wideText) return TextEncoding::Utf16Marked;
     if (bulk.codePage == "65001") return marked ? TextEncoding::Utf8Marked : TextEncoding::Utf8;
     if (bulk.codePage == "1252") return TextEncoding::Windows1252;
@@ -32,12 +33,16 @@ TextEncoding encodingOf(const tsql::BulkInsertStatement& bulk, std::string_view 
 }
 
 std::string textIn(const tsql::BulkInsertStatement& bulk, int line) {
-    const std::string bytes = bytesOfFile(bulk.file, line);
+    std::string bytes = bytesOfFile(bulk.file, line);
     constexpr std::string_view kWideMark = "\xFF\xFE";
     if (bulk.wideText && !std::string_view(bytes).starts_with(kWideMark)) {
         return fromUnits(platform::fromUtf16Bytes(bytes));
     }
-    return fromUnits(platform::decodeText(encodingOf(bulk, bytes, line), bytes));
+    const TextEncoding encoding = encodingOf(bulk, bytes, line);
+    // Bytes that are none of UTF-8, and may be here, are told of their field.
+    if (encoding == TextEncoding::Utf8Marked) bytes.erase(0, kUtf8Mark.size());
+    if (encoding == TextEncoding::Utf8Marked || encoding == TextEncoding::Utf8) return bytes;
+    return fromUnits(platform::decodeText(encoding, bytes));
 }
 
 }  // namespace

@@ -4,11 +4,13 @@
 
 #include <kaputil/automation/plain_text.hpp>
 
+#include "base/unicode.hpp"
 #include "engine/binder/scope.hpp"
 #include "engine/executor/bulk_file.hpp"
 #include "engine/plan/translator.hpp"
 #include "engine/script/running.hpp"
 #include "engine/script/script_runner.hpp"
+#include "engine/sqlite/time_limit.hpp"
 #include "engine/values/convert.hpp"
 
 // BULK INSERT: rows of a file go into a table one by one, in one transaction. A row with a field
@@ -51,6 +53,7 @@ void ScriptRunner::bulkInsert(Frame& frame, const tsql::BulkInsertStatement& nod
     std::int64_t errors = 0;
     std::int64_t count = 0;
     while (auto fields = file.next(columns.size())) {
+        TimeLimit::check(connection_.handle());
         ++row;
         if (row < node.firstRow) continue;
         if (node.lastRow > 0 && row > node.lastRow) break;
@@ -131,6 +134,7 @@ bool ScriptRunner::bulkValues(const std::vector<const Column*>& columns,
             continue;
         }
         try {
+            if (!unicode::isUtf8(*fields[i])) throw ServerError(tsql::Message::ConversionFailed);
             // A NUL alone is the empty text.
             const std::string text = *fields[i] == std::string(1, '\0') ? "" : *fields[i];
             values.push_back(convert(text, kFieldText, column.type, Overlength::Refuse));
