@@ -35,7 +35,8 @@ public:
 
 private:
     std::filesystem::path file_;
-    std::intptr_t place_ = 0;  // of the host: the queue, once it has been entered
+    mutable std::intptr_t name_ = 0;  // of the host: what the queue is found by, once it was asked
+    std::intptr_t place_ = 0;         // of the host: the queue, once it has been entered
     bool inside_ = false;
     bool reserved_ = false;
 };

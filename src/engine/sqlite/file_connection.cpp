@@ -136,6 +136,7 @@ const char* synchronousCommand(Synchronous synchronous) {
 FileConnection::FileConnection(const Options& options)
     : place_(options.place()),
       lockWait_(writtenFile(options), options.lockTimeout),
+      checkpoints_(lockWait_),
       database_(open(options)) {
     lockWait_.install(handle());
     try {
@@ -212,6 +213,7 @@ void FileConnection::useWriteAheadJournal(const Options& options) {
         try {
             database_.run("PRAGMA journal_mode = WAL");
             database_.run(kJournalLimit);
+            checkpoints_.install(handle());
             return;
         } catch (const SqliteError& error) {
             if (error.primaryCode() != SQLITE_BUSY ||
@@ -228,6 +230,12 @@ void FileConnection::noteJournal() {
     if (mode.step() && mode.text(0) == "wal") {
         journalFile_ = std::string(sqlite3_db_filename(handle(), "main")) + "-wal";
     }
+}
+
+unsigned FileConnection::contentVersion() const noexcept {
+    unsigned version = 0;
+    sqlite3_file_control(handle(), "main", SQLITE_FCNTL_DATA_VERSION, &version);
+    return version;
 }
 
 void FileConnection::requireFile() const {

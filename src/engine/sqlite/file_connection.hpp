@@ -3,6 +3,7 @@
 #include <atomic>
 #include <string>
 
+#include "engine/sqlite/checkpoints.hpp"
 #include "engine/sqlite/lock_wait.hpp"
 #include "engine/sqlite/options.hpp"
 #include "engine/sqlite/server_errors.hpp"
@@ -40,6 +41,10 @@ public:
     void forgetCancel() noexcept { cancelled_ = false; }
     [[nodiscard]] const std::atomic<bool>& cancelled() const noexcept { return cancelled_; }
 
+    // Another number once the file has been written, by whomever; what others have written shows
+    // when a transaction has begun.
+    [[nodiscard]] unsigned contentVersion() const noexcept;
+
     // Raises ServerError 945 when the file has been removed or replaced since it was opened: what
     // is written would be nowhere.
     void requireFile() const;
@@ -54,9 +59,10 @@ private:
     DatabasePlace place_;
     std::string journalFile_;
     std::atomic<bool> cancelled_{false};
-    // The connection uses these two until it is closed, so they are made before it.
+    // The connection uses these until it is closed, so they are made before it.
     ErrorSlot errorSlot_;
     LockWait lockWait_;
+    Checkpoints checkpoints_;
     Database database_;
 };
 

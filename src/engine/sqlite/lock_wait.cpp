@@ -85,13 +85,15 @@ LockWait::Turn::~Turn() {
     if (wait_.queue_ && !wait_.precedes_) wait_.queue_->leave();
 }
 
-LockWait::Precedence::Precedence(LockWait& wait) : wait_(wait) {
+LockWait::Precedence::Precedence(LockWait& wait) : wait_(wait), within_(wait.precedes_) {
+    if (within_) return;
     wait_.start_ = steady_clock::now();
     wait_.precedes_ = wait_.queue_ && wait_.standInLine();
     if (wait_.precedes_) wait_.queue_->reserve();
 }
 
 LockWait::Precedence::~Precedence() {
+    if (within_) return;
     wait_.precedes_ = false;
     if (wait_.queue_) wait_.queue_->leave();
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <chrono>
 #include <filesystem>
 #include <optional>
@@ -31,6 +32,22 @@ public:
     // Waits no longer than this from now on; a negative time is the first limit again.
     void setLimit(std::chrono::milliseconds limit) { limit_ = limit.count() < 0 ? first_ : limit; }
 
+    // While it lives no lock is waited for longer than this.
+    class Patience {
+    public:
+        Patience(LockWait& wait, std::chrono::milliseconds most)
+            : wait_(wait), limit_(wait.limit_) {
+            wait_.limit_ = std::min(most, limit_);
+        }
+        Patience(const Patience&) = delete;
+        Patience& operator=(const Patience&) = delete;
+        ~Patience() { wait_.limit_ = limit_; }
+
+    private:
+        LockWait& wait_;
+        std::chrono::milliseconds limit_;
+    };
+
     // While the write lock is being taken. A writer that finds the file locked joins the queue, and
     // so does one that has overtaken waiting writers too often; this object's end takes it out.
     class Turn {
@@ -47,7 +64,8 @@ public:
     // While work is done again that somebody else's write has spoiled: it reads, and then writes
     // what it has read. The connection waits for its place in the queue before it reads, and nobody
     // goes past it until this object's end. Nothing is locked. Must not be made while the
-    // connection has the write lock, which those in front may wait for.
+    // connection has the write lock, which those in front may wait for. One within another is part
+    // of it.
     //
     // Without it whoever waits in the queue finds that what he read before has changed, each time.
     class Precedence {
@@ -59,6 +77,7 @@ public:
 
     private:
         LockWait& wait_;
+        bool within_;
     };
 
 private:

@@ -29,9 +29,11 @@ key_t keyOf(const std::filesystem::path& file) {
 }
 
 // The file's semaphore; negative when there is none. `make` makes it then: the kernel does so with
-// zero, nobody is inside.
-int semaphoreOf(const std::filesystem::path& file, bool make) {
-    return semget(keyOf(file), 1, S_IRUSR | S_IWUSR | (make ? IPC_CREAT : 0));
+// zero, nobody is inside. `name` keeps what it is found by: whoever waits has the file open, and it
+// stays that file.
+int semaphoreOf(const std::filesystem::path& file, std::intptr_t& name, bool make) {
+    if (name == 0) name = keyOf(file);
+    return semget(static_cast<key_t>(name), 1, S_IRUSR | S_IWUSR | (make ? IPC_CREAT : 0));
 }
 
 bool isBusySemaphore(int set) {
@@ -63,12 +65,12 @@ TurnQueue::~TurnQueue() {
 }
 
 bool TurnQueue::isBusy() const {
-    const int set = semaphoreOf(file_, /*make=*/false);
+    const int set = semaphoreOf(file_, name_, /*make=*/false);
     return set >= 0 && isBusySemaphore(set);
 }
 
 bool TurnQueue::isReserved() const {
-    const int set = semaphoreOf(file_, /*make=*/false);
+    const int set = semaphoreOf(file_, name_, /*make=*/false);
     return set >= 0 && semctl(set, 0, GETVAL) > 1;
 }
 
@@ -80,7 +82,7 @@ bool TurnQueue::enter(std::chrono::milliseconds limit) {
     std::array<sembuf, 2> steps{{{0, 0, 0}, {0, 1, SEM_UNDO}}};
     const auto deadline = std::chrono::steady_clock::now() + limit;
     for (int removals = 0; removals < kMostRemovals;) {
-        if (place_ == 0) place_ = semaphoreOf(file_, /*make=*/true) + 1;
+        if (place_ == 0) place_ = semaphoreOf(file_, name_, /*make=*/true) + 1;
         if (place_ == 0) return true;
         const auto left = std::max(deadline - std::chrono::steady_clock::now(),
                                    std::chrono::steady_clock::duration::zero());
