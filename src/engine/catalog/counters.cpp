@@ -353,6 +353,21 @@ void Counters::transactionEnded() noexcept {
     for (auto& [owner, counter] : counters_) {
         counter.current = false;
         counter.pending = false;
+        counter.agreed = false;
+    }
+}
+
+void Counters::committed() noexcept {
+    for (auto& [owner, counter] : counters_) {
+        counter.agreed = counter.current;
+        counter.current = false;
+        counter.pending = false;
+    }
+}
+
+void Counters::goOn() noexcept {
+    for (auto& [owner, counter] : counters_) {
+        counter.current = counter.agreed;
     }
 }
 

@@ -103,6 +103,10 @@ public:
     void flushAfterRollback();
     // The transaction has ended, one way or the other: the file is asked again.
     void transactionEnded() noexcept;
+    // The same after a commit, with which what is known agrees with the file; and another one has
+    // begun before anybody else has written.
+    void committed() noexcept;
+    void goOn() noexcept;
     // Tables may have been made anew with the same name.
     void schemaChanged();
 
@@ -118,6 +122,7 @@ private:
         bool started = false;                        // `last` has been given out
         bool current = false;  // agrees with the file or is ahead of it in this transaction
         bool pending = false;
+        bool agreed = false;  // with the file, at the last commit
     };
 
     // The statements that run with nearly every write, for the file's tables and the temporary

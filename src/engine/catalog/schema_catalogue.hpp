@@ -174,6 +174,8 @@ public:
     // Compares with the file's schema and forgets everything when it has changed. What find() then
     // answers holds as long as the transaction that this is called in.
     void refresh();
+    // Whether what is known is that of a schema of the file, and not of one that is being changed.
+    [[nodiscard]] bool isSettled() const noexcept { return knownVersion_ >= 0; }
     // The schema is being changed by this connection.
     void invalidate();
     // The same where a table was made and nothing else: what is known of the others holds. Within

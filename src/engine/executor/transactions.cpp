@@ -68,15 +68,25 @@ void Transactions::open(Access access) {
             beginImmediate_.run();
             connection_.requireFile();
         }
-        catalogue_.refresh();
+        learnFile(access);
     } catch (...) {
         discard();
         throw;
     }
-    // What was read of them outside a transaction may be older than the file.
-    counters_.transactionEnded();
     startGeneration_ = catalogue_.generation();
     scoped_ = true;
+}
+
+// What is known of it holds where nobody has written since this connection has.
+void Transactions::learnFile(Access access) {
+    if (access == Access::Write && ownVersion_ == connection_.contentVersion() &&
+        catalogue_.isSettled()) {
+        counters_.goOn();
+        return;
+    }
+    catalogue_.refresh();
+    // What was read of them outside a transaction may be older than the file.
+    counters_.transactionEnded();
 }
 
 void Transactions::close() {
@@ -89,7 +99,8 @@ void Transactions::close() {
         throw;
     }
     scoped_ = false;
-    counters_.transactionEnded();
+    counters_.committed();
+    ownVersion_ = connection_.contentVersion();
     ended_();
 }
 
@@ -117,6 +128,7 @@ void Transactions::forget() noexcept {
     depth_ = 0;
     savePoints_.clear();
     counters_.transactionEnded();
+    ownVersion_.reset();
     if (catalogue_.generation() != startGeneration_) {
         catalogue_.undone();
     }

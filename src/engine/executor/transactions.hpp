@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -127,6 +128,7 @@ private:
     [[nodiscard]] bool joinsOpen();
     // Begins one that belongs to a scope, or nothing is begun.
     void open(Access access);
+    void learnFile(Access access);
     void close();
     void discard() noexcept;
     void undoAll() noexcept;
@@ -153,6 +155,7 @@ private:
     bool scoped_ = false;    // a WriteScope or ReadScope has begun the transaction and will end it
     std::vector<std::string> savePoints_;
     std::uint64_t startGeneration_ = 0;
+    std::optional<unsigned> ownVersion_;  // of the file's content, at the last commit
     std::function<void()> ended_ = [] {};
 };
 
