@@ -151,9 +151,10 @@ public:
     void setBatch(bool batch) noexcept { options_.batch = batch; }
     // Ends an edit without saving it; raises 3219 for a new record.
     void dropEdit();
-    [[nodiscard]] RowWriter writer(Session& session) const {
+    [[nodiscard]] RowWriter writer(Session& session) {
         return {*table_,
                 session,
+                plans_,
                 {options_.criteria, options_.location == CursorLocationEnum::adUseServer}};
     }
 
@@ -169,6 +170,7 @@ private:
     void saveNew(Session* session);
 
     std::shared_ptr<RowTable> table_;
+    UpdatePlans plans_;
     RowView view_;
     Options options_;
     std::int64_t position_ =

@@ -42,26 +42,44 @@ private:
     Session* session_;
 };
 
-ChangeOutcome applyOne(Session& session, const RowChange& change) {
-    ChangeOutcome outcome = session.apply(change);
+void takeReadBack(const TablePlan& plan, const ChangeOutcome& outcome, PendingValues& values) {
+    for (const TablePlan::Taken& taken : plan.taken) {
+        if (taken.answer < outcome.readBack.size()) {
+            values[taken.column] = outcome.readBack[taken.answer];
+        }
+    }
+}
+
+}  // namespace
+
+RowChange RowWriter::changeOf(const TablePlan& plan, std::size_t row,
+                              const PendingValues& values) const {
+    RowChange change{plan.plan};
+    change.values.reserve(plan.values.size());
+    for (const std::size_t column : plan.values) {
+        change.values.push_back(*values[column]);
+    }
+    change.criteria.reserve(plan.criteria.size());
+    for (const std::size_t column : plan.criteria) {
+        change.criteria.push_back(table_.underlying(row, column));
+    }
+    return change;
+}
+
+ChangeOutcome RowWriter::write(const RowChange& change) const {
+    ChangeOutcome outcome = session_.apply(change);
     if (outcome.rowsTouched == 0) {
         fail::concurrency();
     }
     return outcome;
 }
 
-}  // namespace
-
-UpdatePlanner RowWriter::planner(std::size_t row) const {
-    return {table_, row, check_};
-}
-
 PendingValues RowWriter::update(std::size_t row, const PendingValues& changes) const {
     PendingValues values = changes;
-    const std::vector<RowChange> plan = planner(row).updates(changes);
-    ChangeGroup group(session_, plan.size());
-    for (const RowChange& change : plan) {
-        takeReadBack(change, applyOne(session_, change), values);
+    const UpdatePlans::Plans plans = plans_.updates(changes, check_);
+    ChangeGroup group(session_, plans->size());
+    for (const TablePlan& plan : *plans) {
+        takeReadBack(plan, write(changeOf(plan, row, changes)), values);
     }
     group.commit();
     return values;
@@ -69,37 +87,27 @@ PendingValues RowWriter::update(std::size_t row, const PendingValues& changes) c
 
 PendingValues RowWriter::insert(const PendingValues& values) const {
     PendingValues written = values;
-    const RowChange change = planner(0).insertion(values);
-    takeReadBack(change, applyOne(session_, change), written);
+    const UpdatePlans::Plans plans = plans_.insertion(values);
+    const TablePlan& plan = plans->front();
+    takeReadBack(plan, write(changeOf(plan, 0, values)), written);
     return written;
 }
 
 void RowWriter::remove(std::size_t row) const {
-    applyOne(session_, planner(row).deletion());
+    static_cast<void>(write(changeOf(plans_.deletion(check_)->front(), row, {})));
 }
 
 PendingValues RowWriter::read(std::size_t row) const {
     PendingValues values(table_.columns().size());
-    for (const RowChange& change : planner(row).reads()) {
-        const ChangeOutcome outcome = session_.apply(change);
+    const UpdatePlans::Plans plans = plans_.reads();
+    for (const TablePlan& plan : *plans) {
+        const ChangeOutcome outcome = session_.apply(changeOf(plan, row, {}));
         if (outcome.rowsTouched == 0) {
             fail::rowGone();
         }
-        takeReadBack(change, outcome, values);
+        takeReadBack(plan, outcome, values);
     }
     return values;
-}
-
-void RowWriter::takeReadBack(const RowChange& change, const ChangeOutcome& outcome,
-                             PendingValues& values) const {
-    for (std::size_t i = 0; i < change.readBack.size() && i < outcome.readBack.size(); ++i) {
-        for (std::size_t column = 0; column < table_.columns().size(); ++column) {
-            const ColumnInfo& info = table_.columns()[column];
-            if (info.baseTable == change.table && info.baseColumn == change.readBack[i]) {
-                values[column] = outcome.readBack[i];
-            }
-        }
-    }
 }
 
 }  // namespace kap::ado

@@ -3,6 +3,7 @@
 #include <cstddef>
 
 #include "ado/row_table.hpp"
+#include "ado/update_plan.hpp"
 
 namespace kap::ado {
 
@@ -13,9 +14,9 @@ namespace kap::ado {
 // errors.
 class RowWriter {
 public:
-    // `check` is what a row must still hold.
-    RowWriter(const RowTable& table, Session& session, RowCheck check)
-        : table_(table), session_(session), check_(check) {}
+    // `check` is what a row must still hold; `plans` are those of the table's columns.
+    RowWriter(const RowTable& table, Session& session, UpdatePlans& plans, RowCheck check)
+        : table_(table), session_(session), plans_(plans), check_(check) {}
 
     // Writes changed columns of a row; all tables of a join or none. The answer are the changes and
     // what the database set itself.
@@ -26,12 +27,13 @@ public:
     [[nodiscard]] PendingValues read(std::size_t row) const;
 
 private:
-    [[nodiscard]] UpdatePlanner planner(std::size_t row) const;
-    void takeReadBack(const RowChange& change, const ChangeOutcome& outcome,
-                      PendingValues& values) const;
+    [[nodiscard]] RowChange changeOf(const TablePlan& plan, std::size_t row,
+                                     const PendingValues& values) const;
+    [[nodiscard]] ChangeOutcome write(const RowChange& change) const;
 
     const RowTable& table_;
     Session& session_;
+    UpdatePlans& plans_;
     RowCheck check_;
 };
 

@@ -3,11 +3,13 @@
 #include <algorithm>
 #include <utility>
 
-#include "ado/row_table.hpp"
 #include "data/failures.hpp"
 
 namespace kap::ado {
 namespace {
+
+// Of records each of which has other columns assigned.
+constexpr std::size_t kMostKept = 32;
 
 void addOnce(std::vector<std::string>& names, const std::string& name) {
     if (std::ranges::find(names, name) == names.end()) {
@@ -15,148 +17,173 @@ void addOnce(std::vector<std::string>& names, const std::string& name) {
     }
 }
 
-bool belongsTo(const ColumnInfo& column, const std::string& table) {
-    return !column.baseColumn.empty() && column.baseTable == table;
-}
-
-void readBack(RowChange& change, const ColumnInfo& column) {
-    change.readBack.push_back(column.baseColumn);
-    change.readBackScales.push_back(column.numericScale);
-}
-
-// A row of a recordset made by hand belongs to no table.
-void requireTables(const std::vector<std::string>& names) {
-    if (std::ranges::find(names, std::string()) != names.end()) {
-        fail::notOneTable();
+std::vector<bool> assignedIn(const PendingValues& values) {
+    std::vector<bool> assigned(values.size());
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        assigned[i] = values[i].has_value();
     }
+    return assigned;
 }
+
+RowColumn rowColumn(const ColumnInfo& column) {
+    return {column.baseColumn, column.type, column.numericScale};
+}
+
+// Makes the plan for one table of a result.
+class TablePlanner {
+public:
+    TablePlanner(const std::vector<ColumnInfo>& columns, std::string table)
+        : columns_(columns), table_(std::move(table)) {}
+
+    void write(const std::vector<bool>& assigned) {
+        for (std::size_t i = 0; i < assigned.size(); ++i) {
+            if (assigned[i] && belongs(columns_[i])) {
+                made_.values.push_back(i);
+                told_.values.push_back(rowColumn(columns_[i]));
+            }
+        }
+    }
+
+    void locate(bool writes, RowCheck check) {
+        const bool hasKey = any(&ColumnInfo::key);
+        const bool byVersion = check.criteria == UpdateCriteriaEnum::adCriteriaTimeStamp;
+        const bool versioned = writes && (check.version || byVersion);
+        const bool whole = writes && (check.criteria == UpdateCriteriaEnum::adCriteriaAllCols ||
+                                      (byVersion && !any(&ColumnInfo::rowVersion)));
+        for (std::size_t i = 0; i < columns_.size(); ++i) {
+            const ColumnInfo& column = columns_[i];
+            if (belongs(column) &&
+                (whole || !hasKey || column.key || (versioned && column.rowVersion))) {
+                compare(i);
+            }
+        }
+    }
+
+    // The row must hold what the client saw in the columns that are written.
+    void requireUnchanged() {
+        for (const std::size_t i : made_.values) {
+            compare(i);
+        }
+    }
+
+    // Every column of the result that shows what is read back takes it.
+    template <class Wanted>
+    void readBack(Wanted wanted) {
+        for (std::size_t i = 0; i < columns_.size(); ++i) {
+            if (belongs(columns_[i]) && wanted(i)) {
+                take(i);
+            }
+        }
+    }
+
+    [[nodiscard]] TablePlan planned(RowPlan::Kind kind) && {
+        made_.plan = std::make_shared<const RowPlan>(kind, std::move(table_), std::move(told_));
+        return std::move(made_);
+    }
+
+private:
+    [[nodiscard]] bool belongs(const ColumnInfo& column) const {
+        return !column.baseColumn.empty() && column.baseTable == table_;
+    }
+    [[nodiscard]] bool any(bool ColumnInfo::*property) const {
+        return std::ranges::any_of(columns_, [&](const ColumnInfo& column) {
+            return column.*property && belongs(column);
+        });
+    }
+    void compare(std::size_t column) {
+        made_.criteria.push_back(column);
+        told_.criteria.push_back(rowColumn(columns_[column]));
+    }
+    void take(std::size_t column) {
+        const std::size_t answer = told_.readBack.size();
+        told_.readBack.push_back(rowColumn(columns_[column]));
+        for (std::size_t i = 0; i < columns_.size(); ++i) {
+            if (belongs(columns_[i]) && columns_[i].baseColumn == columns_[column].baseColumn) {
+                made_.taken.push_back({answer, i});
+            }
+        }
+    }
+
+    const std::vector<ColumnInfo>& columns_;
+    std::string table_;
+    TablePlan made_;
+    RowPlan::Columns told_;
+};
 
 }  // namespace
 
-UpdatePlanner::UpdatePlanner(const RowTable& rows, std::size_t row, RowCheck check)
-    : rows_(rows), result_(rows.result()), row_(row), check_(check) {}
+UpdatePlans::Plans UpdatePlans::updates(const PendingValues& values, RowCheck check) {
+    return of({RowPlan::Kind::Update, check, assignedIn(values)});
+}
 
-std::vector<RowChange> UpdatePlanner::updates(const PendingValues& values) const {
-    std::vector<std::string> changed;
-    for (std::size_t i = 0; i < values.size(); ++i) {
-        if (values[i]) {
-            addOnce(changed, result_.columns[i].baseTable);
-        }
+UpdatePlans::Plans UpdatePlans::insertion(const PendingValues& values) {
+    return of({RowPlan::Kind::Insert, {}, assignedIn(values)});
+}
+
+UpdatePlans::Plans UpdatePlans::deletion(RowCheck check) {
+    return of({RowPlan::Kind::Delete, check, {}});
+}
+
+UpdatePlans::Plans UpdatePlans::reads() {
+    return of({RowPlan::Kind::Read, {}, {}});
+}
+
+UpdatePlans::Plans UpdatePlans::of(Change change) {
+    const auto known = std::ranges::find(made_, change, &Made::change);
+    if (known != made_.end()) {
+        made_.splice(made_.begin(), made_, known);
+        return known->plans;
     }
-    requireTables(changed);
-    std::vector<RowChange> plan;
-    for (const std::string& table : changed) {
-        RowChange change = located(RowChange::Kind::Update, table);
-        for (std::size_t i = 0; i < values.size(); ++i) {
-            const ColumnInfo& column = result_.columns[i];
-            if (!belongsTo(column, table)) {
-                continue;
+    auto plans = std::make_shared<const std::vector<TablePlan>>(make(change));
+    if (made_.size() == kMostKept) {
+        made_.pop_back();
+    }
+    made_.push_front({std::move(change), plans});
+    return plans;
+}
+
+std::vector<TablePlan> UpdatePlans::make(const Change& change) const {
+    using Kind = RowPlan::Kind;
+    std::vector<TablePlan> plans;
+    for (const std::string& table : tablesOf(change)) {
+        TablePlanner planner(columns_, table);
+        planner.write(change.assigned);
+        if (change.kind != Kind::Insert) {
+            planner.locate(change.kind != Kind::Read, change.check);
+        }
+        if (change.kind == Kind::Update) {
+            if (change.check.criteria == UpdateCriteriaEnum::adCriteriaUpdCols) {
+                planner.requireUnchanged();
             }
-            if (values[i]) {
-                change.values.push_back(
-                    {column.baseColumn, column.type, column.numericScale, *values[i]});
-                if (check_.criteria == UpdateCriteriaEnum::adCriteriaUpdCols) {
-                    change.criteria.push_back(fetched(i));
-                }
-            }
-            if (values[i] || column.rowVersion || column.generated) {
-                readBack(change, column);
-            }
+            planner.readBack([&](std::size_t i) {
+                return change.assigned[i] || columns_[i].rowVersion || columns_[i].generated;
+            });
+        } else if (change.kind != Kind::Delete) {
+            planner.readBack([](std::size_t) { return true; });
         }
-        plan.push_back(std::move(change));
+        plans.push_back(std::move(planner).planned(change.kind));
     }
-    return plan;
+    return plans;
 }
 
-RowChange UpdatePlanner::insertion(const PendingValues& values) const {
-    std::vector<std::string> assigned;
-    for (std::size_t i = 0; i < values.size(); ++i) {
-        if (values[i]) {
-            addOnce(assigned, result_.columns[i].baseTable);
-        }
-    }
-    requireTables(assigned);
-    const std::vector<std::string> targets = assigned.empty() ? tables() : assigned;
-    if (targets.size() != 1) {
-        fail::notOneTable();
-    }
-    RowChange change;
-    change.kind = RowChange::Kind::Insert;
-    change.table = targets.front();
-    for (std::size_t i = 0; i < values.size(); ++i) {
-        const ColumnInfo& column = result_.columns[i];
-        if (!belongsTo(column, change.table)) {
-            continue;
-        }
-        if (values[i]) {
-            change.values.push_back(
-                {column.baseColumn, column.type, column.numericScale, *values[i]});
-        }
-        readBack(change, column);
-    }
-    return change;
-}
-
-RowChange UpdatePlanner::deletion() const {
-    const std::vector<std::string> from = tables();
-    if (from.size() != 1) {
-        fail::notOneTable();
-    }
-    return located(RowChange::Kind::Delete, from.front());
-}
-
-std::vector<RowChange> UpdatePlanner::reads() const {
-    std::vector<RowChange> plan;
-    for (const std::string& table : tables()) {
-        RowChange change = located(RowChange::Kind::Read, table);
-        for (const ColumnInfo& column : result_.columns) {
-            if (belongsTo(column, table)) {
-                readBack(change, column);
-            }
-        }
-        plan.push_back(std::move(change));
-    }
-    return plan;
-}
-
-RowChange UpdatePlanner::located(RowChange::Kind kind, const std::string& table) const {
-    RowChange change;
-    change.kind = kind;
-    change.table = table;
-    const bool hasKey = std::ranges::any_of(result_.columns, [&](const ColumnInfo& column) {
-        return column.key && belongsTo(column, table);
-    });
-    const bool writes = kind != RowChange::Kind::Read;
-    const bool byVersion = check_.criteria == UpdateCriteriaEnum::adCriteriaTimeStamp;
-    const bool hasVersion = std::ranges::any_of(result_.columns, [&](const ColumnInfo& column) {
-        return column.rowVersion && belongsTo(column, table);
-    });
-    const bool versioned = writes && (check_.version || byVersion);
-    const bool whole = writes && (check_.criteria == UpdateCriteriaEnum::adCriteriaAllCols ||
-                                  (byVersion && !hasVersion));
-    for (std::size_t i = 0; i < result_.columns.size(); ++i) {
-        const ColumnInfo& column = result_.columns[i];
-        if (belongsTo(column, table) &&
-            (whole || !hasKey || column.key || (versioned && column.rowVersion))) {
-            change.criteria.push_back(fetched(i));
-        }
-    }
-    return change;
-}
-
-ColumnValue UpdatePlanner::fetched(std::size_t column) const {
-    const ColumnInfo& info = result_.columns[column];
-    return {info.baseColumn, info.type, info.numericScale, rows_.underlying(row_, column)};
-}
-
-std::vector<std::string> UpdatePlanner::tables() const {
+// A row of a recordset made by hand belongs to no table.
+std::vector<std::string> UpdatePlans::tablesOf(const Change& change) const {
     std::vector<std::string> names;
-    for (const ColumnInfo& column : result_.columns) {
-        if (!column.baseColumn.empty()) {
-            addOnce(names, column.baseTable);
+    for (std::size_t i = 0; i < change.assigned.size(); ++i) {
+        if (change.assigned[i]) {
+            addOnce(names, columns_[i].baseTable);
         }
     }
-    requireTables(names);
+    const bool all = names.empty() && change.kind != RowPlan::Kind::Update;
+    for (std::size_t i = 0; all && i < columns_.size(); ++i) {
+        if (!columns_[i].baseColumn.empty()) {
+            addOnce(names, columns_[i].baseTable);
+        }
+    }
+    const bool one = change.kind == RowPlan::Kind::Insert || change.kind == RowPlan::Kind::Delete;
+    if (std::ranges::find(names, std::string()) != names.end() || (one && names.size() != 1)) {
+        fail::notOneTable();
+    }
     return names;
 }
 

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <cstddef>
+#include <list>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -9,8 +11,6 @@
 
 namespace kap::ado {
 
-class RowTable;
-
 // The values assigned to a record, one entry a column; unset: not assigned.
 using PendingValues = std::vector<std::optional<Value>>;
 
@@ -18,34 +18,65 @@ using PendingValues = std::vector<std::optional<Value>>;
 struct RowCheck {
     UpdateCriteriaEnum criteria = UpdateCriteriaEnum::adCriteriaUpdCols;
     bool version = false;  // also the row version, where there is one
+
+    friend bool operator==(const RowCheck&, const RowCheck&) = default;
 };
 
-// Plans how a record of a result is written back to the tables behind it.
+// How records of a result are written to one of the tables behind it: what the driver is told, and
+// which columns of the result, by ordinal, give its values and take what it answers.
+struct TablePlan {
+    struct Taken {
+        std::size_t answer = 0;  // a column that is read back
+        std::size_t column = 0;
+    };
+    std::shared_ptr<const RowPlan> plan;
+    std::vector<std::size_t> values = {};
+    std::vector<std::size_t> criteria = {};
+    std::vector<Taken> taken = {};
+};
+
+// The plans by which the records of a result are written back, each made once for the records that
+// are changed alike.
 //
 // A row is located by the table's key when the result holds it whole, else by all of the table's
 // columns in the result; an update must also find the changed columns as they were fetched,
 // unless the check says otherwise.
-class UpdatePlanner {
+class UpdatePlans {
 public:
-    UpdatePlanner(const RowTable& rows, std::size_t row, RowCheck check);
+    // In the order in which the tables are written.
+    using Plans = std::shared_ptr<const std::vector<TablePlan>>;
 
-    // One change for each table that has assigned columns.
-    [[nodiscard]] std::vector<RowChange> updates(const PendingValues& values) const;
+    explicit UpdatePlans(const std::vector<ColumnInfo>& columns) : columns_(columns) {}
+
+    // One for each table that has assigned columns.
+    [[nodiscard]] Plans updates(const PendingValues& values, RowCheck check);
     // The tables whose columns are assigned must be one, or none when the result has one table.
-    [[nodiscard]] RowChange insertion(const PendingValues& values) const;
-    [[nodiscard]] RowChange deletion() const;
+    [[nodiscard]] Plans insertion(const PendingValues& values);
+    // The result must have one table.
+    [[nodiscard]] Plans deletion(RowCheck check);
     // One for each table of the result.
-    [[nodiscard]] std::vector<RowChange> reads() const;
+    [[nodiscard]] Plans reads();
 
 private:
-    [[nodiscard]] RowChange located(RowChange::Kind kind, const std::string& table) const;
-    [[nodiscard]] ColumnValue fetched(std::size_t column) const;
-    [[nodiscard]] std::vector<std::string> tables() const;
+    // What records have in common that are changed alike.
+    struct Change {
+        RowPlan::Kind kind = RowPlan::Kind::Update;
+        RowCheck check;
+        std::vector<bool> assigned;  // by column
 
-    const RowTable& rows_;
-    const Result& result_;
-    std::size_t row_;
-    RowCheck check_;
+        friend bool operator==(const Change&, const Change&) = default;
+    };
+    struct Made {
+        Change change;
+        Plans plans;
+    };
+
+    [[nodiscard]] Plans of(Change change);
+    [[nodiscard]] std::vector<TablePlan> make(const Change& change) const;
+    [[nodiscard]] std::vector<std::string> tablesOf(const Change& change) const;
+
+    const std::vector<ColumnInfo>& columns_;
+    std::list<Made> made_;  // the last used first
 };
 
 }  // namespace kap::ado

@@ -17,6 +17,7 @@
 
 #include "data/column_store.hpp"
 #include "data/connection_string.hpp"
+#include "data/row_change.hpp"
 #include "data/value.hpp"
 
 // What stands between the data-access objects and a database. A driver knows its database; it knows
@@ -120,13 +121,6 @@ private:
     std::exception_ptr handled_;
 };
 
-struct ColumnValue {
-    std::string column;  // base column
-    DataTypeEnum type = DataTypeEnum::adEmpty;
-    std::uint8_t numericScale = 255;
-    Value value;  // monostate is Null
-};
-
 // A typed value that goes with a request, comes back from it, or both.
 struct RequestParameter {
     std::string name;  // "@name"; empty: known by its place
@@ -181,22 +175,6 @@ struct Reply {
     // Of a request whose results are taken one by one: those behind the first; unset: there are
     // none, or all are here.
     std::shared_ptr<ResultSource> rest = {};
-};
-
-// One row to insert, update, delete, or only to read again.
-struct RowChange {
-    enum class Kind : std::uint8_t { Insert, Update, Delete, Read };
-    Kind kind = Kind::Update;
-    std::string table;
-    std::vector<ColumnValue> values;    // what is written (insert, update)
-    std::vector<ColumnValue> criteria;  // what the row must hold, exactly (all but insert)
-    std::vector<std::string> readBack;  // columns to read from the row as it stands afterwards
-    std::vector<std::uint8_t> readBackScales;  // of decimals: the scale that each is wanted in
-};
-
-struct ChangeOutcome {
-    std::int64_t rowsTouched = 0;
-    std::vector<Value> readBack;  // of the touched row, when there was exactly one
 };
 
 // What a database says of itself; empty where it says nothing.

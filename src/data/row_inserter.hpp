@@ -9,12 +9,6 @@
 
 namespace kap::ado {
 
-// The rows that are to be inserted into a table, all with values for the same columns.
-struct RowTarget {
-    std::string table;
-    std::vector<ColumnValue> columns;  // their values stand for nothing
-};
-
 // Inserts many rows of a table, one after the other.
 class RowInserter {
 public:
@@ -23,7 +17,7 @@ public:
     RowInserter& operator=(const RowInserter&) = delete;
     virtual ~RowInserter() = default;
 
-    // A value for each column of the target, in order, of its type. Raises DriverError for a row
+    // A value for each column of the plan, in order, of its type. Raises DriverError for a row
     // that the database refuses: it is not inserted then, and the next ones can be.
     virtual void insert(const std::vector<Value>& values) = 0;
     // Raises DriverError when the column cannot hold the value, whatever stands in the others.
@@ -38,10 +32,10 @@ public:
     InsertsRows& operator=(const InsertsRows&) = delete;
     virtual ~InsertsRows() = default;
 
-    // What inserts into a table, for as long as the session lives and the table stays as it is;
+    // What inserts as a plan says, for as long as the session lives and the table stays as it is;
     // null for a table whose rows must be inserted one by one. Raises DriverError when there is no
     // such table or column, and for a column that the database fills itself.
-    [[nodiscard]] virtual std::unique_ptr<RowInserter> inserter(const RowTarget& target) = 0;
+    [[nodiscard]] virtual std::unique_ptr<RowInserter> inserter(const RowPlan& insertion) = 0;
 };
 
 }  // namespace kap::ado

@@ -1,6 +1,7 @@
 #include "migrate/row_import.hpp"
 
 #include <cstddef>
+#include <memory>
 #include <utility>
 
 namespace kap::migrate {
@@ -35,31 +36,34 @@ std::vector<ado::ColumnDefinition> importableColumns(ado::Connection& connection
     return columnsOf(connection, dialectOf(connection), ado::ObjectName(table));
 }
 
+namespace {
+
+ado::RowPlan insertionInto(const std::string& table,
+                           const std::vector<ado::ColumnDefinition>& columns) {
+    ado::RowPlan::Columns written;
+    for (const ado::ColumnDefinition& column : columns) {
+        written.values.push_back({column.name, importedType(column)});
+    }
+    return {ado::RowPlan::Kind::Insert, table, std::move(written)};
+}
+
+}  // namespace
+
 RowImport::RowImport(ado::Connection& connection, const std::string& table,
                      const std::vector<ado::ColumnDefinition>& columns)
-    : session_(connection.session()) {
-    change_.kind = ado::RowChange::Kind::Insert;
-    change_.table = table;
-    for (const ado::ColumnDefinition& column : columns) {
-        ado::ColumnValue value;
-        value.column = column.name;
-        value.type = importedType(column);
-        change_.values.push_back(std::move(value));
-    }
+    : session_(connection.session()),
+      insertion_(std::make_shared<const ado::RowPlan>(insertionInto(table, columns))) {
     if (auto* inserting = dynamic_cast<ado::InsertsRows*>(session_.get())) {
-        inserter_ = inserting->inserter({table, change_.values});
+        inserter_ = inserting->inserter(*insertion_);
     }
 }
 
 void RowImport::insert(const std::vector<ImportedValue>& values) {
     if (inserter_) {
         inserter_->insert(values);
-        return;
+    } else {
+        static_cast<void>(session_->apply({insertion_, values}));
     }
-    for (std::size_t i = 0; i < values.size(); ++i) {
-        change_.values[i].value = values[i];
-    }
-    static_cast<void>(session_->apply(change_));
 }
 
 void RowImport::check(std::size_t column, const ImportedValue& value) {

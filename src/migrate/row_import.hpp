@@ -39,7 +39,7 @@ public:
 
 private:
     std::shared_ptr<ado::Session> session_;
-    ado::RowChange change_;
+    std::shared_ptr<const ado::RowPlan> insertion_;
     std::unique_ptr<ado::RowInserter> inserter_;  // unset: row by row
 };
 

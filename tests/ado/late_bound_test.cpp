@@ -428,12 +428,15 @@ TEST(QueryTable, IsNoneWhereRowsAreNoTables) {
 }
 
 TEST(StatementText, LeavesOutWhatCannotBeCompared) {
-    RowChange change;
-    change.table = "Note";
-    change.values = {{"Testo", DataTypeEnum::adLongVarChar, 255, std::string("nuovo")}};
-    change.criteria = {{"Testo", DataTypeEnum::adLongVarChar, 255, std::string("vecchio")},
-                       {"Codice", DataTypeEnum::adInteger, 255, std::int64_t{7}},
-                       {"Fine]", DataTypeEnum::adVarChar, 255, Value()}};
+    RowPlan::Columns columns;
+    columns.values = {{"Testo", DataTypeEnum::adLongVarChar}};
+    columns.criteria = {{"Testo", DataTypeEnum::adLongVarChar},
+                        {"Codice", DataTypeEnum::adInteger},
+                        {"Fine]", DataTypeEnum::adVarChar}};
+    const RowChange change{
+        std::make_shared<const RowPlan>(RowPlan::Kind::Update, "Note", std::move(columns)),
+        {std::string("nuovo")},
+        {std::string("vecchio"), std::int64_t{7}, Value()}};
     EXPECT_EQ("UPDATE Note SET [Testo] = N'nuovo' WHERE [Codice] = 7 AND [Fine]]] IS NULL",
               late_bound::writingText(change));
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <vector>
@@ -27,9 +28,10 @@ public:
     [[nodiscard]] std::vector<std::string> writtenRows() const {
         std::vector<std::string> all;
         for (const ado::RowChange& change : driver_.database.changes) {
-            std::string row = kindOf(change.kind) + " " + change.table;
-            for (const ado::ColumnValue& value : change.values) {
-                row += " " + value.column + "=" + std::get<std::string>(value.value);
+            std::string row = kindOf(change.plan->kind()) + " " + change.plan->table();
+            for (std::size_t i = 0; i < change.values.size(); ++i) {
+                row += " " + change.plan->values()[i].name + "=" +
+                       std::get<std::string>(change.values[i]);
             }
             all.push_back(std::move(row));
         }
@@ -63,15 +65,15 @@ public:
     void fail(std::int32_t number, const std::string& text) { driver_.database.fail(number, text); }
 
 private:
-    static std::string kindOf(ado::RowChange::Kind kind) {
+    static std::string kindOf(ado::RowPlan::Kind kind) {
         switch (kind) {
-            case ado::RowChange::Kind::Insert:
+            case ado::RowPlan::Kind::Insert:
                 return "insert";
-            case ado::RowChange::Kind::Update:
+            case ado::RowPlan::Kind::Update:
                 return "update";
-            case ado::RowChange::Kind::Delete:
+            case ado::RowPlan::Kind::Delete:
                 return "delete";
-            case ado::RowChange::Kind::Read:
+            case ado::RowPlan::Kind::Read:
                 break;
         }
         return "read";

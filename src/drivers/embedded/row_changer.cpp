@@ -1,96 +1,66 @@
 #include "drivers/embedded/row_changer.hpp"
 
-#include <cstddef>
+#include <string>
 #include <utility>
+#include <vector>
 
-#include <kaputil/automation/plain_text.hpp>
-
-#include "base/ascii.hpp"
-#include "engine/executor/column_info.hpp"
 #include "engine/executor/stored_value.hpp"
 #include "engine/executor/violations.hpp"
-#include "engine/plan/statements.hpp"
+#include "engine/sqlite/written_row.hpp"
 #include "engine/values/value.hpp"
 
 namespace kap::ado::embedded {
 namespace {
 
-constexpr std::size_t kKeptStatements = 200;
+constexpr std::size_t kKeptCommands = 200;
 
 using tsql::ServerError;
 
-const engine::Column& columnOf(const engine::Table& table, const std::string& name) {
-    const engine::Column* column = table.find(name);
-    if (column == nullptr) {
-        throw ServerError(tsql::Message::InvalidColumn, {name});
-    }
-    return *column;
-}
-
-// What the database sets itself cannot be assigned.
-void requireAssignable(const RowChange& change, const engine::Table& table,
-                       const engine::Column& column) {
-    const bool insert = change.kind == RowChange::Kind::Insert;
-    if (column.isRowVersion()) {
-        throw insert ? ServerError(tsql::Message::TimestampNotInsertable)
-                     : ServerError(tsql::Message::TimestampNotUpdatable);
-    }
-    if (column.computed) {
-        throw ServerError(tsql::Message::ColumnNotModifiable, {column.name});
-    }
-    if (column.identity) {
-        throw insert ? ServerError(tsql::Message::IdentityInsertOff, {table.shown()})
-                     : ServerError(tsql::Message::IdentityNotUpdatable, {column.name});
-    }
-}
-
-std::string parameter(std::size_t number) {
-    return "?" + plain::text(static_cast<std::int64_t>(number));
-}
-
-std::string target(const engine::Table& table) {
-    return std::string(table.temporary ? "temp." : "main.") + engine::sqlName(table.name);
-}
-
-std::string columnList(const std::vector<std::string>& names, const engine::Table& table) {
-    std::string list;
-    for (const std::string& name : names) {
-        const engine::Column& column = columnOf(table, name);
-        const std::string sql = engine::sqlName(column.name);
-        // RETURNING gives a value as it was bound, before the column has made it a float.
-        const bool real = engine::storedAs(column.type) == Storage::Real;
-        list += (list.empty() ? "" : ", ") + (real ? "CAST(" + sql + " AS REAL)" : sql);
-    }
-    return list.empty() ? "1" : list;
-}
-
-// A value that was read back, as clients get it; a column without a name is a row's number.
-Value toldColumn(const engine::Table& table, const std::string& name, Value value) {
-    return name.empty() ? std::move(value) : engine::toldValue(value, columnOf(table, name).type);
-}
-
-const char* verbOf(RowChange::Kind kind) {
+tsql::TriggerEvents eventOf(RowPlan::Kind kind) {
     switch (kind) {
-        case RowChange::Kind::Insert:
-            return "INSERT";
-        case RowChange::Kind::Update:
-            return "UPDATE";
-        case RowChange::Kind::Delete:
-            return "DELETE";
-        default:
-            return "";
-    }
-}
-
-tsql::TriggerEvents eventOf(RowChange::Kind kind) {
-    switch (kind) {
-        case RowChange::Kind::Insert:
+        case RowPlan::Kind::Insert:
             return tsql::kOnInsert;
-        case RowChange::Kind::Update:
+        case RowPlan::Kind::Update:
             return tsql::kOnUpdate;
         default:
             return tsql::kOnDelete;
     }
+}
+
+void bind(engine::PreparedStatement& statement, const engine::RowChangePlan& made,
+          const RowChange& change) {
+    int place = 0;
+    for (std::size_t i = 0; i < made.values.size(); ++i) {
+        statement.bind(++place, engine::storedValue(change.plan->values()[i], change.values[i],
+                                                    made.values[i]));
+    }
+    for (std::size_t i = 0; i < made.criteria.size(); ++i) {
+        const Value& value = change.criteria[i];
+        const engine::Column& column = made.criteria[i];
+        statement.bind(++place, engine::isTold(column.type)
+                                    ? engine::storedValue(change.plan->criteria()[i], value, column)
+                                    : value);
+    }
+}
+
+// A value that was read back, as clients get it. RETURNING gives one as it was bound, before the
+// column has made it a float, and a float may be kept as a whole number.
+Value toldCell(Value value, const tsql::TypeSpec& type) {
+    const auto* whole = std::get_if<std::int64_t>(&value);
+    if (whole != nullptr && engine::storedAs(type) == Storage::Real) {
+        value = static_cast<double>(*whole);
+    }
+    return engine::toldValue(value, type);
+}
+
+std::vector<Value> answerOf(const engine::PreparedStatement& statement,
+                            const std::vector<engine::Column>& columns) {
+    std::vector<Value> answer;
+    answer.reserve(columns.size());
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+        answer.push_back(toldCell(statement.value(static_cast<int>(i)), columns[i].type));
+    }
+    return answer;
 }
 
 }  // namespace
@@ -103,25 +73,26 @@ EmbeddedRowChanger::EmbeddedRowChanger(engine::FileConnection& connection,
       catalogue_(catalogue),
       transactions_(transactions),
       scripts_(scripts),
-      kept_(kKeptStatements) {}
+      kept_{LruCache<Command>(kKeptCommands), LruCache<Command>(kKeptCommands)} {}
 
 ChangeOutcome EmbeddedRowChanger::apply(const RowChange& change) {
     connection_.errorSlot().error.reset();
     try {
-        return change.kind == RowChange::Kind::Read ? read(change) : write(change);
+        return change.plan->kind() == RowPlan::Kind::Read ? read(change) : write(change);
     } catch (const engine::SqliteError& error) {
-        throw explained(connection_, catalogue_, error, {verbOf(change.kind), change.table, {}});
+        throw explained(connection_, catalogue_, error, engine::contextOf(*change.plan));
     }
 }
 
 ChangeOutcome EmbeddedRowChanger::write(const RowChange& change) {
     engine::Transactions::WriteScope scope(transactions_);
     scripts_.execution().captures.removeStale();
-    const engine::Table& table = tableOf(change);
-    if ((table.insteadOfEvents & eventOf(change.kind)) != 0) {
+    const tsql::TriggerEvents event = eventOf(change.plan->kind());
+    const engine::Table& table = tableOf(*change.plan);
+    if ((table.insteadOfEvents & event) != 0) {
         throw tsql::unsupported("a row of a recordset over a table with an INSTEAD OF trigger", 0);
     }
-    if (scripts_.execution().fires(table, eventOf(change.kind))) {
+    if (scripts_.execution().fires(table, event)) {
         std::vector<ServerMessage> messages;
         ChangeOutcome outcome;
         const bool whole = scripts_.collect(
@@ -135,8 +106,7 @@ ChangeOutcome EmbeddedRowChanger::write(const RowChange& change) {
         }
         return outcome;
     }
-    RowStatement command = commandFor(change, table, columnList(change.readBack, table));
-    ChangeOutcome outcome = runNamingKeys(change, table, command);
+    ChangeOutcome outcome = outcomeOf(writeNamingKeys(change, table), change, table);
     scope.keep();
     return outcome;
 }
@@ -144,196 +114,114 @@ ChangeOutcome EmbeddedRowChanger::write(const RowChange& change) {
 // The row is known by its number afterwards, whatever the triggers have made of it.
 ChangeOutcome EmbeddedRowChanger::writeWithTriggers(const RowChange& change,
                                                     const engine::Table& table) {
-    RowChange numbered = change;
-    numbered.readBack = {""};
-    RowStatement command = commandFor(change, table, engine::rowNumberName(table));
-    ChangeOutcome outcome;
+    Written written;
     std::vector<std::string> columns;
-    for (const ColumnValue& value : change.values) {
-        columns.push_back(value.column);
+    for (const RowColumn& column : change.plan->values()) {
+        columns.push_back(column.name);
     }
-    scripts_.execution().withTriggers(table, {table.name, eventOf(change.kind), std::move(columns)},
-                                      [&] { outcome = runNamingKeys(numbered, table, command); });
-    readAgain(change, table, outcome);
+    scripts_.execution().withTriggers(
+        table, {table.name, eventOf(change.plan->kind()), std::move(columns)},
+        [&] { written = writeNamingKeys(change, table); });
+    return outcomeOf(std::move(written), change, table);
+}
+
+EmbeddedRowChanger::Written EmbeddedRowChanger::writeNamingKeys(const RowChange& change,
+                                                                const engine::Table& table) {
+    Command& command = commandFor(*change.plan, table, Form::Change);
+    Written written;
+    namingForeignKey(
+        connection_, catalogue_, [&] { return engine::contextOf(*change.plan); },
+        [&] { written = writeOnce(change, table, command); });
+    return written;
+}
+
+EmbeddedRowChanger::Written EmbeddedRowChanger::writeOnce(const RowChange& change,
+                                                          const engine::Table& table,
+                                                          Command& command) {
+    const engine::WrittenRow row(connection_.handle(), table.name);
+    const engine::ResetGuard guard(command.statement);
+    bind(command.statement, command.plan, change);
+    Written written;
+    while (command.statement.step()) {
+        written.answer = answerOf(command.statement, command.plan.answer);
+    }
+    written.rows = connection_.database().changes();
+    written.number = row.number();
+    if (written.rows > 1) {
+        throw engine::tooManyRows();
+    }
+    return written;
+}
+
+ChangeOutcome EmbeddedRowChanger::outcomeOf(Written written, const RowChange& change,
+                                            const engine::Table& table) {
+    ChangeOutcome outcome;
+    outcome.rowsTouched = written.rows;
+    const std::size_t wanted = change.plan->readBack().size();
+    if (written.rows == 0 || wanted == 0) {
+        return outcome;
+    }
+    outcome.readBack = std::move(written.answer);
+    if (!written.number) {
+        return outcome;
+    }
+    Command& command = commandFor(*change.plan, table, Form::ReadingAgain);
+    const engine::ResetGuard guard(command.statement);
+    command.statement.bind(1, *written.number);
+    outcome.readBack = command.statement.step() ? answerOf(command.statement, command.plan.answer)
+                                                : std::vector<Value>(wanted);
     return outcome;
-}
-
-void EmbeddedRowChanger::readAgain(const RowChange& change, const engine::Table& table,
-                                   ChangeOutcome& outcome) {
-    if (outcome.readBack.empty()) {
-        return;
-    }
-    const auto row = std::get<std::int64_t>(outcome.readBack.front());
-    outcome.readBack.assign(change.readBack.size(), Value());
-    engine::PreparedStatement look(connection_.handle(),
-                                   "SELECT " + columnList(change.readBack, table) + " FROM " +
-                                       target(table) + " WHERE " + engine::rowNumberName(table) +
-                                       " = ?1");
-    look.bind(1, row);
-    if (!look.step()) {
-        return;
-    }
-    for (std::size_t i = 0; i < change.readBack.size(); ++i) {
-        outcome.readBack[i] =
-            toldColumn(table, change.readBack[i], look.value(static_cast<int>(i)));
-    }
-}
-
-ChangeOutcome EmbeddedRowChanger::runNamingKeys(const RowChange& change, const engine::Table& table,
-                                                RowStatement& command) {
-    try {
-        return run(change, table, command);
-    } catch (const engine::SqliteError& error) {
-        if (error.code() != SQLITE_CONSTRAINT_FOREIGNKEY) {
-            throw;
-        }
-        throw engine::ForeignKeySearch(connection_, catalogue_)
-            .find({verbOf(change.kind), change.table, {}},
-                  [&] { (void)run(change, table, command); });
-    }
 }
 
 ChangeOutcome EmbeddedRowChanger::read(const RowChange& change) {
     const engine::Transactions::ReadScope scope(transactions_);
-    const engine::Table& table = tableOf(change);
-    RowStatement command = commandFor(change, table, columnList(change.readBack, table));
-    return run(change, table, command);
-}
-
-const engine::Table& EmbeddedRowChanger::tableOf(const RowChange& change) const {
-    const engine::Table* table = catalogue_.find(change.table);
-    if (table == nullptr) {
-        throw ServerError(tsql::Message::InvalidObject, {change.table});
-    }
-    return *table;
-}
-
-ChangeOutcome EmbeddedRowChanger::run(const RowChange& change, const engine::Table& table,
-                                      RowStatement& command) {
-    engine::PreparedStatement& statement = prepared(command.sql);
-    const engine::ResetGuard guard(statement);
-    for (std::size_t i = 0; i < command.values.size(); ++i) {
-        statement.bind(static_cast<int>(i + 1), command.values[i]);
-    }
+    Command& command = commandFor(*change.plan, tableOf(*change.plan), Form::Change);
+    const engine::ResetGuard guard(command.statement);
+    bind(command.statement, command.plan, change);
     ChangeOutcome outcome;
-    while (statement.step()) {
+    while (command.statement.step()) {
         if (++outcome.rowsTouched > 1) {
             throw engine::tooManyRows();
         }
-        for (std::size_t i = 0; i < change.readBack.size(); ++i) {
-            outcome.readBack.push_back(
-                toldColumn(table, change.readBack[i], statement.value(static_cast<int>(i))));
-        }
+        outcome.readBack = answerOf(command.statement, command.plan.answer);
     }
     return outcome;
 }
 
-engine::PreparedStatement& EmbeddedRowChanger::prepared(const std::string& sql) {
-    if (engine::PreparedStatement* found = kept_.find(sql)) {
-        return *found;
+const engine::Table& EmbeddedRowChanger::tableOf(const RowPlan& plan) const {
+    const engine::Table* table = catalogue_.find(plan.table());
+    if (table == nullptr) {
+        throw ServerError(tsql::Message::InvalidObject, {plan.table()});
     }
-    return kept_.insert(sql, {connection_.handle(), sql, engine::StatementLife::Kept});
+    return *table;
 }
 
-// Every command answers a row for each row that it touches.
-EmbeddedRowChanger::RowStatement EmbeddedRowChanger::commandFor(const RowChange& change,
-                                                                const engine::Table& table,
-                                                                const std::string& columns) {
-    RowStatement command;
-    switch (change.kind) {
-        case RowChange::Kind::Insert:
-            command = insertion(change, table);
-            command.sql += " RETURNING " + columns;
-            return command;
-        case RowChange::Kind::Update:
-            command = update(change, table);
-            addCriteria(change, table, command);
-            command.sql += " RETURNING " + columns;
-            return command;
-        case RowChange::Kind::Delete:
-            command.sql = "DELETE FROM " + target(table);
-            addCriteria(change, table, command);
-            command.sql += " RETURNING " + columns;
-            return command;
-        case RowChange::Kind::Read:
-            break;
+EmbeddedRowChanger::Command& EmbeddedRowChanger::commandFor(const RowPlan& plan,
+                                                            const engine::Table& table, Form form) {
+    LruCache<Command>& kept = kept_.at(static_cast<std::size_t>(form));
+    Command* known = kept.find(plan.key());
+    if (known == nullptr) {
+        return kept.insert(plan.key(), make(plan, table, form));
     }
-    command.sql = "SELECT " + columns + " FROM " + target(table);
-    addCriteria(change, table, command);
-    command.sql += " LIMIT 2";
-    return command;
+    if (known->generation != catalogue_.generation()) {
+        *known = make(plan, table, form);
+    }
+    return *known;
 }
 
-EmbeddedRowChanger::RowStatement EmbeddedRowChanger::insertion(const RowChange& change,
-                                                               const engine::Table& table) {
-    RowStatement command;
-    std::string names;
-    std::string values;
-    const auto add = [&](const engine::Column& column, const std::string& value) {
-        names += (names.empty() ? "" : ", ") + engine::sqlName(column.name);
-        values += (values.empty() ? "" : ", ") + value;
-    };
-    for (const ColumnValue& value : change.values) {
-        const engine::Column& column = columnOf(table, value.column);
-        requireAssignable(change, table, column);
-        command.values.push_back(engine::storedValue(value, column));
-        add(column, parameter(command.values.size()));
+EmbeddedRowChanger::Command EmbeddedRowChanger::make(const RowPlan& plan,
+                                                     const engine::Table& table, Form form) const {
+    Command made;
+    if (form == Form::ReadingAgain) {
+        made.plan = translateReadingAgain(plan, table);
+    } else {
+        const bool numbered = connection_.database().hasRowNumbers(table.name, table.temporary);
+        made.plan = translateRowChange(
+            plan, table, numbered ? engine::WrittenRows::Silent : engine::WrittenRows::Answering);
     }
-    for (const engine::Column& column : table.columns) {
-        if (column.identity) {
-            add(column, "kap_identity(" + engine::sqlText(table.name) + ")");
-        } else if (column.isRowVersion()) {
-            add(column, "kap_rowversion()");
-        }
-    }
-    command.sql = "INSERT INTO " + target(table);
-    command.sql += names.empty() ? " DEFAULT VALUES" : " (" + names + ") VALUES (" + values + ")";
-    return command;
-}
-
-std::string EmbeddedRowChanger::insertionSql(const RowChange& change, const engine::Table& table) {
-    return insertion(change, table).sql;
-}
-
-EmbeddedRowChanger::RowStatement EmbeddedRowChanger::update(const RowChange& change,
-                                                            const engine::Table& table) {
-    RowStatement command;
-    std::string assignments;
-    const auto add = [&](const engine::Column& column, const std::string& value) {
-        assignments +=
-            (assignments.empty() ? "" : ", ") + engine::sqlName(column.name) + " = " + value;
-    };
-    for (const ColumnValue& value : change.values) {
-        const engine::Column& column = columnOf(table, value.column);
-        requireAssignable(change, table, column);
-        command.values.push_back(engine::storedValue(value, column));
-        add(column, parameter(command.values.size()));
-    }
-    for (const engine::Column& column : table.columns) {
-        if (column.isRowVersion()) {
-            add(column, "kap_rowversion()");
-        }
-    }
-    command.sql = "UPDATE " + target(table) + " SET " + assignments;
-    return command;
-}
-
-// A text is first compared as its column does, which an index can serve, and then exactly.
-void EmbeddedRowChanger::addCriteria(const RowChange& change, const engine::Table& table,
-                                     RowStatement& command) {
-    const char* joint = " WHERE ";
-    for (const ColumnValue& value : change.criteria) {
-        const engine::Column& column = columnOf(table, value.column);
-        command.values.push_back(engine::isTold(column.type) ? engine::storedValue(value, column)
-                                                             : value.value);
-        const std::string name = engine::sqlName(column.name);
-        const std::string number = parameter(command.values.size());
-        command.sql += joint + name + " IS " + number;
-        if (engine::storedAs(column.type) == Storage::Text) {
-            command.sql += " AND " + name + " COLLATE BINARY IS " + number;
-        }
-        joint = " AND ";
-    }
+    made.statement = {connection_.handle(), made.plan.sql, engine::StatementLife::Kept};
+    made.generation = catalogue_.generation();
+    return made;
 }
 
 }  // namespace kap::ado::embedded

@@ -1,47 +1,30 @@
 #include "drivers/embedded/row_inserter.hpp"
 
-#include <utility>
-
 #include "engine/executor/column_info.hpp"
 #include "engine/executor/violations.hpp"
 #include "engine/values/convert.hpp"
 
 namespace kap::ado::embedded {
-namespace {
 
-RowChange insertionInto(const RowTarget& target) {
-    RowChange change;
-    change.kind = RowChange::Kind::Insert;
-    change.table = target.table;
-    change.values = target.columns;
-    return change;
-}
-
-}  // namespace
-
-bool EmbeddedRowInserter::serves(engine::EngineSession& engine, const EmbeddedRowChanger& changer,
-                                 const RowTarget& target) {
-    const engine::Table& table = changer.tableOf(insertionInto(target));
+bool EmbeddedRowInserter::serves(engine::EngineSession& engine, const engine::Table& table) {
     return (table.insteadOfEvents & tsql::kOnInsert) == 0 &&
            !engine.scripts().execution().fires(table, tsql::kOnInsert);
 }
 
-EmbeddedRowInserter::EmbeddedRowInserter(engine::EngineSession& engine,
-                                         const EmbeddedRowChanger& changer, const RowTarget& target)
-    : engine_(engine), table_(target.table) {
-    const RowChange change = insertionInto(target);
-    const engine::Table& table = changer.tableOf(change);
-    statement_ = {engine_.connection().handle(), EmbeddedRowChanger::insertionSql(change, table),
-                  engine::StatementLife::Kept};
-    for (const ColumnValue& value : target.columns) {
-        columns_.push_back(
-            {*table.find(value.column), engine::typeOf(value.type, value.numericScale)});
+EmbeddedRowInserter::EmbeddedRowInserter(engine::EngineSession& engine, const engine::Table& table,
+                                         const RowPlan& insertion)
+    : engine_(engine),
+      insertion_(insertion),
+      made_(translateRowChange(insertion, table, engine::WrittenRows::Silent)) {
+    for (const RowColumn& column : insertion_.values()) {
+        given_.push_back(engine::typeOf(column.type, column.numericScale));
     }
+    statement_ = {engine_.connection().handle(), made_.sql, engine::StatementLife::Kept};
 }
 
 Value EmbeddedRowInserter::stored(std::size_t column, const Value& value) const {
-    const Target& target = columns_[column];
-    return engine::convert(value, target.given, target.column.type, engine::Overlength::Refuse);
+    return engine::convert(value, given_[column], made_.values[column].type,
+                           engine::Overlength::Refuse);
 }
 
 void EmbeddedRowInserter::check(std::size_t column, const Value& value) {
@@ -51,19 +34,15 @@ void EmbeddedRowInserter::check(std::size_t column, const Value& value) {
 void EmbeddedRowInserter::insert(const std::vector<Value>& values) {
     engine_.reported([&] {
         engine_.connection().errorSlot().error.reset();
+        const auto context = [&] { return engine::contextOf(insertion_); };
         try {
             engine::Transactions::WriteScope scope(engine_.transactions(),
                                                    engine::Transactions::Writes::OneRow);
-            write(values);
+            namingForeignKey(engine_.connection(), engine_.catalogue(), context,
+                             [&] { write(values); });
             scope.keep();
         } catch (const engine::SqliteError& error) {
-            const engine::WriteContext context{"INSERT", table_, {}};
-            if (error.code() == SQLITE_CONSTRAINT_FOREIGNKEY &&
-                engine_.transactions().depth() > 0) {
-                throw engine::ForeignKeySearch(engine_.connection(), engine_.catalogue())
-                    .find(context, [&] { write(values); });
-            }
-            throw explained(engine_.connection(), engine_.catalogue(), error, context);
+            throw explained(engine_.connection(), engine_.catalogue(), error, context());
         }
     });
 }

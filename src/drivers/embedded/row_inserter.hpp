@@ -1,39 +1,34 @@
 #pragma once
 
 #include <cstddef>
-#include <string>
 #include <vector>
 
 #include "data/row_inserter.hpp"
-#include "drivers/embedded/row_changer.hpp"
 #include "engine/engine_session.hpp"
+#include "engine/plan/row_change_plan.hpp"
 
 namespace kap::ado::embedded {
 
 // Inserts rows by one prepared statement. The table must have no triggers for it.
 class EmbeddedRowInserter final : public RowInserter {
 public:
-    EmbeddedRowInserter(engine::EngineSession& engine, const EmbeddedRowChanger& changer,
-                        const RowTarget& target);
+    EmbeddedRowInserter(engine::EngineSession& engine, const engine::Table& table,
+                        const RowPlan& insertion);
 
     // Whether a table is written like this: nothing runs beside an insertion.
-    [[nodiscard]] static bool serves(engine::EngineSession& engine,
-                                     const EmbeddedRowChanger& changer, const RowTarget& target);
+    [[nodiscard]] static bool serves(engine::EngineSession& engine, const engine::Table& table);
 
     void insert(const std::vector<Value>& values) override;
     void check(std::size_t column, const Value& value) override;
 
 private:
-    struct Target {
-        engine::Column column;
-        tsql::TypeSpec given;  // the type of the client's values
-    };
     [[nodiscard]] Value stored(std::size_t column, const Value& value) const;
     void write(const std::vector<Value>& values);
 
     engine::EngineSession& engine_;
-    std::string table_;
-    std::vector<Target> columns_;
+    RowPlan insertion_;
+    engine::RowChangePlan made_;
+    std::vector<tsql::TypeSpec> given_;  // the types of the client's values
     engine::PreparedStatement statement_;
 };
 

@@ -13,19 +13,20 @@ EmbeddedSession::EmbeddedSession(const engine::Options& options)
 ChangeOutcome EmbeddedSession::apply(const RowChange& change) {
     return engine_.reported([&] {
         ChangeOutcome outcome = changer_.apply(change);
-        if (change.kind == RowChange::Kind::Insert) {
+        if (change.plan->kind() == RowPlan::Kind::Insert) {
             engine_.state().identity = engine_.counters().takeLastIdentity();
         }
         return outcome;
     });
 }
 
-std::unique_ptr<RowInserter> EmbeddedSession::inserter(const RowTarget& target) {
+std::unique_ptr<RowInserter> EmbeddedSession::inserter(const RowPlan& insertion) {
     return engine_.reported([&]() -> std::unique_ptr<RowInserter> {
-        if (!EmbeddedRowInserter::serves(engine_, changer_, target)) {
+        const engine::Table& table = changer_.tableOf(insertion);
+        if (!EmbeddedRowInserter::serves(engine_, table)) {
             return nullptr;  // its triggers run row by row
         }
-        return std::make_unique<EmbeddedRowInserter>(engine_, changer_, target);
+        return std::make_unique<EmbeddedRowInserter>(engine_, table, insertion);
     });
 }
 

@@ -19,7 +19,7 @@ public:
     void execute(Request& request, Reply& reply) override { engine_.execute(request, reply); }
     void cancel() noexcept override { engine_.cancel(); }
     ChangeOutcome apply(const RowChange& change) override;
-    [[nodiscard]] std::unique_ptr<RowInserter> inserter(const RowTarget& target) override;
+    [[nodiscard]] std::unique_ptr<RowInserter> inserter(const RowPlan& insertion) override;
     [[nodiscard]] Result schema(SchemaEnum kind, const SchemaRestrictions& wanted) override;
     [[nodiscard]] Product product() override;
     [[nodiscard]] std::shared_ptr<void> precedence() override;

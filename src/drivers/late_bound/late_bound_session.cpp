@@ -273,7 +273,7 @@ std::vector<Value> LateBoundSession::readBack(const RowChange& change) {
 ChangeOutcome LateBoundSession::apply(const RowChange& change) {
     return asDriver([&] {
         ChangeOutcome outcome;
-        if (change.kind == RowChange::Kind::Read) {
+        if (change.plan->kind() == RowPlan::Kind::Read) {
             outcome.readBack = readBack(change);
             outcome.rowsTouched = outcome.readBack.empty() ? 0 : 1;
             return outcome;
@@ -290,8 +290,8 @@ ChangeOutcome LateBoundSession::apply(const RowChange& change) {
                                       u"The row cannot be told from others of its table.",
                                       u"ADODB");
             }
-            if (outcome.rowsTouched == 1 && change.kind != RowChange::Kind::Delete &&
-                !change.readBack.empty()) {
+            if (outcome.rowsTouched == 1 && change.plan->kind() != RowPlan::Kind::Delete &&
+                !change.plan->readBack().empty()) {
                 outcome.readBack = readBack(change);
             }
         } catch (const AutomationError&) {

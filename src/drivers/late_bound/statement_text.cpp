@@ -1,6 +1,9 @@
 #include "drivers/late_bound/statement_text.hpp"
 
 #include <algorithm>
+#include <cstddef>
+#include <iterator>
+#include <vector>
 
 #include <kaputil/automation/array.hpp>
 #include <kaputil/automation/convert.hpp>
@@ -9,6 +12,7 @@
 #include "base/hexadecimal.hpp"
 #include "base/quoting.hpp"
 #include "data/cell_value.hpp"
+#include "data/row_statement.hpp"
 #include "data/value_type.hpp"
 
 namespace kap::ado::late_bound {
@@ -21,11 +25,11 @@ std::string dateText(Date date) {
     return "'" + made + "'";
 }
 
-std::string literal(const ColumnValue& value) {
+std::string literal(const RowColumn& given, const Value& value) {
     ColumnInfo column;
-    column.type = value.type;
-    column.numericScale = value.numericScale;
-    const Variant held = toVariant(column, value.value);
+    column.type = given.type;
+    column.numericScale = given.numericScale;
+    const Variant held = toVariant(column, value);
     switch (held.type()) {
         case VarType::Null:
         case VarType::Empty:
@@ -58,66 +62,51 @@ std::string name(const std::string& column) {
     return made + "]";
 }
 
-bool isNull(const ColumnValue& value) {
-    return std::holds_alternative<std::monostate>(value.value);
+// A column and what it is said to hold.
+struct Held {
+    const RowColumn* column;
+    const Value* value;
+};
+
+std::vector<Held> heldIn(const std::vector<RowColumn>& columns, const std::vector<Value>& values) {
+    std::vector<Held> held;
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+        held.push_back({&columns[i], &values[i]});
+    }
+    return held;
 }
 
 // Long texts and binaries cannot be compared.
-std::string condition(const std::vector<ColumnValue>& criteria) {
+std::string condition(const std::vector<Held>& criteria) {
     std::string made;
-    for (const ColumnValue& value : criteria) {
-        if (isLongType(value.type) && !isNull(value)) {
+    for (const auto& [column, value] : criteria) {
+        if (isLongType(column->type) && !isNull(*value)) {
             continue;
         }
         made += made.empty() ? " WHERE " : " AND ";
-        made += name(value.column) + (isNull(value) ? " IS NULL" : " = " + literal(value));
+        made +=
+            name(column->name) + (isNull(*value) ? " IS NULL" : " = " + literal(*column, *value));
     }
     return made;
 }
 
-const ColumnValue* find(const std::vector<ColumnValue>& values, const std::string& column) {
-    const auto found =
-        std::ranges::find_if(values, [&](const ColumnValue& one) { return one.column == column; });
-    return found == values.end() ? nullptr : &*found;
+bool names(const std::vector<RowColumn>& columns, const std::string& column) {
+    return std::ranges::find(columns, column, &RowColumn::name) != columns.end();
 }
 
 // What the row holds after the change: what was written, and what was there where nothing was. A
 // column that is only read back is the database's own, and has changed.
-std::vector<ColumnValue> afterwards(const RowChange& change) {
-    std::vector<ColumnValue> held;
-    for (const ColumnValue& value : change.criteria) {
+std::vector<Held> afterwards(const RowChange& change) {
+    const RowPlan& plan = *change.plan;
+    std::vector<Held> held = heldIn(plan.criteria(), change.criteria);
+    std::erase_if(held, [&](const Held& each) {
+        const std::string& column = each.column->name;
         const bool onlyRead =
-            change.kind == RowChange::Kind::Update &&
-            std::ranges::find(change.readBack, value.column) != change.readBack.end();
-        if (find(change.values, value.column) == nullptr && !onlyRead) {
-            held.push_back(value);
-        }
-    }
-    held.insert(held.end(), change.values.begin(), change.values.end());
+            plan.kind() == RowPlan::Kind::Update && names(plan.readBack(), column);
+        return onlyRead || names(plan.values(), column);
+    });
+    std::ranges::copy(heldIn(plan.values(), change.values), std::back_inserter(held));
     return held;
-}
-
-std::string insertion(const RowChange& change) {
-    std::string columns;
-    std::string values;
-    for (const ColumnValue& value : change.values) {
-        const char* separator = columns.empty() ? "" : ", ";
-        columns += separator + name(value.column);
-        values += separator + literal(value);
-    }
-    if (columns.empty()) {
-        return "INSERT INTO " + change.table + " DEFAULT VALUES";
-    }
-    return "INSERT INTO " + change.table + " (" + columns + ") VALUES (" + values + ")";
-}
-
-std::string update(const RowChange& change) {
-    std::string assignments;
-    for (const ColumnValue& value : change.values) {
-        assignments +=
-            (assignments.empty() ? "" : ", ") + name(value.column) + " = " + literal(value);
-    }
-    return "UPDATE " + change.table + " SET " + assignments + condition(change.criteria);
 }
 
 }  // namespace
@@ -127,23 +116,23 @@ std::string textLiteral(const std::string& text) {
 }
 
 std::string writingText(const RowChange& change) {
-    switch (change.kind) {
-        case RowChange::Kind::Insert:
-            return insertion(change);
-        case RowChange::Kind::Update:
-            return update(change);
-        default:
-            return "DELETE FROM " + change.table + condition(change.criteria);
+    const RowPlan& plan = *change.plan;
+    RowStatement row{plan.kind(), plan.table()};
+    for (const auto& [column, value] : heldIn(plan.values(), change.values)) {
+        row.columns.push_back(name(column->name));
+        row.values.push_back(literal(*column, *value));
     }
+    row.criteria = condition(heldIn(plan.criteria(), change.criteria));
+    return textOf(row);
 }
 
 std::string readingText(const RowChange& change) {
-    std::string columns;
-    for (const std::string& column : change.readBack) {
-        columns += (columns.empty() ? "" : ", ") + name(column);
+    RowStatement row{RowPlan::Kind::Read, change.plan->table()};
+    for (const RowColumn& column : change.plan->readBack()) {
+        row.answer.push_back(name(column.name));
     }
-    return "SELECT " + (columns.empty() ? "1" : columns) + " FROM " + change.table +
-           condition(afterwards(change));
+    row.criteria = condition(afterwards(change));
+    return textOf(row);
 }
 
 }  // namespace kap::ado::late_bound

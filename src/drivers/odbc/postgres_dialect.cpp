@@ -121,12 +121,12 @@ public:
                          : ServerDialect::comparison(column, type);
     }
 
-    [[nodiscard]] Answer answerTo(const RowChange& /*change*/,
+    [[nodiscard]] Answer answerTo(const RowPlan& /*plan*/,
                                   const TableFacts& /*facts*/) const override {
         return Answer::Returned;
     }
     [[nodiscard]] std::string returning(const RowStatement& row) const override {
-        return writing(row) + " RETURNING " + (row.answer.empty() ? "1" : joined(row.answer));
+        return textOf(row) + " RETURNING " + (row.answer.empty() ? "1" : listOf(row.answer));
     }
 
     // The first table of that name in the way of the search path, as in the query itself.

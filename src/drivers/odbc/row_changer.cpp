@@ -1,7 +1,6 @@
 #include "drivers/odbc/row_changer.hpp"
 
 #include <algorithm>
-#include <iterator>
 #include <utility>
 
 #include <kaputil/data/error_numbers.hpp>
@@ -16,27 +15,9 @@
 namespace kap::ado::odbc {
 namespace {
 
-std::vector<const ColumnValue*> pointersTo(const std::vector<ColumnValue>& values) {
-    std::vector<const ColumnValue*> pointers;
-    pointers.reserve(values.size());
-    for (const ColumnValue& value : values) {
-        pointers.push_back(&value);
-    }
-    return pointers;
-}
-
-const ColumnValue* valueOf(const std::vector<ColumnValue>& values, const std::string& column) {
-    const auto found = std::ranges::find_if(
-        values, [&](const ColumnValue& value) { return equalsIgnoringCase(value.column, column); });
-    return found == values.end() ? nullptr : &*found;
-}
-
-// Whether the criteria name the table's whole key: then they fit one row at most.
-bool holdsKey(const RowChange& change, const TableFacts& facts) {
-    return !facts.key.empty() && std::ranges::all_of(facts.key, [&](const std::string& part) {
-        return valueOf(change.criteria, part) != nullptr;
-    });
-}
+constexpr std::size_t kKeptPlans = 200;
+// Of one plan, for rows that hold nothing in other columns each.
+constexpr std::size_t kMostTexts = 32;
 
 DriverError tooManyRows() {
     return driverError(errors::kUnspecified, "21000",
@@ -59,13 +40,11 @@ Value inScale(const ColumnInfo& column, Value value, std::uint8_t scale) {
     return *same;
 }
 
-void takeReadBack(const RowChange& change, const Result& result, ChangeOutcome& outcome) {
-    for (std::size_t i = 0; i < change.readBack.size(); ++i) {
-        Value value = databaseValue(result.columns[i], result.rows[i], 0);
-        if (i < change.readBackScales.size()) {
-            value = inScale(result.columns[i], std::move(value), change.readBackScales[i]);
-        }
-        outcome.readBack.push_back(std::move(value));
+void takeReadBack(const RowPlan& plan, const Result& result, ChangeOutcome& outcome) {
+    for (std::size_t i = 0; i < plan.readBack().size(); ++i) {
+        outcome.readBack.push_back(inScale(result.columns[i],
+                                           databaseValue(result.columns[i], result.rows[i], 0),
+                                           plan.readBack()[i].numericScale));
     }
 }
 
@@ -75,17 +54,33 @@ std::int64_t rowsOf(const Result& result) {
 
 }  // namespace
 
-ChangeOutcome OdbcRowChanger::apply(const RowChange& change, std::chrono::seconds timeout) {
-    const Target target = targetOf(change, timeout);
-    return change.kind == RowChange::Kind::Read ? read(change, target, timeout)
-                                                : write(change, target, timeout);
+OdbcRowChanger::OdbcRowChanger(std::shared_ptr<OdbcConnection> connection,
+                               TableCatalogue& catalogue, BaseTables& tables)
+    : connection_(std::move(connection)),
+      catalogue_(catalogue),
+      tables_(tables),
+      prepared_(*connection_),
+      texts_(kKeptPlans) {}
+
+void OdbcRowChanger::forget() {
+    queries_.forget();
+    prepared_.forget();
+    texts_.clear();
 }
 
-OdbcRowChanger::Target OdbcRowChanger::targetOf(const RowChange& change,
-                                                std::chrono::seconds timeout) {
-    const auto found = tables_.find(change.table);
-    const TableName table =
-        found == tables_.end() ? TableName{{}, {}, change.table} : found->second;
+ChangeOutcome OdbcRowChanger::apply(const RowChange& change, std::chrono::seconds timeout) {
+    TableName table = tableOf(*change.plan);
+    const TableFacts& facts = catalogue_.facts(table, timeout);
+    const Task task{change, std::move(table), facts, timeout};
+    return change.plan->kind() == RowPlan::Kind::Read ? read(task) : write(task);
+}
+
+TableName OdbcRowChanger::tableOf(const RowPlan& plan) const {
+    const auto found = tables_.find(plan.table());
+    return found == tables_.end() ? TableName{{}, {}, plan.table()} : found->second;
+}
+
+std::string OdbcRowChanger::quoted(const TableName& table) const {
     std::string name = dialect().quoted(table.name);
     if (!table.schema.empty() || !table.catalog.empty()) {
         name.insert(0, (table.schema.empty() ? "" : dialect().quoted(table.schema)) + ".");
@@ -93,34 +88,32 @@ OdbcRowChanger::Target OdbcRowChanger::targetOf(const RowChange& change,
     if (!table.catalog.empty()) {
         name.insert(0, dialect().quoted(table.catalog) + ".");
     }
-    return {table, std::move(name), catalogue_.facts(table, timeout)};
+    return name;
 }
 
-ChangeOutcome OdbcRowChanger::read(const RowChange& change, const Target& target,
-                                   std::chrono::seconds timeout) {
-    ParameterizedText query = selectOf(change.readBack, target);
-    addCriteria(pointersTo(change.criteria), target, query.text, query.values);
-    const std::vector<Result> results = run(query, timeout);
+ChangeOutcome OdbcRowChanger::read(const Task& task) {
+    const std::vector<Result> results = run(textFor(Use::Reading, task), task);
     ChangeOutcome outcome;
     outcome.rowsTouched = results.empty() ? 0 : rowsOf(results.front());
     if (outcome.rowsTouched > 1) {
         throw tooManyRows();
     }
     if (outcome.rowsTouched == 1) {
-        takeReadBack(change, results.front(), outcome);
+        takeReadBack(*task.change.plan, results.front(), outcome);
     }
     return outcome;
 }
 
-ChangeOutcome OdbcRowChanger::write(const RowChange& change, const Target& target,
-                                    std::chrono::seconds timeout) {
-    const bool alone = change.kind == RowChange::Kind::Insert || holdsKey(change, target.facts);
+ChangeOutcome OdbcRowChanger::write(const Task& task) {
+    const RowPlan& plan = *task.change.plan;
+    const bool alone =
+        plan.kind() == RowPlan::Kind::Insert || DmlWriter::namesKey(plan, task.facts);
     if (!alone && connection_->inTransaction()) {
-        requireOneRow(change, target, timeout);  // what the client has open cannot be undone
+        requireOneRow(task);  // what the client has open cannot be undone
     }
-    const ServerDialect::Answer answer = dialect().answerTo(change, target.facts);
+    const ServerDialect::Answer answer = dialect().answerTo(plan, task.facts);
     LocalTransaction transaction(*connection_, !alone || answer == ServerDialect::Answer::Counted);
-    ChangeOutcome outcome = answered(answer, change, target, timeout);
+    ChangeOutcome outcome = answered(answer, task);
     if (outcome.rowsTouched > 1) {
         throw tooManyRows();
     }
@@ -128,18 +121,17 @@ ChangeOutcome OdbcRowChanger::write(const RowChange& change, const Target& targe
     return outcome;
 }
 
-ChangeOutcome OdbcRowChanger::answered(ServerDialect::Answer answer, const RowChange& change,
-                                       const Target& target, std::chrono::seconds timeout) {
+ChangeOutcome OdbcRowChanger::answered(ServerDialect::Answer answer, const Task& task) {
     switch (answer) {
         case ServerDialect::Answer::Returned:
             break;
         case ServerDialect::Answer::Selected:
-            return selected(change, target, timeout);
+            return selected(task);
         case ServerDialect::Answer::Counted:
-            return counted(change, target, timeout);
+            return counted(task);
     }
     try {
-        return returned(change, target, timeout);
+        return returned(task);
     } catch (const DriverError& error) {
         const bool refused = std::ranges::any_of(
             error.messages(),
@@ -148,88 +140,70 @@ ChangeOutcome OdbcRowChanger::answered(ServerDialect::Answer answer, const RowCh
             throw;
         }
     }
-    catalogue_.noteTriggers(target.table);
-    return selected(change, target, timeout);
+    catalogue_.noteTriggers(task.table);
+    return selected(task);
 }
 
-ChangeOutcome OdbcRowChanger::returned(const RowChange& change, const Target& target,
-                                       std::chrono::seconds timeout) {
-    Writing writing = this->writing(change, target);
-    const std::vector<Result> results =
-        run({dialect().returning(writing.row), std::move(writing.values)}, timeout);
+ChangeOutcome OdbcRowChanger::returned(const Task& task) {
+    const std::vector<Result> results = run(textFor(Use::Returning, task), task);
     ChangeOutcome outcome;
     const auto rows =
         std::ranges::find_if(results, [](const Result& result) { return !result.columns.empty(); });
     if (rows != results.end()) {
         outcome.rowsTouched = rowsOf(*rows);
         if (outcome.rowsTouched == 1) {
-            takeReadBack(change, *rows, outcome);
+            takeReadBack(*task.change.plan, *rows, outcome);
         }
     }
     return outcome;
 }
 
 // Triggers may have answered with counts and rows of their own: ours come last.
-ChangeOutcome OdbcRowChanger::selected(const RowChange& change, const Target& target,
-                                       std::chrono::seconds timeout) {
-    Writing writing = this->writing(change, target);
-    std::optional<ParameterizedText> second = readingBack(change, target);
+ChangeOutcome OdbcRowChanger::selected(const Task& task) {
+    const bool readsBack = keptText(Use::ReadingBack, task).has_value();
     const bool own = !connection_->inTransaction();
-    ParameterizedText query{
-        dialect().selecting(writing.row, second ? second->text : std::string(), own),
-        std::move(writing.values)};
-    if (second) {
-        std::ranges::move(second->values, std::back_inserter(query.values));
-    }
     std::vector<Result> results;
     try {
-        results = run(query, timeout);
+        results = run(textFor(own ? Use::SelectingWhole : Use::Selecting, task), task);
     } catch (const DriverError&) {
         if (own && !connection_->isLost()) {
-            undo(timeout);
+            undo(task);
         }
         throw;
     }
     std::erase_if(results, [](const Result& result) { return result.columns.empty(); });
-    const std::size_t ours = second ? 2 : 1;
+    const std::size_t ours = readsBack ? 2 : 1;
     if (results.size() < ours || rowsOf(results[results.size() - ours]) != 1) {
         throw driverError(errors::kUnspecified, "HY000",
                           "The database server does not say how many rows it has written.");
     }
     ChangeOutcome outcome;
     outcome.rowsTouched = results[results.size() - ours].rows.front().integer(0);
-    if (second && outcome.rowsTouched == 1 && rowsOf(results.back()) == 1) {
-        takeReadBack(change, results.back(), outcome);
+    if (readsBack && outcome.rowsTouched == 1 && rowsOf(results.back()) == 1) {
+        takeReadBack(*task.change.plan, results.back(), outcome);
     }
     return outcome;
 }
 
-ChangeOutcome OdbcRowChanger::counted(const RowChange& change, const Target& target,
-                                      std::chrono::seconds timeout) {
-    Writing writing = this->writing(change, target);
-    std::vector<Result> results =
-        run({ServerDialect::writing(writing.row), std::move(writing.values)}, timeout);
+ChangeOutcome OdbcRowChanger::counted(const Task& task) {
+    std::vector<Result> results = run(textFor(Use::Writing, task), task);
     ChangeOutcome outcome;
     for (const Result& result : results) {
         outcome.rowsTouched = result.rowsAffected.value_or(outcome.rowsTouched);
     }
-    const std::optional<ParameterizedText> second = readingBack(change, target);
+    const std::optional<RowText>& second = keptText(Use::ReadingBack, task);
     if (second && outcome.rowsTouched == 1) {
-        results = run(*second, timeout);
+        results = run(*second, task);
         if (!results.empty() && rowsOf(results.back()) == 1) {
-            takeReadBack(change, results.back(), outcome);
+            takeReadBack(*task.change.plan, results.back(), outcome);
         }
     }
     return outcome;
 }
 
 // Nothing tells the rows of a table without key apart but their values.
-void OdbcRowChanger::requireOneRow(const RowChange& change, const Target& target,
-                                   std::chrono::seconds timeout) {
-    ParameterizedText query;
-    query.text = "SELECT COUNT(*) FROM " + target.name;
-    addCriteria(pointersTo(change.criteria), target, query.text, query.values);
-    const std::vector<Result> results = run(query, timeout);
+void OdbcRowChanger::requireOneRow(const Task& task) {
+    const std::vector<Result> results = run(textFor(Use::Counting, task), task);
     const bool one = !results.empty() && rowsOf(results.front()) == 1 &&
                      results.front().rows.front().integer(0) <= 1;
     if (!one) {
@@ -237,125 +211,98 @@ void OdbcRowChanger::requireOneRow(const RowChange& change, const Target& target
     }
 }
 
-std::vector<Result> OdbcRowChanger::run(const ParameterizedText& query,
-                                        std::chrono::seconds timeout) {
-    PreparedStatements::InUse statement = prepared_.of(query.text, timeout);
+std::vector<Result> OdbcRowChanger::run(const RowText& row, const Task& task) {
+    PreparedStatements::InUse statement = prepared_.of(row.text, task.timeout);
     std::vector<Result> results;
     {
         ParameterBinding parameters(*connection_, statement.handle);
-        for (const ColumnValue* value : query.values) {
-            parameters.add(value->type, value->numericScale, value->value);
+        for (const RowText::Parameter& parameter : row.parameters) {
+            const bool written = parameter.of == RowText::Parameter::Of::Values;
+            const RowPlan& plan = *task.change.plan;
+            const RowColumn& column = (written ? plan.values() : plan.criteria())[parameter.place];
+            parameters.add(column.type, column.numericScale,
+                           (written ? task.change.values : task.change.criteria)[parameter.place]);
         }
         ResultColumns columns(*connection_, catalogue_, tables_);
-        ResultReader reader(connection_, columns, timeout);
+        ResultReader reader(connection_, columns, task.timeout);
         // Drivers tell where the columns of their answers come from, or it does not matter.
-        KnownQuery& known = queries_.of(query.text);
+        KnownQuery& known = queries_.of(row.text);
         known.analysis = {};
         known.oneResult = true;
-        const SQLRETURN code = PreparedStatements::run(statement, query.text);
+        const SQLRETURN code = PreparedStatements::run(statement, row.text);
         reader.readAll(code, statement.handle, known, results);
         if (reader.failed()) {
             throw DriverError(std::move(reader.messages()), kErrorSource);
         }
-        prepared_.giveBack(query.text, std::move(statement));
+        prepared_.giveBack(row.text, std::move(statement));
     }
     return results;
 }
 
 // What a text of several statements has left open.
-void OdbcRowChanger::undo(std::chrono::seconds timeout) {
+void OdbcRowChanger::undo(const Task& task) {
     const std::string text = dialect().undoing();
     if (text.empty()) {
         return;
     }
     try {
-        (void)run({text, {}}, timeout);
+        static_cast<void>(run({text}, task));
     } catch (const DriverError&) {
         connection_->giveUp();  // nothing must make it last
     }
 }
 
-OdbcRowChanger::Writing OdbcRowChanger::writing(const RowChange& change,
-                                                const Target& target) const {
-    Writing made;
-    made.row.kind = change.kind;
-    made.row.table = target.name;
-    made.row.answer = quoted(change.readBack);
-    for (const ColumnValue& value : change.values) {
-        const TableFacts::Column* fact = target.facts.find(value.column);
-        made.row.columns.push_back(dialect().quoted(value.column));
-        made.row.marks.push_back(fact == nullptr ? "?" : dialect().mark(fact->type));
-        made.values.push_back(&value);
-    }
-    if (change.kind != RowChange::Kind::Insert) {
-        addCriteria(pointersTo(change.criteria), target, made.row.criteria, made.values);
-    }
-    return made;
+const RowText& OdbcRowChanger::textFor(Use use, const Task& task) {
+    return *keptText(use, task);
 }
 
-// The statement that reads the row which the one before it has written; nothing when the row cannot
-// be told, or nothing of it is wanted.
-std::optional<ParameterizedText> OdbcRowChanger::readingBack(const RowChange& change,
-                                                             const Target& target) const {
-    if (change.kind == RowChange::Kind::Delete || change.readBack.empty()) {
-        return std::nullopt;
+// There is one for each use and each choice of criteria that hold nothing: no parameter stands for
+// Null in a comparison.
+const std::optional<RowText>& OdbcRowChanger::keptText(Use use, const Task& task) {
+    const RowPlan& plan = *task.change.plan;
+    std::vector<KeptText>* texts = texts_.find(plan.key());
+    if (texts == nullptr) {
+        texts = &texts_.insert(plan.key(), {});
     }
-    ParameterizedText query = selectOf(change.readBack, target);
-    const auto identity = std::ranges::find_if(target.facts.columns, &TableFacts::Column::identity);
-    const std::string given = dialect().lastIdentity();
-    if (change.kind == RowChange::Kind::Insert && identity != target.facts.columns.end() &&
-        !given.empty()) {
-        query.text += " WHERE " + dialect().quoted(identity->name) + " = " + given;
-        return query;
+    const auto fits = [&](const KeptText& kept) {
+        return kept.use == use &&
+               std::ranges::equal(kept.nulls, task.change.criteria, {}, {},
+                                  [](const Value& value) { return isNull(value); });
+    };
+    const auto known = std::ranges::find_if(*texts, fits);
+    if (known != texts->end()) {
+        return known->text;
     }
-    std::vector<const ColumnValue*> key;
-    for (const std::string& part : target.facts.key) {
-        const ColumnValue* value = valueOf(change.values, part);
-        key.push_back(value != nullptr ? value : valueOf(change.criteria, part));
+    if (texts->size() == kMostTexts) {
+        texts->clear();
     }
-    if (key.empty() || std::ranges::find(key, nullptr) != key.end()) {
-        return std::nullopt;
+    std::vector<bool> nulls;
+    for (const Value& value : task.change.criteria) {
+        nulls.push_back(isNull(value));
     }
-    addCriteria(key, target, query.text, query.values);
-    return query;
+    std::optional<RowText> text =
+        made(use, DmlWriter(dialect(), plan, task.facts, quoted(task.table), nulls));
+    return texts->emplace_back(KeptText{use, std::move(nulls), std::move(text)}).text;
 }
 
-std::vector<std::string> OdbcRowChanger::quoted(const std::vector<std::string>& names) const {
-    std::vector<std::string> made;
-    made.reserve(names.size());
-    for (const std::string& name : names) {
-        made.push_back(dialect().quoted(name));
+std::optional<RowText> OdbcRowChanger::made(Use use, const DmlWriter& writer) {
+    switch (use) {
+        case Use::Reading:
+            return writer.reading();
+        case Use::Counting:
+            return writer.counting();
+        case Use::Writing:
+            return writer.writing();
+        case Use::Returning:
+            return writer.returning();
+        case Use::Selecting:
+            return writer.selecting(false);
+        case Use::SelectingWhole:
+            return writer.selecting(true);
+        case Use::ReadingBack:
+            break;
     }
-    return made;
-}
-
-ParameterizedText OdbcRowChanger::selectOf(const std::vector<std::string>& names,
-                                           const Target& target) const {
-    std::string list;
-    for (const std::string& name : quoted(names)) {
-        list += (list.empty() ? "" : ", ") + name;
-    }
-    return {"SELECT " + (list.empty() ? "1" : list) + " FROM " + target.name, {}};
-}
-
-void OdbcRowChanger::addCriteria(const std::vector<const ColumnValue*>& criteria,
-                                 const Target& target, std::string& text,
-                                 std::vector<const ColumnValue*>& values) const {
-    const char* joint = " WHERE ";
-    for (const ColumnValue* value : criteria) {
-        const TableFacts::Column* fact = target.facts.find(value->column);
-        const std::string name = dialect().quoted(value->column);
-        text += joint;
-        joint = " AND ";
-        if (std::holds_alternative<std::monostate>(value->value)) {
-            text += name + " IS NULL";
-            continue;
-        }
-        const Comparison comparison =
-            dialect().comparison(name, fact == nullptr ? AnnouncedType{} : fact->type);
-        text += comparison.text;
-        values.insert(values.end(), static_cast<std::size_t>(comparison.marks), value);
-    }
+    return writer.readingBack();
 }
 
 }  // namespace kap::ado::odbc

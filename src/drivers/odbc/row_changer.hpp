@@ -1,22 +1,23 @@
 #pragma once
 
+#include <chrono>
+#include <cstdint>
+#include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "base/lru_cache.hpp"
 #include "data/driver.hpp"
+#include "drivers/odbc/dml_writer.hpp"
 #include "drivers/odbc/parameter_binding.hpp"
 #include "drivers/odbc/prepared_statements.hpp"
 #include "drivers/odbc/result_columns.hpp"
 
 namespace kap::ado::odbc {
 
-// A statement with the values of its parameters.
-struct ParameterizedText {
-    std::string text;
-    std::vector<const ColumnValue*> values;
-};
-
-// Inserts, updates, deletes or reads single rows for recordsets, by SQL with parameters.
+// Inserts, updates, deletes or reads single rows for recordsets, by SQL with parameters, whose
+// texts are kept.
 //
 // How many rows a statement has written, and how the row stands then, come as data wherever the
 // server can say them, in the same round trip and the same transaction: what drivers count is
@@ -25,60 +26,54 @@ struct ParameterizedText {
 class OdbcRowChanger {
 public:
     OdbcRowChanger(std::shared_ptr<OdbcConnection> connection, TableCatalogue& catalogue,
-                   BaseTables& tables)
-        : connection_(std::move(connection)),
-          catalogue_(catalogue),
-          tables_(tables),
-          prepared_(*connection_) {}
+                   BaseTables& tables);
 
     // The tables may have changed.
-    void forget() {
-        queries_.forget();
-        prepared_.forget();
-    }
+    void forget();
 
     [[nodiscard]] ChangeOutcome apply(const RowChange& change, std::chrono::seconds timeout);
 
 private:
-    // The table that a change goes to.
-    struct Target {
+    // What a text is for; see DmlWriter.
+    enum class Use : std::uint8_t {
+        Reading,
+        Counting,
+        Writing,
+        Returning,
+        Selecting,
+        SelectingWhole,
+        ReadingBack,
+    };
+    struct KeptText {
+        Use use = Use::Reading;
+        std::vector<bool> nulls;  // the criteria that hold nothing
+        std::optional<RowText> text;
+    };
+
+    // A change, and what is known of the table that it goes to.
+    struct Task {
+        const RowChange& change;
         TableName table;
-        std::string name;  // quoted
         const TableFacts& facts;
-    };
-    // A statement as the dialect wants it, and the values of its parameters.
-    struct Writing {
-        RowStatement row;
-        std::vector<const ColumnValue*> values;
+        std::chrono::seconds timeout;
     };
 
-    [[nodiscard]] Target targetOf(const RowChange& change, std::chrono::seconds timeout);
-    [[nodiscard]] ChangeOutcome read(const RowChange& change, const Target& target,
-                                     std::chrono::seconds timeout);
-    [[nodiscard]] ChangeOutcome write(const RowChange& change, const Target& target,
-                                      std::chrono::seconds timeout);
-    [[nodiscard]] ChangeOutcome answered(ServerDialect::Answer answer, const RowChange& change,
-                                         const Target& target, std::chrono::seconds timeout);
-    [[nodiscard]] ChangeOutcome returned(const RowChange& change, const Target& target,
-                                         std::chrono::seconds timeout);
-    [[nodiscard]] ChangeOutcome selected(const RowChange& change, const Target& target,
-                                         std::chrono::seconds timeout);
-    [[nodiscard]] ChangeOutcome counted(const RowChange& change, const Target& target,
-                                        std::chrono::seconds timeout);
-    void requireOneRow(const RowChange& change, const Target& target, std::chrono::seconds timeout);
-    [[nodiscard]] std::vector<Result> run(const ParameterizedText& query,
-                                          std::chrono::seconds timeout);
-    void undo(std::chrono::seconds timeout);
+    [[nodiscard]] ChangeOutcome read(const Task& task);
+    [[nodiscard]] ChangeOutcome write(const Task& task);
+    [[nodiscard]] ChangeOutcome answered(ServerDialect::Answer answer, const Task& task);
+    [[nodiscard]] ChangeOutcome returned(const Task& task);
+    [[nodiscard]] ChangeOutcome selected(const Task& task);
+    [[nodiscard]] ChangeOutcome counted(const Task& task);
+    void requireOneRow(const Task& task);
+    [[nodiscard]] std::vector<Result> run(const RowText& row, const Task& task);
+    void undo(const Task& task);
 
-    [[nodiscard]] Writing writing(const RowChange& change, const Target& target) const;
-    [[nodiscard]] std::optional<ParameterizedText> readingBack(const RowChange& change,
-                                                               const Target& target) const;
-    [[nodiscard]] std::vector<std::string> quoted(const std::vector<std::string>& names) const;
-    [[nodiscard]] ParameterizedText selectOf(const std::vector<std::string>& names,
-                                             const Target& target) const;
-    // Appends the criteria to a text, and their values.
-    void addCriteria(const std::vector<const ColumnValue*>& criteria, const Target& target,
-                     std::string& text, std::vector<const ColumnValue*>& values) const;
+    // Holds until the next one is asked for.
+    [[nodiscard]] const RowText& textFor(Use use, const Task& task);
+    [[nodiscard]] const std::optional<RowText>& keptText(Use use, const Task& task);
+    [[nodiscard]] static std::optional<RowText> made(Use use, const DmlWriter& writer);
+    [[nodiscard]] TableName tableOf(const RowPlan& plan) const;
+    [[nodiscard]] std::string quoted(const TableName& table) const;
     [[nodiscard]] const ServerDialect& dialect() const { return connection_->dialect(); }
 
     std::shared_ptr<OdbcConnection> connection_;
@@ -86,6 +81,7 @@ private:
     BaseTables& tables_;
     KnownQueries queries_;
     PreparedStatements prepared_;
+    LruCache<std::vector<KeptText>> texts_;  // by the plans' keys
 };
 
 }  // namespace kap::ado::odbc

@@ -9,6 +9,7 @@
 
 #include "data/dialects/sql_dialects.hpp"
 #include "data/driver.hpp"
+#include "data/row_statement.hpp"
 #include "drivers/odbc/api.hpp"
 #include "drivers/odbc/column_types.hpp"
 #include "drivers/odbc/driver_traits.hpp"
@@ -17,16 +18,6 @@ namespace kap::ado::odbc {
 
 struct TableFacts;
 struct TableName;
-
-// The parts of a statement that writes one row. Names are quoted.
-struct RowStatement {
-    RowChange::Kind kind = RowChange::Kind::Update;
-    std::string table;
-    std::vector<std::string> columns;  // that are assigned
-    std::vector<std::string> marks;    // of their values
-    std::string criteria;              // " WHERE ..."; an insert has none
-    std::vector<std::string> answer;   // the columns that are to come back
-};
 
 // Criteria that a column holds the value of a parameter, which may stand in them more than once.
 struct Comparison {
@@ -92,7 +83,7 @@ public:
                                                 const AnnouncedType& type) const;
 
     // How a change of a table of which these facts are known is answered.
-    [[nodiscard]] virtual Answer answerTo(const RowChange& /*change*/,
+    [[nodiscard]] virtual Answer answerTo(const RowPlan& /*plan*/,
                                           const TableFacts& /*facts*/) const {
         return Answer::Counted;
     }
@@ -107,8 +98,6 @@ public:
         return text;
     }
 
-    // The statement alone.
-    [[nodiscard]] static std::string writing(const RowStatement& row);
     // The statement that answers with the rows it writes.
     [[nodiscard]] virtual std::string returning(const RowStatement& row) const;
     // The statement with two queries behind it: how many rows it has written, and `reading`, unless
@@ -139,10 +128,6 @@ public:
 
     // What the server's own number says better than the SQLSTATE that the driver gives.
     virtual void refine(ServerMessage& /*message*/) const {}
-
-protected:
-    [[nodiscard]] static std::string joined(const std::vector<std::string>& parts,
-                                            std::string_view before = {});
 
 private:
     DriverTraits driver_;

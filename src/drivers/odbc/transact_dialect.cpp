@@ -75,10 +75,10 @@ public:
 
     // What triggers do to a row is seen by a query only; and the clause that answers has neither
     // the older types without limit nor a place in an insertion of nothing but defaults.
-    [[nodiscard]] Answer answerTo(const RowChange& change, const TableFacts& facts) const override {
-        const bool defaults = change.kind == RowChange::Kind::Insert && change.values.empty();
-        const bool longs = std::ranges::any_of(change.readBack, [&](const std::string& name) {
-            const TableFacts::Column* column = facts.find(name);
+    [[nodiscard]] Answer answerTo(const RowPlan& plan, const TableFacts& facts) const override {
+        const bool defaults = plan.kind() == RowPlan::Kind::Insert && plan.values().empty();
+        const bool longs = std::ranges::any_of(plan.readBack(), [&](const RowColumn& wanted) {
+            const TableFacts::Column* column = facts.find(wanted.name);
             return column != nullptr && isOneOf(column->type.name, {"text", "ntext", "image"});
         });
         return facts.triggers || defaults || longs ? Answer::Selected : Answer::Returned;
@@ -86,20 +86,19 @@ public:
 
     [[nodiscard]] std::string returning(const RowStatement& row) const override {
         const std::string answer =
-            " OUTPUT " +
-            (row.answer.empty()
-                 ? std::string("1")
-                 : joined(row.answer,
-                          row.kind == RowChange::Kind::Delete ? "deleted." : "inserted."));
+            " OUTPUT " + (row.answer.empty() ? std::string("1")
+                                             : listOf(row.answer, row.kind == RowPlan::Kind::Delete
+                                                                      ? "deleted."
+                                                                      : "inserted."));
         std::string text;
         switch (row.kind) {
-            case RowChange::Kind::Insert:
-                return "INSERT INTO " + row.table + " (" + joined(row.columns) + ")" + answer +
-                       " VALUES (" + joined(row.marks) + ")";
-            case RowChange::Kind::Update: {
+            case RowPlan::Kind::Insert:
+                return "INSERT INTO " + row.table + " (" + listOf(row.columns) + ")" + answer +
+                       " VALUES (" + listOf(row.values) + ")";
+            case RowPlan::Kind::Update: {
                 RowStatement bare = row;
                 bare.criteria.clear();
-                return writing(bare) + answer + row.criteria;
+                return textOf(bare) + answer + row.criteria;
             }
             default:
                 return "DELETE FROM " + row.table + answer + row.criteria;
@@ -108,7 +107,7 @@ public:
 
     [[nodiscard]] std::string selecting(const RowStatement& row, const std::string& reading,
                                         bool transaction) const override {
-        return std::string(transaction ? "BEGIN TRANSACTION; " : "") + writing(row) +
+        return std::string(transaction ? "BEGIN TRANSACTION; " : "") + textOf(row) +
                "; SELECT @@ROWCOUNT" + (reading.empty() ? "" : "; " + reading) +
                (transaction ? "; COMMIT TRANSACTION" : "");
     }

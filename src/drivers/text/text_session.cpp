@@ -119,10 +119,13 @@ String tableIn(std::string_view script) {
 
 // What was written, as it was given.
 std::vector<ado::Value> readBack(const ado::RowChange& change) {
+    const std::vector<ado::RowColumn>& written = change.plan->values();
     std::vector<ado::Value> values;
-    for (const std::string& column : change.readBack) {
-        const auto found = std::ranges::find(change.values, column, &ado::ColumnValue::column);
-        values.push_back(found == change.values.end() ? ado::Value() : found->value);
+    for (const ado::RowColumn& column : change.plan->readBack()) {
+        const auto found = std::ranges::find(written, column.name, &ado::RowColumn::name);
+        values.push_back(found == written.end()
+                             ? ado::Value()
+                             : change.values[static_cast<std::size_t>(found - written.begin())]);
     }
     return values;
 }
@@ -146,17 +149,17 @@ void TextSession::execute(ado::Request& request, ado::Reply& reply) {
 }
 
 ado::ChangeOutcome TextSession::apply(const ado::RowChange& change) {
-    if (change.kind != ado::RowChange::Kind::Insert) {
+    if (change.plan->kind() != ado::RowPlan::Kind::Insert) {
         failWith(ado::errors::kFeatureNotAvailable,
                  u"A un file di testo si possono solo aggiungere righe.");
     }
-    Table& target = table(String(change.table));
+    Table& target = table(String(change.plan->table()));
     std::vector<std::optional<String>> values(target.schema().columns.size());
     std::vector<bool> taken(values.size());
-    for (const ado::ColumnValue& one : change.values) {
-        const std::size_t position = target.find(one.column, taken);
+    for (std::size_t i = 0; i < change.values.size(); ++i) {
+        const std::size_t position = target.find(change.plan->values()[i].name, taken);
         taken.at(position) = true;
-        if (const auto* text = std::get_if<std::string>(&one.value)) {
+        if (const auto* text = std::get_if<std::string>(&change.values[i])) {
             values[position] = String(*text);
         }
     }

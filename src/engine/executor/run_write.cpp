@@ -80,13 +80,12 @@ std::int64_t writeRows(const WritePlan& plan, StatementRun& run) {
         text.run();
     };
     const auto explained = [&] {
-        try {
-            write();
-        } catch (const SqliteError& error) {
-            if (error.code() != SQLITE_CONSTRAINT_FOREIGNKEY) throw;
-            throw ForeignKeySearch(context.connection, context.catalogue)
-                .find({nameOf(plan.verb), plan.target.table, {}, plan.columns}, write);
-        }
+        namingForeignKey(
+            context.connection, context.catalogue,
+            [&] {
+                return WriteContext{nameOf(plan.verb), plan.target.table, {}, plan.columns};
+            },
+            write);
     };
     try {
         explained();

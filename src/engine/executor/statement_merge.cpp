@@ -102,13 +102,12 @@ void merge(const MergePlan& plan, StatementRun& run) {
     std::int64_t count = 0;
     const auto write = [&] { count = mergeRows(plan, run, captures); };
     const auto explained = [&] {
-        try {
-            write();
-        } catch (const SqliteError& error) {
-            if (error.code() != SQLITE_CONSTRAINT_FOREIGNKEY) throw;
-            throw ForeignKeySearch(context.connection, context.catalogue)
-                .find({nameOf(plan.verb), plan.target.table, {}}, write);
-        }
+        namingForeignKey(
+            context.connection, context.catalogue,
+            [&] {
+                return WriteContext{nameOf(plan.verb), plan.target.table, {}};
+            },
+            write);
     };
     if (captures) {
         context.catching(table, explained);

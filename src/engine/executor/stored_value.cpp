@@ -32,11 +32,11 @@ std::string shortestDecimal(Wide value, int scale) {
 }
 
 // The type of a value that a client gives: a decimal of many digits is a text.
-tsql::TypeSpec givenType(const ado::ColumnValue& value) {
-    if (std::holds_alternative<std::string>(value.value) && ado::isDecimalType(value.type)) {
+tsql::TypeSpec givenType(const ado::RowColumn& given, const Value& value) {
+    if (std::holds_alternative<std::string>(value) && ado::isDecimalType(given.type)) {
         return {tsql::SqlType::NVarChar, tsql::kMaxLength};
     }
-    return typeOf(value.type, value.numericScale);
+    return typeOf(given.type, given.numericScale);
 }
 
 // A sql_variant as clients get it: decimals in plain text, whatever their digits.
@@ -98,12 +98,12 @@ Value storedCell(const ado::ColumnInfo& column, const ado::ColumnStore& store, s
     return convert(ado::valueAt(store, row, ado::Storage::Text), kText, type, Overlength::Refuse);
 }
 
-Value storedValue(const ado::ColumnValue& value, const Column& column) {
-    if (value.type == ado::DataTypeEnum::adVariant && !isNull(value.value)) {
-        const Value own = storedVariant(std::get<std::string>(value.value));
+Value storedValue(const ado::RowColumn& given, const Value& value, const Column& column) {
+    if (given.type == ado::DataTypeEnum::adVariant && !isNull(value)) {
+        const Value own = storedVariant(std::get<std::string>(value));
         return convert(own, {tsql::SqlType::SqlVariant}, column.type, Overlength::Refuse);
     }
-    return convert(value.value, givenType(value), column.type, Overlength::Refuse);
+    return convert(value, givenType(given, value), column.type, Overlength::Refuse);
 }
 
 }  // namespace kap::engine

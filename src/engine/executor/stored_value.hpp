@@ -5,10 +5,12 @@
 
 namespace kap::engine {
 
-// A client's value as the column keeps it: converted, rounded, padded and checked by the rules of
-// the dialect's assignments. Raises ServerError: 8152 for what is too long, 220 and 8115 for what
-// is too large, 242 for dates that the column cannot hold, and the conversions' own.
-[[nodiscard]] Value storedValue(const ado::ColumnValue& value, const Column& column);
+// A client's value for a column as the column keeps it: converted, rounded, padded and checked by
+// the rules of the dialect's assignments. `given` says what its type is. Raises ServerError: 8152
+// for what is too long, 220 and 8115 for what is too large, 242 for dates that the column cannot
+// hold, and the conversions' own.
+[[nodiscard]] Value storedValue(const ado::RowColumn& given, const Value& value,
+                                const Column& column);
 
 // Whether clients get values of the type in another form than the file has them: dates to 100
 // nanoseconds and wide decimals as texts.

@@ -58,4 +58,17 @@ private:
     const SchemaCatalogue& catalogue_;
 };
 
+// Writes, within a transaction; a foreign key that it violates is named. `context` makes the
+// WriteContext.
+template <typename Write, typename Context>
+void namingForeignKey(FileConnection& connection, const SchemaCatalogue& catalogue,
+                      const Context& context, const Write& write) {
+    try {
+        write();
+    } catch (const SqliteError& error) {
+        if (error.code() != SQLITE_CONSTRAINT_FOREIGNKEY) throw;
+        throw ForeignKeySearch(connection, catalogue).find(context(), write);
+    }
+}
+
 }  // namespace kap::engine

@@ -209,6 +209,7 @@ struct Unary {
 enum class BinaryOperator : std::uint8_t {
     Equal,
     NotEqual,
+    Is,  // the same, also where both are null
     Less,
     LessOrEqual,
     Greater,

@@ -43,6 +43,8 @@ const char* textOf(sql::BinaryOperator op) {
             return " = ";
         case sql::BinaryOperator::NotEqual:
             return " <> ";
+        case sql::BinaryOperator::Is:
+            return " IS ";
         case sql::BinaryOperator::Less:
             return " < ";
         case sql::BinaryOperator::LessOrEqual:

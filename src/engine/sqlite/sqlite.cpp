@@ -210,4 +210,10 @@ bool Database::hasTable(const char* schema, const std::string& name) const {
     return result == SQLITE_OK;
 }
 
+bool Database::hasRowNumbers(const std::string& table, bool temporary) const {
+    return sqlite3_table_column_metadata(handle(), temporary ? "temp" : "main", table.c_str(),
+                                         "rowid", nullptr, nullptr, nullptr, nullptr,
+                                         nullptr) == SQLITE_OK;
+}
+
 }  // namespace kap::engine

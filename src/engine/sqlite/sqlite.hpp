@@ -128,6 +128,8 @@ public:
     void run(const char* sql);
     // Whether a table exists in the schema "main" or "temp", found without running a statement.
     [[nodiscard]] bool hasTable(const char* schema, const std::string& name) const;
+    // Whether the rows of a table are numbered: not in one made WITHOUT ROWID.
+    [[nodiscard]] bool hasRowNumbers(const std::string& table, bool temporary) const;
     [[nodiscard]] bool inTransaction() const noexcept {
         return sqlite3_get_autocommit(handle()) == 0;
     }

@@ -42,6 +42,7 @@ struct Delete {
 struct Write {
     std::variant<Insert, Update, Delete> body;
     std::vector<CommonTable> with = {};
+    std::vector<Expression> returning = {};  // of each row written; none: the statement has no rows
 };
 
 }  // namespace kap::engine::sql

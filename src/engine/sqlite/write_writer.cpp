@@ -54,6 +54,10 @@ void SqlWriter::body(const sql::Delete& removal) {
 void SqlWriter::write(const sql::Write& statement) {
     with(statement.with);
     std::visit([&](const auto& kind) { body(kind); }, statement.body);
+    if (!statement.returning.empty()) {
+        text_ += " RETURNING ";
+        write(statement.returning);
+    }
 }
 
 std::string sqlOf(const sql::Write& statement) {

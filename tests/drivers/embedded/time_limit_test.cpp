@@ -181,8 +181,7 @@ public:
         EXPECT_NE(std::ranges::find(script.allowed, found), script.allowed.end()) << found;
         for (Session* writer : {session_.get(), other_.get()}) {
             const std::string number = std::to_string(++marker_);
-            const ColumnValue value{"n", DataTypeEnum::adInteger, 10, std::int64_t{marker_}};
-            (void)writer->apply({RowChange::Kind::Insert, "marker", {value}, {}, {}, {}});
+            (void)writer->apply({insertion_, {std::int64_t{marker_}}});
             Session& reader = writer == other_.get() ? *session_ : *other_;
             EXPECT_EQ(rowsOf(reader, "SELECT max(n) FROM marker"), number);
         }
@@ -193,6 +192,9 @@ public:
 private:
     std::unique_ptr<Session> session_;
     std::unique_ptr<Session> other_;
+    std::shared_ptr<const RowPlan> insertion_ = std::make_shared<const RowPlan>(
+        RowPlan::Kind::Insert, "marker",
+        RowPlan::Columns{.values = {{"n", DataTypeEnum::adInteger}}});
     int marker_ = 0;
 };
 
