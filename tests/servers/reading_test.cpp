@@ -171,7 +171,8 @@ TEST_F(ServerReading, SortsAndFindsLongDecimals) {
 
 TEST_F(ServerReading, DescribesItsColumns) {
     run("CREATE TABLE t (a int PRIMARY KEY, b varchar(20), c numeric(10,2), d timestamp, e bytea,"
-        " f char(5), g text, h bool, i money, j real)");
+        " f char(5), g text, h bool, i money, j real, k varchar(300), l char(400), m varchar,"
+        " n varchar(9000))");
     EXPECT_EQ(described("SELECT a FROM t"), "3 4 10 255");
     EXPECT_EQ(described("SELECT b FROM t"), "200 20 255 255");
     EXPECT_EQ(described("SELECT c FROM t"), "131 19 10 2");
@@ -181,6 +182,11 @@ TEST_F(ServerReading, DescribesItsColumns) {
     EXPECT_EQ(described("SELECT h FROM t"), "11 2 255 255");
     EXPECT_EQ(described("SELECT i FROM t"), "6 8 19 255");
     EXPECT_EQ(described("SELECT j FROM t"), "4 4 7 255");
+    EXPECT_EQ(described("SELECT k FROM t"), "200 300 255 255");
+    EXPECT_EQ(described("SELECT CAST(g AS varchar(2000)) FROM t"), "200 2000 255 255");
+    EXPECT_EQ(described("SELECT l FROM t"), "129 400 255 255");
+    EXPECT_EQ(described("SELECT m FROM t"), "201 2147483647 255 255");
+    EXPECT_EQ(described("SELECT n FROM t"), "200 9000 255 255");
     EXPECT_EQ(field("SELECT d FROM t")->Type(), DataTypeEnum::adDBTimeStamp);
 }
 

@@ -91,6 +91,18 @@ public:
     [[nodiscard]] const SqlDialect& sql() const override { return postgresSql(); }
 
     [[nodiscard]] SQLULEN inventedSize() const override { return 255; }
+    // The driver takes texts of more than 254 characters for endless ones, and tells their limits
+    // all the same.
+    [[nodiscard]] AnnouncedType meant(const AnnouncedType& announced) const override {
+        AnnouncedType type = announced;
+        const bool endless = type.code == SQL_WLONGVARCHAR || type.code == SQL_LONGVARCHAR;
+        if (endless && type.name == "varchar") {
+            type.code = SQL_WVARCHAR;
+        } else if (endless && (type.name == "char" || type.name == "bpchar")) {
+            type.code = SQL_WCHAR;
+        }
+        return type;
+    }
     // There is one kind of texts. Programs that come from a database with two have narrow ones
     // nearly everywhere, and treat them otherwise where the library tells them apart: an empty
     // property is written as an empty text and not as Null, a missing record has no text of a wide

@@ -31,7 +31,7 @@ std::unique_ptr<const ServerDialect> dialectOf(DriverTraits driver) {
 }
 
 void ServerDialect::describe(const AnnouncedType& type, ColumnInfo& info) const {
-    describeType(type, inventedSize(), wideTexts(), info);
+    describeType(meant(type), inventedSize(), wideTexts(), info);
 }
 
 // Signs of more than one letter have no way to stand in a name.

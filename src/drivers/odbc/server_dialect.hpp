@@ -69,6 +69,10 @@ public:
 
     // Fills in the type, sizes and row version of a column.
     void describe(const AnnouncedType& type, ColumnInfo& info) const;
+    // What the driver means by what it announces.
+    [[nodiscard]] virtual AnnouncedType meant(const AnnouncedType& announced) const {
+        return announced;
+    }
     // What texts without a limit are announced with; 0: they are told apart.
     [[nodiscard]] virtual SQLULEN inventedSize() const { return 0; }
     // What texts that are announced as wide ones are to programs.
