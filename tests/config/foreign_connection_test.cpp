@@ -6,6 +6,7 @@
 #include "config/sample_tree.hpp"
 #include "support/foreign_connection.hpp"
 #include "support/late_bound.hpp"
+#include "support/prepared_tables.hpp"
 #include "support/shown.hpp"
 
 namespace kap {
@@ -43,6 +44,7 @@ TEST_F(ForeignConfiguration, TakesAConnectionThatIsNotOpenYet) {
 }
 
 TEST_F(ForeignConfiguration, IsLoadedWrittenAndReset) {
+    KAP_NEEDS_DIALECT(inner_, "what is written through other makers' connections is that");
     const auto copies = test::sampleFields(root_)->Add(u"Copie");
     test::addRow(inner_, "UFFICIO", "Copie", "2");
     root_->CaricaCfgPersonalizzati();

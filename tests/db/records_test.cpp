@@ -114,6 +114,7 @@ TEST_F(RecordsTest, DbReadOfAQueryWithNoRowsReturnsFalseAndEveryFieldWithItsNeut
 }
 
 TEST_F(RecordsTest, AMissingRecordWithALongWideTextIsOutOfStringSpace) {
+    KAP_NEEDS_DIALECT(connection_, "wide texts are no types of their own there");
     kap::test::prepare(connection_, u"CREATE TABLE Lunghi (Id int, Testo ntext)");
     Variant text = u"before";
     EXPECT_EQ(raisedBy([&] { return DB_Read(connection_, u"SELECT * FROM Lunghi", text); }), 14);
@@ -143,7 +144,7 @@ TEST_F(RecordsTest, WritesEditedFieldsOfEveryType) {
     record->Scrivi(u"Chiuso", u"Falso");
     ASSERT_TRUE(update(u"A1", record));
     EXPECT_EQ(stored(u"Descr", u"A1"), "String L'ultimo");
-    EXPECT_EQ(stored(u"Importo", u"A1"), "Currency 9876,54");
+    EXPECT_EQ(stored(u"Importo", u"A1"), test::shownMoney(connection_, "9876,54"));
     EXPECT_EQ(stored(u"Sconto", u"A1"), "Decimal 5,5");
     EXPECT_EQ(stored(u"Peso", u"A1"), "Single 0,25");
     EXPECT_EQ(stored(u"Misura", u"A1"), "Double 1,125");
@@ -162,7 +163,7 @@ TEST_F(RecordsTest, WritesBlankValuesAsZeroEmptyTextOrNull) {
     }
     ASSERT_TRUE(update(u"A1", record));
     EXPECT_EQ(stored(u"Descr", u"A1"), "String ");
-    EXPECT_EQ(stored(u"Importo", u"A1"), "Currency 0");
+    EXPECT_EQ(stored(u"Importo", u"A1"), test::shownMoney(connection_, "0"));
     EXPECT_EQ(stored(u"Sconto", u"A1"), "Decimal 0");
     EXPECT_EQ(stored(u"Peso", u"A1"), "Single 0");
     EXPECT_EQ(stored(u"Misura", u"A1"), "Double 0");
@@ -187,7 +188,7 @@ TEST_F(RecordsTest, DbUpdateOfARowDeletedMeanwhileIsRefused) {
     EXPECT_FALSE(update(u"A1", record));
     EXPECT_EQ(shown(error_->Numero()), "String 1");
     EXPECT_EQ(message(), kDeletedByOthers);
-    EXPECT_EQ(shown(valueOf(connection_, u"SELECT COUNT(*) FROM Doc")), "Long 1");
+    EXPECT_EQ(shown(valueOf(connection_, u"SELECT CAST(COUNT(*) AS int) FROM Doc")), "Long 1");
 }
 
 TEST_F(RecordsTest, ARefusedUpdateWritesNothing) {
@@ -205,7 +206,7 @@ TEST_F(RecordsTest, DbReadOfAMissingKeyFollowedByDbUpdateInsertsARecord) {
     record->Scrivi(u"Importo", u"1,5");
     EXPECT_TRUE(update(u"C3", record));
     EXPECT_EQ(stored(u"Descr", u"C3"), "String Terzo");
-    EXPECT_EQ(stored(u"Importo", u"C3"), "Currency 1,5");
+    EXPECT_EQ(stored(u"Importo", u"C3"), test::shownMoney(connection_, "1,5"));
     EXPECT_FALSE(read(u"C3")->Leggi(u"AggID").as<String>().empty());
 }
 
@@ -213,7 +214,7 @@ TEST_F(RecordsTest, AnInsertionWithoutTheVersionPropertyRaisesInvalidUseOfNull) 
     auto record = make<CProprieta>();
     record->Scrivi(u"Codice", u"D4");
     EXPECT_EQ(raisedBy([&] { return update(u"D4", record); }), errors::kInvalidUseOfNull);
-    EXPECT_EQ(shown(valueOf(connection_, u"SELECT COUNT(*) FROM Doc")), "Long 2");
+    EXPECT_EQ(shown(valueOf(connection_, u"SELECT CAST(COUNT(*) AS int) FROM Doc")), "Long 2");
 }
 
 TEST_F(RecordsTest, AnUpdateWithoutTheVersionPropertyIsUpdatedByOthers) {
@@ -231,7 +232,7 @@ TEST_F(RecordsTest, PropertiesThatMatchNoFieldAreIgnoredAndFieldsWithoutAPropert
     record->Scrivi(u"Inesistente", u"x");
     EXPECT_TRUE(update(u"A1", record));
     EXPECT_EQ(stored(u"Descr", u"A1"), "String Nuova");
-    EXPECT_EQ(stored(u"Importo", u"A1"), "Currency 1234,5");
+    EXPECT_EQ(stored(u"Importo", u"A1"), test::shownMoney(connection_, "1234,5"));
 }
 
 TEST_F(RecordsTest, AnUpdateClearsWhatWasReportedBefore) {
@@ -249,7 +250,7 @@ TEST_F(RecordsTest, AValueThatDoesNotConvertIsRaisedAndNothingIsWritten) {
     record->Scrivi(u"Importo", u"1");
     record->Scrivi(u"Righe", u"molte");
     EXPECT_EQ(raisedBy([&] { return update(u"A1", record); }), ado::errors::kWrongValueType);
-    EXPECT_EQ(stored(u"Importo", u"A1"), "Currency 1234,5");
+    EXPECT_EQ(stored(u"Importo", u"A1"), test::shownMoney(connection_, "1234,5"));
 }
 
 TEST_F(RecordsTest, ANullPropertyStringIsAnInvalidUseOfNull) {
@@ -301,6 +302,7 @@ TEST_F(RecordsTest, KapLeggiRecordWithTwoNamesSeparatedByACommaAndABlankReadsThe
 }
 
 TEST_F(RecordsTest, KapLeggiRecordWithNoNamesReadsEveryFieldExceptAggId) {
+    KAP_NEEDS_DIALECT(connection_, "AggID comes back in lower case");
     const auto record = kapLeggiRecord(connection_,
                                        u"SELECT Codice, Descr, AggID FROM Doc "
                                        u"WHERE Codice = 'A1'");

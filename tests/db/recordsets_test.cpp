@@ -83,12 +83,15 @@ TEST_F(OpenRecordsetTest, ReplacesEveryNullOfATextNumericOrDateField) {
     for (std::int32_t i = 0; i < rows->Fields()->Count(); ++i) {
         values += shown(fieldOf(rows, i)) + "|";
     }
-    EXPECT_EQ(values,
-              "Integer 0|Single 0|Double 0|Currency 0|Decimal 0|Decimal 0|Byte 0|String |String |"
-              "String |String |Date 00:00:00|");
+    // The one has types for money and small numbers, the other takes what comes nearest.
+    const bool own = kap::test::readsDialect(connection_);
+    EXPECT_EQ(values, "Integer 0|Single 0|Double 0|" + test::shownMoney(connection_, "0") +
+                          "|Decimal 0|Decimal 0|" + (own ? "Byte" : "Integer") +
+                          " 0|String |String |String |String |Date 00:00:00|");
 }
 
 TEST_F(OpenRecordsetTest, LeavesTheNullsOfOtherTypes) {
+    KAP_NEEDS_DIALECT(connection_, "wide texts are no types of their own there");
     kap::test::prepare(
         connection_,
         u"CREATE TABLE Altri (a int, b bit, c bigint, d nchar(2), e ntext, f varbinary(4), "
@@ -125,7 +128,9 @@ TEST_F(OpenRecordsetTest, DoesNotWriteTheDatabaseWhenItReplacesNullsOfLiveRows) 
     static_cast<void>(OpenRecordset(u"SELECT * FROM T", connection_, std::int16_t{1},
                                     std::int16_t{3}, -1, true, false, std::int16_t{2}));
     EXPECT_EQ(valueOf(connection_, kVersion).as<Array>().bytes(), before);
-    EXPECT_EQ(shown(valueOf(connection_, u"SELECT COUNT(*) FROM T WHERE Testo IS NULL")), "Long 2");
+    EXPECT_EQ(
+        shown(valueOf(connection_, u"SELECT CAST(COUNT(*) AS int) FROM T WHERE Testo IS NULL")),
+        "Long 2");
 }
 
 TEST_F(OpenRecordsetTest, AcceptsAConnectionString) {

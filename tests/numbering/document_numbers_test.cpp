@@ -74,11 +74,13 @@ TEST(DocumentNumbers, AreStoredEvenBelowTheLastOneWhenTheCallerHoldsOne) {
 }
 
 TEST(DocumentNumbers, HaveTheTypeOfTheColumn) {
-    for (const auto& [type, expected] : {std::pair("smallint", "Integer 42"),
-                                         {"int", "Long 42"},
-                                         {"float", "Double 42"},
-                                         {"decimal(9,0)", "Decimal 42"},
-                                         {"money", "Currency 42"}}) {
+    const std::string money = shownMoney(Company().connection(), "42");
+    for (const auto& [type, expected] :
+         {std::pair<const char*, std::string>("smallint", "Integer 42"),
+          {"int", "Long 42"},
+          {"float", "Double 42"},
+          {"decimal(9,0)", "Decimal 42"},
+          {"money", money}}) {
         const Company company("int", type);
         company.counter("41");
         Caller caller(company);

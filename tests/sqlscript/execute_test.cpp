@@ -7,6 +7,7 @@
 #include <kaputil/sqlscript/csql.hpp>
 
 #include "support/database.hpp"
+#include "support/prepared_tables.hpp"
 #include "support/recording_database.hpp"
 #include "support/shown.hpp"
 
@@ -108,10 +109,11 @@ TEST(ScriptRun, RaisesTheErrorOfAConnectionThatIsNotOpen) {
     EXPECT_EQ(shown(sql->Errore()->ToString()), kCleared);
 }
 
-// On the embedded engine.
+// On a database that reads what the library sends.
 class ScriptOnADatabase : public testing::Test {
 protected:
-    ScriptOnADatabase() {
+    void SetUp() override {
+        KAP_NEEDS_DIALECT(connection_, "a script is one text of it");
         connection_->Execute(
             u"CREATE TABLE Conti (Codice int PRIMARY KEY, Saldo int NOT NULL CHECK (Saldo >= 0)) "
             u"INSERT INTO Conti VALUES (1, 100), (2, 50)");

@@ -4,12 +4,22 @@
 #include <utility>
 #include <vector>
 
+#include <gtest/gtest.h>
+
 #include <kaputil/ado/recordset.hpp>
 #include <kaputil/sqlscript/csql.hpp>
 
 #include "support/database.hpp"
+#include "support/prepared_tables.hpp"
 
 namespace kap::test {
+
+class TransferOfTables : public testing::Test {
+protected:
+    void SetUp() override {
+        KAP_NEEDS_DIALECT(openMemory(), "a transfer's tables are temporary and its text is of it");
+    }
+};
 
 // A script on a database of its own, in which `tables` were made, with these parameters.
 inline Ref<CSQL> transfer(const std::string& tables,

@@ -6,6 +6,7 @@ namespace kap {
 namespace {
 
 using test::transfer;
+using test::TransferOfTables;
 
 // The text of a transfer between two temporary tables of the columns C1, C2 and so on.
 String transferOfColumns(int count) {
@@ -18,7 +19,7 @@ String transferOfColumns(int count) {
         ->AddTmp();
 }
 
-TEST(Transfer, ListsOneColumn) {
+TEST_F(TransferOfTables, ListsOneColumn) {
     EXPECT_EQ(transferOfColumns(1),
               u"SET @ERRORE_DESC='AddTmp(INSERT):   FROM #T TO #W'\r\n"
               u" INSERT #W  \r\n"
@@ -32,7 +33,7 @@ TEST(Transfer, ListsOneColumn) {
               u"\r\n");
 }
 
-TEST(Transfer, ListsNineColumns) {
+TEST_F(TransferOfTables, ListsNineColumns) {
     EXPECT_EQ(transferOfColumns(9),
               u"SET @ERRORE_DESC='AddTmp(INSERT):   FROM #T TO #W'\r\n"
               u" INSERT #W  \r\n"
@@ -47,7 +48,7 @@ TEST(Transfer, ListsNineColumns) {
               u"\r\n");
 }
 
-TEST(Transfer, ListsTenColumns) {
+TEST_F(TransferOfTables, ListsTenColumns) {
     EXPECT_EQ(transferOfColumns(10),
               u"SET @ERRORE_DESC='AddTmp(INSERT):   FROM #T TO #W'\r\n"
               u" INSERT #W  \r\n"
@@ -64,7 +65,7 @@ TEST(Transfer, ListsTenColumns) {
               u"\r\n");
 }
 
-TEST(Transfer, ListsElevenColumns) {
+TEST_F(TransferOfTables, ListsElevenColumns) {
     EXPECT_EQ(transferOfColumns(11),
               u"SET @ERRORE_DESC='AddTmp(INSERT):   FROM #T TO #W'\r\n"
               u" INSERT #W  \r\n"
@@ -81,7 +82,7 @@ TEST(Transfer, ListsElevenColumns) {
               u"\r\n");
 }
 
-TEST(Transfer, ListsTwentyColumns) {
+TEST_F(TransferOfTables, ListsTwentyColumns) {
     EXPECT_EQ(transferOfColumns(20),
               u"SET @ERRORE_DESC='AddTmp(INSERT):   FROM #T TO #W'\r\n"
               u" INSERT #W  \r\n"
@@ -101,7 +102,7 @@ TEST(Transfer, ListsTwentyColumns) {
               u"\r\n");
 }
 
-TEST(Transfer, ListsTwentyOneColumns) {
+TEST_F(TransferOfTables, ListsTwentyOneColumns) {
     EXPECT_EQ(transferOfColumns(21),
               u"SET @ERRORE_DESC='AddTmp(INSERT):   FROM #T TO #W'\r\n"
               u" INSERT #W  \r\n"

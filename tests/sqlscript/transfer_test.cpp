@@ -10,8 +10,9 @@ namespace {
 
 using test::shown;
 using test::transfer;
+using test::TransferOfTables;
 
-TEST(Transfer, MatchesColumnsByNameAndWritesItsDefaultsIntoTheParameters) {
+TEST_F(TransferOfTables, MatchesColumnsByNameAndWritesItsDefaultsIntoTheParameters) {
     const auto sql = transfer(
         "CREATE TABLE #T1 (A int, B int, Z int) CREATE TABLE Archivio (A int, Y int, B int)",
         {{"FROM", "#T1"}, {"TO", "ARCHIVIO"}});
@@ -35,7 +36,7 @@ TEST(Transfer, MatchesColumnsByNameAndWritesItsDefaultsIntoTheParameters) {
     EXPECT_EQ(shown(sql->Errore()->Numero()), "String 0");
 }
 
-TEST(Transfer, WritesEveryOptionalParameterInItsPlace) {
+TEST_F(TransferOfTables, WritesEveryOptionalParameterInItsPlace) {
     const auto sql = transfer("CREATE TABLE #T (A int, B int) CREATE TABLE #W (B int, A int)",
                               {{"FROM", " #T "},
                                {"TO", "#W"},
@@ -71,7 +72,7 @@ TEST(Transfer, WritesEveryOptionalParameterInItsPlace) {
               u"\r\n");
 }
 
-TEST(Transfer, TrimsTableNamesInTheDefaultMessageOnly) {
+TEST_F(TransferOfTables, TrimsTableNamesInTheDefaultMessageOnly) {
     const auto sql = transfer("CREATE TABLE #T (A int) CREATE TABLE #W (A int)",
                               {{"FROM", "#T "}, {"TO", "#W  "}, {"MSG_ERRORE", "  "}});
     sql->Parametri()->Scrivi(u"#W  .A", u"7");
@@ -96,14 +97,14 @@ std::string listsOf(const Ref<CSQL>& sql) {
                                       : text.substr(start, text.find(" FROM ", start) - start);
 }
 
-TEST(Transfer, NeverWritesTheRowVersion) {
+TEST_F(TransferOfTables, NeverWritesTheRowVersion) {
     EXPECT_EQ(listsOf(transfer("CREATE TABLE #T (AggId int, A int) CREATE TABLE #W (A int, "
                                "AGGID int)",
                                {{"FROM", "#T"}, {"TO", "#W"}, {"#W.AGGID", "1"}})),
               " (  [A] ) \r\n \r\n SELECT  #T.[A]\r\n");
 }
 
-TEST(Transfer, PrefersTheClientsExpressionAndFillsWhatTheSourceLacks) {
+TEST_F(TransferOfTables, PrefersTheClientsExpressionAndFillsWhatTheSourceLacks) {
     EXPECT_EQ(
         listsOf(transfer(
             "CREATE TABLE #T (Prezzo money, A int) CREATE TABLE #W (PREZZO "
@@ -112,7 +113,7 @@ TEST(Transfer, PrefersTheClientsExpressionAndFillsWhatTheSourceLacks) {
         " (  [PREZZO], [N], [A] ) \r\n \r\n SELECT  0, A+1, #T.[A]\r\n");
 }
 
-TEST(Transfer, TakesExpressionsThatLookLikeTagsOfAPropertyString) {
+TEST_F(TransferOfTables, TakesExpressionsThatLookLikeTagsOfAPropertyString) {
     const std::vector<std::pair<const char*, const char*>> parameters = {
         {"FROM", "#T"},
         {"TO", "#W"},
@@ -126,26 +127,26 @@ TEST(Transfer, TakesExpressionsThatLookLikeTagsOfAPropertyString) {
     EXPECT_TRUE(sql->Execute()) << shown(sql->Errore()->MsgToString());
 }
 
-TEST(Transfer, NamesTheSourcesColumnsAsTheSourceSpellsThem) {
+TEST_F(TransferOfTables, NamesTheSourcesColumnsAsTheSourceSpellsThem) {
     EXPECT_EQ(listsOf(transfer("CREATE TABLE #T (codice int) CREATE TABLE #W (Codice int)",
                                {{"FROM", "#T"}, {"TO", "#W"}})),
               " (  [CODICE] ) \r\n \r\n SELECT  #T.[codice]\r\n");
 }
 
-TEST(Transfer, FindsAPermanentTablesParametersUnderTheNameOfTheCatalogue) {
+TEST_F(TransferOfTables, FindsAPermanentTablesParametersUnderTheNameOfTheCatalogue) {
     EXPECT_EQ(listsOf(transfer("CREATE TABLE #T (A int) CREATE TABLE Archivio (A int, B int)",
                                {{"FROM", "#T"}, {"TO", "archivio"}, {"ARCHIVIO.B", "2"}})),
               " (  [A], [B] ) \r\n \r\n SELECT  #T.[A], 2\r\n");
 }
 
-TEST(Transfer, EndsTheJoinsAtTheFirstBlankOne) {
+TEST_F(TransferOfTables, EndsTheJoinsAtTheFirstBlankOne) {
     const auto sql = transfer("CREATE TABLE #T (A int) CREATE TABLE #W (A int)",
                               {{"FROM", "#T"}, {"TO", "#W"}, {"JOIN1", "J1"}, {"JOIN3", "J3"}});
     const std::string text = sql->AddTmp().utf8();
     EXPECT_NE(text.find(" FROM #T\r\n J1\r\n WHERE 1=1\r\n"), std::string::npos) << text;
 }
 
-TEST(Transfer, TakesFiftyJoinsAndNoMore) {
+TEST_F(TransferOfTables, TakesFiftyJoinsAndNoMore) {
     const auto sql =
         transfer("CREATE TABLE #T (A int) CREATE TABLE #W (A int)", {{"FROM", "#T"}, {"TO", "#W"}});
     for (int i = 1; i <= 51; ++i) {
@@ -156,7 +157,7 @@ TEST(Transfer, TakesFiftyJoinsAndNoMore) {
     EXPECT_NE(text.find(" J49\r\n J50\r\n WHERE 1=1\r\n"), std::string::npos) << text;
 }
 
-TEST(Transfer, DeletesOnlyWhenToldInCapitals) {
+TEST_F(TransferOfTables, DeletesOnlyWhenToldInCapitals) {
     const auto sql = transfer("CREATE TABLE #T (A int) CREATE TABLE #W (A int)",
                               {{"FROM", "#T"}, {"TO", "#W"}, {"DELETE_FROM", "si"}});
     EXPECT_EQ(sql->AddTmp().utf8().find("DELETE"), std::string::npos);
@@ -185,7 +186,7 @@ TEST(Transfer, TellsOfOneMissingTable) {
               "String Parametro TO obbligatorio (tabella di destinazione)\r\n");
 }
 
-TEST(Transfer, TellsWhenNoColumnCanBeWritten) {
+TEST_F(TransferOfTables, TellsWhenNoColumnCanBeWritten) {
     for (const char* tables : {"CREATE TABLE #T (A int) CREATE TABLE #W (B int, AGGID int)",
                                "CREATE TABLE #T (AGGID int) CREATE TABLE #W (AGGID int)"}) {
         const auto sql = transfer(tables, {{"FROM", "#T"}, {"TO", "#W"}});
@@ -197,7 +198,7 @@ TEST(Transfer, TellsWhenNoColumnCanBeWritten) {
     }
 }
 
-TEST(Transfer, FindsNoColumnsInAPermanentTableThatIsNotThere) {
+TEST_F(TransferOfTables, FindsNoColumnsInAPermanentTableThatIsNotThere) {
     for (const auto& [from, to] : {std::pair("#T", "Manca"), {"Manca", "#T"}}) {
         const auto sql = transfer("CREATE TABLE #T (A int)", {{"FROM", from}, {"TO", to}});
         EXPECT_EQ(sql->AddTmp(), u"");
@@ -206,7 +207,7 @@ TEST(Transfer, FindsNoColumnsInAPermanentTableThatIsNotThere) {
     }
 }
 
-TEST(Transfer, RaisesTheDatabasesErrorForATemporaryTableThatIsNotThere) {
+TEST_F(TransferOfTables, RaisesTheDatabasesErrorForATemporaryTableThatIsNotThere) {
     const auto sql = transfer("CREATE TABLE #T (A int)", {{"FROM", "#T"}, {"TO", "#Manca"}});
     EXPECT_EQ(test::raisedBy([&] { return sql->AddTmp(); }), test::unknownTableNumber());
     EXPECT_EQ(sql->SQLString(), u"");
@@ -219,7 +220,7 @@ TEST(Transfer, RaisesTheDatabasesErrorWithoutAConnection) {
     EXPECT_EQ(test::raisedBy([&] { return sql->AddTmp(); }), ado::errors::kInvalidConnection);
 }
 
-TEST(Transfer, ForgetsEarlierMessages) {
+TEST_F(TransferOfTables, ForgetsEarlierMessages) {
     const auto sql =
         transfer("CREATE TABLE #T (A int) CREATE TABLE #W (A int)", {{"FROM", "#T"}, {"TO", "#W"}});
     sql->Errore()->setNumero(1);
@@ -242,7 +243,7 @@ TEST(Transfer, SeesTemporaryTablesOfItsOwnConnectionOnly) {
     EXPECT_FALSE(sql->AddTmp().empty());
 }
 
-TEST(Transfer, MovesRowsThereAndBack) {
+TEST_F(TransferOfTables, MovesRowsThereAndBack) {
     const auto sql = transfer(
         "CREATE TABLE #T (Codice int, Qta int, Scarto int) "
         "CREATE TABLE Archivio (Codice int PRIMARY KEY, Qta int, Valore int, AggID timestamp) "
@@ -271,7 +272,7 @@ TEST(Transfer, MovesRowsThereAndBack) {
     EXPECT_EQ(shown(test::valueOf(connection, u"SELECT SUM(Scarto) FROM #T")), "Long 19");
 }
 
-TEST(Transfer, LeavesBothTablesAsTheyWereWhenARowIsRefused) {
+TEST_F(TransferOfTables, LeavesBothTablesAsTheyWereWhenARowIsRefused) {
     const auto sql = transfer(
         "CREATE TABLE #T (Codice int) CREATE TABLE Archivio (Codice int PRIMARY KEY) "
         "INSERT INTO #T VALUES (1), (2) INSERT INTO Archivio VALUES (2)",

@@ -64,7 +64,7 @@ private:
     }
 
     void take() {
-        static constexpr std::array<TypeWord, 15> kTypes = {{{"bit", "boolean"},
+        static constexpr std::array<TypeWord, 16> kTypes = {{{"bit", "boolean"},
                                                              {"varchar", "varchar"},
                                                              {"tinyint", "smallint"},
                                                              {"datetime", "timestamp(3)"},
@@ -75,6 +75,7 @@ private:
                                                              {"nvarchar", "varchar"},
                                                              {"nchar", "char"},
                                                              {"varbinary", "bytea", false},
+                                                             {"binary", "bytea", false},
                                                              {"image", "bytea"},
                                                              {"uniqueidentifier", "uuid"},
                                                              {"float", "double precision", false},
@@ -145,6 +146,17 @@ private:
     return session == nullptr || ado::transactSql().reads(session->dialect());
 }
 
+// An amount of money as a database gives it that need not have a type of its own for it.
+[[nodiscard]] inline std::string shownMoney(const Ref<ado::Connection>& connection,
+                                            const std::string& amount) {
+    return (readsDialect(connection) ? "Currency " : "Decimal ") + amount;
+}
+
+// The type of a moment, as a query names it.
+[[nodiscard]] inline std::string momentType(const Ref<ado::Connection>& connection) {
+    return readsDialect(connection) ? "datetime" : "timestamp(3)";
+}
+
 // Runs a script that makes tables and fills them.
 inline void prepare(const Ref<ado::Connection>& connection, const String& script) {
     if (readsDialect(connection)) {
@@ -162,7 +174,8 @@ inline void prepare(const Ref<ado::Connection>& connection, const String& script
 
 }  // namespace kap::test
 
-// Leaves a test, or all tests of a fixture, out where the database does not read the dialect.
+// Leaves a test, or all tests of a fixture, out where the database does not read the dialect, which
+// `reason` says it needs.
 #define KAP_NEEDS_DIALECT(connection, reason)                        \
     if (!kap::test::readsDialect(connection)) {                      \
         GTEST_SKIP() << "The server reads no Transact-SQL: " reason; \
