@@ -12,9 +12,9 @@ namespace kap::test {
 // A folder of its own, removed with everything in it at the end.
 class TemporaryFolder {
 public:
-    TemporaryFolder() {
-        std::string pattern =
-            (std::filesystem::temp_directory_path() / "kaputil-test-XXXXXX").string();
+    TemporaryFolder() : TemporaryFolder(std::filesystem::temp_directory_path()) {}
+    explicit TemporaryFolder(const std::filesystem::path& parent) {
+        std::string pattern = (parent / "kaputil-test-XXXXXX").string();
         if (mkdtemp(pattern.data()) == nullptr) {
             throw std::filesystem::filesystem_error(
                 "mkdtemp", std::error_code(errno, std::generic_category()));
