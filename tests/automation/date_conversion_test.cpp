@@ -103,6 +103,26 @@ TEST_F(DateConversion, ReadsBackEveryDateThatItPrints) {
     }
 }
 
+// A blank behind a date changes nothing but how it is read.
+TEST_F(DateConversion, ReadsPlainDatesAsWithABlankBehindThem) {
+    for (const char* name : {"it-IT", "en-US", "en-GB"}) {
+        const LocaleScope scope(name);
+        for (const char* text :
+             {"1/2/2003",  "01-02-2003", "2003/2/1", "13/12/03",   "12-13-03",  "31/4/2003",
+              "0/1/2003",  "1/2/49",     "1/2/50",   "1/2/99999",  "1/2/12345", "00001/2/2003",
+              "1/2",       "1/2/",       "/1/2",     "1//2",       "1/2/3/4",   "1-2/2003",
+              "29/2/2004", "29/2/2003",  "1.2.2003", "9999/12/31", "12:30",     "1/2/2003x",
+              "",          "1"}) {
+            const Variant plain(text);
+            const Variant withBlank(std::string(text) + " ");
+            ASSERT_EQ(isDate(plain), isDate(withBlank)) << name << ' ' << text;
+            if (isDate(plain)) {
+                EXPECT_EQ(toDate(plain), toDate(withBlank)) << name << ' ' << text;
+            }
+        }
+    }
+}
+
 TEST_F(DateConversion, TakesANumberAsDays) {
     EXPECT_EQ(toDate(37980).days, kChristmas2003);
     EXPECT_EQ(toDate(37980.5).days, kChristmas2003 + 0.5);

@@ -34,6 +34,39 @@ std::string readAsDouble(const char* text) {
     return isNumeric(value) ? plain::general(toDouble(value), 15) : "";
 }
 
+// A blank before a number changes nothing but how it is read.
+TEST_F(NumberConversion, ReadsPlainNumbersAsWithABlankBeforeThem) {
+    for (const char* text : {"0",
+                             "-0",
+                             "7",
+                             "-7",
+                             "3,5",
+                             "-3,5",
+                             ",5",
+                             "-,5",
+                             "5,",
+                             "-",
+                             "",
+                             "1,2,3",
+                             "1x",
+                             "x1",
+                             "1,x",
+                             "123456789012345",
+                             "1234567890123456",
+                             "12345678901234,5",
+                             "123456789012345,6",
+                             "999999999999999",
+                             "0,00000000000001",
+                             "1.000",
+                             "1.000,5",
+                             "1/2",
+                             "1:2",
+                             "1;2",
+                             "12 "}) {
+        EXPECT_EQ(readAsDouble(text), readAsDouble((" " + std::string(text)).c_str())) << text;
+    }
+}
+
 TEST_F(NumberConversion, ReadsNumbersAsItaliansWriteThem) {
     const TextCase cases[] = {
         {"12", "12"},

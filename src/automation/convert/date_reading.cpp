@@ -81,14 +81,17 @@ class DateTextReader {
 public:
     DateTextReader(std::u16string_view text, const Locale& locale) : rest_(text), locale_(locale) {}
 
-    std::optional<Pieces> read() {
+    // False when the text is no date.
+    bool read() {
         while (skipSeparators() && !rest_.empty()) {
             if (!readToken()) {
-                return std::nullopt;
+                return false;
             }
         }
-        return rest_.empty() && !separated_ ? std::optional(pieces_) : std::nullopt;
+        return rest_.empty() && !separated_;
     }
+
+    [[nodiscard]] const Pieces& pieces() const { return pieces_; }
 
 private:
     // Blanks and commas stand anywhere, slashes and hyphens between two parts and twice at most.
@@ -229,6 +232,34 @@ private:
     bool separated_ = false;
 };
 
+// The short way for most texts, the same pieces as by the reader above: three numbers of up to four
+// digits with a slash or a hyphen between them, and nothing else. False for any other text.
+bool readPlainDate(std::u16string_view text, const Locale& locale, Pieces& pieces) {
+    constexpr std::size_t kMostDigits = 4;
+    std::size_t at = 0;
+    for (Part& part : pieces.parts) {
+        const bool isFirst = pieces.count++ == 0;
+        if (!isFirst) {
+            const char16_t separator = at < text.size() ? text[at] : u' ';
+            if ((separator != u'/' && separator != u'-') || separator == locale.timeSeparator) {
+                return false;
+            }
+            ++at;
+        }
+        const std::size_t begin = at;
+        for (; at < text.size() && isDigit(text[at]); ++at) {
+            part.value = part.value * 10 + (text[at] - u'0');
+            if (at - begin == kMostDigits) {
+                return false;
+            }
+        }
+        if (at == begin) {
+            return false;
+        }
+    }
+    return at == text.size();
+}
+
 int currentYear() {
     const auto now = takeApart(localNow());
     return now ? now->date.year : 0;
@@ -291,12 +322,20 @@ std::optional<CivilDate> dateOf(std::span<const Part> parts, DateOrder order) {
 }  // namespace
 
 std::optional<Date> readDate(std::u16string_view text, const Locale& locale) {
-    const auto pieces = DateTextReader(upToNull(text), locale).read();
-    if (!pieces || pieces->count == 1 || (pieces->count == 0 && !pieces->time)) {
-        return std::nullopt;
+    Pieces pieces;
+    if (!readPlainDate(text, locale, pieces)) {
+        DateTextReader reader(upToNull(text), locale);
+        if (!reader.read()) {
+            return std::nullopt;
+        }
+        pieces = reader.pieces();
     }
-    const auto date = pieces->count == 0 ? CivilDate{} : dateOf(pieces->date(), locale.dateOrder);
-    return date ? std::optional(makeDate(*date, pieces->time.value_or(TimeOfDay{}))) : std::nullopt;
+    const TimeOfDay time = pieces.time.value_or(TimeOfDay{});
+    if (pieces.count < 2) {
+        return pieces.count == 0 && pieces.time ? std::optional(makeDate({}, time)) : std::nullopt;
+    }
+    const auto date = dateOf(pieces.date(), locale.dateOrder);
+    return date ? std::optional(makeDate(*date, time)) : std::nullopt;
 }
 
 }  // namespace kap::convert
