@@ -216,8 +216,8 @@ std::optional<double> readPlainDouble(std::u16string_view text, const Locale& lo
     if (text.empty() || text.size() > kMostDigits + 1 || !isDigit(text.front())) {
         return std::nullopt;
     }
-    // Without a branch for each character: where the separator stands differs from text to text, and
-    // a branch that is foretold wrong costs more than the digits of a number.
+    // Without a branch for each character: where the separator stands differs from text to text,
+    // and a branch that is foretold wrong costs more than the digits of a number.
     std::int64_t digits = 0;
     std::size_t point = text.size();
     std::size_t others = 0;
