@@ -59,6 +59,8 @@ public:
         connection->Execute(
             u"DECLARE @i int SET @i = 0 WHILE @i < 100 BEGIN INSERT INTO Schede (Codice) VALUES "
             u"(@i) SET @i = @i + 1 END");
+        // The version of this record is the file's last, so that the next one is known.
+        connection->Execute(u"UPDATE Schede SET C0 = 'prima' WHERE Codice = 7");
         connection_ = connection;
         sqlite3* handle = nullptr;
         if (sqlite3_open(file.c_str(), &handle) != SQLITE_OK) {

@@ -1,6 +1,8 @@
 #include "ado/update_plan.hpp"
 
 #include <algorithm>
+#include <string_view>
+#include <unordered_map>
 #include <utility>
 
 #include "data/failures.hpp"
@@ -33,11 +35,17 @@ RowColumn rowColumn(const ColumnInfo& column) {
 class TablePlanner {
 public:
     TablePlanner(const std::vector<ColumnInfo>& columns, std::string table)
-        : columns_(columns), table_(std::move(table)) {}
+        : columns_(columns), table_(std::move(table)) {
+        for (std::size_t i = 0; i < columns_.size(); ++i) {
+            if (!columns_[i].baseColumn.empty() && columns_[i].baseTable == table_) {
+                own_.push_back(i);
+            }
+        }
+    }
 
     void write(const std::vector<bool>& assigned) {
-        for (std::size_t i = 0; i < assigned.size(); ++i) {
-            if (assigned[i] && belongs(columns_[i])) {
+        for (const std::size_t i : own_) {
+            if (i < assigned.size() && assigned[i]) {
                 made_.values.push_back(i);
                 told_.values.push_back(rowColumn(columns_[i]));
             }
@@ -50,10 +58,9 @@ public:
         const bool versioned = writes && (check.version || byVersion);
         const bool whole = writes && (check.criteria == UpdateCriteriaEnum::adCriteriaAllCols ||
                                       (byVersion && !any(&ColumnInfo::rowVersion)));
-        for (std::size_t i = 0; i < columns_.size(); ++i) {
+        for (const std::size_t i : own_) {
             const ColumnInfo& column = columns_[i];
-            if (belongs(column) &&
-                (whole || !hasKey || column.key || (versioned && column.rowVersion))) {
+            if (whole || !hasKey || column.key || (versioned && column.rowVersion)) {
                 compare(i);
             }
         }
@@ -69,9 +76,15 @@ public:
     // Every column of the result that shows what is read back takes it.
     template <class Wanted>
     void readBack(Wanted wanted) {
-        for (std::size_t i = 0; i < columns_.size(); ++i) {
-            if (belongs(columns_[i]) && wanted(i)) {
-                take(i);
+        std::unordered_map<std::string_view, std::size_t> answers;
+        for (const std::size_t i : own_) {
+            if (wanted(i) && answers.try_emplace(columns_[i].baseColumn, answers.size()).second) {
+                told_.readBack.push_back(rowColumn(columns_[i]));
+            }
+        }
+        for (const std::size_t i : own_) {
+            if (const auto found = answers.find(columns_[i].baseColumn); found != answers.end()) {
+                made_.taken.push_back({found->second, i});
             }
         }
     }
@@ -82,30 +95,18 @@ public:
     }
 
 private:
-    [[nodiscard]] bool belongs(const ColumnInfo& column) const {
-        return !column.baseColumn.empty() && column.baseTable == table_;
-    }
     [[nodiscard]] bool any(bool ColumnInfo::*property) const {
-        return std::ranges::any_of(columns_, [&](const ColumnInfo& column) {
-            return column.*property && belongs(column);
-        });
+        return std::ranges::any_of(own_,
+                                   [&](std::size_t column) { return columns_[column].*property; });
     }
     void compare(std::size_t column) {
         made_.criteria.push_back(column);
         told_.criteria.push_back(rowColumn(columns_[column]));
     }
-    void take(std::size_t column) {
-        const std::size_t answer = told_.readBack.size();
-        told_.readBack.push_back(rowColumn(columns_[column]));
-        for (std::size_t i = 0; i < columns_.size(); ++i) {
-            if (belongs(columns_[i]) && columns_[i].baseColumn == columns_[column].baseColumn) {
-                made_.taken.push_back({answer, i});
-            }
-        }
-    }
 
     const std::vector<ColumnInfo>& columns_;
     std::string table_;
+    std::vector<std::size_t> own_;  // the table's columns
     TablePlan made_;
     RowPlan::Columns told_;
 };

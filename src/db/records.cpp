@@ -1,9 +1,11 @@
 #include <kaputil/db/records.hpp>
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include <kaputil/ado/recordset.hpp>
 #include <kaputil/automation/convert.hpp>
@@ -12,6 +14,7 @@
 #include <kaputil/util/values.hpp>
 
 #include "ado/row_cursor.hpp"
+#include "base/ascii.hpp"
 
 namespace kap::db {
 namespace {
@@ -21,6 +24,7 @@ using ado::DataTypeEnum;
 using ado::Recordset;
 
 constexpr const char16_t* kVersionField = u"AggID";
+constexpr std::string_view kVersionColumn = "AggID";
 constexpr const char16_t* kDeletedByOthers = u"ANNULLATO_DA_ALTRI";
 constexpr const char16_t* kNotGiven = u"°°°";
 
@@ -125,11 +129,23 @@ bool holdsText(const Variant& property) {
     return !property.isNull() && !convert::toString(property).empty();
 }
 
+// The row's version; raises 3265 where it has none. It is found without the names by which only a
+// client looks fields up.
+Variant versionOf(const Recordset& recordset) {
+    const auto& columns = recordset.rows().columns();
+    const auto found = std::ranges::find_if(columns, [](const ColumnInfo& column) {
+        return equalsIgnoringCase(column.name, kVersionColumn);
+    });
+    return found == columns.end()
+               ? recordset.Fields()->Item(kVersionField)->Value()
+               : recordset.rows().value(static_cast<std::size_t>(found - columns.begin()));
+}
+
 // The row version to compare with: the database's, a mark when the row is gone, or, for a new
 // record, whatever makes the comparison succeed.
 String versionFound(Recordset& recordset, CProprieta& properties) {
     if (recordset.RecordCount() >= 1) {
-        return util::TSToHex(recordset.Fields()->Item(kVersionField)->Value());
+        return util::TSToHex(versionOf(recordset));
     }
     const Variant known = properties.Leggi(kVersionField);
     if (holdsText(known)) {
@@ -139,7 +155,7 @@ String versionFound(Recordset& recordset, CProprieta& properties) {
     if (!known.isNull()) {
         return {};
     }
-    String version = convert::toString(recordset.Fields()->Item(kVersionField)->Value());
+    String version = convert::toString(versionOf(recordset));
     properties.Scrivi(kVersionField, version);
     return version;
 }
@@ -154,11 +170,10 @@ void report(CErrore& errore, const char16_t* message) {
 }
 
 void assignFields(Recordset& recordset, const CProprieta& properties) {
-    const auto fields = recordset.Fields();
     forEachColumn(recordset, [&](const ColumnInfo& column, std::size_t i) {
         const Variant text = properties.Leggi(column.name);
         if (!text.isNull()) {
-            fields->Item(static_cast<std::int32_t>(i))->setValue(valueFor(column.type, text));
+            recordset.rows().assign(i, valueFor(column.type, text));
         }
     });
 }
