@@ -1,10 +1,10 @@
 #include "cli/connection_text.hpp"
 
-#include <cerrno>
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
 #include <cstdlib>
-#include <cstring>
 #include <filesystem>
-#include <fstream>
 #include <optional>
 #include <string_view>
 #include <system_error>
@@ -19,6 +19,7 @@
 #include "cli/names.hpp"
 #include "cli/output/usage_error.hpp"
 #include "cli/private_file.hpp"
+#include "cli/text_file.hpp"
 
 namespace kap::cli {
 namespace {
@@ -41,15 +42,20 @@ std::vector<NamedConnection> readConnections() {
     if (!std::filesystem::exists(path, error)) {
         return {};
     }
-    std::ifstream in(path, std::ios::binary);
-    if (!in) {
-        throw UsageError("cannot read " + path.string() + ": " + std::strerror(errno));
+    if (!std::filesystem::is_regular_file(path, error)) {
+        throw UsageError("cannot read " + path.string() + ": it is no file");
     }
+    constexpr std::uintmax_t kLargestList = 1 << 20;
+    const std::u8string given = path.u8string();
+    const std::string list = bytesOfFile(std::string(given.begin(), given.end()), kLargestList);
     std::vector<NamedConnection> connections;
     int number = 0;
-    for (std::string line; std::getline(in, line);) {
+    for (std::size_t start = 0; start < list.size();) {
         ++number;
-        const std::string_view text = trimmed(line, " \t\r");
+        const std::size_t end = std::min(list.find('\n', start), list.size());
+        const std::string_view text =
+            trimmed(std::string_view(list).substr(start, end - start), " \t\r");
+        start = end + 1;
         if (text.empty() || text.front() == '#') {
             continue;
         }

@@ -1,10 +1,12 @@
 #include "cli/login.hpp"
 
+#include <array>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <ios>
 #include <optional>
 
 #include "cli/database_name.hpp"
@@ -23,12 +25,15 @@ std::optional<std::string> variable(const char* name) {
 std::string firstLineOf(const std::string& file) {
     const std::filesystem::path path(std::u8string(file.begin(), file.end()));
     std::ifstream in(path, std::ios::binary);
-    std::string line;
-    if (!in || !std::getline(in, line)) {
+    std::array<char, 4096> read{};
+    if (!in || !in.getline(read.data(), static_cast<std::streamsize>(read.size()))) {
+        const bool tooLong = in.gcount() == static_cast<std::streamsize>(read.size()) - 1;
+        const char* reason = tooLong ? "its first line is too long" : "it is empty";
         throw UsageError("cannot read the password's file " + file + ": " +
-                         (errno != 0 ? std::strerror(errno) : "it is empty"));
+                         (errno != 0 ? std::strerror(errno) : reason));
     }
     requirePrivate(path);
+    std::string line(read.data());
     if (!line.empty() && line.back() == '\r') {
         line.pop_back();
     }

@@ -248,7 +248,7 @@ int ImportCommand::run() const {
 
 int ImportCommand::runOn(ado::Connection& database) const {
     const CellFormat format = locale ? CellFormat(*locale) : CellFormat();
-    std::string content = textOfFile(file, encoding);
+    std::string content = textOfFile(file, encoding, kLargestRows);
     return importRows(*this, database, content, format);
 }
 

@@ -3,10 +3,8 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
-#include <filesystem>
 #include <fstream>
 #include <iostream>
-#include <iterator>
 
 #include <nlohmann/json.hpp>
 
@@ -18,6 +16,7 @@
 #include "cli/output/shown_text.hpp"
 #include "cli/output/terminal.hpp"
 #include "cli/output/usage_error.hpp"
+#include "cli/text_file.hpp"
 
 namespace kap::cli {
 namespace {
@@ -129,22 +128,9 @@ int remove(const RegistryCommand& command) {
                                                                              : noSuchValue(command);
 }
 
-std::string contentOf(const std::string& path) {
-    if (std::filesystem::is_directory(path)) {
-        throw UsageError("cannot read " + path + ": it is a directory");
-    }
-    errno = 0;
-    std::ifstream in(path, std::ios::binary);
-    std::string bytes{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-    if (!in.is_open() || in.bad()) {
-        throw UsageError("cannot read " + path + ": " + std::strerror(errno));
-    }
-    return bytes;
-}
-
 int importFile(const RegistryCommand& command) {
     try {
-        registry::importText(contentOf(command.file));
+        registry::importText(bytesOfFile(command.file));
     } catch (const AutomationError& error) {
         if (error.number() != errors::kInvalidArgument) {
             throw;

@@ -2,6 +2,10 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
+#include <utility>
+
+#include <kaputil/automation/plain_text.hpp>
 
 #include "base/ascii.hpp"
 #include "cli/commands/sql/statement_scan.hpp"
@@ -12,6 +16,7 @@ namespace kap::cli {
 namespace {
 
 constexpr int kDeepestInclusion = 16;
+constexpr int kMostInclusions = 1000;
 
 bool isInVariable(char unit) {
     return isAsciiLetter(unit) || isAsciiDigit(unit) || unit == '_' || unit == '-';
@@ -19,6 +24,16 @@ bool isInVariable(char unit) {
 
 bool isVariableName(std::string_view name) {
     return !name.empty() && std::ranges::all_of(name, &isInVariable);
+}
+
+// Values and files may stand in a script more often than it is long.
+void grow(std::string& text, std::string_view part) {
+    if (text.size() + part.size() > kLargestScript) {
+        throw UsageError("the script has more than " +
+                         plain::text(static_cast<std::int64_t>(kLargestScript >> 20U)) +
+                         " MB with its variables and files");
+    }
+    text += part;
 }
 
 }  // namespace
@@ -53,74 +68,80 @@ void ScriptVariables::forget(const std::string& name) {
 
 std::string ScriptVariables::expanded(std::string_view text) const {
     std::string result;
+    expand(text, result);
+    return result;
+}
+
+void ScriptVariables::expand(std::string_view text, std::string& result) const {
     while (true) {
-        const std::size_t begin = text.find("$(");
-        if (begin == std::string_view::npos || values_.empty()) {
-            return result.append(text);
+        const std::size_t begin = values_.empty() ? text.npos : text.find("$(");
+        grow(result, text.substr(0, begin));
+        if (begin == text.npos) {
+            return;
         }
-        const std::size_t end = text.find(')', begin);
-        const std::string_view name =
-            end == std::string_view::npos ? "" : text.substr(begin + 2, end - begin - 2);
-        const auto found = values_.find(asciiUpper(name));
+        text.remove_prefix(begin);
+        const std::string_view behind = text.substr(2);
+        const auto end = std::ranges::find_if_not(behind, &isInVariable);
+        const std::string_view name(behind.begin(), end);
+        const auto found =
+            end != behind.end() && *end == ')' ? values_.find(asciiUpper(name)) : values_.end();
         if (found == values_.end()) {
-            result.append(text.substr(0, begin + 2));
-            text.remove_prefix(begin + 2);
+            grow(result, "$(");
+            text.remove_prefix(2);
         } else {
-            result.append(text.substr(0, begin)).append(found->second);
-            text.remove_prefix(end + 1);
+            grow(result, found->second);
+            text.remove_prefix(name.size() + 3);
         }
     }
 }
 
 std::string ScriptVariables::prepared(std::string_view script) {
-    return prepared(script, 0);
+    Prepared result;
+    prepare(script, 0, result);
+    return std::move(result.text);
 }
 
-std::string ScriptVariables::prepared(std::string_view script, int depth) {
+void ScriptVariables::prepare(std::string_view script, int depth, Prepared& result) {
     if (depth > kDeepestInclusion) {
         throw UsageError(":r files name one another");
     }
-    if (script.find(':') == std::string_view::npos) {
-        return expanded(script);
-    }
-    std::string result;
+    std::string_view open;  // within a text or a comment a line is its own
     for (std::size_t start = 0; start < script.size();) {
         const std::size_t end = std::min(script.find('\n', start), script.size());
         const std::string_view line = script.substr(start, end - start);
-        // Within a text or a comment a line is its own.
-        const bool own =
-            trimmed(line, " \t").starts_with(':') && !scanned(script.substr(0, start)).open;
-        result += own ? obeyed(line, depth) : expanded(line);
+        if (open.empty() && trimmed(line, " \t").starts_with(':')) {
+            obey(line, depth, result);
+        } else {
+            expand(line, result.text);
+            open = openBehind(line, open);
+        }
         if (end < script.size()) {
-            result += '\n';
+            grow(result.text, "\n");
         }
         start = end + 1;
     }
-    return result;
 }
 
-std::string ScriptVariables::obeyed(std::string_view line, int depth) {
+void ScriptVariables::obey(std::string_view line, int depth, Prepared& result) {
     const std::vector<std::string> words = wordsOfLine(line);
     const std::string command = asciiLower(words.front());
+    const std::string file = command == ":r" && words.size() == 2 ? expanded(words[1]) : "";
     if (command == ":setvar" && words.size() == 2) {
         forget(words[1]);
-        return {};
-    }
-    if (command == ":setvar" && words.size() == 3) {
+    } else if (command == ":setvar" && words.size() == 3) {
         set(words[1], words[2]);
-        return {};
-    }
-    if (command == ":r" && words.size() == 2) {
-        return prepared(textOfFile(expanded(words[1])), depth + 1);
-    }
-    if (command == ":on") {
-        return {};  // "on error exit" is what happens anyway
-    }
-    if (command == ":setvar" || command == ":r") {
+    } else if (!file.empty() && file != "-") {
+        if (++result.files > kMostInclusions) {
+            throw UsageError("a script includes at most " + plain::text(kMostInclusions) +
+                             " files with :r");
+        }
+        prepare(textOfFile(file), depth + 1, result);
+    } else if (command == ":setvar" || command == ":r") {
         throw UsageError("\"" + std::string(trimmed(line, " \t\r")) +
                          "\" is written :setvar NAME \"value\" or :r FILE");
+    } else if (command != ":on") {  // "on error exit" is what happens anyway
+        grow(result.text, line);
     }
-    return std::string(line);
 }
 
 void setVariable(ScriptVariables& variables, std::string_view assignment) {

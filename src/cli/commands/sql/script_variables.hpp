@@ -22,13 +22,19 @@ public:
     [[nodiscard]] std::string expanded(std::string_view text) const;
 
     // A script as the database is to run it: its own lines are obeyed in their order, and empty
-    // then. Throws UsageError for one that cannot be.
+    // then. Throws UsageError for one that cannot be, or grows beyond what a script may have.
     [[nodiscard]] std::string prepared(std::string_view script);
 
 private:
-    [[nodiscard]] std::string prepared(std::string_view script, int depth);
-    // What stands instead of a line; that of the database stays.
-    [[nodiscard]] std::string obeyed(std::string_view line, int depth);
+    struct Prepared {
+        std::string text;
+        int files = 0;  // that were included
+    };
+
+    void expand(std::string_view text, std::string& result) const;
+    void prepare(std::string_view script, int depth, Prepared& result);
+    // Writes what stands instead of a line; that of the database stays.
+    void obey(std::string_view line, int depth, Prepared& result);
 
     std::map<std::string, std::string> values_;  // by the names in upper case
 };

@@ -1,5 +1,6 @@
 #include "cli/commands/sql/statement_scan.hpp"
 
+#include <algorithm>
 #include <cstddef>
 #include <string>
 
@@ -91,6 +92,33 @@ private:
 
 ScannedScript scanned(std::string_view script) {
     return Scan(script).run();
+}
+
+std::string_view openBehind(std::string_view line, std::string_view before) {
+    static constexpr std::string_view kBegins = "'\"[";
+    static constexpr std::string_view kEnds = "'\"]";
+    while (true) {
+        const std::size_t end = line.find(before);  // at once when nothing is open
+        if (end == line.npos) {
+            return before;
+        }
+        line.remove_prefix(end + before.size());
+        const std::size_t begin = line.find_first_of("'\"[-/");
+        if (begin == line.npos) {
+            return {};
+        }
+        line.remove_prefix(begin);
+        if (line.starts_with("--")) {
+            return {};
+        }
+        if (line.starts_with("/*")) {
+            before = "*/";
+            line.remove_prefix(2);
+        } else {
+            before = kEnds.substr(std::min(kBegins.find(line.front()), kEnds.size()), 1);
+            line.remove_prefix(1);
+        }
+    }
 }
 
 bool isGo(std::string_view line) {

@@ -12,6 +12,10 @@ struct ScannedScript {
 };
 [[nodiscard]] ScannedScript scanned(std::string_view script);
 
+// What the text, quoted name or comment ends with in which a line of a script ends; empty outside
+// of them. `before` is the same of the line before.
+[[nodiscard]] std::string_view openBehind(std::string_view line, std::string_view before);
+
 // Whether a line holds nothing but GO, perhaps with a count.
 [[nodiscard]] bool isGo(std::string_view line);
 
