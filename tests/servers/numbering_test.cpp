@@ -15,6 +15,9 @@
 #include <set>
 #include <thread>
 
+#include <kaputil/numbering/document_numbers.hpp>
+
+#include "relay.hpp"
 #include "server.hpp"
 #include "support/processes.hpp"
 #include "support/seed.hpp"
@@ -148,6 +151,24 @@ TEST_F(ServerNumbering, GivesNoNumberTwiceWhileProgramsAndConnectionsEnd) {
         return start("take_numbers", {database_->connection(), "plain", "0"});
     });
     expectEachOnce(value("SELECT 'x' || n_Def FROM vtx_TabPro"), ends);
+}
+
+TEST_F(ServerNumbering, AsksTwiceForANumberByItsCounterAndThreeTimesByTheTypeOfDocument) {
+    test::Relay relay(server_->port());
+    Variant connection(test::open(server_->connection(database_->name(), relay.port())));
+    const auto asked = [&](const char16_t* type, const char16_t* code) {
+        Ref<CErrore> error;
+        // The first time each table costs one more, the second time the writing is prepared.
+        for (int i = 0; i < 4; ++i) {
+            (void)relay.roundTrips();
+            (void)Progressivi(type, u"D", u"S", 2025, 0, connection, code, u"vtx_TabDoc", 0, error);
+            EXPECT_EQ(test::shown(error->Numero()), "String 0");
+        }
+        return relay.roundTrips();
+    };
+    EXPECT_EQ(asked(u"", u"FAT"), 2);
+    EXPECT_EQ(asked(u"FAI", u"°°°"), 3);
+    EXPECT_EQ(value("SELECT n_Def FROM vtx_TabPro"), "Long 8");
 }
 
 TEST_F(ServerNumbering, LosesNoSavedRecordWhileProgramsAndConnectionsEnd) {
