@@ -5,45 +5,12 @@
 #include <kaputil/automation/plain_text.hpp>
 
 #include "base/ascii.hpp"
+#include "tsql/bulk_terminator.hpp"
 #include "tsql/parser_state.hpp"
 #include "tsql/server_error.hpp"
 
 // BULK INSERT.
 namespace kap::tsql {
-namespace {
-
-// "\t" and "\n" as they are written, and "0x0a".
-std::string terminatorOf(const std::string& text, int line) {
-    std::string result;
-    if (text.size() > 2 && text[0] == '0' && (text[1] == 'x' || text[1] == 'X')) {
-        constexpr std::string_view kDigits = "0123456789abcdef";
-        if (text.size() % 2 != 0) throw syntaxError(text, line);
-        for (std::size_t i = 2; i < text.size(); i += 2) {
-            const std::string pair = asciiLower(text.substr(i, 2));
-            const std::size_t high = kDigits.find(pair[0]);
-            const std::size_t low = kDigits.find(pair[1]);
-            if (high == std::string_view::npos || low == std::string_view::npos) {
-                throw syntaxError(text, line);
-            }
-            constexpr std::size_t kBase = 16;
-            result += static_cast<char>(high * kBase + low);
-        }
-        return result;
-    }
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        static constexpr std::array kEscapes = std::to_array<std::pair<char, char>>(
-            {{'t', '\t'}, {'n', '\n'}, {'r', '\r'}, {'0', '\0'}, {'\\', '\\'}});
-        const auto* const escape =
-            text[i] != '\\' || i + 1 == text.size()
-                ? kEscapes.end()
-                : std::ranges::find(kEscapes, text[i + 1], &std::pair<char, char>::first);
-        if (escape != kEscapes.end()) ++i;
-        result += escape == kEscapes.end() ? text[i] : escape->second;
-    }
-    return result;
-}
-
-}  // namespace
 
 Statement::Node Parser::bulkInsert() {
     BulkInsertStatement result;
@@ -69,10 +36,9 @@ std::string Parser::bulkWord() {
 }
 
 void Parser::bulkOption(BulkInsertStatement& bulk) {
-    // How the server is to go about it: rows come in one transaction here, and are always checked.
-    static constexpr std::array kNoMatter{
-        "BATCHSIZE",         "ROWS_PER_BATCH", "KILOBYTES_PER_BATCH",
-        "CHECK_CONSTRAINTS", "TABLOCK",        "ORDER"};
+    // How the server is to go about it; rows are always checked here.
+    static constexpr std::array kNoMatter{"ROWS_PER_BATCH", "KILOBYTES_PER_BATCH",
+                                          "CHECK_CONSTRAINTS", "TABLOCK", "ORDER"};
     if (peek().kind != TokenKind::Word) unexpected();
     const std::string option = asciiUpper(next().text);
     if (option == "KEEPNULLS") {
@@ -90,8 +56,11 @@ void Parser::bulkOption(BulkInsertStatement& bulk) {
 }
 
 bool Parser::bulkNumber(BulkInsertStatement& bulk, const std::string& option) {
-    const std::array<std::pair<const char*, std::int64_t*>, 3> numbers{
-        {{"FIRSTROW", &bulk.firstRow}, {"LASTROW", &bulk.lastRow}, {"MAXERRORS", &bulk.maxErrors}}};
+    const std::array<std::pair<const char*, std::int64_t*>, 4> numbers{
+        {{"FIRSTROW", &bulk.firstRow},
+         {"LASTROW", &bulk.lastRow},
+         {"MAXERRORS", &bulk.maxErrors},
+         {"BATCHSIZE", &bulk.batchSize}}};
     const auto* const found =
         std::ranges::find_if(numbers, [&](const auto& each) { return option == each.first; });
     if (found == numbers.end()) return false;
@@ -106,18 +75,21 @@ bool Parser::bulkNumber(BulkInsertStatement& bulk, const std::string& option) {
 
 bool Parser::bulkText(BulkInsertStatement& bulk, const std::string& option) {
     static constexpr std::array kTexts{"FIELDTERMINATOR", "ROWTERMINATOR", "CODEPAGE",
-                                       "DATAFILETYPE",    "FORMAT",        "FIELDQUOTE"};
+                                       "DATAFILETYPE",    "FORMAT",        "FIELDQUOTE",
+                                       "FORMATFILE"};
     if (std::ranges::find(kTexts, option) == kTexts.end()) return false;
     expectOperator("=");
     const int line = peek().line;
     const std::string text = bulkWord();
     if (option == "FIELDTERMINATOR") {
-        bulk.fieldTerminator = terminatorOf(text, line);
+        bulk.fieldTerminator = bulkTerminator(text, line);
     } else if (option == "ROWTERMINATOR") {
-        bulk.rowTerminator = terminatorOf(text, line);
+        bulk.rowTerminator = bulkTerminator(text, line);
         if (text.empty()) refuse("BULK INSERT WITH ROWTERMINATOR = ''");
     } else if (option == "CODEPAGE") {
         bulk.codePage = asciiUpper(text);
+    } else if (option == "FORMATFILE") {
+        bulk.formatFile = text;
     } else if (option == "FIELDQUOTE") {
         if (text.size() != 1) throw syntaxError(text, line);
         bulk.quote = text.front();

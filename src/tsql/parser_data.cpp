@@ -67,6 +67,7 @@ Statement::Node Parser::withStatement() {
 
 // The rows that a trigger sees are not to be written.
 ObjectName Parser::writtenName() {
+    refuseServersTarget();
     ObjectName result = tableName();
     const bool seen = inTrigger_ && result.parts.size() == 1 &&
                       (equalsIgnoringCase(result.last(), "inserted") ||
@@ -126,6 +127,11 @@ Assignment Parser::assignment() {
         next();
     }
     result.column = objectName();
+    if (result.column.parts.size() > 1 && equalsIgnoringCase(result.column.last(), "WRITE") &&
+        atOperator("(")) {
+        result.value = {writtenPart(result.column)};
+        return result;
+    }
     if (atOperator("=") && atKeyword("DEFAULT", 1)) {
         next();
         next();
@@ -133,6 +139,21 @@ Assignment Parser::assignment() {
     }
     result.value = {assignedValue([&] { return ColumnReference{result.column}; })};
     return result;
+}
+
+// column.WRITE(text, offset, length): what the column is to be, as a function of what it is.
+ExpressionPtr Parser::writtenPart(ObjectName& column) {
+    column.parts.pop_back();
+    const int line = column.line;
+    expectOperator("(");
+    ExpressionPtr part = value();
+    expectOperator(",");
+    ExpressionPtr offset = value();
+    expectOperator(",");
+    ExpressionPtr length = value();
+    expectOperator(")");
+    return invoked(kWriteMethod, line, make(ColumnReference{column}, line), std::move(part),
+                   std::move(offset), std::move(length));
 }
 
 UpdateStatement Parser::updateStatement() {

@@ -15,7 +15,10 @@ Statement::Node Parser::createStatement() {
         return module(Making::CreateOrAlter);
     }
     if (atModule()) return module(Making::Create);
-    if (acceptKeyword("DATABASE")) return databaseStatement(DatabaseAction::Create);
+    if (acceptKeyword("DATABASE")) {
+        refuseServersDatabase("CREATE");
+        return databaseStatement(DatabaseAction::Create);
+    }
     if (acceptKeyword("TYPE")) return createType();
     if (atKeyword("DEFAULT") || atKeyword("RULE")) return createRule();
     const bool index = atKeyword("UNIQUE") || atKeyword("CLUSTERED") || atKeyword("NONCLUSTERED") ||
@@ -36,7 +39,13 @@ Statement::Node Parser::alterStatement() {
     if (atModule()) return module(Making::Alter);
     if (acceptKeyword("SCHEMA")) return alterSchema();
     if (acceptKeyword("SEQUENCE")) return alterSequence();
-    if (acceptKeyword("DATABASE")) return databaseStatement(DatabaseAction::Alter);
+    if (acceptKeyword("DATABASE")) {
+        refuseServersDatabase("ALTER");
+        if (atKeyword("SCOPED") && atKeyword("CONFIGURATION", 1)) {
+            return noEffect("ALTER DATABASE SCOPED CONFIGURATION");
+        }
+        return databaseStatement(DatabaseAction::Alter);
+    }
     for (const char* word : {"AUTHORIZATION", "LOGIN", "USER", "ROLE"}) {
         if (atKeyword(word)) return noEffect(std::string("ALTER ") + word);
     }
@@ -54,6 +63,7 @@ Statement::Node Parser::dropStatement() {
         {"RULE", ObjectKind::Rule},           {"SEQUENCE", ObjectKind::Sequence},
         {"SYNONYM", ObjectKind::Synonym}};
     if (acceptKeyword("DATABASE")) {
+        refuseServersDatabase("DROP");
         if (acceptKeyword("IF")) expectKeyword("EXISTS");
         return databaseStatement(DatabaseAction::Drop);
     }
@@ -69,10 +79,13 @@ Statement::Node Parser::dropStatement() {
         do {
             result.names.push_back(objectName());
         } while (acceptOperator(","));
+        if (kind == ObjectKind::Trigger && atKeyword("ON")) refuse("trigger on the database");
         return result;
     }
     for (const char* word : {"STATISTICS", "LOGIN", "USER", "ROLE"}) {
-        if (atKeyword(word)) return noEffect(std::string("DROP ") + word);
+        if (!atKeyword(word)) continue;
+        if (atKeyword("IF", 1)) next();
+        return noEffect(std::string("DROP ") + word);
     }
     if (atEnd()) unexpected();
     refuse("DROP " + peek().text);
@@ -93,6 +106,7 @@ Statement::Node Parser::dropIndex(bool ifExists) {
             throw ServerError(Message::TableAndIndexNameNeeded, {}, index.line);
         }
         result.names.push_back(std::move(index));
+        indexOptions();
     } while (acceptOperator(","));
     return result;
 }
@@ -101,24 +115,48 @@ Statement::Node Parser::createIndex() {
     CreateIndexStatement result;
     result.unique = acceptKeyword("UNIQUE");
     if (!acceptKeyword("CLUSTERED")) acceptKeyword("NONCLUSTERED");
+    refuseKeyword("COLUMNSTORE", "COLUMNSTORE INDEX");
     expectKeyword("INDEX");
     result.name = name();
     expectKeyword("ON");
     result.table = objectName();
+    indexBody(result);
+    return result;
+}
+
+// (a, b DESC) INCLUDE (c) WHERE condition WITH (options).
+void Parser::indexBody(CreateIndexStatement& index) {
     expectOperator("(");
     do {
         IndexColumn column{name()};
         column.descending = acceptKeyword("DESC");
         if (!column.descending) acceptKeyword("ASC");
-        result.columns.push_back(std::move(column));
+        index.columns.push_back(std::move(column));
     } while (acceptOperator(","));
     expectOperator(")");
-    if (acceptKeyword("INCLUDE")) result.included = nameList();
+    if (acceptKeyword("INCLUDE")) index.included = nameList();
     if (acceptKeyword("WHERE")) {
         const std::size_t start = position_;
-        result.where = condition();
-        result.whereText = sourceText(start);
+        index.where = condition();
+        index.whereText = sourceText(start);
     }
+    index.ignoresDuplicates = indexOptions();
+}
+
+// INDEX name within CREATE TABLE: of the columns that it lists, or of the one it stands behind.
+CreateIndexStatement Parser::indexOfTable(const std::string& column) {
+    CreateIndexStatement result;
+    result.table.line = next().line;
+    result.name = name();
+    result.unique = acceptKeyword("UNIQUE");
+    if (!acceptKeyword("CLUSTERED")) acceptKeyword("NONCLUSTERED");
+    for (const char* word : {"COLUMNSTORE", "HASH"})
+        refuseKeyword(word, word);
+    if (column.empty() || atOperator("(")) {
+        indexBody(result);
+        return result;
+    }
+    result.columns.push_back({column});
     result.ignoresDuplicates = indexOptions();
     return result;
 }
@@ -136,6 +174,7 @@ Statement::Node Parser::createType() {
         result.table = std::move(table);
         return result;
     }
+    refuseKeyword("EXTERNAL", "EXTERNAL NAME");
     expectKeyword("FROM");
     result.type = type(result.name.last(), 0);
     if (acceptKeyword("NULL")) {

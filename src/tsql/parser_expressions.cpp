@@ -185,6 +185,7 @@ ExpressionPtr Parser::primary(Place place) {
         case TokenKind::Operator:
             if (token.text == "(") return bracketed(place);
             if (token.text == "{") return escaped();
+            if (atOperator("%") && atOperator("%", 1)) refuse("%%" + peek(2).text + "%%");
             unexpected();
         case TokenKind::End:
             break;
@@ -220,6 +221,7 @@ ExpressionPtr Parser::wordExpression() {
     if (atKeyword("TRY_CONVERT") && atOperator("(", 1)) return tried(convertCall());
     if (atKeyword("IDENTITY") && atOperator("(", 1)) return identityCall();
     if ((atKeyword("PARSE") || atKeyword("TRY_PARSE")) && atOperator("(", 1)) return parseCall();
+    if (atKeyword("TRIM") && atOperator("(", 1)) return trimCall();
     if (atKeyword("IIF") && atOperator("(", 1)) return iifCall();
     if (atKeyword("CHOOSE") && atOperator("(", 1)) return chooseCall();
     if (atKeyword("NEXT") && atKeyword("VALUE", 1)) return nextValue();
@@ -248,6 +250,7 @@ ExpressionPtr Parser::wordExpression() {
 }
 
 ExpressionPtr Parser::nameOrCall() {
+    refuseServersBuilder();
     ObjectName name = objectName();
     if (atOperator("(")) return call(std::move(name));
     const int line = name.line;
@@ -348,6 +351,26 @@ ExpressionPtr Parser::caseExpression() {
 ExpressionPtr Parser::tried(ExpressionPtr cast) {
     std::get<CastExpression>(cast->node).tries = true;
     return cast;
+}
+
+// TRIM(text), TRIM(letters FROM text).
+ExpressionPtr Parser::trimCall() {
+    const int line = peek().line;
+    FunctionCall result{ObjectName{{next().text}, line}, {}};
+    expectOperator("(");
+    for (const char* side : {"BOTH", "LEADING", "TRAILING"}) {
+        const bool letters = peek(1).kind != TokenKind::Operator && !atKeyword("FROM", 1);
+        if (letters) refuseKeyword(side, "sides of TRIM");
+    }
+    if (!atOperator(")")) result.arguments = valueList();
+    if (result.arguments.size() == 1 && acceptKeyword("FROM")) {
+        result.arguments.insert(result.arguments.begin(), value());
+    } else if (result.arguments.size() != 1) {
+        throw ServerError(Message::WrongArgumentCount, {"trim", "1"}, line);
+    }
+    expectOperator(")");
+    const int below = deepest(result.arguments);
+    return make(std::move(result), line, below);
 }
 
 // IIF(condition, a, b) is CASE WHEN condition THEN a ELSE b END.

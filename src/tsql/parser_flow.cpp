@@ -91,7 +91,10 @@ Script Parser::statementsUntilEnd() {
     while (true) {
         while (acceptOperator(";")) {
         }
-        if (atKeyword("END")) return result;
+        if (atKeyword("END")) {
+            refuseServersStatement();
+            return result;
+        }
         if (atEnd()) unexpected();
         result.push_back(statementOfSeveral());
     }
@@ -162,6 +165,7 @@ Statement::Node Parser::throwStatement() {
 
 Statement::Node Parser::waitStatement() {
     WaitStatement result;
+    if (atOperator("(")) refuse("WAITFOR (RECEIVE)");
     result.until = acceptKeyword("TIME");
     if (!result.until) expectKeyword("DELAY");
     result.time = value();

@@ -67,9 +67,17 @@ CreateViewStatement Parser::viewDefinition() {
 void Parser::moduleOptions() {
     if (!acceptKeyword("WITH")) return;
     do {
+        refuseKeyword("NATIVE_COMPILATION", "NATIVE_COMPILATION");
+        refuseKeyword("RETURNS", "RETURNS NULL ON NULL INPUT");
         if (acceptKeyword("EXECUTE")) {
             expectKeyword("AS");
             next();
+        } else if (acceptKeyword("INLINE")) {
+            expectOperator("=");
+            if (!acceptKeyword("OFF")) expectKeyword("ON");
+        } else if (acceptKeyword("CALLED")) {
+            for (const char* word : {"ON", "NULL", "INPUT"})
+                expectKeyword(word);
         } else if (!acceptKeyword("ENCRYPTION") && !acceptKeyword("SCHEMABINDING") &&
                    !acceptKeyword("RECOMPILE") && !acceptKeyword("VIEW_METADATA")) {
             unexpected();
@@ -151,6 +159,7 @@ Statement::Node Parser::createProcedure(Making making) {
     moduleOptions();
     if (acceptKeyword("FOR")) expectKeyword("REPLICATION");
     expectKeyword("AS");
+    refuseKeyword("EXTERNAL", "EXTERNAL NAME");
     result.body = restOfBatch();
     return result;
 }
@@ -173,6 +182,7 @@ Statement::Node Parser::createFunction(Making making) {
     result.returns = type(result.name.last(), 0);
     moduleOptions();
     acceptKeyword("AS");
+    refuseKeyword("EXTERNAL", "EXTERNAL NAME");
     if (!atKeyword("BEGIN")) unexpected();
     result.body = std::make_shared<Script>();
     result.body->push_back(statement());
@@ -206,6 +216,7 @@ void Parser::tableFunction(CreateModuleStatement& function) {
     function.returnTable = std::move(table);
     moduleOptions();
     acceptKeyword("AS");
+    refuseKeyword("EXTERNAL", "EXTERNAL NAME");
     if (!atKeyword("BEGIN")) unexpected();
     function.body = std::make_shared<Script>();
     function.body->push_back(statement());
@@ -240,6 +251,7 @@ Statement::Node Parser::createTrigger(Making making) {
         expectKeyword("REPLICATION");
     }
     expectKeyword("AS");
+    refuseKeyword("EXTERNAL", "EXTERNAL NAME");
     inTrigger_ = true;
     result.body = restOfBatch();
     return result;

@@ -24,6 +24,7 @@ ExpressionPtr Parser::predicate(Place place) {
         return make(Comparison{ComparisonOperator::Equal, std::move(call), std::move(one)}, line,
                     1);
     }
+    if (place == Place::Condition) refuseServersPredicate();
     ExpressionPtr left = sum(place);
     if (place == Place::Value || left->isPredicate()) return left;
     if (atOperator("*=")) return oldOuterJoin(std::move(left), OldOuterJoin::KeepsLeft);
@@ -117,6 +118,7 @@ ExpressionPtr Parser::likePredicate(ExpressionPtr left, bool negated) {
 ExpressionPtr Parser::nullPredicate(ExpressionPtr left) {
     const int line = next().line;
     const bool negated = acceptKeyword("NOT");
+    if (atKeyword("DISTINCT") && atKeyword("FROM", 1)) refuse("IS DISTINCT FROM");
     expectKeyword("NULL");
     const int below = left->depth;
     return make(NullPredicate{std::move(left), negated}, line, below);

@@ -25,6 +25,7 @@ bool Parser::atNextStatement() {
 }
 
 Statement Parser::nextStatement() {
+    refuseServersStatement();
     // The first statement of a batch may be a procedure's name alone.
     const bool statementWord = atKeyword("TRIGGER", 1) || atKeyword("THROW");
     if (std::exchange(first_, false) && atAlias() && !statementWord) {
@@ -47,6 +48,7 @@ Statement Parser::statement() {
     const Level level(*this);
     const int line = peek().line;
     deepest_ = 0;
+    refuseServersStatement();
     for (const auto& part :
          {&Parser::dataStatement, &Parser::flowStatement, &Parser::databaseWideStatement}) {
         if (auto node = (this->*part)()) return {std::move(*node), line};
@@ -65,7 +67,9 @@ std::optional<Statement::Node> Parser::dataStatement() {
     if (atKeyword("BULK") && atKeyword("INSERT", 1)) return bulkInsert();
     if (acceptKeyword("TRUNCATE")) {
         expectKeyword("TABLE");
-        return TruncateStatement{objectName()};
+        TruncateStatement truncate{objectName()};
+        if (atKeyword("WITH") && atOperator("(", 1)) refuse("TRUNCATE TABLE WITH PARTITIONS");
+        return truncate;
     }
     if (acceptKeyword("EXEC") || acceptKeyword("EXECUTE")) return executeStatement();
     return std::nullopt;
@@ -139,9 +143,7 @@ Statement::Node Parser::transactionStatement(TransactionAction action) {
     if (!named) {
         if (action == TransactionAction::Save) unexpected();
         acceptKeyword("WORK");
-        return result;
-    }
-    if (peek().kind == TokenKind::Variable) {
+    } else if (peek().kind == TokenKind::Variable) {
         result.variable = next().text;
     } else if (atAlias()) {
         result.name = name();
@@ -152,7 +154,20 @@ Statement::Node Parser::transactionStatement(TransactionAction action) {
         expectKeyword("MARK");
         if (peek().kind == TokenKind::Text || peek().kind == TokenKind::NationalText) next();
     }
+    if (action == TransactionAction::Commit && atKeyword("WITH") && atOperator("(", 1)) {
+        next();
+        delayedDurability();
+    }
     return result;
+}
+
+// WITH (DELAYED_DURABILITY = ON) of COMMIT: what is committed is kept at once here.
+void Parser::delayedDurability() {
+    expectOperator("(");
+    expectKeyword("DELAYED_DURABILITY");
+    expectOperator("=");
+    if (!acceptKeyword("OFF")) expectKeyword("ON");
+    expectOperator(")");
 }
 
 void Parser::unknownStatement() {

@@ -59,11 +59,13 @@ Statement::Node Parser::setOption() {
         result.value += " " + asciiUpper(next().text);
         return result;
     }
-    for (const char* option : {"STATISTICS", "DEADLOCK_PRIORITY"}) {
+    for (const char* option : {"STATISTICS", "DEADLOCK_PRIORITY", "QUERY_GOVERNOR_COST_LIMIT"}) {
         if (!acceptKeyword(option)) continue;
         skipStatement();
         return NoEffectStatement{std::string("SET ") + option};
     }
+    for (const char* option : {"FIPS_FLAGGER", "OFFSETS"})
+        refuseKeyword(option, option);
     do {
         if (peek().kind != TokenKind::Word) unexpected();
         result.options.push_back(asciiUpper(next().text));
@@ -137,7 +139,8 @@ Statement::Node Parser::noEffect(std::string what) {
 
 // Everything up to the next statement. GRANT SELECT, INSERT ON t holds words that begin statements.
 void Parser::skipStatement() {
-    static constexpr std::array kBefore{"GRANT", "DENY", "REVOKE", "WITH", ",", "("};
+    static constexpr std::array kBefore{"GRANT",         "DENY", "REVOKE", "FOR",
+                                        "CONFIGURATION", "WITH", ",",      "("};
     next();
     while (!atEnd() && !atOperator(";")) {
         const std::string& before = tokens_[position_ - 1].text;
@@ -166,6 +169,8 @@ Statement::Node Parser::databaseStatement(DatabaseAction action) {
             option.emplace();
             option->options = {"COMPATIBILITY_LEVEL"};
             option->value = peek(2).text;
+        } else if (atKeyword("WITH") && atKeyword("ROLLBACK", 1)) {
+            next();
         }
         next();
     }

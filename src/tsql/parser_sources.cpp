@@ -77,9 +77,7 @@ bool Parser::joinKind(JoinKind& kind) {
 TableSourcePtr Parser::sourcePrimary() {
     if (atOperator("(")) return bracketedSource();
     if (atBulkRowset()) return bulkRowset();
-    for (const char* function : {"OPENQUERY", "OPENROWSET", "OPENDATASOURCE", "OPENXML"}) {
-        refuseKeyword(function, function);
-    }
+    refuseServersSource();
     return namedSource();
 }
 
@@ -132,9 +130,12 @@ QueryPtr Parser::valuesQuery() {
 
 TableSourcePtr Parser::namedSource() {
     const int line = peek().line;
+    // The first servers wrote "::" before the functions of their own.
+    if (acceptOperator(":")) expectOperator(":");
     NamedTable table{tableName(), ""};
     if (atOperator("(") && !atTableHint(1)) return functionSource(std::move(table.name), line);
     tableHints(HintsStand::Anywhere);
+    if (atKeyword("FOR") && atKeyword("SYSTEM_TIME", 1)) refuse("FOR SYSTEM_TIME");
     table.alias = optionalTableAlias();
     // HOLDLOCK alone is how the first servers wrote it.
     if (!acceptKeyword("HOLDLOCK")) tableHints(HintsStand::Anywhere);

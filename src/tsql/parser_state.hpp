@@ -35,6 +35,7 @@ namespace kap::tsql {
 //     parser_definitions.cpp   other CREATE, ALTER and DROP; parser_schemas.cpp schemas,
 //                              parser_sequences.cpp sequences and synonyms
 //     parser_modules.cpp       procedures, functions, triggers
+//     parser_servers_own.cpp   what only a server has
 class Parser {
 public:
     Parser(std::string_view source, std::vector<Token> tokens, const ParseOptions& options)
@@ -111,10 +112,22 @@ private:
     [[noreturn]] void unexpected() const;
     [[noreturn]] void refuse(const std::string& construct) const;
     void refuseKeyword(std::string_view word, const char* construct) const;
+    // What only a server has: error 40517 where it stands here.
+    [[nodiscard]] bool atWord(std::string_view word, std::size_t ahead) const;
+    void refuseServersStatement() const;
+    void refuseServersSource() const;
+    void refuseServersTarget() const;
+    void refuseServersPredicate() const;
+    void refuseServersBuilder() const;
+    void refuseServersTable() const;
+    void refuseServersColumn() const;
+    void refuseServersDatabase(const char* action) const;
     [[nodiscard]] bool atName(std::size_t ahead = 0) const;
     // A name that is no label: behind what may have an alias the next statement may begin with one.
     [[nodiscard]] bool atAlias() const { return atName() && !atLabel(); }
-    [[nodiscard]] bool atLabel() const { return atName() && atOperator(":", 1); }
+    [[nodiscard]] bool atLabel() const {
+        return atName() && atOperator(":", 1) && !atOperator(":", 2);
+    }
     std::string name();
     ObjectName objectName();
     std::string partOfName();
@@ -176,6 +189,7 @@ private:
     }
     ExpressionPtr timeOfToday(ExpressionPtr time, int line);
     ExpressionPtr iifCall();
+    ExpressionPtr trimCall();
     ExpressionPtr chooseCall();
     ExpressionPtr convertCall();
     std::vector<ExpressionPtr> valueList();
@@ -286,6 +300,7 @@ private:
     ValueOrDefault valueOrDefault();
     UpdateStatement updateStatement();
     Assignment assignment();
+    ExpressionPtr writtenPart(ObjectName& column);
     DeleteStatement deleteStatement();
     ExpressionPtr writtenRows(const std::vector<Assignment>& assignments);
     std::optional<TopClause> optionalTop();
@@ -330,6 +345,7 @@ private:
     Statement::Node alterTable();
     void alterAdd(AlterTableStatement& alter);
     void alterDrop(AlterTableStatement& alter);
+    Statement::Node columnProperty(const AlterTableStatement& alter);
     Statement::Node triggerSwitch();
     bool alterSwitch(AlterTableStatement& alter);
 
@@ -339,6 +355,8 @@ private:
     Statement::Node dropStatement();
     Statement::Node dropIndex(bool ifExists);
     Statement::Node createIndex();
+    void indexBody(CreateIndexStatement& index);
+    CreateIndexStatement indexOfTable(const std::string& column);
     Statement::Node createType();
     Statement::Node createRule();
     std::string ruleVariable() const;
@@ -394,6 +412,7 @@ private:
     Statement::Node tryStatement();
     Script statementsUntilEnd();
     StatementPtr subStatement();
+    void delayedDurability();
     Statement::Node returnStatement();
     Statement::Node raiserrorStatement();
     Statement::Node throwStatement();

@@ -12,7 +12,9 @@ namespace kap::tsql {
 Statement::Node Parser::createTable() {
     CreateTableStatement result;
     result.table = objectName();
+    refuseServersTable();
     tableBody(result);
+    refuseServersTable();
     tableOptions();
     return result;
 }
@@ -71,6 +73,7 @@ bool Parser::atTableConstraint() const {
 }
 
 void Parser::tableElement(TableElements& table) {
+    if (atKeyword("PERIOD") && atKeyword("FOR", 1)) refuse("PERIOD FOR SYSTEM_TIME");
     if (atTableConstraint() || atKeyword("DEFAULT")) {
         tableConstraint(table);
     } else {
@@ -81,8 +84,9 @@ void Parser::tableElement(TableElements& table) {
 void Parser::tableConstraint(TableElements& table) {
     std::string constraintName;
     if (acceptKeyword("CONSTRAINT")) constraintName = name();
-    refuseKeyword("INDEX", "INDEX within CREATE TABLE");
-    if (atKeyword("CHECK")) {
+    if (atKeyword("INDEX") && constraintName.empty()) {
+        table.indexes.push_back(indexOfTable({}));
+    } else if (atKeyword("CHECK")) {
         table.checks.push_back(checkConstraint(std::move(constraintName)));
     } else if (acceptKeyword("FOREIGN")) {
         expectKeyword("KEY");
@@ -262,7 +266,7 @@ bool Parser::columnOption(ColumnDefinition& column, TableElements& table) {
         column.collation = next().text;
         return true;
     }
-    refuseKeyword("SPARSE", "SPARSE");
+    refuseServersColumn();
     // Which column replication knows rows by has no meaning here.
     if (acceptKeyword("ROWGUIDCOL")) return true;
     const bool named = atKeyword("CONSTRAINT");
@@ -282,6 +286,8 @@ bool Parser::columnOption(ColumnDefinition& column, TableElements& table) {
         column.nullable = false;
     } else if (acceptKeyword("DEFAULT")) {
         column.defaultValue = defaultOption(std::move(constraintName));
+    } else if (atKeyword("INDEX") && !named) {
+        table.indexes.push_back(indexOfTable(column.name));
     } else if (acceptKeyword("IDENTITY")) {
         column.identity = identityOption();
     } else if (atKeyword("PRIMARY") || atKeyword("UNIQUE")) {
@@ -339,6 +345,7 @@ Statement::Node Parser::alterTable() {
         result.action = AlterTableStatement::Action::AlterColumn;
         result.column.line = peek().line;
         result.column.name = name();
+        if (atKeyword("ADD") || atKeyword("DROP")) return columnProperty(result);
         result.column.type = type(result.column.name, 1);
         if (acceptKeyword("COLLATE")) {
             if (!atName()) unexpected();
@@ -357,6 +364,20 @@ Statement::Node Parser::alterTable() {
         unexpected();
     }
     return result;
+}
+
+// ALTER COLUMN name ADD ROWGUIDCOL: what has no meaning here as an option of a column has none here
+// either.
+Statement::Node Parser::columnProperty(const AlterTableStatement& alter) {
+    next();
+    refuseServersColumn();
+    if (acceptKeyword("NOT")) {
+        expectKeyword("FOR");
+        expectKeyword("REPLICATION");
+    } else if (!acceptKeyword("ROWGUIDCOL")) {
+        expectKeyword("PERSISTED");
+    }
+    return NoEffectStatement{"ALTER COLUMN " + alter.column.name};
 }
 
 // NOCHECK CONSTRAINT ALL, ENABLE TRIGGER name.
@@ -392,6 +413,7 @@ Statement::Node Parser::triggerSwitch() {
         } while (acceptOperator(","));
     }
     expectKeyword("ON");
+    if (atKeyword("DATABASE") || atKeyword("ALL")) refuse("trigger on the database");
     result.table = objectName();
     return result;
 }
@@ -400,6 +422,7 @@ void Parser::alterAdd(AlterTableStatement& alter) {
     alter.action = AlterTableStatement::Action::Add;
     acceptKeyword("COLUMN");
     do {
+        refuseKeyword("INDEX", "ALTER TABLE ADD INDEX");
         tableElement(alter.added);
     } while (acceptOperator(","));
 }

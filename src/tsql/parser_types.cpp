@@ -44,8 +44,8 @@ std::optional<SqlType> typeNamed(std::string_view word) {
     return std::nullopt;
 }
 
-constexpr std::array kRefusedWords{"xml",      "hierarchyid", "geography",
-                                   "geometry", "cursor",      "table"};
+constexpr std::array kRefusedWords{"xml",    "hierarchyid", "geography", "geometry",
+                                   "cursor", "table",       "json",      "vector"};
 
 std::string place(const std::string& owner, int ordinal) {
     return owner.empty() ? "CAST or CONVERT"

@@ -193,6 +193,22 @@ struct ColumnDefinition {
     int line = 1;
 };
 
+struct IndexColumn {
+    std::string name;
+    bool descending = false;
+};
+
+struct CreateIndexStatement {
+    std::string name;
+    ObjectName table;
+    bool unique = false;
+    std::vector<IndexColumn> columns;
+    std::vector<std::string> included;
+    bool ignoresDuplicates = false;  // WITH IGNORE_DUP_KEY
+    ExpressionPtr where;
+    std::string whereText;  // as written
+};
+
 // What stands between the brackets of CREATE TABLE, or behind ADD.
 struct TableElements {
     std::vector<ColumnDefinition> columns;
@@ -201,6 +217,7 @@ struct TableElements {
     std::vector<CheckConstraint> checks;
     // ADD [CONSTRAINT name] DEFAULT value FOR column: definitions without a type.
     std::vector<std::pair<std::string, DefaultOption>> defaults;
+    std::vector<CreateIndexStatement> indexes;  // within CREATE TABLE, without their table's name
 };
 
 struct CreateTableStatement : TableElements {
@@ -219,22 +236,6 @@ struct AlterTableStatement {
                                      //< switched on again
     bool withoutCheck = false;       // ... need not hold to one that is added
     bool ifExists = false;
-};
-
-struct IndexColumn {
-    std::string name;
-    bool descending = false;
-};
-
-struct CreateIndexStatement {
-    std::string name;
-    ObjectName table;
-    bool unique = false;
-    std::vector<IndexColumn> columns;
-    std::vector<std::string> included;
-    bool ignoresDuplicates = false;  // WITH IGNORE_DUP_KEY
-    ExpressionPtr where;
-    std::string whereText;  // as written
 };
 
 // --- Views, procedures, functions, triggers: their text is kept as it was written
@@ -528,6 +529,8 @@ struct BulkInsertStatement {
     std::int64_t firstRow = 1;
     std::int64_t lastRow = 0;  // 0: the last one of the file
     std::int64_t maxErrors = 10;
+    std::int64_t batchSize = 0;  // rows of one transaction; 0: all of them
+    std::string formatFile;      // empty: each column of the table is a field
     bool keepsNulls = false;
     bool keepsIdentity = false;
     bool firesTriggers = false;

@@ -188,6 +188,8 @@ struct FunctionCall {
 
 // What `date AT TIME ZONE name` is called as a function of both.
 inline constexpr const char* kAtTimeZone = "at time zone";
+// ... and of column.WRITE(...).
+inline constexpr const char* kWriteMethod = "method WRITE";
 
 // What NEXT VALUE FOR name [OVER (ORDER BY ...)] is called as a function of the sequence, whose
 // name stands as a column's.

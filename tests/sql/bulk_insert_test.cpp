@@ -139,7 +139,7 @@ TEST_F(BulkInsert, RefusesFilesThatAreNotThereOrEndTooEarly) {
     EXPECT_NE(failure("").find("unexpected end of file"), std::string::npos);
     EXPECT_EQ(rows(), "String ");
     EXPECT_NE(failure("DATAFILETYPE = 'native'").find("DATAFILETYPE"), std::string::npos);
-    EXPECT_NE(failure("FORMATFILE = 'x'").find("FORMATFILE"), std::string::npos);
+    EXPECT_NE(failure("ERRORFILE = 'x'").find("ERRORFILE"), std::string::npos);
 }
 
 TEST_F(BulkInsert, KeepsIdentitiesAndFiresTriggersWhenItIsTold) {

@@ -180,6 +180,7 @@ BoundExpression Binder::storedFunction(const FunctionCall& call, int line, Scope
     const std::string name = followedName(call.name, schema_, catalogue());
     const Function* function = name.empty() ? nullptr : catalogue().findFunction(name);
     if (function == nullptr || function->returnsTable()) {
+        refuseXmlMethod(call.name);
         throw ServerError(tsql::Message::UnknownColumnOrFunction,
                           {call.name.parts.front(), call.name.text()}, line);
     }

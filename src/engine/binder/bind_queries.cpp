@@ -1,6 +1,9 @@
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
+#include <limits>
 #include <utility>
+#include <variant>
 
 #include <kaputil/automation/plain_text.hpp>
 
@@ -51,7 +54,7 @@ BoundQuery Binder::query(const tsql::Query& query, Scope* outer, QueryPlace plac
     std::vector<sql::CommonTable> with = commonTables(query.commonTables, outer);
     BoundQuery bound = body(query, outer, place);
     bound.tree.with = std::move(with);
-    limitRows(query, outer, bound.tree);
+    limitRows(query, outer, bound);
     if (query.asText) bound = rowsAsText(query, std::move(bound), place);
     const int depth = checkedDepth(deepestRead_ + 1, query.line);
     deepestRead_ = std::max(aside, depth);
@@ -170,27 +173,71 @@ sql::Select Binder::nestedSelect(BoundSelect& select) {
     return around;
 }
 
-// OFFSET n ROWS FETCH NEXT m ROWS ONLY.
-void Binder::limitRows(const tsql::Query& query, Scope* outer, sql::Query& tree) {
-    if (!query.offset) return;
-    Scope constants;
-    constants.outer = outer;
-    constants.limitsRows = true;
-    const auto count = [&](const tsql::Expression& expression) {
-        const BoundExpression bound = value(expression, constants);
-        return sql::call(fn::kTop, convertTo(bound, {tsql::SqlType::BigInt}, expression.line).tree);
-    };
-    sql::Expression offset = count(*query.offset);
-    sql::Expression most = query.fetch ? count(*query.fetch) : sql::number(-1);
-    const auto limit = [&](auto& rows) {
+namespace {
+
+using QueryBody = decltype(sql::Query::body);
+
+void limitBody(QueryBody& body, sql::Expression offset, sql::Expression most) {
+    const auto set = [&](auto& rows) {
         rows.limit = std::move(most);
         rows.offset = std::move(offset);
     };
-    if (auto* select = std::get_if<sql::Select>(&tree.body)) {
-        limit(*select);
+    if (auto* select = std::get_if<sql::Select>(&body)) {
+        set(*select);
     } else {
-        limit(std::get<sql::Compound>(tree.body));
+        set(std::get<sql::Compound>(body));
     }
+}
+
+// SQLite's LIMIT reads no columns: the rows, put in order first, are numbered. A part with OFFSET
+// is never merged into the whole, so it stays sorted.
+sql::Select numberedBetween(QueryBody rows, std::size_t columns, sql::Expression offset,
+                            sql::Expression most) {
+    limitBody(rows, sql::number(0), sql::number(-1));
+    sql::Select numbered;
+    numbered.items.push_back({sql::Star(), ""});
+    numbered.items.push_back({sql::Over{sql::call(fn::kRowNumber), sql::Window()}, "rank"});
+    numbered.items.push_back({std::move(offset), "passed"});
+    numbered.items.push_back({std::move(most), "most"});
+    numbered.from = sql::from(sql::Derived{sql::Query{std::move(rows)}});
+    sql::Select result;
+    for (std::size_t i = 0; i < columns; ++i)
+        result.items.push_back({numberedColumn(i), ""});
+    result.from = sql::from(sql::Derived{std::move(numbered)});
+    const sql::Expression behind =
+        sql::Binary{sql::BinaryOperator::Subtract, sql::column("rank"), sql::column("passed")};
+    result.where =
+        sql::allOf({sql::Binary{sql::BinaryOperator::Greater, behind, sql::number(0)},
+                    sql::Binary{sql::BinaryOperator::LessOrEqual, behind, sql::column("most")}});
+    result.order.push_back({sql::column("rank"), false});
+    return result;
+}
+
+}  // namespace
+
+// OFFSET n ROWS FETCH NEXT m ROWS ONLY.
+void Binder::limitRows(const tsql::Query& query, Scope* outer, BoundQuery& bound) {
+    if (!query.offset) return;
+    // Columns of the query itself are out of sight.
+    Scope own;
+    own.outer = outer;
+    Scope constants;
+    constants.outer = &own;
+    constants.limitsRows = true;
+    constants.limitReadsOuter = true;
+    const auto count = [&](const fn::Function& function, const tsql::Expression& expression) {
+        const BoundExpression value = this->value(expression, constants);
+        return sql::call(function, convertTo(value, {tsql::SqlType::BigInt}, expression.line).tree);
+    };
+    sql::Expression offset = count(fn::kOffset, *query.offset);
+    sql::Expression most = query.fetch ? count(fn::kFetch, *query.fetch) : sql::number(-1);
+    if (constants.readsOuter) {
+        if (!query.fetch) most = sql::number(std::numeric_limits<std::int64_t>::max());
+        bound.tree.body = numberedBetween(std::move(bound.tree.body), bound.columns.size(),
+                                          std::move(offset), std::move(most));
+        return;
+    }
+    limitBody(bound.tree.body, std::move(offset), std::move(most));
 }
 
 Binder::BoundSelect Binder::term(const tsql::QueryTerm& term,

@@ -61,9 +61,9 @@ constexpr std::array kVariables = std::to_array<SystemVariable>({
 
 // What the server has besides: it tells of a server's work and of nothing that a file has.
 constexpr std::array kRefusedVariables = std::to_array<std::string_view>(
-    {"@@connections", "@@cpu_busy", "@@idle", "@@io_busy", "@@microsoftversion", "@@pack_received",
-     "@@pack_sent", "@@packet_errors", "@@timeticks", "@@total_errors", "@@total_read",
-     "@@total_write"});
+    {"@@connections", "@@cpu_busy", "@@def_sortorder_id", "@@default_langid", "@@idle", "@@io_busy",
+     "@@microsoftversion", "@@pack_received", "@@pack_sent", "@@packet_errors", "@@timeticks",
+     "@@total_errors", "@@total_read", "@@total_write"});
 
 // How an argument goes to the session.
 enum class Takes { Nothing, Text, Number, TwoTexts, NumberText, TextNumbers, NumbersText, Numbers };

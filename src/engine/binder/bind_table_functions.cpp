@@ -21,9 +21,11 @@ namespace {
 constexpr int kDeepestFunctions = 32;
 
 bool isServersOwn(const tsql::ObjectName& name) {
-    static constexpr std::array<std::string_view, 7> kRowFunctions{
-        "generate_series",   "containstable",           "freetexttable", "fn_trace_gettable",
-        "fn_helpcollations", "fn_listextendedproperty", "openxml"};
+    static constexpr auto kRowFunctions = std::to_array<std::string_view>(
+        {"fn_builtin_permissions", "fn_dblog", "fn_dump_dblog", "fn_get_audit_file", "fn_get_sql",
+         "fn_listextendedproperty", "fn_my_permissions", "fn_servershareddrives",
+         "fn_trace_geteventinfo", "fn_trace_getfilterinfo", "fn_trace_getinfo", "fn_trace_gettable",
+         "fn_virtualfilestats", "fn_virtualservernodes"});
     const std::string last = asciiLower(name.last());
     const bool prefixed = name.parts.size() > 1 && equalsIgnoringCase(name.parts.front(), "sys");
     return prefixed || last.starts_with("dm_") ||
@@ -71,6 +73,8 @@ BoundSource Binder::functionTable(const tsql::FunctionTable& call, int line, Sco
     } else if (equalsIgnoringCase(call.name.last(), "fn_helpcollations")) {
         rows = collationRows();
     } else {
+        refuseOtherServer(call.name);
+        refuseXmlMethod(call.name);
         if (isServersOwn(call.name)) throw tsql::unsupported(call.name.text(), line);
         throw ServerError(tsql::Message::InvalidObject, {call.name.text()}, line);
     }

@@ -129,9 +129,10 @@ public:
     [[nodiscard]] BoundSource storedTable(const tsql::ObjectName& name,
                                           const std::string& alias) const;
     // A table or view by its name, as a source.
-    [[nodiscard]] BoundSource namedSource(const tsql::ObjectName& name) {
+    [[nodiscard]] BoundSource namedSource(const tsql::ObjectName& name,
+                                          const std::string& alias = {}) {
         const Restored numbers(needsRowNumbers_, true);
-        return namedTable({name, ""});
+        return namedTable({name, alias});
     }
     // Errors 1011 and 1013 when two sources have one name.
     static void checkNames(const std::vector<Source>& sources, int line);
@@ -363,7 +364,7 @@ private:
     [[nodiscard]] BoundQuery body(const tsql::Query& query, Scope* outer, QueryPlace place);
     // The depth of queries in one another, unless it is more than can be followed.
     static int checkedDepth(int depth, int line);
-    void limitRows(const tsql::Query& query, Scope* outer, sql::Query& tree);
+    void limitRows(const tsql::Query& query, Scope* outer, BoundQuery& bound);
     [[nodiscard]] static sql::Select nestedSelect(BoundSelect& select);
 
     // bind_rows_as_text.cpp

@@ -8,7 +8,7 @@
 #include "engine/binder/type_rules.hpp"
 #include "tsql/server_error.hpp"
 
-// Digests, random bytes, and messages that are put together.
+// Digests, compressed and random bytes, and messages that are put together.
 namespace kap::engine {
 
 using tsql::SqlType;
@@ -29,6 +29,25 @@ BoundExpression hashBytes(ScalarCall& call) {
         call.binder.castTo(call[1], {SqlType::VarBinary, tsql::kMaxLength}, 0, call.line);
     return BoundExpression::expression(sql::call(fn::kHashbytes, call.text(0), bytes.tree),
                                        {SqlType::VarBinary, kLongestBinary}, true);
+}
+
+// COMPRESS of a text compresses the bytes that it is kept in.
+BoundExpression compressed(ScalarCall& call) {
+    const SqlType type = call[0].type.type;
+    const bool taken = call[0].nullLiteral || tsql::isText(type) || tsql::isBinary(type);
+    if (!taken || tsql::isLarge(type)) call.refuseType(0);
+    const TypeSpec bytes{SqlType::VarBinary, tsql::kMaxLength};
+    const BoundExpression value = call.binder.castTo(call[0], bytes, 0, call.line);
+    return BoundExpression::expression(sql::call(fn::kCompress, value.tree), bytes,
+                                       call.anyNullable());
+}
+
+BoundExpression decompressed(ScalarCall& call) {
+    const SqlType type = call[0].type.type;
+    const bool taken = call[0].nullLiteral || tsql::isBinary(type);
+    if (!taken || tsql::isLarge(type)) call.refuseType(0);
+    return BoundExpression::expression(sql::call(fn::kDecompress, call[0].tree),
+                                       {SqlType::VarBinary, tsql::kMaxLength}, call.anyNullable());
 }
 
 // The seed makes no difference to bytes that the system makes.
@@ -69,6 +88,8 @@ BoundExpression formatMessage(ScalarCall& call) {
 
 constexpr std::array kByteFunctions = std::to_array<ScalarFunction>({
     {"hashbytes", 2, 2, hashBytes},
+    {"compress", 1, 1, compressed},
+    {"decompress", 1, 1, decompressed},
     {"crypt_gen_random", 1, 2, randomBytes},
     {"formatmessage", 1, 1 + kMostPlaces, formatMessage},
 });

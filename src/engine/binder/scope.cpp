@@ -183,6 +183,7 @@ void noSuchTable(const ObjectName& name) {
     if (name.last().front() == '@') {
         throw ServerError(tsql::Message::UndeclaredTableVariable, {name.last()}, name.line);
     }
+    refuseOtherServer(name);
     if (isServerView(name)) throw tsql::unsupported("view " + name.text(), name.line);
     throw ServerError(tsql::Message::InvalidObject, {name.text()}, name.line);
 }

@@ -4,6 +4,7 @@
 #include <array>
 
 #include "base/ascii.hpp"
+#include "tsql/server_error.hpp"
 
 namespace kap::engine {
 
@@ -11,6 +12,7 @@ namespace {
 
 // What the server's editions know, as far as it is not in the tables of functions. In order.
 constexpr std::array kServersNames = std::to_array<std::string_view>({
+    "any_value",
     "approx_count_distinct",
     "approx_percentile_cont",
     "approx_percentile_disc",
@@ -24,7 +26,9 @@ constexpr std::array kServersNames = std::to_array<std::string_view>({
     "certencoded",
     "certprivatekey",
     "certproperty",
-    "compress",
+    "change_tracking_current_version",
+    "change_tracking_is_column_in_mask",
+    "change_tracking_min_valid_version",
     "connectionproperty",
     "containstable",
     "current_date",
@@ -34,7 +38,6 @@ constexpr std::array kServersNames = std::to_array<std::string_view>({
     "current_transaction_id",
     "date_bucket",
     "datetrunc",
-    "decompress",
     "decryptbyasymkey",
     "decryptbycert",
     "decryptbykey",
@@ -86,6 +89,7 @@ constexpr std::array kServersNames = std::to_array<std::string_view>({
     "openrowset",
     "openxml",
     "permissions",
+    "product",
     "publishingservername",
     "pwdcompare",
     "pwdencrypt",
@@ -95,6 +99,7 @@ constexpr std::array kServersNames = std::to_array<std::string_view>({
     "regexp_replace",
     "regexp_substr",
     "right_shift",
+    "session_id",
     "set_bit",
     "setuser",
     "signbyasymkey",
@@ -107,6 +112,10 @@ constexpr std::array kServersNames = std::to_array<std::string_view>({
     "textptr",
     "textvalid",
     "unistr",
+    "vector_distance",
+    "vector_norm",
+    "vector_normalize",
+    "vectorproperty",
     "verifysignedbyasymkey",
     "verifysignedbycert",
     "xml_schema_namespace",
@@ -123,106 +132,264 @@ constexpr std::array kServersViews = std::to_array<std::string_view>({
     "assembly_references",
     "assembly_types",
     "asymmetric_keys",
+    "availability_databases_cluster",
+    "availability_group_listener_ip_addresses",
+    "availability_group_listeners",
+    "availability_groups",
+    "availability_groups_cluster",
+    "availability_read_only_routing_lists",
+    "availability_replicas",
     "backup_devices",
     "certificates",
     "change_tracking_databases",
     "change_tracking_tables",
+    "column_encryption_key_values",
     "column_encryption_keys",
+    "column_master_key_definitions",
     "column_master_keys",
+    "column_store_dictionaries",
     "column_store_row_groups",
     "column_store_segments",
     "column_type_usages",
+    "column_xml_schema_collection_usages",
     "configurations",
     "conversation_endpoints",
+    "conversation_groups",
+    "conversation_priorities",
     "credentials",
     "crypt_properties",
+    "cryptographic_providers",
+    "database_audit_specification_details",
     "database_audit_specifications",
+    "database_automatic_tuning_mode",
+    "database_automatic_tuning_options",
+    "database_connection_stats",
     "database_credentials",
+    "database_event_session_actions",
+    "database_event_session_events",
+    "database_event_session_fields",
+    "database_event_session_targets",
+    "database_event_sessions",
     "database_files",
+    "database_filestream_options",
+    "database_firewall_rules",
     "database_mirroring",
+    "database_mirroring_endpoints",
+    "database_mirroring_witnesses",
     "database_permissions",
+    "database_query_store_options",
     "database_recovery_status",
+    "database_resource_governor_workload_groups",
     "database_role_members",
     "database_scoped_configurations",
+    "database_scoped_credentials",
+    "database_service_objectives",
+    "destination_data_spaces",
+    "edge_constraint_clauses",
+    "edge_constraints",
+    "endpoint_webmethods",
     "endpoints",
+    "event_log",
+    "event_notification_event_types",
     "event_notifications",
+    "event_session_actions",
     "events",
+    "extended_procedures",
     "external_data_sources",
+    "external_file_formats",
+    "external_languages",
+    "external_libraries",
+    "external_resource_pools",
+    "external_table_columns",
     "external_tables",
+    "filetable_system_defined_objects",
     "filetables",
     "fulltext_catalogs",
+    "fulltext_document_types",
+    "fulltext_index_catalog_usages",
     "fulltext_index_columns",
+    "fulltext_index_fragments",
+    "fulltext_languages",
+    "fulltext_semantic_language_statistics_database",
+    "fulltext_semantic_languages",
     "fulltext_stoplists",
+    "fulltext_stopwords",
+    "fulltext_system_stopwords",
     "function_order_columns",
     "hash_indexes",
+    "http_endpoints",
+    "index_resumable_operations",
+    "internal_partitions",
     "internal_tables",
     "key_encryptions",
+    "ledger_table_history",
     "linked_logins",
     "login_token",
     "masked_columns",
     "master_files",
+    "master_key_passwords",
     "memory_optimized_tables_internal_attributes",
+    "message_type_xml_schema_collection_usages",
     "message_types",
     "messages",
     "module_assembly_usages",
+    "numbered_procedure_parameters",
     "numbered_procedures",
     "openkeys",
     "parameter_type_usages",
+    "parameter_xml_schema_collection_usages",
     "partition_functions",
     "partition_parameters",
     "partition_range_values",
     "partition_schemes",
     "periods",
     "plan_guides",
+    "query_context_settings",
     "query_store_plan",
     "query_store_query",
     "query_store_query_text",
     "query_store_runtime_stats",
+    "query_store_runtime_stats_interval",
+    "query_store_wait_stats",
     "registered_search_properties",
+    "registered_search_property_lists",
+    "remote_data_archive_databases",
+    "remote_data_archive_tables",
     "remote_logins",
+    "remote_service_bindings",
+    "resource_governor_configuration",
+    "resource_governor_external_resource_pools",
+    "resource_governor_resource_pools",
+    "resource_governor_workload_groups",
+    "resource_stats",
     "routes",
     "securable_classes",
     "security_policies",
     "security_predicates",
+    "selective_xml_index_namespaces",
     "selective_xml_index_paths",
+    "sensitivity_classifications",
+    "server_assembly_modules",
+    "server_audit_specification_details",
+    "server_audit_specifications",
     "server_audits",
+    "server_event_notifications",
+    "server_event_session_actions",
+    "server_event_session_events",
+    "server_event_session_fields",
+    "server_event_session_targets",
     "server_event_sessions",
+    "server_events",
+    "server_file_audits",
+    "server_memory_optimized_hybrid_buffer_pool_configuration",
     "server_permissions",
+    "server_principal_credentials",
     "server_role_members",
+    "server_sql_modules",
+    "server_trigger_events",
     "server_triggers",
     "servers",
+    "service_broker_endpoints",
+    "service_contract_message_usages",
+    "service_contract_usages",
     "service_contracts",
+    "service_message_types",
+    "service_queue_usages",
     "service_queues",
     "services",
+    "soap_endpoints",
+    "spatial_index_tessellations",
     "spatial_indexes",
     "spatial_reference_systems",
     "sql_dependencies",
     "sql_logins",
     "stats_columns",
     "symmetric_keys",
-    "sysprocesses",
     "system_columns",
     "system_components_surface_area_configuration",
+    "system_internals_allocation_units",
+    "system_internals_partition_columns",
+    "system_internals_partitions",
     "system_objects",
     "system_parameters",
     "system_sql_modules",
     "system_views",
+    "tcp_endpoints",
     "time_zone_info",
+    "trace_categories",
+    "trace_columns",
+    "trace_event_bindings",
     "trace_events",
+    "trace_subclass_values",
+    "trace_xe_action_map",
+    "trace_xe_event_map",
     "traces",
     "transmission_queue",
     "trigger_event_types",
+    "trusted_assemblies",
     "type_assembly_usages",
     "user_token",
+    "via_endpoints",
     "xml_indexes",
     "xml_schema_attributes",
+    "xml_schema_component_placements",
     "xml_schema_components",
     "xml_schema_elements",
+    "xml_schema_facets",
+    "xml_schema_model_groups",
     "xml_schema_namespaces",
     "xml_schema_types",
+    "xml_schema_wildcard_namespaces",
+    "xml_schema_wildcards",
 });
 
 static_assert(std::ranges::is_sorted(kServersViews));
+
+// The older ones, of sys, dbo or nobody.
+constexpr std::array kServersTables = std::to_array<std::string_view>({
+    "sysaltfiles",    "syscacheobjects", "syscharsets",      "sysconfigures",
+    "sysconstraints", "syscurconfigs",   "syscursorcolumns", "syscursorrefs",
+    "syscursors",     "syscursortables", "sysdepends",       "sysdevices",
+    "sysfile1",       "sysfilegroups",   "sysfiles",         "sysfulltextcatalogs",
+    "syslanguages",   "syslockinfo",     "syslogins",        "sysmembers",
+    "sysmessages",    "sysoledbusers",   "sysopentapes",     "sysperfinfo",
+    "syspermissions", "sysprocesses",    "sysprotects",      "sysremotelogins",
+    "sysservers",
+});
+
+static_assert(std::ranges::is_sorted(kServersTables));
+
+constexpr std::array kStandardViews = std::to_array<std::string_view>({
+    "column_domain_usage",
+    "column_privileges",
+    "domain_constraints",
+    "routine_columns",
+    "table_privileges",
+    "view_column_usage",
+});
+
+static_assert(std::ranges::is_sorted(kStandardViews));
+
+// What the tables of jobs, mail and backups begin with, which lie in a database of their own.
+constexpr std::array kServersFamilies = std::to_array<std::string_view>(
+    {"backup", "dbm_", "log_shipping_", "restore", "suspect_", "sys"});
+
+template <std::size_t Count>
+bool isAmong(const std::array<std::string_view, Count>& names, std::string_view name) {
+    return std::ranges::binary_search(names, name);
+}
+
+// The part that stands so many places before the last one, in lower case.
+std::string partBefore(const tsql::ObjectName& name, std::size_t places) {
+    const std::size_t count = name.parts.size();
+    return count > places ? asciiLower(name.parts[count - 1 - places]) : std::string();
+}
+
+bool isOfJobs(const tsql::ObjectName& name, std::string_view own) {
+    return partBefore(name, 2) == "msdb" &&
+           std::ranges::any_of(kServersFamilies,
+                               [&](std::string_view family) { return own.starts_with(family); });
+}
 
 }  // namespace
 
@@ -230,12 +397,24 @@ bool isServerFunction(std::string_view name) {
     return std::ranges::binary_search(kServersNames, std::string_view(asciiLower(name)));
 }
 
+void refuseXmlMethod(const tsql::ObjectName& name) {
+    static constexpr std::array<std::string_view, 4> kMethods{"exist", "modify", "nodes", "query"};
+    if (name.parts.size() > 1 && isAmong(kMethods, name.last())) {
+        throw tsql::unsupported("xml method " + name.last(), name.line);
+    }
+}
+
 bool isServerView(const tsql::ObjectName& name) {
-    const std::size_t count = name.parts.size();
-    if (count < 2 || !equalsIgnoringCase(name.parts[count - 2], "sys")) return false;
     const std::string own = asciiLower(name.last());
-    return own.starts_with("dm_") ||
-           std::ranges::binary_search(kServersViews, std::string_view(own));
+    const std::string owner = partBefore(name, 1);
+    if (owner == "sys") {
+        return own.starts_with("dm_") || isAmong(kServersViews, own) ||
+               isAmong(kServersTables, own);
+    }
+    if (owner == "information_schema") return isAmong(kStandardViews, own);
+    const bool older = owner.empty() || owner == "dbo";
+    return (older && isAmong(kServersTables, own)) || isOfJobs(name, own) ||
+           (own == "spt_values" && partBefore(name, 2) == "master");
 }
 
 }  // namespace kap::engine

@@ -59,12 +59,30 @@ BoundExpression escapedAsJson(ScalarCall& call) {
                                        {SqlType::NVarChar, tsql::kMaxLength}, call[0].nullable);
 }
 
+// column.WRITE(part, offset, length), of a column that has no limit.
+BoundExpression writtenPart(ScalarCall& call) {
+    const tsql::TypeSpec type = call[0].type;
+    const bool unlimited = type.length == tsql::kMaxLength && !tsql::isLarge(type.type) &&
+                           (tsql::isText(type.type) || tsql::isBinary(type.type));
+    if (!unlimited) {
+        throw ServerError(tsql::Message::CannotCallMethods, {tsql::typeName(type.type)}, call.line);
+    }
+    const auto number = [&](std::size_t i) {
+        return call.binder.convertTo(call[i], {SqlType::BigInt}, call.line).tree;
+    };
+    return BoundExpression::expression(
+        sql::call(fn::kWritePart, call[0].tree,
+                  call.binder.convertTo(call[1], type, call.line).tree, number(2), number(3)),
+        type, true);
+}
+
 constexpr int kMostJoined = 125;
 
 constexpr auto kTextBuilders = std::to_array<ScalarFunction>({
     {"concat_ws", 3, kMostJoined, concatenatedWithSeparator},
     {"translate", 3, 3, translated},
     {"string_escape", 2, 2, escapedAsJson},
+    {tsql::kWriteMethod, 4, 4, writtenPart},
 });
 
 }  // namespace

@@ -81,6 +81,10 @@ BoundExpression sameText(ScalarCall& call) {
 }
 
 BoundExpression trim(ScalarCall& call) {
+    if (call.arguments.size() == 2) {
+        return result(call, sql::call(fn::kTrimLetters, call.text(0), call.text(1)),
+                      call.textType(0));
+    }
     return result(call, sql::call(fn::kLtrim, sql::call(fn::kRtrim, call.text(0))),
                   call.textType(0));
 }
@@ -278,7 +282,7 @@ constexpr std::array kTextFunctions = std::to_array<ScalarFunction>({
     {"ltrim", 1, 1, sameText<fn::kLtrim>},
     {"rtrim", 1, 1, sameText<fn::kRtrim>},
     {"reverse", 1, 1, sameText<fn::kReverse>},
-    {"trim", 1, 1, trim},
+    {"trim", 1, 2, trim},
     {"len", 1, 1, length},
     {"datalength", 1, 1, dataLength},
     {"substring", 3, 3, substring},

@@ -58,7 +58,29 @@ SystemRows dependencies(const SchemaCatalogue& catalogue) {
     return view;
 }
 
+// The tables that views name, as the standard tells it.
+SystemRows tablesOfViews(const SchemaCatalogue& catalogue) {
+    SystemRows view{{{"VIEW_CATALOG", kName},
+                     {"VIEW_SCHEMA", kName},
+                     {"VIEW_NAME", kName},
+                     {"TABLE_CATALOG", kName},
+                     {"TABLE_SCHEMA", kName},
+                     {"TABLE_NAME", kName}},
+                    {}};
+    const Value database = text(catalogue.databaseName());
+    for (const StoredObject& object : catalogue.objects()) {
+        if (object.kind != StoredKind::View) continue;
+        for (const std::string& named : namedIn(catalogue, object)) {
+            if (catalogue.find(named) == nullptr && catalogue.findView(named) == nullptr) continue;
+            view.rows.push_back({database, schemaText(object.name), bare(object.name), database,
+                                 schemaText(named), bare(named)});
+        }
+    }
+    return view;
+}
+
 constexpr auto kDependencyViews = std::to_array<View>({
+    {"information_schema", "view_table_usage", tablesOfViews},
     {"sys", "sql_expression_dependencies", dependencies},
 });
 

@@ -99,9 +99,18 @@ std::string followedName(const ObjectName& name, std::string_view ownSchema,
     return meant;
 }
 
+void refuseOtherServer(const ObjectName& name) {
+    const std::string_view server = partBefore(name, 3);
+    if (server.empty()) return;
+    throw tsql::ServerError(tsql::Message::UnknownServer, {server}, name.line);
+}
+
 std::string nameToMake(const ObjectName& name, const Catalogue& catalogue, int line) {
     const std::string& own = name.last();
     if (isOfNoSchema(own)) return own;
+    if (!partBefore(name, 3).empty()) {
+        throw tsql::ServerError(tsql::Message::TooManyPrefixesToMake, {name.text()}, line);
+    }
     if (!isOfThisDatabase(name, catalogue)) {
         throw tsql::ServerError(tsql::Message::NoSuchDatabase, {partBefore(name, 2)}, line);
     }

@@ -38,8 +38,11 @@ inline constexpr std::string_view kDefaultSchema = "dbo";
 [[nodiscard]] std::string followedName(const tsql::ObjectName& name, std::string_view ownSchema,
                                        const Catalogue& catalogue);
 
+// Error 7202 for a name that begins with a server's.
+void refuseOtherServer(const tsql::ObjectName& name);
+
 // The stored name for an object that is to be made, in dbo when no schema is said. Error 2760 for a
-// schema that is not there, 2702 for another database.
+// schema that is not there, 2702 for another database, 117 for another server.
 [[nodiscard]] std::string nameToMake(const tsql::ObjectName& name, const Catalogue& catalogue,
                                      int line);
 

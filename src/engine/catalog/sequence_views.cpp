@@ -2,7 +2,7 @@
 #include "engine/catalog/object_names.hpp"
 #include "engine/catalog/view_rows.hpp"
 
-// sys.sequences and sys.synonyms.
+// sys.sequences, which the standard has, too, and sys.synonyms.
 namespace kap::engine::views {
 namespace {
 
@@ -82,6 +82,37 @@ SystemRows sysSequences(const SchemaCatalogue& catalogue) {
     return view;
 }
 
+SystemRows standardSequences(const SchemaCatalogue& catalogue) {
+    SystemRows view{{{"SEQUENCE_CATALOG", kName},
+                     {"SEQUENCE_SCHEMA", kName},
+                     {"SEQUENCE_NAME", kName},
+                     {"DATA_TYPE", kName},
+                     {"NUMERIC_PRECISION", kTinyInt},
+                     {"NUMERIC_PRECISION_RADIX", kSmallInt},
+                     {"NUMERIC_SCALE", kInt},
+                     {"START_VALUE", kNumber},
+                     {"MINIMUM_VALUE", kNumber},
+                     {"MAXIMUM_VALUE", kNumber},
+                     {"INCREMENT", kNumber},
+                     {"CYCLE_OPTION", kInt},
+                     {"DECLARED_DATA_TYPE", kName},
+                     {"DECLARED_NUMERIC_PRECISION", kTinyInt},
+                     {"DECLARED_NUMERIC_SCALE", kInt}},
+                    {}};
+    view.ofTheMoment = true;
+    for (const SchemaCatalogue::SequenceState& state : catalogue.sequences()) {
+        const Sequence& own = state.definition;
+        constexpr std::int64_t kRadix = 10;
+        view.rows.push_back({text(catalogue.databaseName()), schemaText(own.name), bare(own.name),
+                             text(tsql::typeName(own.type.type)),
+                             number(tsql::precisionOf(own.type)), number(kRadix),
+                             number(tsql::scaleOf(own.type)), number(own.start),
+                             number(own.minimum), number(own.maximum), number(own.increment),
+                             flag(own.cycles), Value(), Value(), Value()});
+    }
+    return view;
+}
+
 SystemRows sysSynonyms(const SchemaCatalogue& catalogue) {
     SystemRows view = viewOfObjects({{"base_object_name", kLongName}});
     for (const StoredObject& object : catalogue.objects()) {
@@ -94,6 +125,7 @@ SystemRows sysSynonyms(const SchemaCatalogue& catalogue) {
 }
 
 constexpr auto kSequenceViews = std::to_array<View>({
+    {"information_schema", "sequences", standardSequences},
     {"sys", "sequences", sysSequences},
     {"sys", "synonyms", sysSynonyms},
 });

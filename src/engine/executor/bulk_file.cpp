@@ -20,9 +20,10 @@ using tsql::ServerError;
 constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
 
 // Which bytes stand for which letters is said by the statement, or shown by the file itself.
-TextEncoding encodingOf(const tsql::BulkInsertStatement& bulk, std::string_view bytes, int line) {
+TextEncoding encodingOf(const tsql::BulkInsertStatement& bulk, bool wide, std::string_view bytes,
+                        int line) {
     const bool marked = bytes.starts_with(kUtf8Mark);
-    if (bulk.wideText) return TextEncoding::Utf16Marked;
+    if (wide) return TextEncoding::Utf16Marked;
     if (bulk.codePage == "65001") return marked ? TextEncoding::Utf8Marked : TextEncoding::Utf8;
     if (bulk.codePage == "1252") return TextEncoding::Windows1252;
     if (bulk.codePage.empty() || bulk.codePage == "ACP" || bulk.codePage == "RAW" ||
@@ -32,13 +33,13 @@ TextEncoding encodingOf(const tsql::BulkInsertStatement& bulk, std::string_view 
     throw tsql::unsupported("BULK INSERT WITH CODEPAGE = " + bulk.codePage, line);
 }
 
-std::string textIn(const tsql::BulkInsertStatement& bulk, int line) {
+std::string textIn(const tsql::BulkInsertStatement& bulk, bool wide, int line) {
     std::string bytes = bytesOfFile(bulk.file, line);
     constexpr std::string_view kWideMark = "\xFF\xFE";
-    if (bulk.wideText && !std::string_view(bytes).starts_with(kWideMark)) {
+    if (wide && !std::string_view(bytes).starts_with(kWideMark)) {
         return fromUnits(platform::fromUtf16Bytes(bytes));
     }
-    const TextEncoding encoding = encodingOf(bulk, bytes, line);
+    const TextEncoding encoding = encodingOf(bulk, wide, bytes, line);
     // Bytes that are none of UTF-8, and may be here, are told of their field.
     if (encoding == TextEncoding::Utf8Marked) bytes.erase(0, kUtf8Mark.size());
     if (encoding == TextEncoding::Utf8Marked || encoding == TextEncoding::Utf8) return bytes;
@@ -63,22 +64,18 @@ std::string bytesOfFile(const std::string& name, int line) {
     return std::move(*bytes);
 }
 
-BulkFile::BulkFile(const tsql::BulkInsertStatement& bulk, int line)
-    : fieldTerminator_(bulk.fieldTerminator),
-      rowTerminator_(bulk.rowTerminator),
+BulkFile::BulkFile(const tsql::BulkInsertStatement& bulk, BulkFormat format, int line)
+    : fields_(std::move(format.fields)),
       quote_(bulk.quote),
       line_(line),
-      text_(textIn(bulk, line)) {}
+      text_(textIn(bulk, bulk.wideText || format.wideText, line)) {}
 
-// "\n" as the terminator also stands for the ends of lines that have a "\r" before it.
-bool BulkFile::atRowEnd(std::size_t& length) const {
+// How long the terminator is that stands here; 0: none does. "\n" also stands for the ends of lines
+// that have a "\r" before it.
+std::size_t BulkFile::terminatorHere(const BulkField& field) const {
     const std::string_view rest = std::string_view(text_).substr(at_);
-    if (rest.starts_with(rowTerminator_)) {
-        length = rowTerminator_.size();
-        return true;
-    }
-    length = 2;
-    return rowTerminator_ == "\n" && rest.starts_with("\r\n");
+    if (rest.starts_with(field.terminator)) return field.terminator.size();
+    return field.terminator == "\n" && rest.starts_with("\r\n") ? 2 : 0;
 }
 
 // "a ""quoted"" field".
@@ -94,7 +91,26 @@ std::string BulkFile::quoted() {
     throw ServerError(tsql::Message::BulkFileEnds, {}, line_);
 }
 
-std::optional<std::string> BulkFile::field(bool last) {
+std::string BulkFile::ofLength(std::int64_t letters, bool last) {
+    const std::size_t start = at_;
+    const auto goesOn = [this] {
+        constexpr unsigned kMark = 0xC0U;
+        constexpr unsigned kRest = 0x80U;
+        return at_ < text_.size() && (static_cast<unsigned char>(text_[at_]) & kMark) == kRest;
+    };
+    for (; letters > 0 && at_ < text_.size(); --letters) {
+        for (++at_; goesOn();)
+            ++at_;
+    }
+    if (letters > 0 && !last) throw ServerError(tsql::Message::BulkFileEnds, {}, line_);
+    return text_.substr(start, at_ - start);
+}
+
+std::optional<std::string> BulkFile::field(const BulkField& field, bool last) {
+    const auto unlessEmpty = [](std::string value, bool given) {
+        return given || !value.empty() ? std::optional(std::move(value)) : std::nullopt;
+    };
+    if (field.terminator.empty()) return unlessEmpty(ofLength(field.length, last), false);
     std::string value;
     bool given = false;
     if (quote_ != '\0' && at_ < text_.size() && text_[at_] == quote_) {
@@ -102,26 +118,23 @@ std::optional<std::string> BulkFile::field(bool last) {
         given = true;
     }
     while (at_ < text_.size()) {
-        std::size_t length = fieldTerminator_.size();
-        const bool ends = last ? atRowEnd(length)
-                               : std::string_view(text_).substr(at_).starts_with(fieldTerminator_);
-        if (ends) {
+        if (const std::size_t length = terminatorHere(field); length > 0) {
             at_ += length;
-            return given || !value.empty() ? std::optional(std::move(value)) : std::nullopt;
+            return unlessEmpty(std::move(value), given);
         }
         value += text_[at_++];
     }
     // The last row may lack its end.
     if (!last) throw ServerError(tsql::Message::BulkFileEnds, {}, line_);
-    return given || !value.empty() ? std::optional(std::move(value)) : std::nullopt;
+    return unlessEmpty(std::move(value), given);
 }
 
-std::optional<std::vector<std::optional<std::string>>> BulkFile::next(std::size_t fields) {
+std::optional<std::vector<std::optional<std::string>>> BulkFile::next() {
     if (at_ == text_.size()) return std::nullopt;
     std::vector<std::optional<std::string>> row;
-    row.reserve(fields);
-    for (std::size_t i = 0; i < fields; ++i)
-        row.push_back(field(i + 1 == fields));
+    row.reserve(fields_.size());
+    for (const BulkField& each : fields_)
+        row.push_back(field(each, &each == &fields_.back()));
     return row;
 }
 

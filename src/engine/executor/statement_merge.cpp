@@ -78,6 +78,45 @@ void fireMerged(const MergePlan& plan, const Table& table, StatementRun& run) {
     }
 }
 
+// Finds the rows of every action, and tells how many there are.
+std::int64_t findRows(const MergePlan& plan, const StatementRun& run) {
+    ExecutionContext& context = run.context;
+    Database& database = context.connection.database();
+    std::int64_t count = 0;
+    for (const std::string& sql : plan.find) {
+        context.runText(run.plan.values, sql);
+        count += database.changes();
+    }
+    if (!plan.limit.empty()) {
+        context.runText(run.plan.values, plan.limit);
+        count -= database.changes();
+    }
+    const bool repeated =
+        !plan.repeated.empty() && PreparedStatement(database.handle(), plan.repeated).step();
+    if (repeated) throw tsql::ServerError(tsql::Message::MergeTouchedRowTwice);
+    return count;
+}
+
+// Triggers fire instead of the actions, each kind with the rows of its own.
+void mergeInstead(const MergePlan& plan, StatementRun& run) {
+    ExecutionContext& context = run.context;
+    run.scope->expectSeveral();
+    context.captures.ensureRows(plan.shape);
+    const MergeTables tables(context.connection.handle(), plan);
+    const std::int64_t count = findRows(plan, run);
+    (void)context.counters.takeLastIdentity();
+    for (const MergeFiring& firing : plan.firings) {
+        for (const std::string& sql : firing.fill)
+            context.runText(run.plan.values, sql);
+        context.state.rowCount = count;
+        context.fire(plan.shape, {plan.shape.name, firing.event, firing.columns, true},
+                     run.results);
+        context.captures.empty(plan.shape);
+    }
+    context.state.rowCount = count;
+    context.addCount(run.results);
+}
+
 void merge(const MergePlan& plan, StatementRun& run) {
     ExecutionContext& context = run.context;
     sqlite3* database = context.connection.handle();
@@ -90,15 +129,7 @@ void merge(const MergePlan& plan, StatementRun& run) {
     const bool captures = firing || answers || checked;
     if (captures) context.captures.ensure(table);
     const MergeTables tables(database, plan);
-    for (const std::string& sql : plan.find) {
-        context.runText(run.plan.values, sql);
-    }
-    if (!plan.limit.empty()) context.runText(run.plan.values, plan.limit);
-    const bool repeated =
-        !plan.repeated.empty() && PreparedStatement(database, plan.repeated).step();
-    if (repeated) {
-        throw tsql::ServerError(tsql::Message::MergeTouchedRowTwice);
-    }
+    (void)findRows(plan, run);
     std::int64_t count = 0;
     const auto write = [&] { count = mergeRows(plan, run, captures); };
     const auto explained = [&] {
@@ -125,6 +156,10 @@ void merge(const MergePlan& plan, StatementRun& run) {
 
 void execute(const MergePlan& plan, StatementRun& run) {
     refuseReadOnly(plan.target, run.context);
+    if (!plan.firings.empty()) {
+        mergeInstead(plan, run);
+        return;
+    }
     merge(plan, run);
     requireRow(plan.positioned, run.context);
 }

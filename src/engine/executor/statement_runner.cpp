@@ -24,10 +24,11 @@ bool fitsFiring(const StatementPlan& plan, const SchemaCatalogue& catalogue) {
     return std::visit(
         [&]<typename Plan>(const Plan& kind) {
             if constexpr (requires { kind.target; }) {
-                constexpr bool kInstead = std::is_same_v<Plan, InsteadPlan>;
+                bool instead = std::is_same_v<Plan, InsteadPlan>;
+                if constexpr (std::is_same_v<Plan, MergePlan>) instead = !kind.firings.empty();
                 const WriteTarget& target = kind.target;
                 if (target.insteadOfEvent != 0 &&
-                    kInstead != catalogue.firesInstead(target.relation, target.insteadOfEvent)) {
+                    instead != catalogue.firesInstead(target.relation, target.insteadOfEvent)) {
                     return false;
                 }
                 bool catches = true;

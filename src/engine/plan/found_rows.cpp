@@ -1,5 +1,6 @@
 #include "engine/plan/found_rows.hpp"
 
+#include <algorithm>
 #include <atomic>
 #include <utility>
 
@@ -198,6 +199,24 @@ sql::Update FoundRows::update(const std::vector<const Column*>& columns, std::si
         {isChosen(action, kFound), sql::equal(sql::Column{kChanged, rowNumberName(target_), true},
                                               sql::column(kFound, kTargetRow))});
     return result;
+}
+
+sql::Insert FoundRows::caught(RowState state, const std::vector<const Column*>& assigned,
+                              std::size_t action) const {
+    sql::Insert insert{tableName(capturedRows(target_, state)), {"kap row", "kap target"}};
+    sql::Select rows = sql::one(sql::column(kRow), sql::from(found_));
+    rows.items.push_back({sql::column(kTargetRow)});
+    for (std::size_t i = 0; i < target_.columns.size(); ++i) {
+        const auto given = std::ranges::find(assigned, &target_.columns[i]);
+        const bool kept = given == assigned.end();
+        const auto place = kept ? i : static_cast<std::size_t>(given - assigned.begin());
+        insert.columns.push_back(target_.columns[i].name);
+        rows.items.push_back({sql::column(foundName(kept ? "s" : "c", place))});
+    }
+    rows.where = isChosen(action);
+    rows.order.push_back({sql::column(kRow)});
+    insert.rows = sql::Query{std::move(rows)};
+    return insert;
 }
 
 Source FoundRows::written(RowState state) const {

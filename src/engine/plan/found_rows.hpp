@@ -48,6 +48,11 @@ public:
     [[nodiscard]] sql::Update update(const std::vector<const Column*>& columns,
                                      std::size_t action) const;
 
+    // Puts the rows that were found for an action where a trigger looks for them that fires instead
+    // of it: with the new values of these columns, and else as they were.
+    [[nodiscard]] sql::Insert caught(RowState state, const std::vector<const Column*>& assigned,
+                                     std::size_t action) const;
+
     // What OUTPUT reads: the written rows before or after, and the columns of a source, which are
     // those from `first` on among the found ones.
     [[nodiscard]] Source written(RowState state) const;

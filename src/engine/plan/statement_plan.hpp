@@ -92,6 +92,13 @@ struct MergeStep {
     std::vector<std::string> columns;  // that an UPDATE assigns
 };
 
+// Triggers that fire instead of the actions of one kind.
+struct MergeFiring {
+    std::uint8_t event = 0;            // a TriggerEvents
+    std::vector<std::string> fill;     // puts the rows where the triggers look for them
+    std::vector<std::string> columns;  // that an UPDATE assigns
+};
+
 // A MERGE, or an UPDATE or DELETE whose OUTPUT reads other tables: every row and its new values
 // are found first, so that no action sees what another one has written.
 struct MergePlan {
@@ -107,6 +114,9 @@ struct MergePlan {
     std::vector<MergeStep> steps;     // deletes, then updates, then inserts
     std::vector<std::string> refill;  // the caught rows of one event: ?1 is the action's name
     std::vector<std::string> remove;  // the tables
+    // Where triggers fire instead there are no steps; they see rows of this form.
+    std::vector<MergeFiring> firings;
+    Table shape;
 };
 
 // A statement that a trigger fires instead of.

@@ -85,6 +85,9 @@ struct InsteadTarget {
 [[nodiscard]] std::optional<InsteadTarget> insteadTarget(const tsql::ObjectName& name,
                                                          std::uint8_t event,
                                                          const NameScope& names);
+// What such a trigger sees rows of: the table, or the columns of the view.
+[[nodiscard]] Table insteadShape(const InsteadTarget& target, const tsql::ObjectName& name,
+                                 Binder& binder);
 // Remembers in what a plan writes that it depends on such a trigger.
 void noteInstead(WriteTarget& written, const std::optional<InsteadTarget>& target,
                  std::uint8_t event);

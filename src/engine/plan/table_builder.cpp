@@ -153,6 +153,8 @@ void TableBuilder::add(const tsql::TableElements& elements) {
         addCheck(check);
     for (const tsql::ForeignKey& key : elements.foreignKeys)
         addForeignKey(key);
+    for (const tsql::CreateIndexStatement& index : elements.indexes)
+        addIndex(index);
 }
 
 void TableBuilder::add(Column column, int line) {
@@ -473,6 +475,7 @@ CreateTablePlan TableBuilder::plan() const {
         const std::string nulls = key.primary ? "" : nullsIndex(table(), key.name, key.columns);
         if (!nulls.empty()) result.sql.push_back(nulls + commentOf({key.ignoresDuplicates, {}}));
     }
+    result.sql.insert(result.sql.end(), indexes_.begin(), indexes_.end());
     return result;
 }
 

@@ -54,6 +54,7 @@ private:
     void checkReference(const std::string& name, const tsql::ForeignKey& key, const Table& parent,
                         const std::vector<std::string>& columns);
     void addCheck(const tsql::CheckConstraint& check);
+    void addIndex(const tsql::CreateIndexStatement& index);
     void requireNoVariables(int line) const;
     [[nodiscard]] std::vector<std::string> parentColumns(const tsql::ForeignKey& key,
                                                          const Table& parent) const;
@@ -64,6 +65,8 @@ private:
     TableDefinition definition_;
     std::vector<std::string> constraints_;
     std::vector<std::string> takenNames_;
+    std::vector<std::string> indexNames_;
+    std::vector<std::string> indexes_;  // the texts that make them
     std::vector<Reference> newReferences_;
 };
 
@@ -82,6 +85,11 @@ private:
 // one that has not, in a key or an index.
 [[nodiscard]] bool isSteady(const Column& column);
 [[noreturn]] void notSteady(const Column& column, const Table& table, int line);
+
+// The texts that make an index of a table. Errors of its columns and its filter.
+[[nodiscard]] std::vector<std::string> indexTexts(const tsql::CreateIndexStatement& statement,
+                                                  const Table& table, int line,
+                                                  const NameScope& names);
 
 // A unique index beside one over columns that may be null: SQLite takes any number of nulls, the
 // server only one. Empty when no column may be null.

@@ -82,21 +82,6 @@ void checkCount(std::size_t given, std::size_t wanted, bool listed, int line) {
 
 namespace {
 
-// What the trigger sees rows of: the table, or the columns of the view.
-Table insteadShape(const InsteadTarget& target, const tsql::ObjectName& name, Binder& binder) {
-    if (target.table != nullptr) return *target.table;
-    Table shape;
-    shape.name = target.name;
-    shape.captureLevel = target.level;
-    const BoundSource source = binder.namedSource(name);
-    for (const SourceColumn& each : source.sources.front().columns) {
-        Column& column = shape.columns.emplace_back();
-        column.name = each.name;
-        column.type = each.value.type;
-    }
-    return shape;
-}
-
 // The table of that name, or the one behind a view.
 const Table& insertTarget(const InsertStatement& statement, Binder& binder,
                           const std::optional<InsteadTarget>& instead, Table& shape) {

@@ -28,6 +28,19 @@ struct InsteadWrite {
     const tsql::UpdateStatement* update;  // null for DELETE
 };
 
+// The columns of a view as a table.
+Table shapeOfView(const InsteadTarget& target, const Source& source) {
+    Table shape;
+    shape.name = target.name;
+    shape.captureLevel = target.level;
+    for (const SourceColumn& each : source.columns) {
+        Column& column = shape.columns.emplace_back();
+        column.name = each.name;
+        column.type = each.value.type;
+    }
+    return shape;
+}
+
 class InsteadWriter {
 public:
     InsteadWriter(const InsteadWrite& write, const InsteadTarget& target, std::uint8_t event,
@@ -46,7 +59,7 @@ public:
         Scope scope;
         bindSources(scope);
         const Source& source = scope.sources[scope.target];
-        shape_ = target_.table != nullptr ? *target_.table : shapeOf(source);
+        shape_ = target_.table != nullptr ? *target_.table : shapeOfView(target_, source);
         std::vector<BoundAssignment> assignments;
         sql::Select rows;
         rows.from = std::move(from_);
@@ -85,26 +98,16 @@ private:
         from_ = std::move(bound.from);
     }
 
-    [[nodiscard]] Table shapeOf(const Source& source) const {
-        Table shape;
-        shape.name = target_.name;
-        shape.captureLevel = target_.level;
-        for (const SourceColumn& each : source.columns) {
-            Column& column = shape.columns.emplace_back();
-            column.name = each.name;
-            column.type = each.value.type;
-        }
-        return shape;
-    }
-
     StatementPlan planOf(std::vector<sql::CommonTable> with, sql::Select select,
                          const Source& source, const std::vector<BoundAssignment>& assignments) {
         const FoundRows found(shape_);
         InsteadPlan plan;
         MergePlan tables;
         std::vector<sql::Expression> values;
+        std::vector<const Column*> assigned;
         for (const BoundAssignment& each : assignments) {
             values.push_back(each.value);
+            assigned.push_back(each.column);
             plan.columns.push_back(each.column->name);
         }
         std::vector<sql::Expression> before;
@@ -121,9 +124,9 @@ private:
         // A row of a table that was found several times is written once.
         if (rows) plan.fill.push_back(sqlOf(sql::Write{found.keepFirst()}));
         if (write_.update != nullptr) {
-            plan.fill.push_back(sqlOf(sql::Write{caught(found, RowState::Inserted, assignments)}));
+            plan.fill.push_back(sqlOf(sql::Write{found.caught(RowState::Inserted, assigned, 0)}));
         }
-        plan.fill.push_back(sqlOf(sql::Write{caught(found, RowState::Deleted, {})}));
+        plan.fill.push_back(sqlOf(sql::Write{found.caught(RowState::Deleted, {}, 0)}));
         plan.verb = write_.update != nullptr ? Verb::Update : Verb::Delete;
         plan.target.table = target_.name;
         plan.target.firingLevel = target_.level;
@@ -131,25 +134,6 @@ private:
         plan.target.insteadOfEvent = event_;
         plan.shape = std::move(shape_);
         return finished(std::move(plan), binder_);
-    }
-
-    [[nodiscard]] sql::Insert caught(const FoundRows& found, RowState state,
-                                     const std::vector<BoundAssignment>& assignments) const {
-        sql::Insert insert{tableName(capturedRows(shape_, state)), {"kap row", "kap target"}};
-        sql::Select rows = sql::one(sql::column("row"), sql::from(found.found()));
-        rows.items.push_back({sql::column("target row")});
-        for (std::size_t i = 0; i < shape_.columns.size(); ++i) {
-            const auto assigned = std::ranges::find_if(
-                assignments,
-                [&](const BoundAssignment& each) { return each.column == &shape_.columns[i]; });
-            insert.columns.push_back(shape_.columns[i].name);
-            const bool kept = assigned == assignments.end();
-            const auto place = kept ? i : static_cast<std::size_t>(assigned - assignments.begin());
-            rows.items.push_back({sql::column(foundName(kept ? "s" : "c", place))});
-        }
-        rows.order.push_back({sql::column("row")});
-        insert.rows = sql::Query{std::move(rows)};
-        return insert;
     }
 
     const InsteadWrite& write_;
@@ -175,6 +159,11 @@ std::optional<InsteadTarget> insteadTarget(const tsql::ObjectName& name, std::ui
     target.fires = names.catalogue().firesInstead(target.name, event);
     target.level = names.catalogue().firingLevel(target.name);
     return target;
+}
+
+Table insteadShape(const InsteadTarget& target, const tsql::ObjectName& name, Binder& binder) {
+    if (target.table != nullptr) return *target.table;
+    return shapeOfView(target, binder.namedSource(name).sources.front());
 }
 
 void noteInstead(WriteTarget& written, const std::optional<InsteadTarget>& target,

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "base/ascii.hpp"
+#include "engine/catalog/object_names.hpp"
 #include "engine/plan/capture.hpp"
 #include "engine/plan/found_rows.hpp"
 #include "engine/plan/statements.hpp"
@@ -12,7 +13,8 @@
 
 // MERGE. The rows of every action are found before anything is written, with their new values, in a
 // temporary table; then come the deletes, the updates and the inserts. Where triggers or OUTPUT
-// want the written rows, these are kept in a second one.
+// want the written rows, these are kept in a second one. Where triggers fire instead of the actions
+// the found rows are put where these look for them, and nothing is written.
 namespace kap::engine {
 
 using tsql::MergeAction;
@@ -42,14 +44,38 @@ std::vector<std::string> writtenNames(const MergeStatement& statement) {
     return names;
 }
 
+std::uint8_t eventsOf(const MergeStatement& statement) {
+    std::uint8_t events = 0;
+    for (const MergeAction& action : statement.actions)
+        events |= eventOf(action);
+    return events;
+}
+
+// The target, when triggers fire instead of the actions. They must do so for all of them.
+std::optional<InsteadTarget> insteadOfActions(const MergeStatement& statement, int line,
+                                              const NameScope& names) {
+    std::optional<InsteadTarget> result;
+    bool others = false;
+    for (const MergeAction& action : statement.actions) {
+        auto target = insteadTarget(statement.table, eventOf(action), names);
+        const bool fires = target && target->fires;
+        if (fires) result = std::move(target);
+        others = others || !fires;
+    }
+    if (!result || !others) return result;
+    throw ServerError(tsql::Message::MergeInsteadOfSome, {statement.table.text()}, line);
+}
+
 class MergeWriter {
 public:
     MergeWriter(const MergeStatement& statement, int line, const NameScope& names)
         : statement_(statement),
           line_(line),
+          instead_(insteadOfActions(statement, line, names)),
           binder_(names),
-          with_(boundTables(statement, binder_)),
-          table_(target(statement, binder_)),
+          with_(boundTables(statement, instead_.has_value(), binder_)),
+          shape_(instead_ ? insteadShape(*instead_, statement.table, binder_) : Table()),
+          table_(instead_ ? shape_ : target(statement, binder_)),
           rows_(table_) {}
 
     StatementPlan plan() {
@@ -57,17 +83,16 @@ public:
         bindActions();
         plan_.verb = Verb::Merge;
         plan_.target = writeTarget(table_, binder_.names());
+        const std::uint8_t events = eventsOf(statement_);
+        noteInstead(plan_.target, insteadTarget(statement_.table, events, binder_.names()), events);
+        if (instead_) return planInstead();
         plan_.capture = capture();
         const bool kept = plan_.capture.has_value();
         if (kept && statement_.output) {
             for (const Source& source : sources_)
                 sourceColumns_ += source.columns.size();
         }
-        rows_.makeTables(plan_, widest_, sourceColumns_, kept);
-        for (std::size_t i = 0; i < statement_.actions.size(); ++i)
-            plan_.find.push_back(sqlOf(sql::Write{find(i), with_}));
-        plan_.repeated = sqlOf(sql::Query{repeated()});
-        if (const auto limit = limited()) plan_.limit = sqlOf(sql::Write{*limit});
+        addSearch(kept);
         // A unique value that goes is free for the row that comes.
         for (const std::uint8_t event : {tsql::kOnDelete, tsql::kOnUpdate, tsql::kOnInsert})
             addSteps(event, kept);
@@ -75,6 +100,49 @@ public:
     }
 
 private:
+    StatementPlan planInstead() {
+        if (statement_.output && !statement_.output->into) {
+            throw ServerError(tsql::Message::OutputOfTableWithTriggers, {bareName(instead_->name)});
+        }
+        if (statement_.output) {
+            throw tsql::unsupported("OUTPUT INTO with an INSTEAD OF trigger", line_);
+        }
+        sourceColumns_ = shape_.columns.size();
+        addSearch(false);
+        for (const std::uint8_t event : {tsql::kOnInsert, tsql::kOnUpdate, tsql::kOnDelete}) {
+            MergeFiring firing{event, {}, {}};
+            for (std::size_t i = 0; i < statement_.actions.size(); ++i) {
+                if (eventOf(statement_.actions[i]) == event) addFiring(firing, i);
+            }
+            if (!firing.fill.empty()) plan_.firings.push_back(std::move(firing));
+        }
+        // The columns of the bound actions are those of the shape.
+        plan_.shape = shape_;
+        return finished(std::move(plan_), binder_);
+    }
+
+    void addFiring(MergeFiring& firing, std::size_t action) const {
+        const std::vector<const Column*>& columns = bound_[action].columns;
+        if (firing.event != tsql::kOnDelete) {
+            firing.fill.push_back(
+                sqlOf(sql::Write{rows_.caught(RowState::Inserted, columns, action)}));
+        }
+        if (firing.event != tsql::kOnInsert) {
+            firing.fill.push_back(sqlOf(sql::Write{rows_.caught(RowState::Deleted, {}, action)}));
+        }
+        for (const Column* column : columns)
+            firing.columns.push_back(column->name);
+    }
+
+    // Finds the rows of every action.
+    void addSearch(bool kept) {
+        rows_.makeTables(plan_, widest_, sourceColumns_, kept);
+        for (std::size_t i = 0; i < statement_.actions.size(); ++i)
+            plan_.find.push_back(sqlOf(sql::Write{find(i), with_}));
+        plan_.repeated = sqlOf(sql::Query{repeated()});
+        if (const auto limit = limited()) plan_.limit = sqlOf(sql::Write{*limit});
+    }
+
     // What is done with the found rows of an action, and their values.
     struct Bound {
         sql::Expression condition;  // none: any row
@@ -84,28 +152,21 @@ private:
     };
 
     // A view or a common table that is written through brings the rows of the table behind it.
-    static std::vector<sql::CommonTable> boundTables(const MergeStatement& statement,
+    static std::vector<sql::CommonTable> boundTables(const MergeStatement& statement, bool instead,
                                                      Binder& binder) {
         binder.limitRecursion(statement.maxRecursion);
+        if (instead) return binder.commonTables(statement.commonTables, nullptr);
         binder.writesColumns(writtenNames(statement));
         return binder.commonTables(statement.commonTables, nullptr, &statement.table);
     }
 
     static const Table& target(const MergeStatement& statement, const Binder& binder) {
-        const tsql::ObjectName& name = statement.table;
-        const Table* table = findTable(name, binder.names());
-        const View* view = table == nullptr ? findView(name, binder.names()) : nullptr;
-        const bool instead = (table != nullptr && table->insteadOfEvents != 0) ||
-                             (view != nullptr && view->insteadOfEvents != 0);
-        if (instead) {
-            throw tsql::unsupported("MERGE into a table with an INSTEAD OF trigger", name.line);
-        }
         const Table* behind = binder.commonTarget().table;
-        return behind != nullptr ? *behind : requireTable(name, binder.names());
+        return behind != nullptr ? *behind : requireTable(statement.table, binder.names());
     }
 
     void bindSources() {
-        const std::string own = binder_.commonTarget().table != nullptr
+        const std::string own = binder_.commonTarget().table != nullptr || isView()
                                     ? statement_.table.last()
                                     : shownName(table_, statement_.table, binder_.names());
         const std::string& name = statement_.alias.empty() ? own : statement_.alias;
@@ -125,7 +186,17 @@ private:
         condition_ = binder_.condition(*statement_.condition, scope);
     }
 
+    // Whether the target is a view that triggers fire for.
+    [[nodiscard]] bool isView() const { return instead_ && instead_->view != nullptr; }
+
     void bindTargetAs(const std::string& name) {
+        if (isView()) {
+            BoundSource own = binder_.namedSource(statement_.table, name);
+            targetSource_ = std::move(own.sources.front());
+            targetFrom_ = std::move(own.from);
+            targetRow_ = sql::null();
+            return;
+        }
         if (binder_.commonTarget().table == nullptr) {
             targetSource_ = Binder::tableSource(table_, name);
             targetFrom_ = sql::from(tableName(table_, name));
@@ -170,7 +241,10 @@ private:
     void bindInsert(const tsql::InsertStatement& insert, int line, Scope& scope, Bound& bound) {
         givesIdentity_ = sameName(binder_.names().settings().identityInsert, table_.name);
         bound.defaults = insert.defaultValues;
-        if (insert.defaultValues) return;
+        if (insert.defaultValues) {
+            addGenerated(bound);
+            return;
+        }
         const auto columns = insertedColumns(insert, table_, binder_, line);
         checkAssignable(columns, table_, givesIdentity_, line);
         const auto& row = insert.rows.front();
@@ -188,6 +262,20 @@ private:
             } else {
                 bound.values.push_back(defaultOf(column));
             }
+        }
+        addGenerated(bound);
+    }
+
+    // What a trigger that fires instead sees of columns that are not given: their defaults, and no
+    // number of an identity yet.
+    void addGenerated(Bound& bound) const {
+        if (!instead_) return;
+        for (const Column& column : shape_.columns) {
+            if (std::ranges::find(bound.columns, &column) != bound.columns.end()) continue;
+            const bool numbered = column.identity && !givesIdentity_;
+            if (!numbered && (!column.defaultSql || column.computed)) continue;
+            bound.columns.push_back(&column);
+            bound.values.push_back(numbered ? sql::number(0) : defaultOf(column));
         }
     }
 
@@ -218,15 +306,24 @@ private:
         }
         addConditionsOf(index, conditions);
         if (!conditions.empty()) rows.where = sql::allOf(std::move(conditions));
-        std::vector<sql::Expression> columns;
-        columns.reserve(sourceColumns_);
-        for (const Source& each : sources_) {
-            for (std::size_t i = 0; i < each.columns.size() && sourceColumns_ > 0; ++i)
-                columns.push_back(source ? each.columns[i].value.tree : sql::null());
-        }
+        const std::vector<sql::Expression> columns = keptColumns(target, source);
         rows.items =
             FoundRows::foundItems(target ? targetRow_ : sql::null(), index, bound.values, columns);
         return rows_.find(bound.values.size(), columns.size(), std::move(rows));
+    }
+
+    // What is kept of the rows beside their new values: the columns of the sources for OUTPUT, or
+    // those of the target for triggers that fire instead.
+    [[nodiscard]] std::vector<sql::Expression> keptColumns(bool target, bool source) const {
+        std::vector<sql::Expression> columns;
+        if (sourceColumns_ == 0) return columns;
+        columns.reserve(sourceColumns_);
+        const bool there = instead_ ? target : source;
+        for (const Source& each : instead_ ? std::vector{targetSource_} : sources_) {
+            for (const SourceColumn& column : each.columns)
+                columns.push_back(there ? column.value.tree : sql::null());
+        }
+        return columns;
     }
 
     // A row of the target that was found twice.
@@ -303,8 +400,7 @@ private:
     // Written rows are kept for OUTPUT and for triggers of any of the actions.
     std::optional<Capture> capture() {
         Capture capture;
-        for (const MergeAction& action : statement_.actions)
-            capture.event |= eventOf(action);
+        capture.event = eventsOf(statement_);
         capture.forTriggers = (table_.triggerEvents & capture.event) != 0;
         const bool checked = !binder_.commonTarget().checks.empty();
         if (!capture.forTriggers && !statement_.output && !checked) return std::nullopt;
@@ -338,8 +434,10 @@ private:
 
     const MergeStatement& statement_;
     int line_;
+    std::optional<InsteadTarget> instead_;
     Binder binder_;
     std::vector<sql::CommonTable> with_;
+    Table shape_;  // of what triggers fire for instead
     const Table& table_;
     FoundRows rows_;
     Source targetSource_;

@@ -1,5 +1,6 @@
 #include <map>
 #include <memory>
+#include <optional>
 #include <utility>
 
 #include <kaputil/automation/plain_text.hpp>
@@ -13,7 +14,8 @@
 #include "engine/sqlite/time_limit.hpp"
 #include "engine/values/convert.hpp"
 
-// BULK INSERT: rows of a file go into a table one by one, in one transaction. A row with a field
+// BULK INSERT: rows of a file go into a table one by one, all or each batch of them in one
+// transaction. A row with a field
 // that cannot be read is left out and told, until there are too many of them.
 namespace kap::engine {
 
@@ -25,8 +27,27 @@ namespace {
 constexpr tsql::TypeSpec kFieldText{SqlType::NVarChar, tsql::kMaxLength};
 
 // Whether a field of the file goes into the column: what the database gives is passed over.
-bool takesField(const Column& column, const tsql::BulkInsertStatement& bulk) {
-    return !column.isRowVersion() && (!column.identity || bulk.keepsIdentity);
+bool takesField(const Column* column, const tsql::BulkInsertStatement& bulk) {
+    return column != nullptr && !column->isRowVersion() &&
+           (!column->identity || bulk.keepsIdentity);
+}
+
+// The fields of the file: those of a format file, or one for each column.
+BulkFormat layoutOf(const tsql::BulkInsertStatement& bulk, const Table& table, int line) {
+    if (!bulk.formatFile.empty()) return bulkFormat(bulk.formatFile, table, line);
+    BulkFormat format;
+    for (const Column& column : table.columns) {
+        if (!column.computed) format.fields.push_back({bulk.fieldTerminator, 0, &column});
+    }
+    if (!format.fields.empty()) format.fields.back().terminator = bulk.rowTerminator;
+    return format;
+}
+
+std::vector<const Column*> columnsOf(const BulkFormat& format) {
+    std::vector<const Column*> columns;
+    for (const BulkField& field : format.fields)
+        columns.push_back(field.column);
+    return columns;
 }
 
 }  // namespace
@@ -40,19 +61,17 @@ struct ScriptRunner::BulkRow {
 
 void ScriptRunner::bulkInsert(Frame& frame, const tsql::BulkInsertStatement& node, int line,
                               std::vector<ado::Result>& results) {
-    BulkFile file(node, line);
-    Transactions::WriteScope scope(transactions_);
-    const Table& table = requireTable(node.table, frame.program.names());
-    std::vector<const Column*> columns;
-    for (const Column& column : table.columns) {
-        if (!column.computed) columns.push_back(&column);
-    }
+    std::optional<Transactions::WriteScope> scope(std::in_place, transactions_);
+    const BulkFormat format = layoutOf(node, requireTable(node.table, frame.program.names()), line);
+    std::vector<const Column*> columns = columnsOf(format);
+    BulkFile file(node, format, line);
+    auto generation = catalogue_.generation();
     // By which columns have a value.
     std::map<std::vector<bool>, BulkRow> kinds;
     std::int64_t row = 0;
     std::int64_t errors = 0;
     std::int64_t count = 0;
-    while (auto fields = file.next(columns.size())) {
+    while (auto fields = file.next()) {
         TimeLimit::check(connection_.handle());
         ++row;
         if (row < node.firstRow) continue;
@@ -74,8 +93,16 @@ void ScriptRunner::bulkInsert(Frame& frame, const tsql::BulkInsertStatement& nod
         statements_.run(kind.prepared, kind.script->front(), ignored);
         tellIgnored(line);
         count += state_.rowCount;
+        if (node.batchSize == 0 || count % node.batchSize != 0) continue;
+        scope->keep();
+        scope.emplace(transactions_);
+        if (generation == catalogue_.generation()) continue;
+        // Others have changed the table meanwhile.
+        generation = catalogue_.generation();
+        kinds.clear();
+        columns = columnsOf(layoutOf(node, requireTable(node.table, frame.program.names()), line));
     }
-    scope.keep();
+    scope->keep();
     state_.rowCount = count;
     if (!state_.noCount) results.emplace_back().rowsAffected = count;
 }
@@ -89,7 +116,7 @@ void ScriptRunner::makeBulkRow(BulkRow& row, const std::vector<const Column*>& c
     insert.rows.emplace_back();
     std::size_t place = 0;
     for (const Column* column : columns) {
-        if (!takesField(*column, node)) continue;
+        if (!takesField(column, node)) continue;
         insert.columns.push_back(column->name);
         tsql::ValueOrDefault& value = insert.rows.back().emplace_back();
         if (!given[place++]) continue;
@@ -124,8 +151,8 @@ bool ScriptRunner::bulkValues(const std::vector<const Column*>& columns,
                               std::vector<Value>& values, std::vector<bool>& given, int line) {
     constexpr int kTruncated = 8152;
     for (std::size_t i = 0; i < columns.size(); ++i) {
+        if (!takesField(columns[i], node)) continue;
         const Column& column = *columns[i];
-        if (!takesField(column, node)) continue;
         // What is not there is the default, or a null that is to stay one.
         given.push_back(fields[i] || node.keepsNulls || !column.defaultSql);
         if (!given.back()) continue;

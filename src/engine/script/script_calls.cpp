@@ -61,6 +61,7 @@ void ScriptRunner::executeCall(Frame& frame, Instruction& instruction,
         executeModule(frame, instruction, node, module, results);
         return;
     }
+    refuseOtherServer(name);
     if (isServerProcedure(lower)) throw tsql::unsupported("procedure " + lower, instruction.line);
     throw noProcedure(name.text(), instruction.line);
 }

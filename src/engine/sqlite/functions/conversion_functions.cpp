@@ -66,15 +66,26 @@ Value widenFunction(const Arguments& arguments) {
            static_cast<double>(powerOfTen(arguments.small(1)));
 }
 
-// kap_top(count): the number of rows that TOP asks for.
-Value topFunction(const Arguments& arguments) {
+// A number of rows that is not less than `least`.
+std::int64_t rowsOf(const Arguments& arguments, std::int64_t least, tsql::Message tooFew) {
     if (arguments.isNull(0)) {
         throw tsql::ServerError(tsql::Message::RowCountNotInteger);
     }
-    if (arguments.integer(0) < 0) {
-        throw tsql::ServerError(tsql::Message::NegativeRowCount);
-    }
+    if (arguments.integer(0) < least) throw tsql::ServerError(tooFew);
     return arguments.integer(0);
+}
+
+// kap_top(count), kap_offset(count), kap_fetch(count): what TOP, OFFSET and FETCH ask for.
+Value topFunction(const Arguments& arguments) {
+    return rowsOf(arguments, 0, tsql::Message::NegativeRowCount);
+}
+
+Value offsetFunction(const Arguments& arguments) {
+    return rowsOf(arguments, 0, tsql::Message::NegativeOffset);
+}
+
+Value fetchFunction(const Arguments& arguments) {
+    return rowsOf(arguments, 1, tsql::Message::FetchOfNothing);
 }
 
 // kap_deeper(level, most): the next level of a recursion, within its limit (0: none).
@@ -138,6 +149,8 @@ void registerConversionFunctions(Registrar& registrar) {
     registrar.scalar("kap_wide", 2, wideFunction);
     registrar.scalar("kap_deeper", 2, deeperFunction);
     registrar.scalar("kap_top", 1, topFunction, OnNull::Call);
+    registrar.scalar("kap_offset", 1, offsetFunction, OnNull::Call);
+    registrar.scalar("kap_fetch", 1, fetchFunction, OnNull::Call);
     registrar.scalar("kap_top_percent", 2, topPercentFunction, OnNull::Call);
     registrar.scalar("kap_isnumeric", 1, isNumericFunction, OnNull::Call);
     registrar.scalar("kap_isdate", 1, isDateFunction, OnNull::Call);

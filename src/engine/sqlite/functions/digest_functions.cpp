@@ -5,11 +5,12 @@
 
 #include "base/ascii.hpp"
 #include "engine/sqlite/functions/function_support.hpp"
+#include "engine/values/gzip.hpp"
 #include "engine/values/message_text.hpp"
 #include "platform/digest.hpp"
 #include "tsql/server_error.hpp"
 
-// Digests, random bytes and the texts of messages.
+// Digests, compressed and random bytes, and the texts of messages.
 namespace kap::engine {
 
 namespace {
@@ -49,6 +50,20 @@ Value randomBytes(const Arguments& arguments) {
     return Blob{std::move(bytes)};
 }
 
+// kap_compress(bytes), kap_decompress(bytes)
+Value compressBytes(const Arguments& arguments) {
+    return Blob{gzip::compressed(arguments.blob(0).bytes)};
+}
+
+Value decompressBytes(const Arguments& arguments) {
+    constexpr std::size_t kLongest = 1000000000;  // that a value may be
+    auto bytes = gzip::decompressed(arguments.blob(0).bytes, kLongest);
+    if (!bytes) {
+        throw tsql::ServerError(tsql::Message::InvalidParameterOfFunction, {"1", "decompress"});
+    }
+    return Blob{std::move(*bytes)};
+}
+
 // kap_formatmessage(pattern, values...): numbers are whole ones.
 Value formatMessage(const Arguments& arguments) {
     if (arguments.isNull(0)) return {};
@@ -65,6 +80,8 @@ Value formatMessage(const Arguments& arguments) {
 
 void registerDigestFunctions(Registrar& registrar) {
     registrar.scalar("kap_hashbytes", 2, hashBytes);
+    registrar.scalar("kap_compress", 1, compressBytes);
+    registrar.scalar("kap_decompress", 1, decompressBytes);
     registrar.scalar("kap_random_bytes", 1, randomBytes, OnNull::GiveNull, Stability::PerCall);
     registrar.scalar("kap_formatmessage", -1, formatMessage, OnNull::Call);
 }
