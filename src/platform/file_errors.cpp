@@ -1,6 +1,9 @@
 #include "platform/file_errors.hpp"
 
 #include <kaputil/automation/error.hpp>
+#include <kaputil/automation/plain_text.hpp>
+
+#include "platform/paths.hpp"
 
 namespace kap::platform {
 namespace {
@@ -44,6 +47,13 @@ void throwFileError(std::error_code error, const std::filesystem::path& file) {
         throw AutomationError(errors::kPathNotFound);
     }
     throwFileError(error);
+}
+
+void refuseLongFile(const std::filesystem::path& file, std::uintmax_t most) {
+    throw AutomationError(errors::kInvalidArgument,
+                          pathText(file) + u" has more than the " +
+                              String(plain::text(static_cast<std::int64_t>(most >> 20U))) +
+                              u" MB that are read");
 }
 
 }  // namespace kap::platform

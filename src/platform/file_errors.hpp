@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <system_error>
 
@@ -13,7 +14,10 @@ namespace kap::platform {
 // The same for what failed with this file: 76 when its folder is not there either.
 [[noreturn]] void throwFileError(std::error_code error, const std::filesystem::path& file);
 
-// The same when `error` is one.
+// Raises 5 for a file that has more than the `most` bytes that are read of one.
+[[noreturn]] void refuseLongFile(const std::filesystem::path& file, std::uintmax_t most);
+
+// Raises what throwFileError() does when `error` is one.
 inline void checkFile(std::error_code error) {
     if (error) {
         throwFileError(error);

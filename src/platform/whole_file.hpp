@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -14,8 +15,14 @@ enum class FileAccess : unsigned char { Shared, Private };
 // The file behind symbolic links, which stay links when it is replaced.
 [[nodiscard]] std::filesystem::path realFile(const std::filesystem::path& file);
 
-// The bytes of a file; nullopt when there is none. Raises the file-system object's errors.
-[[nodiscard]] std::optional<std::string> readFile(const std::filesystem::path& file);
+// What a file may have, in bytes, that is read whole: any, and one of settings or contacts.
+inline constexpr std::uintmax_t kLargestFile = std::uintmax_t{1} << 30U;
+inline constexpr std::uintmax_t kLargestSettings = std::uintmax_t{64} << 20U;
+
+// The bytes of a file; nullopt when there is none. Raises the file-system object's errors, and 5
+// for a file with more than `most` bytes.
+[[nodiscard]] std::optional<std::string> readFile(const std::filesystem::path& file,
+                                                  std::uintmax_t most = kLargestFile);
 
 // Puts a file with these bytes in the place of what is there, in one step: whoever opens the file
 // sees the old bytes or the new ones, also after a crash. A file that is there keeps its

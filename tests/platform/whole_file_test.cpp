@@ -137,6 +137,22 @@ TEST_F(WholeFile, IsNoDeviceThatWouldBeReadForEver) {
     EXPECT_EQ("", readFile("/dev/null"));
 }
 
+TEST_F(WholeFile, IsReadUpToALimit) {
+    test::putFile(file_, "12345");
+    EXPECT_EQ("12345", readFile(file_, 5));
+    EXPECT_EQ(test::raisedBy([&] { return readFile(file_, 4); }), errors::kInvalidArgument);
+    // One whose size nobody says, too.
+    EXPECT_EQ(test::raisedBy([] { return readFile("/proc/self/maps", 4); }),
+              errors::kInvalidArgument);
+    fs::resize_file(file_, kLargestFile + 1);
+    try {
+        static_cast<void>(readFile(file_));
+        ADD_FAILURE();
+    } catch (const AutomationError& error) {
+        EXPECT_EQ(file_ + " has more than the 1024 MB that are read", error.description().utf8());
+    }
+}
+
 TEST_F(WholeFile, TakesThePlaceOfNoPipeOrDevice) {
     ASSERT_EQ(mkfifo(file_.c_str(), 0600), 0);
     EXPECT_EQ(test::raisedBy([&] {

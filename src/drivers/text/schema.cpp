@@ -199,7 +199,8 @@ private:
 
 Schema readSchema(const std::filesystem::path& folder, const String& file) {
     const auto path = platform::locate(platform::pathText(folder / "").units() + u"SCHEMA.INI");
-    return Reader(platform::ProfileText(platform::readFile(path).value_or("")), file).read();
+    const auto bytes = platform::readFile(path, platform::kLargestSettings);
+    return Reader(platform::ProfileText(bytes.value_or("")), file).read();
 }
 
 }  // namespace kap::ado::text_files

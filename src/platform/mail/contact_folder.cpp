@@ -92,7 +92,7 @@ fs::path makeFolder(const fs::path& folder, const String& name) {
 }
 
 std::optional<Card> readCard(const fs::path& file) {
-    const auto bytes = readFile(file);
+    const auto bytes = readFile(file, kLargestSettings);
     return bytes ? Card::read(*bytes) : std::nullopt;
 }
 

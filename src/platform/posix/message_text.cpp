@@ -148,7 +148,7 @@ std::string mediaTypeOf(const std::filesystem::path& file) {
 }
 
 Owned<GMimeObject> attachmentPart(const std::filesystem::path& file) {
-    const auto bytes = readFile(file);
+    const auto bytes = readFile(file, kLargestMessage);
     if (!bytes) {
         throwFileError(std::make_error_code(std::errc::no_such_file_or_directory), file);
     }

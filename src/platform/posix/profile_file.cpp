@@ -35,7 +35,8 @@ std::optional<std::u16string> readValue(std::u16string_view section, std::u16str
         return std::nullopt;
     }
     try {
-        return ProfileText(readFile(profilePath(file)).value_or("")).value(section, key);
+        const auto bytes = readFile(profilePath(file), kLargestSettings);
+        return ProfileText(bytes.value_or("")).value(section, key);
     } catch (const AutomationError&) {
         return std::nullopt;  // a file that cannot be read has no keys
     }
@@ -53,7 +54,7 @@ void changeProfile(std::u16string_view section, std::u16string_view key, std::u1
     }
     const fs::path path = realFile(profilePath(file));
     const FolderLock lock(path.parent_path());
-    ProfileText text(readFile(path).value_or(""));
+    ProfileText text(readFile(path, kLargestSettings).value_or(""));
     if (!text.put(section, key, value)) {
         throw AutomationError(errors::kInvalidArgument);
     }

@@ -53,9 +53,11 @@ bool isStillAt(int descriptor, const fs::path& path) {
            opened.st_dev == named.st_dev && opened.st_ino == named.st_ino;
 }
 
-bool isRegular(int descriptor) {
+// The size of a file that has one, for a device has none.
+std::optional<std::uintmax_t> regularSize(int descriptor) {
     struct stat status {};
-    return fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode);
+    const bool regular = fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode);
+    return regular ? std::optional(static_cast<std::uintmax_t>(status.st_size)) : std::nullopt;
 }
 
 [[noreturn]] void refuse() {
@@ -148,7 +150,7 @@ fs::path realFile(const fs::path& file) {
     return error ? fs::absolute(file) : real;
 }
 
-std::optional<std::string> readFile(const fs::path& file) {
+std::optional<std::string> readFile(const fs::path& file, std::uintmax_t most) {
     // A pipe would be waited for until somebody writes it.
     const Descriptor opened(
         open(file.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));  // NOLINT(*-vararg)
@@ -159,7 +161,10 @@ std::optional<std::string> readFile(const fs::path& file) {
         throwFileError(lastError());
     }
     refusePipe(opened.get());
-    const bool mayHaveNoEnd = !isRegular(opened.get());
+    const auto size = regularSize(opened.get());
+    if (size.value_or(0) > most) {
+        refuseLongFile(file, most);
+    }
     std::string content;
     std::array<char, 1 << 16> buffer{};
     for (;;) {
@@ -170,11 +175,14 @@ std::optional<std::string> readFile(const fs::path& file) {
         if (got < 0 && errno != EINTR) {
             throwFileError(lastError());
         }
-        if (got > 0 && mayHaveNoEnd) {
+        if (got > 0 && !size) {
             refuse();  // a device: one that is empty may be read, another has no content of its own
         }
         if (got > 0) {
             content.append(buffer.data(), static_cast<std::size_t>(got));
+        }
+        if (content.size() > most) {
+            refuseLongFile(file, most);
         }
     }
 }

@@ -66,7 +66,7 @@ fs::path realFile(const fs::path& file) {
     return error ? fs::absolute(file) : real;
 }
 
-std::optional<std::string> readFile(const fs::path& file) {
+std::optional<std::string> readFile(const fs::path& file, std::uintmax_t most) {
     void* opened = CreateFileW(file.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE,
                                nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
     if (opened == INVALID_HANDLE_VALUE) {
@@ -89,6 +89,9 @@ std::optional<std::string> readFile(const fs::path& file) {
             return content;
         }
         content.append(buffer.data(), got);
+        if (content.size() > most) {
+            refuseLongFile(file, most);
+        }
     }
 }
 

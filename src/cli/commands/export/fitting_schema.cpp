@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <cstddef>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <string_view>
 #include <system_error>
 #include <vector>
@@ -17,6 +15,7 @@
 #include "base/ascii.hpp"
 #include "cli/output/usage_error.hpp"
 #include "migrate/copied_tables.hpp"
+#include "platform/whole_file.hpp"
 
 namespace kap::cli {
 namespace {
@@ -111,9 +110,8 @@ fs::path schemaIn(const fs::path& folder) {
 
 // Takes a section out of a file, whose other lines stay as they are.
 void removeSection(const fs::path& path, const std::string& section) {
-    std::ifstream in(path, std::ios::binary);
-    const std::string before{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-    in.close();
+    const std::string before =
+        platform::readFile(path, platform::kLargestSettings).value_or(std::string());
     std::string kept;
     bool inside = false;
     for (std::size_t start = 0; start < before.size();) {
@@ -127,7 +125,7 @@ void removeSection(const fs::path& path, const std::string& section) {
         start = end;
     }
     if (kept.size() != before.size()) {
-        std::ofstream(path, std::ios::binary | std::ios::trunc) << kept;
+        platform::replaceFile(path, kept, platform::FileAccess::Shared);
     }
 }
 
