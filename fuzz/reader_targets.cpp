@@ -1,15 +1,11 @@
 #include "fuzz/reader_targets.hpp"
 
-#include <unistd.h>
-
 #include <array>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <sstream>
 #include <string>
-#include <system_error>
 #include <vector>
 
 #include <kaputil/ado/connection.hpp>
@@ -29,30 +25,6 @@
 
 namespace kap::fuzz {
 namespace {
-
-// Each unit as one byte, so that the samples are texts to the readers of bytes, too.
-std::string bytesOf(std::u16string_view text) {
-    std::string bytes;
-    for (const char16_t unit : text) {
-        bytes.push_back(static_cast<char>(unit & 0xFF));
-    }
-    return bytes;
-}
-
-// A folder of the process's own.
-const std::filesystem::path& folder() {
-    static const std::filesystem::path made = [] {
-        std::string pattern =
-            (std::filesystem::temp_directory_path() / "kaputil-fuzz-XXXXXX").string();
-        require(mkdtemp(pattern.data()) != nullptr, "no temporary folder");
-        std::atexit([] {
-            std::error_code ignored;
-            std::filesystem::remove_all(folder(), ignored);
-        });
-        return std::filesystem::path(pattern);
-    }();
-    return made;
-}
 
 // Scripts are read and translated, and what they would do is told instead of done.
 void scripts(std::u16string_view text) {
@@ -116,7 +88,7 @@ void connections(std::u16string_view text) {
 }
 
 void schemas(std::u16string_view text) {
-    std::ofstream(folder() / "Schema.ini", std::ios::binary) << "[E.TXT]\n" << bytesOf(text);
+    static_cast<void>(fileWith("Schema.ini", "[E.TXT]\n" + bytesOf(text)));
     ends([&] { static_cast<void>(ado::text_files::readSchema(folder(), u"E.TXT")); });
 }
 
@@ -163,8 +135,7 @@ void databases(std::u16string_view text) {
         const std::size_t place = text[i] * std::size_t{251} + text[i + 1];
         damaged[place % damaged.size()] = static_cast<char>(text[i + 2]);
     }
-    const std::filesystem::path file = folder() / "guasto.db";
-    std::ofstream(file, std::ios::binary) << damaged;
+    const std::filesystem::path file = fileWith("guasto.db", damaged);
     for (const char* beside : {"guasto.db-wal", "guasto.db-shm", "guasto.db-journal"}) {
         std::filesystem::remove(folder() / beside);
     }

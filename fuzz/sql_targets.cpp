@@ -7,7 +7,6 @@
 #include <kaputil/ado/recordset.hpp>
 #include <kaputil/automation/convert.hpp>
 
-#include "base/quoting.hpp"
 #include "base/unicode.hpp"
 #include "fuzz/reader_support.hpp"
 #include "fuzz/reader_targets.hpp"
@@ -15,17 +14,8 @@
 namespace kap::fuzz {
 namespace {
 
-Ref<ado::Connection> freshDatabase() {
-    static int count = 0;
-    auto opened = make<ado::Connection>();
-    opened->Open(String("Provider=KapLocal;Data Source=:memory:run" + std::to_string(++count)));
-    opened->Execute(kTables);
-    opened->setCommandTimeout(2);
-    return opened;
-}
-
 std::int32_t numberOf(const Ref<ado::Connection>& connection, const char16_t* query) {
-    return convert::toLong(connection->Execute(query)->Fields()->Item(0)->Value());
+    return convert::toLong(answerOf(connection, query));
 }
 
 // Whatever a script does, the connection answers afterwards, nothing is open once it is rolled
@@ -56,10 +46,6 @@ void statements(std::u16string_view text) {
         connection->Execute(
             u"SET NOEXEC OFF SET PARSEONLY OFF SET ROWCOUNT 0 SET IMPLICIT_TRANSACTIONS OFF");
     });
-}
-
-std::u16string quoted(std::u16string_view text) {
-    return u"N" + enclosed(text, u'\'', u'\'');
 }
 
 // The first unit chooses a culture and a style, the rest is value and pattern.

@@ -262,8 +262,9 @@ constexpr std::array<Target, 9> kTargets = {{{"numbers", &numbers},
 std::span<const Target> targets() {
     static const std::vector<Target> all = [] {
         std::vector<Target> known(kTargets.begin(), kTargets.end());
-        known.insert(known.end(), readerTargets().begin(), readerTargets().end());
-        known.insert(known.end(), sqlTargets().begin(), sqlTargets().end());
+        for (const auto more : {readerTargets(), sqlTargets(), fileTargets(), markupTargets()}) {
+            known.insert(known.end(), more.begin(), more.end());
+        }
         return known;
     }();
     return all;
