@@ -62,6 +62,7 @@ void ScriptRunner::asRequest(std::chrono::seconds timeout,
     bool interrupted = false;
     try {
         work();
+        if (!connection_.isSound()) report(databaseFileChanged());
     } catch (const BatchEnded& ended) {
         interrupted = ended.interrupted;
     } catch (const ScopeEnded&) {

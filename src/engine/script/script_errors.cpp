@@ -44,6 +44,10 @@ RaisedError ScriptRunner::raisedBy(const tsql::ServerError& error, int line) con
             state_.frames.size()};
 }
 
+tsql::ServerError ScriptRunner::databaseFileChanged() const {
+    return {tsql::Message::DatabaseFileChanged, {connection_.place().name}};
+}
+
 RaisedError ScriptRunner::raisedBy(const SqliteError& error, const Instruction& instruction) {
     const bool locked = error.primaryCode() == SQLITE_BUSY;
     if (error.primaryCode() == SQLITE_INTERRUPT ||

@@ -203,6 +203,7 @@ private:
     [[nodiscard]] std::optional<tsql::ServerError> takeFollowUp(int number);
     void report(const RaisedError& raised);
     void report(const tsql::ServerError& message);
+    [[nodiscard]] tsql::ServerError databaseFileChanged() const;
     void rollBackAll();
     void rollBackWithoutMemory() noexcept;
 

@@ -174,6 +174,7 @@ std::optional<ado::DriverError> ScriptRunner::during(Frame& frame, std::chrono::
     try {
         try {
             work();
+            if (!connection_.isSound()) throw databaseFileChanged();
         } catch (const SqliteError& error) {
             failed(raisedBy(error, Instruction()));
         } catch (const tsql::ServerError& error) {

@@ -89,7 +89,8 @@ bool canBeShared(const Database& database) {
     }
 }
 
-// Where nothing can be written nobody changes the file while it is read.
+// Who may not write the folder takes it that nobody does while he reads; isSound() tells whether
+// that has come true.
 Database openToRead(const Options& options) {
     const std::string name = fileName(options.source);
     Database database(name, SQLITE_OPEN_READONLY);
@@ -139,6 +140,9 @@ FileConnection::FileConnection(const Options& options)
       checkpoints_(lockWait_),
       database_(open(options)) {
     lockWait_.install(handle());
+    if (sqlite3_uri_boolean(sqlite3_db_filename(handle(), "main"), "immutable", 0) != 0) {
+        unwritten_ = traces();
+    }
     try {
         prepare(options);
     } catch (const SqliteError& error) {
@@ -244,6 +248,22 @@ void FileConnection::requireFile() const {
         moved != 0) {
         throw tsql::ServerError(tsql::Message::DatabaseFileReplaced, {place_.name});
     }
+}
+
+FileConnection::Traces FileConnection::traces() const {
+    const std::string name = sqlite3_db_filename(handle(), "main");
+    const fs::path file = pathOf(name);
+    std::error_code ignored;
+    Traces found;
+    found.size = fs::file_size(file, ignored);
+    found.written = fs::last_write_time(file, ignored);
+    const auto journal = fs::file_size(pathOf(name + "-wal"), ignored);
+    found.journal = !ignored && journal > 0;
+    return found;
+}
+
+bool FileConnection::isSound() const {
+    return !unwritten_ || *unwritten_ == traces();
 }
 
 }  // namespace kap::engine

@@ -1,6 +1,9 @@
 #pragma once
 
 #include <atomic>
+#include <cstdint>
+#include <filesystem>
+#include <optional>
 #include <string>
 
 #include "engine/sqlite/checkpoints.hpp"
@@ -48,6 +51,9 @@ public:
     // Raises ServerError 945 when the file has been removed or replaced since it was opened: what
     // is written would be nowhere.
     void requireFile() const;
+    // Whether all that was read since the connection was opened may be believed. It may not where
+    // the file could only be opened as one that nobody writes, and somebody does.
+    [[nodiscard]] bool isSound() const;
 
 private:
     void prepare(const Options& options);
@@ -56,8 +62,18 @@ private:
     void noteJournal();
     void useTextOrder(bool writesFile);
 
+    // What shows that somebody writes a file.
+    struct Traces {
+        std::uintmax_t size = 0;
+        std::filesystem::file_time_type written;
+        bool journal = false;  // which holds something
+        bool operator==(const Traces&) const = default;
+    };
+    [[nodiscard]] Traces traces() const;
+
     DatabasePlace place_;
     std::string journalFile_;
+    std::optional<Traces> unwritten_;  // of a file that was opened as one that nobody writes
     std::atomic<bool> cancelled_{false};
     // The connection uses these until it is closed, so they are made before it.
     ErrorSlot errorSlot_;
