@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include <kaputil/ado/connection.hpp>
+#include <kaputil/ado/recordset.hpp>
 #include <kaputil/automation/convert.hpp>
 
 #include "ado/persist/xml_scanner.hpp"
