@@ -60,6 +60,13 @@ void json(std::u16string_view text) {
             "a text that JSON changes");
 }
 
+// Control characters are written as references, as the server does, and no reader takes them.
+bool isOfXml(std::u16string_view text) {
+    return std::ranges::none_of(text, [](char16_t unit) {
+        return (unit < u' ' && unit != u'\t' && unit != u'\n' && unit != u'\r') || unit >= 0xFFFE;
+    });
+}
+
 // Every element and attribute, up to the end.
 bool isWellFormed(std::string_view xml) {
     ado::persist::XmlScanner scanner(xml);
@@ -84,7 +91,7 @@ void xml(std::u16string_view text) {
                 connection, u"SELECT (SELECT " + columns + u" FROM t FOR XML " + mode + u", ROOT)");
             written = answer.isNull() ? "" : convert::toString(answer).utf8();
         });
-        require(!done || isWellFormed(written), "XML that cannot be read");
+        require(!done || !isOfXml(text) || isWellFormed(written), "XML that cannot be read");
     }
     // As lists are joined.
     const std::u16string joined =
