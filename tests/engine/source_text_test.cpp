@@ -3,9 +3,14 @@
 #include <gtest/gtest.h>
 
 #include "engine/catalog/tables.hpp"
+#include "engine/sqlite/definition_notes.hpp"
 
 namespace kap::engine {
 namespace {
+
+std::string withSource(const std::string& sql, std::string_view source) {
+    return sql + sourceComment(source);
+}
 
 TEST(SourceText, ComesBackWhateverItHolds) {
     for (const char* source : {"getdate()", "A LIKE '%*/%'", "'/*= x */'", "'%2A' + '%%'",
@@ -46,10 +51,8 @@ TEST(SourceText, OfAnAmountHasItsPointInAFileOfBefore) {
 }
 
 TEST(SourceText, CallsAColumnByItsNewName) {
-    const std::string sql = withSource("\"C\" > 0", "[B] > 0 AND b <> 'B' AND a.B = 1");
-    EXPECT_EQ(sourceOf(withColumnRenamed(sql, "B", "C]d")),
+    EXPECT_EQ(withColumnRenamed("[B] > 0 AND b <> 'B' AND a.B = 1", "B", "C]d"),
               "[C]]d] > 0 AND [C]]d] <> 'B' AND a.[C]]d] = 1");
-    EXPECT_EQ(withColumnRenamed("\"B\" > 0", "B", "C"), "\"B\" > 0");
 }
 
 TEST(SourceText, OfWhatWasAlteredMakesTheSame) {

@@ -20,9 +20,12 @@ sql::Expression rowNumberOf(const Source& source) {
     return sql::Column{source.name, rowNumberName(*source.table), true};
 }
 
+sql::Database databaseOf(const Table& table) {
+    return table.temporary ? sql::Database::Temporary : sql::Database::Main;
+}
+
 sql::TableName tableName(const Table& table, std::string alias) {
-    return {table.temporary ? sql::Database::Temporary : sql::Database::Main, table.name,
-            std::move(alias)};
+    return {databaseOf(table), table.name, std::move(alias)};
 }
 
 sql::Select numberedRows(const Table& table) {

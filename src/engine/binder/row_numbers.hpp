@@ -18,6 +18,7 @@ inline constexpr const char* kRowNumber = "kap row number";
 // The number of a row of a source that is a stored table.
 [[nodiscard]] sql::Expression rowNumberOf(const Source& source);
 
+[[nodiscard]] sql::Database databaseOf(const Table& table);
 // A stored table as FROM reads it.
 [[nodiscard]] sql::TableName tableName(const Table& table, std::string alias = {});
 // All rows of a table with their numbers as the column kRowNumber.

@@ -2,13 +2,14 @@
 #include <iterator>
 #include <optional>
 #include <utility>
+#include <variant>
 
-#include "engine/catalog/definition_tokens.hpp"
+#include "engine/catalog/definition_reader.hpp"
 #include "engine/catalog/index_notes.hpp"
 #include "engine/catalog/object_names.hpp"
 #include "engine/catalog/schema_catalogue.hpp"
 #include "engine/catalog/source_text.hpp"
-#include "engine/catalog/table_text.hpp"
+#include "engine/sqlite/sql_writer.hpp"
 #include "engine/values/value.hpp"
 #include "tsql/parser.hpp"
 
@@ -16,63 +17,50 @@
 namespace kap::engine {
 namespace {
 
-using tsql::Token;
-
-// "ON DELETE SET NULL": the words of the action.
-std::string actionOf(const std::vector<Token>& tokens, std::string_view event) {
-    for (std::size_t i = 0; i + 3 < tokens.size(); ++i) {
-        if (!isWord(tokens[i], "ON") || !isWord(tokens[i + 1], event)) continue;
-        std::string action = tokens[i + 2].text;
-        if (isWord(tokens[i + 2], "NO") || isWord(tokens[i + 2], "SET")) {
-            action += " " + tokens[i + 3].text;
-        }
-        return action;
+std::string actionName(tsql::ReferenceAction action) {
+    switch (action) {
+        case tsql::ReferenceAction::None:
+            return "NO ACTION";
+        case tsql::ReferenceAction::Cascade:
+            return "CASCADE";
+        case tsql::ReferenceAction::SetNull:
+            return "SET NULL";
+        case tsql::ReferenceAction::SetDefault:
+            return "SET DEFAULT";
     }
-    return "NO ACTION";
+    return "";
 }
 
-ConstraintInfo ofText(const std::string& table, const std::string& name, const std::string& text) {
+// Fills in what the kinds of constraints have of their own.
+struct ConstraintTeller {
+    ConstraintInfo& info;
+
+    void operator()(const sql::KeyConstraint& key) const {
+        info.type = key.primary ? "PK" : "UQ";
+        info.columns = key.columns;
+    }
+    void operator()(const sql::ForeignKey& key) const {
+        info.type = "F ";
+        info.columns = key.columns;
+        info.parent = key.parent;
+        info.parentColumns = key.parentColumns;
+        info.onDelete = actionName(key.onDelete);
+        info.onUpdate = actionName(key.onUpdate);
+    }
+    void operator()(const sql::CheckConstraint& check) const {
+        info.definition = sqlOf(check.condition.value);
+        info.source = check.condition.source ? shownDefinition(check.condition) : info.definition;
+    }
+    void operator()(const sql::OtherConstraint& /*other*/) const {}
+};
+
+ConstraintInfo toldOf(const std::string& table, const sql::Constraint& constraint) {
     ConstraintInfo info;
-    info.name = name;
-    info.table = table;
-    const std::vector<Token> tokens = tokensOf(text);
-    for (std::size_t i = 2; i < tokens.size(); ++i) {
-        if (isWord(tokens[i], "PRIMARY") || isWord(tokens[i], "UNIQUE")) {
-            info.type = isWord(tokens[i], "PRIMARY") ? "PK" : "UQ";
-            info.columns = bracketedNames(tokens, i);
-            return info;
-        }
-        if (isWord(tokens[i], "FOREIGN")) {
-            info.type = "F ";
-            info.columns = bracketedNames(tokens, i);
-            for (std::size_t at = i; at + 1 < tokens.size(); ++at) {
-                if (!isWord(tokens[at], "REFERENCES")) continue;
-                info.parent = tokens[at + 1].text;
-                info.parentColumns = bracketedNames(tokens, at + 1);
-                break;
-            }
-            info.onDelete = actionOf(tokens, "DELETE");
-            info.onUpdate = actionOf(tokens, "UPDATE");
-            return info;
-        }
-        if (isWord(tokens[i], "CHECK")) {
-            info.type = "C ";
-            info.definition = text.substr(tokens[i].end + 1);
-            info.source = shownDefinition(info.definition);
-            return info;
-        }
-    }
+    info.name = constraint.name;
     info.type = "C ";
+    info.table = table;
+    std::visit(ConstraintTeller{info}, constraint.kind);
     return info;
-}
-
-// What stands behind WHERE in the text of an index.
-std::string filterOf(const std::string& sql) {
-    const std::vector<Token> tokens = tokensOf(sql);
-    const auto where =
-        std::ranges::find_if(tokens, [](const Token& token) { return isWord(token, "WHERE"); });
-    return where == tokens.end() ? shownDefinition(sql)
-                                 : shownDefinition(std::string_view(sql).substr(where->end + 1));
 }
 
 }  // namespace
@@ -89,23 +77,23 @@ std::vector<ConstraintInfo> SchemaCatalogue::constraints() const {
                                "?1");
         look.bind(1, std::string_view(table->name));
         if (!look.step()) continue;  // a view of another program
-        const TableText text(look.text(0));
-        for (const TableText::Element& element : text.elements()) {
-            if (element.constraint) {
-                result.push_back(ofText(table->name, element.name, element.text));
-                continue;
-            }
-            const Column* column = table->find(element.name);
+        const auto definition = readTable(look.text(0));
+        if (!definition) continue;
+        for (const sql::ColumnDefinition& each : definition->columns) {
+            const Column* column = table->find(each.name);
             if (column == nullptr || column->computed || !column->defaultSql) continue;
             ConstraintInfo info;
-            info.name = defaultNameOf(element.text);
-            if (info.name.empty()) info.name = unnamedDefault(*table, element.name);
+            if (each.defaultValue) info.name = each.defaultValue->name;
+            if (info.name.empty()) info.name = unnamedDefault(*table, each.name);
             info.type = "D ";
             info.table = table->name;
-            info.columns = {element.name};
+            info.columns = {each.name};
             info.definition = "(" + *column->defaultSql + ")";
             info.source = shownSource(*column);
             result.push_back(std::move(info));
+        }
+        for (const sql::Constraint& each : definition->constraints) {
+            if (!each.name.empty()) result.push_back(toldOf(table->name, each));
         }
     }
     for (const StoredObject& object : objects()) {
@@ -116,7 +104,10 @@ std::vector<ConstraintInfo> SchemaCatalogue::constraints() const {
             info.type = object.kind == StoredKind::PrimaryKey ? "PK" : "UQ";
             info.columns = tsql::parseNames(object.text);
         } else if (object.kind == StoredKind::DisabledConstraint) {
-            info = ofText(object.parent, info.name, object.text);
+            const auto constraint = readConstraint(object.text);
+            if (!constraint) continue;
+            info = toldOf(object.parent, *constraint);
+            info.name = nameAtParent(object);
             info.enabled = false;
         } else {
             continue;
@@ -202,10 +193,10 @@ std::vector<Reference> SchemaCatalogue::references() const {
     // Those that are switched off come back as they were.
     for (const StoredObject& object : objects()) {
         if (object.kind != StoredKind::DisabledConstraint) continue;
-        const ConstraintInfo info = ofText(object.parent, nameAtParent(object), object.text);
-        if (std::string_view(info.type) != "F ") continue;
-        result.push_back(
-            {info.table, info.parent, actionNamed(info.onDelete), actionNamed(info.onUpdate)});
+        const auto constraint = readConstraint(object.text);
+        const auto* key = constraint ? std::get_if<sql::ForeignKey>(&constraint->kind) : nullptr;
+        if (key == nullptr) continue;
+        result.push_back({object.parent, key->parent, key->onDelete, key->onUpdate});
     }
     return result;
 }
@@ -226,8 +217,12 @@ std::vector<IndexInfo> SchemaCatalogue::indexes() const {
         const bool own = stored.starts_with(info.table + ".");
         info.name = own ? stored.substr(info.table.size() + 1) : stored;
         if (own && info.name.ends_with(" (nulls)")) continue;
-        if (!rows.isNull(3)) info.filter = filterOf(rows.text(3));
-        IndexNotes notes = notesOf(rows.text(4));
+        if (!rows.isNull(3)) {
+            const auto read = readIndex(rows.text(3));
+            info.filter =
+                read && read->where ? shownDefinition(*read->where) : shownDefinition(rows.text(3));
+        }
+        sql::IndexNotes notes = notesOf(rows.text(4));
         info.ignoresDuplicates = notes.ignoresDuplicates;
         info.included = std::move(notes.included);
         PreparedStatement columns(database_.handle(),

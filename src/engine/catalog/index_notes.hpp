@@ -5,22 +5,12 @@
 #include <string_view>
 #include <vector>
 
+#include "engine/sqlite/definition_tree.hpp"
+
 namespace kap::engine {
 
-// What SQLite has no word for in an index stands in its text as a comment behind its columns.
-struct IndexNotes {
-    bool ignoresDuplicates = false;     // WITH (IGNORE_DUP_KEY = ON)
-    std::vector<std::string> included;  // columns of INCLUDE
-};
-
-// The comment with a blank before it; empty when there is nothing to note.
-[[nodiscard]] std::string commentOf(const IndexNotes& notes);
-// What the text of an index has noted.
-[[nodiscard]] IndexNotes notesOf(std::string_view createIndex);
-
-// The text of an index whose included column has got another name.
-[[nodiscard]] std::string withIncludedRenamed(const std::string& createIndex,
-                                              std::string_view before, const std::string& after);
+// What the text of an index has noted of what SQLite has no word for.
+[[nodiscard]] sql::IndexNotes notesOf(std::string_view createIndex);
 
 // What "ON CONFLICT" takes for the keys of a table that ignore duplicates: their columns, as they
 // stand in its text, each with the note behind them within the brackets.

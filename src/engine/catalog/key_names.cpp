@@ -1,21 +1,20 @@
 #include "engine/catalog/key_names.hpp"
 
 #include <algorithm>
-#include <cstddef>
+#include <variant>
 
-#include "engine/catalog/definition_tokens.hpp"
+#include "engine/catalog/definition_reader.hpp"
 #include "engine/catalog/tables.hpp"
 
 namespace kap::engine {
 
 std::string keyName(std::string_view createSql, const std::vector<std::string>& columns) {
-    const std::vector<tsql::Token> tokens = tokensOf(createSql);
-    for (std::size_t i = 0; i + 2 < tokens.size(); ++i) {
-        if (isWord(tokens[i], "CONSTRAINT") &&
-            (isWord(tokens[i + 2], "PRIMARY") || isWord(tokens[i + 2], "UNIQUE")) &&
-            std::ranges::equal(bracketedNames(tokens, i + 2), columns, sameName)) {
-            return tokens[i + 1].text;
-        }
+    const auto table = readTable(createSql);
+    if (!table) return {};
+    for (const sql::Constraint& constraint : table->constraints) {
+        const auto* key = std::get_if<sql::KeyConstraint>(&constraint.kind);
+        const bool named = key != nullptr && !constraint.name.empty();
+        if (named && std::ranges::equal(key->columns, columns, sameName)) return constraint.name;
     }
     return {};
 }

@@ -6,10 +6,10 @@
 #include <utility>
 
 #include "base/ascii.hpp"
+#include "engine/catalog/definition_reader.hpp"
 #include "engine/catalog/global_tables.hpp"
 #include "engine/catalog/object_names.hpp"
 #include "engine/catalog/source_text.hpp"
-#include "engine/catalog/table_text.hpp"
 #include "engine/sqlite/collation.hpp"
 #include "engine/values/text_units.hpp"
 #include "engine/values/value.hpp"
@@ -251,14 +251,14 @@ void SchemaCatalogue::addDefinitions(Table& table) const {
     if (!look.step()) {
         return;
     }
-    TableText text(look.text(0));
+    auto definition = readTable(look.text(0));
+    if (!definition) return;
     for (Column& column : table.columns) {
-        const auto* element = column.computed ? text.column(column.name) : nullptr;
-        if (element != nullptr) {
-            const auto definition = computedTextOf(element->text);
-            column.source = sourceOf(definition.value_or("")).value_or("");
-            column.defaultSql = definition ? std::optional(withoutSource(*definition)) : definition;
-        }
+        const auto* found = column.computed ? findColumn(*definition, column.name) : nullptr;
+        if (found == nullptr || !found->computed) continue;
+        const sql::Formula& value = *found->computed;
+        column.source = value.source.value_or("");
+        column.defaultSql = value.value.as<sql::Definition>()->text;
     }
 }
 

@@ -8,55 +8,25 @@
 #include "engine/catalog/definition_tokens.hpp"
 #include "engine/catalog/tables.hpp"
 #include "engine/catalog/view_rows.hpp"
+#include "engine/sqlite/definition_notes.hpp"
+#include "engine/sqlite/sql_writer.hpp"
 
 namespace kap::engine {
 namespace {
 
 using tsql::Token;
 
-constexpr std::string_view kOpens = "/*=";
-constexpr std::string_view kCloses = "*/";
-
-// Whatever is written ends no comment and begins none.
-std::string withoutStars(std::string_view text) {
-    std::string safe;
-    for (const char letter : text) {
-        if (letter == '*') {
-            safe += "%2A";
-        } else if (letter == '%') {
-            safe += "%25";
-        } else {
-            safe += letter;
-        }
-    }
-    return safe;
-}
-
-std::string withStars(std::string_view safe) {
-    std::string text;
-    for (std::size_t i = 0; i < safe.size(); ++i) {
-        const std::string_view code = safe.substr(i, 3);
-        if (code == "%2A" || code == "%25") {
-            text += code == "%2A" ? '*' : '%';
-            i += 2;
-        } else {
-            text += safe[i];
-        }
-    }
-    return text;
-}
-
 // Where the comment's text stands; nothing but brackets may follow the comment.
 std::optional<std::pair<std::size_t, std::size_t>> placeOfSource(std::string_view sql) {
-    const std::size_t end = sql.rfind(kCloses);
+    const std::size_t end = sql.rfind(kCommentCloses);
     if (end == std::string_view::npos) return std::nullopt;
-    const std::size_t start = sql.substr(0, end).rfind(kOpens);
-    const std::string_view behind = sql.substr(end + kCloses.size());
+    const std::size_t start = sql.substr(0, end).rfind(kSourceOpens);
+    const std::string_view behind = sql.substr(end + kCommentCloses.size());
     if (start == std::string_view::npos ||
         behind.find_first_not_of(") ") != std::string_view::npos) {
         return std::nullopt;
     }
-    return std::pair(start + kOpens.size(), end);
+    return std::pair(start + kSourceOpens.size(), end);
 }
 
 // Whether the first bracket ends with the last one.
@@ -87,15 +57,6 @@ std::string withPoint(std::string stored, std::size_t scale) {
 
 }  // namespace
 
-std::string withSource(const std::string& sql, std::string_view source) {
-    return sql + " " + std::string(kOpens) + withoutStars(source) + std::string(kCloses);
-}
-
-std::string storedText(const Column& column) {
-    return column.source.empty() ? *column.defaultSql
-                                 : withSource(*column.defaultSql, column.source);
-}
-
 std::optional<std::string> sourceOf(std::string_view sql) {
     const auto place = placeOfSource(sql);
     if (!place) return std::nullopt;
@@ -105,13 +66,20 @@ std::optional<std::string> sourceOf(std::string_view sql) {
 std::string withoutSource(const std::string& sql) {
     const auto place = placeOfSource(sql);
     if (!place) return sql;
-    std::string bare = sql.substr(0, place->first - kOpens.size());
+    std::string bare = sql.substr(0, place->first - kSourceOpens.size());
     if (bare.ends_with(' ')) bare.pop_back();
-    return bare + sql.substr(place->second + kCloses.size());
+    return bare + sql.substr(place->second + kCommentCloses.size());
 }
 
 std::string shownDefinition(std::string_view sql) {
-    std::string text = sourceOf(sql).value_or(std::string(sql));
+    const std::string text = sourceOf(sql).value_or(std::string(sql));
+    return isInBrackets(text) ? text : "(" + text + ")";
+}
+
+std::string shownDefinition(const sql::Formula& formula) {
+    const auto* kept = formula.value.as<sql::Definition>();
+    const std::string text =
+        formula.source.value_or(kept != nullptr ? kept->text : sqlOf(formula.value));
     return isInBrackets(text) ? text : "(" + text + ")";
 }
 
@@ -124,12 +92,8 @@ std::string shownSource(const Column& column) {
     return scale > 0 && isWhole(sql) ? withPoint(sql, static_cast<std::size_t>(scale)) : sql;
 }
 
-std::string withColumnRenamed(const std::string& definition, std::string_view before,
+std::string withColumnRenamed(const std::string& source, std::string_view before,
                               const std::string& after) {
-    const auto place = placeOfSource(definition);
-    if (!place) return definition;
-    const auto [start, end] = *place;
-    const std::string source = withStars(std::string_view(definition).substr(start, end - start));
     std::string renamed;
     std::size_t done = 0;
     for (const Token& token : tokensOf(source)) {
@@ -139,8 +103,7 @@ std::string withColumnRenamed(const std::string& definition, std::string_view be
         renamed += source.substr(done, token.start - done) + inBrackets(after);
         done = token.end;
     }
-    return definition.substr(0, start) + withoutStars(renamed + source.substr(done)) +
-           definition.substr(end);
+    return renamed + source.substr(done);
 }
 
 std::string withObjectName(const std::string& text, const std::string& name) {

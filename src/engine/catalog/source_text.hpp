@@ -4,18 +4,14 @@
 #include <string>
 #include <string_view>
 
+#include "engine/sqlite/definition_tree.hpp"
+
 // The file holds checks, defaults, computed columns and filters of indexes in SQLite's words; what
 // they were written as stands behind them in a comment, for whoever asks the database to describe
 // itself.
 namespace kap::engine {
 
 struct Column;
-
-// An expression in SQLite's words with what it was written as behind it.
-[[nodiscard]] std::string withSource(const std::string& sql, std::string_view source);
-
-// The same of a column's default or computed value, which it must have.
-[[nodiscard]] std::string storedText(const Column& column);
 
 // What such an expression was written as, also when brackets are around it; nothing in a file of
 // before.
@@ -24,11 +20,12 @@ struct Column;
 
 // The same in brackets, as the views tell it; without a source SQLite's words.
 [[nodiscard]] std::string shownDefinition(std::string_view sql);
+[[nodiscard]] std::string shownDefinition(const sql::Formula& formula);
 // What a column's default or computed value was written as, without brackets of our own.
 [[nodiscard]] std::string shownSource(const Column& column);
 
-// A definition in which the source calls a column by its new name.
-[[nodiscard]] std::string withColumnRenamed(const std::string& definition, std::string_view before,
+// What something was written as, which calls a column by its new name.
+[[nodiscard]] std::string withColumnRenamed(const std::string& source, std::string_view before,
                                             const std::string& after);
 
 // The text of a view, procedure, function or trigger that goes by another name, in the same schema.

@@ -84,7 +84,7 @@ SystemRows columns(const SchemaCatalogue& catalogue) {
                  lengthOf(type), octetsOf(type), counts ? number(tsql::precisionOf(type)) : Value(),
                  counts && !tsql::isApproximate(type.type) ? number(tsql::scaleOf(type)) : Value(),
                  dated ? number(tsql::scaleOf(type)) : Value(), characterSet(type),
-                 collationOf(column)});
+                 shownCollation(column)});
         }
     }
     return view;

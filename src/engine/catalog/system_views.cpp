@@ -201,7 +201,7 @@ SystemRows columnRows(const SchemaCatalogue& catalogue, bool modern) {
                 {number(objectId(table->name)), text(column.name), number(++ordinal),
                  number(typeId(column.type.type)), number(typeId(column.type.type)),
                  number(tsql::bytesOf(column.type)), number(tsql::precisionOf(column.type)),
-                 number(tsql::scaleOf(column.type)), views::collationOf(column),
+                 number(tsql::scaleOf(column.type)), views::shownCollation(column),
                  flag(column.nullable), flag(column.identity.has_value()), flag(column.computed),
                  defaultId(*table, column)});
         }

@@ -12,9 +12,9 @@
 
 namespace kap::engine {
 
-std::string collationText(const Column& column) {
-    if (column.collation != nullptr) return " COLLATE " + column.collation->name;
-    return collationText(column.type);
+std::string_view collationOf(const Column& column) {
+    return column.collation != nullptr ? std::string_view(column.collation->name)
+                                       : collationOf(column.type);
 }
 
 const Column* Table::find(std::string_view column) const {

@@ -43,8 +43,8 @@ struct Column {
     [[nodiscard]] bool isRowVersion() const { return type.type == tsql::SqlType::Timestamp; }
 };
 
-// What its definition in the file says of its order: " COLLATE KAP_CI", or empty.
-[[nodiscard]] std::string collationText(const Column& column);
+// The order that its definition in the file names: KAP_CI; empty where SQLite has its own.
+[[nodiscard]] std::string_view collationOf(const Column& column);
 
 struct Sequence;
 

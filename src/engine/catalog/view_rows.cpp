@@ -7,7 +7,7 @@
 
 namespace kap::engine::views {
 
-Value collationOf(const Column& column) {
+Value shownCollation(const Column& column) {
     if (!tsql::isText(column.type.type)) return {};
     return column.collation == nullptr ? text(kDatabaseCollation) : text(column.collation->name);
 }

@@ -38,7 +38,7 @@ inline Value text(std::string value) {
 [[nodiscard]] Value schemaText(std::string_view storedName);
 
 // The collation of a column; null when it is no text.
-[[nodiscard]] Value collationOf(const Column& column);
+[[nodiscard]] Value shownCollation(const Column& column);
 
 // The place of a column in its table, from 1; 0 when there is no such table or column.
 [[nodiscard]] std::int64_t placeOfColumn(const SchemaCatalogue& catalogue, std::string_view table,

@@ -2,6 +2,7 @@
 
 #include <new>
 
+#include "engine/sqlite/definition_writer.hpp"
 #include "engine/values/value.hpp"
 
 namespace kap::engine {
@@ -86,7 +87,8 @@ void CapturedTables::ensureRows(const Table& shape) {
 
 void CapturedTables::empty(const Table& table) {
     for (const std::string& rows : captureNames(table).tables) {
-        PreparedStatement(database_.handle(), "DELETE FROM temp." + sqlName(rows)).run();
+        const sql::Write all{sql::Delete{{sql::Database::Temporary, rows}}};
+        PreparedStatement(database_.handle(), sqlOf(all)).run();
     }
 }
 
@@ -135,7 +137,8 @@ void CapturedTables::dropped(const std::string& name) noexcept {
             table.name = name;
             table.captureLevel = entry.second.level;
             for (const std::string& rows : captureNames(table).tables) {
-                const std::string sql = "DROP TABLE IF EXISTS temp." + sqlName(rows);
+                const std::string sql = sqlOf(
+                    sql::Drop{sql::SchemaObject::Table, sql::Database::Temporary, rows, true});
                 sqlite3_exec(database_.handle(), sql.c_str(), nullptr, nullptr, nullptr);
             }
             return true;

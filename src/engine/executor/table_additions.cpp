@@ -1,18 +1,29 @@
 #include <algorithm>
 
-#include "engine/catalog/index_notes.hpp"
+#include "engine/catalog/definition_reader.hpp"
 #include "engine/catalog/object_names.hpp"
 #include "engine/executor/deferred_rules.hpp"
 #include "engine/executor/table_changer.hpp"
 #include "engine/executor/violations.hpp"
 #include "engine/plan/statements.hpp"
-#include "engine/sqlite/sql_writer.hpp"
+#include "engine/sqlite/definition_writer.hpp"
 #include "tsql/server_error.hpp"
 
 // ALTER TABLE ... ADD.
 namespace kap::engine {
 
 using tsql::ServerError;
+
+namespace {
+
+// "a", "b": the columns of a key that was added later, as they are stored beside it.
+std::string quotedNames(const std::vector<std::string>& names) {
+    std::string list;
+    SqlWriter(list).names(names);
+    return list;
+}
+
+}  // namespace
 
 // The name of a constraint is given once in its schema.
 void TableChanger::checkNames(const Table& table, const tsql::TableElements& added,
@@ -41,9 +52,8 @@ void TableChanger::add(const Table& table, const tsql::AlterTableStatement& stat
     const tsql::TableElements& added = statement.added;
     checkNames(table, added, line);
     TableBuilder builder(names, table);
-    const TableText before = textOf(table);
-    for (const TableText::Element& element : before.elements()) {
-        if (element.constraint) builder.reserveName(element.name);
+    for (const sql::Constraint& constraint : definitionOf(table).constraints) {
+        if (!constraint.name.empty()) builder.reserveName(constraint.name);
     }
     builder.add(added);
     for (const Column& column : builder.table().columns) {
@@ -51,9 +61,10 @@ void TableChanger::add(const Table& table, const tsql::AlterTableStatement& stat
     }
     addKeys(table, builder, line);
     addDefaults(table, builder, added, line);
-    for (const TableText::Element& element : addConstraints(table, builder)) {
-        if (!statement.withoutCheck) checkRows(table, element, line);
-    }
+    addConstraints(table, builder.constraints());
+    if (statement.withoutCheck) return;
+    for (const sql::Constraint& constraint : builder.constraints())
+        checkRows(table, constraint, line);
 }
 
 namespace {
@@ -68,20 +79,18 @@ bool fillsRows(const Column& column, const tsql::TableElements& added) {
 
 }  // namespace
 
-// The column comes in without conditions, gets its values, and then its whole text.
+// The column comes in without conditions, gets its values, and then its whole definition.
 void TableChanger::addColumn(const Table& table, const Column& column,
                              const tsql::TableElements& added, const TableBuilder& builder,
                              int line) {
-    const std::string target = tableSql(table.name, table.temporary);
-    const std::string full = builder.columnSql(column);
     if (column.computed) {
-        run("ALTER TABLE " + target + " ADD COLUMN " + full);
+        run(sql::AlterTable{tableName(table), sql::AddColumn{columnDefinition(column)}});
         return;
     }
     Column plain = column;
     plain.nullable = true;
     plain.defaultSql.reset();
-    run("ALTER TABLE " + target + " ADD COLUMN " + builder.columnSql(plain));
+    run(sql::AlterTable{tableName(table), sql::AddColumn{columnDefinition(plain)}});
     if (column.identity) {
         TableDefinition definition{builder.table(), {}};
         counters_.add(definition);
@@ -94,27 +103,21 @@ void TableChanger::addColumn(const Table& table, const Column& column,
     } else if (column.defaultSql) {
         // A row that has no value of its own would read the default.
         value = fillsRows(column, added) ? defaultOf(column) : sql::null();
-    } else if (!column.nullable && hasRows("SELECT 1 FROM " + target)) {
+    } else if (!column.nullable && hasRows(table)) {
         throw ServerError(tsql::Message::AddedColumnNeedsDefault, {column.name, table.shown()},
                           line);
     }
     if (value) {
-        run("UPDATE " + target + " SET " + sqlName(column.name) + " = " + sqlOf(value));
+        run(sql::Write{sql::Update{tableName(table), {{column.name, std::move(value)}}}});
     }
-    TableText text = textOf(table);
-    text.column(column.name)->text = full;
-    setText(table, text);
+    setColumn(table, column);
 }
 
 void TableChanger::addKeys(const Table& table, const TableBuilder& builder, int line) {
     for (const TableKey& key : builder.keys()) {
-        const std::string nulls =
-            key.primary ? "" : nullsIndex(builder.table(), key.name, key.columns);
         try {
-            run("CREATE UNIQUE INDEX " + std::string(table.temporary ? "temp." : "main.") +
-                sqlName(indexName(table, key.name)) + " ON " + sqlName(table.name) + " (" +
-                nameList(key.columns) + ")" + commentOf({key.ignoresDuplicates, {}}));
-            if (!nulls.empty()) run(nulls + commentOf({key.ignoresDuplicates, {}}));
+            for (const sql::CreateIndex& index : keyIndexes(builder.table(), key))
+                run(index);
         } catch (const SqliteError& error) {
             if (error.code() != SQLITE_CONSTRAINT_UNIQUE) throw;
             throw duplicateRows(table.name, key.name).at(line);
@@ -122,14 +125,14 @@ void TableChanger::addKeys(const Table& table, const TableBuilder& builder, int 
         if (table.temporary) continue;
         catalogue_.stored().put({0, key.primary ? StoredKind::PrimaryKey : StoredKind::UniqueKey,
                                  storedName(schemaOf(table.name), key.name), table.name,
-                                 nameList(key.columns)});
+                                 quotedNames(key.columns)});
     }
 }
 
 void TableChanger::addDefaults(const Table& table, const TableBuilder& builder,
                                const tsql::TableElements& added, int line) {
     if (added.defaults.empty()) return;
-    TableText text = textOf(table);
+    sql::CreateTable definition = definitionOf(table);
     for (const auto& [name, option] : added.defaults) {
         const Column* before = table.find(name);
         if (before != nullptr && before->defaultSql) {
@@ -138,40 +141,35 @@ void TableChanger::addDefaults(const Table& table, const TableBuilder& builder,
         // Rows from before the column keep their null only when it is written into them. What they
         // hold stays, also where a check was added WITH NOCHECK.
         const DeferredRules asTheyAre(connection_.database());
-        const std::string own = sqlName(name);
-        run("UPDATE " + tableSql(table.name, table.temporary) + " SET " + own + " = " + own);
-        text.column(name)->text = builder.columnSql(*builder.table().find(name));
+        run(sql::Write{sql::Update{tableName(table), {{name, sql::column(name)}}}});
+        if (auto* found = findColumn(definition, name))
+            *found = columnDefinition(*builder.table().find(name));
     }
-    setText(table, text);
+    setDefinition(table, std::move(definition));
 }
 
-std::vector<TableText::Element> TableChanger::addConstraints(const Table& table,
-                                                             const TableBuilder& builder) {
-    std::vector<TableText::Element> added;
-    if (builder.constraints().empty()) return added;
-    TableText text = textOf(table);
-    for (const std::string& constraint : builder.constraints()) {
-        added.push_back(constraintElement(constraint));
-        text.add(added.back());
-    }
-    setText(table, text);
-    return added;
+void TableChanger::addConstraints(const Table& table, const std::vector<sql::Constraint>& added) {
+    if (added.empty()) return;
+    sql::CreateTable definition = definitionOf(table);
+    definition.constraints.insert(definition.constraints.end(), added.begin(), added.end());
+    setDefinition(table, std::move(definition));
 }
 
 // The rows that are there must hold to a new constraint.
-void TableChanger::checkRows(const Table& table, const TableText::Element& constraint, int line) {
+void TableChanger::checkRows(const Table& table, const sql::Constraint& constraint, int line) {
+    const auto* check = std::get_if<sql::CheckConstraint>(&constraint.kind);
     bool violated = false;
-    if (constraint.isForeignKey()) {
-        violated = hasRows("PRAGMA foreign_key_check(" + sqlName(table.name) + ")");
+    if (check != nullptr) {
+        violated = hasRows(table, sql::negation(check->condition.value));
     } else {
-        const std::size_t condition = constraint.text.find(" CHECK (") + 7;
-        violated = hasRows("SELECT 1 FROM " + tableSql(table.name, table.temporary) +
-                           " WHERE NOT " + constraint.text.substr(condition));
+        PreparedStatement look(connection_.handle(),
+                               "PRAGMA foreign_key_check(" + sqlName(table.name) + ")");
+        violated = look.step();
     }
     if (!violated) return;
     throw ServerError(tsql::Message::ConstraintConflict,
-                      {"ALTER TABLE", constraint.isForeignKey() ? "FOREIGN KEY" : "CHECK",
-                       constraint.name, catalogue_.databaseName(), withSchema(table.name), ""},
+                      {"ALTER TABLE", check == nullptr ? "FOREIGN KEY" : "CHECK", constraint.name,
+                       catalogue_.databaseName(), withSchema(table.name), ""},
                       line);
 }
 

@@ -5,11 +5,12 @@
 #include <kaputil/automation/plain_text.hpp>
 
 #include "base/ascii.hpp"
+#include "engine/catalog/definition_reader.hpp"
 #include "engine/catalog/definition_tokens.hpp"
 #include "engine/catalog/object_names.hpp"
 #include "engine/catalog/schema_binding.hpp"
 #include "engine/plan/statements.hpp"
-#include "engine/sqlite/sql_writer.hpp"
+#include "engine/sqlite/definition_writer.hpp"
 #include "engine/sqlite/time_limit.hpp"
 #include "tsql/parser.hpp"
 #include "tsql/server_error.hpp"
@@ -37,27 +38,71 @@ private:
     int setting_;
 };
 
+// What is neither a check nor a foreign key keeps its rows' order, and is dropped with a new table.
+bool isKey(const sql::Constraint& constraint) {
+    return !std::holds_alternative<sql::CheckConstraint>(constraint.kind) &&
+           !std::holds_alternative<sql::ForeignKey>(constraint.kind);
+}
+
+void removeConstraint(sql::CreateTable& table, const std::string& name) {
+    std::erase_if(table.constraints,
+                  [&](const sql::Constraint& each) { return sameName(each.name, name); });
+}
+
 }  // namespace
 
 void TableChanger::run(const std::string& sql) {
     PreparedStatement(connection_.handle(), sql).run();
 }
 
-bool TableChanger::hasRows(const std::string& sql) {
-    PreparedStatement statement(connection_.handle(), sql);
+void TableChanger::run(const sql::SchemaChange& change) {
+    run(sqlOf(change));
+}
+
+void TableChanger::run(sql::Write statement) {
+    run(sqlOf(statement));
+}
+
+bool TableChanger::hasRows(const Table& table, sql::Expression where) {
+    sql::Select rows = sql::one(sql::number(1), sql::from(tableName(table)));
+    rows.where = std::move(where);
+    PreparedStatement statement(connection_.handle(), sqlOf(sql::Query{std::move(rows)}));
     return statement.step();
 }
 
-TableText TableChanger::textOf(const Table& table) {
+sql::CreateTable TableChanger::definitionOf(const Table& table) {
     PreparedStatement look(connection_.handle(),
                            std::string("SELECT sql FROM ") + (table.temporary ? "temp" : "main") +
                                ".sqlite_schema WHERE type = 'table' AND name = ?1");
     look.bind(1, std::string_view(table.name));
     look.step();
-    return TableText(look.text(0));
+    auto definition = readTable(look.text(0));
+    if (!definition) throw tsql::unsupported("altering a table of another program", 0);
+    return std::move(*definition);
 }
 
-void TableChanger::setText(const Table& table, const TableText& text) {
+void TableChanger::setColumn(const Table& table, const Column& column) {
+    sql::CreateTable definition = definitionOf(table);
+    if (auto* found = findColumn(definition, column.name)) *found = columnDefinition(column);
+    setDefinition(table, std::move(definition));
+}
+
+std::vector<std::pair<std::string, std::string>> TableChanger::indexTexts(const Table& table) {
+    PreparedStatement look(connection_.handle(),
+                           std::string("SELECT name, sql FROM ") +
+                               (table.temporary ? "temp" : "main") +
+                               ".sqlite_schema WHERE type = 'index' AND tbl_name = ?1 COLLATE "
+                               "NOCASE AND sql IS NOT NULL");
+    look.bind(1, std::string_view(table.name));
+    std::vector<std::pair<std::string, std::string>> texts;
+    while (look.step())
+        texts.emplace_back(look.text(0), look.text(1));
+    return texts;
+}
+
+void TableChanger::setDefinition(const Table& table, sql::CreateTable definition) {
+    // The schema names no database.
+    definition.table = {sql::Database::None, table.name};
     const std::string schema = table.temporary ? "temp" : "main";
     const TimeLimit::Pause whole;
     const SettingScope writable(connection_.database(), SQLITE_DBCONFIG_WRITABLE_SCHEMA);
@@ -66,7 +111,7 @@ void TableChanger::setText(const Table& table, const TableText& text) {
                                  "UPDATE " + schema +
                                      ".sqlite_schema SET sql = ?2 WHERE type = 'table' AND name = "
                                      "?1");
-        const std::string sql = text.sql();
+        const std::string sql = sqlOf(definition);
         update.bind(1, std::string_view(table.name));
         update.bind(2, std::string_view(sql));
         update.run();
@@ -78,7 +123,7 @@ void TableChanger::setText(const Table& table, const TableText& text) {
         version = look.integer(0);
     }
     run("PRAGMA " + schema + ".schema_version = " + plain::text(version + 1));
-    // Reads the schema again, from the new text.
+    // Reads the schema again, from the new definition.
     run("PRAGMA writable_schema = RESET");
 }
 
@@ -131,25 +176,25 @@ void TableChanger::alterColumn(const Table& table, const tsql::ColumnDefinition&
     after.collation = collationOf(definition);
     if (after.collation != before->collation) refuseDependents(table, *before, line);
     after.nullable = definition.nullable.value_or(true) && before->keyOrdinal == 0;
-    const std::string target = tableSql(table.name, table.temporary);
-    const std::string name = sqlName(before->name);
     Binder binder(names);
+    const sql::Expression stored = sql::column(before->name);
     const BoundExpression value =
-        BoundExpression::expression(sql::column(before->name), before->type, before->nullable);
+        BoundExpression::expression(stored, before->type, before->nullable);
     const sql::Expression converted = binder.stored(value, after.type, line);
     if (converted != value.tree) {
-        run("UPDATE " + target + " SET " + name + " = " + sqlOf(converted));
+        run(sql::Write{sql::Update{tableName(table), {{before->name, converted}}}});
     }
-    if (!after.nullable && hasRows("SELECT 1 FROM " + target + " WHERE " + name + " IS NULL")) {
+    if (!after.nullable && hasRows(table, sql::isNull(stored))) {
         throw ServerError(tsql::Message::NullRefused, {before->name, table.shown(), "UPDATE"},
                           line);
     }
-    const TableBuilder builder(names, table);
-    TableText text = textOf(table);
-    after.defaultName = defaultNameOf(text.column(before->name)->text);
-    text.column(before->name)->text = builder.columnSql(after);
-    setText(table, text);
-    run("REINDEX " + target);
+    sql::CreateTable whole = definitionOf(table);
+    if (auto* found = findColumn(whole, before->name)) {
+        if (found->defaultValue) after.defaultName = found->defaultValue->name;
+        *found = columnDefinition(after);
+    }
+    setDefinition(table, std::move(whole));
+    run(sql::Reindex{tableName(table)});
 }
 
 // What has been ordered by a column keeps it in its order.
@@ -180,8 +225,7 @@ void TableChanger::dropColumns(const Table& table, const tsql::AlterTableStateme
             throw ServerError(tsql::Message::DependentObject, {dependent, column->name}, line);
         }
         try {
-            run("ALTER TABLE " + tableSql(table.name, table.temporary) + " DROP COLUMN " +
-                sqlName(column->name));
+            run(sql::AlterTable{tableName(table), sql::DropColumn{column->name}});
         } catch (const SqliteError& error) {
             if (error.primaryCode() != SQLITE_ERROR) throw;
             throw failed;
@@ -221,35 +265,36 @@ std::string TableChanger::dependentOn(const Table& table, const Column& column) 
 void TableChanger::dropConstraints(const Table& table, const tsql::AlterTableStatement& statement,
                                    int line) {
     for (const std::string& name : statement.names) {
-        TableText text = textOf(table);
-        if (TableText::Element* element = text.constraint(name)) {
-            if (element->isKey()) {
-                dropFirstKey(table, text, *element);
+        sql::CreateTable definition = definitionOf(table);
+        if (const sql::Constraint* constraint = findConstraint(definition, name)) {
+            if (isKey(*constraint)) {
+                const std::string key = constraint->name;
+                dropFirstKey(table, std::move(definition), key);
                 continue;
             }
-            text.remove(element);
-            setText(table, text);
+            removeConstraint(definition, name);
+            setDefinition(table, std::move(definition));
             continue;
         }
         if (dropLaterKey(table, name)) continue;
-        // A default that was not named has the name under which it is listed.
-        const auto column = std::ranges::find_if(text.elements(), [&](const auto& element) {
-            if (element.constraint) return false;
-            const std::string given = defaultNameOf(element.text);
-            const Column* own = table.find(element.name);
-            const bool unnamed =
-                given.empty() && own != nullptr && own->defaultSql && !own->computed;
-            return sameName(unnamed ? unnamedDefault(table, element.name) : given, name);
-        });
-        if (column != text.elements().end()) {
-            TableText::Element* changed = text.column(column->name);
-            changed->text = withoutDefault(changed->text);
-            setText(table, text);
-            continue;
-        }
+        if (dropDefault(table, std::move(definition), name)) continue;
         if (statement.ifExists) continue;
         throw ServerError(tsql::Message::NoConstraint, {name}, line);
     }
+}
+
+// A default that was not named has the name under which it is listed.
+bool TableChanger::dropDefault(const Table& table, sql::CreateTable definition,
+                               const std::string& name) {
+    for (sql::ColumnDefinition& column : definition.columns) {
+        if (!column.defaultValue) continue;
+        const std::string& given = column.defaultValue->name;
+        if (!sameName(given.empty() ? unnamedDefault(table, column.name) : given, name)) continue;
+        column.defaultValue.reset();
+        setDefinition(table, std::move(definition));
+        return true;
+    }
+    return false;
 }
 
 bool TableChanger::dropLaterKey(const Table& table, const std::string& name) {
@@ -260,9 +305,9 @@ bool TableChanger::dropLaterKey(const Table& table, const std::string& name) {
         if (!key || !sameName(object.parent, table.name) || !sameName(own, name)) continue;
         const StoredObject found = object;
         refuseServing(table, own, tsql::parseNames(found.text));
-        const std::string index = indexName(table, own);
-        run("DROP INDEX main." + sqlName(index));
-        run("DROP INDEX IF EXISTS main." + sqlName(index + " (nulls)"));
+        run(sql::Drop{sql::SchemaObject::Index, sql::Database::Main, indexName(table, own)});
+        run(sql::Drop{sql::SchemaObject::Index, sql::Database::Main, nullsIndexName(table, own),
+                      true});
         catalogue_.stored().remove(found.kind, found.name);
         return true;
     }
@@ -280,91 +325,101 @@ void TableChanger::refuseServing(const Table& table, const std::string& key,
 
 // A key that was made with its table has an index that SQLite drops with nothing but the table: the
 // rows go into a new one.
-void TableChanger::dropFirstKey(const Table& table, TableText& text,
-                                const TableText::Element& key) {
+void TableChanger::dropFirstKey(const Table& table, sql::CreateTable definition,
+                                const std::string& key) {
     if (table.temporary) throw tsql::unsupported("dropping a key of a temporary table", 0);
     for (const ConstraintInfo& each : catalogue_.constraints()) {
-        if (sameName(each.table, table.name) && sameName(each.name, key.name)) {
+        if (sameName(each.table, table.name) && sameName(each.name, key)) {
             refuseServing(table, each.name, each.columns);
         }
     }
-    const std::string nulls = indexName(table, key.name) + " (nulls)";
-    text.remove(&key);
-    std::string columns;
+    removeConstraint(definition, key);
+    definition.table = tableName(table);
+    std::vector<std::string> columns;
+    sql::Select rows;
     for (const Column& column : table.columns) {
-        if (!column.computed) columns += (columns.empty() ? "" : ", ") + sqlName(column.name);
+        if (column.computed) continue;
+        columns.push_back(column.name);
+        rows.items.push_back({sql::column(column.name)});
     }
-    std::vector<std::string> indexes;
-    {
-        PreparedStatement look(connection_.handle(),
-                               "SELECT sql FROM main.sqlite_schema WHERE type = 'index' AND "
-                               "tbl_name = ?1 AND sql IS NOT NULL AND name <> ?2");
-        look.bind(1, std::string_view(table.name));
-        look.bind(2, std::string_view(nulls));
-        while (look.step())
-            indexes.push_back(look.text(0));
-    }
-    const std::string old = "kap old " + table.name;
-    const std::string sql = text.sql();
+    const auto indexes = indexTexts(table);
+    const sql::TableName old{sql::Database::Main, "kap old " + table.name};
     {
         const TimeLimit::Pause whole;
         const SettingScope legacy(connection_.database(), SQLITE_DBCONFIG_LEGACY_ALTER_TABLE);
-        run("ALTER TABLE main." + sqlName(table.name) + " RENAME TO " + sqlName(old));
+        run(sql::AlterTable{tableName(table), sql::RenameTable{old.name}});
     }
-    run(sql);
-    run("INSERT INTO main." + sqlName(table.name) + " (" + columns + ") SELECT " + columns +
-        " FROM main." + sqlName(old));
-    run("DROP TABLE main." + sqlName(old));
-    for (const std::string& index : indexes)
-        run(index);
+    run(definition);
+    rows.from = sql::from(old);
+    run(sql::Write{sql::Insert{tableName(table), std::move(columns), sql::Query{std::move(rows)}}});
+    run(sql::Drop{sql::SchemaObject::Table, old.database, old.name});
+    for (const auto& [name, text] : indexes) {
+        if (name != nullsIndexName(table, key)) run(text);
+    }
 }
 
 // --- Switching on and off
 
+namespace {
+
+// ALL, or one of the names.
+bool isMeant(const tsql::AlterTableStatement& statement, const std::string& name) {
+    return statement.names.empty() || std::ranges::any_of(statement.names, [&](const auto& each) {
+               return sameName(each, name);
+           });
+}
+
+}  // namespace
+
 // A constraint that is switched off is kept aside.
 void TableChanger::switchConstraints(const Table& table, const tsql::AlterTableStatement& statement,
                                      int line) {
-    const auto meant = [&](const std::string& name) {
-        return statement.names.empty() ||
-               std::ranges::any_of(statement.names,
-                                   [&](const std::string& each) { return sameName(each, name); });
-    };
-    TableText text = textOf(table);
     if (statement.enable) {
-        std::vector<TableText::Element> added;
-        const std::vector<StoredObject> objects = catalogue_.objects();
-        for (const StoredObject& object : objects) {
-            if (object.kind != StoredKind::DisabledConstraint ||
-                !sameName(object.parent, table.name) || !meant(nameAtParent(object))) {
-                continue;
-            }
-            added.push_back(constraintElement(object.text));
-            text.add(added.back());
-            catalogue_.stored().remove(object.kind, object.name);
-        }
-        if (added.empty()) return;
-        setText(table, text);
-        for (const TableText::Element& element : added) {
-            if (statement.withCheck) checkRows(table, element, line);
-        }
-        return;
+        switchOn(table, statement, line);
+    } else {
+        switchOff(table, statement, line);
     }
-    std::vector<TableText::Element> removed;
-    for (const TableText::Element& element : text.elements()) {
-        if (element.constraint && !element.isKey() && meant(element.name))
-            removed.push_back(element);
+}
+
+void TableChanger::switchOn(const Table& table, const tsql::AlterTableStatement& statement,
+                            int line) {
+    std::vector<sql::Constraint> added;
+    const std::vector<StoredObject> objects = catalogue_.objects();
+    for (const StoredObject& object : objects) {
+        if (object.kind != StoredKind::DisabledConstraint || !sameName(object.parent, table.name) ||
+            !isMeant(statement, nameAtParent(object))) {
+            continue;
+        }
+        auto constraint = readConstraint(object.text);
+        if (!constraint) continue;
+        added.push_back(std::move(*constraint));
+        catalogue_.stored().remove(object.kind, object.name);
+    }
+    addConstraints(table, added);
+    if (!statement.withCheck) return;
+    for (const sql::Constraint& constraint : added)
+        checkRows(table, constraint, line);
+}
+
+void TableChanger::switchOff(const Table& table, const tsql::AlterTableStatement& statement,
+                             int line) {
+    sql::CreateTable definition = definitionOf(table);
+    std::vector<sql::Constraint> removed;
+    for (const sql::Constraint& each : definition.constraints) {
+        if (!each.name.empty() && !isKey(each) && isMeant(statement, each.name))
+            removed.push_back(each);
     }
     if (removed.empty()) {
         if (statement.names.empty()) return;
         throw ServerError(tsql::Message::UnknownConstraint, {statement.names.front()}, line);
     }
-    for (const TableText::Element& element : removed) {
-        text.remove(text.constraint(element.name));
+    for (const sql::Constraint& each : removed) {
+        removeConstraint(definition, each.name);
         catalogue_.stored().put({0, StoredKind::DisabledConstraint,
-                                 storedName(schemaOf(table.name), element.name), table.name,
-                                 element.text});
+                                 storedName(schemaOf(table.name), each.name), table.name,
+                                 sqlOf(each)});
     }
-    setText(table, text);
+    setDefinition(table, std::move(definition));
 }
 
 void TableChanger::switchTriggers(const std::string& parent,

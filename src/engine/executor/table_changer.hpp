@@ -2,13 +2,14 @@
 
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "engine/binder/name_scope.hpp"
 #include "engine/catalog/counters.hpp"
 #include "engine/catalog/schema_catalogue.hpp"
-#include "engine/catalog/table_text.hpp"
 #include "engine/plan/table_builder.hpp"
+#include "engine/sqlite/definition_tree.hpp"
 #include "engine/sqlite/file_connection.hpp"
 #include "tsql/statements.hpp"
 
@@ -47,13 +48,22 @@ public:
 
 private:
     void run(const std::string& sql);
-    [[nodiscard]] bool hasRows(const std::string& sql);
-    [[nodiscard]] TableText textOf(const Table& table);
-    // Puts another text in the place of a table's.
-    void setText(const Table& table, const TableText& text);
+    void run(const sql::SchemaChange& change);
+    void run(sql::Write statement);
+    // Whether a table has a row of which this is true; none: any row.
+    [[nodiscard]] bool hasRows(const Table& table, sql::Expression where = {});
+    // How the file defines a table. Unsupported where another program has written it in words
+    // that the dialect cannot read.
+    [[nodiscard]] sql::CreateTable definitionOf(const Table& table);
+    // Puts another definition in its place.
+    void setDefinition(const Table& table, sql::CreateTable definition);
+    void setColumn(const Table& table, const Column& column);
+    // The texts of a table's indexes by their stored names.
+    [[nodiscard]] std::vector<std::pair<std::string, std::string>> indexTexts(const Table& table);
     void renameIndexes(const Table& before, const Table& after);
     // Gives a stored index another stored name.
     void remakeIndex(const Table& table, const std::string& stored, const std::string& newStored);
+    void remakeIndex(const Table& table, const std::string& stored, sql::CreateIndex index);
     void moveConstraints(const Table& before, const Table& after);
     void renameInSources(const Table& table, const std::string& before, const std::string& after);
     void renameInNotes(const Table& table, const std::string& before, const std::string& after);
@@ -64,11 +74,10 @@ private:
     void addColumn(const Table& table, const Column& column, const tsql::TableElements& added,
                    const TableBuilder& builder, int line);
     void addKeys(const Table& table, const TableBuilder& builder, int line);
-    [[nodiscard]] std::vector<TableText::Element> addConstraints(const Table& table,
-                                                                 const TableBuilder& builder);
+    void addConstraints(const Table& table, const std::vector<sql::Constraint>& added);
     void addDefaults(const Table& table, const TableBuilder& builder,
                      const tsql::TableElements& added, int line);
-    void checkRows(const Table& table, const TableText::Element& constraint, int line);
+    void checkRows(const Table& table, const sql::Constraint& constraint, int line);
     void alterColumn(const Table& table, const tsql::ColumnDefinition& definition,
                      const NameScope& names, int line);
     void refuseDependents(const Table& table, const Column& column, int line);
@@ -79,9 +88,13 @@ private:
     [[nodiscard]] bool dropLaterKey(const Table& table, const std::string& name);
     void refuseServing(const Table& table, const std::string& key,
                        const std::vector<std::string>& columns) const;
-    void dropFirstKey(const Table& table, TableText& text, const TableText::Element& key);
+    void dropFirstKey(const Table& table, sql::CreateTable definition, const std::string& key);
+    [[nodiscard]] bool dropDefault(const Table& table, sql::CreateTable definition,
+                                   const std::string& name);
     void switchConstraints(const Table& table, const tsql::AlterTableStatement& statement,
                            int line);
+    void switchOn(const Table& table, const tsql::AlterTableStatement& statement, int line);
+    void switchOff(const Table& table, const tsql::AlterTableStatement& statement, int line);
 
     FileConnection& connection_;
     SchemaCatalogue& catalogue_;

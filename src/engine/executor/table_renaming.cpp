@@ -1,12 +1,15 @@
+#include <optional>
 #include <string>
 #include <utility>
+#include <variant>
 #include <vector>
 
-#include "engine/catalog/index_notes.hpp"
+#include "engine/catalog/definition_reader.hpp"
 #include "engine/catalog/object_names.hpp"
 #include "engine/catalog/source_text.hpp"
 #include "engine/executor/table_changer.hpp"
 #include "engine/plan/statements.hpp"
+#include "engine/sqlite/definition_writer.hpp"
 #include "tsql/server_error.hpp"
 
 // Other names for tables and what belongs to them.
@@ -17,7 +20,7 @@ using tsql::ServerError;
 void TableChanger::renameTable(const Table& table, const std::string& newName) {
     Table renamed = table;
     renamed.name = newName;
-    run("ALTER TABLE " + tableSql(table.name, table.temporary) + " RENAME TO " + sqlName(newName));
+    run(sql::AlterTable{tableName(table), sql::RenameTable{newName}});
     renameIndexes(table, renamed);
     counters_.rename(table, newName);
     moveConstraints(table, renamed);
@@ -27,18 +30,7 @@ void TableChanger::renameTable(const Table& table, const std::string& newName) {
 // An index bears the name of its table before its own.
 void TableChanger::renameIndexes(const Table& before, const Table& after) {
     const std::string prefix = indexName(before, "");
-    std::vector<std::string> indexes;
-    {
-        PreparedStatement look(connection_.handle(),
-                               std::string("SELECT name FROM ") +
-                                   (after.temporary ? "temp" : "main") +
-                                   ".sqlite_schema WHERE type = 'index' AND tbl_name = ?1 AND sql "
-                                   "IS NOT NULL");
-        look.bind(1, std::string_view(after.name));
-        while (look.step())
-            indexes.push_back(look.text(0));
-    }
-    for (const std::string& name : indexes) {
+    for (const auto& [name, text] : indexTexts(after)) {
         if (name.starts_with(prefix)) {
             remakeIndex(after, name, indexName(after, name.substr(prefix.size())));
         }
@@ -47,21 +39,20 @@ void TableChanger::renameIndexes(const Table& before, const Table& after) {
 
 void TableChanger::remakeIndex(const Table& table, const std::string& stored,
                                const std::string& newStored) {
-    const std::string place = table.temporary ? "temp" : "main";
-    std::string sql;
-    {
-        PreparedStatement look(connection_.handle(), "SELECT sql FROM " + place +
-                                                         ".sqlite_schema WHERE type = 'index' AND "
-                                                         "name = ?1 COLLATE NOCASE");
-        look.bind(1, std::string_view(stored));
-        if (!look.step()) return;
-        sql = look.text(0);
+    for (const auto& [name, text] : indexTexts(table)) {
+        if (!sameName(name, stored)) continue;
+        auto index = readIndex(text);
+        if (!index) return;
+        index->name = newStored;
+        remakeIndex(table, name, std::move(*index));
     }
-    const std::string quoted = sqlName(stored);
-    const std::size_t at = sql.find(quoted);
-    if (at == std::string::npos) return;
-    run("DROP INDEX " + place + "." + quoted);
-    run(sql.replace(at, quoted.size(), place + "." + sqlName(newStored)));
+}
+
+void TableChanger::remakeIndex(const Table& table, const std::string& stored,
+                               sql::CreateIndex index) {
+    index.database = databaseOf(table);
+    run(sql::Drop{sql::SchemaObject::Index, index.database, stored});
+    run(index);
 }
 
 bool TableChanger::renameIndex(const Table& table, const std::string& name,
@@ -72,23 +63,13 @@ bool TableChanger::renameIndex(const Table& table, const std::string& name,
         const std::string before = indexName(table, index.name);
         const std::string after = indexName(table, newName);
         remakeIndex(table, before, after);
-        remakeIndex(table, before + " (nulls)", after + " (nulls)");
+        remakeIndex(table, nullsIndexName(table, index.name), nullsIndexName(table, newName));
         return true;
     }
     return false;
 }
 
 namespace {
-
-// The text of a constraint, or of a column with a default, under another name.
-std::string constraintRenamed(const std::string& text, const std::string& before,
-                              const std::string& after) {
-    const std::string head = "CONSTRAINT " + sqlName(before);
-    const std::size_t at = text.find(head);
-    return at == std::string::npos
-               ? text
-               : std::string(text).replace(at, head.size(), "CONSTRAINT " + sqlName(after));
-}
 
 bool isConstraint(StoredKind kind) {
     return kind == StoredKind::PrimaryKey || kind == StoredKind::UniqueKey ||
@@ -97,18 +78,23 @@ bool isConstraint(StoredKind kind) {
 
 }  // namespace
 
-// A constraint stands in the text of its table or beside it; the index of a key bears its name.
+// A constraint stands in the definition of its table or beside it; the index of a key bears its
+// name.
 bool TableChanger::renameConstraint(const Table& table, const std::string& name,
                                     const std::string& newName) {
-    TableText text = textOf(table);
+    sql::CreateTable definition = definitionOf(table);
     bool changed = false;
-    for (TableText::Element& element : text.elements()) {
-        const std::string own = element.constraint ? element.name : defaultNameOf(element.text);
-        if (!sameName(own, name)) continue;
-        element.text = constraintRenamed(element.text, own, newName);
+    const auto rename = [&](std::string& own) {
+        if (own.empty() || !sameName(own, name)) return;
+        own = newName;
         changed = true;
+    };
+    for (sql::ColumnDefinition& column : definition.columns) {
+        if (column.defaultValue) rename(column.defaultValue->name);
     }
-    if (changed) setText(table, text);
+    for (sql::Constraint& constraint : definition.constraints)
+        rename(constraint.name);
+    if (changed) setDefinition(table, std::move(definition));
     for (StoredObject object : std::vector<StoredObject>(catalogue_.objects())) {
         const std::string before = nameAtParent(object);
         if (!isConstraint(object.kind) || !sameName(object.parent, table.name) ||
@@ -116,8 +102,11 @@ bool TableChanger::renameConstraint(const Table& table, const std::string& name,
             continue;
         }
         if (object.kind == StoredKind::DisabledConstraint) {
-            object.text = constraintRenamed(object.text, before, newName);
-            catalogue_.stored().put(object);
+            if (auto constraint = readConstraint(object.text)) {
+                constraint->name = newName;
+                object.text = sqlOf(*constraint);
+                catalogue_.stored().put(object);
+            }
         }
         catalogue_.stored().rename(object.kind, object.name,
                                    storedName(schemaOf(table.name), newName));
@@ -127,20 +116,31 @@ bool TableChanger::renameConstraint(const Table& table, const std::string& name,
     const std::string before = indexName(table, name);
     const std::string after = indexName(table, newName);
     remakeIndex(table, before, after);
-    remakeIndex(table, before + " (nulls)", after + " (nulls)");
+    remakeIndex(table, nullsIndexName(table, name), nullsIndexName(table, newName));
     return true;
 }
 
-// Triggers, keys and constraints go to another schema with their table. What refers to it by the
-// text of a constraint that is switched off goes on doing so.
+namespace {
+
+// A foreign key that is switched off calls its parent by the new name; nothing for any other.
+std::optional<std::string> withParentRenamed(const StoredObject& object, const std::string& before,
+                                             const std::string& after) {
+    if (object.kind != StoredKind::DisabledConstraint) return std::nullopt;
+    auto constraint = readConstraint(object.text);
+    auto* key = constraint ? std::get_if<sql::ForeignKey>(&constraint->kind) : nullptr;
+    if (key == nullptr || !sameName(key->parent, before)) return std::nullopt;
+    key->parent = after;
+    return sqlOf(*constraint);
+}
+
+}  // namespace
+
+// Triggers, keys and constraints go to another schema with their table. What refers to it by a
+// constraint that is switched off goes on doing so.
 void TableChanger::moveConstraints(const Table& before, const Table& after) {
-    const std::string refers = "REFERENCES " + sqlName(before.name) + " (";
     for (StoredObject object : std::vector<StoredObject>(catalogue_.stored().all())) {
-        const std::size_t place = object.kind == StoredKind::DisabledConstraint
-                                      ? object.text.find(refers)
-                                      : std::string::npos;
-        if (place != std::string::npos) {
-            object.text.replace(place, refers.size(), "REFERENCES " + sqlName(after.name) + " (");
+        if (auto text = withParentRenamed(object, before.name, after.name)) {
+            object.text = std::move(*text);
             catalogue_.stored().put(object);
         }
         if (!sameName(object.parent, before.name)) continue;
@@ -158,8 +158,7 @@ void TableChanger::renameColumn(const Table& table, const std::string& column,
     if (table.find(newName) != nullptr && !sameName(newName, found->name)) {
         throw ServerError(tsql::Message::RenameTargetExists, {newName, "COLUMN"}, line);
     }
-    run("ALTER TABLE " + tableSql(table.name, table.temporary) + " RENAME COLUMN " +
-        sqlName(found->name) + " TO " + sqlName(newName));
+    run(sql::AlterTable{tableName(table), sql::RenameColumn{found->name, newName}});
     renameInSources(table, found->name, newName);
     renameInNotes(table, found->name, newName);
     if (found->identity) counters_.renameIdentity(table, newName);
@@ -168,38 +167,37 @@ void TableChanger::renameColumn(const Table& table, const std::string& column,
 // SQLite has renamed the column in its own words only.
 void TableChanger::renameInSources(const Table& table, const std::string& before,
                                    const std::string& after) {
-    TableText text = textOf(table);
+    sql::CreateTable definition = definitionOf(table);
     bool changed = false;
-    for (TableText::Element& element : text.elements()) {
-        std::string renamed = withColumnRenamed(element.text, before, after);
-        changed = changed || renamed != element.text;
-        element.text = std::move(renamed);
+    const auto rename = [&](sql::Formula& formula) {
+        if (!formula.source) return;
+        std::string renamed = withColumnRenamed(*formula.source, before, after);
+        changed = changed || renamed != *formula.source;
+        formula.source = std::move(renamed);
+    };
+    for (sql::ColumnDefinition& column : definition.columns) {
+        if (column.computed) rename(*column.computed);
     }
-    if (changed) setText(table, text);
+    for (sql::Constraint& constraint : definition.constraints) {
+        auto* check = std::get_if<sql::CheckConstraint>(&constraint.kind);
+        if (check != nullptr) rename(check->condition);
+    }
+    if (changed) setDefinition(table, std::move(definition));
 }
 
 // Included columns stand in a comment of their index.
 void TableChanger::renameInNotes(const Table& table, const std::string& before,
                                  const std::string& after) {
-    const std::string place = table.temporary ? "temp" : "main";
-    std::vector<std::pair<std::string, std::string>> indexes;
-    {
-        PreparedStatement look(connection_.handle(),
-                               "SELECT name, sql FROM " + place +
-                                   ".sqlite_schema WHERE type = 'index' AND tbl_name = ?1 COLLATE "
-                                   "NOCASE AND sql IS NOT NULL");
-        look.bind(1, std::string_view(table.name));
-        while (look.step())
-            indexes.emplace_back(look.text(0), look.text(1));
-    }
-    for (const auto& [name, sql] : indexes) {
-        const std::string renamed = withIncludedRenamed(sql, before, after);
-        if (renamed == sql) continue;
-        const std::string quoted = sqlName(name);
-        const std::size_t at = renamed.find(quoted);
-        if (at == std::string::npos) continue;
-        run("DROP INDEX " + place + "." + quoted);
-        run(std::string(renamed).insert(at, place + "."));
+    for (const auto& [name, text] : indexTexts(table)) {
+        auto index = readIndex(text);
+        if (!index) continue;
+        bool changed = false;
+        for (std::string& included : index->notes.included) {
+            if (!sameName(included, before)) continue;
+            included = after;
+            changed = true;
+        }
+        if (changed) remakeIndex(table, name, std::move(*index));
     }
 }
 

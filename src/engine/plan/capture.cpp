@@ -3,8 +3,7 @@
 #include <utility>
 
 #include "engine/plan/statements.hpp"
-#include "engine/sqlite/collation.hpp"
-#include "engine/sqlite/sql_writer.hpp"
+#include "engine/sqlite/definition_writer.hpp"
 #include "tsql/server_error.hpp"
 
 namespace kap::engine {
@@ -13,37 +12,39 @@ namespace {
 
 // Numbers the caught rows, the same before and after an update.
 constexpr const char* kRowName = "kap row";
-constexpr const char* kRowColumn = "\"kap row\"";
 // The number of the row in its table.
-constexpr const char* kTargetColumn = "\"kap target\"";
+constexpr const char* kTargetName = "kap target";
 
-std::string tableText(const Table& table, RowState state) {
-    return "temp." + sqlName(capturedRows(table, state).name);
+const char* wordOf(sql::RowEvent event) {
+    return event == sql::RowEvent::Insert   ? "INSERT"
+           : event == sql::RowEvent::Update ? "UPDATE"
+                                            : "DELETE";
 }
 
-std::string columnsOf(const Table& table, const std::string& row) {
-    std::string list;
-    for (const Column& column : table.columns)
-        list += ", " + row + "." + sqlName(column.name);
-    return list;
+std::string triggerName(const Table& table, sql::RowEvent event) {
+    return std::string("kap ") + wordOf(event) + " " + captureKey(table);
 }
 
-std::string triggerName(const Table& table, const char* event) {
-    return std::string("kap ") + event + " " + captureKey(table);
-}
-
-std::string trigger(const Table& table, const char* event, const std::string& body) {
-    return "CREATE TEMP TRIGGER " + sqlName(triggerName(table, event)) + " AFTER " + event +
-           " ON " + tableSql(table.name, table.temporary) + " WHEN " +
-           sqlOf(sql::call(fn::kCapturing, sql::text(captureKey(table)))) + " BEGIN " + body +
-           " END";
-}
-
-std::string caught(const Table& table, RowState state) {
+// Puts a row as it was before or is behind the event into the table that catches it.
+sql::Write caught(const Table& table, RowState state) {
     const std::string row = state == RowState::Inserted ? "NEW" : "OLD";
+    std::vector<sql::Expression> values{sql::null(), sql::Column{row, rowNumberName(table), true}};
+    for (const Column& column : table.columns)
+        values.push_back(sql::column(row, column.name));
     // Within a trigger a table has no schema before its name; temporary ones are found first.
-    return "INSERT INTO " + sqlName(capturedRows(table, state).name) + " VALUES (NULL, " + row +
-           "." + rowNumberName(table) + columnsOf(table, row) + ");";
+    sql::Insert insert{{sql::Database::None, capturedRows(table, state).name}};
+    insert.rows = sql::Query{sql::Values{{std::move(values)}}};
+    return {std::move(insert)};
+}
+
+std::string dropIfThere(sql::SchemaObject kind, const std::string& name) {
+    return sqlOf(sql::Drop{kind, sql::Database::Temporary, name, true});
+}
+
+std::string trigger(const Table& table, sql::RowEvent event, std::vector<sql::Write> steps) {
+    return sqlOf(sql::CreateTrigger{triggerName(table, event), event, tableName(table),
+                                    sql::call(fn::kCapturing, sql::text(captureKey(table))),
+                                    std::move(steps)});
 }
 
 // The table of OUTPUT INTO: nothing may happen there besides.
@@ -110,41 +111,42 @@ std::vector<std::string> makeCapture(const Table& table) {
     std::vector<std::string> sql = removeCapture(table);
     for (std::string& rows : makeCapturedRows(table))
         sql.push_back(std::move(rows));
-    sql.push_back(trigger(table, "INSERT", caught(table, RowState::Inserted)));
-    sql.push_back(trigger(table, "UPDATE",
-                          caught(table, RowState::Deleted) + caught(table, RowState::Inserted)));
-    sql.push_back(trigger(table, "DELETE", caught(table, RowState::Deleted)));
+    const sql::Write inserted = caught(table, RowState::Inserted);
+    const sql::Write deleted = caught(table, RowState::Deleted);
+    sql.push_back(trigger(table, sql::RowEvent::Insert, {inserted}));
+    sql.push_back(trigger(table, sql::RowEvent::Update, {deleted, inserted}));
+    sql.push_back(trigger(table, sql::RowEvent::Delete, {deleted}));
     return sql;
 }
 
 std::vector<std::string> makeCapturedRows(const Table& table) {
     std::vector<std::string> sql;
     for (const RowState state : {RowState::Inserted, RowState::Deleted}) {
-        std::string columns;
+        sql::CreateTable create{tableName(capturedRows(table, state)),
+                                {sql::rowNumbers(kRowName), {kTargetName}}};
         for (const Column& column : table.columns) {
-            columns += ", " + sqlName(column.name);
-            columns += collationText(column);
+            create.columns.push_back({column.name});
+            create.columns.back().collation = collationOf(column);
         }
-        sql.push_back("CREATE TABLE " + tableText(table, state) + " (" + kRowColumn +
-                      " INTEGER PRIMARY KEY, " + kTargetColumn + columns + ")");
+        sql.push_back(sqlOf(create));
     }
     return sql;
 }
 
 CaptureNames captureNames(const Table& table) {
-    return {
-        {triggerName(table, "INSERT"), triggerName(table, "UPDATE"), triggerName(table, "DELETE")},
-        {capturedRows(table, RowState::Inserted).name,
-         capturedRows(table, RowState::Deleted).name}};
+    return {{triggerName(table, sql::RowEvent::Insert), triggerName(table, sql::RowEvent::Update),
+             triggerName(table, sql::RowEvent::Delete)},
+            {capturedRows(table, RowState::Inserted).name,
+             capturedRows(table, RowState::Deleted).name}};
 }
 
 std::vector<std::string> removeCapture(const Table& table) {
     const CaptureNames names = captureNames(table);
     std::vector<std::string> sql;
     for (const std::string& trigger : names.triggers)
-        sql.push_back("DROP TRIGGER IF EXISTS temp." + sqlName(trigger));
+        sql.push_back(dropIfThere(sql::SchemaObject::Trigger, trigger));
     for (const std::string& rows : names.tables)
-        sql.push_back("DROP TABLE IF EXISTS temp." + sqlName(rows));
+        sql.push_back(dropIfThere(sql::SchemaObject::Table, rows));
     return sql;
 }
 

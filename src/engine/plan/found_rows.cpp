@@ -8,7 +8,7 @@
 
 #include "base/ascii.hpp"
 #include "engine/plan/statements.hpp"
-#include "engine/sqlite/sql_writer.hpp"
+#include "engine/sqlite/definition_writer.hpp"
 
 namespace kap::engine {
 
@@ -24,14 +24,6 @@ constexpr const char* kDoneRows = "done";
 constexpr const char* kRow = "row";
 constexpr const char* kTargetRow = "target row";
 constexpr const char* kAction = "action";
-
-// ", "c1", "c2"": so many columns, each after a comma.
-std::string foundColumns(const char* prefix, std::size_t count) {
-    std::string list;
-    for (std::size_t i = 0; i < count; ++i)
-        list += ", " + sqlName(foundName(prefix, i));
-    return list;
-}
 
 void addNames(std::vector<std::string>& names, const char* prefix, std::size_t count) {
     for (std::size_t i = 0; i < count; ++i)
@@ -77,16 +69,23 @@ FoundRows::FoundRows(const Table& target)
 
 void FoundRows::makeTables(MergePlan& plan, std::size_t values, std::size_t sourceColumns,
                            bool kept) const {
-    plan.make.push_back("CREATE TABLE " + tableSql(found_.name, true) +
-                        " (\"row\" INTEGER PRIMARY KEY, \"target row\", \"action\"" +
-                        foundColumns("c", values) + foundColumns("s", sourceColumns) + ")");
-    plan.remove.push_back("DROP TABLE " + tableSql(found_.name, true));
+    const auto make = [&](const sql::TableName& table, const std::vector<std::string>& columns) {
+        sql::CreateTable create{table, {sql::rowNumbers(kRow)}};
+        for (const std::string& column : columns)
+            create.columns.push_back({column});
+        plan.make.push_back(sqlOf(create));
+        plan.remove.push_back(
+            sqlOf(sql::Drop{sql::SchemaObject::Table, table.database, table.name}));
+    };
+    std::vector<std::string> columns{kTargetRow, kAction};
+    addNames(columns, "c", values);
+    addNames(columns, "s", sourceColumns);
+    make(found_, columns);
     if (!kept) return;
-    const std::size_t count = target_.columns.size();
-    plan.make.push_back("CREATE TABLE " + tableSql(done_.name, true) +
-                        " (\"row\" INTEGER PRIMARY KEY, \"action\", \"found row\"" +
-                        foundColumns("i", count) + foundColumns("d", count) + ")");
-    plan.remove.push_back("DROP TABLE " + tableSql(done_.name, true));
+    columns = {kAction, "found row"};
+    addNames(columns, "i", target_.columns.size());
+    addNames(columns, "d", target_.columns.size());
+    make(done_, columns);
 }
 
 std::vector<sql::Item> FoundRows::foundItems(sql::Expression rowNumber, std::size_t action,

@@ -6,15 +6,15 @@
 #include <kaputil/automation/plain_text.hpp>
 #include "engine/catalog/global_tables.hpp"
 #include "engine/catalog/object_names.hpp"
-#include "engine/catalog/source_text.hpp"
 
 #include "base/ascii.hpp"
 #include "engine/binder/function_table.hpp"
+#include "engine/binder/row_numbers.hpp"
 #include "engine/catalog/index_notes.hpp"
 #include "engine/catalog/reference_rules.hpp"
 #include "engine/plan/statements.hpp"
 #include "engine/sqlite/collation.hpp"
-#include "engine/sqlite/sql_writer.hpp"
+#include "engine/sqlite/definition_writer.hpp"
 #include "engine/values/exact.hpp"
 #include "tsql/server_error.hpp"
 
@@ -52,28 +52,7 @@ bool isPrimary(const std::string& name, const tsql::TableElements& elements) {
         });
 }
 
-const char* actionText(tsql::ReferenceAction action) {
-    switch (action) {
-        case tsql::ReferenceAction::None:
-            return "NO ACTION";
-        case tsql::ReferenceAction::Cascade:
-            return "CASCADE";
-        case tsql::ReferenceAction::SetNull:
-            return "SET NULL";
-        case tsql::ReferenceAction::SetDefault:
-            return "SET DEFAULT";
-    }
-    return "";
-}
-
 }  // namespace
-
-std::string nameList(const std::vector<std::string>& names) {
-    std::string list;
-    for (const std::string& name : names)
-        list += (list.empty() ? "" : ", ") + sqlName(name);
-    return list;
-}
 
 std::shared_ptr<const TextCollation> collationOf(const ColumnDefinition& column) {
     if (column.collation.empty()) return nullptr;
@@ -88,22 +67,62 @@ std::string indexName(const Table& table, const std::string& name) {
     return table.name + "." + name;
 }
 
-std::string nullsIndex(const Table& table, const std::string& name,
-                       const std::vector<std::string>& columns) {
-    std::string terms;
-    std::string where;
+std::string nullsIndexName(const Table& table, const std::string& name) {
+    return indexName(table, name) + " (nulls)";
+}
+
+sql::CreateIndex uniqueIndex(const Table& table, const std::string& name,
+                             const std::vector<std::string>& columns) {
+    sql::CreateIndex index{true, databaseOf(table), indexName(table, name), table.name, {}};
+    for (const std::string& column : columns)
+        index.terms.push_back({sql::column(column)});
+    return index;
+}
+
+std::optional<sql::CreateIndex> nullsIndex(const Table& table, const std::string& name,
+                                           const std::vector<std::string>& columns) {
+    sql::CreateIndex index{true, databaseOf(table), nullsIndexName(table, name), table.name, {}};
+    sql::Chain someNull{sql::ChainOperator::Or, {}};
     for (const std::string& column : columns) {
-        const std::string sql = sqlName(column);
-        terms += (terms.empty() ? "" : ", ") + sql + " IS NULL, ifnull(" + sql + ", 0)";
+        sql::Expression isNull = sql::isNull(sql::column(column));
+        sql::Expression value = sql::call(fn::kIfnull, sql::column(column), sql::number(0));
         const Column* found = table.find(column);
-        if (found != nullptr) terms += collationText(*found);
-        if (found != nullptr && found->nullable)
-            where += (where.empty() ? " WHERE " : " OR ") + sql + " IS NULL";
+        if (found != nullptr && found->nullable) someNull.parts.push_back(isNull);
+        if (found != nullptr && !collationOf(*found).empty()) {
+            value = sql::Collated{std::move(value), collationOf(*found)};
+        }
+        index.terms.push_back({std::move(isNull)});
+        index.terms.push_back({std::move(value)});
     }
-    if (where.empty()) return {};
-    return "CREATE UNIQUE INDEX " + std::string(table.temporary ? "temp." : "main.") +
-           sqlName(indexName(table, name) + " (nulls)") + " ON " + sqlName(table.name) + " (" +
-           terms + ")" + where;
+    if (someNull.parts.empty()) return std::nullopt;
+    index.where = sql::Formula{std::move(someNull)};
+    return index;
+}
+
+std::vector<sql::CreateIndex> keyIndexes(const Table& table, const TableKey& key) {
+    std::vector<sql::CreateIndex> indexes{uniqueIndex(table, key.name, key.columns)};
+    if (!key.primary) {
+        if (auto nulls = nullsIndex(table, key.name, key.columns))
+            indexes.push_back(std::move(*nulls));
+    }
+    for (sql::CreateIndex& index : indexes)
+        index.notes.ignoresDuplicates = key.ignoresDuplicates;
+    return indexes;
+}
+
+sql::ColumnDefinition columnDefinition(const Column& column) {
+    sql::ColumnDefinition definition{column.name, declaredType(column.type)};
+    definition.collation = collationOf(column);
+    definition.notNull = !column.nullable && !column.computed;
+    if (!column.defaultSql) return definition;
+    sql::Formula value{sql::Definition{*column.defaultSql}};
+    if (!column.source.empty()) value.source = column.source;
+    if (column.computed) {
+        definition.computed = std::move(value);
+    } else {
+        definition.defaultValue = {column.defaultName, std::move(value)};
+    }
+    return definition;
 }
 
 TableBuilder::TableBuilder(const NameScope& names, const tsql::ObjectName& name, int line)
@@ -315,10 +334,10 @@ void TableBuilder::addKey(const tsql::KeyConstraint& constraint) {
 
 // A table of the script's own is not read from the file.
 void TableBuilder::noteIgnoring(const TableKey& key) {
-    own().ignoring.push_back("(" + nameList(key.columns) + ")");
-    const std::string nulls = key.primary ? "" : nullsIndex(table(), key.name, key.columns);
-    auto target = conflictTarget(nulls + commentOf({true, {}}));
-    if (!nulls.empty() && target) own().ignoring.push_back(std::move(*target));
+    for (const sql::CreateIndex& index : keyIndexes(table(), key)) {
+        if (auto target = conflictTarget(sqlOf(index)))
+            own().ignoring.push_back(std::move(*target));
+    }
 }
 
 void TableBuilder::addCheck(const tsql::CheckConstraint& check) {
@@ -329,8 +348,7 @@ void TableBuilder::addCheck(const tsql::CheckConstraint& check) {
     const std::string name = check.name.empty() ? numbered(stem) : check.name;
     takenNames_.push_back(name);
     constraints_.push_back(
-        "CONSTRAINT " + sqlName(name) + " CHECK (" +
-        withSource(sqlOf(binder_.condition(*check.condition, scope)), check.text) + ")");
+        {name, sql::CheckConstraint{{binder_.condition(*check.condition, scope), check.text}}});
     requireNoVariables(check.line);
 }
 
@@ -383,10 +401,8 @@ void TableBuilder::addForeignKey(const tsql::ForeignKey& key) {
                          : key.name;
     takenNames_.push_back(name);
     checkReference(name, key, *parent, parents);
-    constraints_.push_back("CONSTRAINT " + sqlName(name) + " FOREIGN KEY (" + nameList(columns) +
-                           ") REFERENCES " + sqlName(parent->name) + " (" + nameList(parents) +
-                           ") ON DELETE " + actionText(key.onDelete) + " ON UPDATE " +
-                           actionText(key.onUpdate));
+    constraints_.push_back({name, sql::ForeignKey{std::move(columns), parent->name, parents,
+                                                  key.onDelete, key.onUpdate}});
 }
 
 // The columns must be a key of the other table, and no statement may come back to a table.
@@ -440,40 +456,26 @@ std::vector<std::string> TableBuilder::parentColumns(const tsql::ForeignKey& key
     return result;
 }
 
-std::string TableBuilder::columnSql(const Column& column) const {
-    // SQLite's grammar has no word between the brackets of a type; as a quoted name
-    // "nvarchar(max)" is one.
-    std::string sql = sqlName(column.name) + " " + sqlName(declaredType(column.type));
-    sql += collationText(column);
-    if (column.computed) return sql + " GENERATED ALWAYS AS (" + storedText(column) + ") VIRTUAL";
-    if (!column.nullable) sql += " NOT NULL";
-    if (!column.defaultSql) return sql;
-    if (!column.defaultName.empty()) sql += " CONSTRAINT " + sqlName(column.defaultName);
-    return sql + " DEFAULT (" + storedText(column) + ")";
-}
-
-std::string TableBuilder::createSql() const {
-    std::string sql = std::string("CREATE ") + (table().temporary ? "TEMP TABLE " : "TABLE main.") +
-                      sqlName(table().name) + " (";
-    for (const Column& column : table().columns) {
-        if (&column != &table().columns.front()) sql += ", ";
-        sql += columnSql(column);
-    }
+sql::CreateTable TableBuilder::creation() const {
+    sql::CreateTable creation{tableName(table()), {}};
+    for (const Column& column : table().columns)
+        creation.columns.push_back(columnDefinition(column));
     for (const TableKey& key : keys()) {
-        sql += ", CONSTRAINT " + sqlName(key.name) +
-               (key.primary ? " PRIMARY KEY (" : " UNIQUE (") + nameList(key.columns) +
-               commentOf({key.ignoresDuplicates, {}}) + ")";
+        creation.constraints.push_back(
+            {key.name, sql::KeyConstraint{key.primary, key.columns, {key.ignoresDuplicates}}});
     }
-    for (const std::string& constraint : constraints_)
-        sql += ", " + constraint;
-    return sql + ")";
+    creation.constraints.insert(creation.constraints.end(), constraints_.begin(),
+                                constraints_.end());
+    return creation;
 }
 
+// The index of a key comes with its table.
 CreateTablePlan TableBuilder::plan() const {
-    CreateTablePlan result{definition_, {createSql()}};
+    CreateTablePlan result{definition_, {sqlOf(creation())}};
     for (const TableKey& key : keys()) {
-        const std::string nulls = key.primary ? "" : nullsIndex(table(), key.name, key.columns);
-        if (!nulls.empty()) result.sql.push_back(nulls + commentOf({key.ignoresDuplicates, {}}));
+        const std::vector<sql::CreateIndex> indexes = keyIndexes(table(), key);
+        for (std::size_t i = 1; i < indexes.size(); ++i)
+            result.sql.push_back(sqlOf(indexes[i]));
     }
     result.sql.insert(result.sql.end(), indexes_.begin(), indexes_.end());
     return result;

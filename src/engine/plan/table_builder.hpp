@@ -5,6 +5,7 @@
 
 #include "engine/binder/binder.hpp"
 #include "engine/plan/statement_plan.hpp"
+#include "engine/sqlite/definition_tree.hpp"
 #include "tsql/statements.hpp"
 
 namespace kap::engine {
@@ -29,11 +30,8 @@ public:
 
     [[nodiscard]] const Table& table() const { return definition_.table; }
     [[nodiscard]] const std::vector<TableKey>& keys() const { return definition_.keys; }
-    // CONSTRAINT ... CHECK and CONSTRAINT ... FOREIGN KEY, as the table's text holds them.
-    [[nodiscard]] const std::vector<std::string>& constraints() const { return constraints_; }
-
-    // A column as the table's text holds it.
-    [[nodiscard]] std::string columnSql(const Column& column) const;
+    // Checks and foreign keys.
+    [[nodiscard]] const std::vector<sql::Constraint>& constraints() const { return constraints_; }
     // The table with the texts that make it.
     [[nodiscard]] CreateTablePlan plan() const;
 
@@ -59,11 +57,11 @@ private:
     [[nodiscard]] std::vector<std::string> parentColumns(const tsql::ForeignKey& key,
                                                          const Table& parent) const;
     [[nodiscard]] std::string numbered(const std::string& stem);
-    [[nodiscard]] std::string createSql() const;
+    [[nodiscard]] sql::CreateTable creation() const;
 
     Binder binder_;
     TableDefinition definition_;
-    std::vector<std::string> constraints_;
+    std::vector<sql::Constraint> constraints_;
     std::vector<std::string> takenNames_;
     std::vector<std::string> indexNames_;
     std::vector<std::string> indexes_;  // the texts that make them
@@ -75,11 +73,17 @@ private:
 [[nodiscard]] std::shared_ptr<const TextCollation> collationOf(
     const tsql::ColumnDefinition& column);
 
-// Names as SQLite's list of them.
-[[nodiscard]] std::string nameList(const std::vector<std::string>& names);
-
 // The name that an index has in the file: on the server a name belongs to its table.
 [[nodiscard]] std::string indexName(const Table& table, const std::string& name);
+// That of the one beside it over nulls.
+[[nodiscard]] std::string nullsIndexName(const Table& table, const std::string& name);
+
+// A column as the file's definition of its table has it.
+[[nodiscard]] sql::ColumnDefinition columnDefinition(const Column& column);
+
+// A unique index over columns.
+[[nodiscard]] sql::CreateIndex uniqueIndex(const Table& table, const std::string& name,
+                                           const std::vector<std::string>& columns);
 
 // Whether a computed column has the same value as long as its row does not change. Error 2729 for
 // one that has not, in a key or an index.
@@ -92,8 +96,11 @@ private:
                                                   const NameScope& names);
 
 // A unique index beside one over columns that may be null: SQLite takes any number of nulls, the
-// server only one. Empty when no column may be null.
-[[nodiscard]] std::string nullsIndex(const Table& table, const std::string& name,
-                                     const std::vector<std::string>& columns);
+// server only one. None when no column may be null.
+[[nodiscard]] std::optional<sql::CreateIndex> nullsIndex(const Table& table,
+                                                         const std::string& name,
+                                                         const std::vector<std::string>& columns);
+// The indexes of a key: its own, and that over nulls where it needs one.
+[[nodiscard]] std::vector<sql::CreateIndex> keyIndexes(const Table& table, const TableKey& key);
 
 }  // namespace kap::engine

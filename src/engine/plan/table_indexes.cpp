@@ -3,10 +3,9 @@
 #include <utility>
 
 #include "base/ascii.hpp"
-#include "engine/catalog/index_notes.hpp"
-#include "engine/catalog/source_text.hpp"
+#include "engine/binder/row_numbers.hpp"
 #include "engine/plan/table_builder.hpp"
-#include "engine/sqlite/sql_writer.hpp"
+#include "engine/sqlite/definition_writer.hpp"
 #include "tsql/server_error.hpp"
 
 // The indexes of tables, by CREATE INDEX and within CREATE TABLE.
@@ -31,8 +30,9 @@ void notSteady(const Column& column, const Table& table, int line) {
 
 namespace {
 
-std::string columnList(const tsql::CreateIndexStatement& statement, const Table& table, int line) {
-    std::string list;
+std::vector<sql::OrderTerm> indexedColumns(const tsql::CreateIndexStatement& statement,
+                                           const Table& table, int line) {
+    std::vector<sql::OrderTerm> terms;
     for (const tsql::IndexColumn& each : statement.columns) {
         const Column* column = table.find(each.name);
         if (column == nullptr) {
@@ -47,17 +47,17 @@ std::string columnList(const tsql::CreateIndexStatement& statement, const Table&
         if (repeated) {
             throw ServerError(tsql::Message::DuplicateIndexColumn, {each.name}, line);
         }
-        list += (list.empty() ? "" : ", ") + sqlName(column->name);
-        if (each.descending) list += " DESC";
+        terms.push_back({sql::column(column->name), each.descending});
     }
-    return list;
+    return terms;
 }
 
-IndexNotes notesFor(const tsql::CreateIndexStatement& statement, const Table& table, int line) {
+sql::IndexNotes notesFor(const tsql::CreateIndexStatement& statement, const Table& table,
+                         int line) {
     if (statement.ignoresDuplicates && !statement.unique) {
         throw ServerError(tsql::Message::IgnoringOfNotUnique, {}, line);
     }
-    IndexNotes notes{statement.ignoresDuplicates, {}};
+    sql::IndexNotes notes{statement.ignoresDuplicates, {}};
     for (const std::string& name : statement.included) {
         const Column* column = table.find(name);
         if (column == nullptr) throw ServerError(tsql::Message::IndexColumnNotFound, {name}, line);
@@ -92,30 +92,33 @@ void refuseChanging(const sql::Expression& filter, const tsql::CreateIndexStatem
 
 std::vector<std::string> indexTexts(const tsql::CreateIndexStatement& statement, const Table& table,
                                     int line, const NameScope& names) {
-    std::string sql = std::string("CREATE ") + (statement.unique ? "UNIQUE " : "") + "INDEX " +
-                      (table.temporary ? "temp." : "main.") +
-                      sqlName(indexName(table, statement.name)) + " ON " + sqlName(table.name) +
-                      " (" + columnList(statement, table, line) + ")" +
-                      commentOf(notesFor(statement, table, line));
+    sql::CreateIndex index{statement.unique,
+                           databaseOf(table),
+                           indexName(table, statement.name),
+                           table.name,
+                           indexedColumns(statement, table, line),
+                           notesFor(statement, table, line)};
     if (statement.where) {
         Binder binder(names);
         Scope scope;
         scope.sources.push_back(Binder::ownColumns(table));
         scope.subqueriesRefused = true;
-        const sql::Expression filter = binder.condition(*statement.where, scope);
+        sql::Expression filter = binder.condition(*statement.where, scope);
         if (!binder.usedVariables().empty()) {
             throw ServerError(tsql::Message::VariablesNotAllowed, {"CREATE INDEX"}, line);
         }
         refuseChanging(filter, statement, table, line);
-        sql = withSource(sql + " WHERE " + sqlOf(filter), statement.whereText);
+        index.where = sql::Formula{std::move(filter), statement.whereText};
     }
-    std::vector<std::string> texts{std::move(sql)};
+    std::vector<std::string> texts{sqlOf(index)};
     if (!statement.unique || statement.where) return texts;
     std::vector<std::string> columns;
     for (const tsql::IndexColumn& column : statement.columns)
         columns.push_back(column.name);
-    const std::string nulls = nullsIndex(table, statement.name, columns);
-    if (!nulls.empty()) texts.push_back(nulls + commentOf({statement.ignoresDuplicates, {}}));
+    if (auto nulls = nullsIndex(table, statement.name, columns)) {
+        nulls->notes.ignoresDuplicates = statement.ignoresDuplicates;
+        texts.push_back(sqlOf(*nulls));
+    }
     return texts;
 }
 

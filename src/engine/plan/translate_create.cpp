@@ -1,6 +1,7 @@
 #include "engine/catalog/object_names.hpp"
 #include "engine/plan/statements.hpp"
 #include "engine/plan/table_builder.hpp"
+#include "engine/sqlite/definition_writer.hpp"
 #include "tsql/server_error.hpp"
 
 namespace kap::engine {
@@ -44,11 +45,12 @@ DropIndexesPlan dropIndexes(const tsql::DropStatement& statement, int line,
         const Table* table = findOwnTable(owner, names);
         if (table == nullptr && !statement.ifExists) nothingToDrop("index", name.text(), line);
         if (table == nullptr) continue;
-        const std::string place = table->temporary ? "temp." : "main.";
         const std::string index = indexName(*table, name.last());
         plan.dropped.push_back({table->name, index, name.text(), table->temporary});
-        plan.sql.push_back("DROP INDEX IF EXISTS " + place + sqlName(index));
-        plan.sql.push_back("DROP INDEX IF EXISTS " + place + sqlName(index + " (nulls)"));
+        for (const std::string& each : {index, nullsIndexName(*table, name.last())}) {
+            plan.sql.push_back(
+                sqlOf(sql::Drop{sql::SchemaObject::Index, databaseOf(*table), each, true}));
+        }
     }
     plan.optional = statement.ifExists;
     return plan;
@@ -63,7 +65,8 @@ StatementPlan translateDrop(const tsql::DropStatement& statement, int line,
     for (const tsql::ObjectName& name : statement.names) {
         const Table* table = findOwnTable(name, names);
         if (table != nullptr) {
-            plan.sql.push_back("DROP TABLE " + tableSql(table->name, table->temporary));
+            plan.sql.push_back(
+                sqlOf(sql::Drop{sql::SchemaObject::Table, databaseOf(*table), table->name}));
             plan.dropped.push_back({table->name, table->temporary});
         } else if (findView(name, names) != nullptr) {
             throw ServerError(tsql::Message::WrongDropKind, {"TABLE", name.text(), "view", "VIEW"},

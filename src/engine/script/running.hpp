@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "engine/script/script_runner.hpp"
+#include "engine/sqlite/definition_writer.hpp"
 #include "engine/sqlite/time_limit.hpp"
 
 namespace kap::engine {
@@ -37,7 +38,8 @@ private:
     // The transaction in which it was made may have taken the table with it.
     void dropTable(const std::string& table) noexcept {
         try {
-            const std::string sql = "DROP TABLE IF EXISTS temp." + sqlName(table);
+            const std::string sql =
+                sqlOf(sql::Drop{sql::SchemaObject::Table, sql::Database::Temporary, table, true});
             sqlite3_exec(runner_.connection_.handle(), sql.c_str(), nullptr, nullptr, nullptr);
         } catch (const std::bad_alloc&) {
             // It stays until the connection ends: no other table has its name.

@@ -7,6 +7,7 @@
 
 #include "engine/catalog/server_identity.hpp"
 #include "engine/script/script_runner.hpp"
+#include "engine/sqlite/definition_writer.hpp"
 #include "engine/values/value.hpp"
 #include "platform/random_name.hpp"
 
@@ -47,7 +48,8 @@ void ScriptRunner::dropGlobalTables(const std::vector<std::string>& names) {
     for (const std::string& name : names) {
         counters_.remove({name, false});
         catalogue_.stored().removeOf(name);
-        connection_.database().run(("DROP TABLE IF EXISTS main." + sqlName(name)).c_str());
+        const sql::Drop drop{sql::SchemaObject::Table, sql::Database::Main, name, true};
+        connection_.database().run(sqlOf(drop).c_str());
     }
     scope.keep();
     catalogue_.invalidate();

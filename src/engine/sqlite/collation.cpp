@@ -84,11 +84,6 @@ std::string_view collationOf(const tsql::TypeSpec& type) {
     return tsql::isVariant(type.type) ? kVariantCollation : "";
 }
 
-std::string collationText(const tsql::TypeSpec& type) {
-    const std::string_view collation = collationOf(type);
-    return collation.empty() ? std::string() : " COLLATE " + std::string(collation);
-}
-
 void registerCollations(sqlite3* database) {
     registerCollation(database, kTextCollation, &compareForSqlite<compareTexts>);
     registerCollation(database, kInstantCollation, &compareInstants);

@@ -14,9 +14,6 @@ namespace kap::engine {
 // clock that shows it, KAP_VARIANT for sql_variant; empty for what SQLite orders by itself.
 [[nodiscard]] std::string_view collationOf(const tsql::TypeSpec& type);
 
-// The same as the definition of a column has it: " COLLATE KAP_CI", or empty.
-[[nodiscard]] std::string collationText(const tsql::TypeSpec& type);
-
 // The name of the collation with which the file declares a column; empty when it cannot be told.
 [[nodiscard]] std::string collationOfColumn(sqlite3* database, bool temporary,
                                             const std::string& table, const std::string& column);

@@ -10,8 +10,7 @@
 namespace kap::engine {
 
 // Writes expressions, queries and what writes rows as SQLite reads them: the only place that knows
-// how. Error 8631
-// where the stack ends before the expression does.
+// how. Error 8631 where the stack ends before the expression does.
 class SqlWriter {
 public:
     // What is written goes behind what `text` holds.
@@ -24,6 +23,10 @@ public:
     void write(const sql::Write& statement);
     // What stands behind FROM.
     void write(const sql::From& from);
+    void source(const sql::TableName& table);
+    void name(std::string_view name);
+    // Names with commas between them.
+    void names(std::span<const std::string> list);
 
 private:
     void node(const sql::Column& column);
@@ -55,9 +58,7 @@ private:
     void body(const sql::Insert& insert);
     void body(const sql::Update& update);
     void body(const sql::Delete& removal);
-    void names(std::span<const std::string> list);
     void where(const sql::Expression& condition);
-    void source(const sql::TableName& table);
     void source(const sql::Derived& derived);
     void source(const sql::RowsOf& rows);
     void source(const sql::From& sources);
@@ -66,7 +67,6 @@ private:
     void with(std::span<const sql::CommonTable> tables);
     void limits(const sql::Expression& limit, const sql::Expression& offset);
     void orderBy(std::span<const sql::OrderTerm> order);
-    void name(std::string_view name);
     void number(std::int64_t value);
     void balanced(std::span<const sql::Expression> parts, const char* joint);
 
