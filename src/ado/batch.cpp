@@ -55,6 +55,19 @@ void writeRow(RowTable& table, const RowWriter& writer, std::size_t row,
     }
 }
 
+// Takes note of what the database holds instead of what was to be found there. Of a row that is
+// gone there is nothing to note; that it could not be written is told already.
+void noteConflict(RowTable& table, const RowWriter& writer, std::size_t row,
+                  std::vector<DriverError>& failures) {
+    try {
+        table.setUnderlying(row, writer.read(row));
+    } catch (const DriverError& error) {
+        if (error.number() != errors::kRowNotFound) {
+            failures.push_back(error);
+        }
+    }
+}
+
 // Rows that are gone from the database are deleted here too.
 void readRow(RowTable& table, const RowWriter& writer, std::size_t row, ResyncEnum values) {
     PendingValues found;
@@ -101,6 +114,13 @@ std::vector<DriverError> updateBatch(RowCursor& cursor, Session& session,
         } catch (const DriverError& error) {
             waiting->second.failure = failureBits(error);
             failures.push_back(error);
+            if (error.number() == errors::kConcurrency &&
+                cursor.options().writing.readsConflicts) {
+                noteConflict(table, writer, row, failures);
+            }
+            if (error.number() == errors::kOperationCancelled) {
+                break;  // the others keep waiting
+            }
         }
     }
     return failures;

@@ -244,7 +244,7 @@ void Recordset::show(std::shared_ptr<RowCursor> cursor) {
     cursor_ = std::move(cursor);
     cursor_->setObserver(fieldNotices_);
     fields_->show(cursor_, /*open=*/true);
-    chooseCriteria();
+    chooseWriting();
     join();
     filter_ = u"";
     sort_ = {};
@@ -331,6 +331,9 @@ Ref<Recordset> Recordset::Clone(LockTypeEnum lockType) {
     clone->source_ = source_;
     clone->cursorType_ = cursorType_;
     clone->cursorLocation_ = cursorLocation_;
+    clone->uniqueTable_ = uniqueTable_;
+    clone->updateResync_ = updateResync_;
+    clone->updateCriteria_ = updateCriteria_;
     clone->lockType_ = lockType == LockTypeEnum::adLockUnspecified ? lockType_ : lockType;
     RowCursor::Options options = cursor_->options();
     options.readOnly = clone->lockType_ == LockTypeEnum::adLockReadOnly;

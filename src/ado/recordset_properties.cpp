@@ -29,13 +29,16 @@ Ref<Properties> Recordset::Properties() {
                                fail::invalidArgument();
                            }
                            (*self).*kept = given;
-                           self->chooseCriteria();
+                           self->chooseWriting();
                        }});
     };
     const auto text = [&](const char16_t* name, String Recordset::*kept) {
         all.push_back(
             {name, DataTypeEnum::adBSTR, [self, kept] { return Variant((*self).*kept); },
-             [self, kept](const Variant& value) { (*self).*kept = convert::toString(value); }});
+             [self, kept](const Variant& value) {
+                 (*self).*kept = convert::toString(value);
+                 self->chooseWriting();
+             }});
     };
     const auto can = [&](const char16_t* name, CursorOptionEnum option) {
         all.push_back({name, DataTypeEnum::adBoolean, [self, option] {
@@ -58,10 +61,19 @@ Ref<Properties> Recordset::Properties() {
     return make<ado::Properties>(std::move(all));
 }
 
-void Recordset::chooseCriteria() {
-    if (cursor_ != nullptr) {
-        cursor_->setCriteria(static_cast<UpdateCriteriaEnum>(updateCriteria_));
+void Recordset::chooseWriting() {
+    if (cursor_ == nullptr) {
+        return;
     }
+    const auto resyncs = [&](UpdateResyncEnum what) {
+        return (updateResync_ & static_cast<std::int32_t>(what)) != 0;
+    };
+    WriteRules rules;
+    rules.criteria = static_cast<UpdateCriteriaEnum>(updateCriteria_);
+    rules.readsWhole = resyncs(UpdateResyncEnum::adResyncUpdates);
+    rules.readsConflicts = resyncs(UpdateResyncEnum::adResyncConflicts);
+    rules.onlyTable = uniqueTable_.utf8();
+    cursor_->setWriting(std::move(rules));
 }
 
 }  // namespace kap::ado

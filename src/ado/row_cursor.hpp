@@ -42,7 +42,7 @@ public:
         bool readOnly = false;
         bool batch = false;        // saved records wait in the table for a batch update
         bool forwardOnly = false;  // does not go back, and does not count
-        UpdateCriteriaEnum criteria = UpdateCriteriaEnum::adCriteriaUpdCols;
+        WriteRules writing;
     };
 
     RowCursor(std::shared_ptr<RowTable> table, Options options);
@@ -146,17 +146,12 @@ public:
     void removeRow(Session* session, std::size_t row);
     void requireUpdatable() const;
 
-    // What a row must still hold to be written.
-    void setCriteria(UpdateCriteriaEnum criteria) noexcept { options_.criteria = criteria; }
+    // How a row is written, beside what follows from where the cursor is.
+    void setWriting(WriteRules rules) { options_.writing = std::move(rules); }
     void setBatch(bool batch) noexcept { options_.batch = batch; }
     // Ends an edit without saving it; raises 3219 for a new record.
     void dropEdit();
-    [[nodiscard]] RowWriter writer(Session& session) {
-        return {*table_,
-                session,
-                plans_,
-                {options_.criteria, options_.location == CursorLocationEnum::adUseServer}};
-    }
+    [[nodiscard]] RowWriter writer(Session& session);
 
 private:
     [[nodiscard]] std::int64_t end() const noexcept {

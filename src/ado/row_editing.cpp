@@ -115,6 +115,15 @@ void RowCursor::assign(std::size_t column, const Variant& given) {
     }
 }
 
+// A cursor on the server shows its row as it stands there.
+RowWriter RowCursor::writer(Session& session) {
+    const bool onServer = options_.location == CursorLocationEnum::adUseServer;
+    WriteRules rules = options_.writing;
+    rules.checksVersion = onServer;
+    rules.readsWhole = rules.readsWhole || onServer;
+    return {*table_, session, plans_, std::move(rules)};
+}
+
 void RowCursor::replaceNulls(std::size_t column) {
     table_->replaceNulls(column);
 }

@@ -76,30 +76,35 @@ ChangeOutcome RowWriter::write(const RowChange& change) const {
 
 PendingValues RowWriter::update(std::size_t row, const PendingValues& changes) const {
     PendingValues values = changes;
-    const UpdatePlans::Plans plans = plans_.updates(changes, check_);
+    const UpdatePlans::Plans plans = plans_.updates(changes, rules_);
     ChangeGroup group(session_, plans->size());
     for (const TablePlan& plan : *plans) {
         takeReadBack(plan, write(changeOf(plan, row, changes)), values);
     }
     group.commit();
+    for (std::size_t column = 0; column < values.size(); ++column) {
+        if (!changes[column] && values[column] == table_.original(row, column)) {
+            values[column].reset();  // a Null that reads as a neutral value goes on doing so
+        }
+    }
     return values;
 }
 
 PendingValues RowWriter::insert(const PendingValues& values) const {
     PendingValues written = values;
-    const UpdatePlans::Plans plans = plans_.insertion(values);
+    const UpdatePlans::Plans plans = plans_.insertion(values, rules_);
     const TablePlan& plan = plans->front();
     takeReadBack(plan, write(changeOf(plan, 0, values)), written);
     return written;
 }
 
 void RowWriter::remove(std::size_t row) const {
-    static_cast<void>(write(changeOf(plans_.deletion(check_)->front(), row, {})));
+    static_cast<void>(write(changeOf(plans_.deletion(rules_)->front(), row, {})));
 }
 
 PendingValues RowWriter::read(std::size_t row) const {
     PendingValues values(table_.columns().size());
-    const UpdatePlans::Plans plans = plans_.reads();
+    const UpdatePlans::Plans plans = plans_.reads(rules_);
     for (const TablePlan& plan : *plans) {
         const ChangeOutcome outcome = session_.apply(changeOf(plan, row, {}));
         if (outcome.rowsTouched == 0) {

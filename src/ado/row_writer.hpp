@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <utility>
 
 #include "ado/row_table.hpp"
 #include "ado/update_plan.hpp"
@@ -14,12 +15,12 @@ namespace kap::ado {
 // errors.
 class RowWriter {
 public:
-    // `check` is what a row must still hold; `plans` are those of the table's columns.
-    RowWriter(const RowTable& table, Session& session, UpdatePlans& plans, RowCheck check)
-        : table_(table), session_(session), plans_(plans), check_(check) {}
+    // `plans` are those of the table's columns.
+    RowWriter(const RowTable& table, Session& session, UpdatePlans& plans, WriteRules rules)
+        : table_(table), session_(session), plans_(plans), rules_(std::move(rules)) {}
 
     // Writes changed columns of a row; all tables of a join or none. The answer are the changes and
-    // what the database set itself.
+    // what else the row holds by now that it did not when it was fetched.
     [[nodiscard]] PendingValues update(std::size_t row, const PendingValues& changes) const;
     [[nodiscard]] PendingValues insert(const PendingValues& values) const;
     void remove(std::size_t row) const;
@@ -34,7 +35,7 @@ private:
     const RowTable& table_;
     Session& session_;
     UpdatePlans& plans_;
-    RowCheck check_;
+    WriteRules rules_;
 };
 
 }  // namespace kap::ado

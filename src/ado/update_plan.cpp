@@ -5,6 +5,7 @@
 #include <unordered_map>
 #include <utility>
 
+#include "base/ascii.hpp"
 #include "data/failures.hpp"
 
 namespace kap::ado {
@@ -25,6 +26,14 @@ std::vector<bool> assignedIn(const PendingValues& values) {
         assigned[i] = values[i].has_value();
     }
     return assigned;
+}
+
+// With or without its schema, as the client has named it; no name is that of every table.
+bool isNamed(std::string_view table, std::string_view name) {
+    if (table.size() > name.size() && table[table.size() - name.size() - 1] == '.') {
+        table.remove_prefix(table.size() - name.size());
+    }
+    return name.empty() || equalsIgnoringCase(table, name);
 }
 
 RowColumn rowColumn(const ColumnInfo& column) {
@@ -52,11 +61,11 @@ public:
         }
     }
 
-    void locate(bool writes, RowCheck check) {
+    void locate(bool writes, const WriteRules& rules) {
         const bool hasKey = any(&ColumnInfo::key);
-        const bool byVersion = check.criteria == UpdateCriteriaEnum::adCriteriaTimeStamp;
-        const bool versioned = writes && (check.version || byVersion);
-        const bool whole = writes && (check.criteria == UpdateCriteriaEnum::adCriteriaAllCols ||
+        const bool byVersion = rules.criteria == UpdateCriteriaEnum::adCriteriaTimeStamp;
+        const bool versioned = writes && (rules.checksVersion || byVersion);
+        const bool whole = writes && (rules.criteria == UpdateCriteriaEnum::adCriteriaAllCols ||
                                       (byVersion && !any(&ColumnInfo::rowVersion)));
         for (const std::size_t i : own_) {
             const ColumnInfo& column = columns_[i];
@@ -113,20 +122,20 @@ private:
 
 }  // namespace
 
-UpdatePlans::Plans UpdatePlans::updates(const PendingValues& values, RowCheck check) {
-    return of({RowPlan::Kind::Update, check, assignedIn(values)});
+UpdatePlans::Plans UpdatePlans::updates(const PendingValues& values, const WriteRules& rules) {
+    return of({RowPlan::Kind::Update, rules, assignedIn(values)});
 }
 
-UpdatePlans::Plans UpdatePlans::insertion(const PendingValues& values) {
-    return of({RowPlan::Kind::Insert, {}, assignedIn(values)});
+UpdatePlans::Plans UpdatePlans::insertion(const PendingValues& values, const WriteRules& rules) {
+    return of({RowPlan::Kind::Insert, rules, assignedIn(values)});
 }
 
-UpdatePlans::Plans UpdatePlans::deletion(RowCheck check) {
-    return of({RowPlan::Kind::Delete, check, {}});
+UpdatePlans::Plans UpdatePlans::deletion(const WriteRules& rules) {
+    return of({RowPlan::Kind::Delete, rules, {}});
 }
 
-UpdatePlans::Plans UpdatePlans::reads() {
-    return of({RowPlan::Kind::Read, {}, {}});
+UpdatePlans::Plans UpdatePlans::reads(const WriteRules& rules) {
+    return of({RowPlan::Kind::Read, rules, {}});
 }
 
 UpdatePlans::Plans UpdatePlans::of(Change change) {
@@ -150,14 +159,15 @@ std::vector<TablePlan> UpdatePlans::make(const Change& change) const {
         TablePlanner planner(columns_, table);
         planner.write(change.assigned);
         if (change.kind != Kind::Insert) {
-            planner.locate(change.kind != Kind::Read, change.check);
+            planner.locate(change.kind != Kind::Read, change.rules);
         }
         if (change.kind == Kind::Update) {
-            if (change.check.criteria == UpdateCriteriaEnum::adCriteriaUpdCols) {
+            if (change.rules.criteria == UpdateCriteriaEnum::adCriteriaUpdCols) {
                 planner.requireUnchanged();
             }
             planner.readBack([&](std::size_t i) {
-                return change.assigned[i] || columns_[i].rowVersion || columns_[i].generated;
+                return change.assigned[i] || columns_[i].rowVersion || columns_[i].generated ||
+                       change.rules.readsWhole;
             });
         } else if (change.kind != Kind::Delete) {
             planner.readBack([](std::size_t) { return true; });
@@ -180,6 +190,14 @@ std::vector<std::string> UpdatePlans::tablesOf(const Change& change) const {
         if (!columns_[i].baseColumn.empty()) {
             addOnce(names, columns_[i].baseTable);
         }
+    }
+    const auto isWritten = [&](const std::string& name) {
+        return isNamed(name, change.rules.onlyTable);
+    };
+    if (all) {
+        std::erase_if(names, [&](const std::string& name) { return !isWritten(name); });
+    } else if (!std::ranges::all_of(names, isWritten)) {
+        fail::notOneTable();
     }
     const bool one = change.kind == RowPlan::Kind::Insert || change.kind == RowPlan::Kind::Delete;
     if (std::ranges::find(names, std::string()) != names.end() || (one && names.size() != 1)) {

@@ -14,12 +14,19 @@ namespace kap::ado {
 // The values assigned to a record, one entry a column; unset: not assigned.
 using PendingValues = std::vector<std::optional<Value>>;
 
-// What a row must still hold to be written, beside its key.
-struct RowCheck {
+// How a record is written back.
+struct WriteRules {
+    // What a row must still hold, beside its key.
     UpdateCriteriaEnum criteria = UpdateCriteriaEnum::adCriteriaUpdCols;
-    bool version = false;  // also the row version, where there is one
+    bool checksVersion = false;  // also the row version, where there is one
+    // Whether all of an updated row is read back, and not only what was assigned and what the
+    // database computes: a trigger may have changed more.
+    bool readsWhole = false;
+    // Whether a row that a batch could not write, because somebody else was faster, is read again.
+    bool readsConflicts = false;
+    std::string onlyTable = {};  // of a join: the one table that is written; empty: any
 
-    friend bool operator==(const RowCheck&, const RowCheck&) = default;
+    friend bool operator==(const WriteRules&, const WriteRules&) = default;
 };
 
 // How records of a result are written to one of the tables behind it: what the driver is told, and
@@ -40,7 +47,7 @@ struct TablePlan {
 //
 // A row is located by the table's key when the result holds it whole, else by all of the table's
 // columns in the result; an update must also find the changed columns as they were fetched,
-// unless the check says otherwise.
+// unless the rules say otherwise.
 class UpdatePlans {
 public:
     // In the order in which the tables are written.
@@ -49,19 +56,19 @@ public:
     explicit UpdatePlans(const std::vector<ColumnInfo>& columns) : columns_(columns) {}
 
     // One for each table that has assigned columns.
-    [[nodiscard]] Plans updates(const PendingValues& values, RowCheck check);
+    [[nodiscard]] Plans updates(const PendingValues& values, const WriteRules& rules);
     // The tables whose columns are assigned must be one, or none when the result has one table.
-    [[nodiscard]] Plans insertion(const PendingValues& values);
+    [[nodiscard]] Plans insertion(const PendingValues& values, const WriteRules& rules);
     // The result must have one table.
-    [[nodiscard]] Plans deletion(RowCheck check);
+    [[nodiscard]] Plans deletion(const WriteRules& rules);
     // One for each table of the result.
-    [[nodiscard]] Plans reads();
+    [[nodiscard]] Plans reads(const WriteRules& rules);
 
 private:
     // What records have in common that are changed alike.
     struct Change {
         RowPlan::Kind kind = RowPlan::Kind::Update;
-        RowCheck check;
+        WriteRules rules;
         std::vector<bool> assigned;  // by column
 
         friend bool operator==(const Change&, const Change&) = default;

@@ -123,6 +123,24 @@ TEST_F(ServerWriting, InsertsAndReadsIdentityAndDefaultsBack) {
     EXPECT_EQ(value("SELECT testo FROM righe WHERE id = 2"), "String seconda bis");
 }
 
+TEST_F(ServerWriting, ShowsWhatTheServerHasMadeOfTheRecord) {
+    run("CREATE TABLE righe (id int PRIMARY KEY, quantita int, doppia int GENERATED ALWAYS AS "
+        "(quantita * 2) STORED, cambi int DEFAULT 0);"
+        "CREATE FUNCTION conta() RETURNS trigger LANGUAGE plpgsql AS $$ BEGIN "
+        "NEW.cambi := OLD.cambi + 1; RETURN NEW; END $$;"
+        "CREATE TRIGGER c BEFORE UPDATE ON righe FOR EACH ROW EXECUTE FUNCTION conta();"
+        "INSERT INTO righe (id, quantita) VALUES (1, 1), (2, 2)");
+    for (const auto location : {CursorLocationEnum::adUseClient, CursorLocationEnum::adUseServer}) {
+        const bool onServer = location == CursorLocationEnum::adUseServer;
+        const auto rows = live("SELECT * FROM righe ORDER BY id", location);
+        rows->Update(u"quantita", onServer ? 5 : 4);
+        EXPECT_EQ(shown(fieldOf(rows, u"doppia")), onServer ? "Long 10" : "Long 8");
+        EXPECT_EQ(shown(fieldOf(rows, u"cambi")), onServer ? "Long 2" : "Long 0");
+        EXPECT_EQ(raisedBy([&] { rows->Fields()->Item(u"doppia")->setValue(1); }),
+                  errors::kMultipleStep);
+    }
+}
+
 TEST_F(ServerWriting, DeletesTheCurrentRowOnly) {
     const auto rows = all();
     rows->MoveNext();

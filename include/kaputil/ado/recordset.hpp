@@ -299,7 +299,7 @@ private:
     void requireSortable() const;
     [[nodiscard]] bool opensSaved(std::int32_t options) const;
     void openSaved();
-    void chooseCriteria();
+    void chooseWriting();
     void openTable(std::shared_ptr<RowTable> table);
     void arrangeAsChosen(const Variant& filter, const String& sort);
     void openMadeByHand();
@@ -340,7 +340,7 @@ private:
     std::int32_t pageSize_ = 10;
     bool stayInSync_ = true;
     String savedIn_;  // the file that it was saved to
-    // "Update Criteria" is that of the cursor; the others decide nothing and are kept for who asks.
+    // How the cursor writes; "Resync Command" decides nothing and is kept for who asks.
     String uniqueTable_;
     String resyncCommand_;
     std::int32_t updateResync_ = static_cast<std::int32_t>(UpdateResyncEnum::adResyncAutoIncrement);

@@ -111,6 +111,7 @@ std::vector<ado::ColumnInfo> columnInfos(const std::vector<ResultColumn>& column
         info.baseColumn = column.baseColumn;
         info.identity = column.identity;
         info.rowVersion = column.rowVersion;
+        info.generated = column.computed;
         if (column.key) {
             const Table* table = catalogue.find(column.baseTable);
             info.key = table != nullptr && hasWholeKey(columns, *table);

@@ -29,6 +29,7 @@ struct ResultColumn {
     bool key = false;        // part of the base table's primary key
     bool identity = false;
     bool rowVersion = false;
+    bool computed = false;  // from other columns of the row
 };
 
 // A query that answers rows.

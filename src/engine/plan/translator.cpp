@@ -102,11 +102,7 @@ ResultColumn resultColumn(const OutputColumn& output) {
     result.key = column.keyOrdinal > 0;
     result.identity = column.identity.has_value();
     result.rowVersion = column.isRowVersion();
-    if (column.computed) {
-        // It can be read and not be written, as an expression.
-        result.baseTable.clear();
-        result.baseColumn.clear();
-    }
+    result.computed = column.computed;
     return result;
 }
 
