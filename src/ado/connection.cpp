@@ -194,12 +194,16 @@ void Connection::run(Request& request, Reply& reply) {
         request.text = "SELECT * FROM " + session()->quotedName(request.text);
         request.table = false;
     }
+    working([&](Session& used) { used.execute(request, reply); });
+    tell(reply.messages);
+}
+
+void Connection::working(const std::function<void(Session&)>& work) {
     reporting([&] {
         const std::shared_ptr<Session> used = session();
         const Counted running(running_);
-        used->execute(request, reply);
+        work(*used);
     });
-    tell(reply.messages);
 }
 
 // What has been printed while nothing failed.
@@ -216,11 +220,7 @@ void Connection::tell(const std::vector<ServerMessage>& printed) {
 std::optional<Result> Connection::nextOf(ResultSource& script) {
     std::optional<Result> result;
     std::vector<ServerMessage> printed;
-    reporting([&] {
-        const std::shared_ptr<Session> used = session();
-        const Counted running(running_);
-        result = script.next(printed);
-    });
+    working([&](Session&) { result = script.next(printed); });
     tell(printed);
     return result;
 }
@@ -262,7 +262,7 @@ Ref<Recordset> Connection::OpenSchema(SchemaEnum queryType, const Variant& restr
     requireOpen();
     const SchemaRestrictions wanted = restrictionsOf(queryType, restrictions);
     Result result;
-    reporting([&] { result = session()->schema(queryType, wanted); });
+    working([&](Session& used) { result = used.schema(queryType, wanted); });
     return answer(std::move(result));
 }
 

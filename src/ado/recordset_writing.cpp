@@ -1,4 +1,5 @@
 // Changing records and writing them to the database.
+#include <functional>
 #include <utility>
 #include <vector>
 
@@ -8,6 +9,7 @@
 #include "ado/batch.hpp"
 #include "ado/recordset_notices.hpp"
 #include "ado/row_cursor.hpp"
+#include "data/driver.hpp"
 #include "data/failures.hpp"
 
 namespace kap::ado {
@@ -96,7 +98,7 @@ void Recordset::saveNow() {
         cursor_->save(nullptr);
         return;
     }
-    connection_->reporting([&] { cursor_->save(connection_->session().get()); });
+    connection_->working([&](Session& session) { cursor_->save(&session); });
 }
 
 void Recordset::CancelUpdate() {
@@ -158,25 +160,24 @@ void Recordset::Delete(AffectEnum affectRecords) {
 
 void Recordset::deleteNow(AffectEnum affectRecords) {
     requireOpen();
-    const bool direct = connection_ && !cursor_->options().batch;
-    const auto session = direct ? connection_->session() : nullptr;
-    const auto work = [&] {
-        if (affectRecords == AffectEnum::adAffectCurrent) {
-            cursor_->remove(session.get());
-            return;
-        }
-        cursor_->requireUpdatable();
-        cursor_->dropEdit();
-        for (const std::size_t row : affectedRows(affectRecords)) {
-            if (!cursor_->table().isDeleted(row)) {
-                cursor_->removeRow(session.get(), row);
-            }
-        }
-    };
-    if (direct) {
-        connection_->reporting(work);
+    if (connection_ && !cursor_->options().batch) {
+        connection_->working([&](Session& session) { deleteThrough(&session, affectRecords); });
     } else {
-        work();
+        deleteThrough(nullptr, affectRecords);
+    }
+}
+
+void Recordset::deleteThrough(Session* session, AffectEnum affectRecords) {
+    if (affectRecords == AffectEnum::adAffectCurrent) {
+        cursor_->remove(session);
+        return;
+    }
+    cursor_->requireUpdatable();
+    cursor_->dropEdit();
+    for (const std::size_t row : affectedRows(affectRecords)) {
+        if (!cursor_->table().isDeleted(row)) {
+            cursor_->removeRow(session, row);
+        }
     }
 }
 
@@ -197,11 +198,9 @@ void Recordset::UpdateBatch(AffectEnum affectRecords) {
     const std::size_t count = isObserved() ? waitingCount(affectRecords) : 0;
     changingRecords(*this, EventReasonEnum::adRsnUpdate, count, [&] {
         requireBatch();
-        const auto failures =
-            updateBatch(*cursor_, *connection_->session(), affectedRows(affectRecords));
-        if (!failures.empty()) {
-            connection_->raiseAll(failures);
-        }
+        raisingAll([&](Session& session) {
+            return updateBatch(*cursor_, session, affectedRows(affectRecords));
+        });
     });
 }
 
@@ -236,7 +235,13 @@ void Recordset::resyncNow(AffectEnum affectRecords, ResyncEnum resyncValues) {
     const std::vector<std::size_t> rows = affectRecords == AffectEnum::adAffectCurrent
                                               ? std::vector<std::size_t>{cursor_->currentRow()}
                                               : affectedRows(affectRecords);
-    const auto failures = resync(*cursor_, *connection_->session(), rows, resyncValues);
+    raisingAll([&](Session& session) { return resync(*cursor_, session, rows, resyncValues); });
+}
+
+// For work on several rows, each of which may fail for itself.
+void Recordset::raisingAll(const std::function<std::vector<DriverError>(Session&)>& work) {
+    std::vector<DriverError> failures;
+    connection_->working([&](Session& session) { failures = work(session); });
     if (!failures.empty()) {
         connection_->raiseAll(failures);
     }

@@ -1,5 +1,8 @@
 #pragma once
 
+#include <chrono>
+#include <vector>
+
 #include "data/driver.hpp"
 #include "engine/catalog/counters.hpp"
 #include "engine/catalog/schema_catalogue.hpp"
@@ -10,6 +13,7 @@
 #include "engine/script/session_functions.hpp"
 #include "engine/sqlite/file_connection.hpp"
 #include "engine/sqlite/server_errors.hpp"
+#include "engine/sqlite/time_limit.hpp"
 #include "platform/stack.hpp"
 
 namespace kap::engine {
@@ -31,7 +35,7 @@ public:
     [[nodiscard]] ScriptRunner& scripts() noexcept { return scripts_; }
 
     void execute(ado::Request& request, ado::Reply& reply);
-    // Ends what execute() runs, or reading its rows; from any thread.
+    // Ends what execute() runs, reading its rows, or work that can be cancelled; from any thread.
     void cancel() noexcept { connection_.cancel(); }
     void begin();
     void commit();
@@ -53,7 +57,32 @@ public:
         }
     }
 
+    // The same for work that cancel() ends, as long as it takes.
+    template <class Work>
+    auto cancellable(Work work) {
+        return reported([&] {
+            connection_.forgetCancel();
+            const TimeLimit limit(connection_.handle(), std::chrono::seconds(0),
+                                  &connection_.cancelled());
+            try {
+                return work();
+            } catch (const SqliteError&) {
+                raiseIfCancelled();
+                throw;
+            } catch (const tsql::ServerError&) {
+                raiseIfCancelled();
+                throw;
+            }
+        });
+    }
+
 private:
+    void raiseIfCancelled() const {
+        if (connection_.cancelled()) {
+            throw ado::DriverError(std::vector{cancelMessage()});
+        }
+    }
+
     FileConnection connection_;
     Counters counters_;
     SchemaCatalogue catalogue_;

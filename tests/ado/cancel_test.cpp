@@ -1,5 +1,6 @@
 // Cancel, called while another thread waits for a call to end.
 #include <atomic>
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <thread>
@@ -12,6 +13,7 @@
 
 #include "support/database.hpp"
 #include "support/shown.hpp"
+#include "support/temporary_folder.hpp"
 
 namespace kap::ado {
 namespace {
@@ -59,6 +61,56 @@ TEST(Cancel, EndsALoopOfAScript) {
     EXPECT_EQ(
         raisedByCancelled(*connection, [&] { connection->Execute(u"WAITFOR DELAY '00:10:00'"); }),
         errors::kOperationCancelled);
+}
+
+// Another connection has the file's lock, which every change of a row waits for.
+TEST(Cancel, EndsTheChangeOfARecordThatWaits) {
+    const test::TemporaryFolder folder;
+    const auto file = folder.database();
+    const auto connection = test::open(file);
+    connection->Execute(u"CREATE TABLE T (A int PRIMARY KEY, B int); INSERT INTO T VALUES (1, 1)");
+    const auto rows = test::openLive(connection, u"SELECT * FROM T");
+    const auto other = test::open(file);
+    other->BeginTrans();
+    other->Execute(u"UPDATE T SET B = 2");
+    const auto begun = std::chrono::steady_clock::now();
+    EXPECT_EQ(raisedByCancelled(*connection, [&] { rows->Update(u"B", 3); }),
+              errors::kOperationCancelled);
+    EXPECT_EQ(rows->EditMode(), EditModeEnum::adEditInProgress);
+    rows->CancelUpdate();
+    EXPECT_EQ(raisedByCancelled(*connection, [&] { rows->Delete(); }),
+              errors::kOperationCancelled);
+    EXPECT_EQ(raisedByCancelled(*connection, [&] { rows->AddNew(u"A", 2); }),
+              errors::kOperationCancelled);
+    EXPECT_LT(std::chrono::steady_clock::now() - begun, std::chrono::seconds(20));
+    rows->CancelUpdate();
+    other->RollbackTrans();
+    rows->Update(u"B", 4);
+    EXPECT_EQ(test::shown(test::valueOf(connection, u"SELECT B FROM T")), "Long 4");
+}
+
+TEST(Cancel, EndsABatchOfWhichTheRestGoesOnWaiting) {
+    const test::TemporaryFolder folder;
+    const auto file = folder.database();
+    const auto connection = test::open(file);
+    connection->Execute(
+        u"CREATE TABLE T (A int PRIMARY KEY, B int); INSERT INTO T VALUES (1, 1), (2, 2)");
+    const auto rows = make<Recordset>();
+    rows->setCursorLocation(CursorLocationEnum::adUseClient);
+    rows->Open(u"SELECT * FROM T", Variant(connection), CursorTypeEnum::adOpenStatic,
+               LockTypeEnum::adLockBatchOptimistic);
+    for (; !rows->Eof(); rows->MoveNext()) {
+        rows->Update(u"B", 9);
+    }
+    const auto other = test::open(file);
+    other->BeginTrans();
+    other->Execute(u"UPDATE T SET B = 2");
+    EXPECT_EQ(raisedByCancelled(*connection, [&] { rows->UpdateBatch(); }),
+              errors::kOperationCancelled);
+    EXPECT_EQ(connection->Errors()->Count(), 1);
+    other->RollbackTrans();
+    rows->UpdateBatch();
+    EXPECT_EQ(test::shown(test::valueOf(connection, u"SELECT SUM(B) FROM T")), "Long 18");
 }
 
 TEST(Cancel, FindsNothingToEndWhenNothingRuns) {

@@ -79,6 +79,21 @@ TEST_F(ServerBatches, AreEndedByAnotherThread) {
     EXPECT_EQ(value("SELECT 5"), "Long 5");
 }
 
+TEST_F(ServerBatches, AChangeOfARecordThatWaitsForAnotherTransactionIsEnded) {
+    run("CREATE TABLE t (a int PRIMARY KEY, b int); INSERT INTO t VALUES (1, 1)");
+    const auto rows = live("SELECT * FROM t");
+    const auto other = database_->open();
+    other->BeginTrans();
+    other->Execute(u"UPDATE t SET b = 2");
+    EXPECT_EQ(raisedByEnded([&] { rows->Update(u"b", 3); }), errors::kOperationCancelled);
+    EXPECT_EQ(connection_->Errors()->Item(0)->SQLState(), String(u"57014"));
+    rows->CancelUpdate();
+    EXPECT_EQ(raisedByEnded([&] { rows->Delete(); }), errors::kOperationCancelled);
+    other->RollbackTrans();
+    rows->Update(u"b", 4);
+    EXPECT_EQ(value("SELECT b FROM t"), "Long 4");
+}
+
 TEST_F(ServerBatches, InTheBackgroundAreEndedByCancel) {
     connection_->setCommandTimeout(0);
     const auto rows =

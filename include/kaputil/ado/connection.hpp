@@ -222,6 +222,8 @@ public:
 private:
     std::atomic<int> running_{0};  // requests that are being run
     friend class Recordset;
+    // Has the database work, which Cancel ends; reports what fails.
+    void working(const std::function<void(Session&)>& work);
     void closeRecordsets();
     void requireSettled() const;
     [[nodiscard]] std::shared_ptr<Background> background() const;

@@ -311,6 +311,8 @@ private:
     void save();
     void saveNow();
     void deleteNow(AffectEnum affectRecords);
+    void deleteThrough(Session* session, AffectEnum affectRecords);
+    void raisingAll(const std::function<std::vector<DriverError>(Session&)>& work);
     void resyncNow(AffectEnum affectRecords, ResyncEnum resyncValues);
     [[nodiscard]] std::size_t affectedCount(AffectEnum which) const;
     [[nodiscard]] std::size_t waitingCount(AffectEnum which) const;

@@ -11,7 +11,7 @@ EmbeddedSession::EmbeddedSession(const engine::Options& options)
                engine_.scripts()) {}
 
 ChangeOutcome EmbeddedSession::apply(const RowChange& change) {
-    return engine_.reported([&] {
+    return engine_.cancellable([&] {
         ChangeOutcome outcome = changer_.apply(change);
         if (change.plan->kind() == RowPlan::Kind::Insert) {
             engine_.state().identity = engine_.counters().takeLastIdentity();

@@ -7,6 +7,7 @@
 
 #include "base/ascii.hpp"
 #include "data/cell_value.hpp"
+#include "drivers/odbc/cancelling.hpp"
 #include "drivers/odbc/diagnostics.hpp"
 #include "drivers/odbc/local_transaction.hpp"
 #include "drivers/odbc/result_reader.hpp"
@@ -215,6 +216,7 @@ std::vector<Result> OdbcRowChanger::run(const RowText& row, const Task& task) {
     PreparedStatements::InUse statement = prepared_.of(row.text, task.timeout);
     std::vector<Result> results;
     {
+        const Cancelling::Scope cancellable(connection_->cancelling(), statement.handle.get());
         ParameterBinding parameters(*connection_, statement.handle);
         for (const RowText::Parameter& parameter : row.parameters) {
             const bool written = parameter.of == RowText::Parameter::Of::Values;
