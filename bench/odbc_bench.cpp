@@ -175,8 +175,7 @@ struct Places {
     }
 };
 
-std::int64_t bareRows(const char* query) {
-    const BareOdbcStatement statement(query);
+std::int64_t fetchedRows(const BareOdbcStatement& statement) {
     Places<1> places;
     std::int64_t sum = 0;
     while (SQL_SUCCEEDED(SQLFetch(statement.get()))) {
@@ -185,6 +184,47 @@ std::int64_t bareRows(const char* query) {
             SQLGetData(statement.get(), column, form, place, static_cast<SQLLEN>(size), length);
         });
         sum += places.id[0];
+    }
+    return sum;
+}
+
+std::int64_t bareRows(const char* query) {
+    return fetchedRows(BareOdbcStatement(query));
+}
+
+// A text of many queries, of the rows from 1 on.
+constexpr std::int64_t kBatchQueries = 20;
+constexpr std::int64_t kBatchRows = 50;
+constexpr std::int64_t kBatchExpected =
+    kBatchQueries * kBatchRows * (kBatchQueries * kBatchRows + 1) / 2;
+
+std::string batchText() {
+    std::string text;
+    for (std::int64_t i = 0; i < kBatchQueries; ++i) {
+        text += std::string(kOdbcQuery) + " WHERE id BETWEEN " +
+                std::to_string(i * kBatchRows + 1) + " AND " +
+                std::to_string((i + 1) * kBatchRows) + " ORDER BY id;";
+    }
+    return text;
+}
+
+std::int64_t bareBatch(const std::string& text) {
+    const BareOdbcStatement statement(text.c_str());
+    std::int64_t sum = fetchedRows(statement);
+    while (SQL_SUCCEEDED(SQLMoreResults(statement.get()))) {
+        sum += fetchedRows(statement);
+    }
+    return sum;
+}
+
+std::int64_t batchOfRecordsets(const String& text) {
+    std::int64_t sum = 0;
+    Ref<kap::ado::Recordset> rows = SampleServer::get().connection()->Execute(text);
+    for (; rows; rows = rows->NextRecordset()) {
+        const auto id = rows->Fields()->Item(0);
+        for (; !rows->Eof(); rows->MoveNext()) {
+            sum += id->Value().as<std::int32_t>();
+        }
     }
     return sum;
 }
@@ -269,11 +309,35 @@ void readBareOdbcRecord(benchmark::State& state) {
     }
 }
 
+template <class Read>
+void readBatch(benchmark::State& state, Read read) {
+    const OnOneProcessor pinned;
+    for (auto _ : state) {
+        if (read() != kBatchExpected) {
+            state.SkipWithError("the rows do not add up");
+            break;
+        }
+    }
+    state.SetItemsProcessed(state.iterations() * kBatchQueries);
+}
+
+void readBatchOfRecordsets(benchmark::State& state) {
+    const String text(batchText());
+    readBatch(state, [&] { return batchOfRecordsets(text); });
+}
+
+void readBareBatch(benchmark::State& state) {
+    const std::string text = batchText();
+    readBatch(state, [&] { return bareBatch(text); });
+}
+
 KAP_BENCH_PAIR("server: open 1,000,000 rows, row by row", {"a client cursor", readOdbcRecordset},
                {"SQLFetch and SQLGetData of each value", readBareOdbcRows}, kap::bench::atLeast(2));
 KAP_BENCH_PAIR("server: open 1,000,000 rows, in blocks", {"a client cursor", readOdbcRecordset},
                {"SQLFetchScroll of bound blocks", readBareBlocks}, 1.2);
 KAP_BENCH_PAIR("server: DB_Read of one row", {"DB_Read", readOdbcRecord},
                {"the ODBC calls of the same round trip", readBareOdbcRecord}, 1.2);
+KAP_BENCH_PAIR("server: a text of 20 queries of 50 rows",
+               {"NextRecordset", readBatchOfRecordsets}, {"SQLMoreResults", readBareBatch}, 1.2);
 
 }  // namespace
