@@ -337,7 +337,7 @@ KAP_BENCH_PAIR("server: open 1,000,000 rows, in blocks", {"a client cursor", rea
                {"SQLFetchScroll of bound blocks", readBareBlocks}, 1.2);
 KAP_BENCH_PAIR("server: DB_Read of one row", {"DB_Read", readOdbcRecord},
                {"the ODBC calls of the same round trip", readBareOdbcRecord}, 1.2);
-KAP_BENCH_PAIR("server: a text of 20 queries of 50 rows",
-               {"NextRecordset", readBatchOfRecordsets}, {"SQLMoreResults", readBareBatch}, 1.2);
+KAP_BENCH_PAIR("server: a text of 20 queries of 50 rows", {"NextRecordset", readBatchOfRecordsets},
+               {"SQLMoreResults", readBareBatch}, 1.2);
 
 }  // namespace

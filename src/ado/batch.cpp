@@ -114,8 +114,7 @@ std::vector<DriverError> updateBatch(RowCursor& cursor, Session& session,
         } catch (const DriverError& error) {
             waiting->second.failure = failureBits(error);
             failures.push_back(error);
-            if (error.number() == errors::kConcurrency &&
-                cursor.options().writing.readsConflicts) {
+            if (error.number() == errors::kConcurrency && cursor.options().writing.readsConflicts) {
                 noteConflict(table, writer, row, failures);
             }
             if (error.number() == errors::kOperationCancelled) {

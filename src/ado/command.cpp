@@ -145,12 +145,15 @@ Ref<Recordset> Command::Execute(ByRef<Variant> recordsAffected, const Variant& p
         *recordsAffected = std::int32_t{-1};
         return executeLater(parameters, options);
     }
+    if (!connection_) {
+        fail::invalidConnection();
+    }
     Execution execution{text_, CursorTypeEnum::adOpenForwardOnly, LockTypeEnum::adLockReadOnly,
                         options, Ref<Command>(this)};
     executing(connection_, execution, [&] {
         const auto request = std::make_shared<Request>(
             this->request(parameters, execution.source(), execution.options));
-        const bool noRecords = wantsNoRecords(execution.options) || !connection_;
+        const bool noRecords = wantsNoRecords(execution.options);
         auto records = noRecords ? make<Recordset>() : recordsetFor(connection_);
         if (!noRecords) {
             comeAsNeeded(*request, records->isReadOnce(), execution.options);

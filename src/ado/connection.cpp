@@ -143,6 +143,9 @@ void Connection::Close() {
     }
     endBackground();
     requireOpen();
+    if (transactionBegun_ && session_->transactionDepth() > 0) {
+        fail::inTransaction();
+    }
     closeRecordsets();
     session_.reset();
     if (isObserved()) {
@@ -275,6 +278,7 @@ std::int32_t Connection::BeginTrans() {
         }
         session()->begin();
         level = session_->transactionDepth();
+        transactionBegun_ = true;
     };
     inTransaction(
         *this, u"BeginTransComplete", [&] { reporting(begin); },
@@ -298,6 +302,7 @@ void Connection::endingTransaction(const std::function<void()>& end, XactAttribu
         if (goesOn && session_->transactionDepth() == 0) {
             session_->begin();
         }
+        transactionBegun_ = session_->transactionDepth() > 0;
     });
 }
 

@@ -2,8 +2,8 @@
 #include <utility>
 
 #include <kaputil/ado/field.hpp>
-#include <kaputil/automation/convert.hpp>
 
+#include "ado/element_index.hpp"
 #include "ado/hand_made_column.hpp"
 #include "ado/row_cursor.hpp"
 #include "automation/class_builder.hpp"
@@ -12,10 +12,6 @@
 
 namespace kap::ado {
 namespace {
-
-[[noreturn]] std::size_t noField() {
-    fail::itemNotFound();
-}
 
 bool sameColumns(const std::vector<ColumnInfo>& one, const std::vector<ColumnInfo>& other) {
     return std::ranges::equal(one, other, [](const ColumnInfo& left, const ColumnInfo& right) {
@@ -103,29 +99,13 @@ std::vector<Variant> Fields::elements() {
 }
 
 std::size_t Fields::positionOf(const Variant& index) const {
-    if (index.isString()) {
-        const auto found = fields_.empty() ? std::nullopt : cursor_->find(index.as<String>());
-        if (!found) {
-            fail::itemNotFound();
-        }
-        return *found;
-    }
-    if (index.isObject()) {  // a field or text box that holds the name or position
-        const Ref<Object>& holder = index.as<Ref<Object>>();
-        return holder ? positionOf(holder->defaultValue()) : noField();
-    }
-    if (index.isNull() || index.isArray()) {
-        noField();
-    }
-    const std::int32_t position = convert::toLong(index);
-    if (position < 0 || static_cast<std::size_t>(position) >= fields_.size()) {
-        noField();
-    }
-    return static_cast<std::size_t>(position);
+    return elementAt(index, fields_.size(), [&](const String& name) {
+        return fields_.empty() ? std::nullopt : cursor_->find(name);
+    });
 }
 
 void Fields::requireUnopened() const {
-    if (open_) {
+    if (open_ || connected_) {
         fail::illegalOperation();
     }
 }

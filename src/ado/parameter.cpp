@@ -1,9 +1,12 @@
 #include <kaputil/ado/command.hpp>
 #include <kaputil/ado/parameter.hpp>
 
+#include <algorithm>
+
 #include <kaputil/automation/convert.hpp>
 
 #include "ado/chunks.hpp"
+#include "ado/element_index.hpp"
 #include "ado/parameter_cell.hpp"
 #include "automation/class_builder.hpp"
 #include "base/unicode.hpp"
@@ -11,6 +14,11 @@
 #include "data/value_type.hpp"
 
 namespace kap::ado {
+namespace {
+
+constexpr std::int32_t kNoLimit = -1;  // what programs give for a long text
+
+}  // namespace
 
 const ClassDescription& Parameter::classDescription() {
     static const ClassDescription description =
@@ -50,7 +58,7 @@ void Parameter::setType(DataTypeEnum value) {
 }
 
 void Parameter::setSize(std::int32_t value) {
-    if (value < 0) {
+    if (value < kNoLimit) {
         fail::invalidArgument();
     }
     size_ = value;
@@ -89,20 +97,12 @@ std::int32_t Parameters::Count() const {
 }
 
 std::size_t Parameters::positionOf(const Variant& index) const {
-    const Variant plain = convert::plainValue(index);
-    if (plain.isString()) {
-        for (std::size_t i = 0; i < parameters_.size(); ++i) {
-            if (unicode::sameName(parameters_[i]->Name(), plain.as<String>())) {
-                return i;
-            }
-        }
-        fail::itemNotFound();
-    }
-    const std::int32_t position = convert::toLong(plain);
-    if (position < 0 || static_cast<std::size_t>(position) >= parameters_.size()) {
-        fail::itemNotFound();
-    }
-    return static_cast<std::size_t>(position);
+    return elementAt(index, parameters_.size(), [&](const String& name) {
+        const auto found = std::ranges::find_if(parameters_, [&](const Ref<Parameter>& each) {
+            return unicode::sameName(each->Name(), name);
+        });
+        return static_cast<std::size_t>(found - parameters_.begin());
+    });
 }
 
 Ref<Parameter> Parameters::Item(const Variant& index) const {
@@ -112,6 +112,9 @@ Ref<Parameter> Parameters::Item(const Variant& index) const {
 void Parameters::Append(const Ref<Parameter>& parameter) {
     if (!parameter || parameter->Type() == DataTypeEnum::adEmpty) {
         fail::incompleteParameter();
+    }
+    if (std::ranges::find(parameters_, parameter) != parameters_.end()) {
+        fail::objectInCollection();
     }
     parameters_.push_back(parameter);
 }

@@ -1,5 +1,6 @@
 #include "ado/parameter_cell.hpp"
 
+#include <algorithm>
 #include <limits>
 #include <utility>
 
@@ -29,7 +30,7 @@ ColumnInfo columnOf(const Parameter& parameter, const Variant& value) {
     ColumnInfo column;
     column.name = parameter.Name().utf8();
     column.type = parameter.Type();
-    column.definedSize = parameter.Size() == 0 ? kUnlimited : parameter.Size();
+    column.definedSize = parameter.Size() <= 0 ? kUnlimited : parameter.Size();
     column.isLong = isLongType(column.type);
     column.precision = parameter.Precision();
     column.numericScale = parameter.NumericScale();
@@ -75,7 +76,7 @@ RequestParameter toRequest(const Parameter& parameter, bool named) {
     const bool untyped = parameter.Type() == DataTypeEnum::adVariant;
     RequestParameter made =
         requestOf(untyped ? columnOfValue(value) : columnOf(parameter, value), value);
-    made.size = parameter.Size();
+    made.size = std::max(parameter.Size(), 0);
     made.direction = parameter.Direction();
     if (named && !parameter.Name().empty()) {
         const std::string name = parameter.Name().utf8();

@@ -5,6 +5,7 @@
 
 #include <kaputil/automation/convert.hpp>
 
+#include "ado/element_index.hpp"
 #include "automation/class_builder.hpp"
 #include "base/unicode.hpp"
 #include "data/failures.hpp"
@@ -67,24 +68,12 @@ std::int32_t Properties::Count() const {
 }
 
 Ref<Property> Properties::Item(const Variant& index) const {
-    const Variant plain = convert::plainValue(index);
-    if (plain.isString()) {
+    return properties_[elementAt(index, properties_.size(), [&](const String& name) {
         const auto found = std::ranges::find_if(properties_, [&](const Ref<Property>& each) {
-            return unicode::sameName(each->Name(), plain.as<String>());
+            return unicode::sameName(each->Name(), name);
         });
-        if (found == properties_.end()) {
-            fail::itemNotFound();
-        }
-        return *found;
-    }
-    if (plain.isNull()) {
-        fail::itemNotFound();
-    }
-    const std::int32_t position = convert::toLong(plain);
-    if (position < 0 || static_cast<std::size_t>(position) >= properties_.size()) {
-        fail::itemNotFound();
-    }
-    return properties_[static_cast<std::size_t>(position)];
+        return static_cast<std::size_t>(found - properties_.begin());
+    })];
 }
 
 }  // namespace kap::ado

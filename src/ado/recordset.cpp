@@ -19,6 +19,15 @@
 #include "data/failures.hpp"
 
 namespace kap::ado {
+namespace {
+
+// What a recordset is disconnected with.
+bool isNothing(const Variant& connection) {
+    return connection.isNull() || connection.isEmpty() ||
+           (connection.isObject() && !connection.as<Ref<Object>>());
+}
+
+}  // namespace
 
 Recordset::Recordset() : fields_(make<ado::Fields>()) {
     forget();
@@ -94,9 +103,6 @@ void Recordset::Open(const Variant& source, const Variant& activeConnection,
         setSource(source);
     }
     if (!activeConnection.isMissing()) {
-        if (command_) {
-            fail::invalidArgument();
-        }
         if (!isPersistProvider(activeConnection)) {
             setActiveConnection(activeConnection);
         }
@@ -244,7 +250,7 @@ void Recordset::show(std::shared_ptr<RowCursor> cursor) {
     cursor_ = std::move(cursor);
     cursor_->setObserver(fieldNotices_);
     fields_->show(cursor_, /*open=*/true);
-    chooseWriting();
+    chooseCriteria();
     join();
     filter_ = u"";
     sort_ = {};
@@ -272,6 +278,7 @@ void Recordset::closeWithConnection() {
 void Recordset::attach(Ref<Connection> connection) {
     leave();
     connection_ = std::move(connection);
+    fields_->connected_ = static_cast<bool>(connection_);
     if (cursor_ != nullptr) {
         join();
     }
@@ -363,6 +370,13 @@ Variant Recordset::ActiveConnection() const {
 void Recordset::setActiveConnection(const Variant& value) {
     if (isExecuting()) {
         fail::stillExecuting();
+    }
+    const bool disconnects = isNothing(value);
+    if (command_ && cursor_ == nullptr && !disconnects) {
+        fail::connectionOfCommand();
+    }
+    if (cursor_ != nullptr && connection_ && !disconnects) {
+        fail::objectOpen();
     }
     Ref<Connection> connection = connectionOf(value);
     if (cursor_ != nullptr) {

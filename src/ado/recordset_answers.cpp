@@ -88,6 +88,9 @@ std::optional<Result> Recordset::nextAnswer() {
 
 // The rows of one that is read once have to make way for those of the next.
 Ref<Recordset> Recordset::NextRecordset(ByRef<Variant> recordsAffected) {
+    if (cursor_ == nullptr && request_ == nullptr) {
+        requireOpen();
+    }
     if (cursor_ != nullptr && cursor_->editMode() != EditModeEnum::adEditNone) {
         fail::illegalOperation();
     }

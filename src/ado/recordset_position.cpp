@@ -4,6 +4,7 @@
 #include <kaputil/ado/recordset.hpp>
 #include <kaputil/automation/convert.hpp>
 
+#include "ado/argument_value.hpp"
 #include "ado/counted.hpp"
 #include "ado/recordset_notices.hpp"
 #include "ado/row_cursor.hpp"
@@ -86,11 +87,11 @@ void Recordset::setAbsolutePage(std::int32_t value) {
 // Bookmarks are the rows' numbers from 1, as Doubles: a Long is a value of BookmarkEnum.
 Variant Recordset::Bookmark() const {
     requireScrolling();
-    return static_cast<double>(cursor_->currentRow() + 1);
+    return static_cast<double>(cursor_->recordNumber() + 1);
 }
 
 std::size_t Recordset::rowOfBookmark(const Variant& bookmark) const {
-    const Variant value = convert::plainValue(bookmark);
+    const Variant value = argumentValue(bookmark);
     if (value.isEmpty() || value.isMissing()) {
         fail::invalidArgument();
     }
@@ -172,7 +173,11 @@ void Recordset::moveTo(const Variant& start) {
         cursor_->goTo(rowOfBookmark(start));
         return;
     }
-    switch (static_cast<BookmarkEnum>(convert::toLong(start))) {
+    const Variant plain = argumentValue(start);
+    if (plain.isString() || plain.isNull() || plain.isArray()) {
+        fail::invalidArgument();
+    }
+    switch (static_cast<BookmarkEnum>(convert::toLong(plain))) {
         case BookmarkEnum::adBookmarkCurrent:
             break;
         case BookmarkEnum::adBookmarkFirst:

@@ -29,16 +29,15 @@ Ref<Properties> Recordset::Properties() {
                                fail::invalidArgument();
                            }
                            (*self).*kept = given;
-                           self->chooseWriting();
+                           self->chooseCriteria();
                        }});
     };
     const auto text = [&](const char16_t* name, String Recordset::*kept) {
-        all.push_back(
-            {name, DataTypeEnum::adBSTR, [self, kept] { return Variant((*self).*kept); },
-             [self, kept](const Variant& value) {
-                 (*self).*kept = convert::toString(value);
-                 self->chooseWriting();
-             }});
+        all.push_back({name, DataTypeEnum::adBSTR, [self, kept] { return Variant((*self).*kept); },
+                       [self, kept](const Variant& value) {
+                           (*self).*kept = convert::toString(value);
+                           self->chooseCriteria();
+                       }});
     };
     const auto can = [&](const char16_t* name, CursorOptionEnum option) {
         all.push_back({name, DataTypeEnum::adBoolean, [self, option] {
@@ -61,7 +60,7 @@ Ref<Properties> Recordset::Properties() {
     return make<ado::Properties>(std::move(all));
 }
 
-void Recordset::chooseWriting() {
+void Recordset::chooseCriteria() {
     if (cursor_ == nullptr) {
         return;
     }

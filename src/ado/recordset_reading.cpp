@@ -7,6 +7,7 @@
 #include <kaputil/automation/array.hpp>
 #include <kaputil/automation/convert.hpp>
 
+#include "ado/element_index.hpp"
 #include "ado/recordset_notices.hpp"
 #include "ado/row_cursor.hpp"
 #include "base/hexadecimal.hpp"
@@ -18,18 +19,8 @@ namespace {
 constexpr std::int32_t kAllRows = -1;
 
 std::size_t fieldWanted(const RowCursor& cursor, const Variant& field) {
-    if (field.isString()) {
-        const auto found = cursor.find(field.as<String>());
-        if (!found) {
-            fail::itemNotFound();
-        }
-        return *found;
-    }
-    const std::int32_t position = convert::toLong(field);
-    if (position < 0 || static_cast<std::size_t>(position) >= cursor.columns().size()) {
-        fail::itemNotFound();
-    }
-    return static_cast<std::size_t>(position);
+    return elementAt(field, cursor.columns().size(),
+                     [&](const String& name) { return cursor.find(name); });
 }
 
 String textOf(const Variant& value) {

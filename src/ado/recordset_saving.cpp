@@ -6,6 +6,7 @@
 #include <kaputil/ado/stream.hpp>
 #include <kaputil/automation/convert.hpp>
 
+#include "ado/argument_value.hpp"
 #include "ado/persist/saved_rows.hpp"
 #include "ado/recordset_notices.hpp"
 #include "ado/row_cursor.hpp"
@@ -56,7 +57,7 @@ void Recordset::Save(const Variant& destination, PersistFormatEnum persistFormat
     if (isStream(destination)) {
         static_cast<Stream&>(*destination.as<Ref<Object>>()).assign(content);
     } else {
-        const Variant plain = convert::plainValue(destination);
+        const Variant plain = argumentValue(destination);
         const bool given = plain.isString() && !plain.as<String>().empty();
         if (!given && (savedIn_.empty() || !(plain.isMissing() || plain.isEmpty()))) {
             fail::invalidArgument();

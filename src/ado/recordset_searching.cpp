@@ -6,6 +6,7 @@
 #include <kaputil/automation/array.hpp>
 #include <kaputil/automation/convert.hpp>
 
+#include "ado/argument_value.hpp"
 #include "ado/criteria.hpp"
 #include "ado/recordset_notices.hpp"
 #include "ado/row_cursor.hpp"
@@ -74,7 +75,7 @@ void Recordset::Find(const String& criteria, std::int32_t skipRecords,
 }
 
 void Recordset::setFilter(const Variant& value) {
-    Variant given = convert::plainValue(value);
+    Variant given = argumentValue(value);
     if (given.isEmpty() || given.isNull() || given.isMissing()) {
         fail::invalidArgument();
     }

@@ -67,6 +67,9 @@ void Recordset::Update(const Variant& fields, const Variant& values) {
 }
 
 void Recordset::assignAll(const Variant& names, const Variant& values) {
+    if (values.isMissing()) {
+        fail::invalidArgument();
+    }
     const std::vector<Variant> columns = elementsOf(names);
     const std::vector<Variant> given = elementsOf(values);
     if (columns.size() != given.size()) {

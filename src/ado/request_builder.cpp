@@ -13,6 +13,9 @@ constexpr std::int32_t kHow = 0x10 | 0x20 | 0x40 | 0x80 | 0x400;
 }  // namespace
 
 Request requestFor(const String& text, std::int32_t options) {
+    if (text.empty()) {
+        fail::noCommandText();
+    }
     Request request;
     request.text = text.utf8();
     const std::int32_t kind = options < 0 ? options : options & ~kHow;

@@ -8,6 +8,7 @@
 #include <kaputil/automation/convert.hpp>
 #include <kaputil/automation/error.hpp>
 
+#include "ado/argument_value.hpp"
 #include "ado/charset.hpp"
 #include "automation/class_builder.hpp"
 #include "data/failures.hpp"
@@ -159,7 +160,7 @@ void Stream::Open(const Variant& source, ConnectModeEnum mode, std::int32_t /*op
     if (open_) {
         fail::objectOpen();
     }
-    const Variant plain = convert::plainValue(source);
+    const Variant plain = argumentValue(source);
     const bool empty = plain.isMissing() || plain.isEmpty() || plain.isNull() ||
                        (plain.isString() && plain.as<String>().empty());
     if (!empty) {
@@ -254,7 +255,7 @@ Variant Stream::Read(std::int32_t numBytes) {
 
 void Stream::Write(const Variant& buffer) {
     requireType(StreamTypeEnum::adTypeBinary);
-    const Variant plain = convert::plainValue(buffer);
+    const Variant plain = argumentValue(buffer);
     if (!plain.isArray() || plain.as<Array>().elementType() != VarType::Byte) {
         fail::invalidArgument();
     }

@@ -80,6 +80,21 @@ void invalidConnection() {
           u"invalid in this context.");
 }
 
+void connectionOfCommand() {
+    raise(errors::kConnectionOfCommand,
+          u"Cannot change the ActiveConnection property of a Recordset object which has a Command "
+          u"object as its source.");
+}
+
+void inTransaction() {
+    raise(errors::kInTransaction,
+          u"Connection object cannot be explicitly closed while in a transaction.");
+}
+
+void noCommandText() {
+    raise(errors::kNoCommandText, u"Command text was not set for the command object.");
+}
+
 void notUpdatable() {
     raise(errors::kFeatureNotAvailable,
           u"Current Recordset does not support updating. This may be a limitation of the provider, "

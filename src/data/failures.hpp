@@ -21,6 +21,9 @@ namespace kap::ado::fail {
 [[noreturn]] void objectClosed();
 [[noreturn]] void objectOpen();
 [[noreturn]] void invalidConnection();
+[[noreturn]] void connectionOfCommand();
+[[noreturn]] void inTransaction();
+[[noreturn]] void noCommandText();
 [[noreturn]] void notUpdatable();
 [[noreturn]] void notAvailable(String description);
 // Files that streams and recordsets are loaded from and saved to.

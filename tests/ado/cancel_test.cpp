@@ -78,8 +78,7 @@ TEST(Cancel, EndsTheChangeOfARecordThatWaits) {
               errors::kOperationCancelled);
     EXPECT_EQ(rows->EditMode(), EditModeEnum::adEditInProgress);
     rows->CancelUpdate();
-    EXPECT_EQ(raisedByCancelled(*connection, [&] { rows->Delete(); }),
-              errors::kOperationCancelled);
+    EXPECT_EQ(raisedByCancelled(*connection, [&] { rows->Delete(); }), errors::kOperationCancelled);
     EXPECT_EQ(raisedByCancelled(*connection, [&] { rows->AddNew(u"A", 2); }),
               errors::kOperationCancelled);
     EXPECT_LT(std::chrono::steady_clock::now() - begun, std::chrono::seconds(20));

@@ -33,6 +33,7 @@ class CommandTest : public ::testing::Test {
 protected:
     CommandTest() : connection_(test::open("Provider=Fake")), command_(make<Command>()) {
         command_->setActiveConnection(Variant(connection_));
+        command_->setCommandText(u"EXEC Chiusura");
         driver_.database.answer({});
     }
 
@@ -195,7 +196,7 @@ TEST_F(CommandTest, ARecordsetOpensACommandWithItsOwnCursor) {
     EXPECT_EQ(driver_.database.requests.size(), 2U);
     rows->Close();
     EXPECT_EQ(raisedBy([&] { rows->Open(Variant(command_), Variant(connection_)); }),
-              errors::kInvalidArgument);
+              errors::kConnectionOfCommand);
 }
 
 TEST_F(CommandTest, NeedsAnOpenConnection) {
@@ -206,6 +207,8 @@ TEST_F(CommandTest, NeedsAnOpenConnection) {
     EXPECT_EQ(raisedBy([&] { command->setActiveConnection(Variant(make<Command>())); }),
               errors::kInvalidArgument);
     command->setActiveConnection(u"Provider=Fake");
+    EXPECT_EQ(raisedBy([&] { return command->Execute(); }), errors::kNoCommandText);
+    command->setCommandText(u"EXEC Chiusura");
     command->Execute();
     EXPECT_TRUE(command->ActiveConnection().as<Ref<Object>>());
     connection_->Close();
@@ -295,7 +298,7 @@ TEST(Parameter, RefusesValuesThatDoNotFit) {
 TEST(Parameter, RefusesWhatDoesNotExist) {
     const auto parameter = make<Parameter>();
     EXPECT_EQ(raisedBy([&] { parameter->setType(DataTypeEnum{999}); }), errors::kInvalidArgument);
-    EXPECT_EQ(raisedBy([&] { parameter->setSize(-1); }), errors::kInvalidArgument);
+    EXPECT_EQ(raisedBy([&] { parameter->setSize(-2); }), errors::kInvalidArgument);
     EXPECT_EQ(raisedBy([&] { parameter->setDirection(ParameterDirectionEnum{5}); }),
               errors::kInvalidArgument);
 }

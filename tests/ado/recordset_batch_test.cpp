@@ -73,7 +73,8 @@ TEST_F(BatchTest, ChangesOfOneRecordAddUpAndItsOriginalsStay) {
 }
 
 TEST_F(BatchTest, WritesNewRecordsWithTheDatabasesDefaults) {
-    connection_->Execute(
+    test::prepare(
+        connection_,
         u"CREATE TABLE Righe (Id int IDENTITY(5,1) PRIMARY KEY, Testo varchar(9) DEFAULT 'x')");
     const auto rows = make<Recordset>();
     rows->setCursorLocation(CursorLocationEnum::adUseClient);

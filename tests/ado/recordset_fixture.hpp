@@ -9,6 +9,7 @@
 
 #include "support/database.hpp"
 #include "support/late_bound.hpp"
+#include "support/prepared_tables.hpp"
 #include "support/shown.hpp"
 
 namespace kap::ado {
@@ -17,7 +18,8 @@ namespace kap::ado {
 class RecordsetTest : public ::testing::Test {
 protected:
     RecordsetTest() : connection_(test::openMemory()) {
-        connection_->Execute(
+        test::prepare(
+            connection_,
             u"CREATE TABLE Clienti (Codice int NOT NULL PRIMARY KEY, Nome varchar(30), "
             u"Fido money, Sconto decimal(5,2), Dal datetime, Attivo bit, AggID timestamp);"
             u"INSERT INTO Clienti (Codice, Nome, Fido, Sconto, Dal, Attivo) VALUES "

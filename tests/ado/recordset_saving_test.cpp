@@ -207,7 +207,8 @@ TEST_F(SavingTest, WhatIsNoSavedRecordsetIsRefused) {
 }
 
 TEST_F(SavingTest, EveryTypeComesBackAsItWas) {
-    connection_->Execute(
+    test::prepare(
+        connection_,
         u"CREATE TABLE Tipi (a tinyint, b smallint, c bigint, d real, e float, f decimal(18,4), "
         u"g date, h smalldatetime, i char(3), j nvarchar(max), k varbinary(4), l "
         u"uniqueidentifier, m bit, n datetime);"

@@ -13,7 +13,8 @@ using test::valueOf;
 class SearchTest : public RecordsetTest {
 protected:
     SearchTest() {
-        connection_->Execute(
+        test::prepare(
+            connection_,
             u"CREATE TABLE Articoli (N int PRIMARY KEY, Nome nvarchar(30), Prezzo money, "
             u"Sconto decimal(5,2), Peso float, Dal datetime, Attivo bit, Foto varbinary(4), "
             u"Lordo real, Grande bigint, Nota text, Chiave uniqueidentifier);"

@@ -96,9 +96,9 @@ TEST_F(RecordsetTest, AServerCursorChecksTheRowVersion) {
 }
 
 TEST_F(RecordsetTest, NoticesAChangeOfLetterCase) {
-    connection_->Execute(
-        u"CREATE TABLE Note (Id int PRIMARY KEY, Testo varchar(20));"
-        u"INSERT INTO Note VALUES (1, 'abc')");
+    test::prepare(connection_,
+                  u"CREATE TABLE Note (Id int PRIMARY KEY, Testo varchar(20));"
+                  u"INSERT INTO Note VALUES (1, 'abc')");
     const auto rows = openLive(connection_, u"SELECT * FROM Note");
     connection_->Execute(u"UPDATE Note SET Testo = 'ABC'");
     rows->Fields()->Item(u"Testo")->setValue(u"x");
@@ -136,9 +136,9 @@ TEST_F(RecordsetTest, AddsARowFromNamesAndValues) {
 }
 
 TEST_F(RecordsetTest, ReadsBackTheIdentityOfANewRow) {
-    connection_->Execute(
-        u"CREATE TABLE Righe (Id int IDENTITY(10,5) PRIMARY KEY, Testo varchar(10) "
-        u"DEFAULT 'nuovo')");
+    test::prepare(connection_,
+                  u"CREATE TABLE Righe (Id int IDENTITY(10,5) PRIMARY KEY, Testo varchar(10) "
+                  u"DEFAULT 'nuovo')");
     const auto rows = openLive(connection_, u"SELECT * FROM Righe");
     rows->AddNew();
     rows->Update();
@@ -202,9 +202,9 @@ TEST_F(RecordsetTest, IsClosedWithItsConnection) {
 }
 
 TEST_F(RecordsetTest, LocatesARowOfATableWithoutKeyByAllItsColumns) {
-    connection_->Execute(
-        u"CREATE TABLE Sfuse (A int, B varchar(5));"
-        u"INSERT INTO Sfuse VALUES (1, 'x'), (1, NULL), (2, 'y'), (2, 'y')");
+    test::prepare(connection_,
+                  u"CREATE TABLE Sfuse (A int, B varchar(5));"
+                  u"INSERT INTO Sfuse VALUES (1, 'x'), (1, NULL), (2, 'y'), (2, 'y')");
     const auto rows = openLive(connection_, u"SELECT * FROM Sfuse");
     rows->MoveNext();
     rows->Fields()->Item(u"B")->setValue(u"z");
@@ -221,7 +221,8 @@ TEST_F(RecordsetTest, LocatesARowOfATableWithoutKeyByAllItsColumns) {
 }
 
 TEST_F(RecordsetTest, LocatesByAllColumnsWhenTheKeyIsNotWholeInTheResult) {
-    connection_->Execute(
+    test::prepare(
+        connection_,
         u"CREATE TABLE Doc (Anno int, Numero int, Nota varchar(9), PRIMARY KEY (Anno, Numero));"
         u"INSERT INTO Doc VALUES (2003, 1, 'a'), (2004, 1, 'b')");
     const auto rows = openLive(connection_, u"SELECT Numero, Nota FROM Doc ORDER BY Anno");
@@ -232,9 +233,9 @@ TEST_F(RecordsetTest, LocatesByAllColumnsWhenTheKeyIsNotWholeInTheResult) {
 }
 
 TEST_F(RecordsetTest, WritesTheTablesOfAJoinThatWereChanged) {
-    connection_->Execute(
-        u"CREATE TABLE Testate (Id int PRIMARY KEY, Cliente int, Nota varchar(9));"
-        u"INSERT INTO Testate VALUES (100, 1, 'a')");
+    test::prepare(connection_,
+                  u"CREATE TABLE Testate (Id int PRIMARY KEY, Cliente int, Nota varchar(9));"
+                  u"INSERT INTO Testate VALUES (100, 1, 'a')");
     const auto rows =
         openLive(connection_,
                  u"SELECT t.Id, t.Nota, c.Codice, c.Nome FROM Testate t INNER JOIN Clienti c ON "
@@ -248,9 +249,9 @@ TEST_F(RecordsetTest, WritesTheTablesOfAJoinThatWereChanged) {
 }
 
 TEST_F(RecordsetTest, ChangesBothTablesOfAJoinOrNeither) {
-    connection_->Execute(
-        u"CREATE TABLE Testate (Id int PRIMARY KEY, Cliente int, Nota varchar(9));"
-        u"INSERT INTO Testate VALUES (100, 1, 'a')");
+    test::prepare(connection_,
+                  u"CREATE TABLE Testate (Id int PRIMARY KEY, Cliente int, Nota varchar(9));"
+                  u"INSERT INTO Testate VALUES (100, 1, 'a')");
     const auto rows =
         openLive(connection_,
                  u"SELECT t.Id, t.Nota, c.Codice, c.Nome FROM Testate t INNER JOIN Clienti c ON "

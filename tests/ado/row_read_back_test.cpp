@@ -28,10 +28,10 @@ protected:
             u"WHERE Id IN (SELECT Id FROM inserted)");
     }
 
-    [[nodiscard]] Ref<Recordset> rows(CursorLocationEnum location,
-                                      UpdateResyncEnum resync =
-                                          UpdateResyncEnum::adResyncAutoIncrement,
-                                      LockTypeEnum lock = LockTypeEnum::adLockOptimistic) const {
+    [[nodiscard]] Ref<Recordset> rows(
+        CursorLocationEnum location,
+        UpdateResyncEnum resync = UpdateResyncEnum::adResyncAutoIncrement,
+        LockTypeEnum lock = LockTypeEnum::adLockOptimistic) const {
         auto opened = make<Recordset>();
         opened->setCursorLocation(location);
         opened->Properties()->Item(u"Update Resync")->setValue(static_cast<std::int32_t>(resync));
@@ -49,8 +49,8 @@ TEST_F(ReadBackTest, AComputedColumnShowsItsNewValue) {
         const auto all = rows(location);
         const std::int32_t quantity = location == kClient ? 7 : 9;
         all->Update(u"Quantita", quantity);
-        EXPECT_EQ(shown(fieldOf(all, u"Totale")), location == kClient ? "Currency 70"
-                                                                      : "Currency 90");
+        EXPECT_EQ(shown(fieldOf(all, u"Totale")),
+                  location == kClient ? "Currency 70" : "Currency 90");
         all->AddNew(Array::ofVariants({u"Quantita", u"Prezzo"}), Array::ofVariants({4, 6}));
         EXPECT_EQ(shown(fieldOf(all, u"Totale")), "Currency 24");
         EXPECT_EQ(shown(fieldOf(all, u"Nota")), "String nuova");
@@ -105,7 +105,7 @@ TEST_F(ReadBackTest, AClientCursorShowsItWhereUpdateResyncSaysSo) {
 }
 
 TEST_F(ReadBackTest, ANullThatReadsAsANeutralValueGoesOnDoingSo) {
-    const auto all = this->all();
+    const auto all = this->all(kServer);
     all->MoveNext();
     all->replaceNulls(2);
     EXPECT_EQ(shown(fieldOf(all, u"Fido")), "Currency 0");

@@ -73,7 +73,7 @@ TEST_F(ServerPool, KeepsNoConnectionOnWhichSomethingWasLeft) {
     auto transaction = pooled();
     const std::string process = processOf(transaction);
     transaction->BeginTrans();
-    transaction->Close();
+    transaction = {};
     EXPECT_NE(processOf(pooled()), process);
 }
 

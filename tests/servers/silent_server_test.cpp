@@ -131,14 +131,14 @@ TEST_F(SilentServer, ATransactionIsUndoneWithoutIt) {
               errors::kUnknownObject);
 }
 
-TEST_F(SilentServer, DoesNotHinderClosing) {
+TEST_F(SilentServer, DoesNotHinderEnding) {
     const auto before = openFiles();
-    const auto connection = open();
+    auto connection = open();
     connection->setCommandTimeout(0);
     connection->BeginTrans();
     connection->Execute(u"SELECT 1");
     server()->freeze();
-    connection->Close();
+    connection = {};
     EXPECT_EQ(openFiles(), before);
 }
 

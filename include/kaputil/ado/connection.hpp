@@ -85,9 +85,9 @@ public:
     // Raises 3705 when it is open already, 3706 for an unknown provider, and the driver's errors.
     void Open(const String& connectionString = {}, const String& userId = {},
               const String& password = {}, std::int32_t options = -1);
-    // Raises 3704 when it is not open. An open transaction is rolled back. The recordsets on the
-    // connection are closed, and what is being edited in them is lost; those that have been
-    // disconnected stay.
+    // Raises 3704 when it is not open, 3246 while a transaction is that BeginTrans has begun; one
+    // that a script has begun is rolled back. The recordsets on the connection are closed, and what
+    // is being edited in them is lost; those that have been disconnected stay.
     void Close();
     // A second connection to the same database, opened as this one was, with its login. C++ only.
     [[nodiscard]] Ref<Connection> openAnother() const;
@@ -266,6 +266,7 @@ private:
     ConnectModeEnum mode_ = ConnectModeEnum::adModeUnknown;
     IsolationLevelEnum isolationLevel_ = IsolationLevelEnum::adXactReadCommitted;
     bool isolationChosen_ = false;
+    bool transactionBegun_ = false;  // by BeginTrans
     std::unique_ptr<InBackground> inBackground_;
 };
 

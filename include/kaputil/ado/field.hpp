@@ -125,7 +125,7 @@ public:
 
     // Adds a column: its data type, for texts and binaries the characters or bytes that it holds,
     // and bits of FieldAttributeEnum, of which adFldFixed and adFldLong count. Raises 3219 once the
-    // recordset is open, 3367 for a name that is taken, 3001 for an empty one,
+    // recordset is open or has a connection, 3367 for a name that is taken, 3001 for an empty one,
     // a type that a column cannot have, a text or binary without size, and a value: there is no
     // record yet that could have one.
     void Append(const String& name, DataTypeEnum type, std::int32_t definedSize = 0,
@@ -157,6 +157,7 @@ private:
     std::shared_ptr<RowCursor> cursor_;
     mutable std::vector<Ref<Field>> fields_;  // one each column; unset: nobody has asked for it yet
     bool open_ = false;
+    bool connected_ = false;  // the columns are going to be a query's
 };
 
 }  // namespace kap::ado

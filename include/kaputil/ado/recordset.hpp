@@ -299,7 +299,7 @@ private:
     void requireSortable() const;
     [[nodiscard]] bool opensSaved(std::int32_t options) const;
     void openSaved();
-    void chooseWriting();
+    void chooseCriteria();
     void openTable(std::shared_ptr<RowTable> table);
     void arrangeAsChosen(const Variant& filter, const String& sort);
     void openMadeByHand();

@@ -199,6 +199,11 @@ Product OdbcSession::product() {
     return productOf(work_->connection->handle());
 }
 
+// A server undoes the transaction of a connection that is lost.
+int OdbcSession::transactionDepth() const {
+    return work_->connection->isLost() ? 0 : depth_;
+}
+
 void OdbcSession::commit() {
     if (depth_ == 0) {
         noTransaction("COMMIT");

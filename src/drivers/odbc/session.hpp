@@ -35,7 +35,7 @@ public:
     void begin() override;
     void commit() override;
     void rollback() override;
-    [[nodiscard]] int transactionDepth() const override { return depth_; }
+    [[nodiscard]] int transactionDepth() const override;
 
 private:
     // The connection and what is known of its server's tables.

@@ -12,6 +12,7 @@ from ._objects import Object
 Self = TypeVar("Self", bound="TransactionBlocks")
 
 _CLOSED = 0  # adStateClosed
+_IN_TRANSACTION = -2146825042  # 3246
 _MOVE_PREVIOUS = 0x200  # adMovePrevious: the recordset goes back
 
 
@@ -89,7 +90,7 @@ class TransactionBlocks(Object):
                  trace: Optional[TracebackType]) -> None:
         if not self._blocks().pop():
             if _native.get(self, "State") != _CLOSED:
-                _native.call(self, "Close", (), {})
+                self._close()
         elif error is not None:
             self._undo()
         else:
@@ -100,6 +101,15 @@ class TransactionBlocks(Object):
         blocks: List[bool] = self.__dict__.setdefault("blocks", [])
         return blocks
 
+    def _close(self) -> None:
+        try:
+            _native.call(self, "Close", (), {})
+        except AutomationError as error:
+            if error.number != _IN_TRANSACTION:
+                raise
+            self._undo()
+            _native.call(self, "Close", (), {})
+
     def _commit(self) -> None:
         try:
             _native.call(self, "CommitTrans", (), {})
@@ -108,7 +118,7 @@ class TransactionBlocks(Object):
             raise
 
     def _undo(self) -> None:
-        """Undoes the transaction because of an exception, which is what the caller has to see."""
+        """Undoes the transaction; because of an exception it is that one which the caller has to see."""
         try:
             _native.call(self, "RollbackTrans", (), {})
         except AutomationError:

@@ -238,8 +238,14 @@ class Connection:
 
     def close(self) -> None:
         """Closes the database; what was not committed is undone. Closing again does nothing."""
-        opened, self._opened = self._opened, None
-        if opened is not None and _get(opened, "State") != _CLOSED:
+        opened = self._opened
+        if opened is None or _get(opened, "State") == _CLOSED:
+            self._opened = None
+            return
+        try:
+            self.rollback()
+        finally:
+            self._opened = None
             _call(opened, "Close")
 
     def commit(self) -> None:
