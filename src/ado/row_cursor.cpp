@@ -34,7 +34,10 @@ std::vector<SortKey> sortKeys(const RowTable& table, const std::vector<SortName>
 }  // namespace
 
 RowCursor::RowCursor(std::shared_ptr<RowTable> table, Options options)
-    : table_(std::move(table)), plans_(table_->columns()), view_(table_), options_(options) {
+    : table_(std::move(table)),
+      plans_(table_->columns()),
+      view_(table_),
+      options_(std::move(options)) {
     if (table_->size() > table_->deletedCount()) {
         moveFirst();
     }

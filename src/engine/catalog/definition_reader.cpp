@@ -303,7 +303,7 @@ bool beginsConstraint(const DefinitionWords& words) {
            words.isAt("CHECK") || words.isAt("FOREIGN");
 }
 
-sql::Constraint readConstraint(DefinitionWords words) {
+sql::Constraint constraintIn(DefinitionWords words) {
     sql::Constraint constraint{{}, sql::OtherConstraint()};
     if (words.take("CONSTRAINT")) constraint.name = words.takeName().value_or("");
     const std::size_t first = words.place();
@@ -367,7 +367,7 @@ std::optional<sql::CreateTable> readTable(std::string_view createTable) {
     while (!elements->atEnd()) {
         const DefinitionWords element = elements->takeElement();
         if (beginsConstraint(element)) {
-            table.constraints.push_back(readConstraint(element));
+            table.constraints.push_back(constraintIn(element));
         } else if (auto column = ColumnReader(element).read()) {
             table.columns.push_back(std::move(*column));
         } else {
@@ -382,7 +382,7 @@ std::optional<sql::Constraint> readConstraint(std::string_view constraint) {
     const std::vector<Token> tokens = tokensOf(constraint);
     const DefinitionWords words(constraint, wordsOf(tokens));
     if (!beginsConstraint(words)) return std::nullopt;
-    return readConstraint(words);
+    return constraintIn(words);
 }
 
 std::optional<sql::CreateIndex> readIndex(std::string_view createIndex) {

@@ -59,7 +59,7 @@ void TableChanger::run(const sql::SchemaChange& change) {
     run(sqlOf(change));
 }
 
-void TableChanger::run(sql::Write statement) {
+void TableChanger::run(const sql::Write& statement) {
     run(sqlOf(statement));
 }
 

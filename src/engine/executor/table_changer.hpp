@@ -49,7 +49,7 @@ public:
 private:
     void run(const std::string& sql);
     void run(const sql::SchemaChange& change);
-    void run(sql::Write statement);
+    void run(const sql::Write& statement);
     // Whether a table has a row of which this is true; none: any row.
     [[nodiscard]] bool hasRows(const Table& table, sql::Expression where = {});
     // How the file defines a table. Unsupported where another program has written it in words
