@@ -166,9 +166,10 @@ TEST_F(RecordsetRefusals, EveryMemberThatNeedsItOpen) {
         {u"Save", {u"file"}},  {u"Seek", {1}},
         {u"Supports", {16}},   {u"Update", {}},
         {u"UpdateBatch", {}},  {u"Collect", {0}}};
-    for (const auto& [member, arguments] : kMethods) {
-        EXPECT_EQ(raisedBy([&] { (void)call(*closed, member, arguments); }), errors::kObjectClosed)
-            << String(member).utf8();
+    for (const auto& method : kMethods) {
+        EXPECT_EQ(raisedBy([&] { (void)call(*closed, method.first, method.second); }),
+                  errors::kObjectClosed)
+            << String(method.first).utf8();
     }
 }
 

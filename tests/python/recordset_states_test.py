@@ -173,7 +173,7 @@ EXPECTED = """\
 AbsolutePage          !3704    -1       -2       -3       1        -1       1        1        1        -1
 AbsolutePosition      !3704    -1       -2       -3       1        -1       4        1        1        -1
 BOF                   !3704    True     True     False    False    False    False    False    False    False
-Bookmark              !3704    !3021    !3021    !3021    1.0      !gone    1.0      1.0      1.0      !3251
+Bookmark              !3704    !3021    !3021    !3021    1.0      !gone    4.0      1.0      1.0      !3251
 CacheSize             1        1        1        1        1        1        1        1        1        1
 CursorLocation        2        3        3        3        3        3        3        3        3        2
 CursorType            0        3        3        3        3        3        3        3        3        0
@@ -217,7 +217,7 @@ MoveFirst             !3704    !3021    -        -        -        -        !key
 MoveLast              !3704    !3021    -        -        -        -        !key     -        -        -
 MoveNext              !3704    !3021    -        !3021    -        -        !key     -        -        -
 MovePrevious          !3704    !3021    !3021    -        -        -        !key     -        -        !back
-NextRecordset         False    False    False    False    False    False    !3219    !3219    False    False
+NextRecordset         !3704    False    False    False    False    False    !3219    !3219    False    False
 Open                  !3709    !3705    !3705    !3705    !3705    !3705    !3705    !3705    !3705    !3705
 Requery               !3704    -        -        -        -        -        !3219    !3219    -        -
 Resync                !3704    -        -        -        -        -        !3219    -        -        -
