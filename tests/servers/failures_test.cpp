@@ -262,11 +262,11 @@ TEST_F(ServerLosses, AreToldByWhatGoesOnWithRecordsThatAreOpen) {
          }},
         {"Requery", [](Recordset& rows) { rows.Requery(); }},
         {"Resync", [](Recordset& rows) { rows.Resync(); }}};
-    for (const auto& [name, work] : all) {
+    for (const auto& member : all) {
         Variant connection(database_->open());
         const auto rows = test::openLive(connectionOf(connection), u"SELECT * FROM t");
         end(processOf(connectionOf(connection)));
-        expectLoss([&](Variant&) { work(*rows); }, connection, name);
+        expectLoss([&](Variant&) { member.second(*rows); }, connection, member.first);
     }
 }
 
@@ -293,7 +293,7 @@ TEST_F(ServerLosses, AreToldByTheMovementThatNeedsTheNextRows) {
 TEST_F(ServerLosses, AreToldAtAnyMoment) {
     std::mt19937 random(test::randomSeed());
     for (int round = 0; round < 40; ++round) {
-        const auto& [name, work] = members_[3 + random() % (members_.size() - 4)];
+        const auto& member = members_[3 + random() % (members_.size() - 4)];
         Variant connection(database_->open(random() % 2 == 0 ? "" : ";Pooling=True"));
         connectionOf(connection)->Execute(u"SET work_mem = '1MB'");
         const std::string process = processOf(connectionOf(connection));
@@ -305,10 +305,10 @@ TEST_F(ServerLosses, AreToldAtAnyMoment) {
         expectLoss(
             [&](Variant& on) {
                 for (;;) {
-                    work(on);
+                    member.second(on);
                 }
             },
-            connection, name);
+            connection, member.first);
         killer.join();
     }
 }
