@@ -8,7 +8,8 @@ list(FILTER extensionSources EXCLUDE REGEX "/optimizations\\.cpp$")
 list(APPEND extensionSources "${sourceFolder}/engine/sqlite/collation.cpp" "${sourceFolder}/engine/sqlite/sqlite.cpp"
      "${sourceFolder}/engine/sqlite/flat_text.cpp" "${sourceFolder}/engine/sqlite/sqlite_stack.cpp"
      "${sourceFolder}/engine/sqlite/time_limit.cpp"
-     "${sourceFolder}/platform/posix/digest.cpp" "${sourceFolder}/platform/posix/loaded_library.cpp")
+     "${sourceFolder}/platform/gzip/gzip.cpp" "${sourceFolder}/platform/posix/digest.cpp"
+     "${sourceFolder}/platform/posix/loaded_library.cpp" "${sourceFolder}/platform/posix/zlib.cpp")
 
 kaputil_sources(compiled kaputil-sqlite ${extensionSources})
 add_library(kaputil-sqlite MODULE ${compiled})
@@ -22,7 +23,7 @@ set_target_properties(
 target_include_directories(kaputil-sqlite PRIVATE "${PROJECT_SOURCE_DIR}/include" "${sourceFolder}")
 target_compile_options(kaputil-sqlite PRIVATE "SHELL:-include sqlite_extension/host_functions.hpp")
 target_link_libraries(kaputil-sqlite PRIVATE kaputil_data kaputil_tsql kaputil_automation kaputil_base
-                                             kaputil_nettle_headers ${CMAKE_DL_LIBS})
+                                             kaputil_nettle_headers kaputil_zlib_headers ${CMAKE_DL_LIBS})
 kaputil_compile_rules(kaputil-sqlite)
 target_link_options(kaputil-sqlite PRIVATE -Wl,--exclude-libs,ALL -Wl,--gc-sections)
 if(NOT KAPUTIL_SANITIZE)

@@ -70,11 +70,23 @@ TEST_F(RowPlans, OfTwoRecordsetsAreTheSameToTheDriver) {
     EXPECT_EQ(change(0).plan->key(), change(1).plan->key());
 }
 
-// A server cursor shows the row as it is: a trigger may have changed more than was assigned.
-TEST_F(RowPlans, TellWhatIsReadBackOfARow) {
+TEST_F(RowPlans, ReadBackAWholeRowForAServerCursor) {
     rows_->Update(u"B", 10);
-    EXPECT_EQ(change(0).plan->readBack().size(), 3U);
+    const auto& readBack = change(0).plan->readBack();
+    ASSERT_EQ(readBack.size(), 3U);
+    EXPECT_EQ(readBack[0].name, "N");
+    EXPECT_EQ(readBack[1].name, "A");
+    EXPECT_EQ(readBack[2].name, "B");
     EXPECT_EQ(change(0).plan->table(), "T");
+}
+
+TEST_F(RowPlans, ReadBackWhatWasAssignedForAClientCursor) {
+    rows_->Close();
+    rows_->setCursorLocation(CursorLocationEnum::adUseClient);
+    rows_->Open();
+    rows_->Update(u"B", 10);
+    ASSERT_EQ(change(0).plan->readBack().size(), 1U);
+    EXPECT_EQ(change(0).plan->readBack().front().name, "B");
 }
 
 TEST_F(RowPlans, OfANewRowHaveNoCriteria) {

@@ -88,7 +88,7 @@ expect 'ok' sqlite3 :memory: -cmd '.load kaputil_sqlite' "SELECT 'ok' WHERE 'a' 
 follow sqlite
 
 # The wheel has the host's libraries beside it, as its guide says.
-install python3-venv libsqlite3-0 libnettle8 libstdc++6
+install python3-venv libsqlite3-0 libnettle8 libstdc++6 zlib1g
 expect '2.68' sh -c 'python3 -m venv /tmp/v && /tmp/v/bin/pip install -q --no-index /tmp/*.whl &&
     /tmp/v/bin/python -c "import kaputil; print(kaputil.KapRound(2.675, 2))"'
 expect 'Ferramenta Rossi' /tmp/v/bin/python /tmp/read_a_record.py

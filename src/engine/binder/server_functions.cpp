@@ -4,6 +4,7 @@
 #include <array>
 
 #include "base/ascii.hpp"
+#include "engine/catalog/object_names.hpp"
 #include "tsql/server_error.hpp"
 
 namespace kap::engine {
@@ -379,14 +380,8 @@ bool isAmong(const std::array<std::string_view, Count>& names, std::string_view 
     return std::ranges::binary_search(names, name);
 }
 
-// The part that stands so many places before the last one, in lower case.
-std::string lowerPartBefore(const tsql::ObjectName& name, std::size_t places) {
-    const std::size_t count = name.parts.size();
-    return count > places ? asciiLower(name.parts[count - 1 - places]) : std::string();
-}
-
 bool isOfJobs(const tsql::ObjectName& name, std::string_view own) {
-    return lowerPartBefore(name, 2) == "msdb" &&
+    return equalsIgnoringCase(partBefore(name, 2), "msdb") &&
            std::ranges::any_of(kServersFamilies,
                                [&](std::string_view family) { return own.starts_with(family); });
 }
@@ -394,7 +389,7 @@ bool isOfJobs(const tsql::ObjectName& name, std::string_view own) {
 }  // namespace
 
 bool isServerFunction(std::string_view name) {
-    return std::ranges::binary_search(kServersNames, std::string_view(asciiLower(name)));
+    return isAmong(kServersNames, asciiLower(name));
 }
 
 void refuseXmlMethod(const tsql::ObjectName& name) {
@@ -406,7 +401,7 @@ void refuseXmlMethod(const tsql::ObjectName& name) {
 
 bool isServerView(const tsql::ObjectName& name) {
     const std::string own = asciiLower(name.last());
-    const std::string owner = lowerPartBefore(name, 1);
+    const std::string owner = asciiLower(partBefore(name, 1));
     if (owner == "sys") {
         return own.starts_with("dm_") || isAmong(kServersViews, own) ||
                isAmong(kServersTables, own);
@@ -414,7 +409,7 @@ bool isServerView(const tsql::ObjectName& name) {
     if (owner == "information_schema") return isAmong(kStandardViews, own);
     const bool older = owner.empty() || owner == "dbo";
     return (older && isAmong(kServersTables, own)) || isOfJobs(name, own) ||
-           (own == "spt_values" && lowerPartBefore(name, 2) == "master");
+           (own == "spt_values" && equalsIgnoringCase(partBefore(name, 2), "master"));
 }
 
 }  // namespace kap::engine

@@ -9,6 +9,7 @@
 #include "engine/catalog/object_names.hpp"
 #include "engine/catalog/schema_catalogue.hpp"
 #include "engine/catalog/source_text.hpp"
+#include "engine/sqlite/definition_writer.hpp"
 #include "engine/sqlite/sql_writer.hpp"
 #include "engine/values/value.hpp"
 #include "tsql/parser.hpp"
@@ -16,20 +17,6 @@
 // The constraints, keys and indexes of the file, as the texts of its tables tell them.
 namespace kap::engine {
 namespace {
-
-std::string actionName(tsql::ReferenceAction action) {
-    switch (action) {
-        case tsql::ReferenceAction::None:
-            return "NO ACTION";
-        case tsql::ReferenceAction::Cascade:
-            return "CASCADE";
-        case tsql::ReferenceAction::SetNull:
-            return "SET NULL";
-        case tsql::ReferenceAction::SetDefault:
-            return "SET DEFAULT";
-    }
-    return "";
-}
 
 // Fills in what the kinds of constraints have of their own.
 struct ConstraintTeller {
@@ -44,8 +31,8 @@ struct ConstraintTeller {
         info.columns = key.columns;
         info.parent = key.parent;
         info.parentColumns = key.parentColumns;
-        info.onDelete = actionName(key.onDelete);
-        info.onUpdate = actionName(key.onUpdate);
+        info.onDelete = textOf(key.onDelete);
+        info.onUpdate = textOf(key.onUpdate);
     }
     void operator()(const sql::CheckConstraint& check) const {
         info.definition = sqlOf(check.condition.value);

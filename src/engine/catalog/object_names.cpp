@@ -24,12 +24,6 @@ std::size_t endOfSchema(std::string_view stored) {
     return point == 0 || point + 1 == stored.size() ? std::string_view::npos : point;
 }
 
-// The part that stands so many places before the name itself; empty when there is none.
-std::string_view partBefore(const ObjectName& name, std::size_t places) {
-    return name.parts.size() > places ? std::string_view(name.parts[name.parts.size() - 1 - places])
-                                      : std::string_view();
-}
-
 bool isOfThisDatabase(const ObjectName& name, const Catalogue& catalogue) {
     const std::string_view database = partBefore(name, 2);
     return partBefore(name, 3).empty() && (database.empty() || catalogue.isDatabase(database));
@@ -48,6 +42,11 @@ std::string inSchema(std::string_view schema, const std::string& name, const Cat
 }
 
 }  // namespace
+
+std::string_view partBefore(const ObjectName& name, std::size_t places) {
+    return name.parts.size() > places ? std::string_view(name.parts[name.parts.size() - 1 - places])
+                                      : std::string_view();
+}
 
 std::string storedName(std::string_view schema, std::string_view name) {
     const bool alone = isOfNoSchema(name) || (sameName(schema, kDefaultSchema) &&

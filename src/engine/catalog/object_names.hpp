@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -37,6 +38,9 @@ inline constexpr std::string_view kDefaultSchema = "dbo";
 // database.
 [[nodiscard]] std::string followedName(const tsql::ObjectName& name, std::string_view ownSchema,
                                        const Catalogue& catalogue);
+
+// The part that stands so many places before the last one; empty when there is none.
+[[nodiscard]] std::string_view partBefore(const tsql::ObjectName& name, std::size_t places);
 
 // Error 7202 for a name that begins with a server's.
 void refuseOtherServer(const tsql::ObjectName& name);

@@ -12,8 +12,8 @@ namespace kap::engine {
 // Left to itself, SQLite tries behind every commit once the journal is that long, and begins the
 // journal anew only where a writer finds that all of it is in the file and nobody reads it. With
 // programs that write without a pause that never is: the journal grows without an end, and each
-// commit waits for the disk three times. So from some length on the journal is emptied while the
-// others wait to write, unless a reader needs it for long.
+// commit waits for the disk once or twice more. So from some length on the journal is emptied while
+// the others wait to write, unless a reader needs it for long.
 class Checkpoints {
 public:
     explicit Checkpoints(LockWait& wait) : wait_(wait) {}

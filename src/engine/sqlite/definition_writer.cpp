@@ -8,20 +8,6 @@
 namespace kap::engine {
 namespace {
 
-const char* textOf(tsql::ReferenceAction action) {
-    switch (action) {
-        case tsql::ReferenceAction::None:
-            return "NO ACTION";
-        case tsql::ReferenceAction::Cascade:
-            return "CASCADE";
-        case tsql::ReferenceAction::SetNull:
-            return "SET NULL";
-        case tsql::ReferenceAction::SetDefault:
-            return "SET DEFAULT";
-    }
-    return "";
-}
-
 const char* textOf(sql::RowEvent event) {
     switch (event) {
         case sql::RowEvent::Insert:
@@ -47,6 +33,20 @@ const char* textOf(sql::SchemaObject kind) {
 }
 
 }  // namespace
+
+const char* textOf(tsql::ReferenceAction action) {
+    switch (action) {
+        case tsql::ReferenceAction::None:
+            return "NO ACTION";
+        case tsql::ReferenceAction::Cascade:
+            return "CASCADE";
+        case tsql::ReferenceAction::SetNull:
+            return "SET NULL";
+        case tsql::ReferenceAction::SetDefault:
+            return "SET DEFAULT";
+    }
+    return "";
+}
 
 void DefinitionWriter::formula(const sql::Formula& formula) {
     if (const auto* kept = formula.value.as<sql::Definition>()) {

@@ -45,6 +45,8 @@ private:
     SqlWriter writer_;
 };
 
+// "NO ACTION", "CASCADE" and so on.
+[[nodiscard]] const char* textOf(tsql::ReferenceAction action);
 // A change of the schema as SQLite reads it.
 [[nodiscard]] std::string sqlOf(const sql::SchemaChange& change);
 // A constraint as the definition of its table holds it.

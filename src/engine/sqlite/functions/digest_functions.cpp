@@ -5,9 +5,9 @@
 
 #include "base/ascii.hpp"
 #include "engine/sqlite/functions/function_support.hpp"
-#include "engine/values/gzip.hpp"
 #include "engine/values/message_text.hpp"
 #include "platform/digest.hpp"
+#include "platform/gzip/gzip.hpp"
 #include "tsql/server_error.hpp"
 
 // Digests, compressed and random bytes, and the texts of messages.
@@ -52,12 +52,12 @@ Value randomBytes(const Arguments& arguments) {
 
 // kap_compress(bytes), kap_decompress(bytes)
 Value compressBytes(const Arguments& arguments) {
-    return Blob{gzip::compressed(arguments.blob(0).bytes)};
+    return Blob{platform::compressed(arguments.blob(0).bytes)};
 }
 
 Value decompressBytes(const Arguments& arguments) {
     constexpr std::size_t kLongest = 1000000000;  // that a value may be
-    auto bytes = gzip::decompressed(arguments.blob(0).bytes, kLongest);
+    auto bytes = platform::decompressed(arguments.blob(0).bytes, kLongest);
     if (!bytes) {
         throw tsql::ServerError(tsql::Message::InvalidParameterOfFunction, {"1", "decompress"});
     }
